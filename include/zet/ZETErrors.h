@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstddef>
+#include <exception>
+#include <string>
+
+namespace ZET {
+
+/// An operation failed. Thrown by value and caught by reference; defined in the core with default visibility,
+/// because it travels across the boundaries of shared objects.
+class __attribute__((visibility("default"))) EZETError : public std::exception {
+  public:
+    /// `message` is for the reader, translated and complete; `detail` adds to it and may be empty.
+    EZETError(const std::string& message, const std::string& detail);
+    ~EZETError() override;
+
+    /// The message; valid as long as the exception.
+    const char* what() const noexcept override;
+
+    const std::string& GetMessage() const noexcept;
+    const std::string& GetDetail() const noexcept;
+
+    /// Where the error was raised; empty and 0 for an error that does not say (all but `EZETInternalError`).
+    const std::string& GetSource() const noexcept;
+    const std::string& GetFunction() const noexcept;
+    std::size_t GetLine() const noexcept;
+
+  protected:
+    EZETError(const std::string& message, const std::string& detail, const std::string& source,
+              const std::string& function, std::size_t line);
+
+  private:
+    std::string m_message;
+    std::string m_detail;
+    std::string m_source;
+    std::string m_function;
+    std::size_t m_line = 0;
+};
+
+/// The caller passed a bad argument, for example an empty name.
+class __attribute__((visibility("default"))) EZETCheckError : public EZETError {
+  public:
+    EZETCheckError(const std::string& message, const std::string& detail);
+    ~EZETCheckError() override;
+};
+
+/// A value that must not occur: an inner contradiction.
+class __attribute__((visibility("default"))) EZETInternalError : public EZETError {
+  public:
+    EZETInternalError(const std::string& message, const std::string& detail, const std::string& source,
+                      const std::string& function, std::size_t line);
+    ~EZETInternalError() override;
+};
+
+}  // namespace ZET

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+namespace ZET {
+
+/// Base of every interface object that a module hands to the core, which finds it by its name.
+class __attribute__((visibility("default"))) CZETInterface {
+  public:
+    explicit CZETInterface(const std::string& name);
+    virtual ~CZETInterface();
+    CZETInterface(const CZETInterface&) = delete;
+    CZETInterface& operator=(const CZETInterface&) = delete;
+
+    /// The name; valid as long as the object.
+    const std::string& GetName() const;
+
+  private:
+    std::string m_name;
+};
+
+}  // namespace ZET

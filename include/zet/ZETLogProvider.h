@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstddef>
+
+namespace ZET {
+
+enum ZETLogLevel { ZETLogError = 0, ZETLogWarning = 1, ZETLogNotice = 2 };
+
+/// The process's one log.
+class __attribute__((visibility("default"))) CZETLogProvider {
+  public:
+    static CZETLogProvider& GetLogProvider();
+
+    /// Writes one record. `count` counts the texts, the format included: with 1, `format` is a finished text and is
+    /// written as it stands, whatever "%" it holds; with more, it is formatted by the conventions of printf.
+    /// May be called by any thread.
+    void Put(ZETLogLevel level, std::size_t count, const char* format, ...);
+
+    CZETLogProvider(const CZETLogProvider&) = delete;
+    CZETLogProvider& operator=(const CZETLogProvider&) = delete;
+
+  private:
+    CZETLogProvider() = default;
+};
+
+}  // namespace ZET

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+
+#include "zet/IZETCore.h"
+
+namespace ZET {
+
+/// Describes a module to its host, and the host to the module. Each field is one machine word wide.
+struct ZETModuleRecord {
+    std::uintptr_t version;                      ///< major × 65536 + minor × 256 + patch
+    const char* name;                            ///< also the name of the interface that the module registers
+    const char* versionText;                     ///< the version for a reader, "1.7.37"
+    alignas(std::uintptr_t) std::uint32_t type;  ///< 0: a host, 1: a module
+    const char* description;                     ///< for a reader, translated; null until the module is asked
+    const void* reserved;                        ///< null
+};
+
+}  // namespace ZET
+
+/// The three names that a module exports. Calls must not overlap; the order is get_module_info, module_init,
+/// and module_done before the module is unloaded.
+extern "C" {
+
+/// The module's record, which lives as long as the module; null, with a message on standard error, when the module
+/// does not serve a host of this type (`host->type`, the only field that is read).
+const ZET::ZETModuleRecord* get_module_info(const ZET::ZETModuleRecord* host);
+
+/// Creates the module's interface object and registers it with the core, which then owns it. True when the module
+/// is, or already was, initialised. An exception of the core passes through and leaves the module uninitialised.
+bool module_init(ZET::IZETCore& core);
+
+/// Has the core remove the module's interface; `module_init` may be called again afterwards.
+void module_done(ZET::IZETCore& core);
+}

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+namespace ZET {
+
+/// Text to text, ordered by plain bytes: template values by placeholder, status entries by key.
+using StringMap = std::map<std::string, std::string>;
+
+}  // namespace ZET
