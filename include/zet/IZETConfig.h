@@ -1,4 +1,5 @@
-#pragma once
+#ifndef ZET_IZETCONFIG_H
+#define ZET_IZETCONFIG_H
 
 #include <memory>
 #include <string>
@@ -89,3 +90,5 @@ class IZETConfig : public CZETInterface {
 };
 
 }  // namespace ZET
+
+#endif

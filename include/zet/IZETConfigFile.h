@@ -1,4 +1,5 @@
-#pragma once
+#ifndef ZET_IZETCONFIG_FILE_H
+#define ZET_IZETCONFIG_FILE_H
 
 #include <string>
 
@@ -67,3 +68,5 @@ class IZETConfigFile {
 };
 
 }  // namespace ZET
+
+#endif

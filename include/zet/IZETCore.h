@@ -1,4 +1,5 @@
-#pragma once
+#ifndef ZET_IZETCORE_H
+#define ZET_IZETCORE_H
 
 #include <cstddef>
 #include <memory>
@@ -47,3 +48,5 @@ class IZETCore {
 };
 
 }  // namespace ZET
+
+#endif

@@ -1,4 +1,5 @@
-#pragma once
+#ifndef ZET_ZETERRORS_H
+#define ZET_ZETERRORS_H
 
 #include <cstddef>
 #include <exception>
@@ -53,3 +54,5 @@ class __attribute__((visibility("default"))) EZETInternalError : public EZETErro
 };
 
 }  // namespace ZET
+
+#endif

@@ -1,4 +1,5 @@
-#pragma once
+#ifndef ZET_ZETFILES_H
+#define ZET_ZETFILES_H
 
 #include <string>
 
@@ -22,3 +23,5 @@ __attribute__((visibility("default"))) bool IsFileExist(const std::string& path)
 __attribute__((visibility("default"))) void CopyFile(const std::string& from, const std::string& to);
 
 }  // namespace ZET
+
+#endif

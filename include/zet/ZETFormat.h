@@ -1,4 +1,5 @@
-#pragma once
+#ifndef ZET_ZETFORMAT_H
+#define ZET_ZETFORMAT_H
 
 /// What the module writes into files and puts beside them, for everybody who must recognise it.
 namespace ZET {
@@ -22,3 +23,5 @@ inline constexpr char ZETReserveSuffix[] = ".before_zet";
 inline constexpr char ZETAbsenceSuffix[] = ".no_file_before_zet";
 
 }  // namespace ZET
+
+#endif

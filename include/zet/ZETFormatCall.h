@@ -1,4 +1,5 @@
-#pragma once
+#ifndef ZET_ZETFORMAT_CALL_H
+#define ZET_ZETFORMAT_CALL_H
 
 #include <cstddef>
 
@@ -7,8 +8,8 @@ namespace ZET {
 /// Formats one message in the name of the operation that reports it. Not copied; used by one thread.
 class __attribute__((visibility("default"))) CZETFormatCall {
   public:
-    /// `source`, `function` and `line` tell where the message comes from. Both texts must outlive the object.
-    /// Leaves `errno` as it is.
+    /// `source`, `function` and `line` tell where the message comes from, for a core that shows it. Leaves `errno`
+    /// as it is.
     CZETFormatCall(const char* source, const char* function, std::size_t line);
     ~CZETFormatCall();
     CZETFormatCall(const CZETFormatCall&) = delete;
@@ -20,10 +21,9 @@ class __attribute__((visibility("default"))) CZETFormatCall {
     const char* operator()(std::size_t count, const char* format, ...) __attribute__((format(printf, 3, 4)));
 
   private:
-    const char* m_source;
-    const char* m_function;
-    std::size_t m_line;
     char* m_text = nullptr;
 };
 
 }  // namespace ZET
+
+#endif

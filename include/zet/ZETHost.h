@@ -1,4 +1,5 @@
-#pragma once
+#ifndef ZET_ZETHOST_H
+#define ZET_ZETHOST_H
 
 #include <cstddef>
 #include <memory>
@@ -55,3 +56,5 @@ __attribute__((visibility("default"))) void ConfigureLog(ZETLogTarget target, ZE
 __attribute__((visibility("default"))) std::size_t CountLoggedErrors();
 
 }  // namespace ZET
+
+#endif

@@ -1,4 +1,5 @@
-#pragma once
+#ifndef ZET_ZETINTERFACE_H
+#define ZET_ZETINTERFACE_H
 
 #include <string>
 
@@ -20,3 +21,5 @@ class __attribute__((visibility("default"))) CZETInterface {
 };
 
 }  // namespace ZET
+
+#endif

@@ -1,4 +1,5 @@
-#pragma once
+#ifndef ZET_ZETLOG_PROVIDER_H
+#define ZET_ZETLOG_PROVIDER_H
 
 #include <cstddef>
 
@@ -24,3 +25,5 @@ class __attribute__((visibility("default"))) CZETLogProvider {
 };
 
 }  // namespace ZET
+
+#endif

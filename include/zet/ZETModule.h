@@ -1,4 +1,5 @@
-#pragma once
+#ifndef ZET_ZETMODULE_H
+#define ZET_ZETMODULE_H
 
 #include <cstdint>
 
@@ -33,3 +34,5 @@ bool module_init(ZET::IZETCore& core);
 /// Has the core remove the module's interface; `module_init` may be called again afterwards.
 void module_done(ZET::IZETCore& core);
 }
+
+#endif

@@ -1,4 +1,5 @@
-#pragma once
+#ifndef ZET_ZETTYPES_H
+#define ZET_ZETTYPES_H
 
 #include <map>
 #include <string>
@@ -9,3 +10,5 @@ namespace ZET {
 using StringMap = std::map<std::string, std::string>;
 
 }  // namespace ZET
+
+#endif
