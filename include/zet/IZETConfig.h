@@ -10,22 +10,25 @@
 
 namespace ZET {
 
-/// The module's configuration interface; the core finds it by the name "zet-config". The order of the operations is
-/// part of the contract. Calls must not overlap. Exceptions of the core pass through everywhere.
+/// The module's configuration interface; the core finds it by the name "zet-config". The order of the
+/// operations is part of the contract. Calls must not overlap. Exceptions of the core pass through
+/// everywhere.
 class IZETConfig : public CZETInterface {
   public:
     using CZETInterface::CZETInterface;
     ~IZETConfig() override = default;
 
     /// A file to edit in place, owned by the caller; null, with a log record, when it cannot be read.
-    virtual std::shared_ptr<IZETConfigFile> OpenConfigFile(const std::string& fileName, const std::string& role,
-                                                           bool noMarkers) = 0;
+    virtual std::shared_ptr<IZETConfigFile> OpenConfigFile(const std::string& fileName,
+                                                           const std::string& role, bool noMarkers) = 0;
 
-    /// The template's working copy, installed first when it is missing, to be saved as `fileName`; owned by the
-    /// caller. Null, with a log record, when it cannot be read. An empty template name throws `EZETCheckError`.
+    /// The template's working copy, installed first when it is missing, to be saved as `fileName`; owned by
+    /// the caller. Null, with a log record, when it cannot be read. An empty template name throws
+    /// `EZETCheckError`.
     virtual std::shared_ptr<IZETConfigFile> OpenConfigFileTemplate(const std::string& templateName,
                                                                    const std::string& fileName,
-                                                                   const std::string& role, bool noMarkers) = 0;
+                                                                   const std::string& role,
+                                                                   bool noMarkers) = 0;
 
     /// Builds the template values anew from the core; values set by `SetTemplateValue` are lost.
     virtual void RecreateTemplatesMap() = 0;
@@ -36,16 +39,17 @@ class IZETConfig : public CZETInterface {
     /// Copies the pristine template over the working copy; a missing one is logged, not thrown.
     virtual void InstallConfigFileTemplate(const std::string& templateName) = 0;
 
-    /// Renders a template into `fileName`. `values`, which may be null, wins over the template values for this run.
-    /// A template that cannot be opened is only logged.
+    /// Renders a template into `fileName`. `values`, which may be null, wins over the template values for
+    /// this run. A template that cannot be opened is only logged.
     virtual void ProcessConfigFileTemplate(const std::string& templateName, const std::string& fileName,
                                            const std::string& role, StringMap* values) = 0;
 
-    /// Keeps a copy of the file as it is, or the record that there is none; once: a later call keeps the first.
+    /// Keeps a copy of the file as it is, or the record that there is none; once: a later call keeps the
+    /// first.
     virtual void ReserveConfigFile(const std::string& fileName) = 0;
 
-    /// Puts the reserve back, if there is one, and drops the record that there was no file; a file that the system
-    /// made stays.
+    /// Puts the reserve back, if there is one, and drops the record that there was no file; a file that the
+    /// system made stays.
     virtual void RestoreConfigFile(const std::string& fileName) = 0;
 
     /// Drops the reserve and the record; the file stays as it is.
@@ -54,8 +58,8 @@ class IZETConfig : public CZETInterface {
     /// Takes the managed blocks out of a file and saves it; does nothing when the file cannot be read.
     virtual void RemoveZETMarkersFromConfigFile(const std::string& fileName) = 0;
 
-    /// Sets a parameter in the product's main configuration file ("ZET_CFG"), then in the core. False, and nothing
-    /// changed, when the file cannot be read.
+    /// Sets a parameter in the product's main configuration file ("ZET_CFG"), then in the core. False, and
+    /// nothing changed, when the file cannot be read.
     virtual bool UpdateConfigFileParam(const std::string& name, const std::string& value) = 0;
 
     /// The value of a whole placeholder, "${realm}"; empty, with a log record, when it is unknown.
@@ -66,9 +70,9 @@ class IZETConfig : public CZETInterface {
     /// Sets or adds a value, until the values are built anew.
     virtual void SetTemplateValue(const std::string& placeholder, const std::string& value) = 0;
 
-    /// Has the core write its settings into the status file of a mode, "server" or "client". An empty mode throws
-    /// `EZETCheckError`, another one `EZETInternalError`, here and in the three operations that follow; a file that
-    /// cannot be opened `EZETError`.
+    /// Has the core write its settings into the status file of a mode, "server" or "client". An empty mode
+    /// throws `EZETCheckError`, another one `EZETInternalError`, here and in the three operations that
+    /// follow; a file that cannot be opened `EZETError`.
     virtual void SaveConfigStatus(const std::string& mode) = 0;
 
     virtual bool IsConfigStatusExist(const std::string& mode) = 0;
@@ -76,8 +80,8 @@ class IZETConfig : public CZETInterface {
     /// A status file that is missing is no error.
     virtual void RemoveConfigStatus(const std::string& mode) = 0;
 
-    /// Replaces the contents of `values` by the entries of the status file; empty on every failure. A missing file
-    /// throws `EZETError`.
+    /// Replaces the contents of `values` by the entries of the status file; empty on every failure. A missing
+    /// file throws `EZETError`.
     virtual void LoadConfigStatus(const std::string& mode, StringMap& values) = 0;
 
     /// Records the type of the network file system, the parameter "NETWORK_FS_TYPE".

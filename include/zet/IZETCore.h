@@ -38,8 +38,8 @@ class IZETCore {
     /// Changes the core's own value of a parameter; no file is written.
     virtual void UpdateParam(const std::string& key, const std::string& value) = 0;
 
-    /// Whether `pattern`, a Perl-compatible regular expression on bytes, is found in `subject`. `reserved` and
-    /// `flags` are null and 0.
+    /// Whether `pattern`, a Perl-compatible regular expression on bytes, is found in `subject`. `reserved`
+    /// and `flags` are null and 0.
     virtual bool MatchRegEx(const std::string& pattern, const std::string& subject, void* reserved,
                             std::size_t flags) = 0;
 

@@ -3,8 +3,8 @@
 
 #include <string>
 
-/// The file helpers that everything the module does to a companion or a target goes through. Each failure is an
-/// `EZETError` that names the path and the reason; after it, nothing has changed under the names given.
+/// The file helpers that everything the module does to a companion or a target goes through. Each failure is
+/// an `EZETError` that names the path and the reason; after it, nothing has changed under the names given.
 namespace ZET {
 
 /// Creates an empty file; an existing regular file is emptied.
@@ -16,7 +16,8 @@ __attribute__((visibility("default"))) void RemoveFile(const std::string& path);
 /// Renames, replacing `to`. The bytes of `from` are durable before the name changes.
 __attribute__((visibility("default"))) void RenameFile(const std::string& from, const std::string& to);
 
-/// Whether the path exists; a symbolic link counts as itself, wherever it leads. Not being able to tell is an error.
+/// Whether the path exists; a symbolic link counts as itself, wherever it leads. Not being able to tell is an
+/// error.
 __attribute__((visibility("default"))) bool IsFileExist(const std::string& path);
 
 /// Copies the contents of the regular file `from` to `to`, replacing it: all or nothing.

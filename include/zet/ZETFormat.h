@@ -16,8 +16,8 @@ inline constexpr char ZETNoticeMarker[] = "# --ZET_CONFIG_COMMENT--";
 inline constexpr char ZETTemplateCommentMarker[] = "# --ZET_TEMPLATE_COMMENT--";
 inline constexpr char ZETCommentEndMarker[] = "# --ZET_COMMENT_END--";
 
-/// Companions of a file: the text on its way, the file as it was before the system first wrote it, and the empty
-/// file that says that there was none.
+/// Companions of a file: the text on its way, the file as it was before the system first wrote it, and the
+/// empty file that says that there was none.
 inline constexpr char ZETTemporarySuffix[] = ".tmp";
 inline constexpr char ZETReserveSuffix[] = ".before_zet";
 inline constexpr char ZETAbsenceSuffix[] = ".no_file_before_zet";

@@ -8,15 +8,15 @@
 #include "zet/IZETCore.h"
 #include "zet/ZETLogProvider.h"
 
-/// What an embedder needs of the reference core beyond the contract: create it, load modules into it, find their
-/// interfaces, and steer the log. Another core need not have any of it.
+/// What an embedder needs of the reference core beyond the contract: create it, load modules into it, find
+/// their interfaces, and steer the log. Another core need not have any of it.
 namespace ZET {
 
 /// The core with the modules loaded into it. One thread at a time.
 class __attribute__((visibility("default"))) CZETHost {
   public:
-    /// Reads the parameters from `configFile`; it becomes the value of "ZET_CFG". A file that cannot be read, or a
-    /// broken line in it, throws `EZETError` naming the file, the line and the remedy.
+    /// Reads the parameters from `configFile`; it becomes the value of "ZET_CFG". A file that cannot be read,
+    /// or a broken line in it, throws `EZETError` naming the file, the line and the remedy.
     explicit CZETHost(const std::string& configFile);
 
     /// Unloads the modules that are still loaded.
@@ -27,17 +27,17 @@ class __attribute__((visibility("default"))) CZETHost {
     /// The core; it lives as long as the host.
     IZETCore& GetCore();
 
-    /// Loads a module and initialises it. Throws `EZETError` naming the file and what is wrong with it: not there,
-    /// no shared object, an entry point or the record missing, writable by others while running as root, loaded
-    /// already, or an exception of its `module_init`.
+    /// Loads a module and initialises it. Throws `EZETError` naming the file and what is wrong with it: not
+    /// there, no shared object, an entry point or the record missing, writable by others while running as
+    /// root, loaded already, or an exception of its `module_init`.
     void LoadModule(const std::string& path);
 
-    /// The interface of that name, shared with the caller; null when no module registered it. The caller lets it go
-    /// before the module is unloaded.
+    /// The interface of that name, shared with the caller; null when no module registered it. The caller lets
+    /// it go before the module is unloaded.
     std::shared_ptr<CZETInterface> FindInterface(const std::string& name) const;
 
-    /// Ends and unloads all modules, the last one loaded first: `module_done`, the core's shared pointers, the
-    /// shared object.
+    /// Ends and unloads all modules, the last one loaded first: `module_done`, the core's shared pointers,
+    /// the shared object.
     void UnloadModules();
 
   private:
@@ -52,7 +52,8 @@ enum class ZETLogTarget { StandardError, SystemLog };
 __attribute__((visibility("default"))) void ConfigureLog(ZETLogTarget target, ZETLogLevel threshold,
                                                          const std::string& identity);
 
-/// How many records of level 0 the process has put so far, shown or not: the module reports some failures only so.
+/// How many records of level 0 the process has put so far, shown or not: the module reports some failures
+/// only so.
 __attribute__((visibility("default"))) std::size_t CountLoggedErrors();
 
 }  // namespace ZET

@@ -12,9 +12,9 @@ class __attribute__((visibility("default"))) CZETLogProvider {
   public:
     static CZETLogProvider& GetLogProvider();
 
-    /// Writes one record. `count` counts the texts, the format included: with 1, `format` is a finished text and is
-    /// written as it stands, whatever "%" it holds; with more, it is formatted by the conventions of printf.
-    /// May be called by any thread.
+    /// Writes one record. `count` counts the texts, the format included: with 1, `format` is a finished text
+    /// and is written as it stands, whatever "%" it holds; with more, it is formatted by the conventions of
+    /// printf. May be called by any thread.
     void Put(ZETLogLevel level, std::size_t count, const char* format, ...);
 
     CZETLogProvider(const CZETLogProvider&) = delete;
