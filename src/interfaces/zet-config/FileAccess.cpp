@@ -1,0 +1,77 @@
+#include "FileAccess.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace ZET {
+
+namespace {
+
+/// Repeats a call that a signal interrupted.
+template <typename Call>
+auto Uninterrupted(Call call) {
+    auto result = call();
+    while (result < 0 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+constexpr std::size_t kReadAhead = 4096;
+constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
+constexpr mode_t kPermissions = 07777;
+
+}  // namespace
+
+void FileDescriptor::Close() {
+    if (m_descriptor >= 0) close(std::exchange(m_descriptor, -1));
+}
+
+FileDescriptor OpenForReading(const std::string& path) {
+    return FileDescriptor(
+        Uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
+}
+
+FileDescriptor OpenTemporary(const std::string& path) {
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    FileDescriptor file(Uninterrupted([&] { return open(path.c_str(), kFlags, kPrivate); }));
+    struct stat status = {};
+    if (!file.IsOpen() || fstat(file.Get(), &status) != 0) return FileDescriptor(-1);
+    // A hard link would let the text reach a file of another name.
+    if (!S_ISREG(status.st_mode) || status.st_nlink != 1) return FileDescriptor(-1);
+    // A left-over one may have been readable by others.
+    if (fchmod(file.Get(), kPrivate) != 0 || ftruncate(file.Get(), 0) != 0) return FileDescriptor(-1);
+    return file;
+}
+
+bool ReadAll(const FileDescriptor& file, const struct stat& status, Buffer& bytes) {
+    if (!S_ISREG(status.st_mode)) return false;
+    // One byte more than the size: the read that fills it finds the end of the file too.
+    bytes.Reserve(static_cast<std::size_t>(status.st_size) + 1);
+    for (;;) {
+        if (bytes.RoomSize() == 0) bytes.Reserve(bytes.Size() + kReadAhead);
+        const ssize_t count = Uninterrupted([&] { return read(file.Get(), bytes.Room(), bytes.RoomSize()); });
+        if (count < 0) return false;
+        if (count == 0) return true;
+        bytes.Filled(static_cast<std::size_t>(count));
+    }
+}
+
+bool WriteAll(const FileDescriptor& file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = Uninterrupted([&] { return write(file.Get(), bytes.data(), bytes.size()); });
+        if (count < 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+void SetMode(const FileDescriptor& file, mode_t mode) {
+    const mode_t mask = umask(0);
+    // The result does not matter to the caller: a file system that knows no modes still gets the text.
+    if (fchmod(file.Get(), mode & kPermissions) != 0) errno = 0;
+    umask(mask);
+}
+
+}  // namespace ZET

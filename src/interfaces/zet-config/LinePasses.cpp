@@ -1,0 +1,96 @@
+#include <algorithm>
+#include <iterator>
+
+#include "Passes.h"
+#include "RegionTracker.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+/// Follows the managed blocks and warns of every marker that is out of place.
+class BlockTracker {
+  public:
+    BlockTracker(Text& text, const char* function) : m_region(text, function, ZETBeginMarker, ZETEndMarker) {}
+
+    /// Takes in the line read last; true when it closes a block.
+    bool Closes(std::string_view line) {
+        const RegionTracker::Line kind = m_region.Track(line);
+        if (kind == RegionTracker::Line::StrayEnd) m_region.WarnOfStrayEnd();
+        return kind == RegionTracker::Line::End;
+    }
+
+    bool IsInside() const { return m_region.IsInside(); }
+
+  private:
+    RegionTracker m_region;
+};
+
+/// A line of its own, and the end of a block that is not yet ended by a line feed.
+void AppendBlockWithoutLineFeed(TextBuilder& out, const std::string& line) {
+    out.AppendLine(ZETBeginMarker);
+    out.AppendLine(line);
+    out.Append(ZETEndMarker);
+}
+
+}  // namespace
+
+bool LineMatcher::operator()(std::string_view line) {
+    m_subject.assign(line);
+    return m_core.MatchRegEx(m_pattern, m_subject, nullptr, 0);
+}
+
+bool FindLine(Text& in, LineMatcher& matches, std::string_view& line) {
+    while (in.ReadLine(line)) {
+        if (matches(line)) return true;
+    }
+    return false;
+}
+
+void SetLinePass(Text& in, TextBuilder& out, LineMatcher& matches, const std::string& newLine,
+                 LineStyle style) {
+    BlockTracker block(in, "SetLine");
+    bool found = false;
+    std::string_view line;
+    while (in.ReadLine(line)) {
+        block.Closes(line);
+        if (!matches(line)) {
+            out.CopyLine(line);
+            continue;
+        }
+        found = true;
+        if (style == LineStyle::Bare || block.IsInside()) {
+            out.Append(newLine);
+            out.EndLine(newLine.empty());
+        } else {
+            out.Append(ZETFormerLinePrefix);
+            out.AppendLine(line);
+            AppendBlockWithoutLineFeed(out, newLine);
+            out.EndLine(false);
+        }
+    }
+    if (found) return;
+    // The line feed ends a last line that had none; after one that had, it leaves an empty line.
+    out.Append("\n");
+    if (style == LineStyle::Bare) {
+        out.AppendLine(newLine);
+    } else {
+        AppendBlockWithoutLineFeed(out, newLine);
+        out.Append("\n");
+    }
+}
+
+void RestoreLinePass(Text& in, TextBuilder& out, LineMatcher& matches) {
+    constexpr std::size_t kPrefixLength = std::size(ZETFormerLinePrefix) - 1;
+    BlockTracker block(in, "RestoreLine");
+    std::string_view line;
+    while (in.ReadLine(line)) {
+        if (block.Closes(line)) continue;
+        // The core is asked about every line, those of a block too, though nothing of a block is kept.
+        if (matches(line)) line.remove_prefix(std::min(kPrefixLength, line.size()));
+        if (!block.IsInside()) out.CopyLine(line);
+    }
+}
+
+}  // namespace ZET

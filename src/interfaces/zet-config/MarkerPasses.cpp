@@ -1,0 +1,43 @@
+#include "Passes.h"
+#include "RegionTracker.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+void RemoveMarkersPass(Text& in, TextBuilder& out, const std::string& beginMarker,
+                       const std::string& endMarker) {
+    using Line = RegionTracker::Line;
+    RegionTracker region(in, "RemoveMarkers", beginMarker, endMarker);
+    const char* const textStart = in.Bytes().data();
+    std::string_view line;
+    while (in.ReadLine(line)) {
+        const Line kind = region.Track(line);
+        if (kind == Line::Begin || kind == Line::End || region.IsInside()) continue;
+        // A kept line brings the line feed before it, not the one after it: a text whose first line is
+        // dropped begins with an empty line.
+        const std::size_t lineFeedBefore = line.data() == textStart ? 0 : 1;
+        out.Copy({line.data() - lineFeedBefore, line.size() + lineFeedBefore});
+    }
+    if (in.EndedByEndOfText()) return;
+    if (in.Bytes().ends_with('\n')) {
+        out.Copy(in.Bytes().substr(in.Bytes().size() - 1));
+    } else {
+        out.Append("\n");
+    }
+}
+
+void InsertHeaderPass(Text& in, TextBuilder& out, const std::string& header) {
+    std::string_view line;
+    do {
+        if (!in.ReadLine(line)) return;
+    } while (line.empty());
+    if (line.find(ZETNoticeMarker) == std::string_view::npos) {
+        out.AppendLine(ZETNoticeMarker);
+        out.AppendLine(header);
+        out.AppendLine(ZETCommentEndMarker);
+    }
+    out.CopyLine(line);
+    out.Copy(in.Rest());
+}
+
+}  // namespace ZET

@@ -1,0 +1,49 @@
+#ifndef ZET_PASSES_H
+#define ZET_PASSES_H
+
+#include <string>
+#include <string_view>
+
+#include "Text.h"
+#include "zet/IZETCore.h"
+#include "zet/ZETTypes.h"
+
+/// The rewriting passes over the text of a file: old text in, new text out. Each reads the text from where it
+/// stands to its end. What a pass asks of the core or reports, it does line by line, in the order of the
+/// lines.
+namespace ZET {
+
+/// Matches lines against one pattern through the core.
+class LineMatcher {
+  public:
+    LineMatcher(IZETCore& core, const std::string& pattern) : m_core(core), m_pattern(pattern) {}
+    bool operator()(std::string_view line);
+
+  private:
+    IZETCore& m_core;
+    const std::string& m_pattern;
+    std::string m_subject;  ///< used again for every line, so that a line costs no allocation
+};
+
+void ApplyTemplatesPass(Text& in, TextBuilder& out, const StringMap& values);
+
+void RemoveMarkersPass(Text& in, TextBuilder& out, const std::string& beginMarker,
+                       const std::string& endMarker);
+
+void InsertHeaderPass(Text& in, TextBuilder& out, const std::string& header);
+
+/// Where a line that is set goes: bare, or kept apart from the former one by markers.
+enum class LineStyle { Bare, Marked };
+
+void SetLinePass(Text& in, TextBuilder& out, LineMatcher& matches, const std::string& newLine,
+                 LineStyle style);
+
+/// `matches` selects kept former lines, their prefix included.
+void RestoreLinePass(Text& in, TextBuilder& out, LineMatcher& matches);
+
+/// The first line that matches; false when there is none, which exhausts the text.
+bool FindLine(Text& in, LineMatcher& matches, std::string_view& line);
+
+}  // namespace ZET
+
+#endif

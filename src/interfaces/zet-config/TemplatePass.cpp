@@ -1,0 +1,141 @@
+#include <algorithm>
+#include <vector>
+
+#include "Messages.h"
+#include "Passes.h"
+
+namespace ZET {
+
+namespace {
+
+/// Expands the placeholders of one line after the other. What is still to be searched of a line is kept as a
+/// stack of pieces, the next one on top: a value goes on top of the rest of the line, so that it is searched
+/// in its turn and no byte is moved twice, however many placeholders a line has.
+class Expander {
+  public:
+    Expander(TextBuilder& out, const StringMap& values) : m_out(out), m_values(values) {}
+
+    void Expand(std::string_view line) {
+        m_pieces.assign(1, line);
+        m_lineIsLeft = true;
+        while (CopyToPlaceholder())
+            ReplacePlaceholder();
+    }
+
+  private:
+    bool CopyToPlaceholder();
+    void ReplacePlaceholder();
+    std::size_t FindPlaceholder() const;
+    bool ReadPlaceholder();
+    void Take(std::size_t count);
+    void Drop(std::size_t count);
+    void MarkUnknown();
+
+    TextBuilder& m_out;
+    const StringMap& m_values;
+    std::vector<std::string_view> m_pieces;  ///< never an empty one
+    bool m_lineIsLeft = false;               ///< the lowest piece is the rest of the line itself
+    std::string m_placeholder;               ///< used again for each, so that a lookup costs no allocation
+};
+
+/// A placeholder without an end makes the operation search forever; that is what callers must expect of it.
+/// The volatile read keeps the compiler from assuming that every loop ends.
+[[noreturn]] void SearchForever() {
+    volatile bool again = true;
+    while (again)
+        again = true;
+    __builtin_unreachable();
+}
+
+/// Copies what stands before the next placeholder; false when the line ends first.
+bool Expander::CopyToPlaceholder() {
+    while (!m_pieces.empty()) {
+        const std::size_t position = FindPlaceholder();
+        if (position != std::string_view::npos) {
+            Take(position);
+            return true;
+        }
+        Take(m_pieces.back().size());
+    }
+    return false;
+}
+
+/// Where a placeholder begins in the top piece; its second character may be the first one of the next piece.
+std::size_t Expander::FindPlaceholder() const {
+    const std::string_view piece = m_pieces.back();
+    for (std::size_t at = piece.find('$'); at != std::string_view::npos; at = piece.find('$', at + 1)) {
+        const bool isLast = at + 1 == piece.size();
+        if (isLast && m_pieces.size() < 2) break;
+        if ((isLast ? m_pieces[m_pieces.size() - 2].front() : piece[at + 1]) == '{') return at;
+    }
+    return std::string_view::npos;
+}
+
+void Expander::ReplacePlaceholder() {
+    if (!ReadPlaceholder()) SearchForever();
+    const auto value = m_values.find(m_placeholder);
+    if (value == m_values.end()) return MarkUnknown();
+    Drop(m_placeholder.size());
+    if (!value->second.empty()) m_pieces.push_back(value->second);
+}
+
+/// Reads from the top of the stack through the first "}"; false when there is none.
+bool Expander::ReadPlaceholder() {
+    m_placeholder.clear();
+    for (auto piece = m_pieces.rbegin(); piece != m_pieces.rend(); ++piece) {
+        const std::size_t end = piece->find('}');
+        m_placeholder.append(piece->substr(0, end == std::string_view::npos ? end : end + 1));
+        if (end != std::string_view::npos) return true;
+    }
+    return false;
+}
+
+/// The "!" makes the placeholder visible in the file and keeps it from being met again.
+void Expander::MarkUnknown() {
+    Log(ZETLogWarning,
+        Message(kFileSource, "ApplyTemplates", Here())(
+            1, dgettext(kModuleDomain, "Template parameter '%s' not found."), m_placeholder.c_str()));
+    m_out.Append("!");
+    Drop(1);
+}
+
+/// Moves bytes of the top piece to the output.
+void Expander::Take(std::size_t count) {
+    const std::string_view bytes = m_pieces.back().substr(0, count);
+    if (m_lineIsLeft && m_pieces.size() == 1) {
+        m_out.Copy(bytes);
+    } else {
+        m_out.Append(bytes);
+    }
+    Drop(count);
+}
+
+void Expander::Drop(std::size_t count) {
+    while (count > 0) {
+        std::string_view& piece = m_pieces.back();
+        const std::size_t dropped = std::min(count, piece.size());
+        piece.remove_prefix(dropped);
+        count -= dropped;
+        if (piece.empty()) m_pieces.pop_back();
+    }
+    m_lineIsLeft = m_lineIsLeft && !m_pieces.empty();
+}
+
+}  // namespace
+
+void ApplyTemplatesPass(Text& in, TextBuilder& out, const StringMap& values) {
+    Expander expander(out, values);
+    std::string_view line;
+    while (in.ReadLine(line)) {
+        const bool isComment = line.starts_with('#');
+        if (isComment || line.find('$') == std::string_view::npos) {
+            out.CopyLine(line);
+            continue;
+        }
+        const std::size_t lineStart = out.Size();
+        expander.Expand(line);
+        out.EndLine(out.Size() == lineStart);
+    }
+}
+
+}  // namespace ZET

@@ -1,0 +1,93 @@
+#ifndef ZET_TEXT_H
+#define ZET_TEXT_H
+
+#include <cstddef>
+#include <string_view>
+
+#include "Buffer.h"
+
+namespace ZET {
+
+/// The text of a file: its bytes and how far they have been read, line by line. A line ends at a line feed or
+/// at the end of the text; only a line that is not empty can be ended by the end of the text.
+///
+/// A read that runs through the whole text exhausts it: from then on it yields no line, rewound or not, until
+/// its bytes are replaced.
+class Text {
+  public:
+    Text() = default;
+    explicit Text(Buffer bytes) : m_bytes(static_cast<Buffer&&>(bytes)) {}
+
+    /// Back to the first line. Does not revive an exhausted text.
+    void Rewind();
+
+    /// The next line, without its line feed, valid as long as the text is not changed. False when there is
+    /// none: the text is exhausted.
+    bool ReadLine(std::string_view& line);
+
+    /// Of the line read last: whether the end of the text ended it instead of a line feed; and its number,
+    /// from 1.
+    bool EndedByEndOfText() const { return m_endedByEnd; }
+    std::size_t LineNumber();
+
+    /// What has not been read yet.
+    std::string_view Rest() const;
+
+    std::string_view Bytes() const { return m_bytes.View(); }
+
+    /// Reads afresh from the start, exhausted or not: for a text whose bytes were replaced by the same bytes.
+    void Renew();
+
+    /// Takes over new bytes, to be read from their start, and gives the old ones back.
+    Buffer Replace(Buffer bytes);
+
+  private:
+    Buffer m_bytes;
+    std::size_t m_position = 0;
+    std::size_t m_lineStart = 0;
+    std::size_t m_countedTo =
+        0;  ///< line feeds are counted only up to here, since few passes ask for a number
+    std::size_t m_lineFeeds = 0;
+    bool m_endedByEnd = false;
+    bool m_exhausted = false;
+};
+
+/// Builds the text that a pass makes out of another one. What is taken over unchanged is collected into runs
+/// that are copied once; a text that is taken over as a whole is not copied at all.
+class TextBuilder {
+  public:
+    /// `memory` is used for the new text.
+    TextBuilder(const Text& source, Buffer memory);
+
+    /// Takes over a piece of the source.
+    void Copy(std::string_view piece);
+
+    /// Takes over the line of the source that was read last, or its end, and ends it.
+    void CopyLine(std::string_view line);
+
+    /// Adds other bytes.
+    void Append(std::string_view bytes);
+    void AppendLine(std::string_view line);
+
+    /// Ends a line that stands for the one read last: with a line feed, unless the end of the text ended that
+    /// one and the new one is not empty.
+    void EndLine(bool isEmpty);
+
+    /// Bytes added so far.
+    std::size_t Size() const { return m_bytes.Size() + m_run.size(); }
+
+    /// Puts the new text in the place of the source, to be read from its start. Returns memory for the next
+    /// pass.
+    Buffer Install(Text& source);
+
+  private:
+    void FlushRun();
+
+    const Text& m_source;
+    Buffer m_bytes;
+    std::string_view m_run;  ///< a piece of the source that follows `m_bytes` and is not yet copied
+};
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,204 @@
+#include "ZETConfigFile.h"
+
+#include <utility>
+
+#include "Companions.h"
+#include "FileAccess.h"
+#include "Messages.h"
+#include "Passes.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+void RequireArgument(const std::string& argument, const char* function, std::size_t line) {
+    ZET::RequireArgument(argument, kFileSource, function, line);
+}
+
+}  // namespace
+
+CZETConfigFile::CZETConfigFile(IZETCore& core) : m_core(core) {}
+
+CZETConfigFile::~CZETConfigFile() = default;
+
+bool CZETConfigFile::Open(const std::string& fileName, const std::string& role, bool noMarkers) {
+    m_fromTemplate = false;
+    return InternalOpen(fileName, role, noMarkers);
+}
+
+bool CZETConfigFile::OpenTemplate(const std::string& templateName, const std::string& fileName,
+                                  const std::string& role, bool noMarkers) {
+    RequireArgument(fileName, "OpenTemplate", Here());
+    m_targetFileName = fileName;
+    m_fromTemplate = true;
+    return InternalOpen(m_core.GetParam("ZET_CFG_DIR") + "/" + templateName, role, noMarkers);
+}
+
+bool CZETConfigFile::InternalOpen(const std::string& fileName, const std::string& role, bool noMarkers) {
+    RequireArgument(fileName, "InternalOpen", Here());
+    m_noMarkers = noMarkers;
+    m_fileName = fileName;
+    m_role = role;
+    InternalNotice();
+
+    const FileDescriptor file = OpenForReading(fileName);
+    struct stat status = {};
+    if (file.IsOpen() && fstat(file.Get(), &status) != 0) {
+        Throw<EZETError>(Message(kFileSource, "InternalOpen", Here())(
+            1, dgettext(kCoreDomain, "Error stat '%s':%m"), fileName.c_str()));
+    }
+    Buffer bytes;
+    if (!file.IsOpen() || !ReadAll(file, status, bytes)) {
+        Log(ZETLogError, Message(kFileSource, "InternalOpen", Here())(
+                             1, dgettext(kCoreDomain, "Failed to open file '%s'."), fileName.c_str()));
+        return false;
+    }
+    m_fileStat = status;
+    m_content = std::make_unique<Text>(std::move(bytes));
+    return true;
+}
+
+void CZETConfigFile::InternalNotice() {
+    Message message(kFileSource, "InternalNotice", Here());
+    if (m_fromTemplate) {
+        Log(ZETLogNotice, message(2, dgettext(kModuleDomain, "Process config file template '%s' to '%s'..."),
+                                  m_fileName.c_str(), m_targetFileName.c_str()));
+    } else {
+        Log(ZETLogNotice,
+            message(1, dgettext(kModuleDomain, "Process config file '%s'..."), m_fileName.c_str()));
+    }
+}
+
+/// Runs a pass over the whole text and puts the result in its place. An exception leaves the text as it was.
+template <typename Pass>
+void CZETConfigFile::Rewrite(Pass&& pass) {
+    m_content->Rewind();
+    TextBuilder result(*m_content, std::move(m_spare));
+    pass(*m_content, result);
+    m_spare = result.Install(*m_content);
+}
+
+void CZETConfigFile::RequireContent(const char* function, std::size_t line) const {
+    if (m_content) return;
+    Throw<EZETCheckError>(Message(kFileSource, function, line)(
+        1, dgettext(kModuleDomain, "Invalid config object '%s'."), m_fileName.c_str()));
+}
+
+void CZETConfigFile::ApplyTemplates(StringMap& values) {
+    RequireContent("ApplyTemplates", Here());
+    Rewrite([&](Text& in, TextBuilder& out) { ApplyTemplatesPass(in, out, values); });
+}
+
+void CZETConfigFile::RemoveMarkers(const std::string& beginMarker, const std::string& endMarker) {
+    RequireContent("RemoveMarkers", Here());
+    Rewrite([&](Text& in, TextBuilder& out) { RemoveMarkersPass(in, out, beginMarker, endMarker); });
+}
+
+void CZETConfigFile::RemoveZETMarkers() {
+    RemoveMarkers(ZETBeginMarker, ZETEndMarker);
+    RemoveMarkers(ZETNoticeMarker, ZETCommentEndMarker);
+}
+
+void CZETConfigFile::SetParamValue(const std::string& name, const std::string& value) {
+    RequireArgument(name, "SetParamValue", Here());
+    SetLine("^#*\\s*" + name + "=", name + "=" + value);
+}
+
+std::string CZETConfigFile::GetParamValue(const std::string& name) {
+    RequireArgument(name, "GetParamValue", Here());
+    const std::string line = GetLine("^\\s*" + name + "=");
+    const std::size_t equalsSign = line.find('=');
+    return equalsSign == std::string::npos ? "" : line.substr(equalsSign + 1);
+}
+
+void CZETConfigFile::RestoreParamValue(const std::string& name) {
+    RequireArgument(name, "RestoreParamValue", Here());
+    // No "^": restoring anchors the pattern behind the prefix of a kept former line.
+    RestoreLine("#*\\s*" + name + "=");
+}
+
+void CZETConfigFile::SetLine(const std::string& pattern, const std::string& line) {
+    RequireArgument(pattern, "SetLine", Here());
+    LineMatcher matches(m_core, pattern);
+    const LineStyle style = m_noMarkers ? LineStyle::Bare : LineStyle::Marked;
+    Rewrite([&](Text& in, TextBuilder& out) { SetLinePass(in, out, matches, line, style); });
+}
+
+std::string CZETConfigFile::GetLine(const std::string& pattern) {
+    RequireArgument(pattern, "GetLine", Here());
+    LineMatcher matches(m_core, pattern);
+    m_content->Rewind();
+    std::string_view line;
+    return FindLine(*m_content, matches, line) ? std::string(line) : "";
+}
+
+void CZETConfigFile::RestoreLine(const std::string& pattern) {
+    RequireArgument(pattern, "RestoreLine", Here());
+    const std::string formerLine =
+        std::string("^") + ZETFormerLinePrefix + pattern.substr(pattern.starts_with('^') ? 1 : 0);
+    LineMatcher matches(m_core, formerLine);
+    Rewrite([&](Text& in, TextBuilder& out) { RestoreLinePass(in, out, matches); });
+}
+
+std::string CZETConfigFile::Header() {
+    if (!m_fromTemplate) {
+        return dgettext(kModuleDomain,
+                        "# This file is partially modified by zet(7).\n"
+                        "# Do not edit data between ZET_BEGIN and ZET_END labels manually\n"
+                        "# unless you know what you are doing.\n"
+                        "# These lines are updated automatically by zet-init(1) and zet-client(1).\n");
+    }
+    return TextOf(Message(kFileSource, "Header", Here())(
+        2,
+        dgettext(kModuleDomain,
+                 "# This file is generated automatically by zet(7).\n"
+                 "# DO NOT EDIT THIS FILE, because it will be overwritten by zet(7) and\n"
+                 "# your changes will be lost.\n"
+                 "# Edit '%s'\n"
+                 "# and invoke the command:\n"
+                 "#\n"
+                 "# $ %s commit-config\n"
+                 "#"),
+        m_fileName.c_str(), m_role == "server" ? "zet-init" : "zet-client"));
+}
+
+void CZETConfigFile::InsertHeader(const std::string& header) {
+    RequireArgument(header, "InsertHeader", Here());
+    Rewrite([&](Text& in, TextBuilder& out) { InsertHeaderPass(in, out, header); });
+}
+
+void CZETConfigFile::Save(bool noBackup) {
+    if (!m_noMarkers) InsertHeader(Header());
+    if (!m_fromTemplate) return InternalSaveAs(m_fileName, noBackup);
+    // After the header went in: a template that opens with a comment gets its notice in front of that, and
+    // keeps it.
+    RemoveMarkers(ZETTemplateCommentMarker, ZETCommentEndMarker);
+    InternalSaveAs(m_targetFileName, noBackup);
+}
+
+void CZETConfigFile::InternalSaveAs(const std::string& fileName, bool noBackup) {
+    const std::string temporaryName = fileName + ZETTemporarySuffix;
+    WriteTemporary(temporaryName);
+    if (!noBackup) KeepOriginal(fileName, RenameFile);
+    RenameFile(temporaryName, fileName);
+}
+
+/// Writes the text as it can be read: an exhausted one yields nothing. The read state stays as it is.
+void CZETConfigFile::WriteTemporary(const std::string& temporaryName) {
+    FileDescriptor file = OpenTemporary(temporaryName);
+    m_content->Rewind();
+    if (!file.IsOpen() || !WriteAll(file, m_content->Rest())) {
+        Throw<EZETError>(Message(kFileSource, "InternalSaveAs", Here())(
+            1, dgettext(kCoreDomain, "Failed to save file '%s'."), temporaryName.c_str()));
+    }
+    struct stat status = {};
+    if (fstat(file.Get(), &status) != 0) {
+        Throw<EZETError>(Message(kFileSource, "InternalSaveAs", Here())(
+            1, dgettext(kCoreDomain, "Error stat '%s':%m"), temporaryName.c_str()));
+    }
+    if (status.st_mode != m_fileStat.st_mode) SetMode(file, m_fileStat.st_mode);
+}
+
+}  // namespace ZET

@@ -1,0 +1,73 @@
+#ifndef ZET_ZETCONFIG_FILE_H
+#define ZET_ZETCONFIG_FILE_H
+
+#include <sys/stat.h>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "Buffer.h"
+#include "Text.h"
+#include "zet/IZETConfigFile.h"
+#include "zet/IZETCore.h"
+
+namespace ZET {
+
+/// The one implementation of `IZETConfigFile`. Keeps a plain reference to the core. Calls among its own
+/// operations go through its virtual operations. Not copied.
+class CZETConfigFile : public IZETConfigFile {
+  public:
+    explicit CZETConfigFile(IZETCore& core);
+    ~CZETConfigFile() override;
+    CZETConfigFile(const CZETConfigFile&) = delete;
+    CZETConfigFile& operator=(const CZETConfigFile&) = delete;
+
+    bool Open(const std::string& fileName, const std::string& role, bool noMarkers) override;
+    bool OpenTemplate(const std::string& templateName, const std::string& fileName, const std::string& role,
+                      bool noMarkers) override;
+    void ApplyTemplates(StringMap& values) override;
+    void RemoveMarkers(const std::string& beginMarker, const std::string& endMarker) override;
+    void RemoveZETMarkers() override;
+    void SetParamValue(const std::string& name, const std::string& value) override;
+    std::string GetParamValue(const std::string& name) override;
+    void RestoreParamValue(const std::string& name) override;
+    void SetLine(const std::string& pattern, const std::string& line) override;
+    std::string GetLine(const std::string& pattern) override;
+    void RestoreLine(const std::string& pattern) override;
+    void Save(bool noBackup) override;
+
+    /// Logs which file is processed.
+    virtual void InternalNotice();
+
+    /// Puts `header` as a notice before the first line that is not empty, unless that line holds the opening
+    /// marker of a notice; drops the empty lines before it. An empty header throws `EZETCheckError`.
+    virtual void InsertHeader(const std::string& header);
+
+    /// Reads the file into the text; false, with a log record, when it cannot be read.
+    virtual bool InternalOpen(const std::string& fileName, const std::string& role, bool noMarkers);
+
+    /// The text of the notice for this file.
+    virtual std::string Header();
+
+  private:
+    template <typename Pass>
+    void Rewrite(Pass&& pass);
+    void RequireContent(const char* function, std::size_t line) const;
+    void InternalSaveAs(const std::string& fileName, bool noBackup);
+    void WriteTemporary(const std::string& temporaryName);
+
+    IZETCore& m_core;
+    std::string m_fileName;           ///< what was read: the file itself or the template's working copy
+    std::string m_targetFileName;     ///< what a template is saved as; empty for a file edited in place
+    std::unique_ptr<Text> m_content;  ///< null until a file is open
+    std::string m_role;
+    bool m_fromTemplate = false;
+    bool m_noMarkers = false;
+    struct stat m_fileStat = {};  ///< of `m_fileName` as read; its mode is the saved file's
+    Buffer m_spare;               ///< the memory of the text before the last pass, for the next one
+};
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,50 @@
+#include <cstddef>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "Messages.h"
+#include "ZETConfig.h"
+#include "zet/ZETModule.h"
+
+namespace {
+
+constexpr char kName[] = "zet-config";
+constexpr std::uintptr_t kVersion = 1 * 65536 + 7 * 256 + 37;
+constexpr std::uint32_t kModuleType = 1;
+constexpr std::uint32_t kHostType = 0;
+constexpr std::size_t kInvalidHostTypeLine = 17;
+
+ZET::ZETModuleRecord moduleRecord = {kVersion, kName, "1.7.37", kModuleType, nullptr, nullptr};
+std::string moduleDescription;  ///< owns the record's description once it is filled
+bool moduleInitialised = false;
+
+}  // namespace
+
+const ZET::ZETModuleRecord* get_module_info(const ZET::ZETModuleRecord* host) {
+    if (host->type != kHostType) {
+        ZET::Message message(ZET::kEntryPointsSource, "get_module_info", kInvalidHostTypeLine);
+        // A null text leaves the stream failed, as it does for everybody who writes one.
+        std::cerr << message(1, dgettext(ZET::kCoreDomain, "Invalid host type %d."),
+                             static_cast<int>(host->type))
+                  << std::endl;
+        return nullptr;
+    }
+    if (moduleRecord.description == nullptr) {
+        moduleDescription = dgettext(ZET::kModuleDomain, "ZET config interface");
+        moduleRecord.description = moduleDescription.c_str();
+    }
+    return &moduleRecord;
+}
+
+bool module_init(ZET::IZETCore& core) {
+    if (moduleInitialised) return true;
+    core.RegisterInterface(std::make_shared<ZET::CZETConfig>(core));
+    moduleInitialised = true;
+    return true;
+}
+
+void module_done(ZET::IZETCore& core) {
+    core.RemoveInterface(kName);
+    moduleInitialised = false;
+}
