@@ -1,0 +1,208 @@
+#include "CommandLine.h"
+
+#include <CLI/CLI.hpp>
+
+#include "Commands.h"
+#include "ExitStatus.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr char kVersion[] = "1.7.37";
+
+/// What a command takes beside the options of all; the order is that of the help.
+class CommandLine {
+  public:
+    CommandLine(Request& request, CLI::App& app) : m_request(request), m_app(app) {
+        AddOptionsOfAll();
+        AddConfigCommands();
+        AddTemplateCommands();
+        AddEditCommands();
+        AddFileCommands();
+        AddOptionCommands();
+        AddDiagnosisCommands();
+    }
+
+  private:
+    using Run = int (*)(Session&);
+
+    CLI::App* Command(CLI::App& parent, const char* name, Run run, const char* help) {
+        CLI::App* command = parent.add_subcommand(name, help)->fallthrough();
+        const std::string words = &parent == &m_app ? name : parent.get_name() + " " + name;
+        command->callback([this, run, words] {
+            m_request.command = words;
+            m_request.run = run;
+        });
+        return command;
+    }
+
+    CLI::App& Family(const char* name, const char* help) {
+        return *m_app.add_subcommand(name, help)->require_subcommand(1)->fallthrough();
+    }
+
+    void AddDryRun(CLI::App* command) {
+        command->add_flag("-n,--dry-run", m_request.dryRun, "Say what would change, and change nothing");
+        command->add_flag("--diff", m_request.diff, "Show each change as a unified diff");
+    }
+
+    void AddFile(CLI::App* command) { command->add_option("FILE", m_request.file, "The file")->required(); }
+
+    void AddOptionsOfAll() {
+        m_app.require_subcommand(1);
+        m_app.add_option("-c,--config", m_request.configFile, "The product's main configuration file")
+            ->type_name("FILE");
+        m_app.add_option("--root", m_request.root, "Work on the host tree in DIR")->type_name("DIR");
+        m_app.add_option("--module", m_request.moduleFile, "Load this module")->type_name("FILE");
+        m_app.add_flag("--json", m_request.json, "Report as one JSON document");
+        CLI::Option* quiet = m_app.add_flag("-q,--quiet", m_request.quiet, "Only errors");
+        m_app.add_flag("-v,--verbose", m_request.verbose, "Tell more")->excludes(quiet);
+        m_app.add_option("--color", m_request.color, "Color diffs")
+            ->check(CLI::IsMember({"auto", "always", "never"}));
+        m_app.add_option("--log", m_request.log, "Where log records go")
+            ->check(CLI::IsMember({"stderr", "syslog"}));
+        m_app.set_help_flag("-h,--help", "Print this help and exit");
+        m_app.set_version_flag("-V,--version", m_request.program + " " + kVersion);
+    }
+
+    void AddConfigCommands() {
+        CLI::App* commit = Command(m_app, "commit-config", RunCommitConfig,
+                                   "Render the templates of the role into their targets");
+        commit->add_option("TEMPLATE", m_request.names, "Only these templates");
+        commit->add_option("--set", m_request.assignments, "With -n: as if a parameter had this value")
+            ->type_name("NAME=VALUE")
+            ->allow_extra_args(false);
+        AddDryRun(commit);
+
+        CLI::App* check = Command(m_app, "check-config", RunCheckConfig,
+                                  "Tell every problem of the templates and their targets");
+        check->add_option("TEMPLATE", m_request.names, "Only these templates");
+
+        CLI::App* rollback = Command(m_app, "rollback-config", RunRollbackConfig,
+                                     "Put back what was there before the first commit");
+        rollback->add_option("TARGET", m_request.names, "Only these files");
+        rollback->add_flag("--force", m_request.force, "Files that were edited since, too");
+        AddDryRun(rollback);
+
+        Command(m_app, "status", RunStatus, "Tell the role and the state of each target");
+        Command(m_app, "values", RunValues, "List the template values");
+    }
+
+    void AddTemplateCommands() {
+        CLI::App& family = Family("template", "Work on single templates");
+        CLI::App* install =
+            Command(family, "install", RunTemplateInstall, "Install the working copy of a template");
+        install->add_option("NAME", m_request.names, "The templates")->required();
+        install->add_flag("--force", m_request.force, "Over a differing one, which is kept as NAME.old");
+        AddDryRun(install);
+
+        CLI::App* process = Command(family, "process", RunTemplateProcess, "Render one template into a file");
+        process->add_option("NAME", m_request.name, "The template")->required();
+        process->add_option("TARGET", m_request.target, "The file")->required();
+        process->add_option("--value", m_request.assignments, "Another value for this run (NAME without ${})")
+            ->type_name("NAME=VALUE")
+            ->allow_extra_args(false);
+        AddDryRun(process);
+    }
+
+    void AddMarkerOptions(CLI::App* command) {
+        command->add_flag("--no-markers", m_request.noMarkers, "Edit without marker lines");
+        command->add_flag("--no-backup", m_request.noBackup, "Keep no reserve of the file");
+        AddDryRun(command);
+    }
+
+    void AddEditCommands() {
+        CLI::App& param = Family("param", "Look up and edit name=value parameters of a file");
+        AddLookup(Command(param, "get", RunParamGet, "Print the value of a parameter"), "NAME",
+                  m_request.name);
+        AddSet(Command(param, "set", RunParamSet, "Set a parameter"), "NAME", m_request.name, "VALUE");
+        AddRestore(Command(param, "restore", RunParamRestore, "Bring back a parameter's former line"), "NAME",
+                   m_request.name);
+
+        CLI::App& line = Family("line", "Look up and edit lines of a file by a regular expression");
+        AddLookup(Command(line, "get", RunLineGet, "Print the first line that matches"), "PATTERN",
+                  m_request.pattern);
+        AddSet(Command(line, "set", RunLineSet, "Set every line that matches"), "PATTERN", m_request.pattern,
+               "LINE");
+        AddRestore(Command(line, "restore", RunLineRestore, "Bring back former lines that match"), "PATTERN",
+                   m_request.pattern);
+    }
+
+    void AddLookup(CLI::App* command, const char* keyName, std::string& key) {
+        AddFile(command);
+        command->add_option(keyName, key, "What to look for")->required();
+    }
+
+    void AddSet(CLI::App* command, const char* keyName, std::string& key, const char* textName) {
+        AddLookup(command, keyName, key);
+        command->add_option(textName, m_request.text, "The new text")->required();
+        AddMarkerOptions(command);
+    }
+
+    void AddRestore(CLI::App* command, const char* keyName, std::string& key) {
+        AddLookup(command, keyName, key);
+        command->add_flag("--all-blocks", m_request.allBlocks, "Drop the managed blocks of others too");
+        AddMarkerOptions(command);
+    }
+
+    void AddFileCommands() {
+        CLI::App& family = Family("file", "Work on whole files");
+        CLI::App* strip = Command(family, "strip", RunFileStrip, "Take the managed blocks out");
+        AddFile(strip);
+        strip->add_flag("--no-backup", m_request.noBackup, "Keep no reserve of the file");
+        AddDryRun(strip);
+        const struct {
+            const char* name;
+            Run run;
+            const char* help;
+        } rest[] = {{"reserve", RunFileReserve, "Keep the file as it is now"},
+                    {"restore", RunFileRestore, "Put the reserve back"},
+                    {"forget", RunFileForget, "Drop the reserve"}};
+        for (const auto& entry : rest) {
+            CLI::App* command = Command(family, entry.name, entry.run, entry.help);
+            AddFile(command);
+            AddDryRun(command);
+        }
+    }
+
+    void AddOptionCommands() {
+        CLI::App& family = Family("option", "The product's main configuration file");
+        Command(family, "get", RunOptionGet, "Print the value of a parameter")
+            ->add_option("NAME", m_request.name, "The parameter")
+            ->required();
+        CLI::App* set = Command(family, "set", RunOptionSet, "Set a parameter");
+        set->add_option("NAME", m_request.name, "The parameter")->required();
+        set->add_option("VALUE", m_request.text, "Its value")->required();
+        AddDryRun(set);
+    }
+
+    void AddDiagnosisCommands() {
+        Command(m_app, "explain", RunExplain, "Tell where the lines of a file come from")
+            ->add_option("FILE[:LINE]", m_request.file, "The file, and one line of it")
+            ->required();
+        AddFile(Command(m_app, "doctor", RunDoctor, "Tell damaged markers of a file and a repair"));
+    }
+
+    Request& m_request;
+    CLI::App& m_app;
+};
+
+}  // namespace
+
+std::optional<Request> ParseCommandLine(const std::string& program, int count, char** arguments,
+                                        int& status) {
+    Request request;
+    request.program = program;
+    request.role = program == "zet-init" ? "server" : "client";
+    CLI::App app("Join this host to a network domain in the role of a " + request.role, program);
+    const CommandLine commandLine(request, app);
+    try {
+        app.parse(count, arguments);
+    } catch (const CLI::ParseError& error) {
+        status = app.exit(error) == 0 ? kDone : kWrongUse;
+        return std::nullopt;
+    }
+    return request;
+}
+
+}  // namespace ZET

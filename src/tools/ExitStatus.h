@@ -1,0 +1,29 @@
+#ifndef ZET_EXIT_STATUS_H
+#define ZET_EXIT_STATUS_H
+
+#include <stdexcept>
+#include <string>
+
+namespace ZET {
+
+inline constexpr int kDone = 0;
+inline constexpr int kFailed = 1;
+inline constexpr int kWrongUse = 2;
+inline constexpr int kNotInSync = 3;  ///< also: a dry run would change something
+
+/// The command line asks for something that makes no sense; the program ends with `kWrongUse`.
+class UsageError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+/// What the command set out to do failed; the program ends with `kFailed`. The message names what, where and
+/// the remedy.
+class Failure : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+}  // namespace ZET
+
+#endif

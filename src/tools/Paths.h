@@ -1,0 +1,32 @@
+#ifndef ZET_PATHS_H
+#define ZET_PATHS_H
+
+#include <string>
+
+namespace ZET {
+
+/// Where the files of a host are: under "/", or under the root directory of a host tree that is worked on
+/// from outside.
+class Paths {
+  public:
+    /// `root` is empty for the host itself. A root that is no directory is a `Failure`.
+    explicit Paths(const std::string& root);
+
+    /// The file that a path of the host leads to, its links followed. Under a root, no link leads out of it:
+    /// one that is absolute or climbs too far ends at the root. What is not there yet is taken as it is
+    /// written. On the host itself a path whose last component is no link is returned as it is. Too many
+    /// links are a `Failure`.
+    std::string Resolved(const std::string& path) const;
+
+    bool HasRoot() const { return !m_root.empty(); }
+
+  private:
+    std::string m_root;  ///< without a final "/"; empty for the host itself
+};
+
+std::string DirectoryOf(const std::string& path);
+std::string BaseNameOf(const std::string& path);
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,85 @@
+#ifndef ZET_SESSION_H
+#define ZET_SESSION_H
+
+#include <memory>
+#include <string>
+
+#include "Paths.h"
+#include "Report.h"
+#include "Request.h"
+#include "zet/IZETConfig.h"
+#include "zet/ZETHost.h"
+
+namespace ZET {
+
+/// One run of a command: the core with the module loaded into it, and what the caller asked for.
+class Session {
+  public:
+    /// Reads the parameters and loads the module. A configuration file or module that is missing or broken
+    /// throws.
+    Session(const Request& request, Report& report);
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    const Request& Asked() const { return m_request; }
+    const std::string& Role() const { return m_request.role; }
+    Report& Out() { return m_report; }
+    IZETConfig& Config() { return *m_config; }
+    IZETCore& Core() { return m_host->GetCore(); }
+    const Paths& HostPaths() const { return m_paths; }
+
+    /// A parameter that names a directory or file of the product, as a path that can be opened.
+    std::string Param(const std::string& key) { return Core().GetParam(key); }
+
+    /// The path under which a file given by the caller can be opened: under the root, links followed.
+    std::string FilePath(const std::string& file) const { return m_paths.Resolved(file); }
+
+  private:
+    const Request& m_request;
+    Report& m_report;
+    Paths m_paths;
+    std::unique_ptr<CZETHost> m_host;
+    std::shared_ptr<IZETConfig> m_config;
+};
+
+/// Counts the failures that the module reported to the log only, from its creation on.
+class LoggedFailures {
+  public:
+    LoggedFailures() : m_before(CountLoggedErrors()) {}
+    bool Any() const { return CountLoggedErrors() != m_before; }
+
+  private:
+    std::size_t m_before;
+};
+
+/// Gives a parameter of the core another value for as long as the object lives.
+class ParamOverride {
+  public:
+    ParamOverride(IZETCore& core, const std::string& key, const std::string& value);
+    ~ParamOverride();
+    ParamOverride(const ParamOverride&) = delete;
+    ParamOverride& operator=(const ParamOverride&) = delete;
+
+  private:
+    IZETCore& m_core;
+    std::string m_key;
+    std::string m_former;
+};
+
+/// For as long as the object lives, messages are in the language of the parameter "ZET_LANG": what is written
+/// into a file does not depend on who runs the command.
+class WrittenLanguage {
+  public:
+    explicit WrittenLanguage(IZETCore& core);
+    ~WrittenLanguage();
+    WrittenLanguage(const WrittenLanguage&) = delete;
+    WrittenLanguage& operator=(const WrittenLanguage&) = delete;
+
+  private:
+    std::string m_former;
+};
+
+}  // namespace ZET
+
+#endif

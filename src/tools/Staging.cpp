@@ -1,0 +1,104 @@
+#include "Staging.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+
+#include "ExitStatus.h"
+
+namespace ZET {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kPrefix[] = "zet-staging.";
+
+std::string ParentOrDefault(const std::string& parent) {
+    if (!parent.empty()) return parent;
+    const char* temporary = std::getenv("TMPDIR");
+    return temporary != nullptr && *temporary != '\0' ? temporary : "/tmp";
+}
+
+std::string MakeDirectory(const std::string& parent) {
+    std::string path = parent + "/" + kPrefix + "XXXXXX";
+    if (mkdtemp(path.data()) == nullptr) {
+        throw Failure(parent + ": no directory for temporary files can be made here: " +
+                      std::strerror(errno) + " (make room, or name another directory with TMPDIR)");
+    }
+    return path;
+}
+
+/// The descriptor that holds the directory's lock; -1 when somebody else holds it or it is no directory of
+/// this user.
+int LockedDirectory(const std::string& path) {
+    const int descriptor = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (descriptor < 0) return -1;
+    struct stat status = {};
+    if (fstat(descriptor, &status) == 0 && status.st_uid == geteuid() && status.st_nlink > 0 &&
+        flock(descriptor, LOCK_EX | LOCK_NB) == 0) {
+        return descriptor;
+    }
+    close(descriptor);
+    return -1;
+}
+
+void RemoveTree(const std::string& path) {
+    std::error_code ignored;  // a left-over is harmless, and the next run that may do so removes it
+    fs::remove_all(path, ignored);
+}
+
+}  // namespace
+
+Staging::Staging(const std::string& parent) {
+    const std::string place = ParentOrDefault(parent);
+    // Between the making and the locking, another run can take the directory for a left-over and remove it.
+    constexpr int kMostTries = 10;
+    for (int tries = 0; m_lock < 0; ++tries) {
+        if (tries == kMostTries) {
+            throw Failure(place + ": temporary directories do not stay here (name another with TMPDIR)");
+        }
+        m_directory = MakeDirectory(place);
+        m_lock = LockedDirectory(m_directory);
+        if (m_lock >= 0 && !fs::exists(m_directory)) {
+            close(m_lock);
+            m_lock = -1;
+        }
+    }
+}
+
+Staging::~Staging() {
+    RemoveTree(m_directory);
+    close(m_lock);
+}
+
+std::string Staging::PathOf(const std::string& name) const {
+    const fs::path path = m_directory / fs::path("/" + name).lexically_normal().relative_path();
+    std::error_code error;
+    fs::create_directories(path.parent_path(), error);
+    if (error) {
+        throw Failure(path.parent_path().string() + ": cannot be made: " + error.message() +
+                      " (make room, or name another directory with TMPDIR)");
+    }
+    return path.string();
+}
+
+void Staging::RemoveLeftOvers(const std::string& parent) {
+    std::error_code error;
+    for (fs::directory_iterator entry(ParentOrDefault(parent), error), end; !error && entry != end;
+         entry.increment(error)) {
+        if (!entry->path().filename().string().starts_with(kPrefix)) continue;
+        const int lock = LockedDirectory(entry->path().string());
+        if (lock < 0) continue;
+        RemoveTree(entry->path().string());
+        close(lock);
+    }
+}
+
+}  // namespace ZET

@@ -1,0 +1,58 @@
+#ifndef ZET_TARGETS_H
+#define ZET_TARGETS_H
+
+#include <string>
+#include <vector>
+
+#include "Session.h"
+
+namespace ZET {
+
+/// One entry of the list of targets: a template and the file that is made from it.
+struct Target {
+    std::string templateName;
+    std::string path;  ///< as the list has it: an absolute path of the host
+    bool forServer = false;
+    bool forClient = false;
+    std::vector<std::string> check;  ///< an argument list, "{}" for the staged file; empty: no check
+    std::string restart;             ///< services to name after a change
+    bool isSecret = false;           ///< its text is never shown
+    int line = 0;                    ///< of its section in the list
+
+    bool IsFor(const std::string& role) const { return role == "server" ? forServer : forClient; }
+};
+
+/// A problem in a file that somebody edits by hand.
+struct Problem {
+    std::string file;
+    int line = 0;    ///< 0: the file as a whole
+    int column = 0;  ///< 0: the line as a whole
+    std::string text;
+    std::string remedy;
+
+    /// "file:line:column: text (remedy)"
+    std::string Describe() const;
+};
+
+/// The list of targets as it stands, with what is wrong in it.
+struct TargetList {
+    std::string file;
+    std::vector<Target> targets;
+    std::vector<Problem> problems;
+};
+
+/// Reads targets.ini in the directory of the pristine templates. A list that cannot be read, or that others
+/// may write while root runs, is a `Failure`; broken entries are problems.
+TargetList ReadTargetList(Session& session);
+
+/// The targets of the session's role whose templates `templateNames` has, all when it is empty, in the order
+/// of the list. A broken list is a `Failure` with all its problems; a template that the list does not have
+/// for the role a `UsageError`.
+std::vector<Target> SelectTargets(Session& session, const std::vector<std::string>& templateNames);
+
+/// The target of the session's role whose file is `path`, links followed; null when none is.
+const Target* FindTargetByPath(Session& session, const std::vector<Target>& targets, const std::string& path);
+
+}  // namespace ZET
+
+#endif
