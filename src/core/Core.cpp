@@ -1,0 +1,70 @@
+#include "Core.h"
+
+#include <libintl.h>
+
+#include <utility>
+
+#include "Message.h"
+#include "StatusWriter.h"
+#include "Sync.h"
+
+namespace ZET {
+
+namespace {
+
+/// Where the messages are translated, before the first of them.
+const std::string& WithCatalogue(const std::string& configFile) {
+    ::bindtextdomain("libzet-core", ZET_LOCALE_DIR);
+    return configFile;
+}
+
+}  // namespace
+
+CZETCore::CZETCore(const std::string& configFile) : m_parameters(WithCatalogue(configFile)) {
+    SetSyncing(m_parameters.Sync());
+}
+
+CZETCore::~CZETCore() {
+    SetSyncing(true);
+}
+
+const std::string& CZETCore::GetDomainName() {
+    return m_parameters.Domain();
+}
+
+const std::string& CZETCore::GetServerName() {
+    return m_parameters.Server();
+}
+
+bool CZETCore::IsServiceDiscovery() {
+    return m_parameters.ServiceDiscovery();
+}
+
+bool CZETCore::RegisterInterface(std::shared_ptr<CZETInterface> interface) {
+    return m_registry.Register(std::move(interface));
+}
+
+bool CZETCore::RemoveInterface(const std::string& name) {
+    return m_registry.Remove(name);
+}
+
+std::string CZETCore::GetParam(const std::string& key) {
+    return m_parameters.Get(key);
+}
+
+void CZETCore::UpdateParam(const std::string& key, const std::string& value) {
+    m_parameters.Update(key, value);
+    SetSyncing(m_parameters.Sync());
+}
+
+bool CZETCore::MatchRegEx(const std::string& pattern, const std::string& subject, void* reserved,
+                          std::size_t flags) {
+    if (reserved != nullptr || flags != 0) FailCheck("Invalid argument for '%s'.", "MatchRegEx");
+    return m_regEx.Match(pattern, subject);
+}
+
+void CZETCore::WriteStatus(std::ostream& stream) {
+    WriteStatusLines(stream, m_parameters.All());
+}
+
+}  // namespace ZET

@@ -1,0 +1,41 @@
+#ifndef ZET_CORE_CORE_H
+#define ZET_CORE_CORE_H
+
+#include <string>
+
+#include "Parameters.h"
+#include "RegEx.h"
+#include "Registry.h"
+#include "zet/IZETCore.h"
+
+namespace ZET {
+
+/// The core as modules see it: each operation is a service of its own.
+class CZETCore final : public IZETCore {
+  public:
+    /// Reads the parameters from `configFile`.
+    explicit CZETCore(const std::string& configFile);
+    ~CZETCore() override;
+
+    const std::string& GetDomainName() override;
+    const std::string& GetServerName() override;
+    bool IsServiceDiscovery() override;
+    bool RegisterInterface(std::shared_ptr<CZETInterface> interface) override;
+    bool RemoveInterface(const std::string& name) override;
+    std::string GetParam(const std::string& key) override;
+    void UpdateParam(const std::string& key, const std::string& value) override;
+    bool MatchRegEx(const std::string& pattern, const std::string& subject, void* reserved,
+                    std::size_t flags) override;
+    void WriteStatus(std::ostream& stream) override;
+
+    Registry& GetRegistry() { return m_registry; }
+
+  private:
+    Parameters m_parameters;
+    Registry m_registry;
+    RegEx m_regEx;
+};
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,57 @@
+#include "zet/ZETHost.h"
+
+#include <vector>
+
+#include "Core.h"
+#include "Loader.h"
+
+namespace ZET {
+
+class CZETHost::Implementation {
+  public:
+    explicit Implementation(const std::string& configFile) : m_core(configFile) {}
+    ~Implementation() { UnloadModules(); }
+    Implementation(const Implementation&) = delete;
+    Implementation& operator=(const Implementation&) = delete;
+
+    CZETCore& Core() { return m_core; }
+
+    void LoadModule(const std::string& path) {
+        std::vector<std::string> taken;
+        for (const auto& module : m_modules)
+            taken.push_back(module->GetName());
+        m_modules.push_back(std::make_unique<LoadedModule>(m_core, path, taken));
+    }
+
+    void UnloadModules() {
+        while (!m_modules.empty())
+            m_modules.pop_back();
+    }
+
+  private:
+    CZETCore m_core;
+    std::vector<std::unique_ptr<LoadedModule>> m_modules;
+};
+
+CZETHost::CZETHost(const std::string& configFile)
+    : m_implementation(std::make_unique<Implementation>(configFile)) {}
+
+CZETHost::~CZETHost() = default;
+
+IZETCore& CZETHost::GetCore() {
+    return m_implementation->Core();
+}
+
+void CZETHost::LoadModule(const std::string& path) {
+    m_implementation->LoadModule(path);
+}
+
+std::shared_ptr<CZETInterface> CZETHost::FindInterface(const std::string& name) const {
+    return m_implementation->Core().GetRegistry().Find(name);
+}
+
+void CZETHost::UnloadModules() {
+    m_implementation->UnloadModules();
+}
+
+}  // namespace ZET

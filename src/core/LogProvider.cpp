@@ -1,0 +1,125 @@
+#include "zet/ZETLogProvider.h"
+
+#include <syslog.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "Printable.h"
+#include "zet/ZETHost.h"
+
+namespace ZET {
+
+namespace {
+
+struct LogState {
+    std::mutex mutex;
+    ZETLogTarget target = ZETLogTarget::StandardError;
+    ZETLogLevel threshold = ZETLogWarning;
+    std::string identity = "zet";
+};
+
+/// Never destroyed: other threads and the destructors of static objects may log to the very end.
+LogState& State() {
+    static LogState& state = *new LogState;
+    return state;
+}
+
+std::atomic<std::size_t> loggedErrors = 0;
+
+const char* LevelName(ZETLogLevel level) {
+    switch (level) {
+        case ZETLogError:
+            return "error";
+        case ZETLogWarning:
+            return "warning";
+        default:
+            return "notice";
+    }
+}
+
+int SystemLogPriority(ZETLogLevel level) {
+    switch (level) {
+        case ZETLogError:
+            return LOG_ERR;
+        case ZETLogWarning:
+            return LOG_WARNING;
+        default:
+            return LOG_INFO;
+    }
+}
+
+/// One write for the whole record keeps the records of several processes apart. There is nobody left to be
+/// told of a failure.
+void WriteToStandardError(std::string_view record) {
+    while (!record.empty()) {
+        const ssize_t written = ::write(STDERR_FILENO, record.data(), record.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) return;
+        record.remove_prefix(static_cast<std::size_t>(written));
+    }
+}
+
+void WriteRecord(ZETLogLevel level, const char* text) {
+    LogState& state = State();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    if (level > state.threshold) return;
+    const std::string line = Printable(text);
+    if (state.target == ZETLogTarget::SystemLog) {
+        ::syslog(SystemLogPriority(level), "%s", line.c_str());
+        return;
+    }
+    WriteToStandardError(state.identity + ": " + LevelName(level) + ": " + line + "\n");
+}
+
+}  // namespace
+
+CZETLogProvider& CZETLogProvider::GetLogProvider() {
+    static CZETLogProvider& provider = *new CZETLogProvider;
+    return provider;
+}
+
+void CZETLogProvider::Put(ZETLogLevel level, std::size_t count, const char* format, ...) {
+    const int callersError = errno;
+    if (level == ZETLogError) loggedErrors++;
+    const char* text = format != nullptr ? format : "";
+    char* formatted = nullptr;
+    if (count > 1) {
+        std::va_list arguments;
+        va_start(arguments, format);
+// The format is the caller's business here; a single text is never taken for one.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+        if (vasprintf(&formatted, text, arguments) < 0) formatted = nullptr;
+#pragma GCC diagnostic pop
+        va_end(arguments);
+    }
+    const std::unique_ptr<char, decltype(&std::free)> owner(formatted, &std::free);
+    WriteRecord(level, formatted != nullptr ? formatted : text);
+    errno = callersError;
+}
+
+void ConfigureLog(ZETLogTarget target, ZETLogLevel threshold, const std::string& identity) {
+    LogState& state = State();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    if (state.target == ZETLogTarget::SystemLog) ::closelog();
+    state.target = target;
+    state.threshold = threshold;
+    state.identity = identity;
+    // The system log keeps the pointer, and the identity lives until the log is configured anew.
+    if (target == ZETLogTarget::SystemLog) ::openlog(state.identity.c_str(), LOG_PID, LOG_DAEMON);
+}
+
+std::size_t CountLoggedErrors() {
+    return loggedErrors;
+}
+
+}  // namespace ZET

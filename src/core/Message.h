@@ -1,0 +1,26 @@
+#ifndef ZET_CORE_MESSAGE_H
+#define ZET_CORE_MESSAGE_H
+
+#include <string>
+
+/// The core's own messages. Each function looks `text` up in the message catalogue "libzet-core", formats it
+/// by the conventions of printf ("%m" is the text of the caller's `errno`, which stays) and hands it on.
+namespace ZET {
+
+std::string Message(const char* text, ...) __attribute__((format(printf, 1, 2)));
+
+/// Throws an `EZETError`.
+[[noreturn]] void Fail(const char* text, ...) __attribute__((format(printf, 1, 2)));
+
+/// Throws an `EZETCheckError`.
+[[noreturn]] void FailCheck(const char* text, ...) __attribute__((format(printf, 1, 2)));
+
+/// Logs a warning.
+void Warn(const char* text, ...) __attribute__((format(printf, 1, 2)));
+
+/// Throws an `EZETCheckError` in the name of `operation` when `argument` is empty.
+void RequireNotEmpty(const std::string& argument, const char* operation);
+
+}  // namespace ZET
+
+#endif

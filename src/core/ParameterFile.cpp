@@ -1,0 +1,86 @@
+#include "ParameterFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "Descriptor.h"
+#include "Message.h"
+#include "Printable.h"
+
+namespace ZET {
+
+namespace {
+
+/// What "\s" stands for in a regular expression.
+constexpr std::string_view kBlanks = " \t\v\f\r";
+
+bool IsLetter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+}
+
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+/// Never blocks: what is no regular file is refused.
+std::string ReadWhole(const std::string& path) {
+    const auto fail = [&] {
+        Fail("%s: cannot be read: %m (name a configuration file that exists and is readable)", path.c_str());
+    };
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat status;
+    if (!file.IsOpen() || ::fstat(file.Number(), &status) != 0) fail();
+    if (!S_ISREG(status.st_mode))
+        Fail("%s: cannot be read: not a regular file (name a configuration file)", path.c_str());
+    std::string text;
+    char buffer[4096];
+    while (true) {
+        const ssize_t size = TEMP_FAILURE_RETRY(::read(file.Number(), buffer, sizeof buffer));
+        if (size < 0) fail();
+        if (size == 0) return text;
+        text.append(buffer, static_cast<std::size_t>(size));
+    }
+}
+
+ParameterLine SplitLine(const std::string& path, std::size_t number, std::string_view line) {
+    const std::size_t equals = line.find('=');
+    if (line.find('\0') != std::string_view::npos)
+        Fail("%s:%zu: the line holds a NUL byte (remove it)", path.c_str(), number);
+    if (equals == std::string_view::npos)
+        Fail("%s:%zu: no \"=\" in the line (write NAME=value, or \"#\" before a comment)", path.c_str(),
+             number);
+    const std::string_view name = line.substr(0, equals);
+    if (!name.empty() && kBlanks.find(name.back()) != std::string_view::npos)
+        Fail("%s:%zu: a blank before \"=\" (write NAME=value without it)", path.c_str(), number);
+    if (!IsParameterName(name))
+        Fail("%s:%zu: '%s' is no name of a parameter (use letters, digits and \"_\", no digit first)",
+             path.c_str(), number, Printable(name).c_str());
+    return {number, name, line.substr(equals + 1)};
+}
+
+}  // namespace
+
+bool IsParameterName(std::string_view name) {
+    if (name.empty() || IsDigit(name.front())) return false;
+    for (const char c : name)
+        if (!IsLetter(c) && !IsDigit(c)) return false;
+    return true;
+}
+
+void ReadParameterFile(const std::string& path, const std::function<void(const ParameterLine&)>& take) {
+    const std::string text = ReadWhole(path);
+    std::string_view rest = text;
+    for (std::size_t number = 1; !rest.empty(); number++) {
+        const std::size_t end = rest.find('\n');
+        const std::string_view line = rest.substr(0, end);
+        rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+        const std::size_t start = line.find_first_not_of(kBlanks);
+        if (start == std::string_view::npos || line[start] == '#') continue;
+        take(SplitLine(path, number, line.substr(start)));
+    }
+}
+
+}  // namespace ZET

@@ -1,0 +1,41 @@
+#ifndef ZET_CORE_PARAMETERS_H
+#define ZET_CORE_PARAMETERS_H
+
+#include <string>
+
+#include "zet/ZETTypes.h"
+
+namespace ZET {
+
+/// The named parameters: what the file says, what was updated since, and defaults for the rest, which follow
+/// the parameters that they are derived from.
+class Parameters {
+  public:
+    /// Reads `file`, the parameter "ZET_CFG"; throws as `ReadParameterFile`, and for a flag that is none.
+    explicit Parameters(const std::string& file);
+
+    const std::string& Domain() const;
+    const std::string& Server() const;
+    bool ServiceDiscovery() const;
+    bool Sync() const;
+
+    /// The value; empty, with one warning for each key in the process's life, when the key is unknown.
+    std::string Get(const std::string& key) const;
+
+    /// Throws `EZETCheckError` for a key that is no name, a value that no line can hold, a flag that is none,
+    /// and another path for "ZET_CFG".
+    void Update(const std::string& key, const std::string& value);
+
+    /// Every parameter with its value.
+    StringMap All() const;
+
+  private:
+    const std::string* Find(const std::string& key) const;
+    bool Flag(const std::string& key) const;
+
+    StringMap m_values;
+};
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,142 @@
+#include "RegEx.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+#include "Message.h"
+#include "Printable.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr std::size_t kMaxEntries = 32;
+
+/// For a short subject. A pattern that needs more goes to the guard, which looks at it more closely.
+constexpr std::uint32_t kFastMatchLimit = 10'000;
+
+constexpr std::size_t kStackStart = std::size_t{32} << 10;
+constexpr std::size_t kStackMax = std::size_t{8} << 20;
+constexpr std::uint32_t kHeapLimit = 64 << 10;  // KiB
+constexpr std::uint32_t kDepthLimit = 1'000'000;
+
+/// Bytes passed over, with each item that is tried counted as some: the work of a search. A search that is
+/// linear in the length of its subject is always within it.
+class Budget {
+  public:
+    explicit Budget(std::size_t subjectSize) : m_left(std::max(kLeast, kForEachByte * subjectSize)) {}
+
+    bool Spend(std::size_t position) {
+        const std::size_t distance = position > m_position ? position - m_position : m_position - position;
+        const std::size_t work = distance + kItem;
+        m_position = position;
+        if (work > m_left) return false;
+        m_left -= work;
+        return true;
+    }
+
+  private:
+    static constexpr std::size_t kLeast = 500'000'000;
+    static constexpr std::size_t kForEachByte = 64;
+    static constexpr std::size_t kItem = 8;
+
+    std::size_t m_left;
+    std::size_t m_position = 0;
+};
+
+int Guard(pcre2_callout_block* block, void* budget) {
+    return static_cast<Budget*>(budget)->Spend(block->current_position) ? 0 : PCRE2_ERROR_CALLOUT;
+}
+
+template <typename T>
+T Required(T pointer) {
+    if (pointer == nullptr) throw std::bad_alloc();
+    return pointer;
+}
+
+std::string ErrorText(int error) {
+    PCRE2_UCHAR text[256];
+    pcre2_get_error_message(error, text, sizeof text);
+    return reinterpret_cast<const char*>(text);
+}
+
+[[noreturn]] void FailMatch(const std::string& pattern, std::size_t size, int error) {
+    Fail("Regular expression '%s' gives up on a text of %zu bytes: %s.", Printable(pattern).c_str(), size,
+         error == PCRE2_ERROR_CALLOUT ? Message("too much work").c_str() : ErrorText(error).c_str());
+}
+
+}  // namespace
+
+RegEx::RegEx() = default;
+
+RegEx::~RegEx() = default;
+
+RegEx::Code RegEx::Compile(const std::string& pattern, std::uint32_t options) const {
+    int error = 0;
+    PCRE2_SIZE offset = 0;
+    Code code(pcre2_compile(Bytes(pattern), pattern.size(), PCRE2_NEVER_UTF | options, &error, &offset,
+                            m_compile.get()));
+    if (code == nullptr)
+        Fail("Regular expression '%s' is not valid at offset %zu: %s.", Printable(pattern).c_str(), offset,
+             ErrorText(error).c_str());
+    return code;
+}
+
+RegEx::Entry& RegEx::Find(const std::string& pattern) {
+    m_uses++;
+    for (Entry& entry : m_entries) {
+        if (entry.pattern != pattern) continue;
+        entry.lastUse = m_uses;
+        return entry;
+    }
+    if (m_compile == nullptr) {
+        m_compile.reset(Required(pcre2_compile_context_create(nullptr)));
+        pcre2_set_newline(m_compile.get(), PCRE2_NEWLINE_LF);
+        m_fast.reset(Required(pcre2_match_context_create(nullptr)));
+        pcre2_set_match_limit(m_fast.get(), kFastMatchLimit);
+        m_result.reset(Required(pcre2_match_data_create(1, nullptr)));
+        m_entries.reserve(kMaxEntries);
+    }
+    Entry entry{pattern, Compile(pattern, 0), false, nullptr, m_uses};
+    entry.isTranslated = pcre2_jit_compile(entry.code.get(), PCRE2_JIT_COMPLETE) == 0;
+    return Add(std::move(entry));
+}
+
+/// In place of the one that has not been used for the longest time, when there are many.
+RegEx::Entry& RegEx::Add(Entry entry) {
+    m_last = nullptr;
+    if (m_entries.size() < kMaxEntries) return m_entries.emplace_back(std::move(entry));
+    const auto older = [](const Entry& a, const Entry& b) { return a.lastUse < b.lastUse; };
+    return *std::min_element(m_entries.begin(), m_entries.end(), older) = std::move(entry);
+}
+
+void RegEx::PrepareGuard(Entry& entry) {
+    if (entry.guarded == nullptr) {
+        entry.guarded = Compile(entry.pattern, PCRE2_AUTO_CALLOUT);
+        // Without machine code the interpreter does it.
+        pcre2_jit_compile(entry.guarded.get(), PCRE2_JIT_COMPLETE);
+    }
+    if (m_guard != nullptr) return;
+    m_guard.reset(Required(pcre2_match_context_create(nullptr)));
+    pcre2_set_heap_limit(m_guard.get(), kHeapLimit);
+    pcre2_set_depth_limit(m_guard.get(), kDepthLimit);
+    m_stack.reset(Required(pcre2_jit_stack_create(kStackStart, kStackMax, nullptr)));
+    pcre2_jit_stack_assign(m_guard.get(), nullptr, m_stack.get());
+}
+
+bool RegEx::MatchGuarded(Entry& entry, const std::string& subject) {
+    PrepareGuard(entry);
+    Budget budget(subject.size());
+    pcre2_set_callout(m_guard.get(), &Guard, &budget);
+    const auto match = [&](std::uint32_t options) {
+        return pcre2_match(entry.guarded.get(), Bytes(subject), subject.size(), 0, options, m_result.get(),
+                           m_guard.get());
+    };
+    int result = match(0);
+    if (result == PCRE2_ERROR_JIT_STACKLIMIT) result = match(PCRE2_NO_JIT);
+    if (result < 0 && result != PCRE2_ERROR_NOMATCH) FailMatch(entry.pattern, subject.size(), result);
+    return result >= 0;
+}
+
+}  // namespace ZET

@@ -1,0 +1,82 @@
+#ifndef ZET_CORE_REG_EX_H
+#define ZET_CORE_REG_EX_H
+
+#define PCRE2_CODE_UNIT_WIDTH 8
+#include <pcre2.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ZET {
+
+/// Perl-compatible regular expressions on bytes. Patterns are compiled once and kept, the last used ones
+/// only. A search always ends: one that takes more work than a sensible pattern needs is an error.
+class RegEx {
+  public:
+    RegEx();
+    ~RegEx();
+    RegEx(const RegEx&) = delete;
+    RegEx& operator=(const RegEx&) = delete;
+
+    /// Whether `pattern` is found in `subject`. Throws `EZETError` naming a pattern that does not compile, or
+    /// that needs too much time or memory.
+    bool Match(const std::string& pattern, const std::string& subject) {
+        if (m_last == nullptr || m_last->pattern != pattern) m_last = &Find(pattern);
+        if (m_last->isTranslated && subject.size() <= kShortSubject) {
+            const int result = pcre2_jit_match(m_last->code.get(), Bytes(subject), subject.size(), 0, 0,
+                                               m_result.get(), m_fast.get());
+            if (result >= 0) return true;
+            if (result == PCRE2_ERROR_NOMATCH) return false;
+        }
+        return MatchGuarded(*m_last, subject);
+    }
+
+  private:
+    template <auto* function>
+    struct Free {
+        template <typename T>
+        void operator()(T* object) const {
+            function(object);
+        }
+    };
+    using Code = std::unique_ptr<pcre2_code, Free<&pcre2_code_free>>;
+    using Result = std::unique_ptr<pcre2_match_data, Free<&pcre2_match_data_free>>;
+    using MatchContext = std::unique_ptr<pcre2_match_context, Free<&pcre2_match_context_free>>;
+    using CompileContext = std::unique_ptr<pcre2_compile_context, Free<&pcre2_compile_context_free>>;
+    using JitStack = std::unique_ptr<pcre2_jit_stack, Free<&pcre2_jit_stack_free>>;
+
+    struct Entry {
+        std::string pattern;
+        Code code;
+        bool isTranslated = false;  ///< to machine code
+        Code guarded;               ///< the same with a call of the guard before each item; made when needed
+        std::uint64_t lastUse = 0;
+    };
+
+    /// Up to here, even a pattern whose work grows with the cube of the length ends in no time.
+    static constexpr std::size_t kShortSubject = 1024;
+
+    static PCRE2_SPTR Bytes(const std::string& text) { return reinterpret_cast<PCRE2_SPTR>(text.data()); }
+
+    Code Compile(const std::string& pattern, std::uint32_t options) const;
+    Entry& Find(const std::string& pattern);
+    Entry& Add(Entry entry);
+    void PrepareGuard(Entry& entry);
+    bool MatchGuarded(Entry& entry, const std::string& subject);
+
+    CompileContext m_compile;
+    MatchContext m_fast;
+    MatchContext m_guard;
+    JitStack m_stack;
+    Result m_result;
+    std::vector<Entry> m_entries;
+    Entry* m_last = nullptr;
+    std::uint64_t m_uses = 0;
+};
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,32 @@
+#include "Registry.h"
+
+#include <utility>
+
+#include "Message.h"
+
+namespace ZET {
+
+bool Registry::Register(std::shared_ptr<CZETInterface> interface) {
+    RequireNotEmpty(interface != nullptr ? interface->GetName() : std::string(), "RegisterInterface");
+    const std::string name = interface->GetName();
+    return m_interfaces.try_emplace(name, std::move(interface)).second;
+}
+
+bool Registry::Remove(const std::string& name) {
+    // The interface may end here, and its destructor find the registry without it.
+    return !m_interfaces.extract(name).empty();
+}
+
+std::shared_ptr<CZETInterface> Registry::Find(const std::string& name) const {
+    const auto found = m_interfaces.find(name);
+    return found != m_interfaces.end() ? found->second : nullptr;
+}
+
+std::vector<std::string> Registry::Names() const {
+    std::vector<std::string> names;
+    for (const auto& [name, interface] : m_interfaces)
+        names.push_back(name);
+    return names;
+}
+
+}  // namespace ZET

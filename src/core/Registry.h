@@ -1,0 +1,33 @@
+#ifndef ZET_CORE_REGISTRY_H
+#define ZET_CORE_REGISTRY_H
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "zet/ZETInterface.h"
+
+namespace ZET {
+
+/// The interfaces that modules registered, by name.
+class Registry {
+  public:
+    /// False when the name is taken. Throws `EZETCheckError` when there is no interface or no name.
+    bool Register(std::shared_ptr<CZETInterface> interface);
+
+    /// False when there is none of that name.
+    bool Remove(const std::string& name);
+
+    /// Null when there is none of that name.
+    std::shared_ptr<CZETInterface> Find(const std::string& name) const;
+
+    std::vector<std::string> Names() const;
+
+  private:
+    std::map<std::string, std::shared_ptr<CZETInterface>> m_interfaces;
+};
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,43 @@
+#include "StatusWriter.h"
+
+#include <ctime>
+#include <string>
+
+#include "Message.h"
+
+namespace ZET {
+
+namespace {
+
+std::string PresentTime() {
+    const std::time_t now = std::time(nullptr);
+    std::tm parts;
+    char text[sizeof "2000-01-01T00:00:00Z" + 16];
+    if (::gmtime_r(&now, &parts) == nullptr ||
+        std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts) == 0)
+        Fail("Failed to tell the time: %m.");
+    return text;
+}
+
+/// False when the stream has failed, also when it is one that throws then.
+bool Write(std::ostream& stream, const std::string& text) {
+    try {
+        stream.write(text.data(), static_cast<std::streamsize>(text.size()));
+        stream.flush();
+    } catch (const std::ios_base::failure&) {
+        return false;
+    }
+    return !stream.fail();
+}
+
+}  // namespace
+
+void WriteStatusLines(std::ostream& stream, StringMap settings) {
+    settings["COMMIT_TIME"] = PresentTime();
+    std::string text;
+    for (const auto& [key, value] : settings)
+        text.append(key).append("=").append(value).append("\n");
+    if (!Write(stream, text)) Fail("Failed to write the status.");
+}
+
+}  // namespace ZET

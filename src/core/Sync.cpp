@@ -1,0 +1,79 @@
+#include "Sync.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+
+#include "Message.h"
+
+namespace ZET {
+
+namespace {
+
+std::atomic<bool> syncing = true;
+
+/// What cannot be opened for reading cannot be synced by itself, although it may be renamed: then everything
+/// is.
+int OpenToSync(const std::string& path, int flags) {
+    const int number = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | flags);
+    if (number < 0 && errno == EACCES) {
+        ::sync();
+        errno = EACCES;
+    }
+    return number;
+}
+
+/// A file system that knows no syncing says so by EINVAL.
+bool SyncDescriptor(int number) {
+    return TEMP_FAILURE_RETRY(::fsync(number)) == 0 || errno == EINVAL;
+}
+
+std::string ParentOf(const std::string& path) {
+    const std::string::size_type slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+}  // namespace
+
+void SetSyncing(bool on) {
+    syncing = on;
+}
+
+bool IsSyncing() {
+    return syncing;
+}
+
+void SyncFile(const Descriptor& file, const std::string& path) {
+    if (!IsSyncing()) return;
+    if (!SyncDescriptor(file.Number())) Fail("Failed to sync file '%s': %m.", path.c_str());
+}
+
+void SyncFile(const std::string& path) {
+    if (!IsSyncing()) return;
+    const Descriptor file(OpenToSync(path, O_NOFOLLOW | O_NONBLOCK));
+    if (file.IsOpen()) {
+        SyncFile(file, path);
+    } else if (errno != EACCES) {
+        Fail("Failed to sync file '%s': %m.", path.c_str());
+    }
+}
+
+ParentDirectory::ParentDirectory(const std::string& path) : m_path(ParentOf(path)) {
+    if (!IsSyncing()) return;
+    m_descriptor.Reset(::open(m_path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!m_descriptor.IsOpen() && errno != EACCES) Fail("Failed to open directory '%s': %m.", m_path.c_str());
+}
+
+void ParentDirectory::Sync() const {
+    if (!IsSyncing()) return;
+    if (!m_descriptor.IsOpen()) {
+        ::sync();
+        return;
+    }
+    if (!SyncDescriptor(m_descriptor.Number())) Fail("Failed to sync directory '%s': %m.", m_path.c_str());
+}
+
+}  // namespace ZET

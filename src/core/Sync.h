@@ -1,0 +1,39 @@
+#ifndef ZET_CORE_SYNC_H
+#define ZET_CORE_SYNC_H
+
+#include <string>
+
+#include "Descriptor.h"
+
+/// Makes what was done durable. All of it does nothing while syncing is off, which is a switch of the whole
+/// process, as the file helpers are.
+namespace ZET {
+
+void SetSyncing(bool on);
+bool IsSyncing();
+
+/// Makes the bytes and attributes of an open file durable; `path` is for the message.
+void SyncFile(const Descriptor& file, const std::string& path);
+
+/// As above, of a regular file by its name.
+void SyncFile(const std::string& path);
+
+/// The directory in which a path stands. It is opened before the change, so that as little as possible can
+/// fail after it.
+class ParentDirectory {
+  public:
+    explicit ParentDirectory(const std::string& path);
+
+    const std::string& Path() const { return m_path; }
+
+    /// Makes the directory's names durable.
+    void Sync() const;
+
+  private:
+    std::string m_path;
+    Descriptor m_descriptor;
+};
+
+}  // namespace ZET
+
+#endif
