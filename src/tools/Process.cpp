@@ -19,6 +19,8 @@ namespace ZET {
 
 namespace {
 
+constexpr int kSignalInterval = 250;  // ms; a signal just before the waiting does not end it
+
 /// A pipe whose ends do not reach the programs that are started.
 class Pipe {
   public:
@@ -56,9 +58,8 @@ std::vector<std::string> Environment(const std::vector<std::string>& additions) 
     std::vector<std::string> all(additions);
     for (char** entry = environ; *entry != nullptr; ++entry) {
         const std::string_view name = std::string_view(*entry).substr(0, std::strcspn(*entry, "=") + 1);
-        const bool isReplaced = std::any_of(additions.begin(), additions.end(), [&](const auto& addition) {
-            return addition.starts_with(name);
-        });
+        const bool isReplaced = std::any_of(additions.begin(), additions.end(),
+                                            [&](const auto& addition) { return addition.starts_with(name); });
         if (!isReplaced) all.emplace_back(*entry);
     }
     return all;
@@ -87,7 +88,7 @@ std::string ReadAll(int descriptor) {
     char part[16384];
     while (!SignalGuard::Caught()) {
         struct pollfd ready = {descriptor, POLLIN, 0};
-        if (poll(&ready, 1, -1) < 0) continue;
+        if (poll(&ready, 1, kSignalInterval) <= 0) continue;
         const ssize_t length = read(descriptor, part, sizeof part);
         if (length < 0 && errno == EINTR) continue;
         if (length <= 0) break;

@@ -1,0 +1,124 @@
+#include "FileBytes.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "ExitStatus.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr mode_t kModeBits = 07777;
+
+class Descriptor {
+  public:
+    explicit Descriptor(int descriptor) : m_descriptor(descriptor) {}
+    ~Descriptor() {
+        if (m_descriptor >= 0) close(m_descriptor);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    operator int() const { return m_descriptor; }
+
+  private:
+    int m_descriptor;
+};
+
+std::string RemedyFor(int error) {
+    switch (error) {
+        case ENOENT:
+        case ENOTDIR:
+            return " (correct the path)";
+        case EACCES:
+        case EPERM:
+            return " (run the command as a user who may)";
+        case ENOSPC:
+        case EDQUOT:
+            return " (make room)";
+        default:
+            return "";
+    }
+}
+
+[[noreturn]] void Fail(const std::string& path, const char* what) {
+    const int error = errno;
+    throw Failure(path + ": " + what + ": " + std::strerror(error) + RemedyFor(error));
+}
+
+struct stat OpenedStatus(int descriptor, const std::string& path) {
+    struct stat status = {};
+    if (descriptor < 0 || fstat(descriptor, &status) != 0) Fail(path, "cannot be read");
+    if (!S_ISREG(status.st_mode)) throw Failure(path + ": is no regular file (name a regular file)");
+    return status;
+}
+
+int OpenToRead(const std::string& path) {
+    return open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+}
+
+std::string ReadAll(int descriptor, const std::string& path, const struct stat& status) {
+    std::string bytes(static_cast<std::size_t>(status.st_size) + 1, '\0');
+    std::size_t length = 0;
+    for (;;) {
+        if (length == bytes.size()) bytes.resize(bytes.size() * 2);
+        const ssize_t count = read(descriptor, bytes.data() + length, bytes.size() - length);
+        if (count == 0) break;
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) Fail(path, "cannot be read");
+        length += static_cast<std::size_t>(count);
+    }
+    bytes.resize(length);
+    return bytes;
+}
+
+void WriteAll(int descriptor, const std::string& path, const std::string& bytes) {
+    for (std::size_t written = 0; written < bytes.size();) {
+        const ssize_t count = write(descriptor, bytes.data() + written, bytes.size() - written);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) Fail(path, "cannot be written");
+        written += static_cast<std::size_t>(count);
+    }
+}
+
+int OpenStaged(const std::string& path) {
+    return open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600);
+}
+
+}  // namespace
+
+std::string ReadFileBytes(const std::string& path) {
+    const Descriptor descriptor(OpenToRead(path));
+    return ReadAll(descriptor, path, OpenedStatus(descriptor, path));
+}
+
+bool HaveSameBytes(const std::string& one, const std::string& other) {
+    return ReadFileBytes(one) == ReadFileBytes(other);
+}
+
+void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode) {
+    const Descriptor descriptor(OpenStaged(path));
+    if (descriptor < 0) Fail(path, "cannot be written");
+    WriteAll(descriptor, path, bytes);
+    if (fchmod(descriptor, mode & kModeBits) != 0) Fail(path, "cannot get its mode");
+}
+
+void CopyIntoStaging(const std::string& from, const std::string& to) {
+    const Descriptor source(OpenToRead(from));
+    const struct stat status = OpenedStatus(source, from);
+    const Descriptor copy(OpenStaged(to));
+    if (copy < 0) Fail(to, "cannot be written");
+    WriteAll(copy, to, ReadAll(source, from, status));
+    // An ordinary user may not give files away; the change that is tried on the copy then shows the new
+    // owner.
+    if (fchown(copy, status.st_uid, status.st_gid) != 0 && errno != EPERM && errno != EINVAL)
+        Fail(to, "cannot get its owner");
+    // After the owner: a change of owner drops the set-user bits.
+    if (fchmod(copy, status.st_mode & kModeBits) != 0) Fail(to, "cannot get its mode");
+}
+
+}  // namespace ZET

@@ -1,0 +1,26 @@
+#ifndef ZET_FILE_BYTES_H
+#define ZET_FILE_BYTES_H
+
+#include <sys/types.h>
+
+#include <string>
+
+namespace ZET {
+
+/// The whole text of a regular file, links followed. Never waits, whatever the path leads to; what cannot be
+/// read is a `Failure` that names it.
+std::string ReadFileBytes(const std::string& path);
+
+/// Whether two regular files hold the same bytes.
+bool HaveSameBytes(const std::string& one, const std::string& other);
+
+/// Writes a new file of that mode, or over a former one, in a private directory.
+void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode);
+
+/// Copies a regular file into a private directory, with its mode and, where this user may give it away, its
+/// owner.
+void CopyIntoStaging(const std::string& from, const std::string& to);
+
+}  // namespace ZET
+
+#endif
