@@ -1,0 +1,93 @@
+# The rendered slapd.conf and domain.ldif make a real directory server, and the rendered ldap.conf leads its
+# clients there. Only the port and directories differ from what ships.
+
+load services
+
+setup_file() {
+    need slapd slapadd ldapsearch ldapmodify ldapwhoami
+    export ROOT=$BATS_FILE_TMPDIR/root PORT
+    PORT=$(free_port)
+
+    example_root server "$ROOT"
+    set_param "$ROOT" SERVER 127.0.0.1
+    set_param "$ROOT" SERVER_ID 7
+    amend_template "$ROOT" ldap.conf "s/\${ldap_uris}/&:$PORT/"
+    amend_template "$ROOT" slapd.conf "s,/run/slapd,$ROOT/run,; s,/var/lib/ldap,$ROOT&,"
+    mkdir -p "$ROOT/run" "$ROOT/var/lib/ldap"
+    commit zet-init "$ROOT"
+
+    export LDAPCONF=$ROOT/etc/ldap/ldap.conf
+    slapadd -f "$ROOT/etc/ldap/slapd.conf" -l "$ROOT/etc/ldap/domain.ldif"
+    slapadd -f "$ROOT/etc/ldap/slapd.conf" <<-'END'
+		dn: uid=alice,ou=people,dc=example,dc=org
+		objectClass: inetOrgPerson
+		uid: alice
+		cn: Alice
+		sn: Example
+		userPassword: secret
+	END
+    start_server slapd "$PORT" slapd -d none -f "$ROOT/etc/ldap/slapd.conf" -h "ldap://127.0.0.1:$PORT"
+}
+
+teardown_file() {
+    stop_servers
+}
+
+ALICE=uid=alice,ou=people,dc=example,dc=org
+
+@test "SearchWithoutAnyOptionFindsTheDomain" {
+    run ldapsearch -x -LLL -s base
+    [ "$status" -eq 0 ]
+    [ "${lines[0]}" = "dn: dc=example,dc=org" ]
+    [[ $output == *"dc: example"* ]]
+    [[ $output == *"o: example.org"* ]]
+}
+
+@test "DomainStartsWithPlacesForPeopleAndGroups" {
+    run ldapsearch -x -LLL -s one dn
+    [ "$status" -eq 0 ]
+    [[ $output == *"dn: ou=people,dc=example,dc=org"* ]]
+    [[ $output == *"dn: ou=groups,dc=example,dc=org"* ]]
+}
+
+@test "PasswordsAreShownToNobody" {
+    run ldapsearch -x -LLL uid=alice
+    [ "$status" -eq 0 ]
+    [[ $output == *"cn: Alice"* ]]
+    [[ $output != *userPassword* ]]
+}
+
+@test "UserBindsWithTheOwnPassword" {
+    run ldapwhoami -x -D "$ALICE" -w secret
+    [ "$output" = "dn:$ALICE" ]
+    run ldapwhoami -x -D "$ALICE" -w wrong
+    [ "$status" -eq 49 ]
+}
+
+@test "UserChangesTheOwnPasswordAndNothingElse" {
+    ldapmodify -x -D "$ALICE" -w secret <<-END
+		dn: $ALICE
+		changetype: modify
+		replace: userPassword
+		userPassword: secret
+	END
+    run ldapmodify -x -D "$ALICE" -w secret <<-END
+		dn: $ALICE
+		changetype: modify
+		replace: cn
+		cn: Mallory
+	END
+    [ "$status" -eq 50 ]
+}
+
+@test "StrangerCannotWrite" {
+    run ldapdelete -x "$ALICE"
+    [ "$status" -eq 8 ]
+    run ldapsearch -x -LLL uid=alice cn
+    [[ $output == *"cn: Alice"* ]]
+}
+
+@test "ChangesAreMarkedWithTheServersNumber" {
+    run ldapsearch -x -LLL uid=alice entryCSN
+    [[ $output == *"#007#"* ]]
+}
