@@ -5,7 +5,7 @@ load services
 load hosts
 
 setup_file() {
-    hosts_are_possible || skip "only root can make hosts inside this one, and only where name spaces are allowed"
+    hosts_are_possible || return 0
     need krb5kdc kadmind slapd nslcd exportfs nfsidmap kinit ldapsearch ip
 
     local host
@@ -22,6 +22,10 @@ setup_file() {
     set_up_server
     on client "$ZET_BIN/zet-client" commit-config
     on client service nslcd start
+}
+
+setup() {
+    hosts_are_possible || skip "only root can make hosts inside this one, and only where name spaces are allowed"
 }
 
 teardown_file() {
