@@ -13,8 +13,8 @@ setup_file() {
 
     example_root server "$ROOT"
     set_param "$ROOT" SERVER 127.0.0.1
-    set_param "$ROOT" TICKET_MAX_LIFE 4h
-    set_param "$ROOT" TICKET_MAX_RENEWABLE_LIFE 3d
+    set_param "$ROOT" TICKET_MAX_LIFE "4h 0m 0s"
+    set_param "$ROOT" TICKET_MAX_RENEWABLE_LIFE "3d 0h 0m 0s"
     amend_template "$ROOT" krb5.conf \
         "s/\${kdc_server}/&:$kdcPort/; s/\${kadmin_server}/&:$adminPort/"
     amend_template "$ROOT" kdc.conf "s,= /,= $ROOT/,; s/listen = 88/listen = 127.0.0.1:$kdcPort/
@@ -25,7 +25,7 @@ setup_file() {
     export CLIENT_ROOT=$BATS_FILE_TMPDIR/client
     example_root client "$CLIENT_ROOT"
     set_param "$CLIENT_ROOT" SERVER 127.0.0.1
-    set_param "$CLIENT_ROOT" TICKET_MAX_LIFE 1h
+    set_param "$CLIENT_ROOT" TICKET_MAX_LIFE "1h 0m 0s"
     set_param "$CLIENT_ROOT" TICKET_MAX_RENEWABLE_LIFE 1d
     amend_template "$CLIENT_ROOT" krb5.conf "s/\${kdc_server}/&:$kdcPort/"
     commit zet-client "$CLIENT_ROOT"
