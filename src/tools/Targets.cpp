@@ -170,13 +170,6 @@ class ListReader {
 
 }  // namespace
 
-std::string Problem::Describe() const {
-    std::string place = file;
-    if (line > 0) place += ":" + std::to_string(line);
-    if (column > 0) place += ":" + std::to_string(column);
-    return place + ": " + text + " (" + remedy + ")";
-}
-
 TargetList ReadTargetList(Session& session) {
     return ListReader(session.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini").Read();
 }

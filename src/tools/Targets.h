@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "Problem.h"
 #include "Session.h"
 
 namespace ZET {
@@ -20,18 +21,6 @@ struct Target {
     int line = 0;                    ///< of its section in the list
 
     bool IsFor(const std::string& role) const { return role == "server" ? forServer : forClient; }
-};
-
-/// A problem in a file that somebody edits by hand.
-struct Problem {
-    std::string file;
-    int line = 0;    ///< 0: the file as a whole
-    int column = 0;  ///< 0: the line as a whole
-    std::string text;
-    std::string remedy;
-
-    /// "file:line:column: text (remedy)"
-    std::string Describe() const;
 };
 
 /// The list of targets as it stands, with what is wrong in it.

@@ -1,0 +1,68 @@
+#include "CommitPlan.h"
+
+#include "ExitStatus.h"
+#include "FileBytes.h"
+#include "Process.h"
+#include "Render.h"
+#include "Signals.h"
+
+namespace ZET {
+
+namespace {
+
+void RunOwnCheck(const Target& target, const std::string& staged) {
+    if (target.check.empty()) return;
+    std::vector<std::string> arguments = target.check;
+    for (std::string& argument : arguments) {
+        const std::size_t place = argument.find("{}");
+        if (place != std::string::npos) argument.replace(place, 2, staged);
+    }
+    const ProcessResult result = RunProcess(arguments);
+    if (result.status == 0) return;
+    // What the command prints may quote the file.
+    const std::string output = target.isSecret ? "" : "\n" + result.output;
+    throw Failure(target.path + ": its check \"" + target.check.front() + "\" refuses what [" +
+                  target.templateName + "] renders to, with status " + std::to_string(result.status) +
+                  " (correct the template)" + output);
+}
+
+PlannedTarget::Change ChangeOf(const PlannedTarget& planned) {
+    if (!planned.before.exists) return PlannedTarget::Change::Create;
+    const bool isSame =
+        planned.before.mode == planned.after.mode && HaveSameBytes(planned.path, planned.staged);
+    return isSame ? PlannedTarget::Change::None : PlannedTarget::Change::Modify;
+}
+
+}  // namespace
+
+std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
+                                       const std::vector<Target>& targets, const Manifest& manifest) {
+    std::vector<PlannedTarget> plan;
+    for (const Target& target : targets) {
+        SignalGuard::Check();
+        PlannedTarget planned;
+        planned.target = target;
+        planned.path = session.FilePath(target.path);
+        planned.staged = RenderStaged(session, staging, target.templateName);
+        RunOwnCheck(target, planned.staged);
+        planned.before = StateOf(planned.path);
+        planned.after = StateOf(planned.staged);
+        if (planned.before.exists) {
+            // A file that is replaced keeps its owner.
+            planned.after.owner = planned.before.owner;
+            planned.after.group = planned.before.group;
+        }
+        planned.change = ChangeOf(planned);
+        planned.isEdited = planned.change != PlannedTarget::Change::None && manifest.Has(planned.path) &&
+                           !manifest.IsUntouched(planned.path);
+        plan.push_back(std::move(planned));
+    }
+    return plan;
+}
+
+std::string DiffOf(const PlannedTarget& planned) {
+    if (planned.target.isSecret || planned.change == PlannedTarget::Change::None) return "";
+    return UnifiedDiff(planned.before.exists ? planned.path : "", planned.staged, planned.path);
+}
+
+}  // namespace ZET

@@ -1,0 +1,38 @@
+#ifndef ZET_COMMIT_PLAN_H
+#define ZET_COMMIT_PLAN_H
+
+#include <string>
+#include <vector>
+
+#include "Diff.h"
+#include "Manifest.h"
+#include "Session.h"
+#include "Staging.h"
+#include "Targets.h"
+
+namespace ZET {
+
+/// What a commit would do to one target.
+struct PlannedTarget {
+    enum class Change { None, Modify, Create };
+
+    Target target;
+    std::string path;    ///< of the real file, links followed
+    std::string staged;  ///< the file as it would be
+    Change change = Change::None;
+    bool isEdited = false;  ///< somebody changed the file since the product wrote it
+    FileState before;
+    FileState after;
+};
+
+/// Renders every target in the private directory, has its own check command look at the result, and compares
+/// it with what is there. What cannot be rendered or is refused by its check is a `Failure`.
+std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
+                                       const std::vector<Target>& targets, const Manifest& manifest);
+
+/// The unified diff of the change; for a secret target nothing but that it changes.
+std::string DiffOf(const PlannedTarget& planned);
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,63 @@
+#include "Manifest.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+#include <sstream>
+
+#include "ExitStatus.h"
+#include "FileBytes.h"
+#include "StateFile.h"
+#include "zet/ZETFiles.h"
+
+namespace ZET {
+
+Manifest::Manifest(Session& session)
+    : m_file(session.Param("ZET_VAR_LIB_DIR") + "/zet-" + session.Role() + ".manifest") {
+    if (!IsFileExist(m_file)) return;
+    std::istringstream lines(ReadFileBytes(m_file));
+    std::string line;
+    for (int number = 1; std::getline(lines, line); ++number) {
+        std::istringstream words(line);
+        Entry entry;
+        std::string path;
+        words >> entry.inode >> entry.size >> entry.time >> std::oct >> entry.mode >> std::ws;
+        if (!words || !std::getline(words, path)) {
+            throw Failure(m_file + ":" + std::to_string(number) +
+                          ": is no line INODE SIZE MTIME MODE PATH (remove the file, then commit again)");
+        }
+        m_entries[path] = entry;
+    }
+}
+
+Manifest::Entry Manifest::EntryOf(const std::string& path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) {
+        if (errno == ENOENT) return {};
+        throw Failure(path + ": its status cannot be read: " + std::strerror(errno));
+    }
+    constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
+    return {status.st_ino, static_cast<std::uint64_t>(status.st_size),
+            status.st_mtim.tv_sec * kNanosecondsPerSecond + status.st_mtim.tv_nsec, status.st_mode};
+}
+
+bool Manifest::IsUntouched(const std::string& path) const {
+    const auto entry = m_entries.find(path);
+    return entry != m_entries.end() && entry->second == EntryOf(path);
+}
+
+void Manifest::Record(const std::string& path) {
+    m_entries[path] = EntryOf(path);
+}
+
+void Manifest::Save() const {
+    std::ostringstream text;
+    for (const auto& [path, entry] : m_entries) {
+        text << std::dec << entry.inode << ' ' << entry.size << ' ' << entry.time << ' ' << std::oct
+             << entry.mode << ' ' << path << '\n';
+    }
+    ReplaceStateFile(m_file, text.str());
+}
+
+}  // namespace ZET

@@ -1,0 +1,51 @@
+#ifndef ZET_MANIFEST_H
+#define ZET_MANIFEST_H
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "Session.h"
+
+namespace ZET {
+
+/// What the product wrote for a role, file by file: so that a file that was edited since is told from one
+/// whose template changed. Kept in ZET_VAR_LIB_DIR/zet-ROLE.manifest, one line a file: INODE SIZE MTIME MODE
+/// PATH, the time in nanoseconds, the mode in octal.
+class Manifest {
+  public:
+    /// Reads it; a missing one is empty. A broken line is a `Failure` that names it.
+    explicit Manifest(Session& session);
+
+    /// Paths are those of real files, links followed.
+    bool Has(const std::string& path) const { return m_entries.count(path) != 0; }
+    bool IsEmpty() const { return m_entries.empty(); }
+
+    /// Whether the file is still the one that was recorded.
+    bool IsUntouched(const std::string& path) const;
+
+    /// Records the file as it is now.
+    void Record(const std::string& path);
+    void Forget(const std::string& path) { m_entries.erase(path); }
+
+    /// Writes it, durably; an empty one is removed.
+    void Save() const;
+
+  private:
+    struct Entry {
+        std::uint64_t inode = 0;
+        std::uint64_t size = 0;
+        std::int64_t time = 0;
+        std::uint32_t mode = 0;
+        bool operator==(const Entry&) const = default;
+    };
+
+    static Entry EntryOf(const std::string& path);
+
+    std::string m_file;
+    std::map<std::string, Entry> m_entries;
+};
+
+}  // namespace ZET
+
+#endif

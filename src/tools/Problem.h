@@ -1,0 +1,26 @@
+#ifndef ZET_PROBLEM_H
+#define ZET_PROBLEM_H
+
+#include <string>
+
+#include "Report.h"
+
+namespace ZET {
+
+/// A problem in a file that somebody edits by hand.
+struct Problem {
+    std::string file;
+    int line = 0;    ///< 0: the file as a whole
+    int column = 0;  ///< 0: the line as a whole; bytes, from 1
+    std::string text;
+    std::string remedy;
+
+    /// "file:line:column: text (remedy)"
+    std::string Describe() const;
+
+    Fields ToFields() const;
+};
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,71 @@
+#include "Render.h"
+
+#include "Diff.h"
+#include "ExitStatus.h"
+#include "FileBytes.h"
+#include "zet/ZETFiles.h"
+
+namespace ZET {
+
+namespace {
+
+void Process(Session& session, const std::string& templateName, const std::string& path, StringMap* values) {
+    const WrittenLanguage language(session.Core());
+    const LoggedFailures failures;
+    session.Config().ProcessConfigFileTemplate(templateName, path, session.Role(), values);
+    if (failures.Any()) throw Failure(templateName + ": the template could not be rendered into " + path);
+}
+
+/// The notice names the template that was read: the working copy to be, not its stand-in in the private
+/// directory.
+void NameWorkingCopy(const std::string& staged, const std::string& standIn, const std::string& workingCopy) {
+    std::string bytes = ReadFileBytes(staged);
+    const std::size_t place = bytes.find(standIn);
+    if (place == std::string::npos) return;
+    bytes.replace(place, standIn.size(), workingCopy);
+    WriteStagedFile(staged, bytes, StateOf(staged).mode);
+}
+
+}  // namespace
+
+std::string WorkingCopy(Session& session, const std::string& templateName) {
+    return session.Param("ZET_CFG_DIR") + "/" + templateName;
+}
+
+std::string TemplateFile(Session& session, const std::string& templateName) {
+    for (const char* directory : {"ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR"}) {
+        const std::string file = session.Param(directory) + "/" + templateName;
+        if (IsFileExist(file)) return file;
+    }
+    return "";
+}
+
+std::string RenderStaged(Session& session, const Staging& staging, const std::string& templateName,
+                         StringMap* values) {
+    const std::string staged = staging.PathOf("rendered/" + templateName);
+    const std::string workingCopy = WorkingCopy(session, templateName);
+    const ParamOverride noSync(session.Core(), "ZET_SYNC", "no");
+    if (IsFileExist(workingCopy)) {
+        Process(session, templateName, staged, values);
+        return staged;
+    }
+    const std::string standIn = staging.PathOf("templates/" + templateName);
+    const ParamOverride directory(session.Core(), "ZET_CFG_DIR", staging.PathOf("templates"));
+    Process(session, templateName, staged, values);
+    NameWorkingCopy(staged, standIn, workingCopy);
+    return staged;
+}
+
+void RenderTarget(Session& session, const std::string& templateName, const std::string& path,
+                  const std::string& staged, StringMap* values) {
+    session.Config().ReserveConfigFile(path);
+    Process(session, templateName, path, values);
+    if (!HaveSameBytes(path, staged) || StateOf(path).mode != StateOf(staged).mode) {
+        throw Failure(
+            path +
+            ": is not what was rendered in trial (somebody else wrote it, or its template, at the same"
+            " time: run the command again)");
+    }
+}
+
+}  // namespace ZET

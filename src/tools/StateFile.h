@@ -1,0 +1,14 @@
+#ifndef ZET_STATE_FILE_H
+#define ZET_STATE_FILE_H
+
+#include <string>
+
+namespace ZET {
+
+/// Replaces a small file of the commands' own in ZET_VAR_LIB_DIR, whole and durably; an empty text removes
+/// it. What cannot be written throws and leaves the former one.
+void ReplaceStateFile(const std::string& file, const std::string& text);
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,219 @@
+#include "TemplateCheck.h"
+
+#include <algorithm>
+
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr std::size_t kMostReplacements = 100'000;  ///< for one placeholder of the template
+constexpr std::size_t kLongestLine = std::size_t{16} << 20;
+constexpr std::size_t kLongestPlaceholder = 4096;
+constexpr int kMostProblemsOfLine = 100;
+
+/// Follows the expansion of one line as the module performs it: a value is put in the place of its
+/// placeholder and searched in its turn. What is left of the line is kept back to front, so that its next
+/// byte is the last one, and replacing a placeholder moves no other byte.
+class LineExpansion {
+  public:
+    enum class Verdict { Fine, NoValue, NoEnd, Endless };
+
+    LineExpansion(std::string_view line, const StringMap& values, std::set<std::string>* used)
+        : m_values(values),
+          m_used(used),
+          m_left(line.rbegin(), line.rend()),
+          m_lineSize(line.size()),
+          m_lineLeft(line.size()) {}
+
+    /// Goes on to the next thing that is wrong; `Fine` when the line ends first. After `NoEnd` and `Endless`
+    /// there is no going on.
+    Verdict Next() {
+        while (GoToPlaceholder()) {
+            const std::size_t end = FindEnd();
+            if (end == std::string::npos) return Verdict::NoEnd;
+            // Of one that is too long to have a value, the beginning is enough.
+            const std::size_t length = std::min(m_left.size() - end, kLongestPlaceholder);
+            m_placeholder.assign(m_left.rbegin(), m_left.rbegin() + static_cast<std::ptrdiff_t>(length));
+            const auto value = m_values.find(m_placeholder);
+            if (value == m_values.end()) {
+                Skip(1);
+                return Verdict::NoValue;
+            }
+            if (!Replace(end, value->second)) return Verdict::Endless;
+        }
+        return Verdict::Fine;
+    }
+
+    const std::string& Placeholder() const { return m_placeholder; }
+
+    /// Where the placeholder of the line begins that led to the verdict; bytes, from 1.
+    int Column() const { return static_cast<int>(m_column); }
+
+  private:
+    std::size_t FindEnd() {
+        if (m_end >= m_left.size()) m_end = m_left.rfind('}');
+        return m_end;
+    }
+
+    void Skip(std::size_t count) {
+        m_left.resize(m_left.size() - count);
+        m_written += count;
+        m_lineLeft = std::min(m_lineLeft, m_left.size());
+    }
+
+    bool GoToPlaceholder() {
+        for (;;) {
+            const std::size_t dollar = m_left.rfind('$');
+            if (dollar == std::string::npos || dollar == 0) {
+                Skip(m_left.size());
+                return false;
+            }
+            Skip(m_left.size() - 1 - dollar);
+            if (m_left[dollar - 1] == '{') break;
+            Skip(1);
+        }
+        if (m_left.size() == m_lineLeft) {
+            m_column = m_lineSize - m_left.size() + 1;
+            m_replacements = 0;
+        }
+        return true;
+    }
+
+    bool Replace(std::size_t end, const std::string& value) {
+        if (m_used != nullptr) m_used->insert(m_placeholder);
+        m_left.resize(end);
+        m_lineLeft = std::min(m_lineLeft, m_left.size());
+        m_left.append(value.rbegin(), value.rend());
+        m_end = std::string::npos;
+        return ++m_replacements <= kMostReplacements &&
+               m_written + m_left.size() <= kLongestLine + m_lineSize;
+    }
+
+    const StringMap& m_values;
+    std::set<std::string>* m_used;
+    std::string m_left;
+    std::size_t m_lineSize;
+    std::size_t m_lineLeft;  ///< how many bytes of `m_left` are the line's own; the others come from values
+    std::size_t m_written = 0;
+    std::size_t m_replacements = 0;
+    std::size_t m_column = 0;
+    std::size_t m_end = std::string::npos;  ///< where the next "}" is, as long as nothing was put before it
+    std::string m_placeholder;
+};
+
+/// A pair of markers and the region that is open between them.
+struct Region {
+    std::string_view begin;
+    std::string_view end;
+    int openedAt = 0;  ///< 0: not open
+};
+
+class TemplateChecker {
+  public:
+    TemplateChecker(const std::string& file, const StringMap& values, std::set<std::string>* used)
+        : m_file(file), m_values(values), m_used(used) {}
+
+    std::vector<Problem> Check(std::string_view text) {
+        while (!text.empty()) {
+            const std::string_view line = text.substr(0, text.find('\n'));
+            text.remove_prefix(std::min(line.size() + 1, text.size()));
+            ++m_line;
+            if (line.starts_with('#')) {
+                CheckMarker(line);
+            } else {
+                CheckPlaceholders(line);
+            }
+        }
+        for (const Region& region : {m_block, m_comment})
+            CheckClosed(region);
+        return std::move(m_problems);
+    }
+
+  private:
+    void CheckPlaceholders(std::string_view line) {
+        using Verdict = LineExpansion::Verdict;
+        LineExpansion expansion(line, m_values, m_used);
+        for (int problems = 0; problems < kMostProblemsOfLine; ++problems) {
+            switch (expansion.Next()) {
+                case Verdict::Fine:
+                    return;
+                case Verdict::NoValue:
+                    // What stands in a template comment never reaches the target.
+                    if (m_comment.openedAt > 0) break;
+                    Add(expansion.Column(), "placeholder \"" + expansion.Placeholder() + "\" has no value",
+                        "use one that \"values\" lists, or correct its name");
+                    break;
+                case Verdict::NoEnd:
+                    return Add(expansion.Column(), "\"${\" has no \"}\" after it in its line",
+                               "close the placeholder, or begin the line with #");
+                case Verdict::Endless:
+                    return Add(
+                        expansion.Column(),
+                        "the value of \"" + expansion.Placeholder() + "\" would never end to be expanded",
+                        "take the placeholder out of the value that leads back to it");
+            }
+        }
+    }
+
+    void CheckMarker(std::string_view line) {
+        if (line.starts_with(ZETNoticeMarker) || line.starts_with(ZETTemplateCommentMarker)) {
+            m_comment.begin = line.starts_with(ZETNoticeMarker) ? std::string_view(ZETNoticeMarker)
+                                                                : ZETTemplateCommentMarker;
+            Open(m_comment);
+        } else if (line.starts_with(ZETCommentEndMarker)) {
+            Close(m_comment);
+        } else if (line.starts_with(ZETBeginMarker)) {
+            Open(m_block);
+        } else if (line.starts_with(ZETEndMarker)) {
+            Close(m_block);
+        }
+    }
+
+    void Open(Region& region) {
+        if (region.openedAt > 0) {
+            Add(1,
+                Quoted(region.begin) + " inside a region that line " + std::to_string(region.openedAt) +
+                    " opened",
+                "end that region before this line");
+        }
+        region.openedAt = m_line;
+    }
+
+    void Close(Region& region) {
+        if (region.openedAt == 0) {
+            Add(1, Quoted(region.end) + " ends no region", "add its begin, or take the line out");
+        }
+        region.openedAt = 0;
+    }
+
+    void CheckClosed(const Region& region) {
+        if (region.openedAt == 0) return;
+        m_line = region.openedAt;
+        Add(1, Quoted(region.begin) + " has no end", "add a line " + Quoted(region.end));
+    }
+
+    static std::string Quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
+
+    void Add(int column, const std::string& text, const std::string& remedy) {
+        m_problems.push_back({m_file, m_line, column, text, remedy});
+    }
+
+    const std::string& m_file;
+    const StringMap& m_values;
+    std::set<std::string>* m_used;
+    int m_line = 0;
+    Region m_block{ZETBeginMarker, ZETEndMarker};
+    Region m_comment{ZETTemplateCommentMarker, ZETCommentEndMarker};
+    std::vector<Problem> m_problems;
+};
+
+}  // namespace
+
+std::vector<Problem> CheckTemplate(const std::string& file, std::string_view text, const StringMap& values,
+                                   std::set<std::string>* used) {
+    return TemplateChecker(file, values, used).Check(text);
+}
+
+}  // namespace ZET
