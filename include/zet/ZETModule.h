@@ -25,15 +25,16 @@ extern "C" {
 
 /// The module's record, which lives as long as the module; null, with a message on standard error, when the
 /// module does not serve a host of this type (`host->type`, the only field that is read).
-const ZET::ZETModuleRecord* get_module_info(const ZET::ZETModuleRecord* host);
+__attribute__((visibility("default"))) const ZET::ZETModuleRecord* get_module_info(
+    const ZET::ZETModuleRecord* host);
 
 /// Creates the module's interface object and registers it with the core, which then owns it. True when the
 /// module is, or already was, initialised. An exception of the core passes through and leaves the module
 /// uninitialised.
-bool module_init(ZET::IZETCore& core);
+__attribute__((visibility("default"))) bool module_init(ZET::IZETCore& core);
 
 /// Has the core remove the module's interface; `module_init` may be called again afterwards.
-void module_done(ZET::IZETCore& core);
+__attribute__((visibility("default"))) void module_done(ZET::IZETCore& core);
 }
 
 #endif
