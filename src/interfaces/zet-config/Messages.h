@@ -4,7 +4,6 @@
 #include <libintl.h>
 
 #include <cstddef>
-#include <source_location>
 #include <string>
 
 #include "zet/ZETErrors.h"
@@ -40,9 +39,8 @@ template <typename Error>
     throw Error(TextOf(formatted), "");
 }
 
-inline std::size_t Here(std::source_location location = std::source_location::current()) {
-    return location.line();
-}
+/// The line that calls it.
+inline std::size_t Here(int line = __builtin_LINE()) { return static_cast<std::size_t>(line); }
 
 /// Refuses an empty argument in the name of the operation that received it.
 inline void RequireArgument(const std::string& argument, const char* source, const char* function,
