@@ -1,0 +1,48 @@
+#ifndef ZET_TESTS_TEXT_GENERATORS_H
+#define ZET_TESTS_TEXT_GENERATORS_H
+
+#include <rapidcheck.h>
+
+#include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "zet/ZETTypes.h"
+
+namespace ZET {
+
+using Words = std::vector<std::string>;
+
+/// Up to `most` elements: RapidCheck's own containers grow far beyond what a small file holds.
+template <typename T>
+rc::Gen<std::vector<T>> UpTo(int most, rc::Gen<T> element) {
+    return rc::gen::mapcat(rc::gen::inRange(0, most + 1), [element](int count) {
+        return rc::gen::container<std::vector<T>>(static_cast<std::size_t>(count), element);
+    });
+}
+
+rc::Gen<std::string> OneOfWords(Words words);
+
+/// The marker texts as they are written.
+const Words& Markers();
+
+/// Lines joined by line feeds, with or without one at the end: settings, markers of every kind, placeholders,
+/// any bytes, now and then a long one.
+rc::Gen<std::string> AnyText();
+
+/// A text of marker lines above all.
+rc::Gen<std::string> MarkerText();
+
+/// Up to `most` scraps of placeholders, joined; may hold line feeds.
+rc::Gen<std::string> PlaceholderScraps(int most);
+
+/// Keys that are placeholders, and a few that are not.
+rc::Gen<StringMap> AnyValues();
+
+/// What callers put into a line: anything, line feeds too.
+rc::Gen<std::string> AnyNewText();
+
+}  // namespace ZET
+
+#endif
