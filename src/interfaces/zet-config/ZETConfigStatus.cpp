@@ -84,7 +84,9 @@ void CZETConfig::LoadConfigStatus(const std::string& mode, StringMap& values) {
 
 void CZETConfig::SaveFileServerStatus() {
     std::ofstream stream = OpenForWriting(FileServerStatusName(m_core), "SaveFileServerStatus", Here());
-    stream << kFileServerKey << '=' << m_core.GetParam(kFileServerKey) << '\n' << std::flush;
+    // The core is asked only now: when it fails, the file is empty already, and stays so.
+    const std::string type = m_core.GetParam(kFileServerKey);
+    stream << kFileServerKey << '=' << type << '\n' << std::flush;
 }
 
 std::string CZETConfig::GetFileServerStatus() {
