@@ -32,8 +32,8 @@ class CZETCore final : public IZETCore {
 
   private:
     Parameters m_parameters;
-    Registry m_registry;
     RegEx m_regEx;
+    Registry m_registry;  // last: an interface may still ask for the other services when it goes
 };
 
 }  // namespace ZET

@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <optional>
 
 #include "Attributes.h"
 #include "Descriptor.h"
@@ -90,8 +91,9 @@ void RenameFile(const std::string& from, const std::string& to) {
     struct stat status;
     if (::lstat(from.c_str(), &status) != 0)
         Fail("Failed to rename file '%s' to '%s': %m.", from.c_str(), to.c_str());
-    const ParentDirectory source(from);
     const ParentDirectory target(to);
+    std::optional<ParentDirectory> source;
+    if (ParentOf(from) != ParentOf(to)) source.emplace(from);
     if (S_ISREG(status.st_mode)) {
         if (from == to + ZETTemporarySuffix) TakeOverFromFormerFile(from, to, status);
         SyncFile(from);
@@ -99,7 +101,7 @@ void RenameFile(const std::string& from, const std::string& to) {
     if (std::rename(from.c_str(), to.c_str()) != 0)
         Fail("Failed to rename file '%s' to '%s': %m.", from.c_str(), to.c_str());
     target.Sync();
-    if (source.Path() != target.Path()) source.Sync();
+    if (source) source->Sync();
 }
 
 bool IsFileExist(const std::string& path) {

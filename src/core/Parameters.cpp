@@ -96,6 +96,7 @@ void WarnOnce(const std::string& key) {
 }  // namespace
 
 Parameters::Parameters(const std::string& file) {
+    RequireNotEmpty(file, "CZETHost");
     ReadParameterFile(file, [&](const ParameterLine& line) {
         if (IsFlag(line.name) && !ReadFlag(line.value))
             Fail("%s:%zu: '%s' is no value for %s (write yes or no)", file.c_str(), line.number,

@@ -30,12 +30,6 @@ bool SyncDescriptor(int number) {
     return TEMP_FAILURE_RETRY(::fsync(number)) == 0 || errno == EINVAL;
 }
 
-std::string ParentOf(const std::string& path) {
-    const std::string::size_type slash = path.rfind('/');
-    if (slash == std::string::npos) return ".";
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
-
 }  // namespace
 
 void SetSyncing(bool on) {
@@ -59,6 +53,12 @@ void SyncFile(const std::string& path) {
     } else if (errno != EACCES) {
         Fail("Failed to sync file '%s': %m.", path.c_str());
     }
+}
+
+std::string ParentOf(const std::string& path) {
+    const std::string::size_type slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
 }
 
 ParentDirectory::ParentDirectory(const std::string& path) : m_path(ParentOf(path)) {

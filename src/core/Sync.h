@@ -18,13 +18,13 @@ void SyncFile(const Descriptor& file, const std::string& path);
 /// As above, of a regular file by its name.
 void SyncFile(const std::string& path);
 
+std::string ParentOf(const std::string& path);
+
 /// The directory in which a path stands. It is opened before the change, so that as little as possible can
 /// fail after it.
 class ParentDirectory {
   public:
     explicit ParentDirectory(const std::string& path);
-
-    const std::string& Path() const { return m_path; }
 
     /// Makes the directory's names durable.
     void Sync() const;

@@ -1,0 +1,36 @@
+#include "Support.h"
+
+namespace ZET::Test {
+namespace {
+
+class Host : public HostFixture {};
+
+TEST_F(Host, CoreIsTheSameForTheHostsWholeLife) {
+    Start("A=1\n");
+    IZETCore* core = &m_host->GetCore();
+    core->UpdateParam("A", "2");
+    EXPECT_EQ(&m_host->GetCore(), core);
+    EXPECT_EQ(m_host->GetCore().GetParam("A"), "2");
+}
+
+TEST_F(Host, TwoHostsHaveTheirOwnParametersAndInterfaces) {
+    Start("A=1\n");
+    WriteText(m_directory / "other.conf", "A=2\n");
+    CZETHost other(m_directory / "other.conf");
+    Core().RegisterInterface(std::make_shared<CZETInterface>("one"));
+    EXPECT_EQ(Core().GetParam("A"), "1");
+    EXPECT_EQ(other.GetCore().GetParam("A"), "2");
+    EXPECT_EQ(other.FindInterface("one"), nullptr);
+}
+
+TEST_F(Host, InterfacesEndWithTheHost) {
+    auto interface = std::make_shared<CZETInterface>("one");
+    const std::weak_ptr<CZETInterface> observer = interface;
+    Start("");
+    Core().RegisterInterface(std::move(interface));
+    m_host.reset();
+    EXPECT_TRUE(observer.expired());
+}
+
+}  // namespace
+}  // namespace ZET::Test

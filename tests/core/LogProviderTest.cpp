@@ -1,0 +1,202 @@
+#include <syslog.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <thread>
+
+#include "Support.h"
+#include "SystemCalls.h"
+#include "zet/ZETLogProvider.h"
+
+namespace {
+
+/// What reached the system log, by the functions below, which stand before those of the C library.
+std::vector<std::string> systemLog;
+
+void KeepRecord(int priority, const char* format, std::va_list arguments) {
+    char text[4096];
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+    std::vsnprintf(text, sizeof text, format, arguments);
+#pragma GCC diagnostic pop
+    systemLog.push_back(std::to_string(priority) + " " + format + " " + text);
+}
+
+}  // namespace
+
+extern "C" {
+
+void openlog(const char* identity, int /*options*/, int /*facility*/) noexcept {
+    systemLog.push_back(std::string("open ") + identity);
+}
+
+void closelog() noexcept {
+    systemLog.push_back("close");
+}
+
+void syslog(int priority, const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    KeepRecord(priority, format, arguments);
+    va_end(arguments);
+}
+
+void __syslog_chk(int priority, int /*flag*/, const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    KeepRecord(priority, format, arguments);
+    va_end(arguments);
+}
+}
+
+namespace ZET::Test {
+namespace {
+
+class LogProvider : public testing::Test {
+  protected:
+    ~LogProvider() override { ConfigureLog(ZETLogTarget::StandardError, ZETLogWarning, "zet"); }
+
+    CZETLogProvider& m_log = CZETLogProvider::GetLogProvider();
+};
+
+TEST_F(LogProvider, ThereIsOneForTheProcess) {
+    EXPECT_EQ(&CZETLogProvider::GetLogProvider(), &m_log);
+}
+
+TEST_F(LogProvider, ShowsIdentityAndLevelOfEachRecord) {
+    ConfigureLog(ZETLogTarget::StandardError, ZETLogNotice, "zet-init");
+    EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogError, 1, "broken"); }), "zet-init: error: broken\n");
+    EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogWarning, 1, "odd"); }), "zet-init: warning: odd\n");
+    EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogNotice, 1, "fine"); }), "zet-init: notice: fine\n");
+}
+
+TEST(LogProviderBeforeConfiguration, ShowsErrorsAndWarningsOnStandardError) {
+    CZETLogProvider& log = CZETLogProvider::GetLogProvider();
+    EXPECT_EQ(LoggedBy([&] { log.Put(ZETLogWarning, 1, "w"); }), "zet: warning: w\n");
+    EXPECT_EQ(LoggedBy([&] { log.Put(ZETLogNotice, 1, "n"); }), "");
+}
+
+TEST_F(LogProvider, RecordsBeyondTheThresholdAreNotShown) {
+    ConfigureLog(ZETLogTarget::StandardError, ZETLogError, "x");
+    EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogWarning, 1, "w"); }), "");
+    EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogError, 1, "e"); }), "x: error: e\n");
+}
+
+TEST_F(LogProvider, SingleTextIsWrittenAsItStands) {
+    EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogError, 1, "Failed to open file '%s%n%m'."); }),
+              "zet: error: Failed to open file '%s%n%m'.\n");
+}
+
+TEST_F(LogProvider, MoreThanOneTextIsFormatted) {
+    errno = EIO;
+    EXPECT_EQ(LoggedBy([&] {
+                  errno = EIO;
+                  m_log.Put(ZETLogError, 3, "%s in line %d: %m", "token", 4);
+              }),
+              "zet: error: token in line 4: Input/output error\n");
+}
+
+TEST_F(LogProvider, FormatThatCannotBeFilledIsShownItself) {
+    const wchar_t invalid[] = {static_cast<wchar_t>(0x7FFFFFFF), 0};
+    EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogError, 2, "[%ls]", invalid); }), "zet: error: [%ls]\n");
+}
+
+TEST_F(LogProvider, MissingTextIsAnEmptyRecord) {
+    EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogError, 1, nullptr); }), "zet: error: \n");
+}
+
+TEST_F(LogProvider, LineFeedCannotForgeARecord) {
+    EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogError, 1, "a\nzet: error: forged\r\n"); }),
+              "zet: error: a\\nzet: error: forged\\r\\n\n");
+}
+
+TEST_F(LogProvider, ControlCharactersAreEscapedAndOtherBytesAreNot) {
+    EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogError, 1, "\x1b[31m\t\x7f \xc2\x9b é \\ \xff"); }),
+              "zet: error: \\x1b[31m\\t\\x7f \\xc2\\x9b é \\ \xff\n");
+}
+
+TEST_F(LogProvider, EachRecordIsOneWrite) {
+    SystemCalls calls;
+    testing::internal::CaptureStderr();
+    m_log.Put(ZETLogError, 1, "one record");
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(calls.Count("write"), 1);
+}
+
+TEST_F(LogProvider, ShortAndInterruptedWritesAreContinued) {
+    std::string text;
+    {
+        SystemCalls calls;
+        calls.Shorten("write", 3);
+        calls.Fail("write", EINTR, 2, true);
+        text = LoggedBy([&] { m_log.Put(ZETLogError, 1, "a text of some length"); });
+    }
+    EXPECT_EQ(text, "zet: error: a text of some length\n");
+}
+
+TEST_F(LogProvider, ClosedStandardErrorIsSurvived) {
+    EXPECT_EXIT(
+        {
+            ::close(STDERR_FILENO);
+            m_log.Put(ZETLogError, 1, "nobody reads this");
+            std::_Exit(0);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST_F(LogProvider, PutLeavesErrnoAsItIs) {
+    const std::string text = LoggedBy([&] {
+        errno = EXDEV;
+        m_log.Put(ZETLogError, 1, "x");
+        EXPECT_EQ(errno, EXDEV);
+    });
+    EXPECT_EQ(text, "zet: error: x\n");
+}
+
+TEST_F(LogProvider, SystemLogGetsThePriorityAndThePlainText) {
+    systemLog.clear();
+    ConfigureLog(ZETLogTarget::SystemLog, ZETLogNotice, "zet-client");
+    EXPECT_EQ(LoggedBy([&] {
+                  m_log.Put(ZETLogError, 1, "%s%n");
+                  m_log.Put(ZETLogWarning, 1, "two\nlines");
+                  m_log.Put(ZETLogNotice, 1, "three");
+              }),
+              "");
+    ConfigureLog(ZETLogTarget::StandardError, ZETLogWarning, "zet");
+    EXPECT_THAT(systemLog, testing::ElementsAre("open zet-client", std::to_string(LOG_ERR) + " %s %s%n",
+                                                std::to_string(LOG_WARNING) + " %s two\\nlines",
+                                                std::to_string(LOG_INFO) + " %s three", "close"));
+}
+
+TEST_F(LogProvider, ErrorsAreCountedWhetherShownOrNot) {
+    const std::size_t before = CountLoggedErrors();
+    LoggedBy([&] {
+        m_log.Put(ZETLogError, 1, "counted");
+        m_log.Put(ZETLogWarning, 1, "not counted");
+    });
+    EXPECT_EQ(CountLoggedErrors(), before + 1);
+}
+
+TEST_F(LogProvider, RecordsOfSeveralThreadsStayWhole) {
+    const std::size_t before = CountLoggedErrors();
+    const std::string text = LoggedBy([&] {
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 4; i++)
+            threads.emplace_back([&] {
+                for (int k = 0; k < 200; k++)
+                    m_log.Put(ZETLogError, 1, "0123456789");
+            });
+        for (std::thread& thread : threads)
+            thread.join();
+    });
+    std::string expected;
+    for (int i = 0; i < 800; i++)
+        expected += "zet: error: 0123456789\n";
+    EXPECT_EQ(text, expected);
+    EXPECT_EQ(CountLoggedErrors(), before + 800);
+}
+
+}  // namespace
+}  // namespace ZET::Test

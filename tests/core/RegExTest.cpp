@@ -1,0 +1,220 @@
+#include <unistd.h>
+
+#include <chrono>
+#include <fstream>
+
+#include "Support.h"
+
+namespace ZET::Test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class RegEx : public HostFixture {
+  protected:
+    RegEx() { Start(""); }
+
+    bool Matches(const std::string& pattern, const std::string& subject) {
+        return Core().MatchRegEx(pattern, subject, nullptr, 0);
+    }
+
+    /// The message for a search that must give up, and soon.
+    std::string Refusal(const std::string& pattern, const std::string& subject) {
+        const auto start = std::chrono::steady_clock::now();
+        const std::string message = MessageOf<EZETError>([&] { Matches(pattern, subject); });
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+        return message;
+    }
+};
+
+TEST_F(RegEx, PatternIsSearchedForAnywhere) {
+    EXPECT_TRUE(Matches("b+", "abbc"));
+    EXPECT_FALSE(Matches("^b+", "abbc"));
+    EXPECT_FALSE(Matches("x", "abbc"));
+}
+
+TEST_F(RegEx, PatternsOfTheEngineSelectTheirLines) {
+    const std::string set = "^#*\\s*name=";
+    for (const char* line : {"name=", "name=x", "##name=x", "# \tname=x", "  name=x"})
+        EXPECT_TRUE(Matches(set, line)) << line;
+    for (const char* line : {"", "name =x", " #name=x", "xname=", "# --PRE-ZET-- name=x"})
+        EXPECT_FALSE(Matches(set, line)) << line;
+    EXPECT_TRUE(Matches("^# --PRE-ZET-- #*\\s*name=", "# --PRE-ZET-- #name=x"));
+}
+
+TEST_F(RegEx, EmptyPatternIsFoundEverywhere) {
+    EXPECT_TRUE(Matches("", ""));
+    EXPECT_TRUE(Matches("", "x"));
+}
+
+TEST_F(RegEx, EmptySubjectCanMatch) {
+    EXPECT_TRUE(Matches("^$", ""));
+    EXPECT_FALSE(Matches(".", ""));
+}
+
+TEST_F(RegEx, NulByteInTheSubjectIsAByte) {
+    const std::string subject("a\0b", 3);
+    EXPECT_TRUE(Matches("^a.b$", subject));
+    EXPECT_TRUE(Matches("a\\x00b", subject));
+    EXPECT_TRUE(Matches("b", subject));
+    EXPECT_FALSE(Matches("^a$", subject));
+}
+
+TEST_F(RegEx, NulByteInThePatternIsAByte) {
+    const std::string pattern("a\0b", 3);
+    EXPECT_TRUE(Matches(pattern, std::string("a\0b", 3)));
+    EXPECT_FALSE(Matches(pattern, "a"));
+    EXPECT_FALSE(Matches(pattern, std::string("a\0c", 3)));
+}
+
+TEST_F(RegEx, BytesAreNotTakenForCharacters) {
+    EXPECT_TRUE(Matches("^..$", "\xc3\xa4"));
+    EXPECT_TRUE(Matches("^\\xff\\xfe$", "\xff\xfe"));
+    EXPECT_FALSE(Matches("^\\w$", "\xe4"));
+}
+
+TEST_F(RegEx, PatternCannotAskForCharacters) {
+    EXPECT_THAT(Refusal("(*UTF)a", "a"), StartsWith("Regular expression '(*UTF)a' is not valid"));
+}
+
+TEST_F(RegEx, CarriageReturnIsNoEndOfALine) {
+    EXPECT_FALSE(Matches("a$", "a\r"));
+    EXPECT_TRUE(Matches("^a.$", "a\r"));
+}
+
+TEST_F(RegEx, InvalidPatternIsNamedWithPlaceAndReason) {
+    EXPECT_EQ(Refusal("a(b", "x"),
+              "Regular expression 'a(b' is not valid at offset 3: missing closing parenthesis.");
+    EXPECT_THAT(Refusal("a(b", "x"), HasSubstr("a(b")) << "the second time";
+}
+
+TEST_F(RegEx, InvalidPatternLeavesTheOthersUsable) {
+    EXPECT_TRUE(Matches("abc", "abc"));
+    Refusal("*", "x");
+    EXPECT_TRUE(Matches("abc", "abc"));
+    EXPECT_FALSE(Matches("abc", "abd"));
+}
+
+TEST_F(RegEx, PatternInAMessageIsPrintable) {
+    EXPECT_THAT(Refusal(std::string("(\n\0", 3), "x"),
+                StartsWith("Regular expression '(\\n\\x00' is not valid"));
+}
+
+TEST_F(RegEx, PatternThatIsTooLargeIsRefused) {
+    EXPECT_THAT(Refusal("((((a{1,100}){1,100}){1,100}){1,100})", "a"), HasSubstr("too large"));
+}
+
+TEST_F(RegEx, CatastrophicPatternGivesUpSoonAndIsNamed) {
+    EXPECT_THAT(Refusal("(a+)+$", std::string(40, 'a') + "!"),
+                StartsWith("Regular expression '(a+)+$' gives up on a text of 41 bytes: "));
+    Refusal("(a|aa)+(?:b|c)", std::string(1000, 'a'));
+    Refusal("^(\\w+\\s?)*$", std::string(5000, 'a') + "!");
+}
+
+TEST_F(RegEx, CatastrophicPatternGivesUpSoonWithoutMachineCode) {
+    Refusal("(*NO_JIT)(a+)+$", std::string(40, 'a') + "!");
+}
+
+TEST_F(RegEx, WorkThatGrowsWithTheSquareOfALongLineGivesUpSoon) {
+    const std::string blanks(5'000'000, ' ');
+    Refusal("\\s+name=", blanks);
+    Refusal("^.*.*x", blanks);
+    Refusal("(?> +)x", blanks);
+}
+
+TEST_F(RegEx, WorkThatGrowsWithTheFourthPowerGivesUpSoon) {
+    Refusal("a*a*a*(?:b|c)", std::string(1024, 'a'));
+    Refusal("a*a*a*(?:b|c)", std::string(100'000, 'a'));
+}
+
+TEST_F(RegEx, PatternAfterOneThatGaveUpWorks) {
+    Refusal("(a+)+$", std::string(40, 'a') + "!");
+    EXPECT_TRUE(Matches("(a+)+$", std::string(40, 'a')));
+    EXPECT_TRUE(Matches("^b", "b"));
+    EXPECT_TRUE(Matches("b$", std::string(100'000, 'a') + "b"));
+}
+
+TEST_F(RegEx, LongLineIsSearchedToItsEnd) {
+    std::string line(5'000'000, 'x');
+    EXPECT_FALSE(Matches("^#*\\s*name=", line));
+    EXPECT_FALSE(Matches("name=", line));
+    line += "name=";
+    EXPECT_TRUE(Matches("name=", line));
+    EXPECT_TRUE(Matches(".*name=$", line));
+    EXPECT_TRUE(Matches("^#*\\s*name=", "#" + std::string(5'000'000, ' ') + "name="));
+}
+
+TEST_F(RegEx, ResultIsTheSameForShortAndLongLines) {
+    for (const std::size_t size : {1U, 1000U, 1020U, 1024U, 1030U, 5000U}) {
+        const std::string line(size, 'a');
+        EXPECT_TRUE(Matches("a$", line)) << size;
+        EXPECT_TRUE(Matches("^(?:a|b)*$", line)) << size;
+        EXPECT_TRUE(Matches("^(a|b)*$", line)) << size;
+        EXPECT_FALSE(Matches("^(a|b)*c$", line)) << size;
+        EXPECT_TRUE(Matches("^a*(?1)?(a?)$", line)) << size;
+        EXPECT_FALSE(Matches("(?!a).", line)) << size;
+    }
+}
+
+TEST_F(RegEx, MatchThatNeedsADeepStackIsFoundByTheInterpreter) {
+    // More groups are open than the machine code's stack holds.
+    EXPECT_TRUE(Matches("^(?:(a)|b)*$", std::string(150'000, 'a')));
+}
+
+TEST_F(RegEx, NestingBeyondAllMemoryGivesUp) {
+    EXPECT_THAT(Refusal("^((a)(?1)|x)", std::string(5'000'000, 'a')), HasSubstr("limit exceeded"));
+}
+
+TEST_F(RegEx, ArgumentsThatMeanNothingAreRefused) {
+    int something = 0;
+    EXPECT_EQ(MessageOf<EZETCheckError>([&] { Core().MatchRegEx("a", "a", &something, 0); }),
+              "Invalid argument for 'MatchRegEx'.");
+    MessageOf<EZETCheckError>([&] { Core().MatchRegEx("a", "a", nullptr, 1); });
+}
+
+TEST_F(RegEx, PatternsAlternateWithoutConfusion) {
+    for (int round = 0; round < 3; round++)
+        for (int i = 0; i < 100; i++) {
+            const std::string name = "name" + std::to_string(i);
+            EXPECT_TRUE(Matches("^" + name + "=", name + "=1"));
+            EXPECT_FALSE(Matches("^" + name + "=", name + "1="));
+        }
+}
+
+TEST_F(RegEx, PatternThatWasOverwrittenInPlaceIsAnother) {
+    std::string pattern = "aaaa";
+    EXPECT_TRUE(Matches(pattern, "aaaa"));
+    pattern[3] = 'b';
+    EXPECT_FALSE(Matches(pattern, "aaaa"));
+}
+
+std::size_t ResidentBytes() {
+    std::size_t all = 0, resident = 0;
+    std::ifstream("/proc/self/statm") >> all >> resident;
+    return resident * static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+}
+
+TEST_F(RegEx, MemoryForPatternsIsBounded) {
+    const auto use = [&](int first, int last) {
+        for (int i = first; i < last; i++)
+            Matches("^(?:" + std::string(2000, 'x') + std::to_string(i) + ")+$", "x");
+    };
+    use(0, 200);
+    const std::size_t before = ResidentBytes();
+    use(200, 4200);
+    EXPECT_LT(ResidentBytes(), before + 4'000'000) << "one such pattern takes 20 KB and more";
+}
+
+TEST_F(RegEx, PatternIsCompiledOncePerPatternAndNotOncePerLine) {
+    // Compiling this one takes 100 us and more, looking it up far less than 1 us.
+    const std::string pattern = "^(?:" + std::string(20'000, 'x') + "|[a-z]{1,200}=)";
+    Matches(pattern, "a");
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 20'000; i++)
+        Matches(pattern, "A");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1000));
+}
+
+}  // namespace
+}  // namespace ZET::Test

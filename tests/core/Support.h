@@ -1,0 +1,82 @@
+#ifndef ZET_TESTS_CORE_SUPPORT_H
+#define ZET_TESTS_CORE_SUPPORT_H
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <typeinfo>
+#include <vector>
+
+#include "zet/ZETErrors.h"
+#include "zet/ZETHost.h"
+
+namespace ZET::Test {
+
+/// A directory of its own for a test, removed with all that is in it.
+class TemporaryDirectory {
+  public:
+    TemporaryDirectory();
+    ~TemporaryDirectory();
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+    const std::string& Path() const { return m_path; }
+    std::string operator/(const std::string& name) const { return m_path + "/" + name; }
+
+    /// The names in it, sorted.
+    std::vector<std::string> Names() const;
+
+  private:
+    std::string m_path;
+};
+
+void WriteText(const std::string& path, const std::string& text, mode_t mode = 0644);
+std::string ReadText(const std::string& path);
+struct stat StatusOf(const std::string& path);
+mode_t ModeOf(const std::string& path);
+bool Exists(const std::string& path);
+
+/// What `action` writes to standard error.
+std::string LoggedBy(const std::function<void()>& action);
+
+/// The message of the exception of exactly the class `Error` that `action` throws; a failed test otherwise.
+template <typename Error>
+std::string MessageOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const EZETError& error) {
+        EXPECT_TRUE(typeid(error) == typeid(Error)) << "wrong class, with the message: " << error.what();
+        EXPECT_EQ(error.GetDetail(), "");
+        return error.GetMessage();
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return {};
+}
+
+/// A host whose parameter file holds `text`.
+class HostFixture : public testing::Test {
+  protected:
+    CZETHost& Start(const std::string& text);
+    IZETCore& Core() { return m_host->GetCore(); }
+    std::string ConfigFile() const { return m_directory / "zet.conf"; }
+
+    TemporaryDirectory m_directory;
+    std::unique_ptr<CZETHost> m_host;
+};
+
+/// For tests of what only root can set up.
+bool IsRoot();
+
+constexpr unsigned kSomeUser = 4711;
+constexpr unsigned kSomeGroup = 4712;
+
+/// In a child that is about to end: go on as an ordinary user.
+void BecomeSomeUser();
+
+}  // namespace ZET::Test
+
+#endif

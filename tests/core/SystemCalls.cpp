@@ -1,0 +1,201 @@
+#include "SystemCalls.h"
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+
+namespace ZET::Test {
+
+namespace {
+
+SystemCalls* watcher = nullptr;
+
+std::string LastComponent(const std::string& path) {
+    return path.substr(path.rfind('/') + 1);
+}
+
+std::string PathOf(int descriptor) {
+    char path[4096];
+    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
+    const ssize_t length = ::readlink(link.c_str(), path, sizeof path);
+    return length < 0 ? "?" : LastComponent(std::string(path, static_cast<std::size_t>(length)));
+}
+
+bool IsToFail(const char* name, const std::string& path) {
+    return watcher != nullptr && watcher->Take(name, path);
+}
+
+template <typename Function>
+Function* Original(Function* /*type*/, const char* name) {
+    return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+SystemCalls::SystemCalls() {
+    watcher = this;
+}
+
+SystemCalls::~SystemCalls() {
+    watcher = nullptr;
+}
+
+void SystemCalls::Fail(const std::string& name, int error, int turn, bool once) {
+    m_failures[name] = {error, turn, once};
+}
+
+void SystemCalls::Shorten(const std::string& name, std::size_t size) {
+    m_limits[name] = size;
+}
+
+std::vector<std::string> SystemCalls::Calls(const std::set<std::string>& names) const {
+    std::vector<std::string> result;
+    for (const std::string& call : m_calls)
+        if (names.count(call.substr(0, call.find(' '))) > 0) result.push_back(call);
+    return result;
+}
+
+int SystemCalls::Count(const std::string& name) const {
+    const auto found = m_counts.find(name);
+    return found != m_counts.end() ? found->second : 0;
+}
+
+bool SystemCalls::Take(const std::string& name, const std::string& path) {
+    m_counts[name]++;
+    m_calls.push_back(name + " " + path);
+    const auto found = m_failures.find(name);
+    if (found == m_failures.end() || --found->second.turn > 0) return false;
+    errno = found->second.error;
+    if (found->second.once) m_failures.erase(found);
+    return true;
+}
+
+std::size_t SystemCalls::Limit(const std::string& name, std::size_t size) const {
+    const auto found = m_limits.find(name);
+    return found != m_limits.end() ? std::min(found->second, size) : size;
+}
+
+}  // namespace ZET::Test
+
+using ZET::Test::IsToFail;
+using ZET::Test::LastComponent;
+using ZET::Test::Original;
+using ZET::Test::PathOf;
+using ZET::Test::watcher;
+
+extern "C" {
+
+int fsync(int descriptor) {
+    if (IsToFail("fsync", PathOf(descriptor))) return -1;
+    return Original(&fsync, "fsync")(descriptor);
+}
+
+void sync() noexcept {
+    if (watcher != nullptr) watcher->Take("sync", "");
+}
+
+int rename(const char* from, const char* to) noexcept {
+    if (IsToFail("rename", LastComponent(from) + " " + LastComponent(to))) return -1;
+    return Original(&rename, "rename")(from, to);
+}
+
+int unlink(const char* path) noexcept {
+    if (IsToFail("unlink", LastComponent(path))) return -1;
+    return Original(&unlink, "unlink")(path);
+}
+
+int ftruncate(int descriptor, off_t size) noexcept {
+    if (IsToFail("ftruncate", PathOf(descriptor))) return -1;
+    return Original(&ftruncate, "ftruncate")(descriptor, size);
+}
+
+int fchmod(int descriptor, mode_t mode) noexcept {
+    char text[16];
+    std::snprintf(text, sizeof text, " %04o", mode);
+    if (IsToFail("fchmod", PathOf(descriptor) + text)) return -1;
+    return Original(&fchmod, "fchmod")(descriptor, mode);
+}
+
+int fchown(int descriptor, uid_t owner, gid_t group) noexcept {
+    if (IsToFail("fchown", PathOf(descriptor))) return -1;
+    return Original(&fchown, "fchown")(descriptor, owner, group);
+}
+
+int fsetxattr(int descriptor, const char* name, const void* value, size_t size, int flags) noexcept {
+    if (IsToFail("fsetxattr", PathOf(descriptor) + " " + name)) return -1;
+    return Original(&fsetxattr, "fsetxattr")(descriptor, name, value, size, flags);
+}
+
+int fremovexattr(int descriptor, const char* name) noexcept {
+    if (IsToFail("fremovexattr", PathOf(descriptor) + " " + name)) return -1;
+    return Original(&fremovexattr, "fremovexattr")(descriptor, name);
+}
+
+ssize_t listxattr(const char* path, char* list, size_t size) noexcept {
+    if (IsToFail("listxattr", LastComponent(path))) return -1;
+    return Original(&listxattr, "listxattr")(path, list, size);
+}
+
+ssize_t getxattr(const char* path, const char* name, void* value, size_t size) noexcept {
+    if (IsToFail("getxattr", LastComponent(path) + " " + name)) return -1;
+    return Original(&getxattr, "getxattr")(path, name, value, size);
+}
+
+ssize_t copy_file_range(int from, off_t* fromOffset, int to, off_t* toOffset, size_t size, unsigned flags) {
+    if (IsToFail("copy_file_range", PathOf(to))) return -1;
+    if (watcher != nullptr) size = watcher->Limit("copy_file_range", size);
+    return Original(&copy_file_range, "copy_file_range")(from, fromOffset, to, toOffset, size, flags);
+}
+
+ssize_t read(int descriptor, void* buffer, size_t size) {
+    if (IsToFail("read", PathOf(descriptor))) return -1;
+    if (watcher != nullptr) size = watcher->Limit("read", size);
+    return Original(&read, "read")(descriptor, buffer, size);
+}
+
+ssize_t write(int descriptor, const void* buffer, size_t size) {
+    if (IsToFail("write", PathOf(descriptor))) return -1;
+    if (watcher != nullptr) size = watcher->Limit("write", size);
+    return Original(&write, "write")(descriptor, buffer, size);
+}
+
+int open(const char* path, int flags, ...) {
+    mode_t mode = 0;
+    if ((flags & O_CREAT) != 0) {
+        std::va_list arguments;
+        va_start(arguments, flags);
+        mode = va_arg(arguments, mode_t);
+        va_end(arguments);
+    }
+    if (IsToFail("open", LastComponent(path))) return -1;
+    return Original(&open, "open")(path, flags, mode);
+}
+
+int close(int descriptor) {
+    const std::string path = watcher != nullptr ? PathOf(descriptor) : "";
+    const int result = Original(&close, "close")(descriptor);
+    return IsToFail("close", path) ? -1 : result;
+}
+
+int lstat(const char* path, struct stat* status) noexcept {
+    if (IsToFail("lstat", LastComponent(path))) return -1;
+    return Original(&lstat, "lstat")(path, status);
+}
+
+int stat(const char* path, struct stat* status) noexcept {
+    if (IsToFail("stat", LastComponent(path))) return -1;
+    return Original(&stat, "stat")(path, status);
+}
+
+int fstat(int descriptor, struct stat* status) noexcept {
+    if (IsToFail("fstat", PathOf(descriptor))) return -1;
+    return Original(&fstat, "fstat")(descriptor, status);
+}
+}

@@ -1,0 +1,53 @@
+#ifndef ZET_TESTS_CORE_SYSTEM_CALLS_H
+#define ZET_TESTS_CORE_SYSTEM_CALLS_H
+
+#include <cstddef>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace ZET::Test {
+
+/// Watches the system calls of the file helpers while it lives, and can let them fail. The test program's own
+/// functions of these names stand before those of the C library.
+class SystemCalls {
+  public:
+    SystemCalls();
+    ~SystemCalls();
+    SystemCalls(const SystemCalls&) = delete;
+    SystemCalls& operator=(const SystemCalls&) = delete;
+
+    /// The `turn`th call from now of that name (1: the next one) fails with `error`, and so do those after it
+    /// unless `once`.
+    void Fail(const std::string& name, int error, int turn = 1, bool once = false);
+
+    /// The calls of that name are cut to this many bytes.
+    void Shorten(const std::string& name, std::size_t size);
+
+    /// The calls so far of these names, each as "name path" with the last component of the path only.
+    std::vector<std::string> Calls(const std::set<std::string>& names) const;
+
+    /// How many calls of that name there were.
+    int Count(const std::string& name) const;
+
+    /// For the functions that stand in: true, with `errno` set, when the call is to fail.
+    bool Take(const std::string& name, const std::string& path);
+    std::size_t Limit(const std::string& name, std::size_t size) const;
+
+  private:
+    struct Failure {
+        int error;
+        int turn;
+        bool once;
+    };
+
+    std::vector<std::string> m_calls;
+    std::map<std::string, int> m_counts;
+    std::map<std::string, Failure> m_failures;
+    std::map<std::string, std::size_t> m_limits;
+};
+
+}  // namespace ZET::Test
+
+#endif

@@ -1,0 +1,3 @@
+#define MODULE_NAME "done-throws"
+#define MODULE_DONE throw ZET::EZETError("the end is not the end", "");
+#include "ModuleParts.h"

@@ -1,0 +1,2 @@
+#define MODULE_RECORD_NAME ""
+#include "ModuleParts.h"

@@ -1,0 +1,3 @@
+#define MODULE_NAME "forgetful"
+#define MODULE_DONE
+#include "ModuleParts.h"

@@ -1,0 +1,2 @@
+#define MODULE_INIT return false;
+#include "ModuleParts.h"

@@ -1,0 +1,2 @@
+#define MODULE_INIT throw 42;
+#include "ModuleParts.h"

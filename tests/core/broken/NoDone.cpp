@@ -1,0 +1,2 @@
+#define MODULE_WITHOUT_DONE
+#include "ModuleParts.h"

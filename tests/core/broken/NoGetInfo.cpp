@@ -1,0 +1,2 @@
+#define MODULE_WITHOUT_GET_INFO
+#include "ModuleParts.h"

@@ -1,0 +1,2 @@
+#define MODULE_VERSION 0
+#include "ModuleParts.h"

@@ -1,0 +1,2 @@
+#define MODULE_RECORD_NAME nullptr
+#include "ModuleParts.h"

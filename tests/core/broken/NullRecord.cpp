@@ -1,0 +1,2 @@
+#define MODULE_GET_INFO return nullptr;
+#include "ModuleParts.h"

@@ -1,0 +1,2 @@
+#define MODULE_NAME "second"
+#include "ModuleParts.h"

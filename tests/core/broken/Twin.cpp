@@ -1,0 +1,2 @@
+// Another file with the name of the sound one.
+#include "ModuleParts.h"

@@ -1,0 +1,2 @@
+#define MODULE_TYPE 2
+#include "ModuleParts.h"
