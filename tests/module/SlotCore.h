@@ -1,0 +1,38 @@
+#ifndef ZET_SLOT_CORE_H
+#define ZET_SLOT_CORE_H
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "zet/IZETCore.h"
+
+namespace ZET {
+
+/// A core put together by hand from a table of functions, without the compiler's knowledge of `IZETCore`. It
+/// notes by its number which place of the table was called; the destructor has the places 0 and 1.
+class SlotCore {
+  public:
+    SlotCore();
+    SlotCore(const SlotCore&) = delete;
+    SlotCore& operator=(const SlotCore&) = delete;
+
+    IZETCore& Core() { return *reinterpret_cast<IZETCore*>(this); }
+
+  private:
+    void* const* m_table;  ///< where an object holds it: at its start
+
+  public:
+    std::vector<std::string> calls;  ///< "place arguments"
+    std::map<std::string, std::string> params;
+    std::string domainName = "example.org";
+    std::string serverName = "srv";
+    std::vector<std::shared_ptr<CZETInterface>> interfaces;
+};
+
+}  // namespace ZET
+
+#endif
