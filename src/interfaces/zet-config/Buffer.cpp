@@ -3,7 +3,6 @@
 #include <sys/mman.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -16,19 +15,35 @@ namespace {
 constexpr std::size_t kSmallestCapacity = 4096;
 constexpr std::size_t kHugePageSize = std::size_t{2} << 20;
 
-/// The first touch of fresh memory costs more than scanning or copying it; huge pages make it several times
-/// cheaper.
-void AdviseHugePages(char* data, std::size_t size) {
-    const auto address = reinterpret_cast<std::uintptr_t>(data);
-    const std::uintptr_t begin = (address + kHugePageSize - 1) / kHugePageSize * kHugePageSize;
-    const std::uintptr_t end = (address + size) / kHugePageSize * kHugePageSize;
-    if (begin < end) madvise(data + (begin - address), end - begin, MADV_HUGEPAGE);
+/// From here on memory comes straight from the system, whole huge pages at a time: the first touch of fresh
+/// memory costs more than scanning or copying it, and huge pages make it several times cheaper. A mapping
+/// grows by moving its pages, not its bytes.
+bool IsMapped(std::size_t capacity) {
+    return capacity >= kHugePageSize;
+}
+
+std::size_t RoundedCapacity(std::size_t capacity) {
+    if (!IsMapped(capacity)) return std::max(capacity, kSmallestCapacity);
+    return (capacity + kHugePageSize - 1) / kHugePageSize * kHugePageSize;
+}
+
+void* Map(std::size_t capacity) {
+    void* const data = mmap(nullptr, capacity, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (data == MAP_FAILED) return nullptr;
+    // The whole mapping: advice for a part of it would split it, and then it could not be moved.
+    madvise(data, capacity, MADV_HUGEPAGE);
+    return data;
+}
+
+void* Remap(void* data, std::size_t formerCapacity, std::size_t capacity) {
+    void* const moved = mremap(data, formerCapacity, capacity, MREMAP_MAYMOVE);
+    return moved == MAP_FAILED ? nullptr : moved;
 }
 
 }  // namespace
 
 Buffer::~Buffer() {
-    std::free(m_data);
+    Release();
 }
 
 Buffer::Buffer(Buffer&& other) noexcept
@@ -43,14 +58,28 @@ Buffer& Buffer::operator=(Buffer&& other) noexcept {
     return *this;
 }
 
-void Buffer::Reserve(std::size_t capacity) {
-    if (capacity <= m_capacity) return;
-    capacity = std::max({capacity, m_capacity * 2, kSmallestCapacity});
-    void* data = std::realloc(m_data, capacity);
+void Buffer::Release() {
+    if (IsMapped(m_capacity)) {
+        munmap(m_data, m_capacity);
+    } else {
+        std::free(m_data);
+    }
+}
+
+void Buffer::Grow(std::size_t capacity) {
+    capacity = RoundedCapacity(std::max(capacity, m_capacity * 2));
+    void* data = nullptr;
+    if (!IsMapped(capacity)) {
+        data = std::realloc(m_data, capacity);
+    } else if (IsMapped(m_capacity)) {
+        data = Remap(m_data, m_capacity, capacity);
+    } else if ((data = Map(capacity)) != nullptr && m_data != nullptr) {
+        std::memcpy(data, m_data, m_size);
+        std::free(m_data);
+    }
     if (data == nullptr) throw std::bad_alloc();
     m_data = static_cast<char*>(data);
     m_capacity = capacity;
-    AdviseHugePages(m_data, m_capacity);
 }
 
 void Buffer::Append(std::string_view bytes) {

@@ -25,7 +25,9 @@ class Buffer {
     void Clear() { m_size = 0; }
 
     /// Makes room for `capacity` bytes in all.
-    void Reserve(std::size_t capacity);
+    void Reserve(std::size_t capacity) {
+        if (capacity > m_capacity) Grow(capacity);
+    }
 
     void Append(std::string_view bytes);
 
@@ -35,6 +37,9 @@ class Buffer {
     void Filled(std::size_t count) { m_size += count; }
 
   private:
+    void Grow(std::size_t capacity);
+    void Release();
+
     char* m_data = nullptr;
     std::size_t m_size = 0;
     std::size_t m_capacity = 0;

@@ -40,7 +40,9 @@ template <typename Error>
 }
 
 /// The line that calls it.
-inline std::size_t Here(int line = __builtin_LINE()) { return static_cast<std::size_t>(line); }
+inline std::size_t Here(int line = __builtin_LINE()) {
+    return static_cast<std::size_t>(line);
+}
 
 /// Refuses an empty argument in the name of the operation that received it.
 inline void RequireArgument(const std::string& argument, const char* source, const char* function,

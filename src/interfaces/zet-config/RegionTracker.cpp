@@ -6,7 +6,7 @@
 
 namespace ZET {
 
-RegionTracker::Line RegionTracker::Track(std::string_view line) {
+RegionTracker::Line RegionTracker::TrackMarker(std::string_view line) {
     if (line.starts_with(m_beginMarker)) {
         if (m_inside) Warn(m_beginMarker);
         m_inside = true;

@@ -1,6 +1,8 @@
 #ifndef ZET_REGION_TRACKER_H
 #define ZET_REGION_TRACKER_H
 
+#include <algorithm>
+#include <cstddef>
 #include <string_view>
 
 #include "Text.h"
@@ -15,10 +17,20 @@ class RegionTracker {
 
     /// Warnings are logged in the name of the operation `function`.
     RegionTracker(Text& text, const char* function, std::string_view beginMarker, std::string_view endMarker)
-        : m_text(text), m_function(function), m_beginMarker(beginMarker), m_endMarker(endMarker) {}
+        : m_text(text),
+          m_function(function),
+          m_beginMarker(beginMarker),
+          m_endMarker(endMarker),
+          m_shortest(std::min(beginMarker.size(), endMarker.size())) {}
 
     /// Takes in the line of the text that was read last. A line that begins with both markers is a begin.
-    Line Track(std::string_view line);
+    Line Track(std::string_view line) {
+        // Most lines differ from both markers in their first byte already.
+        const bool mayBeMarker =
+            line.size() >= m_shortest &&
+            (m_shortest == 0 || line.front() == m_beginMarker.front() || line.front() == m_endMarker.front());
+        return mayBeMarker ? TrackMarker(line) : Line::Ordinary;
+    }
 
     bool IsInside() const { return m_inside; }
 
@@ -26,12 +38,14 @@ class RegionTracker {
     void WarnOfStrayEnd() const { Warn(m_endMarker); }
 
   private:
+    Line TrackMarker(std::string_view line);
     void Warn(std::string_view marker) const;
 
     Text& m_text;
     const char* m_function;
     std::string_view m_beginMarker;
     std::string_view m_endMarker;
+    std::size_t m_shortest;
     bool m_inside = false;
 };
 
