@@ -65,6 +65,11 @@ renewable_life() {
     echo $(($(date -d "$toDate $toTime" +%s) - $(date -d "$fromDate $fromTime" +%s)))
 }
 
+# about SECONDS LIMIT: between the request and the ticket the clock may have gone on.
+about() {
+    [ "$1" -le "$2" ] && [ "$1" -ge $(($2 - 20)) ]
+}
+
 @test "RealmOfTheDomainIsTheDefaultRealm" {
     ticket alice
     run klist
@@ -80,18 +85,18 @@ renewable_life() {
 
 @test "TicketLastsNoLongerThanItsParameterSays" {
     ticket -l 30h alice
-    [ "$(life)" -eq $((4 * 3600)) ]
+    about "$(life)" $((4 * 3600))
 }
 
 @test "TicketIsRenewableNoLongerThanItsParameterSays" {
     ticket -r 30d alice
-    [ "$(renewable_life)" -eq $((3 * 86400)) ]
+    about "$(renewable_life)" $((3 * 86400))
 }
 
 @test "ClientAsksForNoMoreThanItsOwnParametersSay" {
     KRB5_CONFIG=$CLIENT_ROOT/etc/krb5.conf ticket alice
-    [ "$(life)" -eq 3600 ]
-    [ "$(renewable_life)" -eq 86400 ]
+    about "$(life)" 3600
+    about "$(renewable_life)" 86400
 }
 
 @test "TicketMayBeForwarded" {

@@ -2,7 +2,7 @@
 
 SOURCE_DIR=$(cd "$BATS_TEST_DIRNAME/../.." && pwd)
 export ZET_BIN=${ZET_BIN:-$SOURCE_DIR/build/test/bin}
-export LC_ALL=C
+export LC_ALL=C TZ=UTC
 export PATH=$PATH:/usr/sbin:/sbin
 
 need() {
