@@ -1,6 +1,7 @@
 #include "CommandLine.h"
 
 #include <CLI/CLI.hpp>
+#include <iostream>
 
 #include "Commands.h"
 #include "ExitStatus.h"
@@ -50,10 +51,18 @@ class CommandLine {
 
     void AddOptionsOfAll() {
         m_app.require_subcommand(1);
+        // An empty name, of a variable that was never set, must not stand for the host itself.
+        const CLI::Validator isNamed(
+            [](const std::string& name) { return name.empty() ? "its name is empty" : ""; }, "");
         m_app.add_option("-c,--config", m_request.configFile, "The product's main configuration file")
-            ->type_name("FILE");
-        m_app.add_option("--root", m_request.root, "Work on the host tree in DIR")->type_name("DIR");
-        m_app.add_option("--module", m_request.moduleFile, "Load this module")->type_name("FILE");
+            ->type_name("FILE")
+            ->check(isNamed);
+        m_app.add_option("--root", m_request.root, "Work on the host tree in DIR")
+            ->type_name("DIR")
+            ->check(isNamed);
+        m_app.add_option("--module", m_request.moduleFile, "Load this module")
+            ->type_name("FILE")
+            ->check(isNamed);
         m_app.add_flag("--json", m_request.json, "Report as one JSON document");
         CLI::Option* quiet = m_app.add_flag("-q,--quiet", m_request.quiet, "Only errors");
         m_app.add_flag("-v,--verbose", m_request.verbose, "Tell more")->excludes(quiet);
@@ -187,6 +196,14 @@ class CommandLine {
     CLI::App& m_app;
 };
 
+std::string WhatIsWrong(const CLI::App& app, const CLI::ParseError& error) {
+    const std::vector<std::string> unknown = app.remaining(true);
+    const bool isCommandMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr &&
+                                  std::string(error.what()).find("ubcommand") != std::string::npos;
+    if (!isCommandMissing) return error.what();
+    return unknown.empty() ? "a command is missing" : "unknown command \"" + unknown.front() + "\"";
+}
+
 }  // namespace
 
 std::optional<Request> ParseCommandLine(const std::string& program, int count, char** arguments,
@@ -199,7 +216,14 @@ std::optional<Request> ParseCommandLine(const std::string& program, int count, c
     try {
         app.parse(count, arguments);
     } catch (const CLI::ParseError& error) {
-        status = app.exit(error) == 0 ? kDone : kWrongUse;
+        status = kDone;
+        if (error.get_exit_code() == 0) {
+            app.exit(error);
+        } else {
+            std::cerr << program << ": error: " << WhatIsWrong(app, error) << " (see \"" << program
+                      << " --help\")\n";
+            status = kWrongUse;
+        }
         return std::nullopt;
     }
     return request;

@@ -1,16 +1,19 @@
 #include <algorithm>
 #include <memory>
 #include <set>
+#include <sstream>
 
 #include "Assignments.h"
 #include "Commands.h"
 #include "CommitPlan.h"
 #include "ExitStatus.h"
+#include "FileBytes.h"
 #include "Lock.h"
 #include "PendingRecord.h"
 #include "Render.h"
 #include "Signals.h"
 #include "TargetCheck.h"
+#include "zet/ZETErrors.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -19,6 +22,19 @@ namespace ZET {
 namespace {
 
 using Change = PlannedTarget::Change;
+
+std::string Joined(const std::vector<std::string>& texts) {
+    std::string joined;
+    for (const std::string& text : texts)
+        joined += (joined.empty() ? "" : ", ") + text;
+    return joined.empty() ? "none" : joined;
+}
+
+/// Whether the target is, by now, what it was to become.
+bool IsWritten(const PlannedTarget& planned) {
+    const FileState now = StateOf(planned.path);
+    return now.IsRegular() && now.mode == planned.after.mode && HaveSameBytes(planned.path, planned.staged);
+}
 
 /// One run of the command. A dry run goes the same way up to the plan and reports it.
 class Commit {
@@ -37,13 +53,13 @@ class Commit {
         std::unique_ptr<WriteLock> lock;
         if (!m_isDryRun) {
             lock = std::make_unique<WriteLock>(m_session);
-            PendingRecord::ClearLeftOvers(m_session);
+            m_cutShort = PendingRecord::ClearLeftOvers(m_session);
         }
-        const std::vector<Target> targets = SelectTargets(m_session, m_session.Asked().names);
-        if (!CheckAll(targets)) return kFailed;
+        const CheckedTargets checked = CheckTargets(m_session, m_session.Asked().names);
+        if (!checked.problems.empty()) return ReportProblems(checked.problems);
         const Staging staging(m_isDryRun ? "" : m_session.Param("ZET_VAR_LIB_DIR"));
         Manifest manifest(m_session);
-        const std::vector<PlannedTarget> plan = PlanTargets(m_session, staging, targets, manifest);
+        const std::vector<PlannedTarget> plan = PlanTargets(m_session, staging, checked.targets, manifest);
         return m_isDryRun ? ReportPlan(plan) : Execute(plan, manifest);
     }
 
@@ -56,24 +72,35 @@ class Commit {
             throw UsageError(
                 "--set only asks what would change: use it with -n (\"option set\" sets a parameter)");
         for (const auto& [name, value] : assumed)
-            m_session.Core().UpdateParam(name, value);
+            Assume(name, value);
         m_session.Config().RecreateTemplatesMap();
     }
 
-    bool CheckAll(const std::vector<Target>& targets) {
-        const std::vector<Problem> problems = CheckTargets(m_session, targets);
+    void Assume(const std::string& name, const std::string& value) {
+        const bool isDirectory =
+            name == "ZET_CFG_DIR" || name == "ZET_CFG_TEMPL_DIR" || name == "ZET_VAR_LIB_DIR";
+        try {
+            m_session.Core().GetParam(name);  // the core warns of a name that it does not know
+            m_session.Core().UpdateParam(name, isDirectory ? m_session.FilePath(value) : value);
+        } catch (const EZETCheckError& error) {
+            throw UsageError("--set: " + error.GetMessage());
+        }
+    }
+
+    int ReportProblems(const std::vector<Problem>& problems) {
         for (const Problem& problem : problems) {
             m_report.Error(problem.Describe());
             m_report.Add("problems", problem.ToFields());
         }
-        if (!problems.empty()) m_report.Remark("nothing was changed");
-        return problems.empty();
+        m_report.Remark("nothing was changed");
+        return kFailed;
     }
 
     int ReportPlan(const std::vector<PlannedTarget>& plan) {
         bool wouldChange = false;
         for (const PlannedTarget& planned : plan) {
-            ReportTarget(planned);
+            WarnOfOthersWork(planned);
+            ReportTarget(planned, WantedDiff(planned));
             wouldChange = wouldChange || planned.change != Change::None;
         }
         ReportRestarts(plan);
@@ -81,34 +108,36 @@ class Commit {
     }
 
     int Execute(const std::vector<PlannedTarget>& plan, Manifest& manifest) {
-        std::vector<std::string> toWrite;
-        for (const PlannedTarget& planned : plan) {
-            if (planned.change != Change::None) toWrite.push_back(planned.path);
-        }
-        const PendingRecord pending(m_session, toWrite);
-        std::size_t done = 0;
+        const PendingRecord pending(m_session, FilesToWrite(plan));
         try {
-            for (; done < plan.size(); ++done) {
+            for (const PlannedTarget& planned : plan) {
                 SignalGuard::Check();
-                Write(plan[done], manifest);
+                Write(planned, manifest);
             }
-        } catch (...) {
-            ReportUnwritten(plan, done);
             manifest.Save();
+            RecordStatus();
+        } catch (...) {
+            ReportBreakOff(plan, manifest);
             throw;
         }
-        manifest.Save();
-        RecordStatus();
         ReportRestarts(plan);
         return kDone;
     }
 
-    void Write(const PlannedTarget& planned, Manifest& manifest) {
-        if (planned.isEdited) {
-            m_report.Warning(planned.path + ": was edited since the last commit; the edits are overwritten");
+    std::vector<std::string> FilesToWrite(const std::vector<PlannedTarget>& plan) {
+        std::vector<std::string> files;
+        for (const PlannedTarget& planned : plan) {
+            if (planned.change != Change::None) files.push_back(planned.path);
+            const std::string workingCopy = WorkingCopy(m_session, planned.target.templateName);
+            if (!IsFileExist(workingCopy)) files.push_back(workingCopy);
         }
+        return files;
+    }
+
+    void Write(const PlannedTarget& planned, Manifest& manifest) {
+        WarnOfOthersWork(planned);
         // The diff has to be made before its one side is gone.
-        const std::string diff = m_session.Asked().diff ? DiffOf(planned) : "";
+        const std::string diff = WantedDiff(planned);
         if (planned.change != Change::None) {
             RenderTarget(m_session, planned.target.templateName, planned.path, planned.staged);
         } else if (!IsFileExist(WorkingCopy(m_session, planned.target.templateName))) {
@@ -119,15 +148,28 @@ class Commit {
         ReportTarget(planned, diff);
     }
 
-    void ReportTarget(const PlannedTarget& planned) {
-        ReportTarget(planned, m_session.Asked().diff ? DiffOf(planned) : "");
+    void WarnOfOthersWork(const PlannedTarget& planned) {
+        if (planned.before.links > 1 && planned.change != Change::None) {
+            m_report.Warning(planned.path + ": has " + std::to_string(planned.before.links) +
+                             " names (hard links); the others keep the former text");
+        }
+        if (!planned.isOthersWork) return;
+        const std::string tense = m_isDryRun ? " would be " : " are ";
+        m_report.Warning(planned.path +
+                         (planned.before.exists
+                              ? ": was edited since the last commit; the edits" + tense + "overwritten"
+                              : std::string(": was removed since the last commit")));
+    }
+
+    std::string WantedDiff(const PlannedTarget& planned) const {
+        return m_session.Asked().diff ? DiffOf(planned) : "";
     }
 
     void ReportTarget(const PlannedTarget& planned, const std::string& diff) {
         Fields fields = {{"template", planned.target.templateName},
                          {"path", planned.path},
                          {"change", NameOf(planned.change)},
-                         {"edited", planned.isEdited},
+                         {"edited", planned.isOthersWork},
                          {"secret", planned.target.isSecret}};
         if (planned.change != Change::None) {
             for (auto& field : ChangeFields(planned.before, planned.after))
@@ -135,7 +177,7 @@ class Commit {
         }
         if (m_session.Asked().diff) fields.emplace_back("diff", diff);
         m_report.Add("targets", std::move(fields));
-        m_report.Line(planned.path + ": " + Describe(planned));
+        if (!m_session.Asked().quiet) m_report.Line(planned.path + ": " + Describe(planned));
         m_report.Diff(diff);
     }
 
@@ -147,8 +189,7 @@ class Commit {
     std::string Describe(const PlannedTarget& planned) const {
         if (planned.change == Change::None) return "unchanged";
         std::string text = std::string(m_isDryRun ? "would be " : "") + NameOf(planned.change);
-        const std::string attributes =
-            planned.change == Change::Modify ? DescribeChange(planned.before, planned.after) : "";
+        const std::string attributes = DescribeChange(planned.before, planned.after);
         if (!attributes.empty()) text += ", " + attributes;
         if (m_isDryRun) return text;
         const std::string reserve = planned.path + ZETReserveSuffix;
@@ -157,42 +198,74 @@ class Commit {
         return text;
     }
 
-    void ReportUnwritten(const std::vector<PlannedTarget>& plan, std::size_t done) {
-        const auto list = [&](std::size_t from, std::size_t to) {
-            std::string paths;
-            for (std::size_t i = from; i < to; ++i)
-                paths += (paths.empty() ? "" : ", ") + plan[i].path;
-            return paths.empty() ? std::string("none") : paths;
-        };
-        m_report.Error("the commit did not come to its end; run it again to complete it. Done: " +
-                       list(0, done) + ". Not done: " + list(done, plan.size()));
+    /// What stopped the run is on its way to the reader; what goes wrong in here comes on top of it.
+    void ReportBreakOff(const std::vector<PlannedTarget>& plan, Manifest& manifest) {
+        try {
+            std::vector<std::string> written;
+            std::vector<std::string> notWritten;
+            std::vector<PlannedTarget> done;
+            for (const PlannedTarget& planned : plan) {
+                const bool isWritten = IsWritten(planned);
+                if (isWritten) {
+                    manifest.Record(planned.path);
+                    done.push_back(planned);
+                }
+                if (planned.change == Change::None) continue;
+                (isWritten ? written : notWritten).push_back(planned.path);
+            }
+            m_report.Error(
+                "the commit did not come to its end, its status is not recorded (run it again to complete "
+                "it). Written: " +
+                Joined(written) + ". Not written: " + Joined(notWritten));
+            ReportRestarts(done);
+            manifest.Save();
+        } catch (const std::exception& error) {
+            m_report.Error(error.what());
+        }
     }
 
     void RecordStatus() {
         IZETConfig& config = m_session.Config();
-        config.SaveConfigStatus(m_session.Role());
-        if (m_session.Role() != "client") return;
-        config.SaveFileServerStatus();
-        if (config.GetFileServerStatus() != m_session.Param("NETWORK_FS_TYPE")) {
-            throw Failure(m_session.Param("ZET_VAR_LIB_DIR") +
-                          "/zet-client-fs.status: could not be written whole (make room, then commit again)");
+        const std::string directory = m_session.Param("ZET_VAR_LIB_DIR");
+        std::string file = directory + "/zet-" + m_session.Role() + ".status";
+        try {
+            config.SaveConfigStatus(m_session.Role());
+            if (m_session.Role() != "client") return;
+            file = directory + "/zet-client-fs.status";
+            config.SaveFileServerStatus();
+        } catch (const EZETError& error) {
+            throw Failure(file + ": cannot be written: " + error.GetMessage() +
+                          " (make room, or allow it; then commit again)");
         }
+        if (config.GetFileServerStatus() != m_session.Param("NETWORK_FS_TYPE"))
+            throw Failure(file + ": could not be written whole (make room, then commit again)");
+    }
+
+    /// A run that was cut short could not tell what it had written.
+    bool NeedsRestart(const PlannedTarget& planned) const {
+        return planned.change != Change::None || m_cutShort.count(planned.path) != 0;
     }
 
     void ReportRestarts(const std::vector<PlannedTarget>& plan) {
-        std::set<std::string> named;
+        std::vector<std::string> services;
         for (const PlannedTarget& planned : plan) {
-            const std::string& services = planned.target.restart;
-            if (planned.change == Change::None || services.empty() || !named.insert(services).second)
-                continue;
-            m_report.Line((m_isDryRun ? "would have to be restarted: " : "to be restarted: ") + services);
-            m_report.Add("restart", services);
+            if (!NeedsRestart(planned)) continue;
+            std::istringstream words(planned.target.restart);
+            for (std::string service; words >> service;) {
+                if (std::find(services.begin(), services.end(), service) == services.end())
+                    services.push_back(service);
+            }
         }
+        for (const std::string& service : services)
+            m_report.Add("restart", service);
+        if (services.empty() || m_session.Asked().quiet) return;
+        m_report.Line((m_isDryRun ? "would have to be restarted: " : "to be restarted: ") + Joined(services));
     }
 
     Session& m_session;
     Report& m_report;
     bool m_isDryRun;
+    std::set<std::string> m_cutShort;  ///< what a run that was cut short may have written
 };
 
 }  // namespace

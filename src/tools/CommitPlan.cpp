@@ -14,8 +14,9 @@ void RunOwnCheck(const Target& target, const std::string& staged) {
     if (target.check.empty()) return;
     std::vector<std::string> arguments = target.check;
     for (std::string& argument : arguments) {
-        const std::size_t place = argument.find("{}");
-        if (place != std::string::npos) argument.replace(place, 2, staged);
+        for (std::size_t place = argument.find("{}"); place != std::string::npos;
+             place = argument.find("{}", place + staged.size()))
+            argument.replace(place, 2, staged);
     }
     const ProcessResult result = RunProcess(arguments);
     if (result.status == 0) return;
@@ -33,6 +34,12 @@ PlannedTarget::Change ChangeOf(const PlannedTarget& planned) {
     return isSame ? PlannedTarget::Change::None : PlannedTarget::Change::Modify;
 }
 
+/// What the log has to say comes with the real rendering.
+std::string RenderQuietly(Session& session, const Staging& staging, const Target& target) {
+    const QuietLog quiet(session.Asked(), ZETLogError);
+    return RenderStaged(session, staging, target.templateName);
+}
+
 }  // namespace
 
 std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
@@ -43,7 +50,7 @@ std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
         PlannedTarget planned;
         planned.target = target;
         planned.path = session.FilePath(target.path);
-        planned.staged = RenderStaged(session, staging, target.templateName);
+        planned.staged = RenderQuietly(session, staging, target);
         RunOwnCheck(target, planned.staged);
         planned.before = StateOf(planned.path);
         planned.after = StateOf(planned.staged);
@@ -53,8 +60,8 @@ std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
             planned.after.group = planned.before.group;
         }
         planned.change = ChangeOf(planned);
-        planned.isEdited = planned.change != PlannedTarget::Change::None && manifest.Has(planned.path) &&
-                           !manifest.IsUntouched(planned.path);
+        planned.isOthersWork = planned.change != PlannedTarget::Change::None && manifest.Has(planned.path) &&
+                               !manifest.IsUntouched(planned.path);
         plan.push_back(std::move(planned));
     }
     return plan;

@@ -20,7 +20,7 @@ struct PlannedTarget {
     std::string path;    ///< of the real file, links followed
     std::string staged;  ///< the file as it would be
     Change change = Change::None;
-    bool isEdited = false;  ///< somebody changed the file since the product wrote it
+    bool isOthersWork = false;  ///< somebody edited or removed the file since the product wrote it
     FileState before;
     FileState after;
 };

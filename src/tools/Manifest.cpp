@@ -13,8 +13,11 @@
 
 namespace ZET {
 
-Manifest::Manifest(Session& session)
-    : m_file(session.Param("ZET_VAR_LIB_DIR") + "/zet-" + session.Role() + ".manifest") {
+std::string Manifest::FileOf(Session& session) {
+    return session.Param("ZET_VAR_LIB_DIR") + "/zet-" + session.Role() + ".manifest";
+}
+
+Manifest::Manifest(Session& session) : m_session(session), m_file(FileOf(session)) {
     if (!IsFileExist(m_file)) return;
     std::istringstream lines(ReadFileBytes(m_file));
     std::string line;
@@ -23,23 +26,31 @@ Manifest::Manifest(Session& session)
         Entry entry;
         std::string path;
         words >> entry.inode >> entry.size >> entry.time >> std::oct >> entry.mode >> std::ws;
-        if (!words || !std::getline(words, path)) {
+        if (!words || !std::getline(words, path) || path.front() != '/') {
             throw Failure(m_file + ":" + std::to_string(number) +
                           ": is no line INODE SIZE MTIME MODE PATH (remove the file, then commit again)");
         }
-        m_entries[path] = entry;
+        m_entries[session.HostPaths().FromInside(path)] = entry;
     }
 }
 
 Manifest::Entry Manifest::EntryOf(const std::string& path) {
     struct stat status = {};
     if (stat(path.c_str(), &status) != 0) {
-        if (errno == ENOENT) return {};
-        throw Failure(path + ": its status cannot be read: " + std::strerror(errno));
+        if (errno == ENOENT || errno == ENOTDIR) return {};
+        throw Failure(path + ": its status cannot be read: " + std::strerror(errno) +
+                      " (run the command as a user who may search its directory)");
     }
     constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
     return {status.st_ino, static_cast<std::uint64_t>(status.st_size),
             status.st_mtim.tv_sec * kNanosecondsPerSecond + status.st_mtim.tv_nsec, status.st_mode};
+}
+
+std::vector<std::string> Manifest::Paths() const {
+    std::vector<std::string> paths;
+    for (const auto& [path, entry] : m_entries)
+        paths.push_back(path);
+    return paths;
 }
 
 bool Manifest::IsUntouched(const std::string& path) const {
@@ -55,7 +66,7 @@ void Manifest::Save() const {
     std::ostringstream text;
     for (const auto& [path, entry] : m_entries) {
         text << std::dec << entry.inode << ' ' << entry.size << ' ' << entry.time << ' ' << std::oct
-             << entry.mode << ' ' << path << '\n';
+             << entry.mode << ' ' << m_session.HostPaths().NameInside(path) << '\n';
     }
     ReplaceStateFile(m_file, text.str());
 }

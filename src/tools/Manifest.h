@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "Session.h"
 
@@ -11,15 +12,18 @@ namespace ZET {
 
 /// What the product wrote for a role, file by file: so that a file that was edited since is told from one
 /// whose template changed. Kept in ZET_VAR_LIB_DIR/zet-ROLE.manifest, one line a file: INODE SIZE MTIME MODE
-/// PATH, the time in nanoseconds, the mode in octal.
+/// PATH, the time in nanoseconds, the mode in octal, the path as the host itself knows it.
 class Manifest {
   public:
     /// Reads it; a missing one is empty. A broken line is a `Failure` that names it.
     explicit Manifest(Session& session);
 
+    static std::string FileOf(Session& session);
+
     /// Paths are those of real files, links followed.
     bool Has(const std::string& path) const { return m_entries.count(path) != 0; }
     bool IsEmpty() const { return m_entries.empty(); }
+    std::vector<std::string> Paths() const;
 
     /// Whether the file is still the one that was recorded.
     bool IsUntouched(const std::string& path) const;
@@ -42,6 +46,7 @@ class Manifest {
 
     static Entry EntryOf(const std::string& path);
 
+    Session& m_session;
     std::string m_file;
     std::map<std::string, Entry> m_entries;
 };

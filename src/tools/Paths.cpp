@@ -91,6 +91,18 @@ std::string Paths::Resolved(const std::string& path) const {
     return LinkTarget(path).empty() ? path : ResolveInside("", AbsolutePath(path));
 }
 
+std::string Paths::Canonical(const std::string& path) const {
+    return ResolveInside(m_root, m_root.empty() ? AbsolutePath(path) : path);
+}
+
+bool Paths::StaysInside(const std::string& path) const {
+    return m_root.empty() || ResolveInside("", path).starts_with(m_root + "/");
+}
+
+std::string Paths::NameInside(const std::string& path) const {
+    return path.starts_with(m_root + "/") ? path.substr(m_root.size()) : path;
+}
+
 std::string DirectoryOf(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     if (slash == std::string::npos) return ".";

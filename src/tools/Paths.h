@@ -18,6 +18,17 @@ class Paths {
     /// links are a `Failure`.
     std::string Resolved(const std::string& path) const;
 
+    /// The one name of the file, all links followed, whatever way leads to it: fit to be compared.
+    std::string Canonical(const std::string& path) const;
+
+    /// Whether the system, which knows nothing of the root, is led to a file inside it by this path, which
+    /// begins with the root. Without a root every path stays inside.
+    bool StaysInside(const std::string& path) const;
+
+    /// The name that a file has for the host itself, without the root before it; and back.
+    std::string NameInside(const std::string& path) const;
+    std::string FromInside(const std::string& name) const { return m_root + name; }
+
     bool HasRoot() const { return !m_root.empty(); }
 
   private:

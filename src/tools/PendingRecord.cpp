@@ -1,6 +1,7 @@
 #include "PendingRecord.h"
 
-#include <cstdio>
+#include <unistd.h>
+
 #include <sstream>
 
 #include "FileBytes.h"
@@ -13,46 +14,59 @@ namespace ZET {
 
 namespace {
 
-std::string RecordFile(Session& session) {
-    return session.Param("ZET_VAR_LIB_DIR") + "/zet-" + session.Role() + ".pending";
+std::vector<std::string> TemporariesOf(const std::string& path) {
+    return {path + ZETTemporarySuffix, path + ZETReserveSuffix + ZETTemporarySuffix};
 }
 
 }  // namespace
 
 PendingRecord::PendingRecord(Session& session, const std::vector<std::string>& paths)
-    : m_file(RecordFile(session)) {
+    : m_file(FileOf(session)) {
     std::string text;
-    for (const std::string& path : paths)
-        text += path + "\n";
+    for (const std::string& path : paths) {
+        text += session.HostPaths().NameInside(path) + "\n";
+        for (std::string& temporary : TemporariesOf(path))
+            m_temporaries.push_back(std::move(temporary));
+    }
     ReplaceStateFile(m_file, text);
 }
 
-// A record that stays names files without a temporary companion: harmless, and the next run removes it.
+// A record that stays is harmless: the next run removes it.
 PendingRecord::~PendingRecord() {
-    std::remove(m_file.c_str());
+    for (const std::string& temporary : m_temporaries)
+        unlink(temporary.c_str());
+    unlink(m_file.c_str());
+}
+
+std::string PendingRecord::FileOf(Session& session) {
+    return session.Param("ZET_VAR_LIB_DIR") + "/zet.pending";
 }
 
 std::set<std::string> PendingRecord::Read(Session& session) {
     std::set<std::string> paths;
-    const std::string file = RecordFile(session);
+    const std::string file = FileOf(session);
     if (!IsFileExist(file)) return paths;
     std::istringstream lines(ReadFileBytes(file));
-    for (std::string line; std::getline(lines, line);)
-        paths.insert(line);
+    for (std::string line; std::getline(lines, line);) {
+        const std::string path = session.HostPaths().FromInside(line);
+        if (session.HostPaths().StaysInside(path)) paths.insert(path);
+    }
     return paths;
 }
 
-void PendingRecord::ClearLeftOvers(Session& session) {
-    for (const std::string& path : Read(session)) {
-        for (const std::string& leftOver :
-             {path + ZETTemporarySuffix, path + ZETReserveSuffix + ZETTemporarySuffix}) {
+std::set<std::string> PendingRecord::ClearLeftOvers(Session& session) {
+    const std::set<std::string> paths = Read(session);
+    for (const std::string& path : paths) {
+        for (const std::string& leftOver : TemporariesOf(path)) {
             if (!IsFileExist(leftOver)) continue;
             RemoveFile(leftOver);
             session.Out().Remark("removed " + leftOver + ", which a run that was cut short left");
         }
     }
-    ReplaceStateFile(RecordFile(session), "");
-    Staging::RemoveLeftOvers(session.Param("ZET_VAR_LIB_DIR"));
+    ReplaceStateFile(FileOf(session), "");
+    for (const std::string& parent : {session.Param("ZET_VAR_LIB_DIR"), std::string()})
+        Staging::RemoveLeftOvers(parent);
+    return paths;
 }
 
 }  // namespace ZET

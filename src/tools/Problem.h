@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "ExitStatus.h"
 #include "Report.h"
 
 namespace ZET {
@@ -20,6 +21,9 @@ struct Problem {
 
     Fields ToFields() const;
 };
+
+/// A failure with the file, told as one problem among others.
+Problem ProblemOf(const std::string& file, const Failure& failure);
 
 }  // namespace ZET
 

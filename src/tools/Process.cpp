@@ -71,9 +71,19 @@ pid_t Start(std::vector<std::string> arguments, std::vector<std::string> environ
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
     posix_spawn_file_actions_adddup2(&actions, output, STDERR_FILENO);
+    // A broken pipe ends other programs as they are used to.
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    sigset_t defaults;
+    sigemptyset(&defaults);
+    sigaddset(&defaults, SIGPIPE);
+    sigaddset(&defaults, SIGXFSZ);
+    posix_spawnattr_setsigdefault(&attributes, &defaults);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
     pid_t child = -1;
-    const int error = posix_spawnp(&child, arguments.front().c_str(), &actions, nullptr,
+    const int error = posix_spawnp(&child, arguments.front().c_str(), &actions, &attributes,
                                    Pointers(arguments).data(), Pointers(environment).data());
+    posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     if (error != 0) {
         throw Failure(arguments.front() + ": cannot be started: " + std::strerror(error) +

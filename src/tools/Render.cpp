@@ -13,7 +13,10 @@ void Process(Session& session, const std::string& templateName, const std::strin
     const WrittenLanguage language(session.Core());
     const LoggedFailures failures;
     session.Config().ProcessConfigFileTemplate(templateName, path, session.Role(), values);
-    if (failures.Any()) throw Failure(templateName + ": the template could not be rendered into " + path);
+    if (failures.Any()) {
+        throw Failure(path + ": the template " + templateName +
+                      " could not be rendered into it (the log says why; then run the command again)");
+    }
 }
 
 /// The notice names the template that was read: the working copy to be, not its stand-in in the private

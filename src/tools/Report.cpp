@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
@@ -89,8 +90,16 @@ void Report::Line(const std::string& text) {
 }
 
 void Report::Text(std::string_view text) {
-    if (m_json) return;
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) m_outputFailed = true;
+    if (!m_json) Write(text);
+}
+
+void Report::Write(std::string_view text) {
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) NoteFailure();
+}
+
+/// A reader that goes away has seen what it wanted to see.
+void Report::NoteFailure() {
+    m_outputFailed = m_outputFailed || errno != EPIPE;
 }
 
 void Report::Diff(std::string_view diff) {
@@ -130,7 +139,7 @@ void Report::Add(const std::string& list, Value value) {
 }
 
 void Report::Message(const char* kind, const std::string& text) {
-    std::fflush(stdout);
+    if (std::fflush(stdout) != 0) NoteFailure();
     std::fprintf(stderr, "%s: %s%s\n", m_program.c_str(), kind, text.c_str());
 }
 
@@ -157,9 +166,9 @@ int Report::Finish(int status) {
         Set("exit_status", status);
         const std::string text =
             ToJson(m_document).dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
-        if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) m_outputFailed = true;
+        Write(text);
     }
-    if (std::fflush(stdout) != 0) m_outputFailed = true;
+    if (std::fflush(stdout) != 0) NoteFailure();
     if (!m_outputFailed) return status;
     std::fprintf(stderr, "%s: error: standard output cannot be written: the report is not complete\n",
                  m_program.c_str());

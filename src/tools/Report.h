@@ -58,10 +58,13 @@ class Report {
     void Error(const std::string& text);
 
     /// Writes the document, if that is what was asked for, and sees to it that everything reached its reader.
-    /// Returns `status`, or `kFailed` when standard output could not be written.
+    /// Returns `status`, or `kFailed` when standard output could not be written. A pipe whose reader went
+    /// away is no failure.
     int Finish(int status);
 
   private:
+    void Write(std::string_view text);
+    void NoteFailure();
     void Message(const char* kind, const std::string& text);
 
     std::string m_program;

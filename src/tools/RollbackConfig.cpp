@@ -2,14 +2,18 @@
 #include <memory>
 
 #include "Commands.h"
-#include "CommitPlan.h"
+#include "Diff.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "Lock.h"
+#include "Manifest.h"
 #include "PendingRecord.h"
 #include "Render.h"
 #include "Signals.h"
+#include "Staging.h"
 #include "TargetCheck.h"
+#include "Targets.h"
+#include "zet/ZETErrors.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -17,7 +21,25 @@ namespace ZET {
 
 namespace {
 
-/// One run of the command.
+/// A file that the product may have written.
+struct WrittenFile {
+    std::string templateName;  ///< empty: the list does not have the file any more
+    std::string path;          ///< of the real file, links followed
+    bool isSecret = true;
+
+    std::string Reserve() const { return path + ZETReserveSuffix; }
+    std::string Record() const { return path + ZETAbsenceSuffix; }
+    bool HasCompanion() const { return IsFileExist(Reserve()) || IsFileExist(Record()); }
+};
+
+/// What is done with a file, for both forms of the report.
+struct Outcome {
+    const char* change;
+    std::string text;
+    std::string diff;
+};
+
+/// One run of the command, under the lock. What cannot be put back does not keep the others from it.
 class Rollback {
   public:
     explicit Rollback(Session& session)
@@ -31,89 +53,139 @@ class Rollback {
     }
 
     int Run() {
-        const SignalGuard signals;
-        std::unique_ptr<WriteLock> lock;
-        if (!m_isDryRun) {
-            lock = std::make_unique<WriteLock>(m_session);
-            PendingRecord::ClearLeftOvers(m_session);
+        const std::vector<WrittenFile> all = WrittenFiles();
+        const std::vector<WrittenFile> named = Named(all);
+        try {
+            for (const WrittenFile& file : named) {
+                SignalGuard::Check();
+                TryPutBack(file);
+            }
+        } catch (const Interrupted&) {
+            m_manifest.Save();
+            throw;
         }
-        const std::vector<Target> all = SelectTargets(m_session, {});
-        for (const Target& target : Named(all)) {
-            SignalGuard::Check();
-            PutBack(target);
-        }
-        if (m_isDryRun) return m_changed ? kNotInSync : (m_kept ? kFailed : kDone);
+        if (m_isDryRun) return m_isChanged ? kNotInSync : (m_isKept ? kFailed : kDone);
         m_manifest.Save();
-        if (m_manifest.IsEmpty()) RemoveStatus();
-        return m_kept ? kFailed : kDone;
+        const bool isLeft =
+            std::any_of(all.begin(), all.end(), [](const WrittenFile& file) { return file.HasCompanion(); });
+        if (m_manifest.IsEmpty() && !isLeft) RemoveStatus();
+        return m_isKept ? kFailed : kDone;
     }
 
   private:
-    /// The targets that were asked for, by their files; all when none was.
-    std::vector<Target> Named(const std::vector<Target>& all) {
+    std::vector<WrittenFile> WrittenFiles() {
+        std::vector<WrittenFile> files;
+        for (const Target& target : SelectTargets(m_session, {}))
+            files.push_back({target.templateName, m_session.FilePath(target.path), target.isSecret});
+        for (const std::string& path : m_manifest.Paths()) {
+            const bool isListed = std::any_of(files.begin(), files.end(),
+                                              [&](const WrittenFile& file) { return file.path == path; });
+            if (isListed) continue;
+            if (m_session.HostPaths().StaysInside(path)) {
+                files.push_back({"", path, true});
+            } else {
+                m_report.Warning(path + ": leads out of the root directory by a link, and is left alone");
+            }
+        }
+        return files;
+    }
+
+    /// The files that were asked for; all when none was.
+    std::vector<WrittenFile> Named(const std::vector<WrittenFile>& all) {
         const std::vector<std::string>& names = m_session.Asked().names;
         if (names.empty()) return all;
-        std::vector<Target> named;
+        std::vector<WrittenFile> named;
         for (const std::string& name : names) {
-            const Target* target = FindTargetByPath(m_session, all, name);
-            if (target == nullptr) {
+            const std::string path = m_session.HostPaths().Canonical(name);
+            const auto file = std::find_if(all.begin(), all.end(), [&](const WrittenFile& each) {
+                return m_session.HostPaths().Canonical(m_session.HostPaths().NameInside(each.path)) == path;
+            });
+            if (file == all.end()) {
                 throw UsageError(name + ": is no target of the role " + m_session.Role() +
                                  " (\"status\" lists them; \"file restore\" puts any other file back)");
             }
-            named.push_back(*target);
+            named.push_back(*file);
         }
         return named;
     }
 
-    void PutBack(const Target& target) {
-        const std::string path = m_session.FilePath(target.path);
-        const std::string reserve = path + ZETReserveSuffix;
-        const bool hasReserve = IsFileExist(reserve);
-        const bool hasRecord = IsFileExist(path + ZETAbsenceSuffix);
-        const FileState now = StateOf(path);
-        if (!hasReserve && !hasRecord) {
-            if (!m_isDryRun) m_manifest.Forget(path);
-            return Tell(target, path, "kept", now.exists ? "has no reserve, stays as it is" : "is not there",
-                        "");
+    void TryPutBack(const WrittenFile& file) {
+        try {
+            const Outcome outcome = PutBack(file);
+            Tell(file, outcome);
+        } catch (const Interrupted&) {
+            throw;
+        } catch (const std::exception& error) {
+            m_isKept = true;
+            m_report.Error(file.path + ": could not be put back: " + error.what());
+            Tell(file, {"failed", "could not be put back", ""});
         }
-        if (now.exists && !m_session.Asked().force && !IsOwnWork(target, path)) {
-            m_kept = true;
+    }
+
+    Outcome PutBack(const WrittenFile& file) {
+        const FileState reserve = StateOf(file.Reserve());
+        const FileState now = StateOf(file.path);
+        if (!reserve.exists && !StateOf(file.Record()).exists) {
+            m_manifest.Forget(file.path);
+            return {"unchanged", now.exists ? "has no reserve, stays as it is" : "is not there", ""};
+        }
+        if (reserve.exists && !reserve.IsRegular())
+            throw Failure(file.Reserve() + ": is no regular file (move it away)");
+        if (now.exists && !m_session.Asked().force && !IsOwnWork(file)) {
+            m_isKept = true;
             m_report.Warning(
-                path +
+                file.path +
                 ": was edited since it was committed and stays (--force puts back what was there before)");
-            return Tell(target, path, "kept", "edited, stays as it is", "");
+            return {"kept", "edited, stays as it is", ""};
         }
-        m_changed = true;
-        const std::string diff = m_session.Asked().diff && !target.isSecret
-                                     ? UnifiedDiff(now.exists ? path : "", hasReserve ? reserve : "", path)
-                                     : "";
-        if (!m_isDryRun) {
-            if (!hasReserve && now.exists) RemoveFile(path);
-            m_session.Config().RestoreConfigFile(path);
-            m_manifest.Forget(path);
-        }
-        Tell(target, path, hasReserve ? "restored" : "removed",
-             std::string(m_isDryRun ? "would be " : "") +
-                 (hasReserve ? "put back as it was" : "removed, as there was none before"),
-             diff);
+        m_isChanged = true;
+        Outcome outcome = Describe(file, now, reserve);
+        if (m_isDryRun) return outcome;
+        if (!reserve.exists && now.exists) RemoveFile(file.path);
+        m_session.Config().RestoreConfigFile(file.path);
+        m_manifest.Forget(file.path);
+        return outcome;
     }
 
-    /// Whether the file is what the product wrote: as it was recorded, or, where a run was cut short before
-    /// it could record, as it renders.
-    bool IsOwnWork(const Target& target, const std::string& path) {
-        if (m_manifest.Has(path)) return m_manifest.IsUntouched(path);
-        if (!StateOf(path).IsRegular()) return false;
-        if (!CheckTemplateFile(m_session, target.templateName, m_session.Config().TemplatesValues()).empty())
+    Outcome Describe(const WrittenFile& file, const FileState& now, const FileState& reserve) const {
+        const std::string tense = m_isDryRun ? "would be " : "";
+        Outcome outcome = {"removed", tense + "removed, as there was none before", ""};
+        if (reserve.exists) {
+            const std::string attributes = now.exists ? DescribeChange(now, reserve) : "";
+            outcome = {"restored",
+                       tense + "put back as it was" + (attributes.empty() ? "" : ", " + attributes), ""};
+        } else if (!now.exists) {
+            outcome = {"unchanged", "is not there, as before", ""};
+        }
+        if (m_session.Asked().diff && !file.isSecret && now.exists)
+            outcome.diff = UnifiedDiff(file.path, reserve.exists ? file.Reserve() : "", file.path);
+        return outcome;
+    }
+
+    /// Whether nothing but the product's work is lost when the file is replaced: it is what the product
+    /// wrote, or what was there before, where a run was cut short in between.
+    bool IsOwnWork(const WrittenFile& file) {
+        if (m_manifest.IsUntouched(file.path)) return true;
+        if (!StateOf(file.path).IsRegular()) return false;
+        if (IsFileExist(file.Reserve()) && IsSame(file.path, file.Reserve())) return true;
+        if (file.templateName.empty()) return false;
+        if (!CheckTemplateFile(m_session, file.templateName, m_session.Config().TemplatesValues()).empty())
             return false;
-        return HaveSameBytes(path, RenderStaged(m_session, m_staging, target.templateName));
+        const QuietLog quiet(m_session.Asked(), ZETLogError);
+        return IsSame(file.path, RenderStaged(m_session, m_staging, file.templateName));
     }
 
-    void Tell(const Target& target, const std::string& path, const char* change, const std::string& text,
-              const std::string& diff) {
-        m_report.Line(path + ": " + text);
-        m_report.Diff(diff);
-        Fields fields = {{"template", target.templateName}, {"path", path}, {"change", change}};
-        if (m_session.Asked().diff) fields.emplace_back("diff", diff);
+    static bool IsSame(const std::string& one, const std::string& other) {
+        return StateOf(one).mode == StateOf(other).mode && HaveSameBytes(one, other);
+    }
+
+    void Tell(const WrittenFile& file, const Outcome& outcome) {
+        if (!m_session.Asked().quiet) m_report.Line(file.path + ": " + outcome.text);
+        m_report.Diff(outcome.diff);
+        Fields fields = {{"template", file.templateName.empty() ? Value(nullptr) : Value(file.templateName)},
+                         {"path", file.path},
+                         {"change", outcome.change}};
+        if (m_session.Asked().diff) fields.emplace_back("diff", outcome.diff);
         m_report.Add("targets", std::move(fields));
     }
 
@@ -127,13 +199,19 @@ class Rollback {
     bool m_isDryRun;
     Manifest m_manifest;
     Staging m_staging;
-    bool m_kept = false;     ///< something was edited and stays
-    bool m_changed = false;  ///< something was, or would be, put back
+    bool m_isKept = false;     ///< something stays that should have been put back
+    bool m_isChanged = false;  ///< something was, or would be, put back
 };
 
 }  // namespace
 
 int RunRollbackConfig(Session& session) {
+    const SignalGuard signals;
+    std::unique_ptr<WriteLock> lock;
+    if (!session.Asked().dryRun) {
+        lock = std::make_unique<WriteLock>(session);
+        PendingRecord::ClearLeftOvers(session);
+    }
     return Rollback(session).Run();
 }
 

@@ -2,8 +2,10 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <climits>
 #include <clocale>
+#include <cstdlib>
 
 #include "ExitStatus.h"
 
@@ -12,6 +14,7 @@ namespace ZET {
 namespace {
 
 constexpr char kInterfaceName[] = "zet-config";
+constexpr char kPreference[] = "LANGUAGE";
 
 /// The module that belongs to the program, wherever both are installed.
 std::string OwnModule() {
@@ -27,14 +30,18 @@ ZETLogLevel Threshold(const Request& request) {
     return request.verbose ? ZETLogNotice : ZETLogWarning;
 }
 
+void StartLog(const Request& request, ZETLogLevel threshold) {
+    ConfigureLog(request.log == "syslog" ? ZETLogTarget::SystemLog : ZETLogTarget::StandardError, threshold,
+                 request.program);
+}
+
 }  // namespace
 
 Session::Session(const Request& request, Report& report)
     : m_request(request), m_report(report), m_paths(request.root) {
-    ConfigureLog(request.log == "syslog" ? ZETLogTarget::SystemLog : ZETLogTarget::StandardError,
-                 Threshold(request), request.program);
-    m_host = std::make_unique<CZETHost>(m_paths.HasRoot() ? m_paths.Resolved(request.configFile)
-                                                          : request.configFile);
+    StartLog(request, Threshold(request));
+    // Links followed, so that an option that is set goes into the real file and a link stays one.
+    m_host = std::make_unique<CZETHost>(m_paths.Resolved(request.configFile));
     if (m_paths.HasRoot()) {
         for (const char* key : {"ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET_VAR_LIB_DIR"}) {
             Core().UpdateParam(key, m_paths.Resolved(Core().GetParam(key)));
@@ -49,6 +56,14 @@ Session::Session(const Request& request, Report& report)
 
 Session::~Session() = default;
 
+QuietLog::QuietLog(const Request& request, ZETLogLevel threshold) : m_request(request) {
+    StartLog(request, std::min(threshold, Threshold(request)));
+}
+
+QuietLog::~QuietLog() {
+    StartLog(m_request, Threshold(m_request));
+}
+
 ParamOverride::ParamOverride(IZETCore& core, const std::string& key, const std::string& value)
     : m_core(core), m_key(key), m_former(core.GetParam(key)) {
     m_core.UpdateParam(key, value);
@@ -59,10 +74,22 @@ ParamOverride::~ParamOverride() {
 }
 
 WrittenLanguage::WrittenLanguage(IZETCore& core) : m_former(setlocale(LC_MESSAGES, nullptr)) {
-    setlocale(LC_MESSAGES, core.GetParam("ZET_LANG").c_str());
+    const std::string language = core.GetParam("ZET_LANG");
+    // The reader's list of preferred languages would win over the one that is set.
+    if (const char* preference = std::getenv(kPreference)) m_formerPreference = preference;
+    unsetenv(kPreference);
+    if (setlocale(LC_MESSAGES, language.c_str()) != nullptr) return;
+    Restore();
+    throw Failure("ZET_LANG: this host has no locale \"" + language +
+                  "\" (generate it, or set ZET_LANG to one that \"locale -a\" lists)");
 }
 
 WrittenLanguage::~WrittenLanguage() {
+    Restore();
+}
+
+void WrittenLanguage::Restore() {
+    if (m_formerPreference) setenv(kPreference, m_formerPreference->c_str(), 1);
     setlocale(LC_MESSAGES, m_former.c_str());
 }
 

@@ -2,6 +2,7 @@
 #define ZET_SESSION_H
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "Paths.h"
@@ -53,6 +54,19 @@ class LoggedFailures {
     std::size_t m_before;
 };
 
+/// For as long as the object lives, the log shows records up to `threshold` at most: what is done in trial on
+/// files that nobody knows is not told.
+class QuietLog {
+  public:
+    QuietLog(const Request& request, ZETLogLevel threshold);
+    ~QuietLog();
+    QuietLog(const QuietLog&) = delete;
+    QuietLog& operator=(const QuietLog&) = delete;
+
+  private:
+    const Request& m_request;
+};
+
 /// Gives a parameter of the core another value for as long as the object lives.
 class ParamOverride {
   public:
@@ -68,7 +82,8 @@ class ParamOverride {
 };
 
 /// For as long as the object lives, messages are in the language of the parameter "ZET_LANG": what is written
-/// into a file does not depend on who runs the command.
+/// into a file does not depend on who runs the command. A language that the host does not have is a
+/// `Failure`.
 class WrittenLanguage {
   public:
     explicit WrittenLanguage(IZETCore& core);
@@ -77,7 +92,10 @@ class WrittenLanguage {
     WrittenLanguage& operator=(const WrittenLanguage&) = delete;
 
   private:
+    void Restore();
+
     std::string m_former;
+    std::optional<std::string> m_formerPreference;
 };
 
 }  // namespace ZET

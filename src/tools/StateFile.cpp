@@ -1,10 +1,8 @@
 #include "StateFile.h"
 
-#include <cerrno>
-#include <cstring>
-#include <fstream>
+#include <unistd.h>
 
-#include "ExitStatus.h"
+#include "FileBytes.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -16,13 +14,14 @@ void ReplaceStateFile(const std::string& file, const std::string& text) {
         return;
     }
     const std::string temporary = file + ZETTemporarySuffix;
-    std::ofstream stream(temporary, std::ios::binary);
-    stream << text << std::flush;
-    if (!stream)
-        throw Failure(temporary + ": cannot be written: " + std::strerror(errno) +
-                      " (make room, or allow it)");
-    stream.close();
-    RenameFile(temporary, file);
+    constexpr mode_t kMode = 0644;
+    try {
+        WriteStagedFile(temporary, text, kMode);
+        RenameFile(temporary, file);
+    } catch (...) {
+        unlink(temporary.c_str());
+        throw;
+    }
 }
 
 }  // namespace ZET

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "Commands.h"
 #include "CommitPlan.h"
 #include "ExitStatus.h"
@@ -25,6 +27,7 @@ std::string StateOfTarget(Session& session, const Staging& staging, const Manife
     if (!CheckTemplateFile(session, target.templateName, session.Config().TemplatesValues()).empty()) {
         return isUntouched ? "pending" : "edited";
     }
+    const QuietLog quiet(session.Asked(), ZETLogError);
     const std::string staged = RenderStaged(session, staging, target.templateName);
     if (StateOf(staged).mode == now.mode && HaveSameBytes(staged, path)) return kInSync;
     return isUntouched ? "pending" : "edited";
@@ -46,6 +49,20 @@ void ReportRole(Session& session) {
     report.Set("file_server", fileServer.empty() ? Value(nullptr) : Value(fileServer));
 }
 
+/// Files that were committed and that the list does not have any more.
+void RemarkLeftOvers(Session& session, const Manifest& manifest, const std::vector<Target>& targets) {
+    for (const std::string& path : manifest.Paths()) {
+        const bool isListed = std::any_of(targets.begin(), targets.end(), [&](const Target& target) {
+            return session.FilePath(target.path) == path;
+        });
+        if (!isListed) {
+            session.Out().Warning(path +
+                                  ": was committed and is not in the list of targets any more "
+                                  "(\"rollback-config\" puts it back)");
+        }
+    }
+}
+
 }  // namespace
 
 int RunStatus(Session& session) {
@@ -54,17 +71,18 @@ int RunStatus(Session& session) {
     ReportRole(session);
     const Manifest manifest(session);
     const Staging staging;
+    const std::vector<Target> targets = SelectTargets(session, {});
     bool allInSync = true;
     report.AddList("targets");
-    for (const Target& target : SelectTargets(session, {})) {
+    for (const Target& target : targets) {
         SignalGuard::Check();
+        const std::string path = session.FilePath(target.path);
         const std::string state = StateOfTarget(session, staging, manifest, target);
         allInSync = allInSync && state == kInSync;
-        report.Line(session.FilePath(target.path) + ": " + state);
-        report.Add("targets", Fields{{"template", target.templateName},
-                                     {"path", session.FilePath(target.path)},
-                                     {"state", state}});
+        report.Line(path + ": " + state);
+        report.Add("targets", Fields{{"template", target.templateName}, {"path", path}, {"state", state}});
     }
+    RemarkLeftOvers(session, manifest, targets);
     return allInSync ? kDone : kNotInSync;
 }
 

@@ -11,6 +11,7 @@
 #include "Diff.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
+#include "Manifest.h"
 #include "PendingRecord.h"
 #include "Render.h"
 #include "TemplateCheck.h"
@@ -25,82 +26,141 @@ void Append(std::vector<Problem>& problems, std::vector<Problem> more) {
                     std::make_move_iterator(more.end()));
 }
 
-/// What is wrong with a directory that files are to be written in; empty when nothing is.
-std::vector<Problem> CheckDirectory(const std::string& directory, const std::string& purpose) {
+/// What is wrong with a directory that files are to be written in; `name` is where its name comes from.
+std::vector<Problem> CheckDirectory(const std::string& directory, const std::string& purpose,
+                                    const std::string& name) {
+    const auto problem = [&](const std::string& text, const std::string& remedy) {
+        return std::vector<Problem>{{directory, 0, 0, text, remedy}};
+    };
+    const std::string what = "the directory of " + purpose;
     struct stat status = {};
-    if (stat(directory.c_str(), &status) != 0) {
-        return {{directory, 0, 0, "the directory of " + purpose + " cannot be used: " + std::strerror(errno),
-                 "create it, or correct its name"}};
-    }
-    if (!S_ISDIR(status.st_mode)) {
-        return {{directory, 0, 0, "is no directory, but " + purpose + " is to be in it", "correct the name"}};
-    }
-    if ((status.st_mode & S_IWOTH) != 0) {
-        return {{directory, 0, 0, "others may write the directory of " + purpose, "chmod o-w it"}};
-    }
+    if (stat(directory.c_str(), &status) != 0)
+        return problem(what + " cannot be used: " + std::strerror(errno), "create it, or correct " + name);
+    if (!S_ISDIR(status.st_mode))
+        return problem("is no directory, but " + purpose + " is to be in it", "correct " + name);
+    if ((status.st_mode & S_IWOTH) != 0) return problem("others may write " + what, "chmod o-w it");
     if (access(directory.c_str(), W_OK | X_OK) != 0) {
-        return {{directory, 0, 0,
-                 "the directory of " + purpose + " cannot be written: " + std::strerror(errno),
-                 "run as a user who may, or on a file system that can be written"}};
+        return problem(what + " cannot be written: " + std::strerror(errno),
+                       "run as a user who may, or on a file system that can be written");
     }
     return {};
 }
 
-/// Directories of the product itself that a commit writes to.
-std::vector<Problem> CheckOwnDirectories(Session& session) {
+/// A file that is written under its own name or read back must not be a link to somewhere else.
+std::vector<Problem> CheckRegular(const std::string& path) {
+    const FileState state = StateOf(path);
+    if (!state.exists || state.IsRegular()) return {};
+    return {{path, 0, 0, "is no regular file", "move it away"}};
+}
+
+/// The product's own directories, and the files in them that a commit writes.
+std::vector<Problem> CheckOwnFiles(Session& session) {
+    const std::string status = session.Param("ZET_VAR_LIB_DIR");
     std::vector<Problem> problems =
-        CheckDirectory(session.Param("ZET_CFG_DIR"), "the templates' working copies");
-    Append(problems, CheckDirectory(session.Param("ZET_VAR_LIB_DIR"), "the status"));
+        CheckDirectory(session.Param("ZET_CFG_DIR"), "the templates' working copies", "ZET_CFG_DIR");
+    std::vector<Problem> ofStatus = CheckDirectory(status, "the status", "ZET_VAR_LIB_DIR");
+    if (ofStatus.empty()) {
+        for (const std::string& file :
+             {Manifest::FileOf(session), PendingRecord::FileOf(session), status + "/zet.lock",
+              status + "/zet-" + session.Role() + ".status", status + "/zet-client-fs.status"})
+            Append(ofStatus, CheckRegular(file));
+    }
+    Append(problems, std::move(ofStatus));
     return problems;
 }
 
-}  // namespace
+/// Checks targets one by one; what they have in common is in here.
+class TargetChecker {
+  public:
+    explicit TargetChecker(Session& session)
+        : m_session(session), m_pending(PendingRecord::Read(session)), m_result(CheckOwnFiles(session)) {}
 
-std::vector<Problem> CheckTemplateFile(Session& session, const std::string& templateName,
-                                       const StringMap& values, std::set<std::string>* used) {
-    const std::string file = TemplateFile(session, templateName);
-    if (file.empty()) {
-        return {{session.Param("ZET_CFG_TEMPL_DIR") + "/" + templateName, 0, 0, "the template is missing",
-                 "install it there, or correct its name"}};
-    }
-    try {
-        return CheckTemplate(file, ReadFileBytes(file), values, used);
-    } catch (const Failure& failure) {
-        return {{file, 0, 0, std::string("the template cannot be read: ") + failure.what(), "repair it"}};
-    }
-}
-
-std::vector<Problem> CheckTargetFile(const std::string& path) {
-    std::vector<Problem> problems = CheckDirectory(DirectoryOf(path), path);
-    struct stat status = {};
-    if (lstat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-        problems.push_back({path, 0, 0, "is no regular file", "move it away, or correct the target"});
-    }
-    return problems;
-}
-
-std::vector<Problem> CheckTargets(Session& session, const std::vector<Target>& targets,
-                                  std::set<std::string>* used) {
-    std::vector<Problem> problems = CheckOwnDirectories(session);
-    const std::set<std::string> pending = PendingRecord::Read(session);
-    std::map<std::string, std::string> templateOf;
-    for (const Target& target : targets) {
-        const std::string path = session.FilePath(target.path);
-        Append(problems,
-               CheckTemplateFile(session, target.templateName, session.Config().TemplatesValues(), used));
-        Append(problems, CheckTargetFile(path));
-        const std::string temporary = path + ZETTemporarySuffix;
-        if (pending.count(path) == 0 && StateOf(temporary).exists) {
-            problems.push_back({temporary, 0, 0, "is in the way of writing " + path, "move it away"});
+    void Check(const Target& target, std::set<std::string>& used) {
+        Append(m_result, CheckTemplateFile(m_session, target.templateName,
+                                           m_session.Config().TemplatesValues(), &used));
+        try {
+            CheckWorkingCopy(target);
+            CheckFile(target);
+        } catch (const Failure& failure) {
+            m_result.push_back(ProblemOf(target.path, failure));
         }
-        const auto [other, isNew] = templateOf.emplace(path, target.templateName);
+    }
+
+    std::vector<Problem> Result() { return std::move(m_result); }
+
+  private:
+    /// One that is missing is going to be installed.
+    void CheckWorkingCopy(const Target& target) {
+        const std::string copy = WorkingCopy(m_session, target.templateName);
+        if (StateOf(copy).exists) return;
+        if (DirectoryOf(copy) != m_session.Param("ZET_CFG_DIR"))
+            Append(m_result,
+                   CheckDirectory(DirectoryOf(copy), "the working copy " + copy, "the template's name"));
+        CheckFree(copy + ZETTemporarySuffix, copy);
+    }
+
+    void CheckFile(const Target& target) {
+        const std::string path = m_session.FilePath(target.path);
+        Append(m_result, CheckDirectory(DirectoryOf(path), path, "the target in the list"));
+        const FileState state = StateOf(path);
+        if (state.exists && !state.IsRegular())
+            m_result.push_back({path, 0, 0, "is no regular file", "move it away, or correct the target"});
+        Append(m_result, CheckRegular(path + ZETReserveSuffix));
+        Append(m_result, CheckRegular(path + ZETAbsenceSuffix));
+        CheckFree(path + ZETTemporarySuffix, path);
+        CheckFree(path + ZETReserveSuffix + ZETTemporarySuffix, path);
+        const auto [other, isNew] =
+            m_templateOf.emplace(m_session.HostPaths().Canonical(target.path), target.templateName);
         if (!isNew) {
-            problems.push_back({path, 0, 0,
+            m_result.push_back({path, 0, 0,
                                 "is made from both [" + other->second + "] and [" + target.templateName + "]",
                                 "give each file to one template"});
         }
     }
-    return problems;
+
+    void CheckFree(const std::string& temporary, const std::string& path) {
+        if (m_pending.count(path) == 0 && StateOf(temporary).exists)
+            m_result.push_back({temporary, 0, 0, "is in the way of writing " + path, "move it away"});
+    }
+
+    Session& m_session;
+    const std::set<std::string> m_pending;
+    std::map<std::string, std::string> m_templateOf;
+    std::vector<Problem> m_result;
+};
+
+}  // namespace
+
+CheckedTargets CheckTargets(Session& session, const std::vector<std::string>& templateNames) {
+    CheckedTargets checked;
+    TargetList list = ReadTargetList(session);
+    checked.targets = SelectTargets(session, list, templateNames);
+    checked.problems = std::move(list.problems);
+    TargetChecker checker(session);
+    for (const Target& target : checked.targets) {
+        if (!target.path.empty()) checker.Check(target, checked.used);
+    }
+    Append(checked.problems, checker.Result());
+    return checked;
+}
+
+std::vector<Problem> CheckTemplateFile(Session& session, const std::string& templateName,
+                                       const StringMap& values, std::set<std::string>* used) {
+    std::string file = session.Param("ZET_CFG_TEMPL_DIR") + "/" + templateName;
+    try {
+        const std::string found = TemplateFile(session, templateName);
+        if (found.empty())
+            return {
+                {file, 0, 0, "the template is missing", "install it there, or correct its name in the list"}};
+        file = found;
+        if (!session.HostPaths().StaysInside(file)) {
+            return {{file, 0, 0, "the template is a link that leads out of the root directory",
+                     "put the template itself there"}};
+        }
+        return CheckTemplate(file, ReadFileBytes(file), values, used);
+    } catch (const Failure& failure) {
+        return {ProblemOf(file, failure)};
+    }
 }
 
 }  // namespace ZET

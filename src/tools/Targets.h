@@ -12,7 +12,7 @@ namespace ZET {
 /// One entry of the list of targets: a template and the file that is made from it.
 struct Target {
     std::string templateName;
-    std::string path;  ///< as the list has it: an absolute path of the host
+    std::string path;  ///< as the list has it: an absolute path of the host; empty: the list is broken there
     bool forServer = false;
     bool forClient = false;
     std::vector<std::string> check;  ///< an argument list, "{}" for the staged file; empty: no check
@@ -35,11 +35,14 @@ struct TargetList {
 TargetList ReadTargetList(Session& session);
 
 /// The targets of the session's role whose templates `templateNames` has, all when it is empty, in the order
-/// of the list. A broken list is a `Failure` with all its problems; a template that the list does not have
-/// for the role a `UsageError`.
+/// of the list. A template that the list does not have for the role is a `UsageError`.
+std::vector<Target> SelectTargets(Session& session, const TargetList& list,
+                                  const std::vector<std::string>& templateNames);
+
+/// The same of the list in its place; a broken one is a `Failure` with all its problems.
 std::vector<Target> SelectTargets(Session& session, const std::vector<std::string>& templateNames);
 
-/// The target of the session's role whose file is `path`, links followed; null when none is.
+/// The target whose file is `path`, links followed; null when none is.
 const Target* FindTargetByPath(Session& session, const std::vector<Target>& targets, const std::string& path);
 
 }  // namespace ZET

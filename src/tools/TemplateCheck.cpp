@@ -8,10 +8,17 @@ namespace ZET {
 
 namespace {
 
-constexpr std::size_t kMostReplacements = 100'000;  ///< for one placeholder of the template
+/// Both for one line, and beyond what the line itself can hold.
+constexpr std::size_t kMostReplacements = 100'000;
 constexpr std::size_t kLongestLine = std::size_t{16} << 20;
-constexpr std::size_t kLongestPlaceholder = 4096;
 constexpr int kMostProblemsOfLine = 100;
+
+std::size_t LongestKey(const StringMap& values) {
+    std::size_t longest = 0;
+    for (const auto& [placeholder, value] : values)
+        longest = std::max(longest, placeholder.size());
+    return longest;
+}
 
 /// Follows the expansion of one line as the module performs it: a value is put in the place of its
 /// placeholder and searched in its turn. What is left of the line is kept back to front, so that its next
@@ -20,8 +27,11 @@ class LineExpansion {
   public:
     enum class Verdict { Fine, NoValue, NoEnd, Endless };
 
-    LineExpansion(std::string_view line, const StringMap& values, std::set<std::string>* used)
+    /// `longestKey` is that of `values`.
+    LineExpansion(std::string_view line, const StringMap& values, std::size_t longestKey,
+                  std::set<std::string>* used)
         : m_values(values),
+          m_longestKey(longestKey),
           m_used(used),
           m_left(line.rbegin(), line.rend()),
           m_lineSize(line.size()),
@@ -33,8 +43,9 @@ class LineExpansion {
         while (GoToPlaceholder()) {
             const std::size_t end = FindEnd();
             if (end == std::string::npos) return Verdict::NoEnd;
-            // Of one that is too long to have a value, the beginning is enough.
-            const std::size_t length = std::min(m_left.size() - end, kLongestPlaceholder);
+            // Of one that is too long to have a value, the beginning is enough to name it.
+            const std::size_t length =
+                std::min(m_left.size() - end, std::max(m_longestKey, kLongestName) + 1);
             m_placeholder.assign(m_left.rbegin(), m_left.rbegin() + static_cast<std::ptrdiff_t>(length));
             const auto value = m_values.find(m_placeholder);
             if (value == m_values.end()) {
@@ -74,10 +85,7 @@ class LineExpansion {
             if (m_left[dollar - 1] == '{') break;
             Skip(1);
         }
-        if (m_left.size() == m_lineLeft) {
-            m_column = m_lineSize - m_left.size() + 1;
-            m_replacements = 0;
-        }
+        if (m_left.size() == m_lineLeft) m_column = m_lineSize - m_left.size() + 1;
         return true;
     }
 
@@ -87,11 +95,14 @@ class LineExpansion {
         m_lineLeft = std::min(m_lineLeft, m_left.size());
         m_left.append(value.rbegin(), value.rend());
         m_end = std::string::npos;
-        return ++m_replacements <= kMostReplacements &&
+        return ++m_replacements <= kMostReplacements + m_lineSize &&
                m_written + m_left.size() <= kLongestLine + m_lineSize;
     }
 
+    static constexpr std::size_t kLongestName = 100;
+
     const StringMap& m_values;
+    std::size_t m_longestKey;
     std::set<std::string>* m_used;
     std::string m_left;
     std::size_t m_lineSize;
@@ -113,7 +124,7 @@ struct Region {
 class TemplateChecker {
   public:
     TemplateChecker(const std::string& file, const StringMap& values, std::set<std::string>* used)
-        : m_file(file), m_values(values), m_used(used) {}
+        : m_file(file), m_values(values), m_longestKey(LongestKey(values)), m_used(used) {}
 
     std::vector<Problem> Check(std::string_view text) {
         while (!text.empty()) {
@@ -134,25 +145,27 @@ class TemplateChecker {
   private:
     void CheckPlaceholders(std::string_view line) {
         using Verdict = LineExpansion::Verdict;
-        LineExpansion expansion(line, m_values, m_used);
-        for (int problems = 0; problems < kMostProblemsOfLine; ++problems) {
+        LineExpansion expansion(line, m_values, m_longestKey, m_used);
+        for (int problems = 0; problems < kMostProblemsOfLine;) {
             switch (expansion.Next()) {
                 case Verdict::Fine:
                     return;
                 case Verdict::NoValue:
                     // What stands in a template comment never reaches the target.
-                    if (m_comment.openedAt > 0) break;
-                    Add(expansion.Column(), "placeholder \"" + expansion.Placeholder() + "\" has no value",
+                    if (m_comment.openedAt > 0 && m_comment.begin == ZETTemplateCommentMarker) break;
+                    ++problems;
+                    Add(expansion.Column(),
+                        "placeholder " + Quoted(expansion.Placeholder()) + " has no value",
                         "use one that \"values\" lists, or correct its name");
                     break;
                 case Verdict::NoEnd:
                     return Add(expansion.Column(), "\"${\" has no \"}\" after it in its line",
                                "close the placeholder, or begin the line with #");
                 case Verdict::Endless:
-                    return Add(
-                        expansion.Column(),
-                        "the value of \"" + expansion.Placeholder() + "\" would never end to be expanded",
-                        "take the placeholder out of the value that leads back to it");
+                    return Add(expansion.Column(),
+                               "the expansion of " + Quoted(expansion.Placeholder()) +
+                                   " does not end within 100,000 replacements and 16 MiB",
+                               "take the placeholder that leads back to it out of the values");
             }
         }
     }
@@ -202,6 +215,7 @@ class TemplateChecker {
 
     const std::string& m_file;
     const StringMap& m_values;
+    std::size_t m_longestKey;
     std::set<std::string>* m_used;
     int m_line = 0;
     Region m_block{ZETBeginMarker, ZETEndMarker};

@@ -1,5 +1,11 @@
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <clocale>
+#include <csignal>
+#include <cstdio>
 #include <exception>
+#include <new>
 #include <string>
 
 #include "CommandLine.h"
@@ -8,6 +14,22 @@
 #include "Session.h"
 
 namespace {
+
+/// No file that is opened later may take the place of a standard stream and get what is meant for a reader.
+void OpenStandardStreams() {
+    int descriptor = 0;
+    do {
+        descriptor = open("/dev/null", O_RDWR);
+    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    if (descriptor > STDERR_FILENO) close(descriptor);
+}
+
+/// A reader that goes away, or a file that grows too large, is an error of that write and does not end a
+/// command between two steps.
+void TurnSignalsIntoErrors() {
+    for (const int number : {SIGPIPE, SIGXFSZ})
+        std::signal(number, SIG_IGN);
+}
 
 int Run(const ZET::Request& request, ZET::Report& report) {
     try {
@@ -19,16 +41,15 @@ int Run(const ZET::Request& request, ZET::Report& report) {
     } catch (const ZET::UsageError& error) {
         report.Error(error.what());
         return ZET::kWrongUse;
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (const std::exception& error) {
         report.Error(error.what());
         return ZET::kFailed;
     }
 }
 
-}  // namespace
-
-int main(int count, char** arguments) {
-    setlocale(LC_MESSAGES, "");
+int RunProgram(int count, char** arguments) {
     const std::string program = ZET::BaseNameOf(arguments[0]);
     int status = ZET::kDone;
     const auto request =
@@ -36,4 +57,18 @@ int main(int count, char** arguments) {
     if (!request) return status;
     ZET::Report report(*request);
     return report.Finish(Run(*request, report));
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+    OpenStandardStreams();
+    TurnSignalsIntoErrors();
+    setlocale(LC_MESSAGES, "");
+    try {
+        return RunProgram(count, arguments);
+    } catch (const std::bad_alloc&) {
+        std::fputs("error: out of memory (free some, then run the command again)\n", stderr);
+        return ZET::kFailed;
+    }
 }
