@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "ExitStatus.h"
 
@@ -14,6 +15,7 @@ namespace ZET {
 namespace {
 
 constexpr mode_t kModeBits = 07777;
+constexpr auto kAsItIs = static_cast<uid_t>(-1);  // of an owner or a group
 
 class Descriptor {
   public:
@@ -31,7 +33,6 @@ class Descriptor {
 
 std::string RemedyFor(int error) {
     switch (error) {
-        case ENOENT:
         case ENOTDIR:
             return " (correct the path)";
         case EACCES:
@@ -52,7 +53,10 @@ std::string RemedyFor(int error) {
 
 struct stat OpenedStatus(int descriptor, const std::string& path) {
     struct stat status = {};
+    if (descriptor < 0 && errno == ENOENT)
+        throw Failure(path + ": does not exist (create it, or correct the path)");
     if (descriptor < 0 || fstat(descriptor, &status) != 0) Fail(path, "cannot be read");
+    if (S_ISDIR(status.st_mode)) throw Failure(path + ": is a directory (name a file in it)");
     if (!S_ISREG(status.st_mode)) throw Failure(path + ": is no regular file (name a regular file)");
     return status;
 }
@@ -96,6 +100,11 @@ std::string ReadFileBytes(const std::string& path) {
     return ReadAll(descriptor, path, OpenedStatus(descriptor, path));
 }
 
+void RequireReadableFile(const std::string& path) {
+    const Descriptor descriptor(OpenToRead(path));
+    OpenedStatus(descriptor, path);
+}
+
 bool HaveSameBytes(const std::string& one, const std::string& other) {
     return ReadFileBytes(one) == ReadFileBytes(other);
 }
@@ -115,8 +124,11 @@ void CopyIntoStaging(const std::string& from, const std::string& to) {
     WriteAll(copy, to, ReadAll(source, from, status));
     // An ordinary user may not give files away; the change that is tried on the copy then shows the new
     // owner.
-    if (fchown(copy, status.st_uid, status.st_gid) != 0 && errno != EPERM && errno != EINVAL)
-        Fail(to, "cannot get its owner");
+    for (const auto& [owner, group] :
+         {std::pair{status.st_uid, kAsItIs}, std::pair{kAsItIs, status.st_gid}}) {
+        if (fchown(copy, owner, group) != 0 && errno != EPERM && errno != EINVAL)
+            Fail(to, "cannot get its owner");
+    }
     // After the owner: a change of owner drops the set-user bits.
     if (fchmod(copy, status.st_mode & kModeBits) != 0) Fail(to, "cannot get its mode");
 }

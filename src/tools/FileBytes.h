@@ -11,6 +11,9 @@ namespace ZET {
 /// read is a `Failure` that names it.
 std::string ReadFileBytes(const std::string& path);
 
+/// A `Failure` unless the path leads to a regular file that can be read.
+void RequireReadableFile(const std::string& path);
+
 /// Whether two regular files hold the same bytes.
 bool HaveSameBytes(const std::string& one, const std::string& other);
 

@@ -1,0 +1,43 @@
+#include "Edits.h"
+
+#include "ExitStatus.h"
+#include "FileBytes.h"
+
+namespace ZET {
+
+std::shared_ptr<IZETConfigFile> OpenedFile(Session& session, const std::string& path, bool noMarkers) {
+    auto file = session.Config().OpenConfigFile(path, session.Role(), noMarkers);
+    if (!file) throw Failure(path + ": cannot be read any more (run the command again)");
+    return file;
+}
+
+std::string FileToRead(Session& session) {
+    if (session.Asked().file.empty()) throw UsageError("FILE is empty (name a file)");
+    std::string path = session.FilePath(session.Asked().file);
+    RequireReadableFile(path);
+    return path;
+}
+
+int ReportLookup(Session& session, const std::string& what, const char* key,
+                 const std::optional<std::string>& found) {
+    Report& report = session.Out();
+    report.Set("found", found.has_value());
+    report.Set(key, found ? Value(*found) : Value(nullptr));
+    if (found) {
+        report.Line(*found);
+    } else {
+        report.Detail(what);
+    }
+    return found ? kDone : kFailed;
+}
+
+std::function<void(const std::string& path, bool noBackup)> Edit(
+    Session& session, const std::function<void(IZETConfigFile& file)>& edit) {
+    return [&session, edit](const std::string& path, bool noBackup) {
+        const auto file = OpenedFile(session, path, session.Asked().noMarkers);
+        edit(*file);
+        file->Save(noBackup);
+    };
+}
+
+}  // namespace ZET

@@ -1,0 +1,33 @@
+#ifndef ZET_EDITS_H
+#define ZET_EDITS_H
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Session.h"
+#include "zet/IZETConfigFile.h"
+
+/// What the commands "param" and "line" have in common.
+namespace ZET {
+
+/// A file that was seen to be readable, freshly opened: a lookup that finds nothing spoils the object for an
+/// edit.
+std::shared_ptr<IZETConfigFile> OpenedFile(Session& session, const std::string& path, bool noMarkers);
+
+/// The caller's FILE to look something up in: the real file, checked to be readable.
+std::string FileToRead(Session& session);
+
+/// Reports what was looked up, under `key` ("value", "line"), and returns the exit status: a lookup that
+/// found nothing is told by that alone.
+int ReportLookup(Session& session, const std::string& what, const char* key,
+                 const std::optional<std::string>& found);
+
+/// The operation of `FileChange` that edits as the caller's options say.
+std::function<void(const std::string& path, bool noBackup)> Edit(
+    Session& session, const std::function<void(IZETConfigFile& file)>& edit);
+
+}  // namespace ZET
+
+#endif

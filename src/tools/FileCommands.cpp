@@ -1,0 +1,149 @@
+#include <algorithm>
+
+#include "ChangeReport.h"
+#include "Commands.h"
+#include "Edits.h"
+#include "ExitStatus.h"
+#include "FileBytes.h"
+#include "FileChange.h"
+#include "ManagedText.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+bool IsOwnRegion(const ManagedRegion& region) {
+    return region.kind == RegionKind::Block || region.kind == RegionKind::Notice;
+}
+
+/// Whether there is anything to strip. Refuses what the module would take for a region up to the end.
+bool HasOwnRegions(const std::string& path) {
+    const std::string bytes = ReadFileBytes(path);
+    const ManagedText text(bytes);
+    for (const ManagedRegion& region : text.Regions()) {
+        if (!IsOwnRegion(region) || region.isClosed) continue;
+        throw Failure(path + ": the " + (region.kind == RegionKind::Block ? "managed block" : "notice") +
+                      " that begins in line " + std::to_string(region.first) +
+                      " has no end, and all that follows would be dropped (\"doctor\" tells a repair)");
+    }
+    return std::any_of(text.Regions().begin(), text.Regions().end(), IsOwnRegion);
+}
+
+/// One of the three commands on a file's reserve: what there is, and what the report says.
+struct ReserveWork {
+    explicit ReserveWork(Session& given)
+        : session(given),
+          path(ResolvedFile(given)),
+          writing(given, {path}),
+          reserve(path + ZETReserveSuffix),
+          record(path + ZETAbsenceSuffix),
+          hasFile(IsFileExist(path)),
+          hasReserve(IsFileExist(reserve)),
+          hasRecord(IsFileExist(record)) {
+        report.file = given.Asked().file;
+        report.path = path;
+        report.change = "unchanged";
+        report.before = report.after = StateOf(path);
+        report.reserve = hasReserve ? reserve : "";
+    }
+
+    static std::string ResolvedFile(Session& session) {
+        if (session.Asked().file.empty()) throw UsageError("FILE is empty (name a file)");
+        return session.FilePath(session.Asked().file);
+    }
+
+    bool IsDryRun() const { return session.Asked().dryRun; }
+
+    int Tell(const std::string& change, const std::string& remark) {
+        report.change = change;
+        report.remark = remark;
+        return ReportFile(session, report);
+    }
+
+    Session& session;
+    std::string path;
+    Writing writing;  // before anything is looked at
+    std::string reserve;
+    std::string record;  ///< that there was no file
+    bool hasFile;
+    bool hasReserve;
+    bool hasRecord;
+    FileReport report;
+};
+
+int RecordAbsence(ReserveWork& work) {
+    if (work.hasRecord)
+        return work.Tell("unchanged", "that there is no such file is recorded already, as " + work.record);
+    if (!work.IsDryRun()) {
+        work.writing.Begin();
+        work.session.Config().ReserveConfigFile(work.path);
+    }
+    return work.Tell("reserved", "there is no such file, recorded as " + work.record);
+}
+
+}  // namespace
+
+int RunFileStrip(Session& session) {
+    FileChange change(session, session.Asked().file);
+    if (!HasOwnRegions(change.Path())) return change.LeaveUnchanged("no managed block and no notice in it");
+    const auto strip = [&session](const std::string& path, bool noBackup) {
+        if (!noBackup) return session.Config().RemoveZETMarkersFromConfigFile(path);
+        const auto file = OpenedFile(session, path, false);
+        file->RemoveZETMarkers();
+        file->Save(true);
+    };
+    return change.Make(strip, session.Asked().noBackup);
+}
+
+int RunFileReserve(Session& session) {
+    ReserveWork work(session);
+    if (!work.hasFile) return RecordAbsence(work);
+    RequireReadableFile(work.path);
+    if (work.hasReserve) return work.Tell("unchanged", "it is kept already, as " + work.reserve);
+    if (work.hasRecord)
+        return work.Tell("unchanged", "there was no such file before, as " + work.record + " records");
+    work.report.diff = DiffToShow(session, "", work.path, work.path, work.reserve);
+    work.report.reserve = work.reserve;
+    if (!work.IsDryRun()) {
+        work.writing.Begin();
+        session.Config().ReserveConfigFile(work.path);
+    }
+    return work.Tell("reserved", "kept as " + work.reserve);
+}
+
+int RunFileRestore(Session& session) {
+    ReserveWork work(session);
+    if (!work.hasReserve && !work.hasRecord) return work.Tell("unchanged", "nothing to put back");
+    if (work.hasReserve) {
+        if (work.hasFile) RequireReadableFile(work.path);
+        work.report.diff = DiffToShow(session, work.hasFile ? work.path : "", work.reserve, work.path) +
+                           DiffToShow(session, work.reserve, "", work.path, work.reserve);
+        work.report.after = StateOf(work.reserve);
+    }
+    if (!work.IsDryRun()) {
+        work.writing.Begin();
+        session.Config().RestoreConfigFile(work.path);
+    }
+    work.report.reserve = "";
+    if (work.hasReserve) return work.Tell("restored", "from " + work.reserve);
+    return work.Tell("forgotten", work.hasFile
+                                      ? "there was no such file before; this one stays (remove it by "
+                                        "hand if it is not wanted)"
+                                      : "there was no such file before, and there is none");
+}
+
+int RunFileForget(Session& session) {
+    ReserveWork work(session);
+    if (!work.hasReserve && !work.hasRecord) return work.Tell("unchanged", "it has no reserve");
+    if (work.hasReserve) work.report.diff = DiffToShow(session, work.reserve, "", work.path, work.reserve);
+    if (!work.IsDryRun()) {
+        work.writing.Begin();
+        session.Config().RemoveConfigFileReserve(work.path);
+    }
+    work.report.reserve = "";
+    return work.Tell("forgotten", "its reserve is dropped");
+}
+
+}  // namespace ZET

@@ -1,0 +1,58 @@
+#include <algorithm>
+
+#include "Commands.h"
+#include "EditRules.h"
+#include "Edits.h"
+#include "FileBytes.h"
+#include "FileChange.h"
+#include "Markers.h"
+#include "RestoreRules.h"
+
+namespace ZET {
+
+namespace {
+
+/// Whether the first line that the pattern selects can be an empty one.
+bool SelectsEmptyLine(Session& session, const std::string& path, const std::string& pattern) {
+    if (!session.Core().MatchRegEx(pattern, "", nullptr, 0)) return false;
+    const std::string bytes = ReadFileBytes(path);
+    const std::vector<TextLine> lines = SplitLines(bytes);
+    return std::any_of(lines.begin(), lines.end(), [](const TextLine& line) { return line.text.empty(); });
+}
+
+}  // namespace
+
+int RunLineGet(Session& session) {
+    const std::string& pattern = session.Asked().pattern;
+    RequirePattern(session, pattern);
+    const std::string path = FileToRead(session);
+    const std::string line = OpenedFile(session, path, true)->GetLine(pattern);
+    std::optional<std::string> found;
+    if (!line.empty() || SelectsEmptyLine(session, path, pattern)) found = line;
+    session.Out().Set("file", session.Asked().file);
+    session.Out().Set("pattern", pattern);
+    return ReportLookup(session, path + ": has no line with \"" + pattern + "\"", "line", found);
+}
+
+int RunLineSet(Session& session) {
+    const Request& asked = session.Asked();
+    RequirePattern(session, asked.pattern);
+    RequireOneLine(asked.text, "LINE");
+    RequireNoMarker(asked.text);
+    FileChange change(session, asked.file);
+    const std::string pattern = PatternForSet(session, change.Path(), asked.pattern);
+    return change.Make(Edit(session, [&](IZETConfigFile& file) { file.SetLine(pattern, asked.text); }),
+                       asked.noBackup);
+}
+
+int RunLineRestore(Session& session) {
+    const Request& asked = session.Asked();
+    RequirePattern(session, asked.pattern);
+    FileChange change(session, asked.file);
+    if (!HasSomethingToRestore(session, {change.Path(), asked.pattern, asked.pattern, asked.allBlocks}))
+        return change.LeaveUnchanged("nothing to restore for \"" + asked.pattern + "\"");
+    return change.Make(Edit(session, [&](IZETConfigFile& file) { file.RestoreLine(asked.pattern); }),
+                       asked.noBackup);
+}
+
+}  // namespace ZET

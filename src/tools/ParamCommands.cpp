@@ -1,0 +1,58 @@
+#include "Commands.h"
+#include "EditRules.h"
+#include "Edits.h"
+#include "FileChange.h"
+#include "RestoreRules.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+// What stands before the name in the expressions by which the module selects parameter lines.
+constexpr char kLookupOpening[] = "^\\s*";
+constexpr char kEditOpening[] = "^#*\\s*";
+constexpr char kRestoreOpening[] = "#*\\s*";
+
+}  // namespace
+
+int RunParamGet(Session& session) {
+    const std::string& name = session.Asked().name;
+    RequireParamName(name);
+    const std::string path = FileToRead(session);
+    RequireLiteralName(session, path, kLookupOpening, name);
+    // The lookup by name cannot tell an empty value from a parameter that is not there.
+    const std::string line = OpenedFile(session, path, true)->GetLine(kLookupOpening + name + "=");
+    std::optional<std::string> value;
+    if (!line.empty()) value = line.substr(line.find('=') + 1);
+    session.Out().Set("file", session.Asked().file);
+    session.Out().Set("name", name);
+    return ReportLookup(session, path + ": has no parameter \"" + name + "\"", "value", value);
+}
+
+int RunParamSet(Session& session) {
+    const Request& asked = session.Asked();
+    RequireParamName(asked.name);
+    RequireOneLine(asked.text, "VALUE");
+    FileChange change(session, asked.file);
+    RequireLiteralName(session, change.Path(), kEditOpening, asked.name);
+    return change.Make(
+        Edit(session, [&](IZETConfigFile& file) { file.SetParamValue(asked.name, asked.text); }),
+        asked.noBackup);
+}
+
+int RunParamRestore(Session& session) {
+    const Request& asked = session.Asked();
+    RequireParamName(asked.name);
+    FileChange change(session, asked.file);
+    RequireLiteralName(session, change.Path(), std::string("^") + ZETFormerLinePrefix + kRestoreOpening,
+                       asked.name);
+    if (!HasSomethingToRestore(session, {change.Path(), kRestoreOpening + asked.name + "=",
+                                         kEditOpening + asked.name + "=", asked.allBlocks})) {
+        return change.LeaveUnchanged("nothing to restore for \"" + asked.name + "\"");
+    }
+    return change.Make(Edit(session, [&](IZETConfigFile& file) { file.RestoreParamValue(asked.name); }),
+                       asked.noBackup);
+}
+
+}  // namespace ZET

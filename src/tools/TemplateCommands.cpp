@@ -1,0 +1,186 @@
+#include <algorithm>
+
+#include "Assignments.h"
+#include "ChangeReport.h"
+#include "Commands.h"
+#include "ExitStatus.h"
+#include "FileBytes.h"
+#include "Render.h"
+#include "Staging.h"
+#include "TargetCheck.h"
+#include "Writing.h"
+#include "zet/ZETFiles.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr char kOldSuffix[] = ".old";
+
+void RequireTemplateName(const std::string& name) {
+    if (name.empty() || name.front() == '/' || name.back() == '/' ||
+        ("/" + name + "/").find("/../") != std::string::npos) {
+        throw UsageError("NAME \"" + name +
+                         "\" leaves the directory of the templates (name a template below it)");
+    }
+}
+
+/// One working copy to install.
+class Installation {
+  public:
+    Installation(Session& session, const std::string& name)
+        : m_session(session),
+          m_name(name),
+          m_pristine(session.Param("ZET_CFG_TEMPL_DIR") + "/" + name),
+          m_path(WorkingCopy(session, name)),
+          m_old(m_path + kOldSuffix) {}
+
+    const std::string& Path() const { return m_path; }
+
+    /// Throws whatever would keep it from being installed; until all were checked, none is installed.
+    void Check() {
+        for (const std::string& file : {m_pristine, m_path}) {
+            if (!m_session.HostPaths().StaysInside(file))
+                throw Failure(file + ": is a link that leads out of the root directory (put a file there)");
+        }
+        if (!IsFileExist(m_pristine)) {
+            throw Failure(m_pristine + ": the template is missing (correct its name, or ZET_CFG_TEMPL_DIR)");
+        }
+        RequireReadableFile(m_pristine);
+        m_isThere = IsFileExist(m_path);
+        if (!m_isThere) return;
+        RequireReadableFile(m_path);
+        m_isSame = HaveSameBytes(m_path, m_pristine) && StateOf(m_path).mode == StateOf(m_pristine).mode;
+        if (m_isSame) return;
+        if (!m_session.Asked().force) {
+            throw Failure(m_path + ": differs from " + m_pristine +
+                          " (--force installs that one, and keeps "
+                          "the differing one as " +
+                          m_old + ")");
+        }
+        if (IsFileExist(m_old) && !HaveSameBytes(m_old, m_path))
+            throw Failure(m_old + ": would be overwritten by the differing " + m_path + " (move it away)");
+    }
+
+    int Run(Writing& writing) {
+        FileReport report{m_name, m_path, "unchanged", StateOf(m_path), StateOf(m_pristine), "", "", ""};
+        if (m_isSame) return ReportFile(m_session, report);
+        report.change = m_isThere ? "changed" : "created";
+        if (m_isThere) report.remark = "the former one is kept as " + m_old;
+        report.diff = DiffToShow(m_session, m_isThere ? m_path : "", m_pristine, m_path);
+        if (!m_session.Asked().dryRun) {
+            writing.Begin();
+            if (m_isThere) CopyFile(m_path, m_old);
+            Install();
+            report.after = StateOf(m_path);
+        }
+        return ReportFile(m_session, report);
+    }
+
+  private:
+    void Install() {
+        const LoggedFailures failures;
+        m_session.Config().InstallConfigFileTemplate(m_name);
+        if (failures.Any() || !HaveSameBytes(m_path, m_pristine))
+            throw Failure(m_path + ": was not installed from " + m_pristine + " (run the command again)");
+    }
+
+    Session& m_session;
+    std::string m_name;
+    std::string m_pristine;
+    std::string m_path;
+    std::string m_old;
+    bool m_isThere = false;
+    bool m_isSame = false;
+};
+
+/// The caller's own values by placeholder.
+StringMap ExtraValues(Session& session) {
+    StringMap values;
+    for (const auto& [name, value] : ParseAssignments(session.Asked().assignments, "--value")) {
+        if (name.find_first_of("${}") != std::string::npos)
+            throw UsageError("--value: \"" + name +
+                             "\" is no name of a placeholder (write it without \"${}\")");
+        values["${" + name + "}"] = value;
+    }
+    return values;
+}
+
+bool CheckTemplateToRender(Session& session, const StringMap& extra) {
+    StringMap values = extra;
+    values.insert(session.Config().TemplatesValues().begin(), session.Config().TemplatesValues().end());
+    const std::vector<Problem> problems = CheckTemplateFile(session, session.Asked().name, values);
+    for (const Problem& problem : problems) {
+        session.Out().Error(problem.Describe());
+        session.Out().Add("problems", problem.ToFields());
+    }
+    return problems.empty();
+}
+
+/// What the log has to say comes with the real rendering, if there is one.
+std::string RenderInTrial(Session& session, const Staging& staging, StringMap& values) {
+    const QuietLog quiet(session.Asked(), session.Asked().dryRun ? ZETLogWarning : ZETLogError);
+    return RenderStaged(session, staging, session.Asked().name, &values);
+}
+
+/// What a rendering would do to its target.
+FileReport Planned(Session& session, const std::string& path, const std::string& staged) {
+    FileReport report{session.Asked().target, path, "created", StateOf(path), StateOf(staged), "", "", ""};
+    if (report.before.exists) {
+        RequireReadableFile(path);
+        // A file that is replaced keeps its owner.
+        report.after.owner = report.before.owner;
+        report.after.group = report.before.group;
+        const bool isSame = report.before.mode == report.after.mode && HaveSameBytes(path, staged);
+        report.change = isSame ? "unchanged" : "changed";
+    }
+    report.reserve = report.change == "unchanged" ? ReserveOf(path) : ReserveAfterChange(path);
+    if (report.change != "unchanged" && !IsSecret(session, WorkingCopy(session, session.Asked().name)))
+        report.diff = DiffToShow(session, report.before.exists ? path : "", staged, path);
+    return report;
+}
+
+}  // namespace
+
+int RunTemplateInstall(Session& session) {
+    std::vector<Installation> installations;
+    std::vector<std::string> paths;
+    for (const std::string& name : session.Asked().names) {
+        RequireTemplateName(name);
+        paths.push_back(installations.emplace_back(session, name).Path());
+    }
+    Writing writing(session, paths, WriteLock::Need::Required);
+    for (Installation& installation : installations)
+        installation.Check();
+    int status = kDone;
+    for (Installation& installation : installations) {
+        SignalGuard::Check();
+        status = std::max(status, installation.Run(writing));
+    }
+    return status;
+}
+
+int RunTemplateProcess(Session& session) {
+    const Request& asked = session.Asked();
+    RequireTemplateName(asked.name);
+    if (asked.target.empty()) throw UsageError("TARGET is empty (name a file)");
+    StringMap values = ExtraValues(session);
+    const std::string path = session.FilePath(asked.target);
+    Writing writing(session, {path}, WriteLock::Need::Required);
+    if (!CheckTemplateToRender(session, values)) {
+        session.Out().Remark("nothing was changed");
+        return kFailed;
+    }
+    const Staging staging;
+    const std::string staged = RenderInTrial(session, staging, values);
+    FileReport report = Planned(session, path, staged);
+    if (!asked.dryRun && report.change != "unchanged") {
+        writing.Begin();
+        RenderTarget(session, asked.name, path, staged, &values);
+        report.after = StateOf(path);
+        if (!report.reserve.empty()) report.remark = "the original is kept as " + report.reserve;
+    }
+    return ReportFile(session, report);
+}
+
+}  // namespace ZET

@@ -1,0 +1,92 @@
+#include "Writing.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <set>
+
+#include "Diff.h"
+#include "ExitStatus.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+/// The record has a path a line.
+bool CanRecord(Session& session, const std::string& path) {
+    return path.find('\n') == std::string::npos &&
+           access(session.Param("ZET_VAR_LIB_DIR").c_str(), W_OK | X_OK) == 0;
+}
+
+std::string AbsolutePath(const std::string& path) {
+    return std::filesystem::absolute(path).string();
+}
+
+void RequireDirectory(const std::string& path, bool isWritten) {
+    const std::string directory = DirectoryOf(path);
+    struct stat status = {};
+    if (stat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+        throw Failure(directory + ": is no directory that " + path +
+                      " can be in (create it, or correct the path)");
+    }
+    if (isWritten && access(directory.c_str(), W_OK | X_OK) != 0) {
+        throw Failure(directory + ": cannot be written, so " + path + " cannot be replaced: " +
+                      std::strerror(errno) + " (run the command as a user who may)");
+    }
+}
+
+void RequireOwn(const std::string& path, const std::string& temporary, bool isAnybodys) {
+    const FileState state = StateOf(temporary);
+    if (!state.exists) return;
+    if (!state.IsRegular() || state.links != 1 || isAnybodys) {
+        throw Failure(temporary + ": is in the way of writing " + path +
+                      ", and not from here (move it away)");
+    }
+}
+
+/// Temporary files that a killed run left were cleared away where they are recorded, so what is still there
+/// is somebody else's. Where they cannot be recorded, a plain file is taken for such a left-over.
+void RequireFreeNames(Session& session, const std::string& path, const std::set<std::string>& leftOvers) {
+    const bool isAnybodys = CanRecord(session, path) && leftOvers.count(AbsolutePath(path)) == 0;
+    RequireOwn(path, path + ZETTemporarySuffix, isAnybodys);
+    RequireOwn(path, path + ZETReserveSuffix + ZETTemporarySuffix, isAnybodys);
+    const std::string reserve = path + ZETReserveSuffix;
+    const FileState state = StateOf(reserve);
+    if (state.exists && !state.IsRegular()) {
+        throw Failure(reserve + ": is no regular file, so " + path + " has no reserve (move it away)");
+    }
+}
+
+}  // namespace
+
+Writing::Writing(Session& session, const std::vector<std::string>& paths, WriteLock::Need need)
+    : m_session(session), m_paths(paths) {
+    const bool isDryRun = session.Asked().dryRun;
+    const bool canRecord = CanRecord(session, "");
+    if (!isDryRun) {
+        m_lock = std::make_unique<WriteLock>(session, need);
+        if (canRecord) PendingRecord::ClearLeftOvers(session);
+    }
+    const std::set<std::string> leftOvers =
+        canRecord ? PendingRecord::Read(session) : std::set<std::string>();
+    for (const std::string& path : paths) {
+        RequireDirectory(path, !isDryRun);
+        RequireFreeNames(session, path, leftOvers);
+    }
+}
+
+void Writing::Begin() {
+    SignalGuard::Check();
+    if (m_pending) return;
+    std::vector<std::string> toRecord;
+    for (const std::string& path : m_paths) {
+        if (CanRecord(m_session, path)) toRecord.push_back(AbsolutePath(path));
+    }
+    if (!toRecord.empty()) m_pending = std::make_unique<PendingRecord>(m_session, toRecord);
+}
+
+}  // namespace ZET

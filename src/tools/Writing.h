@@ -1,0 +1,37 @@
+#ifndef ZET_WRITING_H
+#define ZET_WRITING_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Lock.h"
+#include "PendingRecord.h"
+#include "Session.h"
+#include "Signals.h"
+
+namespace ZET {
+
+/// What a command holds that writes files: signals wait for the end of a step, other commands wait for the
+/// lock, and the temporary files of a killed run are told from those of others. A dry run holds nothing.
+class Writing {
+  public:
+    /// A `Failure` when one of the files (links followed) could not be written without harm: its directory is
+    /// missing, or something that is not ours has the name of a temporary file or a reserve.
+    Writing(Session& session, const std::vector<std::string>& paths,
+            WriteLock::Need need = WriteLock::Need::IfPermitted);
+
+    /// From here on, the files are written.
+    void Begin();
+
+  private:
+    Session& m_session;
+    std::vector<std::string> m_paths;
+    SignalGuard m_signals;
+    std::unique_ptr<WriteLock> m_lock;
+    std::unique_ptr<PendingRecord> m_pending;
+};
+
+}  // namespace ZET
+
+#endif
