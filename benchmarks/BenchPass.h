@@ -1,0 +1,36 @@
+#ifndef ZET_BENCH_PASS_H
+#define ZET_BENCH_PASS_H
+
+#include <benchmark/benchmark.h>
+
+#include <string>
+#include <utility>
+
+#include "BenchText.h"
+#include "Passes.h"
+#include "Text.h"
+
+namespace ZET {
+
+/// Runs a pass over the same text again and again, with the memory of the former result for the next one, as
+/// a file does that goes through several passes.
+template <typename Pass>
+void RunPass(benchmark::State& state, const std::string& content, Pass pass) {
+    Text text(BufferOf(content));
+    const char* const original = text.Bytes().data();
+    Buffer memory;
+    for (auto _ : state) {
+        text.Renew();
+        TextBuilder result(text, std::move(memory));
+        pass(text, result);
+        memory = result.Install(text);
+        benchmark::DoNotOptimize(text.Bytes().data());
+        // The result takes the text's place, unless nothing changed.
+        if (text.Bytes().data() != original) memory = text.Replace(std::move(memory));
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * content.size()));
+}
+
+}  // namespace ZET
+
+#endif

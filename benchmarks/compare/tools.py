@@ -1,0 +1,109 @@
+"""What a tool is, and the texts of the scripts of those that take one."""
+
+import dataclasses
+import pathlib
+import shutil
+
+import texts
+
+PEERS = pathlib.Path(__file__).resolve().parent.parent / "peers"
+
+# A python3 found first in the path may be a wrapper that takes longer to start than Python itself.
+PYTHON = "/usr/bin/python3"
+
+COMMAND, ENGINE, FLOOR, PEER = "command", "engine", "floor", "peer"
+
+
+@dataclasses.dataclass
+class Tool:
+    name: str
+    kind: str
+    command: list
+    output: pathlib.Path
+    wanted: pathlib.Path | None = None  # the floor makes nothing that could be wanted
+    prepare: list | None = None  # run before each run, untimed
+    stdout: bool = False  # `output` is what is printed
+    safe: bool = True  # leaves the old or the new file, whatever happens
+    extra: bool = False  # takes part only where it is installed
+
+    def is_installed(self):
+        return shutil.which(self.command[0]) is not None
+
+
+@dataclasses.dataclass
+class Goal:
+    """At most `factor` times what `against` takes."""
+    factor: float
+    against: str
+
+
+@dataclasses.dataclass
+class Work:
+    name: str
+    title: str
+    text_size: int  # of the text read or of the one written, whichever is larger
+    tools: list
+    goals: list
+    units: int = 1  # files, where there are many
+    runs: int = 1  # in each round
+
+
+def in_shell(program, to, *arguments):
+    """A program that prints the new text, and the rename that makes it safe."""
+    quoted = " ".join(arguments)
+    return ["sh", "-c", f"{program} {quoted} > {to}.tmp && mv {to}.tmp {to}"]
+
+
+def assignments():
+    return [f"{name}={value}" for name, value in texts.VALUES.items()]
+
+
+def sed_to_render(notice):
+    lines = ["1i\\\n" + notice.rstrip("\n").replace("\n", "\\\n")]
+    lines += [r"s|\${%s}|%s|g" % pair for pair in texts.VALUES.items()]
+    return "\n".join(lines) + "\n"
+
+
+def _awk_text(text):
+    return '"' + text.replace("\n", "\\n").replace('"', '\\"') + '"'
+
+
+def awk_to_render(notice):
+    values = "\n".join(f'    value["{name}"] = {_awk_text(value)}' for name, value in texts.VALUES.items())
+    return f"""\
+BEGIN {{
+    printf "%s", {_awk_text(notice)}
+{values}
+}}
+{{
+    done = ""
+    while (at = index($0, "${{")) {{
+        end = index(substr($0, at), "}}")
+        done = done substr($0, 1, at - 1) value[substr($0, at + 2, end - 3)]
+        $0 = substr($0, at + end)
+    }}
+    print done $0
+}}
+"""
+
+
+def awk_to_set(name):
+    block = _awk_text(f"\n{texts.BEGIN}{name}=changed\n{texts.END}".rstrip("\n"))
+    return f"""\
+/^#*[ \\t]*{name}=/ {{ print {_awk_text(texts.KEPT)} $0 {block}; next }}
+{{ print }}
+"""
+
+
+def sed_to_set(name):
+    block = f"\\n{texts.BEGIN}{name}=changed\n{texts.END}".rstrip("\n").replace("\n", "\\n")
+    return f"s/^#*[ \\t]*{name}=.*/{texts.KEPT}&{block}/\n"
+
+
+def perl_to_set(name):
+    block = f"\n{texts.BEGIN}{name}=changed\n{texts.END}".rstrip("\n").replace("\n", "\\n")
+    return f"s/^(#*[ \\t]*{name}=.*)/{texts.KEPT}$1{block}/"
+
+
+AWK_TO_STRIP = "/^# ---ZET_BEGIN---/,/^# ----ZET_END----/ { next }\n{ print }\n"
+SED_TO_STRIP = "/^# ---ZET_BEGIN---/,/^# ----ZET_END----/d\n"
