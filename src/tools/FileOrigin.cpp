@@ -1,0 +1,72 @@
+#include "FileOrigin.h"
+
+#include <algorithm>
+
+#include "ChangeReport.h"
+#include "ExitStatus.h"
+#include "Render.h"
+#include "zet/ZETFiles.h"
+
+namespace ZET {
+
+namespace {
+
+void ReadTarget(Session& session, const std::string& file, FileOrigin& origin) {
+    if (!IsFileExist(session.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini")) return;
+    try {
+        const TargetList list = ReadTargetList(session);
+        const Target* target = FindTargetByPath(session, list.targets, file);
+        if (target != nullptr) origin.target = *target;
+        if (!list.problems.empty()) {
+            session.Out().Warning(list.file + ": the list of targets is broken (see check-config)");
+        }
+        origin.isSecret = IsSecret(session, session.FilePath(file));
+    } catch (const Failure& failure) {
+        session.Out().Warning(std::string(failure.what()) + "; so no text of the file is shown");
+        origin.isSecret = true;
+    }
+}
+
+std::string TemplateInNotice(const ManagedText& text, const NoticeTexts& noticeTexts) {
+    const auto notice =
+        std::find_if(text.Regions().begin(), text.Regions().end(),
+                     [](const ManagedRegion& region) { return region.kind == RegionKind::Notice; });
+    if (notice == text.Regions().end()) return "";
+    std::vector<std::string_view> lines;
+    for (std::size_t number = notice->first; number <= notice->last; ++number)
+        lines.push_back(text.Line(number).text);
+    return noticeTexts.TemplateIn(lines);
+}
+
+/// A template below the directory of the working copies has a name; another one only a path.
+void NameTemplate(Session& session, const std::string& path, FileOrigin& origin) {
+    const std::string directory = session.Param("ZET_CFG_DIR") + "/";
+    for (const std::string& known : {path, session.FilePath(path)}) {
+        if (!known.starts_with(directory)) continue;
+        origin.templateName = known.substr(directory.size());
+        origin.templateFile = TemplateFile(session, origin.templateName);
+        return;
+    }
+    origin.templateName = path;
+    const std::string file = session.FilePath(path);
+    if (IsFileExist(file)) origin.templateFile = file;
+}
+
+}  // namespace
+
+FileOrigin FindOrigin(Session& session, const std::string& file, const ManagedText& text,
+                      const NoticeTexts& noticeTexts) {
+    FileOrigin origin;
+    ReadTarget(session, file, origin);
+    const std::string path = TemplateInNotice(text, noticeTexts);
+    origin.isMade = !path.empty();
+    if (origin.isMade) NameTemplate(session, path, origin);
+    return origin;
+}
+
+NoticeTexts WrittenNoticeTexts(Session& session) {
+    const WrittenLanguage language(session.Core());
+    return NoticeTexts();
+}
+
+}  // namespace ZET
