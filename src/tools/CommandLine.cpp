@@ -42,11 +42,6 @@ class CommandLine {
         return *m_app.add_subcommand(name, help)->require_subcommand(1)->fallthrough();
     }
 
-    void AddDryRun(CLI::App* command) {
-        command->add_flag("-n,--dry-run", m_request.dryRun, "Say what would change, and change nothing");
-        command->add_flag("--diff", m_request.diff, "Show each change as a unified diff");
-    }
-
     void AddFile(CLI::App* command) { command->add_option("FILE", m_request.file, "The file")->required(); }
 
     void AddOptionsOfAll() {
@@ -63,6 +58,8 @@ class CommandLine {
         m_app.add_option("--module", m_request.moduleFile, "Load this module")
             ->type_name("FILE")
             ->check(isNamed);
+        m_app.add_flag("-n,--dry-run", m_request.dryRun, "Say what would change, and change nothing");
+        m_app.add_flag("--diff", m_request.diff, "Show each change as a unified diff");
         m_app.add_flag("--json", m_request.json, "Report as one JSON document");
         CLI::Option* quiet = m_app.add_flag("-q,--quiet", m_request.quiet, "Only errors");
         m_app.add_flag("-v,--verbose", m_request.verbose, "Tell more")->excludes(quiet);
@@ -81,7 +78,6 @@ class CommandLine {
         commit->add_option("--set", m_request.assignments, "With -n: as if a parameter had this value")
             ->type_name("NAME=VALUE")
             ->allow_extra_args(false);
-        AddDryRun(commit);
 
         CLI::App* check = Command(m_app, "check-config", RunCheckConfig,
                                   "Tell every problem of the templates and their targets");
@@ -91,7 +87,6 @@ class CommandLine {
                                      "Put back what was there before the first commit");
         rollback->add_option("TARGET", m_request.names, "Only these files");
         rollback->add_flag("--force", m_request.force, "Files that were edited since, too");
-        AddDryRun(rollback);
 
         Command(m_app, "status", RunStatus, "Tell the role and the state of each target");
         Command(m_app, "values", RunValues, "List the template values");
@@ -103,7 +98,6 @@ class CommandLine {
             Command(family, "install", RunTemplateInstall, "Install the working copy of a template");
         install->add_option("NAME", m_request.names, "The templates")->required();
         install->add_flag("--force", m_request.force, "Over a differing one, which is kept as NAME.old");
-        AddDryRun(install);
 
         CLI::App* process = Command(family, "process", RunTemplateProcess, "Render one template into a file");
         process->add_option("NAME", m_request.name, "The template")->required();
@@ -111,13 +105,11 @@ class CommandLine {
         process->add_option("--value", m_request.assignments, "Another value for this run (NAME without ${})")
             ->type_name("NAME=VALUE")
             ->allow_extra_args(false);
-        AddDryRun(process);
     }
 
     void AddMarkerOptions(CLI::App* command) {
         command->add_flag("--no-markers", m_request.noMarkers, "Edit without marker lines");
         command->add_flag("--no-backup", m_request.noBackup, "Keep no reserve of the file");
-        AddDryRun(command);
     }
 
     void AddEditCommands() {
@@ -159,7 +151,6 @@ class CommandLine {
         CLI::App* strip = Command(family, "strip", RunFileStrip, "Take the managed blocks out");
         AddFile(strip);
         strip->add_flag("--no-backup", m_request.noBackup, "Keep no reserve of the file");
-        AddDryRun(strip);
         const struct {
             const char* name;
             Run run;
@@ -170,7 +161,6 @@ class CommandLine {
         for (const auto& entry : rest) {
             CLI::App* command = Command(family, entry.name, entry.run, entry.help);
             AddFile(command);
-            AddDryRun(command);
         }
     }
 
@@ -182,7 +172,6 @@ class CommandLine {
         CLI::App* set = Command(family, "set", RunOptionSet, "Set a parameter");
         set->add_option("NAME", m_request.name, "The parameter")->required();
         set->add_option("VALUE", m_request.text, "Its value")->required();
-        AddDryRun(set);
     }
 
     void AddDiagnosisCommands() {
