@@ -1,6 +1,7 @@
 #include "TemplateCheck.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "zet/ZETFormat.h"
 
@@ -11,7 +12,7 @@ namespace {
 /// Both for one line, and beyond what the line itself can hold.
 constexpr std::size_t kMostReplacements = 100'000;
 constexpr std::size_t kLongestLine = std::size_t{16} << 20;
-constexpr int kMostProblemsOfLine = 100;
+constexpr std::size_t kMostUnknownOfLine = 100;  ///< what a reader can make use of
 
 std::size_t LongestKey(const StringMap& values) {
     std::size_t longest = 0;
@@ -146,14 +147,17 @@ class TemplateChecker {
     void CheckPlaceholders(std::string_view line) {
         using Verdict = LineExpansion::Verdict;
         LineExpansion expansion(line, m_values, m_longestKey, m_used);
-        for (int problems = 0; problems < kMostProblemsOfLine;) {
+        std::set<std::pair<int, std::string>> unknown;
+        for (;;) {
             switch (expansion.Next()) {
                 case Verdict::Fine:
                     return;
                 case Verdict::NoValue:
                     // What stands in a template comment never reaches the target.
                     if (m_comment.openedAt > 0 && m_comment.begin == ZETTemplateCommentMarker) break;
-                    ++problems;
+                    if (unknown.size() == kMostUnknownOfLine ||
+                        !unknown.emplace(expansion.Column(), expansion.Placeholder()).second)
+                        break;
                     Add(expansion.Column(),
                         "placeholder " + Quoted(expansion.Placeholder()) + " has no value",
                         "use one that \"values\" lists, or correct its name");
