@@ -72,7 +72,7 @@ Gen<Operation> SaveOperation() {
 Gen<Operation> AnyOperation() {
     using Kind = Operation::Kind;
     static const auto kOperation =
-        gen::weightedOneOf<Operation>({{2, WithText(Kind::ApplyTemplates, gen::just(std::string()))},
+        gen::weightedOneOf<Operation>({{4, WithText(Kind::ApplyTemplates, gen::just(std::string()))},
                                        {2, WithTexts(Kind::RemoveMarkers, AnyMarker(), AnyMarker())},
                                        {1, WithText(Kind::RemoveZETMarkers, gen::just(std::string()))},
                                        {3, WithTexts(Kind::SetParamValue, AnyName(), AnyNewText())},

@@ -18,8 +18,6 @@ namespace ZET {
 
 namespace {
 
-Tally theTally;
-
 Sandbox& TheSandbox() {
     static Sandbox sandbox;
     return sandbox;
@@ -84,15 +82,15 @@ class Player {
   private:
     bool Open() {
         const Sandbox& sandbox = TheSandbox();
-        const std::string fileName = m_scenario.namesAreEmpty ? "" : sandbox.FileName();
+        const std::string fileName = m_scenario.fileNameIsEmpty ? "" : sandbox.FileName();
+        const std::string templateName = m_scenario.templateNameIsEmpty ? "" : sandbox.TemplateName();
         switch (m_scenario.opening) {
             case Scenario::Opening::Never:
                 return false;
             case Scenario::Opening::InPlace:
                 return m_engine.Open(fileName, m_scenario.role, m_scenario.noMarkers);
             case Scenario::Opening::Template:
-                return m_engine.OpenTemplate(sandbox.TemplateName(), fileName, m_scenario.role,
-                                             m_scenario.noMarkers);
+                return m_engine.OpenTemplate(templateName, fileName, m_scenario.role, m_scenario.noMarkers);
         }
         return false;
     }
@@ -180,12 +178,11 @@ class Player {
     Report m_report;
 };
 
-void Count(const Report& report) {
-    ++theTally.scenarios;
-    theTally.endlessExpansions += report.leftOut.size();
+void Count(Report& report) {
+    report.tally.endlessExpansions = report.leftOut.size();
     for (const std::string& event : report.events) {
-        theTally.warnings += event.starts_with("Put 1 ");
-        theTally.exceptions += event.starts_with("check error ") || event.starts_with("error ");
+        report.tally.warnings += event.starts_with("Put 1 ");
+        report.tally.exceptions += event.starts_with("check error ") || event.starts_with("error ");
     }
 }
 
@@ -196,15 +193,26 @@ std::string Excerpt(const std::vector<std::string>& events, std::size_t at) {
 
 }  // namespace
 
+Tally& Tally::operator+=(const Tally& other) {
+    expansions += other.expansions;
+    endlessExpansions += other.endlessExpansions;
+    exhaustedSteps += other.exhaustedSteps;
+    exceptions += other.exceptions;
+    warnings += other.warnings;
+    return *this;
+}
+
 Report PlayPlain(const Scenario& scenario) {
     TheSandbox().Prepare(scenario);
+    Tally met;
     Player<PlainConfigFile> player(scenario);
     Report report = player.Play([&](std::size_t step, const PlainConfigFile& engine) {
-        theTally.exhaustedSteps += engine.IsExhausted();
+        met.exhaustedSteps += engine.IsExhausted();
         if (scenario.operations[step].kind != Operation::Kind::ApplyTemplates) return true;
-        ++theTally.expansions;
+        ++met.expansions;
         return ExpansionEnds(engine.ReadableText(), scenario.values);
     });
+    report.tally = met;
     Count(report);
     return report;
 }
@@ -238,10 +246,6 @@ std::string TextWrittenBack(const std::string& text) {
     if (!file.Open(TheSandbox().FileName(), "", true)) return "(not opened)";
     file.Save(true);
     return TheSandbox().TextOfFile();
-}
-
-const Tally& TallySoFar() {
-    return theTally;
 }
 
 }  // namespace ZET

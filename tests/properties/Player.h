@@ -10,11 +10,23 @@
 
 namespace ZET {
 
+/// How often a play met what the properties are about.
+struct Tally {
+    std::size_t expansions = 0;
+    std::size_t endlessExpansions = 0;
+    std::size_t exhaustedSteps = 0;  ///< steps on a text that a lookup had exhausted
+    std::size_t exceptions = 0;
+    std::size_t warnings = 0;
+
+    Tally& operator+=(const Tally& other);
+};
+
 /// All that can be observed of one play, in order: results, exceptions, calls into the core, the files after
 /// each save.
 struct Report {
     std::vector<std::string> events;
     std::set<std::size_t> leftOut;  ///< steps that would never end, and so were not taken
+    Tally tally;
 };
 
 Report PlayPlain(const Scenario& scenario);
@@ -28,18 +40,6 @@ std::string Difference(const Scenario& scenario);
 
 /// What the real engine makes of a file with this text that it opens without markers and saves at once.
 std::string TextWrittenBack(const std::string& text);
-
-/// How often what was met, so that a generator that misses its aim is noticed.
-struct Tally {
-    std::size_t scenarios = 0;
-    std::size_t expansions = 0;
-    std::size_t endlessExpansions = 0;
-    std::size_t exhaustedSteps = 0;  ///< steps on a text that a lookup had exhausted
-    std::size_t exceptions = 0;
-    std::size_t warnings = 0;
-};
-
-const Tally& TallySoFar();
 
 }  // namespace ZET
 

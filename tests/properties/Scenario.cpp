@@ -79,7 +79,9 @@ std::ostream& operator<<(std::ostream& stream, const Fault& fault) {
 
 std::ostream& operator<<(std::ostream& stream, const Scenario& scenario) {
     stream << NameOf(scenario.opening) << ", role " << Quoted(scenario.role)
-           << (scenario.noMarkers ? ", no markers" : "") << (scenario.namesAreEmpty ? ", names empty" : "")
+           << (scenario.noMarkers ? ", no markers" : "")
+           << (scenario.fileNameIsEmpty ? ", file name empty" : "")
+           << (scenario.templateNameIsEmpty ? ", template name empty" : "")
            << (scenario.targetDirectoryIsMissing ? ", no target directory" : "")
            << "\n  ZET_CFG_DIR ends with " << Quoted(scenario.configDirectorySuffix) << ", mask "
            << Octal(scenario.mask) << "\n  source: " << scenario.source << "\n  target: " << scenario.target

@@ -63,7 +63,8 @@ struct Scenario {
     Opening opening = Opening::InPlace;
     std::string role;
     bool noMarkers = false;
-    bool namesAreEmpty = false;  ///< the file name of an `Open`, both names of an `OpenTemplate`
+    bool fileNameIsEmpty = false;
+    bool templateNameIsEmpty = false;
     bool targetDirectoryIsMissing = false;
     std::string configDirectorySuffix;  ///< stands behind the value of "ZET_CFG_DIR"
     Place source;                       ///< the file itself, or the template

@@ -110,7 +110,8 @@ Gen<Scenario> TroubledScenario() {
         Scenario scenario = *OrdinaryScenario();
         scenario.opening = *gen::weightedElement<Opening>(
             {{1, Opening::Never}, {8, Opening::InPlace}, {8, Opening::Template}});
-        scenario.namesAreEmpty = *OneIn(20);
+        scenario.fileNameIsEmpty = *OneIn(20);
+        scenario.templateNameIsEmpty = *OneIn(20);
         scenario.targetDirectoryIsMissing = *OneIn(20);
         scenario.configDirectorySuffix =
             *gen::weightedElement<std::string>({{6, ""}, {1, "/"}, {1, "//"}, {1, "/nowhere"}});

@@ -45,13 +45,17 @@ Gen<std::string> MarkerLine() {
 }
 
 Words Scraps() {
-    return {"${a}", "x",        "\n", "${b}", "$",   "{", "}",   "${", "a",
-            "${c}", "${realm}", "#",  " ",    "${}", "!", "{a}", "b}"};
+    return {"${realm", "${rea", "lm}",  "${a}",     "x", "\n", "${b}", "$", "{",   "}",
+            "${",      "a",     "${c}", "${realm}", "#", " ",  "${}",  "!", "{a}", "b}"};
 }
 
 // Scraps that may not have an end are rare elsewhere, so most texts of this kind can be expanded.
 Gen<std::string> ClosedPlaceholderLine() {
-    return Joined(6, {"${a}", "x", "${b}", "${c}", "${max${realm}}", " ", "$", "}", "${nobody}", "${a${b}"});
+    const auto before = gen::weightedElement<std::string>({{6, ""}, {1, "#"}, {1, "  # "}, {1, "\t#"}});
+    const auto scraps =
+        Joined(6, {"${a}", "x", "${b}", "${c}", "${max${realm}}", " ", "$", "}", "${nobody}", "${a${b}"});
+    return gen::map(gen::tuple(before, scraps),
+                    [](const auto& parts) { return std::get<0>(parts) + std::get<1>(parts); });
 }
 
 Gen<std::string> AnyBytes() {
