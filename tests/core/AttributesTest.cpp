@@ -346,6 +346,20 @@ TEST_F(Attributes, LinkInPlaceOfTheNewTextIsNotTouchedThrough) {
     EXPECT_EQ(ModeOf(m_directory / "precious"), 0600U);
 }
 
+TEST_F(Attributes, LinkPutInPlaceOfTheNewTextAtTheLastMomentIsNotTouchedThrough) {
+    Own(m_target);
+    WriteText(m_directory / "precious", "precious", 0600);
+    SystemCalls calls;
+    calls.Before("listxattr", [&] {
+        ::unlink(m_temporary.c_str());
+        ASSERT_EQ(::symlink("precious", m_temporary.c_str()), 0);
+    });
+    EXPECT_EQ(MessageOf<EZETError>([&] { Rename(); }),
+              "Failed to open file '" + m_temporary + "': Too many levels of symbolic links.");
+    EXPECT_EQ(StatusOf(m_directory / "precious").st_uid, 0U);
+    EXPECT_EQ(ReadText(m_target), "old");
+}
+
 TEST_F(Attributes, OrdinaryUserIsWarnedAndGetsTheFile) {
     Own(m_directory.Path());
     Own(m_temporary);

@@ -116,6 +116,11 @@ TEST_F(Files, RemoveOfAMissingFileIsAnError) {
               "Failed to remove file '" + m_path + "': No such file or directory.");
 }
 
+TEST_F(Files, RootDirectoryIsADirectoryLikeOthers) {
+    EXPECT_EQ(MessageOf<EZETError>([] { RemoveFile("/zet-no-such-file"); }),
+              "Failed to remove file '/zet-no-such-file': No such file or directory.");
+}
+
 TEST_F(Files, RemoveOfADirectoryIsAnError) {
     ASSERT_EQ(::mkdir(m_path.c_str(), 0755), 0);
     EXPECT_EQ(MessageOf<EZETError>([&] { RemoveFile(m_path); }),

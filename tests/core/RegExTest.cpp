@@ -196,6 +196,9 @@ std::size_t ResidentBytes() {
 }
 
 TEST_F(RegEx, MemoryForPatternsIsBounded) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizer keeps freed memory";
+#endif
     const auto use = [&](int first, int last) {
         for (int i = first; i < last; i++)
             Matches("^(?:" + std::string(2000, 'x') + std::to_string(i) + ")+$", "x");
@@ -213,7 +216,7 @@ TEST_F(RegEx, PatternIsCompiledOncePerPatternAndNotOncePerLine) {
     const auto start = std::chrono::steady_clock::now();
     for (int i = 0; i < 20'000; i++)
         Matches(pattern, "A");
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1000));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
 }
 
 }  // namespace

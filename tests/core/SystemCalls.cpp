@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <utility>
 
 namespace ZET::Test {
 
@@ -51,6 +52,10 @@ void SystemCalls::Fail(const std::string& name, int error, int turn, bool once) 
     m_failures[name] = {error, turn, once};
 }
 
+void SystemCalls::Before(const std::string& name, std::function<void()> action) {
+    m_actions[name] = std::move(action);
+}
+
 void SystemCalls::Shorten(const std::string& name, std::size_t size) {
     m_limits[name] = size;
 }
@@ -70,6 +75,7 @@ int SystemCalls::Count(const std::string& name) const {
 bool SystemCalls::Take(const std::string& name, const std::string& path) {
     m_counts[name]++;
     m_calls.push_back(name + " " + path);
+    if (const auto action = m_actions.extract(name)) action.mapped()();
     const auto found = m_failures.find(name);
     if (found == m_failures.end() || --found->second.turn > 0) return false;
     errno = found->second.error;

@@ -2,6 +2,7 @@
 #define ZET_TESTS_CORE_SYSTEM_CALLS_H
 
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -21,6 +22,9 @@ class SystemCalls {
     /// The `turn`th call from now of that name (1: the next one) fails with `error`, and so do those after it
     /// unless `once`.
     void Fail(const std::string& name, int error, int turn = 1, bool once = false);
+
+    /// Runs `action` just before the next call of that name.
+    void Before(const std::string& name, std::function<void()> action);
 
     /// The calls of that name are cut to this many bytes.
     void Shorten(const std::string& name, std::size_t size);
@@ -45,6 +49,7 @@ class SystemCalls {
     std::vector<std::string> m_calls;
     std::map<std::string, int> m_counts;
     std::map<std::string, Failure> m_failures;
+    std::map<std::string, std::function<void()>> m_actions;
     std::map<std::string, std::size_t> m_limits;
 };
 
