@@ -35,6 +35,9 @@ FileDescriptor OpenForReading(const std::string& path) {
 
 FileDescriptor OpenTemporary(const std::string& path) {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    // The usual case: a new file is private and empty without more ado.
+    FileDescriptor created(Uninterrupted([&] { return open(path.c_str(), kFlags | O_EXCL, kPrivate); }));
+    if (created.IsOpen() || errno != EEXIST) return created;
     FileDescriptor file(Uninterrupted([&] { return open(path.c_str(), kFlags, kPrivate); }));
     struct stat status = {};
     if (!file.IsOpen() || fstat(file.Get(), &status) != 0) return FileDescriptor(-1);

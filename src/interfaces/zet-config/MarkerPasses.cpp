@@ -9,14 +9,22 @@ void RemoveMarkersPass(Text& in, TextBuilder& out, const std::string& beginMarke
     using Line = RegionTracker::Line;
     RegionTracker region(in, "RemoveMarkers", beginMarker, endMarker);
     const char* const textStart = in.Bytes().data();
+    // A kept line brings the line feed before it, not the one after it: a text whose first line is dropped
+    // begins with an empty line.
+    const auto keep = [&](std::string_view lines) {
+        const std::size_t lineFeedBefore = lines.data() == textStart ? 0 : 1;
+        out.Copy({lines.data() - lineFeedBefore, lines.size() + lineFeedBefore});
+    };
+    const bool beginAlike =
+        !beginMarker.empty() && !endMarker.empty() && beginMarker.front() == endMarker.front();
     std::string_view line;
-    while (in.ReadLine(line)) {
+    for (;;) {
+        const std::string_view lines =
+            beginAlike ? in.SkipLinesWithout(beginMarker.front()) : std::string_view();
+        if (!lines.empty() && !region.IsInside()) keep(lines.substr(0, lines.size() - 1));
+        if (!in.ReadLine(line)) break;
         const Line kind = region.Track(line);
-        if (kind == Line::Begin || kind == Line::End || region.IsInside()) continue;
-        // A kept line brings the line feed before it, not the one after it: a text whose first line is
-        // dropped begins with an empty line.
-        const std::size_t lineFeedBefore = line.data() == textStart ? 0 : 1;
-        out.Copy({line.data() - lineFeedBefore, line.size() + lineFeedBefore});
+        if (kind != Line::Begin && kind != Line::End && !region.IsInside()) keep(line);
     }
     if (in.EndedByEndOfText()) return;
     if (in.Bytes().ends_with('\n')) {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <vector>
 
 #include "Messages.h"
@@ -26,16 +27,21 @@ class Expander {
     bool CopyToPlaceholder();
     void ReplacePlaceholder();
     std::size_t FindPlaceholder() const;
-    bool ReadPlaceholder();
+    std::string_view ReadPlaceholder();
+    const std::string* FindValue(std::string_view placeholder);
     void Take(std::size_t count);
     void Drop(std::size_t count);
-    void MarkUnknown();
+    void MarkUnknown(std::string_view placeholder);
 
     TextBuilder& m_out;
     const StringMap& m_values;
     std::vector<std::string_view> m_pieces;  ///< never an empty one
     bool m_lineIsLeft = false;               ///< the lowest piece is the rest of the line itself
-    std::string m_placeholder;               ///< used again for each, so that a lookup costs no allocation
+    std::string m_gathered;                  ///< a placeholder that lies on several pieces
+    std::string m_key;                       ///< used again for each, so that a lookup costs no allocation
+
+    /// The values found last, by hash: a template names few values, and those again and again.
+    std::array<const StringMap::value_type*, 64> m_recent = {};
 };
 
 /// A placeholder without an end makes the operation search forever; that is what callers must expect of it.
@@ -72,29 +78,51 @@ std::size_t Expander::FindPlaceholder() const {
 }
 
 void Expander::ReplacePlaceholder() {
-    if (!ReadPlaceholder()) SearchForever();
-    const auto value = m_values.find(m_placeholder);
-    if (value == m_values.end()) return MarkUnknown();
-    Drop(m_placeholder.size());
-    if (!value->second.empty()) m_pieces.push_back(value->second);
+    const std::string_view placeholder = ReadPlaceholder();
+    if (placeholder.empty()) SearchForever();
+    const std::string* const value = FindValue(placeholder);
+    if (value == nullptr) return MarkUnknown(placeholder);
+    Drop(placeholder.size());
+    if (value->find('$') == std::string::npos) {
+        m_out.Append(*value);
+    } else {
+        m_pieces.push_back(*value);
+    }
 }
 
-/// Reads from the top of the stack through the first "}"; false when there is none.
-bool Expander::ReadPlaceholder() {
-    m_placeholder.clear();
+/// What stands on the top of the stack through the first "}"; empty when there is none.
+std::string_view Expander::ReadPlaceholder() {
+    const std::string_view top = m_pieces.back();
+    const std::size_t end = top.find('}');
+    if (end != std::string_view::npos) return top.substr(0, end + 1);
+    m_gathered.clear();
     for (auto piece = m_pieces.rbegin(); piece != m_pieces.rend(); ++piece) {
-        const std::size_t end = piece->find('}');
-        m_placeholder.append(piece->substr(0, end == std::string_view::npos ? end : end + 1));
-        if (end != std::string_view::npos) return true;
+        const std::size_t length = piece->find('}');
+        m_gathered.append(piece->substr(0, length == std::string_view::npos ? length : length + 1));
+        if (length != std::string_view::npos) return m_gathered;
     }
-    return false;
+    return {};
+}
+
+const std::string* Expander::FindValue(std::string_view placeholder) {
+    // Cheap, and different for most names: the length, and the bytes at both ends of the name.
+    const std::size_t hash = placeholder.size() + 7U * static_cast<unsigned char>(placeholder[2]) +
+                             13U * static_cast<unsigned char>(placeholder[placeholder.size() - 2]);
+    const StringMap::value_type*& recent = m_recent[hash % m_recent.size()];
+    if (recent == nullptr || recent->first != placeholder) {
+        m_key.assign(placeholder);
+        const auto found = m_values.find(m_key);
+        if (found == m_values.end()) return nullptr;
+        recent = &*found;
+    }
+    return &recent->second;
 }
 
 /// The "!" makes the placeholder visible in the file and keeps it from being met again.
-void Expander::MarkUnknown() {
-    Log(ZETLogWarning,
-        Message(kFileSource, "ApplyTemplates", Here())(
-            1, dgettext(kModuleDomain, "Template parameter '%s' not found."), m_placeholder.c_str()));
+void Expander::MarkUnknown(std::string_view placeholder) {
+    const std::string name(placeholder);
+    Log(ZETLogWarning, Message(kFileSource, "ApplyTemplates", Here())(
+                           1, dgettext(kModuleDomain, "Template parameter '%s' not found."), name.c_str()));
     m_out.Append("!");
     Drop(1);
 }
@@ -126,7 +154,9 @@ void Expander::Drop(std::size_t count) {
 void ApplyTemplatesPass(Text& in, TextBuilder& out, const StringMap& values) {
     Expander expander(out, values);
     std::string_view line;
-    while (in.ReadLine(line)) {
+    for (;;) {
+        out.Copy(in.SkipLinesWithout('$'));
+        if (!in.ReadLine(line)) return;
         const bool isComment = line.starts_with('#');
         if (isComment || line.find('$') == std::string_view::npos) {
             out.CopyLine(line);

@@ -1,7 +1,6 @@
 #include "Text.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace ZET {
@@ -22,24 +21,13 @@ Buffer Text::Replace(Buffer bytes) {
     return bytes;
 }
 
-std::string_view Text::Rest() const {
-    return m_exhausted ? std::string_view() : m_bytes.View().substr(m_position);
-}
-
-bool Text::ReadLine(std::string_view& line) {
+std::string_view Text::SkipLinesWithout(char byte) {
     const std::string_view rest = Rest();
-    if (rest.empty()) {
-        m_exhausted = true;
-        return false;
-    }
-    const void* lineFeed = std::memchr(rest.data(), '\n', rest.size());
-    m_endedByEnd = lineFeed == nullptr;
-    line = m_endedByEnd
-               ? rest
-               : rest.substr(0, static_cast<std::size_t>(static_cast<const char*>(lineFeed) - rest.data()));
-    m_lineStart = m_position;
-    m_position += line.size() + (m_endedByEnd ? 0 : 1);
-    return true;
+    if (rest.starts_with(byte)) return {};
+    const std::string_view before = rest.substr(0, rest.find(byte));
+    const std::string_view lines = before.substr(0, before.rfind('\n') + 1);
+    m_position += lines.size();
+    return lines;
 }
 
 std::size_t Text::LineNumber() {
@@ -51,24 +39,6 @@ std::size_t Text::LineNumber() {
 
 TextBuilder::TextBuilder(const Text& source, Buffer memory) : m_source(source), m_bytes(std::move(memory)) {
     m_bytes.Clear();
-}
-
-void TextBuilder::Copy(std::string_view piece) {
-    if (!m_run.empty() && m_run.data() + m_run.size() == piece.data()) {
-        m_run = {m_run.data(), m_run.size() + piece.size()};
-        return;
-    }
-    FlushRun();
-    m_run = piece;
-}
-
-void TextBuilder::CopyLine(std::string_view line) {
-    if (!m_source.EndedByEndOfText()) {
-        Copy({line.data(), line.size() + 1});
-    } else {
-        Copy(line);
-        EndLine(line.empty());
-    }
 }
 
 void TextBuilder::Append(std::string_view bytes) {

@@ -23,7 +23,24 @@ class Text {
 
     /// The next line, without its line feed, valid as long as the text is not changed. False when there is
     /// none: the text is exhausted.
-    bool ReadLine(std::string_view& line);
+    bool ReadLine(std::string_view& line) {
+        const std::string_view rest = Rest();
+        if (rest.empty()) {
+            m_exhausted = true;
+            return false;
+        }
+        const std::size_t lineFeed = rest.find('\n');
+        m_endedByEnd = lineFeed == std::string_view::npos;
+        line = {rest.data(), m_endedByEnd ? rest.size() : lineFeed};
+        m_lineStart = m_position;
+        m_position += line.size() + (m_endedByEnd ? 0 : 1);
+        return true;
+    }
+
+    /// Passes over the whole lines before the next one that holds `byte`, and returns them with their line
+    /// feeds; the last line is left when it has none. For a pass that lets such lines be: it need not look at
+    /// each.
+    std::string_view SkipLinesWithout(char byte);
 
     /// Of the line read last: whether the end of the text ended it instead of a line feed; and its number,
     /// from 1.
@@ -31,7 +48,9 @@ class Text {
     std::size_t LineNumber();
 
     /// What has not been read yet.
-    std::string_view Rest() const;
+    std::string_view Rest() const {
+        return m_exhausted ? std::string_view() : m_bytes.View().substr(m_position);
+    }
 
     std::string_view Bytes() const { return m_bytes.View(); }
 
@@ -60,10 +79,25 @@ class TextBuilder {
     TextBuilder(const Text& source, Buffer memory);
 
     /// Takes over a piece of the source.
-    void Copy(std::string_view piece);
+    void Copy(std::string_view piece) {
+        if (piece.empty()) return;
+        if (!m_run.empty() && m_run.data() + m_run.size() == piece.data()) {
+            m_run = {m_run.data(), m_run.size() + piece.size()};
+            return;
+        }
+        FlushRun();
+        m_run = piece;
+    }
 
     /// Takes over the line of the source that was read last, or its end, and ends it.
-    void CopyLine(std::string_view line);
+    void CopyLine(std::string_view line) {
+        if (!m_source.EndedByEndOfText()) {
+            Copy({line.data(), line.size() + 1});
+        } else {
+            Copy(line);
+            EndLine(line.empty());
+        }
+    }
 
     /// Adds other bytes.
     void Append(std::string_view bytes);
