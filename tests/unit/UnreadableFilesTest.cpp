@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -120,9 +121,19 @@ TEST_F(UnreadableFilesTest, FileWhoseReadingBreaksOffIsRefusedAsAWhole) {
 }
 
 TEST_F(UnreadableFilesTest, FileThatDoesNotKnowItsSizeIsReadAsAWhole) {
+    // Every second page of a different kind makes each a line of its own, long before that of the stack.
+    constexpr std::size_t kPages = 256;
+    const auto page = static_cast<std::size_t>(::getpagesize());
+    void* memory = ::mmap(nullptr, kPages * page, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    for (std::size_t i = 0; i < kPages; i += 2)
+        ASSERT_EQ(::mprotect(static_cast<char*>(memory) + i * page, page, PROT_NONE), 0);
     CZETConfigFile file(m_core);
-    ASSERT_TRUE(file.Open("/proc/self/status", "", true));
-    EXPECT_EQ(file.GetLine("^Pid:"), "Pid:\t" + std::to_string(::getpid()));
+    ASSERT_TRUE(file.Open("/proc/self/maps", "", true));
+    m_core.SetMatcher([](const std::string&, const std::string& line) { return line.ends_with("[stack]"); });
+    EXPECT_NE(file.GetLine("the stack"), "");
+    EXPECT_GT(Journal({"MatchRegEx"}).size(), kPages);
+    ::munmap(memory, kPages * page);
 }
 
 TEST_F(UnreadableFilesTest, FileWithoutPermissionIsRefused) {
