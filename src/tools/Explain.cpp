@@ -106,7 +106,7 @@ class Teller {
         std::string text = m_path + ": ";
         if (m_origin.isMade) {
             text += "made from the template " + TemplateName();
-            if (hasUntracedLines) text += "; " + WhyUntraced();
+            if (hasUntracedLines) text += ": " + WhyUntraced();
         } else if (m_origin.target) {
             text += "no notice says that it was made from the template " + m_origin.target->templateName +
                     ", whose target it is";
@@ -136,7 +136,7 @@ class Teller {
     }
 
     std::string WhyUntraced() const {
-        return m_origin.templateFile.empty() ? "which is gone"
+        return m_origin.templateFile.empty() ? "it is gone"
                                              : "the file was edited since, or the template changed";
     }
 

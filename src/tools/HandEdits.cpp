@@ -179,16 +179,19 @@ void FixNear(RepairText& repair, const Token& token) {
                           "take the line out, if nothing belongs to it"});
 }
 
+std::string WhatStandsBehind(const std::string& rest) {
+    if (rest == "\r") return "a carriage return stands behind ";
+    const bool isBlank = rest.find_first_not_of(kBlanks) == std::string::npos;
+    return isBlank ? "white space stands behind " : "a needless \"" + rest + "\" stands behind ";
+}
+
 void FixExact(RepairText& repair, const Token& token, bool hasGluedMarker) {
     if (token.marker == Marker::FormerLine) return;
     const std::string& text = repair.Text(token.line);
     const std::string rest = text.substr(MarkerText(token.marker).size());
     if (rest == repair.LineEnd()) return;
-    if (rest.find_first_not_of(kBlanks) == std::string::npos) {
-        repair.Note(token.line, "hand-edited-marker",
-                    std::string(rest.ends_with('\r') ? "a carriage return stands" : "blanks stand") +
-                        " behind " + Quoted(token.marker),
-                    "take them out");
+    if (IsOnlySurroundings(rest)) {
+        repair.Note(token.line, "hand-edited-marker", WhatStandsBehind(rest) + Quoted(token.marker), "take it out");
         repair.Replace(token.line, std::string(MarkerText(token.marker)) + repair.LineEnd());
     } else if (!hasGluedMarker) {
         repair.NoteAmbiguous(token.line, "text-after-marker",

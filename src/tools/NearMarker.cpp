@@ -138,6 +138,11 @@ std::optional<NearMarker> FindNearMarker(std::string_view line) {
     return std::nullopt;
 }
 
+bool IsOnlySurroundings(std::string_view text) {
+    TakeSurroundingsInFront(text);
+    return text.empty();
+}
+
 std::optional<GluedMarker> FindGluedMarker(std::string_view line) {
     std::optional<GluedMarker> first;
     for (const Marker marker : kMarkers) {

@@ -21,6 +21,10 @@ struct NearMarker {
 /// marker, and for one that only mentions it.
 std::optional<NearMarker> FindNearMarker(std::string_view line);
 
+/// Whether there is nothing in it but blanks, dashes, quotes and comment signs, as a hand may leave them at a
+/// marker.
+bool IsOnlySurroundings(std::string_view text);
+
 /// A marker behind other text, where the line feed between the two was lost.
 struct GluedMarker {
     Marker marker = Marker::None;

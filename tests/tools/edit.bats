@@ -1,0 +1,292 @@
+# What holds for every command that edits a file in place.
+
+load helper
+
+setup() {
+    make_host
+    printf 'a=1\nb=2\n' >conf
+}
+
+teardown() {
+    remove_host
+}
+
+@test "a dry run of each edit tells what would change and changes nothing" {
+    zet param set conf a new
+    remember_host
+    for edit in "param set conf b 3" "param restore conf a" "line set conf ^b b=3" "line restore conf ^a" \
+        "file strip conf"; do
+        run_zet $edit -n
+        assert_status 3
+        assert_output "conf: would be changed"
+        assert_stderr ""
+    done
+    for edit in "param set conf a new" "param restore conf zz" "line set conf ^a=new a=new"; do
+        run_zet $edit -n
+        assert_status 0
+        assert_host_unchanged
+    done
+    assert_host_unchanged
+}
+
+# apply_diff EDIT...: the diff of a dry run, applied to a copy of the file, gives what the edit gives.
+apply_diff() {
+    local file=$1
+    shift
+    rm -rf ../copy
+    cp -a . ../copy
+    zet "$@" -n --diff | tail -n +2 >../change.diff
+    (cd ../copy && patch -s -p1 <../change.diff)
+    zet "$@"
+    cmp "$file" "../copy/$file"
+    zet "$@" | grep -q unchanged
+}
+
+@test "the diff is fit for patch" {
+    apply_diff conf param set conf a new
+    apply_diff conf line set conf '^b' 'b = 2'
+    printf 'a=1' >noend
+    apply_diff noend param set noend a 2
+    printf 'a=1' >noend
+    apply_diff noend param set --no-markers noend b 2
+    printf 'a=1\r\nb\377\n\001\n' >bytes
+    apply_diff bytes param set --no-markers bytes a 2
+    : >empty
+    apply_diff empty param set empty a 2
+}
+
+@test "the diff of a file with an unusual name is fit for patch" {
+    local name
+    for name in 'two words' 'quote"d' 'back\slash' $'tab\there' 'naïve'; do
+        cp conf "$name"
+        apply_diff "$name" param set "$name" a new
+    done
+}
+
+@test "the labels of a diff leave out the leading slash and what patch does not accept" {
+    run_zet param set -n --diff "$HOST/conf" a new
+    assert_equal "$(sed -n '2,3p' <<<"$output")" "--- a$HOST/conf
++++ b$HOST/conf"
+    mkdir sub
+    cd sub
+    run_zet param set -n --diff ../conf a new
+    assert_equal "$(sed -n '2,3p' <<<"$output")" "--- a$HOST/conf
++++ b$HOST/conf"
+}
+
+@test "the diff of a change that is made is that of the dry run" {
+    run_zet param set -n --diff conf a new
+    local planned=${output#*changed}
+    run_zet param set --diff conf a new
+    assert_status 0
+    assert_equal "${output#*before_zet}" "$planned"
+}
+
+@test "colors are for a reader who wants them" {
+    run_zet --color always param set -n --diff --no-markers conf a new
+    assert_equal "$(sed -n 5p <<<"$output")" $'\033[31m-a=1\033[0m'
+    run_zet --color never param set -n --diff --no-markers conf a new
+    assert_equal "$(sed -n 5p <<<"$output")" "-a=1"
+}
+
+@test "the document has the same fields in a dry run as when the change is made" {
+    local expression='[d["command"], d["files"]]'
+    run_zet --json param set -n --diff conf a new
+    assert_status 3
+    assert_json 'd["dry_run"], d["exit_status"], sorted(d["files"][0])' \
+        '[true, 3, ["change", "diff", "file", "mode_after", "mode_before", "owner_after", "owner_before", "path", "reserve"]]'
+    local planned
+    planned=$(json "$expression")
+    run_zet --json param set --diff conf a new
+    assert_status 0
+    assert_json 'd["dry_run"], d["exit_status"]' '[false, 0]'
+    assert_json "$expression" "$planned"
+    run_zet --json param set conf a new
+    assert_json 'd["files"]' \
+        '[{"file": "conf", "path": "conf", "change": "unchanged", "reserve": "conf.before_zet"}]'
+}
+
+@test "an error is in the document and on standard error" {
+    run_zet --json param set nofile a new
+    assert_status 1
+    assert_stderr "zet-client: error: nofile: does not exist (create it, or correct the path)"
+    assert_json 'd["errors"], d["exit_status"]' '[["nofile: does not exist (create it, or correct the path)"], 1]'
+}
+
+@test "quiet shows no more than errors and what was asked for" {
+    run_zet -q param set conf a new
+    assert_success ""
+    run_zet -q param get conf a
+    assert_success "new"
+}
+
+@test "what is no regular file that can be read is refused" {
+    mkfifo fifo
+    mkdir directory
+    ln -s gone dangling
+    ln -s loop loop
+    remember_host
+    run_zet param set directory a 1
+    assert_refusal 1 "directory: is a directory (name a file in it)"
+    run_zet param set fifo a 1
+    assert_refusal 1 "fifo: is no regular file (name a regular file)"
+    run_zet param set dangling a 1
+    assert_refusal 1 "$HOST/gone: does not exist (create it, or correct the path)"
+    run_zet param set loop a 1
+    assert_refusal 1 "$HOST/loop: too many symbolic links (a link leads back to itself)"
+    run_zet param set /dev/null a 1
+    assert_refusal 1 "/dev/null: is no regular file (name a regular file)"
+    run_zet param set '' a 1
+    assert_refusal 2 "FILE is empty (name a file)"
+    assert_host_unchanged
+}
+
+@test "a symbolic link is followed and stays" {
+    mkdir sub
+    mv conf sub/real
+    ln -s sub/real conf
+    run_zet param set conf a new
+    assert_success "$HOST/sub/real: changed, the original is kept as $HOST/sub/real.before_zet"
+    assert_equal "$(readlink conf)" sub/real
+    assert_file sub/real.before_zet $'a=1\nb=2\n'
+    assert_absent conf.before_zet
+    run_zet file restore conf
+    assert_status 0
+    assert_equal "$(readlink conf)" sub/real
+    assert_file sub/real $'a=1\nb=2\n'
+}
+
+@test "mode, owner, access list and attributes of the file are kept" {
+    need_root
+    setfattr -n user.note -v kept conf || skip "no user attributes here"
+    setfacl -m u:12345:r conf || skip "no access lists here"
+    chown 4321:8765 conf
+    chmod 4750 conf
+    local before
+    before=$(stat -c '%a %u %g' conf && getfacl -cn conf && getfattr -d conf)
+    zet param set conf a new
+    assert_equal "$(stat -c '%a %u %g' conf && getfacl -cn conf && getfattr -d conf)" "$before"
+    zet param set --no-backup conf a newer
+    assert_equal "$(stat -c '%a %u %g' conf && getfacl -cn conf && getfattr -d conf)" "$before"
+    zet file restore conf
+    assert_equal "$(stat -c '%a %u %g' conf && getfacl -cn conf && getfattr -d conf)" "$before"
+}
+
+@test "the other names of a file with hard links are warned of" {
+    ln conf other
+    run_zet param set --no-markers conf a new
+    assert_status 0
+    assert_stderr "zet-client: warning: conf: has 2 names (hard links); the others keep the former text"
+    assert_file other $'a=1\nb=2\n'
+}
+
+@test "a file of others by the name of the temporary one is never lost" {
+    local kind
+    for kind in plain link directory; do
+        case $kind in
+        plain) echo precious >conf.tmp ;;
+        link) ln -s conf conf.tmp ;;
+        directory) mkdir conf.tmp ;;
+        esac
+        remember_host
+        run_zet param set conf a new
+        assert_refusal 1 "conf.tmp: is in the way of writing conf, and not from here (move it away)"
+        run_zet param set -n conf a new
+        assert_refusal 1 "conf.tmp: is in the way of writing conf, and not from here (move it away)"
+        assert_host_unchanged
+        rm -r conf.tmp
+    done
+}
+
+@test "a temporary file that a killed run left is cleared away" {
+    echo "$HOST/conf" >state/zet.pending
+    echo half >conf.tmp
+    run_zet param set --no-markers conf a new
+    assert_status 0
+    assert_stderr "zet-client: removed $HOST/conf.tmp, which a run that was cut short left"
+    assert_file conf $'a=new\nb=2\n'
+    assert_absent conf.tmp
+    assert_absent state/zet.pending
+}
+
+@test "a directory of temporary files that a killed run left is cleared away" {
+    mkdir -m 700 state/zet-staging.123456
+    echo half >state/zet-staging.123456/conf
+    run_zet param set conf a new
+    assert_status 0
+    assert_absent state/zet-staging.123456
+}
+
+@test "a file that is too large for its copy is left as it is" {
+    head -c 100000 /dev/zero | tr '\0' x >big
+    remember_host
+    capture bash -c 'ulimit -f 64; exec "$@"' - "$ZET_BIN/zet-client" --config zet.conf param set big a 1
+    assert_status 1
+    assert_output ""
+    assert_equal "${stderr##*/}" $'big: cannot be written: File too large\n'
+    assert_host_unchanged
+}
+
+@test "an edit waits for the lock, and a dry run does not" {
+    python3 - state/zet.lock <<-'END' &
+		import fcntl, sys, time
+		lock = open(sys.argv[1], "r+")
+		fcntl.lockf(lock, fcntl.LOCK_EX)
+		open("locked", "w").close()
+		time.sleep(2)
+	END
+    local holder=$!
+    while [[ ! -e locked ]]; do sleep 0.05; done
+    run_zet param set -n conf a new
+    assert_status 3
+    kill -0 "$holder"
+    local start=${EPOCHREALTIME/./}
+    run_zet param set conf a new
+    assert_status 0
+    wait "$holder"
+    ((${EPOCHREALTIME/./} - start > 1000000))
+}
+
+@test "a signal ends an edit that waits, with a report and without a trace" {
+    python3 - state/zet.lock <<-'END' &
+		import fcntl, sys, time
+		lock = open(sys.argv[1], "r+")
+		fcntl.lockf(lock, fcntl.LOCK_EX)
+		open("locked", "w").close()
+		time.sleep(20)
+	END
+    local holder=$!
+    while [[ ! -e locked ]]; do sleep 0.05; done
+    remember_host
+    "$ZET_BIN/zet-client" --config zet.conf param set conf a new 2>../stderr &
+    local edit=$!
+    sleep 1
+    kill -TERM "$edit"
+    local status=0
+    wait "$edit" || status=$?
+    kill "$holder"
+    assert_equal "$status" 1
+    assert_equal "$(cat ../stderr)" "zet-client: error: ended by a signal (Terminated) before all was done (run the command again)"
+    assert_host_unchanged
+}
+
+@test "what is written does not depend on the reader's language" {
+    LC_ALL=de_DE.UTF-8 LANGUAGE=de zet param set conf a new
+    zet param set --no-backup conf a newer
+    assert_file conf "${NOTICE}# --PRE-ZET-- a=1
+$(block a=newer)
+b=2
+"
+}
+
+@test "log records of an edit go where they are wanted" {
+    printf '# ----ZET_END----\na=1\n' >conf
+    run_zet param set conf a new
+    assert_status 0
+    assert_stderr "zet-client: warning: Unexpected token '# ----ZET_END----' in line 1."
+    run_zet param set -n conf a newer
+    assert_status 3
+    assert_equal "$(grep -c 'Unexpected token' <<<"$stderr")" 1
+    run_zet -q param set conf a newer
+    assert_success ""
+}

@@ -1,0 +1,214 @@
+load helper
+
+setup() {
+    make_host
+    printf 'a=1\nb=2\n' >conf
+}
+
+teardown() {
+    remove_host
+}
+
+@test "strip takes the blocks out and leaves notice and kept lines" {
+    zet param set conf a new
+    run_zet file strip conf
+    assert_success "conf: changed, the original is kept as conf.before_zet"
+    assert_file conf "$NOTICE"$'# --PRE-ZET-- a=1\nb=2\n'
+}
+
+@test "strip a second time changes nothing" {
+    zet param set conf a new
+    zet file strip conf
+    remember_host
+    run_zet file strip conf
+    assert_success "conf: unchanged"
+    assert_host_unchanged
+}
+
+@test "strip of a file without blocks and notice leaves it untouched" {
+    remember_host
+    run_zet file strip conf
+    assert_success "conf: unchanged, no managed block and no notice in it"
+    assert_host_unchanged
+}
+
+@test "strip with nothing kept before keeps the file first" {
+    block a=new >conf
+    run_zet file strip conf
+    assert_success "conf: changed, the original is kept as conf.before_zet"
+    assert_file conf.before_zet "$(block a=new)"$'\n'
+}
+
+@test "strip without a backup leaves no reserve" {
+    block a=new >conf
+    echo b=2 >>conf
+    run_zet file strip --no-backup conf
+    assert_success "conf: changed"
+    assert_file conf "$NOTICE"$'b=2\n'
+    assert_absent conf.before_zet
+}
+
+@test "strip refuses a block and a notice that have no end" {
+    printf 'a=1\n# ---ZET_BEGIN---\nb=2\nprecious\n' >conf
+    remember_host
+    run_zet file strip conf
+    assert_refusal 1 'conf: the managed block that begins in line 2 has no end, and all that follows would be dropped ("doctor" tells a repair)'
+    assert_host_unchanged
+    printf '# --ZET_CONFIG_COMMENT--\nprecious\n' >conf
+    run_zet file strip conf
+    assert_refusal 1 'conf: the notice that begins in line 1 has no end, and all that follows would be dropped ("doctor" tells a repair)'
+}
+
+@test "strip of a file that does not exist fails" {
+    run_zet file strip nofile
+    assert_refusal 1 "nofile: does not exist (create it, or correct the path)"
+}
+
+@test "reserve keeps the file with its mode, once" {
+    chmod 640 conf
+    run_zet file reserve conf
+    assert_success "conf: reserved, kept as conf.before_zet"
+    assert_file conf.before_zet $'a=1\nb=2\n'
+    assert_equal "$(stat -c %a conf.before_zet)" 640
+    echo c=3 >>conf
+    remember_host
+    run_zet file reserve conf
+    assert_success "conf: unchanged, it is kept already, as conf.before_zet"
+    assert_host_unchanged
+}
+
+@test "reserve of a file that is not there records that" {
+    run_zet file reserve nofile
+    assert_success "nofile: reserved, there is no such file, recorded as nofile.no_file_before_zet"
+    assert_file nofile.no_file_before_zet ""
+    remember_host
+    run_zet file reserve nofile
+    assert_success "nofile: unchanged, that there is no such file is recorded already, as nofile.no_file_before_zet"
+    assert_host_unchanged
+    echo made >nofile
+    run_zet file reserve nofile
+    assert_success "nofile: unchanged, there was no such file before, as nofile.no_file_before_zet records"
+    assert_absent nofile.before_zet
+}
+
+@test "reserve of a directory fails" {
+    run_zet file reserve etc
+    assert_refusal 1 "etc: is a directory (name a file in it)"
+    run_zet file reserve nodir/file
+    assert_refusal 1 "nodir: is no directory that nodir/file can be in (create it, or correct the path)"
+}
+
+@test "restore puts the reserve back, mode and all" {
+    chmod 600 conf
+    zet file reserve conf
+    echo c=3 >conf
+    chmod 644 conf
+    run_zet file restore conf
+    assert_success "conf: restored, mode 0644 -> 0600, from conf.before_zet"
+    assert_file conf $'a=1\nb=2\n'
+    assert_equal "$(stat -c %a conf)" 600
+    assert_absent conf.before_zet
+}
+
+@test "restore puts the reserve of a file back that is gone" {
+    zet file reserve conf
+    rm conf
+    run_zet file restore conf
+    assert_success "conf: restored, from conf.before_zet"
+    assert_file conf $'a=1\nb=2\n'
+}
+
+@test "restore without a reserve says so" {
+    remember_host
+    run_zet file restore conf
+    assert_success "conf: unchanged, nothing to put back"
+    assert_host_unchanged
+}
+
+@test "restore of a file that was not there before leaves it and says so" {
+    zet file reserve new
+    echo made >new
+    run_zet file restore new
+    assert_success "new: forgotten, there was no such file before; this one stays (remove it by hand if it is not wanted)"
+    assert_file new $'made\n'
+    assert_absent new.no_file_before_zet
+}
+
+@test "forget drops the reserve and leaves the file" {
+    zet param set conf a new
+    cp conf before
+    run_zet file forget conf
+    assert_success "conf: forgotten, its reserve is dropped"
+    cmp conf before
+    assert_absent conf.before_zet
+    run_zet file forget conf
+    assert_success "conf: unchanged, it has no reserve"
+}
+
+@test "forget drops the record that there was no file" {
+    zet file reserve nofile
+    run_zet file forget nofile
+    assert_success "nofile: forgotten, its reserve is dropped"
+    assert_absent nofile.no_file_before_zet
+}
+
+@test "a dry run of each tells what would be done and does nothing" {
+    zet param set conf a new
+    zet file reserve new
+    echo c=3 >other
+    remember_host
+    run_zet file strip -n conf
+    assert_status 3
+    assert_output "conf: would be changed"
+    run_zet file reserve -n other
+    assert_status 3
+    assert_output "other: would be reserved, kept as other.before_zet"
+    run_zet file reserve -n nofile
+    assert_status 3
+    assert_output "nofile: would be reserved, there is no such file, recorded as nofile.no_file_before_zet"
+    run_zet file restore -n conf
+    assert_status 3
+    assert_output "conf: would be restored, from conf.before_zet"
+    run_zet file forget -n new
+    assert_status 3
+    assert_output "new: would be forgotten, its reserve is dropped"
+    run_zet file restore -n other
+    assert_status 0
+    assert_output "other: unchanged, nothing to put back"
+    assert_host_unchanged
+}
+
+@test "the diff of reserve, restore and forget is fit for patch" {
+    zet param set conf a new
+    cp -a . ../copy
+    zet file restore --diff conf | grep -v '^conf: ' >../restore.diff
+    (cd ../copy && patch -s -p1 <../restore.diff)
+    diff -r . ../copy
+    zet file reserve --diff conf | grep -v '^conf: ' >../reserve.diff
+    (cd ../copy && patch -s -p1 <../reserve.diff)
+    diff -r . ../copy
+    zet file forget --diff conf | grep -v '^conf: ' >../forget.diff
+    (cd ../copy && patch -s -p1 <../forget.diff)
+    diff -r . ../copy
+}
+
+@test "a reserve that is no regular file is refused" {
+    ln -s /etc/passwd conf.before_zet
+    remember_host
+    run_zet file restore conf
+    assert_refusal 1 "conf.before_zet: is no regular file, so conf has no reserve (move it away)"
+    run_zet param set conf a new
+    assert_refusal 1 "conf.before_zet: is no regular file, so conf has no reserve (move it away)"
+    assert_host_unchanged
+}
+
+@test "the document tells what was done to the file and where its reserve is" {
+    run_zet --json file reserve conf
+    assert_status 0
+    assert_json 'd["dry_run"], d["files"][0]["file"], d["files"][0]["change"], d["files"][0]["reserve"]' \
+        '[false, "conf", "reserved", "conf.before_zet"]'
+    run_zet --json file restore -n conf
+    assert_status 3
+    assert_json 'd["dry_run"], d["files"][0]["change"], d["files"][0]["reserve"], d["exit_status"]' \
+        '[true, "restored", null, 3]'
+}

@@ -1,0 +1,174 @@
+# Shared by the tests of the commands. ZET_BIN names the directory of the commands.
+
+SOURCE_DIR=$(cd "$BATS_TEST_DIRNAME/../.." && pwd)
+export ZET_BIN=${ZET_BIN:-$SOURCE_DIR/build/test/bin}
+export LC_ALL=C TZ=UTC
+unset LANGUAGE NO_COLOR
+
+# shellcheck disable=SC2034  # used by the tests
+NOTICE='# --ZET_CONFIG_COMMENT--
+# This file is partially modified by zet(7).
+# Do not edit data between ZET_BEGIN and ZET_END labels manually
+# unless you know what you are doing.
+# These lines are updated automatically by zet-init(1) and zet-client(1).
+
+# --ZET_COMMENT_END--
+'
+
+# block LINE: the managed block that holds the line.
+block() {
+    printf '# ---ZET_BEGIN---\n%s\n# ----ZET_END----\n' "$1"
+}
+
+# A small host in $HOST, which is the current directory; every user may look at it. Temporary files have a
+# directory of their own.
+make_host() {
+    BASE=$(mktemp -d "${TMPDIR:-/tmp}/zet-tools.XXXXXX")
+    HOST=$BASE/host
+    export TMPDIR=$BASE/tmp
+    mkdir -p "$HOST" "$TMPDIR"
+    chmod 755 "$BASE"
+    chmod 1777 "$TMPDIR"
+    cd "$HOST" || return
+    mkdir etc templates state
+    (umask 077 && : >state/zet.lock)
+    cat >zet.conf <<-END
+		DOMAIN=example.org
+		SERVER=srv.example.org
+		ZET_CFG_DIR=$HOST/etc
+		ZET_CFG_TEMPL_DIR=$HOST/templates
+		ZET_VAR_LIB_DIR=$HOST/state
+	END
+}
+
+# Nothing that a command puts away for itself may stay.
+remove_host() {
+    local left
+    left=$(find "$TMPDIR" "$HOST/state" -name 'zet-staging.*' -o -name '*.pending')
+    cd / || return
+    [[ $BASE != */zet-tools.* ]] || rm -rf "$BASE"
+    [[ -z $left ]] || differ "left behind" "" "$left"
+}
+
+zet() {
+    "${PROGRAM:-$ZET_BIN/zet-client}" --config "$HOST/zet.conf" "$@"
+}
+
+# with_end FILE: its text, whatever line feeds are at the end, with a "." added.
+with_end() {
+    cat "$1" && printf .
+}
+
+# capture COMMAND...: its standard output in $output, its standard error in $stderr, its exit status in
+# $status; line feeds at the end are kept.
+capture() {
+    status=0
+    "$@" >"$BATS_TEST_TMPDIR/output" 2>"$BATS_TEST_TMPDIR/stderr" || status=$?
+    output=$(with_end "$BATS_TEST_TMPDIR/output")
+    output=${output%.}
+    stderr=$(with_end "$BATS_TEST_TMPDIR/stderr")
+    stderr=${stderr%.}
+}
+
+run_zet() {
+    capture zet "$@"
+}
+
+differ() {
+    printf '%s\nexpected: %q\nactual:   %q\n' "$1" "$2" "$3" >&2
+    return 1
+}
+
+assert_status() {
+    [[ $status == "$1" ]] || {
+        printf 'exit status %s instead of %s\n%s\n%s\n' "$status" "$1" "$output" "$stderr" >&2
+        return 1
+    }
+}
+
+# assert_output TEXT: standard output is the text and a line feed, or empty.
+assert_output() {
+    local expected=${1:+$1$'\n'}
+    [[ $output == "$expected" ]] || differ "standard output" "$expected" "$output"
+}
+
+assert_stderr() {
+    local expected=${1:+$1$'\n'}
+    [[ $stderr == "$expected" ]] || differ "standard error" "$expected" "$stderr"
+}
+
+# assert_success OUTPUT: status 0, just this output, and nothing on standard error.
+assert_success() {
+    assert_status 0 && assert_output "$1" && assert_stderr ""
+}
+
+# assert_refusal STATUS MESSAGE: nothing on standard output, just this error on standard error.
+assert_refusal() {
+    assert_status "$1" && assert_output "" && assert_stderr "zet-client: error: $2"
+}
+
+# assert_file FILE TEXT: byte for byte.
+assert_file() {
+    local actual
+    actual=$(with_end "$1") || return
+    [[ $actual == "$2." ]] || differ "$1" "$2" "${actual%.}"
+}
+
+assert_absent() {
+    [[ ! -e $1 && ! -L $1 ]] || {
+        echo "$1 is there" >&2
+        return 1
+    }
+}
+
+assert_equal() {
+    [[ $1 == "$2" ]] || differ "values" "$2" "$1"
+}
+
+# Everything in the host's directory: kind, mode, owner, times, link targets, bytes.
+state_of_host() {
+    find "$HOST" -printf '%y %m %U:%G %i %T@ %p -> %l\n' | LC_ALL=C sort
+    find "$HOST" -type f -exec sha256sum {} + | LC_ALL=C sort
+}
+
+remember_host() {
+    REMEMBERED=$(state_of_host)
+}
+
+assert_host_unchanged() {
+    local now
+    now=$(state_of_host)
+    [[ $now == "$REMEMBERED" ]] || {
+        diff <(echo "$REMEMBERED") <(echo "$now") >&2
+        return 1
+    }
+}
+
+# json EXPRESSION: of the document "d" that the command printed.
+json() {
+    python3 -c 'import json, sys
+d = json.loads(sys.argv[1])
+value = eval(sys.argv[2])
+print(value if isinstance(value, str) else json.dumps(value))' "$output" "$1"
+}
+
+assert_json() {
+    assert_equal "$(json "$1")" "$2"
+}
+
+need_root() {
+    [[ $EUID -eq 0 ]] || skip "needs root"
+}
+
+# as_nobody COMMAND...: as a user without any rights, with a copy of the programs that such a user can reach.
+as_nobody() {
+    setpriv --reuid=65534 --regid=65534 --clear-groups "$@"
+}
+
+copy_programs() {
+    mkdir -p "$BASE/programs/bin" "$BASE/programs/lib"
+    cp "$ZET_BIN/zet-init" "$BASE/programs/bin/"
+    ln -s zet-init "$BASE/programs/bin/zet-client"
+    cp -r "$ZET_BIN/../lib/." "$BASE/programs/lib/"
+    chmod -R a+rX "$BASE/programs"
+}

@@ -1,0 +1,166 @@
+load helper
+
+setup() {
+    make_host
+    printf 'first one\nsecond\n\nlast' >conf
+}
+
+teardown() {
+    remove_host
+}
+
+@test "get prints the first line that matches" {
+    run_zet line get conf 'st'
+    assert_success "first one"
+    run_zet line get conf '^s'
+    assert_success "second"
+}
+
+@test "get finds an empty line" {
+    run_zet line get conf '^$'
+    assert_status 0
+    assert_equal "$output" $'\n'
+}
+
+@test "get does not find an empty line where there is none" {
+    printf 'a\nb\n' >conf
+    run_zet line get conf '^$'
+    assert_status 1
+    assert_output ""
+    assert_stderr ""
+}
+
+@test "get of a line that is not there says nothing and fails" {
+    remember_host
+    run_zet line get conf nope
+    assert_status 1
+    assert_output ""
+    assert_stderr ""
+    run_zet --json line get conf nope
+    assert_status 1
+    assert_json 'd["command"], d["pattern"], d["found"], d["line"]' '["line get", "nope", false, null]'
+    assert_host_unchanged
+}
+
+@test "a pattern that is no regular expression is wrong use, in an empty file too" {
+    : >conf
+    for command in "get conf (" "set conf ( x" "restore conf ("; do
+        run_zet line $command
+        assert_status 2
+        assert_output ""
+        assert_equal "${stderr%% is not valid*}" "zet-client: error: PATTERN: Regular expression '('"
+    done
+}
+
+@test "an empty pattern is wrong use" {
+    run_zet line get conf ''
+    assert_refusal 2 "PATTERN is empty (give a regular expression)"
+    run_zet line set conf '' x
+    assert_refusal 2 "PATTERN is empty (give a regular expression)"
+    run_zet line restore conf ''
+    assert_refusal 2 "PATTERN is empty (give a regular expression)"
+}
+
+@test "set replaces every line that matches, each with a block of its own" {
+    run_zet line set conf '^[fl]' new
+    assert_success "conf: changed, the original is kept as conf.before_zet"
+    assert_file conf "$NOTICE# --PRE-ZET-- first one
+$(block new)
+second
+
+# --PRE-ZET-- last
+$(block new)"
+}
+
+@test "set appends a line that is not there" {
+    run_zet line set --no-markers conf nope 'added line'
+    assert_status 0
+    assert_file conf $'first one\nsecond\n\nlast\nadded line\n'
+}
+
+@test "set a second time changes the block, whether the pattern also fits the kept line or not" {
+    zet line set conf one 'one 1'
+    run_zet line set conf one 'one 2'
+    assert_status 0
+    assert_file conf "$NOTICE# --PRE-ZET-- first one
+$(block 'one 2')
+second
+
+last"
+}
+
+@test "set with a pattern for every line spares the lines that keep order in the file" {
+    zet line set conf second changed
+    run_zet line set conf . all
+    assert_status 0
+    assert_file conf "$NOTICE# --PRE-ZET-- first one
+$(block all)
+# --PRE-ZET-- second
+$(block all)
+
+# --PRE-ZET-- last
+$(block all)"
+}
+
+@test "set without markers spares the kept lines" {
+    zet line set conf one 'one 1'
+    run_zet line set --no-markers conf one 'one 2'
+    assert_status 0
+    assert_file conf "$NOTICE# --PRE-ZET-- first one
+$(block 'one 2')
+second
+
+last"
+}
+
+@test "set refuses a line feed and a marker in the line" {
+    remember_host
+    run_zet line set conf second $'a\nb'
+    assert_refusal 2 "LINE holds a line feed (a line cannot; give the text without it)"
+    run_zet line set conf second '# ---ZET_BEGIN--- x'
+    assert_refusal 2 'LINE begins with "# ---ZET_BEGIN---", which marks lines of the system itself (begin it with something else)'
+    assert_host_unchanged
+}
+
+@test "restore brings back the lines whose text begins with a match" {
+    zet line set conf '^second' new
+    run_zet line restore conf '^second'
+    assert_success "conf: changed, the original is kept as conf.before_zet"
+    assert_file conf "$NOTICE"$'first one\nsecond\n\nlast'
+}
+
+@test "restore without anything to restore leaves the file byte for byte" {
+    zet line set conf '^second' new
+    remember_host
+    run_zet line restore conf '^first'
+    assert_success 'conf: unchanged, nothing to restore for "^first"'
+    assert_host_unchanged
+}
+
+@test "restore refuses to drop a block whose former line would not come back" {
+    zet line set conf 'one' 'one 1'
+    remember_host
+    run_zet line restore conf 'one'
+    assert_refusal 1 'conf: the restore would also drop managed blocks of others, in lines 9-11 (--all-blocks drops them too, "explain" tells what they are)'
+    assert_host_unchanged
+}
+
+@test "restore refuses a pattern that would cut lines which keep no former one" {
+    printf 'second\nprecious words\n' >conf
+    zet line set conf '^second' new
+    remember_host
+    run_zet line restore conf '^second|precious'
+    assert_refusal 2 '"^second|precious" also selects line 12 of conf, which keeps no former line (put alternatives in parentheses)'
+    assert_host_unchanged
+    run_zet line restore conf '^(second|precious)'
+    assert_status 0
+    assert_file conf "$NOTICE"$'second\nprecious words\n'
+}
+
+@test "restore brings back a kept line whose block was stripped" {
+    zet line set conf '^second' new
+    zet file strip conf
+    run_zet line restore conf '^second'
+    assert_status 0
+    assert_file conf "$NOTICE"$'first one\nsecond\n\nlast'
+}

@@ -1,0 +1,123 @@
+load helper
+
+setup() {
+    make_host
+    printf 'DOMAIN=example.org\nSERVER=srv.example.org\nZET_VAR_LIB_DIR=%s/state\n' "$HOST" >zet.conf
+}
+
+teardown() {
+    remove_host
+}
+
+@test "get prints the value in effect: of the file, by default, derived" {
+    run_zet option get DOMAIN
+    assert_success "example.org"
+    run_zet option get ZET_SYNC
+    assert_success "yes"
+    run_zet option get REALM
+    assert_success "EXAMPLE.ORG"
+}
+
+@test "get prints an empty value" {
+    echo 'NOTE=' >>zet.conf
+    run_zet option get NOTE
+    assert_status 0
+    assert_equal "$output" $'\n'
+    assert_stderr ""
+}
+
+@test "get of an unknown parameter says nothing and fails" {
+    run_zet option get NOPE
+    assert_status 1
+    assert_output ""
+    assert_stderr ""
+    run_zet -v option get COMMIT_TIME
+    assert_status 1
+    assert_output ""
+    assert_equal "$(tail -n 1 <<<"${stderr%?}")" 'zet-client: there is no parameter "COMMIT_TIME"'
+    run_zet --json option get NOPE
+    assert_status 1
+    assert_json 'd["name"], d["found"], d["value"]' '["NOPE", false, null]'
+}
+
+@test "set changes the line in place, without notice, markers and reserve" {
+    run_zet option set SERVER other.example.org
+    assert_success "$HOST/zet.conf: changed"
+    assert_file zet.conf $'DOMAIN=example.org\nSERVER=other.example.org\nZET_VAR_LIB_DIR='"$HOST"$'/state\n'
+    assert_absent zet.conf.before_zet
+    assert_absent zet.conf.no_file_before_zet
+    run_zet option get SERVER
+    assert_success "other.example.org"
+}
+
+@test "set appends a parameter that is not there" {
+    run_zet option set REALM OTHER.ORG
+    assert_status 0
+    assert_file zet.conf $'DOMAIN=example.org\nSERVER=srv.example.org\nZET_VAR_LIB_DIR='"$HOST"$'/state\n\nREALM=OTHER.ORG\n'
+    run_zet option get REALM
+    assert_success "OTHER.ORG"
+}
+
+@test "set to the value that it has leaves the file untouched" {
+    remember_host
+    run_zet option set SERVER srv.example.org
+    assert_success "$HOST/zet.conf: unchanged"
+    assert_host_unchanged
+}
+
+@test "set refuses a name that is none" {
+    remember_host
+    local name
+    for name in '' 1A 'A B' 'A=B' A.B; do
+        run_zet option set "$name" x
+        assert_refusal 2 "NAME \"$name\" is no name of a parameter (use letters, digits and \"_\", no digit first)"
+    done
+    run_zet option set ZET_CFG /etc/other
+    assert_refusal 2 "ZET_CFG is always the file that is read (name another one with --config)"
+    assert_host_unchanged
+}
+
+@test "set refuses a value that would break the file" {
+    remember_host
+    run_zet option set REALM $'A\nB'
+    assert_refusal 2 "VALUE holds a line feed (a line cannot; give the text without it)"
+    run_zet option set ZET_SYNC maybe
+    assert_refusal 1 "the option would break the configuration file: $HOST/zet.conf:5: 'maybe' is no value for ZET_SYNC (write yes or no)"
+    assert_host_unchanged
+}
+
+@test "set in a dry run shows the change and makes none" {
+    remember_host
+    run_zet option set -n --diff SERVER other
+    assert_status 3
+    assert_output "$HOST/zet.conf: would be changed
+--- a${HOST}/zet.conf
++++ b${HOST}/zet.conf
+@@ -1,3 +1,3 @@
+ DOMAIN=example.org
+-SERVER=srv.example.org
++SERVER=other
+ ZET_VAR_LIB_DIR=$HOST/state"
+    assert_host_unchanged
+}
+
+@test "set writes into the real file when the configuration file is a link" {
+    mv zet.conf real.conf
+    ln -s real.conf zet.conf
+    run_zet option set SERVER other
+    assert_success "$HOST/real.conf: changed"
+    assert_equal "$(readlink zet.conf)" real.conf
+    assert_equal "$(grep SERVER real.conf)" "SERVER=other"
+}
+
+@test "a configuration file that is missing or broken is an error that names it" {
+    capture "$ZET_BIN/zet-client" --config "$HOST/none" option get REALM
+    assert_status 1
+    assert_output ""
+    assert_equal "${stderr:0:$((25 + ${#HOST}))}" "zet-client: error: $HOST/none:"
+    echo nonsense >>zet.conf
+    run_zet option get REALM
+    assert_status 1
+    assert_output ""
+    assert_equal "${stderr%: no \"=\"*}" "zet-client: error: $HOST/zet.conf:4"
+}

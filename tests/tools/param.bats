@@ -1,0 +1,289 @@
+load helper
+
+setup() {
+    make_host
+    printf 'realms\nkdc=old\nempty=\n#off=1\n spaced=two words \n' >conf
+}
+
+teardown() {
+    remove_host
+}
+
+@test "get prints the value and a line feed" {
+    run_zet param get conf kdc
+    assert_success "old"
+}
+
+@test "get prints the value with all its blanks" {
+    run_zet param get conf spaced
+    assert_success "two words "
+}
+
+@test "get prints what stands after the first equals sign" {
+    echo 'kdc=a=b' >conf
+    run_zet param get conf kdc
+    assert_success "a=b"
+}
+
+@test "get finds a parameter with an empty value" {
+    run_zet param get conf empty
+    assert_status 0
+    assert_equal "$output" $'\n'
+    assert_stderr ""
+}
+
+@test "get of a missing parameter says nothing and fails" {
+    remember_host
+    run_zet param get conf nope
+    assert_status 1
+    assert_output ""
+    assert_stderr ""
+    assert_host_unchanged
+}
+
+@test "get of a missing parameter says so when asked to tell more" {
+    run_zet -v param get conf nope
+    assert_status 1
+    assert_output ""
+    assert_stderr "zet-client: notice: Process config file 'conf'...
+zet-client: conf: has no parameter \"nope\""
+}
+
+@test "get does not see a parameter that is commented out" {
+    run_zet param get conf off
+    assert_status 1
+    assert_output ""
+}
+
+@test "get prints the first of several parameters of one name" {
+    printf 'a=1\na=2\n' >conf
+    run_zet param get conf a
+    assert_success "1"
+}
+
+@test "get as a document tells found from missing" {
+    run_zet --json param get conf empty
+    assert_status 0
+    assert_json 'd["found"], d["value"], d["exit_status"]' '[true, "", 0]'
+    run_zet --json param get conf nope
+    assert_status 1
+    assert_json 'd["version"], d["command"], d["file"], d["name"], d["found"], d["value"], d["exit_status"]' \
+        '[1, "param get", "conf", "nope", false, null, 1]'
+}
+
+@test "get as a document flags bytes that are no UTF-8" {
+    printf 'kdc=\xff\n' >conf
+    run_zet --json param get conf kdc
+    assert_status 0
+    assert_json 'd["value"], d["value_lossy"]' '["\ufffd", true]'
+}
+
+@test "get of a file that does not exist fails" {
+    run_zet param get nofile kdc
+    assert_refusal 1 "nofile: does not exist (create it, or correct the path)"
+}
+
+@test "set keeps the former line and puts the new one into a block" {
+    run_zet param set conf kdc new
+    assert_success "conf: changed, the original is kept as conf.before_zet"
+    assert_file conf "${NOTICE}realms
+# --PRE-ZET-- kdc=old
+$(block kdc=new)
+empty=
+#off=1
+ spaced=two words 
+"
+    assert_file conf.before_zet $'realms\nkdc=old\nempty=\n#off=1\n spaced=two words \n'
+    assert_absent conf.tmp
+}
+
+@test "set replaces a commented-out parameter" {
+    printf '#off=1\n' >conf
+    run_zet param set conf off 2
+    assert_status 0
+    assert_file conf "$NOTICE# --PRE-ZET-- #off=1
+$(block off=2)
+"
+}
+
+@test "set of a missing parameter appends a block after an empty line" {
+    printf 'a=1\n' >conf
+    run_zet param set conf b 2
+    assert_status 0
+    assert_file conf "${NOTICE}a=1
+
+$(block b=2)
+"
+}
+
+@test "set without markers replaces the line and nothing else" {
+    printf 'a=1\nb=2' >conf
+    run_zet param set --no-markers conf a 3
+    assert_success "conf: changed, the original is kept as conf.before_zet"
+    assert_file conf $'a=3\nb=2'
+}
+
+@test "set without a backup leaves no reserve" {
+    run_zet param set --no-backup conf kdc new
+    assert_success "conf: changed"
+    assert_absent conf.before_zet
+    assert_absent conf.no_file_before_zet
+}
+
+@test "set a second time changes the line in its block and keeps the first reserve" {
+    zet param set conf kdc new
+    run_zet param set conf kdc newer
+    assert_success "conf: changed, the original is kept as conf.before_zet"
+    run_zet param get conf kdc
+    assert_success "newer"
+    assert_equal "$(grep -c ZET_BEGIN--- conf)" 1
+    assert_file conf.before_zet $'realms\nkdc=old\nempty=\n#off=1\n spaced=two words \n'
+}
+
+@test "set to the value that it has leaves the file untouched" {
+    zet param set conf kdc new
+    remember_host
+    run_zet param set conf kdc new
+    assert_success "conf: unchanged"
+    assert_host_unchanged
+}
+
+@test "set takes an empty value" {
+    printf 'kdc=old\n' >conf
+    run_zet param set --no-markers conf kdc ''
+    assert_status 0
+    assert_file conf $'kdc=\n'
+}
+
+@test "set takes values of any form" {
+    printf 'a=1\n' >conf
+    local value
+    for value in '[x]' '{}' '"q"' "'" '%s%n' '$HOME' '\1 &' '#c' ' ' 'x=y' $'\xff'; do
+        zet param set --no-markers conf a "$value"
+        assert_file conf "a=$value"$'\n'
+    done
+    zet param set --no-markers conf a -- -n
+    assert_file conf $'a=-n\n'
+}
+
+@test "set refuses a line feed in the value" {
+    remember_host
+    run_zet param set conf kdc $'a\nb'
+    assert_refusal 2 "VALUE holds a line feed (a line cannot; give the text without it)"
+    assert_host_unchanged
+}
+
+@test "set refuses a name that is none" {
+    remember_host
+    run_zet param set conf '' new
+    assert_refusal 2 "NAME is empty (give the name of a parameter)"
+    run_zet param set conf 'a=b' new
+    assert_refusal 2 'NAME "a=b" holds "=" (give name and value apart)'
+    run_zet param set conf '#a' new
+    assert_refusal 2 'NAME "#a" begins with "#" or a blank (give the name alone)'
+    run_zet param set conf ' a' new
+    assert_refusal 2 'NAME " a" begins with "#" or a blank (give the name alone)'
+    run_zet param set conf $'a\nb' new
+    assert_refusal 2 'NAME holds a line feed (a line cannot; give the text without it)'
+    assert_host_unchanged
+}
+
+REMEDY='(NAME is part of a regular expression: use "line" with a PATTERN that says what is meant)'
+
+@test "a name that selects a line without holding it is refused" {
+    printf 'a.c=1\nabc=2\n' >conf
+    remember_host
+    run_zet param set conf a.c 3
+    assert_refusal 2 "NAME \"a.c\" also selects line 2 of conf, which does not hold it $REMEDY"
+    run_zet param get conf a.c
+    assert_refusal 2 "NAME \"a.c\" also selects line 2 of conf, which does not hold it $REMEDY"
+    run_zet param set conf 'x|c' 3
+    assert_refusal 2 "NAME \"x|c\" also selects line 1 of conf, which does not hold it $REMEDY"
+    run_zet param set conf '[a-z]*' 3
+    assert_refusal 2 "NAME \"[a-z]*\" does not select itself $REMEDY"
+    run_zet param set conf 'a+' 3
+    assert_refusal 2 "NAME \"a+\" does not select itself $REMEDY"
+    assert_host_unchanged
+}
+
+@test "a name with a dot passes where it selects only itself" {
+    printf 'net.ipv4.ip_forward=0\n' >conf
+    run_zet param set --no-markers conf net.ipv4.ip_forward 1
+    assert_status 0
+    assert_file conf $'net.ipv4.ip_forward=1\n'
+    run_zet param get conf net.ipv4.ip_forward
+    assert_success "1"
+}
+
+@test "a name that is no regular expression is refused" {
+    run_zet param set conf 'a(' 3
+    assert_status 2
+    assert_equal "${stderr%% is not valid*}" "zet-client: error: NAME \"a(\": Regular expression '^a(='"
+}
+
+@test "restore brings the former line back" {
+    zet param set conf kdc new
+    run_zet param restore conf kdc
+    assert_success "conf: changed, the original is kept as conf.before_zet"
+    assert_file conf "$NOTICE"$'realms\nkdc=old\nempty=\n#off=1\n spaced=two words \n'
+}
+
+@test "restore of a parameter that was appended takes the block out" {
+    printf 'a=1\n' >conf
+    zet param set conf b 2
+    run_zet param restore conf b
+    assert_status 0
+    assert_file conf "$NOTICE"$'a=1\n\n'
+}
+
+@test "restore with nothing to restore leaves the file byte for byte" {
+    remember_host
+    run_zet param restore conf kdc
+    assert_success 'conf: unchanged, nothing to restore for "kdc"'
+    assert_host_unchanged
+}
+
+@test "restore leaves alone what others wrote when it has nothing of its own" {
+    zet param set conf empty full
+    remember_host
+    run_zet param restore conf kdc
+    assert_success 'conf: unchanged, nothing to restore for "kdc"'
+    assert_host_unchanged
+}
+
+@test "restore refuses to drop the blocks of others" {
+    printf 'kdc=1\nrealm=2\n' >conf
+    zet param set conf kdc new
+    zet param set conf realm new
+    zet param set conf added new
+    remember_host
+    run_zet param restore conf kdc
+    assert_refusal 1 'conf: the restore would also drop managed blocks of others, in lines 13-15, 17-19 (--all-blocks drops them too, "explain" tells what they are)'
+    assert_host_unchanged
+}
+
+@test "restore drops the blocks of others when it is told to" {
+    printf 'kdc=1\nrealm=2\n' >conf
+    zet param set conf kdc new
+    zet param set conf realm new
+    run_zet param restore --all-blocks conf kdc
+    assert_status 0
+    assert_file conf "$NOTICE"$'kdc=1\n# --PRE-ZET-- realm=2\n'
+}
+
+@test "restore refuses a file with a block that has no end" {
+    printf '# --PRE-ZET-- kdc=1\n# ---ZET_BEGIN---\nkdc=2\nprecious\n' >conf
+    remember_host
+    run_zet param restore --all-blocks conf kdc
+    assert_refusal 1 'conf: the managed block that begins in line 2 has no end, and all that follows would be dropped ("doctor" tells a repair)'
+    assert_host_unchanged
+}
+
+@test "a command without its arguments is wrong use" {
+    run_zet param set conf kdc
+    assert_status 2
+    run_zet param
+    assert_status 2
+    run_zet param frobnicate conf
+    assert_status 2
+}
