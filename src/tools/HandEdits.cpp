@@ -191,7 +191,8 @@ void FixExact(RepairText& repair, const Token& token, bool hasGluedMarker) {
     const std::string rest = text.substr(MarkerText(token.marker).size());
     if (rest == repair.LineEnd()) return;
     if (IsOnlySurroundings(rest)) {
-        repair.Note(token.line, "hand-edited-marker", WhatStandsBehind(rest) + Quoted(token.marker), "take it out");
+        repair.Note(token.line, "hand-edited-marker", WhatStandsBehind(rest) + Quoted(token.marker),
+                    "take it out");
         repair.Replace(token.line, std::string(MarkerText(token.marker)) + repair.LineEnd());
     } else if (!hasGluedMarker) {
         repair.NoteAmbiguous(token.line, "text-after-marker",
