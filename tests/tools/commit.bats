@@ -1,0 +1,255 @@
+# commit-config: what it writes, keeps and says.
+
+load helper
+load set
+
+setup() {
+    make_set
+    add_target one.conf $'realm = ${realm}\n'
+    add_target two.conf $'domain = ${domain}\n'
+}
+
+teardown() {
+    remove_host
+}
+
+@test "a first commit makes every target of the role, keeps what was there, and records the status" {
+    original one.conf $'old\n'
+    run_zet commit-config
+    assert_success "$HOST/out/one.conf: changed, mode 0640 -> 0644, the original is kept as $HOST/out/one.conf.before_zet
+$HOST/out/two.conf: created, mode 0644, owner $EUID:$(id -g)"
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
+    assert_made two.conf $'domain = example.org\n'
+    assert_file out/one.conf.before_zet $'old\n'
+    assert_equal "$(stat -c %a out/one.conf out/one.conf.before_zet | paste -sd ' ')" "644 640"
+    assert_absent out/two.conf.before_zet
+    assert_file out/two.conf.no_file_before_zet ""
+    cmp templates/one.conf etc/one.conf
+    cmp templates/two.conf etc/two.conf
+    grep -qx 'DOMAIN=example.org' state/zet-client.status
+    grep -qxE 'COMMIT_TIME=[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}Z' state/zet-client.status
+    assert_equal "$(names_in state)" \
+        "zet-client-fs.status zet-client.manifest zet-client.status zet.lock"
+    assert_equal "$(names_in out)" \
+        "one.conf one.conf.before_zet two.conf two.conf.no_file_before_zet"
+}
+
+@test "the manifest holds inode, size, time, mode and path of each target" {
+    zet commit-config
+    assert_file state/zet-client.manifest "$(for name in one two; do
+        file=$HOST/out/$name.conf
+        time=$(stat -c %.9Y "$file")
+        echo "$(stat -c '%i %s' "$file") ${time/./} $(printf %o "0x$(stat -c %f "$file")") $file"
+    done)"$'\n'
+}
+
+@test "a commit of the server writes the server's targets and no status of the file server" {
+    cat >>templates/targets.ini <<-END
+		[client.conf]
+		target = $HOST/out/client.conf
+		roles = client
+		[server.conf]
+		target = $HOST/out/server.conf
+		roles = server
+	END
+    echo c >templates/client.conf
+    echo s >templates/server.conf
+    server commit-config
+    assert_file out/server.conf "$(notice server.conf zet-init)"$'\ns\n'
+    assert_absent out/client.conf
+    assert_equal "$(names_in state)" "zet-server.manifest zet-server.status zet.lock"
+}
+
+@test "a second commit touches no target and says so" {
+    zet commit-config
+    touch -d @1000000000 out/one.conf out/two.conf
+    local before
+    before=$(state_of out/* etc/*)
+    run_zet commit-config
+    assert_success "$HOST/out/one.conf: unchanged
+$HOST/out/two.conf: unchanged"
+    assert_equal "$(state_of out/* etc/*)" "$before"
+}
+
+@test "only what changes is written" {
+    zet commit-config
+    zet option set REALM OTHER.ORG
+    local before
+    before=$(state_of out/two.conf)
+    run_zet commit-config
+    assert_success "$HOST/out/one.conf: changed
+$HOST/out/two.conf: unchanged"
+    assert_made one.conf $'realm = OTHER.ORG\n'
+    assert_equal "$(state_of out/two.conf)" "$before"
+    grep -qx 'REALM=OTHER.ORG' state/zet-client.status
+}
+
+@test "a target that has the text already is left as it is, and gets its working copy" {
+    zet commit-config
+    cp out/one.conf rendered
+    rm -r out/* etc/* state/*
+    cp rendered out/one.conf
+    local before
+    before=$(state_of out/one.conf)
+    run_zet commit-config one.conf
+    assert_success "$HOST/out/one.conf: unchanged"
+    assert_equal "$(state_of out/one.conf)" "$before"
+    assert_absent out/one.conf.before_zet
+    cmp templates/one.conf etc/one.conf
+    run_zet status
+    assert_equal "$(tail -n 2 <<<"${output%?}" | head -n 1)" "$HOST/out/one.conf: in sync"
+}
+
+@test "another mode alone is a change" {
+    zet commit-config
+    chmod 600 etc/one.conf
+    run_zet commit-config
+    assert_success "$HOST/out/one.conf: changed, mode 0644 -> 0600
+$HOST/out/two.conf: unchanged"
+    assert_equal "$(stat -c %a out/one.conf)" 600
+}
+
+@test "the working copy is what counts, once there is one" {
+    zet commit-config
+    echo 'mine = ${domain}' >etc/one.conf
+    echo 'shipped anew' >templates/one.conf
+    run_zet commit-config
+    assert_success "$HOST/out/one.conf: changed
+$HOST/out/two.conf: unchanged"
+    assert_made one.conf $'mine = example.org\n'
+}
+
+@test "the reserve holds what was there before the first commit, however many come" {
+    original one.conf $'old\n'
+    local before
+    before=$(stat -c '%a %u:%g' out/one.conf)
+    for realm in A B C; do
+        zet option set REALM "$realm"
+        zet commit-config
+        assert_file out/one.conf.before_zet $'old\n'
+        assert_equal "$(stat -c '%a %u:%g' out/one.conf.before_zet)" "$before"
+        assert_file out/two.conf.no_file_before_zet ""
+        assert_absent out/two.conf.before_zet
+    done
+}
+
+@test "a file that was edited by hand is overwritten, with a warning that names it" {
+    zet commit-config
+    echo mine >>out/one.conf
+    run_zet commit-config
+    assert_status 0
+    assert_output "$HOST/out/one.conf: changed
+$HOST/out/two.conf: unchanged"
+    assert_stderr "zet-client: warning: $HOST/out/one.conf: was edited since the last commit; the edits are overwritten"
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
+    run_zet commit-config
+    assert_stderr ""
+}
+
+@test "a file that was removed by hand is made again, with a warning that names it" {
+    original one.conf $'old\n'
+    zet commit-config
+    rm out/one.conf out/two.conf
+    run_zet commit-config
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/out/one.conf: was removed since the last commit
+zet-client: warning: $HOST/out/two.conf: was removed since the last commit"
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
+    assert_made two.conf $'domain = example.org\n'
+    assert_file out/one.conf.before_zet $'old\n'
+}
+
+@test "an edit by hand to just what the commit would write is no reason to warn" {
+    zet commit-config
+    zet option set REALM OTHER.ORG
+    sed -i s/EXAMPLE.ORG/OTHER.ORG/ out/one.conf
+    run_zet commit-config
+    assert_success "$HOST/out/one.conf: unchanged
+$HOST/out/two.conf: unchanged"
+    run_zet status
+    assert_status 0
+}
+
+@test "named templates are committed, and no others" {
+    run_zet commit-config two.conf
+    assert_success "$HOST/out/two.conf: created, mode 0644, owner $EUID:$(id -g)"
+    assert_absent out/one.conf
+    assert_absent etc/one.conf
+    zet commit-config one.conf
+    # The manifest still knows the other.
+    run_zet status
+    assert_status 0
+}
+
+@test "a template that the list does not have for the role is wrong use" {
+    printf '[server.conf]\ntarget = %s\nroles = server\n' "$HOST/out/server.conf" >>templates/targets.ini
+    local name
+    for name in none.conf server.conf one; do
+        run_zet commit-config one.conf "$name"
+        assert_refusal 2 "$HOST/templates/targets.ini: has no template \"$name\" for the role client (name one that it has, or add a section)"
+        assert_equal "$(names_in out)" ""
+    done
+}
+
+@test "a target that is a link is followed, and the link stays" {
+    mkdir elsewhere
+    echo old >elsewhere/real
+    ln -s ../elsewhere/real out/one.conf
+    ln -s "$HOST/elsewhere/new" out/two.conf
+    run_zet commit-config
+    assert_status 0
+    assert_equal "$(cut -d, -f1 <<<"${output%?}")" "$HOST/elsewhere/real: changed
+$HOST/elsewhere/new: created"
+    assert_equal "$(readlink out/one.conf) $(readlink out/two.conf)" "../elsewhere/real $HOST/elsewhere/new"
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
+    assert_file elsewhere/real.before_zet $'old\n'
+    assert_equal "$(names_in out)" "one.conf two.conf"
+    run_zet commit-config
+    assert_success "$HOST/elsewhere/real: unchanged
+$HOST/elsewhere/new: unchanged"
+}
+
+@test "the other names of a target with hard links are warned of" {
+    original one.conf $'old\n'
+    ln out/one.conf other
+    run_zet commit-config one.conf
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/out/one.conf: has 2 names (hard links); the others keep the former text"
+    assert_file other $'old\n'
+}
+
+@test "the services of what changed are named to be restarted, each once and no other" {
+    sed -i '/one.conf$/a restart = alpha beta' templates/targets.ini
+    sed -i '/out.two.conf$/a restart = beta gamma' templates/targets.ini
+    add_target three.conf $'fixed\n' "restart = delta"
+    run_zet commit-config
+    assert_equal "$(tail -n 1 <<<"${output%?}")" "to be restarted: alpha, beta, gamma, delta"
+    zet option set DOMAIN other.org
+    zet option set REALM EXAMPLE.ORG
+    run_zet --json commit-config
+    assert_json 'd["restart"]' '["beta", "gamma"]'
+    run_zet commit-config
+    [[ $output != *restarted* ]]
+}
+
+@test "a template in a directory below the others is committed like them" {
+    mkdir templates/sub etc/sub
+    add_target sub/three.conf $'${ldap_dc}\n'
+    mkdir out/sub
+    run_zet commit-config sub/three.conf
+    assert_status 0
+    assert_made sub/three.conf $'example\n'
+    cmp templates/sub/three.conf etc/sub/three.conf
+}
+
+@test "quiet and verbose" {
+    run_zet -q commit-config
+    assert_success ""
+    echo mine >>out/one.conf
+    run_zet -q commit-config
+    assert_success ""
+    echo mine >>out/one.conf
+    run_zet -v commit-config one.conf
+    assert_status 0
+    grep -q "Process config file template '$HOST/etc/one.conf' to '$HOST/out/one.conf'" <<<"$stderr"
+}

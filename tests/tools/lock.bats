@@ -1,0 +1,114 @@
+# One writer at a time: the lock of commit-config and rollback-config.
+
+load helper
+load set
+
+# The longest wait is that of the last test; it goes on while the others run.
+setup_file() {
+    make_set
+    add_target one.conf $'${realm}\n'
+    hold_lock
+    export LATE_BASE=$BASE LATE_HOLDER=$HOLDER
+    late_commit 3>&- &
+    export LATE=$!
+}
+
+late_commit() {
+    local status=0 begin=$SECONDS
+    zet commit-config >"$BASE/late.output" 2>"$BASE/late.stderr" || status=$?
+    echo "$status $((SECONDS - begin))" >"$BASE/late.tmp"
+    mv "$BASE/late.tmp" "$BASE/late"
+}
+
+teardown_file() {
+    BASE=$LATE_BASE
+    HOST=$BASE/host
+    [[ ! -p $BASE/release ]] || : >"$BASE/release"
+    remove_host
+}
+
+setup() {
+    make_set
+    add_target one.conf $'${realm}\n'
+}
+
+teardown() {
+    remove_host
+}
+
+# wait_in_background COMMAND...: it waits for the lock when this returns; what it prints is in $BASE/{output,stderr}.
+wait_in_background() {
+    rm -f "$BASE/trace"
+    # A background job of a script ignores SIGINT otherwise.
+    env --default-signal=INT strace -qq -e trace=fcntl -o "$BASE/trace" \
+        "$ZET_BIN/zet-client" --config "$HOST/zet.conf" "$@" >"$BASE/output" 2>"$BASE/stderr" 3>&- &
+    WAITER=$!
+    until grep -q F_SETLK.*EAGAIN "$BASE/trace" 2>/dev/null; do sleep 0.02; done
+}
+
+@test "a commit waits for the lock before it looks at anything, and goes on when it gets it" {
+    hold_lock
+    wait_in_background commit-config
+    assert_equal "$(names_in state) $(names_in out)$(names_in etc)" "zet.lock "
+    # What is done while it waits counts.
+    echo 'made meanwhile' >templates/one.conf
+    release_lock
+    wait "$WAITER"
+    assert_file "$BASE/stderr" ""
+    assert_made one.conf $'made meanwhile\n'
+}
+
+@test "a rollback waits for the lock, too" {
+    original one.conf $'old\n'
+    zet commit-config
+    hold_lock
+    wait_in_background rollback-config
+    assert_made one.conf $'EXAMPLE.ORG\n'
+    release_lock
+    wait "$WAITER"
+    assert_file out/one.conf $'old\n'
+}
+
+@test "what only reads does not wait" {
+    zet commit-config
+    hold_lock
+    run_zet status
+    assert_status 0
+    run_zet check-config
+    assert_status 0
+    run_zet values
+    assert_status 0
+    run_zet rollback-config -n
+    assert_status 3
+    release_lock
+}
+
+@test "a signal ends the waiting, with a report and without a trace" {
+    hold_lock
+    remember_host
+    local signal
+    for signal in INT/Interrupt TERM/Terminated HUP/Hangup; do
+        wait_in_background commit-config
+        pkill -"${signal%/*}" -P "$WAITER"
+        status=0
+        wait "$WAITER" || status=$?
+        assert_equal "$status" 1
+        assert_file "$BASE/output" ""
+        assert_file "$BASE/stderr" "zet-client: error: ended by a signal (${signal#*/}) before all was done (run the command again)
+"
+        assert_host_unchanged
+    done
+    release_lock
+}
+
+@test "after 30 seconds a commit gives up and says who holds the lock" {
+    while [[ ! -e $LATE_BASE/late ]]; do sleep 0.1; done
+    local status seconds
+    read -r status seconds <"$LATE_BASE/late"
+    assert_equal "$status" 1
+    [[ $seconds -ge 29 && $seconds -le 60 ]]
+    assert_file "$LATE_BASE/late.output" ""
+    assert_file "$LATE_BASE/late.stderr" "zet-client: error: $LATE_BASE/host/state/zet.lock: process $LATE_HOLDER has held the lock for 30 s (let it end, then try again)
+"
+    assert_equal "$(names_in "$LATE_BASE/host/state")$(names_in "$LATE_BASE/host/out")" "zet.lock"
+}
