@@ -1,0 +1,283 @@
+# rollback-config: what was there before comes back, and edits since stay.
+
+load helper
+load set
+
+setup() {
+    make_set
+    add_target one.conf $'realm = ${realm}\n'
+    add_target two.conf $'domain = ${domain}\n'
+    original one.conf $'old\n'
+    ONE=$HOST/out/one.conf
+    TWO=$HOST/out/two.conf
+}
+
+teardown() {
+    remove_host
+}
+
+assert_as_before() {
+    assert_file out/one.conf $'old\n'
+    assert_equal "$(stat -c %a out/one.conf)" 640
+    assert_equal "$(names_in out)" one.conf
+    assert_equal "$(names_in state)" zet.lock
+}
+
+@test "what was there comes back, what was not there goes, and the status with it" {
+    zet commit-config
+    run_zet rollback-config
+    assert_success "$ONE: put back as it was, mode 0644 -> 0640
+$TWO: removed, as there was none before"
+    assert_as_before
+}
+
+@test "with nothing committed there is nothing to do" {
+    remember_host
+    run_zet rollback-config
+    assert_success "$ONE: has no reserve, stays as it is
+$TWO: is not there"
+    assert_host_unchanged
+}
+
+@test "a second rollback changes nothing" {
+    zet commit-config
+    zet rollback-config
+    remember_host
+    run_zet rollback-config
+    assert_status 0
+    assert_host_unchanged
+}
+
+@test "a rollback goes back to the first commit, over all that came since" {
+    zet commit-config
+    zet option set DOMAIN other.org
+    zet commit-config
+    run_zet rollback-config
+    assert_status 0
+    assert_as_before
+}
+
+@test "a parameter or template that changed since is no edit" {
+    zet commit-config
+    zet option set DOMAIN other.org
+    echo '${nope}' >etc/one.conf
+    rm etc/two.conf templates/two.conf
+    run_zet rollback-config
+    assert_status 0
+    assert_as_before
+}
+
+@test "what was edited since stays, is told, and the rest goes back" {
+    zet commit-config
+    echo mine >>out/one.conf
+    run_zet rollback-config
+    assert_status 1
+    assert_output "$ONE: edited, stays as it is
+$TWO: removed, as there was none before"
+    assert_stderr "zet-client: warning: $ONE: was edited since it was committed and stays (--force puts back what was there before)"
+    assert_made one.conf $'realm = EXAMPLE.ORG\nmine\n'
+    assert_file out/one.conf.before_zet $'old\n'
+    assert_absent out/two.conf
+    # As long as something is left to be taken back, there is a status.
+    assert_equal "$(names_in state)" "zet-client-fs.status zet-client.manifest zet-client.status zet.lock"
+    run_zet rollback-config --force
+    assert_success "$ONE: put back as it was, mode 0644 -> 0640
+$TWO: is not there"
+    assert_as_before
+}
+
+@test "a new file that was edited since stays unless forced" {
+    zet commit-config
+    echo mine >>out/two.conf
+    chmod 600 out/one.conf
+    run_zet rollback-config
+    assert_status 1
+    assert_output "$ONE: edited, stays as it is
+$TWO: edited, stays as it is"
+    assert_file out/two.conf.no_file_before_zet ""
+    run_zet rollback-config --force
+    assert_status 0
+    assert_as_before
+}
+
+@test "a file that was removed since comes back, and one that was new stays away" {
+    zet commit-config
+    rm out/one.conf out/two.conf
+    run_zet rollback-config
+    assert_success "$ONE: put back as it was
+$TWO: is not there, as before"
+    assert_as_before
+}
+
+@test "a file that is by hand what it was before is no edit" {
+    zet commit-config
+    cp -p out/one.conf.before_zet "$BASE/old"
+    rm out/one.conf
+    cp -p "$BASE/old" out/one.conf
+    run_zet rollback-config
+    assert_status 0
+    assert_as_before
+}
+
+@test "files that were reserved and not yet written go back, too" {
+    zet commit-config
+    # As a run leaves it that was killed before it recorded anything.
+    rm state/zet-client.*
+    run_zet rollback-config
+    assert_status 0
+    assert_as_before
+    : >out/two.conf.no_file_before_zet
+    cp -p out/one.conf out/one.conf.before_zet
+    run_zet rollback-config
+    assert_status 0
+    assert_as_before
+}
+
+@test "named targets go back, and no others" {
+    zet commit-config
+    run_zet rollback-config "$TWO"
+    assert_success "$TWO: removed, as there was none before"
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
+    run_zet status
+    assert_equal "$(tail -n 2 <<<"${output%?}")" "$ONE: in sync
+$TWO: not committed"
+    run_zet rollback-config out/../out/one.conf
+    assert_status 0
+    assert_as_before
+}
+
+@test "a file that is no target is wrong use" {
+    zet commit-config
+    echo x >out/other
+    remember_files
+    local name
+    for name in out/other one.conf /nowhere ''; do
+        run_zet rollback-config "$ONE" "$name"
+        assert_refusal 2 "$name: is no target of the role client (\"status\" lists them; \"file restore\" puts any other file back)"
+    done
+    assert_files_unchanged
+}
+
+@test "a target that left the list goes back, too" {
+    zet commit-config
+    : >templates/targets.ini
+    run_zet rollback-config
+    assert_success "$ONE: put back as it was, mode 0644 -> 0640
+$TWO: removed, as there was none before"
+    assert_as_before
+}
+
+@test "an edited target that left the list stays, and goes back by name and force" {
+    zet commit-config
+    : >templates/targets.ini
+    echo mine >>out/two.conf
+    run_zet rollback-config
+    assert_status 1
+    [[ $output == *"$TWO: edited, stays as it is"* ]]
+    run_zet rollback-config --force "$TWO"
+    assert_status 0
+    assert_as_before
+}
+
+@test "a target that is a link goes back at its end, and the link stays" {
+    mkdir real
+    mv out/one.conf real/
+    ln -s ../real/one.conf out/one.conf
+    ln -s "$HOST/real/two.conf" out/two.conf
+    zet commit-config
+    run_zet rollback-config "$ONE"
+    assert_success "$HOST/real/one.conf: put back as it was, mode 0644 -> 0640"
+    run_zet rollback-config
+    assert_status 0
+    assert_file real/one.conf $'old\n'
+    assert_equal "$(readlink out/one.conf)" ../real/one.conf
+    assert_equal "$(names_in real)" one.conf
+}
+
+@test "roles go back apart" {
+    server commit-config one.conf
+    zet commit-config two.conf
+    zet rollback-config "$TWO"
+    assert_file out/one.conf "$(notice one.conf zet-init)"$'\nrealm = EXAMPLE.ORG\n'
+    capture server rollback-config
+    assert_status 0
+    assert_file out/one.conf $'old\n'
+}
+
+@test "a dry run tells what would go back and does nothing" {
+    zet commit-config
+    remember_host
+    run_zet rollback-config -n --diff
+    assert_status 3
+    assert_output "$ONE: would be put back as it was, mode 0644 -> 0640
+--- a$ONE
++++ b$ONE
+@@ -1,11 +1 @@
+$(notice one.conf | sed 's/^/-/')
+-realm = EXAMPLE.ORG
++old
+$TWO: would be removed, as there was none before
+--- a$TWO
++++ /dev/null
+@@ -1,11 +0,0 @@
+$(notice two.conf | sed 's/^/-/')
+-domain = example.org"
+    assert_host_unchanged
+    assert_equal "$(names_in "$TMPDIR")" ""
+    echo mine >>out/one.conf
+    echo mine >>out/two.conf
+    remember_host
+    run_zet rollback-config -n
+    assert_status 1
+    assert_host_unchanged
+    run_zet rollback-config -n --force
+    assert_status 3
+    zet rollback-config --force
+    run_zet rollback-config -n
+    assert_status 0
+}
+
+@test "the diff of a rollback is fit for patch" {
+    zet commit-config
+    zet rollback-config -n --diff >"$BASE/diff" || true
+    mkdir -p "$BASE/tree$HOST"
+    cp -r out "$BASE/tree$HOST/out"
+    patch -s -d "$BASE/tree" -p1 <"$BASE/diff"
+    assert_file "$BASE/tree$HOST/out/one.conf" $'old\n'
+    assert_absent "$BASE/tree$HOST/out/two.conf"
+}
+
+@test "the document is the same in a dry run, but for the tense" {
+    zet commit-config
+    run_zet --json rollback-config -n --diff
+    assert_status 3
+    local planned=${output%?}
+    run_zet --json rollback-config --diff
+    assert_status 0
+    assert_json '[d[x] for x in ("version", "command", "role", "dry_run", "exit_status")]' \
+        '[1, "rollback-config", "client", false, 0]'
+    assert_json '[(t["template"], t["path"], t["change"], "+old" in t["diff"]) for t in d["targets"]]' \
+        "[[\"one.conf\", \"$ONE\", \"restored\", true], [\"two.conf\", \"$TWO\", \"removed\", false]]"
+    assert_equal "$(sed 's/"dry_run": true/"dry_run": false/; s/"exit_status": 3/"exit_status": 0/' <<<"$planned")" "${output%?}"
+}
+
+@test "a kept target is kept in the document as well" {
+    zet commit-config
+    echo mine >>out/one.conf
+    run_zet --json rollback-config
+    assert_status 1
+    assert_json '[t["change"] for t in d["targets"]], len(d["warnings"])' '[["kept", "removed"], 1]'
+}
+
+@test "what cannot be put back is told and does not keep the others from it" {
+    zet commit-config
+    rm out/one.conf.before_zet
+    mkdir out/one.conf.before_zet
+    run_zet rollback-config
+    assert_status 1
+    assert_stderr "zet-client: error: $ONE: could not be put back: $ONE.before_zet: is no regular file (move it away)"
+    assert_output "$ONE: could not be put back
+$TWO: removed, as there was none before"
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
+    assert_absent out/two.conf
+}

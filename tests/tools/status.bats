@@ -1,0 +1,201 @@
+# status: the role, the last commit and the state of each target.
+
+load helper
+load set
+
+setup() {
+    make_set
+    add_target one.conf $'realm = ${realm}\n'
+    add_target two.conf $'domain = ${domain}\n'
+    ONE=$HOST/out/one.conf
+    TWO=$HOST/out/two.conf
+}
+
+teardown() {
+    remove_host
+}
+
+# assert_states STATE STATE: of the two targets, in text and document, and nothing is written.
+assert_states() {
+    remember_host
+    run_zet status
+    assert_equal "$(tail -n 2 <<<"${output%?}")" "$ONE: $1
+$TWO: $2"
+    [[ $1$2 == "in syncin sync" ]] && assert_status 0 || assert_status 3
+    assert_host_unchanged
+    run_zet --json status
+    assert_json '[t["state"] for t in d["targets"]]' "[\"$1\", \"$2\"]"
+    assert_json 'd["exit_status"]' "$status"
+    assert_equal "$(names_in "$TMPDIR")" ""
+}
+
+commit_time() {
+    sed -n s/^COMMIT_TIME=//p "state/zet-client.status"
+}
+
+@test "before the first commit nothing is committed" {
+    original one.conf $'old\n'
+    run_zet status
+    assert_status 3
+    assert_stderr ""
+    assert_output "role: client
+committed: never
+file server: none recorded
+$ONE: not committed
+$TWO: not committed"
+    assert_states "not committed" "not committed"
+    assert_json '[d[x] for x in ("role", "commit_time", "file_server")]' '["client", null, null]'
+}
+
+@test "after a commit all is in sync" {
+    echo 'NETWORK_FS_TYPE=smb3' >>zet.conf
+    zet commit-config
+    run_zet status
+    assert_success "role: client
+committed: $(commit_time)
+file server: smb3
+$ONE: in sync
+$TWO: in sync"
+    assert_states "in sync" "in sync"
+    assert_json '[d[x] for x in ("role", "file_server", "commit_time")]' "[\"client\", \"smb3\", \"$(commit_time)\"]"
+    assert_json 'd["targets"][0]' "{\"template\": \"one.conf\", \"path\": \"$ONE\", \"state\": \"in sync\"}"
+}
+
+@test "the server has a role of its own and no file server" {
+    server commit-config
+    capture server status
+    assert_success "role: server
+committed: $(sed -n s/^COMMIT_TIME=//p state/zet-server.status)
+$ONE: in sync
+$TWO: in sync"
+    capture server --json status
+    assert_json '"file_server" in d, d["role"]' '[false, "server"]'
+    assert_states "not committed" "not committed"
+}
+
+@test "another parameter or template makes the targets pending that it changes" {
+    zet commit-config
+    zet option set REALM OTHER.ORG
+    assert_states pending "in sync"
+    zet option set REALM EXAMPLE.ORG
+    assert_states "in sync" "in sync"
+    echo more >>etc/two.conf
+    assert_states "in sync" pending
+    zet commit-config
+    chmod 600 etc/two.conf
+    assert_states "in sync" pending
+    zet commit-config
+    assert_states "in sync" "in sync"
+}
+
+@test "a template that has become broken or is gone leaves its target pending" {
+    zet commit-config
+    echo '${nope}' >etc/one.conf
+    rm etc/two.conf templates/two.conf
+    assert_states pending pending
+    echo mine >>out/one.conf
+    assert_states edited pending
+}
+
+@test "a shipped template that is newer than the working copy changes nothing" {
+    zet commit-config
+    echo more >>templates/one.conf
+    assert_states "in sync" "in sync"
+    rm etc/one.conf
+    assert_states pending "in sync"
+}
+
+@test "a file that was edited since, or got another mode, is edited" {
+    zet commit-config
+    echo mine >>out/one.conf
+    assert_states edited "in sync"
+    zet commit-config
+    chmod 600 out/two.conf
+    assert_states "in sync" edited
+    zet option set REALM OTHER.ORG
+    assert_states pending edited
+    echo mine >>out/one.conf
+    assert_states edited edited
+}
+
+@test "an edit that keeps size and time is seen" {
+    zet commit-config
+    local time
+    time=$(stat -c %y out/one.conf)
+    sed 's/EXAMPLE/ELPMAXE/' out/one.conf >"$BASE/new"
+    cat "$BASE/new" >out/one.conf
+    touch -d "$time" out/one.conf
+    run_zet status
+    assert_status 3
+    [[ $output == *"$ONE: pending"* || $output == *"$ONE: edited"* ]]
+    cp -p "$BASE/new" out/new
+    touch -d "$time" out/new
+    mv out/new out/one.conf
+    assert_states edited "in sync"
+}
+
+@test "a file that is gone is missing" {
+    zet commit-config
+    rm out/one.conf out/two.conf
+    ln -s nowhere out/two.conf
+    run_zet status
+    assert_status 3
+    [[ $output == *"$ONE: missing"$'\n'* ]]
+    rm out/two.conf
+    assert_states missing missing
+}
+
+@test "a target that is new in the list is not committed, and one that left it is told" {
+    zet commit-config
+    : >templates/targets.ini
+    list_target two.conf "$TWO"
+    add_target three.conf $'x\n'
+    run_zet status
+    assert_status 3
+    assert_equal "$(tail -n 2 <<<"${output%?}")" "$TWO: in sync
+$HOST/out/three.conf: not committed"
+    assert_stderr "zet-client: warning: $ONE: was committed and is not in the list of targets any more (\"rollback-config\" puts it back)"
+    run_zet --json status
+    assert_json 'len(d["warnings"])' 1
+}
+
+@test "a link as a target has the state of its file" {
+    mkdir real
+    ln -s ../real/one out/one.conf
+    zet commit-config
+    ONE=$HOST/real/one
+    assert_states "in sync" "in sync"
+    echo mine >>real/one
+    assert_states edited "in sync"
+}
+
+@test "after a rollback nothing is committed" {
+    zet commit-config
+    zet rollback-config
+    assert_states "not committed" "not committed"
+    run_zet status
+    [[ $output == *$'\ncommitted: never\nfile server: none recorded\n'* ]]
+}
+
+@test "a user without rights may ask for the status" {
+    need_root
+    copy_programs
+    zet commit-config
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status
+    assert_status 0
+}
+
+@test "a manifest that is broken is an error that names its line" {
+    zet commit-config
+    local line
+    for line in nonsense '1 2 3 644 relative' '1 2 3' 'x 2 3 644 /x' '1 2 3 9 /x'; do
+        echo "$line" >"$BASE/line"
+        cat "$BASE/line" >>state/zet-client.manifest
+        run_zet status
+        assert_status 1
+        assert_stderr "zet-client: error: $HOST/state/zet-client.manifest:3: is no line INODE SIZE MTIME MODE PATH (remove the file, then commit again)"
+        sed -i '$d' state/zet-client.manifest
+    done
+    run_zet status
+    assert_status 0
+}
