@@ -23,7 +23,7 @@ void RunPass(benchmark::State& state, const std::string& content, Pass pass) {
         text.Renew();
         TextBuilder result(text, std::move(memory));
         pass(text, result);
-        memory = result.Install(text);
+        memory = result.Install();
         benchmark::DoNotOptimize(text.Bytes().data());
         // The result takes the text's place, unless nothing changed.
         if (text.Bytes().data() != original) memory = text.Replace(std::move(memory));

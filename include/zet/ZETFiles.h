@@ -5,6 +5,8 @@
 
 /// The file helpers that everything the module does to a companion or a target goes through. Each failure is
 /// an `EZETError` that names the path and the reason; after it, nothing has changed under the names given.
+/// The exception is a disk that refuses to sync: the change may be there then, but it may not outlive a
+/// crash.
 namespace ZET {
 
 /// Creates an empty file; an existing regular file is emptied.

@@ -47,6 +47,7 @@ bool RecordingCore::IsServiceDiscovery() {
 
 bool RecordingCore::RegisterInterface(std::shared_ptr<CZETInterface> interface) {
     m_lastOffered = interface;
+    m_ownersWhenOffered = interface.use_count();
     Note("RegisterInterface", interface ? interface->GetName() : "(null)");
     if (m_refusesInterfaces) return false;
     m_interfaces.push_back(std::move(interface));
@@ -106,6 +107,7 @@ void RecordingCore::Note(const std::string& call, const std::string& arguments) 
 
 const char* RecordingCore::Translate(const char* domain, const char* text) {
     Note("Translate", std::string(domain) + ": " + text);
+    ++m_translated;
     const auto known = m_translations.find(text);
     const char* translated = known == m_translations.end() ? text : known->second.c_str();
     m_domains[translated] = domain;

@@ -30,6 +30,7 @@ struct RecordedMessage {
     std::string function;
     std::size_t line = 0;
     std::size_t count = 0;
+    std::size_t translationsBefore = 0;  ///< texts translated when the formatter was built
     std::string format;
     std::string result;
 };
@@ -93,6 +94,10 @@ class RecordingCore : public IZETCore {
     /// Only the entries whose call is one of `calls`, in order.
     std::vector<std::string> Journal(const std::set<std::string>& calls) const;
     const std::vector<RecordedMessage>& Messages() const { return m_messages; }
+    std::size_t Translations() const { return m_translated; }
+
+    /// How many shared the interface offered last, at the time.
+    long OwnersWhenOffered() const { return m_ownersWhenOffered; }
 
     /// The log, each record "level text".
     std::vector<std::string> Log() const;
@@ -112,6 +117,8 @@ class RecordingCore : public IZETCore {
     bool m_serviceDiscovery = false;
     bool m_refusesInterfaces = false;
     bool m_refusesToFormat = false;
+    std::size_t m_translated = 0;
+    long m_ownersWhenOffered = 0;
     std::map<std::string, std::string> m_translations;
     std::map<std::string, std::string> m_domains;  ///< by translated text
     std::map<std::string, std::size_t> m_failures;

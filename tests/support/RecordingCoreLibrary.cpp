@@ -93,6 +93,8 @@ CZETFormatCall::CZETFormatCall(const char* source, const char* function, std::si
     message.source = source;
     message.function = function;
     message.line = line;
+    if (const RecordingCore* core = RecordingCore::Current())
+        message.translationsBefore = core->Translations();
     errno = before;
 }
 

@@ -218,6 +218,7 @@ TEST_F(ConfigStatusTest, PipeIsNotWaitedFor) {
     ExpectChildPasses(5s, [&] {
         StringMap values;
         ExpectOpenFailure("LoadConfigStatus", [&] { m_config.LoadConfigStatus("server", values); });
+        ExpectOpenFailure("SaveConfigStatus", [&] { m_config.SaveConfigStatus("server"); });
     });
 }
 

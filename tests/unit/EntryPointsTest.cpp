@@ -157,6 +157,7 @@ TEST_F(EntryPointsTest, InitRegistersOneObjectThatTheCoreAloneOwns) {
         EXPECT_EQ(object->GetName(), "zet-config");
         EXPECT_NE(dynamic_cast<CZETConfig*>(object.get()), nullptr);
         EXPECT_EQ(Journal({"RegisterInterface"}), Strings{"RegisterInterface zet-config"});
+        EXPECT_EQ(m_core.OwnersWhenOffered(), 2) << "the module and the core";
     });
 }
 

@@ -122,8 +122,10 @@ TEST_F(FileServerStatusTest, StatusWhoseReadingFailsIsAnError) {
 
 TEST_F(FileServerStatusTest, PipeIsNotWaitedFor) {
     ASSERT_EQ(::mkfifo(Path(kStatus).c_str(), 0600), 0);
-    ExpectChildPasses(
-        5s, [&] { ExpectOpenFailure("GetFileServerStatus", [&] { m_config.GetFileServerStatus(); }); });
+    ExpectChildPasses(5s, [&] {
+        ExpectOpenFailure("GetFileServerStatus", [&] { m_config.GetFileServerStatus(); });
+        ExpectOpenFailure("SaveFileServerStatus", [&] { m_config.SaveFileServerStatus(); });
+    });
 }
 
 TEST_F(FileServerStatusTest, StatusIsRemovedWhenItIsThere) {

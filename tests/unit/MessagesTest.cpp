@@ -9,6 +9,20 @@
 namespace ZET {
 namespace {
 
+/// A core that chooses the catalogue when a text is asked for may rely on the order of its calls.
+class MessageOrderTest : public ModuleTest {};
+
+TEST_F(MessageOrderTest, FormatterIsBuiltForATextThatIsTranslated) {
+    CZETConfigFile file(m_core);
+    EXPECT_FALSE(file.Open(Path("missing"), "", false));
+    ExpectError<EZETCheckError>("Argument is empty for 'SetLine'.", [&] { file.SetLine("", "x"); });
+    CZETConfig config(m_core);
+    config.TemplateValue("${no}");
+    ASSERT_EQ(m_core.Messages().size(), 4U);
+    for (std::size_t i = 0; i < 4; ++i)
+        EXPECT_EQ(m_core.Messages()[i].translationsBefore, i + 1);
+}
+
 /// Where a message cannot be formatted, the empty text stands for it, and nothing else changes.
 class UnformattedMessageTest : public ModuleTest {
   protected:

@@ -140,6 +140,7 @@ TEST_F(ParamEditingTest, RestoringRemovesTheBlocksOfAllParametersButKeepsTheirFo
 
 TEST_F(ParamEditingTest, FormerLineWithABlankBeforeAHashStays) {
     EXPECT_EQ(WithParamRestored(kFormer + " #kdc=1\n"), kFormer + " #kdc=1\n");
+    EXPECT_EQ(WithParamRestored(kFormer + "kdc = old\n"), kFormer + "kdc = old\n");
 }
 
 TEST_F(ParamEditingTest, EmptyNameIsRefusedByEachOperationItself) {

@@ -44,7 +44,8 @@ FileDescriptor OpenTemporary(const std::string& path) {
     // A hard link would let the text reach a file of another name.
     if (!S_ISREG(status.st_mode) || status.st_nlink != 1) return FileDescriptor(-1);
     // A left-over one may have been readable by others.
-    if (fchmod(file.Get(), kPrivate) != 0 || ftruncate(file.Get(), 0) != 0) return FileDescriptor(-1);
+    if (fchmod(file.Get(), kPrivate) != 0 || Uninterrupted([&] { return ftruncate(file.Get(), 0); }) != 0)
+        return FileDescriptor(-1);
     return file;
 }
 
@@ -72,8 +73,9 @@ bool WriteAll(const FileDescriptor& file, std::string_view bytes) {
 
 void SetMode(const FileDescriptor& file, mode_t mode) {
     const mode_t mask = umask(0);
+    const int before = errno;
     // The result does not matter to the caller: a file system that knows no modes still gets the text.
-    if (fchmod(file.Get(), mode & kPermissions) != 0) errno = 0;
+    if (fchmod(file.Get(), mode & kPermissions) != 0) errno = before;
     umask(mask);
 }
 

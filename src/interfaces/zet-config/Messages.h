@@ -4,6 +4,7 @@
 #include <libintl.h>
 
 #include <cstddef>
+#include <new>
 #include <string>
 
 #include "zet/ZETErrors.h"
@@ -21,9 +22,38 @@ inline constexpr char kEntryPointsSource[] = "src/interfaces/zet-config/zet-conf
 inline constexpr char kManagerSource[] = "src/interfaces/zet-config/ZETConfig";
 inline constexpr char kFileSource[] = "src/interfaces/zet-config/ZETConfigFile";
 
-/// Formats a message: `Message(source, function, line)(count, dgettext(domain, "..."), arguments...)`. The
-/// text that is to be translated stands in that call, where the compiler checks its format.
-using Message = CZETFormatCall;
+/// Formats a message: `message.Format()(count, message.Translated(domain, "..."), arguments...)`. The text
+/// that is to be translated stands in that call, where the compiler checks its format.
+class Message {
+  public:
+    Message(const char* source, const char* function, std::size_t line)
+        : m_source(source), m_function(function), m_line(line) {}
+    ~Message() {
+        if (m_isBuilt) m_format.~CZETFormatCall();
+    }
+    Message(const Message&) = delete;
+    Message& operator=(const Message&) = delete;
+
+    /// Translates the text and then builds the formatter for it: the core is asked in this order.
+    const char* Translated(const char* domain, const char* text) __attribute__((format_arg(3))) {
+        const char* const translated = dgettext(domain, text);
+        new (&m_format) CZETFormatCall(m_source, m_function, m_line);
+        m_isBuilt = true;
+        return translated;
+    }
+
+    /// The formatter, which is there once the arguments of the call are evaluated.
+    CZETFormatCall& Format() { return m_format; }
+
+  private:
+    const char* m_source;
+    const char* m_function;
+    std::size_t m_line;
+    bool m_isBuilt = false;
+    union {
+        CZETFormatCall m_format;
+    };
+};
 
 /// A formatted message as a text; the empty one when it could not be formatted.
 inline const char* TextOf(const char* formatted) {
@@ -48,8 +78,9 @@ inline std::size_t Here(int line = __builtin_LINE()) {
 inline void RequireArgument(const std::string& argument, const char* source, const char* function,
                             std::size_t line) {
     if (!argument.empty()) return;
+    Message message(source, function, line);
     Throw<EZETCheckError>(
-        Message(source, function, line)(1, dgettext(kCoreDomain, "Argument is empty for '%s'."), function));
+        message.Format()(1, message.Translated(kCoreDomain, "Argument is empty for '%s'."), function));
 }
 
 }  // namespace ZET

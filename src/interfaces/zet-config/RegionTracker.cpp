@@ -20,9 +20,10 @@ RegionTracker::Line RegionTracker::TrackMarker(std::string_view line) {
 
 void RegionTracker::Warn(std::string_view marker) const {
     const std::string token(marker);
-    Log(ZETLogWarning, Message(kFileSource, m_function, Here())(
-                           2, dgettext(kModuleDomain, "Unexpected token '%s' in line %d."), token.c_str(),
-                           static_cast<int>(m_text.LineNumber())));
+    Message message(kFileSource, m_function, Here());
+    Log(ZETLogWarning,
+        message.Format()(2, message.Translated(kModuleDomain, "Unexpected token '%s' in line %d."),
+                         token.c_str(), static_cast<int>(m_text.LineNumber())));
 }
 
 }  // namespace ZET

@@ -121,8 +121,10 @@ const std::string* Expander::FindValue(std::string_view placeholder) {
 /// The "!" makes the placeholder visible in the file and keeps it from being met again.
 void Expander::MarkUnknown(std::string_view placeholder) {
     const std::string name(placeholder);
-    Log(ZETLogWarning, Message(kFileSource, "ApplyTemplates", Here())(
-                           1, dgettext(kModuleDomain, "Template parameter '%s' not found."), name.c_str()));
+    Message message(kFileSource, "ApplyTemplates", Here());
+    Log(ZETLogWarning,
+        message.Format()(1, message.Translated(kModuleDomain, "Template parameter '%s' not found."),
+                         name.c_str()));
     m_out.Append("!");
     Drop(1);
 }

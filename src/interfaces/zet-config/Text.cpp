@@ -37,8 +37,13 @@ std::size_t Text::LineNumber() {
     return m_lineFeeds + 1;
 }
 
-TextBuilder::TextBuilder(const Text& source, Buffer memory) : m_source(source), m_bytes(std::move(memory)) {
+TextBuilder::TextBuilder(Text& source, Buffer memory)
+    : m_source(source), m_mayRevive(!source.IsExhausted()), m_bytes(std::move(memory)) {
     m_bytes.Clear();
+}
+
+TextBuilder::~TextBuilder() {
+    if (m_mayRevive) m_source.Renew();
 }
 
 void TextBuilder::Append(std::string_view bytes) {
@@ -55,13 +60,13 @@ void TextBuilder::EndLine(bool isEmpty) {
     if (!m_source.EndedByEndOfText() || isEmpty) Append("\n");
 }
 
-Buffer TextBuilder::Install(Text& source) {
-    if (m_bytes.Size() == 0 && m_run.size() == source.Bytes().size()) {
-        source.Renew();
-        return std::move(m_bytes);
-    }
-    FlushRun();
-    return source.Replace(std::move(m_bytes));
+Buffer TextBuilder::Install() {
+    const bool isWhole = m_bytes.Size() == 0 && m_run.size() == m_source.Bytes().size();
+    if (!isWhole) FlushRun();
+    m_mayRevive = false;
+    if (!isWhole) return m_source.Replace(std::move(m_bytes));
+    m_source.Renew();
+    return std::move(m_bytes);
 }
 
 void TextBuilder::FlushRun() {

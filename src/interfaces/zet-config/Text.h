@@ -57,6 +57,8 @@ class Text {
     /// Reads afresh from the start, exhausted or not: for a text whose bytes were replaced by the same bytes.
     void Renew();
 
+    bool IsExhausted() const { return m_exhausted; }
+
     /// Takes over new bytes, to be read from their start, and gives the old ones back.
     Buffer Replace(Buffer bytes);
 
@@ -72,11 +74,15 @@ class Text {
 };
 
 /// Builds the text that a pass makes out of another one. What is taken over unchanged is collected into runs
-/// that are copied once; a text that is taken over as a whole is not copied at all.
+/// that are copied once; a text that is taken over as a whole is not copied at all. Without `Install` the
+/// source is left as it was, and not exhausted by having been read.
 class TextBuilder {
   public:
     /// `memory` is used for the new text.
-    TextBuilder(const Text& source, Buffer memory);
+    TextBuilder(Text& source, Buffer memory);
+    ~TextBuilder();
+    TextBuilder(const TextBuilder&) = delete;
+    TextBuilder& operator=(const TextBuilder&) = delete;
 
     /// Takes over a piece of the source.
     void Copy(std::string_view piece) {
@@ -112,12 +118,13 @@ class TextBuilder {
 
     /// Puts the new text in the place of the source, to be read from its start. Returns memory for the next
     /// pass.
-    Buffer Install(Text& source);
+    Buffer Install();
 
   private:
     void FlushRun();
 
-    const Text& m_source;
+    Text& m_source;
+    bool m_mayRevive;  ///< the source was not exhausted before, and is not replaced yet
     Buffer m_bytes;
     std::string_view m_run;  ///< a piece of the source that follows `m_bytes` and is not yet copied
 };

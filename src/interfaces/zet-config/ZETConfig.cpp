@@ -70,9 +70,10 @@ StringMap& CZETConfig::TemplatesValues() {
 std::string CZETConfig::TemplateValue(const std::string& placeholder) {
     const auto found = m_templates.find(placeholder);
     if (found != m_templates.end()) return found->second;
+    Message message(kManagerSource, "TemplateValue", kTemplateValueLine);
     Log(ZETLogError,
-        Message(kManagerSource, "TemplateValue", kTemplateValueLine)(
-            1, dgettext(kModuleDomain, "Template parameter '%s' not found."), placeholder.c_str()));
+        message.Format()(1, message.Translated(kModuleDomain, "Template parameter '%s' not found."),
+                         placeholder.c_str()));
     return "";
 }
 
@@ -127,8 +128,9 @@ void CZETConfig::InstallConfigFileTemplate(const std::string& templateName) {
         CopyFile(pristine, workingCopy);
         return;
     }
-    Log(ZETLogError, Message(kManagerSource, "InstallConfigFileTemplate", kInstallTemplateLine)(
-                         1, dgettext(kModuleDomain, "Config file '%s' doesn't exist."), pristine.c_str()));
+    Message message(kManagerSource, "InstallConfigFileTemplate", kInstallTemplateLine);
+    Log(ZETLogError, message.Format()(1, message.Translated(kModuleDomain, "Config file '%s' doesn't exist."),
+                                      pristine.c_str()));
 }
 
 void CZETConfig::ReserveConfigFile(const std::string& fileName) {

@@ -16,8 +16,9 @@ namespace {
 constexpr char kFileServerKey[] = "NETWORK_FS_TYPE";
 
 [[noreturn]] void ThrowCannotOpen(const std::string& fileName, const char* function, std::size_t line) {
-    Throw<EZETError>(Message(kManagerSource, function, line)(
-        1, dgettext(kCoreDomain, "Failed to open file '%s'."), fileName.c_str()));
+    Message message(kManagerSource, function, line);
+    Throw<EZETError>(
+        message.Format()(1, message.Translated(kCoreDomain, "Failed to open file '%s'."), fileName.c_str()));
 }
 
 /// An entry is split at its first "=", and nothing is trimmed; the last of two entries wins.
@@ -41,8 +42,12 @@ bool ReadStatusFile(const std::string& fileName, StringMap& values) {
 }
 
 std::ofstream OpenForWriting(const std::string& fileName, const char* function, std::size_t line) {
-    std::ofstream stream(fileName);
-    if (!stream) ThrowCannotOpen(fileName, function, line);
+    struct stat status = {};
+    // Opening a pipe would wait for somebody to read from it.
+    const bool isPipe = stat(fileName.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
+    std::ofstream stream;
+    if (!isPipe) stream.open(fileName);
+    if (!stream.is_open()) ThrowCannotOpen(fileName, function, line);
     return stream;
 }
 
@@ -59,8 +64,9 @@ std::string CZETConfig::ConfigStatusName(const std::string& mode) {
     if (mode == "client") return directory + "zet-client.status";
     const std::size_t line = Here();
     Message message(kManagerSource, "ConfigStatusName", line);
-    throw EZETInternalError(TextOf(message(1, dgettext(kModuleDomain, "Invalid mode '%s'."), mode.c_str())),
-                            "", kManagerSource, "ConfigStatusName", line);
+    throw EZETInternalError(
+        TextOf(message.Format()(1, message.Translated(kModuleDomain, "Invalid mode '%s'."), mode.c_str())),
+        "", kManagerSource, "ConfigStatusName", line);
 }
 
 void CZETConfig::SaveConfigStatus(const std::string& mode) {

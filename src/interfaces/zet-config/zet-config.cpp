@@ -25,8 +25,8 @@ const ZET::ZETModuleRecord* get_module_info(const ZET::ZETModuleRecord* host) {
     if (host->type != kHostType) {
         ZET::Message message(ZET::kEntryPointsSource, "get_module_info", kInvalidHostTypeLine);
         // A null text leaves the stream failed, as it does for everybody who writes one.
-        std::cerr << message(1, dgettext(ZET::kCoreDomain, "Invalid host type %d."),
-                             static_cast<int>(host->type))
+        std::cerr << message.Format()(1, message.Translated(ZET::kCoreDomain, "Invalid host type %d."),
+                                      static_cast<int>(host->type))
                   << std::endl;
         return nullptr;
     }
@@ -39,7 +39,8 @@ const ZET::ZETModuleRecord* get_module_info(const ZET::ZETModuleRecord* host) {
 
 bool module_init(ZET::IZETCore& core) {
     if (moduleInitialised) return true;
-    core.RegisterInterface(std::make_shared<ZET::CZETConfig>(core));
+    const auto config = std::make_shared<ZET::CZETConfig>(core);
+    core.RegisterInterface(config);
     moduleInitialised = true;
     return true;
 }
