@@ -53,12 +53,9 @@ std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
         planned.staged = RenderQuietly(session, staging, target);
         RunOwnCheck(target, planned.staged);
         planned.before = StateOf(planned.path);
+        // A file that is replaced keeps its owner, where this user may give it away.
+        if (planned.before.exists) GiveStagedFile(planned.staged, planned.before.owner, planned.before.group);
         planned.after = StateOf(planned.staged);
-        if (planned.before.exists) {
-            // A file that is replaced keeps its owner.
-            planned.after.owner = planned.before.owner;
-            planned.after.group = planned.before.group;
-        }
         planned.change = ChangeOf(planned);
         planned.isOthersWork = planned.change != PlannedTarget::Change::None && manifest.Has(planned.path) &&
                                !manifest.IsUntouched(planned.path);

@@ -89,6 +89,16 @@ void WriteAll(int descriptor, const std::string& path, const std::string& bytes)
     }
 }
 
+/// An ordinary user may not give files away: the file then shows whose it will be.
+void GiveOwner(int descriptor, const std::string& path, uid_t owner, gid_t group, mode_t mode) {
+    for (const auto& [newOwner, newGroup] : {std::pair{owner, kAsItIs}, std::pair{kAsItIs, group}}) {
+        if (fchown(descriptor, newOwner, newGroup) != 0 && errno != EPERM && errno != EINVAL)
+            Fail(path, "cannot get its owner");
+    }
+    // After the owner: a change of owner drops the set-user bits.
+    if (fchmod(descriptor, mode & kModeBits) != 0) Fail(path, "cannot get its mode");
+}
+
 int OpenStaged(const std::string& path) {
     return open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600);
 }
@@ -122,15 +132,12 @@ void CopyIntoStaging(const std::string& from, const std::string& to) {
     const Descriptor copy(OpenStaged(to));
     if (copy < 0) Fail(to, "cannot be written");
     WriteAll(copy, to, ReadAll(source, from, status));
-    // An ordinary user may not give files away; the change that is tried on the copy then shows the new
-    // owner.
-    for (const auto& [owner, group] :
-         {std::pair{status.st_uid, kAsItIs}, std::pair{kAsItIs, status.st_gid}}) {
-        if (fchown(copy, owner, group) != 0 && errno != EPERM && errno != EINVAL)
-            Fail(to, "cannot get its owner");
-    }
-    // After the owner: a change of owner drops the set-user bits.
-    if (fchmod(copy, status.st_mode & kModeBits) != 0) Fail(to, "cannot get its mode");
+    GiveOwner(copy, to, status.st_uid, status.st_gid, status.st_mode);
+}
+
+void GiveStagedFile(const std::string& path, uid_t owner, gid_t group) {
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    GiveOwner(file, path, owner, group, OpenedStatus(file, path).st_mode);
 }
 
 }  // namespace ZET

@@ -24,6 +24,9 @@ void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t m
 /// owner.
 void CopyIntoStaging(const std::string& from, const std::string& to);
 
+/// Gives a file in a private directory an owner and a group, as far as this user may.
+void GiveStagedFile(const std::string& path, uid_t owner, gid_t group);
+
 }  // namespace ZET
 
 #endif
