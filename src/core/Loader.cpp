@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <new>
 #include <optional>
 
 #include "Descriptor.h"
@@ -90,6 +91,15 @@ std::optional<Problem> Run(Call call) {
     }
 }
 
+/// A module is ended even when there is no memory for words about it.
+template <typename Call>
+void TellIfPossible(Call call) {
+    try {
+        call();
+    } catch (const std::bad_alloc&) {
+    }
+}
+
 }  // namespace
 
 void LoadedModule::Closer::operator()(void* handle) const {
@@ -107,8 +117,9 @@ LoadedModule::LoadedModule(CZETCore& core, const std::string& path, const std::v
 
 LoadedModule::~LoadedModule() {
     if (DropInterfaces()) return;
-    Warn("Module '%s' stays in memory: an interface of it is still in use.", m_name.c_str());
     static_cast<void>(m_handle.release());
+    TellIfPossible(
+        [&] { Warn("Module '%s' stays in memory: an interface of it is still in use.", m_name.c_str()); });
 }
 
 void LoadedModule::Refuse(const std::string& reason, const std::string& detail) const {
@@ -137,35 +148,43 @@ void LoadedModule::ReadName(const std::vector<std::string>& taken) {
 
 void LoadedModule::Initialise() {
     const std::vector<std::string> before = m_core.GetRegistry().Names();
-    bool isInitialised = false;
-    const std::optional<Problem> problem = Run([&] { isInitialised = m_init(m_core); });
+    try {
+        bool isInitialised = false;
+        const std::optional<Problem> problem = Run([&] { isInitialised = m_init(m_core); });
+        if (problem) Refuse(problem->message, problem->detail);
+        if (!isInitialised) Refuse(Message("it failed to initialise"));
+        NoteInterfaces(before);
+    } catch (...) {
+        // Their code is about to go.
+        m_core.GetRegistry().RemoveAllBut(before);
+        throw;
+    }
+}
+
+void LoadedModule::NoteInterfaces(const std::vector<std::string>& before) {
     for (const std::string& name : m_core.GetRegistry().Names())
-        if (!std::binary_search(before.begin(), before.end(), name)) m_interfaces.push_back(name);
-    if (!problem && isInitialised) return;
-    for (const std::string& name : m_interfaces)
-        m_core.RemoveInterface(name);
-    if (problem) Refuse(problem->message, problem->detail);
-    Refuse(Message("it failed to initialise"));
+        if (!std::binary_search(before.begin(), before.end(), name)) m_interfaces.push_back({name, {}});
 }
 
 void LoadedModule::Done() {
-    const std::optional<Problem> problem = Run([&] { m_done(m_core); });
-    if (!problem) return;
-    const std::string text =
-        Message("Failed to end module '%s': %s.", m_name.c_str(), problem->message.c_str());
-    CZETLogProvider::GetLogProvider().Put(ZETLogError, 1, text.c_str());
+    TellIfPossible([&] {
+        const std::optional<Problem> problem = Run([&] { m_done(m_core); });
+        if (!problem) return;
+        const std::string text =
+            Message("Failed to end module '%s': %s.", m_name.c_str(), problem->message.c_str());
+        CZETLogProvider::GetLogProvider().Put(ZETLogError, 1, text.c_str());
+    });
 }
 
 /// Ends the module. False when somebody still holds an interface of it.
 bool LoadedModule::DropInterfaces() {
-    std::vector<std::weak_ptr<CZETInterface>> interfaces;
-    for (const std::string& name : m_interfaces)
-        interfaces.push_back(m_core.GetRegistry().Find(name));
+    for (RegisteredInterface& interface : m_interfaces)
+        interface.object = m_core.GetRegistry().Find(interface.name);
     Done();
-    for (const std::string& name : m_interfaces)
-        m_core.RemoveInterface(name);
-    const auto isGone = [](const auto& interface) { return interface.expired(); };
-    return std::all_of(interfaces.begin(), interfaces.end(), isGone);
+    for (const RegisteredInterface& interface : m_interfaces)
+        m_core.RemoveInterface(interface.name);
+    const auto isGone = [](const RegisteredInterface& interface) { return interface.object.expired(); };
+    return std::all_of(m_interfaces.begin(), m_interfaces.end(), isGone);
 }
 
 }  // namespace ZET

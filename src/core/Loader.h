@@ -24,6 +24,12 @@ class LoadedModule {
     const std::string& GetName() const { return m_name; }
 
   private:
+    struct RegisteredInterface {
+        std::string name;
+        /// Set when the module goes; the room for it is taken before, since there may be no memory left then.
+        std::weak_ptr<CZETInterface> object;
+    };
+
     struct Closer {
         void operator()(void* handle) const;
     };
@@ -31,6 +37,7 @@ class LoadedModule {
     void* EntryPoint(const char* name) const;
     void ReadName(const std::vector<std::string>& taken);
     void Initialise();
+    void NoteInterfaces(const std::vector<std::string>& before);
     void Done();
     bool DropInterfaces();
     [[noreturn]] void Refuse(const std::string& reason, const std::string& detail = "") const;
@@ -42,7 +49,7 @@ class LoadedModule {
     decltype(&module_init) m_init = nullptr;
     decltype(&module_done) m_done = nullptr;
     std::string m_name;
-    std::vector<std::string> m_interfaces;
+    std::vector<RegisteredInterface> m_interfaces;
 };
 
 }  // namespace ZET

@@ -1,5 +1,6 @@
 #include "Registry.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "Message.h"
@@ -15,6 +16,13 @@ bool Registry::Register(std::shared_ptr<CZETInterface> interface) {
 bool Registry::Remove(const std::string& name) {
     // The interface may end here, and its destructor find the registry without it.
     return !m_interfaces.extract(name).empty();
+}
+
+void Registry::RemoveAllBut(const std::vector<std::string>& names) noexcept {
+    for (auto each = m_interfaces.begin(); each != m_interfaces.end();) {
+        const auto present = each++;
+        if (!std::binary_search(names.begin(), names.end(), present->first)) m_interfaces.extract(present);
+    }
 }
 
 std::shared_ptr<CZETInterface> Registry::Find(const std::string& name) const {

@@ -19,6 +19,9 @@ class Registry {
     /// False when there is none of that name.
     bool Remove(const std::string& name);
 
+    /// `names` are sorted.
+    void RemoveAllBut(const std::vector<std::string>& names) noexcept;
+
     /// Null when there is none of that name.
     std::shared_ptr<CZETInterface> Find(const std::string& name) const;
 
