@@ -99,6 +99,12 @@ void GiveOwner(int descriptor, const std::string& path, uid_t owner, gid_t group
     if (fchmod(descriptor, mode & kModeBits) != 0) Fail(path, "cannot get its mode");
 }
 
+mode_t ModeOf(const std::string& path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) Fail(path, "its mode cannot be read");
+    return status.st_mode & kModeBits;
+}
+
 int OpenStaged(const std::string& path) {
     return open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600);
 }
@@ -117,6 +123,17 @@ void RequireReadableFile(const std::string& path) {
 
 bool HaveSameBytes(const std::string& one, const std::string& other) {
     return ReadFileBytes(one) == ReadFileBytes(other);
+}
+
+void RequireModeOf(const std::string& model, const std::string& path) {
+    const mode_t mode = ModeOf(model);
+    if (ModeOf(path) != mode && chmod(path.c_str(), mode) != 0) Fail(path, "cannot get its mode");
+}
+
+bool HasBecome(const std::string& path, const std::string& staged) {
+    if (!HaveSameBytes(path, staged)) return false;
+    RequireModeOf(staged, path);
+    return true;
 }
 
 void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode) {

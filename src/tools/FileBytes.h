@@ -17,6 +17,12 @@ void RequireReadableFile(const std::string& path);
 /// Whether two regular files hold the same bytes.
 bool HaveSameBytes(const std::string& one, const std::string& other);
 
+/// Gives a file that the module wrote the mode of another: the module does not tell when it could not.
+void RequireModeOf(const std::string& model, const std::string& path);
+
+/// Whether a file that the module wrote has become what was made in trial; its mode then is that, too.
+bool HasBecome(const std::string& path, const std::string& staged);
+
 /// Writes a new file of that mode, or over a former one, in a private directory.
 void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode);
 

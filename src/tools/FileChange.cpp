@@ -59,13 +59,14 @@ void FileChange::Try(const Operation& operation, const std::string& staged) {
     // What the log has to say comes with the real edit, if there is one.
     const QuietLog quiet(m_session.Asked(), m_session.Asked().dryRun ? ZETLogWarning : ZETLogError);
     Perform(operation, staged, true);
+    RequireModeOf(m_path, staged);
 }
 
 void FileChange::Apply(const Operation& operation, bool noBackup, const std::string& staged) {
     m_writing.Begin();
     if (!noBackup) m_session.Config().ReserveConfigFile(m_path);
     Perform(operation, m_path, noBackup);
-    if (!IsSame(m_path, staged)) {
+    if (!HasBecome(m_path, staged)) {
         throw Failure(
             m_path +
             ": is not what the edit made of it in trial (another program wrote it at the same time: "

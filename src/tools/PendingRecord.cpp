@@ -28,7 +28,12 @@ PendingRecord::PendingRecord(Session& session, const std::vector<std::string>& p
         for (std::string& temporary : TemporariesOf(path))
             m_temporaries.push_back(std::move(temporary));
     }
-    ReplaceStateFile(m_file, text);
+    try {
+        ReplaceStateFile(m_file, text);
+    } catch (...) {
+        unlink(m_file.c_str());
+        throw;
+    }
 }
 
 // A record that stays is harmless: the next run removes it.

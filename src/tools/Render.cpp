@@ -47,14 +47,17 @@ std::string RenderStaged(Session& session, const Staging& staging, const std::st
                          StringMap* values) {
     const std::string staged = staging.PathOf("rendered/" + templateName);
     const std::string workingCopy = WorkingCopy(session, templateName);
+    const std::string source = TemplateFile(session, templateName);
     const ParamOverride noSync(session.Core(), "ZET_SYNC", "no");
     if (IsFileExist(workingCopy)) {
         Process(session, templateName, staged, values);
+        RequireModeOf(source, staged);
         return staged;
     }
     const std::string standIn = staging.PathOf("templates/" + templateName);
     const ParamOverride directory(session.Core(), "ZET_CFG_DIR", staging.PathOf("templates"));
     Process(session, templateName, staged, values);
+    RequireModeOf(source, staged);
     NameWorkingCopy(staged, standIn, workingCopy);
     return staged;
 }
@@ -63,7 +66,7 @@ void RenderTarget(Session& session, const std::string& templateName, const std::
                   const std::string& staged, StringMap* values) {
     session.Config().ReserveConfigFile(path);
     Process(session, templateName, path, values);
-    if (!HaveSameBytes(path, staged) || StateOf(path).mode != StateOf(staged).mode) {
+    if (!HasBecome(path, staged)) {
         throw Failure(
             path +
             ": is not what was rendered in trial (somebody else wrote it, or its template, at the same"

@@ -2,6 +2,7 @@
 #define ZET_REPORT_H
 
 #include <cstdint>
+#include <list>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -13,7 +14,9 @@
 namespace ZET {
 
 struct Value;
-using List = std::vector<Value>;
+// Not a vector too: with nothing but types that it knows to be moved without failing, this library's variant
+// takes itself for one that always holds a value, and crashes when memory runs out while it is copied.
+using List = std::list<Value>;
 using Fields = std::vector<std::pair<std::string, Value>>;
 
 /// A value of the JSON document. Texts are bytes; what is no UTF-8 is replaced when the document is written,

@@ -1,14 +1,19 @@
 #include "Staging.h"
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <ftw.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <memory>
+#include <string_view>
 
 #include "ExitStatus.h"
 
@@ -49,9 +54,20 @@ int LockedDirectory(const std::string& path) {
     return -1;
 }
 
-void RemoveTree(const std::string& path) {
-    std::error_code ignored;  // a left-over is harmless, and the next run that may do so removes it
-    fs::remove_all(path, ignored);
+struct DirectoryCloser {
+    void operator()(DIR* directory) const { closedir(directory); }
+};
+
+int RemoveEntry(const char* path, const struct stat* /*status*/, int /*kind*/, struct FTW* /*place*/) {
+    remove(path);
+    return 0;
+}
+
+/// Nothing that throws: it has to work when memory has run out. A left-over is harmless, and the next run
+/// that may do so removes it.
+void RemoveTree(const std::string& path) noexcept {
+    constexpr int kMostOpen = 16;
+    nftw(path.c_str(), RemoveEntry, kMostOpen, FTW_DEPTH | FTW_PHYS);
 }
 
 }  // namespace
@@ -90,13 +106,17 @@ std::string Staging::PathOf(const std::string& name) const {
 }
 
 void Staging::RemoveLeftOvers(const std::string& parent) {
-    std::error_code error;
-    for (fs::directory_iterator entry(ParentOrDefault(parent), error), end; !error && entry != end;
-         entry.increment(error)) {
-        if (!entry->path().filename().string().starts_with(kPrefix)) continue;
-        const int lock = LockedDirectory(entry->path().string());
+    const std::string place = ParentOrDefault(parent);
+    // The iterator of std::filesystem ends the program when it runs out of memory.
+    const std::unique_ptr<DIR, DirectoryCloser> directory(opendir(place.c_str()));
+    if (!directory) return;
+    while (const dirent* entry = readdir(directory.get())) {
+        const std::string_view name = entry->d_name;
+        if (!name.starts_with(kPrefix)) continue;
+        const std::string path = place + "/" + std::string(name);
+        const int lock = LockedDirectory(path);
         if (lock < 0) continue;
-        RemoveTree(entry->path().string());
+        RemoveTree(path);
         close(lock);
     }
 }

@@ -9,11 +9,12 @@
 namespace ZET {
 
 void ReplaceStateFile(const std::string& file, const std::string& text) {
+    const std::string temporary = file + ZETTemporarySuffix;
     if (text.empty()) {
+        unlink(temporary.c_str());  // a killed run may have left it
         if (IsFileExist(file)) RemoveFile(file);
         return;
     }
-    const std::string temporary = file + ZETTemporarySuffix;
     constexpr mode_t kMode = 0644;
     try {
         WriteStagedFile(temporary, text, kMode);
