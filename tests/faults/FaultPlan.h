@@ -1,0 +1,51 @@
+#ifndef ZET_FAULTS_FAULT_PLAN_H
+#define ZET_FAULTS_FAULT_PLAN_H
+
+#include <cstdint>
+
+namespace ZET::Faults {
+
+/// What a run has to meet with. Turns count from 1, and begin with `main`.
+enum class Kind {
+    None,    ///< nothing: the calls are only counted
+    Fail,    ///< one call fails
+    Dead,    ///< from one call on, all fail
+    Full,    ///< from one call on, whatever needs room fails; a write still places half of its bytes
+    Short,   ///< one call reads or writes no more than half
+    Kill,    ///< SIGKILL before one call
+    Memory,  ///< one allocation fails
+    Starve,  ///< from one allocation on, all fail
+};
+
+struct Plan {
+    Kind kind = Kind::None;
+    std::uint64_t turn = 0;
+    int error = 0;  ///< for `Fail` and `Dead`
+};
+
+/// One call, as the log has it.
+struct LoggedCall {
+    std::int32_t number;
+    std::int32_t flags;  ///< of an open
+    char path[248];      ///< "" when the call names none
+};
+
+/// A file that is mapped into the program, so that it holds what was counted even when the program is killed.
+struct Log {
+    static constexpr std::uint64_t kMostCalls = 4096;
+    std::uint64_t calls;
+    std::uint64_t allocations;
+    std::uint64_t isMet;  ///< whether the fault came
+    LoggedCall entries[kMostCalls];
+};
+
+/// Both are there from the start of `main` on; until then, and in a program without a plan, `theLog` is null.
+extern Plan thePlan;
+extern Log* theLog;
+
+/// From here on, system calls are counted and faulted. False where the kernel cannot do that.
+bool TrapSystemCalls();
+
+}  // namespace ZET::Faults
+
+#endif

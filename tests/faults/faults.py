@@ -1,0 +1,223 @@
+#!/usr/bin/env python3
+"""Runs the built commands on a small host with faults, and checks that nothing is ever lost.
+
+    faults.py KIND --programs DIRECTORY --injector FILE [--all] [--only SCENARIO] [--fault 'KIND TURN ERROR']
+
+KIND is what the commands meet:
+
+    fail      system calls that have to do with files fail, each in turn, with an error that fits it; reads and
+              writes that do a part only; a disk that is full, or broken, from one call on
+    kill      SIGKILL before each of these calls
+    memory    allocations fail, each in turn; or all from one on
+    disk      a file system that is really full, at every size, and one without room for new names (needs root)
+
+What must be true after each run:
+
+  * Every file is old or new, byte for byte, with its mode, owner and attributes: never torn, and never missing
+    unless it was not there before. The commands reserve a file before they write it, so they never need the
+    module's own way of moving the original aside, which leaves an instant without a target.
+  * A reserve is not there, or it is the first original; what was there before can be put back at every instant.
+  * The record of what was written has whole lines. Only a status file may be cut short: the module writes it in
+    its place.
+  * Exit status 0 means that all is new, with the same report as ever; any other comes with a word on standard
+    error. No failing call ends a command by a signal.
+  * A command that failed has cleared away its temporary files, unless just that failed.
+  * The same command, run again without faults, ends as if there had been none, and leaves nothing behind.
+  * What undoes the command (a rollback, a restore), run instead of that, puts the files back as they were before
+    the product came, and leaves nothing behind.
+
+The host is on the memory's file system where there is one: what counts is the order of the calls, and syncing,
+which stays on, costs nothing there. Without --all, every call is killed at and fails once, with the error that
+fits best; other errors, broken disks and allocations are sampled.
+
+A failure prints the command that repeats it; with --fault, the host stays to be looked at.
+"""
+
+import argparse
+import errno
+import os
+import shutil
+import sys
+import tempfile
+
+import disk
+import plans
+import scenarios
+import verdict
+from host import Host, key_of
+from run import Fault, NotPossible, Runner, describe
+
+SKIPPED = 77
+MOST_SHOWN = 20
+
+
+class Checker:
+    """One command on its host."""
+
+    def __init__(self, scenario, host, runner):
+        self._scenario = scenario
+        self._host = host
+        self._runner = runner
+        self._known_ends = set()  # states from which going on is known to end well
+        self.runs = 0
+
+    def prepare(self):
+        self._host.make()
+        self._origin = self._host.look()
+        self._scenario.prepare(self._host, self._run_sound)
+        self.old = self._host.look()
+        undisturbed = self.run(Fault("none"))
+        self.calls, self.allocations = self._runner.counted()
+        self.output = undisturbed.output
+        self.new = self._host.look()
+        self._require(verdict.of_end(undisturbed, self.new, self.new) + verdict.of_left_overs(self.new))
+        if self.new == self.old:
+            raise SystemExit(f"{self._scenario.name}: changes nothing, so it shows nothing")
+        again = self.run()
+        self._require(verdict.of_end(again, self.new, self._host.look()))
+        self._host.put_back(self.old, self._host.look())
+        self._require([] if self._host.look() == self.old else ["the host cannot be put back"])
+
+    def _run_sound(self, program, *arguments):
+        result = self._run(program, arguments)
+        self._require([] if result.status == 0 else [result.errors])
+
+    def _require(self, problems):
+        if problems:
+            raise SystemExit(f"{self._scenario.name}: without any fault: " + "; ".join(problems))
+
+    def run(self, fault=None):
+        return self._run(self._scenario.program, self._scenario.arguments, fault)
+
+    def _run(self, program, arguments, fault=None):
+        self.runs += 1
+        places = [each.replace("HOST", self._host.root) for each in arguments]
+        return self._runner.run(program, ["--config", f"{self._host.root}/zet.conf"] + places, fault)
+
+    def check(self, fault):
+        """What is wrong after a run with the fault, and what the run said. The host is as before afterwards."""
+        result = self.run(fault)
+        now = self._host.look()
+        found = [] if result.is_met or fault.kind == "full" else ["the run did not get to the fault"]
+        found += verdict.of_exit(result, fault.kind == "kill")
+        may_leave = plans.may_leave_temporaries(fault, self.calls)
+        if not may_leave:
+            found += verdict.of_left_overs(now)
+        found += self.judge(result, now, may_leave, fault.error == errno.EPERM)
+        return found, result
+
+    def judge(self, result, now, may_leave=False, is_denied=False):
+        is_warned = verdict.has_warned(result)
+        found = verdict.of_files(self.old, self.new, now, is_warned)
+        found += verdict.of_originals(self.old, self.new, now)
+        found += verdict.of_success(result, self.output, self.new, now, may_leave, is_denied)
+        found += self._go_on(now, is_warned)
+        self._host.put_back(self.old, self._host.look())
+        return found
+
+    def _go_on(self, now, is_warned):
+        state = key_of(now)
+        if now == self.old or state in self._known_ends:
+            return []
+        found = self._undo(now, is_warned) if self._scenario.undo else []
+        found += verdict.of_end(self.run(), self.new, self._host.look(), is_warned)
+        if not found and not is_warned:
+            self._known_ends.add(state)
+        return found
+
+    def _undo(self, now, is_warned):
+        result = self._run(self._scenario.program, self._scenario.undo)
+        undone = self._host.look()
+        self._host.put_back(now, undone)
+        return verdict.of_undoing(result, self._origin, undone, is_warned)
+
+
+def repeat_command(options, scenario, fault):
+    return (f"{sys.argv[0]} {options.kind} --programs {options.programs} --injector {options.injector} "
+            f"--only {scenario.name} --fault '{fault.kind} {fault.turn} {fault.error}'")
+
+
+def report(options, scenario, checker, fault, found, result):
+    call = ""
+    if fault.kind not in ("memory", "starve") and 0 < fault.turn <= len(checker.calls):
+        call = f" ({' '.join(map(str, checker.calls[fault.turn - 1]))})"
+    print(f"{scenario.name}: {describe(fault)}{call}")
+    for each in found:
+        print(f"    {each}")
+    print(f"    it ended with {result.status} and said {result.errors!r}")
+    print(f"    again: {repeat_command(options, scenario, fault)}")
+
+
+def repeat(options, scenario, checker, fault):
+    """One fault; the host stays as the fault left it."""
+    result = checker.run(fault)
+    print(f"exit status {result.status}\n{result.output}{result.errors}")
+    kept = tempfile.mkdtemp(prefix="zet-faults-kept.")
+    shutil.copytree(checker._host.root, kept, symlinks=True, dirs_exist_ok=True)
+    print(f"the host is kept as {kept}")
+    checker._host.put_back(checker.old, checker._host.look())
+    found, result = checker.check(fault)
+    if found:
+        report(options, scenario, checker, fault, found, result)
+    return len(found)
+
+
+def check_scenario(options, scenario, host, runner):
+    checker = Checker(scenario, host, runner)
+    checker.prepare()
+    if options.kind == "disk":
+        failures = disk.check(scenario, checker, host)
+    elif options.fault:
+        kind, turn, *error = options.fault.split()
+        failures = repeat(options, scenario, checker, Fault(kind, int(turn), int(error[0]) if error else 0))
+    else:
+        failures = 0
+        for fault in plans.faults(options.kind, checker.calls, checker.allocations, options.all):
+            found, result = checker.check(fault)
+            if found:
+                failures += 1
+                if failures <= MOST_SHOWN:
+                    report(options, scenario, checker, fault, found, result)
+    print(f"{scenario.name}: {len(checker.calls)} calls, {checker.allocations} allocations, "
+          f"{checker.runs} runs, {failures} failures", flush=True)
+    return failures
+
+
+def parse_arguments():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("kind", choices=["fail", "kill", "memory", "disk"])
+    parser.add_argument("--programs", required=True, help="the directory of the commands")
+    parser.add_argument("--injector", required=True, help="the library to preload")
+    parser.add_argument("--all", action="store_true", help="every call with every error, every allocation")
+    parser.add_argument("--only", help="one scenario")
+    parser.add_argument("--fault", help="one fault")
+    return parser.parse_args()
+
+
+def main():
+    options = parse_arguments()
+    if options.kind == "disk":
+        disk.enter_own_mounts()
+    memory = "/dev/shm"
+    base = tempfile.mkdtemp(prefix="zet-faults.", dir=memory if os.access(memory, os.W_OK) else None)
+    try:
+        if options.kind == "disk":
+            disk.mount(base + "/host")
+        host = Host(base)
+        runner = Runner(options.programs, options.injector, base)
+        chosen = [each for each in scenarios.ALL if options.only in (None, each.name)]
+        if not chosen:
+            raise SystemExit(f"there is no scenario {options.only}")
+        failures = sum(check_scenario(options, each, host, runner) for each in chosen)
+    except NotPossible as reason:
+        print(f"skipped: {reason}")
+        return SKIPPED
+    finally:
+        if options.kind == "disk":
+            disk.unmount(base + "/host")
+        shutil.rmtree(base)
+    return 1 if failures else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
