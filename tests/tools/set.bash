@@ -1,5 +1,8 @@
 # Shared by the tests of the commands that work on the whole set of targets. It goes with helper.bash.
 
+# Where the tests put one of their own in its place, too.
+DIFF=$(command -v diff)
+
 # A host whose list of targets is still empty; the targets are in $HOST/out.
 make_set() {
     umask 022
@@ -73,7 +76,7 @@ stop_before() {
 		#!/bin/sh
 		echo >>"$BASE/diffs"
 		[ "\$(wc -l <"$BASE/diffs")" -ne $1 ] || kill -$2 \$PPID
-		exec $(command -v diff) "\$@"
+		exec $DIFF "\$@"
 	SCRIPT
     rm -f "$BASE/diffs"
 }

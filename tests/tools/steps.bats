@@ -167,7 +167,7 @@ fail_at() {
 		#!/bin/sh
 		echo >>"$BASE/diffs"
 		[ "\$(wc -l <"$BASE/diffs")" -ne $1 ] || mkdir "$HOST/out/$2.tmp"
-		exec $(command -v diff) "\$@"
+		exec $DIFF "\$@"
 	SCRIPT
 }
 
@@ -224,7 +224,7 @@ to be restarted: service-c"
     script diff <<-SCRIPT
 		#!/bin/sh
 		mkdir -p "$HOST/state/zet-client.status"
-		exec $(command -v diff) "\$@"
+		exec $DIFF "\$@"
 	SCRIPT
     run_zet commit-config --diff
     assert_status 1
