@@ -1,0 +1,207 @@
+# A whole host tree under --root, worked on by a user without any rights beyond it.
+
+load helper
+load set
+
+setup() {
+    umask 022
+    make_host
+    # The names are those that the host itself has for its files.
+    mkdir -p tree/etc/zet tree/usr/share/zet/templates tree/var/lib/zet outside
+    printf 'DOMAIN=example.org\nSERVER=srv.example.org\n' >tree/etc/zet/zet.conf
+    echo 'realm = ${realm}' >tree/usr/share/zet/templates/one.conf
+    list one.conf /etc/one.conf
+    echo old >tree/etc/one.conf
+    TREE=$HOST/tree
+    COMMAND=("$ZET_BIN/zet-client")
+}
+
+teardown() {
+    remove_host
+}
+
+# list NAME PATH: a section of the tree's list of targets.
+list() {
+    printf '[%s]\ntarget = %s\nroles = both\n' "$1" "$2" >>tree/usr/share/zet/templates/targets.ini
+}
+
+run_in_tree() {
+    capture "${COMMAND[@]}" --root tree "$@"
+}
+
+remember_outside() {
+    OUTSIDE=$(find outside -printf '%p %y %m %i %T@ %l\n' -type f -exec cat {} +)
+}
+
+# assert_outside_unchanged: what lies beside the tree is as it was, and the host's own directories are.
+assert_outside_unchanged() {
+    assert_equal "$(find outside -printf '%p %y %m %i %T@ %l\n' -type f -exec cat {} +)" "$OUTSIDE"
+}
+
+# assert_in_tree FILE: the file of the tree was made from one.conf; its notice names the way to it.
+assert_in_tree() {
+    assert_equal "$(tail -n 1 "tree/$1")" "realm = EXAMPLE.ORG"
+}
+
+@test "an ordinary user commits, asks and goes back in a tree of his own" {
+    need_root
+    copy_programs
+    COMMAND=(as_nobody "$BASE/programs/bin/zet-client")
+    chown -R 65534:65534 tree
+    run_in_tree check-config
+    assert_status 0
+    run_in_tree commit-config
+    assert_success "$TREE/etc/one.conf: changed, the original is kept as $TREE/etc/one.conf.before_zet"
+    assert_in_tree etc/one.conf
+    assert_equal "$(find tree -not -user 65534)" ""
+    run_in_tree status
+    assert_status 0
+    assert_equal "$(tail -n 1 <<<"${output%?}")" "$TREE/etc/one.conf: in sync"
+    run_in_tree rollback-config /etc/one.conf
+    assert_status 0
+    assert_file tree/etc/one.conf $'old\n'
+    assert_equal "$(names_in tree/var/lib/zet)" zet.lock
+}
+
+@test "the notice names the template's working copy with the root" {
+    run_in_tree commit-config
+    assert_status 0
+    assert_equal "$(sed -n 5p tree/etc/one.conf)" "# Edit '$TREE/etc/zet/one.conf'"
+}
+
+@test "values that are rendered do not get the root" {
+    echo '${server_export_dir}' >tree/usr/share/zet/templates/one.conf
+    run_in_tree commit-config
+    assert_status 0
+    assert_equal "$(tail -n 1 tree/etc/one.conf)" /srv/zet
+    grep -qx 'SERVER_EXPORT_DIR=/srv/zet' tree/var/lib/zet/zet-client.status
+}
+
+@test "a tree that was moved is still known" {
+    run_in_tree commit-config
+    mv tree tree2
+    capture "$ZET_BIN/zet-client" --root tree2 rollback-config
+    assert_status 0
+    assert_file tree2/etc/one.conf $'old\n'
+}
+
+@test "a root that is a link or climbs is the directory that it leads to" {
+    ln -s tree link
+    capture "$ZET_BIN/zet-client" --root link commit-config
+    assert_status 0
+    assert_equal "${output%%:*}" "$TREE/etc/one.conf"
+    capture "$ZET_BIN/zet-client" --root outside/../tree/ status
+    assert_status 0
+    assert_equal "$(tail -n 1 <<<"${output%?}")" "$TREE/etc/one.conf: in sync"
+}
+
+@test "targets that are links lead to files of the tree, however they climb" {
+    echo outside >outside/file
+    remember_outside
+    mkdir tree/real
+    local link
+    rm tree/etc/one.conf
+    for link in /real/file ../../../../../../../../real/file "../../../../../../../../../real/../real/./file"; do
+        ln -sfn "$link" tree/etc/one.conf
+        run_in_tree commit-config
+        assert_status 0
+        assert_equal "${output%%:*}" "$TREE/real/file"
+        assert_in_tree real/file
+        assert_equal "$(readlink tree/etc/one.conf)" "$link"
+        run_in_tree rollback-config
+        assert_status 0
+        assert_equal "$(names_in tree/real)" ""
+    done
+    # Led out, the link would find a directory that is there.
+    ln -sfn "$HOST/outside/file" tree/etc/one.conf
+    run_in_tree commit-config
+    assert_status 1
+    assert_stderr "zet-client: error: $TREE$HOST/outside: the directory of $TREE$HOST/outside/file cannot be used: No such file or directory (create it, or correct the target in the list)
+zet-client: nothing was changed"
+    assert_outside_unchanged
+}
+
+@test "a directory on the way to a target that is a link stays inside" {
+    mkdir tree/other outside/etc
+    remember_outside
+    list two.conf /way/two.conf
+    echo two >tree/usr/share/zet/templates/two.conf
+    ln -s ../../../../other tree/way
+    run_in_tree commit-config
+    assert_status 0
+    assert_equal "$(tail -n 1 tree/other/two.conf)" two
+    run_in_tree rollback-config
+    assert_status 0
+    assert_equal "$(names_in tree/other)" ""
+    ln -sfn "$HOST/outside" tree/way
+    run_in_tree commit-config
+    assert_status 1
+    assert_outside_unchanged
+}
+
+@test "the product's own directories that are links stay inside" {
+    mkdir -p tree/srv/state tree/srv/cfg outside/state
+    remember_outside
+    rm -r tree/var/lib/zet
+    ln -s /srv/state tree/var/lib/zet
+    run_in_tree commit-config
+    assert_status 0
+    assert_equal "$(names_in tree/srv/state)" "zet-client-fs.status zet-client.manifest zet-client.status zet.lock"
+    rm tree/var/lib/zet
+    ln -s "$HOST/outside/state" tree/var/lib/zet
+    run_in_tree commit-config
+    assert_status 1
+    assert_outside_unchanged
+}
+
+@test "a template or a list that is a link out of the tree is not read" {
+    echo 'secret of the host' >outside/file
+    remember_outside
+    ln -sfn "$HOST/outside/file" tree/usr/share/zet/templates/one.conf
+    run_in_tree commit-config
+    assert_status 1
+    assert_stderr "zet-client: error: $TREE/usr/share/zet/templates/one.conf: the template is a link that leads out of the root directory (put the template itself there)
+zet-client: nothing was changed"
+    ln -sfn "$HOST/outside/file" tree/usr/share/zet/templates/targets.ini
+    local command
+    for command in commit-config check-config status rollback-config; do
+        run_in_tree "$command"
+        assert_status 1
+        [[ $stderr == *"$TREE/usr/share/zet/templates/targets.ini: the list of targets is a link that leads out of the root directory (put the list itself there)"* ]]
+        [[ $output$stderr != *secret* ]]
+    done
+    assert_outside_unchanged
+}
+
+@test "a manifest whose paths lead out by a link takes nothing back there" {
+    mkdir tree/dir outside/dir
+    list two.conf /dir/two.conf
+    echo two >tree/usr/share/zet/templates/two.conf
+    run_in_tree commit-config
+    assert_status 0
+    sed -i '/two.conf/,$d' tree/usr/share/zet/templates/targets.ini
+    echo precious >outside/dir/two.conf
+    : >outside/dir/two.conf.no_file_before_zet
+    rm -r tree/dir
+    ln -s "$HOST/outside/dir" tree/dir
+    remember_outside
+    run_in_tree rollback-config --force
+    assert_outside_unchanged
+    [[ $stderr == *"$TREE/dir/two.conf: leads out of the root directory by a link, and is left alone"* ]]
+}
+
+@test "a directory that is none cannot serve as root" {
+    local root
+    for root in nowhere outside/file; do
+        : >outside/file
+        capture "$ZET_BIN/zet-client" --root "$root" status
+        assert_refusal 1 "$root: is no directory that can serve as root (create it, or correct --root)"
+    done
+    capture "$ZET_BIN/zet-client" --root '' status
+    assert_status 2
+}
+
+@test "the host itself as root is as good as none" {
+    capture "$ZET_BIN/zet-client" --root / --config "$HOST/zet.conf" option get REALM
+    assert_success EXAMPLE.ORG
+}
