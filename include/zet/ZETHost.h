@@ -2,6 +2,7 @@
 #define ZET_ZETHOST_H
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -51,6 +52,13 @@ enum class ZETLogTarget { StandardError, SystemLog };
 /// `identity` stands before each record.
 __attribute__((visibility("default"))) void ConfigureLog(ZETLogTarget target, ZETLogLevel threshold,
                                                          const std::string& identity);
+
+/// Sees a file that is about to take the place of another, before anything is done to either. Its exception
+/// keeps the rename from being made, and comes out of `RenameFile`.
+using ZETRenameGuard = std::function<void(const std::string& from, const std::string& to)>;
+
+/// The guard of every `RenameFile` from now on; an empty one ends that. Not to be set from within a guard.
+__attribute__((visibility("default"))) void SetRenameGuard(ZETRenameGuard guard);
 
 /// How many records of level 0 the process has put so far, shown or not: the module reports some failures
 /// only so.

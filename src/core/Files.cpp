@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <optional>
+#include <utility>
 
 #include "Attributes.h"
 #include "Descriptor.h"
@@ -16,10 +17,16 @@
 #include "Sync.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETFormat.h"
+#include "zet/ZETHost.h"
 
 namespace ZET {
 
 namespace {
+
+ZETRenameGuard& RenameGuard() {
+    static ZETRenameGuard guard;
+    return guard;
+}
 
 /// The system would take the part of a path before a NUL byte for the whole.
 void RequirePath(const std::string& path, const char* operation) {
@@ -64,6 +71,10 @@ bool CreateOrEmpty(const std::string& path, Descriptor& file) {
 
 }  // namespace
 
+void SetRenameGuard(ZETRenameGuard guard) {
+    RenameGuard() = std::move(guard);
+}
+
 void CreateFile(const std::string& path) {
     RequirePath(path, "CreateFile");
     const ParentDirectory directory(path);
@@ -88,6 +99,7 @@ void RemoveFile(const std::string& path) {
 void RenameFile(const std::string& from, const std::string& to) {
     RequirePath(from, "RenameFile");
     RequirePath(to, "RenameFile");
+    if (const ZETRenameGuard& guard = RenameGuard()) guard(from, to);
     struct stat status;
     if (::lstat(from.c_str(), &status) != 0)
         Fail("Failed to rename file '%s' to '%s': %m.", from.c_str(), to.c_str());

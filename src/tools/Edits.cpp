@@ -31,12 +31,12 @@ int ReportLookup(Session& session, const std::string& what, const char* key,
     return found ? kDone : kFailed;
 }
 
-std::function<void(const std::string& path, bool noBackup)> Edit(
-    Session& session, const std::function<void(IZETConfigFile& file)>& edit) {
-    return [&session, edit](const std::string& path, bool noBackup) {
+std::function<void(const std::string& path)> Edit(Session& session,
+                                                  const std::function<void(IZETConfigFile& file)>& edit) {
+    return [&session, edit](const std::string& path) {
         const auto file = OpenedFile(session, path, session.Asked().noMarkers);
         edit(*file);
-        file->Save(noBackup);
+        file->Save(true);
     };
 }
 

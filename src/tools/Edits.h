@@ -25,8 +25,8 @@ int ReportLookup(Session& session, const std::string& what, const char* key,
                  const std::optional<std::string>& found);
 
 /// The operation of `FileChange` that edits as the caller's options say.
-std::function<void(const std::string& path, bool noBackup)> Edit(
-    Session& session, const std::function<void(IZETConfigFile& file)>& edit);
+std::function<void(const std::string& path)> Edit(Session& session,
+                                                  const std::function<void(IZETConfigFile& file)>& edit);
 
 }  // namespace ZET
 

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -65,17 +66,23 @@ int OpenToRead(const std::string& path) {
     return open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
 }
 
-std::string ReadAll(int descriptor, const std::string& path, const struct stat& status) {
-    std::string bytes(static_cast<std::size_t>(status.st_size) + 1, '\0');
-    std::size_t length = 0;
-    for (;;) {
-        if (length == bytes.size()) bytes.resize(bytes.size() * 2);
-        const ssize_t count = read(descriptor, bytes.data() + length, bytes.size() - length);
+/// Fills `block` from `start` on, as far as the file reaches; returns how much of it is filled then.
+std::size_t ReadBlock(int descriptor, const std::string& path, std::string& block, std::size_t start = 0) {
+    while (start < block.size()) {
+        const ssize_t count = read(descriptor, block.data() + start, block.size() - start);
         if (count == 0) break;
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) Fail(path, "cannot be read");
-        length += static_cast<std::size_t>(count);
+        start += static_cast<std::size_t>(count);
     }
+    return start;
+}
+
+std::string ReadAll(int descriptor, const std::string& path, const struct stat& status) {
+    std::string bytes(static_cast<std::size_t>(status.st_size) + 1, '\0');
+    std::size_t length = 0;
+    while ((length = ReadBlock(descriptor, path, bytes, length)) == bytes.size())
+        bytes.resize(bytes.size() * 2);
     bytes.resize(length);
     return bytes;
 }
@@ -121,8 +128,32 @@ void RequireReadableFile(const std::string& path) {
     OpenedStatus(descriptor, path);
 }
 
+FileVersion VersionOf(const std::string& path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) {
+        if (errno == ENOENT) return {};
+        Fail(path, "cannot be looked at");
+    }
+    constexpr std::int64_t kSecond = 1'000'000'000;
+    return {status.st_dev, status.st_ino, status.st_size,
+            status.st_ctim.tv_sec * kSecond + status.st_ctim.tv_nsec};
+}
+
 bool HaveSameBytes(const std::string& one, const std::string& other) {
-    return ReadFileBytes(one) == ReadFileBytes(other);
+    constexpr std::size_t kBlock = std::size_t{128} << 10;
+    const Descriptor oneFile(OpenToRead(one));
+    const off_t size = OpenedStatus(oneFile, one).st_size;
+    const Descriptor otherFile(OpenToRead(other));
+    if (OpenedStatus(otherFile, other).st_size != size) return false;
+    const std::size_t room = std::min(kBlock, static_cast<std::size_t>(size) + 1);
+    std::string oneBytes(room, '\0');
+    std::string otherBytes(room, '\0');
+    for (;;) {
+        const std::size_t count = ReadBlock(oneFile, one, oneBytes);
+        if (ReadBlock(otherFile, other, otherBytes) != count) return false;
+        if (oneBytes.compare(0, count, otherBytes, 0, count) != 0) return false;
+        if (count < room) return true;
+    }
 }
 
 void RequireModeOf(const std::string& model, const std::string& path) {

@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <string>
 
 namespace ZET {
@@ -13,6 +14,19 @@ std::string ReadFileBytes(const std::string& path);
 
 /// A `Failure` unless the path leads to a regular file that can be read.
 void RequireReadableFile(const std::string& path);
+
+/// Which of the texts that a path ever led to it leads to now: another one after each write.
+struct FileVersion {
+    dev_t device = 0;
+    ino_t inode = 0;
+    off_t size = 0;
+    std::int64_t changed = 0;  ///< nanoseconds
+
+    bool operator==(const FileVersion&) const = default;
+};
+
+/// Links followed.
+FileVersion VersionOf(const std::string& path);
 
 /// Whether two regular files hold the same bytes.
 bool HaveSameBytes(const std::string& one, const std::string& other);

@@ -1,6 +1,5 @@
 #include "FileChange.h"
 
-#include "ChangeReport.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "Staging.h"
@@ -31,53 +30,67 @@ int FileChange::LeaveUnchanged(const std::string& remark) {
 }
 
 int FileChange::Make(const Operation& operation, bool noBackup, const Inspection& inspection) {
-    const Staging staging;
-    const std::string staged = staging.PathOf(BaseNameOf(m_path));
-    CopyIntoStaging(m_path, staged);
-    Try(operation, staged);
-    if (inspection) inspection(staged);
-    SignalGuard::Check();
-    if (IsSame(m_path, staged)) return LeaveUnchanged();
-
-    FileReport report{m_file, m_path, "changed", StateOf(m_path), StateOf(staged), "", "", ""};
-    report.diff = DiffToShow(m_session, m_path, staged, m_path);
-    if (report.before.links > 1) {
-        m_session.Out().Warning(m_path + ": has " + std::to_string(report.before.links) +
-                                " names (hard links); the others keep the former text");
-    }
-    report.reserve = noBackup ? ReserveOf(m_path) : ReserveAfterChange(m_path);
-    if (!m_session.Asked().dryRun) {
-        Apply(operation, noBackup, staged);
-        report.after = StateOf(m_path);
-        if (!report.reserve.empty()) report.remark = "the original is kept as " + report.reserve;
+    FileReport report{m_file, m_path, "changed", StateOf(m_path), {}, "", "", ""};
+    const auto judge = [&](const std::string& made) { Judge(made, noBackup, inspection, report); };
+    try {
+        if (m_session.Asked().dryRun) {
+            Try(operation, judge);
+        } else {
+            Apply(operation, noBackup, judge);
+            report.after = StateOf(m_path);
+            if (!report.reserve.empty()) report.remark = "the original is kept as " + report.reserve;
+        }
+    } catch (const LeftAsItIs&) {
+        return LeaveUnchanged();
     }
     return ReportFile(m_session, report);
 }
 
-void FileChange::Try(const Operation& operation, const std::string& staged) {
-    const ParamOverride noSync(m_session.Core(), "ZET_SYNC", "no");
-    // What the log has to say comes with the real edit, if there is one.
-    const QuietLog quiet(m_session.Asked(), m_session.Asked().dryRun ? ZETLogWarning : ZETLogError);
-    Perform(operation, staged, true);
-    RequireModeOf(m_path, staged);
-}
-
-void FileChange::Apply(const Operation& operation, bool noBackup, const std::string& staged) {
-    m_writing.Begin();
-    if (!noBackup) m_session.Config().ReserveConfigFile(m_path);
-    Perform(operation, m_path, noBackup);
-    if (!HasBecome(m_path, staged)) {
-        throw Failure(
-            m_path +
-            ": is not what the edit made of it in trial (another program wrote it at the same time: "
-            "look at it, and run the command again)");
+/// Looks at what the edit made before it takes the file's place, or would.
+void FileChange::Judge(const std::string& made, bool noBackup, const Inspection& inspection,
+                       FileReport& report) {
+    RequireModeOf(m_path, made);
+    if (inspection) inspection(made);
+    SignalGuard::Check();
+    if (IsSame(m_path, made)) throw LeftAsItIs();
+    report.after = StateOf(made);
+    report.diff = DiffToShow(m_session, m_path, made, m_path);
+    report.reserve = noBackup ? ReserveOf(m_path) : ReserveAfterChange(m_path);
+    if (report.before.links > 1) {
+        m_session.Out().Warning(m_path + ": has " + std::to_string(report.before.links) +
+                                " names (hard links); the others keep the former text");
     }
 }
 
-void FileChange::Perform(const Operation& operation, const std::string& path, bool noBackup) {
+void FileChange::Try(const Operation& operation, const Replacement::Judge& judge) {
+    const Staging staging;
+    const std::string staged = staging.PathOf(BaseNameOf(m_path));
+    CopyIntoStaging(m_path, staged);
+    const ParamOverride noSync(m_session.Core(), "ZET_SYNC", "no");
+    const QuietLog quiet(m_session.Asked(), ZETLogWarning);
+    Perform(operation, staged);
+    judge(staged);
+}
+
+void FileChange::Apply(const Operation& operation, bool noBackup, const Replacement::Judge& judge) {
+    m_writing.Begin();
+    const FileVersion before = VersionOf(m_path);
+    const Replacement replacement(m_path, [&](const std::string& made) {
+        judge(made);
+        if (VersionOf(m_path) != before) {
+            throw Failure(m_path +
+                          ": another program wrote it at the same time, and nothing was changed (look at it, "
+                          "and run the command again)");
+        }
+        if (!noBackup) m_session.Config().ReserveConfigFile(m_path);
+    });
+    Perform(operation, m_path);
+}
+
+void FileChange::Perform(const Operation& operation, const std::string& path) {
     const WrittenLanguage language(m_session.Core());
     const LoggedFailures failures;
-    operation(path, noBackup);
+    operation(path);
     if (failures.Any()) throw Failure(m_path + ": the edit failed, as the log says (nothing more was done)");
 }
 

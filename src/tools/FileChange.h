@@ -4,20 +4,22 @@
 #include <functional>
 #include <string>
 
+#include "ChangeReport.h"
+#include "Replacement.h"
 #include "Session.h"
 #include "Writing.h"
 
 namespace ZET {
 
-/// The one way in which a command edits a file in place: tried on a copy first, kept before it is touched,
-/// compared with the trial afterwards, and reported. An edit that changes nothing leaves the file untouched.
+/// The one way in which a command edits a file in place: what the edit made is judged, the file kept, and
+/// only then replaced. A dry run edits a copy. An edit that changes nothing leaves the file untouched.
 class FileChange {
   public:
-    /// Edits the file at `path` through the module. Called for the copy and then for the file.
-    using Operation = std::function<void(const std::string& path, bool noBackup)>;
+    /// Edits the file at `path` through the module, which keeps no reserve of it: that is done here.
+    using Operation = std::function<void(const std::string& path)>;
 
-    /// Throws what is wrong with the result of the trial.
-    using Inspection = std::function<void(const std::string& staged)>;
+    /// Throws what is wrong with what the edit made.
+    using Inspection = std::function<void(const std::string& made)>;
 
     /// `file` is what the caller wrote. A `Failure` when it is no regular file that can be edited.
     FileChange(Session& session, const std::string& file);
@@ -30,9 +32,10 @@ class FileChange {
     int Make(const Operation& operation, bool noBackup, const Inspection& inspection = nullptr);
 
   private:
-    void Try(const Operation& operation, const std::string& staged);
-    void Apply(const Operation& operation, bool noBackup, const std::string& staged);
-    void Perform(const Operation& operation, const std::string& path, bool noBackup);
+    void Judge(const std::string& made, bool noBackup, const Inspection& inspection, FileReport& report);
+    void Try(const Operation& operation, const Replacement::Judge& judge);
+    void Apply(const Operation& operation, bool noBackup, const Replacement::Judge& judge);
+    void Perform(const Operation& operation, const std::string& path);
 
     Session& m_session;
     std::string m_file;

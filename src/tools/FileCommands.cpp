@@ -1,12 +1,10 @@
-#include <algorithm>
-
 #include "ChangeReport.h"
 #include "Commands.h"
 #include "Edits.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "FileChange.h"
-#include "ManagedText.h"
+#include "OwnRegions.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -14,21 +12,16 @@ namespace ZET {
 
 namespace {
 
-bool IsOwnRegion(const ManagedRegion& region) {
-    return region.kind == RegionKind::Block || region.kind == RegionKind::Notice;
-}
-
 /// Whether there is anything to strip. Refuses what the module would take for a region up to the end.
 bool HasOwnRegions(const std::string& path) {
     const std::string bytes = ReadFileBytes(path);
-    const ManagedText text(bytes);
-    for (const ManagedRegion& region : text.Regions()) {
-        if (!IsOwnRegion(region) || region.isClosed) continue;
-        throw Failure(path + ": the " + (region.kind == RegionKind::Block ? "managed block" : "notice") +
-                      " that begins in line " + std::to_string(region.first) +
+    const OwnRegions regions = FindOwnRegions(bytes);
+    if (regions.openLine != 0) {
+        throw Failure(path + ": the " + (regions.isBlockOpen ? "managed block" : "notice") +
+                      " that begins in line " + std::to_string(regions.openLine) +
                       " has no end, and all that follows would be dropped (\"doctor\" tells a repair)");
     }
-    return std::any_of(text.Regions().begin(), text.Regions().end(), IsOwnRegion);
+    return regions.any;
 }
 
 /// One of the three commands on a file's reserve: what there is, and what the report says.
@@ -88,8 +81,7 @@ int RecordAbsence(ReserveWork& work) {
 int RunFileStrip(Session& session) {
     FileChange change(session, session.Asked().file);
     if (!HasOwnRegions(change.Path())) return change.LeaveUnchanged("no managed block and no notice in it");
-    const auto strip = [&session](const std::string& path, bool noBackup) {
-        if (!noBackup) return session.Config().RemoveZETMarkersFromConfigFile(path);
+    const auto strip = [&session](const std::string& path) {
         const auto file = OpenedFile(session, path, false);
         file->RemoveZETMarkers();
         file->Save(true);

@@ -67,7 +67,7 @@ int RunOptionSet(Session& session) {
         throw UsageError("ZET_CFG is always the file that is read (name another one with --config)");
     const std::string file = session.Param(kConfigFile);
     FileChange change(session, asked.configFile);
-    const auto set = [&](const std::string& path, bool) {
+    const auto set = [&](const std::string& path) {
         if (path != file) {
             // The trial: what the module does to its own file, done to the copy.
             const auto copy = OpenedFile(session, path, true);

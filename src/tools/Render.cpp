@@ -9,14 +9,21 @@ namespace ZET {
 
 namespace {
 
-void Process(Session& session, const std::string& templateName, const std::string& path, StringMap* values) {
+template <typename Operation>
+void Perform(Session& session, const std::string& templateName, const std::string& path,
+             Operation operation) {
     const WrittenLanguage language(session.Core());
     const LoggedFailures failures;
-    session.Config().ProcessConfigFileTemplate(templateName, path, session.Role(), values);
+    operation();
     if (failures.Any()) {
         throw Failure(path + ": the template " + templateName +
                       " could not be rendered into it (the log says why; then run the command again)");
     }
+}
+
+void Process(Session& session, const std::string& templateName, const std::string& path, StringMap* values) {
+    Perform(session, templateName, path,
+            [&] { session.Config().ProcessConfigFileTemplate(templateName, path, session.Role(), values); });
 }
 
 /// The notice names the template that was read: the working copy to be, not its stand-in in the private
@@ -60,6 +67,18 @@ std::string RenderStaged(Session& session, const Staging& staging, const std::st
     RequireModeOf(source, staged);
     NameWorkingCopy(staged, standIn, workingCopy);
     return staged;
+}
+
+void RenderOnce(Session& session, const std::string& templateName, const std::string& path,
+                const StringMap& values) {
+    StringMap allValues = values;
+    allValues.insert(session.Config().TemplatesValues().begin(), session.Config().TemplatesValues().end());
+    Perform(session, templateName, path, [&] {
+        const auto file = session.Config().OpenConfigFileTemplate(templateName, path, session.Role(), false);
+        if (!file) return;
+        file->ApplyTemplates(allValues);
+        file->Save(true);
+    });
 }
 
 void RenderTarget(Session& session, const std::string& templateName, const std::string& path,

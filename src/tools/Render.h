@@ -23,6 +23,11 @@ std::string WorkingCopy(Session& session, const std::string& templateName);
 std::string RenderStaged(Session& session, const Staging& staging, const std::string& templateName,
                          StringMap* values = nullptr);
 
+/// Renders a template into a file as `RenderTarget` does, but keeps nothing and compares nothing: a
+/// `Replacement` is there for that. `values` wins over the template values.
+void RenderOnce(Session& session, const std::string& templateName, const std::string& path,
+                const StringMap& values);
+
 /// Renders a template into its target, for good: keeps what is there first, and compares what came out with
 /// `staged`. A working copy that is missing is installed. A difference is a `Failure`.
 void RenderTarget(Session& session, const std::string& templateName, const std::string& path,

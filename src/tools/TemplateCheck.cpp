@@ -1,6 +1,7 @@
 #include "TemplateCheck.h"
 
 #include <algorithm>
+#include <unordered_map>
 #include <utility>
 
 #include "zet/ZETFormat.h"
@@ -125,7 +126,10 @@ struct Region {
 class TemplateChecker {
   public:
     TemplateChecker(const std::string& file, const StringMap& values, std::set<std::string>* used)
-        : m_file(file), m_values(values), m_longestKey(LongestKey(values)), m_used(used) {}
+        : m_file(file), m_values(values), m_longestKey(LongestKey(values)), m_used(used) {
+        for (const auto& value : values)
+            if (value.second.find('$') == std::string::npos) m_plainValues.emplace(value.first, &value);
+    }
 
     std::vector<Problem> Check(std::string_view text) {
         while (!text.empty()) {
@@ -144,7 +148,24 @@ class TemplateChecker {
     }
 
   private:
+    /// Whether every placeholder of the line has a value, and none leads to another: most lines are like
+    /// that, and cost two searches.
+    bool IsPlain(std::string_view line) {
+        std::size_t left = kLongestLine;
+        for (std::size_t place = 0; (place = line.find("${", place)) != std::string_view::npos;) {
+            const std::size_t end = line.find('}', place);
+            if (end == std::string_view::npos) return false;
+            const auto value = m_plainValues.find(line.substr(place, end + 1 - place));
+            if (value == m_plainValues.end() || value->second->second.size() > left) return false;
+            left -= value->second->second.size();
+            if (m_used != nullptr) m_used->insert(value->second->first);
+            place = end + 1;
+        }
+        return true;
+    }
+
     void CheckPlaceholders(std::string_view line) {
+        if (IsPlain(line)) return;
         using Verdict = LineExpansion::Verdict;
         LineExpansion expansion(line, m_values, m_longestKey, m_used);
         std::set<std::pair<int, std::string>> unknown;
@@ -220,6 +241,7 @@ class TemplateChecker {
     const std::string& m_file;
     const StringMap& m_values;
     std::size_t m_longestKey;
+    std::unordered_map<std::string_view, const StringMap::value_type*> m_plainValues;  ///< those without "$"
     std::set<std::string>* m_used;
     int m_line = 0;
     Region m_block{ZETBeginMarker, ZETEndMarker};

@@ -6,6 +6,7 @@
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "Render.h"
+#include "Replacement.h"
 #include "Staging.h"
 #include "TargetCheck.h"
 #include "Writing.h"
@@ -117,26 +118,45 @@ bool CheckTemplateToRender(Session& session, const StringMap& extra) {
     return problems.empty();
 }
 
-/// What the log has to say comes with the real rendering, if there is one.
-std::string RenderInTrial(Session& session, const Staging& staging, StringMap& values) {
-    const QuietLog quiet(session.Asked(), session.Asked().dryRun ? ZETLogWarning : ZETLogError);
-    return RenderStaged(session, staging, session.Asked().name, &values);
-}
-
-/// What a rendering would do to its target.
-FileReport Planned(Session& session, const std::string& path, const std::string& staged) {
-    FileReport report{session.Asked().target, path, "created", StateOf(path), StateOf(staged), "", "", ""};
+/// What putting `made` into the target's place does, or would do.
+FileReport Planned(Session& session, const std::string& path, const std::string& made) {
+    FileReport report{session.Asked().target, path, "created", StateOf(path), StateOf(made), "", "", ""};
     if (report.before.exists) {
         RequireReadableFile(path);
         // A file that is replaced keeps its owner.
         report.after.owner = report.before.owner;
         report.after.group = report.before.group;
-        const bool isSame = report.before.mode == report.after.mode && HaveSameBytes(path, staged);
+        const bool isSame = report.before.mode == report.after.mode && HaveSameBytes(path, made);
         report.change = isSame ? "unchanged" : "changed";
     }
     report.reserve = report.change == "unchanged" ? ReserveOf(path) : ReserveAfterChange(path);
     if (report.change != "unchanged" && !IsSecret(session, WorkingCopy(session, session.Asked().name)))
-        report.diff = DiffToShow(session, report.before.exists ? path : "", staged, path);
+        report.diff = DiffToShow(session, report.before.exists ? path : "", made, path);
+    return report;
+}
+
+FileReport RenderInTrial(Session& session, const std::string& path, StringMap& values) {
+    const Staging staging;
+    const QuietLog quiet(session.Asked(), ZETLogWarning);
+    return Planned(session, path, RenderStaged(session, staging, session.Asked().name, &values));
+}
+
+FileReport RenderInPlace(Session& session, const std::string& path, StringMap& values) {
+    FileReport report;
+    const Replacement replacement(path, [&](const std::string& made) {
+        RequireModeOf(WorkingCopy(session, session.Asked().name), made);
+        report = Planned(session, path, made);
+        SignalGuard::Check();
+        if (report.change == "unchanged") throw LeftAsItIs();
+        session.Config().ReserveConfigFile(path);
+    });
+    try {
+        RenderOnce(session, session.Asked().name, path, values);
+    } catch (const LeftAsItIs&) {
+        return report;
+    }
+    report.after = StateOf(path);
+    if (!report.reserve.empty()) report.remark = "the original is kept as " + report.reserve;
     return report;
 }
 
@@ -171,16 +191,9 @@ int RunTemplateProcess(Session& session) {
         session.Out().Remark("nothing was changed");
         return kFailed;
     }
-    const Staging staging;
-    const std::string staged = RenderInTrial(session, staging, values);
-    FileReport report = Planned(session, path, staged);
-    if (!asked.dryRun && report.change != "unchanged") {
-        writing.Begin();
-        RenderTarget(session, asked.name, path, staged, &values);
-        report.after = StateOf(path);
-        if (!report.reserve.empty()) report.remark = "the original is kept as " + report.reserve;
-    }
-    return ReportFile(session, report);
+    if (asked.dryRun) return ReportFile(session, RenderInTrial(session, path, values));
+    writing.Begin();
+    return ReportFile(session, RenderInPlace(session, path, values));
 }
 
 }  // namespace ZET

@@ -3,6 +3,7 @@
 #include "Support.h"
 #include "SystemCalls.h"
 #include "zet/ZETFiles.h"
+#include "zet/ZETHost.h"
 
 namespace ZET::Test {
 namespace {
@@ -179,6 +180,32 @@ TEST_F(RenameFile, NoDescriptorIsLeftOpen) {
     Rename();
     MessageOf<EZETError>([&] { Rename(); });
     EXPECT_EQ(calls.Count("open"), calls.Count("close"));
+}
+
+TEST_F(RenameFile, GuardSeesBothFilesAsTheyWere) {
+    WriteText(m_from, "new");
+    WriteText(m_to, "old");
+    std::string seen;
+    SetRenameGuard([&](const std::string& from, const std::string& to) {
+        seen = from + " " + to + " " + ReadText(from) + " " + ReadText(to);
+    });
+    Rename();
+    EXPECT_EQ(seen, m_from + " " + m_to + " new old");
+    EXPECT_EQ(ReadText(m_to), "new");
+    SetRenameGuard(nullptr);
+}
+
+TEST_F(RenameFile, GuardKeepsARenameFromBeingMade) {
+    WriteText(m_from, "new");
+    WriteText(m_to, "old");
+    struct No {};
+    SetRenameGuard([](const std::string&, const std::string&) { throw No(); });
+    EXPECT_THROW(Rename(), No);
+    EXPECT_THAT(m_directory.Names(), ElementsAre("from", "to"));
+    EXPECT_EQ(ReadText(m_to), "old");
+    SetRenameGuard(nullptr);
+    Rename();
+    EXPECT_EQ(ReadText(m_to), "new");
 }
 
 }  // namespace

@@ -82,6 +82,18 @@ apply_diff() {
     assert_equal "${output#*before_zet}" "$planned"
 }
 
+@test "a file that another program writes in the middle of an edit is left to it" {
+    mkdir programs
+    printf '#!/bin/sh\necho c=3 >>%s/conf\nexec %s "$@"\n' "$HOST" "$(command -v diff)" >programs/diff
+    chmod +x programs/diff
+    PATH=$HOST/programs:$PATH run_zet param set --diff conf a new
+    assert_refusal 1 "conf: another program wrote it at the same time, and nothing was changed (look at it, and\
+ run the command again)"
+    assert_file conf $'a=1\nb=2\nc=3\n'
+    assert_absent conf.before_zet
+    assert_absent conf.tmp
+}
+
 @test "colors are for a reader who wants them" {
     run_zet --color always param set -n --diff --no-markers conf a new
     assert_equal "$(sed -n 5p <<<"$output")" $'\033[31m-a=1\033[0m'
@@ -217,14 +229,14 @@ apply_diff() {
     assert_absent state/zet-staging.123456
 }
 
-@test "a file that is too large for its copy is left as it is" {
+@test "a file that is too large to be written anew is left as it is" {
     head -c 100000 /dev/zero | tr '\0' x >big
     remember_host
     capture bash -c 'ulimit -f 64; exec "$@"' - "$ZET_BIN/zet-client" --config zet.conf param set big a 1
     assert_status 1
     assert_output ""
-    assert_equal "${stderr##*/}" $'big: cannot be written: File too large\n'
-    assert_host_unchanged
+    assert_stderr "zet-client: error: Failed to save file 'big.tmp'."
+    assert_files_unchanged
 }
 
 @test "an edit waits for the lock, and a dry run does not" {

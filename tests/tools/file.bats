@@ -22,7 +22,7 @@ teardown() {
     remember_host
     run_zet file strip conf
     assert_success "conf: unchanged"
-    assert_host_unchanged
+    assert_files_unchanged
 }
 
 @test "strip of a file without blocks and notice leaves it untouched" {

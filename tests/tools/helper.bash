@@ -144,6 +144,17 @@ assert_host_unchanged() {
     }
 }
 
+# The same, but for the times of directories: something may have come and gone in them.
+assert_files_unchanged() {
+    local before now
+    before=$(grep -v '^d ' <<<"$REMEMBERED")
+    now=$(state_of_host | grep -v '^d ')
+    [[ $now == "$before" ]] || {
+        diff <(echo "$before") <(echo "$now") >&2
+        return 1
+    }
+}
+
 # json EXPRESSION: of the document "d" that the command printed.
 json() {
     python3 -c 'import json, sys

@@ -62,7 +62,7 @@ teardown() {
     remember_host
     run_zet option set SERVER srv.example.org
     assert_success "$HOST/zet.conf: unchanged"
-    assert_host_unchanged
+    assert_files_unchanged
 }
 
 @test "set refuses a name that is none" {
@@ -83,7 +83,7 @@ teardown() {
     assert_refusal 2 "VALUE holds a line feed (a line cannot; give the text without it)"
     run_zet option set ZET_SYNC maybe
     assert_refusal 1 "the option would break the configuration file: $HOST/zet.conf:5: 'maybe' is no value for ZET_SYNC (write yes or no)"
-    assert_host_unchanged
+    assert_files_unchanged
 }
 
 @test "set in a dry run shows the change and makes none" {

@@ -145,7 +145,7 @@ $(block b=2)
     remember_host
     run_zet param set conf kdc new
     assert_success "conf: unchanged"
-    assert_host_unchanged
+    assert_files_unchanged
 }
 
 @test "set takes an empty value" {

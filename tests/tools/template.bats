@@ -151,7 +151,7 @@ plain
     remember_host
     run_zet template process two.conf out
     assert_success "out: unchanged"
-    assert_host_unchanged
+    assert_files_unchanged
 }
 
 @test "a value given by the caller wins, and may hold equals signs and placeholders" {
