@@ -1,10 +1,12 @@
 #include "CommandLine.h"
 
 #include <CLI/CLI.hpp>
-#include <iostream>
+#include <algorithm>
+#include <string_view>
 
 #include "Commands.h"
 #include "ExitStatus.h"
+#include "Report.h"
 
 namespace ZET {
 
@@ -193,6 +195,11 @@ std::string WhatIsWrong(const CLI::App& app, const CLI::ParseError& error) {
     return unknown.empty() ? "a command is missing" : "unknown command \"" + unknown.front() + "\"";
 }
 
+/// What was read before the mistake may lack the option that the reader relies on.
+bool AsksForDocument(int count, char** arguments) {
+    return std::find(arguments, arguments + count, std::string_view("--json")) != arguments + count;
+}
+
 }  // namespace
 
 std::optional<Request> ParseCommandLine(const std::string& program, int count, char** arguments,
@@ -209,9 +216,10 @@ std::optional<Request> ParseCommandLine(const std::string& program, int count, c
         if (error.get_exit_code() == 0) {
             app.exit(error);
         } else {
-            std::cerr << program << ": error: " << WhatIsWrong(app, error) << " (see \"" << program
-                      << " --help\")\n";
-            status = kWrongUse;
+            request.json = request.json || AsksForDocument(count, arguments);
+            Report report(request);
+            report.Error(WhatIsWrong(app, error) + " (see \"" + program + " --help\")");
+            status = report.Finish(kWrongUse);
         }
         return std::nullopt;
     }

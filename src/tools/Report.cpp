@@ -82,7 +82,7 @@ Report::Report(const Request& request)
       m_verbose(request.verbose),
       m_color(WantsColor(request.color)) {
     Set("version", kDocumentVersion);
-    Set("command", request.command);
+    Set("command", request.command.empty() ? Value(nullptr) : Value(request.command));
 }
 
 void Report::Line(const std::string& text) {

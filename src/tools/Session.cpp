@@ -8,6 +8,7 @@
 #include <cstdlib>
 
 #include "ExitStatus.h"
+#include "zet/ZETErrors.h"
 
 namespace ZET {
 
@@ -47,7 +48,7 @@ Session::Session(const Request& request, Report& report)
             Core().UpdateParam(key, m_paths.Resolved(Core().GetParam(key)));
         }
     }
-    m_host->LoadModule(request.moduleFile.empty() ? OwnModule() : request.moduleFile);
+    LoadModule(request.moduleFile.empty() ? OwnModule() : request.moduleFile);
     m_config = std::dynamic_pointer_cast<IZETConfig>(m_host->FindInterface(kInterfaceName));
     if (!m_config) {
         throw Failure("the module registered no interface \"zet-config\" (name the right one with --module)");
@@ -55,6 +56,16 @@ Session::Session(const Request& request, Report& report)
 }
 
 Session::~Session() = default;
+
+void Session::LoadModule(const std::string& file) {
+    try {
+        m_host->LoadModule(file);
+    } catch (const EZETError& error) {
+        std::string text = error.GetMessage();
+        if (text.ends_with('.')) text.pop_back();
+        throw Failure(text + " (install the product again, or name its module with --module)");
+    }
+}
 
 QuietLog::QuietLog(const Request& request, ZETLogLevel threshold) : m_request(request) {
     StartLog(request, std::min(threshold, Threshold(request)));

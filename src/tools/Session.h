@@ -37,6 +37,8 @@ class Session {
     std::string FilePath(const std::string& file) const { return m_paths.Resolved(file); }
 
   private:
+    void LoadModule(const std::string& file);
+
     const Request& m_request;
     Report& m_report;
     Paths m_paths;

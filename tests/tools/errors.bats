@@ -1,0 +1,264 @@
+# What stands in the way of a command is told with its place and a remedy, and the exit status fits.
+
+load helper
+load set
+
+setup() {
+    make_set
+    add_target one.conf $'realm = ${realm}\n'
+}
+
+teardown() {
+    remove_host
+}
+
+# assert_all_refuse STATUS MESSAGE: each command on the whole set, and none changes a thing.
+assert_all_refuse() {
+    local command
+    remember_host
+    for command in commit-config check-config rollback-config status values; do
+        run_zet "$command"
+        assert_refusal "$1" "$2"
+        run_zet --json "$command"
+        assert_status "$1"
+        assert_json 'd["command"], d["exit_status"], len(d["errors"])' "[\"$command\", $1, 1]"
+    done
+    assert_host_unchanged
+}
+
+# assert_wrong_use MESSAGE ARGUMENT...: as text and as a document.
+assert_wrong_use() {
+    local message=$1
+    shift
+    remember_host
+    capture "$ZET_BIN/zet-client" "$@"
+    assert_refusal 2 "$message (see \"zet-client --help\")"
+    capture "$ZET_BIN/zet-client" "$@" --json
+    assert_status 2
+    assert_stderr "zet-client: error: $message (see \"zet-client --help\")"
+    assert_json 'd["version"], d["command"], d["exit_status"], len(d["errors"])' '[1, null, 2, 1]'
+    assert_json 'd["errors"][0]' "$message (see \"zet-client --help\")"
+    assert_host_unchanged
+}
+
+@test "a configuration file that cannot be read is told" {
+    mv zet.conf elsewhere
+    assert_all_refuse 1 "$HOST/zet.conf: cannot be read: No such file or directory (name a configuration file that exists and is readable)"
+    mkdir zet.conf
+    assert_all_refuse 1 "$HOST/zet.conf: cannot be read: not a regular file (name a configuration file)"
+}
+
+@test "a line of the configuration file that is no parameter is told with its number" {
+    local line
+    for line in 'nonsense' 'A B=1' 'REALM = spaced' '=value' '[section]'; do
+        echo "$line" >>zet.conf
+        run_zet commit-config
+        assert_status 1
+        assert_output ""
+        [[ $stderr == "zet-client: error: $HOST/zet.conf:6: "*")"$'\n' ]]
+        sed -i '$d' zet.conf
+    done
+    printf '\n# comment\n \t# comment\n  REALM=first\nREALM=last\n' >>zet.conf
+    run_zet option get REALM
+    assert_success last
+}
+
+@test "a module that is missing or none is told with a way out" {
+    echo text >text.so
+    mkdir directory.so
+    local module
+    remember_host
+    for module in missing.so text.so directory.so; do
+        run_zet --module "$HOST/$module" commit-config
+        assert_status 1
+        assert_output ""
+        [[ $stderr == "zet-client: error: "*"$HOST/$module"*" (install the product again, or name its module with --module)"$'\n' ]]
+    done
+    assert_host_unchanged
+}
+
+@test "a program without its module is told so" {
+    copy_programs
+    rm "$BASE/programs/lib/zet/libzet-config.so"
+    capture "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" commit-config
+    assert_status 1
+    [[ $stderr == "zet-client: error: "*"/lib/zet/libzet-config.so"*": No such file or directory (install the product again, or name its module with --module)"$'\n' ]]
+}
+
+@test "root loads no module that others may write" {
+    need_root
+    copy_programs
+    chmod 666 "$BASE/programs/lib/zet/libzet-config.so"
+    capture "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" commit-config
+    assert_status 1
+    [[ $stderr == "zet-client: error: "*"/lib/zet/libzet-config.so"*" (install the product again, or name its module with --module)"$'\n' ]]
+    assert_equal "$(names_in out)" ""
+}
+
+@test "a state directory that is missing, or whose lock is none, keeps writers away" {
+    mv state/zet.lock "$BASE/lock"
+    rmdir state
+    local command
+    for command in commit-config rollback-config; do
+        run_zet "$command"
+        assert_refusal 1 "$HOST/state/zet.lock: cannot be opened: No such file or directory (create the directory ZET_VAR_LIB_DIR, or run as a user who may write there)"
+    done
+    mkdir state
+    ln -s "$HOST/elsewhere" state/zet.lock
+    run_zet commit-config
+    assert_status 1
+    [[ $stderr == "zet-client: error: $HOST/state/zet.lock: cannot be opened: "* ]]
+    assert_absent elsewhere
+    run_zet commit-config -n
+    assert_status 1
+    assert_stderr "zet-client: error: $HOST/state/zet.lock: is no regular file (move it away)
+zet-client: nothing was changed"
+}
+
+@test "a user who may not write is told so" {
+    need_root
+    copy_programs
+    remember_host
+    local command
+    for command in commit-config rollback-config; do
+        capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" "$command"
+        assert_refusal 1 "$HOST/state/zet.lock: cannot be opened: Permission denied (create the directory ZET_VAR_LIB_DIR, or run as a user who may write there)"
+    done
+    chown 65534 state state/zet.lock etc
+    remember_files
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" commit-config
+    assert_refusal 1 "$HOST/out: the directory of $HOST/out/one.conf cannot be written: Permission denied (run as a user who may, or on a file system that can be written)
+zet-client: nothing was changed"
+    assert_files_unchanged
+}
+
+@test "a target that a user cannot look at is told" {
+    need_root
+    copy_programs
+    zet commit-config
+    chmod 700 out
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status
+    assert_status 1
+    assert_stderr "zet-client: error: $HOST/out/one.conf: cannot tell whether it exists: Permission denied (run the command as a user who may search its directory)"
+}
+
+@test "several problems of several kinds come together, and nothing is written" {
+    mkdir out/one.conf
+    add_target two.conf $'${nope}\n'
+    rm -r etc
+    echo 'unknown = x' >>templates/targets.ini
+    remember_files
+    run_zet commit-config
+    assert_refusal 1 "$HOST/templates/targets.ini:7: unknown key \"unknown\" (use target, roles, check, restart or secret)
+zet-client: error: $HOST/etc: the directory of the templates' working copies cannot be used: No such file or directory (create it, or correct ZET_CFG_DIR)
+zet-client: error: $HOST/out/one.conf: is no regular file (move it away, or correct the target)
+zet-client: error: $HOST/templates/two.conf:1:1: placeholder \"\${nope}\" has no value (use one that \"values\" lists, or correct its name)
+zet-client: nothing was changed"
+    assert_files_unchanged
+}
+
+@test "a place for temporary files that is none is told" {
+    mkdir out/keep
+    export TMPDIR=$BASE/nowhere
+    local command
+    for command in "commit-config -n" status rollback-config; do
+        run_zet $command
+        assert_status 1
+        assert_stderr "zet-client: error: $BASE/nowhere: no directory for temporary files can be made here: No such file or directory (make room, or name another directory with TMPDIR)"
+    done
+    # A commit has a place of its own.
+    run_zet commit-config
+    assert_status 0
+    mkdir "$TMPDIR"
+}
+
+@test "a language of the files that the host does not have is told" {
+    echo 'ZET_LANG=xx_YY.UTF-8' >>zet.conf
+    remember_files
+    run_zet commit-config
+    assert_refusal 1 'ZET_LANG: this host has no locale "xx_YY.UTF-8" (generate it, or set ZET_LANG to one that "locale -a" lists)'
+    assert_files_unchanged
+}
+
+@test "a diff that cannot be made is told, and nothing is written" {
+    remember_host
+    mkdir "$BASE/empty"
+    capture env PATH="$BASE/empty" "$ZET_BIN/zet-client" --config zet.conf commit-config -n --diff
+    assert_status 1
+    assert_stderr "zet-client: error: diff: cannot be started: No such file or directory (install it, or correct its name)"
+    assert_host_unchanged
+}
+
+@test "a report that nobody can read is a failure, though the work is done" {
+    local status=0
+    zet commit-config >/dev/full 2>"$BASE/stderr" || status=$?
+    assert_equal "$status" 1
+    assert_file "$BASE/stderr" $'zet-client: error: standard output cannot be written: the report is not complete\n'
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
+    [[ -e state/zet-client.status ]]
+}
+
+@test "a reader that goes away keeps nothing from being written" {
+    local i
+    for i in {1..30}; do add_target "t$i" "$i"$'\n'; done
+    zet commit-config --diff | true
+    for i in {1..30}; do assert_made "t$i" "$i"$'\n'; done
+}
+
+@test "without a directory to be in, a root by a relative name is told" {
+    mkdir gone
+    capture sh -c 'cd gone && rmdir ../gone && exec "$@"' sh "$ZET_BIN/zet-client" --config "$HOST/zet.conf" --root . status
+    assert_refusal 1 "the current directory cannot be found (change to one that exists)"
+}
+
+@test "a command that is missing or unknown is wrong use" {
+    assert_wrong_use "a command is missing"
+    assert_wrong_use 'unknown command "frobnicate"' frobnicate
+    assert_wrong_use 'unknown command "commit"' commit
+    assert_wrong_use "a command is missing" param
+}
+
+@test "an option that is unknown, misses its value or contradicts another is wrong use" {
+    assert_wrong_use "The following argument was not expected: --nope" status --nope
+    assert_wrong_use "The following argument was not expected: --force" commit-config --force
+    assert_wrong_use "The following argument was not expected: --set=A=B" check-config --set=A=B
+    assert_wrong_use "The following argument was not expected: now" status now
+    assert_wrong_use "--quiet excludes --verbose" status -q -v
+    assert_wrong_use "--color: red not in {auto,always,never}" status --color red
+    assert_wrong_use "--log: file not in {stderr,syslog}" status --log file
+    capture "$ZET_BIN/zet-client" status --config
+    assert_refusal 2 '--config: 1 required FILE missing (see "zet-client --help")'
+}
+
+@test "an empty name does not stand for the host itself" {
+    local option
+    for option in --root --config --module; do
+        capture "$ZET_BIN/zet-client" "$option" "" status
+        assert_refusal 2 "$option: its name is empty (see \"zet-client --help\")"
+    done
+}
+
+@test "help and version are no errors" {
+    capture "$ZET_BIN/zet-client" --help
+    assert_status 0
+    assert_stderr ""
+    local command
+    for command in commit-config check-config rollback-config status; do
+        [[ $output == *$'\n'"  $command "* ]]
+        capture "$ZET_BIN/zet-client" "$command" --help
+        assert_status 0
+        capture "$ZET_BIN/zet-client" --help
+    done
+    capture "$ZET_BIN/zet-init" -V
+    assert_status 0
+    [[ $output =~ ^zet-init\ [0-9]+\.[0-9]+\.[0-9]+$'\n'$ ]]
+}
+
+@test "the log goes to the standard error stream with its level, or elsewhere" {
+    run_zet -v commit-config
+    assert_status 0
+    [[ $stderr == *notice*"Process config file template"* ]]
+    run_zet -v --log syslog commit-config
+    assert_status 0
+    [[ $stderr != *Process* ]]
+}
