@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <memory>
 #include <set>
-#include <sstream>
 
 #include "Assignments.h"
 #include "Commands.h"
@@ -13,6 +12,7 @@
 #include "Render.h"
 #include "Signals.h"
 #include "TargetCheck.h"
+#include "TextStreams.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -250,7 +250,7 @@ class Commit {
         std::vector<std::string> services;
         for (const PlannedTarget& planned : plan) {
             if (!NeedsRestart(planned)) continue;
-            std::istringstream words(planned.target.restart);
+            TextReader words(planned.target.restart);
             for (std::string service; words >> service;) {
                 if (std::find(services.begin(), services.end(), service) == services.end())
                     services.push_back(service);

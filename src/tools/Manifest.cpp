@@ -4,11 +4,11 @@
 
 #include <cerrno>
 #include <cstring>
-#include <sstream>
 
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "StateFile.h"
+#include "TextStreams.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET {
@@ -19,10 +19,10 @@ std::string Manifest::FileOf(Session& session) {
 
 Manifest::Manifest(Session& session) : m_session(session), m_file(FileOf(session)) {
     if (!IsFileExist(m_file)) return;
-    std::istringstream lines(ReadFileBytes(m_file));
+    TextReader lines(ReadFileBytes(m_file));
     std::string line;
     for (int number = 1; std::getline(lines, line); ++number) {
-        std::istringstream words(line);
+        TextReader words(line);
         Entry entry;
         std::string path;
         words >> entry.inode >> entry.size >> entry.time >> std::oct >> entry.mode >> std::ws;
@@ -63,7 +63,7 @@ void Manifest::Record(const std::string& path) {
 }
 
 void Manifest::Save() const {
-    std::ostringstream text;
+    TextWriter text;
     for (const auto& [path, entry] : m_entries) {
         text << std::dec << entry.inode << ' ' << entry.size << ' ' << entry.time << ' ' << std::oct
              << entry.mode << ' ' << m_session.HostPaths().NameInside(path) << '\n';

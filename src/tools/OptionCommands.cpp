@@ -1,11 +1,11 @@
 #include <optional>
-#include <sstream>
 
 #include "Commands.h"
 #include "EditRules.h"
 #include "Edits.h"
 #include "ExitStatus.h"
 #include "FileChange.h"
+#include "TextStreams.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETHost.h"
 
@@ -29,7 +29,7 @@ void RequireOptionName(const std::string& name) {
 
 /// Asking the core for a parameter does not tell an unknown one from an empty one; its status has all.
 bool IsKnown(Session& session, const std::string& name) {
-    std::ostringstream status;
+    TextWriter status;
     session.Core().WriteStatus(status);
     const bool isListed = ("\n" + status.str()).find("\n" + name + "=") != std::string::npos;
     return isListed && (name != kStatusTime || !session.Param(name).empty());

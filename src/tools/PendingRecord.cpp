@@ -2,11 +2,10 @@
 
 #include <unistd.h>
 
-#include <sstream>
-
 #include "FileBytes.h"
 #include "Staging.h"
 #include "StateFile.h"
+#include "TextStreams.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -51,7 +50,7 @@ std::set<std::string> PendingRecord::Read(Session& session) {
     std::set<std::string> paths;
     const std::string file = FileOf(session);
     if (!IsFileExist(file)) return paths;
-    std::istringstream lines(ReadFileBytes(file));
+    TextReader lines(ReadFileBytes(file));
     for (std::string line; std::getline(lines, line);) {
         const std::string path = session.HostPaths().FromInside(line);
         if (session.HostPaths().StaysInside(path)) paths.insert(path);

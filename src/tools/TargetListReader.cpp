@@ -10,10 +10,10 @@
 #include <cstring>
 #include <memory>
 #include <set>
-#include <sstream>
 #include <string_view>
 
 #include "ExitStatus.h"
+#include "TextStreams.h"
 
 namespace ZET {
 
@@ -169,7 +169,7 @@ class ListReader {
         } else if (key == "roles") {
             SetRoles(target, value);
         } else if (key == "check") {
-            std::istringstream words(value);
+            TextReader words(value);
             for (std::string word; words >> word;)
                 target.check.push_back(word);
         } else if (key == "restart") {
