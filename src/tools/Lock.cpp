@@ -40,7 +40,8 @@ void WaitForLock(int descriptor, const std::string& file) {
     const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
     while (!TryLock(descriptor)) {
         if (errno != EACCES && errno != EAGAIN && errno != EINTR) {
-            throw Failure(file + ": cannot be locked: " + std::strerror(errno));
+            throw Failure(file + ": cannot be locked: " + std::strerror(errno) +
+                          " (let ZET_VAR_LIB_DIR be on a file system that has locks)");
         }
         SignalGuard::Check();
         if (std::chrono::steady_clock::now() >= deadline) {

@@ -26,7 +26,8 @@ class Pipe {
   public:
     Pipe() {
         if (pipe2(m_ends, O_CLOEXEC) != 0)
-            throw Failure(std::string("a pipe cannot be made: ") + std::strerror(errno));
+            throw Failure(std::string("a pipe cannot be made: ") + std::strerror(errno) +
+                          " (let the command open more files)");
     }
     ~Pipe() {
         close(m_ends[0]);

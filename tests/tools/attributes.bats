@@ -16,7 +16,9 @@ teardown() {
 # need_attributes: whether the file system of the test's directory keeps them.
 need_attributes() {
     : >probe
-    setfacl -m u:1:r probe && setfattr -n user.probe -v x probe || skip "this file system keeps no access lists or attributes"
+    if ! setfacl -m u:1:r probe || ! setfattr -n user.probe -v x probe; then
+        skip "this file system keeps no access lists or attributes"
+    fi
     rm probe
 }
 

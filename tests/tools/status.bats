@@ -21,7 +21,7 @@ assert_states() {
     run_zet status
     assert_equal "$(tail -n 2 <<<"${output%?}")" "$ONE: $1
 $TWO: $2"
-    [[ $1$2 == "in syncin sync" ]] && assert_status 0 || assert_status 3
+    if [[ "$1, $2" == "in sync, in sync" ]]; then assert_status 0; else assert_status 3; fi
     assert_host_unchanged
     run_zet --json status
     assert_json '[t["state"] for t in d["targets"]]' "[\"$1\", \"$2\"]"

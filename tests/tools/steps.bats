@@ -62,7 +62,7 @@ $HOST/out:
     assert_file "$BASE/note" "700
 $(notice one.conf)
 EXAMPLE.ORG
-$empty""700
+${empty}700
 $(notice two.conf)
 example.org
 $empty"

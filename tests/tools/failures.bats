@@ -1,0 +1,115 @@
+# System calls that fail during a commit: it says what and where, writes nothing by halves, and can be run again.
+
+load helper
+load set
+
+setup() {
+    make_set
+    add_target one.conf $'realm = ${realm}\n'
+    original one.conf $'old\n'
+    ONE=$HOST/out/one.conf
+    BROKEN_OFF="the commit did not come to its end, its status is not recorded (run it again to complete it)."
+}
+
+teardown() {
+    remove_host
+}
+
+# commit_with CALLS ERROR [FILE]: a commit in which these system calls fail, on this file or on all.
+commit_with() {
+    local place=()
+    [[ $# -lt 3 ]] || place=(-P "$3")
+    capture strace -f -qq -o "$BASE/trace" "${place[@]}" -e "trace=$1" -e "inject=$1:error=$2" \
+        "$ZET_BIN/zet-client" --config zet.conf commit-config --diff
+    assert_status 1
+    grep -q INJECTED "$BASE/trace"
+}
+
+# assert_not_written MESSAGE: just this error, and the target and its companions are as they were.
+assert_not_written() {
+    assert_stderr "zet-client: error: $1"
+    assert_file out/one.conf $'old\n'
+    assert_equal "$(names_in out)$(find state -name 'zet-*')" one.conf
+}
+
+# assert_completed: a run without failures comes to the end that it always comes to.
+assert_completed() {
+    run_zet commit-config
+    assert_status 0
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
+    assert_file out/one.conf.before_zet $'old\n'
+    assert_equal "$(names_in out)" "one.conf one.conf.before_zet"
+    assert_equal "$(names_in state)" "zet-client-fs.status zet-client.manifest zet-client.status zet.lock"
+    run_zet status
+    assert_status 0
+}
+
+@test "a file system without locks" {
+    commit_with fcntl ENOLCK
+    assert_not_written "$HOST/state/zet.lock: cannot be locked: No locks available (let ZET_VAR_LIB_DIR be on a file system that has locks)"
+    assert_completed
+}
+
+@test "no room for the private directory" {
+    commit_with mkdir ENOSPC
+    assert_not_written "$HOST/state: no directory for temporary files can be made here: No space left on device (make room, or name another directory with TMPDIR)"
+    assert_completed
+}
+
+@test "a list of targets whose reading breaks off" {
+    commit_with read EIO "$HOST/templates/targets.ini"
+    assert_not_written "$HOST/templates/targets.ini: reading the list of targets broke off (repair its file system)"
+    assert_completed
+}
+
+@test "a template whose reading breaks off" {
+    commit_with read EIO "$HOST/templates/one.conf"
+    assert_not_written "$HOST/templates/one.conf: cannot be read: Input/output error (repair or replace the file)
+zet-client: nothing was changed"
+    assert_completed
+}
+
+@test "too many open files for a diff" {
+    commit_with pipe2 EMFILE
+    assert_not_written "$BROKEN_OFF Written: none. Not written: $ONE
+zet-client: error: a pipe cannot be made: Too many open files (let the command open more files)"
+    assert_completed
+}
+
+@test "a full disk when a target or its reserve is written" {
+    local file
+    for file in one.conf.before_zet.tmp one.conf.tmp; do
+        commit_with copy_file_range,/write ENOSPC "$HOST/out/$file"
+        [[ $stderr == "zet-client: error: $BROKEN_OFF Written: none. Not written: $ONE"$'\n'*"$HOST/out/${file%.tmp}"* ]]
+        assert_file out/one.conf $'old\n'
+        assert_equal "$(find . -name '*.tmp')" ""
+    done
+    assert_completed
+}
+
+@test "a target that cannot take its name" {
+    commit_with /rename EACCES "$ONE.tmp"
+    [[ $stderr == *"Written: none. Not written: $ONE"$'\n'*"$ONE"* ]]
+    assert_file out/one.conf $'old\n'
+    assert_completed
+}
+
+@test "a full disk when the status, the manifest or the list of what is pending is written" {
+    commit_with /write ENOSPC "$HOST/state/zet.pending.tmp"
+    assert_file out/one.conf $'old\n'
+    commit_with /write ENOSPC "$HOST/state/zet-client.status"
+    assert_stderr "zet-client: error: $BROKEN_OFF Written: $ONE. Not written: none
+zet-client: error: $HOST/state/zet-client.status: cannot be written: Failed to write the status. (make room, or allow it; then commit again)"
+    commit_with /write ENOSPC "$HOST/state/zet-client-fs.status"
+    assert_stderr "zet-client: error: $BROKEN_OFF Written: none. Not written: none
+zet-client: error: $HOST/state/zet-client-fs.status: could not be written whole (make room, then commit again)"
+    commit_with /write ENOSPC "$HOST/state/zet-client.manifest.tmp"
+    [[ $stderr == *"$HOST/state/zet-client.manifest.tmp: cannot be written: No space left on device (make room)"$'\n' ]]
+    assert_completed
+}
+
+@test "what cannot be made durable is a failure before the name changes" {
+    commit_with fsync EIO "$HOST/out/one.conf.tmp"
+    assert_file out/one.conf $'old\n'
+    assert_completed
+}
