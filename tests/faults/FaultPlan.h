@@ -26,8 +26,9 @@ struct Plan {
 /// One call, as the log has it.
 struct LoggedCall {
     std::int32_t number;
-    std::int32_t flags;  ///< of an open
-    char path[248];      ///< "" when the call names none
+    std::int32_t flags;         ///< of an open
+    std::uint64_t allocations;  ///< before the call
+    char path[240];             ///< "" when the call names none
 };
 
 /// A file that is mapped into the program, so that it holds what was counted even when the program is killed.

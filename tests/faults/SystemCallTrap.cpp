@@ -90,6 +90,7 @@ std::uint64_t CountCall(const Call& call) {
     LoggedCall& entry = theLog->entries[turn - 1];
     entry.number = static_cast<std::int32_t>(call.number);
     entry.flags = static_cast<std::int32_t>(OpenFlags(call));
+    entry.allocations = theLog->allocations;
     NotePath(call, entry);
     return turn;
 }

@@ -5,32 +5,37 @@
 
 KIND is what the commands meet:
 
-    fail      system calls that have to do with files fail, each in turn, with an error that fits it; reads and
-              writes that do a part only; a disk that is full, or broken, from one call on
+    fail      system calls that have to do with files fail, each in turn, with an error that fits it; reads
+              and writes do a part only; a disk is full, or broken, from one call on
     kill      SIGKILL before each of these calls
     memory    allocations fail, each in turn; or all from one on
-    disk      a file system that is really full, at every size, and one without room for new names (needs root)
+    disk      a file system that is really full, at every size, and one without room for new names (needs
+              root)
 
 What must be true after each run:
 
-  * Every file is old or new, byte for byte, with its mode, owner and attributes: never torn, and never missing
-    unless it was not there before. The commands reserve a file before they write it, so they never need the
-    module's own way of moving the original aside, which leaves an instant without a target.
-  * A reserve is not there, or it is the first original; what was there before can be put back at every instant.
-  * The record of what was written has whole lines. Only a status file may be cut short: the module writes it in
-    its place.
-  * Exit status 0 means that all is new, with the same report as ever; any other comes with a word on standard
-    error. No failing call ends a command by a signal.
+  * Every file is old or new, byte for byte, with its mode, owner and attributes: never torn, and never
+    missing unless it was not there before. The commands reserve a file before they write it, so they never
+    need the module's own way of moving the original aside, which leaves an instant without a target.
+  * A reserve is not there, or it is the first original; what was there before can be put back at every
+    instant.
+  * The record of what was written has whole lines. Only a status file may be cut short: the module writes it
+    in its place.
+  * Exit status 0 means that all is new, with the same report as ever; any other comes with a word on
+    standard error. No failing call ends a command by a signal.
   * A command that failed has cleared away its temporary files, unless just that failed.
   * The same command, run again without faults, ends as if there had been none, and leaves nothing behind.
-  * What undoes the command (a rollback, a restore), run instead of that, puts the files back as they were before
-    the product came, and leaves nothing behind.
+  * What undoes the command (a rollback, a restore), run instead of that, puts the files back as they were
+    before the product came, and leaves nothing behind.
 
-The host is on the memory's file system where there is one: what counts is the order of the calls, and syncing,
-which stays on, costs nothing there. Without --all, every call is killed at and fails once, with the error that
-fits best; other errors, broken disks and allocations are sampled.
+Where the system denies something to a file that an ordinary user may not do (EPERM, EACCES), the core warns
+and goes on: then the owner and the attributes may be lost, and the mode may be closer.
 
-A failure prints the command that repeats it; with --fault, the host stays to be looked at.
+The host is on the memory's file system where there is one: what counts is the order of the calls, and
+syncing, which stays on, costs nothing there. Without --all, every call is killed at and fails once, with the
+error that fits best; other errors, broken disks and allocations are sampled.
+
+A failure prints the command that repeats it; with --fault, the host is kept to be looked at.
 """
 
 import argparse
@@ -95,7 +100,7 @@ class Checker:
         return self._runner.run(program, ["--config", f"{self._host.root}/zet.conf"] + places, fault)
 
     def check(self, fault):
-        """What is wrong after a run with the fault, and what the run said. The host is as before afterwards."""
+        """What is wrong after a run with the fault, and the run. The host is as before afterwards."""
         result = self.run(fault)
         now = self._host.look()
         found = [] if result.is_met or fault.kind == "full" else ["the run did not get to the fault"]
@@ -140,7 +145,8 @@ def repeat_command(options, scenario, fault):
 def report(options, scenario, checker, fault, found, result):
     call = ""
     if fault.kind not in ("memory", "starve") and 0 < fault.turn <= len(checker.calls):
-        call = f" ({' '.join(map(str, checker.calls[fault.turn - 1]))})"
+        met = checker.calls[fault.turn - 1]
+        call = f" ({met.name} {met.path})"
     print(f"{scenario.name}: {describe(fault)}{call}")
     for each in found:
         print(f"    {each}")
@@ -148,14 +154,14 @@ def report(options, scenario, checker, fault, found, result):
     print(f"    again: {repeat_command(options, scenario, fault)}")
 
 
-def repeat(options, scenario, checker, fault):
-    """One fault; the host stays as the fault left it."""
+def repeat(options, scenario, checker, fault, host):
+    """One fault; a copy of the host stays as the fault left it."""
     result = checker.run(fault)
     print(f"exit status {result.status}\n{result.output}{result.errors}")
     kept = tempfile.mkdtemp(prefix="zet-faults-kept.")
-    shutil.copytree(checker._host.root, kept, symlinks=True, dirs_exist_ok=True)
+    shutil.copytree(host.root, kept, symlinks=True, dirs_exist_ok=True)
     print(f"the host is kept as {kept}")
-    checker._host.put_back(checker.old, checker._host.look())
+    host.put_back(checker.old, host.look())
     found, result = checker.check(fault)
     if found:
         report(options, scenario, checker, fault, found, result)
@@ -169,10 +175,11 @@ def check_scenario(options, scenario, host, runner):
         failures = disk.check(scenario, checker, host)
     elif options.fault:
         kind, turn, *error = options.fault.split()
-        failures = repeat(options, scenario, checker, Fault(kind, int(turn), int(error[0]) if error else 0))
+        fault = Fault(kind, int(turn), int(error[0]) if error else 0)
+        failures = repeat(options, scenario, checker, fault, host)
     else:
         failures = 0
-        for fault in plans.faults(options.kind, checker.calls, checker.allocations, options.all):
+        for fault in plans.faults(options, checker.calls, checker.allocations, host.root):
             found, result = checker.check(fault)
             if found:
                 failures += 1
@@ -184,7 +191,8 @@ def check_scenario(options, scenario, host, runner):
 
 
 def parse_arguments():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("kind", choices=["fail", "kill", "memory", "disk"])
     parser.add_argument("--programs", required=True, help="the directory of the commands")
     parser.add_argument("--injector", required=True, help="the library to preload")

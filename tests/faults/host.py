@@ -11,7 +11,8 @@ LOCK = "state/zet.lock"
 LEFT_OVER = re.compile(r"\.tmp$|(^|/)zet-staging\.|\.pending$")
 STAGING = re.compile(r"zet-staging\.\w+")
 PLAIN_TEXT = "# a comment\nsize=3\n#name=none\ncolor=red\n"
-TEMPLATE = "# --ZET_TEMPLATE_COMMENT--\n# of no interest\n# --ZET_COMMENT_END--\n[{0}]\nrealm = ${{realm}}\n" + "filler\n" * 700
+TEMPLATE = ("# --ZET_TEMPLATE_COMMENT--\n# of no interest\n# --ZET_COMMENT_END--\n"
+            "[{0}]\nrealm = ${{realm}}\n" + "filler\n" * 700)
 OTHER_OWNER = 12345
 
 

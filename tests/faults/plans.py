@@ -35,15 +35,18 @@ CLEARING = ("unlink", "unlinkat", "rmdir", "getdents64", "openat", "newfstatat",
 # Without --all, one of so many is taken.
 STEP_OF_OTHER_ERRORS = 7
 STEP_OF_BROKEN_DISKS = 11
-ALLOCATION_RUNS = 150
+STEP_OF_ALLOCATIONS = 2
+STEP_OF_STARVATIONS = 15
+STEP_OF_EARLY_ALLOCATIONS = 29  # before the command looks at the host, where all commands do the same
 
 
-def faults(kind, calls, allocations, is_all):
-    if kind == "kill":
+def faults(options, calls, allocations, host):
+    if options.kind == "kill":
         return [Fault("kill", turn) for turn in range(1, len(calls) + 1)]
-    if kind == "memory":
-        return list(allocation_faults(allocations, is_all))
-    return list(call_faults(calls, is_all))
+    if options.kind == "memory":
+        early = next(call.allocations for call in calls if call.path.startswith(host))
+        return list(allocation_faults(early, allocations, options.all))
+    return list(call_faults(calls, options.all))
 
 
 def errors_of(call):
@@ -65,12 +68,15 @@ def call_faults(calls, is_all):
             yield Fault("dead", turn, errno.EIO)
 
 
-def allocation_faults(allocations, is_all):
-    step = 1 if is_all else max(1, allocations // ALLOCATION_RUNS)
-    for turn in range(1, allocations + 1, step):
-        yield Fault("memory", turn)
-    for turn in range(1, allocations + 1, step * 4):
-        yield Fault("starve", turn)
+def allocation_faults(early, allocations, is_all):
+    if is_all:
+        turns = starvations = range(1, allocations + 1)
+    else:
+        sparse = list(range(1, early, STEP_OF_EARLY_ALLOCATIONS))
+        turns = sparse + list(range(early + 1, allocations + 1, STEP_OF_ALLOCATIONS))
+        starvations = sparse[::2] + list(range(early + 1, allocations + 1, STEP_OF_STARVATIONS))
+    yield from (Fault("memory", turn) for turn in turns)
+    yield from (Fault("starve", turn) for turn in starvations)
 
 
 def may_leave_temporaries(fault, calls):

@@ -7,14 +7,14 @@ import struct
 from collections import namedtuple
 
 Result = namedtuple("Result", "status output errors is_met")
-Call = namedtuple("Call", "name flags path")
+Call = namedtuple("Call", "name flags allocations path")
 Fault = namedtuple("Fault", "kind turn error", defaults=(0, 0))
 
 CANNOT_INJECT = 99
 LONGEST_RUN = 60  # s
 
 HEADER = struct.Struct("3Q")
-ENTRY = struct.Struct("2i248s")
+ENTRY = struct.Struct("2iQ240s")
 
 # Of x86-64; other calls go by their number.
 NAMES = {
@@ -44,7 +44,8 @@ class Runner:
         self._log = base + "/log"
         self._streams = [os.open(f"{base}/{name}", os.O_RDWR | os.O_CREAT | os.O_APPEND | os.O_CLOEXEC)
                          for name in ("output", "errors")]
-        self._environment = {"PATH": "/usr/bin:/bin", "LC_ALL": "C", "TZ": "UTC", "TMPDIR": base + "/host/tmp"}
+        self._environment = {"PATH": "/usr/bin:/bin", "LC_ALL": "C", "TZ": "UTC",
+                             "TMPDIR": base + "/host/tmp"}
 
     def environment(self, fault):
         added = {}
@@ -80,8 +81,10 @@ class Runner:
         with open(self._log, "rb") as file:
             calls, allocations, _ = HEADER.unpack(file.read(HEADER.size))
             entries = [ENTRY.unpack(file.read(ENTRY.size)) for _ in range(calls)]
-        return [Call(NAMES.get(number, f"call {number}"), flags, path.split(b"\0")[0].decode(errors="replace"))
-                for number, flags, path in entries], allocations
+        named = [Call(NAMES.get(number, f"call {number}"), flags, before,
+                      path.split(b"\0")[0].decode(errors="replace"))
+                 for number, flags, before, path in entries]
+        return named, allocations
 
 
 class NotPossible(Exception):

@@ -15,8 +15,8 @@ class Scenario:
 
 
 def scenario(name, program, *arguments, undo=()):
-    """The decorated function prepares the host; it is given the host and a way to run a command on it. "undo" are
-    the arguments by which the files are put back as they were before the preparation."""
+    """The decorated function prepares the host; it is given the host and a way to run a command on it. "undo"
+    are the arguments by which the files are put back as they were before the preparation."""
     def add(prepare):
         ALL.append(Scenario(name, program, arguments, undo, prepare))
         return prepare

@@ -63,7 +63,9 @@ def without_time(status):
 def is_cut_short(entry, new):
     """The module writes a status file in its place: it may be empty or cut, and is recorded anew by the next
     run. It tells when the host was configured, and configures nothing."""
-    return entry is not None and new is not None and without_time(new.content).startswith(without_time(entry.content))
+    if entry is None or new is None:
+        return False
+    return without_time(new.content).startswith(without_time(entry.content))
 
 
 def is_partly_recorded(entry):
