@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <initializer_list>
+#include <set>
 #include <string_view>
 
 #include "Commands.h"
@@ -17,18 +19,50 @@ constexpr char kVersion[] = "1.7.37";
 /// What a command takes beside the options of all; the order is that of the help.
 class CommandLine {
   public:
-    CommandLine(Request& request, CLI::App& app) : m_request(request), m_app(app) {
+    using Words = std::set<std::string_view>;
+
+    /// Of the commands, only those are made known that `words`, the arguments, may ask for: a command line
+    /// that knows all takes longer to build than a small file takes to edit.
+    CommandLine(Request& request, CLI::App& app, const Words& words) : m_request(request), m_app(app) {
         AddOptionsOfAll();
-        AddConfigCommands();
-        AddTemplateCommands();
-        AddEditCommands();
-        AddFileCommands();
-        AddOptionCommands();
-        AddDiagnosisCommands();
+        if (AsksForHelp(words) || !AddCommands([&](std::string_view name) { return words.count(name) != 0; }))
+            AddCommands([](std::string_view) { return true; });
     }
 
   private:
     using Run = int (*)(Session&);
+
+    /// A help lists all commands. Its letter may stand in a group of them.
+    static bool AsksForHelp(const Words& words) {
+        return std::any_of(words.begin(), words.end(), [](std::string_view word) {
+            return word.starts_with('-') && word.find('h') != std::string_view::npos;
+        });
+    }
+
+    /// Adds the groups of which a command is wanted; false when there is none.
+    template <typename IsWanted>
+    bool AddCommands(IsWanted isWanted) {
+        const struct {
+            std::initializer_list<std::string_view> names;
+            void (CommandLine::*add)();
+        } groups[] = {
+            {{"commit-config", "check-config", "rollback-config", "status", "values"},
+             &CommandLine::AddConfigCommands},
+            {{"template"}, &CommandLine::AddTemplateCommands},
+            {{"param"}, &CommandLine::AddParamCommands},
+            {{"line"}, &CommandLine::AddLineCommands},
+            {{"file"}, &CommandLine::AddFileCommands},
+            {{"option"}, &CommandLine::AddOptionCommands},
+            {{"explain", "doctor"}, &CommandLine::AddDiagnosisCommands},
+        };
+        bool any = false;
+        for (const auto& group : groups) {
+            if (std::none_of(group.names.begin(), group.names.end(), isWanted)) continue;
+            (this->*group.add)();
+            any = true;
+        }
+        return any;
+    }
 
     CLI::App* Command(CLI::App& parent, const char* name, Run run, const char* help) {
         CLI::App* command = parent.add_subcommand(name, help)->fallthrough();
@@ -114,14 +148,16 @@ class CommandLine {
         command->add_flag("--no-backup", m_request.noBackup, "Keep no reserve of the file");
     }
 
-    void AddEditCommands() {
+    void AddParamCommands() {
         CLI::App& param = Family("param", "Look up and edit name=value parameters of a file");
         AddLookup(Command(param, "get", RunParamGet, "Print the value of a parameter"), "NAME",
                   m_request.name);
         AddSet(Command(param, "set", RunParamSet, "Set a parameter"), "NAME", m_request.name, "VALUE");
         AddRestore(Command(param, "restore", RunParamRestore, "Bring back a parameter's former line"), "NAME",
                    m_request.name);
+    }
 
+    void AddLineCommands() {
         CLI::App& line = Family("line", "Look up and edit lines of a file by a regular expression");
         AddLookup(Command(line, "get", RunLineGet, "Print the first line that matches"), "PATTERN",
                   m_request.pattern);
@@ -208,7 +244,7 @@ std::optional<Request> ParseCommandLine(const std::string& program, int count, c
     request.program = program;
     request.role = program == "zet-init" ? "server" : "client";
     CLI::App app("Join this host to a network domain in the role of a " + request.role, program);
-    const CommandLine commandLine(request, app);
+    const CommandLine commandLine(request, app, {arguments + std::min(count, 1), arguments + count});
     try {
         app.parse(count, arguments);
     } catch (const CLI::ParseError& error) {

@@ -16,6 +16,7 @@ namespace ZET {
 namespace {
 
 constexpr mode_t kModeBits = 07777;
+constexpr std::size_t kBlock = std::size_t{128} << 10;
 constexpr auto kAsItIs = static_cast<uid_t>(-1);  // of an owner or a group
 
 class Descriptor {
@@ -139,8 +140,18 @@ FileVersion VersionOf(const std::string& path) {
             status.st_ctim.tv_sec * kSecond + status.st_ctim.tv_nsec};
 }
 
+void ReadInPieces(const std::string& path, const std::function<void(std::string_view piece)>& take) {
+    const Descriptor descriptor(OpenToRead(path));
+    OpenedStatus(descriptor, path);
+    std::string block(kBlock, '\0');
+    std::size_t count = 0;
+    do {
+        count = ReadBlock(descriptor, path, block);
+        take(std::string_view(block).substr(0, count));
+    } while (count == block.size());
+}
+
 bool HaveSameBytes(const std::string& one, const std::string& other) {
-    constexpr std::size_t kBlock = std::size_t{128} << 10;
     const Descriptor oneFile(OpenToRead(one));
     const off_t size = OpenedStatus(oneFile, one).st_size;
     const Descriptor otherFile(OpenToRead(other));

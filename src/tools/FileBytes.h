@@ -4,13 +4,18 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <string_view>
 
 namespace ZET {
 
 /// The whole text of a regular file, links followed. Never waits, whatever the path leads to; what cannot be
 /// read is a `Failure` that names it.
 std::string ReadFileBytes(const std::string& path);
+
+/// The same text, handed to `take` piece by piece.
+void ReadInPieces(const std::string& path, const std::function<void(std::string_view piece)>& take);
 
 /// A `Failure` unless the path leads to a regular file that can be read.
 void RequireReadableFile(const std::string& path);

@@ -14,14 +14,15 @@ namespace {
 
 /// Whether there is anything to strip. Refuses what the module would take for a region up to the end.
 bool HasOwnRegions(const std::string& path) {
-    const std::string bytes = ReadFileBytes(path);
-    const OwnRegions regions = FindOwnRegions(bytes);
-    if (regions.openLine != 0) {
-        throw Failure(path + ": the " + (regions.isBlockOpen ? "managed block" : "notice") +
-                      " that begins in line " + std::to_string(regions.openLine) +
+    OwnRegions regions;
+    ReadInPieces(path, [&](std::string_view piece) { regions.Take(piece); });
+    regions.End();
+    if (regions.OpenLine() != 0) {
+        throw Failure(path + ": the " + (regions.IsBlockOpen() ? "managed block" : "notice") +
+                      " that begins in line " + std::to_string(regions.OpenLine()) +
                       " has no end, and all that follows would be dropped (\"doctor\" tells a repair)");
     }
-    return regions.any;
+    return regions.Any();
 }
 
 /// One of the three commands on a file's reserve: what there is, and what the report says.

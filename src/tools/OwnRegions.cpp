@@ -2,59 +2,58 @@
 
 #include <algorithm>
 
-#include "Markers.h"
-
 namespace ZET {
 
 namespace {
 
-/// Follows the regions between two markers.
-class Tracker {
-  public:
-    Tracker(Marker begin, Marker end) : m_begin(begin), m_end(end) {}
-
-    /// Takes in a line that begins with this marker.
-    void Take(Marker marker, std::size_t line) {
-        if (m_openLine != 0) {
-            if (marker == m_end) m_openLine = 0;
-        } else if (marker == m_begin) {
-            m_openLine = line;
-            m_any = true;
-        }
-    }
-
-    bool Any() const { return m_any; }
-    std::size_t OpenLine() const { return m_openLine; }
-
-  private:
-    Marker m_begin;
-    Marker m_end;
-    bool m_any = false;
-    std::size_t m_openLine = 0;  ///< 0: outside
-};
+/// More than the longest marker has.
+constexpr std::size_t kEnough = 64;
 
 }  // namespace
 
-OwnRegions FindOwnRegions(std::string_view text) {
-    Tracker block(Marker::BlockBegin, Marker::BlockEnd);
-    Tracker notice(Marker::Notice, Marker::CommentEnd);
-    for (std::size_t number = 1; !text.empty(); ++number) {
-        if (text.front() == '#') {
-            const Marker marker = MarkerOf(text);
-            const bool wasInside = block.OpenLine() != 0;
-            block.Take(marker, number);
-            // Blocks go first; what they hold is not there any more when the notices go.
-            if (!wasInside && block.OpenLine() == 0) notice.Take(marker, number);
-        }
-        text.remove_prefix(std::min(text.find('\n'), text.size() - 1) + 1);
+void OwnRegions::Regions::Take(Marker marker, std::size_t line) {
+    if (openLine != 0) {
+        if (marker == end) openLine = 0;
+    } else if (marker == begin) {
+        openLine = line;
+        any = true;
     }
-    OwnRegions result;
-    result.any = block.Any() || notice.Any();
-    result.openLine = block.OpenLine() != 0 && notice.OpenLine() != 0
-                          ? std::min(block.OpenLine(), notice.OpenLine())
-                          : std::max(block.OpenLine(), notice.OpenLine());
-    result.isBlockOpen = result.openLine != 0 && result.openLine == block.OpenLine();
-    return result;
+}
+
+void OwnRegions::Take(std::string_view piece) {
+    while (!piece.empty()) {
+        const std::size_t length = piece.find('\n');
+        const std::string_view line = piece.substr(0, length);
+        const bool isWhole = length != std::string_view::npos;
+        if (isWhole && m_start.empty()) {
+            TakeLine(line);
+        } else {
+            m_start.append(line.substr(0, kEnough - m_start.size()));
+            if (isWhole) End();
+        }
+        piece.remove_prefix(isWhole ? length + 1 : piece.size());
+    }
+}
+
+void OwnRegions::End() {
+    if (m_start.empty()) return;
+    TakeLine(m_start);
+    m_start.clear();
+}
+
+std::size_t OwnRegions::OpenLine() const {
+    const auto [first, second] = std::minmax(m_block.openLine, m_notice.openLine);
+    return first != 0 ? first : second;
+}
+
+void OwnRegions::TakeLine(std::string_view start) {
+    ++m_line;
+    if (!start.starts_with('#')) return;
+    const Marker marker = MarkerOf(start);
+    const bool wasInBlock = m_block.openLine != 0;
+    m_block.Take(marker, m_line);
+    // Blocks go first; what they hold is not there any more when the notices go.
+    if (!wasInBlock && m_block.openLine == 0) m_notice.Take(marker, m_line);
 }
 
 }  // namespace ZET

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ManagedText.h"
@@ -11,45 +13,58 @@
 namespace ZET {
 namespace {
 
-/// What the whole view of the text says about the same question.
-OwnRegions FromManagedText(const std::string& bytes) {
-    OwnRegions result;
-    const ManagedText text(bytes);
-    for (const ManagedRegion& region : text.Regions()) {
-        if (region.kind != RegionKind::Block && region.kind != RegionKind::Notice) continue;
-        result.any = true;
-        if (region.isClosed || result.openLine != 0) continue;
-        result.openLine = region.first;
-        result.isBlockOpen = region.kind == RegionKind::Block;
-    }
-    return result;
+OwnRegions InPieces(std::string_view text, std::size_t size) {
+    OwnRegions regions;
+    for (; !text.empty(); text.remove_prefix(std::min(size, text.size())))
+        regions.Take(text.substr(0, size));
+    regions.End();
+    return regions;
 }
 
+OwnRegions AtOnce(std::string_view text) {
+    return InPieces(text, text.size());
+}
+
+/// That it says what the whole view of the text says about the same question, whatever the pieces.
 void ExpectSame(const std::string& text) {
-    const OwnRegions expected = FromManagedText(text);
-    const OwnRegions found = FindOwnRegions(text);
-    EXPECT_EQ(found.any, expected.any) << text;
-    EXPECT_EQ(found.openLine, expected.openLine) << text;
-    EXPECT_TRUE(expected.openLine == 0 || found.isBlockOpen == expected.isBlockOpen) << text;
+    bool any = false;
+    ManagedRegion open;
+    const ManagedText view(text);
+    for (const ManagedRegion& region : view.Regions()) {
+        if (region.kind != RegionKind::Block && region.kind != RegionKind::Notice) continue;
+        any = true;
+        if (!region.isClosed && open.first == 0) open = region;
+    }
+    for (const std::size_t size : {text.size(), std::size_t{7}}) {
+        const OwnRegions found = InPieces(text, size);
+        EXPECT_EQ(found.Any(), any) << text;
+        EXPECT_EQ(found.OpenLine(), open.first) << text;
+        EXPECT_EQ(found.IsBlockOpen(), open.first != 0 && open.kind == RegionKind::Block) << text;
+    }
 }
 
 TEST(OwnRegions, PlainTextHasNone) {
-    EXPECT_FALSE(FindOwnRegions("").any);
-    EXPECT_FALSE(FindOwnRegions("a\n# b\n").any);
-    EXPECT_FALSE(FindOwnRegions(std::string(" ") + ZETBeginMarker + "\n").any);
+    EXPECT_FALSE(AtOnce("").Any());
+    EXPECT_FALSE(AtOnce("a\n# b\n").Any());
+    EXPECT_FALSE(AtOnce(std::string(" ") + ZETBeginMarker + "\n").Any());
 }
 
 TEST(OwnRegions, OpenBlockIsNamedByItsLine) {
-    const OwnRegions found = FindOwnRegions(std::string("a\n\n") + ZETBeginMarker + "\nb\n");
-    EXPECT_TRUE(found.any);
-    EXPECT_EQ(found.openLine, 3U);
-    EXPECT_TRUE(found.isBlockOpen);
+    const OwnRegions found = AtOnce(std::string("a\n\n") + ZETBeginMarker + "\nb\n");
+    EXPECT_TRUE(found.Any());
+    EXPECT_EQ(found.OpenLine(), 3U);
+    EXPECT_TRUE(found.IsBlockOpen());
 }
 
 TEST(OwnRegions, OpenNoticeIsNamedByItsLine) {
-    const OwnRegions found = FindOwnRegions(std::string(ZETNoticeMarker) + "\nb");
-    EXPECT_EQ(found.openLine, 1U);
-    EXPECT_FALSE(found.isBlockOpen);
+    const OwnRegions found = AtOnce(std::string(ZETNoticeMarker) + "\nb");
+    EXPECT_EQ(found.OpenLine(), 1U);
+    EXPECT_FALSE(found.IsBlockOpen());
+}
+
+TEST(OwnRegions, MarkerThatContinuesALongLineIsText) {
+    EXPECT_FALSE(InPieces(std::string(100, 'x') + ZETBeginMarker + "\n", 100).Any());
+    EXPECT_TRUE(InPieces(std::string(ZETBeginMarker) + std::string(200, 'x'), 50).Any());
 }
 
 TEST(OwnRegions, EverySequenceOfMarkersIsSeenAsInTheWholeView) {
