@@ -17,7 +17,7 @@ OTHER_OWNER = 12345
 
 
 class Entry(tuple):
-    """(kind, mode, owner, group, attributes, content); the content of a manifest has its lines taken apart."""
+    """(kind, mode, owner, group, attributes, content); that of a manifest has its lines taken apart."""
 
     content = property(lambda self: self[5])
 
