@@ -108,8 +108,14 @@ $HOST/nowhere: the directory of $HOST/nowhere/three.conf cannot be used: No such
     assert_problems "$HOST/templates/one.conf: does not exist (create it, or correct the path)"
 }
 
+@test "a directory that its group may write is fine" {
+    chmod 775 out etc state
+    run_zet check-config
+    assert_status 0
+}
+
 @test "a target in a directory that others may write, or that is none, is told" {
-    chmod 777 out
+    chmod 757 out
     assert_problems "$HOST/out: others may write the directory of $HOST/out/one.conf (chmod o-w it)"
     rmdir out
     : >out
@@ -167,7 +173,7 @@ $HOST/out/one.conf.no_file_before_zet: is no regular file (move it away)"
 }
 
 @test "the product's own directories are checked" {
-    chmod 777 etc state
+    chmod 757 etc state
     assert_problems "$HOST/etc: others may write the directory of the templates' working copies (chmod o-w it)
 $HOST/state: others may write the directory of the status (chmod o-w it)"
     rmdir etc
@@ -235,7 +241,7 @@ ${valid_user_names}'
 
 @test "the document has the place, the problem and the remedy apart" {
     echo ' ${nope}' >templates/one.conf
-    chmod 777 out
+    chmod 757 out
     run_zet --json check-config
     assert_status 1
     assert_stderr ""

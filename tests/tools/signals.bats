@@ -190,6 +190,20 @@ zet-client: error: ended by a signal (${signal%/*}) before all was done (run the
     assert_files_unchanged
 }
 
+@test "a target that is being written when the signal comes is finished, and what is written is known" {
+    fill 4
+    learn_the_end
+    begin_anew
+    capture strace -f -qq -o "$BASE/trace" -P "$HOST/out/t02.tmp" -e trace=/rename -e inject=/rename:signal=TERM \
+        "$ZET_BIN/zet-client" --config zet.conf commit-config
+    assert_status 1
+    [[ $stderr == *"Written: $(names 1 2). Not written: $(names 3 4)"$'\n'* ]]
+    run_zet --json status
+    assert_json '[t["state"] for t in d["targets"]]' '["in sync", "in sync", "not committed", "not committed"]'
+    zet -q commit-config
+    assert_same_end
+}
+
 @test "a signal that the caller ignores ends nothing" {
     fill 3
     stop_before 2 HUP
