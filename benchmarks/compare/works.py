@@ -69,13 +69,15 @@ def _render_tools(place, template, body, names):
     notice = texts.notice_of_rendered_file(template)
     wanted = place.write("wanted", notice + body)
     plain = place.write("wanted.plain", body)
+    former = place.write("former", "# an earlier version\n")
     sed = place.write("render.sed", sed_to_render(notice))
     awk = place.write("render.awk", awk_to_render(notice))
     tools = {}
 
     def add(name, kind, command, expected=wanted, **more):
         out = place.out(name)
-        tools[name] = Tool(name, kind, command(str(out)), out, expected, **more)
+        # What is there already would not be written again by a tool that looks.
+        tools[name] = Tool(name, kind, command(str(out)), out, expected, prepare=["cp", str(former), str(out)], **more)
 
     add("zet-client", COMMAND, lambda out: place.command("template", "process", template.name, out))
     add("engine", ENGINE, lambda out: place.engine("render", template.name, out))

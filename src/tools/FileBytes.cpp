@@ -140,15 +140,26 @@ FileVersion VersionOf(const std::string& path) {
             status.st_ctim.tv_sec * kSecond + status.st_ctim.tv_nsec};
 }
 
-void ReadInPieces(const std::string& path, const std::function<void(std::string_view piece)>& take) {
+void ReadLines(const std::string& path, const std::function<void(std::string_view line)>& take) {
     const Descriptor descriptor(OpenToRead(path));
     OpenedStatus(descriptor, path);
     std::string block(kBlock, '\0');
-    std::size_t count = 0;
-    do {
+    std::string begun;  // a line that the last block did not end
+    for (std::size_t count = block.size(); count == block.size();) {
         count = ReadBlock(descriptor, path, block);
-        take(std::string_view(block).substr(0, count));
-    } while (count == block.size());
+        std::string_view rest = std::string_view(block).substr(0, count);
+        for (std::size_t end; (end = rest.find('\n')) != std::string_view::npos;
+             rest.remove_prefix(end + 1)) {
+            if (begun.empty()) {
+                take(rest.substr(0, end));
+            } else {
+                take(begun.append(rest.substr(0, end)));
+                begun.clear();
+            }
+        }
+        begun.append(rest);
+    }
+    if (!begun.empty()) take(begun);
 }
 
 bool HaveSameBytes(const std::string& one, const std::string& other) {

@@ -14,8 +14,9 @@ namespace ZET {
 /// read is a `Failure` that names it.
 std::string ReadFileBytes(const std::string& path);
 
-/// The same text, handed to `take` piece by piece.
-void ReadInPieces(const std::string& path, const std::function<void(std::string_view piece)>& take);
+/// Hands the lines of the same text to `take`, without their line feeds; of all of it, only one line at a
+/// time is in memory.
+void ReadLines(const std::string& path, const std::function<void(std::string_view line)>& take);
 
 /// A `Failure` unless the path leads to a regular file that can be read.
 void RequireReadableFile(const std::string& path);

@@ -15,8 +15,7 @@ namespace {
 /// Whether there is anything to strip. Refuses what the module would take for a region up to the end.
 bool HasOwnRegions(const std::string& path) {
     OwnRegions regions;
-    ReadInPieces(path, [&](std::string_view piece) { regions.Take(piece); });
-    regions.End();
+    ReadLines(path, [&](std::string_view line) { regions.Take(line); });
     if (regions.OpenLine() != 0) {
         throw Failure(path + ": the " + (regions.IsBlockOpen() ? "managed block" : "notice") +
                       " that begins in line " + std::to_string(regions.OpenLine()) +

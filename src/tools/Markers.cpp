@@ -6,6 +6,13 @@
 
 namespace ZET {
 
+namespace {
+
+/// Of all markers.
+constexpr std::string_view kCommonStart = "# --";
+
+}  // namespace
+
 std::string_view MarkerText(Marker marker) {
     switch (marker) {
         case Marker::BlockBegin:
@@ -27,6 +34,8 @@ std::string_view MarkerText(Marker marker) {
 }
 
 Marker MarkerOf(std::string_view line) {
+    // Most lines are no comment at all.
+    if (!line.starts_with(kCommonStart)) return Marker::None;
     const auto* found = std::find_if(std::begin(kMarkers), std::end(kMarkers),
                                      [&](Marker marker) { return line.starts_with(MarkerText(marker)); });
     return found == std::end(kMarkers) ? Marker::None : *found;

@@ -157,7 +157,8 @@ std::vector<Problem> CheckTemplateFile(Session& session, const std::string& temp
             return {{file, 0, 0, "the template is a link that leads out of the root directory",
                      "put the template itself there"}};
         }
-        return CheckTemplate(file, ReadFileBytes(file), values, used);
+        return CheckTemplate(
+            file, [&](const auto& take) { ReadLines(file, take); }, values, used);
     } catch (const Failure& failure) {
         return {ProblemOf(file, failure)};
     }

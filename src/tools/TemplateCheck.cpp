@@ -131,17 +131,16 @@ class TemplateChecker {
             if (value.second.find('$') == std::string::npos) m_plainValues.emplace(value.first, &value);
     }
 
-    std::vector<Problem> Check(std::string_view text) {
-        while (!text.empty()) {
-            const std::string_view line = text.substr(0, text.find('\n'));
-            text.remove_prefix(std::min(line.size() + 1, text.size()));
-            ++m_line;
-            if (line.starts_with('#')) {
-                CheckMarker(line);
-            } else {
-                CheckPlaceholders(line);
-            }
+    void Take(std::string_view line) {
+        ++m_line;
+        if (line.starts_with('#')) {
+            CheckMarker(line);
+        } else {
+            CheckPlaceholders(line);
         }
+    }
+
+    std::vector<Problem> End() {
         for (const Region& region : {m_block, m_comment})
             CheckClosed(region);
         return std::move(m_problems);
@@ -251,9 +250,11 @@ class TemplateChecker {
 
 }  // namespace
 
-std::vector<Problem> CheckTemplate(const std::string& file, std::string_view text, const StringMap& values,
+std::vector<Problem> CheckTemplate(const std::string& file, const LineSource& lines, const StringMap& values,
                                    std::set<std::string>* used) {
-    return TemplateChecker(file, values, used).Check(text);
+    TemplateChecker checker(file, values, used);
+    lines([&](std::string_view line) { checker.Take(line); });
+    return checker.End();
 }
 
 }  // namespace ZET

@@ -13,6 +13,7 @@
 
 #include "RecordingCore.h"
 #include "TemplateCheck.h"
+#include "TemplateLines.h"
 #include "ZETConfigFile.h"
 #include "zet/ZETFormat.h"
 
@@ -132,7 +133,7 @@ bool TellsOfNoEnd(const std::vector<Problem>& problems) {
 RC_GTEST_FIXTURE_PROP(TemplateCheckProperties, VerdictOnTheEndIsThatOfTheEngine, ()) {
     const StringMap values = *Values();
     const std::string text = *Template();
-    const bool isEndless = TellsOfNoEnd(CheckTemplate("t", text, values));
+    const bool isEndless = TellsOfNoEnd(CheckTemplate("t", LinesOf(text), values));
     RC_CLASSIFY(isEndless, "endless");
     const End end = EndOfExpansion(text, values, isEndless ? kShortWhile : kLongEnough);
     RC_ASSERT((end == End::Finished) != isEndless);
@@ -144,14 +145,14 @@ TEST_F(TemplateCheckProperties, ManyUnknownPlaceholdersInACommentDoNotHideOneWit
         line += "${unknown}";
     const std::string text = "# --ZET_TEMPLATE_COMMENT--\n" + line + "${\n# --ZET_COMMENT_END--\n";
     ASSERT_EQ(EndOfExpansion(text, {}, kShortWhile), End::RunsOn);
-    EXPECT_TRUE(TellsOfNoEnd(CheckTemplate("t", text, {})));
+    EXPECT_TRUE(TellsOfNoEnd(CheckTemplate("t", LinesOf(text), {})));
 }
 
 TEST_F(TemplateCheckProperties, LongKeyThatReproducesItselfIsSeenInAComment) {
     const std::string key = "${" + std::string(5000, 'k') + "}";
     const std::string text = "# --ZET_TEMPLATE_COMMENT--\n" + key + "\n# --ZET_COMMENT_END--\n";
     ASSERT_EQ(EndOfExpansion(text, {{key, key}}, kShortWhile), End::RunsOn);
-    EXPECT_TRUE(TellsOfNoEnd(CheckTemplate("t", text, {{key, key}})));
+    EXPECT_TRUE(TellsOfNoEnd(CheckTemplate("t", LinesOf(text), {{key, key}})));
 }
 
 TEST_F(TemplateCheckProperties, LongLineWithManyPlaceholdersIsFine) {
@@ -159,7 +160,7 @@ TEST_F(TemplateCheckProperties, LongLineWithManyPlaceholdersIsFine) {
     for (int i = 0; i < 250'000; ++i)
         text += "name=${a} and so on;";
     const StringMap values = {{"${a}", "${b}"}, {"${b}", "value"}};
-    EXPECT_TRUE(CheckTemplate("t", text, values).empty());
+    EXPECT_TRUE(CheckTemplate("t", LinesOf(text), values).empty());
     EXPECT_EQ(EndOfExpansion(text, values, kLongEnough), End::Finished);
 }
 
@@ -170,7 +171,7 @@ TEST_F(TemplateCheckProperties, ValuesThatMultiplyEachOtherAreBeyondTheLimits) {
         values["${v" + std::to_string(i) + "}"] = next + next;
     }
     values["${v40}"] = "";
-    EXPECT_TRUE(TellsOfNoEnd(CheckTemplate("t", "${v0}", values)));
+    EXPECT_TRUE(TellsOfNoEnd(CheckTemplate("t", LinesOf("${v0}"), values)));
     EXPECT_NE(EndOfExpansion("${v0}", values, kShortWhile), End::Finished);
 }
 

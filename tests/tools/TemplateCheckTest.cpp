@@ -1,4 +1,5 @@
 #include "TemplateCheck.h"
+#include "TemplateLines.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,7 +18,7 @@ const StringMap kValues = {
 
 std::vector<std::string> Descriptions(const std::string& text, const StringMap& values = kValues) {
     std::vector<std::string> descriptions;
-    for (const Problem& problem : CheckTemplate("t.conf", text, values))
+    for (const Problem& problem : CheckTemplate("t.conf", LinesOf(text), values))
         descriptions.push_back(problem.Describe());
     return descriptions;
 }
@@ -182,7 +183,7 @@ TEST(TemplateCheck, AllProblemsAreToldInOneGo) {
 
 TEST(TemplateCheck, PlaceholdersThatAreReplacedAreUsed) {
     std::set<std::string> used;
-    CheckTemplate("t.conf", "${both} ${unknown}\n# ${self}\n", kValues, &used);
+    CheckTemplate("t.conf", LinesOf("${both} ${unknown}\n# ${self}\n"), kValues, &used);
     EXPECT_THAT(used, ElementsAre("${both}", "${realm}", "${server}"));
 }
 
