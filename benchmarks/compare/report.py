@@ -28,6 +28,8 @@ def judge(work, result, results):
     by_name = {other.tool.name: other for other in results}
     judged = []
     for goal in work.goals:
+        if goal.against not in by_name:
+            continue
         ratio = result.median / by_name[goal.against].median
         judged.append({"goal": f"{goal.factor:g} of {goal.against}", "limit": goal.factor, "reached": ratio,
                        "met": ratio <= goal.factor})

@@ -67,6 +67,11 @@ int OpenToRead(const std::string& path) {
     return open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
 }
 
+/// How much of a file is read at once.
+std::size_t RoomFor(const struct stat& status) {
+    return std::min(kBlock, static_cast<std::size_t>(status.st_size) + 1);
+}
+
 /// Fills `block` from `start` on, as far as the file reaches; returns how much of it is filled then.
 std::size_t ReadBlock(int descriptor, const std::string& path, std::string& block, std::size_t start = 0) {
     while (start < block.size()) {
@@ -142,8 +147,7 @@ FileVersion VersionOf(const std::string& path) {
 
 void ReadLines(const std::string& path, const std::function<void(std::string_view line)>& take) {
     const Descriptor descriptor(OpenToRead(path));
-    OpenedStatus(descriptor, path);
-    std::string block(kBlock, '\0');
+    std::string block(RoomFor(OpenedStatus(descriptor, path)), '\0');
     std::string begun;  // a line that the last block did not end
     for (std::size_t count = block.size(); count == block.size();) {
         count = ReadBlock(descriptor, path, block);
@@ -164,17 +168,16 @@ void ReadLines(const std::string& path, const std::function<void(std::string_vie
 
 bool HaveSameBytes(const std::string& one, const std::string& other) {
     const Descriptor oneFile(OpenToRead(one));
-    const off_t size = OpenedStatus(oneFile, one).st_size;
+    const struct stat status = OpenedStatus(oneFile, one);
     const Descriptor otherFile(OpenToRead(other));
-    if (OpenedStatus(otherFile, other).st_size != size) return false;
-    const std::size_t room = std::min(kBlock, static_cast<std::size_t>(size) + 1);
-    std::string oneBytes(room, '\0');
-    std::string otherBytes(room, '\0');
+    if (OpenedStatus(otherFile, other).st_size != status.st_size) return false;
+    std::string oneBytes(RoomFor(status), '\0');
+    std::string otherBytes(oneBytes.size(), '\0');
     for (;;) {
         const std::size_t count = ReadBlock(oneFile, one, oneBytes);
         if (ReadBlock(otherFile, other, otherBytes) != count) return false;
         if (oneBytes.compare(0, count, otherBytes, 0, count) != 0) return false;
-        if (count < room) return true;
+        if (count < oneBytes.size()) return true;
     }
 }
 
