@@ -1,0 +1,75 @@
+# Completion of zet-init and zet-client in bash.
+
+# The templates of this host, as its list of targets names them.
+_zet_templates() {
+    sed -n 's/^\[\(.*\)\]$/\1/p' /usr/share/zet/templates/targets.ini 2>/dev/null
+}
+
+# Sets $command to the words of the command before the cursor, $arguments to how many arguments follow them.
+_zet_read_words() {
+    local i
+    command='' arguments=0
+    for ((i = 1; i < COMP_CWORD; i++)); do
+        case ${COMP_WORDS[i]} in
+            -c | --config | --root | --module | --color | --log | --set | --value)
+                ((++i))
+                [[ ${COMP_WORDS[i]} != = ]] || ((++i))
+                ;;
+            =) ((++i)) ;; # The shell takes NAME=VALUE for three words.
+            -*) ;;
+            *)
+                case $command in
+                    '' | template | param | line | file | option) command+=${command:+ }${COMP_WORDS[i]} ;;
+                    *) ((++arguments)) ;;
+                esac
+                ;;
+        esac
+    done
+}
+
+_zet() {
+    local current=$2 previous=${COMP_WORDS[COMP_CWORD - 1]} command arguments words='' files=''
+    local options='-c --config --root --module -n --dry-run --diff --json -q --quiet -v --verbose --color --log
+        -h --help -V --version'
+    [[ $current != = ]] || current=''
+    [[ $previous != = ]] || previous=${COMP_WORDS[COMP_CWORD - 2]}
+    _zet_read_words
+    case $command in
+        '')
+            words='commit-config check-config rollback-config status values template param line file option
+                explain doctor'
+            ;;
+        commit-config) options+=' --set' words=$(_zet_templates) ;;
+        check-config) words=$(_zet_templates) ;;
+        rollback-config) options+=' --force' files=-f ;;
+        template) words='install process' ;;
+        param | line) words='get set restore' ;;
+        file) words='strip reserve restore forget' ;;
+        option) words='get set' ;;
+        'template install') options+=' --force' words=$(_zet_templates) ;;
+        'template process') options+=' --value' words=$(_zet_templates) ;;
+        'param set' | 'line set') options+=' --no-markers --no-backup' ;;
+        'param restore' | 'line restore') options+=' --all-blocks --no-markers --no-backup' ;;
+        'file strip') options+=' --no-backup' ;;
+    esac
+    case "$command $arguments" in
+        'param '*' 0' | 'line '*' 0' | 'file '*' 0' | 'explain 0' | 'doctor 0') files=-f ;;
+        'template process 1') words='' files=-f ;;
+        'template process '[2-9]*) words='' ;;
+    esac
+    [[ $current != -* ]] || words=$options files=''
+    case $previous in
+        -c | --config | --module) words='' files=-f ;;
+        --root) words='' files=-d ;;
+        --color) words='auto always never' files='' ;;
+        --log) words='stderr syslog' files='' ;;
+        --set | --value) words='' files='' ;;
+    esac
+    mapfile -t COMPREPLY < <(
+        compgen -W "$words" -- "$current"
+        [[ -z $files ]] || compgen "$files" -- "$current"
+    )
+    [[ -z $files ]] || compopt -o filenames 2>/dev/null || true
+}
+
+complete -F _zet zet-init zet-client

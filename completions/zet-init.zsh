@@ -1,0 +1,71 @@
+#compdef zet-init zet-client
+# Completion of zet-init and zet-client in zsh.
+
+# The templates of this host, as its list of targets names them.
+_zet_templates() {
+    sed -n 's/^\[\(.*\)\]$/\1/p' /usr/share/zet/templates/targets.ini 2>/dev/null
+}
+
+# Sets $command to the words of the command before the cursor, $arguments to how many arguments follow them.
+_zet_read_words() {
+    local i
+    command='' arguments=0
+    for ((i = 2; i < CURRENT; i++)); do
+        case $words[i] in
+            (-c|--config|--root|--module|--color|--log|--set|--value) ((++i)) ;;
+            (-*) ;;
+            (*)
+                case $command in
+                    (''|template|param|line|file|option) command+=${command:+ }$words[i] ;;
+                    (*) ((++arguments)) ;;
+                esac
+                ;;
+        esac
+    done
+}
+
+_zet() {
+    local command arguments current=$words[CURRENT] previous=$words[CURRENT-1]
+    local -a known options=(-c --config --root --module -n --dry-run --diff --json -q --quiet -v --verbose
+        --color --log -h --help -V --version)
+    _zet_read_words
+    if [[ $current == --*=* ]] && compset -P '*='; then previous=${current%%=*} current=''; fi
+    case $previous in
+        (-c|--config|--module) _files; return ;;
+        (--root) _files -/; return ;;
+        (--color) compadd -- auto always never; return ;;
+        (--log) compadd -- stderr syslog; return ;;
+        (--set|--value) return 1 ;;
+    esac
+    case $command in
+        ('')
+            known=(commit-config check-config rollback-config status values template param line file option
+                explain doctor)
+            ;;
+        (commit-config) options+=(--set) known=(${(f)"$(_zet_templates)"}) ;;
+        (check-config) known=(${(f)"$(_zet_templates)"}) ;;
+        (rollback-config) options+=(--force) ;;
+        (template) known=(install process) ;;
+        (param|line) known=(get set restore) ;;
+        (file) known=(strip reserve restore forget) ;;
+        (option) known=(get set) ;;
+        ('template install') options+=(--force) known=(${(f)"$(_zet_templates)"}) ;;
+        ('template process') options+=(--value) known=(${(f)"$(_zet_templates)"}) ;;
+        ('param set'|'line set') options+=(--no-markers --no-backup) ;;
+        ('param restore'|'line restore') options+=(--all-blocks --no-markers --no-backup) ;;
+        ('file strip') options+=(--no-backup) ;;
+    esac
+    if [[ $current == -* ]]; then
+        compadd -- $options
+        return
+    fi
+    case "$command $arguments" in
+        (param\ *\ 0|line\ *\ 0|file\ *\ 0|'explain 0'|'doctor 0'|rollback-config*) _files ;;
+        ('template process 0') compadd -- $known ;;
+        ('template process 1') _files ;;
+        ('template process '*) return 1 ;;
+        (*) compadd -- $known ;;
+    esac
+}
+
+_zet "$@"

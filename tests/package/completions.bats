@@ -1,0 +1,138 @@
+# The shells know the words that the commands themselves list in their help.
+
+setup_file() {
+    export COMPLETIONS ZET LC_ALL=C
+    COMPLETIONS=$(cd "$BATS_TEST_DIRNAME/../.." && pwd)/completions
+    ZET=${ZET_BUILD:-$BATS_TEST_DIRNAME/../../build/test}/bin/zet-client
+}
+
+# commands [WORD...]: what "--help" lists as commands after these words.
+commands() {
+    "$ZET" "$@" --help | sed -n '/^Subcommands:/,$s/^  \([a-z][a-z-]*\).*/\1/p' | sort
+}
+
+# options [WORD...]: the same for options, those of all commands included.
+options() {
+    { "$ZET" --help && "$ZET" "$@" --help; } | sed -n '/^Options:/,/^$/s/^  \(-[^ ]*\).*/\1/p' | tr , '\n' | sort -u
+}
+
+# Every command, and the families of commands, one a line.
+all_commands() {
+    local command name
+    for command in $(commands); do
+        echo "$command"
+        for name in $(commands "$command"); do echo "$command $name"; done
+    done
+}
+
+# in_bash WORD...: what bash offers for the last word, one a line.
+in_bash() {
+    bash --noprofile --norc -c '
+        source "$COMPLETIONS/zet-init.bash"
+        _zet_templates() { printf "%s\n" krb5.conf ldap.conf; }
+        COMP_WORDS=("$@") COMP_CWORD=$(($# - 1))
+        _zet "$1" "${@: -1}" "${@: -2:1}"
+        [ ${#COMPREPLY[@]} -eq 0 ] || printf "%s\n" "${COMPREPLY[@]}"' bash "$@" | sort
+}
+
+# in_zsh WORD...: the same for zsh, whose own functions that offer words are replaced.
+in_zsh() {
+    zsh -f -c '
+        compadd() { shift; print -rl -- ${(M)@:#$words[CURRENT]*}; }
+        compset() { words[CURRENT]=${words[CURRENT]#*=}; }
+        _files() { if [[ $1 == -/ ]]; then print -rl -- *(/); else print -rl -- *; fi; }
+        sed() { print -l krb5.conf ldap.conf; }
+        words=("$@") CURRENT=$#
+        source "$COMPLETIONS/zet-init.zsh" || true' zsh "$@" | sed '/^$/d' | sort
+}
+
+# offers EXPECTED WORD...: what both shells offer for the last word, separated by blanks.
+offers() {
+    local expected=$1 shell actual
+    shift
+    for shell in in_bash in_zsh; do
+        actual=$("$shell" "$@" | paste -sd ' ')
+        [ "$actual" = "$expected" ] || {
+            printf '%s: %s\nexpected: %s\nactual:   %s\n' "$shell" "$*" "$expected" "$actual" >&2
+            return 1
+        }
+    done
+}
+
+make_files() {
+    cd "$BATS_TEST_TMPDIR" || return
+    mkdir directory
+    : >file
+}
+
+@test "TheHelpListsCommandsAndOptions" {
+    [ "$(all_commands | wc -l)" -ge 20 ]
+    options param set | grep -Fx -e --no-markers
+    options param set | grep -Fx -e -n
+}
+
+@test "EveryCommandOfTheHelpIsOffered" {
+    local family
+    offers "$(commands | paste -sd ' ')" zet-client ''
+    for family in template param line file option; do
+        [ -n "$(commands "$family")" ]
+        offers "$(commands "$family" | paste -sd ' ')" zet-client "$family" ''
+    done
+}
+
+@test "EveryOptionOfTheHelpIsOfferedWithItsCommand" {
+    local command
+    # shellcheck disable=SC2086  # a command may have two words
+    while read -r command; do
+        offers "$(options $command | paste -sd ' ')" zet-client $command -
+    done < <(all_commands)
+    offers "$(options | paste -sd ' ')" zet-client -
+}
+
+@test "AWordThatIsBegunIsCompleted" {
+    offers "check-config commit-config" zet-init c
+    offers "--dry-run" zet-init commit-config --dr
+    offers "ldap.conf" zet-init check-config l
+}
+
+@test "OptionsBeforeTheCommandAreNoCommand" {
+    offers "get restore set" zet-init -c template --root file -n param ''
+    offers "krb5.conf ldap.conf" zet-init --root / commit-config krb5.conf ''
+}
+
+@test "TemplatesAreOfferedWhereOneIsNamed" {
+    local command
+    for command in commit-config check-config 'template install' 'template process'; do
+        # shellcheck disable=SC2086
+        offers "krb5.conf ldap.conf" zet-init $command ''
+    done
+    offers "" zet-init template process krb5.conf /tmp/target ''
+}
+
+@test "FilesAreOfferedWhereOneIsNamed" {
+    make_files
+    local command
+    for command in rollback-config doctor explain 'param get' 'line set' 'file strip' 'template process krb5.conf'; do
+        # shellcheck disable=SC2086
+        offers "directory file" zet-client $command ''
+    done
+    offers "" zet-client param get file ''
+    offers "" zet-client status ''
+}
+
+@test "ValuesOfOptionsAreOffered" {
+    make_files
+    offers "directory file" zet-client --config ''
+    offers "directory file" zet-client status --module ''
+    offers "directory" zet-client --root ''
+    offers "always auto never" zet-client --color ''
+    offers "stderr syslog" zet-client status --log ''
+    offers "" zet-client commit-config --set ''
+}
+
+@test "AValueMayFollowItsOptionWithAnEqualsSign" {
+    # bash hands the sign over as a word of its own.
+    [ "$(in_bash zet-client --color = al)" = always ]
+    [ "$(in_bash zet-client --set A = b param '' | paste -sd ' ')" = "get restore set" ]
+    [ "$(in_zsh zet-client --color=al)" = always ]
+}

@@ -1,0 +1,153 @@
+# What is installed can be used without the tree that it was built in. ZET_BUILD names the directory of the build.
+
+setup_file() {
+    export SOURCE_DIR ZET_BUILD CMAKE=${CMAKE:-cmake} CMAKE_GENERATOR=Ninja CXX=${CXX:-c++} LC_ALL=C
+    SOURCE_DIR=$(cd "$BATS_TEST_DIRNAME/../.." && pwd)
+    ZET_BUILD=${ZET_BUILD:-$SOURCE_DIR/build/test}
+    export PREFIX=$BATS_FILE_TMPDIR/prefix PACKAGE=$BATS_FILE_TMPDIR/package
+    umask 022
+    "$CMAKE" --install "$ZET_BUILD" --prefix "$PREFIX" >/dev/null
+    DESTDIR=$PACKAGE "$CMAKE" --install "$ZET_BUILD" --prefix /opt/zet >/dev/null
+}
+
+# A host whose templates are the installed ones, in the current directory.
+make_host() {
+    HOST=$BATS_TEST_TMPDIR
+    cd "$HOST" || return
+    mkdir working state
+    (umask 077 && : >state/zet.lock)
+    cat >zet.conf <<-END
+		DOMAIN=example.org
+		SERVER=server.example.org
+		ZET_CFG_DIR=$HOST/working
+		ZET_CFG_TEMPL_DIR=$PREFIX/share/zet/templates
+		ZET_VAR_LIB_DIR=$HOST/state
+	END
+}
+
+# holds_values FILE: the file is made from idmapd.conf with the values of the domain.
+holds_values() {
+    grep -Fx 'Domain = example.org' "$1"
+    grep -Fx 'Local-Realms = EXAMPLE.ORG' "$1"
+}
+
+# list DIRECTORY: what is in it, with modes, and where links lead.
+list() {
+    (cd "$1" && find . ! -type d \( -type l -printf '%P -> %l\n' -o -printf '%P %m\n' \) | sort)
+}
+
+expected_files() {
+    local header
+    for header in "$SOURCE_DIR"/include/zet/*.h; do echo "include/zet/${header##*/} 644"; done
+    # The name of the kind of build is in the name of one file.
+    basename -a "$PREFIX"/lib/cmake/zet/zet-config-*.cmake | grep -v version | sed 's|.*|lib/cmake/zet/& 644|'
+    cat <<-'END'
+		bin/zet-client -> zet-init
+		bin/zet-init 755
+		lib/cmake/zet/zet-config-version.cmake 644
+		lib/cmake/zet/zet-config.cmake 644
+		lib/libzet-core.so 644
+		lib/zet/libzet-config.so 644
+		share/bash-completion/completions/zet-client -> zet-init
+		share/bash-completion/completions/zet-init 644
+		share/man/man1/zet-client.1 -> zet-init.1
+		share/man/man1/zet-init.1 644
+		share/man/man5/targets.ini.5 644
+		share/man/man5/zet.conf.5 644
+		share/man/man7/zet.7 644
+		share/zet/templates/domain.ldif 644
+		share/zet/templates/exports 644
+		share/zet/templates/idmapd.conf 644
+		share/zet/templates/kadm5.acl 600
+		share/zet/templates/kdc.conf 644
+		share/zet/templates/krb5.conf 644
+		share/zet/templates/ldap.conf 644
+		share/zet/templates/nslcd.conf 640
+		share/zet/templates/slapd.conf 644
+		share/zet/templates/targets.ini 644
+		share/zsh/site-functions/_zet-init 644
+	END
+}
+
+@test "EveryFileIsInstalledInItsPlaceWithItsMode" {
+    diff -u <(expected_files | sort) <(list "$PREFIX")
+}
+
+@test "APackageHoldsTheSameFilesBelowItsOwnRoot" {
+    diff -u <(list "$PREFIX") <(list "$PACKAGE/opt/zet")
+    [ "$(find "$PACKAGE" -mindepth 1 -maxdepth 2 -printf '%P ')" = "opt opt/zet " ]
+}
+
+@test "NothingInstalledSearchesTheBuildTree" {
+    local file
+    for file in bin/zet-init lib/libzet-core.so lib/zet/libzet-config.so; do
+        run readelf -d "$PREFIX/$file"
+        [ "$status" -eq 0 ]
+        paths=$(sed -n 's/.*R.*PATH.*\[\(.*\)\]/\1/p' <<<"$output")
+        case $file in
+            bin/*) [ "$paths" = "\$ORIGIN/../lib" ] ;;
+            lib/zet/*) [ "$paths" = "\$ORIGIN/.." ] ;;
+            *) [ -z "$paths" ] ;;
+        esac
+    done
+    run grep -rlF -e "$SOURCE_DIR" -e "$ZET_BUILD" "$PREFIX/lib/cmake" "$PREFIX/include" "$PREFIX/share"
+    [ "$status" -eq 1 ]
+}
+
+@test "EachInstalledHeaderCompilesAlone" {
+    local header
+    cd "$PREFIX/include"
+    for header in zet/*.h; do
+        echo "#include \"$header\"" |
+            "$CXX" -std=c++17 -pedantic-errors -Wall -Wextra -Werror -fsyntax-only -I. -x c++ -
+    done
+}
+
+@test "AnotherProgramEmbedsTheInstalledCore" {
+    make_host
+    "$CMAKE" -S "$BATS_TEST_DIRNAME/consumer" -B consumer -DCMAKE_PREFIX_PATH="$PREFIX" \
+        -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_CXX_FLAGS="-std=c++17 -Wall -Wextra -Werror"
+    "$CMAKE" --build consumer
+    consumer/zet-consumer zet.conf "$PREFIX/lib/zet/libzet-config.so" idmapd.conf "$HOST/idmapd.conf"
+    holds_values idmapd.conf
+    [ -e idmapd.conf.no_file_before_zet ]
+}
+
+@test "AnotherVersionIsNotTakenForThisOne" {
+    cd "$BATS_TEST_TMPDIR"
+    mkdir source
+    printf '%s\n' 'cmake_minimum_required(VERSION 3.16)' 'project(newer LANGUAGES CXX)' \
+        'find_package(zet 2 REQUIRED)' >source/CMakeLists.txt
+    run "$CMAKE" -S source -B build -DCMAKE_PREFIX_PATH="$PREFIX" -DCMAKE_CXX_COMPILER="$CXX"
+    [ "$status" -ne 0 ]
+    grep -F 'zet-config.cmake, version: 1.7.37' <<<"$output"
+}
+
+@test "InstalledProgramsFindTheirModule" {
+    make_host
+    local bin
+    for bin in "$PREFIX/bin" "$PACKAGE/opt/zet/bin"; do
+        "$bin/zet-client" --config zet.conf template process idmapd.conf "$HOST/idmapd.conf"
+        holds_values idmapd.conf
+        "$bin/zet-init" --config zet.conf file restore idmapd.conf
+        rm -f idmapd.conf
+    done
+}
+
+@test "TheModuleOfAnInstalledProgramIsThatOfItsOwnPrefix" {
+    make_host
+    cp -R "$PREFIX" moved
+    moved/bin/zet-client --config zet.conf values
+    rm moved/lib/zet/libzet-config.so
+    run moved/bin/zet-client --config zet.conf values
+    [ "$status" -eq 1 ]
+    grep -F "$HOST/moved/" <<<"$output"
+}
+
+@test "InstalledManualPagesAreRead" {
+    local page
+    for page in "$PREFIX"/share/man/man*/*; do
+        head -1 "$page" | grep -q '^\.\\" Generated'
+        grep -q '^\.SH NAME' "$page"
+    done
+}
