@@ -106,8 +106,10 @@ std::string_view Expander::ReadPlaceholder() {
 
 const std::string* Expander::FindValue(std::string_view placeholder) {
     // Cheap, and different for most names: the length, and the bytes at both ends of the name.
-    const std::size_t hash = placeholder.size() + 7U * static_cast<unsigned char>(placeholder[2]) +
-                             13U * static_cast<unsigned char>(placeholder[placeholder.size() - 2]);
+    const auto byte = [&](std::size_t index) -> std::size_t {
+        return static_cast<unsigned char>(placeholder[index]);
+    };
+    const std::size_t hash = placeholder.size() + 7 * byte(2) + 13 * byte(placeholder.size() - 2);
     const StringMap::value_type*& recent = m_recent[hash % m_recent.size()];
     if (recent == nullptr || recent->first != placeholder) {
         m_key.assign(placeholder);
