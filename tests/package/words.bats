@@ -1,8 +1,9 @@
-# The shells know the words that the commands themselves list in their help.
+# The shells and the manual know the words that the commands themselves list in their help, and no others.
 
 setup_file() {
-    export COMPLETIONS ZET LC_ALL=C
+    export COMPLETIONS MANUAL ZET LC_ALL=C
     COMPLETIONS=$(cd "$BATS_TEST_DIRNAME/../.." && pwd)/completions
+    MANUAL=$COMPLETIONS/../man/zet-init.1.scd
     ZET=${ZET_BUILD:-$BATS_TEST_DIRNAME/../../build/test}/bin/zet-client
 }
 
@@ -135,4 +136,27 @@ make_files() {
     [ "$(in_bash zet-client --color = al)" = always ]
     [ "$(in_bash zet-client --set A = b param '' | paste -sd ' ')" = "get restore set" ]
     [ "$(in_zsh zet-client --color=al)" = always ]
+}
+
+# commands_of_manual: the headings of its commands, "*param get|set* _FILE_" being two.
+commands_of_manual() {
+    sed -n '/^# COMMANDS/,/^# OPTIONS/s/^\*\([a-z][^*]*\)\*.*/\1/p' "$MANUAL" | while read -r family names; do
+        echo "$family"
+        [[ -z $names ]] || tr '|' '\n' <<<"$names" | sed "s/^/$family /"
+    done | sort -u
+}
+
+# bold_options: the words of its text, its examples left out, that are options of the commands.
+bold_options() {
+    sed '/^# EXAMPLES/,$d' "$MANUAL" | grep -oE '\*-[^*]*\*' | tr -d '*' | grep -oE '^--?[A-Za-z][a-z-]*| --[a-z-]+' |
+        tr -d ' ' | sort -u
+}
+
+@test "TheManualDescribesEveryCommandOfTheHelp" {
+    diff -u <(all_commands | sort) <(commands_of_manual)
+}
+
+@test "TheManualDescribesEveryOptionOfTheHelp" {
+    # shellcheck disable=SC2086
+    diff -u <(all_commands | while read -r command; do options $command; done | sort -u) <(bold_options)
 }
