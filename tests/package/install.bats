@@ -144,7 +144,7 @@ expected_files() {
     grep -F "$HOST/moved/" <<<"$output"
 }
 
-@test "InstalledManualPagesAreRead" {
+@test "InstalledManualPagesAreWritten" {
     local page
     for page in "$PREFIX"/share/man/man*/*; do
         head -1 "$page" | grep -q '^\.\\" Generated'
