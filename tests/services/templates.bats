@@ -56,7 +56,7 @@ placeholders() {
 		set(CMAKE_INSTALL_DATADIR share)
 		add_subdirectory("$SOURCE_DIR/templates" templates)
 	END
-    cmake -S "$BATS_TEST_TMPDIR/project" -B "$BATS_TEST_TMPDIR/build"
+    cmake -G Ninja -S "$BATS_TEST_TMPDIR/project" -B "$BATS_TEST_TMPDIR/build"
     cmake --install "$BATS_TEST_TMPDIR/build" --component templates --prefix "$BATS_TEST_TMPDIR/installed"
     diff <(cd "$BATS_TEST_TMPDIR/root/usr/share/zet/templates" && stat -c '%a %n' -- *) \
         <(cd "$BATS_TEST_TMPDIR/installed/share/zet/templates" && stat -c '%a %n' -- *)
