@@ -2,6 +2,7 @@
 
 import ctypes
 import os
+import subprocess
 import sys
 
 import verdict
@@ -21,8 +22,10 @@ def enter_own_mounts():
     """Starts anew where nobody else sees what is mounted."""
     if INSIDE in os.environ:
         return
-    if os.geteuid() != 0:
-        print("skipped: only root can mount a file system to fill")
+    trial = subprocess.run(["unshare", "--mount", "mount", "-t", "tmpfs", "zet-faults", "/mnt"],
+                           capture_output=True, text=True, check=False)
+    if trial.returncode != 0:
+        print(f"skipped: no file system can be mounted here to be filled: {trial.stderr.strip()}")
         sys.exit(77)
     os.environ[INSIDE] = "yes"
     sys.stdout.flush()
