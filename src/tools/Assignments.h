@@ -9,7 +9,8 @@
 namespace ZET {
 
 /// Splits arguments NAME=VALUE at their first "="; the last of two wins. One without a name, or with a line
-/// feed in it, is a `UsageError` that names the option.
+/// feed in it, is a `UsageError` that names the option; for "--set", one whose name no parameter can have,
+/// too.
 StringMap ParseAssignments(const std::vector<std::string>& arguments, const std::string& option);
 
 }  // namespace ZET

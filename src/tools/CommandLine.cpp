@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <initializer_list>
 #include <set>
+#include <sstream>
 #include <string_view>
 
 #include "Commands.h"
@@ -231,6 +232,16 @@ std::string WhatIsWrong(const CLI::App& app, const CLI::ParseError& error) {
     return unknown.empty() ? "a command is missing" : "unknown command \"" + unknown.front() + "\"";
 }
 
+/// The help or the version; returns the exit status.
+int Print(Request request, const CLI::App& app, const CLI::ParseError& error) {
+    std::ostringstream text;
+    app.exit(error, text, text);
+    request.json = false;
+    Report report(request);
+    report.Text(text.str());
+    return report.Finish(kDone);
+}
+
 /// What was read before the mistake may lack the option that the reader relies on.
 bool AsksForDocument(int count, char** arguments) {
     return std::find(arguments, arguments + count, std::string_view("--json")) != arguments + count;
@@ -248,9 +259,8 @@ std::optional<Request> ParseCommandLine(const std::string& program, int count, c
     try {
         app.parse(count, arguments);
     } catch (const CLI::ParseError& error) {
-        status = kDone;
         if (error.get_exit_code() == 0) {
-            app.exit(error);
+            status = Print(request, app, error);
         } else {
             request.json = request.json || AsksForDocument(count, arguments);
             Report report(request);

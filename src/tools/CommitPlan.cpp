@@ -10,7 +10,20 @@ namespace ZET {
 
 namespace {
 
-void RunOwnCheck(const Target& target, const std::string& staged) {
+ProcessResult ResultOfCheck(const Target& target, const std::string& path,
+                            const std::vector<std::string>& arguments) {
+    try {
+        return RunProcess(arguments);
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure& failure) {
+        throw Failure(path + ": what [" + target.templateName + "] renders to cannot be checked: " +
+                      failure.what());
+    }
+}
+
+/// `path` is the target as it is on this host, below the root directory.
+void RunOwnCheck(const Target& target, const std::string& path, const std::string& staged) {
     if (target.check.empty()) return;
     std::vector<std::string> arguments = target.check;
     for (std::string& argument : arguments) {
@@ -18,11 +31,11 @@ void RunOwnCheck(const Target& target, const std::string& staged) {
              place = argument.find("{}", place + staged.size()))
             argument.replace(place, 2, staged);
     }
-    const ProcessResult result = RunProcess(arguments);
+    const ProcessResult result = ResultOfCheck(target, path, arguments);
     if (result.status == 0) return;
     // What the command prints may quote the file.
     const std::string output = target.isSecret ? "" : "\n" + result.output;
-    throw Failure(target.path + ": its check \"" + target.check.front() + "\" refuses what [" +
+    throw Failure(path + ": its check \"" + target.check.front() + "\" refuses what [" +
                   target.templateName + "] renders to, with status " + std::to_string(result.status) +
                   " (correct the template)" + output);
 }
@@ -51,7 +64,7 @@ std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
         planned.target = target;
         planned.path = session.FilePath(target.path);
         planned.staged = RenderQuietly(session, staging, target);
-        RunOwnCheck(target, planned.staged);
+        RunOwnCheck(target, planned.path, planned.staged);
         planned.before = StateOf(planned.path);
         // A file that is replaced keeps its owner, where this user may give it away.
         if (planned.before.exists) GiveStagedFile(planned.staged, planned.before.owner, planned.before.group);

@@ -3,6 +3,7 @@
 #include "ChangeReport.h"
 #include "Commands.h"
 #include "Diff.h"
+#include "Edits.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "FileOrigin.h"
@@ -57,7 +58,7 @@ std::string RepairDiff(const std::string& path, const std::string& read, const s
 
 int RunDoctor(Session& session) {
     Report& out = session.Out();
-    const std::string path = session.FilePath(session.Asked().file);
+    const std::string path = FileToRead(session, session.Asked().file);
     const std::string bytes = ReadFileBytes(path);
     const ManagedText text(bytes);
     const NoticeTexts noticeTexts = WrittenNoticeTexts(session);

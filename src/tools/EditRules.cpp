@@ -6,6 +6,7 @@
 #include "FileBytes.h"
 #include "ManagedText.h"
 #include "Markers.h"
+#include "Remedy.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETFormat.h"
 
@@ -14,10 +15,16 @@ namespace ZET {
 namespace {
 
 constexpr char kSpecial[] = "\\^$.|?*+()[]{}";
+constexpr char kOptionBytes[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789";
 constexpr char kBlanks[] = " \t\v\f\r";
 
 bool Matches(Session& session, const std::string& pattern, std::string_view line) {
     return session.Core().MatchRegEx(pattern, std::string(line), nullptr, 0);
+}
+
+/// The same for an expression that is valid, but may be too much work on a long line.
+bool Selects(Session& session, const std::string& pattern, std::string_view line) {
+    return RemedyErrors(kSimplerExpression, [&] { return Matches(session, pattern, line); });
 }
 
 /// Whether the line, commented out or a kept former one or not, is the parameter of that name.
@@ -51,7 +58,7 @@ std::set<std::string> SelectedOwnLines(Session& session, const ManagedText& text
         const ManagedLine& line = text.Line(number);
         const Marker marker = MarkerOf(line.text);
         if (marker == Marker::None && !IsNotice(line.kind)) continue;
-        if (!Matches(session, pattern, line.text)) continue;
+        if (!Selects(session, pattern, line.text)) continue;
         selected.insert(marker == Marker::None ? Escaped(line.text) + "$" : Escaped(MarkerText(marker)));
     }
     return selected;
@@ -76,7 +83,7 @@ void RequirePattern(Session& session, const std::string& pattern) {
     try {
         Matches(session, pattern, "");
     } catch (const EZETError& error) {
-        throw UsageError(std::string("PATTERN: ") + error.what());
+        throw UsageError("PATTERN: " + WithRemedy(error.what(), "correct the expression"));
     }
 }
 
@@ -87,6 +94,14 @@ void RequireParamName(const std::string& name) {
         throw UsageError("NAME \"" + name + "\" holds \"=\" (give name and value apart)");
     if (name.front() == '#' || std::string_view(kBlanks).find(name.front()) != std::string_view::npos)
         throw UsageError("NAME \"" + name + "\" begins with \"#\" or a blank (give the name alone)");
+}
+
+void RequireOptionName(const std::string& name, const std::string& what) {
+    if (name.empty() || name.find_first_not_of(kOptionBytes) != std::string::npos ||
+        (name.front() >= '0' && name.front() <= '9')) {
+        throw UsageError(what + " \"" + name +
+                         "\" is no name of a parameter (use letters, digits and \"_\", no digit first)");
+    }
 }
 
 void RequireLiteralName(Session& session, const std::string& path, const std::string& opening,
@@ -105,7 +120,7 @@ void RequireLiteralName(Session& session, const std::string& path, const std::st
     std::size_t number = 0;
     for (const TextLine& line : SplitLines(bytes)) {
         ++number;
-        if (HoldsLiterally(line.text, name) || !Matches(session, pattern, line.text)) continue;
+        if (HoldsLiterally(line.text, name) || !Selects(session, pattern, line.text)) continue;
         throw UsageError("NAME \"" + name + "\" also selects line " + std::to_string(number) + " of " + path +
                          ", which does not hold it" + remedy);
     }

@@ -9,6 +9,9 @@
 /// gets to see it. A demand that is not met is a `UsageError`.
 namespace ZET {
 
+/// The remedy when an expression is too much work on a line.
+inline constexpr char kSimplerExpression[] = "give a simpler expression";
+
 /// `what` names the argument.
 void RequireOneLine(const std::string& text, const std::string& what);
 
@@ -19,6 +22,9 @@ void RequireNoMarker(const std::string& line);
 void RequirePattern(Session& session, const std::string& pattern);
 
 void RequireParamName(const std::string& name);
+
+/// The same for a parameter of the product itself; `what` names the argument.
+void RequireOptionName(const std::string& name, const std::string& what);
 
 /// The name is part of a regular expression: it must select itself, and no line of the file that holds
 /// something else before its "=". `opening` is what stands before the name in the expression.

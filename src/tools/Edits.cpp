@@ -1,7 +1,9 @@
 #include "Edits.h"
 
+#include "EditRules.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
+#include "Remedy.h"
 
 namespace ZET {
 
@@ -11,11 +13,15 @@ std::shared_ptr<IZETConfigFile> OpenedFile(Session& session, const std::string& 
     return file;
 }
 
-std::string FileToRead(Session& session) {
-    if (session.Asked().file.empty()) throw UsageError("FILE is empty (name a file)");
-    std::string path = session.FilePath(session.Asked().file);
+std::string FileToRead(Session& session, const std::string& file) {
+    if (file.empty()) throw UsageError("FILE is empty (name a file)");
+    std::string path = session.FilePath(file);
     RequireReadableFile(path);
     return path;
+}
+
+void SaveEdited(IZETConfigFile& file) {
+    RemedyErrors(kRemedyOfSaving, [&] { file.Save(true); });
 }
 
 int ReportLookup(Session& session, const std::string& what, const char* key,
@@ -35,8 +41,8 @@ std::function<void(const std::string& path)> Edit(Session& session,
                                                   const std::function<void(IZETConfigFile& file)>& edit) {
     return [&session, edit](const std::string& path) {
         const auto file = OpenedFile(session, path, session.Asked().noMarkers);
-        edit(*file);
-        file->Save(true);
+        RemedyErrors(kSimplerExpression, [&] { edit(*file); });
+        SaveEdited(*file);
     };
 }
 

@@ -16,8 +16,15 @@ namespace ZET {
 /// edit.
 std::shared_ptr<IZETConfigFile> OpenedFile(Session& session, const std::string& path, bool noMarkers);
 
-/// The caller's FILE to look something up in: the real file, checked to be readable.
-std::string FileToRead(Session& session);
+/// The caller's FILE to look something up or to edit it in: the real file, checked to be readable.
+std::string FileToRead(Session& session, const std::string& file);
+
+/// What to do when an edited file could not be saved: the module does not say why.
+inline constexpr char kRemedyOfSaving[] =
+    "make room, or see to the rights of its directory; nothing was changed";
+
+/// Saves without a reserve.
+void SaveEdited(IZETConfigFile& file);
 
 /// Reports what was looked up, under `key` ("value", "line"), and returns the exit status: a lookup that
 /// found nothing is told by that alone.

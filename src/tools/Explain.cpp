@@ -3,6 +3,7 @@
 
 #include "ChangeReport.h"
 #include "Commands.h"
+#include "Edits.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "FileExplanation.h"
@@ -258,7 +259,7 @@ class Teller {
 
 int RunExplain(Session& session) {
     const Place place = TakeApart(session, session.Asked().file);
-    const std::string path = session.FilePath(place.file);
+    const std::string path = FileToRead(session, place.file);
     const std::string bytes = ReadFileBytes(path);
     const ManagedText text(bytes);
     const std::size_t line = place.line.empty() ? 0 : LineNumber(place, path, text.LineCount());

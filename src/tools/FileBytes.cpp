@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "ExitStatus.h"
+#include "Remedy.h"
 
 namespace ZET {
 
@@ -32,21 +33,6 @@ class Descriptor {
   private:
     int m_descriptor;
 };
-
-std::string RemedyFor(int error) {
-    switch (error) {
-        case ENOTDIR:
-            return " (correct the path)";
-        case EACCES:
-        case EPERM:
-            return " (run the command as a user who may)";
-        case ENOSPC:
-        case EDQUOT:
-            return " (make room)";
-        default:
-            return "";
-    }
-}
 
 [[noreturn]] void Fail(const std::string& path, const char* what) {
     const int error = errno;

@@ -1,7 +1,7 @@
 #include "FileChange.h"
 
+#include "Edits.h"
 #include "ExitStatus.h"
-#include "FileBytes.h"
 #include "Staging.h"
 
 namespace ZET {
@@ -12,17 +12,10 @@ bool IsSame(const std::string& path, const std::string& staged) {
     return StateOf(path).mode == StateOf(staged).mode && HaveSameBytes(path, staged);
 }
 
-std::string ReadablePath(Session& session, const std::string& file) {
-    if (file.empty()) throw UsageError("FILE is empty (name a file)");
-    std::string path = session.FilePath(file);
-    RequireReadableFile(path);
-    return path;
-}
-
 }  // namespace
 
 FileChange::FileChange(Session& session, const std::string& file)
-    : m_session(session), m_file(file), m_path(ReadablePath(session, file)), m_writing(session, {m_path}) {}
+    : m_session(session), m_file(file), m_path(FileToRead(session, file)), m_writing(session, {m_path}) {}
 
 int FileChange::LeaveUnchanged(const std::string& remark) {
     const FileState state = StateOf(m_path);
@@ -77,14 +70,29 @@ void FileChange::Apply(const Operation& operation, bool noBackup, const Replacem
     const FileVersion before = VersionOf(m_path);
     const Replacement replacement(m_path, [&](const std::string& made) {
         judge(made);
-        if (VersionOf(m_path) != before) {
-            throw Failure(m_path +
-                          ": another program wrote it at the same time, and nothing was changed (look at it, "
-                          "and run the command again)");
-        }
-        if (!noBackup) m_session.Config().ReserveConfigFile(m_path);
+        RequireVersion(before);
+        if (!noBackup) Reserve(before);
     });
     Perform(operation, m_path);
+}
+
+void FileChange::RequireVersion(const FileVersion& version) {
+    if (VersionOf(m_path) == version) return;
+    throw Failure(m_path +
+                  ": another program wrote it at the same time, and nothing was changed (look at it, and run "
+                  "the command again)");
+}
+
+/// Copying takes its time, in which another program may write the file: such a reserve is not the original.
+void FileChange::Reserve(const FileVersion& version) {
+    const bool hadReserve = !ReserveOf(m_path).empty();
+    m_session.Config().ReserveConfigFile(m_path);
+    try {
+        RequireVersion(version);
+    } catch (const Failure&) {
+        if (!hadReserve && !ReserveOf(m_path).empty()) m_session.Config().RemoveConfigFileReserve(m_path);
+        throw;
+    }
 }
 
 void FileChange::Perform(const Operation& operation, const std::string& path) {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "ChangeReport.h"
+#include "FileBytes.h"
 #include "Replacement.h"
 #include "Session.h"
 #include "Writing.h"
@@ -35,6 +36,8 @@ class FileChange {
     void Judge(const std::string& made, bool noBackup, const Inspection& inspection, FileReport& report);
     void Try(const Operation& operation, const Replacement::Judge& judge);
     void Apply(const Operation& operation, bool noBackup, const Replacement::Judge& judge);
+    void RequireVersion(const FileVersion& version);
+    void Reserve(const FileVersion& version);
     void Perform(const Operation& operation, const std::string& path);
 
     Session& m_session;

@@ -6,6 +6,7 @@
 #include "FileBytes.h"
 #include "FileChange.h"
 #include "Markers.h"
+#include "Remedy.h"
 #include "RestoreRules.h"
 
 namespace ZET {
@@ -25,8 +26,9 @@ bool SelectsEmptyLine(Session& session, const std::string& path, const std::stri
 int RunLineGet(Session& session) {
     const std::string& pattern = session.Asked().pattern;
     RequirePattern(session, pattern);
-    const std::string path = FileToRead(session);
-    const std::string line = OpenedFile(session, path, true)->GetLine(pattern);
+    const std::string path = FileToRead(session, session.Asked().file);
+    const auto file = OpenedFile(session, path, true);
+    const std::string line = RemedyErrors(kSimplerExpression, [&] { return file->GetLine(pattern); });
     std::optional<std::string> found;
     if (!line.empty() || SelectsEmptyLine(session, path, pattern)) found = line;
     session.Out().Set("file", session.Asked().file);

@@ -1,3 +1,5 @@
+#include <exception>
+#include <new>
 #include <optional>
 
 #include "Commands.h"
@@ -5,27 +7,19 @@
 #include "Edits.h"
 #include "ExitStatus.h"
 #include "FileChange.h"
+#include "Remedy.h"
 #include "TextStreams.h"
-#include "zet/ZETErrors.h"
 #include "zet/ZETHost.h"
 
 namespace ZET {
 
 namespace {
 
-constexpr char kNameBytes[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789";
 constexpr char kConfigFile[] = "ZET_CFG";
+constexpr char kLanguage[] = "ZET_LANG";
 
 /// The core's time of writing its status, which looks like a parameter there.
 constexpr char kStatusTime[] = "COMMIT_TIME";
-
-void RequireOptionName(const std::string& name) {
-    if (name.empty() || name.find_first_not_of(kNameBytes) != std::string::npos ||
-        (name.front() >= '0' && name.front() <= '9')) {
-        throw UsageError("NAME \"" + name +
-                         "\" is no name of a parameter (use letters, digits and \"_\", no digit first)");
-    }
-}
 
 /// Asking the core for a parameter does not tell an unknown one from an empty one; its status has all.
 bool IsKnown(Session& session, const std::string& name) {
@@ -39,8 +33,11 @@ bool IsKnown(Session& session, const std::string& name) {
 void RequireParameterFile(Session& session, const std::string& staged, const std::string& path) {
     const QuietLog quiet(session.Asked(), ZETLogError);
     try {
-        const CZETHost host(staged);
-    } catch (const EZETError& error) {
+        CZETHost host(staged);
+        RequireDirectories(host.GetCore(), staged);
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) {
         std::string text = error.what();
         const std::size_t place = text.find(staged);
         if (place != std::string::npos) text.replace(place, staged.size(), path);
@@ -52,7 +49,7 @@ void RequireParameterFile(Session& session, const std::string& staged, const std
 
 int RunOptionGet(Session& session) {
     const std::string& name = session.Asked().name;
-    RequireOptionName(name);
+    RequireOptionName(name, "NAME");
     std::optional<std::string> value;
     if (IsKnown(session, name)) value = session.Param(name);
     session.Out().Set("name", name);
@@ -61,21 +58,27 @@ int RunOptionGet(Session& session) {
 
 int RunOptionSet(Session& session) {
     const Request& asked = session.Asked();
-    RequireOptionName(asked.name);
+    RequireOptionName(asked.name, "NAME");
     RequireOneLine(asked.text, "VALUE");
     if (asked.name == kConfigFile)
         throw UsageError("ZET_CFG is always the file that is read (name another one with --config)");
+    if (asked.name == kLanguage) RequireLanguage(asked.text);
     const std::string file = session.Param(kConfigFile);
+    // None of the system's own text gets into this file, so that a language that the host does not have can
+    // be set right.
+    const ParamOverride language(session.Core(), kLanguage, "C");
     FileChange change(session, asked.configFile);
     const auto set = [&](const std::string& path) {
         if (path != file) {
             // The trial: what the module does to its own file, done to the copy.
             const auto copy = OpenedFile(session, path, true);
             copy->SetParamValue(asked.name, asked.text);
-            copy->Save(true);
-        } else if (!session.Config().UpdateConfigFileParam(asked.name, asked.text)) {
-            throw Failure(file + ": cannot be read any more (run the command again)");
+            SaveEdited(*copy);
+            return;
         }
+        const bool isRead = RemedyErrors(
+            kRemedyOfSaving, [&] { return session.Config().UpdateConfigFileParam(asked.name, asked.text); });
+        if (!isRead) throw Failure(file + ": cannot be read any more (run the command again)");
     };
     return change.Make(
         set, true, [&](const std::string& staged) { RequireParameterFile(session, staged, change.Path()); });

@@ -19,7 +19,7 @@ constexpr char kRestoreOpening[] = "#*\\s*";
 int RunParamGet(Session& session) {
     const std::string& name = session.Asked().name;
     RequireParamName(name);
-    const std::string path = FileToRead(session);
+    const std::string path = FileToRead(session, session.Asked().file);
     RequireLiteralName(session, path, kLookupOpening, name);
     // The lookup by name cannot tell an empty value from a parameter that is not there.
     const std::string line = OpenedFile(session, path, true)->GetLine(kLookupOpening + name + "=");

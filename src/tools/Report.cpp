@@ -33,14 +33,20 @@ bool IsUtf8(const std::string& text) {
     }
 }
 
+/// Whether a text, or one of a list of texts, cannot be given as it is.
+bool IsLossy(const Value& value) {
+    if (const auto* text = std::get_if<std::string>(&value.value)) return !IsUtf8(*text);
+    const auto* list = std::get_if<List>(&value.value);
+    return list != nullptr && std::any_of(list->begin(), list->end(), IsLossy);
+}
+
 Json ToJson(const Value& value);
 
 Json ToJson(const Fields& fields) {
     Json object = Json::object();
     for (const auto& [name, value] : fields) {
         object[name] = ToJson(value);
-        const auto* text = std::get_if<std::string>(&value.value);
-        if (text != nullptr && !IsUtf8(*text)) object[name + "_lossy"] = true;
+        if (IsLossy(value)) object[name + "_lossy"] = true;
     }
     return object;
 }

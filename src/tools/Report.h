@@ -20,7 +20,7 @@ using List = std::list<Value>;
 using Fields = std::vector<std::pair<std::string, Value>>;
 
 /// A value of the JSON document. Texts are bytes; what is no UTF-8 is replaced when the document is written,
-/// and the text's name with "_lossy" appended then says so.
+/// and the name of the text, or of the list of texts, with "_lossy" appended then says so.
 struct Value {
     std::variant<std::nullptr_t, bool, std::int64_t, std::string, List, Fields> value;
 

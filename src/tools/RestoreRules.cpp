@@ -1,8 +1,10 @@
 #include "RestoreRules.h"
 
+#include "EditRules.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "ManagedText.h"
+#include "Remedy.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET {
@@ -67,7 +69,9 @@ class RestoreCheck {
     }
 
     bool Matches(const std::string& pattern, std::string_view line) {
-        return m_session.Core().MatchRegEx(pattern, std::string(line), nullptr, 0);
+        return RemedyErrors(kSimplerExpression, [&] {
+            return m_session.Core().MatchRegEx(pattern, std::string(line), nullptr, 0);
+        });
     }
 
     Session& m_session;

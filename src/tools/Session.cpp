@@ -16,6 +16,7 @@ namespace {
 
 constexpr char kInterfaceName[] = "zet-config";
 constexpr char kPreference[] = "LANGUAGE";
+constexpr const char* kDirectories[] = {"ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET_VAR_LIB_DIR"};
 
 /// The module that belongs to the program, wherever both are installed.
 std::string OwnModule() {
@@ -36,6 +37,16 @@ void StartLog(const Request& request, ZETLogLevel threshold) {
                  request.program);
 }
 
+/// To the system, an empty name is the language of whoever runs the command.
+std::string LocaleName(const std::string& language) {
+    return language.empty() ? "C" : language;
+}
+
+[[noreturn]] void FailLanguage(const std::string& language) {
+    throw Failure("ZET_LANG: this host has no locale \"" + language +
+                  "\" (generate it, or set ZET_LANG to one that \"locale -a\" lists)");
+}
+
 }  // namespace
 
 Session::Session(const Request& request, Report& report)
@@ -43,8 +54,9 @@ Session::Session(const Request& request, Report& report)
     StartLog(request, Threshold(request));
     // Links followed, so that an option that is set goes into the real file and a link stays one.
     m_host = std::make_unique<CZETHost>(m_paths.Resolved(request.configFile));
+    RequireDirectories(Core(), Param("ZET_CFG"));
     if (m_paths.HasRoot()) {
-        for (const char* key : {"ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET_VAR_LIB_DIR"}) {
+        for (const char* key : kDirectories) {
             Core().UpdateParam(key, m_paths.Resolved(Core().GetParam(key)));
         }
     }
@@ -84,15 +96,27 @@ ParamOverride::~ParamOverride() {
     m_core.UpdateParam(m_key, m_former);
 }
 
+void RequireDirectories(IZETCore& core, const std::string& file) {
+    for (const char* key : kDirectories) {
+        if (core.GetParam(key).empty())
+            throw Failure(file + ": " + key + " is empty (give it a directory, or remove its line)");
+    }
+}
+
+void RequireLanguage(const std::string& language) {
+    const locale_t locale = newlocale(LC_MESSAGES_MASK, LocaleName(language).c_str(), nullptr);
+    if (locale == nullptr) FailLanguage(language);
+    freelocale(locale);
+}
+
 WrittenLanguage::WrittenLanguage(IZETCore& core) : m_former(setlocale(LC_MESSAGES, nullptr)) {
     const std::string language = core.GetParam("ZET_LANG");
     // The reader's list of preferred languages would win over the one that is set.
     if (const char* preference = std::getenv(kPreference)) m_formerPreference = preference;
     unsetenv(kPreference);
-    if (setlocale(LC_MESSAGES, language.c_str()) != nullptr) return;
+    if (setlocale(LC_MESSAGES, LocaleName(language).c_str()) != nullptr) return;
     Restore();
-    throw Failure("ZET_LANG: this host has no locale \"" + language +
-                  "\" (generate it, or set ZET_LANG to one that \"locale -a\" lists)");
+    FailLanguage(language);
 }
 
 WrittenLanguage::~WrittenLanguage() {

@@ -83,6 +83,13 @@ class ParamOverride {
     std::string m_former;
 };
 
+/// A `Failure` unless `core`, made from the configuration file `file`, names a directory with each parameter
+/// that has to: an empty one would stand for the root.
+void RequireDirectories(IZETCore& core, const std::string& file);
+
+/// A `Failure` when the host does not have what the parameter "ZET_LANG" asks for with this value.
+void RequireLanguage(const std::string& language);
+
 /// For as long as the object lives, messages are in the language of the parameter "ZET_LANG": what is written
 /// into a file does not depend on who runs the command. A language that the host does not have is a
 /// `Failure`.

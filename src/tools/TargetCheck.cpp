@@ -66,6 +66,11 @@ std::vector<Problem> CheckOwnFiles(Session& session) {
             Append(ofStatus, CheckRegular(file));
     }
     Append(problems, std::move(ofStatus));
+    try {
+        RequireLanguage(session.Param("ZET_LANG"));
+    } catch (const Failure& failure) {
+        problems.push_back(ProblemOf(session.Param("ZET_CFG"), failure));
+    }
     return problems;
 }
 

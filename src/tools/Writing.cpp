@@ -10,6 +10,7 @@
 
 #include "Diff.h"
 #include "ExitStatus.h"
+#include "Remedy.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET {
@@ -34,8 +35,9 @@ void RequireDirectory(const std::string& path, bool isWritten) {
                       " can be in (create it, or correct the path)");
     }
     if (isWritten && access(directory.c_str(), W_OK | X_OK) != 0) {
-        throw Failure(directory + ": cannot be written, so " + path + " cannot be replaced: " +
-                      std::strerror(errno) + " (run the command as a user who may)");
+        const int error = errno;
+        throw Failure(directory + ": cannot be written, so " + path +
+                      " cannot be replaced: " + std::strerror(error) + RemedyFor(error));
     }
 }
 

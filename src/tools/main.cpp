@@ -10,6 +10,7 @@
 
 #include "CommandLine.h"
 #include "ExitStatus.h"
+#include "Remedy.h"
 #include "Report.h"
 #include "Session.h"
 
@@ -43,6 +44,9 @@ int Run(const ZET::Request& request, ZET::Report& report) {
         return ZET::kWrongUse;
     } catch (const std::bad_alloc&) {
         throw;
+    } catch (const ZET::EZETError& error) {
+        report.Error(ZET::WithRemedy(error.what()));
+        return ZET::kFailed;
     } catch (const std::exception& error) {
         report.Error(error.what());
         return ZET::kFailed;

@@ -72,6 +72,11 @@ assert_ambiguous() {
     [[ $output == *"(ambiguous: either "*"; or "* && $output != *+++* ]]
 }
 
+@test "an empty name of a file is wrong use" {
+    run_zet doctor ''
+    assert_refusal 2 "FILE is empty (name a file)"
+}
+
 @test "FileWithoutMarkersHasNoDamage" {
     printf 'a\nb' >plain
     remember_host

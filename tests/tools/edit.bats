@@ -94,6 +94,22 @@ apply_diff() {
     assert_absent conf.tmp
 }
 
+@test "a file that another program writes while it is reserved is left to it, without that reserve" {
+    strace -f -qq -o "$BASE/trace" -P "$HOST/conf.before_zet.tmp" -e trace=fsync -e inject=fsync:delay_enter=2000000 \
+        "$ZET_BIN/zet-client" --config zet.conf param set conf a new 2>"$BASE/stderr" &
+    local tries=0
+    until [[ -e conf.before_zet.tmp || $((++tries)) -gt 400 ]]; do sleep 0.02; done
+    echo c=3 >>conf
+    status=0
+    wait $! || status=$?
+    assert_equal "$status" 1
+    assert_file "$BASE/stderr" $'zet-client: error: conf: another program wrote it at the same time, and nothing was changed (look at it, and run the command again)\n'
+    assert_file conf $'a=1\nb=2\nc=3\n'
+    assert_absent conf.before_zet
+    assert_absent conf.before_zet.tmp
+    assert_absent conf.tmp
+}
+
 @test "colors are for a reader who wants them" {
     run_zet --color always param set -n --diff --no-markers conf a new
     assert_equal "$(sed -n 5p <<<"$output")" $'\033[31m-a=1\033[0m'
@@ -235,7 +251,7 @@ apply_diff() {
     capture bash -c 'ulimit -f 64; exec "$@"' - "$ZET_BIN/zet-client" --config zet.conf param set big a 1
     assert_status 1
     assert_output ""
-    assert_stderr "zet-client: error: Failed to save file 'big.tmp'."
+    assert_stderr "zet-client: error: Failed to save file 'big.tmp' (make room, or see to the rights of its directory; nothing was changed)"
     assert_files_unchanged
 }
 

@@ -174,9 +174,17 @@ zet-client: nothing was changed"
 
 @test "a language of the files that the host does not have is told" {
     echo 'ZET_LANG=xx_YY.UTF-8' >>zet.conf
+    echo 'a=1' >conf
     remember_files
+    local problem="$HOST/zet.conf: ZET_LANG: this host has no locale \"xx_YY.UTF-8\" (generate it, or set ZET_LANG to one that \"locale -a\" lists)"
     run_zet commit-config
-    assert_refusal 1 'ZET_LANG: this host has no locale "xx_YY.UTF-8" (generate it, or set ZET_LANG to one that "locale -a" lists)'
+    assert_refusal 1 "$problem
+zet-client: nothing was changed"
+    run_zet check-config
+    assert_status 1
+    assert_output "$problem"
+    run_zet param set conf a 2
+    assert_refusal 1 "${problem#*: }"
     assert_files_unchanged
 }
 
@@ -196,6 +204,35 @@ zet-client: nothing was changed"
     assert_file "$BASE/stderr" $'zet-client: error: standard output cannot be written: the report is not complete\n'
     assert_made one.conf $'realm = EXAMPLE.ORG\n'
     [[ -e state/zet-client.status ]]
+}
+
+@test "help and version that nobody can read are failures" {
+    local option
+    for option in --help --version; do
+        status=0
+        "$ZET_BIN/zet-client" "$option" >/dev/full 2>"$BASE/stderr" || status=$?
+        assert_equal "$status" 1
+        assert_file "$BASE/stderr" $'zet-client: error: standard output cannot be written: the report is not complete\n'
+    done
+}
+
+@test "an error or a warning that is no UTF-8 is flagged in the document" {
+    run_zet param get $'g\xff' A --json
+    assert_status 1
+    assert_json 'd["errors_lossy"], "\ufffd" in d["errors"][0]' '[true, true]'
+    run_zet param get gone A --json
+    assert_status 1
+    assert_json '"errors_lossy" in d' false
+}
+
+@test "an error of the core has a remedy by its cause" {
+    mkdir full
+    echo 'a=1' >full/conf
+    capture strace -f -qq -o "$BASE/trace" -P "$HOST/full/conf.before_zet.tmp" -e trace=/write,copy_file_range \
+        -e inject=/write,copy_file_range:error=ENOSPC "$ZET_BIN/zet-client" --config zet.conf param set full/conf a 2
+    assert_status 1
+    [[ $stderr == *": No space left on device (make room, then run the command again)"$'\n' ]]
+    assert_file full/conf $'a=1\n'
 }
 
 @test "a reader that goes away keeps nothing from being written" {

@@ -26,6 +26,14 @@ make_file() {
     zet -q commit-config
 }
 
+@test "an empty name of a file is wrong use" {
+    local file
+    for file in '' :1; do
+        run_zet explain "$file"
+        assert_refusal 2 "FILE is empty (name a file)"
+    done
+}
+
 @test "FileThatTheSystemNeverTouchedIsTheAdministrators" {
     remember_host
     run_zet explain conf

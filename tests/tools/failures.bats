@@ -64,7 +64,7 @@ assert_completed() {
 
 @test "a template whose reading breaks off" {
     commit_with read EIO "$HOST/templates/one.conf"
-    assert_not_written "$HOST/templates/one.conf: cannot be read: Input/output error (repair or replace the file)
+    assert_not_written "$HOST/templates/one.conf: cannot be read: Input/output error (repair or replace the file or its file system)
 zet-client: nothing was changed"
     assert_completed
 }
@@ -104,7 +104,7 @@ zet-client: error: $HOST/state/zet-client.status: cannot be written: Failed to w
     assert_stderr "zet-client: error: $BROKEN_OFF Written: none. Not written: none
 zet-client: error: $HOST/state/zet-client-fs.status: could not be written whole (make room, then commit again)"
     commit_with /write ENOSPC "$HOST/state/zet-client.manifest.tmp"
-    [[ $stderr == *"$HOST/state/zet-client.manifest.tmp: cannot be written: No space left on device (make room)"$'\n' ]]
+    [[ $stderr == *"$HOST/state/zet-client.manifest.tmp: cannot be written: No space left on device (make room, then run the command again)"$'\n' ]]
     assert_completed
 }
 

@@ -49,7 +49,21 @@ teardown() {
         assert_status 2
         assert_output ""
         assert_equal "${stderr%% is not valid*}" "zet-client: error: PATTERN: Regular expression '('"
+        [[ $stderr == *" (correct the expression)"$'\n' ]]
     done
+}
+
+@test "a pattern that is too much work on a line is told with a remedy, and changes nothing" {
+    head -c 40000 /dev/zero | tr '\0' a >conf
+    remember_host
+    local command
+    for command in "get conf (?:a|aa|aaa)+b(a)\\1" "set conf (?:a|aa|aaa)+b(a)\\1 x"; do
+        run_zet line $command
+        assert_status 1
+        assert_output ""
+        [[ $stderr == *"gives up on a text of 40000 bytes"*" (give a simpler expression)"$'\n' ]]
+    done
+    assert_files_unchanged
 }
 
 @test "an empty pattern is wrong use" {

@@ -86,6 +86,59 @@ teardown() {
     assert_files_unchanged
 }
 
+@test "set refuses a language that the host does not have, and takes an empty one for C" {
+    remember_host
+    local language
+    for language in xx_YY C/../C; do
+        run_zet option set ZET_LANG "$language"
+        assert_refusal 1 "ZET_LANG: this host has no locale \"$language\" (generate it, or set ZET_LANG to one that \"locale -a\" lists)"
+    done
+    assert_files_unchanged
+    for language in C.UTF-8 ''; do
+        run_zet option set ZET_LANG "$language"
+        assert_success "$HOST/zet.conf: changed"
+        assert_equal "$(tail -n 1 zet.conf)" "ZET_LANG=$language"
+    done
+}
+
+@test "set takes back a language that the host does not have, and sets others beside it" {
+    echo 'ZET_LANG=xx_YY' >>zet.conf
+    run_zet option set SERVER other
+    assert_success "$HOST/zet.conf: changed"
+    run_zet option set ZET_LANG C
+    assert_success "$HOST/zet.conf: changed"
+    assert_file zet.conf $'DOMAIN=example.org\nSERVER=other\nZET_VAR_LIB_DIR='"$HOST"$'/state\nZET_LANG=C\n'
+}
+
+@test "an empty language does not let the caller's stand in for it" {
+    echo 'ZET_LANG=' >>zet.conf
+    echo 'a=1' >conf
+    LC_ALL=xx_YY run_zet param set conf a 2
+    assert_status 0
+    assert_stderr ""
+}
+
+@test "a directory with an empty name is refused, and so is making it empty" {
+    remember_host
+    local key
+    for key in ZET_CFG_DIR ZET_CFG_TEMPL_DIR ZET_VAR_LIB_DIR; do
+        run_zet option set "$key" ''
+        assert_refusal 1 "the option would break the configuration file: $HOST/zet.conf: $key is empty (give it a directory, or remove its line)"
+    done
+    assert_files_unchanged
+    echo 'a=1' >conf
+    for key in ZET_CFG_DIR ZET_CFG_TEMPL_DIR ZET_VAR_LIB_DIR; do
+        echo "$key=" >>zet.conf
+        run_zet param set conf a 2
+        assert_refusal 1 "$HOST/zet.conf: $key is empty (give it a directory, or remove its line)"
+        run_zet --root "$HOST" status
+        assert_status 1
+        sed -i '$d' zet.conf
+    done
+    assert_file conf $'a=1\n'
+    assert_absent /zet.lock
+}
+
 @test "set in a dry run shows the change and makes none" {
     remember_host
     run_zet option set -n --diff SERVER other

@@ -203,11 +203,16 @@ zet-client: nothing was changed"
     run_zet commit-config --set REALM=X
     assert_refusal 2 '--set only asks what would change: use it with -n ("option set" sets a parameter)'
     run_zet commit-config -n --set REALM
-    assert_refusal 2 '--set: "REALM" is not NAME=VALUE'
+    assert_refusal 2 '--set: "REALM" is not NAME=VALUE (write a name, "=" and a value)'
     run_zet commit-config -n --set =X
-    assert_refusal 2 '--set: "=X" is not NAME=VALUE'
+    assert_refusal 2 '--set: "=X" is not NAME=VALUE (write a name, "=" and a value)'
+    local name
+    for name in 'a b' 1A A.B; do
+        run_zet commit-config -n --set "$name=1"
+        assert_refusal 2 "--set: \"$name\" is no name of a parameter (use letters, digits and \"_\", no digit first)"
+    done
     run_zet commit-config -n --set $'REALM=X\nY'
-    assert_refusal 2 '--set: "REALM" has a line feed in its value'
+    assert_refusal 2 '--set: "REALM" has a line feed in its value (give one without)'
     assert_host_unchanged
 }
 

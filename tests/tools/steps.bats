@@ -131,7 +131,7 @@ and this is standard error
     sed -i 's/= dies.*/= missing-program {}/' templates/targets.ini
     remember_files
     run_zet commit-config
-    assert_refusal 1 "missing-program: cannot be started: No such file or directory (install it, or correct its name)"
+    assert_refusal 1 "$HOST/out/one.conf: what [one.conf] renders to cannot be checked: missing-program: cannot be started: No such file or directory (install it, or correct its name)"
     assert_files_unchanged
 }
 

@@ -166,11 +166,11 @@ extra = x example.org
 
 @test "process refuses a value that is none" {
     run_zet template process one.conf out --value extra
-    assert_refusal 2 '--value: "extra" is not NAME=VALUE'
+    assert_refusal 2 '--value: "extra" is not NAME=VALUE (write a name, "=" and a value)'
     run_zet template process one.conf out --value '${extra}=x'
     assert_refusal 2 '--value: "${extra}" is no name of a placeholder (write it without "${}")'
     run_zet template process one.conf out --value $'extra=a\nb'
-    assert_refusal 2 '--value: "extra" has a line feed in its value'
+    assert_refusal 2 '--value: "extra" has a line feed in its value (give one without)'
 }
 
 @test "process tells all problems of the template and writes nothing" {
