@@ -24,8 +24,9 @@ struct FileReport {
 /// dry run. Returns the exit status that belongs to it.
 int ReportFile(Session& session, const FileReport& report);
 
-/// Whether the file is a target, or the working copy of a template, whose text is never shown. A list of
-/// targets that cannot be relied on keeps every text from being shown.
+/// Whether the file holds, or once was to hold, text that is never shown: that of a secret target, its
+/// template or a copy of either, or of a target that left the list. A list of targets that cannot be relied
+/// on keeps every text from being shown.
 bool IsSecret(Session& session, const std::string& path);
 
 /// The path as the labels of a diff have it: one with ".." in it is none that `patch` accepts.
@@ -35,6 +36,10 @@ std::string ShownPath(const std::string& path);
 /// target is never shown.
 std::string DiffToShow(Session& session, const std::string& oldFile, const std::string& newFile,
                        const std::string& path, const std::string& shownPath = "");
+
+/// The mode and owner that a text made in `staged` has once it is the file `path`, whose owner it then has as
+/// far as this user may give files away.
+FileState StateInPlace(const std::string& path, const std::string& staged);
 
 /// The reserve of a file, if it has one.
 std::string ReserveOf(const std::string& path);

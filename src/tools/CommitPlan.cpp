@@ -1,5 +1,6 @@
 #include "CommitPlan.h"
 
+#include "ChangeReport.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "Process.h"
@@ -17,8 +18,8 @@ ProcessResult ResultOfCheck(const Target& target, const std::string& path,
     } catch (const Interrupted&) {
         throw;
     } catch (const Failure& failure) {
-        throw Failure(path + ": what [" + target.templateName + "] renders to cannot be checked: " +
-                      failure.what());
+        throw Failure(path + ": what [" + target.templateName +
+                      "] renders to cannot be checked: " + failure.what());
     }
 }
 
@@ -35,9 +36,9 @@ void RunOwnCheck(const Target& target, const std::string& path, const std::strin
     if (result.status == 0) return;
     // What the command prints may quote the file.
     const std::string output = target.isSecret ? "" : "\n" + result.output;
-    throw Failure(path + ": its check \"" + target.check.front() + "\" refuses what [" +
-                  target.templateName + "] renders to, with status " + std::to_string(result.status) +
-                  " (correct the template)" + output);
+    throw Failure(path + ": its check \"" + target.check.front() + "\" refuses what [" + target.templateName +
+                  "] renders to, with status " + std::to_string(result.status) + " (correct the template)" +
+                  output);
 }
 
 PlannedTarget::Change ChangeOf(const PlannedTarget& planned) {
@@ -66,9 +67,7 @@ std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
         planned.staged = RenderQuietly(session, staging, target);
         RunOwnCheck(target, planned.path, planned.staged);
         planned.before = StateOf(planned.path);
-        // A file that is replaced keeps its owner, where this user may give it away.
-        if (planned.before.exists) GiveStagedFile(planned.staged, planned.before.owner, planned.before.group);
-        planned.after = StateOf(planned.staged);
+        planned.after = StateInPlace(planned.path, planned.staged);
         planned.change = ChangeOf(planned);
         planned.isOthersWork = planned.change != PlannedTarget::Change::None && manifest.Has(planned.path) &&
                                !manifest.IsUntouched(planned.path);

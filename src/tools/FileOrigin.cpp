@@ -17,9 +17,8 @@ void ReadTarget(Session& session, const std::string& file, FileOrigin& origin) {
         const TargetList list = ReadTargetList(session);
         const Target* target = FindTargetByPath(session, list.targets, file);
         if (target != nullptr) origin.target = *target;
-        if (!list.problems.empty()) {
-            session.Out().Warning(list.file + ": the list of targets is broken (see check-config)");
-        }
+        if (!list.problems.empty())
+            throw Failure(list.file + ": the list of targets is broken (see check-config)");
         origin.isSecret = IsSecret(session, session.FilePath(file));
     } catch (const Failure& failure) {
         session.Out().Warning(std::string(failure.what()) + "; so no text of the file is shown");

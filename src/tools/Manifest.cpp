@@ -13,11 +13,13 @@
 
 namespace ZET {
 
-std::string Manifest::FileOf(Session& session) {
-    return session.Param("ZET_VAR_LIB_DIR") + "/zet-" + session.Role() + ".manifest";
+std::string Manifest::FileOf(Session& session, const std::string& role) {
+    return session.Param("ZET_VAR_LIB_DIR") + "/zet-" + role + ".manifest";
 }
 
-Manifest::Manifest(Session& session) : m_session(session), m_file(FileOf(session)) {
+Manifest::Manifest(Session& session, const std::string& role)
+    : m_session(session), m_file(FileOf(session, role)) {
+    RequireStateFile(m_file);
     if (!IsFileExist(m_file)) return;
     TextReader lines(ReadFileBytes(m_file));
     std::string line;
@@ -36,7 +38,7 @@ Manifest::Manifest(Session& session) : m_session(session), m_file(FileOf(session
 
 Manifest::Entry Manifest::EntryOf(const std::string& path) {
     struct stat status = {};
-    if (stat(path.c_str(), &status) != 0) {
+    if (lstat(path.c_str(), &status) != 0) {
         if (errno == ENOENT || errno == ENOTDIR) return {};
         throw Failure(path + ": its status cannot be read: " + std::strerror(errno) +
                       " (run the command as a user who may search its directory)");

@@ -16,16 +16,17 @@ namespace ZET {
 class Manifest {
   public:
     /// Reads it; a missing one is empty. A broken line is a `Failure` that names it.
-    explicit Manifest(Session& session);
+    explicit Manifest(Session& session) : Manifest(session, session.Role()) {}
+    Manifest(Session& session, const std::string& role);
 
-    static std::string FileOf(Session& session);
+    static std::string FileOf(Session& session) { return FileOf(session, session.Role()); }
 
     /// Paths are those of real files, links followed.
     bool Has(const std::string& path) const { return m_entries.count(path) != 0; }
     bool IsEmpty() const { return m_entries.empty(); }
     std::vector<std::string> Paths() const;
 
-    /// Whether the file is still the one that was recorded.
+    /// Whether the file is still the one that was recorded; a link in its place is not.
     bool IsUntouched(const std::string& path) const;
 
     /// Records the file as it is now.
@@ -44,6 +45,7 @@ class Manifest {
         bool operator==(const Entry&) const = default;
     };
 
+    static std::string FileOf(Session& session, const std::string& role);
     static Entry EntryOf(const std::string& path);
 
     Session& m_session;

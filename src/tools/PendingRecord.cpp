@@ -49,6 +49,7 @@ std::string PendingRecord::FileOf(Session& session) {
 std::set<std::string> PendingRecord::Read(Session& session) {
     std::set<std::string> paths;
     const std::string file = FileOf(session);
+    RequireStateFile(file);
     if (!IsFileExist(file)) return paths;
     TextReader lines(ReadFileBytes(file));
     for (std::string line; std::getline(lines, line);) {

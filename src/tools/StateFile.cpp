@@ -2,11 +2,18 @@
 
 #include <unistd.h>
 
+#include "Diff.h"
+#include "ExitStatus.h"
 #include "FileBytes.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET {
+
+void RequireStateFile(const std::string& file) {
+    const FileState state = StateOf(file);
+    if (state.exists && !state.IsRegular()) throw Failure(file + ": is no regular file (move it away)");
+}
 
 void ReplaceStateFile(const std::string& file, const std::string& text) {
     const std::string temporary = file + ZETTemporarySuffix;

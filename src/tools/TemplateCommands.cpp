@@ -120,18 +120,17 @@ bool CheckTemplateToRender(Session& session, const StringMap& extra) {
 
 /// What putting `made` into the target's place does, or would do.
 FileReport Planned(Session& session, const std::string& path, const std::string& made) {
-    FileReport report{session.Asked().target, path, "created", StateOf(path), StateOf(made), "", "", ""};
+    FileReport report{session.Asked().target, path, "created", StateOf(path), {}, "", "", ""};
+    if (report.before.exists) RequireReadableFile(path);
+    report.after = StateInPlace(path, made);
     if (report.before.exists) {
-        RequireReadableFile(path);
-        // A file that is replaced keeps its owner.
-        report.after.owner = report.before.owner;
-        report.after.group = report.before.group;
         const bool isSame = report.before.mode == report.after.mode && HaveSameBytes(path, made);
         report.change = isSame ? "unchanged" : "changed";
     }
     report.reserve = report.change == "unchanged" ? ReserveOf(path) : ReserveAfterChange(path);
-    if (report.change != "unchanged" && !IsSecret(session, WorkingCopy(session, session.Asked().name)))
-        report.diff = DiffToShow(session, report.before.exists ? path : "", made, path);
+    const bool isShown = session.Asked().diff && report.change != "unchanged" &&
+                         !IsSecret(session, WorkingCopy(session, session.Asked().name));
+    if (isShown) report.diff = DiffToShow(session, report.before.exists ? path : "", made, path);
     return report;
 }
 

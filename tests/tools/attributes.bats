@@ -176,3 +176,61 @@ dress() {
     assert_status 3
     assert_output "$HOST/out/one.conf: would be changed"
 }
+
+# assert_foreseen PATH OWNER COMMAND...: the dry run, the report and the file agree on the owner.
+assert_foreseen() {
+    local path=$1 owner=$2 list
+    shift 2
+    [[ $1 == commit-config ]] && list=targets || list=files
+    run_zet --json "$@" -n
+    assert_status 3
+    assert_json "d['$list'][0]['owner_after']" "$owner"
+    run_zet --json "$@"
+    assert_status 0
+    assert_json "d['$list'][0]['owner_after']" "$owner"
+    assert_equal "$(stat -c '%u:%g' "$path")" "$owner"
+}
+
+@test "a file that was removed gets the owner of its reserve, as the dry run says" {
+    need_root
+    chown 65534:65533 out/one.conf
+    zet -q commit-config
+    rm out/one.conf
+    assert_foreseen out/one.conf 65534:65533 commit-config
+    zet -q template process one.conf made
+    cp -p out/one.conf.before_zet made.before_zet
+    rm made
+    assert_foreseen made 65534:65533 template process one.conf made
+}
+
+@test "a new file in a set-group-id directory gets the directory's group, as the dry run says" {
+    need_root
+    mkdir real
+    chown 0:65533 real
+    chmod 2755 real
+    ln -s real way
+    add_target two.conf $'x\n'
+    list_target three.conf "$HOST/way/three.conf"
+    echo x >templates/three.conf
+    assert_foreseen real/three.conf 0:65533 commit-config three.conf
+    assert_foreseen real/made 0:65533 template process three.conf way/made
+    chown 65534:65532 real/made
+    echo more >>real/made
+    assert_foreseen real/made 65534:65532 template process three.conf way/made
+}
+
+@test "an ordinary user is told beforehand whose the file of a removed one will be" {
+    need_root
+    copy_programs
+    zet -q commit-config
+    rm out/one.conf
+    chown -R 65534:65534 "$HOST"
+    chown 1:1 out/one.conf.before_zet
+    chmod 644 out/one.conf.before_zet
+    for option in -n ""; do
+        # shellcheck disable=SC2086
+        capture as_nobody "$BASE/programs/bin/zet-client" --json --config "$HOST/zet.conf" commit-config $option
+        assert_json 'd["targets"][0]["owner_after"]' 65534:65534
+    done
+    assert_equal "$(stat -c '%u:%g' out/one.conf)" 65534:65534
+}

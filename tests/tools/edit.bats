@@ -318,3 +318,94 @@ b=2
     run_zet -q param set conf a newer
     assert_success ""
 }
+
+# make_secret: the template "a" is listed with a secret target, and committed over a former text.
+make_secret() {
+    mkdir t
+    echo 'pass=former' >t/a
+    echo 'pass=word' >templates/a
+    printf '[a]\ntarget = %s\nroles = both\nsecret = true\n' "$HOST/t/a" >templates/targets.ini
+    zet -q commit-config
+}
+
+# assert_nothing_shown COMMAND...: a change, but neither its text nor that of the file, in no form of the report.
+assert_nothing_shown() {
+    local form
+    for form in "" --json; do
+        run_zet $form -n --diff "$@"
+        assert_status 3
+        [[ $output$stderr != *former* && $output$stderr != *word* && $output$stderr != *hidden* ]] || {
+            differ "$*" "nothing secret" "$output$stderr"
+            return 1
+        }
+    done
+}
+
+@test "the text of a secret target is not shown of the files that hold a copy of it either" {
+    make_secret
+    zet template install --force a
+    cp etc/a etc/a.old
+    cp t/a.before_zet t/a.before_zet.before_zet
+    local file
+    for file in t/a t/a.before_zet t/a.before_zet.before_zet etc/a etc/a.old templates/a t/../etc//a.old; do
+        assert_nothing_shown param set "$file" new hidden
+    done
+    assert_nothing_shown file restore t/a
+    assert_nothing_shown file reserve templates/a
+    assert_nothing_shown file reserve etc/a.old
+    ln -s t/a.before_zet link
+    assert_nothing_shown param set link new hidden
+}
+
+@test "a file beside a secret one is shown" {
+    make_secret
+    for file in t/b t/a.d conf; do
+        echo 'pass=open' >"$file"
+        run_zet param set --no-markers -n --diff "$file" pass free
+        assert_status 3
+        [[ $output == *-pass=open*+pass=free* ]]
+        assert_stderr ""
+    done
+}
+
+@test "as long as the list of targets is broken, no text is shown" {
+    make_secret
+    sed -i s/secret/secert/ templates/targets.ini
+    assert_nothing_shown param set t/a new hidden
+    assert_nothing_shown param set etc/a new hidden
+    assert_nothing_shown template process a t/q
+    run_zet param set -n --diff conf new hidden
+    assert_output "conf: would be changed"
+    assert_stderr "zet-client: warning: $HOST/templates/targets.ini: the list of targets is broken (see check-config);\
+ so no diff is shown"
+    run_zet explain t/a
+    [[ $output$stderr != *word* ]]
+    assert_stderr "zet-client: warning: $HOST/templates/targets.ini: the list of targets is broken (see check-config);\
+ so no text of the file is shown"
+}
+
+@test "a committed file that left the list of targets is as secret as it may have been, for both roles" {
+    make_secret
+    rm templates/targets.ini
+    PROGRAM=$ZET_BIN/zet-init
+    for role in server client; do
+        assert_nothing_shown param set t/a new hidden
+        assert_nothing_shown param set t/a.before_zet new hidden
+        run_zet param set --no-markers -n --diff conf new open
+        [[ $output == *+new=open* ]]
+        assert_stderr ""
+        PROGRAM=$ZET_BIN/zet-client
+    done
+    : >templates/targets.ini
+    assert_nothing_shown param set t/a new hidden
+    printf '[a]\ntarget = %s\nroles = both\n' "$HOST/t/a" >templates/targets.ini
+    run_zet param set -n --diff t/a new open
+    [[ $output == *+new=open* ]]
+}
+
+@test "a manifest that cannot be read keeps every text from being shown" {
+    make_secret
+    echo nonsense >state/zet-client.manifest
+    assert_nothing_shown param set conf new hidden
+    [[ $stderr == *"zet-client.manifest:1: "*"; so no diff is shown"$'\n' ]]
+}
