@@ -26,10 +26,11 @@ struct WrittenFile {
     std::string templateName;  ///< empty: the list does not have the file any more
     std::string path;          ///< of the real file, links followed
     bool isSecret = true;
+    std::string trouble;  ///< why the real file cannot be found; the path is then as the list has it
 
     std::string Reserve() const { return path + ZETReserveSuffix; }
     std::string Record() const { return path + ZETAbsenceSuffix; }
-    bool HasCompanion() const { return IsFileExist(Reserve()) || IsFileExist(Record()); }
+    bool IsLeft() const { return !trouble.empty() || IsFileExist(Reserve()) || IsFileExist(Record()); }
 };
 
 /// What is done with a file, for both forms of the report.
@@ -66,28 +67,59 @@ class Rollback {
         }
         if (m_isDryRun) return m_isChanged ? kNotInSync : (m_isKept ? kFailed : kDone);
         m_manifest.Save();
-        const bool isLeft =
-            std::any_of(all.begin(), all.end(), [](const WrittenFile& file) { return file.HasCompanion(); });
-        if (m_manifest.IsEmpty() && !isLeft) RemoveStatus();
+        const auto isLeft = [](const WrittenFile& file) { return file.IsLeft(); };
+        if (m_manifest.IsEmpty() && std::none_of(all.begin(), all.end(), isLeft)) RemoveStatus();
         return m_isKept ? kFailed : kDone;
     }
 
   private:
     std::vector<WrittenFile> WrittenFiles() {
         std::vector<WrittenFile> files;
-        for (const Target& target : SelectTargets(m_session, {}))
-            files.push_back({target.templateName, m_session.FilePath(target.path), target.isSecret});
+        for (const Target& target : ListedTargets())
+            files.push_back(Written(target));
         for (const std::string& path : m_manifest.Paths()) {
             const bool isListed = std::any_of(files.begin(), files.end(),
                                               [&](const WrittenFile& file) { return file.path == path; });
-            if (isListed) continue;
-            if (m_session.HostPaths().StaysInside(path)) {
-                files.push_back({"", path, true});
-            } else {
-                m_report.Warning(path + ": leads out of the root directory by a link, and is left alone");
-            }
+            if (!isListed) AddRecorded(path, files);
         }
         return files;
+    }
+
+    /// None when there is no list that can be used. What was recorded goes back all the same.
+    std::vector<Target> ListedTargets() {
+        try {
+            return SelectTargets(m_session, {});
+        } catch (const Failure& failure) {
+            if (m_manifest.IsEmpty()) throw;
+            m_isKept = true;
+            m_report.Error(failure.what());
+            m_report.Remark("only the files that the last commit recorded are put back");
+            return {};
+        }
+    }
+
+    WrittenFile Written(const Target& target) const {
+        WrittenFile file{target.templateName, m_session.HostPaths().FromInside(target.path), target.isSecret,
+                         ""};
+        try {
+            file.path = m_session.FilePath(target.path);
+        } catch (const Failure& failure) {
+            file.trouble = failure.what();
+        }
+        return file;
+    }
+
+    void AddRecorded(const std::string& path, std::vector<WrittenFile>& files) {
+        WrittenFile file{"", path, true, ""};
+        try {
+            if (!m_session.HostPaths().StaysInside(path)) {
+                m_report.Warning(path + ": leads out of the root directory by a link, and is left alone");
+                return;
+            }
+        } catch (const Failure& failure) {
+            file.trouble = failure.what();
+        }
+        files.push_back(std::move(file));
     }
 
     /// The files that were asked for; all when none was.
@@ -97,9 +129,8 @@ class Rollback {
         std::vector<WrittenFile> named;
         for (const std::string& name : names) {
             const std::string path = m_session.HostPaths().Canonical(name);
-            const auto file = std::find_if(all.begin(), all.end(), [&](const WrittenFile& each) {
-                return m_session.HostPaths().Canonical(m_session.HostPaths().NameInside(each.path)) == path;
-            });
+            const auto file = std::find_if(all.begin(), all.end(),
+                                           [&](const WrittenFile& each) { return IsAt(each, path); });
             if (file == all.end()) {
                 throw UsageError(name + ": is no target of the role " + m_session.Role() +
                                  " (\"status\" lists them; \"file restore\" puts any other file back)");
@@ -109,8 +140,19 @@ class Rollback {
         return named;
     }
 
+    /// A file of which nobody can tell where it is, is at no path.
+    bool IsAt(const WrittenFile& file, const std::string& path) const {
+        const Paths& paths = m_session.HostPaths();
+        try {
+            return paths.Canonical(paths.NameInside(file.path)) == path;
+        } catch (const Failure&) {
+            return false;
+        }
+    }
+
     void TryPutBack(const WrittenFile& file) {
         try {
+            if (!file.trouble.empty()) throw Failure(file.trouble);
             const Outcome outcome = PutBack(file);
             Tell(file, outcome);
         } catch (const Interrupted&) {
@@ -157,7 +199,7 @@ class Rollback {
         } else if (!now.exists) {
             outcome = {"unchanged", "is not there, as before", ""};
         }
-        if (m_session.Asked().diff && !file.isSecret && now.exists)
+        if (m_session.Asked().diff && !file.isSecret && now.IsRegular())
             outcome.diff = UnifiedDiff(file.path, reserve.exists ? file.Reserve() : "", file.path);
         return outcome;
     }

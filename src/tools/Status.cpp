@@ -1,4 +1,5 @@
-#include <algorithm>
+#include <set>
+#include <string>
 
 #include "Commands.h"
 #include "CommitPlan.h"
@@ -7,6 +8,7 @@
 #include "Manifest.h"
 #include "Render.h"
 #include "Signals.h"
+#include "StateFile.h"
 #include "TargetCheck.h"
 #include "Targets.h"
 
@@ -15,28 +17,34 @@ namespace ZET {
 namespace {
 
 constexpr char kInSync[] = "in sync";
+constexpr char kUnknown[] = "unknown";
 
-/// Renders the target as a commit would; empty when it cannot be rendered, which a commit would have to tell.
+/// Renders the target as a commit would. One that cannot be rendered is not what was committed, which a
+/// commit would have to tell.
 std::string StateOfTarget(Session& session, const Staging& staging, const Manifest& manifest,
-                          const Target& target) {
-    const std::string path = session.FilePath(target.path);
+                          const std::string& templateName, const std::string& path) {
     if (!manifest.Has(path)) return "not committed";
     const FileState now = StateOf(path);
     if (!now.exists) return "missing";
     const bool isUntouched = manifest.IsUntouched(path);
-    if (!CheckTemplateFile(session, target.templateName, session.Config().TemplatesValues()).empty()) {
+    if (!CheckTemplateFile(session, templateName, session.Config().TemplatesValues()).empty()) {
         return isUntouched ? "pending" : "edited";
     }
     const QuietLog quiet(session.Asked(), ZETLogError);
-    const std::string staged = RenderStaged(session, staging, target.templateName);
+    const std::string staged = RenderStaged(session, staging, templateName);
     if (StateOf(staged).mode == now.mode && HaveSameBytes(staged, path)) return kInSync;
     return isUntouched ? "pending" : "edited";
+}
+
+std::string StatusFile(Session& session, const std::string& name) {
+    return session.Param("ZET_VAR_LIB_DIR") + "/zet-" + name + ".status";
 }
 
 void ReportRole(Session& session) {
     Report& report = session.Out();
     IZETConfig& config = session.Config();
     StringMap status;
+    RequireStateFile(StatusFile(session, session.Role()));
     if (config.IsConfigStatusExist(session.Role())) config.LoadConfigStatus(session.Role(), status);
     const std::string commitTime = status["COMMIT_TIME"];
     report.Line("role: " + session.Role());
@@ -44,46 +52,72 @@ void ReportRole(Session& session) {
     report.Set("role", session.Role());
     report.Set("commit_time", commitTime.empty() ? Value(nullptr) : Value(commitTime));
     if (session.Role() != "client") return;
+    RequireStateFile(StatusFile(session, "client-fs"));
     const std::string fileServer = config.GetFileServerStatus();
     report.Line("file server: " + (fileServer.empty() ? "none recorded" : fileServer));
     report.Set("file_server", fileServer.empty() ? Value(nullptr) : Value(fileServer));
 }
 
-/// Files that were committed and that the list does not have any more.
-void RemarkLeftOvers(Session& session, const Manifest& manifest, const std::vector<Target>& targets) {
-    for (const std::string& path : manifest.Paths()) {
-        const bool isListed = std::any_of(targets.begin(), targets.end(), [&](const Target& target) {
-            return session.FilePath(target.path) == path;
-        });
-        if (!isListed) {
-            session.Out().Warning(path +
-                                  ": was committed and is not in the list of targets any more "
-                                  "(\"rollback-config\" puts it back)");
+/// The targets one by one: one whose state cannot be told does not keep that of the others from being told.
+class TargetStates {
+  public:
+    explicit TargetStates(Session& session) : m_session(session), m_manifest(session) {
+        session.Out().AddList("targets");
+    }
+
+    void Tell(const Target& target) {
+        std::string path = m_session.HostPaths().FromInside(target.path);
+        std::string state = kUnknown;
+        try {
+            path = m_session.FilePath(target.path);
+            state = StateOfTarget(m_session, m_staging, m_manifest, target.templateName, path);
+        } catch (const Interrupted&) {
+            throw;
+        } catch (const Failure& failure) {
+            m_session.Out().Error(path + ": its state cannot be told: " + failure.what());
+        }
+        m_paths.insert(path);
+        m_states.insert(state);
+        m_session.Out().Line(path + ": " + state);
+        m_session.Out().Add("targets",
+                            Fields{{"template", target.templateName}, {"path", path}, {"state", state}});
+    }
+
+    /// Files that were committed and that the list does not have any more.
+    void WarnOfLeftOvers() {
+        for (const std::string& path : m_manifest.Paths()) {
+            if (m_paths.count(path) != 0) continue;
+            m_session.Out().Warning(path +
+                                    ": was committed and is not in the list of targets any more "
+                                    "(\"rollback-config\" puts it back)");
         }
     }
-}
+
+    int ExitStatus() const {
+        if (m_states.count(kUnknown) != 0) return kFailed;
+        return m_states.empty() || m_states == std::set<std::string>{kInSync} ? kDone : kNotInSync;
+    }
+
+  private:
+    Session& m_session;
+    const Manifest m_manifest;
+    const Staging m_staging;
+    std::set<std::string> m_paths;
+    std::set<std::string> m_states;
+};
 
 }  // namespace
 
 int RunStatus(Session& session) {
     const SignalGuard signals;
-    Report& report = session.Out();
     ReportRole(session);
-    const Manifest manifest(session);
-    const Staging staging;
-    const std::vector<Target> targets = SelectTargets(session, {});
-    bool allInSync = true;
-    report.AddList("targets");
-    for (const Target& target : targets) {
+    TargetStates states(session);
+    for (const Target& target : SelectTargets(session, {})) {
         SignalGuard::Check();
-        const std::string path = session.FilePath(target.path);
-        const std::string state = StateOfTarget(session, staging, manifest, target);
-        allInSync = allInSync && state == kInSync;
-        report.Line(path + ": " + state);
-        report.Add("targets", Fields{{"template", target.templateName}, {"path", path}, {"state", state}});
+        states.Tell(target);
     }
-    RemarkLeftOvers(session, manifest, targets);
-    return allInSync ? kDone : kNotInSync;
+    states.WarnOfLeftOvers();
+    return states.ExitStatus();
 }
 
 }  // namespace ZET

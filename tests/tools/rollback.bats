@@ -281,3 +281,90 @@ $TWO: removed, as there was none before"
     assert_made one.conf $'realm = EXAMPLE.ORG\n'
     assert_absent out/two.conf
 }
+
+@test "a target that has become a link to itself keeps no other from going back" {
+    zet commit-config
+    rm out/one.conf
+    ln -s one.conf out/one.conf
+    run_zet rollback-config -n
+    assert_status 3
+    run_zet rollback-config "$TWO"
+    assert_success "$TWO: removed, as there was none before"
+    zet commit-config two.conf
+    run_zet rollback-config
+    assert_status 1
+    assert_output "$ONE: could not be put back
+$TWO: removed, as there was none before"
+    assert_stderr "zet-client: error: $ONE: could not be put back: $ONE: too many symbolic links (a link leads back to\
+ itself)"
+    assert_absent out/two.conf
+    assert_file out/one.conf.before_zet $'old\n'
+    run_zet rollback-config "$ONE"
+    assert_refusal 1 "$ONE: too many symbolic links (a link leads back to itself)"
+    rm out/one.conf
+    run_zet rollback-config
+    assert_status 0
+    assert_as_before
+}
+
+@test "a directory on the way to a target that has become a link to itself keeps no other from going back" {
+    list_target three.conf "$HOST/way/three.conf"
+    echo x >templates/three.conf
+    mkdir way
+    zet commit-config
+    mv way was
+    ln -s way way
+    run_zet rollback-config
+    assert_status 1
+    assert_stderr "zet-client: error: $HOST/way/three.conf: could not be put back: $HOST/way/three.conf.before_zet: cannot\
+ tell whether it exists: Too many levels of symbolic links (run the command as a user who may search its directory)"
+    assert_file out/one.conf $'old\n'
+    assert_absent out/two.conf
+    rm way
+    mv was way
+    run_zet rollback-config
+    assert_status 0
+    assert_equal "$(names_in way)" ""
+    assert_as_before
+}
+
+@test "without a list that can be used, what was recorded goes back, and the exit status tells" {
+    local error
+    for breaker in 'rm templates/targets.ini' 'sed -i s/roles/rolls/ templates/targets.ini'; do
+        cp templates/targets.ini "$BASE/list"
+        zet -q commit-config
+        $breaker
+        remember_host
+        run_zet rollback-config -n
+        assert_status 3
+        assert_host_unchanged
+        run_zet rollback-config
+        assert_status 1
+        assert_output "$ONE: put back as it was, mode 0644 -> 0640
+$TWO: removed, as there was none before"
+        [[ $stderr == *"error: "*"list of targets "*"only the files that the last commit recorded are put back"$'\n' ]]
+        assert_as_before
+        run_zet rollback-config
+        assert_status 1
+        [[ $stderr != *recorded* ]]
+        cp "$BASE/list" templates/targets.ini
+    done
+}
+
+@test "without a list, what was edited stays, and goes back by name and force" {
+    zet commit-config
+    rm templates/targets.ini out/one.conf
+    ln -s one.conf out/one.conf
+    echo mine >>out/two.conf
+    run_zet rollback-config --diff
+    assert_status 1
+    assert_output "$ONE: edited, stays as it is
+$TWO: edited, stays as it is"
+    run_zet rollback-config --force "$TWO"
+    assert_status 1
+    assert_output "$TWO: removed, as there was none before"
+    run_zet rollback-config --force --diff
+    assert_status 1
+    [[ $output == "$ONE: put back as it was"* ]]
+    assert_as_before
+}

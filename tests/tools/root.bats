@@ -205,3 +205,58 @@ zet-client: nothing was changed"
     capture "$ZET_BIN/zet-client" --root / --config "$HOST/zet.conf" option get REALM
     assert_success EXAMPLE.ORG
 }
+
+@test "state files that are links are not followed out of the tree" {
+    run_in_tree commit-config
+    assert_status 0
+    local file
+    for file in zet-client.status zet-client-fs.status zet-client.manifest; do
+        mv "tree/var/lib/zet/$file" "$BASE/kept"
+        sed 's/^COMMIT_TIME=.*/COMMIT_TIME=hidden/' "$BASE/kept" >"outside/$file"
+        ln -s "$HOST/outside/$file" "tree/var/lib/zet/$file"
+        remember_outside
+        run_in_tree status
+        assert_status 1
+        assert_stderr "zet-client: error: $TREE/var/lib/zet/$file: is no regular file (move it away)"
+        [[ $output != *hidden* ]]
+        assert_outside_unchanged
+        mv "$BASE/kept" "tree/var/lib/zet/$file"
+    done
+}
+
+@test "neither record of the product's own is read outside of the tree" {
+    run_in_tree commit-config
+    assert_status 0
+    local file
+    for file in zet-client.manifest zet.pending; do
+        echo /etc/one.conf >"outside/$file"
+        rm -f "tree/var/lib/zet/$file"
+        ln -s "$HOST/outside/$file" "tree/var/lib/zet/$file"
+        echo precious >tree/etc/one.conf.tmp
+        remember_outside
+        run_in_tree rollback-config
+        assert_status 1
+        assert_stderr "zet-client: error: $TREE/var/lib/zet/$file: is no regular file (move it away)"
+        assert_file tree/etc/one.conf.tmp $'precious\n'
+        assert_outside_unchanged
+        rm "tree/var/lib/zet/$file"
+    done
+}
+
+@test "a target that leads back to itself inside the tree is not looked for outside" {
+    run_in_tree commit-config
+    rm tree/etc/one.conf
+    ln -s /etc/one.conf tree/etc/one.conf
+    remember_outside
+    run_in_tree rollback-config --force --diff
+    assert_status 1
+    assert_equal "${output%?}" "$TREE/etc/one.conf: could not be put back"
+    assert_file tree/etc/one.conf.before_zet $'old\n'
+    run_in_tree status
+    assert_status 1
+    assert_equal "$(tail -n 1 <<<"${output%?}")" "$TREE/etc/one.conf: unknown"
+    rm tree/usr/share/zet/templates/targets.ini
+    run_in_tree rollback-config --diff
+    assert_status 1
+    assert_outside_unchanged
+}

@@ -199,3 +199,35 @@ $HOST/out/three.conf: not committed"
     run_zet status
     assert_status 0
 }
+
+@test "a target whose state cannot be told keeps that of the others from nobody" {
+    zet commit-config
+    rm out/one.conf
+    ln -s one.conf out/one.conf
+    remember_host
+    run_zet status
+    assert_status 1
+    assert_equal "$(tail -n 2 <<<"${output%?}")" "$ONE: unknown
+$TWO: in sync"
+    assert_stderr "zet-client: error: $ONE: its state cannot be told: $ONE: too many symbolic links (a link leads back to\
+ itself)"
+    assert_host_unchanged
+    run_zet --json status
+    assert_json '[t["state"] for t in d["targets"]], len(d["errors"]), "warnings" in d' '[["unknown", "in sync"], 1, false]'
+}
+
+@test "what is no regular file is no file of the product's own" {
+    zet commit-config
+    local file
+    for file in zet-client.status zet-client-fs.status zet-client.manifest; do
+        mv "state/$file" "$BASE/state"
+        ln -s "$BASE/state" "state/$file"
+        run_zet status
+        assert_status 1
+        [[ $stderr == "zet-client: error: $HOST/state/$file: is no regular file (move it away)"$'\n' ]]
+        rm "state/$file"
+        mv "$BASE/state" "state/$file"
+    done
+    run_zet status
+    assert_status 0
+}
