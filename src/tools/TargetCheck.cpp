@@ -6,8 +6,8 @@
 #include <cerrno>
 #include <cstring>
 #include <iterator>
-#include <map>
 
+#include "ClaimedFiles.h"
 #include "Diff.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
@@ -77,8 +77,13 @@ std::vector<Problem> CheckOwnFiles(Session& session) {
 /// Checks targets one by one; what they have in common is in here.
 class TargetChecker {
   public:
-    explicit TargetChecker(Session& session)
-        : m_session(session), m_pending(PendingRecord::Read(session)), m_result(CheckOwnFiles(session)) {}
+    TargetChecker(Session& session, const TargetList& list, const std::vector<Target>& checked)
+        : m_session(session),
+          m_pending(PendingRecord::Read(session)),
+          m_claimed(session),
+          m_result(CheckOwnFiles(session)) {
+        m_claimed.AddListed(list.targets, checked);
+    }
 
     void Check(const Target& target, std::set<std::string>& used) {
         Append(m_result, CheckTemplateFile(m_session, target.templateName,
@@ -114,13 +119,8 @@ class TargetChecker {
         Append(m_result, CheckRegular(path + ZETAbsenceSuffix));
         CheckFree(path + ZETTemporarySuffix, path);
         CheckFree(path + ZETReserveSuffix + ZETTemporarySuffix, path);
-        const auto [other, isNew] =
-            m_templateOf.emplace(m_session.HostPaths().Canonical(target.path), target.templateName);
-        if (!isNew) {
-            m_result.push_back({path, 0, 0,
-                                "is made from both [" + other->second + "] and [" + target.templateName + "]",
-                                "give each file to one template"});
-        }
+        if (std::optional<Problem> problem = m_claimed.AddTarget(target))
+            m_result.push_back(std::move(*problem));
     }
 
     void CheckFree(const std::string& temporary, const std::string& path) {
@@ -130,7 +130,7 @@ class TargetChecker {
 
     Session& m_session;
     const std::set<std::string> m_pending;
-    std::map<std::string, std::string> m_templateOf;
+    ClaimedFiles m_claimed;
     std::vector<Problem> m_result;
 };
 
@@ -140,8 +140,8 @@ CheckedTargets CheckTargets(Session& session, const std::vector<std::string>& te
     CheckedTargets checked;
     TargetList list = ReadTargetList(session);
     checked.targets = SelectTargets(session, list, templateNames);
+    TargetChecker checker(session, list, checked.targets);
     checked.problems = std::move(list.problems);
-    TargetChecker checker(session);
     for (const Target& target : checked.targets) {
         if (!target.path.empty()) checker.Check(target, checked.used);
     }

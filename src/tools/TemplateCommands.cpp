@@ -1,7 +1,9 @@
 #include <algorithm>
+#include <map>
 
 #include "Assignments.h"
 #include "ChangeReport.h"
+#include "ClaimedFiles.h"
 #include "Commands.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
@@ -36,7 +38,13 @@ class Installation {
           m_path(WorkingCopy(session, name)),
           m_old(m_path + kOldSuffix) {}
 
-    const std::string& Path() const { return m_path; }
+    const std::string& Name() const { return m_name; }
+
+    /// What it writes, at most.
+    std::vector<std::string> Files() const {
+        if (m_session.Asked().force && IsFileExist(m_path)) return {m_path, m_old};
+        return {m_path};
+    }
 
     /// Throws whatever would keep it from being installed; until all were checked, none is installed.
     void Check() {
@@ -67,7 +75,8 @@ class Installation {
         FileReport report{m_name, m_path, "unchanged", StateOf(m_path), StateOf(m_pristine), "", "", ""};
         if (m_isSame) return ReportFile(m_session, report);
         report.change = m_isThere ? "changed" : "created";
-        if (m_isThere) report.remark = "the former one is kept as " + m_old;
+        const std::string tense = m_session.Asked().dryRun ? "would be" : "is";
+        if (m_isThere) report.remark = "the former one " + tense + " kept as " + m_old;
         report.diff = DiffToShow(m_session, m_isThere ? m_path : "", m_pristine, m_path);
         if (!m_session.Asked().dryRun) {
             writing.Begin();
@@ -95,6 +104,25 @@ class Installation {
     bool m_isSame = false;
 };
 
+/// All that they write. Two of them must not write the same file: what the first one kept would be lost.
+std::vector<std::string> FilesOf(Session& session, const std::vector<Installation>& installations) {
+    std::vector<std::string> files;
+    std::map<std::string, std::string> nameOf;
+    const Paths& paths = session.HostPaths();
+    for (const Installation& installation : installations) {
+        for (std::string& file : installation.Files()) {
+            const auto [other, isNew] =
+                nameOf.emplace(paths.Canonical(paths.NameInside(file)), installation.Name());
+            if (!isNew) {
+                throw UsageError("NAME \"" + installation.Name() + "\" is installed into the files of \"" +
+                                 other->second + "\" too (name each file once)");
+            }
+            files.push_back(std::move(file));
+        }
+    }
+    return files;
+}
+
 /// The caller's own values by placeholder.
 StringMap ExtraValues(Session& session) {
     StringMap values;
@@ -118,10 +146,22 @@ bool CheckTemplateToRender(Session& session, const StringMap& extra) {
     return problems.empty();
 }
 
+/// A target of the list may be made by hand, too, but nothing that stands beside one.
+void RequireFreeTarget(Session& session, const std::string& path) {
+    ClaimedFiles claimed(session);
+    claimed.AddTemplate(session.Asked().name);
+    try {
+        claimed.AddListed(ReadTargetList(session).targets);
+    } catch (const Failure&) {
+        // Without a list that can be used, nothing is known to be a target.
+    }
+    const std::string use = claimed.UseBesideTargets(path);
+    if (!use.empty()) throw Failure(path + ": is " + use + " (name another file)");
+}
+
 /// What putting `made` into the target's place does, or would do.
 FileReport Planned(Session& session, const std::string& path, const std::string& made) {
     FileReport report{session.Asked().target, path, "created", StateOf(path), {}, "", "", ""};
-    if (report.before.exists) RequireReadableFile(path);
     report.after = StateInPlace(path, made);
     if (report.before.exists) {
         const bool isSame = report.before.mode == report.after.mode && HaveSameBytes(path, made);
@@ -163,12 +203,11 @@ FileReport RenderInPlace(Session& session, const std::string& path, StringMap& v
 
 int RunTemplateInstall(Session& session) {
     std::vector<Installation> installations;
-    std::vector<std::string> paths;
     for (const std::string& name : session.Asked().names) {
         RequireTemplateName(name);
-        paths.push_back(installations.emplace_back(session, name).Path());
+        installations.emplace_back(session, name);
     }
-    Writing writing(session, paths, WriteLock::Need::Required);
+    Writing writing(session, FilesOf(session, installations), WriteLock::Need::Required);
     for (Installation& installation : installations)
         installation.Check();
     int status = kDone;
@@ -185,6 +224,8 @@ int RunTemplateProcess(Session& session) {
     if (asked.target.empty()) throw UsageError("TARGET is empty (name a file)");
     StringMap values = ExtraValues(session);
     const std::string path = session.FilePath(asked.target);
+    RequireFreeTarget(session, path);
+    if (StateOf(path).exists) RequireReadableFile(path);
     Writing writing(session, {path}, WriteLock::Need::Required);
     if (!CheckTemplateToRender(session, values)) {
         session.Out().Remark("nothing was changed");

@@ -172,6 +172,53 @@ $HOST/out/one.conf.no_file_before_zet: is no regular file (move it away)"
     assert_problems "$HOST/real/one.conf: is made from both [one.conf] and [three.conf] (give each file to one template)"
 }
 
+# assert_no_second_use PATH TEXT: a target at the path is told to be what the text says, and not committed.
+assert_no_second_use() {
+    cp templates/targets.ini ../list
+    list_target two.conf "$1"
+    assert_problems "$1: is $2, and made from [two.conf] too (give the target another path)"
+    run_zet commit-config two.conf
+    assert_status 1
+    assert_host_unchanged
+    cp ../list templates/targets.ini
+}
+
+@test "a target that has another use already is told" {
+    echo two >templates/two.conf
+    assert_no_second_use "$HOST/out/one.conf.before_zet" "the reserve of $HOST/out/one.conf"
+    assert_no_second_use "$HOST/out/one.conf.no_file_before_zet" "the mark that there was no $HOST/out/one.conf"
+    assert_no_second_use "$HOST/out/one.conf.tmp" "the temporary file of $HOST/out/one.conf"
+    assert_no_second_use "$HOST/out/one.conf.before_zet.tmp" "the temporary file of $HOST/out/one.conf.before_zet"
+    assert_no_second_use "$HOST/etc/one.conf" "the working copy of [one.conf]"
+    assert_no_second_use "$HOST/etc/two.conf" "the working copy of [two.conf]"
+    assert_no_second_use "$HOST/templates/one.conf" "the template [one.conf]"
+    assert_no_second_use "$HOST/templates/targets.ini" "the list of targets"
+    assert_no_second_use "$HOST/zet.conf" "the configuration file of the commands"
+    assert_no_second_use "$HOST/state/zet.lock" "a file of the status"
+}
+
+@test "a target whose companions have another use already is told, by way of links too" {
+    echo two >templates/two.conf
+    ln -s out link
+    : >templates/targets.ini
+    list_target two.conf "$HOST/link/one.conf.before_zet"
+    list_target one.conf "$HOST/out/one.conf"
+    assert_problems "$HOST/out/one.conf.before_zet: is made from [two.conf], and the reserve of $HOST/out/one.conf too (give the target another path)"
+    local name
+    for name in one.conf two.conf; do
+        run_zet check-config "$name"
+        assert_status 1
+        [[ $output == "$HOST/out/one.conf.before_zet: is "* ]]
+    done
+}
+
+@test "the files of another role's targets are free" {
+    printf '[two.conf]\ntarget = %s\nroles = server\n' "$HOST/out/one.conf.before_zet" >>templates/targets.ini
+    echo two >templates/two.conf
+    run_zet -q check-config
+    assert_success ""
+}
+
 @test "the product's own directories are checked" {
     chmod 757 etc state
     assert_problems "$HOST/etc: others may write the directory of the templates' working copies (chmod o-w it)

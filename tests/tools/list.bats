@@ -51,6 +51,18 @@ $1
     assert_made two.conf $'two\n'
 }
 
+@test "a semicolon after a blank begins a comment in a value too" {
+    cat >"$LIST" <<-END
+		[one.conf]
+		target = $HOST/out/one.conf;x
+		roles = both
+		restart = one;two ;three
+	END
+    run_zet commit-config
+    assert_success "$HOST/out/one.conf;x: created, mode 0644, owner 0:0
+to be restarted: one;two"
+}
+
 @test "an unknown key is told with its line" {
     assert_list_problems "$LIST:4: unknown key \"targets\" (use target, roles, check, restart or secret)
 $LIST:5: unknown key \"Target\" (use target, roles, check, restart or secret)" <<-END

@@ -66,6 +66,43 @@ $HOST/etc/two.conf: created"
     assert_host_unchanged
 }
 
+@test "install of one file under two names is wrong use, and loses no edit" {
+    echo mine >etc/two.conf
+    remember_host
+    local again
+    for again in two.conf ./two.conf; do
+        run_zet template install --force two.conf "$again"
+        assert_refusal 2 "NAME \"$again\" is installed into the files of \"two.conf\" too (name each file once)"
+    done
+    ln -s two.conf etc/one.conf
+    remember_host
+    run_zet template install --force two.conf one.conf
+    assert_refusal 2 "NAME \"one.conf\" is installed into the files of \"two.conf\" too (name each file once)"
+    assert_host_unchanged
+}
+
+@test "install by force does not keep one file in the place of another that it installs" {
+    echo mine >etc/two.conf
+    echo shipped >templates/two.conf.old
+    remember_host
+    run_zet template install --force two.conf two.conf.old
+    assert_refusal 2 "NAME \"two.conf.old\" is installed into the files of \"two.conf\" too (name each file once)"
+    assert_host_unchanged
+    rm etc/two.conf
+    run_zet template install --force two.conf two.conf.old
+    assert_success "$HOST/etc/two.conf: created
+$HOST/etc/two.conf.old: created"
+}
+
+@test "install by force overwrites no temporary file of others" {
+    echo mine >etc/two.conf
+    echo theirs >etc/two.conf.old.tmp
+    remember_host
+    run_zet template install --force two.conf
+    assert_refusal 1 "$HOST/etc/two.conf.old.tmp: is in the way of writing $HOST/etc/two.conf.old, and not from here (move it away)"
+    assert_files_unchanged
+}
+
 @test "install takes a copy of another mode to differ" {
     zet template install two.conf
     chmod 600 etc/two.conf
@@ -97,7 +134,7 @@ $HOST/etc/two.conf: created"
     remember_host
     run_zet template install -n --force --diff two.conf
     assert_status 3
-    assert_output "$HOST/etc/two.conf: would be changed, the former one is kept as $HOST/etc/two.conf.old
+    assert_output "$HOST/etc/two.conf: would be changed, the former one would be kept as $HOST/etc/two.conf.old
 --- a$HOST/etc/two.conf
 +++ b$HOST/etc/two.conf
 @@ -1 +1 @@
@@ -202,6 +239,50 @@ extra = x example.org
     assert_refusal 1 "out: is a directory (name a file in it)"
     run_zet template process two.conf nodir/out
     assert_refusal 1 "nodir: is no directory that nodir/out can be in (create it, or correct the path)"
+}
+
+@test "process that is refused for its target installs no working copy" {
+    mkdir directory
+    mkfifo pipe
+    remember_host
+    run_zet template process two.conf directory
+    assert_refusal 1 "directory: is a directory (name a file in it)"
+    run_zet template process two.conf pipe
+    assert_refusal 1 "pipe: is no regular file (name a regular file)"
+    run_zet template process -n two.conf pipe
+    assert_refusal 1 "pipe: is no regular file (name a regular file)"
+    assert_host_unchanged
+}
+
+@test "process overwrites no file that has another use" {
+    printf '%s\n' '[two.conf]' "target = $HOST/two" 'roles = both' >templates/targets.ini
+    zet template process two.conf two
+    ln -s etc/two.conf link
+    remember_host
+    local file use
+    while read -r file use; do
+        run_zet template process one.conf "$HOST/$file" --value extra=x
+        assert_refusal 1 "$HOST/$file: is $use (name another file)"
+    done <<-END
+		two.before_zet the reserve of $HOST/two
+		two.no_file_before_zet the mark that there was no $HOST/two
+		two.tmp the temporary file of $HOST/two
+		etc/one.conf the working copy of [one.conf]
+		etc/two.conf the working copy of [two.conf]
+		templates/one.conf the template [one.conf]
+		templates/targets.ini the list of targets
+		zet.conf the configuration file of the commands
+		state/zet-client.status a file of the status
+	END
+    run_zet template process one.conf link --value extra=x
+    assert_refusal 1 "$HOST/etc/two.conf: is the working copy of [two.conf] (name another file)"
+    assert_host_unchanged
+}
+
+@test "process makes a target of the list, too" {
+    printf '%s\n' '[two.conf]' "target = $HOST/two" 'roles = both' >templates/targets.ini
+    run_zet template process two.conf "$HOST/two"
+    assert_success "$HOST/two: created"
 }
 
 @test "process in a dry run installs no working copy and writes nothing" {
