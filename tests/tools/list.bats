@@ -59,7 +59,7 @@ $1
 		restart = one;two ;three
 	END
     run_zet commit-config
-    assert_success "$HOST/out/one.conf;x: created, mode 0644, owner 0:0
+    assert_success "$HOST/out/one.conf;x: created, mode 0644, owner $(id -u):$(id -g)
 to be restarted: one;two"
 }
 
