@@ -3,6 +3,7 @@
 #include "Diff.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
+#include "Remedy.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET {
@@ -14,7 +15,8 @@ void Perform(Session& session, const std::string& templateName, const std::strin
              Operation operation) {
     const WrittenLanguage language(session.Core());
     const LoggedFailures failures;
-    operation();
+    // The module does not say why it could not save.
+    RemedyErrors("make room, or see to the rights of its directory", operation);
     if (failures.Any()) {
         throw Failure(path + ": the template " + templateName +
                       " could not be rendered into it (the log says why; then run the command again)");

@@ -139,7 +139,7 @@ zet-client: nothing was changed"
     chmod 700 out
     capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status
     assert_status 1
-    assert_stderr "zet-client: error: $HOST/out/one.conf: cannot tell whether it exists: Permission denied (run the command as a user who may search its directory)"
+    assert_stderr "zet-client: error: $HOST/out/one.conf: its state cannot be told: $HOST/out/one.conf: cannot tell whether it exists: Permission denied (run the command as a user who may search its directory)"
 }
 
 @test "several problems of several kinds come together, and nothing is written" {
@@ -233,6 +233,22 @@ zet-client: nothing was changed"
     assert_status 1
     [[ $stderr == *": No space left on device (make room, then run the command again)"$'\n' ]]
     assert_file full/conf $'a=1\n'
+}
+
+@test "a rendering that cannot be saved has a remedy, though the module knows no cause" {
+    capture strace -f -qq -o "$BASE/trace" -P "$HOST/out/new.tmp" -e trace=/write -e inject=/write:error=ENOSPC \
+        "$ZET_BIN/zet-client" --config zet.conf template process one.conf "$HOST/out/new"
+    assert_refusal 1 "Failed to save file '$HOST/out/new.tmp' (make room, or see to the rights of its directory)"
+    assert_absent out/new
+}
+
+@test "a file system that cannot be written is told so, and not laid to the user" {
+    mkdir sub
+    echo 'a=1' >sub/conf
+    capture strace -f -qq -o "$BASE/trace" -P "$HOST/sub" -e trace=/access -e inject=/access:error=EROFS \
+        "$ZET_BIN/zet-client" --config zet.conf param set "$HOST/sub/conf" a 2
+    assert_refusal 1 "$HOST/sub: cannot be written, so $HOST/sub/conf cannot be replaced: Read-only file system (let the file system be writable)"
+    assert_file sub/conf $'a=1\n'
 }
 
 @test "a reader that goes away keeps nothing from being written" {

@@ -43,6 +43,17 @@ assert_in_tree() {
     assert_equal "$(tail -n 1 "tree/$1")" "realm = EXAMPLE.ORG"
 }
 
+@test "a check command that refuses, or cannot be started, names the target as it is in the tree" {
+    echo 'check = false' >>tree/usr/share/zet/templates/targets.ini
+    run_in_tree commit-config
+    assert_status 1
+    [[ $stderr == "zet-client: error: $TREE/etc/one.conf: its check \"false\" refuses"* ]]
+    sed -i 's/= false/= missing-program/' tree/usr/share/zet/templates/targets.ini
+    run_in_tree commit-config
+    assert_status 1
+    [[ $stderr == "zet-client: error: $TREE/etc/one.conf: what [one.conf] renders to cannot be checked: missing-program: "*")"$'\n' ]]
+}
+
 @test "an ordinary user commits, asks and goes back in a tree of his own" {
     need_root
     copy_programs
