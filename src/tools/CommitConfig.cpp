@@ -9,6 +9,7 @@
 #include "FileBytes.h"
 #include "Lock.h"
 #include "PendingRecord.h"
+#include "Remedy.h"
 #include "Render.h"
 #include "Signals.h"
 #include "TargetCheck.h"
@@ -220,7 +221,7 @@ class Commit {
             ReportRestarts(done);
             manifest.Save();
         } catch (const std::exception& error) {
-            m_report.Error(error.what());
+            m_report.Error(WithRemedy(error.what()));
         }
     }
 

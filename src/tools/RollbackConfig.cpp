@@ -8,6 +8,7 @@
 #include "Lock.h"
 #include "Manifest.h"
 #include "PendingRecord.h"
+#include "Remedy.h"
 #include "Render.h"
 #include "Signals.h"
 #include "Staging.h"
@@ -159,7 +160,7 @@ class Rollback {
             throw;
         } catch (const std::exception& error) {
             m_isKept = true;
-            m_report.Error(file.path + ": could not be put back: " + error.what());
+            m_report.Error(file.path + ": could not be put back: " + WithRemedy(error.what()));
             Tell(file, {"failed", "could not be put back", ""});
         }
     }
