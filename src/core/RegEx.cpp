@@ -62,6 +62,7 @@ std::string ErrorText(int error) {
 }
 
 [[noreturn]] void FailMatch(const std::string& pattern, std::size_t size, int error) {
+    if (error == PCRE2_ERROR_NOMEMORY) throw std::bad_alloc();
     Fail("Regular expression '%s' gives up on a text of %zu bytes: %s.", Printable(pattern).c_str(), size,
          error == PCRE2_ERROR_CALLOUT ? Message("too much work").c_str() : ErrorText(error).c_str());
 }
@@ -77,6 +78,7 @@ RegEx::Code RegEx::Compile(const std::string& pattern, std::uint32_t options) co
     PCRE2_SIZE offset = 0;
     Code code(pcre2_compile(Bytes(pattern), pattern.size(), PCRE2_NEVER_UTF | options, &error, &offset,
                             m_compile.get()));
+    if (code == nullptr && error == PCRE2_ERROR_HEAP_FAILED) throw std::bad_alloc();
     if (code == nullptr)
         Fail("Regular expression '%s' is not valid at offset %zu: %s.", Printable(pattern).c_str(), offset,
              ErrorText(error).c_str());
