@@ -92,7 +92,10 @@ def _render_tools(place, template, body, names):
 
 
 def _ansible(module, arguments, *options):
-    return ["ansible", "-i", "localhost,", "-c", "local", "localhost", "-m", module, "-a", arguments, *options]
+    # It refuses to start where texts are not UTF-8.
+    environment = ["env", "LC_ALL=C.UTF-8"]
+    return [*environment, "ansible", "-i", "localhost,", "-c", "local", "localhost", "-m", module, "-a", arguments,
+            *options]
 
 
 def _ansible_render(place, text):
