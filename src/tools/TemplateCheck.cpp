@@ -120,7 +120,8 @@ class LineExpansion {
 struct Region {
     std::string_view begin;
     std::string_view end;
-    int openedAt = 0;  ///< 0: not open
+    int openedAt = 0;            ///< 0: not open
+    bool isOtherInside = false;  ///< a region of the other kind began in it, which was told
 };
 
 class TemplateChecker {
@@ -198,24 +199,31 @@ class TemplateChecker {
         if (line.starts_with(ZETNoticeMarker) || line.starts_with(ZETTemplateCommentMarker)) {
             m_comment.begin = line.starts_with(ZETNoticeMarker) ? std::string_view(ZETNoticeMarker)
                                                                 : ZETTemplateCommentMarker;
-            Open(m_comment);
+            Open(m_comment, m_block);
         } else if (line.starts_with(ZETCommentEndMarker)) {
             Close(m_comment);
         } else if (line.starts_with(ZETBeginMarker)) {
-            Open(m_block);
+            Open(m_block, m_comment);
         } else if (line.starts_with(ZETEndMarker)) {
             Close(m_block);
         }
     }
 
-    void Open(Region& region) {
+    void Open(Region& region, Region& other) {
         if (region.openedAt > 0) {
-            Add(1,
-                Quoted(region.begin) + " inside a region that line " + std::to_string(region.openedAt) +
-                    " opened",
-                "end that region before this line");
+            AddInside(region, region);
+        } else if (other.openedAt > 0 && !other.isOtherInside) {
+            AddInside(region, other);
+            other.isOtherInside = true;
         }
         region.openedAt = m_line;
+        region.isOtherInside = false;
+    }
+
+    void AddInside(const Region& inner, const Region& outer) {
+        Add(1,
+            Quoted(inner.begin) + " inside a region that line " + std::to_string(outer.openedAt) + " opened",
+            "end that region before this line");
     }
 
     void Close(Region& region) {

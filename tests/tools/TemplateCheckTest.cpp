@@ -40,6 +40,11 @@ std::string Endless(const std::string& place, const std::string& placeholder) {
            "out of the values)";
 }
 
+std::string Inside(const std::string& line, const std::string& marker, const std::string& openedAt) {
+    return "t.conf:" + line + ":1: \"" + marker + "\" inside a region that line " + openedAt +
+           " opened (end that region before this line)";
+}
+
 TEST(TemplateCheck, EmptyTemplateIsFine) {
     EXPECT_THAT(Descriptions(""), IsEmpty());
 }
@@ -173,8 +178,40 @@ TEST(TemplateCheck, EndWithoutBeginIsTold) {
 
 TEST(TemplateCheck, NestedBeginIsTold) {
     EXPECT_THAT(Descriptions("# ---ZET_BEGIN---\n# ---ZET_BEGIN---\n# ----ZET_END----\n"),
-                ElementsAre("t.conf:2:1: \"# ---ZET_BEGIN---\" inside a region that line 1 opened (end that "
-                            "region before this line)"));
+                ElementsAre(Inside("2", "# ---ZET_BEGIN---", "1")));
+}
+
+TEST(TemplateCheck, CrossedRegionsAreToldWhereTheSecondOneBegins) {
+    EXPECT_THAT(Descriptions("# ---ZET_BEGIN---\nx\n# --ZET_TEMPLATE_COMMENT--\n# ----ZET_END----\n"
+                             "# --ZET_COMMENT_END--\ny\n"),
+                ElementsAre(Inside("3", "# --ZET_TEMPLATE_COMMENT--", "1")));
+    EXPECT_THAT(Descriptions("# --ZET_TEMPLATE_COMMENT--\n# ---ZET_BEGIN---\n# --ZET_COMMENT_END--\ny\n"
+                             "# ----ZET_END----\n"),
+                ElementsAre(Inside("2", "# ---ZET_BEGIN---", "1")));
+}
+
+TEST(TemplateCheck, RegionInsideOneOfTheOtherKindIsTold) {
+    EXPECT_THAT(Descriptions("# ---ZET_BEGIN---\n# --ZET_CONFIG_COMMENT--\n# --ZET_COMMENT_END--\n"
+                             "# ----ZET_END----\n"),
+                ElementsAre(Inside("2", "# --ZET_CONFIG_COMMENT--", "1")));
+    EXPECT_THAT(Descriptions("# --ZET_TEMPLATE_COMMENT--\n# ---ZET_BEGIN---\n# ----ZET_END----\n"
+                             "# --ZET_COMMENT_END--\n"),
+                ElementsAre(Inside("2", "# ---ZET_BEGIN---", "1")));
+}
+
+TEST(TemplateCheck, EachCrossingIsToldOnce) {
+    const std::string crossed =
+        "# ---ZET_BEGIN---\n# --ZET_TEMPLATE_COMMENT--\n# ----ZET_END----\n# --ZET_COMMENT_END--\n";
+    EXPECT_THAT(Descriptions(crossed + crossed), ElementsAre(Inside("2", "# --ZET_TEMPLATE_COMMENT--", "1"),
+                                                             Inside("6", "# --ZET_TEMPLATE_COMMENT--", "5")));
+}
+
+TEST(TemplateCheck, RegionsThatFollowOneWithoutEndAreNotToldOneByOne) {
+    const std::string comment = "# --ZET_TEMPLATE_COMMENT--\n# --ZET_COMMENT_END--\n";
+    EXPECT_THAT(
+        Descriptions("# ---ZET_BEGIN---\n" + comment + comment + comment),
+        ElementsAre(Inside("2", "# --ZET_TEMPLATE_COMMENT--", "1"),
+                    "t.conf:1:1: \"# ---ZET_BEGIN---\" has no end (add a line \"# ----ZET_END----\")"));
 }
 
 TEST(TemplateCheck, AllProblemsAreToldInOneGo) {
