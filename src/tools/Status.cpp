@@ -6,6 +6,7 @@
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "Manifest.h"
+#include "Remedy.h"
 #include "Render.h"
 #include "Signals.h"
 #include "StateFile.h"
@@ -19,6 +20,13 @@ namespace {
 constexpr char kInSync[] = "in sync";
 constexpr char kUnknown[] = "unknown";
 
+/// A `Failure` when this user cannot read the template that is there: what a commit would make of it is then
+/// unknown.
+void RequireReadableTemplate(Session& session, const std::string& templateName) {
+    const std::string file = RemedyErrors("", [&] { return TemplateFile(session, templateName); });
+    if (!file.empty() && session.HostPaths().StaysInside(file)) RequireReadableFile(file);
+}
+
 /// Renders the target as a commit would. One that cannot be rendered is not what was committed, which a
 /// commit would have to tell.
 std::string StateOfTarget(Session& session, const Staging& staging, const Manifest& manifest,
@@ -27,6 +35,7 @@ std::string StateOfTarget(Session& session, const Staging& staging, const Manife
     const FileState now = StateOf(path);
     if (!now.exists) return "missing";
     const bool isUntouched = manifest.IsUntouched(path);
+    RequireReadableTemplate(session, templateName);
     if (!CheckTemplateFile(session, templateName, session.Config().TemplatesValues()).empty()) {
         return isUntouched ? "pending" : "edited";
     }

@@ -216,6 +216,27 @@ $TWO: in sync"
     assert_json '[t["state"] for t in d["targets"]], len(d["errors"]), "warnings" in d' '[["unknown", "in sync"], 1, false]'
 }
 
+# assert_unknown_to_nobody STATE: of the second target; the first one's cannot be told for its template.
+assert_unknown_to_nobody() {
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status
+    assert_status 1
+    assert_equal "$(tail -n 2 <<<"${output%?}")" "$ONE: unknown
+$TWO: $1"
+    [[ $stderr == "zet-client: error: $ONE: its state cannot be told: "*"$HOST/etc/one.conf"*": Permission denied (run the command as a user who may)"* ]]
+    run_zet status
+    assert_status 0
+}
+
+@test "whoever cannot read a template is told that its target's state is unknown, and why" {
+    need_root
+    copy_programs
+    chmod 600 templates/one.conf
+    zet commit-config
+    assert_unknown_to_nobody "in sync"
+    chmod 700 etc
+    assert_unknown_to_nobody unknown
+}
+
 @test "what is no regular file is no file of the product's own" {
     zet commit-config
     local file
