@@ -200,9 +200,14 @@ class Rollback {
         } else if (!now.exists) {
             outcome = {"unchanged", "is not there, as before", ""};
         }
-        if (m_session.Asked().diff && !file.isSecret && now.IsRegular())
-            outcome.diff = UnifiedDiff(file.path, reserve.exists ? file.Reserve() : "", file.path);
+        if (m_session.Asked().diff && !file.isSecret) outcome.diff = DiffOf(file, now, reserve);
         return outcome;
+    }
+
+    static std::string DiffOf(const WrittenFile& file, const FileState& now, const FileState& reserve) {
+        const bool isShown = now.exists ? now.IsRegular() : reserve.exists;
+        if (!isShown) return "";
+        return UnifiedDiff(now.exists ? file.path : "", reserve.exists ? file.Reserve() : "", file.path);
     }
 
     /// Whether nothing but the product's work is lost when the file is replaced: it is what the product

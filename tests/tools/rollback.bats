@@ -247,6 +247,26 @@ $(notice two.conf | sed 's/^/-/')
     assert_absent "$BASE/tree$HOST/out/two.conf"
 }
 
+@test "the diff of a rollback shows a file that comes back, and none that stays away" {
+    zet commit-config
+    rm out/one.conf out/two.conf
+    run_zet rollback-config -n --diff
+    assert_status 3
+    assert_output "$ONE: would be put back as it was
+--- /dev/null
++++ b$ONE
+@@ -0,0 +1 @@
++old
+$TWO: is not there, as before"
+    local diff
+    diff=$(tail -n +2 <<<"$output" | head -n 4)
+    run_zet rollback-config --diff
+    assert_success "$ONE: put back as it was
+$diff
+$TWO: is not there, as before"
+    assert_as_before
+}
+
 @test "the document is the same in a dry run, but for the tense" {
     zet commit-config
     run_zet --json rollback-config -n --diff
