@@ -80,11 +80,15 @@ class Commit {
     void Assume(const std::string& name, const std::string& value) {
         const bool isDirectory =
             name == "ZET_CFG_DIR" || name == "ZET_CFG_TEMPL_DIR" || name == "ZET_VAR_LIB_DIR";
+        if (isDirectory && value.empty())
+            throw UsageError("--set: " + name + " is empty (give it a directory)");
         try {
             m_session.Core().GetParam(name);  // the core warns of a name that it does not know
             m_session.Core().UpdateParam(name, isDirectory ? m_session.FilePath(value) : value);
         } catch (const EZETCheckError& error) {
-            throw UsageError("--set: " + error.GetMessage());
+            const char* remedy =
+                name == "ZET_CFG" ? "name another file with --config" : "write one of the two";
+            throw UsageError("--set: " + WithRemedy(error.GetMessage(), remedy));
         }
     }
 

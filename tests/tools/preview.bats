@@ -216,6 +216,22 @@ zet-client: nothing was changed"
     assert_host_unchanged
 }
 
+@test "an assumption that no host could have is wrong use, and told with a way out" {
+    remember_host
+    local name
+    for name in ZET_CFG_DIR ZET_CFG_TEMPL_DIR ZET_VAR_LIB_DIR; do
+        run_zet commit-config -n --set "$name="
+        assert_refusal 2 "--set: $name is empty (give it a directory)"
+        capture "$ZET_BIN/zet-client" --root "$HOST" --config /zet.conf commit-config -n --set "$name="
+        assert_refusal 2 "--set: $name is empty (give it a directory)"
+    done
+    run_zet commit-config -n --set ZET_SYNC=x
+    assert_refusal 2 "--set: 'x' is no value for parameter 'ZET_SYNC': yes or no is (write one of the two)"
+    run_zet commit-config -n --set ZET_CFG=/x
+    assert_refusal 2 "--set: Parameter 'ZET_CFG' cannot be changed (name another file with --config)"
+    assert_host_unchanged
+}
+
 @test "a parameter that no host has is assumed with a warning" {
     run_zet commit-config -n --set RAELM=X
     assert_status 3
