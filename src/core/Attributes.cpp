@@ -188,7 +188,12 @@ void TakeOverAttributes(const StatedFile& donor, const StatedFile& receiver) {
     }
     // Closed to everybody else meanwhile, and writable, without which user attributes cannot be set.
     if (!ChangeMode(file, path, S_IRUSR | S_IWUSR)) return;
-    Apply(file, path, changes);
+    try {
+        Apply(file, path, changes);
+    } catch (...) {
+        ::fchmod(file.Number(), mode & kPermissions);
+        throw;
+    }
     ChangeMode(file, path, mode);
     if (isSameOwner) return;
     ChangeOwner(file, path, donor.status);

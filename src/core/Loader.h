@@ -37,6 +37,7 @@ class LoadedModule {
     void* EntryPoint(const char* name) const;
     void ReadName(const std::vector<std::string>& taken);
     void Initialise();
+    void RequireOwnNames();
     void NoteInterfaces(const std::vector<std::string>& before);
     void Done();
     bool DropInterfaces();

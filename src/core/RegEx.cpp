@@ -92,17 +92,20 @@ RegEx::Entry& RegEx::Find(const std::string& pattern) {
         entry.lastUse = m_uses;
         return entry;
     }
-    if (m_compile == nullptr) {
-        m_compile.reset(Required(pcre2_compile_context_create(nullptr)));
-        pcre2_set_newline(m_compile.get(), PCRE2_NEWLINE_LF);
-        m_fast.reset(Required(pcre2_match_context_create(nullptr)));
-        pcre2_set_match_limit(m_fast.get(), kFastMatchLimit);
-        m_result.reset(Required(pcre2_match_data_create(1, nullptr)));
-        m_entries.reserve(kMaxEntries);
-    }
+    if (m_result == nullptr) Prepare();
     Entry entry{pattern, Compile(pattern, 0), false, nullptr, m_uses};
     entry.isTranslated = pcre2_jit_compile(entry.code.get(), PCRE2_JIT_COMPLETE) == 0;
     return Add(std::move(entry));
+}
+
+/// Again from the start when memory ran out on the way: the result comes last.
+void RegEx::Prepare() {
+    m_compile.reset(Required(pcre2_compile_context_create(nullptr)));
+    pcre2_set_newline(m_compile.get(), PCRE2_NEWLINE_LF);
+    m_fast.reset(Required(pcre2_match_context_create(nullptr)));
+    pcre2_set_match_limit(m_fast.get(), kFastMatchLimit);
+    m_entries.reserve(kMaxEntries);
+    m_result.reset(Required(pcre2_match_data_create(1, nullptr)));
 }
 
 /// In place of the one that has not been used for the longest time, when there are many.
@@ -119,7 +122,7 @@ void RegEx::PrepareGuard(Entry& entry) {
         // Without machine code the interpreter does it.
         pcre2_jit_compile(entry.guarded.get(), PCRE2_JIT_COMPLETE);
     }
-    if (m_guard != nullptr) return;
+    if (m_stack != nullptr) return;
     m_guard.reset(Required(pcre2_match_context_create(nullptr)));
     pcre2_set_heap_limit(m_guard.get(), kHeapLimit);
     pcre2_set_depth_limit(m_guard.get(), kDepthLimit);

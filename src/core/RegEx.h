@@ -61,6 +61,7 @@ class RegEx {
 
     static PCRE2_SPTR Bytes(const std::string& text) { return reinterpret_cast<PCRE2_SPTR>(text.data()); }
 
+    void Prepare();
     Code Compile(const std::string& pattern, std::uint32_t options) const;
     Entry& Find(const std::string& pattern);
     Entry& Add(Entry entry);

@@ -10,7 +10,13 @@ namespace ZET {
 bool Registry::Register(std::shared_ptr<CZETInterface> interface) {
     RequireNotEmpty(interface != nullptr ? interface->GetName() : std::string(), "RegisterInterface");
     const std::string name = interface->GetName();
-    return m_interfaces.try_emplace(name, std::move(interface)).second;
+    const bool isNew = m_interfaces.try_emplace(name, std::move(interface)).second;
+    if (!isNew) m_refusedName = name;
+    return isNew;
+}
+
+std::string Registry::TakeRefusedName() {
+    return std::exchange(m_refusedName, {});
 }
 
 bool Registry::Remove(const std::string& name) {

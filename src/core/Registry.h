@@ -16,6 +16,9 @@ class Registry {
     /// False when the name is taken. Throws `EZETCheckError` when there is no interface or no name.
     bool Register(std::shared_ptr<CZETInterface> interface);
 
+    /// The name that was last found taken since the last call; empty when there is none.
+    std::string TakeRefusedName();
+
     /// False when there is none of that name.
     bool Remove(const std::string& name);
 
@@ -29,6 +32,7 @@ class Registry {
 
   private:
     std::map<std::string, std::shared_ptr<CZETInterface>> m_interfaces;
+    std::string m_refusedName;
 };
 
 }  // namespace ZET

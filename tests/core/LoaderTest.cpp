@@ -108,6 +108,23 @@ TEST_F(Loader, ModuleWhoseInterfaceIsStillInUseStaysInMemory) {
     ::dlclose(handle);
 }
 
+TEST_F(Loader, ModuleThatTakesNoNoticeOfATakenNameIsRefusedAndTheOtherInterfaceStays) {
+    const auto mine = std::make_shared<CZETInterface>("sound");
+    Core().RegisterInterface(mine);
+    EXPECT_EQ(RefusalOf("IgnoresRefusal"), "there is an interface 'sound' already.");
+    EXPECT_EQ(m_host->FindInterface("sound"), mine);
+    m_host->UnloadModules();
+    EXPECT_EQ(m_host->FindInterface("sound"), mine);
+}
+
+TEST_F(Loader, ModuleCanBeLoadedOnceTheNameOfItsInterfaceIsFree) {
+    Core().RegisterInterface(std::make_shared<CZETInterface>("sound"));
+    RefusalOf("IgnoresRefusal");
+    Core().RemoveInterface("sound");
+    Load("IgnoresRefusal");
+    EXPECT_NE(m_host->FindInterface("sound"), nullptr);
+}
+
 TEST_F(Loader, ModuleThatFailsToEndIsReportedAndUnloaded) {
     Load("DoneThrows");
     const std::size_t errors = CountLoggedErrors();

@@ -1,9 +1,12 @@
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <fstream>
+#include <new>
 
 #include "Support.h"
+#include "SystemCalls.h"
 
 namespace ZET::Test {
 namespace {
@@ -187,6 +190,27 @@ TEST_F(RegEx, PatternThatWasOverwrittenInPlaceIsAnother) {
     EXPECT_TRUE(Matches(pattern, "aaaa"));
     pattern[3] = 'b';
     EXPECT_FALSE(Matches(pattern, "aaaa"));
+}
+
+TEST_F(RegEx, MatchAfterOneThatRanOutOfMemoryIsAsIfThereHadBeenNone) {
+    // The last two are for a subject that is too long for the fast way.
+    const std::string subject = std::string(5000, 'a') + "b";
+    for (const char* name : {"pcre2_compile_context_create", "pcre2_match_context_create",
+                             "pcre2_match_data_create", "pcre2_jit_stack_create"}) {
+        for (int turn = 1; turn <= 2; turn++) {
+            Start("");
+            {
+                SystemCalls calls;
+                calls.Fail(name, ENOMEM, turn, true);
+                try {
+                    Matches("a+b", subject);
+                } catch (const std::bad_alloc&) {
+                }
+            }
+            EXPECT_TRUE(Matches("a+b", subject)) << name;
+            EXPECT_FALSE(Matches("a+b", "b")) << name;
+        }
+    }
 }
 
 std::size_t ResidentBytes() {

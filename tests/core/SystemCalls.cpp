@@ -1,7 +1,9 @@
 #include "SystemCalls.h"
 
+#define PCRE2_CODE_UNIT_WIDTH 8
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <pcre2.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
@@ -170,6 +172,26 @@ ssize_t write(int descriptor, const void* buffer, size_t size) {
     if (IsToFail("write", PathOf(descriptor))) return -1;
     if (watcher != nullptr) size = watcher->Limit("write", size);
     return Original(&write, "write")(descriptor, buffer, size);
+}
+
+pcre2_compile_context* pcre2_compile_context_create(pcre2_general_context* general) {
+    if (IsToFail("pcre2_compile_context_create", "")) return nullptr;
+    return Original(&pcre2_compile_context_create, "pcre2_compile_context_create_8")(general);
+}
+
+pcre2_match_context* pcre2_match_context_create(pcre2_general_context* general) {
+    if (IsToFail("pcre2_match_context_create", "")) return nullptr;
+    return Original(&pcre2_match_context_create, "pcre2_match_context_create_8")(general);
+}
+
+pcre2_match_data* pcre2_match_data_create(uint32_t size, pcre2_general_context* general) {
+    if (IsToFail("pcre2_match_data_create", "")) return nullptr;
+    return Original(&pcre2_match_data_create, "pcre2_match_data_create_8")(size, general);
+}
+
+pcre2_jit_stack* pcre2_jit_stack_create(size_t start, size_t most, pcre2_general_context* general) {
+    if (IsToFail("pcre2_jit_stack_create", "")) return nullptr;
+    return Original(&pcre2_jit_stack_create, "pcre2_jit_stack_create_8")(start, most, general);
 }
 
 int open(const char* path, int flags, ...) {

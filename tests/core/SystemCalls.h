@@ -10,8 +10,8 @@
 
 namespace ZET::Test {
 
-/// Watches the system calls of the file helpers while it lives, and can let them fail. The test program's own
-/// functions of these names stand before those of the C library.
+/// Watches the system calls of the file helpers, and what makes PCRE2's objects, while it lives, and can let
+/// them fail. The test program's own functions of these names stand before those of the libraries.
 class SystemCalls {
   public:
     SystemCalls();

@@ -222,6 +222,13 @@ TEST_F(ConfigStatusTest, PipeIsNotWaitedFor) {
     });
 }
 
+TEST_F(ConfigStatusTest, NameThatHoldsANulByteIsNotThatOfAShorterOne) {
+    const std::string other = Write("other", "precious\n");
+    m_core.SetParam("ZET_VAR_LIB_DIR", other + std::string("\0", 1));
+    EXPECT_THROW(m_config.SaveConfigStatus("server"), EZETError);
+    EXPECT_EQ(Read("other"), "precious\n");
+}
+
 TEST_F(ConfigStatusTest, ExistenceAndRemovalGoThroughTheCore) {
     EXPECT_FALSE(m_config.IsConfigStatusExist("server"));
     m_config.RemoveConfigStatus("server");

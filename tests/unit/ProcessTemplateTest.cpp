@@ -99,6 +99,17 @@ TEST_F(ProcessTemplateTest, FailureOfTheSavePassesThrough) {
     });
 }
 
+TEST_F(ProcessTemplateTest, TargetWhoseNameHoldsANulByteCostsNoOtherFile) {
+    Write("cfg/t.conf", "x\n");
+    const std::string precious = Write("precious", "precious\n", 0644);
+    EXPECT_THROW(CZETConfig(m_core).ProcessConfigFileTemplate("t.conf", precious + std::string("\0y", 2),
+                                                              "server", nullptr),
+                 EZETError);
+    EXPECT_EQ(Read("precious"), "precious\n");
+    EXPECT_EQ(Mode("precious"), 0644U);
+    EXPECT_EQ(Names(), Strings{"precious"});
+}
+
 TEST_F(ProcessTemplateTest, FailureOfTheLogPassesThroughAndLeavesTheTarget) {
     Write("target", "former\n");
     Write("cfg/t.conf", "${mine}\n");

@@ -48,6 +48,11 @@ TEST_F(UnreadableFilesTest, FileBelowAFileIsRefused) {
     ExpectRefused(Write("file", "x") + "/below");
 }
 
+TEST_F(UnreadableFilesTest, NameThatHoldsANulByteIsNotThatOfAShorterOne) {
+    CZETConfigFile file(m_core);
+    EXPECT_FALSE(file.Open(Write("file", "x") + std::string("\0y", 2), "server", false));
+}
+
 TEST_F(UnreadableFilesTest, DirectoryIsRefused) {
     ExpectRefused(Path("cfg"));
 }

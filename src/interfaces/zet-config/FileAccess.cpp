@@ -24,16 +24,22 @@ constexpr mode_t kPermissions = 07777;
 
 }  // namespace
 
+bool IsFileName(const std::string& path) {
+    return path.find('\0') == std::string::npos;
+}
+
 void FileDescriptor::Close() {
     if (m_descriptor >= 0) close(std::exchange(m_descriptor, -1));
 }
 
 FileDescriptor OpenForReading(const std::string& path) {
+    if (!IsFileName(path)) return FileDescriptor(-1);
     return FileDescriptor(
         Uninterrupted([&] { return open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC); }));
 }
 
 FileDescriptor OpenTemporary(const std::string& path) {
+    if (!IsFileName(path)) return FileDescriptor(-1);
     constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     // The usual case: a new file is private and empty without more ado.
     FileDescriptor created(Uninterrupted([&] { return open(path.c_str(), kFlags | O_EXCL, kPrivate); }));

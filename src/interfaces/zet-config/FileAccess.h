@@ -30,6 +30,10 @@ class FileDescriptor {
     int m_descriptor;
 };
 
+/// Whether the path can be that of a file. The system would take one that holds a NUL byte for the shorter
+/// name of another file.
+bool IsFileName(const std::string& path);
+
 /// Opens for reading; never waits, whatever the path leads to.
 FileDescriptor OpenForReading(const std::string& path);
 

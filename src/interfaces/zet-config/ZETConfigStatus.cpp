@@ -46,7 +46,7 @@ std::ofstream OpenForWriting(const std::string& fileName, const char* function, 
     // Opening a pipe would wait for somebody to read from it.
     const bool isPipe = stat(fileName.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
     std::ofstream stream;
-    if (!isPipe) stream.open(fileName);
+    if (!isPipe && IsFileName(fileName)) stream.open(fileName);
     if (!stream.is_open()) ThrowCannotOpen(fileName, function, line);
     return stream;
 }
