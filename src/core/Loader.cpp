@@ -1,6 +1,7 @@
 #include "Loader.h"
 
 #include <dlfcn.h>
+#include <libintl.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -144,21 +145,31 @@ void LoadedModule::ReadName(const std::vector<std::string>& taken) {
     m_name = record->name;
     if (std::find(taken.begin(), taken.end(), m_name) != taken.end())
         Refuse(Message("module '%s' is loaded already", Printable(m_name).c_str()));
+    // The domain of a module's messages has the name of its library.
+    ::bindtextdomain(("lib" + m_name).c_str(), ZET_LOCALE_DIR);
 }
 
 void LoadedModule::Initialise() {
     const std::vector<std::string> before = m_core.GetRegistry().Names();
     try {
+        m_core.GetRegistry().TakeRefusedName();
         bool isInitialised = false;
         const std::optional<Problem> problem = Run([&] { isInitialised = m_init(m_core); });
         if (problem) Refuse(problem->message, problem->detail);
         if (!isInitialised) Refuse(Message("it failed to initialise"));
+        RequireOwnNames();
         NoteInterfaces(before);
     } catch (...) {
         // Their code is about to go.
         m_core.GetRegistry().RemoveAllBut(before);
         throw;
     }
+}
+
+/// A module ends by removing its interfaces by name: it would take away the other owner's.
+void LoadedModule::RequireOwnNames() {
+    const std::string name = m_core.GetRegistry().TakeRefusedName();
+    if (!name.empty()) Refuse(Message("there is an interface '%s' already", Printable(name).c_str()));
 }
 
 void LoadedModule::NoteInterfaces(const std::vector<std::string>& before) {
