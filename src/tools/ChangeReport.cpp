@@ -98,10 +98,17 @@ TargetList ListThatIsThere(Session& session) {
 
 }  // namespace
 
+void BeginFileReport(Session& session) {
+    session.Out().Set("dry_run", session.Asked().dryRun);
+    session.Out().AddList("files");
+}
+
 int ReportFile(Session& session, const FileReport& report) {
     const Request& asked = session.Asked();
     Report& out = session.Out();
-    Fields fields = {{"file", report.file}, {"path", report.path}, {"change", report.change}};
+    Fields fields = {{"file", report.file},
+                     {"path", session.HostPaths().RealName(report.path)},
+                     {"change", report.change}};
     const bool isUnchanged = report.change == "unchanged";
     if (!isUnchanged) {
         for (auto& field : ChangeFields(report.before, report.after))

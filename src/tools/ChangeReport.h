@@ -20,6 +20,9 @@ struct FileReport {
     std::string diff;
 };
 
+/// Gives the document the fields that it has even if the command fails.
+void BeginFileReport(Session& session);
+
 /// One line of text and the diff; an element of the list "files" of the document, with the same fields in a
 /// dry run. Returns the exit status that belongs to it.
 int ReportFile(Session& session, const FileReport& report);

@@ -20,8 +20,9 @@ void ReportUnused(Session& session, const std::set<std::string>& used) {
 
 int RunCheckConfig(Session& session) {
     Report& report = session.Out();
-    const CheckedTargets checked = CheckTargets(session, session.Asked().names);
+    report.Set("unused_values", nullptr);
     report.AddList("problems");
+    const CheckedTargets checked = CheckTargets(session, session.Asked().names);
     for (const Problem& problem : checked.problems) {
         report.Line(problem.Describe());
         report.Add("problems", problem.ToFields());

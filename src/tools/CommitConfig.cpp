@@ -172,7 +172,7 @@ class Commit {
 
     void ReportTarget(const PlannedTarget& planned, const std::string& diff) {
         Fields fields = {{"template", planned.target.templateName},
-                         {"path", planned.path},
+                         {"path", m_session.HostPaths().RealName(planned.path)},
                          {"change", NameOf(planned.change)},
                          {"edited", planned.isOthersWork},
                          {"secret", planned.target.isSecret}};

@@ -12,10 +12,16 @@ bool IsSame(const std::string& path, const std::string& staged) {
     return StateOf(path).mode == StateOf(staged).mode && HaveSameBytes(path, staged);
 }
 
+/// The report has begun when the file turns out to be one that cannot be edited.
+std::string FileToEdit(Session& session, const std::string& file) {
+    BeginFileReport(session);
+    return FileToRead(session, file);
+}
+
 }  // namespace
 
 FileChange::FileChange(Session& session, const std::string& file)
-    : m_session(session), m_file(file), m_path(FileToRead(session, file)), m_writing(session, {m_path}) {}
+    : m_session(session), m_file(file), m_path(FileToEdit(session, file)), m_writing(session, {m_path}) {}
 
 int FileChange::LeaveUnchanged(const std::string& remark) {
     const FileState state = StateOf(m_path);

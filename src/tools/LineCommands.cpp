@@ -26,13 +26,15 @@ bool SelectsEmptyLine(Session& session, const std::string& path, const std::stri
 int RunLineGet(Session& session) {
     const std::string& pattern = session.Asked().pattern;
     RequirePattern(session, pattern);
+    session.Out().Set("file", session.Asked().file);
+    session.Out().Set("pattern", pattern);
+    session.Out().Set("found", nullptr);  // as long as nobody could look
+    session.Out().Set("line", nullptr);
     const std::string path = FileToRead(session, session.Asked().file);
     const auto file = OpenedFile(session, path, true);
     const std::string line = RemedyErrors(kSimplerExpression, [&] { return file->GetLine(pattern); });
     std::optional<std::string> found;
     if (!line.empty() || SelectsEmptyLine(session, path, pattern)) found = line;
-    session.Out().Set("file", session.Asked().file);
-    session.Out().Set("pattern", pattern);
     return ReportLookup(session, path + ": has no line with \"" + pattern + "\"", "line", found);
 }
 

@@ -19,14 +19,16 @@ constexpr char kRestoreOpening[] = "#*\\s*";
 int RunParamGet(Session& session) {
     const std::string& name = session.Asked().name;
     RequireParamName(name);
+    session.Out().Set("file", session.Asked().file);
+    session.Out().Set("name", name);
+    session.Out().Set("found", nullptr);  // as long as nobody could look
+    session.Out().Set("value", nullptr);
     const std::string path = FileToRead(session, session.Asked().file);
     RequireLiteralName(session, path, kLookupOpening, name);
     // The lookup by name cannot tell an empty value from a parameter that is not there.
     const std::string line = OpenedFile(session, path, true)->GetLine(kLookupOpening + name + "=");
     std::optional<std::string> value;
     if (!line.empty()) value = line.substr(line.find('=') + 1);
-    session.Out().Set("file", session.Asked().file);
-    session.Out().Set("name", name);
     return ReportLookup(session, path + ": has no parameter \"" + name + "\"", "value", value);
 }
 

@@ -95,6 +95,14 @@ std::string Paths::Canonical(const std::string& path) const {
     return ResolveInside(m_root, m_root.empty() ? AbsolutePath(path) : path);
 }
 
+std::string Paths::RealName(const std::string& path) const {
+    try {
+        return Canonical(NameInside(path));
+    } catch (const Failure&) {
+        return path;
+    }
+}
+
 bool Paths::StaysInside(const std::string& path) const {
     return m_root.empty() || ResolveInside("", path).starts_with(m_root + "/");
 }

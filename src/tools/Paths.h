@@ -21,6 +21,10 @@ class Paths {
     /// The one name of the file, all links followed, whatever way leads to it: fit to be compared.
     std::string Canonical(const std::string& path) const;
 
+    /// The same for a path that can be opened, as `Resolved` returns it, to be told to a program; where that
+    /// cannot be found out, the path itself.
+    std::string RealName(const std::string& path) const;
+
     /// Whether the system, which knows nothing of the root, is led to a file inside it by this path, which
     /// begins with the root. Without a root every path stays inside.
     bool StaysInside(const std::string& path) const;

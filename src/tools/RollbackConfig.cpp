@@ -231,7 +231,7 @@ class Rollback {
         if (!m_session.Asked().quiet) m_report.Line(file.path + ": " + outcome.text);
         m_report.Diff(outcome.diff);
         Fields fields = {{"template", file.templateName.empty() ? Value(nullptr) : Value(file.templateName)},
-                         {"path", file.path},
+                         {"path", m_session.HostPaths().RealName(file.path)},
                          {"change", outcome.change}};
         if (m_session.Asked().diff) fields.emplace_back("diff", outcome.diff);
         m_report.Add("targets", std::move(fields));

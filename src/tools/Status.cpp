@@ -51,6 +51,10 @@ std::string StatusFile(Session& session, const std::string& name) {
 
 void ReportRole(Session& session) {
     Report& report = session.Out();
+    report.Set("role", session.Role());
+    report.Set("commit_time", nullptr);
+    if (session.Role() == "client") report.Set("file_server", nullptr);
+    report.AddList("targets");
     IZETConfig& config = session.Config();
     StringMap status;
     RequireStateFile(StatusFile(session, session.Role()));
@@ -58,21 +62,18 @@ void ReportRole(Session& session) {
     const std::string commitTime = status["COMMIT_TIME"];
     report.Line("role: " + session.Role());
     report.Line("committed: " + (commitTime.empty() ? "never" : commitTime));
-    report.Set("role", session.Role());
-    report.Set("commit_time", commitTime.empty() ? Value(nullptr) : Value(commitTime));
+    if (!commitTime.empty()) report.Set("commit_time", commitTime);
     if (session.Role() != "client") return;
     RequireStateFile(StatusFile(session, "client-fs"));
     const std::string fileServer = config.GetFileServerStatus();
     report.Line("file server: " + (fileServer.empty() ? "none recorded" : fileServer));
-    report.Set("file_server", fileServer.empty() ? Value(nullptr) : Value(fileServer));
+    if (!fileServer.empty()) report.Set("file_server", fileServer);
 }
 
 /// The targets one by one: one whose state cannot be told does not keep that of the others from being told.
 class TargetStates {
   public:
-    explicit TargetStates(Session& session) : m_session(session), m_manifest(session) {
-        session.Out().AddList("targets");
-    }
+    explicit TargetStates(Session& session) : m_session(session), m_manifest(session) {}
 
     void Tell(const Target& target) {
         std::string path = m_session.HostPaths().FromInside(target.path);
@@ -88,8 +89,9 @@ class TargetStates {
         m_paths.insert(path);
         m_states.insert(state);
         m_session.Out().Line(path + ": " + state);
-        m_session.Out().Add("targets",
-                            Fields{{"template", target.templateName}, {"path", path}, {"state", state}});
+        m_session.Out().Add("targets", Fields{{"template", target.templateName},
+                                              {"path", m_session.HostPaths().RealName(path)},
+                                              {"state", state}});
     }
 
     /// Files that were committed and that the list does not have any more.

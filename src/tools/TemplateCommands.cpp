@@ -202,6 +202,7 @@ FileReport RenderInPlace(Session& session, const std::string& path, StringMap& v
 }  // namespace
 
 int RunTemplateInstall(Session& session) {
+    BeginFileReport(session);
     std::vector<Installation> installations;
     for (const std::string& name : session.Asked().names) {
         RequireTemplateName(name);
@@ -220,6 +221,7 @@ int RunTemplateInstall(Session& session) {
 
 int RunTemplateProcess(Session& session) {
     const Request& asked = session.Asked();
+    BeginFileReport(session);
     RequireTemplateName(asked.name);
     if (asked.target.empty()) throw UsageError("TARGET is empty (name a file)");
     StringMap values = ExtraValues(session);

@@ -284,6 +284,11 @@ ${valid_user_names}'
     assert_json 'd["unused_values"]' "$(python3 -c 'import json, sys; print(json.dumps(sys.argv[1].split()))' "$unused")"
     run_zet -v check-config one.conf
     [[ $stderr != *"no template uses"* ]]
+    run_zet --json check-config one.conf
+    assert_json 'd["unused_values"], d["problems"], d["exit_status"]' '[null, [], 0]'
+    rm templates/targets.ini
+    run_zet --json check-config
+    assert_json 'd["unused_values"], d["problems"], d["exit_status"]' '[null, [], 1]'
 }
 
 @test "the document has the place, the problem and the remedy apart" {

@@ -131,7 +131,34 @@ apply_diff() {
     assert_json "$expression" "$planned"
     run_zet --json param set conf a new
     assert_json 'd["files"]' \
-        '[{"file": "conf", "path": "conf", "change": "unchanged", "reserve": "conf.before_zet"}]'
+        "[{\"file\": \"conf\", \"path\": \"$HOST/conf\", \"change\": \"unchanged\", \"reserve\": \"conf.before_zet\"}]"
+}
+
+@test "the path in the document is that of the real file, links followed, whatever way led to it" {
+    mkdir real
+    ln -s real by_link
+    cp conf real/conf
+    ln -s by_link/conf link
+    local file
+    for file in real/conf by_link/conf ./by_link/../link "$HOST/by_link/conf"; do
+        run_zet --json param set -n "$file" a new
+        assert_status 3
+        assert_json 'd["files"][0]["file"], d["files"][0]["path"]' "[\"$file\", \"$HOST/real/conf\"]"
+    done
+    capture "$ZET_BIN/zet-client" --root "$HOST" --config /zet.conf --json param set -n /by_link/conf a new
+    assert_json 'd["files"][0]["path"]' "$HOST/real/conf"
+}
+
+@test "the document of an edit that fails has its fields" {
+    run_zet --json param set -n nofile a new
+    assert_status 1
+    assert_json 'd["dry_run"], d["files"], len(d["errors"])' '[true, [], 1]'
+    run_zet --json template install nothing
+    assert_status 1
+    assert_json 'd["dry_run"], d["files"], len(d["errors"])' '[false, [], 1]'
+    run_zet --json template process nothing out
+    assert_status 1
+    assert_json 'd["dry_run"], d["files"], len(d["problems"])' '[false, [], 1]'
 }
 
 @test "an error is in the document and on standard error" {

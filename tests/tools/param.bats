@@ -78,6 +78,16 @@ zet-client: conf: has no parameter \"nope\""
     assert_json 'd["value"], d["value_lossy"]' '["\ufffd", true]'
 }
 
+@test "get as a document tells what could not be looked up from what is missing" {
+    run_zet --json param get nofile a
+    assert_status 1
+    assert_json '[d[x] for x in ("file", "name", "found", "value")], len(d["errors"])' '[["nofile", "a", null, null], 1]'
+    run_zet --json line get nofile a
+    assert_status 1
+    assert_json '[d[x] for x in ("file", "pattern", "found", "line")], len(d["errors"])' \
+        '[["nofile", "a", null, null], 1]'
+}
+
 @test "get of a file that does not exist fails" {
     run_zet param get nofile kdc
     assert_refusal 1 "nofile: does not exist (create it, or correct the path)"

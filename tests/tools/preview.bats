@@ -259,3 +259,16 @@ zet-client: nothing was changed"
     assert_json '"caf\ufffd" in d["targets"][0]["diff"], d["targets"][0]["diff_lossy"], "diff_lossy" in d["targets"][1]' \
         '[true, true, false]'
 }
+
+@test "the path in the document is that of the real file, links among its directories followed" {
+    mkdir real
+    ln -s real by_link
+    list_target three.conf "$HOST/by_link/three.conf"
+    echo three >templates/three.conf
+    run_zet --json commit-config -n three.conf
+    assert_status 3
+    assert_json '[t["path"] for t in d["targets"]]' "[\"$HOST/real/three.conf\"]"
+    run_zet --json commit-config three.conf
+    assert_status 0
+    assert_json '[t["path"] for t in d["targets"]]' "[\"$HOST/real/three.conf\"]"
+}

@@ -388,3 +388,14 @@ $TWO: edited, stays as it is"
     [[ $output == "$ONE: put back as it was"* ]]
     assert_as_before
 }
+
+@test "the path in the document is that of the real file, links among its directories followed" {
+    mkdir real
+    ln -s real by_link
+    list_target three.conf "$HOST/by_link/three.conf"
+    echo three >templates/three.conf
+    zet commit-config
+    run_zet --json rollback-config
+    assert_status 0
+    assert_json '[(t["path"], t["change"]) for t in d["targets"]][2]' "[\"$HOST/real/three.conf\", \"removed\"]"
+}

@@ -252,3 +252,24 @@ $TWO: $1"
     run_zet status
     assert_status 0
 }
+
+@test "the path in the document is that of the real file, links among its directories followed" {
+    mkdir real
+    ln -s real by_link
+    list_target three.conf "$HOST/by_link/three.conf"
+    echo three >templates/three.conf
+    zet commit-config
+    run_zet --json status
+    assert_status 0
+    assert_json 'd["targets"][2]' \
+        "{\"template\": \"three.conf\", \"path\": \"$HOST/real/three.conf\", \"state\": \"in sync\"}"
+}
+
+@test "a status that cannot be told has its fields in the document all the same" {
+    mkdir state/zet-client.status
+    run_zet --json status
+    assert_status 1
+    assert_json '[d[x] for x in ("role", "commit_time", "file_server", "targets")]' '["client", null, null, []]'
+    capture server --json status
+    assert_json '"file_server" in d' false
+}
