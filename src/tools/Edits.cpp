@@ -42,6 +42,7 @@ std::function<void(const std::string& path)> Edit(Session& session,
     return [&session, edit](const std::string& path) {
         const auto file = OpenedFile(session, path, session.Asked().noMarkers);
         RemedyErrors(kSimplerExpression, [&] { edit(*file); });
+        const WrittenLanguage language(session.Core());
         SaveEdited(*file);
     };
 }

@@ -84,6 +84,7 @@ int RunFileStrip(Session& session) {
     const auto strip = [&session](const std::string& path) {
         const auto file = OpenedFile(session, path, false);
         file->RemoveZETMarkers();
+        const WrittenLanguage language(session.Core());
         SaveEdited(*file);
     };
     return change.Make(strip, session.Asked().noBackup);

@@ -37,6 +37,11 @@ void StartLog(const Request& request, ZETLogLevel threshold) {
                  request.program);
 }
 
+/// What a text is in: its language, and how the letters are encoded. Without the second, all that is not
+/// ASCII would be lost.
+constexpr int kTextCategories[] = {LC_CTYPE, LC_MESSAGES};
+constexpr int kTextMask = LC_CTYPE_MASK | LC_MESSAGES_MASK;
+
 /// To the system, an empty name is the language of whoever runs the command.
 std::string LocaleName(const std::string& language) {
     return language.empty() ? "C" : language;
@@ -104,28 +109,32 @@ void RequireDirectories(IZETCore& core, const std::string& file) {
 }
 
 void RequireLanguage(const std::string& language) {
-    const locale_t locale = newlocale(LC_MESSAGES_MASK, LocaleName(language).c_str(), nullptr);
+    const locale_t locale = newlocale(kTextMask, LocaleName(language).c_str(), nullptr);
     if (locale == nullptr) FailLanguage(language);
     freelocale(locale);
 }
 
-WrittenLanguage::WrittenLanguage(IZETCore& core) : m_former(setlocale(LC_MESSAGES, nullptr)) {
+void UseReadersLanguage() {
+    for (const int category : kTextCategories)
+        setlocale(category, "");
+}
+
+WrittenLanguage::WrittenLanguage(IZETCore& core) {
     const std::string language = core.GetParam("ZET_LANG");
+    RequireLanguage(language);
+    for (const int category : kTextCategories)
+        m_former.push_back(setlocale(category, nullptr));
     // The reader's list of preferred languages would win over the one that is set.
     if (const char* preference = std::getenv(kPreference)) m_formerPreference = preference;
     unsetenv(kPreference);
-    if (setlocale(LC_MESSAGES, LocaleName(language).c_str()) != nullptr) return;
-    Restore();
-    FailLanguage(language);
+    for (const int category : kTextCategories)
+        setlocale(category, LocaleName(language).c_str());
 }
 
 WrittenLanguage::~WrittenLanguage() {
-    Restore();
-}
-
-void WrittenLanguage::Restore() {
     if (m_formerPreference) setenv(kPreference, m_formerPreference->c_str(), 1);
-    setlocale(LC_MESSAGES, m_former.c_str());
+    for (std::size_t index = 0; index < m_former.size(); ++index)
+        setlocale(kTextCategories[index], m_former[index].c_str());
 }
 
 }  // namespace ZET

@@ -90,6 +90,9 @@ void RequireDirectories(IZETCore& core, const std::string& file);
 /// A `Failure` when the host does not have what the parameter "ZET_LANG" asks for with this value.
 void RequireLanguage(const std::string& language);
 
+/// From now on, messages are in the language of whoever runs the command.
+void UseReadersLanguage();
+
 /// For as long as the object lives, messages are in the language of the parameter "ZET_LANG": what is written
 /// into a file does not depend on who runs the command. A language that the host does not have is a
 /// `Failure`.
@@ -101,9 +104,7 @@ class WrittenLanguage {
     WrittenLanguage& operator=(const WrittenLanguage&) = delete;
 
   private:
-    void Restore();
-
-    std::string m_former;
+    std::vector<std::string> m_former;  ///< locales
     std::optional<std::string> m_formerPreference;
 };
 

@@ -68,7 +68,7 @@ int RunProgram(int count, char** arguments) {
 int main(int count, char** arguments) {
     OpenStandardStreams();
     TurnSignalsIntoErrors();
-    setlocale(LC_MESSAGES, "");
+    ZET::UseReadersLanguage();
     try {
         return RunProgram(count, arguments);
     } catch (const std::bad_alloc&) {
