@@ -224,12 +224,24 @@ class CommandLine {
     CLI::App& m_app;
 };
 
-std::string WhatIsWrong(const CLI::App& app, const CLI::ParseError& error) {
-    const std::vector<std::string> unknown = app.remaining(true);
-    const bool isCommandMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr &&
-                                  std::string(error.what()).find("ubcommand") != std::string::npos;
-    if (!isCommandMissing) return error.what();
+std::string WhatIsWrong(const std::vector<std::string>& unknown, const std::string& message,
+                        bool isCommandMissing) {
+    if (!isCommandMissing) return message;
     return unknown.empty() ? "a command is missing" : "unknown command \"" + unknown.front() + "\"";
+}
+
+/// What is wrong with the command line, whose last argument is `last`, and what to do about it.
+std::string DescribeMistake(const CLI::App& app, const CLI::ParseError& error, std::string_view last) {
+    const std::vector<std::string> unknown = app.remaining(true);
+    const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+    const bool isCommand = isMissing && std::string(error.what()).find("ubcommand") != std::string::npos;
+    // What is missing may be there, and have been taken for an option.
+    const auto isOption = [](std::string_view word) { return word.starts_with('-'); };
+    const bool isTaken =
+        isMissing && !isCommand && (isOption(last) || std::any_of(unknown.begin(), unknown.end(), isOption));
+    return WhatIsWrong(unknown, error.what(), isCommand) + " (" +
+           (isTaken ? "put \"--\" before a value that begins with \"-\", or " : "") + "see \"" +
+           app.get_name() + " --help\")";
 }
 
 /// The help or the version; returns the exit status.
@@ -264,7 +276,7 @@ std::optional<Request> ParseCommandLine(const std::string& program, int count, c
         } else {
             request.json = request.json || AsksForDocument(count, arguments);
             Report report(request);
-            report.Error(WhatIsWrong(app, error) + " (see \"" + program + " --help\")");
+            report.Error(DescribeMistake(app, error, arguments[count - 1]));
             status = report.Finish(kWrongUse);
         }
         return std::nullopt;

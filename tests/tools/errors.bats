@@ -283,6 +283,27 @@ zet-client: nothing was changed"
     assert_refusal 2 '--config: 1 required FILE missing (see "zet-client --help")'
 }
 
+@test "a value that was taken for an option is told with what makes it one" {
+    printf 'a=1\n' >conf
+    local remedy='(put "--" before a value that begins with "-", or see "zet-client --help")'
+    run_zet param set conf a -x
+    assert_refusal 2 "VALUE is required $remedy"
+    run_zet param set conf a --debug=1
+    assert_refusal 2 "VALUE is required $remedy"
+    run_zet param set conf a -n
+    assert_refusal 2 "VALUE is required $remedy"
+    run_zet line get conf -x
+    assert_refusal 2 "PATTERN is required $remedy"
+    run_zet -n param set conf a
+    assert_refusal 2 'VALUE is required (see "zet-client --help")'
+    run_zet --json param set conf a -x
+    assert_json 'd["errors"]' "$(python3 -c 'import json, sys; print(json.dumps(sys.argv[1:]))' "VALUE is required $remedy")"
+    zet param set --no-markers conf a -- -x
+    assert_file conf $'a=-x\n'
+    zet param set --no-markers conf a -5
+    assert_file conf $'a=-5\n'
+}
+
 @test "an empty name does not stand for the host itself" {
     local option
     for option in --root --config --module; do
