@@ -134,7 +134,7 @@ $HOST/nowhere: the directory of $HOST/nowhere/three.conf cannot be used: No such
     ln -sfn one.conf out/one.conf
     run_zet check-config
     assert_status 1
-    [[ $output == *"too many symbolic links (a link leads back to itself)"* ]]
+    [[ $output == *"too many symbolic links, as when one leads back to itself (correct the links)"* ]]
 }
 
 @test "companions of a target that are in the way are told" {

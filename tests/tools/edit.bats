@@ -188,7 +188,7 @@ apply_diff() {
     run_zet param set dangling a 1
     assert_refusal 1 "$HOST/gone: does not exist (create it, or correct the path)"
     run_zet param set loop a 1
-    assert_refusal 1 "$HOST/loop: too many symbolic links (a link leads back to itself)"
+    assert_refusal 1 "$HOST/loop: too many symbolic links, as when one leads back to itself (correct the links)"
     run_zet param set /dev/null a 1
     assert_refusal 1 "/dev/null: is no regular file (name a regular file)"
     run_zet param set '' a 1

@@ -315,12 +315,12 @@ $TWO: removed, as there was none before"
     assert_status 1
     assert_output "$ONE: could not be put back
 $TWO: removed, as there was none before"
-    assert_stderr "zet-client: error: $ONE: could not be put back: $ONE: too many symbolic links (a link leads back to\
- itself)"
+    assert_stderr "zet-client: error: $ONE: could not be put back: $ONE: too many symbolic links, as when one leads back\
+ to itself (correct the links)"
     assert_absent out/two.conf
     assert_file out/one.conf.before_zet $'old\n'
     run_zet rollback-config "$ONE"
-    assert_refusal 1 "$ONE: too many symbolic links (a link leads back to itself)"
+    assert_refusal 1 "$ONE: too many symbolic links, as when one leads back to itself (correct the links)"
     rm out/one.conf
     run_zet rollback-config
     assert_status 0

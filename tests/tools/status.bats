@@ -209,8 +209,8 @@ $HOST/out/three.conf: not committed"
     assert_status 1
     assert_equal "$(tail -n 2 <<<"${output%?}")" "$ONE: unknown
 $TWO: in sync"
-    assert_stderr "zet-client: error: $ONE: its state cannot be told: $ONE: too many symbolic links (a link leads back to\
- itself)"
+    assert_stderr "zet-client: error: $ONE: its state cannot be told: $ONE: too many symbolic links, as when one leads back\
+ to itself (correct the links)"
     assert_host_unchanged
     run_zet --json status
     assert_json '[t["state"] for t in d["targets"]], len(d["errors"]), "warnings" in d' '[["unknown", "in sync"], 1, false]'
