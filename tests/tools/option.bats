@@ -58,6 +58,22 @@ teardown() {
     assert_success "OTHER.ORG"
 }
 
+@test "set changes every line of the name, also one that is commented out, and no other" {
+    printf '%s\n' '#REALM=A' '# REALM=B' '  REALM=C' 'REALM=D' ' # REALM=E' '# text REALM=F' ' SUBREALM=G' >>zet.conf
+    local others
+    others=$(head -n -7 zet.conf)
+    zet option set REALM NEW
+    assert_file zet.conf "$others
+REALM=NEW
+REALM=NEW
+REALM=NEW
+REALM=NEW
+ # REALM=E
+# text REALM=F
+ SUBREALM=G
+"
+}
+
 @test "set to the value that it has leaves the file untouched" {
     remember_host
     run_zet option set SERVER srv.example.org
