@@ -1,8 +1,8 @@
 #include "Loader.h"
 
 #include <dlfcn.h>
-#include <libintl.h>
 #include <fcntl.h>
+#include <libintl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 

@@ -12,15 +12,12 @@ namespace ZET {
 
 namespace {
 
-/// Whether there is anything to strip. Refuses what the module would take for a region up to the end.
+/// Whether there is anything to strip. Refuses what the module would take for one region though it is more.
 bool HasOwnRegions(const std::string& path) {
     OwnRegions regions;
     ReadLines(path, [&](std::string_view line) { regions.Take(line); });
-    if (regions.OpenLine() != 0) {
-        throw Failure(path + ": the " + (regions.IsBlockOpen() ? "managed block" : "notice") +
-                      " that begins in line " + std::to_string(regions.OpenLine()) +
-                      " has no end, and all that follows would be dropped (\"doctor\" tells a repair)");
-    }
+    const std::string lostEnd = regions.LostEnd();
+    if (!lostEnd.empty()) throw Failure(path + ": " + lostEnd);
     return regions.Any();
 }
 

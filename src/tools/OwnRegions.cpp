@@ -1,15 +1,17 @@
 #include "OwnRegions.h"
 
-#include <algorithm>
-
 namespace ZET {
 
 void OwnRegions::Regions::Take(Marker marker, std::size_t line) {
-    if (openLine != 0) {
-        if (marker == end) openLine = 0;
-    } else if (marker == begin) {
+    if (openLine == 0) {
+        if (marker != begin) return;
         openLine = line;
         any = true;
+    } else if (marker == end) {
+        openLine = 0;
+    } else if (marker == begin && lostEndLine == 0) {
+        lostEndLine = openLine;
+        nextLine = line;
     }
 }
 
@@ -23,9 +25,22 @@ void OwnRegions::Take(std::string_view line) {
     if (!wasInBlock && m_block.openLine == 0) m_notice.Take(marker, m_line);
 }
 
-std::size_t OwnRegions::OpenLine() const {
-    const auto [first, second] = std::minmax(m_block.openLine, m_notice.openLine);
-    return first != 0 ? first : second;
+std::string OwnRegions::LostEnd() const {
+    for (const Regions* regions : {&m_block, &m_notice}) {
+        if (regions->lostEndLine != 0 && regions->lostEndLine != regions->openLine)
+            return LostEndOf(regions->name, regions->lostEndLine, regions->nextLine);
+        if (regions->openLine != 0) return LostEndOf(regions->name, regions->openLine, 0);
+    }
+    return "";
+}
+
+std::string LostEndOf(const std::string& region, std::size_t line, std::size_t next) {
+    const std::string start =
+        "the " + region + " that begins in line " + std::to_string(line) + " has no end";
+    const std::string loss = next == 0 ? ", and all that follows"
+                                       : " before the next begins in line " + std::to_string(next) +
+                                             ", and all up to the end of that one";
+    return start + loss + " would be dropped (\"doctor\" tells a repair)";
 }
 
 }  // namespace ZET

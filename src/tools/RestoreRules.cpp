@@ -4,6 +4,8 @@
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "ManagedText.h"
+#include "Markers.h"
+#include "OwnRegions.h"
 #include "Remedy.h"
 #include "zet/ZETFormat.h"
 
@@ -51,14 +53,12 @@ class RestoreCheck {
     }
 
     void CheckBlock(const ManagedRegion& block) {
-        if (!block.isClosed) {
-            throw Failure(m_request.path + ": the managed block that begins in line " +
-                          std::to_string(block.first) +
-                          " has no end, and all that follows would be dropped (\"doctor\" tells a repair)");
-        }
+        if (!block.isClosed) FailLostEnd(block, 0);
         bool isAllOurs = true;
         for (std::size_t number = block.first + 1; number < block.last; ++number) {
-            const bool isOurs = Matches(m_request.content, m_text.Line(number).text);
+            const std::string_view line = m_text.Line(number).text;
+            if (MarkerOf(line) == Marker::BlockBegin) FailLostEnd(block, number);
+            const bool isOurs = Matches(m_request.content, line);
             isAllOurs = isAllOurs && isOurs;
             m_isSomething = m_isSomething || isOurs;
         }
@@ -66,6 +66,10 @@ class RestoreCheck {
         if (isAllOurs) return;
         m_others +=
             (m_others.empty() ? "" : ", ") + std::to_string(block.first) + "-" + std::to_string(block.last);
+    }
+
+    [[noreturn]] void FailLostEnd(const ManagedRegion& block, std::size_t next) {
+        throw Failure(m_request.path + ": " + LostEndOf("managed block", block.first, next));
     }
 
     bool Matches(const std::string& pattern, std::string_view line) {

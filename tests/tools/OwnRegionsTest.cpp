@@ -19,20 +19,41 @@ OwnRegions Of(std::string_view text) {
     return regions;
 }
 
+/// Where another region of the kind begins inside the region, or 0. A block may part a notice in two.
+std::size_t NextBegin(const ManagedText& view, const ManagedRegion& region) {
+    const bool isBlock = region.kind == RegionKind::Block;
+    const Marker begin = isBlock ? Marker::BlockBegin : Marker::Notice;
+    const LineKind content = isBlock ? LineKind::BlockContent : LineKind::NoticeText;
+    const LineKind end = isBlock ? LineKind::BlockEnd : LineKind::NoticeEnd;
+    for (std::size_t number = region.first; view.Line(number).kind != end; ++number) {
+        const ManagedLine& line = view.Line(number);
+        if (line.kind == content && MarkerOf(line.text) == begin) return number;
+    }
+    return 0;
+}
+
+/// What the whole view of the text says of the first region of a kind that lost its end.
+std::string LostEndIn(const ManagedText& view, RegionKind kind, const std::string& name) {
+    for (const ManagedRegion& region : view.Regions()) {
+        if (region.kind != kind) continue;
+        const std::size_t next = region.isClosed ? NextBegin(view, region) : 0;
+        if (!region.isClosed || next != 0) return LostEndOf(name, region.first, next);
+    }
+    return "";
+}
+
 /// That it says what the whole view of the text says about the same question.
 void ExpectSame(const std::string& text) {
-    bool any = false;
-    ManagedRegion open;
     const ManagedText view(text);
-    for (const ManagedRegion& region : view.Regions()) {
-        if (region.kind != RegionKind::Block && region.kind != RegionKind::Notice) continue;
-        any = true;
-        if (!region.isClosed && open.first == 0) open = region;
-    }
+    bool any = false;
+    for (const ManagedRegion& region : view.Regions())
+        any = any || region.kind == RegionKind::Block || region.kind == RegionKind::Notice;
+    const std::string lostBlockEnd = LostEndIn(view, RegionKind::Block, "managed block");
     const OwnRegions found = Of(text);
     EXPECT_EQ(found.Any(), any) << text;
-    EXPECT_EQ(found.OpenLine(), open.first) << text;
-    EXPECT_EQ(found.IsBlockOpen(), open.first != 0 && open.kind == RegionKind::Block) << text;
+    EXPECT_EQ(found.LostEnd(),
+              lostBlockEnd.empty() ? LostEndIn(view, RegionKind::Notice, "notice") : lostBlockEnd)
+        << text;
 }
 
 TEST(OwnRegions, PlainTextHasNone) {
@@ -44,14 +65,22 @@ TEST(OwnRegions, PlainTextHasNone) {
 TEST(OwnRegions, OpenBlockIsNamedByItsLine) {
     const OwnRegions found = Of(std::string("a\n\n") + ZETBeginMarker + "\nb\n");
     EXPECT_TRUE(found.Any());
-    EXPECT_EQ(found.OpenLine(), 3U);
-    EXPECT_TRUE(found.IsBlockOpen());
+    EXPECT_EQ(found.LostEnd(),
+              "the managed block that begins in line 3 has no end, and all that follows would be dropped "
+              "(\"doctor\" tells a repair)");
 }
 
 TEST(OwnRegions, OpenNoticeIsNamedByItsLine) {
-    const OwnRegions found = Of(std::string(ZETNoticeMarker) + "\nb");
-    EXPECT_EQ(found.OpenLine(), 1U);
-    EXPECT_FALSE(found.IsBlockOpen());
+    EXPECT_EQ(Of(std::string(ZETNoticeMarker) + "\nb").LostEnd(),
+              "the notice that begins in line 1 has no end, and all that follows would be dropped "
+              "(\"doctor\" tells a repair)");
+}
+
+TEST(OwnRegions, BlockThatRunsIntoTheNextIsNamedByBothLines) {
+    const std::string begin = std::string(ZETBeginMarker) + "\n";
+    EXPECT_EQ(Of(begin + "a\nb\n" + begin + "c\n" + ZETEndMarker).LostEnd(),
+              "the managed block that begins in line 1 has no end before the next begins in line 4, and all "
+              "up to the end of that one would be dropped (\"doctor\" tells a repair)");
 }
 
 TEST(OwnRegions, EverySequenceOfMarkersIsSeenAsInTheWholeView) {

@@ -48,6 +48,14 @@ teardown() {
     assert_absent conf.before_zet
 }
 
+@test "strip refuses a block that runs into the next one" {
+    printf '# ---ZET_BEGIN---\na=5\nmine=4\n# ---ZET_BEGIN---\nnew=1\n# ----ZET_END----\n' >conf
+    remember_host
+    run_zet file strip conf
+    assert_refusal 1 'conf: the managed block that begins in line 1 has no end before the next begins in line 4, and all up to the end of that one would be dropped ("doctor" tells a repair)'
+    assert_host_unchanged
+}
+
 @test "strip refuses a block and a notice that have no end" {
     printf 'a=1\n# ---ZET_BEGIN---\nb=2\nprecious\n' >conf
     remember_host

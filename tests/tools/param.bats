@@ -281,6 +281,18 @@ REMEDY='(NAME is part of a regular expression: use "line" with a PATTERN that sa
     assert_file conf "$NOTICE"$'kdc=1\n# --PRE-ZET-- realm=2\n'
 }
 
+@test "restore refuses a file with a block that runs into the next one, whatever is asked for" {
+    printf '# --PRE-ZET-- a=1\n# ---ZET_BEGIN---\na=5\nmine=4\n# ---ZET_BEGIN---\nnew=1\n# ----ZET_END----\n' >conf
+    remember_host
+    local arguments
+    for arguments in 'param restore conf a' 'param restore --all-blocks conf a' 'line restore conf ^new='; do
+        # shellcheck disable=SC2086  # several words
+        run_zet $arguments
+        assert_refusal 1 'conf: the managed block that begins in line 2 has no end before the next begins in line 5, and all up to the end of that one would be dropped ("doctor" tells a repair)'
+    done
+    assert_host_unchanged
+}
+
 @test "restore refuses a file with a block that has no end" {
     printf '# --PRE-ZET-- kdc=1\n# ---ZET_BEGIN---\nkdc=2\nprecious\n' >conf
     remember_host
