@@ -102,7 +102,6 @@ void FileChange::Reserve(const FileVersion& version) {
 }
 
 void FileChange::Perform(const Operation& operation, const std::string& path) {
-    const WrittenLanguage language(m_session.Core());
     const LoggedFailures failures;
     operation(path);
     if (failures.Any()) throw Failure(m_path + ": the edit failed, as the log says (nothing more was done)");
