@@ -158,7 +158,7 @@ class Commit {
             m_report.Warning(planned.path + ": has " + std::to_string(planned.before.links) +
                              " names (hard links); the others keep the former text");
         }
-        if (!planned.isOthersWork) return;
+        if (!planned.IsOthersWork()) return;
         const std::string tense = m_isDryRun ? " would be " : " are ";
         m_report.Warning(planned.path +
                          (planned.before.exists
@@ -174,7 +174,7 @@ class Commit {
         Fields fields = {{"template", planned.target.templateName},
                          {"path", m_session.HostPaths().RealName(planned.path)},
                          {"change", NameOf(planned.change)},
-                         {"edited", planned.isOthersWork},
+                         {"edited", planned.IsOthersWork()},
                          {"secret", planned.target.isSecret}};
         if (planned.change != Change::None) {
             for (auto& field : ChangeFields(planned.before, planned.after))
@@ -246,9 +246,9 @@ class Commit {
             throw Failure(file + ": could not be written whole (make room, then commit again)");
     }
 
-    /// A run that was cut short could not tell what it had written.
+    /// A run that was cut short could tell and record nothing of what it had written.
     bool NeedsRestart(const PlannedTarget& planned) const {
-        return planned.change != Change::None || m_cutShort.count(planned.path) != 0;
+        return planned.change != Change::None || planned.isTouched || m_cutShort.count(planned.path) != 0;
     }
 
     void ReportRestarts(const std::vector<PlannedTarget>& plan) {

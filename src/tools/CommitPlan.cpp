@@ -69,8 +69,7 @@ std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
         planned.before = StateOf(planned.path);
         planned.after = StateInPlace(planned.path, planned.staged);
         planned.change = ChangeOf(planned);
-        planned.isOthersWork = planned.change != PlannedTarget::Change::None && manifest.Has(planned.path) &&
-                               !manifest.IsUntouched(planned.path);
+        planned.isTouched = manifest.Has(planned.path) && !manifest.IsUntouched(planned.path);
         plan.push_back(std::move(planned));
     }
     return plan;

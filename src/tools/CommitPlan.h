@@ -20,9 +20,12 @@ struct PlannedTarget {
     std::string path;    ///< of the real file, links followed
     std::string staged;  ///< the file as it would be
     Change change = Change::None;
-    bool isOthersWork = false;  ///< somebody edited or removed the file since the product wrote it
+    bool isTouched = false;  ///< the file is not the one any more that the last commit recorded
     FileState before;
     FileState after;
+
+    /// Somebody edited or removed the file since the product wrote it.
+    bool IsOthersWork() const { return isTouched && change != Change::None; }
 };
 
 /// Renders every target in the private directory, has its own check command look at the result, and compares

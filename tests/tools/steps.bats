@@ -218,6 +218,24 @@ to be restarted: service-c"
     rmdir out/b.tmp
 }
 
+@test "the services of what no commit recorded are named, whatever ran in between" {
+    add_target one.conf $'${realm}\n' "restart = service-one"
+    run_zet commit-config
+    assert_status 0
+    echo REALM=OTHER >>zet.conf
+    # As a commit that was killed leaves it.
+    run_zet template process one.conf out/one.conf
+    echo "$HOST/out/one.conf" >state/zet.pending
+    echo a=1 >other
+    run_zet param set other a 2
+    assert_status 0
+    run_zet commit-config
+    assert_success "$HOST/out/one.conf: unchanged
+to be restarted: service-one"
+    run_zet commit-config
+    assert_success "$HOST/out/one.conf: unchanged"
+}
+
 @test "a status that cannot be recorded is a failure, and the next run records it" {
     add_target one.conf $'fine\n'
     # What the check before it finds as it should be changes meanwhile.
