@@ -9,6 +9,7 @@
 #include <cstring>
 #include <utility>
 
+#include "Descriptor.h"
 #include "ExitStatus.h"
 #include "Remedy.h"
 
@@ -19,20 +20,6 @@ namespace {
 constexpr mode_t kModeBits = 07777;
 constexpr std::size_t kBlock = std::size_t{128} << 10;
 constexpr auto kAsItIs = static_cast<uid_t>(-1);  // of an owner or a group
-
-class Descriptor {
-  public:
-    explicit Descriptor(int descriptor) : m_descriptor(descriptor) {}
-    ~Descriptor() {
-        if (m_descriptor >= 0) close(m_descriptor);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    operator int() const { return m_descriptor; }
-
-  private:
-    int m_descriptor;
-};
 
 [[noreturn]] void Fail(const std::string& path, const char* what) {
     const int error = errno;

@@ -1,12 +1,13 @@
 #include "Lock.h"
 
 #include <fcntl.h>
-#include <unistd.h>
+#include <sys/file.h>
 
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <thread>
+#include <utility>
 
 #include "ExitStatus.h"
 #include "Signals.h"
@@ -27,51 +28,68 @@ struct flock WholeFile() {
 
 std::string HolderOf(int descriptor) {
     struct flock lock = WholeFile();
+    // Nobody tells who holds the lock of a directory.
     const bool isHeld = fcntl(descriptor, F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
     return isHeld ? "process " + std::to_string(lock.l_pid) : "another process";
 }
 
-bool TryLock(int descriptor) {
+bool TryLockFile(int descriptor) {
     struct flock lock = WholeFile();
     return fcntl(descriptor, F_SETLK, &lock) == 0;
 }
 
-void WaitForLock(int descriptor, const std::string& file) {
+bool TryLockDirectory(int descriptor) {
+    return flock(descriptor, LOCK_EX | LOCK_NB) == 0;
+}
+
+/// False when there are no such locks, as `errno` says.
+bool WaitForLock(int descriptor, const std::string& path, bool (*tryLock)(int)) {
     const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
-    while (!TryLock(descriptor)) {
-        if (errno != EACCES && errno != EAGAIN && errno != EINTR) {
-            throw Failure(file + ": cannot be locked: " + std::strerror(errno) +
-                          " (let ZET_VAR_LIB_DIR be on a file system that has locks)");
-        }
+    while (!tryLock(descriptor)) {
+        if (errno != EACCES && errno != EAGAIN && errno != EINTR) return false;
         SignalGuard::Check();
         if (std::chrono::steady_clock::now() >= deadline) {
-            throw Failure(file + ": " + HolderOf(descriptor) + " has held the lock for " +
+            throw Failure(path + ": " + HolderOf(descriptor) + " has held the lock for " +
                           std::to_string(kLongestWait.count()) + " s (let it end, then try again)");
         }
         std::this_thread::sleep_for(kBetweenTries);
     }
+    return true;
+}
+
+std::string LockFileOf(Session& session) {
+    return session.Param("ZET_VAR_LIB_DIR") + "/zet.lock";
+}
+
+/// Without its file: none, as `errno` says.
+Descriptor Lock(const std::string& file) {
+    Descriptor lock(open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
+    if (lock < 0 || WaitForLock(lock, file, TryLockFile)) return lock;
+    throw Failure(file + ": cannot be locked: " + std::strerror(errno) +
+                  " (let ZET_VAR_LIB_DIR be on a file system that has locks)");
+}
+
+/// None where directories cannot be locked.
+Descriptor LockDirectory(const std::string& directory) {
+    Descriptor lock(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+    return lock >= 0 && WaitForLock(lock, directory, TryLockDirectory) ? std::move(lock) : Descriptor();
+}
+
+[[noreturn]] void FailToOpen(const std::string& file) {
+    throw Failure(file + ": cannot be opened: " + std::strerror(errno) +
+                  " (create the directory ZET_VAR_LIB_DIR, or run as a user who may write there)");
 }
 
 }  // namespace
 
-WriteLock::WriteLock(Session& session, Need need) {
-    const std::string file = session.Param("ZET_VAR_LIB_DIR") + "/zet.lock";
-    m_descriptor = open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600);
-    if (m_descriptor < 0) {
-        if (need == Need::IfPermitted && (errno == EACCES || errno == EROFS || errno == ENOENT)) return;
-        throw Failure(file + ": cannot be opened: " + std::strerror(errno) +
-                      " (create the directory ZET_VAR_LIB_DIR, or run as a user who may write there)");
-    }
-    try {
-        WaitForLock(m_descriptor, file);
-    } catch (...) {
-        close(m_descriptor);
-        throw;
-    }
+WriteLock::WriteLock(Session& session) : m_lock(Lock(LockFileOf(session))) {
+    if (m_lock < 0) FailToOpen(LockFileOf(session));
 }
 
-WriteLock::~WriteLock() {
-    if (m_descriptor >= 0) close(m_descriptor);
+WriteLock::WriteLock(Session& session, const std::string& path) : m_lock(Lock(LockFileOf(session))) {
+    if (m_lock >= 0) return;
+    if (errno != EACCES && errno != EROFS && errno != ENOENT) FailToOpen(LockFileOf(session));
+    m_lock = LockDirectory(DirectoryOf(path));
 }
 
 }  // namespace ZET

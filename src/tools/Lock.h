@@ -1,6 +1,9 @@
 #ifndef ZET_LOCK_H
 #define ZET_LOCK_H
 
+#include <string>
+
+#include "Descriptor.h"
 #include "Session.h"
 
 namespace ZET {
@@ -10,17 +13,14 @@ namespace ZET {
 /// who holds it.
 class WriteLock {
   public:
-    /// What a caller who may not write into ZET_VAR_LIB_DIR gets: a `Failure`, or no lock. The second is for
-    /// edits of files of the caller's own, which need no right on the product's directory.
-    enum class Need { Required, IfPermitted };
+    explicit WriteLock(Session& session);
 
-    explicit WriteLock(Session& session, Need need = Need::Required);
-    ~WriteLock();
-    WriteLock(const WriteLock&) = delete;
-    WriteLock& operator=(const WriteLock&) = delete;
+    /// For an edit of the file `path`, which needs no right on the product's directory: a caller without it
+    /// locks the directory of the file instead, where directories can be locked.
+    WriteLock(Session& session, const std::string& path);
 
   private:
-    int m_descriptor;
+    Descriptor m_lock;
 };
 
 }  // namespace ZET

@@ -208,7 +208,7 @@ int RunTemplateInstall(Session& session) {
         RequireTemplateName(name);
         installations.emplace_back(session, name);
     }
-    Writing writing(session, FilesOf(session, installations), WriteLock::Need::Required);
+    Writing writing(session, FilesOf(session, installations), Writing::Right::OfTheProduct);
     for (Installation& installation : installations)
         installation.Check();
     int status = kDone;
@@ -228,7 +228,7 @@ int RunTemplateProcess(Session& session) {
     const std::string path = session.FilePath(asked.target);
     RequireFreeTarget(session, path);
     if (StateOf(path).exists) RequireReadableFile(path);
-    Writing writing(session, {path}, WriteLock::Need::Required);
+    Writing writing(session, {path}, Writing::Right::OfTheProduct);
     if (!CheckTemplateToRender(session, values)) {
         session.Out().Remark("nothing was changed");
         return kFailed;

@@ -65,12 +65,13 @@ void RequireFreeNames(Session& session, const std::string& path, const std::set<
 
 }  // namespace
 
-Writing::Writing(Session& session, const std::vector<std::string>& paths, WriteLock::Need need)
+Writing::Writing(Session& session, const std::vector<std::string>& paths, Right right)
     : m_session(session), m_paths(paths) {
     const bool isDryRun = session.Asked().dryRun;
     const bool canRecord = CanRecord(session, "");
     if (!isDryRun) {
-        m_lock = std::make_unique<WriteLock>(session, need);
+        m_lock = right == Right::OfTheProduct ? std::make_unique<WriteLock>(session)
+                                              : std::make_unique<WriteLock>(session, paths.front());
         if (canRecord) PendingRecord::ClearLeftOvers(session);
     }
     const std::set<std::string> leftOvers =

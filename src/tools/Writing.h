@@ -16,10 +16,12 @@ namespace ZET {
 /// lock, and the temporary files of a killed run are told from those of others. A dry run holds nothing.
 class Writing {
   public:
+    /// Whether the caller has to have a right on the product's directory, or only on the files.
+    enum class Right { OfTheProduct, OfTheFiles };
+
     /// A `Failure` when one of the files (links followed) could not be written without harm: its directory is
     /// missing, or something that is not ours has the name of a temporary file or a reserve.
-    Writing(Session& session, const std::vector<std::string>& paths,
-            WriteLock::Need need = WriteLock::Need::IfPermitted);
+    Writing(Session& session, const std::vector<std::string>& paths, Right right = Right::OfTheFiles);
 
     /// From here on, the files are written.
     void Begin();

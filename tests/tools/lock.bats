@@ -83,6 +83,38 @@ wait_in_background() {
     release_lock
 }
 
+# without_lock_file: as for a user who may not write into the product's directory.
+without_lock_file() {
+    rm -r state
+    printf '%s=1\n' A B C D E F >conf
+}
+
+@test "an edit without a right on the product's directory waits for others in the directory of its file" {
+    without_lock_file
+    mkfifo "$BASE/release"
+    flock . sh -c ': >"$1" && read -r _ <"$2"' sh "$BASE/held" "$BASE/release" 3>&- &
+    HOLDER=$!
+    while [[ ! -e $BASE/held ]]; do sleep 0.02; done
+    strace -qq -e trace=flock -o "$BASE/trace" "$ZET_BIN/zet-client" --config zet.conf param set conf A 2 3>&- &
+    local waiter=$!
+    until grep -q 'LOCK_EX.*EAGAIN' "$BASE/trace" 2>/dev/null; do sleep 0.02; done
+    assert_equal "$(head -n 1 conf)" "A=1"
+    echo >"$BASE/release"
+    wait "$HOLDER" "$waiter"
+    grep -Fx A=2 conf
+}
+
+@test "edits at the same time without a right on the product's directory are all made" {
+    without_lock_file
+    local name
+    for name in A B C D E F; do
+        zet param set conf "$name" 2 --no-markers -q 3>&- &
+    done
+    for name in A B C D E F; do wait -n; done
+    assert_file conf "$(printf '%s=2\n' A B C D E F)"$'\n'
+    assert_file conf.before_zet "$(printf '%s=1\n' A B C D E F)"$'\n'
+}
+
 @test "a signal ends the waiting, with a report and without a trace" {
     hold_lock
     remember_host
