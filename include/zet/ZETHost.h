@@ -53,6 +53,12 @@ enum class ZETLogTarget { StandardError, SystemLog };
 __attribute__((visibility("default"))) void ConfigureLog(ZETLogTarget target, ZETLogLevel threshold,
                                                          const std::string& identity);
 
+/// Sees each record that is shown, beside the place where it goes, as it stands there.
+using ZETLogObserver = std::function<void(ZETLogLevel level, const std::string& text)>;
+
+/// The observer of every record from now on; an empty one ends that. It must not log, nor configure the log.
+__attribute__((visibility("default"))) void SetLogObserver(ZETLogObserver observer);
+
 /// Sees a file that is about to take the place of another, before anything is done to either. Its exception
 /// keeps the rename from being made, and comes out of `RenameFile`.
 using ZETRenameGuard = std::function<void(const std::string& from, const std::string& to)>;

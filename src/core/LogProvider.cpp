@@ -12,6 +12,7 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Printable.h"
 #include "zet/ZETHost.h"
@@ -25,6 +26,7 @@ struct LogState {
     ZETLogTarget target = ZETLogTarget::StandardError;
     ZETLogLevel threshold = ZETLogWarning;
     std::string identity = "zet";
+    ZETLogObserver observer;
 };
 
 /// Never destroyed: other threads and the destructors of static objects may log to the very end.
@@ -73,6 +75,7 @@ void WriteRecord(ZETLogLevel level, const char* text) {
     const std::lock_guard<std::mutex> lock(state.mutex);
     if (level > state.threshold) return;
     const std::string line = Printable(text);
+    if (state.observer) state.observer(level, line);
     if (state.target == ZETLogTarget::SystemLog) {
         ::syslog(SystemLogPriority(level), "%s", line.c_str());
         return;
@@ -116,6 +119,12 @@ void ConfigureLog(ZETLogTarget target, ZETLogLevel threshold, const std::string&
     state.identity = identity;
     // The system log keeps the pointer, and the identity lives until the log is configured anew.
     if (target == ZETLogTarget::SystemLog) ::openlog(state.identity.c_str(), LOG_PID, LOG_DAEMON);
+}
+
+void SetLogObserver(ZETLogObserver observer) {
+    LogState& state = State();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    state.observer = std::move(observer);
 }
 
 std::size_t CountLoggedErrors() {

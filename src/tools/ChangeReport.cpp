@@ -128,7 +128,7 @@ std::string ShownPath(const std::string& path) {
     return std::filesystem::weakly_canonical(std::filesystem::absolute(path)).string();
 }
 
-bool IsSecret(Session& session, const std::string& path) {
+bool IsSecret(Session& session, const std::string& path, const char* what) {
     try {
         const TargetList list = ListThatIsThere(session);
         const std::set<std::string> names = NamesOfText(session, path);
@@ -139,7 +139,7 @@ bool IsSecret(Session& session, const std::string& path) {
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception& error) {
-        session.Out().Warning(std::string(error.what()) + "; so no diff is shown");
+        session.Out().Warning(std::string(error.what()) + "; so no " + what + " is shown");
         return true;
     }
 }

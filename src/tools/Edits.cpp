@@ -1,5 +1,6 @@
 #include "Edits.h"
 
+#include "ChangeReport.h"
 #include "EditRules.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
@@ -25,16 +26,21 @@ void SaveEdited(IZETConfigFile& file) {
 }
 
 int ReportLookup(Session& session, const std::string& what, const char* key,
-                 const std::optional<std::string>& found) {
+                 const std::optional<std::string>& found, bool isSecret) {
     Report& report = session.Out();
     report.Set("found", found.has_value());
-    report.Set(key, found ? Value(*found) : Value(nullptr));
+    report.Set("secret", isSecret);
+    report.Set(key, found && !isSecret ? Value(*found) : Value(nullptr));
     if (found) {
         report.Line(*found);
     } else {
         report.Detail(what);
     }
     return found ? kDone : kFailed;
+}
+
+bool IsSecretInDocument(Session& session, const std::string& path) {
+    return session.Asked().json && IsSecret(session, path, "text of the file");
 }
 
 std::function<void(const std::string& path)> Edit(Session& session,

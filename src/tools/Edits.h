@@ -27,9 +27,13 @@ inline constexpr char kRemedyOfSaving[] =
 void SaveEdited(IZETConfigFile& file);
 
 /// Reports what was looked up, under `key` ("value", "line"), and returns the exit status: a lookup that
-/// found nothing is told by that alone.
+/// found nothing is told by that alone. What is secret is shown to a reader who asks for it, but not in the
+/// document.
 int ReportLookup(Session& session, const std::string& what, const char* key,
-                 const std::optional<std::string>& found);
+                 const std::optional<std::string>& found, bool isSecret);
+
+/// Whether what was looked up in the file is not to be in the document, if there is one.
+bool IsSecretInDocument(Session& session, const std::string& path);
 
 /// The operation of `FileChange` that edits as the caller's options say.
 std::function<void(const std::string& path)> Edit(Session& session,

@@ -40,6 +40,7 @@ struct ReserveWork {
     }
 
     static std::string ResolvedFile(Session& session) {
+        BeginFileReport(session);
         if (session.Asked().file.empty()) throw UsageError("FILE is empty (name a file)");
         return session.FilePath(session.Asked().file);
     }

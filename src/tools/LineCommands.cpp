@@ -35,7 +35,8 @@ int RunLineGet(Session& session) {
     const std::string line = RemedyErrors(kSimplerExpression, [&] { return file->GetLine(pattern); });
     std::optional<std::string> found;
     if (!line.empty() || SelectsEmptyLine(session, path, pattern)) found = line;
-    return ReportLookup(session, path + ": has no line with \"" + pattern + "\"", "line", found);
+    return ReportLookup(session, path + ": has no line with \"" + pattern + "\"", "line", found,
+                        IsSecretInDocument(session, path));
 }
 
 int RunLineSet(Session& session) {

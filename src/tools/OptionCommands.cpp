@@ -53,7 +53,7 @@ int RunOptionGet(Session& session) {
     std::optional<std::string> value;
     if (IsKnown(session, name)) value = session.Param(name);
     session.Out().Set("name", name);
-    return ReportLookup(session, "there is no parameter \"" + name + "\"", "value", value);
+    return ReportLookup(session, "there is no parameter \"" + name + "\"", "value", value, false);
 }
 
 int RunOptionSet(Session& session) {

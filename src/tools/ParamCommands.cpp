@@ -29,7 +29,8 @@ int RunParamGet(Session& session) {
     const std::string line = OpenedFile(session, path, true)->GetLine(kLookupOpening + name + "=");
     std::optional<std::string> value;
     if (!line.empty()) value = line.substr(line.find('=') + 1);
-    return ReportLookup(session, path + ": has no parameter \"" + name + "\"", "value", value);
+    return ReportLookup(session, path + ": has no parameter \"" + name + "\"", "value", value,
+                        IsSecretInDocument(session, path));
 }
 
 int RunParamSet(Session& session) {

@@ -58,7 +58,8 @@ std::string ResolveInside(const std::string& root, const std::string& path) {
         const std::string target = LinkTarget(current());
         if (target.empty()) continue;
         if (++links > kMostLinks)
-            throw Failure(path + ": too many symbolic links, as when one leads back to itself (correct the links)");
+            throw Failure(path +
+                          ": too many symbolic links, as when one leads back to itself (correct the links)");
         walked.pop_back();
         if (target.front() == '/') walked.clear();
         PrependComponents(target, toWalk);

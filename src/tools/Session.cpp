@@ -54,8 +54,19 @@ std::string LocaleName(const std::string& language) {
 
 }  // namespace
 
+Session::LogInReport::LogInReport(Report& report) {
+    SetLogObserver([&report](ZETLogLevel level, const std::string& text) {
+        if (level == ZETLogError) report.Add("errors", text);
+        if (level == ZETLogWarning) report.Add("warnings", text);
+    });
+}
+
+Session::LogInReport::~LogInReport() {
+    SetLogObserver({});
+}
+
 Session::Session(const Request& request, Report& report)
-    : m_request(request), m_report(report), m_paths(request.root) {
+    : m_request(request), m_report(report), m_logInReport(report), m_paths(request.root) {
     StartLog(request, Threshold(request));
     // Links followed, so that an option that is set goes into the real file and a link stays one.
     m_host = std::make_unique<CZETHost>(m_paths.Resolved(request.configFile));

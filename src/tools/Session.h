@@ -37,10 +37,20 @@ class Session {
     std::string FilePath(const std::string& file) const { return m_paths.Resolved(file); }
 
   private:
+    /// The log's warnings and errors are in the document, too.
+    class LogInReport {
+      public:
+        explicit LogInReport(Report& report);
+        ~LogInReport();
+        LogInReport(const LogInReport&) = delete;
+        LogInReport& operator=(const LogInReport&) = delete;
+    };
+
     void LoadModule(const std::string& file);
 
     const Request& m_request;
     Report& m_report;
+    LogInReport m_logInReport;
     Paths m_paths;
     std::unique_ptr<CZETHost> m_host;
     std::shared_ptr<IZETConfig> m_config;

@@ -56,7 +56,10 @@ namespace {
 
 class LogProvider : public testing::Test {
   protected:
-    ~LogProvider() override { ConfigureLog(ZETLogTarget::StandardError, ZETLogWarning, "zet"); }
+    ~LogProvider() override {
+        SetLogObserver({});
+        ConfigureLog(ZETLogTarget::StandardError, ZETLogWarning, "zet");
+    }
 
     CZETLogProvider& m_log = CZETLogProvider::GetLogProvider();
 };
@@ -82,6 +85,24 @@ TEST_F(LogProvider, RecordsBeyondTheThresholdAreNotShown) {
     ConfigureLog(ZETLogTarget::StandardError, ZETLogError, "x");
     EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogWarning, 1, "w"); }), "");
     EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogError, 1, "e"); }), "x: error: e\n");
+}
+
+TEST_F(LogProvider, ObserverSeesWhatIsShown) {
+    std::vector<std::string> seen;
+    SetLogObserver([&](ZETLogLevel level, const std::string& text) {
+        seen.push_back(std::to_string(level) + " " + text);
+    });
+    LoggedBy([&] {
+        m_log.Put(ZETLogError, 2, "%s", "bro\nken");
+        m_log.Put(ZETLogWarning, 1, "odd");
+        m_log.Put(ZETLogNotice, 1, "not shown");
+        ConfigureLog(ZETLogTarget::SystemLog, ZETLogNotice, "x");
+        m_log.Put(ZETLogNotice, 1, "fine");
+    });
+    SetLogObserver({});
+    m_log.Put(ZETLogNotice, 1, "nobody sees this");
+    EXPECT_THAT(seen, testing::ElementsAre(testing::StartsWith("0 bro"), "1 odd", "2 fine"));
+    EXPECT_THAT(seen.front(), testing::Not(testing::HasSubstr("\n")));
 }
 
 TEST_F(LogProvider, SingleTextIsWrittenAsItStands) {

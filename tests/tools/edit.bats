@@ -395,6 +395,21 @@ assert_nothing_shown() {
     done
 }
 
+@test "a lookup shows a secret to the reader who asks for it, and to no document" {
+    make_secret
+    echo pw=hunter2 >t/a
+    run_zet param get t/a pw
+    assert_success hunter2
+    run_zet --json param get t/a pw
+    assert_status 0
+    assert_json 'd["found"], d["secret"], d["value"]' '[true, true, null]'
+    run_zet --json line get t/a ^pw
+    assert_status 0
+    assert_json 'd["found"], d["secret"], d["line"]' '[true, true, null]'
+    run_zet --json param get conf old
+    assert_json 'd["secret"]' 'false'
+}
+
 @test "as long as the list of targets is broken, no text is shown" {
     make_secret
     sed -i s/secret/secert/ templates/targets.ini

@@ -48,6 +48,16 @@ teardown() {
     assert_absent conf.before_zet
 }
 
+@test "a document has its lists when nothing could be done" {
+    mkdir dir
+    local work
+    for work in strip reserve; do
+        run_zet --json file "$work" dir
+        assert_status 1
+        assert_json 'd["files"], d["dry_run"], len(d["errors"])' '[[], false, 1]'
+    done
+}
+
 @test "strip refuses a block that runs into the next one" {
     printf '# ---ZET_BEGIN---\na=5\nmine=4\n# ---ZET_BEGIN---\nnew=1\n# ----ZET_END----\n' >conf
     remember_host

@@ -71,6 +71,14 @@ zet-client: conf: has no parameter \"nope\""
         '[1, "param get", "conf", "nope", false, null, 1]'
 }
 
+@test "the warnings of the log are in the document, too" {
+    printf '# ---ZET_BEGIN---\na=1\n# ----ZET_END----\n# ----ZET_END----\n' >conf
+    run_zet --json param set conf b 1
+    assert_status 0
+    assert_json 'd["warnings"], "errors" in d' "[[\"Unexpected token '# ----ZET_END----' in line 4.\"], false]"
+    assert_stderr "zet-client: warning: Unexpected token '# ----ZET_END----' in line 4."
+}
+
 @test "get as a document flags bytes that are no UTF-8" {
     printf 'kdc=\xff\n' >conf
     run_zet --json param get conf kdc
