@@ -220,7 +220,14 @@ class Rollback {
         if (!CheckTemplateFile(m_session, file.templateName, m_session.Config().TemplatesValues()).empty())
             return false;
         const QuietLog quiet(m_session.Asked(), ZETLogError);
-        return IsSame(file.path, RenderStaged(m_session, m_staging, file.templateName));
+        return IsSame(file.path, RenderStaged(m_session, Room(), file.templateName));
+    }
+
+    /// Made when it is needed: most rollbacks compare nothing, and work where there is no room left.
+    const Staging& Room() {
+        if (!m_staging)
+            m_staging = std::make_unique<Staging>(m_isDryRun ? "" : m_session.Param("ZET_VAR_LIB_DIR"));
+        return *m_staging;
     }
 
     static bool IsSame(const std::string& one, const std::string& other) {
@@ -246,7 +253,7 @@ class Rollback {
     Report& m_report;
     bool m_isDryRun;
     Manifest m_manifest;
-    Staging m_staging;
+    std::unique_ptr<Staging> m_staging;
     bool m_isKept = false;     ///< something stays that should have been put back
     bool m_isChanged = false;  ///< something was, or would be, put back
 };

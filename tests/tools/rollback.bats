@@ -399,3 +399,13 @@ $TWO: edited, stays as it is"
     assert_status 0
     assert_json '[(t["path"], t["change"]) for t in d["targets"]][2]' "[\"$HOST/real/three.conf\", \"removed\"]"
 }
+
+@test "a rollback needs no directory for temporary files" {
+    original one.conf $'old\n'
+    zet -q commit-config
+    export TMPDIR=$BASE/nowhere
+    run_zet rollback-config
+    assert_status 0
+    assert_file out/one.conf $'old\n'
+    export TMPDIR=$BASE/tmp
+}
