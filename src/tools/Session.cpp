@@ -134,7 +134,7 @@ WrittenLanguage::WrittenLanguage(IZETCore& core) {
     const std::string language = core.GetParam("ZET_LANG");
     RequireLanguage(language);
     for (const int category : kTextCategories)
-        m_former.push_back(setlocale(category, nullptr));
+        m_former[category] = setlocale(category, nullptr);
     // The reader's list of preferred languages would win over the one that is set.
     if (const char* preference = std::getenv(kPreference)) m_formerPreference = preference;
     unsetenv(kPreference);
@@ -144,8 +144,8 @@ WrittenLanguage::WrittenLanguage(IZETCore& core) {
 
 WrittenLanguage::~WrittenLanguage() {
     if (m_formerPreference) setenv(kPreference, m_formerPreference->c_str(), 1);
-    for (std::size_t index = 0; index < m_former.size(); ++index)
-        setlocale(kTextCategories[index], m_former[index].c_str());
+    for (const auto& [category, locale] : m_former)
+        setlocale(category, locale.c_str());
 }
 
 }  // namespace ZET

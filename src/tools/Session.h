@@ -1,6 +1,7 @@
 #ifndef ZET_SESSION_H
 #define ZET_SESSION_H
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -114,7 +115,7 @@ class WrittenLanguage {
     WrittenLanguage& operator=(const WrittenLanguage&) = delete;
 
   private:
-    std::vector<std::string> m_former;  ///< locales
+    std::map<int, std::string> m_former;  ///< the locale of each category
     std::optional<std::string> m_formerPreference;
 };
 
