@@ -24,10 +24,10 @@ class Tool:
     prepare: list | None = None  # run before each run, untimed
     stdout: bool = False  # `output` is what is printed
     safe: bool = True  # leaves the old or the new file, whatever happens
-    extra: bool = False  # takes part only where it is installed
+    extra: bool = False  # takes part only where the program of its name is installed
 
     def is_installed(self):
-        return shutil.which(self.command[0]) is not None
+        return shutil.which(self.name) is not None
 
 
 @dataclasses.dataclass
