@@ -159,11 +159,14 @@ class Commit {
                              " names (hard links); the others keep the former text");
         }
         if (!planned.IsOthersWork()) return;
-        const std::string tense = m_isDryRun ? " would be " : " are ";
-        m_report.Warning(planned.path +
-                         (planned.before.exists
-                              ? ": was edited since the last commit; the edits" + tense + "overwritten"
-                              : std::string(": was removed since the last commit")));
+        m_report.Warning(planned.path + ": " + DescribeOthersWork(planned));
+    }
+
+    std::string DescribeOthersWork(const PlannedTarget& planned) const {
+        if (!planned.before.exists) return "was removed since the last commit";
+        const std::string end = (m_isDryRun ? " would be" : " are") + std::string(" overwritten");
+        return planned.isTouched ? "was edited since the last commit; the edits" + end
+                                 : "holds changes that are kept nowhere; they" + end;
     }
 
     std::string WantedDiff(const PlannedTarget& planned) const {
@@ -246,9 +249,11 @@ class Commit {
             throw Failure(file + ": could not be written whole (make room, then commit again)");
     }
 
-    /// A run that was cut short could tell and record nothing of what it had written.
+    /// A run that was cut short could tell and record nothing of what it had written; the commands that came
+    /// after it may have cleared away what it left.
     bool NeedsRestart(const PlannedTarget& planned) const {
-        return planned.change != Change::None || planned.isTouched || m_cutShort.count(planned.path) != 0;
+        return planned.change != Change::None || planned.isTouched || planned.isUnrecorded ||
+               m_cutShort.count(planned.path) != 0;
     }
 
     void ReportRestarts(const std::vector<PlannedTarget>& plan) {

@@ -1,11 +1,17 @@
 #include "CommitPlan.h"
 
+#include <unistd.h>
+
+#include <optional>
+
 #include "ChangeReport.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "Process.h"
 #include "Render.h"
 #include "Signals.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
 
 namespace ZET {
 
@@ -54,11 +60,45 @@ std::string RenderQuietly(Session& session, const Staging& staging, const Target
     return RenderStaged(session, staging, target.templateName);
 }
 
+/// What the product has on record of the files, for the role that is committed and for the other one.
+class Records {
+  public:
+    Records(Session& session, const Manifest& own) : m_session(session), m_own(own) {}
+
+    void FillIn(PlannedTarget& planned) {
+        const std::string& path = planned.path;
+        planned.isTouched = m_own.Has(path) && !m_own.IsUntouched(path);
+        planned.isUnrecorded = !m_own.Has(path) && HasCompanion(path) && !Other().IsUntouched(path);
+        planned.isReserved = planned.isUnrecorded && planned.before.exists && IsReserved(path);
+    }
+
+  private:
+    static bool HasCompanion(const std::string& path) {
+        return IsFileExist(path + ZETReserveSuffix) || IsFileExist(path + ZETAbsenceSuffix);
+    }
+
+    static bool IsReserved(const std::string& path) {
+        const std::string reserve = path + ZETReserveSuffix;
+        return access(reserve.c_str(), R_OK) == 0 && HaveSameBytes(path, reserve);
+    }
+
+    /// Read when it is needed: most commits do without.
+    const Manifest& Other() {
+        if (!m_other) m_other.emplace(m_session, m_session.Role() == "server" ? "client" : "server");
+        return *m_other;
+    }
+
+    Session& m_session;
+    const Manifest& m_own;
+    std::optional<Manifest> m_other;
+};
+
 }  // namespace
 
 std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
                                        const std::vector<Target>& targets, const Manifest& manifest) {
     std::vector<PlannedTarget> plan;
+    Records records(session, manifest);
     for (const Target& target : targets) {
         SignalGuard::Check();
         PlannedTarget planned;
@@ -69,7 +109,7 @@ std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
         planned.before = StateOf(planned.path);
         planned.after = StateInPlace(planned.path, planned.staged);
         planned.change = ChangeOf(planned);
-        planned.isTouched = manifest.Has(planned.path) && !manifest.IsUntouched(planned.path);
+        records.FillIn(planned);
         plan.push_back(std::move(planned));
     }
     return plan;

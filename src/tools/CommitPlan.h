@@ -20,12 +20,17 @@ struct PlannedTarget {
     std::string path;    ///< of the real file, links followed
     std::string staged;  ///< the file as it would be
     Change change = Change::None;
-    bool isTouched = false;  ///< the file is not the one any more that the last commit recorded
+    bool isTouched = false;     ///< the file is not the one any more that the last commit recorded
+    bool isUnrecorded = false;  ///< the product had to do with the file, but no commit recorded it as it is
+    bool isReserved = false;    ///< what the file holds is what its reserve holds
     FileState before;
     FileState after;
 
     /// Somebody edited or removed the file since the product wrote it.
-    bool IsOthersWork() const { return isTouched && change != Change::None; }
+    bool IsOthersWork() const { return change != Change::None && (isTouched || HoldsUnkeptText()); }
+
+    /// Nothing but the file itself has what it holds. What a commit was killed at is as it was reserved.
+    bool HoldsUnkeptText() const { return isUnrecorded && before.exists && !isReserved; }
 };
 
 /// Renders every target in the private directory, has its own check command look at the result, and compares

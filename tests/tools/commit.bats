@@ -146,6 +146,68 @@ $HOST/out/two.conf: unchanged"
     assert_stderr ""
 }
 
+# UNRECORDED is how a commit calls what is lost with a file that no commit of the role recorded.
+UNRECORDED="holds changes that are kept nowhere; they are overwritten"
+
+@test "an edit of a file that the product came to without a commit is overwritten with a warning" {
+    original one.conf $'orig=1\n'
+    zet param set out/one.conf orig 2
+    echo precious >>out/one.conf
+    original two.conf $'orig=1\n'
+    zet file reserve out/two.conf
+    run_zet commit-config -n two.conf
+    assert_stderr ""
+    echo precious >>out/two.conf
+    remember_host
+    run_zet --json commit-config -n
+    assert_status 3
+    assert_json '[t["edited"] for t in d["targets"]]' '[true, true]'
+    assert_stderr "zet-client: warning: $HOST/out/one.conf: ${UNRECORDED/are over/would be over}
+zet-client: warning: $HOST/out/two.conf: ${UNRECORDED/are over/would be over}"
+    assert_host_unchanged
+    run_zet commit-config
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/out/one.conf: $UNRECORDED
+zet-client: warning: $HOST/out/two.conf: $UNRECORDED"
+    assert_file out/one.conf.before_zet $'orig=1\n'
+    run_zet commit-config
+    assert_success "$HOST/out/one.conf: unchanged
+$HOST/out/two.conf: unchanged"
+}
+
+@test "an edit after the commit of the other role is overwritten with a warning, its work without one" {
+    zet commit-config
+    echo precious >>out/two.conf
+    capture server --json commit-config
+    assert_status 0
+    assert_json '[(t["change"], t["edited"]) for t in d["targets"]]' '[["changed", false], ["changed", true]]'
+    assert_stderr "zet-init: warning: $HOST/out/two.conf: $UNRECORDED"
+}
+
+@test "an edit is overwritten with a warning where the manifest was lost" {
+    zet commit-config
+    rm state/zet-client.manifest
+    echo precious >>out/one.conf
+    run_zet commit-config
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/out/one.conf: $UNRECORDED"
+}
+
+@test "a commit that was killed before it wrote its target takes nobody's work for lost" {
+    original one.conf $'old\n'
+    local count=0
+    # Until there is the reserve, and not yet the target.
+    while [[ ! -e out/one.conf.before_zet ]]; do
+        capture strace -f -qq -o "$BASE/trace" -e trace=/rename -e "inject=/rename:signal=KILL:when=$((++count))" \
+            "$ZET_BIN/zet-client" --config zet.conf commit-config
+        assert_status 137
+        assert_file out/one.conf $'old\n'
+    done
+    run_zet commit-config
+    assert_status 0
+    [[ $stderr != *warning* && $output == *"one.conf: changed"* ]]
+}
+
 @test "a file that was removed by hand is made again, with a warning that names it" {
     original one.conf $'old\n'
     zet commit-config

@@ -98,10 +98,10 @@ $empty"
 line 11 of the_file is no good
 and this is standard error
 "
-    assert_files_unchanged
+    assert_unchanged_but_staging
     run_zet commit-config -n
     assert_status 1
-    assert_files_unchanged
+    assert_unchanged_but_staging
     assert_equal "$(names_in "$TMPDIR")" ""
 }
 
@@ -127,12 +127,12 @@ and this is standard error
     run_zet commit-config
     assert_refusal 1 "$HOST/out/one.conf: its check \"dies\" refuses what [one.conf] renders to, with status 137 (correct the template)
 "
-    assert_files_unchanged
+    assert_unchanged_but_staging
     sed -i 's/= dies.*/= missing-program {}/' templates/targets.ini
     remember_files
     run_zet commit-config
     assert_refusal 1 "$HOST/out/one.conf: what [one.conf] renders to cannot be checked: missing-program: cannot be started: No such file or directory (install it, or correct its name)"
-    assert_files_unchanged
+    assert_unchanged_but_staging
 }
 
 @test "a check command runs for targets that would not change, too, and on the mode that they get" {
@@ -234,6 +234,41 @@ to be restarted: service-c"
 to be restarted: service-one"
     run_zet commit-config
     assert_success "$HOST/out/one.conf: unchanged"
+}
+
+@test "the services of what a killed first commit wrote are named, though another command cleared up after it" {
+    add_target a $'${realm}\n' "restart = service-a"
+    add_target b $'${realm}\n' "restart = service-b"
+    original a $'old\n'
+    original b "$(notice b)"$'\nEXAMPLE.ORG\n'
+    chmod 644 out/b
+    add_target c $'${realm}\n' "restart = service-c"
+    stop_before 2 KILL
+    run_zet commit-config --diff
+    assert_status 137
+    assert_made a $'EXAMPLE.ORG\n'
+    echo a=1 >other
+    zet param set other a 2
+    assert_absent state/zet.pending
+    run_zet --json commit-config -n
+    assert_json 'd["restart"]' '["service-a", "service-c"]'
+    run_zet --json commit-config
+    assert_json '[t["change"] for t in d["targets"]], d["restart"]' \
+        '[["unchanged", "unchanged", "created"], ["service-a", "service-c"]]'
+    run_zet --json commit-config
+    assert_json 'd["restart"]' '[]'
+}
+
+@test "the services of what the other role committed are not named again" {
+    add_target a $'${realm}\n' "restart = service-a"
+    capture server commit-config
+    assert_status 0
+    # The notice names the command of its role, which would be a change.
+    sed -i 's/zet-init commit-config/zet-client commit-config/' out/a
+    zet commit-config
+    mv state/zet-client.manifest state/zet-server.manifest
+    run_zet commit-config
+    assert_success "$HOST/out/a: unchanged"
 }
 
 @test "a status that cannot be recorded is a failure, and the next run records it" {
