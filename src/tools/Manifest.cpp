@@ -60,6 +60,16 @@ bool Manifest::IsUntouched(const std::string& path) const {
     return entry != m_entries.end() && entry->second == EntryOf(path);
 }
 
+bool Manifest::IsEdited(Session& session, const std::string& path) {
+    bool isRecorded = false;
+    for (const char* role : {"server", "client"}) {
+        const Manifest manifest(session, role);
+        if (manifest.IsUntouched(path)) return false;
+        isRecorded = isRecorded || manifest.Has(path);
+    }
+    return isRecorded;
+}
+
 void Manifest::Record(const std::string& path) {
     m_entries[path] = EntryOf(path);
 }

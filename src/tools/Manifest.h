@@ -29,6 +29,9 @@ class Manifest {
     /// Whether the file is still the one that was recorded; a link in its place is not.
     bool IsUntouched(const std::string& path) const;
 
+    /// Whether a commit of any role recorded the file, and none did as it is now.
+    static bool IsEdited(Session& session, const std::string& path);
+
     /// Records the file as it is now.
     void Record(const std::string& path);
     void Forget(const std::string& path) { m_entries.erase(path); }

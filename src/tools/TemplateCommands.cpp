@@ -7,6 +7,7 @@
 #include "Commands.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
+#include "Manifest.h"
 #include "Render.h"
 #include "Replacement.h"
 #include "Staging.h"
@@ -159,6 +160,13 @@ void RequireFreeTarget(Session& session, const std::string& path) {
     if (!use.empty()) throw Failure(path + ": is " + use + " (name another file)");
 }
 
+/// As a commit warns of them.
+void WarnOfEdits(Session& session, const std::string& path) {
+    if (!Manifest::IsEdited(session, session.HostPaths().RealName(path))) return;
+    session.Out().Warning(path + ": was edited since the last commit; the edits" +
+                          (session.Asked().dryRun ? " would be " : " are ") + "overwritten");
+}
+
 /// What putting `made` into the target's place does, or would do.
 FileReport Planned(Session& session, const std::string& path, const std::string& made) {
     FileReport report{session.Asked().target, path, "created", StateOf(path), {}, "", "", ""};
@@ -171,6 +179,7 @@ FileReport Planned(Session& session, const std::string& path, const std::string&
     const bool isShown = session.Asked().diff && report.change != "unchanged" &&
                          !IsSecret(session, WorkingCopy(session, session.Asked().name));
     if (isShown) report.diff = DiffToShow(session, report.before.exists ? path : "", made, path);
+    if (report.change == "changed") WarnOfEdits(session, path);
     return report;
 }
 

@@ -285,6 +285,24 @@ extra = x example.org
     assert_success "$HOST/two: created"
 }
 
+@test "process over a target that was edited since its commit warns of it" {
+    printf '%s\n' '[two.conf]' "target = $HOST/two" 'roles = both' >templates/targets.ini
+    zet commit-config
+    echo 'plain again' >etc/two.conf
+    run_zet template process -n two.conf "$HOST/two"
+    assert_status 3
+    assert_stderr ""
+    echo precious >>two
+    run_zet template process -n two.conf "$HOST/two"
+    assert_status 3
+    assert_stderr "zet-client: warning: $HOST/two: was edited since the last commit; the edits would be overwritten"
+    run_zet template process two.conf two
+    assert_status 0
+    assert_stderr "zet-client: warning: two: was edited since the last commit; the edits are overwritten"
+    run_zet template process two.conf two
+    assert_success "two: unchanged"
+}
+
 @test "process in a dry run installs no working copy and writes nothing" {
     remember_host
     run_zet template process -n --diff two.conf out
