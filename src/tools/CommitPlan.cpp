@@ -29,6 +29,13 @@ ProcessResult ResultOfCheck(const Target& target, const std::string& path,
     }
 }
 
+/// What was looked at must be what is written.
+void RequireUnchanged(const std::string& staged, mode_t mode, const std::string& bytes,
+                      const std::string& failure) {
+    const FileState now = StateOf(staged);
+    if (!now.IsRegular() || now.mode != mode || ReadFileBytes(staged) != bytes) throw Failure(failure);
+}
+
 /// `path` is the target as it is on this host, below the root directory.
 void RunOwnCheck(const Target& target, const std::string& path, const std::string& staged) {
     if (target.check.empty()) return;
@@ -38,13 +45,17 @@ void RunOwnCheck(const Target& target, const std::string& path, const std::strin
              place = argument.find("{}", place + staged.size()))
             argument.replace(place, 2, staged);
     }
+    const mode_t mode = StateOf(staged).mode;
+    const std::string bytes = ReadFileBytes(staged);
     const ProcessResult result = ResultOfCheck(target, path, arguments);
-    if (result.status == 0) return;
+    const std::string itsCheck = path + ": its check \"" + target.check.front() + "\" ";
+    if (result.status == 0)
+        return RequireUnchanged(staged, mode, bytes,
+                                itsCheck + "changed the file it was given (let it only read)");
     // What the command prints may quote the file.
     const std::string output = target.isSecret ? "" : "\n" + result.output;
-    throw Failure(path + ": its check \"" + target.check.front() + "\" refuses what [" + target.templateName +
-                  "] renders to, with status " + std::to_string(result.status) + " (correct the template)" +
-                  output);
+    throw Failure(itsCheck + "refuses what [" + target.templateName + "] renders to, with status " +
+                  std::to_string(result.status) + " (correct the template)" + output);
 }
 
 PlannedTarget::Change ChangeOf(const PlannedTarget& planned) {

@@ -148,6 +148,36 @@ and this is standard error
     assert_file "$BASE/note" $'600\n600\n'
 }
 
+@test "a check command that changes the file it is given keeps all of them from being written" {
+    script change <<-'SCRIPT'
+		#!/bin/sh
+		case $CHANGE in
+		    bytes) echo added >>"$1" ;;
+		    turned) tr a-z A-Z <"$1" >"$1.new" && cat "$1.new" >"$1" && rm "$1.new" ;;
+		    mode) chmod 600 "$1" ;;
+		    gone) rm "$1" ;;
+		    kind) rm "$1" && mkdir "$1" ;;
+		esac
+	SCRIPT
+    add_target one.conf $'fine\n'
+    add_target two.conf $'fine\n' "check = change {}"
+    original one.conf $'old\n'
+    remember_files
+    local dry
+    for CHANGE in bytes turned mode gone kind; do
+        export CHANGE
+        for dry in "" -n; do
+            run_zet commit-config $dry
+            assert_refusal 1 "$HOST/out/two.conf: its check \"change\" changed the file it was given (let it only read)"
+            assert_files_unchanged
+        done
+    done
+    CHANGE=none
+    run_zet commit-config
+    assert_status 0
+    assert_made two.conf $'fine\n'
+}
+
 @test "the original is reserved before the target is written" {
     add_target one.conf $'fine\n'
     original one.conf $'old\n'
