@@ -11,6 +11,7 @@
 
 #include "ExitStatus.h"
 #include "FileBytes.h"
+#include "FileOrigin.h"
 #include "Manifest.h"
 #include "Render.h"
 #include "Targets.h"
@@ -64,6 +65,18 @@ std::set<std::string> NamesOfText(Session& session, const std::string& path) {
     do {
         names.insert(name);
     } while (NameOriginal(name));
+    return names;
+}
+
+/// The same of the templates that the file, its reserve or what it is a copy of says to be made from.
+std::set<std::string> NamesOfTemplates(Session& session, const std::string& path) {
+    std::set<std::string> files = NamesOfText(session, path);
+    files.insert(NameOf(session, path + ZETReserveSuffix));
+    std::set<std::string> names;
+    for (const std::string& file : files) {
+        const std::string named = TemplateNamedIn(session, file);
+        if (!named.empty()) names.insert(NameOf(session, named));
+    }
     return names;
 }
 
@@ -131,11 +144,12 @@ std::string ShownPath(const std::string& path) {
 bool IsSecret(Session& session, const std::string& path, const char* what) {
     try {
         const TargetList list = ListThatIsThere(session);
-        const std::set<std::string> names = NamesOfText(session, path);
-        return HasLeftList(session, list, names) ||
-               std::any_of(list.targets.begin(), list.targets.end(), [&](const Target& target) {
-                   return target.isSecret && HoldsTextOf(session, target, names);
-               });
+        std::set<std::string> names = NamesOfText(session, path);
+        if (HasLeftList(session, list, names)) return true;
+        names.merge(NamesOfTemplates(session, path));
+        return std::any_of(list.targets.begin(), list.targets.end(), [&](const Target& target) {
+            return target.isSecret && HoldsTextOf(session, target, names);
+        });
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception& error) {

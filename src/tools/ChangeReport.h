@@ -28,8 +28,9 @@ void BeginFileReport(Session& session);
 int ReportFile(Session& session, const FileReport& report);
 
 /// Whether the file holds, or once was to hold, text that is never shown: that of a secret target, its
-/// template or a copy of either, or of a target that left the list. A list of targets that cannot be relied
-/// on keeps every text from being shown; a warning tells then that there is no `what`.
+/// template, a copy of either or a file that was made of the template, or of a target that left the list. A
+/// list of targets that cannot be relied on keeps every text from being shown; a warning tells then that
+/// there is no `what`.
 bool IsSecret(Session& session, const std::string& path, const char* what = "diff");
 
 /// The path as the labels of a diff have it: one with ".." in it is none that `patch` accepts.

@@ -1,11 +1,14 @@
 #include "FileOrigin.h"
 
 #include <algorithm>
+#include <fstream>
 
 #include "ChangeReport.h"
+#include "Diff.h"
 #include "ExitStatus.h"
 #include "Render.h"
 #include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
 
 namespace ZET {
 
@@ -51,6 +54,16 @@ void NameTemplate(Session& session, const std::string& path, FileOrigin& origin)
     if (IsFileExist(file)) origin.templateFile = file;
 }
 
+/// Where the notice of a file is that was made from a template, unless somebody put very much before it.
+std::string HeadOf(const std::string& path) {
+    constexpr std::size_t kSizeOfHead = 64 * 1024;
+    std::string head(kSizeOfHead, '\0');
+    std::ifstream file(path, std::ios::binary);
+    file.read(head.data(), static_cast<std::streamsize>(head.size()));
+    head.resize(static_cast<std::size_t>(file.gcount()));
+    return head;
+}
+
 }  // namespace
 
 FileOrigin FindOrigin(Session& session, const std::string& file, const ManagedText& text,
@@ -61,6 +74,13 @@ FileOrigin FindOrigin(Session& session, const std::string& file, const ManagedTe
     origin.isMade = !path.empty();
     if (origin.isMade) NameTemplate(session, path, origin);
     return origin;
+}
+
+std::string TemplateNamedIn(Session& session, const std::string& path) {
+    if (!StateOf(path).IsRegular()) return "";
+    const std::string head = HeadOf(path);
+    if (head.find(ZETNoticeMarker) == std::string::npos) return "";
+    return TemplateInNotice(ManagedText(head), WrittenNoticeTexts(session));
 }
 
 NoticeTexts WrittenNoticeTexts(Session& session) {

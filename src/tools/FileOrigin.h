@@ -25,6 +25,9 @@ struct FileOrigin {
 FileOrigin FindOrigin(Session& session, const std::string& file, const ManagedText& text,
                       const NoticeTexts& noticeTexts);
 
+/// The template that the notice at the head of a file names, as it stands there; empty when none does.
+std::string TemplateNamedIn(Session& session, const std::string& path);
+
 /// The texts of the notices in the language in which they are written into files.
 NoticeTexts WrittenNoticeTexts(Session& session);
 

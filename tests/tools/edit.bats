@@ -395,6 +395,33 @@ assert_nothing_shown() {
     done
 }
 
+@test "the text of a secret template is not shown of a file that was made of it elsewhere" {
+    make_secret
+    echo 'open=1' >templates/b
+    zet -q template process a elsewhere
+    zet -q template process b plain
+    cp elsewhere elsewhere.old
+    local file
+    for file in elsewhere elsewhere.old elsewhere.before_zet; do
+        [[ -e $file ]] || cp elsewhere "$file"
+        assert_nothing_shown param set "$file" new hidden
+        assert_nothing_shown line set "$file" ^new 'new = hidden'
+        assert_nothing_shown file strip "$file"
+        run_zet --json line get "$file" word
+        assert_json 'd["found"], d["secret"], d["line"]' '[true, true, null]'
+        run_zet --json explain "$file"
+        assert_json 'd["secret"]' true
+        [[ $output != *word* ]]
+    done
+    assert_nothing_shown template process b elsewhere
+    run_zet --json explain plain
+    assert_json 'd["secret"]' false
+    run_zet param set -n --diff plain new open
+    [[ $output == *+new=open* ]]
+    run_zet file strip --diff elsewhere
+    assert_success "elsewhere: changed, the original is kept as elsewhere.before_zet"
+}
+
 @test "a lookup shows a secret to the reader who asks for it, and to no document" {
     make_secret
     echo pw=hunter2 >t/a
