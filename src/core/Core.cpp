@@ -6,7 +6,6 @@
 
 #include "Message.h"
 #include "StatusWriter.h"
-#include "Sync.h"
 
 namespace ZET {
 
@@ -21,11 +20,7 @@ const std::string& WithCatalogue(const std::string& configFile) {
 }  // namespace
 
 CZETCore::CZETCore(const std::string& configFile) : m_parameters(WithCatalogue(configFile)) {
-    SetSyncing(m_parameters.Sync());
-}
-
-CZETCore::~CZETCore() {
-    SetSyncing(true);
+    m_syncing.Set(m_parameters.Sync());
 }
 
 const std::string& CZETCore::GetDomainName() {
@@ -54,7 +49,7 @@ std::string CZETCore::GetParam(const std::string& key) {
 
 void CZETCore::UpdateParam(const std::string& key, const std::string& value) {
     m_parameters.Update(key, value);
-    SetSyncing(m_parameters.Sync());
+    m_syncing.Set(m_parameters.Sync());
 }
 
 bool CZETCore::MatchRegEx(const std::string& pattern, const std::string& subject, void* reserved,

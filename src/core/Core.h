@@ -6,6 +6,7 @@
 #include "Parameters.h"
 #include "RegEx.h"
 #include "Registry.h"
+#include "Sync.h"
 #include "zet/IZETCore.h"
 
 namespace ZET {
@@ -15,7 +16,6 @@ class CZETCore final : public IZETCore {
   public:
     /// Reads the parameters from `configFile`.
     explicit CZETCore(const std::string& configFile);
-    ~CZETCore() override;
 
     const std::string& GetDomainName() override;
     const std::string& GetServerName() override;
@@ -32,6 +32,7 @@ class CZETCore final : public IZETCore {
 
   private:
     Parameters m_parameters;
+    SyncVote m_syncing;
     RegEx m_regEx;
     Registry m_registry;  // last: an interface may still ask for the other services when it goes
 };

@@ -58,6 +58,9 @@ ParameterLine SplitLine(const std::string& path, std::size_t number, std::string
     if (!IsParameterName(name))
         Fail("%s:%zu: '%s' is no name of a parameter (use letters, digits and \"_\", no digit first)",
              path.c_str(), number, Printable(name).c_str());
+    if (line.back() == '\r')
+        Warn("%s:%zu: the value of %s ends with a carriage return (save the file with plain line feeds)",
+             path.c_str(), number, std::string(name).c_str());
     return {number, name, line.substr(equals + 1)};
 }
 

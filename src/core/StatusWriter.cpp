@@ -13,10 +13,9 @@ std::string PresentTime() {
     const std::time_t now = std::time(nullptr);
     std::tm parts;
     char text[sizeof "2000-01-01T00:00:00Z" + 16];
-    if (::gmtime_r(&now, &parts) == nullptr ||
-        std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts) == 0)
-        Fail("Failed to tell the time: %m.");
-    return text;
+    if (::gmtime_r(&now, &parts) == nullptr) Fail("Failed to tell the time: %m.");
+    const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts);
+    return std::string(text, length);
 }
 
 /// False when the stream has failed, also when it is one that throws then.

@@ -12,7 +12,8 @@ namespace ZET {
 
 namespace {
 
-std::atomic<bool> syncing = true;
+std::atomic<int> votes = 0;
+std::atomic<int> votesAgainst = 0;
 
 /// What cannot be opened for reading cannot be synced by itself, although it may be renamed: then everything
 /// is.
@@ -32,12 +33,23 @@ bool SyncDescriptor(int number) {
 
 }  // namespace
 
-void SetSyncing(bool on) {
-    syncing = on;
+bool IsSyncing() {
+    const int against = votesAgainst;
+    return against == 0 || against < votes;
 }
 
-bool IsSyncing() {
-    return syncing;
+SyncVote::SyncVote() {
+    votes++;
+}
+
+SyncVote::~SyncVote() {
+    Set(true);
+    votes--;
+}
+
+void SyncVote::Set(bool on) {
+    if (on != m_isOn) votesAgainst += on ? -1 : 1;
+    m_isOn = on;
 }
 
 void SyncFile(const Descriptor& file, const std::string& path) {

@@ -9,8 +9,21 @@
 /// process, as the file helpers are.
 namespace ZET {
 
-void SetSyncing(bool on);
 bool IsSyncing();
+
+/// A host's say in it: syncing is off while every host wants it off.
+class SyncVote {
+  public:
+    SyncVote();
+    ~SyncVote();
+    SyncVote(const SyncVote&) = delete;
+    SyncVote& operator=(const SyncVote&) = delete;
+
+    void Set(bool on);
+
+  private:
+    bool m_isOn = true;
+};
 
 /// Makes the bytes and attributes of an open file durable; `path` is for the message.
 void SyncFile(const Descriptor& file, const std::string& path);

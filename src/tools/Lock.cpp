@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
@@ -72,7 +74,17 @@ Descriptor Lock(const std::string& file) {
 /// None where directories cannot be locked.
 Descriptor LockDirectory(const std::string& directory) {
     Descriptor lock(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+    if (lock < 0 && errno == EACCES) {
+        throw Failure(directory + ": cannot be locked: " + std::strerror(errno) +
+                      " (let the user read the directory)");
+    }
     return lock >= 0 && WaitForLock(lock, directory, TryLockDirectory) ? std::move(lock) : Descriptor();
+}
+
+bool MayOthersWrite(const std::string& directory) {
+    struct stat status = {};
+    return stat(directory.c_str(), &status) == 0 &&
+           (status.st_uid != geteuid() || (status.st_mode & (S_IWGRP | S_IWOTH)) != 0);
 }
 
 [[noreturn]] void FailToOpen(const std::string& file) {
@@ -87,9 +99,10 @@ WriteLock::WriteLock(Session& session) : m_lock(Lock(LockFileOf(session))) {
 }
 
 WriteLock::WriteLock(Session& session, const std::string& path) : m_lock(Lock(LockFileOf(session))) {
-    if (m_lock >= 0) return;
-    if (errno != EACCES && errno != EROFS && errno != ENOENT) FailToOpen(LockFileOf(session));
-    m_lock = LockDirectory(DirectoryOf(path));
+    if (!IsProducts() && errno != EACCES && errno != EROFS && errno != ENOENT)
+        FailToOpen(LockFileOf(session));
+    const std::string directory = DirectoryOf(path);
+    if (!IsProducts() || MayOthersWrite(directory)) m_directoryLock = LockDirectory(directory);
 }
 
 }  // namespace ZET

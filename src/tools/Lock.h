@@ -15,12 +15,17 @@ class WriteLock {
   public:
     explicit WriteLock(Session& session);
 
-    /// For an edit of the file `path`, which needs no right on the product's directory: a caller without it
-    /// locks the directory of the file instead, where directories can be locked.
+    /// For an edit of the file `path`, which needs no right on the product's directory. A caller without it
+    /// locks the directory of the file, where directories can be locked; so does a caller with it where
+    /// others may write, too.
     WriteLock(Session& session, const std::string& path);
+
+    /// Whether it is the product's own lock, and not only that of a directory.
+    bool IsProducts() const { return m_lock >= 0; }
 
   private:
     Descriptor m_lock;
+    Descriptor m_directoryLock;
 };
 
 }  // namespace ZET

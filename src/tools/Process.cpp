@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <new>
 #include <string_view>
 
 #include "ExitStatus.h"
@@ -66,26 +67,51 @@ std::vector<std::string> Environment(const std::vector<std::string>& additions) 
     return all;
 }
 
+/// A program that is started otherwise than it should be could write where it must not.
+void Require(int error) {
+    if (error == ENOMEM) throw std::bad_alloc();
+    if (error != 0)
+        throw Failure(std::string("a program cannot be started: ") + std::strerror(error) +
+                      " (run the command again)");
+}
+
+/// How a program starts: without input, its output in a pipe, signals as it is used to them.
+class StartConditions {
+  public:
+    explicit StartConditions(int output) {
+        Require(posix_spawn_file_actions_init(&m_actions));
+        Require(posix_spawnattr_init(&m_attributes));
+        Require(posix_spawn_file_actions_addopen(&m_actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
+        Require(posix_spawn_file_actions_adddup2(&m_actions, output, STDOUT_FILENO));
+        Require(posix_spawn_file_actions_adddup2(&m_actions, output, STDERR_FILENO));
+        sigset_t defaults;
+        sigemptyset(&defaults);
+        for (const int number : {SIGPIPE, SIGXFSZ, SIGCHLD})
+            sigaddset(&defaults, number);
+        Require(posix_spawnattr_setsigdefault(&m_attributes, &defaults));
+        Require(posix_spawnattr_setflags(&m_attributes, POSIX_SPAWN_SETSIGDEF));
+    }
+    ~StartConditions() {
+        posix_spawnattr_destroy(&m_attributes);
+        posix_spawn_file_actions_destroy(&m_actions);
+    }
+    StartConditions(const StartConditions&) = delete;
+    StartConditions& operator=(const StartConditions&) = delete;
+
+    const posix_spawn_file_actions_t* Actions() const { return &m_actions; }
+    const posix_spawnattr_t* Attributes() const { return &m_attributes; }
+
+  private:
+    posix_spawn_file_actions_t m_actions = {};
+    posix_spawnattr_t m_attributes = {};
+};
+
 pid_t Start(std::vector<std::string> arguments, std::vector<std::string> environment, int output) {
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, output, STDERR_FILENO);
-    // A broken pipe ends other programs as they are used to.
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    sigset_t defaults;
-    sigemptyset(&defaults);
-    sigaddset(&defaults, SIGPIPE);
-    sigaddset(&defaults, SIGXFSZ);
-    posix_spawnattr_setsigdefault(&attributes, &defaults);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+    const StartConditions conditions(output);
     pid_t child = -1;
-    const int error = posix_spawnp(&child, arguments.front().c_str(), &actions, &attributes,
-                                   Pointers(arguments).data(), Pointers(environment).data());
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&actions);
+    const int error =
+        posix_spawnp(&child, arguments.front().c_str(), conditions.Actions(), conditions.Attributes(),
+                     Pointers(arguments).data(), Pointers(environment).data());
     if (error != 0) {
         throw Failure(arguments.front() + ": cannot be started: " + std::strerror(error) +
                       " (install it, or correct its name)");
@@ -93,24 +119,39 @@ pid_t Start(std::vector<std::string> arguments, std::vector<std::string> environ
     return child;
 }
 
-/// Reads to the end; stops before it when a signal came or reading broke off.
+[[noreturn]] void FailOutput() {
+    throw Failure(std::string("the output of a program cannot be read: ") + std::strerror(errno) +
+                  " (run the command again)");
+}
+
+/// False after a wait that ended without anything to read.
+bool WaitForOutput(int descriptor) {
+    struct pollfd ready = {descriptor, POLLIN, 0};
+    const int count = poll(&ready, 1, kSignalInterval);
+    if (count < 0 && errno != EINTR) FailOutput();
+    return count > 0;
+}
+
+/// Reads to the end; stops before it when a signal came.
 std::string ReadAll(int descriptor) {
     std::string output;
     char part[16384];
     while (!SignalGuard::Caught()) {
-        struct pollfd ready = {descriptor, POLLIN, 0};
-        if (poll(&ready, 1, kSignalInterval) <= 0) continue;
+        if (!WaitForOutput(descriptor)) continue;
         const ssize_t length = read(descriptor, part, sizeof part);
-        if (length < 0 && errno == EINTR) continue;
-        if (length <= 0) break;
-        output.append(part, static_cast<std::size_t>(length));
+        if (length == 0) break;
+        if (length < 0 && errno != EINTR) FailOutput();
+        if (length > 0) output.append(part, static_cast<std::size_t>(length));
     }
     return output;
 }
 
 int WaitFor(pid_t child) {
     int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    while (waitpid(child, &status, 0) < 0) {
+        if (errno != EINTR)
+            throw Failure(std::string("how a program ended cannot be told: ") + std::strerror(errno) +
+                          " (run the command again)");
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }

@@ -114,8 +114,13 @@ ParamOverride::~ParamOverride() {
 
 void RequireDirectories(IZETCore& core, const std::string& file) {
     for (const char* key : kDirectories) {
-        if (core.GetParam(key).empty())
+        const std::string directory = core.GetParam(key);
+        if (directory.empty())
             throw Failure(file + ": " + key + " is empty (give it a directory, or remove its line)");
+        if (!directory.starts_with('/')) {
+            throw Failure(file + ": " + key + " is \"" + directory +
+                          "\", which depends on where the command runs (begin it with \"/\")");
+        }
     }
 }
 

@@ -18,9 +18,8 @@ namespace ZET {
 namespace {
 
 /// The record has a path a line.
-bool CanRecord(Session& session, const std::string& path) {
-    return path.find('\n') == std::string::npos &&
-           access(session.Param("ZET_VAR_LIB_DIR").c_str(), W_OK | X_OK) == 0;
+bool FitsRecord(const std::string& path) {
+    return path.find('\n') == std::string::npos;
 }
 
 std::string AbsolutePath(const std::string& path) {
@@ -52,8 +51,8 @@ void RequireOwn(const std::string& path, const std::string& temporary, bool isAn
 
 /// Temporary files that a killed run left were cleared away where they are recorded, so what is still there
 /// is somebody else's. Where they cannot be recorded, a plain file is taken for such a left-over.
-void RequireFreeNames(Session& session, const std::string& path, const std::set<std::string>& leftOvers) {
-    const bool isAnybodys = CanRecord(session, path) && leftOvers.count(AbsolutePath(path)) == 0;
+void RequireFreeNames(const std::string& path, bool canRecord, const std::set<std::string>& leftOvers) {
+    const bool isAnybodys = canRecord && FitsRecord(path) && leftOvers.count(AbsolutePath(path)) == 0;
     RequireOwn(path, path + ZETTemporarySuffix, isAnybodys);
     RequireOwn(path, path + ZETReserveSuffix + ZETTemporarySuffix, isAnybodys);
     const std::string reserve = path + ZETReserveSuffix;
@@ -66,19 +65,22 @@ void RequireFreeNames(Session& session, const std::string& path, const std::set<
 }  // namespace
 
 Writing::Writing(Session& session, const std::vector<std::string>& paths, Right right)
-    : m_session(session), m_paths(paths) {
+    : m_session(session),
+      m_paths(paths),
+      m_canRecord(access(session.Param("ZET_VAR_LIB_DIR").c_str(), W_OK | X_OK) == 0) {
     const bool isDryRun = session.Asked().dryRun;
-    const bool canRecord = CanRecord(session, "");
     if (!isDryRun) {
         m_lock = right == Right::OfTheProduct ? std::make_unique<WriteLock>(session)
                                               : std::make_unique<WriteLock>(session, paths.front());
-        if (canRecord) PendingRecord::ClearLeftOvers(session);
+        // The record is that of whoever holds the product's lock.
+        m_canRecord = m_lock->IsProducts();
+        if (m_canRecord) PendingRecord::ClearLeftOvers(session);
     }
     const std::set<std::string> leftOvers =
-        canRecord ? PendingRecord::Read(session) : std::set<std::string>();
+        m_canRecord ? PendingRecord::Read(session) : std::set<std::string>();
     for (const std::string& path : paths) {
         RequireDirectory(path, !isDryRun);
-        RequireFreeNames(session, path, leftOvers);
+        RequireFreeNames(path, m_canRecord, leftOvers);
     }
 }
 
@@ -87,7 +89,7 @@ void Writing::Begin() {
     if (m_pending) return;
     std::vector<std::string> toRecord;
     for (const std::string& path : m_paths) {
-        if (CanRecord(m_session, path)) toRecord.push_back(AbsolutePath(path));
+        if (m_canRecord && FitsRecord(path)) toRecord.push_back(AbsolutePath(path));
     }
     if (!toRecord.empty()) m_pending = std::make_unique<PendingRecord>(m_session, toRecord);
 }

@@ -29,6 +29,7 @@ class Writing {
   private:
     Session& m_session;
     std::vector<std::string> m_paths;
+    bool m_canRecord;  ///< what is about to be written, in the product's directory
     SignalGuard m_signals;
     std::unique_ptr<WriteLock> m_lock;
     std::unique_ptr<PendingRecord> m_pending;

@@ -1,7 +1,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <clocale>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -13,6 +12,7 @@
 #include "Remedy.h"
 #include "Report.h"
 #include "Session.h"
+#include "zet/ZETErrors.h"
 
 namespace {
 
@@ -30,6 +30,11 @@ void OpenStandardStreams() {
 void TurnSignalsIntoErrors() {
     for (const int number : {SIGPIPE, SIGXFSZ})
         std::signal(number, SIG_IGN);
+}
+
+/// Who ignores the end of programs is not told how they ended, and whoever started the command may.
+void HearOfEndedPrograms() {
+    std::signal(SIGCHLD, SIG_DFL);
 }
 
 int Run(const ZET::Request& request, ZET::Report& report) {
@@ -68,6 +73,7 @@ int RunProgram(int count, char** arguments) {
 int main(int count, char** arguments) {
     OpenStandardStreams();
     TurnSignalsIntoErrors();
+    HearOfEndedPrograms();
     ZET::UseReadersLanguage();
     try {
         return RunProgram(count, arguments);

@@ -39,6 +39,12 @@ TEST_F(ParameterFile, ValueIsKeptByteForByte) {
     EXPECT_EQ(Value("KEY= a = b \xff\t\r\nX=1\n", "KEY"), " a = b \xff\t\r");
 }
 
+TEST_F(ParameterFile, CarriageReturnAtTheEndOfAValueIsWarnedOf) {
+    EXPECT_EQ(LoggedBy([&] { Start("A=1\n#\r\n\r\nB=2\r\n"); }),
+              "zet: warning: " + ConfigFile() +
+                  ":4: the value of B ends with a carriage return (save the file with plain line feeds)\n");
+}
+
 TEST_F(ParameterFile, ValueMayBeEmptyEvenWhereThereIsADefault) {
     EXPECT_EQ(Value("ZET_LANG=\n", "ZET_LANG"), "");
 }

@@ -57,6 +57,18 @@ TEST_F(Syncing, IsOnAgainAfterTheHost) {
     EXPECT_EQ(Syncs(), kAll);
 }
 
+TEST_F(Syncing, IsOffOnlyWhileEveryHostWantsItOff) {
+    const std::string other = m_directory / "other.conf";
+    WriteText(other, "ZET_SYNC=no\n");
+    Start("");
+    auto second = std::make_unique<CZETHost>(other);
+    EXPECT_EQ(Syncs(), kAll);
+    m_host->GetCore().UpdateParam("ZET_SYNC", "no");
+    EXPECT_EQ(Syncs(), 0);
+    second.reset();
+    EXPECT_EQ(Syncs(), 0);
+}
+
 TEST_F(Syncing, OffStillReportsEveryOtherFailure) {
     Start("ZET_SYNC=no\n");
     MessageOf<EZETError>([&] { CreateFile(m_directory / "none/a"); });

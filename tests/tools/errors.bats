@@ -129,7 +129,7 @@ zet-client: nothing was changed"
     capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" commit-config
     assert_refusal 1 "$HOST/out: the directory of $HOST/out/one.conf cannot be written: Permission denied (run as a user who may, or on a file system that can be written)
 zet-client: nothing was changed"
-    assert_files_unchanged
+    assert_unchanged_but_staging
 }
 
 @test "a target that a user cannot look at is told" {
@@ -154,7 +154,7 @@ zet-client: error: $HOST/etc: the directory of the templates' working copies can
 zet-client: error: $HOST/out/one.conf: is no regular file (move it away, or correct the target)
 zet-client: error: $HOST/templates/two.conf:1:1: placeholder \"\${nope}\" has no value (use one that \"values\" lists, or correct its name)
 zet-client: nothing was changed"
-    assert_files_unchanged
+    assert_unchanged_but_staging
 }
 
 @test "a place for temporary files that is none is told" {
@@ -185,7 +185,7 @@ zet-client: nothing was changed"
     assert_output "$problem"
     run_zet param set conf a 2
     assert_refusal 1 "${problem#*: }"
-    assert_files_unchanged
+    assert_unchanged_but_staging
 }
 
 @test "a diff that cannot be made is told, and nothing is written" {
@@ -335,4 +335,40 @@ zet-client: nothing was changed"
     run_zet -v --log syslog commit-config
     assert_status 0
     [[ $stderr != *Process* ]]
+}
+
+@test "a check that refuses is heard by a command whose parent does not want to hear of ended programs" {
+    add_target checked.conf $'text\n' "check = false {}"
+    capture python3 -c 'import os, signal, sys
+signal.signal(signal.SIGCHLD, signal.SIG_IGN)
+os.execv(sys.argv[1], sys.argv[1:])' "$ZET_BIN/zet-client" --config "$HOST/zet.conf" commit-config
+    assert_status 1
+    [[ $stderr == *'its check "false" refuses'* ]]
+    assert_absent out/checked.conf
+}
+
+@test "templates that use a setting of the domain that is not there are refused" {
+    add_target three.conf $'${server} ${realm}\n'
+    sed -i '/^DOMAIN=/d; s/^SERVER=.*/SERVER=/' zet.conf
+    remember_files
+    run_zet commit-config three.conf
+    assert_refusal 1 "$HOST/zet.conf: DOMAIN is not set, so that \${realm} has no value (add a line DOMAIN=VALUE, or use \"option set\")
+zet-client: error: $HOST/zet.conf: SERVER is not set, so that \${server} has no value (add a line SERVER=VALUE, or use \"option set\")
+zet-client: nothing was changed"
+    assert_files_unchanged
+    echo REALM=OTHER >>zet.conf
+    echo SERVICE_DISCOVERY=yes >>zet.conf
+    echo '${realm} ${kdc_server}' >templates/three.conf
+    run_zet commit-config three.conf
+    assert_status 0
+}
+
+@test "a directory of the product that is not absolute is refused" {
+    local key
+    for key in ZET_CFG_DIR ZET_CFG_TEMPL_DIR ZET_VAR_LIB_DIR; do
+        cp zet.conf relative.conf
+        echo "$key=etc" >>relative.conf
+        capture "$ZET_BIN/zet-client" --config relative.conf status
+        assert_refusal 1 "relative.conf: $key is \"etc\", which depends on where the command runs (begin it with \"/\")"
+    done
 }

@@ -83,6 +83,20 @@ wait_in_background() {
     release_lock
 }
 
+# hold_directory: another process holds the lock of the current directory until release_directory.
+hold_directory() {
+    mkfifo "$BASE/release"
+    flock . sh -c ': >"$1" && read -r _ <"$2"' sh "$BASE/held" "$BASE/release" 3>&- &
+    HOLDER=$!
+    while [[ ! -e $BASE/held ]]; do sleep 0.02; done
+}
+
+release_directory() {
+    echo >"$BASE/release"
+    wait "$HOLDER"
+    rm "$BASE/release" "$BASE/held"
+}
+
 # without_lock_file: as for a user who may not write into the product's directory.
 without_lock_file() {
     rm -r state
@@ -91,16 +105,13 @@ without_lock_file() {
 
 @test "an edit without a right on the product's directory waits for others in the directory of its file" {
     without_lock_file
-    mkfifo "$BASE/release"
-    flock . sh -c ': >"$1" && read -r _ <"$2"' sh "$BASE/held" "$BASE/release" 3>&- &
-    HOLDER=$!
-    while [[ ! -e $BASE/held ]]; do sleep 0.02; done
+    hold_directory
     strace -qq -e trace=flock -o "$BASE/trace" "$ZET_BIN/zet-client" --config zet.conf param set conf A 2 3>&- &
     local waiter=$!
     until grep -q 'LOCK_EX.*EAGAIN' "$BASE/trace" 2>/dev/null; do sleep 0.02; done
     assert_equal "$(head -n 1 conf)" "A=1"
-    echo >"$BASE/release"
-    wait "$HOLDER" "$waiter"
+    release_directory
+    wait "$waiter"
     grep -Fx A=2 conf
 }
 
@@ -113,6 +124,50 @@ without_lock_file() {
     for name in A B C D E F; do wait -n; done
     assert_file conf "$(printf '%s=2\n' A B C D E F)"$'\n'
     assert_file conf.before_zet "$(printf '%s=1\n' A B C D E F)"$'\n'
+}
+
+@test "an edit in a directory that others write waits for them, and one in a directory of one's own does not" {
+    echo A=1 >conf
+    hold_directory
+    run_zet param set conf A 2
+    assert_status 0
+    chmod g+w .
+    strace -qq -e trace=flock -o "$BASE/trace" "$ZET_BIN/zet-client" --config zet.conf param set conf A 3 3>&- &
+    local waiter=$!
+    until grep -q 'LOCK_EX.*EAGAIN' "$BASE/trace" 2>/dev/null; do sleep 0.02; done
+    grep -Fx A=2 conf
+    release_directory
+    wait "$waiter"
+    grep -Fx A=3 conf
+}
+
+@test "who may not take the product's lock clears nothing away of the run that holds it" {
+    [[ $(id -u) -eq 0 ]] || skip "no other user to be"
+    copy_programs
+    mkdir own
+    echo a=1 >own/conf
+    chown -R 65534:65534 own
+    chgrp 65534 state
+    chmod 2775 state
+    : >other.tmp
+    echo "$HOST/other" >state/zet.pending
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" param set own/conf a 2
+    assert_status 0
+    [[ -e other.tmp ]]
+    assert_file state/zet.pending "$HOST/other"$'\n'
+    rm state/zet.pending
+}
+
+@test "an edit in a directory that cannot be locked is refused" {
+    [[ $(id -u) -eq 0 ]] || skip "no other user to be"
+    copy_programs
+    mkdir own
+    echo a=1 >own/conf
+    chown -R 65534:65534 own
+    chmod 300 own
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" param set own/conf a 2
+    assert_refusal 1 "own: cannot be locked: Permission denied (let the user read the directory)"
+    assert_file own/conf $'a=1\n'
 }
 
 @test "a signal ends the waiting, with a report and without a trace" {
