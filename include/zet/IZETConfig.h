@@ -18,13 +18,15 @@ class IZETConfig : public CZETInterface {
     using CZETInterface::CZETInterface;
     ~IZETConfig() override = default;
 
-    /// A file to edit in place, owned by the caller; null, with a log record, when it cannot be read.
+    /// A file to edit in place, owned by the caller; null, with a log record, when it cannot be read. `role`
+    /// is "server" or "client"; anything but "server" counts as the client. With `noMarkers` no marker line
+    /// is ever written. An empty name throws `EZETCheckError`.
     virtual std::shared_ptr<IZETConfigFile> OpenConfigFile(const std::string& fileName,
                                                            const std::string& role, bool noMarkers) = 0;
 
     /// The template's working copy, installed first when it is missing, to be saved as `fileName`; owned by
-    /// the caller. Null, with a log record, when it cannot be read. An empty template name throws
-    /// `EZETCheckError`.
+    /// the caller. Null, with a log record, when it cannot be read. An empty name, of the template or of the
+    /// file, throws `EZETCheckError`.
     virtual std::shared_ptr<IZETConfigFile> OpenConfigFileTemplate(const std::string& templateName,
                                                                    const std::string& fileName,
                                                                    const std::string& role,
@@ -40,7 +42,9 @@ class IZETConfig : public CZETInterface {
     virtual void InstallConfigFileTemplate(const std::string& templateName) = 0;
 
     /// Renders a template into `fileName`. `values`, which may be null, wins over the template values for
-    /// this run. A template that cannot be opened is only logged.
+    /// this run. A template that cannot be opened is only logged. An empty name throws `EZETCheckError`, a
+    /// file that cannot be saved `EZETError`. Never returns when a placeholder outside a comment line has no
+    /// end, or a value holds its own placeholder.
     virtual void ProcessConfigFileTemplate(const std::string& templateName, const std::string& fileName,
                                            const std::string& role, StringMap* values) = 0;
 
@@ -65,6 +69,7 @@ class IZETConfig : public CZETInterface {
     /// The value of a whole placeholder, "${realm}"; empty, with a log record, when it is unknown.
     virtual std::string TemplateValue(const std::string& placeholder) = 0;
 
+    /// Whether there is a value of that whole placeholder; nothing is logged.
     virtual bool TemplateValueExists(const std::string& placeholder) = 0;
 
     /// Sets or adds a value, until the values are built anew.
@@ -75,6 +80,7 @@ class IZETConfig : public CZETInterface {
     /// follow; a file that cannot be opened `EZETError`.
     virtual void SaveConfigStatus(const std::string& mode) = 0;
 
+    /// Whether the status file is there, whatever it holds. Not being able to tell throws `EZETError`.
     virtual bool IsConfigStatusExist(const std::string& mode) = 0;
 
     /// A status file that is missing is no error.
@@ -84,12 +90,15 @@ class IZETConfig : public CZETInterface {
     /// file throws `EZETError`.
     virtual void LoadConfigStatus(const std::string& mode, StringMap& values) = 0;
 
-    /// Records the type of the network file system, the parameter "NETWORK_FS_TYPE".
+    /// Records the type of the network file system, the parameter "NETWORK_FS_TYPE". A file that cannot be
+    /// opened throws `EZETError`; a write into it that fails is not reported.
     virtual void SaveFileServerStatus() = 0;
 
-    /// The recorded type; empty when none is recorded.
+    /// The recorded type; empty when none is recorded. A record that is there and cannot be read throws
+    /// `EZETError`.
     virtual std::string GetFileServerStatus() = 0;
 
+    /// A record that is missing is no error.
     virtual void RemoveFileServerStatus() = 0;
 };
 

@@ -14,13 +14,16 @@ namespace ZET {
 /// Everywhere: an empty file name, pattern or parameter name throws `EZETCheckError` and changes nothing.
 /// Exceptions of the core pass through and leave the text as it was.
 ///
+/// Without a file that was opened, `ApplyTemplates`, `RemoveMarkers` and `RemoveZETMarkers` throw
+/// `EZETCheckError`; the other operations check nothing and must not be called.
+///
 /// A lookup (`GetLine`, `GetParamValue`) that finds nothing exhausts the text: every later operation on the
 /// object sees no lines. Who wants to look up and then edit opens the file again in between.
 class IZETConfigFile {
   public:
-    /// Reads the file to edit it in place. `role` is "server" or "client"; with `noMarkers` no marker line is
-    /// ever written. False, with a log record, when the file cannot be read: the object is then of no further
-    /// use.
+    /// Reads the file to edit it in place. `role` is "server" or "client"; anything but "server" counts as
+    /// the client. With `noMarkers` no marker line is ever written. False, with a log record, when the file
+    /// cannot be read: the object is then of no further use.
     virtual bool Open(const std::string& fileName, const std::string& role, bool noMarkers) = 0;
 
     /// Reads the working copy of a template, to be saved as `fileName`. Otherwise as `Open`.

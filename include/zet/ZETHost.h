@@ -13,14 +13,16 @@
 /// their interfaces, and steer the log. Another core need not have any of it.
 namespace ZET {
 
-/// The core with the modules loaded into it. One thread at a time.
+/// The core with the modules loaded into it. One thread at a time. The log, the guard of renames and syncing
+/// (the parameter "ZET_SYNC") belong to the process: its hosts share them.
 class __attribute__((visibility("default"))) CZETHost {
   public:
     /// Reads the parameters from `configFile`; it becomes the value of "ZET_CFG". A file that cannot be read,
-    /// or a broken line in it, throws `EZETError` naming the file, the line and the remedy.
+    /// or a broken line in it, throws `EZETError` naming the file, the line and the remedy; an empty name
+    /// `EZETCheckError`.
     explicit CZETHost(const std::string& configFile);
 
-    /// Unloads the modules that are still loaded.
+    /// Unloads the modules that are still loaded, as `UnloadModules`.
     ~CZETHost();
     CZETHost(const CZETHost&) = delete;
     CZETHost& operator=(const CZETHost&) = delete;
@@ -28,9 +30,12 @@ class __attribute__((visibility("default"))) CZETHost {
     /// The core; it lives as long as the host.
     IZETCore& GetCore();
 
-    /// Loads a module and initialises it. Throws `EZETError` naming the file and what is wrong with it: not
-    /// there, no shared object, an entry point or the record missing, writable by others while running as
-    /// root, loaded already, or an exception of its `module_init`.
+    /// Loads a module and initialises it. An empty path throws `EZETCheckError`. Every other refusal is an
+    /// `EZETError` that names the file and what is wrong with it: a NUL byte in the path; not there, no
+    /// regular file or no shared object; it or its directory writable by others than root while root runs it;
+    /// an entry point or the record missing; a record of another type, without a name or without a version; a
+    /// module of that name loaded already; an interface of the same name there already; `module_init` false;
+    /// or an exception of the module.
     void LoadModule(const std::string& path);
 
     /// The interface of that name, shared with the caller; null when no module registered it. The caller lets
@@ -38,7 +43,8 @@ class __attribute__((visibility("default"))) CZETHost {
     std::shared_ptr<CZETInterface> FindInterface(const std::string& name) const;
 
     /// Ends and unloads all modules, the last one loaded first: `module_done`, the core's shared pointers,
-    /// the shared object.
+    /// the shared object. While somebody still holds an interface of a module, its shared object stays in
+    /// memory, with a warning.
     void UnloadModules();
 
   private:
@@ -49,21 +55,23 @@ class __attribute__((visibility("default"))) CZETHost {
 enum class ZETLogTarget { StandardError, SystemLog };
 
 /// Where log records go, and which: those up to `threshold` (`ZETLogError` only errors, `ZETLogNotice` all).
-/// `identity` stands before each record.
+/// `identity` stands before each record. By any thread, at any time.
 __attribute__((visibility("default"))) void ConfigureLog(ZETLogTarget target, ZETLogLevel threshold,
                                                          const std::string& identity);
 
 /// Sees each record that is shown, beside the place where it goes, as it stands there.
 using ZETLogObserver = std::function<void(ZETLogLevel level, const std::string& text)>;
 
-/// The observer of every record from now on; an empty one ends that. It must not log, nor configure the log.
+/// The observer of every record from now on; an empty one ends that. By any thread, at any time; the observer
+/// is called by the thread that logs, one record at a time. It must not log, nor configure the log.
 __attribute__((visibility("default"))) void SetLogObserver(ZETLogObserver observer);
 
 /// Sees a file that is about to take the place of another, before anything is done to either. Its exception
 /// keeps the rename from being made, and comes out of `RenameFile`.
 using ZETRenameGuard = std::function<void(const std::string& from, const std::string& to)>;
 
-/// The guard of every `RenameFile` from now on; an empty one ends that. Not to be set from within a guard.
+/// The guard of every `RenameFile` from now on; an empty one ends that. The guard is called by the thread
+/// that renames. Not to be set from within a guard, nor while another thread may rename.
 __attribute__((visibility("default"))) void SetRenameGuard(ZETRenameGuard guard);
 
 /// How many records of level 0 the process has put so far, shown or not: the module reports some failures

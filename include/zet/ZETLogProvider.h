@@ -10,6 +10,7 @@ enum ZETLogLevel { ZETLogError = 0, ZETLogWarning = 1, ZETLogNotice = 2 };
 /// The process's one log.
 class __attribute__((visibility("default"))) CZETLogProvider {
   public:
+    /// The log; there, for any thread, until the process ends.
     static CZETLogProvider& GetLogProvider();
 
     /// Writes one record. `count` counts the texts, the format included: with 1, `format` is a finished text

@@ -14,8 +14,8 @@ class BlockTracker {
   public:
     BlockTracker(Text& text, const char* function) : m_region(text, function, ZETBeginMarker, ZETEndMarker) {}
 
-    /// Takes in the line read last; true when it closes a block.
-    bool Closes(std::string_view line) {
+    /// Takes in the line read last, and returns whether it closes a block.
+    bool Track(std::string_view line) {
         const RegionTracker::Line kind = m_region.Track(line);
         if (kind == RegionTracker::Line::StrayEnd) m_region.WarnOfStrayEnd();
         return kind == RegionTracker::Line::End;
@@ -54,7 +54,7 @@ void SetLinePass(Text& in, TextBuilder& out, LineMatcher& matches, const std::st
     bool found = false;
     std::string_view line;
     while (in.ReadLine(line)) {
-        block.Closes(line);
+        block.Track(line);
         if (!matches(line)) {
             out.CopyLine(line);
             continue;
@@ -86,7 +86,7 @@ void RestoreLinePass(Text& in, TextBuilder& out, LineMatcher& matches) {
     BlockTracker block(in, "RestoreLine");
     std::string_view line;
     while (in.ReadLine(line)) {
-        if (block.Closes(line)) continue;
+        if (block.Track(line)) continue;
         // The core is asked about every line, those of a block too, though nothing of a block is kept.
         if (matches(line)) line.remove_prefix(std::min(kPrefixLength, line.size()));
         if (!block.IsInside()) out.CopyLine(line);

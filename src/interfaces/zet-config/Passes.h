@@ -25,16 +25,21 @@ class LineMatcher {
     std::string m_subject;  ///< used again for every line, so that a line costs no allocation
 };
 
+/// Replaces the placeholders outside comment lines by their values, and those in the values in turn.
 void ApplyTemplatesPass(Text& in, TextBuilder& out, const StringMap& values);
 
+/// Takes out the regions from a begin marker to the next end marker, or to the end.
 void RemoveMarkersPass(Text& in, TextBuilder& out, const std::string& beginMarker,
                        const std::string& endMarker);
 
+/// Puts `header` as a notice before the first line that is not empty, unless that line holds an
+/// opening marker; drops the empty lines before it.
 void InsertHeaderPass(Text& in, TextBuilder& out, const std::string& header);
 
 /// Where a line that is set goes: bare, or kept apart from the former one by markers.
 enum class LineStyle { Bare, Marked };
 
+/// Sets every line that matches to `newLine`; appends one when none does.
 void SetLinePass(Text& in, TextBuilder& out, LineMatcher& matches, const std::string& newLine,
                  LineStyle style);
 

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <string_view>
+#include <utility>
 
 #include "Buffer.h"
 
@@ -16,7 +17,7 @@ namespace ZET {
 class Text {
   public:
     Text() = default;
-    explicit Text(Buffer bytes) : m_bytes(static_cast<Buffer&&>(bytes)) {}
+    explicit Text(Buffer bytes) : m_bytes(std::move(bytes)) {}
 
     /// Back to the first line. Does not revive an exhausted text.
     void Rewind();

@@ -10,8 +10,7 @@ namespace ZET {
 
 namespace {
 
-/// Messages of these operations are known by their line in support notes and translations' comments, so it is
-/// fixed.
+/// The lines that these messages carry are fixed for callers; they do not follow the source.
 constexpr std::size_t kOpenTemplateLine = 80;
 constexpr std::size_t kInstallTemplateLine = 138;
 constexpr std::size_t kTemplateValueLine = 184;

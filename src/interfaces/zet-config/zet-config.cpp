@@ -1,4 +1,5 @@
 #include <cstddef>
+#include <cstdint>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -13,6 +14,7 @@ constexpr char kName[] = "zet-config";
 constexpr std::uintptr_t kVersion = 1 * 65536 + 7 * 256 + 37;
 constexpr std::uint32_t kModuleType = 1;
 constexpr std::uint32_t kHostType = 0;
+/// The line that this message carries is fixed for callers; it does not follow the source.
 constexpr std::size_t kInvalidHostTypeLine = 17;
 
 ZET::ZETModuleRecord moduleRecord = {kVersion, kName, "1.7.37", kModuleType, nullptr, nullptr};
@@ -40,6 +42,7 @@ const ZET::ZETModuleRecord* get_module_info(const ZET::ZETModuleRecord* host) {
 bool module_init(ZET::IZETCore& core) {
     if (moduleInitialised) return true;
     const auto config = std::make_shared<ZET::CZETConfig>(core);
+    // Whether a name that is taken already is an error is the core's decision: it knows what it answered.
     core.RegisterInterface(config);
     moduleInitialised = true;
     return true;
