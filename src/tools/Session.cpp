@@ -137,7 +137,11 @@ void UseReadersLanguage() {
 
 WrittenLanguage::WrittenLanguage(IZETCore& core) {
     const std::string language = core.GetParam("ZET_LANG");
-    RequireLanguage(language);
+    try {
+        RequireLanguage(language);
+    } catch (const Failure& failure) {
+        throw Failure(core.GetParam("ZET_CFG") + ": " + failure.what());
+    }
     for (const int category : kTextCategories)
         m_former[category] = setlocale(category, nullptr);
     // The reader's list of preferred languages would win over the one that is set.

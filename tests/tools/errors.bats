@@ -184,7 +184,7 @@ zet-client: nothing was changed"
     assert_status 1
     assert_output "$problem"
     run_zet param set conf a 2
-    assert_refusal 1 "${problem#*: }"
+    assert_refusal 1 "$problem"
     assert_unchanged_but_staging
 }
 
