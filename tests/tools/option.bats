@@ -9,14 +9,6 @@ teardown() {
     remove_host
 }
 
-@test "a language that the host does not have is told with the file that names it" {
-    echo ZET_LANG=xx_YY >>zet.conf
-    echo a=1 >conf
-    run_zet param set conf a 2
-    assert_refusal 1 "$HOST/zet.conf: ZET_LANG: this host has no locale \"xx_YY\" (generate it, or set ZET_LANG to one that \"locale -a\" lists)"
-    assert_file conf $'a=1\n'
-}
-
 @test "get prints the value in effect: of the file, by default, derived" {
     run_zet option get DOMAIN
     assert_success "example.org"
