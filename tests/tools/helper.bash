@@ -171,11 +171,12 @@ need_root() {
     [[ $EUID -eq 0 ]] || skip "needs root"
 }
 
-# as_nobody COMMAND...: as a user without any rights, with a copy of the programs that such a user can reach.
+# as_nobody COMMAND...: as a user without any rights.
 as_nobody() {
     setpriv --reuid=65534 --regid=65534 --clear-groups "$@"
 }
 
+# A copy of the programs in $BASE/programs, which every user can reach.
 copy_programs() {
     mkdir -p "$BASE/programs/bin" "$BASE/programs/lib"
     cp "$ZET_BIN/zet-init" "$BASE/programs/bin/"

@@ -110,7 +110,7 @@ remember_files() {
     remember_host
 }
 
-assert_files_unchanged() {
+assert_unchanged_but_staging() {
     touch -d @0 state
     assert_host_unchanged
 }

@@ -187,7 +187,7 @@ zet-client: error: ended by a signal (${signal%/*}) before all was done (run the
     [[ $((SECONDS - begin)) -lt 60 ]]
     assert_refusal 1 "ended by a signal (Terminated) before all was done (run the command again)"
     assert_file "$BASE/slow" $'ended\n'
-    assert_files_unchanged
+    assert_unchanged_but_staging
 }
 
 @test "a target that is being written when the signal comes is finished, and what is written is known" {
