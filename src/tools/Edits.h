@@ -9,7 +9,8 @@
 #include "Session.h"
 #include "zet/IZETConfigFile.h"
 
-/// What the commands "param" and "line" have in common.
+/// What the commands about one file have in common: finding and opening it, and what "param", "line" and
+/// "option" do with a lookup or an edit.
 namespace ZET {
 
 /// A file that was seen to be readable, freshly opened: a lookup that finds nothing spoils the object for an
