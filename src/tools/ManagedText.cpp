@@ -47,7 +47,7 @@ bool ClosesRegion(LineKind kind) {
 
 ManagedText::ManagedText(std::string_view text) {
     for (const TextLine& line : SplitLines(text))
-        m_lines.push_back({line.text, line.hasLineFeed});
+        m_lines.push_back({line.text});
     MarkRegions({Marker::BlockBegin, Marker::BlockEnd, LineKind::BlockBegin, LineKind::BlockContent,
                  LineKind::BlockEnd});
     MarkRegions({Marker::Notice, Marker::CommentEnd, LineKind::NoticeBegin, LineKind::NoticeText,

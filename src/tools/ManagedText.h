@@ -38,7 +38,6 @@ struct ManagedRegion {
 
 struct ManagedLine {
     std::string_view text;  ///< without the line feed
-    bool hasLineFeed = true;
     LineKind kind = LineKind::Ordinary;
     bool isClosed = true;    ///< false: of a region without an end marker
     std::size_t region = 0;  ///< index

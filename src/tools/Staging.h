@@ -16,8 +16,6 @@ class Staging {
     Staging(const Staging&) = delete;
     Staging& operator=(const Staging&) = delete;
 
-    const std::string& Directory() const { return m_directory; }
-
     /// The path of a file in it; the directories that `name` has are made. No name leads out of it.
     std::string PathOf(const std::string& name) const;
 
