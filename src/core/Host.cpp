@@ -1,5 +1,6 @@
 #include "zet/ZETHost.h"
 
+#include <memory>
 #include <vector>
 
 #include "Core.h"

@@ -2,6 +2,7 @@
 #define ZET_COMMAND_LINE_H
 
 #include <optional>
+#include <string>
 
 #include "Request.h"
 

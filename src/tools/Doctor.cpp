@@ -1,4 +1,5 @@
-#include <algorithm>
+#include <optional>
+#include <string>
 
 #include "ChangeReport.h"
 #include "Commands.h"

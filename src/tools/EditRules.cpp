@@ -1,5 +1,6 @@
 #include "EditRules.h"
 
+#include <algorithm>
 #include <set>
 
 #include "ExitStatus.h"

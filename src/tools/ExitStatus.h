@@ -2,7 +2,6 @@
 #define ZET_EXIT_STATUS_H
 
 #include <stdexcept>
-#include <string>
 
 namespace ZET {
 

@@ -1,4 +1,4 @@
-#include <algorithm>
+#include <utility>
 
 #include "MarkerDamage.h"
 #include "NearMarker.h"

@@ -1,6 +1,7 @@
 #include "Markers.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "zet/ZETFormat.h"
 

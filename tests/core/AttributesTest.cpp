@@ -1,8 +1,6 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include <cstdint>
-
 #include "Support.h"
 #include "SystemCalls.h"
 #include "zet/ZETFiles.h"

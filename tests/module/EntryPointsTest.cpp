@@ -8,8 +8,6 @@
 
 #include "LoadedModule.h"
 #include "SlotCore.h"
-#include "zet/IZETConfig.h"
-#include "zet/ZETHost.h"
 
 namespace ZET {
 namespace {

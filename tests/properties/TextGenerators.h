@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "zet/ZETTypes.h"

@@ -2,7 +2,6 @@
 
 #include <libintl.h>
 
-#include <cerrno>
 #include <fstream>
 
 #include "zet/ZETErrors.h"

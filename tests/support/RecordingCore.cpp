@@ -1,6 +1,5 @@
 #include "RecordingCore.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <ostream>

@@ -12,8 +12,6 @@
 #include <vector>
 
 #include "zet/IZETCore.h"
-#include "zet/ZETLogProvider.h"
-#include "zet/ZETTypes.h"
 
 namespace ZET {
 

@@ -1,7 +1,6 @@
 /// The whole of a module for the tests of the loader. A source file defines the parts in which it differs and
 /// then includes this file once; without any, it is a sound module.
 
-#include <cstdint>
 #include <memory>
 #include <string>
 
