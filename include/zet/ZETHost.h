@@ -14,7 +14,8 @@
 namespace ZET {
 
 /// The core with the modules loaded into it. One thread at a time. The log, the guard of renames and syncing
-/// (the parameter "ZET_SYNC") belong to the process: its hosts share them.
+/// (the parameter "ZET_SYNC") belong to the process: its hosts share them, and files are synced as long as
+/// one of the hosts wants it.
 class __attribute__((visibility("default"))) CZETHost {
   public:
     /// Reads the parameters from `configFile`; it becomes the value of "ZET_CFG". A file that cannot be read,
