@@ -114,7 +114,7 @@ std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
         SignalGuard::Check();
         PlannedTarget planned;
         planned.target = target;
-        planned.path = session.FilePath(target.path);
+        planned.path = session.HostPaths().WithRealDirectory(session.FilePath(target.path));
         planned.staged = RenderQuietly(session, staging, target);
         RunOwnCheck(target, planned.path, planned.staged);
         planned.before = StateOf(planned.path);

@@ -32,8 +32,14 @@ Manifest::Manifest(Session& session, const std::string& role)
             throw Failure(m_file + ":" + std::to_string(number) +
                           ": is no line INODE SIZE MTIME MODE PATH (remove the file, then commit again)");
         }
-        m_entries[session.HostPaths().FromInside(path)] = entry;
+        Add(session.HostPaths().WithRealDirectory(session.HostPaths().FromInside(path)), entry);
     }
+}
+
+// Of several names that led to one file, the last one written to tells what it is.
+void Manifest::Add(const std::string& path, const Entry& entry) {
+    const auto [known, isNew] = m_entries.emplace(path, entry);
+    if (!isNew && entry == EntryOf(path)) known->second = entry;
 }
 
 Manifest::Entry Manifest::EntryOf(const std::string& path) {

@@ -21,7 +21,7 @@ class Manifest {
 
     static std::string FileOf(Session& session) { return FileOf(session, session.Role()); }
 
-    /// Paths are those of real files, links followed.
+    /// Paths are those of real files, links followed, also those among the directories.
     bool Has(const std::string& path) const { return m_entries.count(path) != 0; }
     bool IsEmpty() const { return m_entries.empty(); }
     std::vector<std::string> Paths() const;
@@ -50,6 +50,7 @@ class Manifest {
 
     static std::string FileOf(Session& session, const std::string& role);
     static Entry EntryOf(const std::string& path);
+    void Add(const std::string& path, const Entry& entry);
 
     Session& m_session;
     std::string m_file;

@@ -104,6 +104,12 @@ std::string Paths::RealName(const std::string& path) const {
     }
 }
 
+std::string Paths::WithRealDirectory(const std::string& path) const {
+    if (HasRoot()) return path;
+    const std::string directory = RealName(DirectoryOf(path));
+    return (directory == "/" ? "" : directory) + "/" + BaseNameOf(path);
+}
+
 bool Paths::StaysInside(const std::string& path) const {
     return m_root.empty() || ResolveInside("", path).starts_with(m_root + "/");
 }

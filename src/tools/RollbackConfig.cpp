@@ -103,7 +103,7 @@ class Rollback {
         WrittenFile file{target.templateName, m_session.HostPaths().FromInside(target.path), target.isSecret,
                          ""};
         try {
-            file.path = m_session.FilePath(target.path);
+            file.path = m_session.HostPaths().WithRealDirectory(m_session.FilePath(target.path));
         } catch (const Failure& failure) {
             file.trouble = failure.what();
         }

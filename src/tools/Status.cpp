@@ -79,7 +79,7 @@ class TargetStates {
         std::string path = m_session.HostPaths().FromInside(target.path);
         std::string state = kUnknown;
         try {
-            path = m_session.FilePath(target.path);
+            path = m_session.HostPaths().WithRealDirectory(m_session.FilePath(target.path));
             state = StateOfTarget(m_session, m_staging, m_manifest, target.templateName, path);
         } catch (const Interrupted&) {
             throw;

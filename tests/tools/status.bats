@@ -265,6 +265,53 @@ $TWO: $1"
         "{\"template\": \"three.conf\", \"path\": \"$HOST/real/three.conf\", \"state\": \"in sync\"}"
 }
 
+@test "a file that the list names by a link among its directories is known by its real name" {
+    ln -s out by_link
+    sed -i "s|$HOST/out/one.conf|$HOST/by_link/one.conf|" templates/targets.ini
+    zet -q commit-config
+    grep -q " $HOST/out/one.conf\$" state/zet-client.manifest
+    # As an earlier version recorded it.
+    sed "s|$HOST/out/one.conf|$HOST/by_link/one.conf|" state/zet-client.manifest >state/former
+    cat state/former >state/zet-client.manifest
+    rm state/former
+    local way
+    for way in by_link out; do
+        sed -i "s|$HOST/[a-z_]*/one.conf|$HOST/$way/one.conf|" templates/targets.ini
+        run_zet status
+        assert_status 0
+        assert_stderr ""
+        grep -qx "$HOST/out/one.conf: in sync" <<<"$output"
+    done
+    echo precious >>out/one.conf
+    run_zet status
+    assert_status 3
+    grep -qx "$HOST/out/one.conf: edited" <<<"$output"
+    assert_stderr ""
+    run_zet commit-config
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/out/one.conf: was edited since the last commit; the edits are overwritten"
+    assert_equal "$(grep -c one.conf state/zet-client.manifest)" 1
+    sed -i "s|$HOST/out/one.conf|$HOST/by_link/one.conf|" templates/targets.ini
+    run_zet rollback-config
+    assert_status 0
+    grep -q "^$HOST/out/one.conf: removed" <<<"$output"
+    assert_equal "$(names_in state)" zet.lock
+}
+
+@test "of two names that an earlier version recorded for one file, the one that still fits counts" {
+    ln -s out by_link
+    zet -q commit-config
+    local line
+    line=$(grep one.conf state/zet-client.manifest)
+    echo "9${line/out/by_link}" >>state/zet-client.manifest
+    run_zet status
+    assert_status 0
+    sed -i "1i 9${line/out/by_link}" state/zet-client.manifest
+    run_zet status
+    assert_status 0
+    assert_stderr ""
+}
+
 @test "a status that cannot be told has its fields in the document all the same" {
     mkdir state/zet-client.status
     run_zet --json status
