@@ -134,6 +134,7 @@ class TemplateChecker {
 
     void Take(std::string_view line) {
         ++m_line;
+        if (!m_hasText) CheckFirstLine(line);
         if (line.starts_with('#')) {
             CheckMarker(line);
         } else {
@@ -195,6 +196,16 @@ class TemplateChecker {
         }
     }
 
+    /// The module takes a notice there for the one it would write, wherever in the line the marker is.
+    void CheckFirstLine(std::string_view line) {
+        m_hasText = !line.empty();
+        const std::size_t place = line.find(ZETNoticeMarker);
+        if (place == std::string_view::npos) return;
+        Add(static_cast<int>(place) + 1,
+            Quoted(ZETNoticeMarker) + " in its first line keeps the notice out that names the template",
+            "take the notice out: a commit writes its own");
+    }
+
     void CheckMarker(std::string_view line) {
         if (line.starts_with(ZETNoticeMarker) || line.starts_with(ZETTemplateCommentMarker)) {
             m_comment.begin = line.starts_with(ZETNoticeMarker) ? std::string_view(ZETNoticeMarker)
@@ -251,6 +262,7 @@ class TemplateChecker {
     std::unordered_map<std::string_view, const StringMap::value_type*> m_plainValues;  ///< those without "$"
     std::set<std::string>* m_used;
     int m_line = 0;
+    bool m_hasText = false;  ///< a line was taken that is not empty
     Region m_block{ZETBeginMarker, ZETEndMarker};
     Region m_comment{ZETTemplateCommentMarker, ZETCommentEndMarker};
     std::vector<Problem> m_problems;

@@ -110,8 +110,27 @@ TEST(TemplateCheck, UnknownPlaceholderInATemplateCommentReachesNoTarget) {
 }
 
 TEST(TemplateCheck, UnknownPlaceholderInANoticeDoesReachTheTarget) {
-    EXPECT_THAT(Descriptions("# --ZET_CONFIG_COMMENT--\nuse ${anything}\n# --ZET_COMMENT_END--\n"),
-                ElementsAre(NoValue("2:5", "${anything}")));
+    EXPECT_THAT(Descriptions("x\n# --ZET_CONFIG_COMMENT--\nuse ${anything}\n# --ZET_COMMENT_END--\n"),
+                ElementsAre(NoValue("3:5", "${anything}")));
+}
+
+TEST(TemplateCheck, NoticeAtItsBeginningIsTold) {
+    const std::string notice = "# --ZET_CONFIG_COMMENT--\n# text\n# --ZET_COMMENT_END--\n";
+    const auto stands = [](const std::string& place) {
+        return "t.conf:" + place +
+               ": \"# --ZET_CONFIG_COMMENT--\" in its first line keeps the notice out that names the "
+               "template "
+               "(take the notice out: a commit writes its own)";
+    };
+    EXPECT_THAT(Descriptions(notice + "x\n"), ElementsAre(stands("1:1")));
+    EXPECT_THAT(Descriptions("\n\n" + notice), ElementsAre(stands("3:1")));
+    EXPECT_THAT(Descriptions("x # --ZET_CONFIG_COMMENT--\n"), ElementsAre(stands("1:3")));
+}
+
+TEST(TemplateCheck, NoticeBehindOtherTextIsFine) {
+    const std::string notice = "# --ZET_CONFIG_COMMENT--\n# text\n# --ZET_COMMENT_END--\n";
+    EXPECT_THAT(Descriptions(" \n" + notice), IsEmpty());
+    EXPECT_THAT(Descriptions("# --ZET_TEMPLATE_COMMENT--\n# --ZET_COMMENT_END--\n" + notice), IsEmpty());
 }
 
 TEST(TemplateCheck, ValueThatHoldsItselfIsTold) {

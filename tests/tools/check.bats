@@ -66,6 +66,18 @@ $file:11:1: \"# --ZET_CONFIG_COMMENT--\" inside a region that line 8 opened (end
 $file:13:1: \"# --ZET_TEMPLATE_COMMENT--\" has no end (add a line \"# --ZET_COMMENT_END--\")"
 }
 
+@test "a working copy that an edit gave a notice is told, and without it a commit writes its own" {
+    zet -q template install one.conf
+    zet -q param set etc/one.conf NAME value
+    assert_problems "$HOST/etc/one.conf:1:1: \"# --ZET_CONFIG_COMMENT--\" in its first line keeps the notice out that names the template (take the notice out: a commit writes its own)"
+    zet -q template install --force one.conf
+    zet -q param set --no-markers etc/one.conf NAME value
+    run_zet -q check-config
+    assert_success ""
+    zet -q commit-config
+    grep -qx "# Edit '$HOST/etc/one.conf'" out/one.conf
+}
+
 @test "a value that leads back to itself is told, soon" {
     local value
     echo 'two: ${server} ${realm}' >templates/one.conf
