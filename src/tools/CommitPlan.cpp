@@ -78,8 +78,11 @@ class Records {
 
     void FillIn(PlannedTarget& planned) {
         const std::string& path = planned.path;
-        planned.isTouched = m_own.Has(path) && !m_own.IsUntouched(path);
-        planned.isUnrecorded = !m_own.Has(path) && HasCompanion(path) && !Other().IsUntouched(path);
+        const bool isOwn = m_own.Has(path);
+        const bool isStrange =
+            (isOwn ? !m_own.IsUntouched(path) : HasCompanion(path)) && !Other().IsUntouched(path);
+        planned.isTouched = isOwn && isStrange;
+        planned.isUnrecorded = !isOwn && isStrange;
         planned.isReserved = planned.isUnrecorded && planned.before.exists && IsReserved(path);
     }
 

@@ -20,7 +20,7 @@ struct PlannedTarget {
     std::string path;    ///< of the real file, links followed
     std::string staged;  ///< the file as it would be
     Change change = Change::None;
-    bool isTouched = false;     ///< the file is not the one any more that the last commit recorded
+    bool isTouched = false;     ///< the file is none of those that the roles recorded at their commits
     bool isUnrecorded = false;  ///< the product had to do with the file, but no commit recorded it as it is
     bool isReserved = false;    ///< what the file holds is what its reserve holds
     FileState before;

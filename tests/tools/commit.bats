@@ -184,6 +184,18 @@ $HOST/out/two.conf: unchanged"
     assert_stderr "zet-init: warning: $HOST/out/two.conf: $UNRECORDED"
 }
 
+@test "commits of the roles in turn take each other's work for nobody's edit" {
+    zet commit-config
+    server commit-config
+    run_zet --json commit-config
+    assert_json '[(t["change"], t["edited"]) for t in d["targets"]]' '[["changed", false], ["changed", false]]'
+    assert_stderr ""
+    server commit-config
+    echo precious >>out/one.conf
+    run_zet commit-config
+    assert_stderr "zet-client: warning: $HOST/out/one.conf: was edited since the last commit; the edits are overwritten"
+}
+
 @test "an edit is overwritten with a warning where the manifest was lost" {
     zet commit-config
     rm state/zet-client.manifest
