@@ -56,7 +56,7 @@ void NameTemplate(Session& session, const std::string& path, FileOrigin& origin)
 
 /// Where the notice of a file is that was made from a template, unless somebody put very much before it.
 std::string HeadOf(const std::string& path) {
-    constexpr std::size_t kSizeOfHead = 64 * 1024;
+    constexpr std::size_t kSizeOfHead = std::size_t{64} << 10;
     std::string head(kSizeOfHead, '\0');
     std::ifstream file(path, std::ios::binary);
     file.read(head.data(), static_cast<std::streamsize>(head.size()));
