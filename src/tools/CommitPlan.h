@@ -38,7 +38,7 @@ struct PlannedTarget {
 std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
                                        const std::vector<Target>& targets, const Manifest& manifest);
 
-/// The unified diff of the change; for a secret target nothing but that it changes.
+/// The unified diff of the change; empty for a secret target, and where nothing changes.
 std::string DiffOf(const PlannedTarget& planned);
 
 }  // namespace ZET

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "ExitStatus.h"
+#include "FileBytes.h"
 #include "Process.h"
 
 namespace ZET {
@@ -78,10 +79,6 @@ bool FileState::IsRegular() const {
     return exists && S_ISREG(mode);
 }
 
-bool FileState::HasSameModeAndOwner(const FileState& other) const {
-    return exists == other.exists && mode == other.mode && owner == other.owner && group == other.group;
-}
-
 FileState StateOf(const std::string& path) {
     FileState state;
     struct stat status = {};
@@ -96,6 +93,10 @@ FileState StateOf(const std::string& path) {
     state.group = status.st_gid;
     state.links = status.st_nlink;
     return state;
+}
+
+bool HaveSameModeAndBytes(const std::string& one, const std::string& other) {
+    return StateOf(one).mode == StateOf(other).mode && HaveSameBytes(one, other);
 }
 
 std::string DescribeChange(const FileState& before, const FileState& after) {

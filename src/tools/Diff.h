@@ -23,11 +23,13 @@ struct FileState {
     nlink_t links = 0;
 
     bool IsRegular() const;
-    bool HasSameModeAndOwner(const FileState& other) const;
 };
 
 /// Not being able to tell is a `Failure`.
 FileState StateOf(const std::string& path);
+
+/// Whether nothing would change, but for the owner, if one took the other's place.
+bool HaveSameModeAndBytes(const std::string& one, const std::string& other);
 
 /// "mode 0644 -> 0600, owner 0:0 -> 1000:1000": what differs; all of it, without arrows, for a file that was
 /// not there; empty when nothing differs or the file is going to be gone.

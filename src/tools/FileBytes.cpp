@@ -9,8 +9,8 @@
 #include <cstring>
 #include <utility>
 
-#include "Descriptor.h"
 #include "ExitStatus.h"
+#include "OwnedDescriptor.h"
 #include "Remedy.h"
 
 namespace ZET {
@@ -98,12 +98,12 @@ int OpenStaged(const std::string& path) {
 }  // namespace
 
 std::string ReadFileBytes(const std::string& path) {
-    const Descriptor descriptor(OpenToRead(path));
+    const OwnedDescriptor descriptor(OpenToRead(path));
     return ReadAll(descriptor, path, OpenedStatus(descriptor, path));
 }
 
 void RequireReadableFile(const std::string& path) {
-    const Descriptor descriptor(OpenToRead(path));
+    const OwnedDescriptor descriptor(OpenToRead(path));
     OpenedStatus(descriptor, path);
 }
 
@@ -119,7 +119,7 @@ FileVersion VersionOf(const std::string& path) {
 }
 
 void ReadLines(const std::string& path, const std::function<void(std::string_view line)>& take) {
-    const Descriptor descriptor(OpenToRead(path));
+    const OwnedDescriptor descriptor(OpenToRead(path));
     std::string block(RoomFor(OpenedStatus(descriptor, path)), '\0');
     std::string begun;  // a line that the last block did not end
     for (std::size_t count = block.size(); count == block.size();) {
@@ -140,9 +140,9 @@ void ReadLines(const std::string& path, const std::function<void(std::string_vie
 }
 
 bool HaveSameBytes(const std::string& one, const std::string& other) {
-    const Descriptor oneFile(OpenToRead(one));
+    const OwnedDescriptor oneFile(OpenToRead(one));
     const struct stat status = OpenedStatus(oneFile, one);
-    const Descriptor otherFile(OpenToRead(other));
+    const OwnedDescriptor otherFile(OpenToRead(other));
     if (OpenedStatus(otherFile, other).st_size != status.st_size) return false;
     std::string oneBytes(RoomFor(status), '\0');
     std::string otherBytes(oneBytes.size(), '\0');
@@ -166,23 +166,23 @@ bool HasBecome(const std::string& path, const std::string& staged) {
 }
 
 void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode) {
-    const Descriptor descriptor(OpenStaged(path));
+    const OwnedDescriptor descriptor(OpenStaged(path));
     if (descriptor < 0) Fail(path, "cannot be written");
     WriteAll(descriptor, path, bytes);
     if (fchmod(descriptor, mode & kModeBits) != 0) Fail(path, "cannot get its mode");
 }
 
 void CopyIntoStaging(const std::string& from, const std::string& to) {
-    const Descriptor source(OpenToRead(from));
+    const OwnedDescriptor source(OpenToRead(from));
     const struct stat status = OpenedStatus(source, from);
-    const Descriptor copy(OpenStaged(to));
+    const OwnedDescriptor copy(OpenStaged(to));
     if (copy < 0) Fail(to, "cannot be written");
     WriteAll(copy, to, ReadAll(source, from, status));
     GiveOwner(copy, to, status.st_uid, status.st_gid, status.st_mode);
 }
 
 void GiveStagedFile(const std::string& path, uid_t owner, gid_t group) {
-    const Descriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    const OwnedDescriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
     GiveOwner(file, path, owner, group, OpenedStatus(file, path).st_mode);
 }
 

@@ -8,10 +8,6 @@ namespace ZET {
 
 namespace {
 
-bool IsSame(const std::string& path, const std::string& staged) {
-    return StateOf(path).mode == StateOf(staged).mode && HaveSameBytes(path, staged);
-}
-
 /// The report has begun when the file turns out to be one that cannot be edited.
 std::string FileToEdit(Session& session, const std::string& file) {
     BeginFileReport(session);
@@ -51,7 +47,7 @@ void FileChange::Judge(const std::string& made, bool noBackup, const Inspection&
     RequireModeOf(m_path, made);
     if (inspection) inspection(made);
     SignalGuard::Check();
-    if (IsSame(m_path, made)) throw LeftAsItIs();
+    if (HaveSameModeAndBytes(m_path, made)) throw LeftAsItIs();
     report.after = StateOf(made);
     report.diff = DiffToShow(m_session, m_path, made, m_path);
     report.reserve = noBackup ? ReserveOf(m_path) : ReserveAfterChange(m_path);

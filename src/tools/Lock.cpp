@@ -64,21 +64,21 @@ std::string LockFileOf(Session& session) {
 }
 
 /// Without its file: none, as `errno` says.
-Descriptor Lock(const std::string& file) {
-    Descriptor lock(open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
+OwnedDescriptor Lock(const std::string& file) {
+    OwnedDescriptor lock(open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
     if (lock < 0 || WaitForLock(lock, file, TryLockFile)) return lock;
     throw Failure(file + ": cannot be locked: " + std::strerror(errno) +
                   " (let ZET_VAR_LIB_DIR be on a file system that has locks)");
 }
 
 /// None where directories cannot be locked.
-Descriptor LockDirectory(const std::string& directory) {
-    Descriptor lock(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+OwnedDescriptor LockDirectory(const std::string& directory) {
+    OwnedDescriptor lock(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
     if (lock < 0 && errno == EACCES) {
         throw Failure(directory + ": cannot be locked: " + std::strerror(errno) +
                       " (let the user read the directory)");
     }
-    return lock >= 0 && WaitForLock(lock, directory, TryLockDirectory) ? std::move(lock) : Descriptor();
+    return lock >= 0 && WaitForLock(lock, directory, TryLockDirectory) ? std::move(lock) : OwnedDescriptor();
 }
 
 bool MayOthersWrite(const std::string& directory) {

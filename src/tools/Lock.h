@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "Descriptor.h"
+#include "OwnedDescriptor.h"
 #include "Session.h"
 
 namespace ZET {
@@ -24,8 +24,8 @@ class WriteLock {
     bool IsProducts() const { return m_lock >= 0; }
 
   private:
-    Descriptor m_lock;
-    Descriptor m_directoryLock;
+    OwnedDescriptor m_lock;
+    OwnedDescriptor m_directoryLock;
 };
 
 }  // namespace ZET

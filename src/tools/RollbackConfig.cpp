@@ -215,12 +215,12 @@ class Rollback {
     bool IsOwnWork(const WrittenFile& file) {
         if (m_manifest.IsUntouched(file.path)) return true;
         if (!StateOf(file.path).IsRegular()) return false;
-        if (IsFileExist(file.Reserve()) && IsSame(file.path, file.Reserve())) return true;
+        if (IsFileExist(file.Reserve()) && HaveSameModeAndBytes(file.path, file.Reserve())) return true;
         if (file.templateName.empty()) return false;
         if (!CheckTemplateFile(m_session, file.templateName, m_session.Config().TemplatesValues()).empty())
             return false;
         const QuietLog quiet(m_session.Asked(), ZETLogError);
-        return IsSame(file.path, RenderStaged(m_session, Room(), file.templateName));
+        return HaveSameModeAndBytes(file.path, RenderStaged(m_session, Room(), file.templateName));
     }
 
     /// Made when it is needed: most rollbacks compare nothing, and work where there is no room left.
@@ -228,10 +228,6 @@ class Rollback {
         if (!m_staging)
             m_staging = std::make_unique<Staging>(m_isDryRun ? "" : m_session.Param("ZET_VAR_LIB_DIR"));
         return *m_staging;
-    }
-
-    static bool IsSame(const std::string& one, const std::string& other) {
-        return StateOf(one).mode == StateOf(other).mode && HaveSameBytes(one, other);
     }
 
     void Tell(const WrittenFile& file, const Outcome& outcome) {

@@ -31,7 +31,7 @@ class Session {
     IZETCore& Core() { return m_host->GetCore(); }
     const Paths& HostPaths() const { return m_paths; }
 
-    /// A parameter that names a directory or file of the product, as a path that can be opened.
+    /// A parameter; those that name directories of the product are paths that can be opened.
     std::string Param(const std::string& key) { return Core().GetParam(key); }
 
     /// The path under which a file given by the caller can be opened: under the root, links followed.

@@ -41,7 +41,7 @@ std::string StateOfTarget(Session& session, const Staging& staging, const Manife
     }
     const QuietLog quiet(session.Asked(), ZETLogError);
     const std::string staged = RenderStaged(session, staging, templateName);
-    if (StateOf(staged).mode == now.mode && HaveSameBytes(staged, path)) return kInSync;
+    if (HaveSameModeAndBytes(staged, path)) return kInSync;
     return isUntouched ? "pending" : "edited";
 }
 

@@ -60,7 +60,7 @@ class Installation {
         m_isThere = IsFileExist(m_path);
         if (!m_isThere) return;
         RequireReadableFile(m_path);
-        m_isSame = HaveSameBytes(m_path, m_pristine) && StateOf(m_path).mode == StateOf(m_pristine).mode;
+        m_isSame = HaveSameModeAndBytes(m_path, m_pristine);
         if (m_isSame) return;
         if (!m_session.Asked().force) {
             throw Failure(m_path + ": differs from " + m_pristine +

@@ -97,6 +97,21 @@ release_directory() {
     rm "$BASE/release" "$BASE/held"
 }
 
+# edit_in_background VALUE: an edit of conf waits for the lock of the current directory when this returns.
+edit_in_background() {
+    strace -qq -e trace=flock -o "$BASE/trace" "$ZET_BIN/zet-client" --config zet.conf param set conf A "$1" 3>&- &
+    WAITER=$!
+    until grep -q 'LOCK_EX.*EAGAIN' "$BASE/trace" 2>/dev/null; do sleep 0.02; done
+}
+
+# make_own_file: nobody's own own/conf, and programs that nobody can run.
+make_own_file() {
+    copy_programs
+    mkdir own
+    echo a=1 >own/conf
+    chown -R 65534:65534 own
+}
+
 # without_lock_file: as for a user who may not write into the product's directory.
 without_lock_file() {
     rm -r state
@@ -106,12 +121,10 @@ without_lock_file() {
 @test "an edit without a right on the product's directory waits for others in the directory of its file" {
     without_lock_file
     hold_directory
-    strace -qq -e trace=flock -o "$BASE/trace" "$ZET_BIN/zet-client" --config zet.conf param set conf A 2 3>&- &
-    local waiter=$!
-    until grep -q 'LOCK_EX.*EAGAIN' "$BASE/trace" 2>/dev/null; do sleep 0.02; done
+    edit_in_background 2
     assert_equal "$(head -n 1 conf)" "A=1"
     release_directory
-    wait "$waiter"
+    wait "$WAITER"
     grep -Fx A=2 conf
 }
 
@@ -132,21 +145,16 @@ without_lock_file() {
     run_zet param set conf A 2
     assert_status 0
     chmod g+w .
-    strace -qq -e trace=flock -o "$BASE/trace" "$ZET_BIN/zet-client" --config zet.conf param set conf A 3 3>&- &
-    local waiter=$!
-    until grep -q 'LOCK_EX.*EAGAIN' "$BASE/trace" 2>/dev/null; do sleep 0.02; done
+    edit_in_background 3
     grep -Fx A=2 conf
     release_directory
-    wait "$waiter"
+    wait "$WAITER"
     grep -Fx A=3 conf
 }
 
 @test "who may not take the product's lock clears nothing away of the run that holds it" {
     [[ $(id -u) -eq 0 ]] || skip "no other user to be"
-    copy_programs
-    mkdir own
-    echo a=1 >own/conf
-    chown -R 65534:65534 own
+    make_own_file
     chgrp 65534 state
     chmod 2775 state
     : >other.tmp
@@ -160,10 +168,7 @@ without_lock_file() {
 
 @test "an edit in a directory that cannot be locked is refused" {
     [[ $(id -u) -eq 0 ]] || skip "no other user to be"
-    copy_programs
-    mkdir own
-    echo a=1 >own/conf
-    chown -R 65534:65534 own
+    make_own_file
     chmod 300 own
     capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" param set own/conf a 2
     assert_refusal 1 "own: cannot be locked: Permission denied (let the user read the directory)"
