@@ -7,6 +7,8 @@
 #include "CommitPlan.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
+#include "FileInPlace.h"
+#include "Instructions.h"
 #include "Lock.h"
 #include "PendingRecord.h"
 #include "Remedy.h"
@@ -53,6 +55,7 @@ class Commit {
         AssumeParameters();
         std::unique_ptr<WriteLock> lock;
         if (!m_isDryRun) {
+            RequireOwnInstructions(m_session);
             lock = std::make_unique<WriteLock>(m_session);
             m_cutShort = PendingRecord::ClearLeftOvers(m_session);
         }
@@ -144,7 +147,9 @@ class Commit {
         // The diff has to be made before its one side is gone.
         const std::string diff = WantedDiff(planned);
         if (planned.change != Change::None) {
-            RenderTarget(m_session, planned.target.templateName, planned.path, planned.staged);
+            const FileInPlace place(m_session.HostPaths(), planned.path, planned.target.trusted);
+            RenderTarget(m_session, {planned.target.templateName, place, planned.staged, planned.version,
+                                     m_session.Role()});
         } else if (!IsFileExist(WorkingCopy(m_session, planned.target.templateName))) {
             // The notice in the file tells its reader to edit the working copy.
             m_session.Config().InstallConfigFileTemplate(planned.target.templateName);
@@ -211,6 +216,7 @@ class Commit {
         try {
             std::vector<std::string> written;
             std::vector<std::string> notWritten;
+            std::vector<std::string> others;
             std::vector<PlannedTarget> done;
             for (const PlannedTarget& planned : plan) {
                 const bool isWritten = IsWritten(planned);
@@ -219,12 +225,14 @@ class Commit {
                     done.push_back(planned);
                 }
                 if (planned.change == Change::None) continue;
-                (isWritten ? written : notWritten).push_back(planned.path);
+                const bool isAsItWas = VersionOf(planned.path) == planned.version;
+                (isWritten ? written : isAsItWas ? notWritten : others).push_back(planned.path);
             }
             m_report.Error(
                 "the commit did not come to its end, its status is not recorded (run it again to complete "
                 "it). Written: " +
-                Joined(written) + ". Not written: " + Joined(notWritten));
+                Joined(written) + ". Not written: " + Joined(notWritten) +
+                (others.empty() ? "" : ". Written by another program: " + Joined(others)));
             ReportRestarts(done);
             manifest.Save();
         } catch (const std::exception& error) {

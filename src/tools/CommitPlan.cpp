@@ -120,6 +120,7 @@ std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
         planned.path = session.HostPaths().WithRealDirectory(session.FilePath(target.path));
         planned.staged = RenderQuietly(session, staging, target);
         RunOwnCheck(target, planned.path, planned.staged);
+        planned.version = VersionOf(planned.path);
         planned.before = StateOf(planned.path);
         planned.after = StateInPlace(planned.path, planned.staged);
         planned.change = ChangeOf(planned);

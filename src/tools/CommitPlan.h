@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Diff.h"
+#include "FileBytes.h"
 #include "Manifest.h"
 #include "Session.h"
 #include "Staging.h"
@@ -23,6 +24,7 @@ struct PlannedTarget {
     bool isTouched = false;     ///< the file is none of those that the roles recorded at their commits
     bool isUnrecorded = false;  ///< the product had to do with the file, but no commit recorded it as it is
     bool isReserved = false;    ///< what the file holds is what its reserve holds
+    FileVersion version;        ///< of what was there when the plan was made
     FileState before;
     FileState after;
 

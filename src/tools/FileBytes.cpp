@@ -85,14 +85,16 @@ void GiveOwner(int descriptor, const std::string& path, uid_t owner, gid_t group
     if (fchmod(descriptor, mode & kModeBits) != 0) Fail(path, "cannot get its mode");
 }
 
-mode_t ModeOf(const std::string& path) {
+/// A new file, or a former one of this user's that has no other name, emptied.
+OwnedDescriptor OpenStaged(const std::string& path) {
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    OwnedDescriptor file(open(path.c_str(), kFlags, S_IRUSR | S_IWUSR));
     struct stat status = {};
-    if (stat(path.c_str(), &status) != 0) Fail(path, "its mode cannot be read");
-    return status.st_mode & kModeBits;
-}
-
-int OpenStaged(const std::string& path) {
-    return open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (file < 0 || fstat(file, &status) != 0) Fail(path, "cannot be written");
+    if (!S_ISREG(status.st_mode) || status.st_nlink != 1 || status.st_uid != geteuid())
+        throw Failure(path + ": is in the way, and not from here (move it away)");
+    if (ftruncate(file, 0) != 0) Fail(path, "cannot be written");
+    return file;
 }
 
 }  // namespace
@@ -109,8 +111,8 @@ void RequireReadableFile(const std::string& path) {
 
 FileVersion VersionOf(const std::string& path) {
     struct stat status = {};
-    if (stat(path.c_str(), &status) != 0) {
-        if (errno == ENOENT) return {};
+    if (lstat(path.c_str(), &status) != 0) {
+        if (errno == ENOENT || errno == ENOTDIR) return {};
         Fail(path, "cannot be looked at");
     }
     constexpr std::int64_t kSecond = 1'000'000'000;
@@ -154,20 +156,28 @@ bool HaveSameBytes(const std::string& one, const std::string& other) {
     }
 }
 
-void RequireModeOf(const std::string& model, const std::string& path) {
-    const mode_t mode = ModeOf(model);
-    if (ModeOf(path) != mode && chmod(path.c_str(), mode) != 0) Fail(path, "cannot get its mode");
+mode_t ModeOf(const std::string& path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) Fail(path, "its mode cannot be read");
+    return status.st_mode & kModeBits;
 }
 
-bool HasBecome(const std::string& path, const std::string& staged) {
-    if (!HaveSameBytes(path, staged)) return false;
-    RequireModeOf(staged, path);
-    return true;
+void RequireMode(int descriptor, const std::string& path, mode_t mode) {
+    struct stat status = {};
+    if ((descriptor >= 0 ? fstat(descriptor, &status) : lstat(path.c_str(), &status)) != 0)
+        Fail(path, "its mode cannot be read");
+    if ((status.st_mode & kModeBits) == (mode & kModeBits)) return;
+    errno = EACCES;
+    if (descriptor < 0 || fchmod(descriptor, mode & kModeBits) != 0) Fail(path, "cannot get its mode");
+}
+
+void RequireModeOf(const std::string& model, const std::string& staged) {
+    const OwnedDescriptor descriptor(open(staged.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    RequireMode(descriptor, staged, ModeOf(model));
 }
 
 void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode) {
-    const OwnedDescriptor descriptor(OpenStaged(path));
-    if (descriptor < 0) Fail(path, "cannot be written");
+    const OwnedDescriptor descriptor = OpenStaged(path);
     WriteAll(descriptor, path, bytes);
     if (fchmod(descriptor, mode & kModeBits) != 0) Fail(path, "cannot get its mode");
 }
@@ -175,8 +185,7 @@ void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t m
 void CopyIntoStaging(const std::string& from, const std::string& to) {
     const OwnedDescriptor source(OpenToRead(from));
     const struct stat status = OpenedStatus(source, from);
-    const OwnedDescriptor copy(OpenStaged(to));
-    if (copy < 0) Fail(to, "cannot be written");
+    const OwnedDescriptor copy = OpenStaged(to);
     WriteAll(copy, to, ReadAll(source, from, status));
     GiveOwner(copy, to, status.st_uid, status.st_gid, status.st_mode);
 }

@@ -31,17 +31,21 @@ struct FileVersion {
     bool operator==(const FileVersion&) const = default;
 };
 
-/// Links followed.
+/// Of a real file: a link that takes its place is another version.
 FileVersion VersionOf(const std::string& path);
 
 /// Whether two regular files hold the same bytes.
 bool HaveSameBytes(const std::string& one, const std::string& other);
 
-/// Gives a file that the module wrote the mode of another: the module does not tell when it could not.
-void RequireModeOf(const std::string& model, const std::string& path);
+/// The mode of a file, links followed.
+mode_t ModeOf(const std::string& path);
 
-/// Whether a file that the module wrote has become what was made in trial; its mode then is that, too.
-bool HasBecome(const std::string& path, const std::string& staged);
+/// Gives a file that the module wrote this mode: the module does not tell when it could not. `descriptor` is
+/// open on the file, or -1 when this user cannot open it; then it is looked at by name.
+void RequireMode(int descriptor, const std::string& path, mode_t mode);
+
+/// The same of a file in a private directory, and the mode of another.
+void RequireModeOf(const std::string& model, const std::string& staged);
 
 /// Writes a new file of that mode, or over a former one, in a private directory.
 void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode);

@@ -16,8 +16,13 @@ std::string FileToEdit(Session& session, const std::string& file) {
 
 }  // namespace
 
-FileChange::FileChange(Session& session, const std::string& file)
-    : m_session(session), m_file(file), m_path(FileToEdit(session, file)), m_writing(session, {m_path}) {}
+FileChange::FileChange(Session& session, const std::string& file, FileInPlace::Access access)
+    : m_session(session),
+      m_file(file),
+      m_path(FileToEdit(session, file)),
+      m_writing(session, {m_path}),
+      m_place(session.HostPaths(), m_path, "", access),
+      m_version(VersionOf(m_path)) {}
 
 int FileChange::LeaveUnchanged(const std::string& remark) {
     const FileState state = StateOf(m_path);
@@ -44,7 +49,6 @@ int FileChange::Make(const Operation& operation, bool noBackup, const Inspection
 /// Looks at what the edit made before it takes the file's place, or would.
 void FileChange::Judge(const std::string& made, bool noBackup, const Inspection& inspection,
                        FileReport& report) {
-    RequireModeOf(m_path, made);
     if (inspection) inspection(made);
     SignalGuard::Check();
     if (HaveSameModeAndBytes(m_path, made)) throw LeftAsItIs();
@@ -64,37 +68,19 @@ void FileChange::Try(const Operation& operation, const Replacement::Judge& judge
     const ParamOverride noSync(m_session.Core(), "ZET_SYNC", "no");
     const QuietLog quiet(m_session.Asked(), ZETLogWarning);
     Perform(operation, staged);
+    RequireModeOf(m_path, staged);
     judge(staged);
 }
 
 void FileChange::Apply(const Operation& operation, bool noBackup, const Replacement::Judge& judge) {
     m_writing.Begin();
-    const FileVersion before = VersionOf(m_path);
-    const Replacement replacement(m_path, [&](const std::string& made) {
-        judge(made);
-        RequireVersion(before);
-        if (!noBackup) Reserve(before);
-    });
-    Perform(operation, m_path);
-}
-
-void FileChange::RequireVersion(const FileVersion& version) {
-    if (VersionOf(m_path) == version) return;
-    throw Failure(m_path +
-                  ": another program wrote it at the same time, and nothing was changed (look at it, and run "
-                  "the command again)");
-}
-
-/// Copying takes its time, in which another program may write the file: such a reserve is not the original.
-void FileChange::Reserve(const FileVersion& version) {
-    const bool hadReserve = !ReserveOf(m_path).empty();
-    m_session.Config().ReserveConfigFile(m_path);
-    try {
-        RequireVersion(version);
-    } catch (const Failure&) {
-        if (!hadReserve && !ReserveOf(m_path).empty()) m_session.Config().RemoveConfigFileReserve(m_path);
-        throw;
-    }
+    Replacement replacement(m_session, m_place, m_version);
+    replacement.Make(
+        ModeOf(m_path), [&](const std::string& name) { Perform(operation, name); },
+        [&](const std::string& made) {
+            judge(made);
+            if (!noBackup) replacement.KeepOriginal();
+        });
 }
 
 void FileChange::Perform(const Operation& operation, const std::string& path) {

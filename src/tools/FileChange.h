@@ -6,24 +6,26 @@
 
 #include "ChangeReport.h"
 #include "FileBytes.h"
+#include "FileInPlace.h"
 #include "Replacement.h"
 #include "Session.h"
 #include "Writing.h"
 
 namespace ZET {
 
-/// The one way in which a command edits a file in place: what the edit made is judged, the file kept, and
-/// only then replaced. A dry run edits a copy. An edit that changes nothing leaves the file untouched.
+/// An edit of one file in place: what it made is judged, the file kept, and only then replaced. A dry run
+/// edits a copy. An edit that changes nothing leaves the file untouched.
 class FileChange {
   public:
-    /// Edits the file at `path` through the module, which keeps no reserve of it: that is done here.
+    /// Edits the file `path` through the module, which keeps no reserve of it: that is done here.
     using Operation = std::function<void(const std::string& path)>;
 
     /// Throws what is wrong with what the edit made.
     using Inspection = std::function<void(const std::string& made)>;
 
     /// `file` is what the caller wrote. A `Failure` when it is no regular file that can be edited.
-    FileChange(Session& session, const std::string& file);
+    FileChange(Session& session, const std::string& file,
+               FileInPlace::Access access = FileInPlace::Access::FromWithinItsDirectory);
 
     /// The real file, links followed.
     const std::string& Path() const { return m_path; }
@@ -36,14 +38,14 @@ class FileChange {
     void Judge(const std::string& made, bool noBackup, const Inspection& inspection, FileReport& report);
     void Try(const Operation& operation, const Replacement::Judge& judge);
     void Apply(const Operation& operation, bool noBackup, const Replacement::Judge& judge);
-    void RequireVersion(const FileVersion& version);
-    void Reserve(const FileVersion& version);
     void Perform(const Operation& operation, const std::string& path);
 
     Session& m_session;
     std::string m_file;
     std::string m_path;
     Writing m_writing;
+    FileInPlace m_place;
+    FileVersion m_version;  ///< before anything was read of it
 };
 
 }  // namespace ZET

@@ -4,7 +4,9 @@
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "FileChange.h"
+#include "FileInPlace.h"
 #include "OwnRegions.h"
+#include "Replacement.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -27,6 +29,8 @@ struct ReserveWork {
         : session(given),
           path(ResolvedFile(given)),
           writing(given, {path}),
+          place(given.HostPaths(), path),
+          version(VersionOf(path)),
           reserve(path + ZETReserveSuffix),
           record(path + ZETAbsenceSuffix),
           hasFile(IsFileExist(path)),
@@ -47,6 +51,13 @@ struct ReserveWork {
 
     bool IsDryRun() const { return session.Asked().dryRun; }
 
+    void Reserve() {
+        writing.Begin();
+        Replacement replacement(session, place, version);
+        replacement.KeepOriginal();
+        replacement.LeaveFile();
+    }
+
     int Tell(const std::string& change, const std::string& remark) {
         report.change = change;
         report.remark = remark;
@@ -56,6 +67,8 @@ struct ReserveWork {
     Session& session;
     std::string path;
     Writing writing;  // before anything is looked at
+    FileInPlace place;
+    FileVersion version;
     std::string reserve;
     std::string record;  ///< that there was no file
     bool hasFile;
@@ -67,10 +80,7 @@ struct ReserveWork {
 int RecordAbsence(ReserveWork& work) {
     if (work.hasRecord)
         return work.Tell("unchanged", "that there is no such file is recorded already, as " + work.record);
-    if (!work.IsDryRun()) {
-        work.writing.Begin();
-        work.session.Config().ReserveConfigFile(work.path);
-    }
+    if (!work.IsDryRun()) work.Reserve();
     return work.Tell("reserved", "there is no such file, recorded as " + work.record);
 }
 
@@ -97,10 +107,7 @@ int RunFileReserve(Session& session) {
         return work.Tell("unchanged", "there was no such file before, as " + work.record + " records");
     work.report.diff = DiffToShow(session, "", work.path, work.path, work.reserve);
     work.report.reserve = work.reserve;
-    if (!work.IsDryRun()) {
-        work.writing.Begin();
-        session.Config().ReserveConfigFile(work.path);
-    }
+    if (!work.IsDryRun()) work.Reserve();
     return work.Tell("reserved", "kept as " + work.reserve);
 }
 
@@ -115,7 +122,7 @@ int RunFileRestore(Session& session) {
     }
     if (!work.IsDryRun()) {
         work.writing.Begin();
-        session.Config().RestoreConfigFile(work.path);
+        RestoreOriginal(session, work.place, work.version);
     }
     work.report.reserve = "";
     if (work.hasReserve) return work.Tell("restored", "from " + work.reserve);
@@ -131,7 +138,7 @@ int RunFileForget(Session& session) {
     if (work.hasReserve) work.report.diff = DiffToShow(session, work.reserve, "", work.path, work.reserve);
     if (!work.IsDryRun()) {
         work.writing.Begin();
-        session.Config().RemoveConfigFileReserve(work.path);
+        work.place.Within([&](const std::string& name) { session.Config().RemoveConfigFileReserve(name); });
     }
     work.report.reserve = "";
     return work.Tell("forgotten", "its reserve is dropped");

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -28,16 +29,19 @@ struct flock WholeFile() {
     return lock;
 }
 
+/// "process 4711 (zet-init commit-config)", as the holder wrote it into the file that it locked.
 std::string HolderOf(int descriptor) {
-    struct flock lock = WholeFile();
+    char text[200] = {};
+    const ssize_t length = pread(descriptor, text, sizeof text - 1, 0);
+    const std::string holder(text, static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+    const std::size_t end = holder.find('\n');
     // Nobody tells who holds the lock of a directory.
-    const bool isHeld = fcntl(descriptor, F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
-    return isHeld ? "process " + std::to_string(lock.l_pid) : "another process";
+    return end == std::string::npos ? "another process" : "process " + holder.substr(0, end);
 }
 
 bool TryLockFile(int descriptor) {
     struct flock lock = WholeFile();
-    return fcntl(descriptor, F_SETLK, &lock) == 0;
+    return fcntl(descriptor, F_OFD_SETLK, &lock) == 0;
 }
 
 bool TryLockDirectory(int descriptor) {
@@ -45,14 +49,18 @@ bool TryLockDirectory(int descriptor) {
 }
 
 /// False when there are no such locks, as `errno` says.
-bool WaitForLock(int descriptor, const std::string& path, bool (*tryLock)(int)) {
+bool WaitForLock(Session& session, int descriptor, const std::string& path, bool (*tryLock)(int)) {
     const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
-    while (!tryLock(descriptor)) {
+    const std::string seconds = std::to_string(kLongestWait.count()) + " s";
+    for (bool isFirst = true; !tryLock(descriptor); isFirst = false) {
         if (errno != EACCES && errno != EAGAIN && errno != EINTR) return false;
         SignalGuard::Check();
+        if (isFirst)
+            session.Out().Remark("waiting for " + HolderOf(descriptor) + ", which holds " + path + ", for " +
+                                 seconds + " at most");
         if (std::chrono::steady_clock::now() >= deadline) {
-            throw Failure(path + ": " + HolderOf(descriptor) + " has held the lock for " +
-                          std::to_string(kLongestWait.count()) + " s (let it end, then try again)");
+            throw Failure(path + ": " + HolderOf(descriptor) + " has held the lock for " + seconds +
+                          " (let it end, then try again)");
         }
         std::this_thread::sleep_for(kBetweenTries);
     }
@@ -63,22 +71,44 @@ std::string LockFileOf(Session& session) {
     return session.Param("ZET_VAR_LIB_DIR") + "/zet.lock";
 }
 
+/// What is written into it must not reach a file of another name.
+void RequireOwnLockFile(int descriptor, const std::string& file) {
+    struct stat status = {};
+    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1) return;
+    throw Failure(file + ": is no regular file of one name (move it away)");
+}
+
+/// For whoever waits for the lock. That it cannot be written, as on a full disk, is no reason not to go on.
+void NameHolder(Session& session, int descriptor) {
+    const std::string holder =
+        std::to_string(getpid()) + " (" + session.Asked().program + " " + session.Asked().command + ")\n";
+    if (ftruncate(descriptor, 0) == 0)
+        static_cast<void>(pwrite(descriptor, holder.data(), holder.size(), 0) == 0);
+}
+
 /// Without its file: none, as `errno` says.
-OwnedDescriptor Lock(const std::string& file) {
-    OwnedDescriptor lock(open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
-    if (lock < 0 || WaitForLock(lock, file, TryLockFile)) return lock;
-    throw Failure(file + ": cannot be locked: " + std::strerror(errno) +
-                  " (let ZET_VAR_LIB_DIR be on a file system that has locks)");
+OwnedDescriptor Lock(Session& session, const std::string& file) {
+    OwnedDescriptor lock(
+        open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600));
+    if (lock < 0) return lock;
+    RequireOwnLockFile(lock, file);
+    if (!WaitForLock(session, lock, file, TryLockFile)) {
+        throw Failure(file + ": cannot be locked: " + std::strerror(errno) +
+                      " (let ZET_VAR_LIB_DIR be on a file system that has locks)");
+    }
+    NameHolder(session, lock);
+    return lock;
 }
 
 /// None where directories cannot be locked.
-OwnedDescriptor LockDirectory(const std::string& directory) {
+OwnedDescriptor LockDirectory(Session& session, const std::string& directory) {
     OwnedDescriptor lock(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
     if (lock < 0 && errno == EACCES) {
         throw Failure(directory + ": cannot be locked: " + std::strerror(errno) +
                       " (let the user read the directory)");
     }
-    return lock >= 0 && WaitForLock(lock, directory, TryLockDirectory) ? std::move(lock) : OwnedDescriptor();
+    const bool isLocked = lock >= 0 && WaitForLock(session, lock, directory, TryLockDirectory);
+    return isLocked ? std::move(lock) : OwnedDescriptor();
 }
 
 bool MayOthersWrite(const std::string& directory) {
@@ -94,15 +124,15 @@ bool MayOthersWrite(const std::string& directory) {
 
 }  // namespace
 
-WriteLock::WriteLock(Session& session) : m_lock(Lock(LockFileOf(session))) {
+WriteLock::WriteLock(Session& session) : m_lock(Lock(session, LockFileOf(session))) {
     if (m_lock < 0) FailToOpen(LockFileOf(session));
 }
 
-WriteLock::WriteLock(Session& session, const std::string& path) : m_lock(Lock(LockFileOf(session))) {
+WriteLock::WriteLock(Session& session, const std::string& path) : m_lock(Lock(session, LockFileOf(session))) {
     if (!IsProducts() && errno != EACCES && errno != EROFS && errno != ENOENT)
         FailToOpen(LockFileOf(session));
     const std::string directory = DirectoryOf(path);
-    if (!IsProducts() || MayOthersWrite(directory)) m_directoryLock = LockDirectory(directory);
+    if (!IsProducts() || MayOthersWrite(directory)) m_directoryLock = LockDirectory(session, directory);
 }
 
 }  // namespace ZET

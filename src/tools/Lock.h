@@ -8,9 +8,9 @@
 
 namespace ZET {
 
-/// Keeps other commands that write away, for as long as it lives: a record lock on zet.lock in
-/// ZET_VAR_LIB_DIR, which the system drops when its holder dies. Waits 30 s at most, then a `Failure` says
-/// who holds it.
+/// Keeps other commands that write away, for as long as it lives: a lock of the open zet.lock in
+/// ZET_VAR_LIB_DIR, which the system drops when its holder dies. Says at once for whom it waits, who wrote
+/// his name into the file; after 30 s a `Failure` says so.
 class WriteLock {
   public:
     explicit WriteLock(Session& session);

@@ -67,7 +67,7 @@ int RunOptionSet(Session& session) {
     // None of the system's own text gets into this file, so that a language that the host does not have can
     // be set right.
     const ParamOverride language(session.Core(), kLanguage, "C");
-    FileChange change(session, asked.configFile);
+    FileChange change(session, asked.configFile, FileInPlace::Access::ByPath);
     const auto set = [&](const std::string& path) {
         if (path != file) {
             // The trial: what the module does to its own file, done to the copy.

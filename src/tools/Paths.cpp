@@ -1,78 +1,35 @@
 #include "Paths.h"
 
+#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <cstdlib>
-#include <deque>
+#include <cstring>
 #include <memory>
-#include <vector>
 
 #include "ExitStatus.h"
+#include "Remedy.h"
 
 namespace ZET {
 
 namespace {
-
-constexpr int kMostLinks = 40;  // what the system itself allows
-
-/// The target of a symbolic link; empty when the path is none.
-std::string LinkTarget(const std::string& path) {
-    char target[PATH_MAX];
-    const ssize_t length = readlink(path.c_str(), target, sizeof target);
-    return length > 0 ? std::string(target, static_cast<std::size_t>(length)) : std::string();
-}
-
-void PrependComponents(const std::string& path, std::deque<std::string>& components) {
-    std::vector<std::string> parts;
-    for (std::size_t begin = 0; begin < path.size();) {
-        const std::size_t end = std::min(path.find('/', begin), path.size());
-        if (end > begin) parts.push_back(path.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    components.insert(components.begin(), parts.begin(), parts.end());
-}
-
-/// Walks `path` inside `root`, component by component.
-std::string ResolveInside(const std::string& root, const std::string& path) {
-    std::deque<std::string> toWalk;
-    PrependComponents(path, toWalk);
-    std::vector<std::string> walked;
-    const auto current = [&] {
-        std::string name = root;
-        for (const std::string& component : walked)
-            name += "/" + component;
-        return name;
-    };
-    for (int links = 0; !toWalk.empty();) {
-        const std::string component = toWalk.front();
-        toWalk.pop_front();
-        if (component == ".") continue;
-        if (component == "..") {
-            if (!walked.empty()) walked.pop_back();
-            continue;
-        }
-        walked.push_back(component);
-        const std::string target = LinkTarget(current());
-        if (target.empty()) continue;
-        if (++links > kMostLinks)
-            throw Failure(path +
-                          ": too many symbolic links, as when one leads back to itself (correct the links)");
-        walked.pop_back();
-        if (target.front() == '/') walked.clear();
-        PrependComponents(target, toWalk);
-    }
-    const std::string resolved = current();
-    return resolved.empty() ? "/" : resolved;
-}
 
 std::string AbsolutePath(const std::string& path) {
     if (path.starts_with('/')) return path;
     const std::unique_ptr<char, decltype(&std::free)> directory(getcwd(nullptr, 0), std::free);
     if (!directory) throw Failure("the current directory cannot be found (change to one that exists)");
     return std::string(directory.get()) + "/" + path;
+}
+
+bool IsLink(const std::string& path) {
+    char target[1];
+    if (readlink(path.c_str(), target, sizeof target) >= 0) return true;
+    if (errno == EINVAL || errno == ENOENT || errno == ENOTDIR) return false;
+    const int error = errno;
+    throw Failure(path + ": cannot be looked at: " + std::strerror(error) + RemedyFor(error));
 }
 
 }  // namespace
@@ -83,17 +40,36 @@ Paths::Paths(const std::string& root) {
     if (stat(root.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
         throw Failure(root + ": is no directory that can serve as root (create it, or correct --root)");
     }
-    m_root = ResolveInside("", AbsolutePath(root));
+    m_root = Walk("", AbsolutePath(root), PathWalk::Unseen::Fails).path;
+    m_rootsOwners.push_back(status.st_uid);
     if (m_root == "/") m_root.clear();
 }
 
+PathJudge Paths::Judge(const std::string& trusted) const {
+    std::vector<uid_t> harmless = m_rootsOwners;
+    if (!trusted.empty()) {
+        const struct passwd* user = getpwnam(trusted.c_str());
+        if (user != nullptr) harmless.push_back(user->pw_uid);
+    }
+    return PathJudge(std::move(harmless));
+}
+
+FoundFile Paths::Walk(const std::string& root, const std::string& path, PathWalk::Unseen unseen,
+                      const std::string& trusted) const {
+    return PathWalk(m_known, root, Judge(trusted), unseen).To(path);
+}
+
 std::string Paths::Resolved(const std::string& path) const {
-    if (!m_root.empty()) return ResolveInside(m_root, path);
-    return LinkTarget(path).empty() ? path : ResolveInside("", AbsolutePath(path));
+    if (!HasRoot() && !IsLink(path)) return path;
+    return Find(path).path;
+}
+
+FoundFile Paths::Find(const std::string& path, const std::string& trusted) const {
+    return Walk(m_root, HasRoot() ? path : AbsolutePath(path), PathWalk::Unseen::Fails, trusted);
 }
 
 std::string Paths::Canonical(const std::string& path) const {
-    return ResolveInside(m_root, m_root.empty() ? AbsolutePath(path) : path);
+    return Walk(m_root, HasRoot() ? path : AbsolutePath(path), PathWalk::Unseen::IsTakenAsWritten).path;
 }
 
 std::string Paths::RealName(const std::string& path) const {
@@ -111,7 +87,8 @@ std::string Paths::WithRealDirectory(const std::string& path) const {
 }
 
 bool Paths::StaysInside(const std::string& path) const {
-    return m_root.empty() || ResolveInside("", path).starts_with(m_root + "/");
+    if (!HasRoot()) return true;
+    return Walk("", path, PathWalk::Unseen::IsTakenAsWritten).path.starts_with(m_root + "/");
 }
 
 std::string Paths::NameInside(const std::string& path) const {

@@ -2,6 +2,9 @@
 #define ZET_PATHS_H
 
 #include <string>
+#include <vector>
+
+#include "PathWalk.h"
 
 namespace ZET {
 
@@ -15,10 +18,20 @@ class Paths {
     /// The file that a path of the host leads to, its links followed. Under a root, no link leads out of it:
     /// one that is absolute or climbs too far ends at the root. What is not there yet is taken as it is
     /// written. On the host itself a path whose last component is no link is returned as it is. Too many
-    /// links are a `Failure`.
+    /// links, and what cannot be looked at, are a `Failure`.
     std::string Resolved(const std::string& path) const;
 
-    /// The one name of the file, all links followed, whatever way leads to it: fit to be compared.
+    /// The same, with its directory held and the way there judged. `trusted` is a user whose directories
+    /// count as root's.
+    FoundFile Find(const std::string& path, const std::string& trusted = "") const;
+
+    /// The same for a path that can be opened, as `Resolved` returns it.
+    FoundFile FindOpened(const std::string& path, const std::string& trusted = "") const {
+        return Find(NameInside(path), trusted);
+    }
+
+    /// The one name of the file, all links followed, whatever way leads to it: fit to be compared. Where this
+    /// user may not look, it is taken as it is written.
     std::string Canonical(const std::string& path) const;
 
     /// The same for a path that can be opened, as `Resolved` returns it, to be told to a program; where that
@@ -40,7 +53,13 @@ class Paths {
     bool HasRoot() const { return !m_root.empty(); }
 
   private:
-    std::string m_root;  ///< without a final "/"; empty for the host itself
+    PathJudge Judge(const std::string& trusted) const;
+    FoundFile Walk(const std::string& root, const std::string& path, PathWalk::Unseen unseen,
+                   const std::string& trusted = "") const;
+
+    std::string m_root;                ///< without a final "/"; empty for the host itself
+    std::vector<uid_t> m_rootsOwners;  ///< who made the tree is who works on it
+    mutable HeldDirectories m_known;
 };
 
 std::string DirectoryOf(const std::string& path);

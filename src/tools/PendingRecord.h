@@ -11,8 +11,7 @@ namespace ZET {
 
 /// The files that a command is about to write, recorded in ZET_VAR_LIB_DIR/zet.pending for as long as it
 /// writes: so that the next run can tell the temporary files that a killed one left from those of others.
-/// When the object ends, the temporary files that a failure left are removed. Only under the lock; one record
-/// serves both roles, as the lock does.
+/// Only under the lock; one record serves both roles, as the lock does.
 class PendingRecord {
   public:
     PendingRecord(Session& session, const std::vector<std::string>& paths);
@@ -25,13 +24,12 @@ class PendingRecord {
     /// The files of a run that did not come to its end.
     static std::set<std::string> Read(Session& session);
 
-    /// Removes the temporary files that such a run left, and its record. Only under the lock. Returns its
-    /// files.
+    /// Removes the temporary files that such a run left, and its record; what has the name of one, but cannot
+    /// be its work, is told and stays. Only under the lock. Returns the run's files.
     static std::set<std::string> ClearLeftOvers(Session& session);
 
   private:
     std::string m_file;
-    std::vector<std::string> m_temporaries;
 };
 
 }  // namespace ZET

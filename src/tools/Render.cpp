@@ -4,6 +4,7 @@
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "Remedy.h"
+#include "Replacement.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET {
@@ -23,9 +24,16 @@ void Perform(Session& session, const std::string& templateName, const std::strin
     }
 }
 
-void Process(Session& session, const std::string& templateName, const std::string& path, StringMap* values) {
-    Perform(session, templateName, path,
-            [&] { session.Config().ProcessConfigFileTemplate(templateName, path, session.Role(), values); });
+/// The file is called `name`, and by the reader `path`.
+struct Rendered {
+    const std::string& name;
+    const std::string& path;
+};
+
+void Process(Session& session, const std::string& role, const std::string& templateName, const Rendered& file,
+             StringMap* values) {
+    Perform(session, templateName, file.path,
+            [&] { session.Config().ProcessConfigFileTemplate(templateName, file.name, role, values); });
 }
 
 /// The notice names the template that was read: the working copy to be, not its stand-in in the private
@@ -52,47 +60,63 @@ std::string TemplateFile(Session& session, const std::string& templateName) {
     return "";
 }
 
-std::string RenderStaged(Session& session, const Staging& staging, const std::string& templateName,
-                         StringMap* values) {
-    const std::string staged = staging.PathOf("rendered/" + templateName);
+/// Stages what a role gets.
+static std::string Stage(Session& session, const std::string& role, const Staging& staging,
+                         const std::string& templateName, StringMap* values) {
+    const std::string room = role == session.Role() ? "rendered/" : "rendered-for-" + role + "/";
+    const std::string staged = staging.PathOf(room + templateName);
     const std::string workingCopy = WorkingCopy(session, templateName);
     const std::string source = TemplateFile(session, templateName);
     const ParamOverride noSync(session.Core(), "ZET_SYNC", "no");
     if (IsFileExist(workingCopy)) {
-        Process(session, templateName, staged, values);
+        Process(session, role, templateName, {staged, staged}, values);
         RequireModeOf(source, staged);
         return staged;
     }
     const std::string standIn = staging.PathOf("templates/" + templateName);
     const ParamOverride directory(session.Core(), "ZET_CFG_DIR", staging.PathOf("templates"));
-    Process(session, templateName, staged, values);
+    Process(session, role, templateName, {staged, staged}, values);
     RequireModeOf(source, staged);
     NameWorkingCopy(staged, standIn, workingCopy);
     return staged;
 }
 
-void RenderOnce(Session& session, const std::string& templateName, const std::string& path,
-                const StringMap& values) {
+std::string RenderStaged(Session& session, const Staging& staging, const std::string& templateName,
+                         StringMap* values) {
+    return Stage(session, session.Role(), staging, templateName, values);
+}
+
+std::string RenderStagedFor(Session& session, const Staging& staging, const std::string& templateName,
+                            const std::string& role) {
+    return Stage(session, role, staging, templateName, nullptr);
+}
+
+void RenderOnce(Session& session, const std::string& templateName, const std::string& name,
+                const std::string& path, const StringMap& values) {
     StringMap allValues = values;
     allValues.insert(session.Config().TemplatesValues().begin(), session.Config().TemplatesValues().end());
     Perform(session, templateName, path, [&] {
-        const auto file = session.Config().OpenConfigFileTemplate(templateName, path, session.Role(), false);
+        const auto file = session.Config().OpenConfigFileTemplate(templateName, name, session.Role(), false);
         if (!file) return;
         file->ApplyTemplates(allValues);
         file->Save(true);
     });
 }
 
-void RenderTarget(Session& session, const std::string& templateName, const std::string& path,
-                  const std::string& staged, StringMap* values) {
-    session.Config().ReserveConfigFile(path);
-    Process(session, templateName, path, values);
-    if (!HasBecome(path, staged)) {
+void RenderTarget(Session& session, const TargetToRender& target) {
+    const std::string& path = target.place.Path();
+    Replacement replacement(session, target.place, target.version);
+    replacement.KeepOriginal();
+    const auto process = [&](const std::string& name) {
+        Process(session, target.role, target.templateName, {name, path}, nullptr);
+    };
+    replacement.Make(StateOf(target.staged).mode, process, [&](const std::string& made) {
+        if (HaveSameBytes(made, target.staged)) return;
         throw Failure(
             path +
-            ": is not what was rendered in trial (somebody else wrote it, or its template, at the same"
-            " time: run the command again)");
-    }
+            ": is not written, since its template was changed after it was checked (run the command "
+            "again)");
+    });
 }
 
 }  // namespace ZET

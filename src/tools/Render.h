@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "FileBytes.h"
+#include "FileInPlace.h"
 #include "Session.h"
 #include "Staging.h"
 #include "zet/ZETTypes.h"
@@ -23,15 +25,27 @@ std::string WorkingCopy(Session& session, const std::string& templateName);
 std::string RenderStaged(Session& session, const Staging& staging, const std::string& templateName,
                          StringMap* values = nullptr);
 
-/// Renders a template into a file as `RenderTarget` does, but keeps nothing and compares nothing: a
-/// `Replacement` is there for that. `values` wins over the template values.
-void RenderOnce(Session& session, const std::string& templateName, const std::string& path,
-                const StringMap& values);
+/// The same for the other role.
+std::string RenderStagedFor(Session& session, const Staging& staging, const std::string& templateName,
+                            const std::string& role);
 
-/// Renders a template into its target, for good: keeps what is there first, and compares what came out with
-/// `staged`. A working copy that is missing is installed. A difference is a `Failure`.
-void RenderTarget(Session& session, const std::string& templateName, const std::string& path,
-                  const std::string& staged, StringMap* values = nullptr);
+/// Lets the module render a template into the file `name`, for the reader `path`, and keep nothing: a
+/// `Replacement` is there for that. `values` wins over the template values.
+void RenderOnce(Session& session, const std::string& templateName, const std::string& name,
+                const std::string& path, const StringMap& values);
+
+/// A target that is rendered for good.
+struct TargetToRender {
+    const std::string& templateName;
+    const FileInPlace& place;
+    const std::string& staged;   ///< what it has to become
+    const FileVersion& version;  ///< of what it replaces
+    const std::string& role;     ///< for which role
+};
+
+/// Keeps what is there first. A working copy that is missing is installed. What comes out otherwise than in
+/// trial, and what somebody else wrote meanwhile, is a `Failure`; the target is as it was then.
+void RenderTarget(Session& session, const TargetToRender& target);
 
 }  // namespace ZET
 

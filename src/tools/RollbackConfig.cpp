@@ -5,11 +5,14 @@
 #include "Diff.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
+#include "FileInPlace.h"
+#include "Instructions.h"
 #include "Lock.h"
 #include "Manifest.h"
 #include "PendingRecord.h"
 #include "Remedy.h"
 #include "Render.h"
+#include "Replacement.h"
 #include "Signals.h"
 #include "Staging.h"
 #include "TargetCheck.h"
@@ -27,6 +30,7 @@ struct WrittenFile {
     std::string templateName;  ///< empty: the list does not have the file any more
     std::string path;          ///< of the real file, links followed
     bool isSecret = true;
+    std::string trusted;  ///< the user whose directories count as root's
     std::string trouble;  ///< why the real file cannot be found; the path is then as the list has it
 
     std::string Reserve() const { return path + ZETReserveSuffix; }
@@ -48,7 +52,9 @@ class Rollback {
         : m_session(session),
           m_report(session.Out()),
           m_isDryRun(session.Asked().dryRun),
-          m_manifest(session) {
+          m_manifest(session),
+          m_otherRole(session.Role() == "server" ? "client" : "server"),
+          m_otherManifest(session, m_otherRole) {
         m_report.Set("role", session.Role());
         m_report.Set("dry_run", m_isDryRun);
         m_report.AddList("targets");
@@ -63,12 +69,14 @@ class Rollback {
                 TryPutBack(file);
             }
         } catch (const Interrupted&) {
-            m_manifest.Save();
+            if (!m_isDryRun) SaveManifests();
             throw;
         }
         if (m_isDryRun) return m_isChanged ? kNotInSync : (m_isKept ? kFailed : kDone);
-        m_manifest.Save();
-        const auto isLeft = [](const WrittenFile& file) { return file.IsLeft(); };
+        SaveManifests();
+        const auto isLeft = [&](const WrittenFile& file) {
+            return file.IsLeft() && !m_otherManifest.Has(file.path);
+        };
         if (m_manifest.IsEmpty() && std::none_of(all.begin(), all.end(), isLeft)) RemoveStatus();
         return m_isKept ? kFailed : kDone;
     }
@@ -101,7 +109,7 @@ class Rollback {
 
     WrittenFile Written(const Target& target) const {
         WrittenFile file{target.templateName, m_session.HostPaths().FromInside(target.path), target.isSecret,
-                         ""};
+                         target.trusted, ""};
         try {
             file.path = m_session.HostPaths().WithRealDirectory(m_session.FilePath(target.path));
         } catch (const Failure& failure) {
@@ -111,7 +119,7 @@ class Rollback {
     }
 
     void AddRecorded(const std::string& path, std::vector<WrittenFile>& files) {
-        WrittenFile file{"", path, true, ""};
+        WrittenFile file{"", path, true, "", ""};
         try {
             if (!m_session.HostPaths().StaysInside(path)) {
                 m_report.Warning(path + ": leads out of the root directory by a link, and is left alone");
@@ -166,6 +174,7 @@ class Rollback {
     }
 
     Outcome PutBack(const WrittenFile& file) {
+        const FileVersion version = VersionOf(file.path);
         const FileState reserve = StateOf(file.Reserve());
         const FileState now = StateOf(file.path);
         if (!reserve.exists && !StateOf(file.Record()).exists) {
@@ -181,13 +190,64 @@ class Rollback {
                 ": was edited since it was committed and stays (--force puts back what was there before)");
             return {"kept", "edited, stays as it is", ""};
         }
+        if (m_otherManifest.Has(file.path)) return LeaveToOtherRole(file, version, now);
         m_isChanged = true;
         Outcome outcome = Describe(file, now, reserve);
         if (m_isDryRun) return outcome;
-        if (!reserve.exists && now.exists) RemoveFile(file.path);
-        m_session.Config().RestoreConfigFile(file.path);
+        const FileInPlace place(m_session.HostPaths(), file.path, file.trusted);
+        if (IsAsReserved(file, now, reserve)) {
+            // What cannot be replaced, like a mount point, can be as it was all the same.
+            place.Within([&](const std::string& name) { m_session.Config().RemoveConfigFileReserve(name); });
+        } else {
+            PutBackAsItWas(m_session, place, version);
+        }
         m_manifest.Forget(file.path);
         return outcome;
+    }
+
+    static bool IsAsReserved(const WrittenFile& file, const FileState& now, const FileState& reserve) {
+        return now.IsRegular() && reserve.IsRegular() && now.mode == reserve.mode &&
+               now.owner == reserve.owner && now.group == reserve.group &&
+               HaveSameBytes(file.path, file.Reserve());
+    }
+
+    /// The other role has committed the file, too: it gets what that role renders, and the original goes on
+    /// being kept for the last of them.
+    Outcome LeaveToOtherRole(const WrittenFile& file, const FileVersion& version, const FileState& now) {
+        const std::string text = "stays for the role " + m_otherRole + ", which has committed it";
+        const bool canRender =
+            !file.templateName.empty() &&
+            CheckTemplateFile(m_session, file.templateName, m_session.Config().TemplatesValues()).empty();
+        if (!canRender) {
+            if (!m_isDryRun) m_manifest.Forget(file.path);
+            return {"kept", text, ""};
+        }
+        const std::string staged = StagedFor(file, m_otherRole);
+        const bool isSame = now.IsRegular() && HaveSameModeAndBytes(file.path, staged);
+        m_isChanged = m_isChanged || !isSame;
+        Outcome outcome{isSame ? "kept" : "changed",
+                        text + (isSame       ? ""
+                                : m_isDryRun ? ", and would be rendered for it"
+                                             : ", and is rendered for it"),
+                        ""};
+        if (m_isDryRun) return outcome;
+        if (!isSame) {
+            const FileInPlace place(m_session.HostPaths(), file.path, file.trusted);
+            RenderTarget(m_session, {file.templateName, place, staged, version, m_otherRole});
+        }
+        m_otherManifest.Record(file.path);
+        m_manifest.Forget(file.path);
+        return outcome;
+    }
+
+    std::string StagedFor(const WrittenFile& file, const std::string& role) {
+        const QuietLog quiet(m_session.Asked(), ZETLogError);
+        return RenderStagedFor(m_session, Room(), file.templateName, role);
+    }
+
+    void SaveManifests() const {
+        m_manifest.Save();
+        m_otherManifest.Save();
     }
 
     Outcome Describe(const WrittenFile& file, const FileState& now, const FileState& reserve) const {
@@ -213,14 +273,13 @@ class Rollback {
     /// Whether nothing but the product's work is lost when the file is replaced: it is what the product
     /// wrote, or what was there before, where a run was cut short in between.
     bool IsOwnWork(const WrittenFile& file) {
-        if (m_manifest.IsUntouched(file.path)) return true;
+        if (m_manifest.IsUntouched(file.path) || m_otherManifest.IsUntouched(file.path)) return true;
         if (!StateOf(file.path).IsRegular()) return false;
         if (IsFileExist(file.Reserve()) && HaveSameModeAndBytes(file.path, file.Reserve())) return true;
         if (file.templateName.empty()) return false;
         if (!CheckTemplateFile(m_session, file.templateName, m_session.Config().TemplatesValues()).empty())
             return false;
-        const QuietLog quiet(m_session.Asked(), ZETLogError);
-        return HaveSameModeAndBytes(file.path, RenderStaged(m_session, Room(), file.templateName));
+        return HaveSameModeAndBytes(file.path, StagedFor(file, m_session.Role()));
     }
 
     /// Made when it is needed: most rollbacks compare nothing, and work where there is no room left.
@@ -249,6 +308,8 @@ class Rollback {
     Report& m_report;
     bool m_isDryRun;
     Manifest m_manifest;
+    const std::string m_otherRole;
+    Manifest m_otherManifest;
     std::unique_ptr<Staging> m_staging;
     bool m_isKept = false;     ///< something stays that should have been put back
     bool m_isChanged = false;  ///< something was, or would be, put back
@@ -260,6 +321,7 @@ int RunRollbackConfig(Session& session) {
     const SignalGuard signals;
     std::unique_ptr<WriteLock> lock;
     if (!session.Asked().dryRun) {
+        RequireOwnInstructions(session);
         lock = std::make_unique<WriteLock>(session);
         PendingRecord::ClearLeftOvers(session);
     }

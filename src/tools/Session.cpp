@@ -76,7 +76,8 @@ Session::Session(const Request& request, Report& report)
             Core().UpdateParam(key, m_paths.Resolved(Core().GetParam(key)));
         }
     }
-    LoadModule(request.moduleFile.empty() ? OwnModule() : request.moduleFile);
+    m_moduleFile = request.moduleFile.empty() ? OwnModule() : request.moduleFile;
+    LoadModule(m_moduleFile);
     m_config = std::dynamic_pointer_cast<IZETConfig>(m_host->FindInterface(kInterfaceName));
     if (!m_config) {
         throw Failure("the module registered no interface \"zet-config\" (name the right one with --module)");

@@ -30,6 +30,7 @@ class Session {
     IZETConfig& Config() { return *m_config; }
     IZETCore& Core() { return m_host->GetCore(); }
     const Paths& HostPaths() const { return m_paths; }
+    const std::string& ModuleFile() const { return m_moduleFile; }
 
     /// A parameter; those that name directories of the product are paths that can be opened.
     std::string Param(const std::string& key) { return Core().GetParam(key); }
@@ -53,6 +54,7 @@ class Session {
     Report& m_report;
     LogInReport m_logInReport;
     Paths m_paths;
+    std::string m_moduleFile;
     std::unique_ptr<CZETHost> m_host;
     std::shared_ptr<IZETConfig> m_config;
 };

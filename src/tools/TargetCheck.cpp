@@ -1,5 +1,6 @@
 #include "TargetCheck.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +13,7 @@
 #include "Diff.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
+#include "Instructions.h"
 #include "Manifest.h"
 #include "PendingRecord.h"
 #include "Render.h"
@@ -47,6 +49,35 @@ std::vector<Problem> CheckDirectory(const std::string& directory, const std::str
     return {};
 }
 
+/// The same of one of the product's own, on which root relies.
+std::vector<Problem> CheckOwnDirectory(Session& session, const char* key, const std::string& purpose) {
+    const std::string directory = session.Param(key);
+    std::vector<Problem> problems = CheckDirectory(directory, purpose, key);
+    if (!problems.empty()) return problems;
+    if (std::optional<Problem> problem = CheckInstruction(session, directory))
+        problems.push_back(std::move(*problem));
+    return problems;
+}
+
+/// What keeps a file from being replaced by another, though its directory can be written.
+std::optional<Problem> CheckReplaceable(const std::string& path) {
+    const auto problem = [&](const char* text, const char* remedy) {
+        return std::optional<Problem>({path, 0, 0, text, remedy});
+    };
+    struct statx status = {};
+    if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &status) != 0)
+        return std::nullopt;
+    const auto attributes = status.stx_attributes & status.stx_attributes_mask;
+    if ((attributes & STATX_ATTR_MOUNT_ROOT) != 0)
+        return problem("is a mount point, and cannot be replaced",
+                       "unmount it, or write what is mounted there");
+    if ((attributes & STATX_ATTR_IMMUTABLE) != 0)
+        return problem("is immutable, and cannot be replaced", "chattr -i it");
+    if ((attributes & STATX_ATTR_APPEND) != 0)
+        return problem("can only be appended to, and cannot be replaced", "chattr -a it");
+    return std::nullopt;
+}
+
 /// A file that is written under its own name or read back must not be a link to somewhere else.
 std::vector<Problem> CheckRegular(const std::string& path) {
     const FileState state = StateOf(path);
@@ -58,8 +89,13 @@ std::vector<Problem> CheckRegular(const std::string& path) {
 std::vector<Problem> CheckOwnFiles(Session& session) {
     const std::string status = session.Param("ZET_VAR_LIB_DIR");
     std::vector<Problem> problems =
-        CheckDirectory(session.Param("ZET_CFG_DIR"), "the templates' working copies", "ZET_CFG_DIR");
-    std::vector<Problem> ofStatus = CheckDirectory(status, "the status", "ZET_VAR_LIB_DIR");
+        CheckOwnDirectory(session, "ZET_CFG_DIR", "the templates' working copies");
+    std::vector<Problem> ofStatus = CheckOwnDirectory(session, "ZET_VAR_LIB_DIR", "the status");
+    for (std::optional<Problem> problem :
+         {CheckModule(session), CheckInstruction(session, session.Param("ZET_CFG")),
+          CheckInstruction(session, session.Param("ZET_CFG_TEMPL_DIR"))}) {
+        if (problem) problems.push_back(std::move(*problem));
+    }
     if (ofStatus.empty()) {
         for (const std::string& file :
              {Manifest::FileOf(session), PendingRecord::FileOf(session), status + "/zet.lock",
@@ -136,16 +172,25 @@ class TargetChecker {
 
     void CheckFile(const Target& target) {
         const std::string path = m_session.FilePath(target.path);
-        Append(m_result, CheckDirectory(DirectoryOf(path), path, "the target in the list"));
+        Append(m_result, CheckPlace(target, path));
         const FileState state = StateOf(path);
         if (state.exists && !state.IsRegular())
             m_result.push_back({path, 0, 0, "is no regular file", "move it away, or correct the target"});
+        if (std::optional<Problem> problem = CheckReplaceable(path)) m_result.push_back(std::move(*problem));
         Append(m_result, CheckRegular(path + ZETReserveSuffix));
         Append(m_result, CheckRegular(path + ZETAbsenceSuffix));
         CheckFree(path + ZETTemporarySuffix, path);
-        CheckFree(path + ZETReserveSuffix + ZETTemporarySuffix, path);
         if (std::optional<Problem> problem = m_claimed.AddTarget(target))
             m_result.push_back(std::move(*problem));
+    }
+
+    /// Its directory, and the way there.
+    std::vector<Problem> CheckPlace(const Target& target, const std::string& path) {
+        std::vector<Problem> problems = CheckDirectory(DirectoryOf(path), path, "the target in the list");
+        const FoundFile found = m_session.HostPaths().Find(target.path, target.trusted);
+        if (problems.empty() && geteuid() == 0 && found.judge.Objection())
+            problems.push_back(*found.judge.Objection());
+        return problems;
     }
 
     void CheckFree(const std::string& temporary, const std::string& path) {
@@ -184,6 +229,7 @@ std::vector<Problem> CheckTemplateFile(Session& session, const std::string& temp
             return {
                 {file, 0, 0, "the template is missing", "install it there, or correct its name in the list"}};
         file = found;
+        if (std::optional<Problem> problem = CheckInstruction(session, file)) return {*problem};
         if (!session.HostPaths().StaysInside(file)) {
             return {{file, 0, 0, "the template is a link that leads out of the root directory",
                      "put the template itself there"}};

@@ -18,6 +18,7 @@ struct Target {
     std::vector<std::string> check;  ///< an argument list, "{}" for the staged file; empty: no check
     std::string restart;             ///< services to name after a change
     bool isSecret = false;           ///< its text is never shown
+    std::string trusted;             ///< a user whose directories count as root's; empty: none
     int line = 0;                    ///< of its section in the list
 
     bool IsFor(const std::string& role) const { return role == "server" ? forServer : forClient; }

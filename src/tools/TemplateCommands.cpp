@@ -7,6 +7,7 @@
 #include "Commands.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
+#include "FileInPlace.h"
 #include "Manifest.h"
 #include "Render.h"
 #include "Replacement.h"
@@ -191,15 +192,21 @@ FileReport RenderInTrial(Session& session, const std::string& path, StringMap& v
 
 FileReport RenderInPlace(Session& session, const std::string& path, StringMap& values) {
     FileReport report;
-    const Replacement replacement(path, [&](const std::string& made) {
-        RequireModeOf(WorkingCopy(session, session.Asked().name), made);
+    const FileInPlace place(session.HostPaths(), path);
+    // As in a dry run, there may be no working copy yet.
+    const mode_t mode = ModeOf(TemplateFile(session, session.Asked().name));
+    Replacement replacement(session, place, VersionOf(path));
+    const auto judge = [&](const std::string& made) {
         report = Planned(session, path, made);
         SignalGuard::Check();
         if (report.change == "unchanged") throw LeftAsItIs();
-        session.Config().ReserveConfigFile(path);
-    });
+        replacement.KeepOriginal();
+    };
     try {
-        RenderOnce(session, session.Asked().name, path, values);
+        replacement.Make(
+            mode,
+            [&](const std::string& name) { RenderOnce(session, session.Asked().name, name, path, values); },
+            judge);
     } catch (const LeftAsItIs&) {
         return report;
     }

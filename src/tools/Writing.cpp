@@ -10,6 +10,7 @@
 
 #include "Diff.h"
 #include "ExitStatus.h"
+#include "Instructions.h"
 #include "Remedy.h"
 #include "zet/ZETFormat.h"
 
@@ -40,21 +41,16 @@ void RequireDirectory(const std::string& path, bool isWritten) {
     }
 }
 
-void RequireOwn(const std::string& path, const std::string& temporary, bool isAnybodys) {
-    const FileState state = StateOf(temporary);
-    if (!state.exists) return;
-    if (!state.IsRegular() || state.links != 1 || isAnybodys) {
-        throw Failure(temporary + ": is in the way of writing " + path +
-                      ", and not from here (move it away)");
-    }
-}
-
 /// Temporary files that a killed run left were cleared away where they are recorded, so what is still there
 /// is somebody else's. Where they cannot be recorded, a plain file is taken for such a left-over.
 void RequireFreeNames(const std::string& path, bool canRecord, const std::set<std::string>& leftOvers) {
     const bool isAnybodys = canRecord && FitsRecord(path) && leftOvers.count(AbsolutePath(path)) == 0;
-    RequireOwn(path, path + ZETTemporarySuffix, isAnybodys);
-    RequireOwn(path, path + ZETReserveSuffix + ZETTemporarySuffix, isAnybodys);
+    const std::string temporary = path + ZETTemporarySuffix;
+    const FileState found = StateOf(temporary);
+    if (found.exists && (!found.IsRegular() || found.links != 1 || isAnybodys)) {
+        throw Failure(temporary + ": is in the way of writing " + path +
+                      ", and not from here (move it away)");
+    }
     const std::string reserve = path + ZETReserveSuffix;
     const FileState state = StateOf(reserve);
     if (state.exists && !state.IsRegular()) {
@@ -69,6 +65,7 @@ Writing::Writing(Session& session, const std::vector<std::string>& paths, Right 
       m_paths(paths),
       m_canRecord(access(session.Param("ZET_VAR_LIB_DIR").c_str(), W_OK | X_OK) == 0) {
     const bool isDryRun = session.Asked().dryRun;
+    RequireOwnInstructions(session);
     if (!isDryRun) {
         m_lock = right == Right::OfTheProduct ? std::make_unique<WriteLock>(session)
                                               : std::make_unique<WriteLock>(session, paths.front());

@@ -152,9 +152,7 @@ $HOST/nowhere: the directory of $HOST/nowhere/three.conf cannot be used: No such
 @test "companions of a target that are in the way are told" {
     echo x >out/one.conf.tmp
     assert_problems "$HOST/out/one.conf.tmp: is in the way of writing $HOST/out/one.conf (move it away)"
-    mv out/one.conf.tmp out/one.conf.before_zet.tmp
-    assert_problems "$HOST/out/one.conf.before_zet.tmp: is in the way of writing $HOST/out/one.conf (move it away)"
-    rm out/one.conf.before_zet.tmp
+    rm out/one.conf.tmp
     ln -s nowhere out/one.conf.tmp
     assert_problems "$HOST/out/one.conf.tmp: is in the way of writing $HOST/out/one.conf (move it away)"
     rm out/one.conf.tmp

@@ -139,7 +139,7 @@ zet-client: nothing was changed"
     chmod 700 out
     capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status
     assert_status 1
-    assert_stderr "zet-client: error: $HOST/out/one.conf: its state cannot be told: $HOST/out/one.conf: cannot tell whether it exists: Permission denied (run the command as a user who may search its directory)"
+    assert_stderr "zet-client: error: $HOST/out/one.conf: its state cannot be told: $HOST/out/one.conf: cannot be looked at: Permission denied (run the command as a user who may)"
 }
 
 @test "several problems of several kinds come together, and nothing is written" {
@@ -228,8 +228,7 @@ zet-client: nothing was changed"
 @test "an error of the core has a remedy by its cause" {
     mkdir full
     echo 'a=1' >full/conf
-    capture strace -f -qq -o "$BASE/trace" -P "$HOST/full/conf.before_zet.tmp" -e trace=/write,copy_file_range \
-        -e inject=/write,copy_file_range:error=ENOSPC "$ZET_BIN/zet-client" --config zet.conf param set full/conf a 2
+    capture strace -f -qq -o "$BASE/trace" -P "$HOST/full" -e trace=fsync -e inject=fsync:error=ENOSPC:when=1 "$ZET_BIN/zet-client" --config zet.conf param set full/conf a 2
     assert_status 1
     [[ $stderr == *": No space left on device (make room, then run the command again)"$'\n' ]]
     assert_file full/conf $'a=1\n'

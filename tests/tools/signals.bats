@@ -194,7 +194,7 @@ zet-client: error: ended by a signal (${signal%/*}) before all was done (run the
     fill 4
     learn_the_end
     begin_anew
-    capture strace -f -qq -o "$BASE/trace" -P "$HOST/out/t02.tmp" -e trace=/rename -e inject=/rename:signal=TERM \
+    capture strace -f -qq -o "$BASE/trace" -P ././t02.tmp -e trace=/rename -e inject=/rename:signal=TERM \
         "$ZET_BIN/zet-client" --config zet.conf commit-config
     assert_status 1
     [[ $stderr == *"Written: $(names 1 2). Not written: $(names 3 4)"$'\n'* ]]

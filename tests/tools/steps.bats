@@ -183,11 +183,11 @@ and this is standard error
     original one.conf $'old\n'
     strace -f -qq -e trace=/rename -o "$BASE/trace" \
         "$ZET_BIN/zet-client" --config zet.conf commit-config
-    assert_equal "$(grep -o '"[^"]*", [^"]*"[^"]*"' "$BASE/trace" | grep -v zet-staging | sed "s|$HOST/||g; s/, AT_FDCWD//")" \
+    assert_equal "$(grep -o '"[^"]*", [^"]*"[^"]*"' "$BASE/trace" | grep -v zet-staging | sed "s|$HOST/||g; s/, AT_FDCWD//; s/[.][[:alnum:]]\{6\}[.]tmp/.COPY.tmp/")" \
         '"state/zet.pending.tmp", "state/zet.pending"
-"out/one.conf.before_zet.tmp", "out/one.conf.before_zet"
-"etc/one.conf.tmp", "etc/one.conf"
-"out/one.conf.tmp", "out/one.conf"
+"././one.conf.before_zet.COPY.tmp", "././one.conf.before_zet"
+"etc/one.conf.COPY.tmp", "etc/one.conf"
+"././one.conf.tmp", "././one.conf"
 "state/zet-client.manifest.tmp", "state/zet-client.manifest"'
 }
 
@@ -325,14 +325,14 @@ to be restarted: service-one"
     zet commit-config
     printf '%s\n' "$HOST/out/one.conf" >state/zet.pending
     echo half >out/one.conf.tmp
-    echo half >out/one.conf.before_zet.tmp
+    echo half >out/one.conf.before_zet.a1B2c3.tmp
     mkdir state/zet-staging.abcdef
     echo half >state/zet-staging.abcdef/rendered
     run_zet commit-config
     assert_status 0
     assert_output "$HOST/out/one.conf: unchanged"
     assert_stderr "zet-client: removed $HOST/out/one.conf.tmp, which a run that was cut short left
-zet-client: removed $HOST/out/one.conf.before_zet.tmp, which a run that was cut short left"
+zet-client: removed $HOST/out/one.conf.before_zet.a1B2c3.tmp, which a run that was cut short left"
     assert_equal "$(names_in state)" "zet-client-fs.status zet-client.manifest zet-client.status zet.lock"
     assert_equal "$(names_in out)" "one.conf one.conf.no_file_before_zet"
 }

@@ -1,0 +1,39 @@
+#include "Instructions.h"
+
+#include <unistd.h>
+
+#include <vector>
+
+#include "ExitStatus.h"
+
+namespace ZET {
+
+namespace {
+
+std::optional<Problem> Check(const Paths& paths, const std::string& path) {
+    const FoundFile found = paths.FindOpened(path);
+    return found.status ? found.judge.ObjectionToRead(found.path, *found.status) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<Problem> CheckInstruction(Session& session, const std::string& path) {
+    return geteuid() == 0 ? Check(session.HostPaths(), path) : std::nullopt;
+}
+
+std::optional<Problem> CheckModule(Session& session) {
+    return geteuid() == 0 ? Check(Paths(""), session.ModuleFile()) : std::nullopt;
+}
+
+void RequireOwnInstructions(Session& session) {
+    std::vector<std::optional<Problem>> findings = {CheckModule(session)};
+    for (const char* key : {"ZET_CFG", "ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET_VAR_LIB_DIR"})
+        findings.push_back(CheckInstruction(session, session.Param(key)));
+    std::string all;
+    for (const std::optional<Problem>& finding : findings) {
+        if (finding) all += (all.empty() ? "" : "\n") + finding->Describe();
+    }
+    if (!all.empty()) throw Failure(all);
+}
+
+}  // namespace ZET

@@ -1,0 +1,25 @@
+#ifndef ZET_INSTRUCTIONS_H
+#define ZET_INSTRUCTIONS_H
+
+#include <optional>
+#include <string>
+
+#include "Problem.h"
+#include "Session.h"
+
+/// What tells a command what to do: when root runs one that writes, nobody else may have a hand in it.
+namespace ZET {
+
+/// What is wrong with one of its files or directories, under the path that can be opened; nothing when it is
+/// not there.
+std::optional<Problem> CheckInstruction(Session& session, const std::string& path);
+
+/// The same of the module, which is the host's own, whatever tree is worked on.
+std::optional<Problem> CheckModule(Session& session);
+
+/// A `Failure` with what is wrong with the module, the main file and the product's directories.
+void RequireOwnInstructions(Session& session);
+
+}  // namespace ZET
+
+#endif
