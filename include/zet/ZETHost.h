@@ -8,6 +8,7 @@
 
 #include "zet/IZETCore.h"
 #include "zet/ZETLogProvider.h"
+#include "zet/ZETTypes.h"
 
 /// What an embedder needs of the reference core beyond the contract: create it, load modules into it, find
 /// their interfaces, and steer the log. Another core need not have any of it.
@@ -31,6 +32,9 @@ class __attribute__((visibility("default"))) CZETHost {
     /// The core; it lives as long as the host.
     IZETCore& GetCore();
 
+    /// Every parameter with its value: the product's own, and those that only this host has.
+    StringMap GetParams() const;
+
     /// Loads a module and initialises it. An empty path throws `EZETCheckError`. Every other refusal is an
     /// `EZETError` that names the file and what is wrong with it: a NUL byte in the path; not there, no
     /// regular file or no shared object; it or its directory writable by others than root while root runs it;
@@ -52,6 +56,11 @@ class __attribute__((visibility("default"))) CZETHost {
     class Implementation;
     std::unique_ptr<Implementation> m_implementation;
 };
+
+/// What is wrong with a parameter of this name and value, with the remedy, for a program that would rather
+/// refuse it than have the core warn or the file be broken; empty when nothing is that the core knows of.
+__attribute__((visibility("default"))) std::string ProblemOfParam(const std::string& key,
+                                                                  const std::string& value);
 
 enum class ZETLogTarget { StandardError, SystemLog };
 

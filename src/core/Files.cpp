@@ -42,6 +42,15 @@ void RequirePath(const std::string& path, const char* operation) {
         FailCheck("File name '%s' holds a NUL byte.", Printable(path).c_str());
 }
 
+bool IsDanglingLink(const std::string& path) {
+    const int error = errno;
+    struct stat status;
+    const bool isLink =
+        (error == ENOENT || error == ELOOP) && ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+    errno = error;
+    return isLink;
+}
+
 void CreateFile(const std::string& path) {
     RequirePath(path, "CreateFile");
     const ParentDirectory directory(path);

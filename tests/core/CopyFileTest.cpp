@@ -95,6 +95,12 @@ TEST_F(CopyFile, MissingSourceIsAnErrorAndLeavesNothing) {
     EXPECT_THAT(m_directory.Names(), ElementsAre());
 }
 
+TEST_F(CopyFile, LinkThatLeadsNowhereIsCalledOne) {
+    ASSERT_EQ(::symlink("none", m_from.c_str()), 0);
+    EXPECT_EQ(Refusal(),
+              Failure("the former is a link that leads nowhere (remove it, or make what it names)"));
+}
+
 TEST_F(CopyFile, SourceThatIsNoRegularFileIsAnErrorAtOnce) {
     ASSERT_EQ(::mkfifo(m_from.c_str(), 0600), 0);
     EXPECT_EQ(Refusal(), Failure("not a regular file"));
