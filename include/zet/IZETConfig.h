@@ -42,9 +42,10 @@ class IZETConfig : public CZETInterface {
     virtual void InstallConfigFileTemplate(const std::string& templateName) = 0;
 
     /// Renders a template into `fileName`. `values`, which may be null, wins over the template values for
-    /// this run. A template that cannot be opened is only logged. An empty name throws `EZETCheckError`, a
-    /// file that cannot be saved `EZETError`. Never returns when a placeholder outside a comment line has no
-    /// end, or a value holds its own placeholder.
+    /// this run. A template that cannot be opened is only logged. In the place of the file, a link is
+    /// replaced by a file and a directory is renamed to the name of its reserve: who wants neither looks
+    /// before. An empty name throws `EZETCheckError`, a file that cannot be saved `EZETError`. Never returns
+    /// when a placeholder outside a comment line has no end, or a value holds its own placeholder.
     virtual void ProcessConfigFileTemplate(const std::string& templateName, const std::string& fileName,
                                            const std::string& role, StringMap* values) = 0;
 
@@ -63,7 +64,8 @@ class IZETConfig : public CZETInterface {
     virtual void RemoveZETMarkersFromConfigFile(const std::string& fileName) = 0;
 
     /// Sets a parameter in the product's main configuration file ("ZET_CFG"), then in the core. False, and
-    /// nothing changed, when the file cannot be read.
+    /// nothing changed, when the file cannot be read. The file is written first and unchecked: a name that is
+    /// none, or a line feed or a NUL byte in the value, makes a file with which no host starts.
     virtual bool UpdateConfigFileParam(const std::string& name, const std::string& value) = 0;
 
     /// The value of a whole placeholder, "${realm}"; empty, with a log record, when it is unknown.

@@ -65,8 +65,9 @@ class IZETConfigFile {
     virtual void RestoreLine(const std::string& pattern) = 0;
 
     /// Writes the file: through a temporary one with the permission bits of what was read, renamed onto the
-    /// target. Unless `noBackup`, what was there before the system first wrote it is kept once. Throws
-    /// `EZETError` when it fails; until the last step the target is as before, or in its reserve.
+    /// target; of a link the link is replaced, and what it led to stays. Unless `noBackup`, what was there
+    /// before the system first wrote it is kept once. Throws `EZETError` when it fails; until the last step
+    /// the target is as before, or in its reserve.
     virtual void Save(bool noBackup) = 0;
 
     virtual ~IZETConfigFile() = default;

@@ -35,7 +35,11 @@ class IZETCore {
     /// The current value of a parameter; empty for an unknown key.
     virtual std::string GetParam(const std::string& key) = 0;
 
-    /// Changes the core's own value of a parameter; no file is written.
+    /// Changes the core's own value of a parameter; no file is written. The module calls it after it has
+    /// written the file, so that a core refuses nothing that it could read back from there. The reference
+    /// core throws `EZETCheckError` for what no file can hold: a name of other characters than letters,
+    /// digits and "_", or with a digit first, and a value with a line feed or a NUL byte; and for another
+    /// path as "ZET_CFG", which has no effect in the file either.
     virtual void UpdateParam(const std::string& key, const std::string& value) = 0;
 
     /// Whether `pattern`, a Perl-compatible regular expression on bytes, is found in `subject`. `reserved`
@@ -43,7 +47,9 @@ class IZETCore {
     virtual bool MatchRegEx(const std::string& pattern, const std::string& subject, void* reserved,
                             std::size_t flags) = 0;
 
-    /// Writes the core's settings as lines of the form key=value, and flushes.
+    /// Writes the core's settings as lines of the form key=value, and flushes: into a file that everybody may
+    /// read, so none that might be secret. A stream that fails is an `EZETError` with the reason; the file's
+    /// name is known to the caller only.
     virtual void WriteStatus(std::ostream& stream) = 0;
 };
 

@@ -8,14 +8,19 @@
 
 #include "zet/IZETCore.h"
 #include "zet/ZETLogProvider.h"
+#include "zet/ZETTypes.h"
 
 /// What an embedder needs of the reference core beyond the contract: create it, load modules into it, find
 /// their interfaces, and steer the log. Another core need not have any of it.
 namespace ZET {
 
-/// The core with the modules loaded into it. One thread at a time. The log, the guard of renames and syncing
-/// (the parameter "ZET_SYNC") belong to the process: its hosts share them, and files are synced as long as
-/// one of the hosts wants it.
+/// The core with the modules loaded into it. One thread at a time; several hosts may run in several threads.
+/// The log, the guard of renames and syncing (the parameter "ZET_SYNC") belong to the process: its hosts
+/// share them, and files are synced as long as one of the hosts wants it.
+///
+/// What must be let go, and when: everything that a module made (its interface, the files that it opened) is
+/// used no more once the module is unloaded, and let go before the host goes, whose core it knows. Letting it
+/// go late is harmless, using it is not.
 class __attribute__((visibility("default"))) CZETHost {
   public:
     /// Reads the parameters from `configFile`; it becomes the value of "ZET_CFG". A file that cannot be read,
@@ -31,27 +36,37 @@ class __attribute__((visibility("default"))) CZETHost {
     /// The core; it lives as long as the host.
     IZETCore& GetCore();
 
+    /// Every parameter with its value: the product's own, and those that only this host has.
+    StringMap GetParams() const;
+
     /// Loads a module and initialises it. An empty path throws `EZETCheckError`. Every other refusal is an
     /// `EZETError` that names the file and what is wrong with it: a NUL byte in the path; not there, no
     /// regular file or no shared object; it or its directory writable by others than root while root runs it;
-    /// an entry point or the record missing; a record of another type, without a name or without a version; a
-    /// module of that name loaded already; an interface of the same name there already; `module_init` false;
-    /// or an exception of the module.
+    /// an entry point or the record missing; a record of another type, without a name, or of another major
+    /// version than 1; a module of that name loaded already, or this file into another host of the process,
+    /// since a module keeps one state and serves one host at a time; an interface of the same name there
+    /// already; no interface registered; `module_init` false; or an exception of the module. A module that is
+    /// refused after its `module_init` was true is ended by `module_done`; before that it is only closed.
     void LoadModule(const std::string& path);
 
     /// The interface of that name, shared with the caller; null when no module registered it. The caller lets
     /// it go before the module is unloaded.
     std::shared_ptr<CZETInterface> FindInterface(const std::string& name) const;
 
-    /// Ends and unloads all modules, the last one loaded first: `module_done`, the core's shared pointers,
-    /// the shared object. While somebody still holds an interface of a module, its shared object stays in
-    /// memory, with a warning.
+    /// Ends all modules, the last one loaded first: `module_done`, then the core's shared pointers. Other
+    /// hosts may load them then. An interface that somebody still holds is warned of. The code of a module
+    /// stays in memory to the end of the process, since something of it may still be held.
     void UnloadModules();
 
   private:
     class Implementation;
     std::unique_ptr<Implementation> m_implementation;
 };
+
+/// What is wrong with a parameter of this name and value, with the remedy, for a program that would rather
+/// refuse it than have the core warn or the file be broken; empty when nothing is that the core knows of.
+__attribute__((visibility("default"))) std::string ProblemOfParam(const std::string& key,
+                                                                  const std::string& value);
 
 enum class ZETLogTarget { StandardError, SystemLog };
 

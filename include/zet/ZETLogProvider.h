@@ -14,8 +14,9 @@ class __attribute__((visibility("default"))) CZETLogProvider {
     static CZETLogProvider& GetLogProvider();
 
     /// Writes one record. `count` counts the texts, the format included: with 1, `format` is a finished text
-    /// and is written as it stands, whatever "%" it holds; with more, it is formatted by the conventions of
-    /// printf. May be called by any thread.
+    /// and is not formatted, whatever "%" it holds; with more, it is formatted by the conventions of printf.
+    /// The reference core writes control characters as escape sequences, so that no text makes two records or
+    /// steers a terminal. May be called by any thread.
     void Put(ZETLogLevel level, std::size_t count, const char* format, ...);
 
     CZETLogProvider(const CZETLogProvider&) = delete;

@@ -9,9 +9,9 @@ namespace ZET {
 
 /// Describes a module to its host, and the host to the module. Each field is one machine word wide.
 struct ZETModuleRecord {
-    std::uintptr_t version;                      ///< major × 65536 + minor × 256 + patch
-    const char* name;                            ///< also the name of the interface that the module registers
-    const char* versionText;                     ///< the version for a reader, "1.7.37"
+    std::uintptr_t version;   ///< major × 65536 + minor × 256 + patch; major 1 is this contract
+    const char* name;         ///< also the name of the interface that the module registers
+    const char* versionText;  ///< the version for a reader, "1.7.37"
     alignas(std::uintptr_t) std::uint32_t type;  ///< 0: a host, 1: a module
     const char* description;                     ///< for a reader, translated; null until the module is asked
     const void* reserved;                        ///< null
@@ -20,7 +20,13 @@ struct ZETModuleRecord {
 }  // namespace ZET
 
 /// The three names that a module exports. Calls must not overlap; the order is get_module_info, module_init,
-/// and module_done before the module is unloaded.
+/// and module_done before the module is unloaded. A module has one state in a process: it serves one core at
+/// a time, and another one after `module_done`. `module_done` is called only after a `module_init` that was
+/// true.
+///
+/// A module finds the core's services (log, errors, file helpers) in the process. They are those of the
+/// library "libzet-core.so"; a core of one's own is a library of that name, or is built into a program that
+/// exports them (linked with "-rdynamic") and loads no other.
 extern "C" {
 
 /// The module's record, which lives as long as the module; null, with a message on standard error, when the

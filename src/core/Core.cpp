@@ -59,7 +59,8 @@ bool CZETCore::MatchRegEx(const std::string& pattern, const std::string& subject
 }
 
 void CZETCore::WriteStatus(std::ostream& stream) {
-    WriteStatusLines(stream, m_parameters.All());
+    // Everybody may read the status, and a host's own parameters may be secrets.
+    WriteStatusLines(stream, m_parameters.OfTheProduct());
 }
 
 }  // namespace ZET

@@ -8,6 +8,7 @@
 #include "Registry.h"
 #include "Sync.h"
 #include "zet/IZETCore.h"
+#include "zet/ZETTypes.h"
 
 namespace ZET {
 
@@ -29,6 +30,7 @@ class CZETCore final : public IZETCore {
     void WriteStatus(std::ostream& stream) override;
 
     Registry& GetRegistry() { return m_registry; }
+    StringMap GetParams() const { return m_parameters.All(); }
 
   private:
     Parameters m_parameters;

@@ -94,17 +94,19 @@ class Copy {
     }
 
   private:
-    /// `errno` stands for the reason.
-    [[noreturn]] void Refuse() const {
-        Fail("Failed to copy file '%s' to '%s': %m.", m_from.c_str(), m_to.c_str());
+    /// Unless said, `errno` stands for the reason.
+    [[noreturn]] void Refuse(const std::string& reason = Message("%m")) const {
+        Fail("Failed to copy file '%s' to '%s': %s.", m_from.c_str(), m_to.c_str(), reason.c_str());
     }
 
     AttributedFile OpenSource() const {
         AttributedFile source(m_from);
         source.descriptor.Reset(::open(m_from.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+        if (!source.descriptor.IsOpen() && IsDanglingLink(m_from))
+            Refuse(Message("the former is a link that leads nowhere (remove it, or make what it names)"));
         if (!source.descriptor.IsOpen() || ::fstat(source.descriptor.Number(), &source.status) != 0) Refuse();
-        if (S_ISREG(source.status.st_mode)) return source;
-        Fail("Failed to copy file '%s' to '%s': not a regular file.", m_from.c_str(), m_to.c_str());
+        if (!S_ISREG(source.status.st_mode)) Refuse(Message("not a regular file"));
+        return source;
     }
 
     const std::string& m_from;

@@ -43,6 +43,10 @@ IZETCore& CZETHost::GetCore() {
     return m_implementation->Core();
 }
 
+StringMap CZETHost::GetParams() const {
+    return m_implementation->Core().GetParams();
+}
+
 void CZETHost::LoadModule(const std::string& path) {
     m_implementation->LoadModule(path);
 }

@@ -10,8 +10,11 @@
 #include <cstdint>
 #include <cstdlib>
 #include <exception>
+#include <mutex>
 #include <new>
 #include <optional>
+#include <set>
+#include <utility>
 
 #include "Descriptor.h"
 #include "Message.h"
@@ -25,6 +28,8 @@ namespace {
 
 constexpr std::uintptr_t kVersion =
     std::uintptr_t{ZET_VERSION_MAJOR} * 65536 + std::uintptr_t{ZET_VERSION_MINOR} * 256 + ZET_VERSION_PATCH;
+/// The major part of a module's version: that of the contract it was built against.
+constexpr std::uintptr_t kContract = 1;
 constexpr std::uint32_t kHostType = 0;
 constexpr std::uint32_t kModuleType = 1;
 
@@ -94,6 +99,17 @@ std::optional<Problem> Run(Call call) {
     }
 }
 
+/// The modules that hosts have; never destroyed, as hosts may outlive it otherwise.
+struct Claims {
+    std::mutex mutex;
+    std::set<const void*> modules;
+};
+
+Claims& AllClaims() {
+    static Claims& claims = *new Claims;
+    return claims;
+}
+
 /// A module is ended even when there is no memory for words about it.
 template <typename Call>
 void TellIfPossible(Call call) {
@@ -109,20 +125,39 @@ void LoadedModule::Closer::operator()(void* handle) const {
     ::dlclose(handle);
 }
 
+bool LoadedModule::Claim::Take(const void* module) {
+    Claims& claims = AllClaims();
+    const std::lock_guard<std::mutex> lock(claims.mutex);
+    if (!claims.modules.insert(module).second) return false;
+    m_module = module;
+    return true;
+}
+
+LoadedModule::Claim::~Claim() {
+    if (m_module == nullptr) return;
+    Claims& claims = AllClaims();
+    const std::lock_guard<std::mutex> lock(claims.mutex);
+    claims.modules.erase(m_module);
+}
+
 LoadedModule::LoadedModule(CZETCore& core, const std::string& path, const std::vector<std::string>& taken)
     : m_core(core), m_path(ResolvePath(path)), m_handle(Open(m_path)) {
     m_getInfo = reinterpret_cast<decltype(m_getInfo)>(EntryPoint("get_module_info"));
     m_init = reinterpret_cast<decltype(m_init)>(EntryPoint("module_init"));
     m_done = reinterpret_cast<decltype(m_done)>(EntryPoint("module_done"));
+    BindCatalogue();
     ReadName(taken);
+    if (!m_claim.Take(m_handle.get()))
+        Refuse(Message("it serves another host of this process (unload it there first)"));
     Initialise();
 }
 
 LoadedModule::~LoadedModule() {
     if (DropInterfaces()) return;
-    static_cast<void>(m_handle.release());
-    TellIfPossible(
-        [&] { Warn("Module '%s' stays in memory: an interface of it is still in use.", m_name.c_str()); });
+    TellIfPossible([&] {
+        Warn("An interface of module '%s' is still in use (let it go before the module is unloaded).",
+             m_name.c_str());
+    });
 }
 
 void LoadedModule::Refuse(const std::string& reason, const std::string& detail) const {
@@ -135,6 +170,12 @@ void* LoadedModule::EntryPoint(const char* name) const {
     return address;
 }
 
+/// The domain of a module's messages has the name of its library, and its record is translated already.
+void LoadedModule::BindCatalogue() const {
+    const std::string file = m_path.substr(m_path.rfind('/') + 1);
+    ::bindtextdomain(file.substr(0, file.find(".so")).c_str(), ZET_LOCALE_DIR);
+}
+
 void LoadedModule::ReadName(const std::vector<std::string>& taken) {
     const ZETModuleRecord* record = nullptr;
     const std::optional<Problem> problem = Run([&] { record = m_getInfo(&kHost); });
@@ -144,39 +185,51 @@ void LoadedModule::ReadName(const std::vector<std::string>& taken) {
         Refuse(Message("its record is of type %u, not of a module", record->type));
     if (record->name == nullptr || *record->name == '\0') Refuse(Message("its record has no name"));
     if (record->version == 0) Refuse(Message("its record has no version"));
+    if (record->version / 65536 != kContract)
+        Refuse(Message("its record is of version %zu, not of %zu", std::size_t{record->version / 65536},
+                       std::size_t{kContract}));
     m_name = record->name;
     if (std::find(taken.begin(), taken.end(), m_name) != taken.end())
         Refuse(Message("module '%s' is loaded already", Printable(m_name).c_str()));
-    // The domain of a module's messages has the name of its library.
-    ::bindtextdomain(("lib" + m_name).c_str(), ZET_LOCALE_DIR);
 }
 
 void LoadedModule::Initialise() {
-    const std::vector<std::string> before = m_core.GetRegistry().Names();
+    Registry& registry = m_core.GetRegistry();
+    const std::vector<std::string> before = registry.Names();
+    bool isInitialised = false;
     try {
-        m_core.GetRegistry().TakeRefusedName();
-        bool isInitialised = false;
+        registry.TakeRefusedName();
         const std::optional<Problem> problem = Run([&] { isInitialised = m_init(m_core); });
         if (problem) Refuse(problem->message, problem->detail);
         if (!isInitialised) Refuse(Message("it failed to initialise"));
-        RequireOwnNames();
         NoteInterfaces(before);
+        RequireInterfaces();
     } catch (...) {
-        // Their code is about to go.
-        m_core.GetRegistry().RemoveAllBut(before);
+        // It ends by removing interfaces by name, and one of another owner may have that name.
+        registry.Keep(&before);
+        if (isInitialised) Done();
+        registry.Keep(nullptr);
+        registry.RemoveAllBut(before);
+        if (isInitialised) static_cast<void>(m_handle.release());
         throw;
     }
+    static_cast<void>(m_handle.release());
 }
 
-/// A module ends by removing its interfaces by name: it would take away the other owner's.
-void LoadedModule::RequireOwnNames() {
+/// Without any it is of no use, and might be in use elsewhere; without one of them, it would end by taking
+/// away the other owner's.
+void LoadedModule::RequireInterfaces() {
     const std::string name = m_core.GetRegistry().TakeRefusedName();
     if (!name.empty()) Refuse(Message("there is an interface '%s' already", Printable(name).c_str()));
+    if (m_interfaces.empty()) Refuse(Message("it registered no interface"));
 }
 
 void LoadedModule::NoteInterfaces(const std::vector<std::string>& before) {
     for (const std::string& name : m_core.GetRegistry().Names())
-        if (!std::binary_search(before.begin(), before.end(), name)) m_interfaces.push_back({name, {}});
+        if (!std::binary_search(before.begin(), before.end(), name))
+            m_interfaces.push_back({name, m_core.GetRegistry().Find(name)});
+    // There may be no memory left when it is needed.
+    m_lost.reserve(m_interfaces.size());
 }
 
 void LoadedModule::Done() {
@@ -189,13 +242,18 @@ void LoadedModule::Done() {
     });
 }
 
-/// Ends the module. False when somebody still holds an interface of it.
+/// Ends the module. False when somebody still holds an interface of it. One of another owner that has such a
+/// name by now stays.
 bool LoadedModule::DropInterfaces() {
+    Registry& registry = m_core.GetRegistry();
     for (RegisteredInterface& interface : m_interfaces)
-        interface.object = m_core.GetRegistry().Find(interface.name);
+        if (registry.Find(interface.name) != interface.object.lock())
+            m_lost.push_back(std::move(interface.name));
+    registry.Keep(&m_lost);
     Done();
     for (const RegisteredInterface& interface : m_interfaces)
         m_core.RemoveInterface(interface.name);
+    registry.Keep(nullptr);
     const auto isGone = [](const RegisteredInterface& interface) { return interface.object.expired(); };
     return std::all_of(m_interfaces.begin(), m_interfaces.end(), isGone);
 }

@@ -10,12 +10,13 @@
 
 namespace ZET {
 
-/// A module in memory, initialised. When it goes, the module is ended: `module_done`, the core's pointers to
-/// its interfaces, the shared object.
+/// A module, initialised. When it goes, the module is ended: `module_done`, the core's pointers to its
+/// interfaces. Its code stays in memory, since nobody knows who still holds an object of it.
 class LoadedModule {
   public:
     /// Loads and initialises the module of the file `path`. Throws `EZETError` naming the file and what is
-    /// wrong with it; nothing of the module is left then. It must have none of the names `taken`.
+    /// wrong with it; the module is ended then, if it was initialised. It must have none of the names
+    /// `taken`.
     LoadedModule(CZETCore& core, const std::string& path, const std::vector<std::string>& taken);
     ~LoadedModule();
     LoadedModule(const LoadedModule&) = delete;
@@ -26,7 +27,6 @@ class LoadedModule {
   private:
     struct RegisteredInterface {
         std::string name;
-        /// Set when the module goes; the room for it is taken before, since there may be no memory left then.
         std::weak_ptr<CZETInterface> object;
     };
 
@@ -34,10 +34,26 @@ class LoadedModule {
         void operator()(void* handle) const;
     };
 
+    /// A module keeps one state for the process: it serves one host at a time.
+    class Claim {
+      public:
+        Claim() = default;
+        ~Claim();
+        Claim(const Claim&) = delete;
+        Claim& operator=(const Claim&) = delete;
+
+        /// False when another host has the module.
+        bool Take(const void* module);
+
+      private:
+        const void* m_module = nullptr;
+    };
+
     void* EntryPoint(const char* name) const;
+    void BindCatalogue() const;
     void ReadName(const std::vector<std::string>& taken);
     void Initialise();
-    void RequireOwnNames();
+    void RequireInterfaces();
     void NoteInterfaces(const std::vector<std::string>& before);
     void Done();
     bool DropInterfaces();
@@ -50,7 +66,9 @@ class LoadedModule {
     decltype(&module_init) m_init = nullptr;
     decltype(&module_done) m_done = nullptr;
     std::string m_name;
+    Claim m_claim;
     std::vector<RegisteredInterface> m_interfaces;
+    std::vector<std::string> m_lost;  ///< names of them that somebody else's interface has now
 };
 
 }  // namespace ZET

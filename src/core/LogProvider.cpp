@@ -56,7 +56,7 @@ int SystemLogPriority(ZETLogLevel level) {
         case ZETLogWarning:
             return LOG_WARNING;
         default:
-            return LOG_INFO;
+            return LOG_NOTICE;
     }
 }
 

@@ -8,6 +8,7 @@
 
 #include "Descriptor.h"
 #include "Message.h"
+#include "PathArgument.h"
 #include "Printable.h"
 
 namespace ZET {
@@ -32,6 +33,8 @@ std::string ReadWhole(const std::string& path) {
     };
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status;
+    if (!file.IsOpen() && IsDanglingLink(path))
+        Fail("%s: is a link that leads nowhere (remove it, or make what it names)", path.c_str());
     if (!file.IsOpen() || ::fstat(file.Number(), &status) != 0) fail();
     if (!S_ISREG(status.st_mode))
         Fail("%s: cannot be read: not a regular file (name a configuration file)", path.c_str());

@@ -1,5 +1,6 @@
 #include "Parameters.h"
 
+#include <mutex>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -7,6 +8,7 @@
 #include "Message.h"
 #include "ParameterFile.h"
 #include "Printable.h"
+#include "zet/ZETHost.h"
 
 namespace ZET {
 
@@ -88,9 +90,27 @@ std::optional<bool> ReadFlag(std::string_view value) {
     return std::nullopt;
 }
 
+/// The core warns of a value that it does not understand and goes on with the default: refusing it would keep
+/// every host from starting once it stands in the file, and dropping it would lose what somebody wrote.
+std::string ProblemOfFlag(std::string_view key, std::string_view value) {
+    if (!IsFlag(key) || ReadFlag(value)) return {};
+    return Message("'%s' is no value for %s and counts as %s (write yes or no)", Printable(value).c_str(),
+                   std::string(key).c_str(), FindDefault(key)->value);
+}
+
+/// By hosts in several threads.
 void WarnOnce(const std::string& key) {
+    static std::mutex& mutex = *new std::mutex;
     static std::set<std::string>& warned = *new std::set<std::string>;
-    if (warned.insert(key).second) Warn("Parameter '%s' is unknown.", Printable(key).c_str());
+    const auto isNew = [&] {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return warned.insert(key).second;
+    };
+    if (isNew()) Warn("Parameter '%s' is unknown.", Printable(key).c_str());
+}
+
+bool CanStandInALine(std::string_view value) {
+    return value.find_first_of(std::string_view("\n\0", 2)) == std::string_view::npos;
 }
 
 }  // namespace
@@ -98,9 +118,8 @@ void WarnOnce(const std::string& key) {
 Parameters::Parameters(const std::string& file) {
     RequireNotEmpty(file, "CZETHost");
     ReadParameterFile(file, [&](const ParameterLine& line) {
-        if (IsFlag(line.name) && !ReadFlag(line.value))
-            Fail("%s:%zu: '%s' is no value for %s (write yes or no)", file.c_str(), line.number,
-                 Printable(line.value).c_str(), std::string(line.name).c_str());
+        if (const std::string problem = ProblemOfFlag(line.name, line.value); !problem.empty())
+            Warn("%s:%zu: %s", file.c_str(), line.number, problem.c_str());
         if (line.name == kConfigFile)
             Warn("%s:%zu: %s has no effect here, it is always the file that is read (remove the line)",
                  file.c_str(), line.number, kConfigFile);
@@ -128,7 +147,8 @@ const std::string& Parameters::Server() const {
 
 bool Parameters::Flag(const std::string& key) const {
     const std::string* value = Find(key);
-    return *ReadFlag(value != nullptr ? *value : FindDefault(key)->value);
+    const std::optional<bool> flag = value != nullptr ? ReadFlag(*value) : std::nullopt;
+    return flag ? *flag : *ReadFlag(FindDefault(key)->value);
 }
 
 bool Parameters::ServiceDiscovery() const {
@@ -149,13 +169,11 @@ std::string Parameters::Get(const std::string& key) const {
 void Parameters::Update(const std::string& key, const std::string& value) {
     RequireNotEmpty(key, "UpdateParam");
     if (!IsParameterName(key)) FailCheck("'%s' is no name of a parameter.", Printable(key).c_str());
-    if (value.find_first_of(std::string_view("\n\0", 2)) != std::string::npos)
+    if (!CanStandInALine(value))
         FailCheck("The value of parameter '%s' holds a line feed or a NUL byte.", key.c_str());
-    if (IsFlag(key) && !ReadFlag(value))
-        FailCheck("'%s' is no value for parameter '%s': yes or no is.", Printable(value).c_str(),
-                  key.c_str());
     if (key == kConfigFile && value != *Find(kConfigFile))
         FailCheck("Parameter '%s' cannot be changed.", kConfigFile);
+    if (const std::string problem = ProblemOfFlag(key, value); !problem.empty()) Warn("%s", problem.c_str());
     m_values.insert_or_assign(key, value);
 }
 
@@ -164,6 +182,22 @@ StringMap Parameters::All() const {
     for (const Default& each : kDefaults)
         all.try_emplace(each.key, DefaultValue(each, Domain()));
     return all;
+}
+
+StringMap Parameters::OfTheProduct() const {
+    StringMap own = {{kConfigFile, *Find(kConfigFile)}};
+    for (const Default& each : kDefaults)
+        own.emplace(each.key, Get(each.key));
+    return own;
+}
+
+std::string ProblemOfParam(const std::string& key, const std::string& value) {
+    if (!IsParameterName(key))
+        return Message("'%s' is no name of a parameter (use letters, digits and \"_\", no digit first)",
+                       Printable(key).c_str());
+    if (!CanStandInALine(value))
+        return Message("the value of %s holds a line feed or a NUL byte (give it without)", key.c_str());
+    return ProblemOfFlag(key, value);
 }
 
 }  // namespace ZET

@@ -11,7 +11,7 @@ namespace ZET {
 /// the parameters that they are derived from.
 class Parameters {
   public:
-    /// Reads `file`, the parameter "ZET_CFG"; throws as `ReadParameterFile`, and for a flag that is none.
+    /// Reads `file`, the parameter "ZET_CFG"; throws as `ReadParameterFile`. Warns of a flag that is none.
     explicit Parameters(const std::string& file);
 
     const std::string& Domain() const;
@@ -22,12 +22,15 @@ class Parameters {
     /// The value; empty, with one warning for each key in the process's life, when the key is unknown.
     std::string Get(const std::string& key) const;
 
-    /// Throws `EZETCheckError` for a key that is no name, a value that no line can hold, a flag that is none,
-    /// and another path for "ZET_CFG".
+    /// Throws `EZETCheckError` for a key that is no name, a value that no line can hold, and another path for
+    /// "ZET_CFG". Warns of a flag that is none, which counts as the default.
     void Update(const std::string& key, const std::string& value);
 
     /// Every parameter with its value.
     StringMap All() const;
+
+    /// Those that the product itself knows: none that a host has of its own.
+    StringMap OfTheProduct() const;
 
   private:
     const std::string* Find(const std::string& key) const;

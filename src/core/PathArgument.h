@@ -9,6 +9,9 @@ namespace ZET {
 /// the system would take the part before it for the whole.
 void RequirePath(const std::string& path, const char* operation);
 
+/// Whether `path`, which could not be opened for the reason in `errno`, is a link to nothing. `errno` stays.
+bool IsDanglingLink(const std::string& path);
+
 }  // namespace ZET
 
 #endif

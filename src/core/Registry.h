@@ -19,8 +19,12 @@ class Registry {
     /// The name that was last found taken since the last call; empty when there is none.
     std::string TakeRefusedName();
 
-    /// False when there is none of that name.
+    /// False when there is none of that name, or it is kept.
     bool Remove(const std::string& name);
+
+    /// Until the next call, `Remove` leaves the interfaces of these names alone. They are sorted, and outlive
+    /// that; null lets all go.
+    void Keep(const std::vector<std::string>* names) noexcept { m_kept = names; }
 
     /// `names` are sorted.
     void RemoveAllBut(const std::vector<std::string>& names) noexcept;
@@ -33,6 +37,7 @@ class Registry {
   private:
     std::map<std::string, std::shared_ptr<CZETInterface>> m_interfaces;
     std::string m_refusedName;
+    const std::vector<std::string>* m_kept = nullptr;
 };
 
 }  // namespace ZET

@@ -1,5 +1,6 @@
 #include "StatusWriter.h"
 
+#include <cerrno>
 #include <ctime>
 #include <string>
 
@@ -36,7 +37,10 @@ void WriteStatusLines(std::ostream& stream, StringMap settings) {
     std::string text;
     for (const auto& [key, value] : settings)
         text.append(key).append("=").append(value).append("\n");
-    if (!Write(stream, text)) Fail("Failed to write the status.");
+    errno = 0;
+    if (Write(stream, text)) return;
+    if (errno == 0) Fail("Failed to write the status: the stream is broken.");
+    Fail("Failed to write the status: %m.");
 }
 
 }  // namespace ZET

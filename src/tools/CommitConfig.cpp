@@ -19,6 +19,7 @@
 #include "zet/ZETErrors.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
+#include "zet/ZETHost.h"
 
 namespace ZET {
 
@@ -85,6 +86,8 @@ class Commit {
             name == "ZET_CFG_DIR" || name == "ZET_CFG_TEMPL_DIR" || name == "ZET_VAR_LIB_DIR";
         if (isDirectory && value.empty())
             throw UsageError("--set: " + name + " is empty (give it a directory)");
+        if (const std::string problem = ProblemOfParam(name, value); !problem.empty())
+            throw UsageError("--set: " + problem);
         try {
             m_session.Core().GetParam(name);  // the core warns of a name that it does not know
             m_session.Core().UpdateParam(name, isDirectory ? m_session.FilePath(value) : value);

@@ -8,7 +8,6 @@
 #include "ExitStatus.h"
 #include "FileChange.h"
 #include "Remedy.h"
-#include "TextStreams.h"
 #include "zet/ZETHost.h"
 
 namespace ZET {
@@ -17,17 +16,6 @@ namespace {
 
 constexpr char kConfigFile[] = "ZET_CFG";
 constexpr char kLanguage[] = "ZET_LANG";
-
-/// The core's time of writing its status, which looks like a parameter there.
-constexpr char kStatusTime[] = "COMMIT_TIME";
-
-/// Asking the core for a parameter does not tell an unknown one from an empty one; its status has all.
-bool IsKnown(Session& session, const std::string& name) {
-    TextWriter status;
-    session.Core().WriteStatus(status);
-    const bool isListed = ("\n" + status.str()).find("\n" + name + "=") != std::string::npos;
-    return isListed && (name != kStatusTime || !session.Param(name).empty());
-}
 
 /// The file must be one that the next run of a command can read.
 void RequireParameterFile(Session& session, const std::string& staged, const std::string& path) {
@@ -51,7 +39,9 @@ int RunOptionGet(Session& session) {
     const std::string& name = session.Asked().name;
     RequireOptionName(name, "NAME");
     std::optional<std::string> value;
-    if (IsKnown(session, name)) value = session.Param(name);
+    // Asking the core for a parameter does not tell an unknown one from an empty one.
+    const StringMap params = session.Params();
+    if (const auto found = params.find(name); found != params.end()) value = found->second;
     session.Out().Set("name", name);
     return ReportLookup(session, "there is no parameter \"" + name + "\"", "value", value, false);
 }
@@ -63,6 +53,8 @@ int RunOptionSet(Session& session) {
     if (asked.name == kConfigFile)
         throw UsageError("ZET_CFG is always the file that is read (name another one with --config)");
     if (asked.name == kLanguage) RequireLanguage(asked.text);
+    if (const std::string problem = ProblemOfParam(asked.name, asked.text); !problem.empty())
+        throw Failure("the option would break the configuration file: " + problem);
     const std::string file = session.Param(kConfigFile);
     // None of the system's own text gets into this file, so that a language that the host does not have can
     // be set right.

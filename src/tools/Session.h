@@ -35,6 +35,9 @@ class Session {
     /// A parameter; those that name directories of the product are paths that can be opened.
     std::string Param(const std::string& key) { return Core().GetParam(key); }
 
+    /// Every parameter with its value.
+    StringMap Params() const { return m_host->GetParams(); }
+
     /// The path under which a file given by the caller can be opened: under the root, links followed.
     std::string FilePath(const std::string& file) const { return m_paths.Resolved(file); }
 

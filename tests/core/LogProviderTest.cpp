@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <thread>
 
 #include "Support.h"
@@ -28,11 +29,11 @@ void KeepRecord(int priority, const char* format, std::va_list arguments) {
 
 extern "C" {
 
-void openlog(const char* identity, int /*options*/, int /*facility*/) noexcept {
+void openlog(const char* identity, int /*options*/, int /*facility*/) {
     systemLog.push_back(std::string("open ") + identity);
 }
 
-void closelog() noexcept {
+void closelog() {
     systemLog.push_back("close");
 }
 
@@ -58,6 +59,7 @@ class LogProvider : public testing::Test {
   protected:
     ~LogProvider() override {
         SetLogObserver({});
+        SetLogWording({});
         ConfigureLog(ZETLogTarget::StandardError, ZETLogWarning, "zet");
     }
 
@@ -76,9 +78,18 @@ TEST_F(LogProvider, ShowsIdentityAndLevelOfEachRecord) {
 }
 
 TEST(LogProviderBeforeConfiguration, ShowsErrorsAndWarningsOnStandardError) {
-    CZETLogProvider& log = CZETLogProvider::GetLogProvider();
-    EXPECT_EQ(LoggedBy([&] { log.Put(ZETLogWarning, 1, "w"); }), "zet: warning: w\n");
-    EXPECT_EQ(LoggedBy([&] { log.Put(ZETLogNotice, 1, "n"); }), "");
+    // A process of its own, in which no other test has configured anything.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            CZETLogProvider& log = CZETLogProvider::GetLogProvider();
+            log.Put(ZETLogError, 1, "e");
+            log.Put(ZETLogWarning, 1, "w");
+            log.Put(ZETLogNotice, 1, "n");
+            std::_Exit(0);
+        },
+        testing::ExitedWithCode(0), "^zet: error: e\nzet: warning: w\n$");
+    GTEST_FLAG_SET(death_test_style, "fast");
 }
 
 TEST_F(LogProvider, RecordsBeyondTheThresholdAreNotShown) {
@@ -103,6 +114,28 @@ TEST_F(LogProvider, ObserverSeesWhatIsShown) {
     m_log.Put(ZETLogNotice, 1, "nobody sees this");
     EXPECT_THAT(seen, testing::ElementsAre(testing::StartsWith("0 bro"), "1 odd", "2 fine"));
     EXPECT_THAT(seen.front(), testing::Not(testing::HasSubstr("\n")));
+}
+
+TEST_F(LogProvider, WordingIsPutBeforeTheRecordIsMadePrintableObservedAndWritten) {
+    std::vector<std::string> seen;
+    SetLogObserver([&](ZETLogLevel, const std::string& text) { seen.push_back(text); });
+    SetLogWording([](const std::string& text) { return "/etc/x\n" + text.substr(text.find(':')); });
+    EXPECT_EQ(LoggedBy([&] {
+                  errno = EIO;
+                  m_log.Put(ZETLogError, 2, "%s: %m", "././x\n");
+              }),
+              "zet: error: /etc/x\\n: Input/output error\n");
+    SetLogWording({});
+    EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogError, 1, "././x"); }), "zet: error: ././x\n");
+    EXPECT_THAT(seen, testing::ElementsAre("/etc/x\\n: Input/output error", "././x"));
+}
+
+TEST_F(LogProvider, WordingIsNotAskedForARecordThatIsNotShown) {
+    SetLogWording([](const std::string& text) {
+        ADD_FAILURE() << text;
+        return text;
+    });
+    m_log.Put(ZETLogNotice, 1, "not shown");
 }
 
 TEST_F(LogProvider, SingleTextIsWrittenAsItStands) {
@@ -188,7 +221,7 @@ TEST_F(LogProvider, SystemLogGetsThePriorityAndThePlainText) {
     ConfigureLog(ZETLogTarget::StandardError, ZETLogWarning, "zet");
     EXPECT_THAT(systemLog, testing::ElementsAre("open zet-client", std::to_string(LOG_ERR) + " %s %s%n",
                                                 std::to_string(LOG_WARNING) + " %s two\\nlines",
-                                                std::to_string(LOG_INFO) + " %s three", "close"));
+                                                std::to_string(LOG_NOTICE) + " %s three", "close"));
 }
 
 TEST_F(LogProvider, ErrorsAreCountedWhetherShownOrNot) {

@@ -96,18 +96,17 @@ TEST_F(ParameterFile, NulByteInACommentIsLeftOut) {
     EXPECT_EQ(Value(std::string("#\0\nA=1\n", 7), "A"), "1");
 }
 
-TEST_F(ParameterFile, FlagThatIsNoneIsRefused) {
-    EXPECT_THAT(Refusal("A=1\nSERVICE_DISCOVERY=maybe\n"),
-                StartsWith(":2: 'maybe' is no value for SERVICE_DISCOVERY (write yes or no)"));
-    EXPECT_THAT(Refusal("ZET_SYNC=yes \n"), StartsWith(":1: 'yes ' is no value for ZET_SYNC"));
-    EXPECT_THAT(Refusal("ZET_SYNC=YES\r\n"), StartsWith(":1: 'YES\\r' is no value for ZET_SYNC"));
-}
-
 TEST_F(ParameterFile, MissingFileIsNamedWithReasonAndRemedy) {
     EXPECT_EQ(MessageOf<EZETError>([&] { CZETHost host(ConfigFile()); }),
               ConfigFile() +
                   ": cannot be read: No such file or directory (name a configuration file that "
                   "exists and is readable)");
+}
+
+TEST_F(ParameterFile, LinkThatLeadsNowhereIsCalledOne) {
+    ASSERT_EQ(::symlink("none", ConfigFile().c_str()), 0);
+    EXPECT_EQ(MessageOf<EZETError>([&] { CZETHost host(ConfigFile()); }),
+              ConfigFile() + ": is a link that leads nowhere (remove it, or make what it names)");
 }
 
 TEST_F(ParameterFile, DirectoryIsRefused) {

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <thread>
+
 #include "Support.h"
 
 namespace ZET::Test {
@@ -172,13 +175,82 @@ TEST_F(Parameters, UpdateRefusesAValueThatNoLineCanHold) {
     EXPECT_EQ(Core().GetParam("A"), "old");
 }
 
-TEST_F(Parameters, UpdateRefusesAFlagThatIsNone) {
+TEST_F(Parameters, FlagThatIsNoneCountsAsItsDefaultWithAWarning) {
     Start("SERVICE_DISCOVERY=yes\n");
-    EXPECT_EQ(MessageOf<EZETCheckError>([&] { Core().UpdateParam("SERVICE_DISCOVERY", "perhaps"); }),
-              "'perhaps' is no value for parameter 'SERVICE_DISCOVERY': yes or no is.");
-    EXPECT_THAT(MessageOf<EZETCheckError>([&] { Core().UpdateParam("ZET_SYNC", ""); }),
-                HasSubstr("is no value"));
+    EXPECT_EQ(
+        LoggedBy([&] { Core().UpdateParam("SERVICE_DISCOVERY", "perhaps"); }),
+        "zet: warning: 'perhaps' is no value for SERVICE_DISCOVERY and counts as no (write yes or no)\n");
+    EXPECT_FALSE(Core().IsServiceDiscovery());
+    EXPECT_EQ(Core().GetParam("SERVICE_DISCOVERY"), "perhaps");
+    EXPECT_EQ(LoggedBy([&] { Core().UpdateParam("SERVICE_DISCOVERY", "yes"); }), "");
     EXPECT_TRUE(Core().IsServiceDiscovery());
+}
+
+TEST_F(Parameters, HostStartsWithAFlagThatIsNoneAndNamesItsLine) {
+    for (const std::string value : {"maybe", "", "yes\r", "YES"}) {
+        EXPECT_THAT(LoggedBy([&] { Start("A=1\nZET_SYNC=" + value + "\n"); }),
+                    HasSubstr(ConfigFile() + ":2: '" + value.substr(0, 3)));
+        EXPECT_EQ(Core().GetParam("ZET_SYNC"), value);
+    }
+}
+
+TEST_F(Parameters, WhatUpdateTakesEveryHostCanRead) {
+    Start("");
+    for (const char* key : {"ZET_SYNC", "SERVICE_DISCOVERY", "DOMAIN", "REALM", "MY_KEY", "_1"}) {
+        for (const char* value : {"", " ", "maybe", "a=b", "# x", "x\r", "\xff", "\x1b[31m"}) {
+            LoggedBy([&] {
+                Core().UpdateParam(key, value);
+                Start(std::string(key) + "=" + value + "\n");
+            });
+            EXPECT_EQ(Core().GetParam(key), value) << key;
+        }
+    }
+}
+
+TEST_F(Parameters, ProblemOfAParameterIsToldBeforeItIsSet) {
+    EXPECT_EQ(ProblemOfParam("ZET_SYNC", "no"), "");
+    EXPECT_EQ(ProblemOfParam("MY_KEY", "maybe"), "");
+    EXPECT_EQ(ProblemOfParam("ZET_SYNC", "maybe"),
+              "'maybe' is no value for ZET_SYNC and counts as yes (write yes or no)");
+    EXPECT_EQ(ProblemOfParam("A\nB", ""),
+              "'A\\nB' is no name of a parameter (use letters, digits and \"_\", no digit first)");
+    for (const std::string& value : {std::string("a\nb"), std::string("a\0b", 3)})
+        EXPECT_EQ(ProblemOfParam("A", value),
+                  "the value of A holds a line feed or a NUL byte (give it without)");
+}
+
+TEST_F(Parameters, AllOfThemAreListed) {
+    Start("MY_KEY=mine\nEMPTY=\nDOMAIN=a.b\n");
+    Core().UpdateParam("LATER", "x");
+    const StringMap params = m_host->GetParams();
+    for (const char* key : {"MY_KEY", "EMPTY", "LATER", "DOMAIN", "REALM", "ZET_CFG", "ZET_SYNC"}) {
+        ASSERT_EQ(params.count(key), 1U) << key;
+        EXPECT_EQ(params.at(key), Core().GetParam(key)) << key;
+    }
+    EXPECT_EQ(params.count("COMMIT_TIME"), 0U);
+}
+
+TEST_F(Parameters, EveryLetterOfADomainIsRaised) {
+    Start("DOMAIN=abcdefghijklmnopqrstuvwxyz.{`[@-09\n");
+    EXPECT_EQ(Core().GetParam("REALM"), "ABCDEFGHIJKLMNOPQRSTUVWXYZ.{`[@-09");
+}
+
+TEST_F(Parameters, HostsInSeveralThreadsWarnOfAnUnknownKeyOnce) {
+    const std::string log = LoggedBy([&] {
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 4; i++) {
+            const std::string file = m_directory / std::to_string(i);
+            WriteText(file, "");
+            threads.emplace_back([file] {
+                CZETHost host(file);
+                for (int k = 0; k < 200; k++)
+                    host.GetCore().GetParam("NO_SUCH_KEY_OF_A_THREAD_" + std::to_string(k));
+            });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+    });
+    EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 200);
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
+#include <ctime>
 #include <fstream>
 #include <new>
 
@@ -14,6 +14,11 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
+/// Of the processor, however busy the machine is otherwise.
+double UsedSeconds() {
+    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
+}
+
 class RegEx : public HostFixture {
   protected:
     RegEx() { Start(""); }
@@ -24,10 +29,16 @@ class RegEx : public HostFixture {
 
     /// The message for a search that must give up, and soon.
     std::string Refusal(const std::string& pattern, const std::string& subject) {
-        const auto start = std::chrono::steady_clock::now();
+        const double start = UsedSeconds();
         const std::string message = MessageOf<EZETError>([&] { Matches(pattern, subject); });
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+        EXPECT_LT(UsedSeconds() - start, 20);
         return message;
+    }
+
+    void ExpectGivingUp(const std::string& pattern, const std::string& subject) {
+        EXPECT_THAT(Refusal(pattern, subject),
+                    StartsWith("Regular expression '" + pattern + "' gives up on a text of " +
+                               std::to_string(subject.size()) + " bytes: "));
     }
 };
 
@@ -109,30 +120,29 @@ TEST_F(RegEx, PatternThatIsTooLargeIsRefused) {
 }
 
 TEST_F(RegEx, CatastrophicPatternGivesUpSoonAndIsNamed) {
-    EXPECT_THAT(Refusal("(a+)+$", std::string(40, 'a') + "!"),
-                StartsWith("Regular expression '(a+)+$' gives up on a text of 41 bytes: "));
-    Refusal("(a|aa)+(?:b|c)", std::string(1000, 'a'));
-    Refusal("^(\\w+\\s?)*$", std::string(5000, 'a') + "!");
+    ExpectGivingUp("(a+)+$", std::string(40, 'a') + "!");
+    ExpectGivingUp("(a|aa)+(?:b|c)", std::string(1000, 'a'));
+    ExpectGivingUp("^(\\w+\\s?)*$", std::string(5000, 'a') + "!");
 }
 
 TEST_F(RegEx, CatastrophicPatternGivesUpSoonWithoutMachineCode) {
-    Refusal("(*NO_JIT)(a+)+$", std::string(40, 'a') + "!");
+    ExpectGivingUp("(*NO_JIT)(a+)+$", std::string(40, 'a') + "!");
 }
 
 TEST_F(RegEx, WorkThatGrowsWithTheSquareOfALongLineGivesUpSoon) {
     const std::string blanks(5'000'000, ' ');
-    Refusal("\\s+name=", blanks);
-    Refusal("^.*.*x", blanks);
-    Refusal("(?> +)x", blanks);
+    ExpectGivingUp("\\s+name=", blanks);
+    ExpectGivingUp("^.*.*x", blanks);
+    ExpectGivingUp("(?> +)x", blanks);
 }
 
 TEST_F(RegEx, WorkThatGrowsWithTheFourthPowerGivesUpSoon) {
-    Refusal("a*a*a*(?:b|c)", std::string(1024, 'a'));
-    Refusal("a*a*a*(?:b|c)", std::string(100'000, 'a'));
+    ExpectGivingUp("a*a*a*(?:b|c)", std::string(1024, 'a'));
+    ExpectGivingUp("a*a*a*(?:b|c)", std::string(100'000, 'a'));
 }
 
 TEST_F(RegEx, PatternAfterOneThatGaveUpWorks) {
-    Refusal("(a+)+$", std::string(40, 'a') + "!");
+    ExpectGivingUp("(a+)+$", std::string(40, 'a') + "!");
     EXPECT_TRUE(Matches("(a+)+$", std::string(40, 'a')));
     EXPECT_TRUE(Matches("^b", "b"));
     EXPECT_TRUE(Matches("b$", std::string(100'000, 'a') + "b"));
@@ -237,10 +247,10 @@ TEST_F(RegEx, PatternIsCompiledOncePerPatternAndNotOncePerLine) {
     // Compiling this one takes 100 us and more, looking it up far less than 1 us.
     const std::string pattern = "^(?:" + std::string(20'000, 'x') + "|[a-z]{1,200}=)";
     Matches(pattern, "a");
-    const auto start = std::chrono::steady_clock::now();
+    const double start = UsedSeconds();
     for (int i = 0; i < 20'000; i++)
         Matches(pattern, "A");
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
+    EXPECT_LT(UsedSeconds() - start, 0.3);
 }
 
 }  // namespace

@@ -98,7 +98,7 @@ REALM=NEW
     run_zet option set REALM $'A\nB'
     assert_refusal 2 "VALUE holds a line feed (a line cannot; give the text without it)"
     run_zet option set ZET_SYNC maybe
-    assert_refusal 1 "the option would break the configuration file: $HOST/zet.conf:5: 'maybe' is no value for ZET_SYNC (write yes or no)"
+    assert_refusal 1 "the option would break the configuration file: 'maybe' is no value for ZET_SYNC and counts as yes (write yes or no)"
     assert_files_unchanged
 }
 

@@ -226,7 +226,7 @@ zet-client: nothing was changed"
         assert_refusal 2 "--set: $name is empty (give it a directory)"
     done
     run_zet commit-config -n --set ZET_SYNC=x
-    assert_refusal 2 "--set: 'x' is no value for parameter 'ZET_SYNC': yes or no is (write one of the two)"
+    assert_refusal 2 "--set: 'x' is no value for ZET_SYNC and counts as yes (write yes or no)"
     run_zet commit-config -n --set ZET_CFG=/x
     assert_refusal 2 "--set: Parameter 'ZET_CFG' cannot be changed (name another file with --config)"
     assert_host_unchanged

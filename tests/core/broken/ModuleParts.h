@@ -45,7 +45,7 @@ class ObservedInterface : public ZET::CZETInterface {
     ZET::IZETCore& m_core;
 };
 
-/// Tells when the shared object goes, if the module was initialised before.
+/// Tells when the shared object goes, if the module got to know the core and was not ended.
 struct UnloadObserver {
     ~UnloadObserver() {
         if (core != nullptr) Trace(*core, "unloaded");
@@ -80,6 +80,7 @@ bool module_init([[maybe_unused]] ZET::IZETCore& core) {
 #ifndef MODULE_WITHOUT_DONE
 void module_done([[maybe_unused]] ZET::IZETCore& core) {
     Trace(core, "done");
+    unloadObserver.core = nullptr;
     MODULE_DONE
 }
 #endif

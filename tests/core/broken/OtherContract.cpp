@@ -1,0 +1,2 @@
+#define MODULE_VERSION 0x20000
+#include "ModuleParts.h"

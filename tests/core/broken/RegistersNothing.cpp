@@ -1,0 +1,3 @@
+#define MODULE_NAME "registers-nothing"
+#define MODULE_INIT return true;
+#include "ModuleParts.h"
