@@ -139,7 +139,8 @@ class Host:
 
     def put_back(self, wanted, present):
         """From one state to another; both as looked at."""
-        for path in sorted(present.keys() - wanted.keys(), reverse=True):
+        others = {path for path in present.keys() & wanted.keys() if present[path][0] != wanted[path][0]}
+        for path in sorted((present.keys() - wanted.keys()) | others, reverse=True):
             full = self.path(path)
             os.rmdir(full) if present[path][0] == stat.S_IFDIR else os.unlink(full)
         changed = [path for path in sorted(wanted) if present.get(path) != wanted[path]]

@@ -33,6 +33,18 @@ NAMES = {
 }
 
 
+# Calls that take a descriptor and look up no name.
+WITHOUT_NAMES = {"read", "write", "close", "fstat", "lseek", "pread64", "pwrite64", "writev", "fsync", "fdatasync",
+                 "ftruncate", "fchmod", "fchown", "getdents64", "fcntl", "flock", "ioctl", "fsetxattr", "fgetxattr",
+                 "flistxattr", "fstatfs", "fremovexattr", "sendfile", "copy_file_range", "dup", "fchdir", "mmap",
+                 "mremap", "mprotect", "pipe2", "vfork"}
+
+
+def looks_up(call):
+    """Whether the call looks for a file by a name."""
+    return call.name not in WITHOUT_NAMES
+
+
 def describe(fault):
     text = f"{fault.kind} {fault.turn}"
     return text + (f" {errno.errorcode[fault.error]}" if fault.error else "")
@@ -45,6 +57,7 @@ class Runner:
         self._programs = programs
         self._injector = injector
         self._log = base + "/log"
+        self.longest_run = LONGEST_RUN
         self._streams = [os.open(f"{base}/{name}", os.O_RDWR | os.O_CREAT | os.O_APPEND | os.O_CLOEXEC)
                          for name in ("output", "errors")]
         self._environment = {"PATH": "/usr/bin:/bin", "LC_ALL": "C", "TZ": "UTC",
@@ -69,7 +82,7 @@ class Runner:
             os.ftruncate(stream, 0)
         process, pipes = self._start(program, arguments, fault, hook)
         signal.signal(signal.SIGALRM, lambda *_: os.kill(process, signal.SIGABRT))
-        signal.alarm(LONGEST_RUN)
+        signal.alarm(self.longest_run)
         if hook:
             serve(pipes, hook)
         status = os.waitstatus_to_exitcode(os.waitpid(process, 0)[1])
