@@ -13,6 +13,7 @@ KIND is what the commands meet:
               root)
     writer    another program, which writes the target between two calls, at every call (writer.py)
     attacker  another user, who swaps names in a directory where he may, at every call (attacker.py; needs root)
+    inputs    files that are something else than what the commands expect to read (inputs.py; needs root)
 
 What must be true after each run of the first four:
 
@@ -55,6 +56,7 @@ import tempfile
 
 import attacker
 import disk
+import inputs
 import plans
 import furnished  # noqa: F401  # adds its scenarios
 import scenarios
@@ -206,7 +208,7 @@ def check_scenario(options, scenario, host, runner):
         fault = Fault(kind, int(turn), int(error[0]) if error else 0)
         failures = repeat(options, scenario, checker, fault, host)
     else:
-        failures = 1 if checker.found else 0
+        failures = len(checker.found)
         print("".join(f"{scenario.name}: without any fault: {each}\n" for each in checker.found), end="")
         for fault in plans.faults(options, checker.calls, checker.allocations, host.root):
             found, result = checker.check(fault, plans.is_watched(options, fault, checker.calls))
@@ -222,16 +224,19 @@ def check_scenario(options, scenario, host, runner):
 def parse_arguments():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("kind", choices=["fail", "kill", "memory", "disk", "writer", "attacker"])
+    parser.add_argument("kind", choices=["fail", "kill", "memory", "disk", "writer", "attacker", "inputs"])
     parser.add_argument("--programs", required=True, help="the directory of the commands")
     parser.add_argument("--injector", required=True, help="the library to preload")
-    parser.add_argument("--long", action="store_true", help="every call with every error, every allocation, every attack")
+    parser.add_argument("--long", action="store_true",
+                        help="every call with every error, every allocation, every attack")
     parser.add_argument("--only", help="one scenario")
     parser.add_argument("--fault", help="one fault")
     return parser.parse_args()
 
 
 def check_all(options, base):
+    if options.kind == "inputs":
+        return inputs.check(options, base, lambda: Runner(options.programs, options.injector, base))
     host = Host(base)
     runner = Runner(options.programs, options.injector, base)
     if options.kind in ("writer", "attacker"):
@@ -253,7 +258,7 @@ def check_all(options, base):
 
 def main():
     options = parse_arguments()
-    if options.kind == "disk":
+    if options.kind in ("disk", "inputs"):
         disk.enter_own_mounts()
     memory = "/dev/shm"
     base = tempfile.mkdtemp(prefix="zet-faults.", dir=memory if os.access(memory, os.W_OK) else None)

@@ -1,7 +1,6 @@
 """Scenarios on hosts whose files are linked, shared, set-user-ID, in a tree of their own or of both roles."""
 
 import os
-import shutil
 
 from host import OTHER_OWNER, access_list, write
 from scenarios import ROLLBACK, scenario
@@ -128,16 +127,21 @@ scenario("commit-with-password", "zet-init", "commit-config", "old.conf", undo=R
 
 # --- a tree of its own ---
 
-def make_tree(host):
+def make_tree_with_links(host):
     """In it, links name files by names that mean others outside."""
-    shutil.rmtree(host.path("etc"))
     host.make_tree("tree", "")
+    inside = host.path("tree") + host.path("files/")
+    os.makedirs(inside)
     for name in ("old.conf", "plain.conf"):
-        inside = host.path("tree") + host.path("files/")
-        os.makedirs(inside, exist_ok=True)
         os.rename(host.path(f"tree/files/{name}"), inside + name)
         os.symlink(host.path(f"files/{name}"), host.path(f"tree/files/{name}"))
-    os.makedirs(host.path("etc"))
+
+
+def make_tree_with_linked_directory(host):
+    host.make_tree("tree", "")
+    os.makedirs(os.path.dirname(host.path("tree") + host.path("files")))
+    os.rename(host.path("tree/files"), host.path("tree") + host.path("files"))
+    os.symlink(host.path("files"), host.path("tree/files"))
 
 
 def only_tree_changes(old, new):
@@ -146,9 +150,10 @@ def only_tree_changes(old, new):
 
 
 scenario("commit-in-tree", "zet-init", "commit-config", "old.conf", undo=ROLLBACK, options=IN_TREE,
-         furnish=make_tree, expect=only_tree_changes)(nothing)
+         furnish=make_tree_with_links, expect=only_tree_changes)(nothing)
 scenario("param-set-in-tree", "zet-init", "param", "set", "/files/plain.conf", "size", "4", options=IN_TREE,
-         undo=("file", "restore", "/files/plain.conf"), furnish=make_tree, expect=only_tree_changes)(nothing)
+         undo=("file", "restore", "/files/plain.conf"), furnish=make_tree_with_linked_directory,
+         expect=only_tree_changes)(nothing)
 
 
 # --- both roles ---

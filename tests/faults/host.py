@@ -59,6 +59,7 @@ class Host:
         """As it is before any command ran."""
         shutil.rmtree(self.root, ignore_errors=True)
         os.makedirs(self.root + "/tmp")
+        os.makedirs(self.root + "/run", 0o700)
         self.make_tree("")
         for name in ("old.conf", "plain.conf"):
             self.give_attributes(self.path("files/" + name))

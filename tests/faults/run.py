@@ -4,6 +4,7 @@ import errno
 import os
 import signal
 import struct
+import time
 from collections import namedtuple
 
 Result = namedtuple("Result", "status output errors is_met")
@@ -24,12 +25,16 @@ NAMES = {
     0: "read", 1: "write", 2: "open", 3: "close", 4: "stat", 5: "fstat", 6: "lstat", 8: "lseek", 9: "mmap",
     10: "mprotect", 16: "ioctl", 17: "pread64", 18: "pwrite64", 20: "writev", 21: "access", 25: "mremap",
     32: "dup", 40: "sendfile", 58: "vfork", 72: "fcntl", 73: "flock", 74: "fsync", 75: "fdatasync",
-    77: "ftruncate", 79: "getcwd", 80: "chdir", 81: "fchdir", 82: "rename", 83: "mkdir", 84: "rmdir", 86: "link", 87: "unlink", 88: "symlink",
+    77: "ftruncate", 79: "getcwd", 80: "chdir", 81: "fchdir", 82: "rename",
+    83: "mkdir", 84: "rmdir", 86: "link", 87: "unlink", 88: "symlink",
     89: "readlink", 90: "chmod", 91: "fchmod", 92: "chown", 93: "fchown", 137: "statfs", 162: "sync",
-    188: "setxattr", 189: "lsetxattr", 190: "fsetxattr", 191: "getxattr", 193: "fgetxattr", 194: "listxattr", 196: "flistxattr",
+    188: "setxattr", 189: "lsetxattr", 190: "fsetxattr", 191: "getxattr", 193: "fgetxattr",
+    194: "listxattr", 196: "flistxattr",
     199: "fremovexattr", 217: "getdents64", 257: "openat", 258: "mkdirat", 262: "newfstatat", 263: "unlinkat",
-    260: "fchownat", 264: "renameat", 265: "linkat", 266: "symlinkat", 267: "readlinkat", 268: "fchmodat", 269: "faccessat", 272: "unshare", 285: "fallocate", 293: "pipe2",
-    316: "renameat2", 319: "memfd_create", 326: "copy_file_range", 332: "statx", 437: "openat2", 439: "faccessat2", 452: "fchmodat2",
+    260: "fchownat", 264: "renameat", 265: "linkat", 266: "symlinkat", 267: "readlinkat", 268: "fchmodat",
+    269: "faccessat", 272: "unshare", 285: "fallocate", 293: "pipe2",
+    316: "renameat2", 319: "memfd_create", 326: "copy_file_range", 332: "statx", 437: "openat2", 439: "faccessat2",
+    452: "fchmodat2",
 }
 
 
@@ -58,10 +63,12 @@ class Runner:
         self._injector = injector
         self._log = base + "/log"
         self.longest_run = LONGEST_RUN
+        self.usage = None  # of the last run
+        self.elapsed = 0.0  # s, likewise
         self._streams = [os.open(f"{base}/{name}", os.O_RDWR | os.O_CREAT | os.O_APPEND | os.O_CLOEXEC)
                          for name in ("output", "errors")]
         self._environment = {"PATH": "/usr/bin:/bin", "LC_ALL": "C", "TZ": "UTC",
-                             "TMPDIR": base + "/host/tmp"}
+                             "TMPDIR": base + "/host/tmp", "XDG_RUNTIME_DIR": base + "/host/run"}
 
     def environment(self, fault, hook=None):
         added = {}
@@ -80,12 +87,15 @@ class Runner:
         turn of a fault "stop" on, and, if it is watching, after each call that may have changed something."""
         for stream in self._streams:
             os.ftruncate(stream, 0)
+        begin = time.monotonic()
         process, pipes = self._start(program, arguments, fault, hook)
         signal.signal(signal.SIGALRM, lambda *_: os.kill(process, signal.SIGABRT))
         signal.alarm(self.longest_run)
         if hook:
             serve(pipes, hook)
-        status = os.waitstatus_to_exitcode(os.waitpid(process, 0)[1])
+        _, status, self.usage = os.wait4(process, 0)
+        status = os.waitstatus_to_exitcode(status)
+        self.elapsed = time.monotonic() - begin
         signal.alarm(0)
         output, errors = (os.pread(stream, 1 << 20, 0).decode(errors="replace") for stream in self._streams)
         if status == CANNOT_INJECT:

@@ -6,7 +6,8 @@ ALL = []
 
 
 class Scenario:
-    def __init__(self, name, program, arguments, prepare, undo=(), options=("--config", "HOST/zet.conf"), furnish=None, expect=None):
+    def __init__(self, name, program, arguments, prepare, undo=(), options=("--config", "HOST/zet.conf"),
+                 furnish=None, expect=None):
         self.name = name
         self.program = program
         self.arguments = arguments

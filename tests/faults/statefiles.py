@@ -21,18 +21,10 @@ COMPANIONS = (RESERVE, ABSENCE)
 
 STAGING = re.compile(r"zet-staging\.\w+")
 LEFT_OVER = re.compile(r"\.tmp$|(^|/)zet-staging\.|\.pending$")
-# Where else the staged texts may be, beside the host.
-STAGING_PLACES = ("/run", "/dev/shm", "/tmp", "/var/tmp")
 
 
 def is_left_over(path):
     return LEFT_OVER.search(path) is not None
-
-
-def staged_elsewhere():
-    """What stands in the places of this machine that every process shares."""
-    return {f"{place}/{name}" for place in STAGING_PLACES if os.path.isdir(place)
-            for name in os.listdir(place) if STAGING.match(name)}
 
 
 def pending_record(path):
@@ -43,7 +35,7 @@ def pending_record(path):
 def _recorded(path):
     try:
         status = os.stat(path)
-    except FileNotFoundError:
+    except (OSError, ValueError):  # a damaged name may be none at all
         return 0, 0, 0
     return status.st_ino, status.st_size, status.st_mtime_ns
 
@@ -55,7 +47,7 @@ def parse_manifest(data, root):
     for line in data.splitlines(keepends=True):
         match = re.fullmatch(rb"(\d+) (\d+) (\d+) ([0-7]+) (/.*)\n", line)
         if match:
-            path = match[5].decode()
+            path = os.fsdecode(match[5])
             is_recorded = _recorded(root + path) == tuple(int(match[i]) for i in (1, 2, 3))
             lines.append((match[4], path, is_recorded))
         else:
@@ -67,5 +59,5 @@ def manifest_bytes(lines, root):
     data = b""
     for mode, path, is_recorded in lines:
         numbers = _recorded(root + path) if is_recorded else (0, 0, 0)
-        data += b"%d %d %d " % numbers + mode + b" " + path.encode() + b"\n"
+        data += b"%d %d %d " % numbers + mode + b" " + os.fsencode(path) + b"\n"
     return data

@@ -157,7 +157,8 @@ class Encounter:
         if not writer.text:
             return found
         if THEIRS not in (file or b"") and reserve != writer.text:
-            found.append(f"the line of the other program is lost; the file is {verdict.shown(now.get(self._case.file))}")
+            found.append("the line of the other program is lost; the file is "
+                         f"{verdict.shown(now.get(self._case.file))}")
         before = self._old[self._case.file].content
         if not self._case.takes_back and reserve not in (None, before, writer.text):
             found.append(f"the reserve is none of the file's texts: {reserve[:80]!r}")
