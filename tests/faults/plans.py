@@ -38,9 +38,11 @@ ERRORS = {
 }
 CREATION = (errno.ENOSPC, errno.EACCES, errno.EMFILE, errno.EINTR, errno.EROFS)
 PARTIAL = ("read", "write", "copy_file_range")
-# What decides who may do what with a file. Each error of these is met, and the host is looked at after every call.
+# What decides who may do what with a file: the host is looked at after every call.
 OWNERSHIP = ("fchown", "fchmod", "chown", "chmod", "lchown", "fchownat", "fchmodat", "fchmodat2", "fsetxattr",
              "setxattr", "lsetxattr")
+# What decides which file it is.
+LEADING = ("readlink", "readlinkat", "openat2")
 CLEARING = ("unlink", "unlinkat", "rmdir", "getdents64", "openat", "newfstatat", "fcntl", "flock")
 
 # Without --long, one of so many is taken.
@@ -69,7 +71,7 @@ def errors_of(call):
 def call_faults(calls, is_long):
     for turn, call in enumerate(calls, 1):
         for place, error in enumerate(errors_of(call)):
-            if place == 0 or is_long or call.name in OWNERSHIP or (turn + place) % STEP_OF_OTHER_ERRORS == 0:
+            if place == 0 or is_long or call.name in OWNERSHIP + LEADING or (turn + place) % STEP_OF_OTHER_ERRORS == 0:
                 yield Fault("fail", turn, error)
         if call.name in PARTIAL:
             yield Fault("short", turn)
