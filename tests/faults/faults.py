@@ -256,6 +256,13 @@ def check_all(options, base):
             disk.unmount(host.root)
 
 
+def check_scratch(base):
+    """Nothing stands beside the host but what the driver itself needs."""
+    left = sorted(set(os.listdir(base)) - {"host", "log", "output", "errors"})
+    print("".join(f"{each} was left behind\n" for each in left), end="")
+    return len(left)
+
+
 def main():
     options = parse_arguments()
     if options.kind in ("disk", "inputs"):
@@ -263,7 +270,7 @@ def main():
     memory = "/dev/shm"
     base = tempfile.mkdtemp(prefix="zet-faults.", dir=memory if os.access(memory, os.W_OK) else None)
     try:
-        failures = check_all(options, base)
+        failures = check_all(options, base) + check_scratch(base)
     except NotPossible as reason:
         print(f"skipped: {reason}")
         return SKIPPED

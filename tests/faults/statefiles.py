@@ -20,7 +20,8 @@ TEMPORARY = ".tmp"
 COMPANIONS = (RESERVE, ABSENCE)
 
 STAGING = re.compile(r"zet-staging\.\w+")
-LEFT_OVER = re.compile(r"\.tmp$|(^|/)zet-staging\.|\.pending$")
+# Whatever stays where only temporary files are made is one.
+LEFT_OVER = re.compile(r"^(tmp|run)/|\.tmp$|(^|/)zet-staging\.|\.pending$")
 
 
 def is_left_over(path):
