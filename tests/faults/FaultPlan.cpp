@@ -1,6 +1,7 @@
 // Preloaded into a command (LD_PRELOAD), this library makes it meet one fault. The environment says which:
 // ZET_FAULT is "KIND TURN ERROR" with a kind as below, and ZET_FAULT_LOG names the file that tells afterwards
-// what was counted. Programs that the command starts are let alone.
+// what was counted. With ZET_FAULT_HOOK, "DESCRIPTOR DESCRIPTOR WATCHED", the run stops to let its driver act
+// or look. Programs that the command starts are let alone.
 #include "FaultPlan.h"
 
 #include <dlfcn.h>
@@ -16,6 +17,7 @@
 namespace ZET::Faults {
 
 Plan thePlan;
+Hook theHook;
 Log* theLog = nullptr;
 
 namespace {
@@ -31,7 +33,8 @@ Main* theMain = nullptr;
 }
 
 Kind KindOf(const char* name) {
-    constexpr const char* kNames[] = {"none", "fail", "dead", "full", "short", "kill", "memory", "starve"};
+    constexpr const char* kNames[] = {"none", "fail",   "dead",   "full", "short",
+                                      "kill", "memory", "starve", "stop"};
     for (int kind = 0; const char* each : kNames) {
         if (std::strcmp(each, name) == 0) return static_cast<Kind>(kind);
         ++kind;
@@ -47,6 +50,19 @@ Plan ReadPlan(const char* text) {
     return {KindOf(name), turn, error};
 }
 
+Hook ReadHook(const char* text) {
+    Hook hook;
+    int isWatched = 0;
+    if (text == nullptr) return hook;
+    if (std::sscanf(text, "%d %d %d", &hook.toDriver, &hook.fromDriver, &isWatched) != 3)
+        GiveUp("ZET_FAULT_HOOK is no \"DESCRIPTOR DESCRIPTOR WATCHED\"");
+    for (const int descriptor : {hook.toDriver, hook.fromDriver}) {
+        if (fcntl(descriptor, F_SETFD, FD_CLOEXEC) != 0) GiveUp("ZET_FAULT_HOOK names no open descriptor");
+    }
+    hook.isWatched = isWatched != 0;
+    return hook;
+}
+
 Log* OpenLog(const char* path) {
     const int file = path != nullptr ? open(path, O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600) : -1;
     void* memory = MAP_FAILED;
@@ -60,9 +76,11 @@ Log* OpenLog(const char* path) {
 int FaultedMain(int count, char** arguments, char** environment) {
     const Plan plan = ReadPlan(std::getenv("ZET_FAULT"));
     Log* log = OpenLog(std::getenv("ZET_FAULT_LOG"));
-    for (const char* name : {"ZET_FAULT", "ZET_FAULT_LOG", "LD_PRELOAD"})
+    const Hook hook = ReadHook(std::getenv("ZET_FAULT_HOOK"));
+    for (const char* name : {"ZET_FAULT", "ZET_FAULT_LOG", "ZET_FAULT_HOOK", "LD_PRELOAD"})
         unsetenv(name);
     thePlan = plan;
+    theHook = hook;
     theLog = log;
     if (!TrapSystemCalls()) GiveUp("this kernel cannot hand system calls to their program");
     return theMain(count, arguments, environment);

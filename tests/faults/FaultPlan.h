@@ -15,12 +15,28 @@ enum class Kind {
     Kill,    ///< SIGKILL before one call
     Memory,  ///< one allocation fails
     Starve,  ///< from one allocation on, all fail
+    Stop,    ///< before one call and each after it, somebody else may act
 };
 
 struct Plan {
     Kind kind = Kind::None;
     std::uint64_t turn = 0;
     int error = 0;  ///< for `Fail` and `Dead`
+};
+
+/// How the driver of the tests is told where the run has come to, and answers that it may go on: two
+/// descriptors. Without a driver, both are -1.
+struct Hook {
+    int toDriver = -1;
+    int fromDriver = -1;
+    bool isWatched =
+        false;  ///< whether the driver looks at the host after each call that may change something
+};
+
+/// What goes through the hook. The answer is one byte.
+struct Message {
+    std::uint64_t turn;
+    std::uint64_t isDone;  ///< 0 before the call, 1 after it
 };
 
 /// One call, as the log has it.
@@ -42,6 +58,7 @@ struct Log {
 
 /// Both are there from the start of `main` on; until then, and in a program without a plan, `theLog` is null.
 extern Plan thePlan;
+extern Hook theHook;
 extern Log* theLog;
 
 /// From here on, system calls are counted and faulted. False where the kernel cannot do that.

@@ -1,6 +1,7 @@
 #include "FileCalls.h"
 
 #include <fcntl.h>
+#include <linux/openat2.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -15,25 +16,42 @@ bool IsOneOf(const Call& call, const int (&numbers)[Size]) {
     return std::find(numbers, numbers + Size, static_cast<int>(call.number)) != numbers + Size;
 }
 
+constexpr int kModeAtWithFlags = 452;  // fchmodat2, which older headers do not name
+
 constexpr int kCallsOnPaths[] = {
-    SYS_open,      SYS_creat,     SYS_stat,     SYS_lstat,      SYS_access,    SYS_rename, SYS_mkdir,
-    SYS_rmdir,     SYS_link,      SYS_unlink,   SYS_symlink,    SYS_readlink,  SYS_chmod,  SYS_chown,
-    SYS_lchown,    SYS_mknod,     SYS_truncate, SYS_getxattr,   SYS_lgetxattr, SYS_statfs, SYS_setxattr,
-    SYS_listxattr, SYS_lsetxattr, SYS_utimes,   SYS_llistxattr, SYS_chdir};
+    SYS_open,       SYS_creat,       SYS_stat,         SYS_lstat,     SYS_access,    SYS_rename,
+    SYS_mkdir,      SYS_rmdir,       SYS_link,         SYS_unlink,    SYS_symlink,   SYS_readlink,
+    SYS_chmod,      SYS_chown,       SYS_lchown,       SYS_mknod,     SYS_truncate,  SYS_getxattr,
+    SYS_lgetxattr,  SYS_statfs,      SYS_setxattr,     SYS_listxattr, SYS_lsetxattr, SYS_utimes,
+    SYS_llistxattr, SYS_removexattr, SYS_lremovexattr, SYS_chdir,     SYS_chroot,    SYS_utime};
 
 constexpr int kCallsOnPathsInDirectories[] = {
-    SYS_openat,     SYS_openat2,  SYS_newfstatat, SYS_statx,   SYS_faccessat, SYS_faccessat2,
-    SYS_renameat,   SYS_mkdirat,  SYS_renameat2,  SYS_linkat,  SYS_unlinkat,  SYS_symlinkat,
-    SYS_readlinkat, SYS_fchmodat, SYS_fchownat,   SYS_mknodat, SYS_utimensat};
+    SYS_openat,     SYS_openat2,    SYS_newfstatat,        SYS_statx,
+    SYS_faccessat,  SYS_faccessat2, SYS_renameat,          SYS_mkdirat,
+    SYS_renameat2,  SYS_linkat,     SYS_unlinkat,          SYS_symlinkat,
+    SYS_readlinkat, SYS_fchmodat,   SYS_fchownat,          SYS_mknodat,
+    SYS_utimensat,  SYS_futimesat,  SYS_name_to_handle_at, kModeAtWithFlags};
 
 constexpr int kCallsOnDescriptors[] = {
     SYS_read,      SYS_write,     SYS_close,     SYS_fstat,           SYS_lseek,     SYS_pread64,
     SYS_pwrite64,  SYS_readv,     SYS_writev,    SYS_fsync,           SYS_fdatasync, SYS_ftruncate,
     SYS_fallocate, SYS_fchmod,    SYS_fchown,    SYS_getdents64,      SYS_fcntl,     SYS_flock,
     SYS_ioctl,     SYS_fsetxattr, SYS_fgetxattr, SYS_flistxattr,      SYS_fstatfs,   SYS_fremovexattr,
-    SYS_sendfile,  SYS_syncfs,    SYS_fchdir,    SYS_copy_file_range, SYS_dup};
+    SYS_sendfile,  SYS_syncfs,    SYS_fchdir,    SYS_copy_file_range, SYS_dup,       SYS_dup2,
+    SYS_dup3,      SYS_preadv,    SYS_pwritev,   SYS_sync_file_range};
 
-constexpr int kOtherCalls[] = {SYS_pipe2, SYS_sync, SYS_mmap, SYS_mremap, SYS_mprotect};
+constexpr int kOtherCalls[] = {SYS_pipe,     SYS_pipe2,  SYS_sync,         SYS_mmap,   SYS_mremap,
+                               SYS_mprotect, SYS_getcwd, SYS_memfd_create, SYS_unshare};
+
+constexpr int kLookingCalls[] = {
+    SYS_read,       SYS_pread64,     SYS_readv,      SYS_preadv,    SYS_close,      SYS_stat,
+    SYS_fstat,      SYS_lstat,       SYS_newfstatat, SYS_statx,     SYS_statfs,     SYS_fstatfs,
+    SYS_access,     SYS_faccessat,   SYS_faccessat2, SYS_readlink,  SYS_readlinkat, SYS_lseek,
+    SYS_getxattr,   SYS_lgetxattr,   SYS_fgetxattr,  SYS_listxattr, SYS_llistxattr, SYS_flistxattr,
+    SYS_getdents64, SYS_fcntl,       SYS_flock,      SYS_mmap,      SYS_mremap,     SYS_mprotect,
+    SYS_getcwd,     SYS_chdir,       SYS_fchdir,     SYS_dup,       SYS_dup2,       SYS_dup3,
+    SYS_pipe,       SYS_pipe2,       SYS_fsync,      SYS_fdatasync, SYS_sync,       SYS_syncfs,
+    SYS_unshare,    SYS_memfd_create};
 
 constexpr int kCreatingCalls[] = {SYS_mkdir,   SYS_mkdirat,   SYS_link,  SYS_linkat,
                                   SYS_symlink, SYS_symlinkat, SYS_mknod, SYS_mknodat};
@@ -42,7 +60,7 @@ constexpr int kWritingCalls[] = {SYS_write,     SYS_pwrite64,        SYS_writev,
                                  SYS_fsetxattr, SYS_copy_file_range, SYS_sendfile};
 
 bool IsOpen(const Call& call) {
-    return call.number == SYS_open || call.number == SYS_openat;
+    return call.number == SYS_open || call.number == SYS_openat || call.number == SYS_openat2;
 }
 
 bool IsOnStandardStream(const Call& call) {
@@ -68,6 +86,8 @@ bool TakesDescriptor(const Call& call) {
 
 int OpenFlags(const Call& call) {
     if (!IsOpen(call)) return 0;
+    if (call.number == SYS_openat2)
+        return static_cast<int>(reinterpret_cast<const open_how*>(call.arguments[2])->flags);
     return static_cast<int>(call.arguments[call.number == SYS_open ? 1 : 2]);
 }
 
@@ -77,6 +97,11 @@ bool CreatesFile(const Call& call) {
 
 bool WritesFile(const Call& call) {
     return IsOneOf(call, kWritingCalls) && !IsOnStandardStream(call);
+}
+
+bool MayChangeFiles(const Call& call) {
+    if (IsOpen(call)) return (OpenFlags(call) & (O_CREAT | O_TRUNC)) != 0;
+    return !IsOneOf(call, kLookingCalls) && !IsOnStandardStream(call);
 }
 
 bool CanBeShort(const Call& call) {

@@ -28,6 +28,9 @@ bool CreatesFile(const Call& call);
 /// Whether the call takes room for bytes or attributes.
 bool WritesFile(const Call& call);
 
+/// Whether names, owners, modes or bytes may be others after the call.
+bool MayChangeFiles(const Call& call);
+
 /// Whether the call may do a part of what it was asked for.
 bool CanBeShort(const Call& call);
 

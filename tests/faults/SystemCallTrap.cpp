@@ -65,6 +65,29 @@ struct KernelAction {
     std::uint64_t mask;
 };
 
+/// Until the driver answers, the run stands still. A driver that has gone stops nothing.
+void HandOver(std::uint64_t turn, bool isDone) {
+    const Message message = {turn, isDone ? 1U : 0U};
+    char answer = 0;
+    const auto transfer = [](long number, int descriptor, const void* bytes, std::size_t size) {
+        while (MakeCall(number, descriptor, reinterpret_cast<long>(bytes), static_cast<long>(size), 0, 0,
+                        0) == -EINTR) {
+        }
+    };
+    transfer(SYS_write, theHook.toDriver, &message, sizeof message);
+    transfer(SYS_read, theHook.fromDriver, &answer, 1);
+}
+
+void LetOthersAct(std::uint64_t turn) {
+    if (thePlan.kind != Kind::Stop || turn < thePlan.turn) return;
+    theLog->isMet = 1;
+    HandOver(turn, false);
+}
+
+void LetDriverLook(const Call& call, std::uint64_t turn) {
+    if (theHook.isWatched && MayChangeFiles(call)) HandOver(turn, true);
+}
+
 /// A path that the call names, or that of its descriptor.
 void NotePath(const Call& call, LoggedCall& entry) {
     constexpr std::size_t kRoom = sizeof entry.path - 1;
@@ -149,6 +172,14 @@ long Faulted(const Call& call, std::uint64_t turn) {
     }
 }
 
+long CountedCall(const Call& call) {
+    const std::uint64_t turn = CountCall(call);
+    LetOthersAct(turn);
+    const long result = Faulted(call, turn);
+    LetDriverLook(call, turn);
+    return result;
+}
+
 /// The handler has a set of blocked signals of its own; the change must reach the program's.
 long ChangeMask(const Call& call, ucontext_t& context) {
     const long result = Make(call);
@@ -167,7 +198,7 @@ void OnSystemCall(int /*signal*/, siginfo_t* /*info*/, void* data) {
     if (call.number == SYS_rt_sigprocmask) {
         registers[REG_RAX] = ChangeMask(call, context);
     } else {
-        registers[REG_RAX] = IsFileCall(call) ? Faulted(call, CountCall(call)) : Make(call);
+        registers[REG_RAX] = IsFileCall(call) ? CountedCall(call) : Make(call);
     }
 }
 
@@ -189,7 +220,9 @@ int Spawn(Function* /*type*/, const char* name, Arguments... arguments) {
     const bool isKilled = thePlan.kind == Kind::Kill && turn == thePlan.turn;
     if (fails || isKilled) theLog->isMet = 1;
     if (isKilled) raise(SIGKILL);
+    LetOthersAct(turn);
     const int result = fails ? thePlan.error : original(arguments...);
+    LetDriverLook(call, turn);
     theSelector = kHandOver;
     return result;
 }
@@ -207,11 +240,21 @@ bool TrapSystemCalls() {
 
 }  // namespace ZET::Faults
 
-extern "C" __attribute__((visibility("default"))) int posix_spawnp(pid_t* child, const char* file,
-                                                                   const posix_spawn_file_actions_t* actions,
-                                                                   const posix_spawnattr_t* attributes,
-                                                                   char* const* arguments,
-                                                                   char* const* environment) {
+extern "C" {
+
+__attribute__((visibility("default"))) int posix_spawnp(pid_t* child, const char* file,
+                                                        const posix_spawn_file_actions_t* actions,
+                                                        const posix_spawnattr_t* attributes,
+                                                        char* const* arguments, char* const* environment) {
     return ZET::Faults::Spawn(&posix_spawnp, "posix_spawnp", child, file, actions, attributes, arguments,
                               environment);
+}
+
+__attribute__((visibility("default"))) int posix_spawn(pid_t* child, const char* path,
+                                                       const posix_spawn_file_actions_t* actions,
+                                                       const posix_spawnattr_t* attributes,
+                                                       char* const* arguments, char* const* environment) {
+    return ZET::Faults::Spawn(&posix_spawn, "posix_spawn", child, path, actions, attributes, arguments,
+                              environment);
+}
 }

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs the built commands on a small host with faults, and checks that nothing is ever lost.
 
-    faults.py KIND --programs DIRECTORY --injector FILE [--all] [--only SCENARIO] [--fault 'KIND TURN ERROR']
+    faults.py KIND --programs DIRECTORY --injector FILE [--long] [--only SCENARIO] [--fault 'KIND TURN ERROR']
 
 KIND is what the commands meet:
 
@@ -11,8 +11,11 @@ KIND is what the commands meet:
     memory    allocations fail, each in turn; or all from one on
     disk      a file system that is really full, at every size, and one without room for new names (needs
               root)
+    writer    another program, which writes the target between two calls, at every call (writer.py)
+    attacker  another user, who swaps names in a directory where he may, at every call (attacker.py; needs root)
+    inputs    files that are something else than what the commands expect to read (inputs.py; needs root)
 
-What must be true after each run:
+What must be true after each run of the first four:
 
   * Every file is old or new, byte for byte, with its mode, owner and attributes: never torn, and never
     missing unless it was not there before. The commands reserve a file before they write it, so they never
@@ -28,12 +31,18 @@ What must be true after each run:
   * What undoes the command (a rollback, a restore), run instead of that, puts the files back as they were
     before the product came, and leaves nothing behind.
 
+And after every call of a run without faults, and of one in which a call about owners and modes fails (with
+--long, any call):
+
+  * No name is ever set-user-ID or set-group-ID with an owner or group other than that of the file before.
+  * No text of a file that only its owner may read is ever in one that others may read.
+
 Where the system denies something to a file that an ordinary user may not do (EPERM, EACCES), the core warns
 and goes on: then the owner and the attributes may be lost, and the mode may be closer.
 
 The host is on the memory's file system where there is one: what counts is the order of the calls, and
-syncing, which stays on, costs nothing there. Without --all, every call is killed at and fails once, with the
-error that fits best; other errors, broken disks and allocations are sampled.
+syncing, which stays on, costs nothing there. Without --long, every call is killed at and fails once, with the
+error that fits best; other errors, broken disks and allocations are sampled, the same ones each time.
 
 A failure prints the command that repeats it; with --fault, the host is kept to be looked at.
 """
@@ -45,15 +54,25 @@ import shutil
 import sys
 import tempfile
 
+import attacker
 import disk
+import inputs
 import plans
+import furnished  # noqa: F401  # adds its scenarios
 import scenarios
+import statefiles
 import verdict
+import writer
 from host import Host, key_of
 from run import Fault, NotPossible, Runner, describe
+from watch import Watcher
 
 SKIPPED = 77
 MOST_SHOWN = 20
+
+
+class Unsound(Exception):
+    """Without any fault, the command does not do what it has to: then its faults show nothing."""
 
 
 class Checker:
@@ -68,16 +87,21 @@ class Checker:
 
     def prepare(self):
         self._host.make()
+        self._scenario.furnish(self._host)
         self._origin = self._host.look()
         self._scenario.prepare(self._host, self._run_sound)
         self.old = self._host.look()
-        undisturbed = self.run(Fault("none"))
+        watcher = Watcher(self._host.root, self.old)
+        undisturbed = self.run(Fault("none"), watcher)
         self.calls, self.allocations = self._runner.counted()
         self.output = undisturbed.output
         self.new = self._host.look()
         self._require(verdict.of_end(undisturbed, self.new, self.new) + verdict.of_left_overs(self.new))
         if self.new == self.old:
-            raise SystemExit(f"{self._scenario.name}: changes nothing, so it shows nothing")
+            raise Unsound("it changes nothing, so it shows nothing")
+        self.found = watcher.found + self._scenario.expect(self.old, self.new)
+        if watcher.looks == 0:
+            raise Unsound("nobody has looked at it")
         again = self.run()
         self._require(verdict.of_end(again, self.new, self._host.look()))
         self._host.put_back(self.old, self._host.look())
@@ -89,21 +113,23 @@ class Checker:
 
     def _require(self, problems):
         if problems:
-            raise SystemExit(f"{self._scenario.name}: without any fault: " + "; ".join(problems))
+            raise Unsound("; ".join(problems))
 
-    def run(self, fault=None):
-        return self._run(self._scenario.program, self._scenario.arguments, fault)
+    def run(self, fault=None, hook=None):
+        return self._run(self._scenario.program, self._scenario.arguments, fault, hook)
 
-    def _run(self, program, arguments, fault=None):
+    def _run(self, program, arguments, fault=None, hook=None):
         self.runs += 1
-        places = [each.replace("HOST", self._host.root) for each in arguments]
-        return self._runner.run(program, ["--config", f"{self._host.root}/zet.conf"] + places, fault)
+        words = self._scenario.options + tuple(arguments)
+        return self._runner.run(program, [each.replace("HOST", self._host.root) for each in words], fault, hook)
 
-    def check(self, fault):
+    def check(self, fault, is_watched=False):
         """What is wrong after a run with the fault, and the run. The host is as before afterwards."""
-        result = self.run(fault)
+        watcher = Watcher(self._host.root, self.old) if is_watched else None
+        result = self.run(fault, watcher)
         now = self._host.look()
         found = [] if result.is_met or fault.kind == "full" else ["the run did not get to the fault"]
+        found += watcher.found if watcher else []
         found += verdict.of_exit(result, fault.kind == "kill")
         may_leave = plans.may_leave_temporaries(fault, self.calls)
         if not may_leave:
@@ -170,7 +196,11 @@ def repeat(options, scenario, checker, fault, host):
 
 def check_scenario(options, scenario, host, runner):
     checker = Checker(scenario, host, runner)
-    checker.prepare()
+    try:
+        checker.prepare()
+    except Unsound as reason:
+        print(f"{scenario.name}: without any fault: {reason}")
+        return 1
     if options.kind == "disk":
         failures = disk.check(scenario, checker, host)
     elif options.fault:
@@ -178,9 +208,10 @@ def check_scenario(options, scenario, host, runner):
         fault = Fault(kind, int(turn), int(error[0]) if error else 0)
         failures = repeat(options, scenario, checker, fault, host)
     else:
-        failures = 0
+        failures = len(checker.found)
+        print("".join(f"{scenario.name}: without any fault: {each}\n" for each in checker.found), end="")
         for fault in plans.faults(options, checker.calls, checker.allocations, host.root):
-            found, result = checker.check(fault)
+            found, result = checker.check(fault, plans.is_watched(options, fault, checker.calls))
             if found:
                 failures += 1
                 if failures <= MOST_SHOWN:
@@ -193,36 +224,57 @@ def check_scenario(options, scenario, host, runner):
 def parse_arguments():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("kind", choices=["fail", "kill", "memory", "disk"])
+    parser.add_argument("kind", choices=["fail", "kill", "memory", "disk", "writer", "attacker", "inputs"])
     parser.add_argument("--programs", required=True, help="the directory of the commands")
     parser.add_argument("--injector", required=True, help="the library to preload")
-    parser.add_argument("--all", action="store_true", help="every call with every error, every allocation")
+    parser.add_argument("--long", action="store_true",
+                        help="every call with every error, every allocation, every attack")
     parser.add_argument("--only", help="one scenario")
     parser.add_argument("--fault", help="one fault")
     return parser.parse_args()
 
 
+def check_all(options, base):
+    if options.kind == "inputs":
+        return inputs.check(options, base, lambda: Runner(options.programs, options.injector, base))
+    host = Host(base)
+    runner = Runner(options.programs, options.injector, base)
+    if options.kind in ("writer", "attacker"):
+        return {"writer": writer, "attacker": attacker}[options.kind].check(options, host, runner)
+    if options.kind == "disk":
+        disk.mount(host.root)
+    if not options.long:
+        print("a part of the faults, always the same one; all of them with --long")
+    try:
+        chosen = [each for each in scenarios.ALL
+                  if options.only in (None, each.name) and (os.geteuid() == 0 or not each.needs_root)]
+        if not chosen:
+            raise SystemExit(f"there is no scenario {options.only}")
+        return sum(check_scenario(options, each, host, runner) for each in chosen)
+    finally:
+        if options.kind == "disk":
+            disk.unmount(host.root)
+
+
+def check_scratch(base):
+    """Nothing stands beside the host but what the driver itself needs."""
+    left = sorted(set(os.listdir(base)) - {"host", "log", "output", "errors"})
+    print("".join(f"{each} was left behind\n" for each in left), end="")
+    return len(left)
+
+
 def main():
     options = parse_arguments()
-    if options.kind == "disk":
+    if options.kind in ("disk", "inputs"):
         disk.enter_own_mounts()
     memory = "/dev/shm"
     base = tempfile.mkdtemp(prefix="zet-faults.", dir=memory if os.access(memory, os.W_OK) else None)
     try:
-        if options.kind == "disk":
-            disk.mount(base + "/host")
-        host = Host(base)
-        runner = Runner(options.programs, options.injector, base)
-        chosen = [each for each in scenarios.ALL if options.only in (None, each.name)]
-        if not chosen:
-            raise SystemExit(f"there is no scenario {options.only}")
-        failures = sum(check_scenario(options, each, host, runner) for each in chosen)
+        failures = check_all(options, base) + check_scratch(base)
     except NotPossible as reason:
         print(f"skipped: {reason}")
         return SKIPPED
     finally:
-        if options.kind == "disk":
-            disk.unmount(base + "/host")
         shutil.rmtree(base)
     return 1 if failures else 0
 

@@ -1,24 +1,28 @@
 """The small host in a scratch directory: made, looked at, and put back as it was."""
 
 import os
-import re
 import shutil
 import stat
+import struct
 
-MANIFEST = re.compile(r"state/zet-(server|client)\.manifest$")
-STATUS = re.compile(r"state/zet-(server|client|client-fs)\.status$")
-LOCK = "state/zet.lock"
-LEFT_OVER = re.compile(r"\.tmp$|(^|/)zet-staging\.|\.pending$")
-STAGING = re.compile(r"zet-staging\.\w+")
-PLAIN_TEXT = "# a comment\nsize=3\n#name=none\ncolor=red\n"
+from statefiles import LOCK, MANIFEST, STAGING, manifest_bytes, parse_manifest
+
+PLAIN_TEXT = "# a comment\nsize=3\n#name=none\ncolor=red\n# not-for-others\n"
 TEMPLATE = ("# --ZET_TEMPLATE_COMMENT--\n# of no interest\n# --ZET_COMMENT_END--\n"
             "[{0}]\nrealm = ${{realm}}\n" + "filler\n" * 700)
+ORIGINAL = "the original\n" * 500
 OTHER_OWNER = 12345
+KEPT_ATTRIBUTES = ("user.", "system.posix_acl_access")
+NAMES = "names of one file"  # hard links, among the attributes
 
 
 class Entry(tuple):
     """(kind, mode, owner, group, attributes, content); that of a manifest has its lines taken apart."""
 
+    mode = property(lambda self: self[1])
+    owner = property(lambda self: self[2])
+    group = property(lambda self: self[3])
+    attributes = property(lambda self: self[4])
     content = property(lambda self: self[5])
 
 
@@ -27,15 +31,20 @@ def key_of(state):
     return frozenset((STAGING.sub("zet-staging", path), entry) for path, entry in state.items())
 
 
-def is_left_over(path):
-    return LEFT_OVER.search(path) is not None
-
-
-def write(path, text, mode=0o644):
+def write(path, text, mode=0o644, owner=None):
     data = text if isinstance(text, bytes) else text.encode()
     with open(path, "wb") as file:
         file.write(data)
+    if owner is not None:
+        os.chown(path, owner, owner)
     os.chmod(path, mode)
+
+
+def access_list(user):
+    """The POSIX access list that lets one more user read."""
+    undefined = 0xFFFFFFFF
+    entries = ((1, 6, undefined), (2, 4, user), (4, 4, undefined), (16, 4, undefined), (32, 0, undefined))
+    return struct.pack("<I", 2) + b"".join(struct.pack("<HHI", *entry) for entry in entries)
 
 
 class Host:
@@ -43,26 +52,38 @@ class Host:
         self.base = base
         self.root = base + "/host"
 
+    def path(self, name):
+        return f"{self.root}/{name}"
+
     def make(self):
         """As it is before any command ran."""
         shutil.rmtree(self.root, ignore_errors=True)
-        for directory in ("etc", "templates", "state", "files", "tmp"):
-            os.makedirs(f"{self.root}/{directory}")
-        self.configure("example.org")
+        os.makedirs(self.root + "/tmp")
+        os.makedirs(self.root + "/run", 0o700)
+        self.make_tree("")
+        for name in ("old.conf", "plain.conf"):
+            self.give_attributes(self.path("files/" + name))
+
+    def make_tree(self, tree, inside=None):
+        """A configured host below a directory; `inside` is its name as the commands have it there."""
+        top = self.path(tree)
+        inside = top.rstrip("/") if inside is None else inside
+        for directory in ("etc", "templates", "state", "files"):
+            os.makedirs(f"{top}/{directory}")
+        self.configure("example.org", tree, inside)
         targets = ""
         for name, roles in (("old.conf", "both"), ("new.conf", "server"), ("checked.conf", "client")):
-            write(f"{self.root}/templates/{name}", TEMPLATE.format(name))
-            targets += f"[{name}]\ntarget = {self.root}/files/{name}\nroles = {roles}\n"
-        write(f"{self.root}/templates/targets.ini", targets + "check = /bin/true {}\n")
-        write(f"{self.root}/files/old.conf", "the original\n" * 500, 0o640)
-        write(f"{self.root}/files/plain.conf", PLAIN_TEXT, 0o600)
-        for name in ("old.conf", "plain.conf"):
-            self.give_attributes(f"{self.root}/files/{name}")
+            write(f"{top}/templates/{name}", TEMPLATE.format(name))
+            targets += f"[{name}]\ntarget = {inside}/files/{name}\nroles = {roles}\n"
+        write(f"{top}/templates/targets.ini", targets + "check = /bin/grep -q realm {}\n")
+        write(f"{top}/files/old.conf", ORIGINAL, 0o640)
+        write(f"{top}/files/plain.conf", PLAIN_TEXT, 0o600)
 
-    def configure(self, domain):
-        directories = f"ZET_CFG_DIR={self.root}/etc\nZET_CFG_TEMPL_DIR={self.root}/templates\n"
-        write(f"{self.root}/zet.conf", f"DOMAIN={domain}\nSERVER=srv.{domain}\n{directories}"
-              f"ZET_VAR_LIB_DIR={self.root}/state\n")
+    def configure(self, domain, tree="", inside=None, more=""):
+        inside = self.root if inside is None else inside
+        directories = f"ZET_CFG_DIR={inside}/etc\nZET_CFG_TEMPL_DIR={inside}/templates\n"
+        write(self.path(tree + "/zet.conf"), f"DOMAIN={domain}\nSERVER=srv.{domain}\n{directories}"
+              f"ZET_VAR_LIB_DIR={inside}/state\n{more}")
 
     def give_attributes(self, path):
         """What a file that is replaced must not lose, as far as this user and file system have it."""
@@ -76,15 +97,27 @@ class Host:
     def look(self):
         """Everything below the root by path, except the lock file."""
         found = {}
-        self._look_into("", found)
-        found.pop(LOCK, None)
+        inodes = {}
+        self._look_into("", found, inodes)
+        for path in [path for path in found if LOCK.search(path)]:
+            del found[path]
         for path in [path for path in found if MANIFEST.search(path)]:
             entry = found[path]
-            found[path] = Entry(entry[:5] + (self._manifest_lines(entry.content),))
+            if isinstance(entry.content, bytes):
+                found[path] = Entry(entry[:5] + (parse_manifest(entry.content, self._root_of(path)),))
+        for names in inodes.values():
+            for path in names if len(names) > 1 else ():
+                entry = found[path]
+                found[path] = Entry(entry[:4] + (entry.attributes + ((NAMES, tuple(sorted(names))),),
+                                                 entry.content))
         return found
 
-    def _look_into(self, directory, found):
-        with os.scandir(f"{self.root}/{directory}") as entries:
+    def _root_of(self, manifest):
+        """Before which directory its paths have to be read."""
+        return self.path("tree") if manifest.startswith("tree/") else ""
+
+    def _look_into(self, directory, found, inodes):
+        with os.scandir(self.path(directory)) as entries:
             for each in entries:
                 path = directory + each.name
                 status = each.stat(follow_symlinks=False)
@@ -95,43 +128,21 @@ class Host:
                         content = file.read()
                         attributes = tuple(
                             (name, os.getxattr(file.fileno(), name))
-                            for name in os.listxattr(file.fileno()) if name.startswith("user."))
+                            for name in os.listxattr(file.fileno()) if name.startswith(KEPT_ATTRIBUTES))
+                    if status.st_nlink > 1:
+                        inodes.setdefault(status.st_ino, []).append(path)
                 elif stat.S_ISLNK(status.st_mode):
                     content = os.readlink(each.path)
                 found[path] = Entry((stat.S_IFMT(status.st_mode), stat.S_IMODE(status.st_mode),
                                      status.st_uid, status.st_gid, attributes, content))
                 if stat.S_ISDIR(status.st_mode):
-                    self._look_into(path + "/", found)
-
-    def _manifest_lines(self, data):
-        """(mode, path, whether the file is the recorded one); the bytes of what is no such line."""
-        lines = []
-        for line in data.splitlines(keepends=True):
-            match = re.fullmatch(rb"(\d+) (\d+) (\d+) ([0-7]+) (/.*)\n", line)
-            if not match:
-                lines.append(line)
-                continue
-            path = match[5].decode()
-            try:
-                status = os.stat(path)
-                actual = (status.st_ino, status.st_size, status.st_mtime_ns)
-            except FileNotFoundError:
-                actual = (0, 0, 0)
-            lines.append((match[4], path, actual == tuple(int(match[i]) for i in (1, 2, 3))))
-        return tuple(lines)
-
-    def _manifest_bytes(self, lines):
-        data = b""
-        for mode, path, is_recorded in lines:
-            status = os.stat(path) if is_recorded else None
-            numbers = (status.st_ino, status.st_size, status.st_mtime_ns) if status else (0, 0, 0)
-            data += b"%d %d %d " % numbers + mode + b" " + path.encode() + b"\n"
-        return data
+                    self._look_into(path + "/", found, inodes)
 
     def put_back(self, wanted, present):
         """From one state to another; both as looked at."""
-        for path in sorted(present.keys() - wanted.keys(), reverse=True):
-            full = f"{self.root}/{path}"
+        others = {path for path in present.keys() & wanted.keys() if present[path][0] != wanted[path][0]}
+        for path in sorted((present.keys() - wanted.keys()) | others, reverse=True):
+            full = self.path(path)
             os.rmdir(full) if present[path][0] == stat.S_IFDIR else os.unlink(full)
         changed = [path for path in sorted(wanted) if present.get(path) != wanted[path]]
         for path in changed:
@@ -142,16 +153,25 @@ class Host:
                 self._write_entry(path, wanted[path])
 
     def _write_entry(self, path, entry):
-        full = f"{self.root}/{path}"
+        full = self.path(path)
         kind, mode, owner, group, attributes, content = entry
         if kind == stat.S_IFDIR:
             os.makedirs(full, exist_ok=True)
-        else:
-            if os.path.lexists(full):
-                os.unlink(full)
-            write(full, self._manifest_bytes(content) if MANIFEST.search(path) else content)
+        elif os.path.lexists(full):
+            os.unlink(full)
+        if kind == stat.S_IFLNK:
+            os.symlink(content, full)
+            return
+        first = next((names[0] for name, names in attributes if name == NAMES), path)
+        if first != path:
+            os.link(self.path(first), full)
+            return
+        if kind == stat.S_IFREG:
+            is_manifest = MANIFEST.search(path) is not None
+            write(full, manifest_bytes(content, self._root_of(path)) if is_manifest else content)
             for name, value in attributes:
-                os.setxattr(full, name, value)
+                if name != NAMES:
+                    os.setxattr(full, name, value)
         if os.geteuid() == 0:
             os.chown(full, owner, group)
         os.chmod(full, mode)

@@ -5,7 +5,7 @@ import os
 
 from run import Fault
 
-# The error that fits best comes first; without --all, the others are sampled.
+# The error that fits best comes first; without --long, the others are sampled.
 NO_ROOM = (errno.ENOSPC, errno.EIO, errno.EACCES)
 BROKEN = (errno.EIO, errno.EACCES)
 ERRORS = {
@@ -22,6 +22,14 @@ ERRORS = {
     "fsetxattr": (errno.ENOSPC, errno.EPERM),
     "fcntl": (errno.ENOLCK, errno.EINTR),
     "flock": (errno.ENOLCK, errno.EINTR),
+    "readlink": (errno.EIO, errno.EACCES, errno.EMFILE),
+    "readlinkat": (errno.EIO, errno.EACCES, errno.EMFILE),
+    "openat2": (errno.EIO, errno.ENOSYS, errno.EACCES, errno.EMFILE, errno.EAGAIN),
+    "statx": (errno.EIO, errno.ENOSYS, errno.EACCES),
+    "fchdir": (errno.EIO, errno.EACCES),
+    "unshare": (errno.EPERM, errno.ENOMEM),
+    "getcwd": (errno.ENOENT, errno.EACCES),
+    "fchmodat2": (errno.EIO, errno.ENOSYS, errno.EPERM),
     "mmap": (errno.ENOMEM,),
     "mremap": (errno.ENOMEM,),
     "mprotect": (errno.ENOMEM,),
@@ -30,9 +38,14 @@ ERRORS = {
 }
 CREATION = (errno.ENOSPC, errno.EACCES, errno.EMFILE, errno.EINTR, errno.EROFS)
 PARTIAL = ("read", "write", "copy_file_range")
+# What decides who may do what with a file: the host is looked at after every call.
+OWNERSHIP = ("fchown", "fchmod", "chown", "chmod", "lchown", "fchownat", "fchmodat", "fchmodat2", "fsetxattr",
+             "setxattr", "lsetxattr")
+# What decides which file it is.
+LEADING = ("readlink", "readlinkat", "openat2")
 CLEARING = ("unlink", "unlinkat", "rmdir", "getdents64", "openat", "newfstatat", "fcntl", "flock")
 
-# Without --all, one of so many is taken.
+# Without --long, one of so many is taken.
 STEP_OF_OTHER_ERRORS = 7
 STEP_OF_BROKEN_DISKS = 11
 STEP_OF_ALLOCATIONS = 2
@@ -45,8 +58,8 @@ def faults(options, calls, allocations, host):
         return [Fault("kill", turn) for turn in range(1, len(calls) + 1)]
     if options.kind == "memory":
         early = next(call.allocations for call in calls if call.path.startswith(host))
-        return list(allocation_faults(early, allocations, options.all))
-    return list(call_faults(calls, options.all))
+        return list(allocation_faults(early, allocations, options.long))
+    return list(call_faults(calls, options.long))
 
 
 def errors_of(call):
@@ -55,21 +68,21 @@ def errors_of(call):
     return ERRORS.get(call.name, BROKEN)
 
 
-def call_faults(calls, is_all):
+def call_faults(calls, is_long):
     for turn, call in enumerate(calls, 1):
         for place, error in enumerate(errors_of(call)):
-            if place == 0 or is_all or (turn + place) % STEP_OF_OTHER_ERRORS == 0:
+            if place == 0 or is_long or call.name in OWNERSHIP + LEADING or (turn + place) % STEP_OF_OTHER_ERRORS == 0:
                 yield Fault("fail", turn, error)
         if call.name in PARTIAL:
             yield Fault("short", turn)
         if call.name in ("write", "copy_file_range", "mkdir") or call.flags & os.O_CREAT:
             yield Fault("full", turn)
-        if is_all or turn % STEP_OF_BROKEN_DISKS == 0:
+        if is_long or turn % STEP_OF_BROKEN_DISKS == 0:
             yield Fault("dead", turn, errno.EIO)
 
 
-def allocation_faults(early, allocations, is_all):
-    if is_all:
+def allocation_faults(early, allocations, is_long):
+    if is_long:
         turns = starvations = range(1, allocations + 1)
     else:
         sparse = list(range(1, early, STEP_OF_EARLY_ALLOCATIONS))
@@ -77,6 +90,13 @@ def allocation_faults(early, allocations, is_all):
         starvations = sparse[::2] + list(range(early + 1, allocations + 1, STEP_OF_STARVATIONS))
     yield from (Fault("memory", turn) for turn in turns)
     yield from (Fault("starve", turn) for turn in starvations)
+
+
+def is_watched(options, fault, calls):
+    """Whether the host is looked at after every call of the run."""
+    if options.kind != "fail" or fault.kind != "fail":
+        return False
+    return options.long or calls[fault.turn - 1].name in OWNERSHIP
 
 
 def may_leave_temporaries(fault, calls):

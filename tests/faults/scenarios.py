@@ -6,19 +6,26 @@ ALL = []
 
 
 class Scenario:
-    def __init__(self, name, program, arguments, undo, prepare):
+    def __init__(self, name, program, arguments, prepare, undo=(), options=("--config", "HOST/zet.conf"),
+                 furnish=None, expect=None):
         self.name = name
         self.program = program
         self.arguments = arguments
-        self.undo = undo
         self.prepare = prepare
+        self.undo = undo
+        self.options = options
+        self.needs_root = furnish is not None
+        self.furnish = furnish or (lambda host: None)
+        self.expect = expect or (lambda old, new: [])
 
 
-def scenario(name, program, *arguments, undo=()):
+def scenario(name, program, *arguments, **more):
     """The decorated function prepares the host; it is given the host and a way to run a command on it. "undo"
-    are the arguments by which the files are put back as they were before the preparation."""
+    are the arguments by which the files are put back as they were before the preparation; "options" are
+    those of each command; "furnish" puts something on the host before any command runs, and "expect"
+    tells from the states before and after the command what is wrong when no fault comes."""
     def add(prepare):
-        ALL.append(Scenario(name, program, arguments, undo, prepare))
+        ALL.append(Scenario(name, program, arguments, prepare, **more))
         return prepare
     return add
 

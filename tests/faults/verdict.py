@@ -3,11 +3,10 @@
 import re
 import stat
 
-from host import MANIFEST, STATUS, is_left_over
+from statefiles import ABSENCE, COMPANIONS, MANIFEST, RESERVE, STATUS, is_left_over
 
-RESERVE = ".before_zet"
-ABSENCE = ".no_file_before_zet"
-COMPANIONS = (RESERVE, ABSENCE)
+# What an undoing leaves as it is: working copies, and what the preparation configured.
+NOT_UNDONE = re.compile(r"(^|/)(etc(/|$)|zet\.conf$)")
 
 
 def of_exit(result, is_killed):
@@ -125,7 +124,7 @@ def of_undoing(result, origin, now, is_warned):
         return [f"undone: exit status {result.status}: {result.errors}"]
     return [f"undone: {path} is {shown(now.get(path))}"
             for path in sorted(origin.keys() | now.keys())
-            if path.startswith(("files/", "state/")) and now.get(path) != origin.get(path)
+            if not NOT_UNDONE.search(path) and now.get(path) != origin.get(path)
             and not (is_warned and is_nearly(now.get(path), origin.get(path)))]
 
 
@@ -133,5 +132,5 @@ def shown(entry):
     if entry is None:
         return "absent"
     kind, mode, owner, group, attributes, content = entry
-    text = content if kind != stat.S_IFREG or len(content) < 400 else content[:400] + b"..."
+    text = content if kind != stat.S_IFREG or len(content) < 160 else content[:160] + b"..."
     return f"{mode:04o} {owner}:{group} {dict(attributes)} {text!r}"
