@@ -34,7 +34,7 @@ thread_local FileInPlace::Visit* FileInPlace::s_visit = nullptr;
 
 FileInPlace::FileInPlace(const Paths& paths, const std::string& path, const std::string& trusted,
                          Access access)
-    : m_path(path), m_found(paths.FindOpened(path, trusted)), m_access(access) {
+    : m_path(path), m_found(paths.FindReal(path, trusted)), m_access(access) {
     if (!m_found.directory) {
         throw Failure(DirectoryOf(path) + ": is no directory that " + path +
                       " can be in (create it, or correct the path)");

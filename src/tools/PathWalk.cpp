@@ -85,6 +85,11 @@ FoundFile PathWalk::To(const std::string& path) {
     return Result();
 }
 
+FoundFile PathWalk::ToLink(const std::string& path) {
+    m_followsLast = false;
+    return To(path);
+}
+
 void PathWalk::Take(const std::string& component) {
     if (component == "..") {
         GoUp();
@@ -123,7 +128,7 @@ void PathWalk::GoInto(const std::string& component) {
         return;
     }
     const struct stat status = StatusOf(entry, NameOf(component));
-    if (S_ISLNK(status.st_mode)) return Follow(component, entry, status);
+    if (S_ISLNK(status.st_mode) && (m_followsLast || !IsEnd())) return Follow(component, entry, status);
     JudgeStep(component, &status, IsEnd());
     if (S_ISDIR(status.st_mode)) {
         const std::string name = NameOf(component);

@@ -52,13 +52,15 @@ class PathWalk {
     /// `Failure`.
     FoundFile To(const std::string& path);
 
+    /// The same, but when a link is at the end of the path, it is what was to be found.
+    FoundFile ToLink(const std::string& path);
+
   private:
     bool IsEnd() const { return m_toWalk.empty(); }
     void Take(const std::string& component);
     void GoUp();
     void GoInto(const std::string& component);
     bool GoIntoKnown(const std::string& component);
-    void EndAt(const std::string& component, const struct stat& status);
     void Follow(const std::string& component, const OwnedDescriptor& link, const struct stat& status);
     void JudgeStep(const std::string& entryName, const struct stat* entry, bool isLast);
     std::shared_ptr<const HeldDirectory> Remember(std::shared_ptr<const HeldDirectory> directory);
@@ -74,6 +76,7 @@ class PathWalk {
     std::vector<std::string> m_beyond;  ///< components after the last directory that is there
     std::optional<struct stat> m_end;   ///< of what is no directory and ends the walk
     int m_links = 0;
+    bool m_followsLast = true;
 };
 
 }  // namespace ZET

@@ -40,7 +40,7 @@ Paths::Paths(const std::string& root) {
     if (stat(root.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
         throw Failure(root + ": is no directory that can serve as root (create it, or correct --root)");
     }
-    m_root = Walk("", AbsolutePath(root), PathWalk::Unseen::Fails).path;
+    m_root = Walk("", PathWalk::Unseen::Fails).To(AbsolutePath(root)).path;
     m_rootsOwners.push_back(status.st_uid);
     if (m_root == "/") m_root.clear();
 }
@@ -54,9 +54,13 @@ PathJudge Paths::Judge(const std::string& trusted) const {
     return PathJudge(std::move(harmless));
 }
 
-FoundFile Paths::Walk(const std::string& root, const std::string& path, PathWalk::Unseen unseen,
-                      const std::string& trusted) const {
-    return PathWalk(m_known, root, Judge(trusted), unseen).To(path);
+PathWalk Paths::Walk(const std::string& root, PathWalk::Unseen unseen, const std::string& trusted) const {
+    return PathWalk(m_known, root, Judge(trusted), unseen);
+}
+
+/// Under a root, a relative path begins there.
+std::string Paths::StartOf(const std::string& path) const {
+    return HasRoot() ? path : AbsolutePath(path);
 }
 
 std::string Paths::Resolved(const std::string& path) const {
@@ -65,11 +69,15 @@ std::string Paths::Resolved(const std::string& path) const {
 }
 
 FoundFile Paths::Find(const std::string& path, const std::string& trusted) const {
-    return Walk(m_root, HasRoot() ? path : AbsolutePath(path), PathWalk::Unseen::Fails, trusted);
+    return Walk(m_root, PathWalk::Unseen::Fails, trusted).To(StartOf(path));
+}
+
+FoundFile Paths::FindReal(const std::string& path, const std::string& trusted) const {
+    return Walk(m_root, PathWalk::Unseen::Fails, trusted).ToLink(StartOf(NameInside(path)));
 }
 
 std::string Paths::Canonical(const std::string& path) const {
-    return Walk(m_root, HasRoot() ? path : AbsolutePath(path), PathWalk::Unseen::IsTakenAsWritten).path;
+    return Walk(m_root, PathWalk::Unseen::IsTakenAsWritten).To(StartOf(path)).path;
 }
 
 std::string Paths::RealName(const std::string& path) const {
@@ -88,7 +96,7 @@ std::string Paths::WithRealDirectory(const std::string& path) const {
 
 bool Paths::StaysInside(const std::string& path) const {
     if (!HasRoot()) return true;
-    return Walk("", path, PathWalk::Unseen::IsTakenAsWritten).path.starts_with(m_root + "/");
+    return Walk("", PathWalk::Unseen::IsTakenAsWritten).To(path).path.starts_with(m_root + "/");
 }
 
 std::string Paths::NameInside(const std::string& path) const {

@@ -25,10 +25,9 @@ class Paths {
     /// count as root's.
     FoundFile Find(const std::string& path, const std::string& trusted = "") const;
 
-    /// The same for a path that can be opened, as `Resolved` returns it.
-    FoundFile FindOpened(const std::string& path, const std::string& trusted = "") const {
-        return Find(NameInside(path), trusted);
-    }
+    /// The same for a path that can be opened; and of one whose last component was followed already.
+    FoundFile FindOpened(const std::string& path) const { return Find(NameInside(path)); }
+    FoundFile FindReal(const std::string& path, const std::string& trusted) const;
 
     /// The one name of the file, all links followed, whatever way leads to it: fit to be compared. Where this
     /// user may not look, it is taken as it is written.
@@ -54,8 +53,8 @@ class Paths {
 
   private:
     PathJudge Judge(const std::string& trusted) const;
-    FoundFile Walk(const std::string& root, const std::string& path, PathWalk::Unseen unseen,
-                   const std::string& trusted = "") const;
+    PathWalk Walk(const std::string& root, PathWalk::Unseen unseen, const std::string& trusted = "") const;
+    std::string StartOf(const std::string& path) const;
 
     std::string m_root;                ///< without a final "/"; empty for the host itself
     std::vector<uid_t> m_rootsOwners;  ///< who made the tree is who works on it
