@@ -97,6 +97,8 @@ struct ZETRename {
     /// Open for reading on the file that is about to get the name `to`, at its start; `RenameFile` renames
     /// this file or none. -1 when it is no regular file, or this user may not read it. Not to be closed.
     int descriptor;
+    /// False when nothing was done to either file yet; true when all is done but the rename itself.
+    bool isReady;
 };
 
 /// Sees a file that is about to take the place of another, before anything is done to either. Its exception

@@ -34,8 +34,7 @@ class Renaming {
     void Run() {
         const bool isNewText = m_file.path == m_to + ZETTemporarySuffix;
         if (isNewText) RequirePlainFile();
-        if (const ZETRenameGuard& guard = RenameGuard())
-            guard({m_file.path, m_to, m_isReadable ? m_file.descriptor.Number() : -1});
+        AskGuard(false);
         const ParentDirectory target(m_to);
         std::optional<ParentDirectory> source;
         if (ParentOf(m_file.path) != ParentOf(m_to)) source.emplace(m_file.path);
@@ -43,6 +42,7 @@ class Renaming {
         if (isNewText && !TakeOverFrom(m_to)) TakeOverFrom(m_to + ZETReserveSuffix);
         if (S_ISREG(m_file.status.st_mode)) SyncAttributedFile(m_file);
         RequireSameFile();
+        AskGuard(true);
         if (std::rename(m_file.path.c_str(), m_to.c_str()) != 0) Refuse();
         target.Sync();
         if (source) source->Sync();
@@ -64,6 +64,11 @@ class Renaming {
         errno = error;
         if (error == EACCES) m_file.isPathOnly = !OpenFor(O_WRONLY);
         if (m_file.isPathOnly && errno != EACCES) Refuse();
+    }
+
+    void AskGuard(bool isReady) const {
+        if (const ZETRenameGuard& guard = RenameGuard())
+            guard({m_file.path, m_to, m_isReadable ? m_file.descriptor.Number() : -1, isReady});
     }
 
     bool OpenFor(int access) {

@@ -150,7 +150,8 @@ class Commit {
         // The diff has to be made before its one side is gone.
         const std::string diff = WantedDiff(planned);
         if (planned.change != Change::None) {
-            const FileInPlace place(m_session.HostPaths(), planned.path, planned.target.trusted);
+            const FileInPlace place(m_session.HostPaths().Find(planned.target.path, planned.target.trusted),
+                                    planned.path);
             RenderTarget(m_session, {planned.target.templateName, place, planned.staged, planned.version,
                                      m_session.Role()});
         } else if (!IsFileExist(WorkingCopy(m_session, planned.target.templateName))) {

@@ -85,14 +85,21 @@ void GiveOwner(int descriptor, const std::string& path, uid_t owner, gid_t group
     if (fchmod(descriptor, mode & kModeBits) != 0) Fail(path, "cannot get its mode");
 }
 
+bool IsOwn(const struct stat& status) {
+    return S_ISREG(status.st_mode) && status.st_nlink == 1 && status.st_uid == geteuid();
+}
+
+[[noreturn]] void FailOfOther(const std::string& path) {
+    throw Failure(path + ": is in the way, and not from here (move it away)");
+}
+
 /// A new file, or a former one of this user's that has no other name, emptied.
 OwnedDescriptor OpenStaged(const std::string& path) {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     OwnedDescriptor file(open(path.c_str(), kFlags, S_IRUSR | S_IWUSR));
     struct stat status = {};
     if (file < 0 || fstat(file, &status) != 0) Fail(path, "cannot be written");
-    if (!S_ISREG(status.st_mode) || status.st_nlink != 1 || status.st_uid != geteuid())
-        throw Failure(path + ": is in the way, and not from here (move it away)");
+    if (!IsOwn(status)) FailOfOther(path);
     if (ftruncate(file, 0) != 0) Fail(path, "cannot be written");
     return file;
 }
@@ -174,6 +181,11 @@ void RequireMode(int descriptor, const std::string& path, mode_t mode) {
 void RequireModeOf(const std::string& model, const std::string& staged) {
     const OwnedDescriptor descriptor(open(staged.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     RequireMode(descriptor, staged, ModeOf(model));
+}
+
+void RequireOwnName(const std::string& path) {
+    struct stat status = {};
+    if (lstat(path.c_str(), &status) == 0 && !IsOwn(status)) FailOfOther(path);
 }
 
 void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode) {

@@ -21,7 +21,7 @@ FileChange::FileChange(Session& session, const std::string& file, FileInPlace::A
       m_file(file),
       m_path(FileToEdit(session, file)),
       m_writing(session, {m_path}),
-      m_place(session.HostPaths(), m_path, "", access),
+      m_place(session.HostPaths().Find(file), m_path, access),
       m_version(VersionOf(m_path)) {}
 
 int FileChange::LeaveUnchanged(const std::string& remark) {

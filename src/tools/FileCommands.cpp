@@ -29,7 +29,7 @@ struct ReserveWork {
         : session(given),
           path(ResolvedFile(given)),
           writing(given, {path}),
-          place(given.HostPaths(), path),
+          place(given.HostPaths().Find(given.Asked().file), path),
           version(VersionOf(path)),
           reserve(path + ZETReserveSuffix),
           record(path + ZETAbsenceSuffix),

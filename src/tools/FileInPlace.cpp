@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "ExitStatus.h"
+#include "Paths.h"
 #include "zet/ZETHost.h"
 
 namespace ZET {
@@ -32,15 +33,18 @@ std::string PartBeforeName(const std::string& path) {
 
 thread_local FileInPlace::Visit* FileInPlace::s_visit = nullptr;
 
-FileInPlace::FileInPlace(const Paths& paths, const std::string& path, const std::string& trusted,
-                         Access access)
-    : m_path(path), m_found(paths.FindReal(path, trusted)), m_access(access) {
+FileInPlace::FileInPlace(FoundFile found, const std::string& path, Access access)
+    : m_path(path), m_found(std::move(found)), m_access(access) {
     if (!m_found.directory) {
         throw Failure(DirectoryOf(path) + ": is no directory that " + path +
                       " can be in (create it, or correct the path)");
     }
     const std::optional<Problem>& objection = m_found.judge.Objection();
     if (geteuid() == 0 && objection) throw Failure(objection->Describe());
+}
+
+std::optional<uid_t> FileInPlace::Holder() const {
+    return geteuid() == 0 ? m_found.judge.Holder() : std::nullopt;
 }
 
 FileInPlace::Visit::Visit(const FileInPlace& file) : m_file(file) {
@@ -58,8 +62,8 @@ void FileInPlace::Visit::Enter() {
     if (m_file.m_access == Access::ByPath) return;
     GoThere();
     m_name = m_prefix + m_file.m_found.name;
-    const std::optional<uid_t>& holder = m_file.m_found.judge.Holder();
-    if (geteuid() == 0 && holder) m_rights = std::make_unique<RightsOf>(*holder);
+    if (const std::optional<uid_t> holder = m_file.Holder())
+        m_rights = std::make_unique<RightsOf>(*holder, m_file.m_found.status->st_gid);
     SetLogWording([this](const std::string& text) { return Readable(text); });
 }
 

@@ -1,11 +1,13 @@
 #ifndef ZET_FILE_IN_PLACE_H
 #define ZET_FILE_IN_PLACE_H
 
+#include <sys/types.h>
+
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "PathWalk.h"
-#include "Paths.h"
 #include "Rights.h"
 #include "Signals.h"
 #include "zet/ZETErrors.h"
@@ -20,14 +22,16 @@ class FileInPlace {
     /// The module finds its own main file itself, by its path.
     enum class Access { FromWithinItsDirectory, ByPath };
 
-    /// `path` can be opened, as `Session::FilePath` returns it; the directories of the user `trusted` count
-    /// as root's. A `Failure` when it is in no directory, or when somebody could lead root, who runs the
-    /// command, to another file on the way.
-    FileInPlace(const Paths& paths, const std::string& path, const std::string& trusted = "",
-                Access access = Access::FromWithinItsDirectory);
+    /// `found` is where the path that the caller named leads, and `path` how the reader knows what is there. A
+    /// `Failure` when it is in no directory, or when somebody could lead root, who runs the command, to
+    /// another file on the way.
+    FileInPlace(FoundFile found, const std::string& path, Access access = Access::FromWithinItsDirectory);
 
     /// As its reader knows it.
     const std::string& Path() const { return m_path; }
+
+    /// The user other than root in whose directory it is, if root runs the command.
+    std::optional<uid_t> Holder() const;
 
     /// Calls `call(name)`, in the directory, where the file is called `name`. Where the directory lies with
     /// another user than root, with his rights only. What the core and the module say of the file names it as

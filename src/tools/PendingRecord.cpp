@@ -130,7 +130,7 @@ std::set<std::string> PendingRecord::ClearLeftOvers(Session& session) {
     for (const std::string& path : paths) {
         try {
             LeftOvers leftOvers(session, path, record.st_mtim);
-            FileInPlace(session.HostPaths(), path).Within([&](const std::string& name) {
+            FileInPlace(session.HostPaths().FindReal(path), path).Within([&](const std::string& name) {
                 leftOvers.Clear(name);
             });
         } catch (const Failure& failure) {

@@ -1,10 +1,12 @@
 #include "Replacement.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "Diff.h"
 #include "ExitStatus.h"
+#include "OwnedDescriptor.h"
 #include "Remedy.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -14,6 +16,7 @@ namespace ZET {
 namespace {
 
 constexpr mode_t kSetIdBits = S_ISUID | S_ISGID;
+constexpr auto kAsItIs = static_cast<uid_t>(-1);
 
 /// For as long as the object lives, each rename is seen by the guard before it is made.
 class GuardedRenames {
@@ -34,7 +37,7 @@ void RequireVersion(const FileInPlace& file, const FileVersion& version) {
 }  // namespace
 
 Replacement::Replacement(Session& session, const FileInPlace& file, const FileVersion& version)
-    : m_session(session), m_file(file), m_version(version) {}
+    : m_session(session), m_file(file), m_version(version), m_former(StateOf(file.Path())) {}
 
 Replacement::~Replacement() {
     if (!m_isMade && !m_newCompanions.empty()) TakeBackCompanions();
@@ -50,6 +53,7 @@ void Replacement::KeepOriginal() {
     // Copying takes its time, in which another program may write the file: such a reserve is not the
     // original.
     RequireVersion(m_file, m_version);
+    if (!hadReserve && m_file.Holder() && IsFileExist(m_file.Path() + ZETReserveSuffix)) CompleteReserve();
 }
 
 void Replacement::Make(mode_t mode, const Operation& operation, const Judge& judge) {
@@ -68,14 +72,35 @@ void Replacement::Make(mode_t mode, const Operation& operation, const Judge& jud
 }
 
 void Replacement::Guard(const ZETRename& rename, mode_t mode, const Judge& judge) {
-    const FileState made = StateOf(rename.from);
-    const FileState former = StateOf(rename.to);
-    const bool isOwnerFinal = !former.exists || (made.owner == former.owner && made.group == former.group);
-    RequireMode(rename.descriptor, rename.from, isOwnerFinal ? mode : mode & ~kSetIdBits);
     FileInPlace::Outside([&] {
+        if (rename.isReady) return RequireVersion(m_file, m_version);
+        Complete(rename.descriptor, m_file.Path() + ZETTemporarySuffix, mode);
         judge(m_file.Path() + ZETTemporarySuffix);
         RequireVersion(m_file, m_version);
     });
+}
+
+/// The mode; and what its owner may not give his file, root gives it.
+void Replacement::Complete(int descriptor, const std::string& path, mode_t mode) const {
+    struct stat made = {};
+    if (descriptor < 0 || fstat(descriptor, &made) != 0) return RequireMode(descriptor, path, mode & ~kSetIdBits);
+    if (m_file.Holder() && made.st_uid == m_former.owner && made.st_nlink == 1 && made.st_gid != m_former.group &&
+        fchown(descriptor, kAsItIs, m_former.group) == 0)
+        made.st_gid = m_former.group;
+    const bool isOwnerFinal =
+        !m_former.exists || (made.st_uid == m_former.owner && made.st_gid == m_former.group);
+    RequireMode(descriptor, path, isOwnerFinal ? mode : mode & ~kSetIdBits);
+}
+
+void Replacement::CompleteReserve() const {
+    const std::string reserve = m_file.Path() + ZETReserveSuffix;
+    const OwnedDescriptor file(open(reserve.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat status = {};
+    if (file < 0 || fstat(file, &status) != 0 || !S_ISREG(status.st_mode) || status.st_uid != m_former.owner) {
+        throw Failure(reserve + ": was replaced at the same time, and nothing was changed (look at it, and run "
+                                "the command again)");
+    }
+    Complete(file, reserve, m_former.mode);
 }
 
 /// What a failed save left. The name was free before; what somebody else has put there since stays.

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "Diff.h"
 #include "FileBytes.h"
 #include "FileInPlace.h"
 #include "Session.h"
@@ -45,12 +46,15 @@ class Replacement {
 
   private:
     void Guard(const ZETRename& rename, mode_t mode, const Judge& judge);
+    void Complete(int descriptor, const std::string& path, mode_t mode) const;
+    void CompleteReserve() const;
     static void RemoveTemporary(const std::string& name);
     void TakeBackCompanions() noexcept;
 
     Session& m_session;
     const FileInPlace& m_file;
     const FileVersion m_version;
+    const FileState m_former;
     std::vector<std::string> m_newCompanions;  ///< their suffixes; a failed write takes them back
     bool m_isMade = false;
 };

@@ -37,9 +37,9 @@ std::vector<gid_t> PresentGroups(uid_t user) {
 }
 
 /// The first one is that of the files that he makes.
-std::vector<gid_t> GroupsOf(uid_t user) {
+std::vector<gid_t> GroupsOf(uid_t user, gid_t groupOfFile) {
     const struct passwd* entry = getpwuid(user);
-    if (entry == nullptr) return {kNoGroup};
+    if (entry == nullptr) return {groupOfFile != 0 ? groupOfFile : kNoGroup};
     int count = 64;
     std::vector<gid_t> groups(static_cast<std::size_t>(count));
     if (getgrouplist(entry->pw_name, entry->pw_gid, groups.data(), &count) < 0) {
@@ -52,8 +52,8 @@ std::vector<gid_t> GroupsOf(uid_t user) {
 
 }  // namespace
 
-RightsOf::RightsOf(uid_t user) : m_formerGroups(PresentGroups(user)) {
-    const std::vector<gid_t> groups = GroupsOf(user);
+RightsOf::RightsOf(uid_t user, gid_t groupOfFile) : m_formerGroups(PresentGroups(user)) {
+    const std::vector<gid_t> groups = GroupsOf(user, groupOfFile);
     if (!SetGroups(groups)) Fail(user);
     m_formerGroup = static_cast<gid_t>(setfsgid(groups.front()));
     m_formerUser = static_cast<uid_t>(setfsuid(user));

@@ -12,8 +12,9 @@ namespace ZET {
 /// own already. What he has is found as he would find it, and what is made is his.
 class RightsOf {
   public:
-    /// A `Failure` when the system refuses.
-    explicit RightsOf(uid_t user);
+    /// Of a user whom the system does not know, only the group of his file is known. A `Failure` when the system
+    /// refuses.
+    RightsOf(uid_t user, gid_t groupOfFile);
     ~RightsOf();
     RightsOf(const RightsOf&) = delete;
     RightsOf& operator=(const RightsOf&) = delete;

@@ -30,6 +30,7 @@ struct WrittenFile {
     std::string templateName;  ///< empty: the list does not have the file any more
     std::string path;          ///< of the real file, links followed
     bool isSecret = true;
+    std::string named;    ///< as the list has it; empty: the list does not have it any more
     std::string trusted;  ///< the user whose directories count as root's
     std::string trouble;  ///< why the real file cannot be found; the path is then as the list has it
 
@@ -109,7 +110,7 @@ class Rollback {
 
     WrittenFile Written(const Target& target) const {
         WrittenFile file{target.templateName, m_session.HostPaths().FromInside(target.path), target.isSecret,
-                         target.trusted, ""};
+                         target.path, target.trusted, ""};
         try {
             file.path = m_session.HostPaths().WithRealDirectory(m_session.FilePath(target.path));
         } catch (const Failure& failure) {
@@ -119,7 +120,7 @@ class Rollback {
     }
 
     void AddRecorded(const std::string& path, std::vector<WrittenFile>& files) {
-        WrittenFile file{"", path, true, "", ""};
+        WrittenFile file{"", path, true, "", "", ""};
         try {
             if (!m_session.HostPaths().StaysInside(path)) {
                 m_report.Warning(path + ": leads out of the root directory by a link, and is left alone");
@@ -194,7 +195,7 @@ class Rollback {
         m_isChanged = true;
         Outcome outcome = Describe(file, now, reserve);
         if (m_isDryRun) return outcome;
-        const FileInPlace place(m_session.HostPaths(), file.path, file.trusted);
+        const FileInPlace place = PlaceOf(file);
         if (IsAsReserved(file, now, reserve)) {
             // What cannot be replaced, like a mount point, can be as it was all the same.
             place.Within([&](const std::string& name) { m_session.Config().RemoveConfigFileReserve(name); });
@@ -203,6 +204,12 @@ class Rollback {
         }
         m_manifest.Forget(file.path);
         return outcome;
+    }
+
+    FileInPlace PlaceOf(const WrittenFile& file) const {
+        const Paths& paths = m_session.HostPaths();
+        return FileInPlace(file.named.empty() ? paths.FindReal(file.path) : paths.Find(file.named, file.trusted),
+                           file.path);
     }
 
     static bool IsAsReserved(const WrittenFile& file, const FileState& now, const FileState& reserve) {
@@ -232,7 +239,7 @@ class Rollback {
                         ""};
         if (m_isDryRun) return outcome;
         if (!isSame) {
-            const FileInPlace place(m_session.HostPaths(), file.path, file.trusted);
+            const FileInPlace place = PlaceOf(file);
             RenderTarget(m_session, {file.templateName, place, staged, version, m_otherRole});
         }
         m_otherManifest.Record(file.path);

@@ -17,6 +17,7 @@ void RequireStateFile(const std::string& file) {
 
 void ReplaceStateFile(const std::string& file, const std::string& text) {
     const std::string temporary = file + ZETTemporarySuffix;
+    RequireOwnName(temporary);
     if (text.empty()) {
         unlink(temporary.c_str());  // a killed run may have left it
         if (IsFileExist(file)) RemoveFile(file);

@@ -192,7 +192,7 @@ FileReport RenderInTrial(Session& session, const std::string& path, StringMap& v
 
 FileReport RenderInPlace(Session& session, const std::string& path, StringMap& values) {
     FileReport report;
-    const FileInPlace place(session.HostPaths(), path);
+    const FileInPlace place(session.HostPaths().Find(session.Asked().target), path);
     // As in a dry run, there may be no working copy yet.
     const mode_t mode = ModeOf(TemplateFile(session, session.Asked().name));
     Replacement replacement(session, place, VersionOf(path));
