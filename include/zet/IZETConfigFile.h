@@ -65,11 +65,11 @@ class IZETConfigFile {
     virtual void RestoreLine(const std::string& pattern) = 0;
 
     /// Writes the file: through a temporary one with the permission bits of what was read, renamed onto the
-    /// target. It belongs to the owner of the regular file at the target's name where the caller may give it
-    /// to him, otherwise to the caller, and without the set-user-ID and set-group-ID bits. A link at that
-    /// name is replaced, and whose file it leads to does not matter. Unless `noBackup`, what was there before
-    /// the system first wrote it is kept once. Throws `EZETError` when it fails; until the last step the
-    /// target is as before, or in its reserve.
+    /// target. It is given to the owner of the regular file at the target's name; where the caller may not do
+    /// that it is the caller's, without set-user-ID and set-group-ID bits. Whose a template is does not
+    /// matter, nor where a link at the target's name leads to: the link itself is replaced. Unless
+    /// `noBackup`, what was there before the system first wrote it is kept once. Throws `EZETError` when it
+    /// fails; until the last step the target is as before, or in its reserve.
     virtual void Save(bool noBackup) = 0;
 
     virtual ~IZETConfigFile() = default;

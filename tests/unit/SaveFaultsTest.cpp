@@ -165,6 +165,16 @@ TEST_F(SaveFaultsTest, ShortAndInterruptedWritesAreContinued) {
     EXPECT_EQ(Read("target"), text);
 }
 
+TEST_F(SaveFaultsTest, WriteOfNoByteIsAFailedSaveAndNotTriedForEver) {
+    Open("x=1\n");
+    {
+        const SystemCalls lies({.writesNothing = true});
+        ExpectSaveFails();
+        EXPECT_EQ(lies.Record().writes, 1U);
+    }
+    EXPECT_EQ(Read("target"), "x=1\n");
+}
+
 /// A file helper that fails, and what is there afterwards.
 struct FailingHelper {
     const char* name;

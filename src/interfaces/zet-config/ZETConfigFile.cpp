@@ -208,8 +208,8 @@ void CZETConfigFile::WriteTemporary(const std::string& temporaryName, const std:
         Throw<EZETError>(message.Format()(1, message.Translated(kCoreDomain, "Error stat '%s':%m"),
                                           temporaryName.c_str()));
     }
-    // The owner first: as long as he is not the final one nobody may run the file with its owner's rights. The
-    // file is private until then and has no such bit that a new owner could cost it.
+    // The owner first: as long as he is not the final one nobody may run the file with its owner's rights.
+    // The file is private until then and has no such bit that a new owner could cost it.
     const Owner owner = targetOwner.value_or(OwnerOf(status));
     const bool isGiven = owner == OwnerOf(status) || SetOwner(file, owner);
     if (status.st_mode != m_fileStat.st_mode) SetMode(file, FinalMode(owner, isGiven));
