@@ -53,7 +53,8 @@ TEST(BufferTest, SizeThatNoMemoryHoldsIsOutOfMemoryAndKeepsTheBytes) {
 class GrowingTextTest : public ModuleTest {};
 
 TEST_F(GrowingTextTest, TextOutlivesALineForWhichItsMappingCannotGrow) {
-    const std::string text = std::string(3 * kMebibyte, 'x') + "\n";
+    std::string text(3 * kMebibyte, 'x');
+    text += '\n';
     CZETConfigFile file(m_core);
     ASSERT_TRUE(file.Open(Write("target", text), "", true));
     m_core.SetMatcher([](const std::string&, const std::string&) { return false; });
