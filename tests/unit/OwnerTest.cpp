@@ -256,6 +256,7 @@ TEST_F(OwnerTest, OwnerThatCannotBeToldIsAFailedSave) {
 class LeftOverOwnerTest : public OwnerTest {
   protected:
     void ExpectRefused() {
+        LeavesTemporary();
         const std::string before = OwnerAndMode("target.tmp");
         ExpectError<EZETError>("Failed to save file 'D/target.tmp'.", [&] { m_file.Save(false); });
         EXPECT_EQ(Messages(), Strings{"libzet-core src/interfaces/zet-config/ZETConfigFile InternalSaveAs 1: "

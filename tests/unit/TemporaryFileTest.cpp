@@ -26,6 +26,7 @@ class TemporaryFileTest : public ModuleTest {
     }
 
     void ExpectSaveFails() {
+        LeavesTemporary();
         ExpectChildPasses(5s, [&] {
             ExpectError<EZETError>("Failed to save file 'D/target.tmp'.", [&] { m_file.Save(false); });
             EXPECT_EQ(Journal({"IsFileExist", "CreateFile", "RenameFile"}), Strings{});
@@ -111,6 +112,7 @@ TEST_F(TemporaryFileTest, LeftOverThatOthersMayReadIsMadePrivateFirst) {
 }
 
 TEST_F(TemporaryFileTest, LeftOverIsPrivateWhileItIsWritten) {
+    LeavesTemporary();
     Open("x=1\n", 0644);
     Write("target.tmp", "left over\n", 0666);
     {
@@ -125,6 +127,7 @@ TEST_F(TemporaryFileTest, LeftOverIsPrivateWhileItIsWritten) {
 class UnfitLeftOverTest : public TemporaryFileTest, public testing::WithParamInterface<const char*> {};
 
 TEST_P(UnfitLeftOverTest, IsAFailedSaveThatWritesNothing) {
+    LeavesTemporary();
     Open("x=1\n");
     Write("target.tmp", "left over\n", 0644);
     {
@@ -142,6 +145,7 @@ INSTANTIATE_TEST_SUITE_P(EachCall, UnfitLeftOverTest, testing::Values("fstat", "
                          [](const testing::TestParamInfo<const char*>& info) { return info.param; });
 
 TEST_F(TemporaryFileTest, NewOneIsPrivateWhileItIsWritten) {
+    LeavesTemporary();
     Open("x=1\n", 0644);
     {
         const SystemCalls lies({.statError = EIO, .statFailsOnlyAfterWrite = true});
@@ -188,6 +192,7 @@ TEST_F(TemporaryFileTest, ChangeOfModeThatFailsIsNotReported) {
 }
 
 TEST_F(TemporaryFileTest, NoSaveLeavesADescriptorOpen) {
+    LeavesTemporary();
     const auto count = [] {
         const auto entries = std::filesystem::directory_iterator("/proc/self/fd");
         return std::distance(begin(entries), end(entries));
