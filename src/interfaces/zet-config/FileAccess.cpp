@@ -50,10 +50,8 @@ FileDescriptor OpenForWriting(const std::string& path) {
     if (!IsFileName(path)) return FileDescriptor(-1);
     constexpr int kFlags = O_WRONLY | O_CREAT | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     FileDescriptor file(Uninterrupted([&] { return open(path.c_str(), kFlags, kDefault); }));
-    struct stat status = {};
-    if (!file.IsOpen() || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode))
-        return FileDescriptor(-1);
-    if (Uninterrupted([&] { return ftruncate(file.Get(), 0); }) != 0) return FileDescriptor(-1);
+    // What is no regular file cannot be emptied.
+    if (file.IsOpen() && Uninterrupted([&] { return ftruncate(file.Get(), 0); }) != 0) file.Close();
     return file;
 }
 
