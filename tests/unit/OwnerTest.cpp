@@ -208,6 +208,14 @@ TEST_F(OwnerTest, FileThatItsUserExchangedForAnothersDoesNotRunWithTheOthersRigh
     EXPECT_EQ(OwnerAndMode("target"), "65533:65532 755");
 }
 
+TEST_F(OwnerTest, FileThatItsUserExchangedForOneOfAnotherGroupDoesNotRunWithItsRights) {
+    OpenOf(kUser, kGroup, 02755);
+    ASSERT_EQ(::unlink(Path("target").c_str()), 0);
+    WriteOf(kUser, 0, "target", "x=1\n", 0644);
+    m_file.Save(true);
+    EXPECT_EQ(OwnerAndMode("target"), "65534:0 755");
+}
+
 TEST_F(OwnerTest, OwnerThatCannotBeGivenCostsTheBitsThatActAsHim) {
     OpenOf(kUser, kGroup, 06751);
     {
