@@ -65,9 +65,11 @@ class IZETConfigFile {
     virtual void RestoreLine(const std::string& pattern) = 0;
 
     /// Writes the file: through a temporary one with the permission bits of what was read, renamed onto the
-    /// target; of a link the link is replaced, and what it led to stays. Unless `noBackup`, what was there
-    /// before the system first wrote it is kept once. Throws `EZETError` when it fails; until the last step
-    /// the target is as before, or in its reserve.
+    /// target. It is given to the owner of the regular file at the target's name; where the caller may not do
+    /// that it is the caller's, without set-user-ID and set-group-ID bits. Whose a template is does not
+    /// matter, nor where a link at the target's name leads to: the link itself is replaced. Unless
+    /// `noBackup`, what was there before the system first wrote it is kept once. Throws `EZETError` when it
+    /// fails; until the last step the target is as before, or in its reserve.
     virtual void Save(bool noBackup) = 0;
 
     virtual ~IZETConfigFile() = default;

@@ -79,6 +79,7 @@ TEST(EngineProperties, TheGeneratorsMeetWhatMatters) {
     EXPECT_GT(tally.exhaustedSteps, kScenarios / 6);
     EXPECT_GT(tally.exceptions, kScenarios / 5);
     EXPECT_GT(tally.warnings, kScenarios);
+    EXPECT_GT(tally.foreignFiles, kScenarios / 6);
 }
 
 }  // namespace

@@ -102,11 +102,13 @@ class Player {
                                  operation.kind == Kind::RemoveMarkers ||
                                  operation.kind == Kind::RemoveZETMarkers;
         if (!m_isOpen && !needsNoFile) return;
-        Try([&] {
+        const bool isDone = Try([&] {
             Perform(operation);
             return true;
         });
-        if (operation.kind == Kind::Save) Note(TheSandbox().Snapshot());
+        if (operation.kind != Kind::Save) return;
+        Note(TheSandbox().Snapshot());
+        if (isDone && TheSandbox().HasTemporary()) m_report.leavesTemporary = true;
     }
 
     void Perform(const Operation& operation) {
@@ -199,6 +201,7 @@ Tally& Tally::operator+=(const Tally& other) {
     exhaustedSteps += other.exhaustedSteps;
     exceptions += other.exceptions;
     warnings += other.warnings;
+    foreignFiles += other.foreignFiles;
     return *this;
 }
 
@@ -213,6 +216,8 @@ Report PlayPlain(const Scenario& scenario) {
         return ExpansionEnds(engine.ReadableText(), scenario.values);
     });
     report.tally = met;
+    const bool isInPlace = scenario.opening == Scenario::Opening::InPlace;
+    report.tally.foreignFiles = isInPlace ? scenario.source.isForeign : scenario.target.isForeign;
     Count(report);
     return report;
 }
@@ -226,6 +231,7 @@ Report PlayReal(const Scenario& scenario, const std::set<std::size_t>& leftOut) 
 std::string Difference(const Scenario& scenario) {
     const Report plain = PlayPlain(scenario);
     const Report real = PlayReal(scenario, plain.leftOut);
+    if (real.leavesTemporary) return "A save that succeeded leaves its temporary file behind\n";
     if (plain.events == real.events) return "";
     std::size_t at = 0;
     while (at < plain.events.size() && at < real.events.size() && plain.events[at] == real.events[at])

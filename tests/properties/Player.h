@@ -17,6 +17,7 @@ struct Tally {
     std::size_t exhaustedSteps = 0;  ///< steps on a text that a lookup had exhausted
     std::size_t exceptions = 0;
     std::size_t warnings = 0;
+    std::size_t foreignFiles = 0;  ///< plays with a file of somebody else at the name that is written
 
     Tally& operator+=(const Tally& other);
 };
@@ -26,6 +27,7 @@ struct Tally {
 struct Report {
     std::vector<std::string> events;
     std::set<std::size_t> leftOut;  ///< steps that would never end, and so were not taken
+    bool leavesTemporary = false;   ///< a save that succeeded left its temporary file behind
     Tally tally;
 };
 

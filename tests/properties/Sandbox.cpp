@@ -38,6 +38,11 @@ std::string ReadBytes(const std::string& path, std::size_t size) {
     return bytes;
 }
 
+/// Where the bytes of a file of two names, or behind a link, are.
+std::string Elsewhere(const std::string& path) {
+    return path + ".elsewhere";
+}
+
 std::string LinkOf(const std::string& path) {
     return std::filesystem::read_symlink(path).string();
 }
@@ -58,7 +63,8 @@ std::vector<std::string> NamesIn(const std::string& directory) {
 void Describe(const std::string& path, std::string& text) {
     struct stat status = {};
     Require(lstat(path.c_str(), &status) == 0, "lstat " + path);
-    text += path + " " + std::to_string(status.st_mode);
+    text += path + " " + std::to_string(status.st_mode) + " of " + std::to_string(status.st_uid) + ":" +
+            std::to_string(status.st_gid);
     if (S_ISREG(status.st_mode)) {
         text += " names " + std::to_string(status.st_nlink) + " ";
         text += Quoted(ReadBytes(path, static_cast<std::size_t>(status.st_size)));
@@ -68,6 +74,17 @@ void Describe(const std::string& path, std::string& text) {
     if (!S_ISDIR(status.st_mode)) return;
     for (const std::string& name : NamesIn(path))
         Describe(path + "/" + name, text);
+}
+
+void GiveAway(const std::string& path, const Place& place) {
+    constexpr uid_t kUser = 65534;
+    constexpr gid_t kGroup = 65533;
+    if (!place.isForeign || geteuid() != 0) return;
+    Require(lchown(path.c_str(), kUser, kGroup) == 0, "lchown " + path);
+    // A new owner costs a file some bits of its mode.
+    struct stat status = {};
+    Require(lstat(path.c_str(), &status) == 0, "lstat " + path);
+    if (S_ISREG(status.st_mode)) Require(chmod(path.c_str(), place.mode) == 0, "chmod " + path);
 }
 
 // A directory of memory saves the machine's disk tens of thousands of files.
@@ -110,7 +127,14 @@ void Sandbox::Prepare(const Scenario& scenario) {
 }
 
 void Sandbox::Put(const std::string& path, const Place& place) {
-    const std::string elsewhere = path + ".elsewhere";
+    if (place.kind == Place::Kind::Missing) return;
+    Make(path, place);
+    GiveAway(path, place);
+    if (place.kind == Place::Kind::Link) GiveAway(Elsewhere(path), place);
+}
+
+void Sandbox::Make(const std::string& path, const Place& place) {
+    const std::string elsewhere = Elsewhere(path);
     switch (place.kind) {
         case Place::Kind::Missing:
             return;
@@ -129,6 +153,11 @@ void Sandbox::Put(const std::string& path, const Place& place) {
             WriteBytes(elsewhere, place.bytes, place.mode);
             return Require(link(elsewhere.c_str(), path.c_str()) == 0, "link " + path);
     }
+}
+
+bool Sandbox::HasTemporary() const {
+    struct stat status = {};
+    return lstat((FileName() + ZETTemporarySuffix).c_str(), &status) == 0;
 }
 
 std::string Sandbox::TextOfFile() const {

@@ -18,8 +18,10 @@ class Sandbox {
 
     void Prepare(const Scenario& scenario);
 
-    /// All that is there, each with its kind, mode, bytes.
+    /// All that is there, each with its kind, mode, owner, bytes.
     std::string Snapshot() const;
+
+    bool HasTemporary() const;
 
     std::string TextOfFile() const;
 
@@ -28,7 +30,8 @@ class Sandbox {
     std::string FileName() const { return m_root + "/etc/file.conf"; }
 
   private:
-    void Put(const std::string& path, const Place& place);
+    static void Put(const std::string& path, const Place& place);
+    static void Make(const std::string& path, const Place& place);
 
     std::string m_root;
 };

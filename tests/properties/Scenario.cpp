@@ -55,7 +55,8 @@ std::string Quoted(const std::string& text) {
 std::ostream& operator<<(std::ostream& stream, const Place& place) {
     stream << NameOf(place.kind);
     if (place.kind == Place::Kind::Missing) return stream;
-    return stream << " " << Octal(place.mode) << " " << Quoted(place.bytes);
+    stream << (place.isForeign ? " of somebody else " : " ");
+    return stream << Octal(place.mode) << " " << Quoted(place.bytes);
 }
 
 std::ostream& operator<<(std::ostream& stream, const Operation& operation) {

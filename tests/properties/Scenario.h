@@ -19,6 +19,7 @@ struct Place {
     Kind kind = Kind::Missing;
     std::string bytes;  ///< of the file, or of the file that a link leads to
     mode_t mode = 0644;
+    bool isForeign = false;  ///< somebody else's, where the tests may give files away
 };
 
 struct Operation {

@@ -14,25 +14,31 @@ using rc::Gen;
 
 Gen<mode_t> AnyMode() {
     return gen::weightedElement<mode_t>(
-        {{4, 0644}, {1, 0600}, {1, 0640}, {1, 0400}, {1, 0777}, {1, 04755}, {1, 01666}});
+        {{4, 0644}, {1, 0600}, {1, 0640}, {1, 0400}, {1, 0777}, {1, 04755}, {1, 02750}, {1, 01666}});
 }
 
-Place RegularFile(const std::string& bytes, mode_t mode) {
-    return {Place::Kind::Regular, bytes, mode};
+// Unlike a range, whose upper end is only reached late in a run.
+Gen<bool> OneIn(std::size_t many) {
+    return gen::weightedElement<bool>({{many - 1, false}, {1, true}});
+}
+
+Place RegularFile(const std::string& bytes, mode_t mode, bool isForeign = false) {
+    return {Place::Kind::Regular, bytes, mode, isForeign};
 }
 
 Gen<Place> AnyPlace() {
     using Kind = Place::Kind;
     const auto kind = gen::element(Kind::Missing, Kind::Regular, Kind::Directory, Kind::Fifo, Kind::Link,
                                    Kind::DanglingLink, Kind::SecondName);
-    return gen::map(gen::tuple(kind, AnyText(), AnyMode()), [](const auto& parts) {
-        return Place{std::get<0>(parts), std::get<1>(parts), std::get<2>(parts)};
+    return gen::map(gen::tuple(kind, AnyText(), AnyMode(), OneIn(3)), [](const auto& parts) {
+        return Place{std::get<0>(parts), std::get<1>(parts), std::get<2>(parts), std::get<3>(parts)};
     });
 }
 
 Gen<Place> MaybeRegular() {
-    return gen::map(gen::tuple(gen::arbitrary<bool>(), AnyMode()), [](const auto& parts) {
-        return std::get<0>(parts) ? RegularFile("before\n", std::get<1>(parts)) : Place{};
+    return gen::map(gen::tuple(gen::arbitrary<bool>(), AnyMode(), OneIn(3)), [](const auto& parts) {
+        const auto& [isThere, mode, isForeign] = parts;
+        return isThere ? RegularFile("before\n", mode, isForeign) : Place{};
     });
 }
 
@@ -53,11 +59,6 @@ Gen<Fault> AnyFault() {
     });
 }
 
-// Unlike a range, whose upper end is only reached late in a run.
-Gen<bool> OneIn(std::size_t many) {
-    return gen::weightedElement<bool>({{many - 1, false}, {1, true}});
-}
-
 Gen<std::string> AnyRole() {
     return gen::element<std::string>("server", "client", "Server", "", "server ");
 }
@@ -72,7 +73,7 @@ Gen<Scenario> OrdinaryScenario() {
         scenario.opening = *gen::element(Scenario::Opening::InPlace, Scenario::Opening::Template);
         scenario.role = *AnyRole();
         scenario.noMarkers = *gen::arbitrary<bool>();
-        scenario.source = RegularFile(*kText, *AnyMode());
+        scenario.source = RegularFile(*kText, *AnyMode(), *OneIn(3));
         if (scenario.opening == Scenario::Opening::Template) scenario.target = *MaybeRegular();
         scenario.values = *AnyValues();
         scenario.operations = *kOperations;

@@ -1,6 +1,7 @@
 #include "PlainEngine.h"
 
 #include <libintl.h>
+#include <unistd.h>
 
 #include <fstream>
 
@@ -70,11 +71,20 @@ bool IsRegularFile(const std::string& fileName) {
     return stat(fileName.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-// A left-over temporary file may be written over only when it is a plain file of its own.
-bool MayBeOverwritten(const std::string& temporary) {
+// Whose the regular file at this name is; a link at it is no such file.
+std::optional<struct stat> StatusAt(const std::string& fileName) {
+    struct stat status = {};
+    if (lstat(fileName.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    return status;
+}
+
+// A left-over temporary file may be written over only when it is a plain file of its own, and nobody has it
+// open who could not write into the target.
+bool MayBeOverwritten(const std::string& temporary, const std::optional<struct stat>& target) {
     struct stat status = {};
     if (lstat(temporary.c_str(), &status) != 0) return true;
-    return S_ISREG(status.st_mode) && status.st_nlink == 1;
+    if (!S_ISREG(status.st_mode) || status.st_nlink != 1) return false;
+    return status.st_uid == geteuid() || (target && target->st_uid == status.st_uid);
 }
 
 }  // namespace
@@ -364,14 +374,15 @@ void PlainConfigFile::Save(bool noBackup) {
 
 void PlainConfigFile::InternalSaveAs(const std::string& fileName, bool noBackup) {
     const std::string temporary = fileName + ".tmp";
+    const std::optional<struct stat> target = StatusAt(fileName);
+    if (!MayBeOverwritten(temporary, target)) ThrowSave(temporary);
     WriteTemporary(temporary);
-    GiveMode(temporary);
+    GiveOwnerAndMode(temporary, target);
     if (!noBackup) KeepFormerState(fileName);
     RenameFile(temporary, fileName);
 }
 
 void PlainConfigFile::WriteTemporary(const std::string& temporary) {
-    if (!MayBeOverwritten(temporary)) ThrowSave(temporary);
     std::ofstream file(temporary, std::ios::trunc);
     if (!file) ThrowSave(temporary);
     chmod(temporary.c_str(), 0600);  // until it is whole, it is nobody else's business
@@ -387,12 +398,19 @@ void PlainConfigFile::WriteTemporary(const std::string& temporary) {
     if (!file) ThrowSave(temporary);
 }
 
-void PlainConfigFile::GiveMode(const std::string& temporary) {
+void PlainConfigFile::GiveOwnerAndMode(const std::string& temporary,
+                                       const std::optional<struct stat>& target) {
     struct stat status = {};
     if (stat(temporary.c_str(), &status) != 0) ThrowStat("InternalSaveAs", temporary);
+    const bool isGiven = !target || chown(temporary.c_str(), target->st_uid, target->st_gid) == 0;
+    struct stat owned = {};
+    if (stat(temporary.c_str(), &owned) != 0) ThrowStat("InternalSaveAs", temporary);
+    // Others run it with its owner's rights only when they ran with his before, or the template says so.
+    const bool isHis = owned.st_uid == m_fileStat.st_uid && owned.st_gid == m_fileStat.st_gid;
+    const bool mayRunAsOwner = isGiven && (m_fromTemplate || isHis);
     if (status.st_mode == m_fileStat.st_mode) return;
     const mode_t mask = umask(0);
-    chmod(temporary.c_str(), m_fileStat.st_mode);
+    chmod(temporary.c_str(), mayRunAsOwner ? m_fileStat.st_mode : m_fileStat.st_mode & ~06000U);
     umask(mask);
 }
 

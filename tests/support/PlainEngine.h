@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 
@@ -47,7 +48,7 @@ class PlainConfigFile : public IZETConfigFile {
     bool ReadFile(const std::string& fileName);
     void InternalSaveAs(const std::string& fileName, bool noBackup);
     void WriteTemporary(const std::string& temporary);
-    void GiveMode(const std::string& temporary);
+    void GiveOwnerAndMode(const std::string& temporary, const std::optional<struct stat>& target);
     void KeepFormerState(const std::string& fileName);
     void RequireContent(const char* function);
     void Substitute(std::string& line, const StringMap& values);

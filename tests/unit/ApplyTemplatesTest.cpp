@@ -121,6 +121,25 @@ TEST_F(ApplyTemplatesTest, MarkedPlaceholderIsNotMetAgain) {
     EXPECT_EQ(Log().size(), 1U);
 }
 
+TEST_F(ApplyTemplatesTest, ValueAsLongAsTheWholeTemplateTakesItsPlace) {
+    // Nothing but one placeholder; a value that holds "$" is searched again.
+    StringMap values = {{"${a}", "$1 b"}, {"${b}", "${c}"}, {"${c}", "cost $ 1"}};
+    const auto apply = [&](IZETConfigFile& file) { file.ApplyTemplates(values); };
+    EXPECT_EQ(Edited("${a}", apply, true), "$1 b");
+    EXPECT_EQ(Edited("${b}", apply, true), "cost $ 1");
+}
+
+TEST_F(ApplyTemplatesTest, RunOfTheSameLengthFromElsewhereIsNotTakenForTheText) {
+    Buffer bytes;
+    bytes.Append("a=1\n");
+    Text text(std::move(bytes));
+    const std::string other = "b=2\n";
+    TextBuilder result(text, Buffer());
+    result.Copy(other);
+    result.Install();
+    EXPECT_EQ(text.Bytes(), other);
+}
+
 TEST_F(ApplyTemplatesTest, TextCanBeReadAndEditedAfterwards) {
     StringMap values = kValues;
     EXPECT_EQ(Edited(

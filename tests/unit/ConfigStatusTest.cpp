@@ -3,14 +3,11 @@
 
 #include <ostream>
 
-#include "ChildProcess.h"
 #include "ModuleTest.h"
 #include "ZETConfig.h"
 
 namespace ZET {
 namespace {
-
-using namespace std::chrono_literals;
 
 class ConfigStatusTest : public ModuleTest {
   protected:
@@ -211,22 +208,6 @@ TEST_F(ConfigStatusTest, StatusThatCannotBeReadIsAnErrorAndNoShorterStatus) {
     ASSERT_EQ(::symlink("/proc/self/mem", Path("var/zet-server.status").c_str()), 0);
     StringMap values;
     ExpectOpenFailure("LoadConfigStatus", [&] { m_config.LoadConfigStatus("server", values); });
-}
-
-TEST_F(ConfigStatusTest, PipeIsNotWaitedFor) {
-    ASSERT_EQ(::mkfifo(Path("var/zet-server.status").c_str(), 0600), 0);
-    ExpectChildPasses(5s, [&] {
-        StringMap values;
-        ExpectOpenFailure("LoadConfigStatus", [&] { m_config.LoadConfigStatus("server", values); });
-        ExpectOpenFailure("SaveConfigStatus", [&] { m_config.SaveConfigStatus("server"); });
-    });
-}
-
-TEST_F(ConfigStatusTest, NameThatHoldsANulByteIsNotThatOfAShorterOne) {
-    const std::string other = Write("other", "precious\n");
-    m_core.SetParam("ZET_VAR_LIB_DIR", other + std::string("\0", 1));
-    EXPECT_THROW(m_config.SaveConfigStatus("server"), EZETError);
-    EXPECT_EQ(Read("other"), "precious\n");
 }
 
 TEST_F(ConfigStatusTest, ExistenceAndRemovalGoThroughTheCore) {

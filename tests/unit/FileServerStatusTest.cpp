@@ -1,14 +1,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "ChildProcess.h"
 #include "ModuleTest.h"
 #include "ZETConfig.h"
 
 namespace ZET {
 namespace {
-
-using namespace std::chrono_literals;
 
 constexpr char kStatus[] = "var/zet-client-fs.status";
 
@@ -118,14 +115,6 @@ TEST_F(FileServerStatusTest, DirectoryCannotBeRead) {
 TEST_F(FileServerStatusTest, StatusWhoseReadingFailsIsAnError) {
     ASSERT_EQ(::symlink("/proc/self/mem", Path(kStatus).c_str()), 0);
     ExpectOpenFailure("GetFileServerStatus", [&] { m_config.GetFileServerStatus(); });
-}
-
-TEST_F(FileServerStatusTest, PipeIsNotWaitedFor) {
-    ASSERT_EQ(::mkfifo(Path(kStatus).c_str(), 0600), 0);
-    ExpectChildPasses(5s, [&] {
-        ExpectOpenFailure("GetFileServerStatus", [&] { m_config.GetFileServerStatus(); });
-        ExpectOpenFailure("SaveFileServerStatus", [&] { m_config.SaveFileServerStatus(); });
-    });
 }
 
 TEST_F(FileServerStatusTest, StatusIsRemovedWhenItIsThere) {

@@ -72,6 +72,7 @@ TEST_F(UnformattedMessageTest, RefusedArgumentsAreThrownEmpty) {
 }
 
 TEST_F(UnformattedMessageTest, FailedFileOperationsAreThrownEmpty) {
+    LeavesTemporary();
     const std::string path = Write("a.conf", "x\n");
     {
         const SystemCalls lies({.statError = EIO});
@@ -116,6 +117,7 @@ class TranslatedMessageTest : public ModuleTest {
 };
 
 TEST_F(TranslatedMessageTest, ThrownMessagesAreTranslated) {
+    LeavesTemporary();
     CZETConfig config(m_core);
     CZETConfigFile file(m_core);
     ExpectError<EZETCheckError>("T Argument is empty for 'GetLine'.", [&] { file.GetLine(""); });

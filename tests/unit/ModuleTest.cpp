@@ -48,6 +48,17 @@ ModuleTest::ModuleTest() {
     m_core.SetParam("ZET_CFG", Path("zet.conf"));
 }
 
+void ModuleTest::TearDown() {
+    EXPECT_EQ(!Temporaries().empty(), m_leavesTemporary) << testing::PrintToString(Temporaries());
+}
+
+Strings ModuleTest::Temporaries() const {
+    Strings names;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(m_directory))
+        if (entry.path().extension() == ".tmp") names.push_back(Shown(entry.path().string()));
+    return names;
+}
+
 ModuleTest::~ModuleTest() {
     std::error_code ignored;
     std::filesystem::remove_all(m_directory, ignored);

@@ -61,6 +61,11 @@ class ModuleTest : public testing::Test {
   protected:
     ModuleTest();
     ~ModuleTest() override;
+    void TearDown() override;
+
+    /// Says that a temporary file stays behind, of a save that failed or of somebody else. In any other test
+    /// none may.
+    void LeavesTemporary() { m_leavesTemporary = true; }
 
     std::string Path(const std::string& name) const { return m_directory + "/" + name; }
 
@@ -108,6 +113,11 @@ class ModuleTest : public testing::Test {
 
     RecordingCore m_core;
     std::string m_directory;
+
+  private:
+    std::vector<std::string> Temporaries() const;
+
+    bool m_leavesTemporary = false;
 };
 
 using Strings = std::vector<std::string>;

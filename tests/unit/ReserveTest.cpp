@@ -193,6 +193,7 @@ TEST_F(ReserveTest, RemovingMarkersFromAFileThatCannotBeOpenedDoesNothingMore) {
 }
 
 TEST_F(ReserveTest, RemovingMarkersPassesFailuresOfTheSaveThrough) {
+    LeavesTemporary();
     Write("f", "a\n");
     m_core.FailAt("RenameFile");
     ExpectScriptedFailure("RenameFile", [&] { m_config.RemoveZETMarkersFromConfigFile(File()); });

@@ -37,6 +37,7 @@ class SaveFaultsTest : public ModuleTest {
 };
 
 TEST_F(SaveFaultsTest, TemporaryFileThatCannotBeCreatedLeavesTheTargetUntouched) {
+    LeavesTemporary();
     Open("x=1\n");
     ASSERT_EQ(::mkdir(Path("target.tmp").c_str(), 0755), 0);
     ExpectSaveFails();
@@ -83,6 +84,7 @@ TEST_F(SaveFaultsTest, FileThatMayNotBeWrittenIsReplacedWhenItsDirectoryMay) {
 }
 
 TEST_F(SaveFaultsTest, FailedWriteLeavesTheTargetAndAPrivateTemporaryFile) {
+    LeavesTemporary();
     const std::string text(100000, 'x');
     const std::string path = Write("target", text);
     ExpectChildPasses(5s, [&] {
@@ -130,6 +132,7 @@ TEST_F(SaveFaultsTest, ReadOnlyFileSystemIsAFailedSave) {
 }
 
 TEST_F(SaveFaultsTest, UnavailableStatusOfTheTemporaryFileLeavesTheTargetUntouched) {
+    LeavesTemporary();
     Open("x=1\n");
     {
         const SystemCalls lies({.statError = EIO, .statFailsOnlyAfterWrite = true});
@@ -165,6 +168,17 @@ TEST_F(SaveFaultsTest, ShortAndInterruptedWritesAreContinued) {
     EXPECT_EQ(Read("target"), text);
 }
 
+TEST_F(SaveFaultsTest, WriteOfNoByteIsAFailedSaveAndNotTriedForEver) {
+    LeavesTemporary();
+    Open("x=1\n");
+    {
+        const SystemCalls lies({.writesNothing = true});
+        ExpectSaveFails();
+        EXPECT_EQ(lies.Record().writes, 1U);
+    }
+    EXPECT_EQ(Read("target"), "x=1\n");
+}
+
 /// A file helper that fails, and what is there afterwards.
 struct FailingHelper {
     const char* name;
@@ -181,6 +195,7 @@ void PrintTo(const FailingHelper& each, std::ostream* stream) {
 class FailingHelperTest : public SaveFaultsTest, public testing::WithParamInterface<FailingHelper> {};
 
 TEST_P(FailingHelperTest, PassesThroughAndEndsTheSave) {
+    LeavesTemporary();
     if (GetParam().targetBefore) Write("target", "old\n");
     Write("cfg/t.conf", "new\n");
     ASSERT_TRUE(m_file.OpenTemplate("t.conf", Path("target"), "server", true));

@@ -1,11 +1,13 @@
 #include "SystemCalls.h"
 
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <utility>
 
 namespace ZET {
 
@@ -19,10 +21,35 @@ int Failed(int error) {
     return -1;
 }
 
-bool StatFails() {
+/// Counts the call, and tells whether it is to fail; `errno` is set then.
+bool Fails(const char* call) {
+    if (!theScriptRuns) return false;
+    ++theRecord.counts[call];
+    const auto planned = theScript.failing.find(call);
+    if (planned == theScript.failing.end()) return false;
+    errno = planned->second;
+    return true;
+}
+
+bool StatFails(const char* call) {
     ++theRecord.stats;
+    if (Fails(call)) return true;
     const bool isTime = !theScript.statFailsOnlyAfterWrite || theRecord.writes > 0;
-    return theScriptRuns && theScript.statError != 0 && isTime;
+    if (!theScriptRuns || theScript.statError == 0 || !isTime) return false;
+    errno = theScript.statError;
+    return true;
+}
+
+/// What the test does after a call may make calls too: those are left alone.
+template <typename Result>
+Result Done(Result result) {
+    if (!theScriptRuns || !theScript.after) return result;
+    const int error = errno;
+    const auto after = std::exchange(theScript.after, nullptr);
+    after();
+    theScript.after = after;
+    errno = error;
+    return result;
 }
 
 bool Interrupts(std::size_t calls) {
@@ -38,11 +65,21 @@ std::size_t Bounded(std::size_t size) {
 void NoteMode(const char* call, mode_t mode) {
     char text[64] = "";
     std::snprintf(text, sizeof text, "%s %o", call, mode & 07777U);
-    if (theScriptRuns) theRecord.modeCalls.emplace_back(text);
+    if (theScriptRuns) theRecord.attributeCalls.emplace_back(text);
 }
 
-bool ModeFails() {
-    return theScriptRuns && theScript.modeError != 0 && theRecord.writes > 0;
+void NoteOwner(uid_t user, gid_t group) {
+    // As the caller means it: -1 leaves it as it is.
+    const std::string text =
+        "owner " + std::to_string(static_cast<int>(user)) + ":" + std::to_string(static_cast<int>(group));
+    if (theScriptRuns) theRecord.attributeCalls.push_back(text);
+}
+
+bool ModeFails(const char* call) {
+    if (Fails(call)) return true;
+    if (!theScriptRuns || theScript.modeError == 0 || theRecord.writes == 0) return false;
+    errno = theScript.modeError;
+    return true;
 }
 }  // namespace
 
@@ -65,26 +102,33 @@ const SystemCallRecord& SystemCalls::Record() const {
 // The linker gives the calls of this program these functions instead (--wrap).
 extern "C" {
 int __real_stat(const char* path, struct stat* status);
+int __real_lstat(const char* path, struct stat* status);
 int __real_fstat(int file, struct stat* status);
 int __real_fstatat(int directory, const char* path, struct stat* status, int flags);
 ssize_t __real_read(int file, void* bytes, std::size_t size);
 ssize_t __real_write(int file, const void* bytes, std::size_t size);
 int __real_chmod(const char* path, mode_t mode);
 int __real_fchmod(int file, mode_t mode);
+int __real_fchown(int file, uid_t user, gid_t group);
+int __real_ftruncate(int file, off_t size);
 mode_t __real_umask(mode_t mask);
 int __real_close(int file);
+void* __real_mremap(void* address, std::size_t formerSize, std::size_t size, int flags, ...);
 
 int __wrap_stat(const char* path, struct stat* status) {
-    return ZET::StatFails() ? ZET::Failed(ZET::theScript.statError) : __real_stat(path, status);
+    return ZET::StatFails("stat") ? -1 : __real_stat(path, status);
+}
+
+int __wrap_lstat(const char* path, struct stat* status) {
+    return ZET::StatFails("lstat") ? -1 : __real_lstat(path, status);
 }
 
 int __wrap_fstat(int file, struct stat* status) {
-    return ZET::StatFails() ? ZET::Failed(ZET::theScript.statError) : __real_fstat(file, status);
+    return ZET::StatFails("fstat") ? -1 : __real_fstat(file, status);
 }
 
 int __wrap_fstatat(int directory, const char* path, struct stat* status, int flags) {
-    return ZET::StatFails() ? ZET::Failed(ZET::theScript.statError)
-                            : __real_fstatat(directory, path, status, flags);
+    return ZET::StatFails("fstatat") ? -1 : __real_fstatat(directory, path, status, flags);
 }
 
 ssize_t __wrap_read(int file, void* bytes, std::size_t size) {
@@ -98,17 +142,27 @@ ssize_t __wrap_read(int file, void* bytes, std::size_t size) {
 ssize_t __wrap_write(int file, const void* bytes, std::size_t size) {
     ++ZET::theRecord.writes;
     if (ZET::Interrupts(ZET::theRecord.writes)) return ZET::Failed(EINTR);
-    return __real_write(file, bytes, ZET::Bounded(size));
+    if (ZET::theScriptRuns && ZET::theScript.writesNothing) return 0;
+    return ZET::Done(__real_write(file, bytes, ZET::Bounded(size)));
 }
 
 int __wrap_chmod(const char* path, mode_t mode) {
     ZET::NoteMode("mode", mode);
-    return ZET::ModeFails() ? ZET::Failed(ZET::theScript.modeError) : __real_chmod(path, mode);
+    return ZET::ModeFails("chmod") ? -1 : ZET::Done(__real_chmod(path, mode));
 }
 
 int __wrap_fchmod(int file, mode_t mode) {
     ZET::NoteMode("mode", mode);
-    return ZET::ModeFails() ? ZET::Failed(ZET::theScript.modeError) : __real_fchmod(file, mode);
+    return ZET::ModeFails("fchmod") ? -1 : ZET::Done(__real_fchmod(file, mode));
+}
+
+int __wrap_fchown(int file, uid_t user, gid_t group) {
+    ZET::NoteOwner(user, group);
+    return ZET::Fails("fchown") ? -1 : ZET::Done(__real_fchown(file, user, group));
+}
+
+int __wrap_ftruncate(int file, off_t size) {
+    return ZET::Fails("ftruncate") ? -1 : ZET::Done(__real_ftruncate(file, size));
 }
 
 mode_t __wrap_umask(mode_t mask) {
@@ -121,5 +175,10 @@ int __wrap_close(int file) {
     const int result = __real_close(file);
     return ZET::theScriptRuns && ZET::theScript.closeError != 0 ? ZET::Failed(ZET::theScript.closeError)
                                                                 : result;
+}
+
+void* __wrap_mremap(void* address, std::size_t formerSize, std::size_t size, int flags, ...) {
+    // The module lets the system choose the new place: there is no further argument.
+    return ZET::Fails("mremap") ? MAP_FAILED : __real_mremap(address, formerSize, size, flags);
 }
 }

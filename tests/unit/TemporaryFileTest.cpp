@@ -26,6 +26,7 @@ class TemporaryFileTest : public ModuleTest {
     }
 
     void ExpectSaveFails() {
+        LeavesTemporary();
         ExpectChildPasses(5s, [&] {
             ExpectError<EZETError>("Failed to save file 'D/target.tmp'.", [&] { m_file.Save(false); });
             EXPECT_EQ(Journal({"IsFileExist", "CreateFile", "RenameFile"}), Strings{});
@@ -111,18 +112,45 @@ TEST_F(TemporaryFileTest, LeftOverThatOthersMayReadIsMadePrivateFirst) {
 }
 
 TEST_F(TemporaryFileTest, LeftOverIsPrivateWhileItIsWritten) {
+    LeavesTemporary();
     Open("x=1\n", 0644);
     Write("target.tmp", "left over\n", 0666);
-    const SystemCalls lies({.statError = EIO, .statFailsOnlyAfterWrite = true});
-    ExpectError<EZETError>("Error stat 'D/target.tmp':Input/output error", [&] { m_file.Save(false); });
+    {
+        const SystemCalls lies({.statError = EIO, .statFailsOnlyAfterWrite = true});
+        ExpectError<EZETError>("Error stat 'D/target.tmp':Input/output error", [&] { m_file.Save(false); });
+    }
     EXPECT_EQ(Mode("target.tmp"), 0600U);
     EXPECT_EQ(Read("target.tmp"), "x=1\n");
 }
 
+/// The calls that make a left-over fit to be written, each of which can fail.
+class UnfitLeftOverTest : public TemporaryFileTest, public testing::WithParamInterface<const char*> {};
+
+TEST_P(UnfitLeftOverTest, IsAFailedSaveThatWritesNothing) {
+    LeavesTemporary();
+    Open("x=1\n");
+    Write("target.tmp", "left over\n", 0644);
+    {
+        const SystemCalls lies({.failing = {{GetParam(), EIO}}});
+        ExpectError<EZETError>("Failed to save file 'D/target.tmp'.", [&] { m_file.Save(false); });
+        EXPECT_EQ(lies.Record().counts.at(GetParam()), 1U);
+        EXPECT_EQ(lies.Record().writes, 0U);
+    }
+    EXPECT_EQ(Journal({"IsFileExist", "CreateFile", "RenameFile"}), Strings{});
+    EXPECT_EQ(Read("target.tmp"), "left over\n");
+    EXPECT_EQ(Read("target"), "x=1\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(EachCall, UnfitLeftOverTest, testing::Values("fstat", "fchmod", "ftruncate"),
+                         [](const testing::TestParamInfo<const char*>& info) { return info.param; });
+
 TEST_F(TemporaryFileTest, NewOneIsPrivateWhileItIsWritten) {
+    LeavesTemporary();
     Open("x=1\n", 0644);
-    const SystemCalls lies({.statError = EIO, .statFailsOnlyAfterWrite = true});
-    ExpectError<EZETError>("Error stat 'D/target.tmp':Input/output error", [&] { m_file.Save(false); });
+    {
+        const SystemCalls lies({.statError = EIO, .statFailsOnlyAfterWrite = true});
+        ExpectError<EZETError>("Error stat 'D/target.tmp':Input/output error", [&] { m_file.Save(false); });
+    }
     EXPECT_EQ(Mode("target.tmp"), 0600U);
 }
 
@@ -138,7 +166,7 @@ TEST_F(TemporaryFileTest, CreationMaskIsZeroDuringTheChangeOfModeAndPutBack) {
     Open("x=1\n", 0644);
     const SystemCalls seen({});
     m_file.Save(true);
-    Strings calls = seen.Record().modeCalls;
+    Strings calls = seen.Record().attributeCalls;
     ASSERT_GE(calls.size(), 3U);
     calls.erase(calls.begin(), calls.end() - 3);
     EXPECT_EQ(calls, (Strings{"mask 0", "mode 644", "mask 22"}));
@@ -148,7 +176,7 @@ TEST_F(TemporaryFileTest, ModeThatIsRightAlreadyIsNotChanged) {
     Open("x=1\n", 0600);
     const SystemCalls seen({});
     m_file.Save(true);
-    for (const std::string& call : seen.Record().modeCalls)
+    for (const std::string& call : seen.Record().attributeCalls)
         EXPECT_EQ(call, "mode 600");
     EXPECT_EQ(Mode("target"), 0600U);
 }
@@ -164,6 +192,7 @@ TEST_F(TemporaryFileTest, ChangeOfModeThatFailsIsNotReported) {
 }
 
 TEST_F(TemporaryFileTest, NoSaveLeavesADescriptorOpen) {
+    LeavesTemporary();
     const auto count = [] {
         const auto entries = std::filesystem::directory_iterator("/proc/self/fd");
         return std::distance(begin(entries), end(entries));

@@ -75,6 +75,7 @@ TEST_F(UpdateParamTest, EmptyNameIsRefusedAndNothingChanges) {
 }
 
 TEST_F(UpdateParamTest, FailedSaveLeavesTheCoresValue) {
+    LeavesTemporary();
     Write("zet.conf", "A=1\n");
     ASSERT_EQ(::mkdir(Path("zet.conf.tmp").c_str(), 0755), 0);
     ExpectError<EZETError>("Failed to save file 'D/zet.conf.tmp'.",
@@ -84,6 +85,7 @@ TEST_F(UpdateParamTest, FailedSaveLeavesTheCoresValue) {
 }
 
 TEST_F(UpdateParamTest, FailedRenameLeavesTheCoresValue) {
+    LeavesTemporary();
     Write("zet.conf", "A=1\n");
     m_core.FailAt("RenameFile");
     ExpectScriptedFailure("RenameFile", [&] { m_config.UpdateConfigFileParam("A", "2"); });

@@ -61,7 +61,10 @@ void TextBuilder::EndLine(bool isEmpty) {
 }
 
 Buffer TextBuilder::Install() {
-    const bool isWhole = m_bytes.Size() == 0 && m_run.size() == m_source.Bytes().size();
+    // A run of the same length may be a piece of something else.
+    const std::string_view source = m_source.Bytes();
+    const bool isWhole =
+        m_bytes.Size() == 0 && m_run.size() == source.size() && m_run.data() == source.data();
     if (!isWhole) FlushRun();
     m_mayRevive = false;
     if (!isWhole) return m_source.Replace(std::move(m_bytes));

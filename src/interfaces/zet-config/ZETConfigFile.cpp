@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "Companions.h"
-#include "FileAccess.h"
 #include "Messages.h"
 #include "Passes.h"
 #include "zet/ZETFiles.h"
@@ -187,14 +186,16 @@ void CZETConfigFile::Save(bool noBackup) {
 
 void CZETConfigFile::InternalSaveAs(const std::string& fileName, bool noBackup) {
     const std::string temporaryName = fileName + ZETTemporarySuffix;
-    WriteTemporary(temporaryName);
+    WriteTemporary(temporaryName, fileName);
     if (!noBackup) KeepOriginal(fileName, RenameFile);
     RenameFile(temporaryName, fileName);
 }
 
 /// Writes the text as it can be read: an exhausted one yields nothing. The read state stays as it is.
-void CZETConfigFile::WriteTemporary(const std::string& temporaryName) {
-    FileDescriptor file = OpenTemporary(temporaryName);
+void CZETConfigFile::WriteTemporary(const std::string& temporaryName, const std::string& fileName) {
+    std::optional<Owner> targetOwner;
+    const bool isKnown = FindOwner(fileName, targetOwner);
+    const FileDescriptor file = isKnown ? OpenTemporary(temporaryName, targetOwner) : FileDescriptor(-1);
     m_content->Rewind();
     if (!file.IsOpen() || !WriteAll(file, m_content->Rest())) {
         Message message(kFileSource, "InternalSaveAs", Here());
@@ -207,7 +208,20 @@ void CZETConfigFile::WriteTemporary(const std::string& temporaryName) {
         Throw<EZETError>(message.Format()(1, message.Translated(kCoreDomain, "Error stat '%s':%m"),
                                           temporaryName.c_str()));
     }
-    if (status.st_mode != m_fileStat.st_mode) SetMode(file, m_fileStat.st_mode);
+    // The owner first: as long as he is not the final one nobody may run the file with its owner's rights.
+    // The file is private until then and has no such bit that a new owner could cost it.
+    const Owner owner = targetOwner.value_or(OwnerOf(status));
+    const bool isGiven = owner == OwnerOf(status) || SetOwner(file, owner);
+    if (status.st_mode != m_fileStat.st_mode) SetMode(file, FinalMode(owner, isGiven));
+}
+
+/// The mode of what was read. It lets others run the file with its owner's rights only where the owner who is
+/// meant has it: the one who was to get it (`isGiven`) and, of a file edited in place, the one whom it had
+/// when it was read. Somebody else's file may stand at its name by now.
+mode_t CZETConfigFile::FinalMode(const Owner& owner, bool isGiven) const {
+    const bool isMeant = isGiven && (m_fromTemplate || owner == OwnerOf(m_fileStat));
+    constexpr mode_t kRunsAsOwner = S_ISUID | S_ISGID;
+    return isMeant ? m_fileStat.st_mode : m_fileStat.st_mode & ~kRunsAsOwner;
 }
 
 }  // namespace ZET

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "Buffer.h"
+#include "FileAccess.h"
 #include "Text.h"
 #include "zet/IZETConfigFile.h"
 #include "zet/IZETCore.h"
@@ -55,7 +56,8 @@ class CZETConfigFile : public IZETConfigFile {
     void Rewrite(Pass&& pass);
     void RequireContent(const char* function, std::size_t line) const;
     void InternalSaveAs(const std::string& fileName, bool noBackup);
-    void WriteTemporary(const std::string& temporaryName);
+    void WriteTemporary(const std::string& temporaryName, const std::string& fileName);
+    mode_t FinalMode(const Owner& owner, bool isGiven) const;
 
     IZETCore& m_core;
     std::string m_fileName;           ///< what was read: the file itself or the template's working copy

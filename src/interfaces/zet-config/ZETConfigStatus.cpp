@@ -1,9 +1,11 @@
 #include <sys/stat.h>
 
-#include <fstream>
+#include <ostream>
+#include <utility>
 
 #include "Companions.h"
 #include "FileAccess.h"
+#include "FileStream.h"
 #include "Messages.h"
 #include "Text.h"
 #include "ZETConfig.h"
@@ -41,14 +43,10 @@ bool ReadStatusFile(const std::string& fileName, StringMap& values) {
     return true;
 }
 
-std::ofstream OpenForWriting(const std::string& fileName, const char* function, std::size_t line) {
-    struct stat status = {};
-    // Opening a pipe would wait for somebody to read from it.
-    const bool isPipe = stat(fileName.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
-    std::ofstream stream;
-    if (!isPipe && IsFileName(fileName)) stream.open(fileName);
-    if (!stream.is_open()) ThrowCannotOpen(fileName, function, line);
-    return stream;
+FileDescriptor OpenStatusFile(const std::string& fileName, const char* function, std::size_t line) {
+    FileDescriptor file = OpenForWriting(fileName);
+    if (!file.IsOpen()) ThrowCannotOpen(fileName, function, line);
+    return file;
 }
 
 std::string FileServerStatusName(IZETCore& core) {
@@ -70,7 +68,7 @@ std::string CZETConfig::ConfigStatusName(const std::string& mode) {
 }
 
 void CZETConfig::SaveConfigStatus(const std::string& mode) {
-    std::ofstream stream = OpenForWriting(ConfigStatusName(mode), "SaveConfigStatus", Here());
+    FileStream stream(OpenStatusFile(ConfigStatusName(mode), "SaveConfigStatus", Here()));
     m_core.WriteStatus(stream);
 }
 
@@ -89,7 +87,7 @@ void CZETConfig::LoadConfigStatus(const std::string& mode, StringMap& values) {
 }
 
 void CZETConfig::SaveFileServerStatus() {
-    std::ofstream stream = OpenForWriting(FileServerStatusName(m_core), "SaveFileServerStatus", Here());
+    FileStream stream(OpenStatusFile(FileServerStatusName(m_core), "SaveFileServerStatus", Here()));
     // The core is asked only now: when it fails, the file is empty already, and stays so.
     const std::string type = m_core.GetParam(kFileServerKey);
     stream << kFileServerKey << '=' << type << '\n' << std::flush;

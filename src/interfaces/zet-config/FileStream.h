@@ -1,0 +1,42 @@
+#ifndef ZET_FILE_STREAM_H
+#define ZET_FILE_STREAM_H
+
+#include <array>
+#include <ostream>
+#include <streambuf>
+#include <utility>
+
+#include "FileAccess.h"
+
+namespace ZET {
+
+/// Collects what a stream is given and writes it to a file. What could not be written is lost.
+class FileStreamBuffer : public std::streambuf {
+  public:
+    explicit FileStreamBuffer(FileDescriptor file);
+    ~FileStreamBuffer() override;
+
+  protected:
+    int_type overflow(int_type byte) override;
+    int sync() override;
+
+  private:
+    FileDescriptor m_file;
+    std::array<char, 4096> m_bytes = {};
+};
+
+/// A stream into a file that is open already: unlike `std::ofstream` it knows what it writes to, since a path
+/// could lead somewhere else by the time that it is opened.
+class FileStream : public std::ostream {
+  public:
+    explicit FileStream(FileDescriptor file) : std::ostream(nullptr), m_buffer(std::move(file)) {
+        rdbuf(&m_buffer);
+    }
+
+  private:
+    FileStreamBuffer m_buffer;
+};
+
+}  // namespace ZET
+
+#endif
