@@ -33,7 +33,7 @@ __attribute__((visibility("default"))) bool IsFileExist(const std::string& path)
 /// Copies the regular file `from` (a last link is followed) with its mode, owner and attributes to `to`,
 /// replacing it, of a link the link: all or nothing. The copy is made under a name that nobody else has and
 /// is nobody else's to read until it is complete; without set-user-ID and set-group-ID where the owner could
-/// not be given.
+/// not be given, or where `from` is a link.
 __attribute__((visibility("default"))) void CopyFile(const std::string& from, const std::string& to);
 
 }  // namespace ZET

@@ -222,23 +222,22 @@ mode_t Apply(const AttributedFile& donor, const AttributedFile& receiver, const 
     }
 }
 
-/// -1, with `errno`, when the file cannot be opened at all.
-int OpenOnce(AttributedFile& file) {
-    constexpr int kFlags = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    const char* path = file.path.c_str();
-    int number = ::open(path, O_RDONLY | O_NOFOLLOW | kFlags);
-    file.isLinked = number < 0 && errno == ELOOP;
-    if (file.isLinked) number = ::open(path, O_RDONLY | kFlags);
-    file.isPathOnly = number < 0 && errno == EACCES;
-    if (file.isPathOnly) number = ::open(path, O_PATH | O_CLOEXEC | (file.isLinked ? 0 : O_NOFOLLOW));
-    return number;
-}
-
 }  // namespace
+
+bool OpenToRead(AttributedFile& file) {
+    constexpr int kFlags = O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    file.descriptor.Reset(::open(file.path.c_str(), kFlags | O_NOFOLLOW));
+    file.isLinked = !file.descriptor.IsOpen() && errno == ELOOP;
+    if (file.isLinked) file.descriptor.Reset(::open(file.path.c_str(), kFlags));
+    return file.descriptor.IsOpen();
+}
 
 std::optional<AttributedFile> OpenDonor(const std::string& path) {
     AttributedFile file(path);
-    file.descriptor.Reset(OpenOnce(file));
+    if (!OpenToRead(file) && errno == EACCES) {
+        file.isPathOnly = true;
+        file.descriptor.Reset(::open(path.c_str(), O_PATH | O_CLOEXEC | (file.isLinked ? 0 : O_NOFOLLOW)));
+    }
     if (!file.descriptor.IsOpen()) {
         // A socket gives ENXIO.
         if (errno == ENOENT || errno == ENOTDIR || errno == ELOOP || errno == ENXIO) return std::nullopt;
@@ -251,12 +250,17 @@ std::optional<AttributedFile> OpenDonor(const std::string& path) {
 }
 
 void SyncAttributedFile(const AttributedFile& file) {
-    static const Descriptor none;
-    SyncFile(file.isPathOnly ? none : file.descriptor, file.path);
+    if (file.isPathOnly)
+        SyncFile(Descriptor(), file.path);
+    else
+        SyncFile(file.descriptor, file.path);
 }
 
 mode_t ModeAllowedBy(const AttributedFile& donor, mode_t mode) {
-    return donor.isLinked || donor.status.st_nlink > 1 ? mode & ~kSetIds : mode;
+    if ((mode & kSetIds) == 0 || (!donor.isLinked && donor.status.st_nlink == 1)) return mode;
+    Warn("Set-user-ID and set-group-ID are left out: '%s' is a link, or a file with another name.",
+         donor.path.c_str());
+    return mode & ~kSetIds;
 }
 
 void TakeOverAttributes(const AttributedFile& donor, const AttributedFile& receiver, mode_t mode) {

@@ -21,6 +21,9 @@ struct AttributedFile {
     bool isLinked = false;    ///< a link led to it
 };
 
+/// Opens the file, a last link followed. False, with `errno`, when it cannot be read.
+bool OpenToRead(AttributedFile& file);
+
 /// The file whose attributes another one is to have; nothing when there is no regular file at the end of
 /// `path`. A last link is followed to the file that readers saw. Throws `EZETError` when that cannot be told.
 std::optional<AttributedFile> OpenDonor(const std::string& path);
@@ -28,8 +31,8 @@ std::optional<AttributedFile> OpenDonor(const std::string& path);
 /// As `SyncFile`.
 void SyncAttributedFile(const AttributedFile& file);
 
-/// `mode` without set-user-ID and set-group-ID unless the donor is the one file of its name: through a link
-/// or another name, somebody else might have chosen whose rights the bits give.
+/// `mode`; without set-user-ID and set-group-ID, and with a warning, unless the donor is the one file of its
+/// name: through a link or another name, somebody else might have chosen whose rights the bits give.
 mode_t ModeAllowedBy(const AttributedFile& donor, mode_t mode);
 
 /// Gives `receiver` what `donor` has of owner, group, POSIX ACL, security label and user attributes; never

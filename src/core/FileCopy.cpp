@@ -83,7 +83,9 @@ class Copy {
         m_isThere = true;
         if (!CopyBytes(source.descriptor.Number(), copy.descriptor.Number())) Refuse();
         if (::fstat(copy.descriptor.Number(), &copy.status) != 0) Refuse();
-        TakeOverAttributes(source, copy, source.status.st_mode);
+        // Whoever set a link might want a copy of somebody else's program that stays as it is.
+        const mode_t mode = source.status.st_mode;
+        TakeOverAttributes(source, copy, source.isLinked ? ModeAllowedBy(source, mode) : mode);
         SyncFile(copy.descriptor, m_name);
         if (!copy.descriptor.Close()) Refuse();
     }
@@ -101,10 +103,10 @@ class Copy {
 
     AttributedFile OpenSource() const {
         AttributedFile source(m_from);
-        source.descriptor.Reset(::open(m_from.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-        if (!source.descriptor.IsOpen() && IsDanglingLink(m_from))
+        const bool isOpen = OpenToRead(source);
+        if (!isOpen && IsDanglingLink(m_from))
             Refuse(Message("the former is a link that leads nowhere (remove it, or make what it names)"));
-        if (!source.descriptor.IsOpen() || ::fstat(source.descriptor.Number(), &source.status) != 0) Refuse();
+        if (!isOpen || ::fstat(source.descriptor.Number(), &source.status) != 0) Refuse();
         if (!S_ISREG(source.status.st_mode)) Refuse(Message("not a regular file"));
         return source;
     }

@@ -1,10 +1,18 @@
 // Its record is looked up in the catalogue of its library, which must be known by then.
-#define MODULE_NAME "translated"
-#define MODULE_GET_INFO                                                                         \
-    const char* directory = ::bindtextdomain("Translated", nullptr);                            \
-    if (std::string(directory != nullptr ? directory : "").find("locale") == std::string::npos) \
-        return nullptr;                                                                         \
-    return host->type == 0 ? &record : nullptr;
 #include <libintl.h>
+
+#include <string>
+
+#define MODULE_NAME "translated"
+#define MODULE_GET_INFO return host->type == 0 && IsCatalogueBound() ? &record : nullptr;
+
+namespace {
+
+bool IsCatalogueBound() {
+    const char* directory = ::bindtextdomain("Translated", nullptr);
+    return directory != nullptr && directory == std::string(ZET_LOCALE_DIR);
+}
+
+}  // namespace
 
 #include "ModuleParts.h"
