@@ -95,6 +95,8 @@ void WarnOnce(const std::string& key) {
 
 }  // namespace
 
+Parameters::Parameters() : m_values{{kConfigFile, ""}} {}
+
 Parameters::Parameters(const std::string& file) {
     RequireNotEmpty(file, "CZETHost");
     ReadParameterFile(file, [&](const ParameterLine& line) {
