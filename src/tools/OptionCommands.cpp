@@ -8,6 +8,7 @@
 #include "ExitStatus.h"
 #include "FileChange.h"
 #include "Remedy.h"
+#include "Secrets.h"
 #include "TextStreams.h"
 #include "zet/ZETHost.h"
 
@@ -53,7 +54,8 @@ int RunOptionGet(Session& session) {
     std::optional<std::string> value;
     if (IsKnown(session, name)) value = session.Param(name);
     session.Out().Set("name", name);
-    return ReportLookup(session, "there is no parameter \"" + name + "\"", "value", value, false);
+    session.Out().Set("secret", session.HostSecrets().IsPrivate(session.Param(kConfigFile)));
+    return ReportLookup(session, "there is no parameter \"" + name + "\"", "value", value);
 }
 
 int RunOptionSet(Session& session) {

@@ -1,9 +1,12 @@
 #include "Render.h"
 
+#include <memory>
+
 #include "Diff.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "Remedy.h"
+#include "Secrets.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET {
@@ -21,6 +24,12 @@ void Perform(Session& session, const std::string& templateName, const std::strin
         throw Failure(path + ": the template " + templateName +
                       " could not be rendered into it (the log says why; then run the command again)");
     }
+}
+
+/// The log names the placeholders that it does not know, and others read it, too.
+std::unique_ptr<QuietLog> QuietAbout(Session& session, const std::string& templateFile) {
+    const bool isHidden = !templateFile.empty() && session.HostSecrets().Hides(templateFile);
+    return isHidden ? std::make_unique<QuietLog>(session.Asked(), ZETLogError) : nullptr;
 }
 
 void Process(Session& session, const std::string& templateName, const std::string& path, StringMap* values) {
@@ -57,6 +66,7 @@ std::string RenderStaged(Session& session, const Staging& staging, const std::st
     const std::string staged = staging.PathOf("rendered/" + templateName);
     const std::string workingCopy = WorkingCopy(session, templateName);
     const std::string source = TemplateFile(session, templateName);
+    const std::unique_ptr<QuietLog> quiet = QuietAbout(session, source);
     const ParamOverride noSync(session.Core(), "ZET_SYNC", "no");
     if (IsFileExist(workingCopy)) {
         Process(session, templateName, staged, values);
@@ -75,6 +85,7 @@ void RenderOnce(Session& session, const std::string& templateName, const std::st
                 const StringMap& values) {
     StringMap allValues = values;
     allValues.insert(session.Config().TemplatesValues().begin(), session.Config().TemplatesValues().end());
+    const std::unique_ptr<QuietLog> quiet = QuietAbout(session, TemplateFile(session, templateName));
     Perform(session, templateName, path, [&] {
         const auto file = session.Config().OpenConfigFileTemplate(templateName, path, session.Role(), false);
         if (!file) return;
@@ -86,6 +97,7 @@ void RenderOnce(Session& session, const std::string& templateName, const std::st
 void RenderTarget(Session& session, const std::string& templateName, const std::string& path,
                   const std::string& staged, StringMap* values) {
     session.Config().ReserveConfigFile(path);
+    const std::unique_ptr<QuietLog> quiet = QuietAbout(session, TemplateFile(session, templateName));
     Process(session, templateName, path, values);
     if (!HasBecome(path, staged)) {
         throw Failure(

@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <memory>
+#include <string_view>
 
+#include "ChangeReport.h"
 #include "Commands.h"
 #include "Diff.h"
 #include "ExitStatus.h"
@@ -10,6 +12,8 @@
 #include "PendingRecord.h"
 #include "Remedy.h"
 #include "Render.h"
+#include "Restarts.h"
+#include "Secrets.h"
 #include "Signals.h"
 #include "Staging.h"
 #include "TargetCheck.h"
@@ -26,8 +30,8 @@ namespace {
 struct WrittenFile {
     std::string templateName;  ///< empty: the list does not have the file any more
     std::string path;          ///< of the real file, links followed
-    bool isSecret = true;
-    std::string trouble;  ///< why the real file cannot be found; the path is then as the list has it
+    std::string restart;       ///< the services that notice its change only then
+    std::string trouble;       ///< why the real file cannot be found; the path is then as the list has it
 
     std::string Reserve() const { return path + ZETReserveSuffix; }
     std::string Record() const { return path + ZETAbsenceSuffix; }
@@ -36,9 +40,11 @@ struct WrittenFile {
 
 /// What is done with a file, for both forms of the report.
 struct Outcome {
-    const char* change;
+    std::string_view change;
     std::string text;
-    std::string diff;
+    ShownDiff diff;
+
+    bool IsChange() const { return change == "restored" || change == "removed"; }
 };
 
 /// One run of the command, under the lock. What cannot be put back does not keep the others from it.
@@ -52,6 +58,7 @@ class Rollback {
         m_report.Set("role", session.Role());
         m_report.Set("dry_run", m_isDryRun);
         m_report.AddList("targets");
+        m_report.AddList("restart");
     }
 
     int Run() {
@@ -63,9 +70,11 @@ class Rollback {
                 TryPutBack(file);
             }
         } catch (const Interrupted&) {
+            m_restarts.Tell(m_session);
             m_manifest.Save();
             throw;
         }
+        m_restarts.Tell(m_session);
         if (m_isDryRun) return m_isChanged ? kNotInSync : (m_isKept ? kFailed : kDone);
         m_manifest.Save();
         const auto isLeft = [](const WrittenFile& file) { return file.IsLeft(); };
@@ -100,7 +109,7 @@ class Rollback {
     }
 
     WrittenFile Written(const Target& target) const {
-        WrittenFile file{target.templateName, m_session.HostPaths().FromInside(target.path), target.isSecret,
+        WrittenFile file{target.templateName, m_session.HostPaths().FromInside(target.path), target.restart,
                          ""};
         try {
             file.path = m_session.HostPaths().WithRealDirectory(m_session.FilePath(target.path));
@@ -111,7 +120,7 @@ class Rollback {
     }
 
     void AddRecorded(const std::string& path, std::vector<WrittenFile>& files) {
-        WrittenFile file{"", path, true, ""};
+        WrittenFile file{"", path, "", ""};
         try {
             if (!m_session.HostPaths().StaysInside(path)) {
                 m_report.Warning(path + ": leads out of the root directory by a link, and is left alone");
@@ -155,13 +164,14 @@ class Rollback {
         try {
             if (!file.trouble.empty()) throw Failure(file.trouble);
             const Outcome outcome = PutBack(file);
+            if (outcome.IsChange()) m_restarts.Add(file.restart);
             Tell(file, outcome);
         } catch (const Interrupted&) {
             throw;
         } catch (const std::exception& error) {
             m_isKept = true;
             m_report.Error(file.path + ": could not be put back: " + WithRemedy(error.what()));
-            Tell(file, {"failed", "could not be put back", ""});
+            Tell(file, {"failed", "could not be put back", {}});
         }
     }
 
@@ -170,7 +180,7 @@ class Rollback {
         const FileState now = StateOf(file.path);
         if (!reserve.exists && !StateOf(file.Record()).exists) {
             m_manifest.Forget(file.path);
-            return {"unchanged", now.exists ? "has no reserve, stays as it is" : "is not there", ""};
+            return {"unchanged", now.exists ? "has no reserve, stays as it is" : "is not there", {}};
         }
         if (reserve.exists && !reserve.IsRegular())
             throw Failure(file.Reserve() + ": is no regular file (move it away)");
@@ -179,7 +189,7 @@ class Rollback {
             m_report.Warning(
                 file.path +
                 ": was edited since it was committed and stays (--force puts back what was there before)");
-            return {"kept", "edited, stays as it is", ""};
+            return {"kept", "edited, stays as it is", {}};
         }
         m_isChanged = true;
         Outcome outcome = Describe(file, now, reserve);
@@ -192,22 +202,23 @@ class Rollback {
 
     Outcome Describe(const WrittenFile& file, const FileState& now, const FileState& reserve) const {
         const std::string tense = m_isDryRun ? "would be " : "";
-        Outcome outcome = {"removed", tense + "removed, as there was none before", ""};
+        Outcome outcome = {"removed", tense + "removed, as there was none before", {}};
         if (reserve.exists) {
             const std::string attributes = now.exists ? DescribeChange(now, reserve) : "";
-            outcome = {"restored",
-                       tense + "put back as it was" + (attributes.empty() ? "" : ", " + attributes), ""};
+            outcome = {
+                "restored", tense + "put back as it was" + (attributes.empty() ? "" : ", " + attributes), {}};
         } else if (!now.exists) {
-            outcome = {"unchanged", "is not there, as before", ""};
+            outcome = {"unchanged", "is not there, as before", {}};
         }
-        if (m_session.Asked().diff && !file.isSecret) outcome.diff = DiffOf(file, now, reserve);
+        outcome.diff = DiffOf(file, now, reserve);
         return outcome;
     }
 
-    static std::string DiffOf(const WrittenFile& file, const FileState& now, const FileState& reserve) {
+    ShownDiff DiffOf(const WrittenFile& file, const FileState& now, const FileState& reserve) const {
         const bool isShown = now.exists ? now.IsRegular() : reserve.exists;
-        if (!isShown) return "";
-        return UnifiedDiff(now.exists ? file.path : "", reserve.exists ? file.Reserve() : "", file.path);
+        if (!isShown) return {};
+        return DiffToShow(m_session, now.exists ? file.path : "", reserve.exists ? file.Reserve() : "",
+                          file.path);
     }
 
     /// Whether nothing but the product's work is lost when the file is replaced: it is what the product
@@ -232,11 +243,14 @@ class Rollback {
 
     void Tell(const WrittenFile& file, const Outcome& outcome) {
         if (!m_session.Asked().quiet) m_report.Line(file.path + ": " + outcome.text);
-        m_report.Diff(outcome.diff);
+        outcome.diff.Tell(m_report);
         Fields fields = {{"template", file.templateName.empty() ? Value(nullptr) : Value(file.templateName)},
                          {"path", m_session.HostPaths().RealName(file.path)},
-                         {"change", outcome.change}};
-        if (m_session.Asked().diff) fields.emplace_back("diff", outcome.diff);
+                         {"change", std::string(outcome.change)}};
+        if (m_session.Asked().json)
+            fields.emplace_back("secret",
+                                outcome.diff.isPrivate || m_session.HostSecrets().IsPrivate(file.path));
+        if (m_session.Asked().diff) outcome.diff.AddTo(fields);
         m_report.Add("targets", std::move(fields));
     }
 
@@ -250,6 +264,7 @@ class Rollback {
     bool m_isDryRun;
     Manifest m_manifest;
     std::unique_ptr<Staging> m_staging;
+    Restarts m_restarts;
     bool m_isKept = false;     ///< something stays that should have been put back
     bool m_isChanged = false;  ///< something was, or would be, put back
 };
