@@ -29,7 +29,7 @@ _zet_read_words() {
 
 _zet() {
     local current=$2 previous=${COMP_WORDS[COMP_CWORD - 1]} command arguments words='' files=''
-    local options='-c --config --root --module -n --dry-run --diff --json -q --quiet -v --verbose --color --log
+    local options='-c --config --root --module -n --dry-run --diff --json -q --quiet -v --verbose --show-secrets --color --log
         -h --help -V --version'
     [[ $current != = ]] || current=''
     [[ $previous != = ]] || previous=${COMP_WORDS[COMP_CWORD - 2]}
@@ -48,9 +48,10 @@ _zet() {
         option) words='get set' ;;
         'template install') options+=' --force' words=$(_zet_templates) ;;
         'template process') options+=' --value' words=$(_zet_templates) ;;
-        'param set' | 'line set') options+=' --no-markers --no-backup' ;;
-        'param restore' | 'line restore') options+=' --all-blocks --no-markers --no-backup' ;;
-        'file strip') options+=' --no-backup' ;;
+        'param set' | 'line set') options+=' --force --no-markers --no-backup' ;;
+        'param restore' | 'line restore') options+=' --all-blocks --force --no-markers --no-backup' ;;
+        'file strip') options+=' --force --no-backup' ;;
+        'file forget') options+=' --force' ;;
     esac
     case "$command $arguments" in
         'param '*' 0' | 'line '*' 0' | 'file '*' 0' | 'explain 0' | 'doctor 0') files=-f ;;

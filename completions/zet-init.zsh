@@ -27,7 +27,7 @@ _zet_read_words() {
 _zet() {
     local command arguments current=$words[CURRENT] previous=$words[CURRENT-1]
     local -a known options=(-c --config --root --module -n --dry-run --diff --json -q --quiet -v --verbose
-        --color --log -h --help -V --version)
+        --show-secrets --color --log -h --help -V --version)
     _zet_read_words
     if [[ $current == --*=* ]] && compset -P '*='; then previous=${current%%=*} current=''; fi
     case $previous in
@@ -51,9 +51,10 @@ _zet() {
         (option) known=(get set) ;;
         ('template install') options+=(--force) known=(${(f)"$(_zet_templates)"}) ;;
         ('template process') options+=(--value) known=(${(f)"$(_zet_templates)"}) ;;
-        ('param set'|'line set') options+=(--no-markers --no-backup) ;;
-        ('param restore'|'line restore') options+=(--all-blocks --no-markers --no-backup) ;;
-        ('file strip') options+=(--no-backup) ;;
+        ('param set'|'line set') options+=(--force --no-markers --no-backup) ;;
+        ('param restore'|'line restore') options+=(--all-blocks --force --no-markers --no-backup) ;;
+        ('file strip') options+=(--force --no-backup) ;;
+        ('file forget') options+=(--force) ;;
     esac
     if [[ $current == -* ]]; then
         compadd -- $options

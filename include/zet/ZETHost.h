@@ -28,6 +28,9 @@ class __attribute__((visibility("default"))) CZETHost {
     /// `EZETCheckError`.
     explicit CZETHost(const std::string& configFile);
 
+    /// Without a configuration file: the defaults serve, and "ZET_CFG" is empty.
+    CZETHost();
+
     /// Unloads the modules that are still loaded, as `UnloadModules`.
     ~CZETHost();
     CZETHost(const CZETHost&) = delete;

@@ -11,13 +11,23 @@ namespace ZET {
 
 namespace {
 
-/// Where the messages are translated, before the first of them.
-const std::string& WithCatalogue(const std::string& configFile) {
+/// Where the messages are translated.
+void BindCatalogue() {
     ::bindtextdomain("libzet-core", ZET_LOCALE_DIR);
+}
+
+/// Before the first of them.
+const std::string& WithCatalogue(const std::string& configFile) {
+    BindCatalogue();
     return configFile;
 }
 
 }  // namespace
+
+CZETCore::CZETCore() {
+    BindCatalogue();
+    m_syncing.Set(m_parameters.Sync());
+}
 
 CZETCore::CZETCore(const std::string& configFile) : m_parameters(WithCatalogue(configFile)) {
     m_syncing.Set(m_parameters.Sync());

@@ -15,6 +15,9 @@ namespace ZET {
 /// The core as modules see it: each operation is a service of its own.
 class CZETCore final : public IZETCore {
   public:
+    /// The parameters have their defaults.
+    CZETCore();
+
     /// Reads the parameters from `configFile`.
     explicit CZETCore(const std::string& configFile);
 

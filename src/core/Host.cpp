@@ -10,6 +10,7 @@ namespace ZET {
 
 class CZETHost::Implementation {
   public:
+    Implementation() = default;
     explicit Implementation(const std::string& configFile) : m_core(configFile) {}
     ~Implementation() { UnloadModules(); }
     Implementation(const Implementation&) = delete;
@@ -36,6 +37,8 @@ class CZETHost::Implementation {
 
 CZETHost::CZETHost(const std::string& configFile)
     : m_implementation(std::make_unique<Implementation>(configFile)) {}
+
+CZETHost::CZETHost() : m_implementation(std::make_unique<Implementation>()) {}
 
 CZETHost::~CZETHost() = default;
 

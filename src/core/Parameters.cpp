@@ -115,6 +115,8 @@ bool CanStandInALine(std::string_view value) {
 
 }  // namespace
 
+Parameters::Parameters() : m_values{{kConfigFile, ""}} {}
+
 Parameters::Parameters(const std::string& file) {
     RequireNotEmpty(file, "CZETHost");
     ReadParameterFile(file, [&](const ParameterLine& line) {

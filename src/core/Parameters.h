@@ -11,6 +11,9 @@ namespace ZET {
 /// the parameters that they are derived from.
 class Parameters {
   public:
+    /// Defaults alone; "ZET_CFG" is empty.
+    Parameters();
+
     /// Reads `file`, the parameter "ZET_CFG"; throws as `ReadParameterFile`. Warns of a flag that is none.
     explicit Parameters(const std::string& file);
 

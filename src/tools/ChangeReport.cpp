@@ -3,18 +3,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <filesystem>
-#include <new>
-#include <set>
-#include <string_view>
 
 #include "ExitStatus.h"
 #include "FileBytes.h"
-#include "FileOrigin.h"
-#include "Manifest.h"
-#include "Render.h"
-#include "Targets.h"
+#include "Secrets.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -42,71 +35,18 @@ FileState FormerState(const std::string& path) {
     return replaced.IsRegular() ? replaced : StateOf(path + ZETReserveSuffix);
 }
 
-/// The one name of a file.
-std::string NameOf(Session& session, const std::string& path) {
-    const Paths& paths = session.HostPaths();
-    return paths.Canonical(paths.NameInside(path));
+bool IsPrivate(Session& session, const FileReport& report) {
+    return report.diff.isPrivate || Secrets::IsClosed(report.before) || Secrets::IsClosed(report.after) ||
+           session.HostSecrets().IsPrivate(report.path);
 }
 
-/// Whether the name is that of a file's copy, which holds the same text; it is then the file's.
-bool NameOriginal(std::string& name) {
-    for (const std::string_view suffix : {ZETReserveSuffix, ZETTemporarySuffix, ".old"}) {
-        if (!name.ends_with(suffix)) continue;
-        name.resize(name.size() - suffix.size());
-        return true;
-    }
-    return false;
-}
-
-/// The names of the file, and of those that it may be a copy of.
-std::set<std::string> NamesOfText(Session& session, const std::string& path) {
-    std::string name = NameOf(session, path);
-    std::set<std::string> names;
-    do {
-        names.insert(name);
-    } while (NameOriginal(name));
-    return names;
-}
-
-/// The same of the templates that the file, its reserve or what it is a copy of says to be made from.
-std::set<std::string> NamesOfTemplates(Session& session, const std::string& path) {
-    std::set<std::string> files = NamesOfText(session, path);
-    files.insert(NameOf(session, path + ZETReserveSuffix));
-    std::set<std::string> names;
-    for (const std::string& file : files) {
-        const std::string named = TemplateNamedIn(session, file);
-        if (!named.empty()) names.insert(NameOf(session, named));
-    }
-    return names;
-}
-
-/// The target itself, the template's working copy, and the pristine template.
-bool HoldsTextOf(Session& session, const Target& target, const std::set<std::string>& names) {
-    const std::string pristine = session.Param("ZET_CFG_TEMPL_DIR") + "/" + target.templateName;
-    for (const std::string& file : {target.path, WorkingCopy(session, target.templateName), pristine}) {
-        if (names.count(NameOf(session, file)) != 0) return true;
-    }
-    return false;
-}
-
-/// Nobody can tell any more whether a file was secret that was committed and is in no list.
-bool HasLeftList(Session& session, const TargetList& list, const std::set<std::string>& names) {
-    for (const char* role : {"server", "client"}) {
-        for (const std::string& path : Manifest(session, role).Paths()) {
-            const std::string file = session.HostPaths().NameInside(path);
-            if (names.count(NameOf(session, path)) != 0 && !FindTargetByPath(session, list.targets, file))
-                return true;
-        }
-    }
-    return false;
-}
-
-/// Without a list, no target is secret.
-TargetList ListThatIsThere(Session& session) {
-    const std::string file = session.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini";
-    TargetList list = IsFileExist(file) ? ReadTargetList(session) : TargetList{file, {}, {}};
-    if (!list.problems.empty()) throw Failure(file + ": the list of targets is broken (see check-config)");
-    return list;
+/// Where the texts differ, without the texts.
+ShownDiff WithoutText(ShownDiff diff, const std::string& path, const std::string& excuse) {
+    const std::string lines = ChangedLines(diff.text);
+    diff.text.clear();
+    diff.excuse = excuse;
+    if (!lines.empty()) diff.places.emplace_back(path + ": " + lines);
+    return diff;
 }
 
 }  // namespace
@@ -128,11 +68,12 @@ int ReportFile(Session& session, const FileReport& report) {
             fields.push_back(std::move(field));
     }
     fields.emplace_back("reserve", report.reserve.empty() ? Value(nullptr) : Value(report.reserve));
-    if (asked.diff) fields.emplace_back("diff", report.diff);
+    if (asked.json) fields.emplace_back("secret", IsPrivate(session, report));
+    if (asked.diff) report.diff.AddTo(fields);
     out.Set("dry_run", asked.dryRun);
     out.Add("files", std::move(fields));
     if (!asked.quiet) out.Line(Text(report, asked.dryRun));
-    out.Diff(report.diff);
+    report.diff.Tell(out);
     return asked.dryRun && !isUnchanged ? kNotInSync : kDone;
 }
 
@@ -141,27 +82,16 @@ std::string ShownPath(const std::string& path) {
     return std::filesystem::weakly_canonical(std::filesystem::absolute(path)).string();
 }
 
-bool IsSecret(Session& session, const std::string& path, const char* what) {
-    try {
-        const TargetList list = ListThatIsThere(session);
-        std::set<std::string> names = NamesOfText(session, path);
-        if (HasLeftList(session, list, names)) return true;
-        names.merge(NamesOfTemplates(session, path));
-        return std::any_of(list.targets.begin(), list.targets.end(), [&](const Target& target) {
-            return target.isSecret && HoldsTextOf(session, target, names);
-        });
-    } catch (const std::bad_alloc&) {
-        throw;
-    } catch (const std::exception& error) {
-        session.Out().Warning(std::string(error.what()) + "; so no " + what + " is shown");
-        return true;
-    }
-}
-
-std::string DiffToShow(Session& session, const std::string& oldFile, const std::string& newFile,
-                       const std::string& path, const std::string& shownPath) {
-    if (!session.Asked().diff || IsSecret(session, path)) return "";
-    return UnifiedDiff(oldFile, newFile, ShownPath(shownPath.empty() ? path : shownPath));
+ShownDiff DiffToShow(Session& session, const std::string& oldFile, const std::string& newFile,
+                     const std::string& path, const std::string& shownPath) {
+    ShownDiff diff;
+    if (!session.Asked().diff) return diff;
+    const std::string shown = ShownPath(shownPath.empty() ? path : shownPath);
+    const auto isClosed = [](const std::string& file) { return !file.empty() && Secrets::IsClosed(file); };
+    diff.isPrivate = session.HostSecrets().IsPrivate(path) || isClosed(oldFile) || isClosed(newFile);
+    diff.text = UnifiedDiff(oldFile, newFile, shown);
+    if (!diff.isPrivate || session.Asked().showSecrets) return diff;
+    return WithoutText(std::move(diff), shown, session.HostSecrets().Excuse(path));
 }
 
 FileState StateInPlace(const std::string& path, const std::string& staged) {

@@ -5,6 +5,7 @@
 
 #include "Diff.h"
 #include "Session.h"
+#include "ShownDiff.h"
 
 namespace ZET {
 
@@ -17,7 +18,7 @@ struct FileReport {
     FileState after;
     std::string reserve;  ///< the reserve that the file then has; empty: none
     std::string remark;   ///< for the reader, after the change; empty: none
-    std::string diff;
+    ShownDiff diff;
 };
 
 /// Gives the document the fields that it has even if the command fails.
@@ -27,19 +28,13 @@ void BeginFileReport(Session& session);
 /// dry run. Returns the exit status that belongs to it.
 int ReportFile(Session& session, const FileReport& report);
 
-/// Whether the file holds, or once was to hold, text that is never shown: that of a secret target, its
-/// template, a copy of either or a file that was made of the template, or of a target that left the list. A
-/// list of targets that cannot be relied on keeps every text from being shown; a warning tells then that
-/// there is no `what`.
-bool IsSecret(Session& session, const std::string& path, const char* what = "diff");
-
 /// The path as the labels of a diff have it: one with ".." in it is none that `patch` accepts.
 std::string ShownPath(const std::string& path);
 
-/// The diff of a change of `path`, or of its companion `shownPath`, if one is wanted. The text of a secret
-/// target is never shown.
-std::string DiffToShow(Session& session, const std::string& oldFile, const std::string& newFile,
-                       const std::string& path, const std::string& shownPath = "");
+/// The diff of a change of `path`, or of its companion `shownPath`, if one is wanted: of a text that is not
+/// for everybody, only where it changes.
+ShownDiff DiffToShow(Session& session, const std::string& oldFile, const std::string& newFile,
+                     const std::string& path, const std::string& shownPath = "");
 
 /// The mode and owner that a text made in `staged` has once it is the file `path`, whose owner it then has as
 /// far as this user may give files away.

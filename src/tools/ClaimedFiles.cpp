@@ -9,19 +9,24 @@
 namespace ZET {
 
 ClaimedFiles::ClaimedFiles(Session& session) : m_session(session) {
-    Add(session.FilePath(session.Asked().configFile), "the configuration file of the commands");
-    Add(session.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini", "the list of targets");
-    const std::string directory = Canonical(session.Param("ZET_VAR_LIB_DIR")) + "/";
+    AddOwn(session.FilePath(session.Asked().configFile), "the configuration file of the commands");
+    m_uses.try_emplace(Canonical(session.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini"),
+                       Use{"the list of targets", ""});
     for (const char* name : {"zet.lock", "zet.pending", "zet-server.manifest", "zet-client.manifest",
                              "zet-server.status", "zet-client.status", "zet-client-fs.status"})
-        m_uses[directory + name].text = "a file of the status";
+        AddOwn(session.Param("ZET_VAR_LIB_DIR") + "/" + name, "a file of the status");
 }
 
 void ClaimedFiles::AddTemplate(const std::string& name) {
     const std::string copy = WorkingCopy(m_session, name);
-    Add(copy, "the working copy of [" + name + "]");
-    Add(copy + ZETTemporarySuffix, "the temporary file of the working copy of [" + name + "]");
-    Add(m_session.Param("ZET_CFG_TEMPL_DIR") + "/" + name, "the template [" + name + "]");
+    AddOf(name, copy, "the working copy of [" + name + "]");
+    AddOf(name, copy + ZETTemporarySuffix, "the temporary file of the working copy of [" + name + "]");
+    AddOf(name, m_session.Param("ZET_CFG_TEMPL_DIR") + "/" + name, "the template [" + name + "]");
+}
+
+std::optional<Problem> ClaimedFiles::ClashOf(const std::string& templateName) const {
+    const auto found = m_clashes.find(templateName);
+    return found == m_clashes.end() ? std::nullopt : std::optional<Problem>(found->second);
 }
 
 void ClaimedFiles::AddListed(const std::vector<Target>& listed, const std::vector<Target>& notYet) {
@@ -40,6 +45,7 @@ void ClaimedFiles::AddListed(const std::vector<Target>& listed, const std::vecto
 }
 
 std::optional<Problem> ClaimedFiles::AddTarget(const Target& target) {
+    if (std::optional<Problem> clash = ClashOf(target.templateName)) return clash;
     const std::string file = m_session.HostPaths().Canonical(target.path);
     Uses mine = CompanionsOf(file);
     mine[file] = {"made from [" + target.templateName + "]", target.templateName};
@@ -68,8 +74,19 @@ std::string ClaimedFiles::Canonical(const std::string& path) const {
     return m_session.HostPaths().Canonical(m_session.HostPaths().NameInside(path));
 }
 
-void ClaimedFiles::Add(const std::string& path, const std::string& text) {
-    m_uses.try_emplace(Canonical(path), Use{text, ""});
+void ClaimedFiles::AddOwn(const std::string& path, const std::string& text) {
+    const std::string file = Canonical(path);
+    m_uses.try_emplace(file, Use{text, ""});
+    m_uses.merge(CompanionsOf(file));
+}
+
+void ClaimedFiles::AddOf(const std::string& templateName, const std::string& path, const std::string& text) {
+    const std::string file = Canonical(path);
+    const auto [known, isNew] = m_uses.try_emplace(file, Use{text, "", templateName});
+    if (isNew || known->second.ofTemplate == templateName) return;
+    m_clashes.try_emplace(templateName,
+                          Problem{file, 0, 0, "is " + known->second.text + ", and " + text + " too",
+                                  "give the template another name"});
 }
 
 ClaimedFiles::Uses ClaimedFiles::CompanionsOf(const std::string& file) {

@@ -21,11 +21,14 @@ class ClaimedFiles {
     /// The template, and its working copy.
     void AddTemplate(const std::string& name);
 
+    /// A problem when one of the template's files had another use when it was added.
+    std::optional<Problem> ClashOf(const std::string& templateName) const;
+
     /// The templates of the session's role, and its targets except those of `notYet`.
     void AddListed(const std::vector<Target>& listed, const std::vector<Target>& notYet = {});
 
     /// The target with what stands beside it: its reserve and the like. A problem when one of them is a file
-    /// that has another use.
+    /// that has another use, or its template's.
     std::optional<Problem> AddTarget(const Target& target);
 
     /// What the file is for: "the reserve of /etc/x". Empty when it is for nothing yet, or a target itself.
@@ -34,16 +37,19 @@ class ClaimedFiles {
   private:
     struct Use {
         std::string text;
-        std::string templateName;  ///< of what the file is made from; empty: it is no target
+        std::string templateName;     ///< of what the file is made from; empty: it is no target
+        std::string ofTemplate = {};  ///< the template whose file it is; empty: it is none's
     };
     using Uses = std::map<std::string, Use>;
 
     std::string Canonical(const std::string& path) const;
-    void Add(const std::string& path, const std::string& text);
+    void AddOwn(const std::string& path, const std::string& text);
+    void AddOf(const std::string& templateName, const std::string& path, const std::string& text);
     static Uses CompanionsOf(const std::string& file);
 
     Session& m_session;
-    Uses m_uses;  ///< by the files' canonical names
+    Uses m_uses;                               ///< by the files' canonical names
+    std::map<std::string, Problem> m_clashes;  ///< by the templates' names
 };
 
 }  // namespace ZET

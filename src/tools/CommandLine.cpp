@@ -65,12 +65,21 @@ class CommandLine {
         return any;
     }
 
+    /// Such a file need not have anything to do with the product.
+    static bool IsAboutAnyFile(std::string_view words) {
+        const std::string_view first = words.substr(0, words.find(' '));
+        return first == "param" || first == "line" || first == "file" || first == "explain" ||
+               first == "doctor";
+    }
+
     CLI::App* Command(CLI::App& parent, const char* name, Run run, const char* help) {
         CLI::App* command = parent.add_subcommand(name, help)->fallthrough();
         const std::string words = &parent == &m_app ? name : parent.get_name() + " " + name;
         command->callback([this, run, words] {
             m_request.command = words;
             m_request.run = run;
+            m_request.isConfigFileNamed = m_app.count("--config") != 0;
+            m_request.needsConfigFile = !IsAboutAnyFile(words);
         });
         return command;
     }
@@ -98,6 +107,7 @@ class CommandLine {
         m_app.add_flag("-n,--dry-run", m_request.dryRun, "Say what would change, and change nothing");
         m_app.add_flag("--diff", m_request.diff, "Show each change as a unified diff");
         m_app.add_flag("--json", m_request.json, "Report as one JSON document");
+        m_app.add_flag("--show-secrets", m_request.showSecrets, "Show text that is not for everybody, too");
         CLI::Option* quiet = m_app.add_flag("-q,--quiet", m_request.quiet, "Only errors");
         m_app.add_flag("-v,--verbose", m_request.verbose, "Tell more")->excludes(quiet);
         m_app.add_option("--color", m_request.color, "Color diffs")
@@ -138,13 +148,18 @@ class CommandLine {
 
         CLI::App* process = Command(family, "process", RunTemplateProcess, "Render one template into a file");
         process->add_option("NAME", m_request.name, "The template")->required();
-        process->add_option("TARGET", m_request.target, "The file")->required();
+        process->add_option("TARGET", m_request.target, "The file, or - for standard output")->required();
         process->add_option("--value", m_request.assignments, "Another value for this run (NAME without ${})")
             ->type_name("NAME=VALUE")
             ->allow_extra_args(false);
     }
 
-    void AddMarkerOptions(CLI::App* command) {
+    void AddForce(CLI::App* command) {
+        command->add_flag("--force", m_request.force, "Edit a committed target, too");
+    }
+
+    void AddEditOptions(CLI::App* command) {
+        AddForce(command);
         command->add_flag("--no-markers", m_request.noMarkers, "Edit without marker lines");
         command->add_flag("--no-backup", m_request.noBackup, "Keep no reserve of the file");
     }
@@ -176,13 +191,13 @@ class CommandLine {
     void AddSet(CLI::App* command, const char* keyName, std::string& key, const char* textName) {
         AddLookup(command, keyName, key);
         command->add_option(textName, m_request.text, "The new text")->required();
-        AddMarkerOptions(command);
+        AddEditOptions(command);
     }
 
     void AddRestore(CLI::App* command, const char* keyName, std::string& key) {
         AddLookup(command, keyName, key);
         command->add_flag("--all-blocks", m_request.allBlocks, "Drop the managed blocks of others too");
-        AddMarkerOptions(command);
+        AddEditOptions(command);
     }
 
     void AddFileCommands() {
@@ -190,17 +205,18 @@ class CommandLine {
         CLI::App* strip = Command(family, "strip", RunFileStrip, "Take the managed blocks out");
         AddFile(strip);
         strip->add_flag("--no-backup", m_request.noBackup, "Keep no reserve of the file");
+        AddForce(strip);
         const struct {
             const char* name;
             Run run;
             const char* help;
         } rest[] = {{"reserve", RunFileReserve, "Keep the file as it is now"},
-                    {"restore", RunFileRestore, "Put the reserve back"},
-                    {"forget", RunFileForget, "Drop the reserve"}};
-        for (const auto& entry : rest) {
-            CLI::App* command = Command(family, entry.name, entry.run, entry.help);
-            AddFile(command);
-        }
+                    {"restore", RunFileRestore, "Put the reserve back"}};
+        for (const auto& entry : rest)
+            AddFile(Command(family, entry.name, entry.run, entry.help));
+        CLI::App* forget = Command(family, "forget", RunFileForget, "Drop the reserve");
+        AddFile(forget);
+        AddForce(forget);
     }
 
     void AddOptionCommands() {

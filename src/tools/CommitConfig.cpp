@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <memory>
 #include <set>
 
@@ -13,9 +12,10 @@
 #include "PendingRecord.h"
 #include "Remedy.h"
 #include "Render.h"
+#include "Restarts.h"
+#include "Secrets.h"
 #include "Signals.h"
 #include "TargetCheck.h"
-#include "TextStreams.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -111,7 +111,7 @@ class Commit {
         bool wouldChange = false;
         for (const PlannedTarget& planned : plan) {
             WarnOfOthersWork(planned);
-            ReportTarget(planned, WantedDiff(planned));
+            ReportTarget(planned, DiffOf(m_session, planned));
             wouldChange = wouldChange || planned.change != Change::None;
         }
         ReportRestarts(plan);
@@ -148,7 +148,7 @@ class Commit {
     void Write(const PlannedTarget& planned, Manifest& manifest) {
         WarnOfOthersWork(planned);
         // The diff has to be made before its one side is gone.
-        const std::string diff = WantedDiff(planned);
+        const ShownDiff diff = DiffOf(m_session, planned);
         if (planned.change != Change::None) {
             const FileInPlace place(m_session.HostPaths().Find(planned.target.path, planned.target.trusted),
                                     planned.path);
@@ -178,24 +178,20 @@ class Commit {
                                  : "holds changes that are kept nowhere; they" + end;
     }
 
-    std::string WantedDiff(const PlannedTarget& planned) const {
-        return m_session.Asked().diff ? DiffOf(planned) : "";
-    }
-
-    void ReportTarget(const PlannedTarget& planned, const std::string& diff) {
+    void ReportTarget(const PlannedTarget& planned, const ShownDiff& diff) {
         Fields fields = {{"template", planned.target.templateName},
                          {"path", m_session.HostPaths().RealName(planned.path)},
                          {"change", NameOf(planned.change)},
                          {"edited", planned.IsOthersWork()},
-                         {"secret", planned.target.isSecret}};
+                         {"secret", m_session.Asked().json && IsPrivate(m_session, planned)}};
         if (planned.change != Change::None) {
             for (auto& field : ChangeFields(planned.before, planned.after))
                 fields.push_back(std::move(field));
         }
-        if (m_session.Asked().diff) fields.emplace_back("diff", diff);
+        if (m_session.Asked().diff) diff.AddTo(fields);
         m_report.Add("targets", std::move(fields));
         if (!m_session.Asked().quiet) m_report.Line(planned.path + ": " + Describe(planned));
-        m_report.Diff(diff);
+        diff.Tell(m_report);
     }
 
     static const char* NameOf(Change change) {
@@ -269,19 +265,11 @@ class Commit {
     }
 
     void ReportRestarts(const std::vector<PlannedTarget>& plan) {
-        std::vector<std::string> services;
+        Restarts restarts;
         for (const PlannedTarget& planned : plan) {
-            if (!NeedsRestart(planned)) continue;
-            TextReader words(planned.target.restart);
-            for (std::string service; words >> service;) {
-                if (std::find(services.begin(), services.end(), service) == services.end())
-                    services.push_back(service);
-            }
+            if (NeedsRestart(planned)) restarts.Add(planned.target.restart);
         }
-        for (const std::string& service : services)
-            m_report.Add("restart", service);
-        if (services.empty() || m_session.Asked().quiet) return;
-        m_report.Line((m_isDryRun ? "would have to be restarted: " : "to be restarted: ") + Joined(services));
+        restarts.Tell(m_session);
     }
 
     Session& m_session;

@@ -9,6 +9,7 @@
 #include "FileBytes.h"
 #include "Process.h"
 #include "Render.h"
+#include "Secrets.h"
 #include "Signals.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -37,7 +38,7 @@ void RequireUnchanged(const std::string& staged, mode_t mode, const std::string&
 }
 
 /// `path` is the target as it is on this host, below the root directory.
-void RunOwnCheck(const Target& target, const std::string& path, const std::string& staged) {
+void RunOwnCheck(Session& session, const Target& target, const std::string& path, const std::string& staged) {
     if (target.check.empty()) return;
     std::vector<std::string> arguments = target.check;
     for (std::string& argument : arguments) {
@@ -53,7 +54,9 @@ void RunOwnCheck(const Target& target, const std::string& path, const std::strin
         return RequireUnchanged(staged, mode, bytes,
                                 itsCheck + "changed the file it was given (let it only read)");
     // What the command prints may quote the file.
-    const std::string output = target.isSecret ? "" : "\n" + result.output;
+    Secrets& secrets = session.HostSecrets();
+    const bool isHidden = secrets.Hides(path) || (Secrets::IsClosed(staged) && !session.Asked().showSecrets);
+    const std::string output = "\n" + (isHidden ? "(" + secrets.Excuse(path) + ")" : result.output);
     throw Failure(itsCheck + "refuses what [" + target.templateName + "] renders to, with status " +
                   std::to_string(result.status) + " (correct the template)" + output);
 }
@@ -119,7 +122,7 @@ std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
         planned.target = target;
         planned.path = session.HostPaths().WithRealDirectory(session.FilePath(target.path));
         planned.staged = RenderQuietly(session, staging, target);
-        RunOwnCheck(target, planned.path, planned.staged);
+        RunOwnCheck(session, target, planned.path, planned.staged);
         planned.version = VersionOf(planned.path);
         planned.before = StateOf(planned.path);
         planned.after = StateInPlace(planned.path, planned.staged);
@@ -130,9 +133,14 @@ std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
     return plan;
 }
 
-std::string DiffOf(const PlannedTarget& planned) {
-    if (planned.target.isSecret || planned.change == PlannedTarget::Change::None) return "";
-    return UnifiedDiff(planned.before.exists ? planned.path : "", planned.staged, planned.path);
+bool IsPrivate(Session& session, const PlannedTarget& planned) {
+    return planned.target.isSecret || Secrets::IsClosed(planned.before) ||
+           Secrets::IsClosed(planned.staged) || session.HostSecrets().IsPrivate(planned.path);
+}
+
+ShownDiff DiffOf(Session& session, const PlannedTarget& planned) {
+    if (planned.change == PlannedTarget::Change::None) return {};
+    return DiffToShow(session, planned.before.exists ? planned.path : "", planned.staged, planned.path);
 }
 
 }  // namespace ZET

@@ -8,6 +8,7 @@
 #include "FileBytes.h"
 #include "Manifest.h"
 #include "Session.h"
+#include "ShownDiff.h"
 #include "Staging.h"
 #include "Targets.h"
 
@@ -40,8 +41,11 @@ struct PlannedTarget {
 std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
                                        const std::vector<Target>& targets, const Manifest& manifest);
 
-/// The unified diff of the change; empty for a secret target, and where nothing changes.
-std::string DiffOf(const PlannedTarget& planned);
+/// Whether the text is not for everybody: that of the file as it is, as it would be, or of its template.
+bool IsPrivate(Session& session, const PlannedTarget& planned);
+
+/// The change as far as it is wanted and shown; empty where nothing changes.
+ShownDiff DiffOf(Session& session, const PlannedTarget& planned);
 
 }  // namespace ZET
 

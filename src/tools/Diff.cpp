@@ -9,6 +9,7 @@
 
 #include "ExitStatus.h"
 #include "FileBytes.h"
+#include "Markers.h"
 #include "Process.h"
 
 namespace ZET {
@@ -61,6 +62,15 @@ Value TextOrNull(const FileState& state, std::string (*text)(const FileState&)) 
     return state.exists ? Value(text(state)) : Value(nullptr);
 }
 
+/// What diff says of itself, without the texts that it may have begun to print.
+std::string ComplaintsIn(const std::string& output) {
+    std::string complaints;
+    for (const TextLine& line : SplitLines(output)) {
+        if (line.text.starts_with("diff: ")) complaints += "\n" + std::string(line.text);
+    }
+    return complaints;
+}
+
 }  // namespace
 
 std::string UnifiedDiff(const std::string& oldFile, const std::string& newFile,
@@ -71,7 +81,11 @@ std::string UnifiedDiff(const std::string& oldFile, const std::string& newFile,
                     SideLabel("b/", newFile, shownPath), "--", oldFile.empty() ? kNoFile : oldFile,
                     newFile.empty() ? kNoFile : newFile},
                    {"LC_ALL=C"});
-    if (result.status > 1) throw Failure(shownPath + ": no diff can be made: " + result.output);
+    if (result.status > 1) {
+        throw Failure(shownPath + ": no diff can be made, as diff ends with status " +
+                      std::to_string(result.status) + " (run the command again)" +
+                      ComplaintsIn(result.output));
+    }
     return result.output;
 }
 

@@ -10,6 +10,8 @@
 #include "FileOrigin.h"
 #include "MarkerDamage.h"
 #include "Problem.h"
+#include "Secrets.h"
+#include "ShownDiff.h"
 #include "Staging.h"
 
 namespace ZET {
@@ -71,7 +73,7 @@ int RunDoctor(Session& session) {
     out.Set("file", path);
     out.AddList("problems");
     out.Set("repair", nullptr);
-    out.Set("secret", origin.isSecret);
+    out.Set("secret", origin.isPrivate);
     for (const MarkerDamage& damage : diagnosis.damages)
         ReportDamage(out, path, damage);
     if (diagnosis.damages.empty()) {
@@ -79,11 +81,12 @@ int RunDoctor(Session& session) {
         return kDone;
     }
     if (diagnosis.repaired == bytes) return kFailed;
-    if (origin.isSecret) {
-        out.Remark(path + ": the repair is not shown, since the file's text is secret");
+    const std::string diff = RepairDiff(path, bytes, diagnosis.repaired);
+    if (session.HostSecrets().Hides(path)) {
+        out.Remark(path + ": the repair: " + ChangedLines(diff) + " (" + session.HostSecrets().Excuse(path) +
+                   ")");
         return kFailed;
     }
-    const std::string diff = RepairDiff(path, bytes, diagnosis.repaired);
     out.Set("repair", diff);
     out.Diff(diff);
     return kFailed;

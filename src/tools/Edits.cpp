@@ -1,12 +1,29 @@
 #include "Edits.h"
 
-#include "ChangeReport.h"
 #include "EditRules.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
+#include "HostLists.h"
 #include "Remedy.h"
+#include "Render.h"
+#include "Secrets.h"
 
 namespace ZET {
+
+namespace {
+
+/// Without lists that can be read, nobody can tell; the edit keeps its reserve.
+const Target* CommittedTarget(Session& session, const std::string& path) {
+    try {
+        return session.Lists().CommittedTarget(path);
+    } catch (const Failure& failure) {
+        session.Out().Warning(std::string(failure.what()) +
+                              "; so nobody can tell whether the next commit overwrites " + path);
+        return nullptr;
+    }
+}
+
+}  // namespace
 
 std::shared_ptr<IZETConfigFile> OpenedFile(Session& session, const std::string& path, bool noMarkers) {
     auto file = session.Config().OpenConfigFile(path, session.Role(), noMarkers);
@@ -21,26 +38,38 @@ std::string FileToRead(Session& session, const std::string& file) {
     return path;
 }
 
+std::string FileToShow(Session& session, const std::string& file) {
+    std::string path = FileToRead(session, file);
+    session.Out().Set("secret", session.HostSecrets().IsPrivate(path));
+    session.HostSecrets().RequireShown(path);
+    return path;
+}
+
+void RequireNoTarget(Session& session, const std::string& path) {
+    if (session.Asked().force) return;
+    const Target* const target = CommittedTarget(session, path);
+    if (target == nullptr) return;
+    const std::string workingCopy = WorkingCopy(session, target->templateName);
+    throw Failure(path + ": is made from [" + target->templateName +
+                  "] and the next commit overwrites it (edit " + workingCopy +
+                  " and commit, or use --force)");
+}
+
 void SaveEdited(IZETConfigFile& file) {
     RemedyErrors(kRemedyOfSaving, [&] { file.Save(true); });
 }
 
 int ReportLookup(Session& session, const std::string& what, const char* key,
-                 const std::optional<std::string>& found, bool isSecret) {
+                 const std::optional<std::string>& found) {
     Report& report = session.Out();
     report.Set("found", found.has_value());
-    report.Set("secret", isSecret);
-    report.Set(key, found && !isSecret ? Value(*found) : Value(nullptr));
+    report.Set(key, found ? Value(*found) : Value(nullptr));
     if (found) {
         report.Line(*found);
     } else {
         report.Detail(what);
     }
     return found ? kDone : kFailed;
-}
-
-bool IsSecretInDocument(Session& session, const std::string& path) {
-    return session.Asked().json && IsSecret(session, path, "text of the file");
 }
 
 std::function<void(const std::string& path)> Edit(Session& session,

@@ -20,6 +20,13 @@ std::shared_ptr<IZETConfigFile> OpenedFile(Session& session, const std::string& 
 /// The caller's FILE to look something up or to edit it in: the real file, checked to be readable.
 std::string FileToRead(Session& session, const std::string& file);
 
+/// The same for a text that the caller asks for.
+std::string FileToShow(Session& session, const std::string& file);
+
+/// A `Failure` with the remedy for a target that a commit recorded and would overwrite, unless the caller
+/// wants it edited all the same.
+void RequireNoTarget(Session& session, const std::string& path);
+
 /// What to do when an edited file could not be saved: the module does not say why.
 inline constexpr char kRemedyOfSaving[] =
     "make room, or see to the rights of its directory; nothing was changed";
@@ -28,13 +35,9 @@ inline constexpr char kRemedyOfSaving[] =
 void SaveEdited(IZETConfigFile& file);
 
 /// Reports what was looked up, under `key` ("value", "line"), and returns the exit status: a lookup that
-/// found nothing is told by that alone. What is secret is shown to a reader who asks for it, but not in the
-/// document.
+/// found nothing is told by that alone.
 int ReportLookup(Session& session, const std::string& what, const char* key,
-                 const std::optional<std::string>& found, bool isSecret);
-
-/// Whether what was looked up in the file is not to be in the document, if there is one.
-bool IsSecretInDocument(Session& session, const std::string& path);
+                 const std::optional<std::string>& found);
 
 /// The operation of `FileChange` that edits as the caller's options say.
 std::function<void(const std::string& path)> Edit(Session& session,

@@ -8,6 +8,7 @@
 #include "FileBytes.h"
 #include "FileExplanation.h"
 #include "FileOrigin.h"
+#include "Secrets.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -89,7 +90,11 @@ struct Reserve {
 class Teller {
   public:
     Teller(Session& session, const std::string& path, const FileOrigin& origin)
-        : m_session(session), m_path(path), m_origin(origin), m_reserve(path) {}
+        : m_session(session),
+          m_path(path),
+          m_origin(origin),
+          m_isHidden(session.HostSecrets().Hides(path)),
+          m_reserve(path) {}
 
     void TellFile() {
         Report& out = m_session.Out();
@@ -99,7 +104,7 @@ class Teller {
                 m_origin.templateFile.empty() ? Value(nullptr) : Value(m_origin.templateFile));
         out.Set("reserve", ReserveValue());
         out.Set("no_file_before", m_reserve.hadNoFile);
-        out.Set("secret", m_origin.isSecret);
+        out.Set("secret", m_origin.isPrivate);
         out.AddList("regions");
     }
 
@@ -117,8 +122,13 @@ class Teller {
         m_session.Out().Line(text + m_reserve.Text());
     }
 
+    void TellWhatIsHidden() {
+        if (m_isLeftOut) m_session.Out().Remark(m_path + ": " + m_session.HostSecrets().Excuse(m_path));
+    }
+
     void Tell(const ExplainedLines& lines, std::size_t line) {
         m_session.Out().Add("regions", ToFields(lines));
+        m_isLeftOut = m_isLeftOut || (m_isHidden && (HasFormerText(lines) || !lines.content.empty()));
         const bool isOneLine = line != 0;
         std::string text = m_path + ":" + std::to_string(isOneLine ? line : lines.first) + ": ";
         if (lines.first != lines.last)
@@ -141,9 +151,7 @@ class Teller {
                                              : "the file was edited since, or the template changed";
     }
 
-    std::string Shown(const std::string& text) const {
-        return m_origin.isSecret ? "(secret)" : "\"" + text + "\"";
-    }
+    std::string Shown(const std::string& text) const { return m_isHidden ? "(secret)" : "\"" + text + "\""; }
 
     std::string Describe(const ExplainedLines& lines, bool isOneLine) const {
         switch (lines.kind) {
@@ -218,18 +226,18 @@ class Teller {
         const std::size_t equals = former.find('=');
         const std::size_t name = former.find_first_not_of("# \t");
         const bool isParam = equals != std::string::npos && name < equals &&
-                             former.find_first_of(" \t", name) > equals && !m_origin.isSecret;
+                             former.find_first_of(" \t", name) > equals && !m_isHidden;
         if (isParam)
             return begin + " param restore " + m_path + " " + former.substr(name, equals - name) + "\"";
         return begin + " line restore " + m_path + " PATTERN\"";
     }
 
+    static bool HasFormerText(const ExplainedLines& lines) {
+        return lines.formerLine != 0 || lines.kind == Kind::FormerLine || lines.kind == Kind::LoneFormerLine;
+    }
+
     Fields ToFields(const ExplainedLines& lines) const {
         const bool isOfTemplate = lines.templateLine != 0;
-        const bool hasFormerText =
-            lines.formerLine != 0 || lines.kind == Kind::FormerLine || lines.kind == Kind::LoneFormerLine;
-        List content;
-        if (!m_origin.isSecret) content.assign(lines.content.begin(), lines.content.end());
         return {
             {"kind", KindName(lines.kind)},
             {"first_line", Number(lines.first)},
@@ -238,9 +246,10 @@ class Teller {
             {"template", isOfTemplate ? Value(m_origin.templateName) : Value(nullptr)},
             {"template_line", Number(lines.templateLine)},
             {"placeholders", List(lines.placeholders.begin(), lines.placeholders.end())},
-            {"content", std::move(content)},
+            {"content",
+             m_isHidden ? Value(nullptr) : Value(List(lines.content.begin(), lines.content.end()))},
             {"former_line", Number(lines.formerLine)},
-            {"former_text", hasFormerText && !m_origin.isSecret ? Value(lines.formerText) : Value(nullptr)},
+            {"former_text", HasFormerText(lines) && !m_isHidden ? Value(lines.formerText) : Value(nullptr)},
             {"block_line", Number(lines.block)},
             {"reserve", ReserveValue()}};
     }
@@ -252,6 +261,8 @@ class Teller {
     Session& m_session;
     std::string m_path;
     const FileOrigin& m_origin;
+    bool m_isHidden;
+    bool m_isLeftOut = false;  ///< some text that would have been told
     Reserve m_reserve;
 };
 
@@ -271,6 +282,7 @@ int RunExplain(Session& session) {
     teller.TellFile();
     if (line != 0) {
         teller.Tell(ExplanationOf(explanation, line), line);
+        teller.TellWhatIsHidden();
         return kDone;
     }
     teller.TellFileInWords(
@@ -279,6 +291,7 @@ int RunExplain(Session& session) {
         }));
     for (const ExplainedLines& lines : explanation)
         teller.Tell(lines, 0);
+    teller.TellWhatIsHidden();
     return kDone;
 }
 

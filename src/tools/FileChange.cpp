@@ -26,11 +26,11 @@ FileChange::FileChange(Session& session, const std::string& file, FileInPlace::A
 
 int FileChange::LeaveUnchanged(const std::string& remark) {
     const FileState state = StateOf(m_path);
-    return ReportFile(m_session, {m_file, m_path, "unchanged", state, state, ReserveOf(m_path), remark, ""});
+    return ReportFile(m_session, {m_file, m_path, "unchanged", state, state, ReserveOf(m_path), remark, {}});
 }
 
 int FileChange::Make(const Operation& operation, bool noBackup, const Inspection& inspection) {
-    FileReport report{m_file, m_path, "changed", StateOf(m_path), {}, "", "", ""};
+    FileReport report{m_file, m_path, "changed", StateOf(m_path), {}, "", "", {}};
     const auto judge = [&](const std::string& made) { Judge(made, noBackup, inspection, report); };
     try {
         if (m_session.Asked().dryRun) {

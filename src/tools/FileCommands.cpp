@@ -88,6 +88,7 @@ int RecordAbsence(ReserveWork& work) {
 
 int RunFileStrip(Session& session) {
     FileChange change(session, session.Asked().file);
+    RequireNoTarget(session, change.Path());
     if (!HasOwnRegions(change.Path())) return change.LeaveUnchanged("no managed block and no notice in it");
     const auto strip = [&session](const std::string& path) {
         const auto file = OpenedFile(session, path, false);
@@ -116,8 +117,8 @@ int RunFileRestore(Session& session) {
     if (!work.hasReserve && !work.hasRecord) return work.Tell("unchanged", "nothing to put back");
     if (work.hasReserve) {
         if (work.hasFile) RequireReadableFile(work.path);
-        work.report.diff = DiffToShow(session, work.hasFile ? work.path : "", work.reserve, work.path) +
-                           DiffToShow(session, work.reserve, "", work.path, work.reserve);
+        work.report.diff = DiffToShow(session, work.hasFile ? work.path : "", work.reserve, work.path);
+        work.report.diff.Append(DiffToShow(session, work.reserve, "", work.path, work.reserve));
         work.report.after = StateOf(work.reserve);
     }
     if (!work.IsDryRun()) {
@@ -135,6 +136,7 @@ int RunFileRestore(Session& session) {
 int RunFileForget(Session& session) {
     ReserveWork work(session);
     if (!work.hasReserve && !work.hasRecord) return work.Tell("unchanged", "it has no reserve");
+    RequireNoTarget(session, work.path);
     if (work.hasReserve) work.report.diff = DiffToShow(session, work.reserve, "", work.path, work.reserve);
     if (!work.IsDryRun()) {
         work.writing.Begin();

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <fstream>
 
-#include "ChangeReport.h"
 #include "Diff.h"
 #include "ExitStatus.h"
+#include "HostLists.h"
 #include "Render.h"
+#include "Secrets.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -15,17 +16,13 @@ namespace ZET {
 namespace {
 
 void ReadTarget(Session& session, const std::string& file, FileOrigin& origin) {
-    if (!IsFileExist(session.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini")) return;
+    origin.isPrivate = session.HostSecrets().IsPrivate(session.FilePath(file));
     try {
-        const TargetList list = ReadTargetList(session);
-        const Target* target = FindTargetByPath(session, list.targets, file);
+        HostLists& lists = session.Lists();
+        const Target* const target = lists.TargetNamed(lists.NameOf(session.FilePath(file)));
         if (target != nullptr) origin.target = *target;
-        if (!list.problems.empty())
-            throw Failure(list.file + ": the list of targets is broken (see check-config)");
-        origin.isSecret = IsSecret(session, session.FilePath(file));
-    } catch (const Failure& failure) {
-        session.Out().Warning(std::string(failure.what()) + "; so no text of the file is shown");
-        origin.isSecret = true;
+    } catch (const Failure&) {
+        // Without a list that can be read, nothing is known to be a target, and that was told.
     }
 }
 

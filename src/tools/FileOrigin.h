@@ -14,7 +14,7 @@ namespace ZET {
 /// What a file is to the product.
 struct FileOrigin {
     std::optional<Target> target;  ///< what the list of targets says about the file, for any role
-    bool isSecret = false;         ///< its text is never shown; also when nobody can tell
+    bool isPrivate = false;        ///< its text is not for everybody; also when nobody can tell
     bool isMade = false;           ///< its notice says that it was made from a template
     std::string templateName;      ///< of a made file
     std::string templateFile;      ///< the working copy, or the pristine one; empty: there is neither

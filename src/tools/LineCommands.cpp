@@ -30,13 +30,12 @@ int RunLineGet(Session& session) {
     session.Out().Set("pattern", pattern);
     session.Out().Set("found", nullptr);  // as long as nobody could look
     session.Out().Set("line", nullptr);
-    const std::string path = FileToRead(session, session.Asked().file);
+    const std::string path = FileToShow(session, session.Asked().file);
     const auto file = OpenedFile(session, path, true);
     const std::string line = RemedyErrors(kSimplerExpression, [&] { return file->GetLine(pattern); });
     std::optional<std::string> found;
     if (!line.empty() || SelectsEmptyLine(session, path, pattern)) found = line;
-    return ReportLookup(session, path + ": has no line with \"" + pattern + "\"", "line", found,
-                        IsSecretInDocument(session, path));
+    return ReportLookup(session, path + ": has no line with \"" + pattern + "\"", "line", found);
 }
 
 int RunLineSet(Session& session) {
@@ -45,6 +44,7 @@ int RunLineSet(Session& session) {
     RequireOneLine(asked.text, "LINE");
     RequireNoMarker(asked.text);
     FileChange change(session, asked.file);
+    RequireNoTarget(session, change.Path());
     const std::string pattern = PatternForSet(session, change.Path(), asked.pattern);
     return change.Make(Edit(session, [&](IZETConfigFile& file) { file.SetLine(pattern, asked.text); }),
                        asked.noBackup);
@@ -54,6 +54,7 @@ int RunLineRestore(Session& session) {
     const Request& asked = session.Asked();
     RequirePattern(session, asked.pattern);
     FileChange change(session, asked.file);
+    RequireNoTarget(session, change.Path());
     if (!HasSomethingToRestore(session, {change.Path(), asked.pattern, asked.pattern, asked.allBlocks}))
         return change.LeaveUnchanged("nothing to restore for \"" + asked.pattern + "\"");
     return change.Make(Edit(session, [&](IZETConfigFile& file) { file.RestoreLine(asked.pattern); }),

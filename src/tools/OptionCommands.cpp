@@ -8,6 +8,7 @@
 #include "ExitStatus.h"
 #include "FileChange.h"
 #include "Remedy.h"
+#include "Secrets.h"
 #include "zet/ZETHost.h"
 
 namespace ZET {
@@ -43,7 +44,8 @@ int RunOptionGet(Session& session) {
     const StringMap params = session.Params();
     if (const auto found = params.find(name); found != params.end()) value = found->second;
     session.Out().Set("name", name);
-    return ReportLookup(session, "there is no parameter \"" + name + "\"", "value", value, false);
+    session.Out().Set("secret", session.HostSecrets().IsPrivate(session.Param(kConfigFile)));
+    return ReportLookup(session, "there is no parameter \"" + name + "\"", "value", value);
 }
 
 int RunOptionSet(Session& session) {

@@ -23,14 +23,13 @@ int RunParamGet(Session& session) {
     session.Out().Set("name", name);
     session.Out().Set("found", nullptr);  // as long as nobody could look
     session.Out().Set("value", nullptr);
-    const std::string path = FileToRead(session, session.Asked().file);
+    const std::string path = FileToShow(session, session.Asked().file);
     RequireLiteralName(session, path, kLookupOpening, name);
     // The lookup by name cannot tell an empty value from a parameter that is not there.
     const std::string line = OpenedFile(session, path, true)->GetLine(kLookupOpening + name + "=");
     std::optional<std::string> value;
     if (!line.empty()) value = line.substr(line.find('=') + 1);
-    return ReportLookup(session, path + ": has no parameter \"" + name + "\"", "value", value,
-                        IsSecretInDocument(session, path));
+    return ReportLookup(session, path + ": has no parameter \"" + name + "\"", "value", value);
 }
 
 int RunParamSet(Session& session) {
@@ -38,6 +37,7 @@ int RunParamSet(Session& session) {
     RequireParamName(asked.name);
     RequireOneLine(asked.text, "VALUE");
     FileChange change(session, asked.file);
+    RequireNoTarget(session, change.Path());
     RequireLiteralName(session, change.Path(), kEditOpening, asked.name);
     return change.Make(
         Edit(session, [&](IZETConfigFile& file) { file.SetParamValue(asked.name, asked.text); }),
@@ -48,6 +48,7 @@ int RunParamRestore(Session& session) {
     const Request& asked = session.Asked();
     RequireParamName(asked.name);
     FileChange change(session, asked.file);
+    RequireNoTarget(session, change.Path());
     RequireLiteralName(session, change.Path(), std::string("^") + ZETFormerLinePrefix + kRestoreOpening,
                        asked.name);
     if (!HasSomethingToRestore(session, {change.Path(), kRestoreOpening + asked.name + "=",

@@ -1,5 +1,7 @@
 #include "Problem.h"
 
+#include <string_view>
+
 namespace ZET {
 
 std::string Problem::Describe() const {
@@ -11,6 +13,16 @@ std::string Problem::Describe() const {
 
 Fields Problem::ToFields() const {
     return {{"file", file}, {"line", line}, {"column", column}, {"problem", text}, {"remedy", remedy}};
+}
+
+void Problem::HideQuoted(const std::string& excuse) {
+    if (quoted.empty()) return;
+    constexpr std::string_view kLeftOut = "...";
+    for (std::size_t place = 0; (place = text.find(quoted, place)) != std::string::npos;
+         place += kLeftOut.size())
+        text.replace(place, quoted.size(), kLeftOut);
+    text += ", " + excuse;
+    quoted.clear();
 }
 
 Problem ProblemOf(const std::string& file, const Failure& failure) {

@@ -15,11 +15,15 @@ struct Problem {
     int column = 0;  ///< 0: the line as a whole; bytes, from 1
     std::string text;
     std::string remedy;
+    std::string quoted = {};  ///< what of the file's own text, or a value's, stands in `text`
 
     /// "file:line:column: text (remedy)"
     std::string Describe() const;
 
     Fields ToFields() const;
+
+    /// Takes what is quoted out of the text, and tells why.
+    void HideQuoted(const std::string& excuse);
 };
 
 /// A failure with the file, told as one problem among others.

@@ -1,10 +1,13 @@
 #include "Render.h"
 
+#include <memory>
+
 #include "Diff.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "Remedy.h"
 #include "Replacement.h"
+#include "Secrets.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET {
@@ -29,6 +32,12 @@ struct Rendered {
     const std::string& name;
     const std::string& path;
 };
+
+/// The log names the placeholders that it does not know, and others read it, too.
+std::unique_ptr<QuietLog> QuietAbout(Session& session, const std::string& templateFile) {
+    const bool isHidden = !templateFile.empty() && session.HostSecrets().Hides(templateFile);
+    return isHidden ? std::make_unique<QuietLog>(session.Asked(), ZETLogError) : nullptr;
+}
 
 void Process(Session& session, const std::string& role, const std::string& templateName, const Rendered& file,
              StringMap* values) {
@@ -67,6 +76,7 @@ static std::string Stage(Session& session, const std::string& role, const Stagin
     const std::string staged = staging.PathOf(room + templateName);
     const std::string workingCopy = WorkingCopy(session, templateName);
     const std::string source = TemplateFile(session, templateName);
+    const std::unique_ptr<QuietLog> quiet = QuietAbout(session, source);
     const ParamOverride noSync(session.Core(), "ZET_SYNC", "no");
     if (IsFileExist(workingCopy)) {
         Process(session, role, templateName, {staged, staged}, values);
@@ -95,6 +105,7 @@ void RenderOnce(Session& session, const std::string& templateName, const std::st
                 const std::string& path, const StringMap& values) {
     StringMap allValues = values;
     allValues.insert(session.Config().TemplatesValues().begin(), session.Config().TemplatesValues().end());
+    const std::unique_ptr<QuietLog> quiet = QuietAbout(session, TemplateFile(session, templateName));
     Perform(session, templateName, path, [&] {
         const auto file = session.Config().OpenConfigFileTemplate(templateName, name, session.Role(), false);
         if (!file) return;
@@ -105,6 +116,7 @@ void RenderOnce(Session& session, const std::string& templateName, const std::st
 
 void RenderTarget(Session& session, const TargetToRender& target) {
     const std::string& path = target.place.Path();
+    const std::unique_ptr<QuietLog> quiet = QuietAbout(session, TemplateFile(session, target.templateName));
     Replacement replacement(session, target.place, target.version);
     replacement.KeepOriginal();
     const auto process = [&](const std::string& name) {

@@ -16,8 +16,10 @@ struct Request {
     int (*run)(Session& session) = nullptr;
 
     std::string configFile = "/etc/zet/zet.conf";
-    std::string root;        ///< empty: the host's own root
-    std::string moduleFile;  ///< empty: the one that belongs to the program
+    bool isConfigFileNamed = false;  ///< by the caller
+    bool needsConfigFile = true;     ///< the command is about the product's own files
+    std::string root;                ///< empty: the host's own root
+    std::string moduleFile;          ///< empty: the one that belongs to the program
     bool dryRun = false;
     bool diff = false;
     bool json = false;
@@ -37,6 +39,7 @@ struct Request {
     bool noBackup = false;
     bool force = false;
     bool allBlocks = false;
+    bool showSecrets = false;
 };
 
 }  // namespace ZET

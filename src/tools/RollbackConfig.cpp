@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <memory>
+#include <string_view>
 
+#include "ChangeReport.h"
 #include "Commands.h"
 #include "Diff.h"
 #include "ExitStatus.h"
@@ -13,6 +15,8 @@
 #include "Remedy.h"
 #include "Render.h"
 #include "Replacement.h"
+#include "Restarts.h"
+#include "Secrets.h"
 #include "Signals.h"
 #include "Staging.h"
 #include "TargetCheck.h"
@@ -29,10 +33,10 @@ namespace {
 struct WrittenFile {
     std::string templateName;  ///< empty: the list does not have the file any more
     std::string path;          ///< of the real file, links followed
-    bool isSecret = true;
-    std::string named;    ///< as the list has it; empty: the list does not have it any more
-    std::string trusted;  ///< the user whose directories count as root's
-    std::string trouble;  ///< why the real file cannot be found; the path is then as the list has it
+    std::string restart;       ///< the services that notice its change only then
+    std::string named;         ///< as the list has it; empty: the list does not have it any more
+    std::string trusted;       ///< the user whose directories count as root's
+    std::string trouble;       ///< why the real file cannot be found; the path is then as the list has it
 
     std::string Reserve() const { return path + ZETReserveSuffix; }
     std::string Record() const { return path + ZETAbsenceSuffix; }
@@ -41,9 +45,11 @@ struct WrittenFile {
 
 /// What is done with a file, for both forms of the report.
 struct Outcome {
-    const char* change;
+    std::string_view change;
     std::string text;
-    std::string diff;
+    ShownDiff diff;
+
+    bool IsChange() const { return change == "restored" || change == "removed"; }
 };
 
 /// One run of the command, under the lock. What cannot be put back does not keep the others from it.
@@ -59,6 +65,7 @@ class Rollback {
         m_report.Set("role", session.Role());
         m_report.Set("dry_run", m_isDryRun);
         m_report.AddList("targets");
+        m_report.AddList("restart");
     }
 
     int Run() {
@@ -70,9 +77,11 @@ class Rollback {
                 TryPutBack(file);
             }
         } catch (const Interrupted&) {
+            m_restarts.Tell(m_session);
             if (!m_isDryRun) SaveManifests();
             throw;
         }
+        m_restarts.Tell(m_session);
         if (m_isDryRun) return m_isChanged ? kNotInSync : (m_isKept ? kFailed : kDone);
         SaveManifests();
         const auto isLeft = [&](const WrittenFile& file) {
@@ -109,7 +118,7 @@ class Rollback {
     }
 
     WrittenFile Written(const Target& target) const {
-        WrittenFile file{target.templateName, m_session.HostPaths().FromInside(target.path), target.isSecret,
+        WrittenFile file{target.templateName, m_session.HostPaths().FromInside(target.path), target.restart,
                          target.path, target.trusted, ""};
         try {
             file.path = m_session.HostPaths().WithRealDirectory(m_session.FilePath(target.path));
@@ -120,7 +129,7 @@ class Rollback {
     }
 
     void AddRecorded(const std::string& path, std::vector<WrittenFile>& files) {
-        WrittenFile file{"", path, true, "", "", ""};
+        WrittenFile file{"", path, "", "", "", ""};
         try {
             if (!m_session.HostPaths().StaysInside(path)) {
                 m_report.Warning(path + ": leads out of the root directory by a link, and is left alone");
@@ -164,13 +173,14 @@ class Rollback {
         try {
             if (!file.trouble.empty()) throw Failure(file.trouble);
             const Outcome outcome = PutBack(file);
+            if (outcome.IsChange()) m_restarts.Add(file.restart);
             Tell(file, outcome);
         } catch (const Interrupted&) {
             throw;
         } catch (const std::exception& error) {
             m_isKept = true;
             m_report.Error(file.path + ": could not be put back: " + WithRemedy(error.what()));
-            Tell(file, {"failed", "could not be put back", ""});
+            Tell(file, {"failed", "could not be put back", {}});
         }
     }
 
@@ -180,7 +190,7 @@ class Rollback {
         const FileState now = StateOf(file.path);
         if (!reserve.exists && !StateOf(file.Record()).exists) {
             m_manifest.Forget(file.path);
-            return {"unchanged", now.exists ? "has no reserve, stays as it is" : "is not there", ""};
+            return {"unchanged", now.exists ? "has no reserve, stays as it is" : "is not there", {}};
         }
         if (reserve.exists && !reserve.IsRegular())
             throw Failure(file.Reserve() + ": is no regular file (move it away)");
@@ -189,7 +199,7 @@ class Rollback {
             m_report.Warning(
                 file.path +
                 ": was edited since it was committed and stays (--force puts back what was there before)");
-            return {"kept", "edited, stays as it is", ""};
+            return {"kept", "edited, stays as it is", {}};
         }
         if (m_otherManifest.Has(file.path)) return LeaveToOtherRole(file, version, now);
         m_isChanged = true;
@@ -227,7 +237,7 @@ class Rollback {
             CheckTemplateFile(m_session, file.templateName, m_session.Config().TemplatesValues()).empty();
         if (!canRender) {
             if (!m_isDryRun) m_manifest.Forget(file.path);
-            return {"kept", text, ""};
+            return {"kept", text, {}};
         }
         const std::string staged = StagedFor(file, m_otherRole);
         const bool isSame = now.IsRegular() && HaveSameModeAndBytes(file.path, staged);
@@ -236,7 +246,7 @@ class Rollback {
                         text + (isSame       ? ""
                                 : m_isDryRun ? ", and would be rendered for it"
                                              : ", and is rendered for it"),
-                        ""};
+                        {}};
         if (m_isDryRun) return outcome;
         if (!isSame) {
             const FileInPlace place = PlaceOf(file);
@@ -259,22 +269,23 @@ class Rollback {
 
     Outcome Describe(const WrittenFile& file, const FileState& now, const FileState& reserve) const {
         const std::string tense = m_isDryRun ? "would be " : "";
-        Outcome outcome = {"removed", tense + "removed, as there was none before", ""};
+        Outcome outcome = {"removed", tense + "removed, as there was none before", {}};
         if (reserve.exists) {
             const std::string attributes = now.exists ? DescribeChange(now, reserve) : "";
-            outcome = {"restored",
-                       tense + "put back as it was" + (attributes.empty() ? "" : ", " + attributes), ""};
+            outcome = {
+                "restored", tense + "put back as it was" + (attributes.empty() ? "" : ", " + attributes), {}};
         } else if (!now.exists) {
-            outcome = {"unchanged", "is not there, as before", ""};
+            outcome = {"unchanged", "is not there, as before", {}};
         }
-        if (m_session.Asked().diff && !file.isSecret) outcome.diff = DiffOf(file, now, reserve);
+        outcome.diff = DiffOf(file, now, reserve);
         return outcome;
     }
 
-    static std::string DiffOf(const WrittenFile& file, const FileState& now, const FileState& reserve) {
+    ShownDiff DiffOf(const WrittenFile& file, const FileState& now, const FileState& reserve) const {
         const bool isShown = now.exists ? now.IsRegular() : reserve.exists;
-        if (!isShown) return "";
-        return UnifiedDiff(now.exists ? file.path : "", reserve.exists ? file.Reserve() : "", file.path);
+        if (!isShown) return {};
+        return DiffToShow(m_session, now.exists ? file.path : "", reserve.exists ? file.Reserve() : "",
+                          file.path);
     }
 
     /// Whether nothing but the product's work is lost when the file is replaced: it is what the product
@@ -298,11 +309,14 @@ class Rollback {
 
     void Tell(const WrittenFile& file, const Outcome& outcome) {
         if (!m_session.Asked().quiet) m_report.Line(file.path + ": " + outcome.text);
-        m_report.Diff(outcome.diff);
+        outcome.diff.Tell(m_report);
         Fields fields = {{"template", file.templateName.empty() ? Value(nullptr) : Value(file.templateName)},
                          {"path", m_session.HostPaths().RealName(file.path)},
-                         {"change", outcome.change}};
-        if (m_session.Asked().diff) fields.emplace_back("diff", outcome.diff);
+                         {"change", std::string(outcome.change)}};
+        if (m_session.Asked().json)
+            fields.emplace_back("secret",
+                                outcome.diff.isPrivate || m_session.HostSecrets().IsPrivate(file.path));
+        if (m_session.Asked().diff) outcome.diff.AddTo(fields);
         m_report.Add("targets", std::move(fields));
     }
 
@@ -318,6 +332,7 @@ class Rollback {
     const std::string m_otherRole;
     Manifest m_otherManifest;
     std::unique_ptr<Staging> m_staging;
+    Restarts m_restarts;
     bool m_isKept = false;     ///< something stays that should have been put back
     bool m_isChanged = false;  ///< something was, or would be, put back
 };

@@ -8,7 +8,10 @@
 #include <cstdlib>
 
 #include "ExitStatus.h"
+#include "HostLists.h"
+#include "Secrets.h"
 #include "zet/ZETErrors.h"
+#include "zet/ZETFiles.h"
 
 namespace ZET {
 
@@ -68,8 +71,7 @@ Session::LogInReport::~LogInReport() {
 Session::Session(const Request& request, Report& report)
     : m_request(request), m_report(report), m_logInReport(report), m_paths(request.root) {
     StartLog(request, Threshold(request));
-    // Links followed, so that an option that is set goes into the real file and a link stays one.
-    m_host = std::make_unique<CZETHost>(m_paths.Resolved(request.configFile));
+    StartHost();
     RequireDirectories(Core(), Param("ZET_CFG"));
     if (m_paths.HasRoot()) {
         for (const char* key : kDirectories) {
@@ -82,9 +84,18 @@ Session::Session(const Request& request, Report& report)
     if (!m_config) {
         throw Failure("the module registered no interface \"zet-config\" (name the right one with --module)");
     }
+    m_lists = std::make_unique<HostLists>(*this);
+    m_secrets = std::make_unique<Secrets>(*this);
 }
 
 Session::~Session() = default;
+
+void Session::StartHost() {
+    // Links followed, so that an option that is set goes into the real file and a link stays one.
+    const std::string file = m_paths.Resolved(m_request.configFile);
+    const bool isNeeded = m_request.needsConfigFile || m_request.isConfigFileNamed;
+    m_host = isNeeded || IsFileExist(file) ? std::make_unique<CZETHost>(file) : std::make_unique<CZETHost>();
+}
 
 void Session::LoadModule(const std::string& file) {
     try {

@@ -14,6 +14,9 @@
 
 namespace ZET {
 
+class HostLists;
+class Secrets;
+
 /// One run of a command: the core with the module loaded into it, and what the caller asked for.
 class Session {
   public:
@@ -31,6 +34,8 @@ class Session {
     IZETCore& Core() { return m_host->GetCore(); }
     const Paths& HostPaths() const { return m_paths; }
     const std::string& ModuleFile() const { return m_moduleFile; }
+    HostLists& Lists() { return *m_lists; }
+    Secrets& HostSecrets() { return *m_secrets; }
 
     /// A parameter; those that name directories of the product are paths that can be opened.
     std::string Param(const std::string& key) { return Core().GetParam(key); }
@@ -51,6 +56,8 @@ class Session {
         LogInReport& operator=(const LogInReport&) = delete;
     };
 
+    /// Without a configuration file where the command can do without and none is there.
+    void StartHost();
     void LoadModule(const std::string& file);
 
     const Request& m_request;
@@ -60,6 +67,8 @@ class Session {
     std::string m_moduleFile;
     std::unique_ptr<CZETHost> m_host;
     std::shared_ptr<IZETConfig> m_config;
+    std::unique_ptr<HostLists> m_lists;
+    std::unique_ptr<Secrets> m_secrets;
 };
 
 /// Counts the failures that the module reported to the log only, from its creation on.

@@ -17,6 +17,7 @@
 #include "Manifest.h"
 #include "PendingRecord.h"
 #include "Render.h"
+#include "Secrets.h"
 #include "TemplateCheck.h"
 #include "zet/ZETFormat.h"
 
@@ -135,6 +136,28 @@ std::vector<Problem> CheckDomain(Session& session, const std::set<std::string>& 
     return problems;
 }
 
+/// A problem tells where it is; what it quotes of a template that is not for everybody, or of values in a
+/// file that is not, it leaves out.
+void HideQuotes(Session& session, const std::string& file, std::vector<Problem>& problems) {
+    if (problems.empty()) return;
+    Secrets& secrets = session.HostSecrets();
+    // A broken list is among the problems itself.
+    const auto isHidden = [&](const std::string& path) {
+        return secrets.Hides(path) && secrets.Of(path) != Secrets::Audience::Unsure;
+    };
+    const std::string config = session.Param("ZET_CFG");
+    const bool isTemplateHidden = isHidden(file);
+    if (!isTemplateHidden && !isHidden(config)) return;
+    const std::string bytes = ReadFileBytes(file);
+    for (Problem& problem : problems) {
+        if (isTemplateHidden) {
+            problem.HideQuoted(secrets.Excuse(file));
+        } else if (bytes.find(problem.quoted) == std::string::npos) {
+            problem.HideQuoted(secrets.Excuse(config));
+        }
+    }
+}
+
 /// Checks targets one by one; what they have in common is in here.
 class TargetChecker {
   public:
@@ -234,8 +257,10 @@ std::vector<Problem> CheckTemplateFile(Session& session, const std::string& temp
             return {{file, 0, 0, "the template is a link that leads out of the root directory",
                      "put the template itself there"}};
         }
-        return CheckTemplate(
+        std::vector<Problem> problems = CheckTemplate(
             file, [&](const auto& take) { ReadLines(file, take); }, values, used);
+        HideQuotes(session, file, problems);
+        return problems;
     } catch (const Failure& failure) {
         return {ProblemOf(file, failure)};
     }

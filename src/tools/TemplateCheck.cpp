@@ -182,7 +182,7 @@ class TemplateChecker {
                         break;
                     Add(expansion.Column(),
                         "placeholder " + Quoted(expansion.Placeholder()) + " has no value",
-                        "use one that \"values\" lists, or correct its name");
+                        "use one that \"values\" lists, or correct its name", expansion.Placeholder());
                     break;
                 case Verdict::NoEnd:
                     return Add(expansion.Column(), "\"${\" has no \"}\" after it in its line",
@@ -191,7 +191,8 @@ class TemplateChecker {
                     return Add(expansion.Column(),
                                "the expansion of " + Quoted(expansion.Placeholder()) +
                                    " does not end within 100,000 replacements and 16 MiB",
-                               "take the placeholder that leads back to it out of the values");
+                               "take the placeholder that leads back to it out of the values",
+                               expansion.Placeholder());
             }
         }
     }
@@ -252,8 +253,8 @@ class TemplateChecker {
 
     static std::string Quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
 
-    void Add(int column, const std::string& text, const std::string& remedy) {
-        m_problems.push_back({m_file, m_line, column, text, remedy});
+    void Add(int column, const std::string& text, const std::string& remedy, const std::string& quoted = "") {
+        m_problems.push_back({m_file, m_line, column, text, remedy, quoted});
     }
 
     const std::string& m_file;

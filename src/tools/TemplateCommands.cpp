@@ -11,6 +11,7 @@
 #include "Manifest.h"
 #include "Render.h"
 #include "Replacement.h"
+#include "Secrets.h"
 #include "Staging.h"
 #include "TargetCheck.h"
 #include "Writing.h"
@@ -21,6 +22,7 @@ namespace ZET {
 namespace {
 
 constexpr char kOldSuffix[] = ".old";
+constexpr char kStandardOutput[] = "-";
 
 void RequireTemplateName(const std::string& name) {
     if (name.empty() || name.front() == '/' || name.back() == '/' ||
@@ -64,6 +66,7 @@ class Installation {
         m_isSame = HaveSameModeAndBytes(m_path, m_pristine);
         if (m_isSame) return;
         if (!m_session.Asked().force) {
+            if (m_session.Asked().diff) ShowDifference();
             throw Failure(m_path + ": differs from " + m_pristine +
                           " (--force installs that one, and keeps "
                           "the differing one as " +
@@ -74,7 +77,7 @@ class Installation {
     }
 
     int Run(Writing& writing) {
-        FileReport report{m_name, m_path, "unchanged", StateOf(m_path), StateOf(m_pristine), "", "", ""};
+        FileReport report{m_name, m_path, "unchanged", StateOf(m_path), StateOf(m_pristine), "", "", {}};
         if (m_isSame) return ReportFile(m_session, report);
         report.change = m_isThere ? "changed" : "created";
         const std::string tense = m_session.Asked().dryRun ? "would be" : "is";
@@ -90,6 +93,13 @@ class Installation {
     }
 
   private:
+    /// What --force would change.
+    void ShowDifference() {
+        const FileState state = StateOf(m_path);
+        ReportFile(m_session, {m_name, m_path, "unchanged", state, state, "", "differs from " + m_pristine,
+                               DiffToShow(m_session, m_path, m_pristine, m_path)});
+    }
+
     void Install() {
         const LoggedFailures failures;
         m_session.Config().InstallConfigFileTemplate(m_name);
@@ -111,8 +121,14 @@ std::vector<std::string> FilesOf(Session& session, const std::vector<Installatio
     std::vector<std::string> files;
     std::map<std::string, std::string> nameOf;
     const Paths& paths = session.HostPaths();
+    const ClaimedFiles own(session);
     for (const Installation& installation : installations) {
         for (std::string& file : installation.Files()) {
+            const std::string use = own.UseBesideTargets(file);
+            if (!use.empty()) {
+                throw UsageError("NAME \"" + installation.Name() + "\" is installed as " + file +
+                                 ", which is " + use + " (give the template another name)");
+            }
             const auto [other, isNew] =
                 nameOf.emplace(paths.Canonical(paths.NameInside(file)), installation.Name());
             if (!isNew) {
@@ -148,6 +164,23 @@ bool CheckTemplateToRender(Session& session, const StringMap& extra) {
     return problems.empty();
 }
 
+/// Prints what the template renders to, and writes nothing.
+int PrintRendering(Session& session, StringMap& values) {
+    const Request& asked = session.Asked();
+    session.Out().Set("secret", nullptr);  // as long as there is nothing to print
+    session.Out().Set("text", nullptr);
+    if (!CheckTemplateToRender(session, values)) return kFailed;
+    const std::string source = TemplateFile(session, asked.name);
+    session.Out().Set("secret", session.HostSecrets().IsPrivate(source));
+    session.HostSecrets().RequireShown(source);
+    const Staging staging;
+    const QuietLog quiet(asked, ZETLogWarning);
+    const std::string text = ReadFileBytes(RenderStaged(session, staging, asked.name, &values));
+    session.Out().Set("text", text);
+    session.Out().Text(text);
+    return kDone;
+}
+
 /// A target of the list may be made by hand, too, but nothing that stands beside one.
 void RequireFreeTarget(Session& session, const std::string& path) {
     ClaimedFiles claimed(session);
@@ -157,6 +190,7 @@ void RequireFreeTarget(Session& session, const std::string& path) {
     } catch (const Failure&) {
         // Without a list that can be used, nothing is known to be a target.
     }
+    if (const auto clash = claimed.ClashOf(session.Asked().name)) throw Failure(clash->Describe());
     const std::string use = claimed.UseBesideTargets(path);
     if (!use.empty()) throw Failure(path + ": is " + use + " (name another file)");
 }
@@ -168,18 +202,25 @@ void WarnOfEdits(Session& session, const std::string& path) {
                           (session.Asked().dryRun ? " would be " : " are ") + "overwritten");
 }
 
+/// What is made of a template is as private as the template.
+ShownDiff DiffOfRendering(Session& session, const std::string& before, const std::string& made,
+                          const std::string& path) {
+    const std::string source = WorkingCopy(session, session.Asked().name);
+    const bool isPrivate = session.HostSecrets().IsPrivate(source);
+    return DiffToShow(session, before, made, isPrivate ? source : path, path);
+}
+
 /// What putting `made` into the target's place does, or would do.
 FileReport Planned(Session& session, const std::string& path, const std::string& made) {
-    FileReport report{session.Asked().target, path, "created", StateOf(path), {}, "", "", ""};
+    FileReport report{session.Asked().target, path, "created", StateOf(path), {}, "", "", {}};
     report.after = StateInPlace(path, made);
     if (report.before.exists) {
         const bool isSame = report.before.mode == report.after.mode && HaveSameBytes(path, made);
         report.change = isSame ? "unchanged" : "changed";
     }
     report.reserve = report.change == "unchanged" ? ReserveOf(path) : ReserveAfterChange(path);
-    const bool isShown = session.Asked().diff && report.change != "unchanged" &&
-                         !IsSecret(session, WorkingCopy(session, session.Asked().name));
-    if (isShown) report.diff = DiffToShow(session, report.before.exists ? path : "", made, path);
+    if (report.change != "unchanged")
+        report.diff = DiffOfRendering(session, report.before.exists ? path : "", made, path);
     if (report.change == "changed") WarnOfEdits(session, path);
     return report;
 }
@@ -241,6 +282,7 @@ int RunTemplateProcess(Session& session) {
     RequireTemplateName(asked.name);
     if (asked.target.empty()) throw UsageError("TARGET is empty (name a file)");
     StringMap values = ExtraValues(session);
+    if (asked.target == kStandardOutput) return PrintRendering(session, values);
     const std::string path = session.FilePath(asked.target);
     RequireFreeTarget(session, path);
     if (StateOf(path).exists) RequireReadableFile(path);

@@ -32,5 +32,21 @@ TEST_F(Host, InterfacesEndWithTheHost) {
     EXPECT_TRUE(observer.expired());
 }
 
+TEST_F(Host, WithoutAFileTheDefaultsServe) {
+    CZETHost host;
+    IZETCore& core = host.GetCore();
+    EXPECT_EQ(core.GetParam("ZET_CFG"), "");
+    EXPECT_EQ(core.GetParam("ZET_CFG_DIR"), "/etc/zet");
+    EXPECT_EQ(core.GetDomainName(), "");
+    core.UpdateParam("DOMAIN", "example.org");
+    EXPECT_EQ(core.GetParam("REALM"), "EXAMPLE.ORG");
+}
+
+TEST_F(Host, WithoutAFileNoneCanBeNamedLater) {
+    CZETHost host;
+    EXPECT_EQ(MessageOf<EZETCheckError>([&] { host.GetCore().UpdateParam("ZET_CFG", "/etc/passwd"); }),
+              "Parameter 'ZET_CFG' cannot be changed.");
+}
+
 }  // namespace
 }  // namespace ZET::Test

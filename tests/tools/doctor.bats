@@ -421,7 +421,7 @@ assert_nearly() {
     run_zet doctor conf
     assert_status 1
     assert_output "conf:12: a begin marker has no end marker (put one after line 13)"
-    assert_stderr "zet-client: conf: the repair is not shown, since the file's text is secret"
+    assert_stderr "zet-client: conf: the repair: line 14 changed (text not shown: the list of targets calls it secret; --show-secrets shows it)"
     run_zet --json doctor conf
     [[ $output != *hidden* ]]
     assert_json 'd["secret"]' true

@@ -122,7 +122,7 @@ apply_diff() {
     run_zet --json param set -n --diff conf a new
     assert_status 3
     assert_json 'd["dry_run"], d["exit_status"], sorted(d["files"][0])' \
-        '[true, 3, ["change", "diff", "file", "mode_after", "mode_before", "owner_after", "owner_before", "path", "reserve"]]'
+        '[true, 3, ["change", "changed_lines", "diff", "file", "mode_after", "mode_before", "owner_after", "owner_before", "path", "reserve", "secret"]]'
     local planned
     planned=$(json "$expression")
     run_zet --json param set --diff conf a new
@@ -131,7 +131,7 @@ apply_diff() {
     assert_json "$expression" "$planned"
     run_zet --json param set conf a new
     assert_json 'd["files"]' \
-        "[{\"file\": \"conf\", \"path\": \"$HOST/conf\", \"change\": \"unchanged\", \"reserve\": \"conf.before_zet\"}]"
+        "[{\"file\": \"conf\", \"path\": \"$HOST/conf\", \"change\": \"unchanged\", \"reserve\": \"conf.before_zet\", \"secret\": false}]"
 }
 
 @test "the path in the document is that of the real file, links followed, whatever way led to it" {
@@ -344,137 +344,4 @@ b=2
     assert_equal "$(grep -c 'Unexpected token' <<<"$stderr")" 1
     run_zet -q param set conf a newer
     assert_success ""
-}
-
-# make_secret: the template "a" is listed with a secret target, and committed over a former text.
-make_secret() {
-    mkdir t
-    echo 'pass=former' >t/a
-    echo 'pass=word' >templates/a
-    printf '[a]\ntarget = %s\nroles = both\nsecret = true\n' "$HOST/t/a" >templates/targets.ini
-    zet -q commit-config
-}
-
-# assert_nothing_shown COMMAND...: a change, but neither its text nor that of the file, in no form of the report.
-assert_nothing_shown() {
-    local form
-    for form in "" --json; do
-        run_zet $form -n --diff "$@"
-        assert_status 3
-        [[ $output$stderr != *former* && $output$stderr != *word* && $output$stderr != *hidden* ]] || {
-            differ "$*" "nothing secret" "$output$stderr"
-            return 1
-        }
-    done
-}
-
-@test "the text of a secret target is not shown of the files that hold a copy of it either" {
-    make_secret
-    zet template install --force a
-    cp etc/a etc/a.old
-    cp t/a.before_zet t/a.before_zet.before_zet
-    local file
-    for file in t/a t/a.before_zet t/a.before_zet.before_zet etc/a etc/a.old templates/a t/../etc//a.old; do
-        assert_nothing_shown param set "$file" new hidden
-    done
-    assert_nothing_shown file restore t/a
-    assert_nothing_shown file reserve templates/a
-    assert_nothing_shown file reserve etc/a.old
-    ln -s t/a.before_zet link
-    assert_nothing_shown param set link new hidden
-}
-
-@test "a file beside a secret one is shown" {
-    make_secret
-    for file in t/b t/a.d conf; do
-        echo 'pass=open' >"$file"
-        run_zet param set --no-markers -n --diff "$file" pass free
-        assert_status 3
-        [[ $output == *-pass=open*+pass=free* ]]
-        assert_stderr ""
-    done
-}
-
-@test "the text of a secret template is not shown of a file that was made of it elsewhere" {
-    make_secret
-    echo 'open=1' >templates/b
-    zet -q template process a elsewhere
-    zet -q template process b plain
-    cp elsewhere elsewhere.old
-    local file
-    for file in elsewhere elsewhere.old elsewhere.before_zet; do
-        [[ -e $file ]] || cp elsewhere "$file"
-        assert_nothing_shown param set "$file" new hidden
-        assert_nothing_shown line set "$file" ^new 'new = hidden'
-        assert_nothing_shown file strip "$file"
-        run_zet --json line get "$file" word
-        assert_json 'd["found"], d["secret"], d["line"]' '[true, true, null]'
-        run_zet --json explain "$file"
-        assert_json 'd["secret"]' true
-        [[ $output != *word* ]]
-    done
-    assert_nothing_shown template process b elsewhere
-    run_zet --json explain plain
-    assert_json 'd["secret"]' false
-    run_zet param set -n --diff plain new open
-    [[ $output == *+new=open* ]]
-    run_zet file strip --diff elsewhere
-    assert_success "elsewhere: changed, the original is kept as elsewhere.before_zet"
-}
-
-@test "a lookup shows a secret to the reader who asks for it, and to no document" {
-    make_secret
-    echo pw=hunter2 >t/a
-    run_zet param get t/a pw
-    assert_success hunter2
-    run_zet --json param get t/a pw
-    assert_status 0
-    assert_json 'd["found"], d["secret"], d["value"]' '[true, true, null]'
-    run_zet --json line get t/a ^pw
-    assert_status 0
-    assert_json 'd["found"], d["secret"], d["line"]' '[true, true, null]'
-    run_zet --json param get conf old
-    assert_json 'd["secret"]' 'false'
-}
-
-@test "as long as the list of targets is broken, no text is shown" {
-    make_secret
-    sed -i s/secret/secert/ templates/targets.ini
-    assert_nothing_shown param set t/a new hidden
-    assert_nothing_shown param set etc/a new hidden
-    assert_nothing_shown template process a t/q
-    run_zet param set -n --diff conf new hidden
-    assert_output "conf: would be changed"
-    assert_stderr "zet-client: warning: $HOST/templates/targets.ini: the list of targets is broken (see check-config);\
- so no diff is shown"
-    run_zet explain t/a
-    [[ $output$stderr != *word* ]]
-    assert_stderr "zet-client: warning: $HOST/templates/targets.ini: the list of targets is broken (see check-config);\
- so no text of the file is shown"
-}
-
-@test "a committed file that left the list of targets is as secret as it may have been, for both roles" {
-    make_secret
-    rm templates/targets.ini
-    PROGRAM=$ZET_BIN/zet-init
-    for role in server client; do
-        assert_nothing_shown param set t/a new hidden
-        assert_nothing_shown param set t/a.before_zet new hidden
-        run_zet param set --no-markers -n --diff conf new open
-        [[ $output == *+new=open* ]]
-        assert_stderr ""
-        PROGRAM=$ZET_BIN/zet-client
-    done
-    : >templates/targets.ini
-    assert_nothing_shown param set t/a new hidden
-    printf '[a]\ntarget = %s\nroles = both\n' "$HOST/t/a" >templates/targets.ini
-    run_zet param set -n --diff t/a new open
-    [[ $output == *+new=open* ]]
-}
-
-@test "a manifest that cannot be read keeps every text from being shown" {
-    make_secret
-    echo nonsense >state/zet-client.manifest
-    assert_nothing_shown param set conf new hidden
-    [[ $stderr == *"zet-client.manifest:1: "*"; so no diff is shown"$'\n' ]]
 }

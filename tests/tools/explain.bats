@@ -215,7 +215,7 @@ made:16: from line 9 of the template a.conf"
 
 @test "BlockInAMadeFileNamesTheLineThatItReplaced" {
     make_file
-    zet -q line set made '^realm' 'realm = OTHER'
+    zet -q line set --force made '^realm' 'realm = OTHER'
     run_zet explain made:15
     assert_success "made:15: lines 14 to 16: managed block: \"realm = OTHER\"; before: \"realm = EXAMPLE.ORG\", kept in line 13, from line 7 of the template a.conf with \${realm}"
     run_zet explain made:17
@@ -224,7 +224,7 @@ made:16: from line 9 of the template a.conf"
 
 @test "AppendedBlockDoesNotMoveTheLinesOfAMadeFile" {
     make_file
-    zet -q param set made fresh 1
+    zet -q param set --force made fresh 1
     run_zet explain made:15
     assert_success "made:15: from line 9 of the template a.conf; before: there was no such file"
     run_zet explain made:16
@@ -248,7 +248,7 @@ made:1: the administrator's own"
 
 @test "ExplanationIsADocumentToo" {
     make_file
-    zet -q line set made '^realm' 'realm = OTHER'
+    zet -q line set --force made '^realm' 'realm = OTHER'
     run_zet --json explain made
     assert_status 0
     assert_json 'd["made_from"]' a.conf
@@ -266,6 +266,13 @@ made:1: the administrator's own"
     assert_json 'd["regions"][2]["block_line"]' 14
 }
 
+@test "DocumentNamesTheReserveOfTheFileAndOfEachRegion" {
+    zet -q param set conf kdc new
+    run_zet --json explain conf
+    assert_json 'd["reserve"], d["no_file_before"]' '["conf.before_zet", false]'
+    assert_json '{r["reserve"] for r in d["regions"]} == {"conf.before_zet"}' true
+}
+
 @test "DocumentOfOneLineHasOneRegion" {
     make_file
     run_zet --json explain made:12
@@ -277,7 +284,7 @@ made:1: the administrator's own"
 @test "TextOfASecretTargetIsNotShown" {
     make_file
     echo 'secret = true' >>templates/targets.ini
-    zet -q line set made '^realm' 'realm = OTHER'
+    zet -q line set --force made '^realm' 'realm = OTHER'
     run_zet explain made
     assert_status 0
     [[ $output == *'managed block: (secret); before: (secret), kept in line 13'* ]]
@@ -295,7 +302,8 @@ made:1: the administrator's own"
     run_zet explain conf:11
     assert_status 0
     assert_output "conf:11: lines 10 to 12: managed block: (secret); before: (secret), kept in line 9"
-    [[ $stderr == *"others may write the list of targets"*"so no text of the file is shown"$'\n' ]]
+    [[ $stderr == *"others may write the list of targets"*"so no text is shown"$'\n'* ]]
+    [[ $stderr == *"conf: text not shown: nobody can tell whether it is secret; --show-secrets shows it"$'\n' ]]
 }
 
 @test "FileInAHostTreeIsExplained" {

@@ -85,7 +85,7 @@ live_together() {
     # Somebody edits a file by hand.
     sed -i 's/^uri.*/uri ldap:\/\/elsewhere/' tree/etc/nslcd.conf
     assert_equal "$(state_of_target /etc/nslcd.conf)" edited
-    on commit-config -n --diff nslcd.conf
+    on commit-config -n --diff --show-secrets nslcd.conf
     assert_status 3
     grep -qx -- '-uri ldap://elsewhere' <<<"$output"
     on commit-config
@@ -213,7 +213,7 @@ leave() {
     PROGRAM=zet-client
     make_life client
     on commit-config
-    on line set /etc/nslcd.conf '^uid' 'uid other'
+    on line set --force /etc/nslcd.conf '^uid' 'uid other'
     assert_status 0
     assert_equal "$(state_of_target /etc/nslcd.conf)" edited
     on rollback-config

@@ -16,7 +16,7 @@ teardown() {
 # assert_patch_makes_it COMMAND...: the diff of the dry run, put on a copy of the targets with patch -p1, makes of
 # them what the command makes of the targets themselves.
 assert_patch_makes_it() {
-    run_zet commit-config -n --diff
+    run_zet commit-config -n --diff --show-secrets
     assert_status 3
     cp -a out "$BASE/copy"
     mkdir -p "$BASE/tree$HOST"
@@ -75,7 +75,7 @@ zet-client: warning: $HOST/out/two.conf: was removed since the last commit"
 @test "the diff shows each change and makes none in a dry run" {
     original one.conf $'old\nkept'
     remember_host
-    run_zet commit-config -n --diff
+    run_zet commit-config -n --diff --show-secrets
     assert_status 3
     assert_output "$HOST/out/one.conf: would be changed, mode 0640 -> 0644
 --- a$HOST/out/one.conf
@@ -249,7 +249,7 @@ zet-client: nothing was changed"
     assert_json 'd["dry_run"], d["exit_status"], d["version"], d["command"], d["role"], d["restart"]' \
         '[false, 0, 1, "commit-config", "client", ["three"]]'
     assert_json '[(t["template"], t["path"].split("/")[-2:], t["change"], t["edited"], t["secret"], t["mode_before"], t["mode_after"]) for t in d["targets"]]' \
-        '[["one.conf", ["out", "one.conf"], "changed", false, false, "0640", "0644"], ["two.conf", ["out", "two.conf"], "created", false, false, null, "0644"], ["three.conf", ["out", "three.conf"], "created", false, true, null, "0644"]]'
+        '[["one.conf", ["out", "one.conf"], "changed", false, true, "0640", "0644"], ["two.conf", ["out", "two.conf"], "created", false, false, null, "0644"], ["three.conf", ["out", "three.conf"], "created", false, true, null, "0644"]]'
     assert_equal "$(sed 's/"dry_run": true/"dry_run": false/; s/"exit_status": 3/"exit_status": 0/' <<<"$planned")" "${output%?}"
 }
 

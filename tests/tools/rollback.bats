@@ -207,7 +207,7 @@ $TWO: removed, as there was none before"
 @test "a dry run tells what would go back and does nothing" {
     zet commit-config
     remember_host
-    run_zet rollback-config -n --diff
+    run_zet rollback-config -n --diff --show-secrets
     assert_status 3
     assert_output "$ONE: would be put back as it was, mode 0644 -> 0640
 --- a$ONE
@@ -239,7 +239,7 @@ $(notice two.conf | sed 's/^/-/')
 
 @test "the diff of a rollback is fit for patch" {
     zet commit-config
-    zet rollback-config -n --diff >"$BASE/diff" || true
+    zet rollback-config -n --diff --show-secrets >"$BASE/diff" || true
     mkdir -p "$BASE/tree$HOST"
     cp -r out "$BASE/tree$HOST/out"
     patch -s -d "$BASE/tree" -p1 <"$BASE/diff"
@@ -250,7 +250,7 @@ $(notice two.conf | sed 's/^/-/')
 @test "the diff of a rollback shows a file that comes back, and none that stays away" {
     zet commit-config
     rm out/one.conf out/two.conf
-    run_zet rollback-config -n --diff
+    run_zet rollback-config -n --diff --show-secrets
     assert_status 3
     assert_output "$ONE: would be put back as it was
 --- /dev/null
@@ -260,7 +260,7 @@ $(notice two.conf | sed 's/^/-/')
 $TWO: is not there, as before"
     local diff
     diff=$(tail -n +2 <<<"$output" | head -n 4)
-    run_zet rollback-config --diff
+    run_zet rollback-config --diff --show-secrets
     assert_success "$ONE: put back as it was
 $diff
 $TWO: is not there, as before"
@@ -269,16 +269,27 @@ $TWO: is not there, as before"
 
 @test "the document is the same in a dry run, but for the tense" {
     zet commit-config
-    run_zet --json rollback-config -n --diff
+    run_zet --json rollback-config -n --diff --show-secrets
     assert_status 3
     local planned=${output%?}
-    run_zet --json rollback-config --diff
+    run_zet --json rollback-config --diff --show-secrets
     assert_status 0
     assert_json '[d[x] for x in ("version", "command", "role", "dry_run", "exit_status")]' \
         '[1, "rollback-config", "client", false, 0]'
     assert_json '[(t["template"], t["path"], t["change"], "+old" in t["diff"]) for t in d["targets"]]' \
         "[[\"one.conf\", \"$ONE\", \"restored\", true], [\"two.conf\", \"$TWO\", \"removed\", false]]"
     assert_equal "$(sed 's/"dry_run": true/"dry_run": false/; s/"exit_status": 3/"exit_status": 0/' <<<"$planned")" "${output%?}"
+}
+
+@test "a file that only a broken template could tell from an edit stays" {
+    zet commit-config
+    rm state/zet-client.manifest
+    echo '${unknown}' >>etc/one.conf
+    remember_host
+    run_zet rollback-config "$ONE"
+    assert_status 1
+    assert_output "$ONE: edited, stays as it is"
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
 }
 
 @test "a kept target is kept in the document as well" {

@@ -333,16 +333,43 @@ $(generated two.conf | sed 's/^/+/')
 	END
     run_zet template process -n --diff two.conf elsewhere
     assert_status 3
-    assert_output "elsewhere: would be created"
+    assert_output "elsewhere: would be created
+elsewhere: lines 1-11 changed (text not shown: the list of targets calls it secret; --show-secrets shows it)"
     run_zet template install -n --diff two.conf
     assert_status 3
-    assert_output "$HOST/etc/two.conf: would be created"
+    assert_output "$HOST/etc/two.conf: would be created
+$HOST/etc/two.conf: line 1 changed (text not shown: the list of targets calls it secret; --show-secrets shows it)"
     zet template process two.conf secret
     run_zet --json param set -n --diff secret plain 1
     assert_status 3
-    assert_json 'd["files"][0]["diff"]' ""
+    assert_json 'd["files"][0]["diff"]' null
     run_zet param set -n --diff ../host/secret plain 1
-    assert_output "../host/secret: would be changed"
+    assert_output "../host/secret: would be changed
+$HOST/secret: lines 12-15 changed (text not shown: the list of targets calls it secret; --show-secrets shows it)"
+}
+
+@test "the diff of a working copy that is not replaced shows what would be" {
+    zet -q template install two.conf
+    echo mine >etc/two.conf
+    remember_host
+    for option in -n -v; do
+        run_zet template install $option --diff two.conf
+        assert_status 1
+        assert_output "$HOST/etc/two.conf: unchanged, differs from $HOST/templates/two.conf
+--- a$HOST/etc/two.conf
++++ b$HOST/etc/two.conf
+@@ -1 +1 @@
+-mine
++plain"
+        [[ $stderr == *"$HOST/etc/two.conf: differs from $HOST/templates/two.conf (--force installs that one"* ]]
+        assert_host_unchanged
+    done
+    run_zet template install -n two.conf
+    assert_output ""
+    chmod 640 etc/two.conf
+    run_zet template install -n --diff two.conf
+    assert_output "$HOST/etc/two.conf: unchanged, differs from $HOST/templates/two.conf
+$HOST/etc/two.conf: line 1 changed (text not shown: the file is not for everybody; --show-secrets shows it)"
 }
 
 @test "a list of targets that cannot be relied on keeps every text from being shown" {
@@ -351,8 +378,9 @@ $(generated two.conf | sed 's/^/+/')
     chmod 666 templates/targets.ini
     run_zet template process -n --diff two.conf out
     assert_status 3
-    assert_output "out: would be created"
-    assert_equal "${stderr##*; }" $'so no diff is shown\n'
+    assert_output "out: would be created
+out: lines 1-11 changed (text not shown: nobody can tell whether it is secret; --show-secrets shows it)"
+    assert_equal "${stderr##*; }" $'so no text is shown\n'
 }
 
 @test "process of a link's target keeps the link" {

@@ -1,0 +1,76 @@
+#ifndef ZET_SECRETS_H
+#define ZET_SECRETS_H
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+
+namespace ZET {
+
+class HostLists;
+class Session;
+struct FileState;
+struct Target;
+
+/// Whose eyes the text of a file is for. There is one object in a run, which knows what the lists say.
+///
+/// Secret is the text of a target that the list calls so, of its template, of what was made from that
+/// template, of a copy of any of these, and of a target that left the list: nobody can tell any more. Private
+/// is what others may not read, as its mode says, with its copies and what is made from it. Without lists
+/// that can be relied on, nothing is known to be for everybody.
+class Secrets {
+  public:
+    explicit Secrets(Session& session);
+
+    enum class Audience {
+        Everybody,  ///< shown with whatever is reported
+        Unsure,     ///< nobody can tell: as for readers
+        Readers,    ///< shown to whoever asks for just this text, and may read the file
+        Nobody      ///< shown to whoever asks for secrets
+    };
+
+    /// A file that is to come counts by what it is named, and what is there already of its copies.
+    Audience Of(const std::string& path) { return Judged(path).audience; }
+    bool IsPrivate(const std::string& path) { return Of(path) != Audience::Everybody; }
+
+    /// Whether the text is left out of a report that nobody asked just this text of.
+    bool Hides(const std::string& path);
+
+    /// Why, and how to see it, as a part of a sentence: "text not shown: ...; --show-secrets shows it". That
+    /// nobody can tell is a warning.
+    std::string Excuse(const std::string& path);
+
+    /// Somebody asks for the text of the file: a `Failure` with the remedy where he has to ask for secrets.
+    void RequireShown(const std::string& path);
+
+    /// Whether others may not read the file, links followed.
+    static bool IsClosed(const std::string& file);
+    static bool IsClosed(const FileState& state);
+
+  private:
+    struct Verdict {
+        Audience audience;
+        const char* reason;
+    };
+
+    const Verdict& Judged(const std::string& path);
+    Verdict Judge(const std::string& path);
+    void RequireReliableList();
+    std::set<std::string> NamesOfText(const std::string& path) const;
+    std::set<std::string> NamesOfTemplates(const std::string& path);
+    bool HasLeftList(const std::set<std::string>& names);
+    bool IsListed(const std::set<std::string>& names);
+    bool IsCopyOfListed(const std::string& path);
+    const std::set<std::string>& Listed();
+
+    Session& m_session;
+    HostLists& m_lists;
+    std::map<std::string, Verdict> m_verdicts;
+    std::optional<std::set<std::string>> m_listed;  ///< the files of the targets that the list calls secret
+    std::string m_trouble;                          ///< why nobody can tell; empty when that was told
+};
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,101 @@
+# An edit in place of a file that a commit made, and the next one would overwrite.
+
+load helper
+load set
+
+setup() {
+    make_set
+    add_target one.conf $'realm = ${realm}\nplain = 1\n'
+    original one.conf $'old = 1\n'
+    ONE=$HOST/out/one.conf
+}
+
+teardown() {
+    remove_host
+}
+
+EDITS=("param set out/one.conf plain 2" "param restore out/one.conf plain" "line set out/one.conf ^plain p=2"
+    "line restore out/one.conf ^plain" "file strip out/one.conf" "file forget out/one.conf")
+
+@test "a committed target is not edited" {
+    zet -q commit-config
+    remember_host
+    local edit option
+    for edit in "${EDITS[@]}"; do
+        for option in -n -v; do
+            run_zet $option $edit
+            assert_refusal 1 "out/one.conf: is made from [one.conf] and the next commit overwrites it (edit $HOST/etc/one.conf and commit, or use --force)"
+        done
+    done
+    assert_host_unchanged
+}
+
+@test "a committed target is edited with --force, and a commit takes that for any edit" {
+    zet -q commit-config
+    local edit
+    for edit in "${EDITS[@]}"; do
+        run_zet -n $edit --force
+        [[ $stderr == "" && $status != 1 ]]
+    done
+    run_zet line set --force out/one.conf ^plain 'plain = 2'
+    assert_success "out/one.conf: changed, the original is kept as out/one.conf.before_zet"
+    run_zet status
+    [[ $output == *"$ONE: edited"* ]]
+    run_zet commit-config
+    assert_status 0
+    assert_stderr "zet-client: warning: $ONE: was edited since the last commit; the edits are overwritten"
+    run_zet file forget --force out/one.conf
+    assert_success "out/one.conf: forgotten, its reserve is dropped"
+    assert_absent out/one.conf.before_zet
+}
+
+@test "a target that the other role committed is not edited either" {
+    server -q commit-config
+    run_zet param set out/one.conf plain 2
+    assert_status 1
+    [[ $stderr == *"is made from [one.conf]"* ]]
+}
+
+@test "whatever way leads to a committed target, it is one" {
+    zet -q commit-config
+    ln -s out/one.conf link
+    ln -s out other
+    local file
+    for file in link other/one.conf out/../out/./one.conf "$ONE"; do
+        run_zet param set "$file" plain 2
+        assert_status 1
+        [[ $stderr == *"is made from [one.conf]"* ]]
+    done
+    assert_made one.conf $'realm = EXAMPLE.ORG\nplain = 1\n'
+}
+
+@test "what is not committed is edited, and so is what left the list" {
+    run_zet param set -n --no-markers out/one.conf plain 2
+    assert_status 3
+    zet -q commit-config
+    : >templates/targets.ini
+    run_zet param set -n out/one.conf plain 2
+    assert_status 3
+    echo a=1 >out/free
+    zet -q commit-config
+    run_zet param set -n out/free a 2
+    assert_status 3
+}
+
+@test "looking, keeping and putting back a committed target is refused by nobody" {
+    zet -q commit-config
+    run_zet line get out/one.conf ^plain
+    assert_success "plain = 1"
+    run_zet file reserve out/one.conf
+    assert_status 0
+    run_zet file restore -n out/one.conf
+    assert_status 3
+}
+
+@test "where the record of the commits cannot be read, the edit is made with a warning" {
+    zet -q commit-config
+    echo nonsense >state/zet-client.manifest
+    run_zet line set out/one.conf ^plain 'plain = 2'
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/state/zet-client.manifest:1: is no line INODE SIZE MTIME MODE PATH (remove the file, then commit again); so nobody can tell whether the next commit overwrites out/one.conf"
+}

@@ -1,0 +1,67 @@
+# A FILE that has nothing to do with the product needs no configuration file.
+
+load helper
+
+setup() {
+    umask 022
+    make_host
+    mkdir -p tree/etc
+    printf 'a=1\nb=2\n' >tree/etc/some
+}
+
+teardown() {
+    remove_host
+}
+
+on_tree() {
+    capture "$ZET_BIN/zet-client" --root "$HOST/tree" "$@"
+}
+
+@test "the defaults serve the commands on any file" {
+    on_tree param get /etc/some a
+    assert_success 1
+    on_tree line get /etc/some ^b
+    assert_success b=2
+    on_tree param set /etc/some a new
+    assert_success "$HOST/tree/etc/some: changed, the original is kept as $HOST/tree/etc/some.before_zet"
+    on_tree explain /etc/some
+    assert_status 0
+    on_tree doctor /etc/some
+    assert_success "$HOST/tree/etc/some: no damage"
+    on_tree file restore /etc/some
+    assert_success "$HOST/tree/etc/some: restored, from $HOST/tree/etc/some.before_zet"
+    assert_file tree/etc/some $'a=1\nb=2\n'
+    assert_equal "$(find tree -mindepth 1 | sort | paste -sd ' ')" "tree/etc tree/etc/some"
+}
+
+@test "the commands on the product's own files need it" {
+    local command
+    for command in commit-config check-config rollback-config status values "template process a -" \
+        "template install a" "option get DOMAIN" "option set DOMAIN x"; do
+        on_tree $command
+        assert_refusal 1 "$HOST/tree/etc/zet/zet.conf: cannot be read: No such file or directory (name a configuration file that exists and is readable)"
+    done
+}
+
+@test "a file that is named with --config must be there" {
+    local option
+    for option in "-c /etc/zet/zet.conf" "--config=/etc/zet/zet.conf" "-c /etc/other"; do
+        on_tree $option param get /etc/some a
+        assert_status 1
+        assert_output ""
+        [[ $stderr == *": cannot be read: No such file or directory (name a configuration file that exists and is readable)"$'\n' ]]
+    done
+    capture "$ZET_BIN/zet-client" --root "$HOST/tree" param get /etc/some a -c /etc/other
+    assert_status 1
+}
+
+@test "a file that is there must be one that can be read" {
+    mkdir -p tree/etc/zet
+    echo nonsense >tree/etc/zet/zet.conf
+    on_tree param get /etc/some a
+    assert_refusal 1 "$HOST/tree/etc/zet/zet.conf:1: no \"=\" in the line (write NAME=value, or \"#\" before a comment)"
+    rm tree/etc/zet/zet.conf
+    mkdir tree/etc/zet/zet.conf
+    on_tree param get /etc/some a
+    assert_refusal 1 "$HOST/tree/etc/zet/zet.conf: cannot be read: not a regular file (name a configuration file)"
+}
