@@ -100,6 +100,19 @@ std::size_t NoticeTexts::LengthBefore(const std::vector<std::string_view>& lines
     return found == m_texts.end() ? 0 : found->size();
 }
 
+std::size_t NoticeTexts::ForeignLine(const std::vector<std::string_view>& lines, std::size_t first,
+                                     std::size_t end) const {
+    const std::size_t known = LengthFrom(lines, first);
+    if (known != 0) return std::min(first + known, end);
+    if (LengthBefore(lines, end) != 0) return first;
+    const auto at = [&](std::size_t index) { return lines.begin() + static_cast<std::ptrdiff_t>(index); };
+    const auto foreign = std::find_if(at(first), at(end), [](std::string_view line) {
+        line = WithoutCarriageReturn(line);
+        return (!line.empty() && !line.starts_with('#')) || MarkerOf(line) != Marker::None;
+    });
+    return static_cast<std::size_t>(foreign - lines.begin());
+}
+
 std::string NoticeTexts::TemplateIn(const std::vector<std::string_view>& notice) const {
     for (const Lines& text : m_texts) {
         // The first gap of a text is the template.

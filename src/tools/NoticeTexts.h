@@ -21,6 +21,12 @@ class NoticeTexts {
     /// The same for the lines right before `end`.
     std::size_t LengthBefore(const std::vector<std::string_view>& lines, std::size_t end) const;
 
+    /// The first of the lines from `first` to before `end`, which stand between the markers of a notice, that
+    /// the module did not write there; `end` when it wrote all. A text in a language that is not at hand may
+    /// be any comment.
+    std::size_t ForeignLine(const std::vector<std::string_view>& lines, std::size_t first,
+                            std::size_t end) const;
+
     /// The template that a notice tells its reader to edit; empty when it names none.
     std::string TemplateIn(const std::vector<std::string_view>& notice) const;
 
