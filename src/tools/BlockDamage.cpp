@@ -251,9 +251,9 @@ class BlockCheck {
 void TakeDoubled(RepairText& repair, std::size_t index, const std::string& kind, const std::string& marker) {
     const std::string what = "a second " + marker + " marker follows right after the first";
     if (!repair.IsOnlyMarker(index)) {
-        repair.NoteAmbiguous(index, kind, what + ", with text in its line",
-                             {"take the marker out, and leave the text as a line of its own",
-                              "take the whole line out"});
+        repair.NoteAmbiguous(
+            index, kind, what + ", with text in its line",
+            {"take the marker out, and leave the text as a line of its own", "take the whole line out"});
         return;
     }
     repair.Note(index, kind, what, "take it out");

@@ -4,9 +4,26 @@
 #include "EditRules.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
+#include "FirstLine.h"
+#include "LineEnds.h"
 #include "Remedy.h"
+#include "SoundBlocks.h"
+#include "zet/ZETFormat.h"
 
 namespace ZET {
+
+namespace {
+
+void RequireRoomForNotice(const std::string& path, const std::string& text) {
+    const FirstLine first = FirstLineOf(text);
+    // Where the module finds its notice, it puts none.
+    if (!MustComeFirst(first.text) || first.text.find(ZETNoticeMarker) != std::string_view::npos) return;
+    throw Failure(path + ":" + std::to_string(first.number) +
+                  ": the programs that read the file need this line as its first, and a notice would come "
+                  "before it (--no-markers edits without notice and markers)");
+}
+
+}  // namespace
 
 std::shared_ptr<IZETConfigFile> OpenedFile(Session& session, const std::string& path, bool noMarkers) {
     auto file = session.Config().OpenConfigFile(path, session.Role(), noMarkers);
@@ -19,6 +36,27 @@ std::string FileToRead(Session& session, const std::string& file) {
     std::string path = session.FilePath(file);
     RequireReadableFile(path);
     return path;
+}
+
+std::string TextToEdit(Session& session, const std::string& path) {
+    std::string text = ReadFileBytes(path);
+    RequireSoundBlocks(session, path, text);
+    if (!session.Asked().noMarkers) RequireRoomForNotice(path, text);
+    return text;
+}
+
+std::string LineToSet(Session& session, const std::string& path, const std::string& text,
+                      const std::string& line) {
+    const LineEnds ends = LineEndsOf(text);
+    if (ends.otherLine != 0) {
+        const char* const how =
+            ends.isOtherCarriageReturn
+                ? ": ends with a carriage return and a line feed, other lines with a line feed alone"
+                : ": ends with a line feed alone, other lines with a carriage return before it";
+        session.Out().Warning(path + ":" + std::to_string(ends.otherLine) + how +
+                              "; the line that is set has none (give all lines the same end)");
+    }
+    return WithLineEnd(line, ends);
 }
 
 void SaveEdited(IZETConfigFile& file) {

@@ -74,10 +74,10 @@ class CommentCheck {
         const std::size_t foreign = m_noticeTexts.ForeignLine(m_lines, m_lastBegin + 1, end);
         if (foreign == end) return;
         m_repair.Concern(DamagedRegions::Notices);
-        m_repair.NoteAmbiguous(foreign, "foreign-line-in-notice",
-                               "a line stands in the notice that the system did not write, and would go with it",
-                               {"move it, and what else there is yours, below the notice",
-                                "take it out, if nobody wants it"});
+        m_repair.NoteAmbiguous(
+            foreign, "foreign-line-in-notice",
+            "a line stands in the notice that the system did not write, and would go with it",
+            {"move it, and what else there is yours, below the notice", "take it out, if nobody wants it"});
         m_repair.Concern(DamagedRegions::None);
     }
 

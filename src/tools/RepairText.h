@@ -10,8 +10,8 @@
 
 namespace ZET {
 
-/// The regions of a file that a damage makes the module misjudge, so that it would take lines of others for the
-/// system's or the other way round; none when the file only looks other than the module would have it.
+/// The regions of a file that a damage makes the module misjudge, so that it would take lines of others for
+/// the system's or the other way round; none when the file only looks other than the module would have it.
 enum class DamagedRegions { None, Blocks, Notices };
 
 /// One thing that is wrong with the marker lines of a file.
@@ -64,8 +64,8 @@ class RepairText {
     void InsertAfter(std::size_t index, const std::string& text) { m_lines[index].after = {text}; }
     void Settle();
 
-    /// All lines that end with a line feed have a carriage return before it. From now on it belongs to the line
-    /// end, not to the text, and the lines that a repair puts in have it too.
+    /// All lines that end with a line feed have a carriage return before it. From now on it belongs to the
+    /// line end, not to the text, and the lines that a repair puts in have it too.
     void KeepCarriageReturns();
     bool KeepsCarriageReturns() const { return m_keepsCarriageReturns; }
 

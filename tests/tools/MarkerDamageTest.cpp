@@ -163,8 +163,7 @@ TEST(MarkerDamage, LostEndBeforeSeveralLinesIsAmbiguous) {
 
 TEST(MarkerDamage, LostBeginAfterAFormerLineIsPutBack) {
     ExpectRepaired(Without(kBegin), {"11 stray-end"}, kEdited);
-    ExpectPartlyRepaired(Text(kFormer, kEnd), {"1 empty-block?", "2 stray-end"},
-                         Text(kFormer, kBegin, kEnd));
+    ExpectPartlyRepaired(Text(kFormer, kEnd), {"1 empty-block?", "2 stray-end"}, Text(kFormer, kBegin, kEnd));
 }
 
 TEST(MarkerDamage, LostBeginWithSeveralLinesAfterTheFormerOneIsAmbiguous) {

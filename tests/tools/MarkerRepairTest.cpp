@@ -114,7 +114,8 @@ TEST(MarkerRepair, TextBehindMarkersIsNeverDropped) {
 TEST(MarkerRepair, OneRepairIsEnoughWhateverTheLineEnds) {
     std::vector<std::string> lines = kLines;
     lines.emplace_back("own\n");
-    for (const std::optional<bool>& had : {std::optional<bool>(), std::optional(true), std::optional(false)}) {
+    for (const std::optional<bool>& had :
+         {std::optional<bool>(), std::optional(true), std::optional(false)}) {
         ForEveryText(lines, 3, [&](const std::string& text) {
             std::string converted = WithCarriageReturns(text);
             ExpectLastingRepair(converted, had);
@@ -140,7 +141,8 @@ TEST(MarkerRepair, DoubledMarkerWithTextBehindItIsAmbiguous) {
                 ElementsAre("2 text-after-marker?", "2 doubled-begin?"));
     EXPECT_THAT(KindsIn(Joined({kNoticeBegin, kNoticeText, kNoticeEnd, "# --ZET_COMMENT_END-- c=3\n"})),
                 ElementsAre("8 text-after-marker?", "8 doubled-end?"));
-    const std::string notice = Joined({kNoticeBegin, "# --ZET_CONFIG_COMMENT-- c=3\n", kNoticeText, kNoticeEnd});
+    const std::string notice =
+        Joined({kNoticeBegin, "# --ZET_CONFIG_COMMENT-- c=3\n", kNoticeText, kNoticeEnd});
     EXPECT_EQ(Diagnose(notice).repaired, notice);
 }
 
