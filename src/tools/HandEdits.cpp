@@ -138,9 +138,8 @@ class TokenJudge {
     bool m_isInComment = false;
 };
 
-/// A marker of a notice that is none any more makes the module drop nothing.
 DamagedRegions RegionsOf(Marker marker) {
-    return IsBlockMarker(marker) ? DamagedRegions::Blocks : DamagedRegions::None;
+    return IsBlockMarker(marker) ? DamagedRegions::Blocks : DamagedRegions::Notices;
 }
 
 std::string Quoted(Marker marker) {
@@ -213,9 +212,7 @@ void FixExact(RepairText& repair, const Token& token, bool hasGluedMarker) {
     const std::string rest = text.substr(MarkerText(token.marker).size());
     if (rest.empty()) return;
     const bool isBlank = rest.find_first_not_of(kBlanks) == std::string::npos;
-    const DamagedRegions whole =
-        IsBlockMarker(token.marker) ? DamagedRegions::Blocks : DamagedRegions::Notices;
-    repair.Concern(isBlank ? DamagedRegions::None : whole);
+    repair.Concern(isBlank ? DamagedRegions::None : RegionsOf(token.marker));
     if (IsOnlySurroundings(rest)) {
         repair.Note(token.line, "hand-edited-marker", WhatStandsBehind(rest) + Quoted(token.marker),
                     "take it out");
