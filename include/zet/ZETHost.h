@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "zet/IZETCore.h"
 #include "zet/ZETLogProvider.h"
@@ -74,6 +75,10 @@ using ZETRenameGuard = std::function<void(const std::string& from, const std::st
 /// The guard of every `RenameFile` from now on; an empty one ends that. The guard is called by the thread
 /// that renames. Not to be set from within a guard, nor while another thread may rename.
 __attribute__((visibility("default"))) void SetRenameGuard(ZETRenameGuard guard);
+
+/// The names of the parameters that the core knows, in order. A file may give others, which it hands out like
+/// these.
+__attribute__((visibility("default"))) std::vector<std::string> KnownParameters();
 
 /// How many records of level 0 the process has put so far, shown or not: the module reports some failures
 /// only so.

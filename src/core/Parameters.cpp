@@ -1,5 +1,6 @@
 #include "Parameters.h"
 
+#include <algorithm>
 #include <optional>
 #include <set>
 #include <string_view>
@@ -94,6 +95,14 @@ void WarnOnce(const std::string& key) {
 }
 
 }  // namespace
+
+std::vector<std::string> ParameterNames() {
+    std::vector<std::string> names = {kConfigFile};
+    for (const Default& each : kDefaults)
+        names.emplace_back(each.key);
+    std::sort(names.begin(), names.end());
+    return names;
+}
 
 Parameters::Parameters(const std::string& file) {
     RequireNotEmpty(file, "CZETHost");

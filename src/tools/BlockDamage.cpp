@@ -1,6 +1,7 @@
 #include <utility>
 
 #include "MarkerDamage.h"
+#include "NearMarker.h"
 
 namespace ZET {
 
@@ -141,6 +142,7 @@ class BlockCheck {
         const std::size_t first = m_lastBegin + 1;
         const std::size_t count = end - first;
         if (count == 0) NoteEmpty(end);
+        if (count == 1) CheckJoined(first);
         if (count < 2) return;
         m_repair.NoteAmbiguous(
             m_begin, "several-lines-in-block",
@@ -149,6 +151,14 @@ class BlockCheck {
             {"put the end marker after " + LineName(first) + ", if only that line is the system's",
              "put the begin marker before " + LineName(end - 1) + ", if only that one is",
              "give each of them a block of its own, if all are the system's"});
+    }
+
+    /// A former line that was joined to the block's line would go with it.
+    void CheckJoined(std::size_t index) {
+        if (m_repair.MarkerAt(index) != Marker::None || !FindGluedMarker(m_repair.Text(index))) return;
+        m_repair.NoteAmbiguous(index, "joined-lines", "a marker stands behind the text of a block's line",
+                               {"begin a line with it, outside of the block",
+                                "take it out, and what stands behind it"});
     }
 
     void NoteEmpty(std::size_t end) {

@@ -57,13 +57,11 @@ class FileMaker {
         return m_lines;
     }
 
-    /// Changes one marker line as an editor or a hand might.
-    void Damage(Lines& lines) {
-        std::vector<std::size_t> markers;
-        for (std::size_t i = 0; i < lines.size(); ++i)
-            if (MarkerOf(lines[i]) != Marker::None) markers.push_back(i);
-        if (markers.empty()) return;
-        DamageAt(lines, markers[static_cast<std::size_t>(Below(static_cast<int>(markers.size())))]);
+    /// Changes marker lines as an editor or a hand might. Only one is moved: where a begin and an end were
+    /// both moved around another line, they make a block as good as any.
+    void Damage(Lines& lines, int count) {
+        for (int i = 0; i < count; ++i)
+            DamageOne(lines, i == 0);
     }
 
     /// The last line may lack its end.
@@ -76,6 +74,16 @@ class FileMaker {
     }
 
   private:
+    void DamageOne(Lines& lines, bool mayMove) {
+        std::vector<std::size_t> markers;
+        for (std::size_t i = 0; i < lines.size(); ++i)
+            if (MarkerOf(lines[i]) != Marker::None) markers.push_back(i);
+        if (markers.empty()) return;
+        const std::size_t at = markers[static_cast<std::size_t>(Below(static_cast<int>(markers.size())))];
+        if (mayMove && Below(4) == 0) return Move(lines, at);
+        DamageAt(lines, at);
+    }
+
     std::string Mark() { return "<" + std::to_string(++m_marks) + ">"; }
 
     void Add(const std::string& line) { m_lines.push_back(line + (m_hasCarriageReturns ? "\r" : "")); }
@@ -114,7 +122,7 @@ class FileMaker {
         const std::string line = *place;
         static const char* const kIndents[] = {" ", "\t", "#", "//", "-"};
         static const char* const kTrails[] = {" ", "-", " ---", "\"", " \r"};
-        switch (Below(9)) {
+        switch (Below(7)) {
             case 0:
                 lines.erase(place);
                 break;
@@ -122,22 +130,15 @@ class FileMaker {
                 lines.insert(place, line);
                 break;
             case 2:
-                lines.erase(place);
-                lines.insert(lines.begin() + Below(static_cast<int>(lines.size()) + 1), line);
-                break;
-            case 3:
-                MoveABit(lines, at);
-                break;
-            case 4:
                 *place = kIndents[Below(5)] + line;
                 break;
-            case 5:
+            case 3:
                 *place += "\r";
                 break;
-            case 6:
+            case 4:
                 Join(lines, at);
                 break;
-            case 7:
+            case 5:
                 *place += kTrails[Below(5)];
                 break;
             default:
@@ -145,11 +146,12 @@ class FileMaker {
         }
     }
 
-    void MoveABit(Lines& lines, std::size_t at) {
+    void Move(Lines& lines, std::size_t at) {
         const std::string line = lines[at];
         lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(at));
-        const int to = static_cast<int>(at) + Below(7) - 3;
-        lines.insert(lines.begin() + std::clamp(to, 0, static_cast<int>(lines.size())), line);
+        const int size = static_cast<int>(lines.size());
+        const int near = std::clamp(static_cast<int>(at) + Below(7) - 3, 0, size);
+        lines.insert(lines.begin() + (Below(2) == 0 ? near : Below(size + 1)), line);
     }
 
     void Join(Lines& lines, std::size_t at) {
@@ -256,8 +258,7 @@ TEST_F(EditSafety, NoLineOfTheAdministratorsIsLostWhateverBecameOfTheMarkers) {
     for (int number = 0; number < cases; ++number) {
         Lines lines = maker.Make();
         const int damages = maker.Below(8) == 0 ? 0 : 1 + maker.Below(2);
-        for (int i = 0; i < damages; ++i)
-            maker.Damage(lines);
+        maker.Damage(lines, damages);
         const std::string before = maker.TextOf(lines);
         Write(m_request.file, before);
         const std::string refusal = Run(session, Ask(maker));

@@ -55,6 +55,7 @@ TEST(SoundBlocks, DamageIsNamedByItsFirstLine) {
     EXPECT_EQ(Found("# ---ZET_BEGIN---\nb\n# ----ZET_END---- c=3\n"), "3 text-after-marker");
     EXPECT_EQ(Found("x\n  # ---ZET_BEGIN---\nb\n  # ----ZET_END----\n"), "2 hand-edited-marker");
     EXPECT_EQ(Found(std::string("x") + kBlock), "1 joined-lines");
+    EXPECT_EQ(Found("# ---ZET_BEGIN---\nb# --PRE-ZET-- c=3\n# ----ZET_END----\n"), "2 joined-lines");
 }
 
 TEST(SoundBlocks, NoticeMattersOnlyToWhatTakesItOut) {
@@ -74,12 +75,13 @@ TEST(SoundBlocks, NothingIsOverlookedThatADiagnosisTells) {
                                             "# ----ZET_END---- c=3\n",
                                             "  \"# ---ZET-BEGIN---\"\n",
                                             "own# ----ZET_END----\n",
+                                            "own# --PRE-ZET-- kdc=old\n",
                                             "zet_end --\n",
                                             "\xe2\x80\x94PRE\xe2\x80\x94ZET\xe2\x80\x94 kdc=old\n",
                                             "# --ZET_CONFIG_COMMENT--\n",
                                             "# --ZET_COMMENT_END--\n"};
     std::size_t damaged = 0;
-    for (std::size_t code = 0; code < 11 * 11 * 11 * 11; ++code) {
+    for (std::size_t code = 0; code < 12 * 12 * 12 * 12; ++code) {
         std::string text;
         for (std::size_t rest = code, i = 0; i < 4; ++i, rest /= lines.size())
             text += lines[rest % lines.size()];

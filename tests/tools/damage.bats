@@ -141,3 +141,13 @@ $(block Q=2)
 $(block a=2)
 "
 }
+
+@test "a former line is not set, were it the last line" {
+    printf 'a=1\n# --PRE-ZET-- kdc=1\n' >conf
+    zet -q line set --no-backup conf 'kdc' kdc=2
+    assert_file conf "${NOTICE}a=1
+# --PRE-ZET-- kdc=1
+
+$(block kdc=2)
+"
+}

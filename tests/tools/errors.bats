@@ -124,6 +124,7 @@ zet-client: nothing was changed"
         capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" "$command"
         assert_refusal 1 "$HOST/state/zet.lock: cannot be opened: Permission denied (create the directory ZET_VAR_LIB_DIR, or run as a user who may write there)"
     done
+    assert_host_unchanged
     chown 65534 state state/zet.lock etc
     remember_files
     capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" commit-config

@@ -266,6 +266,15 @@ made:1: the administrator's own"
     assert_json 'd["regions"][2]["block_line"]' 14
 }
 
+@test "DocumentNamesTheReserve" {
+    echo a=1 >conf
+    zet -q param set conf a 2
+    run_zet --json explain conf
+    assert_json 'd["reserve"]' conf.before_zet
+    assert_json '{r["reserve"] for r in d["regions"]} == {"conf.before_zet"}' true
+    assert_json 'd["no_file_before"]' false
+}
+
 @test "DocumentOfOneLineHasOneRegion" {
     make_file
     run_zet --json explain made:12
