@@ -156,9 +156,9 @@ class BlockCheck {
     /// A former line that was joined to the block's line would go with it.
     void CheckJoined(std::size_t index) {
         if (m_repair.MarkerAt(index) != Marker::None || !FindGluedMarker(m_repair.Text(index))) return;
-        m_repair.NoteAmbiguous(index, "joined-lines", "a marker stands behind the text of a block's line",
-                               {"begin a line with it, outside of the block",
-                                "take it out, and what stands behind it"});
+        m_repair.NoteAmbiguous(
+            index, "joined-lines", "a marker stands behind the text of a block's line",
+            {"begin a line with it, outside of the block", "take it out, and what stands behind it"});
     }
 
     void NoteEmpty(std::size_t end) {

@@ -12,19 +12,6 @@
 
 namespace ZET {
 
-namespace {
-
-void RequireRoomForNotice(const std::string& path, const std::string& text) {
-    const FirstLine first = FirstLineOf(text);
-    // Where the module finds its notice, it puts none.
-    if (!MustComeFirst(first.text) || first.text.find(ZETNoticeMarker) != std::string_view::npos) return;
-    throw Failure(path + ":" + std::to_string(first.number) +
-                  ": the programs that read the file need this line as its first, and a notice would come "
-                  "before it (--no-markers edits without notice and markers)");
-}
-
-}  // namespace
-
 std::shared_ptr<IZETConfigFile> OpenedFile(Session& session, const std::string& path, bool noMarkers) {
     auto file = session.Config().OpenConfigFile(path, session.Role(), noMarkers);
     if (!file) throw Failure(path + ": cannot be read any more (run the command again)");
@@ -41,8 +28,18 @@ std::string FileToRead(Session& session, const std::string& file) {
 std::string TextToEdit(Session& session, const std::string& path) {
     std::string text = ReadFileBytes(path);
     RequireSoundBlocks(session, path, text);
-    if (!session.Asked().noMarkers) RequireRoomForNotice(path, text);
     return text;
+}
+
+void RequireRoomForNotice(Session& session, const std::string& path, const std::string& text) {
+    const FirstLine first = FirstLineOf(text);
+    // Where the module finds its notice, it puts none.
+    if (session.Asked().noMarkers || !MustComeFirst(first.text) ||
+        first.text.find(ZETNoticeMarker) != std::string_view::npos)
+        return;
+    throw Failure(path + ":" + std::to_string(first.number) +
+                  ": the programs that read the file need this line as its first, and a notice would come "
+                  "before it (--no-markers edits without notice and markers)");
 }
 
 std::string LineToSet(Session& session, const std::string& path, const std::string& text,

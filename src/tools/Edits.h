@@ -20,9 +20,12 @@ std::shared_ptr<IZETConfigFile> OpenedFile(Session& session, const std::string& 
 /// The caller's FILE to look something up or to edit it in: the real file, checked to be readable.
 std::string FileToRead(Session& session, const std::string& file);
 
-/// The text of a file that is going to be edited in place. A `Failure` when its markers are damaged, or when
-/// the edit would put a notice in front of a first line that has to stay the first.
+/// The text of a file that is going to be edited in place. A `Failure` when its markers are damaged.
 std::string TextToEdit(Session& session, const std::string& path);
+
+/// A `Failure` when an edit as the caller wants it would put a notice in front of a first line that has to
+/// stay the first.
+void RequireRoomForNotice(Session& session, const std::string& path, const std::string& text);
 
 /// A line that is going to be set in that text, with an end like the others there; mixed ends are told.
 std::string LineToSet(Session& session, const std::string& path, const std::string& text,

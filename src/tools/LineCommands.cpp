@@ -48,6 +48,7 @@ int RunLineSet(Session& session) {
     FileChange change(session, asked.file);
     const std::string text = TextToEdit(session, change.Path());
     const std::string pattern = PatternForSet(session, change.Path(), text, asked.pattern);
+    RequireRoomForNotice(session, change.Path(), text);
     const std::string line = LineToSet(session, change.Path(), text, asked.text);
     return change.Make(Edit(session, [&](IZETConfigFile& file) { file.SetLine(pattern, line); }),
                        asked.noBackup);
@@ -60,6 +61,7 @@ int RunLineRestore(Session& session) {
     const std::string text = TextToEdit(session, change.Path());
     if (!HasSomethingToRestore(session, {change.Path(), text, asked.pattern, asked.pattern, asked.allBlocks}))
         return change.LeaveUnchanged("nothing to restore for \"" + asked.pattern + "\"");
+    RequireRoomForNotice(session, change.Path(), text);
     return change.Make(Edit(session, [&](IZETConfigFile& file) { file.RestoreLine(asked.pattern); }),
                        asked.noBackup);
 }

@@ -42,6 +42,7 @@ int RunParamSet(Session& session) {
     FileChange change(session, asked.file);
     const std::string text = TextToEdit(session, change.Path());
     RequireLiteralName(session, change.Path(), text, kEditOpening, asked.name);
+    RequireRoomForNotice(session, change.Path(), text);
     const std::string value = LineToSet(session, change.Path(), text, asked.text);
     return change.Make(Edit(session, [&](IZETConfigFile& file) { file.SetParamValue(asked.name, value); }),
                        asked.noBackup);
@@ -58,6 +59,7 @@ int RunParamRestore(Session& session) {
                                          kEditOpening + asked.name + "=", asked.allBlocks})) {
         return change.LeaveUnchanged("nothing to restore for \"" + asked.name + "\"");
     }
+    RequireRoomForNotice(session, change.Path(), text);
     return change.Make(Edit(session, [&](IZETConfigFile& file) { file.RestoreParamValue(asked.name); }),
                        asked.noBackup);
 }

@@ -116,10 +116,22 @@ $(block Q=2)
             assert_refusal 1 "conf:1: the programs that read the file need this line as its first, and a notice would come before it (--no-markers edits without notice and markers)"
         done
         assert_file conf "$first"$'\na=1\n'
+        run_zet param restore conf a
+        assert_success 'conf: unchanged, nothing to restore for "a"'
         run_zet param set --no-markers --no-backup conf a 2
         assert_success "conf: changed"
         assert_file conf "$first"$'\na=2\n'
     done
+}
+
+@test "a restore puts no notice in front of such a line either" {
+    printf '#!/bin/sh\n# --PRE-ZET-- a=1\n%s\n' "$(block a=2)" >conf
+    run_zet param restore conf a
+    assert_status 1
+    [[ $stderr == "zet-client: error: conf:1: the programs that read the file "* ]]
+    run_zet param restore --no-markers --no-backup conf a
+    assert_success "conf: changed"
+    assert_file conf $'#!/bin/sh\na=1\n'
 }
 
 @test "a strip puts no notice in front of such a line, and a notice that is there stays" {

@@ -354,7 +354,7 @@ os.execv(sys.argv[1], sys.argv[1:])' "$ZET_BIN/zet-client" --config "$HOST/zet.c
     remember_files
     run_zet commit-config three.conf
     assert_refusal 1 "$HOST/zet.conf: DOMAIN is not set, so that \${realm} has no value (add a line DOMAIN=VALUE, or use \"option set\")
-zet-client: error: $HOST/zet.conf: SERVER is not set, so that \${server} has no value (add a line SERVER=VALUE, or use \"option set\")
+zet-client: error: $HOST/zet.conf:1: SERVER is not set, so that \${server} has no value (add a line SERVER=VALUE, or use \"option set\")
 zet-client: nothing was changed"
     assert_files_unchanged
     echo REALM=OTHER >>zet.conf
