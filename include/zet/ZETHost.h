@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "zet/IZETCore.h"
 #include "zet/ZETLogProvider.h"
@@ -116,6 +117,10 @@ __attribute__((visibility("default"))) void SetRenameGuard(ZETRenameGuard guard)
 /// and six letters or digits and ".tmp" added, cut before the "." where it would be too long. Both have the
 /// same directory before them, or none. A process that was killed leaves such a copy behind.
 __attribute__((visibility("default"))) bool IsCopyOf(const std::string& name, const std::string& to);
+
+/// The names of the parameters that the core knows, in order. A file may give others, which it hands out like
+/// these.
+__attribute__((visibility("default"))) std::vector<std::string> KnownParameters();
 
 /// How many records of level 0 the process has put so far, shown or not: the module reports some failures
 /// only so.

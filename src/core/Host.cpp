@@ -5,6 +5,7 @@
 
 #include "Core.h"
 #include "Loader.h"
+#include "Parameters.h"
 
 namespace ZET {
 
@@ -60,6 +61,10 @@ std::shared_ptr<CZETInterface> CZETHost::FindInterface(const std::string& name) 
 
 void CZETHost::UnloadModules() {
     m_implementation->UnloadModules();
+}
+
+std::vector<std::string> KnownParameters() {
+    return ParameterNames();
 }
 
 }  // namespace ZET

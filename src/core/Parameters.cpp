@@ -1,5 +1,6 @@
 #include "Parameters.h"
 
+#include <algorithm>
 #include <mutex>
 #include <optional>
 #include <set>
@@ -114,6 +115,14 @@ bool CanStandInALine(std::string_view value) {
 }
 
 }  // namespace
+
+std::vector<std::string> ParameterNames() {
+    std::vector<std::string> names = {kConfigFile};
+    for (const Default& each : kDefaults)
+        names.emplace_back(each.key);
+    std::sort(names.begin(), names.end());
+    return names;
+}
 
 Parameters::Parameters() : m_values{{kConfigFile, ""}} {}
 

@@ -1,6 +1,7 @@
 #include <utility>
 
 #include "MarkerDamage.h"
+#include "NearMarker.h"
 
 namespace ZET {
 
@@ -17,6 +18,7 @@ class BlockCheck {
     explicit BlockCheck(RepairText& repair) : m_repair(repair) {}
 
     void Check() {
+        m_repair.Concern(DamagedRegions::Blocks);
         for (std::size_t i = 0; i < m_repair.Size(); ++i) {
             switch (m_repair.MarkerAt(i)) {
                 case Marker::FormerLine:
@@ -73,6 +75,7 @@ class BlockCheck {
             TakeLoneFormerLine();
             m_formerLine = index;
         } else if (!IsBegin(index + 1)) {
+            m_isContentTold = true;
             m_repair.NoteAmbiguous(
                 index, "former-line-in-block",
                 "a kept former line stands inside the block that begins in " + LineName(m_begin) +
@@ -88,9 +91,7 @@ class BlockCheck {
     std::size_t TakeBegin(std::size_t index) {
         if (m_begin != kNone) {
             if (IsDoubled(index)) {
-                m_repair.Note(index, "doubled-begin", "a second begin marker follows right after the first",
-                              "take it out");
-                m_repair.Drop(index);
+                TakeDoubled(m_repair, index, "doubled-begin", "begin");
                 m_lastBegin = index;
                 return index;
             }
@@ -101,6 +102,7 @@ class BlockCheck {
         if (m_formerLine != kNone && m_formerLine + 1 == index) m_formerLine = kNone;
         TakeLoneFormerLine();
         m_begin = m_lastBegin = index;
+        m_isContentTold = false;
         return index;
     }
 
@@ -122,14 +124,57 @@ class BlockCheck {
 
     void TakeEnd(std::size_t index) {
         if (m_begin == kNone && m_end + 1 == index && m_end != kNone) {
-            m_repair.Note(index, "doubled-end", "a second end marker follows right after the first",
-                          "take it out");
-            m_repair.Drop(index);
+            TakeDoubled(m_repair, index, "doubled-end", "end");
         } else if (m_begin == kNone) {
             TakeMissingBegin(index);
+        } else if (!m_isContentTold) {
+            CheckContent(index);
         }
         m_begin = kNone;
         m_end = index;
+    }
+
+    /// One line that changed places with a marker leaves an empty block, or takes another line into it.
+    void CheckContent(std::size_t end) {
+        // What was joined to a marker was told.
+        if (MarkerOf(m_repair.Text(end)) == Marker::None || MarkerOf(m_repair.Text(m_begin)) == Marker::None)
+            return;
+        const std::size_t first = m_lastBegin + 1;
+        const std::size_t count = end - first;
+        if (count == 0) NoteEmpty(end);
+        if (count == 1) CheckJoined(first);
+        if (count < 2) return;
+        m_repair.NoteAmbiguous(
+            m_begin, "several-lines-in-block",
+            "a block holds " + std::to_string(count) +
+                " lines, and the system writes one into each: the others may be yours",
+            {"put the end marker after " + LineName(first) + ", if only that line is the system's",
+             "put the begin marker before " + LineName(end - 1) + ", if only that one is",
+             "give each of them a block of its own, if all are the system's"});
+    }
+
+    /// A former line that was joined to the block's line would go with it.
+    void CheckJoined(std::size_t index) {
+        if (m_repair.MarkerAt(index) != Marker::None || !FindGluedMarker(m_repair.Text(index))) return;
+        m_repair.NoteAmbiguous(
+            index, "joined-lines", "a marker stands behind the text of a block's line",
+            {"begin a line with it, outside of the block", "take it out, and what stands behind it"});
+    }
+
+    void NoteEmpty(std::size_t end) {
+        std::vector<std::string> choices;
+        if (m_begin > 0) {
+            choices.push_back("put the begin marker before " + LineName(m_begin - 1) +
+                              ", if that line is the system's");
+        }
+        if (end + 1 < m_repair.Size())
+            choices.push_back("put the end marker after " + LineName(end + 1) + ", if that one is");
+        choices.emplace_back("write the block's line between the markers");
+        choices.emplace_back("take both markers out, if it is not wanted any more");
+        m_repair.NoteAmbiguous(m_begin, "empty-block",
+                               "a block holds no line, and the system writes one into each: it was lost, or "
+                               "changed places with a marker",
+                               choices);
     }
 
     void TakeMissingBegin(std::size_t end) {
@@ -186,6 +231,8 @@ class BlockCheck {
     void TakeLoneFormerLine() {
         if (m_formerLine == kNone) return;
         const std::size_t index = std::exchange(m_formerLine, kNone);
+        // The module takes such a line for no part of a block.
+        m_repair.Concern(DamagedRegions::None);
         const std::vector<std::string> choices = {
             "bring the former line back with \"param restore\" or \"line restore\"",
             "take it out, if what it holds is not wanted any more"};
@@ -198,6 +245,7 @@ class BlockCheck {
                 index, "former-line-without-block",
                 "a kept former line has no block after it: the block was taken out, or lost", choices);
         }
+        m_repair.Concern(DamagedRegions::Blocks);
     }
 
     RepairText& m_repair;
@@ -205,9 +253,22 @@ class BlockCheck {
     std::size_t m_lastBegin = kNone;   ///< the last begin marker of it
     std::size_t m_end = kNone;         ///< the last end marker
     std::size_t m_formerLine = kNone;  ///< the last kept former line, as long as it has no block
+    bool m_isContentTold = false;      ///< what is wrong with the lines of the open block was told
 };
 
 }  // namespace
+
+void TakeDoubled(RepairText& repair, std::size_t index, const std::string& kind, const std::string& marker) {
+    const std::string what = "a second " + marker + " marker follows right after the first";
+    if (!repair.IsOnlyMarker(index)) {
+        repair.NoteAmbiguous(
+            index, kind, what + ", with text in its line",
+            {"take the marker out, and leave the text as a line of its own", "take the whole line out"});
+        return;
+    }
+    repair.Note(index, kind, what, "take it out");
+    repair.Drop(index);
+}
 
 void CheckBlocks(RepairText& repair) {
     BlockCheck(repair).Check();

@@ -1,5 +1,8 @@
+#include <utility>
+
 #include "Commands.h"
 #include "ExitStatus.h"
+#include "ParameterCheck.h"
 #include "TargetCheck.h"
 
 namespace ZET {
@@ -22,13 +25,18 @@ int RunCheckConfig(Session& session) {
     Report& report = session.Out();
     report.Set("unused_values", nullptr);
     report.AddList("problems");
-    const CheckedTargets checked = CheckTargets(session, session.Asked().names);
+    const bool isAll = session.Asked().names.empty();
+    CheckedTargets checked = CheckTargets(session, session.Asked().names);
+    // Of a part of the templates, nothing can be said about all.
+    if (isAll) {
+        for (Problem& problem : CheckParameterNames(session, checked.used))
+            checked.problems.push_back(std::move(problem));
+    }
     for (const Problem& problem : checked.problems) {
         report.Line(problem.Describe());
         report.Add("problems", problem.ToFields());
     }
-    // Of a part of the templates, nothing can be said about all.
-    if (session.Asked().names.empty()) ReportUnused(session, checked.used);
+    if (isAll) ReportUnused(session, checked.used);
     if (checked.problems.empty()) report.Remark("no problems found");
     return checked.problems.empty() ? kDone : kFailed;
 }

@@ -4,7 +4,6 @@
 #include <set>
 
 #include "ExitStatus.h"
-#include "FileBytes.h"
 #include "ManagedText.h"
 #include "Markers.h"
 #include "Remedy.h"
@@ -46,8 +45,10 @@ std::string Escaped(std::string_view text) {
     return escaped;
 }
 
-bool IsNotice(LineKind kind) {
-    return kind == LineKind::NoticeBegin || kind == LineKind::NoticeText || kind == LineKind::NoticeEnd;
+/// One without an end is what a hand left of it: what follows is the administrator's.
+bool IsNotice(const ManagedLine& line) {
+    return line.isClosed && (line.kind == LineKind::NoticeBegin || line.kind == LineKind::NoticeText ||
+                             line.kind == LineKind::NoticeEnd);
 }
 
 /// The beginnings of the lines that the pattern selects though the system keeps order by them, as parts of a
@@ -58,7 +59,7 @@ std::set<std::string> SelectedOwnLines(Session& session, const ManagedText& text
     for (std::size_t number = 1; number <= text.LineCount(); ++number) {
         const ManagedLine& line = text.Line(number);
         const Marker marker = MarkerOf(line.text);
-        if (marker == Marker::None && !IsNotice(line.kind)) continue;
+        if (marker == Marker::None && !IsNotice(line)) continue;
         if (!Selects(session, pattern, line.text)) continue;
         selected.insert(marker == Marker::None ? Escaped(line.text) + "$" : Escaped(MarkerText(marker)));
     }
@@ -105,9 +106,13 @@ void RequireOptionName(const std::string& name, const std::string& what) {
     }
 }
 
-void RequireLiteralName(Session& session, const std::string& path, const std::string& opening,
-                        const std::string& name) {
-    if (name.find_first_of(kSpecial) == std::string::npos) return;
+bool IsLiteralName(const std::string& name) {
+    return name.find_first_of(kSpecial) == std::string::npos;
+}
+
+void RequireLiteralName(Session& session, const std::string& path, std::string_view text,
+                        const std::string& opening, const std::string& name) {
+    if (IsLiteralName(name)) return;
     const std::string pattern = opening + name + "=";
     const std::string remedy =
         " (NAME is part of a regular expression: use \"line\" with a PATTERN that says what is meant)";
@@ -117,9 +122,8 @@ void RequireLiteralName(Session& session, const std::string& path, const std::st
     } catch (const EZETError& error) {
         throw UsageError("NAME \"" + name + "\": " + error.what() + remedy);
     }
-    const std::string bytes = ReadFileBytes(path);
     std::size_t number = 0;
-    for (const TextLine& line : SplitLines(bytes)) {
+    for (const TextLine& line : SplitLines(text)) {
         ++number;
         if (HoldsLiterally(line.text, name) || !Selects(session, pattern, line.text)) continue;
         throw UsageError("NAME \"" + name + "\" also selects line " + std::to_string(number) + " of " + path +
@@ -127,9 +131,11 @@ void RequireLiteralName(Session& session, const std::string& path, const std::st
     }
 }
 
-std::string PatternForSet(Session& session, const std::string& path, const std::string& pattern) {
-    const std::string bytes = ReadFileBytes(path);
-    const std::set<std::string> ownLines = SelectedOwnLines(session, ManagedText(bytes), pattern);
+std::string PatternForSet(Session& session, const std::string& path, std::string_view text,
+                          const std::string& pattern) {
+    // Most files have no such line.
+    if (text.find(kMarkerStart) == std::string_view::npos) return pattern;
+    const std::set<std::string> ownLines = SelectedOwnLines(session, ManagedText(text), pattern);
     if (ownLines.empty()) return pattern;
     std::string guarded = "^(?!";
     for (const std::string& ownLine : ownLines)

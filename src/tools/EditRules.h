@@ -2,6 +2,7 @@
 #define ZET_EDIT_RULES_H
 
 #include <string>
+#include <string_view>
 
 #include "Session.h"
 
@@ -26,14 +27,19 @@ void RequireParamName(const std::string& name);
 /// The same for a parameter of the product itself; `what` names the argument.
 void RequireOptionName(const std::string& name, const std::string& what);
 
+/// Whether the name selects nothing but itself, whatever the file holds.
+bool IsLiteralName(const std::string& name);
+
 /// The name is part of a regular expression: it must select itself, and no line of the file that holds
-/// something else before its "=". `opening` is what stands before the name in the expression.
-void RequireLiteralName(Session& session, const std::string& path, const std::string& opening,
-                        const std::string& name);
+/// something else before its "=". `opening` is what stands before the name in the expression, `text` that of
+/// the file.
+void RequireLiteralName(Session& session, const std::string& path, std::string_view text,
+                        const std::string& opening, const std::string& name);
 
 /// A pattern for `SetLine` that selects what `pattern` does, but no line that the system itself wrote to keep
 /// order in the file.
-std::string PatternForSet(Session& session, const std::string& path, const std::string& pattern);
+std::string PatternForSet(Session& session, const std::string& path, std::string_view text,
+                          const std::string& pattern);
 
 }  // namespace ZET
 

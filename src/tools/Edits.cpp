@@ -3,10 +3,14 @@
 #include "EditRules.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
+#include "FirstLine.h"
 #include "HostLists.h"
+#include "LineEnds.h"
 #include "Remedy.h"
 #include "Render.h"
 #include "Secrets.h"
+#include "SoundBlocks.h"
+#include "zet/ZETFormat.h"
 
 namespace ZET {
 
@@ -53,6 +57,38 @@ void RequireNoTarget(Session& session, const std::string& path) {
     throw Failure(path + ": is made from [" + target->templateName +
                   "] and the next commit overwrites it (edit " + workingCopy +
                   " and commit, or use --force)");
+}
+
+std::string TextToEdit(Session& session, const std::string& path) {
+    RequireNoTarget(session, path);
+    std::string text = ReadFileBytes(path);
+    RequireSoundBlocks(session, path, text);
+    return text;
+}
+
+void RequireRoomForNotice(Session& session, const std::string& path, const std::string& text) {
+    const FirstLine first = FirstLineOf(text);
+    // Where the module finds its notice, it puts none.
+    if (session.Asked().noMarkers || !MustComeFirst(first.text) ||
+        first.text.find(ZETNoticeMarker) != std::string_view::npos)
+        return;
+    throw Failure(path + ":" + std::to_string(first.number) +
+                  ": the programs that read the file need this line as its first, and a notice would come "
+                  "before it (--no-markers edits without notice and markers)");
+}
+
+std::string LineToSet(Session& session, const std::string& path, const std::string& text,
+                      const std::string& line) {
+    const LineEnds ends = LineEndsOf(text);
+    if (ends.otherLine != 0) {
+        const char* const how =
+            ends.isOtherCarriageReturn
+                ? ": ends with a carriage return and a line feed, other lines with a line feed alone"
+                : ": ends with a line feed alone, other lines with a carriage return before it";
+        session.Out().Warning(path + ":" + std::to_string(ends.otherLine) + how +
+                              "; the line that is set has none (give all lines the same end)");
+    }
+    return WithLineEnd(line, ends);
 }
 
 void SaveEdited(IZETConfigFile& file) {

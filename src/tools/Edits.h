@@ -27,6 +27,18 @@ std::string FileToShow(Session& session, const std::string& file);
 /// wants it edited all the same.
 void RequireNoTarget(Session& session, const std::string& path);
 
+/// The text of a file that is going to be edited in place. A `Failure` when it is such a target, or when its
+/// markers are damaged.
+std::string TextToEdit(Session& session, const std::string& path);
+
+/// A `Failure` when an edit as the caller wants it would put a notice in front of a first line that has to
+/// stay the first.
+void RequireRoomForNotice(Session& session, const std::string& path, const std::string& text);
+
+/// A line that is going to be set in that text, with an end like the others there; mixed ends are told.
+std::string LineToSet(Session& session, const std::string& path, const std::string& text,
+                      const std::string& line);
+
 /// What to do when an edited file could not be saved: the module does not say why.
 inline constexpr char kRemedyOfSaving[] =
     "make room, or see to the rights of its directory; nothing was changed";

@@ -5,8 +5,10 @@
 #include "FileBytes.h"
 #include "FileChange.h"
 #include "FileInPlace.h"
-#include "OwnRegions.h"
+#include "FirstLine.h"
+#include "Markers.h"
 #include "Replacement.h"
+#include "SoundBlocks.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -14,13 +16,15 @@ namespace ZET {
 
 namespace {
 
-/// Whether there is anything to strip. Refuses what the module would take for one region though it is more.
-bool HasOwnRegions(const std::string& path) {
-    OwnRegions regions;
-    ReadLines(path, [&](std::string_view line) { regions.Take(line); });
-    const std::string lostEnd = regions.LostEnd();
-    if (!lostEnd.empty()) throw Failure(path + ": " + lostEnd);
-    return regions.Any();
+/// Whether there is anything to strip in a text with sound markers.
+bool HasOwnRegions(std::string_view text) {
+    for (std::size_t at = text.find(kMarkerStart); at != std::string_view::npos;
+         at = text.find(kMarkerStart, at + 1)) {
+        const Marker marker = MarkerOf(text.substr(at));
+        const bool isBegin = marker == Marker::BlockBegin || marker == Marker::Notice;
+        if (isBegin && (at == 0 || text[at - 1] == '\n')) return true;
+    }
+    return false;
 }
 
 /// One of the three commands on a file's reserve: what there is, and what the report says.
@@ -89,9 +93,13 @@ int RecordAbsence(ReserveWork& work) {
 int RunFileStrip(Session& session) {
     FileChange change(session, session.Asked().file);
     RequireNoTarget(session, change.Path());
-    if (!HasOwnRegions(change.Path())) return change.LeaveUnchanged("no managed block and no notice in it");
-    const auto strip = [&session](const std::string& path) {
-        const auto file = OpenedFile(session, path, false);
+    const std::string text = ReadFileBytes(change.Path());
+    RequireSoundRegions(session, change.Path(), text);
+    if (!HasOwnRegions(text)) return change.LeaveUnchanged("no managed block and no notice in it");
+    // A notice goes in again, but not in front of a line that has to stay the first.
+    const bool noNotice = MustComeFirst(FirstLineOf(text).text);
+    const auto strip = [&session, noNotice](const std::string& path) {
+        const auto file = OpenedFile(session, path, noNotice);
         file->RemoveZETMarkers();
         const WrittenLanguage language(session.Core());
         SaveEdited(*file);

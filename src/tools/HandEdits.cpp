@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <utility>
 
 #include "MarkerDamage.h"
@@ -8,6 +9,7 @@ namespace ZET {
 namespace {
 
 constexpr char kBlanks[] = " \t\r";
+constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 constexpr int kMostJoinedLines = 8;  ///< in one line, that are taken apart again
 
 /// A place where a marker stands, or could be meant.
@@ -53,7 +55,17 @@ std::vector<Token> FindTokens(const RepairText& repair) {
 /// be: those that complete a region, or end one that is not ended otherwise.
 class TokenJudge {
   public:
-    explicit TokenJudge(std::vector<Token>& tokens) : m_tokens(tokens) {}
+    explicit TokenJudge(std::vector<Token>& tokens)
+        : m_tokens(tokens), m_nextOfBlocks(tokens.size()), m_nextOfComments(tokens.size()) {
+        Next ofBlocks;
+        Next ofComments;
+        for (std::size_t at = tokens.size(); at-- > 0;) {
+            m_nextOfBlocks[at] = ofBlocks;
+            m_nextOfComments[at] = ofComments;
+            Next& next = IsBlockMarker(tokens[at].marker) ? ofBlocks : ofComments;
+            (tokens[at].form == Token::Form::Glued ? next.glued : next.other) = at;
+        }
+    }
 
     void Judge() {
         for (std::size_t at = 0; at < m_tokens.size(); ++at) {
@@ -64,6 +76,12 @@ class TokenJudge {
     }
 
   private:
+    /// The tokens that come next behind one; `kNone` where there is none.
+    struct Next {
+        std::size_t glued = kNone;
+        std::size_t other = kNone;
+    };
+
     bool Fits(std::size_t at) const {
         switch (m_tokens[at].marker) {
             case Marker::BlockBegin:
@@ -99,13 +117,10 @@ class TokenJudge {
     /// The next marker of blocks, or of notices and template comments. Text that ends with a marker counts
     /// only close by: it may just mention it.
     Marker NextMarker(std::size_t at, bool ofBlocks) const {
-        const std::size_t line = m_tokens[at].line;
-        for (std::size_t next = at + 1; next < m_tokens.size(); ++next) {
-            const Token& token = m_tokens[next];
-            if (IsBlockMarker(token.marker) != ofBlocks) continue;
-            if (token.form != Token::Form::Glued || token.line <= line + 1) return token.marker;
-        }
-        return Marker::None;
+        const Next& next = (ofBlocks ? m_nextOfBlocks : m_nextOfComments)[at];
+        const bool isClose = next.glued != kNone && m_tokens[next.glued].line <= m_tokens[at].line + 1;
+        const std::size_t first = isClose ? std::min(next.glued, next.other) : next.other;
+        return first == kNone ? Marker::None : m_tokens[first].marker;
     }
 
     void Follow(Marker marker) {
@@ -117,9 +132,15 @@ class TokenJudge {
     }
 
     std::vector<Token>& m_tokens;
+    std::vector<Next> m_nextOfBlocks;
+    std::vector<Next> m_nextOfComments;
     bool m_isInBlock = false;
     bool m_isInComment = false;
 };
+
+DamagedRegions RegionsOf(Marker marker) {
+    return IsBlockMarker(marker) ? DamagedRegions::Blocks : DamagedRegions::Notices;
+}
 
 std::string Quoted(Marker marker) {
     std::string_view text = MarkerText(marker);
@@ -127,16 +148,16 @@ std::string Quoted(Marker marker) {
     return "\"" + std::string(text) + "\"";
 }
 
-bool IsWholeMarker(const std::string& text) {
+bool IsWholeMarker(std::string_view text) {
     const Marker marker = MarkerOf(text);
     return marker != Marker::None && marker != Marker::FormerLine &&
-           text.find_first_not_of(kBlanks, MarkerText(marker).size()) == std::string::npos;
+           text.find_first_not_of(kBlanks, MarkerText(marker).size()) == std::string_view::npos;
 }
 
 /// Where only one text can have been before the marker. A blank before it is the joining editor's or the
 /// line's own, which matters unless the line is a marker itself.
-bool CanSplit(const std::string& text, std::size_t position) {
-    return text.find_last_of(kBlanks, position - 1) != position - 1 ||
+bool CanSplit(std::string_view text, std::size_t position) {
+    return std::string_view(kBlanks).find(text[position - 1]) == std::string_view::npos ||
            IsWholeMarker(text.substr(0, position));
 }
 
@@ -146,18 +167,18 @@ bool SplitJoinedLines(RepairText& repair) {
     bool wasSplit = false;
     std::size_t lastLine = repair.Size();
     for (const Token& token : tokens) {
-        const std::string text = repair.Text(token.line);
         if (token.form != Token::Form::Glued || !token.counts || token.line == lastLine ||
-            !CanSplit(text, token.position))
+            !CanSplit(repair.Text(token.line), token.position))
             continue;
+        const std::string text = repair.Text(token.line);
         lastLine = token.line;
+        repair.Concern(RegionsOf(token.marker));
         repair.Note(token.line, "joined-lines",
                     Quoted(token.marker) + " stands behind other text, where it is no marker",
                     "begin a line with it");
         const std::string before = text.substr(0, token.position);
-        repair.Replace(
-            token.line,
-            (IsWholeMarker(before) ? std::string(MarkerText(MarkerOf(before))) : before) + repair.LineEnd());
+        repair.Replace(token.line,
+                       IsWholeMarker(before) ? std::string(MarkerText(MarkerOf(before))) : before);
         repair.InsertAfter(token.line, text.substr(token.position));
         wasSplit = true;
     }
@@ -166,11 +187,11 @@ bool SplitJoinedLines(RepairText& repair) {
 }
 
 void FixNear(RepairText& repair, const Token& token) {
+    repair.Concern(RegionsOf(token.marker));
     const std::string what = "this is nearly " + Quoted(token.marker) + ", but no marker";
     if (token.counts) {
         repair.Note(token.line, "hand-edited-marker", what, "write the marker as it was");
-        const bool addsLineEnd = token.marker != Marker::FormerLine;
-        repair.Replace(token.line, token.fixedLine + (addsLineEnd ? repair.LineEnd() : ""));
+        repair.Replace(token.line, token.fixedLine);
         return;
     }
     repair.NoteAmbiguous(token.line, "hand-edited-marker",
@@ -189,11 +210,13 @@ void FixExact(RepairText& repair, const Token& token, bool hasGluedMarker) {
     if (token.marker == Marker::FormerLine) return;
     const std::string& text = repair.Text(token.line);
     const std::string rest = text.substr(MarkerText(token.marker).size());
-    if (rest == repair.LineEnd()) return;
+    if (rest.empty()) return;
+    const bool isBlank = rest.find_first_not_of(kBlanks) == std::string::npos;
+    repair.Concern(isBlank ? DamagedRegions::None : RegionsOf(token.marker));
     if (IsOnlySurroundings(rest)) {
         repair.Note(token.line, "hand-edited-marker", WhatStandsBehind(rest) + Quoted(token.marker),
                     "take it out");
-        repair.Replace(token.line, std::string(MarkerText(token.marker)) + repair.LineEnd());
+        repair.Replace(token.line, std::string(MarkerText(token.marker)));
     } else if (!hasGluedMarker) {
         repair.NoteAmbiguous(token.line, "text-after-marker",
                              "text stands behind " + Quoted(token.marker) +
@@ -203,6 +226,7 @@ void FixExact(RepairText& repair, const Token& token, bool hasGluedMarker) {
 }
 
 void LeaveJoined(RepairText& repair, const Token& token) {
+    repair.Concern(RegionsOf(token.marker));
     repair.NoteAmbiguous(token.line, "joined-lines",
                          Quoted(token.marker) + " stands behind other text and blanks, where it is no marker",
                          {"begin a line with it, and take the blanks before it out",

@@ -5,6 +5,7 @@
 #include "Edits.h"
 #include "FileBytes.h"
 #include "FileChange.h"
+#include "LineEnds.h"
 #include "Markers.h"
 #include "Remedy.h"
 #include "RestoreRules.h"
@@ -34,7 +35,7 @@ int RunLineGet(Session& session) {
     const auto file = OpenedFile(session, path, true);
     const std::string line = RemedyErrors(kSimplerExpression, [&] { return file->GetLine(pattern); });
     std::optional<std::string> found;
-    if (!line.empty() || SelectsEmptyLine(session, path, pattern)) found = line;
+    if (!line.empty() || SelectsEmptyLine(session, path, pattern)) found = WithoutLineEnd(line);
     return ReportLookup(session, path + ": has no line with \"" + pattern + "\"", "line", found);
 }
 
@@ -44,9 +45,11 @@ int RunLineSet(Session& session) {
     RequireOneLine(asked.text, "LINE");
     RequireNoMarker(asked.text);
     FileChange change(session, asked.file);
-    RequireNoTarget(session, change.Path());
-    const std::string pattern = PatternForSet(session, change.Path(), asked.pattern);
-    return change.Make(Edit(session, [&](IZETConfigFile& file) { file.SetLine(pattern, asked.text); }),
+    const std::string text = TextToEdit(session, change.Path());
+    const std::string pattern = PatternForSet(session, change.Path(), text, asked.pattern);
+    RequireRoomForNotice(session, change.Path(), text);
+    const std::string line = LineToSet(session, change.Path(), text, asked.text);
+    return change.Make(Edit(session, [&](IZETConfigFile& file) { file.SetLine(pattern, line); }),
                        asked.noBackup);
 }
 
@@ -54,9 +57,10 @@ int RunLineRestore(Session& session) {
     const Request& asked = session.Asked();
     RequirePattern(session, asked.pattern);
     FileChange change(session, asked.file);
-    RequireNoTarget(session, change.Path());
-    if (!HasSomethingToRestore(session, {change.Path(), asked.pattern, asked.pattern, asked.allBlocks}))
+    const std::string text = TextToEdit(session, change.Path());
+    if (!HasSomethingToRestore(session, {change.Path(), text, asked.pattern, asked.pattern, asked.allBlocks}))
         return change.LeaveUnchanged("nothing to restore for \"" + asked.pattern + "\"");
+    RequireRoomForNotice(session, change.Path(), text);
     return change.Make(Edit(session, [&](IZETConfigFile& file) { file.RestoreLine(asked.pattern); }),
                        asked.noBackup);
 }

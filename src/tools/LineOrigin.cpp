@@ -1,6 +1,7 @@
 #include "LineOrigin.h"
 
 #include <algorithm>
+#include <set>
 
 namespace ZET {
 
@@ -130,13 +131,13 @@ class Alignment {
 
 std::vector<std::string> PlaceholdersOf(std::string_view templateLine) {
     std::vector<std::string> placeholders;
+    std::set<std::string_view> known;
     std::size_t from = 0;
     for (;;) {
         const PlaceholderRange range = NextPlaceholder(templateLine, from);
         if (range.begin == std::string_view::npos) break;
-        std::string placeholder(templateLine.substr(range.begin, range.end - range.begin));
-        if (std::find(placeholders.begin(), placeholders.end(), placeholder) == placeholders.end())
-            placeholders.push_back(std::move(placeholder));
+        const std::string_view placeholder = templateLine.substr(range.begin, range.end - range.begin);
+        if (known.insert(placeholder).second) placeholders.emplace_back(placeholder);
         from = range.end;
     }
     return placeholders;

@@ -20,7 +20,7 @@ bool IsAllCarriageReturns(const RepairText& repair) {
 void DropCarriageReturns(RepairText& repair) {
     for (std::size_t i = 0; i < repair.Size(); ++i) {
         const std::string& text = repair.Text(i);
-        if (text.ends_with('\r')) repair.Replace(i, text.substr(0, text.size() - 1));
+        if (repair.HasLineFeed(i) && text.ends_with('\r')) repair.Replace(i, text.substr(0, text.size() - 1));
     }
 }
 
@@ -28,7 +28,8 @@ void DropCarriageReturns(RepairText& repair) {
 
 void CheckLineEnds(RepairText& repair, std::optional<bool> hadCarriageReturns) {
     // Where they were there before, only those behind markers are an editor's.
-    if (hadCarriageReturns.value_or(false) || !IsAllCarriageReturns(repair)) return;
+    if (hadCarriageReturns.value_or(false)) return;
+    if (!repair.KeepsCarriageReturns() && !IsAllCarriageReturns(repair)) return;
     if (hadCarriageReturns) {
         repair.Note(0, kCarriageReturns, "every line ends with a carriage return, and none did before",
                     "take them out");

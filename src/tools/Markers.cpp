@@ -7,13 +7,6 @@
 
 namespace ZET {
 
-namespace {
-
-/// Of all markers.
-constexpr std::string_view kCommonStart = "# --";
-
-}  // namespace
-
 std::string_view MarkerText(Marker marker) {
     switch (marker) {
         case Marker::BlockBegin:
@@ -36,7 +29,7 @@ std::string_view MarkerText(Marker marker) {
 
 Marker MarkerOf(std::string_view line) {
     // Most lines are no comment at all.
-    if (!line.starts_with(kCommonStart)) return Marker::None;
+    if (!line.starts_with(kMarkerStart)) return Marker::None;
     const auto* found = std::find_if(std::begin(kMarkers), std::end(kMarkers),
                                      [&](Marker marker) { return line.starts_with(MarkerText(marker)); });
     return found == std::end(kMarkers) ? Marker::None : *found;

@@ -13,6 +13,9 @@ enum class Marker { None, BlockBegin, BlockEnd, FormerLine, Notice, TemplateComm
 inline constexpr Marker kMarkers[] = {Marker::BlockBegin, Marker::BlockEnd,        Marker::FormerLine,
                                       Marker::Notice,     Marker::TemplateComment, Marker::CommentEnd};
 
+/// What all of them begin with.
+inline constexpr std::string_view kMarkerStart = "# --";
+
 std::string_view MarkerText(Marker marker);
 
 /// The marker that a line begins with. One that stands anywhere else in it does not count, and what follows

@@ -144,17 +144,17 @@ bool IsOnlySurroundings(std::string_view text) {
 }
 
 std::optional<GluedMarker> FindGluedMarker(std::string_view line) {
-    std::optional<GluedMarker> first;
-    for (const Marker marker : kMarkers) {
+    const bool isFormerLine = MarkerOf(line) == Marker::FormerLine;
+    for (std::size_t position = line.find(kMarkerStart, 1); position != std::string_view::npos;
+         position = line.find(kMarkerStart, position + 1)) {
+        const Marker marker = MarkerOf(line.substr(position));
         // A former line that was replaced twice keeps a prefix behind its prefix.
-        if (marker == Marker::FormerLine && MarkerOf(line) == marker) continue;
-        const std::size_t position = line.find(MarkerText(marker), 1);
-        if (position == std::string_view::npos || (first && first->position < position)) continue;
+        if (marker == Marker::None || (marker == Marker::FormerLine && isFormerLine)) continue;
         const std::string_view rest = WithoutBlanksInFront(line.substr(position + MarkerText(marker).size()));
         if (marker == Marker::FormerLine || rest.empty() || MarkerOf(rest) != Marker::None)
-            first = GluedMarker{marker, position};
+            return GluedMarker{marker, position};
     }
-    return first;
+    return std::nullopt;
 }
 
 }  // namespace ZET

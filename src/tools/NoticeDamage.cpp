@@ -48,9 +48,7 @@ class CommentCheck {
   private:
     void TakeBegin(std::size_t index, Marker marker) {
         if (m_begin != kNone && m_lastBegin + 1 == index && m_marker == marker) {
-            m_repair.Note(index, "doubled-begin", "a second begin marker follows right after the first",
-                          "take it out");
-            m_repair.Drop(index);
+            TakeDoubled(m_repair, index, "doubled-begin", "begin");
             m_lastBegin = index;
             return;
         }
@@ -61,14 +59,26 @@ class CommentCheck {
 
     void TakeEnd(std::size_t index) {
         if (m_begin == kNone && m_end != kNone && m_end + 1 == index) {
-            m_repair.Note(index, "doubled-end", "a second end marker follows right after the first",
-                          "take it out");
-            m_repair.Drop(index);
+            TakeDoubled(m_repair, index, "doubled-end", "end");
         } else if (m_begin == kNone) {
             TakeMissingBegin(index);
+        } else if (m_marker == Marker::Notice) {
+            CheckText(index);
         }
         m_begin = kNone;
         m_end = index;
+    }
+
+    /// What stands in a notice goes with it.
+    void CheckText(std::size_t end) {
+        const std::size_t foreign = m_noticeTexts.ForeignLine(m_lines, m_lastBegin + 1, end);
+        if (foreign == end) return;
+        m_repair.Concern(DamagedRegions::Notices);
+        m_repair.NoteAmbiguous(
+            foreign, "foreign-line-in-notice",
+            "a line stands in the notice that the system did not write, and would go with it",
+            {"move it, and what else there is yours, below the notice", "take it out, if nobody wants it"});
+        m_repair.Concern(DamagedRegions::None);
     }
 
     void TakeMissingBegin(std::size_t end) {
@@ -97,12 +107,14 @@ class CommentCheck {
                 {"put one after its last line", "take the begin marker out"});
             return;
         }
+        m_repair.Concern(DamagedRegions::Notices);
         const std::string what = "a notice has no end marker, and takes all lines after it with it";
         const std::size_t length = m_noticeTexts.LengthFrom(m_lines, m_lastBegin + 1);
         if (length == 0) {
             m_repair.NoteAmbiguous(begin, "notice-without-end", what,
                                    {"put one after the last line of the notice",
                                     "take the whole notice out; the next change writes a new one"});
+            m_repair.Concern(DamagedRegions::None);
             return;
         }
         const std::size_t last = m_lastBegin + length;
@@ -110,6 +122,7 @@ class CommentCheck {
                       "put one after line " + std::to_string(m_repair.Number(last)));
         m_repair.InsertAfter(last, Marker::CommentEnd);
         m_end = last;
+        m_repair.Concern(DamagedRegions::None);
     }
 
     RepairText& m_repair;
@@ -161,7 +174,14 @@ void CheckPlace(RepairText& repair, const Notice& notice) {
         {"move those lines below it", "leave it, if the first line of this file has to be another one"});
 }
 
-void CheckDoubledNotices(RepairText& repair) {
+/// Whether the second of two notices with the same text says nothing but what the system writes.
+bool IsOnlyTheSystems(const RepairText& repair, const NoticeTexts& noticeTexts, const Notice& notice) {
+    const std::vector<std::string_view> lines = repair.Texts(notice.first, notice.last + 1);
+    return repair.IsOnlyMarker(notice.first) && repair.IsOnlyMarker(notice.last) &&
+           noticeTexts.ForeignLine(lines, 1, lines.size() - 1) == lines.size() - 1;
+}
+
+void CheckDoubledNotices(RepairText& repair, const NoticeTexts& noticeTexts) {
     const std::vector<Notice> notices = WholeNotices(repair);
     if (notices.empty()) return;
     CheckPlace(repair, notices.front());
@@ -171,6 +191,11 @@ void CheckDoubledNotices(RepairText& repair) {
         if (!HaveSameText(repair, notices.front(), *notice)) {
             repair.NoteAmbiguous(notice->first, "doubled-notice", what + " and says something else",
                                  {"take this one out", "take the first one out"});
+            continue;
+        }
+        if (!IsOnlyTheSystems(repair, noticeTexts, *notice)) {
+            repair.NoteAmbiguous(notice->first, "doubled-notice", what + ", and both hold other text",
+                                 {"take this one out but for what is yours in it", "take it out as it is"});
             continue;
         }
         repair.Note(notice->first, "doubled-notice", what, "take it out");
@@ -183,8 +208,9 @@ void CheckDoubledNotices(RepairText& repair) {
 }  // namespace
 
 void CheckNotices(RepairText& repair, const NoticeTexts& noticeTexts) {
+    repair.Concern(DamagedRegions::None);
     CommentCheck(repair, noticeTexts).Check();
-    CheckDoubledNotices(repair);
+    CheckDoubledNotices(repair, noticeTexts);
 }
 
 }  // namespace ZET

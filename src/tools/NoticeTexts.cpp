@@ -65,6 +65,12 @@ std::string QuotedPath(std::string_view line) {
                : std::string(line.substr(begin + 1, end - begin - 1));
 }
 
+/// Whether it can be a notice's line in a language that is not at hand.
+bool CanBeTranslated(std::string_view line) {
+    return (line.empty() || line.starts_with('#')) && MarkerOf(line) == Marker::None &&
+           line.find(MarkerText(Marker::FormerLine)) == std::string_view::npos;
+}
+
 }  // namespace
 
 NoticeTexts::NoticeTexts() {
@@ -98,6 +104,24 @@ std::size_t NoticeTexts::LengthBefore(const std::vector<std::string_view>& lines
         return text.size() <= end && StandsAt(text, lines, end - text.size());
     });
     return found == m_texts.end() ? 0 : found->size();
+}
+
+bool NoticeTexts::HasLine(std::string_view line) const {
+    const auto fits = [&](const std::string& wanted) { return Fit(line, wanted).has_value(); };
+    return std::any_of(m_texts.begin(), m_texts.end(),
+                       [&](const Lines& text) { return std::any_of(text.begin(), text.end(), fits); });
+}
+
+std::size_t NoticeTexts::ForeignLine(const std::vector<std::string_view>& lines, std::size_t first,
+                                     std::size_t end) const {
+    const auto at = [&](std::size_t index) { return lines.begin() + static_cast<std::ptrdiff_t>(index); };
+    const bool isOfKnownText = std::any_of(at(first), at(end), [&](std::string_view line) {
+        return WithoutCarriageReturn(line).size() > 1 && HasLine(line);
+    });
+    const auto foreign = std::find_if(at(first), at(end), [&](std::string_view line) {
+        return isOfKnownText ? !HasLine(line) : !CanBeTranslated(WithoutCarriageReturn(line));
+    });
+    return static_cast<std::size_t>(foreign - lines.begin());
 }
 
 std::string NoticeTexts::TemplateIn(const std::vector<std::string_view>& notice) const {

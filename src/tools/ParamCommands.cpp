@@ -1,7 +1,9 @@
 #include "Commands.h"
 #include "EditRules.h"
 #include "Edits.h"
+#include "FileBytes.h"
 #include "FileChange.h"
+#include "LineEnds.h"
 #include "RestoreRules.h"
 #include "zet/ZETFormat.h"
 
@@ -24,11 +26,11 @@ int RunParamGet(Session& session) {
     session.Out().Set("found", nullptr);  // as long as nobody could look
     session.Out().Set("value", nullptr);
     const std::string path = FileToShow(session, session.Asked().file);
-    RequireLiteralName(session, path, kLookupOpening, name);
+    if (!IsLiteralName(name)) RequireLiteralName(session, path, ReadFileBytes(path), kLookupOpening, name);
     // The lookup by name cannot tell an empty value from a parameter that is not there.
     const std::string line = OpenedFile(session, path, true)->GetLine(kLookupOpening + name + "=");
     std::optional<std::string> value;
-    if (!line.empty()) value = line.substr(line.find('=') + 1);
+    if (!line.empty()) value = WithoutLineEnd(line.substr(line.find('=') + 1));
     return ReportLookup(session, path + ": has no parameter \"" + name + "\"", "value", value);
 }
 
@@ -37,24 +39,26 @@ int RunParamSet(Session& session) {
     RequireParamName(asked.name);
     RequireOneLine(asked.text, "VALUE");
     FileChange change(session, asked.file);
-    RequireNoTarget(session, change.Path());
-    RequireLiteralName(session, change.Path(), kEditOpening, asked.name);
-    return change.Make(
-        Edit(session, [&](IZETConfigFile& file) { file.SetParamValue(asked.name, asked.text); }),
-        asked.noBackup);
+    const std::string text = TextToEdit(session, change.Path());
+    RequireLiteralName(session, change.Path(), text, kEditOpening, asked.name);
+    RequireRoomForNotice(session, change.Path(), text);
+    const std::string value = LineToSet(session, change.Path(), text, asked.text);
+    return change.Make(Edit(session, [&](IZETConfigFile& file) { file.SetParamValue(asked.name, value); }),
+                       asked.noBackup);
 }
 
 int RunParamRestore(Session& session) {
     const Request& asked = session.Asked();
     RequireParamName(asked.name);
     FileChange change(session, asked.file);
-    RequireNoTarget(session, change.Path());
-    RequireLiteralName(session, change.Path(), std::string("^") + ZETFormerLinePrefix + kRestoreOpening,
+    const std::string text = TextToEdit(session, change.Path());
+    RequireLiteralName(session, change.Path(), text, std::string("^") + ZETFormerLinePrefix + kRestoreOpening,
                        asked.name);
-    if (!HasSomethingToRestore(session, {change.Path(), kRestoreOpening + asked.name + "=",
+    if (!HasSomethingToRestore(session, {change.Path(), text, kRestoreOpening + asked.name + "=",
                                          kEditOpening + asked.name + "=", asked.allBlocks})) {
         return change.LeaveUnchanged("nothing to restore for \"" + asked.name + "\"");
     }
+    RequireRoomForNotice(session, change.Path(), text);
     return change.Make(Edit(session, [&](IZETConfigFile& file) { file.RestoreParamValue(asked.name); }),
                        asked.noBackup);
 }

@@ -11,14 +11,10 @@ RepairText::RepairText(std::string_view text) {
         m_lines.push_back({std::string(line.text), line.hasLineFeed, ++number});
 }
 
-bool RepairText::IsEmpty(std::size_t index) const {
-    return m_lines[index].text == m_lineEnd || m_lines[index].text.empty();
-}
-
-std::vector<std::string_view> RepairText::Texts() const {
+std::vector<std::string_view> RepairText::Texts(std::size_t first, std::size_t end) const {
     std::vector<std::string_view> texts;
-    for (const Line& line : m_lines)
-        texts.emplace_back(line.text);
+    for (std::size_t i = first; i < end; ++i)
+        texts.emplace_back(m_lines[i].text);
     return texts;
 }
 
@@ -27,22 +23,28 @@ Marker RepairText::MarkerAt(std::size_t index) const {
     return line.takenAs != Marker::None ? line.takenAs : MarkerOf(line.text);
 }
 
+bool RepairText::IsOnlyMarker(std::size_t index) const {
+    const std::string& text = m_lines[index].text;
+    const Marker marker = MarkerOf(text);
+    return marker != Marker::None && text == MarkerText(marker);
+}
+
 void RepairText::Note(std::size_t index, const std::string& kind, const std::string& text,
                       const std::string& remedy) {
-    m_repaired.push_back({m_lines[index].number, kind, text, {remedy}});
+    m_repaired.push_back({m_lines[index].number, kind, text, {remedy}, m_regions});
 }
 
 void RepairText::NoteAmbiguous(std::size_t index, const std::string& kind, const std::string& text,
                                const std::vector<std::string>& choices) {
-    m_ambiguous.push_back({m_lines[index].number, kind, text, choices});
+    m_ambiguous.push_back({m_lines[index].number, kind, text, choices, m_regions});
 }
 
 void RepairText::InsertBefore(std::size_t index, Marker marker) {
-    m_lines[index].before = {std::string(MarkerText(marker)) + m_lineEnd};
+    m_lines[index].before = {std::string(MarkerText(marker))};
 }
 
 void RepairText::InsertAfter(std::size_t index, Marker marker) {
-    InsertAfter(index, std::string(MarkerText(marker)) + m_lineEnd);
+    InsertAfter(index, std::string(MarkerText(marker)));
 }
 
 void RepairText::Settle() {
@@ -65,6 +67,13 @@ void RepairText::Settle() {
     m_lines = std::move(settled);
 }
 
+void RepairText::KeepCarriageReturns() {
+    if (m_keepsCarriageReturns) return;
+    m_keepsCarriageReturns = true;
+    for (Line& line : m_lines)
+        if (line.hasLineFeed && line.text.ends_with('\r')) line.text.pop_back();
+}
+
 void RepairText::LookAgain() {
     m_ambiguous.clear();
     for (Line& line : m_lines)
@@ -81,9 +90,10 @@ std::vector<MarkerDamage> RepairText::Damages() const {
 }
 
 std::string RepairText::Bytes() const {
+    const char* const lineEnd = m_keepsCarriageReturns ? "\r\n" : "\n";
     std::string bytes;
     for (const Line& line : m_lines)
-        bytes.append(line.text).append(line.hasLineFeed ? "\n" : "");
+        bytes.append(line.text).append(line.hasLineFeed ? lineEnd : "");
     return bytes;
 }
 

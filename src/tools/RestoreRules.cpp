@@ -2,10 +2,7 @@
 
 #include "EditRules.h"
 #include "ExitStatus.h"
-#include "FileBytes.h"
 #include "ManagedText.h"
-#include "Markers.h"
-#include "OwnRegions.h"
 #include "Remedy.h"
 #include "zet/ZETFormat.h"
 
@@ -53,11 +50,9 @@ class RestoreCheck {
     }
 
     void CheckBlock(const ManagedRegion& block) {
-        if (!block.isClosed) FailLostEnd(block, 0);
         bool isAllOurs = true;
         for (std::size_t number = block.first + 1; number < block.last; ++number) {
             const std::string_view line = m_text.Line(number).text;
-            if (MarkerOf(line) == Marker::BlockBegin) FailLostEnd(block, number);
             const bool isOurs = Matches(m_request.content, line);
             isAllOurs = isAllOurs && isOurs;
             m_isSomething = m_isSomething || isOurs;
@@ -66,10 +61,6 @@ class RestoreCheck {
         if (isAllOurs) return;
         m_others +=
             (m_others.empty() ? "" : ", ") + std::to_string(block.first) + "-" + std::to_string(block.last);
-    }
-
-    [[noreturn]] void FailLostEnd(const ManagedRegion& block, std::size_t next) {
-        throw Failure(m_request.path + ": " + LostEndOf("managed block", block.first, next));
     }
 
     bool Matches(const std::string& pattern, std::string_view line) {
@@ -89,8 +80,7 @@ class RestoreCheck {
 }  // namespace
 
 bool HasSomethingToRestore(Session& session, const RestoreRequest& request) {
-    const std::string bytes = ReadFileBytes(request.path);
-    return RestoreCheck(session, request, ManagedText(bytes)).Run();
+    return RestoreCheck(session, request, ManagedText(request.text)).Run();
 }
 
 }  // namespace ZET

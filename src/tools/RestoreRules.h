@@ -2,6 +2,7 @@
 #define ZET_RESTORE_RULES_H
 
 #include <string>
+#include <string_view>
 
 #include "Session.h"
 
@@ -10,14 +11,15 @@ namespace ZET {
 /// What a restore is about.
 struct RestoreRequest {
     std::string path;
-    std::string pattern;  ///< as `RestoreLine` gets it
-    std::string content;  ///< selects the lines in the managed blocks that the restore is about
+    std::string_view text;  ///< of the file, with sound markers; must outlive the request
+    std::string pattern;    ///< as `RestoreLine` gets it
+    std::string content;    ///< selects the lines in the managed blocks that the restore is about
     bool allBlocks = false;
 };
 
 /// The module's restore takes out every managed block. Whether there is something to restore at all; a
-/// `Failure` when blocks would go that the restore is not about, unless that is wanted, or when a block has
-/// no end; a `UsageError` for a pattern that selects lines which keep no former line.
+/// `Failure` when blocks would go that the restore is not about, unless that is wanted; a `UsageError` for a
+/// pattern that selects lines which keep no former line.
 bool HasSomethingToRestore(Session& session, const RestoreRequest& request);
 
 }  // namespace ZET

@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <cstring>
-#include <initializer_list>
 #include <iterator>
 
 #include "ClaimedFiles.h"
@@ -15,6 +14,7 @@
 #include "FileBytes.h"
 #include "Instructions.h"
 #include "Manifest.h"
+#include "ParameterCheck.h"
 #include "PendingRecord.h"
 #include "Render.h"
 #include "Secrets.h"
@@ -109,30 +109,6 @@ std::vector<Problem> CheckOwnFiles(Session& session) {
     } catch (const Failure& failure) {
         problems.push_back(ProblemOf(session.Param("ZET_CFG"), failure));
     }
-    return problems;
-}
-
-/// What the templates use of the domain's settings must be there: without it they become files that no
-/// program can use.
-std::vector<Problem> CheckDomain(Session& session, const std::set<std::string>& used) {
-    const auto check = [&](const std::string& name, const std::string& value,
-                           std::initializer_list<const char*> placeholders) {
-        std::vector<Problem> problems;
-        for (const char* placeholder : placeholders) {
-            const std::string given = session.Config().TemplateValue(placeholder);
-            const bool isMissing = given.empty() || given == "ldap://";
-            if (!value.empty() || !isMissing || used.count(placeholder) == 0) continue;
-            problems.push_back({session.Param("ZET_CFG"), 0, 0,
-                                name + " is not set, so that " + placeholder + " has no value",
-                                "add a line " + name + "=VALUE, or use \"option set\""});
-            break;
-        }
-        return problems;
-    };
-    std::vector<Problem> problems = check("DOMAIN", session.Core().GetDomainName(),
-                                          {"${domain}", "${realm}", "${ldap_domain}", "${ldap_dc}"});
-    Append(problems, check("SERVER", session.Core().GetServerName(),
-                           {"${server}", "${kdc_server}", "${kadmin_server}", "${ldap_uris}"}));
     return problems;
 }
 
@@ -239,7 +215,7 @@ CheckedTargets CheckTargets(Session& session, const std::vector<std::string>& te
         if (!target.path.empty()) checker.Check(target, checked.used);
     }
     Append(checked.problems, checker.Result());
-    Append(checked.problems, CheckDomain(session, checked.used));
+    Append(checked.problems, CheckParameterValues(session, checked.used));
     return checked;
 }
 

@@ -4,16 +4,17 @@
 #include <unordered_map>
 #include <utility>
 
+#include "FirstLine.h"
+#include "LineExpansion.h"
+#include "Markers.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET {
 
 namespace {
 
-/// Both for one line, and beyond what the line itself can hold.
-constexpr std::size_t kMostReplacements = 100'000;
-constexpr std::size_t kLongestLine = std::size_t{16} << 20;
 constexpr std::size_t kMostUnknownOfLine = 100;  ///< what a reader can make use of
+constexpr std::size_t kStart = 64;               ///< of a line: more than the longest marker
 
 std::size_t LongestKey(const StringMap& values) {
     std::size_t longest = 0;
@@ -21,100 +22,6 @@ std::size_t LongestKey(const StringMap& values) {
         longest = std::max(longest, placeholder.size());
     return longest;
 }
-
-/// Follows the expansion of one line as the module performs it: a value is put in the place of its
-/// placeholder and searched in its turn. What is left of the line is kept back to front, so that its next
-/// byte is the last one, and replacing a placeholder moves no other byte.
-class LineExpansion {
-  public:
-    enum class Verdict { Fine, NoValue, NoEnd, Endless };
-
-    /// `longestKey` is that of `values`.
-    LineExpansion(std::string_view line, const StringMap& values, std::size_t longestKey,
-                  std::set<std::string>* used)
-        : m_values(values),
-          m_longestKey(longestKey),
-          m_used(used),
-          m_left(line.rbegin(), line.rend()),
-          m_lineSize(line.size()),
-          m_lineLeft(line.size()) {}
-
-    /// Goes on to the next thing that is wrong; `Fine` when the line ends first. After `NoEnd` and `Endless`
-    /// there is no going on.
-    Verdict Next() {
-        while (GoToPlaceholder()) {
-            const std::size_t end = FindEnd();
-            if (end == std::string::npos) return Verdict::NoEnd;
-            // Of one that is too long to have a value, the beginning is enough to name it.
-            const std::size_t length =
-                std::min(m_left.size() - end, std::max(m_longestKey, kLongestName) + 1);
-            m_placeholder.assign(m_left.rbegin(), m_left.rbegin() + static_cast<std::ptrdiff_t>(length));
-            const auto value = m_values.find(m_placeholder);
-            if (value == m_values.end()) {
-                Skip(1);
-                return Verdict::NoValue;
-            }
-            if (!Replace(end, value->second)) return Verdict::Endless;
-        }
-        return Verdict::Fine;
-    }
-
-    const std::string& Placeholder() const { return m_placeholder; }
-
-    /// Where the placeholder of the line begins that led to the verdict; bytes, from 1.
-    int Column() const { return static_cast<int>(m_column); }
-
-  private:
-    std::size_t FindEnd() {
-        if (m_end >= m_left.size()) m_end = m_left.rfind('}');
-        return m_end;
-    }
-
-    void Skip(std::size_t count) {
-        m_left.resize(m_left.size() - count);
-        m_written += count;
-        m_lineLeft = std::min(m_lineLeft, m_left.size());
-    }
-
-    bool GoToPlaceholder() {
-        for (;;) {
-            const std::size_t dollar = m_left.rfind('$');
-            if (dollar == std::string::npos || dollar == 0) {
-                Skip(m_left.size());
-                return false;
-            }
-            Skip(m_left.size() - 1 - dollar);
-            if (m_left[dollar - 1] == '{') break;
-            Skip(1);
-        }
-        if (m_left.size() == m_lineLeft) m_column = m_lineSize - m_left.size() + 1;
-        return true;
-    }
-
-    bool Replace(std::size_t end, const std::string& value) {
-        if (m_used != nullptr) m_used->insert(m_placeholder);
-        m_left.resize(end);
-        m_lineLeft = std::min(m_lineLeft, m_left.size());
-        m_left.append(value.rbegin(), value.rend());
-        m_end = std::string::npos;
-        return ++m_replacements <= kMostReplacements + m_lineSize &&
-               m_written + m_left.size() <= kLongestLine + m_lineSize;
-    }
-
-    static constexpr std::size_t kLongestName = 100;
-
-    const StringMap& m_values;
-    std::size_t m_longestKey;
-    std::set<std::string>* m_used;
-    std::string m_left;
-    std::size_t m_lineSize;
-    std::size_t m_lineLeft;  ///< how many bytes of `m_left` are the line's own; the others come from values
-    std::size_t m_written = 0;
-    std::size_t m_replacements = 0;
-    std::size_t m_column = 0;
-    std::size_t m_end = std::string::npos;  ///< where the next "}" is, as long as nothing was put before it
-    std::string m_placeholder;
-};
 
 /// A pair of markers and the region that is open between them.
 struct Region {
@@ -128,18 +35,24 @@ class TemplateChecker {
   public:
     TemplateChecker(const std::string& file, const StringMap& values, std::set<std::string>* used)
         : m_file(file), m_values(values), m_longestKey(LongestKey(values)), m_used(used) {
-        for (const auto& value : values)
+        for (const auto& value : values) {
             if (value.second.find('$') == std::string::npos) m_plainValues.emplace(value.first, &value);
+            m_hasLineFeeds = m_hasLineFeeds || value.second.find('\n') != std::string::npos;
+        }
     }
 
     void Take(std::string_view line) {
         ++m_line;
-        if (!m_hasText) CheckFirstLine(line);
-        if (line.starts_with('#')) {
-            CheckMarker(line);
-        } else {
-            CheckPlaceholders(line);
-        }
+        if (line.starts_with('#')) return CheckRendered(line, line);
+        const std::size_t wanted = WantedOf(line);
+        m_rendered.clear();
+        CheckPlaceholders(line, wanted);
+        if (wanted == 0) return;
+        std::string_view rendered = m_rendered;
+        for (std::size_t end; (end = rendered.find('\n')) != std::string_view::npos;
+             rendered.remove_prefix(end + 1))
+            CheckRendered(rendered.substr(0, end), line);
+        CheckRendered(rendered, line);
     }
 
     std::vector<Problem> End() {
@@ -149,26 +62,47 @@ class TemplateChecker {
     }
 
   private:
+    /// How much of what the line renders to has to be looked at: until the first lines are found all of it,
+    /// and then no more than can be a marker.
+    std::size_t WantedOf(std::string_view line) const {
+        if (!m_hasText || !m_hasFirstLine || m_hasLineFeeds) return std::string::npos;
+        return line.starts_with("${") ? kStart : 0;
+    }
+
+    void Render(std::string_view text, std::size_t wanted) {
+        if (m_rendered.size() < wanted) m_rendered.append(text.substr(0, wanted - m_rendered.size()));
+    }
+
     /// Whether every placeholder of the line has a value, and none leads to another: most lines are like
     /// that, and cost two searches.
-    bool IsPlain(std::string_view line) {
-        std::size_t left = kLongestLine;
-        for (std::size_t place = 0; (place = line.find("${", place)) != std::string_view::npos;) {
+    bool IsPlain(std::string_view line, std::size_t wanted) {
+        std::size_t left = LineExpansion::kLongestLine;
+        std::size_t done = 0;
+        for (std::size_t place = 0; (place = line.find("${", done)) != std::string_view::npos;) {
             const std::size_t end = line.find('}', place);
             if (end == std::string_view::npos) return false;
             const auto value = m_plainValues.find(line.substr(place, end + 1 - place));
             if (value == m_plainValues.end() || value->second->second.size() > left) return false;
             left -= value->second->second.size();
+            Render(line.substr(done, place - done), wanted);
+            Render(value->second->second, wanted);
             if (m_used != nullptr) m_used->insert(value->second->first);
-            place = end + 1;
+            done = end + 1;
         }
+        Render(line.substr(done), wanted);
         return true;
     }
 
-    void CheckPlaceholders(std::string_view line) {
-        if (IsPlain(line)) return;
-        using Verdict = LineExpansion::Verdict;
+    void CheckPlaceholders(std::string_view line, std::size_t wanted) {
+        if (IsPlain(line, wanted)) return;
         LineExpansion expansion(line, m_values, m_longestKey, m_used);
+        expansion.Keep(wanted);
+        TellVerdicts(expansion);
+        m_rendered = expansion.Expanded();
+    }
+
+    void TellVerdicts(LineExpansion& expansion) {
+        using Verdict = LineExpansion::Verdict;
         std::set<std::pair<int, std::string>> unknown;
         for (;;) {
             switch (expansion.Next()) {
@@ -176,7 +110,7 @@ class TemplateChecker {
                     return;
                 case Verdict::NoValue:
                     // What stands in a template comment never reaches the target.
-                    if (m_comment.openedAt > 0 && m_comment.begin == ZETTemplateCommentMarker) break;
+                    if (IsInTemplateComment()) break;
                     if (unknown.size() == kMostUnknownOfLine ||
                         !unknown.emplace(expansion.Column(), expansion.Placeholder()).second)
                         break;
@@ -197,15 +131,44 @@ class TemplateChecker {
         }
     }
 
-    /// The module takes a notice there for the one it would write, wherever in the line the marker is.
-    void CheckFirstLine(std::string_view line) {
-        m_hasText = !line.empty();
+    bool IsInTemplateComment() const {
+        return m_comment.openedAt > 0 && m_comment.begin == ZETTemplateCommentMarker;
+    }
+
+    /// A line as it is going to be, and the template's line that it comes from.
+    void CheckRendered(std::string_view text, std::string_view line) {
+        if (!m_hasText && !text.empty()) CheckNoticeIn(text, line);
+        m_hasText = m_hasText || !text.empty();
+        const bool wasInComment = IsInTemplateComment();
+        const Marker marker = MarkerOf(text);
+        if (marker != Marker::None) {
+            if (!line.starts_with('#')) TellMadeMarker(marker, line);
+            CheckMarker(text);
+        }
+        if (wasInComment || IsInTemplateComment() || m_hasFirstLine || text.empty()) return;
+        m_hasFirstLine = true;
+        if (!MustComeFirst(text)) return;
+        Add(1, "the programs that read the file need this line as its first, and the notice comes before it",
+            "take the template from the list, and edit the file with --no-markers");
+    }
+
+    /// The module takes a notice in the first line for the one it would write, wherever in it the marker is.
+    void CheckNoticeIn(std::string_view text, std::string_view line) {
+        if (text.find(ZETNoticeMarker) == std::string_view::npos) return;
         const std::size_t place = line.find(ZETNoticeMarker);
-        if (place == std::string_view::npos) return;
-        Add(static_cast<int>(place) + 1,
+        Add(place == std::string_view::npos ? ColumnOfPlaceholder(line) : static_cast<int>(place) + 1,
             Quoted(ZETNoticeMarker) + " in its first line keeps the notice out that names the template",
             "take the notice out: a commit writes its own");
     }
+
+    void TellMadeMarker(Marker marker, std::string_view line) {
+        Add(ColumnOfPlaceholder(line),
+            "a value makes this line begin with " + Quoted(MarkerText(marker)) +
+                ", which marks lines of the system itself",
+            "give the placeholder another value");
+    }
+
+    static int ColumnOfPlaceholder(std::string_view line) { return static_cast<int>(line.find("${")) + 1; }
 
     void CheckMarker(std::string_view line) {
         if (line.starts_with(ZETNoticeMarker) || line.starts_with(ZETTemplateCommentMarker)) {
@@ -263,7 +226,10 @@ class TemplateChecker {
     std::unordered_map<std::string_view, const StringMap::value_type*> m_plainValues;  ///< those without "$"
     std::set<std::string>* m_used;
     int m_line = 0;
-    bool m_hasText = false;  ///< a line was taken that is not empty
+    std::string m_rendered;       ///< what the line renders to, as far as it is wanted
+    bool m_hasLineFeeds = false;  ///< there is a value of several lines
+    bool m_hasText = false;       ///< a line was taken that does not become empty
+    bool m_hasFirstLine = false;  ///< the same for a line that is not in a template comment
     Region m_block{ZETBeginMarker, ZETEndMarker};
     Region m_comment{ZETTemplateCommentMarker, ZETCommentEndMarker};
     std::vector<Problem> m_problems;

@@ -16,9 +16,10 @@ namespace ZET {
 using LineSource = std::function<void(const std::function<void(std::string_view line)>& take)>;
 
 /// What keeps a template from becoming a file that one would want: a placeholder without a value or without
-/// an end, a value that reproduces itself, markers that are not balanced, a notice that stands for the
-/// target's. `file` is named in the problems; `values` has whole placeholders as keys. The placeholders that
-/// are replaced are added to `used`, unless it is null.
+/// an end, a value that reproduces itself; in the lines that it renders to, markers that are not balanced or
+/// that a value made, a notice that stands for the target's, a first line that no notice may come before.
+/// `file` is named in the problems; `values` has whole placeholders as keys. The placeholders that the
+/// template asks for are added to `used`, unless it is null.
 ///
 /// A template that is found fine is one that the module renders in bounded time.
 std::vector<Problem> CheckTemplate(const std::string& file, const LineSource& lines, const StringMap& values,

@@ -237,10 +237,10 @@ TEST(TemplateCheck, AllProblemsAreToldInOneGo) {
     EXPECT_EQ(Descriptions("${a}\n${\n${self}\n# ---ZET_BEGIN---\n# --ZET_COMMENT_END--\n").size(), 5u);
 }
 
-TEST(TemplateCheck, PlaceholdersThatAreReplacedAreUsed) {
+TEST(TemplateCheck, PlaceholdersThatItAsksForAreUsed) {
     std::set<std::string> used;
     CheckTemplate("t.conf", LinesOf("${both} ${unknown}\n# ${self}\n"), kValues, &used);
-    EXPECT_THAT(used, ElementsAre("${both}", "${realm}", "${server}"));
+    EXPECT_THAT(used, ElementsAre("${both}", "${realm}", "${server}", "${unknown}"));
 }
 
 }  // namespace

@@ -335,13 +335,13 @@ b=2
 }
 
 @test "log records of an edit go where they are wanted" {
-    printf '# ----ZET_END----\na=1\n' >conf
-    run_zet param set conf a new
+    echo '# ----ZET_END----' >>zet.conf
+    run_zet option set SERVER new
     assert_status 0
-    assert_stderr "zet-client: warning: Unexpected token '# ----ZET_END----' in line 1."
-    run_zet param set -n conf a newer
+    assert_stderr "zet-client: warning: Unexpected token '# ----ZET_END----' in line 6."
+    run_zet option set -n SERVER newer
     assert_status 3
     assert_equal "$(grep -c 'Unexpected token' <<<"$stderr")" 1
-    run_zet -q param set conf a newer
+    run_zet -q option set SERVER newer
     assert_success ""
 }

@@ -124,6 +124,7 @@ zet-client: nothing was changed"
         capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" "$command"
         assert_refusal 1 "$HOST/state/zet.lock: cannot be opened: Permission denied (create the directory ZET_VAR_LIB_DIR, or run as a user who may write there)"
     done
+    assert_host_unchanged
     chown 65534 state state/zet.lock etc
     remember_files
     capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" commit-config
@@ -352,7 +353,7 @@ os.execv(sys.argv[1], sys.argv[1:])' "$ZET_BIN/zet-client" --config "$HOST/zet.c
     remember_files
     run_zet commit-config three.conf
     assert_refusal 1 "$HOST/zet.conf: DOMAIN is not set, so that \${realm} has no value (add a line DOMAIN=VALUE, or use \"option set\")
-zet-client: error: $HOST/zet.conf: SERVER is not set, so that \${server} has no value (add a line SERVER=VALUE, or use \"option set\")
+zet-client: error: $HOST/zet.conf:1: SERVER is not set, so that \${server} has no value (add a line SERVER=VALUE, or use \"option set\")
 zet-client: nothing was changed"
     assert_files_unchanged
     echo REALM=OTHER >>zet.conf

@@ -62,7 +62,7 @@ teardown() {
     printf '# ---ZET_BEGIN---\na=5\nmine=4\n# ---ZET_BEGIN---\nnew=1\n# ----ZET_END----\n' >conf
     remember_host
     run_zet file strip conf
-    assert_refusal 1 'conf: the managed block that begins in line 1 has no end before the next begins in line 4, and all up to the end of that one would be dropped ("doctor" tells a repair)'
+    assert_refusal 1 'conf:1: a begin marker has no end marker ("zet-client doctor conf" tells a repair)'
     assert_host_unchanged
 }
 
@@ -70,11 +70,11 @@ teardown() {
     printf 'a=1\n# ---ZET_BEGIN---\nb=2\nprecious\n' >conf
     remember_host
     run_zet file strip conf
-    assert_refusal 1 'conf: the managed block that begins in line 2 has no end, and all that follows would be dropped ("doctor" tells a repair)'
+    assert_refusal 1 'conf:2: a begin marker has no end marker ("zet-client doctor conf" tells a repair)'
     assert_host_unchanged
     printf '# --ZET_CONFIG_COMMENT--\nprecious\n' >conf
     run_zet file strip conf
-    assert_refusal 1 'conf: the notice that begins in line 1 has no end, and all that follows would be dropped ("doctor" tells a repair)'
+    assert_refusal 1 'conf:1: a notice has no end marker, and takes all lines after it with it ("zet-client doctor conf" tells a repair)'
 }
 
 @test "strip of a file that does not exist fails" {

@@ -72,11 +72,11 @@ zet-client: conf: has no parameter \"nope\""
 }
 
 @test "the warnings of the log are in the document, too" {
-    printf '# ---ZET_BEGIN---\na=1\n# ----ZET_END----\n# ----ZET_END----\n' >conf
-    run_zet --json param set conf b 1
+    echo '# ----ZET_END----' >>zet.conf
+    run_zet --json option set SERVER other.example.org
     assert_status 0
-    assert_json 'd["warnings"], "errors" in d' "[[\"Unexpected token '# ----ZET_END----' in line 4.\"], false]"
-    assert_stderr "zet-client: warning: Unexpected token '# ----ZET_END----' in line 4."
+    assert_json 'd["warnings"], "errors" in d' "[[\"Unexpected token '# ----ZET_END----' in line 6.\"], false]"
+    assert_stderr "zet-client: warning: Unexpected token '# ----ZET_END----' in line 6."
 }
 
 @test "get as a document flags bytes that are no UTF-8" {
@@ -296,7 +296,7 @@ REMEDY='(NAME is part of a regular expression: use "line" with a PATTERN that sa
     for arguments in 'param restore conf a' 'param restore --all-blocks conf a' 'line restore conf ^new='; do
         # shellcheck disable=SC2086  # several words
         run_zet $arguments
-        assert_refusal 1 'conf: the managed block that begins in line 2 has no end before the next begins in line 5, and all up to the end of that one would be dropped ("doctor" tells a repair)'
+        assert_refusal 1 'conf:2: a begin marker has no end marker ("zet-client doctor conf" tells a repair)'
     done
     assert_host_unchanged
 }
@@ -305,7 +305,7 @@ REMEDY='(NAME is part of a regular expression: use "line" with a PATTERN that sa
     printf '# --PRE-ZET-- kdc=1\n# ---ZET_BEGIN---\nkdc=2\nprecious\n' >conf
     remember_host
     run_zet param restore --all-blocks conf kdc
-    assert_refusal 1 'conf: the managed block that begins in line 2 has no end, and all that follows would be dropped ("doctor" tells a repair)'
+    assert_refusal 1 'conf:2: a begin marker has no end marker ("zet-client doctor conf" tells a repair)'
     assert_host_unchanged
 }
 

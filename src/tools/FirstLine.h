@@ -1,0 +1,24 @@
+#ifndef ZET_FIRST_LINE_H
+#define ZET_FIRST_LINE_H
+
+#include <cstddef>
+#include <string_view>
+
+namespace ZET {
+
+/// The first line of a text that is not empty: the notice goes in front of it.
+struct FirstLine {
+    std::size_t number = 0;  ///< 0: there is none
+    std::string_view text;
+};
+
+FirstLine FirstLineOf(std::string_view text);
+
+/// Whether the programs that read a file with such a first line take it for something else, or refuse it,
+/// when another line comes first: it names the interpreter or the format, opens a document that knows no
+/// comments, or begins with a byte order mark.
+bool MustComeFirst(std::string_view line);
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,28 @@
+#ifndef ZET_LINE_ENDS_H
+#define ZET_LINE_ENDS_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace ZET {
+
+/// How the lines of a file end. Those that the system wrote to keep order, and into its blocks, do not count:
+/// it writes line feeds alone.
+struct LineEnds {
+    bool areCarriageReturns = false;  ///< all of them have one before the line feed
+    std::size_t otherLine = 0;        ///< the first line that ends other than those before it; 0: none
+    bool isOtherCarriageReturn = false;
+};
+
+LineEnds LineEndsOf(std::string_view text);
+
+/// A line that is to be set, with the end of the others but for its line feed.
+std::string WithLineEnd(const std::string& line, const LineEnds& ends);
+
+/// A line that was looked up, without what belongs to its end.
+std::string WithoutLineEnd(std::string line);
+
+}  // namespace ZET
+
+#endif

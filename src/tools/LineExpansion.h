@@ -1,0 +1,64 @@
+#ifndef ZET_LINE_EXPANSION_H
+#define ZET_LINE_EXPANSION_H
+
+#include <cstddef>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include "zet/ZETTypes.h"
+
+namespace ZET {
+
+/// Follows the expansion of one line as the module performs it: a value is put in the place of its
+/// placeholder and searched in its turn. What is left of the line is kept back to front, so that its next
+/// byte is the last one, and replacing a placeholder moves no other byte.
+class LineExpansion {
+  public:
+    enum class Verdict { Fine, NoValue, NoEnd, Endless };
+
+    /// What a line may grow to beyond its own size.
+    static constexpr std::size_t kLongestLine = std::size_t{16} << 20;
+
+    /// `longestKey` is that of `values`. The placeholders that are met are added to `used`, unless it is
+    /// null.
+    LineExpansion(std::string_view line, const StringMap& values, std::size_t longestKey,
+                  std::set<std::string>* used);
+
+    /// Goes on to the next thing that is wrong; `Fine` when the line ends first. After `NoEnd` and `Endless`
+    /// there is no going on.
+    Verdict Next();
+
+    const std::string& Placeholder() const { return m_placeholder; }
+
+    /// Where the placeholder of the line begins that led to the verdict; bytes, from 1.
+    int Column() const { return static_cast<int>(m_column); }
+
+    /// From now on, the expanded line is kept, up to `most` bytes.
+    void Keep(std::size_t most) { m_most = most; }
+    const std::string& Expanded() const { return m_expanded; }
+
+  private:
+    std::size_t FindEnd();
+    void Skip(std::size_t count);
+    bool GoToPlaceholder();
+    bool Replace(std::size_t end, const std::string& value);
+
+    const StringMap& m_values;
+    std::size_t m_longestKey;
+    std::set<std::string>* m_used;
+    std::string m_left;
+    std::size_t m_lineSize;
+    std::size_t m_lineLeft;  ///< how many bytes of `m_left` are the line's own; the others come from values
+    std::size_t m_written = 0;
+    std::size_t m_replacements = 0;
+    std::size_t m_column = 0;
+    std::size_t m_end = std::string::npos;  ///< where the next "}" is, as long as nothing was put before it
+    std::string m_placeholder;
+    std::string m_expanded;
+    std::size_t m_most = 0;
+};
+
+}  // namespace ZET
+
+#endif
