@@ -78,9 +78,13 @@ zet-client: error: a pipe cannot be made: Too many open files (let the command o
 
 @test "a full disk when a target or its reserve is written" {
     local file
-    for file in one.conf.before_zet.tmp one.conf.tmp; do
-        commit_with copy_file_range,/write ENOSPC "$HOST/out/$file"
-        [[ $stderr == "zet-client: error: $BROKEN_OFF Written: none. Not written: $ONE"$'\n'*"$HOST/out/${file%.tmp}"* ]]
+    for file in one.conf.before_zet one.conf; do
+        # The kernel copies the target into its reserve.
+        case $file in
+            *.before_zet) commit_with copy_file_range ENOSPC "$HOST/out/one.conf" ;;
+            *) commit_with /write ENOSPC "$HOST/out/$file.tmp" ;;
+        esac
+        [[ $stderr == "zet-client: error: $BROKEN_OFF Written: none. Not written: $ONE"$'\n'*"$HOST/out/$file"* ]]
         assert_file out/one.conf $'old\n'
         assert_equal "$(find . -name '*.tmp')" ""
     done
@@ -99,7 +103,7 @@ zet-client: error: a pipe cannot be made: Too many open files (let the command o
     assert_file out/one.conf $'old\n'
     commit_with /write ENOSPC "$HOST/state/zet-client.status"
     assert_stderr "zet-client: error: $BROKEN_OFF Written: $ONE. Not written: none
-zet-client: error: $HOST/state/zet-client.status: cannot be written: Failed to write the status. (make room, or allow it; then commit again)"
+zet-client: error: $HOST/state/zet-client.status: cannot be written: Failed to write the status: No space left on device. (make room, or allow it; then commit again)"
     commit_with /write ENOSPC "$HOST/state/zet-client-fs.status"
     assert_stderr "zet-client: error: $BROKEN_OFF Written: none. Not written: none
 zet-client: error: $HOST/state/zet-client-fs.status: could not be written whole (make room, then commit again)"

@@ -183,10 +183,10 @@ and this is standard error
     original one.conf $'old\n'
     strace -f -qq -e trace=/rename -o "$BASE/trace" \
         "$ZET_BIN/zet-client" --config zet.conf commit-config
-    assert_equal "$(grep -o '"[^"]*", [^"]*"[^"]*"' "$BASE/trace" | grep -v zet-staging | sed "s|$HOST/||g; s/, AT_FDCWD//")" \
+    assert_equal "$(grep -o '"[^"]*", [^"]*"[^"]*"' "$BASE/trace" | grep -v zet-staging | sed -E "s|$HOST/||g; s/, AT_FDCWD//; s/\.[A-Za-z0-9]{6}\.tmp/.XXXXXX.tmp/")" \
         '"state/zet.pending.tmp", "state/zet.pending"
-"out/one.conf.before_zet.tmp", "out/one.conf.before_zet"
-"etc/one.conf.tmp", "etc/one.conf"
+"out/one.conf.before_zet.XXXXXX.tmp", "out/one.conf.before_zet"
+"etc/one.conf.XXXXXX.tmp", "etc/one.conf"
 "out/one.conf.tmp", "out/one.conf"
 "state/zet-client.manifest.tmp", "state/zet-client.manifest"'
 }
