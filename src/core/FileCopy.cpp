@@ -41,8 +41,11 @@ bool WriteAll(int descriptor, const char* bytes, std::size_t size) {
 /// system, a file that does not tell its size), reading and writing goes on from there.
 bool CopyBytes(int from, int to) {
     constexpr std::size_t kStep = std::size_t{1} << 30;
-    while (::copy_file_range(from, nullptr, to, nullptr, kStep, 0) > 0) {
-    }
+    ssize_t copied;
+    do
+        copied = ::copy_file_range(from, nullptr, to, nullptr, kStep, 0);
+    while (copied > 0);
+    if (copied < 0 && (errno == ENOSPC || errno == EDQUOT)) return false;
     std::vector<char> buffer(std::size_t{1} << 16);
     while (true) {
         const ssize_t size = TEMP_FAILURE_RETRY(::read(from, buffer.data(), buffer.size()));

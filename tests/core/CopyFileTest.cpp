@@ -252,6 +252,17 @@ TEST_F(CopyFile, WithoutHelpOfTheKernelItReadsAndWrites) {
     EXPECT_EQ(ReadText(m_to), text);
 }
 
+TEST_F(CopyFile, KernelThatFindsNoRoomIsBelieved) {
+    WriteText(m_from, "text");
+    for (const int error : {ENOSPC, EDQUOT}) {
+        SystemCalls calls;
+        calls.Fail("copy_file_range", error);
+        EXPECT_THAT(Refusal(), testing::StartsWith("Failed to copy file '"));
+        EXPECT_EQ(calls.Count("write"), 0);
+        EXPECT_THAT(m_directory.Names(), ElementsAre("from"));
+    }
+}
+
 TEST_F(CopyFile, KernelThatStopsHalfwayIsGoneOnFrom) {
     std::string text;
     for (int i = 0; i < 30'000; i++)

@@ -99,7 +99,7 @@ apply_diff() {
         -e inject=copy_file_range:delay_exit=2000000:when=1 \
         "$ZET_BIN/zet-client" --config zet.conf param set conf a new 2>"$BASE/stderr" &
     local tries=0
-    until [[ -n $(compgen -G 'conf.before_zet.*.tmp') || $((++tries)) -gt 400 ]]; do sleep 0.02; done
+    until compgen -G 'conf.before_zet.*.tmp' >"$BASE/copy" || [[ $((++tries)) -gt 400 ]]; do sleep 0.02; done
     echo c=3 >>conf
     status=0
     wait $! || status=$?

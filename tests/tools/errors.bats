@@ -229,7 +229,8 @@ zet-client: nothing was changed"
 @test "an error of the core has a remedy by its cause" {
     mkdir full
     echo 'a=1' >full/conf
-    capture strace -f -qq -o "$BASE/trace" -P "$HOST/full" -e trace=fsync -e inject=fsync:error=ENOSPC:when=1 "$ZET_BIN/zet-client" --config zet.conf param set full/conf a 2
+    capture strace -f -qq -o "$BASE/trace" -P "$HOST/full/conf" -e trace=copy_file_range \
+        -e inject=copy_file_range:error=ENOSPC "$ZET_BIN/zet-client" --config zet.conf param set full/conf a 2
     assert_status 1
     [[ $stderr == *": No space left on device (make room, then run the command again)"$'\n' ]]
     assert_file full/conf $'a=1\n'
