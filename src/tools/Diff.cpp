@@ -70,8 +70,9 @@ std::string UnifiedDiff(const std::string& oldFile, const std::string& newFile,
         RunProcess({"diff", "-u", "-a", "--label", SideLabel("a/", oldFile, shownPath), "--label",
                     SideLabel("b/", newFile, shownPath), "--", oldFile.empty() ? kNoFile : oldFile,
                     newFile.empty() ? kNoFile : newFile},
-                   {"LC_ALL=C"});
-    if (result.status > 1) throw Failure(shownPath + ": no diff can be made: " + result.output);
+                   {.environment = {"LC_ALL=C"}});
+    if (result.status > 1)
+        throw Failure(shownPath + ": no diff can be made (see what diff says)", result.output);
     return result.output;
 }
 

@@ -32,7 +32,7 @@ int ReportLookup(Session& session, const std::string& what, const char* key,
     report.Set("secret", isSecret);
     report.Set(key, found && !isSecret ? Value(*found) : Value(nullptr));
     if (found) {
-        report.Line(*found);
+        report.Data(*found);
     } else {
         report.Detail(what);
     }

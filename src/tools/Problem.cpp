@@ -10,7 +10,10 @@ std::string Problem::Describe() const {
 }
 
 Fields Problem::ToFields() const {
-    return {{"file", file}, {"line", line}, {"column", column}, {"problem", text}, {"remedy", remedy}};
+    Fields fields = {
+        {"file", file}, {"line", line}, {"column", column}, {"problem", text}, {"remedy", remedy}};
+    if (!output.empty()) fields.emplace_back("output", output);
+    return fields;
 }
 
 Problem ProblemOf(const std::string& file, const Failure& failure) {

@@ -1,5 +1,8 @@
 #include "Render.h"
 
+#include <filesystem>
+#include <system_error>
+
 #include "Diff.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
@@ -52,6 +55,17 @@ std::string TemplateFile(Session& session, const std::string& templateName) {
     return "";
 }
 
+std::uintmax_t SizeOfTemplates(Session& session, const std::vector<Target>& targets) {
+    std::uintmax_t size = 0;
+    for (const Target& target : targets) {
+        std::error_code error;
+        const std::uintmax_t more =
+            std::filesystem::file_size(TemplateFile(session, target.templateName), error);
+        if (!error) size += more;
+    }
+    return size;
+}
+
 std::string RenderStaged(Session& session, const Staging& staging, const std::string& templateName,
                          StringMap* values) {
     const std::string staged = staging.PathOf("rendered/" + templateName);
@@ -69,6 +83,11 @@ std::string RenderStaged(Session& session, const Staging& staging, const std::st
     RequireModeOf(source, staged);
     NameWorkingCopy(staged, standIn, workingCopy);
     return staged;
+}
+
+std::string RenderQuietly(Session& session, const Staging& staging, const std::string& templateName) {
+    const QuietLog quiet(session.Asked(), ZETLogError);
+    return RenderStaged(session, staging, templateName);
 }
 
 void RenderOnce(Session& session, const std::string& templateName, const std::string& path,

@@ -37,6 +37,11 @@ struct Request {
     bool noBackup = false;
     bool force = false;
     bool allBlocks = false;
+    bool runChecks = false;
+    bool noChecks = false;
+
+    /// Nothing is to be written: what this user may not write does not matter.
+    bool OnlyLooks() const { return dryRun || command == "check-config"; }
 };
 
 }  // namespace ZET
