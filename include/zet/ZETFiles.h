@@ -16,18 +16,23 @@ __attribute__((visibility("default"))) void CreateFile(const std::string& path);
 /// Removes the file, of a symbolic link the link; one that is not there is an error.
 __attribute__((visibility("default"))) void RemoveFile(const std::string& path);
 
-/// Renames, replacing `to`. The bytes of `from` are durable before the name changes. A regular file `from`
-/// that is `to` with ".tmp" added is its new text: it takes over owner, group, access list and user
-/// attributes of the regular file `to` or, where that is not there, of `to` with ".before_zet" added.
+/// Renames, replacing `to`; of a link at either name the link. The bytes of `from` are durable before the
+/// name changes, and what was put in its place meanwhile is refused. A `from` that is `to` with ".tmp" added
+/// is its new text and must be a regular file with no other name: it takes over owner, group, access list and
+/// user attributes of the regular file `to` (a last link is followed) or, where that is not there, of `to`
+/// with
+/// ".before_zet" added, and keeps its mode, but for set-user-ID and set-group-ID where its owner could not be
+/// given or a link or a file with a second name gave it.
 __attribute__((visibility("default"))) void RenameFile(const std::string& from, const std::string& to);
 
-/// Whether the path exists; a symbolic link counts as itself, wherever it leads. Not being able to tell is an
-/// error.
+/// Whether the path exists; a symbolic link counts as itself, wherever it leads, and nothing has a name that
+/// is too long. Not being able to tell is an error.
 __attribute__((visibility("default"))) bool IsFileExist(const std::string& path);
 
 /// Copies the regular file `from` (a last link is followed) with its mode, owner and attributes to `to`,
-/// replacing it: all or nothing. The copy is made as `to` with ".tmp" added, where a left-over regular file
-/// is replaced, and anything else, or one with a second name, is an error.
+/// replacing it, of a link the link: all or nothing. The copy is made under a name that nobody else has and
+/// is nobody else's to read until it is complete; without set-user-ID and set-group-ID where the owner could
+/// not be given.
 __attribute__((visibility("default"))) void CopyFile(const std::string& from, const std::string& to);
 
 }  // namespace ZET

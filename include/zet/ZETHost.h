@@ -67,13 +67,35 @@ using ZETLogObserver = std::function<void(ZETLogLevel level, const std::string& 
 /// is called by the thread that logs, one record at a time. It must not log, nor configure the log.
 __attribute__((visibility("default"))) void SetLogObserver(ZETLogObserver observer);
 
+/// Gives each record its last words, before it is made printable, observed and written.
+using ZETLogWording = std::function<std::string(const std::string& text)>;
+
+/// The wording of every record from now on; an empty one ends that. A host that works on a file by another
+/// name than its reader knows puts the reader's name back. By any thread, at any time; called as the observer
+/// is, and bound as it is.
+__attribute__((visibility("default"))) void SetLogWording(ZETLogWording wording);
+
+/// A rename that is about to be made.
+struct ZETRename {
+    const std::string& from;
+    const std::string& to;
+    /// Open for reading on the file that is about to get the name `to`, at its start; `RenameFile` renames
+    /// this file or none. -1 when it is no regular file, or this user may not read it. Not to be closed.
+    int descriptor;
+};
+
 /// Sees a file that is about to take the place of another, before anything is done to either. Its exception
 /// keeps the rename from being made, and comes out of `RenameFile`.
-using ZETRenameGuard = std::function<void(const std::string& from, const std::string& to)>;
+using ZETRenameGuard = std::function<void(const ZETRename& rename)>;
 
 /// The guard of every `RenameFile` from now on; an empty one ends that. The guard is called by the thread
 /// that renames. Not to be set from within a guard, nor while another thread may rename.
 __attribute__((visibility("default"))) void SetRenameGuard(ZETRenameGuard guard);
+
+/// Whether `CopyFile` might have made its copy for `to` under this name, on the way to `to`: that with "."
+/// and six letters or digits and ".tmp" added, cut before the "." where it would be too long. Both have the
+/// same directory before them, or none. A process that was killed leaves such a copy behind.
+__attribute__((visibility("default"))) bool IsCopyOf(const std::string& name, const std::string& to);
 
 /// How many records of level 0 the process has put so far, shown or not: the module reports some failures
 /// only so.

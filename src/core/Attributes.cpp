@@ -6,6 +6,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <cstdint>
@@ -15,8 +16,8 @@
 #include <string_view>
 #include <vector>
 
-#include "Descriptor.h"
 #include "Message.h"
+#include "Sync.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETLogProvider.h"
 
@@ -28,6 +29,8 @@ constexpr char kAcl[] = "system.posix_acl_access";
 constexpr char kLabel[] = "security.selinux";
 constexpr std::string_view kUserPrefix = "user.";
 constexpr mode_t kPermissions = 07777;
+constexpr mode_t kSetIds = S_ISUID | S_ISGID;
+constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
 
 struct Attribute {
     std::string name;
@@ -38,6 +41,8 @@ struct Attribute {
 struct Changes {
     std::vector<Attribute> set;
     std::vector<std::string> remove;
+    bool owner;
+    bool IsEmpty() const { return set.empty() && remove.empty() && !owner; }
 };
 
 /// Whether `errno` tells of something that an ordinary user may not do or the file system does not know.
@@ -60,22 +65,39 @@ bool IsKept(std::string_view name) {
     return name == kAcl || name == kLabel || name.substr(0, kUserPrefix.size()) == kUserPrefix;
 }
 
+/// The way to a file that is open by `O_PATH` only, which the calls by descriptor refuse.
+std::string WayTo(const AttributedFile& file) {
+    return "/proc/self/fd/" + std::to_string(file.descriptor.Number());
+}
+
+/// As the system's calls of these names, whichever of them the file takes.
+ssize_t List(const AttributedFile& file, char* names, std::size_t size) {
+    if (file.isPathOnly) return ::listxattr(WayTo(file).c_str(), names, size);
+    return ::flistxattr(file.descriptor.Number(), names, size);
+}
+
+ssize_t Get(const AttributedFile& file, const std::string& name, char* value, std::size_t size) {
+    if (file.isPathOnly) return ::getxattr(WayTo(file).c_str(), name.c_str(), value, size);
+    return ::fgetxattr(file.descriptor.Number(), name.c_str(), value, size);
+}
+
 /// The names as the system gives them, each with a NUL after it; empty where there are none to know of.
-std::string ListNames(const std::string& path) {
+std::string ListNames(const AttributedFile& file) {
     std::string names(1024, '\0');
     while (true) {
-        const ssize_t length = ::listxattr(path.c_str(), names.data(), names.size());
+        const ssize_t length = List(file, names.data(), names.size());
         if (length >= 0) return names.substr(0, static_cast<std::size_t>(length));
         if (errno != ERANGE) break;
         names.resize(names.size() * 4);
     }
-    if (errno != ENOTSUP && errno != ENOSYS)
-        Fail("Failed to read the attributes of file '%s': %m.", path.c_str());
+    // Where /proc is not there, nobody can ask for what nobody may read.
+    const bool isUnknown = errno == ENOTSUP || errno == ENOSYS || (file.isPathOnly && errno == ENOENT);
+    if (!isUnknown) Fail("Failed to read the attributes of file '%s': %m.", file.path.c_str());
     return {};
 }
 
-std::vector<std::string> KeptNames(const std::string& path) {
-    const std::string names = ListNames(path);
+std::vector<std::string> KeptNames(const AttributedFile& file) {
+    const std::string names = ListNames(file);
     std::vector<std::string> result;
     for (std::size_t start = 0; start < names.size();) {
         const std::string name = names.c_str() + start;
@@ -86,15 +108,15 @@ std::vector<std::string> KeptNames(const std::string& path) {
 }
 
 /// Nothing when there is no such attribute any more or, after a warning, when it may not be read.
-std::optional<std::string> ReadAttribute(const std::string& path, const std::string& name) {
+std::optional<std::string> ReadAttribute(const AttributedFile& file, const std::string& name) {
     std::string value(1024, '\0');
     while (true) {
-        const ssize_t length = ::getxattr(path.c_str(), name.c_str(), value.data(), value.size());
+        const ssize_t length = Get(file, name, value.data(), value.size());
         if (length >= 0) return value.substr(0, static_cast<std::size_t>(length));
         if (errno != ERANGE) break;
         value.resize(value.size() * 4);
     }
-    if (errno != ENODATA) ReportAttribute(name, path);
+    if (errno != ENODATA) ReportAttribute(name, file.path);
     return std::nullopt;
 }
 
@@ -124,81 +146,124 @@ void FitAclToMode(std::string& acl, mode_t mode) {
     std::memcpy(acl.data() + group + offsetof(Entry, permissions), &permissions, sizeof permissions);
 }
 
-Changes CompareAttributes(const std::string& donor, const std::string& path, mode_t mode) {
+bool Contains(const std::vector<std::string>& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+Changes Compare(const AttributedFile& donor, const AttributedFile& receiver, mode_t mode) {
     Changes changes;
+    changes.owner =
+        donor.status.st_uid != receiver.status.st_uid || donor.status.st_gid != receiver.status.st_gid;
     const std::vector<std::string> wanted = KeptNames(donor);
-    const std::vector<std::string> present = KeptNames(path);
-    const auto contains = [](const std::vector<std::string>& names, const std::string& name) {
-        for (const std::string& each : names)
-            if (each == name) return true;
-        return false;
-    };
+    const std::vector<std::string> present = KeptNames(receiver);
     for (const std::string& name : wanted) {
         std::optional<std::string> value = ReadAttribute(donor, name);
         if (!value) continue;
         if (name == kAcl) FitAclToMode(*value, mode);
-        if (contains(present, name) && ReadAttribute(path, name) == value) continue;
+        if (Contains(present, name) && ReadAttribute(receiver, name) == value) continue;
         changes.set.push_back({name, *value});
     }
     for (const std::string& name : present)
-        if (name != kLabel && !contains(wanted, name)) changes.remove.push_back(name);
+        if (name != kLabel && !Contains(wanted, name)) changes.remove.push_back(name);
     return changes;
 }
 
-void ChangeOwner(const Descriptor& file, const std::string& path, const struct stat& donor) {
-    if (::fchown(file.Number(), donor.st_uid, donor.st_gid) == 0) return;
-    // EINVAL: an owner whom this user namespace does not know.
-    Report(Message("Failed to keep the owner of file '%s': %m.", path.c_str()),
-           IsTolerable() || errno == EINVAL);
+/// False, after a warning, when the file has not got both.
+bool ChangeOwner(const AttributedFile& file, const struct stat& donor) {
     constexpr uid_t kAsItIs = static_cast<uid_t>(-1);
-    if (::fchown(file.Number(), kAsItIs, donor.st_gid) == 0) return;
-    Report(Message("Failed to keep the group of file '%s': %m.", path.c_str()),
-           IsTolerable() || errno == EINVAL);
-}
-
-bool ChangeMode(const Descriptor& file, const std::string& path, mode_t mode) {
-    if (::fchmod(file.Number(), mode & kPermissions) == 0) return true;
-    Report(Message("Failed to keep the mode of file '%s': %m.", path.c_str()), IsTolerable());
+    const int number = file.descriptor.Number();
+    const auto report = [&](const std::string& message) {
+        // EINVAL: an owner whom this user namespace does not know.
+        Report(message, IsTolerable() || errno == EINVAL);
+    };
+    if (::fchown(number, donor.st_uid, donor.st_gid) == 0) return true;
+    report(Message("Failed to keep the owner of file '%s': %m.", file.path.c_str()));
+    if (::fchown(number, kAsItIs, donor.st_gid) == 0) return false;
+    report(Message("Failed to keep the group of file '%s': %m.", file.path.c_str()));
     return false;
 }
 
-void Apply(const Descriptor& file, const std::string& path, const Changes& changes) {
-    for (const Attribute& attribute : changes.set) {
-        const char* name = attribute.name.c_str();
-        if (::fsetxattr(file.Number(), name, attribute.value.data(), attribute.value.size(), 0) != 0)
-            ReportAttribute(attribute.name, path);
-    }
+void ApplyAttributes(const AttributedFile& file, const Changes& changes) {
+    const int number = file.descriptor.Number();
+    for (const auto& [name, value] : changes.set)
+        if (::fsetxattr(number, name.c_str(), value.data(), value.size(), 0) != 0)
+            ReportAttribute(name, file.path);
     for (const std::string& name : changes.remove)
-        if (::fremovexattr(file.Number(), name.c_str()) != 0 && errno != ENODATA) ReportAttribute(name, path);
+        if (::fremovexattr(number, name.c_str()) != 0 && errno != ENODATA) ReportAttribute(name, file.path);
+}
+
+void SetMode(const AttributedFile& file, mode_t mode) {
+    if (::fchmod(file.descriptor.Number(), mode) != 0)
+        Fail("Failed to set the mode of file '%s': %m.", file.path.c_str());
+}
+
+/// Closes the file to everybody else meanwhile, and makes it writable, without which user attributes cannot
+/// be set. False, after a warning, where it cannot be done.
+bool MakePrivate(const AttributedFile& file) {
+    if ((file.status.st_mode & kPermissions) == kPrivate) return true;
+    if (file.isPathOnly)
+        errno = EACCES;
+    else if (::fchmod(file.descriptor.Number(), kPrivate) == 0)
+        return true;
+    Report(Message("Failed to keep the attributes of file '%s': %m.", file.path.c_str()), IsTolerable());
+    return false;
+}
+
+/// The mode that the file may have afterwards.
+mode_t Apply(const AttributedFile& donor, const AttributedFile& receiver, const Changes& changes,
+             mode_t mode) {
+    try {
+        ApplyAttributes(receiver, changes);
+        if (changes.owner && !ChangeOwner(receiver, donor.status)) return mode & ~kSetIds;
+        return mode;
+    } catch (...) {
+        ::fchmod(receiver.descriptor.Number(), receiver.status.st_mode & kPermissions);
+        throw;
+    }
+}
+
+/// -1, with `errno`, when the file cannot be opened at all.
+int OpenOnce(AttributedFile& file) {
+    constexpr int kFlags = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    const char* path = file.path.c_str();
+    int number = ::open(path, O_RDONLY | O_NOFOLLOW | kFlags);
+    file.isLinked = number < 0 && errno == ELOOP;
+    if (file.isLinked) number = ::open(path, O_RDONLY | kFlags);
+    file.isPathOnly = number < 0 && errno == EACCES;
+    if (file.isPathOnly) number = ::open(path, O_PATH | O_CLOEXEC | (file.isLinked ? 0 : O_NOFOLLOW));
+    return number;
 }
 
 }  // namespace
 
-void TakeOverAttributes(const StatedFile& donor, const StatedFile& receiver) {
-    const mode_t mode = receiver.status.st_mode;
-    const std::string& path = receiver.path;
-    const Changes changes = CompareAttributes(donor.path, path, mode);
-    const bool isSameOwner =
-        donor.status.st_uid == receiver.status.st_uid && donor.status.st_gid == receiver.status.st_gid;
-    if (isSameOwner && changes.set.empty() && changes.remove.empty()) return;
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    if (!file.IsOpen()) {
-        Report(Message("Failed to open file '%s': %m.", path.c_str()), IsTolerable());
-        return;
+std::optional<AttributedFile> OpenDonor(const std::string& path) {
+    AttributedFile file(path);
+    file.descriptor.Reset(OpenOnce(file));
+    if (!file.descriptor.IsOpen()) {
+        // A socket gives ENXIO.
+        if (errno == ENOENT || errno == ENOTDIR || errno == ELOOP || errno == ENXIO) return std::nullopt;
+        Fail("Failed to open file '%s': %m.", path.c_str());
     }
-    // Closed to everybody else meanwhile, and writable, without which user attributes cannot be set.
-    if (!ChangeMode(file, path, S_IRUSR | S_IWUSR)) return;
-    try {
-        Apply(file, path, changes);
-    } catch (...) {
-        ::fchmod(file.Number(), mode & kPermissions);
-        throw;
-    }
-    ChangeMode(file, path, mode);
-    if (isSameOwner) return;
-    ChangeOwner(file, path, donor.status);
-    // A new owner costs the file its set-user-ID and set-group-ID bits.
-    if ((mode & (S_ISUID | S_ISGID)) != 0) ChangeMode(file, path, mode);
+    if (::fstat(file.descriptor.Number(), &file.status) != 0)
+        Fail("Failed to check file '%s': %m.", path.c_str());
+    if (!S_ISREG(file.status.st_mode)) return std::nullopt;
+    return file;
+}
+
+void SyncAttributedFile(const AttributedFile& file) {
+    static const Descriptor none;
+    SyncFile(file.isPathOnly ? none : file.descriptor, file.path);
+}
+
+mode_t ModeAllowedBy(const AttributedFile& donor, mode_t mode) {
+    return donor.isLinked || donor.status.st_nlink > 1 ? mode & ~kSetIds : mode;
+}
+
+void TakeOverAttributes(const AttributedFile& donor, const AttributedFile& receiver, mode_t mode) {
+    mode &= kPermissions;
+    const Changes changes = Compare(donor, receiver, mode);
+    if (changes.IsEmpty() && mode == (receiver.status.st_mode & kPermissions)) return;
+    if (MakePrivate(receiver)) SetMode(receiver, Apply(donor, receiver, changes, mode));
 }
 
 }  // namespace ZET

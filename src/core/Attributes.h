@@ -3,22 +3,41 @@
 
 #include <sys/stat.h>
 
+#include <optional>
 #include <string>
+
+#include "Descriptor.h"
 
 namespace ZET {
 
-/// A file by its name, with its status.
-struct StatedFile {
+/// A regular file that was opened once; `path` is for messages.
+struct AttributedFile {
+    explicit AttributedFile(const std::string& name) : path(name) {}
+
     const std::string& path;
-    const struct stat& status;
+    Descriptor descriptor;
+    struct stat status {};
+    bool isPathOnly = false;  ///< opened by `O_PATH`: nobody may read it
+    bool isLinked = false;    ///< a link led to it
 };
 
-/// Gives the regular file `receiver` what `donor` (a last link is followed) has of owner, group, POSIX ACL,
-/// security label and user attributes; never integrity attributes, which hold for the donor's bytes only. The
-/// receiver's mode is afterwards what its status says. What an ordinary user may not do and what the file
-/// system does not know is logged as a warning; every other failure is an `EZETError`. A receiver that is
-/// like the donor already is not touched.
-void TakeOverAttributes(const StatedFile& donor, const StatedFile& receiver);
+/// The file whose attributes another one is to have; nothing when there is no regular file at the end of
+/// `path`. A last link is followed to the file that readers saw. Throws `EZETError` when that cannot be told.
+std::optional<AttributedFile> OpenDonor(const std::string& path);
+
+/// As `SyncFile`.
+void SyncAttributedFile(const AttributedFile& file);
+
+/// `mode` without set-user-ID and set-group-ID unless the donor is the one file of its name: through a link
+/// or another name, somebody else might have chosen whose rights the bits give.
+mode_t ModeAllowedBy(const AttributedFile& donor, mode_t mode);
+
+/// Gives `receiver` what `donor` has of owner, group, POSIX ACL, security label and user attributes; never
+/// integrity attributes, which hold for the donor's bytes only; then `mode`. The owner comes first: where it
+/// could not be given, set-user-ID and set-group-ID are left out. What an ordinary user may not do and what
+/// the file system does not know is logged as a warning; every other failure is an `EZETError`. A receiver
+/// that is like the donor already is not touched.
+void TakeOverAttributes(const AttributedFile& donor, const AttributedFile& receiver, mode_t mode);
 
 }  // namespace ZET
 

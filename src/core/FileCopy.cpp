@@ -1,23 +1,31 @@
-#include "FileCopy.h"
-
 #include <fcntl.h>
+#include <limits.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
 #include <vector>
 
 #include "Attributes.h"
 #include "Descriptor.h"
 #include "Message.h"
+#include "PathArgument.h"
 #include "Sync.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
+#include "zet/ZETHost.h"
 
 namespace ZET {
 
 namespace {
 
-constexpr mode_t kPermissions = 07777;
+constexpr std::size_t kLetters = 6;
+constexpr std::size_t kSuffixSize = sizeof ZETTemporarySuffix - 1;
 
 bool WriteAll(int descriptor, const char* bytes, std::size_t size) {
     while (size > 0) {
@@ -44,57 +52,86 @@ bool CopyBytes(int from, int to) {
     }
 }
 
-int CreateCopy(const std::string& copy) {
-    constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    const int number = ::open(copy.c_str(), kFlags, S_IRUSR | S_IWUSR);
-    if (number >= 0 || errno != EEXIST) return number;
-    struct stat status;
-    if (::lstat(copy.c_str(), &status) != 0) return -1;
-    if (!S_ISREG(status.st_mode) || status.st_nlink != 1) {
-        errno = EEXIST;
-        return -1;
-    }
-    if (::unlink(copy.c_str()) != 0) return -1;
-    return ::open(copy.c_str(), kFlags, S_IRUSR | S_IWUSR);
+/// The name of a copy for `to` up to its letters; a name that leaves no room for them is cut.
+std::string CopyStem(const std::string& to) {
+    constexpr std::size_t kLongest = NAME_MAX - 1 - kLetters - kSuffixSize;
+    const std::size_t start = to.rfind('/') + 1;
+    return to.substr(0, start) + to.substr(start, kLongest) + ".";
 }
 
-/// Removes the copy unless it was completed.
-class CopyGuard {
+bool IsLetterOrDigit(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+}
+
+/// A copy under a name that nobody else has; removed unless it gets the name that it is for.
+class Copy {
   public:
-    explicit CopyGuard(const std::string& path) : m_path(path) {}
-    ~CopyGuard() {
-        if (!m_isComplete) ::unlink(m_path.c_str());
+    Copy(const std::string& from, const std::string& to)
+        : m_from(from), m_to(to), m_name(CopyStem(to) + std::string(kLetters, 'X') + ZETTemporarySuffix) {}
+    ~Copy() {
+        if (m_isThere) ::unlink(m_name.c_str());
     }
-    CopyGuard(const CopyGuard&) = delete;
-    CopyGuard& operator=(const CopyGuard&) = delete;
-    void SetComplete() { m_isComplete = true; }
+    Copy(const Copy&) = delete;
+    Copy& operator=(const Copy&) = delete;
+
+    void Make() {
+        const AttributedFile source = OpenSource();
+        AttributedFile copy(m_name);
+        // New, private, and its last component no link.
+        copy.descriptor.Reset(::mkostemps(m_name.data(), kSuffixSize, O_CLOEXEC));
+        if (!copy.descriptor.IsOpen()) Refuse();
+        m_isThere = true;
+        if (!CopyBytes(source.descriptor.Number(), copy.descriptor.Number())) Refuse();
+        if (::fstat(copy.descriptor.Number(), &copy.status) != 0) Refuse();
+        TakeOverAttributes(source, copy, source.status.st_mode);
+        SyncFile(copy.descriptor, m_name);
+        if (!copy.descriptor.Close()) Refuse();
+    }
+
+    void Rename() {
+        if (std::rename(m_name.c_str(), m_to.c_str()) != 0) Refuse();
+        m_isThere = false;
+    }
 
   private:
-    const std::string& m_path;
-    bool m_isComplete = false;
+    /// `errno` stands for the reason.
+    [[noreturn]] void Refuse() const {
+        Fail("Failed to copy file '%s' to '%s': %m.", m_from.c_str(), m_to.c_str());
+    }
+
+    AttributedFile OpenSource() const {
+        AttributedFile source(m_from);
+        source.descriptor.Reset(::open(m_from.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+        if (!source.descriptor.IsOpen() || ::fstat(source.descriptor.Number(), &source.status) != 0) Refuse();
+        if (S_ISREG(source.status.st_mode)) return source;
+        Fail("Failed to copy file '%s' to '%s': not a regular file.", m_from.c_str(), m_to.c_str());
+    }
+
+    const std::string& m_from;
+    const std::string& m_to;
+    std::string m_name;
+    bool m_isThere = false;
 };
 
 }  // namespace
 
-void MakeDurableCopy(const std::string& from, const std::string& to, const std::string& copy) {
-    const auto fail = [&] { Fail("Failed to copy file '%s' to '%s': %m.", from.c_str(), to.c_str()); };
-    const Descriptor source(::open(from.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    struct stat status;
-    if (!source.IsOpen() || ::fstat(source.Number(), &status) != 0) fail();
-    if (!S_ISREG(status.st_mode))
-        Fail("Failed to copy file '%s' to '%s': not a regular file.", from.c_str(), to.c_str());
-    Descriptor target(CreateCopy(copy));
-    if (!target.IsOpen())
-        Fail("Failed to copy file '%s' to '%s': '%s': %m.", from.c_str(), to.c_str(), copy.c_str());
-    CopyGuard guard(copy);
-    if (!CopyBytes(source.Number(), target.Number())) fail();
-    if (::fchmod(target.Number(), status.st_mode & kPermissions) != 0) fail();
-    struct stat copied;
-    if (::fstat(target.Number(), &copied) != 0) fail();
-    TakeOverAttributes({from, status}, {copy, copied});
-    SyncFile(target, copy);
-    if (!target.Close()) fail();
-    guard.SetComplete();
+bool IsCopyOf(const std::string& name, const std::string& to) {
+    const std::string stem = CopyStem(to);
+    if (name.size() != stem.size() + kLetters + kSuffixSize) return false;
+    const auto letters = name.begin() + static_cast<std::ptrdiff_t>(stem.size());
+    return name.compare(0, stem.size(), stem) == 0 &&
+           name.compare(name.size() - kSuffixSize, kSuffixSize, ZETTemporarySuffix) == 0 &&
+           std::all_of(letters, letters + kLetters, &IsLetterOrDigit);
+}
+
+void CopyFile(const std::string& from, const std::string& to) {
+    RequirePath(from, "CopyFile");
+    RequirePath(to, "CopyFile");
+    const ParentDirectory directory(to);
+    Copy copy(from, to);
+    copy.Make();
+    copy.Rename();
+    directory.Sync();
 }
 
 }  // namespace ZET

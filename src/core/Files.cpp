@@ -5,54 +5,17 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdio>
-#include <optional>
-#include <utility>
 
-#include "Attributes.h"
 #include "Descriptor.h"
-#include "FileCopy.h"
 #include "Message.h"
+#include "PathArgument.h"
 #include "Printable.h"
 #include "Sync.h"
 #include "zet/ZETErrors.h"
-#include "zet/ZETFormat.h"
-#include "zet/ZETHost.h"
 
 namespace ZET {
 
 namespace {
-
-ZETRenameGuard& RenameGuard() {
-    static ZETRenameGuard guard;
-    return guard;
-}
-
-/// The system would take the part of a path before a NUL byte for the whole.
-void RequirePath(const std::string& path, const char* operation) {
-    RequireNotEmpty(path, operation);
-    if (path.find('\0') != std::string::npos)
-        FailCheck("File name '%s' holds a NUL byte.", Printable(path).c_str());
-}
-
-/// Whether there is a regular file at the end of `path`. A link that leads nowhere is none.
-bool StateRegularFile(const std::string& path, struct stat& status) {
-    if (::stat(path.c_str(), &status) == 0) return S_ISREG(status.st_mode);
-    if (errno != ENOENT && errno != ENOTDIR && errno != ELOOP)
-        Fail("Failed to check file '%s': %m.", path.c_str());
-    return false;
-}
-
-/// `from` is about to become `to`: the file's new text. For its readers it stays the file that it was.
-void TakeOverFromFormerFile(const std::string& from, const std::string& to, const struct stat& status) {
-    struct stat former;
-    if (StateRegularFile(to, former)) {
-        TakeOverAttributes({to, former}, {from, status});
-        return;
-    }
-    const std::string reserve = to + ZETReserveSuffix;
-    if (StateRegularFile(reserve, former)) TakeOverAttributes({reserve, former}, {from, status});
-}
 
 /// True when the file is new.
 bool CreateOrEmpty(const std::string& path, Descriptor& file) {
@@ -71,8 +34,10 @@ bool CreateOrEmpty(const std::string& path, Descriptor& file) {
 
 }  // namespace
 
-void SetRenameGuard(ZETRenameGuard guard) {
-    RenameGuard() = std::move(guard);
+void RequirePath(const std::string& path, const char* operation) {
+    RequireNotEmpty(path, operation);
+    if (path.find('\0') != std::string::npos)
+        FailCheck("File name '%s' holds a NUL byte.", Printable(path).c_str());
 }
 
 void CreateFile(const std::string& path) {
@@ -96,47 +61,14 @@ void RemoveFile(const std::string& path) {
     directory.Sync();
 }
 
-void RenameFile(const std::string& from, const std::string& to) {
-    RequirePath(from, "RenameFile");
-    RequirePath(to, "RenameFile");
-    if (const ZETRenameGuard& guard = RenameGuard()) guard(from, to);
-    struct stat status;
-    if (::lstat(from.c_str(), &status) != 0)
-        Fail("Failed to rename file '%s' to '%s': %m.", from.c_str(), to.c_str());
-    const ParentDirectory target(to);
-    std::optional<ParentDirectory> source;
-    if (ParentOf(from) != ParentOf(to)) source.emplace(from);
-    if (S_ISREG(status.st_mode)) {
-        if (from == to + ZETTemporarySuffix) TakeOverFromFormerFile(from, to, status);
-        SyncFile(from);
-    }
-    if (std::rename(from.c_str(), to.c_str()) != 0)
-        Fail("Failed to rename file '%s' to '%s': %m.", from.c_str(), to.c_str());
-    target.Sync();
-    if (source) source->Sync();
-}
-
 bool IsFileExist(const std::string& path) {
     RequirePath(path, "IsFileExist");
     struct stat status;
     if (::lstat(path.c_str(), &status) == 0) return true;
-    if (errno != ENOENT && errno != ENOTDIR) Fail("Failed to check file '%s': %m.", path.c_str());
+    // A name that is too long for the file system is nobody's.
+    if (errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG)
+        Fail("Failed to check file '%s': %m.", path.c_str());
     return false;
-}
-
-void CopyFile(const std::string& from, const std::string& to) {
-    RequirePath(from, "CopyFile");
-    RequirePath(to, "CopyFile");
-    const ParentDirectory directory(to);
-    const std::string copy = to + ZETTemporarySuffix;
-    MakeDurableCopy(from, to, copy);
-    if (std::rename(copy.c_str(), to.c_str()) != 0) {
-        const int error = errno;
-        ::unlink(copy.c_str());
-        errno = error;
-        Fail("Failed to copy file '%s' to '%s': %m.", from.c_str(), to.c_str());
-    }
-    directory.Sync();
 }
 
 }  // namespace ZET

@@ -27,6 +27,7 @@ struct LogState {
     ZETLogLevel threshold = ZETLogWarning;
     std::string identity = "zet";
     ZETLogObserver observer;
+    ZETLogWording wording;
 };
 
 /// Never destroyed: other threads and the destructors of static objects may log to the very end.
@@ -74,7 +75,7 @@ void WriteRecord(ZETLogLevel level, const char* text) {
     LogState& state = State();
     const std::lock_guard<std::mutex> lock(state.mutex);
     if (level > state.threshold) return;
-    const std::string line = Printable(text);
+    const std::string line = Printable(state.wording ? state.wording(text) : text);
     if (state.observer) state.observer(level, line);
     if (state.target == ZETLogTarget::SystemLog) {
         ::syslog(SystemLogPriority(level), "%s", line.c_str());
@@ -125,6 +126,12 @@ void SetLogObserver(ZETLogObserver observer) {
     LogState& state = State();
     const std::lock_guard<std::mutex> lock(state.mutex);
     state.observer = std::move(observer);
+}
+
+void SetLogWording(ZETLogWording wording) {
+    LogState& state = State();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    state.wording = std::move(wording);
 }
 
 std::size_t CountLoggedErrors() {

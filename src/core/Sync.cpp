@@ -15,17 +15,6 @@ namespace {
 std::atomic<int> votes = 0;
 std::atomic<int> votesAgainst = 0;
 
-/// What cannot be opened for reading cannot be synced by itself, although it may be renamed: then everything
-/// is.
-int OpenToSync(const std::string& path, int flags) {
-    const int number = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | flags);
-    if (number < 0 && errno == EACCES) {
-        ::sync();
-        errno = EACCES;
-    }
-    return number;
-}
-
 /// A file system that knows no syncing says so by EINVAL.
 bool SyncDescriptor(int number) {
     return TEMP_FAILURE_RETRY(::fsync(number)) == 0 || errno == EINVAL;
@@ -54,17 +43,10 @@ void SyncVote::Set(bool on) {
 
 void SyncFile(const Descriptor& file, const std::string& path) {
     if (!IsSyncing()) return;
-    if (!SyncDescriptor(file.Number())) Fail("Failed to sync file '%s': %m.", path.c_str());
-}
-
-void SyncFile(const std::string& path) {
-    if (!IsSyncing()) return;
-    const Descriptor file(OpenToSync(path, O_NOFOLLOW | O_NONBLOCK));
-    if (file.IsOpen()) {
-        SyncFile(file, path);
-    } else if (errno != EACCES) {
+    if (!file.IsOpen())
+        ::sync();
+    else if (!SyncDescriptor(file.Number()))
         Fail("Failed to sync file '%s': %m.", path.c_str());
-    }
 }
 
 std::string ParentOf(const std::string& path) {

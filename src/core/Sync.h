@@ -25,11 +25,9 @@ class SyncVote {
     bool m_isOn = true;
 };
 
-/// Makes the bytes and attributes of an open file durable; `path` is for the message.
+/// Makes the bytes and attributes of an open file durable; `path` is for the message. What could not be
+/// opened cannot be synced by itself: then everything is.
 void SyncFile(const Descriptor& file, const std::string& path);
-
-/// As above, of a regular file by its name.
-void SyncFile(const std::string& path);
 
 std::string ParentOf(const std::string& path);
 

@@ -8,12 +8,12 @@
 namespace ZET {
 
 Replacement::Replacement(const std::string& path, const Judge& judge) {
-    SetRenameGuard([path, judge](const std::string& from, const std::string& to) {
-        if (to != path || from != path + ZETTemporarySuffix) return;
+    SetRenameGuard([path, judge](const ZETRename& rename) {
+        if (rename.to != path || rename.from != path + ZETTemporarySuffix) return;
         try {
-            judge(from);
+            judge(rename.from);
         } catch (...) {
-            unlink(from.c_str());
+            unlink(rename.from.c_str());
             throw;
         }
     });

@@ -186,8 +186,8 @@ TEST_F(RenameFile, GuardSeesBothFilesAsTheyWere) {
     WriteText(m_from, "new");
     WriteText(m_to, "old");
     std::string seen;
-    SetRenameGuard([&](const std::string& from, const std::string& to) {
-        seen = from + " " + to + " " + ReadText(from) + " " + ReadText(to);
+    SetRenameGuard([&](const ZETRename& rename) {
+        seen = rename.from + " " + rename.to + " " + ReadText(rename.from) + " " + ReadText(rename.to);
     });
     Rename();
     EXPECT_EQ(seen, m_from + " " + m_to + " new old");
@@ -199,7 +199,7 @@ TEST_F(RenameFile, GuardKeepsARenameFromBeingMade) {
     WriteText(m_from, "new");
     WriteText(m_to, "old");
     struct No {};
-    SetRenameGuard([](const std::string&, const std::string&) { throw No(); });
+    SetRenameGuard([](const ZETRename&) { throw No(); });
     EXPECT_THROW(Rename(), No);
     EXPECT_THAT(m_directory.Names(), ElementsAre("from", "to"));
     EXPECT_EQ(ReadText(m_to), "old");

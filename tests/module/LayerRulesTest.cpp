@@ -48,6 +48,11 @@ bool IsOwn(const std::string& part, const std::string& header) {
     return header.find('/') == std::string::npos && fs::exists(kRoot / part / header);
 }
 
+/// The room of small headers is open to all that run on the system.
+bool IsPosix(const std::string& part, const std::string& header) {
+    return part != "include/zet" && IsOwn("src/posix", header);
+}
+
 bool IsStandard(const std::string& header) {
     return header.find_first_of("./") == std::string::npos;
 }
@@ -60,16 +65,19 @@ TEST_P(PartTest, IncludesOnlyItsOwnAndThePublicHeadersByName) {
     for (const Include& each : includes) {
         const std::string& header = each.header;
         if (each.isQuoted) {
-            EXPECT_TRUE(IsPublic(header) || IsOwn(GetParam(), header)) << each.file << " includes " << header;
+            EXPECT_TRUE(IsPublic(header) || IsOwn(GetParam(), header) || IsPosix(GetParam(), header))
+                << each.file << " includes " << header;
         } else {
-            EXPECT_FALSE(header.starts_with("zet/") || fs::exists(kRoot / GetParam() / header))
+            EXPECT_FALSE(header.starts_with("zet/") || fs::exists(kRoot / GetParam() / header) ||
+                         fs::exists(kRoot / "src/posix" / header))
                 << each.file << " includes <" << header << ">";
         }
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(House, PartTest,
-                         testing::Values("src/core", "src/interfaces/zet-config", "src/tools", "include/zet"),
+                         testing::Values("src/core", "src/interfaces/zet-config", "src/posix", "src/tools",
+                                         "include/zet"),
                          [](const testing::TestParamInfo<std::string>& info) {
                              std::string name = info.param;
                              std::replace_if(
@@ -91,6 +99,14 @@ TEST(LayerRulesTest, PublicHeadersIncludeOnlyEachOtherAndTheStandardLibrary) {
     for (const Include& each : IncludesOf("include/zet"))
         EXPECT_TRUE(each.isQuoted ? IsPublic(each.header) : IsStandard(each.header))
             << each.file << " includes " << each.header;
+}
+
+TEST(LayerRulesTest, SmallHeadersNeedOnlyEachOtherAndTheSystem) {
+    for (const Include& each : IncludesOf("src/posix"))
+        EXPECT_TRUE(!each.isQuoted || IsOwn("src/posix", each.header))
+            << each.file << " includes " << each.header;
+    for (const auto& entry : fs::directory_iterator(kRoot / "src/posix"))
+        EXPECT_EQ(entry.path().extension(), ".h") << entry.path();
 }
 
 TEST(LayerRulesTest, NothingIsLinkedToTheModule) {

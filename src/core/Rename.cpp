@@ -1,0 +1,118 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "Attributes.h"
+#include "Descriptor.h"
+#include "Message.h"
+#include "PathArgument.h"
+#include "Sync.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
+#include "zet/ZETHost.h"
+
+namespace ZET {
+
+namespace {
+
+ZETRenameGuard& RenameGuard() {
+    static ZETRenameGuard guard;
+    return guard;
+}
+
+/// One rename. From its begin to its end it is about one file and not about whatever has the name.
+class Renaming {
+  public:
+    Renaming(const std::string& from, const std::string& to) : m_to(to), m_file(from) { Open(); }
+
+    void Run() {
+        const bool isNewText = m_file.path == m_to + ZETTemporarySuffix;
+        if (isNewText) RequirePlainFile();
+        if (const ZETRenameGuard& guard = RenameGuard())
+            guard({m_file.path, m_to, m_isReadable ? m_file.descriptor.Number() : -1});
+        const ParentDirectory target(m_to);
+        std::optional<ParentDirectory> source;
+        if (ParentOf(m_file.path) != ParentOf(m_to)) source.emplace(m_file.path);
+        // For its readers, a file with a new text stays the file that it was.
+        if (isNewText && !TakeOverFrom(m_to)) TakeOverFrom(m_to + ZETReserveSuffix);
+        if (S_ISREG(m_file.status.st_mode)) SyncAttributedFile(m_file);
+        RequireSameFile();
+        if (std::rename(m_file.path.c_str(), m_to.c_str()) != 0) Refuse();
+        target.Sync();
+        if (source) source->Sync();
+    }
+
+  private:
+    /// `errno` stands for the reason.
+    [[noreturn]] void Refuse() const {
+        Fail("Failed to rename file '%s' to '%s': %m.", m_file.path.c_str(), m_to.c_str());
+    }
+
+    void Open() {
+        if (OpenFor(O_RDONLY)) return;
+        const int error = errno;
+        if (!OpenFor(O_PATH)) Refuse();
+        m_file.isPathOnly = true;
+        if (!S_ISREG(m_file.status.st_mode)) return;
+        // Who may only write the file can sync it, and give it its attributes.
+        errno = error;
+        if (error == EACCES) m_file.isPathOnly = !OpenFor(O_WRONLY);
+        if (m_file.isPathOnly && errno != EACCES) Refuse();
+    }
+
+    bool OpenFor(int access) {
+        constexpr int kFlags = O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+        Descriptor file(::open(m_file.path.c_str(), access | kFlags));
+        if (!file.IsOpen()) return false;
+        if (::fstat(file.Number(), &m_file.status) != 0) Refuse();
+        m_file.descriptor = std::move(file);
+        m_isReadable = access == O_RDONLY && S_ISREG(m_file.status.st_mode);
+        return true;
+    }
+
+    void RequirePlainFile() const {
+        if (S_ISREG(m_file.status.st_mode) && m_file.status.st_nlink == 1) return;
+        Fail("Failed to rename file '%s' to '%s': not a regular file with one name (remove the former).",
+             m_file.path.c_str(), m_to.c_str());
+    }
+
+    /// False when there is no regular file at the end of `path`.
+    bool TakeOverFrom(const std::string& path) const {
+        const std::optional<AttributedFile> former = OpenDonor(path);
+        if (!former) return false;
+        TakeOverAttributes(*former, m_file, ModeAllowedBy(*former, m_file.status.st_mode));
+        return true;
+    }
+
+    void RequireSameFile() const {
+        struct stat present;
+        if (::lstat(m_file.path.c_str(), &present) != 0) Refuse();
+        if (present.st_dev == m_file.status.st_dev && present.st_ino == m_file.status.st_ino) return;
+        Fail("Failed to rename file '%s' to '%s': the former was replaced at the same time.",
+             m_file.path.c_str(), m_to.c_str());
+    }
+
+    const std::string& m_to;
+    AttributedFile m_file;
+    bool m_isReadable = false;
+};
+
+}  // namespace
+
+void SetRenameGuard(ZETRenameGuard guard) {
+    RenameGuard() = std::move(guard);
+}
+
+void RenameFile(const std::string& from, const std::string& to) {
+    RequirePath(from, "RenameFile");
+    RequirePath(to, "RenameFile");
+    Renaming(from, to).Run();
+}
+
+}  // namespace ZET
