@@ -52,7 +52,7 @@ assert_completed() {
 
 @test "no room for the private directory" {
     commit_with mkdir ENOSPC
-    assert_not_written "$HOST/state: no directory for temporary files can be made here: No space left on device (make room, or name another directory with TMPDIR)"
+    assert_not_written "$HOST/state: no directory for temporary files can be made here: No space left on device (make room, or let ZET_VAR_LIB_DIR be a directory that can be written)"
     assert_completed
 }
 
