@@ -53,7 +53,7 @@ assert_harmless() {
     run_zet --color "$ODD" status
     assert_status 2
     assert_harmless
-    run_zet --config "$ODD" status
+    capture "$ZET_BIN/zet-client" --config "$ODD" status
     assert_status 1
     assert_harmless
     run_zet --root "$HOST/$ODD" status
@@ -155,6 +155,23 @@ $ESC[32m+x=2$ESC[0m
     assert_harmless
     run_zet --color always param set --no-markers conf x 2 -n --diff
     [[ $output == *"$ESC[32m+x=2$ESC[0m"$'\n'" odd	$ESC[31m"$'\n' ]]
+}
+
+@test "no file that is opened takes the place of a standard stream that was closed" {
+    add_target one.conf $'x\n'
+    local closed number
+    for closed in '<&-' '>&-' '2>&-' '<&- >&- 2>&-'; do
+        rm -f out/*
+        script closing <<<$'#!/bin/sh\nexec '"'$ZET_BIN/zet-client' --config '$HOST/zet.conf' -v commit-config $closed"
+        capture env ASAN_OPTIONS="detect_leaks=0:${ASAN_OPTIONS:-}" strace -qq -o "$BASE/trace" -e trace=openat closing
+        assert_status 0
+        assert_made one.conf $'x\n'
+        # The last lines are those of the command; the dynamic linker's come before it has its streams.
+        sed -n '/zet.conf"/,$p' "$BASE/trace" >"$BASE/opened"
+        grep -q 'one.conf' "$BASE/opened"
+        ! grep -E '= [012]$' "$BASE/opened" || return 1
+        grep -qE '"/dev/null", O_RDWR\) *= [0-9]' "$BASE/trace"
+    done
 }
 
 @test "a terminal gets the lines of a report and the messages in their order" {
