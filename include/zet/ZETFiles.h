@@ -10,7 +10,8 @@
 namespace ZET {
 
 /// Creates an empty file that all may read and write, as far as the process's umask lets them; an existing
-/// regular file is emptied and keeps its mode. A last link is not followed but an error.
+/// regular file is emptied and keeps its mode. A last link is not followed but an error, and so is a file with
+/// a second name.
 __attribute__((visibility("default"))) void CreateFile(const std::string& path);
 
 /// Removes the file, of a symbolic link the link; one that is not there is an error.

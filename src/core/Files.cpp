@@ -27,7 +27,9 @@ bool CreateOrEmpty(const std::string& path, Descriptor& file) {
     struct stat status;
     if (!file.IsOpen() || ::fstat(file.Number(), &status) != 0)
         Fail("Failed to create file '%s': %m.", path.c_str());
-    if (!S_ISREG(status.st_mode)) Fail("Failed to create file '%s': not a regular file.", path.c_str());
+    // By another name it may be any file of anybody.
+    if (!S_ISREG(status.st_mode) || status.st_nlink != 1)
+        Fail("Failed to create file '%s': not a regular file with one name (move it away).", path.c_str());
     if (::ftruncate(file.Number(), 0) != 0) Fail("Failed to create file '%s': %m.", path.c_str());
     return false;
 }

@@ -88,7 +88,7 @@ TEST_F(Attributes, OwnerAndGroupAreThoseOfTheReplacedFile) {
 TEST_F(Attributes, ModeIsThatOfTheNewText) {
     Own(m_target);
     Set(m_target, "user.a", "1");
-    for (const mode_t mode : {0640U, 0400U, 06755U, 0U}) {
+    for (const mode_t mode : {0640U, 0400U, 06755U, 04755U, 02755U, 01755U, 0U}) {
         WriteText(m_temporary, "new", mode);
         Rename();
         EXPECT_EQ(ModeOf(m_target), mode);
@@ -152,7 +152,7 @@ TEST_F(Attributes, AclLetsNobodyInWhileItIsTakenOver) {
     Set(m_target, kAcl, Acl(kSomeUser, 6, 7));
     WriteText(m_temporary, "new", 0600);
     SystemCalls calls;
-    calls.Fail("fchmod", EIO, 2);
+    calls.Fail("fchmod", EIO);
     MessageOf<EZETError>([&] { Rename(); });
     EXPECT_EQ(RightsIn(Get(m_temporary, kAcl), 0x10), 0);
     EXPECT_EQ(ModeOf(m_temporary), 0600U);
@@ -291,8 +291,8 @@ TEST_F(Attributes, GroupIsKeptWhereTheOwnerCannotBe) {
 TEST_F(Attributes, EveryOtherFailureIsAnErrorBeforeTheRename) {
     Own(m_target);
     Set(m_target, "user.a", "1");
-    for (const char* name :
-         {"fchown", "fsetxattr", "fremovexattr", "fchmod", "listxattr", "getxattr", "stat"}) {
+    for (const char* name : {"fchown", "fsetxattr", "fremovexattr", "fchmod", "listxattr", "getxattr",
+                             "fstat", "lstat", "open"}) {
         ASSERT_EQ(::unlink(m_temporary.c_str()), 0);
         WriteText(m_temporary, "new", 0640);
         Set(m_temporary, "user.b", "1");
@@ -336,16 +336,6 @@ TEST_F(Attributes, AttributeThatGoesMeanwhileIsNoMatter) {
     EXPECT_EQ(ReadText(m_target), "new");
 }
 
-TEST_F(Attributes, LinkInPlaceOfTheNewTextIsNotTouchedThrough) {
-    Own(m_target);
-    WriteText(m_directory / "precious", "precious", 0600);
-    ASSERT_EQ(::unlink(m_temporary.c_str()), 0);
-    ASSERT_EQ(::symlink("precious", m_temporary.c_str()), 0);
-    Rename();
-    EXPECT_EQ(StatusOf(m_directory / "precious").st_uid, 0U);
-    EXPECT_EQ(ModeOf(m_directory / "precious"), 0600U);
-}
-
 TEST_F(Attributes, LinkPutInPlaceOfTheNewTextAtTheLastMomentIsNotTouchedThrough) {
     Own(m_target);
     WriteText(m_directory / "precious", "precious", 0600);
@@ -354,10 +344,130 @@ TEST_F(Attributes, LinkPutInPlaceOfTheNewTextAtTheLastMomentIsNotTouchedThrough)
         ::unlink(m_temporary.c_str());
         ASSERT_EQ(::symlink("precious", m_temporary.c_str()), 0);
     });
-    EXPECT_EQ(MessageOf<EZETError>([&] { Rename(); }),
-              "Failed to open file '" + m_temporary + "': Too many levels of symbolic links.");
+    EXPECT_THAT(MessageOf<EZETError>([&] { Rename(); }), HasSubstr("was replaced at the same time"));
     EXPECT_EQ(StatusOf(m_directory / "precious").st_uid, 0U);
+    EXPECT_EQ(ModeOf(m_directory / "precious"), 0600U);
     EXPECT_EQ(ReadText(m_target), "old");
+}
+
+TEST_F(Attributes, OwnerComesBeforeTheBitsThatGiveHisRights) {
+    Own(m_target);
+    WriteText(m_temporary, "new", 06755);
+    SystemCalls calls;
+    Rename();
+    EXPECT_THAT(calls.Calls({"fchmod", "fchown"}),
+                ElementsAre("fchmod target.tmp 0600", "fchown target.tmp", "fchmod target.tmp 6755"));
+}
+
+TEST_F(Attributes, RightsOfAnOwnerWhoCouldNotBeGivenAreLeftOut) {
+    Own(m_target);
+    for (const int failures : {1, 2}) {
+        WriteText(m_temporary, "new", 06755);
+        Own(m_target);
+        SystemCalls calls;
+        calls.Fail("fchown", EPERM, 1, failures == 1);
+        LogOfRename();
+        EXPECT_EQ(ModeOf(m_target), 0755U) << failures;
+    }
+}
+
+TEST_F(Attributes, RightsAreNotTakenFromAFileThatSomebodyElseMayHaveChosen) {
+    WriteText(m_directory / "real", "real");
+    const std::vector<std::function<int()>> ways = {
+        [&] { return ::symlink("real", m_target.c_str()); },
+        [&] { return ::link((m_directory / "real").c_str(), m_target.c_str()); },
+    };
+    for (const auto& lead : ways) {
+        for (const mode_t mode : {04755U, 02755U}) {
+            for (const bool isOthers : {false, true}) {
+                ASSERT_EQ(::unlink(m_target.c_str()), 0);
+                ASSERT_EQ(lead(), 0);
+                WriteText(m_temporary, "new", mode);
+                if (isOthers) Own(m_directory / "real");
+                Rename();
+                EXPECT_EQ(ModeOf(m_target), 0755U);
+                EXPECT_EQ(StatusOf(m_target).st_uid, StatusOf(m_directory / "real").st_uid);
+            }
+        }
+    }
+}
+
+TEST_F(Attributes, RefusedModeIsAWarningAndTheFileStaysAsItIs) {
+    Own(m_target);
+    Set(m_target, "user.a", "1");
+    for (const int error : {EPERM, ENOTSUP}) {
+        SystemCalls calls;
+        calls.Fail("fchmod", error);
+        EXPECT_THAT(LogOfRename(), HasSubstr(Kept("the attributes")));
+        EXPECT_THAT(calls.Calls({"fsetxattr", "fchown"}), ElementsAre());
+        EXPECT_EQ(ModeOf(m_target), 0640U);
+        EXPECT_EQ(ReadText(m_target), "new");
+        WriteText(m_temporary, "new", 0640);
+        Own(m_target);
+    }
+}
+
+TEST_F(Attributes, ModeThatIsNotComeBackIsAnErrorBeforeTheRename) {
+    Own(m_target);
+    SystemCalls calls;
+    calls.Fail("fchmod", EPERM, 2);
+    EXPECT_EQ(MessageOf<EZETError>([&] { Rename(); }),
+              "Failed to set the mode of file '" + m_temporary + "': Operation not permitted.");
+    EXPECT_EQ(ReadText(m_target), "old");
+}
+
+TEST_F(Attributes, TheyAreThoseOfTheFileThatWasOpened) {
+    Own(m_target);
+    SystemCalls calls;
+    calls.Before("listxattr", [&] {
+        WriteText(m_directory / "other", "other");
+        Set(m_directory / "other", "user.other", "1");
+        ASSERT_EQ(::rename((m_directory / "other").c_str(), m_target.c_str()), 0);
+    });
+    Rename();
+    EXPECT_EQ(StatusOf(m_target).st_uid, kSomeUser);
+    EXPECT_EQ(Get(m_target, "user.other"), "-");
+}
+
+TEST_F(Attributes, PipeInPlaceOfTheTargetIsReplacedAtOnce) {
+    ASSERT_EQ(::unlink(m_target.c_str()), 0);
+    ASSERT_EQ(::mkfifo(m_target.c_str(), 0600), 0);
+    Rename();
+    EXPECT_EQ(ReadText(m_target), "new");
+}
+
+TEST_F(Attributes, OwnerOfAFileThatMayOnlyBeWrittenGetsThem) {
+    Own(m_directory.Path());
+    Own(m_target);
+    Set(m_target, kAcl, Acl(kSomeUser, 6, 6));
+    WriteText(m_temporary, "new", 0200);
+    Own(m_temporary);
+    EXPECT_EXIT(
+        {
+            BecomeSomeUser();
+            Rename();
+            std::_Exit(0);
+        },
+        testing::ExitedWithCode(0), "^$");
+    EXPECT_NE(Get(m_target, kAcl), "-");
+    EXPECT_EQ(ModeOf(m_target), 0200U);
+}
+
+TEST_F(Attributes, FileThatItsOwnerMayNotOpenIsRenamedWithAWarning) {
+    Own(m_directory.Path());
+    Own(m_target);
+    Set(m_target, kAcl, Acl(kSomeUser, 6, 6));
+    WriteText(m_temporary, "new", 0);
+    Own(m_temporary);
+    EXPECT_EXIT(
+        {
+            BecomeSomeUser();
+            Rename();
+            std::_Exit(0);
+        },
+        testing::ExitedWithCode(0), "Failed to keep the attributes of file .*Permission denied");
+    EXPECT_EQ(ReadText(m_target), "new");
+    EXPECT_EQ(ModeOf(m_target), 0U);
 }
 
 TEST_F(Attributes, OrdinaryUserIsWarnedAndGetsTheFile) {
@@ -413,13 +523,35 @@ TEST_F(Attributes, CopyThatCannotHaveThemIsWhollyMadeOrNotAtAll) {
         calls.Fail("fchown", EIO);
         MessageOf<EZETError>([&] { CopyFile(m_target, m_reserve); });
         EXPECT_FALSE(Exists(m_reserve));
-        EXPECT_FALSE(Exists(m_reserve + ".tmp"));
+        EXPECT_THAT(m_directory.Names(), ElementsAre("target", "target.tmp"));
     }
     SystemCalls calls;
     calls.Fail("fchown", EPERM);
     EXPECT_THAT(LoggedBy([&] { CopyFile(m_target, m_reserve); }),
                 HasSubstr("warning: Failed to keep the owner"));
     EXPECT_EQ(ReadText(m_reserve), "old");
+}
+
+TEST_F(Attributes, CopyNeverGivesTheRightsOfAnotherOwner) {
+    WriteText(m_target, "old", 06755);
+    Own(m_target);
+    ASSERT_EQ(::chmod(m_target.c_str(), 06755), 0);
+    {
+        SystemCalls calls;
+        calls.BeforeEach([&] {
+            for (const std::string& name : m_directory.Names()) {
+                const struct stat status = StatusOf(m_directory / name);
+                EXPECT_TRUE((status.st_mode & 06000) == 0 || status.st_uid == kSomeUser) << name;
+            }
+        });
+        CopyFile(m_target, m_reserve);
+        EXPECT_GT(calls.Count("fchmod"), 0);
+    }
+    EXPECT_EQ(ModeOf(m_reserve), 06755U);
+    SystemCalls calls;
+    calls.Fail("fchown", EPERM);
+    LoggedBy([&] { CopyFile(m_target, m_reserve); });
+    EXPECT_EQ(ModeOf(m_reserve), 0755U);
 }
 
 }  // namespace

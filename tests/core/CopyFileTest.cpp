@@ -1,6 +1,10 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <filesystem>
+#include <set>
+
 #include "Support.h"
 #include "SystemCalls.h"
 #include "zet/ZETFiles.h"
@@ -25,7 +29,6 @@ class CopyFile : public testing::Test {
     TemporaryDirectory m_directory;
     const std::string m_from = m_directory / "from";
     const std::string m_to = m_directory / "to";
-    const std::string m_temporary = m_to + ".tmp";
 };
 
 TEST_F(CopyFile, CopyHasTheSameBytesAndMode) {
@@ -114,30 +117,51 @@ TEST_F(CopyFile, MissingTargetDirectoryIsAnError) {
               "Failed to open directory '" + m_directory / "none" + "': No such file or directory.");
 }
 
-TEST_F(CopyFile, LeftOverTemporaryFileIsReplaced) {
-    WriteText(m_from, "text", 0600);
-    WriteText(m_temporary, "left over and readable", 0666);
+TEST_F(CopyFile, FileNamedAsATemporaryOneIsLeftAlone) {
+    WriteText(m_from, "text");
+    WriteText(m_to + ".tmp", "somebody's");
     Copy();
-    EXPECT_THAT(m_directory.Names(), ElementsAre("from", "to"));
-    EXPECT_EQ(ReadText(m_to), "text");
-    EXPECT_EQ(ModeOf(m_to), 0600U);
+    EXPECT_THAT(m_directory.Names(), ElementsAre("from", "to", "to.tmp"));
+    EXPECT_EQ(ReadText(m_to + ".tmp"), "somebody's");
 }
 
-TEST_F(CopyFile, OtherThingInPlaceOfTheTemporaryFileIsLeftAlone) {
+TEST_F(CopyFile, CopyHasANameOfItsOwnOnTheWay) {
     WriteText(m_from, "text");
-    WriteText(m_directory / "precious", "precious");
-    const std::string reason = "'" + m_temporary + "': File exists";
-    ASSERT_EQ(::symlink("precious", m_temporary.c_str()), 0);
-    EXPECT_EQ(Refusal(), Failure(reason));
-    ASSERT_EQ(::unlink(m_temporary.c_str()), 0);
-    ASSERT_EQ(::link((m_directory / "precious").c_str(), m_temporary.c_str()), 0);
-    EXPECT_EQ(Refusal(), Failure(reason));
-    ASSERT_EQ(::unlink(m_temporary.c_str()), 0);
-    ASSERT_EQ(::mkfifo(m_temporary.c_str(), 0600), 0);
-    EXPECT_EQ(Refusal(), Failure(reason));
-    EXPECT_EQ(ReadText(m_directory / "precious"), "precious");
-    EXPECT_TRUE(S_ISFIFO(StatusOf(m_temporary).st_mode));
-    EXPECT_FALSE(Exists(m_to));
+    std::set<std::string> names;
+    for (int i = 0; i < 2; i++) {
+        SystemCalls calls;
+        calls.Before("rename", [&] {
+            for (const std::string& name : m_directory.Names())
+                if (IsCopyOf(name, "to") && IsCopyOf(m_directory / name, m_to)) names.insert(name);
+        });
+        Copy();
+    }
+    EXPECT_EQ(names.size(), 2U);
+}
+
+TEST_F(CopyFile, LongestNameHasACopyToo) {
+    WriteText(m_from, "text");
+    for (const std::size_t size : {243U, 244U, 245U, 255U}) {
+        const std::string to(size, 'x');
+        std::string copy;
+        SystemCalls calls;
+        calls.Before("rename", [&] {
+            for (const std::string& name : m_directory.Names())
+                if (IsCopyOf(name, to)) copy = name;
+        });
+        ZET::CopyFile(m_from, m_directory / to);
+        EXPECT_EQ(ReadText(m_directory / to), "text");
+        EXPECT_EQ(copy.size(), std::min<std::size_t>(size + 11, 255));
+    }
+}
+
+TEST_F(CopyFile, NameOfACopyIsKnown) {
+    EXPECT_TRUE(IsCopyOf("to.aZ09bc.tmp", "to"));
+    EXPECT_TRUE(IsCopyOf("/a/to.before_zet.abcdef.tmp", "/a/to.before_zet"));
+    for (const char* name : {"to", "to.tmp", "to..tmp", "to.abcde.tmp", "to.abcdefg.tmp", "to.abcde-.tmp",
+                             "to.abcdef.tmx", "toabcdef..tmp", "To.abcdef.tmp", "to.abcdef.tmp ", ""})
+        EXPECT_FALSE(IsCopyOf(name, "to")) << name;
+    EXPECT_FALSE(IsCopyOf("/a/to.abcdef.tmp", "/b/to"));
 }
 
 TEST_F(CopyFile, BytesAreDurableBeforeTheNameAndTheNameBeforeTheReturn) {
@@ -146,7 +170,7 @@ TEST_F(CopyFile, BytesAreDurableBeforeTheNameAndTheNameBeforeTheReturn) {
     Copy();
     const std::string directory = m_directory.Path().substr(m_directory.Path().rfind('/') + 1);
     EXPECT_THAT(calls.Calls({"fsync", "rename"}),
-                ElementsAre("fsync to.tmp", "rename to.tmp to", "fsync " + directory));
+                ElementsAre("fsync to.XXXXXX.tmp", "rename to.XXXXXX.tmp to", "fsync " + directory));
 }
 
 TEST_F(CopyFile, CopyIsClosedToOthersUntilItIsComplete) {
@@ -155,7 +179,10 @@ TEST_F(CopyFile, CopyIsClosedToOthersUntilItIsComplete) {
     calls.Fail("fchmod", EIO);
     calls.Fail("unlink", EIO);
     Refusal();
-    EXPECT_EQ(ModeOf(m_temporary), 0600U);
+    const std::vector<std::string> names = m_directory.Names();
+    ASSERT_EQ(names.size(), 2U);
+    EXPECT_TRUE(IsCopyOf(names[1], "to")) << names[1];
+    EXPECT_EQ(ModeOf(m_directory / names[1]), 0600U);
 }
 
 TEST_F(CopyFile, EveryFailureLeavesTheFormerTargetAndNothingElse) {
@@ -183,12 +210,12 @@ TEST_F(CopyFile, FullFileSystemIsAnErrorAndLeavesNothing) {
     WriteText(mount + "/to", "old");
     const std::string message = MessageOf<EZETError>([&] { ZET::CopyFile(m_from, mount + "/to"); });
     const std::string text = ReadText(mount + "/to");
-    const bool isLeft = Exists(mount + "/to.tmp");
+    const auto count = std::distance(std::filesystem::directory_iterator(mount), {});
     ASSERT_EQ(::umount(mount.c_str()), 0);
     EXPECT_EQ(message,
               "Failed to copy file '" + m_from + "' to '" + mount + "/to': No space left on device.");
     EXPECT_EQ(text, "old");
-    EXPECT_FALSE(isLeft);
+    EXPECT_EQ(count, 1) << "something is left";
 }
 
 TEST_F(CopyFile, OtherFileSystemIsReached) {

@@ -65,7 +65,15 @@ TEST_F(Files, CreateOverAPipeIsAnErrorAtOnce) {
 
 TEST_F(Files, CreateOverADeviceIsAnError) {
     ASSERT_EQ(MessageOf<EZETError>([&] { CreateFile("/dev/null"); }),
-              "Failed to create file '/dev/null': not a regular file.");
+              "Failed to create file '/dev/null': not a regular file with one name (move it away).");
+}
+
+TEST_F(Files, CreateDoesNotEmptyAFileThatHasASecondName) {
+    WriteText(m_directory / "precious", "text");
+    ASSERT_EQ(::link((m_directory / "precious").c_str(), m_path.c_str()), 0);
+    EXPECT_EQ(MessageOf<EZETError>([&] { CreateFile(m_path); }),
+              "Failed to create file '" + m_path + "': not a regular file with one name (move it away).");
+    EXPECT_EQ(ReadText(m_directory / "precious"), "text");
 }
 
 TEST_F(Files, CreateThatCannotEmptyTheFileIsAnError) {
@@ -82,6 +90,16 @@ TEST_F(Files, CreateThatCannotBeMadeDurableLeavesNoNewFile) {
         calls.Fail("fsync", EIO, turn);
         MessageOf<EZETError>([&] { CreateFile(m_path); });
         EXPECT_FALSE(Exists(m_path)) << turn;
+    }
+}
+
+TEST_F(Files, CreateThatCannotBeMadeDurableLeavesTheNameOfAFileThatWasThere) {
+    for (const int turn : {1, 2}) {
+        WriteText(m_path, "text");
+        SystemCalls calls;
+        calls.Fail("fsync", EIO, turn);
+        MessageOf<EZETError>([&] { CreateFile(m_path); });
+        EXPECT_TRUE(Exists(m_path)) << turn;
     }
 }
 
@@ -146,12 +164,20 @@ TEST_F(Files, PathThroughAMissingDirectoryOrAFileDoesNotExist) {
     EXPECT_FALSE(IsFileExist(m_path + "/below"));
 }
 
+TEST_F(Files, NameThatIsTooLongDoesNotExist) {
+    EXPECT_FALSE(IsFileExist(m_directory / std::string(256, 'x')));
+    EXPECT_FALSE(IsFileExist(m_directory / std::string(5000, 'x')));
+    std::string deep = m_directory.Path();
+    for (int i = 0; i < 2500; i++)
+        deep += "/.";
+    EXPECT_FALSE(IsFileExist(deep + "/file"));
+}
+
 TEST_F(Files, NotBeingAbleToTellIsAnError) {
-    const std::string longName = m_directory / std::string(300, 'x');
-    EXPECT_EQ(MessageOf<EZETError>([&] { IsFileExist(longName); }),
-              "Failed to check file '" + longName + "': File name too long.");
     ASSERT_EQ(::symlink("loop", (m_directory / "loop").c_str()), 0);
-    MessageOf<EZETError>([&] { IsFileExist(m_directory / "loop/file"); });
+    const std::string path = m_directory / "loop/file";
+    EXPECT_EQ(MessageOf<EZETError>([&] { IsFileExist(path); }),
+              "Failed to check file '" + path + "': Too many levels of symbolic links.");
 }
 
 TEST_F(Files, NotBeingAllowedToTellIsAnError) {

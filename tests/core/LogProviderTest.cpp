@@ -28,11 +28,11 @@ void KeepRecord(int priority, const char* format, std::va_list arguments) {
 
 extern "C" {
 
-void openlog(const char* identity, int /*options*/, int /*facility*/) noexcept {
+void openlog(const char* identity, int /*options*/, int /*facility*/) {
     systemLog.push_back(std::string("open ") + identity);
 }
 
-void closelog() noexcept {
+void closelog() {
     systemLog.push_back("close");
 }
 
@@ -58,6 +58,7 @@ class LogProvider : public testing::Test {
   protected:
     ~LogProvider() override {
         SetLogObserver({});
+        SetLogWording({});
         ConfigureLog(ZETLogTarget::StandardError, ZETLogWarning, "zet");
     }
 
@@ -103,6 +104,25 @@ TEST_F(LogProvider, ObserverSeesWhatIsShown) {
     m_log.Put(ZETLogNotice, 1, "nobody sees this");
     EXPECT_THAT(seen, testing::ElementsAre(testing::StartsWith("0 bro"), "1 odd", "2 fine"));
     EXPECT_THAT(seen.front(), testing::Not(testing::HasSubstr("\n")));
+}
+
+TEST_F(LogProvider, WordingIsPutBeforeTheRecordIsMadePrintableObservedAndWritten) {
+    std::vector<std::string> seen;
+    SetLogObserver([&](ZETLogLevel, const std::string& text) { seen.push_back(text); });
+    SetLogWording([](const std::string& text) { return "/etc/x\n" + text.substr(text.find(':')); });
+    EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogError, 2, "%s: %m", "././x\n"); }),
+              "zet: error: /etc/x\\n: Success\n");
+    SetLogWording({});
+    EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogError, 1, "././x"); }), "zet: error: ././x\n");
+    EXPECT_THAT(seen, testing::ElementsAre("/etc/x\\n: Success", "././x"));
+}
+
+TEST_F(LogProvider, WordingIsNotAskedForARecordThatIsNotShown) {
+    SetLogWording([](const std::string& text) {
+        ADD_FAILURE() << text;
+        return text;
+    });
+    m_log.Put(ZETLogNotice, 1, "not shown");
 }
 
 TEST_F(LogProvider, SingleTextIsWrittenAsItStands) {

@@ -1,4 +1,8 @@
+#include <fcntl.h>
 #include <unistd.h>
+
+#include <algorithm>
+#include <fstream>
 
 #include "Support.h"
 #include "SystemCalls.h"
@@ -16,6 +20,42 @@ class RenameFile : public testing::Test {
 
     std::string Refusal() {
         return MessageOf<EZETError>([&] { Rename(); });
+    }
+
+    std::string ReplacedMeanwhile() {
+        return "Failed to rename file '" + m_from + "' to '" + m_to +
+               "': the former was replaced at the same time.";
+    }
+
+    /// What an ordinary user calls to rename a file of his with this mode; root's test only.
+    std::string CallsOfOrdinaryUser(mode_t mode) {
+        if (!IsRoot()) return "fsync from\nrename from to\nfsync sync \nrename from to\nfsync ";
+        WriteText(m_from, "new", mode);
+        EXPECT_EQ(::chown(m_from.c_str(), kSomeUser, kSomeGroup), 0);
+        EXPECT_EQ(::chown(m_directory.Path().c_str(), kSomeUser, kSomeGroup), 0);
+        const std::string list = m_directory.Path() + ".calls";
+        WriteText(list, "", 0666);
+        EXPECT_EXIT(
+            {
+                BecomeSomeUser();
+                SystemCalls calls;
+                Rename();
+                std::ofstream stream(list);
+                for (const std::string& call : calls.Calls({"fsync", "sync", "rename"}))
+                    stream << call << "\n";
+                stream.close();
+                std::_Exit(0);
+            },
+            testing::ExitedWithCode(0), "");
+        const std::string text = ReadText(list);
+        ::unlink(list.c_str());
+        return text;
+    }
+
+    /// Puts a file of other bytes and mode in place of `path`, as one who may write the directory can.
+    void Swap(const std::string& path) {
+        WriteText(m_directory / "other", "evil", 0640);
+        ASSERT_EQ(::rename((m_directory / "other").c_str(), path.c_str()), 0);
     }
 
     TemporaryDirectory m_directory;
@@ -157,29 +197,40 @@ TEST_F(RenameFile, FailedRenameIsAnErrorAndChangesNothing) {
     EXPECT_EQ(ReadText(m_to), "old");
 }
 
-TEST_F(RenameFile, FileThatMayNotBeReadIsSyncedWithEverythingElse) {
-    WriteText(m_from, "new");
-    SystemCalls calls;
-    calls.Fail("open", EACCES);
-    Rename();
-    EXPECT_EQ(ReadText(m_to), "new");
-    EXPECT_THAT(calls.Calls({"sync", "rename"}), ElementsAre("sync ", "rename from to", "sync "));
+TEST_F(RenameFile, FileThatMayOnlyBeWrittenIsSyncedItself) {
+    const auto calls = CallsOfOrdinaryUser(0200);
+    EXPECT_THAT(calls, testing::HasSubstr("fsync from\nrename from to\nfsync "));
+}
+
+TEST_F(RenameFile, FileThatMayNotBeOpenedIsSyncedWithEverythingElse) {
+    EXPECT_THAT(CallsOfOrdinaryUser(0), testing::HasSubstr("sync \nrename from to\nfsync "));
 }
 
 TEST_F(RenameFile, FileThatCannotBeOpenedIsAnErrorBeforeTheRename) {
     WriteText(m_from, "new");
-    SystemCalls calls;
-    calls.Fail("open", EMFILE, 2);
-    EXPECT_EQ(Refusal(), "Failed to sync file '" + m_from + "': Too many open files.");
-    EXPECT_EQ(calls.Count("rename"), 0);
+    for (const int turn : {1, 2}) {
+        SystemCalls calls;
+        calls.Fail("open", EMFILE, turn);
+        EXPECT_THAT(Refusal(), testing::EndsWith("': Too many open files.")) << turn;
+        EXPECT_EQ(calls.Count("rename"), 0) << turn;
+    }
 }
 
 TEST_F(RenameFile, NoDescriptorIsLeftOpen) {
+    const auto isOpen = [](int number) { return ::fcntl(number, F_GETFD) >= 0; };
+    std::vector<int> before, after;
+    for (int i = 0; i < 100; i++)
+        if (isOpen(i)) before.push_back(i);
     WriteText(m_from, "new");
-    SystemCalls calls;
     Rename();
-    MessageOf<EZETError>([&] { Rename(); });
-    EXPECT_EQ(calls.Count("open"), calls.Count("close"));
+    Refusal();
+    WriteText(m_to + ".tmp", "new", 0604);
+    ZET::RenameFile(m_to + ".tmp", m_to);
+    ASSERT_EQ(::mkfifo(m_from.c_str(), 0600), 0);
+    Rename();
+    for (int i = 0; i < 100; i++)
+        if (isOpen(i)) after.push_back(i);
+    EXPECT_EQ(after, before);
 }
 
 TEST_F(RenameFile, GuardSeesBothFilesAsTheyWere) {
@@ -195,6 +246,33 @@ TEST_F(RenameFile, GuardSeesBothFilesAsTheyWere) {
     SetRenameGuard(nullptr);
 }
 
+TEST_F(RenameFile, GuardReadsTheFileThatGetsTheNameFromItsStart) {
+    WriteText(m_from, "new");
+    std::string seen;
+    SetRenameGuard([&](const ZETRename& rename) {
+        Swap(rename.from);
+        char bytes[16];
+        const ssize_t size = ::read(rename.descriptor, bytes, sizeof bytes);
+        seen.assign(bytes, static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    });
+    EXPECT_EQ(Refusal(), ReplacedMeanwhile());
+    SetRenameGuard(nullptr);
+    EXPECT_EQ(seen, "new");
+}
+
+TEST_F(RenameFile, GuardGetsNoDescriptorOfWhatIsNoRegularFile) {
+    int seen = 0;
+    SetRenameGuard([&](const ZETRename& rename) { seen = rename.descriptor; });
+    ASSERT_EQ(::symlink("nowhere", m_from.c_str()), 0);
+    Rename();
+    EXPECT_EQ(seen, -1);
+    ASSERT_EQ(::mkfifo(m_from.c_str(), 0600), 0);
+    seen = 0;
+    Rename();
+    EXPECT_EQ(seen, -1);
+    SetRenameGuard(nullptr);
+}
+
 TEST_F(RenameFile, GuardKeepsARenameFromBeingMade) {
     WriteText(m_from, "new");
     WriteText(m_to, "old");
@@ -206,6 +284,56 @@ TEST_F(RenameFile, GuardKeepsARenameFromBeingMade) {
     SetRenameGuard(nullptr);
     Rename();
     EXPECT_EQ(ReadText(m_to), "new");
+}
+
+TEST_F(RenameFile, WhatIsPutInPlaceMeanwhileGetsNeitherNameNorMode) {
+    for (const char* call : {"fsync", "lstat"}) {
+        for (const std::string& from : {m_from, m_to + ".tmp"}) {
+            WriteText(from, "new", 0604);
+            WriteText(m_to, "old", 0600);
+            SystemCalls calls;
+            calls.Before(call, [&] { Swap(from); });
+            EXPECT_THAT(MessageOf<EZETError>([&] { ZET::RenameFile(from, m_to); }),
+                        testing::EndsWith("': the former was replaced at the same time."))
+                << call;
+            EXPECT_EQ(calls.Count("rename"), 1) << "only the swap";
+            EXPECT_EQ(ReadText(m_to), "old");
+            EXPECT_EQ(ModeOf(m_to), 0600U);
+            EXPECT_EQ(ReadText(from), "evil");
+            EXPECT_EQ(ModeOf(from), 0640U);
+        }
+    }
+}
+
+TEST_F(RenameFile, NameThatIsTakenAwayMeanwhileIsAnError) {
+    WriteText(m_from, "new");
+    SetRenameGuard([&](const ZETRename& rename) { ::unlink(rename.from.c_str()); });
+    EXPECT_EQ(Refusal(),
+              "Failed to rename file '" + m_from + "' to '" + m_to + "': No such file or directory.");
+    SetRenameGuard(nullptr);
+}
+
+TEST_F(RenameFile, NewTextIsARegularFileWithOneName) {
+    const std::string text = m_to + ".tmp";
+    const std::string refusal = "Failed to rename file '" + text + "' to '" + m_to +
+                                "': not a regular file with one name (remove the former).";
+    WriteText(m_to, "old");
+    WriteText(m_directory / "precious", "precious", 0640);
+    const std::vector<std::function<int()>> kinds = {
+        [&] { return ::link((m_directory / "precious").c_str(), text.c_str()); },
+        [&] { return ::symlink("precious", text.c_str()); },
+        [&] { return ::mkfifo(text.c_str(), 0600); },
+        [&] { return ::mkdir(text.c_str(), 0700); },
+    };
+    for (const auto& make : kinds) {
+        ASSERT_EQ(make(), 0);
+        SetRenameGuard([](const ZETRename&) { ADD_FAILURE() << "there is nothing to judge"; });
+        EXPECT_EQ(MessageOf<EZETError>([&] { ZET::RenameFile(text, m_to); }), refusal);
+        SetRenameGuard(nullptr);
+        EXPECT_EQ(ReadText(m_to), "old");
+        EXPECT_EQ(ModeOf(m_directory / "precious"), 0640U);
+        ASSERT_EQ(::remove(text.c_str()), 0);
+    }
 }
 
 }  // namespace

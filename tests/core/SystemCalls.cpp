@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <regex>
 #include <utility>
 
 namespace ZET::Test {
@@ -21,7 +22,8 @@ namespace {
 SystemCalls* watcher = nullptr;
 
 std::string LastComponent(const std::string& path) {
-    return path.substr(path.rfind('/') + 1);
+    static const std::regex copy("\\.[A-Za-z0-9]{6}\\.tmp$");
+    return std::regex_replace(path.substr(path.rfind('/') + 1), copy, ".XXXXXX.tmp");
 }
 
 std::string PathOf(int descriptor) {
@@ -58,6 +60,10 @@ void SystemCalls::Before(const std::string& name, std::function<void()> action) 
     m_actions[name] = std::move(action);
 }
 
+void SystemCalls::BeforeEach(std::function<void()> action) {
+    m_eachAction = std::move(action);
+}
+
 void SystemCalls::Shorten(const std::string& name, std::size_t size) {
     m_limits[name] = size;
 }
@@ -77,6 +83,12 @@ int SystemCalls::Count(const std::string& name) const {
 bool SystemCalls::Take(const std::string& name, const std::string& path) {
     m_counts[name]++;
     m_calls.push_back(name + " " + path);
+    if (const auto each = m_eachAction) {
+        // It may make calls of its own.
+        m_eachAction = nullptr;
+        each();
+        m_eachAction = each;
+    }
     if (const auto action = m_actions.extract(name)) action.mapped()();
     const auto found = m_failures.find(name);
     if (found == m_failures.end() || --found->second.turn > 0) return false;
@@ -156,6 +168,16 @@ ssize_t getxattr(const char* path, const char* name, void* value, size_t size) n
     return Original(&getxattr, "getxattr")(path, name, value, size);
 }
 
+ssize_t flistxattr(int descriptor, char* list, size_t size) noexcept {
+    if (IsToFail("listxattr", PathOf(descriptor))) return -1;
+    return Original(&flistxattr, "flistxattr")(descriptor, list, size);
+}
+
+ssize_t fgetxattr(int descriptor, const char* name, void* value, size_t size) noexcept {
+    if (IsToFail("getxattr", PathOf(descriptor) + " " + name)) return -1;
+    return Original(&fgetxattr, "fgetxattr")(descriptor, name, value, size);
+}
+
 ssize_t copy_file_range(int from, off_t* fromOffset, int to, off_t* toOffset, size_t size, unsigned flags) {
     if (IsToFail("copy_file_range", PathOf(to))) return -1;
     if (watcher != nullptr) size = watcher->Limit("copy_file_range", size);
@@ -204,6 +226,11 @@ int open(const char* path, int flags, ...) {
     }
     if (IsToFail("open", LastComponent(path))) return -1;
     return Original(&open, "open")(path, flags, mode);
+}
+
+int mkostemps(char* path, int suffixSize, int flags) {
+    if (IsToFail("open", LastComponent(path))) return -1;
+    return Original(&mkostemps, "mkostemps")(path, suffixSize, flags);
 }
 
 int close(int descriptor) {

@@ -23,13 +23,18 @@ class SystemCalls {
     /// unless `once`.
     void Fail(const std::string& name, int error, int turn = 1, bool once = false);
 
+    /// Runs `action` just before each call from now on.
+    void BeforeEach(std::function<void()> action);
+
     /// Runs `action` just before the next call of that name.
     void Before(const std::string& name, std::function<void()> action);
 
     /// The calls of that name are cut to this many bytes.
     void Shorten(const std::string& name, std::size_t size);
 
-    /// The calls so far of these names, each as "name path" with the last component of the path only.
+    /// The calls so far of these names, each as "name path" with the last component of the path only; the six
+    /// letters of a copy's name are "XXXXXX". Calls for attributes have the name of the one by path, and what
+    /// makes a copy is an "open".
     std::vector<std::string> Calls(const std::set<std::string>& names) const;
 
     /// How many calls of that name there were.
@@ -50,6 +55,7 @@ class SystemCalls {
     std::map<std::string, int> m_counts;
     std::map<std::string, Failure> m_failures;
     std::map<std::string, std::function<void()>> m_actions;
+    std::function<void()> m_eachAction;
     std::map<std::string, std::size_t> m_limits;
 };
 
