@@ -48,6 +48,7 @@ class Host:
         shutil.rmtree(self.root, ignore_errors=True)
         for directory in ("etc", "templates", "state", "files", "tmp"):
             os.makedirs(f"{self.root}/{directory}")
+        os.mkdir(f"{self.root}/run", 0o700)
         self.configure("example.org")
         targets = ""
         for name, roles in (("old.conf", "both"), ("new.conf", "server"), ("checked.conf", "client")):

@@ -45,7 +45,7 @@ class Runner:
         self._streams = [os.open(f"{base}/{name}", os.O_RDWR | os.O_CREAT | os.O_APPEND | os.O_CLOEXEC)
                          for name in ("output", "errors")]
         self._environment = {"PATH": "/usr/bin:/bin", "LC_ALL": "C", "TZ": "UTC",
-                             "TMPDIR": base + "/host/tmp"}
+                             "TMPDIR": base + "/host/tmp", "XDG_RUNTIME_DIR": base + "/host/run"}
 
     def environment(self, fault):
         added = {}
