@@ -56,6 +56,13 @@ zet() {
     env --default-signal=INT,QUIT "${PROGRAM:-$ZET_BIN/zet-client}" --config "$HOST/zet.conf" "$@"
 }
 
+# Below strace, which uses what it needs itself, the sanitizers cannot look for leaks.
+export WITHOUT_LEAK_SEARCH=detect_leaks=0:${ASAN_OPTIONS:-}
+
+strace() {
+    ASAN_OPTIONS=$WITHOUT_LEAK_SEARCH command strace "$@"
+}
+
 # with_end FILE: its text, whatever line feeds are at the end, with a "." added.
 with_end() {
     cat "$1" && printf .

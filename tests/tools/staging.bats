@@ -29,7 +29,7 @@ assert_staged_in() {
 
 # commit_with CALL ERROR: a commit whose calls of that kind all fail.
 commit_with() {
-    capture env ASAN_OPTIONS="detect_leaks=0:${ASAN_OPTIONS:-}" strace -f -qq -o "$BASE/trace" \
+    capture strace -f -qq -o "$BASE/trace" \
         -e "trace=$1" -e "inject=$1:error=$2" "$ZET_BIN/zet-client" --config zet.conf commit-config
 }
 
@@ -97,7 +97,7 @@ commit_with() {
 }
 
 @test "a look whose texts cannot be removed fails, too, and says so in the document" {
-    capture env ASAN_OPTIONS="detect_leaks=0:${ASAN_OPTIONS:-}" strace -f -qq -o "$BASE/trace" \
+    capture strace -f -qq -o "$BASE/trace" \
         -e trace=unlinkat -e inject=unlinkat:error=EIO "$ZET_BIN/zet-client" --config zet.conf --json commit-config -n
     assert_status 1
     assert_json 'd["exit_status"], len(d["errors"]), "could not be removed" in d["errors"][0]' '[1, 1, true]'
@@ -150,7 +150,7 @@ open(sys.argv[3]).read()' "$XDG_RUNTIME_DIR/zet-staging.abcdef/lock" "$BASE/held
     assert_status 0
     rm out/*
     # The third call is the one that locks; the others are about descriptors.
-    capture env ASAN_OPTIONS="detect_leaks=0:${ASAN_OPTIONS:-}" strace -f -qq -o "$BASE/trace" \
+    capture strace -f -qq -o "$BASE/trace" \
         -e trace=fcntl -e inject=fcntl:error=ENOLCK:when=3 "$ZET_BIN/zet-client" --config zet.conf commit-config -n
     grep -q 'F_OFD_SETLK.*INJECTED' "$BASE/trace"
     assert_refusal 1 "$TMPDIR: no directory for temporary files can be made here: No locks available (make room, or name another directory with TMPDIR)"
