@@ -137,7 +137,13 @@ refused() {
     exec 4<>"$BASE/report"
     zet commit-config -n --diff >"$BASE/report" 2>"$BASE/stderr" 3>&- 4>&- &
     local shell=$! command
-    sleep 2
+    # Until it waits for room.
+    python3 -c 'import array, fcntl, termios, time
+held = array.array("i", [0])
+while held[0] < 60000:
+    time.sleep(0.05)
+    fcntl.ioctl(4, termios.FIONREAD, held)
+time.sleep(0.5)'
     command=$(pgrep -P "$shell" zet-client || echo "$shell")
     kill -TERM "$command"
     timeout 10 tail --pid="$command" -f /dev/null
