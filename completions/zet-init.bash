@@ -39,8 +39,8 @@ _zet() {
             words='commit-config check-config rollback-config status values template param line file option
                 explain doctor'
             ;;
-        commit-config) options+=' --set' words=$(_zet_templates) ;;
-        check-config) words=$(_zet_templates) ;;
+        commit-config) options+=' --set --run-checks' words=$(_zet_templates) ;;
+        check-config) options+=' --run-checks --no-checks' words=$(_zet_templates) ;;
         rollback-config) options+=' --force' files=-f ;;
         template) words='install process' ;;
         param | line) words='get set restore' ;;

@@ -42,8 +42,8 @@ _zet() {
             known=(commit-config check-config rollback-config status values template param line file option
                 explain doctor)
             ;;
-        (commit-config) options+=(--set) known=(${(f)"$(_zet_templates)"}) ;;
-        (check-config) known=(${(f)"$(_zet_templates)"}) ;;
+        (commit-config) options+=(--set --run-checks) known=(${(f)"$(_zet_templates)"}) ;;
+        (check-config) options+=(--run-checks --no-checks) known=(${(f)"$(_zet_templates)"}) ;;
         (rollback-config) options+=(--force) ;;
         (template) known=(install process) ;;
         (param|line) known=(get set restore) ;;

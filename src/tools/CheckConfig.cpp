@@ -1,8 +1,13 @@
+#include <optional>
 #include <utility>
 
 #include "Commands.h"
 #include "ExitStatus.h"
+#include "OwnCheck.h"
 #include "ParameterCheck.h"
+#include "Render.h"
+#include "Signals.h"
+#include "Staging.h"
 #include "TargetCheck.h"
 
 namespace ZET {
@@ -19,6 +24,48 @@ void ReportUnused(Session& session, const std::set<std::string>& used) {
     }
 }
 
+/// Whether the template can be rendered: the module would never return from some of them.
+bool CanRender(Session& session, const Target& target) {
+    return !target.path.empty() &&
+           CheckTemplateFile(session, target.templateName, session.Config().TemplatesValues()).empty();
+}
+
+/// What the target's own check command has against the file that a commit would make.
+std::optional<Problem> CheckRendering(Session& session, const Staging& staging, const Target& target) {
+    std::string path = target.path;
+    try {
+        path = session.HostPaths().WithRealDirectory(session.FilePath(target.path));
+        return OwnCheckProblem(session, target, path, RenderQuietly(session, staging, target.templateName));
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure& failure) {
+        return ProblemOf(path, failure);
+    }
+}
+
+bool HasLanguage(Session& session) {
+    try {
+        RequireLanguage(session.Param("ZET_LANG"));
+        return true;
+    } catch (const Failure&) {
+        return false;  // which is a problem of its own already
+    }
+}
+
+void RunOwnChecks(Session& session, CheckedTargets& checked) {
+    RemarkChecksNotRun(session, checked.targets);
+    if (!RunsOwnChecks(session.Asked()) || !HasLanguage(session)) return;
+    const SignalGuard signals;
+    std::optional<Staging> staging;
+    for (const Target& target : checked.targets) {
+        SignalGuard::Check();
+        if (target.check.empty() || !CanRender(session, target)) continue;
+        if (!staging) staging.emplace();
+        if (std::optional<Problem> problem = CheckRendering(session, *staging, target))
+            checked.problems.push_back(std::move(*problem));
+    }
+}
+
 }  // namespace
 
 int RunCheckConfig(Session& session) {
@@ -32,8 +79,10 @@ int RunCheckConfig(Session& session) {
         for (Problem& problem : CheckParameterNames(session, checked.used))
             checked.problems.push_back(std::move(problem));
     }
+    RunOwnChecks(session, checked);
     for (const Problem& problem : checked.problems) {
         report.Line(problem.Describe());
+        report.Lines(problem.output);
         report.Add("problems", problem.ToFields());
     }
     if (isAll) ReportUnused(session, checked.used);

@@ -122,6 +122,7 @@ class CommandLine {
         CLI::App* commit = Command(m_app, "commit-config", RunCommitConfig,
                                    "Render the templates of the role into their targets");
         commit->add_option("TEMPLATE", m_request.names, "Only these templates");
+        AddRunChecks(commit);
         commit->add_option("--set", m_request.assignments, "With -n: as if a parameter had this value")
             ->type_name("NAME=VALUE")
             ->allow_extra_args(false);
@@ -129,6 +130,8 @@ class CommandLine {
         CLI::App* check = Command(m_app, "check-config", RunCheckConfig,
                                   "Tell every problem of the templates and their targets");
         check->add_option("TEMPLATE", m_request.names, "Only these templates");
+        AddRunChecks(check);
+        check->add_flag("--no-checks", m_request.noChecks, "Run no check commands of the targets");
 
         CLI::App* rollback = Command(m_app, "rollback-config", RunRollbackConfig,
                                      "Put back what was there before the first commit");
@@ -137,6 +140,11 @@ class CommandLine {
 
         Command(m_app, "status", RunStatus, "Tell the role and the state of each target");
         Command(m_app, "values", RunValues, "List the template values");
+    }
+
+    void AddRunChecks(CLI::App* command) {
+        command->add_flag("--run-checks", m_request.runChecks,
+                          "With --root: run the tree's check commands, on this host");
     }
 
     void AddTemplateCommands() {

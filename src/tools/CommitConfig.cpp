@@ -62,7 +62,8 @@ class Commit {
         }
         const CheckedTargets checked = CheckTargets(m_session, m_session.Asked().names);
         if (!checked.problems.empty()) return ReportProblems(checked.problems);
-        const Staging staging(m_isDryRun ? "" : m_session.Param("ZET_VAR_LIB_DIR"));
+        const Staging staging(m_isDryRun ? "" : m_session.Param("ZET_VAR_LIB_DIR"),
+                              SizeOfTemplates(m_session, checked.targets));
         Manifest manifest(m_session);
         const std::vector<PlannedTarget> plan = PlanTargets(m_session, staging, checked.targets, manifest);
         return m_isDryRun ? ReportPlan(plan) : Execute(plan, manifest);

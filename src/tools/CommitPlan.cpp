@@ -7,7 +7,7 @@
 #include "ChangeReport.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
-#include "Process.h"
+#include "OwnCheck.h"
 #include "Render.h"
 #include "Secrets.h"
 #include "Signals.h"
@@ -18,47 +18,10 @@ namespace ZET {
 
 namespace {
 
-ProcessResult ResultOfCheck(const Target& target, const std::string& path,
-                            const std::vector<std::string>& arguments) {
-    try {
-        return RunProcess(arguments);
-    } catch (const Interrupted&) {
-        throw;
-    } catch (const Failure& failure) {
-        throw Failure(path + ": what [" + target.templateName +
-                      "] renders to cannot be checked: " + failure.what());
-    }
-}
-
-/// What was looked at must be what is written.
-void RequireUnchanged(const std::string& staged, mode_t mode, const std::string& bytes,
-                      const std::string& failure) {
-    const FileState now = StateOf(staged);
-    if (!now.IsRegular() || now.mode != mode || ReadFileBytes(staged) != bytes) throw Failure(failure);
-}
-
-/// `path` is the target as it is on this host, below the root directory.
-void RunOwnCheck(Session& session, const Target& target, const std::string& path, const std::string& staged) {
-    if (target.check.empty()) return;
-    std::vector<std::string> arguments = target.check;
-    for (std::string& argument : arguments) {
-        for (std::size_t place = argument.find("{}"); place != std::string::npos;
-             place = argument.find("{}", place + staged.size()))
-            argument.replace(place, 2, staged);
-    }
-    const mode_t mode = StateOf(staged).mode;
-    const std::string bytes = ReadFileBytes(staged);
-    const ProcessResult result = ResultOfCheck(target, path, arguments);
-    const std::string itsCheck = path + ": its check \"" + target.check.front() + "\" ";
-    if (result.status == 0)
-        return RequireUnchanged(staged, mode, bytes,
-                                itsCheck + "changed the file it was given (let it only read)");
-    // What the command prints may quote the file.
-    Secrets& secrets = session.HostSecrets();
-    const bool isHidden = secrets.Hides(path) || (Secrets::IsClosed(staged) && !session.Asked().showSecrets);
-    const std::string output = "\n" + (isHidden ? "(" + secrets.Excuse(path) + ")" : result.output);
-    throw Failure(itsCheck + "refuses what [" + target.templateName + "] renders to, with status " +
-                  std::to_string(result.status) + " (correct the template)" + output);
+void RequireAcceptance(Session& session, const Target& target, const std::string& path,
+                       const std::string& staged) {
+    const std::optional<Problem> problem = OwnCheckProblem(session, target, path, staged);
+    if (problem) throw Failure(problem->Describe(), problem->output);
 }
 
 PlannedTarget::Change ChangeOf(const PlannedTarget& planned) {
@@ -66,12 +29,6 @@ PlannedTarget::Change ChangeOf(const PlannedTarget& planned) {
     const bool isSame =
         planned.before.mode == planned.after.mode && HaveSameBytes(planned.path, planned.staged);
     return isSame ? PlannedTarget::Change::None : PlannedTarget::Change::Modify;
-}
-
-/// What the log has to say comes with the real rendering.
-std::string RenderQuietly(Session& session, const Staging& staging, const Target& target) {
-    const QuietLog quiet(session.Asked(), ZETLogError);
-    return RenderStaged(session, staging, target.templateName);
 }
 
 /// What the product has on record of the files, for the role that is committed and for the other one.
@@ -116,13 +73,15 @@ std::vector<PlannedTarget> PlanTargets(Session& session, const Staging& staging,
                                        const std::vector<Target>& targets, const Manifest& manifest) {
     std::vector<PlannedTarget> plan;
     Records records(session, manifest);
+    const bool runsChecks = RunsOwnChecks(session.Asked());
+    RemarkChecksNotRun(session, targets);
     for (const Target& target : targets) {
         SignalGuard::Check();
         PlannedTarget planned;
         planned.target = target;
         planned.path = session.HostPaths().WithRealDirectory(session.FilePath(target.path));
-        planned.staged = RenderQuietly(session, staging, target);
-        RunOwnCheck(session, target, planned.path, planned.staged);
+        planned.staged = RenderQuietly(session, staging, target.templateName);
+        if (runsChecks) RequireAcceptance(session, target, planned.path, planned.staged);
         planned.version = VersionOf(planned.path);
         planned.before = StateOf(planned.path);
         planned.after = StateInPlace(planned.path, planned.staged);

@@ -80,10 +80,10 @@ std::string UnifiedDiff(const std::string& oldFile, const std::string& newFile,
         RunProcess({"diff", "-u", "-a", "--label", SideLabel("a/", oldFile, shownPath), "--label",
                     SideLabel("b/", newFile, shownPath), "--", oldFile.empty() ? kNoFile : oldFile,
                     newFile.empty() ? kNoFile : newFile},
-                   {"LC_ALL=C"});
+                   {.environment = {"LC_ALL=C"}});
     if (result.status > 1) {
         throw Failure(shownPath + ": no diff can be made, as diff ends with status " +
-                      std::to_string(result.status) + " (run the command again)" +
+                          std::to_string(result.status) + " (run the command again)",
                       ComplaintsIn(result.output));
     }
     return result.output;

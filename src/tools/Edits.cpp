@@ -101,7 +101,7 @@ int ReportLookup(Session& session, const std::string& what, const char* key,
     report.Set("found", found.has_value());
     report.Set(key, found ? Value(*found) : Value(nullptr));
     if (found) {
-        report.Line(*found);
+        report.Data(*found);
     } else {
         report.Detail(what);
     }

@@ -2,6 +2,8 @@
 #define ZET_EXIT_STATUS_H
 
 #include <stdexcept>
+#include <string>
+#include <utility>
 
 namespace ZET {
 
@@ -20,7 +22,14 @@ class UsageError : public std::runtime_error {
 /// the remedy.
 class Failure : public std::runtime_error {
   public:
-    using std::runtime_error::runtime_error;
+    /// `lines` are below the message: what another program printed, or a list.
+    explicit Failure(const std::string& message, std::string lines = "")
+        : std::runtime_error(message), m_lines(std::move(lines)) {}
+
+    const std::string& Lines() const { return m_lines; }
+
+  private:
+    std::string m_lines;
 };
 
 }  // namespace ZET

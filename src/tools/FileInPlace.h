@@ -46,7 +46,7 @@ class FileInPlace {
         } catch (const Interrupted&) {
             throw;
         } catch (const Failure& failure) {
-            throw Failure(visit.Readable(failure.what()));
+            throw Failure(visit.Readable(failure.what()), failure.Lines());
         }
     }
 

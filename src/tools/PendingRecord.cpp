@@ -138,8 +138,7 @@ std::set<std::string> PendingRecord::ClearLeftOvers(Session& session) {
         }
     }
     ReplaceStateFile(FileOf(session), "");
-    for (const std::string& parent : {session.Param("ZET_VAR_LIB_DIR"), std::string()})
-        Staging::RemoveLeftOvers(parent);
+    Staging::RemoveLeftOvers(session.Param("ZET_VAR_LIB_DIR"));
     return paths;
 }
 

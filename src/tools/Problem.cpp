@@ -12,7 +12,10 @@ std::string Problem::Describe() const {
 }
 
 Fields Problem::ToFields() const {
-    return {{"file", file}, {"line", line}, {"column", column}, {"problem", text}, {"remedy", remedy}};
+    Fields fields = {
+        {"file", file}, {"line", line}, {"column", column}, {"problem", text}, {"remedy", remedy}};
+    if (!output.empty()) fields.emplace_back("output", output);
+    return fields;
 }
 
 void Problem::HideQuoted(const std::string& excuse) {

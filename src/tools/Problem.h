@@ -15,9 +15,11 @@ struct Problem {
     int column = 0;  ///< 0: the line as a whole; bytes, from 1
     std::string text;
     std::string remedy;
-    std::string quoted = {};  ///< what of the file's own text, or a value's, stands in `text`
+    std::string quoted{};   ///< what of the file's own text, or a value's, stands in `text`
+    std::string output{};   ///< what a check command printed about it
+    bool isOfUser = false;  ///< only this user may not do what would have to be done
 
-    /// "file:line:column: text (remedy)"
+    /// "file:line:column: text (remedy)", in one line
     std::string Describe() const;
 
     Fields ToFields() const;

@@ -1,6 +1,8 @@
 #include "Render.h"
 
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include "Diff.h"
 #include "ExitStatus.h"
@@ -69,6 +71,17 @@ std::string TemplateFile(Session& session, const std::string& templateName) {
     return "";
 }
 
+std::uintmax_t SizeOfTemplates(Session& session, const std::vector<Target>& targets) {
+    std::uintmax_t size = 0;
+    for (const Target& target : targets) {
+        std::error_code error;
+        const std::uintmax_t more =
+            std::filesystem::file_size(TemplateFile(session, target.templateName), error);
+        if (!error) size += more;
+    }
+    return size;
+}
+
 /// Stages what a role gets.
 static std::string Stage(Session& session, const std::string& role, const Staging& staging,
                          const std::string& templateName, StringMap* values) {
@@ -99,6 +112,11 @@ std::string RenderStaged(Session& session, const Staging& staging, const std::st
 std::string RenderStagedFor(Session& session, const Staging& staging, const std::string& templateName,
                             const std::string& role) {
     return Stage(session, role, staging, templateName, nullptr);
+}
+
+std::string RenderQuietly(Session& session, const Staging& staging, const std::string& templateName) {
+    const QuietLog quiet(session.Asked(), ZETLogError);
+    return RenderStaged(session, staging, templateName);
 }
 
 void RenderOnce(Session& session, const std::string& templateName, const std::string& name,

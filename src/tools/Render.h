@@ -1,12 +1,15 @@
 #ifndef ZET_RENDER_H
 #define ZET_RENDER_H
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "FileBytes.h"
 #include "FileInPlace.h"
 #include "Session.h"
 #include "Staging.h"
+#include "Targets.h"
 #include "zet/ZETTypes.h"
 
 namespace ZET {
@@ -18,6 +21,9 @@ std::string TemplateFile(Session& session, const std::string& templateName);
 /// The working copy's path, whether it is there or not.
 std::string WorkingCopy(Session& session, const std::string& templateName);
 
+/// How many bytes the targets' templates have; one that cannot be told counts as none.
+std::uintmax_t SizeOfTemplates(Session& session, const std::vector<Target>& targets);
+
 /// Renders a template in the private directory, to the bytes and mode that a commit would give its target;
 /// `values`, which may be null, wins over the template values. Nothing outside the directory changes: a
 /// missing working copy is not installed. Returns the path of the result. A failure of the module is a
@@ -28,6 +34,9 @@ std::string RenderStaged(Session& session, const Staging& staging, const std::st
 /// The same for the other role.
 std::string RenderStagedFor(Session& session, const Staging& staging, const std::string& templateName,
                             const std::string& role);
+
+/// The same; what the log has to say comes with the real rendering.
+std::string RenderQuietly(Session& session, const Staging& staging, const std::string& templateName);
 
 /// Lets the module render a template into the file `name`, for the reader `path`, and keep nothing: a
 /// `Replacement` is there for that. `values` wins over the template values.

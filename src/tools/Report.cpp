@@ -3,12 +3,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "ExitStatus.h"
+#include "Printable.h"
 
 namespace ZET {
 
@@ -18,10 +17,33 @@ using Json = nlohmann::ordered_json;
 
 constexpr int kDocumentVersion = 1;
 
-bool WantsColor(const std::string& color) {
+bool WantsColor(const std::string& color, bool isTerminal) {
     if (color != "auto") return color == "always";
     const char* noColor = std::getenv("NO_COLOR");
-    return isatty(STDOUT_FILENO) == 1 && (noColor == nullptr || *noColor == '\0');
+    return isTerminal && (noColor == nullptr || *noColor == '\0');
+}
+
+/// The same with its tabs, which a line of a file may have.
+std::string PrintableLine(std::string_view line) {
+    std::string text;
+    for (std::size_t tab; (tab = line.find('\t')) != std::string_view::npos; line.remove_prefix(tab + 1))
+        text += Printable(line.substr(0, tab)) + "\t";
+    return text + Printable(line);
+}
+
+/// Takes the first line off the text, without its line feed.
+std::string_view TakeLine(std::string_view& text) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+    return line;
+}
+
+/// Set in, so that no line of somebody else's making can be taken for one of the program's own.
+std::string SetIn(std::string_view lines) {
+    std::string text;
+    while (!lines.empty())
+        text += "  " + PrintableLine(TakeLine(lines)) + "\n";
+    return text;
 }
 
 bool IsUtf8(const std::string& text) {
@@ -86,41 +108,40 @@ Report::Report(const Request& request)
       m_json(request.json),
       m_quiet(request.quiet),
       m_verbose(request.verbose),
-      m_color(WantsColor(request.color)) {
+      m_output(STDOUT_FILENO),
+      m_messages(STDERR_FILENO),
+      m_color(WantsColor(request.color, m_output.IsTerminal())) {
     Set("version", kDocumentVersion);
     Set("command", request.command.empty() ? Value(nullptr) : Value(request.command));
 }
 
 void Report::Line(const std::string& text) {
-    Text(text + "\n");
+    Text(Printable(text) + "\n");
+}
+
+void Report::Lines(std::string_view text) {
+    Text(SetIn(text));
+}
+
+void Report::Data(const std::string& line) {
+    Text((m_output.IsTerminal() ? PrintableLine(line) : line) + "\n");
 }
 
 void Report::Text(std::string_view text) {
-    if (!m_json) Write(text);
-}
-
-void Report::Write(std::string_view text) {
-    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) NoteFailure();
-}
-
-/// A reader that goes away has seen what it wanted to see.
-void Report::NoteFailure() {
-    m_outputFailed = m_outputFailed || errno != EPIPE;
+    if (!m_json) m_output.Write(text);
 }
 
 void Report::Diff(std::string_view diff) {
-    if (!m_color) return Text(diff);
+    if (!m_color && !m_output.IsTerminal()) return Text(diff);
+    std::string shown;
     while (!diff.empty()) {
-        const std::size_t length = std::min(diff.find('\n'), diff.size() - 1) + 1;
-        const std::string_view line = diff.substr(0, length);
-        const std::string_view color = ColorOfDiffLine(line);
-        const std::size_t lineFeed = line.ends_with('\n') ? 1 : 0;
-        Text(color);
-        Text(line.substr(0, length - lineFeed));
-        if (!color.empty()) Text("\033[0m");
-        Text(line.substr(length - lineFeed));
-        diff.remove_prefix(length);
+        const bool hasLineFeed = diff.find('\n') != std::string_view::npos;
+        const std::string_view line = TakeLine(diff);
+        const std::string_view color = m_color ? ColorOfDiffLine(line) : "";
+        shown.append(color).append(m_output.IsTerminal() ? PrintableLine(line) : line);
+        shown.append(color.empty() ? "" : "\033[0m").append(hasLineFeed ? "\n" : "");
     }
+    Text(shown);
 }
 
 void Report::Set(const std::string& name, Value value) {
@@ -144,9 +165,10 @@ void Report::Add(const std::string& list, Value value) {
     std::get<List>(known->second.value).push_back(std::move(value));
 }
 
-void Report::Message(const char* kind, const std::string& text) {
-    if (std::fflush(stdout) != 0) NoteFailure();
-    std::fprintf(stderr, "%s: %s%s\n", m_program.c_str(), kind, text.c_str());
+void Report::Message(const char* kind, const std::string& text, std::string_view lines) {
+    m_output.Flush();
+    m_messages.Write(m_program + ": " + kind + Printable(text) + "\n" + SetIn(lines));
+    m_messages.Flush();
 }
 
 void Report::Detail(const std::string& text) {
@@ -162,22 +184,19 @@ void Report::Warning(const std::string& text) {
     if (!m_quiet) Message("warning: ", text);
 }
 
-void Report::Error(const std::string& text) {
-    Add("errors", text);
-    Message("error: ", text);
+void Report::Error(const std::string& text, const std::string& lines) {
+    Add("errors", lines.empty() ? text : text + "\n" + lines);
+    Message("error: ", text, lines);
 }
 
 int Report::Finish(int status) {
     if (m_json) {
         Set("exit_status", status);
-        const std::string text =
-            ToJson(m_document).dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
-        Write(text);
+        m_output.Write(ToJson(m_document).dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
     }
-    if (std::fflush(stdout) != 0) NoteFailure();
-    if (!m_outputFailed) return status;
-    std::fprintf(stderr, "%s: error: standard output cannot be written: the report is not complete\n",
-                 m_program.c_str());
+    m_output.Flush();
+    if (!m_output.HasFailed()) return status;
+    Message("error: ", "standard output cannot be written: the report is not complete");
     return kFailed;
 }
 

@@ -9,6 +9,7 @@
 #include <variant>
 #include <vector>
 
+#include "OutputStream.h"
 #include "Request.h"
 
 namespace ZET {
@@ -40,11 +41,17 @@ class Report {
   public:
     explicit Report(const Request& request);
 
-    /// A result for a reader: one line, or text that ends its own lines.
+    /// A result for a reader: one line, whatever the names in it hold. Below it, lines of somebody else's.
     void Line(const std::string& text);
+    void Lines(std::string_view text);
+
+    /// A line that another program may read: it gets every byte of it, a terminal what it can show.
+    void Data(const std::string& line);
+
+    /// The program's own words, which end their own lines.
     void Text(std::string_view text);
 
-    /// A unified diff, in color where that is wanted.
+    /// A unified diff, in color where that is wanted; otherwise the same as `Data`.
     void Diff(std::string_view diff);
 
     /// A field of the document; an element of one of its lists, which exists from the first call of `AddList`
@@ -54,11 +61,12 @@ class Report {
     void Add(const std::string& list, Value value);
 
     /// Progress ("-v" wanted), remarks, warnings and errors for the reader; the last two are in the document
-    /// too.
+    /// too. Each is one line, whatever the names in it hold; an error may have lines of somebody else's below
+    /// it.
     void Detail(const std::string& text);
     void Remark(const std::string& text);
     void Warning(const std::string& text);
-    void Error(const std::string& text);
+    void Error(const std::string& text, const std::string& lines = "");
 
     /// Writes the document, if that is what was asked for, and sees to it that everything reached its reader.
     /// Returns `status`, or `kFailed` when standard output could not be written. A pipe whose reader went
@@ -66,16 +74,15 @@ class Report {
     int Finish(int status);
 
   private:
-    void Write(std::string_view text);
-    void NoteFailure();
-    void Message(const char* kind, const std::string& text);
+    void Message(const char* kind, const std::string& text, std::string_view lines = "");
 
     std::string m_program;
     bool m_json;
     bool m_quiet;
     bool m_verbose;
+    OutputStream m_output;
+    OutputStream m_messages;
     bool m_color;
-    bool m_outputFailed = false;
     Fields m_document;
 };
 

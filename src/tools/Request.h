@@ -40,6 +40,11 @@ struct Request {
     bool force = false;
     bool allBlocks = false;
     bool showSecrets = false;
+    bool runChecks = false;
+    bool noChecks = false;
+
+    /// Nothing is to be written: what this user may not write does not matter.
+    bool OnlyLooks() const { return dryRun || command == "check-config"; }
 };
 
 }  // namespace ZET

@@ -19,8 +19,8 @@ void Catch(int number) {
 
 SignalGuard::SignalGuard() {
     struct sigaction action = {};
+    // Without SA_RESTART: a call that waits for something that may never come ends, too.
     action.sa_handler = Catch;
-    action.sa_flags = SA_RESTART;
     for (std::size_t i = 0; i < kSignals.size(); ++i) {
         sigaction(kSignals[i], nullptr, &m_former[i]);
         if (m_former[i].sa_handler != SIG_IGN) sigaction(kSignals[i], &action, nullptr);

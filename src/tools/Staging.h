@@ -1,17 +1,24 @@
 #ifndef ZET_STAGING_H
 #define ZET_STAGING_H
 
+#include <cstdint>
 #include <string>
+
+#include "OwnedDescriptor.h"
 
 namespace ZET {
 
-/// A private directory (mode 0700) for files on their way, removed with all it holds when the object ends.
-/// As long as the object lives, the directory is locked, which tells it from one that a killed run left.
+/// A private directory (mode 0700, the caller's) for files on their way, removed with all it holds when the
+/// object ends. As long as the object lives, a lock tells it from one that a killed run left.
 class Staging {
   public:
-    /// "PARENT/zet-staging.XXXXXX"; an empty `parent` is the directory for temporary files. A directory that
-    /// cannot be made is a `Failure`.
-    explicit Staging(const std::string& parent = "");
+    static constexpr std::uintmax_t kUnknownSize = UINTMAX_MAX;
+
+    /// "PLACE/zet-staging.XXXXXX", in memory where this host has such a place with room for `size` bytes;
+    /// else PLACE is `lastResort`. An empty `lastResort` is the directory for temporary files; one that the
+    /// caller named with TMPDIR comes before those in memory. What killed runs left in the place is removed
+    /// first. A directory that cannot be made is a `Failure`.
+    explicit Staging(const std::string& lastResort = "", std::uintmax_t size = kUnknownSize);
     ~Staging();
     Staging(const Staging&) = delete;
     Staging& operator=(const Staging&) = delete;
@@ -19,12 +26,18 @@ class Staging {
     /// The path of a file in it; the directories that `name` has are made. No name leads out of it.
     std::string PathOf(const std::string& name) const;
 
-    /// Removes the directories in `parent` that this user's killed runs left. What cannot be removed stays.
-    static void RemoveLeftOvers(const std::string& parent = "");
+    /// Removes the directories that this user's killed runs left, wherever they may have been made.
+    static void RemoveLeftOvers(const std::string& lastResort = "");
+
+    /// What there is to say of a directory that this process could not remove; empty: of none.
+    static std::string LeftBehind();
 
   private:
+    void Make(const std::string& place);
+
+    OwnedDescriptor m_place;
     std::string m_directory;
-    int m_lock = -1;
+    OwnedDescriptor m_lock;
 };
 
 }  // namespace ZET

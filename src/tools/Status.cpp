@@ -39,8 +39,7 @@ std::string StateOfTarget(Session& session, const Staging& staging, const Manife
     if (!CheckTemplateFile(session, templateName, session.Config().TemplatesValues()).empty()) {
         return isUntouched ? "pending" : "edited";
     }
-    const QuietLog quiet(session.Asked(), ZETLogError);
-    const std::string staged = RenderStaged(session, staging, templateName);
+    const std::string staged = RenderQuietly(session, staging, templateName);
     if (HaveSameModeAndBytes(staged, path)) return kInSync;
     return isUntouched ? "pending" : "edited";
 }

@@ -44,8 +44,11 @@ std::vector<Problem> CheckDirectory(const std::string& directory, const std::str
         return problem("is no directory, but " + purpose + " is to be in it", "correct " + name);
     if ((status.st_mode & S_IWOTH) != 0) return problem("others may write " + what, "chmod o-w it");
     if (access(directory.c_str(), W_OK | X_OK) != 0) {
-        return problem(what + " cannot be written: " + std::strerror(errno),
-                       "run as a user who may, or on a file system that can be written");
+        std::vector<Problem> ofUser =
+            problem(what + " cannot be written: " + std::strerror(errno),
+                    "run as a user who may, or on a file system that can be written");
+        ofUser.front().isOfUser = true;
+        return ofUser;
     }
     return {};
 }
@@ -110,6 +113,14 @@ std::vector<Problem> CheckOwnFiles(Session& session) {
         problems.push_back(ProblemOf(session.Param("ZET_CFG"), failure));
     }
     return problems;
+}
+
+/// Who only looks need not be the one who writes.
+void WarnOfRights(Session& session, std::vector<Problem>& problems) {
+    std::erase_if(problems, [&](const Problem& problem) {
+        if (problem.isOfUser) session.Out().Warning(problem.Describe());
+        return problem.isOfUser;
+    });
 }
 
 /// A problem tells where it is; what it quotes of a template that is not for everybody, or of values in a
@@ -216,6 +227,7 @@ CheckedTargets CheckTargets(Session& session, const std::vector<std::string>& te
     }
     Append(checked.problems, checker.Result());
     Append(checked.problems, CheckParameterValues(session, checked.used));
+    if (session.Asked().OnlyLooks()) WarnOfRights(session, checked.problems);
     return checked;
 }
 

@@ -1,18 +1,19 @@
 #include "TargetListReader.h"
 
+#include <fcntl.h>
 #include <ini.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
+#include <charconv>
 #include <cstring>
-#include <memory>
 #include <set>
 #include <string_view>
 
 #include "ExitStatus.h"
+#include "OwnedDescriptor.h"
 #include "TextStreams.h"
 
 namespace ZET {
@@ -22,12 +23,11 @@ namespace {
 constexpr std::string_view kBlanks = " \t\r\v\f\n";
 constexpr std::size_t kLongestSection = 49;  // inih cuts off the rest
 
-using Stream = std::unique_ptr<std::FILE, decltype(&std::fclose)>;
-
-Stream OpenList(const std::string& file) {
-    Stream stream(std::fopen(file.c_str(), "re"), std::fclose);
+/// Never waits, whatever the path leads to.
+OwnedDescriptor OpenList(const std::string& file) {
+    OwnedDescriptor list(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status = {};
-    if (!stream || fstat(fileno(stream.get()), &status) != 0) {
+    if (list < 0 || fstat(list, &status) != 0) {
         throw Failure(file + ": the list of targets cannot be read: " + std::strerror(errno) +
                       " (install the product's templates, or correct ZET_CFG_TEMPL_DIR)");
     }
@@ -40,7 +40,22 @@ Stream OpenList(const std::string& file) {
             file +
             ": others may write the list of targets, so root does not use it (chown root and chmod go-w)");
     }
-    return stream;
+    return list;
+}
+
+std::string ReadList(const std::string& file) {
+    const OwnedDescriptor list = OpenList(file);
+    std::string text;
+    char part[16384];
+    for (;;) {
+        const ssize_t length = read(list, part, sizeof part);
+        if (length == 0) return text;
+        if (length > 0) text.append(part, static_cast<std::size_t>(length));
+        if (length < 0 && errno != EINTR) {
+            throw Failure(file + ": reading the list of targets broke off: " + std::strerror(errno) +
+                          " (repair its file system)");
+        }
+    }
 }
 
 std::string_view Trimmed(std::string_view text) {
@@ -64,11 +79,9 @@ class ListReader {
     explicit ListReader(const std::string& file) { m_list.file = file; }
 
     TargetList Read() {
-        const Stream stream = OpenList(m_list.file);
-        m_stream = stream.get();
+        const std::string text = ReadList(m_list.file);
+        m_rest = text;
         const int brokenLine = ini_parse_stream(NextLine, this, TakeEntry, this);
-        if (std::ferror(m_stream) != 0)
-            throw Failure(m_list.file + ": reading the list of targets broke off (repair its file system)");
         if (brokenLine > 0 && !HasProblemAt(brokenLine)) AddFormProblem(brokenLine);
         CheckSections();
         std::stable_sort(m_list.problems.begin(), m_list.problems.end(),
@@ -86,20 +99,24 @@ class ListReader {
         bool isBroken = false;  ///< a line of it was not understood
     };
 
+    /// Gives inih the next line, or what there is room for in `line`.
     static char* NextLine(char* line, int size, void* reader) {
         auto& self = *static_cast<ListReader*>(reader);
-        char* const read = std::fgets(line, size, self.m_stream);
-        if (read == nullptr) return nullptr;
+        if (self.m_rest.empty()) return nullptr;
         ++self.m_line;
-        const std::size_t length = std::strlen(line);
-        if (length + 1 == static_cast<std::size_t>(size) && line[length - 1] != '\n') {
+        const std::size_t end = self.m_rest.find('\n');
+        const std::string_view whole = self.m_rest.substr(0, end == std::string_view::npos ? end : end + 1);
+        self.m_rest.remove_prefix(whole.size());
+        const std::size_t length = whole.copy(line, static_cast<std::size_t>(size) - 1);
+        line[length] = '\0';
+        if (length < whole.size()) {
             self.AddBrokenLine("is longer than " + std::to_string(size - 2) + " bytes", "shorten the line");
-            for (int c = 0; c != '\n' && c != EOF;)
-                c = std::fgetc(self.m_stream);
+        } else if (whole.find('\0') != std::string_view::npos) {
+            self.AddBrokenLine("holds a NUL byte", "take it out");
         } else {
-            self.LookAt({line, length});
+            self.LookAt(whole);
         }
-        return read;
+        return line;
     }
 
     static int TakeEntry(void* reader, const char*, const char* key, const char* value) {
@@ -172,6 +189,8 @@ class ListReader {
             TextReader words(value);
             for (std::string word; words >> word;)
                 target.check.push_back(word);
+        } else if (key == "check_timeout") {
+            SetTimeout(target, value);
         } else if (key == "restart") {
             target.restart = value;
         } else if (key == "secret") {
@@ -179,7 +198,8 @@ class ListReader {
                 AddProblem(m_line, "secret is \"" + value + "\"", "write true or false");
             target.isSecret = value != "false";
         } else {
-            AddProblem(m_line, "unknown key \"" + key + "\"", "use target, roles, check, restart or secret");
+            AddProblem(m_line, "unknown key \"" + key + "\"",
+                       "use target, roles, check, check_timeout, restart or secret");
         }
     }
 
@@ -197,6 +217,19 @@ class ListReader {
         target.forClient = value == "client" || value == "both";
         if (!target.forServer && !target.forClient)
             AddProblem(m_line, "roles is \"" + value + "\"", "write server, client or both");
+    }
+
+    void SetTimeout(Target& target, const std::string& value) {
+        constexpr int kLongest = 86400;  // a day
+        int seconds = 0;
+        const char* const end = value.data() + value.size();
+        const auto [rest, error] = std::from_chars(value.data(), end, seconds);
+        if (error == std::errc() && rest == end && seconds >= 1 && seconds <= kLongest) {
+            target.checkTimeout = std::chrono::seconds(seconds);
+        } else {
+            AddProblem(m_line, "check_timeout is \"" + value + "\"",
+                       "write a number of seconds from 1 to " + std::to_string(kLongest));
+        }
     }
 
     void CheckSections() {
@@ -245,7 +278,7 @@ class ListReader {
     TargetList m_list;
     std::vector<Section> m_sections;
     bool m_isIgnored = false;  ///< the present section is not used
-    std::FILE* m_stream = nullptr;
+    std::string_view m_rest;   ///< of the list, not read yet
     int m_line = 0;
 };
 

@@ -39,10 +39,10 @@ std::vector<Target> SelectTargets(Session& session, const TargetList& list,
 std::vector<Target> SelectTargets(Session& session, const std::vector<std::string>& templateNames) {
     const TargetList list = ReadTargetList(session);
     if (!list.problems.empty()) {
-        std::string text = "the list of targets is broken:";
+        std::string lines;
         for (const Problem& problem : list.problems)
-            text += "\n" + problem.Describe();
-        throw Failure(text);
+            lines += problem.Describe() + "\n";
+        throw Failure("the list of targets is broken:", lines);
     }
     return SelectTargets(session, list, templateNames);
 }

@@ -1,6 +1,7 @@
 #ifndef ZET_TARGETS_H
 #define ZET_TARGETS_H
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -16,10 +17,11 @@ struct Target {
     bool forServer = false;
     bool forClient = false;
     std::vector<std::string> check;  ///< an argument list, "{}" for the staged file; empty: no check
-    std::string restart;             ///< services to name after a change
-    bool isSecret = false;           ///< its text is never shown
-    std::string trusted;             ///< a user whose directories count as root's; empty: none
-    int line = 0;                    ///< of its section in the list
+    std::chrono::seconds checkTimeout{60};
+    std::string restart;    ///< services to name after a change
+    bool isSecret = false;  ///< its text is never shown
+    std::string trusted;    ///< a user whose directories count as root's; empty: none
+    int line = 0;           ///< of its section in the list
 
     bool IsFor(const std::string& role) const { return role == "server" ? forServer : forClient; }
 };

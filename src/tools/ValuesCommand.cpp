@@ -15,7 +15,7 @@ std::string NameOf(const std::string& placeholder) {
 int RunValues(Session& session) {
     Fields values;
     for (const auto& [placeholder, value] : session.Config().TemplatesValues()) {
-        session.Out().Line(NameOf(placeholder) + "=" + value);
+        session.Out().Data(NameOf(placeholder) + "=" + value);
         values.emplace_back(NameOf(placeholder), value);
     }
     session.Out().Set("values", std::move(values));

@@ -27,18 +27,19 @@ std::string AbsolutePath(const std::string& path) {
     return std::filesystem::absolute(path).string();
 }
 
-void RequireDirectory(const std::string& path, bool isWritten) {
+void RequireDirectory(Session& session, const std::string& path) {
     const std::string directory = DirectoryOf(path);
     struct stat status = {};
     if (stat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
         throw Failure(directory + ": is no directory that " + path +
                       " can be in (create it, or correct the path)");
     }
-    if (isWritten && access(directory.c_str(), W_OK | X_OK) != 0) {
-        const int error = errno;
-        throw Failure(directory + ": cannot be written, so " + path +
-                      " cannot be replaced: " + std::strerror(error) + RemedyFor(error));
-    }
+    if (access(directory.c_str(), W_OK | X_OK) == 0) return;
+    const int error = errno;
+    const std::string text = directory + ": cannot be written, so " + path +
+                             " cannot be replaced: " + std::strerror(error) + RemedyFor(error);
+    if (!session.Asked().dryRun) throw Failure(text);
+    session.Out().Warning(text);
 }
 
 /// Temporary files that a killed run left were cleared away where they are recorded, so what is still there
@@ -76,7 +77,7 @@ Writing::Writing(Session& session, const std::vector<std::string>& paths, Right 
     const std::set<std::string> leftOvers =
         m_canRecord ? PendingRecord::Read(session) : std::set<std::string>();
     for (const std::string& path : paths) {
-        RequireDirectory(path, !isDryRun);
+        RequireDirectory(session, path);
         RequireFreeNames(path, m_canRecord, leftOvers);
     }
 }

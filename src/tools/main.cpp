@@ -12,6 +12,7 @@
 #include "Remedy.h"
 #include "Report.h"
 #include "Session.h"
+#include "Staging.h"
 #include "zet/ZETErrors.h"
 
 namespace {
@@ -52,6 +53,9 @@ int Run(const ZET::Request& request, ZET::Report& report) {
     } catch (const ZET::EZETError& error) {
         report.Error(ZET::WithRemedy(error.what()));
         return ZET::kFailed;
+    } catch (const ZET::Failure& failure) {
+        report.Error(failure.what(), failure.Lines());
+        return ZET::kFailed;
     } catch (const std::exception& error) {
         report.Error(error.what());
         return ZET::kFailed;
@@ -65,7 +69,13 @@ int RunProgram(int count, char** arguments) {
         ZET::ParseCommandLine(program == "zet-init" ? "zet-init" : "zet-client", count, arguments, status);
     if (!request) return status;
     ZET::Report report(*request);
-    return report.Finish(Run(*request, report));
+    status = Run(*request, report);
+    const std::string left = ZET::Staging::LeftBehind();
+    if (!left.empty()) {
+        report.Error(left);
+        status = ZET::kFailed;
+    }
+    return report.Finish(status);
 }
 
 }  // namespace

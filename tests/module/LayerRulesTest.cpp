@@ -5,6 +5,7 @@
 #include <fstream>
 #include <regex>
 #include <set>
+#include <stdexcept>
 
 #include "LoadedModule.h"
 
@@ -35,6 +36,8 @@ std::vector<Include> IncludesOf(const std::string& part) {
             if (std::regex_match(line, match, pattern))
                 includes.push_back({entry.path().filename(), match[2], match[1] == "\""});
     }
+    // A rule that is held against nothing holds nothing.
+    if (includes.empty()) throw std::runtime_error("no includes found in " + part);
     return includes;
 }
 

@@ -50,6 +50,8 @@ std::vector<std::string> NeedsOf(const std::string& file) {
         const auto from = line.find('[') + 1;
         needs.push_back(line.substr(from, line.find(']') - from));
     }
+    // All need the C library, so an output that names none was not understood.
+    if (needs.empty()) throw std::runtime_error("no libraries found that are needed by " + file);
     return needs;
 }
 

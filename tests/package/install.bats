@@ -74,6 +74,8 @@ expected_files() {
 }
 
 @test "APackageHoldsTheSameFilesBelowItsOwnRoot" {
+    # Two lists that fail are equal, too.
+    [ "$(list "$PACKAGE/opt/zet" | wc -l)" -eq "$(expected_files | wc -l)" ]
     diff -u <(list "$PREFIX") <(list "$PACKAGE/opt/zet")
     [ "$(find "$PACKAGE" -mindepth 1 -maxdepth 2 -printf '%P ')" = "opt opt/zet " ]
 }

@@ -35,6 +35,16 @@ teardown_file() {
 
 ALICE=uid=alice,ou=people,dc=example,dc=org
 
+# change_password FORMER NEW: as she does it herself.
+change_password() {
+    ldapmodify -x -D "$ALICE" -w "$1" <<-END
+		dn: $ALICE
+		changetype: modify
+		replace: userPassword
+		userPassword: $2
+	END
+}
+
 @test "SearchWithoutAnyOptionFindsTheDomain" {
     run ldapsearch -x -LLL -s base
     [ "$status" -eq 0 ]
@@ -65,12 +75,12 @@ ALICE=uid=alice,ou=people,dc=example,dc=org
 }
 
 @test "UserChangesTheOwnPasswordAndNothingElse" {
-    ldapmodify -x -D "$ALICE" -w secret <<-END
-		dn: $ALICE
-		changetype: modify
-		replace: userPassword
-		userPassword: secret
-	END
+    change_password secret other
+    run ldapwhoami -x -D "$ALICE" -w secret
+    [ "$status" -eq 49 ]
+    run ldapwhoami -x -D "$ALICE" -w other
+    [ "$output" = "dn:$ALICE" ]
+    change_password other secret
     run ldapmodify -x -D "$ALICE" -w secret <<-END
 		dn: $ALICE
 		changetype: modify

@@ -41,6 +41,16 @@ placeholders() {
     done
 }
 
+@test "TemplateThatInvitesAPasswordIsSecret" {
+    [ "$(grep -l 'A password .* may be added' "${templates[@]}")" = nslcd.conf ]
+    example_root client "$BATS_TEST_TMPDIR/root"
+    echo 'bindpw only_nslcd_may_know' >>"$BATS_TEST_TMPDIR/root/usr/share/zet/templates/nslcd.conf"
+    run "$ZET_BIN/zet-client" --root "$BATS_TEST_TMPDIR/root" commit-config -n --diff
+    [ "$status" -eq 3 ]
+    [[ $output == *"/etc/nslcd.conf: would be "* && $output == *"+++ b/"*"/etc/krb5.conf"* ]]
+    [[ $output != *only_nslcd_may_know* ]]
+}
+
 @test "EveryTemplateEndsItsLastLine" {
     for name in "${templates[@]}"; do
         [ "$(tail -c 1 "$name" | od -An -tx1)" = " 0a" ]

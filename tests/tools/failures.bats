@@ -52,13 +52,13 @@ assert_completed() {
 
 @test "no room for the private directory" {
     commit_with mkdir ENOSPC
-    assert_not_written "$HOST/state: no directory for temporary files can be made here: No space left on device (make room, or name another directory with TMPDIR)"
+    assert_not_written "$HOST/state: no directory for temporary files can be made here: No space left on device (make room, or let ZET_VAR_LIB_DIR be a directory that can be written)"
     assert_completed
 }
 
 @test "a list of targets whose reading breaks off" {
     commit_with read EIO "$HOST/templates/targets.ini"
-    assert_not_written "$HOST/templates/targets.ini: reading the list of targets broke off (repair its file system)"
+    assert_not_written "$HOST/templates/targets.ini: reading the list of targets broke off: Input/output error (repair its file system)"
     assert_completed
 }
 

@@ -20,13 +20,14 @@ block() {
     printf '# ---ZET_BEGIN---\n%s\n# ----ZET_END----\n' "$1"
 }
 
-# A small host in $HOST, which is the current directory; every user may look at it. Temporary files have a
-# directory of their own.
+# A small host in $HOST, which is the current directory; every user may look at it. Temporary files have
+# directories of their own: of looks in $TMPDIR, of writers in $XDG_RUNTIME_DIR.
 make_host() {
     BASE=$(mktemp -d "${TMPDIR:-/tmp}/zet-tools.XXXXXX")
     HOST=$BASE/host
-    export TMPDIR=$BASE/tmp
+    export TMPDIR=$BASE/tmp XDG_RUNTIME_DIR=$BASE/run
     mkdir -p "$HOST" "$TMPDIR"
+    mkdir -m 700 "$XDG_RUNTIME_DIR"
     chmod 755 "$BASE"
     chmod 1777 "$TMPDIR"
     cd "$HOST" || return
@@ -44,14 +45,22 @@ make_host() {
 # Nothing that a command puts away for itself may stay.
 remove_host() {
     local left
-    left=$(find "$TMPDIR" "$HOST/state" -name 'zet-staging.*' -o -name '*.pending')
+    left=$(find "$TMPDIR" "$XDG_RUNTIME_DIR" "$HOST/state" -name 'zet-staging.*' -o -name '*.pending')
     cd / || return
     [[ $BASE != */zet-tools.* ]] || rm -rf "$BASE"
     [[ -z $left ]] || differ "left behind" "" "$left"
 }
 
+# What runs in the background of a shell ignores two signals; a command is started without that.
 zet() {
-    "${PROGRAM:-$ZET_BIN/zet-client}" --config "$HOST/zet.conf" "$@"
+    env --default-signal=INT,QUIT "${PROGRAM:-$ZET_BIN/zet-client}" --config "$HOST/zet.conf" "$@"
+}
+
+# Below strace, which uses what it needs itself, the sanitizers cannot look for leaks.
+export WITHOUT_LEAK_SEARCH=detect_leaks=0:${ASAN_OPTIONS:-}
+
+strace() {
+    ASAN_OPTIONS=$WITHOUT_LEAK_SEARCH command strace "$@"
 }
 
 # with_end FILE: its text, whatever line feeds are at the end, with a "." added.

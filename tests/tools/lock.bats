@@ -40,7 +40,7 @@ teardown() {
 wait_in_background() {
     rm -f "$BASE/trace"
     # A background job of a script ignores SIGINT otherwise.
-    env --default-signal=INT strace -qq -e trace=fcntl -o "$BASE/trace" \
+    env --default-signal=INT ASAN_OPTIONS="$WITHOUT_LEAK_SEARCH" strace -qq -e trace=fcntl -o "$BASE/trace" \
         "$ZET_BIN/zet-client" --config "$HOST/zet.conf" "$@" >"$BASE/output" 2>"$BASE/stderr" 3>&- &
     WAITER=$!
     until grep -q "F_SETLK.*EAGAIN" "$BASE/trace" 2>/dev/null; do sleep 0.02; done
@@ -99,7 +99,7 @@ release_directory() {
 
 # edit_in_background VALUE: an edit of conf waits for the lock of the current directory when this returns.
 edit_in_background() {
-    strace -qq -e trace=flock -o "$BASE/trace" "$ZET_BIN/zet-client" --config zet.conf param set conf A "$1" 3>&- &
+    env ASAN_OPTIONS="$WITHOUT_LEAK_SEARCH" strace -qq -e trace=flock -o "$BASE/trace" "$ZET_BIN/zet-client" --config zet.conf param set conf A "$1" 3>&- &
     WAITER=$!
     until grep -q 'LOCK_EX.*EAGAIN' "$BASE/trace" 2>/dev/null; do sleep 0.02; done
 }

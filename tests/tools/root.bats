@@ -45,11 +45,11 @@ assert_in_tree() {
 
 @test "a check command that refuses, or cannot be started, names the target as it is in the tree" {
     echo 'check = false' >>tree/usr/share/zet/templates/targets.ini
-    run_in_tree commit-config
+    run_in_tree commit-config --run-checks
     assert_status 1
     [[ $stderr == "zet-client: error: $TREE/etc/one.conf: its check \"false\" refuses"* ]]
     sed -i 's/= false/= missing-program/' tree/usr/share/zet/templates/targets.ini
-    run_in_tree commit-config
+    run_in_tree commit-config --run-checks
     assert_status 1
     [[ $stderr == "zet-client: error: $TREE/etc/one.conf: what [one.conf] renders to cannot be checked: missing-program: "*")"$'\n' ]]
 }

@@ -125,7 +125,7 @@ zet-client: error: ended by a signal (${signal%/*}) before all was done (run the
         run_zet commit-config --diff
         assert_status 137
         assert_nothing_lost
-        assert_equal "$(find state -name 'zet-staging.*' | wc -l)" 1
+        assert_equal "$(find "$XDG_RUNTIME_DIR" -name 'zet-staging.*' | wc -l)" 1
         run_zet commit-config
         assert_status 0
         # The killed run could not name what it had written.

@@ -1,0 +1,158 @@
+# The private directories of files on their way: where they are, and what becomes of those that stay.
+
+load helper
+load set
+
+setup() {
+    make_set
+    script show <<-SCRIPT
+		#!/bin/sh
+		dirname "\$(dirname "\$(dirname "\$(dirname "\$1")")")" >>"$BASE/places"
+		stat -c '%a %U' "\$(dirname "\$(dirname "\$(dirname "\$1")")")" >>"$BASE/places"
+	SCRIPT
+    add_target one.conf $'password\n' "check = show {}"
+}
+
+teardown() {
+    remove_host
+}
+
+# assert_staged_in DIRECTORY WORD...: that is where the command has its files, and nobody else may look at them.
+assert_staged_in() {
+    local directory=$1
+    shift
+    rm -f "$BASE/places" out/*
+    run_zet -q "$@"
+    [[ $status -eq 0 || $status -eq 3 ]]
+    assert_file "$BASE/places" "$directory"$'\n'"700 $(id -un)"$'\n'
+}
+
+# commit_with CALL ERROR: a commit whose calls of that kind all fail.
+commit_with() {
+    capture strace -f -qq -o "$BASE/trace" \
+        -e "trace=$1" -e "inject=$1:error=$2" "$ZET_BIN/zet-client" --config zet.conf commit-config
+}
+
+@test "who writes has the files in the directory of the session, who looks where TMPDIR says" {
+    assert_staged_in "$XDG_RUNTIME_DIR" commit-config
+    assert_staged_in "$TMPDIR" commit-config -n
+    assert_staged_in "$TMPDIR" check-config
+    unset TMPDIR
+    assert_staged_in "$XDG_RUNTIME_DIR" check-config
+    export TMPDIR=$BASE/tmp
+}
+
+@test "a directory of the session that others may look into, or that is another's, is not used" {
+    chmod 750 "$XDG_RUNTIME_DIR"
+    run_zet -q commit-config
+    assert_status 0
+    ! grep -qF "$BASE/run" "$BASE/places"
+    chmod 700 "$XDG_RUNTIME_DIR"
+    if [[ $EUID -eq 0 ]]; then
+        chown 65534 "$XDG_RUNTIME_DIR"
+        rm out/* "$BASE/places"
+        run_zet -q commit-config
+        assert_status 0
+        ! grep -qF "$BASE/run" "$BASE/places"
+    fi
+}
+
+@test "without a place in memory, who writes has the files in the product's own directory" {
+    [[ $EUID -eq 0 ]] || skip "needs root, to hide the places in memory"
+    XDG_RUNTIME_DIR=$BASE/nowhere unshare -m bash -c '
+        set -e
+        mkdir "$BASE/full"
+        mount -t tmpfs -o size=1m none /dev/shm
+        mount -t tmpfs -o size=1m none /run
+        "$ZET_BIN/zet-client" --config zet.conf -q commit-config' || skip "no name spaces here"
+    assert_file "$BASE/places" "$HOST/state"$'\n'"700 $(id -un)"$'\n'
+}
+
+@test "in memory means in memory, where there is room for it" {
+    [[ $EUID -eq 0 ]] || skip "needs root, to have a place in memory"
+    XDG_RUNTIME_DIR=$BASE/nowhere unshare -m bash -c '
+        set -e
+        mount -t tmpfs -o size=1m none /run
+        mount -t tmpfs -o size=200m,mode=1777 none /dev/shm
+        "$ZET_BIN/zet-client" --config zet.conf -q commit-config
+        mount -t tmpfs -o size=200m none /run
+        rm out/*
+        "$ZET_BIN/zet-client" --config zet.conf -q commit-config
+        find /run /dev/shm -name "zet-staging.*"' >"$BASE/left" || skip "no name spaces here"
+    assert_file "$BASE/left" ""
+    assert_file "$BASE/places" "/dev/shm"$'\n'"700 $(id -un)"$'\n'"/run"$'\n'"700 $(id -un)"$'\n'
+}
+
+@test "rendered texts that cannot be removed are told, and the next run removes them" {
+    commit_with unlinkat EIO
+    assert_status 1
+    local directory
+    directory=$(find "$XDG_RUNTIME_DIR" -mindepth 1 -maxdepth 1)
+    [[ -n $directory ]]
+    assert_stderr "zet-client: error: $directory: holds rendered texts and could not be removed: Input/output error (remove it, or run the command again)"
+    assert_made one.conf $'password\n'
+    run_zet commit-config
+    assert_success "$HOST/out/one.conf: unchanged"
+    assert_equal "$(names_in "$XDG_RUNTIME_DIR")" ""
+}
+
+@test "a look whose texts cannot be removed fails, too, and says so in the document" {
+    capture strace -f -qq -o "$BASE/trace" \
+        -e trace=unlinkat -e inject=unlinkat:error=EIO "$ZET_BIN/zet-client" --config zet.conf --json commit-config -n
+    assert_status 1
+    assert_json 'd["exit_status"], len(d["errors"]), "could not be removed" in d["errors"][0]' '[1, 1, true]'
+    run_zet -q commit-config -n
+    assert_status 3
+    assert_equal "$(names_in "$TMPDIR")" ""
+}
+
+@test "what killed runs left is removed from every place that they may have used" {
+    local place
+    for place in "$XDG_RUNTIME_DIR" "$TMPDIR" "$HOST/state"; do
+        mkdir -p -m 700 "$place/zet-staging.abcdef/files/rendered"
+        echo password >"$place/zet-staging.abcdef/files/rendered/one.conf"
+        : >"$place/zet-staging.abcdef/lock"
+    done
+    ln -s "$HOST" "$TMPDIR/zet-staging.link"
+    if [[ $EUID -eq 0 ]]; then
+        mkdir -m 700 "$TMPDIR/zet-staging.foreign"
+        chown 65534 "$TMPDIR/zet-staging.foreign"
+    fi
+    run_zet -q commit-config
+    assert_success ""
+    assert_equal "$(names_in "$XDG_RUNTIME_DIR")" ""
+    [[ " $(names_in "$TMPDIR") " != *abcdef* && -L $TMPDIR/zet-staging.link ]]
+    [[ $EUID -ne 0 || -d $TMPDIR/zet-staging.foreign ]]
+    rm -r "$TMPDIR"/*
+}
+
+@test "a run that lives keeps its directory" {
+    mkdir -p -m 700 "$XDG_RUNTIME_DIR/zet-staging.abcdef/files"
+    : >"$XDG_RUNTIME_DIR/zet-staging.abcdef/lock"
+    mkfifo "$BASE/release"
+    python3 -c 'import fcntl, sys
+lock = open(sys.argv[1], "r+")
+fcntl.lockf(lock, fcntl.LOCK_EX)
+open(sys.argv[2], "w").close()
+open(sys.argv[3]).read()' "$XDG_RUNTIME_DIR/zet-staging.abcdef/lock" "$BASE/held" "$BASE/release" 3>&- &
+    while [[ ! -e $BASE/held ]]; do sleep 0.02; done
+    run_zet -q commit-config
+    assert_success ""
+    [[ -d $XDG_RUNTIME_DIR/zet-staging.abcdef/files ]]
+    : >"$BASE/release"
+    wait
+    run_zet -q commit-config
+    assert_equal "$(names_in "$XDG_RUNTIME_DIR")" ""
+}
+
+@test "where nothing can be locked, no directory stays" {
+    XDG_RUNTIME_DIR=$BASE/nowhere commit_with flock ENOLCK
+    assert_status 0
+    rm out/*
+    # The third call is the one that locks; the others are about descriptors.
+    capture strace -f -qq -o "$BASE/trace" \
+        -e trace=fcntl -e inject=fcntl:error=ENOLCK:when=3 "$ZET_BIN/zet-client" --config zet.conf commit-config -n
+    grep -q 'F_OFD_SETLK.*INJECTED' "$BASE/trace"
+    assert_refusal 1 "$TMPDIR: no directory for temporary files can be made here: No locks available (make room, or name another directory with TMPDIR)"
+    assert_equal "$(names_in "$TMPDIR")" ""
+}
