@@ -7,6 +7,7 @@
 #include <string>
 
 #include "Session.h"
+#include "SoundBlocks.h"
 #include "zet/IZETConfigFile.h"
 
 /// What the commands about one file have in common: finding and opening it, and what "param", "line" and
@@ -20,15 +21,12 @@ std::shared_ptr<IZETConfigFile> OpenedFile(Session& session, const std::string& 
 /// The caller's FILE to look something up or to edit it in: the real file, checked to be readable.
 std::string FileToRead(Session& session, const std::string& file);
 
-/// The text of a file that is going to be edited in place. A `Failure` when its markers are damaged.
-std::string TextToEdit(Session& session, const std::string& path);
-
 /// A `Failure` when an edit as the caller wants it would put a notice in front of a first line that has to
 /// stay the first.
-void RequireRoomForNotice(Session& session, const std::string& path, const std::string& text);
+void RequireRoomForNotice(Session& session, const std::string& path, const TextToEdit& text);
 
 /// A line that is going to be set in that text, with an end like the others there; mixed ends are told.
-std::string LineToSet(Session& session, const std::string& path, const std::string& text,
+std::string LineToSet(Session& session, const std::string& path, const TextToEdit& text,
                       const std::string& line);
 
 /// What to do when an edited file could not be saved: the module does not say why.
