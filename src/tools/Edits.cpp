@@ -5,11 +5,9 @@
 #include "FileBytes.h"
 #include "FirstLine.h"
 #include "HostLists.h"
-#include "LineEnds.h"
 #include "Remedy.h"
 #include "Render.h"
 #include "Secrets.h"
-#include "SoundBlocks.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET {
@@ -59,27 +57,19 @@ void RequireNoTarget(Session& session, const std::string& path) {
                   " and commit, or use --force)");
 }
 
-std::string TextToEdit(Session& session, const std::string& path) {
-    RequireNoTarget(session, path);
-    std::string text = ReadFileBytes(path);
-    RequireSoundBlocks(session, path, text);
-    return text;
-}
-
-void RequireRoomForNotice(Session& session, const std::string& path, const std::string& text) {
-    const FirstLine first = FirstLineOf(text);
+void RequireRoomForNotice(Session& session, const std::string& path, const TextToEdit& text) {
     // Where the module finds its notice, it puts none.
-    if (session.Asked().noMarkers || !MustComeFirst(first.text) ||
-        first.text.find(ZETNoticeMarker) != std::string_view::npos)
+    if (session.Asked().noMarkers || !MustComeFirst(text.firstLine) ||
+        text.firstLine.find(ZETNoticeMarker) != std::string::npos)
         return;
-    throw Failure(path + ":" + std::to_string(first.number) +
+    throw Failure(path + ":" + std::to_string(text.firstNumber) +
                   ": the programs that read the file need this line as its first, and a notice would come "
                   "before it (--no-markers edits without notice and markers)");
 }
 
-std::string LineToSet(Session& session, const std::string& path, const std::string& text,
+std::string LineToSet(Session& session, const std::string& path, const TextToEdit& text,
                       const std::string& line) {
-    const LineEnds ends = LineEndsOf(text);
+    const LineEnds& ends = text.ends;
     if (ends.otherLine != 0) {
         const char* const how =
             ends.isOtherCarriageReturn

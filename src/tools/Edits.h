@@ -7,6 +7,7 @@
 #include <string>
 
 #include "Session.h"
+#include "SoundBlocks.h"
 #include "zet/IZETConfigFile.h"
 
 /// What the commands about one file have in common: finding and opening it, and what "param", "line" and
@@ -27,16 +28,12 @@ std::string FileToShow(Session& session, const std::string& file);
 /// wants it edited all the same.
 void RequireNoTarget(Session& session, const std::string& path);
 
-/// The text of a file that is going to be edited in place. A `Failure` when it is such a target, or when its
-/// markers are damaged.
-std::string TextToEdit(Session& session, const std::string& path);
-
 /// A `Failure` when an edit as the caller wants it would put a notice in front of a first line that has to
 /// stay the first.
-void RequireRoomForNotice(Session& session, const std::string& path, const std::string& text);
+void RequireRoomForNotice(Session& session, const std::string& path, const TextToEdit& text);
 
 /// A line that is going to be set in that text, with an end like the others there; mixed ends are told.
-std::string LineToSet(Session& session, const std::string& path, const std::string& text,
+std::string LineToSet(Session& session, const std::string& path, const TextToEdit& text,
                       const std::string& line);
 
 /// What to do when an edited file could not be saved: the module does not say why.

@@ -148,6 +148,24 @@ void ReadLines(const std::string& path, const std::function<void(std::string_vie
     if (!begun.empty()) take(begun);
 }
 
+void ReadChunks(const std::string& path, const std::function<void(std::string_view lines)>& take) {
+    const OwnedDescriptor descriptor(OpenToRead(path));
+    std::string block(RoomFor(OpenedStatus(descriptor, path)), '\0');
+    std::size_t begun = 0;  // how much of the block is a line that is not read to its end
+    for (;;) {
+        const std::size_t count = ReadBlock(descriptor, path, block, begun);
+        if (count < block.size()) {
+            if (count > 0) take(std::string_view(block).substr(0, count));
+            return;
+        }
+        const std::size_t end = block.rfind('\n') + 1;
+        if (end > 0) take(std::string_view(block).substr(0, end));
+        block.erase(0, end);
+        begun = block.size();
+        block.resize(std::max(kBlock, begun * 2));
+    }
+}
+
 bool HaveSameBytes(const std::string& one, const std::string& other) {
     const OwnedDescriptor oneFile(OpenToRead(one));
     const struct stat status = OpenedStatus(oneFile, one);

@@ -18,6 +18,9 @@ std::string ReadFileBytes(const std::string& path);
 /// time is in memory.
 void ReadLines(const std::string& path, const std::function<void(std::string_view line)>& take);
 
+/// The same in pieces of whole lines with their line feeds, which the last one may lack.
+void ReadChunks(const std::string& path, const std::function<void(std::string_view lines)>& take);
+
 /// A `Failure` unless the path leads to a regular file that can be read.
 void RequireReadableFile(const std::string& path);
 

@@ -6,7 +6,6 @@
 #include "FileChange.h"
 #include "FileInPlace.h"
 #include "FirstLine.h"
-#include "Markers.h"
 #include "Replacement.h"
 #include "SoundBlocks.h"
 #include "zet/ZETFiles.h"
@@ -15,17 +14,6 @@
 namespace ZET {
 
 namespace {
-
-/// Whether there is anything to strip in a text with sound markers.
-bool HasOwnRegions(std::string_view text) {
-    for (std::size_t at = text.find(kMarkerStart); at != std::string_view::npos;
-         at = text.find(kMarkerStart, at + 1)) {
-        const Marker marker = MarkerOf(text.substr(at));
-        const bool isBegin = marker == Marker::BlockBegin || marker == Marker::Notice;
-        if (isBegin && (at == 0 || text[at - 1] == '\n')) return true;
-    }
-    return false;
-}
 
 /// One of the three commands on a file's reserve: what there is, and what the report says.
 struct ReserveWork {
@@ -93,11 +81,10 @@ int RecordAbsence(ReserveWork& work) {
 int RunFileStrip(Session& session) {
     FileChange change(session, session.Asked().file);
     RequireNoTarget(session, change.Path());
-    const std::string text = ReadFileBytes(change.Path());
-    RequireSoundRegions(session, change.Path(), text);
-    if (!HasOwnRegions(text)) return change.LeaveUnchanged("no managed block and no notice in it");
+    const TextToEdit text = LookAtRegions(session, change.Path());
+    if (!text.hasRegions) return change.LeaveUnchanged("no managed block and no notice in it");
     // A notice goes in again, but not in front of a line that has to stay the first.
-    const bool noNotice = MustComeFirst(FirstLineOf(text).text);
+    const bool noNotice = MustComeFirst(text.firstLine);
     const auto strip = [&session, noNotice](const std::string& path) {
         const auto file = OpenedFile(session, path, noNotice);
         file->RemoveZETMarkers();

@@ -45,8 +45,10 @@ int RunLineSet(Session& session) {
     RequireOneLine(asked.text, "LINE");
     RequireNoMarker(asked.text);
     FileChange change(session, asked.file);
-    const std::string text = TextToEdit(session, change.Path());
-    const std::string pattern = PatternForSet(session, change.Path(), text, asked.pattern);
+    RequireNoTarget(session, change.Path());
+    const std::string bytes = ReadFileBytes(change.Path());
+    const TextToEdit text = LookAtBlocks(session, change.Path(), bytes);
+    const std::string pattern = PatternForSet(session, change.Path(), bytes, asked.pattern);
     RequireRoomForNotice(session, change.Path(), text);
     const std::string line = LineToSet(session, change.Path(), text, asked.text);
     return change.Make(Edit(session, [&](IZETConfigFile& file) { file.SetLine(pattern, line); }),
@@ -57,8 +59,11 @@ int RunLineRestore(Session& session) {
     const Request& asked = session.Asked();
     RequirePattern(session, asked.pattern);
     FileChange change(session, asked.file);
-    const std::string text = TextToEdit(session, change.Path());
-    if (!HasSomethingToRestore(session, {change.Path(), text, asked.pattern, asked.pattern, asked.allBlocks}))
+    RequireNoTarget(session, change.Path());
+    const std::string bytes = ReadFileBytes(change.Path());
+    const TextToEdit text = LookAtBlocks(session, change.Path(), bytes);
+    if (!HasSomethingToRestore(session,
+                               {change.Path(), bytes, asked.pattern, asked.pattern, asked.allBlocks}))
         return change.LeaveUnchanged("nothing to restore for \"" + asked.pattern + "\"");
     RequireRoomForNotice(session, change.Path(), text);
     return change.Make(Edit(session, [&](IZETConfigFile& file) { file.RestoreLine(asked.pattern); }),

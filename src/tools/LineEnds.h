@@ -2,8 +2,11 @@
 #define ZET_LINE_ENDS_H
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
+
+#include "Markers.h"
 
 namespace ZET {
 
@@ -16,6 +19,23 @@ struct LineEnds {
 };
 
 LineEnds LineEndsOf(std::string_view text);
+
+/// The same for a text that comes in pieces of whole lines.
+class LineEndScan {
+  public:
+    /// `before` is how many lines came before these.
+    void Take(std::string_view lines, std::size_t before);
+    LineEnds End();
+
+  private:
+    void TakeLine(std::string_view line, std::size_t number);
+    void Count(bool isCarriageReturn, std::size_t number);
+
+    LineEnds m_ends;
+    std::optional<bool> m_isFirstCarriageReturn;
+    Marker m_until = Marker::None;  ///< inside of a region: its end
+    std::size_t m_emptyLine = 0;    ///< that may be the one before a block that was appended
+};
 
 /// A line that is to be set, with the end of the others but for its line feed.
 std::string WithLineEnd(const std::string& line, const LineEnds& ends);

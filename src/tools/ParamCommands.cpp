@@ -39,8 +39,11 @@ int RunParamSet(Session& session) {
     RequireParamName(asked.name);
     RequireOneLine(asked.text, "VALUE");
     FileChange change(session, asked.file);
-    const std::string text = TextToEdit(session, change.Path());
-    RequireLiteralName(session, change.Path(), text, kEditOpening, asked.name);
+    RequireNoTarget(session, change.Path());
+    const TextToEdit text = LookAtBlocks(session, change.Path());
+    if (!IsLiteralName(asked.name)) {
+        RequireLiteralName(session, change.Path(), ReadFileBytes(change.Path()), kEditOpening, asked.name);
+    }
     RequireRoomForNotice(session, change.Path(), text);
     const std::string value = LineToSet(session, change.Path(), text, asked.text);
     return change.Make(Edit(session, [&](IZETConfigFile& file) { file.SetParamValue(asked.name, value); }),
@@ -51,10 +54,12 @@ int RunParamRestore(Session& session) {
     const Request& asked = session.Asked();
     RequireParamName(asked.name);
     FileChange change(session, asked.file);
-    const std::string text = TextToEdit(session, change.Path());
-    RequireLiteralName(session, change.Path(), text, std::string("^") + ZETFormerLinePrefix + kRestoreOpening,
-                       asked.name);
-    if (!HasSomethingToRestore(session, {change.Path(), text, kRestoreOpening + asked.name + "=",
+    RequireNoTarget(session, change.Path());
+    const std::string bytes = ReadFileBytes(change.Path());
+    const TextToEdit text = LookAtBlocks(session, change.Path(), bytes);
+    RequireLiteralName(session, change.Path(), bytes,
+                       std::string("^") + ZETFormerLinePrefix + kRestoreOpening, asked.name);
+    if (!HasSomethingToRestore(session, {change.Path(), bytes, kRestoreOpening + asked.name + "=",
                                          kEditOpening + asked.name + "=", asked.allBlocks})) {
         return change.LeaveUnchanged("nothing to restore for \"" + asked.name + "\"");
     }

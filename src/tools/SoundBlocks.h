@@ -1,10 +1,12 @@
 #ifndef ZET_SOUND_BLOCKS_H
 #define ZET_SOUND_BLOCKS_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "LineEnds.h"
 #include "NoticeTexts.h"
 #include "RepairText.h"
 #include "Session.h"
@@ -18,11 +20,20 @@ namespace ZET {
 /// text without damage, as most are, is only looked through once.
 std::optional<MarkerDamage> FindDamage(std::string_view text, const NoticeTexts* noticeTexts = nullptr);
 
-/// Throws it as a `Failure`; `text` is that of the file at `path`.
-void RequireSoundBlocks(Session& session, const std::string& path, std::string_view text);
+/// What an edit has to know of the text of its file, seen in one look.
+struct TextToEdit {
+    LineEnds ends;
+    std::string firstLine;  ///< that is not empty
+    std::size_t firstNumber = 0;
+    bool hasRegions = false;  ///< managed blocks or notices
+};
 
-/// The same for an edit that takes the notices out, too.
-void RequireSoundRegions(Session& session, const std::string& path, std::string_view text);
+/// Damage of the file's blocks is a `Failure`. With `text`, the file is not read again.
+TextToEdit LookAtBlocks(Session& session, const std::string& path);
+TextToEdit LookAtBlocks(Session& session, const std::string& path, const std::string& text);
+
+/// The same for an edit that takes the notices out, too; it does not ask how the lines end.
+TextToEdit LookAtRegions(Session& session, const std::string& path);
 
 }  // namespace ZET
 

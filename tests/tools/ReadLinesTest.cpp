@@ -45,6 +45,24 @@ TEST_F(ReadLinesTest, LinesOfAnyLengthComeAsAWhole) {
     }
 }
 
+TEST_F(ReadLinesTest, PiecesAreTheTextCutBetweenLines) {
+    constexpr std::size_t kBlock = std::size_t{128} << 10;
+    for (const std::size_t length :
+         {std::size_t{0}, std::size_t{9}, kBlock - 2, kBlock - 1, kBlock, 3 * kBlock}) {
+        for (const char* rest : {"", "\n", "\nlast", "\n\nlast\n"}) {
+            const std::string text = "a\nb\n" + std::string(length, 'x') + rest;
+            LinesOf(text);
+            std::string read;
+            ReadChunks(m_path, [&](std::string_view lines) {
+                EXPECT_TRUE(read.empty() || read.ends_with('\n'));
+                EXPECT_FALSE(lines.empty());
+                read += lines;
+            });
+            EXPECT_TRUE(read == text) << length << rest;
+        }
+    }
+}
+
 TEST_F(ReadLinesTest, FileThatIsNotThereIsAFailure) {
     EXPECT_THROW(ReadLines(m_path, [](std::string_view) {}), Failure);
 }
