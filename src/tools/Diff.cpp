@@ -66,7 +66,7 @@ Value TextOrNull(const FileState& state, std::string (*text)(const FileState&)) 
 std::string ComplaintsIn(const std::string& output) {
     std::string complaints;
     for (const TextLine& line : SplitLines(output)) {
-        if (line.text.starts_with("diff: ")) complaints += "\n" + std::string(line.text);
+        if (line.text.starts_with("diff: ")) complaints += std::string(line.text) + "\n";
     }
     return complaints;
 }

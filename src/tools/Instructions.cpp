@@ -12,7 +12,9 @@ namespace {
 
 std::optional<Problem> Check(const Paths& paths, const std::string& path) {
     const FoundFile found = paths.FindOpened(path);
-    return found.status ? found.judge.ObjectionToRead(found.path, *found.status) : std::nullopt;
+    // What is neither is told by whoever wants to read it.
+    const bool isJudged = found.status && (S_ISREG(found.status->st_mode) || S_ISDIR(found.status->st_mode));
+    return isJudged ? found.judge.ObjectionToRead(found.path, *found.status) : std::nullopt;
 }
 
 }  // namespace

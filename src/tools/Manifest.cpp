@@ -18,7 +18,21 @@ std::string Manifest::FileOf(Session& session, const std::string& role) {
 }
 
 Manifest::Manifest(Session& session, const std::string& role)
+    : Manifest(session, role, Damaged::IsFailure) {}
+
+Manifest::Manifest(Session& session, const std::string& role, Damaged damaged)
     : m_session(session), m_file(FileOf(session, role)) {
+    try {
+        Read();
+    } catch (const Failure& failure) {
+        if (damaged == Damaged::IsFailure) throw;
+        m_isDamaged = true;
+        m_entries.clear();
+        session.Out().Warning(failure.what());
+    }
+}
+
+void Manifest::Read() {
     RequireStateFile(m_file);
     if (!IsFileExist(m_file)) return;
     TextReader lines(ReadFileBytes(m_file));
@@ -32,7 +46,7 @@ Manifest::Manifest(Session& session, const std::string& role)
             throw Failure(m_file + ":" + std::to_string(number) +
                           ": is no line INODE SIZE MTIME MODE PATH (remove the file, then commit again)");
         }
-        Add(session.HostPaths().WithRealDirectory(session.HostPaths().FromInside(path)), entry);
+        Add(m_session.HostPaths().WithRealDirectory(m_session.HostPaths().FromInside(path)), entry);
     }
 }
 
@@ -81,6 +95,7 @@ void Manifest::Record(const std::string& path) {
 }
 
 void Manifest::Save() const {
+    if (m_isDamaged) return;
     TextWriter text;
     for (const auto& [path, entry] : m_entries) {
         text << std::dec << entry.inode << ' ' << entry.size << ' ' << entry.time << ' ' << std::oct

@@ -19,6 +19,11 @@ class Manifest {
     explicit Manifest(Session& session) : Manifest(session, session.Role()) {}
     Manifest(Session& session, const std::string& role);
 
+    /// For who takes back what was written, which stands beside the files: one that cannot be read is told, is
+    /// empty, and stays.
+    enum class Damaged { IsFailure, IsEmpty };
+    Manifest(Session& session, const std::string& role, Damaged damaged);
+
     static std::string FileOf(Session& session) { return FileOf(session, session.Role()); }
 
     /// Paths are those of real files, links followed, also those among the directories.
@@ -52,8 +57,11 @@ class Manifest {
     static Entry EntryOf(const std::string& path);
     void Add(const std::string& path, const Entry& entry);
 
+    void Read();
+
     Session& m_session;
     std::string m_file;
+    bool m_isDamaged = false;
     std::map<std::string, Entry> m_entries;
 };
 

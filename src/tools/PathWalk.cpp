@@ -123,7 +123,7 @@ void PathWalk::GoInto(const std::string& component) {
     if (entry < 0) {
         const bool isUnseen = errno == EACCES && m_unseen == Unseen::IsTakenAsWritten;
         if (errno != ENOENT && !isUnseen) FailToLook(NameOf(component));
-        if (IsEnd()) JudgeStep(component, nullptr, true);
+        JudgeStep(component, nullptr, IsEnd());
         m_beyond.push_back(component);
         return;
     }

@@ -72,8 +72,8 @@ FoundFile Paths::Find(const std::string& path, const std::string& trusted) const
     return Walk(m_root, PathWalk::Unseen::Fails, trusted).To(StartOf(path));
 }
 
-FoundFile Paths::FindReal(const std::string& path) const {
-    return Walk(m_root, PathWalk::Unseen::Fails).ToLink(StartOf(NameInside(path)));
+FoundFile Paths::FindReal(const std::string& path, const std::string& trusted) const {
+    return Walk(m_root, PathWalk::Unseen::Fails, trusted).ToLink(StartOf(NameInside(path)));
 }
 
 std::string Paths::Canonical(const std::string& path) const {

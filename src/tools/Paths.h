@@ -27,7 +27,7 @@ class Paths {
 
     /// The same for a path that can be opened; and of one whose last component was followed already.
     FoundFile FindOpened(const std::string& path) const { return Find(NameInside(path)); }
-    FoundFile FindReal(const std::string& path) const;
+    FoundFile FindReal(const std::string& path, const std::string& trusted = "") const;
 
     /// The one name of the file, all links followed, whatever way leads to it: fit to be compared. Where this
     /// user may not look, it is taken as it is written.

@@ -10,6 +10,7 @@
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "FileInPlace.h"
+#include "HostLists.h"
 #include "Staging.h"
 #include "StateFile.h"
 #include "TextStreams.h"
@@ -85,6 +86,16 @@ class LeftOvers {
     std::set<uid_t> m_owners{geteuid()};
 };
 
+/// A target may be in a directory that the list trusts.
+std::string TrustedAt(Session& session, const std::string& path) {
+    try {
+        const Target* const target = session.Lists().TargetNamed(session.Lists().NameOf(path));
+        return target == nullptr ? "" : target->trusted;
+    } catch (const Failure&) {
+        return "";  // whoever needs the list is told why it cannot be read
+    }
+}
+
 }  // namespace
 
 PendingRecord::PendingRecord(Session& session, const std::vector<std::string>& paths)
@@ -130,7 +141,7 @@ std::set<std::string> PendingRecord::ClearLeftOvers(Session& session) {
     for (const std::string& path : paths) {
         try {
             LeftOvers leftOvers(session, path, record.st_mtim);
-            FileInPlace(session.HostPaths().FindReal(path), path).Within([&](const std::string& name) {
+            FileInPlace(session.HostPaths().FindReal(path, TrustedAt(session, path)), path).Within([&](const std::string& name) {
                 leftOvers.Clear(name);
             });
         } catch (const Failure& failure) {

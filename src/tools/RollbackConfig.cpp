@@ -59,9 +59,9 @@ class Rollback {
         : m_session(session),
           m_report(session.Out()),
           m_isDryRun(session.Asked().dryRun),
-          m_manifest(session),
+          m_manifest(session, session.Role(), Manifest::Damaged::IsEmpty),
           m_otherRole(session.Role() == "server" ? "client" : "server"),
-          m_otherManifest(session, m_otherRole) {
+          m_otherManifest(session, m_otherRole, Manifest::Damaged::IsEmpty) {
         m_report.Set("role", session.Role());
         m_report.Set("dry_run", m_isDryRun);
         m_report.AddList("targets");

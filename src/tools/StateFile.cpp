@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <cstdint>
+
 #include "Diff.h"
 #include "ExitStatus.h"
 #include "FileBytes.h"
@@ -11,8 +13,12 @@
 namespace ZET {
 
 void RequireStateFile(const std::string& file) {
+    constexpr std::int64_t kLargest = std::int64_t{64} << 20;  // ten times what a hundred thousand targets need
     const FileState state = StateOf(file);
-    if (state.exists && !state.IsRegular()) throw Failure(file + ": is no regular file (move it away)");
+    if (!state.exists) return;
+    if (!state.IsRegular()) throw Failure(file + ": is no regular file (move it away)");
+    if (VersionOf(file).size > kLargest)
+        throw Failure(file + ": is larger than any that is written here (move it away)");
 }
 
 void ReplaceStateFile(const std::string& file, const std::string& text) {

@@ -1,6 +1,7 @@
 #include "TargetCheck.h"
 
 #include <fcntl.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -197,6 +198,10 @@ class TargetChecker {
     /// Its directory, and the way there.
     std::vector<Problem> CheckPlace(const Target& target, const std::string& path) {
         std::vector<Problem> problems = CheckDirectory(DirectoryOf(path), path, "the target in the list");
+        if (!target.trusted.empty() && getpwnam(target.trusted.c_str()) == nullptr) {
+            problems.push_back({path, 0, 0, "this host has no user \"" + target.trusted + "\", whom its entry trusts",
+                                "correct trust in the list, or make the user"});
+        }
         const FoundFile found = m_session.HostPaths().Find(target.path, target.trusted);
         if (problems.empty() && geteuid() == 0 && found.judge.Objection())
             problems.push_back(*found.judge.Objection());

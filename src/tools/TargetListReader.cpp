@@ -197,9 +197,12 @@ class ListReader {
             if (value != "true" && value != "false")
                 AddProblem(m_line, "secret is \"" + value + "\"", "write true or false");
             target.isSecret = value != "false";
+        } else if (key == "trust") {
+            if (value.empty()) AddProblem(m_line, "trust is empty", "name a user, or remove the line");
+            target.trusted = value;
         } else {
             AddProblem(m_line, "unknown key \"" + key + "\"",
-                       "use target, roles, check, check_timeout, restart or secret");
+                       "use target, roles, check, check_timeout, restart, secret or trust");
         }
     }
 

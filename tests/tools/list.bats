@@ -64,8 +64,8 @@ to be restarted: one;two"
 }
 
 @test "an unknown key is told with its line" {
-    assert_list_problems "$LIST:4: unknown key \"targets\" (use target, roles, check, check_timeout, restart or secret)
-$LIST:5: unknown key \"Target\" (use target, roles, check, check_timeout, restart or secret)" <<-END
+    assert_list_problems "$LIST:4: unknown key \"targets\" (use target, roles, check, check_timeout, restart, secret or trust)
+$LIST:5: unknown key \"Target\" (use target, roles, check, check_timeout, restart, secret or trust)" <<-END
 		[one.conf]
 		target = $HOST/out/one.conf
 		roles = both

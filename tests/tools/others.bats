@@ -152,6 +152,54 @@ assert_secret_kept() {
     assert_success 1
 }
 
+@test "a target in a directory of a service's is written when the list trusts that user" {
+    need_root
+    add_target one.conf $'x\n'
+    mkdir service
+    chown nobody service
+    sed -i "s|$HOST/out/one.conf|$HOST/service/one.conf|" templates/targets.ini
+    run_zet commit-config
+    assert_status 1
+    [[ $stderr == *"$HOST/service/one.conf: would be a file of root's in a directory of nobody"* ]]
+    echo 'trust = nobody' >>templates/targets.ini
+    run_zet commit-config
+    assert_status 0
+    assert_equal "$(stat -c %u service/one.conf)" 0
+    # A killed run is cleared up there, too.
+    printf '%s\n' "$HOST/service/one.conf" >state/zet.pending
+    sleep 0.05
+    echo half >service/one.conf.tmp
+    run_zet commit-config
+    assert_stderr "zet-client: removed $HOST/service/one.conf.tmp, which a run that was cut short left"
+    run_zet rollback-config
+    assert_status 0
+    assert_equal "$(names_in service)" ""
+    sed -i 's/trust = nobody/trust = nosuchuser/' templates/targets.ini
+    run_zet check-config
+    assert_status 1
+    [[ $output == *"this host has no user \"nosuchuser\", whom its entry trusts"* ]]
+}
+
+@test "a damaged record of the commits stops no rollback" {
+    add_target one.conf $'x\n'
+    original one.conf $'old\n'
+    zet commit-config
+    echo damaged >state/zet-client.manifest
+    run_zet rollback-config
+    assert_status 0
+    [[ $stderr == *"warning: $HOST/state/zet-client.manifest:1: is no line INODE SIZE MTIME MODE PATH"* ]]
+    assert_file out/one.conf $'old\n'
+    assert_equal "$(names_in out)" one.conf
+}
+
+@test "a file of the state that is too large is told at once" {
+    add_target one.conf $'x\n'
+    truncate -s 1G state/zet.pending
+    run_zet commit-config
+    assert_refusal 1 "$HOST/state/zet.pending: is larger than any that is written here (move it away)"
+    rm state/zet.pending
+}
+
 @test "a link that cannot be read is not taken for a file" {
     ln -s conf link
     for error in EIO EMFILE EACCES; do

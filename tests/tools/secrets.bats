@@ -326,13 +326,13 @@ $HOST/etc/linked: line 1 changed (text not shown: the file is not for everybody;
 
 @test "a diff that breaks off shows nothing of what it had printed" {
     mkdir "$BASE/bin"
-    printf '#!/bin/sh\necho "+word"\necho "diff: out of memory" >&2\nexit 2\n' >"$BASE/bin/diff"
+    printf '#!/bin/sh\necho "+word"\necho "  diff: out of memory" >&2\nexit 2\n' >"$BASE/bin/diff"
     chmod +x "$BASE/bin/diff"
     chmod 640 conf
     PATH=$BASE/bin:$PATH
     run_zet param set -n --diff conf a word
     assert_refusal 1 "conf: no diff can be made, as diff ends with status 2 (run the command again)
-diff: out of memory"
+  diff: out of memory"
 }
 
 @test "the values are printed to whoever may read the configuration file" {
