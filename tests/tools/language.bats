@@ -45,6 +45,7 @@ edited_file() {
 		msgid "Process config file '%s'..."
 		msgstr "Bearbeite »%s« ..."
 	END
+    echo a=1 >f
     LC_ALL=C.UTF-8 LANGUAGE=de run_translated -v param set f b 1
     assert_status 0
     assert_stderr "zet-client: notice: Bearbeite »f« ..."

@@ -85,7 +85,7 @@ live_together() {
     # Somebody edits a file by hand.
     sed -i 's/^uri.*/uri ldap:\/\/elsewhere/' tree/etc/nslcd.conf
     assert_equal "$(state_of_target /etc/nslcd.conf)" edited
-    on commit-config -n --diff --show-secrets nslcd.conf
+    on commit-config -n --diff nslcd.conf
     assert_status 3
     [[ $output == *"$TREE/etc/nslcd.conf: would be changed"* && $output != *elsewhere* ]]
     on commit-config

@@ -326,7 +326,7 @@ $HOST/etc/linked: line 1 changed (text not shown: the file is not for everybody;
 
 @test "a diff that breaks off shows nothing of what it had printed" {
     mkdir "$BASE/bin"
-    printf '#!/bin/sh\necho "+word"\necho "  diff: out of memory" >&2\nexit 2\n' >"$BASE/bin/diff"
+    printf '#!/bin/sh\necho "+word"\necho "diff: out of memory" >&2\nexit 2\n' >"$BASE/bin/diff"
     chmod +x "$BASE/bin/diff"
     chmod 640 conf
     PATH=$BASE/bin:$PATH
