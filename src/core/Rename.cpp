@@ -35,6 +35,8 @@ class Renaming {
         const bool isNewText = m_file.path == m_to + ZETTemporarySuffix;
         if (isNewText) RequirePlainFile();
         AskGuard(false);
+        // The guard may have given the file its mode.
+        if (::fstat(m_file.descriptor.Number(), &m_file.status) != 0) Refuse();
         const ParentDirectory target(m_to);
         std::optional<ParentDirectory> source;
         if (ParentOf(m_file.path) != ParentOf(m_to)) source.emplace(m_file.path);

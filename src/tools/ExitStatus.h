@@ -32,6 +32,12 @@ class Failure : public std::runtime_error {
     std::string m_lines;
 };
 
+/// A file of the product's that cannot be what it wrote.
+class Damage : public Failure {
+  public:
+    using Failure::Failure;
+};
+
 }  // namespace ZET
 
 #endif

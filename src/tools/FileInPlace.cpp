@@ -29,6 +29,12 @@ std::string PartBeforeName(const std::string& path) {
     return path.substr(0, path.rfind('/') + 1);
 }
 
+void ReplaceAll(std::string& text, const std::string& former, const std::string& present) {
+    for (std::size_t at = text.find(former); at != std::string::npos;
+         at = text.find(former, at + present.size()))
+        text.replace(at, former.size(), present);
+}
+
 }  // namespace
 
 thread_local FileInPlace::Visit* FileInPlace::s_visit = nullptr;
@@ -47,7 +53,8 @@ std::optional<uid_t> FileInPlace::Holder() const {
     return geteuid() == 0 ? m_found.judge.Holder() : std::nullopt;
 }
 
-FileInPlace::Visit::Visit(const FileInPlace& file) : m_file(file) {
+FileInPlace::Visit::Visit(const FileInPlace& file) : m_file(file), m_name(file.m_path) {
+    if (m_file.m_access == Access::FromWithinItsDirectory) FindWay();
     Enter();
     s_visit = this;
 }
@@ -57,46 +64,40 @@ FileInPlace::Visit::~Visit() {
     s_visit = nullptr;
 }
 
-void FileInPlace::Visit::Enter() {
-    m_name = m_file.m_path;
-    if (m_file.m_access == Access::ByPath) return;
-    GoThere();
-    m_name = m_prefix + m_file.m_found.name;
-    if (const std::optional<uid_t> holder = m_file.Holder())
-        m_rights = std::make_unique<RightsOf>(*holder, m_file.m_found.status->st_gid);
-    SetLogWording([this](const std::string& text) { return Readable(text); });
-}
-
-void FileInPlace::Visit::GoThere() {
+/// Where the directory cannot be gone to, or not come back from, its descriptor serves.
+void FileInPlace::Visit::FindWay() {
     const int directory = m_file.m_found.directory->descriptor;
     if (HasDirectoryOfItsOwn()) m_former = OwnedDescriptor(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (m_former < 0) {
-        // Where it cannot be gone to, or not come back from.
-        m_prefix = "/proc/self/fd/" + std::to_string(directory) + "/";
-        return;
-    }
-    m_prefix = kHere;
-    if (fchdir(directory) != 0) {
+    m_prefix = m_former >= 0 ? kHere : "/proc/self/fd/" + std::to_string(directory) + "/";
+    m_name = m_prefix + m_file.m_found.name;
+    if (const std::optional<uid_t> holder = m_file.Holder())
+        m_rights.emplace(*holder, m_file.m_found.status->st_gid);
+}
+
+void FileInPlace::Visit::Enter() {
+    if (m_former >= 0 && fchdir(m_file.m_found.directory->descriptor) != 0) {
         throw Failure(m_file.m_found.directory->name + ": cannot be used: " + std::strerror(errno) +
                       " (run the command as a user who may)");
     }
+    if (m_rights) m_rights->Take();
+    if (!m_prefix.empty()) SetLogWording([this](const std::string& text) { return Readable(text); });
 }
 
 /// Nothing in here can fail but going back, and that only where the former directory was closed to this user
 /// meanwhile; what is looked up there fails then, too.
 void FileInPlace::Visit::Leave() noexcept {
     SetLogWording({});
-    m_rights.reset();
+    if (m_rights) m_rights->Drop();
     if (m_former >= 0) static_cast<void>(fchdir(m_former) == 0);
 }
 
 std::string FileInPlace::Visit::Readable(const std::string& text) const {
+    if (m_prefix.empty()) return text;
     std::string readable = text;
-    if (m_prefix.empty()) return readable;
-    const std::string before = PartBeforeName(m_file.m_path);
-    for (std::size_t at = readable.find(m_prefix); at != std::string::npos;
-         at = readable.find(m_prefix, at + before.size()))
-        readable.replace(at, m_prefix.size(), before);
+    ReplaceAll(readable, m_prefix, PartBeforeName(m_file.m_path));
+    // The directory itself is only named in quotes.
+    ReplaceAll(readable, "'" + m_prefix.substr(0, m_prefix.size() - 1) + "'",
+               "'" + DirectoryOf(m_file.m_path) + "'");
     return readable;
 }
 

@@ -22,8 +22,8 @@ class FileInPlace {
     /// The module finds its own main file itself, by its path.
     enum class Access { FromWithinItsDirectory, ByPath };
 
-    /// `found` is where the path that the caller named leads, and `path` how the reader knows what is there. A
-    /// `Failure` when it is in no directory, or when somebody could lead root, who runs the command, to
+    /// `found` is where the path that the caller named leads, and `path` how the reader knows what is there.
+    /// A `Failure` when it is in no directory, or when somebody could lead root, who runs the command, to
     /// another file on the way.
     FileInPlace(FoundFile found, const std::string& path, Access access = Access::FromWithinItsDirectory);
 
@@ -32,6 +32,10 @@ class FileInPlace {
 
     /// The user other than root in whose directory it is, if root runs the command.
     std::optional<uid_t> Holder() const;
+
+    /// The directory, and the file's name in it; valid as long as the object.
+    int Directory() const { return m_found.directory->descriptor; }
+    const std::string& NameInDirectory() const { return m_found.name; }
 
     /// Calls `call(name)`, in the directory, where the file is called `name`. Where the directory lies with
     /// another user than root, with his rights only. What the core and the module say of the file names it as
@@ -74,17 +78,18 @@ class FileInPlace {
         const std::string& Name() const { return m_name; }
         std::string Readable(const std::string& text) const;
 
+        /// Asks for no memory: what was begun in the directory can be cleared up when there is none.
         void Enter();
         void Leave() noexcept;
 
       private:
-        void GoThere();
+        void FindWay();
 
         const FileInPlace& m_file;
-        std::string m_prefix;  ///< before names in the directory
+        OwnedDescriptor m_former;  ///< the directory of before; none where it is not left
+        std::string m_prefix;      ///< before names in the directory
         std::string m_name;
-        OwnedDescriptor m_former;
-        std::unique_ptr<RightsOf> m_rights;
+        std::optional<RightsOf> m_rights;
     };
 
     static Visit* Suspend();

@@ -13,18 +13,31 @@
 
 namespace ZET {
 
+namespace {
+
+/// A file to which no way leads any more keeps the name that it had.
+std::string NameOf(const Paths& paths, const std::string& recorded) {
+    const std::string path = paths.FromInside(recorded);
+    try {
+        return paths.WithRealDirectory(path);
+    } catch (const LinkLoop&) {
+        return path;
+    }
+}
+
+}  // namespace
+
 std::string Manifest::FileOf(Session& session, const std::string& role) {
     return session.Param("ZET_VAR_LIB_DIR") + "/zet-" + role + ".manifest";
 }
 
-Manifest::Manifest(Session& session, const std::string& role)
-    : Manifest(session, role, Damaged::IsFailure) {}
+Manifest::Manifest(Session& session, const std::string& role) : Manifest(session, role, Damaged::IsFailure) {}
 
 Manifest::Manifest(Session& session, const std::string& role, Damaged damaged)
     : m_session(session), m_file(FileOf(session, role)) {
     try {
         Read();
-    } catch (const Failure& failure) {
+    } catch (const Damage& failure) {
         if (damaged == Damaged::IsFailure) throw;
         m_isDamaged = true;
         m_entries.clear();
@@ -43,10 +56,10 @@ void Manifest::Read() {
         std::string path;
         words >> entry.inode >> entry.size >> entry.time >> std::oct >> entry.mode >> std::ws;
         if (!words || !std::getline(words, path) || path.front() != '/') {
-            throw Failure(m_file + ":" + std::to_string(number) +
-                          ": is no line INODE SIZE MTIME MODE PATH (remove the file, then commit again)");
+            throw Damage(m_file + ":" + std::to_string(number) +
+                         ": is no line INODE SIZE MTIME MODE PATH (remove the file, then commit again)");
         }
-        Add(m_session.HostPaths().WithRealDirectory(m_session.HostPaths().FromInside(path)), entry);
+        Add(NameOf(m_session.HostPaths(), path), entry);
     }
 }
 

@@ -142,8 +142,8 @@ void PathWalk::GoInto(const std::string& component) {
 void PathWalk::Follow(const std::string& component, const OwnedDescriptor& link, const struct stat& status) {
     JudgeStep(component, &status, false);
     if (++m_links > kMostLinks) {
-        throw Failure(m_path +
-                      ": too many symbolic links, as when one leads back to itself (correct the links)");
+        throw LinkLoop(m_path +
+                       ": too many symbolic links, as when one leads back to itself (correct the links)");
     }
     const std::string target = TargetOf(link, NameOf(component));
     if (target.front() == '/') m_walked.resize(1);

@@ -10,11 +10,18 @@
 #include <string>
 #include <vector>
 
+#include "ExitStatus.h"
 #include "OwnedDescriptor.h"
 #include "PathJudge.h"
 #include "Problem.h"
 
 namespace ZET {
+
+/// Links that lead in a circle, or too many of them.
+class LinkLoop : public Failure {
+  public:
+    using Failure::Failure;
+};
 
 /// A directory that is held: whatever its name leads to later, the descriptor leads to it.
 struct HeldDirectory {

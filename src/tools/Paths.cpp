@@ -90,7 +90,7 @@ std::string Paths::RealName(const std::string& path) const {
 
 std::string Paths::WithRealDirectory(const std::string& path) const {
     if (HasRoot()) return path;
-    const std::string directory = RealName(DirectoryOf(path));
+    const std::string directory = Canonical(DirectoryOf(path));
     return (directory == "/" ? "" : directory) + "/" + BaseNameOf(path);
 }
 

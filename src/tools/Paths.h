@@ -37,8 +37,9 @@ class Paths {
     /// cannot be found out, the path itself.
     std::string RealName(const std::string& path) const;
 
-    /// The same, but a link in the last component is not followed: fit to keep what is known of a file. A
-    /// path under a root, where `Resolved` follows every link, is returned as it is.
+    /// The one name of the file for a path that can be opened, but a link in the last component is not
+    /// followed: fit to keep what is known of a file. A path under a root, where `Resolved` follows every
+    /// link, is returned as it is.
     std::string WithRealDirectory(const std::string& path) const;
 
     /// Whether the system, which knows nothing of the root, is led to a file inside it by this path, which

@@ -4,6 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <exception>
+#include <new>
+
 #include "Diff.h"
 #include "ExitStatus.h"
 #include "OwnedDescriptor.h"
@@ -16,7 +19,6 @@ namespace ZET {
 namespace {
 
 constexpr mode_t kSetIdBits = S_ISUID | S_ISGID;
-constexpr auto kAsItIs = static_cast<uid_t>(-1);
 
 /// For as long as the object lives, each rename is seen by the guard before it is made.
 class GuardedRenames {
@@ -40,7 +42,23 @@ Replacement::Replacement(Session& session, const FileInPlace& file, const FileVe
     : m_session(session), m_file(file), m_version(version), m_former(StateOf(file.Path())) {}
 
 Replacement::~Replacement() {
-    if (!m_isMade && !m_newCompanions.empty()) TakeBackCompanions();
+    if (m_isMade || m_newCompanions.empty()) return;
+    try {
+        // After the rename something can fail, too: then the original is needed.
+        if (VersionOf(m_file.Path()) == m_version) TakeBackCompanions();
+    } catch (const std::bad_alloc&) {
+        // There is no room for words about it either; what ended the write is on its way to the reader.
+    } catch (const std::exception& error) {
+        TellIfPossible(error);
+    }
+}
+
+void Replacement::TellIfPossible(const std::exception& error) noexcept {
+    try {
+        m_session.Out().Warning(m_file.Path() + ": its reserve stays: " + WithRemedy(error.what()));
+    } catch (const std::bad_alloc&) {
+        // As above.
+    }
 }
 
 void Replacement::KeepOriginal() {
@@ -61,10 +79,12 @@ void Replacement::Make(mode_t mode, const Operation& operation, const Judge& jud
         const GuardedRenames renames([&](const ZETRename& rename) {
             if (rename.to == name && rename.from == name + ZETTemporarySuffix) Guard(rename, mode, judge);
         });
+        // Named before, since there may be no memory left.
+        const std::string temporary = m_file.NameInDirectory() + ZETTemporarySuffix;
         try {
             operation(name);
         } catch (...) {
-            RemoveTemporary(name);
+            RemoveTemporary(temporary);
             throw;
         }
     });
@@ -83,48 +103,47 @@ void Replacement::Guard(const ZETRename& rename, mode_t mode, const Judge& judge
 /// The mode; and what its owner may not give his file, root gives it.
 void Replacement::Complete(int descriptor, const std::string& path, mode_t mode) const {
     struct stat made = {};
-    if (descriptor < 0 || fstat(descriptor, &made) != 0) return RequireMode(descriptor, path, mode & ~kSetIdBits);
-    if (m_file.Holder() && made.st_uid == m_former.owner && made.st_nlink == 1 && made.st_gid != m_former.group &&
-        fchown(descriptor, kAsItIs, m_former.group) == 0)
-        made.st_gid = m_former.group;
-    const bool isOwnerFinal =
-        !m_former.exists || (made.st_uid == m_former.owner && made.st_gid == m_former.group);
+    if (descriptor < 0 || fstat(descriptor, &made) != 0)
+        return RequireMode(descriptor, path, mode & ~kSetIdBits);
+    const bool isOwners = made.st_uid == m_former.owner;
+    const bool isGivable = made.st_nlink == 1 && (isOwners || (!m_file.Holder() && made.st_uid == geteuid()));
+    bool isOwnerFinal = !m_former.exists || (isOwners && made.st_gid == m_former.group);
+    if (!isOwnerFinal && isGivable) isOwnerFinal = fchown(descriptor, m_former.owner, m_former.group) == 0;
     RequireMode(descriptor, path, isOwnerFinal ? mode : mode & ~kSetIdBits);
 }
 
 void Replacement::CompleteReserve() const {
     const std::string reserve = m_file.Path() + ZETReserveSuffix;
-    const OwnedDescriptor file(open(reserve.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    const OwnedDescriptor file(
+        open(reserve.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status = {};
-    if (file < 0 || fstat(file, &status) != 0 || !S_ISREG(status.st_mode) || status.st_uid != m_former.owner) {
-        throw Failure(reserve + ": was replaced at the same time, and nothing was changed (look at it, and run "
-                                "the command again)");
+    if (file < 0 || fstat(file, &status) != 0 || !S_ISREG(status.st_mode) ||
+        status.st_uid != m_former.owner) {
+        throw Failure(reserve +
+                      ": was replaced at the same time, and nothing was changed (look at it, and run "
+                      "the command again)");
     }
     Complete(file, reserve, m_former.mode);
 }
 
 /// What a failed save left. The name was free before; what somebody else has put there since stays.
-void Replacement::RemoveTemporary(const std::string& name) {
-    const std::string temporary = name + ZETTemporarySuffix;
+void Replacement::RemoveTemporary(const std::string& temporary) const noexcept {
+    const int directory = m_file.Directory();
     struct stat made = {};
-    if (lstat(temporary.c_str(), &made) != 0 || !S_ISREG(made.st_mode) || made.st_nlink != 1) return;
-    struct stat former = {};
-    const bool isOwners = lstat(name.c_str(), &former) == 0 && made.st_uid == former.st_uid;
-    if (isOwners || made.st_uid == geteuid()) unlink(temporary.c_str());
+    if (fstatat(directory, temporary.c_str(), &made, AT_SYMLINK_NOFOLLOW) != 0) return;
+    if (!S_ISREG(made.st_mode) || made.st_nlink != 1) return;
+    const bool isOwners = m_former.exists && made.st_uid == m_former.owner;
+    if (isOwners || made.st_uid == geteuid()) unlinkat(directory, temporary.c_str(), 0);
 }
 
 /// What could not be taken back is whole, and harmless: the next commit takes it for the original, which it
 /// is as long as the file was not written.
-void Replacement::TakeBackCompanions() noexcept {
-    try {
-        m_file.Within([&](const std::string& name) {
-            for (const std::string& suffix : m_newCompanions) {
-                if (IsFileExist(name + suffix)) RemoveFile(name + suffix);
-            }
-        });
-    } catch (const std::exception& error) {
-        m_session.Out().Warning(m_file.Path() + ": its reserve stays: " + WithRemedy(error.what()));
-    }
+void Replacement::TakeBackCompanions() {
+    m_file.Within([&](const std::string& name) {
+        for (const std::string& suffix : m_newCompanions) {
+            if (IsFileExist(name + suffix)) RemoveFile(name + suffix);
+        }
+    });
 }
 
 void RestoreOriginal(Session& session, const FileInPlace& file, const FileVersion& version) {

@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <exception>
 #include <functional>
 #include <string>
 #include <vector>
@@ -48,8 +49,9 @@ class Replacement {
     void Guard(const ZETRename& rename, mode_t mode, const Judge& judge);
     void Complete(int descriptor, const std::string& path, mode_t mode) const;
     void CompleteReserve() const;
-    static void RemoveTemporary(const std::string& name);
-    void TakeBackCompanions() noexcept;
+    void RemoveTemporary(const std::string& temporary) const noexcept;
+    void TakeBackCompanions();
+    void TellIfPossible(const std::exception& error) noexcept;
 
     Session& m_session;
     const FileInPlace& m_file;

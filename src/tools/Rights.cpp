@@ -52,22 +52,27 @@ std::vector<gid_t> GroupsOf(uid_t user, gid_t groupOfFile) {
 
 }  // namespace
 
-RightsOf::RightsOf(uid_t user, gid_t groupOfFile) : m_formerGroups(PresentGroups(user)) {
-    const std::vector<gid_t> groups = GroupsOf(user, groupOfFile);
-    if (!SetGroups(groups)) Fail(user);
-    m_formerGroup = static_cast<gid_t>(setfsgid(groups.front()));
-    m_formerUser = static_cast<uid_t>(setfsuid(user));
+RightsOf::RightsOf(uid_t user, gid_t groupOfFile)
+    : m_user(user),
+      m_groups(GroupsOf(user, groupOfFile)),
+      m_formerGroups(PresentGroups(user)),
+      m_formerGroup(static_cast<gid_t>(setfsgid(kAsk))),
+      m_formerUser(static_cast<uid_t>(setfsuid(kAsk))) {}
+
+void RightsOf::Take() const {
+    if (!SetGroups(m_groups)) Fail(m_user);
+    setfsgid(m_groups.front());
+    setfsuid(m_user);
     // Neither tells that it failed.
-    if (static_cast<uid_t>(setfsuid(kAsk)) == user && static_cast<gid_t>(setfsgid(kAsk)) == groups.front())
+    if (static_cast<uid_t>(setfsuid(kAsk)) == m_user &&
+        static_cast<gid_t>(setfsgid(kAsk)) == m_groups.front())
         return;
-    setfsuid(m_formerUser);
-    setfsgid(m_formerGroup);
-    SetGroups(m_formerGroups);
+    Drop();
     errno = EPERM;
-    Fail(user);
+    Fail(m_user);
 }
 
-RightsOf::~RightsOf() {
+void RightsOf::Drop() const noexcept {
     setfsuid(m_formerUser);
     setfsgid(m_formerGroup);
     SetGroups(m_formerGroups);

@@ -111,15 +111,16 @@ class Rollback {
         } catch (const Failure& failure) {
             if (m_manifest.IsEmpty()) throw;
             m_isKept = true;
-            m_report.Error(failure.what());
+            m_report.Error(failure.what(), failure.Lines());
             m_report.Remark("only the files that the last commit recorded are put back");
             return {};
         }
     }
 
     WrittenFile Written(const Target& target) const {
-        WrittenFile file{target.templateName, m_session.HostPaths().FromInside(target.path), target.restart,
-                         target.path, target.trusted, ""};
+        WrittenFile file{target.templateName, m_session.HostPaths().FromInside(target.path),
+                         target.restart,      target.path,
+                         target.trusted,      ""};
         try {
             file.path = m_session.HostPaths().WithRealDirectory(m_session.FilePath(target.path));
         } catch (const Failure& failure) {
@@ -218,8 +219,8 @@ class Rollback {
 
     FileInPlace PlaceOf(const WrittenFile& file) const {
         const Paths& paths = m_session.HostPaths();
-        return FileInPlace(file.named.empty() ? paths.FindReal(file.path) : paths.Find(file.named, file.trusted),
-                           file.path);
+        return FileInPlace(
+            file.named.empty() ? paths.FindReal(file.path) : paths.Find(file.named, file.trusted), file.path);
     }
 
     static bool IsAsReserved(const WrittenFile& file, const FileState& now, const FileState& reserve) {
@@ -297,7 +298,10 @@ class Rollback {
         if (file.templateName.empty()) return false;
         if (!CheckTemplateFile(m_session, file.templateName, m_session.Config().TemplatesValues()).empty())
             return false;
-        return HaveSameModeAndBytes(file.path, StagedFor(file, m_session.Role()));
+        // A run that was cut short may have rendered it for the other role already.
+        return HaveSameModeAndBytes(file.path, StagedFor(file, m_session.Role())) ||
+               (m_otherManifest.Has(file.path) &&
+                HaveSameModeAndBytes(file.path, StagedFor(file, m_otherRole)));
     }
 
     /// Made when it is needed: most rollbacks compare nothing, and work where there is no room left.

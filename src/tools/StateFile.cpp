@@ -13,12 +13,13 @@
 namespace ZET {
 
 void RequireStateFile(const std::string& file) {
-    constexpr std::int64_t kLargest = std::int64_t{64} << 20;  // ten times what a hundred thousand targets need
+    constexpr std::int64_t kLargest = std::int64_t{64}
+                                      << 20;  // ten times what a hundred thousand targets need
     const FileState state = StateOf(file);
     if (!state.exists) return;
-    if (!state.IsRegular()) throw Failure(file + ": is no regular file (move it away)");
+    if (!state.IsRegular()) throw Damage(file + ": is no regular file (move it away)");
     if (VersionOf(file).size > kLargest)
-        throw Failure(file + ": is larger than any that is written here (move it away)");
+        throw Damage(file + ": is larger than any that is written here (move it away)");
 }
 
 void ReplaceStateFile(const std::string& file, const std::string& text) {

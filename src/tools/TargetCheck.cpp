@@ -90,6 +90,14 @@ std::vector<Problem> CheckRegular(const std::string& path) {
     return {{path, 0, 0, "is no regular file", "move it away"}};
 }
 
+/// The same of one that is written through its name: nothing else may have that text.
+std::vector<Problem> CheckSingle(const std::string& path) {
+    std::vector<Problem> problems = CheckRegular(path);
+    if (problems.empty() && StateOf(path).links > 1)
+        problems.push_back({path, 0, 0, "has other names (hard links)", "move it away"});
+    return problems;
+}
+
 /// The product's own directories, and the files in them that a commit writes.
 std::vector<Problem> CheckOwnFiles(Session& session) {
     const std::string status = session.Param("ZET_VAR_LIB_DIR");
@@ -105,7 +113,7 @@ std::vector<Problem> CheckOwnFiles(Session& session) {
         for (const std::string& file :
              {Manifest::FileOf(session), PendingRecord::FileOf(session), status + "/zet.lock",
               status + "/zet-" + session.Role() + ".status", status + "/zet-client-fs.status"})
-            Append(ofStatus, CheckRegular(file));
+            Append(ofStatus, CheckSingle(file));
     }
     Append(problems, std::move(ofStatus));
     try {
@@ -199,7 +207,8 @@ class TargetChecker {
     std::vector<Problem> CheckPlace(const Target& target, const std::string& path) {
         std::vector<Problem> problems = CheckDirectory(DirectoryOf(path), path, "the target in the list");
         if (!target.trusted.empty() && getpwnam(target.trusted.c_str()) == nullptr) {
-            problems.push_back({path, 0, 0, "this host has no user \"" + target.trusted + "\", whom its entry trusts",
+            problems.push_back({path, 0, 0,
+                                "this host has no user \"" + target.trusted + "\", whom its entry trusts",
                                 "correct trust in the list, or make the user"});
         }
         const FoundFile found = m_session.HostPaths().Find(target.path, target.trusted);

@@ -8,6 +8,7 @@
 #include "ExitStatus.h"
 #include "FileBytes.h"
 #include "FileInPlace.h"
+#include "Instructions.h"
 #include "Manifest.h"
 #include "Render.h"
 #include "Replacement.h"
@@ -60,6 +61,8 @@ class Installation {
             throw Failure(m_pristine + ": the template is missing (correct its name, or ZET_CFG_TEMPL_DIR)");
         }
         RequireReadableFile(m_pristine);
+        for (const std::string& file : {m_pristine, m_path})
+            RequireOwnInstruction(m_session, file);
         m_isThere = IsFileExist(m_path);
         if (!m_isThere) return;
         RequireReadableFile(m_path);
@@ -286,7 +289,10 @@ int RunTemplateProcess(Session& session) {
     const std::string path = session.FilePath(asked.target);
     RequireFreeTarget(session, path);
     if (StateOf(path).exists) RequireReadableFile(path);
-    Writing writing(session, {path}, Writing::Right::OfTheProduct);
+    std::vector<std::string> files = {path};
+    const std::string workingCopy = WorkingCopy(session, asked.name);
+    if (!IsFileExist(workingCopy)) files.push_back(workingCopy);
+    Writing writing(session, files, Writing::Right::OfTheProduct);
     if (!CheckTemplateToRender(session, values)) {
         session.Out().Remark("nothing was changed");
         return kFailed;

@@ -32,7 +32,7 @@ def enter_own_mounts():
     os.execvp("unshare", ["unshare", "--mount", sys.executable] + sys.argv)
 
 
-def mount(path, flags=0, options=f"size={ROOM},nr_inodes={NAMES}"):
+def mount(path, flags=0, options=f"mode=755,size={ROOM},nr_inodes={NAMES}"):
     os.makedirs(path, exist_ok=True)
     if libc.mount(b"zet-faults", path.encode(), b"tmpfs", flags, options.encode()) != 0:
         raise NotPossible(f"{path}: cannot be mounted: {os.strerror(ctypes.get_errno())}")

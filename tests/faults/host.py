@@ -5,6 +5,7 @@ import shutil
 import stat
 import struct
 
+import statefiles
 from statefiles import LOCK, MANIFEST, STAGING, manifest_bytes, parse_manifest
 
 PLAIN_TEXT = "# a comment\nsize=3\n#name=none\ncolor=red\n# not-for-others\n"
@@ -71,6 +72,8 @@ class Host:
         for directory in ("etc", "templates", "state", "files"):
             os.makedirs(f"{top}/{directory}")
         self.configure("example.org", tree, inside)
+        # It stays from the first run on: all runs are to make the same calls.
+        write(f"{top}/{statefiles.DIRECTORY}/zet.lock", "", 0o600)
         targets = ""
         for name, roles in (("old.conf", "both"), ("new.conf", "server"), ("checked.conf", "client")):
             write(f"{top}/templates/{name}", TEMPLATE.format(name))
@@ -144,7 +147,9 @@ class Host:
         for path in sorted((present.keys() - wanted.keys()) | others, reverse=True):
             full = self.path(path)
             os.rmdir(full) if present[path][0] == stat.S_IFDIR else os.unlink(full)
-        changed = [path for path in sorted(wanted) if present.get(path) != wanted[path]]
+        # The record of what a run was about to write is older than anything that it wrote.
+        changed = [path for path in sorted(wanted, key=lambda path: (not path.endswith(".pending"), path))
+                   if present.get(path) != wanted[path]]
         for path in changed:
             self._write_entry(path, wanted[path])
         # They name the inodes of the others.

@@ -152,7 +152,9 @@ class Encounter:
         look, renaming = self._last_look(calls)
         if renaming is not None:
             self.widest = max(self.widest, renaming - look)
-        if writer.ended is None or (renaming is not None and look < writer.ended <= renaming):
+        # Who begins after the last look, or ends between that and the renaming, is met by nobody.
+        if writer.ended is None or (renaming is not None and
+                                    (look < writer.ended <= renaming or look < writer.began <= renaming)):
             return found
         if not writer.text:
             return found

@@ -129,8 +129,7 @@ TEST_F(PathWalkTest, LinkToItselfIsRefused) {
 
 TEST_F(PathWalkTest, LinkAtTheEndCanBeWhatIsFound) {
     MakeLink("loop", "loop");
-    const FoundFile found =
-        PathWalk(m_known, m_root, PathJudge(), PathWalk::Unseen::Fails).ToLink("/loop");
+    const FoundFile found = PathWalk(m_known, m_root, PathJudge(), PathWalk::Unseen::Fails).ToLink("/loop");
     EXPECT_EQ(found.path, At("loop"));
     ASSERT_TRUE(found.status);
     EXPECT_TRUE(S_ISLNK(found.status->st_mode));
@@ -144,6 +143,18 @@ TEST_F(PathWalkTest, RootItselfIsFound) {
     const FoundFile found = Walk("/");
     EXPECT_EQ(found.path, m_root);
     EXPECT_TRUE(found.status);
+}
+
+TEST_F(PathWalkTest, FileRightBelowTheRootIsFound) {
+    MakeFile("conf");
+    const FoundFile found = Walk("/conf");
+    EXPECT_EQ(found.path, At("conf"));
+    EXPECT_EQ(found.directory->name, m_root);
+    HeldDirectories known;
+    const FoundFile ofHost =
+        PathWalk(known, "", PathJudge(), PathWalk::Unseen::Fails).To("/no-such-file.zet");
+    EXPECT_EQ(ofHost.path, "/no-such-file.zet");
+    EXPECT_EQ(ofHost.directory->name, "/");
 }
 
 TEST_F(PathWalkTest, MoreDirectoriesAreWalkedThanAreHeld) {
@@ -166,8 +177,7 @@ TEST_F(PathJudgeTest, DirectoryThatOthersMayWriteIsRefusedStickyOrNot) {
     for (const mode_t mode : {mode_t{0777}, mode_t{01777}}) {
         MakeDirectory("open", mode);
         MakeFile("open/conf");
-        EXPECT_EQ(Objection("/open/conf"),
-                  "/open: others may write the directory of " + At("open/conf"));
+        EXPECT_EQ(Objection("/open/conf"), "/open: others may write the directory of " + At("open/conf"));
         EXPECT_EQ(Objection("/open/new"), "/open: others may write the directory of " + At("open/new"));
         m_known.clear();
     }
