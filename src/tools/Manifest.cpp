@@ -19,7 +19,7 @@ namespace {
 std::string NameOf(const Paths& paths, const std::string& recorded) {
     const std::string path = paths.FromInside(recorded);
     try {
-        return paths.WithRealDirectory(path);
+        return paths.WithRealDirectory(path, PathWalk::Unseen::IsTakenAsWritten);
     } catch (const LinkLoop&) {
         return path;
     }

@@ -88,9 +88,9 @@ std::string Paths::RealName(const std::string& path) const {
     }
 }
 
-std::string Paths::WithRealDirectory(const std::string& path) const {
+std::string Paths::WithRealDirectory(const std::string& path, PathWalk::Unseen unseen) const {
     if (HasRoot()) return path;
-    const std::string directory = Canonical(DirectoryOf(path));
+    const std::string directory = Walk("", unseen).To(StartOf(DirectoryOf(path))).path;
     return (directory == "/" ? "" : directory) + "/" + BaseNameOf(path);
 }
 

@@ -40,7 +40,8 @@ class Paths {
     /// The one name of the file for a path that can be opened, but a link in the last component is not
     /// followed: fit to keep what is known of a file. A path under a root, where `Resolved` follows every
     /// link, is returned as it is.
-    std::string WithRealDirectory(const std::string& path) const;
+    std::string WithRealDirectory(const std::string& path,
+                                  PathWalk::Unseen unseen = PathWalk::Unseen::Fails) const;
 
     /// Whether the system, which knows nothing of the root, is led to a file inside it by this path, which
     /// begins with the root. Without a root every path stays inside.

@@ -4,6 +4,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <exception>
 #include <new>
 
@@ -102,9 +104,12 @@ void Replacement::Guard(const ZETRename& rename, mode_t mode, const Judge& judge
 
 /// The mode; and what its owner may not give his file, root gives it.
 void Replacement::Complete(int descriptor, const std::string& path, mode_t mode) const {
+    if (descriptor < 0) return RequireMode(descriptor, path, mode & ~kSetIdBits);
     struct stat made = {};
-    if (descriptor < 0 || fstat(descriptor, &made) != 0)
-        return RequireMode(descriptor, path, mode & ~kSetIdBits);
+    if (fstat(descriptor, &made) != 0) {
+        const int error = errno;
+        throw Failure(path + ": its owner cannot be read: " + std::strerror(error) + RemedyFor(error));
+    }
     const bool isOwners = made.st_uid == m_former.owner;
     const bool isGivable = made.st_nlink == 1 && (isOwners || (!m_file.Holder() && made.st_uid == geteuid()));
     bool isOwnerFinal = !m_former.exists || (isOwners && made.st_gid == m_former.group);

@@ -233,13 +233,14 @@ class Rollback {
     /// being kept for the last of them.
     Outcome LeaveToOtherRole(const WrittenFile& file, const FileVersion& version, const FileState& now) {
         const std::string text = "stays for the role " + m_otherRole + ", which has committed it";
-        const bool canRender =
-            !file.templateName.empty() &&
-            CheckTemplateFile(m_session, file.templateName, m_session.Config().TemplatesValues()).empty();
-        if (!canRender) {
+        if (file.templateName.empty()) {
             if (!m_isDryRun) m_manifest.Forget(file.path);
             return {"kept", text, {}};
         }
+        const std::vector<Problem> problems =
+            CheckTemplateFile(m_session, file.templateName, m_session.Config().TemplatesValues());
+        if (!problems.empty())
+            throw Failure("it " + text + ", and cannot be rendered for it: " + problems.front().Describe());
         const std::string staged = StagedFor(file, m_otherRole);
         const bool isSame = now.IsRegular() && HaveSameModeAndBytes(file.path, staged);
         m_isChanged = m_isChanged || !isSame;

@@ -73,7 +73,8 @@ def call_faults(calls, is_long):
         for place, error in enumerate(errors_of(call)):
             if place == 0 or is_long or call.name in OWNERSHIP + LEADING or (turn + place) % STEP_OF_OTHER_ERRORS == 0:
                 yield Fault("fail", turn, error)
-        if call.name in PARTIAL:
+        # How often a pipe is read depends on when its writer comes to write.
+        if call.name in PARTIAL and not call.path.startswith("pipe:"):
             yield Fault("short", turn)
         if call.name in ("write", "copy_file_range", "mkdir") or call.flags & os.O_CREAT:
             yield Fault("full", turn)

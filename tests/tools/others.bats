@@ -327,6 +327,21 @@ assert_secret_kept() {
     assert_equal "$(names_in out) $(names_in state)" "one.conf zet.lock"
 }
 
+@test "a target of the other role that cannot be rendered for it stays, and is told" {
+    add_target one.conf $'${realm}\n'
+    server commit-config
+    zet commit-config
+    echo '${nope}' >etc/one.conf
+    run_zet rollback-config
+    assert_status 1
+    assert_stderr "zet-client: error: $HOST/out/one.conf: could not be put back: it stays for the role server, which has committed it, and cannot be rendered for it: $HOST/etc/one.conf:1:1: placeholder \"\${nope}\" has no value (use one that \"values\" lists, or correct its name)"
+    echo '${realm}' >etc/one.conf
+    run_zet rollback-config
+    assert_status 0
+    PROGRAM=$ZET_BIN/zet-init run_zet status
+    assert_status 0
+}
+
 @test "a target that cannot be replaced is told by the check, and nothing of the set is written" {
     need_root
     add_target one.conf $'x\n'
