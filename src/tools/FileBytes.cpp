@@ -111,6 +111,14 @@ std::string ReadFileBytes(const std::string& path) {
     return ReadAll(descriptor, path, OpenedStatus(descriptor, path));
 }
 
+std::string ReadFileHead(const std::string& path, std::size_t size) {
+    const OwnedDescriptor descriptor(OpenToRead(path));
+    OpenedStatus(descriptor, path);
+    std::string head(size, '\0');
+    head.resize(ReadBlock(descriptor, path, head));
+    return head;
+}
+
 void RequireReadableFile(const std::string& path) {
     const OwnedDescriptor descriptor(OpenToRead(path));
     OpenedStatus(descriptor, path);
@@ -221,7 +229,7 @@ void CopyIntoStaging(const std::string& from, const std::string& to) {
 }
 
 void GiveStagedFile(const std::string& path, uid_t owner, gid_t group) {
-    const OwnedDescriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    const OwnedDescriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     GiveOwner(file, path, owner, group, OpenedStatus(file, path).st_mode);
 }
 

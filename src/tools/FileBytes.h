@@ -14,6 +14,9 @@ namespace ZET {
 /// read is a `Failure` that names it.
 std::string ReadFileBytes(const std::string& path);
 
+/// The beginning of the same text, as much as `size`.
+std::string ReadFileHead(const std::string& path, std::size_t size);
+
 /// Hands the lines of the same text to `take`, without their line feeds; of all of it, only one line at a
 /// time is in memory.
 void ReadLines(const std::string& path, const std::function<void(std::string_view line)>& take);

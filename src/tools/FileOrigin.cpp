@@ -1,10 +1,12 @@
 #include "FileOrigin.h"
 
+#include <unistd.h>
+
 #include <algorithm>
-#include <fstream>
 
 #include "Diff.h"
 #include "ExitStatus.h"
+#include "FileBytes.h"
 #include "HostLists.h"
 #include "Render.h"
 #include "Secrets.h"
@@ -54,11 +56,8 @@ void NameTemplate(Session& session, const std::string& path, FileOrigin& origin)
 /// Where the notice of a file is that was made from a template, unless somebody put very much before it.
 std::string HeadOf(const std::string& path) {
     constexpr std::size_t kSizeOfHead = std::size_t{64} << 10;
-    std::string head(kSizeOfHead, '\0');
-    std::ifstream file(path, std::ios::binary);
-    file.read(head.data(), static_cast<std::streamsize>(head.size()));
-    head.resize(static_cast<std::size_t>(file.gcount()));
-    return head;
+    // Who may not read it sees none of it either.
+    return access(path.c_str(), R_OK) == 0 ? ReadFileHead(path, kSizeOfHead) : "";
 }
 
 }  // namespace

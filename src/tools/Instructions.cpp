@@ -30,7 +30,9 @@ void RequireOwnInstruction(Session& session, const std::string& path) {
 }
 
 std::optional<Problem> CheckModule(Session& session) {
-    return geteuid() == 0 ? Check(Paths(""), session.ModuleFile()) : std::nullopt;
+    if (geteuid() != 0) return std::nullopt;
+    if (!session.HostPaths().HasRoot()) return Check(session.HostPaths(), session.ModuleFile());
+    return Check(Paths(""), session.ModuleFile());
 }
 
 void RequireOwnInstructions(Session& session) {

@@ -132,8 +132,14 @@ void RenderOnce(Session& session, const std::string& templateName, const std::st
     });
 }
 
+void InstallForHolder(Session& session, const std::string& templateName, const FileInPlace& place) {
+    if (place.Holder() && !IsFileExist(WorkingCopy(session, templateName)))
+        session.Config().InstallConfigFileTemplate(templateName);
+}
+
 void RenderTarget(Session& session, const TargetToRender& target) {
     const std::string& path = target.place.Path();
+    InstallForHolder(session, target.templateName, target.place);
     const std::unique_ptr<QuietLog> quiet = QuietAbout(session, TemplateFile(session, target.templateName));
     Replacement replacement(session, target.place, target.version);
     replacement.KeepOriginal();

@@ -214,9 +214,10 @@ ShownDiff DiffOfRendering(Session& session, const std::string& before, const std
 }
 
 /// What putting `made` into the target's place does, or would do.
-FileReport Planned(Session& session, const std::string& path, const std::string& made) {
+FileReport Planned(Session& session, const std::string& path, const std::string& made,
+                   const FileState& after) {
     FileReport report{session.Asked().target, path, "created", StateOf(path), {}, "", "", {}};
-    report.after = StateInPlace(path, made);
+    report.after = after;
     if (report.before.exists) {
         const bool isSame = report.before.mode == report.after.mode && HaveSameBytes(path, made);
         report.change = isSame ? "unchanged" : "changed";
@@ -231,7 +232,8 @@ FileReport Planned(Session& session, const std::string& path, const std::string&
 FileReport RenderInTrial(Session& session, const std::string& path, StringMap& values) {
     const Staging staging;
     const QuietLog quiet(session.Asked(), ZETLogWarning);
-    return Planned(session, path, RenderStaged(session, staging, session.Asked().name, &values));
+    const std::string staged = RenderStaged(session, staging, session.Asked().name, &values);
+    return Planned(session, path, staged, StateInPlace(path, staged));
 }
 
 FileReport RenderInPlace(Session& session, const std::string& path, StringMap& values) {
@@ -239,9 +241,10 @@ FileReport RenderInPlace(Session& session, const std::string& path, StringMap& v
     const FileInPlace place(session.HostPaths().Find(session.Asked().target), path);
     // As in a dry run, there may be no working copy yet.
     const mode_t mode = ModeOf(TemplateFile(session, session.Asked().name));
+    InstallForHolder(session, session.Asked().name, place);
     Replacement replacement(session, place, VersionOf(path));
     const auto judge = [&](const std::string& made) {
-        report = Planned(session, path, made);
+        report = Planned(session, path, made, StateOf(made));
         SignalGuard::Check();
         if (report.change == "unchanged") throw LeftAsItIs();
         replacement.KeepOriginal();

@@ -94,6 +94,22 @@ assert_secret_kept() {
         "$BASE/trace"
 }
 
+@test "a template is rendered into a file that lies with its user" {
+    home 755
+    add_target one.conf $'x\n'
+    sed -i "s|$HOST/out/one.conf|$HOST/home/conf|" templates/targets.ini
+    run_zet commit-config
+    assert_success "$HOST/home/conf: changed, the original is kept as $HOST/home/conf.before_zet"
+    assert_equal "$(stat -c '%a %u' home/conf home/conf.before_zet | paste -sd ' ')" "644 $STRANGER 644 $STRANGER"
+    run_zet rollback-config
+    assert_status 0
+    assert_file home/conf $'a=1\n'
+    rm etc/one.conf
+    run_zet template process one.conf home/conf
+    assert_status 0
+    assert_equal "$(stat -c %u home/conf etc/one.conf | paste -sd ' ')" "$STRANGER 0"
+}
+
 @test "what another user's directory leads to is not touched, whoever owns it" {
     home 755
     ln -s "$SECRET" home/link
