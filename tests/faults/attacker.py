@@ -23,6 +23,7 @@ from watch import bytes_of, entries_of
 
 SECRET = b"outside-secret"
 EVIL = b"EVIL=1\n"
+STEP = 3  # of the calls, without --long
 LONGEST_RUN = 10  # s: a command that waits for him for ever is his too
 FILE = "f.conf"
 
@@ -192,10 +193,10 @@ class Siege:
         if self._options.long:
             return range(1, len(self._calls) + 1)
         there = self._host.path(self._place.directory.split("/")[0])
+        turns = [turn for turn, call in enumerate(self._calls, 1)
+                 if looks_up(call) and (call.path.startswith(there) or not call.path.startswith("/"))]
         # Once at the beginning, too: what is there before all.
-        return [1] + [turn for turn, call in enumerate(self._calls, 1)
-                      if looks_up(call)
-                      and (call.path.startswith(there) or not call.path.startswith("/"))]
+        return [1] + turns[::STEP]
 
     def check(self, attack):
         # One that goes on until the end begins at few calls only: from each on, it is much the same.
@@ -240,7 +241,7 @@ def check(options, host, runner):
         raise NotPossible("only root can be attacked by another user")
     runner.longest_run = LONGEST_RUN
     if not options.long:
-        print("a part of the commands, before calls that name something of the attacker's, always the same ones; "
+        print("a part of the commands, before every third call that names something of the attacker's; "
               "all commands, before all calls, with --long")
     tried = bad = 0
     for place in PLACES:
