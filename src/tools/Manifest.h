@@ -19,8 +19,8 @@ class Manifest {
     explicit Manifest(Session& session) : Manifest(session, session.Role()) {}
     Manifest(Session& session, const std::string& role);
 
-    /// For who takes back what was written, which stands beside the files: one that cannot be read is told, is
-    /// empty, and stays.
+    /// For who takes back what was written, which stands beside the files: one that cannot be read is told,
+    /// is empty, and stays.
     enum class Damaged { IsFailure, IsEmpty };
     Manifest(Session& session, const std::string& role, Damaged damaged);
 

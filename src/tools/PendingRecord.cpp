@@ -141,9 +141,8 @@ std::set<std::string> PendingRecord::ClearLeftOvers(Session& session) {
     for (const std::string& path : paths) {
         try {
             LeftOvers leftOvers(session, path, record.st_mtim);
-            FileInPlace(session.HostPaths().FindReal(path, TrustedAt(session, path)), path).Within([&](const std::string& name) {
-                leftOvers.Clear(name);
-            });
+            FileInPlace(session.HostPaths().FindReal(path, TrustedAt(session, path)), path)
+                .Within([&](const std::string& name) { leftOvers.Clear(name); });
         } catch (const Failure& failure) {
             session.Out().Warning(failure.what());
         }

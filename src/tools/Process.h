@@ -11,8 +11,8 @@ namespace ZET {
 /// How a program is run.
 struct ProcessConditions {
     std::vector<std::string> environment{};  ///< more of it, or in place of parts of it, "NAME=VALUE" each
-    std::string directory{};               ///< where it starts; empty: where this process is
-    std::chrono::seconds timeLimit{0};     ///< zero: it may take as long as it takes
+    std::string directory{};                 ///< where it starts; empty: where this process is
+    std::chrono::seconds timeLimit{0};       ///< zero: it may take as long as it takes
     std::size_t keptOutput = 0;  ///< so many bytes of the output's begin and of its end; zero: all of it
 };
 

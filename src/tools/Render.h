@@ -43,8 +43,8 @@ std::string RenderQuietly(Session& session, const Staging& staging, const std::s
 void RenderOnce(Session& session, const std::string& templateName, const std::string& name,
                 const std::string& path, const StringMap& values);
 
-/// Before a rendering into the file of another user: with his rights, which the module then has, a working copy
-/// that is missing cannot be installed.
+/// Before a rendering into the file of another user: with his rights, which the module then has, a working
+/// copy that is missing cannot be installed.
 void InstallForHolder(Session& session, const std::string& templateName, const FileInPlace& place);
 
 /// A target that is rendered for good.

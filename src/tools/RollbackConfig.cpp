@@ -21,6 +21,7 @@
 #include "Staging.h"
 #include "TargetCheck.h"
 #include "Targets.h"
+#include "WrittenFile.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -28,20 +29,6 @@
 namespace ZET {
 
 namespace {
-
-/// A file that the product may have written.
-struct WrittenFile {
-    std::string templateName;  ///< empty: the list does not have the file any more
-    std::string path;          ///< of the real file, links followed
-    std::string restart;       ///< the services that notice its change only then
-    std::string named;         ///< as the list has it; empty: the list does not have it any more
-    std::string trusted;       ///< the user whose directories count as root's
-    std::string trouble;       ///< why the real file cannot be found; the path is then as the list has it
-
-    std::string Reserve() const { return path + ZETReserveSuffix; }
-    std::string Record() const { return path + ZETAbsenceSuffix; }
-    bool IsLeft() const { return !trouble.empty() || IsFileExist(Reserve()) || IsFileExist(Record()); }
-};
 
 /// What is done with a file, for both forms of the report.
 struct Outcome {
@@ -206,8 +193,8 @@ class Rollback {
         m_isChanged = true;
         Outcome outcome = Describe(file, now, reserve);
         if (m_isDryRun) return outcome;
-        const FileInPlace place = PlaceOf(file);
-        if (IsAsReserved(file, now, reserve)) {
+        const FileInPlace place = file.PlaceIn(m_session.HostPaths());
+        if (file.IsAsReserved(now, reserve)) {
             // What cannot be replaced, like a mount point, can be as it was all the same.
             place.Within([&](const std::string& name) { m_session.Config().RemoveConfigFileReserve(name); });
         } else {
@@ -215,18 +202,6 @@ class Rollback {
         }
         m_manifest.Forget(file.path);
         return outcome;
-    }
-
-    FileInPlace PlaceOf(const WrittenFile& file) const {
-        const Paths& paths = m_session.HostPaths();
-        return FileInPlace(
-            file.named.empty() ? paths.FindReal(file.path) : paths.Find(file.named, file.trusted), file.path);
-    }
-
-    static bool IsAsReserved(const WrittenFile& file, const FileState& now, const FileState& reserve) {
-        return now.IsRegular() && reserve.IsRegular() && now.mode == reserve.mode &&
-               now.owner == reserve.owner && now.group == reserve.group &&
-               HaveSameBytes(file.path, file.Reserve());
     }
 
     /// The other role has committed the file, too: it gets what that role renders, and the original goes on
@@ -251,7 +226,7 @@ class Rollback {
                         {}};
         if (m_isDryRun) return outcome;
         if (!isSame) {
-            const FileInPlace place = PlaceOf(file);
+            const FileInPlace place = file.PlaceIn(m_session.HostPaths());
             RenderTarget(m_session, {file.templateName, place, staged, version, m_otherRole});
         }
         m_otherManifest.Record(file.path);

@@ -5,7 +5,7 @@ nothing is written, made, or changed in owner or mode; what he may not read come
 no file runs with another's rights; and what he held open from before is no file of root's afterwards.
 
 A swap before a call that looks up no name there is the same as one before the next call that does. So without
---long he acts only before the calls that name something there, or something relative to a directory.
+--long he acts only before every third of the calls that name something there, or something relative to a directory.
 """
 
 import os
