@@ -47,7 +47,7 @@ Replacement::~Replacement() {
     if (m_isMade || m_newCompanions.empty()) return;
     try {
         // After the rename something can fail, too: then the original is needed.
-        if (VersionOf(m_file.Path()) == m_version) TakeBackCompanions();
+        if (!m_mayBeMade || VersionOf(m_file.Path()) == m_version) TakeBackCompanions();
     } catch (const std::bad_alloc&) {
         // There is no room for words about it either; what ended the write is on its way to the reader.
     } catch (const std::exception& error) {
@@ -95,7 +95,11 @@ void Replacement::Make(mode_t mode, const Operation& operation, const Judge& jud
 
 void Replacement::Guard(const ZETRename& rename, mode_t mode, const Judge& judge) {
     FileInPlace::Outside([&] {
-        if (rename.isReady) return RequireVersion(m_file, m_version);
+        if (rename.isReady) {
+            RequireVersion(m_file, m_version);
+            m_mayBeMade = true;
+            return;
+        }
         Complete(rename.descriptor, m_file.Path() + ZETTemporarySuffix, mode);
         judge(m_file.Path() + ZETTemporarySuffix);
         RequireVersion(m_file, m_version);

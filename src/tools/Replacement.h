@@ -58,6 +58,7 @@ class Replacement {
     const FileVersion m_version;
     const FileState m_former;
     std::vector<std::string> m_newCompanions;  ///< their suffixes; a failed write takes them back
+    bool m_mayBeMade = false;
     bool m_isMade = false;
 };
 

@@ -238,16 +238,18 @@ zet-client: nothing was changed"
 @test "neither record of the product's own is read outside of the tree" {
     run_in_tree commit-config
     assert_status 0
-    local file
+    local file kind
     for file in zet-client.manifest zet.pending; do
+        # What stands beside the files is enough to put them back.
+        [[ $file == *.manifest ]] && kind=warning || kind=error
         echo /etc/one.conf >"outside/$file"
         rm -f "tree/var/lib/zet/$file"
         ln -s "$HOST/outside/$file" "tree/var/lib/zet/$file"
         echo precious >tree/etc/one.conf.tmp
         remember_outside
         run_in_tree rollback-config
-        assert_status 1
-        assert_stderr "zet-client: error: $TREE/var/lib/zet/$file: is no regular file (move it away)"
+        [[ $kind == warning ]] && assert_status 0 || assert_status 1
+        assert_stderr "zet-client: $kind: $TREE/var/lib/zet/$file: is no regular file (move it away)"
         assert_file tree/etc/one.conf.tmp $'precious\n'
         assert_outside_unchanged
         rm "tree/var/lib/zet/$file"
