@@ -159,6 +159,11 @@ class Commit {
             // The notice in the file tells its reader to edit the working copy.
             m_session.Config().InstallConfigFileTemplate(planned.target.templateName);
         }
+        if (planned.change == Change::None && VersionOf(planned.path) != planned.version) {
+            throw Failure(
+                planned.path +
+                ": another program wrote it after it was looked at (look at it, and run the command again)");
+        }
         manifest.Record(planned.path);
         ReportTarget(planned, diff);
     }

@@ -1,5 +1,6 @@
 #include "Diff.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -94,9 +95,13 @@ bool FileState::IsRegular() const {
 }
 
 FileState StateOf(const std::string& path) {
+    return StateIn(AT_FDCWD, path, path);
+}
+
+FileState StateIn(int directory, const std::string& name, const std::string& path) {
     FileState state;
     struct stat status = {};
-    if (lstat(path.c_str(), &status) != 0) {
+    if (fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         if (errno == ENOENT || errno == ENOTDIR) return state;
         throw Failure(path + ": cannot tell whether it exists: " + std::strerror(errno) +
                       " (run the command as a user who may search its directory)");

@@ -28,6 +28,9 @@ struct FileState {
 /// Not being able to tell is a `Failure`.
 FileState StateOf(const std::string& path);
 
+/// The same of a name in a directory that is held; `path` is for the message.
+FileState StateIn(int directory, const std::string& name, const std::string& path);
+
 /// Whether nothing would change, but for the owner, if one took the other's place.
 bool HaveSameModeAndBytes(const std::string& one, const std::string& other);
 

@@ -124,15 +124,19 @@ void RequireReadableFile(const std::string& path) {
     OpenedStatus(descriptor, path);
 }
 
-FileVersion VersionOf(const std::string& path) {
+FileVersion VersionIn(int directory, const std::string& name, const std::string& path) {
     struct stat status = {};
-    if (lstat(path.c_str(), &status) != 0) {
+    if (fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         if (errno == ENOENT || errno == ENOTDIR) return {};
         Fail(path, "cannot be looked at");
     }
     constexpr std::int64_t kSecond = 1'000'000'000;
     return {status.st_dev, status.st_ino, status.st_size,
             status.st_ctim.tv_sec * kSecond + status.st_ctim.tv_nsec};
+}
+
+FileVersion VersionOf(const std::string& path) {
+    return VersionIn(AT_FDCWD, path, path);
 }
 
 void ReadLines(const std::string& path, const std::function<void(std::string_view line)>& take) {

@@ -40,6 +40,9 @@ struct FileVersion {
 /// Of a real file: a link that takes its place is another version.
 FileVersion VersionOf(const std::string& path);
 
+/// The same of a name in a directory that is held; `path` is for the message.
+FileVersion VersionIn(int directory, const std::string& name, const std::string& path);
+
 /// Whether two regular files hold the same bytes.
 bool HaveSameBytes(const std::string& one, const std::string& other);
 

@@ -22,7 +22,7 @@ FileChange::FileChange(Session& session, const std::string& file, FileInPlace::A
       m_path(FileToEdit(session, file)),
       m_writing(session, {m_path}),
       m_place(session.HostPaths().Find(file), m_path, access),
-      m_version(VersionOf(m_path)) {}
+      m_version(VersionIn(m_place.Directory(), m_place.NameInDirectory(), m_path)) {}
 
 int FileChange::LeaveUnchanged(const std::string& remark) {
     const FileState state = StateOf(m_path);
@@ -76,7 +76,7 @@ void FileChange::Apply(const Operation& operation, bool noBackup, const Replacem
     m_writing.Begin();
     Replacement replacement(m_session, m_place, m_version);
     replacement.Make(
-        ModeOf(m_path), [&](const std::string& name) { Perform(operation, name); },
+        replacement.Former().mode, [&](const std::string& name) { Perform(operation, name); },
         [&](const std::string& made) {
             judge(made);
             if (!noBackup) replacement.KeepOriginal();

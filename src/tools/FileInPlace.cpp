@@ -79,8 +79,13 @@ void FileInPlace::Visit::Enter() {
         throw Failure(m_file.m_found.directory->name + ": cannot be used: " + std::strerror(errno) +
                       " (run the command as a user who may)");
     }
-    if (m_rights) m_rights->Take();
-    if (!m_prefix.empty()) SetLogWording([this](const std::string& text) { return Readable(text); });
+    try {
+        if (m_rights) m_rights->Take();
+        if (!m_prefix.empty()) SetLogWording([this](const std::string& text) { return Readable(text); });
+    } catch (...) {
+        Leave();
+        throw;
+    }
 }
 
 /// Nothing in here can fail but going back, and that only where the former directory was closed to this user

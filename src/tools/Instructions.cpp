@@ -29,6 +29,12 @@ void RequireOwnInstruction(Session& session, const std::string& path) {
     if (problem) throw Failure(problem->Describe());
 }
 
+std::optional<Problem> CheckWayTo(const Paths& paths, const std::string& path) {
+    if (geteuid() != 0) return std::nullopt;
+    const FoundFile found = paths.FindOpened(path);
+    return found.judge.ObjectionToOwn(found.path);
+}
+
 std::optional<Problem> CheckModule(Session& session) {
     if (geteuid() != 0) return std::nullopt;
     if (!session.HostPaths().HasRoot()) return Check(session.HostPaths(), session.ModuleFile());

@@ -17,6 +17,9 @@ std::optional<Problem> CheckInstruction(Session& session, const std::string& pat
 /// A `Failure` with it. Of one that is not there yet, the way to it is looked at.
 void RequireOwnInstruction(Session& session, const std::string& path);
 
+/// The same of the way to it alone, for what is looked at itself by whoever opens it.
+std::optional<Problem> CheckWayTo(const Paths& paths, const std::string& path);
+
 /// The same of the module, which is the host's own, whatever tree is worked on.
 std::optional<Problem> CheckModule(Session& session);
 

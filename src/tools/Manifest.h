@@ -26,6 +26,8 @@ class Manifest {
 
     static std::string FileOf(Session& session) { return FileOf(session, session.Role()); }
 
+    bool IsDamaged() const { return m_isDamaged; }
+
     /// Paths are those of real files, links followed, also those among the directories.
     bool Has(const std::string& path) const { return m_entries.count(path) != 0; }
     bool IsEmpty() const { return m_entries.empty(); }

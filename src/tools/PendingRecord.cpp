@@ -11,6 +11,7 @@
 #include "FileBytes.h"
 #include "FileInPlace.h"
 #include "HostLists.h"
+#include "Remedy.h"
 #include "Staging.h"
 #include "StateFile.h"
 #include "TextStreams.h"
@@ -145,6 +146,8 @@ std::set<std::string> PendingRecord::ClearLeftOvers(Session& session) {
                 .Within([&](const std::string& name) { leftOvers.Clear(name); });
         } catch (const Failure& failure) {
             session.Out().Warning(failure.what());
+        } catch (const EZETError& error) {
+            session.Out().Warning(WithRemedy(error.what()));
         }
     }
     ReplaceStateFile(FileOf(session), "");

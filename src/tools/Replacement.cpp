@@ -31,8 +31,13 @@ class GuardedRenames {
     GuardedRenames& operator=(const GuardedRenames&) = delete;
 };
 
+/// By the directory that is held: its name may lead elsewhere by now.
+FileVersion PresentVersion(const FileInPlace& file) {
+    return VersionIn(file.Directory(), file.NameInDirectory(), file.Path());
+}
+
 void RequireVersion(const FileInPlace& file, const FileVersion& version) {
-    if (VersionOf(file.Path()) == version) return;
+    if (PresentVersion(file) == version) return;
     throw Failure(file.Path() +
                   ": another program wrote it at the same time, and nothing was changed (look at it, and run "
                   "the command again)");
@@ -41,13 +46,21 @@ void RequireVersion(const FileInPlace& file, const FileVersion& version) {
 }  // namespace
 
 Replacement::Replacement(Session& session, const FileInPlace& file, const FileVersion& version)
-    : m_session(session), m_file(file), m_version(version), m_former(StateOf(file.Path())) {}
+    : m_session(session),
+      m_file(file),
+      m_version(version),
+      m_former(StateIn(file.Directory(), file.NameInDirectory(), file.Path())) {
+    if (file.Holder() && m_former.owner != *file.Holder())
+        throw Failure(file.Path() +
+                      ": was replaced at the same time, and nothing was changed (look at it, and run "
+                      "the command again)");
+}
 
 Replacement::~Replacement() {
     if (m_isMade || m_newCompanions.empty()) return;
     try {
         // After the rename something can fail, too: then the original is needed.
-        if (!m_mayBeMade || VersionOf(m_file.Path()) == m_version) TakeBackCompanions();
+        if (!m_mayBeMade || PresentVersion(m_file) == m_version) TakeBackCompanions();
     } catch (const std::bad_alloc&) {
         // There is no room for words about it either; what ended the write is on its way to the reader.
     } catch (const std::exception& error) {
@@ -123,11 +136,12 @@ void Replacement::Complete(int descriptor, const std::string& path, mode_t mode)
 
 void Replacement::CompleteReserve() const {
     const std::string reserve = m_file.Path() + ZETReserveSuffix;
-    const OwnedDescriptor file(
-        open(reserve.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    const OwnedDescriptor file(openat(m_file.Directory(),
+                                      (m_file.NameInDirectory() + ZETReserveSuffix).c_str(),
+                                      O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status = {};
     if (file < 0 || fstat(file, &status) != 0 || !S_ISREG(status.st_mode) ||
-        status.st_uid != m_former.owner) {
+        status.st_uid != *m_file.Holder() || status.st_nlink != 1) {
         throw Failure(reserve +
                       ": was replaced at the same time, and nothing was changed (look at it, and run "
                       "the command again)");

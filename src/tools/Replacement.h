@@ -42,6 +42,9 @@ class Replacement {
     /// `mode` is what the file is going to have; the module does not tell when it could not set it.
     void Make(mode_t mode, const Operation& operation, const Judge& judge);
 
+    /// The file as it was found.
+    const FileState& Former() const { return m_former; }
+
     /// Only the reserve was wanted.
     void LeaveFile() { m_isMade = true; }
 

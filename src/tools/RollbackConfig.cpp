@@ -105,9 +105,13 @@ class Rollback {
     }
 
     WrittenFile Written(const Target& target) const {
-        WrittenFile file{target.templateName, m_session.HostPaths().FromInside(target.path),
-                         target.restart,      target.path,
-                         target.trusted,      ""};
+        WrittenFile file{target.templateName,
+                         m_session.HostPaths().FromInside(target.path),
+                         target.restart,
+                         target.path,
+                         target.trusted,
+                         target.forServer && target.forClient,
+                         ""};
         try {
             file.path = m_session.HostPaths().WithRealDirectory(m_session.FilePath(target.path));
         } catch (const Failure& failure) {
@@ -117,7 +121,7 @@ class Rollback {
     }
 
     void AddRecorded(const std::string& path, std::vector<WrittenFile>& files) {
-        WrittenFile file{"", path, "", "", "", ""};
+        WrittenFile file{"", path, "", "", "", true, ""};
         try {
             if (!m_session.HostPaths().StaysInside(path)) {
                 m_report.Warning(path + ": leads out of the root directory by a link, and is left alone");
@@ -189,6 +193,13 @@ class Rollback {
                 ": was edited since it was committed and stays (--force puts back what was there before)");
             return {"kept", "edited, stays as it is", {}};
         }
+        if (m_otherManifest.IsDamaged() && file.isOfBoth && !m_session.Asked().force) {
+            m_isKept = true;
+            return {"kept",
+                    "may have been committed by the role " + m_otherRole +
+                        ", too, and stays (--force puts it back)",
+                    {}};
+        }
         if (m_otherManifest.Has(file.path)) return LeaveToOtherRole(file, version, now);
         m_isChanged = true;
         Outcome outcome = Describe(file, now, reserve);
@@ -229,6 +240,8 @@ class Rollback {
             const FileInPlace place = file.PlaceIn(m_session.HostPaths());
             RenderTarget(m_session, {file.templateName, place, staged, version, m_otherRole});
         }
+        if (isSame && VersionOf(file.path) != version)
+            throw Failure("another program wrote it after it was looked at (run the command again)");
         m_otherManifest.Record(file.path);
         m_manifest.Forget(file.path);
         return outcome;

@@ -9,6 +9,7 @@
 
 #include "ExitStatus.h"
 #include "HostLists.h"
+#include "Instructions.h"
 #include "Secrets.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETFiles.h"
@@ -79,6 +80,9 @@ Session::Session(const Request& request, Report& report)
         }
     }
     m_moduleFile = request.moduleFile.empty() ? OwnModule() : request.moduleFile;
+    // Its code runs as soon as it is loaded.
+    if (const std::optional<Problem> problem = CheckWayTo(Paths(""), m_moduleFile))
+        throw Failure(problem->Describe());
     LoadModule(m_moduleFile);
     m_config = std::dynamic_pointer_cast<IZETConfig>(m_host->FindInterface(kInterfaceName));
     if (!m_config) {

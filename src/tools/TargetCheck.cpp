@@ -203,6 +203,11 @@ class TargetChecker {
             m_result.push_back(std::move(*problem));
     }
 
+    bool IsForEverybody(const Target& target) {
+        const std::string file = TemplateFile(m_session, target.templateName);
+        return file.empty() || (ModeOf(file) & S_IROTH) != 0;
+    }
+
     /// Its directory, and the way there.
     std::vector<Problem> CheckPlace(const Target& target, const std::string& path) {
         std::vector<Problem> problems = CheckDirectory(DirectoryOf(path), path, "the target in the list");
@@ -212,8 +217,15 @@ class TargetChecker {
                                 "correct trust in the list, or make the user"});
         }
         const FoundFile found = m_session.HostPaths().Find(target.path, target.trusted);
-        if (problems.empty() && geteuid() == 0 && found.judge.Objection())
+        if (!problems.empty() || geteuid() != 0) return problems;
+        if (found.judge.Objection()) {
             problems.push_back(*found.judge.Objection());
+        } else if (found.judge.Holder() && !IsForEverybody(target)) {
+            problems.push_back({path, 0, 0,
+                                "is rendered with the rights of " + NameOfUser(*found.judge.Holder()) +
+                                    ", who may not read the template [" + target.templateName + "]",
+                                "chmod o+r the template, or trust that user in the list"});
+        }
         return problems;
     }
 
@@ -254,7 +266,8 @@ std::vector<Problem> CheckTemplateFile(Session& session, const std::string& temp
             return {
                 {file, 0, 0, "the template is missing", "install it there, or correct its name in the list"}};
         file = found;
-        if (std::optional<Problem> problem = CheckInstruction(session, file)) return {*problem};
+        for (const std::string& told : {file, WorkingCopy(session, templateName)})
+            if (std::optional<Problem> problem = CheckInstruction(session, told)) return {*problem};
         if (!session.HostPaths().StaysInside(file)) {
             return {{file, 0, 0, "the template is a link that leads out of the root directory",
                      "put the template itself there"}};

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ExitStatus.h"
+#include "Instructions.h"
 #include "TargetListReader.h"
 
 namespace ZET {
@@ -14,6 +15,8 @@ TargetList ReadTargetList(Session& session) {
                       ": the list of targets is a link that leads out of the root directory (put the list "
                       "itself there)");
     }
+    if (const std::optional<Problem> problem = CheckWayTo(session.HostPaths(), file))
+        throw Failure(problem->Describe());
     return ReadTargetFile(file);
 }
 

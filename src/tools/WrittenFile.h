@@ -19,6 +19,7 @@ struct WrittenFile {
     std::string restart;       ///< the services that notice its change only then
     std::string named;         ///< as the list has it; empty: the list does not have it any more
     std::string trusted;       ///< the user whose directories count as root's
+    bool isOfBoth = true;      ///< the other role may have committed it, too
     std::string trouble;       ///< why the real file cannot be found; the path is then as the list has it
 
     std::string Reserve() const { return path + ZETReserveSuffix; }

@@ -43,7 +43,7 @@ wait_in_background() {
     env --default-signal=INT ASAN_OPTIONS="$WITHOUT_LEAK_SEARCH" strace -qq -e trace=fcntl -o "$BASE/trace" \
         "$ZET_BIN/zet-client" --config "$HOST/zet.conf" "$@" >"$BASE/output" 2>"$BASE/stderr" 3>&- &
     WAITER=$!
-    until grep -q "F_SETLK.*EAGAIN" "$BASE/trace" 2>/dev/null; do sleep 0.02; done
+    until grep -q "F_OFD_SETLK.*EAGAIN" "$BASE/trace" 2>/dev/null; do sleep 0.02; done
 }
 
 @test "a commit waits for the lock before it looks at anything, and goes on when it gets it" {
