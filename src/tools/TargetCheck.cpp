@@ -266,8 +266,10 @@ std::vector<Problem> CheckTemplateFile(Session& session, const std::string& temp
             return {
                 {file, 0, 0, "the template is missing", "install it there, or correct its name in the list"}};
         file = found;
-        for (const std::string& told : {file, WorkingCopy(session, templateName)})
+        for (const std::string& told : {file, WorkingCopy(session, templateName)}) {
+            if (told != file && DirectoryOf(told) == session.Param("ZET_CFG_DIR")) continue;  // judged by itself
             if (std::optional<Problem> problem = CheckInstruction(session, told)) return {*problem};
+        }
         if (!session.HostPaths().StaysInside(file)) {
             return {{file, 0, 0, "the template is a link that leads out of the root directory",
                      "put the template itself there"}};
