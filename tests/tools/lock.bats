@@ -202,7 +202,9 @@ without_lock_file() {
     assert_equal "$status" 1
     [[ $seconds -ge 29 && $seconds -le 60 ]]
     assert_file "$LATE_BASE/late.output" ""
-    assert_file "$LATE_BASE/late.stderr" "zet-client: error: $LATE_BASE/host/state/zet.lock: process $LATE_HOLDER has held the lock for 30 s (let it end, then try again)
+    local lock=$LATE_BASE/host/state/zet.lock holder="process $LATE_HOLDER (zet-init commit-config)"
+    assert_file "$LATE_BASE/late.stderr" "zet-client: waiting for $holder, which holds $lock, for 30 s at most
+zet-client: error: $lock: $holder has held the lock for 30 s (let it end, then try again)
 "
     assert_equal "$(names_in "$LATE_BASE/host/state")$(names_in "$LATE_BASE/host/out")" "zet.lock"
 }

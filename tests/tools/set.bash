@@ -86,12 +86,14 @@ names_in() {
     find "$1" -mindepth 1 -printf '%P\n' | sort | paste -sd ' '
 }
 
-# hold_lock: another process holds the product's lock until release_lock; $HOLDER is its number.
+# hold_lock: another process holds the product's lock until release_lock, with its words in it; $HOLDER is its number.
 hold_lock() {
     mkfifo "$BASE/release"
     python3 -c 'import fcntl, os, sys
 lock = open(sys.argv[1], "r+")
 fcntl.lockf(lock, fcntl.LOCK_EX)
+lock.write("%d (zet-init commit-config)\n" % os.getpid())
+lock.flush()
 open(sys.argv[2], "w").close()
 open(sys.argv[3]).read()' "$HOST/state/zet.lock" "$BASE/held" "$BASE/release" 3>&- &
     HOLDER=$!
