@@ -79,6 +79,10 @@ enum class ZETLogTarget { StandardError, SystemLog };
 __attribute__((visibility("default"))) void ConfigureLog(ZETLogTarget target, ZETLogLevel threshold,
                                                          const std::string& identity);
 
+/// Shows the records up to `threshold` from now on, and returns the threshold of before. By any thread, at
+/// any time.
+__attribute__((visibility("default"))) ZETLogLevel SetLogThreshold(ZETLogLevel threshold);
+
 /// Sees each record that is shown, beside the place where it goes, as it stands there.
 using ZETLogObserver = std::function<void(ZETLogLevel level, const std::string& text)>;
 

@@ -2,6 +2,7 @@
 
 #include "cli/ExitStatus.h"
 #include "deploy/edit/EditRules.h"
+#include "deploy/host/Failure.h"
 
 namespace ZET {
 

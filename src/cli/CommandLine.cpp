@@ -163,13 +163,13 @@ class CommandLine {
     }
 
     void AddForce(CLI::App* command) {
-        command->add_flag("--force", m_request.force, "Edit a committed target, too");
+        command->add_flag("--force", m_request.edit.force, "Edit a committed target, too");
     }
 
     void AddEditOptions(CLI::App* command) {
         AddForce(command);
-        command->add_flag("--no-markers", m_request.noMarkers, "Edit without marker lines");
-        command->add_flag("--no-backup", m_request.noBackup, "Keep no reserve of the file");
+        command->add_flag("--no-markers", m_request.edit.noMarkers, "Edit without marker lines");
+        command->add_flag("--no-backup", m_request.edit.noBackup, "Keep no reserve of the file");
     }
 
     void AddParamCommands() {
@@ -204,7 +204,7 @@ class CommandLine {
 
     void AddRestore(CLI::App* command, const char* keyName, std::string& key) {
         AddLookup(command, keyName, key);
-        command->add_flag("--all-blocks", m_request.allBlocks, "Drop the managed blocks of others too");
+        command->add_flag("--all-blocks", m_request.edit.allBlocks, "Drop the managed blocks of others too");
         AddEditOptions(command);
     }
 
@@ -212,7 +212,7 @@ class CommandLine {
         CLI::App& family = Family("file", "Work on whole files");
         CLI::App* strip = Command(family, "strip", RunFileStrip, "Take the managed blocks out");
         AddFile(strip);
-        strip->add_flag("--no-backup", m_request.noBackup, "Keep no reserve of the file");
+        strip->add_flag("--no-backup", m_request.edit.noBackup, "Keep no reserve of the file");
         AddForce(strip);
         const struct {
             const char* name;

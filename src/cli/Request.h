@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "zet/deploy/EditOptions.h"
+
 namespace ZET {
 
 class Session;
@@ -35,10 +37,8 @@ struct Request {
     std::string text;  ///< VALUE or LINE
     std::string target;
     std::vector<std::string> assignments;  ///< NAME=VALUE of --set and --value
-    bool noMarkers = false;
-    bool noBackup = false;
+    EditOptions edit;
     bool force = false;
-    bool allBlocks = false;
     bool showSecrets = false;
     bool runChecks = false;
     bool noChecks = false;

@@ -10,9 +10,12 @@
 #include "cli/CommandLine.h"
 #include "cli/ExitStatus.h"
 #include "cli/Report.h"
+#include "cli/Session.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Staging.h"
-#include "deploy/state/Session.h"
+#include "deploy/state/Language.h"
+#include "deploy/state/Overrides.h"
 #include "zet/ZETErrors.h"
 
 namespace {

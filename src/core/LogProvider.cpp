@@ -122,6 +122,12 @@ void ConfigureLog(ZETLogTarget target, ZETLogLevel threshold, const std::string&
     if (target == ZETLogTarget::SystemLog) ::openlog(state.identity.c_str(), LOG_PID, LOG_DAEMON);
 }
 
+ZETLogLevel SetLogThreshold(ZETLogLevel threshold) {
+    LogState& state = State();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    return std::exchange(state.threshold, threshold);
+}
+
 void SetLogObserver(ZETLogObserver observer) {
     LogState& state = State();
     const std::lock_guard<std::mutex> lock(state.mutex);

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "text/Problem.h"
+#include "zet/ZETProblem.h"
 #include "zet/ZETTypes.h"
 
 namespace ZET {

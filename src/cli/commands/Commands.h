@@ -1,7 +1,7 @@
 #ifndef ZET_COMMANDS_H
 #define ZET_COMMANDS_H
 
-#include "deploy/state/Session.h"
+#include "cli/Session.h"
 
 /// The commands. Each does its work, reports it, and returns the exit status; what it cannot do it throws.
 namespace ZET {

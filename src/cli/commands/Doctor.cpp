@@ -1,30 +1,12 @@
-#include <optional>
-#include <string>
-
 #include "cli/ExitStatus.h"
 #include "cli/commands/Commands.h"
-#include "deploy/edit/ChangeReport.h"
-#include "deploy/edit/Edits.h"
-#include "deploy/host/Diff.h"
-#include "deploy/host/FileBytes.h"
-#include "deploy/host/Staging.h"
-#include "deploy/targets/FileOrigin.h"
-#include "deploy/targets/Secrets.h"
-#include "deploy/targets/ShownDiff.h"
-#include "text/Problem.h"
-#include "text/repair/MarkerDamage.h"
+#include "deploy/edit/FileDiagnosis.h"
+#include "text/ChangedLines.h"
+#include "zet/ZETProblem.h"
 
 namespace ZET {
 
 namespace {
-
-/// Whether the file's lines ended with carriage returns before the system wrote it: its template or its
-/// reserve knows.
-std::optional<bool> HadCarriageReturns(const std::string& path, const FileOrigin& origin) {
-    const std::string source = origin.isMade ? origin.templateFile : ReserveOf(path);
-    if (source.empty()) return std::nullopt;
-    return ReadFileBytes(source).find('\r') != std::string::npos;
-}
 
 std::string Remedy(const MarkerDamage& damage) {
     if (!damage.IsAmbiguous()) return damage.remedies.front();
@@ -48,47 +30,33 @@ void ReportDamage(Report& out, const std::string& path, const MarkerDamage& dama
     out.Line(Problem{path, line, 0, damage.text, remedy}.Describe());
 }
 
-std::string RepairDiff(const std::string& path, const std::string& read, const std::string& repaired) {
-    const Staging staging;
-    const std::string before = staging.PathOf("before");
-    const std::string after = staging.PathOf("after");
-    WriteStagedFile(before, read, 0600);
-    WriteStagedFile(after, repaired, 0600);
-    return UnifiedDiff(before, after, ShownPath(path));
+void TellRepair(Session& session, const FileDiagnosis& file) {
+    Secrets& secrets = session.Product().HostSecrets();
+    if (secrets.Hides(file.path)) {
+        session.Out().Remark(file.path + ": the repair: " + ChangedLines(file.repair) + " (" +
+                             secrets.Excuse(file.path) + ")");
+        return;
+    }
+    session.Out().Set("repair", file.repair);
+    session.Out().Diff(file.repair);
 }
 
 }  // namespace
 
 int RunDoctor(Session& session) {
     Report& out = session.Out();
-    const std::string path = FileToRead(session, session.Asked().file);
-    const std::string bytes = ReadFileBytes(path);
-    const ManagedText text(bytes);
-    const NoticeTexts noticeTexts = WrittenNoticeTexts(session);
-    const FileOrigin origin = FindOrigin(session, session.Asked().file, text, noticeTexts);
-    const bool hasCarriageReturns = bytes.find('\r') != std::string::npos;
-    const Diagnosis diagnosis = DiagnoseMarkers(
-        bytes, noticeTexts, hasCarriageReturns ? HadCarriageReturns(path, origin) : std::nullopt);
-
-    out.Set("file", path);
+    const FileDiagnosis file = DiagnoseFile(session.Product(), session.Asked().file);
+    out.Set("file", file.path);
     out.AddList("problems");
     out.Set("repair", nullptr);
-    out.Set("secret", origin.isPrivate);
-    for (const MarkerDamage& damage : diagnosis.damages)
-        ReportDamage(out, path, damage);
-    if (diagnosis.damages.empty()) {
-        out.Line(path + ": no damage");
+    out.Set("secret", file.isPrivate);
+    for (const MarkerDamage& damage : file.diagnosis.damages)
+        ReportDamage(out, file.path, damage);
+    if (file.diagnosis.damages.empty()) {
+        out.Line(file.path + ": no damage");
         return kDone;
     }
-    if (diagnosis.repaired == bytes) return kFailed;
-    const std::string diff = RepairDiff(path, bytes, diagnosis.repaired);
-    if (session.HostSecrets().Hides(path)) {
-        out.Remark(path + ": the repair: " + ChangedLines(diff) + " (" + session.HostSecrets().Excuse(path) +
-                   ")");
-        return kFailed;
-    }
-    out.Set("repair", diff);
-    out.Diff(diff);
+    if (!file.repair.empty()) TellRepair(session, file);
     return kFailed;
 }
 

@@ -1,16 +1,10 @@
-#include <algorithm>
 #include <charconv>
 
 #include "cli/ExitStatus.h"
 #include "cli/commands/Commands.h"
-#include "deploy/edit/ChangeReport.h"
-#include "deploy/edit/Edits.h"
-#include "deploy/host/FileBytes.h"
-#include "deploy/targets/FileOrigin.h"
-#include "deploy/targets/Secrets.h"
-#include "text/FileExplanation.h"
+#include "deploy/edit/FileExplanation.h"
+#include "deploy/host/Failure.h"
 #include "zet/ZETFiles.h"
-#include "zet/ZETFormat.h"
 
 namespace ZET {
 
@@ -25,11 +19,11 @@ struct Place {
 };
 
 /// A file that is there wins over one whose name would be a part of the argument.
-Place TakeApart(const Session& session, const std::string& argument) {
+Place TakeApart(Session& session, const std::string& argument) {
     const std::size_t colon = argument.rfind(':');
     if (colon == std::string::npos || colon + 1 == argument.size() ||
         argument.find_first_not_of("0123456789", colon + 1) != std::string::npos ||
-        IsFileExist(session.FilePath(argument)))
+        IsFileExist(session.Product().FilePath(argument)))
         return {argument, ""};
     return {argument.substr(0, colon), argument.substr(colon + 1)};
 }
@@ -72,29 +66,11 @@ std::string LineName(std::size_t number) {
     return "line " + std::to_string(number);
 }
 
-/// What stood in the file's place before the system first wrote it.
-struct Reserve {
-    explicit Reserve(const std::string& path)
-        : file(ReserveOf(path)), hadNoFile(file.empty() && IsFileExist(path + ZETAbsenceSuffix)) {}
-
-    std::string Text() const {
-        if (!file.empty()) return "; before: " + file;
-        return hadNoFile ? "; before: there was no such file" : "";
-    }
-
-    std::string file;
-    bool hadNoFile;
-};
-
 /// Puts an explanation into words.
 class Teller {
   public:
-    Teller(Session& session, const std::string& path, const FileOrigin& origin)
-        : m_session(session),
-          m_path(path),
-          m_origin(origin),
-          m_isHidden(session.HostSecrets().Hides(path)),
-          m_reserve(path) {}
+    Teller(Session& session, const FileExplanation& file)
+        : m_session(session), m_file(file), m_path(file.path), m_origin(file.origin) {}
 
     void TellFile() {
         Report& out = m_session.Out();
@@ -103,32 +79,33 @@ class Teller {
         out.Set("template_file",
                 m_origin.templateFile.empty() ? Value(nullptr) : Value(m_origin.templateFile));
         out.Set("reserve", ReserveValue());
-        out.Set("no_file_before", m_reserve.hadNoFile);
+        out.Set("no_file_before", m_file.hadNoFile);
         out.Set("secret", m_origin.isPrivate);
         out.AddList("regions");
     }
 
-    void TellFileInWords(bool hasUntracedLines) {
+    void TellFileInWords() {
         std::string text = m_path + ": ";
         if (m_origin.isMade) {
             text += "made from the template " + TemplateName();
-            if (hasUntracedLines) text += ": " + WhyUntraced();
+            if (m_file.HasUntracedLines()) text += ": " + WhyUntraced();
         } else if (m_origin.target) {
             text += "no notice says that it was made from the template " + m_origin.target->templateName +
                     ", whose target it is";
         } else {
             text += "not made from a template";
         }
-        m_session.Out().Line(text + m_reserve.Text());
+        m_session.Out().Line(text + ReserveText());
     }
 
     void TellWhatIsHidden() {
-        if (m_isLeftOut) m_session.Out().Remark(m_path + ": " + m_session.HostSecrets().Excuse(m_path));
+        if (m_isLeftOut)
+            m_session.Out().Remark(m_path + ": " + m_session.Product().HostSecrets().Excuse(m_path));
     }
 
     void Tell(const ExplainedLines& lines, std::size_t line) {
         m_session.Out().Add("regions", ToFields(lines));
-        m_isLeftOut = m_isLeftOut || (m_isHidden && (HasFormerText(lines) || !lines.content.empty()));
+        m_isLeftOut = m_isLeftOut || (m_file.isHidden && (HasFormerText(lines) || !lines.content.empty()));
         const bool isOneLine = line != 0;
         std::string text = m_path + ":" + std::to_string(isOneLine ? line : lines.first) + ": ";
         if (lines.first != lines.last)
@@ -138,7 +115,12 @@ class Teller {
     }
 
   private:
-    Value ReserveValue() const { return m_reserve.file.empty() ? Value(nullptr) : Value(m_reserve.file); }
+    Value ReserveValue() const { return m_file.reserve.empty() ? Value(nullptr) : Value(m_file.reserve); }
+
+    std::string ReserveText() const {
+        if (!m_file.reserve.empty()) return "; before: " + m_file.reserve;
+        return m_file.hadNoFile ? "; before: there was no such file" : "";
+    }
 
     std::string TemplateName() const {
         if (m_origin.templateFile.empty() || m_origin.templateFile == m_origin.templateName)
@@ -151,12 +133,14 @@ class Teller {
                                              : "the file was edited since, or the template changed";
     }
 
-    std::string Shown(const std::string& text) const { return m_isHidden ? "(secret)" : "\"" + text + "\""; }
+    std::string Shown(const std::string& text) const {
+        return m_file.isHidden ? "(secret)" : "\"" + text + "\"";
+    }
 
     std::string Describe(const ExplainedLines& lines, bool isOneLine) const {
         switch (lines.kind) {
             case Kind::Own:
-                return "the administrator's own" + (isOneLine ? m_reserve.Text() : "");
+                return "the administrator's own" + (isOneLine ? ReserveText() : "");
             case Kind::Gap:
                 return "empty line, put there before the managed block that was appended after it";
             case Kind::FormerLine:
@@ -176,16 +160,16 @@ class Teller {
                        (lines.isClosed ? "" : ", without an end marker (see doctor)");
             case Kind::FromTemplate:
                 return "from " + TemplateLines(lines) + PlaceholderText(lines) +
-                       (isOneLine ? m_reserve.Text() : "");
+                       (isOneLine ? ReserveText() : "");
             case Kind::Differing:
                 return "in the place of " + TemplateLines(lines) +
                        ", but not made from it: the file was edited since, or the template changed" +
-                       (isOneLine ? m_reserve.Text() : "");
+                       (isOneLine ? ReserveText() : "");
             case Kind::Untraced:
                 break;
         }
         return "cannot be traced to the template " + TemplateName() + ": " + WhyUntraced() +
-               (isOneLine ? m_reserve.Text() : "");
+               (isOneLine ? ReserveText() : "");
     }
 
     std::string DescribeBlock(const ExplainedLines& lines) const {
@@ -226,7 +210,7 @@ class Teller {
         const std::size_t equals = former.find('=');
         const std::size_t name = former.find_first_not_of("# \t");
         const bool isParam = equals != std::string::npos && name < equals &&
-                             former.find_first_of(" \t", name) > equals && !m_isHidden;
+                             former.find_first_of(" \t", name) > equals && !m_file.isHidden;
         if (isParam)
             return begin + " param restore " + m_path + " " + former.substr(name, equals - name) + "\"";
         return begin + " line restore " + m_path + " PATTERN\"";
@@ -238,20 +222,20 @@ class Teller {
 
     Fields ToFields(const ExplainedLines& lines) const {
         const bool isOfTemplate = lines.templateLine != 0;
-        return {
-            {"kind", KindName(lines.kind)},
-            {"first_line", Number(lines.first)},
-            {"last_line", Number(lines.last)},
-            {"closed", lines.isClosed},
-            {"template", isOfTemplate ? Value(m_origin.templateName) : Value(nullptr)},
-            {"template_line", Number(lines.templateLine)},
-            {"placeholders", List(lines.placeholders.begin(), lines.placeholders.end())},
-            {"content",
-             m_isHidden ? Value(nullptr) : Value(List(lines.content.begin(), lines.content.end()))},
-            {"former_line", Number(lines.formerLine)},
-            {"former_text", HasFormerText(lines) && !m_isHidden ? Value(lines.formerText) : Value(nullptr)},
-            {"block_line", Number(lines.block)},
-            {"reserve", ReserveValue()}};
+        return {{"kind", KindName(lines.kind)},
+                {"first_line", Number(lines.first)},
+                {"last_line", Number(lines.last)},
+                {"closed", lines.isClosed},
+                {"template", isOfTemplate ? Value(m_origin.templateName) : Value(nullptr)},
+                {"template_line", Number(lines.templateLine)},
+                {"placeholders", List(lines.placeholders.begin(), lines.placeholders.end())},
+                {"content",
+                 m_file.isHidden ? Value(nullptr) : Value(List(lines.content.begin(), lines.content.end()))},
+                {"former_line", Number(lines.formerLine)},
+                {"former_text",
+                 HasFormerText(lines) && !m_file.isHidden ? Value(lines.formerText) : Value(nullptr)},
+                {"block_line", Number(lines.block)},
+                {"reserve", ReserveValue()}};
     }
 
     static Value Number(std::size_t number) {
@@ -259,38 +243,27 @@ class Teller {
     }
 
     Session& m_session;
-    std::string m_path;
+    const FileExplanation& m_file;
+    const std::string& m_path;
     const FileOrigin& m_origin;
-    bool m_isHidden;
     bool m_isLeftOut = false;  ///< some text that would have been told
-    Reserve m_reserve;
 };
 
 }  // namespace
 
 int RunExplain(Session& session) {
     const Place place = TakeApart(session, session.Asked().file);
-    const std::string path = FileToRead(session, place.file);
-    const std::string bytes = ReadFileBytes(path);
-    const ManagedText text(bytes);
-    const std::size_t line = place.line.empty() ? 0 : LineNumber(place, path, text.LineCount());
-    const FileOrigin origin = FindOrigin(session, place.file, text, WrittenNoticeTexts(session));
-    const std::string templateText = origin.templateFile.empty() ? "" : ReadFileBytes(origin.templateFile);
-    const std::vector<ExplainedLines> explanation = ExplainText(text, origin.isMade, templateText);
-
-    Teller teller(session, path, origin);
+    const FileExplanation file = ExplainFile(session.Product(), place.file);
+    const std::size_t line = place.line.empty() ? 0 : LineNumber(place, file.path, file.lineCount);
+    Teller teller(session, file);
     teller.TellFile();
     if (line != 0) {
-        teller.Tell(ExplanationOf(explanation, line), line);
-        teller.TellWhatIsHidden();
-        return kDone;
+        teller.Tell(ExplanationOf(file.lines, line), line);
+    } else {
+        teller.TellFileInWords();
+        for (const ExplainedLines& lines : file.lines)
+            teller.Tell(lines, 0);
     }
-    teller.TellFileInWords(
-        std::any_of(explanation.begin(), explanation.end(), [](const ExplainedLines& lines) {
-            return lines.kind == Kind::Untraced || lines.kind == Kind::Differing;
-        }));
-    for (const ExplainedLines& lines : explanation)
-        teller.Tell(lines, 0);
     teller.TellWhatIsHidden();
     return kDone;
 }

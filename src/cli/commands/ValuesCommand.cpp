@@ -14,7 +14,7 @@ std::string NameOf(const std::string& placeholder) {
 
 int RunValues(Session& session) {
     Fields values;
-    for (const auto& [placeholder, value] : session.Config().TemplatesValues()) {
+    for (const auto& [placeholder, value] : session.Product().Config().TemplatesValues()) {
         session.Out().Data(NameOf(placeholder) + "=" + value);
         values.emplace_back(NameOf(placeholder), value);
     }

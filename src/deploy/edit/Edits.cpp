@@ -1,9 +1,10 @@
 #include "deploy/edit/Edits.h"
 
-#include "cli/ExitStatus.h"
 #include "deploy/edit/EditRules.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/state/Language.h"
 #include "deploy/targets/HostLists.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Secrets.h"
@@ -15,11 +16,11 @@ namespace ZET {
 namespace {
 
 /// Without lists that can be read, nobody can tell; the edit keeps its reserve.
-const Target* CommittedTarget(Session& session, const std::string& path) {
+const Target* CommittedTarget(Deployment& product, const std::string& path) {
     try {
-        return session.Lists().CommittedTarget(path);
+        return product.Lists().CommittedTarget(path);
     } catch (const Failure& failure) {
-        session.Out().Warning(std::string(failure.what()) +
+        product.Out().Warning(std::string(failure.what()) +
                               "; so nobody can tell whether the next commit overwrites " + path);
         return nullptr;
     }
@@ -27,39 +28,32 @@ const Target* CommittedTarget(Session& session, const std::string& path) {
 
 }  // namespace
 
-std::shared_ptr<IZETConfigFile> OpenedFile(Session& session, const std::string& path, bool noMarkers) {
-    auto file = session.Config().OpenConfigFile(path, session.Role(), noMarkers);
+std::shared_ptr<IZETConfigFile> OpenedFile(Deployment& product, const std::string& path, bool noMarkers) {
+    auto file = product.Config().OpenConfigFile(path, product.Role(), noMarkers);
     if (!file) throw Failure(path + ": cannot be read any more (run the command again)");
     return file;
 }
 
-std::string FileToRead(Session& session, const std::string& file) {
+std::string FileToRead(Deployment& product, const std::string& file) {
     if (file.empty()) throw UsageError("FILE is empty (name a file)");
-    std::string path = session.FilePath(file);
+    std::string path = product.FilePath(file);
     RequireReadableFile(path);
     return path;
 }
 
-std::string FileToShow(Session& session, const std::string& file) {
-    std::string path = FileToRead(session, file);
-    session.Out().Set("secret", session.HostSecrets().IsPrivate(path));
-    session.HostSecrets().RequireShown(path);
-    return path;
-}
-
-void RequireNoTarget(Session& session, const std::string& path) {
-    if (session.Asked().force) return;
-    const Target* const target = CommittedTarget(session, path);
+void RequireNoTarget(Deployment& product, const std::string& path, const EditOptions& options) {
+    if (options.force) return;
+    const Target* const target = CommittedTarget(product, path);
     if (target == nullptr) return;
-    const std::string workingCopy = WorkingCopy(session, target->templateName);
+    const std::string workingCopy = WorkingCopy(product, target->templateName);
     throw Failure(path + ": is made from [" + target->templateName +
                   "] and the next commit overwrites it (edit " + workingCopy +
                   " and commit, or use --force)");
 }
 
-void RequireRoomForNotice(Session& session, const std::string& path, const TextToEdit& text) {
+void RequireRoomForNotice(const std::string& path, const TextToEdit& text, const EditOptions& options) {
     // Where the module finds its notice, it puts none.
-    if (session.Asked().noMarkers || !MustComeFirst(text.firstLine) ||
+    if (options.noMarkers || !MustComeFirst(text.firstLine) ||
         text.firstLine.find(ZETNoticeMarker) != std::string::npos)
         return;
     throw Failure(path + ":" + std::to_string(text.firstNumber) +
@@ -67,7 +61,7 @@ void RequireRoomForNotice(Session& session, const std::string& path, const TextT
                   "before it (--no-markers edits without notice and markers)");
 }
 
-std::string LineToSet(Session& session, const std::string& path, const TextToEdit& text,
+std::string LineToSet(Deployment& product, const std::string& path, const TextToEdit& text,
                       const std::string& line) {
     const LineEnds& ends = text.ends;
     if (ends.otherLine != 0) {
@@ -75,7 +69,7 @@ std::string LineToSet(Session& session, const std::string& path, const TextToEdi
             ends.isOtherCarriageReturn
                 ? ": ends with a carriage return and a line feed, other lines with a line feed alone"
                 : ": ends with a line feed alone, other lines with a carriage return before it";
-        session.Out().Warning(path + ":" + std::to_string(ends.otherLine) + how +
+        product.Out().Warning(path + ":" + std::to_string(ends.otherLine) + how +
                               "; the line that is set has none (give all lines the same end)");
     }
     return WithLineEnd(line, ends);
@@ -85,25 +79,12 @@ void SaveEdited(IZETConfigFile& file) {
     RemedyErrors(kRemedyOfSaving, [&] { file.Save(true); });
 }
 
-int ReportLookup(Session& session, const std::string& what, const char* key,
-                 const std::optional<std::string>& found) {
-    Report& report = session.Out();
-    report.Set("found", found.has_value());
-    report.Set(key, found ? Value(*found) : Value(nullptr));
-    if (found) {
-        report.Data(*found);
-    } else {
-        report.Detail(what);
-    }
-    return found ? kDone : kFailed;
-}
-
-std::function<void(const std::string& path)> Edit(Session& session,
+std::function<void(const std::string& path)> Edit(Deployment& product, const EditOptions& options,
                                                   const std::function<void(IZETConfigFile& file)>& edit) {
-    return [&session, edit](const std::string& path) {
-        const auto file = OpenedFile(session, path, session.Asked().noMarkers);
+    return [&product, options, edit](const std::string& path) {
+        const auto file = OpenedFile(product, path, options.noMarkers);
         RemedyErrors(kSimplerExpression, [&] { edit(*file); });
-        const WrittenLanguage language(session.Core());
+        const WrittenLanguage language(product.Core());
         SaveEdited(*file);
     };
 }

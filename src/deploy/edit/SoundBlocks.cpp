@@ -2,7 +2,7 @@
 
 #include <functional>
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/targets/FileOrigin.h"
 #include "text/FirstLine.h"
@@ -14,10 +14,9 @@ namespace ZET {
 
 namespace {
 
-[[noreturn]] void Refuse(Session& session, const std::string& path, const MarkerDamage& damage) {
-    const Request& asked = session.Asked();
-    throw Failure(path + ":" + std::to_string(damage.line) + ": " + damage.text + " (\"" + asked.program +
-                  " doctor " + asked.file + "\" tells a repair)");
+[[noreturn]] void Refuse(HostProduct& product, const FileToLookAt& file, const MarkerDamage& damage) {
+    throw Failure(file.path + ":" + std::to_string(damage.line) + ": " + damage.text + " (\"" +
+                  product.Wanted().program + " doctor " + file.named + "\" tells a repair)");
 }
 
 std::optional<MarkerDamage> DiagnosedDamage(std::string_view text, const NoticeTexts* noticeTexts) {
@@ -57,13 +56,14 @@ class Look {
     }
 
     /// After the last line; `whole` gives the text where a closer look is needed.
-    TextToEdit End(Session& session, const std::string& path, const std::function<std::string()>& whole) {
+    TextToEdit End(HostProduct& product, const FileToLookAt& file,
+                   const std::function<std::string()>& whole) {
         m_found.ends = m_ends.End();
         m_found.hasRegions = m_regions.HasRegions();
         if (m_regions.IsSound()) return m_found;
         // It may be sound all the same, where markers are only mentioned.
         const std::string text = whole();
-        if (const auto damage = DiagnosedDamage(text, m_noticeTexts)) Refuse(session, path, *damage);
+        if (const auto damage = DiagnosedDamage(text, m_noticeTexts)) Refuse(product, file, *damage);
         m_found.hasRegions = HasRegions(text);
         return m_found;
     }
@@ -75,10 +75,10 @@ class Look {
     TextToEdit m_found;
 };
 
-TextToEdit LookAtFile(Session& session, const std::string& path, const NoticeTexts* noticeTexts) {
+TextToEdit LookAtFile(HostProduct& product, const FileToLookAt& file, const NoticeTexts* noticeTexts) {
     Look look(noticeTexts);
-    ReadChunks(path, [&](std::string_view lines) { look.Take(lines); });
-    return look.End(session, path, [&] { return ReadFileBytes(path); });
+    ReadChunks(file.path, [&](std::string_view lines) { look.Take(lines); });
+    return look.End(product, file, [&] { return ReadFileBytes(file.path); });
 }
 
 }  // namespace
@@ -89,19 +89,19 @@ std::optional<MarkerDamage> FindDamage(std::string_view text, const NoticeTexts*
     return scan.IsSound() ? std::nullopt : DiagnosedDamage(text, noticeTexts);
 }
 
-TextToEdit LookAtBlocks(Session& session, const std::string& path) {
-    return LookAtFile(session, path, nullptr);
+TextToEdit LookAtBlocks(HostProduct& product, const FileToLookAt& file) {
+    return LookAtFile(product, file, nullptr);
 }
 
-TextToEdit LookAtBlocks(Session& session, const std::string& path, const std::string& text) {
+TextToEdit LookAtBlocks(HostProduct& product, const FileToLookAt& file, const std::string& text) {
     Look look(nullptr);
     look.Take(text);
-    return look.End(session, path, [&] { return text; });
+    return look.End(product, file, [&] { return text; });
 }
 
-TextToEdit LookAtRegions(Session& session, const std::string& path) {
-    const NoticeTexts noticeTexts = WrittenNoticeTexts(session);
-    return LookAtFile(session, path, &noticeTexts);
+TextToEdit LookAtRegions(HostProduct& product, const FileToLookAt& file) {
+    const NoticeTexts noticeTexts = WrittenNoticeTexts(product);
+    return LookAtFile(product, file, &noticeTexts);
 }
 
 }  // namespace ZET

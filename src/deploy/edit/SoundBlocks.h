@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "deploy/state/Session.h"
+#include "deploy/state/HostProduct.h"
 #include "text/LineEnds.h"
 #include "text/NoticeTexts.h"
 #include "text/repair/RepairText.h"
@@ -28,12 +28,18 @@ struct TextToEdit {
     bool hasRegions = false;  ///< managed blocks or notices
 };
 
+/// A file as the caller wrote it, and where it is.
+struct FileToLookAt {
+    const std::string& named;
+    const std::string& path;
+};
+
 /// Damage of the file's blocks is a `Failure`. With `text`, the file is not read again.
-TextToEdit LookAtBlocks(Session& session, const std::string& path);
-TextToEdit LookAtBlocks(Session& session, const std::string& path, const std::string& text);
+TextToEdit LookAtBlocks(HostProduct& product, const FileToLookAt& file);
+TextToEdit LookAtBlocks(HostProduct& product, const FileToLookAt& file, const std::string& text);
 
 /// The same for an edit that takes the notices out, too; it does not ask how the lines end.
-TextToEdit LookAtRegions(Session& session, const std::string& path);
+TextToEdit LookAtRegions(HostProduct& product, const FileToLookAt& file);
 
 }  // namespace ZET
 

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <utility>
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/OwnedDescriptor.h"
 #include "deploy/host/Remedy.h"
 

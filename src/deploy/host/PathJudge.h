@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "text/Problem.h"
+#include "zet/ZETProblem.h"
 
 namespace ZET {
 

@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/OwnedDescriptor.h"
 #include "deploy/host/PathJudge.h"
-#include "text/Problem.h"
+#include "zet/ZETProblem.h"
 
 namespace ZET {
 

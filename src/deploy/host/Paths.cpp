@@ -10,7 +10,7 @@
 #include <cstring>
 #include <memory>
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 
 namespace ZET {

@@ -17,7 +17,7 @@
 #include <new>
 #include <string_view>
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/OwnedDescriptor.h"
 #include "deploy/host/ProcessOutput.h"
 #include "deploy/host/Signals.h"

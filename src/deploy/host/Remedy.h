@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
 #include "zet/ZETErrors.h"
 
 /// What somebody can do about an error of the system, or of the core and the module, whose messages only tell

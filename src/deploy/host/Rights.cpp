@@ -10,7 +10,7 @@
 #include <cstring>
 #include <string>
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/PathJudge.h"
 
 namespace ZET {

@@ -4,7 +4,7 @@
 #include <array>
 #include <csignal>
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
 
 namespace ZET {
 

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <utility>
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/Paths.h"
 #include "deploy/host/StagingPlaces.h"
 

@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
 
 namespace ZET {
 
@@ -20,12 +20,12 @@ std::optional<Problem> Check(const Paths& paths, const std::string& path) {
 
 }  // namespace
 
-std::optional<Problem> CheckInstruction(Session& session, const std::string& path) {
-    return geteuid() == 0 ? Check(session.HostPaths(), path) : std::nullopt;
+std::optional<Problem> CheckInstruction(HostProduct& product, const std::string& path) {
+    return geteuid() == 0 ? Check(product.HostPaths(), path) : std::nullopt;
 }
 
-void RequireOwnInstruction(Session& session, const std::string& path) {
-    const std::optional<Problem> problem = CheckInstruction(session, path);
+void RequireOwnInstruction(HostProduct& product, const std::string& path) {
+    const std::optional<Problem> problem = CheckInstruction(product, path);
     if (problem) throw Failure(problem->Describe());
 }
 
@@ -35,16 +35,16 @@ std::optional<Problem> CheckWayTo(const Paths& paths, const std::string& path) {
     return found.judge.ObjectionToOwn(found.path);
 }
 
-std::optional<Problem> CheckModule(Session& session) {
+std::optional<Problem> CheckModule(HostProduct& product) {
     if (geteuid() != 0) return std::nullopt;
-    if (!session.HostPaths().HasRoot()) return Check(session.HostPaths(), session.ModuleFile());
-    return Check(Paths(""), session.ModuleFile());
+    if (!product.HostPaths().HasRoot()) return Check(product.HostPaths(), product.ModuleFile());
+    return Check(Paths(""), product.ModuleFile());
 }
 
-void RequireOwnInstructions(Session& session) {
-    std::vector<std::optional<Problem>> findings = {CheckModule(session)};
+void RequireOwnInstructions(HostProduct& product) {
+    std::vector<std::optional<Problem>> findings = {CheckModule(product)};
     for (const char* key : {"ZET_CFG", "ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET_VAR_LIB_DIR"})
-        findings.push_back(CheckInstruction(session, session.Param(key)));
+        findings.push_back(CheckInstruction(product, product.Param(key)));
     std::vector<std::string> all;
     for (const std::optional<Problem>& finding : findings) {
         if (finding) all.push_back(finding->Describe());

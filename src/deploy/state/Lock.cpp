@@ -12,7 +12,7 @@
 #include <thread>
 #include <utility>
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/Signals.h"
 
 namespace ZET {
@@ -49,14 +49,14 @@ bool TryLockDirectory(int descriptor) {
 }
 
 /// False when there are no such locks, as `errno` says.
-bool WaitForLock(Session& session, int descriptor, const std::string& path, bool (*tryLock)(int)) {
+bool WaitForLock(HostProduct& product, int descriptor, const std::string& path, bool (*tryLock)(int)) {
     const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
     const std::string seconds = std::to_string(kLongestWait.count()) + " s";
     for (bool isFirst = true; !tryLock(descriptor); isFirst = false) {
         if (errno != EACCES && errno != EAGAIN && errno != EINTR) return false;
         SignalGuard::Check();
         if (isFirst)
-            session.Out().Remark("waiting for " + HolderOf(descriptor) + ", which holds " + path + ", for " +
+            product.Out().Remark("waiting for " + HolderOf(descriptor) + ", which holds " + path + ", for " +
                                  seconds + " at most");
         if (std::chrono::steady_clock::now() >= deadline) {
             throw Failure(path + ": " + HolderOf(descriptor) + " has held the lock for " + seconds +
@@ -67,8 +67,8 @@ bool WaitForLock(Session& session, int descriptor, const std::string& path, bool
     return true;
 }
 
-std::string LockFileOf(Session& session) {
-    return session.Param("ZET_VAR_LIB_DIR") + "/zet.lock";
+std::string LockFileOf(HostProduct& product) {
+    return product.Param("ZET_VAR_LIB_DIR") + "/zet.lock";
 }
 
 /// What is written into it must not reach a file of another name.
@@ -79,35 +79,35 @@ void RequireOwnLockFile(int descriptor, const std::string& file) {
 }
 
 /// For whoever waits for the lock. That it cannot be written, as on a full disk, is no reason not to go on.
-void NameHolder(Session& session, int descriptor) {
+void NameHolder(HostProduct& product, int descriptor) {
     const std::string holder =
-        std::to_string(getpid()) + " (" + session.Asked().program + " " + session.Asked().command + ")\n";
+        std::to_string(getpid()) + " (" + product.Wanted().program + " " + product.Wanted().command + ")\n";
     if (ftruncate(descriptor, 0) == 0)
         static_cast<void>(pwrite(descriptor, holder.data(), holder.size(), 0) == 0);
 }
 
 /// Without its file: none, as `errno` says.
-OwnedDescriptor Lock(Session& session, const std::string& file) {
+OwnedDescriptor Lock(HostProduct& product, const std::string& file) {
     OwnedDescriptor lock(
         open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600));
     if (lock < 0) return lock;
     RequireOwnLockFile(lock, file);
-    if (!WaitForLock(session, lock, file, TryLockFile)) {
+    if (!WaitForLock(product, lock, file, TryLockFile)) {
         throw Failure(file + ": cannot be locked: " + std::strerror(errno) +
                       " (let ZET_VAR_LIB_DIR be on a file system that has locks)");
     }
-    NameHolder(session, lock);
+    NameHolder(product, lock);
     return lock;
 }
 
 /// None where directories cannot be locked.
-OwnedDescriptor LockDirectory(Session& session, const std::string& directory) {
+OwnedDescriptor LockDirectory(HostProduct& product, const std::string& directory) {
     OwnedDescriptor lock(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
     if (lock < 0 && errno == EACCES) {
         throw Failure(directory + ": cannot be locked: " + std::strerror(errno) +
                       " (let the user read the directory)");
     }
-    const bool isLocked = lock >= 0 && WaitForLock(session, lock, directory, TryLockDirectory);
+    const bool isLocked = lock >= 0 && WaitForLock(product, lock, directory, TryLockDirectory);
     return isLocked ? std::move(lock) : OwnedDescriptor();
 }
 
@@ -124,15 +124,16 @@ bool MayOthersWrite(const std::string& directory) {
 
 }  // namespace
 
-WriteLock::WriteLock(Session& session) : m_lock(Lock(session, LockFileOf(session))) {
-    if (m_lock < 0) FailToOpen(LockFileOf(session));
+WriteLock::WriteLock(HostProduct& product) : m_lock(Lock(product, LockFileOf(product))) {
+    if (m_lock < 0) FailToOpen(LockFileOf(product));
 }
 
-WriteLock::WriteLock(Session& session, const std::string& path) : m_lock(Lock(session, LockFileOf(session))) {
+WriteLock::WriteLock(HostProduct& product, const std::string& path)
+    : m_lock(Lock(product, LockFileOf(product))) {
     if (!IsProducts() && errno != EACCES && errno != EROFS && errno != ENOENT)
-        FailToOpen(LockFileOf(session));
+        FailToOpen(LockFileOf(product));
     const std::string directory = DirectoryOf(path);
-    if (!IsProducts() || MayOthersWrite(directory)) m_directoryLock = LockDirectory(session, directory);
+    if (!IsProducts() || MayOthersWrite(directory)) m_directoryLock = LockDirectory(product, directory);
 }
 
 }  // namespace ZET

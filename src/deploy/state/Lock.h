@@ -4,7 +4,7 @@
 #include <string>
 
 #include "deploy/host/OwnedDescriptor.h"
-#include "deploy/state/Session.h"
+#include "deploy/state/HostProduct.h"
 
 namespace ZET {
 
@@ -13,12 +13,12 @@ namespace ZET {
 /// his name into the file; after 30 s a `Failure` says so.
 class WriteLock {
   public:
-    explicit WriteLock(Session& session);
+    explicit WriteLock(HostProduct& product);
 
     /// For an edit of the file `path`, which needs no right on the product's directory. A caller without it
     /// locks the directory of the file, where directories can be locked; so does a caller with it where
     /// others may write, too.
-    WriteLock(Session& session, const std::string& path);
+    WriteLock(HostProduct& product, const std::string& path);
 
     /// Whether it is the product's own lock, and not only that of a directory.
     bool IsProducts() const { return m_lock >= 0; }

@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/TextStreams.h"
 #include "deploy/state/StateFile.h"
@@ -27,21 +27,22 @@ std::string NameOf(const Paths& paths, const std::string& recorded) {
 
 }  // namespace
 
-std::string Manifest::FileOf(Session& session, const std::string& role) {
-    return session.Param("ZET_VAR_LIB_DIR") + "/zet-" + role + ".manifest";
+std::string Manifest::FileOf(HostProduct& product, const std::string& role) {
+    return product.Param("ZET_VAR_LIB_DIR") + "/zet-" + role + ".manifest";
 }
 
-Manifest::Manifest(Session& session, const std::string& role) : Manifest(session, role, Damaged::IsFailure) {}
+Manifest::Manifest(HostProduct& product, const std::string& role)
+    : Manifest(product, role, Damaged::IsFailure) {}
 
-Manifest::Manifest(Session& session, const std::string& role, Damaged damaged)
-    : m_session(session), m_file(FileOf(session, role)) {
+Manifest::Manifest(HostProduct& product, const std::string& role, Damaged damaged)
+    : m_product(product), m_file(FileOf(product, role)) {
     try {
         Read();
     } catch (const Damage& failure) {
         if (damaged == Damaged::IsFailure) throw;
         m_isDamaged = true;
         m_entries.clear();
-        session.Out().Warning(failure.what());
+        product.Out().Warning(failure.what());
     }
 }
 
@@ -59,7 +60,7 @@ void Manifest::Read() {
             throw Damage(m_file + ":" + std::to_string(number) +
                          ": is no line INODE SIZE MTIME MODE PATH (remove the file, then commit again)");
         }
-        Add(NameOf(m_session.HostPaths(), path), entry);
+        Add(NameOf(m_product.HostPaths(), path), entry);
     }
 }
 
@@ -93,10 +94,10 @@ bool Manifest::IsUntouched(const std::string& path) const {
     return entry != m_entries.end() && entry->second == EntryOf(path);
 }
 
-bool Manifest::IsEdited(Session& session, const std::string& path) {
+bool Manifest::IsEdited(HostProduct& product, const std::string& path) {
     bool isRecorded = false;
     for (const char* role : {"server", "client"}) {
-        const Manifest manifest(session, role);
+        const Manifest manifest(product, role);
         if (manifest.IsUntouched(path)) return false;
         isRecorded = isRecorded || manifest.Has(path);
     }
@@ -112,7 +113,7 @@ void Manifest::Save() const {
     TextWriter text;
     for (const auto& [path, entry] : m_entries) {
         text << std::dec << entry.inode << ' ' << entry.size << ' ' << entry.time << ' ' << std::oct
-             << entry.mode << ' ' << m_session.HostPaths().NameInside(path) << '\n';
+             << entry.mode << ' ' << m_product.HostPaths().NameInside(path) << '\n';
     }
     ReplaceStateFile(m_file, text.str());
 }

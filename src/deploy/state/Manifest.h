@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "deploy/state/Session.h"
+#include "deploy/state/HostProduct.h"
 
 namespace ZET {
 
@@ -16,15 +16,15 @@ namespace ZET {
 class Manifest {
   public:
     /// Reads it; a missing one is empty. A broken line is a `Failure` that names it.
-    explicit Manifest(Session& session) : Manifest(session, session.Role()) {}
-    Manifest(Session& session, const std::string& role);
+    explicit Manifest(HostProduct& product) : Manifest(product, product.Role()) {}
+    Manifest(HostProduct& product, const std::string& role);
 
     /// For who takes back what was written, which stands beside the files: one that cannot be read is told,
     /// is empty, and stays.
     enum class Damaged { IsFailure, IsEmpty };
-    Manifest(Session& session, const std::string& role, Damaged damaged);
+    Manifest(HostProduct& product, const std::string& role, Damaged damaged);
 
-    static std::string FileOf(Session& session) { return FileOf(session, session.Role()); }
+    static std::string FileOf(HostProduct& product) { return FileOf(product, product.Role()); }
 
     bool IsDamaged() const { return m_isDamaged; }
 
@@ -37,7 +37,7 @@ class Manifest {
     bool IsUntouched(const std::string& path) const;
 
     /// Whether a commit of any role recorded the file, and none did as it is now.
-    static bool IsEdited(Session& session, const std::string& path);
+    static bool IsEdited(HostProduct& product, const std::string& path);
 
     /// Records the file as it is now.
     void Record(const std::string& path);
@@ -55,13 +55,13 @@ class Manifest {
         bool operator==(const Entry&) const = default;
     };
 
-    static std::string FileOf(Session& session, const std::string& role);
+    static std::string FileOf(HostProduct& product, const std::string& role);
     static Entry EntryOf(const std::string& path);
     void Add(const std::string& path, const Entry& entry);
 
     void Read();
 
-    Session& m_session;
+    HostProduct& m_product;
     std::string m_file;
     bool m_isDamaged = false;
     std::map<std::string, Entry> m_entries;

@@ -46,21 +46,21 @@ const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const 
     return last == given.rend() ? nullptr : &*last;
 }
 
-bool HasValue(Session& session, const std::string& placeholder) {
-    const std::string value = session.Config().TemplateValue(placeholder);
+bool HasValue(HostProduct& product, const std::string& placeholder) {
+    const std::string value = product.Config().TemplateValue(placeholder);
     return !value.empty() && value != "ldap://";
 }
 
 class ValueCheck {
   public:
-    explicit ValueCheck(Session& session)
-        : m_session(session),
-          m_file(session.Param("ZET_CFG")),
+    explicit ValueCheck(HostProduct& product)
+        : m_product(product),
+          m_file(product.Param("ZET_CFG")),
           m_given(GivenParameters(ReadFileBytes(m_file))) {}
 
     void CheckUsed(const std::set<std::string>& used) {
         for (const Source& source : kSources) {
-            if (used.contains(source.placeholder) && !HasValue(m_session, source.placeholder))
+            if (used.contains(source.placeholder) && !HasValue(m_product, source.placeholder))
                 TellNoValue(source);
         }
     }
@@ -68,7 +68,7 @@ class ValueCheck {
     void CheckGiven() {
         for (const GivenParameter& parameter : m_given) {
             // Another line, or the caller, may have had the last word.
-            if (m_session.Param(parameter.name) != parameter.value) continue;
+            if (m_product.Param(parameter.name) != parameter.value) continue;
             if (parameter.value.ends_with('\r')) {
                 Add(parameter.line, "the value of " + parameter.name + " ends with a carriage return",
                     "save the file with plain line feeds");
@@ -89,7 +89,7 @@ class ValueCheck {
         std::string name = source.parameter;
         const GivenParameter* given = FindGiven(m_given, name);
         const bool isDerived = (name == "REALM" || name == "DOMAIN_DN") && given == nullptr;
-        if (isDerived && m_session.Core().GetDomainName().empty()) {
+        if (isDerived && m_product.Core().GetDomainName().empty()) {
             name = kDomain;
             given = FindGiven(m_given, name);
         }
@@ -97,7 +97,7 @@ class ValueCheck {
         const int line = given == nullptr ? 0 : given->line;
         const std::string so = std::string(", so that ") + source.placeholder + " has no value";
         const bool isMeant = name == kDomain || name == kServer;
-        if (!m_session.Param(name).empty()) {
+        if (!m_product.Param(name).empty()) {
             Add(line, name + " has nothing to make " + source.placeholder + " of", "correct its value");
         } else if (isMeant) {
             Add(line, name + " is not set" + so, "add a line " + name + "=VALUE, or use \"option set\"");
@@ -110,7 +110,7 @@ class ValueCheck {
         m_problems.push_back({m_file, line, 0, text, remedy});
     }
 
-    Session& m_session;
+    HostProduct& m_product;
     std::string m_file;
     std::vector<GivenParameter> m_given;
     std::set<std::string> m_told;
@@ -156,15 +156,15 @@ std::vector<GivenParameter> GivenParameters(std::string_view text) {
     return given;
 }
 
-std::vector<Problem> CheckParameterValues(Session& session, const std::set<std::string>& used) {
-    ValueCheck check(session);
+std::vector<Problem> CheckParameterValues(HostProduct& product, const std::set<std::string>& used) {
+    ValueCheck check(product);
     check.CheckGiven();
     check.CheckUsed(used);
     return check.Result();
 }
 
-std::vector<Problem> CheckParameterNames(Session& session, const std::set<std::string>& used) {
-    const std::string file = session.Param("ZET_CFG");
+std::vector<Problem> CheckParameterNames(HostProduct& product, const std::set<std::string>& used) {
+    const std::string file = product.Param("ZET_CFG");
     const std::vector<std::string> known = KnownParameters();
     std::vector<Problem> problems;
     for (const GivenParameter& parameter : GivenParameters(ReadFileBytes(file))) {

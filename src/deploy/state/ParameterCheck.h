@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "deploy/state/Session.h"
-#include "text/Problem.h"
+#include "deploy/state/HostProduct.h"
+#include "zet/ZETProblem.h"
 
 namespace ZET {
 
@@ -22,11 +22,11 @@ std::vector<GivenParameter> GivenParameters(std::string_view text);
 
 /// Parameters whose values make files that no program can use: those without a value, as far as the
 /// placeholders in `used` ask for them, and those that hold what was not meant to be part of them.
-std::vector<Problem> CheckParameterValues(Session& session, const std::set<std::string>& used);
+std::vector<Problem> CheckParameterValues(HostProduct& product, const std::set<std::string>& used);
 
 /// Parameters in the main configuration file that nobody knows or uses; `used` has the placeholders of all
 /// templates.
-std::vector<Problem> CheckParameterNames(Session& session, const std::set<std::string>& used);
+std::vector<Problem> CheckParameterNames(HostProduct& product, const std::set<std::string>& used);
 
 /// The one of `names` that `name` is likely to be meant for; empty when there is none.
 std::string NearestName(const std::string& name, const std::vector<std::string>& names);

@@ -7,14 +7,13 @@
 #include <memory>
 #include <utility>
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Staging.h"
 #include "deploy/host/TextStreams.h"
 #include "deploy/state/StateFile.h"
-#include "deploy/targets/HostLists.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 #include "zet/ZETHost.h"
@@ -31,8 +30,8 @@ struct DirectoryCloser {
 class LeftOvers {
   public:
     /// `begun` is when the run began to write.
-    LeftOvers(Session& session, const std::string& path, const struct timespec& begun)
-        : m_session(session), m_path(path), m_begun(begun) {}
+    LeftOvers(HostProduct& product, const std::string& path, const struct timespec& begun)
+        : m_product(product), m_path(path), m_begun(begun) {}
 
     /// `name` is that of the file, in its directory.
     void Clear(const std::string& name) {
@@ -64,13 +63,13 @@ class LeftOvers {
         if (lstat(leftOver.c_str(), &status) != 0) return;
         const std::string shown = ParentOf(m_path) + BaseNameOf(leftOver);
         if (!IsOfTheRun(status)) {
-            m_session.Out().Warning(shown +
+            m_product.Out().Warning(shown +
                                     ": stays, as it cannot be what the run that was cut short left (look at "
                                     "it, and move it away)");
             return;
         }
         RemoveFile(leftOver);
-        m_session.Out().Remark("removed " + shown + ", which a run that was cut short left");
+        m_product.Out().Remark("removed " + shown + ", which a run that was cut short left");
     }
 
     bool IsOfTheRun(const struct stat& status) const {
@@ -81,29 +80,19 @@ class LeftOvers {
 
     static std::string ParentOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
 
-    Session& m_session;
+    HostProduct& m_product;
     const std::string& m_path;
     const struct timespec m_begun;
     std::set<uid_t> m_owners{geteuid()};
 };
 
-/// A target may be in a directory that the list trusts.
-std::string TrustedAt(Session& session, const std::string& path) {
-    try {
-        const Target* const target = session.Lists().TargetNamed(session.Lists().NameOf(path));
-        return target == nullptr ? "" : target->trusted;
-    } catch (const Failure&) {
-        return "";  // whoever needs the list is told why it cannot be read
-    }
-}
-
 }  // namespace
 
-PendingRecord::PendingRecord(Session& session, const std::vector<std::string>& paths)
-    : m_file(FileOf(session)) {
+PendingRecord::PendingRecord(HostProduct& product, const std::vector<std::string>& paths)
+    : m_file(FileOf(product)) {
     std::string text;
     for (const std::string& path : paths) {
-        text += session.HostPaths().NameInside(path) + "\n";
+        text += product.HostPaths().NameInside(path) + "\n";
     }
     try {
         ReplaceStateFile(m_file, text);
@@ -118,40 +107,40 @@ PendingRecord::~PendingRecord() {
     unlink(m_file.c_str());
 }
 
-std::string PendingRecord::FileOf(Session& session) {
-    return session.Param("ZET_VAR_LIB_DIR") + "/zet.pending";
+std::string PendingRecord::FileOf(HostProduct& product) {
+    return product.Param("ZET_VAR_LIB_DIR") + "/zet.pending";
 }
 
-std::set<std::string> PendingRecord::Read(Session& session) {
+std::set<std::string> PendingRecord::Read(HostProduct& product) {
     std::set<std::string> paths;
-    const std::string file = FileOf(session);
+    const std::string file = FileOf(product);
     RequireStateFile(file);
     if (!IsFileExist(file)) return paths;
     TextReader lines(ReadFileBytes(file));
     for (std::string line; std::getline(lines, line);) {
-        const std::string path = session.HostPaths().FromInside(line);
-        if (session.HostPaths().StaysInside(path)) paths.insert(path);
+        const std::string path = product.HostPaths().FromInside(line);
+        if (product.HostPaths().StaysInside(path)) paths.insert(path);
     }
     return paths;
 }
 
-std::set<std::string> PendingRecord::ClearLeftOvers(Session& session) {
-    const std::set<std::string> paths = Read(session);
+std::set<std::string> PendingRecord::ClearLeftOvers(HostProduct& product) {
+    const std::set<std::string> paths = Read(product);
     struct stat record = {};
-    if (!paths.empty() && stat(FileOf(session).c_str(), &record) != 0) return {};
+    if (!paths.empty() && stat(FileOf(product).c_str(), &record) != 0) return {};
     for (const std::string& path : paths) {
         try {
-            LeftOvers leftOvers(session, path, record.st_mtim);
-            FileInPlace(session.HostPaths().FindReal(path, TrustedAt(session, path)), path)
+            LeftOvers leftOvers(product, path, record.st_mtim);
+            FileInPlace(product.HostPaths().FindReal(path, product.TrustedAt(path)), path)
                 .Within([&](const std::string& name) { leftOvers.Clear(name); });
         } catch (const Failure& failure) {
-            session.Out().Warning(failure.what());
+            product.Out().Warning(failure.what());
         } catch (const EZETError& error) {
-            session.Out().Warning(WithRemedy(error.what()));
+            product.Out().Warning(WithRemedy(error.what()));
         }
     }
-    ReplaceStateFile(FileOf(session), "");
-    Staging::RemoveLeftOvers(session.Param("ZET_VAR_LIB_DIR"));
+    ReplaceStateFile(FileOf(product), "");
+    Staging::RemoveLeftOvers(product.Param("ZET_VAR_LIB_DIR"));
     return paths;
 }
 

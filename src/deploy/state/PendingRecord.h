@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "deploy/state/Session.h"
+#include "deploy/state/HostProduct.h"
 
 namespace ZET {
 
@@ -14,19 +14,19 @@ namespace ZET {
 /// Only under the lock; one record serves both roles, as the lock does.
 class PendingRecord {
   public:
-    PendingRecord(Session& session, const std::vector<std::string>& paths);
+    PendingRecord(HostProduct& product, const std::vector<std::string>& paths);
     ~PendingRecord();
     PendingRecord(const PendingRecord&) = delete;
     PendingRecord& operator=(const PendingRecord&) = delete;
 
-    static std::string FileOf(Session& session);
+    static std::string FileOf(HostProduct& product);
 
     /// The files of a run that did not come to its end.
-    static std::set<std::string> Read(Session& session);
+    static std::set<std::string> Read(HostProduct& product);
 
     /// Removes the temporary files that such a run left, and its record; what has the name of one, but cannot
     /// be its work, is told and stays. Only under the lock. Returns the run's files.
-    static std::set<std::string> ClearLeftOvers(Session& session);
+    static std::set<std::string> ClearLeftOvers(HostProduct& product);
 
   private:
     std::string m_file;

@@ -9,8 +9,8 @@
 #include <exception>
 #include <new>
 
-#include "cli/ExitStatus.h"
-#include "deploy/host/Diff.h"
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileState.h"
 #include "deploy/host/OwnedDescriptor.h"
 #include "deploy/host/Remedy.h"
 #include "zet/ZETFiles.h"
@@ -45,8 +45,8 @@ void RequireVersion(const FileInPlace& file, const FileVersion& version) {
 
 }  // namespace
 
-Replacement::Replacement(Session& session, const FileInPlace& file, const FileVersion& version)
-    : m_session(session),
+Replacement::Replacement(HostProduct& product, const FileInPlace& file, const FileVersion& version)
+    : m_product(product),
       m_file(file),
       m_version(version),
       m_former(StateIn(file.Directory(), file.NameInDirectory(), file.Path())) {
@@ -70,7 +70,7 @@ Replacement::~Replacement() {
 
 void Replacement::TellIfPossible(const std::exception& error) noexcept {
     try {
-        m_session.Out().Warning(m_file.Path() + ": its reserve stays: " + WithRemedy(error.what()));
+        m_product.Out().Warning(m_file.Path() + ": its reserve stays: " + WithRemedy(error.what()));
     } catch (const std::bad_alloc&) {
         // As above.
     }
@@ -82,7 +82,7 @@ void Replacement::KeepOriginal() {
     const bool hadAbsence = IsFileExist(m_file.Path() + ZETAbsenceSuffix);
     if (!hadReserve) m_newCompanions.emplace_back(ZETReserveSuffix);
     if (!hadAbsence) m_newCompanions.emplace_back(ZETAbsenceSuffix);
-    m_file.Within([&](const std::string& name) { m_session.Config().ReserveConfigFile(name); });
+    m_file.Within([&](const std::string& name) { m_product.Config().ReserveConfigFile(name); });
     // Copying takes its time, in which another program may write the file: such a reserve is not the
     // original.
     RequireVersion(m_file, m_version);
@@ -169,21 +169,21 @@ void Replacement::TakeBackCompanions() {
     });
 }
 
-void RestoreOriginal(Session& session, const FileInPlace& file, const FileVersion& version) {
+void RestoreOriginal(HostProduct& product, const FileInPlace& file, const FileVersion& version) {
     file.Within([&](const std::string& name) {
         const GuardedRenames renames([&](const ZETRename& rename) {
             if (rename.to == name) FileInPlace::Outside([&] { RequireVersion(file, version); });
         });
-        session.Config().RestoreConfigFile(name);
+        product.Config().RestoreConfigFile(name);
     });
 }
 
-void PutBackAsItWas(Session& session, const FileInPlace& file, const FileVersion& version) {
+void PutBackAsItWas(HostProduct& product, const FileInPlace& file, const FileVersion& version) {
     const bool isToGo = !IsFileExist(file.Path() + ZETReserveSuffix) && IsFileExist(file.Path());
-    if (!isToGo) return RestoreOriginal(session, file, version);
+    if (!isToGo) return RestoreOriginal(product, file, version);
     RequireVersion(file, version);
     file.Within([](const std::string& name) { RemoveFile(name); });
-    RestoreOriginal(session, file, {});
+    RestoreOriginal(product, file, {});
 }
 
 }  // namespace ZET

@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "deploy/host/Diff.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
-#include "deploy/state/Session.h"
+#include "deploy/host/FileState.h"
+#include "deploy/state/HostProduct.h"
 #include "zet/ZETHost.h"
 
 namespace ZET {
@@ -31,7 +31,7 @@ class Replacement {
     /// Lets the module save the file `name`.
     using Operation = std::function<void(const std::string& name)>;
 
-    Replacement(Session& session, const FileInPlace& file, const FileVersion& version);
+    Replacement(HostProduct& product, const FileInPlace& file, const FileVersion& version);
     ~Replacement();
     Replacement(const Replacement&) = delete;
     Replacement& operator=(const Replacement&) = delete;
@@ -56,7 +56,7 @@ class Replacement {
     void TakeBackCompanions();
     void TellIfPossible(const std::exception& error) noexcept;
 
-    Session& m_session;
+    HostProduct& m_product;
     const FileInPlace& m_file;
     const FileVersion m_version;
     const FileState m_former;
@@ -67,10 +67,10 @@ class Replacement {
 
 /// Puts the reserve back, if there is one, and drops the record of what was there before, unless somebody
 /// wrote the file since `version`: that is a `Failure`.
-void RestoreOriginal(Session& session, const FileInPlace& file, const FileVersion& version);
+void RestoreOriginal(HostProduct& product, const FileInPlace& file, const FileVersion& version);
 
 /// The same, and a file of which is recorded that there was none is taken away.
-void PutBackAsItWas(Session& session, const FileInPlace& file, const FileVersion& version);
+void PutBackAsItWas(HostProduct& product, const FileInPlace& file, const FileVersion& version);
 
 }  // namespace ZET
 

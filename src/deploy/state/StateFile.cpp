@@ -4,9 +4,9 @@
 
 #include <cstdint>
 
-#include "cli/ExitStatus.h"
-#include "deploy/host/Diff.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileState.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 

@@ -8,8 +8,8 @@
 #include <filesystem>
 #include <set>
 
-#include "cli/ExitStatus.h"
-#include "deploy/host/Diff.h"
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/state/Instructions.h"
 #include "zet/ZETFormat.h"
@@ -27,7 +27,7 @@ std::string AbsolutePath(const std::string& path) {
     return std::filesystem::absolute(path).string();
 }
 
-void RequireDirectory(Session& session, const std::string& path) {
+void RequireDirectory(HostProduct& product, const std::string& path) {
     const std::string directory = DirectoryOf(path);
     struct stat status = {};
     if (stat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
@@ -38,8 +38,8 @@ void RequireDirectory(Session& session, const std::string& path) {
     const int error = errno;
     const std::string text = directory + ": cannot be written, so " + path +
                              " cannot be replaced: " + std::strerror(error) + RemedyFor(error);
-    if (!session.Asked().dryRun) throw Failure(text);
-    session.Out().Warning(text);
+    if (!product.Wanted().dryRun) throw Failure(text);
+    product.Out().Warning(text);
 }
 
 /// Temporary files that a killed run left were cleared away where they are recorded, so what is still there
@@ -61,23 +61,23 @@ void RequireFreeNames(const std::string& path, bool canRecord, const std::set<st
 
 }  // namespace
 
-Writing::Writing(Session& session, const std::vector<std::string>& paths, Right right)
-    : m_session(session),
+Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Right right)
+    : m_product(product),
       m_paths(paths),
-      m_canRecord(access(session.Param("ZET_VAR_LIB_DIR").c_str(), W_OK | X_OK) == 0) {
-    const bool isDryRun = session.Asked().dryRun;
-    RequireOwnInstructions(session);
+      m_canRecord(access(product.Param("ZET_VAR_LIB_DIR").c_str(), W_OK | X_OK) == 0) {
+    const bool isDryRun = product.Wanted().dryRun;
+    RequireOwnInstructions(product);
     if (!isDryRun) {
-        m_lock = right == Right::OfTheProduct ? std::make_unique<WriteLock>(session)
-                                              : std::make_unique<WriteLock>(session, paths.front());
+        m_lock = right == Right::OfTheProduct ? std::make_unique<WriteLock>(product)
+                                              : std::make_unique<WriteLock>(product, paths.front());
         // The record is that of whoever holds the product's lock.
         m_canRecord = m_lock->IsProducts();
-        if (m_canRecord) PendingRecord::ClearLeftOvers(session);
+        if (m_canRecord) PendingRecord::ClearLeftOvers(product);
     }
     const std::set<std::string> leftOvers =
-        m_canRecord ? PendingRecord::Read(session) : std::set<std::string>();
+        m_canRecord ? PendingRecord::Read(product) : std::set<std::string>();
     for (const std::string& path : paths) {
-        RequireDirectory(session, path);
+        RequireDirectory(product, path);
         RequireFreeNames(path, m_canRecord, leftOvers);
     }
 }
@@ -89,7 +89,7 @@ void Writing::Begin() {
     for (const std::string& path : m_paths) {
         if (m_canRecord && FitsRecord(path)) toRecord.push_back(AbsolutePath(path));
     }
-    if (!toRecord.empty()) m_pending = std::make_unique<PendingRecord>(m_session, toRecord);
+    if (!toRecord.empty()) m_pending = std::make_unique<PendingRecord>(m_product, toRecord);
 }
 
 }  // namespace ZET

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "deploy/host/Signals.h"
+#include "deploy/state/HostProduct.h"
 #include "deploy/state/Lock.h"
 #include "deploy/state/PendingRecord.h"
-#include "deploy/state/Session.h"
 
 namespace ZET {
 
@@ -21,13 +21,13 @@ class Writing {
 
     /// A `Failure` when one of the files (links followed) could not be written without harm: its directory is
     /// missing, or something that is not ours has the name of a temporary file or a reserve.
-    Writing(Session& session, const std::vector<std::string>& paths, Right right = Right::OfTheFiles);
+    Writing(HostProduct& product, const std::vector<std::string>& paths, Right right = Right::OfTheFiles);
 
     /// From here on, the files are written.
     void Begin();
 
   private:
-    Session& m_session;
+    HostProduct& m_product;
     std::vector<std::string> m_paths;
     bool m_canRecord;  ///< what is about to be written, in the product's directory
     SignalGuard m_signals;

@@ -2,26 +2,26 @@
 
 #include <set>
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
 #include "deploy/targets/Render.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET {
 
-ClaimedFiles::ClaimedFiles(Session& session) : m_session(session) {
-    AddOwn(session.FilePath(session.Asked().configFile), "the configuration file of the commands");
-    m_uses.try_emplace(Canonical(session.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini"),
+ClaimedFiles::ClaimedFiles(HostProduct& product) : m_product(product) {
+    AddOwn(product.FilePath(product.Wanted().configFile), "the configuration file of the commands");
+    m_uses.try_emplace(Canonical(product.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini"),
                        Use{"the list of targets", ""});
     for (const char* name : {"zet.lock", "zet.pending", "zet-server.manifest", "zet-client.manifest",
                              "zet-server.status", "zet-client.status", "zet-client-fs.status"})
-        AddOwn(session.Param("ZET_VAR_LIB_DIR") + "/" + name, "a file of the status");
+        AddOwn(product.Param("ZET_VAR_LIB_DIR") + "/" + name, "a file of the status");
 }
 
 void ClaimedFiles::AddTemplate(const std::string& name) {
-    const std::string copy = WorkingCopy(m_session, name);
+    const std::string copy = WorkingCopy(m_product, name);
     AddOf(name, copy, "the working copy of [" + name + "]");
     AddOf(name, copy + ZETTemporarySuffix, "the temporary file of the working copy of [" + name + "]");
-    AddOf(name, m_session.Param("ZET_CFG_TEMPL_DIR") + "/" + name, "the template [" + name + "]");
+    AddOf(name, m_product.Param("ZET_CFG_TEMPL_DIR") + "/" + name, "the template [" + name + "]");
 }
 
 std::optional<Problem> ClaimedFiles::ClashOf(const std::string& templateName) const {
@@ -34,7 +34,7 @@ void ClaimedFiles::AddListed(const std::vector<Target>& listed, const std::vecto
     for (const Target& target : notYet)
         later.insert(target.templateName);
     for (const Target& target : listed) {
-        if (target.path.empty() || !target.IsFor(m_session.Role())) continue;
+        if (target.path.empty() || !target.IsFor(m_product.Role())) continue;
         try {
             AddTemplate(target.templateName);
             if (later.count(target.templateName) == 0) AddTarget(target);
@@ -46,7 +46,7 @@ void ClaimedFiles::AddListed(const std::vector<Target>& listed, const std::vecto
 
 std::optional<Problem> ClaimedFiles::AddTarget(const Target& target) {
     if (std::optional<Problem> clash = ClashOf(target.templateName)) return clash;
-    const std::string file = m_session.HostPaths().Canonical(target.path);
+    const std::string file = m_product.HostPaths().Canonical(target.path);
     Uses mine = CompanionsOf(file);
     mine[file] = {"made from [" + target.templateName + "]", target.templateName};
     m_uses.merge(mine);
@@ -71,7 +71,7 @@ std::string ClaimedFiles::UseBesideTargets(const std::string& path) const {
 
 /// Of a path as the commands open it: with the root, if there is one.
 std::string ClaimedFiles::Canonical(const std::string& path) const {
-    return m_session.HostPaths().Canonical(m_session.HostPaths().NameInside(path));
+    return m_product.HostPaths().Canonical(m_product.HostPaths().NameInside(path));
 }
 
 void ClaimedFiles::AddOwn(const std::string& path, const std::string& text) {

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "deploy/state/Session.h"
+#include "deploy/state/HostProduct.h"
 #include "deploy/targets/Targets.h"
-#include "text/Problem.h"
+#include "zet/ZETProblem.h"
 
 namespace ZET {
 
@@ -16,7 +16,7 @@ namespace ZET {
 /// then those of every template and target that is added. Whatever way leads to a file, it is the same one.
 class ClaimedFiles {
   public:
-    explicit ClaimedFiles(Session& session);
+    explicit ClaimedFiles(HostProduct& product);
 
     /// The template, and its working copy.
     void AddTemplate(const std::string& name);
@@ -24,7 +24,7 @@ class ClaimedFiles {
     /// A problem when one of the template's files had another use when it was added.
     std::optional<Problem> ClashOf(const std::string& templateName) const;
 
-    /// The templates of the session's role, and its targets except those of `notYet`.
+    /// The templates of the product's role, and its targets except those of `notYet`.
     void AddListed(const std::vector<Target>& listed, const std::vector<Target>& notYet = {});
 
     /// The target with what stands beside it: its reserve and the like. A problem when one of them is a file
@@ -47,7 +47,7 @@ class ClaimedFiles {
     void AddOf(const std::string& templateName, const std::string& path, const std::string& text);
     static Uses CompanionsOf(const std::string& file);
 
-    Session& m_session;
+    HostProduct& m_product;
     Uses m_uses;                               ///< by the files' canonical names
     std::map<std::string, Problem> m_clashes;  ///< by the templates' names
 };

@@ -4,9 +4,10 @@
 
 #include <algorithm>
 
-#include "cli/ExitStatus.h"
-#include "deploy/host/Diff.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileState.h"
+#include "deploy/state/Language.h"
 #include "deploy/targets/HostLists.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Secrets.h"
@@ -17,11 +18,11 @@ namespace ZET {
 
 namespace {
 
-void ReadTarget(Session& session, const std::string& file, FileOrigin& origin) {
-    origin.isPrivate = session.HostSecrets().IsPrivate(session.FilePath(file));
+void ReadTarget(Deployment& product, const std::string& file, FileOrigin& origin) {
+    origin.isPrivate = product.HostSecrets().IsPrivate(product.FilePath(file));
     try {
-        HostLists& lists = session.Lists();
-        const Target* const target = lists.TargetNamed(lists.NameOf(session.FilePath(file)));
+        HostLists& lists = product.Lists();
+        const Target* const target = lists.TargetNamed(lists.NameOf(product.FilePath(file)));
         if (target != nullptr) origin.target = *target;
     } catch (const Failure&) {
         // Without a list that can be read, nothing is known to be a target, and that was told.
@@ -40,16 +41,16 @@ std::string TemplateInNotice(const ManagedText& text, const NoticeTexts& noticeT
 }
 
 /// A template below the directory of the working copies has a name; another one only a path.
-void NameTemplate(Session& session, const std::string& path, FileOrigin& origin) {
-    const std::string directory = session.Param("ZET_CFG_DIR") + "/";
-    for (const std::string& known : {path, session.FilePath(path)}) {
+void NameTemplate(HostProduct& product, const std::string& path, FileOrigin& origin) {
+    const std::string directory = product.Param("ZET_CFG_DIR") + "/";
+    for (const std::string& known : {path, product.FilePath(path)}) {
         if (!known.starts_with(directory)) continue;
         origin.templateName = known.substr(directory.size());
-        origin.templateFile = TemplateFile(session, origin.templateName);
+        origin.templateFile = TemplateFile(product, origin.templateName);
         return;
     }
     origin.templateName = path;
-    const std::string file = session.FilePath(path);
+    const std::string file = product.FilePath(path);
     if (IsFileExist(file)) origin.templateFile = file;
 }
 
@@ -62,25 +63,25 @@ std::string HeadOf(const std::string& path) {
 
 }  // namespace
 
-FileOrigin FindOrigin(Session& session, const std::string& file, const ManagedText& text,
+FileOrigin FindOrigin(Deployment& product, const std::string& file, const ManagedText& text,
                       const NoticeTexts& noticeTexts) {
     FileOrigin origin;
-    ReadTarget(session, file, origin);
+    ReadTarget(product, file, origin);
     const std::string path = TemplateInNotice(text, noticeTexts);
     origin.isMade = !path.empty();
-    if (origin.isMade) NameTemplate(session, path, origin);
+    if (origin.isMade) NameTemplate(product, path, origin);
     return origin;
 }
 
-std::string TemplateNamedIn(Session& session, const std::string& path) {
+std::string TemplateNamedIn(HostProduct& product, const std::string& path) {
     if (!StateOf(path).IsRegular()) return "";
     const std::string head = HeadOf(path);
     if (head.find(ZETNoticeMarker) == std::string::npos) return "";
-    return TemplateInNotice(ManagedText(head), WrittenNoticeTexts(session));
+    return TemplateInNotice(ManagedText(head), WrittenNoticeTexts(product));
 }
 
-NoticeTexts WrittenNoticeTexts(Session& session) {
-    const WrittenLanguage language(session.Core());
+NoticeTexts WrittenNoticeTexts(HostProduct& product) {
+    const WrittenLanguage language(product.Core());
     return NoticeTexts();
 }
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "deploy/state/Session.h"
+#include "deploy/targets/Deployment.h"
 #include "deploy/targets/Targets.h"
 #include "text/ManagedText.h"
 #include "text/NoticeTexts.h"
@@ -22,14 +22,14 @@ struct FileOrigin {
 
 /// `file` is as the caller named it, `text` what it holds. A list of targets that cannot be relied on is a
 /// warning.
-FileOrigin FindOrigin(Session& session, const std::string& file, const ManagedText& text,
+FileOrigin FindOrigin(Deployment& product, const std::string& file, const ManagedText& text,
                       const NoticeTexts& noticeTexts);
 
 /// The template that the notice at the head of a file names, as it stands there; empty when none does.
-std::string TemplateNamedIn(Session& session, const std::string& path);
+std::string TemplateNamedIn(HostProduct& product, const std::string& path);
 
 /// The texts of the notices in the language in which they are written into files.
-NoticeTexts WrittenNoticeTexts(Session& session);
+NoticeTexts WrittenNoticeTexts(HostProduct& product);
 
 }  // namespace ZET
 

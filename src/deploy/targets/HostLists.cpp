@@ -1,16 +1,16 @@
 #include "deploy/targets/HostLists.h"
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
+#include "deploy/state/HostProduct.h"
 #include "deploy/state/Manifest.h"
-#include "deploy/state/Session.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET {
 
 const TargetList& HostLists::Targets() {
     if (m_targets) return *m_targets;
-    const std::string file = m_session.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini";
-    m_targets = IsFileExist(file) ? ReadTargetList(m_session) : TargetList{file, {}, {}};
+    const std::string file = m_product.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini";
+    m_targets = IsFileExist(file) ? ReadTargetList(m_product) : TargetList{file, {}, {}};
     return *m_targets;
 }
 
@@ -20,7 +20,7 @@ const Target* HostLists::TargetNamed(const std::string& name) {
         for (const Target& target : Targets().targets) {
             if (target.path.empty()) continue;
             try {
-                byName.emplace(m_session.HostPaths().Canonical(target.path), &target);
+                byName.emplace(m_product.HostPaths().Canonical(target.path), &target);
             } catch (const Failure&) {
                 // No way leads to it, so no file is this target.
             }
@@ -35,7 +35,7 @@ const std::set<std::string>& HostLists::Committed() {
     if (m_committed) return *m_committed;
     std::set<std::string> names;
     for (const char* role : {"server", "client"}) {
-        for (const std::string& path : Manifest(m_session, role).Paths())
+        for (const std::string& path : Manifest(m_product, role).Paths())
             names.insert(NameOf(path));
     }
     m_committed = std::move(names);
@@ -48,7 +48,7 @@ const Target* HostLists::CommittedTarget(const std::string& path) {
 }
 
 std::string HostLists::NameOf(const std::string& path) const {
-    return m_session.HostPaths().Canonical(m_session.HostPaths().NameInside(path));
+    return m_product.HostPaths().Canonical(m_product.HostPaths().NameInside(path));
 }
 
 }  // namespace ZET

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
-#include "cli/ExitStatus.h"
-#include "deploy/host/Diff.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileState.h"
 #include "deploy/host/Process.h"
 #include "deploy/host/Signals.h"
 #include "deploy/targets/Secrets.h"
@@ -75,34 +75,29 @@ class Verdict {
     const std::string m_excuse;
 };
 
-std::string ExcuseFor(Session& session, const std::string& path, const std::string& staged) {
-    Secrets& secrets = session.HostSecrets();
-    const bool isHidden = secrets.Hides(path) || (Secrets::IsClosed(staged) && !session.Asked().showSecrets);
+std::string ExcuseFor(Deployment& product, const std::string& path, const std::string& staged) {
+    Secrets& secrets = product.HostSecrets();
+    const bool isHidden =
+        secrets.Hides(path) || (Secrets::IsClosed(staged) && !product.Wanted().showsSecrets);
     return isHidden ? "(" + secrets.Excuse(path) + ")" : "";
 }
 
 }  // namespace
 
-bool RunsOwnChecks(const Request& asked) {
-    return !asked.noChecks && (asked.root.empty() || asked.runChecks);
+bool RunsOwnChecks(const Options& wanted) {
+    return wanted.runsChecks && (wanted.root.empty() || wanted.runsChecksOfTree);
 }
 
-void RemarkChecksNotRun(Session& session, const std::vector<Target>& targets) {
-    const Request& asked = session.Asked();
-    const auto count = std::count_if(targets.begin(), targets.end(),
-                                     [](const Target& target) { return !target.check.empty(); });
-    const bool isRun = RunsOwnChecks(asked);
-    session.Out().Set("checks_not_run", isRun ? std::int64_t{0} : std::int64_t{count});
-    if (count == 0 || isRun || asked.noChecks) return;
-    session.Out().Remark(std::to_string(count) + (count == 1 ? " check command" : " check commands") +
-                         " of the tree " + (count == 1 ? "was" : "were") +
-                         " not run (--run-checks runs them, on this host)");
+std::size_t CountChecksNotRun(const Options& wanted, const std::vector<Target>& targets) {
+    if (RunsOwnChecks(wanted)) return 0;
+    return static_cast<std::size_t>(std::count_if(
+        targets.begin(), targets.end(), [](const Target& target) { return !target.check.empty(); }));
 }
 
-std::optional<Problem> OwnCheckProblem(Session& session, const Target& target, const std::string& path,
+std::optional<Problem> OwnCheckProblem(Deployment& product, const Target& target, const std::string& path,
                                        const std::string& staged) {
     if (target.check.empty()) return std::nullopt;
-    const Verdict verdict(target, path, ExcuseFor(session, path, staged));
+    const Verdict verdict(target, path, ExcuseFor(product, path, staged));
     const mode_t mode = StateOf(staged).mode;
     const std::string bytes = ReadFileBytes(staged);
     ProcessResult result;

@@ -14,15 +14,4 @@ void Restarts::Add(const std::string& services) {
     }
 }
 
-void Restarts::Tell(Session& session) const {
-    std::string names;
-    for (const std::string& service : m_services) {
-        session.Out().Add("restart", service);
-        names += (names.empty() ? "" : ", ") + service;
-    }
-    if (names.empty() || session.Asked().quiet) return;
-    session.Out().Line((session.Asked().dryRun ? "would have to be restarted: " : "to be restarted: ") +
-                       names);
-}
-
 }  // namespace ZET

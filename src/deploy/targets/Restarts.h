@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "deploy/state/Session.h"
+#include "deploy/targets/Deployment.h"
 
 namespace ZET {
 
@@ -14,8 +14,7 @@ class Restarts {
     /// `services` as the list of targets has them, blanks between; each counts once.
     void Add(const std::string& services);
 
-    /// The list "restart" of the document, which is there already, and a line.
-    void Tell(Session& session) const;
+    const std::vector<std::string>& Services() const { return m_services; }
 
   private:
     std::vector<std::string> m_services;

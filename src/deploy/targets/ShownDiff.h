@@ -2,31 +2,22 @@
 #define ZET_SHOWN_DIFF_H
 
 #include <string>
-#include <string_view>
 
-#include "cli/Report.h"
+#include "deploy/targets/Deployment.h"
+#include "zet/deploy/FileOutcome.h"
 
 namespace ZET {
 
-class Session;
+/// The path as the labels of a diff have it: one with ".." in it is none that `patch` accepts.
+std::string ShownPath(const std::string& path);
 
-/// The difference of texts as far as the reader is to see it; empty when it is not wanted.
-struct ShownDiff {
-    std::string text;        ///< unified
-    List places;             ///< of what is hidden: "FILE: lines 3-5 changed"
-    std::string excuse;      ///< why it is hidden; empty: it is not
-    bool isPrivate = false;  ///< it is, or would be, hidden
+/// The diff of a change of `path`, or of its companion `shownPath`, if one is wanted: of a text that is not
+/// for everybody, only where it changes.
+ShownDiff DiffToShow(Deployment& product, const std::string& oldFile, const std::string& newFile,
+                     const std::string& path, const std::string& shownPath = "");
 
-    void Append(ShownDiff other);
-    void Tell(Report& report) const;
-
-    /// diff, changed_lines
-    void AddTo(Fields& fields) const;
-};
-
-/// Which lines a unified diff changes, by their numbers in the new text: "lines 3-5, 9 changed"; where lines
-/// only go, by those in the old one: "line 7 of the old text removed". Empty when there are none.
-std::string ChangedLines(std::string_view diff);
+/// Whether the text is not for everybody: that of the file as it is, or as it was.
+bool IsPrivate(Deployment& product, const FileOutcome& outcome);
 
 }  // namespace ZET
 

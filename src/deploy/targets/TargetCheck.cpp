@@ -9,10 +9,11 @@
 #include <cstring>
 #include <iterator>
 
-#include "cli/ExitStatus.h"
-#include "deploy/host/Diff.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileState.h"
 #include "deploy/state/Instructions.h"
+#include "deploy/state/Language.h"
 #include "deploy/state/Manifest.h"
 #include "deploy/state/ParameterCheck.h"
 #include "deploy/state/PendingRecord.h"
@@ -55,11 +56,11 @@ std::vector<Problem> CheckDirectory(const std::string& directory, const std::str
 }
 
 /// The same of one of the product's own, on which root relies.
-std::vector<Problem> CheckOwnDirectory(Session& session, const char* key, const std::string& purpose) {
-    const std::string directory = session.Param(key);
+std::vector<Problem> CheckOwnDirectory(Deployment& product, const char* key, const std::string& purpose) {
+    const std::string directory = product.Param(key);
     std::vector<Problem> problems = CheckDirectory(directory, purpose, key);
     if (!problems.empty()) return problems;
-    if (std::optional<Problem> problem = CheckInstruction(session, directory))
+    if (std::optional<Problem> problem = CheckInstruction(product, directory))
         problems.push_back(std::move(*problem));
     return problems;
 }
@@ -99,49 +100,49 @@ std::vector<Problem> CheckSingle(const std::string& path) {
 }
 
 /// The product's own directories, and the files in them that a commit writes.
-std::vector<Problem> CheckOwnFiles(Session& session) {
-    const std::string status = session.Param("ZET_VAR_LIB_DIR");
+std::vector<Problem> CheckOwnFiles(Deployment& product) {
+    const std::string status = product.Param("ZET_VAR_LIB_DIR");
     std::vector<Problem> problems =
-        CheckOwnDirectory(session, "ZET_CFG_DIR", "the templates' working copies");
-    std::vector<Problem> ofStatus = CheckOwnDirectory(session, "ZET_VAR_LIB_DIR", "the status");
+        CheckOwnDirectory(product, "ZET_CFG_DIR", "the templates' working copies");
+    std::vector<Problem> ofStatus = CheckOwnDirectory(product, "ZET_VAR_LIB_DIR", "the status");
     for (std::optional<Problem> problem :
-         {CheckModule(session), CheckInstruction(session, session.Param("ZET_CFG")),
-          CheckInstruction(session, session.Param("ZET_CFG_TEMPL_DIR"))}) {
+         {CheckModule(product), CheckInstruction(product, product.Param("ZET_CFG")),
+          CheckInstruction(product, product.Param("ZET_CFG_TEMPL_DIR"))}) {
         if (problem) problems.push_back(std::move(*problem));
     }
     if (ofStatus.empty()) {
         for (const std::string& file :
-             {Manifest::FileOf(session), PendingRecord::FileOf(session), status + "/zet.lock",
-              status + "/zet-" + session.Role() + ".status", status + "/zet-client-fs.status"})
+             {Manifest::FileOf(product), PendingRecord::FileOf(product), status + "/zet.lock",
+              status + "/zet-" + product.Role() + ".status", status + "/zet-client-fs.status"})
             Append(ofStatus, CheckSingle(file));
     }
     Append(problems, std::move(ofStatus));
     try {
-        RequireLanguage(session.Param("ZET_LANG"));
+        RequireLanguage(product.Param("ZET_LANG"));
     } catch (const Failure& failure) {
-        problems.push_back(ProblemOf(session.Param("ZET_CFG"), failure));
+        problems.push_back(ProblemOf(product.Param("ZET_CFG"), failure));
     }
     return problems;
 }
 
 /// Who only looks need not be the one who writes.
-void WarnOfRights(Session& session, std::vector<Problem>& problems) {
+void WarnOfRights(Deployment& product, std::vector<Problem>& problems) {
     std::erase_if(problems, [&](const Problem& problem) {
-        if (problem.isOfUser) session.Out().Warning(problem.Describe());
+        if (problem.isOfUser) product.Out().Warning(problem.Describe());
         return problem.isOfUser;
     });
 }
 
 /// A problem tells where it is; what it quotes of a template that is not for everybody, or of values in a
 /// file that is not, it leaves out.
-void HideQuotes(Session& session, const std::string& file, std::vector<Problem>& problems) {
+void HideQuotes(Deployment& product, const std::string& file, std::vector<Problem>& problems) {
     if (problems.empty()) return;
-    Secrets& secrets = session.HostSecrets();
+    Secrets& secrets = product.HostSecrets();
     // A broken list is among the problems itself.
     const auto isHidden = [&](const std::string& path) {
         return secrets.Hides(path) && secrets.Of(path) != Secrets::Audience::Unsure;
     };
-    const std::string config = session.Param("ZET_CFG");
+    const std::string config = product.Param("ZET_CFG");
     const bool isTemplateHidden = isHidden(file);
     if (!isTemplateHidden && !isHidden(config)) return;
     const std::string bytes = ReadFileBytes(file);
@@ -157,17 +158,17 @@ void HideQuotes(Session& session, const std::string& file, std::vector<Problem>&
 /// Checks targets one by one; what they have in common is in here.
 class TargetChecker {
   public:
-    TargetChecker(Session& session, const TargetList& list, const std::vector<Target>& checked)
-        : m_session(session),
-          m_pending(PendingRecord::Read(session)),
-          m_claimed(session),
-          m_result(CheckOwnFiles(session)) {
+    TargetChecker(Deployment& product, const TargetList& list, const std::vector<Target>& checked)
+        : m_product(product),
+          m_pending(PendingRecord::Read(product)),
+          m_claimed(product),
+          m_result(CheckOwnFiles(product)) {
         m_claimed.AddListed(list.targets, checked);
     }
 
     void Check(const Target& target, std::set<std::string>& used) {
-        Append(m_result, CheckTemplateFile(m_session, target.templateName,
-                                           m_session.Config().TemplatesValues(), &used));
+        Append(m_result, CheckTemplateFile(m_product, target.templateName,
+                                           m_product.Config().TemplatesValues(), &used));
         try {
             CheckWorkingCopy(target);
             CheckFile(target);
@@ -181,16 +182,16 @@ class TargetChecker {
   private:
     /// One that is missing is going to be installed.
     void CheckWorkingCopy(const Target& target) {
-        const std::string copy = WorkingCopy(m_session, target.templateName);
+        const std::string copy = WorkingCopy(m_product, target.templateName);
         if (StateOf(copy).exists) return;
-        if (DirectoryOf(copy) != m_session.Param("ZET_CFG_DIR"))
+        if (DirectoryOf(copy) != m_product.Param("ZET_CFG_DIR"))
             Append(m_result,
                    CheckDirectory(DirectoryOf(copy), "the working copy " + copy, "the template's name"));
         CheckFree(copy + ZETTemporarySuffix, copy);
     }
 
     void CheckFile(const Target& target) {
-        const std::string path = m_session.FilePath(target.path);
+        const std::string path = m_product.FilePath(target.path);
         Append(m_result, CheckPlace(target, path));
         const FileState state = StateOf(path);
         if (state.exists && !state.IsRegular())
@@ -204,7 +205,7 @@ class TargetChecker {
     }
 
     bool IsForEverybody(const Target& target) {
-        const std::string file = TemplateFile(m_session, target.templateName);
+        const std::string file = TemplateFile(m_product, target.templateName);
         return file.empty() || (ModeOf(file) & S_IROTH) != 0;
     }
 
@@ -216,7 +217,7 @@ class TargetChecker {
                                 "this host has no user \"" + target.trusted + "\", whom its entry trusts",
                                 "correct trust in the list, or make the user"});
         }
-        const FoundFile found = m_session.HostPaths().Find(target.path, target.trusted);
+        const FoundFile found = m_product.HostPaths().Find(target.path, target.trusted);
         if (!problems.empty() || geteuid() != 0) return problems;
         if (found.judge.Objection()) {
             problems.push_back(*found.judge.Objection());
@@ -234,7 +235,7 @@ class TargetChecker {
             m_result.push_back({temporary, 0, 0, "is in the way of writing " + path, "move it away"});
     }
 
-    Session& m_session;
+    Deployment& m_product;
     const std::set<std::string> m_pending;
     ClaimedFiles m_claimed;
     std::vector<Problem> m_result;
@@ -242,42 +243,42 @@ class TargetChecker {
 
 }  // namespace
 
-CheckedTargets CheckTargets(Session& session, const std::vector<std::string>& templateNames) {
+CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>& templateNames) {
     CheckedTargets checked;
-    TargetList list = ReadTargetList(session);
-    checked.targets = SelectTargets(session, list, templateNames);
-    TargetChecker checker(session, list, checked.targets);
+    TargetList list = ReadTargetList(product);
+    checked.targets = SelectTargets(product, list, templateNames);
+    TargetChecker checker(product, list, checked.targets);
     checked.problems = std::move(list.problems);
     for (const Target& target : checked.targets) {
         if (!target.path.empty()) checker.Check(target, checked.used);
     }
     Append(checked.problems, checker.Result());
-    Append(checked.problems, CheckParameterValues(session, checked.used));
-    if (session.Asked().OnlyLooks()) WarnOfRights(session, checked.problems);
+    Append(checked.problems, CheckParameterValues(product, checked.used));
+    if (product.Wanted().onlyLooks) WarnOfRights(product, checked.problems);
     return checked;
 }
 
-std::vector<Problem> CheckTemplateFile(Session& session, const std::string& templateName,
+std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& templateName,
                                        const StringMap& values, std::set<std::string>* used) {
-    std::string file = session.Param("ZET_CFG_TEMPL_DIR") + "/" + templateName;
+    std::string file = product.Param("ZET_CFG_TEMPL_DIR") + "/" + templateName;
     try {
-        const std::string found = TemplateFile(session, templateName);
+        const std::string found = TemplateFile(product, templateName);
         if (found.empty())
             return {
                 {file, 0, 0, "the template is missing", "install it there, or correct its name in the list"}};
         file = found;
-        for (const std::string& told : {file, WorkingCopy(session, templateName)}) {
-            if (told != file && DirectoryOf(told) == session.Param("ZET_CFG_DIR"))
+        for (const std::string& told : {file, WorkingCopy(product, templateName)}) {
+            if (told != file && DirectoryOf(told) == product.Param("ZET_CFG_DIR"))
                 continue;  // judged by itself
-            if (std::optional<Problem> problem = CheckInstruction(session, told)) return {*problem};
+            if (std::optional<Problem> problem = CheckInstruction(product, told)) return {*problem};
         }
-        if (!session.HostPaths().StaysInside(file)) {
+        if (!product.HostPaths().StaysInside(file)) {
             return {{file, 0, 0, "the template is a link that leads out of the root directory",
                      "put the template itself there"}};
         }
         std::vector<Problem> problems = CheckTemplate(
             file, [&](const auto& take) { ReadLines(file, take); }, values, used);
-        HideQuotes(session, file, problems);
+        HideQuotes(product, file, problems);
         return problems;
     } catch (const Failure& failure) {
         return {ProblemOf(file, failure)};

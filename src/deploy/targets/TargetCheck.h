@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "deploy/state/Session.h"
+#include "deploy/targets/Deployment.h"
 #include "deploy/targets/Targets.h"
-#include "text/Problem.h"
+#include "zet/ZETProblem.h"
 
 namespace ZET {
 
@@ -18,14 +18,14 @@ struct CheckedTargets {
     std::set<std::string> used;  ///< the placeholders that the templates use
 };
 
-/// Checks the list of targets, the templates of the session's role that `templateNames` has (all when it is
+/// Checks the list of targets, the templates of the product's role that `templateNames` has (all when it is
 /// empty) and their targets, all in one go; nothing is written. A template that the list does not have is a
 /// `UsageError`, a list that cannot be read a `Failure`.
-CheckedTargets CheckTargets(Session& session, const std::vector<std::string>& templateNames);
+CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>& templateNames);
 
 /// The problems of one template, as far as they concern it alone. The placeholders that it uses are added to
 /// `used`, unless it is null.
-std::vector<Problem> CheckTemplateFile(Session& session, const std::string& templateName,
+std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& templateName,
                                        const StringMap& values, std::set<std::string>* used = nullptr);
 
 }  // namespace ZET

@@ -12,7 +12,7 @@
 #include <set>
 #include <string_view>
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/OwnedDescriptor.h"
 #include "deploy/host/TextStreams.h"
 

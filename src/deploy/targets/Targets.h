@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "deploy/state/Session.h"
-#include "text/Problem.h"
+#include "deploy/state/HostProduct.h"
+#include "zet/ZETProblem.h"
 
 namespace ZET {
 
@@ -35,18 +35,19 @@ struct TargetList {
 
 /// Reads targets.ini in the directory of the pristine templates. A list that cannot be read, or that others
 /// may write while root runs, is a `Failure`; broken entries are problems.
-TargetList ReadTargetList(Session& session);
+TargetList ReadTargetList(HostProduct& product);
 
-/// The targets of the session's role whose templates `templateNames` has, all when it is empty, in the order
+/// The targets of the product's role whose templates `templateNames` has, all when it is empty, in the order
 /// of the list. A template that the list does not have for the role is a `UsageError`.
-std::vector<Target> SelectTargets(Session& session, const TargetList& list,
+std::vector<Target> SelectTargets(HostProduct& product, const TargetList& list,
                                   const std::vector<std::string>& templateNames);
 
 /// The same of the list in its place; a broken one is a `Failure` with all its problems.
-std::vector<Target> SelectTargets(Session& session, const std::vector<std::string>& templateNames);
+std::vector<Target> SelectTargets(HostProduct& product, const std::vector<std::string>& templateNames);
 
 /// The target whose file is `path`, links followed; null when none is.
-const Target* FindTargetByPath(Session& session, const std::vector<Target>& targets, const std::string& path);
+const Target* FindTargetByPath(HostProduct& product, const std::vector<Target>& targets,
+                               const std::string& path);
 
 }  // namespace ZET
 

@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include "deploy/host/Diff.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
+#include "deploy/host/FileState.h"
 #include "deploy/host/Paths.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"

@@ -12,10 +12,10 @@
 #include <string>
 #include <vector>
 
-#include "cli/ExitStatus.h"
 #include "cli/Report.h"
+#include "cli/Session.h"
 #include "cli/commands/Commands.h"
-#include "deploy/state/Session.h"
+#include "deploy/host/Failure.h"
 #include "text/repair/MarkerDamage.h"
 #include "zet/ZETFormat.h"
 
@@ -226,7 +226,7 @@ class EditSafety : public testing::Test {
         m_request.name = maker.Name();
         m_request.pattern = "^#*" + m_request.name + "=";
         m_request.text = "new";
-        m_request.allBlocks = maker.Below(2) == 0;
+        m_request.edit.allBlocks = maker.Below(2) == 0;
         const int kind = maker.Below(5);
         m_request.command = kNames[kind];
         if (kind == 1) m_request.text = m_request.name + "=new";

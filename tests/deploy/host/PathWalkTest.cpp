@@ -8,7 +8,7 @@
 #include <fstream>
 #include <string>
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
 
 namespace ZET {
 namespace {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/ExitStatus.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 
 namespace ZET {

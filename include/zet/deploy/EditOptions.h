@@ -1,0 +1,16 @@
+#ifndef ZET_DEPLOY_EDIT_OPTIONS_H
+#define ZET_DEPLOY_EDIT_OPTIONS_H
+
+namespace ZET {
+
+/// How a file is edited in place.
+struct EditOptions {
+    bool noMarkers = false;  ///< without marker lines
+    bool noBackup = false;   ///< without a reserve of the file
+    bool force = false;      ///< a target that a commit recorded, too, which the next commit overwrites
+    bool allBlocks = false;  ///< a restore drops the managed blocks of others, too
+};
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,55 @@
+#ifndef ZET_DEPLOY_FILE_OUTCOME_H
+#define ZET_DEPLOY_FILE_OUTCOME_H
+
+#include <sys/types.h>
+
+#include <string>
+#include <vector>
+
+namespace ZET {
+
+/// What a file is beside its bytes. A symbolic link counts as itself.
+struct FileState {
+    bool exists = false;
+    mode_t mode = 0;  ///< the whole mode word
+    uid_t owner = 0;
+    gid_t group = 0;
+    nlink_t links = 0;
+
+    bool IsRegular() const;
+};
+
+/// The difference of two texts as far as the reader is to see it; empty when it is not wanted.
+struct ShownDiff {
+    std::string text;                 ///< unified
+    std::vector<std::string> places;  ///< of what is hidden: "FILE: lines 3-5 changed"
+    std::string excuse;               ///< why it is hidden; empty: it is not
+    bool isPrivate = false;           ///< it is, or would be, hidden
+
+    void Append(ShownDiff other);
+};
+
+/// What happened to a file, or would happen to it.
+struct FileOutcome {
+    enum class Result { Unchanged, Created, Changed, Reserved, Restored, Forgotten, Removed, Kept, Failed };
+
+    std::string file;  ///< as the caller wrote it
+    std::string path;  ///< of the real file, links followed
+    Result result = Result::Unchanged;
+    FileState before;
+    FileState after;
+    std::string reserve;       ///< the reserve that the file then has; empty: none
+    std::string remark;        ///< for the reader, after the result; empty: none
+    ShownDiff diff;            ///< where it is wanted
+    std::string templateName;  ///< of a target; empty: it is none that the list has
+    bool isEdited = false;     ///< somebody else changed the target since the last commit
+
+    bool IsChange() const { return result != Result::Unchanged && result != Result::Kept; }
+};
+
+/// "unchanged", "created", ...
+const char* NameOf(FileOutcome::Result result);
+
+}  // namespace ZET
+
+#endif

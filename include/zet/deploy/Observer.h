@@ -1,0 +1,39 @@
+#ifndef ZET_DEPLOY_OBSERVER_H
+#define ZET_DEPLOY_OBSERVER_H
+
+#include <string>
+#include <vector>
+
+#include "zet/deploy/FileOutcome.h"
+
+namespace ZET {
+
+/// Is told what a call does while it works, by the thread that made the call. Each text is one line, which
+/// may hold control characters of files and names; it names what, where and the remedy. None of the functions
+/// may call back into the product.
+class Observer {
+  public:
+    virtual ~Observer() = default;
+
+    /// Progress, for who wants to know it all.
+    virtual void Detail(const std::string&) {}
+
+    /// What the reader may want to know.
+    virtual void Remark(const std::string&) {}
+
+    /// What he should look at, though the call goes on.
+    virtual void Warning(const std::string&) {}
+
+    /// What failed, though the call goes on with the rest; `lines` are somebody else's, below it.
+    virtual void Error(const std::string& /*text*/, const std::string& /*lines*/ = "") {}
+
+    /// One file is done with.
+    virtual void Done(const FileOutcome&) {}
+
+    /// The services that do not notice by themselves what was changed; at the end, also where it broke off.
+    virtual void Restarts(const std::vector<std::string>& /*services*/) {}
+};
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,27 @@
+#ifndef ZET_DEPLOY_OPTIONS_H
+#define ZET_DEPLOY_OPTIONS_H
+
+#include <string>
+
+namespace ZET {
+
+/// How the product is to be used on this host.
+struct Options {
+    std::string role = "client";  ///< "server" or "client"
+    std::string configFile = "/etc/zet/zet.conf";
+    bool needsConfigFile = true;  ///< false: where it is not there, the defaults serve
+    std::string root;             ///< of a host tree that is worked on from outside; empty: this host itself
+    std::string moduleFile;       ///< the module `libzet-config.so`
+    std::string program = "zet-client";  ///< for messages that name a command
+    std::string command;                 ///< told to whoever waits for the lock: "commit-config"
+    bool dryRun = false;                 ///< nothing is written
+    bool onlyLooks = false;              ///< nor would it be: what this user may not write does not matter
+    bool wantsDiffs = false;             ///< of every change
+    bool showsSecrets = false;           ///< texts that are not for everybody, too
+    bool runsChecks = true;              ///< the check commands of the list
+    bool runsChecksOfTree = false;       ///< with a root: on this host
+};
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,91 @@
+#include "cli/FileReport.h"
+
+#include "cli/ExitStatus.h"
+#include "cli/Fields.h"
+#include "deploy/targets/ShownDiff.h"
+
+namespace ZET {
+
+namespace {
+
+std::string Text(const FileOutcome& outcome, bool isDryRun) {
+    std::string text = outcome.path + ": ";
+    if (outcome.IsChange()) {
+        text += (isDryRun ? "would be " : "") + std::string(NameOf(outcome.result));
+        const std::string attributes =
+            outcome.before.exists ? DescribeChange(outcome.before, outcome.after) : "";
+        if (!attributes.empty()) text += ", " + attributes;
+    } else {
+        text += NameOf(outcome.result);
+    }
+    return outcome.remark.empty() ? text : text + ", " + outcome.remark;
+}
+
+}  // namespace
+
+void BeginFileReport(Session& session) {
+    session.Out().Set("dry_run", session.Asked().dryRun);
+    session.Out().AddList("files");
+}
+
+int ReportFile(Session& session, const FileOutcome& outcome) {
+    const Request& asked = session.Asked();
+    Report& out = session.Out();
+    Fields fields = {{"file", outcome.file},
+                     {"path", session.Product().HostPaths().RealName(outcome.path)},
+                     {"change", NameOf(outcome.result)}};
+    if (outcome.IsChange()) {
+        for (auto& field : ChangeFields(outcome.before, outcome.after))
+            fields.push_back(std::move(field));
+    }
+    fields.emplace_back("reserve", outcome.reserve.empty() ? Value(nullptr) : Value(outcome.reserve));
+    if (asked.json) fields.emplace_back("secret", IsPrivate(session.Product(), outcome));
+    if (asked.diff) AddDiff(fields, outcome.diff);
+    out.Set("dry_run", asked.dryRun);
+    out.Add("files", std::move(fields));
+    if (!asked.quiet) out.Line(Text(outcome, asked.dryRun));
+    TellDiff(out, outcome.diff);
+    return asked.dryRun && outcome.IsChange() ? kNotInSync : kDone;
+}
+
+void TellDiff(Report& report, const ShownDiff& diff) {
+    report.Diff(diff.text);
+    for (const std::string& place : diff.places)
+        report.Line(place + " (" + diff.excuse + ")");
+}
+
+void AddDiff(Fields& fields, const ShownDiff& diff) {
+    const bool isShown = diff.excuse.empty();
+    fields.emplace_back("diff", isShown ? Value(diff.text) : Value(nullptr));
+    fields.emplace_back("changed_lines",
+                        isShown ? Value(nullptr) : Value(List(diff.places.begin(), diff.places.end())));
+}
+
+void BeginTargets(Session& session, Session::FileTeller teller) {
+    session.TellFilesBy(teller);
+    session.Out().Set("role", session.Asked().role);
+    session.Out().Set("dry_run", session.Asked().dryRun);
+    session.Out().AddList("targets");
+    session.Out().AddList("restart");
+}
+
+void TellChecksNotRun(Session& session, std::size_t count) {
+    session.Out().Set("checks_not_run", static_cast<std::int64_t>(count));
+    if (count == 0 || session.Asked().noChecks) return;
+    session.Out().Remark(std::to_string(count) + (count == 1 ? " check command" : " check commands") +
+                         " of the tree " + (count == 1 ? "was" : "were") +
+                         " not run (--run-checks runs them, on this host)");
+}
+
+void TellRestarts(Session& session, const std::vector<std::string>& services) {
+    std::string names;
+    for (const std::string& service : services) {
+        session.Out().Add("restart", service);
+        names += (names.empty() ? "" : ", ") + service;
+    }
+    if (names.empty() || session.Asked().quiet) return;
+    session.Out().Line((session.Asked().dryRun ? "would have to be restarted: " : "to be restarted: ") +
+                       names);
+}
+
+}  // namespace ZET

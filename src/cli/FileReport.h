@@ -1,0 +1,32 @@
+#ifndef ZET_FILE_REPORT_H
+#define ZET_FILE_REPORT_H
+
+#include "cli/Session.h"
+#include "zet/deploy/FileOutcome.h"
+
+/// What happened to files, told to the reader.
+namespace ZET {
+
+/// Gives the document the fields that it has even if the command fails.
+void BeginFileReport(Session& session);
+
+/// One line of text and the diff; an element of the list "files" of the document, with the same fields in a
+/// dry run. Returns the exit status that belongs to it.
+int ReportFile(Session& session, const FileOutcome& outcome);
+
+/// The diff, or where it is hidden; and the fields "diff" and "changed_lines".
+void TellDiff(Report& report, const ShownDiff& diff);
+void AddDiff(Fields& fields, const ShownDiff& diff);
+
+/// Gives the document the fields of a command about targets, each of which is told by `teller`.
+void BeginTargets(Session& session, Session::FileTeller teller);
+
+/// That check commands of a tree were not run, and how to have them run.
+void TellChecksNotRun(Session& session, std::size_t count);
+
+/// The list "restart" of the document, which is there already, and a line.
+void TellRestarts(Session& session, const std::vector<std::string>& services);
+
+}  // namespace ZET
+
+#endif

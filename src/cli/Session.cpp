@@ -1,0 +1,80 @@
+#include "cli/Session.h"
+
+#include <unistd.h>
+
+#include <climits>
+
+#include "cli/FileReport.h"
+#include "deploy/host/Failure.h"
+#include "deploy/host/Paths.h"
+
+namespace ZET {
+
+namespace {
+
+/// The module that belongs to the program, wherever both are installed.
+std::string OwnModule() {
+    char program[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/exe", program, sizeof program);
+    if (length <= 0) throw Failure("the program cannot find its own place (name the module with --module)");
+    const std::string path(program, static_cast<std::size_t>(length));
+    return DirectoryOf(DirectoryOf(path)) + "/lib/zet/libzet-config.so";
+}
+
+ZETLogLevel Threshold(const Request& request) {
+    if (request.quiet) return ZETLogError;
+    return request.verbose ? ZETLogNotice : ZETLogWarning;
+}
+
+void StartLog(const Request& request) {
+    ConfigureLog(request.log == "syslog" ? ZETLogTarget::SystemLog : ZETLogTarget::StandardError,
+                 Threshold(request), request.program);
+}
+
+Options OptionsOf(const Request& request) {
+    Options options;
+    options.role = request.role;
+    options.configFile = request.configFile;
+    options.needsConfigFile = request.needsConfigFile || request.isConfigFileNamed;
+    options.root = request.root;
+    options.moduleFile = request.moduleFile.empty() ? OwnModule() : request.moduleFile;
+    options.program = request.program;
+    options.command = request.command;
+    options.dryRun = request.dryRun;
+    options.onlyLooks = request.OnlyLooks();
+    options.wantsDiffs = request.diff;
+    options.showsSecrets = request.showSecrets;
+    options.runsChecks = !request.noChecks;
+    options.runsChecksOfTree = request.runChecks;
+    return options;
+}
+
+}  // namespace
+
+Session::LogInReport::LogInReport(const Request& request, Report& report) {
+    StartLog(request);
+    SetLogObserver([&report](ZETLogLevel level, const std::string& text) {
+        if (level == ZETLogError) report.Add("errors", text);
+        if (level == ZETLogWarning) report.Add("warnings", text);
+    });
+}
+
+Session::LogInReport::~LogInReport() {
+    SetLogObserver({});
+}
+
+Session::Session(const Request& request, Report& report)
+    : m_request(request),
+      m_report(report),
+      m_logInReport(request, report),
+      m_product(OptionsOf(request), *this) {}
+
+void Session::Done(const FileOutcome& outcome) {
+    if (m_teller != nullptr) m_teller(*this, outcome);
+}
+
+void Session::Restarts(const std::vector<std::string>& services) {
+    TellRestarts(*this, services);
+}
+
+}  // namespace ZET

@@ -1,0 +1,57 @@
+#ifndef ZET_SESSION_H
+#define ZET_SESSION_H
+
+#include <string>
+#include <vector>
+
+#include "cli/Report.h"
+#include "cli/Request.h"
+#include "deploy/targets/Deployment.h"
+#include "zet/deploy/Observer.h"
+
+namespace ZET {
+
+/// One run of a command: what the caller asked for, the product that does it, and the report. What the
+/// product tells goes into the report.
+class Session : private Observer {
+  public:
+    /// How a command tells of a file that is done with.
+    using FileTeller = void (*)(Session& session, const FileOutcome& outcome);
+
+    /// A configuration file or module that is missing or broken throws.
+    Session(const Request& request, Report& report);
+
+    const Request& Asked() const { return m_request; }
+    Report& Out() { return m_report; }
+    Deployment& Product() { return m_product; }
+
+    /// Files that the product is done with are told by `teller` from now on.
+    void TellFilesBy(FileTeller teller) { m_teller = teller; }
+
+  private:
+    /// The log's warnings and errors are in the document, too.
+    class LogInReport {
+      public:
+        LogInReport(const Request& request, Report& report);
+        ~LogInReport();
+        LogInReport(const LogInReport&) = delete;
+        LogInReport& operator=(const LogInReport&) = delete;
+    };
+
+    void Detail(const std::string& text) override { m_report.Detail(text); }
+    void Remark(const std::string& text) override { m_report.Remark(text); }
+    void Warning(const std::string& text) override { m_report.Warning(text); }
+    void Error(const std::string& text, const std::string& lines) override { m_report.Error(text, lines); }
+    void Done(const FileOutcome& outcome) override;
+    void Restarts(const std::vector<std::string>& services) override;
+
+    const Request& m_request;
+    Report& m_report;
+    LogInReport m_logInReport;
+    FileTeller m_teller = nullptr;
+    Deployment m_product;
+};
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,52 @@
+#include "deploy/edit/FileDiagnosis.h"
+
+#include <optional>
+
+#include "deploy/edit/Edits.h"
+#include "deploy/host/Companions.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/Staging.h"
+#include "deploy/host/UnifiedDiff.h"
+#include "deploy/targets/FileOrigin.h"
+#include "deploy/targets/ShownDiff.h"
+
+namespace ZET {
+
+namespace {
+
+/// Whether the file's lines ended with carriage returns before the system wrote it: its template or its
+/// reserve knows.
+std::optional<bool> HadCarriageReturns(const std::string& path, const FileOrigin& origin) {
+    const std::string source = origin.isMade ? origin.templateFile : ReserveOf(path);
+    if (source.empty()) return std::nullopt;
+    return ReadFileBytes(source).find('\r') != std::string::npos;
+}
+
+std::string RepairDiff(const std::string& path, const std::string& read, const std::string& repaired) {
+    const Staging staging;
+    const std::string before = staging.PathOf("before");
+    const std::string after = staging.PathOf("after");
+    WriteStagedFile(before, read, 0600);
+    WriteStagedFile(after, repaired, 0600);
+    return UnifiedDiff(before, after, ShownPath(path));
+}
+
+}  // namespace
+
+FileDiagnosis DiagnoseFile(Deployment& product, const std::string& file) {
+    FileDiagnosis result;
+    result.path = FileToRead(product, file);
+    const std::string bytes = ReadFileBytes(result.path);
+    const NoticeTexts noticeTexts = WrittenNoticeTexts(product);
+    const FileOrigin origin = FindOrigin(product, file, ManagedText(bytes), noticeTexts);
+    result.isPrivate = origin.isPrivate;
+    const bool hasCarriageReturns = bytes.find('\r') != std::string::npos;
+    result.diagnosis = DiagnoseMarkers(
+        bytes, noticeTexts, hasCarriageReturns ? HadCarriageReturns(result.path, origin) : std::nullopt);
+    const std::string& repaired = result.diagnosis.repaired;
+    if (!result.diagnosis.damages.empty() && repaired != bytes)
+        result.repair = RepairDiff(result.path, bytes, repaired);
+    return result;
+}
+
+}  // namespace ZET

@@ -1,0 +1,95 @@
+#include "deploy/edit/FileEdit.h"
+
+#include "deploy/edit/Edits.h"
+#include "deploy/host/Companions.h"
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileState.h"
+#include "deploy/host/Staging.h"
+#include "deploy/state/Overrides.h"
+#include "deploy/targets/ShownDiff.h"
+
+namespace ZET {
+
+FileEdit::FileEdit(Deployment& product, const std::string& file, FileInPlace::Access access)
+    : m_product(product),
+      m_file(file),
+      m_path(FileToRead(product, file)),
+      m_writing(product, {m_path}),
+      m_place(product.HostPaths().Find(file), m_path, access),
+      m_version(VersionIn(m_place.Directory(), m_place.NameInDirectory(), m_path)) {}
+
+FileOutcome FileEdit::LeaveUnchanged(const std::string& remark) const {
+    FileOutcome outcome;
+    outcome.file = m_file;
+    outcome.path = m_path;
+    outcome.before = outcome.after = StateOf(m_path);
+    outcome.reserve = ReserveOf(m_path);
+    outcome.remark = remark;
+    return outcome;
+}
+
+FileOutcome FileEdit::Make(const Operation& operation, bool noBackup, const Inspection& inspection) {
+    FileOutcome outcome;
+    outcome.file = m_file;
+    outcome.path = m_path;
+    outcome.result = FileOutcome::Result::Changed;
+    outcome.before = StateOf(m_path);
+    const auto judge = [&](const std::string& made) { Judge(made, noBackup, inspection, outcome); };
+    try {
+        if (m_product.Wanted().dryRun) {
+            Try(operation, judge);
+        } else {
+            Apply(operation, noBackup, judge);
+            outcome.after = StateOf(m_path);
+            if (!outcome.reserve.empty()) outcome.remark = "the original is kept as " + outcome.reserve;
+        }
+    } catch (const LeftAsItIs&) {
+        return LeaveUnchanged();
+    }
+    return outcome;
+}
+
+/// Looks at what the edit made before it takes the file's place, or would.
+void FileEdit::Judge(const std::string& made, bool noBackup, const Inspection& inspection,
+                     FileOutcome& outcome) {
+    if (inspection) inspection(made);
+    SignalGuard::Check();
+    if (HaveSameModeAndBytes(m_path, made)) throw LeftAsItIs();
+    outcome.after = StateOf(made);
+    outcome.diff = DiffToShow(m_product, m_path, made, m_path);
+    outcome.reserve = noBackup ? ReserveOf(m_path) : ReserveAfterChange(m_path);
+    if (outcome.before.links > 1) {
+        m_product.Out().Warning(m_path + ": has " + std::to_string(outcome.before.links) +
+                                " names (hard links); the others keep the former text");
+    }
+}
+
+void FileEdit::Try(const Operation& operation, const Replacement::Judge& judge) {
+    const Staging staging;
+    const std::string staged = staging.PathOf(BaseNameOf(m_path));
+    CopyIntoStaging(m_path, staged);
+    const ParamOverride noSync(m_product.Core(), "ZET_SYNC", "no");
+    const QuietLog quiet(ZETLogWarning);
+    Perform(operation, staged);
+    RequireModeOf(m_path, staged);
+    judge(staged);
+}
+
+void FileEdit::Apply(const Operation& operation, bool noBackup, const Replacement::Judge& judge) {
+    m_writing.Begin();
+    Replacement replacement(m_product, m_place, m_version);
+    replacement.Make(
+        replacement.Former().mode, [&](const std::string& name) { Perform(operation, name); },
+        [&](const std::string& made) {
+            judge(made);
+            if (!noBackup) replacement.KeepOriginal();
+        });
+}
+
+void FileEdit::Perform(const Operation& operation, const std::string& path) {
+    const LoggedFailures failures;
+    operation(path);
+    if (failures.Any()) throw Failure(m_path + ": the edit failed, as the log says (nothing more was done)");
+}
+
+}  // namespace ZET

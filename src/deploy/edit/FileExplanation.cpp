@@ -1,0 +1,34 @@
+#include "deploy/edit/FileExplanation.h"
+
+#include <algorithm>
+
+#include "deploy/edit/Edits.h"
+#include "deploy/host/Companions.h"
+#include "deploy/host/FileBytes.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+bool FileExplanation::HasUntracedLines() const {
+    return std::any_of(lines.begin(), lines.end(), [](const ExplainedLines& each) {
+        return each.kind == ExplainedLines::Kind::Untraced || each.kind == ExplainedLines::Kind::Differing;
+    });
+}
+
+FileExplanation ExplainFile(Deployment& product, const std::string& file) {
+    FileExplanation result;
+    result.path = FileToRead(product, file);
+    const std::string bytes = ReadFileBytes(result.path);
+    const ManagedText text(bytes);
+    result.lineCount = text.LineCount();
+    result.origin = FindOrigin(product, file, text, WrittenNoticeTexts(product));
+    result.isHidden = product.HostSecrets().Hides(result.path);
+    result.reserve = ReserveOf(result.path);
+    result.hadNoFile = result.reserve.empty() && IsFileExist(result.path + ZETAbsenceSuffix);
+    const std::string& source = result.origin.templateFile;
+    result.lines = ExplainText(text, result.origin.isMade, source.empty() ? "" : ReadFileBytes(source));
+    return result;
+}
+
+}  // namespace ZET

@@ -1,0 +1,32 @@
+#ifndef ZET_FILE_EXPLANATION_H
+#define ZET_FILE_EXPLANATION_H
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "deploy/targets/Deployment.h"
+#include "deploy/targets/FileOrigin.h"
+#include "text/Explanation.h"
+
+namespace ZET {
+
+/// Where a file and its lines come from.
+struct FileExplanation {
+    std::string path;  ///< of the real file
+    FileOrigin origin;
+    std::string reserve;     ///< what stood there before; empty: nobody knows, or no file
+    bool hadNoFile = false;  ///< there was none before
+    bool isHidden = false;   ///< its texts are not for this reader
+    std::size_t lineCount = 0;
+    std::vector<ExplainedLines> lines;
+
+    bool HasUntracedLines() const;
+};
+
+/// `file` is as the caller wrote it.
+FileExplanation ExplainFile(Deployment& product, const std::string& file);
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,77 @@
+#include "deploy/edit/OptionEdits.h"
+
+#include <exception>
+#include <new>
+
+#include "deploy/edit/EditRules.h"
+#include "deploy/edit/Edits.h"
+#include "deploy/edit/FileEdit.h"
+#include "deploy/host/Failure.h"
+#include "deploy/host/Remedy.h"
+#include "deploy/state/Language.h"
+#include "deploy/state/Overrides.h"
+#include "zet/ZETHost.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr char kConfigFile[] = "ZET_CFG";
+constexpr char kLanguage[] = "ZET_LANG";
+
+/// The file must be one that the next run of a command can read.
+void RequireParameterFile(const std::string& staged, const std::string& path) {
+    const QuietLog quiet(ZETLogError);
+    try {
+        CZETHost host(staged);
+        RequireDirectories(host.GetCore(), staged);
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) {
+        std::string text = error.what();
+        const std::size_t place = text.find(staged);
+        if (place != std::string::npos) text.replace(place, staged.size(), path);
+        throw Failure("the option would break the configuration file: " + text);
+    }
+}
+
+}  // namespace
+
+std::optional<std::string> GetOption(Deployment& product, const std::string& name) {
+    RequireOptionName(name, "NAME");
+    // Asking the core for a parameter does not tell an unknown one from an empty one.
+    const StringMap params = product.Params();
+    const auto found = params.find(name);
+    return found == params.end() ? std::nullopt : std::optional<std::string>(found->second);
+}
+
+FileOutcome SetOption(Deployment& product, const std::string& name, const std::string& value) {
+    RequireOptionName(name, "NAME");
+    RequireOneLine(value, "VALUE");
+    if (name == kConfigFile)
+        throw UsageError("ZET_CFG is always the file that is read (name another one with --config)");
+    if (name == kLanguage) RequireLanguage(value);
+    if (const std::string problem = ProblemOfParam(name, value); !problem.empty())
+        throw Failure("the option would break the configuration file: " + problem);
+    const std::string file = product.Param(kConfigFile);
+    // None of the system's own text gets into this file, so that a language that the host does not have can
+    // be set right.
+    const ParamOverride language(product.Core(), kLanguage, "C");
+    FileEdit edit(product, product.Wanted().configFile, FileInPlace::Access::ByPath);
+    const auto set = [&](const std::string& path) {
+        if (path != file) {
+            // The trial: what the module does to its own file, done to the copy.
+            const auto copy = OpenedFile(product, path, true);
+            copy->SetParamValue(name, value);
+            SaveEdited(*copy);
+            return;
+        }
+        const bool isRead = RemedyErrors(kRemedyOfSaving,
+                                         [&] { return product.Config().UpdateConfigFileParam(name, value); });
+        if (!isRead) throw Failure(file + ": cannot be read any more (run the command again)");
+    };
+    return edit.Make(set, true,
+                     [&](const std::string& staged) { RequireParameterFile(staged, edit.Path()); });
+}
+
+}  // namespace ZET

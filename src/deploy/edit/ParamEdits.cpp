@@ -1,0 +1,64 @@
+#include "deploy/edit/ParamEdits.h"
+
+#include "deploy/edit/EditRules.h"
+#include "deploy/edit/Edits.h"
+#include "deploy/edit/FileEdit.h"
+#include "deploy/edit/RestoreRules.h"
+#include "deploy/host/FileBytes.h"
+#include "text/LineEnds.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+// What stands before the name in the expressions by which the module selects parameter lines.
+constexpr char kLookupOpening[] = "^\\s*";
+constexpr char kEditOpening[] = "^#*\\s*";
+constexpr char kRestoreOpening[] = "#*\\s*";
+
+}  // namespace
+
+std::optional<std::string> GetParam(Deployment& product, const std::string& path, const std::string& name) {
+    if (!IsLiteralName(name))
+        RequireLiteralName(product.Core(), path, ReadFileBytes(path), kLookupOpening, name);
+    // The lookup by name cannot tell an empty value from a parameter that is not there.
+    const std::string line = OpenedFile(product, path, true)->GetLine(kLookupOpening + name + "=");
+    if (line.empty()) return std::nullopt;
+    return WithoutLineEnd(line.substr(line.find('=') + 1));
+}
+
+FileOutcome SetParam(Deployment& product, const std::string& file, const std::string& name,
+                     const std::string& value, const EditOptions& options) {
+    RequireParamName(name);
+    RequireOneLine(value, "VALUE");
+    FileEdit edit(product, file);
+    RequireNoTarget(product, edit.Path(), options);
+    const TextToEdit text = LookAtBlocks(product, {file, edit.Path()});
+    if (!IsLiteralName(name))
+        RequireLiteralName(product.Core(), edit.Path(), ReadFileBytes(edit.Path()), kEditOpening, name);
+    RequireRoomForNotice(edit.Path(), text, options);
+    const std::string line = LineToSet(product, edit.Path(), text, value);
+    return edit.Make(
+        Edit(product, options, [&](IZETConfigFile& opened) { opened.SetParamValue(name, line); }),
+        options.noBackup);
+}
+
+FileOutcome RestoreParam(Deployment& product, const std::string& file, const std::string& name,
+                         const EditOptions& options) {
+    RequireParamName(name);
+    FileEdit edit(product, file);
+    RequireNoTarget(product, edit.Path(), options);
+    const std::string bytes = ReadFileBytes(edit.Path());
+    const TextToEdit text = LookAtBlocks(product, {file, edit.Path()}, bytes);
+    RequireLiteralName(product.Core(), edit.Path(), bytes,
+                       std::string("^") + ZETFormerLinePrefix + kRestoreOpening, name);
+    if (!HasSomethingToRestore(product.Core(), {edit.Path(), bytes, kRestoreOpening + name + "=",
+                                                kEditOpening + name + "=", options.allBlocks}))
+        return edit.LeaveUnchanged("nothing to restore for \"" + name + "\"");
+    RequireRoomForNotice(edit.Path(), text, options);
+    return edit.Make(Edit(product, options, [&](IZETConfigFile& opened) { opened.RestoreParamValue(name); }),
+                     options.noBackup);
+}
+
+}  // namespace ZET

@@ -1,0 +1,150 @@
+#include "deploy/edit/Reserves.h"
+
+#include "deploy/edit/Edits.h"
+#include "deploy/edit/FileEdit.h"
+#include "deploy/edit/SoundBlocks.h"
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileInPlace.h"
+#include "deploy/host/FileState.h"
+#include "deploy/state/Language.h"
+#include "deploy/state/Replacement.h"
+#include "deploy/state/Writing.h"
+#include "deploy/targets/ShownDiff.h"
+#include "text/FirstLine.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+using Result = FileOutcome::Result;
+
+/// One of the three works on a file's reserve: what there is, and what the report says.
+struct ReserveWork {
+    ReserveWork(Deployment& given, const std::string& file)
+        : product(given),
+          path(ResolvedFile(given, file)),
+          writing(given, {path}),
+          place(given.HostPaths().Find(file), path),
+          version(VersionOf(path)),
+          reserve(path + ZETReserveSuffix),
+          record(path + ZETAbsenceSuffix),
+          hasFile(IsFileExist(path)),
+          hasReserve(IsFileExist(reserve)),
+          hasRecord(IsFileExist(record)) {
+        outcome.file = file;
+        outcome.path = path;
+        outcome.before = outcome.after = StateOf(path);
+        outcome.reserve = hasReserve ? reserve : "";
+    }
+
+    static std::string ResolvedFile(const HostProduct& product, const std::string& file) {
+        if (file.empty()) throw UsageError("FILE is empty (name a file)");
+        return product.FilePath(file);
+    }
+
+    bool IsDryRun() const { return product.Wanted().dryRun; }
+
+    void Reserve() {
+        writing.Begin();
+        Replacement replacement(product, place, version);
+        replacement.KeepOriginal();
+        replacement.LeaveFile();
+    }
+
+    FileOutcome Result(FileOutcome::Result result, const std::string& remark) {
+        outcome.result = result;
+        outcome.remark = remark;
+        return outcome;
+    }
+
+    Deployment& product;
+    std::string path;
+    Writing writing;  // before anything is looked at
+    FileInPlace place;
+    FileVersion version;
+    std::string reserve;
+    std::string record;  ///< that there was no file
+    bool hasFile;
+    bool hasReserve;
+    bool hasRecord;
+    FileOutcome outcome;
+};
+
+FileOutcome RecordAbsence(ReserveWork& work) {
+    if (work.hasRecord)
+        return work.Result(Result::Unchanged,
+                           "that there is no such file is recorded already, as " + work.record);
+    if (!work.IsDryRun()) work.Reserve();
+    return work.Result(Result::Reserved, "there is no such file, recorded as " + work.record);
+}
+
+}  // namespace
+
+FileOutcome StripFile(Deployment& product, const std::string& file, const EditOptions& options) {
+    FileEdit edit(product, file);
+    RequireNoTarget(product, edit.Path(), options);
+    const TextToEdit text = LookAtRegions(product, {file, edit.Path()});
+    if (!text.hasRegions) return edit.LeaveUnchanged("no managed block and no notice in it");
+    // A notice goes in again, but not in front of a line that has to stay the first.
+    const bool noNotice = MustComeFirst(text.firstLine);
+    const auto strip = [&product, noNotice](const std::string& path) {
+        const auto opened = OpenedFile(product, path, noNotice);
+        opened->RemoveZETMarkers();
+        const WrittenLanguage language(product.Core());
+        SaveEdited(*opened);
+    };
+    return edit.Make(strip, options.noBackup);
+}
+
+FileOutcome ReserveFile(Deployment& product, const std::string& file) {
+    ReserveWork work(product, file);
+    if (!work.hasFile) return RecordAbsence(work);
+    RequireReadableFile(work.path);
+    if (work.hasReserve) return work.Result(Result::Unchanged, "it is kept already, as " + work.reserve);
+    if (work.hasRecord)
+        return work.Result(Result::Unchanged,
+                           "there was no such file before, as " + work.record + " records");
+    work.outcome.diff = DiffToShow(product, "", work.path, work.path, work.reserve);
+    work.outcome.reserve = work.reserve;
+    if (!work.IsDryRun()) work.Reserve();
+    return work.Result(Result::Reserved, "kept as " + work.reserve);
+}
+
+FileOutcome RestoreFile(Deployment& product, const std::string& file) {
+    ReserveWork work(product, file);
+    if (!work.hasReserve && !work.hasRecord) return work.Result(Result::Unchanged, "nothing to put back");
+    if (work.hasReserve) {
+        if (work.hasFile) RequireReadableFile(work.path);
+        work.outcome.diff = DiffToShow(product, work.hasFile ? work.path : "", work.reserve, work.path);
+        work.outcome.diff.Append(DiffToShow(product, work.reserve, "", work.path, work.reserve));
+        work.outcome.after = StateOf(work.reserve);
+    }
+    if (!work.IsDryRun()) {
+        work.writing.Begin();
+        RestoreOriginal(product, work.place, work.version);
+    }
+    work.outcome.reserve = "";
+    if (work.hasReserve) return work.Result(Result::Restored, "from " + work.reserve);
+    return work.Result(Result::Forgotten, work.hasFile
+                                              ? "there was no such file before; this one stays (remove it by "
+                                                "hand if it is not wanted)"
+                                              : "there was no such file before, and there is none");
+}
+
+FileOutcome ForgetReserve(Deployment& product, const std::string& file, const EditOptions& options) {
+    ReserveWork work(product, file);
+    if (!work.hasReserve && !work.hasRecord) return work.Result(Result::Unchanged, "it has no reserve");
+    RequireNoTarget(product, work.path, options);
+    if (work.hasReserve) work.outcome.diff = DiffToShow(product, work.reserve, "", work.path, work.reserve);
+    if (!work.IsDryRun()) {
+        work.writing.Begin();
+        work.place.Within([&](const std::string& name) { product.Config().RemoveConfigFileReserve(name); });
+    }
+    work.outcome.reserve = "";
+    return work.Result(Result::Forgotten, "its reserve is dropped");
+}
+
+}  // namespace ZET

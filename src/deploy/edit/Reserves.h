@@ -1,0 +1,27 @@
+#ifndef ZET_RESERVES_H
+#define ZET_RESERVES_H
+
+#include <string>
+
+#include "deploy/targets/Deployment.h"
+#include "zet/deploy/EditOptions.h"
+#include "zet/deploy/FileOutcome.h"
+
+/// A file as a whole. `file` is what the caller wrote.
+namespace ZET {
+
+/// Takes the managed blocks out; a notice and kept former lines remain.
+FileOutcome StripFile(Deployment& product, const std::string& file, const EditOptions& options);
+
+/// Keeps the file as it is now, or that there is none, unless that was done before.
+FileOutcome ReserveFile(Deployment& product, const std::string& file);
+
+/// Puts the reserve back.
+FileOutcome RestoreFile(Deployment& product, const std::string& file);
+
+/// Drops the reserve.
+FileOutcome ForgetReserve(Deployment& product, const std::string& file, const EditOptions& options);
+
+}  // namespace ZET
+
+#endif

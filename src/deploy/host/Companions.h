@@ -1,0 +1,17 @@
+#ifndef ZET_COMPANIONS_H
+#define ZET_COMPANIONS_H
+
+#include <string>
+
+/// What stands beside a file.
+namespace ZET {
+
+/// The reserve of a file, if it has one; else empty.
+std::string ReserveOf(const std::string& path);
+
+/// The reserve that the file has after a change that keeps one.
+std::string ReserveAfterChange(const std::string& path);
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,111 @@
+#include "deploy/host/FileState.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/Paths.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr mode_t kModeBits = 07777;
+
+std::string Change(const char* name, const FileState& before, const FileState& after,
+                   std::string (*text)(const FileState&)) {
+    if (!before.exists) return std::string(name) + " " + text(after);
+    if (text(before) == text(after)) return "";
+    return std::string(name) + " " + text(before) + " -> " + text(after);
+}
+
+/// The file that a new one at `path` takes its owner from: the one that it replaces, or the reserve of one
+/// that is gone.
+FileState FormerState(const std::string& path) {
+    const FileState replaced = StateOf(path);
+    return replaced.IsRegular() ? replaced : StateOf(path + ZETReserveSuffix);
+}
+
+}  // namespace
+
+std::string ModeText(const FileState& state) {
+    char text[8];
+    std::snprintf(text, sizeof text, "%04o", static_cast<unsigned>(state.mode & kModeBits));
+    return text;
+}
+
+std::string OwnerText(const FileState& state) {
+    return std::to_string(state.owner) + ":" + std::to_string(state.group);
+}
+
+bool FileState::IsRegular() const {
+    return exists && S_ISREG(mode);
+}
+
+FileState StateOf(const std::string& path) {
+    return StateIn(AT_FDCWD, path, path);
+}
+
+FileState StateIn(int directory, const std::string& name, const std::string& path) {
+    FileState state;
+    struct stat status = {};
+    if (fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (errno == ENOENT || errno == ENOTDIR) return state;
+        throw Failure(path + ": cannot tell whether it exists: " + std::strerror(errno) +
+                      " (run the command as a user who may search its directory)");
+    }
+    state.exists = true;
+    state.mode = status.st_mode;
+    state.owner = status.st_uid;
+    state.group = status.st_gid;
+    state.links = status.st_nlink;
+    return state;
+}
+
+bool HaveSameModeAndBytes(const std::string& one, const std::string& other) {
+    return StateOf(one).mode == StateOf(other).mode && HaveSameBytes(one, other);
+}
+
+std::string DescribeChange(const FileState& before, const FileState& after) {
+    if (!after.exists) return "";
+    std::string text = Change("mode", before, after, ModeText);
+    const std::string owner = Change("owner", before, after, OwnerText);
+    if (!text.empty() && !owner.empty()) text += ", ";
+    return text + owner;
+}
+
+FileState StateInPlace(const std::string& path, const std::string& staged) {
+    FileState state = StateOf(staged);
+    const FileState directory = StateOf(DirectoryOf(path) + "/.");
+    state.owner = geteuid();
+    state.group = (directory.mode & S_ISGID) != 0 ? directory.group : getegid();
+    const FileState former = FormerState(path);
+    if (!former.IsRegular()) return state;
+    GiveStagedFile(staged, former.owner, former.group);
+    const FileState given = StateOf(staged);
+    if (given.owner == former.owner) state.owner = given.owner;
+    if (given.group == former.group) state.group = given.group;
+    return state;
+}
+
+void ShownDiff::Append(ShownDiff other) {
+    text += other.text;
+    places.insert(places.end(), other.places.begin(), other.places.end());
+    if (excuse.empty()) excuse = std::move(other.excuse);
+    isPrivate = isPrivate || other.isPrivate;
+}
+
+const char* NameOf(FileOutcome::Result result) {
+    constexpr const char* kNames[] = {"unchanged", "created", "changed", "reserved", "restored",
+                                      "forgotten", "removed", "kept",    "failed"};
+    return kNames[static_cast<std::size_t>(result)];
+}
+
+}  // namespace ZET

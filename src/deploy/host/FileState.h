@@ -1,0 +1,35 @@
+#ifndef ZET_FILE_STATE_H
+#define ZET_FILE_STATE_H
+
+#include <sys/types.h>
+
+#include <string>
+
+#include "zet/deploy/FileOutcome.h"
+
+namespace ZET {
+
+/// Not being able to tell is a `Failure`.
+FileState StateOf(const std::string& path);
+
+/// The same of a name in a directory that is held; `path` is for the message.
+FileState StateIn(int directory, const std::string& name, const std::string& path);
+
+/// Whether nothing would change, but for the owner, if one took the other's place.
+bool HaveSameModeAndBytes(const std::string& one, const std::string& other);
+
+/// "mode 0644 -> 0600, owner 0:0 -> 1000:1000": what differs; all of it, without arrows, for a file that was
+/// not there; empty when nothing differs or the file is going to be gone.
+std::string DescribeChange(const FileState& before, const FileState& after);
+
+/// "0644", "0:0"
+std::string ModeText(const FileState& state);
+std::string OwnerText(const FileState& state);
+
+/// The mode and owner that a text made in `staged` has once it is the file `path`, whose owner it then has as
+/// far as this user may give files away.
+FileState StateInPlace(const std::string& path, const std::string& staged);
+
+}  // namespace ZET
+
+#endif

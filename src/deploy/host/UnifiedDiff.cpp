@@ -1,0 +1,65 @@
+#include "deploy/host/UnifiedDiff.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/Process.h"
+#include "text/Markers.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr char kNoFile[] = "/dev/null";
+
+bool NeedsQuotes(char c) {
+    return static_cast<unsigned char>(c) < 0x20 || c == 0x7f || c == '"' || c == '\\';
+}
+
+/// A file name as `patch` reads it: one with unusual bytes in quotes, one with blanks ended by a tab.
+std::string Label(const std::string& name) {
+    if (std::none_of(name.begin(), name.end(), NeedsQuotes))
+        return name.find(' ') == std::string::npos ? name : name + "\t";
+    std::string quoted = "\"";
+    for (const char c : name) {
+        char octal[5] = {c, '\0'};
+        if (NeedsQuotes(c)) std::snprintf(octal, sizeof octal, "\\%03o", static_cast<unsigned char>(c));
+        quoted += octal;
+    }
+    return quoted + "\"";
+}
+
+std::string SideLabel(const std::string& side, const std::string& file, const std::string& shownPath) {
+    if (file.empty()) return kNoFile;
+    return Label(side + shownPath.substr(std::min(shownPath.find_first_not_of('/'), shownPath.size())));
+}
+
+/// What diff says of itself, without the texts that it may have begun to print.
+std::string ComplaintsIn(const std::string& output) {
+    std::string complaints;
+    for (const TextLine& line : SplitLines(output)) {
+        if (line.text.starts_with("diff: ")) complaints += std::string(line.text) + "\n";
+    }
+    return complaints;
+}
+
+}  // namespace
+
+std::string UnifiedDiff(const std::string& oldFile, const std::string& newFile,
+                        const std::string& shownPath) {
+    // The messages of diff would be in the reader's language, and a patch is for everybody.
+    const ProcessResult result =
+        RunProcess({"diff", "-u", "-a", "--label", SideLabel("a/", oldFile, shownPath), "--label",
+                    SideLabel("b/", newFile, shownPath), "--", oldFile.empty() ? kNoFile : oldFile,
+                    newFile.empty() ? kNoFile : newFile},
+                   {.environment = {"LC_ALL=C"}});
+    if (result.status > 1) {
+        throw Failure(shownPath + ": no diff can be made, as diff ends with status " +
+                          std::to_string(result.status) + " (run the command again)",
+                      ComplaintsIn(result.output));
+    }
+    return result.output;
+}
+
+}  // namespace ZET

@@ -1,0 +1,38 @@
+#include "deploy/state/Assumptions.h"
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/Remedy.h"
+#include "zet/ZETErrors.h"
+
+namespace ZET {
+
+namespace {
+
+void Assume(HostProduct& product, const std::string& name, const std::string& value) {
+    const bool isDirectory =
+        name == "ZET_CFG_DIR" || name == "ZET_CFG_TEMPL_DIR" || name == "ZET_VAR_LIB_DIR";
+    if (isDirectory && value.empty()) throw UsageError("--set: " + name + " is empty (give it a directory)");
+    if (const std::string problem = ProblemOfParam(name, value); !problem.empty())
+        throw UsageError("--set: " + problem);
+    try {
+        product.Core().GetParam(name);  // the core warns of a name that it does not know
+        product.Core().UpdateParam(name, isDirectory ? product.FilePath(value) : value);
+    } catch (const EZETCheckError& error) {
+        const char* remedy = name == "ZET_CFG" ? "name another file with --config" : "write one of the two";
+        throw UsageError("--set: " + WithRemedy(error.GetMessage(), remedy));
+    }
+}
+
+}  // namespace
+
+void AssumeParameters(HostProduct& product, const StringMap& values) {
+    if (values.empty()) return;
+    if (!product.Wanted().dryRun)
+        throw UsageError(
+            "--set only asks what would change: use it with -n (\"option set\" sets a parameter)");
+    for (const auto& [name, value] : values)
+        Assume(product, name, value);
+    product.Config().RecreateTemplatesMap();
+}
+
+}  // namespace ZET

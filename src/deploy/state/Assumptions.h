@@ -1,0 +1,14 @@
+#ifndef ZET_ASSUMPTIONS_H
+#define ZET_ASSUMPTIONS_H
+
+#include "deploy/state/HostProduct.h"
+
+namespace ZET {
+
+/// From now on, parameters have these values: for a dry run, which asks what would be if. What cannot be
+/// assumed is a `UsageError`.
+void AssumeParameters(HostProduct& product, const StringMap& values);
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,67 @@
+#include "deploy/state/HostProduct.h"
+
+#include "deploy/host/Failure.h"
+#include "deploy/state/Instructions.h"
+#include "zet/ZETErrors.h"
+#include "zet/ZETFiles.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr char kInterfaceName[] = "zet-config";
+constexpr const char* kDirectories[] = {"ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET_VAR_LIB_DIR"};
+
+}  // namespace
+
+HostProduct::HostProduct(const Options& options, Observer& observer)
+    : m_options(options), m_observer(observer), m_paths(options.root) {
+    StartHost();
+    RequireDirectories(Core(), Param("ZET_CFG"));
+    if (m_paths.HasRoot()) {
+        for (const char* key : kDirectories) {
+            Core().UpdateParam(key, m_paths.Resolved(Core().GetParam(key)));
+        }
+    }
+    // Its code runs as soon as it is loaded.
+    if (const std::optional<Problem> problem = CheckWayTo(Paths(""), ModuleFile()))
+        throw Failure(problem->Describe());
+    LoadModule();
+}
+
+HostProduct::~HostProduct() = default;
+
+void HostProduct::StartHost() {
+    // Links followed, so that an option that is set goes into the real file and a link stays one.
+    const std::string file = m_paths.Resolved(m_options.configFile);
+    m_host = m_options.needsConfigFile || IsFileExist(file) ? std::make_unique<CZETHost>(file)
+                                                            : std::make_unique<CZETHost>();
+}
+
+void HostProduct::LoadModule() {
+    try {
+        m_host->LoadModule(ModuleFile());
+    } catch (const EZETError& error) {
+        std::string text = error.GetMessage();
+        if (text.ends_with('.')) text.pop_back();
+        throw Failure(text + " (install the product again, or name its module with --module)");
+    }
+    m_config = std::dynamic_pointer_cast<IZETConfig>(m_host->FindInterface(kInterfaceName));
+    if (!m_config) {
+        throw Failure("the module registered no interface \"zet-config\" (name the right one with --module)");
+    }
+}
+
+void RequireDirectories(IZETCore& core, const std::string& file) {
+    for (const char* key : kDirectories) {
+        const std::string directory = core.GetParam(key);
+        if (directory.empty())
+            throw Failure(file + ": " + key + " is empty (give it a directory, or remove its line)");
+        if (!directory.starts_with('/')) {
+            throw Failure(file + ": " + key + " is \"" + directory +
+                          "\", which depends on where the command runs (begin it with \"/\")");
+        }
+    }
+}
+
+}  // namespace ZET

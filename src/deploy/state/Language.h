@@ -1,0 +1,35 @@
+#ifndef ZET_LANGUAGE_H
+#define ZET_LANGUAGE_H
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "zet/IZETCore.h"
+
+namespace ZET {
+
+/// A `Failure` when the host does not have what the parameter "ZET_LANG" asks for with this value.
+void RequireLanguage(const std::string& language);
+
+/// From now on, messages are in the language of whoever runs the command.
+void UseReadersLanguage();
+
+/// For as long as the object lives, messages are in the language of the parameter "ZET_LANG": what is written
+/// into a file does not depend on who runs the command. A language that the host does not have is a
+/// `Failure`.
+class WrittenLanguage {
+  public:
+    explicit WrittenLanguage(IZETCore& core);
+    ~WrittenLanguage();
+    WrittenLanguage(const WrittenLanguage&) = delete;
+    WrittenLanguage& operator=(const WrittenLanguage&) = delete;
+
+  private:
+    std::map<int, std::string> m_former;  ///< the locale of each category
+    std::optional<std::string> m_formerPreference;
+};
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,22 @@
+#include "deploy/state/Overrides.h"
+
+namespace ZET {
+
+QuietLog::QuietLog(ZETLogLevel threshold) : m_former(SetLogThreshold(threshold)) {
+    if (m_former < threshold) SetLogThreshold(m_former);
+}
+
+QuietLog::~QuietLog() {
+    SetLogThreshold(m_former);
+}
+
+ParamOverride::ParamOverride(IZETCore& core, const std::string& key, const std::string& value)
+    : m_core(core), m_key(key), m_former(core.GetParam(key)) {
+    m_core.UpdateParam(key, value);
+}
+
+ParamOverride::~ParamOverride() {
+    m_core.UpdateParam(m_key, m_former);
+}
+
+}  // namespace ZET

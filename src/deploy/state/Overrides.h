@@ -1,0 +1,52 @@
+#ifndef ZET_OVERRIDES_H
+#define ZET_OVERRIDES_H
+
+#include <cstddef>
+#include <string>
+
+#include "zet/IZETCore.h"
+#include "zet/ZETHost.h"
+
+/// What is otherwise for as long as an object lives.
+namespace ZET {
+
+/// Counts the failures that the module reported to the log only, from its creation on.
+class LoggedFailures {
+  public:
+    LoggedFailures() : m_before(CountLoggedErrors()) {}
+    bool Any() const { return CountLoggedErrors() != m_before; }
+
+  private:
+    std::size_t m_before;
+};
+
+/// For as long as the object lives, the log shows records up to `threshold` at most: what is done in trial on
+/// files that nobody knows is not told.
+class QuietLog {
+  public:
+    explicit QuietLog(ZETLogLevel threshold);
+    ~QuietLog();
+    QuietLog(const QuietLog&) = delete;
+    QuietLog& operator=(const QuietLog&) = delete;
+
+  private:
+    ZETLogLevel m_former;
+};
+
+/// Gives a parameter of the core another value for as long as the object lives.
+class ParamOverride {
+  public:
+    ParamOverride(IZETCore& core, const std::string& key, const std::string& value);
+    ~ParamOverride();
+    ParamOverride(const ParamOverride&) = delete;
+    ParamOverride& operator=(const ParamOverride&) = delete;
+
+  private:
+    IZETCore& m_core;
+    std::string m_key;
+    std::string m_former;
+};
+
+}  // namespace ZET
+
+#endif

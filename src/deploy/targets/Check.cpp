@@ -1,0 +1,83 @@
+#include "deploy/targets/Check.h"
+
+#include <utility>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/Signals.h"
+#include "deploy/host/Staging.h"
+#include "deploy/state/Language.h"
+#include "deploy/state/ParameterCheck.h"
+#include "deploy/targets/OwnCheck.h"
+#include "deploy/targets/Render.h"
+#include "deploy/targets/TargetCheck.h"
+
+namespace ZET {
+
+namespace {
+
+/// Whether the template can be rendered: the module would never return from some of them.
+bool CanRender(Deployment& product, const Target& target) {
+    return !target.path.empty() &&
+           CheckTemplateFile(product, target.templateName, product.Config().TemplatesValues()).empty();
+}
+
+/// What the target's own check command has against the file that a commit would make.
+std::optional<Problem> CheckRendering(Deployment& product, const Staging& staging, const Target& target) {
+    std::string path = target.path;
+    try {
+        path = product.HostPaths().WithRealDirectory(product.FilePath(target.path));
+        return OwnCheckProblem(product, target, path, RenderQuietly(product, staging, target.templateName));
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure& failure) {
+        return ProblemOf(path, failure);
+    }
+}
+
+bool HasLanguage(Deployment& product) {
+    try {
+        RequireLanguage(product.Param("ZET_LANG"));
+        return true;
+    } catch (const Failure&) {
+        return false;  // which is a problem of its own already
+    }
+}
+
+void RunOwnChecks(Deployment& product, CheckedTargets& checked) {
+    if (!RunsOwnChecks(product.Wanted()) || !HasLanguage(product)) return;
+    const SignalGuard signals;
+    std::optional<Staging> staging;
+    for (const Target& target : checked.targets) {
+        SignalGuard::Check();
+        if (target.check.empty() || !CanRender(product, target)) continue;
+        if (!staging) staging.emplace();
+        if (std::optional<Problem> problem = CheckRendering(product, *staging, target))
+            checked.problems.push_back(std::move(*problem));
+    }
+}
+
+std::set<std::string> UnusedValues(Deployment& product, const std::set<std::string>& used) {
+    std::set<std::string> unused;
+    for (const auto& [placeholder, value] : product.Config().TemplatesValues()) {
+        if (used.count(placeholder) == 0) unused.insert(placeholder);
+    }
+    return unused;
+}
+
+}  // namespace
+
+CheckResult Check(Deployment& product, const std::vector<std::string>& templateNames) {
+    CheckResult result;
+    CheckedTargets checked = CheckTargets(product, templateNames);
+    if (templateNames.empty()) {
+        for (Problem& problem : CheckParameterNames(product, checked.used))
+            checked.problems.push_back(std::move(problem));
+        result.unusedValues = UnusedValues(product, checked.used);
+    }
+    result.checksNotRun = CountChecksNotRun(product.Wanted(), checked.targets);
+    RunOwnChecks(product, checked);
+    result.problems = std::move(checked.problems);
+    return result;
+}
+
+}  // namespace ZET

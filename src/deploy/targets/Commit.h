@@ -1,0 +1,18 @@
+#ifndef ZET_COMMIT_H
+#define ZET_COMMIT_H
+
+#include "deploy/targets/Plan.h"
+
+namespace ZET {
+
+/// Tells what the plan would do, each target to the observer; whether it would change anything.
+bool Preview(Deployment& product, const Plan& plan);
+
+/// Does what the plan says, and records the role's status. Each target is told to the observer when it is
+/// done, and so are the services to restart at the end; where the commit breaks off, what was written is told
+/// before what stopped it is thrown.
+void Commit(Deployment& product, Plan& plan);
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,31 @@
+#ifndef ZET_DEPLOYMENT_H
+#define ZET_DEPLOYMENT_H
+
+#include <string>
+
+#include "deploy/state/HostProduct.h"
+#include "deploy/targets/HostLists.h"
+#include "deploy/targets/Secrets.h"
+
+namespace ZET {
+
+/// The product at work on a host, with what is known about the host's files: each list is read once.
+class Deployment : public HostProduct {
+  public:
+    Deployment(const Options& options, Observer& observer)
+        : HostProduct(options, observer), m_lists(*this), m_secrets(*this, m_lists) {}
+
+    HostLists& Lists() { return m_lists; }
+    Secrets& HostSecrets() { return m_secrets; }
+
+    /// As the list of targets says; without a list that can be read, nobody: whoever needs it is told why.
+    std::string TrustedAt(const std::string& path) override;
+
+  private:
+    HostLists m_lists;
+    Secrets m_secrets;
+};
+
+}  // namespace ZET
+
+#endif

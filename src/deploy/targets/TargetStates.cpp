@@ -1,0 +1,108 @@
+#include "deploy/targets/TargetStates.h"
+
+#include <algorithm>
+#include <set>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileState.h"
+#include "deploy/host/Remedy.h"
+#include "deploy/host/Signals.h"
+#include "deploy/host/Staging.h"
+#include "deploy/state/Manifest.h"
+#include "deploy/state/StateFile.h"
+#include "deploy/targets/Render.h"
+#include "deploy/targets/TargetCheck.h"
+#include "deploy/targets/Targets.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr char kInSync[] = "in sync";
+constexpr char kUnknown[] = "unknown";
+
+/// A `Failure` when this user cannot read the template that is there: what a commit would make of it is then
+/// unknown.
+void RequireReadableTemplate(Deployment& product, const std::string& templateName) {
+    const std::string file = RemedyErrors("", [&] { return TemplateFile(product, templateName); });
+    if (!file.empty() && product.HostPaths().StaysInside(file)) RequireReadableFile(file);
+}
+
+/// Renders the target as a commit would. One that cannot be rendered is not what was committed, which a
+/// commit would have to tell.
+std::string StateOfTarget(Deployment& product, const Staging& staging, const Manifest& manifest,
+                          const std::string& templateName, const std::string& path) {
+    if (!manifest.Has(path)) return "not committed";
+    const FileState now = StateOf(path);
+    if (!now.exists) return "missing";
+    const bool isUntouched = manifest.IsUntouched(path);
+    RequireReadableTemplate(product, templateName);
+    if (!CheckTemplateFile(product, templateName, product.Config().TemplatesValues()).empty()) {
+        return isUntouched ? "pending" : "edited";
+    }
+    const std::string staged = RenderQuietly(product, staging, templateName);
+    if (HaveSameModeAndBytes(staged, path)) return kInSync;
+    return isUntouched ? "pending" : "edited";
+}
+
+std::string StatusFile(HostProduct& product, const std::string& name) {
+    return product.Param("ZET_VAR_LIB_DIR") + "/zet-" + name + ".status";
+}
+
+TargetState StateOfListed(Deployment& product, const Staging& staging, const Manifest& manifest,
+                          const Target& target) {
+    TargetState result{target.templateName, product.HostPaths().FromInside(target.path), kUnknown, ""};
+    try {
+        result.path = product.HostPaths().WithRealDirectory(product.FilePath(target.path));
+        result.state = StateOfTarget(product, staging, manifest, target.templateName, result.path);
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure& failure) {
+        result.trouble = failure.what();
+    }
+    return result;
+}
+
+}  // namespace
+
+RoleStatus RoleStatusOf(HostProduct& product) {
+    RoleStatus result;
+    StringMap status;
+    RequireStateFile(StatusFile(product, product.Role()));
+    if (product.Config().IsConfigStatusExist(product.Role()))
+        product.Config().LoadConfigStatus(product.Role(), status);
+    result.commitTime = status["COMMIT_TIME"];
+    if (product.Role() != "client") return result;
+    RequireStateFile(StatusFile(product, "client-fs"));
+    result.fileServer = product.Config().GetFileServerStatus();
+    return result;
+}
+
+TargetStates StatesOfTargets(Deployment& product) {
+    TargetStates result;
+    const Manifest manifest(product);
+    const Staging staging;
+    std::set<std::string> listed;
+    for (const Target& target : SelectTargets(product, {})) {
+        SignalGuard::Check();
+        result.targets.push_back(StateOfListed(product, staging, manifest, target));
+        listed.insert(result.targets.back().path);
+    }
+    for (const std::string& path : manifest.Paths()) {
+        if (listed.count(path) == 0) result.leftOvers.push_back(path);
+    }
+    return result;
+}
+
+bool TargetStates::IsAnyUnknown() const {
+    return std::any_of(targets.begin(), targets.end(),
+                       [](const TargetState& target) { return target.state == kUnknown; });
+}
+
+bool TargetStates::IsInSync() const {
+    return std::all_of(targets.begin(), targets.end(),
+                       [](const TargetState& target) { return target.state == kInSync; });
+}
+
+}  // namespace ZET

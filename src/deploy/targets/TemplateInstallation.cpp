@@ -1,0 +1,173 @@
+#include <map>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileState.h"
+#include "deploy/state/Instructions.h"
+#include "deploy/state/Overrides.h"
+#include "deploy/targets/ClaimedFiles.h"
+#include "deploy/targets/Render.h"
+#include "deploy/targets/ShownDiff.h"
+#include "deploy/targets/Templates.h"
+#include "zet/ZETFiles.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr char kOldSuffix[] = ".old";
+
+/// One working copy to install.
+class Installation {
+  public:
+    Installation(Deployment& product, const std::string& name, bool isForced)
+        : m_product(product),
+          m_name(name),
+          m_isForced(isForced),
+          m_pristine(product.Param("ZET_CFG_TEMPL_DIR") + "/" + name),
+          m_path(WorkingCopy(product, name)),
+          m_old(m_path + kOldSuffix) {}
+
+    const std::string& Name() const { return m_name; }
+
+    /// What it writes, at most.
+    std::vector<std::string> Files() const {
+        if (m_isForced && IsFileExist(m_path)) return {m_path, m_old};
+        return {m_path};
+    }
+
+    /// Throws whatever would keep it from being installed; until all were checked, none is installed.
+    void Check() {
+        for (const std::string& file : {m_pristine, m_path}) {
+            if (!m_product.HostPaths().StaysInside(file))
+                throw Failure(file + ": is a link that leads out of the root directory (put a file there)");
+        }
+        if (!IsFileExist(m_pristine)) {
+            throw Failure(m_pristine + ": the template is missing (correct its name, or ZET_CFG_TEMPL_DIR)");
+        }
+        RequireReadableFile(m_pristine);
+        for (const std::string& file : {m_pristine, m_path})
+            RequireOwnInstruction(m_product, file);
+        m_isThere = IsFileExist(m_path);
+        if (!m_isThere) return;
+        RequireReadableFile(m_path);
+        m_isSame = HaveSameModeAndBytes(m_path, m_pristine);
+        if (m_isSame) return;
+        if (!m_isForced) {
+            if (m_product.Wanted().wantsDiffs) TellDifference();
+            throw Failure(m_path + ": differs from " + m_pristine +
+                          " (--force installs that one, and keeps "
+                          "the differing one as " +
+                          m_old + ")");
+        }
+        if (IsFileExist(m_old) && !HaveSameBytes(m_old, m_path))
+            throw Failure(m_old + ": would be overwritten by the differing " + m_path + " (move it away)");
+    }
+
+    FileOutcome Run(Writing& writing) {
+        FileOutcome outcome = Unchanged();
+        if (m_isSame) return outcome;
+        const bool isDryRun = m_product.Wanted().dryRun;
+        outcome.result = m_isThere ? FileOutcome::Result::Changed : FileOutcome::Result::Created;
+        outcome.after = StateOf(m_pristine);
+        if (m_isThere)
+            outcome.remark =
+                std::string("the former one ") + (isDryRun ? "would be" : "is") + " kept as " + m_old;
+        outcome.diff = DiffToShow(m_product, m_isThere ? m_path : "", m_pristine, m_path);
+        if (isDryRun) return outcome;
+        writing.Begin();
+        if (m_isThere) CopyFile(m_path, m_old);
+        Install();
+        outcome.after = StateOf(m_path);
+        return outcome;
+    }
+
+  private:
+    FileOutcome Unchanged() const {
+        FileOutcome outcome;
+        outcome.file = m_name;
+        outcome.path = m_path;
+        outcome.before = outcome.after = StateOf(m_path);
+        return outcome;
+    }
+
+    /// What --force would change.
+    void TellDifference() {
+        FileOutcome outcome = Unchanged();
+        outcome.remark = "differs from " + m_pristine;
+        outcome.diff = DiffToShow(m_product, m_path, m_pristine, m_path);
+        m_product.Out().Done(outcome);
+    }
+
+    void Install() {
+        const LoggedFailures failures;
+        m_product.Config().InstallConfigFileTemplate(m_name);
+        if (failures.Any() || !HaveSameBytes(m_path, m_pristine))
+            throw Failure(m_path + ": was not installed from " + m_pristine + " (run the command again)");
+    }
+
+    Deployment& m_product;
+    std::string m_name;
+    bool m_isForced;
+    std::string m_pristine;
+    std::string m_path;
+    std::string m_old;
+    bool m_isThere = false;
+    bool m_isSame = false;
+};
+
+/// All that they write. Two of them must not write the same file: what the first one kept would be lost.
+std::vector<std::string> FilesOf(Deployment& product, const std::vector<Installation>& installations) {
+    std::vector<std::string> files;
+    std::map<std::string, std::string> nameOf;
+    const Paths& paths = product.HostPaths();
+    const ClaimedFiles own(product);
+    for (const Installation& installation : installations) {
+        for (std::string& file : installation.Files()) {
+            const std::string use = own.UseBesideTargets(file);
+            if (!use.empty()) {
+                throw UsageError("NAME \"" + installation.Name() + "\" is installed as " + file +
+                                 ", which is " + use + " (give the template another name)");
+            }
+            const auto [other, isNew] =
+                nameOf.emplace(paths.Canonical(paths.NameInside(file)), installation.Name());
+            if (!isNew) {
+                throw UsageError("NAME \"" + installation.Name() + "\" is installed into the files of \"" +
+                                 other->second + "\" too (name each file once)");
+            }
+            files.push_back(std::move(file));
+        }
+    }
+    return files;
+}
+
+}  // namespace
+
+void RequireTemplateName(const std::string& name) {
+    if (name.empty() || name.front() == '/' || name.back() == '/' ||
+        ("/" + name + "/").find("/../") != std::string::npos) {
+        throw UsageError("NAME \"" + name +
+                         "\" leaves the directory of the templates (name a template below it)");
+    }
+}
+
+bool InstallTemplates(Deployment& product, const std::vector<std::string>& names, bool isForced) {
+    std::vector<Installation> installations;
+    for (const std::string& name : names) {
+        RequireTemplateName(name);
+        installations.emplace_back(product, name, isForced);
+    }
+    Writing writing(product, FilesOf(product, installations), Writing::Right::OfTheProduct);
+    for (Installation& installation : installations)
+        installation.Check();
+    bool isAnyChange = false;
+    for (Installation& installation : installations) {
+        SignalGuard::Check();
+        const FileOutcome outcome = installation.Run(writing);
+        product.Out().Done(outcome);
+        isAnyChange = isAnyChange || outcome.IsChange();
+    }
+    return isAnyChange;
+}
+
+}  // namespace ZET

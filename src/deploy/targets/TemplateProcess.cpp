@@ -1,0 +1,134 @@
+#include "deploy/host/Companions.h"
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileInPlace.h"
+#include "deploy/host/FileState.h"
+#include "deploy/host/Signals.h"
+#include "deploy/host/Staging.h"
+#include "deploy/state/Manifest.h"
+#include "deploy/state/Overrides.h"
+#include "deploy/state/Replacement.h"
+#include "deploy/targets/ClaimedFiles.h"
+#include "deploy/targets/Render.h"
+#include "deploy/targets/ShownDiff.h"
+#include "deploy/targets/TargetCheck.h"
+#include "deploy/targets/Templates.h"
+#include "zet/ZETFiles.h"
+
+namespace ZET {
+
+namespace {
+
+/// A target of the list may be made by hand, too, but nothing that stands beside one.
+void RequireFreeTarget(HostProduct& product, const std::string& templateName, const std::string& path) {
+    ClaimedFiles claimed(product);
+    claimed.AddTemplate(templateName);
+    try {
+        claimed.AddListed(ReadTargetList(product).targets);
+    } catch (const Failure&) {
+        // Without a list that can be used, nothing is known to be a target.
+    }
+    if (const auto clash = claimed.ClashOf(templateName)) throw Failure(clash->Describe());
+    const std::string use = claimed.UseBesideTargets(path);
+    if (!use.empty()) throw Failure(path + ": is " + use + " (name another file)");
+}
+
+}  // namespace
+
+std::vector<Problem> CheckRendering(Deployment& product, const Rendering& rendering) {
+    StringMap values = rendering.values;
+    values.insert(product.Config().TemplatesValues().begin(), product.Config().TemplatesValues().end());
+    return CheckTemplateFile(product, rendering.templateName, values);
+}
+
+std::string RenderedText(Deployment& product, const Rendering& rendering) {
+    const Staging staging;
+    const QuietLog quiet(ZETLogWarning);
+    StringMap values = rendering.values;
+    return ReadFileBytes(RenderStaged(product, staging, rendering.templateName, &values));
+}
+
+TemplateProcess::TemplateProcess(Deployment& product, const Rendering& rendering, const std::string& target)
+    : m_product(product), m_rendering(rendering), m_target(target), m_path(product.FilePath(target)) {
+    RequireFreeTarget(product, rendering.templateName, m_path);
+    if (StateOf(m_path).exists) RequireReadableFile(m_path);
+    std::vector<std::string> files = {m_path};
+    const std::string workingCopy = WorkingCopy(product, rendering.templateName);
+    if (!IsFileExist(workingCopy)) files.push_back(workingCopy);
+    m_writing = std::make_unique<Writing>(product, files, Writing::Right::OfTheProduct);
+}
+
+FileOutcome TemplateProcess::Run() {
+    if (m_product.Wanted().dryRun) return RunInTrial();
+    m_writing->Begin();
+    return RunInPlace();
+}
+
+/// What putting `made` into the target's place does, or would do.
+FileOutcome TemplateProcess::Planned(const std::string& made, const FileState& after) {
+    FileOutcome outcome;
+    outcome.file = m_target;
+    outcome.path = m_path;
+    outcome.result = FileOutcome::Result::Created;
+    outcome.before = StateOf(m_path);
+    outcome.after = after;
+    if (outcome.before.exists) {
+        const bool isSame = outcome.before.mode == after.mode && HaveSameBytes(m_path, made);
+        outcome.result = isSame ? FileOutcome::Result::Unchanged : FileOutcome::Result::Changed;
+    }
+    outcome.reserve = outcome.IsChange() ? ReserveAfterChange(m_path) : ReserveOf(m_path);
+    if (outcome.IsChange()) outcome.diff = DiffOf(outcome.before.exists ? m_path : "", made);
+    if (outcome.result == FileOutcome::Result::Changed) WarnOfEdits();
+    return outcome;
+}
+
+/// What is made of a template is as private as the template.
+ShownDiff TemplateProcess::DiffOf(const std::string& before, const std::string& made) {
+    const std::string source = WorkingCopy(m_product, m_rendering.templateName);
+    const bool isPrivate = m_product.HostSecrets().IsPrivate(source);
+    return DiffToShow(m_product, before, made, isPrivate ? source : m_path, m_path);
+}
+
+/// As a commit warns of them.
+void TemplateProcess::WarnOfEdits() {
+    if (!Manifest::IsEdited(m_product, m_product.HostPaths().RealName(m_path))) return;
+    m_product.Out().Warning(m_path + ": was edited since the last commit; the edits" +
+                            (m_product.Wanted().dryRun ? " would be " : " are ") + "overwritten");
+}
+
+FileOutcome TemplateProcess::RunInTrial() {
+    const Staging staging;
+    const QuietLog quiet(ZETLogWarning);
+    StringMap values = m_rendering.values;
+    const std::string staged = RenderStaged(m_product, staging, m_rendering.templateName, &values);
+    return Planned(staged, StateInPlace(m_path, staged));
+}
+
+FileOutcome TemplateProcess::RunInPlace() {
+    FileOutcome outcome;
+    const std::string& name = m_rendering.templateName;
+    const FileInPlace place(m_product.HostPaths().Find(m_target), m_path);
+    // As in a dry run, there may be no working copy yet.
+    const mode_t mode = ModeOf(TemplateFile(m_product, name));
+    InstallForHolder(m_product, name, place);
+    Replacement replacement(m_product, place, VersionOf(m_path));
+    const auto judge = [&](const std::string& made) {
+        outcome = Planned(made, StateOf(made));
+        SignalGuard::Check();
+        if (!outcome.IsChange()) throw LeftAsItIs();
+        replacement.KeepOriginal();
+    };
+    try {
+        replacement.Make(
+            mode,
+            [&](const std::string& file) { RenderOnce(m_product, name, file, m_path, m_rendering.values); },
+            judge);
+    } catch (const LeftAsItIs&) {
+        return outcome;
+    }
+    outcome.after = StateOf(m_path);
+    if (!outcome.reserve.empty()) outcome.remark = "the original is kept as " + outcome.reserve;
+    return outcome;
+}
+
+}  // namespace ZET

@@ -1,0 +1,61 @@
+#ifndef ZET_TEMPLATES_H
+#define ZET_TEMPLATES_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "deploy/state/Writing.h"
+#include "deploy/targets/Deployment.h"
+#include "zet/ZETProblem.h"
+#include "zet/deploy/FileOutcome.h"
+
+/// Single templates.
+namespace ZET {
+
+/// Installs the working copies of these templates from the pristine ones; each is told to the observer. One
+/// that differs is a `Failure`, unless `isForced`, which keeps the differing one beside it; a name that
+/// leaves the directory of the templates is a `UsageError`. Whether anything was, or would be, changed.
+bool InstallTemplates(Deployment& product, const std::vector<std::string>& names, bool isForced);
+
+/// A template to be rendered by itself.
+struct Rendering {
+    std::string templateName;
+    StringMap values;  ///< by placeholder; they win over the template values
+};
+
+/// What keeps the template from being rendered.
+std::vector<Problem> CheckRendering(Deployment& product, const Rendering& rendering);
+
+/// The text that the template renders to; it must have been checked.
+std::string RenderedText(Deployment& product, const Rendering& rendering);
+
+/// Renders the template into a file of any use: from the constructor on, nobody else writes. A name that
+/// leaves the directory of the templates, and a file that has another use, are refused.
+class TemplateProcess {
+  public:
+    TemplateProcess(Deployment& product, const Rendering& rendering, const std::string& target);
+
+    /// The template must have been checked.
+    FileOutcome Run();
+
+  private:
+    FileOutcome Planned(const std::string& made, const FileState& after);
+    ShownDiff DiffOf(const std::string& before, const std::string& made);
+    void WarnOfEdits();
+    FileOutcome RunInTrial();
+    FileOutcome RunInPlace();
+
+    Deployment& m_product;
+    const Rendering& m_rendering;
+    std::string m_target;
+    std::string m_path;
+    std::unique_ptr<Writing> m_writing;
+};
+
+/// A `UsageError` unless the name stays in the directory of the templates.
+void RequireTemplateName(const std::string& name);
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,15 @@
+#ifndef ZET_CHANGED_LINES_H
+#define ZET_CHANGED_LINES_H
+
+#include <string>
+#include <string_view>
+
+namespace ZET {
+
+/// Which lines a unified diff changes, by their numbers in the new text: "lines 3-5, 9 changed"; where lines
+/// only go, by those in the old one: "line 7 of the old text removed". Empty when there are none.
+std::string ChangedLines(std::string_view diff);
+
+}  // namespace ZET
+
+#endif
