@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "Descriptor.h"
+#include "posix/Descriptor.h"
 
 namespace ZET {
 

@@ -12,10 +12,10 @@
 #include <vector>
 
 #include "Attributes.h"
-#include "Descriptor.h"
 #include "Message.h"
 #include "PathArgument.h"
 #include "Sync.h"
+#include "posix/Descriptor.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 #include "zet/ZETHost.h"

@@ -6,11 +6,11 @@
 
 #include <cerrno>
 
-#include "Descriptor.h"
 #include "Message.h"
 #include "PathArgument.h"
-#include "Printable.h"
 #include "Sync.h"
+#include "posix/Descriptor.h"
+#include "posix/Printable.h"
 #include "zet/ZETErrors.h"
 
 namespace ZET {

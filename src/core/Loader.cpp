@@ -16,9 +16,9 @@
 #include <set>
 #include <utility>
 
-#include "Descriptor.h"
 #include "Message.h"
-#include "Printable.h"
+#include "posix/Descriptor.h"
+#include "posix/Printable.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETLogProvider.h"
 

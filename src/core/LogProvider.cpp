@@ -14,7 +14,7 @@
 #include <string_view>
 #include <utility>
 
-#include "Printable.h"
+#include "posix/Printable.h"
 #include "zet/ZETHost.h"
 
 namespace ZET {

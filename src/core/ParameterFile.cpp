@@ -6,10 +6,10 @@
 
 #include <cerrno>
 
-#include "Descriptor.h"
 #include "Message.h"
 #include "PathArgument.h"
-#include "Printable.h"
+#include "posix/Descriptor.h"
+#include "posix/Printable.h"
 
 namespace ZET {
 

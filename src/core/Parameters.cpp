@@ -8,7 +8,7 @@
 
 #include "Message.h"
 #include "ParameterFile.h"
-#include "Printable.h"
+#include "posix/Printable.h"
 #include "zet/ZETHost.h"
 
 namespace ZET {

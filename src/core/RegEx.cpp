@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "Message.h"
-#include "Printable.h"
+#include "posix/Printable.h"
 
 namespace ZET {
 

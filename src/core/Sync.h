@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "Descriptor.h"
+#include "posix/Descriptor.h"
 
 /// Makes what was done durable. All of it does nothing while syncing is off, which is a switch of the whole
 /// process, as the file helpers are.

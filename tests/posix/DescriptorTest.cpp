@@ -1,4 +1,4 @@
-#include "Descriptor.h"
+#include "posix/Descriptor.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

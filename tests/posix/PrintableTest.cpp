@@ -1,4 +1,4 @@
-#include "Printable.h"
+#include "posix/Printable.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,33 @@
+#include "cli/Assignments.h"
+
+#include "cli/ExitStatus.h"
+#include "deploy/edit/EditRules.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr char kParameterOption[] = "--set";
+
+}  // namespace
+
+StringMap ParseAssignments(const std::vector<std::string>& arguments, const std::string& option) {
+    StringMap assignments;
+    for (const std::string& argument : arguments) {
+        const std::size_t equalsSign = argument.find('=');
+        if (equalsSign == std::string::npos || equalsSign == 0) {
+            throw UsageError(option + ": \"" + argument +
+                             "\" is not NAME=VALUE (write a name, \"=\" and a value)");
+        }
+        if (argument.find('\n') != std::string::npos) {
+            throw UsageError(option + ": \"" + argument.substr(0, equalsSign) +
+                             "\" has a line feed in its value (give one without)");
+        }
+        // Placeholders take any name.
+        if (option == kParameterOption) RequireOptionName(argument.substr(0, equalsSign), option + ":");
+        assignments[argument.substr(0, equalsSign)] = argument.substr(equalsSign + 1);
+    }
+    return assignments;
+}
+
+}  // namespace ZET

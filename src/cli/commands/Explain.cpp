@@ -1,0 +1,298 @@
+#include <algorithm>
+#include <charconv>
+
+#include "cli/ExitStatus.h"
+#include "cli/commands/Commands.h"
+#include "deploy/edit/ChangeReport.h"
+#include "deploy/edit/Edits.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/targets/FileOrigin.h"
+#include "deploy/targets/Secrets.h"
+#include "text/FileExplanation.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+using Kind = ExplainedLines::Kind;
+
+/// FILE[:LINE], taken apart.
+struct Place {
+    std::string file;
+    std::string line;  ///< digits; empty: the whole file
+};
+
+/// A file that is there wins over one whose name would be a part of the argument.
+Place TakeApart(const Session& session, const std::string& argument) {
+    const std::size_t colon = argument.rfind(':');
+    if (colon == std::string::npos || colon + 1 == argument.size() ||
+        argument.find_first_not_of("0123456789", colon + 1) != std::string::npos ||
+        IsFileExist(session.FilePath(argument)))
+        return {argument, ""};
+    return {argument.substr(0, colon), argument.substr(colon + 1)};
+}
+
+std::size_t LineNumber(const Place& place, const std::string& path, std::size_t count) {
+    std::size_t number = 0;
+    const char* const end = place.line.data() + place.line.size();
+    const bool isNumber = std::from_chars(place.line.data(), end, number).ec == std::errc();
+    if (isNumber && number >= 1 && number <= count) return number;
+    throw UsageError(path + ": has no line " + place.line + " (it has " + std::to_string(count) +
+                     (count == 1 ? " line)" : " lines)"));
+}
+
+const char* KindName(Kind kind) {
+    switch (kind) {
+        case Kind::Own:
+            return "own";
+        case Kind::Gap:
+            return "gap";
+        case Kind::FormerLine:
+        case Kind::LoneFormerLine:
+            return "former-line";
+        case Kind::Block:
+            return "block";
+        case Kind::Notice:
+            return "notice";
+        case Kind::TemplateComment:
+            return "template-comment";
+        case Kind::FromTemplate:
+            return "template";
+        case Kind::Differing:
+            return "differing";
+        case Kind::Untraced:
+            break;
+    }
+    return "untraced";
+}
+
+std::string LineName(std::size_t number) {
+    return "line " + std::to_string(number);
+}
+
+/// What stood in the file's place before the system first wrote it.
+struct Reserve {
+    explicit Reserve(const std::string& path)
+        : file(ReserveOf(path)), hadNoFile(file.empty() && IsFileExist(path + ZETAbsenceSuffix)) {}
+
+    std::string Text() const {
+        if (!file.empty()) return "; before: " + file;
+        return hadNoFile ? "; before: there was no such file" : "";
+    }
+
+    std::string file;
+    bool hadNoFile;
+};
+
+/// Puts an explanation into words.
+class Teller {
+  public:
+    Teller(Session& session, const std::string& path, const FileOrigin& origin)
+        : m_session(session),
+          m_path(path),
+          m_origin(origin),
+          m_isHidden(session.HostSecrets().Hides(path)),
+          m_reserve(path) {}
+
+    void TellFile() {
+        Report& out = m_session.Out();
+        out.Set("file", m_path);
+        out.Set("made_from", m_origin.isMade ? Value(m_origin.templateName) : Value(nullptr));
+        out.Set("template_file",
+                m_origin.templateFile.empty() ? Value(nullptr) : Value(m_origin.templateFile));
+        out.Set("reserve", ReserveValue());
+        out.Set("no_file_before", m_reserve.hadNoFile);
+        out.Set("secret", m_origin.isPrivate);
+        out.AddList("regions");
+    }
+
+    void TellFileInWords(bool hasUntracedLines) {
+        std::string text = m_path + ": ";
+        if (m_origin.isMade) {
+            text += "made from the template " + TemplateName();
+            if (hasUntracedLines) text += ": " + WhyUntraced();
+        } else if (m_origin.target) {
+            text += "no notice says that it was made from the template " + m_origin.target->templateName +
+                    ", whose target it is";
+        } else {
+            text += "not made from a template";
+        }
+        m_session.Out().Line(text + m_reserve.Text());
+    }
+
+    void TellWhatIsHidden() {
+        if (m_isLeftOut) m_session.Out().Remark(m_path + ": " + m_session.HostSecrets().Excuse(m_path));
+    }
+
+    void Tell(const ExplainedLines& lines, std::size_t line) {
+        m_session.Out().Add("regions", ToFields(lines));
+        m_isLeftOut = m_isLeftOut || (m_isHidden && (HasFormerText(lines) || !lines.content.empty()));
+        const bool isOneLine = line != 0;
+        std::string text = m_path + ":" + std::to_string(isOneLine ? line : lines.first) + ": ";
+        if (lines.first != lines.last)
+            text += "lines " + std::to_string(lines.first) + " to " + std::to_string(lines.last) + ": ";
+        text += Describe(lines, isOneLine);
+        m_session.Out().Line(text);
+    }
+
+  private:
+    Value ReserveValue() const { return m_reserve.file.empty() ? Value(nullptr) : Value(m_reserve.file); }
+
+    std::string TemplateName() const {
+        if (m_origin.templateFile.empty() || m_origin.templateFile == m_origin.templateName)
+            return m_origin.templateName;
+        return m_origin.templateName + " (" + m_origin.templateFile + ")";
+    }
+
+    std::string WhyUntraced() const {
+        return m_origin.templateFile.empty() ? "it is gone"
+                                             : "the file was edited since, or the template changed";
+    }
+
+    std::string Shown(const std::string& text) const { return m_isHidden ? "(secret)" : "\"" + text + "\""; }
+
+    std::string Describe(const ExplainedLines& lines, bool isOneLine) const {
+        switch (lines.kind) {
+            case Kind::Own:
+                return "the administrator's own" + (isOneLine ? m_reserve.Text() : "");
+            case Kind::Gap:
+                return "empty line, put there before the managed block that was appended after it";
+            case Kind::FormerLine:
+                return "kept former line of the managed block that begins in " + LineName(lines.block) +
+                       ": " + Shown(lines.formerText) + FromTemplateLine(lines);
+            case Kind::LoneFormerLine:
+                return "kept former line: " + Shown(lines.formerText) + FromTemplateLine(lines) +
+                       "; its block was taken out or lost; " + HowToRestore(lines.formerText) +
+                       " brings it back";
+            case Kind::Block:
+                return DescribeBlock(lines);
+            case Kind::Notice:
+                return std::string("the notice") +
+                       (lines.isClosed ? "" : ", without an end marker (see doctor)");
+            case Kind::TemplateComment:
+                return std::string("template comment") +
+                       (lines.isClosed ? "" : ", without an end marker (see doctor)");
+            case Kind::FromTemplate:
+                return "from " + TemplateLines(lines) + PlaceholderText(lines) +
+                       (isOneLine ? m_reserve.Text() : "");
+            case Kind::Differing:
+                return "in the place of " + TemplateLines(lines) +
+                       ", but not made from it: the file was edited since, or the template changed" +
+                       (isOneLine ? m_reserve.Text() : "");
+            case Kind::Untraced:
+                break;
+        }
+        return "cannot be traced to the template " + TemplateName() + ": " + WhyUntraced() +
+               (isOneLine ? m_reserve.Text() : "");
+    }
+
+    std::string DescribeBlock(const ExplainedLines& lines) const {
+        std::string text = "managed block";
+        if (!lines.isClosed) text += ", without an end marker (see doctor)";
+        text += ": ";
+        text += lines.content.empty() ? "empty" : Shown(lines.content.front());
+        if (lines.content.size() > 1)
+            text += " and " + std::to_string(lines.content.size() - 1) + " more lines";
+        if (lines.formerLine == 0) return text + "; appended, nothing stood there before";
+        return text + "; before: " + Shown(lines.formerText) + ", kept in " + LineName(lines.formerLine) +
+               FromTemplateLine(lines);
+    }
+
+    std::string FromTemplateLine(const ExplainedLines& lines) const {
+        if (lines.templateLine == 0) return "";
+        return ", from " + LineName(lines.templateLine) + " of the template " + m_origin.templateName +
+               PlaceholderText(lines);
+    }
+
+    std::string TemplateLines(const ExplainedLines& lines) const {
+        const std::size_t count = lines.last - lines.first;
+        const std::string numbers = count == 0 ? LineName(lines.templateLine)
+                                               : "lines " + std::to_string(lines.templateLine) + " to " +
+                                                     std::to_string(lines.templateLine + count);
+        return numbers + " of the template " + m_origin.templateName;
+    }
+
+    static std::string PlaceholderText(const ExplainedLines& lines) {
+        std::string text;
+        for (const std::string& placeholder : lines.placeholders)
+            text += (text.empty() ? " with " : ", ") + placeholder;
+        return text;
+    }
+
+    std::string HowToRestore(const std::string& former) const {
+        const std::string begin = "\"" + m_session.Asked().program;
+        const std::size_t equals = former.find('=');
+        const std::size_t name = former.find_first_not_of("# \t");
+        const bool isParam = equals != std::string::npos && name < equals &&
+                             former.find_first_of(" \t", name) > equals && !m_isHidden;
+        if (isParam)
+            return begin + " param restore " + m_path + " " + former.substr(name, equals - name) + "\"";
+        return begin + " line restore " + m_path + " PATTERN\"";
+    }
+
+    static bool HasFormerText(const ExplainedLines& lines) {
+        return lines.formerLine != 0 || lines.kind == Kind::FormerLine || lines.kind == Kind::LoneFormerLine;
+    }
+
+    Fields ToFields(const ExplainedLines& lines) const {
+        const bool isOfTemplate = lines.templateLine != 0;
+        return {
+            {"kind", KindName(lines.kind)},
+            {"first_line", Number(lines.first)},
+            {"last_line", Number(lines.last)},
+            {"closed", lines.isClosed},
+            {"template", isOfTemplate ? Value(m_origin.templateName) : Value(nullptr)},
+            {"template_line", Number(lines.templateLine)},
+            {"placeholders", List(lines.placeholders.begin(), lines.placeholders.end())},
+            {"content",
+             m_isHidden ? Value(nullptr) : Value(List(lines.content.begin(), lines.content.end()))},
+            {"former_line", Number(lines.formerLine)},
+            {"former_text", HasFormerText(lines) && !m_isHidden ? Value(lines.formerText) : Value(nullptr)},
+            {"block_line", Number(lines.block)},
+            {"reserve", ReserveValue()}};
+    }
+
+    static Value Number(std::size_t number) {
+        return number == 0 ? Value(nullptr) : Value(static_cast<std::int64_t>(number));
+    }
+
+    Session& m_session;
+    std::string m_path;
+    const FileOrigin& m_origin;
+    bool m_isHidden;
+    bool m_isLeftOut = false;  ///< some text that would have been told
+    Reserve m_reserve;
+};
+
+}  // namespace
+
+int RunExplain(Session& session) {
+    const Place place = TakeApart(session, session.Asked().file);
+    const std::string path = FileToRead(session, place.file);
+    const std::string bytes = ReadFileBytes(path);
+    const ManagedText text(bytes);
+    const std::size_t line = place.line.empty() ? 0 : LineNumber(place, path, text.LineCount());
+    const FileOrigin origin = FindOrigin(session, place.file, text, WrittenNoticeTexts(session));
+    const std::string templateText = origin.templateFile.empty() ? "" : ReadFileBytes(origin.templateFile);
+    const std::vector<ExplainedLines> explanation = ExplainText(text, origin.isMade, templateText);
+
+    Teller teller(session, path, origin);
+    teller.TellFile();
+    if (line != 0) {
+        teller.Tell(ExplanationOf(explanation, line), line);
+        teller.TellWhatIsHidden();
+        return kDone;
+    }
+    teller.TellFileInWords(
+        std::any_of(explanation.begin(), explanation.end(), [](const ExplainedLines& lines) {
+            return lines.kind == Kind::Untraced || lines.kind == Kind::Differing;
+        }));
+    for (const ExplainedLines& lines : explanation)
+        teller.Tell(lines, 0);
+    teller.TellWhatIsHidden();
+    return kDone;
+}
+
+}  // namespace ZET

@@ -1,0 +1,154 @@
+#include "deploy/edit/EditRules.h"
+
+#include <algorithm>
+#include <set>
+
+#include "cli/ExitStatus.h"
+#include "deploy/host/Remedy.h"
+#include "text/ManagedText.h"
+#include "text/Markers.h"
+#include "zet/ZETErrors.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr char kSpecial[] = "\\^$.|?*+()[]{}";
+constexpr char kOptionBytes[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789";
+constexpr char kBlanks[] = " \t\v\f\r";
+
+bool Matches(Session& session, const std::string& pattern, std::string_view line) {
+    return session.Core().MatchRegEx(pattern, std::string(line), nullptr, 0);
+}
+
+/// The same for an expression that is valid, but may be too much work on a long line.
+bool Selects(Session& session, const std::string& pattern, std::string_view line) {
+    return RemedyErrors(kSimplerExpression, [&] { return Matches(session, pattern, line); });
+}
+
+/// Whether the line, commented out or a kept former one or not, is the parameter of that name.
+bool HoldsLiterally(std::string_view line, const std::string& name) {
+    if (line.starts_with(ZETFormerLinePrefix))
+        line.remove_prefix(std::string_view(ZETFormerLinePrefix).size());
+    line.remove_prefix(std::min(line.find_first_not_of('#'), line.size()));
+    line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
+    return line.starts_with(name + "=");
+}
+
+std::string Escaped(std::string_view text) {
+    std::string escaped;
+    for (const char c : text) {
+        if (std::string_view(kSpecial).find(c) != std::string_view::npos) escaped += '\\';
+        escaped += c;
+    }
+    return escaped;
+}
+
+/// One without an end is what a hand left of it: what follows is the administrator's.
+bool IsNotice(const ManagedLine& line) {
+    return line.isClosed && (line.kind == LineKind::NoticeBegin || line.kind == LineKind::NoticeText ||
+                             line.kind == LineKind::NoticeEnd);
+}
+
+/// The beginnings of the lines that the pattern selects though the system keeps order by them, as parts of a
+/// regular expression.
+std::set<std::string> SelectedOwnLines(Session& session, const ManagedText& text,
+                                       const std::string& pattern) {
+    std::set<std::string> selected;
+    for (std::size_t number = 1; number <= text.LineCount(); ++number) {
+        const ManagedLine& line = text.Line(number);
+        const Marker marker = MarkerOf(line.text);
+        if (marker == Marker::None && !IsNotice(line)) continue;
+        if (!Selects(session, pattern, line.text)) continue;
+        selected.insert(marker == Marker::None ? Escaped(line.text) + "$" : Escaped(MarkerText(marker)));
+    }
+    return selected;
+}
+
+}  // namespace
+
+void RequireOneLine(const std::string& text, const std::string& what) {
+    if (text.find('\n') != std::string::npos)
+        throw UsageError(what + " holds a line feed (a line cannot; give the text without it)");
+}
+
+void RequireNoMarker(const std::string& line) {
+    const Marker marker = MarkerOf(line);
+    if (marker == Marker::None) return;
+    throw UsageError("LINE begins with \"" + std::string(MarkerText(marker)) +
+                     "\", which marks lines of the system itself (begin it with something else)");
+}
+
+void RequirePattern(Session& session, const std::string& pattern) {
+    if (pattern.empty()) throw UsageError("PATTERN is empty (give a regular expression)");
+    try {
+        Matches(session, pattern, "");
+    } catch (const EZETError& error) {
+        throw UsageError("PATTERN: " + WithRemedy(error.what(), "correct the expression"));
+    }
+}
+
+void RequireParamName(const std::string& name) {
+    if (name.empty()) throw UsageError("NAME is empty (give the name of a parameter)");
+    RequireOneLine(name, "NAME");
+    if (name.find('=') != std::string::npos)
+        throw UsageError("NAME \"" + name + "\" holds \"=\" (give name and value apart)");
+    if (name.front() == '#' || std::string_view(kBlanks).find(name.front()) != std::string_view::npos)
+        throw UsageError("NAME \"" + name + "\" begins with \"#\" or a blank (give the name alone)");
+}
+
+void RequireOptionName(const std::string& name, const std::string& what) {
+    if (name.empty() || name.find_first_not_of(kOptionBytes) != std::string::npos ||
+        (name.front() >= '0' && name.front() <= '9')) {
+        throw UsageError(what + " \"" + name +
+                         "\" is no name of a parameter (use letters, digits and \"_\", no digit first)");
+    }
+}
+
+bool IsLiteralName(const std::string& name) {
+    return name.find_first_of(kSpecial) == std::string::npos;
+}
+
+void RequireLiteralName(Session& session, const std::string& path, std::string_view text,
+                        const std::string& opening, const std::string& name) {
+    if (IsLiteralName(name)) return;
+    const std::string pattern = opening + name + "=";
+    const std::string remedy =
+        " (NAME is part of a regular expression: use \"line\" with a PATTERN that says what is meant)";
+    try {
+        if (!Matches(session, "^" + name + "=", name + "="))
+            throw UsageError("NAME \"" + name + "\" does not select itself" + remedy);
+    } catch (const EZETError& error) {
+        throw UsageError("NAME \"" + name + "\": " + error.what() + remedy);
+    }
+    std::size_t number = 0;
+    for (const TextLine& line : SplitLines(text)) {
+        ++number;
+        if (HoldsLiterally(line.text, name) || !Selects(session, pattern, line.text)) continue;
+        throw UsageError("NAME \"" + name + "\" also selects line " + std::to_string(number) + " of " + path +
+                         ", which does not hold it" + remedy);
+    }
+}
+
+std::string PatternForSet(Session& session, const std::string& path, std::string_view text,
+                          const std::string& pattern) {
+    // Most files have no such line.
+    if (text.find(kMarkerStart) == std::string_view::npos) return pattern;
+    const std::set<std::string> ownLines = SelectedOwnLines(session, ManagedText(text), pattern);
+    if (ownLines.empty()) return pattern;
+    std::string guarded = "^(?!";
+    for (const std::string& ownLine : ownLines)
+        guarded += (ownLine == *ownLines.begin() ? "" : "|") + ownLine;
+    guarded += ").*?(?:" + pattern + ")";
+    try {
+        Matches(session, guarded, "");
+    } catch (const EZETError&) {
+        throw UsageError(
+            "PATTERN \"" + pattern + "\" also selects lines of " + path +
+            " that the system wrote to keep order in it (give a pattern that begins with \"^\")");
+    }
+    return guarded;
+}
+
+}  // namespace ZET

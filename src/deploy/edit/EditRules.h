@@ -1,0 +1,46 @@
+#ifndef ZET_EDIT_RULES_H
+#define ZET_EDIT_RULES_H
+
+#include <string>
+#include <string_view>
+
+#include "deploy/state/Session.h"
+
+/// What the commands demand of NAME, VALUE, PATTERN and LINE before the module, which takes each as it is,
+/// gets to see it. A demand that is not met is a `UsageError`.
+namespace ZET {
+
+/// The remedy when an expression is too much work on a line.
+inline constexpr char kSimplerExpression[] = "give a simpler expression";
+
+/// `what` names the argument.
+void RequireOneLine(const std::string& text, const std::string& what);
+
+/// The text is going to be a line: none that the system would take for one of its own.
+void RequireNoMarker(const std::string& line);
+
+/// Not empty, and valid.
+void RequirePattern(Session& session, const std::string& pattern);
+
+void RequireParamName(const std::string& name);
+
+/// The same for a parameter of the product itself; `what` names the argument.
+void RequireOptionName(const std::string& name, const std::string& what);
+
+/// Whether the name selects nothing but itself, whatever the file holds.
+bool IsLiteralName(const std::string& name);
+
+/// The name is part of a regular expression: it must select itself, and no line of the file that holds
+/// something else before its "=". `opening` is what stands before the name in the expression, `text` that of
+/// the file.
+void RequireLiteralName(Session& session, const std::string& path, std::string_view text,
+                        const std::string& opening, const std::string& name);
+
+/// A pattern for `SetLine` that selects what `pattern` does, but no line that the system itself wrote to keep
+/// order in the file.
+std::string PatternForSet(Session& session, const std::string& path, std::string_view text,
+                          const std::string& pattern);
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,53 @@
+#ifndef ZET_FILE_CHANGE_H
+#define ZET_FILE_CHANGE_H
+
+#include <functional>
+#include <string>
+
+#include "deploy/edit/ChangeReport.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileInPlace.h"
+#include "deploy/state/Replacement.h"
+#include "deploy/state/Session.h"
+#include "deploy/state/Writing.h"
+
+namespace ZET {
+
+/// An edit of one file in place: what it made is judged, the file kept, and only then replaced. A dry run
+/// edits a copy. An edit that changes nothing leaves the file untouched.
+class FileChange {
+  public:
+    /// Edits the file `path` through the module, which keeps no reserve of it: that is done here.
+    using Operation = std::function<void(const std::string& path)>;
+
+    /// Throws what is wrong with what the edit made.
+    using Inspection = std::function<void(const std::string& made)>;
+
+    /// `file` is what the caller wrote. A `Failure` when it is no regular file that can be edited.
+    FileChange(Session& session, const std::string& file,
+               FileInPlace::Access access = FileInPlace::Access::FromWithinItsDirectory);
+
+    /// The real file, links followed.
+    const std::string& Path() const { return m_path; }
+
+    /// Each of the two ends the command, and returns its exit status.
+    int LeaveUnchanged(const std::string& remark = "");
+    int Make(const Operation& operation, bool noBackup, const Inspection& inspection = nullptr);
+
+  private:
+    void Judge(const std::string& made, bool noBackup, const Inspection& inspection, FileReport& report);
+    void Try(const Operation& operation, const Replacement::Judge& judge);
+    void Apply(const Operation& operation, bool noBackup, const Replacement::Judge& judge);
+    void Perform(const Operation& operation, const std::string& path);
+
+    Session& m_session;
+    std::string m_file;
+    std::string m_path;
+    Writing m_writing;
+    FileInPlace m_place;
+    FileVersion m_version;  ///< before anything was read of it
+};
+
+}  // namespace ZET
+
+#endif

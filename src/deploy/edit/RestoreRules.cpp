@@ -1,0 +1,86 @@
+#include "deploy/edit/RestoreRules.h"
+
+#include "cli/ExitStatus.h"
+#include "deploy/edit/EditRules.h"
+#include "deploy/host/Remedy.h"
+#include "text/ManagedText.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+class RestoreCheck {
+  public:
+    RestoreCheck(Session& session, const RestoreRequest& request, const ManagedText& text)
+        : m_session(session),
+          m_request(request),
+          m_text(text),
+          m_formerPattern("^" + std::string(ZETFormerLinePrefix) +
+                          (request.pattern.starts_with('^') ? request.pattern.substr(1) : request.pattern)) {}
+
+    bool Run() {
+        CheckLines();
+        for (const ManagedRegion& region : m_text.Regions()) {
+            if (region.kind == RegionKind::Block) CheckBlock(region);
+        }
+        if (!m_isSomething && !(m_request.allBlocks && !m_others.empty())) return false;
+        if (!m_others.empty() && !m_request.allBlocks) {
+            throw Failure(m_request.path +
+                          ": the restore would also drop managed blocks of others, in lines " + m_others +
+                          " (--all-blocks drops them too, \"explain\" tells what they are)");
+        }
+        return true;
+    }
+
+  private:
+    /// The lines outside of blocks, which the module brings back or keeps.
+    void CheckLines() {
+        for (std::size_t number = 1; number <= m_text.LineCount(); ++number) {
+            if (m_text.RegionOf(number).kind == RegionKind::Block) continue;
+            const std::string_view line = m_text.Line(number).text;
+            if (!Matches(m_formerPattern, line)) continue;
+            if (!line.starts_with(ZETFormerLinePrefix)) {
+                throw UsageError("\"" + m_request.pattern + "\" also selects line " + std::to_string(number) +
+                                 " of " + m_request.path +
+                                 ", which keeps no former line (put alternatives in parentheses)");
+            }
+            m_isSomething = true;
+        }
+    }
+
+    void CheckBlock(const ManagedRegion& block) {
+        bool isAllOurs = true;
+        for (std::size_t number = block.first + 1; number < block.last; ++number) {
+            const std::string_view line = m_text.Line(number).text;
+            const bool isOurs = Matches(m_request.content, line);
+            isAllOurs = isAllOurs && isOurs;
+            m_isSomething = m_isSomething || isOurs;
+        }
+        if (block.formerLine != 0) isAllOurs = Matches(m_formerPattern, m_text.Line(block.formerLine).text);
+        if (isAllOurs) return;
+        m_others +=
+            (m_others.empty() ? "" : ", ") + std::to_string(block.first) + "-" + std::to_string(block.last);
+    }
+
+    bool Matches(const std::string& pattern, std::string_view line) {
+        return RemedyErrors(kSimplerExpression, [&] {
+            return m_session.Core().MatchRegEx(pattern, std::string(line), nullptr, 0);
+        });
+    }
+
+    Session& m_session;
+    const RestoreRequest& m_request;
+    const ManagedText& m_text;
+    std::string m_formerPattern;
+    bool m_isSomething = false;
+    std::string m_others;  ///< lines of the blocks that the restore is not about
+};
+
+}  // namespace
+
+bool HasSomethingToRestore(Session& session, const RestoreRequest& request) {
+    return RestoreCheck(session, request, ManagedText(request.text)).Run();
+}
+
+}  // namespace ZET

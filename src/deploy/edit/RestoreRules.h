@@ -1,0 +1,27 @@
+#ifndef ZET_RESTORE_RULES_H
+#define ZET_RESTORE_RULES_H
+
+#include <string>
+#include <string_view>
+
+#include "deploy/state/Session.h"
+
+namespace ZET {
+
+/// What a restore is about.
+struct RestoreRequest {
+    std::string path;
+    std::string_view text;  ///< of the file, with sound markers; must outlive the request
+    std::string pattern;    ///< as `RestoreLine` gets it
+    std::string content;    ///< selects the lines in the managed blocks that the restore is about
+    bool allBlocks = false;
+};
+
+/// The module's restore takes out every managed block. Whether there is something to restore at all; a
+/// `Failure` when blocks would go that the restore is not about, unless that is wanted; a `UsageError` for a
+/// pattern that selects lines which keep no former line.
+bool HasSomethingToRestore(Session& session, const RestoreRequest& request);
+
+}  // namespace ZET
+
+#endif

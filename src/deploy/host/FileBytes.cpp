@@ -1,0 +1,240 @@
+#include "deploy/host/FileBytes.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "cli/ExitStatus.h"
+#include "deploy/host/OwnedDescriptor.h"
+#include "deploy/host/Remedy.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr mode_t kModeBits = 07777;
+constexpr std::size_t kBlock = std::size_t{128} << 10;
+constexpr auto kAsItIs = static_cast<uid_t>(-1);  // of an owner or a group
+
+[[noreturn]] void Fail(const std::string& path, const char* what) {
+    const int error = errno;
+    throw Failure(path + ": " + what + ": " + std::strerror(error) + RemedyFor(error));
+}
+
+struct stat OpenedStatus(int descriptor, const std::string& path) {
+    struct stat status = {};
+    if (descriptor < 0 && errno == ENOENT)
+        throw Failure(path + ": does not exist (create it, or correct the path)");
+    if (descriptor < 0 || fstat(descriptor, &status) != 0) Fail(path, "cannot be read");
+    if (S_ISDIR(status.st_mode)) throw Failure(path + ": is a directory (name a file in it)");
+    if (!S_ISREG(status.st_mode)) throw Failure(path + ": is no regular file (name a regular file)");
+    return status;
+}
+
+int OpenToRead(const std::string& path) {
+    return open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+}
+
+/// How much of a file is read at once.
+std::size_t RoomFor(const struct stat& status) {
+    return std::min(kBlock, static_cast<std::size_t>(status.st_size) + 1);
+}
+
+/// Fills `block` from `start` on, as far as the file reaches; returns how much of it is filled then.
+std::size_t ReadBlock(int descriptor, const std::string& path, std::string& block, std::size_t start = 0) {
+    while (start < block.size()) {
+        const ssize_t count = read(descriptor, block.data() + start, block.size() - start);
+        if (count == 0) break;
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) Fail(path, "cannot be read");
+        start += static_cast<std::size_t>(count);
+    }
+    return start;
+}
+
+std::string ReadAll(int descriptor, const std::string& path, const struct stat& status) {
+    std::string bytes(static_cast<std::size_t>(status.st_size) + 1, '\0');
+    std::size_t length = 0;
+    while ((length = ReadBlock(descriptor, path, bytes, length)) == bytes.size())
+        bytes.resize(bytes.size() * 2);
+    bytes.resize(length);
+    return bytes;
+}
+
+void WriteAll(int descriptor, const std::string& path, const std::string& bytes) {
+    for (std::size_t written = 0; written < bytes.size();) {
+        const ssize_t count = write(descriptor, bytes.data() + written, bytes.size() - written);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) Fail(path, "cannot be written");
+        written += static_cast<std::size_t>(count);
+    }
+}
+
+/// An ordinary user may not give files away: the file then shows whose it will be.
+void GiveOwner(int descriptor, const std::string& path, uid_t owner, gid_t group, mode_t mode) {
+    for (const auto& [newOwner, newGroup] : {std::pair{owner, kAsItIs}, std::pair{kAsItIs, group}}) {
+        if (fchown(descriptor, newOwner, newGroup) != 0 && errno != EPERM && errno != EINVAL)
+            Fail(path, "cannot get its owner");
+    }
+    // After the owner: a change of owner drops the set-user bits.
+    if (fchmod(descriptor, mode & kModeBits) != 0) Fail(path, "cannot get its mode");
+}
+
+bool IsOwn(const struct stat& status) {
+    return S_ISREG(status.st_mode) && status.st_nlink == 1 && status.st_uid == geteuid();
+}
+
+[[noreturn]] void FailOfOther(const std::string& path) {
+    throw Failure(path + ": is in the way, and not from here (move it away)");
+}
+
+/// A new file, or a former one of this user's that has no other name, emptied.
+OwnedDescriptor OpenStaged(const std::string& path) {
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    OwnedDescriptor file(open(path.c_str(), kFlags, S_IRUSR | S_IWUSR));
+    struct stat status = {};
+    if (file < 0 || fstat(file, &status) != 0) Fail(path, "cannot be written");
+    if (!IsOwn(status)) FailOfOther(path);
+    if (ftruncate(file, 0) != 0) Fail(path, "cannot be written");
+    return file;
+}
+
+}  // namespace
+
+std::string ReadFileBytes(const std::string& path) {
+    const OwnedDescriptor descriptor(OpenToRead(path));
+    return ReadAll(descriptor, path, OpenedStatus(descriptor, path));
+}
+
+std::string ReadFileHead(const std::string& path, std::size_t size) {
+    const OwnedDescriptor descriptor(OpenToRead(path));
+    OpenedStatus(descriptor, path);
+    std::string head(size, '\0');
+    head.resize(ReadBlock(descriptor, path, head));
+    return head;
+}
+
+void RequireReadableFile(const std::string& path) {
+    const OwnedDescriptor descriptor(OpenToRead(path));
+    OpenedStatus(descriptor, path);
+}
+
+FileVersion VersionIn(int directory, const std::string& name, const std::string& path) {
+    struct stat status = {};
+    if (fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (errno == ENOENT || errno == ENOTDIR) return {};
+        Fail(path, "cannot be looked at");
+    }
+    constexpr std::int64_t kSecond = 1'000'000'000;
+    return {status.st_dev, status.st_ino, status.st_size,
+            status.st_ctim.tv_sec * kSecond + status.st_ctim.tv_nsec};
+}
+
+FileVersion VersionOf(const std::string& path) {
+    return VersionIn(AT_FDCWD, path, path);
+}
+
+void ReadLines(const std::string& path, const std::function<void(std::string_view line)>& take) {
+    const OwnedDescriptor descriptor(OpenToRead(path));
+    std::string block(RoomFor(OpenedStatus(descriptor, path)), '\0');
+    std::string begun;  // a line that the last block did not end
+    for (std::size_t count = block.size(); count == block.size();) {
+        count = ReadBlock(descriptor, path, block);
+        std::string_view rest = std::string_view(block).substr(0, count);
+        for (std::size_t end; (end = rest.find('\n')) != std::string_view::npos;
+             rest.remove_prefix(end + 1)) {
+            if (begun.empty()) {
+                take(rest.substr(0, end));
+            } else {
+                take(begun.append(rest.substr(0, end)));
+                begun.clear();
+            }
+        }
+        begun.append(rest);
+    }
+    if (!begun.empty()) take(begun);
+}
+
+void ReadChunks(const std::string& path, const std::function<void(std::string_view lines)>& take) {
+    const OwnedDescriptor descriptor(OpenToRead(path));
+    std::string block(RoomFor(OpenedStatus(descriptor, path)), '\0');
+    std::size_t begun = 0;  // how much of the block is a line that is not read to its end
+    for (;;) {
+        const std::size_t count = ReadBlock(descriptor, path, block, begun);
+        if (count < block.size()) {
+            if (count > 0) take(std::string_view(block).substr(0, count));
+            return;
+        }
+        const std::size_t end = block.rfind('\n') + 1;
+        if (end > 0) take(std::string_view(block).substr(0, end));
+        block.erase(0, end);
+        begun = block.size();
+        block.resize(std::max(kBlock, begun * 2));
+    }
+}
+
+bool HaveSameBytes(const std::string& one, const std::string& other) {
+    const OwnedDescriptor oneFile(OpenToRead(one));
+    const struct stat status = OpenedStatus(oneFile, one);
+    const OwnedDescriptor otherFile(OpenToRead(other));
+    if (OpenedStatus(otherFile, other).st_size != status.st_size) return false;
+    std::string oneBytes(RoomFor(status), '\0');
+    std::string otherBytes(oneBytes.size(), '\0');
+    for (;;) {
+        const std::size_t count = ReadBlock(oneFile, one, oneBytes);
+        if (ReadBlock(otherFile, other, otherBytes) != count) return false;
+        if (oneBytes.compare(0, count, otherBytes, 0, count) != 0) return false;
+        if (count < oneBytes.size()) return true;
+    }
+}
+
+mode_t ModeOf(const std::string& path) {
+    struct stat status = {};
+    if (stat(path.c_str(), &status) != 0) Fail(path, "its mode cannot be read");
+    return status.st_mode & kModeBits;
+}
+
+void RequireMode(int descriptor, const std::string& path, mode_t mode) {
+    struct stat status = {};
+    if ((descriptor >= 0 ? fstat(descriptor, &status) : lstat(path.c_str(), &status)) != 0)
+        Fail(path, "its mode cannot be read");
+    if ((status.st_mode & kModeBits) == (mode & kModeBits)) return;
+    errno = EACCES;
+    if (descriptor < 0 || fchmod(descriptor, mode & kModeBits) != 0) Fail(path, "cannot get its mode");
+}
+
+void RequireModeOf(const std::string& model, const std::string& staged) {
+    const OwnedDescriptor descriptor(open(staged.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    RequireMode(descriptor, staged, ModeOf(model));
+}
+
+void RequireOwnName(const std::string& path) {
+    struct stat status = {};
+    if (lstat(path.c_str(), &status) == 0 && !IsOwn(status)) FailOfOther(path);
+}
+
+void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode) {
+    const OwnedDescriptor descriptor = OpenStaged(path);
+    WriteAll(descriptor, path, bytes);
+    if (fchmod(descriptor, mode & kModeBits) != 0) Fail(path, "cannot get its mode");
+}
+
+void CopyIntoStaging(const std::string& from, const std::string& to) {
+    const OwnedDescriptor source(OpenToRead(from));
+    const struct stat status = OpenedStatus(source, from);
+    const OwnedDescriptor copy = OpenStaged(to);
+    WriteAll(copy, to, ReadAll(source, from, status));
+    GiveOwner(copy, to, status.st_uid, status.st_gid, status.st_mode);
+}
+
+void GiveStagedFile(const std::string& path, uid_t owner, gid_t group) {
+    const OwnedDescriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    GiveOwner(file, path, owner, group, OpenedStatus(file, path).st_mode);
+}
+
+}  // namespace ZET

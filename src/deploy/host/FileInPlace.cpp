@@ -1,0 +1,119 @@
+#include "deploy/host/FileInPlace.h"
+
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/single_threaded.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "cli/ExitStatus.h"
+#include "deploy/host/Paths.h"
+#include "zet/ZETHost.h"
+
+namespace ZET {
+
+namespace {
+
+/// Unlike anything that somebody would write, so that it can be found in a message.
+constexpr char kHere[] = "././";
+
+/// The directory in which relative names are looked up is the process's, unless a thread has one of its own.
+bool HasDirectoryOfItsOwn() {
+    return __libc_single_threaded != 0 || unshare(CLONE_FS) == 0;
+}
+
+std::string PartBeforeName(const std::string& path) {
+    return path.substr(0, path.rfind('/') + 1);
+}
+
+void ReplaceAll(std::string& text, const std::string& former, const std::string& present) {
+    for (std::size_t at = text.find(former); at != std::string::npos;
+         at = text.find(former, at + present.size()))
+        text.replace(at, former.size(), present);
+}
+
+}  // namespace
+
+thread_local FileInPlace::Visit* FileInPlace::s_visit = nullptr;
+
+FileInPlace::FileInPlace(FoundFile found, const std::string& path, Access access)
+    : m_path(path), m_found(std::move(found)), m_access(access) {
+    if (!m_found.directory) {
+        throw Failure(DirectoryOf(path) + ": is no directory that " + path +
+                      " can be in (create it, or correct the path)");
+    }
+    const std::optional<Problem>& objection = m_found.judge.Objection();
+    if (geteuid() == 0 && objection) throw Failure(objection->Describe());
+}
+
+std::optional<uid_t> FileInPlace::Holder() const {
+    return geteuid() == 0 ? m_found.judge.Holder() : std::nullopt;
+}
+
+FileInPlace::Visit::Visit(const FileInPlace& file) : m_file(file), m_name(file.m_path) {
+    if (m_file.m_access == Access::FromWithinItsDirectory) FindWay();
+    Enter();
+    s_visit = this;
+}
+
+FileInPlace::Visit::~Visit() {
+    if (s_visit == this) Leave();
+    s_visit = nullptr;
+}
+
+/// Where the directory cannot be gone to, or not come back from, its descriptor serves.
+void FileInPlace::Visit::FindWay() {
+    const int directory = m_file.m_found.directory->descriptor;
+    if (HasDirectoryOfItsOwn()) m_former = OwnedDescriptor(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    m_prefix = m_former >= 0 ? kHere : "/proc/self/fd/" + std::to_string(directory) + "/";
+    m_name = m_prefix + m_file.m_found.name;
+    if (const std::optional<uid_t> holder = m_file.Holder())
+        m_rights.emplace(*holder, m_file.m_found.status->st_gid);
+}
+
+void FileInPlace::Visit::Enter() {
+    if (m_former >= 0 && fchdir(m_file.m_found.directory->descriptor) != 0) {
+        throw Failure(m_file.m_found.directory->name + ": cannot be used: " + std::strerror(errno) +
+                      " (run the command as a user who may)");
+    }
+    try {
+        if (m_rights) m_rights->Take();
+        if (!m_prefix.empty()) SetLogWording([this](const std::string& text) { return Readable(text); });
+    } catch (...) {
+        Leave();
+        throw;
+    }
+}
+
+/// Nothing in here can fail but going back, and that only where the former directory was closed to this user
+/// meanwhile; what is looked up there fails then, too.
+void FileInPlace::Visit::Leave() noexcept {
+    SetLogWording({});
+    if (m_rights) m_rights->Drop();
+    if (m_former >= 0) static_cast<void>(fchdir(m_former) == 0);
+}
+
+std::string FileInPlace::Visit::Readable(const std::string& text) const {
+    if (m_prefix.empty()) return text;
+    std::string readable = text;
+    ReplaceAll(readable, m_prefix, PartBeforeName(m_file.m_path));
+    // The directory itself is only named in quotes.
+    ReplaceAll(readable, "'" + m_prefix.substr(0, m_prefix.size() - 1) + "'",
+               "'" + DirectoryOf(m_file.m_path) + "'");
+    return readable;
+}
+
+FileInPlace::Visit* FileInPlace::Suspend() {
+    if (s_visit != nullptr) s_visit->Leave();
+    return std::exchange(s_visit, nullptr);
+}
+
+void FileInPlace::Resume(Visit* visit) {
+    s_visit = visit;
+    if (visit != nullptr) visit->Enter();
+}
+
+}  // namespace ZET

@@ -1,0 +1,107 @@
+#ifndef ZET_FILE_IN_PLACE_H
+#define ZET_FILE_IN_PLACE_H
+
+#include <sys/types.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "deploy/host/PathWalk.h"
+#include "deploy/host/Rights.h"
+#include "deploy/host/Signals.h"
+#include "zet/ZETErrors.h"
+
+namespace ZET {
+
+/// A file that a command is about to write: the way to it was judged, and its directory is held, so that
+/// nobody leads the command elsewhere by renaming directories. Core and module work on it from within that
+/// directory, under a name that is told to nobody.
+class FileInPlace {
+  public:
+    /// The module finds its own main file itself, by its path.
+    enum class Access { FromWithinItsDirectory, ByPath };
+
+    /// `found` is where the path that the caller named leads, and `path` how the reader knows what is there.
+    /// A `Failure` when it is in no directory, or when somebody could lead root, who runs the command, to
+    /// another file on the way.
+    FileInPlace(FoundFile found, const std::string& path, Access access = Access::FromWithinItsDirectory);
+
+    /// As its reader knows it.
+    const std::string& Path() const { return m_path; }
+
+    /// The user other than root in whose directory it is, if root runs the command.
+    std::optional<uid_t> Holder() const;
+
+    /// The directory, and the file's name in it; valid as long as the object.
+    int Directory() const { return m_found.directory->descriptor; }
+    const std::string& NameInDirectory() const { return m_found.name; }
+
+    /// Calls `call(name)`, in the directory, where the file is called `name`. Where the directory lies with
+    /// another user than root, with his rights only. What the core and the module say of the file names it as
+    /// its reader knows it.
+    template <typename Call>
+    void Within(Call call) const {
+        const Visit visit(*this);
+        try {
+            call(visit.Name());
+        } catch (const EZETError& error) {
+            throw EZETError(visit.Readable(error.GetMessage()), error.GetDetail());
+        } catch (const Interrupted&) {
+            throw;
+        } catch (const Failure& failure) {
+            throw Failure(visit.Readable(failure.what()), failure.Lines());
+        }
+    }
+
+    /// From within `Within`: calls `call()` in the directory and with the rights of before.
+    template <typename Call>
+    static void Outside(Call call) {
+        Visit* const visit = Suspend();
+        try {
+            call();
+        } catch (...) {
+            Resume(visit);
+            throw;
+        }
+        Resume(visit);
+    }
+
+  private:
+    class Visit {
+      public:
+        explicit Visit(const FileInPlace& file);
+        ~Visit();
+        Visit(const Visit&) = delete;
+        Visit& operator=(const Visit&) = delete;
+
+        const std::string& Name() const { return m_name; }
+        std::string Readable(const std::string& text) const;
+
+        /// Asks for no memory: what was begun in the directory can be cleared up when there is none.
+        void Enter();
+        void Leave() noexcept;
+
+      private:
+        void FindWay();
+
+        const FileInPlace& m_file;
+        OwnedDescriptor m_former;  ///< the directory of before; none where it is not left
+        std::string m_prefix;      ///< before names in the directory
+        std::string m_name;
+        std::optional<RightsOf> m_rights;
+    };
+
+    static Visit* Suspend();
+    static void Resume(Visit* visit);
+
+    static thread_local Visit* s_visit;  ///< the present one
+
+    std::string m_path;
+    FoundFile m_found;
+    Access m_access;
+};
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,190 @@
+#include "deploy/host/PathWalk.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <utility>
+
+#include "cli/ExitStatus.h"
+#include "deploy/host/Remedy.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr int kMostLinks = 40;         // what the system itself allows
+constexpr std::size_t kMostHeld = 64;  // each is an open file
+
+void PrependComponents(const std::string& path, std::deque<std::string>& components) {
+    std::vector<std::string> parts;
+    for (std::size_t begin = 0; begin < path.size();) {
+        const std::size_t end = std::min(path.find('/', begin), path.size());
+        const std::string part = path.substr(begin, end - begin);
+        if (!part.empty() && part != ".") parts.push_back(part);
+        begin = end + 1;
+    }
+    components.insert(components.begin(), parts.begin(), parts.end());
+}
+
+[[noreturn]] void FailToLook(const std::string& path) {
+    const int error = errno;
+    throw Failure(path + ": cannot be looked at: " + std::strerror(error) + RemedyFor(error));
+}
+
+struct stat StatusOf(int descriptor, const std::string& path) {
+    struct stat status = {};
+    if (fstat(descriptor, &status) != 0) FailToLook(path);
+    return status;
+}
+
+std::string TargetOf(int link, const std::string& path) {
+    char target[PATH_MAX];
+    const ssize_t length = readlinkat(link, "", target, sizeof target);
+    if (length <= 0) FailToLook(path);
+    return std::string(target, static_cast<std::size_t>(length));
+}
+
+std::shared_ptr<const HeldDirectory> Held(OwnedDescriptor descriptor, const std::string& name,
+                                          const struct stat& status) {
+    auto directory = std::make_shared<HeldDirectory>();
+    directory->descriptor = std::move(descriptor);
+    directory->name = name;
+    directory->status = status;
+    directory->hasOtherWriters = HasOtherWriters(name, status);
+    return directory;
+}
+
+}  // namespace
+
+PathWalk::PathWalk(HeldDirectories& known, const std::string& root, PathJudge judge, Unseen unseen)
+    : m_known(known), m_judge(std::move(judge)), m_unseen(unseen) {
+    const std::string name = root.empty() ? "/" : root;
+    const auto start = m_known.find(name);
+    if (start != m_known.end()) {
+        m_walked.push_back(start->second);
+        return;
+    }
+    OwnedDescriptor descriptor(open(name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (descriptor < 0) FailToLook(name);
+    const struct stat status = StatusOf(descriptor, name);
+    m_walked.push_back(Remember(Held(std::move(descriptor), name, status)));
+}
+
+FoundFile PathWalk::To(const std::string& path) {
+    m_path = path;
+    PrependComponents(path, m_toWalk);
+    while (!m_toWalk.empty()) {
+        const std::string component = m_toWalk.front();
+        m_toWalk.pop_front();
+        Take(component);
+    }
+    return Result();
+}
+
+FoundFile PathWalk::ToLink(const std::string& path) {
+    m_followsLast = false;
+    return To(path);
+}
+
+void PathWalk::Take(const std::string& component) {
+    if (component == "..") {
+        GoUp();
+    } else if (!m_beyond.empty()) {
+        m_beyond.push_back(component);
+    } else if (!GoIntoKnown(component)) {
+        GoInto(component);
+    }
+}
+
+void PathWalk::GoUp() {
+    m_end.reset();
+    if (!m_beyond.empty()) {
+        m_beyond.pop_back();
+    } else if (m_walked.size() > 1) {
+        m_walked.pop_back();
+    }
+}
+
+bool PathWalk::GoIntoKnown(const std::string& component) {
+    const auto known = m_known.find(NameOf(component));
+    if (known == m_known.end()) return false;
+    JudgeStep(component, &known->second->status, IsEnd());
+    m_walked.push_back(known->second);
+    return true;
+}
+
+void PathWalk::GoInto(const std::string& component) {
+    constexpr int kFlags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
+    OwnedDescriptor entry(openat(m_walked.back()->descriptor, component.c_str(), kFlags));
+    if (entry < 0) {
+        const bool isUnseen = errno == EACCES && m_unseen == Unseen::IsTakenAsWritten;
+        if (errno != ENOENT && !isUnseen) FailToLook(NameOf(component));
+        JudgeStep(component, nullptr, IsEnd());
+        m_beyond.push_back(component);
+        return;
+    }
+    const struct stat status = StatusOf(entry, NameOf(component));
+    if (S_ISLNK(status.st_mode) && (m_followsLast || !IsEnd())) return Follow(component, entry, status);
+    JudgeStep(component, &status, IsEnd());
+    if (S_ISDIR(status.st_mode)) {
+        const std::string name = NameOf(component);
+        m_walked.push_back(Remember(Held(std::move(entry), name, status)));
+    } else {
+        m_beyond.push_back(component);
+        m_end = status;
+    }
+}
+
+void PathWalk::Follow(const std::string& component, const OwnedDescriptor& link, const struct stat& status) {
+    JudgeStep(component, &status, false);
+    if (++m_links > kMostLinks) {
+        throw LinkLoop(m_path +
+                       ": too many symbolic links, as when one leads back to itself (correct the links)");
+    }
+    const std::string target = TargetOf(link, NameOf(component));
+    if (target.front() == '/') m_walked.resize(1);
+    PrependComponents(target, m_toWalk);
+}
+
+void PathWalk::JudgeStep(const std::string& entryName, const struct stat* entry, bool isLast) {
+    const HeldDirectory& from = *m_walked.back();
+    m_judge.Step({from.name, from.status, from.hasOtherWriters}, entryName, entry, isLast);
+}
+
+std::shared_ptr<const HeldDirectory> PathWalk::Remember(std::shared_ptr<const HeldDirectory> directory) {
+    if (m_known.size() >= kMostHeld) m_known.clear();
+    m_known[directory->name] = directory;
+    return directory;
+}
+
+std::string PathWalk::NameOf(const std::string& component) const {
+    const std::string& directory = m_walked.back()->name;
+    return (directory == "/" ? "" : directory) + "/" + component;
+}
+
+FoundFile PathWalk::Result() const {
+    FoundFile found;
+    found.isThroughLink = m_links > 0;
+    found.judge = m_judge;
+    found.path = m_walked.back()->name;
+    if (m_beyond.empty()) {
+        found.directory = m_walked[m_walked.size() > 1 ? m_walked.size() - 2 : 0];
+        found.name = m_walked.size() > 1 ? found.path.substr(found.path.rfind('/') + 1) : ".";
+        found.status = m_walked.back()->status;
+        return found;
+    }
+    if (found.path == "/") found.path.clear();
+    for (const std::string& component : m_beyond)
+        found.path += "/" + component;
+    found.name = m_beyond.back();
+    if (m_beyond.size() > 1) return found;
+    found.directory = m_walked.back();
+    found.status = m_end;
+    return found;
+}
+
+}  // namespace ZET

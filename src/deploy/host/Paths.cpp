@@ -1,0 +1,117 @@
+#include "deploy/host/Paths.h"
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "cli/ExitStatus.h"
+#include "deploy/host/Remedy.h"
+
+namespace ZET {
+
+namespace {
+
+std::string AbsolutePath(const std::string& path) {
+    if (path.starts_with('/')) return path;
+    const std::unique_ptr<char, decltype(&std::free)> directory(getcwd(nullptr, 0), std::free);
+    if (!directory) throw Failure("the current directory cannot be found (change to one that exists)");
+    return std::string(directory.get()) + "/" + path;
+}
+
+bool IsLink(const std::string& path) {
+    char target[1];
+    if (readlink(path.c_str(), target, sizeof target) >= 0) return true;
+    if (errno == EINVAL || errno == ENOENT || errno == ENOTDIR) return false;
+    const int error = errno;
+    throw Failure(path + ": cannot be looked at: " + std::strerror(error) + RemedyFor(error));
+}
+
+}  // namespace
+
+Paths::Paths(const std::string& root) {
+    if (root.empty()) return;
+    struct stat status = {};
+    if (stat(root.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+        throw Failure(root + ": is no directory that can serve as root (create it, or correct --root)");
+    }
+    m_root = Walk("", PathWalk::Unseen::Fails).To(AbsolutePath(root)).path;
+    m_rootsOwners.push_back(status.st_uid);
+    if (m_root == "/") m_root.clear();
+}
+
+PathJudge Paths::Judge(const std::string& trusted) const {
+    std::vector<uid_t> harmless = m_rootsOwners;
+    if (!trusted.empty()) {
+        const struct passwd* user = getpwnam(trusted.c_str());
+        if (user != nullptr) harmless.push_back(user->pw_uid);
+    }
+    return PathJudge(std::move(harmless));
+}
+
+PathWalk Paths::Walk(const std::string& root, PathWalk::Unseen unseen, const std::string& trusted) const {
+    return PathWalk(m_known, root, Judge(trusted), unseen);
+}
+
+/// Under a root, a relative path begins there.
+std::string Paths::StartOf(const std::string& path) const {
+    return HasRoot() ? path : AbsolutePath(path);
+}
+
+std::string Paths::Resolved(const std::string& path) const {
+    if (!HasRoot() && !IsLink(path)) return path;
+    return Find(path).path;
+}
+
+FoundFile Paths::Find(const std::string& path, const std::string& trusted) const {
+    return Walk(m_root, PathWalk::Unseen::Fails, trusted).To(StartOf(path));
+}
+
+FoundFile Paths::FindReal(const std::string& path, const std::string& trusted) const {
+    return Walk(m_root, PathWalk::Unseen::Fails, trusted).ToLink(StartOf(NameInside(path)));
+}
+
+std::string Paths::Canonical(const std::string& path) const {
+    return Walk(m_root, PathWalk::Unseen::IsTakenAsWritten).To(StartOf(path)).path;
+}
+
+std::string Paths::RealName(const std::string& path) const {
+    try {
+        return Canonical(NameInside(path));
+    } catch (const Failure&) {
+        return path;
+    }
+}
+
+std::string Paths::WithRealDirectory(const std::string& path, PathWalk::Unseen unseen) const {
+    if (HasRoot()) return path;
+    const std::string directory = Walk("", unseen).To(StartOf(DirectoryOf(path))).path;
+    return (directory == "/" ? "" : directory) + "/" + BaseNameOf(path);
+}
+
+bool Paths::StaysInside(const std::string& path) const {
+    if (!HasRoot()) return true;
+    return Walk("", PathWalk::Unseen::IsTakenAsWritten).To(path).path.starts_with(m_root + "/");
+}
+
+std::string Paths::NameInside(const std::string& path) const {
+    return path.starts_with(m_root + "/") ? path.substr(m_root.size()) : path;
+}
+
+std::string DirectoryOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string BaseNameOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+}  // namespace ZET

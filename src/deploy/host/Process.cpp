@@ -1,0 +1,284 @@
+#include "deploy/host/Process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <iterator>
+#include <new>
+#include <string_view>
+
+#include "cli/ExitStatus.h"
+#include "deploy/host/OwnedDescriptor.h"
+#include "deploy/host/ProcessOutput.h"
+#include "deploy/host/Signals.h"
+
+namespace ZET {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+constexpr std::chrono::milliseconds kSignalInterval = 250ms;  // a signal just before a wait does not end it
+constexpr std::chrono::milliseconds kBetweenLooks = 20ms;     // where nothing tells that a program ends
+constexpr std::chrono::seconds kTimeToEnd = 2s;               // between SIGTERM and SIGKILL
+
+/// A pipe whose ends do not reach the programs that are started.
+class Pipe {
+  public:
+    Pipe() {
+        if (pipe2(m_ends, O_CLOEXEC) != 0)
+            throw Failure(std::string("a pipe cannot be made: ") + std::strerror(errno) +
+                          " (let the command open more files)");
+    }
+    ~Pipe() {
+        close(m_ends[0]);
+        CloseWriteEnd();
+    }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+
+    int ReadEnd() const { return m_ends[0]; }
+    int WriteEnd() const { return m_ends[1]; }
+    void CloseWriteEnd() {
+        if (m_ends[1] >= 0) close(m_ends[1]);
+        m_ends[1] = -1;
+    }
+
+  private:
+    int m_ends[2] = {-1, -1};
+};
+
+std::vector<char*> Pointers(std::vector<std::string>& texts) {
+    std::vector<char*> pointers;
+    for (std::string& text : texts)
+        pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+std::vector<std::string> Environment(const std::vector<std::string>& additions) {
+    std::vector<std::string> all(additions);
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+        const std::string_view name = std::string_view(*entry).substr(0, std::strcspn(*entry, "=") + 1);
+        const bool isReplaced = std::any_of(additions.begin(), additions.end(),
+                                            [&](const auto& addition) { return addition.starts_with(name); });
+        if (!isReplaced) all.emplace_back(*entry);
+    }
+    return all;
+}
+
+/// A program that is started otherwise than it should be could write where it must not.
+void Require(int error) {
+    if (error == ENOMEM) throw std::bad_alloc();
+    if (error != 0)
+        throw Failure(std::string("a program cannot be started: ") + std::strerror(error) +
+                      " (run the command again)");
+}
+
+/// How a program starts: without input, its output in a pipe, the first of a process group, signals and files
+/// as it is used to them.
+class StartConditions {
+  public:
+    StartConditions(int output, const std::string& directory) {
+        Require(posix_spawn_file_actions_init(&m_actions));
+        Require(posix_spawnattr_init(&m_attributes));
+        if (!directory.empty()) Require(posix_spawn_file_actions_addchdir_np(&m_actions, directory.c_str()));
+        Require(posix_spawn_file_actions_addopen(&m_actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0));
+        Require(posix_spawn_file_actions_adddup2(&m_actions, output, STDOUT_FILENO));
+        Require(posix_spawn_file_actions_adddup2(&m_actions, output, STDERR_FILENO));
+        Require(posix_spawn_file_actions_addclosefrom_np(&m_actions, STDERR_FILENO + 1));
+        sigset_t signals;
+        sigfillset(&signals);
+        Require(posix_spawnattr_setsigdefault(&m_attributes, &signals));
+        sigemptyset(&signals);
+        Require(posix_spawnattr_setsigmask(&m_attributes, &signals));
+        Require(posix_spawnattr_setpgroup(&m_attributes, 0));
+        Require(posix_spawnattr_setflags(
+            &m_attributes, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETPGROUP));
+    }
+    ~StartConditions() {
+        posix_spawnattr_destroy(&m_attributes);
+        posix_spawn_file_actions_destroy(&m_actions);
+    }
+    StartConditions(const StartConditions&) = delete;
+    StartConditions& operator=(const StartConditions&) = delete;
+
+    const posix_spawn_file_actions_t* Actions() const { return &m_actions; }
+    const posix_spawnattr_t* Attributes() const { return &m_attributes; }
+
+  private:
+    posix_spawn_file_actions_t m_actions = {};
+    posix_spawnattr_t m_attributes = {};
+};
+
+pid_t Start(std::vector<std::string> arguments, const ProcessConditions& conditions, int output) {
+    const StartConditions start(output, conditions.directory);
+    std::vector<std::string> environment = Environment(conditions.environment);
+    pid_t child = -1;
+    const int error = posix_spawnp(&child, arguments.front().c_str(), start.Actions(), start.Attributes(),
+                                   Pointers(arguments).data(), Pointers(environment).data());
+    if (error != 0) {
+        throw Failure(arguments.front() + ": cannot be started: " + std::strerror(error) +
+                      " (install it, or correct its name)");
+    }
+    return child;
+}
+
+[[noreturn]] void Fail(const char* what) {
+    throw Failure(std::string(what) + ": " + std::strerror(errno) + " (run the command again)");
+}
+
+/// A descriptor that can be read from when the process has ended; -1 on a system that has no such thing.
+int DescriptorOf(pid_t process) {
+    // The C library's header declares no C function.
+    return static_cast<int>(syscall(SYS_pidfd_open, process, 0));
+}
+
+/// A program that runs. One that nobody waited for is killed at the end of the object's life.
+class Child {
+  public:
+    explicit Child(pid_t process) : m_process(process), m_descriptor(DescriptorOf(process)) {}
+    ~Child() {
+        if (m_isWaitedFor) return;
+        SignalGroup(SIGKILL);
+        while (waitpid(m_process, nullptr, 0) < 0 && errno == EINTR) {
+        }
+    }
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    int Descriptor() const { return m_descriptor; }
+
+    /// Its number stays taken, so that its group can still be told from others.
+    bool HasEnded() const {
+        siginfo_t ended = {};
+        if (waitid(P_PID, static_cast<id_t>(m_process), &ended, WEXITED | WNOHANG | WNOWAIT) != 0)
+            Fail("how a program ended cannot be told");
+        return ended.si_pid != 0;
+    }
+
+    void SignalGroup(int number) const { kill(-m_process, number); }
+
+    void WaitForEnd(ProcessResult& result) {
+        int status = 0;
+        while (waitpid(m_process, &status, 0) < 0) {
+            if (errno != EINTR) Fail("how a program ended cannot be told");
+        }
+        m_isWaitedFor = true;
+        result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+        result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + result.signal;
+    }
+
+  private:
+    pid_t m_process;
+    OwnedDescriptor m_descriptor;
+    bool m_isWaitedFor = false;
+};
+
+/// Reads what a program prints for as long as it runs.
+class Attendance {
+  public:
+    Attendance(const Child& child, int source, std::size_t keptOutput)
+        : m_child(child), m_source(source), m_output(keptOutput) {}
+
+    /// False when the program still runs at that time, or when a signal came.
+    bool WaitUntil(Clock::time_point deadline) {
+        while (!m_child.HasEnded()) {
+            if (SignalGuard::Caught() || Clock::now() >= deadline) return false;
+            Attend(deadline);
+        }
+        return true;
+    }
+
+    /// Asks the program and what it started to end, and sees to it.
+    void End() {
+        m_child.SignalGroup(SIGTERM);
+        m_child.SignalGroup(SIGCONT);
+        const Clock::time_point deadline = Clock::now() + kTimeToEnd;
+        while ((m_isOpen || !m_child.HasEnded()) && Clock::now() < deadline)
+            Attend(deadline);
+        m_child.SignalGroup(SIGKILL);
+    }
+
+    /// What is there when the program has ended is all that it printed, whoever else goes on printing.
+    std::string TakeOutput() {
+        int count = 0;
+        if (m_isOpen && ioctl(m_source, FIONREAD, &count) != 0) FailOutput();
+        while (count > 0) {
+            const std::size_t length = Read(static_cast<std::size_t>(count));
+            if (length == 0) break;
+            count -= static_cast<int>(length);
+        }
+        return m_output.Text();
+    }
+
+  private:
+    [[noreturn]] static void FailOutput() { Fail("the output of a program cannot be read"); }
+
+    void Attend(Clock::time_point deadline) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+        const auto longest = m_child.Descriptor() < 0 ? kBetweenLooks : kSignalInterval;
+        struct pollfd ready[] = {{m_isOpen ? m_source : -1, POLLIN, 0}, {m_child.Descriptor(), POLLIN, 0}};
+        const int wait = static_cast<int>(std::clamp(left, 0ms, longest).count());
+        if (poll(ready, std::size(ready), wait) < 0) {
+            if (errno != EINTR) FailOutput();
+        } else if (ready[0].revents != 0) {
+            m_isOpen = Read(kPart) != 0;
+        }
+    }
+
+    /// Zero at the end.
+    std::size_t Read(std::size_t most) {
+        char part[kPart];
+        ssize_t length = 0;
+        do {
+            length = read(m_source, part, std::min(most, sizeof part));
+        } while (length < 0 && errno == EINTR);
+        if (length < 0) FailOutput();
+        m_output.Append({part, static_cast<std::size_t>(length)});
+        return static_cast<std::size_t>(length);
+    }
+
+    static constexpr std::size_t kPart = 16384;
+
+    const Child& m_child;
+    int m_source;
+    bool m_isOpen = true;
+    ProcessOutput m_output;
+};
+
+}  // namespace
+
+ProcessResult RunProcess(const std::vector<std::string>& arguments, const ProcessConditions& conditions) {
+    const bool isLimited = conditions.timeLimit.count() > 0;
+    const Clock::time_point deadline =
+        isLimited ? Clock::now() + conditions.timeLimit : Clock::time_point::max();
+    // A group of its own hears nothing of what ends this process.
+    const SignalGuard signals;
+    Pipe pipe;
+    Child child(Start(arguments, conditions, pipe.WriteEnd()));
+    pipe.CloseWriteEnd();
+    Attendance attendance(child, pipe.ReadEnd(), conditions.keptOutput);
+    ProcessResult result;
+    if (!attendance.WaitUntil(deadline)) {
+        attendance.End();
+        result.isLate = !SignalGuard::Caught();
+    }
+    child.WaitForEnd(result);
+    result.output = attendance.TakeOutput();
+    SignalGuard::Check();
+    return result;
+}
+
+}  // namespace ZET

@@ -1,0 +1,45 @@
+#include "deploy/host/Signals.h"
+
+#include <cstring>
+#include <string>
+
+namespace ZET {
+
+namespace {
+
+constexpr std::array<int, 3> kSignals{SIGINT, SIGTERM, SIGHUP};
+
+volatile std::sig_atomic_t caughtSignal = 0;
+
+void Catch(int number) {
+    caughtSignal = number;
+}
+
+}  // namespace
+
+SignalGuard::SignalGuard() {
+    struct sigaction action = {};
+    // Without SA_RESTART: a call that waits for something that may never come ends, too.
+    action.sa_handler = Catch;
+    for (std::size_t i = 0; i < kSignals.size(); ++i) {
+        sigaction(kSignals[i], nullptr, &m_former[i]);
+        if (m_former[i].sa_handler != SIG_IGN) sigaction(kSignals[i], &action, nullptr);
+    }
+}
+
+SignalGuard::~SignalGuard() {
+    for (std::size_t i = 0; i < kSignals.size(); ++i)
+        sigaction(kSignals[i], &m_former[i], nullptr);
+}
+
+bool SignalGuard::Caught() {
+    return caughtSignal != 0;
+}
+
+void SignalGuard::Check() {
+    if (!Caught()) return;
+    throw Interrupted(std::string("ended by a signal (") + strsignal(caughtSignal) +
+                      ") before all was done (run the command again)");
+}
+
+}  // namespace ZET

@@ -1,0 +1,38 @@
+#ifndef ZET_SIGNALS_H
+#define ZET_SIGNALS_H
+
+#include <array>
+#include <csignal>
+
+#include "cli/ExitStatus.h"
+
+namespace ZET {
+
+/// The user or the system asked the command to end before it was done.
+class Interrupted : public Failure {
+  public:
+    using Failure::Failure;
+};
+
+/// For as long as the object lives, SIGINT, SIGTERM and SIGHUP only set a flag, so that nothing temporary is
+/// left behind. What ignored a signal goes on ignoring it.
+class SignalGuard {
+  public:
+    SignalGuard();
+    ~SignalGuard();
+    SignalGuard(const SignalGuard&) = delete;
+    SignalGuard& operator=(const SignalGuard&) = delete;
+
+    /// Whether one of them came since the start of the program.
+    static bool Caught();
+
+    /// Throws `Interrupted` when one of them came: between two steps of a command.
+    static void Check();
+
+  private:
+    std::array<struct sigaction, 3> m_former{};
+};
+
+}  // namespace ZET
+
+#endif

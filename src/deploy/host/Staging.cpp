@@ -1,0 +1,196 @@
+#include "deploy/host/Staging.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include "cli/ExitStatus.h"
+#include "deploy/host/Paths.h"
+#include "deploy/host/StagingPlaces.h"
+
+namespace ZET {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kPrefix[] = "zet-staging.";
+constexpr char kLock[] = "lock";
+constexpr char kFiles[] = "files";  // beside the lock, so that no name of a file is that of the lock
+constexpr int kDirectory = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+
+struct DirectoryCloser {
+    void operator()(DIR* directory) const { closedir(directory); }
+};
+using DirectoryStream = std::unique_ptr<DIR, DirectoryCloser>;
+
+/// Null, as `errno` says. `directory` stays open.
+DirectoryStream EntriesOf(int directory) {
+    const int copy = openat(directory, ".", kDirectory);
+    DirectoryStream entries(copy < 0 ? nullptr : fdopendir(copy));
+    if (copy >= 0 && !entries) close(copy);
+    return entries;
+}
+
+bool IsGone(int result) {
+    return result == 0 || errno == ENOENT;
+}
+
+/// Removes a name of a directory with all that is below it; the first thing that failed is in `error`.
+/// Nothing in here throws: it has to work when memory has run out.
+void RemoveEntry(int directory, const char* name, int& error) noexcept {
+    if (IsGone(unlinkat(directory, name, 0))) return;
+    if (errno == EISDIR || errno == EPERM) {
+        const OwnedDescriptor below(openat(directory, name, kDirectory));
+        const DirectoryStream entries = below < 0 ? nullptr : EntriesOf(below);
+        if (!entries && error == 0) error = errno;
+        while (const dirent* entry = entries ? readdir(entries.get()) : nullptr) {
+            const std::string_view found = entry->d_name;
+            if (found != "." && found != "..") RemoveEntry(below, entry->d_name, error);
+        }
+        if (IsGone(unlinkat(directory, name, AT_REMOVEDIR))) return;
+    }
+    if (error == 0) error = errno;
+}
+
+struct LeftDirectory {
+    std::string path;
+    int error = 0;
+};
+
+/// The last one that could not be removed.
+LeftDirectory& Left() {
+    static LeftDirectory left;
+    return left;
+}
+
+/// Removes a staging directory, or remembers why not.
+void RemoveStaging(int place, std::string path) noexcept {
+    int error = 0;
+    RemoveEntry(place, path.c_str() + path.rfind('/') + 1, error);
+    if (error == 0) return;
+    Left().path = std::move(path);
+    Left().error = error;
+}
+
+bool IsOwn(int directory, mode_t forbidden) {
+    struct stat status = {};
+    return directory >= 0 && fstat(directory, &status) == 0 && status.st_uid == geteuid() &&
+           (status.st_mode & forbidden) == 0;
+}
+
+/// Not on the directory, which not every file system can lock. None, as `errno` says; EAGAIN when somebody
+/// else holds it, or has just removed the directory.
+OwnedDescriptor LockOf(int directory) {
+    OwnedDescriptor lock(
+        openat(directory, kLock, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
+    if (lock < 0) {
+        if (errno == ENOENT) errno = EAGAIN;
+        return lock;
+    }
+    struct flock whole = {};
+    whole.l_type = F_WRLCK;
+    whole.l_whence = SEEK_SET;
+    struct stat status = {};
+    if (fcntl(lock, F_OFD_SETLK, &whole) == 0 && fstat(lock, &status) == 0) {
+        if (status.st_nlink > 0) return lock;
+        errno = EAGAIN;
+    }
+    if (errno == EACCES) errno = EAGAIN;
+    return OwnedDescriptor();
+}
+
+/// A run that lives holds the lock.
+void RemoveLeftOversIn(const std::string& place) {
+    const OwnedDescriptor directory(open(place.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+    // The iterator of std::filesystem ends the program when it runs out of memory.
+    const DirectoryStream entries = directory < 0 ? nullptr : EntriesOf(directory);
+    while (const dirent* entry = entries ? readdir(entries.get()) : nullptr) {
+        if (!std::string_view(entry->d_name).starts_with(kPrefix)) continue;
+        const OwnedDescriptor leftOver(openat(directory, entry->d_name, kDirectory));
+        if (!IsOwn(leftOver, 0)) continue;
+        const OwnedDescriptor lock = LockOf(leftOver);
+        if (lock >= 0) RemoveStaging(directory, place + "/" + entry->d_name);
+    }
+}
+
+[[noreturn]] void FailPlace(const std::string& place, const std::string& why, const std::string& lastResort) {
+    throw Failure(place + ": no directory for temporary files can be made here: " + why +
+                  (lastResort.empty() ? " (make room, or name another directory with TMPDIR)"
+                                      : " (make room, or let ZET_VAR_LIB_DIR be a directory that can be "
+                                        "written)"));
+}
+
+}  // namespace
+
+Staging::Staging(const std::string& lastResort, std::uintmax_t size) {
+    const std::vector<std::string> places = PlacesForStaging(lastResort, size);
+    for (const std::string& place : places) {
+        errno = 0;
+        Make(fs::absolute(place).string());
+        if (m_lock >= 0) return;
+        if (place == places.back()) FailPlace(place, std::strerror(errno), lastResort);
+    }
+}
+
+/// Leaves no lock behind where none can be made, as `errno` says.
+void Staging::Make(const std::string& place) {
+    RemoveLeftOversIn(place);
+    m_place = OwnedDescriptor(open(place.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+    // Between the making and the locking, another run can take the directory for a left-over and remove it.
+    constexpr int kMostTries = 10;
+    for (int tries = 0; tries < kMostTries; ++tries) {
+        m_directory = place + "/" + kPrefix + "XXXXXX";
+        if (mkdtemp(m_directory.data()) == nullptr) return;
+        const OwnedDescriptor directory(openat(m_place, BaseNameOf(m_directory).c_str(), kDirectory));
+        if (IsOwn(directory, S_IRWXG | S_IRWXO)) {
+            m_lock = LockOf(directory);
+        } else {
+            errno = EACCES;
+        }
+        if (m_lock >= 0) return;
+        const int error = errno;
+        RemoveStaging(m_place, m_directory);
+        errno = error;
+        if (error != EAGAIN && error != ENOENT) return;
+    }
+}
+
+Staging::~Staging() {
+    if (m_lock >= 0) RemoveStaging(m_place, std::move(m_directory));
+}
+
+std::string Staging::PathOf(const std::string& name) const {
+    const fs::path path =
+        fs::path(m_directory) / kFiles / fs::path("/" + name).lexically_normal().relative_path();
+    std::error_code error;
+    fs::create_directories(path.parent_path(), error);
+    if (error) {
+        throw Failure(path.parent_path().string() + ": cannot be made: " + error.message() +
+                      " (make room, or name another directory with TMPDIR)");
+    }
+    return path.string();
+}
+
+void Staging::RemoveLeftOvers(const std::string& lastResort) {
+    for (const std::string& place : PlacesOfStaging(lastResort))
+        RemoveLeftOversIn(place);
+}
+
+std::string Staging::LeftBehind() {
+    const LeftDirectory& left = Left();
+    if (left.path.empty()) return "";
+    return left.path + ": holds rendered texts and could not be removed: " + std::strerror(left.error) +
+           " (remove it, or run the command again)";
+}
+
+}  // namespace ZET

@@ -1,0 +1,45 @@
+#ifndef ZET_STAGING_H
+#define ZET_STAGING_H
+
+#include <cstdint>
+#include <string>
+
+#include "deploy/host/OwnedDescriptor.h"
+
+namespace ZET {
+
+/// A private directory (mode 0700, the caller's) for files on their way, removed with all it holds when the
+/// object ends. As long as the object lives, a lock tells it from one that a killed run left.
+class Staging {
+  public:
+    static constexpr std::uintmax_t kUnknownSize = UINTMAX_MAX;
+
+    /// "PLACE/zet-staging.XXXXXX", in memory where this host has such a place with room for `size` bytes;
+    /// else PLACE is `lastResort`. An empty `lastResort` is the directory for temporary files; one that the
+    /// caller named with TMPDIR comes before those in memory. What killed runs left in the place is removed
+    /// first. A directory that cannot be made is a `Failure`.
+    explicit Staging(const std::string& lastResort = "", std::uintmax_t size = kUnknownSize);
+    ~Staging();
+    Staging(const Staging&) = delete;
+    Staging& operator=(const Staging&) = delete;
+
+    /// The path of a file in it; the directories that `name` has are made. No name leads out of it.
+    std::string PathOf(const std::string& name) const;
+
+    /// Removes the directories that this user's killed runs left, wherever they may have been made.
+    static void RemoveLeftOvers(const std::string& lastResort = "");
+
+    /// What there is to say of a directory that this process could not remove; empty: of none.
+    static std::string LeftBehind();
+
+  private:
+    void Make(const std::string& place);
+
+    OwnedDescriptor m_place;
+    std::string m_directory;
+    OwnedDescriptor m_lock;
+};
+
+}  // namespace ZET
+
+#endif

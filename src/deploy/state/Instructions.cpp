@@ -1,0 +1,61 @@
+#include "deploy/state/Instructions.h"
+
+#include <unistd.h>
+
+#include <vector>
+
+#include "cli/ExitStatus.h"
+
+namespace ZET {
+
+namespace {
+
+std::optional<Problem> Check(const Paths& paths, const std::string& path) {
+    const FoundFile found = paths.FindOpened(path);
+    if (!found.status) return found.judge.ObjectionToOwn(found.path);
+    // What is neither is told by whoever wants to read it.
+    const bool isJudged = S_ISREG(found.status->st_mode) || S_ISDIR(found.status->st_mode);
+    return isJudged ? found.judge.ObjectionToRead(found.path, *found.status) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<Problem> CheckInstruction(Session& session, const std::string& path) {
+    return geteuid() == 0 ? Check(session.HostPaths(), path) : std::nullopt;
+}
+
+void RequireOwnInstruction(Session& session, const std::string& path) {
+    const std::optional<Problem> problem = CheckInstruction(session, path);
+    if (problem) throw Failure(problem->Describe());
+}
+
+std::optional<Problem> CheckWayTo(const Paths& paths, const std::string& path) {
+    if (geteuid() != 0) return std::nullopt;
+    const FoundFile found = paths.FindOpened(path);
+    return found.judge.ObjectionToOwn(found.path);
+}
+
+std::optional<Problem> CheckModule(Session& session) {
+    if (geteuid() != 0) return std::nullopt;
+    if (!session.HostPaths().HasRoot()) return Check(session.HostPaths(), session.ModuleFile());
+    return Check(Paths(""), session.ModuleFile());
+}
+
+void RequireOwnInstructions(Session& session) {
+    std::vector<std::optional<Problem>> findings = {CheckModule(session)};
+    for (const char* key : {"ZET_CFG", "ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET_VAR_LIB_DIR"})
+        findings.push_back(CheckInstruction(session, session.Param(key)));
+    std::vector<std::string> all;
+    for (const std::optional<Problem>& finding : findings) {
+        if (finding) all.push_back(finding->Describe());
+    }
+    if (all.empty()) return;
+    const std::string first = all.front();
+    all.erase(all.begin());
+    std::string others;
+    for (const std::string& each : all)
+        others += each + "\n";
+    throw Failure(first, others);
+}
+
+}  // namespace ZET

@@ -1,0 +1,138 @@
+#include "deploy/state/Lock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <thread>
+#include <utility>
+
+#include "cli/ExitStatus.h"
+#include "deploy/host/Signals.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr std::chrono::seconds kLongestWait{30};
+constexpr std::chrono::milliseconds kBetweenTries{50};
+
+struct flock WholeFile() {
+    struct flock lock = {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    return lock;
+}
+
+/// "process 4711 (zet-init commit-config)", as the holder wrote it into the file that it locked.
+std::string HolderOf(int descriptor) {
+    char text[200] = {};
+    const ssize_t length = pread(descriptor, text, sizeof text - 1, 0);
+    const std::string holder(text, static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+    const std::size_t end = holder.find('\n');
+    // Nobody tells who holds the lock of a directory.
+    return end == std::string::npos ? "another process" : "process " + holder.substr(0, end);
+}
+
+bool TryLockFile(int descriptor) {
+    struct flock lock = WholeFile();
+    return fcntl(descriptor, F_OFD_SETLK, &lock) == 0;
+}
+
+bool TryLockDirectory(int descriptor) {
+    return flock(descriptor, LOCK_EX | LOCK_NB) == 0;
+}
+
+/// False when there are no such locks, as `errno` says.
+bool WaitForLock(Session& session, int descriptor, const std::string& path, bool (*tryLock)(int)) {
+    const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
+    const std::string seconds = std::to_string(kLongestWait.count()) + " s";
+    for (bool isFirst = true; !tryLock(descriptor); isFirst = false) {
+        if (errno != EACCES && errno != EAGAIN && errno != EINTR) return false;
+        SignalGuard::Check();
+        if (isFirst)
+            session.Out().Remark("waiting for " + HolderOf(descriptor) + ", which holds " + path + ", for " +
+                                 seconds + " at most");
+        if (std::chrono::steady_clock::now() >= deadline) {
+            throw Failure(path + ": " + HolderOf(descriptor) + " has held the lock for " + seconds +
+                          " (let it end, then try again)");
+        }
+        std::this_thread::sleep_for(kBetweenTries);
+    }
+    return true;
+}
+
+std::string LockFileOf(Session& session) {
+    return session.Param("ZET_VAR_LIB_DIR") + "/zet.lock";
+}
+
+/// What is written into it must not reach a file of another name.
+void RequireOwnLockFile(int descriptor, const std::string& file) {
+    struct stat status = {};
+    if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1) return;
+    throw Failure(file + ": is no regular file of one name (move it away)");
+}
+
+/// For whoever waits for the lock. That it cannot be written, as on a full disk, is no reason not to go on.
+void NameHolder(Session& session, int descriptor) {
+    const std::string holder =
+        std::to_string(getpid()) + " (" + session.Asked().program + " " + session.Asked().command + ")\n";
+    if (ftruncate(descriptor, 0) == 0)
+        static_cast<void>(pwrite(descriptor, holder.data(), holder.size(), 0) == 0);
+}
+
+/// Without its file: none, as `errno` says.
+OwnedDescriptor Lock(Session& session, const std::string& file) {
+    OwnedDescriptor lock(
+        open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600));
+    if (lock < 0) return lock;
+    RequireOwnLockFile(lock, file);
+    if (!WaitForLock(session, lock, file, TryLockFile)) {
+        throw Failure(file + ": cannot be locked: " + std::strerror(errno) +
+                      " (let ZET_VAR_LIB_DIR be on a file system that has locks)");
+    }
+    NameHolder(session, lock);
+    return lock;
+}
+
+/// None where directories cannot be locked.
+OwnedDescriptor LockDirectory(Session& session, const std::string& directory) {
+    OwnedDescriptor lock(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+    if (lock < 0 && errno == EACCES) {
+        throw Failure(directory + ": cannot be locked: " + std::strerror(errno) +
+                      " (let the user read the directory)");
+    }
+    const bool isLocked = lock >= 0 && WaitForLock(session, lock, directory, TryLockDirectory);
+    return isLocked ? std::move(lock) : OwnedDescriptor();
+}
+
+bool MayOthersWrite(const std::string& directory) {
+    struct stat status = {};
+    return stat(directory.c_str(), &status) == 0 &&
+           (status.st_uid != geteuid() || (status.st_mode & (S_IWGRP | S_IWOTH)) != 0);
+}
+
+[[noreturn]] void FailToOpen(const std::string& file) {
+    throw Failure(file + ": cannot be opened: " + std::strerror(errno) +
+                  " (create the directory ZET_VAR_LIB_DIR, or run as a user who may write there)");
+}
+
+}  // namespace
+
+WriteLock::WriteLock(Session& session) : m_lock(Lock(session, LockFileOf(session))) {
+    if (m_lock < 0) FailToOpen(LockFileOf(session));
+}
+
+WriteLock::WriteLock(Session& session, const std::string& path) : m_lock(Lock(session, LockFileOf(session))) {
+    if (!IsProducts() && errno != EACCES && errno != EROFS && errno != ENOENT)
+        FailToOpen(LockFileOf(session));
+    const std::string directory = DirectoryOf(path);
+    if (!IsProducts() || MayOthersWrite(directory)) m_directoryLock = LockDirectory(session, directory);
+}
+
+}  // namespace ZET

@@ -1,0 +1,33 @@
+#ifndef ZET_LOCK_H
+#define ZET_LOCK_H
+
+#include <string>
+
+#include "deploy/host/OwnedDescriptor.h"
+#include "deploy/state/Session.h"
+
+namespace ZET {
+
+/// Keeps other commands that write away, for as long as it lives: a lock of the open zet.lock in
+/// ZET_VAR_LIB_DIR, which the system drops when its holder dies. Says at once for whom it waits, who wrote
+/// his name into the file; after 30 s a `Failure` says so.
+class WriteLock {
+  public:
+    explicit WriteLock(Session& session);
+
+    /// For an edit of the file `path`, which needs no right on the product's directory. A caller without it
+    /// locks the directory of the file, where directories can be locked; so does a caller with it where
+    /// others may write, too.
+    WriteLock(Session& session, const std::string& path);
+
+    /// Whether it is the product's own lock, and not only that of a directory.
+    bool IsProducts() const { return m_lock >= 0; }
+
+  private:
+    OwnedDescriptor m_lock;
+    OwnedDescriptor m_directoryLock;
+};
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,207 @@
+#include "deploy/state/ParameterCheck.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "deploy/host/FileBytes.h"
+#include "text/Markers.h"
+#include "zet/ZETHost.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr std::string_view kBlanks = " \t\v\f\r";
+constexpr std::size_t kMostMistypedLetters = 2;
+constexpr char kDomain[] = "DOMAIN";
+constexpr char kServer[] = "SERVER";
+
+/// What a placeholder gets its value from.
+struct Source {
+    const char* placeholder;
+    const char* parameter;
+};
+
+constexpr Source kSources[] = {
+    {"${domain}", kDomain},
+    {"${realm}", "REALM"},
+    {"${ldap_domain}", "DOMAIN_DN"},
+    {"${ldap_dc}", "DOMAIN_DN"},
+    {"${server}", kServer},
+    {"${kdc_server}", kServer},
+    {"${kadmin_server}", kServer},
+    {"${ldap_uris}", kServer},
+    {"${max_renewable_life}", "TICKET_MAX_RENEWABLE_LIFE"},
+    {"${max_life}", "TICKET_MAX_LIFE"},
+    {"${server_id}", "SERVER_ID"},
+    {"${minimum_uid}", "MINIMUM_UID"},
+    {"${server_export_dir}", "SERVER_EXPORT_DIR"},
+    {"${valid_user_names}", "VALID_USER_NAMES"},
+    {"${valid_group_names}", "VALID_GROUP_NAMES"},
+};
+
+const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const std::string& name) {
+    const auto last = std::find_if(given.rbegin(), given.rend(),
+                                   [&](const GivenParameter& parameter) { return parameter.name == name; });
+    return last == given.rend() ? nullptr : &*last;
+}
+
+bool HasValue(Session& session, const std::string& placeholder) {
+    const std::string value = session.Config().TemplateValue(placeholder);
+    return !value.empty() && value != "ldap://";
+}
+
+class ValueCheck {
+  public:
+    explicit ValueCheck(Session& session)
+        : m_session(session),
+          m_file(session.Param("ZET_CFG")),
+          m_given(GivenParameters(ReadFileBytes(m_file))) {}
+
+    void CheckUsed(const std::set<std::string>& used) {
+        for (const Source& source : kSources) {
+            if (used.contains(source.placeholder) && !HasValue(m_session, source.placeholder))
+                TellNoValue(source);
+        }
+    }
+
+    void CheckGiven() {
+        for (const GivenParameter& parameter : m_given) {
+            // Another line, or the caller, may have had the last word.
+            if (m_session.Param(parameter.name) != parameter.value) continue;
+            if (parameter.value.ends_with('\r')) {
+                Add(parameter.line, "the value of " + parameter.name + " ends with a carriage return",
+                    "save the file with plain line feeds");
+            }
+            if (IsQuotedWithComment(parameter.value)) {
+                Add(parameter.line,
+                    "the value of " + parameter.name +
+                        " is in quotes with a comment behind, and has both as parts of it",
+                    "write the bare value alone behind \"=\"");
+            }
+        }
+    }
+
+    std::vector<Problem> Result() { return std::move(m_problems); }
+
+  private:
+    void TellNoValue(const Source& source) {
+        std::string name = source.parameter;
+        const GivenParameter* given = FindGiven(m_given, name);
+        const bool isDerived = (name == "REALM" || name == "DOMAIN_DN") && given == nullptr;
+        if (isDerived && m_session.Core().GetDomainName().empty()) {
+            name = kDomain;
+            given = FindGiven(m_given, name);
+        }
+        if (!m_told.insert(name).second) return;
+        const int line = given == nullptr ? 0 : given->line;
+        const std::string so = std::string(", so that ") + source.placeholder + " has no value";
+        const bool isMeant = name == kDomain || name == kServer;
+        if (!m_session.Param(name).empty()) {
+            Add(line, name + " has nothing to make " + source.placeholder + " of", "correct its value");
+        } else if (isMeant) {
+            Add(line, name + " is not set" + so, "add a line " + name + "=VALUE, or use \"option set\"");
+        } else {
+            Add(line, name + " is empty" + so, "give it a value, or remove its line");
+        }
+    }
+
+    void Add(int line, const std::string& text, const std::string& remedy) {
+        m_problems.push_back({m_file, line, 0, text, remedy});
+    }
+
+    Session& m_session;
+    std::string m_file;
+    std::vector<GivenParameter> m_given;
+    std::set<std::string> m_told;
+    std::vector<Problem> m_problems;
+};
+
+std::string PlaceholderFor(const std::string& name) {
+    std::string placeholder = "${";
+    for (const char c : name)
+        placeholder += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return placeholder + "}";
+}
+
+/// How many letters have to be put in, taken out or exchanged to make one name of the other.
+std::size_t DistanceOf(std::string_view one, std::string_view other) {
+    std::vector<std::size_t> row(other.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < one.size(); ++i) {
+        std::size_t before = row[0]++;
+        for (std::size_t j = 0; j < other.size(); ++j) {
+            const std::size_t exchanged = before + (one[i] == other[j] ? 0 : 1);
+            before = row[j + 1];
+            row[j + 1] = std::min({exchanged, before + 1, row[j] + 1});
+        }
+    }
+    return row.back();
+}
+
+}  // namespace
+
+std::vector<GivenParameter> GivenParameters(std::string_view text) {
+    std::vector<GivenParameter> given;
+    int number = 0;
+    for (const TextLine& line : SplitLines(text)) {
+        ++number;
+        const std::size_t start = line.text.find_first_not_of(kBlanks);
+        const std::size_t equals = line.text.find('=');
+        if (start == std::string_view::npos || line.text[start] == '#' || equals == std::string_view::npos)
+            continue;
+        given.push_back({number, std::string(line.text.substr(start, equals - start)),
+                         std::string(line.text.substr(equals + 1))});
+    }
+    return given;
+}
+
+std::vector<Problem> CheckParameterValues(Session& session, const std::set<std::string>& used) {
+    ValueCheck check(session);
+    check.CheckGiven();
+    check.CheckUsed(used);
+    return check.Result();
+}
+
+std::vector<Problem> CheckParameterNames(Session& session, const std::set<std::string>& used) {
+    const std::string file = session.Param("ZET_CFG");
+    const std::vector<std::string> known = KnownParameters();
+    std::vector<Problem> problems;
+    for (const GivenParameter& parameter : GivenParameters(ReadFileBytes(file))) {
+        const std::string placeholder = PlaceholderFor(parameter.name);
+        if (std::find(known.begin(), known.end(), parameter.name) != known.end() ||
+            used.contains(placeholder))
+            continue;
+        const std::string nearest = NearestName(parameter.name, known);
+        problems.push_back(
+            {file, parameter.line, 0,
+             "nobody knows the parameter " + parameter.name + ", and no template uses " + placeholder,
+             nearest.empty() ? "correct its name, or remove the line" : "did you mean " + nearest + "?"});
+    }
+    return problems;
+}
+
+std::string NearestName(const std::string& name, const std::vector<std::string>& names) {
+    std::string nearest;
+    std::size_t least = kMostMistypedLetters + 1;
+    for (const std::string& candidate : names) {
+        const std::size_t lengths =
+            std::max(name.size(), candidate.size()) - std::min(name.size(), candidate.size());
+        if (lengths >= least) continue;
+        const std::size_t distance = DistanceOf(name, candidate);
+        if (distance >= least) continue;
+        least = distance;
+        nearest = candidate;
+    }
+    return nearest;
+}
+
+bool IsQuotedWithComment(std::string_view value) {
+    if (!value.starts_with('"') && !value.starts_with('\'')) return false;
+    const std::size_t end = value.find(value.front(), 1);
+    if (end == std::string_view::npos) return false;
+    const std::size_t behind = value.find_first_not_of(kBlanks, end + 1);
+    return behind != std::string_view::npos && behind > end + 1 && value[behind] == '#';
+}
+
+}  // namespace ZET

@@ -1,0 +1,39 @@
+#ifndef ZET_PARAMETER_CHECK_H
+#define ZET_PARAMETER_CHECK_H
+
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "deploy/state/Session.h"
+#include "text/Problem.h"
+
+namespace ZET {
+
+/// A line "NAME=value" of the main configuration file, which the core has read without complaint.
+struct GivenParameter {
+    int line = 0;
+    std::string name;
+    std::string value;
+};
+
+std::vector<GivenParameter> GivenParameters(std::string_view text);
+
+/// Parameters whose values make files that no program can use: those without a value, as far as the
+/// placeholders in `used` ask for them, and those that hold what was not meant to be part of them.
+std::vector<Problem> CheckParameterValues(Session& session, const std::set<std::string>& used);
+
+/// Parameters in the main configuration file that nobody knows or uses; `used` has the placeholders of all
+/// templates.
+std::vector<Problem> CheckParameterNames(Session& session, const std::set<std::string>& used);
+
+/// The one of `names` that `name` is likely to be meant for; empty when there is none.
+std::string NearestName(const std::string& name, const std::vector<std::string>& names);
+
+/// Whether the value is in quotes with a comment behind, as other files have it.
+bool IsQuotedWithComment(std::string_view value);
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,158 @@
+#include "deploy/state/PendingRecord.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <memory>
+#include <utility>
+
+#include "cli/ExitStatus.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileInPlace.h"
+#include "deploy/host/Remedy.h"
+#include "deploy/host/Staging.h"
+#include "deploy/host/TextStreams.h"
+#include "deploy/state/StateFile.h"
+#include "deploy/targets/HostLists.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
+#include "zet/ZETHost.h"
+
+namespace ZET {
+
+namespace {
+
+struct DirectoryCloser {
+    void operator()(DIR* directory) const { closedir(directory); }
+};
+
+/// What a run that was cut short can have left beside one of its files.
+class LeftOvers {
+  public:
+    /// `begun` is when the run began to write.
+    LeftOvers(Session& session, const std::string& path, const struct timespec& begun)
+        : m_session(session), m_path(path), m_begun(begun) {}
+
+    /// `name` is that of the file, in its directory.
+    void Clear(const std::string& name) {
+        struct stat status = {};
+        for (const std::string& owned : {name, name + ZETReserveSuffix}) {
+            if (lstat(owned.c_str(), &status) == 0) m_owners.insert(status.st_uid);
+        }
+        ClearOne(name + ZETTemporarySuffix);
+        for (const std::string& copy : Copies(name))
+            ClearOne(copy);
+    }
+
+  private:
+    std::vector<std::string> Copies(const std::string& name) const {
+        std::vector<std::string> copies;
+        const std::string own = BaseNameOf(name);
+        const std::unique_ptr<DIR, DirectoryCloser> directory(opendir(DirectoryOf(name).c_str()));
+        while (const dirent* entry = directory ? readdir(directory.get()) : nullptr) {
+            for (const std::string& copied : {own, own + ZETReserveSuffix}) {
+                if (IsCopyOf(entry->d_name, copied))
+                    copies.push_back(DirectoryOf(name) + "/" + entry->d_name);
+            }
+        }
+        return copies;
+    }
+
+    void ClearOne(const std::string& leftOver) {
+        struct stat status = {};
+        if (lstat(leftOver.c_str(), &status) != 0) return;
+        const std::string shown = ParentOf(m_path) + BaseNameOf(leftOver);
+        if (!IsOfTheRun(status)) {
+            m_session.Out().Warning(shown +
+                                    ": stays, as it cannot be what the run that was cut short left (look at "
+                                    "it, and move it away)");
+            return;
+        }
+        RemoveFile(leftOver);
+        m_session.Out().Remark("removed " + shown + ", which a run that was cut short left");
+    }
+
+    bool IsOfTheRun(const struct stat& status) const {
+        const auto at = [](const struct timespec& time) { return std::pair(time.tv_sec, time.tv_nsec); };
+        return S_ISREG(status.st_mode) && status.st_nlink == 1 && m_owners.count(status.st_uid) != 0 &&
+               at(status.st_ctim) >= at(m_begun);
+    }
+
+    static std::string ParentOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
+
+    Session& m_session;
+    const std::string& m_path;
+    const struct timespec m_begun;
+    std::set<uid_t> m_owners{geteuid()};
+};
+
+/// A target may be in a directory that the list trusts.
+std::string TrustedAt(Session& session, const std::string& path) {
+    try {
+        const Target* const target = session.Lists().TargetNamed(session.Lists().NameOf(path));
+        return target == nullptr ? "" : target->trusted;
+    } catch (const Failure&) {
+        return "";  // whoever needs the list is told why it cannot be read
+    }
+}
+
+}  // namespace
+
+PendingRecord::PendingRecord(Session& session, const std::vector<std::string>& paths)
+    : m_file(FileOf(session)) {
+    std::string text;
+    for (const std::string& path : paths) {
+        text += session.HostPaths().NameInside(path) + "\n";
+    }
+    try {
+        ReplaceStateFile(m_file, text);
+    } catch (...) {
+        unlink(m_file.c_str());
+        throw;
+    }
+}
+
+// A record that stays is harmless: the next run removes it.
+PendingRecord::~PendingRecord() {
+    unlink(m_file.c_str());
+}
+
+std::string PendingRecord::FileOf(Session& session) {
+    return session.Param("ZET_VAR_LIB_DIR") + "/zet.pending";
+}
+
+std::set<std::string> PendingRecord::Read(Session& session) {
+    std::set<std::string> paths;
+    const std::string file = FileOf(session);
+    RequireStateFile(file);
+    if (!IsFileExist(file)) return paths;
+    TextReader lines(ReadFileBytes(file));
+    for (std::string line; std::getline(lines, line);) {
+        const std::string path = session.HostPaths().FromInside(line);
+        if (session.HostPaths().StaysInside(path)) paths.insert(path);
+    }
+    return paths;
+}
+
+std::set<std::string> PendingRecord::ClearLeftOvers(Session& session) {
+    const std::set<std::string> paths = Read(session);
+    struct stat record = {};
+    if (!paths.empty() && stat(FileOf(session).c_str(), &record) != 0) return {};
+    for (const std::string& path : paths) {
+        try {
+            LeftOvers leftOvers(session, path, record.st_mtim);
+            FileInPlace(session.HostPaths().FindReal(path, TrustedAt(session, path)), path)
+                .Within([&](const std::string& name) { leftOvers.Clear(name); });
+        } catch (const Failure& failure) {
+            session.Out().Warning(failure.what());
+        } catch (const EZETError& error) {
+            session.Out().Warning(WithRemedy(error.what()));
+        }
+    }
+    ReplaceStateFile(FileOf(session), "");
+    Staging::RemoveLeftOvers(session.Param("ZET_VAR_LIB_DIR"));
+    return paths;
+}
+
+}  // namespace ZET

@@ -1,0 +1,194 @@
+#include "deploy/state/Replacement.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <exception>
+#include <new>
+
+#include "cli/ExitStatus.h"
+#include "deploy/host/Diff.h"
+#include "deploy/host/OwnedDescriptor.h"
+#include "deploy/host/Remedy.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr mode_t kSetIdBits = S_ISUID | S_ISGID;
+
+/// For as long as the object lives, each rename is seen by the guard before it is made.
+class GuardedRenames {
+  public:
+    explicit GuardedRenames(const ZETRenameGuard& guard) { SetRenameGuard(guard); }
+    ~GuardedRenames() { SetRenameGuard(nullptr); }
+    GuardedRenames(const GuardedRenames&) = delete;
+    GuardedRenames& operator=(const GuardedRenames&) = delete;
+};
+
+/// By the directory that is held: its name may lead elsewhere by now.
+FileVersion PresentVersion(const FileInPlace& file) {
+    return VersionIn(file.Directory(), file.NameInDirectory(), file.Path());
+}
+
+/// Of its directory likewise; an empty suffix is for the file itself.
+bool HasCompanion(const FileInPlace& file, const char* suffix) {
+    return StateIn(file.Directory(), file.NameInDirectory() + suffix, file.Path() + suffix).exists;
+}
+
+void RequireVersion(const FileInPlace& file, const FileVersion& version) {
+    if (PresentVersion(file) == version) return;
+    throw Failure(file.Path() +
+                  ": another program wrote it at the same time, and nothing was changed (look at it, and run "
+                  "the command again)");
+}
+
+}  // namespace
+
+Replacement::Replacement(Session& session, const FileInPlace& file, const FileVersion& version)
+    : m_session(session),
+      m_file(file),
+      m_version(version),
+      m_former(StateIn(file.Directory(), file.NameInDirectory(), file.Path())) {
+    if (file.Holder() && m_former.owner != *file.Holder())
+        throw Failure(file.Path() +
+                      ": was replaced at the same time, and nothing was changed (look at it, and run "
+                      "the command again)");
+}
+
+Replacement::~Replacement() {
+    if (m_isMade || m_newCompanions.empty()) return;
+    try {
+        // After the rename something can fail, too: then the original is needed.
+        if (!m_mayBeMade || PresentVersion(m_file) == m_version) TakeBackCompanions();
+    } catch (const std::bad_alloc&) {
+        // There is no room for words about it either; what ended the write is on its way to the reader.
+    } catch (const std::exception& error) {
+        TellIfPossible(error);
+    }
+}
+
+void Replacement::TellIfPossible(const std::exception& error) noexcept {
+    try {
+        m_session.Out().Warning(m_file.Path() + ": its reserve stays: " + WithRemedy(error.what()));
+    } catch (const std::bad_alloc&) {
+        // As above.
+    }
+}
+
+void Replacement::KeepOriginal() {
+    RequireVersion(m_file, m_version);
+    const bool hadReserve = HasCompanion(m_file, ZETReserveSuffix);
+    const bool hadAbsence = HasCompanion(m_file, ZETAbsenceSuffix);
+    if (!hadReserve) m_newCompanions.emplace_back(ZETReserveSuffix);
+    if (!hadAbsence) m_newCompanions.emplace_back(ZETAbsenceSuffix);
+    m_file.Within([&](const std::string& name) { m_session.Config().ReserveConfigFile(name); });
+    // Copying takes its time, in which another program may write the file: such a reserve is not the
+    // original.
+    RequireVersion(m_file, m_version);
+    if (!hadReserve && m_file.Holder() && HasCompanion(m_file, ZETReserveSuffix)) CompleteReserve();
+}
+
+void Replacement::Make(mode_t mode, const Operation& operation, const Judge& judge) {
+    m_file.Within([&](const std::string& name) {
+        const GuardedRenames renames([&](const ZETRename& rename) {
+            if (rename.to == name && rename.from == name + ZETTemporarySuffix) Guard(rename, mode, judge);
+        });
+        // Named before, since there may be no memory left.
+        const std::string temporary = m_file.NameInDirectory() + ZETTemporarySuffix;
+        try {
+            operation(name);
+        } catch (...) {
+            RemoveTemporary(temporary);
+            throw;
+        }
+    });
+    m_isMade = true;
+}
+
+void Replacement::Guard(const ZETRename& rename, mode_t mode, const Judge& judge) {
+    FileInPlace::Outside([&] {
+        if (rename.isReady) {
+            RequireVersion(m_file, m_version);
+            m_mayBeMade = true;
+            return;
+        }
+        Complete(rename.descriptor, m_file.Path() + ZETTemporarySuffix, mode);
+        judge(m_file.Path() + ZETTemporarySuffix);
+        RequireVersion(m_file, m_version);
+    });
+}
+
+/// The mode; and what its owner may not give his file, root gives it.
+void Replacement::Complete(int descriptor, const std::string& path, mode_t mode) const {
+    if (descriptor < 0) return RequireMode(descriptor, path, mode & ~kSetIdBits);
+    struct stat made = {};
+    if (fstat(descriptor, &made) != 0) {
+        const int error = errno;
+        throw Failure(path + ": its owner cannot be read: " + std::strerror(error) + RemedyFor(error));
+    }
+    const bool isOwners = made.st_uid == m_former.owner;
+    const bool isGivable = made.st_nlink == 1 && (isOwners || (!m_file.Holder() && made.st_uid == geteuid()));
+    bool isOwnerFinal = !m_former.exists || (isOwners && made.st_gid == m_former.group);
+    if (!isOwnerFinal && isGivable) isOwnerFinal = fchown(descriptor, m_former.owner, m_former.group) == 0;
+    RequireMode(descriptor, path, isOwnerFinal ? mode : mode & ~kSetIdBits);
+}
+
+void Replacement::CompleteReserve() const {
+    const std::string reserve = m_file.Path() + ZETReserveSuffix;
+    const OwnedDescriptor file(openat(m_file.Directory(),
+                                      (m_file.NameInDirectory() + ZETReserveSuffix).c_str(),
+                                      O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat status = {};
+    if (file < 0 || fstat(file, &status) != 0 || !S_ISREG(status.st_mode) ||
+        status.st_uid != *m_file.Holder() || status.st_nlink != 1) {
+        throw Failure(reserve +
+                      ": was replaced at the same time, and nothing was changed (look at it, and run "
+                      "the command again)");
+    }
+    Complete(file, reserve, m_former.mode);
+}
+
+/// What a failed save left. The name was free before; what somebody else has put there since stays.
+void Replacement::RemoveTemporary(const std::string& temporary) const noexcept {
+    const int directory = m_file.Directory();
+    struct stat made = {};
+    if (fstatat(directory, temporary.c_str(), &made, AT_SYMLINK_NOFOLLOW) != 0) return;
+    if (!S_ISREG(made.st_mode) || made.st_nlink != 1) return;
+    const bool isOwners = m_former.exists && made.st_uid == m_former.owner;
+    if (isOwners || made.st_uid == geteuid()) unlinkat(directory, temporary.c_str(), 0);
+}
+
+/// What could not be taken back is whole, and harmless: the next commit takes it for the original, which it
+/// is as long as the file was not written.
+void Replacement::TakeBackCompanions() {
+    m_file.Within([&](const std::string& name) {
+        for (const std::string& suffix : m_newCompanions) {
+            if (IsFileExist(name + suffix)) RemoveFile(name + suffix);
+        }
+    });
+}
+
+void RestoreOriginal(Session& session, const FileInPlace& file, const FileVersion& version) {
+    file.Within([&](const std::string& name) {
+        const GuardedRenames renames([&](const ZETRename& rename) {
+            if (rename.to == name) FileInPlace::Outside([&] { RequireVersion(file, version); });
+        });
+        session.Config().RestoreConfigFile(name);
+    });
+}
+
+void PutBackAsItWas(Session& session, const FileInPlace& file, const FileVersion& version) {
+    const bool isToGo = !HasCompanion(file, ZETReserveSuffix) && HasCompanion(file, "");
+    if (!isToGo) return RestoreOriginal(session, file, version);
+    RequireVersion(file, version);
+    file.Within([](const std::string& name) { RemoveFile(name); });
+    RestoreOriginal(session, file, {});
+}
+
+}  // namespace ZET

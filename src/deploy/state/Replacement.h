@@ -1,0 +1,77 @@
+#ifndef ZET_REPLACEMENT_H
+#define ZET_REPLACEMENT_H
+
+#include <sys/types.h>
+
+#include <exception>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "deploy/host/Diff.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileInPlace.h"
+#include "deploy/state/Session.h"
+#include "zet/ZETHost.h"
+
+namespace ZET {
+
+/// Thrown by a judge to leave the file as it is.
+struct LeftAsItIs {};
+
+/// The one way in which a file is written, whoever makes its text: what the module made of it is judged
+/// before it takes the file's place, the last moment at which nothing has happened yet; what another program
+/// wrote since `version` is not overwritten; and a reserve that a failed write has made is taken back.
+class Replacement {
+  public:
+    /// Looks at the finished file `made`, which has the mode that it is going to have. Its exception keeps
+    /// the file as it is, and what was made is removed.
+    using Judge = std::function<void(const std::string& made)>;
+
+    /// Lets the module save the file `name`.
+    using Operation = std::function<void(const std::string& name)>;
+
+    Replacement(Session& session, const FileInPlace& file, const FileVersion& version);
+    ~Replacement();
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+
+    /// Makes the reserve, unless there is one. From within a judge, or before `Make`.
+    void KeepOriginal();
+
+    /// `mode` is what the file is going to have; the module does not tell when it could not set it.
+    void Make(mode_t mode, const Operation& operation, const Judge& judge);
+
+    /// The file as it was found.
+    const FileState& Former() const { return m_former; }
+
+    /// Only the reserve was wanted.
+    void LeaveFile() { m_isMade = true; }
+
+  private:
+    void Guard(const ZETRename& rename, mode_t mode, const Judge& judge);
+    void Complete(int descriptor, const std::string& path, mode_t mode) const;
+    void CompleteReserve() const;
+    void RemoveTemporary(const std::string& temporary) const noexcept;
+    void TakeBackCompanions();
+    void TellIfPossible(const std::exception& error) noexcept;
+
+    Session& m_session;
+    const FileInPlace& m_file;
+    const FileVersion m_version;
+    const FileState m_former;
+    std::vector<std::string> m_newCompanions;  ///< their suffixes; a failed write takes them back
+    bool m_mayBeMade = false;
+    bool m_isMade = false;
+};
+
+/// Puts the reserve back, if there is one, and drops the record of what was there before, unless somebody
+/// wrote the file since `version`: that is a `Failure`.
+void RestoreOriginal(Session& session, const FileInPlace& file, const FileVersion& version);
+
+/// The same, and a file of which is recorded that there was none is taken away.
+void PutBackAsItWas(Session& session, const FileInPlace& file, const FileVersion& version);
+
+}  // namespace ZET
+
+#endif

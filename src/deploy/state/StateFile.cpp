@@ -1,0 +1,43 @@
+#include "deploy/state/StateFile.h"
+
+#include <unistd.h>
+
+#include <cstdint>
+
+#include "cli/ExitStatus.h"
+#include "deploy/host/Diff.h"
+#include "deploy/host/FileBytes.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+void RequireStateFile(const std::string& file) {
+    constexpr std::int64_t kLargest = std::int64_t{64}
+                                      << 20;  // ten times what a hundred thousand targets need
+    const FileState state = StateOf(file);
+    if (!state.exists) return;
+    if (!state.IsRegular()) throw Damage(file + ": is no regular file (move it away)");
+    if (VersionOf(file).size > kLargest)
+        throw Damage(file + ": is larger than any that is written here (move it away)");
+}
+
+void ReplaceStateFile(const std::string& file, const std::string& text) {
+    const std::string temporary = file + ZETTemporarySuffix;
+    RequireOwnName(temporary);
+    if (text.empty()) {
+        unlink(temporary.c_str());  // a killed run may have left it
+        if (IsFileExist(file)) RemoveFile(file);
+        return;
+    }
+    constexpr mode_t kMode = 0644;
+    try {
+        WriteStagedFile(temporary, text, kMode);
+        RenameFile(temporary, file);
+    } catch (...) {
+        unlink(temporary.c_str());
+        throw;
+    }
+}
+
+}  // namespace ZET

@@ -1,0 +1,95 @@
+#include "deploy/state/Writing.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <set>
+
+#include "cli/ExitStatus.h"
+#include "deploy/host/Diff.h"
+#include "deploy/host/Remedy.h"
+#include "deploy/state/Instructions.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+/// The record has a path a line.
+bool FitsRecord(const std::string& path) {
+    return path.find('\n') == std::string::npos;
+}
+
+std::string AbsolutePath(const std::string& path) {
+    return std::filesystem::absolute(path).string();
+}
+
+void RequireDirectory(Session& session, const std::string& path) {
+    const std::string directory = DirectoryOf(path);
+    struct stat status = {};
+    if (stat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+        throw Failure(directory + ": is no directory that " + path +
+                      " can be in (create it, or correct the path)");
+    }
+    if (access(directory.c_str(), W_OK | X_OK) == 0) return;
+    const int error = errno;
+    const std::string text = directory + ": cannot be written, so " + path +
+                             " cannot be replaced: " + std::strerror(error) + RemedyFor(error);
+    if (!session.Asked().dryRun) throw Failure(text);
+    session.Out().Warning(text);
+}
+
+/// Temporary files that a killed run left were cleared away where they are recorded, so what is still there
+/// is somebody else's. Where they cannot be recorded, a plain file is taken for such a left-over.
+void RequireFreeNames(const std::string& path, bool canRecord, const std::set<std::string>& leftOvers) {
+    const bool isAnybodys = canRecord && FitsRecord(path) && leftOvers.count(AbsolutePath(path)) == 0;
+    const std::string temporary = path + ZETTemporarySuffix;
+    const FileState found = StateOf(temporary);
+    if (found.exists && (!found.IsRegular() || found.links != 1 || isAnybodys)) {
+        throw Failure(temporary + ": is in the way of writing " + path +
+                      ", and not from here (move it away)");
+    }
+    const std::string reserve = path + ZETReserveSuffix;
+    const FileState state = StateOf(reserve);
+    if (state.exists && !state.IsRegular()) {
+        throw Failure(reserve + ": is no regular file, so " + path + " has no reserve (move it away)");
+    }
+}
+
+}  // namespace
+
+Writing::Writing(Session& session, const std::vector<std::string>& paths, Right right)
+    : m_session(session),
+      m_paths(paths),
+      m_canRecord(access(session.Param("ZET_VAR_LIB_DIR").c_str(), W_OK | X_OK) == 0) {
+    const bool isDryRun = session.Asked().dryRun;
+    RequireOwnInstructions(session);
+    if (!isDryRun) {
+        m_lock = right == Right::OfTheProduct ? std::make_unique<WriteLock>(session)
+                                              : std::make_unique<WriteLock>(session, paths.front());
+        // The record is that of whoever holds the product's lock.
+        m_canRecord = m_lock->IsProducts();
+        if (m_canRecord) PendingRecord::ClearLeftOvers(session);
+    }
+    const std::set<std::string> leftOvers =
+        m_canRecord ? PendingRecord::Read(session) : std::set<std::string>();
+    for (const std::string& path : paths) {
+        RequireDirectory(session, path);
+        RequireFreeNames(path, m_canRecord, leftOvers);
+    }
+}
+
+void Writing::Begin() {
+    SignalGuard::Check();
+    if (m_pending) return;
+    std::vector<std::string> toRecord;
+    for (const std::string& path : m_paths) {
+        if (m_canRecord && FitsRecord(path)) toRecord.push_back(AbsolutePath(path));
+    }
+    if (!toRecord.empty()) m_pending = std::make_unique<PendingRecord>(m_session, toRecord);
+}
+
+}  // namespace ZET

@@ -1,0 +1,40 @@
+#ifndef ZET_WRITING_H
+#define ZET_WRITING_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "deploy/host/Signals.h"
+#include "deploy/state/Lock.h"
+#include "deploy/state/PendingRecord.h"
+#include "deploy/state/Session.h"
+
+namespace ZET {
+
+/// What a command holds that writes files: signals wait for the end of a step, other commands wait for the
+/// lock, and the temporary files of a killed run are told from those of others. A dry run holds nothing.
+class Writing {
+  public:
+    /// Whether the caller has to have a right on the product's directory, or only on the files.
+    enum class Right { OfTheProduct, OfTheFiles };
+
+    /// A `Failure` when one of the files (links followed) could not be written without harm: its directory is
+    /// missing, or something that is not ours has the name of a temporary file or a reserve.
+    Writing(Session& session, const std::vector<std::string>& paths, Right right = Right::OfTheFiles);
+
+    /// From here on, the files are written.
+    void Begin();
+
+  private:
+    Session& m_session;
+    std::vector<std::string> m_paths;
+    bool m_canRecord;  ///< what is about to be written, in the product's directory
+    SignalGuard m_signals;
+    std::unique_ptr<WriteLock> m_lock;
+    std::unique_ptr<PendingRecord> m_pending;
+};
+
+}  // namespace ZET
+
+#endif

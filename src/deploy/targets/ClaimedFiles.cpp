@@ -1,0 +1,100 @@
+#include "deploy/targets/ClaimedFiles.h"
+
+#include <set>
+
+#include "cli/ExitStatus.h"
+#include "deploy/targets/Render.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+ClaimedFiles::ClaimedFiles(Session& session) : m_session(session) {
+    AddOwn(session.FilePath(session.Asked().configFile), "the configuration file of the commands");
+    m_uses.try_emplace(Canonical(session.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini"),
+                       Use{"the list of targets", ""});
+    for (const char* name : {"zet.lock", "zet.pending", "zet-server.manifest", "zet-client.manifest",
+                             "zet-server.status", "zet-client.status", "zet-client-fs.status"})
+        AddOwn(session.Param("ZET_VAR_LIB_DIR") + "/" + name, "a file of the status");
+}
+
+void ClaimedFiles::AddTemplate(const std::string& name) {
+    const std::string copy = WorkingCopy(m_session, name);
+    AddOf(name, copy, "the working copy of [" + name + "]");
+    AddOf(name, copy + ZETTemporarySuffix, "the temporary file of the working copy of [" + name + "]");
+    AddOf(name, m_session.Param("ZET_CFG_TEMPL_DIR") + "/" + name, "the template [" + name + "]");
+}
+
+std::optional<Problem> ClaimedFiles::ClashOf(const std::string& templateName) const {
+    const auto found = m_clashes.find(templateName);
+    return found == m_clashes.end() ? std::nullopt : std::optional<Problem>(found->second);
+}
+
+void ClaimedFiles::AddListed(const std::vector<Target>& listed, const std::vector<Target>& notYet) {
+    std::set<std::string> later;
+    for (const Target& target : notYet)
+        later.insert(target.templateName);
+    for (const Target& target : listed) {
+        if (target.path.empty() || !target.IsFor(m_session.Role())) continue;
+        try {
+            AddTemplate(target.templateName);
+            if (later.count(target.templateName) == 0) AddTarget(target);
+        } catch (const Failure&) {
+            // Where its files are cannot be told: whoever wants to write them is told why.
+        }
+    }
+}
+
+std::optional<Problem> ClaimedFiles::AddTarget(const Target& target) {
+    if (std::optional<Problem> clash = ClashOf(target.templateName)) return clash;
+    const std::string file = m_session.HostPaths().Canonical(target.path);
+    Uses mine = CompanionsOf(file);
+    mine[file] = {"made from [" + target.templateName + "]", target.templateName};
+    m_uses.merge(mine);
+    if (mine.empty()) return std::nullopt;
+    // What could not be merged has another use. The target comes first: its companions have longer names.
+    const auto& [path, use] = *mine.begin();
+    const Use& other = m_uses.at(path);
+    if (!use.templateName.empty() && !other.templateName.empty()) {
+        return Problem{path, 0, 0,
+                       "is made from both [" + other.templateName + "] and [" + use.templateName + "]",
+                       "give each file to one template"};
+    }
+    return Problem{path, 0, 0, "is " + other.text + ", and " + use.text + " too",
+                   "give the target another path"};
+}
+
+std::string ClaimedFiles::UseBesideTargets(const std::string& path) const {
+    const auto found = m_uses.find(Canonical(path));
+    const bool isFree = found == m_uses.end() || !found->second.templateName.empty();
+    return isFree ? "" : found->second.text;
+}
+
+/// Of a path as the commands open it: with the root, if there is one.
+std::string ClaimedFiles::Canonical(const std::string& path) const {
+    return m_session.HostPaths().Canonical(m_session.HostPaths().NameInside(path));
+}
+
+void ClaimedFiles::AddOwn(const std::string& path, const std::string& text) {
+    const std::string file = Canonical(path);
+    m_uses.try_emplace(file, Use{text, ""});
+    m_uses.merge(CompanionsOf(file));
+}
+
+void ClaimedFiles::AddOf(const std::string& templateName, const std::string& path, const std::string& text) {
+    const std::string file = Canonical(path);
+    const auto [known, isNew] = m_uses.try_emplace(file, Use{text, "", templateName});
+    if (isNew || known->second.ofTemplate == templateName) return;
+    m_clashes.try_emplace(templateName,
+                          Problem{file, 0, 0, "is " + known->second.text + ", and " + text + " too",
+                                  "give the template another name"});
+}
+
+ClaimedFiles::Uses ClaimedFiles::CompanionsOf(const std::string& file) {
+    const std::string reserve = file + ZETReserveSuffix;
+    return {{reserve, {"the reserve of " + file, ""}},
+            {file + ZETAbsenceSuffix, {"the mark that there was no " + file, ""}},
+            {file + ZETTemporarySuffix, {"the temporary file of " + file, ""}},
+            {reserve + ZETTemporarySuffix, {"the temporary file of " + reserve, ""}}};
+}
+
+}  // namespace ZET

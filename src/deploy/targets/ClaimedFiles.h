@@ -1,0 +1,57 @@
+#ifndef ZET_CLAIMED_FILES_H
+#define ZET_CLAIMED_FILES_H
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "deploy/state/Session.h"
+#include "deploy/targets/Targets.h"
+#include "text/Problem.h"
+
+namespace ZET {
+
+/// Which files have a use already, so that nothing else may be written to them: at first the product's own,
+/// then those of every template and target that is added. Whatever way leads to a file, it is the same one.
+class ClaimedFiles {
+  public:
+    explicit ClaimedFiles(Session& session);
+
+    /// The template, and its working copy.
+    void AddTemplate(const std::string& name);
+
+    /// A problem when one of the template's files had another use when it was added.
+    std::optional<Problem> ClashOf(const std::string& templateName) const;
+
+    /// The templates of the session's role, and its targets except those of `notYet`.
+    void AddListed(const std::vector<Target>& listed, const std::vector<Target>& notYet = {});
+
+    /// The target with what stands beside it: its reserve and the like. A problem when one of them is a file
+    /// that has another use, or its template's.
+    std::optional<Problem> AddTarget(const Target& target);
+
+    /// What the file is for: "the reserve of /etc/x". Empty when it is for nothing yet, or a target itself.
+    std::string UseBesideTargets(const std::string& path) const;
+
+  private:
+    struct Use {
+        std::string text;
+        std::string templateName;     ///< of what the file is made from; empty: it is no target
+        std::string ofTemplate = {};  ///< the template whose file it is; empty: it is none's
+    };
+    using Uses = std::map<std::string, Use>;
+
+    std::string Canonical(const std::string& path) const;
+    void AddOwn(const std::string& path, const std::string& text);
+    void AddOf(const std::string& templateName, const std::string& path, const std::string& text);
+    static Uses CompanionsOf(const std::string& file);
+
+    Session& m_session;
+    Uses m_uses;                               ///< by the files' canonical names
+    std::map<std::string, Problem> m_clashes;  ///< by the templates' names
+};
+
+}  // namespace ZET
+
+#endif

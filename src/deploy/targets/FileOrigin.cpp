@@ -1,0 +1,87 @@
+#include "deploy/targets/FileOrigin.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "cli/ExitStatus.h"
+#include "deploy/host/Diff.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/targets/HostLists.h"
+#include "deploy/targets/Render.h"
+#include "deploy/targets/Secrets.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+void ReadTarget(Session& session, const std::string& file, FileOrigin& origin) {
+    origin.isPrivate = session.HostSecrets().IsPrivate(session.FilePath(file));
+    try {
+        HostLists& lists = session.Lists();
+        const Target* const target = lists.TargetNamed(lists.NameOf(session.FilePath(file)));
+        if (target != nullptr) origin.target = *target;
+    } catch (const Failure&) {
+        // Without a list that can be read, nothing is known to be a target, and that was told.
+    }
+}
+
+std::string TemplateInNotice(const ManagedText& text, const NoticeTexts& noticeTexts) {
+    const auto notice =
+        std::find_if(text.Regions().begin(), text.Regions().end(),
+                     [](const ManagedRegion& region) { return region.kind == RegionKind::Notice; });
+    if (notice == text.Regions().end()) return "";
+    std::vector<std::string_view> lines;
+    for (std::size_t number = notice->first; number <= notice->last; ++number)
+        lines.push_back(text.Line(number).text);
+    return noticeTexts.TemplateIn(lines);
+}
+
+/// A template below the directory of the working copies has a name; another one only a path.
+void NameTemplate(Session& session, const std::string& path, FileOrigin& origin) {
+    const std::string directory = session.Param("ZET_CFG_DIR") + "/";
+    for (const std::string& known : {path, session.FilePath(path)}) {
+        if (!known.starts_with(directory)) continue;
+        origin.templateName = known.substr(directory.size());
+        origin.templateFile = TemplateFile(session, origin.templateName);
+        return;
+    }
+    origin.templateName = path;
+    const std::string file = session.FilePath(path);
+    if (IsFileExist(file)) origin.templateFile = file;
+}
+
+/// Where the notice of a file is that was made from a template, unless somebody put very much before it.
+std::string HeadOf(const std::string& path) {
+    constexpr std::size_t kSizeOfHead = std::size_t{64} << 10;
+    // Who may not read it sees none of it either.
+    return access(path.c_str(), R_OK) == 0 ? ReadFileHead(path, kSizeOfHead) : "";
+}
+
+}  // namespace
+
+FileOrigin FindOrigin(Session& session, const std::string& file, const ManagedText& text,
+                      const NoticeTexts& noticeTexts) {
+    FileOrigin origin;
+    ReadTarget(session, file, origin);
+    const std::string path = TemplateInNotice(text, noticeTexts);
+    origin.isMade = !path.empty();
+    if (origin.isMade) NameTemplate(session, path, origin);
+    return origin;
+}
+
+std::string TemplateNamedIn(Session& session, const std::string& path) {
+    if (!StateOf(path).IsRegular()) return "";
+    const std::string head = HeadOf(path);
+    if (head.find(ZETNoticeMarker) == std::string::npos) return "";
+    return TemplateInNotice(ManagedText(head), WrittenNoticeTexts(session));
+}
+
+NoticeTexts WrittenNoticeTexts(Session& session) {
+    const WrittenLanguage language(session.Core());
+    return NoticeTexts();
+}
+
+}  // namespace ZET

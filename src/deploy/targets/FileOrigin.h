@@ -1,0 +1,36 @@
+#ifndef ZET_FILE_ORIGIN_H
+#define ZET_FILE_ORIGIN_H
+
+#include <optional>
+#include <string>
+
+#include "deploy/state/Session.h"
+#include "deploy/targets/Targets.h"
+#include "text/ManagedText.h"
+#include "text/NoticeTexts.h"
+
+namespace ZET {
+
+/// What a file is to the product.
+struct FileOrigin {
+    std::optional<Target> target;  ///< what the list of targets says about the file, for any role
+    bool isPrivate = false;        ///< its text is not for everybody; also when nobody can tell
+    bool isMade = false;           ///< its notice says that it was made from a template
+    std::string templateName;      ///< of a made file
+    std::string templateFile;      ///< the working copy, or the pristine one; empty: there is neither
+};
+
+/// `file` is as the caller named it, `text` what it holds. A list of targets that cannot be relied on is a
+/// warning.
+FileOrigin FindOrigin(Session& session, const std::string& file, const ManagedText& text,
+                      const NoticeTexts& noticeTexts);
+
+/// The template that the notice at the head of a file names, as it stands there; empty when none does.
+std::string TemplateNamedIn(Session& session, const std::string& path);
+
+/// The texts of the notices in the language in which they are written into files.
+NoticeTexts WrittenNoticeTexts(Session& session);
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,54 @@
+#include "deploy/targets/HostLists.h"
+
+#include "cli/ExitStatus.h"
+#include "deploy/state/Manifest.h"
+#include "deploy/state/Session.h"
+#include "zet/ZETFiles.h"
+
+namespace ZET {
+
+const TargetList& HostLists::Targets() {
+    if (m_targets) return *m_targets;
+    const std::string file = m_session.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini";
+    m_targets = IsFileExist(file) ? ReadTargetList(m_session) : TargetList{file, {}, {}};
+    return *m_targets;
+}
+
+const Target* HostLists::TargetNamed(const std::string& name) {
+    if (!m_byName) {
+        std::map<std::string, const Target*> byName;
+        for (const Target& target : Targets().targets) {
+            if (target.path.empty()) continue;
+            try {
+                byName.emplace(m_session.HostPaths().Canonical(target.path), &target);
+            } catch (const Failure&) {
+                // No way leads to it, so no file is this target.
+            }
+        }
+        m_byName = std::move(byName);
+    }
+    const auto found = m_byName->find(name);
+    return found == m_byName->end() ? nullptr : found->second;
+}
+
+const std::set<std::string>& HostLists::Committed() {
+    if (m_committed) return *m_committed;
+    std::set<std::string> names;
+    for (const char* role : {"server", "client"}) {
+        for (const std::string& path : Manifest(m_session, role).Paths())
+            names.insert(NameOf(path));
+    }
+    m_committed = std::move(names);
+    return *m_committed;
+}
+
+const Target* HostLists::CommittedTarget(const std::string& path) {
+    const std::string name = NameOf(path);
+    return Committed().count(name) == 0 ? nullptr : TargetNamed(name);
+}
+
+std::string HostLists::NameOf(const std::string& path) const {
+    return m_session.HostPaths().Canonical(m_session.HostPaths().NameInside(path));
+}
+
+}  // namespace ZET

@@ -1,0 +1,45 @@
+#ifndef ZET_HOST_LISTS_H
+#define ZET_HOST_LISTS_H
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "deploy/targets/Targets.h"
+
+namespace ZET {
+
+class Session;
+
+/// What the host's own lists say about a file: the list of targets, and what the commits of both roles
+/// recorded. Each is read once in a run, when it is first asked for; a `Failure` tells why one cannot be.
+class HostLists {
+  public:
+    explicit HostLists(Session& session) : m_session(session) {}
+
+    /// As it stands, with its problems; an empty one where there is none.
+    const TargetList& Targets();
+
+    /// The target whose file has this name, for any role; null when none has.
+    const Target* TargetNamed(const std::string& name);
+
+    /// The names of the files that a commit of either role recorded.
+    const std::set<std::string>& Committed();
+
+    /// The target that the file is and that a commit of either role recorded; null when it is none.
+    const Target* CommittedTarget(const std::string& path);
+
+    /// The one name of a file, whatever way leads to it.
+    std::string NameOf(const std::string& path) const;
+
+  private:
+    Session& m_session;
+    std::optional<TargetList> m_targets;
+    std::optional<std::map<std::string, const Target*>> m_byName;
+    std::optional<std::set<std::string>> m_committed;
+};
+
+}  // namespace ZET
+
+#endif

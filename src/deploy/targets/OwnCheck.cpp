@@ -1,0 +1,124 @@
+#include "deploy/targets/OwnCheck.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "cli/ExitStatus.h"
+#include "deploy/host/Diff.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/Process.h"
+#include "deploy/host/Signals.h"
+#include "deploy/targets/Secrets.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr std::size_t kKeptOutput = 4096;
+
+/// The command, with the file in the place of each "{}".
+std::vector<std::string> ArgumentsFor(const std::vector<std::string>& check, const std::string& staged) {
+    std::vector<std::string> arguments = check;
+    for (std::string& argument : arguments) {
+        for (std::size_t place = argument.find("{}"); place != std::string::npos;
+             place = argument.find("{}", place + staged.size()))
+            argument.replace(place, 2, staged);
+    }
+    return arguments;
+}
+
+std::string SignalName(int number) {
+    const char* name = sigabbrev_np(number);
+    return name == nullptr ? "signal " + std::to_string(number) : "SIG" + std::string(name);
+}
+
+/// The result of one run, put into words.
+class Verdict {
+  public:
+    /// `excuse` stands for what the command prints, which may quote the file; empty when all may see it.
+    Verdict(const Target& target, const std::string& path, const std::string& excuse)
+        : m_target(target), m_path(path), m_excuse(excuse) {}
+
+    std::optional<Problem> Of(const ProcessResult& result) const {
+        const std::string made = "what [" + m_target.templateName + "] renders to";
+        std::optional<Problem> problem;
+        if (result.isLate) {
+            problem = Against("took longer over " + made + " than " +
+                                  std::to_string(m_target.checkTimeout.count()) + " s and was ended",
+                              "see why, or give it more seconds with check_timeout");
+        } else if (result.signal != 0) {
+            problem = Against("was ended by " + SignalName(result.signal) + " when it looked at " + made,
+                              "run it by hand to see why");
+        } else if (result.status != 0) {
+            problem = Against("refuses " + made + ", with status " + std::to_string(result.status),
+                              "correct the template");
+        }
+        if (problem) problem->output = m_excuse.empty() ? result.output : m_excuse;
+        return problem;
+    }
+
+    Problem OfChangedFile() const { return Against("changed the file it was given", "let it only read"); }
+
+    Problem OfFailure(const Failure& failure) const {
+        Problem problem = ProblemOf(m_path, failure);
+        problem.text = "what [" + m_target.templateName + "] renders to cannot be checked: " + problem.text;
+        return problem;
+    }
+
+  private:
+    Problem Against(const std::string& what, const std::string& remedy) const {
+        return {m_path, 0, 0, "its check \"" + m_target.check.front() + "\" " + what, remedy};
+    }
+
+    const Target& m_target;
+    const std::string& m_path;
+    const std::string m_excuse;
+};
+
+std::string ExcuseFor(Session& session, const std::string& path, const std::string& staged) {
+    Secrets& secrets = session.HostSecrets();
+    const bool isHidden = secrets.Hides(path) || (Secrets::IsClosed(staged) && !session.Asked().showSecrets);
+    return isHidden ? "(" + secrets.Excuse(path) + ")" : "";
+}
+
+}  // namespace
+
+bool RunsOwnChecks(const Request& asked) {
+    return !asked.noChecks && (asked.root.empty() || asked.runChecks);
+}
+
+void RemarkChecksNotRun(Session& session, const std::vector<Target>& targets) {
+    const Request& asked = session.Asked();
+    const auto count = std::count_if(targets.begin(), targets.end(),
+                                     [](const Target& target) { return !target.check.empty(); });
+    const bool isRun = RunsOwnChecks(asked);
+    session.Out().Set("checks_not_run", isRun ? std::int64_t{0} : std::int64_t{count});
+    if (count == 0 || isRun || asked.noChecks) return;
+    session.Out().Remark(std::to_string(count) + (count == 1 ? " check command" : " check commands") +
+                         " of the tree " + (count == 1 ? "was" : "were") +
+                         " not run (--run-checks runs them, on this host)");
+}
+
+std::optional<Problem> OwnCheckProblem(Session& session, const Target& target, const std::string& path,
+                                       const std::string& staged) {
+    if (target.check.empty()) return std::nullopt;
+    const Verdict verdict(target, path, ExcuseFor(session, path, staged));
+    const mode_t mode = StateOf(staged).mode;
+    const std::string bytes = ReadFileBytes(staged);
+    ProcessResult result;
+    try {
+        result = RunProcess(ArgumentsFor(target.check, staged),
+                            {.directory = "/", .timeLimit = target.checkTimeout, .keptOutput = kKeptOutput});
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure& failure) {
+        return verdict.OfFailure(failure);
+    }
+    if (std::optional<Problem> problem = verdict.Of(result)) return problem;
+    // What was looked at must be what is written.
+    const FileState now = StateOf(staged);
+    if (now.IsRegular() && now.mode == mode && ReadFileBytes(staged) == bytes) return std::nullopt;
+    return verdict.OfChangedFile();
+}
+
+}  // namespace ZET

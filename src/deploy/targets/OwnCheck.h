@@ -1,0 +1,29 @@
+#ifndef ZET_OWN_CHECK_H
+#define ZET_OWN_CHECK_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/Request.h"
+#include "deploy/state/Session.h"
+#include "deploy/targets/Targets.h"
+#include "text/Problem.h"
+
+namespace ZET {
+
+/// Whether the targets' own check commands are run. Those of a host tree that is worked on from outside are
+/// somebody else's programs on this host: only where that was asked for.
+bool RunsOwnChecks(const Request& asked);
+
+/// Tells how many check commands of the targets are not run because of that.
+void RemarkChecksNotRun(Session& session, const std::vector<Target>& targets);
+
+/// Has the target's own check command, if there is one, look at the staged file. `path` is the target as it
+/// is on this host, below the root directory. Returns what the command has against it.
+std::optional<Problem> OwnCheckProblem(Session& session, const Target& target, const std::string& path,
+                                       const std::string& staged);
+
+}  // namespace ZET
+
+#endif

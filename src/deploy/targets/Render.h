@@ -1,0 +1,65 @@
+#ifndef ZET_RENDER_H
+#define ZET_RENDER_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileInPlace.h"
+#include "deploy/host/Staging.h"
+#include "deploy/state/Session.h"
+#include "deploy/targets/Targets.h"
+#include "zet/ZETTypes.h"
+
+namespace ZET {
+
+/// The file that a template is rendered from: its working copy, or the pristine one as long as there is none.
+/// Empty when there is neither.
+std::string TemplateFile(Session& session, const std::string& templateName);
+
+/// The working copy's path, whether it is there or not.
+std::string WorkingCopy(Session& session, const std::string& templateName);
+
+/// How many bytes the targets' templates have; one that cannot be told counts as none.
+std::uintmax_t SizeOfTemplates(Session& session, const std::vector<Target>& targets);
+
+/// Renders a template in the private directory, to the bytes and mode that a commit would give its target;
+/// `values`, which may be null, wins over the template values. Nothing outside the directory changes: a
+/// missing working copy is not installed. Returns the path of the result. A failure of the module is a
+/// `Failure`.
+std::string RenderStaged(Session& session, const Staging& staging, const std::string& templateName,
+                         StringMap* values = nullptr);
+
+/// The same for the other role.
+std::string RenderStagedFor(Session& session, const Staging& staging, const std::string& templateName,
+                            const std::string& role);
+
+/// The same; what the log has to say comes with the real rendering.
+std::string RenderQuietly(Session& session, const Staging& staging, const std::string& templateName);
+
+/// Lets the module render a template into the file `name`, for the reader `path`, and keep nothing: a
+/// `Replacement` is there for that. `values` wins over the template values.
+void RenderOnce(Session& session, const std::string& templateName, const std::string& name,
+                const std::string& path, const StringMap& values);
+
+/// Before a rendering into the file of another user: with his rights, which the module then has, a working
+/// copy that is missing cannot be installed.
+void InstallForHolder(Session& session, const std::string& templateName, const FileInPlace& place);
+
+/// A target that is rendered for good.
+struct TargetToRender {
+    const std::string& templateName;
+    const FileInPlace& place;
+    const std::string& staged;   ///< what it has to become
+    const FileVersion& version;  ///< of what it replaces
+    const std::string& role;     ///< for which role
+};
+
+/// Keeps what is there first. A working copy that is missing is installed. What comes out otherwise than in
+/// trial, and what somebody else wrote meanwhile, is a `Failure`; the target is as it was then.
+void RenderTarget(Session& session, const TargetToRender& target);
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,178 @@
+#include "deploy/targets/Secrets.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <new>
+#include <string_view>
+
+#include "cli/ExitStatus.h"
+#include "deploy/host/Diff.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/state/Session.h"
+#include "deploy/targets/FileOrigin.h"
+#include "deploy/targets/HostLists.h"
+#include "deploy/targets/Render.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr char kClosed[] = "the file is not for everybody";
+constexpr char kKept[] = ".old";  ///< what "template install --force" keeps
+
+/// Whether the name is that of a file's copy, which holds the same text; it is then the file's.
+bool NameOriginal(std::string& name) {
+    for (const std::string_view suffix : {ZETReserveSuffix, ZETTemporarySuffix, kKept}) {
+        if (!name.ends_with(suffix)) continue;
+        name.resize(name.size() - suffix.size());
+        return true;
+    }
+    return false;
+}
+
+bool IsAnyClosed(const std::set<std::string>& names) {
+    return std::any_of(names.begin(), names.end(),
+                       [](const std::string& name) { return Secrets::IsClosed(name); });
+}
+
+/// Whether two names are those of one file, or of two with the same bytes. What this user cannot read, he
+/// has made no copy of.
+bool HoldSameText(const std::string& file, const struct stat& status, const std::string& other) {
+    struct stat otherStatus = {};
+    if (lstat(other.c_str(), &otherStatus) != 0 || !S_ISREG(otherStatus.st_mode)) return false;
+    if (status.st_dev == otherStatus.st_dev && status.st_ino == otherStatus.st_ino) return true;
+    if (status.st_size == 0 || status.st_size != otherStatus.st_size) return false;
+    return access(other.c_str(), R_OK) == 0 && HaveSameBytes(file, other);
+}
+
+}  // namespace
+
+Secrets::Secrets(Session& session) : m_session(session), m_lists(session.Lists()) {}
+
+bool Secrets::Hides(const std::string& path) {
+    return !m_session.Asked().showSecrets && IsPrivate(path);
+}
+
+std::string Secrets::Excuse(const std::string& path) {
+    const Verdict& verdict = Judged(path);
+    if (verdict.audience == Audience::Unsure && !m_trouble.empty()) {
+        m_session.Out().Warning(m_trouble + "; so no text is shown");
+        m_trouble.clear();
+    }
+    // What a text is made of may be private where the file that it is going to be is not.
+    const char* const reason = verdict.audience == Audience::Everybody ? kClosed : verdict.reason;
+    return std::string("text not shown: ") + reason + "; --show-secrets shows it";
+}
+
+void Secrets::RequireShown(const std::string& path) {
+    if (m_session.Asked().showSecrets || Of(path) != Audience::Nobody) return;
+    throw Failure(path + ": its text is not shown: " + Judged(path).reason + " (--show-secrets shows it)");
+}
+
+bool Secrets::IsClosed(const FileState& state) {
+    return state.IsRegular() && (state.mode & S_IROTH) == 0;
+}
+
+bool Secrets::IsClosed(const std::string& file) {
+    struct stat status = {};
+    if (stat(file.c_str(), &status) == 0) return S_ISREG(status.st_mode) && (status.st_mode & S_IROTH) == 0;
+    return IsClosed(StateOf(file));  // where nobody can tell, that tells why
+}
+
+/// Once judged, it stays: what a command makes of a private file is no less private.
+const Secrets::Verdict& Secrets::Judged(const std::string& path) {
+    const auto known = m_verdicts.find(path);
+    return known != m_verdicts.end() ? known->second : m_verdicts.emplace(path, Judge(path)).first->second;
+}
+
+Secrets::Verdict Secrets::Judge(const std::string& path) {
+    bool isClosed = false;
+    try {
+        std::set<std::string> names = NamesOfText(path);
+        isClosed = IsAnyClosed(names);
+        RequireReliableList();
+        if (HasLeftList(names)) return {Audience::Nobody, "it was committed, and is in no list any more"};
+        const std::set<std::string> templates = NamesOfTemplates(path);
+        isClosed = isClosed || IsAnyClosed(templates);
+        if (IsListed(names) || IsListed(templates) || IsCopyOfListed(path))
+            return {Audience::Nobody, "the list of targets calls it secret"};
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception& error) {
+        m_trouble = error.what();
+        if (!isClosed) return {Audience::Unsure, "nobody can tell whether it is secret"};
+    }
+    return isClosed ? Verdict{Audience::Readers, kClosed} : Verdict{Audience::Everybody, ""};
+}
+
+void Secrets::RequireReliableList() {
+    const TargetList& list = m_lists.Targets();
+    if (list.problems.empty()) return;
+    throw Failure(list.file + ": the list of targets is broken (see check-config)");
+}
+
+/// The names of the file, and of those that it may be a copy of.
+std::set<std::string> Secrets::NamesOfText(const std::string& path) const {
+    std::string name = m_lists.NameOf(path);
+    std::set<std::string> names;
+    do {
+        names.insert(name);
+    } while (NameOriginal(name));
+    return names;
+}
+
+/// The same of the templates that the file, its reserve or what it is a copy of says to be made from.
+std::set<std::string> Secrets::NamesOfTemplates(const std::string& path) {
+    std::set<std::string> files = NamesOfText(path);
+    files.insert(m_lists.NameOf(path + ZETReserveSuffix));
+    std::set<std::string> names;
+    for (const std::string& file : files) {
+        const std::string named = TemplateNamedIn(m_session, file);
+        if (!named.empty()) names.insert(m_lists.NameOf(named));
+    }
+    return names;
+}
+
+bool Secrets::HasLeftList(const std::set<std::string>& names) {
+    const std::set<std::string>& committed = m_lists.Committed();
+    return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+        return committed.count(name) != 0 && m_lists.TargetNamed(name) == nullptr;
+    });
+}
+
+bool Secrets::IsListed(const std::set<std::string>& names) {
+    return std::any_of(names.begin(), names.end(),
+                       [&](const std::string& name) { return Listed().count(name) != 0; });
+}
+
+/// Under another name: as a hard link, or as a copy that nobody changed yet.
+bool Secrets::IsCopyOfListed(const std::string& path) {
+    if (Listed().empty()) return false;
+    const std::string file = m_lists.NameOf(path);
+    struct stat status = {};
+    if (lstat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || access(file.c_str(), R_OK) != 0)
+        return false;
+    return std::any_of(Listed().begin(), Listed().end(), [&](const std::string& name) {
+        return HoldSameText(file, status, name) || HoldSameText(file, status, name + ZETReserveSuffix) ||
+               HoldSameText(file, status, name + kKept);
+    });
+}
+
+/// The target itself, the template's working copy, and the pristine template.
+const std::set<std::string>& Secrets::Listed() {
+    if (m_listed) return *m_listed;
+    std::set<std::string> listed;
+    for (const Target& target : m_lists.Targets().targets) {
+        if (!target.isSecret) continue;
+        const std::string pristine = m_session.Param("ZET_CFG_TEMPL_DIR") + "/" + target.templateName;
+        for (const std::string& file : {target.path, WorkingCopy(m_session, target.templateName), pristine})
+            listed.insert(m_lists.NameOf(file));
+    }
+    m_listed = std::move(listed);
+    return *m_listed;
+}
+
+}  // namespace ZET

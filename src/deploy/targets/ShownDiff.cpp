@@ -1,0 +1,118 @@
+#include "deploy/targets/ShownDiff.h"
+
+#include <charconv>
+#include <iterator>
+
+#include "text/Markers.h"
+
+namespace ZET {
+
+namespace {
+
+/// Ranges of line numbers in words.
+class Ranges {
+  public:
+    void Add(std::size_t first, std::size_t count) {
+        if (count == 0) return;
+        m_isOne = m_text.empty() && count == 1;
+        m_text += (m_text.empty() ? "" : ", ") + std::to_string(first);
+        if (count > 1) m_text += "-" + std::to_string(first + count - 1);
+    }
+
+    bool IsEmpty() const { return m_text.empty(); }
+    std::string Text() const { return (m_isOne ? "line " : "lines ") + m_text; }
+
+  private:
+    std::string m_text;
+    bool m_isOne = false;
+};
+
+/// Follows the lines of a unified diff.
+class DiffReader {
+  public:
+    void Take(std::string_view line) {
+        if (line.starts_with("@@")) {
+            End();
+            m_oldLine = NumberAfter(line, '-');
+            m_newLine = NumberAfter(line, '+');
+            m_isInHunk = true;
+        } else if (m_isInHunk) {
+            TakeChange(line);
+        }
+    }
+
+    std::string Result() {
+        End();
+        std::string text;
+        if (!m_changed.IsEmpty()) text = m_changed.Text() + " changed";
+        if (!m_removed.IsEmpty())
+            text += (text.empty() ? "" : ", ") + m_removed.Text() + " of the old text removed";
+        return text;
+    }
+
+  private:
+    static std::size_t NumberAfter(std::string_view header, char sign) {
+        std::size_t number = 0;
+        const std::size_t place = header.find(sign) + 1;
+        std::from_chars(header.data() + place, header.data() + header.size(), number);
+        return number;
+    }
+
+    void TakeChange(std::string_view line) {
+        if (line.starts_with('-')) {
+            ++m_gone;
+        } else if (line.starts_with('+')) {
+            ++m_come;
+        } else if (line.starts_with(' ')) {
+            End();
+            ++m_oldLine;
+            ++m_newLine;
+        }
+    }
+
+    /// Of lines that are changed without one between them.
+    void End() {
+        m_changed.Add(m_newLine, m_come);
+        if (m_come == 0) m_removed.Add(m_oldLine, m_gone);
+        m_oldLine += m_gone;
+        m_newLine += m_come;
+        m_gone = m_come = 0;
+    }
+
+    bool m_isInHunk = false;
+    std::size_t m_oldLine = 0;
+    std::size_t m_newLine = 0;
+    std::size_t m_gone = 0;
+    std::size_t m_come = 0;
+    Ranges m_changed;
+    Ranges m_removed;
+};
+
+}  // namespace
+
+void ShownDiff::Append(ShownDiff other) {
+    text += other.text;
+    places.splice(places.end(), other.places);
+    if (excuse.empty()) excuse = std::move(other.excuse);
+    isPrivate = isPrivate || other.isPrivate;
+}
+
+void ShownDiff::Tell(Report& report) const {
+    report.Diff(text);
+    for (const Value& place : places)
+        report.Line(std::get<std::string>(place.value) + " (" + excuse + ")");
+}
+
+void ShownDiff::AddTo(Fields& fields) const {
+    fields.emplace_back("diff", excuse.empty() ? Value(text) : Value(nullptr));
+    fields.emplace_back("changed_lines", excuse.empty() ? Value(nullptr) : Value(places));
+}
+
+std::string ChangedLines(std::string_view diff) {
+    DiffReader reader;
+    for (const TextLine& line : SplitLines(diff))
+        reader.Take(line.text);
+    return reader.Result();
+}
+
+}  // namespace ZET

@@ -1,0 +1,305 @@
+#include "deploy/targets/TargetCheck.h"
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <iterator>
+
+#include "cli/ExitStatus.h"
+#include "deploy/host/Diff.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/OwnedDescriptor.h"
+#include "deploy/host/Rights.h"
+#include "deploy/state/Instructions.h"
+#include "deploy/state/Manifest.h"
+#include "deploy/state/ParameterCheck.h"
+#include "deploy/state/PendingRecord.h"
+#include "deploy/targets/ClaimedFiles.h"
+#include "deploy/targets/Render.h"
+#include "deploy/targets/Secrets.h"
+#include "text/TemplateCheck.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+void Append(std::vector<Problem>& problems, std::vector<Problem> more) {
+    problems.insert(problems.end(), std::make_move_iterator(more.begin()),
+                    std::make_move_iterator(more.end()));
+}
+
+/// What is wrong with a directory that files are to be written in; `name` is where its name comes from.
+std::vector<Problem> CheckDirectory(const std::string& directory, const std::string& purpose,
+                                    const std::string& name) {
+    const auto problem = [&](const std::string& text, const std::string& remedy) {
+        return std::vector<Problem>{{directory, 0, 0, text, remedy}};
+    };
+    const std::string what = "the directory of " + purpose;
+    struct stat status = {};
+    if (stat(directory.c_str(), &status) != 0)
+        return problem(what + " cannot be used: " + std::strerror(errno), "create it, or correct " + name);
+    if (!S_ISDIR(status.st_mode))
+        return problem("is no directory, but " + purpose + " is to be in it", "correct " + name);
+    if ((status.st_mode & S_IWOTH) != 0) return problem("others may write " + what, "chmod o-w it");
+    if (access(directory.c_str(), W_OK | X_OK) != 0) {
+        std::vector<Problem> ofUser =
+            problem(what + " cannot be written: " + std::strerror(errno),
+                    "run as a user who may, or on a file system that can be written");
+        ofUser.front().isOfUser = true;
+        return ofUser;
+    }
+    return {};
+}
+
+/// The same of one of the product's own, on which root relies.
+std::vector<Problem> CheckOwnDirectory(Session& session, const char* key, const std::string& purpose) {
+    const std::string directory = session.Param(key);
+    std::vector<Problem> problems = CheckDirectory(directory, purpose, key);
+    if (!problems.empty()) return problems;
+    if (std::optional<Problem> problem = CheckInstruction(session, directory))
+        problems.push_back(std::move(*problem));
+    return problems;
+}
+
+/// What keeps a file from being replaced by another, though its directory can be written.
+std::optional<Problem> CheckReplaceable(const std::string& path) {
+    const auto problem = [&](const char* text, const char* remedy) {
+        return std::optional<Problem>({path, 0, 0, text, remedy});
+    };
+    struct statx status = {};
+    if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &status) != 0)
+        return std::nullopt;
+    const auto attributes = status.stx_attributes & status.stx_attributes_mask;
+    if ((attributes & STATX_ATTR_MOUNT_ROOT) != 0)
+        return problem("is a mount point, and cannot be replaced",
+                       "unmount it, or write what is mounted there");
+    if ((attributes & STATX_ATTR_IMMUTABLE) != 0)
+        return problem("is immutable, and cannot be replaced", "chattr -i it");
+    if ((attributes & STATX_ATTR_APPEND) != 0)
+        return problem("can only be appended to, and cannot be replaced", "chattr -a it");
+    return std::nullopt;
+}
+
+/// A file that is written under its own name or read back must not be a link to somewhere else.
+std::vector<Problem> CheckRegular(const std::string& path) {
+    const FileState state = StateOf(path);
+    if (!state.exists || state.IsRegular()) return {};
+    return {{path, 0, 0, "is no regular file", "move it away"}};
+}
+
+/// The same of one that is written through its name: nothing else may have that text.
+std::vector<Problem> CheckSingle(const std::string& path) {
+    std::vector<Problem> problems = CheckRegular(path);
+    if (problems.empty() && StateOf(path).links > 1)
+        problems.push_back({path, 0, 0, "has other names (hard links)", "move it away"});
+    return problems;
+}
+
+/// The product's own directories, and the files in them that a commit writes.
+std::vector<Problem> CheckOwnFiles(Session& session) {
+    const std::string status = session.Param("ZET_VAR_LIB_DIR");
+    std::vector<Problem> problems =
+        CheckOwnDirectory(session, "ZET_CFG_DIR", "the templates' working copies");
+    std::vector<Problem> ofStatus = CheckOwnDirectory(session, "ZET_VAR_LIB_DIR", "the status");
+    for (std::optional<Problem> problem :
+         {CheckModule(session), CheckInstruction(session, session.Param("ZET_CFG")),
+          CheckInstruction(session, session.Param("ZET_CFG_TEMPL_DIR"))}) {
+        if (problem) problems.push_back(std::move(*problem));
+    }
+    if (ofStatus.empty()) {
+        for (const std::string& file :
+             {Manifest::FileOf(session), PendingRecord::FileOf(session), status + "/zet.lock",
+              status + "/zet-" + session.Role() + ".status", status + "/zet-client-fs.status"})
+            Append(ofStatus, CheckSingle(file));
+    }
+    Append(problems, std::move(ofStatus));
+    try {
+        RequireLanguage(session.Param("ZET_LANG"));
+    } catch (const Failure& failure) {
+        problems.push_back(ProblemOf(session.Param("ZET_CFG"), failure));
+    }
+    return problems;
+}
+
+/// Who only looks need not be the one who writes.
+void WarnOfRights(Session& session, std::vector<Problem>& problems) {
+    std::erase_if(problems, [&](const Problem& problem) {
+        if (problem.isOfUser) session.Out().Warning(problem.Describe());
+        return problem.isOfUser;
+    });
+}
+
+/// A problem tells where it is; what it quotes of a template that is not for everybody, or of values in a
+/// file that is not, it leaves out.
+void HideQuotes(Session& session, const std::string& file, std::vector<Problem>& problems) {
+    if (problems.empty()) return;
+    Secrets& secrets = session.HostSecrets();
+    // A broken list is among the problems itself.
+    const auto isHidden = [&](const std::string& path) {
+        return secrets.Hides(path) && secrets.Of(path) != Secrets::Audience::Unsure;
+    };
+    const std::string config = session.Param("ZET_CFG");
+    const bool isTemplateHidden = isHidden(file);
+    if (!isTemplateHidden && !isHidden(config)) return;
+    const std::string bytes = ReadFileBytes(file);
+    for (Problem& problem : problems) {
+        if (isTemplateHidden) {
+            problem.HideQuoted(secrets.Excuse(file));
+        } else if (bytes.find(problem.quoted) == std::string::npos) {
+            problem.HideQuoted(secrets.Excuse(config));
+        }
+    }
+}
+
+/// Whether this user may not read it; `path` is what to open to find that out.
+bool IsDenied(const std::string& path, int flags) {
+    const OwnedDescriptor opened(open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    return opened < 0 && errno == EACCES;
+}
+
+/// What keeps the user in whose directory a target lies from rendering it: its template, or the directory in
+/// which root is going to install the working copy. Empty when nothing does.
+std::string DeniedToHolder(Session& session, const Target& target, const FoundFile& found) {
+    const std::string file = TemplateFile(session, target.templateName);
+    if (file.empty() || !found.judge.Holder()) return "";
+    const std::string directory = DirectoryOf(WorkingCopy(session, target.templateName));
+    const std::string entry = directory + "/.";
+    const RightsOf rights(*found.judge.Holder(), found.status->st_gid);
+    rights.Take();
+    const bool isFileDenied = IsDenied(file, O_RDONLY);
+    const bool isEntryDenied = IsDenied(entry, O_PATH);
+    rights.Drop();
+    return isFileDenied ? file : isEntryDenied ? directory : "";
+}
+
+/// Checks targets one by one; what they have in common is in here.
+class TargetChecker {
+  public:
+    TargetChecker(Session& session, const TargetList& list, const std::vector<Target>& checked)
+        : m_session(session),
+          m_pending(PendingRecord::Read(session)),
+          m_claimed(session),
+          m_result(CheckOwnFiles(session)) {
+        m_claimed.AddListed(list.targets, checked);
+    }
+
+    void Check(const Target& target, std::set<std::string>& used) {
+        Append(m_result, CheckTemplateFile(m_session, target.templateName,
+                                           m_session.Config().TemplatesValues(), &used));
+        try {
+            CheckWorkingCopy(target);
+            CheckFile(target);
+        } catch (const Failure& failure) {
+            m_result.push_back(ProblemOf(target.path, failure));
+        }
+    }
+
+    std::vector<Problem> Result() { return std::move(m_result); }
+
+  private:
+    /// One that is missing is going to be installed.
+    void CheckWorkingCopy(const Target& target) {
+        const std::string copy = WorkingCopy(m_session, target.templateName);
+        if (StateOf(copy).exists) return;
+        if (DirectoryOf(copy) != m_session.Param("ZET_CFG_DIR"))
+            Append(m_result,
+                   CheckDirectory(DirectoryOf(copy), "the working copy " + copy, "the template's name"));
+        CheckFree(copy + ZETTemporarySuffix, copy);
+    }
+
+    void CheckFile(const Target& target) {
+        const std::string path = m_session.FilePath(target.path);
+        Append(m_result, CheckPlace(target, path));
+        const FileState state = StateOf(path);
+        if (state.exists && !state.IsRegular())
+            m_result.push_back({path, 0, 0, "is no regular file", "move it away, or correct the target"});
+        if (std::optional<Problem> problem = CheckReplaceable(path)) m_result.push_back(std::move(*problem));
+        Append(m_result, CheckRegular(path + ZETReserveSuffix));
+        Append(m_result, CheckRegular(path + ZETAbsenceSuffix));
+        CheckFree(path + ZETTemporarySuffix, path);
+        if (std::optional<Problem> problem = m_claimed.AddTarget(target))
+            m_result.push_back(std::move(*problem));
+    }
+
+    /// Its directory, and the way there.
+    std::vector<Problem> CheckPlace(const Target& target, const std::string& path) {
+        std::vector<Problem> problems = CheckDirectory(DirectoryOf(path), path, "the target in the list");
+        if (!target.trusted.empty() && getpwnam(target.trusted.c_str()) == nullptr) {
+            problems.push_back({path, 0, 0,
+                                "this host has no user \"" + target.trusted + "\", whom its entry trusts",
+                                "correct trust in the list, or make the user"});
+        }
+        const FoundFile found = m_session.HostPaths().Find(target.path, target.trusted);
+        if (!problems.empty() || geteuid() != 0) return problems;
+        if (found.judge.Objection()) {
+            problems.push_back(*found.judge.Objection());
+        } else if (const std::string denied = DeniedToHolder(m_session, target, found); !denied.empty()) {
+            problems.push_back({path, 0, 0,
+                                "is rendered with the rights of " + NameOfUser(*found.judge.Holder()) +
+                                    ", who may not read the template [" + target.templateName + "]",
+                                "let him read " + denied + ", or trust him in the list"});
+        }
+        return problems;
+    }
+
+    void CheckFree(const std::string& temporary, const std::string& path) {
+        if (m_pending.count(path) == 0 && StateOf(temporary).exists)
+            m_result.push_back({temporary, 0, 0, "is in the way of writing " + path, "move it away"});
+    }
+
+    Session& m_session;
+    const std::set<std::string> m_pending;
+    ClaimedFiles m_claimed;
+    std::vector<Problem> m_result;
+};
+
+}  // namespace
+
+CheckedTargets CheckTargets(Session& session, const std::vector<std::string>& templateNames) {
+    CheckedTargets checked;
+    TargetList list = ReadTargetList(session);
+    checked.targets = SelectTargets(session, list, templateNames);
+    TargetChecker checker(session, list, checked.targets);
+    checked.problems = std::move(list.problems);
+    for (const Target& target : checked.targets) {
+        if (!target.path.empty()) checker.Check(target, checked.used);
+    }
+    Append(checked.problems, checker.Result());
+    Append(checked.problems, CheckParameterValues(session, checked.used));
+    if (session.Asked().OnlyLooks()) WarnOfRights(session, checked.problems);
+    return checked;
+}
+
+std::vector<Problem> CheckTemplateFile(Session& session, const std::string& templateName,
+                                       const StringMap& values, std::set<std::string>* used) {
+    std::string file = session.Param("ZET_CFG_TEMPL_DIR") + "/" + templateName;
+    try {
+        const std::string found = TemplateFile(session, templateName);
+        if (found.empty())
+            return {
+                {file, 0, 0, "the template is missing", "install it there, or correct its name in the list"}};
+        file = found;
+        for (const std::string& told : {file, WorkingCopy(session, templateName)}) {
+            if (told != file && DirectoryOf(told) == session.Param("ZET_CFG_DIR"))
+                continue;  // judged by itself
+            if (std::optional<Problem> problem = CheckInstruction(session, told)) return {*problem};
+        }
+        if (!session.HostPaths().StaysInside(file)) {
+            return {{file, 0, 0, "the template is a link that leads out of the root directory",
+                     "put the template itself there"}};
+        }
+        std::vector<Problem> problems = CheckTemplate(
+            file, [&](const auto& take) { ReadLines(file, take); }, values, used);
+        HideQuotes(session, file, problems);
+        return problems;
+    } catch (const Failure& failure) {
+        return {ProblemOf(file, failure)};
+    }
+}
+
+}  // namespace ZET

@@ -1,0 +1,62 @@
+#include "deploy/targets/Targets.h"
+
+#include <algorithm>
+
+#include "cli/ExitStatus.h"
+#include "deploy/state/Instructions.h"
+#include "deploy/targets/TargetListReader.h"
+
+namespace ZET {
+
+TargetList ReadTargetList(Session& session) {
+    const std::string file = session.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini";
+    if (!session.HostPaths().StaysInside(file)) {
+        throw Failure(file +
+                      ": the list of targets is a link that leads out of the root directory (put the list "
+                      "itself there)");
+    }
+    if (const std::optional<Problem> problem = CheckWayTo(session.HostPaths(), file))
+        throw Failure(problem->Describe());
+    return ReadTargetFile(file);
+}
+
+std::vector<Target> SelectTargets(Session& session, const TargetList& list,
+                                  const std::vector<std::string>& templateNames) {
+    std::vector<Target> selected;
+    for (const Target& target : list.targets) {
+        const bool isNamed = templateNames.empty() || std::find(templateNames.begin(), templateNames.end(),
+                                                                target.templateName) != templateNames.end();
+        if (isNamed && target.IsFor(session.Role())) selected.push_back(target);
+    }
+    for (const std::string& name : templateNames) {
+        const bool isThere = std::any_of(selected.begin(), selected.end(),
+                                         [&](const Target& target) { return target.templateName == name; });
+        if (!isThere) {
+            throw UsageError(list.file + ": has no template \"" + name + "\" for the role " + session.Role() +
+                             " (name one that it has, or add a section)");
+        }
+    }
+    return selected;
+}
+
+std::vector<Target> SelectTargets(Session& session, const std::vector<std::string>& templateNames) {
+    const TargetList list = ReadTargetList(session);
+    if (!list.problems.empty()) {
+        std::string lines;
+        for (const Problem& problem : list.problems)
+            lines += problem.Describe() + "\n";
+        throw Failure("the list of targets is broken:", lines);
+    }
+    return SelectTargets(session, list, templateNames);
+}
+
+const Target* FindTargetByPath(Session& session, const std::vector<Target>& targets,
+                               const std::string& path) {
+    const std::string file = session.HostPaths().Canonical(path);
+    const auto found = std::find_if(targets.begin(), targets.end(), [&](const Target& target) {
+        return !target.path.empty() && session.HostPaths().Canonical(target.path) == file;
+    });
+    return found == targets.end() ? nullptr : &*found;
+}
+
+}  // namespace ZET

@@ -1,0 +1,53 @@
+#ifndef ZET_TARGETS_H
+#define ZET_TARGETS_H
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "deploy/state/Session.h"
+#include "text/Problem.h"
+
+namespace ZET {
+
+/// One entry of the list of targets: a template and the file that is made from it.
+struct Target {
+    std::string templateName;
+    std::string path;  ///< as the list has it: an absolute path of the host; empty: the list is broken there
+    bool forServer = false;
+    bool forClient = false;
+    std::vector<std::string> check;  ///< an argument list, "{}" for the staged file; empty: no check
+    std::chrono::seconds checkTimeout{60};
+    std::string restart;    ///< services to name after a change
+    bool isSecret = false;  ///< its text is never shown
+    std::string trusted;    ///< a user whose directories count as root's; empty: none
+    int line = 0;           ///< of its section in the list
+
+    bool IsFor(const std::string& role) const { return role == "server" ? forServer : forClient; }
+};
+
+/// The list of targets as it stands, with what is wrong in it.
+struct TargetList {
+    std::string file;
+    std::vector<Target> targets;
+    std::vector<Problem> problems;
+};
+
+/// Reads targets.ini in the directory of the pristine templates. A list that cannot be read is a `Failure`,
+/// and so is, while root runs, one that others may write or lead root to; broken entries are problems.
+TargetList ReadTargetList(Session& session);
+
+/// The targets of the session's role whose templates `templateNames` has, all when it is empty, in the order
+/// of the list. A template that the list does not have for the role is a `UsageError`.
+std::vector<Target> SelectTargets(Session& session, const TargetList& list,
+                                  const std::vector<std::string>& templateNames);
+
+/// The same of the list in its place; a broken one is a `Failure` with all its problems.
+std::vector<Target> SelectTargets(Session& session, const std::vector<std::string>& templateNames);
+
+/// The target whose file is `path`, links followed; null when none is.
+const Target* FindTargetByPath(Session& session, const std::vector<Target>& targets, const std::string& path);
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,42 @@
+#ifndef ZET_WRITTEN_FILE_H
+#define ZET_WRITTEN_FILE_H
+
+#include <string>
+
+#include "deploy/host/Diff.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileInPlace.h"
+#include "deploy/host/Paths.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+/// A file that the product may have written.
+struct WrittenFile {
+    std::string templateName;  ///< empty: the list does not have the file any more
+    std::string path;          ///< of the real file, links followed
+    std::string restart;       ///< the services that notice its change only then
+    std::string named;         ///< as the list has it; empty: the list does not have it any more
+    std::string trusted;       ///< the user whose directories count as root's
+    bool isOfBoth = true;      ///< the other role may have committed it, too
+    std::string trouble;       ///< why the real file cannot be found; the path is then as the list has it
+
+    std::string Reserve() const { return path + ZETReserveSuffix; }
+    std::string Record() const { return path + ZETAbsenceSuffix; }
+    bool IsLeft() const { return !trouble.empty() || IsFileExist(Reserve()) || IsFileExist(Record()); }
+
+    FileInPlace PlaceIn(const Paths& paths) const {
+        return FileInPlace(named.empty() ? paths.FindReal(path) : paths.Find(named, trusted), path);
+    }
+
+    /// Whether nothing has to be put back, but for attributes beyond owner and mode.
+    bool IsAsReserved(const FileState& now, const FileState& reserve) const {
+        return now.IsRegular() && reserve.IsRegular() && now.mode == reserve.mode &&
+               now.owner == reserve.owner && now.group == reserve.group && HaveSameBytes(path, Reserve());
+    }
+};
+
+}  // namespace ZET
+
+#endif

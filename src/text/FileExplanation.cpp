@@ -1,0 +1,146 @@
+#include "text/FileExplanation.h"
+
+#include <algorithm>
+
+namespace ZET {
+
+namespace {
+
+using Kind = ExplainedLines::Kind;
+
+class Explainer {
+  public:
+    Explainer(const ManagedText& text, bool isMade, std::string_view templateText)
+        : m_text(text), m_isMade(isMade), m_templateLines(SplitLines(templateText)) {
+        if (isMade) m_origins = TraceLines(text, templateText);
+    }
+
+    std::vector<ExplainedLines> Explain() {
+        for (const ManagedRegion& region : m_text.Regions()) {
+            if (region.kind == RegionKind::Ordinary) {
+                for (std::size_t number = region.first; number <= region.last; ++number)
+                    AddOrdinary(number);
+            } else {
+                AddRegion(region);
+            }
+        }
+        return std::move(m_explanation);
+    }
+
+  private:
+    void AddRegion(const ManagedRegion& region) {
+        ExplainedLines lines{KindOf(region),  region.first,      region.last,
+                             region.isClosed, region.formerLine, region.block};
+        if (region.kind == RegionKind::FormerLine) {
+            lines.formerText = m_text.FormerText(region.first);
+            SetTemplateLine(lines, region.first);
+        } else if (region.kind == RegionKind::Block) {
+            AddContent(lines);
+        }
+        m_explanation.push_back(std::move(lines));
+    }
+
+    static Kind KindOf(const ManagedRegion& region) {
+        switch (region.kind) {
+            case RegionKind::FormerLine:
+                return region.block == 0 ? Kind::LoneFormerLine : Kind::FormerLine;
+            case RegionKind::Block:
+                return Kind::Block;
+            case RegionKind::Notice:
+                return Kind::Notice;
+            case RegionKind::TemplateComment:
+                return Kind::TemplateComment;
+            case RegionKind::Ordinary:
+                break;
+        }
+        return Kind::Own;
+    }
+
+    void AddContent(ExplainedLines& block) {
+        for (std::size_t number = block.first; number <= block.last; ++number) {
+            if (m_text.Line(number).kind == LineKind::BlockContent)
+                block.content.emplace_back(m_text.Line(number).text);
+        }
+        if (block.formerLine == 0) return;
+        block.formerText = m_text.FormerText(block.formerLine);
+        SetTemplateLine(block, block.formerLine);
+    }
+
+    /// Of what a block replaced.
+    void SetTemplateLine(ExplainedLines& lines, std::size_t number) const {
+        if (!m_isMade || OriginOf(number).certainty != LineOrigin::Certainty::Rendered) return;
+        lines.templateLine = OriginOf(number).templateLine;
+        lines.placeholders = PlaceholdersAt(lines.templateLine);
+    }
+
+    void AddOrdinary(std::size_t number) {
+        ExplainedLines line{OrdinaryKind(number), number, number};
+        if (line.kind == Kind::FromTemplate || line.kind == Kind::Differing) {
+            line.templateLine = OriginOf(number).templateLine;
+            line.placeholders = PlaceholdersAt(line.templateLine);
+        }
+        if (!m_explanation.empty() && Continues(m_explanation.back(), line)) {
+            m_explanation.back().last = number;
+        } else {
+            m_explanation.push_back(std::move(line));
+        }
+    }
+
+    Kind OrdinaryKind(std::size_t number) const {
+        if (IsGap(number)) return Kind::Gap;
+        if (!m_isMade) return Kind::Own;
+        switch (OriginOf(number).certainty) {
+            case LineOrigin::Certainty::Rendered:
+                return Kind::FromTemplate;
+            case LineOrigin::Certainty::Differs:
+                return Kind::Differing;
+            default:
+                return Kind::Untraced;
+        }
+    }
+
+    bool IsGap(std::size_t number) const {
+        if (!m_text.Line(number).text.empty() || number == m_text.LineCount()) return false;
+        const ManagedRegion& next = m_text.RegionOf(number + 1);
+        return next.kind == RegionKind::Block && next.formerLine == 0;
+    }
+
+    static bool Continues(const ExplainedLines& former, const ExplainedLines& line) {
+        if (former.kind != line.kind || former.last + 1 != line.first) return false;
+        if (line.templateLine == 0) return former.templateLine == 0;
+        return former.placeholders.empty() && line.placeholders.empty() &&
+               former.templateLine + (line.first - former.first) == line.templateLine;
+    }
+
+    const LineOrigin& OriginOf(std::size_t number) const { return m_origins[number - 1]; }
+
+    std::vector<std::string> PlaceholdersAt(std::size_t templateLine) const {
+        return PlaceholdersOf(m_templateLines[templateLine - 1].text);
+    }
+
+    const ManagedText& m_text;
+    bool m_isMade;
+    std::vector<TextLine> m_templateLines;
+    std::vector<LineOrigin> m_origins;
+    std::vector<ExplainedLines> m_explanation;
+};
+
+}  // namespace
+
+std::vector<ExplainedLines> ExplainText(const ManagedText& text, bool isMade, std::string_view templateText) {
+    return Explainer(text, isMade, templateText).Explain();
+}
+
+ExplainedLines ExplanationOf(const std::vector<ExplainedLines>& explanation, std::size_t line) {
+    ExplainedLines lines =
+        *std::find_if(explanation.begin(), explanation.end(),
+                      [&](const ExplainedLines& candidate) { return candidate.last >= line; });
+    const bool isSingle = lines.kind == Kind::Own || lines.kind == Kind::FromTemplate ||
+                          lines.kind == Kind::Differing || lines.kind == Kind::Untraced;
+    if (!isSingle) return lines;
+    if (lines.templateLine != 0) lines.templateLine += line - lines.first;
+    lines.first = lines.last = line;
+    return lines;
+}
+
+}  // namespace ZET

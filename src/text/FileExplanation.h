@@ -1,0 +1,50 @@
+#ifndef ZET_FILE_EXPLANATION_H
+#define ZET_FILE_EXPLANATION_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "text/LineOrigin.h"
+#include "text/ManagedText.h"
+
+namespace ZET {
+
+/// Lines of a file that have one explanation.
+struct ExplainedLines {
+    enum class Kind {
+        Own,             ///< the administrator's
+        Gap,             ///< the empty line that was put before an appended block
+        FormerLine,      ///< of a block
+        LoneFormerLine,  ///< its block is gone
+        Block,
+        Notice,
+        TemplateComment,
+        FromTemplate,  ///< rendered from the template's lines
+        Differing,     ///< in the place of the template's line
+        Untraced       ///< of a made file, but nobody can say from which line
+    };
+
+    Kind kind = Kind::Own;
+    std::size_t first = 0;
+    std::size_t last = 0;
+    bool isClosed = true;
+    std::size_t formerLine = 0;    ///< of a block: the number of the kept former line, or 0
+    std::size_t block = 0;         ///< of a kept former line: the number of its block's first line, or 0
+    std::size_t templateLine = 0;  ///< the first one; also of a block in place of such a line; 0: none
+    std::vector<std::string> placeholders = {};
+    std::vector<std::string> content = {};  ///< of a block
+    std::string formerText = {};
+};
+
+/// Explains every line, in their order. `isMade` says that the file was made from a template, `templateText`
+/// is what the template holds.
+std::vector<ExplainedLines> ExplainText(const ManagedText& text, bool isMade, std::string_view templateText);
+
+/// The explanation that holds for that one line.
+ExplainedLines ExplanationOf(const std::vector<ExplainedLines>& explanation, std::size_t line);
+
+}  // namespace ZET
+
+#endif

@@ -1,0 +1,34 @@
+#include "text/FirstLine.h"
+
+#include <algorithm>
+
+namespace ZET {
+
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+
+std::string_view WithoutBlanks(std::string_view text) {
+    constexpr char kBlanks[] = " \t\r";
+    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
+}  // namespace
+
+FirstLine FirstLineOf(std::string_view text) {
+    const std::size_t begin = text.find_first_not_of('\n');
+    if (begin == std::string_view::npos) return {};
+    return {begin + 1, text.substr(begin, text.find('\n', begin) - begin)};
+}
+
+bool MustComeFirst(std::string_view line) {
+    // "<!" opens a document type or a comment of XML; "<Name>" also opens a section of other formats.
+    for (const std::string_view start :
+         {std::string_view("#!"), std::string_view("<?"), std::string_view("<!"), kByteOrderMark})
+        if (line.starts_with(start)) return true;
+    const std::string_view text = WithoutBlanks(line);
+    return text == "{" || text == "[";
+}
+
+}  // namespace ZET

@@ -1,0 +1,168 @@
+#include "text/LineOrigin.h"
+
+#include <algorithm>
+#include <set>
+
+namespace ZET {
+
+namespace {
+
+struct NumberedLine {
+    std::size_t number = 0;
+    std::string_view text;
+};
+
+/// Where the placeholder that is next in the line begins and ends; both npos when there is none.
+struct PlaceholderRange {
+    std::size_t begin = std::string_view::npos;
+    std::size_t end = std::string_view::npos;
+};
+
+PlaceholderRange NextPlaceholder(std::string_view line, std::size_t from) {
+    // The module substitutes nothing in a line that begins like a comment.
+    const std::size_t begin = line.starts_with('#') ? std::string_view::npos : line.find("${", from);
+    const std::size_t end = begin == std::string_view::npos ? begin : line.find('}', begin);
+    if (end == std::string_view::npos) return {};
+    return {begin, end + 1};
+}
+
+bool IsNoticeMarkerIn(std::string_view line) {
+    return line.find(MarkerText(Marker::Notice)) != std::string_view::npos;
+}
+
+/// What of a template reaches the file made from it: not the empty lines at its top, and not its comments.
+struct RenderedLines {
+    std::vector<NumberedLine> lines;
+    bool hasOwnNotice = false;  ///< the module then puts none in front
+};
+
+RenderedLines LinesThatRender(std::string_view templateText) {
+    const std::vector<TextLine> all = SplitLines(templateText);
+    const auto top =
+        std::find_if(all.begin(), all.end(), [](const TextLine& line) { return !line.text.empty(); });
+    RenderedLines rendered;
+    rendered.hasOwnNotice = top != all.end() && IsNoticeMarkerIn(top->text);
+    bool isInComment = false;
+    for (auto line = top; line != all.end(); ++line) {
+        const Marker marker = MarkerOf(line->text);
+        const bool wasInComment = isInComment;
+        if (marker == Marker::TemplateComment) isInComment = true;
+        if (marker == Marker::CommentEnd) isInComment = false;
+        if (isInComment || wasInComment) continue;
+        rendered.lines.push_back({static_cast<std::size_t>(line - all.begin()) + 1, line->text});
+    }
+    return rendered;
+}
+
+/// The file's lines as they were before managed blocks changed them. A block that was appended took an empty
+/// line before it along.
+std::vector<NumberedLine> LinesBeforeEdits(const ManagedText& file, bool hasOwnNotice) {
+    std::vector<NumberedLine> lines;
+    for (const ManagedRegion& region : file.Regions()) {
+        if (region.kind == RegionKind::Block) {
+            const bool isAppended = region.formerLine == 0;
+            if (isAppended && !lines.empty() && lines.back().number + 1 == region.first &&
+                lines.back().text.empty())
+                lines.pop_back();
+            continue;
+        }
+        if (region.kind == RegionKind::Notice && !hasOwnNotice) continue;
+        for (std::size_t number = region.first; number <= region.last; ++number) {
+            const bool isFormer = region.kind == RegionKind::FormerLine;
+            lines.push_back({number, isFormer ? file.FormerText(number) : file.Line(number).text});
+        }
+    }
+    return lines;
+}
+
+std::vector<std::string_view> LiteralPieces(std::string_view templateLine) {
+    std::vector<std::string_view> pieces;
+    std::size_t from = 0;
+    for (;;) {
+        const PlaceholderRange range = NextPlaceholder(templateLine, from);
+        if (range.begin == std::string_view::npos) break;
+        pieces.push_back(templateLine.substr(from, range.begin - from));
+        from = range.end;
+    }
+    pieces.push_back(templateLine.substr(from));
+    return pieces;
+}
+
+/// Lines the two up from the top and from the bottom, as far as they fit.
+class Alignment {
+  public:
+    Alignment(const std::vector<NumberedLine>& file, const std::vector<NumberedLine>& fromTemplate,
+              std::vector<LineOrigin>& origins)
+        : m_file(file), m_template(fromTemplate), m_origins(origins) {}
+
+    void Align() {
+        if (m_file.size() == m_template.size()) {
+            for (std::size_t i = 0; i < m_file.size(); ++i)
+                Set(i, i, Fits(i, i) ? LineOrigin::Certainty::Rendered : LineOrigin::Certainty::Differs);
+            return;
+        }
+        for (const NumberedLine& line : m_file)
+            m_origins[line.number - 1].certainty = LineOrigin::Certainty::Unknown;
+        const std::size_t most = std::min(m_file.size(), m_template.size());
+        std::size_t top = 0;
+        for (; top < most && Fits(top, top); ++top)
+            Set(top, top, LineOrigin::Certainty::Rendered);
+        for (std::size_t bottom = 1; bottom <= most - top; ++bottom) {
+            const std::size_t i = m_file.size() - bottom;
+            const std::size_t j = m_template.size() - bottom;
+            if (!Fits(i, j)) break;
+            Set(i, j, LineOrigin::Certainty::Rendered);
+        }
+    }
+
+  private:
+    bool Fits(std::size_t i, std::size_t j) const { return CanBecome(m_template[j].text, m_file[i].text); }
+
+    void Set(std::size_t i, std::size_t j, LineOrigin::Certainty certainty) {
+        m_origins[m_file[i].number - 1] = {certainty, m_template[j].number};
+    }
+
+    const std::vector<NumberedLine>& m_file;
+    const std::vector<NumberedLine>& m_template;
+    std::vector<LineOrigin>& m_origins;
+};
+
+}  // namespace
+
+std::vector<std::string> PlaceholdersOf(std::string_view templateLine) {
+    std::vector<std::string> placeholders;
+    std::set<std::string_view> known;
+    std::size_t from = 0;
+    for (;;) {
+        const PlaceholderRange range = NextPlaceholder(templateLine, from);
+        if (range.begin == std::string_view::npos) break;
+        const std::string_view placeholder = templateLine.substr(range.begin, range.end - range.begin);
+        if (known.insert(placeholder).second) placeholders.emplace_back(placeholder);
+        from = range.end;
+    }
+    return placeholders;
+}
+
+bool CanBecome(std::string_view templateLine, std::string_view line) {
+    const std::vector<std::string_view> pieces = LiteralPieces(templateLine);
+    if (pieces.size() == 1) return line == templateLine;
+    if (!line.starts_with(pieces.front())) return false;
+    line.remove_prefix(pieces.front().size());
+    if (!line.ends_with(pieces.back())) return false;
+    line.remove_suffix(pieces.back().size());
+    for (auto piece = pieces.begin() + 1; piece != pieces.end() - 1; ++piece) {
+        const std::size_t position = line.find(*piece);
+        if (position == std::string_view::npos) return false;
+        line.remove_prefix(position + piece->size());
+    }
+    return true;
+}
+
+std::vector<LineOrigin> TraceLines(const ManagedText& file, std::string_view templateText) {
+    std::vector<LineOrigin> origins(file.LineCount());
+    const RenderedLines rendered = LinesThatRender(templateText);
+    Alignment(LinesBeforeEdits(file, rendered.hasOwnNotice), rendered.lines, origins).Align();
+    return origins;
+}
+
+}  // namespace ZET

@@ -1,0 +1,247 @@
+#include "text/TemplateCheck.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <utility>
+
+#include "text/FirstLine.h"
+#include "text/LineExpansion.h"
+#include "text/Markers.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr std::size_t kMostUnknownOfLine = 100;  ///< what a reader can make use of
+constexpr std::size_t kStart = 64;               ///< of a line: more than the longest marker
+
+std::size_t LongestKey(const StringMap& values) {
+    std::size_t longest = 0;
+    for (const auto& [placeholder, value] : values)
+        longest = std::max(longest, placeholder.size());
+    return longest;
+}
+
+/// A pair of markers and the region that is open between them.
+struct Region {
+    std::string_view begin;
+    std::string_view end;
+    int openedAt = 0;            ///< 0: not open
+    bool isOtherInside = false;  ///< a region of the other kind began in it, which was told
+};
+
+class TemplateChecker {
+  public:
+    TemplateChecker(const std::string& file, const StringMap& values, std::set<std::string>* used)
+        : m_file(file), m_values(values), m_longestKey(LongestKey(values)), m_used(used) {
+        for (const auto& value : values) {
+            if (value.second.find('$') == std::string::npos) m_plainValues.emplace(value.first, &value);
+            m_hasLineFeeds = m_hasLineFeeds || value.second.find('\n') != std::string::npos;
+        }
+    }
+
+    void Take(std::string_view line) {
+        ++m_line;
+        if (line.starts_with('#')) return CheckRendered(line, line);
+        const std::size_t wanted = WantedOf(line);
+        m_rendered.clear();
+        CheckPlaceholders(line, wanted);
+        if (wanted == 0) return;
+        std::string_view rendered = m_rendered;
+        for (std::size_t end; (end = rendered.find('\n')) != std::string_view::npos;
+             rendered.remove_prefix(end + 1))
+            CheckRendered(rendered.substr(0, end), line);
+        CheckRendered(rendered, line);
+    }
+
+    std::vector<Problem> End() {
+        for (const Region& region : {m_block, m_comment})
+            CheckClosed(region);
+        return std::move(m_problems);
+    }
+
+  private:
+    /// How much of what the line renders to has to be looked at: until the first lines are found all of it,
+    /// and then no more than can be a marker.
+    std::size_t WantedOf(std::string_view line) const {
+        if (!m_hasText || !m_hasFirstLine || m_hasLineFeeds) return std::string::npos;
+        return line.starts_with("${") ? kStart : 0;
+    }
+
+    void Render(std::string_view text, std::size_t wanted) {
+        if (m_rendered.size() < wanted) m_rendered.append(text.substr(0, wanted - m_rendered.size()));
+    }
+
+    /// Whether every placeholder of the line has a value, and none leads to another: most lines are like
+    /// that, and cost two searches.
+    bool IsPlain(std::string_view line, std::size_t wanted) {
+        std::size_t left = LineExpansion::kLongestLine;
+        std::size_t done = 0;
+        for (std::size_t place = 0; (place = line.find("${", done)) != std::string_view::npos;) {
+            const std::size_t end = line.find('}', place);
+            if (end == std::string_view::npos) return false;
+            const auto value = m_plainValues.find(line.substr(place, end + 1 - place));
+            if (value == m_plainValues.end() || value->second->second.size() > left) return false;
+            left -= value->second->second.size();
+            Render(line.substr(done, place - done), wanted);
+            Render(value->second->second, wanted);
+            if (m_used != nullptr) m_used->insert(value->second->first);
+            done = end + 1;
+        }
+        Render(line.substr(done), wanted);
+        return true;
+    }
+
+    void CheckPlaceholders(std::string_view line, std::size_t wanted) {
+        if (IsPlain(line, wanted)) return;
+        LineExpansion expansion(line, m_values, m_longestKey, m_used);
+        expansion.Keep(wanted);
+        TellVerdicts(expansion);
+        m_rendered = expansion.Expanded();
+    }
+
+    void TellVerdicts(LineExpansion& expansion) {
+        using Verdict = LineExpansion::Verdict;
+        std::set<std::pair<int, std::string>> unknown;
+        for (;;) {
+            switch (expansion.Next()) {
+                case Verdict::Fine:
+                    return;
+                case Verdict::NoValue:
+                    // What stands in a template comment never reaches the target.
+                    if (IsInTemplateComment()) break;
+                    if (unknown.size() == kMostUnknownOfLine ||
+                        !unknown.emplace(expansion.Column(), expansion.Placeholder()).second)
+                        break;
+                    Add(expansion.Column(),
+                        "placeholder " + Quoted(expansion.Placeholder()) + " has no value",
+                        "use one that \"values\" lists, or correct its name", expansion.Placeholder());
+                    break;
+                case Verdict::NoEnd:
+                    return Add(expansion.Column(), "\"${\" has no \"}\" after it in its line",
+                               "close the placeholder, or begin the line with #");
+                case Verdict::Endless:
+                    return Add(expansion.Column(),
+                               "the expansion of " + Quoted(expansion.Placeholder()) +
+                                   " does not end within 100,000 replacements and 16 MiB",
+                               "take the placeholder that leads back to it out of the values",
+                               expansion.Placeholder());
+            }
+        }
+    }
+
+    bool IsInTemplateComment() const {
+        return m_comment.openedAt > 0 && m_comment.begin == ZETTemplateCommentMarker;
+    }
+
+    /// A line as it is going to be, and the template's line that it comes from.
+    void CheckRendered(std::string_view text, std::string_view line) {
+        if (!m_hasText && !text.empty()) CheckNoticeIn(text, line);
+        m_hasText = m_hasText || !text.empty();
+        const bool wasInComment = IsInTemplateComment();
+        const Marker marker = MarkerOf(text);
+        if (marker != Marker::None) {
+            if (!line.starts_with('#')) TellMadeMarker(marker, line);
+            CheckMarker(text);
+        }
+        if (wasInComment || IsInTemplateComment() || m_hasFirstLine || text.empty()) return;
+        m_hasFirstLine = true;
+        if (!MustComeFirst(text)) return;
+        Add(1, "the programs that read the file need this line as its first, and the notice comes before it",
+            "take the template from the list, and edit the file with --no-markers");
+    }
+
+    /// The module takes a notice in the first line for the one it would write, wherever in it the marker is.
+    void CheckNoticeIn(std::string_view text, std::string_view line) {
+        if (text.find(ZETNoticeMarker) == std::string_view::npos) return;
+        const std::size_t place = line.find(ZETNoticeMarker);
+        Add(place == std::string_view::npos ? ColumnOfPlaceholder(line) : static_cast<int>(place) + 1,
+            Quoted(ZETNoticeMarker) + " in its first line keeps the notice out that names the template",
+            "take the notice out: a commit writes its own");
+    }
+
+    void TellMadeMarker(Marker marker, std::string_view line) {
+        Add(ColumnOfPlaceholder(line),
+            "a value makes this line begin with " + Quoted(MarkerText(marker)) +
+                ", which marks lines of the system itself",
+            "give the placeholder another value");
+    }
+
+    static int ColumnOfPlaceholder(std::string_view line) { return static_cast<int>(line.find("${")) + 1; }
+
+    void CheckMarker(std::string_view line) {
+        if (line.starts_with(ZETNoticeMarker) || line.starts_with(ZETTemplateCommentMarker)) {
+            m_comment.begin = line.starts_with(ZETNoticeMarker) ? std::string_view(ZETNoticeMarker)
+                                                                : ZETTemplateCommentMarker;
+            Open(m_comment, m_block);
+        } else if (line.starts_with(ZETCommentEndMarker)) {
+            Close(m_comment);
+        } else if (line.starts_with(ZETBeginMarker)) {
+            Open(m_block, m_comment);
+        } else if (line.starts_with(ZETEndMarker)) {
+            Close(m_block);
+        }
+    }
+
+    void Open(Region& region, Region& other) {
+        if (region.openedAt > 0) {
+            AddInside(region, region);
+        } else if (other.openedAt > 0 && !other.isOtherInside) {
+            AddInside(region, other);
+            other.isOtherInside = true;
+        }
+        region.openedAt = m_line;
+        region.isOtherInside = false;
+    }
+
+    void AddInside(const Region& inner, const Region& outer) {
+        Add(1,
+            Quoted(inner.begin) + " inside a region that line " + std::to_string(outer.openedAt) + " opened",
+            "end that region before this line");
+    }
+
+    void Close(Region& region) {
+        if (region.openedAt == 0) {
+            Add(1, Quoted(region.end) + " ends no region", "add its begin, or take the line out");
+        }
+        region.openedAt = 0;
+    }
+
+    void CheckClosed(const Region& region) {
+        if (region.openedAt == 0) return;
+        m_line = region.openedAt;
+        Add(1, Quoted(region.begin) + " has no end", "add a line " + Quoted(region.end));
+    }
+
+    static std::string Quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
+
+    void Add(int column, const std::string& text, const std::string& remedy, const std::string& quoted = "") {
+        m_problems.push_back({m_file, m_line, column, text, remedy, quoted});
+    }
+
+    const std::string& m_file;
+    const StringMap& m_values;
+    std::size_t m_longestKey;
+    std::unordered_map<std::string_view, const StringMap::value_type*> m_plainValues;  ///< those without "$"
+    std::set<std::string>* m_used;
+    int m_line = 0;
+    std::string m_rendered;       ///< what the line renders to, as far as it is wanted
+    bool m_hasLineFeeds = false;  ///< there is a value of several lines
+    bool m_hasText = false;       ///< a line was taken that does not become empty
+    bool m_hasFirstLine = false;  ///< the same for a line that is not in a template comment
+    Region m_block{ZETBeginMarker, ZETEndMarker};
+    Region m_comment{ZETTemplateCommentMarker, ZETCommentEndMarker};
+    std::vector<Problem> m_problems;
+};
+
+}  // namespace
+
+std::vector<Problem> CheckTemplate(const std::string& file, const LineSource& lines, const StringMap& values,
+                                   std::set<std::string>* used) {
+    TemplateChecker checker(file, values, used);
+    lines([&](std::string_view line) { checker.Take(line); });
+    return checker.End();
+}
+
+}  // namespace ZET

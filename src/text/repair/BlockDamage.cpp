@@ -1,0 +1,277 @@
+#include <utility>
+
+#include "text/repair/MarkerDamage.h"
+#include "text/repair/NearMarker.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+constexpr char kBeginWithoutEnd[] = "begin-without-end";
+
+/// Follows the blocks of a text. What helps to tell where a lost marker stood: the module writes one line
+/// into a block, a kept former line right before its block, and one empty line before a block that it
+/// appends.
+class BlockCheck {
+  public:
+    explicit BlockCheck(RepairText& repair) : m_repair(repair) {}
+
+    void Check() {
+        m_repair.Concern(DamagedRegions::Blocks);
+        for (std::size_t i = 0; i < m_repair.Size(); ++i) {
+            switch (m_repair.MarkerAt(i)) {
+                case Marker::FormerLine:
+                    TakeFormerLine(i);
+                    break;
+                case Marker::BlockBegin:
+                    i = TakeBegin(i);
+                    break;
+                case Marker::BlockEnd:
+                    TakeEnd(i);
+                    break;
+                default:
+                    break;
+            }
+        }
+        if (m_begin != kNone) TakeMissingEnd(m_repair.Size());
+        TakeLoneFormerLine();
+        m_repair.Settle();
+    }
+
+  private:
+    std::string LineName(std::size_t index) const { return "line " + std::to_string(m_repair.Number(index)); }
+
+    bool IsBegin(std::size_t index) const {
+        return index < m_repair.Size() && m_repair.MarkerAt(index) == Marker::BlockBegin;
+    }
+
+    bool IsFormerLine(std::size_t index) const {
+        return index < m_repair.Size() && m_repair.MarkerAt(index) == Marker::FormerLine;
+    }
+
+    /// The next line that begins with a marker of blocks, or `kNone`.
+    std::size_t NextMarker(std::size_t index) const {
+        while (++index < m_repair.Size()) {
+            const Marker marker = m_repair.MarkerAt(index);
+            if (marker == Marker::BlockBegin || marker == Marker::BlockEnd || marker == Marker::FormerLine)
+                return index;
+        }
+        return kNone;
+    }
+
+    /// Where a block that begins inside of another is followed by a second end, behind further lines, or
+    /// `kNone`.
+    std::size_t EndOfNesting(std::size_t innerBegin) const {
+        const std::size_t innerEnd = NextMarker(innerBegin);
+        if (innerEnd == kNone || m_repair.MarkerAt(innerEnd) != Marker::BlockEnd) return kNone;
+        const std::size_t outerEnd = NextMarker(innerEnd);
+        if (outerEnd == kNone || m_repair.MarkerAt(outerEnd) != Marker::BlockEnd) return kNone;
+        return outerEnd > innerEnd + 1 ? outerEnd : kNone;
+    }
+
+    void TakeFormerLine(std::size_t index) {
+        if (m_begin == kNone) {
+            TakeLoneFormerLine();
+            m_formerLine = index;
+        } else if (!IsBegin(index + 1)) {
+            m_isContentTold = true;
+            m_repair.NoteAmbiguous(
+                index, "former-line-in-block",
+                "a kept former line stands inside the block that begins in " + LineName(m_begin) +
+                    ", with which it would go",
+                {"end that block before it, and begin its own block after it", "take the line out"});
+        } else if (EndOfNesting(index + 1) == kNone) {
+            TakeMissingEnd(index);
+            m_formerLine = index;
+        }
+    }
+
+    /// Returns the last line that needs no further look.
+    std::size_t TakeBegin(std::size_t index) {
+        if (m_begin != kNone) {
+            if (IsDoubled(index)) {
+                TakeDoubled(m_repair, index, "doubled-begin", "begin");
+                m_lastBegin = index;
+                return index;
+            }
+            const std::size_t outerEnd = EndOfNesting(index);
+            if (outerEnd != kNone) return TakeNesting(index, outerEnd);
+            TakeMissingEnd(index);
+        }
+        if (m_formerLine != kNone && m_formerLine + 1 == index) m_formerLine = kNone;
+        TakeLoneFormerLine();
+        m_begin = m_lastBegin = index;
+        m_isContentTold = false;
+        return index;
+    }
+
+    bool IsDoubled(std::size_t begin) const { return m_lastBegin + 1 == begin; }
+
+    std::size_t TakeNesting(std::size_t innerBegin, std::size_t outerEnd) {
+        const std::size_t innerEnd = NextMarker(innerBegin);
+        m_repair.NoteAmbiguous(innerBegin, "nested-begin",
+                               "a block begins inside the one that begins in " + LineName(m_begin) +
+                                   "; the ends are in " + LineName(innerEnd) + " and " + LineName(outerEnd),
+                               {"make it one block: take out the markers in " + LineName(innerBegin) +
+                                    " and " + LineName(innerEnd),
+                                "end the first block before " + LineName(innerBegin) +
+                                    ", and take out the end marker in " + LineName(outerEnd)});
+        m_begin = kNone;
+        m_end = outerEnd;
+        return outerEnd;
+    }
+
+    void TakeEnd(std::size_t index) {
+        if (m_begin == kNone && m_end + 1 == index && m_end != kNone) {
+            TakeDoubled(m_repair, index, "doubled-end", "end");
+        } else if (m_begin == kNone) {
+            TakeMissingBegin(index);
+        } else if (!m_isContentTold) {
+            CheckContent(index);
+        }
+        m_begin = kNone;
+        m_end = index;
+    }
+
+    /// One line that changed places with a marker leaves an empty block, or takes another line into it.
+    void CheckContent(std::size_t end) {
+        // What was joined to a marker was told.
+        if (MarkerOf(m_repair.Text(end)) == Marker::None || MarkerOf(m_repair.Text(m_begin)) == Marker::None)
+            return;
+        const std::size_t first = m_lastBegin + 1;
+        const std::size_t count = end - first;
+        if (count == 0) NoteEmpty(end);
+        if (count == 1) CheckJoined(first);
+        if (count < 2) return;
+        m_repair.NoteAmbiguous(
+            m_begin, "several-lines-in-block",
+            "a block holds " + std::to_string(count) +
+                " lines, and the system writes one into each: the others may be yours",
+            {"put the end marker after " + LineName(first) + ", if only that line is the system's",
+             "put the begin marker before " + LineName(end - 1) + ", if only that one is",
+             "give each of them a block of its own, if all are the system's"});
+    }
+
+    /// A former line that was joined to the block's line would go with it.
+    void CheckJoined(std::size_t index) {
+        if (m_repair.MarkerAt(index) != Marker::None || !FindGluedMarker(m_repair.Text(index))) return;
+        m_repair.NoteAmbiguous(
+            index, "joined-lines", "a marker stands behind the text of a block's line",
+            {"begin a line with it, outside of the block", "take it out, and what stands behind it"});
+    }
+
+    void NoteEmpty(std::size_t end) {
+        std::vector<std::string> choices;
+        if (m_begin > 0) {
+            choices.push_back("put the begin marker before " + LineName(m_begin - 1) +
+                              ", if that line is the system's");
+        }
+        if (end + 1 < m_repair.Size())
+            choices.push_back("put the end marker after " + LineName(end + 1) + ", if that one is");
+        choices.emplace_back("write the block's line between the markers");
+        choices.emplace_back("take both markers out, if it is not wanted any more");
+        m_repair.NoteAmbiguous(m_begin, "empty-block",
+                               "a block holds no line, and the system writes one into each: it was lost, or "
+                               "changed places with a marker",
+                               choices);
+    }
+
+    void TakeMissingBegin(std::size_t end) {
+        if (m_formerLine == kNone) {
+            const std::string choice = end == 0 || m_end + 1 == end
+                                           ? "put a begin marker before it"
+                                           : "put a begin marker before " + LineName(end - 1) +
+                                                 ", the system's blocks having one line each";
+            m_repair.NoteAmbiguous(end, "stray-end", "an end marker ends no block",
+                                   {choice, "take it out, if nothing before it is the system's"});
+        } else if (end - m_formerLine <= 2) {
+            m_repair.Note(end, "stray-end", "an end marker ends no block: its begin marker was lost",
+                          "put one after the kept former line in " + LineName(m_formerLine));
+            m_repair.InsertAfter(m_formerLine, Marker::BlockBegin);
+        } else {
+            m_repair.NoteAmbiguous(
+                end, "stray-end", "an end marker ends no block: its begin marker was lost",
+                {"put one after the kept former line in " + LineName(m_formerLine) +
+                     ", if all lines between are the system's",
+                 "put one before " + LineName(end - 1) +
+                     ", if those before it are not; what has become of the kept former line is then open"});
+        }
+        m_formerLine = kNone;
+    }
+
+    /// `limit` is the first line that cannot be in the block.
+    void TakeMissingEnd(std::size_t limit) {
+        const std::size_t begin = m_lastBegin;
+        const std::size_t noted = std::exchange(m_begin, kNone);
+        const bool hadEmptyLine = IsBegin(limit) && limit > begin + 1 && m_repair.IsEmpty(limit - 1);
+        const std::size_t count = limit - begin - 1 - (hadEmptyLine ? 1 : 0);
+        const std::string what = "a begin marker has no end marker";
+        if (count == 1 || (count == 0 && !hadEmptyLine)) {
+            m_repair.Note(noted, kBeginWithoutEnd, what,
+                          "put one after " + LineName(begin + count) +
+                              (count == 0 ? ", the block's line being lost too" : ""));
+            m_repair.InsertAfter(begin + count, Marker::BlockEnd);
+            m_end = begin + count;
+        } else if (count == 0) {
+            m_repair.NoteAmbiguous(
+                noted, kBeginWithoutEnd, what,
+                {"put one after it, if the block's line is lost",
+                 "put one after " + LineName(begin + 1) + ", if the empty line is the block's"});
+        } else {
+            m_repair.NoteAmbiguous(
+                noted, kBeginWithoutEnd, what,
+                {"put one after " + LineName(begin + 1) + ", the system's blocks having one line each",
+                 "put one after the last of the system's lines, which is " + LineName(begin + count) +
+                     " at the latest",
+                 "take the begin marker out, if none of them is the system's"});
+        }
+    }
+
+    void TakeLoneFormerLine() {
+        if (m_formerLine == kNone) return;
+        const std::size_t index = std::exchange(m_formerLine, kNone);
+        // The module takes such a line for no part of a block.
+        m_repair.Concern(DamagedRegions::None);
+        const std::vector<std::string> choices = {
+            "bring the former line back with \"param restore\" or \"line restore\"",
+            "take it out, if what it holds is not wanted any more"};
+        if (IsFormerLine(index + 1)) {
+            m_repair.NoteAmbiguous(index, "former-lines-in-a-row",
+                                   "a kept former line has another one after it where its block should be",
+                                   choices);
+        } else {
+            m_repair.NoteAmbiguous(
+                index, "former-line-without-block",
+                "a kept former line has no block after it: the block was taken out, or lost", choices);
+        }
+        m_repair.Concern(DamagedRegions::Blocks);
+    }
+
+    RepairText& m_repair;
+    std::size_t m_begin = kNone;       ///< of the block that is open
+    std::size_t m_lastBegin = kNone;   ///< the last begin marker of it
+    std::size_t m_end = kNone;         ///< the last end marker
+    std::size_t m_formerLine = kNone;  ///< the last kept former line, as long as it has no block
+    bool m_isContentTold = false;      ///< what is wrong with the lines of the open block was told
+};
+
+}  // namespace
+
+void TakeDoubled(RepairText& repair, std::size_t index, const std::string& kind, const std::string& marker) {
+    const std::string what = "a second " + marker + " marker follows right after the first";
+    if (!repair.IsOnlyMarker(index)) {
+        repair.NoteAmbiguous(
+            index, kind, what + ", with text in its line",
+            {"take the marker out, and leave the text as a line of its own", "take the whole line out"});
+        return;
+    }
+    repair.Note(index, kind, what, "take it out");
+    repair.Drop(index);
+}
+
+void CheckBlocks(RepairText& repair) {
+    BlockCheck(repair).Check();
+}
+
+}  // namespace ZET

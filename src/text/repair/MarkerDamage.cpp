@@ -1,0 +1,62 @@
+#include "text/repair/MarkerDamage.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr char kCarriageReturns[] = "carriage-returns";
+constexpr int kMostRounds = 10;  ///< each makes certain what only the repairs of the one before it did
+
+/// Whether all lines end with a carriage return, marker lines among them.
+bool IsAllCarriageReturns(const RepairText& repair) {
+    bool hasMarker = false;
+    for (std::size_t i = 0; i < repair.Size(); ++i) {
+        if (repair.HasLineFeed(i) && !repair.Text(i).ends_with('\r')) return false;
+        hasMarker = hasMarker || (repair.HasLineFeed(i) && MarkerOf(repair.Text(i)) != Marker::None);
+    }
+    return hasMarker;
+}
+
+void DropCarriageReturns(RepairText& repair) {
+    for (std::size_t i = 0; i < repair.Size(); ++i) {
+        const std::string& text = repair.Text(i);
+        if (repair.HasLineFeed(i) && text.ends_with('\r')) repair.Replace(i, text.substr(0, text.size() - 1));
+    }
+}
+
+}  // namespace
+
+void CheckLineEnds(RepairText& repair, std::optional<bool> hadCarriageReturns) {
+    // Where they were there before, only those behind markers are an editor's.
+    if (hadCarriageReturns.value_or(false)) return;
+    if (!repair.KeepsCarriageReturns() && !IsAllCarriageReturns(repair)) return;
+    if (hadCarriageReturns) {
+        repair.Note(0, kCarriageReturns, "every line ends with a carriage return, and none did before",
+                    "take them out");
+        DropCarriageReturns(repair);
+        return;
+    }
+    repair.NoteAmbiguous(0, kCarriageReturns,
+                         "every line ends with a carriage return, those of the system too, which wrote none",
+                         {"take all of them out, if the program that reads the file wants none",
+                          "leave them, if the file had them before the system changed it"});
+    repair.KeepCarriageReturns();
+}
+
+Diagnosis DiagnoseMarkers(std::string_view text, const NoticeTexts& noticeTexts,
+                          std::optional<bool> hadCarriageReturns) {
+    RepairText repair(text);
+    std::string repaired(text);
+    for (int round = 0; round < kMostRounds; ++round) {
+        repair.LookAgain();
+        CheckLineEnds(repair, hadCarriageReturns);
+        CheckHandEdits(repair);
+        CheckBlocks(repair);
+        CheckNotices(repair, noticeTexts);
+        if (repair.Bytes() == repaired) break;
+        repaired = repair.Bytes();
+    }
+    return {repair.Damages(), repaired};
+}
+
+}  // namespace ZET

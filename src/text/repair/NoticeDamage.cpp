@@ -1,0 +1,216 @@
+#include <utility>
+
+#include "text/repair/MarkerDamage.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+bool IsCommentMarker(Marker marker) {
+    return marker == Marker::Notice || marker == Marker::TemplateComment || marker == Marker::CommentEnd;
+}
+
+/// The markers of notices and template comments, line by line; those inside of blocks do not count.
+std::vector<Marker> CommentMarkers(const RepairText& repair) {
+    std::vector<Marker> markers(repair.Size(), Marker::None);
+    bool isInBlock = false;
+    for (std::size_t i = 0; i < repair.Size(); ++i) {
+        const Marker marker = repair.MarkerAt(i);
+        if (marker == Marker::BlockBegin) isInBlock = true;
+        if (marker == Marker::BlockEnd) isInBlock = false;
+        if (IsCommentMarker(marker) && !isInBlock) markers[i] = marker;
+    }
+    return markers;
+}
+
+/// Follows notices and template comments from their begin to their end.
+class CommentCheck {
+  public:
+    CommentCheck(RepairText& repair, const NoticeTexts& noticeTexts)
+        : m_repair(repair), m_noticeTexts(noticeTexts), m_lines(repair.Texts()) {}
+
+    void Check() {
+        const std::vector<Marker> markers = CommentMarkers(m_repair);
+        for (std::size_t i = 0; i < markers.size(); ++i) {
+            if (markers[i] == Marker::CommentEnd) {
+                TakeEnd(i);
+            } else if (markers[i] != Marker::None) {
+                TakeBegin(i, markers[i]);
+            }
+        }
+        TakeMissingEnd();
+        m_lines.clear();
+        m_repair.Settle();
+    }
+
+  private:
+    void TakeBegin(std::size_t index, Marker marker) {
+        if (m_begin != kNone && m_lastBegin + 1 == index && m_marker == marker) {
+            TakeDoubled(m_repair, index, "doubled-begin", "begin");
+            m_lastBegin = index;
+            return;
+        }
+        TakeMissingEnd();
+        m_begin = m_lastBegin = index;
+        m_marker = marker;
+    }
+
+    void TakeEnd(std::size_t index) {
+        if (m_begin == kNone && m_end != kNone && m_end + 1 == index) {
+            TakeDoubled(m_repair, index, "doubled-end", "end");
+        } else if (m_begin == kNone) {
+            TakeMissingBegin(index);
+        } else if (m_marker == Marker::Notice) {
+            CheckText(index);
+        }
+        m_begin = kNone;
+        m_end = index;
+    }
+
+    /// What stands in a notice goes with it.
+    void CheckText(std::size_t end) {
+        const std::size_t foreign = m_noticeTexts.ForeignLine(m_lines, m_lastBegin + 1, end);
+        if (foreign == end) return;
+        m_repair.Concern(DamagedRegions::Notices);
+        m_repair.NoteAmbiguous(
+            foreign, "foreign-line-in-notice",
+            "a line stands in the notice that the system did not write, and would go with it",
+            {"move it, and what else there is yours, below the notice", "take it out, if nobody wants it"});
+        m_repair.Concern(DamagedRegions::None);
+    }
+
+    void TakeMissingBegin(std::size_t end) {
+        const std::string what = "an end marker ends no notice and no template comment";
+        const std::size_t length = m_noticeTexts.LengthBefore(m_lines, end);
+        if (length == 0) {
+            m_repair.NoteAmbiguous(
+                end, "stray-comment-end", what,
+                {"put the begin marker of the notice or template comment where that begins",
+                 "take it out, if there is none"});
+            return;
+        }
+        m_repair.Note(end, "stray-comment-end", what + ": the notice's begin marker was lost",
+                      "put it before line " + std::to_string(m_repair.Number(end - length)));
+        m_repair.InsertBefore(end - length, Marker::Notice);
+    }
+
+    void TakeMissingEnd() {
+        const std::size_t begin = std::exchange(m_begin, kNone);
+        if (begin == kNone) return;
+        if (m_marker == Marker::TemplateComment) {
+            m_repair.NoteAmbiguous(
+                begin, "template-comment-without-end",
+                "a template comment has no end marker, and in a template would take all lines "
+                "after it with it",
+                {"put one after its last line", "take the begin marker out"});
+            return;
+        }
+        m_repair.Concern(DamagedRegions::Notices);
+        const std::string what = "a notice has no end marker, and takes all lines after it with it";
+        const std::size_t length = m_noticeTexts.LengthFrom(m_lines, m_lastBegin + 1);
+        if (length == 0) {
+            m_repair.NoteAmbiguous(begin, "notice-without-end", what,
+                                   {"put one after the last line of the notice",
+                                    "take the whole notice out; the next change writes a new one"});
+            m_repair.Concern(DamagedRegions::None);
+            return;
+        }
+        const std::size_t last = m_lastBegin + length;
+        m_repair.Note(begin, "notice-without-end", what,
+                      "put one after line " + std::to_string(m_repair.Number(last)));
+        m_repair.InsertAfter(last, Marker::CommentEnd);
+        m_end = last;
+        m_repair.Concern(DamagedRegions::None);
+    }
+
+    RepairText& m_repair;
+    const NoticeTexts& m_noticeTexts;
+    std::vector<std::string_view> m_lines;
+    Marker m_marker = Marker::None;
+    std::size_t m_begin = kNone;
+    std::size_t m_lastBegin = kNone;
+    std::size_t m_end = kNone;
+};
+
+struct Notice {
+    std::size_t first = 0;
+    std::size_t last = 0;
+};
+
+/// The notices that have an end.
+std::vector<Notice> WholeNotices(const RepairText& repair) {
+    std::vector<Notice> notices;
+    std::size_t begin = kNone;
+    const std::vector<Marker> markers = CommentMarkers(repair);
+    for (std::size_t i = 0; i < markers.size(); ++i) {
+        if (markers[i] == Marker::Notice && begin == kNone) begin = i;
+        if (markers[i] == Marker::TemplateComment) begin = kNone;
+        if (markers[i] == Marker::CommentEnd && begin != kNone)
+            notices.push_back({std::exchange(begin, kNone), i});
+    }
+    return notices;
+}
+
+bool HaveSameText(const RepairText& repair, const Notice& one, const Notice& other) {
+    const std::size_t count = one.last - one.first;
+    if (other.last - other.first != count) return false;
+    for (std::size_t i = 0; i <= count; ++i) {
+        if (repair.Text(one.first + i) != repair.Text(other.first + i)) return false;
+    }
+    return true;
+}
+
+void CheckPlace(RepairText& repair, const Notice& notice) {
+    std::size_t top = 0;
+    while (repair.IsEmpty(top))
+        ++top;
+    // The module looks for the marker anywhere in that line.
+    if (repair.Text(top).find(MarkerText(Marker::Notice)) != std::string::npos) return;
+    repair.NoteAmbiguous(
+        notice.first, "misplaced-notice",
+        "lines stand above the notice, so that the next change writes a second one above them",
+        {"move those lines below it", "leave it, if the first line of this file has to be another one"});
+}
+
+/// Whether the second of two notices with the same text says nothing but what the system writes.
+bool IsOnlyTheSystems(const RepairText& repair, const NoticeTexts& noticeTexts, const Notice& notice) {
+    const std::vector<std::string_view> lines = repair.Texts(notice.first, notice.last + 1);
+    return repair.IsOnlyMarker(notice.first) && repair.IsOnlyMarker(notice.last) &&
+           noticeTexts.ForeignLine(lines, 1, lines.size() - 1) == lines.size() - 1;
+}
+
+void CheckDoubledNotices(RepairText& repair, const NoticeTexts& noticeTexts) {
+    const std::vector<Notice> notices = WholeNotices(repair);
+    if (notices.empty()) return;
+    CheckPlace(repair, notices.front());
+    for (auto notice = notices.begin() + 1; notice != notices.end(); ++notice) {
+        const std::string what =
+            "a second notice; the first is in line " + std::to_string(repair.Number(notices.front().first));
+        if (!HaveSameText(repair, notices.front(), *notice)) {
+            repair.NoteAmbiguous(notice->first, "doubled-notice", what + " and says something else",
+                                 {"take this one out", "take the first one out"});
+            continue;
+        }
+        if (!IsOnlyTheSystems(repair, noticeTexts, *notice)) {
+            repair.NoteAmbiguous(notice->first, "doubled-notice", what + ", and both hold other text",
+                                 {"take this one out but for what is yours in it", "take it out as it is"});
+            continue;
+        }
+        repair.Note(notice->first, "doubled-notice", what, "take it out");
+        for (std::size_t i = notice->first; i <= notice->last; ++i)
+            repair.Drop(i);
+    }
+    repair.Settle();
+}
+
+}  // namespace
+
+void CheckNotices(RepairText& repair, const NoticeTexts& noticeTexts) {
+    repair.Concern(DamagedRegions::None);
+    CommentCheck(repair, noticeTexts).Check();
+    CheckDoubledNotices(repair, noticeTexts);
+}
+
+}  // namespace ZET

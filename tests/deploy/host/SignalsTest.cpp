@@ -1,0 +1,39 @@
+#include "deploy/host/Signals.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <thread>
+
+namespace ZET {
+namespace {
+
+/// Exits with 0 when the signal ended a wait for something that does not come, and was noticed.
+[[noreturn]] void WaitForNothing() {
+    int ends[2] = {-1, -1};
+    if (pipe(ends) != 0) std::exit(2);
+    const SignalGuard guard;
+    const pthread_t waiter = pthread_self();
+    std::thread other([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        pthread_kill(waiter, SIGTERM);
+        // So that the test ends when it fails.
+        std::this_thread::sleep_for(std::chrono::seconds(2));
+        [[maybe_unused]] const ssize_t count = write(ends[1], "x", 1);
+    });
+    char byte = 0;
+    const bool isEnded = read(ends[0], &byte, 1) < 0 && errno == EINTR;
+    other.join();
+    std::exit(isEnded && SignalGuard::Caught() ? 0 : 1);
+}
+
+TEST(SignalsTest, SignalEndsACallThatWaitsForSomethingThatMayNeverCome) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(WaitForNothing(), testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
+}  // namespace ZET

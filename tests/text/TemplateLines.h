@@ -1,0 +1,21 @@
+#ifndef ZET_TEMPLATE_LINES_H
+#define ZET_TEMPLATE_LINES_H
+
+#include <string>
+
+#include "text/Markers.h"
+#include "text/TemplateCheck.h"
+
+namespace ZET {
+
+/// The lines of a template that is no file.
+inline LineSource LinesOf(const std::string& text) {
+    return [text](const auto& take) {
+        for (const TextLine& line : SplitLines(text))
+            take(line.text);
+    };
+}
+
+}  // namespace ZET
+
+#endif

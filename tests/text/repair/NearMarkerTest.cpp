@@ -1,0 +1,109 @@
+#include "text/repair/NearMarker.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+using ZET::FindGluedMarker;
+using ZET::FindNearMarker;
+using ZET::Marker;
+
+namespace {
+
+/// The line as it should read; empty for one that is not nearly a marker.
+std::string Fixed(const std::string& line) {
+    const auto near = FindNearMarker(line);
+    return near ? near->line : "";
+}
+
+constexpr char kBegin[] = "# ---ZET_BEGIN---";
+constexpr char kEnd[] = "# ----ZET_END----";
+
+}  // namespace
+
+TEST(NearMarker, MarkerItselfIsNotNearlyOne) {
+    for (const Marker marker : ZET::kMarkers)
+        EXPECT_EQ(Fixed(std::string(ZET::MarkerText(marker)) + "x"), "");
+}
+
+TEST(NearMarker, IndentedMarkerIsRecognised) {
+    EXPECT_EQ(Fixed("  # ---ZET_BEGIN---"), kBegin);
+    EXPECT_EQ(Fixed("\t# --ZET_COMMENT_END--\r"), "# --ZET_COMMENT_END--");
+}
+
+TEST(NearMarker, OtherNumberOfDashesIsRecognised) {
+    EXPECT_EQ(Fixed("# --ZET_BEGIN--"), kBegin);
+    EXPECT_EQ(Fixed("# ---ZET_END---"), kEnd);
+    EXPECT_EQ(Fixed("# ZET_END----"), kEnd);
+    EXPECT_EQ(Fixed("# -------ZET_END"), kEnd);
+}
+
+TEST(NearMarker, LostOrOtherCommentSignIsRecognised) {
+    EXPECT_EQ(Fixed("---ZET_BEGIN---"), kBegin);
+    EXPECT_EQ(Fixed("#---ZET_BEGIN---"), kBegin);
+    EXPECT_EQ(Fixed("## ---ZET_BEGIN---"), kBegin);
+    EXPECT_EQ(Fixed("; ---ZET_BEGIN---"), kBegin);
+}
+
+TEST(NearMarker, OtherLetterCaseIsRecognised) {
+    EXPECT_EQ(Fixed("# ---zet_begin---"), kBegin);
+    EXPECT_EQ(Fixed("# --Zet_Template_Comment--"), "# --ZET_TEMPLATE_COMMENT--");
+}
+
+TEST(NearMarker, DashesAndQuotesOfATextProcessorAreRecognised) {
+    EXPECT_EQ(Fixed("# \u2014-ZET_BEGIN\u2014-"), kBegin);
+    EXPECT_EQ(Fixed("\u201c# ---ZET_BEGIN---\u201d"), kBegin);
+    EXPECT_EQ(Fixed("\u00ab# ----ZET_END----\u00bb"), kEnd);
+    EXPECT_EQ(Fixed("'# ----ZET_END----'"), kEnd);
+}
+
+TEST(NearMarker, OneWrongLetterIsRecognised) {
+    EXPECT_EQ(Fixed("# ---ZET_BEGN---"), kBegin);
+    EXPECT_EQ(Fixed("# ---ZET BEGIN---"), kBegin);
+    EXPECT_EQ(Fixed("# --ZET_CONFIG_COMMMENT--"), "# --ZET_CONFIG_COMMENT--");
+    EXPECT_EQ(Fixed("# ---ZET_BEGIM---"), kBegin);
+}
+
+TEST(NearMarker, TwoWrongLettersAreNot) {
+    EXPECT_EQ(Fixed("# ---ZET_BGN---"), "");
+}
+
+TEST(NearMarker, ProseAboutMarkersIsNotNearlyOne) {
+    EXPECT_EQ(Fixed("# Do not edit data between ZET_BEGIN and ZET_END labels manually"), "");
+    EXPECT_EQ(Fixed("# see # ---ZET_BEGIN---"), "");
+    EXPECT_EQ(Fixed("ZET_BEGIN"), "");
+    EXPECT_EQ(Fixed("# pre zet settings"), "");
+    EXPECT_EQ(Fixed("# ---------"), "");
+    EXPECT_EQ(Fixed(""), "");
+}
+
+TEST(NearMarker, FormerTextIsKeptByteForByte) {
+    EXPECT_EQ(Fixed("  # --PRE-ZET--  kdc = old \r"), "# --PRE-ZET--  kdc = old \r");
+    EXPECT_EQ(Fixed("# --PRE-ZET--kdc=old"), "# --PRE-ZET-- kdc=old");
+    EXPECT_EQ(Fixed("#--pre-zet-- kdc=Old"), "# --PRE-ZET-- kdc=Old");
+    EXPECT_EQ(Fixed("# -PRE_ZET--- kdc"), "# --PRE-ZET-- kdc");
+    EXPECT_EQ(Fixed("# --PRE-ZET--"), "# --PRE-ZET-- ");
+}
+
+TEST(GluedMarker, MarkerBehindOtherTextIsFound) {
+    const auto glued = FindGluedMarker("kdc=new# ----ZET_END----");
+    ASSERT_TRUE(glued);
+    EXPECT_EQ(glued->marker, Marker::BlockEnd);
+    EXPECT_EQ(glued->position, 7U);
+}
+
+TEST(GluedMarker, MarkerInTheMiddleOfTextIsOnlyAMention) {
+    EXPECT_FALSE(FindGluedMarker("a # ----ZET_END---- b"));
+    EXPECT_FALSE(FindGluedMarker("# ----ZET_END----"));
+}
+
+TEST(GluedMarker, FirstOfTwoIsFound) {
+    const auto glued = FindGluedMarker("x# ----ZET_END----# --PRE-ZET-- old");
+    ASSERT_TRUE(glued);
+    EXPECT_EQ(glued->marker, Marker::BlockEnd);
+}
+
+TEST(GluedMarker, FormerLineThatKeepsAFormerLineIsWhole) {
+    EXPECT_FALSE(FindGluedMarker("# --PRE-ZET-- # --PRE-ZET-- old"));
+    EXPECT_TRUE(FindGluedMarker("# ----ZET_END----# --PRE-ZET-- old"));
+}
