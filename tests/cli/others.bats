@@ -308,6 +308,22 @@ assert_secret_kept() {
     assert_absent conf.tmp
 }
 
+@test "what a run that was cut short left and cannot be removed is told, and ends no run" {
+    add_target one.conf $'x\n'
+    printf '%s\n' "$HOST/conf" "$HOST/out/one.conf" >state/zet.pending
+    sleep 0.05
+    echo half >conf.tmp
+    echo half >out/one.conf.tmp
+    # The first of the two is what cannot be removed.
+    capture strace -f -qq -o "$BASE/trace" -e trace=unlink,unlinkat -e inject=unlink,unlinkat:error=EPERM:when=1 \
+        "$ZET_BIN/zet-client" --config zet.conf commit-config
+    assert_status 0
+    assert_stderr "zet-client: warning: Failed to remove file '$HOST/conf.tmp': Operation not permitted (run the command as a user who may)
+zet-client: removed $HOST/out/one.conf.tmp, which a run that was cut short left"
+    assert_file conf.tmp $'half\n'
+    assert_made one.conf $'x\n'
+}
+
 @test "a file of the state that has another name is not written through" {
     add_target one.conf $'x\n'
     for name in zet.pending.tmp zet-client.manifest.tmp zet.lock; do

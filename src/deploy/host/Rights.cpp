@@ -21,7 +21,8 @@ constexpr gid_t kNoGroup = 65534;
 constexpr auto kAsk = static_cast<uid_t>(-1);  // changes nothing, and returns the present one
 
 [[noreturn]] void Fail(uid_t user) {
-    throw Failure("the rights of " + NameOfUser(user) + " cannot be taken: " + std::strerror(errno) +
+    const int error = errno;  // which looking up his name may change
+    throw Failure("the rights of " + NameOfUser(user) + " cannot be taken: " + std::strerror(error) +
                   " (run the command as that user: sudo -u " + NameOfUser(user) + " ...)");
 }
 

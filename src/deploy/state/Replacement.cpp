@@ -36,6 +36,11 @@ FileVersion PresentVersion(const FileInPlace& file) {
     return VersionIn(file.Directory(), file.NameInDirectory(), file.Path());
 }
 
+/// Of its directory likewise; an empty suffix is for the file itself.
+bool HasCompanion(const FileInPlace& file, const char* suffix) {
+    return StateIn(file.Directory(), file.NameInDirectory() + suffix, file.Path() + suffix).exists;
+}
+
 void RequireVersion(const FileInPlace& file, const FileVersion& version) {
     if (PresentVersion(file) == version) return;
     throw Failure(file.Path() +
@@ -78,15 +83,15 @@ void Replacement::TellIfPossible(const std::exception& error) noexcept {
 
 void Replacement::KeepOriginal() {
     RequireVersion(m_file, m_version);
-    const bool hadReserve = IsFileExist(m_file.Path() + ZETReserveSuffix);
-    const bool hadAbsence = IsFileExist(m_file.Path() + ZETAbsenceSuffix);
+    const bool hadReserve = HasCompanion(m_file, ZETReserveSuffix);
+    const bool hadAbsence = HasCompanion(m_file, ZETAbsenceSuffix);
     if (!hadReserve) m_newCompanions.emplace_back(ZETReserveSuffix);
     if (!hadAbsence) m_newCompanions.emplace_back(ZETAbsenceSuffix);
     m_file.Within([&](const std::string& name) { m_product.Config().ReserveConfigFile(name); });
     // Copying takes its time, in which another program may write the file: such a reserve is not the
     // original.
     RequireVersion(m_file, m_version);
-    if (!hadReserve && m_file.Holder() && IsFileExist(m_file.Path() + ZETReserveSuffix)) CompleteReserve();
+    if (!hadReserve && m_file.Holder() && HasCompanion(m_file, ZETReserveSuffix)) CompleteReserve();
 }
 
 void Replacement::Make(mode_t mode, const Operation& operation, const Judge& judge) {
@@ -179,7 +184,7 @@ void RestoreOriginal(HostProduct& product, const FileInPlace& file, const FileVe
 }
 
 void PutBackAsItWas(HostProduct& product, const FileInPlace& file, const FileVersion& version) {
-    const bool isToGo = !IsFileExist(file.Path() + ZETReserveSuffix) && IsFileExist(file.Path());
+    const bool isToGo = !HasCompanion(file, ZETReserveSuffix) && HasCompanion(file, "");
     if (!isToGo) return RestoreOriginal(product, file, version);
     RequireVersion(file, version);
     file.Within([](const std::string& name) { RemoveFile(name); });

@@ -12,6 +12,8 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/OwnedDescriptor.h"
+#include "deploy/host/Rights.h"
 #include "deploy/state/Instructions.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Manifest.h"
@@ -155,6 +157,27 @@ void HideQuotes(Deployment& product, const std::string& file, std::vector<Proble
     }
 }
 
+/// Whether this user may not read it; `path` is what to open to find that out.
+bool IsDenied(const std::string& path, int flags) {
+    const OwnedDescriptor opened(open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    return opened < 0 && errno == EACCES;
+}
+
+/// What keeps the user in whose directory a target lies from rendering it: its template, or the directory in
+/// which root is going to install the working copy. Empty when nothing does.
+std::string DeniedToHolder(Deployment& product, const Target& target, const FoundFile& found) {
+    const std::string file = TemplateFile(product, target.templateName);
+    if (file.empty() || !found.judge.Holder()) return "";
+    const std::string directory = DirectoryOf(WorkingCopy(product, target.templateName));
+    const std::string entry = directory + "/.";
+    const RightsOf rights(*found.judge.Holder(), found.status->st_gid);
+    rights.Take();
+    const bool isFileDenied = IsDenied(file, O_RDONLY);
+    const bool isEntryDenied = IsDenied(entry, O_PATH);
+    rights.Drop();
+    return isFileDenied ? file : isEntryDenied ? directory : "";
+}
+
 /// Checks targets one by one; what they have in common is in here.
 class TargetChecker {
   public:
@@ -204,11 +227,6 @@ class TargetChecker {
             m_result.push_back(std::move(*problem));
     }
 
-    bool IsForEverybody(const Target& target) {
-        const std::string file = TemplateFile(m_product, target.templateName);
-        return file.empty() || (ModeOf(file) & S_IROTH) != 0;
-    }
-
     /// Its directory, and the way there.
     std::vector<Problem> CheckPlace(const Target& target, const std::string& path) {
         std::vector<Problem> problems = CheckDirectory(DirectoryOf(path), path, "the target in the list");
@@ -221,11 +239,11 @@ class TargetChecker {
         if (!problems.empty() || geteuid() != 0) return problems;
         if (found.judge.Objection()) {
             problems.push_back(*found.judge.Objection());
-        } else if (found.judge.Holder() && !IsForEverybody(target)) {
+        } else if (const std::string denied = DeniedToHolder(m_product, target, found); !denied.empty()) {
             problems.push_back({path, 0, 0,
                                 "is rendered with the rights of " + NameOfUser(*found.judge.Holder()) +
                                     ", who may not read the template [" + target.templateName + "]",
-                                "chmod o+r the template, or trust that user in the list"});
+                                "let him read " + denied + ", or trust him in the list"});
         }
         return problems;
     }

@@ -33,8 +33,8 @@ struct TargetList {
     std::vector<Problem> problems;
 };
 
-/// Reads targets.ini in the directory of the pristine templates. A list that cannot be read, or that others
-/// may write while root runs, is a `Failure`; broken entries are problems.
+/// Reads targets.ini in the directory of the pristine templates. A list that cannot be read is a `Failure`,
+/// and so is, while root runs, one that others may write or lead root to; broken entries are problems.
 TargetList ReadTargetList(HostProduct& product);
 
 /// The targets of the product's role whose templates `templateNames` has, all when it is empty, in the order

@@ -12,9 +12,9 @@
 #include <string>
 #include <vector>
 
-#include "cli/Report.h"
-#include "cli/Session.h"
-#include "cli/commands/Commands.h"
+#include "deploy/edit/LineEdits.h"
+#include "deploy/edit/ParamEdits.h"
+#include "deploy/edit/Reserves.h"
 #include "deploy/host/Failure.h"
 #include "text/repair/MarkerDamage.h"
 #include "zet/ZETFormat.h"
@@ -196,23 +196,30 @@ class EditSafety : public testing::Test {
         Write(m_directory / "zet.conf", "ZET_SYNC=no\nZET_CFG_DIR=" + Below("etc") +
                                             "\nZET_CFG_TEMPL_DIR=" + Below("templates") +
                                             "\nZET_VAR_LIB_DIR=" + Below("state") + "\n");
-        m_request.program = "zet-client";
-        m_request.role = "client";
-        m_request.configFile = Below("zet.conf");
-        m_request.moduleFile = ZET_MODULE;
-        m_request.file = Below("conf");
-        m_request.quiet = true;
-        Write(m_request.file + ZETReserveSuffix, "as it was once\n");
+        m_options.configFile = Below("zet.conf");
+        m_options.moduleFile = ZET_MODULE;
+        m_file = Below("conf");
+        Write(m_file + ZETReserveSuffix, "as it was once\n");
     }
 
     ~EditSafety() override { fs::remove_all(m_directory); }
 
     std::string Below(const std::string& name) const { return (m_directory / name).string(); }
 
-    /// What kept the command from its work, or nothing.
-    std::string Run(Session& session, int (*command)(Session&)) {
+    /// Makes one of the edits; what kept it from being made, or nothing.
+    std::string Edit(Deployment& product, FileMaker& maker) {
+        const std::string name = maker.Name();
+        const std::string pattern = "^#*" + name + "=";
+        EditOptions options;
+        options.allBlocks = maker.Below(2) == 0;
+        const int kind = maker.Below(5);
+        m_edit = kNames[kind] + (" " + name);
         try {
-            command(session);
+            if (kind == 0) SetParam(product, m_file, name, "new", options);
+            if (kind == 1) SetLine(product, m_file, pattern, name + "=new", options);
+            if (kind == 2) RestoreParam(product, m_file, name, options);
+            if (kind == 3) RestoreLine(product, m_file, pattern, options);
+            if (kind == 4) StripFile(product, m_file, options);
             return "";
         } catch (const Failure& failure) {
             return failure.what();
@@ -221,25 +228,13 @@ class EditSafety : public testing::Test {
         }
     }
 
-    /// Fills the request for one of the edits.
-    int (*Ask(FileMaker& maker))(Session&) {
-        m_request.name = maker.Name();
-        m_request.pattern = "^#*" + m_request.name + "=";
-        m_request.text = "new";
-        m_request.edit.allBlocks = maker.Below(2) == 0;
-        const int kind = maker.Below(5);
-        m_request.command = kNames[kind];
-        if (kind == 1) m_request.text = m_request.name + "=new";
-        return kCommands[kind];
-    }
-
     static constexpr const char* kNames[] = {"param set", "line set", "param restore", "line restore",
                                              "file strip"};
-    static constexpr int (*kCommands[])(Session&) = {&RunParamSet, &RunLineSet, &RunParamRestore,
-                                                     &RunLineRestore, &RunFileStrip};
 
     fs::path m_directory;
-    Request m_request;
+    Options m_options;
+    std::string m_file;
+    std::string m_edit;  ///< the last one, in words
 };
 
 bool IsOfMarkers(const std::string& refusal) {
@@ -249,8 +244,8 @@ bool IsOfMarkers(const std::string& refusal) {
 TEST_F(EditSafety, NoLineOfTheAdministratorsIsLostWhateverBecameOfTheMarkers) {
     const char* const asked = std::getenv("ZET_EDIT_CASES");
     const int cases = asked != nullptr ? std::atoi(asked) : kCases;
-    Report report(m_request);
-    Session session(m_request, report);
+    Observer observer;
+    Deployment product(m_options, observer);
     const NoticeTexts noticeTexts;
     FileMaker maker(20);
     int refused = 0;
@@ -260,11 +255,10 @@ TEST_F(EditSafety, NoLineOfTheAdministratorsIsLostWhateverBecameOfTheMarkers) {
         const int damages = maker.Below(8) == 0 ? 0 : 1 + maker.Below(2);
         maker.Damage(lines, damages);
         const std::string before = maker.TextOf(lines);
-        Write(m_request.file, before);
-        const std::string refusal = Run(session, Ask(maker));
-        const std::string after = Read(m_request.file);
-        const std::string what = m_request.command + " " + m_request.name + " on\n" + before + "gave\n" +
-                                 (refusal.empty() ? after : refusal);
+        Write(m_file, before);
+        const std::string refusal = Edit(product, maker);
+        const std::string after = Read(m_file);
+        const std::string what = m_edit + " on\n" + before + "gave\n" + (refusal.empty() ? after : refusal);
         if (!refusal.empty()) {
             ASSERT_EQ(after, before) << what;
         }

@@ -1,0 +1,80 @@
+# Another program writes a target between the look at it and the end of the command: its work is told, not recorded.
+
+load helper
+load set
+
+setup() {
+    make_set
+}
+
+teardown() {
+    remove_host
+}
+
+# written_meanwhile LINE...: a target of which nothing would change, and a second one whose check is this script.
+written_meanwhile() {
+    add_target one.conf $'x\n'
+    zet commit-config >/dev/null
+    printf '#!/bin/sh\n%s\n' "$1" >"$BASE/write"
+    chmod 755 "$BASE/write"
+    add_target two.conf $'y\n' "check = $BASE/write"
+}
+
+assert_told() {
+    assert_status 1
+    [[ $stderr == *"error: $HOST/out/one.conf: another program wrote it after it was looked at (look at it, and run the command again)"* ]]
+    assert_absent out/two.conf
+}
+
+@test "an unchanged target that another program writes meanwhile ends the commit, and nothing takes its place" {
+    written_meanwhile "echo theirs >>'$HOST/out/one.conf'"
+    local state
+    state=$(sha256sum state/zet-client.manifest)
+    run_zet commit-config
+    assert_told
+    assert_made one.conf $'x\ntheirs\n'
+    assert_equal "$(sha256sum state/zet-client.manifest)" "$state"
+    # It is the other program's work, not the product's.
+    run_zet status
+    assert_status 3
+    [[ $output == *"$HOST/out/one.conf: edited"* ]] || differ status "edited" "$output"
+    run_zet rollback-config
+    assert_status 1
+    assert_made one.conf $'x\ntheirs\n'
+}
+
+@test "an unchanged target that another program replaces meanwhile ends the commit" {
+    written_meanwhile "echo theirs >'$HOST/out/new'; mv '$HOST/out/new' '$HOST/out/one.conf'"
+    run_zet commit-config
+    assert_told
+    assert_file out/one.conf $'theirs\n'
+}
+
+@test "an unchanged target that another program removes meanwhile ends the commit" {
+    written_meanwhile "rm '$HOST/out/one.conf'"
+    run_zet commit-config
+    assert_told
+    assert_absent out/one.conf
+}
+
+@test "a target that stays for the other role is not recorded when another program writes it meanwhile" {
+    add_target one.conf $'x\n'
+    server commit-config >/dev/null
+    zet commit-config >/dev/null
+    # As the server left it: nothing would be rendered for that role.
+    server commit-config >/dev/null
+    # It is stopped when it first looks at the template, and has looked at the target.
+    strace -f -qq -P "$HOST/etc/one.conf" -e trace=openat -e inject=openat:signal=STOP:when=1 -o "$BASE/trace" \
+        "$ZET_BIN/zet-client" --config zet.conf rollback-config >"$BASE/output" 2>"$BASE/stderr" 3>&- &
+    local strace=$! tries=0
+    until grep -qs "stopped by SIGSTOP" "$BASE/trace" || [[ $((++tries)) -gt 400 ]]; do sleep 0.05; done
+    touch out/one.conf
+    kill -CONT "$(awk '{ print $1; exit }' "$BASE/trace")"
+    status=0
+    wait "$strace" || status=$?
+    assert_equal "$status" 1
+    [[ $(cat "$BASE/stderr") == *"error: $HOST/out/one.conf: could not be put back: another program wrote it after it was looked at (run the command again)"* ]]
+    [[ -s state/zet-client.manifest ]]
+    run_zet rollback-config
+    assert_status 0
+}
