@@ -15,8 +15,6 @@ namespace ZET {
 
 namespace {
 
-constexpr char kVersion[] = "1.7.37";
-
 /// What a command takes beside the options of all; the order is that of the help.
 class CommandLine {
   public:
@@ -115,7 +113,7 @@ class CommandLine {
         m_app.add_option("--log", m_request.log, "Where log records go")
             ->check(CLI::IsMember({"stderr", "syslog"}));
         m_app.set_help_flag("-h,--help", "Print this help and exit");
-        m_app.set_version_flag("-V,--version", m_request.program + " " + kVersion);
+        m_app.set_version_flag("-V,--version", m_request.program + " " ZET_VERSION);
     }
 
     void AddConfigCommands() {

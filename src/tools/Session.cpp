@@ -6,6 +6,7 @@
 #include <climits>
 #include <clocale>
 #include <cstdlib>
+#include <filesystem>
 
 #include "ExitStatus.h"
 #include "HostLists.h"
@@ -27,8 +28,8 @@ std::string OwnModule() {
     char program[PATH_MAX];
     const ssize_t length = readlink("/proc/self/exe", program, sizeof program);
     if (length <= 0) throw Failure("the program cannot find its own place (name the module with --module)");
-    const std::string path(program, static_cast<std::size_t>(length));
-    return DirectoryOf(DirectoryOf(path)) + "/lib/zet/libzet-config.so";
+    const std::filesystem::path path(std::string(program, static_cast<std::size_t>(length)));
+    return (path.parent_path() / ZET_WAY_TO_MODULE).lexically_normal();
 }
 
 ZETLogLevel Threshold(const Request& request) {
