@@ -9,6 +9,7 @@
 
 #include "Commands.h"
 #include "ExitStatus.h"
+#include "Installed.h"
 #include "Report.h"
 
 namespace ZET {
@@ -113,7 +114,7 @@ class CommandLine {
         m_app.add_option("--log", m_request.log, "Where log records go")
             ->check(CLI::IsMember({"stderr", "syslog"}));
         m_app.set_help_flag("-h,--help", "Print this help and exit");
-        m_app.set_version_flag("-V,--version", m_request.program + " " ZET_VERSION);
+        m_app.set_version_flag("-V,--version", m_request.program + " " + ProductVersion());
     }
 
     void AddConfigCommands() {

@@ -1,15 +1,12 @@
 #include "Session.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <climits>
 #include <clocale>
 #include <cstdlib>
-#include <filesystem>
 
 #include "ExitStatus.h"
 #include "HostLists.h"
+#include "Installed.h"
 #include "Instructions.h"
 #include "Secrets.h"
 #include "zet/ZETErrors.h"
@@ -22,15 +19,6 @@ namespace {
 constexpr char kInterfaceName[] = "zet-config";
 constexpr char kPreference[] = "LANGUAGE";
 constexpr const char* kDirectories[] = {"ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET_VAR_LIB_DIR"};
-
-/// The module that belongs to the program, wherever both are installed.
-std::string OwnModule() {
-    char program[PATH_MAX];
-    const ssize_t length = readlink("/proc/self/exe", program, sizeof program);
-    if (length <= 0) throw Failure("the program cannot find its own place (name the module with --module)");
-    const std::filesystem::path path(std::string(program, static_cast<std::size_t>(length)));
-    return (path.parent_path() / ZET_WAY_TO_MODULE).lexically_normal();
-}
 
 ZETLogLevel Threshold(const Request& request) {
     if (request.quiet) return ZETLogError;
