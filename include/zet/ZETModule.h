@@ -25,9 +25,12 @@ struct ZETModuleRecord {
 /// a time, and another one after `module_done`. `module_done` is called only after a `module_init` that was
 /// true.
 ///
-/// A module finds the core's services (log, errors, file helpers) in the process. They are those of the
-/// library "libzet-core.so"; a core of one's own is a library of that name, or is built into a program that
-/// exports them (linked with "-rdynamic") and loads no other.
+/// A module finds the core's services (log, errors, formatter, file helpers, base of the interfaces) in the
+/// process, by the names of the library that it was linked to: "libzet-core.so.1", version node ZET_CORE_1. A
+/// core of one's own is a library of that name and node, which the host is linked to; or it is built into a
+/// program that exports the services (linked with "-rdynamic"): they come before those of the reference
+/// library, which the module still needs beside it. Without the option the module would silently use that
+/// one.
 extern "C" {
 
 /// The module's record, which lives as long as the module; null, with a message on standard error, when the
