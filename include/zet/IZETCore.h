@@ -12,7 +12,8 @@ namespace ZET {
 
 /// The core as a module sees it. The order of the operations is part of the contract. A module keeps a plain
 /// reference from `module_init` to `module_done` and never deletes the core. Calls must not overlap. What an
-/// operation cannot do it throws as an `EZETError`.
+/// operation cannot do it throws as an `EZETError`. Who writes another core finds in ZETModule.h how a module
+/// gets at its services.
 class IZETCore {
   public:
     virtual ~IZETCore() = default;

@@ -5,11 +5,13 @@
 #include <exception>
 #include <string>
 
+#include "zet/ZETApi.h"
+
 namespace ZET {
 
 /// An operation failed. Thrown by value and caught by reference; defined in the core with default visibility,
 /// because it travels across the boundaries of shared objects.
-class __attribute__((visibility("default"))) EZETError : public std::exception {
+class ZET_API EZETError : public std::exception {
   public:
     /// `message` is for the reader, translated and complete; `detail` adds to it and may be empty.
     EZETError(const std::string& message, const std::string& detail);
@@ -39,14 +41,14 @@ class __attribute__((visibility("default"))) EZETError : public std::exception {
 };
 
 /// The caller passed a bad argument, for example an empty name.
-class __attribute__((visibility("default"))) EZETCheckError : public EZETError {
+class ZET_API EZETCheckError : public EZETError {
   public:
     EZETCheckError(const std::string& message, const std::string& detail);
     ~EZETCheckError() override;
 };
 
 /// A value that must not occur: an inner contradiction.
-class __attribute__((visibility("default"))) EZETInternalError : public EZETError {
+class ZET_API EZETInternalError : public EZETError {
   public:
     EZETInternalError(const std::string& message, const std::string& detail, const std::string& source,
                       const std::string& function, std::size_t line);

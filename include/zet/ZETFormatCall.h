@@ -3,10 +3,12 @@
 
 #include <cstddef>
 
+#include "zet/ZETApi.h"
+
 namespace ZET {
 
 /// Formats one message in the name of the operation that reports it. Not copied; used by one thread.
-class __attribute__((visibility("default"))) CZETFormatCall {
+class ZET_API CZETFormatCall {
   public:
     /// `source`, `function` and `line` tell where the message comes from, for a core that shows it. Leaves
     /// `errno` as it is.

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "zet/IZETCore.h"
+#include "zet/ZETApi.h"
 #include "zet/ZETLogProvider.h"
 #include "zet/ZETTypes.h"
 
@@ -22,7 +23,7 @@ namespace ZET {
 /// What must be let go, and when: everything that a module made (its interface, the files that it opened) is
 /// used no more once the module is unloaded, and let go before the host goes, whose core it knows. Letting it
 /// go late is harmless, using it is not.
-class __attribute__((visibility("default"))) CZETHost {
+class ZET_API CZETHost {
   public:
     /// Reads the parameters from `configFile`; it becomes the value of "ZET_CFG". A file that cannot be read,
     /// or a broken line in it, throws `EZETError` naming the file, the line and the remedy; an empty name
@@ -69,26 +70,24 @@ class __attribute__((visibility("default"))) CZETHost {
 
 /// What is wrong with a parameter of this name and value, with the remedy, for a program that would rather
 /// refuse it than have the core warn or the file be broken; empty when nothing is that the core knows of.
-__attribute__((visibility("default"))) std::string ProblemOfParam(const std::string& key,
-                                                                  const std::string& value);
+ZET_API std::string ProblemOfParam(const std::string& key, const std::string& value);
 
 enum class ZETLogTarget { StandardError, SystemLog };
 
 /// Where log records go, and which: those up to `threshold` (`ZETLogError` only errors, `ZETLogNotice` all).
 /// `identity` stands before each record. By any thread, at any time.
-__attribute__((visibility("default"))) void ConfigureLog(ZETLogTarget target, ZETLogLevel threshold,
-                                                         const std::string& identity);
+ZET_API void ConfigureLog(ZETLogTarget target, ZETLogLevel threshold, const std::string& identity);
 
 /// Shows the records up to `threshold` from now on, and returns the threshold of before. By any thread, at
 /// any time.
-__attribute__((visibility("default"))) ZETLogLevel SetLogThreshold(ZETLogLevel threshold);
+ZET_API ZETLogLevel SetLogThreshold(ZETLogLevel threshold);
 
 /// Sees each record that is shown, beside the place where it goes, as it stands there.
 using ZETLogObserver = std::function<void(ZETLogLevel level, const std::string& text)>;
 
 /// The observer of every record from now on; an empty one ends that. By any thread, at any time; the observer
 /// is called by the thread that logs, one record at a time. It must not log, nor configure the log.
-__attribute__((visibility("default"))) void SetLogObserver(ZETLogObserver observer);
+ZET_API void SetLogObserver(ZETLogObserver observer);
 
 /// Gives each record its last words, before it is made printable, observed and written.
 using ZETLogWording = std::function<std::string(const std::string& text)>;
@@ -96,7 +95,7 @@ using ZETLogWording = std::function<std::string(const std::string& text)>;
 /// The wording of every record from now on; an empty one ends that. A host that works on a file by another
 /// name than its reader knows puts the reader's name back. By any thread, at any time; called as the observer
 /// is, and bound as it is.
-__attribute__((visibility("default"))) void SetLogWording(ZETLogWording wording);
+ZET_API void SetLogWording(ZETLogWording wording);
 
 /// A rename that is about to be made.
 struct ZETRename {
@@ -115,20 +114,20 @@ using ZETRenameGuard = std::function<void(const ZETRename& rename)>;
 
 /// The guard of every `RenameFile` from now on; an empty one ends that. The guard is called by the thread
 /// that renames. Not to be set from within a guard, nor while another thread may rename.
-__attribute__((visibility("default"))) void SetRenameGuard(ZETRenameGuard guard);
+ZET_API void SetRenameGuard(ZETRenameGuard guard);
 
 /// Whether `CopyFile` might have made its copy for `to` under this name, on the way to `to`: that with "."
 /// and six letters or digits and ".tmp" added, cut before the "." where it would be too long. Both have the
 /// same directory before them, or none. A process that was killed leaves such a copy behind.
-__attribute__((visibility("default"))) bool IsCopyOf(const std::string& name, const std::string& to);
+ZET_API bool IsCopyOf(const std::string& name, const std::string& to);
 
 /// The names of the parameters that the core knows, in order. A file may give others, which it hands out like
 /// these.
-__attribute__((visibility("default"))) std::vector<std::string> KnownParameters();
+ZET_API std::vector<std::string> KnownParameters();
 
 /// How many records of level 0 the process has put so far, shown or not: the module reports some failures
 /// only so.
-__attribute__((visibility("default"))) std::size_t CountLoggedErrors();
+ZET_API std::size_t CountLoggedErrors();
 
 }  // namespace ZET
 

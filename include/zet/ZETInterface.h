@@ -3,10 +3,12 @@
 
 #include <string>
 
+#include "zet/ZETApi.h"
+
 namespace ZET {
 
 /// Base of every interface object that a module hands to the core, which finds it by its name.
-class __attribute__((visibility("default"))) CZETInterface {
+class ZET_API CZETInterface {
   public:
     explicit CZETInterface(const std::string& name);
     virtual ~CZETInterface();

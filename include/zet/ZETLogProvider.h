@@ -3,12 +3,14 @@
 
 #include <cstddef>
 
+#include "zet/ZETApi.h"
+
 namespace ZET {
 
 enum ZETLogLevel { ZETLogError = 0, ZETLogWarning = 1, ZETLogNotice = 2 };
 
 /// The process's one log.
-class __attribute__((visibility("default"))) CZETLogProvider {
+class ZET_API CZETLogProvider {
   public:
     /// The log; there, for any thread, until the process ends.
     static CZETLogProvider& GetLogProvider();

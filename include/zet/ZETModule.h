@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "zet/IZETCore.h"
+#include "zet/ZETApi.h"
 
 namespace ZET {
 
@@ -11,7 +12,7 @@ namespace ZET {
 struct ZETModuleRecord {
     std::uintptr_t version;   ///< major × 65536 + minor × 256 + patch; major 1 is this contract
     const char* name;         ///< also the name of the interface that the module registers
-    const char* versionText;  ///< the version for a reader, "1.7.37"
+    const char* versionText;  ///< the version for a reader, "1.2.3"
     alignas(std::uintptr_t) std::uint32_t type;  ///< 0: a host, 1: a module
     const char* description;                     ///< for a reader, translated; null until the module is asked
     const void* reserved;                        ///< null
@@ -24,23 +25,25 @@ struct ZETModuleRecord {
 /// a time, and another one after `module_done`. `module_done` is called only after a `module_init` that was
 /// true.
 ///
-/// A module finds the core's services (log, errors, file helpers) in the process. They are those of the
-/// library "libzet-core.so"; a core of one's own is a library of that name, or is built into a program that
-/// exports them (linked with "-rdynamic") and loads no other.
+/// A module finds the core's services (log, errors, formatter, file helpers, base of the interfaces) in the
+/// process, by the names of the library that it was linked to: "libzet-core.so.1", version node ZET_CORE_1. A
+/// core of one's own is a library of that name and node, which the host is linked to; or it is built into a
+/// program that exports the services (linked with "-rdynamic"): they come before those of the reference
+/// library, which the module still needs beside it. Without the option the module would silently use that
+/// one.
 extern "C" {
 
 /// The module's record, which lives as long as the module; null, with a message on standard error, when the
 /// module does not serve a host of this type (`host->type`, the only field that is read).
-__attribute__((visibility("default"))) const ZET::ZETModuleRecord* get_module_info(
-    const ZET::ZETModuleRecord* host);
+ZET_API const ZET::ZETModuleRecord* get_module_info(const ZET::ZETModuleRecord* host);
 
 /// Creates the module's interface object and registers it with the core, which then owns it. True when the
 /// module is, or already was, initialised. An exception of the core passes through and leaves the module
 /// uninitialised.
-__attribute__((visibility("default"))) bool module_init(ZET::IZETCore& core);
+ZET_API bool module_init(ZET::IZETCore& core);
 
 /// Has the core remove the module's interface; `module_init` may be called again afterwards.
-__attribute__((visibility("default"))) void module_done(ZET::IZETCore& core);
+ZET_API void module_done(ZET::IZETCore& core);
 }
 
 #endif

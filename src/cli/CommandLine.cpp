@@ -10,12 +10,11 @@
 #include "cli/ExitStatus.h"
 #include "cli/Report.h"
 #include "cli/commands/Commands.h"
+#include "deploy/host/Installed.h"
 
 namespace ZET {
 
 namespace {
-
-constexpr char kVersion[] = "1.7.37";
 
 /// What a command takes beside the options of all; the order is that of the help.
 class CommandLine {
@@ -115,7 +114,7 @@ class CommandLine {
         m_app.add_option("--log", m_request.log, "Where log records go")
             ->check(CLI::IsMember({"stderr", "syslog"}));
         m_app.set_help_flag("-h,--help", "Print this help and exit");
-        m_app.set_version_flag("-V,--version", m_request.program + " " + kVersion);
+        m_app.set_version_flag("-V,--version", m_request.program + " " + ProductVersion());
     }
 
     void AddConfigCommands() {

@@ -1,25 +1,11 @@
 #include "cli/Session.h"
 
-#include <unistd.h>
-
-#include <climits>
-
 #include "cli/FileReport.h"
-#include "deploy/host/Failure.h"
-#include "deploy/host/Paths.h"
+#include "deploy/host/Installed.h"
 
 namespace ZET {
 
 namespace {
-
-/// The module that belongs to the program, wherever both are installed.
-std::string OwnModule() {
-    char program[PATH_MAX];
-    const ssize_t length = readlink("/proc/self/exe", program, sizeof program);
-    if (length <= 0) throw Failure("the program cannot find its own place (name the module with --module)");
-    const std::string path(program, static_cast<std::size_t>(length));
-    return DirectoryOf(DirectoryOf(path)) + "/lib/zet/libzet-config.so";
-}
 
 ZETLogLevel Threshold(const Request& request) {
     if (request.quiet) return ZETLogError;

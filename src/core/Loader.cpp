@@ -26,14 +26,14 @@ namespace ZET {
 
 namespace {
 
-constexpr std::uintptr_t kVersion =
-    std::uintptr_t{ZET_VERSION_MAJOR} * 65536 + std::uintptr_t{ZET_VERSION_MINOR} * 256 + ZET_VERSION_PATCH;
-/// The major part of a module's version: that of the contract it was built against.
-constexpr std::uintptr_t kContract = 1;
+constexpr std::uintptr_t kVersion = ZET_RECORD_VERSION;
+/// The major part of a record's version: that of the contract its owner was built against.
+constexpr std::uintptr_t kContract = kVersion / 65536;
 constexpr std::uint32_t kHostType = 0;
 constexpr std::uint32_t kModuleType = 1;
 
-constexpr ZETModuleRecord kHost = {kVersion, "zet-core", ZET_VERSION_TEXT, kHostType, nullptr, nullptr};
+constexpr ZETModuleRecord kHost = {kVersion,  "zet-core", ZET_RECORD_VERSION_TEXT,
+                                   kHostType, nullptr,    nullptr};
 
 [[noreturn]] void RefuseModule(const std::string& path, const std::string& reason,
                                const std::string& detail) {

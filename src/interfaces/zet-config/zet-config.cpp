@@ -11,13 +11,14 @@
 namespace {
 
 constexpr char kName[] = "zet-config";
-constexpr std::uintptr_t kVersion = 1 * 65536 + 7 * 256 + 37;
+constexpr std::uintptr_t kVersion = ZET_RECORD_VERSION;
+constexpr char kVersionText[] = ZET_RECORD_VERSION_TEXT;
 constexpr std::uint32_t kModuleType = 1;
 constexpr std::uint32_t kHostType = 0;
 /// The line that this message carries is fixed for callers; it does not follow the source.
 constexpr std::size_t kInvalidHostTypeLine = 17;
 
-ZET::ZETModuleRecord moduleRecord = {kVersion, kName, "1.7.37", kModuleType, nullptr, nullptr};
+ZET::ZETModuleRecord moduleRecord = {kVersion, kName, kVersionText, kModuleType, nullptr, nullptr};
 std::string moduleDescription;  ///< owns the record's description once it is filled
 bool moduleInitialised = false;
 

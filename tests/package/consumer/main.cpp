@@ -1,4 +1,5 @@
-// A program of somebody else that embeds the core: zet-consumer PARAMETER-FILE MODULE TEMPLATE TARGET
+// A program of somebody else that embeds the core: zet-consumer PARAMETER-FILE TEMPLATE TARGET
+// How it is built tells it where the module is, as ZET_MODULE.
 #include <iostream>
 #include <memory>
 
@@ -18,8 +19,8 @@ void Render(const ZET::CZETHost& host, const char* templateName, const char* tar
 
 int main(int, char** arguments) try {
     ZET::CZETHost host(arguments[1]);
-    host.LoadModule(arguments[2]);
-    Render(host, arguments[3], arguments[4]);
+    host.LoadModule(ZET_MODULE);
+    Render(host, arguments[2], arguments[3]);
     host.UnloadModules();
     return 0;
 } catch (const ZET::EZETError& error) {

@@ -1,0 +1,45 @@
+# zet_library(NAME
+#     SOVERSION number            raised when a program that is linked to the library would no longer run with it
+#     DESCRIPTION text            what it is, in the words of a package
+#     [REQUIRES library...]       libraries made by this function that its headers use, or it itself
+#     SOURCES file...)
+#
+# A shared library for other programs: libNAME.so.SOVERSION, which exports what "exports.map" beside its CMakeLists.txt
+# lists and the public headers declare with ZET_API, and nothing else. It is installed with its place in the CMake
+# package "zet" (zet::NAME) and with NAME.pc. What it needs besides is said by target_link_libraries(NAME PRIVATE ...).
+# Which names it exports, and with which types, is held in tests/package (script/abi).
+function(zet_library name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "SOVERSION;DESCRIPTION" "REQUIRES;SOURCES")
+    set(exports ${CMAKE_CURRENT_SOURCE_DIR}/exports.map)
+
+    add_library(${name} SHARED ${arg_SOURCES})
+    target_link_libraries(${name} PUBLIC zet-include ${arg_REQUIRES})
+    set_target_properties(${name} PROPERTIES
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${arg_SOVERSION}
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON
+        LINK_DEPENDS ${exports})
+    target_link_options(${name} PRIVATE -Wl,--version-script=${exports} -Wl,-O1 -Wl,--as-needed)
+    if(NOT ZET_SANITIZE)
+        # The sanitizers leave their own functions to the program.
+        target_link_options(${name} PRIVATE -Wl,-z,defs)
+    endif()
+    # It looks beside itself for ours, and for nothing else.
+    if(arg_REQUIRES)
+        set_target_properties(${name} PROPERTIES INSTALL_RPATH "$ORIGIN")
+    else()
+        set_target_properties(${name} PROPERTIES INSTALL_RPATH "")
+    endif()
+
+    install(TARGETS ${name} EXPORT zet LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    zet_pkg_config(${name} "${arg_DESCRIPTION}" "${arg_REQUIRES}")
+endfunction()
+
+# NAME.pc, in which all places follow from its own.
+function(zet_pkg_config name description requires)
+    list(JOIN requires " " requires)
+    set(made ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/library.pc.in ${made} @ONLY)
+    install(FILES ${made} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endfunction()

@@ -1,0 +1,16 @@
+#ifndef ZET_INSTALLED_H
+#define ZET_INSTALLED_H
+
+#include <string>
+
+namespace ZET {
+
+/// The version of the product, as the build gives it.
+std::string ProductVersion();
+
+/// The module that belongs to the program, wherever both are installed.
+std::string OwnModule();
+
+}  // namespace ZET
+
+#endif

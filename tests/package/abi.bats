@@ -1,0 +1,86 @@
+# What the libraries export is what was promised, and script/abi tells what is not.
+
+load package
+
+setup_file() {
+    set_up_package
+    export LISTS=$BATS_FILE_TMPDIR/lists LIBRARIES=${ZET_LIBRARIES:-$ZET_BUILD/lib}
+}
+
+setup() {
+    cp -R "$BATS_TEST_DIRNAME" "$BATS_TEST_TMPDIR/lists"
+    LISTS=$BATS_TEST_TMPDIR/lists
+}
+
+# fails_with TEXT...: the comparison with the changed lists fails and says so, in one line that holds all texts.
+fails_with() {
+    local lines text
+    run "$SOURCE_DIR/script/abi" --libraries "$LIBRARIES" --lists "$LISTS"
+    echo "$output"
+    [ "$status" -eq 1 ]
+    lines=$output
+    for text in "$@"; do lines=$(grep -F -- "$text" <<<"$lines"); done
+    [ -n "$lines" ]
+}
+
+@test "TheLibrariesExportWhatWasPromised" {
+    "$SOURCE_DIR/script/abi" --libraries "$LIBRARIES" --lists "$LISTS"
+}
+
+@test "NothingOfTheImplementationIsPromised" {
+    run c++filt <"$LISTS/libzet-core.symbols"
+    [ "$status" -eq 0 ]
+    [ "${#lines[@]}" -gt 50 ]
+    for line in "${lines[@]}"; do
+        [[ $line =~ ^(ZET_CORE_1|((vtable|typeinfo|typeinfo name) for )?ZET::.*@@ZET_CORE_1)$ ]]
+        [[ $line != *Implementation* && $line != *"ZET::CZETCore"* ]]
+    done
+}
+
+@test "ANameThatIsNewIsToldWithTheRemedy" {
+    sed -i /CountLoggedErrors/d "$LISTS/libzet-core.symbols"
+    fails_with "libzet-core.so: is new: ZET::CountLoggedErrors()" "script/abi --renew"
+}
+
+@test "ANameThatIsGoneIsToldWithTheRemedy" {
+    sed -i 's/17CountLoggedErrors/17CountLoggedHorror/' "$LISTS/libzet-core.symbols"
+    fails_with "libzet-core.so: is gone: ZET::CountLoggedHorror()" "SOVERSION"
+}
+
+@test "ATypeOfAnotherSizeIsToldWithTheRemedy" {
+    sed -i '/name="EZETError"/s/size-in-bits="[0-9]*"/size-in-bits="64"/' "$LISTS/libzet-core.abi"
+    fails_with "type size changed from 64 to"
+    fails_with "libzet-core.so: the types above are others" "script/abi --renew"
+}
+
+@test "AnOperationInAnotherSlotIsTold" {
+    sed -i 's/vtable-offset="3"/vtable-offset="30"/; s/vtable-offset="4"/vtable-offset="3"/' "$LISTS/libzet-core.abi"
+    fails_with "the vtable offset of method" "GetServerName"
+}
+
+@test "ALibraryWithoutAListIsTold" {
+    rm "$LISTS/libzet-core.symbols"
+    fails_with "libzet-core.so: has no list" "script/abi --renew"
+}
+
+@test "AListWithoutALibraryIsTold" {
+    cp "$LISTS/libzet-core.symbols" "$LISTS/libzet-other.symbols"
+    fails_with "libzet-other.so: is gone"
+}
+
+@test "TheListsAreMadeAnewAsTheyWere" {
+    rm "$LISTS"/lib*
+    "$SOURCE_DIR/script/abi" --renew --libraries "$LIBRARIES" --lists "$LISTS"
+    cmp "$LISTS/libzet-core.symbols" "$BATS_TEST_DIRNAME/libzet-core.symbols"
+    "$SOURCE_DIR/script/abi" --libraries "$LIBRARIES" --lists "$LISTS"
+}
+
+@test "ALibraryWithoutDebugInformationIsNotTakenForAGoodOne" {
+    mkdir "$BATS_TEST_TMPDIR/stripped"
+    strip -o "$BATS_TEST_TMPDIR/stripped/libzet-core.so" "$LIBRARIES/libzet-core.so"
+    LIBRARIES=$BATS_TEST_TMPDIR/stripped
+    fails_with "has no debug information" "--libraries"
+    run "$SOURCE_DIR/script/abi" --libraries "$BATS_TEST_TMPDIR" --lists "$LISTS"
+    [ "$status" -eq 1 ]
+    grep -F "holds no library" <<<"$output"
+}

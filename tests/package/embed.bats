@@ -1,0 +1,59 @@
+# Other programs find what is installed, and the module with it, as CMake and as pkg-config tell them.
+
+load package
+
+setup_file() {
+    set_up_package
+    "$CMAKE" --install "$ZET_BUILD" --prefix "$PREFIX" >/dev/null
+    export PKG_CONFIG_PATH=$PREFIX/lib/pkgconfig WARNINGS="-Wall -Wextra -Werror"
+}
+
+# renders PROGRAM: the program of somebody else does its work with the installed module.
+renders() {
+    "$1" zet.conf idmapd.conf "$HOST/idmapd.conf"
+    holds_values idmapd.conf
+    [ -e idmapd.conf.no_file_before_zet ]
+}
+
+# configure LINE...: CMake's verdict on a program of somebody else whose CMakeLists.txt ends with these lines.
+configure() {
+    cd "$BATS_TEST_TMPDIR" || return
+    mkdir source
+    printf '%s\n' 'cmake_minimum_required(VERSION 3.16)' 'project(other LANGUAGES CXX)' "$@" >source/CMakeLists.txt
+    "$CMAKE" -S source -B build -DCMAKE_PREFIX_PATH="$PREFIX" -DCMAKE_CXX_COMPILER="$CXX"
+}
+
+@test "AProgramInCpp17EmbedsTheCoreByCMake" {
+    make_host
+    "$CMAKE" -S "$BATS_TEST_DIRNAME/consumer" -B consumer -DCMAKE_PREFIX_PATH="$PREFIX" \
+        -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_CXX_FLAGS="-std=c++17 $WARNINGS"
+    "$CMAKE" --build consumer
+    renders consumer/zet-consumer
+}
+
+@test "AProgramInCpp17EmbedsTheCoreByPkgConfig" {
+    make_host
+    local flags module
+    read -ra flags <<<"$WARNINGS $(pkg-config --cflags zet-core)"
+    read -ra libraries <<<"$(pkg-config --libs zet-core)"
+    module=$(pkg-config --variable=moduledir zet-core)/libzet-config.so
+    "$CXX" -std=c++17 "${flags[@]}" -DZET_MODULE="\"$module\"" "$BATS_TEST_DIRNAME/consumer/main.cpp" \
+        "${libraries[@]}" -o zet-consumer
+    LD_LIBRARY_PATH=$(pkg-config --variable=libdir zet-core) renders ./zet-consumer
+}
+
+@test "ProgramsAndTheModuleNeedTheLibraryByItsVersion" {
+    local file
+    for file in "$PREFIX/bin/zet-init" "$PREFIX/lib/zet/libzet-config.so"; do
+        readelf -d "$file" | grep -F 'NEEDED' | grep -F '[libzet-core.so.1]'
+        readelf -V "$file" | grep -F 'ZET_CORE_1'
+    done
+}
+
+@test "AnotherVersionIsNotTakenForThisOne" {
+    run configure 'find_package(zet 2 REQUIRED)'
+    [ "$status" -ne 0 ]
+    grep -F "zet-config.cmake, version: $(product_version)" <<<"$output"
+    run pkg-config --exists 'zet-core >= 2'
+    [ "$status" -ne 0 ]
+}
