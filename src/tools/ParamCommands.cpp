@@ -9,15 +9,6 @@
 
 namespace ZET {
 
-namespace {
-
-// What stands before the name in the expressions by which the module selects parameter lines.
-constexpr char kLookupOpening[] = "^\\s*";
-constexpr char kEditOpening[] = "^#*\\s*";
-constexpr char kRestoreOpening[] = "#*\\s*";
-
-}  // namespace
-
 int RunParamGet(Session& session) {
     const std::string& name = session.Asked().name;
     RequireParamName(name);
@@ -26,9 +17,9 @@ int RunParamGet(Session& session) {
     session.Out().Set("found", nullptr);  // as long as nobody could look
     session.Out().Set("value", nullptr);
     const std::string path = FileToShow(session, session.Asked().file);
-    if (!IsLiteralName(name)) RequireLiteralName(session, path, ReadFileBytes(path), kLookupOpening, name);
+    if (!IsLiteralName(name)) RequireLiteralName(session, path, ReadFileBytes(path), ZETLookupOpening, name);
     // The lookup by name cannot tell an empty value from a parameter that is not there.
-    const std::string line = OpenedFile(session, path, true)->GetLine(kLookupOpening + name + "=");
+    const std::string line = OpenedFile(session, path, true)->GetLine(ZETLookupOpening + name + "=");
     std::optional<std::string> value;
     if (!line.empty()) value = WithoutLineEnd(line.substr(line.find('=') + 1));
     return ReportLookup(session, path + ": has no parameter \"" + name + "\"", "value", value);
@@ -42,7 +33,7 @@ int RunParamSet(Session& session) {
     RequireNoTarget(session, change.Path());
     const TextToEdit text = LookAtBlocks(session, change.Path());
     if (!IsLiteralName(asked.name)) {
-        RequireLiteralName(session, change.Path(), ReadFileBytes(change.Path()), kEditOpening, asked.name);
+        RequireLiteralName(session, change.Path(), ReadFileBytes(change.Path()), ZETEditOpening, asked.name);
     }
     RequireRoomForNotice(session, change.Path(), text);
     const std::string value = LineToSet(session, change.Path(), text, asked.text);
@@ -58,9 +49,9 @@ int RunParamRestore(Session& session) {
     const std::string bytes = ReadFileBytes(change.Path());
     const TextToEdit text = LookAtBlocks(session, change.Path(), bytes);
     RequireLiteralName(session, change.Path(), bytes,
-                       std::string("^") + ZETFormerLinePrefix + kRestoreOpening, asked.name);
-    if (!HasSomethingToRestore(session, {change.Path(), bytes, kRestoreOpening + asked.name + "=",
-                                         kEditOpening + asked.name + "=", asked.allBlocks})) {
+                       std::string("^") + ZETFormerLinePrefix + ZETRestoreOpening, asked.name);
+    if (!HasSomethingToRestore(session, {change.Path(), bytes, ZETRestoreOpening + asked.name + "=",
+                                         ZETEditOpening + asked.name + "=", asked.allBlocks})) {
         return change.LeaveUnchanged("nothing to restore for \"" + asked.name + "\"");
     }
     RequireRoomForNotice(session, change.Path(), text);
