@@ -10,7 +10,7 @@
 
 #include "ExitStatus.h"
 #include "FileBytes.h"
-#include "Markers.h"
+#include "Lines.h"
 #include "Process.h"
 
 namespace ZET {

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "ExitStatus.h"
+#include "Lines.h"
 #include "ManagedText.h"
 #include "Markers.h"
 #include "Remedy.h"
@@ -18,13 +19,13 @@ constexpr char kSpecial[] = "\\^$.|?*+()[]{}";
 constexpr char kOptionBytes[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789";
 constexpr char kBlanks[] = " \t\v\f\r";
 
-bool Matches(Session& session, const std::string& pattern, std::string_view line) {
-    return session.Core().MatchRegEx(pattern, std::string(line), nullptr, 0);
+bool Matches(IZETCore& core, const std::string& pattern, std::string_view line) {
+    return core.MatchRegEx(pattern, std::string(line), nullptr, 0);
 }
 
 /// The same for an expression that is valid, but may be too much work on a long line.
-bool Selects(Session& session, const std::string& pattern, std::string_view line) {
-    return RemedyErrors(kSimplerExpression, [&] { return Matches(session, pattern, line); });
+bool Selects(IZETCore& core, const std::string& pattern, std::string_view line) {
+    return RemedyErrors(kSimplerExpression, [&] { return Matches(core, pattern, line); });
 }
 
 /// Whether the line, commented out or a kept former one or not, is the parameter of that name.
@@ -46,22 +47,20 @@ std::string Escaped(std::string_view text) {
 }
 
 /// One without an end is what a hand left of it: what follows is the administrator's.
-bool IsNotice(const ManagedLine& line) {
-    return line.isClosed && (line.kind == LineKind::NoticeBegin || line.kind == LineKind::NoticeText ||
-                             line.kind == LineKind::NoticeEnd);
+bool IsNotice(const ManagedRegion& region) {
+    return region.kind == RegionKind::Notice && region.isClosed;
 }
 
 /// The beginnings of the lines that the pattern selects though the system keeps order by them, as parts of a
 /// regular expression.
-std::set<std::string> SelectedOwnLines(Session& session, const ManagedText& text,
-                                       const std::string& pattern) {
+std::set<std::string> SelectedOwnLines(IZETCore& core, const ManagedText& text, const std::string& pattern) {
     std::set<std::string> selected;
     for (std::size_t number = 1; number <= text.LineCount(); ++number) {
-        const ManagedLine& line = text.Line(number);
-        const Marker marker = MarkerOf(line.text);
-        if (marker == Marker::None && !IsNotice(line)) continue;
-        if (!Selects(session, pattern, line.text)) continue;
-        selected.insert(marker == Marker::None ? Escaped(line.text) + "$" : Escaped(MarkerText(marker)));
+        const std::string_view line = text.Line(number).text;
+        const Marker marker = MarkerOf(line);
+        if (marker == Marker::None && !IsNotice(text.RegionOf(number))) continue;
+        if (!Selects(core, pattern, line)) continue;
+        selected.insert(marker == Marker::None ? Escaped(line) + "$" : Escaped(MarkerText(marker)));
     }
     return selected;
 }
@@ -80,10 +79,10 @@ void RequireNoMarker(const std::string& line) {
                      "\", which marks lines of the system itself (begin it with something else)");
 }
 
-void RequirePattern(Session& session, const std::string& pattern) {
+void RequirePattern(IZETCore& core, const std::string& pattern) {
     if (pattern.empty()) throw UsageError("PATTERN is empty (give a regular expression)");
     try {
-        Matches(session, pattern, "");
+        Matches(core, pattern, "");
     } catch (const EZETError& error) {
         throw UsageError("PATTERN: " + WithRemedy(error.what(), "correct the expression"));
     }
@@ -110,14 +109,14 @@ bool IsLiteralName(const std::string& name) {
     return name.find_first_of(kSpecial) == std::string::npos;
 }
 
-void RequireLiteralName(Session& session, const std::string& path, std::string_view text,
+void RequireLiteralName(IZETCore& core, const std::string& path, std::string_view text,
                         const std::string& opening, const std::string& name) {
     if (IsLiteralName(name)) return;
     const std::string pattern = opening + name + "=";
     const std::string remedy =
         " (NAME is part of a regular expression: use \"line\" with a PATTERN that says what is meant)";
     try {
-        if (!Matches(session, "^" + name + "=", name + "="))
+        if (!Matches(core, "^" + name + "=", name + "="))
             throw UsageError("NAME \"" + name + "\" does not select itself" + remedy);
     } catch (const EZETError& error) {
         throw UsageError("NAME \"" + name + "\": " + error.what() + remedy);
@@ -125,24 +124,24 @@ void RequireLiteralName(Session& session, const std::string& path, std::string_v
     std::size_t number = 0;
     for (const TextLine& line : SplitLines(text)) {
         ++number;
-        if (HoldsLiterally(line.text, name) || !Selects(session, pattern, line.text)) continue;
+        if (HoldsLiterally(line.text, name) || !Selects(core, pattern, line.text)) continue;
         throw UsageError("NAME \"" + name + "\" also selects line " + std::to_string(number) + " of " + path +
                          ", which does not hold it" + remedy);
     }
 }
 
-std::string PatternForSet(Session& session, const std::string& path, std::string_view text,
+std::string PatternForSet(IZETCore& core, const std::string& path, std::string_view text,
                           const std::string& pattern) {
     // Most files have no such line.
     if (text.find(kMarkerStart) == std::string_view::npos) return pattern;
-    const std::set<std::string> ownLines = SelectedOwnLines(session, ManagedText(text), pattern);
+    const std::set<std::string> ownLines = SelectedOwnLines(core, ManagedText(text), pattern);
     if (ownLines.empty()) return pattern;
     std::string guarded = "^(?!";
     for (const std::string& ownLine : ownLines)
         guarded += (ownLine == *ownLines.begin() ? "" : "|") + ownLine;
     guarded += ").*?(?:" + pattern + ")";
     try {
-        Matches(session, guarded, "");
+        Matches(core, guarded, "");
     } catch (const EZETError&) {
         throw UsageError(
             "PATTERN \"" + pattern + "\" also selects lines of " + path +

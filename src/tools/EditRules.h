@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "Session.h"
+#include "zet/IZETCore.h"
 
 /// What the commands demand of NAME, VALUE, PATTERN and LINE before the module, which takes each as it is,
 /// gets to see it. A demand that is not met is a `UsageError`.
@@ -20,7 +20,7 @@ void RequireOneLine(const std::string& text, const std::string& what);
 void RequireNoMarker(const std::string& line);
 
 /// Not empty, and valid.
-void RequirePattern(Session& session, const std::string& pattern);
+void RequirePattern(IZETCore& core, const std::string& pattern);
 
 void RequireParamName(const std::string& name);
 
@@ -33,12 +33,12 @@ bool IsLiteralName(const std::string& name);
 /// The name is part of a regular expression: it must select itself, and no line of the file that holds
 /// something else before its "=". `opening` is what stands before the name in the expression, `text` that of
 /// the file.
-void RequireLiteralName(Session& session, const std::string& path, std::string_view text,
+void RequireLiteralName(IZETCore& core, const std::string& path, std::string_view text,
                         const std::string& opening, const std::string& name);
 
 /// A pattern for `SetLine` that selects what `pattern` does, but no line that the system itself wrote to keep
 /// order in the file.
-std::string PatternForSet(Session& session, const std::string& path, std::string_view text,
+std::string PatternForSet(IZETCore& core, const std::string& path, std::string_view text,
                           const std::string& pattern);
 
 }  // namespace ZET

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "Lines.h"
+#include "Placeholders.h"
+
 namespace ZET {
 
 namespace {

@@ -6,7 +6,7 @@
 #include "FileBytes.h"
 #include "FileChange.h"
 #include "LineEnds.h"
-#include "Markers.h"
+#include "Lines.h"
 #include "Remedy.h"
 #include "RestoreRules.h"
 
@@ -26,7 +26,7 @@ bool SelectsEmptyLine(Session& session, const std::string& path, const std::stri
 
 int RunLineGet(Session& session) {
     const std::string& pattern = session.Asked().pattern;
-    RequirePattern(session, pattern);
+    RequirePattern(session.Core(), pattern);
     session.Out().Set("file", session.Asked().file);
     session.Out().Set("pattern", pattern);
     session.Out().Set("found", nullptr);  // as long as nobody could look
@@ -41,14 +41,14 @@ int RunLineGet(Session& session) {
 
 int RunLineSet(Session& session) {
     const Request& asked = session.Asked();
-    RequirePattern(session, asked.pattern);
+    RequirePattern(session.Core(), asked.pattern);
     RequireOneLine(asked.text, "LINE");
     RequireNoMarker(asked.text);
     FileChange change(session, asked.file);
     RequireNoTarget(session, change.Path());
     const std::string bytes = ReadFileBytes(change.Path());
     const TextToEdit text = LookAtBlocks(session, change.Path(), bytes);
-    const std::string pattern = PatternForSet(session, change.Path(), bytes, asked.pattern);
+    const std::string pattern = PatternForSet(session.Core(), change.Path(), bytes, asked.pattern);
     RequireRoomForNotice(session, change.Path(), text);
     const std::string line = LineToSet(session, change.Path(), text, asked.text);
     return change.Make(Edit(session, [&](IZETConfigFile& file) { file.SetLine(pattern, line); }),
@@ -57,12 +57,12 @@ int RunLineSet(Session& session) {
 
 int RunLineRestore(Session& session) {
     const Request& asked = session.Asked();
-    RequirePattern(session, asked.pattern);
+    RequirePattern(session.Core(), asked.pattern);
     FileChange change(session, asked.file);
     RequireNoTarget(session, change.Path());
     const std::string bytes = ReadFileBytes(change.Path());
     const TextToEdit text = LookAtBlocks(session, change.Path(), bytes);
-    if (!HasSomethingToRestore(session,
+    if (!HasSomethingToRestore(session.Core(),
                                {change.Path(), bytes, asked.pattern, asked.pattern, asked.allBlocks}))
         return change.LeaveUnchanged("nothing to restore for \"" + asked.pattern + "\"");
     RequireRoomForNotice(session, change.Path(), text);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "Lines.h"
 #include "Markers.h"
 #include "zet/ZETFormat.h"
 
@@ -14,11 +15,6 @@ namespace {
 
 constexpr char kModuleDomain[] = "libzet-config";
 constexpr std::string_view kGap = "%s";
-
-std::string_view WithoutCarriageReturn(std::string_view line) {
-    if (line.ends_with('\r')) line.remove_suffix(1);
-    return line;
-}
 
 /// What stands in the line where the text has its gap, or an empty text where it has none.
 std::optional<std::string_view> Fit(std::string_view line, std::string_view text) {

@@ -17,7 +17,8 @@ int RunParamGet(Session& session) {
     session.Out().Set("found", nullptr);  // as long as nobody could look
     session.Out().Set("value", nullptr);
     const std::string path = FileToShow(session, session.Asked().file);
-    if (!IsLiteralName(name)) RequireLiteralName(session, path, ReadFileBytes(path), ZETLookupOpening, name);
+    if (!IsLiteralName(name))
+        RequireLiteralName(session.Core(), path, ReadFileBytes(path), ZETLookupOpening, name);
     // The lookup by name cannot tell an empty value from a parameter that is not there.
     const std::string line = OpenedFile(session, path, true)->GetLine(ZETLookupOpening + name + "=");
     std::optional<std::string> value;
@@ -33,7 +34,8 @@ int RunParamSet(Session& session) {
     RequireNoTarget(session, change.Path());
     const TextToEdit text = LookAtBlocks(session, change.Path());
     if (!IsLiteralName(asked.name)) {
-        RequireLiteralName(session, change.Path(), ReadFileBytes(change.Path()), ZETEditOpening, asked.name);
+        RequireLiteralName(session.Core(), change.Path(), ReadFileBytes(change.Path()), ZETEditOpening,
+                           asked.name);
     }
     RequireRoomForNotice(session, change.Path(), text);
     const std::string value = LineToSet(session, change.Path(), text, asked.text);
@@ -48,10 +50,10 @@ int RunParamRestore(Session& session) {
     RequireNoTarget(session, change.Path());
     const std::string bytes = ReadFileBytes(change.Path());
     const TextToEdit text = LookAtBlocks(session, change.Path(), bytes);
-    RequireLiteralName(session, change.Path(), bytes,
+    RequireLiteralName(session.Core(), change.Path(), bytes,
                        std::string("^") + ZETFormerLinePrefix + ZETRestoreOpening, asked.name);
-    if (!HasSomethingToRestore(session, {change.Path(), bytes, ZETRestoreOpening + asked.name + "=",
-                                         ZETEditOpening + asked.name + "=", asked.allBlocks})) {
+    if (!HasSomethingToRestore(session.Core(), {change.Path(), bytes, ZETRestoreOpening + asked.name + "=",
+                                                ZETEditOpening + asked.name + "=", asked.allBlocks})) {
         return change.LeaveUnchanged("nothing to restore for \"" + asked.name + "\"");
     }
     RequireRoomForNotice(session, change.Path(), text);

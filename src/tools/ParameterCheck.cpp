@@ -4,7 +4,7 @@
 #include <numeric>
 
 #include "FileBytes.h"
-#include "Markers.h"
+#include "Lines.h"
 #include "zet/ZETHost.h"
 
 namespace ZET {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "Lines.h"
+
 namespace ZET {
 
 RepairText::RepairText(std::string_view text) {

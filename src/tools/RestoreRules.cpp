@@ -12,8 +12,8 @@ namespace {
 
 class RestoreCheck {
   public:
-    RestoreCheck(Session& session, const RestoreRequest& request, const ManagedText& text)
-        : m_session(session),
+    RestoreCheck(IZETCore& core, const RestoreRequest& request, const ManagedText& text)
+        : m_core(core),
           m_request(request),
           m_text(text),
           m_formerPattern("^" + std::string(ZETFormerLinePrefix) +
@@ -64,12 +64,11 @@ class RestoreCheck {
     }
 
     bool Matches(const std::string& pattern, std::string_view line) {
-        return RemedyErrors(kSimplerExpression, [&] {
-            return m_session.Core().MatchRegEx(pattern, std::string(line), nullptr, 0);
-        });
+        return RemedyErrors(kSimplerExpression,
+                            [&] { return m_core.MatchRegEx(pattern, std::string(line), nullptr, 0); });
     }
 
-    Session& m_session;
+    IZETCore& m_core;
     const RestoreRequest& m_request;
     const ManagedText& m_text;
     std::string m_formerPattern;
@@ -79,8 +78,8 @@ class RestoreCheck {
 
 }  // namespace
 
-bool HasSomethingToRestore(Session& session, const RestoreRequest& request) {
-    return RestoreCheck(session, request, ManagedText(request.text)).Run();
+bool HasSomethingToRestore(IZETCore& core, const RestoreRequest& request) {
+    return RestoreCheck(core, request, ManagedText(request.text)).Run();
 }
 
 }  // namespace ZET

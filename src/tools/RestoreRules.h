@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "Session.h"
+#include "zet/IZETCore.h"
 
 namespace ZET {
 
@@ -20,7 +20,7 @@ struct RestoreRequest {
 /// The module's restore takes out every managed block. Whether there is something to restore at all; a
 /// `Failure` when blocks would go that the restore is not about, unless that is wanted; a `UsageError` for a
 /// pattern that selects lines which keep no former line.
-bool HasSomethingToRestore(Session& session, const RestoreRequest& request);
+bool HasSomethingToRestore(IZETCore& core, const RestoreRequest& request);
 
 }  // namespace ZET
 

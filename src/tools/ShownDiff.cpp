@@ -3,7 +3,7 @@
 #include <charconv>
 #include <iterator>
 
-#include "Markers.h"
+#include "Lines.h"
 
 namespace ZET {
 

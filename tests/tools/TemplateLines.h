@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "Markers.h"
+#include "Lines.h"
 #include "TemplateCheck.h"
 
 namespace ZET {
