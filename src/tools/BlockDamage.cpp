@@ -258,7 +258,7 @@ class BlockCheck {
 
 }  // namespace
 
-void TakeDoubled(RepairText& repair, std::size_t index, const std::string& kind, const std::string& marker) {
+void TakeDoubled(RepairText& repair, std::size_t index, const char* kind, const std::string& marker) {
     const std::string what = "a second " + marker + " marker follows right after the first";
     if (!repair.IsOnlyMarker(index)) {
         repair.NoteAmbiguous(

@@ -1,5 +1,7 @@
 #include "MarkerDamage.h"
 
+#include "Lines.h"
+
 namespace ZET {
 
 namespace {
@@ -19,8 +21,8 @@ bool IsAllCarriageReturns(const RepairText& repair) {
 
 void DropCarriageReturns(RepairText& repair) {
     for (std::size_t i = 0; i < repair.Size(); ++i) {
-        const std::string& text = repair.Text(i);
-        if (repair.HasLineFeed(i) && text.ends_with('\r')) repair.Replace(i, text.substr(0, text.size() - 1));
+        const std::string_view text = repair.Text(i);
+        if (repair.HasLineFeed(i) && text.ends_with('\r')) repair.Replace(i, WithoutCarriageReturn(text));
     }
 }
 
@@ -46,17 +48,15 @@ void CheckLineEnds(RepairText& repair, std::optional<bool> hadCarriageReturns) {
 Diagnosis DiagnoseMarkers(std::string_view text, const NoticeTexts& noticeTexts,
                           std::optional<bool> hadCarriageReturns) {
     RepairText repair(text);
-    std::string repaired(text);
-    for (int round = 0; round < kMostRounds; ++round) {
+    int round = 0;
+    do {
         repair.LookAgain();
         CheckLineEnds(repair, hadCarriageReturns);
         CheckHandEdits(repair);
         CheckBlocks(repair);
         CheckNotices(repair, noticeTexts);
-        if (repair.Bytes() == repaired) break;
-        repaired = repair.Bytes();
-    }
-    return {repair.Damages(), repaired};
+    } while (repair.TakeChanged() && ++round < kMostRounds);
+    return {repair.Damages(), repair.Bytes()};
 }
 
 }  // namespace ZET

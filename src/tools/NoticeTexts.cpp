@@ -28,13 +28,10 @@ std::optional<std::string_view> Fit(std::string_view line, std::string_view text
     return line.substr(before.size(), line.size() - before.size() - after.size());
 }
 
-bool StandsAt(const std::vector<std::string>& text, const std::vector<std::string_view>& lines,
-              std::size_t first) {
-    return first + text.size() <= lines.size() &&
-           std::equal(text.begin(), text.end(), lines.begin() + static_cast<std::ptrdiff_t>(first),
-                      [](const std::string& wanted, std::string_view line) {
-                          return Fit(line, wanted).has_value();
-                      });
+bool Is(const std::vector<std::string>& text, NoticeLines lines) {
+    return std::equal(
+        text.begin(), text.end(), lines.begin(), lines.end(),
+        [](const std::string& wanted, std::string_view line) { return Fit(line, wanted).has_value(); });
 }
 
 /// A path in quotes, as a translation that is not at hand may have it.
@@ -74,17 +71,25 @@ void NoticeTexts::Add(std::string_view text) {
     m_texts.push_back(std::move(lines));
 }
 
-std::size_t NoticeTexts::LengthFrom(const std::vector<std::string_view>& lines, std::size_t first) const {
-    const auto found = std::find_if(m_texts.begin(), m_texts.end(),
-                                    [&](const Lines& text) { return StandsAt(text, lines, first); });
+std::size_t NoticeTexts::LengthFrom(NoticeLines lines) const {
+    const auto found = std::find_if(m_texts.begin(), m_texts.end(), [&](const Lines& text) {
+        return text.size() <= lines.size() && Is(text, lines.first(text.size()));
+    });
     return found == m_texts.end() ? 0 : found->size();
 }
 
-std::size_t NoticeTexts::LengthBefore(const std::vector<std::string_view>& lines, std::size_t end) const {
+std::size_t NoticeTexts::LengthBefore(NoticeLines lines) const {
     const auto found = std::find_if(m_texts.begin(), m_texts.end(), [&](const Lines& text) {
-        return text.size() <= end && StandsAt(text, lines, end - text.size());
+        return text.size() <= lines.size() && Is(text, lines.last(text.size()));
     });
     return found == m_texts.end() ? 0 : found->size();
+}
+
+std::size_t NoticeTexts::MostLines() const {
+    std::size_t most = 0;
+    for (const Lines& text : m_texts)
+        most = std::max(most, text.size());
+    return most;
 }
 
 bool NoticeTexts::HasLine(std::string_view line) const {
@@ -93,19 +98,17 @@ bool NoticeTexts::HasLine(std::string_view line) const {
                        [&](const Lines& text) { return std::any_of(text.begin(), text.end(), fits); });
 }
 
-std::size_t NoticeTexts::ForeignLine(const std::vector<std::string_view>& lines, std::size_t first,
-                                     std::size_t end) const {
-    const auto at = [&](std::size_t index) { return lines.begin() + static_cast<std::ptrdiff_t>(index); };
-    const bool isOfKnownText = std::any_of(at(first), at(end), [&](std::string_view line) {
+std::size_t NoticeTexts::ForeignLine(NoticeLines notice) const {
+    const bool isOfKnownText = std::any_of(notice.begin(), notice.end(), [&](std::string_view line) {
         return WithoutCarriageReturn(line).size() > 1 && HasLine(line);
     });
-    const auto foreign = std::find_if(at(first), at(end), [&](std::string_view line) {
+    const auto foreign = std::find_if(notice.begin(), notice.end(), [&](std::string_view line) {
         return isOfKnownText ? !HasLine(line) : !CanBeTranslated(WithoutCarriageReturn(line));
     });
-    return static_cast<std::size_t>(foreign - lines.begin());
+    return static_cast<std::size_t>(foreign - notice.begin());
 }
 
-std::string NoticeTexts::TemplateIn(const std::vector<std::string_view>& notice) const {
+std::string NoticeTexts::TemplateIn(NoticeLines notice) const {
     for (const Lines& text : m_texts) {
         // The first gap of a text is the template.
         const auto edit = std::find_if(text.begin(), text.end(), [](const std::string& line) {

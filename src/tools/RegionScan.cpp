@@ -55,13 +55,16 @@ void RegionScan::Take(std::string_view lines) {
         const bool mentionsMarker = mention != end && mention < lines.data();
         ++m_number;
         m_isSound = m_isSound && TakeLineOf(line, mentionsMarker);
-        if (mentionsMarker) mention = nextMention();
+        if (!mentionsMarker) continue;
+        const Marker marker = MarkerOf(line);
+        m_hasRegions = m_hasRegions || marker == Marker::BlockBegin || marker == Marker::Notice;
+        mention = nextMention();
     }
 }
 
 bool RegionScan::TakeLineOf(std::string_view line, bool mentionsMarker) {
     if (m_notices.IsInside()) {
-        if (m_notice.size() > kMostLinesOfNotice) return false;
+        if (m_notice.size() == kMostLinesOfNotice) return false;
         m_notice.emplace_back(line);
     }
     if (mentionsMarker) return TakeMention(line);
@@ -81,16 +84,14 @@ bool RegionScan::TakeMention(std::string_view line) {
 bool RegionScan::TakeBlockMarker(Marker marker) {
     const std::size_t begin = m_blocks.OpenedAt();
     const RegionStep step = m_blocks.Take(marker, m_number);
-    m_hasRegions = true;
     return step == RegionStep::Begin || (step == RegionStep::End && m_number == begin + 2);
 }
 
 bool RegionScan::TakeCommentMarker(Marker marker, std::string_view line) {
-    m_hasRegions = m_hasRegions || marker == Marker::Notice;
     if (m_noticeTexts == nullptr || m_blocks.IsInside()) return true;
     switch (m_notices.Take(marker)) {
         case RegionStep::Begin:
-            m_notice.assign(1, std::string(line));
+            m_notice.clear();
             return HasNothingBehind(line, marker);
         case RegionStep::End:
             return HasNothingBehind(line, marker) && IsNoticeWhole();
@@ -100,9 +101,8 @@ bool RegionScan::TakeCommentMarker(Marker marker, std::string_view line) {
 }
 
 bool RegionScan::IsNoticeWhole() const {
-    const std::vector<std::string_view> lines(m_notice.begin(), m_notice.end());
-    const std::size_t end = lines.size() - 1;
-    return m_noticeTexts->ForeignLine(lines, 1, end) == end;
+    const std::vector<std::string_view> lines(m_notice.begin(), m_notice.end() - 1);
+    return m_noticeTexts->ForeignLine(lines) == lines.size();
 }
 
 }  // namespace ZET

@@ -26,7 +26,7 @@ class RegionScan {
     /// After the last line.
     bool IsSound() const { return m_isSound && !m_blocks.IsInside() && !m_notices.IsInside(); }
 
-    /// Whether there are managed blocks or notices; of a sound text.
+    /// Whether there are managed blocks or notices.
     bool HasRegions() const { return m_hasRegions; }
 
   private:
@@ -42,7 +42,7 @@ class RegionScan {
     std::size_t m_number = 0;
     RegionFollower m_blocks = RegionFollower::OfBlocks();
     RegionFollower m_notices = RegionFollower::OfNotices();
-    std::vector<std::string> m_notice;  ///< the lines of the one that is open, with its begin marker
+    std::vector<std::string> m_notice;  ///< the lines of the one that is open, without its begin marker
 };
 
 }  // namespace ZET

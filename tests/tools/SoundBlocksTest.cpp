@@ -1,4 +1,4 @@
-#include "SoundBlocks.h"
+#include "TextToEdit.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
