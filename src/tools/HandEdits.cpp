@@ -90,7 +90,7 @@ class TokenJudge {
             case Marker::TemplateComment:
                 return !m_comments.IsInside() && next == Marker::CommentEnd;
             case Marker::CommentEnd:
-                return m_comments.IsInside() && next != Marker::CommentEnd;
+                return m_comments.IsInside();
             case Marker::None:
                 break;
         }
@@ -119,7 +119,7 @@ class TokenJudge {
 
     void Follow(Marker marker) {
         m_blocks.Take(marker);
-        if (!m_blocks.IsInside()) m_comments.Take(marker);
+        m_comments.Take(marker);
     }
 
     std::vector<Token>& m_tokens;
@@ -229,7 +229,7 @@ std::string WhatStandsBehind(const std::string& rest) {
     return isBlank ? "white space stands behind " : "a needless \"" + rest + "\" stands behind ";
 }
 
-void FixExact(RepairText& repair, const Token& token, bool hasGluedMarker) {
+void FixExact(RepairText& repair, const Token& token) {
     if (token.marker == Marker::FormerLine) return;
     const std::string rest(repair.Text(token.line).substr(MarkerText(token.marker).size()));
     if (rest.empty()) return;
@@ -239,7 +239,7 @@ void FixExact(RepairText& repair, const Token& token, bool hasGluedMarker) {
         repair.Note(token.line, "hand-edited-marker", WhatStandsBehind(rest) + Quoted(token.marker),
                     "take it out");
         repair.Replace(token.line, MarkerText(token.marker));
-    } else if (!hasGluedMarker) {
+    } else {
         repair.NoteAmbiguous(token.line, "text-after-marker",
                              "text stands behind " + Quoted(token.marker) +
                                  ": it has no effect, and goes when the marker goes",
@@ -261,16 +261,10 @@ void LeaveJoined(RepairText& repair, const Token& token) {
 void CheckHandEdits(RepairText& repair) {
     SplitJoinedLines(repair);
     const std::vector<Token> tokens = JudgedTokens(repair);
-    for (std::size_t i = 0; i < tokens.size(); ++i) {
-        const Token& token = tokens[i];
-        const bool isLeftJoined = token.form == Token::Form::Glued && token.counts;
+    for (const Token& token : tokens) {
         if (token.form == Token::Form::Near) FixNear(repair, token);
-        if (token.form == Token::Form::Exact) {
-            const bool hasGluedMarker =
-                i + 1 < tokens.size() && tokens[i + 1].line == token.line && tokens[i + 1].counts;
-            FixExact(repair, token, hasGluedMarker);
-        }
-        if (isLeftJoined) LeaveJoined(repair, token);
+        if (token.form == Token::Form::Exact) FixExact(repair, token);
+        if (token.form == Token::Form::Glued && token.counts) LeaveJoined(repair, token);
     }
     repair.Settle();
 }

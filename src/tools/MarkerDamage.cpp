@@ -7,7 +7,6 @@ namespace ZET {
 namespace {
 
 constexpr char kCarriageReturns[] = "carriage-returns";
-constexpr int kMostRounds = 10;  ///< each makes certain what only the repairs of the one before it did
 
 /// Whether all lines end with a carriage return, marker lines among them.
 bool IsAllCarriageReturns(const RepairText& repair) {
@@ -48,14 +47,16 @@ void CheckLineEnds(RepairText& repair, std::optional<bool> hadCarriageReturns) {
 Diagnosis DiagnoseMarkers(std::string_view text, const NoticeTexts& noticeTexts,
                           std::optional<bool> hadCarriageReturns) {
     RepairText repair(text);
-    int round = 0;
-    do {
+    // The repairs of the first look may make clear what was ambiguous in it, or complete a region that then
+    // is looked into.
+    for (int look = 1; look <= 2; ++look) {
         repair.LookAgain();
         CheckLineEnds(repair, hadCarriageReturns);
         CheckHandEdits(repair);
         CheckBlocks(repair);
         CheckNotices(repair, noticeTexts);
-    } while (repair.TakeChanged() && ++round < kMostRounds);
+        if (!repair.TakeChanged()) break;
+    }
     return {repair.Damages(), repair.Bytes()};
 }
 

@@ -16,7 +16,7 @@ constexpr std::size_t kMostLinesOfNotice = 100;
 /// Dashes, and what else a hand may leave around a marker; a part of a longer character may be either.
 constexpr std::array<bool, 256> EdgeBytes() {
     std::array<bool, 256> isEdge = {};
-    for (const char c : std::string_view(" \t\r#;/!\"'-"))
+    for (const char c : std::string_view(" \t\r#;/-"))
         isEdge[static_cast<unsigned char>(c)] = true;
     for (std::size_t c = 0x80; c < isEdge.size(); ++c)
         isEdge[c] = true;

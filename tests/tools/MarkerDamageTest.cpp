@@ -133,6 +133,15 @@ TEST(MarkerDamage, OwnLinesThatMentionMarkersAreHealthy) {
                        "# are explained with # --ZET_COMMENT_END--\n"));
 }
 
+TEST(MarkerDamage, MentionsOfMarkersAreNotTakenForTheMissingOnes) {
+    // Not the end of a block whose begin a hand changed.
+    ExpectAmbiguous(Text("a\n", " ", kBegin, kNew, "b\n", "# lines before # ----ZET_END----\n"),
+                    {"2 hand-edited-marker?"});
+    // Not the kept former line of a block further down, nor that of another mention.
+    ExpectHealthy(Text("# kept as # --PRE-ZET-- lines\n", "a\n", kBegin, kNew, kEnd));
+    ExpectHealthy(Text("# kept as # --PRE-ZET-- lines\n", "# before a # ---ZET_BEGIN---\n"));
+}
+
 TEST(MarkerDamage, LostEndAfterOneLineIsPutBack) {
     // Before the end of the file, the next block, the next kept former line, an appended block.
     ExpectRepaired(Text("a\n", kFormer, kBegin, kNew), {"3 begin-without-end"},
@@ -189,9 +198,13 @@ TEST(MarkerDamage, DoubledBeginWithoutEndIsRepairedAtOnce) {
                    Text(kBegin, kNew, kEnd));
 }
 
-TEST(MarkerDamage, BlockInsideABlockIsAmbiguous) {
-    ExpectAmbiguous(Text(kBegin, kNew, kBegin, kNew, kEnd, "z\n", kEnd), {"3 nested-begin?"});
-    ExpectAmbiguous(Text(kBegin, kNew, kFormer, kBegin, kNew, kEnd, "z\n", kEnd), {"4 nested-begin?"});
+TEST(MarkerDamage, BlockInsideABlockEndsThatBeforeItAndLeavesItsEndAmbiguous) {
+    ExpectPartlyRepaired(Text(kBegin, kNew, kBegin, kNew, kEnd, "z\n", kEnd),
+                         {"1 begin-without-end", "7 stray-end?"},
+                         Text(kBegin, kNew, kEnd, kBegin, kNew, kEnd, "z\n", kEnd));
+    ExpectPartlyRepaired(Text(kBegin, kNew, kFormer, kBegin, kNew, kEnd, "z\n", kEnd),
+                         {"1 begin-without-end", "8 stray-end?"},
+                         Text(kBegin, kNew, kEnd, kFormer, kBegin, kNew, kEnd, "z\n", kEnd));
 }
 
 TEST(MarkerDamage, BlockAtTheEndOfABlockIsTakenApart) {
@@ -207,7 +220,7 @@ TEST(MarkerDamage, FormerLineWithoutABlockIsAmbiguous) {
 }
 
 TEST(MarkerDamage, TwoFormerLinesInARowAreAmbiguous) {
-    ExpectAmbiguous(Text(kFormer, kFormer, kBegin, kNew, kEnd), {"1 former-lines-in-a-row?"});
+    ExpectAmbiguous(Text(kFormer, kFormer, kBegin, kNew, kEnd), {"1 former-line-without-block?"});
 }
 
 TEST(MarkerDamage, FormerLineInsideABlockIsAmbiguous) {
@@ -267,6 +280,8 @@ TEST(MarkerDamage, SeveralJoinedLinesAreTakenApart) {
 
 TEST(MarkerDamage, LinesJoinedWithABlankAreAmbiguous) {
     ExpectAmbiguous(Changed(Text(kNew, kEnd), "kdc=new # ----ZET_END----\n"), {"11 joined-lines?"});
+    // The blanks may be all that the former line held.
+    ExpectAmbiguous(Text("# --PRE-ZET-- \t# ---ZET_BEGIN---\n", kNew, kEnd), {"1 joined-lines?"});
 }
 
 TEST(MarkerDamage, LostEndOfANoticeIsPutBack) {
