@@ -13,8 +13,6 @@ constexpr std::array<std::string_view, 3> kDashes = {"-", "\u2013", "\u2014"};
 /// Blanks and comment signs: what an editor puts before a line that it sets in or comments out.
 constexpr std::array<std::string_view, 6> kSurroundings = {" ", "\t", "\r", "#", ";", "/"};
 
-constexpr std::size_t kLongestName = 32;
-
 template <std::size_t Count>
 bool TakeFront(std::string_view& text, const std::array<std::string_view, Count>& pieces) {
     const auto* piece = std::find_if(pieces.begin(), pieces.end(),
@@ -116,8 +114,7 @@ std::optional<NearMarker> FindNearMarker(std::string_view line) {
     if (MarkerOf(line) != Marker::None) return std::nullopt;
     if (auto former = FindNearFormerLine(line)) return former;
     std::string_view name = line;
-    if (TakeSurroundingsInFront(name) + TakeSurroundingsBehind(name) == 0 || name.size() > kLongestName)
-        return std::nullopt;
+    if (TakeSurroundingsInFront(name) + TakeSurroundingsBehind(name) == 0) return std::nullopt;
     const std::string letters = UpperCase(name);
     for (const Marker marker : kMarkers) {
         if (marker == Marker::FormerLine || !IsNearly(letters, NameOf(marker))) continue;

@@ -46,7 +46,7 @@ class CommentCheck {
 
   private:
     void TakeBegin(std::size_t index, Marker marker) {
-        if (m_begin != kNone && m_lastBegin + 1 == index && m_marker == marker) {
+        if (m_begin != kNone && m_lastBegin + 1 == index) {
             TakeDoubled(m_repair, index, "doubled-begin", "begin");
             m_lastBegin = index;
             return;
@@ -123,7 +123,6 @@ class CommentCheck {
         m_repair.Note(begin, "notice-without-end", what,
                       "put one after line " + std::to_string(m_repair.Number(last)));
         m_repair.InsertAfter(last, Marker::CommentEnd);
-        m_end = last;
         m_repair.Concern(DamagedRegions::None);
     }
 
@@ -143,12 +142,10 @@ struct Notice {
 /// The notices that have an end.
 std::vector<Notice> WholeNotices(const RepairText& repair) {
     std::vector<Notice> notices;
-    std::size_t begin = kNone;
+    RegionFollower follower = RegionFollower::OfNotices();
     ForEachCommentMarker(repair, [&](std::size_t index, Marker marker) {
-        if (marker == Marker::Notice && begin == kNone) begin = index;
-        if (marker == Marker::TemplateComment) begin = kNone;
-        if (marker == Marker::CommentEnd && begin != kNone)
-            notices.push_back({std::exchange(begin, kNone), index});
+        const std::size_t first = follower.OpenedAt();
+        if (follower.Take(marker, index) == RegionStep::End) notices.push_back({first, index});
     });
     return notices;
 }
