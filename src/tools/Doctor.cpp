@@ -63,9 +63,8 @@ int RunDoctor(Session& session) {
     Report& out = session.Out();
     const std::string path = FileToRead(session, session.Asked().file);
     const std::string bytes = ReadFileBytes(path);
-    const ManagedText text(bytes);
     const NoticeTexts noticeTexts = WrittenNoticeTexts(session);
-    const FileOrigin origin = FindOrigin(session, session.Asked().file, text, noticeTexts);
+    const FileOrigin origin = FindOrigin(session, session.Asked().file, ManagedText(bytes), noticeTexts);
     const bool hasCarriageReturns = bytes.find('\r') != std::string::npos;
     const Diagnosis diagnosis = DiagnoseMarkers(
         bytes, noticeTexts, hasCarriageReturns ? HadCarriageReturns(path, origin) : std::nullopt);

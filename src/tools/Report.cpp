@@ -152,6 +152,7 @@ void Report::AddList(const std::string& name) {
 }
 
 void Report::Add(const std::string& list, Value value) {
+    if (!m_json) return;  // a long list would only take room
     auto known = std::find_if(m_document.begin(), m_document.end(),
                               [&](const auto& field) { return field.first == list; });
     if (known == m_document.end()) known = m_document.emplace(m_document.end(), list, List());
