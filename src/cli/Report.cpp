@@ -8,6 +8,7 @@
 
 #include "cli/ExitStatus.h"
 #include "posix/Printable.h"
+#include "text/Lines.h"
 
 namespace ZET {
 
@@ -31,18 +32,11 @@ std::string PrintableLine(std::string_view line) {
     return text + Printable(line);
 }
 
-/// Takes the first line off the text, without its line feed.
-std::string_view TakeLine(std::string_view& text) {
-    const std::string_view line = text.substr(0, text.find('\n'));
-    text.remove_prefix(std::min(line.size() + 1, text.size()));
-    return line;
-}
-
 /// Set in, so that no line of somebody else's making can be taken for one of the program's own.
 std::string SetIn(std::string_view lines) {
     std::string text;
     while (!lines.empty())
-        text += "  " + PrintableLine(TakeLine(lines)) + "\n";
+        text += "  " + PrintableLine(TakeLine(lines).text) + "\n";
     return text;
 }
 
@@ -135,11 +129,10 @@ void Report::Diff(std::string_view diff) {
     if (!m_color && !m_output.IsTerminal()) return Text(diff);
     std::string shown;
     while (!diff.empty()) {
-        const bool hasLineFeed = diff.find('\n') != std::string_view::npos;
-        const std::string_view line = TakeLine(diff);
-        const std::string_view color = m_color ? ColorOfDiffLine(line) : "";
-        shown.append(color).append(m_output.IsTerminal() ? PrintableLine(line) : line);
-        shown.append(color.empty() ? "" : "\033[0m").append(hasLineFeed ? "\n" : "");
+        const TextLine line = TakeLine(diff);
+        const std::string_view color = m_color ? ColorOfDiffLine(line.text) : "";
+        shown.append(color).append(m_output.IsTerminal() ? PrintableLine(line.text) : line.text);
+        shown.append(color.empty() ? "" : "\033[0m").append(line.hasLineFeed ? "\n" : "");
     }
     Text(shown);
 }
@@ -159,6 +152,7 @@ void Report::AddList(const std::string& name) {
 }
 
 void Report::Add(const std::string& list, Value value) {
+    if (!m_json) return;  // a long list would only take room
     auto known = std::find_if(m_document.begin(), m_document.end(),
                               [&](const auto& field) { return field.first == list; });
     if (known == m_document.end()) known = m_document.emplace(m_document.end(), list, List());

@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-#include "text/Markers.h"
+#include "text/Lines.h"
 
 namespace ZET {
 

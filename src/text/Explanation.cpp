@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include "text/Lines.h"
+#include "text/Placeholders.h"
+
 namespace ZET {
 
 namespace {
@@ -59,7 +62,7 @@ class Explainer {
     void AddContent(ExplainedLines& block) {
         for (std::size_t number = block.first; number <= block.last; ++number) {
             if (m_text.Line(number).kind == LineKind::BlockContent)
-                block.content.emplace_back(m_text.Line(number).text);
+                block.content.push_back(m_text.Line(number).text);
         }
         if (block.formerLine == 0) return;
         block.formerText = m_text.FormerText(block.formerLine);

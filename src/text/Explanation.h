@@ -34,12 +34,12 @@ struct ExplainedLines {
     std::size_t block = 0;         ///< of a kept former line: the number of its block's first line, or 0
     std::size_t templateLine = 0;  ///< the first one; also of a block in place of such a line; 0: none
     std::vector<std::string> placeholders = {};
-    std::vector<std::string> content = {};  ///< of a block
-    std::string formerText = {};
+    std::vector<std::string_view> content = {};  ///< of a block
+    std::string_view formerText = {};
 };
 
 /// Explains every line, in their order. `isMade` says that the file was made from a template, `templateText`
-/// is what the template holds.
+/// is what the template holds. The explanation quotes the text, which must outlive it.
 std::vector<ExplainedLines> ExplainText(const ManagedText& text, bool isMade, std::string_view templateText);
 
 /// The explanation that holds for that one line.

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "text/Lines.h"
+
 namespace ZET {
 
 namespace {
@@ -19,7 +21,8 @@ std::string_view WithoutBlanks(std::string_view text) {
 FirstLine FirstLineOf(std::string_view text) {
     const std::size_t begin = text.find_first_not_of('\n');
     if (begin == std::string_view::npos) return {};
-    return {begin + 1, text.substr(begin, text.find('\n', begin) - begin)};
+    text.remove_prefix(begin);
+    return {begin + 1, TakeLine(text).text};
 }
 
 bool MustComeFirst(std::string_view line) {

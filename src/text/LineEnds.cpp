@@ -1,5 +1,7 @@
 #include "text/LineEnds.h"
 
+#include "text/Lines.h"
+
 namespace ZET {
 
 void LineEndScan::Take(std::string_view lines, std::size_t before) {
@@ -9,9 +11,9 @@ void LineEndScan::Take(std::string_view lines, std::size_t before) {
         m_emptyLine = 0;
         return;
     }
-    for (std::size_t end = 0; (end = lines.find('\n')) != std::string_view::npos;
-         lines.remove_prefix(end + 1)) {
-        TakeLine(lines.substr(0, end), ++before);
+    while (!lines.empty()) {
+        const TextLine line = ZET::TakeLine(lines);
+        if (line.hasLineFeed) TakeLine(line.text, ++before);
     }
 }
 
@@ -19,13 +21,9 @@ void LineEndScan::TakeLine(std::string_view line, std::size_t number) {
     const Marker marker = MarkerOf(line);
     if (m_emptyLine != 0 && marker != Marker::BlockBegin) Count(false, m_emptyLine);
     m_emptyLine = 0;
-    if (m_until != Marker::None) {
-        if (marker == m_until) m_until = Marker::None;
-    } else if (marker == Marker::BlockBegin) {
-        m_until = Marker::BlockEnd;
-    } else if (marker == Marker::Notice) {
-        m_until = Marker::CommentEnd;
-    } else if (line.empty()) {
+    const RegionKind kind = m_regions.Take(marker, number).kind;
+    if (kind == RegionKind::Block || kind == RegionKind::Notice) return;
+    if (line.empty()) {
         m_emptyLine = number;
     } else {
         Count(line.ends_with('\r'), number);
@@ -56,7 +54,7 @@ std::string WithLineEnd(const std::string& line, const LineEnds& ends) {
 }
 
 std::string WithoutLineEnd(std::string line) {
-    if (line.ends_with('\r')) line.pop_back();
+    line.resize(WithoutCarriageReturn(line).size());
     return line;
 }
 

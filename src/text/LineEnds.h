@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "text/Markers.h"
+#include "text/Regions.h"
 
 namespace ZET {
 
@@ -33,8 +33,8 @@ class LineEndScan {
 
     LineEnds m_ends;
     std::optional<bool> m_isFirstCarriageReturn;
-    Marker m_until = Marker::None;  ///< inside of a region: its end
-    std::size_t m_emptyLine = 0;    ///< that may be the one before a block that was appended
+    Regions m_regions;
+    std::size_t m_emptyLine = 0;  ///< that may be the one before a block that was appended
 };
 
 /// A line that is to be set, with the end of the others but for its line feed.

@@ -1,7 +1,9 @@
 #include "text/LineOrigin.h"
 
 #include <algorithm>
-#include <set>
+
+#include "text/Lines.h"
+#include "text/Placeholders.h"
 
 namespace ZET {
 
@@ -11,20 +13,6 @@ struct NumberedLine {
     std::size_t number = 0;
     std::string_view text;
 };
-
-/// Where the placeholder that is next in the line begins and ends; both npos when there is none.
-struct PlaceholderRange {
-    std::size_t begin = std::string_view::npos;
-    std::size_t end = std::string_view::npos;
-};
-
-PlaceholderRange NextPlaceholder(std::string_view line, std::size_t from) {
-    // The module substitutes nothing in a line that begins like a comment.
-    const std::size_t begin = line.starts_with('#') ? std::string_view::npos : line.find("${", from);
-    const std::size_t end = begin == std::string_view::npos ? begin : line.find('}', begin);
-    if (end == std::string_view::npos) return {};
-    return {begin, end + 1};
-}
 
 bool IsNoticeMarkerIn(std::string_view line) {
     return line.find(MarkerText(Marker::Notice)) != std::string_view::npos;
@@ -42,13 +30,10 @@ RenderedLines LinesThatRender(std::string_view templateText) {
         std::find_if(all.begin(), all.end(), [](const TextLine& line) { return !line.text.empty(); });
     RenderedLines rendered;
     rendered.hasOwnNotice = top != all.end() && IsNoticeMarkerIn(top->text);
-    bool isInComment = false;
+    RegionFollower comments = RegionFollower::OfTemplateComments();
     for (auto line = top; line != all.end(); ++line) {
-        const Marker marker = MarkerOf(line->text);
-        const bool wasInComment = isInComment;
-        if (marker == Marker::TemplateComment) isInComment = true;
-        if (marker == Marker::CommentEnd) isInComment = false;
-        if (isInComment || wasInComment) continue;
+        const RegionStep step = comments.Take(MarkerOf(line->text));
+        if (!IsOutside(step)) continue;
         rendered.lines.push_back({static_cast<std::size_t>(line - all.begin()) + 1, line->text});
     }
     return rendered;
@@ -73,19 +58,6 @@ std::vector<NumberedLine> LinesBeforeEdits(const ManagedText& file, bool hasOwnN
         }
     }
     return lines;
-}
-
-std::vector<std::string_view> LiteralPieces(std::string_view templateLine) {
-    std::vector<std::string_view> pieces;
-    std::size_t from = 0;
-    for (;;) {
-        const PlaceholderRange range = NextPlaceholder(templateLine, from);
-        if (range.begin == std::string_view::npos) break;
-        pieces.push_back(templateLine.substr(from, range.begin - from));
-        from = range.end;
-    }
-    pieces.push_back(templateLine.substr(from));
-    return pieces;
 }
 
 /// Lines the two up from the top and from the bottom, as far as they fit.
@@ -129,22 +101,8 @@ class Alignment {
 
 }  // namespace
 
-std::vector<std::string> PlaceholdersOf(std::string_view templateLine) {
-    std::vector<std::string> placeholders;
-    std::set<std::string_view> known;
-    std::size_t from = 0;
-    for (;;) {
-        const PlaceholderRange range = NextPlaceholder(templateLine, from);
-        if (range.begin == std::string_view::npos) break;
-        const std::string_view placeholder = templateLine.substr(range.begin, range.end - range.begin);
-        if (known.insert(placeholder).second) placeholders.emplace_back(placeholder);
-        from = range.end;
-    }
-    return placeholders;
-}
-
 bool CanBecome(std::string_view templateLine, std::string_view line) {
-    const std::vector<std::string_view> pieces = LiteralPieces(templateLine);
+    const std::vector<std::string_view> pieces = PiecesBetweenPlaceholders(templateLine);
     if (pieces.size() == 1) return line == templateLine;
     if (!line.starts_with(pieces.front())) return false;
     line.remove_prefix(pieces.front().size());

@@ -2,7 +2,6 @@
 #define ZET_LINE_ORIGIN_H
 
 #include <cstddef>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -26,9 +25,6 @@ struct LineOrigin {
 /// For each line of a made file, at its number less one, the line of the template that it was rendered from.
 /// A line that a managed block replaced counts as the kept former line before the block.
 std::vector<LineOrigin> TraceLines(const ManagedText& file, std::string_view templateText);
-
-/// The placeholders of a template's line that are replaced, in their order, each once.
-std::vector<std::string> PlaceholdersOf(std::string_view templateLine);
 
 /// Whether the template's line can become that line, whatever the values are.
 bool CanBecome(std::string_view templateLine, std::string_view line);

@@ -2,15 +2,16 @@
 #define ZET_MANAGED_TEXT_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
-#include "text/Markers.h"
+#include "text/Regions.h"
 
 namespace ZET {
 
 /// What a line of a managed file is.
-enum class LineKind {
+enum class LineKind : std::uint8_t {
     Ordinary,  ///< also an end marker that closes nothing: the module keeps it as it is
     FormerLine,
     BlockBegin,
@@ -24,27 +25,24 @@ enum class LineKind {
     TemplateCommentEnd
 };
 
-enum class RegionKind { Ordinary, FormerLine, Block, Notice, TemplateComment };
-
 /// Lines that belong together, numbers from 1. Every line is in exactly one region.
 struct ManagedRegion {
     RegionKind kind = RegionKind::Ordinary;
-    std::size_t first = 0;
-    std::size_t last = 0;
-    bool isClosed = true;        ///< false: it has no end marker, and reaches to the end of the text
-    std::size_t formerLine = 0;  ///< of a block: the number of the kept former line before it, or 0
-    std::size_t block = 0;       ///< of a kept former line: the number of the first line of its block, or 0
+    bool isClosed = true;  ///< false: it has no end marker, and reaches to the end of the text
+    std::uint32_t first = 0;
+    std::uint32_t last = 0;
+    std::uint32_t formerLine = 0;  ///< of a block: the number of the kept former line before it, or 0
+    std::uint32_t block = 0;       ///< of a kept former line: the number of the first line of its block, or 0
 };
 
 struct ManagedLine {
-    std::string_view text;  ///< without the line feed
+    std::string_view text;     ///< without the line feed
+    std::uint32_t region = 0;  ///< index
     LineKind kind = LineKind::Ordinary;
-    bool isClosed = true;    ///< false: of a region without an end marker
-    std::size_t region = 0;  ///< index
 };
 
-/// A managed file's text as the module sees it when it takes its own lines out: managed blocks first, then
-/// notices in what is left, and then, for a template, its comments. The text must outlive the object.
+/// A managed file's text as the module sees it when it takes its own lines out. The text must outlive the
+/// object, and has fewer lines than 32 bits count.
 class ManagedText {
   public:
     explicit ManagedText(std::string_view text);
@@ -60,11 +58,7 @@ class ManagedText {
     std::string_view FormerText(std::size_t number) const;
 
   private:
-    struct Bounds;
-
-    void MarkRegions(const Bounds& bounds);
-    void MarkFormerLines();
-    void JoinRegions();
+    void AddLine(std::string_view text, const RegionPlace& place);
     void LinkFormerLines();
 
     std::vector<ManagedLine> m_lines;

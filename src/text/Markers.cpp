@@ -35,14 +35,4 @@ Marker MarkerOf(std::string_view line) {
     return found == std::end(kMarkers) ? Marker::None : *found;
 }
 
-std::vector<TextLine> SplitLines(std::string_view text) {
-    std::vector<TextLine> lines;
-    while (!text.empty()) {
-        const std::size_t length = std::min(text.find('\n'), text.size());
-        lines.push_back({text.substr(0, length), length < text.size()});
-        text.remove_prefix(std::min(length + 1, text.size()));
-    }
-    return lines;
-}
-
 }  // namespace ZET

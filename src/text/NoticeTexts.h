@@ -2,11 +2,14 @@
 #define ZET_NOTICE_TEXTS_H
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace ZET {
+
+using NoticeLines = std::span<const std::string_view>;
 
 /// What the module writes between the markers of a notice: its texts as they are, and in the language that
 /// was set when the object was made.
@@ -14,21 +17,23 @@ class NoticeTexts {
   public:
     NoticeTexts();
 
-    /// How many of the lines from `first` on are the whole text of a notice; 0 when none is. Carriage returns
+    /// How many of the first of these lines are the whole text of a notice; 0 when none is. Carriage returns
     /// at their ends do not count.
-    std::size_t LengthFrom(const std::vector<std::string_view>& lines, std::size_t first) const;
+    std::size_t LengthFrom(NoticeLines lines) const;
 
-    /// The same for the lines right before `end`.
-    std::size_t LengthBefore(const std::vector<std::string_view>& lines, std::size_t end) const;
+    /// The same for the last ones.
+    std::size_t LengthBefore(NoticeLines lines) const;
 
-    /// The first of the lines from `first` to before `end`, which stand between the markers of a notice, that
-    /// the module did not write; `end` when it wrote all. A text of which no line is known is one in another
-    /// language, and may be any comment.
-    std::size_t ForeignLine(const std::vector<std::string_view>& lines, std::size_t first,
-                            std::size_t end) const;
+    /// How many lines that can take at most.
+    std::size_t MostLines() const;
+
+    /// The first of the lines between the markers of a notice that the module did not write; their number
+    /// when it wrote all. A text of which no line is known is one in another language, and may be any
+    /// comment.
+    std::size_t ForeignLine(NoticeLines notice) const;
 
     /// The template that a notice tells its reader to edit; empty when it names none.
-    std::string TemplateIn(const std::vector<std::string_view>& notice) const;
+    std::string TemplateIn(NoticeLines notice) const;
 
   private:
     using Lines = std::vector<std::string>;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "text/Markers.h"
+#include "text/Lines.h"
 #include "text/repair/NearMarker.h"
 
 namespace ZET {
@@ -16,7 +16,7 @@ constexpr std::size_t kMostLinesOfNotice = 100;
 /// Dashes, and what else a hand may leave around a marker; a part of a longer character may be either.
 constexpr std::array<bool, 256> EdgeBytes() {
     std::array<bool, 256> isEdge = {};
-    for (const char c : std::string_view(" \t\r#;/!\"'-"))
+    for (const char c : std::string_view(" \t\r#;/-"))
         isEdge[static_cast<unsigned char>(c)] = true;
     for (std::size_t c = 0x80; c < isEdge.size(); ++c)
         isEdge[c] = true;
@@ -48,67 +48,61 @@ bool HasNothingBehind(std::string_view line, Marker marker) {
 }  // namespace
 
 void RegionScan::Take(std::string_view lines) {
-    std::size_t mention = lines.find(kMarkerStart);
-    for (std::size_t begin = 0, end = 0; begin < lines.size(); begin = end + 1) {
-        end = std::min(lines.find('\n', begin), lines.size());
-        const bool mentionsMarker = mention < end;
+    const char* const end = lines.data() + lines.size();
+    const auto nextMention = [&] { return lines.data() + std::min(lines.find(kMarkerStart), lines.size()); };
+    for (const char* mention = nextMention(); !lines.empty();) {
+        const std::string_view line = TakeLine(lines).text;
+        const bool mentionsMarker = mention != end && mention < lines.data();
         ++m_number;
-        m_isSound = m_isSound && TakeLine(lines.substr(begin, end - begin), mentionsMarker);
-        if (mentionsMarker) mention = lines.find(kMarkerStart, end);
+        m_isSound = m_isSound && TakeLineOf(line, mentionsMarker);
+        if (!mentionsMarker) continue;
+        const Marker marker = MarkerOf(line);
+        m_hasRegions = m_hasRegions || marker == Marker::BlockBegin || marker == Marker::Notice;
+        mention = nextMention();
     }
 }
 
-bool RegionScan::TakeLine(std::string_view line, bool mentionsMarker) {
-    if (m_isInNotice && !KeepOfNotice(line)) return false;
+bool RegionScan::TakeLineOf(std::string_view line, bool mentionsMarker) {
+    if (m_notices.IsInside()) {
+        if (m_notice.size() == kMostLinesOfNotice) return false;
+        m_notice.emplace_back(line);
+    }
     if (mentionsMarker) return TakeMention(line);
     return !CanBeNearMarker(line) || !FindNearMarker(line);
 }
 
 bool RegionScan::TakeMention(std::string_view line) {
     const Marker marker = MarkerOf(line);
-    if (marker == Marker::BlockBegin) return HasNothingBehind(line, marker) && TakeBegin();
-    if (marker == Marker::BlockEnd) return HasNothingBehind(line, marker) && TakeEnd();
+    if (marker == Marker::BlockBegin || marker == Marker::BlockEnd)
+        return HasNothingBehind(line, marker) && TakeBlockMarker(marker);
     if (FindNearMarker(line) || FindGluedMarker(line)) return false;
-    if (marker == Marker::FormerLine) return m_blockBegin == 0;
-    if (marker == Marker::Notice) return TakeNoticeBegin(line);
-    return marker != Marker::CommentEnd || TakeCommentEnd(line);
-}
-
-bool RegionScan::TakeBegin() {
-    if (m_blockBegin != 0) return false;
-    m_blockBegin = m_number;
-    m_hasRegions = true;
-    return true;
+    if (marker == Marker::FormerLine) return !m_blocks.IsInside();
+    return TakeCommentMarker(marker, line);
 }
 
 /// The system writes one line into each block.
-bool RegionScan::TakeEnd() {
-    const bool isWhole = m_blockBegin != 0 && m_number == m_blockBegin + 2;
-    m_blockBegin = 0;
-    return isWhole;
+bool RegionScan::TakeBlockMarker(Marker marker) {
+    const std::size_t begin = m_blocks.OpenedAt();
+    const RegionStep step = m_blocks.Take(marker, m_number);
+    return step == RegionStep::Begin || (step == RegionStep::End && m_number == begin + 2);
 }
 
-bool RegionScan::TakeNoticeBegin(std::string_view line) {
-    m_hasRegions = true;
-    if (!CountsAsComment()) return true;
-    if (m_isInNotice || !HasNothingBehind(line, Marker::Notice)) return false;
-    m_isInNotice = true;
-    m_notice.clear();
-    return true;
+bool RegionScan::TakeCommentMarker(Marker marker, std::string_view line) {
+    if (m_noticeTexts == nullptr || m_blocks.IsInside()) return true;
+    switch (m_notices.Take(marker)) {
+        case RegionStep::Begin:
+            m_notice.clear();
+            return HasNothingBehind(line, marker);
+        case RegionStep::End:
+            return HasNothingBehind(line, marker) && IsNoticeWhole();
+        default:
+            return marker != Marker::Notice;
+    }
 }
 
-bool RegionScan::TakeCommentEnd(std::string_view line) {
-    if (!CountsAsComment() || !m_isInNotice) return true;
-    m_isInNotice = false;
-    m_notice.pop_back();
-    const std::vector<std::string_view> lines(m_notice.begin(), m_notice.end());
-    return HasNothingBehind(line, Marker::CommentEnd) &&
-           m_noticeTexts->ForeignLine(lines, 0, lines.size()) == lines.size();
-}
-
-bool RegionScan::KeepOfNotice(std::string_view line) {
-    m_notice.emplace_back(line);
-    return m_notice.size() <= kMostLinesOfNotice;
+bool RegionScan::IsNoticeWhole() const {
+    const std::vector<std::string_view> lines(m_notice.begin(), m_notice.end() - 1);
+    return m_noticeTexts->ForeignLine(lines) == lines.size();
 }
 
 }  // namespace ZET

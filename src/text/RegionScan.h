@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "text/NoticeTexts.h"
+#include "text/Regions.h"
 
 namespace ZET {
 
@@ -23,28 +24,25 @@ class RegionScan {
     std::size_t LineCount() const { return m_number; }
 
     /// After the last line.
-    bool IsSound() const { return m_isSound && m_blockBegin == 0 && !m_isInNotice; }
+    bool IsSound() const { return m_isSound && !m_blocks.IsInside() && !m_notices.IsInside(); }
 
-    /// Whether there are managed blocks or notices; of a sound text.
+    /// Whether there are managed blocks or notices.
     bool HasRegions() const { return m_hasRegions; }
 
   private:
-    bool TakeLine(std::string_view line, bool mentionsMarker);
+    bool TakeLineOf(std::string_view line, bool mentionsMarker);
     bool TakeMention(std::string_view line);
-    bool TakeBegin();
-    bool TakeEnd();
-    bool TakeNoticeBegin(std::string_view line);
-    bool TakeCommentEnd(std::string_view line);
-    bool KeepOfNotice(std::string_view line);
-    bool CountsAsComment() const { return m_noticeTexts != nullptr && m_blockBegin == 0; }
+    bool TakeBlockMarker(Marker marker);
+    bool TakeCommentMarker(Marker marker, std::string_view line);
+    bool IsNoticeWhole() const;
 
     const NoticeTexts* m_noticeTexts;
     bool m_isSound = true;
     bool m_hasRegions = false;
     std::size_t m_number = 0;
-    std::size_t m_blockBegin = 0;  ///< the line; 0: outside
-    bool m_isInNotice = false;
-    std::vector<std::string> m_notice;  ///< its lines, without the begin marker
+    RegionFollower m_blocks = RegionFollower::OfBlocks();
+    RegionFollower m_notices = RegionFollower::OfNotices();
+    std::vector<std::string> m_notice;  ///< the lines of the one that is open, without its begin marker
 };
 
 }  // namespace ZET

@@ -6,7 +6,9 @@
 
 #include "text/FirstLine.h"
 #include "text/LineExpansion.h"
-#include "text/Markers.h"
+#include "text/Lines.h"
+#include "text/Placeholders.h"
+#include "text/Regions.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET {
@@ -23,13 +25,19 @@ std::size_t LongestKey(const StringMap& values) {
     return longest;
 }
 
-/// A pair of markers and the region that is open between them.
-struct Region {
-    std::string_view begin;
-    std::string_view end;
-    int openedAt = 0;            ///< 0: not open
+/// The regions of one kind, and what was told of the one that is open.
+struct TemplateRegions {
+    RegionFollower follower;
     bool isOtherInside = false;  ///< a region of the other kind began in it, which was told
 };
+
+std::string_view EndOf(Marker begin) {
+    return begin == Marker::BlockBegin ? ZETEndMarker : ZETCommentEndMarker;
+}
+
+std::string Quoted(std::string_view text) {
+    return "\"" + std::string(text) + "\"";
+}
 
 class TemplateChecker {
   public:
@@ -43,21 +51,18 @@ class TemplateChecker {
 
     void Take(std::string_view line) {
         ++m_line;
-        if (line.starts_with('#')) return CheckRendered(line, line);
+        if (HasNoPlaceholders(line)) return CheckRendered(line, line);
         const std::size_t wanted = WantedOf(line);
         m_rendered.clear();
         CheckPlaceholders(line, wanted);
         if (wanted == 0) return;
-        std::string_view rendered = m_rendered;
-        for (std::size_t end; (end = rendered.find('\n')) != std::string_view::npos;
-             rendered.remove_prefix(end + 1))
-            CheckRendered(rendered.substr(0, end), line);
-        CheckRendered(rendered, line);
+        for (std::string_view rendered = m_rendered; !rendered.empty();)
+            CheckRendered(TakeLine(rendered).text, line);
     }
 
     std::vector<Problem> End() {
-        for (const Region& region : {m_block, m_comment})
-            CheckClosed(region);
+        for (const TemplateRegions& regions : {m_blocks, m_comments})
+            CheckClosed(regions.follower);
         return std::move(m_problems);
     }
 
@@ -66,7 +71,7 @@ class TemplateChecker {
     /// and then no more than can be a marker.
     std::size_t WantedOf(std::string_view line) const {
         if (!m_hasText || !m_hasFirstLine || m_hasLineFeeds) return std::string::npos;
-        return line.starts_with("${") ? kStart : 0;
+        return line.starts_with(kPlaceholderBegin) ? kStart : 0;
     }
 
     void Render(std::string_view text, std::size_t wanted) {
@@ -78,16 +83,14 @@ class TemplateChecker {
     bool IsPlain(std::string_view line, std::size_t wanted) {
         std::size_t left = LineExpansion::kLongestLine;
         std::size_t done = 0;
-        for (std::size_t place = 0; (place = line.find("${", done)) != std::string_view::npos;) {
-            const std::size_t end = line.find('}', place);
-            if (end == std::string_view::npos) return false;
-            const auto value = m_plainValues.find(line.substr(place, end + 1 - place));
+        for (PlaceholderRange range; (range = NextPlaceholder(line, done)).IsThere(); done = range.end) {
+            if (!range.IsClosed()) return false;
+            const auto value = m_plainValues.find(range.In(line));
             if (value == m_plainValues.end() || value->second->second.size() > left) return false;
             left -= value->second->second.size();
-            Render(line.substr(done, place - done), wanted);
+            Render(line.substr(done, range.begin - done), wanted);
             Render(value->second->second, wanted);
             if (m_used != nullptr) m_used->insert(value->second->first);
-            done = end + 1;
         }
         Render(line.substr(done), wanted);
         return true;
@@ -131,9 +134,7 @@ class TemplateChecker {
         }
     }
 
-    bool IsInTemplateComment() const {
-        return m_comment.openedAt > 0 && m_comment.begin == ZETTemplateCommentMarker;
-    }
+    bool IsInTemplateComment() const { return m_comments.follower.Opener() == Marker::TemplateComment; }
 
     /// A line as it is going to be, and the template's line that it comes from.
     void CheckRendered(std::string_view text, std::string_view line) {
@@ -142,8 +143,9 @@ class TemplateChecker {
         const bool wasInComment = IsInTemplateComment();
         const Marker marker = MarkerOf(text);
         if (marker != Marker::None) {
-            if (!line.starts_with('#')) TellMadeMarker(marker, line);
-            CheckMarker(text);
+            if (!HasNoPlaceholders(line)) TellMadeMarker(marker, line);
+            CheckMarker(m_blocks, m_comments, marker);
+            CheckMarker(m_comments, m_blocks, marker);
         }
         if (wasInComment || IsInTemplateComment() || m_hasFirstLine || text.empty()) return;
         m_hasFirstLine = true;
@@ -168,53 +170,40 @@ class TemplateChecker {
             "give the placeholder another value");
     }
 
-    static int ColumnOfPlaceholder(std::string_view line) { return static_cast<int>(line.find("${")) + 1; }
+    static int ColumnOfPlaceholder(std::string_view line) {
+        return static_cast<int>(line.find(kPlaceholderBegin)) + 1;
+    }
 
-    void CheckMarker(std::string_view line) {
-        if (line.starts_with(ZETNoticeMarker) || line.starts_with(ZETTemplateCommentMarker)) {
-            m_comment.begin = line.starts_with(ZETNoticeMarker) ? std::string_view(ZETNoticeMarker)
-                                                                : ZETTemplateCommentMarker;
-            Open(m_comment, m_block);
-        } else if (line.starts_with(ZETCommentEndMarker)) {
-            Close(m_comment);
-        } else if (line.starts_with(ZETBeginMarker)) {
-            Open(m_block, m_comment);
-        } else if (line.starts_with(ZETEndMarker)) {
-            Close(m_block);
+    void CheckMarker(TemplateRegions& regions, TemplateRegions& others, Marker marker) {
+        const std::size_t openedAt = regions.follower.OpenedAt();
+        switch (regions.follower.Take(marker, static_cast<std::size_t>(m_line))) {
+            case RegionStep::StrayEnd:
+                return Add(1, Quoted(MarkerText(marker)) + " ends no region",
+                           "add its begin, or take the line out");
+            case RegionStep::NestedBegin:
+                return AddInside(marker, openedAt);
+            case RegionStep::Begin:
+                regions.isOtherInside = false;
+                if (!others.follower.IsInside() || others.isOtherInside) return;
+                others.isOtherInside = true;
+                return AddInside(marker, others.follower.OpenedAt());
+            default:
+                return;
         }
     }
 
-    void Open(Region& region, Region& other) {
-        if (region.openedAt > 0) {
-            AddInside(region, region);
-        } else if (other.openedAt > 0 && !other.isOtherInside) {
-            AddInside(region, other);
-            other.isOtherInside = true;
-        }
-        region.openedAt = m_line;
-        region.isOtherInside = false;
-    }
-
-    void AddInside(const Region& inner, const Region& outer) {
+    void AddInside(Marker inner, std::size_t openedAt) {
         Add(1,
-            Quoted(inner.begin) + " inside a region that line " + std::to_string(outer.openedAt) + " opened",
+            Quoted(MarkerText(inner)) + " inside a region that line " + std::to_string(openedAt) + " opened",
             "end that region before this line");
     }
 
-    void Close(Region& region) {
-        if (region.openedAt == 0) {
-            Add(1, Quoted(region.end) + " ends no region", "add its begin, or take the line out");
-        }
-        region.openedAt = 0;
+    void CheckClosed(const RegionFollower& follower) {
+        if (!follower.IsInside()) return;
+        m_line = static_cast<int>(follower.OpenedAt());
+        Add(1, Quoted(MarkerText(follower.Opener())) + " has no end",
+            "add a line " + Quoted(EndOf(follower.Opener())));
     }
-
-    void CheckClosed(const Region& region) {
-        if (region.openedAt == 0) return;
-        m_line = region.openedAt;
-        Add(1, Quoted(region.begin) + " has no end", "add a line " + Quoted(region.end));
-    }
-
-    static std::string Quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
 
     void Add(int column, const std::string& text, const std::string& remedy, const std::string& quoted = "") {
         m_problems.push_back({m_file, m_line, column, text, remedy, quoted});
@@ -230,8 +219,8 @@ class TemplateChecker {
     bool m_hasLineFeeds = false;  ///< there is a value of several lines
     bool m_hasText = false;       ///< a line was taken that does not become empty
     bool m_hasFirstLine = false;  ///< the same for a line that is not in a template comment
-    Region m_block{ZETBeginMarker, ZETEndMarker};
-    Region m_comment{ZETTemplateCommentMarker, ZETCommentEndMarker};
+    TemplateRegions m_blocks{RegionFollower::OfBlocks()};
+    TemplateRegions m_comments{RegionFollower::OfComments()};
     std::vector<Problem> m_problems;
 };
 

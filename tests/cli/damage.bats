@@ -163,3 +163,20 @@ $(block a=2)
 $(block kdc=2)
 "
 }
+
+# peak_of COMMAND...: the most memory that it took, in KB.
+peak_of() {
+    capture /usr/bin/time -f %M -o "$BASE/peak" "$ZET_BIN/zet-client" --config "$HOST/zet.conf" "$@"
+    tail -n 1 "$BASE/peak"
+}
+
+@test "a long file with many blocks is looked through within a few times its size" {
+    ! grep -q __asan_init "$ZET_BIN/zet-client" || skip "the sanitizer needs memory of its own"
+    awk 'BEGIN { for (i = 0; i < 200000; ++i) printf "# --PRE-ZET-- name%d=old\n%s\nname%d=new\n%s\n",
+        i, "# ---ZET_BEGIN---", i, "# ----ZET_END----" }' >"$HOST/long"
+    local kilobytes=$(($(stat -c %s "$HOST/long") / 1024)) peak command
+    for command in doctor explain; do
+        peak=$(peak_of "$command" "$HOST/long")
+        ((peak < 10 * 1024 + 8 * kilobytes)) || differ "$command" "8 times $kilobytes KB" "$peak KB"
+    done
+}

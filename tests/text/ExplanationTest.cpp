@@ -66,7 +66,7 @@ TEST(FileExplanation, BlockTellsItsContentAndWhatStoodThere) {
     EXPECT_EQ(block.kind, Kind::Block);
     EXPECT_EQ(block.first, 2U);
     EXPECT_EQ(block.last, 4U);
-    EXPECT_EQ(block.content, std::vector<std::string>({"new"}));
+    EXPECT_EQ(block.content, std::vector<std::string_view>({"new"}));
     EXPECT_EQ(block.formerText, "old");
     EXPECT_EQ(block.formerLine, 1U);
 }

@@ -8,7 +8,6 @@
 using ZET::CanBecome;
 using ZET::LineOrigin;
 using ZET::ManagedText;
-using ZET::PlaceholdersOf;
 using ZET::TraceLines;
 
 namespace {
@@ -112,10 +111,4 @@ TEST(LineOrigin, CommentLineIsNotSubstituted) {
     EXPECT_TRUE(CanBecome("# ${realm}", "# ${realm}"));
     EXPECT_FALSE(CanBecome("# ${realm}", "# EXAMPLE"));
     EXPECT_TRUE(CanBecome("  # ${realm}", "  # EXAMPLE"));
-    EXPECT_EQ(PlaceholdersOf("# ${realm}"), std::vector<std::string>());
-}
-
-TEST(LineOrigin, PlaceholdersAreToldOnceEach) {
-    EXPECT_EQ(PlaceholdersOf("${a}#${b}${a} ${"), std::vector<std::string>({"${a}", "${b}"}));
-    EXPECT_EQ(PlaceholdersOf("${max${realm}}"), std::vector<std::string>({"${max${realm}"}));
 }

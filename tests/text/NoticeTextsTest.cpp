@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+using ZET::NoticeLines;
 using ZET::NoticeTexts;
 using Lines = std::vector<std::string_view>;
 
@@ -31,25 +32,25 @@ const Lines kGenerated = {
 }  // namespace
 
 TEST(NoticeTexts, BothTextsAreRecognisedFromTheirFirstLine) {
-    EXPECT_EQ(NoticeTexts().LengthFrom(kPartiallyModified, 0), 5U);
-    EXPECT_EQ(NoticeTexts().LengthFrom(kGenerated, 0), 8U);
-    EXPECT_EQ(NoticeTexts().LengthFrom(kGenerated, 1), 0U);
+    EXPECT_EQ(NoticeTexts().LengthFrom(kPartiallyModified), 5U);
+    EXPECT_EQ(NoticeTexts().LengthFrom(kGenerated), 8U);
+    EXPECT_EQ(NoticeTexts().LengthFrom(NoticeLines(kGenerated).subspan(1)), 0U);
 }
 
 TEST(NoticeTexts, BothTextsAreRecognisedBeforeALine) {
-    EXPECT_EQ(NoticeTexts().LengthBefore(kPartiallyModified, 5), 5U);
-    EXPECT_EQ(NoticeTexts().LengthBefore(kGenerated, 8), 8U);
-    EXPECT_EQ(NoticeTexts().LengthBefore(kGenerated, 7), 0U);
+    EXPECT_EQ(NoticeTexts().LengthBefore(kPartiallyModified), 5U);
+    EXPECT_EQ(NoticeTexts().LengthBefore(kGenerated), 8U);
+    EXPECT_EQ(NoticeTexts().LengthBefore(NoticeLines(kGenerated).first(7)), 0U);
 }
 
 TEST(NoticeTexts, TextIsWholeWithoutItsEmptyLine) {
     const Lines lines(kPartiallyModified.begin(), kPartiallyModified.end() - 1);
-    EXPECT_EQ(NoticeTexts().LengthFrom(lines, 0), 4U);
+    EXPECT_EQ(NoticeTexts().LengthFrom(lines), 4U);
 }
 
 TEST(NoticeTexts, TextThatLacksALineIsNotRecognised) {
     const Lines lines(kGenerated.begin(), kGenerated.end() - 1);
-    EXPECT_EQ(NoticeTexts().LengthFrom(lines, 0), 0U);
+    EXPECT_EQ(NoticeTexts().LengthFrom(lines), 0U);
 }
 
 TEST(NoticeTexts, TemplateIsReadFromTheGeneratedTextOnly) {
@@ -58,7 +59,11 @@ TEST(NoticeTexts, TemplateIsReadFromTheGeneratedTextOnly) {
 }
 
 TEST(NoticeTexts, TemplateIsReadFromATextOfAnotherLanguage) {
-    EXPECT_EQ(NoticeTexts().TemplateIn({"# l'autre fichier '/etc/zet/krb5.conf' s.v.p.\r"}),
+    EXPECT_EQ(NoticeTexts().TemplateIn(Lines{"# l'autre fichier '/etc/zet/krb5.conf' s.v.p.\r"}),
               "/etc/zet/krb5.conf");
-    EXPECT_EQ(NoticeTexts().TemplateIn({"# Modifiez '/etc/zet/krb5.conf'\r"}), "/etc/zet/krb5.conf");
+    EXPECT_EQ(NoticeTexts().TemplateIn(Lines{"# Modifiez '/etc/zet/krb5.conf'\r"}), "/etc/zet/krb5.conf");
+}
+
+TEST(NoticeTexts, LongestTextIsKnown) {
+    EXPECT_EQ(NoticeTexts().MostLines(), 8U);
 }

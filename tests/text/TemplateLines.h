@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "text/Markers.h"
+#include "text/Lines.h"
 #include "text/TemplateCheck.h"
 
 namespace ZET {

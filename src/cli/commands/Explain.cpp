@@ -133,8 +133,8 @@ class Teller {
                                              : "the file was edited since, or the template changed";
     }
 
-    std::string Shown(const std::string& text) const {
-        return m_file.isHidden ? "(secret)" : "\"" + text + "\"";
+    std::string Shown(std::string_view text) const {
+        return m_file.isHidden ? "(secret)" : "\"" + std::string(text) + "\"";
     }
 
     std::string Describe(const ExplainedLines& lines, bool isOneLine) const {
@@ -205,14 +205,15 @@ class Teller {
         return text;
     }
 
-    std::string HowToRestore(const std::string& former) const {
+    std::string HowToRestore(std::string_view former) const {
         const std::string begin = "\"" + m_session.Asked().program;
         const std::size_t equals = former.find('=');
         const std::size_t name = former.find_first_not_of("# \t");
-        const bool isParam = equals != std::string::npos && name < equals &&
+        const bool isParam = equals != std::string_view::npos && name < equals &&
                              former.find_first_of(" \t", name) > equals && !m_file.isHidden;
         if (isParam)
-            return begin + " param restore " + m_path + " " + former.substr(name, equals - name) + "\"";
+            return begin + " param restore " + m_path + " " +
+                   std::string(former.substr(name, equals - name)) + "\"";
         return begin + " line restore " + m_path + " PATTERN\"";
     }
 
@@ -229,13 +230,19 @@ class Teller {
                 {"template", isOfTemplate ? Value(m_origin.templateName) : Value(nullptr)},
                 {"template_line", Number(lines.templateLine)},
                 {"placeholders", List(lines.placeholders.begin(), lines.placeholders.end())},
-                {"content",
-                 m_file.isHidden ? Value(nullptr) : Value(List(lines.content.begin(), lines.content.end()))},
+                {"content", m_file.isHidden ? Value(nullptr) : Value(TextsOf(lines.content))},
                 {"former_line", Number(lines.formerLine)},
                 {"former_text",
-                 HasFormerText(lines) && !m_file.isHidden ? Value(lines.formerText) : Value(nullptr)},
+                 HasFormerText(lines) && !m_file.isHidden ? Value(std::string(lines.formerText)) : Value(nullptr)},
                 {"block_line", Number(lines.block)},
                 {"reserve", ReserveValue()}};
+    }
+
+    static List TextsOf(const std::vector<std::string_view>& texts) {
+        List list;
+        for (const std::string_view text : texts)
+            list.emplace_back(std::string(text));
+        return list;
     }
 
     static Value Number(std::size_t number) {

@@ -5,6 +5,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "text/Lines.h"
 #include "text/ManagedText.h"
 #include "text/Markers.h"
 #include "zet/ZETErrors.h"
@@ -46,9 +47,8 @@ std::string Escaped(std::string_view text) {
 }
 
 /// One without an end is what a hand left of it: what follows is the administrator's.
-bool IsNotice(const ManagedLine& line) {
-    return line.isClosed && (line.kind == LineKind::NoticeBegin || line.kind == LineKind::NoticeText ||
-                             line.kind == LineKind::NoticeEnd);
+bool IsNotice(const ManagedRegion& region) {
+    return region.kind == RegionKind::Notice && region.isClosed;
 }
 
 /// The beginnings of the lines that the pattern selects though the system keeps order by them, as parts of a
@@ -56,11 +56,11 @@ bool IsNotice(const ManagedLine& line) {
 std::set<std::string> SelectedOwnLines(IZETCore& core, const ManagedText& text, const std::string& pattern) {
     std::set<std::string> selected;
     for (std::size_t number = 1; number <= text.LineCount(); ++number) {
-        const ManagedLine& line = text.Line(number);
-        const Marker marker = MarkerOf(line.text);
-        if (marker == Marker::None && !IsNotice(line)) continue;
-        if (!Selects(core, pattern, line.text)) continue;
-        selected.insert(marker == Marker::None ? Escaped(line.text) + "$" : Escaped(MarkerText(marker)));
+        const std::string_view line = text.Line(number).text;
+        const Marker marker = MarkerOf(line);
+        if (marker == Marker::None && !IsNotice(text.RegionOf(number))) continue;
+        if (!Selects(core, pattern, line)) continue;
+        selected.insert(marker == Marker::None ? Escaped(line) + "$" : Escaped(MarkerText(marker)));
     }
     return selected;
 }

@@ -19,8 +19,8 @@ bool FileExplanation::HasUntracedLines() const {
 FileExplanation ExplainFile(Deployment& product, const std::string& file) {
     FileExplanation result;
     result.path = FileToRead(product, file);
-    const std::string bytes = ReadFileBytes(result.path);
-    const ManagedText text(bytes);
+    result.text = std::make_unique<const std::string>(ReadFileBytes(result.path));
+    const ManagedText text(*result.text);
     result.lineCount = text.LineCount();
     result.origin = FindOrigin(product, file, text, WrittenNoticeTexts(product));
     result.isHidden = product.HostSecrets().Hides(result.path);

@@ -2,6 +2,7 @@
 #define ZET_FILE_EXPLANATION_H
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,7 @@ struct FileExplanation {
     bool hadNoFile = false;  ///< there was none before
     bool isHidden = false;   ///< its texts are not for this reader
     std::size_t lineCount = 0;
+    std::unique_ptr<const std::string> text;  ///< which the lines quote
     std::vector<ExplainedLines> lines;
 
     bool HasUntracedLines() const;

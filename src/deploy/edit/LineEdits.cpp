@@ -9,7 +9,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
 #include "text/LineEnds.h"
-#include "text/Markers.h"
+#include "text/Lines.h"
 
 namespace ZET {
 

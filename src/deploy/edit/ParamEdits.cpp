@@ -10,20 +10,11 @@
 
 namespace ZET {
 
-namespace {
-
-// What stands before the name in the expressions by which the module selects parameter lines.
-constexpr char kLookupOpening[] = "^\\s*";
-constexpr char kEditOpening[] = "^#*\\s*";
-constexpr char kRestoreOpening[] = "#*\\s*";
-
-}  // namespace
-
 std::optional<std::string> GetParam(Deployment& product, const std::string& path, const std::string& name) {
     if (!IsLiteralName(name))
-        RequireLiteralName(product.Core(), path, ReadFileBytes(path), kLookupOpening, name);
+        RequireLiteralName(product.Core(), path, ReadFileBytes(path), ZETLookupOpening, name);
     // The lookup by name cannot tell an empty value from a parameter that is not there.
-    const std::string line = OpenedFile(product, path, true)->GetLine(kLookupOpening + name + "=");
+    const std::string line = OpenedFile(product, path, true)->GetLine(ZETLookupOpening + name + "=");
     if (line.empty()) return std::nullopt;
     return WithoutLineEnd(line.substr(line.find('=') + 1));
 }
@@ -36,7 +27,7 @@ FileOutcome SetParam(Deployment& product, const std::string& file, const std::st
     RequireNoTarget(product, edit.Path(), options);
     const TextToEdit text = LookAtBlocks(product, {file, edit.Path()});
     if (!IsLiteralName(name))
-        RequireLiteralName(product.Core(), edit.Path(), ReadFileBytes(edit.Path()), kEditOpening, name);
+        RequireLiteralName(product.Core(), edit.Path(), ReadFileBytes(edit.Path()), ZETEditOpening, name);
     RequireRoomForNotice(edit.Path(), text, options);
     const std::string line = LineToSet(product, edit.Path(), text, value);
     return edit.Make(
@@ -52,9 +43,9 @@ FileOutcome RestoreParam(Deployment& product, const std::string& file, const std
     const std::string bytes = ReadFileBytes(edit.Path());
     const TextToEdit text = LookAtBlocks(product, {file, edit.Path()}, bytes);
     RequireLiteralName(product.Core(), edit.Path(), bytes,
-                       std::string("^") + ZETFormerLinePrefix + kRestoreOpening, name);
-    if (!HasSomethingToRestore(product.Core(), {edit.Path(), bytes, kRestoreOpening + name + "=",
-                                                kEditOpening + name + "=", options.allBlocks}))
+                       std::string("^") + ZETFormerLinePrefix + ZETRestoreOpening, name);
+    if (!HasSomethingToRestore(product.Core(), {edit.Path(), bytes, ZETRestoreOpening + name + "=",
+                                                ZETEditOpening + name + "=", options.allBlocks}))
         return edit.LeaveUnchanged("nothing to restore for \"" + name + "\"");
     RequireRoomForNotice(edit.Path(), text, options);
     return edit.Make(Edit(product, options, [&](IZETConfigFile& opened) { opened.RestoreParamValue(name); }),

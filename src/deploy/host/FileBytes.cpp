@@ -12,6 +12,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/OwnedDescriptor.h"
 #include "deploy/host/Remedy.h"
+#include "text/Lines.h"
 
 namespace ZET {
 
@@ -146,16 +147,17 @@ void ReadLines(const std::string& path, const std::function<void(std::string_vie
     for (std::size_t count = block.size(); count == block.size();) {
         count = ReadBlock(descriptor, path, block);
         std::string_view rest = std::string_view(block).substr(0, count);
-        for (std::size_t end; (end = rest.find('\n')) != std::string_view::npos;
-             rest.remove_prefix(end + 1)) {
-            if (begun.empty()) {
-                take(rest.substr(0, end));
-            } else {
-                take(begun.append(rest.substr(0, end)));
-                begun.clear();
+        while (!rest.empty()) {
+            const TextLine line = TakeLine(rest);
+            if (begun.empty() && line.hasLineFeed) {
+                take(line.text);
+                continue;
             }
+            begun.append(line.text);
+            if (!line.hasLineFeed) continue;
+            take(begun);
+            begun.clear();
         }
-        begun.append(rest);
     }
     if (!begun.empty()) take(begun);
 }

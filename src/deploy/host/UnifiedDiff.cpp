@@ -5,7 +5,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Process.h"
-#include "text/Markers.h"
+#include "text/Lines.h"
 
 namespace ZET {
 

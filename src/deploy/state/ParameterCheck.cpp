@@ -4,7 +4,7 @@
 #include <numeric>
 
 #include "deploy/host/FileBytes.h"
-#include "text/Markers.h"
+#include "text/Lines.h"
 #include "zet/ZETHost.h"
 
 namespace ZET {

@@ -25,7 +25,7 @@ class BlockCheck {
                     TakeFormerLine(i);
                     break;
                 case Marker::BlockBegin:
-                    i = TakeBegin(i);
+                    TakeBegin(i);
                     break;
                 case Marker::BlockEnd:
                     TakeEnd(i);
@@ -46,30 +46,6 @@ class BlockCheck {
         return index < m_repair.Size() && m_repair.MarkerAt(index) == Marker::BlockBegin;
     }
 
-    bool IsFormerLine(std::size_t index) const {
-        return index < m_repair.Size() && m_repair.MarkerAt(index) == Marker::FormerLine;
-    }
-
-    /// The next line that begins with a marker of blocks, or `kNone`.
-    std::size_t NextMarker(std::size_t index) const {
-        while (++index < m_repair.Size()) {
-            const Marker marker = m_repair.MarkerAt(index);
-            if (marker == Marker::BlockBegin || marker == Marker::BlockEnd || marker == Marker::FormerLine)
-                return index;
-        }
-        return kNone;
-    }
-
-    /// Where a block that begins inside of another is followed by a second end, behind further lines, or
-    /// `kNone`.
-    std::size_t EndOfNesting(std::size_t innerBegin) const {
-        const std::size_t innerEnd = NextMarker(innerBegin);
-        if (innerEnd == kNone || m_repair.MarkerAt(innerEnd) != Marker::BlockEnd) return kNone;
-        const std::size_t outerEnd = NextMarker(innerEnd);
-        if (outerEnd == kNone || m_repair.MarkerAt(outerEnd) != Marker::BlockEnd) return kNone;
-        return outerEnd > innerEnd + 1 ? outerEnd : kNone;
-    }
-
     void TakeFormerLine(std::size_t index) {
         if (m_begin == kNone) {
             TakeLoneFormerLine();
@@ -81,45 +57,23 @@ class BlockCheck {
                 "a kept former line stands inside the block that begins in " + LineName(m_begin) +
                     ", with which it would go",
                 {"end that block before it, and begin its own block after it", "take the line out"});
-        } else if (EndOfNesting(index + 1) == kNone) {
+        } else {
             TakeMissingEnd(index);
             m_formerLine = index;
         }
     }
 
-    /// Returns the last line that needs no further look.
-    std::size_t TakeBegin(std::size_t index) {
-        if (m_begin != kNone) {
-            if (IsDoubled(index)) {
-                TakeDoubled(m_repair, index, "doubled-begin", "begin");
-                m_lastBegin = index;
-                return index;
-            }
-            const std::size_t outerEnd = EndOfNesting(index);
-            if (outerEnd != kNone) return TakeNesting(index, outerEnd);
-            TakeMissingEnd(index);
+    void TakeBegin(std::size_t index) {
+        if (m_begin != kNone && m_lastBegin + 1 == index) {
+            TakeDoubled(m_repair, index, "doubled-begin", "begin");
+            m_lastBegin = index;
+            return;
         }
+        if (m_begin != kNone) TakeMissingEnd(index);
         if (m_formerLine != kNone && m_formerLine + 1 == index) m_formerLine = kNone;
         TakeLoneFormerLine();
         m_begin = m_lastBegin = index;
         m_isContentTold = false;
-        return index;
-    }
-
-    bool IsDoubled(std::size_t begin) const { return m_lastBegin + 1 == begin; }
-
-    std::size_t TakeNesting(std::size_t innerBegin, std::size_t outerEnd) {
-        const std::size_t innerEnd = NextMarker(innerBegin);
-        m_repair.NoteAmbiguous(innerBegin, "nested-begin",
-                               "a block begins inside the one that begins in " + LineName(m_begin) +
-                                   "; the ends are in " + LineName(innerEnd) + " and " + LineName(outerEnd),
-                               {"make it one block: take out the markers in " + LineName(innerBegin) +
-                                    " and " + LineName(innerEnd),
-                                "end the first block before " + LineName(innerBegin) +
-                                    ", and take out the end marker in " + LineName(outerEnd)});
-        m_begin = kNone;
-        m_end = outerEnd;
-        return outerEnd;
     }
 
     void TakeEnd(std::size_t index) {
@@ -179,10 +133,9 @@ class BlockCheck {
 
     void TakeMissingBegin(std::size_t end) {
         if (m_formerLine == kNone) {
-            const std::string choice = end == 0 || m_end + 1 == end
-                                           ? "put a begin marker before it"
-                                           : "put a begin marker before " + LineName(end - 1) +
-                                                 ", the system's blocks having one line each";
+            const std::string choice = end == 0 ? "put a begin marker before it"
+                                                : "put a begin marker before " + LineName(end - 1) +
+                                                      ", the system's blocks having one line each";
             m_repair.NoteAmbiguous(end, "stray-end", "an end marker ends no block",
                                    {choice, "take it out, if nothing before it is the system's"});
         } else if (end - m_formerLine <= 2) {
@@ -208,24 +161,16 @@ class BlockCheck {
         const std::size_t count = limit - begin - 1 - (hadEmptyLine ? 1 : 0);
         const std::string what = "a begin marker has no end marker";
         if (count == 1 || (count == 0 && !hadEmptyLine)) {
-            m_repair.Note(noted, kBeginWithoutEnd, what,
-                          "put one after " + LineName(begin + count) +
-                              (count == 0 ? ", the block's line being lost too" : ""));
+            m_repair.Note(noted, kBeginWithoutEnd, what, "put one after " + LineName(begin + count));
             m_repair.InsertAfter(begin + count, Marker::BlockEnd);
-            m_end = begin + count;
-        } else if (count == 0) {
-            m_repair.NoteAmbiguous(
-                noted, kBeginWithoutEnd, what,
-                {"put one after it, if the block's line is lost",
-                 "put one after " + LineName(begin + 1) + ", if the empty line is the block's"});
-        } else {
-            m_repair.NoteAmbiguous(
-                noted, kBeginWithoutEnd, what,
-                {"put one after " + LineName(begin + 1) + ", the system's blocks having one line each",
-                 "put one after the last of the system's lines, which is " + LineName(begin + count) +
-                     " at the latest",
-                 "take the begin marker out, if none of them is the system's"});
+            return;
         }
+        m_repair.NoteAmbiguous(
+            noted, kBeginWithoutEnd, what,
+            {"put one after " + LineName(begin + 1) + ", the system's blocks having one line each",
+             "put one after the last of the system's lines, which is " + LineName(limit - 1) +
+                 " at the latest",
+             "take the begin marker out, if none of them is the system's"});
     }
 
     void TakeLoneFormerLine() {
@@ -233,18 +178,10 @@ class BlockCheck {
         const std::size_t index = std::exchange(m_formerLine, kNone);
         // The module takes such a line for no part of a block.
         m_repair.Concern(DamagedRegions::None);
-        const std::vector<std::string> choices = {
-            "bring the former line back with \"param restore\" or \"line restore\"",
-            "take it out, if what it holds is not wanted any more"};
-        if (IsFormerLine(index + 1)) {
-            m_repair.NoteAmbiguous(index, "former-lines-in-a-row",
-                                   "a kept former line has another one after it where its block should be",
-                                   choices);
-        } else {
-            m_repair.NoteAmbiguous(
-                index, "former-line-without-block",
-                "a kept former line has no block after it: the block was taken out, or lost", choices);
-        }
+        m_repair.NoteAmbiguous(index, "former-line-without-block",
+                               "a kept former line has no block after it: the block was taken out, or lost",
+                               {"bring the former line back with \"param restore\" or \"line restore\"",
+                                "take it out, if what it holds is not wanted any more"});
         m_repair.Concern(DamagedRegions::Blocks);
     }
 
@@ -258,7 +195,7 @@ class BlockCheck {
 
 }  // namespace
 
-void TakeDoubled(RepairText& repair, std::size_t index, const std::string& kind, const std::string& marker) {
+void TakeDoubled(RepairText& repair, std::size_t index, const char* kind, const std::string& marker) {
     const std::string what = "a second " + marker + " marker follows right after the first";
     if (!repair.IsOnlyMarker(index)) {
         repair.NoteAmbiguous(

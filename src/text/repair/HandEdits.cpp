@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 
+#include "text/Regions.h"
 #include "text/repair/MarkerDamage.h"
 #include "text/repair/NearMarker.h"
 
@@ -9,63 +11,62 @@ namespace ZET {
 namespace {
 
 constexpr char kBlanks[] = " \t\r";
-constexpr std::size_t kNone = static_cast<std::size_t>(-1);
-constexpr int kMostJoinedLines = 8;  ///< in one line, that are taken apart again
+constexpr std::uint32_t kNone = static_cast<std::uint32_t>(-1);
 
 /// A place where a marker stands, or could be meant.
 struct Token {
-    enum class Form { Exact, Near, Glued };
+    enum class Form : std::uint8_t { Exact, Near, Glued };
 
-    std::size_t line = 0;
+    std::uint32_t line = 0;
+    std::uint32_t position = 0;
     Marker marker = Marker::None;
     Form form = Form::Exact;
-    std::size_t position = 0;
-    std::string fixedLine = {};
     bool counts = true;  ///< it is a marker, or taking it for one makes a whole region
+
+    // The indexes of the next two behind it of the same family: blocks, or notices and template comments.
+    std::uint32_t nextGlued = kNone;
+    std::uint32_t nextOther = kNone;
 };
 
 bool IsBlockMarker(Marker marker) {
     return marker == Marker::BlockBegin || marker == Marker::BlockEnd || marker == Marker::FormerLine;
 }
 
-void AddGluedTokens(std::size_t line, std::string_view text, std::vector<Token>& tokens) {
+void AddTokens(std::uint32_t line, std::string_view text, std::vector<Token>& tokens) {
+    const Marker marker = MarkerOf(text);
+    if (marker != Marker::None) tokens.push_back({line, 0, marker});
+    if (const auto near = FindNearMarker(text)) {
+        tokens.push_back({line, 0, near->marker, Token::Form::Near});
+        return;
+    }
     std::size_t position = 0;
     while (const auto glued = FindGluedMarker(text.substr(position))) {
         position += glued->position;
-        tokens.push_back({line, glued->marker, Token::Form::Glued, position});
+        tokens.push_back({line, static_cast<std::uint32_t>(position), glued->marker, Token::Form::Glued});
     }
 }
 
-std::vector<Token> FindTokens(const RepairText& repair) {
-    std::vector<Token> tokens;
-    for (std::size_t i = 0; i < repair.Size(); ++i) {
-        const std::string& text = repair.Text(i);
-        const Marker marker = MarkerOf(text);
-        if (marker != Marker::None) tokens.push_back({i, marker});
-        if (auto near = FindNearMarker(text)) {
-            tokens.push_back({i, near->marker, Token::Form::Near, 0, std::move(near->line)});
-        } else {
-            AddGluedTokens(i, text, tokens);
-        }
+void LinkTokens(std::vector<Token>& tokens) {
+    struct Next {
+        std::uint32_t glued = kNone;
+        std::uint32_t other = kNone;
+    };
+    Next ofBlocks;
+    Next ofComments;
+    for (std::size_t at = tokens.size(); at-- > 0;) {
+        Token& token = tokens[at];
+        Next& next = IsBlockMarker(token.marker) ? ofBlocks : ofComments;
+        token.nextGlued = next.glued;
+        token.nextOther = next.other;
+        (token.form == Token::Form::Glued ? next.glued : next.other) = static_cast<std::uint32_t>(at);
     }
-    return tokens;
 }
 
 /// Goes through the tokens in order and decides which of those that are no markers as they stand are meant to
 /// be: those that complete a region, or end one that is not ended otherwise.
 class TokenJudge {
   public:
-    explicit TokenJudge(std::vector<Token>& tokens)
-        : m_tokens(tokens), m_nextOfBlocks(tokens.size()), m_nextOfComments(tokens.size()) {
-        Next ofBlocks;
-        Next ofComments;
-        for (std::size_t at = tokens.size(); at-- > 0;) {
-            m_nextOfBlocks[at] = ofBlocks;
-            m_nextOfComments[at] = ofComments;
-            Next& next = IsBlockMarker(tokens[at].marker) ? ofBlocks : ofComments;
-            (tokens[at].form == Token::Form::Glued ? next.glued : next.other) = at;
-        }
-    }
+    explicit TokenJudge(std::vector<Token>& tokens) : m_tokens(tokens) {}
 
     void Judge() {
         for (std::size_t at = 0; at < m_tokens.size(); ++at) {
@@ -76,25 +77,20 @@ class TokenJudge {
     }
 
   private:
-    /// The tokens that come next behind one; `kNone` where there is none.
-    struct Next {
-        std::size_t glued = kNone;
-        std::size_t other = kNone;
-    };
-
     bool Fits(std::size_t at) const {
+        const Marker next = NextMarker(m_tokens[at]);
         switch (m_tokens[at].marker) {
             case Marker::BlockBegin:
-                return !m_isInBlock && NextMarker(at, true) == Marker::BlockEnd && CanBeginAt(at);
+                return !m_blocks.IsInside() && next == Marker::BlockEnd && CanBeginAt(at);
             case Marker::BlockEnd:
-                return m_isInBlock && NextMarker(at, true) != Marker::BlockEnd;
+                return m_blocks.IsInside() && next != Marker::BlockEnd;
             case Marker::FormerLine:
-                return !m_isInBlock && HasBlockBehind(at);
+                return !m_blocks.IsInside() && HasBlockBehind(at);
             case Marker::Notice:
             case Marker::TemplateComment:
-                return !m_isInComment && NextMarker(at, false) == Marker::CommentEnd;
+                return !m_comments.IsInside() && next == Marker::CommentEnd;
             case Marker::CommentEnd:
-                return m_isInComment && NextMarker(at, false) != Marker::CommentEnd;
+                return m_comments.IsInside();
             case Marker::None:
                 break;
         }
@@ -114,29 +110,31 @@ class TokenJudge {
         return m_tokens[next].form == Token::Form::Exact || Fits(next);
     }
 
-    /// The next marker of blocks, or of notices and template comments. Text that ends with a marker counts
-    /// only close by: it may just mention it.
-    Marker NextMarker(std::size_t at, bool ofBlocks) const {
-        const Next& next = (ofBlocks ? m_nextOfBlocks : m_nextOfComments)[at];
-        const bool isClose = next.glued != kNone && m_tokens[next.glued].line <= m_tokens[at].line + 1;
-        const std::size_t first = isClose ? std::min(next.glued, next.other) : next.other;
-        return first == kNone ? Marker::None : m_tokens[first].marker;
+    /// Of the same family. Text that ends with a marker counts only close by: it may just mention it.
+    Marker NextMarker(const Token& token) const {
+        const bool isClose = token.nextGlued != kNone && m_tokens[token.nextGlued].line <= token.line + 1;
+        const std::uint32_t next = isClose ? std::min(token.nextGlued, token.nextOther) : token.nextOther;
+        return next == kNone ? Marker::None : m_tokens[next].marker;
     }
 
     void Follow(Marker marker) {
-        if (marker == Marker::BlockBegin || marker == Marker::BlockEnd) {
-            m_isInBlock = marker == Marker::BlockBegin;
-        } else if (marker != Marker::FormerLine && !m_isInBlock) {
-            m_isInComment = marker != Marker::CommentEnd;
-        }
+        m_blocks.Take(marker);
+        m_comments.Take(marker);
     }
 
     std::vector<Token>& m_tokens;
-    std::vector<Next> m_nextOfBlocks;
-    std::vector<Next> m_nextOfComments;
-    bool m_isInBlock = false;
-    bool m_isInComment = false;
+    RegionFollower m_blocks = RegionFollower::OfBlocks();
+    RegionFollower m_comments = RegionFollower::OfComments();
 };
+
+std::vector<Token> JudgedTokens(const RepairText& repair) {
+    std::vector<Token> tokens;
+    for (std::uint32_t i = 0; i < repair.Size(); ++i)
+        AddTokens(i, repair.Text(i), tokens);
+    LinkTokens(tokens);
+    TokenJudge(tokens).Judge();
+    return tokens;
+}
 
 DamagedRegions RegionsOf(Marker marker) {
     return IsBlockMarker(marker) ? DamagedRegions::Blocks : DamagedRegions::Notices;
@@ -154,36 +152,61 @@ bool IsWholeMarker(std::string_view text) {
            text.find_first_not_of(kBlanks, MarkerText(marker).size()) == std::string_view::npos;
 }
 
-/// Where only one text can have been before the marker. A blank before it is the joining editor's or the
+/// Where only one text can have been before the marker. A blank at its end is the joining editor's or the
 /// line's own, which matters unless the line is a marker itself.
-bool CanSplit(std::string_view text, std::size_t position) {
-    return std::string_view(kBlanks).find(text[position - 1]) == std::string_view::npos ||
-           IsWholeMarker(text.substr(0, position));
+bool CanEndLine(std::string_view before) {
+    return std::string_view(kBlanks).find(before.back()) == std::string_view::npos || IsWholeMarker(before);
 }
 
-bool SplitJoinedLines(RepairText& repair) {
-    std::vector<Token> tokens = FindTokens(repair);
-    TokenJudge(tokens).Judge();
-    bool wasSplit = false;
-    std::size_t lastLine = repair.Size();
-    for (const Token& token : tokens) {
-        if (token.form != Token::Form::Glued || !token.counts || token.line == lastLine ||
-            !CanSplit(repair.Text(token.line), token.position))
-            continue;
-        const std::string text = repair.Text(token.line);
-        lastLine = token.line;
-        repair.Concern(RegionsOf(token.marker));
-        repair.Note(token.line, "joined-lines",
-                    Quoted(token.marker) + " stands behind other text, where it is no marker",
-                    "begin a line with it");
-        const std::string before = text.substr(0, token.position);
-        repair.Replace(token.line,
-                       IsWholeMarker(before) ? std::string(MarkerText(MarkerOf(before))) : before);
-        repair.InsertAfter(token.line, text.substr(token.position));
-        wasSplit = true;
+/// Takes lines apart that lost the line feeds between them.
+class JoinedLine {
+  public:
+    JoinedLine(RepairText& repair, std::size_t line)
+        : m_repair(repair), m_line(line), m_rest(repair.Text(line)) {}
+
+    void SplitAt(const Token& token) {
+        const std::string_view before = m_rest.substr(0, token.position - m_taken);
+        if (!CanEndLine(before)) return;
+        m_repair.Concern(RegionsOf(token.marker));
+        m_repair.Note(m_line, "joined-lines",
+                      Quoted(token.marker) + " stands behind other text, where it is no marker",
+                      "begin a line with it");
+        Put(before);
+        m_rest.remove_prefix(before.size());
+        m_taken = token.position;
+    }
+
+    void End() {
+        if (m_taken != 0) Put(m_rest);
+    }
+
+  private:
+    void Put(std::string_view text) {
+        if (IsWholeMarker(text)) text = MarkerText(MarkerOf(text));
+        if (std::exchange(m_isFirst, false)) {
+            m_repair.Replace(m_line, text);
+        } else {
+            m_repair.InsertAfter(m_line, text);
+        }
+    }
+
+    RepairText& m_repair;
+    std::size_t m_line;
+    std::string_view m_rest;
+    std::size_t m_taken = 0;
+    bool m_isFirst = true;
+};
+
+void SplitJoinedLines(RepairText& repair) {
+    const std::vector<Token> tokens = JudgedTokens(repair);
+    for (auto token = tokens.begin(); token != tokens.end();) {
+        const std::uint32_t line = token->line;
+        JoinedLine joined(repair, line);
+        for (; token != tokens.end() && token->line == line; ++token)
+            if (token->form == Token::Form::Glued && token->counts) joined.SplitAt(*token);
+        joined.End();
     }
     repair.Settle();
-    return wasSplit;
 }
 
 void FixNear(RepairText& repair, const Token& token) {
@@ -191,7 +214,7 @@ void FixNear(RepairText& repair, const Token& token) {
     const std::string what = "this is nearly " + Quoted(token.marker) + ", but no marker";
     if (token.counts) {
         repair.Note(token.line, "hand-edited-marker", what, "write the marker as it was");
-        repair.Replace(token.line, token.fixedLine);
+        repair.Replace(token.line, repair.Keep(FindNearMarker(repair.Text(token.line))->line));
         return;
     }
     repair.NoteAmbiguous(token.line, "hand-edited-marker",
@@ -206,18 +229,17 @@ std::string WhatStandsBehind(const std::string& rest) {
     return isBlank ? "white space stands behind " : "a needless \"" + rest + "\" stands behind ";
 }
 
-void FixExact(RepairText& repair, const Token& token, bool hasGluedMarker) {
+void FixExact(RepairText& repair, const Token& token) {
     if (token.marker == Marker::FormerLine) return;
-    const std::string& text = repair.Text(token.line);
-    const std::string rest = text.substr(MarkerText(token.marker).size());
+    const std::string rest(repair.Text(token.line).substr(MarkerText(token.marker).size()));
     if (rest.empty()) return;
     const bool isBlank = rest.find_first_not_of(kBlanks) == std::string::npos;
     repair.Concern(isBlank ? DamagedRegions::None : RegionsOf(token.marker));
     if (IsOnlySurroundings(rest)) {
         repair.Note(token.line, "hand-edited-marker", WhatStandsBehind(rest) + Quoted(token.marker),
                     "take it out");
-        repair.Replace(token.line, std::string(MarkerText(token.marker)));
-    } else if (!hasGluedMarker) {
+        repair.Replace(token.line, MarkerText(token.marker));
+    } else {
         repair.NoteAmbiguous(token.line, "text-after-marker",
                              "text stands behind " + Quoted(token.marker) +
                                  ": it has no effect, and goes when the marker goes",
@@ -237,20 +259,12 @@ void LeaveJoined(RepairText& repair, const Token& token) {
 }  // namespace
 
 void CheckHandEdits(RepairText& repair) {
-    for (int joined = 0; joined < kMostJoinedLines && SplitJoinedLines(repair);)
-        ++joined;
-    std::vector<Token> tokens = FindTokens(repair);
-    TokenJudge(tokens).Judge();
-    for (std::size_t i = 0; i < tokens.size(); ++i) {
-        const Token& token = tokens[i];
-        const bool isLeftJoined = token.form == Token::Form::Glued && token.counts;
+    SplitJoinedLines(repair);
+    const std::vector<Token> tokens = JudgedTokens(repair);
+    for (const Token& token : tokens) {
         if (token.form == Token::Form::Near) FixNear(repair, token);
-        if (token.form == Token::Form::Exact) {
-            const bool hasGluedMarker =
-                i + 1 < tokens.size() && tokens[i + 1].line == token.line && tokens[i + 1].counts;
-            FixExact(repair, token, hasGluedMarker);
-        }
-        if (isLeftJoined) LeaveJoined(repair, token);
+        if (token.form == Token::Form::Exact) FixExact(repair, token);
+        if (token.form == Token::Form::Glued && token.counts) LeaveJoined(repair, token);
     }
     repair.Settle();
 }

@@ -1,11 +1,12 @@
 #include "text/repair/MarkerDamage.h"
 
+#include "text/Lines.h"
+
 namespace ZET {
 
 namespace {
 
 constexpr char kCarriageReturns[] = "carriage-returns";
-constexpr int kMostRounds = 10;  ///< each makes certain what only the repairs of the one before it did
 
 /// Whether all lines end with a carriage return, marker lines among them.
 bool IsAllCarriageReturns(const RepairText& repair) {
@@ -19,8 +20,8 @@ bool IsAllCarriageReturns(const RepairText& repair) {
 
 void DropCarriageReturns(RepairText& repair) {
     for (std::size_t i = 0; i < repair.Size(); ++i) {
-        const std::string& text = repair.Text(i);
-        if (repair.HasLineFeed(i) && text.ends_with('\r')) repair.Replace(i, text.substr(0, text.size() - 1));
+        const std::string_view text = repair.Text(i);
+        if (repair.HasLineFeed(i) && text.ends_with('\r')) repair.Replace(i, WithoutCarriageReturn(text));
     }
 }
 
@@ -46,17 +47,17 @@ void CheckLineEnds(RepairText& repair, std::optional<bool> hadCarriageReturns) {
 Diagnosis DiagnoseMarkers(std::string_view text, const NoticeTexts& noticeTexts,
                           std::optional<bool> hadCarriageReturns) {
     RepairText repair(text);
-    std::string repaired(text);
-    for (int round = 0; round < kMostRounds; ++round) {
+    // The repairs of the first look may make clear what was ambiguous in it, or complete a region that then
+    // is looked into.
+    for (int look = 1; look <= 2; ++look) {
         repair.LookAgain();
         CheckLineEnds(repair, hadCarriageReturns);
         CheckHandEdits(repair);
         CheckBlocks(repair);
         CheckNotices(repair, noticeTexts);
-        if (repair.Bytes() == repaired) break;
-        repaired = repair.Bytes();
+        if (!repair.TakeChanged()) break;
     }
-    return {repair.Damages(), repaired};
+    return {repair.Damages(), repair.Bytes()};
 }
 
 }  // namespace ZET

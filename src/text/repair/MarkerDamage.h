@@ -31,7 +31,7 @@ void CheckNotices(RepairText& repair, const NoticeTexts& noticeTexts);
 
 /// What the last two do with a marker that follows right after one of its kind; `marker` is "begin" or "end".
 /// Text that stands behind it is nobody's to drop.
-void TakeDoubled(RepairText& repair, std::size_t index, const std::string& kind, const std::string& marker);
+void TakeDoubled(RepairText& repair, std::size_t index, const char* kind, const std::string& marker);
 
 }  // namespace ZET
 

@@ -7,24 +7,11 @@ namespace ZET {
 
 namespace {
 
-constexpr std::array<std::string_view, 8> kDashes = {
-    "-",
-    "\u2010",  // hyphen
-    "\u2011",  // hyphen that keeps the line together
-    "\u2012",  // dash of a digit's width
-    "\u2013",  // en dash
-    "\u2014",  // em dash
-    "\u2015",  // horizontal bar
-    "\u2212",  // minus
-};
+/// With those that a text processor makes of two in a row: en dash and em dash.
+constexpr std::array<std::string_view, 3> kDashes = {"-", "\u2013", "\u2014"};
 
-/// Blanks, comment signs of other formats, and quotes of other languages: what may have come to stand around
-/// a marker.
-constexpr std::array<std::string_view, 17> kSurroundings = {
-    " ",      "\t",     "\r",     "#",      ";",      "/",      "!",      "\"",    "'",
-    "\u00a0", "\u2018", "\u2019", "\u201c", "\u201d", "\u201e", "\u00ab", "\u00bb"};
-
-constexpr std::size_t kLongestName = 32;
+/// Blanks and comment signs: what an editor puts before a line that it sets in or comments out.
+constexpr std::array<std::string_view, 6> kSurroundings = {" ", "\t", "\r", "#", ";", "/"};
 
 template <std::size_t Count>
 bool TakeFront(std::string_view& text, const std::array<std::string_view, Count>& pieces) {
@@ -83,10 +70,9 @@ bool TakeWord(std::string_view& text, std::string_view word) {
     return isThere;
 }
 
-std::string NameLetters(std::string_view text) {
-    std::string letters;
-    for (const char c : text)
-        letters += c == ' ' || c == '-' ? '_' : UpperCase(c);
+std::string UpperCase(std::string_view text) {
+    std::string letters(text);
+    std::transform(letters.begin(), letters.end(), letters.begin(), [](char c) { return UpperCase(c); });
     return letters;
 }
 
@@ -111,8 +97,8 @@ std::string_view NameOf(Marker marker) {
 
 std::optional<NearMarker> FindNearFormerLine(std::string_view line) {
     if (TakeSurroundingsInFront(line) == 0 || !TakeWord(line, "PRE")) return std::nullopt;
-    if (!TakeFront(line, kDashes) && !TakeWord(line, "_")) TakeWord(line, " ");
-    if (!TakeWord(line, "ZET") || TakeDashesInFront(line) == 0) return std::nullopt;
+    if (TakeDashesInFront(line) == 0 || !TakeWord(line, "ZET") || TakeDashesInFront(line) == 0)
+        return std::nullopt;
     // The marker has one blank; more of them are the former text's.
     if (line.starts_with(' ') || line.starts_with('\t')) line.remove_prefix(1);
     return NearMarker{Marker::FormerLine, std::string(MarkerText(Marker::FormerLine)).append(line)};
@@ -128,9 +114,8 @@ std::optional<NearMarker> FindNearMarker(std::string_view line) {
     if (MarkerOf(line) != Marker::None) return std::nullopt;
     if (auto former = FindNearFormerLine(line)) return former;
     std::string_view name = line;
-    if (TakeSurroundingsInFront(name) + TakeSurroundingsBehind(name) == 0 || name.size() > kLongestName)
-        return std::nullopt;
-    const std::string letters = NameLetters(name);
+    if (TakeSurroundingsInFront(name) + TakeSurroundingsBehind(name) == 0) return std::nullopt;
+    const std::string letters = UpperCase(name);
     for (const Marker marker : kMarkers) {
         if (marker == Marker::FormerLine || !IsNearly(letters, NameOf(marker))) continue;
         return NearMarker{marker, std::string(MarkerText(marker))};

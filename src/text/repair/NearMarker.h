@@ -16,12 +16,12 @@ struct NearMarker {
     std::string line;
 };
 
-/// Recognises a marker behind an indentation, another comment sign or none, quotes, other dashes or another
-/// number of them, other letter case, or one wrong letter. Empty for a line that the module takes for a
+/// Recognises a marker behind an indentation, another comment sign or none, other dashes or another number of
+/// them, other letter case, or one wrong letter. Empty for a line that the module takes for a
 /// marker, and for one that only mentions it.
 std::optional<NearMarker> FindNearMarker(std::string_view line);
 
-/// Whether there is nothing in it but blanks, dashes, quotes and comment signs, as a hand may leave them at a
+/// Whether there is nothing in it but blanks, dashes and comment signs, as a hand may leave them at a
 /// marker.
 bool IsOnlySurroundings(std::string_view text);
 

@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <utility>
 
+#include "text/Regions.h"
 #include "text/repair/MarkerDamage.h"
 
 namespace ZET {
@@ -12,42 +14,39 @@ bool IsCommentMarker(Marker marker) {
     return marker == Marker::Notice || marker == Marker::TemplateComment || marker == Marker::CommentEnd;
 }
 
-/// The markers of notices and template comments, line by line; those inside of blocks do not count.
-std::vector<Marker> CommentMarkers(const RepairText& repair) {
-    std::vector<Marker> markers(repair.Size(), Marker::None);
-    bool isInBlock = false;
+/// Calls `take` with the markers of notices and template comments, and where they are; those inside of blocks
+/// do not count.
+template <typename Take>
+void ForEachCommentMarker(const RepairText& repair, const Take& take) {
+    RegionFollower blocks = RegionFollower::OfBlocks();
     for (std::size_t i = 0; i < repair.Size(); ++i) {
         const Marker marker = repair.MarkerAt(i);
-        if (marker == Marker::BlockBegin) isInBlock = true;
-        if (marker == Marker::BlockEnd) isInBlock = false;
-        if (IsCommentMarker(marker) && !isInBlock) markers[i] = marker;
+        blocks.Take(marker);
+        if (IsCommentMarker(marker) && !blocks.IsInside()) take(i, marker);
     }
-    return markers;
 }
 
 /// Follows notices and template comments from their begin to their end.
 class CommentCheck {
   public:
     CommentCheck(RepairText& repair, const NoticeTexts& noticeTexts)
-        : m_repair(repair), m_noticeTexts(noticeTexts), m_lines(repair.Texts()) {}
+        : m_repair(repair), m_noticeTexts(noticeTexts) {}
 
     void Check() {
-        const std::vector<Marker> markers = CommentMarkers(m_repair);
-        for (std::size_t i = 0; i < markers.size(); ++i) {
-            if (markers[i] == Marker::CommentEnd) {
-                TakeEnd(i);
-            } else if (markers[i] != Marker::None) {
-                TakeBegin(i, markers[i]);
+        ForEachCommentMarker(m_repair, [&](std::size_t index, Marker marker) {
+            if (marker == Marker::CommentEnd) {
+                TakeEnd(index);
+            } else {
+                TakeBegin(index, marker);
             }
-        }
+        });
         TakeMissingEnd();
-        m_lines.clear();
         m_repair.Settle();
     }
 
   private:
     void TakeBegin(std::size_t index, Marker marker) {
-        if (m_begin != kNone && m_lastBegin + 1 == index && m_marker == marker) {
+        if (m_begin != kNone && m_lastBegin + 1 == index) {
             TakeDoubled(m_repair, index, "doubled-begin", "begin");
             m_lastBegin = index;
             return;
@@ -71,7 +70,8 @@ class CommentCheck {
 
     /// What stands in a notice goes with it.
     void CheckText(std::size_t end) {
-        const std::size_t foreign = m_noticeTexts.ForeignLine(m_lines, m_lastBegin + 1, end);
+        const std::size_t first = m_lastBegin + 1;
+        const std::size_t foreign = first + m_noticeTexts.ForeignLine(m_repair.Texts(first, end));
         if (foreign == end) return;
         m_repair.Concern(DamagedRegions::Notices);
         m_repair.NoteAmbiguous(
@@ -83,7 +83,8 @@ class CommentCheck {
 
     void TakeMissingBegin(std::size_t end) {
         const std::string what = "an end marker ends no notice and no template comment";
-        const std::size_t length = m_noticeTexts.LengthBefore(m_lines, end);
+        const std::size_t length =
+            m_noticeTexts.LengthBefore(m_repair.Texts(end - std::min(end, m_noticeTexts.MostLines()), end));
         if (length == 0) {
             m_repair.NoteAmbiguous(
                 end, "stray-comment-end", what,
@@ -109,7 +110,8 @@ class CommentCheck {
         }
         m_repair.Concern(DamagedRegions::Notices);
         const std::string what = "a notice has no end marker, and takes all lines after it with it";
-        const std::size_t length = m_noticeTexts.LengthFrom(m_lines, m_lastBegin + 1);
+        const std::size_t length = m_noticeTexts.LengthFrom(
+            m_repair.Texts(m_lastBegin + 1, m_lastBegin + 1 + m_noticeTexts.MostLines()));
         if (length == 0) {
             m_repair.NoteAmbiguous(begin, "notice-without-end", what,
                                    {"put one after the last line of the notice",
@@ -121,13 +123,11 @@ class CommentCheck {
         m_repair.Note(begin, "notice-without-end", what,
                       "put one after line " + std::to_string(m_repair.Number(last)));
         m_repair.InsertAfter(last, Marker::CommentEnd);
-        m_end = last;
         m_repair.Concern(DamagedRegions::None);
     }
 
     RepairText& m_repair;
     const NoticeTexts& m_noticeTexts;
-    std::vector<std::string_view> m_lines;
     Marker m_marker = Marker::None;
     std::size_t m_begin = kNone;
     std::size_t m_lastBegin = kNone;
@@ -142,14 +142,11 @@ struct Notice {
 /// The notices that have an end.
 std::vector<Notice> WholeNotices(const RepairText& repair) {
     std::vector<Notice> notices;
-    std::size_t begin = kNone;
-    const std::vector<Marker> markers = CommentMarkers(repair);
-    for (std::size_t i = 0; i < markers.size(); ++i) {
-        if (markers[i] == Marker::Notice && begin == kNone) begin = i;
-        if (markers[i] == Marker::TemplateComment) begin = kNone;
-        if (markers[i] == Marker::CommentEnd && begin != kNone)
-            notices.push_back({std::exchange(begin, kNone), i});
-    }
+    RegionFollower follower = RegionFollower::OfNotices();
+    ForEachCommentMarker(repair, [&](std::size_t index, Marker marker) {
+        const std::size_t first = follower.OpenedAt();
+        if (follower.Take(marker, index) == RegionStep::End) notices.push_back({first, index});
+    });
     return notices;
 }
 
@@ -167,7 +164,7 @@ void CheckPlace(RepairText& repair, const Notice& notice) {
     while (repair.IsEmpty(top))
         ++top;
     // The module looks for the marker anywhere in that line.
-    if (repair.Text(top).find(MarkerText(Marker::Notice)) != std::string::npos) return;
+    if (repair.Text(top).find(MarkerText(Marker::Notice)) != std::string_view::npos) return;
     repair.NoteAmbiguous(
         notice.first, "misplaced-notice",
         "lines stand above the notice, so that the next change writes a second one above them",
@@ -176,9 +173,9 @@ void CheckPlace(RepairText& repair, const Notice& notice) {
 
 /// Whether the second of two notices with the same text says nothing but what the system writes.
 bool IsOnlyTheSystems(const RepairText& repair, const NoticeTexts& noticeTexts, const Notice& notice) {
-    const std::vector<std::string_view> lines = repair.Texts(notice.first, notice.last + 1);
+    const std::vector<std::string_view> lines = repair.Texts(notice.first + 1, notice.last);
     return repair.IsOnlyMarker(notice.first) && repair.IsOnlyMarker(notice.last) &&
-           noticeTexts.ForeignLine(lines, 1, lines.size() - 1) == lines.size() - 1;
+           noticeTexts.ForeignLine(lines) == lines.size();
 }
 
 void CheckDoubledNotices(RepairText& repair, const NoticeTexts& noticeTexts) {

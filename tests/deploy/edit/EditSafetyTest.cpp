@@ -25,16 +25,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int kCases = 20'000;  ///< unless the variable ZET_EDIT_CASES says another number
-constexpr char kBegin[] = "# ---ZET_BEGIN---";
-constexpr char kEnd[] = "# ----ZET_END----";
-constexpr char kNotice[] =
-    "# --ZET_CONFIG_COMMENT--\n"
-    "# This file is partially modified by zet(7).\n"
-    "# Do not edit data between ZET_BEGIN and ZET_END labels manually\n"
-    "# unless you know what you are doing.\n"
-    "# These lines are updated automatically by zet-init(1) and zet-client(1).\n"
-    "\n"
-    "# --ZET_COMMENT_END--";
+const std::string kNotice =
+    std::string(ZETNoticeMarker) + "\n" + ZETEditedNotice + "\n" + ZETCommentEndMarker;
 
 using Lines = std::vector<std::string>;
 
@@ -105,9 +97,9 @@ class FileMaker {
         } else {
             m_lines.emplace_back();
         }
-        m_lines.emplace_back(kBegin);
+        m_lines.emplace_back(ZETBeginMarker);
         Add(name + "=system");
-        m_lines.emplace_back(kEnd);
+        m_lines.emplace_back(ZETEndMarker);
     }
 
     void AddOwn() {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "text/repair/MarkerDamage.h"
+#include "zet/ZETFormat.h"
 
 namespace ZET {
 namespace {
@@ -20,12 +21,7 @@ constexpr char kNew[] = "kdc=new\n";
 constexpr char kEnd[] = "# ----ZET_END----\n";
 constexpr char kNoticeBegin[] = "# --ZET_CONFIG_COMMENT--\n";
 constexpr char kNoticeEnd[] = "# --ZET_COMMENT_END--\n";
-constexpr char kNoticeText[] =
-    "# This file is partially modified by zet(7).\n"
-    "# Do not edit data between ZET_BEGIN and ZET_END labels manually\n"
-    "# unless you know what you are doing.\n"
-    "# These lines are updated automatically by zet-init(1) and zet-client(1).\n"
-    "\n";
+const std::string kNoticeText = std::string(ZETEditedNotice) + "\n";
 
 Diagnosis Diagnose(const std::string& text, std::optional<bool> hadCarriageReturns = std::nullopt) {
     static const NoticeTexts noticeTexts;

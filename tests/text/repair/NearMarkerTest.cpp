@@ -43,6 +43,7 @@ TEST(NearMarker, LostOrOtherCommentSignIsRecognised) {
     EXPECT_EQ(Fixed("#---ZET_BEGIN---"), kBegin);
     EXPECT_EQ(Fixed("## ---ZET_BEGIN---"), kBegin);
     EXPECT_EQ(Fixed("; ---ZET_BEGIN---"), kBegin);
+    EXPECT_EQ(Fixed("//# ---ZET_BEGIN---"), kBegin);
 }
 
 TEST(NearMarker, OtherLetterCaseIsRecognised) {
@@ -50,11 +51,10 @@ TEST(NearMarker, OtherLetterCaseIsRecognised) {
     EXPECT_EQ(Fixed("# --Zet_Template_Comment--"), "# --ZET_TEMPLATE_COMMENT--");
 }
 
-TEST(NearMarker, DashesAndQuotesOfATextProcessorAreRecognised) {
+TEST(NearMarker, DashesThatATextProcessorMakesOfTwoAreRecognised) {
     EXPECT_EQ(Fixed("# \u2014-ZET_BEGIN\u2014-"), kBegin);
-    EXPECT_EQ(Fixed("\u201c# ---ZET_BEGIN---\u201d"), kBegin);
-    EXPECT_EQ(Fixed("\u00ab# ----ZET_END----\u00bb"), kEnd);
-    EXPECT_EQ(Fixed("'# ----ZET_END----'"), kEnd);
+    EXPECT_EQ(Fixed("# \u2013\u2013ZET_END\u2013\u2013"), kEnd);
+    EXPECT_EQ(Fixed("# \u2013PRE-ZET\u2013 kdc=old"), "# --PRE-ZET-- kdc=old");
 }
 
 TEST(NearMarker, OneWrongLetterIsRecognised) {
@@ -81,7 +81,7 @@ TEST(NearMarker, FormerTextIsKeptByteForByte) {
     EXPECT_EQ(Fixed("  # --PRE-ZET--  kdc = old \r"), "# --PRE-ZET--  kdc = old \r");
     EXPECT_EQ(Fixed("# --PRE-ZET--kdc=old"), "# --PRE-ZET-- kdc=old");
     EXPECT_EQ(Fixed("#--pre-zet-- kdc=Old"), "# --PRE-ZET-- kdc=Old");
-    EXPECT_EQ(Fixed("# -PRE_ZET--- kdc"), "# --PRE-ZET-- kdc");
+    EXPECT_EQ(Fixed("# -PRE-ZET--- kdc"), "# --PRE-ZET-- kdc");
     EXPECT_EQ(Fixed("# --PRE-ZET--"), "# --PRE-ZET-- ");
 }
 

@@ -1,4 +1,4 @@
-#include "deploy/edit/SoundBlocks.h"
+#include "text/repair/TextToEdit.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,0 +1,47 @@
+#include "text/Lines.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace ZET {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// The lines, "|" behind those without a line feed.
+std::vector<std::string> Split(std::string_view text) {
+    std::vector<std::string> lines;
+    for (const TextLine& line : SplitLines(text))
+        lines.push_back(std::string(line.text) + (line.hasLineFeed ? "" : "|"));
+    return lines;
+}
+
+TEST(Lines, EmptyTextHasNone) {
+    EXPECT_THAT(Split(""), IsEmpty());
+}
+
+TEST(Lines, LineFeedEndsALineAndBeginsNone) {
+    EXPECT_THAT(Split("a\n"), ElementsAre("a"));
+    EXPECT_THAT(Split("\n\na\n"), ElementsAre("", "", "a"));
+}
+
+TEST(Lines, LastLineMayLackItsLineFeed) {
+    EXPECT_THAT(Split("a\nb"), ElementsAre("a", "b|"));
+}
+
+TEST(Lines, CarriageReturnIsPartOfTheLine) {
+    EXPECT_THAT(Split("a\r\n\rb\n"), ElementsAre("a\r", "\rb"));
+    EXPECT_EQ(WithoutCarriageReturn("a\r\r"), "a\r");
+    EXPECT_EQ(WithoutCarriageReturn("a"), "a");
+    EXPECT_EQ(WithoutCarriageReturn(""), "");
+}
+
+TEST(Lines, NullByteEndsNoLine) {
+    EXPECT_THAT(Split(std::string_view("a\0b\nc\n", 6)), ElementsAre(std::string("a\0b", 3), "c"));
+}
+
+}  // namespace
+}  // namespace ZET
