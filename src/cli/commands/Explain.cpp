@@ -223,19 +223,20 @@ class Teller {
 
     Fields ToFields(const ExplainedLines& lines) const {
         const bool isOfTemplate = lines.templateLine != 0;
-        return {{"kind", KindName(lines.kind)},
-                {"first_line", Number(lines.first)},
-                {"last_line", Number(lines.last)},
-                {"closed", lines.isClosed},
-                {"template", isOfTemplate ? Value(m_origin.templateName) : Value(nullptr)},
-                {"template_line", Number(lines.templateLine)},
-                {"placeholders", List(lines.placeholders.begin(), lines.placeholders.end())},
-                {"content", m_file.isHidden ? Value(nullptr) : Value(TextsOf(lines.content))},
-                {"former_line", Number(lines.formerLine)},
-                {"former_text",
-                 HasFormerText(lines) && !m_file.isHidden ? Value(std::string(lines.formerText)) : Value(nullptr)},
-                {"block_line", Number(lines.block)},
-                {"reserve", ReserveValue()}};
+        return {
+            {"kind", KindName(lines.kind)},
+            {"first_line", Number(lines.first)},
+            {"last_line", Number(lines.last)},
+            {"closed", lines.isClosed},
+            {"template", isOfTemplate ? Value(m_origin.templateName) : Value(nullptr)},
+            {"template_line", Number(lines.templateLine)},
+            {"placeholders", List(lines.placeholders.begin(), lines.placeholders.end())},
+            {"content", m_file.isHidden ? Value(nullptr) : Value(TextsOf(lines.content))},
+            {"former_line", Number(lines.formerLine)},
+            {"former_text", HasFormerText(lines) && !m_file.isHidden ? Value(std::string(lines.formerText))
+                                                                     : Value(nullptr)},
+            {"block_line", Number(lines.block)},
+            {"reserve", ReserveValue()}};
     }
 
     static List TextsOf(const std::vector<std::string_view>& texts) {
