@@ -1,6 +1,7 @@
 #include "cli/Assignments.h"
 
 #include "cli/ExitStatus.h"
+#include "cli/Names.h"
 #include "deploy/edit/EditRules.h"
 #include "deploy/host/Failure.h"
 

@@ -1,4 +1,5 @@
 #include "cli/CommandLine.h"
+#include "cli/Names.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

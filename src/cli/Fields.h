@@ -1,6 +1,7 @@
 #ifndef ZET_FIELDS_H
 #define ZET_FIELDS_H
 
+#include "cli/Names.h"
 #include "cli/Report.h"
 #include "deploy/host/FileState.h"
 #include "zet/ZETProblem.h"

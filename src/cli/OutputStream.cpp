@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <climits>
 
+#include "cli/Names.h"
 #include "deploy/host/Signals.h"
 
 namespace ZET {

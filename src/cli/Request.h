@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/Names.h"
 #include "zet/deploy/EditOptions.h"
 
 namespace ZET {

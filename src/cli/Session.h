@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/Names.h"
 #include "cli/Report.h"
 #include "cli/Request.h"
 #include "deploy/targets/Deployment.h"

@@ -9,6 +9,7 @@
 
 #include "cli/CommandLine.h"
 #include "cli/ExitStatus.h"
+#include "cli/Names.h"
 #include "cli/Report.h"
 #include "cli/Session.h"
 #include "deploy/host/Failure.h"

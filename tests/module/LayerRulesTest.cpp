@@ -60,6 +60,106 @@ bool IsStandard(const std::string& header) {
     return header.find_first_of("./") == std::string::npos;
 }
 
+/// The headers that a file of the rooms below src includes by their path from there.
+std::vector<std::string> RoomHeadersOf(const fs::path& file) {
+    static const std::regex pattern("^\\s*#\\s*include\\s*\"([^\"]+)\".*");
+    std::vector<std::string> headers;
+    std::ifstream stream(file);
+    std::smatch match;
+    for (std::string line; std::getline(stream, line);)
+        if (std::regex_match(line, match, pattern)) headers.push_back(match[1]);
+    return headers;
+}
+
+/// A room of the house, and the rooms whose headers its files may include beside the contract and their own.
+struct Room {
+    std::string name;
+    std::vector<std::string> below;
+};
+
+/// Arrows run one way. "deploy/host" below another room stands for that room alone, "text" for all in it.
+const std::vector<Room> kRooms = {
+    {"posix", {}},
+    {"text", {"posix"}},
+    {"deploy/host", {"text", "posix"}},
+    {"deploy/state", {"deploy/host", "text", "posix"}},
+    {"deploy/targets", {"deploy/state", "deploy/host", "text", "posix"}},
+    {"deploy/edit", {"deploy/targets", "deploy/state", "deploy/host", "text", "posix"}},
+    {"cli", {"deploy", "text", "posix"}},
+};
+
+bool IsIn(const std::string& header, const std::string& room) {
+    return header.starts_with(room + "/") && fs::exists(kRoot / "src" / header);
+}
+
+bool IsOfTheContract(const std::string& header) {
+    return header.starts_with("zet/") && fs::exists(kRoot / "include" / header);
+}
+
+std::vector<fs::path> SourcesIn(const fs::path& directory) {
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::recursive_directory_iterator(directory)) {
+        const std::string extension = entry.path().extension();
+        if (extension == ".h" || extension == ".cpp") files.push_back(entry.path());
+    }
+    return files;
+}
+
+class RoomTest : public testing::TestWithParam<Room> {};
+
+TEST_P(RoomTest, IncludesOnlyWhatIsBelowIt) {
+    const Room& room = GetParam();
+    const std::vector<fs::path> files = SourcesIn(kRoot / "src" / room.name);
+    ASSERT_FALSE(files.empty());
+    for (const fs::path& file : files) {
+        for (const std::string& header : RoomHeadersOf(file)) {
+            const bool isBelow = std::any_of(room.below.begin(), room.below.end(),
+                                             [&](const std::string& below) { return IsIn(header, below); });
+            EXPECT_TRUE(IsOfTheContract(header) || IsIn(header, room.name) || isBelow)
+                << file << " includes " << header;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(House, RoomTest, testing::ValuesIn(kRooms),
+                         [](const testing::TestParamInfo<Room>& info) {
+                             std::string name = info.param.name;
+                             std::replace(name.begin(), name.end(), '/', '_');
+                             return name;
+                         });
+
+TEST(LayerRulesTest, EveryRoomIsInTheTable) {
+    for (const fs::path& file : SourcesIn(kRoot / "src")) {
+        const std::string path = fs::relative(file, kRoot / "src");
+        const bool isListed = std::any_of(kRooms.begin(), kRooms.end(), [&](const Room& room) {
+            return path.starts_with(room.name + "/");
+        });
+        EXPECT_TRUE(isListed || path.starts_with("core/") || path.starts_with("interfaces/zet-config/"))
+            << path;
+    }
+}
+
+/// Whether the header leads back to itself; `way` has the headers on the way to it.
+bool IsInCircle(const std::string& header, std::vector<std::string>& way, Names& done) {
+    if (std::find(way.begin(), way.end(), header) != way.end()) return true;
+    const fs::path file = kRoot / (header.starts_with("zet/") ? "include" : "src") / header;
+    if (!fs::exists(file) || !done.insert(header).second) return false;
+    way.push_back(header);
+    for (const std::string& next : RoomHeadersOf(file))
+        if (IsInCircle(next, way, done)) return true;
+    way.pop_back();
+    return false;
+}
+
+TEST(LayerRulesTest, NoHeaderIncludesItself) {
+    Names done;
+    for (const fs::path& file : SourcesIn(kRoot / "src")) {
+        if (file.extension() != ".h") continue;
+        std::vector<std::string> way;
+        EXPECT_FALSE(IsInCircle(fs::relative(file, kRoot / "src"), way, done)) << file;
+    }
+}
+
 class PartTest : public testing::TestWithParam<std::string> {};
 
 TEST_P(PartTest, IncludesOnlyItsOwnAndThePublicHeadersByName) {

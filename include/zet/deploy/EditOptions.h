@@ -1,7 +1,7 @@
 #ifndef ZET_DEPLOY_EDIT_OPTIONS_H
 #define ZET_DEPLOY_EDIT_OPTIONS_H
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// How a file is edited in place.
 struct EditOptions {
@@ -11,6 +11,6 @@ struct EditOptions {
     bool allBlocks = false;  ///< a restore drops the managed blocks of others, too
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

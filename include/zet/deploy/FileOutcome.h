@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// What a file is beside its bytes. A symbolic link counts as itself.
 struct FileState {
@@ -50,6 +50,6 @@ struct FileOutcome {
 /// "unchanged", "created", ...
 const char* NameOf(FileOutcome::Result result);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

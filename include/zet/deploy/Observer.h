@@ -6,7 +6,7 @@
 
 #include "zet/deploy/FileOutcome.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// Is told what a call does while it works, by the thread that made the call. Each text is one line, which
 /// may hold control characters of files and names; it names what, where and the remedy. None of the functions
@@ -34,6 +34,6 @@ class Observer {
     virtual void Restarts(const std::vector<std::string>& /*services*/) {}
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

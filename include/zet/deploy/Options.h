@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// How the product is to be used on this host.
 struct Options {
@@ -22,6 +22,6 @@ struct Options {
     bool runsChecksOfTree = false;       ///< with a root: on this host
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -11,7 +11,7 @@
 #include "zet/ZETErrors.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -150,4 +150,4 @@ std::string PatternForSet(IZETCore& core, const std::string& path, std::string_v
     return guarded;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

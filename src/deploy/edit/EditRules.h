@@ -8,7 +8,7 @@
 
 /// What the commands demand of NAME, VALUE, PATTERN and LINE before the module, which takes each as it is,
 /// gets to see it. A demand that is not met is a `UsageError`.
-namespace ZET {
+namespace ZET::Deploy {
 
 /// The remedy when an expression is too much work on a line.
 inline constexpr char kSimplerExpression[] = "give a simpler expression";
@@ -41,6 +41,6 @@ void RequireLiteralName(IZETCore& core, const std::string& path, std::string_vie
 std::string PatternForSet(IZETCore& core, const std::string& path, std::string_view text,
                           const std::string& pattern);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

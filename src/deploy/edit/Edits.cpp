@@ -11,7 +11,7 @@
 #include "text/FirstLine.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -89,4 +89,4 @@ std::function<void(const std::string& path)> Edit(Deployment& product, const Edi
     };
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

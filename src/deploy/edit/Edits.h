@@ -12,7 +12,7 @@
 #include "zet/deploy/EditOptions.h"
 
 /// What the edits of one file have in common.
-namespace ZET {
+namespace ZET::Deploy {
 
 /// A file that was seen to be readable, freshly opened: a lookup that finds nothing spoils the object for an
 /// edit.
@@ -44,6 +44,6 @@ void SaveEdited(IZETConfigFile& file);
 std::function<void(const std::string& path)> Edit(Deployment& product, const EditOptions& options,
                                                   const std::function<void(IZETConfigFile& file)>& edit);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -10,7 +10,7 @@
 #include "deploy/targets/FileOrigin.h"
 #include "deploy/targets/ShownDiff.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -49,4 +49,4 @@ FileDiagnosis DiagnoseFile(Deployment& product, const std::string& file) {
     return result;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -6,7 +6,7 @@
 #include "deploy/targets/Deployment.h"
 #include "text/repair/MarkerDamage.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// What is damaged in a file's markers, and a repair of what is certain.
 struct FileDiagnosis {
@@ -19,6 +19,6 @@ struct FileDiagnosis {
 /// `file` is as the caller wrote it. Nothing is written.
 FileDiagnosis DiagnoseFile(Deployment& product, const std::string& file);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

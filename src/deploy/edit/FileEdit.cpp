@@ -8,7 +8,7 @@
 #include "deploy/state/Overrides.h"
 #include "deploy/targets/ShownDiff.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 FileEdit::FileEdit(Deployment& product, const std::string& file, FileInPlace::Access access)
     : m_product(product),
@@ -92,4 +92,4 @@ void FileEdit::Perform(const Operation& operation, const std::string& path) {
     if (failures.Any()) throw Failure(m_path + ": the edit failed, as the log says (nothing more was done)");
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

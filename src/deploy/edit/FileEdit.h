@@ -10,7 +10,7 @@
 #include "deploy/state/Writing.h"
 #include "deploy/targets/Deployment.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// An edit of one file in place: what it made is judged, the file kept, and only then replaced. A dry run
 /// edits a copy. An edit that changes nothing leaves the file untouched.
@@ -49,6 +49,6 @@ class FileEdit {
     FileVersion m_version;  ///< before anything was read of it
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

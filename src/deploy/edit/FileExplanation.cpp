@@ -8,7 +8,7 @@
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 bool FileExplanation::HasUntracedLines() const {
     return std::any_of(lines.begin(), lines.end(), [](const ExplainedLines& each) {
@@ -31,4 +31,4 @@ FileExplanation ExplainFile(Deployment& product, const std::string& file) {
     return result;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -10,7 +10,7 @@
 #include "deploy/targets/FileOrigin.h"
 #include "text/Explanation.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// Where a file and its lines come from.
 struct FileExplanation {
@@ -29,6 +29,6 @@ struct FileExplanation {
 /// `file` is as the caller wrote it.
 FileExplanation ExplainFile(Deployment& product, const std::string& file);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -11,7 +11,7 @@
 #include "text/LineEnds.h"
 #include "text/Lines.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -63,4 +63,4 @@ FileOutcome RestoreLine(Deployment& product, const std::string& file, const std:
                      options.noBackup);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

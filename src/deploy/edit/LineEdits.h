@@ -10,7 +10,7 @@
 
 /// Lines of any file, chosen by a regular expression. `file` is what the caller wrote. A pattern that is
 /// empty or broken, and a line that would not be one, are a `UsageError`.
-namespace ZET {
+namespace ZET::Deploy {
 
 /// The first line of the real file `path` that matches; none: no line does.
 std::optional<std::string> GetLine(Deployment& product, const std::string& path, const std::string& pattern);
@@ -22,6 +22,6 @@ FileOutcome SetLine(Deployment& product, const std::string& file, const std::str
 FileOutcome RestoreLine(Deployment& product, const std::string& file, const std::string& pattern,
                         const EditOptions& options);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -12,7 +12,7 @@
 #include "deploy/state/Overrides.h"
 #include "zet/ZETHost.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -74,4 +74,4 @@ FileOutcome SetOption(Deployment& product, const std::string& name, const std::s
                      [&](const std::string& staged) { RequireParameterFile(staged, edit.Path()); });
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

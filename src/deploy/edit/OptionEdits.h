@@ -8,7 +8,7 @@
 #include "zet/deploy/FileOutcome.h"
 
 /// The parameters of the product itself. A name that cannot be one is a `UsageError`.
-namespace ZET {
+namespace ZET::Deploy {
 
 /// None: there is no such parameter.
 std::optional<std::string> GetOption(Deployment& product, const std::string& name);
@@ -16,6 +16,6 @@ std::optional<std::string> GetOption(Deployment& product, const std::string& nam
 /// A value with which no command could start any more is a `Failure`, and changes nothing.
 FileOutcome SetOption(Deployment& product, const std::string& name, const std::string& value);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -8,7 +8,7 @@
 #include "text/LineEnds.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 std::optional<std::string> GetParam(Deployment& product, const std::string& path, const std::string& name) {
     if (!IsLiteralName(name))
@@ -52,4 +52,4 @@ FileOutcome RestoreParam(Deployment& product, const std::string& file, const std
                      options.noBackup);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

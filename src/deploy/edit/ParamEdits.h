@@ -10,7 +10,7 @@
 
 /// Lines "name=value" of any file. `file` is what the caller wrote. A name or value that would do something
 /// else than what it says is a `UsageError`.
-namespace ZET {
+namespace ZET::Deploy {
 
 /// The value in the real file `path`; none: there is no such parameter.
 std::optional<std::string> GetParam(Deployment& product, const std::string& path, const std::string& name);
@@ -22,6 +22,6 @@ FileOutcome SetParam(Deployment& product, const std::string& file, const std::st
 FileOutcome RestoreParam(Deployment& product, const std::string& file, const std::string& name,
                          const EditOptions& options);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -15,7 +15,7 @@
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -147,4 +147,4 @@ FileOutcome ForgetReserve(Deployment& product, const std::string& file, const Ed
     return work.Result(Result::Forgotten, "its reserve is dropped");
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

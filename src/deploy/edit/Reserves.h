@@ -8,7 +8,7 @@
 #include "zet/deploy/FileOutcome.h"
 
 /// A file as a whole. `file` is what the caller wrote.
-namespace ZET {
+namespace ZET::Deploy {
 
 /// Takes the managed blocks out; a notice and kept former lines remain.
 FileOutcome StripFile(Deployment& product, const std::string& file, const EditOptions& options);
@@ -22,6 +22,6 @@ FileOutcome RestoreFile(Deployment& product, const std::string& file);
 /// Drops the reserve.
 FileOutcome ForgetReserve(Deployment& product, const std::string& file, const EditOptions& options);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -6,7 +6,7 @@
 #include "text/ManagedText.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -82,4 +82,4 @@ bool HasSomethingToRestore(IZETCore& core, const RestoreRequest& request) {
     return RestoreCheck(core, request, ManagedText(request.text)).Run();
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

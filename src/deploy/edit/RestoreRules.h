@@ -6,7 +6,7 @@
 
 #include "zet/IZETCore.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// What a restore is about.
 struct RestoreRequest {
@@ -22,6 +22,6 @@ struct RestoreRequest {
 /// pattern that selects lines which keep no former line.
 bool HasSomethingToRestore(IZETCore& core, const RestoreRequest& request);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

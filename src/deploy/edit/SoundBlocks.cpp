@@ -6,7 +6,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/targets/FileOrigin.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -41,4 +41,4 @@ TextToEdit LookAtRegions(HostProduct& product, const FileToLookAt& file) {
     return LookAtFile(product, file, &noticeTexts);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

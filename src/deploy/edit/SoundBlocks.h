@@ -8,7 +8,7 @@
 
 /// What every edit in place asks first: the module takes lines for the system's by the markers around them,
 /// so that behind a damaged marker an edit would replace or drop lines of the administrator's for good.
-namespace ZET {
+namespace ZET::Deploy {
 
 /// A file as the caller wrote it, and where it is.
 struct FileToLookAt {
@@ -23,6 +23,6 @@ TextToEdit LookAtBlocks(HostProduct& product, const FileToLookAt& file, const st
 /// The same for an edit that takes the notices out, too; it does not ask how the lines end.
 TextToEdit LookAtRegions(HostProduct& product, const FileToLookAt& file);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -3,7 +3,7 @@
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 std::string ReserveOf(const std::string& path) {
     const std::string reserve = path + ZETReserveSuffix;
@@ -15,4 +15,4 @@ std::string ReserveAfterChange(const std::string& path) {
                                                                       : ReserveOf(path);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

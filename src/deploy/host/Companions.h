@@ -4,7 +4,7 @@
 #include <string>
 
 /// What stands beside a file.
-namespace ZET {
+namespace ZET::Deploy {
 
 /// The reserve of a file, if it has one; else empty.
 std::string ReserveOf(const std::string& path);
@@ -12,6 +12,6 @@ std::string ReserveOf(const std::string& path);
 /// The reserve that the file has after a change that keeps one.
 std::string ReserveAfterChange(const std::string& path);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

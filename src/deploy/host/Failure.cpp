@@ -1,6 +1,6 @@
 #include "deploy/host/Failure.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 Problem ProblemOf(const std::string& file, const Failure& failure) {
     std::string text = failure.what();
@@ -11,4 +11,4 @@ Problem ProblemOf(const std::string& file, const Failure& failure) {
     return {file, 0, 0, text.substr(0, remedy), text.substr(remedy + 2, text.size() - remedy - 3)};
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

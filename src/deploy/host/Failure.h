@@ -7,7 +7,7 @@
 
 #include "zet/ZETProblem.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// The caller asks for something that makes no sense.
 class UsageError : public std::runtime_error {
@@ -37,6 +37,6 @@ class Damage : public Failure {
 /// A failure with the file, told as one problem among others.
 Problem ProblemOf(const std::string& file, const Failure& failure);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -14,7 +14,7 @@
 #include "deploy/host/Remedy.h"
 #include "text/Lines.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -239,4 +239,4 @@ void GiveStagedFile(const std::string& path, uid_t owner, gid_t group) {
     GiveOwner(file, path, owner, group, OpenedStatus(file, path).st_mode);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

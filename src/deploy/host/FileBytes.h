@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// The whole text of a regular file, links followed. Never waits, whatever the path leads to; what cannot be
 /// read is a `Failure` that names it.
@@ -69,6 +69,6 @@ void CopyIntoStaging(const std::string& from, const std::string& to);
 /// Gives a file in a private directory an owner and a group, as far as this user may.
 void GiveStagedFile(const std::string& path, uid_t owner, gid_t group);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -13,7 +13,7 @@
 #include "deploy/host/Paths.h"
 #include "zet/ZETHost.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -116,4 +116,4 @@ void FileInPlace::Resume(Visit* visit) {
     if (visit != nullptr) visit->Enter();
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -12,7 +12,7 @@
 #include "deploy/host/Signals.h"
 #include "zet/ZETErrors.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// A file that a command is about to write: the way to it was judged, and its directory is held, so that
 /// nobody leads the command elsewhere by renaming directories. Core and module work on it from within that
@@ -102,6 +102,6 @@ class FileInPlace {
     Access m_access;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

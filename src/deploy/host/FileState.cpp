@@ -13,7 +13,7 @@
 #include "deploy/host/Paths.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -108,4 +108,4 @@ const char* NameOf(FileOutcome::Result result) {
     return kNames[static_cast<std::size_t>(result)];
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -7,7 +7,7 @@
 
 #include "zet/deploy/FileOutcome.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// Not being able to tell is a `Failure`.
 FileState StateOf(const std::string& path);
@@ -30,6 +30,6 @@ std::string OwnerText(const FileState& state);
 /// far as this user may give files away.
 FileState StateInPlace(const std::string& path, const std::string& staged);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -8,7 +8,7 @@
 
 #include "deploy/host/Failure.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 std::string ProductVersion() {
     return ZET_VERSION;
@@ -22,4 +22,4 @@ std::string OwnModule() {
     return (path.parent_path() / ZET_WAY_TO_MODULE).lexically_normal();
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// The version of the product, as the build gives it.
 std::string ProductVersion();
@@ -11,6 +11,6 @@ std::string ProductVersion();
 /// The module that belongs to the program, wherever both are installed.
 std::string OwnModule();
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

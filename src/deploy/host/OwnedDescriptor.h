@@ -5,7 +5,7 @@
 
 #include <utility>
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// Closes what it holds at the end of its life.
 class OwnedDescriptor {
@@ -27,6 +27,6 @@ class OwnedDescriptor {
     int m_descriptor;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -105,4 +105,4 @@ std::string NameOfUser(uid_t user) {
     return entry != nullptr ? entry->pw_name : "user " + std::to_string(user);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -10,7 +10,7 @@
 
 #include "zet/ZETProblem.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// Looks at each step on the way to a file for somebody who could lead root, who takes that way, to a file
 /// that is not his. Root's own directories that only root may write are safe. From the first step on that
@@ -60,6 +60,6 @@ bool HasOtherWriters(const std::string& path, const struct stat& status);
 /// The user's name, or the number of one who has none.
 std::string NameOfUser(uid_t user);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -12,7 +12,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -187,4 +187,4 @@ FoundFile PathWalk::Result() const {
     return found;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

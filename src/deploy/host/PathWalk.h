@@ -15,7 +15,7 @@
 #include "deploy/host/PathJudge.h"
 #include "zet/ZETProblem.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// Links that lead in a circle, or too many of them.
 class LinkLoop : public Failure {
@@ -86,6 +86,6 @@ class PathWalk {
     bool m_followsLast = true;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -13,7 +13,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -114,4 +114,4 @@ std::string BaseNameOf(const std::string& path) {
     return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -6,7 +6,7 @@
 
 #include "deploy/host/PathWalk.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// Where the files of a host are: under "/", or under the root directory of a host tree that is worked on
 /// from outside.
@@ -66,6 +66,6 @@ class Paths {
 std::string DirectoryOf(const std::string& path);
 std::string BaseNameOf(const std::string& path);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -22,7 +22,7 @@
 #include "deploy/host/ProcessOutput.h"
 #include "deploy/host/Signals.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -281,4 +281,4 @@ ProcessResult RunProcess(const std::vector<std::string>& arguments, const Proces
     return result;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

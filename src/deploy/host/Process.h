@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// How a program is run.
 struct ProcessConditions {
@@ -30,6 +30,6 @@ struct ProcessResult {
 /// started is a `Failure`; a signal to this process ends the program and throws `Interrupted`.
 ProcessResult RunProcess(const std::vector<std::string>& arguments, const ProcessConditions& conditions = {});
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

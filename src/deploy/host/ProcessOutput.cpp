@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace ZET {
+namespace ZET::Deploy {
 
 void ProcessOutput::Append(std::string_view part) {
     const std::size_t room = m_kept == 0 ? part.size() : std::min(part.size(), m_kept - m_begin.size());
@@ -21,4 +21,4 @@ std::string ProcessOutput::Text() const {
            m_end.substr(more);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

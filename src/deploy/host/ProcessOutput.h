@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// What a program prints, in bounds: the begin and the end of a long text, and how much of it is left out.
 class ProcessOutput {
@@ -24,6 +24,6 @@ class ProcessOutput {
     std::size_t m_leftOut = 0;  ///< bytes that are in neither
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <cstring>
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -47,4 +47,4 @@ std::string WithRemedy(const std::string& message, const std::string& otherwise)
     return otherwise.empty() ? message : text + " (" + otherwise + ")";
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -8,7 +8,7 @@
 
 /// What somebody can do about an error of the system, or of the core and the module, whose messages only tell
 /// what happened.
-namespace ZET {
+namespace ZET::Deploy {
 
 /// " (remedy)" for a value of `errno`; empty when there is none to give.
 std::string RemedyFor(int error);
@@ -27,6 +27,6 @@ auto RemedyErrors(const std::string& otherwise, Call call) {
     }
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -13,7 +13,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/PathJudge.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -79,4 +79,4 @@ void RightsOf::Drop() const noexcept {
     SetGroups(m_formerGroups);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// Between `Take` and `Drop`, the thread that calls them, which runs as root, has the rights of another user
 /// on files and no more: in a directory of his, whatever he puts in the way leads only to what is his own
@@ -27,6 +27,6 @@ class RightsOf {
     const uid_t m_formerUser;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

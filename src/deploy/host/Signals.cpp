@@ -3,7 +3,7 @@
 #include <cstring>
 #include <string>
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -42,4 +42,4 @@ void SignalGuard::Check() {
                       ") before all was done (run the command again)");
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -6,7 +6,7 @@
 
 #include "deploy/host/Failure.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// The user or the system asked the command to end before it was done.
 class Interrupted : public Failure {
@@ -33,6 +33,6 @@ class SignalGuard {
     std::array<struct sigaction, 3> m_former{};
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -17,7 +17,7 @@
 #include "deploy/host/Paths.h"
 #include "deploy/host/StagingPlaces.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -193,4 +193,4 @@ std::string Staging::LeftBehind() {
            " (remove it, or run the command again)";
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -6,7 +6,7 @@
 
 #include "deploy/host/OwnedDescriptor.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// A private directory (mode 0700, the caller's) for files on their way, removed with all it holds when the
 /// object ends. As long as the object lives, a lock tells it from one that a killed run left.
@@ -40,6 +40,6 @@ class Staging {
     OwnedDescriptor m_lock;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -10,7 +10,7 @@
 
 #include "deploy/host/Staging.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -86,4 +86,4 @@ std::vector<std::string> PlacesOfStaging(const std::string& lastResort) {
     return places;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

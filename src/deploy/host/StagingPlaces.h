@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// The directories in which one for staged files is tried to be made, the best one first. `size` and
 /// `lastResort` are those of `Staging`.
@@ -14,6 +14,6 @@ std::vector<std::string> PlacesForStaging(const std::string& lastResort, std::ui
 /// The directories in which this user's runs may have made one, under other circumstances too.
 std::vector<std::string> PlacesOfStaging(const std::string& lastResort);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

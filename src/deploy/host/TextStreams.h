@@ -4,7 +4,7 @@
 #include <sstream>
 #include <string>
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// The standard streams of texts end silently, with a part of the text, when memory runs out. These throw.
 class TextReader : public std::istringstream {
@@ -17,6 +17,6 @@ class TextWriter : public std::ostringstream {
     TextWriter() { exceptions(badbit); }
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -7,7 +7,7 @@
 #include "deploy/host/Process.h"
 #include "text/Lines.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -62,4 +62,4 @@ std::string UnifiedDiff(const std::string& oldFile, const std::string& newFile,
     return result.output;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -3,13 +3,13 @@
 
 #include <string>
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// The unified diff of two files' bytes, fit for `patch -p1`: `shownPath` (without its leading "/") below
 /// "a/" and "b/". A side whose file name is empty is a file that is not there. Empty when there is no
 /// difference that a diff can show.
 std::string UnifiedDiff(const std::string& oldFile, const std::string& newFile, const std::string& shownPath);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -4,7 +4,7 @@
 #include "deploy/host/Remedy.h"
 #include "zet/ZETErrors.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -35,4 +35,4 @@ void AssumeParameters(HostProduct& product, const StringMap& values) {
     product.Config().RecreateTemplatesMap();
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -3,12 +3,12 @@
 
 #include "deploy/state/HostProduct.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// From now on, parameters have these values: for a dry run, which asks what would be if. What cannot be
 /// assumed is a `UsageError`.
 void AssumeParameters(HostProduct& product, const StringMap& values);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

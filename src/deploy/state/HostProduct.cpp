@@ -5,7 +5,7 @@
 #include "zet/ZETErrors.h"
 #include "zet/ZETFiles.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -64,4 +64,4 @@ void RequireDirectories(IZETCore& core, const std::string& file) {
     }
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -10,7 +10,7 @@
 #include "zet/deploy/Observer.h"
 #include "zet/deploy/Options.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// The product on a host: the core with its parameters and the module loaded into it, and where the host's
 /// files are.
@@ -59,6 +59,6 @@ class HostProduct {
 /// that has to: an empty one would stand for the root.
 void RequireDirectories(IZETCore& core, const std::string& file);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

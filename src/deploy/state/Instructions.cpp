@@ -6,7 +6,7 @@
 
 #include "deploy/host/Failure.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -58,4 +58,4 @@ void RequireOwnInstructions(HostProduct& product) {
     throw Failure(first, others);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

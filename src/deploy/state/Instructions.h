@@ -8,7 +8,7 @@
 #include "zet/ZETProblem.h"
 
 /// What tells a command what to do: when root runs one that writes, nobody else may have a hand in it.
-namespace ZET {
+namespace ZET::Deploy {
 
 /// What is wrong with one of its files or directories, under the path that can be opened, and with the way to
 /// one that is not there yet.
@@ -26,6 +26,6 @@ std::optional<Problem> CheckModule(HostProduct& product);
 /// A `Failure` with what is wrong with the module, the main file and the product's directories.
 void RequireOwnInstructions(HostProduct& product);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

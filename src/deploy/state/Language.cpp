@@ -5,7 +5,7 @@
 
 #include "deploy/host/Failure.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -61,4 +61,4 @@ WrittenLanguage::~WrittenLanguage() {
         setlocale(category, locale.c_str());
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

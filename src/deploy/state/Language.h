@@ -7,7 +7,7 @@
 
 #include "zet/IZETCore.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// A `Failure` when the host does not have what the parameter "ZET_LANG" asks for with this value.
 void RequireLanguage(const std::string& language);
@@ -30,6 +30,6 @@ class WrittenLanguage {
     std::optional<std::string> m_formerPreference;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -15,7 +15,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/Signals.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -136,4 +136,4 @@ WriteLock::WriteLock(HostProduct& product, const std::string& path)
     if (!IsProducts() || MayOthersWrite(directory)) m_directoryLock = LockDirectory(product, directory);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -6,7 +6,7 @@
 #include "deploy/host/OwnedDescriptor.h"
 #include "deploy/state/HostProduct.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// Keeps other commands that write away, for as long as it lives: a lock of the open zet.lock in
 /// ZET_VAR_LIB_DIR, which the system drops when its holder dies. Says at once for whom it waits, who wrote
@@ -28,6 +28,6 @@ class WriteLock {
     OwnedDescriptor m_directoryLock;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -11,7 +11,7 @@
 #include "deploy/state/StateFile.h"
 #include "zet/ZETFiles.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -118,4 +118,4 @@ void Manifest::Save() const {
     ReplaceStateFile(m_file, text.str());
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -8,7 +8,7 @@
 
 #include "deploy/state/HostProduct.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// What the product wrote for a role, file by file: so that a file that was edited since is told from one
 /// whose template changed. Kept in ZET_VAR_LIB_DIR/zet-ROLE.manifest, one line a file: INODE SIZE MTIME MODE
@@ -67,6 +67,6 @@ class Manifest {
     std::map<std::string, Entry> m_entries;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

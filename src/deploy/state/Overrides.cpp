@@ -1,6 +1,6 @@
 #include "deploy/state/Overrides.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 QuietLog::QuietLog(ZETLogLevel threshold) : m_former(SetLogThreshold(threshold)) {
     if (m_former < threshold) SetLogThreshold(m_former);
@@ -19,4 +19,4 @@ ParamOverride::~ParamOverride() {
     m_core.UpdateParam(m_key, m_former);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

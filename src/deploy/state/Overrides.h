@@ -8,7 +8,7 @@
 #include "zet/ZETHost.h"
 
 /// What is otherwise for as long as an object lives.
-namespace ZET {
+namespace ZET::Deploy {
 
 /// Counts the failures that the module reported to the log only, from its creation on.
 class LoggedFailures {
@@ -47,6 +47,6 @@ class ParamOverride {
     std::string m_former;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -7,7 +7,7 @@
 #include "text/Lines.h"
 #include "zet/ZETHost.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -204,4 +204,4 @@ bool IsQuotedWithComment(std::string_view value) {
     return behind != std::string_view::npos && behind > end + 1 && value[behind] == '#';
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -9,7 +9,7 @@
 #include "deploy/state/HostProduct.h"
 #include "zet/ZETProblem.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// A line "NAME=value" of the main configuration file, which the core has read without complaint.
 struct GivenParameter {
@@ -34,6 +34,6 @@ std::string NearestName(const std::string& name, const std::vector<std::string>&
 /// Whether the value is in quotes with a comment behind, as other files have it.
 bool IsQuotedWithComment(std::string_view value);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

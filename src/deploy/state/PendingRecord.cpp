@@ -18,7 +18,7 @@
 #include "zet/ZETFormat.h"
 #include "zet/ZETHost.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -144,4 +144,4 @@ std::set<std::string> PendingRecord::ClearLeftOvers(HostProduct& product) {
     return paths;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

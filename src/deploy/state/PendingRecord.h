@@ -7,7 +7,7 @@
 
 #include "deploy/state/HostProduct.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// The files that a command is about to write, recorded in ZET_VAR_LIB_DIR/zet.pending for as long as it
 /// writes: so that the next run can tell the temporary files that a killed one left from those of others.
@@ -32,6 +32,6 @@ class PendingRecord {
     std::string m_file;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -16,7 +16,7 @@
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -191,4 +191,4 @@ void PutBackAsItWas(HostProduct& product, const FileInPlace& file, const FileVer
     RestoreOriginal(product, file, {});
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -14,7 +14,7 @@
 #include "deploy/state/HostProduct.h"
 #include "zet/ZETHost.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// Thrown by a judge to leave the file as it is.
 struct LeftAsItIs {};
@@ -72,6 +72,6 @@ void RestoreOriginal(HostProduct& product, const FileInPlace& file, const FileVe
 /// The same, and a file of which is recorded that there was none is taken away.
 void PutBackAsItWas(HostProduct& product, const FileInPlace& file, const FileVersion& version);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -10,7 +10,7 @@
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 void RequireStateFile(const std::string& file) {
     constexpr std::int64_t kLargest = std::int64_t{64}
@@ -40,4 +40,4 @@ void ReplaceStateFile(const std::string& file, const std::string& text) {
     }
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

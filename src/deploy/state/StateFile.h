@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// A `Failure` when what stands in the place of a state file is none: a link, say, that leads elsewhere.
 void RequireStateFile(const std::string& file);
@@ -12,6 +12,6 @@ void RequireStateFile(const std::string& file);
 /// it. What cannot be written throws and leaves the former one.
 void ReplaceStateFile(const std::string& file, const std::string& text);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

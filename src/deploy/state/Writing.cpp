@@ -14,7 +14,7 @@
 #include "deploy/state/Instructions.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -92,4 +92,4 @@ void Writing::Begin() {
     if (!toRecord.empty()) m_pending = std::make_unique<PendingRecord>(m_product, toRecord);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -10,7 +10,7 @@
 #include "deploy/state/Lock.h"
 #include "deploy/state/PendingRecord.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// What a command holds that writes files: signals wait for the end of a step, other commands wait for the
 /// lock, and the temporary files of a killed run are told from those of others. A dry run holds nothing.
@@ -35,6 +35,6 @@ class Writing {
     std::unique_ptr<PendingRecord> m_pending;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -11,7 +11,7 @@
 #include "deploy/targets/Render.h"
 #include "deploy/targets/TargetCheck.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -80,4 +80,4 @@ CheckResult Check(Deployment& product, const std::vector<std::string>& templateN
     return result;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

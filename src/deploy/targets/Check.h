@@ -10,7 +10,7 @@
 #include "deploy/targets/Deployment.h"
 #include "zet/ZETProblem.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// What a check of the configuration found.
 struct CheckResult {
@@ -25,6 +25,6 @@ struct CheckResult {
 /// targets' own check commands included; nothing is written.
 CheckResult Check(Deployment& product, const std::vector<std::string>& templateNames);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

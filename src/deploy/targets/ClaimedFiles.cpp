@@ -6,7 +6,7 @@
 #include "deploy/targets/Render.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 ClaimedFiles::ClaimedFiles(HostProduct& product) : m_product(product) {
     AddOwn(product.FilePath(product.Wanted().configFile), "the configuration file of the commands");
@@ -97,4 +97,4 @@ ClaimedFiles::Uses ClaimedFiles::CompanionsOf(const std::string& file) {
             {reserve + ZETTemporarySuffix, {"the temporary file of " + reserve, ""}}};
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

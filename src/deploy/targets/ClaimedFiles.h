@@ -10,7 +10,7 @@
 #include "deploy/targets/Targets.h"
 #include "zet/ZETProblem.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// Which files have a use already, so that nothing else may be written to them: at first the product's own,
 /// then those of every template and target that is added. Whatever way leads to a file, it is the same one.
@@ -52,6 +52,6 @@ class ClaimedFiles {
     std::map<std::string, Problem> m_clashes;  ///< by the templates' names
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -11,7 +11,7 @@
 #include "zet/ZETErrors.h"
 #include "zet/ZETFiles.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -172,4 +172,4 @@ void Commit(Deployment& product, Plan& plan) {
     Execution(product, plan).Run();
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

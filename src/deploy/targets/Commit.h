@@ -3,7 +3,7 @@
 
 #include "deploy/targets/Plan.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// Tells what the plan would do, each target to the observer; whether it would change anything.
 bool Preview(Deployment& product, const Plan& plan);
@@ -13,6 +13,6 @@ bool Preview(Deployment& product, const Plan& plan);
 /// before what stopped it is thrown.
 void Commit(Deployment& product, Plan& plan);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -2,7 +2,7 @@
 
 #include "deploy/host/Failure.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 std::string Deployment::TrustedAt(const std::string& path) {
     try {
@@ -13,4 +13,4 @@ std::string Deployment::TrustedAt(const std::string& path) {
     }
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

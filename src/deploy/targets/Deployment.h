@@ -7,7 +7,7 @@
 #include "deploy/targets/HostLists.h"
 #include "deploy/targets/Secrets.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// The product at work on a host, with what is known about the host's files: each list is read once.
 class Deployment : public HostProduct {
@@ -26,6 +26,6 @@ class Deployment : public HostProduct {
     Secrets m_secrets;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

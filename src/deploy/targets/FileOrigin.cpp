@@ -14,7 +14,7 @@
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -85,4 +85,4 @@ NoticeTexts WrittenNoticeTexts(HostProduct& product) {
     return NoticeTexts();
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -9,7 +9,7 @@
 #include "text/ManagedText.h"
 #include "text/NoticeTexts.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// What a file is to the product.
 struct FileOrigin {
@@ -31,6 +31,6 @@ std::string TemplateNamedIn(HostProduct& product, const std::string& path);
 /// The texts of the notices in the language in which they are written into files.
 NoticeTexts WrittenNoticeTexts(HostProduct& product);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

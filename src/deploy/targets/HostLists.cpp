@@ -5,7 +5,7 @@
 #include "deploy/state/Manifest.h"
 #include "zet/ZETFiles.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 const TargetList& HostLists::Targets() {
     if (m_targets) return *m_targets;
@@ -51,4 +51,4 @@ std::string HostLists::NameOf(const std::string& path) const {
     return m_product.HostPaths().Canonical(m_product.HostPaths().NameInside(path));
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

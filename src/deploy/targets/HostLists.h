@@ -8,7 +8,7 @@
 
 #include "deploy/targets/Targets.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 class HostProduct;
 
@@ -40,6 +40,6 @@ class HostLists {
     std::optional<std::set<std::string>> m_committed;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

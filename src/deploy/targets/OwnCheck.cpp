@@ -10,7 +10,7 @@
 #include "deploy/host/Signals.h"
 #include "deploy/targets/Secrets.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -116,4 +116,4 @@ std::optional<Problem> OwnCheckProblem(Deployment& product, const Target& target
     return verdict.OfChangedFile();
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -9,7 +9,7 @@
 #include "deploy/targets/Targets.h"
 #include "zet/ZETProblem.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// Whether the targets' own check commands are run. Those of a host tree that is worked on from outside are
 /// somebody else's programs on this host: only where that was asked for.
@@ -23,6 +23,6 @@ std::size_t CountChecksNotRun(const Options& wanted, const std::vector<Target>& 
 std::optional<Problem> OwnCheckProblem(Deployment& product, const Target& target, const std::string& path,
                                        const std::string& staged);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

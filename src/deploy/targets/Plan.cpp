@@ -18,7 +18,7 @@
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -134,4 +134,4 @@ FileOutcome OutcomeOf(Deployment& product, const PlannedTarget& planned) {
     return outcome;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -15,7 +15,7 @@
 #include "deploy/targets/TargetCheck.h"
 #include "zet/deploy/FileOutcome.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// What a commit would do to one target.
 struct PlannedTarget {
@@ -78,6 +78,6 @@ class Plan {
 /// What becomes of a target, as far as a plan knows; with the diff, if one is wanted.
 FileOutcome OutcomeOf(Deployment& product, const PlannedTarget& planned);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -14,7 +14,7 @@
 #include "deploy/targets/Secrets.h"
 #include "zet/ZETFiles.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -157,4 +157,4 @@ void RenderTarget(Deployment& product, const TargetToRender& target) {
     });
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -12,7 +12,7 @@
 #include "deploy/targets/Targets.h"
 #include "zet/ZETTypes.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// The file that a template is rendered from: its working copy, or the pristine one as long as there is none.
 /// Empty when there is neither.
@@ -60,6 +60,6 @@ struct TargetToRender {
 /// trial, and what somebody else wrote meanwhile, is a `Failure`; the target is as it was then.
 void RenderTarget(Deployment& product, const TargetToRender& target);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -4,7 +4,7 @@
 
 #include "deploy/host/TextStreams.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 void Restarts::Add(const std::string& services) {
     TextReader words(services);
@@ -14,4 +14,4 @@ void Restarts::Add(const std::string& services) {
     }
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

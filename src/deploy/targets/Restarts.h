@@ -6,7 +6,7 @@
 
 #include "deploy/targets/Deployment.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// The services that do not notice the change of their files before they are restarted.
 class Restarts {
@@ -20,6 +20,6 @@ class Restarts {
     std::vector<std::string> m_services;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

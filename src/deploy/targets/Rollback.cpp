@@ -24,7 +24,7 @@
 #include "deploy/targets/WrittenFile.h"
 #include "zet/ZETFiles.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -331,4 +331,4 @@ RollbackResult RollBack(Deployment& product, const std::vector<std::string>& nam
     return Rollback(product, names, isForced).Run();
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

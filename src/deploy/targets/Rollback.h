@@ -6,7 +6,7 @@
 
 #include "deploy/targets/Deployment.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 struct RollbackResult {
     bool isKept = false;     ///< something stays that should have been put back
@@ -19,6 +19,6 @@ struct RollbackResult {
 /// A name that is no target is a `UsageError`.
 RollbackResult RollBack(Deployment& product, const std::vector<std::string>& names, bool isForced);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

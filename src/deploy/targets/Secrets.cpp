@@ -16,7 +16,7 @@
 #include "deploy/targets/Render.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -175,4 +175,4 @@ const std::set<std::string>& Secrets::Listed() {
     return *m_listed;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -6,7 +6,7 @@
 #include <set>
 #include <string>
 
-namespace ZET {
+namespace ZET::Deploy {
 
 class HostLists;
 class HostProduct;
@@ -71,6 +71,6 @@ class Secrets {
     std::string m_trouble;                          ///< why nobody can tell; empty when that was told
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

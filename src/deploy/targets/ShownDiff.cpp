@@ -5,7 +5,7 @@
 #include "deploy/host/UnifiedDiff.h"
 #include "text/ChangedLines.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -42,4 +42,4 @@ bool IsPrivate(Deployment& product, const FileOutcome& outcome) {
            product.HostSecrets().IsPrivate(outcome.path);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -6,7 +6,7 @@
 #include "deploy/targets/Deployment.h"
 #include "zet/deploy/FileOutcome.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// The path as the labels of a diff have it: one with ".." in it is none that `patch` accepts.
 std::string ShownPath(const std::string& path);
@@ -19,6 +19,6 @@ ShownDiff DiffToShow(Deployment& product, const std::string& oldFile, const std:
 /// Whether the text is not for everybody: that of the file as it is, or as it was.
 bool IsPrivate(Deployment& product, const FileOutcome& outcome);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -25,7 +25,7 @@
 #include "text/TemplateCheck.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -303,4 +303,4 @@ std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& t
     }
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -9,7 +9,7 @@
 #include "deploy/targets/Targets.h"
 #include "zet/ZETProblem.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// What a commit is about, and everything that would keep it from succeeding.
 struct CheckedTargets {
@@ -28,6 +28,6 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
 std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& templateName,
                                        const StringMap& values, std::set<std::string>* used = nullptr);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

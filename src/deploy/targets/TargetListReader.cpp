@@ -16,7 +16,7 @@
 #include "deploy/host/OwnedDescriptor.h"
 #include "deploy/host/TextStreams.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -291,4 +291,4 @@ TargetList ReadTargetFile(const std::string& file) {
     return ListReader(file).Read();
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

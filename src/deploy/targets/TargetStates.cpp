@@ -15,7 +15,7 @@
 #include "deploy/targets/TargetCheck.h"
 #include "deploy/targets/Targets.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -105,4 +105,4 @@ bool TargetStates::IsInSync() const {
                        [](const TargetState& target) { return target.state == kInSync; });
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -6,7 +6,7 @@
 
 #include "deploy/targets/Deployment.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// What is recorded of the role.
 struct RoleStatus {
@@ -36,6 +36,6 @@ struct TargetStates {
 /// told.
 TargetStates StatesOfTargets(Deployment& product);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

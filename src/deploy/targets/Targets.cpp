@@ -6,7 +6,7 @@
 #include "deploy/state/Instructions.h"
 #include "deploy/targets/TargetListReader.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 TargetList ReadTargetList(HostProduct& product) {
     const std::string file = product.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini";
@@ -59,4 +59,4 @@ const Target* FindTargetByPath(HostProduct& product, const std::vector<Target>& 
     return found == targets.end() ? nullptr : &*found;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

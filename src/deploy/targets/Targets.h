@@ -8,7 +8,7 @@
 #include "deploy/state/HostProduct.h"
 #include "zet/ZETProblem.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// One entry of the list of targets: a template and the file that is made from it.
 struct Target {
@@ -49,6 +49,6 @@ std::vector<Target> SelectTargets(HostProduct& product, const std::vector<std::s
 const Target* FindTargetByPath(HostProduct& product, const std::vector<Target>& targets,
                                const std::string& path);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -11,7 +11,7 @@
 #include "deploy/targets/Templates.h"
 #include "zet/ZETFiles.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -170,4 +170,4 @@ bool InstallTemplates(Deployment& product, const std::vector<std::string>& names
     return isAnyChange;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

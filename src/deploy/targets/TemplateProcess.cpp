@@ -15,7 +15,7 @@
 #include "deploy/targets/Templates.h"
 #include "zet/ZETFiles.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 namespace {
 
@@ -131,4 +131,4 @@ FileOutcome TemplateProcess::RunInPlace() {
     return outcome;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -11,7 +11,7 @@
 #include "zet/deploy/FileOutcome.h"
 
 /// Single templates.
-namespace ZET {
+namespace ZET::Deploy {
 
 /// Installs the working copies of these templates from the pristine ones; each is told to the observer. One
 /// that differs is a `Failure`, unless `isForced`, which keeps the differing one beside it; a name that
@@ -56,6 +56,6 @@ class TemplateProcess {
 /// A `UsageError` unless the name stays in the directory of the templates.
 void RequireTemplateName(const std::string& name);
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -10,7 +10,7 @@
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 
 /// A file that the product may have written.
 struct WrittenFile {
@@ -37,6 +37,6 @@ struct WrittenFile {
     }
 };
 
-}  // namespace ZET
+}  // namespace ZET::Deploy
 
 #endif

@@ -19,7 +19,7 @@
 #include "text/repair/MarkerDamage.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 namespace {
 
 namespace fs = std::filesystem;
@@ -272,4 +272,4 @@ TEST_F(EditSafety, NoLineOfTheAdministratorsIsLostWhateverBecameOfTheMarkers) {
 }
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Deploy

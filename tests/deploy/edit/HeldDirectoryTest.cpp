@@ -39,7 +39,7 @@ extern "C" int rename(const char* from, const char* to) {
     return renameat(AT_FDCWD, from, AT_FDCWD, to);
 }
 
-namespace ZET {
+namespace ZET::Deploy {
 namespace {
 
 namespace fs = std::filesystem;
@@ -315,4 +315,4 @@ TEST_P(HeldDirectoryWithout, RightsThatCannotBeTakenAgainLeaveDirectoryAndRights
 INSTANTIATE_TEST_SUITE_P(Capability, HeldDirectoryWithout, testing::Values(CAP_SETGID, CAP_SETUID));
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Deploy

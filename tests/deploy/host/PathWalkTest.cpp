@@ -10,7 +10,7 @@
 
 #include "deploy/host/Failure.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 namespace {
 
 namespace fs = std::filesystem;
@@ -268,4 +268,4 @@ TEST_F(PathJudgeTest, FileThatTellsRootWhatToDoIsRootsAndNobodyElseMayWriteIt) {
 }
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ZET {
+namespace ZET::Deploy {
 namespace {
 
 std::string TextOf(std::size_t kept, const std::string& text, std::size_t part) {
@@ -41,4 +41,4 @@ TEST(ProcessOutputTest, OfWhatDoesNotFitTheMiddleIsLeftOutAndCounted) {
 }
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -9,7 +9,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 namespace {
 
 class ReadLinesTest : public testing::Test {
@@ -68,4 +68,4 @@ TEST_F(ReadLinesTest, FileThatIsNotThereIsAFailure) {
 }
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Deploy

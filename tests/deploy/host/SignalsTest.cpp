@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <thread>
 
-namespace ZET {
+namespace ZET::Deploy {
 namespace {
 
 /// Exits with 0 when the signal ended a wait for something that does not come, and was noticed.
@@ -36,4 +36,4 @@ TEST(SignalsTest, SignalEndsACallThatWaitsForSomethingThatMayNeverCome) {
 }
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Deploy

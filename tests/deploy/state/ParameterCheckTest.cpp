@@ -5,7 +5,7 @@
 
 #include "zet/ZETHost.h"
 
-namespace ZET {
+namespace ZET::Deploy {
 namespace {
 
 TEST(ParameterCheck, LinesOfParametersAreRead) {
@@ -40,4 +40,4 @@ TEST(ParameterCheck, CoreTellsTheNamesThatItKnows) {
 }
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Deploy

@@ -1,0 +1,11 @@
+#ifndef ZET_CLI_NAMES_H
+#define ZET_CLI_NAMES_H
+
+namespace ZET::Deploy {}
+
+/// The commands are written in the words of the library that does their work.
+namespace ZET {
+using namespace Deploy;
+}
+
+#endif
