@@ -3,10 +3,12 @@
 
 #include <string>
 
+#include "zet/ZETApi.h"
+
 namespace ZET {
 
 /// A problem in a file that somebody edits by hand.
-struct Problem {
+struct ZET_API Problem {
     std::string file;
     int line = 0;    ///< 0: the file as a whole
     int column = 0;  ///< 0: the line as a whole; bytes, from 1

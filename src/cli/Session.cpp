@@ -1,7 +1,6 @@
 #include "cli/Session.h"
 
 #include "cli/FileReport.h"
-#include "deploy/host/Installed.h"
 
 namespace ZET {
 
@@ -20,10 +19,9 @@ void StartLog(const Request& request) {
 Options OptionsOf(const Request& request) {
     Options options;
     options.role = request.role;
-    options.configFile = request.configFile;
     options.needsConfigFile = request.needsConfigFile || request.isConfigFileNamed;
     options.root = request.root;
-    options.moduleFile = request.moduleFile.empty() ? OwnModule() : request.moduleFile;
+    options.moduleFile = request.moduleFile;
     options.program = request.program;
     options.command = request.command;
     options.dryRun = request.dryRun;
@@ -53,7 +51,7 @@ Session::Session(const Request& request, Report& report)
     : m_request(request),
       m_report(report),
       m_logInReport(request, report),
-      m_product(OptionsOf(request), *this) {}
+      m_product(request.configFile, OptionsOf(request), *this) {}
 
 void Session::Done(const FileOutcome& outcome) {
     if (m_teller != nullptr) m_teller(*this, outcome);

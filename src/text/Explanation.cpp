@@ -130,6 +130,31 @@ class Explainer {
 
 }  // namespace
 
+const char* NameOf(ExplainedLines::Kind kind) {
+    switch (kind) {
+        case ExplainedLines::Kind::Own:
+            return "own";
+        case ExplainedLines::Kind::Gap:
+            return "gap";
+        case ExplainedLines::Kind::FormerLine:
+        case ExplainedLines::Kind::LoneFormerLine:
+            return "former-line";
+        case ExplainedLines::Kind::Block:
+            return "block";
+        case ExplainedLines::Kind::Notice:
+            return "notice";
+        case ExplainedLines::Kind::TemplateComment:
+            return "template-comment";
+        case ExplainedLines::Kind::FromTemplate:
+            return "template";
+        case ExplainedLines::Kind::Differing:
+            return "differing";
+        case ExplainedLines::Kind::Untraced:
+            break;
+    }
+    return "untraced";
+}
+
 std::vector<ExplainedLines> ExplainText(const ManagedText& text, bool isMade, std::string_view templateText) {
     return Explainer(text, isMade, templateText).Explain();
 }

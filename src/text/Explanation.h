@@ -38,6 +38,9 @@ struct ExplainedLines {
     std::string_view formerText = {};
 };
 
+/// "own", "gap", "former-line", ...
+const char* NameOf(ExplainedLines::Kind kind);
+
 /// Explains every line, in their order. `isMade` says that the file was made from a template, `templateText`
 /// is what the template holds. The explanation quotes the text, which must outlive it.
 std::vector<ExplainedLines> ExplainText(const ManagedText& text, bool isMade, std::string_view templateText);

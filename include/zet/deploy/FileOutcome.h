@@ -6,10 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "zet/ZETApi.h"
+
 namespace ZET::Deploy {
 
 /// What a file is beside its bytes. A symbolic link counts as itself.
-struct FileState {
+struct ZET_API FileState {
     bool exists = false;
     mode_t mode = 0;  ///< the whole mode word
     uid_t owner = 0;
@@ -20,7 +22,7 @@ struct FileState {
 };
 
 /// The difference of two texts as far as the reader is to see it; empty when it is not wanted.
-struct ShownDiff {
+struct ZET_API ShownDiff {
     std::string text;                 ///< unified
     std::vector<std::string> places;  ///< of what is hidden: "FILE: lines 3-5 changed"
     std::string excuse;               ///< why it is hidden; empty: it is not
@@ -48,7 +50,7 @@ struct FileOutcome {
 };
 
 /// "unchanged", "created", ...
-const char* NameOf(FileOutcome::Result result);
+ZET_API const char* NameOf(FileOutcome::Result result);
 
 }  // namespace ZET::Deploy
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "zet/ZETApi.h"
 #include "zet/deploy/FileOutcome.h"
 
 namespace ZET::Deploy {
@@ -11,9 +12,9 @@ namespace ZET::Deploy {
 /// Is told what a call does while it works, by the thread that made the call. Each text is one line, which
 /// may hold control characters of files and names; it names what, where and the remedy. None of the functions
 /// may call back into the product.
-class Observer {
+class ZET_API Observer {
   public:
-    virtual ~Observer() = default;
+    virtual ~Observer();
 
     /// Progress, for who wants to know it all.
     virtual void Detail(const std::string&) {}
@@ -32,6 +33,10 @@ class Observer {
 
     /// The services that do not notice by themselves what was changed; at the end, also where it broke off.
     virtual void Restarts(const std::vector<std::string>& /*services*/) {}
+
+    /// Asked between two files: true ends the call there with an `Interrupted`, what was done before it
+    /// stays.
+    virtual bool IsCancelled() { return false; }
 };
 
 }  // namespace ZET::Deploy

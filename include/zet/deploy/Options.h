@@ -8,10 +8,9 @@ namespace ZET::Deploy {
 /// How the product is to be used on this host.
 struct Options {
     std::string role = "client";  ///< "server" or "client"
-    std::string configFile = "/etc/zet/zet.conf";
-    bool needsConfigFile = true;  ///< false: where it is not there, the defaults serve
+    bool needsConfigFile = true;  ///< false: where the main file is not there, the defaults serve
     std::string root;             ///< of a host tree that is worked on from outside; empty: this host itself
-    std::string moduleFile;       ///< the module `libzet-config.so`
+    std::string moduleFile;       ///< empty: the one that was installed with the library
     std::string program = "zet-client";  ///< for messages that name a command
     std::string command;                 ///< told to whoever waits for the lock: "commit-config"
     bool dryRun = false;                 ///< nothing is written

@@ -55,7 +55,7 @@ int RunCommitConfig(Session& session) {
     BeginTargets(session, TellTarget);
     Deployment& product = session.Product();
     AssumeParameters(product, ParseAssignments(session.Asked().assignments, "--set"));
-    Plan plan(product, session.Asked().names);
+    CommitPlan plan(product, session.Asked().names);
     if (!plan.Problems().empty()) return TellProblems(session.Out(), plan.Problems());
     TellChecksNotRun(session, plan.ChecksNotRun());
     if (session.Asked().dryRun) return Preview(product, plan) ? kNotInSync : kDone;

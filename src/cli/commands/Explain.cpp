@@ -37,31 +37,6 @@ std::size_t LineNumber(const Place& place, const std::string& path, std::size_t 
                      (count == 1 ? " line)" : " lines)"));
 }
 
-const char* KindName(Kind kind) {
-    switch (kind) {
-        case Kind::Own:
-            return "own";
-        case Kind::Gap:
-            return "gap";
-        case Kind::FormerLine:
-        case Kind::LoneFormerLine:
-            return "former-line";
-        case Kind::Block:
-            return "block";
-        case Kind::Notice:
-            return "notice";
-        case Kind::TemplateComment:
-            return "template-comment";
-        case Kind::FromTemplate:
-            return "template";
-        case Kind::Differing:
-            return "differing";
-        case Kind::Untraced:
-            break;
-    }
-    return "untraced";
-}
-
 std::string LineName(std::size_t number) {
     return "line " + std::to_string(number);
 }
@@ -224,7 +199,7 @@ class Teller {
     Fields ToFields(const ExplainedLines& lines) const {
         const bool isOfTemplate = lines.templateLine != 0;
         return {
-            {"kind", KindName(lines.kind)},
+            {"kind", NameOf(lines.kind)},
             {"first_line", Number(lines.first)},
             {"last_line", Number(lines.last)},
             {"closed", lines.isClosed},

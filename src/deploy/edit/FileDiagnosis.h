@@ -12,7 +12,7 @@ namespace ZET::Deploy {
 struct FileDiagnosis {
     std::string path;  ///< of the real file
     bool isPrivate = false;
-    Diagnosis diagnosis;
+    ZET::Diagnosis diagnosis;
     std::string repair;  ///< as a unified diff; empty: there is none
 };
 

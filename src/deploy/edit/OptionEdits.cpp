@@ -57,7 +57,7 @@ FileOutcome SetOption(Deployment& product, const std::string& name, const std::s
     // None of the system's own text gets into this file, so that a language that the host does not have can
     // be set right.
     const ParamOverride language(product.Core(), kLanguage, "C");
-    FileEdit edit(product, product.Wanted().configFile, FileInPlace::Access::ByPath);
+    FileEdit edit(product, product.ConfigFile(), FileInPlace::Access::ByPath);
     const auto set = [&](const std::string& path) {
         if (path != file) {
             // The trial: what the module does to its own file, done to the copy.

@@ -2,6 +2,11 @@
 
 namespace ZET::Deploy {
 
+UsageError::~UsageError() = default;
+Failure::~Failure() = default;
+Damage::~Damage() = default;
+Interrupted::~Interrupted() = default;
+
 Problem ProblemOf(const std::string& file, const Failure& failure) {
     std::string text = failure.what();
     if (text.starts_with(file + ": ")) text.erase(0, file.size() + 2);

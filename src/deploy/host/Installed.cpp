@@ -1,10 +1,9 @@
 #include "deploy/host/Installed.h"
 
-#include <unistd.h>
+#include <dlfcn.h>
 
-#include <climits>
-#include <cstddef>
 #include <filesystem>
+#include <system_error>
 
 #include "deploy/host/Failure.h"
 
@@ -15,11 +14,18 @@ std::string ProductVersion() {
 }
 
 std::string OwnModule() {
-    char program[PATH_MAX];
-    const ssize_t length = readlink("/proc/self/exe", program, sizeof program);
-    if (length <= 0) throw Failure("the program cannot find its own place (name the module with --module)");
-    const std::filesystem::path path(std::string(program, static_cast<std::size_t>(length)));
-    return (path.parent_path() / ZET_WAY_TO_MODULE).lexically_normal();
+    Dl_info own = {};
+    if (dladdr(reinterpret_cast<const void*>(&OwnModule), &own) == 0 || own.dli_fname == nullptr)
+        throw Failure("the library cannot find its own place (name the module)");
+    std::error_code error;
+    // A program is named as it was started, if the library is a part of it.
+    const std::filesystem::path place = own.dli_fname;
+    const bool isLibrary = place.filename().string().starts_with("libzet-deploy.so");
+    const std::filesystem::path file =
+        isLibrary ? place : std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error) throw Failure("the program cannot find its own place (name the module with --module)");
+    const std::filesystem::path way = isLibrary ? ZET_WAY_FROM_LIBRARY : ZET_WAY_FROM_PROGRAM;
+    return (std::filesystem::absolute(file).parent_path() / way).lexically_normal();
 }
 
 }  // namespace ZET::Deploy

@@ -8,7 +8,8 @@ namespace ZET::Deploy {
 /// The version of the product, as the build gives it.
 std::string ProductVersion();
 
-/// The module that belongs to the program, wherever both are installed.
+/// The module that belongs to the library or to the program that it is a part of, wherever both are
+/// installed.
 std::string OwnModule();
 
 }  // namespace ZET::Deploy

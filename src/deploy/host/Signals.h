@@ -8,12 +8,6 @@
 
 namespace ZET::Deploy {
 
-/// The user or the system asked the command to end before it was done.
-class Interrupted : public Failure {
-  public:
-    using Failure::Failure;
-};
-
 /// For as long as the object lives, SIGINT, SIGTERM and SIGHUP only set a flag, so that nothing temporary is
 /// left behind. What ignored a signal goes on ignoring it.
 class SignalGuard {

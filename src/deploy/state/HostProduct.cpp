@@ -1,6 +1,8 @@
 #include "deploy/state/HostProduct.h"
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Installed.h"
+#include "deploy/host/Signals.h"
 #include "deploy/state/Instructions.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETFiles.h"
@@ -14,8 +16,12 @@ constexpr const char* kDirectories[] = {"ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET
 
 }  // namespace
 
-HostProduct::HostProduct(const Options& options, Observer& observer)
-    : m_options(options), m_observer(observer), m_paths(options.root) {
+HostProduct::HostProduct(const std::string& configFile, const Options& options, Observer& observer)
+    : m_configFile(configFile),
+      m_options(options),
+      m_observer(observer),
+      m_moduleFile(options.moduleFile.empty() ? OwnModule() : options.moduleFile),
+      m_paths(options.root) {
     StartHost();
     RequireDirectories(Core(), Param("ZET_CFG"));
     if (m_paths.HasRoot()) {
@@ -29,11 +35,19 @@ HostProduct::HostProduct(const Options& options, Observer& observer)
     LoadModule();
 }
 
+Observer::~Observer() = default;
+
 HostProduct::~HostProduct() = default;
+
+void HostProduct::RequireGoOn() {
+    SignalGuard::Check();
+    if (m_observer.IsCancelled())
+        throw Interrupted("was cancelled before all was done (call it again to go on)");
+}
 
 void HostProduct::StartHost() {
     // Links followed, so that an option that is set goes into the real file and a link stays one.
-    const std::string file = m_paths.Resolved(m_options.configFile);
+    const std::string file = m_paths.Resolved(m_configFile);
     m_host = m_options.needsConfigFile || IsFileExist(file) ? std::make_unique<CZETHost>(file)
                                                             : std::make_unique<CZETHost>();
 }

@@ -18,18 +18,20 @@ class HostProduct {
   public:
     /// Reads the parameters and loads the module. A configuration file or module that is missing or broken
     /// throws. `observer` is told what happens as long as the object lives.
-    HostProduct(const Options& options, Observer& observer);
+    HostProduct(const std::string& configFile, const Options& options, Observer& observer);
     virtual ~HostProduct();
     HostProduct(const HostProduct&) = delete;
     HostProduct& operator=(const HostProduct&) = delete;
 
+    /// The main configuration file, as the caller named it.
+    const std::string& ConfigFile() const { return m_configFile; }
     const Options& Wanted() const { return m_options; }
     const std::string& Role() const { return m_options.role; }
     Observer& Out() { return m_observer; }
     IZETConfig& Config() { return *m_config; }
     IZETCore& Core() { return m_host->GetCore(); }
     const Paths& HostPaths() const { return m_paths; }
-    const std::string& ModuleFile() const { return m_options.moduleFile; }
+    const std::string& ModuleFile() const { return m_moduleFile; }
 
     /// A parameter; those that name directories of the product are paths that can be opened.
     std::string Param(const std::string& key) { return Core().GetParam(key); }
@@ -40,6 +42,9 @@ class HostProduct {
     /// The path under which a file given by the caller can be opened: under the root, links followed.
     std::string FilePath(const std::string& file) const { return m_paths.Resolved(file); }
 
+    /// Throws `Interrupted` when a signal came, or the observer wants no more: between two files.
+    void RequireGoOn();
+
     /// The user whose directories count as root's for this file; empty: none.
     virtual std::string TrustedAt(const std::string& /*path*/) { return ""; }
 
@@ -48,8 +53,10 @@ class HostProduct {
     void StartHost();
     void LoadModule();
 
+    const std::string m_configFile;
     const Options m_options;
     Observer& m_observer;
+    const std::string m_moduleFile;
     Paths m_paths;
     std::unique_ptr<CZETHost> m_host;
     std::shared_ptr<IZETConfig> m_config;

@@ -48,7 +48,7 @@ void RunOwnChecks(Deployment& product, CheckedTargets& checked) {
     const SignalGuard signals;
     std::optional<Staging> staging;
     for (const Target& target : checked.targets) {
-        SignalGuard::Check();
+        product.RequireGoOn();
         if (target.check.empty() || !CanRender(product, target)) continue;
         if (!staging) staging.emplace();
         if (std::optional<Problem> problem = CheckRendering(product, *staging, target))

@@ -9,7 +9,7 @@
 namespace ZET::Deploy {
 
 ClaimedFiles::ClaimedFiles(HostProduct& product) : m_product(product) {
-    AddOwn(product.FilePath(product.Wanted().configFile), "the configuration file of the commands");
+    AddOwn(product.FilePath(product.ConfigFile()), "the configuration file of the commands");
     m_uses.try_emplace(Canonical(product.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini"),
                        Use{"the list of targets", ""});
     for (const char* name : {"zet.lock", "zet.pending", "zet-server.manifest", "zet-client.manifest",

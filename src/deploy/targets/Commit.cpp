@@ -47,14 +47,14 @@ void WarnOfOthersWork(Deployment& product, const PlannedTarget& planned) {
 /// One commit, from the plan to the status.
 class Execution {
   public:
-    Execution(Deployment& product, Plan& plan)
+    Execution(Deployment& product, CommitPlan& plan)
         : m_product(product), m_plan(plan), m_manifest(plan.Recorded()) {}
 
     void Run() {
         const PendingRecord pending(m_product, FilesToWrite());
         try {
             for (const PlannedTarget& planned : m_plan.Targets()) {
-                SignalGuard::Check();
+                m_product.RequireGoOn();
                 Write(planned);
             }
             m_manifest.Save();
@@ -151,13 +151,13 @@ class Execution {
     }
 
     Deployment& m_product;
-    Plan& m_plan;
+    CommitPlan& m_plan;
     Manifest& m_manifest;
 };
 
 }  // namespace
 
-bool Preview(Deployment& product, const Plan& plan) {
+bool Preview(Deployment& product, const CommitPlan& plan) {
     bool wouldChange = false;
     for (const PlannedTarget& planned : plan.Targets()) {
         WarnOfOthersWork(product, planned);
@@ -168,7 +168,7 @@ bool Preview(Deployment& product, const Plan& plan) {
     return wouldChange;
 }
 
-void Commit(Deployment& product, Plan& plan) {
+void Commit(Deployment& product, CommitPlan& plan) {
     Execution(product, plan).Run();
 }
 

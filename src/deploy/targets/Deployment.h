@@ -12,8 +12,8 @@ namespace ZET::Deploy {
 /// The product at work on a host, with what is known about the host's files: each list is read once.
 class Deployment : public HostProduct {
   public:
-    Deployment(const Options& options, Observer& observer)
-        : HostProduct(options, observer), m_lists(*this), m_secrets(*this, m_lists) {}
+    Deployment(const std::string& configFile, const Options& options, Observer& observer)
+        : HostProduct(configFile, options, observer), m_lists(*this), m_secrets(*this, m_lists) {}
 
     HostLists& Lists() { return m_lists; }
     Secrets& HostSecrets() { return m_secrets; }

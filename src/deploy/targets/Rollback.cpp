@@ -47,7 +47,7 @@ class Rollback {
         const std::vector<WrittenFile> named = Named(all);
         try {
             for (const WrittenFile& file : named) {
-                SignalGuard::Check();
+                m_product.RequireGoOn();
                 TryPutBack(file);
             }
         } catch (const Interrupted&) {

@@ -85,7 +85,7 @@ TargetStates StatesOfTargets(Deployment& product) {
     const Staging staging;
     std::set<std::string> listed;
     for (const Target& target : SelectTargets(product, {})) {
-        SignalGuard::Check();
+        product.RequireGoOn();
         result.targets.push_back(StateOfListed(product, staging, manifest, target));
         listed.insert(result.targets.back().path);
     }

@@ -162,7 +162,7 @@ bool InstallTemplates(Deployment& product, const std::vector<std::string>& names
         installation.Check();
     bool isAnyChange = false;
     for (Installation& installation : installations) {
-        SignalGuard::Check();
+        product.RequireGoOn();
         const FileOutcome outcome = installation.Run(writing);
         product.Out().Done(outcome);
         isAnyChange = isAnyChange || outcome.IsChange();

@@ -188,7 +188,6 @@ class EditSafety : public testing::Test {
         Write(m_directory / "zet.conf", "ZET_SYNC=no\nZET_CFG_DIR=" + Below("etc") +
                                             "\nZET_CFG_TEMPL_DIR=" + Below("templates") +
                                             "\nZET_VAR_LIB_DIR=" + Below("state") + "\n");
-        m_options.configFile = Below("zet.conf");
         m_options.moduleFile = ZET_MODULE;
         m_file = Below("conf");
         Write(m_file + ZETReserveSuffix, "as it was once\n");
@@ -237,7 +236,7 @@ TEST_F(EditSafety, NoLineOfTheAdministratorsIsLostWhateverBecameOfTheMarkers) {
     const char* const asked = std::getenv("ZET_EDIT_CASES");
     const int cases = asked != nullptr ? std::atoi(asked) : kCases;
     Observer observer;
-    Deployment product(m_options, observer);
+    Deployment product(Below("zet.conf"), m_options, observer);
     const NoticeTexts noticeTexts;
     FileMaker maker(20);
     int refused = 0;

@@ -101,9 +101,8 @@ class HeldDirectory : public testing::Test {
                   "\nZET_VAR_LIB_DIR=" + At("state") + "\n",
               0644, 0);
         Options options;
-        options.configFile = At("zet.conf");
         options.moduleFile = ZET_MODULE;
-        m_product = std::make_unique<Deployment>(options, m_observer);
+        m_product = std::make_unique<Deployment>(At("zet.conf"), options, m_observer);
     }
 
     void TearDown() override {

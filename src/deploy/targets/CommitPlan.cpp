@@ -1,4 +1,4 @@
-#include "deploy/targets/Plan.h"
+#include "deploy/targets/CommitPlan.h"
 
 #include <unistd.h>
 
@@ -73,7 +73,8 @@ class Records {
 
 }  // namespace
 
-Plan::Plan(Deployment& product, const std::vector<std::string>& templateNames) : m_product(product) {
+CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& templateNames)
+    : m_product(product) {
     const bool isDryRun = product.Wanted().dryRun;
     if (!isDryRun) {
         RequireOwnInstructions(product);
@@ -88,13 +89,13 @@ Plan::Plan(Deployment& product, const std::vector<std::string>& templateNames) :
     m_checksNotRun = CountChecksNotRun(product.Wanted(), m_checked.targets);
     Records records(product, *m_manifest);
     for (const Target& target : m_checked.targets) {
-        SignalGuard::Check();
+        product.RequireGoOn();
         Add(target);
         records.FillIn(m_targets.back());
     }
 }
 
-void Plan::Add(const Target& target) {
+void CommitPlan::Add(const Target& target) {
     PlannedTarget planned;
     planned.target = target;
     planned.path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path));
@@ -109,7 +110,7 @@ void Plan::Add(const Target& target) {
 
 /// A run that was cut short could tell and record nothing of what it had written; the commands that came
 /// after it may have cleared away what it left.
-std::vector<std::string> Plan::RestartsOf(const std::vector<PlannedTarget>& targets) const {
+std::vector<std::string> CommitPlan::RestartsOf(const std::vector<PlannedTarget>& targets) const {
     Restarts restarts;
     for (const PlannedTarget& planned : targets) {
         if (planned.IsChange() || planned.isTouched || planned.isUnrecorded ||

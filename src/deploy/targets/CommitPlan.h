@@ -1,5 +1,5 @@
-#ifndef ZET_PLAN_H
-#define ZET_PLAN_H
+#ifndef ZET_COMMIT_PLAN_H
+#define ZET_COMMIT_PLAN_H
 
 #include <cstddef>
 #include <memory>
@@ -41,13 +41,13 @@ struct PlannedTarget {
 
 /// What a commit is about to do, or would: made under the product's lock, which it holds as long as it lives,
 /// unless nothing is going to be written.
-class Plan {
+class CommitPlan {
   public:
     /// Checks the targets of the role whose templates `templateNames` has, all when it is empty; renders each
     /// in a private directory, has its own check command look at the result, and compares it with what is
     /// there. A template that the list does not have is a `UsageError`; what cannot be rendered or is refused
     /// by its check is a `Failure`.
-    Plan(Deployment& product, const std::vector<std::string>& templateNames);
+    CommitPlan(Deployment& product, const std::vector<std::string>& templateNames);
 
     /// What keeps the commit from being made; there are no targets then.
     const std::vector<Problem>& Problems() const { return m_checked.problems; }

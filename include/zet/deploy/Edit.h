@@ -1,0 +1,55 @@
+#ifndef ZET_DEPLOY_EDIT_H
+#define ZET_DEPLOY_EDIT_H
+
+#include <optional>
+#include <string>
+
+#include "zet/ZETApi.h"
+#include "zet/deploy/EditOptions.h"
+#include "zet/deploy/FileOutcome.h"
+#include "zet/deploy/Product.h"
+
+namespace ZET::Deploy {
+
+/// Single edits of any file. `file` is a path of the host, whose links are followed; a file that is missing,
+/// that another user could lead root away from, or whose markers are damaged is a `Failure`, and so is one
+/// that somebody else wrote at the same time: it is as it was then. With the option `dryRun` of the product,
+/// nothing is written, and what would happen is returned.
+
+/// The value of the first parameter line "name=value"; none: there is no such line.
+ZET_API std::optional<std::string> GetParam(Product& product, const std::string& file,
+                                            const std::string& name);
+ZET_API FileOutcome SetParam(Product& product, const std::string& file, const std::string& name,
+                             const std::string& value, const EditOptions& options = EditOptions());
+
+/// Brings the former line back.
+ZET_API FileOutcome RestoreParam(Product& product, const std::string& file, const std::string& name,
+                                 const EditOptions& options = EditOptions());
+
+/// The same of lines that a regular expression chooses.
+ZET_API std::optional<std::string> GetLine(Product& product, const std::string& file,
+                                           const std::string& pattern);
+ZET_API FileOutcome SetLine(Product& product, const std::string& file, const std::string& pattern,
+                            const std::string& line, const EditOptions& options = EditOptions());
+ZET_API FileOutcome RestoreLine(Product& product, const std::string& file, const std::string& pattern,
+                                const EditOptions& options = EditOptions());
+
+/// Takes the managed blocks out; a notice and kept former lines remain.
+ZET_API FileOutcome StripFile(Product& product, const std::string& file,
+                              const EditOptions& options = EditOptions());
+
+/// Keeps the file as it is now, or that there is none; puts back what was kept; drops what was kept.
+ZET_API FileOutcome ReserveFile(Product& product, const std::string& file);
+ZET_API FileOutcome RestoreFile(Product& product, const std::string& file);
+ZET_API FileOutcome ForgetReserve(Product& product, const std::string& file,
+                                  const EditOptions& options = EditOptions());
+
+/// A parameter of the product itself; none: nobody knows it, and no line gives it.
+ZET_API std::optional<std::string> GetOption(Product& product, const std::string& name);
+
+/// A value with which no command could start any more is a `Failure`.
+ZET_API FileOutcome SetOption(Product& product, const std::string& name, const std::string& value);
+
+}  // namespace ZET::Deploy
+
+#endif

@@ -1,0 +1,50 @@
+#ifndef ZET_DEPLOY_PLAN_H
+#define ZET_DEPLOY_PLAN_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "zet/ZETApi.h"
+#include "zet/ZETProblem.h"
+#include "zet/deploy/FileOutcome.h"
+#include "zet/deploy/Product.h"
+
+namespace ZET::Deploy {
+
+/// What a commit would do, or what keeps it from being made. It holds the product's lock as long as it lives,
+/// unless the product's options say that nothing is written: so what was planned can be committed. The
+/// product must live longer.
+class ZET_API Plan {
+  public:
+    ~Plan();
+    Plan(Plan&& other) noexcept;
+    Plan& operator=(Plan&& other) noexcept;
+
+    /// None: the plan can be committed.
+    const std::vector<Problem>& Problems() const;
+
+    /// What would happen to each target, in the order of the list.
+    std::vector<FileOutcome> Files() const;
+
+    /// The services that would have to be restarted.
+    std::vector<std::string> Restarts() const;
+
+    /// What the library itself works on.
+    class Implementation;
+    explicit Plan(std::unique_ptr<Implementation> implementation);
+    Implementation& Parts() const { return *m_implementation; }
+
+  private:
+    std::unique_ptr<Implementation> m_implementation;
+};
+
+/// Checks the targets of the product's role whose templates `templateNames` has, all when it is empty,
+/// renders each in a private directory, and compares it with what is there. A template that the list does not
+/// have is a `UsageError`; a list that cannot be read, and a rendering that its own check command refuses, a
+/// `Failure`.
+ZET_API Plan MakePlan(Product& product, const std::vector<std::string>& templateNames = {});
+
+}  // namespace ZET::Deploy
+
+#endif

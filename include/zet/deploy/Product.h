@@ -1,0 +1,45 @@
+#ifndef ZET_DEPLOY_PRODUCT_H
+#define ZET_DEPLOY_PRODUCT_H
+
+#include <memory>
+#include <string>
+
+#include "zet/ZETApi.h"
+#include "zet/deploy/Failure.h"
+#include "zet/deploy/Observer.h"
+#include "zet/deploy/Options.h"
+
+namespace ZET::Deploy {
+
+/// The product on a host: the core with its parameters, the module loaded into it, and where the host's files
+/// are. All other calls of the library are made on one. One at a time in a process, since the module serves
+/// one host at a time, and the log belongs to the process; one thread at a time.
+///
+/// While a call writes, SIGINT, SIGTERM and SIGHUP end it between two files with an `Interrupted`; what is
+/// temporary is cleared away. Calls that write wait for each other, also in other processes, for 30 s at
+/// most.
+///
+/// Every call throws `UsageError` for what makes no sense, `Failure` for what could not be done, and may
+/// throw `std::bad_alloc`; where it says nothing else, nothing was changed then.
+class ZET_API Product {
+  public:
+    /// Reads the parameters from `configFile` and loads the module. A file that is missing or broken, and a
+    /// module that cannot be loaded, is a `Failure` or an `EZETError` that names it. `observer` is told what
+    /// happens as long as the object lives, and must live longer; null: nobody is.
+    explicit Product(const std::string& configFile, const Options& options = Options(),
+                     Observer* observer = nullptr);
+    ~Product();
+    Product(const Product&) = delete;
+    Product& operator=(const Product&) = delete;
+
+    /// What the library itself works on.
+    class Implementation;
+    Implementation& Parts() { return *m_implementation; }
+
+  private:
+    std::unique_ptr<Implementation> m_implementation;
+};
+
+}  // namespace ZET::Deploy
+
+#endif

@@ -1,0 +1,20 @@
+#ifndef ZET_DEPLOY_ROLLBACK_H
+#define ZET_DEPLOY_ROLLBACK_H
+
+#include <string>
+#include <vector>
+
+#include "zet/ZETApi.h"
+#include "zet/deploy/Outcome.h"
+#include "zet/deploy/Product.h"
+
+namespace ZET::Deploy {
+
+/// Puts back what was there before the role's commits: the targets that `files` has, all when it is empty,
+/// and at the end the role's status. What was edited since stays, unless `isForced`. What cannot be put back
+/// does not keep the others from it. A name that is no target is a `UsageError`.
+ZET_API Outcome RollBack(Product& product, const std::vector<std::string>& files = {}, bool isForced = false);
+
+}  // namespace ZET::Deploy
+
+#endif

@@ -1,0 +1,45 @@
+#ifndef ZET_DEPLOY_STATUS_H
+#define ZET_DEPLOY_STATUS_H
+
+#include <string>
+#include <vector>
+
+#include "zet/ZETApi.h"
+#include "zet/deploy/Product.h"
+
+namespace ZET::Deploy {
+
+/// What is recorded of the role.
+struct RoleStatus {
+    std::string commitTime;  ///< RFC 3339, UTC; empty: never committed
+    std::string fileServer;  ///< of a client; empty: none recorded
+};
+
+/// A target, compared with what a commit would make of it.
+struct TargetState {
+    std::string templateName;
+    std::string path;     ///< of the real file, links followed
+    std::string state;    ///< "in sync", "pending", "edited", "missing", "not committed", "unknown"
+    std::string trouble;  ///< why it is unknown
+};
+
+struct ZET_API TargetStates {
+    std::vector<TargetState> targets;
+    std::vector<std::string> leftOvers;  ///< committed, and not in the list any more
+
+    bool IsAnyUnknown() const;
+    bool IsInSync() const;
+};
+
+struct Status {
+    RoleStatus role;
+    TargetStates targets;
+};
+
+/// A target whose state cannot be told is unknown, and does not keep that of the others from being told.
+/// Nothing is written.
+ZET_API Status StatusOf(Product& product);
+
+}  // namespace ZET::Deploy
+
+#endif

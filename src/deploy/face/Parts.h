@@ -1,0 +1,73 @@
+#ifndef ZET_PARTS_H
+#define ZET_PARTS_H
+
+#include <string>
+
+#include "deploy/targets/Deployment.h"
+#include "zet/deploy/Outcome.h"
+#include "zet/deploy/Product.h"
+
+namespace ZET::Deploy {
+
+/// Passes on what is told, and collects what happened.
+class Relay : public Observer {
+  public:
+    explicit Relay(Observer* observer) : m_observer(observer != nullptr ? *observer : m_nobody) {}
+
+    void Detail(const std::string& text) override { Reached().Detail(text); }
+    void Remark(const std::string& text) override { Reached().Remark(text); }
+    void Warning(const std::string& text) override { Reached().Warning(text); }
+    void Error(const std::string& text, const std::string& lines) override { Reached().Error(text, lines); }
+    bool IsCancelled() override { return Reached().IsCancelled(); }
+
+    void Done(const FileOutcome& outcome) override {
+        m_outcome.files.push_back(outcome);
+        Reached().Done(outcome);
+    }
+
+    void Restarts(const std::vector<std::string>& services) override {
+        m_outcome.restarts = services;
+        Reached().Restarts(services);
+    }
+
+    /// What `call` made happen; `observer`, unless it is null, is told in place of the other one.
+    template <typename Call>
+    Outcome Collect(Observer* observer, Call call) {
+        m_outcome = {};
+        m_instead = observer;
+        try {
+            call();
+        } catch (...) {
+            m_instead = nullptr;
+            throw;
+        }
+        m_instead = nullptr;
+        return std::move(m_outcome);
+    }
+
+  private:
+    Observer& Reached() { return m_instead != nullptr ? *m_instead : m_observer; }
+
+    Observer m_nobody;
+    Observer& m_observer;
+    Observer* m_instead = nullptr;
+    Outcome m_outcome;
+};
+
+class Product::Implementation {
+  public:
+    Implementation(const std::string& configFile, const Options& options, Observer* observer)
+        : relay(observer), deployment(configFile, options, relay) {}
+
+    Relay relay;
+    Deployment deployment;
+};
+
+/// What the calls of the library work on.
+inline Deployment& DeploymentOf(Product& product) {
+    return product.Parts().deployment;
+}
+
+}  // namespace ZET::Deploy
+
+#endif

@@ -1,0 +1,60 @@
+#include "zet/deploy/Plan.h"
+
+#include "deploy/face/Parts.h"
+#include "deploy/targets/Commit.h"
+#include "deploy/targets/CommitPlan.h"
+#include "zet/deploy/Commit.h"
+
+namespace ZET::Deploy {
+
+class Plan::Implementation {
+  public:
+    Implementation(Deployment& product, const std::vector<std::string>& templateNames)
+        : deployment(product), plan(product, templateNames) {}
+
+    Deployment& deployment;
+    CommitPlan plan;
+};
+
+Plan::Plan(std::unique_ptr<Implementation> implementation) : m_implementation(std::move(implementation)) {}
+Plan::~Plan() = default;
+Plan::Plan(Plan&& other) noexcept = default;
+Plan& Plan::operator=(Plan&& other) noexcept = default;
+
+const std::vector<Problem>& Plan::Problems() const {
+    return m_implementation->plan.Problems();
+}
+
+std::vector<FileOutcome> Plan::Files() const {
+    std::vector<FileOutcome> files;
+    for (const PlannedTarget& planned : m_implementation->plan.Targets())
+        files.push_back(OutcomeOf(m_implementation->deployment, planned));
+    return files;
+}
+
+std::vector<std::string> Plan::Restarts() const {
+    return m_implementation->plan.RestartsOf(m_implementation->plan.Targets());
+}
+
+Plan MakePlan(Product& product, const std::vector<std::string>& templateNames) {
+    return Plan(std::make_unique<Plan::Implementation>(DeploymentOf(product), templateNames));
+}
+
+Outcome Commit(Product& product, Plan& plan, Observer* observer) {
+    if (!plan.Problems().empty()) {
+        std::string lines;
+        for (const Problem& problem : plan.Problems())
+            lines += problem.Describe() + "\n";
+        throw Failure("the plan has problems, and nothing was changed (solve them, and plan again)", lines);
+    }
+    Deployment& deployment = DeploymentOf(product);
+    return product.Parts().relay.Collect(observer, [&] {
+        if (deployment.Wanted().dryRun) {
+            Preview(deployment, plan.Parts().plan);
+        } else {
+            Commit(deployment, plan.Parts().plan);
+        }
+    });
+}
+
+}  // namespace ZET::Deploy

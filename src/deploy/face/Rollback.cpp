@@ -1,0 +1,16 @@
+#include "zet/deploy/Rollback.h"
+
+#include "deploy/face/Parts.h"
+#include "deploy/targets/Rollback.h"
+
+namespace ZET::Deploy {
+
+Outcome RollBack(Product& product, const std::vector<std::string>& files, bool isForced) {
+    RollbackResult result;
+    Outcome outcome = product.Parts().relay.Collect(
+        nullptr, [&] { result = RollBack(DeploymentOf(product), files, isForced); });
+    outcome.isComplete = !result.isKept;
+    return outcome;
+}
+
+}  // namespace ZET::Deploy
