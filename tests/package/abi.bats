@@ -7,9 +7,13 @@ setup_file() {
     export LISTS=$BATS_FILE_TMPDIR/lists LIBRARIES=${ZET_LIBRARIES:-$ZET_BUILD/lib}
 }
 
+# What the script tells is tried on the smallest library, since a library is looked at for seconds.
 setup() {
-    cp -R "$BATS_TEST_DIRNAME" "$BATS_TEST_TMPDIR/lists"
-    LISTS=$BATS_TEST_TMPDIR/lists
+    mkdir "$BATS_TEST_TMPDIR/lists" "$BATS_TEST_TMPDIR/libraries"
+    cp "$BATS_TEST_DIRNAME"/libzet-core.* "$BATS_TEST_TMPDIR/lists"
+    ln -s "$LIBRARIES/libzet-core.so" "$BATS_TEST_TMPDIR/libraries"
+    LISTS=$BATS_TEST_TMPDIR/lists ALL_LIBRARIES=$LIBRARIES
+    LIBRARIES=$BATS_TEST_TMPDIR/libraries
 }
 
 # fails_with TEXT...: the comparison with the changed lists fails and says so, in one line that holds all texts.
@@ -24,16 +28,20 @@ fails_with() {
 }
 
 @test "TheLibrariesExportWhatWasPromised" {
-    "$SOURCE_DIR/script/abi" --libraries "$LIBRARIES" --lists "$LISTS"
+    "$SOURCE_DIR/script/abi" --libraries "$ALL_LIBRARIES" --lists "$BATS_TEST_DIRNAME"
 }
 
 @test "NothingOfTheImplementationIsPromised" {
-    run c++filt <"$LISTS/libzet-core.symbols"
-    [ "$status" -eq 0 ]
-    [ "${#lines[@]}" -gt 50 ]
-    for line in "${lines[@]}"; do
-        [[ $line =~ ^(ZET_CORE_1|((vtable|typeinfo|typeinfo name) for )?ZET::.*@@ZET_CORE_1)$ ]]
-        [[ $line != *Implementation* && $line != *"ZET::CZETCore"* ]]
+    local name node
+    for name in core deploy; do
+        node=ZET_${name^^}_1
+        run c++filt <"$BATS_TEST_DIRNAME/libzet-$name.symbols"
+        [ "$status" -eq 0 ]
+        [ "${#lines[@]}" -gt 50 ]
+        for line in "${lines[@]}"; do
+            [[ $line =~ ^($node|((vtable|typeinfo|typeinfo name) for )?ZET::.*@@$node)$ ]]
+            [[ $line != *Implementation* && $line != *"ZET::CZETCore"* && $line != *Deployment* ]]
+        done
     done
 }
 

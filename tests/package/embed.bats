@@ -57,3 +57,41 @@ configure() {
     run pkg-config --exists 'zet-core >= 2'
     [ "$status" -ne 0 ]
 }
+
+@test "TheExamplesEmbedTheInstalledLibrary" {
+    make_host
+    "$CMAKE" -S "$SOURCE_DIR/examples/embed" -B examples -DCMAKE_PREFIX_PATH="$PREFIX" \
+        -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_CXX_FLAGS="-std=c++17 $WARNINGS"
+    "$CMAKE" --build examples
+
+    printf 'a=1\n' >file
+    run examples/edit "$HOST/file" a 2
+    [ "$status" -eq 0 ]
+    [ "$output" = "$HOST/file: changed, the original is kept as $HOST/file.before_zet" ]
+    grep -Fx a=2 file
+
+    cp -r "$PREFIX/share/zet/templates" templates
+    list_only templates idmapd.conf "$HOST/idmapd.conf"
+    sed -i "s|^ZET_CFG_TEMPL_DIR=.*|ZET_CFG_TEMPL_DIR=$HOST/templates|" zet.conf
+    run examples/commit zet.conf
+    [ "$status" -eq 0 ]
+    [ "${lines[0]}" = "$HOST/idmapd.conf: to be created" ]
+    holds_values idmapd.conf
+    run examples/commit zet.conf
+    [ "$output" = "$HOST/idmapd.conf: to be unchanged" ]
+
+    run examples/commit missing.conf
+    [ "$status" -eq 1 ]
+    grep -F missing.conf <<<"$output"
+}
+
+@test "AProgramInCpp17EmbedsTheLibraryByPkgConfig" {
+    make_host
+    printf 'a=1\n' >file
+    local flags
+    read -ra flags <<<"$WARNINGS $(pkg-config --cflags zet-deploy)"
+    read -ra libraries <<<"$(pkg-config --libs zet-deploy)"
+    "$CXX" -std=c++17 "${flags[@]}" "$SOURCE_DIR/examples/embed/edit.cpp" "${libraries[@]}" -o edit
+    LD_LIBRARY_PATH=$(pkg-config --variable=libdir zet-deploy) ./edit "$HOST/file" a 2
+    grep -Fx a=2 file
+}

@@ -15,11 +15,13 @@ list() {
 }
 
 expected_files() {
-    local version
+    local version name
     (cd "$SOURCE_DIR" && find include/zet -name '*.h' -printf '%p 644\n')
     version=$(product_version)
-    printf '%s\n' "lib/libzet-core.so -> libzet-core.so.1" "lib/libzet-core.so.1 -> libzet-core.so.$version" \
-        "lib/libzet-core.so.$version 644"
+    for name in zet-core zet-deploy; do
+        printf '%s\n' "lib/lib$name.so -> lib$name.so.1" "lib/lib$name.so.1 -> lib$name.so.$version" \
+            "lib/lib$name.so.$version 644" "lib/pkgconfig/$name.pc 644"
+    done
     # The name of the kind of build is in the name of one file.
     basename -a "$PREFIX"/lib/cmake/zet/zet-config-*.cmake | grep -v version | sed 's|.*|lib/cmake/zet/& 644|'
     cat <<-'END'
@@ -27,7 +29,6 @@ expected_files() {
 		bin/zet-init 755
 		lib/cmake/zet/zet-config-version.cmake 644
 		lib/cmake/zet/zet-config.cmake 644
-		lib/pkgconfig/zet-core.pc 644
 		lib/zet/libzet-config.so 644
 		share/bash-completion/completions/zet-client -> zet-init
 		share/bash-completion/completions/zet-init 644
@@ -63,13 +64,14 @@ expected_files() {
 
 @test "NothingInstalledSearchesTheBuildTree" {
     local file
-    for file in bin/zet-init lib/libzet-core.so lib/zet/libzet-config.so; do
+    for file in bin/zet-init lib/libzet-core.so lib/libzet-deploy.so lib/zet/libzet-config.so; do
         run readelf -d "$PREFIX/$file"
         [ "$status" -eq 0 ]
         paths=$(sed -n 's/.*R.*PATH.*\[\(.*\)\]/\1/p' <<<"$output")
         case $file in
             bin/*) [ "$paths" = "\$ORIGIN/../lib" ] ;;
             lib/zet/*) [ "$paths" = "\$ORIGIN/.." ] ;;
+            lib/libzet-deploy.so) [ "$paths" = "\$ORIGIN" ] ;;
             *) [ -z "$paths" ] ;;
         esac
     done

@@ -34,3 +34,12 @@ holds_values() {
 product_version() {
     sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$ZET_BUILD/CMakeCache.txt"
 }
+
+# list_only DIRECTORY TEMPLATE TARGET: a list of targets with that one alone.
+list_only() {
+    cat >"$1/targets.ini" <<-END
+		[$2]
+		target = $3
+		roles = both
+	END
+}
