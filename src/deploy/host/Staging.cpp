@@ -111,11 +111,11 @@ OwnedDescriptor LockOf(int directory) {
 
 /// A run that lives holds the lock.
 void RemoveLeftOversIn(const std::string& place) {
-    const OwnedDescriptor directory(open(place.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
     // The iterator of std::filesystem ends the program when it runs out of memory.
-    const DirectoryStream entries = directory < 0 ? nullptr : EntriesOf(directory);
+    const DirectoryStream entries(opendir(place.c_str()));
     while (const dirent* entry = entries ? readdir(entries.get()) : nullptr) {
         if (!std::string_view(entry->d_name).starts_with(kPrefix)) continue;
+        const int directory = dirfd(entries.get());
         const OwnedDescriptor leftOver(openat(directory, entry->d_name, kDirectory));
         if (!IsOwn(leftOver, 0)) continue;
         const OwnedDescriptor lock = LockOf(leftOver);

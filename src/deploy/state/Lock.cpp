@@ -14,6 +14,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Signals.h"
+#include "deploy/state/StateDirectory.h"
 
 namespace ZET::Deploy {
 
@@ -68,7 +69,7 @@ bool WaitForLock(HostProduct& product, int descriptor, const std::string& path, 
 }
 
 std::string LockFileOf(HostProduct& product) {
-    return product.Param("ZET_VAR_LIB_DIR") + "/zet.lock";
+    return StateDirectory(product).Lock();
 }
 
 /// What is written into it must not reach a file of another name.

@@ -8,6 +8,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/TextStreams.h"
+#include "deploy/state/StateDirectory.h"
 #include "deploy/state/StateFile.h"
 #include "zet/ZETFiles.h"
 
@@ -28,7 +29,7 @@ std::string NameOf(const Paths& paths, const std::string& recorded) {
 }  // namespace
 
 std::string Manifest::FileOf(HostProduct& product, const std::string& role) {
-    return product.Param("ZET_VAR_LIB_DIR") + "/zet-" + role + ".manifest";
+    return StateDirectory(product).Manifest(role);
 }
 
 Manifest::Manifest(HostProduct& product, const std::string& role)
@@ -47,8 +48,7 @@ Manifest::Manifest(HostProduct& product, const std::string& role, Damaged damage
 }
 
 void Manifest::Read() {
-    RequireStateFile(m_file);
-    if (!IsFileExist(m_file)) return;
+    if (!HasStateFile(m_file)) return;
     TextReader lines(ReadFileBytes(m_file));
     std::string line;
     for (int number = 1; std::getline(lines, line); ++number) {
@@ -96,7 +96,7 @@ bool Manifest::IsUntouched(const std::string& path) const {
 
 bool Manifest::IsEdited(HostProduct& product, const std::string& path) {
     bool isRecorded = false;
-    for (const char* role : {"server", "client"}) {
+    for (const char* role : {kServer, kClient}) {
         const Manifest manifest(product, role);
         if (manifest.IsUntouched(path)) return false;
         isRecorded = isRecorded || manifest.Has(path);

@@ -13,6 +13,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Staging.h"
 #include "deploy/host/TextStreams.h"
+#include "deploy/state/StateDirectory.h"
 #include "deploy/state/StateFile.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -108,14 +109,13 @@ PendingRecord::~PendingRecord() {
 }
 
 std::string PendingRecord::FileOf(HostProduct& product) {
-    return product.Param("ZET_VAR_LIB_DIR") + "/zet.pending";
+    return StateDirectory(product).Pending();
 }
 
 std::set<std::string> PendingRecord::Read(HostProduct& product) {
     std::set<std::string> paths;
     const std::string file = FileOf(product);
-    RequireStateFile(file);
-    if (!IsFileExist(file)) return paths;
+    if (!HasStateFile(file)) return paths;
     TextReader lines(ReadFileBytes(file));
     for (std::string line; std::getline(lines, line);) {
         const std::string path = product.HostPaths().FromInside(line);

@@ -12,14 +12,15 @@
 
 namespace ZET::Deploy {
 
-void RequireStateFile(const std::string& file) {
+bool HasStateFile(const std::string& file) {
     constexpr std::int64_t kLargest = std::int64_t{64}
                                       << 20;  // ten times what a hundred thousand targets need
     const FileState state = StateOf(file);
-    if (!state.exists) return;
+    if (!state.exists) return false;
     if (!state.IsRegular()) throw Damage(file + ": is no regular file (move it away)");
     if (VersionOf(file).size > kLargest)
         throw Damage(file + ": is larger than any that is written here (move it away)");
+    return true;
 }
 
 void ReplaceStateFile(const std::string& file, const std::string& text) {

@@ -3,6 +3,7 @@
 #include <set>
 
 #include "deploy/host/Failure.h"
+#include "deploy/state/StateDirectory.h"
 #include "deploy/targets/Render.h"
 #include "zet/ZETFormat.h"
 
@@ -12,9 +13,8 @@ ClaimedFiles::ClaimedFiles(HostProduct& product) : m_product(product) {
     AddOwn(product.FilePath(product.ConfigFile()), "the configuration file of the commands");
     m_uses.try_emplace(Canonical(product.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini"),
                        Use{"the list of targets", ""});
-    for (const char* name : {"zet.lock", "zet.pending", "zet-server.manifest", "zet-client.manifest",
-                             "zet-server.status", "zet-client.status", "zet-client-fs.status"})
-        AddOwn(product.Param("ZET_VAR_LIB_DIR") + "/" + name, "a file of the status");
+    for (const std::string& file : StateDirectory(product).Files())
+        AddOwn(file, "a file of the status");
 }
 
 void ClaimedFiles::AddTemplate(const std::string& name) {

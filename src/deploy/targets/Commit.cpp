@@ -7,6 +7,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Signals.h"
 #include "deploy/state/PendingRecord.h"
+#include "deploy/state/StateDirectory.h"
 #include "deploy/targets/Render.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETFiles.h"
@@ -135,12 +136,12 @@ class Execution {
 
     void RecordStatus() {
         IZETConfig& config = m_product.Config();
-        const std::string directory = m_product.Param("ZET_VAR_LIB_DIR");
-        std::string file = directory + "/zet-" + m_product.Role() + ".status";
+        const StateDirectory state(m_product);
+        std::string file = state.Status(m_product.Role());
         try {
             config.SaveConfigStatus(m_product.Role());
-            if (m_product.Role() != "client") return;
-            file = directory + "/zet-client-fs.status";
+            if (m_product.Role() != kClient) return;
+            file = state.FileServerStatus();
             config.SaveFileServerStatus();
         } catch (const EZETError& error) {
             throw Failure(file + ": cannot be written: " + error.GetMessage() +

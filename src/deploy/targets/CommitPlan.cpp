@@ -10,6 +10,7 @@
 #include "deploy/host/Signals.h"
 #include "deploy/state/Instructions.h"
 #include "deploy/state/PendingRecord.h"
+#include "deploy/state/StateDirectory.h"
 #include "deploy/targets/OwnCheck.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Restarts.h"
@@ -62,7 +63,7 @@ class Records {
 
     /// Read when it is needed: most commits do without.
     const Manifest& Other() {
-        if (!m_other) m_other.emplace(m_product, m_product.Role() == "server" ? "client" : "server");
+        if (!m_other) m_other.emplace(m_product, OtherRole(m_product.Role()));
         return *m_other;
     }
 

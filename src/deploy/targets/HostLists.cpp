@@ -3,6 +3,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/state/HostProduct.h"
 #include "deploy/state/Manifest.h"
+#include "deploy/state/StateDirectory.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -34,7 +35,7 @@ const Target* HostLists::TargetNamed(const std::string& name) {
 const std::set<std::string>& HostLists::Committed() {
     if (m_committed) return *m_committed;
     std::set<std::string> names;
-    for (const char* role : {"server", "client"}) {
+    for (const char* role : {kServer, kClient}) {
         for (const std::string& path : Manifest(m_product, role).Paths())
             names.insert(NameOf(path));
     }

@@ -16,6 +16,7 @@
 #include "deploy/state/Overrides.h"
 #include "deploy/state/PendingRecord.h"
 #include "deploy/state/Replacement.h"
+#include "deploy/state/StateDirectory.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Restarts.h"
 #include "deploy/targets/ShownDiff.h"
@@ -39,7 +40,7 @@ class Rollback {
           m_isForced(isForced),
           m_isDryRun(product.Wanted().dryRun),
           m_manifest(product, product.Role(), Manifest::Damaged::IsEmpty),
-          m_otherRole(product.Role() == "server" ? "client" : "server"),
+          m_otherRole(OtherRole(product.Role())),
           m_otherManifest(product, m_otherRole, Manifest::Damaged::IsEmpty) {}
 
     RollbackResult Run() {
@@ -303,7 +304,7 @@ class Rollback {
 
     void RemoveStatus() {
         m_product.Config().RemoveConfigStatus(m_product.Role());
-        if (m_product.Role() == "client") m_product.Config().RemoveFileServerStatus();
+        if (m_product.Role() == kClient) m_product.Config().RemoveFileServerStatus();
     }
 
     Deployment& m_product;

@@ -19,6 +19,7 @@
 #include "deploy/state/Manifest.h"
 #include "deploy/state/ParameterCheck.h"
 #include "deploy/state/PendingRecord.h"
+#include "deploy/state/StateDirectory.h"
 #include "deploy/targets/ClaimedFiles.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Secrets.h"
@@ -103,7 +104,7 @@ std::vector<Problem> CheckSingle(const std::string& path) {
 
 /// The product's own directories, and the files in them that a commit writes.
 std::vector<Problem> CheckOwnFiles(Deployment& product) {
-    const std::string status = product.Param("ZET_VAR_LIB_DIR");
+    const StateDirectory state(product);
     std::vector<Problem> problems =
         CheckOwnDirectory(product, "ZET_CFG_DIR", "the templates' working copies");
     std::vector<Problem> ofStatus = CheckOwnDirectory(product, "ZET_VAR_LIB_DIR", "the status");
@@ -113,9 +114,8 @@ std::vector<Problem> CheckOwnFiles(Deployment& product) {
         if (problem) problems.push_back(std::move(*problem));
     }
     if (ofStatus.empty()) {
-        for (const std::string& file :
-             {Manifest::FileOf(product), PendingRecord::FileOf(product), status + "/zet.lock",
-              status + "/zet-" + product.Role() + ".status", status + "/zet-client-fs.status"})
+        for (const std::string& file : {state.Manifest(product.Role()), state.Pending(), state.Lock(),
+                                        state.Status(product.Role()), state.FileServerStatus()})
             Append(ofStatus, CheckSingle(file));
     }
     Append(problems, std::move(ofStatus));

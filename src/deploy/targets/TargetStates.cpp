@@ -10,6 +10,7 @@
 #include "deploy/host/Signals.h"
 #include "deploy/host/Staging.h"
 #include "deploy/state/Manifest.h"
+#include "deploy/state/StateDirectory.h"
 #include "deploy/state/StateFile.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/TargetCheck.h"
@@ -46,10 +47,6 @@ std::string StateOfTarget(Deployment& product, const Staging& staging, const Man
     return isUntouched ? "pending" : "edited";
 }
 
-std::string StatusFile(HostProduct& product, const std::string& name) {
-    return product.Param("ZET_VAR_LIB_DIR") + "/zet-" + name + ".status";
-}
-
 TargetState StateOfListed(Deployment& product, const Staging& staging, const Manifest& manifest,
                           const Target& target) {
     TargetState result{target.templateName, product.HostPaths().FromInside(target.path), kUnknown, ""};
@@ -69,12 +66,13 @@ TargetState StateOfListed(Deployment& product, const Staging& staging, const Man
 RoleStatus RoleStatusOf(HostProduct& product) {
     RoleStatus result;
     StringMap status;
-    RequireStateFile(StatusFile(product, product.Role()));
+    const StateDirectory state(product);
+    HasStateFile(state.Status(product.Role()));  // what is none is told
     if (product.Config().IsConfigStatusExist(product.Role()))
         product.Config().LoadConfigStatus(product.Role(), status);
     result.commitTime = status["COMMIT_TIME"];
-    if (product.Role() != "client") return result;
-    RequireStateFile(StatusFile(product, "client-fs"));
+    if (product.Role() != kClient) return result;
+    HasStateFile(state.FileServerStatus());
     result.fileServer = product.Config().GetFileServerStatus();
     return result;
 }
