@@ -16,6 +16,7 @@
 #include "PathArgument.h"
 #include "Sync.h"
 #include "posix/Descriptor.h"
+#include "posix/ReadWrite.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 #include "zet/ZETHost.h"
@@ -26,16 +27,6 @@ namespace {
 
 constexpr std::size_t kLetters = 6;
 constexpr std::size_t kSuffixSize = sizeof ZETTemporarySuffix - 1;
-
-bool WriteAll(int descriptor, const char* bytes, std::size_t size) {
-    while (size > 0) {
-        const ssize_t written = TEMP_FAILURE_RETRY(::write(descriptor, bytes, size));
-        if (written < 0) return false;
-        bytes += written;
-        size -= static_cast<std::size_t>(written);
-    }
-    return true;
-}
 
 /// False, with `errno`, on failure. The kernel copies what it can; where that ends too early (another file
 /// system, a file that does not tell its size), reading and writing goes on from there.
@@ -48,10 +39,10 @@ bool CopyBytes(int from, int to) {
     if (copied < 0 && (errno == ENOSPC || errno == EDQUOT)) return false;
     std::vector<char> buffer(std::size_t{1} << 16);
     while (true) {
-        const ssize_t size = TEMP_FAILURE_RETRY(::read(from, buffer.data(), buffer.size()));
+        const ssize_t size = ReadSome(from, buffer.data(), buffer.size());
         if (size < 0) return false;
         if (size == 0) return true;
-        if (!WriteAll(to, buffer.data(), static_cast<std::size_t>(size))) return false;
+        if (!WriteAll(to, {buffer.data(), static_cast<std::size_t>(size)})) return false;
     }
 }
 

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "posix/Printable.h"
+#include "posix/ReadWrite.h"
 #include "zet/ZETHost.h"
 
 namespace ZET {
@@ -60,17 +61,6 @@ int SystemLogPriority(ZETLogLevel level) {
     }
 }
 
-/// One write for the whole record keeps the records of several processes apart. There is nobody left to be
-/// told of a failure.
-void WriteToStandardError(std::string_view record) {
-    while (!record.empty()) {
-        const ssize_t written = ::write(STDERR_FILENO, record.data(), record.size());
-        if (written < 0 && errno == EINTR) continue;
-        if (written <= 0) return;
-        record.remove_prefix(static_cast<std::size_t>(written));
-    }
-}
-
 void WriteRecord(ZETLogLevel level, const char* text) {
     LogState& state = State();
     const std::lock_guard<std::mutex> lock(state.mutex);
@@ -81,7 +71,7 @@ void WriteRecord(ZETLogLevel level, const char* text) {
         ::syslog(SystemLogPriority(level), "%s", line.c_str());
         return;
     }
-    WriteToStandardError(state.identity + ": " + LevelName(level) + ": " + line + "\n");
+    static_cast<void>(WriteAll(STDERR_FILENO, state.identity + ": " + LevelName(level) + ": " + line + "\n"));
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "PathArgument.h"
 #include "posix/Descriptor.h"
 #include "posix/Printable.h"
+#include "posix/ReadWrite.h"
 
 namespace ZET {
 
@@ -41,7 +42,7 @@ std::string ReadWhole(const std::string& path) {
     std::string text;
     char buffer[4096];
     while (true) {
-        const ssize_t size = TEMP_FAILURE_RETRY(::read(file.Number(), buffer, sizeof buffer));
+        const ssize_t size = ReadSome(file, buffer, sizeof buffer);
         if (size < 0) fail();
         if (size == 0) return text;
         text.append(buffer, static_cast<std::size_t>(size));

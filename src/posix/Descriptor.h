@@ -22,6 +22,7 @@ class Descriptor {
     Descriptor& operator=(const Descriptor&) = delete;
 
     int Number() const noexcept { return m_number; }
+    operator int() const noexcept { return m_number; }
     bool IsOpen() const noexcept { return m_number >= 0; }
 
     /// Takes `number` over in place of the present one.

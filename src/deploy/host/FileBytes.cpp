@@ -10,8 +10,9 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/OwnedDescriptor.h"
 #include "deploy/host/Remedy.h"
+#include "posix/Descriptor.h"
+#include "posix/ReadWrite.h"
 #include "text/Lines.h"
 
 namespace ZET::Deploy {
@@ -49,9 +50,8 @@ std::size_t RoomFor(const struct stat& status) {
 /// Fills `block` from `start` on, as far as the file reaches; returns how much of it is filled then.
 std::size_t ReadBlock(int descriptor, const std::string& path, std::string& block, std::size_t start = 0) {
     while (start < block.size()) {
-        const ssize_t count = read(descriptor, block.data() + start, block.size() - start);
+        const ssize_t count = ReadSome(descriptor, block.data() + start, block.size() - start);
         if (count == 0) break;
-        if (count < 0 && errno == EINTR) continue;
         if (count < 0) Fail(path, "cannot be read");
         start += static_cast<std::size_t>(count);
     }
@@ -65,15 +65,6 @@ std::string ReadAll(int descriptor, const std::string& path, const struct stat& 
         bytes.resize(bytes.size() * 2);
     bytes.resize(length);
     return bytes;
-}
-
-void WriteAll(int descriptor, const std::string& path, const std::string& bytes) {
-    for (std::size_t written = 0; written < bytes.size();) {
-        const ssize_t count = write(descriptor, bytes.data() + written, bytes.size() - written);
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) Fail(path, "cannot be written");
-        written += static_cast<std::size_t>(count);
-    }
 }
 
 /// An ordinary user may not give files away: the file then shows whose it will be.
@@ -95,9 +86,9 @@ bool IsOwn(const struct stat& status) {
 }
 
 /// A new file, or a former one of this user's that has no other name, emptied.
-OwnedDescriptor OpenStaged(const std::string& path) {
+Descriptor OpenStaged(const std::string& path) {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    OwnedDescriptor file(open(path.c_str(), kFlags, S_IRUSR | S_IWUSR));
+    Descriptor file(open(path.c_str(), kFlags, S_IRUSR | S_IWUSR));
     struct stat status = {};
     if (file < 0 || fstat(file, &status) != 0) Fail(path, "cannot be written");
     if (!IsOwn(status)) FailOfOther(path);
@@ -108,12 +99,12 @@ OwnedDescriptor OpenStaged(const std::string& path) {
 }  // namespace
 
 std::string ReadFileBytes(const std::string& path) {
-    const OwnedDescriptor descriptor(OpenToRead(path));
+    const Descriptor descriptor(OpenToRead(path));
     return ReadAll(descriptor, path, OpenedStatus(descriptor, path));
 }
 
 std::string ReadFileHead(const std::string& path, std::size_t size) {
-    const OwnedDescriptor descriptor(OpenToRead(path));
+    const Descriptor descriptor(OpenToRead(path));
     OpenedStatus(descriptor, path);
     std::string head(size, '\0');
     head.resize(ReadBlock(descriptor, path, head));
@@ -121,7 +112,7 @@ std::string ReadFileHead(const std::string& path, std::size_t size) {
 }
 
 void RequireReadableFile(const std::string& path) {
-    const OwnedDescriptor descriptor(OpenToRead(path));
+    const Descriptor descriptor(OpenToRead(path));
     OpenedStatus(descriptor, path);
 }
 
@@ -141,7 +132,7 @@ FileVersion VersionOf(const std::string& path) {
 }
 
 void ReadLines(const std::string& path, const std::function<void(std::string_view line)>& take) {
-    const OwnedDescriptor descriptor(OpenToRead(path));
+    const Descriptor descriptor(OpenToRead(path));
     std::string block(RoomFor(OpenedStatus(descriptor, path)), '\0');
     std::string begun;  // a line that the last block did not end
     for (std::size_t count = block.size(); count == block.size();) {
@@ -163,7 +154,7 @@ void ReadLines(const std::string& path, const std::function<void(std::string_vie
 }
 
 void ReadChunks(const std::string& path, const std::function<void(std::string_view lines)>& take) {
-    const OwnedDescriptor descriptor(OpenToRead(path));
+    const Descriptor descriptor(OpenToRead(path));
     std::string block(RoomFor(OpenedStatus(descriptor, path)), '\0');
     std::size_t begun = 0;  // how much of the block is a line that is not read to its end
     for (;;) {
@@ -181,9 +172,9 @@ void ReadChunks(const std::string& path, const std::function<void(std::string_vi
 }
 
 bool HaveSameBytes(const std::string& one, const std::string& other) {
-    const OwnedDescriptor oneFile(OpenToRead(one));
+    const Descriptor oneFile(OpenToRead(one));
     const struct stat status = OpenedStatus(oneFile, one);
-    const OwnedDescriptor otherFile(OpenToRead(other));
+    const Descriptor otherFile(OpenToRead(other));
     if (OpenedStatus(otherFile, other).st_size != status.st_size) return false;
     std::string oneBytes(RoomFor(status), '\0');
     std::string otherBytes(oneBytes.size(), '\0');
@@ -211,7 +202,7 @@ void RequireMode(int descriptor, const std::string& path, mode_t mode) {
 }
 
 void RequireModeOf(const std::string& model, const std::string& staged) {
-    const OwnedDescriptor descriptor(open(staged.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const Descriptor descriptor(open(staged.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     RequireMode(descriptor, staged, ModeOf(model));
 }
 
@@ -221,21 +212,21 @@ void RequireOwnName(const std::string& path) {
 }
 
 void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode) {
-    const OwnedDescriptor descriptor = OpenStaged(path);
-    WriteAll(descriptor, path, bytes);
+    const Descriptor descriptor = OpenStaged(path);
+    if (!WriteAll(descriptor, bytes)) Fail(path, "cannot be written");
     if (fchmod(descriptor, mode & kModeBits) != 0) Fail(path, "cannot get its mode");
 }
 
 void CopyIntoStaging(const std::string& from, const std::string& to) {
-    const OwnedDescriptor source(OpenToRead(from));
+    const Descriptor source(OpenToRead(from));
     const struct stat status = OpenedStatus(source, from);
-    const OwnedDescriptor copy = OpenStaged(to);
-    WriteAll(copy, to, ReadAll(source, from, status));
+    const Descriptor copy = OpenStaged(to);
+    if (!WriteAll(copy, ReadAll(source, from, status))) Fail(to, "cannot be written");
     GiveOwner(copy, to, status.st_uid, status.st_gid, status.st_mode);
 }
 
 void GiveStagedFile(const std::string& path, uid_t owner, gid_t group) {
-    const OwnedDescriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     GiveOwner(file, path, owner, group, OpenedStatus(file, path).st_mode);
 }
 

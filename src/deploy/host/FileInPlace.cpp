@@ -67,7 +67,7 @@ FileInPlace::Visit::~Visit() {
 /// Where the directory cannot be gone to, or not come back from, its descriptor serves.
 void FileInPlace::Visit::FindWay() {
     const int directory = m_file.m_found.directory->descriptor;
-    if (HasDirectoryOfItsOwn()) m_former = OwnedDescriptor(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (HasDirectoryOfItsOwn()) m_former = Descriptor(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
     m_prefix = m_former >= 0 ? kHere : "/proc/self/fd/" + std::to_string(directory) + "/";
     m_name = m_prefix + m_file.m_found.name;
     if (const std::optional<uid_t> holder = m_file.Holder())

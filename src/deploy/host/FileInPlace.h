@@ -86,8 +86,8 @@ class FileInPlace {
         void FindWay();
 
         const FileInPlace& m_file;
-        OwnedDescriptor m_former;  ///< the directory of before; none where it is not left
-        std::string m_prefix;      ///< before names in the directory
+        Descriptor m_former;   ///< the directory of before; none where it is not left
+        std::string m_prefix;  ///< before names in the directory
         std::string m_name;
         std::optional<RightsOf> m_rights;
     };

@@ -48,7 +48,7 @@ std::string TargetOf(int link, const std::string& path) {
     return std::string(target, static_cast<std::size_t>(length));
 }
 
-std::shared_ptr<const HeldDirectory> Held(OwnedDescriptor descriptor, const std::string& name,
+std::shared_ptr<const HeldDirectory> Held(Descriptor descriptor, const std::string& name,
                                           const struct stat& status) {
     auto directory = std::make_shared<HeldDirectory>();
     directory->descriptor = std::move(descriptor);
@@ -68,7 +68,7 @@ PathWalk::PathWalk(HeldDirectories& known, const std::string& root, PathJudge ju
         m_walked.push_back(start->second);
         return;
     }
-    OwnedDescriptor descriptor(open(name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    Descriptor descriptor(open(name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (descriptor < 0) FailToLook(name);
     const struct stat status = StatusOf(descriptor, name);
     m_walked.push_back(Remember(Held(std::move(descriptor), name, status)));
@@ -119,7 +119,7 @@ bool PathWalk::GoIntoKnown(const std::string& component) {
 
 void PathWalk::GoInto(const std::string& component) {
     constexpr int kFlags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
-    OwnedDescriptor entry(openat(m_walked.back()->descriptor, component.c_str(), kFlags));
+    Descriptor entry(openat(m_walked.back()->descriptor, component.c_str(), kFlags));
     if (entry < 0) {
         const bool isUnseen = errno == EACCES && m_unseen == Unseen::IsTakenAsWritten;
         if (errno != ENOENT && !isUnseen) FailToLook(NameOf(component));
@@ -139,7 +139,7 @@ void PathWalk::GoInto(const std::string& component) {
     }
 }
 
-void PathWalk::Follow(const std::string& component, const OwnedDescriptor& link, const struct stat& status) {
+void PathWalk::Follow(const std::string& component, const Descriptor& link, const struct stat& status) {
     JudgeStep(component, &status, false);
     if (++m_links > kMostLinks) {
         throw LinkLoop(m_path +

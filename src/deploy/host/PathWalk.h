@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/OwnedDescriptor.h"
 #include "deploy/host/PathJudge.h"
+#include "posix/Descriptor.h"
 #include "zet/ZETProblem.h"
 
 namespace ZET::Deploy {
@@ -25,8 +25,8 @@ class LinkLoop : public Failure {
 
 /// A directory that is held: whatever its name leads to later, the descriptor leads to it.
 struct HeldDirectory {
-    OwnedDescriptor descriptor;  ///< to look names up and to go there, not to read
-    std::string name;            ///< without links
+    Descriptor descriptor;  ///< to look names up and to go there, not to read
+    std::string name;       ///< without links
     struct stat status = {};
     bool hasOtherWriters = false;
 };
@@ -68,7 +68,7 @@ class PathWalk {
     void GoUp();
     void GoInto(const std::string& component);
     bool GoIntoKnown(const std::string& component);
-    void Follow(const std::string& component, const OwnedDescriptor& link, const struct stat& status);
+    void Follow(const std::string& component, const Descriptor& link, const struct stat& status);
     void JudgeStep(const std::string& entryName, const struct stat* entry, bool isLast);
     std::shared_ptr<const HeldDirectory> Remember(std::shared_ptr<const HeldDirectory> directory);
     std::string NameOf(const std::string& component) const;

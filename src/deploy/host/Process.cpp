@@ -18,9 +18,9 @@
 #include <string_view>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/OwnedDescriptor.h"
 #include "deploy/host/ProcessOutput.h"
 #include "deploy/host/Signals.h"
+#include "posix/Descriptor.h"
 
 namespace ZET::Deploy {
 
@@ -158,7 +158,7 @@ class Child {
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
 
-    int Descriptor() const { return m_descriptor; }
+    int PollableDescriptor() const { return m_descriptor; }
 
     /// Its number stays taken, so that its group can still be told from others.
     bool HasEnded() const {
@@ -182,7 +182,7 @@ class Child {
 
   private:
     pid_t m_process;
-    OwnedDescriptor m_descriptor;
+    Descriptor m_descriptor;
     bool m_isWaitedFor = false;
 };
 
@@ -228,8 +228,9 @@ class Attendance {
 
     void Attend(Clock::time_point deadline) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-        const auto longest = m_child.Descriptor() < 0 ? kBetweenLooks : kSignalInterval;
-        struct pollfd ready[] = {{m_isOpen ? m_source : -1, POLLIN, 0}, {m_child.Descriptor(), POLLIN, 0}};
+        const auto longest = m_child.PollableDescriptor() < 0 ? kBetweenLooks : kSignalInterval;
+        struct pollfd ready[] = {{m_isOpen ? m_source : -1, POLLIN, 0},
+                                 {m_child.PollableDescriptor(), POLLIN, 0}};
         const int wait = static_cast<int>(std::clamp(left, 0ms, longest).count());
         if (poll(ready, std::size(ready), wait) < 0) {
             if (errno != EINTR) FailOutput();

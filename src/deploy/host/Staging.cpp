@@ -50,7 +50,7 @@ bool IsGone(int result) {
 void RemoveEntry(int directory, const char* name, int& error) noexcept {
     if (IsGone(unlinkat(directory, name, 0))) return;
     if (errno == EISDIR || errno == EPERM) {
-        const OwnedDescriptor below(openat(directory, name, kDirectory));
+        const Descriptor below(openat(directory, name, kDirectory));
         const DirectoryStream entries = below < 0 ? nullptr : EntriesOf(below);
         if (!entries && error == 0) error = errno;
         while (const dirent* entry = entries ? readdir(entries.get()) : nullptr) {
@@ -90,9 +90,8 @@ bool IsOwn(int directory, mode_t forbidden) {
 
 /// Not on the directory, which not every file system can lock. None, as `errno` says; EAGAIN when somebody
 /// else holds it, or has just removed the directory.
-OwnedDescriptor LockOf(int directory) {
-    OwnedDescriptor lock(
-        openat(directory, kLock, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
+Descriptor LockOf(int directory) {
+    Descriptor lock(openat(directory, kLock, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
     if (lock < 0) {
         if (errno == ENOENT) errno = EAGAIN;
         return lock;
@@ -106,7 +105,7 @@ OwnedDescriptor LockOf(int directory) {
         errno = EAGAIN;
     }
     if (errno == EACCES) errno = EAGAIN;
-    return OwnedDescriptor();
+    return Descriptor();
 }
 
 /// A run that lives holds the lock.
@@ -116,9 +115,9 @@ void RemoveLeftOversIn(const std::string& place) {
     while (const dirent* entry = entries ? readdir(entries.get()) : nullptr) {
         if (!std::string_view(entry->d_name).starts_with(kPrefix)) continue;
         const int directory = dirfd(entries.get());
-        const OwnedDescriptor leftOver(openat(directory, entry->d_name, kDirectory));
+        const Descriptor leftOver(openat(directory, entry->d_name, kDirectory));
         if (!IsOwn(leftOver, 0)) continue;
-        const OwnedDescriptor lock = LockOf(leftOver);
+        const Descriptor lock = LockOf(leftOver);
         if (lock >= 0) RemoveStaging(directory, place + "/" + entry->d_name);
     }
 }
@@ -145,13 +144,13 @@ Staging::Staging(const std::string& lastResort, std::uintmax_t size) {
 /// Leaves no lock behind where none can be made, as `errno` says.
 void Staging::Make(const std::string& place) {
     RemoveLeftOversIn(place);
-    m_place = OwnedDescriptor(open(place.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+    m_place = Descriptor(open(place.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
     // Between the making and the locking, another run can take the directory for a left-over and remove it.
     constexpr int kMostTries = 10;
     for (int tries = 0; tries < kMostTries; ++tries) {
         m_directory = place + "/" + kPrefix + "XXXXXX";
         if (mkdtemp(m_directory.data()) == nullptr) return;
-        const OwnedDescriptor directory(openat(m_place, BaseNameOf(m_directory).c_str(), kDirectory));
+        const Descriptor directory(openat(m_place, BaseNameOf(m_directory).c_str(), kDirectory));
         if (IsOwn(directory, S_IRWXG | S_IRWXO)) {
             m_lock = LockOf(directory);
         } else {

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "deploy/host/OwnedDescriptor.h"
+#include "posix/Descriptor.h"
 
 namespace ZET::Deploy {
 
@@ -35,9 +35,9 @@ class Staging {
   private:
     void Make(const std::string& place);
 
-    OwnedDescriptor m_place;
+    Descriptor m_place;
     std::string m_directory;
-    OwnedDescriptor m_lock;
+    Descriptor m_lock;
 };
 
 }  // namespace ZET::Deploy

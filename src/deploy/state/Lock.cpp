@@ -88,8 +88,8 @@ void NameHolder(HostProduct& product, int descriptor) {
 }
 
 /// Without its file: none, as `errno` says.
-OwnedDescriptor Lock(HostProduct& product, const std::string& file) {
-    OwnedDescriptor lock(
+Descriptor Lock(HostProduct& product, const std::string& file) {
+    Descriptor lock(
         open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600));
     if (lock < 0) return lock;
     RequireOwnLockFile(lock, file);
@@ -102,14 +102,14 @@ OwnedDescriptor Lock(HostProduct& product, const std::string& file) {
 }
 
 /// None where directories cannot be locked.
-OwnedDescriptor LockDirectory(HostProduct& product, const std::string& directory) {
-    OwnedDescriptor lock(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+Descriptor LockDirectory(HostProduct& product, const std::string& directory) {
+    Descriptor lock(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
     if (lock < 0 && errno == EACCES) {
         throw Failure(directory + ": cannot be locked: " + std::strerror(errno) +
                       " (let the user read the directory)");
     }
     const bool isLocked = lock >= 0 && WaitForLock(product, lock, directory, TryLockDirectory);
-    return isLocked ? std::move(lock) : OwnedDescriptor();
+    return isLocked ? std::move(lock) : Descriptor();
 }
 
 bool MayOthersWrite(const std::string& directory) {

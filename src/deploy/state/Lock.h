@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "deploy/host/OwnedDescriptor.h"
 #include "deploy/state/HostProduct.h"
+#include "posix/Descriptor.h"
 
 namespace ZET::Deploy {
 
@@ -24,8 +24,8 @@ class WriteLock {
     bool IsProducts() const { return m_lock >= 0; }
 
   private:
-    OwnedDescriptor m_lock;
-    OwnedDescriptor m_directoryLock;
+    Descriptor m_lock;
+    Descriptor m_directoryLock;
 };
 
 }  // namespace ZET::Deploy

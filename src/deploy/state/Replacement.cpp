@@ -11,8 +11,8 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
-#include "deploy/host/OwnedDescriptor.h"
 #include "deploy/host/Remedy.h"
+#include "posix/Descriptor.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -141,9 +141,8 @@ void Replacement::Complete(int descriptor, const std::string& path, mode_t mode)
 
 void Replacement::CompleteReserve() const {
     const std::string reserve = m_file.Path() + ZETReserveSuffix;
-    const OwnedDescriptor file(openat(m_file.Directory(),
-                                      (m_file.NameInDirectory() + ZETReserveSuffix).c_str(),
-                                      O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    const Descriptor file(openat(m_file.Directory(), (m_file.NameInDirectory() + ZETReserveSuffix).c_str(),
+                                 O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status = {};
     if (file < 0 || fstat(file, &status) != 0 || !S_ISREG(status.st_mode) ||
         status.st_uid != *m_file.Holder() || status.st_nlink != 1) {

@@ -12,7 +12,6 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
-#include "deploy/host/OwnedDescriptor.h"
 #include "deploy/host/Rights.h"
 #include "deploy/state/Instructions.h"
 #include "deploy/state/Language.h"
@@ -23,6 +22,7 @@
 #include "deploy/targets/ClaimedFiles.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Secrets.h"
+#include "posix/Descriptor.h"
 #include "text/TemplateCheck.h"
 #include "zet/ZETFormat.h"
 
@@ -159,7 +159,7 @@ void HideQuotes(Deployment& product, const std::string& file, std::vector<Proble
 
 /// Whether this user may not read it; `path` is what to open to find that out.
 bool IsDenied(const std::string& path, int flags) {
-    const OwnedDescriptor opened(open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    const Descriptor opened(open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     return opened < 0 && errno == EACCES;
 }
 

@@ -13,8 +13,8 @@
 #include <string_view>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/OwnedDescriptor.h"
 #include "deploy/host/TextStreams.h"
+#include "posix/Descriptor.h"
 
 namespace ZET::Deploy {
 
@@ -24,8 +24,8 @@ constexpr std::string_view kBlanks = " \t\r\v\f\n";
 constexpr std::size_t kLongestSection = 49;  // inih cuts off the rest
 
 /// Never waits, whatever the path leads to.
-OwnedDescriptor OpenList(const std::string& file) {
-    OwnedDescriptor list(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+Descriptor OpenList(const std::string& file) {
+    Descriptor list(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status = {};
     if (list < 0 || fstat(list, &status) != 0) {
         throw Failure(file + ": the list of targets cannot be read: " + std::strerror(errno) +
@@ -44,7 +44,7 @@ OwnedDescriptor OpenList(const std::string& file) {
 }
 
 std::string ReadList(const std::string& file) {
-    const OwnedDescriptor list = OpenList(file);
+    const Descriptor list = OpenList(file);
     std::string text;
     char part[16384];
     for (;;) {

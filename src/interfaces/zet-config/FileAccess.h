@@ -9,27 +9,9 @@
 #include <utility>
 
 #include "Buffer.h"
+#include "posix/Descriptor.h"
 
 namespace ZET {
-
-/// An open file, closed at the end of its life. A failure to close is not reported: what must be on disk is
-/// made durable before.
-class FileDescriptor {
-  public:
-    explicit FileDescriptor(int descriptor) : m_descriptor(descriptor) {}
-    ~FileDescriptor() { Close(); }
-    FileDescriptor(FileDescriptor&& other) noexcept : m_descriptor(std::exchange(other.m_descriptor, -1)) {}
-    FileDescriptor& operator=(FileDescriptor&&) = delete;
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-
-    bool IsOpen() const { return m_descriptor >= 0; }
-    int Get() const { return m_descriptor; }
-    void Close();
-
-  private:
-    int m_descriptor;
-};
 
 /// The user and the group that a file belongs to.
 struct Owner {
@@ -47,7 +29,7 @@ inline Owner OwnerOf(const struct stat& status) {
 bool IsFileName(const std::string& path);
 
 /// Opens for reading; never waits, whatever the path leads to.
-FileDescriptor OpenForReading(const std::string& path);
+Descriptor OpenForReading(const std::string& path);
 
 /// Finds whose the regular file is that stands at the path itself: nobody's when there is none. False when
 /// that cannot be told.
@@ -61,25 +43,22 @@ bool FindOwner(const std::string& path, std::optional<Owner>& owner);
 /// Not open when the path leads to anything but a regular file of that one name, nor when a left-over belongs
 /// to anybody but the caller and the owner of the file that it is for: whoever made it may hold it open, and
 /// would write into the finished file. Nothing is changed then.
-FileDescriptor OpenTemporary(const std::string& path, const std::optional<Owner>& targetOwner);
+Descriptor OpenTemporary(const std::string& path, const std::optional<Owner>& targetOwner);
 
 /// Opens for writing and empties a regular file, a new one with the default permissions; a link is followed.
 /// Not open when the path leads to anything else; never waits.
-FileDescriptor OpenForWriting(const std::string& path);
+Descriptor OpenForWriting(const std::string& path);
 
 /// Appends what the file holds; false when it is no regular file (`status` is its status) or reading breaks
 /// off.
-bool ReadAll(const FileDescriptor& file, const struct stat& status, Buffer& bytes);
-
-/// False when not all bytes could be written.
-bool WriteAll(const FileDescriptor& file, std::string_view bytes);
+bool ReadAll(const Descriptor& file, const struct stat& status, Buffer& bytes);
 
 /// False when the file could not be given to that user and group. It gets the group all the same where it
 /// can: whom the mode lets in as the group stays so.
-bool SetOwner(const FileDescriptor& file, const Owner& owner);
+bool SetOwner(const Descriptor& file, const Owner& owner);
 
 /// Changes the permission bits to those of `mode`, whatever the process's file-creation mask is.
-void SetMode(const FileDescriptor& file, mode_t mode);
+void SetMode(const Descriptor& file, mode_t mode);
 
 }  // namespace ZET
 

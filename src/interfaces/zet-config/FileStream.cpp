@@ -2,10 +2,11 @@
 
 #include <cstddef>
 #include <string_view>
+#include "posix/ReadWrite.h"
 
 namespace ZET {
 
-FileStreamBuffer::FileStreamBuffer(FileDescriptor file) : m_file(std::move(file)) {
+FileStreamBuffer::FileStreamBuffer(Descriptor file) : m_file(std::move(file)) {
     setp(m_bytes.data(), m_bytes.data() + m_bytes.size());
 }
 

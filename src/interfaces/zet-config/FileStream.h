@@ -13,7 +13,7 @@ namespace ZET {
 /// Collects what a stream is given and writes it to a file. What could not be written is lost.
 class FileStreamBuffer : public std::streambuf {
   public:
-    explicit FileStreamBuffer(FileDescriptor file);
+    explicit FileStreamBuffer(Descriptor file);
     ~FileStreamBuffer() override;
 
   protected:
@@ -21,7 +21,7 @@ class FileStreamBuffer : public std::streambuf {
     int sync() override;
 
   private:
-    FileDescriptor m_file;
+    Descriptor m_file;
     std::array<char, 4096> m_bytes = {};
 };
 
@@ -29,7 +29,7 @@ class FileStreamBuffer : public std::streambuf {
 /// could lead somewhere else by the time that it is opened.
 class FileStream : public std::ostream {
   public:
-    explicit FileStream(FileDescriptor file) : std::ostream(nullptr), m_buffer(std::move(file)) {
+    explicit FileStream(Descriptor file) : std::ostream(nullptr), m_buffer(std::move(file)) {
         rdbuf(&m_buffer);
     }
 

@@ -5,6 +5,7 @@
 #include "Companions.h"
 #include "Messages.h"
 #include "Passes.h"
+#include "posix/ReadWrite.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -42,9 +43,9 @@ bool CZETConfigFile::InternalOpen(const std::string& fileName, const std::string
     m_role = role;
     InternalNotice();
 
-    const FileDescriptor file = OpenForReading(fileName);
+    const Descriptor file = OpenForReading(fileName);
     struct stat status = {};
-    if (file.IsOpen() && fstat(file.Get(), &status) != 0) {
+    if (file.IsOpen() && fstat(file, &status) != 0) {
         Message message(kFileSource, "InternalOpen", Here());
         Throw<EZETError>(
             message.Format()(1, message.Translated(kCoreDomain, "Error stat '%s':%m"), fileName.c_str()));
@@ -179,7 +180,7 @@ void CZETConfigFile::InternalSaveAs(const std::string& fileName, bool noBackup) 
 void CZETConfigFile::WriteTemporary(const std::string& temporaryName, const std::string& fileName) {
     std::optional<Owner> targetOwner;
     const bool isKnown = FindOwner(fileName, targetOwner);
-    const FileDescriptor file = isKnown ? OpenTemporary(temporaryName, targetOwner) : FileDescriptor(-1);
+    const Descriptor file = isKnown ? OpenTemporary(temporaryName, targetOwner) : Descriptor();
     m_content->Rewind();
     if (!file.IsOpen() || !WriteAll(file, m_content->Rest())) {
         Message message(kFileSource, "InternalSaveAs", Here());
@@ -187,7 +188,7 @@ void CZETConfigFile::WriteTemporary(const std::string& temporaryName, const std:
                                           temporaryName.c_str()));
     }
     struct stat status = {};
-    if (fstat(file.Get(), &status) != 0) {
+    if (fstat(file, &status) != 0) {
         Message message(kFileSource, "InternalSaveAs", Here());
         Throw<EZETError>(message.Format()(1, message.Translated(kCoreDomain, "Error stat '%s':%m"),
                                           temporaryName.c_str()));

@@ -32,10 +32,10 @@ void ReadEntry(std::string_view line, StringMap& values) {
 
 /// Adds the entries of a status file to `values`; false when it cannot be read.
 bool ReadStatusFile(const std::string& fileName, StringMap& values) {
-    const FileDescriptor file = OpenForReading(fileName);
+    const Descriptor file = OpenForReading(fileName);
     struct stat status = {};
     Buffer bytes;
-    if (!file.IsOpen() || fstat(file.Get(), &status) != 0 || !ReadAll(file, status, bytes)) return false;
+    if (!file.IsOpen() || fstat(file, &status) != 0 || !ReadAll(file, status, bytes)) return false;
     Text text(std::move(bytes));
     std::string_view line;
     while (text.ReadLine(line))
@@ -43,8 +43,8 @@ bool ReadStatusFile(const std::string& fileName, StringMap& values) {
     return true;
 }
 
-FileDescriptor OpenStatusFile(const std::string& fileName, const char* function, std::size_t line) {
-    FileDescriptor file = OpenForWriting(fileName);
+Descriptor OpenStatusFile(const std::string& fileName, const char* function, std::size_t line) {
+    Descriptor file = OpenForWriting(fileName);
     if (!file.IsOpen()) ThrowCannotOpen(fileName, function, line);
     return file;
 }

@@ -1,0 +1,43 @@
+#ifndef ZET_POSIX_READ_WRITE_H
+#define ZET_POSIX_READ_WRITE_H
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <string_view>
+
+namespace ZET {
+
+/// Repeats a call that a signal interrupted.
+template <typename Call>
+auto Uninterrupted(Call call) {
+    auto result = call();
+    while (result < 0 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+/// At most `size` bytes; 0 at the end of the file, -1 with `errno`.
+inline ssize_t ReadSome(int descriptor, void* bytes, std::size_t size) {
+    return Uninterrupted([&] { return ::read(descriptor, bytes, size); });
+}
+
+/// False, with `errno`, when not all could be written.
+inline bool WriteAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = Uninterrupted([&] { return ::write(descriptor, bytes.data(), bytes.size()); });
+        if (count < 0) return false;
+        if (count == 0) {
+            // None at all, and no error: a file system that would have it tried for ever.
+            errno = EIO;
+            return false;
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+}  // namespace ZET
+
+#endif
