@@ -10,7 +10,7 @@ namespace ZET {
 
 ClaimedFiles::ClaimedFiles(HostProduct& product) : m_product(product) {
     AddOwn(product.FilePath(product.Wanted().configFile), "the configuration file of the commands");
-    m_uses.try_emplace(Canonical(product.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini"),
+    m_uses.try_emplace(Canonical(TargetListFile(product)),
                        Use{"the list of targets", ""});
     for (const char* name : {"zet.lock", "zet.pending", "zet-server.manifest", "zet-client.manifest",
                              "zet-server.status", "zet-client.status", "zet-client-fs.status"})

@@ -114,7 +114,7 @@ std::vector<std::string> Plan::RestartsOf(const std::vector<PlannedTarget>& targ
     for (const PlannedTarget& planned : targets) {
         if (planned.IsChange() || planned.isTouched || planned.isUnrecorded ||
             m_cutShort.count(planned.path) != 0)
-            restarts.Add(planned.target.restart);
+            restarts.Add(planned.target.RestartsFor(m_product.Role()));
     }
     return restarts.Services();
 }
