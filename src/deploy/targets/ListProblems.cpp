@@ -16,6 +16,14 @@ std::vector<Problem> ListProblems::Take() {
     return std::move(m_problems);
 }
 
+std::string_view ListProblems::LineAt(int number) {
+    if (m_lineBegins.empty()) FindLines();
+    const auto line = static_cast<std::size_t>(number);
+    if (line == 0 || line > m_lineBegins.size()) return {};
+    const std::string_view rest = m_text.substr(m_lineBegins[line - 1]);
+    return rest.substr(0, rest.find('\n'));
+}
+
 /// Of its first byte.
 int ListProblems::ColumnOf(const Place& place) {
     if (m_lineBegins.empty()) FindLines();

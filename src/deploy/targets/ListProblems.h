@@ -23,6 +23,9 @@ class ListProblems {
 
     void Add(const Place& place, const std::string& text, const std::string& remedy);
 
+    /// Without its line feed; empty where there is none of that number.
+    std::string_view LineAt(int number);
+
     /// In the order of their places.
     std::vector<Problem> Take();
 

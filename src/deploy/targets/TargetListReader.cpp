@@ -188,15 +188,29 @@ class ListReader {
             TakeList(parsed.table());
         } else {
             m_list.isUnderstood = false;
-            m_problems.Add(PlaceOf(parsed.error().source()),
-                           "is no TOML: " + std::string(parsed.error().description()),
-                           "correct it: texts stand in quotes, each name and each key is there once");
+            AddOfSyntax(parsed.error());
         }
         m_list.problems = m_problems.Take();
         return std::move(m_list);
     }
 
   private:
+    /// A header that is there twice is told here: the parser misspells names in quotes.
+    void AddOfSyntax(const toml::parse_error& error) {
+        const Place place = PlaceOf(error.source());
+        const std::string line(m_problems.LineAt(place.line));
+        int earlier = 1;
+        while (earlier < place.line && m_problems.LineAt(earlier) != line)
+            ++earlier;
+        if (line.starts_with('[') && earlier < place.line) {
+            m_problems.Add(place, line + " is there twice",
+                           "see line " + std::to_string(earlier) + ", put both into one");
+        } else {
+            m_problems.Add(place, "is no TOML: " + std::string(error.description()),
+                           "correct it: texts stand in quotes, each name and each key is there once");
+        }
+    }
+
     void TakeList(const toml::table& list) {
         for (const Entry& entry : InOrder(list)) {
             if (entry.Name() != "templates") {
@@ -222,7 +236,8 @@ class ListReader {
             m_problems.Add(entry.KeyPlace(), "template [" + name + "] leaves the directory of the templates",
                            "name a template below it");
         } else if (HasEnd(name)) {
-            m_problems.Add(entry.KeyPlace(), "template [" + name + "] has a NUL byte or a line feed in its name",
+            m_problems.Add(entry.KeyPlace(),
+                           "template [" + name + "] has a NUL byte or a line feed in its name",
                            "give it another name");
         } else {
             TakeKeys(entry, *table);

@@ -151,11 +151,9 @@ TEST(TargetListReader, NameOfATemplateStaysBelowItsDirectory) {
 }
 
 TEST(TargetListReader, NoNameHoldsItsEnd) {
-    EXPECT_THAT(
-        ProblemsOf("[templates.\"a\\u0000b\"]\n"),
-        ElementsAre(std::string("LIST:1:12: template [a\0b] has a NUL byte or a line feed in its name "
-                                "(give it another name)",
-                                88)));
+    EXPECT_THAT(ProblemsOf("[templates.\"a\\u0000b\"]\n"),
+                ElementsAre("LIST:1:12: template [a" + std::string(1, '\0') +
+                            "b] has a NUL byte or a line feed in its name (give it another name)"));
     EXPECT_THAT(ProblemsOf("[templates.\"a\"]\ntarget = \"/x\\u0000y\"\nroles = \"both\\n\"\n"
                            "trust = \"a\\nb\"\ncheck = [\"x\", \"y\\u0000\"]\n"),
                 ElementsAre("LIST:2:10: target holds a NUL byte or a line feed (take it out)",
@@ -257,7 +255,7 @@ TEST(TargetListReader, ColumnsAreBytes) {
 
 TEST(TargetListReader, FirstMistakeOfSyntaxIsTold) {
     EXPECT_THAT(
-        ProblemsOf(Entry("trust = nobody\nsecret")),
+        ProblemsOf(Entry("trust = somebody\nsecret")),
         ElementsAre(std::string("LIST:4:10: is no TOML: Error while parsing value: could not determine "
                                 "value type") +
                     kOfSyntax));
@@ -266,11 +264,8 @@ TEST(TargetListReader, FirstMistakeOfSyntaxIsTold) {
         ElementsAre(std::string("LIST:4:9: is no TOML: Error while parsing key-value pair: cannot redefine "
                                 "existing string 'roles'") +
                     kOfSyntax));
-    EXPECT_THAT(
-        ProblemsOf(Entry("") + Entry("")),
-        ElementsAre(std::string("LIST:5:1: is no TOML: Error while parsing table header: cannot redefine "
-                                "existing table 'templates.one'") +
-                    kOfSyntax));
+    EXPECT_THAT(ProblemsOf(Entry("") + Entry("")),
+                ElementsAre("LIST:5:1: [templates.\"one\"] is there twice (see line 1, put both into one)"));
     EXPECT_THAT(ProblemsOf("[one.conf]\ntarget = /etc/one.conf\nroles = both\n"),
                 ElementsAre(testing::StartsWith("LIST:2:10: is no TOML: ")));
 }
