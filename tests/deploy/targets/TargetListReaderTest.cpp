@@ -256,7 +256,7 @@ TEST(TargetListReader, ColumnsAreBytes) {
 TEST(TargetListReader, FirstMistakeOfSyntaxIsTold) {
     EXPECT_THAT(
         ProblemsOf(Entry("trust = somebody\nsecret")),
-        ElementsAre(std::string("LIST:4:10: is no TOML: Error while parsing value: could not determine "
+        ElementsAre(std::string("LIST:4:9: is no TOML: Error while parsing value: could not determine "
                                 "value type") +
                     kOfSyntax));
     EXPECT_THAT(
