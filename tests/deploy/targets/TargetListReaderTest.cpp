@@ -2,8 +2,10 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <ctime>
+#include <utility>
 
 namespace ZET {
 namespace {
@@ -324,15 +326,34 @@ TEST(TargetListReader, DepthIsBounded) {
     }
 }
 
+/// What the problems of the text are to a thread that has 2 MiB for its calls.
+std::vector<std::string> ProblemsOnASmallStack(std::string text) {
+    std::pair<std::string, std::vector<std::string>> work = {std::move(text), {}};
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, std::size_t{2} * 1024 * 1024);
+    const auto run = [](void* given) -> void* {
+        auto& [list, problems] = *static_cast<decltype(work)*>(given);
+        problems = ProblemsOf(list);
+        return nullptr;
+    };
+    pthread_t thread = {};
+    EXPECT_EQ(pthread_create(&thread, &attributes, run, &work), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+    return work.second;
+}
+
 TEST(TargetListReader, DeepestListThatIsReadFitsOnASmallStack) {
     const std::string key = "a" + Repeated(".a", 499);
     std::string text = "[" + key + "]\n";
     for (int i = 0; i < 3; ++i)
         text += key + " = [\n{ ";
     text += key + " = 1 " + Repeated("}\n]", 3) + "\n";
-    EXPECT_THAT(ProblemsOf(text), ElementsAre("LIST:1:2: unknown key \"a\" (put what a template has below "
-                                              "[templates.\"NAME\"])"));
-    EXPECT_THAT(ProblemsOf("[templates" + Repeated(".a", 500) + "]\n" + key + " = 1"),
+    EXPECT_THAT(
+        ProblemsOnASmallStack(text),
+        ElementsAre("LIST:1:2: unknown key \"a\" (put what a template has below [templates.\"NAME\"])"));
+    EXPECT_THAT(ProblemsOnASmallStack("[templates" + Repeated(".a", 500) + "]\n" + key + " = 1"),
                 ElementsAre(testing::HasSubstr("is not quoted")));
 }
 
