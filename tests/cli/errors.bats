@@ -147,7 +147,7 @@ zet-client: nothing was changed"
     mkdir out/one.conf
     add_target two.conf $'${nope}\n'
     rm -r etc
-    echo 'unknown = x' >>templates/targets.toml
+    echo 'unknown = 1' >>templates/targets.toml
     remember_files
     run_zet commit-config
     assert_refusal 1 "$HOST/templates/targets.toml:7:1: unknown key \"unknown\" (use target, roles, check, check_timeout, restart, secret or trust)
