@@ -3,7 +3,7 @@
 
 # The templates of this host, as its list of targets names them.
 _zet_templates() {
-    sed -n 's/^\[\(.*\)\]$/\1/p' /usr/share/zet/templates/targets.ini 2>/dev/null
+    sed -n 's/^\[templates\."\(.*\)"\].*$/\1/p' /usr/share/zet/templates/targets.toml 2>/dev/null
 }
 
 # Sets $command to the words of the command before the cursor, $arguments to how many arguments follow them.

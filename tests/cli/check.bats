@@ -184,13 +184,13 @@ $HOST/out/one.conf.no_file_before_zet: is no regular file (move it away)"
 
 # assert_no_second_use PATH TEXT: a target at the path is told to be what the text says, and not committed.
 assert_no_second_use() {
-    cp templates/targets.ini ../list
+    cp templates/targets.toml ../list
     list_target two.conf "$1"
     assert_problems "$1: is $2, and made from [two.conf] too (give the target another path)"
     run_zet commit-config two.conf
     assert_status 1
     assert_host_unchanged
-    cp ../list templates/targets.ini
+    cp ../list templates/targets.toml
 }
 
 @test "a target that has another use already is told" {
@@ -202,7 +202,7 @@ assert_no_second_use() {
     assert_no_second_use "$HOST/etc/one.conf" "the working copy of [one.conf]"
     assert_no_second_use "$HOST/etc/two.conf" "the working copy of [two.conf]"
     assert_no_second_use "$HOST/templates/one.conf" "the template [one.conf]"
-    assert_no_second_use "$HOST/templates/targets.ini" "the list of targets"
+    assert_no_second_use "$HOST/templates/targets.toml" "the list of targets"
     assert_no_second_use "$HOST/zet.conf" "the configuration file of the commands"
     assert_no_second_use "$HOST/state/zet.lock" "a file of the status"
 }
@@ -210,7 +210,7 @@ assert_no_second_use() {
 @test "a target whose companions have another use already is told, by way of links too" {
     echo two >templates/two.conf
     ln -s out link
-    : >templates/targets.ini
+    : >templates/targets.toml
     list_target two.conf "$HOST/link/one.conf.before_zet"
     list_target one.conf "$HOST/out/one.conf"
     assert_problems "$HOST/out/one.conf.before_zet: is made from [two.conf], and the reserve of $HOST/out/one.conf too (give the target another path)"
@@ -223,7 +223,7 @@ assert_no_second_use() {
 }
 
 @test "the files of another role's targets are free" {
-    printf '[two.conf]\ntarget = %s\nroles = server\n' "$HOST/out/one.conf.before_zet" >>templates/targets.ini
+    printf '[templates."two.conf"]\ntarget = "%s"\nroles = "server"\n' "$HOST/out/one.conf.before_zet" >>templates/targets.toml
     echo two >templates/two.conf
     run_zet -q check-config
     assert_success ""
@@ -272,7 +272,7 @@ zet-client: no problems found"
     run_zet check-config two.conf
     assert_status 1
     run_zet check-config none.conf
-    assert_refusal 2 "$HOST/templates/targets.ini: has no template \"none.conf\" for the role client (name one that it has, or add a section)"
+    assert_refusal 2 "$HOST/templates/targets.toml: has no template \"none.conf\" for the role client (name one that it has, or add it)"
 }
 
 @test "the values that no template uses are told to whoever wants to know more" {
@@ -302,7 +302,7 @@ ${valid_user_names}'
     [[ $stderr != *"no template uses"* ]]
     run_zet --json check-config one.conf
     assert_json 'd["unused_values"], d["problems"], d["exit_status"]' '[null, [], 0]'
-    rm templates/targets.ini
+    rm templates/targets.toml
     run_zet --json check-config
     assert_json 'd["unused_values"], d["problems"], d["exit_status"]' '[null, [], 1]'
 }

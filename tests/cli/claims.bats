@@ -13,7 +13,7 @@ teardown() {
 
 # assert_clash FILE USE NAME: the template of that name is refused, and nothing is written.
 assert_clash() {
-    : >templates/targets.ini
+    : >templates/targets.toml
     echo DOMAIN=other.org >"templates/$3"
     list_target "$3" "$HOST/out/$3"
     remember_host
@@ -53,7 +53,7 @@ assert_clash() {
     local path
     for path in "$HOST/zet.conf.tmp" "$HOST"/state/zet.pending.tmp "$HOST"/state/zet-{server,client}.manifest.tmp \
         "$HOST"/state/zet-client{,-fs}.status.tmp "$HOST/zet.conf.before_zet"; do
-        : >templates/targets.ini
+        : >templates/targets.toml
         list_target one.conf "$path"
         remember_host
         run_zet commit-config
@@ -67,10 +67,10 @@ assert_clash() {
 }
 
 @test "a template that is the list of targets is refused" {
-    list_target targets.ini "$HOST/out/x"
+    list_target targets.toml "$HOST/out/x"
     run_zet check-config
     assert_status 1
-    assert_output "$HOST/templates/targets.ini: is the list of targets, and the template [targets.ini] too (give the template another name)"
+    assert_output "$HOST/templates/targets.toml: is the list of targets, and the template [targets.toml] too (give the template another name)"
 }
 
 @test "a working copy that is another template's temporary file is refused" {

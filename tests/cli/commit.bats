@@ -44,13 +44,13 @@ $HOST/out/two.conf: created, mode 0644, owner $EUID:$(id -g)"
 }
 
 @test "a commit of the server writes the server's targets and no status of the file server" {
-    cat >>templates/targets.ini <<-END
-		[client.conf]
-		target = $HOST/out/client.conf
-		roles = client
-		[server.conf]
-		target = $HOST/out/server.conf
-		roles = server
+    cat >>templates/targets.toml <<-END
+		[templates."client.conf"]
+		target = "$HOST/out/client.conf"
+		roles = "client"
+		[templates."server.conf"]
+		target = "$HOST/out/server.conf"
+		roles = "server"
 	END
     echo c >templates/client.conf
     echo s >templates/server.conf
@@ -256,11 +256,11 @@ $HOST/out/two.conf: unchanged"
 }
 
 @test "a template that the list does not have for the role is wrong use" {
-    printf '[server.conf]\ntarget = %s\nroles = server\n' "$HOST/out/server.conf" >>templates/targets.ini
+    printf '[templates."server.conf"]\ntarget = "%s"\nroles = "server"\n' "$HOST/out/server.conf" >>templates/targets.toml
     local name
     for name in none.conf server.conf one; do
         run_zet commit-config one.conf "$name"
-        assert_refusal 2 "$HOST/templates/targets.ini: has no template \"$name\" for the role client (name one that it has, or add a section)"
+        assert_refusal 2 "$HOST/templates/targets.toml: has no template \"$name\" for the role client (name one that it has, or add it)"
         assert_equal "$(names_in out)" ""
     done
 }
@@ -293,9 +293,9 @@ $HOST/elsewhere/new: unchanged"
 }
 
 @test "the services of what changed are named to be restarted, each once and no other" {
-    sed -i '/one.conf$/a restart = alpha beta' templates/targets.ini
-    sed -i '/out.two.conf$/a restart = beta gamma' templates/targets.ini
-    add_target three.conf $'fixed\n' "restart = delta"
+    sed -i '/out.one.conf"$/a restart = ["alpha", "beta"]' templates/targets.toml
+    sed -i '/out.two.conf"$/a restart = ["beta", "gamma"]' templates/targets.toml
+    add_target three.conf $'fixed\n' 'restart = ["delta"]'
     run_zet commit-config
     assert_equal "$(tail -n 1 <<<"${output%?}")" "to be restarted: alpha, beta, gamma, delta"
     zet option set DOMAIN other.org

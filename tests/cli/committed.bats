@@ -73,7 +73,7 @@ EDITS=("param set out/one.conf plain 2" "param restore out/one.conf plain" "line
     run_zet param set -n --no-markers out/one.conf plain 2
     assert_status 3
     zet -q commit-config
-    : >templates/targets.ini
+    : >templates/targets.toml
     run_zet param set -n out/one.conf plain 2
     assert_status 3
     echo a=1 >out/free

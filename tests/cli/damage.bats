@@ -45,7 +45,7 @@ $(block Q=2)
 
 @test "a commit and a restore of the whole file are not stopped by damage" {
     echo 'a=${domain}' >templates/t
-    printf '[t]\ntarget = %s/conf\nroles = both\n' "$HOST" >templates/targets.ini
+    printf '[templates."t"]\ntarget = "%s/conf"\nroles = "both"\n' "$HOST" >templates/targets.toml
     echo own >conf
     zet -q commit-config
     printf '# ---ZET_BEGIN---\nlost\n' >>conf

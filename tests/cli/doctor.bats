@@ -413,7 +413,7 @@ assert_nearly() {
 
 @test "TextOfASecretTargetIsNotShown" {
     printf 'password=${realm}\n' >templates/a.conf
-    printf '[a.conf]\ntarget = %s\nroles = both\nsecret = true\n' "$HOST/conf" >templates/targets.ini
+    printf '[templates."a.conf"]\ntarget = "%s"\nroles = "both"\nsecret = true\n' "$HOST/conf" >templates/targets.toml
     zet -q commit-config
     printf '# ---ZET_BEGIN---\nhidden\n' >>conf
     run_zet doctor conf

@@ -147,10 +147,10 @@ zet-client: nothing was changed"
     mkdir out/one.conf
     add_target two.conf $'${nope}\n'
     rm -r etc
-    echo 'unknown = x' >>templates/targets.ini
+    echo 'unknown = 1' >>templates/targets.toml
     remember_files
     run_zet commit-config
-    assert_refusal 1 "$HOST/templates/targets.ini:7: unknown key \"unknown\" (use target, roles, check, check_timeout, restart, secret or trust)
+    assert_refusal 1 "$HOST/templates/targets.toml:7:1: unknown key \"unknown\" (use target, roles, check, check_timeout, restart, secret or trust)
 zet-client: error: $HOST/etc: the directory of the templates' working copies cannot be used: No such file or directory (create it, or correct ZET_CFG_DIR)
 zet-client: error: $HOST/out/one.conf: is no regular file (move it away, or correct the target)
 zet-client: error: $HOST/templates/two.conf:1:1: placeholder \"\${nope}\" has no value (use one that \"values\" lists, or correct its name)
@@ -339,7 +339,7 @@ zet-client: nothing was changed"
 }
 
 @test "a check that refuses is heard by a command whose parent does not want to hear of ended programs" {
-    add_target checked.conf $'text\n' "check = false {}"
+    add_target checked.conf $'text\n' 'check = ["false", "{}"]'
     capture python3 -c 'import os, signal, sys
 signal.signal(signal.SIGCHLD, signal.SIG_IGN)
 os.execv(sys.argv[1], sys.argv[1:])' "$ZET_BIN/zet-client" --config "$HOST/zet.conf" commit-config

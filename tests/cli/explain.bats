@@ -22,7 +22,7 @@ make_file() {
 		both = ${domain} ${realm} ${domain}
 		[two]
 	END
-    printf '[a.conf]\ntarget = %s\nroles = both\n' "$HOST/made" >templates/targets.ini
+    printf '[templates."a.conf"]\ntarget = "%s"\nroles = "both"\n' "$HOST/made" >templates/targets.toml
     zet -q commit-config
 }
 
@@ -166,7 +166,7 @@ made:15: from line 9 of the template a.conf"
 
 @test "MadeFileIsExplainedWithoutAListOfTargets" {
     make_file
-    rm templates/targets.ini
+    rm templates/targets.toml
     run_zet explain made:13
     assert_success "made:13: from line 7 of the template a.conf with \${realm}; before: there was no such file"
 }
@@ -283,7 +283,7 @@ made:1: the administrator's own"
 
 @test "TextOfASecretTargetIsNotShown" {
     make_file
-    echo 'secret = true' >>templates/targets.ini
+    echo 'secret = true' >>templates/targets.toml
     zet -q line set --force made '^realm' 'realm = OTHER'
     run_zet explain made
     assert_status 0
@@ -297,7 +297,7 @@ made:1: the administrator's own"
 @test "ListThatCannotBeReliedOnKeepsTextFromBeingShown" {
     need_root
     make_file
-    chmod 666 templates/targets.ini
+    chmod 666 templates/targets.toml
     zet -q param set conf kdc new
     run_zet explain conf:11
     assert_status 0

@@ -57,8 +57,8 @@ assert_completed() {
 }
 
 @test "a list of targets whose reading breaks off" {
-    commit_with read EIO "$HOST/templates/targets.ini"
-    assert_not_written "$HOST/templates/targets.ini: reading the list of targets broke off: Input/output error (repair its file system)"
+    commit_with read EIO "$HOST/templates/targets.toml"
+    assert_not_written "$HOST/templates/targets.toml: reading the list of targets broke off: Input/output error (repair its file system)"
     assert_completed
 }
 

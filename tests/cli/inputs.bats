@@ -69,14 +69,14 @@ refused() {
 }
 
 @test "no command waits for a list of targets that is no file" {
-    all_answer templates/targets.ini pipe
+    all_answer templates/targets.toml pipe
     local kind command
     for kind in pipe directory device; do
         for command in commit-config check-config status; do
-            refused "$kind" templates/targets.ini "$command" "the list of targets is no regular file"
+            refused "$kind" templates/targets.toml "$command" "the list of targets is no regular file"
         done
     done
-    refused socket templates/targets.ini status "the list of targets cannot be read"
+    refused socket templates/targets.toml status "the list of targets cannot be read"
 }
 
 @test "no command waits for a configuration file that is no file" {

@@ -1,4 +1,4 @@
-# The list of targets, targets.ini.
+# The list of targets, targets.toml.
 
 load helper
 load set
@@ -6,7 +6,8 @@ load set
 setup() {
     make_set
     add_target one.conf $'fine\n'
-    LIST=$HOST/templates/targets.ini
+    LIST=$HOST/templates/targets.toml
+    OF_SYNTAX="correct it: texts stand in quotes, each name and each key is there once"
 }
 
 teardown() {
@@ -35,14 +36,13 @@ zet-client: nothing was changed"
     cat >"$LIST" <<-END
 
 		# comment
-		; comment
-		 [one.conf]
-		target=$HOST/out/one.conf
+		 [templates."one.conf"]
+		target="$HOST/out/one.conf"
 		   # comment
-		roles   =   both
-		[two.conf]   ; comment
-		target :   $HOST/out/two.conf   ; comment
-		roles = client
+		  roles   =   "both"
+		[ templates . "two.conf" ]   # comment
+		target = '$HOST/out/two.conf'   # comment
+		roles = "client"
 	END
     echo two >templates/two.conf
     run_zet commit-config
@@ -51,157 +51,119 @@ zet-client: nothing was changed"
     assert_made two.conf $'two\n'
 }
 
-@test "a semicolon after a blank begins a comment in a value too" {
-    cat >"$LIST" <<-END
-		[one.conf]
-		target = $HOST/out/one.conf;x
-		roles = both
-		restart = one;two ;three
-	END
-    run_zet commit-config
-    assert_success "$HOST/out/one.conf;x: created, mode 0644, owner $(id -u):$(id -g)
-to be restarted: one;two"
-}
-
-@test "an unknown key is told with its line" {
-    assert_list_problems "$LIST:4: unknown key \"targets\" (use target, roles, check, check_timeout, restart, secret or trust)
-$LIST:5: unknown key \"Target\" (use target, roles, check, check_timeout, restart, secret or trust)" <<-END
-		[one.conf]
-		target = $HOST/out/one.conf
-		roles = both
-		targets = /x
-		Target = /y
+@test "all mistakes of a list are told with line and column" {
+    echo two >templates/two.conf
+    assert_list_problems "$LIST:3:9: roles is \"all\" (write \"server\", \"client\" or \"both\")
+$LIST:4:10: secret is a text (write true or false, without quotes)
+$LIST:5:1: unknown key \"targets\" (use target, roles, check, check_timeout, restart, secret or trust)
+$LIST:6:12: template [two.conf] has no roles (add roles = \"server\", \"client\" or \"both\")
+$LIST:7:10: target \"out/two.conf\" is no absolute path of a file (begin it with \"/\", and end it with the name of a file)
+$LIST:8:18: the name of the template [three.conf] is not quoted (write [templates.\"three.conf\"])" <<-END
+		[templates."one.conf"]
+		target = "$HOST/out/one.conf"
+		roles = "all"
+		secret = "yes"
+		targets = "/x"
+		[templates."two.conf"]
+		target = "out/two.conf"
+		[templates.three.conf]
+		target = "$HOST/out/three.conf"
 	END
 }
 
-@test "a key or a section that is there twice is told" {
-    assert_list_problems "$LIST:4: key \"roles\" is there twice in [one.conf] (keep one of them)
-$LIST:5: section [one.conf] is there twice (see line 1, put both into one)" <<-END
-		[one.conf]
+@test "of the mistakes of syntax the first is told" {
+    assert_list_problems "$LIST:2:10: is no TOML: Error while parsing value: could not determine value type ($OF_SYNTAX)" <<-END
+		[templates."one.conf"]
 		target = $HOST/out/one.conf
 		roles = both
-		roles = client
-		[one.conf]
-		target = $HOST/out/two.conf
+	END
+}
+
+@test "a syntax mistake is told to whoever names a template, too" {
+    printf '[templates."one.conf"\n' >"$LIST"
+    run_zet check-config one.conf
+    assert_status 1
+    [[ $output == "$LIST:1:22: is no TOML: "*" ($OF_SYNTAX)"$'\n' ]]
+    run_zet commit-config one.conf
+    assert_status 1
+    [[ $stderr == *"$LIST:1:22: is no TOML: "* ]]
+}
+
+@test "where the list is not understood, nobody takes a file for nobody's target" {
+    zet commit-config
+    echo nonsense >>"$LIST"
+    remember_host
+    run_zet template process one.conf "$HOST/out/one.conf.before_zet"
+    assert_status 1
+    [[ $stderr == *"$LIST:4:9: is no TOML: "* ]]
+    assert_host_unchanged
+    run_zet line set out/one.conf '^fine' fine=1
+    [[ $stderr == *"$LIST:4:9: is no TOML: "*"; so nobody can tell whether the next commit overwrites out/one.conf"* ]]
+}
+
+@test "a key or a template that is there twice is told" {
+    assert_list_problems "$LIST:4:9: is no TOML: Error while parsing key-value pair: cannot redefine existing string 'roles' ($OF_SYNTAX)" <<-END
+		[templates."one.conf"]
+		target = "$HOST/out/one.conf"
+		roles = "both"
+		roles = "client"
+	END
+    assert_list_problems "$LIST:4:1: [templates.\"one.conf\"] is there twice (see line 1, put both into one)" <<-END
+		[templates."one.conf"]
+		target = "$HOST/out/one.conf"
+		roles = "both"
+		[templates."one.conf"]
 	END
 }
 
 @test "one file for two templates of a role is told" {
     echo two >templates/two.conf
-    assert_list_problems "$LIST:5: target $HOST/out/one.conf is made from [one.conf] too (see line 2, give each file to one template)" <<-END
-		[one.conf]
-		target = $HOST/out/one.conf
-		roles = both
-		[two.conf]
-		target = $HOST/out/one.conf
-		roles = server
+    assert_list_problems "$LIST:5:10: target $HOST/out/one.conf is made from [one.conf] too (see line 2, give each file to one template)" <<-END
+		[templates."one.conf"]
+		target = "$HOST/out/one.conf"
+		roles = "both"
+		[templates."two.conf"]
+		target = "$HOST/out/one.conf"
+		roles = "server"
 	END
 }
 
 @test "one file may be made from one template on a server and from another on a client" {
     cat >"$LIST" <<-END
-		[one.conf]
-		target = $HOST/out/one.conf
-		roles = client
-		[two.conf]
-		target = $HOST/out/one.conf
-		roles = server
+		[templates."one.conf"]
+		target = "$HOST/out/one.conf"
+		roles = "client"
+		[templates."two.conf"]
+		target = "$HOST/out/one.conf"
+		roles = "server"
 	END
     echo two >templates/two.conf
     zet commit-config
     assert_made one.conf $'fine\n'
 }
 
-@test "a section without a target or roles is told" {
-    assert_list_problems "$LIST:1: section [one.conf] has no target (add target = /PATH)
-$LIST:3: section [two.conf] has no roles (add roles = server, client or both)
-$LIST:5: section [three.conf] has no target (add target = /PATH)
-$LIST:5: section [three.conf] has no roles (add roles = server, client or both)" <<-END
-		[one.conf]
-		roles = both
-		[two.conf]
-		target = $HOST/out/two.conf
-		[three.conf]
-	END
+@test "each role names its own services" {
+    echo 'restart = { server = ["a", "b"], client = ["c"] }' >>"$LIST"
+    run_zet commit-config -n
+    [[ $output == *$'\n'"would have to be restarted: c"$'\n' ]]
+    capture server commit-config -n
+    [[ $output == *$'\n'"would have to be restarted: a, b"$'\n' ]]
 }
 
-@test "a target that is no absolute path of a file is told" {
-    assert_list_problems "$LIST:2: target \"out/one.conf\" is no absolute path of a file (begin it with \"/\", and end it with the name of a file)
-$LIST:5: target \"/out/\" is no absolute path of a file (begin it with \"/\", and end it with the name of a file)
-$LIST:8: target \"\" is no absolute path of a file (begin it with \"/\", and end it with the name of a file)" <<-END
-		[one.conf]
-		target = out/one.conf
-		roles = server
-		[two.conf]
-		target = /out/
-		roles = server
-		[three.conf]
-		target =
-		roles = server
-	END
+@test "names and paths are not cut at any length" {
+    local name
+    name=$(printf 'n%.0s' {1..200})
+    : >"$LIST"
+    add_target "$name" $'long\n' "check = [\"test\", \"-n\", \"$(printf 'w%.0s' {1..5000})\", \"-a\", \"-f\", \"{}\"]"
+    zet commit-config
+    assert_made "$name" $'long\n'
 }
 
-@test "roles and secret have the values that they can have" {
-    assert_list_problems "$LIST:3: roles is \"all\" (write server, client or both)
-$LIST:4: secret is \"yes\" (write true or false)" <<-END
-		[one.conf]
-		target = $HOST/out/one.conf
-		roles = all
-		secret = yes
-	END
-}
-
-@test "a line that is neither section nor key is told" {
-    assert_list_problems "$LIST:1: is neither a section nor KEY = VALUE (correct the line)
-$LIST:3: is neither a section nor KEY = VALUE (correct the line)
-$LIST:6: is neither a section nor KEY = VALUE (correct the line)" <<-END
-		nonsense
-		[one.conf]
-		secret
-		target = $HOST/out/one.conf
-		roles = server
-		[two.conf
-	END
-}
-
-@test "a key before the first section is told" {
-    assert_list_problems "$LIST:1: key \"target\" stands before the first section (put it below the [TEMPLATE] it belongs to)" <<-END
-		target = $HOST/out/one.conf
-	END
-}
-
-@test "a line that begins with a blank is told, since it would go on with the one before" {
-    assert_list_problems "$LIST:4: begins with a blank, which would make it part of the line before (begin the line with its key)" <<-END
-		[one.conf]
-		target = $HOST/out/one.conf
-		roles = both
-		  check = true
-	END
-}
-
-@test "a section that leaves the directory of the templates is told" {
-    assert_list_problems "$LIST:1: section [/etc/passwd] leaves the directory of the templates (name a template below it)
-$LIST:2: section [../one.conf] leaves the directory of the templates (name a template below it)
-$LIST:3: section [a/../../b] leaves the directory of the templates (name a template below it)
-$LIST:4: section [] leaves the directory of the templates (name a template below it)" <<-END
-		[/etc/passwd]
-		[../one.conf]
-		[a/../../b]
-		[]
-	END
-}
-
-@test "a name or a line that is too long is told, and not cut off" {
-    local name line
-    name=$(printf 'n%.0s' {1..50})
-    line=$(printf 'l%.0s' {1..100000})
-    assert_list_problems "$LIST:1: the name of the section is longer than 49 bytes (give the template a shorter name)
-$LIST:3: is longer than 198 bytes (shorten the line)" <<-END
-		[$name]
-		[one.conf]
-		target = /$line
-		roles = both
-	END
+@test "a NUL byte is told, and cuts no line" {
+    printf 'trust = "a\0b"\n' >>"$LIST"
+    run_zet check-config
+    assert_status 1
+    assert_output "$LIST:4:11: holds a NUL byte (take it out)"
 }
 
 @test "a list that is missing, or is no file, is an error that says so" {
@@ -239,7 +201,7 @@ $LIST:3: is longer than 198 bytes (shorten the line)" <<-END
 @test "the list that is shipped has no problem" {
     cp "$SOURCE_DIR"/templates/* templates/
     chmod 644 templates/*
-    sed -i "s|= /etc|= $HOST/out|" "$LIST"
+    sed -i "s|= \"/etc|= \"$HOST/out|" "$LIST"
     mkdir out/ldap out/krb5kdc
     run_zet -q check-config
     assert_success ""

@@ -17,7 +17,7 @@ written_meanwhile() {
     zet commit-config >/dev/null
     printf '#!/bin/sh\n%s\n' "$1" >"$BASE/write"
     chmod 755 "$BASE/write"
-    add_target two.conf $'y\n' "check = $BASE/write"
+    add_target two.conf $'y\n' "check = [\"$BASE/write\"]"
 }
 
 assert_told() {

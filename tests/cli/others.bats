@@ -57,7 +57,7 @@ assert_secret_kept() {
     ln -s "$SECRET" drop/conf
     chown -h "$STRANGER:$STRANGER" drop/conf
     add_target one.conf $'x\n'
-    sed -i "s|$HOST/out/one.conf|$HOST/drop/conf|" templates/targets.ini
+    sed -i "s|$HOST/out/one.conf|$HOST/drop/conf|" templates/targets.toml
     run_zet commit-config
     assert_status 1
     [[ $stderr == *"is where user $STRANGER leads to"*"sudo -u"* ]]
@@ -97,7 +97,7 @@ assert_secret_kept() {
 @test "a template is rendered into a file that lies with its user" {
     home 755
     add_target one.conf $'x\n'
-    sed -i "s|$HOST/out/one.conf|$HOST/home/conf|" templates/targets.ini
+    sed -i "s|$HOST/out/one.conf|$HOST/home/conf|" templates/targets.toml
     run_zet commit-config
     assert_success "$HOST/home/conf: changed, the original is kept as $HOST/home/conf.before_zet"
     assert_equal "$(stat -c '%a %u' home/conf home/conf.before_zet | paste -sd ' ')" "644 $STRANGER 644 $STRANGER"
@@ -173,11 +173,11 @@ assert_secret_kept() {
     add_target one.conf $'x\n'
     mkdir service
     chown nobody service
-    sed -i "s|$HOST/out/one.conf|$HOST/service/one.conf|" templates/targets.ini
+    sed -i "s|$HOST/out/one.conf|$HOST/service/one.conf|" templates/targets.toml
     run_zet commit-config
     assert_status 1
     [[ $stderr == *"$HOST/service/one.conf: would be a file of root's in a directory of nobody"* ]]
-    echo 'trust = nobody' >>templates/targets.ini
+    echo 'trust = "nobody"' >>templates/targets.toml
     run_zet commit-config
     assert_status 0
     assert_equal "$(stat -c %u service/one.conf)" 0
@@ -190,7 +190,7 @@ assert_secret_kept() {
     run_zet rollback-config
     assert_status 0
     assert_equal "$(names_in service)" ""
-    sed -i 's/trust = nobody/trust = nosuchuser/' templates/targets.ini
+    sed -i 's/"nobody"/"nosuchuser"/' templates/targets.toml
     run_zet check-config
     assert_status 1
     [[ $output == *"this host has no user \"nosuchuser\", whom its entry trusts"* ]]
@@ -259,7 +259,7 @@ assert_secret_kept() {
 
 @test "a template that is changed after it was checked is not written" {
     add_target one.conf $'fine\n'
-    add_target two.conf $'x\n' "check = $BASE/change"
+    add_target two.conf $'x\n' "check = [\"$BASE/change\"]"
     printf '#!/bin/sh\necho "not checked" >>%s\n' "$HOST/etc/one.conf" >"$BASE/change"
     chmod 755 "$BASE/change"
     zet template install one.conf

@@ -5,7 +5,7 @@ load set
 
 setup() {
     make_set
-    add_target one.conf $'realm = ${realm}\n' "check = own-check {}"
+    add_target one.conf $'realm = ${realm}\n' 'check = ["own-check", "{}"]'
 }
 
 teardown() {
@@ -47,7 +47,7 @@ LATE_REMEDY="see why, or give it more seconds with check_timeout"
 		echo \$! >"$BASE/sleeper"
 		wait
 	SCRIPT
-    echo 'check_timeout = 1' >>templates/targets.ini
+    echo 'check_timeout = 1' >>templates/targets.toml
     SECONDS=0
     assert_refused "$LATE" "$LATE_REMEDY" "  hanging"
     [[ $SECONDS -lt 10 ]]
@@ -61,7 +61,7 @@ LATE_REMEDY="see why, or give it more seconds with check_timeout"
 		echo \$\$ >"$BASE/check"
 		while :; do sleep 1; done
 	SCRIPT
-    echo 'check_timeout = 1' >>templates/targets.ini
+    echo 'check_timeout = 1' >>templates/targets.toml
     SECONDS=0
     assert_refused "$LATE" "$LATE_REMEDY"
     [[ $SECONDS -lt 10 ]]
@@ -74,7 +74,7 @@ LATE_REMEDY="see why, or give it more seconds with check_timeout"
 		exec >/dev/null 2>&1
 		sleep 1000
 	SCRIPT
-    echo 'check_timeout = 1' >>templates/targets.ini
+    echo 'check_timeout = 1' >>templates/targets.toml
     assert_refused "$LATE" "$LATE_REMEDY"
 }
 
@@ -96,7 +96,7 @@ LATE_REMEDY="see why, or give it more seconds with check_timeout"
 		#!/bin/sh
 		kill -STOP $$
 	SCRIPT
-    echo 'check_timeout = 1' >>templates/targets.ini
+    echo 'check_timeout = 1' >>templates/targets.toml
     assert_refused "$LATE" "$LATE_REMEDY"
 }
 
@@ -196,16 +196,16 @@ LATE_REMEDY="see why, or give it more seconds with check_timeout"
 @test "a limit that is no number of seconds is a problem of the list" {
     local value
     own_check <<<$'#!/bin/sh\nexit 0'
-    cp templates/targets.ini "$BASE/list"
-    for value in 0 -1 1.5 1s x 86401 99999999999 '' ' 7 8'; do
-        cp "$BASE/list" templates/targets.ini
-        echo "check_timeout = $value" >>templates/targets.ini
+    cp templates/targets.toml "$BASE/list"
+    for value in 0 -1 86401 99999999999 1.5 '"60"'; do
+        cp "$BASE/list" templates/targets.toml
+        echo "check_timeout = $value" >>templates/targets.toml
         run_zet check-config
         assert_status 1
-        assert_output "$HOST/templates/targets.ini:5: check_timeout is \"${value# }\" (write a number of seconds from 1 to 86400)"
+        [[ $output == "$HOST/templates/targets.toml:5:17: check_timeout is "*" (write a number of seconds from 1 to 86400)"$'\n' ]]
     done
-    cp "$BASE/list" templates/targets.ini
-    echo 'check_timeout = 86400' >>templates/targets.ini
+    cp "$BASE/list" templates/targets.toml
+    echo 'check_timeout = 86400' >>templates/targets.toml
     run_zet -q check-config
     assert_success ""
 }
@@ -216,9 +216,9 @@ LATE_REMEDY="see why, or give it more seconds with check_timeout"
 		grep -n realm "$1"
 		exit 3
 	SCRIPT
-    add_target two.conf $'${nope}\n' "check = own-check {}"
-    add_target three.conf $'fine\n' "check = missing-program"
-    add_target four.conf $'fine\n' "check = true"
+    add_target two.conf $'${nope}\n' 'check = ["own-check", "{}"]'
+    add_target three.conf $'fine\n' 'check = ["missing-program"]'
+    add_target four.conf $'fine\n' 'check = ["true"]'
     mkfifo out/four.conf
     remember_host
     run_zet check-config
@@ -241,7 +241,7 @@ $HOST/out/three.conf: what [three.conf] renders to cannot be checked: missing-pr
 
 @test "check-config runs only the checks of the templates that are named" {
     own_check <<<$'#!/bin/sh\nexit 1'
-    add_target two.conf $'fine\n' "check = false"
+    add_target two.conf $'fine\n' 'check = ["false"]'
     run_zet check-config two.conf
     assert_status 1
     assert_output "$HOST/out/two.conf: its check \"false\" refuses what [two.conf] renders to, with status 1 (correct the template)"
@@ -252,7 +252,7 @@ $HOST/out/three.conf: what [three.conf] renders to cannot be checked: missing-pr
     mkdir -p "$tree"/{etc/zet,usr/share/zet/templates,var/lib/zet}
     echo DOMAIN=example.org >"$tree/etc/zet/zet.conf"
     echo 'x' >"$tree/usr/share/zet/templates/one.conf"
-    printf '[one.conf]\ntarget = /etc/one.conf\nroles = both\ncheck = own-check\n' >"$tree/usr/share/zet/templates/targets.ini"
+    printf '[templates."one.conf"]\ntarget = "/etc/one.conf"\nroles = "both"\ncheck = ["own-check"]\n' >"$tree/usr/share/zet/templates/targets.toml"
     own_check <<<$'#!/bin/sh\necho run >>'"$BASE"$'/ran\nexit 1'
     for words in check-config 'commit-config -n' commit-config; do
         # shellcheck disable=SC2086

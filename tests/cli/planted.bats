@@ -32,7 +32,7 @@ assert_list_unread() {
         assert_status 1
         [[ $output$stderr == *"$1"* ]] || differ "$command" "$1" "$output$stderr"
         [[ $output$stderr != *planted* ]] || differ "$command" "nothing of the list" "$output$stderr"
-        assert_equal "$(opened "$HOST/templates/targets.ini")" ""
+        assert_equal "$(opened "$HOST/templates/targets.toml")" ""
     done
 }
 
@@ -42,26 +42,26 @@ assert_told() {
 }
 
 @test "a list of targets in a directory that others may write is refused unread" {
-    echo 'planted' >templates/targets.ini
+    echo 'planted' >templates/targets.toml
     chmod 777 templates
     assert_list_unread "$HOST/templates"
-    assert_told "$HOST/templates: others may write the directory of $HOST/templates/targets.ini (chmod o-w it)"
+    assert_told "$HOST/templates: others may write the directory of $HOST/templates/targets.toml (chmod o-w it)"
     chmod 775 templates
     chgrp "$STRANGER" templates
-    assert_told "$HOST/templates: a group or others may write the directory of $HOST/templates/targets.ini (chmod g-w it)"
+    assert_told "$HOST/templates: a group or others may write the directory of $HOST/templates/targets.toml (chmod g-w it)"
 }
 
 @test "a list of targets to which another user's directory or link leads is refused unread" {
     chown "$STRANGER" templates
-    echo 'planted' >templates/targets.ini
-    chown "$STRANGER" templates/targets.ini
+    echo 'planted' >templates/targets.toml
+    chown "$STRANGER" templates/targets.toml
     assert_list_unread "so root does not use it"
-    assert_told "$HOST/templates/targets.ini: is in a directory of user $STRANGER, so root does not use it (let root own all directories and links on the way)"
+    assert_told "$HOST/templates/targets.toml: is in a directory of user $STRANGER, so root does not use it (let root own all directories and links on the way)"
     # Root's own list, to which a link of his leads.
     mkdir own
-    echo 'planted' >own/targets.ini
-    ln -sf "$HOST/own/targets.ini" templates/targets.ini
-    chown -h "$STRANGER" templates/targets.ini
+    echo 'planted' >own/targets.toml
+    ln -sf "$HOST/own/targets.toml" templates/targets.toml
+    chown -h "$STRANGER" templates/targets.toml
     assert_told "/: is where user $STRANGER leads to, who does not own it (run the command as that user: sudo -u user $STRANGER ..., or let root own all directories and links on the way)"
 }
 
@@ -99,7 +99,7 @@ assert_told() {
 @test "a working copy is not made where others have a hand, and nothing of the set is written" {
     mkdir templates/sub etc/sub
     add_target sub/one.conf $'x\n'
-    sed -i "s|$HOST/out/sub/one.conf|$HOST/out/one.conf|" templates/targets.ini
+    sed -i "s|$HOST/out/sub/one.conf|$HOST/out/one.conf|" templates/targets.toml
     add_target a.conf $'x\n'
     chown "$STRANGER" etc/sub
     for command in commit-config "commit-config -n" check-config; do
@@ -125,7 +125,7 @@ assert_told() {
 closed_set() {
     add_target a.conf $'x\n'
     add_target one.conf $'x\n'
-    sed -i "s|$HOST/out/one.conf|$HOST/home/conf|" templates/targets.ini
+    sed -i "s|$HOST/out/one.conf|$HOST/home/conf|" templates/targets.toml
     mkdir home
     echo old >home/conf
     chown -R "$STRANGER:$STRANGER" home

@@ -144,7 +144,7 @@ $HOST/out/two.conf: would be changed, mode 0600 -> 0644"
 }
 
 @test "the text of a secret target is shown nowhere" {
-    sed -i '/one.conf$/a secret = true' templates/targets.ini
+    sed -i '/out.one.conf"$/a secret = true' templates/targets.toml
     original one.conf $'old password\n'
     echo 'new password' >templates/one.conf
     for option in -n -q -v --json; do
@@ -240,7 +240,7 @@ zet-client: nothing was changed"
 
 @test "the document is the same in a dry run, but for the tense" {
     original one.conf $'old\n'
-    add_target three.conf $'fixed\n' "restart = three" "secret = true"
+    add_target three.conf $'fixed\n' 'restart = ["three"]' "secret = true"
     run_zet --json commit-config -n --diff
     assert_status 3
     local planned=${output%?}

@@ -80,7 +80,7 @@ names_in() {
 }
 
 @test "what the list calls secret is printed to whoever asks for secrets" {
-    printf '[one.conf]\ntarget = %s\nroles = both\nsecret = true\n' "$HOST/made" >templates/targets.ini
+    printf '[templates."one.conf"]\ntarget = "%s"\nroles = "both"\nsecret = true\n' "$HOST/made" >templates/targets.toml
     run_zet template process one.conf - --value extra=word
     assert_refusal 1 "$HOST/templates/one.conf: its text is not shown: the list of targets calls it secret (--show-secrets shows it)"
     run_zet --json template process one.conf - --value extra=word

@@ -5,8 +5,8 @@ load set
 
 setup() {
     make_set
-    add_target one.conf $'realm = ${realm}\n' "restart = one both"
-    add_target two.conf $'domain = ${domain}\n' "restart = two both"
+    add_target one.conf $'realm = ${realm}\n' 'restart = ["one", "both"]'
+    add_target two.conf $'domain = ${domain}\n' 'restart = ["two", "both"]'
     original one.conf $'old\n'
     ONE=$HOST/out/one.conf
     TWO=$HOST/out/two.conf

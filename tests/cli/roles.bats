@@ -7,7 +7,7 @@ setup() {
     make_set
     add_target both.conf $'x\n'
     add_target client.conf $'x\n'
-    sed -i '/client.conf/,$ s/roles = both/roles = client/' templates/targets.ini
+    sed -i '/client.conf/,$ s/"both"/"client"/' templates/targets.toml
     original both.conf $'old both\n'
     original client.conf $'old client\n'
     server commit-config >/dev/null
@@ -43,7 +43,7 @@ teardown() {
 }
 
 @test "what the list does not have any more may be of both roles, and stays" {
-    sed -i '/both.conf/,/roles/d' templates/targets.ini
+    sed -i '/both.conf/,/roles/d' templates/targets.toml
     run_zet rollback-config
     assert_status 1
     [[ $output == *"$KEPT"* ]]

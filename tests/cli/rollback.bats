@@ -160,7 +160,7 @@ $TWO: not committed"
 
 @test "a target that left the list goes back, too" {
     zet commit-config
-    : >templates/targets.ini
+    : >templates/targets.toml
     run_zet rollback-config
     assert_success "$ONE: put back as it was, mode 0644 -> 0640
 $TWO: removed, as there was none before"
@@ -169,7 +169,7 @@ $TWO: removed, as there was none before"
 
 @test "an edited target that left the list stays, and goes back by name and force" {
     zet commit-config
-    : >templates/targets.ini
+    : >templates/targets.toml
     echo mine >>out/two.conf
     run_zet rollback-config
     assert_status 1
@@ -361,8 +361,8 @@ $TWO: removed, as there was none before"
 
 @test "without a list that can be used, what was recorded goes back, and the exit status tells" {
     local error
-    for breaker in 'rm templates/targets.ini' 'sed -i s/roles/rolls/ templates/targets.ini'; do
-        cp templates/targets.ini "$BASE/list"
+    for breaker in 'rm templates/targets.toml' 'sed -i s/roles/rolls/ templates/targets.toml'; do
+        cp templates/targets.toml "$BASE/list"
         zet -q commit-config
         $breaker
         remember_host
@@ -378,13 +378,13 @@ $TWO: removed, as there was none before"
         run_zet rollback-config
         assert_status 1
         [[ $stderr != *recorded* ]]
-        cp "$BASE/list" templates/targets.ini
+        cp "$BASE/list" templates/targets.toml
     done
 }
 
 @test "without a list, what was edited stays, and goes back by name and force" {
     zet commit-config
-    rm templates/targets.ini out/one.conf
+    rm templates/targets.toml out/one.conf
     ln -s one.conf out/one.conf
     echo mine >>out/two.conf
     run_zet rollback-config --diff

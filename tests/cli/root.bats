@@ -20,9 +20,9 @@ teardown() {
     remove_host
 }
 
-# list NAME PATH: a section of the tree's list of targets.
+# list NAME PATH: an entry of the tree's list of targets.
 list() {
-    printf '[%s]\ntarget = %s\nroles = both\n' "$1" "$2" >>tree/usr/share/zet/templates/targets.ini
+    printf '[templates."%s"]\ntarget = "%s"\nroles = "both"\n' "$1" "$2" >>tree/usr/share/zet/templates/targets.toml
 }
 
 run_in_tree() {
@@ -44,11 +44,11 @@ assert_in_tree() {
 }
 
 @test "a check command that refuses, or cannot be started, names the target as it is in the tree" {
-    echo 'check = false' >>tree/usr/share/zet/templates/targets.ini
+    echo 'check = ["false"]' >>tree/usr/share/zet/templates/targets.toml
     run_in_tree commit-config --run-checks
     assert_status 1
     [[ $stderr == "zet-client: error: $TREE/etc/one.conf: its check \"false\" refuses"* ]]
-    sed -i 's/= false/= missing-program/' tree/usr/share/zet/templates/targets.ini
+    sed -i 's/"false"/"missing-program"/' tree/usr/share/zet/templates/targets.toml
     run_in_tree commit-config --run-checks
     assert_status 1
     [[ $stderr == "zet-client: error: $TREE/etc/one.conf: what [one.conf] renders to cannot be checked: missing-program: "*")"$'\n' ]]
@@ -173,12 +173,12 @@ zet-client: nothing was changed"
     assert_status 1
     assert_stderr "zet-client: error: $TREE/usr/share/zet/templates/one.conf: the template is a link that leads out of the root directory (put the template itself there)
 zet-client: nothing was changed"
-    ln -sfn "$HOST/outside/file" tree/usr/share/zet/templates/targets.ini
+    ln -sfn "$HOST/outside/file" tree/usr/share/zet/templates/targets.toml
     local command
     for command in commit-config check-config status rollback-config; do
         run_in_tree "$command"
         assert_status 1
-        [[ $stderr == *"$TREE/usr/share/zet/templates/targets.ini: the list of targets is a link that leads out of the root directory (put the list itself there)"* ]]
+        [[ $stderr == *"$TREE/usr/share/zet/templates/targets.toml: the list of targets is a link that leads out of the root directory (put the list itself there)"* ]]
         [[ $output$stderr != *secret* ]]
     done
     assert_outside_unchanged
@@ -190,7 +190,7 @@ zet-client: nothing was changed"
     echo two >tree/usr/share/zet/templates/two.conf
     run_in_tree commit-config
     assert_status 0
-    sed -i '/two.conf/,$d' tree/usr/share/zet/templates/targets.ini
+    sed -i '/two.conf/,$d' tree/usr/share/zet/templates/targets.toml
     echo precious >outside/dir/two.conf
     : >outside/dir/two.conf.no_file_before_zet
     rm -r tree/dir
@@ -268,7 +268,7 @@ zet-client: nothing was changed"
     run_in_tree status
     assert_status 1
     assert_equal "$(tail -n 1 <<<"${output%?}")" "$TREE/etc/one.conf: unknown"
-    rm tree/usr/share/zet/templates/targets.ini
+    rm tree/usr/share/zet/templates/targets.toml
     run_in_tree rollback-config --diff
     assert_status 1
     assert_outside_unchanged

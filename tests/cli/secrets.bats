@@ -17,7 +17,7 @@ make_secret() {
     mkdir t
     echo 'pass=earlier' >t/a
     echo 'pass=word' >templates/a
-    printf '[a]\ntarget = %s\nroles = both\nsecret = true\n' "$HOST/t/a" >templates/targets.ini
+    printf '[templates."a"]\ntarget = "%s"\nroles = "both"\nsecret = true\n' "$HOST/t/a" >templates/targets.toml
     zet -q commit-config
 }
 
@@ -212,7 +212,7 @@ assert_diff_of_restore() {
     mkdir t
     echo 'pass=earlier' >t/a
     echo 'pass=word' >templates/a
-    printf '[a]\ntarget = %s\nroles = both\n' "$HOST/t/a" >templates/targets.ini
+    printf '[templates."a"]\ntarget = "%s"\nroles = "both"\n' "$HOST/t/a" >templates/targets.toml
     local closed form
     for closed in t/a templates/a; do
         chmod 640 "$closed"
@@ -240,8 +240,8 @@ assert_diff_of_restore() {
     mkdir t
     echo 'pass=word' >templates/a
     chmod 640 templates/a
-    printf '[a]\ntarget = %s\nroles = both\ncheck = grep -c nothing {} /dev/null {}\n' "$HOST/t/a" >templates/targets.ini
-    sed -i 's/^check.*/check = cat {} missing-file/' templates/targets.ini
+    printf '[templates."a"]\ntarget = "%s"\nroles = "both"\ncheck = ["grep", "-c", "nothing", "{}", "/dev/null", "{}"]\n' "$HOST/t/a" >templates/targets.toml
+    sed -i 's/^check.*/check = ["cat", "{}", "missing-file"]/' templates/targets.toml
     run_zet commit-config
     assert_status 1
     [[ $stderr == *"with status 1 (correct the template)"*"(text not shown: the file is not for everybody; --show-secrets shows it)"* ]]
@@ -253,7 +253,7 @@ assert_diff_of_restore() {
 @test "a problem quotes nothing of a template that is not for everybody" {
     mkdir t
     printf '${word}\n' >templates/a
-    printf '[a]\ntarget = %s\nroles = both\nsecret = true\n' "$HOST/t/a" >templates/targets.ini
+    printf '[templates."a"]\ntarget = "%s"\nroles = "both"\nsecret = true\n' "$HOST/t/a" >templates/targets.toml
     run_zet check-config
     assert_status 1
     assert_output "$HOST/templates/a:1:1: placeholder \"...\" has no value, text not shown: the list of targets calls it secret; --show-secrets shows it (use one that \"values\" lists, or correct its name)"
@@ -264,7 +264,7 @@ assert_diff_of_restore() {
     done
     run_zet --show-secrets check-config
     [[ $output == *'"${word}"'* ]]
-    sed -i /secret/d templates/targets.ini
+    sed -i /secret/d templates/targets.toml
     chmod 640 templates/a
     run_zet check-config
     [[ $output != *word* && $output == *'"..." has no value, text not shown: the file is not for everybody'* ]]
@@ -273,7 +273,7 @@ assert_diff_of_restore() {
 @test "a problem quotes no value of a configuration file that others may not read" {
     mkdir t
     printf '${domain} ${other}\n' >templates/a
-    printf '[a]\ntarget = %s\nroles = both\n' "$HOST/t/a" >templates/targets.ini
+    printf '[templates."a"]\ntarget = "%s"\nroles = "both"\n' "$HOST/t/a" >templates/targets.toml
     sed -i 's/^DOMAIN=.*/DOMAIN=${word}/' zet.conf
     run_zet check-config
     [[ $output == *'"${word}"'* && $output == *'"${other}"'* ]]
@@ -285,12 +285,12 @@ assert_diff_of_restore() {
 @test "the log does not name what a secret template holds" {
     mkdir t
     printf '# --ZET_TEMPLATE_COMMENT--\n${word}\n# --ZET_COMMENT_END--\npass\n' >templates/a
-    printf '[a]\ntarget = %s\nroles = both\n' "$HOST/t/a" >templates/targets.ini
+    printf '[templates."a"]\ntarget = "%s"\nroles = "both"\n' "$HOST/t/a" >templates/targets.toml
     run_zet --json commit-config
     assert_status 0
     [[ $output == *'${word}'* && $stderr == *'${word}'* ]]
     zet -q rollback-config
-    echo 'secret = true' >>templates/targets.ini
+    echo 'secret = true' >>templates/targets.toml
     local command
     for command in commit-config 'template process a x' 'template process -n a y' 'status'; do
         run_zet --json $command
@@ -349,19 +349,19 @@ $HOST/etc/linked: line 1 changed (text not shown: the file is not for everybody;
 
 @test "as long as the list of targets is broken, no text is shown" {
     make_secret
-    sed -i s/secret/secert/ templates/targets.ini
+    sed -i s/secret/secert/ templates/targets.toml
     assert_nothing_shown param set --force t/a new hidden
     assert_nothing_shown param set etc/a new hidden
     assert_nothing_shown template process a t/q
     run_zet param set -n --diff conf new hidden
     assert_output "conf: would be changed
 conf: lines 1-7, 10-13 changed (text not shown: nobody can tell whether it is secret; --show-secrets shows it)"
-    assert_stderr "zet-client: warning: $HOST/templates/targets.ini: the list of targets is broken (see check-config);\
+    assert_stderr "zet-client: warning: $HOST/templates/targets.toml: the list of targets is broken (see check-config);\
  so no text is shown"
     zet -q param set --force t/a new hidden
     run_zet explain t/a
     [[ $output$stderr != *word* && $output$stderr != *hidden* ]]
-    [[ $stderr == "zet-client: warning: $HOST/templates/targets.ini: the list of targets is broken (see check-config);\
+    [[ $stderr == "zet-client: warning: $HOST/templates/targets.toml: the list of targets is broken (see check-config);\
  so no text is shown"$'\n'* ]]
     run_zet param get conf a
     assert_success 1
@@ -369,7 +369,7 @@ conf: lines 1-7, 10-13 changed (text not shown: nobody can tell whether it is se
 
 @test "a committed file that left the list of targets is as secret as it may have been, for both roles" {
     make_secret
-    rm templates/targets.ini
+    rm templates/targets.toml
     PROGRAM=$ZET_BIN/zet-init
     for role in server client; do
         assert_nothing_shown param set t/a new hidden
@@ -379,9 +379,9 @@ conf: lines 1-7, 10-13 changed (text not shown: nobody can tell whether it is se
         assert_stderr ""
         PROGRAM=$ZET_BIN/zet-client
     done
-    : >templates/targets.ini
+    : >templates/targets.toml
     assert_nothing_shown param set t/a new hidden
-    printf '[a]\ntarget = %s\nroles = both\n' "$HOST/t/a" >templates/targets.ini
+    printf '[templates."a"]\ntarget = "%s"\nroles = "both"\n' "$HOST/t/a" >templates/targets.toml
     run_zet param set --force -n --diff t/a new open
     [[ $output == *+new=open* ]]
 }

@@ -8,10 +8,10 @@ make_set() {
     umask 022
     make_host
     mkdir out
-    : >templates/targets.ini
+    : >templates/targets.toml
 }
 
-# add_target NAME TEXT [LINE...]: a template, and its section in the list with these lines more.
+# add_target NAME TEXT [LINE...]: a template, and its entry in the list with these lines more.
 add_target() {
     local name=$1 text=$2
     shift 2
@@ -23,8 +23,8 @@ add_target() {
 list_target() {
     local name=$1 path=$2
     shift 2
-    printf '[%s]\ntarget = %s\nroles = both\n' "$name" "$path" >>templates/targets.ini
-    [[ $# -eq 0 ]] || printf '%s\n' "$@" >>templates/targets.ini
+    printf '[templates."%s"]\ntarget = "%s"\nroles = "both"\n' "$name" "$path" >>templates/targets.toml
+    [[ $# -eq 0 ]] || printf '%s\n' "$@" >>templates/targets.toml
 }
 
 server() {

@@ -20,7 +20,7 @@ fill() {
     local i
     for ((i = 1; i <= $1; ++i)); do
         name=$(printf t%02d "$i")
-        add_target "$name" "$i "$'${realm}\n' "restart = service-$name"
+        add_target "$name" "$i "$'${realm}\n' "restart = [\"service-$name\"]"
         ((i % 2)) || original "$name" "old $i"$'\n'
     done
     cp -a out "$BASE/out.before"
@@ -180,7 +180,7 @@ zet-client: error: ended by a signal (${signal%/*}) before all was done (run the
 		wait
 	SCRIPT
     fill 3
-    add_target last $'x\n' "check = slow {}"
+    add_target last $'x\n' 'check = ["slow", "{}"]'
     remember_files
     local begin=$SECONDS
     run_zet commit-config

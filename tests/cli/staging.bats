@@ -10,7 +10,7 @@ setup() {
 		dirname "\$(dirname "\$(dirname "\$(dirname "\$1")")")" >>"$BASE/places"
 		stat -c '%a %U' "\$(dirname "\$(dirname "\$(dirname "\$1")")")" >>"$BASE/places"
 	SCRIPT
-    add_target one.conf $'password\n' "check = show {}"
+    add_target one.conf $'password\n' 'check = ["show", "{}"]'
 }
 
 teardown() {

@@ -147,7 +147,7 @@ $TWO: in sync"
 
 @test "a target that is new in the list is not committed, and one that left it is told" {
     zet commit-config
-    : >templates/targets.ini
+    : >templates/targets.toml
     list_target two.conf "$TWO"
     add_target three.conf $'x\n'
     run_zet status
@@ -267,7 +267,7 @@ $TWO: $1"
 
 @test "a file that the list names by a link among its directories is known by its real name" {
     ln -s out by_link
-    sed -i "s|$HOST/out/one.conf|$HOST/by_link/one.conf|" templates/targets.ini
+    sed -i "s|$HOST/out/one.conf|$HOST/by_link/one.conf|" templates/targets.toml
     zet -q commit-config
     grep -q " $HOST/out/one.conf\$" state/zet-client.manifest
     # As an earlier version recorded it.
@@ -276,7 +276,7 @@ $TWO: $1"
     rm state/former
     local way
     for way in by_link out; do
-        sed -i "s|$HOST/[a-z_]*/one.conf|$HOST/$way/one.conf|" templates/targets.ini
+        sed -i "s|$HOST/[a-z_]*/one.conf|$HOST/$way/one.conf|" templates/targets.toml
         run_zet status
         assert_status 0
         assert_stderr ""
@@ -291,7 +291,7 @@ $TWO: $1"
     assert_status 0
     assert_stderr "zet-client: warning: $HOST/out/one.conf: was edited since the last commit; the edits are overwritten"
     assert_equal "$(grep -c one.conf state/zet-client.manifest)" 1
-    sed -i "s|$HOST/out/one.conf|$HOST/by_link/one.conf|" templates/targets.ini
+    sed -i "s|$HOST/out/one.conf|$HOST/by_link/one.conf|" templates/targets.toml
     run_zet rollback-config
     assert_status 0
     grep -q "^$HOST/out/one.conf: removed" <<<"$output"

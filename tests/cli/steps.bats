@@ -51,8 +51,8 @@ zet-client: nothing was changed"
 		cat "\$1" >>"$BASE/note"
 		ls "$HOST/out" "$HOST/etc" >>"$BASE/note"
 	SCRIPT
-    add_target one.conf $'${realm}\n' "check = note {}"
-    add_target two.conf $'${domain}\n' "check = note {}"
+    add_target one.conf $'${realm}\n' 'check = ["note", "{}"]'
+    add_target two.conf $'${domain}\n' 'check = ["note", "{}"]'
     run_zet commit-config
     assert_status 0
     local empty="$HOST/etc:
@@ -74,12 +74,12 @@ $empty"
 		#!/bin/sh
 		printf '<%s>' "\$@" >"$BASE/note"
 	SCRIPT
-    add_target one.conf $'fine\n' 'check = note -f={} {} $HOME `id` "a b" a;rm;{}{}'
+    add_target one.conf $'fine\n' 'check = ["note", "-f={}", "{}", "$HOME", "`id`", "\"a b\"", "a;rm;{}{}", ""]'
     run_zet commit-config
     assert_status 0
     local staged
     staged=$(sed 's/<-f=\([^>]*\)>.*/\1/' "$BASE/note")
-    assert_file "$BASE/note" "<-f=$staged><$staged><\$HOME><\`id\`><\"a><b\"><a;rm;$staged$staged>"
+    assert_file "$BASE/note" "<-f=$staged><$staged><\$HOME><\`id\`><\"a b\"><a;rm;$staged$staged><>"
 }
 
 @test "what the check command of any target refuses keeps all of them from being written" {
@@ -90,7 +90,7 @@ $empty"
 		exit 7
 	SCRIPT
     add_target one.conf $'fine\n'
-    add_target two.conf $'${realm}\n' "check = refuse the_file"
+    add_target two.conf $'${realm}\n' 'check = ["refuse", "the_file"]'
     original one.conf $'old\n'
     remember_files
     run_zet commit-config
@@ -110,7 +110,7 @@ $empty"
 		cat "$1"
 		exit 1
 	SCRIPT
-    add_target one.conf $'password\n' "check = refuse {}" "secret = true"
+    add_target one.conf $'password\n' 'check = ["refuse", "{}"]' "secret = true"
     run_zet -v commit-config --diff
     assert_status 1
     [[ $output$stderr != *password* ]]
@@ -121,12 +121,12 @@ $empty"
 		#!/bin/sh
 		kill -KILL $$
 	SCRIPT
-    add_target one.conf $'fine\n' "check = dies {}"
+    add_target one.conf $'fine\n' 'check = ["dies", "{}"]'
     remember_files
     run_zet commit-config
     assert_refusal 1 "$HOST/out/one.conf: its check \"dies\" was ended by SIGKILL when it looked at what [one.conf] renders to (run it by hand to see why)"
     assert_unchanged_but_staging
-    sed -i 's/= dies.*/= missing-program {}/' templates/targets.ini
+    sed -i 's/"dies"/"missing-program"/' templates/targets.toml
     remember_files
     run_zet commit-config
     assert_refusal 1 "$HOST/out/one.conf: what [one.conf] renders to cannot be checked: missing-program: cannot be started: No such file or directory (install it, or correct its name)"
@@ -138,7 +138,7 @@ $empty"
 		#!/bin/sh
 		stat -c %a "\$1" >>"$BASE/note"
 	SCRIPT
-    add_target one.conf $'fine\n' "check = note {}"
+    add_target one.conf $'fine\n' 'check = ["note", "{}"]'
     chmod 600 templates/one.conf
     zet commit-config
     run_zet commit-config
@@ -158,7 +158,7 @@ $empty"
 		esac
 	SCRIPT
     add_target one.conf $'fine\n'
-    add_target two.conf $'fine\n' "check = change {}"
+    add_target two.conf $'fine\n' 'check = ["change", "{}"]'
     original one.conf $'old\n'
     remember_files
     local dry
@@ -202,7 +202,7 @@ fail_at() {
 @test "a failure in the middle tells what was written and what was not, and a second run completes it" {
     local name
     for name in a b c d; do
-        add_target "$name" $'${realm}\n' "restart = service-$name"
+        add_target "$name" $'${realm}\n' "restart = [\"service-$name\"]"
         original "$name" "old $name"$'\n'
     done
     fail_at 3 c
@@ -234,7 +234,7 @@ to be restarted: service-c"
 }
 
 @test "a failure in the middle is in the document as well" {
-    add_target a $'${realm}\n' "restart = service-a"
+    add_target a $'${realm}\n' 'restart = ["service-a"]'
     add_target b $'${realm}\n'
     original a $'old\n'
     original b $'old\n'
@@ -247,7 +247,7 @@ to be restarted: service-c"
 }
 
 @test "the services of what no commit recorded are named, whatever ran in between" {
-    add_target one.conf $'${realm}\n' "restart = service-one"
+    add_target one.conf $'${realm}\n' 'restart = ["service-one"]'
     run_zet commit-config
     assert_status 0
     echo REALM=OTHER >>zet.conf
@@ -265,12 +265,12 @@ to be restarted: service-one"
 }
 
 @test "the services of what a killed first commit wrote are named, though another command cleared up after it" {
-    add_target a $'${realm}\n' "restart = service-a"
-    add_target b $'${realm}\n' "restart = service-b"
+    add_target a $'${realm}\n' 'restart = ["service-a"]'
+    add_target b $'${realm}\n' 'restart = ["service-b"]'
     original a $'old\n'
     original b "$(notice b)"$'\nEXAMPLE.ORG\n'
     chmod 644 out/b
-    add_target c $'${realm}\n' "restart = service-c"
+    add_target c $'${realm}\n' 'restart = ["service-c"]'
     stop_before 2 KILL
     run_zet commit-config --diff
     assert_status 137
@@ -288,7 +288,7 @@ to be restarted: service-one"
 }
 
 @test "the services of what the other role committed are not named again" {
-    add_target a $'${realm}\n' "restart = service-a"
+    add_target a $'${realm}\n' 'restart = ["service-a"]'
     capture server commit-config
     assert_status 0
     # The notice names the command of its role, which would be a change.
@@ -342,7 +342,7 @@ zet-client: removed $HOST/out/one.conf.before_zet.a1B2c3.tmp, which a run that w
 		INSIDE=yes "$ZET_BIN/zet-client" --config "$HOST/zet.conf" commit-config >"$BASE/other" || exit
 		cmp "\$1" "$HOST/out/one.conf"
 	SCRIPT
-    add_target one.conf $'fine\n' "check = other {}"
+    add_target one.conf $'fine\n' 'check = ["other", "{}"]'
     run_zet commit-config -n
     assert_success "$HOST/out/one.conf: unchanged"
     assert_made one.conf $'fine\n'

@@ -255,7 +255,7 @@ extra = x example.org
 }
 
 @test "process overwrites no file that has another use" {
-    printf '%s\n' '[two.conf]' "target = $HOST/two" 'roles = both' >templates/targets.ini
+    printf '%s\n' '[templates."two.conf"]' "target = \"$HOST/two\"" 'roles = "both"' >templates/targets.toml
     zet template process two.conf two
     ln -s etc/two.conf link
     remember_host
@@ -270,7 +270,7 @@ extra = x example.org
 		etc/one.conf the working copy of [one.conf]
 		etc/two.conf the working copy of [two.conf]
 		templates/one.conf the template [one.conf]
-		templates/targets.ini the list of targets
+		templates/targets.toml the list of targets
 		zet.conf the configuration file of the commands
 		state/zet-client.status a file of the status
 	END
@@ -280,13 +280,13 @@ extra = x example.org
 }
 
 @test "process makes a target of the list, too" {
-    printf '%s\n' '[two.conf]' "target = $HOST/two" 'roles = both' >templates/targets.ini
+    printf '%s\n' '[templates."two.conf"]' "target = \"$HOST/two\"" 'roles = "both"' >templates/targets.toml
     run_zet template process two.conf "$HOST/two"
     assert_success "$HOST/two: created"
 }
 
 @test "process over a target that was edited since its commit warns of it" {
-    printf '%s\n' '[two.conf]' "target = $HOST/two" 'roles = both' >templates/targets.ini
+    printf '%s\n' '[templates."two.conf"]' "target = \"$HOST/two\"" 'roles = "both"' >templates/targets.toml
     zet commit-config
     echo 'plain again' >etc/two.conf
     run_zet template process -n two.conf "$HOST/two"
@@ -325,10 +325,10 @@ $(generated two.conf | sed 's/^/+/')
 }
 
 @test "the text of a secret template is never shown" {
-    cat >templates/targets.ini <<-END
-		[two.conf]
-		target = $HOST/secret
-		roles = both
+    cat >templates/targets.toml <<-END
+		[templates."two.conf"]
+		target = "$HOST/secret"
+		roles = "both"
 		secret = true
 	END
     run_zet template process -n --diff two.conf elsewhere
@@ -374,8 +374,8 @@ $HOST/etc/two.conf: line 1 changed (text not shown: the file is not for everybod
 
 @test "a list of targets that cannot be relied on keeps every text from being shown" {
     need_root
-    : >templates/targets.ini
-    chmod 666 templates/targets.ini
+    : >templates/targets.toml
+    chmod 666 templates/targets.toml
     run_zet template process -n --diff two.conf out
     assert_status 3
     assert_output "out: would be created

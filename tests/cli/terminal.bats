@@ -71,7 +71,8 @@ assert_harmless() {
     sed -i 's/^ZET_CFG_TEMPL_DIR=.*//' zet.conf
     cp zet.conf "$BASE/zet.conf"
     printf 'x\n' >templates/$'te\em.conf'
-    printf '[te\em.conf]\ntarget = %s/out/a\e[1mb\nroles = both\nunknown\e = 1\n' "$HOST" >templates/targets.ini
+    printf '%s\n' '[templates."te\u001bm.conf"]' "target = \"$HOST/out/a\\u001b[1mb\"" 'roles = "both"' \
+        '"unknown\u001b" = 1' >templates/targets.toml
     echo "ZET_CFG_TEMPL_DIR=$HOST/templates" >>zet.conf
     local words
     for words in check-config status commit-config; do
@@ -79,7 +80,7 @@ assert_harmless() {
         assert_status 1
         assert_harmless
     done
-    sed -i '/^unknown/d' templates/targets.ini
+    sed -i '/^"unknown/d' templates/targets.toml
     for words in check-config 'commit-config -n' commit-config status rollback-config; do
         # shellcheck disable=SC2086
         run_zet -v $words
@@ -96,7 +97,7 @@ assert_harmless() {
 		printf 'a\tb\033[2J\nzet-client: error: forged\r\nno end'
 		exit 1
 	SCRIPT
-    add_target one.conf $'x\n' "check = speak {}"
+    add_target one.conf $'x\n' 'check = ["speak", "{}"]'
     run_zet commit-config
     assert_refusal 1 "$HOST/out/one.conf: its check \"speak\" refuses what [one.conf] renders to, with status 1 (correct the template)
   a	b\\x1b[2J

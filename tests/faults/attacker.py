@@ -71,8 +71,8 @@ def furnish(host, place):
     shutil.rmtree(host.path("files"))
     place.furnish(host)
     write(host.path("templates/" + FILE), TEMPLATE.format(FILE))
-    write(host.path("templates/targets.ini"),
-          f"[{FILE}]\ntarget = {host.path(place.file)}\nroles = both\n")
+    write(host.path("templates/targets.toml"),
+          f'[templates."{FILE}"]\ntarget = "{host.path(place.file)}"\nroles = "both"\n')
     os.makedirs(host.path("outside"))
     for name in ("secret.conf", FILE):
         write(host.path("outside/" + name), b"size=3\n" + SECRET + b"\n", 0o600)

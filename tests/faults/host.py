@@ -77,8 +77,8 @@ class Host:
         targets = ""
         for name, roles in (("old.conf", "both"), ("new.conf", "server"), ("checked.conf", "client")):
             write(f"{top}/templates/{name}", TEMPLATE.format(name))
-            targets += f"[{name}]\ntarget = {inside}/files/{name}\nroles = {roles}\n"
-        write(f"{top}/templates/targets.ini", targets + "check = /bin/grep -q realm {}\n")
+            targets += f'[templates."{name}"]\ntarget = "{inside}/files/{name}"\nroles = "{roles}"\n'
+        write(f"{top}/templates/targets.toml", targets + 'check = ["/bin/grep", "-q", "realm", "{}"]\n')
         write(f"{top}/files/old.conf", ORIGINAL, 0o640)
         write(f"{top}/files/plain.conf", PLAIN_TEXT, 0o600)
 

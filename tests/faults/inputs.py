@@ -39,7 +39,7 @@ JUNK = bytes(range(127, 256)) + b"\n\xc3(\xff\n"
 RENDERED = re.compile(rb"\[\w+\.conf\]\nrealm = [^\n$]+\nlast=line\n")
 
 STATE = [f"{DIRECTORY}/{name}" for name in RECORDS + STATUSES + LOCKS]
-INPUTS = ["zet.conf", "templates/targets.ini", "templates/" + NAME, "etc/" + NAME, TARGET, TARGET + RESERVE,
+INPUTS = ["zet.conf", "templates/targets.toml", "templates/" + NAME, "etc/" + NAME, TARGET, TARGET + RESERVE,
           "files/new.conf" + ABSENCE] + STATE
 
 LOOKING = (("status",), ("check-config",), ("values",), ("commit-config", "-n"), ("rollback-config", "-n"),
@@ -93,8 +93,8 @@ class Reader:
         os.makedirs(self._host.path("run"), 0o700)
         for name in (NAME, "new.conf"):
             write(self._path("templates/" + name), TEMPLATE_TEXT.replace(NAME.encode(), name.encode()))
-        write(self._path("templates/targets.ini"), "".join(
-            f"[{name}]\ntarget = /files/{name}\nroles = both\n" for name in (NAME, "new.conf")))
+        write(self._path("templates/targets.toml"), "".join(
+            f'[templates."{name}"]\ntarget = "/files/{name}"\nroles = "both"\n' for name in (NAME, "new.conf")))
         write(self._path(TARGET), ORIGINAL)
         self._require(COMMIT)
         self._host.configure("elsewhere.example", "tree", "")
@@ -248,7 +248,7 @@ class Reader:
         body = content.removeprefix(notice)
         if name == "etc/" + NAME and text is not None:
             return body.rstrip(b"\n") == text.replace(b"${realm}", b"ELSEWHERE.EXAMPLE").rstrip(b"\n")
-        return name in ("zet.conf", "templates/targets.ini") and RENDERED.fullmatch(body) is not None
+        return name in ("zet.conf", "templates/targets.toml") and RENDERED.fullmatch(body) is not None
 
     def check_bytes(self, name, commands):
         with open(self._path(name), "rb") as file:
@@ -283,7 +283,7 @@ class Reader:
 
 
 # With the commands that read them.
-BYTES = (("zet.conf", (COMMIT,)), ("templates/targets.ini", (COMMIT,)), ("etc/" + NAME, (COMMIT,)),
+BYTES = (("zet.conf", (COMMIT,)), ("templates/targets.toml", (COMMIT,)), ("etc/" + NAME, (COMMIT,)),
          (TARGET, (COMMIT, TAKE_BACK)), *((name, (("status",), COMMIT)) for name in STATE if name.endswith(STATUSES)),
          *((name, (COMMIT, TAKE_BACK)) for name in STATE if name.endswith(RECORDS)))
 

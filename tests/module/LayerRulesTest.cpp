@@ -6,6 +6,7 @@
 #include <regex>
 #include <set>
 #include <stdexcept>
+#include <vector>
 
 #include "LoadedModule.h"
 
@@ -220,9 +221,23 @@ TEST(LayerRulesTest, NothingIsLinkedToTheModule) {
     }
 }
 
-TEST(LayerRulesTest, CoreIsNotLinkedToTheLibrariesOfTheTools) {
-    for (const std::string& need : NeedsOf(ZET_CORE_FILE))
-        EXPECT_FALSE(need.starts_with("libinih")) << need;
+TEST(LayerRulesTest, ParserOfListsIsOnlyCompiledIn) {
+    for (const std::string file : {ZET_CORE_FILE, ZET_TOOL_FILE}) {
+        for (const std::string& need : NeedsOf(file))
+            EXPECT_FALSE(need.starts_with("libtomlplusplus")) << file;
+    }
+}
+
+TEST(LayerRulesTest, ParserOfListsIsCompiledOnce) {
+    std::vector<std::string> users;
+    for (const std::string part : {"deploy/host", "deploy/state", "deploy/targets", "deploy/edit", "cli",
+                                   "cli/commands", "text", "core"}) {
+        for (const Include& each : IncludesOf("src/" + part)) {
+            if (each.header == "deploy/targets/Toml.h") users.push_back(each.file);
+            EXPECT_TRUE(!each.header.starts_with("toml++/") || each.file == "Toml.h") << each.file;
+        }
+    }
+    EXPECT_EQ(users, std::vector<std::string>{"TargetListReader.cpp"});
 }
 
 }  // namespace

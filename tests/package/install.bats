@@ -34,7 +34,7 @@ expected_files() {
 		share/bash-completion/completions/zet-init 644
 		share/man/man1/zet-client.1 -> zet-init.1
 		share/man/man1/zet-init.1 644
-		share/man/man5/targets.ini.5 644
+		share/man/man5/targets.toml.5 644
 		share/man/man5/zet.conf.5 644
 		share/man/man7/zet.7 644
 		share/zet/templates/domain.ldif 644
@@ -46,7 +46,7 @@ expected_files() {
 		share/zet/templates/ldap.conf 644
 		share/zet/templates/nslcd.conf 640
 		share/zet/templates/slapd.conf 644
-		share/zet/templates/targets.ini 644
+		share/zet/templates/targets.toml 644
 		share/zsh/site-functions/_zet-init 644
 	END
 }

@@ -37,9 +37,9 @@ product_version() {
 
 # list_only DIRECTORY TEMPLATE TARGET: a list of targets with that one alone.
 list_only() {
-    cat >"$1/targets.ini" <<-END
-		[$2]
-		target = $3
-		roles = both
+    cat >"$1/targets.toml" <<-END
+		[templates."$2"]
+		target = "$3"
+		roles = "both"
 	END
 }

@@ -7,7 +7,7 @@ setup() {
 }
 
 targets() {
-    sed -n 's/^target = //p' "$ROOT/usr/share/zet/templates/targets.ini"
+    sed -n 's/^target = "\(.*\)"$/\1/p' "$ROOT/usr/share/zet/templates/targets.toml"
 }
 
 @test "ExampleKeepsOutOfADirectoryThatIsInUse" {

@@ -4,7 +4,7 @@ load services
 
 setup() {
     cd "$SOURCE_DIR/templates" || return
-    mapfile -t templates < <(sed -n 's/^\[\(.*\)\]$/\1/p' targets.ini)
+    mapfile -t templates < <(sed -n 's/^\[templates\."\(.*\)"\]$/\1/p' targets.toml)
 }
 
 # Everything between "${" and the next "}" outside of comment lines.
@@ -14,7 +14,7 @@ placeholders() {
 
 @test "EveryTemplateIsListedAndEveryListedTemplateIsThere" {
     diff <(printf '%s\n' "${templates[@]}" | sort) \
-        <(find . -type f ! -name targets.ini ! -name CMakeLists.txt -printf '%P\n' | sort)
+        <(find . -type f ! -name targets.toml ! -name CMakeLists.txt -printf '%P\n' | sort)
 }
 
 @test "TemplatesUseEveryValueThatIsOfferedAndNoOther" {

@@ -11,7 +11,7 @@ namespace ZET::Deploy {
 
 ClaimedFiles::ClaimedFiles(HostProduct& product) : m_product(product) {
     AddOwn(product.FilePath(product.ConfigFile()), "the configuration file of the commands");
-    m_uses.try_emplace(Canonical(product.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini"),
+    m_uses.try_emplace(Canonical(TargetListFile(product)),
                        Use{"the list of targets", ""});
     for (const std::string& file : StateDirectory(product).Files())
         AddOwn(file, "a file of the status");

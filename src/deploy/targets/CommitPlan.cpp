@@ -116,7 +116,7 @@ std::vector<std::string> CommitPlan::RestartsOf(const std::vector<PlannedTarget>
     for (const PlannedTarget& planned : targets) {
         if (planned.IsChange() || planned.isTouched || planned.isUnrecorded ||
             m_cutShort.count(planned.path) != 0)
-            restarts.Add(planned.target.restart);
+            restarts.Add(planned.target.RestartsFor(m_product.Role()));
     }
     return restarts.Services();
 }

@@ -10,13 +10,14 @@ namespace ZET::Deploy {
 
 const TargetList& HostLists::Targets() {
     if (m_targets) return *m_targets;
-    const std::string file = m_product.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini";
-    m_targets = IsFileExist(file) ? ReadTargetList(m_product) : TargetList{file, {}, {}};
+    const std::string file = TargetListFile(m_product);
+    m_targets = IsFileExist(file) ? ReadTargetList(m_product) : TargetList{file, {}, {}, true};
     return *m_targets;
 }
 
 const Target* HostLists::TargetNamed(const std::string& name) {
     if (!m_byName) {
+        if (!Targets().isUnderstood) throw Failure(Targets().problems.front().Describe());
         std::map<std::string, const Target*> byName;
         for (const Target& target : Targets().targets) {
             if (target.path.empty()) continue;

@@ -21,7 +21,8 @@ class HostLists {
     /// As it stands, with its problems; an empty one where there is none.
     const TargetList& Targets();
 
-    /// The target whose file has this name, for any role; null when none has.
+    /// The target whose file has this name, for any role; null when none has. A `Failure` where the list is
+    /// none.
     const Target* TargetNamed(const std::string& name);
 
     /// The names of the files that a commit of either role recorded.

@@ -1,16 +1,10 @@
 #include "deploy/targets/Restarts.h"
 
-#include <algorithm>
-
-#include "deploy/host/TextStreams.h"
-
 namespace ZET::Deploy {
 
-void Restarts::Add(const std::string& services) {
-    TextReader words(services);
-    for (std::string service; words >> service;) {
-        if (std::find(m_services.begin(), m_services.end(), service) == m_services.end())
-            m_services.push_back(service);
+void Restarts::Add(const std::vector<std::string>& services) {
+    for (const std::string& service : services) {
+        if (m_known.insert(service).second) m_services.push_back(service);
     }
 }
 

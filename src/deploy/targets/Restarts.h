@@ -1,6 +1,7 @@
 #ifndef ZET_RESTARTS_H
 #define ZET_RESTARTS_H
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -11,13 +12,14 @@ namespace ZET::Deploy {
 /// The services that do not notice the change of their files before they are restarted.
 class Restarts {
   public:
-    /// `services` as the list of targets has them, blanks between; each counts once.
-    void Add(const std::string& services);
+    /// Each counts once.
+    void Add(const std::vector<std::string>& services);
 
     const std::vector<std::string>& Services() const { return m_services; }
 
   private:
     std::vector<std::string> m_services;
+    std::set<std::string> m_known;
 };
 
 }  // namespace ZET::Deploy

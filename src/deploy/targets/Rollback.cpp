@@ -95,7 +95,7 @@ class Rollback {
     WrittenFile Written(const Target& target) const {
         WrittenFile file{target.templateName,
                          m_product.HostPaths().FromInside(target.path),
-                         target.restart,
+                         target.RestartsFor(m_product.Role()),
                          target.path,
                          target.trusted,
                          target.forServer && target.forClient,
@@ -109,7 +109,7 @@ class Rollback {
     }
 
     void AddRecorded(const std::string& path, std::vector<WrittenFile>& files) {
-        WrittenFile file{"", path, "", "", "", true, ""};
+        WrittenFile file{"", path, {}, "", "", true, ""};
         try {
             if (!m_product.HostPaths().StaysInside(path)) {
                 m_product.Out().Warning(path +

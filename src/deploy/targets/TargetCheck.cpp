@@ -264,7 +264,7 @@ class TargetChecker {
 CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>& templateNames) {
     CheckedTargets checked;
     TargetList list = ReadTargetList(product);
-    checked.targets = SelectTargets(product, list, templateNames);
+    if (list.isUnderstood) checked.targets = SelectTargets(product, list, templateNames);
     TargetChecker checker(product, list, checked.targets);
     checked.problems = std::move(list.problems);
     for (const Target& target : checked.targets) {

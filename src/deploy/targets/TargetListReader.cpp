@@ -1,294 +1,332 @@
 #include "deploy/targets/TargetListReader.h"
 
-#include <fcntl.h>
-#include <ini.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <charconv>
-#include <cstring>
-#include <set>
-#include <string_view>
+#include <map>
+#include <optional>
+#include <utility>
 
-#include "deploy/host/Failure.h"
-#include "deploy/host/TextStreams.h"
-#include "posix/Descriptor.h"
+#include "deploy/targets/ListFile.h"
+#include "deploy/targets/ListProblems.h"
+#include "deploy/targets/Toml.h"
 
 namespace ZET::Deploy {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\v\f\n";
-constexpr std::size_t kLongestSection = 49;  // inih cuts off the rest
-
-/// Never waits, whatever the path leads to.
-Descriptor OpenList(const std::string& file) {
-    Descriptor list(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    struct stat status = {};
-    if (list < 0 || fstat(list, &status) != 0) {
-        throw Failure(file + ": the list of targets cannot be read: " + std::strerror(errno) +
-                      " (install the product's templates, or correct ZET_CFG_TEMPL_DIR)");
-    }
-    if (!S_ISREG(status.st_mode)) {
-        throw Failure(file + ": the list of targets is no regular file (put the product's own in its place)");
-    }
-    const bool othersMayWrite = (status.st_mode & (S_IWGRP | S_IWOTH)) != 0 || status.st_uid != 0;
-    if (geteuid() == 0 && othersMayWrite) {
-        throw Failure(
-            file +
-            ": others may write the list of targets, so root does not use it (chown root and chmod go-w)");
-    }
-    return list;
-}
-
-std::string ReadList(const std::string& file) {
-    const Descriptor list = OpenList(file);
-    std::string text;
-    char part[16384];
-    for (;;) {
-        const ssize_t length = read(list, part, sizeof part);
-        if (length == 0) return text;
-        if (length > 0) text.append(part, static_cast<std::size_t>(length));
-        if (length < 0 && errno != EINTR) {
-            throw Failure(file + ": reading the list of targets broke off: " + std::strerror(errno) +
-                          " (repair its file system)");
-        }
-    }
-}
-
-std::string_view Trimmed(std::string_view text) {
-    const std::size_t begin = std::min(text.find_first_not_of(kBlanks), text.size());
-    const std::size_t end = text.find_last_not_of(kBlanks) + 1;
-    return end > begin ? text.substr(begin, end - begin) : std::string_view();
-}
-
 bool LeavesDirectory(const std::string& name) {
     return name.empty() || name.front() == '/' || ("/" + name + "/").find("/../") != std::string::npos;
 }
 
-bool HaveCommonRole(const Target& one, const Target& other) {
-    return (one.forServer && other.forServer) || (one.forClient && other.forClient);
+/// What would end a name early for the system, or in the records of a commit.
+bool HasEnd(const std::string& name) {
+    return name.find('\0') != std::string::npos || name.find('\n') != std::string::npos;
 }
 
-/// Takes the entries of the list while inih reads it. inih tells neither of sections without entries or
-/// given twice nor of more than one broken line, so the form of each line is looked at before inih gets it.
-class ListReader {
+/// Takes the values of one template's keys.
+class TargetReader {
   public:
-    explicit ListReader(const std::string& file) { m_list.file = file; }
+    TargetReader(Target& target, ListProblems& problems) : m_target(target), m_problems(problems) {}
 
-    TargetList Read() {
-        const std::string text = ReadList(m_list.file);
-        m_rest = text;
-        const int brokenLine = ini_parse_stream(NextLine, this, TakeEntry, this);
-        if (brokenLine > 0 && !HasProblemAt(brokenLine)) AddFormProblem(brokenLine);
-        CheckSections();
-        std::stable_sort(m_list.problems.begin(), m_list.problems.end(),
-                         [](const Problem& one, const Problem& other) { return one.line < other.line; });
-        for (Section& section : m_sections)
-            m_list.targets.push_back(std::move(section.target));
-        return std::move(m_list);
+    void Take(const Entry& entry) {
+        static const std::map<std::string, void (TargetReader::*)(const Entry&)> kKeys = {
+            {"target", &TargetReader::TakePath},     {"roles", &TargetReader::TakeRoles},
+            {"check", &TargetReader::TakeCheck},     {"check_timeout", &TargetReader::TakeTimeout},
+            {"restart", &TargetReader::TakeRestart}, {"secret", &TargetReader::TakeSecret},
+            {"trust", &TargetReader::TakeTrusted},
+        };
+        const auto key = kKeys.find(entry.Name());
+        if (key != kKeys.end()) return (this->*key->second)(entry);
+        m_problems.Add(entry.KeyPlace(), "unknown key \"" + entry.Name() + "\"",
+                       "use target, roles, check, check_timeout, restart, secret or trust");
     }
 
   private:
-    struct Section {
-        Target target;
-        std::set<std::string> keys;
-        int pathLine = 0;
-        bool isBroken = false;  ///< a line of it was not understood
-    };
-
-    /// Gives inih the next line, or what there is room for in `line`.
-    static char* NextLine(char* line, int size, void* reader) {
-        auto& self = *static_cast<ListReader*>(reader);
-        if (self.m_rest.empty()) return nullptr;
-        ++self.m_line;
-        const std::size_t end = self.m_rest.find('\n');
-        const std::string_view whole = self.m_rest.substr(0, end == std::string_view::npos ? end : end + 1);
-        self.m_rest.remove_prefix(whole.size());
-        const std::size_t length = whole.copy(line, static_cast<std::size_t>(size) - 1);
-        line[length] = '\0';
-        if (length < whole.size()) {
-            self.AddBrokenLine("is longer than " + std::to_string(size - 2) + " bytes", "shorten the line");
-        } else if (whole.find('\0') != std::string_view::npos) {
-            self.AddBrokenLine("holds a NUL byte", "take it out");
+    void TakePath(const Entry& entry) {
+        const std::string remedy = "begin it with \"/\", and end it with the name of a file";
+        const std::optional<std::string> path = TextOf(entry, "write a path in quotes; " + remedy);
+        if (!path) return;
+        if (path->starts_with('/') && !path->ends_with('/')) {
+            m_target.path = *path;
         } else {
-            self.LookAt(whole);
-        }
-        return line;
-    }
-
-    static int TakeEntry(void* reader, const char*, const char* key, const char* value) {
-        auto& self = *static_cast<ListReader*>(reader);
-        if (!self.HasProblemAt(self.m_line)) self.Take(key, value);
-        return 1;
-    }
-
-    void LookAt(std::string_view line) {
-        const std::string_view text = Trimmed(line);
-        if (text.empty() || text.front() == '#' || text.front() == ';') return;
-        if (text.front() == '[') {
-            const std::size_t end = text.find(']');
-            if (end == std::string_view::npos) return AddFormProblem(m_line);
-            OpenSection(std::string(text.substr(1, end - 1)));
-        } else if (kBlanks.find(line.front()) != std::string_view::npos) {
-            AddBrokenLine("begins with a blank, which would make it part of the line before",
-                          "begin the line with its key");
-        } else if (text.find_first_of("=:") == std::string_view::npos) {
-            AddFormProblem(m_line);
+            m_problems.Add(entry.ValuePlace(), "target \"" + *path + "\" is no absolute path of a file",
+                           remedy);
         }
     }
 
-    void OpenSection(const std::string& name) {
-        const auto known = std::find_if(m_sections.begin(), m_sections.end(), [&](const Section& section) {
-            return section.target.templateName == name;
-        });
-        if (known != m_sections.end()) {
-            AddProblem(m_line, "section [" + name + "] is there twice",
-                       "see line " + std::to_string(known->target.line) + ", put both into one");
-        } else if (name.size() > kLongestSection) {
-            AddProblem(m_line,
-                       "the name of the section is longer than " + std::to_string(kLongestSection) + " bytes",
-                       "give the template a shorter name");
-        } else if (LeavesDirectory(name)) {
-            AddProblem(m_line, "section [" + name + "] leaves the directory of the templates",
-                       "name a template below it");
-        }
-        m_isIgnored = HasProblemAt(m_line);
-        if (m_isIgnored) return;
-        m_sections.emplace_back();
-        m_sections.back().target.templateName = name;
-        m_sections.back().target.line = m_line;
+    void TakeRoles(const Entry& entry) {
+        constexpr char kRemedy[] = "write \"server\", \"client\" or \"both\"";
+        const std::optional<std::string> roles = TextOf(entry, kRemedy);
+        if (!roles) return;
+        m_target.forServer = *roles == "server" || *roles == "both";
+        m_target.forClient = *roles == "client" || *roles == "both";
+        if (!m_target.forServer && !m_target.forClient)
+            m_problems.Add(entry.ValuePlace(), "roles is \"" + *roles + "\"", kRemedy);
     }
 
-    void Take(const std::string& key, const std::string& value) {
-        if (m_isIgnored) return;
-        if (m_sections.empty()) {
-            AddProblem(m_line, "key \"" + key + "\" stands before the first section",
-                       "put it below the [TEMPLATE] it belongs to");
-            return;
-        }
-        Section& section = m_sections.back();
-        if (!section.keys.insert(key).second) {
-            AddProblem(m_line, "key \"" + key + "\" is there twice in [" + section.target.templateName + "]",
-                       "keep one of them");
-            return;
-        }
-        Set(section, key, value);
+    void TakeCheck(const Entry& entry) {
+        m_target.check = WordsOf(entry, "write an array of words, as [\"COMMAND\", \"{}\"]");
+        if (!m_target.check.empty() && m_target.check.front().empty())
+            m_problems.Add(entry.ValuePlace(), "check names no command", "put its name first");
     }
 
-    void Set(Section& section, const std::string& key, const std::string& value) {
-        Target& target = section.target;
-        if (key == "target") {
-            section.pathLine = m_line;
-            SetPath(target, value);
-        } else if (key == "roles") {
-            SetRoles(target, value);
-        } else if (key == "check") {
-            TextReader words(value);
-            for (std::string word; words >> word;)
-                target.check.push_back(word);
-        } else if (key == "check_timeout") {
-            SetTimeout(target, value);
-        } else if (key == "restart") {
-            target.restart = value;
-        } else if (key == "secret") {
-            if (value != "true" && value != "false")
-                AddProblem(m_line, "secret is \"" + value + "\"", "write true or false");
-            target.isSecret = value != "false";
-        } else if (key == "trust") {
-            if (value.empty()) AddProblem(m_line, "trust is empty", "name a user, or remove the line");
-            target.trusted = value;
-        } else {
-            AddProblem(m_line, "unknown key \"" + key + "\"",
-                       "use target, roles, check, check_timeout, restart, secret or trust");
-        }
-    }
-
-    void SetPath(Target& target, const std::string& value) {
-        if (value.starts_with('/') && !value.ends_with('/')) {
-            target.path = value;
-        } else {
-            AddProblem(m_line, "target \"" + value + "\" is no absolute path of a file",
-                       "begin it with \"/\", and end it with the name of a file");
-        }
-    }
-
-    void SetRoles(Target& target, const std::string& value) {
-        target.forServer = value == "server" || value == "both";
-        target.forClient = value == "client" || value == "both";
-        if (!target.forServer && !target.forClient)
-            AddProblem(m_line, "roles is \"" + value + "\"", "write server, client or both");
-    }
-
-    void SetTimeout(Target& target, const std::string& value) {
+    void TakeTimeout(const Entry& entry) {
         constexpr int kLongest = 86400;  // a day
-        int seconds = 0;
-        const char* const end = value.data() + value.size();
-        const auto [rest, error] = std::from_chars(value.data(), end, seconds);
-        if (error == std::errc() && rest == end && seconds >= 1 && seconds <= kLongest) {
-            target.checkTimeout = std::chrono::seconds(seconds);
-        } else {
-            AddProblem(m_line, "check_timeout is \"" + value + "\"",
-                       "write a number of seconds from 1 to " + std::to_string(kLongest));
-        }
+        const std::string remedy = "write a number of seconds from 1 to " + std::to_string(kLongest);
+        const auto* const number = entry.value->as_integer();
+        if (number == nullptr) return AddKind(entry, remedy);
+        const std::int64_t seconds = number->get();
+        if (seconds < 1 || seconds > kLongest)
+            return m_problems.Add(entry.ValuePlace(), "check_timeout is " + std::to_string(seconds), remedy);
+        m_target.checkTimeout = std::chrono::seconds(seconds);
     }
 
-    void CheckSections() {
-        for (const Section& section : m_sections) {
-            if (!section.isBroken) CheckKeys(section);
-            for (const Section* other = m_sections.data(); other != &section; ++other) {
-                if (section.target.path.empty() || section.target.path != other->target.path ||
-                    !HaveCommonRole(section.target, other->target))
-                    continue;
-                AddProblem(
-                    section.pathLine,
-                    "target " + section.target.path + " is made from [" + other->target.templateName +
-                        "] too",
-                    "see line " + std::to_string(other->pathLine) + ", give each file to one template");
+    void TakeRestart(const Entry& entry) {
+        const toml::table* const byRole = entry.value->as_table();
+        if (byRole == nullptr) {
+            m_target.restartOnServer = ServicesOf(entry);
+            m_target.restartOnClient = m_target.restartOnServer;
+            return;
+        }
+        if (byRole->empty()) AddEmpty(entry);
+        for (const Entry& role : InOrder(*byRole)) {
+            if (role.Name() == "server") {
+                m_target.restartOnServer = ServicesOf(role);
+            } else if (role.Name() == "client") {
+                m_target.restartOnClient = ServicesOf(role);
+            } else {
+                m_problems.Add(role.KeyPlace(), "restart has no role \"" + role.Name() + "\"",
+                               "use server and client");
             }
         }
     }
 
-    void CheckKeys(const Section& section) {
-        const std::string name = "section [" + section.target.templateName + "] ";
-        if (section.keys.count("target") == 0)
-            AddProblem(section.target.line, name + "has no target", "add target = /PATH");
-        if (section.keys.count("roles") == 0)
-            AddProblem(section.target.line, name + "has no roles", "add roles = server, client or both");
+    std::vector<std::string> ServicesOf(const Entry& entry) {
+        std::vector<std::string> services =
+            WordsOf(entry, "write an array of services, or { server = [...], client = [...] }");
+        for (const std::string& service : services) {
+            if (service.empty() || service.find_first_of(" \t") != std::string::npos || HasEnd(service))
+                m_problems.Add(entry.ValuePlace(), "\"" + service + "\" is no name of a service",
+                               "write each service in quotes of its own");
+        }
+        return services;
     }
 
-    bool HasProblemAt(int line) const {
-        return std::any_of(m_list.problems.begin(), m_list.problems.end(),
-                           [&](const Problem& problem) { return problem.line == line; });
+    /// What cannot be told is kept from everybody.
+    void TakeSecret(const Entry& entry) {
+        const auto* const isSecret = entry.value->as_boolean();
+        if (isSecret == nullptr) AddKind(entry, "write true or false, without quotes");
+        m_target.isSecret = isSecret == nullptr || isSecret->get();
     }
 
-    void AddFormProblem(int line) {
-        AddProblem(line, "is neither a section nor KEY = VALUE", "correct the line");
-        if (!m_sections.empty()) m_sections.back().isBroken = true;
+    void TakeTrusted(const Entry& entry) {
+        const std::optional<std::string> user = TextOf(entry, "write the name of a user in quotes");
+        if (!user) return;
+        if (user->empty())
+            m_problems.Add(entry.ValuePlace(), "trust is empty", "name a user, or remove the line");
+        m_target.trusted = *user;
     }
 
-    void AddBrokenLine(const std::string& text, const std::string& remedy) {
-        AddProblem(m_line, text, remedy);
-        if (!m_sections.empty()) m_sections.back().isBroken = true;
+    std::optional<std::string> TextOf(const Entry& entry, const std::string& remedy) {
+        const auto* const text = entry.value->as_string();
+        if (text == nullptr) {
+            AddKind(entry, remedy);
+            return std::nullopt;
+        }
+        if (!HasEnd(text->get())) return text->get();
+        m_problems.Add(entry.ValuePlace(), entry.Name() + " holds a NUL byte or a line feed", "take it out");
+        return std::nullopt;
     }
 
-    void AddProblem(int line, const std::string& text, const std::string& remedy) {
-        m_list.problems.push_back({m_list.file, line, 0, text, remedy});
+    std::vector<std::string> WordsOf(const Entry& entry, const std::string& remedy) {
+        const toml::array* const array = entry.value->as_array();
+        if (array == nullptr) {
+            AddKind(entry, remedy);
+            return {};
+        }
+        if (array->empty()) AddEmpty(entry);
+        std::vector<std::string> words;
+        for (const toml::node& node : *array) {
+            const auto* const word = node.as_string();
+            if (word == nullptr) {
+                m_problems.Add(PlaceOf(node.source()), entry.Name() + " holds " + KindOf(node),
+                               "write each word in quotes");
+            } else if (word->get().find('\0') != std::string::npos) {
+                m_problems.Add(PlaceOf(node.source()), entry.Name() + " holds a NUL byte", "take it out");
+            } else {
+                words.push_back(word->get());
+            }
+        }
+        return words;
     }
 
+    void AddKind(const Entry& entry, const std::string& remedy) {
+        m_problems.Add(entry.ValuePlace(), entry.Name() + " is " + KindOf(*entry.value), remedy);
+    }
+
+    void AddEmpty(const Entry& entry) {
+        m_problems.Add(entry.ValuePlace(), entry.Name() + " is empty", "fill it, or remove the line");
+    }
+
+    Target& m_target;
+    ListProblems& m_problems;
+};
+
+class ListReader {
+  public:
+    ListReader(const std::string& file, std::string_view text) : m_text(text), m_problems(file, text) {
+        m_list.file = file;
+    }
+
+    TargetList Read() {
+        if (std::optional<Problem> problem = FormProblem(m_list.file, m_text)) {
+            m_list.isUnderstood = false;
+            m_list.problems.push_back(std::move(*problem));
+            return std::move(m_list);
+        }
+        const toml::parse_result parsed = toml::parse(m_text);
+        if (parsed) {
+            TakeList(parsed.table());
+        } else {
+            m_list.isUnderstood = false;
+            AddOfSyntax(parsed.error());
+        }
+        m_list.problems = m_problems.Take();
+        return std::move(m_list);
+    }
+
+  private:
+    /// A header that is there twice is told here: the parser misspells names in quotes.
+    void AddOfSyntax(const toml::parse_error& error) {
+        const Place place = PlaceOf(error.source());
+        const std::string line(m_problems.LineAt(place.line));
+        int earlier = 1;
+        while (earlier < place.line && m_problems.LineAt(earlier) != line)
+            ++earlier;
+        if (line.starts_with('[') && earlier < place.line) {
+            m_problems.Add(place, line + " is there twice",
+                           "see line " + std::to_string(earlier) + ", put both into one");
+        } else {
+            m_problems.Add(place, "is no TOML: " + std::string(error.description()),
+                           "correct it: texts stand in quotes, each name and each key is there once");
+        }
+    }
+
+    void TakeList(const toml::table& list) {
+        for (const Entry& entry : InOrder(list)) {
+            if (entry.Name() != "templates") {
+                m_problems.Add(entry.KeyPlace(), "unknown key \"" + entry.Name() + "\"",
+                               "put what a template has below [templates.\"NAME\"]");
+            } else if (const toml::table* const templates = entry.value->as_table()) {
+                for (const Entry& each : InOrder(*templates))
+                    TakeTemplate(each);
+            } else {
+                m_problems.Add(entry.KeyPlace(), "templates is " + KindOf(*entry.value),
+                               "write [templates.\"NAME\"]");
+            }
+        }
+    }
+
+    void TakeTemplate(const Entry& entry) {
+        const std::string name = entry.Name();
+        const toml::table* const table = entry.value->as_table();
+        if (table == nullptr) {
+            m_problems.Add(entry.KeyPlace(), "template [" + name + "] is " + KindOf(*entry.value),
+                           "write [templates.\"NAME\"] above its keys");
+        } else if (LeavesDirectory(name)) {
+            m_problems.Add(entry.KeyPlace(), "template [" + name + "] leaves the directory of the templates",
+                           "name a template below it");
+        } else if (HasEnd(name)) {
+            m_problems.Add(entry.KeyPlace(),
+                           "template [" + name + "] has a NUL byte or a line feed in its name",
+                           "give it another name");
+        } else {
+            TakeKeys(entry, *table);
+        }
+    }
+
+    void TakeKeys(const Entry& entry, const toml::table& table) {
+        Target target;
+        target.templateName = entry.Name();
+        target.line = static_cast<int>(entry.KeyPlace().line);
+        TargetReader reader(target, m_problems);
+        bool isTemplate = table.empty();
+        for (const Entry& each : InOrder(table)) {
+            const toml::table* const part = each.Name() == "restart" ? nullptr : NextPart(*each.value);
+            if (part == nullptr) {
+                reader.Take(each);
+                isTemplate = true;
+            } else {
+                TellUnquoted(target.templateName + "." + each.Name(), each, *part);
+            }
+        }
+        if (!isTemplate) return;
+        RequireKeys(entry, table);
+        if (!target.path.empty()) ClaimFile(target, PlaceOf(table.get("target")->source()));
+        m_list.targets.push_back(std::move(target));
+    }
+
+    void RequireKeys(const Entry& entry, const toml::table& table) {
+        const std::string name = "template [" + entry.Name() + "] ";
+        if (!table.contains("target"))
+            m_problems.Add(entry.KeyPlace(), name + "has no target", "add target = \"/PATH\"");
+        if (!table.contains("roles"))
+            m_problems.Add(entry.KeyPlace(), name + "has no roles",
+                           "add roles = \"server\", \"client\" or \"both\"");
+    }
+
+    /// `table` is what the name leads to so far.
+    void TellUnquoted(const std::string& name, const Entry& entry, const toml::table& table) {
+        bool isWhole = table.empty();
+        for (const Entry& each : InOrder(table)) {
+            const toml::table* const part = each.Name() == "restart" ? nullptr : NextPart(*each.value);
+            if (part == nullptr) {
+                isWhole = true;
+            } else {
+                TellUnquoted(name + "." + each.Name(), each, *part);
+            }
+        }
+        if (isWhole)
+            m_problems.Add(entry.KeyPlace(), "the name of the template [" + name + "] is not quoted",
+                           "write [templates.\"" + name + "\"]");
+    }
+
+    struct Claim {
+        std::string templateName;
+        Place place;
+    };
+    using Claims = std::map<std::string, Claim>;
+
+    /// For each role that the target is for.
+    void ClaimFile(const Target& target, const Place& place) {
+        const Claim claim{target.templateName, place};
+        const Claim* earlier = nullptr;
+        for (const auto& [isForRole, claims] :
+             {std::pair(target.forServer, &m_ofServer), std::pair(target.forClient, &m_ofClient)}) {
+            if (!isForRole) continue;
+            const auto [known, isFirst] = claims->emplace(target.path, claim);
+            if (!isFirst) earlier = &known->second;
+        }
+        if (earlier == nullptr) return;
+        m_problems.Add(
+            place, "target " + target.path + " is made from [" + earlier->templateName + "] too",
+            "see line " + std::to_string(earlier->place.line) + ", give each file to one template");
+    }
+
+    const std::string_view m_text;
     TargetList m_list;
-    std::vector<Section> m_sections;
-    bool m_isIgnored = false;  ///< the present section is not used
-    std::string_view m_rest;   ///< of the list, not read yet
-    int m_line = 0;
+    ListProblems m_problems;
+    Claims m_ofServer;
+    Claims m_ofClient;
 };
 
 }  // namespace
 
 TargetList ReadTargetFile(const std::string& file) {
-    return ListReader(file).Read();
+    return ReadTargetText(file, ReadListFile(file));
+}
+
+TargetList ReadTargetText(const std::string& file, std::string_view text) {
+    return ListReader(file, text).Read();
 }
 
 }  // namespace ZET::Deploy

@@ -8,8 +8,12 @@
 
 namespace ZET::Deploy {
 
+std::string TargetListFile(HostProduct& product) {
+    return product.Param("ZET_CFG_TEMPL_DIR") + "/targets.toml";
+}
+
 TargetList ReadTargetList(HostProduct& product) {
-    const std::string file = product.Param("ZET_CFG_TEMPL_DIR") + "/targets.ini";
+    const std::string file = TargetListFile(product);
     if (!product.HostPaths().StaysInside(file)) {
         throw Failure(file +
                       ": the list of targets is a link that leads out of the root directory (put the list "
@@ -33,7 +37,7 @@ std::vector<Target> SelectTargets(HostProduct& product, const TargetList& list,
                                          [&](const Target& target) { return target.templateName == name; });
         if (!isThere) {
             throw UsageError(list.file + ": has no template \"" + name + "\" for the role " + product.Role() +
-                             " (name one that it has, or add a section)");
+                             " (name one that it has, or add it)");
         }
     }
     return selected;

@@ -18,12 +18,16 @@ struct Target {
     bool forClient = false;
     std::vector<std::string> check;  ///< an argument list, "{}" for the staged file; empty: no check
     std::chrono::seconds checkTimeout{60};
-    std::string restart;    ///< services to name after a change
+    std::vector<std::string> restartOnServer;  ///< the services to name after a change
+    std::vector<std::string> restartOnClient;
     bool isSecret = false;  ///< its text is never shown
     std::string trusted;    ///< a user whose directories count as root's; empty: none
-    int line = 0;           ///< of its section in the list
+    int line = 0;           ///< of its name in the list
 
     bool IsFor(const std::string& role) const { return role == "server" ? forServer : forClient; }
+    const std::vector<std::string>& RestartsFor(const std::string& role) const {
+        return role == "server" ? restartOnServer : restartOnClient;
+    }
 };
 
 /// The list of targets as it stands, with what is wrong in it.
@@ -31,9 +35,13 @@ struct TargetList {
     std::string file;
     std::vector<Target> targets;
     std::vector<Problem> problems;
+    bool isUnderstood = true;  ///< false: nothing is known of it but the one problem
 };
 
-/// Reads targets.ini in the directory of the pristine templates. A list that cannot be read is a `Failure`,
+/// The list of targets, in the directory of the pristine templates.
+std::string TargetListFile(HostProduct& product);
+
+/// Reads the list of targets in its place. A list that cannot be read is a `Failure`,
 /// and so is, while root runs, one that others may write or lead root to; broken entries are problems.
 TargetList ReadTargetList(HostProduct& product);
 

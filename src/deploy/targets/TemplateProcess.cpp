@@ -23,11 +23,14 @@ namespace {
 void RequireFreeTarget(HostProduct& product, const std::string& templateName, const std::string& path) {
     ClaimedFiles claimed(product);
     claimed.AddTemplate(templateName);
+    TargetList list;
     try {
-        claimed.AddListed(ReadTargetList(product).targets);
+        list = ReadTargetList(product);
     } catch (const Failure&) {
         // Without a list that can be used, nothing is known to be a target.
     }
+    if (!list.isUnderstood) throw Failure(list.problems.front().Describe());
+    claimed.AddListed(list.targets);
     if (const auto clash = claimed.ClashOf(templateName)) throw Failure(clash->Describe());
     const std::string use = claimed.UseBesideTargets(path);
     if (!use.empty()) throw Failure(path + ": is " + use + " (name another file)");

@@ -2,6 +2,7 @@
 #define ZET_WRITTEN_FILE_H
 
 #include <string>
+#include <vector>
 
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
@@ -14,13 +15,13 @@ namespace ZET::Deploy {
 
 /// A file that the product may have written.
 struct WrittenFile {
-    std::string templateName;  ///< empty: the list does not have the file any more
-    std::string path;          ///< of the real file, links followed
-    std::string restart;       ///< the services that notice its change only then
-    std::string named;         ///< as the list has it; empty: the list does not have it any more
-    std::string trusted;       ///< the user whose directories count as root's
-    bool isOfBoth = true;      ///< the other role may have committed it, too
-    std::string trouble;       ///< why the real file cannot be found; the path is then as the list has it
+    std::string templateName;          ///< empty: the list does not have the file any more
+    std::string path;                  ///< of the real file, links followed
+    std::vector<std::string> restart;  ///< the services that notice its change only then
+    std::string named;                 ///< as the list has it; empty: the list does not have it any more
+    std::string trusted;               ///< the user whose directories count as root's
+    bool isOfBoth = true;              ///< the other role may have committed it, too
+    std::string trouble;  ///< why the real file cannot be found; the path is then as the list has it
 
     std::string Reserve() const { return path + ZETReserveSuffix; }
     std::string Record() const { return path + ZETAbsenceSuffix; }

@@ -1,0 +1,126 @@
+#include "deploy/targets/ListFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "deploy/host/Failure.h"
+#include "posix/Descriptor.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr std::size_t kMostBytesOfLine = std::size_t{64} * 1024;
+
+/// A parser makes a table in a table for each dot between names, and goes down through all of them.
+constexpr std::ptrdiff_t kMostDotsOfLine = 500;
+
+Descriptor OpenList(const std::string& file) {
+    Descriptor list(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    struct stat status = {};
+    if (list < 0 || fstat(list, &status) != 0) {
+        throw Failure(file + ": the list of targets cannot be read: " + std::strerror(errno) +
+                      " (install the product's templates, or correct ZET_CFG_TEMPL_DIR)");
+    }
+    if (!S_ISREG(status.st_mode)) {
+        throw Failure(file + ": the list of targets is no regular file (put the product's own in its place)");
+    }
+    const bool othersMayWrite = (status.st_mode & (S_IWGRP | S_IWOTH)) != 0 || status.st_uid != 0;
+    if (geteuid() == 0 && othersMayWrite) {
+        throw Failure(
+            file +
+            ": others may write the list of targets, so root does not use it (chown root and chmod go-w)");
+    }
+    return list;
+}
+
+/// The bytes of the character in UTF-8 that the text begins with; 0: it begins with none.
+std::size_t CharacterLength(std::string_view text) {
+    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    const unsigned char first = byte(0);
+    if (first < 0x80) return 1;
+    const std::size_t length = first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : first < 0xF5 ? 4 : 0;
+    if (length == 0 || text.size() < length) return 0;
+    for (std::size_t i = 1; i < length; ++i)
+        if ((byte(i) & 0xC0) != 0x80) return 0;
+    const bool isOverlong = (first == 0xE0 && byte(1) < 0xA0) || (first == 0xF0 && byte(1) < 0x90);
+    const bool isNone = (first == 0xED && byte(1) > 0x9F) || (first == 0xF4 && byte(1) > 0x8F);
+    return isOverlong || isNone ? 0 : length;
+}
+
+/// Where in the line something is no UTF-8.
+std::size_t FirstOfNoText(std::string_view line) {
+    for (std::size_t i = 0; i < line.size();) {
+        const std::size_t length = CharacterLength(line.substr(i));
+        if (length == 0) return i;
+        i += length;
+    }
+    return std::string_view::npos;
+}
+
+/// What is wrong with a line, without its file and number.
+std::optional<Problem> ProblemOfLine(std::string_view line) {
+    const auto problem = [](std::size_t place, const std::string& text, const std::string& remedy) {
+        return Problem{"", 0, static_cast<int>(place + 1), text, remedy};
+    };
+    if (line.size() > kMostBytesOfLine) {
+        return Problem{"", 0, 0, "is longer than " + std::to_string(kMostBytesOfLine) + " bytes",
+                       "shorten the line; an array may go over several"};
+    }
+    if (const std::size_t place = line.find('\0'); place != std::string_view::npos)
+        return problem(place, "holds a NUL byte", "take it out");
+    if (const std::size_t place = line.find('\r'); place != std::string_view::npos)
+        return problem(place, "holds a carriage return", "end the lines with a line feed only");
+    if (const std::size_t place = FirstOfNoText(line); place != std::string_view::npos)
+        return problem(place, "holds a byte that is no UTF-8", "save the list as UTF-8");
+    if (std::count(line.begin(), line.end(), '.') > kMostDotsOfLine) {
+        return Problem{"", 0, 0, "has more than " + std::to_string(kMostDotsOfLine) + " dots",
+                       "shorten the line; an array may go over several"};
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::string ReadListFile(const std::string& file) {
+    const Descriptor list = OpenList(file);
+    std::string text;
+    char part[16384];
+    while (text.size() <= kMostBytesOfList) {
+        const ssize_t length = read(list, part, sizeof part);
+        if (length == 0) return text;
+        if (length > 0) text.append(part, static_cast<std::size_t>(length));
+        if (length < 0 && errno != EINTR) {
+            throw Failure(file + ": reading the list of targets broke off: " + std::strerror(errno) +
+                          " (repair its file system)");
+        }
+    }
+    text.resize(kMostBytesOfList + 1);
+    return text;
+}
+
+std::optional<Problem> FormProblem(const std::string& file, std::string_view text) {
+    if (text.size() > kMostBytesOfList) {
+        return Problem{
+            file, 0, 0,
+            "the list of targets is larger than " + std::to_string(kMostBytesOfList / 1024 / 1024) + " MiB",
+            "take out what does not belong there"};
+    }
+    for (int number = 1; !text.empty(); ++number) {
+        const std::string_view line = text.substr(0, text.find('\n'));
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
+        if (std::optional<Problem> problem = ProblemOfLine(line)) {
+            problem->file = file;
+            problem->line = number;
+            return problem;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,44 @@
+#ifndef ZET_LIST_PROBLEMS_H
+#define ZET_LIST_PROBLEMS_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "zet/ZETProblem.h"
+
+namespace ZET::Deploy {
+
+/// Where something stands in a list; both count from 1.
+struct Place {
+    int line = 0;
+    int character = 0;
+};
+
+/// The problems of a list.
+class ListProblems {
+  public:
+    ListProblems(const std::string& file, std::string_view text) : m_file(file), m_text(text) {}
+
+    void Add(const Place& place, const std::string& text, const std::string& remedy);
+
+    /// Without its line feed; empty where there is none of that number.
+    std::string_view LineAt(int number);
+
+    /// In the order of their places.
+    std::vector<Problem> Take();
+
+  private:
+    int ColumnOf(const Place& place);
+    void FindLines();
+
+    const std::string m_file;
+    const std::string_view m_text;
+    std::vector<std::size_t> m_lineBegins;  ///< found with the first problem
+    std::vector<Problem> m_problems;
+};
+
+}  // namespace ZET::Deploy
+
+#endif
