@@ -29,7 +29,7 @@ void BeginFileReport(Session& session) {
 }
 
 int ReportFile(Session& session, const FileOutcome& outcome) {
-    const Request& asked = session.Asked();
+    const GlobalOptions& asked = session.Asked();
     Report& out = session.Out();
     Fields fields = {{"file", outcome.file},
                      {"path", session.Product().HostPaths().RealName(outcome.path)},
@@ -71,7 +71,7 @@ void BeginTargets(Session& session, Session::FileTeller teller) {
 
 void TellChecksNotRun(Session& session, std::size_t count) {
     session.Out().Set("checks_not_run", static_cast<std::int64_t>(count));
-    if (count == 0 || session.Asked().noChecks) return;
+    if (count == 0 || !session.Wanted().runsChecks) return;
     session.Out().Remark(std::to_string(count) + (count == 1 ? " check command" : " check commands") +
                          " of the tree " + (count == 1 ? "was" : "were") +
                          " not run (--run-checks runs them, on this host)");

@@ -21,6 +21,9 @@ void AddDiff(Fields& fields, const ShownDiff& diff);
 /// Gives the document the fields of a command about targets, each of which is told by `teller`.
 void BeginTargets(Session& session, Session::FileTeller teller);
 
+/// Of the option with which check commands of a tree are run.
+inline constexpr char kRunChecksHelp[] = "With --root: run the tree's check commands, on this host";
+
 /// That check commands of a tree were not run, and how to have them run.
 void TellChecksNotRun(Session& session, std::size_t count);
 

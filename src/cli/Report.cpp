@@ -97,16 +97,16 @@ std::string_view ColorOfDiffLine(std::string_view line) {
 
 }  // namespace
 
-Report::Report(const Request& request)
-    : m_program(request.program),
-      m_json(request.json),
-      m_quiet(request.quiet),
-      m_verbose(request.verbose),
+Report::Report(const GlobalOptions& asked)
+    : m_program(asked.program),
+      m_json(asked.json),
+      m_quiet(asked.quiet),
+      m_verbose(asked.verbose),
       m_output(STDOUT_FILENO),
       m_messages(STDERR_FILENO),
-      m_color(WantsColor(request.color, m_output.IsTerminal())) {
+      m_color(WantsColor(asked.color, m_output.IsTerminal())) {
     Set("version", kDocumentVersion);
-    Set("command", request.command.empty() ? Value(nullptr) : Value(request.command));
+    Set("command", asked.command.empty() ? Value(nullptr) : Value(asked.command));
 }
 
 void Report::Line(const std::string& text) {

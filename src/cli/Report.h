@@ -9,8 +9,8 @@
 #include <variant>
 #include <vector>
 
+#include "cli/GlobalOptions.h"
 #include "cli/OutputStream.h"
-#include "cli/Request.h"
 
 namespace ZET {
 
@@ -39,7 +39,7 @@ struct Value {
 /// on standard error. Each result is given in both forms; the caller's choice decides which one is shown.
 class Report {
   public:
-    explicit Report(const Request& request);
+    explicit Report(const GlobalOptions& asked);
 
     /// A result for a reader: one line, whatever the names in it hold. Below it, lines of somebody else's.
     void Line(const std::string& text);

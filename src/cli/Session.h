@@ -1,11 +1,12 @@
 #ifndef ZET_SESSION_H
 #define ZET_SESSION_H
 
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "cli/GlobalOptions.h"
 #include "cli/Report.h"
-#include "cli/Request.h"
 #include "deploy/targets/Deployment.h"
 #include "zet/deploy/Observer.h"
 
@@ -18,12 +19,16 @@ class Session : private Observer {
     /// How a command tells of a file that is done with.
     using FileTeller = void (*)(Session& session, const FileOutcome& outcome);
 
-    /// A configuration file or module that is missing or broken throws.
-    Session(const Request& request, Report& report);
+    Session(const GlobalOptions& asked, Report& report);
 
-    const Request& Asked() const { return m_request; }
+    const GlobalOptions& Asked() const { return m_asked; }
     Report& Out() { return m_report; }
-    Deployment& Product() { return m_product; }
+
+    /// How the product is to be used. It can be changed until it is used.
+    Options& Wanted() { return m_wanted; }
+
+    /// Started when it is needed first. A configuration file or module that is missing or broken throws.
+    Deployment& Product();
 
     /// Files that the product is done with are told by `teller` from now on.
     void TellFilesBy(FileTeller teller) { m_teller = teller; }
@@ -32,7 +37,7 @@ class Session : private Observer {
     /// The log's warnings and errors are in the document, too.
     class LogInReport {
       public:
-        LogInReport(const Request& request, Report& report);
+        LogInReport(const GlobalOptions& asked, Report& report);
         ~LogInReport();
         LogInReport(const LogInReport&) = delete;
         LogInReport& operator=(const LogInReport&) = delete;
@@ -45,11 +50,12 @@ class Session : private Observer {
     void Done(const FileOutcome& outcome) override;
     void Restarts(const std::vector<std::string>& services) override;
 
-    const Request& m_request;
+    const GlobalOptions& m_asked;
     Report& m_report;
     LogInReport m_logInReport;
     FileTeller m_teller = nullptr;
-    Deployment m_product;
+    Options m_wanted;
+    std::unique_ptr<Deployment> m_product;
 };
 
 }  // namespace ZET

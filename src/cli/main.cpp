@@ -41,11 +41,11 @@ void HearOfEndedPrograms() {
     std::signal(SIGCHLD, SIG_DFL);
 }
 
-int Run(const ZET::Request& request, ZET::Report& report) {
+int Run(const ZET::Call& call, ZET::Report& report) {
     try {
-        ZET::Session session(request, report);
+        ZET::Session session(call.options, report);
         const ZET::LoggedFailures failures;
-        const int status = request.run(session);
+        const int status = call.run(session);
         // The module reports some failures to the log only.
         return status != ZET::kFailed && failures.Any() ? ZET::kFailed : status;
     } catch (const ZET::UsageError& error) {
@@ -68,11 +68,11 @@ int Run(const ZET::Request& request, ZET::Report& report) {
 int RunProgram(int count, char** arguments) {
     const std::string program = ZET::BaseNameOf(arguments[0]);
     int status = ZET::kDone;
-    const auto request =
+    const auto call =
         ZET::ParseCommandLine(program == "zet-init" ? "zet-init" : "zet-client", count, arguments, status);
-    if (!request) return status;
-    ZET::Report report(*request);
-    status = Run(*request, report);
+    if (!call) return status;
+    ZET::Report report(call->options);
+    status = Run(*call, report);
     const std::string left = ZET::Staging::LeftBehind();
     if (!left.empty()) {
         report.Error(left);

@@ -1,5 +1,6 @@
 #include "cli/ExitStatus.h"
-#include "cli/commands/Commands.h"
+#include "cli/Session.h"
+#include "cli/commands/Registrations.h"
 #include "deploy/edit/FileDiagnosis.h"
 #include "text/ChangedLines.h"
 #include "zet/ZETProblem.h"
@@ -7,6 +8,10 @@
 namespace ZET {
 
 namespace {
+
+struct DoctorOptions {
+    std::string file;
+};
 
 std::string Remedy(const MarkerDamage& damage) {
     if (!damage.IsAmbiguous()) return damage.remedies.front();
@@ -41,11 +46,9 @@ void TellRepair(Session& session, const FileDiagnosis& file) {
     session.Out().Diff(file.repair);
 }
 
-}  // namespace
-
-int RunDoctor(Session& session) {
+int Doctor(Session& session, const DoctorOptions& asked) {
     Report& out = session.Out();
-    const FileDiagnosis file = DiagnoseFile(session.Product(), session.Asked().file);
+    const FileDiagnosis file = DiagnoseFile(session.Product(), asked.file);
     out.Set("file", file.path);
     out.AddList("problems");
     out.Set("repair", nullptr);
@@ -58,6 +61,14 @@ int RunDoctor(Session& session) {
     }
     if (!file.repair.empty()) TellRepair(session, file);
     return kFailed;
+}
+
+}  // namespace
+
+void RegisterDoctor(CommandLine& line) {
+    line.Single(Subject::AnyFile)
+        .Add<DoctorOptions>("doctor", "Tell damaged markers of a file and a repair", Doctor)(
+            "FILE", &DoctorOptions::file, "The file");
 }
 
 }  // namespace ZET

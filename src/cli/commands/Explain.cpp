@@ -1,7 +1,8 @@
 #include <charconv>
 
 #include "cli/ExitStatus.h"
-#include "cli/commands/Commands.h"
+#include "cli/Session.h"
+#include "cli/commands/Registrations.h"
 #include "deploy/edit/FileExplanation.h"
 #include "deploy/host/Failure.h"
 #include "zet/ZETFiles.h"
@@ -11,6 +12,10 @@ namespace ZET {
 namespace {
 
 using Kind = ExplainedLines::Kind;
+
+struct ExplainOptions {
+    std::string place;
+};
 
 /// FILE[:LINE], taken apart.
 struct Place {
@@ -257,10 +262,8 @@ class Teller {
     bool m_isLeftOut = false;  ///< some text that would have been told
 };
 
-}  // namespace
-
-int RunExplain(Session& session) {
-    const Place place = TakeApart(session, session.Asked().file);
+int Explain(Session& session, const ExplainOptions& asked) {
+    const Place place = TakeApart(session, asked.place);
     const FileExplanation file = ExplainFile(session.Product(), place.file);
     const std::size_t line = place.line.empty() ? 0 : LineNumber(place, file.path, file.lineCount);
     Teller teller(session, file);
@@ -274,6 +277,14 @@ int RunExplain(Session& session) {
     }
     teller.TellWhatIsHidden();
     return kDone;
+}
+
+}  // namespace
+
+void RegisterExplain(CommandLine& line) {
+    line.Single(Subject::AnyFile)
+        .Add<ExplainOptions>("explain", "Tell where the lines of a file come from", Explain)(
+            "FILE[:LINE]", &ExplainOptions::place, "The file, and one line of it");
 }
 
 }  // namespace ZET

@@ -1,11 +1,14 @@
 #include "cli/ExitStatus.h"
-#include "cli/commands/Commands.h"
+#include "cli/Session.h"
+#include "cli/commands/Registrations.h"
 #include "deploy/host/Signals.h"
 #include "deploy/targets/TargetStates.h"
 
 namespace ZET {
 
 namespace {
+
+struct StatusOptions {};
 
 bool IsClient(const Session& session) {
     return session.Asked().role == "client";
@@ -37,9 +40,7 @@ void TellTarget(Session& session, const TargetState& target) {
                                         {"state", target.state}});
 }
 
-}  // namespace
-
-int RunStatus(Session& session) {
+int Status(Session& session, const StatusOptions&) {
     const SignalGuard signals;
     BeginStatus(session);
     TellRole(session, RoleStatusOf(session.Product()));
@@ -53,6 +54,13 @@ int RunStatus(Session& session) {
     }
     if (states.IsAnyUnknown()) return kFailed;
     return states.IsInSync() ? kDone : kNotInSync;
+}
+
+}  // namespace
+
+void RegisterStatus(CommandLine& line) {
+    line.Single(Subject::Product)
+        .Add<StatusOptions>("status", "Tell the role and the state of each target", Status);
 }
 
 }  // namespace ZET

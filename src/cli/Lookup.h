@@ -8,11 +8,14 @@
 
 namespace ZET {
 
-/// The caller's FILE, of which he asks for the text: the real file, checked to be readable, and to be shown.
-std::string FileToShow(Session& session);
+/// Gives the document the fields that it has even if nobody could look; `key` is "value" or "line".
+void BeginLookup(Session& session, const char* key);
 
-/// Reports what was looked up, under `key` ("value", "line"), and returns the exit status: a lookup that
-/// found nothing is told by that alone, and in detail by `what`.
+/// The caller's FILE, of which he asks for the text: the real file, checked to be readable, and to be shown.
+std::string FileToShow(Session& session, const std::string& file);
+
+/// Reports what was looked up, under `key`, and returns the exit status: a lookup that found nothing is told
+/// by that alone, and in detail by `what`.
 int ReportLookup(Session& session, const std::string& what, const char* key,
                  const std::optional<std::string>& found);
 

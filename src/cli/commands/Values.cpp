@@ -1,5 +1,6 @@
 #include "cli/ExitStatus.h"
-#include "cli/commands/Commands.h"
+#include "cli/Session.h"
+#include "cli/commands/Registrations.h"
 
 namespace ZET {
 
@@ -10,9 +11,9 @@ std::string NameOf(const std::string& placeholder) {
     return placeholder.substr(2, placeholder.size() - 3);
 }
 
-}  // namespace
+struct NoWords {};
 
-int RunValues(Session& session) {
+int Values(Session& session, const NoWords&) {
     Fields values;
     for (const auto& [placeholder, value] : session.Product().Config().TemplatesValues()) {
         session.Out().Data(NameOf(placeholder) + "=" + value);
@@ -20,6 +21,12 @@ int RunValues(Session& session) {
     }
     session.Out().Set("values", std::move(values));
     return kDone;
+}
+
+}  // namespace
+
+void RegisterValues(CommandLine& line) {
+    line.Single(Subject::Product).Add<NoWords>("values", "List the template values", Values);
 }
 
 }  // namespace ZET

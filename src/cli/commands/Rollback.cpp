@@ -1,11 +1,16 @@
+#include "deploy/targets/Rollback.h"
 #include "cli/ExitStatus.h"
 #include "cli/FileReport.h"
-#include "cli/commands/Commands.h"
-#include "deploy/targets/Rollback.h"
+#include "cli/commands/Registrations.h"
 
 namespace ZET {
 
 namespace {
+
+struct RollbackOptions {
+    std::vector<std::string> targets;
+    bool force = false;
+};
 
 void TellTarget(Session& session, const FileOutcome& outcome) {
     if (!session.Asked().quiet) session.Out().Line(outcome.path + ": " + outcome.remark);
@@ -21,13 +26,21 @@ void TellTarget(Session& session, const FileOutcome& outcome) {
     session.Out().Add("targets", std::move(fields));
 }
 
-}  // namespace
-
-int RunRollbackConfig(Session& session) {
+int RollbackConfig(Session& session, const RollbackOptions& asked) {
     BeginTargets(session, TellTarget);
-    const RollbackResult result = RollBack(session.Product(), session.Asked().names, session.Asked().force);
+    const RollbackResult result = RollBack(session.Product(), asked.targets, asked.force);
     if (session.Asked().dryRun && result.isChanged) return kNotInSync;
     return result.isKept ? kFailed : kDone;
+}
+
+}  // namespace
+
+void RegisterRollback(CommandLine& line) {
+    line.Single(Subject::Product)
+        .Add<RollbackOptions>("rollback-config", "Put back what was there before the first commit",
+                              RollbackConfig)
+        .Any("TARGET", &RollbackOptions::targets, "Only these files")
+        .Flag("--force", &RollbackOptions::force, "Files that were edited since, too");
 }
 
 }  // namespace ZET

@@ -1,12 +1,17 @@
-#include "cli/commands/Lookup.h"
+#include "cli/Lookup.h"
 
 #include "cli/ExitStatus.h"
 #include "deploy/edit/Edits.h"
 
 namespace ZET {
 
-std::string FileToShow(Session& session) {
-    std::string path = FileToRead(session.Product(), session.Asked().file);
+void BeginLookup(Session& session, const char* key) {
+    for (const char* field : {"found", "secret", key})
+        session.Out().Set(field, nullptr);
+}
+
+std::string FileToShow(Session& session, const std::string& file) {
+    std::string path = FileToRead(session.Product(), file);
     Secrets& secrets = session.Product().HostSecrets();
     session.Out().Set("secret", secrets.IsPrivate(path));
     secrets.RequireShown(path);

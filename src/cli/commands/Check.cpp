@@ -1,12 +1,18 @@
+#include "deploy/targets/Check.h"
 #include "cli/ExitStatus.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
-#include "cli/commands/Commands.h"
-#include "deploy/targets/Check.h"
+#include "cli/commands/Registrations.h"
 
 namespace ZET {
 
 namespace {
+
+struct CheckOptions {
+    std::vector<std::string> templates;
+    bool runChecks = false;
+    bool noChecks = false;
+};
 
 void ReportUnused(Report& report, const std::set<std::string>& unused) {
     report.AddList("unused_values");
@@ -16,13 +22,14 @@ void ReportUnused(Report& report, const std::set<std::string>& unused) {
     }
 }
 
-}  // namespace
-
-int RunCheckConfig(Session& session) {
+int CheckConfig(Session& session, const CheckOptions& asked) {
+    session.Wanted().onlyLooks = true;
+    session.Wanted().runsChecks = !asked.noChecks;
+    session.Wanted().runsChecksOfTree = asked.runChecks;
     Report& report = session.Out();
     report.Set("unused_values", nullptr);
     report.AddList("problems");
-    const CheckResult checked = Check(session.Product(), session.Asked().names);
+    const CheckResult checked = Check(session.Product(), asked.templates);
     TellChecksNotRun(session, checked.checksNotRun);
     for (const Problem& problem : checked.problems) {
         report.Line(problem.Describe());
@@ -32,6 +39,17 @@ int RunCheckConfig(Session& session) {
     if (checked.unusedValues) ReportUnused(report, *checked.unusedValues);
     if (checked.problems.empty()) report.Remark("no problems found");
     return checked.problems.empty() ? kDone : kFailed;
+}
+
+}  // namespace
+
+void RegisterCheck(CommandLine& line) {
+    line.Single(Subject::Product)
+        .Add<CheckOptions>("check-config", "Tell every problem of the templates and their targets",
+                           CheckConfig)
+        .Any("TEMPLATE", &CheckOptions::templates, "Only these templates")
+        .Flag("--run-checks", &CheckOptions::runChecks, kRunChecksHelp)
+        .Flag("--no-checks", &CheckOptions::noChecks, "Run no check commands of the targets");
 }
 
 }  // namespace ZET

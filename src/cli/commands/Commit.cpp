@@ -1,17 +1,23 @@
+#include "deploy/targets/Commit.h"
 #include "cli/Assignments.h"
 #include "cli/ExitStatus.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
-#include "cli/commands/Commands.h"
+#include "cli/commands/Registrations.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
 #include "deploy/state/Assumptions.h"
-#include "deploy/targets/Commit.h"
 #include "deploy/targets/ShownDiff.h"
 
 namespace ZET {
 
 namespace {
+
+struct CommitOptions {
+    std::vector<std::string> templates;
+    bool runChecks = false;
+    std::vector<std::string> assignments;
+};
 
 std::string Describe(const FileOutcome& outcome, bool isDryRun) {
     if (!outcome.IsChange()) return NameOf(outcome.result);
@@ -48,19 +54,30 @@ int TellProblems(Report& report, const std::vector<Problem>& problems) {
     return kFailed;
 }
 
-}  // namespace
-
-int RunCommitConfig(Session& session) {
+int CommitConfig(Session& session, const CommitOptions& asked) {
+    session.Wanted().runsChecksOfTree = asked.runChecks;
     const SignalGuard signals;
     BeginTargets(session, TellTarget);
     Deployment& product = session.Product();
-    AssumeParameters(product, ParseAssignments(session.Asked().assignments, "--set"));
-    Plan plan(product, session.Asked().names);
+    AssumeParameters(product, ParseAssignments(asked.assignments, "--set"));
+    Plan plan(product, asked.templates);
     if (!plan.Problems().empty()) return TellProblems(session.Out(), plan.Problems());
     TellChecksNotRun(session, plan.ChecksNotRun());
     if (session.Asked().dryRun) return Preview(product, plan) ? kNotInSync : kDone;
     Commit(product, plan);
     return kDone;
+}
+
+}  // namespace
+
+void RegisterCommit(CommandLine& line) {
+    line.Single(Subject::Product)
+        .Add<CommitOptions>("commit-config", "Render the templates of the role into their targets",
+                            CommitConfig)
+        .Any("TEMPLATE", &CommitOptions::templates, "Only these templates")
+        .Flag("--run-checks", &CommitOptions::runChecks, kRunChecksHelp)
+        .List("--set", "NAME=VALUE", &CommitOptions::assignments,
+              "With -n: as if a parameter had this value");
 }
 
 }  // namespace ZET
