@@ -14,9 +14,11 @@ void BeginFileReport(Session& session);
 /// dry run. Returns the exit status that belongs to it.
 int ReportFile(Session& session, const FileOutcome& outcome);
 
-/// The diff, or where it is hidden; and the fields "diff" and "changed_lines".
+/// The diff, or where it is hidden.
 void TellDiff(Report& report, const ShownDiff& diff);
-void AddDiff(Fields& fields, const ShownDiff& diff);
+
+/// An element of the document's list. `edited` is that of `FieldsOf`.
+void AddFile(Session& session, const char* list, const FileOutcome& outcome, const Value& edited = nullptr);
 
 /// Gives the document the fields of a command about targets, each of which is told by `teller`.
 void BeginTargets(Session& session, Session::FileTeller teller);

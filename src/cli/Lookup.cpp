@@ -12,6 +12,7 @@ void BeginLookup(Session& session, const char* key) {
 
 std::string FileToShow(Session& session, const std::string& file) {
     std::string path = FileToRead(session.Product(), file);
+    session.Out().Set("path", session.Product().HostPaths().RealName(path));
     Secrets& secrets = session.Product().HostSecrets();
     session.Out().Set("secret", secrets.IsPrivate(path));
     secrets.RequireShown(path);

@@ -107,6 +107,8 @@ Report::Report(const GlobalOptions& asked)
       m_color(WantsColor(asked.color, m_output.IsTerminal())) {
     Set("version", kDocumentVersion);
     Set("command", asked.command.empty() ? Value(nullptr) : Value(asked.command));
+    AddList("warnings");
+    AddList("errors");
 }
 
 void Report::Line(const std::string& text) {

@@ -180,7 +180,7 @@ $HOST/out/two.conf: unchanged"
     echo precious >>out/two.conf
     capture server --json commit-config
     assert_status 0
-    assert_json '[(t["change"], t["edited"]) for t in d["targets"]]' '[["changed", false], ["changed", true]]'
+    assert_json '[(t["result"], t["edited"]) for t in d["targets"]]' '[["changed", false], ["changed", true]]'
     assert_stderr "zet-init: warning: $HOST/out/two.conf: $UNRECORDED"
 }
 
@@ -188,7 +188,7 @@ $HOST/out/two.conf: unchanged"
     zet commit-config
     server commit-config
     run_zet --json commit-config
-    assert_json '[(t["change"], t["edited"]) for t in d["targets"]]' '[["changed", false], ["changed", false]]'
+    assert_json '[(t["result"], t["edited"]) for t in d["targets"]]' '[["changed", false], ["changed", false]]'
     assert_stderr ""
     server commit-config
     echo precious >>out/one.conf

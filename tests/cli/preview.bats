@@ -248,7 +248,7 @@ zet-client: nothing was changed"
     assert_status 0
     assert_json 'd["dry_run"], d["exit_status"], d["version"], d["command"], d["role"], d["restart"]' \
         '[false, 0, 1, "commit-config", "client", ["three"]]'
-    assert_json '[(t["template"], t["path"].split("/")[-2:], t["change"], t["edited"], t["secret"], t["mode_before"], t["mode_after"]) for t in d["targets"]]' \
+    assert_json '[(t["template"], t["path"].split("/")[-2:], t["result"], t["edited"], t["secret"], t["mode_before"], t["mode_after"]) for t in d["targets"]]' \
         '[["one.conf", ["out", "one.conf"], "changed", false, true, "0640", "0644"], ["two.conf", ["out", "two.conf"], "created", false, false, null, "0644"], ["three.conf", ["out", "three.conf"], "created", false, true, null, "0644"]]'
     assert_equal "$(sed 's/"dry_run": true/"dry_run": false/; s/"exit_status": 3/"exit_status": 0/' <<<"$planned")" "${output%?}"
 }

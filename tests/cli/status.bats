@@ -58,7 +58,7 @@ $ONE: in sync
 $TWO: in sync"
     assert_states "in sync" "in sync"
     assert_json '[d[x] for x in ("role", "file_server", "commit_time")]' "[\"client\", \"smb3\", \"$(commit_time)\"]"
-    assert_json 'd["targets"][0]' "{\"template\": \"one.conf\", \"path\": \"$ONE\", \"state\": \"in sync\"}"
+    assert_json 'd["targets"][0]' "{\"template\": \"one.conf\", \"file\": \"$ONE\", \"path\": \"$ONE\", \"state\": \"in sync\"}"
 }
 
 @test "the server has a role of its own and no file server" {
@@ -69,7 +69,7 @@ committed: $(sed -n s/^COMMIT_TIME=//p state/zet-server.status)
 $ONE: in sync
 $TWO: in sync"
     capture server --json status
-    assert_json '"file_server" in d, d["role"]' '[false, "server"]'
+    assert_json 'd["file_server"], d["role"]' '[null, "server"]'
     assert_states "not committed" "not committed"
 }
 
@@ -213,7 +213,7 @@ $TWO: in sync"
  to itself (correct the links)"
     assert_host_unchanged
     run_zet --json status
-    assert_json '[t["state"] for t in d["targets"]], len(d["errors"]), "warnings" in d' '[["unknown", "in sync"], 1, false]'
+    assert_json '[t["state"] for t in d["targets"]], len(d["errors"]), d["warnings"]' '[["unknown", "in sync"], 1, []]'
 }
 
 # assert_unknown_to_nobody STATE: of the second target; the first one's cannot be told for its template.
@@ -262,7 +262,7 @@ $TWO: $1"
     run_zet --json status
     assert_status 0
     assert_json 'd["targets"][2]' \
-        "{\"template\": \"three.conf\", \"path\": \"$HOST/real/three.conf\", \"state\": \"in sync\"}"
+        "{\"template\": \"three.conf\", \"file\": \"$HOST/by_link/three.conf\", \"path\": \"$HOST/real/three.conf\", \"state\": \"in sync\"}"
 }
 
 @test "a file that the list names by a link among its directories is known by its real name" {
@@ -318,5 +318,5 @@ $TWO: $1"
     assert_status 1
     assert_json '[d[x] for x in ("role", "commit_time", "file_server", "targets")]' '["client", null, null, []]'
     capture server --json status
-    assert_json '"file_server" in d' false
+    assert_json 'd["role"], d["file_server"]' '["server", null]'
 }

@@ -281,7 +281,7 @@ to be restarted: service-one"
     run_zet --json commit-config -n
     assert_json 'd["restart"]' '["service-a", "service-c"]'
     run_zet --json commit-config
-    assert_json '[t["change"] for t in d["targets"]], d["restart"]' \
+    assert_json '[t["result"] for t in d["targets"]], d["restart"]' \
         '[["unchanged", "unchanged", "created"], ["service-a", "service-c"]]'
     run_zet --json commit-config
     assert_json 'd["restart"]' '[]'

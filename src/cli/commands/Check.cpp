@@ -18,7 +18,7 @@ void ReportUnused(Report& report, const std::set<std::string>& unused) {
     report.AddList("unused_values");
     for (const std::string& placeholder : unused) {
         report.Detail("no template uses " + placeholder);
-        report.Add("unused_values", placeholder);
+        report.Add("unused_values", NameOfPlaceholder(placeholder));
     }
 }
 
@@ -28,6 +28,7 @@ int CheckConfig(Session& session, const CheckOptions& asked) {
     session.Wanted().runsChecksOfTree = asked.runChecks;
     Report& report = session.Out();
     report.Set("unused_values", nullptr);
+    report.Set("checks_not_run", nullptr);
     report.AddList("problems");
     const CheckResult checked = Check(session.Product(), asked.templates);
     TellChecksNotRun(session, checked.checksNotRun);

@@ -4,6 +4,7 @@
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
 #include "cli/commands/Registrations.h"
+#include "deploy/host/Companions.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
 #include "deploy/state/Assumptions.h"
@@ -28,18 +29,16 @@ std::string Describe(const FileOutcome& outcome, bool isDryRun) {
     return text;
 }
 
+/// Where the original is, or, in a dry run, would be kept.
+std::string ReserveBeside(const FileOutcome& outcome) {
+    if (outcome.result == FileOutcome::Result::Changed) return ReserveAfterChange(outcome.path);
+    return outcome.result == FileOutcome::Result::Unchanged ? ReserveOf(outcome.path) : "";
+}
+
 void TellTarget(Session& session, const FileOutcome& outcome) {
-    Fields fields = {{"template", outcome.templateName},
-                     {"path", session.Product().HostPaths().RealName(outcome.path)},
-                     {"change", NameOf(outcome.result)},
-                     {"edited", outcome.isEdited},
-                     {"secret", session.Asked().json && IsPrivate(session.Product(), outcome)}};
-    if (outcome.IsChange()) {
-        for (auto& field : ChangeFields(outcome.before, outcome.after))
-            fields.push_back(std::move(field));
-    }
-    if (session.Asked().diff) AddDiff(fields, outcome.diff);
-    session.Out().Add("targets", std::move(fields));
+    FileOutcome entry = outcome;
+    entry.reserve = ReserveBeside(outcome);
+    AddFile(session, "targets", entry, outcome.isEdited);
     if (!session.Asked().quiet)
         session.Out().Line(outcome.path + ": " + Describe(outcome, session.Asked().dryRun));
     TellDiff(session.Out(), outcome.diff);
@@ -58,6 +57,8 @@ int CommitConfig(Session& session, const CommitOptions& asked) {
     session.Wanted().runsChecksOfTree = asked.runChecks;
     const SignalGuard signals;
     BeginTargets(session, TellTarget);
+    session.Out().Set("checks_not_run", nullptr);
+    session.Out().AddList("problems");
     Deployment& product = session.Product();
     AssumeParameters(product, ParseAssignments(asked.assignments, "--set"));
     Plan plan(product, asked.templates);

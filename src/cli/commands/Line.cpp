@@ -17,6 +17,7 @@ struct LineOptions : EditOptions {
 
 int Get(Session& session, const LineOptions& asked) {
     session.Out().Set("file", asked.file);
+    session.Out().Set("path", nullptr);
     session.Out().Set("pattern", asked.pattern);
     BeginLookup(session, "line");
     RequirePattern(session.Product().Core(), asked.pattern);

@@ -18,6 +18,7 @@ struct ParamOptions : EditOptions {
 int Get(Session& session, const ParamOptions& asked) {
     RequireParamName(asked.name);
     session.Out().Set("file", asked.file);
+    session.Out().Set("path", nullptr);
     session.Out().Set("name", asked.name);
     BeginLookup(session, "value");
     const std::string path = FileToShow(session, asked.file);

@@ -2,6 +2,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/FileReport.h"
 #include "cli/commands/Registrations.h"
+#include "deploy/host/Companions.h"
 
 namespace ZET {
 
@@ -15,15 +16,9 @@ struct RollbackOptions {
 void TellTarget(Session& session, const FileOutcome& outcome) {
     if (!session.Asked().quiet) session.Out().Line(outcome.path + ": " + outcome.remark);
     TellDiff(session.Out(), outcome.diff);
-    Fields fields = {
-        {"template", outcome.templateName.empty() ? Value(nullptr) : Value(outcome.templateName)},
-        {"path", session.Product().HostPaths().RealName(outcome.path)},
-        {"change", NameOf(outcome.result)}};
-    if (session.Asked().json)
-        fields.emplace_back(
-            "secret", outcome.diff.isPrivate || session.Product().HostSecrets().IsPrivate(outcome.path));
-    if (session.Asked().diff) AddDiff(fields, outcome.diff);
-    session.Out().Add("targets", std::move(fields));
+    FileOutcome entry = outcome;
+    if (outcome.result == FileOutcome::Result::Kept) entry.reserve = ReserveOf(outcome.path);
+    AddFile(session, "targets", entry);
 }
 
 int RollbackConfig(Session& session, const RollbackOptions& asked) {

@@ -17,7 +17,7 @@ bool IsClient(const Session& session) {
 void BeginStatus(Session& session) {
     session.Out().Set("role", session.Asked().role);
     session.Out().Set("commit_time", nullptr);
-    if (IsClient(session)) session.Out().Set("file_server", nullptr);
+    session.Out().Set("file_server", nullptr);
     session.Out().AddList("targets");
 }
 
@@ -36,6 +36,7 @@ void TellTarget(Session& session, const TargetState& target) {
         session.Out().Error(target.path + ": its state cannot be told: " + target.trouble);
     session.Out().Line(target.path + ": " + target.state);
     session.Out().Add("targets", Fields{{"template", target.templateName},
+                                        {"file", target.file},
                                         {"path", session.Product().HostPaths().RealName(target.path)},
                                         {"state", target.state}});
 }

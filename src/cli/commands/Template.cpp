@@ -47,8 +47,6 @@ bool TellProblems(Session& session, const std::vector<Problem>& problems) {
 /// Prints what the template renders to, and writes nothing.
 int PrintRendering(Session& session, const Rendering& rendering) {
     Deployment& product = session.Product();
-    session.Out().Set("secret", nullptr);  // as long as there is nothing to print
-    session.Out().Set("text", nullptr);
     if (TellProblems(session, CheckRendering(product, rendering))) return kFailed;
     const std::string source = TemplateFile(product, rendering.templateName);
     session.Out().Set("secret", product.HostSecrets().IsPrivate(source));
@@ -72,6 +70,9 @@ int Install(Session& session, const InstallOptions& asked) {
 
 int Process(Session& session, const ProcessOptions& asked) {
     BeginFileReport(session);
+    session.Out().Set("secret", nullptr);  // as long as there is nothing to print
+    session.Out().Set("text", nullptr);
+    session.Out().AddList("problems");
     RequireTemplateName(asked.name);
     if (asked.target.empty()) throw UsageError("TARGET is empty (name a file)");
     const Rendering rendering{asked.name, ExtraValues(asked.values)};

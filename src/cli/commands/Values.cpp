@@ -1,4 +1,5 @@
 #include "cli/ExitStatus.h"
+#include "cli/Fields.h"
 #include "cli/Session.h"
 #include "cli/commands/Registrations.h"
 
@@ -6,18 +7,14 @@ namespace ZET {
 
 namespace {
 
-/// "realm" for "${realm}".
-std::string NameOf(const std::string& placeholder) {
-    return placeholder.substr(2, placeholder.size() - 3);
-}
-
 struct NoWords {};
 
 int Values(Session& session, const NoWords&) {
+    session.Out().Set("values", nullptr);
     Fields values;
     for (const auto& [placeholder, value] : session.Product().Config().TemplatesValues()) {
-        session.Out().Data(NameOf(placeholder) + "=" + value);
-        values.emplace_back(NameOf(placeholder), value);
+        session.Out().Data(NameOfPlaceholder(placeholder) + "=" + value);
+        values.emplace_back(NameOfPlaceholder(placeholder), value);
     }
     session.Out().Set("values", std::move(values));
     return kDone;

@@ -52,7 +52,7 @@ std::string StatusFile(HostProduct& product, const std::string& name) {
 
 TargetState StateOfListed(Deployment& product, const Staging& staging, const Manifest& manifest,
                           const Target& target) {
-    TargetState result{target.templateName, product.HostPaths().FromInside(target.path), kUnknown, ""};
+    TargetState result{target.templateName, product.HostPaths().FromInside(target.path), kUnknown, "", target.path};
     try {
         result.path = product.HostPaths().WithRealDirectory(product.FilePath(target.path));
         result.state = StateOfTarget(product, staging, manifest, target.templateName, result.path);
