@@ -42,6 +42,7 @@ _zet() {
             ;;
         commit-config) options+=' --set --run-checks' words=$(_zet_templates) ;;
         check-config) options+=' --run-checks --no-checks' words=$(_zet_templates) ;;
+        status) options+=' --changed' ;;
         rollback-config) options+=' --force' files=-f ;;
         template) words='install process' ;;
         param | line) words='get set restore' ;;

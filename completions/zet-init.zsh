@@ -45,6 +45,7 @@ _zet() {
             ;;
         (commit-config) options+=(--set --run-checks) known=(${(f)"$(_zet_templates)"}) ;;
         (check-config) options+=(--run-checks --no-checks) known=(${(f)"$(_zet_templates)"}) ;;
+        (status) options+=(--changed) ;;
         (rollback-config) options+=(--force) ;;
         (template) known=(install process) ;;
         (param|line) known=(get set restore) ;;

@@ -34,7 +34,7 @@ int ReportFile(Session& session, const FileOutcome& outcome) {
     const GlobalOptions& asked = session.Asked();
     Report& out = session.Out();
     AddFile(session, "files", outcome);
-    if (!asked.quiet) out.Line(Text(outcome, asked.dryRun));
+    if (!asked.quiet || outcome.IsChange()) out.Line(Text(outcome, asked.dryRun));
     TellDiff(out, outcome.diff);
     return asked.dryRun && outcome.IsChange() ? kNotInSync : kDone;
 }
@@ -67,6 +67,20 @@ void TellChecksNotRun(Session& session, std::size_t count) {
     session.Out().Remark(std::to_string(count) + (count == 1 ? " check command" : " check commands") +
                          " of the tree " + (count == 1 ? "was" : "were") +
                          " not run (--run-checks runs them, on this host)");
+}
+
+void TellResults(Session& session) {
+    using Result = FileOutcome::Result;
+    if (session.Asked().quiet) return;
+    std::string text;
+    for (const Result result : {Result::Created, Result::Changed, Result::Unchanged}) {
+        const auto count = session.Results().find(result);
+        if (count == session.Results().end()) continue;
+        const bool isTrial = session.Asked().dryRun && result != Result::Unchanged;
+        text += (text.empty() ? "" : ", ") + std::to_string(count->second) + (isTrial ? " would be " : " ") +
+                NameOf(result);
+    }
+    session.Out().Line(text.empty() ? "no targets" : text);
 }
 
 void TellRestarts(Session& session, const std::vector<std::string>& services) {

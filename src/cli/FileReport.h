@@ -29,6 +29,9 @@ inline constexpr char kRunChecksHelp[] = "With --root: run the tree's check comm
 /// That check commands of a tree were not run, and how to have them run.
 void TellChecksNotRun(Session& session, std::size_t count);
 
+/// A last line that says how many targets came to which result.
+void TellResults(Session& session);
+
 /// The list "restart" of the document, which is there already, and a line.
 void TellRestarts(Session& session, const std::vector<std::string>& services);
 

@@ -11,6 +11,7 @@
 
 #include "cli/GlobalOptions.h"
 #include "cli/OutputStream.h"
+#include "cli/ProgressLine.h"
 
 namespace ZET {
 
@@ -68,6 +69,9 @@ class Report {
     void Warning(const std::string& text);
     void Error(const std::string& text, const std::string& lines = "");
 
+    /// How far the work is, for a reader who waits at a terminal.
+    void Progress(std::size_t done, std::size_t total) { m_progress.Show(done, total); }
+
     /// Writes the document, if that is what was asked for, and sees to it that everything reached its reader.
     /// Returns `status`, or `kFailed` when standard output could not be written. A pipe whose reader went
     /// away is no failure.
@@ -82,6 +86,7 @@ class Report {
     bool m_verbose;
     OutputStream m_output;
     OutputStream m_messages;
+    ProgressLine m_progress;
     bool m_color;
     Fields m_document;
 };

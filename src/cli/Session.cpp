@@ -56,6 +56,7 @@ Deployment& Session::Product() {
 }
 
 void Session::Done(const FileOutcome& outcome) {
+    ++m_results[outcome.result];
     if (m_teller != nullptr) m_teller(*this, outcome);
 }
 

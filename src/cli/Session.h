@@ -1,6 +1,8 @@
 #ifndef ZET_SESSION_H
 #define ZET_SESSION_H
 
+#include <cstddef>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -30,6 +32,9 @@ class Session : private Observer {
     /// Started when it is needed first. A configuration file or module that is missing or broken throws.
     Deployment& Product();
 
+    /// How many files came to each result, of those that the product is done with.
+    const std::map<FileOutcome::Result, std::size_t>& Results() const { return m_results; }
+
     /// Files that the product is done with are told by `teller` from now on.
     void TellFilesBy(FileTeller teller) { m_teller = teller; }
 
@@ -47,6 +52,7 @@ class Session : private Observer {
     void Remark(const std::string& text) override { m_report.Remark(text); }
     void Warning(const std::string& text) override { m_report.Warning(text); }
     void Error(const std::string& text, const std::string& lines) override { m_report.Error(text, lines); }
+    void Progress(std::size_t done, std::size_t total) override { m_report.Progress(done, total); }
     void Done(const FileOutcome& outcome) override;
     void Restarts(const std::vector<std::string>& services) override;
 
@@ -54,6 +60,7 @@ class Session : private Observer {
     Report& m_report;
     LogInReport m_logInReport;
     FileTeller m_teller = nullptr;
+    std::map<FileOutcome::Result, std::size_t> m_results;
     Options m_wanted;
     std::unique_ptr<Deployment> m_product;
 };

@@ -169,7 +169,9 @@ apply_diff() {
     assert_json 'd["errors"], d["exit_status"]' '[["nofile: does not exist (create it, or correct the path)"], 1]'
 }
 
-@test "quiet shows no more than errors and what was asked for" {
+@test "quiet shows no more than changes, errors and what was asked for" {
+    run_zet -q param set conf a new
+    assert_success "conf: changed, the original is kept as conf.before_zet"
     run_zet -q param set conf a new
     assert_success ""
     run_zet -q param get conf a
@@ -344,5 +346,5 @@ b=2
     assert_status 3
     assert_equal "$(grep -c 'Unexpected token' <<<"$stderr")" 1
     run_zet -q option set SERVER newer
-    assert_success ""
+    assert_success "$HOST/zet.conf: changed"
 }

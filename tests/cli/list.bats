@@ -60,7 +60,8 @@ zet-client: nothing was changed"
 	END
     run_zet commit-config
     assert_success "$HOST/out/one.conf;x: created, mode 0644, owner $(id -u):$(id -g)
-to be restarted: one;two"
+to be restarted: one;two
+1 created"
 }
 
 @test "an unknown key is told with its line" {

@@ -39,7 +39,7 @@ void TellTarget(Session& session, const FileOutcome& outcome) {
     FileOutcome entry = outcome;
     entry.reserve = ReserveBeside(outcome);
     AddFile(session, "targets", entry, outcome.isEdited);
-    if (!session.Asked().quiet)
+    if (outcome.IsChange() || session.Asked().verbose)
         session.Out().Line(outcome.path + ": " + Describe(outcome, session.Asked().dryRun));
     TellDiff(session.Out(), outcome.diff);
 }
@@ -64,9 +64,14 @@ int CommitConfig(Session& session, const CommitOptions& asked) {
     Plan plan(product, asked.templates);
     if (!plan.Problems().empty()) return TellProblems(session.Out(), plan.Problems());
     TellChecksNotRun(session, plan.ChecksNotRun());
-    if (session.Asked().dryRun) return Preview(product, plan) ? kNotInSync : kDone;
-    Commit(product, plan);
-    return kDone;
+    bool wouldChange = false;
+    if (session.Asked().dryRun) {
+        wouldChange = Preview(product, plan);
+    } else {
+        Commit(product, plan);
+    }
+    TellResults(session);
+    return wouldChange ? kNotInSync : kDone;
 }
 
 }  // namespace

@@ -14,7 +14,8 @@ struct RollbackOptions {
 };
 
 void TellTarget(Session& session, const FileOutcome& outcome) {
-    if (!session.Asked().quiet) session.Out().Line(outcome.path + ": " + outcome.remark);
+    if (!session.Asked().quiet || outcome.IsChange())
+        session.Out().Line(outcome.path + ": " + outcome.remark);
     TellDiff(session.Out(), outcome.diff);
     FileOutcome entry = outcome;
     if (outcome.result == FileOutcome::Result::Kept) entry.reserve = ReserveOf(outcome.path);

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <utility>
+
 #include "cli/ExitStatus.h"
 #include "cli/Session.h"
 #include "cli/commands/Registrations.h"
@@ -8,7 +11,11 @@ namespace ZET {
 
 namespace {
 
-struct StatusOptions {};
+struct StatusOptions {
+    bool changed = false;
+};
+
+constexpr char kInSync[] = "in sync";
 
 bool IsClient(const Session& session) {
     return session.Asked().role == "client";
@@ -41,13 +48,34 @@ void TellTarget(Session& session, const TargetState& target) {
                                         {"state", target.state}});
 }
 
-int Status(Session& session, const StatusOptions&) {
+/// The states in the order of their first target, each with how many have it; in sync comes first.
+std::string CountsOf(const std::vector<TargetState>& targets) {
+    std::vector<std::pair<std::string, std::size_t>> counts = {{kInSync, 0}};
+    for (const TargetState& target : targets) {
+        const auto known = std::find_if(counts.begin(), counts.end(),
+                                        [&](const auto& count) { return count.first == target.state; });
+        if (known == counts.end()) {
+            counts.emplace_back(target.state, 1);
+        } else {
+            ++known->second;
+        }
+    }
+    std::string text;
+    for (const auto& [state, count] : counts) {
+        if (count != 0) text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + state;
+    }
+    return text.empty() ? "no targets" : text;
+}
+
+int Status(Session& session, const StatusOptions& asked) {
     const SignalGuard signals;
     BeginStatus(session);
     TellRole(session, RoleStatusOf(session.Product()));
     const TargetStates states = StatesOfTargets(session.Product());
-    for (const TargetState& target : states.targets)
-        TellTarget(session, target);
+    for (const TargetState& target : states.targets) {
+        if (!asked.changed || target.state != kInSync) TellTarget(session, target);
+    }
+    session.Out().Line(CountsOf(states.targets));
     for (const std::string& path : states.leftOvers) {
         session.Out().Warning(path +
                               ": was committed and is not in the list of targets any more "
@@ -61,7 +89,8 @@ int Status(Session& session, const StatusOptions&) {
 
 void RegisterStatus(CommandLine& line) {
     line.Single(Subject::Product)
-        .Add<StatusOptions>("status", "Tell the role and the state of each target", Status);
+        .Add<StatusOptions>("status", "Tell the role and the state of each target", Status)
+        .Flag("--changed", &StatusOptions::changed, "Only targets that are not in sync");
 }
 
 }  // namespace ZET

@@ -89,6 +89,7 @@ Plan::Plan(Deployment& product, const std::vector<std::string>& templateNames) :
     Records records(product, *m_manifest);
     for (const Target& target : m_checked.targets) {
         SignalGuard::Check();
+        product.Out().Progress(m_targets.size(), m_checked.targets.size());
         Add(target);
         records.FillIn(m_targets.back());
     }

@@ -46,8 +46,10 @@ class Rollback {
         const std::vector<WrittenFile> all = WrittenFiles();
         const std::vector<WrittenFile> named = Named(all);
         try {
+            std::size_t done = 0;
             for (const WrittenFile& file : named) {
                 SignalGuard::Check();
+                m_product.Out().Progress(done++, named.size());
                 TryPutBack(file);
             }
         } catch (const Interrupted&) {
