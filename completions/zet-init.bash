@@ -31,16 +31,18 @@ _zet() {
     local current=$2 previous=${COMP_WORDS[COMP_CWORD - 1]} command arguments words='' files=''
     local options='-c --config --root --module -n --dry-run --diff --json -q --quiet -v --verbose --show-secrets --color --log
         -h --help -V --version'
+    local commands='commit-config check-config rollback-config status values template param line file option explain
+        doctor help'
     [[ $current != = ]] || current=''
     [[ $previous != = ]] || previous=${COMP_WORDS[COMP_CWORD - 2]}
     _zet_read_words
     case $command in
         '')
-            words='commit-config check-config rollback-config status values template param line file option
-                explain doctor'
+            words=$commands
             ;;
         commit-config) options+=' --set --run-checks' words=$(_zet_templates) ;;
         check-config) options+=' --run-checks --no-checks' words=$(_zet_templates) ;;
+        status) options+=' --changed' ;;
         rollback-config) options+=' --force' files=-f ;;
         template) words='install process' ;;
         param | line) words='get set restore' ;;
@@ -52,9 +54,12 @@ _zet() {
         'param restore' | 'line restore') options+=' --all-blocks --force --no-markers --no-backup' ;;
         'file strip') options+=' --force --no-backup' ;;
         'file forget') options+=' --force' ;;
+        help) words=$commands ;;
     esac
     case "$command $arguments" in
         'param '*' 0' | 'line '*' 0' | 'file '*' 0' | 'explain 0' | 'doctor 0') files=-f ;;
+        'help 0') ;;
+        'help '*) words='' ;;
         'template process 1') words='' files=-f ;;
         'template process '[2-9]*) words='' ;;
     esac

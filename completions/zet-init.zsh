@@ -28,6 +28,8 @@ _zet() {
     local command arguments current=$words[CURRENT] previous=$words[CURRENT-1]
     local -a known options=(-c --config --root --module -n --dry-run --diff --json -q --quiet -v --verbose
         --show-secrets --color --log -h --help -V --version)
+    local -a commands=(commit-config check-config rollback-config status values template param line file option explain
+        doctor help)
     _zet_read_words
     if [[ $current == --*=* ]] && compset -P '*='; then previous=${current%%=*} current=''; fi
     case $previous in
@@ -39,11 +41,11 @@ _zet() {
     esac
     case $command in
         ('')
-            known=(commit-config check-config rollback-config status values template param line file option
-                explain doctor)
+            known=($commands)
             ;;
         (commit-config) options+=(--set --run-checks) known=(${(f)"$(_zet_templates)"}) ;;
         (check-config) options+=(--run-checks --no-checks) known=(${(f)"$(_zet_templates)"}) ;;
+        (status) options+=(--changed) ;;
         (rollback-config) options+=(--force) ;;
         (template) known=(install process) ;;
         (param|line) known=(get set restore) ;;
@@ -55,6 +57,7 @@ _zet() {
         ('param restore'|'line restore') options+=(--all-blocks --force --no-markers --no-backup) ;;
         ('file strip') options+=(--force --no-backup) ;;
         ('file forget') options+=(--force) ;;
+        (help) known=($commands) ;;
     esac
     if [[ $current == -* ]]; then
         compadd -- $options
@@ -62,6 +65,8 @@ _zet() {
     fi
     case "$command $arguments" in
         (param\ *\ 0|line\ *\ 0|file\ *\ 0|'explain 0'|'doctor 0'|rollback-config*) _files ;;
+        (help\ 0) compadd -- $known ;;
+        (help\ *) return 1 ;;
         ('template process 0') compadd -- $known ;;
         ('template process 1') _files ;;
         ('template process '*) return 1 ;;

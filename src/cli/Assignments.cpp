@@ -5,7 +5,7 @@
 #include "deploy/edit/EditRules.h"
 #include "deploy/host/Failure.h"
 
-namespace ZET {
+namespace ZET::Cli {
 
 namespace {
 
@@ -32,4 +32,4 @@ StringMap ParseAssignments(const std::vector<std::string>& arguments, const std:
     return assignments;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Cli

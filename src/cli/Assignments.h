@@ -6,13 +6,13 @@
 
 #include "zet/ZETTypes.h"
 
-namespace ZET {
+namespace ZET::Cli {
 
 /// Splits arguments NAME=VALUE at their first "="; the last of two wins. One without a name, or with a line
 /// feed in it, is a `UsageError` that names the option; for "--set", one whose name no parameter can have,
 /// too.
 StringMap ParseAssignments(const std::vector<std::string>& arguments, const std::string& option);
 
-}  // namespace ZET
+}  // namespace ZET::Cli
 
 #endif

@@ -3,35 +3,76 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <initializer_list>
 #include <set>
 #include <sstream>
 #include <string_view>
 
 #include "cli/ExitStatus.h"
 #include "cli/Report.h"
-#include "cli/commands/Commands.h"
+#include "cli/Session.h"
+#include "cli/commands/Registrations.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/Installed.h"
+#include "deploy/state/ParameterCheck.h"
 
-namespace ZET {
+namespace ZET::Cli {
 
 namespace {
 
-/// What a command takes beside the options of all; the order is that of the help.
-class CommandLine {
+constexpr char kOptionsOfAll[] = "Options of all commands";
+constexpr char kHelp[] = "-h,--help";
+constexpr std::size_t kFewestLetters = 3;  // of a word that can be told to be the begin of another
+
+using Names = std::vector<std::string>;
+
+/// The help of a command shows the options of all, too, in a group of their own.
+class HelpFormatter : public CLI::Formatter {
+  public:
+    std::string make_subcommands(const CLI::App* app, CLI::AppFormatMode mode) const override {
+        const std::string subcommands = Formatter::make_subcommands(app, mode);
+        if (app->get_parent() == nullptr) return subcommands;
+        while (app->get_parent() != nullptr)
+            app = app->get_parent();
+        const auto isOption = [](const CLI::Option* option) { return option->nonpositional(); };
+        return make_group(kOptionsOfAll, false, app->get_options(isOption)) + subcommands;
+    }
+};
+
+/// The words of the product, as the library has to know them.
+class Grammar {
   public:
     using Words = std::set<std::string_view>;
 
+    explicit Grammar(const std::string& program)
+        : m_app("Write, edit and take back the configuration files of this host, a " +
+                    std::string(RoleOf(program)) + " of a network domain",
+                program) {
+        m_call.options.program = program;
+        m_call.options.role = RoleOf(program);
+        m_app.formatter(std::make_shared<HelpFormatter>());
+        AddOptionsOfAll();
+    }
+    Grammar(const Grammar&) = delete;
+    Grammar& operator=(const Grammar&) = delete;
+
     /// Of the commands, only those are made known that `words`, the arguments, may ask for: a command line
     /// that knows all takes longer to build than a small file takes to edit.
-    CommandLine(Request& request, CLI::App& app, const Words& words) : m_request(request), m_app(app) {
-        AddOptionsOfAll();
-        if (AsksForHelp(words) || !AddCommands([&](std::string_view name) { return words.count(name) != 0; }))
-            AddCommands([](std::string_view) { return true; });
+    void AddCommands(const Words& words) {
+        if (AsksForHelp(words) || !AddWanted([&](std::string_view word) { return words.count(word) != 0; }))
+            AddAll();
     }
 
+    void AddAll() {
+        AddWanted([](std::string_view) { return true; });
+    }
+
+    CLI::App& App() { return m_app; }
+    Call& Asked() { return m_call; }
+
   private:
-    using Run = int (*)(Session&);
+    static const char* RoleOf(const std::string& program) {
+        return program == "zet-init" ? "server" : "client";
+    }
 
     /// A help lists all commands. Its letter may stand in a group of them.
     static bool AsksForHelp(const Words& words) {
@@ -40,240 +81,142 @@ class CommandLine {
         });
     }
 
-    /// Adds the groups of which a command is wanted; false when there is none.
+    /// False when no command is wanted.
     template <typename IsWanted>
-    bool AddCommands(IsWanted isWanted) {
-        const struct {
-            std::initializer_list<std::string_view> names;
-            void (CommandLine::*add)();
-        } groups[] = {
-            {{"commit-config", "check-config", "rollback-config", "status", "values"},
-             &CommandLine::AddConfigCommands},
-            {{"template"}, &CommandLine::AddTemplateCommands},
-            {{"param"}, &CommandLine::AddParamCommands},
-            {{"line"}, &CommandLine::AddLineCommands},
-            {{"file"}, &CommandLine::AddFileCommands},
-            {{"option"}, &CommandLine::AddOptionCommands},
-            {{"explain", "doctor"}, &CommandLine::AddDiagnosisCommands},
-        };
+    bool AddWanted(IsWanted isWanted) {
+        CommandLine line(m_app, m_call);
         bool any = false;
-        for (const auto& group : groups) {
-            if (std::none_of(group.names.begin(), group.names.end(), isWanted)) continue;
-            (this->*group.add)();
+        for (const Registration& registration : kRegistrations) {
+            if (!isWanted(registration.word)) continue;
+            registration.add(line);
             any = true;
         }
         return any;
     }
 
-    /// Such a file need not have anything to do with the product.
-    static bool IsAboutAnyFile(std::string_view words) {
-        const std::string_view first = words.substr(0, words.find(' '));
-        return first == "param" || first == "line" || first == "file" || first == "explain" ||
-               first == "doctor";
-    }
-
-    CLI::App* Command(CLI::App& parent, const char* name, Run run, const char* help) {
-        CLI::App* command = parent.add_subcommand(name, help)->fallthrough();
-        const std::string words = &parent == &m_app ? name : parent.get_name() + " " + name;
-        command->callback([this, run, words] {
-            m_request.command = words;
-            m_request.run = run;
-            m_request.isConfigFileNamed = m_app.count("--config") != 0;
-            m_request.needsConfigFile = !IsAboutAnyFile(words);
-        });
-        return command;
-    }
-
-    CLI::App& Family(const char* name, const char* help) {
-        return *m_app.add_subcommand(name, help)->require_subcommand(1)->fallthrough();
-    }
-
-    void AddFile(CLI::App* command) { command->add_option("FILE", m_request.file, "The file")->required(); }
-
     void AddOptionsOfAll() {
+        GlobalOptions& options = m_call.options;
         m_app.require_subcommand(1);
-        // An empty name, of a variable that was never set, must not stand for the host itself.
-        const CLI::Validator isNamed(
-            [](const std::string& name) { return name.empty() ? "its name is empty" : ""; }, "");
-        m_app.add_option("-c,--config", m_request.configFile, "The product's main configuration file")
-            ->type_name("FILE")
-            ->check(isNamed);
-        m_app.add_option("--root", m_request.root, "Work on the host tree in DIR")
-            ->type_name("DIR")
-            ->check(isNamed);
-        m_app.add_option("--module", m_request.moduleFile, "Load this module")
-            ->type_name("FILE")
-            ->check(isNamed);
-        m_app.add_flag("-n,--dry-run", m_request.dryRun, "Say what would change, and change nothing");
-        m_app.add_flag("--diff", m_request.diff, "Show each change as a unified diff");
-        m_app.add_flag("--json", m_request.json, "Report as one JSON document");
-        m_app.add_flag("--show-secrets", m_request.showSecrets, "Show text that is not for everybody, too");
-        CLI::Option* quiet = m_app.add_flag("-q,--quiet", m_request.quiet, "Only errors");
-        m_app.add_flag("-v,--verbose", m_request.verbose, "Tell more")->excludes(quiet);
-        m_app.add_option("--color", m_request.color, "Color diffs")
+        m_app.option_defaults()->group(kOptionsOfAll);
+        AddPath("-c,--config", options.configFile, "FILE", "The product's main configuration file");
+        AddPath("--root", options.root, "DIR", "Work on the host tree in DIR");
+        AddPath("--module", options.moduleFile, "FILE", "Load this module");
+        m_app.add_flag("-n,--dry-run", options.dryRun, "Say what would change, and change nothing");
+        m_app.add_flag("--diff", options.diff, "Show each change as a unified diff");
+        m_app.add_flag("--json", options.json, "Report as one JSON document");
+        m_app.add_flag("--show-secrets", options.showSecrets, "Show text that is not for everybody, too");
+        CLI::Option* quiet = m_app.add_flag("-q,--quiet", options.quiet, "Only changes and errors");
+        m_app.add_flag("-v,--verbose", options.verbose, "Tell more")->excludes(quiet);
+        m_app.add_option("--color", options.color, "Color diffs")
             ->check(CLI::IsMember({"auto", "always", "never"}));
-        m_app.add_option("--log", m_request.log, "Where log records go")
+        m_app.add_option("--log", options.log, "Where log records go")
             ->check(CLI::IsMember({"stderr", "syslog"}));
-        m_app.set_help_flag("-h,--help", "Print this help and exit");
-        m_app.set_version_flag("-V,--version", m_request.program + " " + ProductVersion());
+        m_app.set_help_flag(kHelp, "Print this help and exit");
+        m_app.set_version_flag("-V,--version", options.program + " " + ProductVersion());
+        m_app.option_defaults()->group("Options");
     }
 
-    void AddConfigCommands() {
-        CLI::App* commit = Command(m_app, "commit-config", RunCommitConfig,
-                                   "Render the templates of the role into their targets");
-        commit->add_option("TEMPLATE", m_request.names, "Only these templates");
-        AddRunChecks(commit);
-        commit->add_option("--set", m_request.assignments, "With -n: as if a parameter had this value")
-            ->type_name("NAME=VALUE")
-            ->allow_extra_args(false);
-
-        CLI::App* check = Command(m_app, "check-config", RunCheckConfig,
-                                  "Tell every problem of the templates and their targets");
-        check->add_option("TEMPLATE", m_request.names, "Only these templates");
-        AddRunChecks(check);
-        check->add_flag("--no-checks", m_request.noChecks, "Run no check commands of the targets");
-
-        CLI::App* rollback = Command(m_app, "rollback-config", RunRollbackConfig,
-                                     "Put back what was there before the first commit");
-        rollback->add_option("TARGET", m_request.names, "Only these files");
-        rollback->add_flag("--force", m_request.force, "Files that were edited since, too");
-
-        Command(m_app, "status", RunStatus, "Tell the role and the state of each target");
-        Command(m_app, "values", RunValues, "List the template values");
+    /// An empty name, of a variable that was never set, must not stand for the host itself.
+    void AddPath(const char* name, std::string& path, const char* type, const char* help) {
+        m_app.add_option(name, path, help)
+            ->type_name(type)
+            ->check(CLI::Validator(
+                [](const std::string& given) { return given.empty() ? "its name is empty" : ""; }, ""));
     }
 
-    void AddRunChecks(CLI::App* command) {
-        command->add_flag("--run-checks", m_request.runChecks,
-                          "With --root: run the tree's check commands, on this host");
-    }
-
-    void AddTemplateCommands() {
-        CLI::App& family = Family("template", "Work on single templates");
-        CLI::App* install =
-            Command(family, "install", RunTemplateInstall, "Install the working copy of a template");
-        install->add_option("NAME", m_request.names, "The templates")->required();
-        install->add_flag("--force", m_request.force, "Over a differing one, which is kept as NAME.old");
-
-        CLI::App* process = Command(family, "process", RunTemplateProcess, "Render one template into a file");
-        process->add_option("NAME", m_request.name, "The template")->required();
-        process->add_option("TARGET", m_request.target, "The file, or - for standard output")->required();
-        process->add_option("--value", m_request.assignments, "Another value for this run (NAME without ${})")
-            ->type_name("NAME=VALUE")
-            ->allow_extra_args(false);
-    }
-
-    void AddForce(CLI::App* command) {
-        command->add_flag("--force", m_request.edit.force, "Edit a committed target, too");
-    }
-
-    void AddEditOptions(CLI::App* command) {
-        AddForce(command);
-        command->add_flag("--no-markers", m_request.edit.noMarkers, "Edit without marker lines");
-        command->add_flag("--no-backup", m_request.edit.noBackup, "Keep no reserve of the file");
-    }
-
-    void AddParamCommands() {
-        CLI::App& param = Family("param", "Look up and edit name=value parameters of a file");
-        AddLookup(Command(param, "get", RunParamGet, "Print the value of a parameter"), "NAME",
-                  m_request.name);
-        AddSet(Command(param, "set", RunParamSet, "Set a parameter"), "NAME", m_request.name, "VALUE");
-        AddRestore(Command(param, "restore", RunParamRestore, "Bring back a parameter's former line"), "NAME",
-                   m_request.name);
-    }
-
-    void AddLineCommands() {
-        CLI::App& line = Family("line", "Look up and edit lines of a file by a regular expression");
-        AddLookup(Command(line, "get", RunLineGet, "Print the first line that matches"), "PATTERN",
-                  m_request.pattern);
-        AddSet(Command(line, "set", RunLineSet, "Set every line that matches"), "PATTERN", m_request.pattern,
-               "LINE");
-        AddRestore(Command(line, "restore", RunLineRestore, "Bring back former lines that match"), "PATTERN",
-                   m_request.pattern);
-    }
-
-    void AddLookup(CLI::App* command, const char* keyName, std::string& key) {
-        AddFile(command);
-        command->add_option(keyName, key, "What to look for")->required();
-    }
-
-    void AddSet(CLI::App* command, const char* keyName, std::string& key, const char* textName) {
-        AddLookup(command, keyName, key);
-        command->add_option(textName, m_request.text, "The new text")->required();
-        AddEditOptions(command);
-    }
-
-    void AddRestore(CLI::App* command, const char* keyName, std::string& key) {
-        AddLookup(command, keyName, key);
-        command->add_flag("--all-blocks", m_request.edit.allBlocks, "Drop the managed blocks of others too");
-        AddEditOptions(command);
-    }
-
-    void AddFileCommands() {
-        CLI::App& family = Family("file", "Work on whole files");
-        CLI::App* strip = Command(family, "strip", RunFileStrip, "Take the managed blocks out");
-        AddFile(strip);
-        strip->add_flag("--no-backup", m_request.edit.noBackup, "Keep no reserve of the file");
-        AddForce(strip);
-        const struct {
-            const char* name;
-            Run run;
-            const char* help;
-        } rest[] = {{"reserve", RunFileReserve, "Keep the file as it is now"},
-                    {"restore", RunFileRestore, "Put the reserve back"}};
-        for (const auto& entry : rest)
-            AddFile(Command(family, entry.name, entry.run, entry.help));
-        CLI::App* forget = Command(family, "forget", RunFileForget, "Drop the reserve");
-        AddFile(forget);
-        AddForce(forget);
-    }
-
-    void AddOptionCommands() {
-        CLI::App& family = Family("option", "The product's main configuration file");
-        Command(family, "get", RunOptionGet, "Print the value of a parameter")
-            ->add_option("NAME", m_request.name, "The parameter")
-            ->required();
-        CLI::App* set = Command(family, "set", RunOptionSet, "Set a parameter");
-        set->add_option("NAME", m_request.name, "The parameter")->required();
-        set->add_option("VALUE", m_request.text, "Its value")->required();
-    }
-
-    void AddDiagnosisCommands() {
-        Command(m_app, "explain", RunExplain, "Tell where the lines of a file come from")
-            ->add_option("FILE[:LINE]", m_request.file, "The file, and one line of it")
-            ->required();
-        AddFile(Command(m_app, "doctor", RunDoctor, "Tell damaged markers of a file and a repair"));
-    }
-
-    Request& m_request;
-    CLI::App& m_app;
+    Call m_call;
+    CLI::App m_app;
 };
 
-std::string WhatIsWrong(const std::vector<std::string>& unknown, const std::string& message,
-                        bool isCommandMissing) {
+CLI::App* AddSubcommand(CLI::App& parent, const char* name, const char* help) {
+    CLI::App* command = parent.add_subcommand(name, help)->fallthrough();
+    command->set_help_flag(kHelp)->group("");  // among the options of all it is shown already
+    return command;
+}
+
+/// Empty, or the question whether the nearest of these names was meant.
+std::string DidYouMean(const std::string& word, const Names& names) {
+    std::string nearest = NearestName(word, names);
+    if (nearest.empty() && word.size() >= kFewestLetters) {
+        const auto begun = std::find_if(names.begin(), names.end(),
+                                        [&](const std::string& name) { return name.starts_with(word); });
+        if (begun != names.end()) nearest = *begun;
+    }
+    return nearest.empty() ? "" : "did you mean \"" + nearest + "\"? ";
+}
+
+/// What a command line may go on with behind what was understood of it.
+class Continuations {
+  public:
+    explicit Continuations(const CLI::App& app) : m_last(&app) {
+        AddOptions();
+        while (!m_last->get_subcommands().empty()) {
+            m_last = m_last->get_subcommands().front();
+            AddOptions();
+        }
+    }
+
+    const Names& Options() const { return m_options; }
+
+    Names Commands() const {
+        Names names;
+        if (m_last->get_parent() != nullptr) {
+            for (const CLI::App* command : m_last->get_subcommands([](const CLI::App*) { return true; }))
+                names.push_back(command->get_name());
+        }
+        for (const Registration& registration : kRegistrations)
+            names.emplace_back(registration.word);
+        return names;
+    }
+
+  private:
+    void AddOptions() {
+        for (const CLI::Option* option : m_last->get_options()) {
+            for (const std::string& name : option->get_lnames())
+                m_options.push_back("--" + name);
+        }
+    }
+
+    const CLI::App* m_last;
+    Names m_options;
+};
+
+bool IsOption(std::string_view word) {
+    return word.starts_with('-');
+}
+
+std::string WhatIsWrong(const Names& unknown, const std::string& message, bool isCommandMissing) {
     if (!isCommandMissing) return message;
     return unknown.empty() ? "a command is missing" : "unknown command \"" + unknown.front() + "\"";
 }
 
+std::string Suggestion(const CLI::App& app, const Names& unknown, bool isCommandMissing) {
+    const Continuations known(app);
+    if (isCommandMissing) return unknown.empty() ? "" : DidYouMean(unknown.front(), known.Commands());
+    const auto option = std::find_if(unknown.begin(), unknown.end(),
+                                     [](const std::string& word) { return word.starts_with("--"); });
+    return option == unknown.end() ? "" : DidYouMean(option->substr(0, option->find('=')), known.Options());
+}
+
 /// What is wrong with the command line, whose last argument is `last`, and what to do about it.
 std::string DescribeMistake(const CLI::App& app, const CLI::ParseError& error, std::string_view last) {
-    const std::vector<std::string> unknown = app.remaining(true);
+    const Names unknown = app.remaining(true);
     const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
     const bool isCommand = isMissing && std::string(error.what()).find("ubcommand") != std::string::npos;
     // What is missing may be there, and have been taken for an option.
-    const auto isOption = [](std::string_view word) { return word.starts_with('-'); };
     const bool isTaken =
-        isMissing && !isCommand && (isOption(last) || std::any_of(unknown.begin(), unknown.end(), isOption));
-    return WhatIsWrong(unknown, error.what(), isCommand) + " (" +
+        isMissing && !isCommand && (IsOption(last) || std::any_of(unknown.begin(), unknown.end(), IsOption));
+    return WhatIsWrong(unknown, error.what(), isCommand) + " (" + Suggestion(app, unknown, isCommand) +
            (isTaken ? "put \"--\" before a value that begins with \"-\", or " : "") + "see \"" +
            app.get_name() + " --help\")";
 }
 
 /// The help or the version; returns the exit status.
-int Print(Request request, const CLI::App& app, const CLI::ParseError& error) {
+int Print(GlobalOptions options, const CLI::App& app, const CLI::ParseError& error) {
     std::ostringstream text;
     app.exit(error, text, text);
-    request.json = false;
-    Report report(request);
+    options.json = false;
+    Report report(options);
     report.Text(text.str());
     return report.Finish(kDone);
 }
@@ -285,27 +228,84 @@ bool AsksForDocument(int count, char** arguments) {
 
 }  // namespace
 
-std::optional<Request> ParseCommandLine(const std::string& program, int count, char** arguments,
-                                        int& status) {
-    Request request;
-    request.program = program;
-    request.role = program == "zet-init" ? "server" : "client";
-    CLI::App app("Join this host to a network domain in the role of a " + request.role, program);
-    const CommandLine commandLine(request, app, {arguments + std::min(count, 1), arguments + count});
+void Arguments::AddWord(const char* name, const char* help, std::string& word) {
+    m_command.add_option(name, word, help)->required();
+}
+
+void Arguments::AddWords(const char* name, const char* help, std::vector<std::string>& words,
+                         bool isRequired) {
+    m_command.add_option(name, words, help)->required(isRequired);
+}
+
+void Arguments::AddFlag(const char* name, const char* help, bool& flag) {
+    m_command.add_flag(name, flag, help);
+}
+
+void Arguments::AddList(const char* name, const char* type, const char* help,
+                        std::vector<std::string>& values) {
+    m_command.add_option(name, values, help)->type_name(type)->allow_extra_args(false);
+}
+
+CLI::App& CommandFamily::AddRun(const char* name, const char* help, const std::function<int(Session&)>& run) {
+    CLI::App* command = AddSubcommand(m_app, name, help);
+    command->callback([&call = m_call, run, words = m_prefix + name, subject = m_subject] {
+        call.options.command = words;
+        call.run = [run, subject](Session& session) {
+            if (subject == Subject::AnyFile)
+                session.Wanted().needsConfigFile = session.Asked().isConfigFileNamed;
+            return run(session);
+        };
+    });
+    return *command;
+}
+
+CommandFamily CommandLine::Family(const char* name, const char* help, Subject subject) {
+    CLI::App* family = AddSubcommand(m_app, name, help)->require_subcommand(1);
+    return {*family, std::string(name) + " ", m_call, subject};
+}
+
+std::optional<Call> ParseCommandLine(const std::string& program, int count, char** arguments, int& status) {
+    Grammar grammar(program);
+    grammar.AddCommands({arguments + std::min(count, 1), arguments + count});
+    CLI::App& app = grammar.App();
+    GlobalOptions& options = grammar.Asked().options;
     try {
         app.parse(count, arguments);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) {
-            status = Print(request, app, error);
+            status = Print(options, app, error);
         } else {
-            request.json = request.json || AsksForDocument(count, arguments);
-            Report report(request);
+            options.json = options.json || AsksForDocument(count, arguments);
+            Report report(options);
             report.Error(DescribeMistake(app, error, arguments[count - 1]));
             status = report.Finish(kWrongUse);
         }
         return std::nullopt;
     }
-    return request;
+    options.isConfigFileNamed = app.count("--config") != 0;
+    return std::move(grammar.Asked());
 }
 
-}  // namespace ZET
+std::string HelpText(const std::string& program, const std::vector<std::string>& words) {
+    Grammar grammar(program);
+    grammar.AddAll();
+    CLI::App* command = &grammar.App();
+    std::string before;
+    for (const std::string& word : words) {
+        Names names;
+        CLI::App* found = nullptr;
+        for (CLI::App* each : command->get_subcommands([](const CLI::App*) { return true; })) {
+            names.push_back(each->get_name());
+            if (each->get_name() == word) found = each;
+        }
+        if (found == nullptr) {
+            throw UsageError("unknown command \"" + word + "\" (" + DidYouMean(word, names) + "see \"" +
+                             program + " --help\")");
+        }
+        before += (before.empty() ? "" : " ") + command->get_name();
+        command = found;
+    }
+    return command->help(before);
+}
+
+}  // namespace ZET::Cli

@@ -1,18 +1,134 @@
 #ifndef ZET_COMMAND_LINE_H
 #define ZET_COMMAND_LINE_H
 
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
-#include "cli/Request.h"
+#include "cli/GlobalOptions.h"
 
-namespace ZET {
+namespace CLI {
+class App;
+}
 
-/// Parses the command line. `program` is the name under which the program runs. When nothing is left to run
-/// (help or version were asked for, or the command line is wrong) the reader has been told, `status` is the
-/// exit status, and the result is empty.
-std::optional<Request> ParseCommandLine(const std::string& program, int count, char** arguments, int& status);
+/// The words that the program takes, and the commands that they stand for. Each command adds itself: its
+/// name, what it takes into a structure of its own, and what runs it. The library that reads the words is
+/// known in the source file alone.
+namespace ZET::Cli {
 
-}  // namespace ZET
+class Session;
+
+/// What the words ask for.
+struct Call {
+    GlobalOptions options;
+    std::function<int(Session&)> run;
+};
+
+/// What a command takes, whatever the type that holds it.
+class Arguments {
+  protected:
+    explicit Arguments(CLI::App& command) : m_command(command) {}
+
+    void AddWord(const char* name, const char* help, std::string& word);
+    void AddWords(const char* name, const char* help, std::vector<std::string>& words, bool isRequired);
+    void AddFlag(const char* name, const char* help, bool& flag);
+    void AddList(const char* name, const char* type, const char* help, std::vector<std::string>& values);
+
+  private:
+    CLI::App& m_command;
+};
+
+/// A command, to which what it takes is added; the order is that of the help.
+template <typename Given>
+class Command : private Arguments {
+  public:
+    Command(CLI::App& command, std::shared_ptr<Given> given)
+        : Arguments(command), m_given(std::move(given)) {}
+
+    /// A word that has to be there.
+    Command& operator()(const char* name, std::string Given::*member, const char* help) {
+        AddWord(name, help, (*m_given).*member);
+        return *this;
+    }
+
+    /// Any number of words; at least one.
+    Command& Any(const char* name, std::vector<std::string> Given::*member, const char* help) {
+        AddWords(name, help, (*m_given).*member, false);
+        return *this;
+    }
+    Command& Some(const char* name, std::vector<std::string> Given::*member, const char* help) {
+        AddWords(name, help, (*m_given).*member, true);
+        return *this;
+    }
+
+    Command& Flag(const char* name, bool Given::*member, const char* help) {
+        AddFlag(name, help, (*m_given).*member);
+        return *this;
+    }
+
+    /// An option with a value, which may be given several times.
+    Command& List(const char* name, const char* type, std::vector<std::string> Given::*member,
+                  const char* help) {
+        AddList(name, type, help, (*m_given).*member);
+        return *this;
+    }
+
+  private:
+    std::shared_ptr<Given> m_given;
+};
+
+/// What a command works on: a file of any kind need not have anything to do with the product.
+enum class Subject { Product, AnyFile };
+
+/// The commands of a family, or those that have none.
+class CommandFamily {
+  public:
+    CommandFamily(CLI::App& app, std::string prefix, Call& call, Subject subject)
+        : m_app(app), m_prefix(std::move(prefix)), m_call(call), m_subject(subject) {}
+
+    /// `run` does the work, reports it, and returns the exit status; what it cannot do it throws.
+    template <typename Given>
+    Command<Given> Add(const char* name, const char* help, int (*run)(Session&, const Given&)) {
+        auto given = std::make_shared<Given>();
+        return {AddRun(name, help, [given, run](Session& session) { return run(session, *given); }), given};
+    }
+
+  private:
+    CLI::App& AddRun(const char* name, const char* help, const std::function<int(Session&)>& run);
+
+    CLI::App& m_app;
+    std::string m_prefix;  ///< of the words of each command
+    Call& m_call;
+    Subject m_subject;
+};
+
+/// All of them.
+class CommandLine {
+  public:
+    CommandLine(CLI::App& app, Call& call) : m_app(app), m_call(call) {}
+
+    CommandFamily Family(const char* name, const char* help, Subject subject);
+
+    /// Commands of one word.
+    CommandFamily Single(Subject subject) { return {m_app, "", m_call, subject}; }
+
+  private:
+    CLI::App& m_app;
+    Call& m_call;
+};
+
+/// Reads the words. `program` is the name under which the program runs. When nothing is left to run (help or
+/// version were asked for, or the words are wrong) the reader has been told, `status` is the exit status, and
+/// the result is empty.
+std::optional<Call> ParseCommandLine(const std::string& program, int count, char** arguments, int& status);
+
+/// The help of the command with these words, of all of them when there are none; a `UsageError` where there
+/// is no such command.
+std::string HelpText(const std::string& program, const std::vector<std::string>& words);
+
+}  // namespace ZET::Cli
 
 #endif

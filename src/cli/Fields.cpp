@@ -1,30 +1,75 @@
 #include "cli/Fields.h"
 
-namespace ZET {
+#include "deploy/host/FileState.h"
+
+namespace ZET::Cli {
 
 namespace {
 
-Value TextOrNull(const FileState& state, std::string (*text)(const FileState&)) {
-    return state.exists ? Value(text(state)) : Value(nullptr);
+using Result = FileOutcome::Result;
+
+bool IsAboutReserveOnly(const FileOutcome& outcome) {
+    return outcome.result == Result::Reserved || outcome.result == Result::Forgotten;
+}
+
+/// What happened to the file itself.
+Value ResultOf(const FileOutcome& outcome) {
+    return NameOf(IsAboutReserveOnly(outcome) ? Result::Unchanged : outcome.result);
+}
+
+/// What happened to its reserve where that is all that happened.
+Value ReserveResultOf(const FileOutcome& outcome) {
+    if (!IsAboutReserveOnly(outcome)) return nullptr;
+    return NameOf(outcome.result == Result::Reserved ? Result::Created : Result::Removed);
+}
+
+Value NumberOrNull(int number) {
+    return number == 0 ? Value(nullptr) : Value(number);
+}
+
+void AddAttributes(Fields& fields, const FileOutcome& outcome) {
+    const bool isChange = outcome.IsChange() && !IsAboutReserveOnly(outcome);
+    const auto text = [&](const FileState& state, std::string (*textOf)(const FileState&)) {
+        return isChange && state.exists ? Value(textOf(state)) : Value(nullptr);
+    };
+    fields.emplace_back("mode_before", text(outcome.before, ModeText));
+    fields.emplace_back("mode_after", text(outcome.after, ModeText));
+    fields.emplace_back("owner_before", text(outcome.before, OwnerText));
+    fields.emplace_back("owner_after", text(outcome.after, OwnerText));
 }
 
 }  // namespace
 
+Value TextOrNull(const std::string& text) {
+    return text.empty() ? Value(nullptr) : Value(text);
+}
+
 Fields FieldsOf(const Problem& problem) {
-    Fields fields = {{"file", problem.file},
-                     {"line", problem.line},
-                     {"column", problem.column},
-                     {"problem", problem.text},
-                     {"remedy", problem.remedy}};
-    if (!problem.output.empty()) fields.emplace_back("output", problem.output);
+    return {{"file", TextOrNull(problem.file)},       {"line", NumberOrNull(problem.line)},
+            {"column", NumberOrNull(problem.column)}, {"problem", problem.text},
+            {"remedy", TextOrNull(problem.remedy)},   {"output", TextOrNull(problem.output)}};
+}
+
+Fields FieldsOf(const FileOutcome& outcome, const std::string& path, bool isSecret, const Value& edited) {
+    Fields fields = {{"template", TextOrNull(outcome.templateName)},
+                     {"file", outcome.file},
+                     {"path", path},
+                     {"result", ResultOf(outcome)},
+                     {"reserve", TextOrNull(outcome.reserve)},
+                     {"reserve_result", ReserveResultOf(outcome)},
+                     {"edited", edited},
+                     {"secret", isSecret}};
+    AddAttributes(fields, outcome);
+    const bool isHidden = !outcome.diff.excuse.empty();
+    const std::vector<std::string>& places = outcome.diff.places;
+    fields.emplace_back("diff", isHidden ? Value(nullptr) : TextOrNull(outcome.diff.text));
+    fields.emplace_back("changed_lines",
+                        isHidden ? Value(List(places.begin(), places.end())) : Value(nullptr));
     return fields;
 }
 
-Fields ChangeFields(const FileState& before, const FileState& after) {
-    return {{"mode_before", TextOrNull(before, ModeText)},
-            {"mode_after", TextOrNull(after, ModeText)},
-            {"owner_before", TextOrNull(before, OwnerText)},
-            {"owner_after", TextOrNull(after, OwnerText)}};
+std::string NameOfPlaceholder(const std::string& placeholder) {
+    return placeholder.substr(2, placeholder.size() - 3);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Cli

@@ -3,17 +3,24 @@
 
 #include "cli/Names.h"
 #include "cli/Report.h"
-#include "deploy/host/FileState.h"
 #include "zet/ZETProblem.h"
+#include "zet/deploy/FileOutcome.h"
 
 /// What the document says of the things that commands find and do.
-namespace ZET {
+namespace ZET::Cli {
 
 Fields FieldsOf(const Problem& problem);
 
-/// mode_before, mode_after, owner_before, owner_after; null for a file that is not there.
-Fields ChangeFields(const FileState& before, const FileState& after);
+/// A file and what happened, or would happen, to it. `path` is its real name; `edited`, where that is known,
+/// whether a commit undoes what others did to it.
+Fields FieldsOf(const FileOutcome& outcome, const std::string& path, bool isSecret,
+                const Value& edited = nullptr);
 
-}  // namespace ZET
+/// "realm" for "${realm}"
+std::string NameOfPlaceholder(const std::string& placeholder);
+
+Value TextOrNull(const std::string& text);
+
+}  // namespace ZET::Cli
 
 #endif

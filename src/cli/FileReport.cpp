@@ -2,9 +2,10 @@
 
 #include "cli/ExitStatus.h"
 #include "cli/Fields.h"
+#include "deploy/host/FileState.h"
 #include "deploy/targets/ShownDiff.h"
 
-namespace ZET {
+namespace ZET::Cli {
 
 namespace {
 
@@ -25,25 +26,15 @@ std::string Text(const FileOutcome& outcome, bool isDryRun) {
 
 void BeginFileReport(Session& session) {
     session.Out().Set("dry_run", session.Asked().dryRun);
+    session.Out().Set("entry", nullptr);
     session.Out().AddList("files");
 }
 
 int ReportFile(Session& session, const FileOutcome& outcome) {
-    const Request& asked = session.Asked();
+    const GlobalOptions& asked = session.Asked();
     Report& out = session.Out();
-    Fields fields = {{"file", outcome.file},
-                     {"path", session.Product().HostPaths().RealName(outcome.path)},
-                     {"change", NameOf(outcome.result)}};
-    if (outcome.IsChange()) {
-        for (auto& field : ChangeFields(outcome.before, outcome.after))
-            fields.push_back(std::move(field));
-    }
-    fields.emplace_back("reserve", outcome.reserve.empty() ? Value(nullptr) : Value(outcome.reserve));
-    if (asked.json) fields.emplace_back("secret", IsPrivate(session.Product(), outcome));
-    if (asked.diff) AddDiff(fields, outcome.diff);
-    out.Set("dry_run", asked.dryRun);
-    out.Add("files", std::move(fields));
-    if (!asked.quiet) out.Line(Text(outcome, asked.dryRun));
+    AddFile(session, "files", outcome);
+    if (!asked.quiet || outcome.IsChange()) out.Line(Text(outcome, asked.dryRun));
     TellDiff(out, outcome.diff);
     return asked.dryRun && outcome.IsChange() ? kNotInSync : kDone;
 }
@@ -54,27 +45,42 @@ void TellDiff(Report& report, const ShownDiff& diff) {
         report.Line(place + " (" + diff.excuse + ")");
 }
 
-void AddDiff(Fields& fields, const ShownDiff& diff) {
-    const bool isShown = diff.excuse.empty();
-    fields.emplace_back("diff", isShown ? Value(diff.text) : Value(nullptr));
-    fields.emplace_back("changed_lines",
-                        isShown ? Value(nullptr) : Value(List(diff.places.begin(), diff.places.end())));
+void AddFile(Session& session, const char* list, const FileOutcome& outcome, const Value& edited) {
+    if (!session.Asked().json) return;  // it takes looking into lists and files
+    Deployment& product = session.Product();
+    session.Out().Add(list, FieldsOf(outcome, product.HostPaths().RealName(outcome.path),
+                                     IsPrivate(product, outcome), edited));
 }
 
 void BeginTargets(Session& session, Session::FileTeller teller) {
     session.TellFilesBy(teller);
     session.Out().Set("role", session.Asked().role);
     session.Out().Set("dry_run", session.Asked().dryRun);
+    session.Out().Set("entry", nullptr);
     session.Out().AddList("targets");
     session.Out().AddList("restart");
 }
 
 void TellChecksNotRun(Session& session, std::size_t count) {
     session.Out().Set("checks_not_run", static_cast<std::int64_t>(count));
-    if (count == 0 || session.Asked().noChecks) return;
+    if (count == 0 || !session.Wanted().runsChecks) return;
     session.Out().Remark(std::to_string(count) + (count == 1 ? " check command" : " check commands") +
                          " of the tree " + (count == 1 ? "was" : "were") +
                          " not run (--run-checks runs them, on this host)");
+}
+
+void TellResults(Session& session) {
+    using Result = FileOutcome::Result;
+    if (session.Asked().quiet) return;
+    std::string text;
+    for (const Result result : {Result::Created, Result::Changed, Result::Unchanged}) {
+        const auto count = session.Results().find(result);
+        if (count == session.Results().end()) continue;
+        const bool isTrial = session.Asked().dryRun && result != Result::Unchanged;
+        text += (text.empty() ? "" : ", ") + std::to_string(count->second) + (isTrial ? " would be " : " ") +
+                NameOf(result);
+    }
+    session.Out().Line(text.empty() ? "no targets" : text);
 }
 
 void TellRestarts(Session& session, const std::vector<std::string>& services) {
@@ -88,4 +94,4 @@ void TellRestarts(Session& session, const std::vector<std::string>& services) {
                        names);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Cli

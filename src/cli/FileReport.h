@@ -5,7 +5,7 @@
 #include "zet/deploy/FileOutcome.h"
 
 /// What happened to files, told to the reader.
-namespace ZET {
+namespace ZET::Cli {
 
 /// Gives the document the fields that it has even if the command fails.
 void BeginFileReport(Session& session);
@@ -14,19 +14,27 @@ void BeginFileReport(Session& session);
 /// dry run. Returns the exit status that belongs to it.
 int ReportFile(Session& session, const FileOutcome& outcome);
 
-/// The diff, or where it is hidden; and the fields "diff" and "changed_lines".
+/// The diff, or where it is hidden.
 void TellDiff(Report& report, const ShownDiff& diff);
-void AddDiff(Fields& fields, const ShownDiff& diff);
+
+/// An element of the document's list. `edited` is that of `FieldsOf`.
+void AddFile(Session& session, const char* list, const FileOutcome& outcome, const Value& edited = nullptr);
 
 /// Gives the document the fields of a command about targets, each of which is told by `teller`.
 void BeginTargets(Session& session, Session::FileTeller teller);
 
+/// Of the option with which check commands of a tree are run.
+inline constexpr char kRunChecksHelp[] = "With --root: run the tree's check commands, on this host";
+
 /// That check commands of a tree were not run, and how to have them run.
 void TellChecksNotRun(Session& session, std::size_t count);
+
+/// A last line that says how many targets came to which result.
+void TellResults(Session& session);
 
 /// The list "restart" of the document, which is there already, and a line.
 void TellRestarts(Session& session, const std::vector<std::string>& services);
 
-}  // namespace ZET
+}  // namespace ZET::Cli
 
 #endif

@@ -4,7 +4,7 @@
 namespace ZET::Deploy {}
 
 /// The commands are written in the words of the library that does their work.
-namespace ZET {
+namespace ZET::Cli {
 using namespace Deploy;
 }
 

@@ -10,7 +10,7 @@
 #include "cli/Names.h"
 #include "deploy/host/Signals.h"
 
-namespace ZET {
+namespace ZET::Cli {
 
 namespace {
 
@@ -70,4 +70,4 @@ bool OutputStream::WaitForRoom() noexcept {
     return count != 0;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Cli

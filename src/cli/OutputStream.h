@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace ZET {
+namespace ZET::Cli {
 
 /// Standard output or standard error. After SIGINT, SIGTERM or SIGHUP, a reader who does not read is waited
 /// for a little while only: who asks a command to end does not wait for its report to be read.
@@ -37,6 +37,6 @@ class OutputStream {
     std::string m_text;  ///< not written yet
 };
 
-}  // namespace ZET
+}  // namespace ZET::Cli
 
 #endif

@@ -10,7 +10,7 @@
 #include "posix/Printable.h"
 #include "text/Lines.h"
 
-namespace ZET {
+namespace ZET::Cli {
 
 namespace {
 
@@ -97,16 +97,19 @@ std::string_view ColorOfDiffLine(std::string_view line) {
 
 }  // namespace
 
-Report::Report(const Request& request)
-    : m_program(request.program),
-      m_json(request.json),
-      m_quiet(request.quiet),
-      m_verbose(request.verbose),
+Report::Report(const GlobalOptions& asked)
+    : m_program(asked.program),
+      m_json(asked.json),
+      m_quiet(asked.quiet),
+      m_verbose(asked.verbose),
       m_output(STDOUT_FILENO),
       m_messages(STDERR_FILENO),
-      m_color(WantsColor(request.color, m_output.IsTerminal())) {
+      m_progress(m_messages, !asked.json && !asked.quiet),
+      m_color(WantsColor(asked.color, m_output.IsTerminal())) {
     Set("version", kDocumentVersion);
-    Set("command", request.command.empty() ? Value(nullptr) : Value(request.command));
+    Set("command", asked.command.empty() ? Value(nullptr) : Value(asked.command));
+    AddList("warnings");
+    AddList("errors");
 }
 
 void Report::Line(const std::string& text) {
@@ -122,7 +125,9 @@ void Report::Data(const std::string& line) {
 }
 
 void Report::Text(std::string_view text) {
-    if (!m_json) m_output.Write(text);
+    if (m_json) return;
+    m_progress.Erase();
+    m_output.Write(text);
 }
 
 void Report::Diff(std::string_view diff) {
@@ -161,6 +166,7 @@ void Report::Add(const std::string& list, Value value) {
 
 void Report::Message(const char* kind, const std::string& text, std::string_view lines) {
     m_output.Flush();
+    m_progress.Erase();
     m_messages.Write(m_program + ": " + kind + Printable(text) + "\n" + SetIn(lines));
     m_messages.Flush();
 }
@@ -184,6 +190,7 @@ void Report::Error(const std::string& text, const std::string& lines) {
 }
 
 int Report::Finish(int status) {
+    m_progress.Erase();
     if (m_json) {
         Set("exit_status", status);
         m_output.Write(ToJson(m_document).dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
@@ -194,4 +201,4 @@ int Report::Finish(int status) {
     return kFailed;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Cli

@@ -9,10 +9,11 @@
 #include <variant>
 #include <vector>
 
+#include "cli/GlobalOptions.h"
 #include "cli/OutputStream.h"
-#include "cli/Request.h"
+#include "cli/ProgressLine.h"
 
-namespace ZET {
+namespace ZET::Cli {
 
 struct Value;
 // Not a vector too: with nothing but types that it knows to be moved without failing, this library's variant
@@ -39,7 +40,7 @@ struct Value {
 /// on standard error. Each result is given in both forms; the caller's choice decides which one is shown.
 class Report {
   public:
-    explicit Report(const Request& request);
+    explicit Report(const GlobalOptions& asked);
 
     /// A result for a reader: one line, whatever the names in it hold. Below it, lines of somebody else's.
     void Line(const std::string& text);
@@ -68,6 +69,9 @@ class Report {
     void Warning(const std::string& text);
     void Error(const std::string& text, const std::string& lines = "");
 
+    /// How far the work is, for a reader who waits at a terminal.
+    void Progress(std::size_t done, std::size_t total) { m_progress.Show(done, total); }
+
     /// Writes the document, if that is what was asked for, and sees to it that everything reached its reader.
     /// Returns `status`, or `kFailed` when standard output could not be written. A pipe whose reader went
     /// away is no failure.
@@ -82,10 +86,11 @@ class Report {
     bool m_verbose;
     OutputStream m_output;
     OutputStream m_messages;
+    ProgressLine m_progress;
     bool m_color;
     Fields m_document;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Cli
 
 #endif

@@ -2,41 +2,38 @@
 
 #include "cli/FileReport.h"
 
-namespace ZET {
+namespace ZET::Cli {
 
 namespace {
 
-ZETLogLevel Threshold(const Request& request) {
-    if (request.quiet) return ZETLogError;
-    return request.verbose ? ZETLogNotice : ZETLogWarning;
+ZETLogLevel Threshold(const GlobalOptions& asked) {
+    if (asked.quiet) return ZETLogError;
+    return asked.verbose ? ZETLogNotice : ZETLogWarning;
 }
 
-void StartLog(const Request& request) {
-    ConfigureLog(request.log == "syslog" ? ZETLogTarget::SystemLog : ZETLogTarget::StandardError,
-                 Threshold(request), request.program);
+void StartLog(const GlobalOptions& asked) {
+    ConfigureLog(asked.log == "syslog" ? ZETLogTarget::SystemLog : ZETLogTarget::StandardError,
+                 Threshold(asked), asked.program);
 }
 
-Options OptionsOf(const Request& request) {
+Options OptionsOf(const GlobalOptions& asked) {
     Options options;
-    options.role = request.role;
-    options.needsConfigFile = request.needsConfigFile || request.isConfigFileNamed;
-    options.root = request.root;
-    options.moduleFile = request.moduleFile;
-    options.program = request.program;
-    options.command = request.command;
-    options.dryRun = request.dryRun;
-    options.onlyLooks = request.OnlyLooks();
-    options.wantsDiffs = request.diff;
-    options.showsSecrets = request.showSecrets;
-    options.runsChecks = !request.noChecks;
-    options.runsChecksOfTree = request.runChecks;
+    options.role = asked.role;
+    options.root = asked.root;
+    options.moduleFile = asked.moduleFile;
+    options.program = asked.program;
+    options.command = asked.command;
+    options.dryRun = asked.dryRun;
+    options.onlyLooks = asked.dryRun;
+    options.wantsDiffs = asked.diff;
+    options.showsSecrets = asked.showSecrets;
     return options;
 }
 
 }  // namespace
 
-Session::LogInReport::LogInReport(const Request& request, Report& report) {
-    StartLog(request);
+Session::LogInReport::LogInReport(const GlobalOptions& asked, Report& report) {
+    StartLog(asked);
     SetLogObserver([&report](ZETLogLevel level, const std::string& text) {
         if (level == ZETLogError) report.Add("errors", text);
         if (level == ZETLogWarning) report.Add("warnings", text);
@@ -47,13 +44,17 @@ Session::LogInReport::~LogInReport() {
     SetLogObserver({});
 }
 
-Session::Session(const Request& request, Report& report)
-    : m_request(request),
-      m_report(report),
-      m_logInReport(request, report),
-      m_product(request.configFile, OptionsOf(request), *this) {}
+Session::Session(const GlobalOptions& asked, Report& report)
+    : m_asked(asked), m_report(report), m_logInReport(asked, report), m_wanted(OptionsOf(asked)) {}
+
+Deployment& Session::Product() {
+    Observer& observer = *this;
+    if (!m_product) m_product = std::make_unique<Deployment>(m_asked.configFile, m_wanted, observer);
+    return *m_product;
+}
 
 void Session::Done(const FileOutcome& outcome) {
+    ++m_results[outcome.result];
     if (m_teller != nullptr) m_teller(*this, outcome);
 }
 
@@ -61,4 +62,4 @@ void Session::Restarts(const std::vector<std::string>& services) {
     TellRestarts(*this, services);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Cli

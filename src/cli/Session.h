@@ -1,16 +1,19 @@
 #ifndef ZET_SESSION_H
 #define ZET_SESSION_H
 
+#include <cstddef>
+#include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "cli/GlobalOptions.h"
 #include "cli/Names.h"
 #include "cli/Report.h"
-#include "cli/Request.h"
 #include "deploy/targets/Deployment.h"
 #include "zet/deploy/Observer.h"
 
-namespace ZET {
+namespace ZET::Cli {
 
 /// One run of a command: what the caller asked for, the product that does it, and the report. What the
 /// product tells goes into the report.
@@ -19,12 +22,19 @@ class Session : private Observer {
     /// How a command tells of a file that is done with.
     using FileTeller = void (*)(Session& session, const FileOutcome& outcome);
 
-    /// A configuration file or module that is missing or broken throws.
-    Session(const Request& request, Report& report);
+    Session(const GlobalOptions& asked, Report& report);
 
-    const Request& Asked() const { return m_request; }
+    const GlobalOptions& Asked() const { return m_asked; }
     Report& Out() { return m_report; }
-    Deployment& Product() { return m_product; }
+
+    /// How the product is to be used. It can be changed until it is used.
+    Options& Wanted() { return m_wanted; }
+
+    /// Started when it is needed first. A configuration file or module that is missing or broken throws.
+    Deployment& Product();
+
+    /// How many files came to each result, of those that the product is done with.
+    const std::map<FileOutcome::Result, std::size_t>& Results() const { return m_results; }
 
     /// Files that the product is done with are told by `teller` from now on.
     void TellFilesBy(FileTeller teller) { m_teller = teller; }
@@ -33,7 +43,7 @@ class Session : private Observer {
     /// The log's warnings and errors are in the document, too.
     class LogInReport {
       public:
-        LogInReport(const Request& request, Report& report);
+        LogInReport(const GlobalOptions& asked, Report& report);
         ~LogInReport();
         LogInReport(const LogInReport&) = delete;
         LogInReport& operator=(const LogInReport&) = delete;
@@ -43,16 +53,19 @@ class Session : private Observer {
     void Remark(const std::string& text) override { m_report.Remark(text); }
     void Warning(const std::string& text) override { m_report.Warning(text); }
     void Error(const std::string& text, const std::string& lines) override { m_report.Error(text, lines); }
+    void Progress(std::size_t done, std::size_t total) override { m_report.Progress(done, total); }
     void Done(const FileOutcome& outcome) override;
     void Restarts(const std::vector<std::string>& services) override;
 
-    const Request& m_request;
+    const GlobalOptions& m_asked;
     Report& m_report;
     LogInReport m_logInReport;
     FileTeller m_teller = nullptr;
-    Deployment m_product;
+    std::map<FileOutcome::Result, std::size_t> m_results;
+    Options m_wanted;
+    std::unique_ptr<Deployment> m_product;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Cli
 
 #endif

@@ -19,6 +19,7 @@
 #include "deploy/state/Overrides.h"
 #include "zet/ZETErrors.h"
 
+namespace ZET::Cli {
 namespace {
 
 /// No file that is opened later may take the place of a standard stream and get what is meant for a reader.
@@ -42,57 +43,58 @@ void HearOfEndedPrograms() {
     std::signal(SIGCHLD, SIG_DFL);
 }
 
-int Run(const ZET::Request& request, ZET::Report& report) {
+int Run(const Call& call, Report& report) {
     try {
-        ZET::Session session(request, report);
-        const ZET::LoggedFailures failures;
-        const int status = request.run(session);
+        Session session(call.options, report);
+        const LoggedFailures failures;
+        const int status = call.run(session);
         // The module reports some failures to the log only.
-        return status != ZET::kFailed && failures.Any() ? ZET::kFailed : status;
-    } catch (const ZET::UsageError& error) {
+        return status != kFailed && failures.Any() ? kFailed : status;
+    } catch (const UsageError& error) {
         report.Error(error.what());
-        return ZET::kWrongUse;
+        return kWrongUse;
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const ZET::EZETError& error) {
-        report.Error(ZET::WithRemedy(error.what()));
-        return ZET::kFailed;
-    } catch (const ZET::Failure& failure) {
+        report.Error(WithRemedy(error.what()));
+        return kFailed;
+    } catch (const Failure& failure) {
         report.Error(failure.what(), failure.Lines());
-        return ZET::kFailed;
+        return kFailed;
     } catch (const std::exception& error) {
         report.Error(error.what());
-        return ZET::kFailed;
+        return kFailed;
     }
 }
 
 int RunProgram(int count, char** arguments) {
-    const std::string program = ZET::BaseNameOf(arguments[0]);
-    int status = ZET::kDone;
-    const auto request =
-        ZET::ParseCommandLine(program == "zet-init" ? "zet-init" : "zet-client", count, arguments, status);
-    if (!request) return status;
-    ZET::Report report(*request);
-    status = Run(*request, report);
-    const std::string left = ZET::Staging::LeftBehind();
+    const std::string program = BaseNameOf(arguments[0]);
+    int status = kDone;
+    const auto call =
+        ParseCommandLine(program == "zet-init" ? "zet-init" : "zet-client", count, arguments, status);
+    if (!call) return status;
+    Report report(call->options);
+    status = Run(*call, report);
+    const std::string left = Staging::LeftBehind();
     if (!left.empty()) {
         report.Error(left);
-        status = ZET::kFailed;
+        status = kFailed;
     }
     return report.Finish(status);
 }
 
 }  // namespace
+}  // namespace ZET::Cli
 
 int main(int count, char** arguments) {
-    OpenStandardStreams();
-    TurnSignalsIntoErrors();
-    HearOfEndedPrograms();
-    ZET::UseReadersLanguage();
+    ZET::Cli::OpenStandardStreams();
+    ZET::Cli::TurnSignalsIntoErrors();
+    ZET::Cli::HearOfEndedPrograms();
+    ZET::Deploy::UseReadersLanguage();
     try {
-        return RunProgram(count, arguments);
+        return ZET::Cli::RunProgram(count, arguments);
     } catch (const std::bad_alloc&) {
         std::fputs("error: out of memory (free some, then run the command again)\n", stderr);
-        return ZET::kFailed;
+        return ZET::Cli::kFailed;
     }
 }

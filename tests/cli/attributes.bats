@@ -158,10 +158,12 @@ dress() {
     chmod 644 out/one.conf
     capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" commit-config -n
     assert_status 3
-    assert_output "$HOST/out/one.conf: would be changed, owner 1:1 -> 65534:65534"
+    assert_output "$HOST/out/one.conf: would be changed, owner 1:1 -> 65534:65534
+1 would be changed"
     capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" commit-config
     assert_status 0
-    assert_output "$HOST/out/one.conf: changed, owner 1:1 -> 65534:65534, the original is kept as $HOST/out/one.conf.before_zet"
+    assert_output "$HOST/out/one.conf: changed, owner 1:1 -> 65534:65534, the original is kept as $HOST/out/one.conf.before_zet
+1 changed"
     [[ $stderr == *warning*"$HOST/out/one.conf"* ]]
     assert_made one.conf $'realm = EXAMPLE.ORG\n'
     assert_equal "$(stat -c '%u:%g %a' out/one.conf)" "65534:65534 644"
@@ -174,7 +176,8 @@ dress() {
     chmod 644 out/one.conf
     run_zet commit-config -n
     assert_status 3
-    assert_output "$HOST/out/one.conf: would be changed"
+    assert_output "$HOST/out/one.conf: would be changed
+1 would be changed"
 }
 
 # assert_foreseen PATH OWNER COMMAND...: the dry run, the report and the file agree on the owner.

@@ -297,7 +297,7 @@ ${server}
 ${valid_group_names}
 ${valid_user_names}'
     run_zet --json check-config
-    assert_json 'd["unused_values"]' "$(python3 -c 'import json, sys; print(json.dumps(sys.argv[1].split()))' "$unused")"
+    assert_json 'd["unused_values"]' "$(python3 -c 'import json, sys; print(json.dumps(sys.argv[1].split()))' "$(tr -d '${}' <<<"$unused")")"
     run_zet -v check-config one.conf
     [[ $stderr != *"no template uses"* ]]
     run_zet --json check-config one.conf
@@ -313,9 +313,9 @@ ${valid_user_names}'
     run_zet --json check-config
     assert_status 1
     assert_stderr ""
-    assert_json 'd["problems"][0]' "$(printf '{"file": "%s", "line": 1, "column": 2, "problem": "placeholder \\"${nope}\\" has no value", "remedy": "use one that \\"values\\" lists, or correct its name"}' "$HOST/templates/one.conf")"
+    assert_json 'd["problems"][0]' "$(printf '{"file": "%s", "line": 1, "column": 2, "problem": "placeholder \\"${nope}\\" has no value", "remedy": "use one that \\"values\\" lists, or correct its name", "output": null}' "$HOST/templates/one.conf")"
     assert_json '[d["problems"][1][x] for x in ("file", "line", "column", "remedy")], d["exit_status"], d["command"]' \
-        "[[\"$HOST/out\", 0, 0, \"chmod o-w it\"], 1, \"check-config\"]"
+        "[[\"$HOST/out\", null, null, \"chmod o-w it\"], 1, \"check-config\"]"
     chmod 755 out
     echo fine >templates/one.conf
     run_zet --json check-config

@@ -17,7 +17,8 @@ teardown() {
     original one.conf $'old\n'
     run_zet commit-config
     assert_success "$HOST/out/one.conf: changed, mode 0640 -> 0644, the original is kept as $HOST/out/one.conf.before_zet
-$HOST/out/two.conf: created, mode 0644, owner $EUID:$(id -g)"
+$HOST/out/two.conf: created, mode 0644, owner $EUID:$(id -g)
+1 created, 1 changed"
     assert_made one.conf $'realm = EXAMPLE.ORG\n'
     assert_made two.conf $'domain = example.org\n'
     assert_file out/one.conf.before_zet $'old\n'
@@ -66,8 +67,7 @@ $HOST/out/two.conf: created, mode 0644, owner $EUID:$(id -g)"
     local before
     before=$(state_of out/* etc/*)
     run_zet commit-config
-    assert_success "$HOST/out/one.conf: unchanged
-$HOST/out/two.conf: unchanged"
+    assert_success "2 unchanged"
     assert_equal "$(state_of out/* etc/*)" "$before"
 }
 
@@ -78,7 +78,7 @@ $HOST/out/two.conf: unchanged"
     before=$(state_of out/two.conf)
     run_zet commit-config
     assert_success "$HOST/out/one.conf: changed
-$HOST/out/two.conf: unchanged"
+1 changed, 1 unchanged"
     assert_made one.conf $'realm = OTHER.ORG\n'
     assert_equal "$(state_of out/two.conf)" "$before"
     grep -qx 'REALM=OTHER.ORG' state/zet-client.status
@@ -92,12 +92,12 @@ $HOST/out/two.conf: unchanged"
     local before
     before=$(state_of out/one.conf)
     run_zet commit-config one.conf
-    assert_success "$HOST/out/one.conf: unchanged"
+    assert_success "1 unchanged"
     assert_equal "$(state_of out/one.conf)" "$before"
     assert_absent out/one.conf.before_zet
     cmp templates/one.conf etc/one.conf
     run_zet status
-    assert_equal "$(tail -n 2 <<<"${output%?}" | head -n 1)" "$HOST/out/one.conf: in sync"
+    assert_equal "$(tail -n 3 <<<"${output%?}" | head -n 1)" "$HOST/out/one.conf: in sync"
 }
 
 @test "another mode alone is a change" {
@@ -105,7 +105,7 @@ $HOST/out/two.conf: unchanged"
     chmod 600 etc/one.conf
     run_zet commit-config
     assert_success "$HOST/out/one.conf: changed, mode 0644 -> 0600
-$HOST/out/two.conf: unchanged"
+1 changed, 1 unchanged"
     assert_equal "$(stat -c %a out/one.conf)" 600
 }
 
@@ -115,7 +115,7 @@ $HOST/out/two.conf: unchanged"
     echo 'shipped anew' >templates/one.conf
     run_zet commit-config
     assert_success "$HOST/out/one.conf: changed
-$HOST/out/two.conf: unchanged"
+1 changed, 1 unchanged"
     assert_made one.conf $'mine = example.org\n'
 }
 
@@ -139,7 +139,7 @@ $HOST/out/two.conf: unchanged"
     run_zet commit-config
     assert_status 0
     assert_output "$HOST/out/one.conf: changed
-$HOST/out/two.conf: unchanged"
+1 changed, 1 unchanged"
     assert_stderr "zet-client: warning: $HOST/out/one.conf: was edited since the last commit; the edits are overwritten"
     assert_made one.conf $'realm = EXAMPLE.ORG\n'
     run_zet commit-config
@@ -171,8 +171,7 @@ zet-client: warning: $HOST/out/two.conf: ${UNRECORDED/are over/would be over}"
 zet-client: warning: $HOST/out/two.conf: $UNRECORDED"
     assert_file out/one.conf.before_zet $'orig=1\n'
     run_zet commit-config
-    assert_success "$HOST/out/one.conf: unchanged
-$HOST/out/two.conf: unchanged"
+    assert_success "2 unchanged"
 }
 
 @test "an edit after the commit of the other role is overwritten with a warning, its work without one" {
@@ -180,7 +179,7 @@ $HOST/out/two.conf: unchanged"
     echo precious >>out/two.conf
     capture server --json commit-config
     assert_status 0
-    assert_json '[(t["change"], t["edited"]) for t in d["targets"]]' '[["changed", false], ["changed", true]]'
+    assert_json '[(t["result"], t["edited"]) for t in d["targets"]]' '[["changed", false], ["changed", true]]'
     assert_stderr "zet-init: warning: $HOST/out/two.conf: $UNRECORDED"
 }
 
@@ -188,7 +187,7 @@ $HOST/out/two.conf: unchanged"
     zet commit-config
     server commit-config
     run_zet --json commit-config
-    assert_json '[(t["change"], t["edited"]) for t in d["targets"]]' '[["changed", false], ["changed", false]]'
+    assert_json '[(t["result"], t["edited"]) for t in d["targets"]]' '[["changed", false], ["changed", false]]'
     assert_stderr ""
     server commit-config
     echo precious >>out/one.conf
@@ -238,15 +237,15 @@ zet-client: warning: $HOST/out/two.conf: was removed since the last commit"
     zet option set REALM OTHER.ORG
     sed -i s/EXAMPLE.ORG/OTHER.ORG/ out/one.conf
     run_zet commit-config
-    assert_success "$HOST/out/one.conf: unchanged
-$HOST/out/two.conf: unchanged"
+    assert_success "2 unchanged"
     run_zet status
     assert_status 0
 }
 
 @test "named templates are committed, and no others" {
     run_zet commit-config two.conf
-    assert_success "$HOST/out/two.conf: created, mode 0644, owner $EUID:$(id -g)"
+    assert_success "$HOST/out/two.conf: created, mode 0644, owner $EUID:$(id -g)
+1 created"
     assert_absent out/one.conf
     assert_absent etc/one.conf
     zet commit-config one.conf
@@ -273,14 +272,14 @@ $HOST/out/two.conf: unchanged"
     run_zet commit-config
     assert_status 0
     assert_equal "$(cut -d, -f1 <<<"${output%?}")" "$HOST/elsewhere/real: changed
-$HOST/elsewhere/new: created"
+$HOST/elsewhere/new: created
+1 created"
     assert_equal "$(readlink out/one.conf) $(readlink out/two.conf)" "../elsewhere/real $HOST/elsewhere/new"
     assert_made one.conf $'realm = EXAMPLE.ORG\n'
     assert_file elsewhere/real.before_zet $'old\n'
     assert_equal "$(names_in out)" "one.conf two.conf"
     run_zet commit-config
-    assert_success "$HOST/elsewhere/real: unchanged
-$HOST/elsewhere/new: unchanged"
+    assert_success "2 unchanged"
 }
 
 @test "the other names of a target with hard links are warned of" {
@@ -297,7 +296,7 @@ $HOST/elsewhere/new: unchanged"
     sed -i '/out.two.conf"$/a restart = ["beta", "gamma"]' templates/targets.toml
     add_target three.conf $'fixed\n' 'restart = ["delta"]'
     run_zet commit-config
-    assert_equal "$(tail -n 1 <<<"${output%?}")" "to be restarted: alpha, beta, gamma, delta"
+    assert_equal "$(tail -n 2 <<<"${output%?}" | head -n 1)" "to be restarted: alpha, beta, gamma, delta"
     zet option set DOMAIN other.org
     zet option set REALM EXAMPLE.ORG
     run_zet --json commit-config
@@ -318,10 +317,20 @@ $HOST/elsewhere/new: unchanged"
 
 @test "quiet and verbose" {
     run_zet -q commit-config
-    assert_success ""
+    assert_success "$HOST/out/one.conf: created, mode 0644, owner $EUID:$(id -g)
+$HOST/out/two.conf: created, mode 0644, owner $EUID:$(id -g)"
     echo mine >>out/one.conf
     run_zet -q commit-config
+    assert_success "$HOST/out/one.conf: changed"
+    run_zet -q commit-config
     assert_success ""
+    run_zet commit-config
+    assert_success "2 unchanged"
+    run_zet -v commit-config
+    assert_status 0
+    assert_output "$HOST/out/one.conf: unchanged
+$HOST/out/two.conf: unchanged
+2 unchanged"
     echo mine >>out/one.conf
     run_zet -v commit-config one.conf
     assert_status 0

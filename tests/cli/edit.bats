@@ -121,8 +121,9 @@ apply_diff() {
     local expression='[d["command"], d["files"]]'
     run_zet --json param set -n --diff conf a new
     assert_status 3
-    assert_json 'd["dry_run"], d["exit_status"], sorted(d["files"][0])' \
-        '[true, 3, ["change", "changed_lines", "diff", "file", "mode_after", "mode_before", "owner_after", "owner_before", "path", "reserve", "secret"]]'
+    assert_json 'd["dry_run"], d["exit_status"], d["entry"]' '[true, 3, null]'
+    assert_json '[d["files"][0][x] for x in ("file", "path", "result", "reserve", "secret", "mode_after")]' \
+        "[\"conf\", \"$HOST/conf\", \"changed\", \"conf.before_zet\", false, \"0644\"]"
     local planned
     planned=$(json "$expression")
     run_zet --json param set --diff conf a new
@@ -130,8 +131,8 @@ apply_diff() {
     assert_json 'd["dry_run"], d["exit_status"]' '[false, 0]'
     assert_json "$expression" "$planned"
     run_zet --json param set conf a new
-    assert_json 'd["files"]' \
-        "[{\"file\": \"conf\", \"path\": \"$HOST/conf\", \"change\": \"unchanged\", \"reserve\": \"conf.before_zet\", \"secret\": false}]"
+    assert_json '{name: value for name, value in d["files"][0].items() if value is not None}' \
+        "{\"file\": \"conf\", \"path\": \"$HOST/conf\", \"result\": \"unchanged\", \"reserve\": \"conf.before_zet\", \"secret\": false}"
 }
 
 @test "the path in the document is that of the real file, links followed, whatever way led to it" {
@@ -168,7 +169,9 @@ apply_diff() {
     assert_json 'd["errors"], d["exit_status"]' '[["nofile: does not exist (create it, or correct the path)"], 1]'
 }
 
-@test "quiet shows no more than errors and what was asked for" {
+@test "quiet shows no more than changes, errors and what was asked for" {
+    run_zet -q param set conf a new
+    assert_success "conf: changed, the original is kept as conf.before_zet"
     run_zet -q param set conf a new
     assert_success ""
     run_zet -q param get conf a
@@ -343,5 +346,5 @@ b=2
     assert_status 3
     assert_equal "$(grep -c 'Unexpected token' <<<"$stderr")" 1
     run_zet -q option set SERVER newer
-    assert_success ""
+    assert_success "$HOST/zet.conf: changed"
 }

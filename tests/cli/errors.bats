@@ -268,8 +268,25 @@ zet-client: nothing was changed"
 @test "a command that is missing or unknown is wrong use" {
     assert_wrong_use "a command is missing"
     assert_wrong_use 'unknown command "frobnicate"' frobnicate
-    assert_wrong_use 'unknown command "commit"' commit
     assert_wrong_use "a command is missing" param
+}
+
+# assert_mistyped WHAT NAME ARGUMENT...: the name that was meant is told.
+assert_mistyped() {
+    local what=$1 name=$2
+    shift 2
+    capture "$ZET_BIN/zet-client" "$@"
+    assert_refusal 2 "$what (did you mean \"$name\"? see \"zet-client --help\")"
+}
+
+@test "a command or an option that is mistyped is told with the one that was meant" {
+    assert_mistyped 'unknown command "comit-config"' commit-config comit-config
+    assert_mistyped 'unknown command "comit-config"' commit-config comit-config param
+    assert_mistyped 'unknown command "commit"' commit-config commit
+    assert_mistyped 'unknown command "gte"' get param gte conf a
+    assert_mistyped "The following argument was not expected: --dryrun" --dry-run commit-config --dryrun
+    assert_mistyped "The following argument was not expected: --no-marker" --no-markers param set conf a b --no-marker
+    assert_mistyped "The following argument was not expected: --sett=A=B" --set commit-config --sett=A=B
 }
 
 @test "an option that is unknown, misses its value or contradicts another is wrong use" {
@@ -311,6 +328,13 @@ zet-client: nothing was changed"
         capture "$ZET_BIN/zet-client" "$option" "" status
         assert_refusal 2 "$option: its name is empty (see \"zet-client --help\")"
     done
+}
+
+@test "the description says what the program does" {
+    capture "$ZET_BIN/zet-init" --help
+    [[ $output == "Write, edit and take back the configuration files of this host, a server of a network domain"$'\n'* ]]
+    capture "$ZET_BIN/zet-client" --help
+    [[ $output == *", a client of a network domain"$'\n'* ]]
 }
 
 @test "help and version are no errors" {

@@ -262,7 +262,7 @@ made:1: the administrator's own"
     assert_json 'd["regions"][3]["former_line"]' 13
     assert_json 'd["regions"][3]["former_text"]' "realm = EXAMPLE.ORG"
     assert_json 'd["regions"][3]["content"]' '["realm = OTHER"]'
-    assert_json 'd["regions"][4]["placeholders"]' '["${domain}", "${realm}"]'
+    assert_json 'd["regions"][4]["placeholders"]' '["domain", "realm"]'
     assert_json 'd["regions"][2]["block_line"]' 14
 }
 

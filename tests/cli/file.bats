@@ -223,10 +223,13 @@ teardown() {
 @test "the document tells what was done to the file and where its reserve is" {
     run_zet --json file reserve conf
     assert_status 0
-    assert_json 'd["dry_run"], d["files"][0]["file"], d["files"][0]["change"], d["files"][0]["reserve"]' \
-        '[false, "conf", "reserved", "conf.before_zet"]'
+    local fields='[d["files"][0][x] for x in ("file", "result", "reserve", "reserve_result")]'
+    assert_json "$fields" '["conf", "unchanged", "conf.before_zet", "created"]'
+    run_zet --json file forget -n conf
+    assert_status 3
+    assert_json "$fields" '["conf", "unchanged", null, "removed"]'
     run_zet --json file restore -n conf
     assert_status 3
-    assert_json 'd["dry_run"], d["files"][0]["change"], d["files"][0]["reserve"], d["exit_status"]' \
+    assert_json 'd["dry_run"], d["files"][0]["result"], d["files"][0]["reserve"], d["exit_status"]' \
         '[true, "restored", null, 3]'
 }

@@ -48,6 +48,7 @@ remove_host() {
     left=$(find "$TMPDIR" "$XDG_RUNTIME_DIR" "$HOST/state" -name 'zet-staging.*' -o -name '*.pending')
     cd / || return
     [[ $BASE != */zet-tools.* ]] || rm -rf "$BASE"
+    assert_documents
     [[ -z $left ]] || differ "left behind" "" "$left"
 }
 
@@ -77,6 +78,19 @@ capture() {
     output=${output%.}
     stderr=$(with_end "$BATS_TEST_TMPDIR/stderr")
     stderr=${stderr%.}
+    [[ " $* " != *" --json "* ]] || keep_document
+}
+
+# What was printed is looked at when the test ends.
+keep_document() {
+    mkdir -p "$BATS_TEST_TMPDIR/documents"
+    cp "$BATS_TEST_TMPDIR/output" "$(mktemp "$BATS_TEST_TMPDIR/documents/XXXXXX")"
+}
+
+# assert_documents: every document that the test saw is as the schema has it.
+assert_documents() {
+    [[ ! -d $BATS_TEST_TMPDIR/documents ]] ||
+        /usr/bin/python3 "$SOURCE_DIR/tests/cli/documents.py" "$SOURCE_DIR/docs/json-schema.json" "$BATS_TEST_TMPDIR"/documents/*
 }
 
 run_zet() {

@@ -156,7 +156,7 @@ leave() {
     assert_equal "$(state_of_target /etc/exports)" pending
     on commit-config exports
     assert_status 0
-    assert_equal "$(tail -n 1 <<<"${output%?}")" "to be restarted: nfs-kernel-server"
+    assert_equal "$(tail -n 2 <<<"${output%?}" | head -n 1)" "to be restarted: nfs-kernel-server"
     assert_equal "$(stat -c %a tree/etc/krb5kdc/kadm5.acl)" 600
     on status
     assert_status 0

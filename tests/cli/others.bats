@@ -99,7 +99,8 @@ assert_secret_kept() {
     add_target one.conf $'x\n'
     sed -i "s|$HOST/out/one.conf|$HOST/home/conf|" templates/targets.toml
     run_zet commit-config
-    assert_success "$HOST/home/conf: changed, the original is kept as $HOST/home/conf.before_zet"
+    assert_success "$HOST/home/conf: changed, the original is kept as $HOST/home/conf.before_zet
+1 changed"
     assert_equal "$(stat -c '%a %u' home/conf home/conf.before_zet | paste -sd ' ')" "644 $STRANGER 644 $STRANGER"
     run_zet rollback-config
     assert_status 0

@@ -75,7 +75,7 @@ zet-client: conf: has no parameter \"nope\""
     echo '# ----ZET_END----' >>zet.conf
     run_zet --json option set SERVER other.example.org
     assert_status 0
-    assert_json 'd["warnings"], "errors" in d' "[[\"Unexpected token '# ----ZET_END----' in line 6.\"], false]"
+    assert_json 'd["warnings"], d["errors"]' "[[\"Unexpected token '# ----ZET_END----' in line 6.\"], []]"
     assert_stderr "zet-client: warning: Unexpected token '# ----ZET_END----' in line 6."
 }
 

@@ -36,7 +36,8 @@ assert_patch_makes_it() {
     run_zet commit-config -n
     assert_status 3
     assert_output "$HOST/out/one.conf: would be changed, mode 0640 -> 0644
-$HOST/out/two.conf: would be created, mode 0644, owner $EUID:$(id -g)"
+$HOST/out/two.conf: would be created, mode 0644, owner $EUID:$(id -g)
+1 would be created, 1 would be changed"
     assert_stderr ""
     assert_host_unchanged
     assert_equal "$(names_in "$TMPDIR")" ""
@@ -46,8 +47,7 @@ $HOST/out/two.conf: would be created, mode 0644, owner $EUID:$(id -g)"
     zet commit-config
     remember_host
     run_zet commit-config -n --diff
-    assert_success "$HOST/out/one.conf: unchanged
-$HOST/out/two.conf: unchanged"
+    assert_success "2 unchanged"
     assert_host_unchanged
 }
 
@@ -91,7 +91,8 @@ $HOST/out/two.conf: would be created, mode 0644, owner $EUID:$(id -g)
 +++ b$HOST/out/two.conf
 @@ -0,0 +1,11 @@
 $(notice two.conf | sed 's/^/+/')
-+domain = example.org"
++domain = example.org
+1 would be created, 1 would be changed"
     assert_host_unchanged
 }
 
@@ -127,8 +128,8 @@ $(notice two.conf | sed 's/^/+/')
     chmod 600 out/two.conf
     run_zet commit-config -n --diff
     assert_status 3
-    assert_output "$HOST/out/one.conf: unchanged
-$HOST/out/two.conf: would be changed, mode 0600 -> 0644"
+    assert_output "$HOST/out/two.conf: would be changed, mode 0600 -> 0644
+1 would be changed, 1 unchanged"
     assert_stderr "zet-client: warning: $HOST/out/two.conf: was edited since the last commit; the edits would be overwritten"
 }
 
@@ -171,7 +172,7 @@ $HOST/out/two.conf: would be changed, mode 0600 -> 0644"
  # --ZET_COMMENT_END--
 -realm = EXAMPLE.ORG
 +realm = TEST.ORG
-$HOST/out/two.conf: unchanged"
+1 would be changed, 1 unchanged"
     assert_host_unchanged
     run_zet commit-config -n --set REALM=EXAMPLE.ORG
     assert_status 0
@@ -248,7 +249,7 @@ zet-client: nothing was changed"
     assert_status 0
     assert_json 'd["dry_run"], d["exit_status"], d["version"], d["command"], d["role"], d["restart"]' \
         '[false, 0, 1, "commit-config", "client", ["three"]]'
-    assert_json '[(t["template"], t["path"].split("/")[-2:], t["change"], t["edited"], t["secret"], t["mode_before"], t["mode_after"]) for t in d["targets"]]' \
+    assert_json '[(t["template"], t["path"].split("/")[-2:], t["result"], t["edited"], t["secret"], t["mode_before"], t["mode_after"]) for t in d["targets"]]' \
         '[["one.conf", ["out", "one.conf"], "changed", false, true, "0640", "0644"], ["two.conf", ["out", "two.conf"], "created", false, false, null, "0644"], ["three.conf", ["out", "three.conf"], "created", false, true, null, "0644"]]'
     assert_equal "$(sed 's/"dry_run": true/"dry_run": false/; s/"exit_status": 3/"exit_status": 0/' <<<"$planned")" "${output%?}"
 }

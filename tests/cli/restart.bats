@@ -53,10 +53,11 @@ to be restarted: one, both, two"
     assert_json 'd["restart"]' '["two", "both"]'
 }
 
-@test "only errors are wanted, so no service is named" {
+@test "only changes and errors are wanted, so no service is named" {
     zet -q commit-config
     run_zet -q rollback-config
-    assert_success ""
+    assert_success "$HOST/out/one.conf: put back as it was, mode 0644 -> 0640
+$HOST/out/two.conf: removed, as there was none before"
 }
 
 @test "a rollback that a signal ends names the services of what it had put back" {

@@ -139,7 +139,7 @@ $TWO: is not there, as before"
     assert_success "$TWO: removed, as there was none before"
     assert_made one.conf $'realm = EXAMPLE.ORG\n'
     run_zet status
-    assert_equal "$(tail -n 2 <<<"${output%?}")" "$ONE: in sync
+    assert_equal "$(head -n -1 <<<"${output%?}" | tail -n 2)" "$ONE: in sync
 $TWO: not committed"
     run_zet rollback-config out/../out/one.conf
     assert_status 0
@@ -276,7 +276,7 @@ $TWO: is not there, as before"
     assert_status 0
     assert_json '[d[x] for x in ("version", "command", "role", "dry_run", "exit_status")]' \
         '[1, "rollback-config", "client", false, 0]'
-    assert_json '[(t["template"], t["path"], t["change"], "+old" in t["diff"]) for t in d["targets"]]' \
+    assert_json '[(t["template"], t["path"], t["result"], "+old" in t["diff"]) for t in d["targets"]]' \
         "[[\"one.conf\", \"$ONE\", \"restored\", true], [\"two.conf\", \"$TWO\", \"removed\", false]]"
     assert_equal "$(sed 's/"dry_run": true/"dry_run": false/; s/"exit_status": 3/"exit_status": 0/' <<<"$planned")" "${output%?}"
 }
@@ -297,7 +297,7 @@ $TWO: is not there, as before"
     echo mine >>out/one.conf
     run_zet --json rollback-config
     assert_status 1
-    assert_json '[t["change"] for t in d["targets"]], len(d["warnings"])' '[["kept", "removed"], 1]'
+    assert_json '[t["result"] for t in d["targets"]], len(d["warnings"])' '[["kept", "removed"], 1]'
 }
 
 @test "what cannot be put back is told and does not keep the others from it" {
@@ -408,7 +408,7 @@ $TWO: edited, stays as it is"
     zet commit-config
     run_zet --json rollback-config
     assert_status 0
-    assert_json '[(t["path"], t["change"]) for t in d["targets"]][2]' "[\"$HOST/real/three.conf\", \"removed\"]"
+    assert_json '[(t["path"], t["result"]) for t in d["targets"]][2]' "[\"$HOST/real/three.conf\", \"removed\"]"
 }
 
 @test "a rollback needs no directory for temporary files" {

@@ -62,12 +62,13 @@ assert_in_tree() {
     run_in_tree check-config
     assert_status 0
     run_in_tree commit-config
-    assert_success "$TREE/etc/one.conf: changed, the original is kept as $TREE/etc/one.conf.before_zet"
+    assert_success "$TREE/etc/one.conf: changed, the original is kept as $TREE/etc/one.conf.before_zet
+1 changed"
     assert_in_tree etc/one.conf
     assert_equal "$(find tree -not -user 65534)" ""
     run_in_tree status
     assert_status 0
-    assert_equal "$(tail -n 1 <<<"${output%?}")" "$TREE/etc/one.conf: in sync"
+    assert_equal "$(tail -n 2 <<<"${output%?}" | head -n 1)" "$TREE/etc/one.conf: in sync"
     run_in_tree rollback-config /etc/one.conf
     assert_status 0
     assert_file tree/etc/one.conf $'old\n'
@@ -103,7 +104,7 @@ assert_in_tree() {
     assert_equal "${output%%:*}" "$TREE/etc/one.conf"
     capture "$ZET_BIN/zet-client" --root outside/../tree/ status
     assert_status 0
-    assert_equal "$(tail -n 1 <<<"${output%?}")" "$TREE/etc/one.conf: in sync"
+    assert_equal "$(tail -n 2 <<<"${output%?}" | head -n 1)" "$TREE/etc/one.conf: in sync"
 }
 
 @test "targets that are links lead to files of the tree, however they climb" {
@@ -267,7 +268,7 @@ zet-client: nothing was changed"
     assert_file tree/etc/one.conf.before_zet $'old\n'
     run_in_tree status
     assert_status 1
-    assert_equal "$(tail -n 1 <<<"${output%?}")" "$TREE/etc/one.conf: unknown"
+    assert_equal "$(tail -n 2 <<<"${output%?}" | head -n 1)" "$TREE/etc/one.conf: unknown"
     rm tree/usr/share/zet/templates/targets.toml
     run_in_tree rollback-config --diff
     assert_status 1

@@ -19,7 +19,7 @@ teardown() {
 assert_states() {
     remember_host
     run_zet status
-    assert_equal "$(tail -n 2 <<<"${output%?}")" "$ONE: $1
+    assert_equal "$(head -n -1 <<<"${output%?}" | tail -n 2)" "$ONE: $1
 $TWO: $2"
     if [[ "$1, $2" == "in sync, in sync" ]]; then assert_status 0; else assert_status 3; fi
     assert_host_unchanged
@@ -42,7 +42,8 @@ commit_time() {
 committed: never
 file server: none recorded
 $ONE: not committed
-$TWO: not committed"
+$TWO: not committed
+2 not committed"
     assert_states "not committed" "not committed"
     assert_json '[d[x] for x in ("role", "commit_time", "file_server")]' '["client", null, null]'
 }
@@ -55,10 +56,29 @@ $TWO: not committed"
 committed: $(commit_time)
 file server: smb3
 $ONE: in sync
-$TWO: in sync"
+$TWO: in sync
+2 in sync"
     assert_states "in sync" "in sync"
     assert_json '[d[x] for x in ("role", "file_server", "commit_time")]' "[\"client\", \"smb3\", \"$(commit_time)\"]"
-    assert_json 'd["targets"][0]' "{\"template\": \"one.conf\", \"path\": \"$ONE\", \"state\": \"in sync\"}"
+    assert_json 'd["targets"][0]' "{\"template\": \"one.conf\", \"file\": \"$ONE\", \"path\": \"$ONE\", \"state\": \"in sync\"}"
+}
+
+@test "only what is not in sync is listed where that is wanted, and all is counted" {
+    zet commit-config
+    run_zet status --changed
+    assert_status 0
+    assert_equal "$(tail -n +4 <<<"${output%?}")" "2 in sync"
+    rm out/two.conf
+    run_zet status --changed
+    assert_status 3
+    assert_equal "$(tail -n +4 <<<"${output%?}")" "$TWO: missing
+1 in sync, 1 missing"
+    run_zet status --changed --json
+    assert_status 3
+    assert_json '[t["state"] for t in d["targets"]]' '["missing"]'
+    : >templates/targets.toml
+    run_zet status
+    assert_equal "$(tail -n 1 <<<"${output%?}")" "no targets"
 }
 
 @test "the server has a role of its own and no file server" {
@@ -67,9 +87,10 @@ $TWO: in sync"
     assert_success "role: server
 committed: $(sed -n s/^COMMIT_TIME=//p state/zet-server.status)
 $ONE: in sync
-$TWO: in sync"
+$TWO: in sync
+2 in sync"
     capture server --json status
-    assert_json '"file_server" in d, d["role"]' '[false, "server"]'
+    assert_json 'd["file_server"], d["role"]' '[null, "server"]'
     assert_states "not committed" "not committed"
 }
 
@@ -152,7 +173,7 @@ $TWO: in sync"
     add_target three.conf $'x\n'
     run_zet status
     assert_status 3
-    assert_equal "$(tail -n 2 <<<"${output%?}")" "$TWO: in sync
+    assert_equal "$(head -n -1 <<<"${output%?}" | tail -n 2)" "$TWO: in sync
 $HOST/out/three.conf: not committed"
     assert_stderr "zet-client: warning: $ONE: was committed and is not in the list of targets any more (\"rollback-config\" puts it back)"
     run_zet --json status
@@ -207,20 +228,20 @@ $HOST/out/three.conf: not committed"
     remember_host
     run_zet status
     assert_status 1
-    assert_equal "$(tail -n 2 <<<"${output%?}")" "$ONE: unknown
+    assert_equal "$(head -n -1 <<<"${output%?}" | tail -n 2)" "$ONE: unknown
 $TWO: in sync"
     assert_stderr "zet-client: error: $ONE: its state cannot be told: $ONE: too many symbolic links, as when one leads back\
  to itself (correct the links)"
     assert_host_unchanged
     run_zet --json status
-    assert_json '[t["state"] for t in d["targets"]], len(d["errors"]), "warnings" in d' '[["unknown", "in sync"], 1, false]'
+    assert_json '[t["state"] for t in d["targets"]], len(d["errors"]), d["warnings"]' '[["unknown", "in sync"], 1, []]'
 }
 
 # assert_unknown_to_nobody STATE: of the second target; the first one's cannot be told for its template.
 assert_unknown_to_nobody() {
     capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status
     assert_status 1
-    assert_equal "$(tail -n 2 <<<"${output%?}")" "$ONE: unknown
+    assert_equal "$(head -n -1 <<<"${output%?}" | tail -n 2)" "$ONE: unknown
 $TWO: $1"
     [[ $stderr == "zet-client: error: $ONE: its state cannot be told: "*"$HOST/etc/one.conf"*": Permission denied (run the command as a user who may)"* ]]
     run_zet status
@@ -262,7 +283,7 @@ $TWO: $1"
     run_zet --json status
     assert_status 0
     assert_json 'd["targets"][2]' \
-        "{\"template\": \"three.conf\", \"path\": \"$HOST/real/three.conf\", \"state\": \"in sync\"}"
+        "{\"template\": \"three.conf\", \"file\": \"$HOST/by_link/three.conf\", \"path\": \"$HOST/real/three.conf\", \"state\": \"in sync\"}"
 }
 
 @test "a file that the list names by a link among its directories is known by its real name" {
@@ -318,5 +339,5 @@ $TWO: $1"
     assert_status 1
     assert_json '[d[x] for x in ("role", "commit_time", "file_server", "targets")]' '["client", null, null, []]'
     capture server --json status
-    assert_json '"file_server" in d' false
+    assert_json 'd["role"], d["file_server"]' '["server", null]'
 }

@@ -88,7 +88,8 @@ assert_harmless() {
         assert_harmless
     done
     run_zet commit-config
-    assert_output "$HOST/out/a\\x1b[1mb: created, mode 0644, owner $(id -u):$(id -g)"
+    assert_output "$HOST/out/a\\x1b[1mb: created, mode 0644, owner $(id -u):$(id -g)
+1 created"
 }
 
 @test "what a check command prints cannot pass for a message, and is no order to the terminal" {
@@ -181,10 +182,10 @@ $ESC[32m+x=2$ESC[0m
     zet -q commit-config
     echo edited >>out/two.conf
     on_terminal commit-config
-    assert_output "$HOST/out/one.conf: unchanged
-zet-client: warning: $HOST/out/two.conf: was edited since the last commit; the edits are overwritten
-$HOST/out/two.conf: changed, the original is kept as $HOST/out/two.conf.before_zet" ||
-        assert_output "$HOST/out/one.conf: unchanged
-zet-client: warning: $HOST/out/two.conf: was edited since the last commit; the edits are overwritten
-$HOST/out/two.conf: changed"
+    assert_output "zet-client: warning: $HOST/out/two.conf: was edited since the last commit; the edits are overwritten
+$HOST/out/two.conf: changed, the original is kept as $HOST/out/two.conf.before_zet
+1 changed, 1 unchanged" ||
+        assert_output "zet-client: warning: $HOST/out/two.conf: was edited since the last commit; the edits are overwritten
+$HOST/out/two.conf: changed
+1 changed, 1 unchanged"
 }

@@ -14,7 +14,7 @@ commands() {
 
 # options [WORD...]: the same for options, those of all commands included.
 options() {
-    { "$ZET" --help && "$ZET" "$@" --help; } | sed -n '/^Options:/,/^$/s/^  \(-[^ ]*\).*/\1/p' | tr , '\n' | sort -u
+    "$ZET" "$@" --help | sed -n '/^Options/,/^$/s/^  \(-[^ ]*\).*/\1/p' | tr , '\n' | sort -u
 }
 
 # Every command, and the families of commands, one a line.
@@ -72,6 +72,17 @@ make_files() {
     options param set | grep -Fx -e -n
 }
 
+@test "EveryHelpHasTheOptionsOfAllCommandsInAGroupOfTheirOwn" {
+    local command all
+    all=$("$ZET" --help | sed -n '/^Options of all commands:/,/^$/p')
+    grep -F -e --dry-run <<<"$all"
+    # shellcheck disable=SC2086  # a command may have two words
+    while read -r command; do
+        [ "$("$ZET" $command --help | sed -n '/^Options of all commands:/,/^$/p')" = "$all" ]
+        [ "$("$ZET" $command --help | grep -c -e '^  -h,')" -eq 1 ]
+    done < <(all_commands)
+}
+
 @test "EveryCommandOfTheHelpIsOffered" {
     local family
     offers "$(commands | paste -sd ' ')" zet-client ''
@@ -108,6 +119,12 @@ make_files() {
         offers "krb5.conf ldap.conf" zet-init $command ''
     done
     offers "" zet-init template process krb5.conf /tmp/target ''
+}
+
+@test "CommandsAreOfferedToTheCommandThatHelps" {
+    offers "$(commands | paste -sd ' ')" zet-client help ''
+    offers "param" zet-client help pa
+    offers "" zet-client help status ''
 }
 
 @test "FilesAreOfferedWhereOneIsNamed" {

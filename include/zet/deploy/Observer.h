@@ -1,6 +1,7 @@
 #ifndef ZET_DEPLOY_OBSERVER_H
 #define ZET_DEPLOY_OBSERVER_H
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,9 @@ class ZET_API Observer {
 
     /// What failed, though the call goes on with the rest; `lines` are somebody else's, below it.
     virtual void Error(const std::string& /*text*/, const std::string& /*lines*/ = "") {}
+
+    /// Of `total` files, `done` are done with in this step of the work; there may be several steps.
+    virtual void Progress(std::size_t /*done*/, std::size_t /*total*/) {}
 
     /// One file is done with.
     virtual void Done(const FileOutcome&) {}

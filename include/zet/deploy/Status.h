@@ -21,6 +21,7 @@ struct TargetState {
     std::string path;     ///< of the real file, links followed
     std::string state;    ///< "in sync", "pending", "edited", "missing", "not committed", "unknown"
     std::string trouble;  ///< why it is unknown
+    std::string file;     ///< as the list names it
 };
 
 struct ZET_API TargetStates {

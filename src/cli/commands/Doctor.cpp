@@ -1,12 +1,18 @@
 #include "cli/ExitStatus.h"
-#include "cli/commands/Commands.h"
+#include "cli/Fields.h"
+#include "cli/Session.h"
+#include "cli/commands/Registrations.h"
 #include "deploy/edit/FileDiagnosis.h"
 #include "text/ChangedLines.h"
 #include "zet/ZETProblem.h"
 
-namespace ZET {
+namespace ZET::Cli {
 
 namespace {
+
+struct DoctorOptions {
+    std::string file;
+};
 
 std::string Remedy(const MarkerDamage& damage) {
     if (!damage.IsAmbiguous()) return damage.remedies.front();
@@ -17,17 +23,15 @@ std::string Remedy(const MarkerDamage& damage) {
 }
 
 void ReportDamage(Report& out, const std::string& path, const MarkerDamage& damage) {
-    const int line = static_cast<int>(damage.line);
-    const std::string remedy = Remedy(damage);
+    const Problem problem{path, static_cast<int>(damage.line), 0, damage.text, Remedy(damage)};
     List choices;
     if (damage.IsAmbiguous()) choices.assign(damage.remedies.begin(), damage.remedies.end());
-    out.Add("problems", Fields{{"line", line},
-                               {"kind", damage.kind},
-                               {"text", damage.text},
-                               {"remedy", remedy},
-                               {"ambiguous", damage.IsAmbiguous()},
-                               {"choices", std::move(choices)}});
-    out.Line(Problem{path, line, 0, damage.text, remedy}.Describe());
+    Fields fields = FieldsOf(problem);
+    fields.emplace_back("kind", damage.kind);
+    fields.emplace_back("ambiguous", damage.IsAmbiguous());
+    fields.emplace_back("choices", std::move(choices));
+    out.Add("problems", std::move(fields));
+    out.Line(problem.Describe());
 }
 
 void TellRepair(Session& session, const FileDiagnosis& file) {
@@ -41,14 +45,15 @@ void TellRepair(Session& session, const FileDiagnosis& file) {
     session.Out().Diff(file.repair);
 }
 
-}  // namespace
-
-int RunDoctor(Session& session) {
+int Doctor(Session& session, const DoctorOptions& asked) {
     Report& out = session.Out();
-    const FileDiagnosis file = DiagnoseFile(session.Product(), session.Asked().file);
-    out.Set("file", file.path);
-    out.AddList("problems");
+    out.Set("file", asked.file);
+    out.Set("path", nullptr);
+    out.Set("secret", nullptr);
     out.Set("repair", nullptr);
+    out.AddList("problems");
+    const FileDiagnosis file = DiagnoseFile(session.Product(), asked.file);
+    out.Set("path", session.Product().HostPaths().RealName(file.path));
     out.Set("secret", file.isPrivate);
     for (const MarkerDamage& damage : file.diagnosis.damages)
         ReportDamage(out, file.path, damage);
@@ -60,4 +65,12 @@ int RunDoctor(Session& session) {
     return kFailed;
 }
 
-}  // namespace ZET
+}  // namespace
+
+void RegisterDoctor(CommandLine& line) {
+    line.Single(Subject::AnyFile)
+        .Add<DoctorOptions>("doctor", "Tell damaged markers of a file and a repair", Doctor)(
+            "FILE", &DoctorOptions::file, "The file");
+}
+
+}  // namespace ZET::Cli

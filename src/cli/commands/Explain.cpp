@@ -1,16 +1,22 @@
 #include <charconv>
 
 #include "cli/ExitStatus.h"
-#include "cli/commands/Commands.h"
+#include "cli/Fields.h"
+#include "cli/Session.h"
+#include "cli/commands/Registrations.h"
 #include "deploy/edit/FileExplanation.h"
 #include "deploy/host/Failure.h"
 #include "zet/ZETFiles.h"
 
-namespace ZET {
+namespace ZET::Cli {
 
 namespace {
 
 using Kind = ExplainedLines::Kind;
+
+struct ExplainOptions {
+    std::string place;
+};
 
 /// FILE[:LINE], taken apart.
 struct Place {
@@ -49,14 +55,13 @@ class Teller {
 
     void TellFile() {
         Report& out = m_session.Out();
-        out.Set("file", m_path);
+        out.Set("path", m_session.Product().HostPaths().RealName(m_path));
         out.Set("made_from", m_origin.isMade ? Value(m_origin.templateName) : Value(nullptr));
         out.Set("template_file",
                 m_origin.templateFile.empty() ? Value(nullptr) : Value(m_origin.templateFile));
         out.Set("reserve", ReserveValue());
         out.Set("no_file_before", m_file.hadNoFile);
         out.Set("secret", m_origin.isPrivate);
-        out.AddList("regions");
     }
 
     void TellFileInWords() {
@@ -205,13 +210,21 @@ class Teller {
             {"closed", lines.isClosed},
             {"template", isOfTemplate ? Value(m_origin.templateName) : Value(nullptr)},
             {"template_line", Number(lines.templateLine)},
-            {"placeholders", List(lines.placeholders.begin(), lines.placeholders.end())},
+            {"placeholders", NamesOf(lines.placeholders)},
             {"content", m_file.isHidden ? Value(nullptr) : Value(TextsOf(lines.content))},
             {"former_line", Number(lines.formerLine)},
             {"former_text", HasFormerText(lines) && !m_file.isHidden ? Value(std::string(lines.formerText))
                                                                      : Value(nullptr)},
             {"block_line", Number(lines.block)},
             {"reserve", ReserveValue()}};
+    }
+
+    template <typename Placeholders>
+    static List NamesOf(const Placeholders& placeholders) {
+        List names;
+        for (const std::string& placeholder : placeholders)
+            names.emplace_back(NameOfPlaceholder(placeholder));
+        return names;
     }
 
     static List TextsOf(const std::vector<std::string_view>& texts) {
@@ -232,10 +245,18 @@ class Teller {
     bool m_isLeftOut = false;  ///< some text that would have been told
 };
 
-}  // namespace
+/// Gives the document the fields that it has even if nobody could look.
+void BeginExplanation(Report& out) {
+    for (const char* field :
+         {"file", "path", "made_from", "template_file", "reserve", "no_file_before", "secret"})
+        out.Set(field, nullptr);
+    out.AddList("regions");
+}
 
-int RunExplain(Session& session) {
-    const Place place = TakeApart(session, session.Asked().file);
+int Explain(Session& session, const ExplainOptions& asked) {
+    BeginExplanation(session.Out());
+    const Place place = TakeApart(session, asked.place);
+    session.Out().Set("file", place.file);
     const FileExplanation file = ExplainFile(session.Product(), place.file);
     const std::size_t line = place.line.empty() ? 0 : LineNumber(place, file.path, file.lineCount);
     Teller teller(session, file);
@@ -251,4 +272,12 @@ int RunExplain(Session& session) {
     return kDone;
 }
 
-}  // namespace ZET
+}  // namespace
+
+void RegisterExplain(CommandLine& line) {
+    line.Single(Subject::AnyFile)
+        .Add<ExplainOptions>("explain", "Tell where the lines of a file come from", Explain)(
+            "FILE[:LINE]", &ExplainOptions::place, "The file, and one line of it");
+}
+
+}  // namespace ZET::Cli

@@ -1,11 +1,21 @@
+#include <algorithm>
+#include <utility>
+
 #include "cli/ExitStatus.h"
-#include "cli/commands/Commands.h"
+#include "cli/Session.h"
+#include "cli/commands/Registrations.h"
 #include "deploy/host/Signals.h"
 #include "deploy/targets/TargetStates.h"
 
-namespace ZET {
+namespace ZET::Cli {
 
 namespace {
+
+struct StatusOptions {
+    bool changed = false;
+};
+
+constexpr char kInSync[] = "in sync";
 
 bool IsClient(const Session& session) {
     return session.Asked().role == "client";
@@ -14,7 +24,7 @@ bool IsClient(const Session& session) {
 void BeginStatus(Session& session) {
     session.Out().Set("role", session.Asked().role);
     session.Out().Set("commit_time", nullptr);
-    if (IsClient(session)) session.Out().Set("file_server", nullptr);
+    session.Out().Set("file_server", nullptr);
     session.Out().AddList("targets");
 }
 
@@ -33,19 +43,39 @@ void TellTarget(Session& session, const TargetState& target) {
         session.Out().Error(target.path + ": its state cannot be told: " + target.trouble);
     session.Out().Line(target.path + ": " + target.state);
     session.Out().Add("targets", Fields{{"template", target.templateName},
+                                        {"file", target.file},
                                         {"path", session.Product().HostPaths().RealName(target.path)},
                                         {"state", target.state}});
 }
 
-}  // namespace
+/// The states in the order of their first target, each with how many have it; in sync comes first.
+std::string CountsOf(const std::vector<TargetState>& targets) {
+    std::vector<std::pair<std::string, std::size_t>> counts = {{kInSync, 0}};
+    for (const TargetState& target : targets) {
+        const auto known = std::find_if(counts.begin(), counts.end(),
+                                        [&](const auto& count) { return count.first == target.state; });
+        if (known == counts.end()) {
+            counts.emplace_back(target.state, 1);
+        } else {
+            ++known->second;
+        }
+    }
+    std::string text;
+    for (const auto& [state, count] : counts) {
+        if (count != 0) text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + state;
+    }
+    return text.empty() ? "no targets" : text;
+}
 
-int RunStatus(Session& session) {
+int Status(Session& session, const StatusOptions& asked) {
     const SignalGuard signals;
     BeginStatus(session);
     TellRole(session, RoleStatusOf(session.Product()));
     const TargetStates states = StatesOfTargets(session.Product());
-    for (const TargetState& target : states.targets)
-        TellTarget(session, target);
+    for (const TargetState& target : states.targets) {
+        if (!asked.changed || target.state != kInSync) TellTarget(session, target);
+    }
+    session.Out().Line(CountsOf(states.targets));
     for (const std::string& path : states.leftOvers) {
         session.Out().Warning(path +
                               ": was committed and is not in the list of targets any more "
@@ -55,4 +85,12 @@ int RunStatus(Session& session) {
     return states.IsInSync() ? kDone : kNotInSync;
 }
 
-}  // namespace ZET
+}  // namespace
+
+void RegisterStatus(CommandLine& line) {
+    line.Single(Subject::Product)
+        .Add<StatusOptions>("status", "Tell the role and the state of each target", Status)
+        .Flag("--changed", &StatusOptions::changed, "Only targets that are not in sync");
+}
+
+}  // namespace ZET::Cli

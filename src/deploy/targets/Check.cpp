@@ -47,8 +47,10 @@ void RunOwnChecks(Deployment& product, CheckedTargets& checked) {
     if (!RunsOwnChecks(product.Wanted()) || !HasLanguage(product)) return;
     const SignalGuard signals;
     std::optional<Staging> staging;
+    std::size_t done = 0;
     for (const Target& target : checked.targets) {
         product.RequireGoOn();
+        product.Out().Progress(done++, checked.targets.size());
         if (target.check.empty() || !CanRender(product, target)) continue;
         if (!staging) staging.emplace();
         if (std::optional<Problem> problem = CheckRendering(product, *staging, target))

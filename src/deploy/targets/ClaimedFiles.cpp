@@ -11,8 +11,7 @@ namespace ZET::Deploy {
 
 ClaimedFiles::ClaimedFiles(HostProduct& product) : m_product(product) {
     AddOwn(product.FilePath(product.ConfigFile()), "the configuration file of the commands");
-    m_uses.try_emplace(Canonical(TargetListFile(product)),
-                       Use{"the list of targets", ""});
+    m_uses.try_emplace(Canonical(TargetListFile(product)), Use{"the list of targets", ""});
     for (const std::string& file : StateDirectory(product).Files())
         AddOwn(file, "a file of the status");
 }

@@ -54,8 +54,10 @@ class Execution {
     void Run() {
         const PendingRecord pending(m_product, FilesToWrite());
         try {
+            std::size_t done = 0;
             for (const PlannedTarget& planned : m_plan.Targets()) {
                 m_product.RequireGoOn();
+                m_product.Out().Progress(done++, m_plan.Targets().size());
                 Write(planned);
             }
             m_manifest.Save();

@@ -91,6 +91,7 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     Records records(product, *m_manifest);
     for (const Target& target : m_checked.targets) {
         product.RequireGoOn();
+        product.Out().Progress(m_targets.size(), m_checked.targets.size());
         Add(target);
         records.FillIn(m_targets.back());
     }

@@ -47,8 +47,10 @@ class Rollback {
         const std::vector<WrittenFile> all = WrittenFiles();
         const std::vector<WrittenFile> named = Named(all);
         try {
+            std::size_t done = 0;
             for (const WrittenFile& file : named) {
                 m_product.RequireGoOn();
+                m_product.Out().Progress(done++, named.size());
                 TryPutBack(file);
             }
         } catch (const Interrupted&) {

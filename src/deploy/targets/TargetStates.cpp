@@ -49,7 +49,8 @@ std::string StateOfTarget(Deployment& product, const Staging& staging, const Man
 
 TargetState StateOfListed(Deployment& product, const Staging& staging, const Manifest& manifest,
                           const Target& target) {
-    TargetState result{target.templateName, product.HostPaths().FromInside(target.path), kUnknown, ""};
+    TargetState result{target.templateName, product.HostPaths().FromInside(target.path), kUnknown, "",
+                       target.path};
     try {
         result.path = product.HostPaths().WithRealDirectory(product.FilePath(target.path));
         result.state = StateOfTarget(product, staging, manifest, target.templateName, result.path);
@@ -82,8 +83,10 @@ TargetStates StatesOfTargets(Deployment& product) {
     const Manifest manifest(product);
     const Staging staging;
     std::set<std::string> listed;
-    for (const Target& target : SelectTargets(product, {})) {
+    const std::vector<Target> targets = SelectTargets(product, {});
+    for (const Target& target : targets) {
         product.RequireGoOn();
+        product.Out().Progress(result.targets.size(), targets.size());
         result.targets.push_back(StateOfListed(product, staging, manifest, target));
         listed.insert(result.targets.back().path);
     }

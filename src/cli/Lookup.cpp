@@ -1,12 +1,18 @@
-#include "cli/commands/Lookup.h"
+#include "cli/Lookup.h"
 
 #include "cli/ExitStatus.h"
 #include "deploy/edit/Edits.h"
 
-namespace ZET {
+namespace ZET::Cli {
 
-std::string FileToShow(Session& session) {
-    std::string path = FileToRead(session.Product(), session.Asked().file);
+void BeginLookup(Session& session, const char* key) {
+    for (const char* field : {"found", "secret", key})
+        session.Out().Set(field, nullptr);
+}
+
+std::string FileToShow(Session& session, const std::string& file) {
+    std::string path = FileToRead(session.Product(), file);
+    session.Out().Set("path", session.Product().HostPaths().RealName(path));
     Secrets& secrets = session.Product().HostSecrets();
     session.Out().Set("secret", secrets.IsPrivate(path));
     secrets.RequireShown(path);
@@ -26,4 +32,4 @@ int ReportLookup(Session& session, const std::string& what, const char* key,
     return found ? kDone : kFailed;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Cli

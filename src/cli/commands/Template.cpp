@@ -2,21 +2,32 @@
 #include "cli/ExitStatus.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
-#include "cli/commands/Commands.h"
+#include "cli/commands/Registrations.h"
 #include "deploy/host/Failure.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Templates.h"
 
-namespace ZET {
+namespace ZET::Cli {
 
 namespace {
 
 constexpr char kStandardOutput[] = "-";
 
+struct InstallOptions {
+    std::vector<std::string> names;
+    bool force = false;
+};
+
+struct ProcessOptions {
+    std::string name;
+    std::string target;
+    std::vector<std::string> values;
+};
+
 /// The caller's own values by placeholder.
-StringMap ExtraValues(Session& session) {
+StringMap ExtraValues(const std::vector<std::string>& assignments) {
     StringMap values;
-    for (const auto& [name, value] : ParseAssignments(session.Asked().assignments, "--value")) {
+    for (const auto& [name, value] : ParseAssignments(assignments, "--value")) {
         if (name.find_first_of("${}") != std::string::npos)
             throw UsageError("--value: \"" + name +
                              "\" is no name of a placeholder (write it without \"${}\")");
@@ -36,8 +47,6 @@ bool TellProblems(Session& session, const std::vector<Problem>& problems) {
 /// Prints what the template renders to, and writes nothing.
 int PrintRendering(Session& session, const Rendering& rendering) {
     Deployment& product = session.Product();
-    session.Out().Set("secret", nullptr);  // as long as there is nothing to print
-    session.Out().Set("text", nullptr);
     if (TellProblems(session, CheckRendering(product, rendering))) return kFailed;
     const std::string source = TemplateFile(product, rendering.templateName);
     session.Out().Set("secret", product.HostSecrets().IsPrivate(source));
@@ -52,22 +61,21 @@ void TellFile(Session& session, const FileOutcome& outcome) {
     ReportFile(session, outcome);
 }
 
-}  // namespace
-
-int RunTemplateInstall(Session& session) {
+int Install(Session& session, const InstallOptions& asked) {
     BeginFileReport(session);
     session.TellFilesBy(TellFile);
-    const bool isAnyChange =
-        InstallTemplates(session.Product(), session.Asked().names, session.Asked().force);
+    const bool isAnyChange = InstallTemplates(session.Product(), asked.names, asked.force);
     return session.Asked().dryRun && isAnyChange ? kNotInSync : kDone;
 }
 
-int RunTemplateProcess(Session& session) {
-    const Request& asked = session.Asked();
+int Process(Session& session, const ProcessOptions& asked) {
     BeginFileReport(session);
+    session.Out().Set("secret", nullptr);  // as long as there is nothing to print
+    session.Out().Set("text", nullptr);
+    session.Out().AddList("problems");
     RequireTemplateName(asked.name);
     if (asked.target.empty()) throw UsageError("TARGET is empty (name a file)");
-    const Rendering rendering{asked.name, ExtraValues(session)};
+    const Rendering rendering{asked.name, ExtraValues(asked.values)};
     if (asked.target == kStandardOutput) return PrintRendering(session, rendering);
     TemplateProcess process(session.Product(), rendering, asked.target);
     if (TellProblems(session, CheckRendering(session.Product(), rendering))) {
@@ -77,4 +85,19 @@ int RunTemplateProcess(Session& session) {
     return ReportFile(session, process.Run());
 }
 
-}  // namespace ZET
+}  // namespace
+
+void RegisterTemplate(CommandLine& line) {
+    auto family = line.Family("template", "Work on single templates", Subject::Product);
+    family.Add<InstallOptions>("install", "Install the working copy of a template", Install)
+        .Some("NAME", &InstallOptions::names, "The templates")
+        .Flag("--force", &InstallOptions::force, "Over a differing one, which is kept as NAME.old");
+    family
+        .Add<ProcessOptions>("process", "Render one template into a file", Process)(
+            "NAME", &ProcessOptions::name, "The template")("TARGET", &ProcessOptions::target,
+                                                           "The file, or - for standard output")
+        .List("--value", "NAME=VALUE", &ProcessOptions::values,
+              "Another value for this run (NAME without ${})");
+}
+
+}  // namespace ZET::Cli

@@ -1,0 +1,30 @@
+#ifndef ZET_GLOBAL_OPTIONS_H
+#define ZET_GLOBAL_OPTIONS_H
+
+#include <string>
+
+namespace ZET::Cli {
+
+/// What every command may be told, and which one it is.
+struct GlobalOptions {
+    std::string program;  ///< "zet-init" or "zet-client"
+    std::string role;     ///< "server" or "client", by the name of the program
+    std::string command;  ///< its words, "param set"
+
+    std::string configFile = "/etc/zet/zet.conf";
+    bool isConfigFileNamed = false;  ///< by the caller
+    std::string root;                ///< empty: the host's own root
+    std::string moduleFile;          ///< empty: the one that belongs to the program
+    bool dryRun = false;
+    bool diff = false;
+    bool json = false;
+    bool showSecrets = false;
+    bool quiet = false;
+    bool verbose = false;
+    std::string color = "auto";
+    std::string log = "stderr";
+};
+
+}  // namespace ZET::Cli
+
+#endif

@@ -1,0 +1,56 @@
+#include "deploy/targets/Check.h"
+#include "cli/ExitStatus.h"
+#include "cli/Fields.h"
+#include "cli/FileReport.h"
+#include "cli/commands/Registrations.h"
+
+namespace ZET::Cli {
+
+namespace {
+
+struct CheckOptions {
+    std::vector<std::string> templates;
+    bool runChecks = false;
+    bool noChecks = false;
+};
+
+void ReportUnused(Report& report, const std::set<std::string>& unused) {
+    report.AddList("unused_values");
+    for (const std::string& placeholder : unused) {
+        report.Detail("no template uses " + placeholder);
+        report.Add("unused_values", NameOfPlaceholder(placeholder));
+    }
+}
+
+int CheckConfig(Session& session, const CheckOptions& asked) {
+    session.Wanted().onlyLooks = true;
+    session.Wanted().runsChecks = !asked.noChecks;
+    session.Wanted().runsChecksOfTree = asked.runChecks;
+    Report& report = session.Out();
+    report.Set("unused_values", nullptr);
+    report.Set("checks_not_run", nullptr);
+    report.AddList("problems");
+    const CheckResult checked = Check(session.Product(), asked.templates);
+    TellChecksNotRun(session, checked.checksNotRun);
+    for (const Problem& problem : checked.problems) {
+        report.Line(problem.Describe());
+        report.Lines(problem.output);
+        report.Add("problems", FieldsOf(problem));
+    }
+    if (checked.unusedValues) ReportUnused(report, *checked.unusedValues);
+    if (checked.problems.empty()) report.Remark("no problems found");
+    return checked.problems.empty() ? kDone : kFailed;
+}
+
+}  // namespace
+
+void RegisterCheck(CommandLine& line) {
+    line.Single(Subject::Product)
+        .Add<CheckOptions>("check-config", "Tell every problem of the templates and their targets",
+                           CheckConfig)
+        .Any("TEMPLATE", &CheckOptions::templates, "Only these templates")
+        .Flag("--run-checks", &CheckOptions::runChecks, kRunChecksHelp)
+        .Flag("--no-checks", &CheckOptions::noChecks, "Run no check commands of the targets");
+}
+
+}  // namespace ZET::Cli

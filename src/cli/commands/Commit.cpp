@@ -1,0 +1,89 @@
+#include "deploy/targets/Commit.h"
+#include "cli/Assignments.h"
+#include "cli/ExitStatus.h"
+#include "cli/Fields.h"
+#include "cli/FileReport.h"
+#include "cli/commands/Registrations.h"
+#include "deploy/host/Companions.h"
+#include "deploy/host/FileState.h"
+#include "deploy/host/Signals.h"
+#include "deploy/state/Assumptions.h"
+#include "deploy/targets/ShownDiff.h"
+
+namespace ZET::Cli {
+
+namespace {
+
+struct CommitOptions {
+    std::vector<std::string> templates;
+    bool runChecks = false;
+    std::vector<std::string> assignments;
+};
+
+std::string Describe(const FileOutcome& outcome, bool isDryRun) {
+    if (!outcome.IsChange()) return NameOf(outcome.result);
+    std::string text = std::string(isDryRun ? "would be " : "") + NameOf(outcome.result);
+    const std::string attributes = DescribeChange(outcome.before, outcome.after);
+    if (!attributes.empty()) text += ", " + attributes;
+    if (!outcome.reserve.empty()) text += ", the original is kept as " + outcome.reserve;
+    return text;
+}
+
+/// Where the original is, or, in a dry run, would be kept.
+std::string ReserveBeside(const FileOutcome& outcome) {
+    if (outcome.result == FileOutcome::Result::Changed) return ReserveAfterChange(outcome.path);
+    return outcome.result == FileOutcome::Result::Unchanged ? ReserveOf(outcome.path) : "";
+}
+
+void TellTarget(Session& session, const FileOutcome& outcome) {
+    FileOutcome entry = outcome;
+    entry.reserve = ReserveBeside(outcome);
+    AddFile(session, "targets", entry, outcome.isEdited);
+    if (outcome.IsChange() || session.Asked().verbose)
+        session.Out().Line(outcome.path + ": " + Describe(outcome, session.Asked().dryRun));
+    TellDiff(session.Out(), outcome.diff);
+}
+
+int TellProblems(Report& report, const std::vector<Problem>& problems) {
+    for (const Problem& problem : problems) {
+        report.Error(problem.Describe());
+        report.Add("problems", FieldsOf(problem));
+    }
+    report.Remark("nothing was changed");
+    return kFailed;
+}
+
+int CommitConfig(Session& session, const CommitOptions& asked) {
+    session.Wanted().runsChecksOfTree = asked.runChecks;
+    const SignalGuard signals;
+    BeginTargets(session, TellTarget);
+    session.Out().Set("checks_not_run", nullptr);
+    session.Out().AddList("problems");
+    Deployment& product = session.Product();
+    AssumeParameters(product, ParseAssignments(asked.assignments, "--set"));
+    CommitPlan plan(product, asked.templates);
+    if (!plan.Problems().empty()) return TellProblems(session.Out(), plan.Problems());
+    TellChecksNotRun(session, plan.ChecksNotRun());
+    bool wouldChange = false;
+    if (session.Asked().dryRun) {
+        wouldChange = Preview(product, plan);
+    } else {
+        Commit(product, plan);
+    }
+    TellResults(session);
+    return wouldChange ? kNotInSync : kDone;
+}
+
+}  // namespace
+
+void RegisterCommit(CommandLine& line) {
+    line.Single(Subject::Product)
+        .Add<CommitOptions>("commit-config", "Render the templates of the role into their targets",
+                            CommitConfig)
+        .Any("TEMPLATE", &CommitOptions::templates, "Only these templates")
+        .Flag("--run-checks", &CommitOptions::runChecks, kRunChecksHelp)
+        .List("--set", "NAME=VALUE", &CommitOptions::assignments,
+              "With -n: as if a parameter had this value");
+}
+
+}  // namespace ZET::Cli

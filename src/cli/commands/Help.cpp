@@ -1,0 +1,63 @@
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+
+#include "cli/ExitStatus.h"
+#include "cli/Session.h"
+#include "cli/commands/Registrations.h"
+#include "deploy/host/Failure.h"
+#include "deploy/host/Process.h"
+
+namespace ZET::Cli {
+
+namespace {
+
+struct HelpOptions {
+    std::vector<std::string> words;
+};
+
+/// Whether the reader's manual has the program's page.
+bool HasPage(const std::string& program) {
+    try {
+        return RunProcess({"man", "-w", program}).status == 0;
+    } catch (const Failure&) {
+        return false;  // there is no manual
+    }
+}
+
+/// Does not return when the manual could be started. It begins with `command`, if there is one.
+void ShowPage(const std::string& program, const std::string& command) {
+    if (!command.empty()) {
+        const char* options = std::getenv("LESS");
+        const std::string before = options == nullptr ? "" : std::string(options) + " ";
+        setenv("LESS", (before + "+/^ *" + command).c_str(), 1);
+    }
+    std::signal(SIGPIPE, SIG_DFL);  // a manual that is left ends its programs by that
+    std::signal(SIGXFSZ, SIG_DFL);
+    execlp("man", "man", program.c_str(), nullptr);
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
+int Help(Session& session, const HelpOptions& asked) {
+    Report& out = session.Out();
+    const std::string& program = session.Asked().program;
+    out.Set("text", nullptr);
+    const std::string text = HelpText(program, asked.words);
+    if (isatty(STDOUT_FILENO) == 1 && !session.Asked().json && HasPage(program))
+        ShowPage(program, asked.words.empty() ? "" : asked.words.front());
+    out.Set("text", text);
+    out.Text(text);
+    return kDone;
+}
+
+}  // namespace
+
+void RegisterHelp(CommandLine& line) {
+    line.Single(Subject::Product)
+        .Add<HelpOptions>("help", "Show the manual, or this help where there is none", Help)
+        .Any("COMMAND", &HelpOptions::words, "Of this command");
+}
+
+}  // namespace ZET::Cli

@@ -1,0 +1,58 @@
+#include "cli/FileReport.h"
+#include "cli/Lookup.h"
+#include "cli/commands/EditArguments.h"
+#include "cli/commands/Registrations.h"
+#include "deploy/edit/EditRules.h"
+#include "deploy/edit/LineEdits.h"
+
+namespace ZET::Cli {
+
+namespace {
+
+struct LineOptions : EditOptions {
+    std::string file;
+    std::string pattern;
+    std::string line;
+};
+
+int Get(Session& session, const LineOptions& asked) {
+    session.Out().Set("file", asked.file);
+    session.Out().Set("path", nullptr);
+    session.Out().Set("pattern", asked.pattern);
+    BeginLookup(session, "line");
+    RequirePattern(session.Product().Core(), asked.pattern);
+    const std::string path = FileToShow(session, asked.file);
+    return ReportLookup(session, path + ": has no line with \"" + asked.pattern + "\"", "line",
+                        GetLine(session.Product(), path, asked.pattern));
+}
+
+int Set(Session& session, const LineOptions& asked) {
+    BeginFileReport(session);
+    return ReportFile(session, SetLine(session.Product(), asked.file, asked.pattern, asked.line, asked));
+}
+
+int Restore(Session& session, const LineOptions& asked) {
+    BeginFileReport(session);
+    return ReportFile(session, RestoreLine(session.Product(), asked.file, asked.pattern, asked));
+}
+
+}  // namespace
+
+void RegisterLine(CommandLine& line) {
+    auto family =
+        line.Family("line", "Look up and edit lines of a file by a regular expression", Subject::AnyFile);
+    const auto add = [&family](const char* name, const char* help, auto run) {
+        auto command = family.Add<LineOptions>(name, help, run);
+        command("FILE", &LineOptions::file, "The file");
+        command("PATTERN", &LineOptions::pattern, "What to look for");
+        return command;
+    };
+    add("get", "Print the first line that matches", Get);
+    auto set = add("set", "Set every line that matches", Set);
+    set("LINE", &LineOptions::line, "The new text");
+    AddEditOptions(set);
+    auto restore = add("restore", "Bring back former lines that match", Restore);
+    AddRestoreOptions(restore);
+}
+
+}  // namespace ZET::Cli

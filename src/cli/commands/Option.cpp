@@ -1,0 +1,39 @@
+#include "cli/FileReport.h"
+#include "cli/Lookup.h"
+#include "cli/commands/Registrations.h"
+#include "deploy/edit/OptionEdits.h"
+
+namespace ZET::Cli {
+
+namespace {
+
+struct OptionWords {
+    std::string name;
+    std::string value;
+};
+
+int Get(Session& session, const OptionWords& asked) {
+    session.Out().Set("name", asked.name);
+    BeginLookup(session, "value");
+    Deployment& product = session.Product();
+    const std::optional<std::string> value = GetOption(product, asked.name);
+    session.Out().Set("secret", product.HostSecrets().IsPrivate(product.Param("ZET_CFG")));
+    return ReportLookup(session, "there is no parameter \"" + asked.name + "\"", "value", value);
+}
+
+int Set(Session& session, const OptionWords& asked) {
+    BeginFileReport(session);
+    return ReportFile(session, SetOption(session.Product(), asked.name, asked.value));
+}
+
+}  // namespace
+
+void RegisterOption(CommandLine& line) {
+    auto family = line.Family("option", "The product's main configuration file", Subject::Product);
+    family.Add<OptionWords>("get", "Print the value of a parameter", Get)("NAME", &OptionWords::name,
+                                                                          "The parameter");
+    family.Add<OptionWords>("set", "Set a parameter", Set)("NAME", &OptionWords::name, "The parameter")(
+        "VALUE", &OptionWords::value, "Its value");
+}
+
+}  // namespace ZET::Cli

@@ -1,0 +1,49 @@
+#ifndef ZET_REGISTRATIONS_H
+#define ZET_REGISTRATIONS_H
+
+#include <string_view>
+
+#include "cli/CommandLine.h"
+
+/// Where each file of commands adds its own.
+namespace ZET::Cli {
+
+void RegisterCommit(CommandLine& line);
+void RegisterCheck(CommandLine& line);
+void RegisterRollback(CommandLine& line);
+void RegisterStatus(CommandLine& line);
+void RegisterValues(CommandLine& line);
+void RegisterTemplate(CommandLine& line);
+void RegisterParam(CommandLine& line);
+void RegisterLine(CommandLine& line);
+void RegisterFile(CommandLine& line);
+void RegisterOption(CommandLine& line);
+void RegisterExplain(CommandLine& line);
+void RegisterDoctor(CommandLine& line);
+void RegisterHelp(CommandLine& line);
+
+/// The first word of a command, and who adds it; the order is that of the help.
+struct Registration {
+    std::string_view word;
+    void (*add)(CommandLine& line);
+};
+
+inline constexpr Registration kRegistrations[] = {
+    {"commit-config", RegisterCommit},
+    {"check-config", RegisterCheck},
+    {"rollback-config", RegisterRollback},
+    {"status", RegisterStatus},
+    {"values", RegisterValues},
+    {"template", RegisterTemplate},
+    {"param", RegisterParam},
+    {"line", RegisterLine},
+    {"file", RegisterFile},
+    {"option", RegisterOption},
+    {"explain", RegisterExplain},
+    {"doctor", RegisterDoctor},
+    {"help", RegisterHelp},
+};
+
+}  // namespace ZET::Cli
+
+#endif
