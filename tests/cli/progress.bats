@@ -9,7 +9,7 @@ setup() {
     printf '#!/bin/sh\nsleep 0.7\n' >"$BASE/bin/slow"
     chmod 755 "$BASE/bin/slow"
     local name
-    for name in one two three four; do add_target "$name" "$name"$'\n' "check = $BASE/bin/slow {}"; done
+    for name in one two three four; do add_target "$name" "$name"$'\n' "check = [\"$BASE/bin/slow\", \"{}\"]"; done
 }
 
 teardown() {
