@@ -22,6 +22,7 @@ Options OptionsOf(const Request& request) {
     options.role = request.role;
     options.configFile = request.configFile;
     options.needsConfigFile = request.needsConfigFile || request.isConfigFileNamed;
+    options.mendsParameters = request.command == "option set";
     options.root = request.root;
     options.moduleFile = request.moduleFile.empty() ? OwnModule() : request.moduleFile;
     options.program = request.program;

@@ -63,8 +63,4 @@ void CZETHost::UnloadModules() {
     m_implementation->UnloadModules();
 }
 
-std::vector<std::string> KnownParameters() {
-    return ParameterNames();
-}
-
 }  // namespace ZET

@@ -9,9 +9,10 @@ namespace ZET {
 struct Options {
     std::string role = "client";  ///< "server" or "client"
     std::string configFile = "/etc/zet/zet.conf";
-    bool needsConfigFile = true;  ///< false: where it is not there, the defaults serve
-    std::string root;             ///< of a host tree that is worked on from outside; empty: this host itself
-    std::string moduleFile;       ///< the module `libzet-config.so`
+    bool needsConfigFile = true;   ///< false: where it is not there, the defaults serve
+    bool mendsParameters = false;  ///< where one names no directory, its default serves meanwhile
+    std::string root;              ///< of a host tree that is worked on from outside; empty: this host itself
+    std::string moduleFile;        ///< the module `libzet-config.so`
     std::string program = "zet-client";  ///< for messages that name a command
     std::string command;                 ///< told to whoever waits for the lock: "commit-config"
     bool dryRun = false;                 ///< nothing is written
