@@ -1,6 +1,5 @@
 #include "cli/Assignments.h"
 
-#include "cli/ExitStatus.h"
 #include "deploy/edit/EditRules.h"
 #include "deploy/host/Failure.h"
 

@@ -5,7 +5,6 @@
 
 #include "Core.h"
 #include "Loader.h"
-#include "Parameters.h"
 
 namespace ZET {
 

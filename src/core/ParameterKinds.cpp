@@ -8,7 +8,6 @@
 #include <limits>
 #include <vector>
 
-#include "Message.h"
 #include "RegEx.h"
 #include "posix/Printable.h"
 #include "zet/ZETErrors.h"

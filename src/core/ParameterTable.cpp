@@ -12,15 +12,15 @@ namespace ZET {
 namespace {
 
 /// "EXAMPLE.ORG" for ".example.org".
-std::string RealmOf(std::string domain) {
-    if (!domain.empty() && domain.front() == '.') domain.erase(0, 1);
-    for (char& c : domain)
+std::string RealmOf(const std::string& domain) {
+    std::string realm = domain.starts_with('.') ? domain.substr(1) : domain;
+    for (char& c : realm)
         if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-    return domain;
+    return realm;
 }
 
 /// "dc=example,dc=org" for ".example.org".
-std::string DistinguishedNameOf(std::string domain) {
+std::string DistinguishedNameOf(const std::string& domain) {
     std::string result;
     std::string_view rest = domain;
     while (!rest.empty()) {

@@ -19,7 +19,7 @@ struct ParameterEntry {
     const char* name;
     ZETParameterKind kind;
     const char* value;  ///< by default
-    std::string (*derive)(std::string domain);
+    std::string (*derive)(const std::string& domain);
     bool mayBeEmpty;
     bool isForTemplates;  ///< what the product itself goes by is none of them
     const char* text;
