@@ -27,7 +27,17 @@ _zet_read_words() {
     done
 }
 
+# Sets $words to what the parameter $1 can be given.
+_zet_values() {
+    local flags='SERVICE_DISCOVERY ZET_SYNC' file_systems='nfs4 nfs cifs smb3 afs ceph glusterfs'
+    case " $flags " in *" $1 "*) words='yes no' ;; esac
+    [[ $1 != NETWORK_FS_TYPE ]] || words=$file_systems
+}
+
 _zet() {
+    local parameters='DOMAIN DOMAIN_DN MINIMUM_UID NETWORK_FS_TYPE REALM SERVER SERVER_EXPORT_DIR SERVER_ID SERVICE_DISCOVERY
+        TICKET_MAX_LIFE TICKET_MAX_RENEWABLE_LIFE VALID_GROUP_NAMES VALID_USER_NAMES ZET_CFG_DIR
+        ZET_CFG_TEMPL_DIR ZET_LANG ZET_SYNC ZET_VAR_LIB_DIR'
     local current=$2 previous=${COMP_WORDS[COMP_CWORD - 1]} command arguments words='' files=''
     local options='-c --config --root --module -n --dry-run --diff --json -q --quiet -v --verbose --show-secrets --color --log
         -h --help -V --version'
@@ -60,6 +70,8 @@ _zet() {
         'param '*' 0' | 'line '*' 0' | 'file '*' 0' | 'explain 0' | 'doctor 0') files=-f ;;
         'help 0') ;;
         'help '*) words='' ;;
+        'option get 0' | 'option set 0') words=$parameters ;;
+        'option set 1') _zet_values "$previous" ;;
         'template process 1') words='' files=-f ;;
         'template process '[2-9]*) words='' ;;
     esac

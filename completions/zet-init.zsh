@@ -24,7 +24,17 @@ _zet_read_words() {
     done
 }
 
+# Sets $known to what the parameter $1 can be given.
+_zet_values() {
+    local -a flags=(SERVICE_DISCOVERY ZET_SYNC) file_systems=(nfs4 nfs cifs smb3 afs ceph glusterfs)
+    if (( ${flags[(Ie)$1]} )); then known=(yes no); fi
+    if [[ $1 == NETWORK_FS_TYPE ]]; then known=($file_systems); fi
+}
+
 _zet() {
+    local -a parameters=(DOMAIN DOMAIN_DN MINIMUM_UID NETWORK_FS_TYPE REALM SERVER SERVER_EXPORT_DIR SERVER_ID SERVICE_DISCOVERY
+        TICKET_MAX_LIFE TICKET_MAX_RENEWABLE_LIFE VALID_GROUP_NAMES VALID_USER_NAMES ZET_CFG_DIR
+        ZET_CFG_TEMPL_DIR ZET_LANG ZET_SYNC ZET_VAR_LIB_DIR)
     local command arguments current=$words[CURRENT] previous=$words[CURRENT-1]
     local -a known options=(-c --config --root --module -n --dry-run --diff --json -q --quiet -v --verbose
         --show-secrets --color --log -h --help -V --version)
@@ -67,6 +77,8 @@ _zet() {
         (param\ *\ 0|line\ *\ 0|file\ *\ 0|'explain 0'|'doctor 0'|rollback-config*) _files ;;
         (help\ 0) compadd -- $known ;;
         (help\ *) return 1 ;;
+        ('option get 0'|'option set 0') compadd -- $parameters ;;
+        ('option set 1') _zet_values $previous; compadd -- $known ;;
         ('template process 0') compadd -- $known ;;
         ('template process 1') _files ;;
         ('template process '*) return 1 ;;

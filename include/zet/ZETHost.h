@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -68,9 +69,46 @@ class ZET_API CZETHost {
     std::unique_ptr<Implementation> m_implementation;
 };
 
-/// What is wrong with a parameter of this name and value, with the remedy, for a program that would rather
-/// refuse it than have the core warn or the file be broken; empty when nothing is that the core knows of.
-ZET_API std::string ProblemOfParam(const std::string& key, const std::string& value);
+/// What the values of a parameter have to be.
+enum class ZETParameterKind {
+    DomainName,  ///< a "." may stand before it
+    HostName,
+    Realm,
+    LdapName,
+    Number,
+    Duration,  ///< as the lives of Kerberos tickets are written
+    RegularExpression,
+    AbsolutePath,
+    YesNo,
+    Locale,  ///< of this host
+    OneOf,   ///< some words
+};
+
+/// A parameter that the core knows.
+struct ZETParameter {
+    std::string name;
+    ZETParameterKind kind = ZETParameterKind::OneOf;
+    std::string kindName;            ///< for people: "number", or "one of nfs4, nfs"
+    std::vector<std::string> words;  ///< those to choose from; empty where the kind is not about words
+    std::string value;               ///< by default; empty where it is made of another parameter
+    std::string source;              ///< the parameter that the default is made of; empty: none
+    std::string text;                ///< what it is for, in one line
+    bool mayBeEmpty = false;         ///< as far as no template uses it
+};
+
+/// The parameters that the core knows, in the order of their names. A file may give others, which the core
+/// hands out like these.
+ZET_API std::vector<ZETParameter> KnownParameters();
+
+struct ZETParameterProblem {
+    std::string text;    ///< what is wrong, and with which parameter
+    std::string remedy;  ///< what to do about it
+};
+
+/// What is wrong with a parameter of this name and value, for a program that would rather refuse it than have
+/// the core hand it out or the file be broken; none when nothing is that the core knows of. A known parameter
+/// has a value of its kind, or one with a placeholder that a template replaces.
+ZET_API std::optional<ZETParameterProblem> ProblemOfParam(const std::string& key, const std::string& value);
 
 enum class ZETLogTarget { StandardError, SystemLog };
 
@@ -120,10 +158,6 @@ ZET_API void SetRenameGuard(ZETRenameGuard guard);
 /// and six letters or digits and ".tmp" added, cut before the "." where it would be too long. Both have the
 /// same directory before them, or none. A process that was killed leaves such a copy behind.
 ZET_API bool IsCopyOf(const std::string& name, const std::string& to);
-
-/// The names of the parameters that the core knows, in order. A file may give others, which it hands out like
-/// these.
-ZET_API std::vector<std::string> KnownParameters();
 
 /// How many records of level 0 the process has put so far, shown or not: the module reports some failures
 /// only so.

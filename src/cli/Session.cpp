@@ -19,6 +19,7 @@ void StartLog(const GlobalOptions& asked) {
 Options OptionsOf(const GlobalOptions& asked) {
     Options options;
     options.role = asked.role;
+    options.mendsParameters = asked.command == "option set";
     options.root = asked.root;
     options.moduleFile = asked.moduleFile;
     options.program = asked.program;

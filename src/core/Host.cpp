@@ -5,7 +5,6 @@
 
 #include "Core.h"
 #include "Loader.h"
-#include "Parameters.h"
 
 namespace ZET {
 
@@ -61,10 +60,6 @@ std::shared_ptr<CZETInterface> CZETHost::FindInterface(const std::string& name) 
 
 void CZETHost::UnloadModules() {
     m_implementation->UnloadModules();
-}
-
-std::vector<std::string> KnownParameters() {
-    return ParameterNames();
 }
 
 }  // namespace ZET

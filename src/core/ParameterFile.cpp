@@ -4,8 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cerrno>
-
 #include "Message.h"
 #include "PathArgument.h"
 #include "posix/Descriptor.h"

@@ -2,14 +2,10 @@
 #define ZET_CORE_PARAMETERS_H
 
 #include <string>
-#include <vector>
 
 #include "zet/ZETTypes.h"
 
 namespace ZET {
-
-/// The names of those that are known, in order.
-std::vector<std::string> ParameterNames();
 
 /// The named parameters: what the file says, what was updated since, and defaults for the rest, which follow
 /// the parameters that they are derived from.

@@ -177,15 +177,15 @@ zet-client: nothing was changed"
     echo 'ZET_LANG=xx_YY.UTF-8' >>zet.conf
     echo 'a=1' >conf
     remember_files
-    local problem="$HOST/zet.conf: ZET_LANG: this host has no locale \"xx_YY.UTF-8\" (generate it, or set ZET_LANG to one that \"locale -a\" lists)"
+    local problem="'xx_YY.UTF-8' is no value for ZET_LANG, which has to be a locale of this host (generate it, or take one that \"locale -a\" lists)"
     run_zet commit-config
-    assert_refusal 1 "$problem
+    assert_refusal 1 "$HOST/zet.conf:6:10: $problem
 zet-client: nothing was changed"
     run_zet check-config
     assert_status 1
-    assert_output "$problem"
+    assert_output "$HOST/zet.conf:6:10: $problem"
     run_zet param set conf a 2
-    assert_refusal 1 "$problem"
+    assert_refusal 1 "$HOST/zet.conf: $problem"
     assert_unchanged_but_staging
 }
 
@@ -378,7 +378,7 @@ os.execv(sys.argv[1], sys.argv[1:])' "$ZET_BIN/zet-client" --config "$HOST/zet.c
     remember_files
     run_zet commit-config three.conf
     assert_refusal 1 "$HOST/zet.conf: DOMAIN is not set, so that \${realm} has no value (add a line DOMAIN=VALUE, or use \"option set\")
-zet-client: error: $HOST/zet.conf:1: SERVER is not set, so that \${server} has no value (add a line SERVER=VALUE, or use \"option set\")
+zet-client: error: $HOST/zet.conf:1:8: SERVER is not set, so that \${server} has no value (add a line SERVER=VALUE, or use \"option set\")
 zet-client: nothing was changed"
     assert_files_unchanged
     echo REALM=OTHER >>zet.conf
@@ -394,6 +394,6 @@ zet-client: nothing was changed"
         cp zet.conf relative.conf
         echo "$key=etc" >>relative.conf
         capture "$ZET_BIN/zet-client" --config relative.conf status
-        assert_refusal 1 "relative.conf: $key is \"etc\", which depends on where the command runs (begin it with \"/\")"
+        assert_refusal 1 "relative.conf: 'etc' is no value for $key, which has to be an absolute path (begin it with \"/\")"
     done
 }

@@ -107,7 +107,7 @@ REALM=NEW
     local language
     for language in xx_YY C/../C; do
         run_zet option set ZET_LANG "$language"
-        assert_refusal 1 "ZET_LANG: this host has no locale \"$language\" (generate it, or set ZET_LANG to one that \"locale -a\" lists)"
+        assert_refusal 1 "the option would break the configuration file: '$language' is no value for ZET_LANG, which has to be a locale of this host (generate it, or take one that \"locale -a\" lists)"
     done
     assert_files_unchanged
     for language in C.UTF-8 ''; do
@@ -139,14 +139,14 @@ REALM=NEW
     local key
     for key in ZET_CFG_DIR ZET_CFG_TEMPL_DIR ZET_VAR_LIB_DIR; do
         run_zet option set "$key" ''
-        assert_refusal 1 "the option would break the configuration file: $HOST/zet.conf: $key is empty (give it a directory, or remove its line)"
+        assert_refusal 1 "the option would break the configuration file: $key is empty (give it an absolute path, or remove its line)"
     done
     assert_files_unchanged
     echo 'a=1' >conf
     for key in ZET_CFG_DIR ZET_CFG_TEMPL_DIR ZET_VAR_LIB_DIR; do
         echo "$key=" >>zet.conf
         run_zet param set conf a 2
-        assert_refusal 1 "$HOST/zet.conf: $key is empty (give it a directory, or remove its line)"
+        assert_refusal 1 "$HOST/zet.conf: $key is empty (give it an absolute path, or remove its line)"
         run_zet --root "$HOST" status
         assert_status 1
         sed -i '$d' zet.conf

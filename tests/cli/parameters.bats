@@ -27,10 +27,10 @@ zet-client: nothing was changed"
     local last
     last=$(wc -l <zet.conf)
     echo 'REALM=' >>zet.conf
-    assert_problem "$((last + 1)): REALM is empty, so that \${realm} has no value (give it a value, or remove its line)"
+    assert_problem "$((last + 1)):7: REALM is empty, so that \${realm} has no value (give it a value, or remove its line)"
     sed -i '$d' zet.conf
     echo 'MINIMUM_UID=' >>zet.conf
-    assert_problem "$((last + 1)): MINIMUM_UID is empty, so that \${minimum_uid} has no value (give it a value, or remove its line)"
+    assert_problem "$((last + 1)):13: MINIMUM_UID is empty, so that \${minimum_uid} has no value (give it a value, or remove its line)"
     run_zet commit-config -n --set MINIMUM_UID=5
     assert_status 3
     sed -i '$d' zet.conf
@@ -45,16 +45,76 @@ zet-client: nothing was changed"
     local last
     last=$(wc -l <zet.conf)
     echo 'REALM="X.ORG" # ours' >>zet.conf
-    assert_problem "$((last + 1)): the value of REALM is in quotes with a comment behind, and has both as parts of it (write the bare value alone behind \"=\")"
+    assert_problem "$((last + 1)):7: the value of REALM is in quotes with a comment behind, and has both as parts of it (write the bare value alone behind \"=\")"
     sed -i '$d' zet.conf
     printf 'REALM=X.ORG\r\n' >>zet.conf
     run_zet -q check-config
     assert_status 1
-    assert_output "$HOST/zet.conf:$((last + 1)): the value of REALM ends with a carriage return (save the file with plain line feeds)"
+    assert_output "$HOST/zet.conf:$((last + 1)):7: the value of REALM ends with a carriage return (save the file with plain line feeds)"
     # The last of two lines counts.
     echo 'REALM=X.ORG' >>zet.conf
     run_zet -q check-config
     assert_status 0
+}
+
+@test "a value that is not of its kind is a problem, whether a template uses it or not" {
+    printf '  TICKET_MAX_LIFE=foo\nVALID_USER_NAMES=[\nMINIMUM_UID=1\nMINIMUM_UID=abc\nZET_SYNC=maybe\n' >>zet.conf
+    local problems="$HOST/zet.conf:6:19: 'foo' is no value for TICKET_MAX_LIFE, which has to be a duration (write it like 7d 12h 30m 0s, 12:30 or 3600, which is seconds)
+$HOST/zet.conf:7:18: '[' is no value for VALID_USER_NAMES, which has to be a regular expression (close its brackets, and put a backslash before what is meant as it stands)
+$HOST/zet.conf:9:13: 'abc' is no value for MINIMUM_UID, which has to be a number (write decimal digits, up to 4294967295 and without zeros in front)
+$HOST/zet.conf:10:10: 'maybe' is no value for ZET_SYNC and counts as yes (write yes or no)"
+    run_zet check-config
+    assert_status 1
+    assert_output "$problems"
+    run_zet -q commit-config
+    assert_status 1
+    assert_output ""
+    assert_stderr "$(sed 's/^/zet-client: error: /' <<<"$problems")"
+    assert_absent out/one.conf
+}
+
+@test "a value that is not of its kind stops nothing that could mend it" {
+    zet commit-config
+    printf 'TICKET_MAX_LIFE=foo\nMINIMUM_UID=abc\n' >>zet.conf
+    run_zet status
+    assert_status 3
+    run_zet option get MINIMUM_UID
+    assert_success abc
+    run_zet option set SERVER other.example.org
+    assert_success "$HOST/zet.conf: changed"
+    run_zet option set MINIMUM_UID 5
+    assert_success "$HOST/zet.conf: changed"
+    run_zet rollback-config
+    assert_status 0
+    run_zet commit-config -n --set TICKET_MAX_LIFE=8h
+    assert_status 3
+    run_zet option set TICKET_MAX_LIFE 8h
+    assert_success "$HOST/zet.conf: changed"
+    run_zet -q check-config
+    assert_success ""
+}
+
+@test "a value that is not of its kind is refused wherever it is given" {
+    remember_host
+    local problem="'10 h' is no value for TICKET_MAX_LIFE, which has to be a duration (write it like 7d 12h 30m 0s, 12:30 or 3600, which is seconds)"
+    run_zet option set TICKET_MAX_LIFE '10 h'
+    assert_refusal 1 "the option would break the configuration file: $problem"
+    assert_files_unchanged
+    run_zet commit-config -n --set TICKET_MAX_LIFE='10 h'
+    assert_refusal 2 "--set: $problem"
+    assert_files_unchanged
+}
+
+@test "a directory of the product that is none can be set right" {
+    mkdir -p tree/etc/zet tree/var/lib/zet
+    printf 'ZET_VAR_LIB_DIR=var\nZET_CFG_DIR=\n' >tree/etc/zet/zet.conf
+    capture "$ZET_BIN/zet-client" --root tree status
+    assert_refusal 1 "$HOST/tree/etc/zet/zet.conf: ZET_CFG_DIR is empty (give it an absolute path, or remove its line)"
+    capture "$ZET_BIN/zet-client" --root tree option set ZET_VAR_LIB_DIR /var/lib/zet
+    assert_success "$HOST/tree/etc/zet/zet.conf: changed"
+    capture "$ZET_BIN/zet-client" --root tree option set ZET_CFG_DIR /etc/zet
+    assert_success "$HOST/tree/etc/zet/zet.conf: changed"
+    assert_file tree/etc/zet/zet.conf $'ZET_VAR_LIB_DIR=/var/lib/zet\nZET_CFG_DIR=/etc/zet\n'
 }
 
 @test "a name that nobody knows is a problem of a check" {

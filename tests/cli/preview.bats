@@ -222,9 +222,9 @@ zet-client: nothing was changed"
     local name
     for name in ZET_CFG_DIR ZET_CFG_TEMPL_DIR ZET_VAR_LIB_DIR; do
         run_zet commit-config -n --set "$name="
-        assert_refusal 2 "--set: $name is empty (give it a directory)"
+        assert_refusal 2 "--set: $name is empty (give it an absolute path, or remove its line)"
         capture "$ZET_BIN/zet-client" --root "$HOST" --config /zet.conf commit-config -n --set "$name="
-        assert_refusal 2 "--set: $name is empty (give it a directory)"
+        assert_refusal 2 "--set: $name is empty (give it an absolute path, or remove its line)"
     done
     run_zet commit-config -n --set ZET_SYNC=x
     assert_refusal 2 "--set: 'x' is no value for ZET_SYNC and counts as yes (write yes or no)"

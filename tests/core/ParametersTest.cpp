@@ -208,15 +208,24 @@ TEST_F(Parameters, WhatUpdateTakesEveryHostCanRead) {
 }
 
 TEST_F(Parameters, ProblemOfAParameterIsToldBeforeItIsSet) {
-    EXPECT_EQ(ProblemOfParam("ZET_SYNC", "no"), "");
-    EXPECT_EQ(ProblemOfParam("MY_KEY", "maybe"), "");
-    EXPECT_EQ(ProblemOfParam("ZET_SYNC", "maybe"),
+    EXPECT_EQ(ProblemTextOf("ZET_SYNC", "no"), "");
+    EXPECT_EQ(ProblemTextOf("MY_KEY", "maybe"), "");
+    EXPECT_EQ(ProblemTextOf("ZET_SYNC", "maybe"),
               "'maybe' is no value for ZET_SYNC and counts as yes (write yes or no)");
-    EXPECT_EQ(ProblemOfParam("A\nB", ""),
+    EXPECT_EQ(ProblemTextOf("A\nB", ""),
               "'A\\nB' is no name of a parameter (use letters, digits and \"_\", no digit first)");
     for (const std::string& value : {std::string("a\nb"), std::string("a\0b", 3)})
-        EXPECT_EQ(ProblemOfParam("A", value),
+        EXPECT_EQ(ProblemTextOf("A", value),
                   "the value of A holds a line feed or a NUL byte (give it without)");
+}
+
+TEST_F(Parameters, ValueOfAnotherKindIsHandedOutWithoutAWord) {
+    EXPECT_EQ(LoggedBy([&] { Start("MINIMUM_UID=abc\nVALID_USER_NAMES=[\nZET_VAR_LIB_DIR=var\n"); }), "");
+    EXPECT_EQ(LoggedBy([&] { Core().UpdateParam("TICKET_MAX_LIFE", "foo"); }), "");
+    EXPECT_EQ(Core().GetParam("MINIMUM_UID"), "abc");
+    EXPECT_EQ(Core().GetParam("VALID_USER_NAMES"), "[");
+    EXPECT_EQ(Core().GetParam("ZET_VAR_LIB_DIR"), "var");
+    EXPECT_EQ(Core().GetParam("TICKET_MAX_LIFE"), "foo");
 }
 
 TEST_F(Parameters, AllOfThemAreListed) {

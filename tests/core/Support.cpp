@@ -60,6 +60,11 @@ bool Exists(const std::string& path) {
     return ::lstat(path.c_str(), &status) == 0;
 }
 
+std::string ProblemTextOf(const std::string& key, const std::string& value) {
+    const auto problem = ProblemOfParam(key, value);
+    return problem ? problem->text + " (" + problem->remedy + ")" : "";
+}
+
 std::string LoggedBy(const std::function<void()>& action) {
     testing::internal::CaptureStderr();
     action();

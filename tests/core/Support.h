@@ -43,6 +43,9 @@ bool Exists(const std::string& path);
 /// What `action` writes to standard error.
 std::string LoggedBy(const std::function<void()>& action);
 
+/// What is wrong with the parameter, and the remedy in brackets; empty when nothing is.
+std::string ProblemTextOf(const std::string& key, const std::string& value);
+
 /// The message of the exception of exactly the class `Error` that `action` throws; a failed test otherwise.
 template <typename Error>
 std::string MessageOf(const std::function<void()>& action) {

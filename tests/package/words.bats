@@ -138,6 +138,15 @@ make_files() {
     offers "" zet-client status ''
 }
 
+@test "ParametersOfTheProductAreOfferedWithWhatTheyCanBe" {
+    offers "SERVER SERVER_EXPORT_DIR SERVER_ID" zet-client option set SERVER
+    offers "REALM" zet-client option get R
+    offers "no yes" zet-client option set ZET_SYNC ''
+    offers "afs ceph cifs glusterfs nfs nfs4 smb3" zet-client option set NETWORK_FS_TYPE ''
+    offers "" zet-client option set REALM ''
+    offers "" zet-client option get REALM ''
+}
+
 @test "ValuesOfOptionsAreOffered" {
     make_files
     offers "directory file" zet-client --config ''

@@ -9,6 +9,7 @@ namespace ZET::Deploy {
 struct Options {
     std::string role = "client";  ///< "server" or "client"
     bool needsConfigFile = true;  ///< false: where the main file is not there, the defaults serve
+    bool mendsParameters = false;  ///< where a parameter names no directory, its default serves meanwhile
     std::string root;             ///< of a host tree that is worked on from outside; empty: this host itself
     std::string moduleFile;       ///< empty: the one that was installed with the library
     std::string program = "zet-client";  ///< for messages that name a command

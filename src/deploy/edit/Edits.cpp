@@ -7,7 +7,6 @@
 #include "deploy/state/Language.h"
 #include "deploy/targets/HostLists.h"
 #include "deploy/targets/Render.h"
-#include "deploy/targets/Secrets.h"
 #include "text/FirstLine.h"
 #include "zet/ZETFormat.h"
 

@@ -8,7 +8,6 @@
 #include "deploy/edit/FileEdit.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
-#include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
 #include "zet/ZETHost.h"
 
@@ -23,8 +22,7 @@ constexpr char kLanguage[] = "ZET_LANG";
 void RequireParameterFile(const std::string& staged, const std::string& path) {
     const QuietLog quiet(ZETLogError);
     try {
-        CZETHost host(staged);
-        RequireDirectories(host.GetCore(), staged);
+        const CZETHost host(staged);
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception& error) {
@@ -50,9 +48,9 @@ FileOutcome SetOption(Deployment& product, const std::string& name, const std::s
     RequireOneLine(value, "VALUE");
     if (name == kConfigFile)
         throw UsageError("ZET_CFG is always the file that is read (name another one with --config)");
-    if (name == kLanguage) RequireLanguage(value);
-    if (const std::string problem = ProblemOfParam(name, value); !problem.empty())
-        throw Failure("the option would break the configuration file: " + problem);
+    if (const auto problem = ProblemOfParam(name, value))
+        throw Failure("the option would break the configuration file: " + problem->text + " (" +
+                      problem->remedy + ")");
     const std::string file = product.Param(kConfigFile);
     // None of the system's own text gets into this file, so that a language that the host does not have can
     // be set right.

@@ -9,14 +9,13 @@ namespace ZET::Deploy {
 namespace {
 
 void Assume(HostProduct& product, const std::string& name, const std::string& value) {
-    const bool isDirectory =
-        name == "ZET_CFG_DIR" || name == "ZET_CFG_TEMPL_DIR" || name == "ZET_VAR_LIB_DIR";
-    if (isDirectory && value.empty()) throw UsageError("--set: " + name + " is empty (give it a directory)");
-    if (const std::string problem = ProblemOfParam(name, value); !problem.empty())
-        throw UsageError("--set: " + problem);
+    if (name != "ZET_CFG") {
+        if (const auto problem = ProblemOfParam(name, value))
+            throw UsageError("--set: " + problem->text + " (" + problem->remedy + ")");
+    }
     try {
         product.Core().GetParam(name);  // the core warns of a name that it does not know
-        product.Core().UpdateParam(name, isDirectory ? product.FilePath(value) : value);
+        product.Core().UpdateParam(name, IsOwnDirectory(name) ? product.FilePath(value) : value);
     } catch (const EZETCheckError& error) {
         const char* remedy = name == "ZET_CFG" ? "name another file with --config" : "write one of the two";
         throw UsageError("--set: " + WithRemedy(error.GetMessage(), remedy));

@@ -1,5 +1,8 @@
 #include "deploy/state/HostProduct.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "deploy/host/Failure.h"
 #include "deploy/host/Installed.h"
 #include "deploy/host/Signals.h"
@@ -14,6 +17,12 @@ namespace {
 constexpr char kInterfaceName[] = "zet-config";
 constexpr const char* kDirectories[] = {"ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET_VAR_LIB_DIR"};
 
+std::string DefaultOf(const std::string& key) {
+    for (const ZETParameter& parameter : KnownParameters())
+        if (parameter.name == key) return parameter.value;
+    return "";
+}
+
 }  // namespace
 
 HostProduct::HostProduct(const std::string& configFile, const Options& options, Observer& observer)
@@ -23,7 +32,7 @@ HostProduct::HostProduct(const std::string& configFile, const Options& options, 
       m_moduleFile(options.moduleFile.empty() ? OwnModule() : options.moduleFile),
       m_paths(options.root) {
     StartHost();
-    RequireDirectories(Core(), Param("ZET_CFG"));
+    RequireDirectories();
     if (m_paths.HasRoot()) {
         for (const char* key : kDirectories) {
             Core().UpdateParam(key, m_paths.Resolved(Core().GetParam(key)));
@@ -66,16 +75,18 @@ void HostProduct::LoadModule() {
     }
 }
 
-void RequireDirectories(IZETCore& core, const std::string& file) {
+void HostProduct::RequireDirectories() {
     for (const char* key : kDirectories) {
-        const std::string directory = core.GetParam(key);
-        if (directory.empty())
-            throw Failure(file + ": " + key + " is empty (give it a directory, or remove its line)");
-        if (!directory.starts_with('/')) {
-            throw Failure(file + ": " + key + " is \"" + directory +
-                          "\", which depends on where the command runs (begin it with \"/\")");
-        }
+        const auto problem = ProblemOfParam(key, Param(key));
+        if (!problem) continue;
+        if (!m_options.mendsParameters)
+            throw Failure(Problem{Param("ZET_CFG"), 0, 0, problem->text, problem->remedy}.Describe());
+        Core().UpdateParam(key, DefaultOf(key));
     }
+}
+
+bool IsOwnDirectory(const std::string& key) {
+    return std::find(std::begin(kDirectories), std::end(kDirectories), key) != std::end(kDirectories);
 }
 
 }  // namespace ZET::Deploy

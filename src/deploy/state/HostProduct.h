@@ -51,6 +51,10 @@ class HostProduct {
   private:
     /// Without a configuration file where the caller can do without and none is there.
     void StartHost();
+
+    /// A `Failure` unless each parameter that has to names a directory: an empty one would stand for the
+    /// root.
+    void RequireDirectories();
     void LoadModule();
 
     const std::string m_configFile;
@@ -62,9 +66,8 @@ class HostProduct {
     std::shared_ptr<IZETConfig> m_config;
 };
 
-/// A `Failure` unless `core`, made from the configuration file `file`, names a directory with each parameter
-/// that has to: an empty one would stand for the root.
-void RequireDirectories(IZETCore& core, const std::string& file);
+/// Whether the parameter names a directory of the product's own.
+bool IsOwnDirectory(const std::string& key);
 
 }  // namespace ZET::Deploy
 

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "deploy/host/Failure.h"
+#include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
 
@@ -14,24 +15,17 @@ constexpr char kPreference[] = "LANGUAGE";
 /// What a text is in: its language, and how the letters are encoded. Without the second, all that is not
 /// ASCII would be lost.
 constexpr int kTextCategories[] = {LC_CTYPE, LC_MESSAGES};
-constexpr int kTextMask = LC_CTYPE_MASK | LC_MESSAGES_MASK;
 
 /// To the system, an empty name is the language of whoever runs the command.
 std::string LocaleName(const std::string& language) {
     return language.empty() ? "C" : language;
 }
 
-[[noreturn]] void FailLanguage(const std::string& language) {
-    throw Failure("ZET_LANG: this host has no locale \"" + language +
-                  "\" (generate it, or set ZET_LANG to one that \"locale -a\" lists)");
-}
-
 }  // namespace
 
 void RequireLanguage(const std::string& language) {
-    const locale_t locale = newlocale(kTextMask, LocaleName(language).c_str(), nullptr);
-    if (locale == nullptr) FailLanguage(language);
-    freelocale(locale);
+    if (const auto problem = ProblemOfParam("ZET_LANG", language))
+        throw Failure(problem->text + " (" + problem->remedy + ")");
 }
 
 void UseReadersLanguage() {

@@ -46,6 +46,13 @@ const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const 
     return last == given.rend() ? nullptr : &*last;
 }
 
+bool IsMadeOfDomain(const std::string& name) {
+    const std::vector<ZETParameter> known = KnownParameters();
+    return std::any_of(known.begin(), known.end(), [&](const ZETParameter& parameter) {
+        return parameter.name == name && parameter.source == kDomain;
+    });
+}
+
 bool HasValue(HostProduct& product, const std::string& placeholder) {
     const std::string value = product.Config().TemplateValue(placeholder);
     return !value.empty() && value != "ldap://";
@@ -68,16 +75,19 @@ class ValueCheck {
     void CheckGiven() {
         for (const GivenParameter& parameter : m_given) {
             // Another line, or the caller, may have had the last word.
-            if (m_product.Param(parameter.name) != parameter.value) continue;
+            if (FindGiven(m_given, parameter.name) != &parameter ||
+                m_product.Param(parameter.name) != parameter.value)
+                continue;
             if (parameter.value.ends_with('\r')) {
-                Add(parameter.line, "the value of " + parameter.name + " ends with a carriage return",
+                Add(&parameter, "the value of " + parameter.name + " ends with a carriage return",
                     "save the file with plain line feeds");
-            }
-            if (IsQuotedWithComment(parameter.value)) {
-                Add(parameter.line,
+            } else if (IsQuotedWithComment(parameter.value)) {
+                Add(&parameter,
                     "the value of " + parameter.name +
                         " is in quotes with a comment behind, and has both as parts of it",
                     "write the bare value alone behind \"=\"");
+            } else if (const auto problem = ProblemOfParam(parameter.name, parameter.value)) {
+                Add(&parameter, problem->text, problem->remedy);
             }
         }
     }
@@ -88,26 +98,26 @@ class ValueCheck {
     void TellNoValue(const Source& source) {
         std::string name = source.parameter;
         const GivenParameter* given = FindGiven(m_given, name);
-        const bool isDerived = (name == "REALM" || name == "DOMAIN_DN") && given == nullptr;
-        if (isDerived && m_product.Core().GetDomainName().empty()) {
+        if (given == nullptr && IsMadeOfDomain(name) && m_product.Core().GetDomainName().empty()) {
             name = kDomain;
             given = FindGiven(m_given, name);
         }
         if (!m_told.insert(name).second) return;
-        const int line = given == nullptr ? 0 : given->line;
         const std::string so = std::string(", so that ") + source.placeholder + " has no value";
         const bool isMeant = name == kDomain || name == kServer;
         if (!m_product.Param(name).empty()) {
-            Add(line, name + " has nothing to make " + source.placeholder + " of", "correct its value");
+            Add(given, name + " has nothing to make " + source.placeholder + " of", "correct its value");
         } else if (isMeant) {
-            Add(line, name + " is not set" + so, "add a line " + name + "=VALUE, or use \"option set\"");
+            Add(given, name + " is not set" + so, "add a line " + name + "=VALUE, or use \"option set\"");
         } else {
-            Add(line, name + " is empty" + so, "give it a value, or remove its line");
+            Add(given, name + " is empty" + so, "give it a value, or remove its line");
         }
     }
 
-    void Add(int line, const std::string& text, const std::string& remedy) {
-        m_problems.push_back({m_file, line, 0, text, remedy});
+    void Add(const GivenParameter* given, const std::string& text, const std::string& remedy) {
+        const int line = given == nullptr ? 0 : given->line;
+        const int column = given == nullptr ? 0 : given->column;
+        m_problems.push_back({m_file, line, column, text, remedy});
     }
 
     HostProduct& m_product;
@@ -150,7 +160,8 @@ std::vector<GivenParameter> GivenParameters(std::string_view text) {
         const std::size_t equals = line.text.find('=');
         if (start == std::string_view::npos || line.text[start] == '#' || equals == std::string_view::npos)
             continue;
-        given.push_back({number, std::string(line.text.substr(start, equals - start)),
+        given.push_back({number, static_cast<int>(equals) + 2,
+                         std::string(line.text.substr(start, equals - start)),
                          std::string(line.text.substr(equals + 1))});
     }
     return given;
@@ -165,7 +176,9 @@ std::vector<Problem> CheckParameterValues(HostProduct& product, const std::set<s
 
 std::vector<Problem> CheckParameterNames(HostProduct& product, const std::set<std::string>& used) {
     const std::string file = product.Param("ZET_CFG");
-    const std::vector<std::string> known = KnownParameters();
+    std::vector<std::string> known;
+    for (const ZETParameter& parameter : KnownParameters())
+        known.push_back(parameter.name);
     std::vector<Problem> problems;
     for (const GivenParameter& parameter : GivenParameters(ReadFileBytes(file))) {
         const std::string placeholder = PlaceholderFor(parameter.name);

@@ -14,6 +14,7 @@ namespace ZET::Deploy {
 /// A line "NAME=value" of the main configuration file, which the core has read without complaint.
 struct GivenParameter {
     int line = 0;
+    int column = 0;  ///< of the value
     std::string name;
     std::string value;
 };
@@ -21,7 +22,8 @@ struct GivenParameter {
 std::vector<GivenParameter> GivenParameters(std::string_view text);
 
 /// Parameters whose values make files that no program can use: those without a value, as far as the
-/// placeholders in `used` ask for them, and those that hold what was not meant to be part of them.
+/// placeholders in `used` ask for them, those that hold what was not meant to be part of them, and those that
+/// are not of their kind.
 std::vector<Problem> CheckParameterValues(HostProduct& product, const std::set<std::string>& used);
 
 /// Parameters in the main configuration file that nobody knows or uses; `used` has the placeholders of all

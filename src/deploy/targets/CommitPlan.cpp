@@ -14,7 +14,6 @@
 #include "deploy/targets/OwnCheck.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Restarts.h"
-#include "deploy/targets/Secrets.h"
 #include "deploy/targets/ShownDiff.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"

@@ -14,7 +14,6 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/Rights.h"
 #include "deploy/state/Instructions.h"
-#include "deploy/state/Language.h"
 #include "deploy/state/Manifest.h"
 #include "deploy/state/ParameterCheck.h"
 #include "deploy/state/PendingRecord.h"
@@ -119,11 +118,6 @@ std::vector<Problem> CheckOwnFiles(Deployment& product) {
             Append(ofStatus, CheckSingle(file));
     }
     Append(problems, std::move(ofStatus));
-    try {
-        RequireLanguage(product.Param("ZET_LANG"));
-    } catch (const Failure& failure) {
-        problems.push_back(ProblemOf(product.Param("ZET_CFG"), failure));
-    }
     return problems;
 }
 

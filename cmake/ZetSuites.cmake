@@ -1,0 +1,17 @@
+# Read by ctest, once for each program of zet_tests: adds its suites.
+if(NOT EXISTS ${program})
+    # A run of the others need not build it; what is not there fails.
+    add_test(${label}.NotBuilt ${program})
+    return()
+endif()
+execute_process(COMMAND ${program} --gtest_list_tests OUTPUT_VARIABLE list RESULT_VARIABLE result)
+string(REGEX MATCHALL "\n[^ \n][^\n]*\\.[^\n]*" headings "\n${list}")
+if(NOT result EQUAL 0 OR headings STREQUAL "")
+    message(FATAL_ERROR "${program} lists no tests (build it again)")
+endif()
+foreach(heading IN LISTS headings)
+    string(REGEX REPLACE "^\n([^ ]*)\\..*" "\\1" suite ${heading})
+    add_test(${label}.${suite} ${program} --gtest_brief=1 --gtest_filter=${suite}.*)
+    set_tests_properties(${label}.${suite} PROPERTIES
+        LABELS ${label} TIMEOUT ${timeout} ENVIRONMENT "${environment}")
+endforeach()

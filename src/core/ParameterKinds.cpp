@@ -1,0 +1,275 @@
+#include "ParameterKinds.h"
+
+#include <algorithm>
+#include <clocale>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <limits>
+#include <vector>
+
+#include "RegEx.h"
+#include "posix/Printable.h"
+#include "zet/ZETErrors.h"
+
+namespace ZET {
+
+namespace {
+
+constexpr std::size_t kLongestLabel = 63;
+constexpr std::size_t kLongestDomain = 253;
+
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool IsLetter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+/// Takes what stands before the next `separator` off `rest`; the separator goes, too.
+std::string_view TakePart(std::string_view& rest, char separator) {
+    const std::size_t end = rest.find(separator);
+    const std::string_view part = rest.substr(0, end);
+    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+    return part;
+}
+
+/// "_" is no letter of a host name by the letter of the rules, but many networks have it.
+bool IsLabel(std::string_view label) {
+    if (label.empty() || label.size() > kLongestLabel || label.front() == '-' || label.back() == '-')
+        return false;
+    for (const char c : label)
+        if (!IsLetter(c) && !IsDigit(c) && c != '-' && c != '_') return false;
+    return true;
+}
+
+bool IsHostName(std::string_view name) {
+    if (name.empty() || name.size() > kLongestDomain || name.back() == '.') return false;
+    while (!name.empty())
+        if (!IsLabel(TakePart(name, '.'))) return false;
+    return true;
+}
+
+bool IsDomainName(std::string_view name) {
+    if (name.starts_with('.')) name.remove_prefix(1);
+    return IsHostName(name);
+}
+
+/// What the files of Kerberos can hold without quotes, and what is no other part of a principal.
+bool IsRealm(std::string_view name) {
+    for (const char c : name)
+        if (c <= ' ' || c > '~' || std::string_view("\"#;@\\{}[]").find(c) != std::string_view::npos)
+            return false;
+    return !name.empty();
+}
+
+/// Where the attribute that begins `text` ends; a comma behind a backslash does not end it.
+std::size_t EndOfAttribute(std::string_view text) {
+    std::size_t end = 0;
+    while (end < text.size() && text[end] != ',')
+        end += text[end] == '\\' ? 2 : 1;
+    return end;
+}
+
+/// "name=value".
+bool IsAttribute(std::string_view text) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string_view::npos || equals == 0) return false;
+    const std::string_view name = text.substr(0, equals);
+    if (!IsLetter(name.front()) && !IsDigit(name.front())) return false;
+    for (const char c : name)
+        if (!IsLetter(c) && !IsDigit(c) && c != '-' && c != '.') return false;
+    return text.find_first_not_of(' ', equals + 1) != std::string_view::npos;
+}
+
+/// Attributes that commas divide, with blanks behind or not.
+bool IsLdapName(std::string_view name) {
+    if (Printable(name) != name) return false;
+    for (;;) {
+        const std::size_t end = EndOfAttribute(name);
+        if (end > name.size() || !IsAttribute(name.substr(0, end))) return false;
+        if (end == name.size()) return true;
+        name.remove_prefix(end + 1);
+        name.remove_prefix(std::min(name.find_first_not_of(' '), name.size()));
+    }
+}
+
+/// A number that fits into 32 bits, in decimal digits.
+std::optional<std::uint64_t> TakeNumber(std::string_view& rest) {
+    std::uint64_t number = 0;
+    std::size_t digits = 0;
+    while (digits < rest.size() && IsDigit(rest[digits])) {
+        number = number * 10 + static_cast<std::uint64_t>(rest[digits++] - '0');
+        if (number > std::numeric_limits<std::uint32_t>::max()) return std::nullopt;
+    }
+    if (digits == 0) return std::nullopt;
+    rest.remove_prefix(digits);
+    return number;
+}
+
+/// Some programs read a number with a zero before it as an octal one.
+bool IsNumber(std::string_view text) {
+    if (text.size() > 1 && text.front() == '0') return false;
+    return TakeNumber(text) && text.empty();
+}
+
+struct Unit {
+    char letter;
+    std::uint64_t seconds;
+};
+
+constexpr Unit kUnits[] = {{'d', 86400}, {'h', 3600}, {'m', 60}, {'s', 1}};
+constexpr std::uint64_t kLongestLife = std::numeric_limits<std::int32_t>::max();
+
+void SkipBlanks(std::string_view& rest) {
+    rest.remove_prefix(std::min(rest.find_first_not_of(" \t"), rest.size()));
+}
+
+/// "7d 0h 0m 0s": the units in this order, each at most once.
+bool IsLifeInUnits(std::string_view text) {
+    std::uint64_t seconds = 0;
+    const Unit* next = std::begin(kUnits);
+    do {
+        const std::optional<std::uint64_t> number = TakeNumber(text);
+        if (!number || text.empty()) return false;
+        while (next != std::end(kUnits) && next->letter != text.front())
+            ++next;
+        if (next == std::end(kUnits)) return false;
+        seconds += *number * next++->seconds;
+        text.remove_prefix(1);
+        SkipBlanks(text);
+    } while (!text.empty());
+    return seconds <= kLongestLife;
+}
+
+/// "36000", "10:00", "10:00:00" or "7-00:00:00".
+bool IsLifeInNumbers(std::string_view text) {
+    const std::optional<std::uint64_t> first = TakeNumber(text);
+    if (!first) return false;
+    const bool hasDays = text.starts_with('-');
+    std::uint64_t seconds = *first * (hasDays ? 86400U : text.empty() ? 1U : 3600U);
+    std::uint64_t unit = hasDays ? 3600 : 60;
+    int parts = 0;
+    while (!text.empty() && unit > 0) {
+        if (text.front() != (hasDays && parts == 0 ? '-' : ':')) return false;
+        text.remove_prefix(1);
+        const std::optional<std::uint64_t> number = TakeNumber(text);
+        if (!number) return false;
+        seconds += *number * unit;
+        unit /= 60;
+        ++parts;
+    }
+    return text.empty() && (!hasDays || parts == 3) && seconds <= kLongestLife;
+}
+
+/// As Kerberos reads the lives of tickets.
+bool IsDuration(std::string_view text) {
+    return IsLifeInUnits(text) || IsLifeInNumbers(text);
+}
+
+bool IsFlag(std::string_view value) {
+    return ReadFlag(value).has_value();
+}
+
+bool IsRegularExpression(const std::string& pattern) {
+    try {
+        RegEx().Match(pattern, "");
+        return true;
+    } catch (const EZETError&) {
+        return false;
+    }
+}
+
+bool IsAbsolutePath(std::string_view path) {
+    return path.starts_with('/');
+}
+
+bool HasLocale(const std::string& name) {
+    const locale_t locale = newlocale(LC_CTYPE_MASK | LC_MESSAGES_MASK, name.c_str(), nullptr);
+    if (locale == nullptr) return false;
+    freelocale(locale);
+    return true;
+}
+
+bool IsOneOf(const std::vector<std::string>& words, const std::string& value) {
+    return std::find(words.begin(), words.end(), value) != words.end();
+}
+
+std::string ListOf(const std::vector<std::string>& words) {
+    std::string list;
+    for (const std::string& word : words)
+        list.append(list.empty() ? "" : ", ").append(word);
+    return list;
+}
+
+struct Kind {
+    ZETParameterKind kind;
+    const char* name;
+    const char* inWords;
+    const char* howToWrite;
+    bool (*judge)(const ZETParameter& parameter, const std::string& value);
+};
+
+/// A judge that looks at the value alone.
+template <auto judge>
+bool Judge(const ZETParameter& /*parameter*/, const std::string& value) {
+    return judge(value);
+}
+
+constexpr Kind kKinds[] = {
+    {ZETParameterKind::DomainName, "domain name", "a domain name", "write it like example.org",
+     Judge<IsDomainName>},
+    {ZETParameterKind::HostName, "host name", "a host name",
+     "write it like server.example.org, or an IPv4 address", Judge<IsHostName>},
+    {ZETParameterKind::Realm, "Kerberos realm", "a Kerberos realm", "write it like EXAMPLE.ORG",
+     Judge<IsRealm>},
+    {ZETParameterKind::LdapName, "LDAP name", "an LDAP name", "write it like dc=example,dc=org",
+     Judge<IsLdapName>},
+    {ZETParameterKind::Number, "number", "a number",
+     "write decimal digits, up to 4294967295 and without zeros in front", Judge<IsNumber>},
+    {ZETParameterKind::Duration, "duration", "a duration",
+     "write it like 7d 12h 30m 0s, 12:30 or 3600, which is seconds", Judge<IsDuration>},
+    {ZETParameterKind::RegularExpression, "regular expression", "a regular expression",
+     "close its brackets, and put a backslash before what is meant as it stands", Judge<IsRegularExpression>},
+    {ZETParameterKind::AbsolutePath, "absolute path", "an absolute path", "begin it with \"/\"",
+     Judge<IsAbsolutePath>},
+    {ZETParameterKind::YesNo, "yes or no", "yes or no", "write yes or no", Judge<IsFlag>},
+    {ZETParameterKind::Locale, "locale", "a locale of this host",
+     "generate it, or take one that \"locale -a\" lists", Judge<HasLocale>},
+    {ZETParameterKind::OneOf, "", "", "write one of them",
+     [](const ZETParameter& parameter, const std::string& value) { return IsOneOf(parameter.words, value); }},
+};
+
+const Kind& Find(ZETParameterKind kind) {
+    return *std::find_if(std::begin(kKinds), std::end(kKinds),
+                         [&](const Kind& each) { return each.kind == kind; });
+}
+
+}  // namespace
+
+std::optional<bool> ReadFlag(std::string_view value) {
+    if (value == "yes" || value == "true" || value == "1") return true;
+    if (value == "no" || value == "false" || value == "0") return false;
+    return std::nullopt;
+}
+
+bool IsOfKind(const ZETParameter& parameter, const std::string& value) {
+    return Find(parameter.kind).judge(parameter, value);
+}
+
+std::string NameOfKind(const ZETParameter& parameter) {
+    const bool isChoice = parameter.kind == ZETParameterKind::OneOf;
+    return isChoice ? "one of " + ListOf(parameter.words) : Find(parameter.kind).name;
+}
+
+std::string KindInWords(const ZETParameter& parameter) {
+    const bool isChoice = parameter.kind == ZETParameterKind::OneOf;
+    return isChoice ? NameOfKind(parameter) : Find(parameter.kind).inWords;
+}
+
+std::string HowToWrite(const ZETParameter& parameter) {
+    return Find(parameter.kind).howToWrite;
+}
+
+}  // namespace ZET

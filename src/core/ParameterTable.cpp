@@ -1,0 +1,126 @@
+#include "ParameterTable.h"
+
+#include <cstddef>
+#include <iterator>
+#include <sstream>
+#include <vector>
+
+#include "ParameterKinds.h"
+
+namespace ZET {
+
+namespace {
+
+/// "EXAMPLE.ORG" for ".example.org".
+std::string RealmOf(const std::string& domain) {
+    std::string realm = domain.starts_with('.') ? domain.substr(1) : domain;
+    for (char& c : realm)
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    return realm;
+}
+
+/// "dc=example,dc=org" for ".example.org".
+std::string DistinguishedNameOf(const std::string& domain) {
+    std::string result;
+    std::string_view rest = domain;
+    while (!rest.empty()) {
+        const std::size_t dot = rest.find('.');
+        const std::string_view label = rest.substr(0, dot);
+        rest.remove_prefix(dot == std::string_view::npos ? rest.size() : dot + 1);
+        if (label.empty()) continue;
+        if (!result.empty()) result += ',';
+        result.append("dc=").append(label);
+    }
+    return result;
+}
+
+using Kind = ZETParameterKind;
+
+constexpr bool kMayBeEmpty = true;
+constexpr bool kHasAValue = false;
+constexpr bool kForTemplates = true;
+constexpr bool kForTheProduct = false;
+constexpr char kYesNo[] = "yes no";
+
+constexpr ParameterEntry kTable[] = {
+    {kDomain, Kind::DomainName, "", nullptr, kMayBeEmpty, kForTemplates,
+     "The DNS domain. A leading \".\" is dropped where it would be wrong."},
+    {"DOMAIN_DN", Kind::LdapName, "", &DistinguishedNameOf, kMayBeEmpty, kForTemplates,
+     "The LDAP name of the domain."},
+    {"MINIMUM_UID", Kind::Number, "10000", nullptr, kMayBeEmpty, kForTemplates,
+     "The first user number of the domain."},
+    {"NETWORK_FS_TYPE", Kind::OneOf, "nfs4", nullptr, kMayBeEmpty, kForTheProduct,
+     "The type of the network file system; empty where there is none.",
+     "nfs4 nfs cifs smb3 afs ceph glusterfs"},
+    {"REALM", Kind::Realm, "", &RealmOf, kMayBeEmpty, kForTemplates, "The Kerberos realm."},
+    {kServer, Kind::HostName, "", nullptr, kMayBeEmpty, kForTemplates,
+     "The host name of the domain's server."},
+    {"SERVER_EXPORT_DIR", Kind::AbsolutePath, "/srv/zet", nullptr, kMayBeEmpty, kForTemplates,
+     "The directory that the server exports."},
+    {"SERVER_ID", Kind::Number, "1", nullptr, kMayBeEmpty, kForTemplates, "The number of the server."},
+    {kServiceDiscovery, Kind::YesNo, "no", nullptr, kHasAValue, kForTheProduct,
+     "Whether files name the domain's services by their DNS service names instead of the server.", kYesNo},
+    {"TICKET_MAX_LIFE", Kind::Duration, "10h 0m 0s", nullptr, kMayBeEmpty, kForTemplates,
+     "How long tickets last."},
+    {"TICKET_MAX_RENEWABLE_LIFE", Kind::Duration, "7d 0h 0m 0s", nullptr, kMayBeEmpty, kForTemplates,
+     "How long tickets may be renewed."},
+    {"VALID_GROUP_NAMES", Kind::RegularExpression, "^[a-z_][a-z0-9_-]*$", nullptr, kMayBeEmpty, kForTemplates,
+     "What the names of groups have to match."},
+    {"VALID_USER_NAMES", Kind::RegularExpression, "^[a-z_][a-z0-9_-]*$", nullptr, kMayBeEmpty, kForTemplates,
+     "What the names of users have to match."},
+    {kConfigFile, Kind::AbsolutePath, "", nullptr, kMayBeEmpty, kForTheProduct,
+     "This file, whatever a line in it says."},
+    {"ZET_CFG_DIR", Kind::AbsolutePath, "/etc/zet", nullptr, kHasAValue, kForTheProduct,
+     "The directory of the working copies of the templates."},
+    {"ZET_CFG_TEMPL_DIR", Kind::AbsolutePath, "/usr/share/zet/templates", nullptr, kHasAValue, kForTheProduct,
+     "The directory of the pristine templates and their list."},
+    {"ZET_LANG", Kind::Locale, "C", nullptr, kMayBeEmpty, kForTheProduct,
+     "The language of texts that are written into files, whoever runs the command; empty is C."},
+    {kSync, Kind::YesNo, "yes", nullptr, kHasAValue, kForTheProduct,
+     "Whether what is written is on the disk before it takes its name.", kYesNo},
+    {"ZET_VAR_LIB_DIR", Kind::AbsolutePath, "/var/lib/zet", nullptr, kHasAValue, kForTheProduct,
+     "The directory of the status files."},
+};
+
+std::vector<std::string> SplitWords(const char* words) {
+    std::istringstream stream(words);
+    return {std::istream_iterator<std::string>(stream), std::istream_iterator<std::string>()};
+}
+
+}  // namespace
+
+std::span<const ParameterEntry> ParameterTable() {
+    return kTable;
+}
+
+const ParameterEntry* FindParameter(std::string_view name) {
+    for (const ParameterEntry& each : kTable)
+        if (name == each.name) return &each;
+    return nullptr;
+}
+
+std::string DefaultValue(const ParameterEntry& entry, const std::string& domain) {
+    return entry.derive != nullptr ? entry.derive(domain) : entry.value;
+}
+
+ZETParameter Described(const ParameterEntry& entry) {
+    ZETParameter parameter;
+    parameter.name = entry.name;
+    parameter.kind = entry.kind;
+    parameter.words = SplitWords(entry.words);
+    parameter.kindName = NameOfKind(parameter);
+    parameter.value = entry.value;
+    parameter.source = entry.derive != nullptr ? kDomain : "";
+    parameter.text = entry.text;
+    parameter.mayBeEmpty = entry.mayBeEmpty;
+    return parameter;
+}
+
+std::vector<ZETParameter> KnownParameters() {
+    std::vector<ZETParameter> known;
+    for (const ParameterEntry& each : kTable)
+        known.push_back(Described(each));
+    return known;
+}
+
+}  // namespace ZET
