@@ -18,10 +18,10 @@ inline constexpr char kSync[] = "ZET_SYNC";
 struct ParameterEntry {
     const char* name;
     ZETParameterKind kind;
-    const char* value;  ///< by default
-    std::string (*derive)(const std::string& domain);
     bool mayBeEmpty;
     bool isForTemplates;  ///< what the product itself goes by is none of them
+    const char* value;    ///< by default
+    std::string (*derive)(const std::string& domain);
     const char* text;
     const char* words = "";  ///< to choose from, divided by blanks
 };

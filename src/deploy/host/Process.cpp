@@ -4,7 +4,7 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/ioctl.h>
-#include <sys/syscall.h>
+#include <sys/syscall.h>  // IWYU pragma: keep, it would name another header of the same numbers
 #include <sys/wait.h>
 #include <unistd.h>
 

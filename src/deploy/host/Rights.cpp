@@ -3,7 +3,7 @@
 #include <grp.h>
 #include <pwd.h>
 #include <sys/fsuid.h>
-#include <sys/syscall.h>
+#include <sys/syscall.h>  // IWYU pragma: keep, it would name another header of the same numbers
 #include <unistd.h>
 
 #include <cerrno>
