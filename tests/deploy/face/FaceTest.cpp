@@ -1,0 +1,199 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "zet/deploy/Commit.h"
+#include "zet/deploy/Doctor.h"
+#include "zet/deploy/Edit.h"
+#include "zet/deploy/Explain.h"
+#include "zet/deploy/Rollback.h"
+#include "zet/deploy/Status.h"
+#include "zet/deploy/Targets.h"
+#include "zet/deploy/TemplateCheck.h"
+#include "zet/deploy/Values.h"
+
+namespace ZET::Deploy {
+namespace {
+
+namespace fs = std::filesystem;
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Pair;
+using testing::SizeIs;
+using Result = FileOutcome::Result;
+
+void Write(const std::string& path, const std::string& text) {
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+std::string Read(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// Counts what it is told, and may want no more.
+class Watcher : public Observer {
+  public:
+    void Done(const FileOutcome&) override { ++done; }
+    bool IsCancelled() override { return done >= most; }
+
+    int done = 0;
+    int most = 100;
+};
+
+/// A host with two templates and their targets, and a file that is nobody's.
+class FaceTest : public testing::Test {
+  protected:
+    FaceTest() {
+        std::string name = testing::TempDir() + "zet-face.XXXXXX";
+        m_directory = fs::canonical(mkdtemp(name.data())).string();
+        for (const char* directory : {"etc", "templates", "state", "out"})
+            fs::create_directory(At(directory));
+        Write(At("zet.conf"),
+              "DOMAIN=example.org\nSERVER=server.example.org\nZET_SYNC=no\nZET_CFG_DIR=" + At("etc") +
+                  "\nZET_CFG_TEMPL_DIR=" + At("templates") + "\nZET_VAR_LIB_DIR=" + At("state") + "\n");
+        Write(At("templates/one"), "realm ${realm}\n");
+        Write(At("templates/two"), "two\n");
+        Write(At("templates/targets.toml"), "[templates.\"one\"]\ntarget = \"" + At("out/one") +
+                                                "\"\nroles = \"both\"\nrestart = [\"daemon\"]\n"
+                                                "[templates.\"two\"]\ntarget = \"" +
+                                                At("out/two") + "\"\nroles = \"client\"\n");
+        Write(At("file"), "a=1\nb=2\n");
+        m_options.moduleFile = ZET_MODULE;
+    }
+
+    ~FaceTest() override { fs::remove_all(m_directory); }
+
+    std::string At(const std::string& name) const { return m_directory + "/" + name; }
+
+    std::string m_directory;
+    Options m_options;
+};
+
+TEST_F(FaceTest, HostIsPlannedCommittedAndTakenBack) {
+    Write(At("out/one"), "old\n");
+    Watcher watcher;
+    Product product(At("zet.conf"), m_options, &watcher);
+    EXPECT_THAT(Values(product), Contains(Pair("${realm}", "EXAMPLE.ORG")));
+    ASSERT_THAT(ListTargets(product), SizeIs(2));
+    EXPECT_THAT(CheckTemplates(product), IsEmpty());
+    EXPECT_EQ(StatusOf(product).targets.targets.front().state, "not committed");
+    {
+        Plan plan = MakePlan(product);
+        ASSERT_THAT(plan.Problems(), IsEmpty());
+        ASSERT_THAT(plan.Files(), SizeIs(2));
+        EXPECT_EQ(plan.Files()[0].result, Result::Changed);
+        EXPECT_EQ(plan.Files()[1].result, Result::Created);
+        EXPECT_THAT(plan.Restarts(), ElementsAre("daemon"));
+        EXPECT_EQ(Read(At("out/one")), "old\n");
+        const Outcome outcome = Commit(product, plan);
+        ASSERT_THAT(outcome.files, SizeIs(2));
+        EXPECT_EQ(outcome.files[0].reserve, At("out/one.before_zet"));
+        EXPECT_THAT(outcome.restarts, ElementsAre("daemon"));
+        EXPECT_EQ(watcher.done, 2);
+    }
+    EXPECT_THAT(Read(At("out/one")), HasSubstr("realm EXAMPLE.ORG\n"));
+    EXPECT_TRUE(StatusOf(product).targets.IsInSync());
+    EXPECT_FALSE(StatusOf(product).role.commitTime.empty());
+    EXPECT_EQ(Explain(product, At("out/one")).templateName, "one");
+
+    const Outcome undone = RollBack(product);
+    EXPECT_TRUE(undone.isComplete);
+    ASSERT_THAT(undone.files, SizeIs(2));
+    EXPECT_EQ(undone.files[1].result, Result::Removed);
+    EXPECT_EQ(Read(At("out/one")), "old\n");
+    EXPECT_FALSE(fs::exists(At("out/two")));
+}
+
+TEST_F(FaceTest, PlanOfADryRunWritesNothingWhenItIsCommitted) {
+    m_options.dryRun = true;
+    Product product(At("zet.conf"), m_options);
+    Plan plan = MakePlan(product, {"two"});
+    ASSERT_THAT(Commit(product, plan).files, SizeIs(1));
+    EXPECT_TRUE(fs::is_empty(At("out")));
+    EXPECT_TRUE(fs::is_empty(At("state")));
+}
+
+TEST_F(FaceTest, PlanWithProblemsCannotBeCommitted) {
+    Write(At("templates/two"), "${nobody}\n");
+    Product product(At("zet.conf"), m_options);
+    Plan plan = MakePlan(product);
+    ASSERT_THAT(plan.Problems(), SizeIs(1));
+    EXPECT_EQ(plan.Problems()[0].line, 1);
+    EXPECT_THAT(plan.Files(), IsEmpty());
+    EXPECT_THROW(Commit(product, plan), Failure);
+    EXPECT_TRUE(fs::is_empty(At("out")));
+}
+
+TEST_F(FaceTest, ObserverEndsACommitBetweenTwoFilesAndAnotherOneCompletesIt) {
+    Product product(At("zet.conf"), m_options);
+    Watcher watcher;
+    watcher.most = 1;
+    {
+        Plan plan = MakePlan(product);
+        EXPECT_THROW(Commit(product, plan, &watcher), Interrupted);
+    }
+    EXPECT_TRUE(fs::exists(At("out/one")));
+    EXPECT_FALSE(fs::exists(At("out/two")));
+    Plan plan = MakePlan(product);
+    Commit(product, plan);
+    EXPECT_TRUE(fs::exists(At("out/two")));
+}
+
+TEST_F(FaceTest, TemplateThatTheModuleWouldNeverReturnFromIsTold) {
+    const StringMap values = {{"${a}", "x${a}"}};
+    ASSERT_THAT(CheckTemplate(values, "one\n${a}\n", "t"), SizeIs(1));
+    EXPECT_EQ(CheckTemplate(values, "one\n${a}\n", "t")[0].line, 2);
+    EXPECT_THAT(CheckTemplate(values, "one\n"), IsEmpty());
+}
+
+TEST_F(FaceTest, LinesOfAnyFileAreReadSetAndBroughtBack) {
+    m_options.needsConfigFile = false;
+    Product product(At("zet.conf"), m_options);
+    EXPECT_EQ(GetParam(product, At("file"), "a"), "1");
+    EXPECT_EQ(GetParam(product, At("file"), "c"), std::nullopt);
+    EXPECT_EQ(SetParam(product, At("file"), "a", "3").result, Result::Changed);
+    EXPECT_EQ(GetParam(product, At("file"), "a"), "3");
+    EXPECT_EQ(GetLine(product, At("file"), "^b"), "b=2");
+    EXPECT_EQ(SetLine(product, At("file"), "^b", "b=4").result, Result::Changed);
+    EXPECT_EQ(RestoreParam(product, At("file"), "a", {.allBlocks = true}).result, Result::Changed);
+    EXPECT_THAT(Read(At("file")), HasSubstr("a=1\n"));
+    EXPECT_EQ(RestoreFile(product, At("file")).result, Result::Restored);
+    EXPECT_EQ(Read(At("file")), "a=1\nb=2\n");
+    EXPECT_EQ(ReserveFile(product, At("file")).result, Result::Reserved);
+    EXPECT_EQ(ForgetReserve(product, At("file")).result, Result::Forgotten);
+    EXPECT_EQ(StripFile(product, At("file")).result, Result::Unchanged);
+    EXPECT_THROW(SetParam(product, At("missing"), "a", "1"), Failure);
+    EXPECT_THROW(SetParam(product, At("file"), "", "1"), UsageError);
+}
+
+TEST_F(FaceTest, OptionIsSetInTheMainFile) {
+    Product product(At("zet.conf"), m_options);
+    EXPECT_EQ(SetOption(product, "SERVER_ID", "7").result, Result::Changed);
+    EXPECT_EQ(GetOption(product, "SERVER_ID"), "7");
+    EXPECT_EQ(GetOption(product, "NOBODY"), std::nullopt);
+}
+
+TEST_F(FaceTest, DamagedMarkersAreToldWithARepair) {
+    Write(At("file"), "# ---ZET_BEGIN---\na=1\n# ----ZET_END----\n# ----ZET_END----\n");
+    Product product(At("zet.conf"), m_options);
+    const Diagnosis diagnosis = Diagnose(product, At("file"));
+    ASSERT_THAT(diagnosis.problems, SizeIs(1));
+    EXPECT_EQ(diagnosis.problems[0].line, 4U);
+    EXPECT_THROW(SetParam(product, At("file"), "a", "2"), Failure);
+}
+
+TEST_F(FaceTest, MainFileThatIsMissingIsAnError) {
+    EXPECT_THROW(Product(At("missing.conf"), m_options), std::exception);
+}
+
+}  // namespace
+}  // namespace ZET::Deploy
