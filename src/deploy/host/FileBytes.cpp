@@ -165,9 +165,9 @@ void ReadChunks(const std::string& path, const std::function<void(std::string_vi
         }
         const std::size_t end = block.rfind('\n') + 1;
         if (end > 0) take(std::string_view(block).substr(0, end));
-        block.erase(0, end);
-        begun = block.size();
-        block.resize(std::max(kBlock, begun * 2));
+        begun = block.size() - end;
+        std::copy(block.begin() + static_cast<std::ptrdiff_t>(end), block.end(), block.begin());
+        if (begun > block.size() / 2) block.resize(begun * 2);
     }
 }
 
