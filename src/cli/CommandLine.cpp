@@ -6,6 +6,7 @@
 #include <set>
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 #include "cli/ExitStatus.h"
 #include "cli/Report.h"
@@ -269,6 +270,9 @@ std::optional<Call> ParseCommandLine(const std::string& program, int count, char
     grammar.AddCommands({arguments + std::min(count, 1), arguments + count});
     CLI::App& app = grammar.App();
     GlobalOptions& options = grammar.Asked().options;
+    // The library cannot be asked whether an option was given without ending the program where memory is
+    // short.
+    std::string usualFile = std::exchange(options.configFile, "");
     try {
         app.parse(count, arguments);
     } catch (const CLI::ParseError& error) {
@@ -282,7 +286,8 @@ std::optional<Call> ParseCommandLine(const std::string& program, int count, char
         }
         return std::nullopt;
     }
-    options.isConfigFileNamed = app.count("--config") != 0;
+    options.isConfigFileNamed = !options.configFile.empty();
+    if (!options.isConfigFileNamed) options.configFile = std::move(usualFile);
     return std::move(grammar.Asked());
 }
 
