@@ -29,9 +29,6 @@ class FileEdit {
     /// The real file, links followed.
     const std::string& Path() const { return m_path; }
 
-    /// As the caller wrote it.
-    const std::string& Named() const { return m_file; }
-
     FileOutcome LeaveUnchanged(const std::string& remark = "") const;
     FileOutcome Make(const Operation& operation, bool noBackup, const Inspection& inspection = nullptr);
 

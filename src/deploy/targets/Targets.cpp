@@ -54,13 +54,4 @@ std::vector<Target> SelectTargets(HostProduct& product, const std::vector<std::s
     return SelectTargets(product, list, templateNames);
 }
 
-const Target* FindTargetByPath(HostProduct& product, const std::vector<Target>& targets,
-                               const std::string& path) {
-    const std::string file = product.HostPaths().Canonical(path);
-    const auto found = std::find_if(targets.begin(), targets.end(), [&](const Target& target) {
-        return !target.path.empty() && product.HostPaths().Canonical(target.path) == file;
-    });
-    return found == targets.end() ? nullptr : &*found;
-}
-
 }  // namespace ZET::Deploy

@@ -53,10 +53,6 @@ std::vector<Target> SelectTargets(HostProduct& product, const TargetList& list,
 /// The same of the list in its place; a broken one is a `Failure` with all its problems.
 std::vector<Target> SelectTargets(HostProduct& product, const std::vector<std::string>& templateNames);
 
-/// The target whose file is `path`, links followed; null when none is.
-const Target* FindTargetByPath(HostProduct& product, const std::vector<Target>& targets,
-                               const std::string& path);
-
 }  // namespace ZET::Deploy
 
 #endif
