@@ -46,7 +46,7 @@ class Grammar {
 
     explicit Grammar(const std::string& program)
         : m_app("Write, edit and take back the configuration files of this host, a " +
-                    std::string(RoleOf(program)) + " of a network domain",
+                    std::string(NameOf(RoleOf(program))) + " of a network domain",
                 program) {
         m_call.options.program = program;
         m_call.options.role = RoleOf(program);
@@ -71,8 +71,8 @@ class Grammar {
     Call& Asked() { return m_call; }
 
   private:
-    static const char* RoleOf(const std::string& program) {
-        return program == "zet-init" ? "server" : "client";
+    static Role RoleOf(const std::string& program) {
+        return program == "zet-init" ? Role::Server : Role::Client;
     }
 
     /// A help lists all commands. Its letter may stand in a group of them.

@@ -54,7 +54,7 @@ void AddFile(Session& session, const char* list, const FileOutcome& outcome, con
 
 void BeginTargets(Session& session, Session::FileTeller teller) {
     session.TellFilesBy(teller);
-    session.Out().Set("role", session.Asked().role);
+    session.Out().Set("role", NameOf(session.Asked().role));
     session.Out().Set("dry_run", session.Asked().dryRun);
     session.Out().Set("entry", nullptr);
     session.Out().AddList("targets");

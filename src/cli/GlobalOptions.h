@@ -3,13 +3,15 @@
 
 #include <string>
 
+#include "zet/deploy/Role.h"
+
 namespace ZET::Cli {
 
 /// What every command may be told, and which one it is.
 struct GlobalOptions {
-    std::string program;  ///< "zet-init" or "zet-client"
-    std::string role;     ///< "server" or "client", by the name of the program
-    std::string command;  ///< its words, "param set"
+    std::string program;                       ///< "zet-init" or "zet-client"
+    Deploy::Role role = Deploy::Role::Client;  ///< by the name of the program
+    std::string command;                       ///< its words, "param set"
 
     std::string configFile = "/etc/zet/zet.conf";
     bool isConfigFileNamed = false;  ///< by the caller

@@ -17,6 +17,7 @@
 #include "deploy/host/Staging.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
+#include "posix/PathNames.h"
 #include "zet/ZETErrors.h"
 
 namespace ZET::Cli {

@@ -16,6 +16,7 @@
 #include "PathArgument.h"
 #include "Sync.h"
 #include "posix/Descriptor.h"
+#include "posix/PathNames.h"
 #include "posix/ReadWrite.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -49,8 +50,7 @@ bool CopyBytes(int from, int to) {
 /// The name of a copy for `to` up to its letters; a name that leaves no room for them is cut.
 std::string CopyStem(const std::string& to) {
     constexpr std::size_t kLongest = NAME_MAX - 1 - kLetters - kSuffixSize;
-    const std::size_t start = to.rfind('/') + 1;
-    return to.substr(0, start) + to.substr(start, kLongest) + ".";
+    return PartBeforeName(to) + BaseNameOf(to).substr(0, kLongest) + ".";
 }
 
 bool IsLetterOrDigit(char c) {

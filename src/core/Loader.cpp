@@ -18,6 +18,7 @@
 
 #include "Message.h"
 #include "posix/Descriptor.h"
+#include "posix/PathNames.h"
 #include "posix/Printable.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETLogProvider.h"
@@ -65,7 +66,7 @@ void CheckFile(const std::string& path) {
     if (::geteuid() != 0) return;
     if (IsWritableByOthers(status))
         RefuseModule(path, Message("others than root may write the file, and root runs it"), "");
-    const std::string directory = path.substr(0, std::max<std::size_t>(path.rfind('/'), 1));
+    const std::string directory = DirectoryOf(path);
     if (::stat(directory.c_str(), &status) != 0) RefuseModule(path, Message("%m"), "");
     if (IsWritableByOthers(status))
         RefuseModule(path, Message("others than root may write its directory, and root runs it"), "");
@@ -172,7 +173,7 @@ void* LoadedModule::EntryPoint(const char* name) const {
 
 /// The domain of a module's messages has the name of its library, and its record is translated already.
 void LoadedModule::BindCatalogue() const {
-    const std::string file = m_path.substr(m_path.rfind('/') + 1);
+    const std::string file = BaseNameOf(m_path);
     ::bindtextdomain(file.substr(0, file.find(".so")).c_str(), ZET_LOCALE_DIR);
 }
 

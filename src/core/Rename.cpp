@@ -12,6 +12,7 @@
 #include "PathArgument.h"
 #include "Sync.h"
 #include "posix/Descriptor.h"
+#include "posix/PathNames.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 #include "zet/ZETHost.h"
@@ -38,7 +39,7 @@ class Renaming {
         if (::fstat(m_file.descriptor.Number(), &m_file.status) != 0) Refuse();
         const ParentDirectory target(m_to);
         std::optional<ParentDirectory> source;
-        if (ParentOf(m_file.path) != ParentOf(m_to)) source.emplace(m_file.path);
+        if (DirectoryOf(m_file.path) != DirectoryOf(m_to)) source.emplace(m_file.path);
         // For its readers, a file with a new text stays the file that it was.
         if (isNewText && !TakeOverFrom(m_to)) TakeOverFrom(m_to + ZETReserveSuffix);
         if (S_ISREG(m_file.status.st_mode)) SyncAttributedFile(m_file);

@@ -7,6 +7,7 @@
 #include <cerrno>
 
 #include "Message.h"
+#include "posix/PathNames.h"
 
 namespace ZET {
 
@@ -49,13 +50,7 @@ void SyncFile(const Descriptor& file, const std::string& path) {
         Fail("Failed to sync file '%s': %m.", path.c_str());
 }
 
-std::string ParentOf(const std::string& path) {
-    const std::string::size_type slash = path.rfind('/');
-    if (slash == std::string::npos) return ".";
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
-
-ParentDirectory::ParentDirectory(const std::string& path) : m_path(ParentOf(path)) {
+ParentDirectory::ParentDirectory(const std::string& path) : m_path(DirectoryOf(path)) {
     if (!IsSyncing()) return;
     m_descriptor.Reset(::open(m_path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!m_descriptor.IsOpen() && errno != EACCES) Fail("Failed to open directory '%s': %m.", m_path.c_str());

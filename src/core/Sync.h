@@ -29,8 +29,6 @@ class SyncVote {
 /// opened cannot be synced by itself: then everything is.
 void SyncFile(const Descriptor& file, const std::string& path);
 
-std::string ParentOf(const std::string& path);
-
 /// The directory in which a path stands. It is opened before the change, so that as little as possible can
 /// fail after it.
 class ParentDirectory {

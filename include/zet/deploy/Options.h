@@ -3,15 +3,17 @@
 
 #include <string>
 
+#include "zet/deploy/Role.h"
+
 namespace ZET::Deploy {
 
 /// How the product is to be used on this host.
 struct Options {
-    std::string role = "client";  ///< "server" or "client"
-    bool needsConfigFile = true;  ///< false: where the main file is not there, the defaults serve
+    Role role = Role::Client;
+    bool needsConfigFile = true;   ///< false: where the main file is not there, the defaults serve
     bool mendsParameters = false;  ///< where a parameter names no directory, its default serves meanwhile
-    std::string root;             ///< of a host tree that is worked on from outside; empty: this host itself
-    std::string moduleFile;       ///< empty: the one that was installed with the library
+    std::string root;              ///< of a host tree that is worked on from outside; empty: this host itself
+    std::string moduleFile;        ///< empty: the one that was installed with the library
     std::string program = "zet-client";  ///< for messages that name a command
     std::string command;                 ///< told to whoever waits for the lock: "commit-config"
     bool dryRun = false;                 ///< nothing is written

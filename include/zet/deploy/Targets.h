@@ -1,11 +1,13 @@
 #ifndef ZET_DEPLOY_TARGETS_H
 #define ZET_DEPLOY_TARGETS_H
 
+#include <set>
 #include <string>
 #include <vector>
 
 #include "zet/ZETApi.h"
 #include "zet/deploy/Product.h"
+#include "zet/deploy/Role.h"
 
 namespace ZET::Deploy {
 
@@ -13,8 +15,7 @@ namespace ZET::Deploy {
 struct ListedTarget {
     std::string templateName;
     std::string path;  ///< as the list has it
-    bool forServer = false;
-    bool forClient = false;
+    std::set<Role> roles;
     bool isSecret = false;  ///< its text is never shown
     int line = 0;           ///< of its entry in the list
 };

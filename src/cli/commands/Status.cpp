@@ -18,11 +18,11 @@ struct StatusOptions {
 constexpr char kInSync[] = "in sync";
 
 bool IsClient(const Session& session) {
-    return session.Asked().role == "client";
+    return session.Asked().role == Role::Client;
 }
 
 void BeginStatus(Session& session) {
-    session.Out().Set("role", session.Asked().role);
+    session.Out().Set("role", NameOf(session.Asked().role));
     session.Out().Set("commit_time", nullptr);
     session.Out().Set("file_server", nullptr);
     session.Out().AddList("targets");
@@ -30,7 +30,7 @@ void BeginStatus(Session& session) {
 
 void TellRole(Session& session, const RoleStatus& status) {
     Report& report = session.Out();
-    report.Line("role: " + session.Asked().role);
+    report.Line(std::string("role: ") + NameOf(session.Asked().role));
     report.Line("committed: " + (status.commitTime.empty() ? "never" : status.commitTime));
     if (!status.commitTime.empty()) report.Set("commit_time", status.commitTime);
     if (!IsClient(session)) return;

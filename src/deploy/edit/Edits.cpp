@@ -28,14 +28,14 @@ const Target* CommittedTarget(Deployment& product, const std::string& path) {
 }  // namespace
 
 std::shared_ptr<IZETConfigFile> OpenedFile(Deployment& product, const std::string& path, bool noMarkers) {
-    auto file = product.Config().OpenConfigFile(path, product.Role(), noMarkers);
+    auto file = product.Config().OpenConfigFile(path, NameOf(product.Role()), noMarkers);
     if (!file) throw Failure(path + ": cannot be read any more (run the command again)");
     return file;
 }
 
-std::string FileToRead(Deployment& product, const std::string& file) {
+std::string FileToRead(const Host& host, const std::string& file) {
     if (file.empty()) throw UsageError("FILE is empty (name a file)");
-    std::string path = product.FilePath(file);
+    std::string path = host.FilePath(file);
     RequireReadableFile(path);
     return path;
 }

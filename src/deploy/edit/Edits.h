@@ -19,7 +19,7 @@ namespace ZET::Deploy {
 std::shared_ptr<IZETConfigFile> OpenedFile(Deployment& product, const std::string& path, bool noMarkers);
 
 /// The caller's FILE to look something up or to edit it in: the real file, checked to be readable.
-std::string FileToRead(Deployment& product, const std::string& file);
+std::string FileToRead(const Host& host, const std::string& file);
 
 /// A `Failure` with the remedy for a target that a commit recorded and would overwrite, unless the caller
 /// wants it edited all the same.

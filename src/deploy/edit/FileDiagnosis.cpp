@@ -37,7 +37,7 @@ FileDiagnosis DiagnoseFile(Deployment& product, const std::string& file) {
     FileDiagnosis result;
     result.path = FileToRead(product, file);
     const std::string bytes = ReadFileBytes(result.path);
-    const NoticeTexts noticeTexts = WrittenNoticeTexts(product);
+    const NoticeTexts noticeTexts = WrittenNoticeTexts(product.Core());
     const FileOrigin origin = FindOrigin(product, file, ManagedText(bytes), noticeTexts);
     result.isPrivate = origin.isPrivate;
     const bool hasCarriageReturns = bytes.find('\r') != std::string::npos;

@@ -7,6 +7,7 @@
 #include "deploy/host/Staging.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/targets/ShownDiff.h"
+#include "posix/PathNames.h"
 
 namespace ZET::Deploy {
 

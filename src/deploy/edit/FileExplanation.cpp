@@ -22,7 +22,7 @@ FileExplanation ExplainFile(Deployment& product, const std::string& file) {
     result.text = std::make_unique<const std::string>(ReadFileBytes(result.path));
     const ManagedText text(*result.text);
     result.lineCount = text.LineCount();
-    result.origin = FindOrigin(product, file, text, WrittenNoticeTexts(product));
+    result.origin = FindOrigin(product, file, text, WrittenNoticeTexts(product.Core()));
     result.isHidden = product.HostSecrets().Hides(result.path);
     result.reserve = ReserveOf(result.path);
     result.hadNoFile = result.reserve.empty() && IsFileExist(result.path + ZETAbsenceSuffix);

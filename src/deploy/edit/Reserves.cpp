@@ -40,9 +40,9 @@ struct ReserveWork {
         outcome.reserve = hasReserve ? reserve : "";
     }
 
-    static std::string ResolvedFile(const HostProduct& product, const std::string& file) {
+    static std::string ResolvedFile(const Host& host, const std::string& file) {
         if (file.empty()) throw UsageError("FILE is empty (name a file)");
-        return product.FilePath(file);
+        return host.FilePath(file);
     }
 
     bool IsDryRun() const { return product.Wanted().dryRun; }

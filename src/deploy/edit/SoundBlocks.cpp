@@ -10,35 +10,35 @@ namespace ZET::Deploy {
 
 namespace {
 
-TextToEdit WithoutDamage(HostProduct& product, const FileToLookAt& file, LookAtText& look,
+TextToEdit WithoutDamage(Host& host, const FileToLookAt& file, LookAtText& look,
                          const std::function<std::string()>& whole) {
     const auto damage = look.Damage(whole);
     if (!damage) return look.Found();
     throw Failure(file.path + ":" + std::to_string(damage->line) + ": " + damage->text + " (\"" +
-                  product.Wanted().program + " doctor " + file.named + "\" tells a repair)");
+                  host.Wanted().program + " doctor " + file.named + "\" tells a repair)");
 }
 
-TextToEdit LookAtFile(HostProduct& product, const FileToLookAt& file, const NoticeTexts* noticeTexts) {
+TextToEdit LookAtFile(Host& host, const FileToLookAt& file, const NoticeTexts* noticeTexts) {
     LookAtText look(noticeTexts);
     ReadChunks(file.path, [&](std::string_view lines) { look.Take(lines); });
-    return WithoutDamage(product, file, look, [&] { return ReadFileBytes(file.path); });
+    return WithoutDamage(host, file, look, [&] { return ReadFileBytes(file.path); });
 }
 
 }  // namespace
 
-TextToEdit LookAtBlocks(HostProduct& product, const FileToLookAt& file) {
-    return LookAtFile(product, file, nullptr);
+TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file) {
+    return LookAtFile(host, file, nullptr);
 }
 
-TextToEdit LookAtBlocks(HostProduct& product, const FileToLookAt& file, const std::string& text) {
+TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const std::string& text) {
     LookAtText look(nullptr);
     look.Take(text);
-    return WithoutDamage(product, file, look, [&] { return text; });
+    return WithoutDamage(host, file, look, [&] { return text; });
 }
 
-TextToEdit LookAtRegions(HostProduct& product, const FileToLookAt& file) {
-    const NoticeTexts noticeTexts = WrittenNoticeTexts(product);
-    return LookAtFile(product, file, &noticeTexts);
+TextToEdit LookAtRegions(Host& host, const FileToLookAt& file) {
+    const NoticeTexts noticeTexts = WrittenNoticeTexts(host.Core());
+    return LookAtFile(host, file, &noticeTexts);
 }
 
 }  // namespace ZET::Deploy

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "deploy/state/HostProduct.h"
+#include "deploy/state/Host.h"
 #include "text/repair/TextToEdit.h"
 
 /// What every edit in place asks first: the module takes lines for the system's by the markers around them,
@@ -17,11 +17,11 @@ struct FileToLookAt {
 };
 
 /// Damage of the file's blocks is a `Failure`. With `text`, the file is not read again.
-TextToEdit LookAtBlocks(HostProduct& product, const FileToLookAt& file);
-TextToEdit LookAtBlocks(HostProduct& product, const FileToLookAt& file, const std::string& text);
+TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file);
+TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const std::string& text);
 
 /// The same for an edit that takes the notices out, too; it does not ask how the lines end.
-TextToEdit LookAtRegions(HostProduct& product, const FileToLookAt& file);
+TextToEdit LookAtRegions(Host& host, const FileToLookAt& file);
 
 }  // namespace ZET::Deploy
 

@@ -23,8 +23,7 @@ StringMap Values(Product& product) {
 std::vector<ListedTarget> ListTargets(Product& product) {
     std::vector<ListedTarget> listed;
     for (const Target& target : SelectTargets(DeploymentOf(product), {})) {
-        listed.push_back({target.templateName, target.path, target.forServer, target.forClient,
-                          target.isSecret, target.line});
+        listed.push_back({target.templateName, target.path, target.roles, target.isSecret, target.line});
     }
     return listed;
 }

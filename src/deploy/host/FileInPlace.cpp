@@ -11,6 +11,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Paths.h"
+#include "posix/PathNames.h"
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
@@ -23,10 +24,6 @@ constexpr char kHere[] = "././";
 /// The directory in which relative names are looked up is the process's, unless a thread has one of its own.
 bool HasDirectoryOfItsOwn() {
     return __libc_single_threaded != 0 || unshare(CLONE_FS) == 0;
-}
-
-std::string PartBeforeName(const std::string& path) {
-    return path.substr(0, path.rfind('/') + 1);
 }
 
 void ReplaceAll(std::string& text, const std::string& former, const std::string& present) {

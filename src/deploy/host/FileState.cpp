@@ -11,6 +11,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Paths.h"
+#include "posix/PathNames.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {

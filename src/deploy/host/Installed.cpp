@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "deploy/host/Failure.h"
+#include "posix/PathNames.h"
 
 namespace ZET::Deploy {
 
@@ -19,13 +20,13 @@ std::string OwnModule() {
         throw Failure("the library cannot find its own place (name the module)");
     std::error_code error;
     // A program is named as it was started, if the library is a part of it.
-    const std::filesystem::path place = own.dli_fname;
-    const bool isLibrary = place.filename().string().starts_with("libzet-deploy.so");
-    const std::filesystem::path file =
-        isLibrary ? place : std::filesystem::read_symlink("/proc/self/exe", error);
+    const std::string place = own.dli_fname;
+    const bool isLibrary = BaseNameOf(place).starts_with("libzet-deploy.so");
+    const std::string file =
+        isLibrary ? place : std::filesystem::read_symlink("/proc/self/exe", error).string();
     if (error) throw Failure("the program cannot find its own place (name the module with --module)");
-    const std::filesystem::path way = isLibrary ? ZET_WAY_FROM_LIBRARY : ZET_WAY_FROM_PROGRAM;
-    return (std::filesystem::absolute(file).parent_path() / way).lexically_normal();
+    const char* const way = isLibrary ? ZET_WAY_FROM_LIBRARY : ZET_WAY_FROM_PROGRAM;
+    return Normalised(PathIn(DirectoryOf(std::filesystem::absolute(file).string()), way));
 }
 
 }  // namespace ZET::Deploy

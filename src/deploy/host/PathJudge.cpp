@@ -7,13 +7,11 @@
 #include <algorithm>
 #include <utility>
 
+#include "posix/PathNames.h"
+
 namespace ZET::Deploy {
 
 namespace {
-
-std::string Joined(const std::string& directory, const std::string& name) {
-    return (directory == "/" ? "" : directory) + "/" + name;
-}
 
 bool IsSticky(const struct stat& status) {
     return (status.st_mode & S_ISVTX) != 0;
@@ -51,7 +49,7 @@ void PathJudge::RequireClosed(const Directory& directory, const std::string& ent
     if (!directory.hasOtherWriters || (!isLast && IsSticky(directory.status))) return;
     const bool isEverybody = (directory.status.st_mode & S_IWOTH) != 0;
     const std::string who = isEverybody ? "others" : "a group or others";
-    Object(directory.name, who + " may write the directory of " + Joined(directory.name, entryName),
+    Object(directory.name, who + " may write the directory of " + PathIn(directory.name, entryName),
            isEverybody ? "chmod o-w it" : "chmod g-w it");
 }
 
@@ -66,7 +64,7 @@ void PathJudge::Follow(uid_t owner, const Directory& from) {
 
 void PathJudge::RequireHoldersEntry(const Directory& from, const std::string& entryName,
                                     const struct stat* entry, bool isLast) {
-    const std::string path = Joined(from.name, entryName);
+    const std::string path = PathIn(from.name, entryName);
     if (entry == nullptr) {
         Object(path, "would be a file of root's in a directory of " + NameOfUser(*m_holder),
                WayOut(*m_holder, from.name));

@@ -11,6 +11,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "posix/PathNames.h"
 
 namespace ZET::Deploy {
 
@@ -162,8 +163,7 @@ std::shared_ptr<const HeldDirectory> PathWalk::Remember(std::shared_ptr<const He
 }
 
 std::string PathWalk::NameOf(const std::string& component) const {
-    const std::string& directory = m_walked.back()->name;
-    return (directory == "/" ? "" : directory) + "/" + component;
+    return PathIn(m_walked.back()->name, component);
 }
 
 FoundFile PathWalk::Result() const {
@@ -173,7 +173,7 @@ FoundFile PathWalk::Result() const {
     found.path = m_walked.back()->name;
     if (m_beyond.empty()) {
         found.directory = m_walked[m_walked.size() > 1 ? m_walked.size() - 2 : 0];
-        found.name = m_walked.size() > 1 ? found.path.substr(found.path.rfind('/') + 1) : ".";
+        found.name = m_walked.size() > 1 ? BaseNameOf(found.path) : ".";
         found.status = m_walked.back()->status;
         return found;
     }

@@ -11,6 +11,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "posix/PathNames.h"
 
 namespace ZET::Deploy {
 
@@ -20,7 +21,7 @@ std::string AbsolutePath(const std::string& path) {
     if (path.starts_with('/')) return path;
     const std::unique_ptr<char, decltype(&std::free)> directory(getcwd(nullptr, 0), std::free);
     if (!directory) throw Failure("the current directory cannot be found (change to one that exists)");
-    return std::string(directory.get()) + "/" + path;
+    return PathIn(directory.get(), path);
 }
 
 bool IsLink(const std::string& path) {
@@ -90,27 +91,16 @@ std::string Paths::RealName(const std::string& path) const {
 std::string Paths::WithRealDirectory(const std::string& path, PathWalk::Unseen unseen) const {
     if (HasRoot()) return path;
     const std::string directory = Walk("", unseen).To(StartOf(DirectoryOf(path))).path;
-    return (directory == "/" ? "" : directory) + "/" + BaseNameOf(path);
+    return PathIn(directory, BaseNameOf(path));
 }
 
 bool Paths::StaysInside(const std::string& path) const {
     if (!HasRoot()) return true;
-    return Walk("", PathWalk::Unseen::IsTakenAsWritten).To(path).path.starts_with(m_root + "/");
+    return IsBelow(Walk("", PathWalk::Unseen::IsTakenAsWritten).To(path).path, m_root);
 }
 
 std::string Paths::NameInside(const std::string& path) const {
-    return path.starts_with(m_root + "/") ? path.substr(m_root.size()) : path;
-}
-
-std::string DirectoryOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    if (slash == std::string::npos) return ".";
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
-
-std::string BaseNameOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? path : path.substr(slash + 1);
+    return IsBelow(path, m_root) ? path.substr(m_root.size()) : path;
 }
 
 }  // namespace ZET::Deploy

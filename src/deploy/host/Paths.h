@@ -63,9 +63,6 @@ class Paths {
     mutable HeldDirectories m_known;
 };
 
-std::string DirectoryOf(const std::string& path);
-std::string BaseNameOf(const std::string& path);
-
 }  // namespace ZET::Deploy
 
 #endif

@@ -16,6 +16,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/Paths.h"
 #include "deploy/host/StagingPlaces.h"
+#include "posix/PathNames.h"
 
 namespace ZET::Deploy {
 

@@ -20,12 +20,12 @@ std::optional<Problem> Check(const Paths& paths, const std::string& path) {
 
 }  // namespace
 
-std::optional<Problem> CheckInstruction(HostProduct& product, const std::string& path) {
-    return geteuid() == 0 ? Check(product.HostPaths(), path) : std::nullopt;
+std::optional<Problem> CheckInstruction(const Paths& paths, const std::string& path) {
+    return geteuid() == 0 ? Check(paths, path) : std::nullopt;
 }
 
-void RequireOwnInstruction(HostProduct& product, const std::string& path) {
-    const std::optional<Problem> problem = CheckInstruction(product, path);
+void RequireOwnInstruction(const Paths& paths, const std::string& path) {
+    const std::optional<Problem> problem = CheckInstruction(paths, path);
     if (problem) throw Failure(problem->Describe());
 }
 
@@ -44,7 +44,7 @@ std::optional<Problem> CheckModule(HostProduct& product) {
 void RequireOwnInstructions(HostProduct& product) {
     std::vector<std::optional<Problem>> findings = {CheckModule(product)};
     for (const char* key : {"ZET_CFG", "ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET_VAR_LIB_DIR"})
-        findings.push_back(CheckInstruction(product, product.Param(key)));
+        findings.push_back(CheckInstruction(product.HostPaths(), product.Param(key)));
     std::vector<std::string> all;
     for (const std::optional<Problem>& finding : findings) {
         if (finding) all.push_back(finding->Describe());

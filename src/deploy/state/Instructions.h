@@ -12,10 +12,10 @@ namespace ZET::Deploy {
 
 /// What is wrong with one of its files or directories, under the path that can be opened, and with the way to
 /// one that is not there yet.
-std::optional<Problem> CheckInstruction(HostProduct& product, const std::string& path);
+std::optional<Problem> CheckInstruction(const Paths& paths, const std::string& path);
 
 /// A `Failure` with it. Of one that is not there yet, the way to it is looked at.
-void RequireOwnInstruction(HostProduct& product, const std::string& path);
+void RequireOwnInstruction(const Paths& paths, const std::string& path);
 
 /// The same of the way to it alone, for what is looked at itself by whoever opens it.
 std::optional<Problem> CheckWayTo(const Paths& paths, const std::string& path);

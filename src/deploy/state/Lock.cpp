@@ -14,13 +14,12 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Signals.h"
-#include "deploy/state/StateDirectory.h"
+#include "posix/PathNames.h"
 
 namespace ZET::Deploy {
 
 namespace {
 
-constexpr std::chrono::seconds kLongestWait{30};
 constexpr std::chrono::milliseconds kBetweenTries{50};
 
 struct flock WholeFile() {
@@ -50,15 +49,15 @@ bool TryLockDirectory(int descriptor) {
 }
 
 /// False when there are no such locks, as `errno` says.
-bool WaitForLock(HostProduct& product, int descriptor, const std::string& path, bool (*tryLock)(int)) {
-    const auto deadline = std::chrono::steady_clock::now() + kLongestWait;
-    const std::string seconds = std::to_string(kLongestWait.count()) + " s";
+bool WaitForLock(const LockSeeker& seeker, int descriptor, const std::string& path, bool (*tryLock)(int)) {
+    const auto deadline = std::chrono::steady_clock::now() + seeker.patience;
+    const std::string seconds = std::to_string(seeker.patience.count()) + " s";
     for (bool isFirst = true; !tryLock(descriptor); isFirst = false) {
         if (errno != EACCES && errno != EAGAIN && errno != EINTR) return false;
         SignalGuard::Check();
         if (isFirst)
-            product.Out().Remark("waiting for " + HolderOf(descriptor) + ", which holds " + path + ", for " +
-                                 seconds + " at most");
+            seeker.observer.Remark("waiting for " + HolderOf(descriptor) + ", which holds " + path +
+                                   ", for " + seconds + " at most");
         if (std::chrono::steady_clock::now() >= deadline) {
             throw Failure(path + ": " + HolderOf(descriptor) + " has held the lock for " + seconds +
                           " (let it end, then try again)");
@@ -66,10 +65,6 @@ bool WaitForLock(HostProduct& product, int descriptor, const std::string& path, 
         std::this_thread::sleep_for(kBetweenTries);
     }
     return true;
-}
-
-std::string LockFileOf(HostProduct& product) {
-    return StateDirectory(product).Lock();
 }
 
 /// What is written into it must not reach a file of another name.
@@ -80,35 +75,34 @@ void RequireOwnLockFile(int descriptor, const std::string& file) {
 }
 
 /// For whoever waits for the lock. That it cannot be written, as on a full disk, is no reason not to go on.
-void NameHolder(HostProduct& product, int descriptor) {
-    const std::string holder =
-        std::to_string(getpid()) + " (" + product.Wanted().program + " " + product.Wanted().command + ")\n";
+void NameHolder(const std::string& name, int descriptor) {
+    const std::string holder = std::to_string(getpid()) + " (" + name + ")\n";
     if (ftruncate(descriptor, 0) == 0)
         static_cast<void>(pwrite(descriptor, holder.data(), holder.size(), 0) == 0);
 }
 
 /// Without its file: none, as `errno` says.
-Descriptor Lock(HostProduct& product, const std::string& file) {
+Descriptor Lock(const LockSeeker& seeker, const std::string& file) {
     Descriptor lock(
         open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600));
     if (lock < 0) return lock;
     RequireOwnLockFile(lock, file);
-    if (!WaitForLock(product, lock, file, TryLockFile)) {
+    if (!WaitForLock(seeker, lock, file, TryLockFile)) {
         throw Failure(file + ": cannot be locked: " + std::strerror(errno) +
                       " (let ZET_VAR_LIB_DIR be on a file system that has locks)");
     }
-    NameHolder(product, lock);
+    NameHolder(seeker.name, lock);
     return lock;
 }
 
 /// None where directories cannot be locked.
-Descriptor LockDirectory(HostProduct& product, const std::string& directory) {
+Descriptor LockDirectory(const LockSeeker& seeker, const std::string& directory) {
     Descriptor lock(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
     if (lock < 0 && errno == EACCES) {
         throw Failure(directory + ": cannot be locked: " + std::strerror(errno) +
                       " (let the user read the directory)");
     }
-    const bool isLocked = lock >= 0 && WaitForLock(product, lock, directory, TryLockDirectory);
+    const bool isLocked = lock >= 0 && WaitForLock(seeker, lock, directory, TryLockDirectory);
     return isLocked ? std::move(lock) : Descriptor();
 }
 
@@ -125,16 +119,16 @@ bool MayOthersWrite(const std::string& directory) {
 
 }  // namespace
 
-WriteLock::WriteLock(HostProduct& product) : m_lock(Lock(product, LockFileOf(product))) {
-    if (m_lock < 0) FailToOpen(LockFileOf(product));
+WriteLock::WriteLock(const StateDirectory& state, const LockSeeker& seeker)
+    : m_lock(Lock(seeker, state.Lock())) {
+    if (m_lock < 0) FailToOpen(state.Lock());
 }
 
-WriteLock::WriteLock(HostProduct& product, const std::string& path)
-    : m_lock(Lock(product, LockFileOf(product))) {
-    if (!IsProducts() && errno != EACCES && errno != EROFS && errno != ENOENT)
-        FailToOpen(LockFileOf(product));
+WriteLock::WriteLock(const StateDirectory& state, const LockSeeker& seeker, const std::string& path)
+    : m_lock(Lock(seeker, state.Lock())) {
+    if (!IsProducts() && errno != EACCES && errno != EROFS && errno != ENOENT) FailToOpen(state.Lock());
     const std::string directory = DirectoryOf(path);
-    if (!IsProducts() || MayOthersWrite(directory)) m_directoryLock = LockDirectory(product, directory);
+    if (!IsProducts() || MayOthersWrite(directory)) m_directoryLock = LockDirectory(seeker, directory);
 }
 
 }  // namespace ZET::Deploy

@@ -1,24 +1,33 @@
 #ifndef ZET_LOCK_H
 #define ZET_LOCK_H
 
+#include <chrono>
 #include <string>
 
-#include "deploy/state/HostProduct.h"
+#include "deploy/state/StateDirectory.h"
 #include "posix/Descriptor.h"
+#include "zet/deploy/Observer.h"
 
 namespace ZET::Deploy {
 
+/// Who wants a lock.
+struct LockSeeker {
+    std::string name;    ///< for those who wait for him: "zet-init commit-config"
+    Observer& observer;  ///< is told for whom he waits
+    std::chrono::seconds patience{30};
+};
+
 /// Keeps other commands that write away, for as long as it lives: a lock of the open zet.lock in
 /// ZET_VAR_LIB_DIR, which the system drops when its holder dies. Says at once for whom it waits, who wrote
-/// his name into the file; after 30 s a `Failure` says so.
+/// his name into the file; after 30 s, if the seeker has no other patience, a `Failure` says so.
 class WriteLock {
   public:
-    explicit WriteLock(HostProduct& product);
+    WriteLock(const StateDirectory& state, const LockSeeker& seeker);
 
     /// For an edit of the file `path`, which needs no right on the product's directory. A caller without it
     /// locks the directory of the file, where directories can be locked; so does a caller with it where
     /// others may write, too.
-    WriteLock(HostProduct& product, const std::string& path);
+    WriteLock(const StateDirectory& state, const LockSeeker& seeker, const std::string& path);
 
     /// Whether it is the product's own lock, and not only that of a directory.
     bool IsProducts() const { return m_lock >= 0; }

@@ -8,7 +8,6 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/TextStreams.h"
-#include "deploy/state/StateDirectory.h"
 #include "deploy/state/StateFile.h"
 #include "zet/ZETFiles.h"
 
@@ -17,7 +16,7 @@ namespace ZET::Deploy {
 namespace {
 
 /// A file to which no way leads any more keeps the name that it had.
-std::string NameOf(const Paths& paths, const std::string& recorded) {
+std::string RealNameOf(const Paths& paths, const std::string& recorded) {
     const std::string path = paths.FromInside(recorded);
     try {
         return paths.WithRealDirectory(path, PathWalk::Unseen::IsTakenAsWritten);
@@ -28,22 +27,19 @@ std::string NameOf(const Paths& paths, const std::string& recorded) {
 
 }  // namespace
 
-std::string Manifest::FileOf(HostProduct& product, const std::string& role) {
-    return StateDirectory(product).Manifest(role);
+Manifest::Manifest(const StateDirectory& state, Role role, const Deploy::Paths& hostPaths)
+    : m_hostPaths(hostPaths), m_file(state.Manifest(role)) {
+    Read();
 }
 
-Manifest::Manifest(HostProduct& product, const std::string& role)
-    : Manifest(product, role, Damaged::IsFailure) {}
-
-Manifest::Manifest(HostProduct& product, const std::string& role, Damaged damaged)
-    : m_product(product), m_file(FileOf(product, role)) {
+Manifest::Manifest(const StateDirectory& state, Role role, const Deploy::Paths& hostPaths, Observer& observer)
+    : m_hostPaths(hostPaths), m_file(state.Manifest(role)) {
     try {
         Read();
     } catch (const Damage& failure) {
-        if (damaged == Damaged::IsFailure) throw;
         m_isDamaged = true;
         m_entries.clear();
-        product.Out().Warning(failure.what());
+        observer.Warning(failure.what());
     }
 }
 
@@ -60,7 +56,7 @@ void Manifest::Read() {
             throw Damage(m_file + ":" + std::to_string(number) +
                          ": is no line INODE SIZE MTIME MODE PATH (remove the file, then commit again)");
         }
-        Add(NameOf(m_product.HostPaths(), path), entry);
+        Add(RealNameOf(m_hostPaths, path), entry);
     }
 }
 
@@ -94,10 +90,11 @@ bool Manifest::IsUntouched(const std::string& path) const {
     return entry != m_entries.end() && entry->second == EntryOf(path);
 }
 
-bool Manifest::IsEdited(HostProduct& product, const std::string& path) {
+bool Manifest::IsEdited(const StateDirectory& state, const Deploy::Paths& hostPaths,
+                        const std::string& path) {
     bool isRecorded = false;
-    for (const char* role : {kServer, kClient}) {
-        const Manifest manifest(product, role);
+    for (const Role role : kRoles) {
+        const Manifest manifest(state, role, hostPaths);
         if (manifest.IsUntouched(path)) return false;
         isRecorded = isRecorded || manifest.Has(path);
     }
@@ -113,7 +110,7 @@ void Manifest::Save() const {
     TextWriter text;
     for (const auto& [path, entry] : m_entries) {
         text << std::dec << entry.inode << ' ' << entry.size << ' ' << entry.time << ' ' << std::oct
-             << entry.mode << ' ' << m_product.HostPaths().NameInside(path) << '\n';
+             << entry.mode << ' ' << m_hostPaths.NameInside(path) << '\n';
     }
     ReplaceStateFile(m_file, text.str());
 }

@@ -6,7 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "deploy/state/HostProduct.h"
+#include "deploy/host/Paths.h"
+#include "deploy/state/StateDirectory.h"
+#include "zet/deploy/Observer.h"
 
 namespace ZET::Deploy {
 
@@ -16,15 +18,11 @@ namespace ZET::Deploy {
 class Manifest {
   public:
     /// Reads it; a missing one is empty. A broken line is a `Failure` that names it.
-    explicit Manifest(HostProduct& product) : Manifest(product, product.Role()) {}
-    Manifest(HostProduct& product, const std::string& role);
+    Manifest(const StateDirectory& state, Role role, const Deploy::Paths& hostPaths);
 
-    /// For who takes back what was written, which stands beside the files: one that cannot be read is told,
-    /// is empty, and stays.
-    enum class Damaged { IsFailure, IsEmpty };
-    Manifest(HostProduct& product, const std::string& role, Damaged damaged);
-
-    static std::string FileOf(HostProduct& product) { return FileOf(product, product.Role()); }
+    /// For who takes back what was written, which stands beside the files: one that cannot be read is told to
+    /// `observer`, is empty, and stays.
+    Manifest(const StateDirectory& state, Role role, const Deploy::Paths& hostPaths, Observer& observer);
 
     bool IsDamaged() const { return m_isDamaged; }
 
@@ -37,7 +35,8 @@ class Manifest {
     bool IsUntouched(const std::string& path) const;
 
     /// Whether a commit of any role recorded the file, and none did as it is now.
-    static bool IsEdited(HostProduct& product, const std::string& path);
+    static bool IsEdited(const StateDirectory& state, const Deploy::Paths& hostPaths,
+                         const std::string& path);
 
     /// Records the file as it is now.
     void Record(const std::string& path);
@@ -55,13 +54,11 @@ class Manifest {
         bool operator==(const Entry&) const = default;
     };
 
-    static std::string FileOf(HostProduct& product, const std::string& role);
     static Entry EntryOf(const std::string& path);
     void Add(const std::string& path, const Entry& entry);
-
     void Read();
 
-    HostProduct& m_product;
+    const Deploy::Paths& m_hostPaths;
     std::string m_file;
     bool m_isDamaged = false;
     std::map<std::string, Entry> m_entries;

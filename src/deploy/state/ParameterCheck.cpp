@@ -53,21 +53,19 @@ bool IsMadeOfDomain(const std::string& name) {
     });
 }
 
-bool HasValue(HostProduct& product, const std::string& placeholder) {
-    const std::string value = product.Config().TemplateValue(placeholder);
-    return !value.empty() && value != "ldap://";
+bool HasValue(const StringMap& values, const std::string& placeholder) {
+    const auto found = values.find(placeholder);
+    return found != values.end() && !found->second.empty() && found->second != "ldap://";
 }
 
 class ValueCheck {
   public:
-    explicit ValueCheck(HostProduct& product)
-        : m_product(product),
-          m_file(product.Param("ZET_CFG")),
-          m_given(GivenParameters(ReadFileBytes(m_file))) {}
+    explicit ValueCheck(IZETCore& core)
+        : m_core(core), m_file(core.GetParam("ZET_CFG")), m_given(GivenParameters(ReadFileBytes(m_file))) {}
 
-    void CheckUsed(const std::set<std::string>& used) {
+    void CheckUsed(const StringMap& values, const std::set<std::string>& used) {
         for (const Source& source : kSources) {
-            if (used.contains(source.placeholder) && !HasValue(m_product, source.placeholder))
+            if (used.contains(source.placeholder) && !HasValue(values, source.placeholder))
                 TellNoValue(source);
         }
     }
@@ -76,7 +74,7 @@ class ValueCheck {
         for (const GivenParameter& parameter : m_given) {
             // Another line, or the caller, may have had the last word.
             if (FindGiven(m_given, parameter.name) != &parameter ||
-                m_product.Param(parameter.name) != parameter.value)
+                m_core.GetParam(parameter.name) != parameter.value)
                 continue;
             if (parameter.value.ends_with('\r')) {
                 Add(&parameter, "the value of " + parameter.name + " ends with a carriage return",
@@ -98,14 +96,14 @@ class ValueCheck {
     void TellNoValue(const Source& source) {
         std::string name = source.parameter;
         const GivenParameter* given = FindGiven(m_given, name);
-        if (given == nullptr && IsMadeOfDomain(name) && m_product.Core().GetDomainName().empty()) {
+        if (given == nullptr && IsMadeOfDomain(name) && m_core.GetDomainName().empty()) {
             name = kDomain;
             given = FindGiven(m_given, name);
         }
         if (!m_told.insert(name).second) return;
         const std::string so = std::string(", so that ") + source.placeholder + " has no value";
         const bool isMeant = name == kDomain || name == kServer;
-        if (!m_product.Param(name).empty()) {
+        if (!m_core.GetParam(name).empty()) {
             Add(given, name + " has nothing to make " + source.placeholder + " of", "correct its value");
         } else if (isMeant) {
             Add(given, name + " is not set" + so, "add a line " + name + "=VALUE, or use \"option set\"");
@@ -120,7 +118,7 @@ class ValueCheck {
         m_problems.push_back({m_file, line, column, text, remedy});
     }
 
-    HostProduct& m_product;
+    IZETCore& m_core;
     std::string m_file;
     std::vector<GivenParameter> m_given;
     std::set<std::string> m_told;
@@ -167,15 +165,16 @@ std::vector<GivenParameter> GivenParameters(std::string_view text) {
     return given;
 }
 
-std::vector<Problem> CheckParameterValues(HostProduct& product, const std::set<std::string>& used) {
-    ValueCheck check(product);
+std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& values,
+                                          const std::set<std::string>& used) {
+    ValueCheck check(core);
     check.CheckGiven();
-    check.CheckUsed(used);
+    check.CheckUsed(values, used);
     return check.Result();
 }
 
-std::vector<Problem> CheckParameterNames(HostProduct& product, const std::set<std::string>& used) {
-    const std::string file = product.Param("ZET_CFG");
+std::vector<Problem> CheckParameterNames(IZETCore& core, const std::set<std::string>& used) {
+    const std::string file = core.GetParam("ZET_CFG");
     std::vector<std::string> known;
     for (const ZETParameter& parameter : KnownParameters())
         known.push_back(parameter.name);

@@ -6,8 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "deploy/state/HostProduct.h"
+#include "zet/IZETCore.h"
 #include "zet/ZETProblem.h"
+#include "zet/ZETTypes.h"
 
 namespace ZET::Deploy {
 
@@ -22,13 +23,14 @@ struct GivenParameter {
 std::vector<GivenParameter> GivenParameters(std::string_view text);
 
 /// Parameters whose values make files that no program can use: those without a value, as far as the
-/// placeholders in `used` ask for them, those that hold what was not meant to be part of them, and those that
-/// are not of their kind.
-std::vector<Problem> CheckParameterValues(HostProduct& product, const std::set<std::string>& used);
+/// placeholders in `used` ask for them and `values` has none, those that hold what was not meant to be part
+/// of them, and those that are not of their kind.
+std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& values,
+                                          const std::set<std::string>& used);
 
 /// Parameters in the main configuration file that nobody knows or uses; `used` has the placeholders of all
 /// templates.
-std::vector<Problem> CheckParameterNames(HostProduct& product, const std::set<std::string>& used);
+std::vector<Problem> CheckParameterNames(IZETCore& core, const std::set<std::string>& used);
 
 /// The one of `names` that `name` is likely to be meant for; empty when there is none.
 std::string NearestName(const std::string& name, const std::vector<std::string>& names);

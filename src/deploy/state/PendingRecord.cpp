@@ -15,6 +15,7 @@
 #include "deploy/host/TextStreams.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/state/StateFile.h"
+#include "posix/PathNames.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 #include "zet/ZETHost.h"
@@ -31,8 +32,8 @@ struct DirectoryCloser {
 class LeftOvers {
   public:
     /// `begun` is when the run began to write.
-    LeftOvers(HostProduct& product, const std::string& path, const struct timespec& begun)
-        : m_product(product), m_path(path), m_begun(begun) {}
+    LeftOvers(Observer& observer, const std::string& path, const struct timespec& begun)
+        : m_observer(observer), m_path(path), m_begun(begun) {}
 
     /// `name` is that of the file, in its directory.
     void Clear(const std::string& name) {
@@ -53,7 +54,7 @@ class LeftOvers {
         while (const dirent* entry = directory ? readdir(directory.get()) : nullptr) {
             for (const std::string& copied : {own, own + ZETReserveSuffix}) {
                 if (IsCopyOf(entry->d_name, copied))
-                    copies.push_back(DirectoryOf(name) + "/" + entry->d_name);
+                    copies.push_back(PathIn(DirectoryOf(name), entry->d_name));
             }
         }
         return copies;
@@ -62,15 +63,15 @@ class LeftOvers {
     void ClearOne(const std::string& leftOver) {
         struct stat status = {};
         if (lstat(leftOver.c_str(), &status) != 0) return;
-        const std::string shown = ParentOf(m_path) + BaseNameOf(leftOver);
+        const std::string shown = PartBeforeName(m_path) + BaseNameOf(leftOver);
         if (!IsOfTheRun(status)) {
-            m_product.Out().Warning(shown +
-                                    ": stays, as it cannot be what the run that was cut short left (look at "
-                                    "it, and move it away)");
+            m_observer.Warning(shown +
+                               ": stays, as it cannot be what the run that was cut short left (look at "
+                               "it, and move it away)");
             return;
         }
         RemoveFile(leftOver);
-        m_product.Out().Remark("removed " + shown + ", which a run that was cut short left");
+        m_observer.Remark("removed " + shown + ", which a run that was cut short left");
     }
 
     bool IsOfTheRun(const struct stat& status) const {
@@ -79,9 +80,7 @@ class LeftOvers {
                at(status.st_ctim) >= at(m_begun);
     }
 
-    static std::string ParentOf(const std::string& path) { return path.substr(0, path.rfind('/') + 1); }
-
-    HostProduct& m_product;
+    Observer& m_observer;
     const std::string& m_path;
     const struct timespec m_begun;
     std::set<uid_t> m_owners{geteuid()};
@@ -89,11 +88,12 @@ class LeftOvers {
 
 }  // namespace
 
-PendingRecord::PendingRecord(HostProduct& product, const std::vector<std::string>& paths)
-    : m_file(FileOf(product)) {
+PendingRecord::PendingRecord(const StateDirectory& state, const Paths& hostPaths,
+                             const std::vector<std::string>& paths)
+    : m_file(state.Pending()) {
     std::string text;
     for (const std::string& path : paths) {
-        text += product.HostPaths().NameInside(path) + "\n";
+        text += hostPaths.NameInside(path) + "\n";
     }
     try {
         ReplaceStateFile(m_file, text);
@@ -108,39 +108,36 @@ PendingRecord::~PendingRecord() {
     unlink(m_file.c_str());
 }
 
-std::string PendingRecord::FileOf(HostProduct& product) {
-    return StateDirectory(product).Pending();
-}
-
-std::set<std::string> PendingRecord::Read(HostProduct& product) {
+std::set<std::string> PendingRecord::Read(const StateDirectory& state, const Paths& hostPaths) {
     std::set<std::string> paths;
-    const std::string file = FileOf(product);
+    const std::string file = state.Pending();
     if (!HasStateFile(file)) return paths;
     TextReader lines(ReadFileBytes(file));
     for (std::string line; std::getline(lines, line);) {
-        const std::string path = product.HostPaths().FromInside(line);
-        if (product.HostPaths().StaysInside(path)) paths.insert(path);
+        const std::string path = hostPaths.FromInside(line);
+        if (hostPaths.StaysInside(path)) paths.insert(path);
     }
     return paths;
 }
 
-std::set<std::string> PendingRecord::ClearLeftOvers(HostProduct& product) {
-    const std::set<std::string> paths = Read(product);
+std::set<std::string> PendingRecord::ClearLeftOvers(Host& host) {
+    const StateDirectory state = host.State();
+    const std::set<std::string> paths = Read(state, host.HostPaths());
     struct stat record = {};
-    if (!paths.empty() && stat(FileOf(product).c_str(), &record) != 0) return {};
+    if (!paths.empty() && stat(state.Pending().c_str(), &record) != 0) return {};
     for (const std::string& path : paths) {
         try {
-            LeftOvers leftOvers(product, path, record.st_mtim);
-            FileInPlace(product.HostPaths().FindReal(path, product.TrustedAt(path)), path)
+            LeftOvers leftOvers(host.Out(), path, record.st_mtim);
+            FileInPlace(host.HostPaths().FindReal(path, host.TrustedAt(path)), path)
                 .Within([&](const std::string& name) { leftOvers.Clear(name); });
         } catch (const Failure& failure) {
-            product.Out().Warning(failure.what());
+            host.Out().Warning(failure.what());
         } catch (const EZETError& error) {
-            product.Out().Warning(WithRemedy(error.what()));
+            host.Out().Warning(WithRemedy(error.what()));
         }
     }
-    ReplaceStateFile(FileOf(product), "");
-    Staging::RemoveLeftOvers(product.Param("ZET_VAR_LIB_DIR"));
+    ReplaceStateFile(state.Pending(), "");
+    Staging::RemoveLeftOvers(state.Path());
     return paths;
 }
 

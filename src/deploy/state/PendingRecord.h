@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "deploy/state/HostProduct.h"
+#include "deploy/state/Host.h"
 
 namespace ZET::Deploy {
 
@@ -14,19 +14,17 @@ namespace ZET::Deploy {
 /// Only under the lock; one record serves both roles, as the lock does.
 class PendingRecord {
   public:
-    PendingRecord(HostProduct& product, const std::vector<std::string>& paths);
+    PendingRecord(const StateDirectory& state, const Paths& hostPaths, const std::vector<std::string>& paths);
     ~PendingRecord();
     PendingRecord(const PendingRecord&) = delete;
     PendingRecord& operator=(const PendingRecord&) = delete;
 
-    static std::string FileOf(HostProduct& product);
-
     /// The files of a run that did not come to its end.
-    static std::set<std::string> Read(HostProduct& product);
+    static std::set<std::string> Read(const StateDirectory& state, const Paths& hostPaths);
 
     /// Removes the temporary files that such a run left, and its record; what has the name of one, but cannot
     /// be its work, is told and stays. Only under the lock. Returns the run's files.
-    static std::set<std::string> ClearLeftOvers(HostProduct& product);
+    static std::set<std::string> ClearLeftOvers(Host& host);
 
   private:
     std::string m_file;

@@ -12,6 +12,7 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/state/Instructions.h"
+#include "posix/PathNames.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -27,7 +28,7 @@ std::string AbsolutePath(const std::string& path) {
     return std::filesystem::absolute(path).string();
 }
 
-void RequireDirectory(HostProduct& product, const std::string& path) {
+void RequireDirectory(Host& host, const std::string& path) {
     const std::string directory = DirectoryOf(path);
     struct stat status = {};
     if (stat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
@@ -38,8 +39,8 @@ void RequireDirectory(HostProduct& product, const std::string& path) {
     const int error = errno;
     const std::string text = directory + ": cannot be written, so " + path +
                              " cannot be replaced: " + std::strerror(error) + RemedyFor(error);
-    if (!product.Wanted().dryRun) throw Failure(text);
-    product.Out().Warning(text);
+    if (!host.Wanted().dryRun) throw Failure(text);
+    host.Out().Warning(text);
 }
 
 /// Temporary files that a killed run left were cleared away where they are recorded, so what is still there
@@ -68,14 +69,16 @@ Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Ri
     const bool isDryRun = product.Wanted().dryRun;
     RequireOwnInstructions(product);
     if (!isDryRun) {
-        m_lock = right == Right::OfTheProduct ? std::make_unique<WriteLock>(product)
-                                              : std::make_unique<WriteLock>(product, paths.front());
+        const LockSeeker seeker{product.Caller(), product.Out()};
+        m_lock = right == Right::OfTheProduct
+                     ? std::make_unique<WriteLock>(product.State(), seeker)
+                     : std::make_unique<WriteLock>(product.State(), seeker, paths.front());
         // The record is that of whoever holds the product's lock.
         m_canRecord = m_lock->IsProducts();
         if (m_canRecord) PendingRecord::ClearLeftOvers(product);
     }
     const std::set<std::string> leftOvers =
-        m_canRecord ? PendingRecord::Read(product) : std::set<std::string>();
+        m_canRecord ? PendingRecord::Read(product.State(), product.HostPaths()) : std::set<std::string>();
     for (const std::string& path : paths) {
         RequireDirectory(product, path);
         RequireFreeNames(path, m_canRecord, leftOvers);
@@ -89,7 +92,8 @@ void Writing::Begin() {
     for (const std::string& path : m_paths) {
         if (m_canRecord && FitsRecord(path)) toRecord.push_back(AbsolutePath(path));
     }
-    if (!toRecord.empty()) m_pending = std::make_unique<PendingRecord>(m_product, toRecord);
+    if (!toRecord.empty())
+        m_pending = std::make_unique<PendingRecord>(m_product.State(), m_product.HostPaths(), toRecord);
 }
 
 }  // namespace ZET::Deploy

@@ -72,7 +72,7 @@ CheckResult Check(Deployment& product, const std::vector<std::string>& templateN
     CheckResult result;
     CheckedTargets checked = CheckTargets(product, templateNames);
     if (templateNames.empty()) {
-        for (Problem& problem : CheckParameterNames(product, checked.used))
+        for (Problem& problem : CheckParameterNames(product.Core(), checked.used))
             checked.problems.push_back(std::move(problem));
         result.unusedValues = UnusedValues(product, checked.used);
     }

@@ -3,24 +3,23 @@
 #include <set>
 
 #include "deploy/host/Failure.h"
-#include "deploy/state/StateDirectory.h"
 #include "deploy/targets/Render.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
 
-ClaimedFiles::ClaimedFiles(HostProduct& product) : m_product(product) {
-    AddOwn(product.FilePath(product.ConfigFile()), "the configuration file of the commands");
-    m_uses.try_emplace(Canonical(TargetListFile(product)), Use{"the list of targets", ""});
-    for (const std::string& file : StateDirectory(product).Files())
+ClaimedFiles::ClaimedFiles(Host& host) : m_host(host) {
+    AddOwn(host.FilePath(host.ConfigFile()), "the configuration file of the commands");
+    m_uses.try_emplace(Canonical(TargetListFile(host)), Use{"the list of targets", ""});
+    for (const std::string& file : host.State().Files())
         AddOwn(file, "a file of the status");
 }
 
 void ClaimedFiles::AddTemplate(const std::string& name) {
-    const std::string copy = WorkingCopy(m_product, name);
+    const std::string copy = WorkingCopy(m_host, name);
     AddOf(name, copy, "the working copy of [" + name + "]");
     AddOf(name, copy + ZETTemporarySuffix, "the temporary file of the working copy of [" + name + "]");
-    AddOf(name, m_product.Param("ZET_CFG_TEMPL_DIR") + "/" + name, "the template [" + name + "]");
+    AddOf(name, m_host.Param("ZET_CFG_TEMPL_DIR") + "/" + name, "the template [" + name + "]");
 }
 
 std::optional<Problem> ClaimedFiles::ClashOf(const std::string& templateName) const {
@@ -33,7 +32,7 @@ void ClaimedFiles::AddListed(const std::vector<Target>& listed, const std::vecto
     for (const Target& target : notYet)
         later.insert(target.templateName);
     for (const Target& target : listed) {
-        if (target.path.empty() || !target.IsFor(m_product.Role())) continue;
+        if (target.path.empty() || !target.IsFor(m_host.Role())) continue;
         try {
             AddTemplate(target.templateName);
             if (later.count(target.templateName) == 0) AddTarget(target);
@@ -45,7 +44,7 @@ void ClaimedFiles::AddListed(const std::vector<Target>& listed, const std::vecto
 
 std::optional<Problem> ClaimedFiles::AddTarget(const Target& target) {
     if (std::optional<Problem> clash = ClashOf(target.templateName)) return clash;
-    const std::string file = m_product.HostPaths().Canonical(target.path);
+    const std::string file = m_host.HostPaths().Canonical(target.path);
     Uses mine = CompanionsOf(file);
     mine[file] = {"made from [" + target.templateName + "]", target.templateName};
     m_uses.merge(mine);
@@ -70,7 +69,7 @@ std::string ClaimedFiles::UseBesideTargets(const std::string& path) const {
 
 /// Of a path as the commands open it: with the root, if there is one.
 std::string ClaimedFiles::Canonical(const std::string& path) const {
-    return m_product.HostPaths().Canonical(m_product.HostPaths().NameInside(path));
+    return m_host.HostPaths().Canonical(m_host.HostPaths().NameInside(path));
 }
 
 void ClaimedFiles::AddOwn(const std::string& path, const std::string& text) {

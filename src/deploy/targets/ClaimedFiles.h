@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "deploy/state/HostProduct.h"
+#include "deploy/state/Host.h"
 #include "deploy/targets/Targets.h"
 #include "zet/ZETProblem.h"
 
@@ -16,7 +16,7 @@ namespace ZET::Deploy {
 /// then those of every template and target that is added. Whatever way leads to a file, it is the same one.
 class ClaimedFiles {
   public:
-    explicit ClaimedFiles(HostProduct& product);
+    explicit ClaimedFiles(Host& host);
 
     /// The template, and its working copy.
     void AddTemplate(const std::string& name);
@@ -47,7 +47,7 @@ class ClaimedFiles {
     void AddOf(const std::string& templateName, const std::string& path, const std::string& text);
     static Uses CompanionsOf(const std::string& file);
 
-    HostProduct& m_product;
+    Host& m_host;
     Uses m_uses;                               ///< by the files' canonical names
     std::map<std::string, Problem> m_clashes;  ///< by the templates' names
 };

@@ -52,7 +52,7 @@ class Execution {
         : m_product(product), m_plan(plan), m_manifest(plan.Recorded()) {}
 
     void Run() {
-        const PendingRecord pending(m_product, FilesToWrite());
+        const PendingRecord pending(m_product.State(), m_product.HostPaths(), FilesToWrite());
         try {
             std::size_t done = 0;
             for (const PlannedTarget& planned : m_plan.Targets()) {
@@ -138,11 +138,11 @@ class Execution {
 
     void RecordStatus() {
         IZETConfig& config = m_product.Config();
-        const StateDirectory state(m_product);
+        const StateDirectory state = m_product.State();
         std::string file = state.Status(m_product.Role());
         try {
-            config.SaveConfigStatus(m_product.Role());
-            if (m_product.Role() != kClient) return;
+            config.SaveConfigStatus(NameOf(m_product.Role()));
+            if (m_product.Role() != Role::Client) return;
             file = state.FileServerStatus();
             config.SaveFileServerStatus();
         } catch (const EZETError& error) {

@@ -38,7 +38,7 @@ FileOutcome::Result ChangeOf(const PlannedTarget& planned) {
 /// What the product has on record of the files, for the role that is committed and for the other one.
 class Records {
   public:
-    Records(HostProduct& product, const Manifest& own) : m_product(product), m_own(own) {}
+    Records(Host& host, const Manifest& own) : m_host(host), m_own(own) {}
 
     void FillIn(PlannedTarget& planned) {
         const std::string& path = planned.path;
@@ -62,11 +62,11 @@ class Records {
 
     /// Read when it is needed: most commits do without.
     const Manifest& Other() {
-        if (!m_other) m_other.emplace(m_product, OtherRole(m_product.Role()));
+        if (!m_other) m_other.emplace(m_host.State(), OtherRole(m_host.Role()), m_host.HostPaths());
         return *m_other;
     }
 
-    HostProduct& m_product;
+    Host& m_host;
     const Manifest& m_own;
     std::optional<Manifest> m_other;
 };
@@ -78,14 +78,14 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     const bool isDryRun = product.Wanted().dryRun;
     if (!isDryRun) {
         RequireOwnInstructions(product);
-        m_lock = std::make_unique<WriteLock>(product);
+        m_lock = std::make_unique<WriteLock>(product.State(), LockSeeker{product.Caller(), product.Out()});
         m_cutShort = PendingRecord::ClearLeftOvers(product);
     }
     m_checked = CheckTargets(product, templateNames);
     if (!m_checked.problems.empty()) return;
     m_staging = std::make_unique<Staging>(isDryRun ? "" : product.Param("ZET_VAR_LIB_DIR"),
                                           SizeOfTemplates(product, m_checked.targets));
-    m_manifest = std::make_unique<Manifest>(product);
+    m_manifest = std::make_unique<Manifest>(product.State(), product.Role(), product.HostPaths());
     m_checksNotRun = CountChecksNotRun(product.Wanted(), m_checked.targets);
     Records records(product, *m_manifest);
     for (const Target& target : m_checked.targets) {

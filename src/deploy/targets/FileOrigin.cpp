@@ -11,6 +11,7 @@
 #include "deploy/targets/HostLists.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Secrets.h"
+#include "posix/PathNames.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -41,16 +42,16 @@ std::string TemplateInNotice(const ManagedText& text, const NoticeTexts& noticeT
 }
 
 /// A template below the directory of the working copies has a name; another one only a path.
-void NameTemplate(HostProduct& product, const std::string& path, FileOrigin& origin) {
-    const std::string directory = product.Param("ZET_CFG_DIR") + "/";
-    for (const std::string& known : {path, product.FilePath(path)}) {
-        if (!known.starts_with(directory)) continue;
-        origin.templateName = known.substr(directory.size());
-        origin.templateFile = TemplateFile(product, origin.templateName);
+void NameTemplate(Host& host, const std::string& path, FileOrigin& origin) {
+    const std::string directory = host.Param("ZET_CFG_DIR");
+    for (const std::string& known : {path, host.FilePath(path)}) {
+        if (!IsBelow(known, directory)) continue;
+        origin.templateName = known.substr(directory.size() + 1);
+        origin.templateFile = TemplateFile(host, origin.templateName);
         return;
     }
     origin.templateName = path;
-    const std::string file = product.FilePath(path);
+    const std::string file = host.FilePath(path);
     if (IsFileExist(file)) origin.templateFile = file;
 }
 
@@ -73,15 +74,15 @@ FileOrigin FindOrigin(Deployment& product, const std::string& file, const Manage
     return origin;
 }
 
-std::string TemplateNamedIn(HostProduct& product, const std::string& path) {
+std::string TemplateNamedIn(IZETCore& core, const std::string& path) {
     if (!StateOf(path).IsRegular()) return "";
     const std::string head = HeadOf(path);
     if (head.find(ZETNoticeMarker) == std::string::npos) return "";
-    return TemplateInNotice(ManagedText(head), WrittenNoticeTexts(product));
+    return TemplateInNotice(ManagedText(head), WrittenNoticeTexts(core));
 }
 
-NoticeTexts WrittenNoticeTexts(HostProduct& product) {
-    const WrittenLanguage language(product.Core());
+NoticeTexts WrittenNoticeTexts(IZETCore& core) {
+    const WrittenLanguage language(core);
     return NoticeTexts();
 }
 

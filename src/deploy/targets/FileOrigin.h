@@ -26,10 +26,10 @@ FileOrigin FindOrigin(Deployment& product, const std::string& file, const Manage
                       const NoticeTexts& noticeTexts);
 
 /// The template that the notice at the head of a file names, as it stands there; empty when none does.
-std::string TemplateNamedIn(HostProduct& product, const std::string& path);
+std::string TemplateNamedIn(IZETCore& core, const std::string& path);
 
 /// The texts of the notices in the language in which they are written into files.
-NoticeTexts WrittenNoticeTexts(HostProduct& product);
+NoticeTexts WrittenNoticeTexts(IZETCore& core);
 
 }  // namespace ZET::Deploy
 

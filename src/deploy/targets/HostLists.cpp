@@ -1,17 +1,16 @@
 #include "deploy/targets/HostLists.h"
 
 #include "deploy/host/Failure.h"
-#include "deploy/state/HostProduct.h"
+#include "deploy/state/Host.h"
 #include "deploy/state/Manifest.h"
-#include "deploy/state/StateDirectory.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
 
 const TargetList& HostLists::Targets() {
     if (m_targets) return *m_targets;
-    const std::string file = TargetListFile(m_product);
-    m_targets = IsFileExist(file) ? ReadTargetList(m_product) : TargetList{file, {}, {}, true};
+    const std::string file = TargetListFile(m_host);
+    m_targets = IsFileExist(file) ? ReadTargetList(m_host) : TargetList{file, {}, {}, true};
     return *m_targets;
 }
 
@@ -22,7 +21,7 @@ const Target* HostLists::TargetNamed(const std::string& name) {
         for (const Target& target : Targets().targets) {
             if (target.path.empty()) continue;
             try {
-                byName.emplace(m_product.HostPaths().Canonical(target.path), &target);
+                byName.emplace(m_host.HostPaths().Canonical(target.path), &target);
             } catch (const Failure&) {
                 // No way leads to it, so no file is this target.
             }
@@ -36,8 +35,8 @@ const Target* HostLists::TargetNamed(const std::string& name) {
 const std::set<std::string>& HostLists::Committed() {
     if (m_committed) return *m_committed;
     std::set<std::string> names;
-    for (const char* role : {kServer, kClient}) {
-        for (const std::string& path : Manifest(m_product, role).Paths())
+    for (const Role role : kRoles) {
+        for (const std::string& path : Manifest(m_host.State(), role, m_host.HostPaths()).Paths())
             names.insert(NameOf(path));
     }
     m_committed = std::move(names);
@@ -50,7 +49,7 @@ const Target* HostLists::CommittedTarget(const std::string& path) {
 }
 
 std::string HostLists::NameOf(const std::string& path) const {
-    return m_product.HostPaths().Canonical(m_product.HostPaths().NameInside(path));
+    return m_host.HostPaths().Canonical(m_host.HostPaths().NameInside(path));
 }
 
 }  // namespace ZET::Deploy

@@ -10,13 +10,13 @@
 
 namespace ZET::Deploy {
 
-class HostProduct;
+class Host;
 
 /// What the host's own lists say about a file: the list of targets, and what the commits of both roles
 /// recorded. Each is read once in a run, when it is first asked for; a `Failure` tells why one cannot be.
 class HostLists {
   public:
-    explicit HostLists(HostProduct& product) : m_product(product) {}
+    explicit HostLists(Host& host) : m_host(host) {}
 
     /// As it stands, with its problems; an empty one where there is none.
     const TargetList& Targets();
@@ -35,7 +35,7 @@ class HostLists {
     std::string NameOf(const std::string& path) const;
 
   private:
-    HostProduct& m_product;
+    Host& m_host;
     std::optional<TargetList> m_targets;
     std::optional<std::map<std::string, const Target*>> m_byName;
     std::optional<std::set<std::string>> m_committed;

@@ -43,10 +43,11 @@ std::unique_ptr<QuietLog> QuietAbout(Deployment& product, const std::string& tem
     return isHidden ? std::make_unique<QuietLog>(ZETLogError) : nullptr;
 }
 
-void Process(Deployment& product, const std::string& role, const std::string& templateName,
-             const Rendered& file, StringMap* values) {
-    Perform(product, templateName, file.path,
-            [&] { product.Config().ProcessConfigFileTemplate(templateName, file.name, role, values); });
+void Process(Deployment& product, Role role, const std::string& templateName, const Rendered& file,
+             StringMap* values) {
+    Perform(product, templateName, file.path, [&] {
+        product.Config().ProcessConfigFileTemplate(templateName, file.name, NameOf(role), values);
+    });
 }
 
 /// The notice names the template that was read: the working copy to be, not its stand-in in the private
@@ -61,33 +62,34 @@ void NameWorkingCopy(const std::string& staged, const std::string& standIn, cons
 
 }  // namespace
 
-std::string WorkingCopy(HostProduct& product, const std::string& templateName) {
-    return product.Param("ZET_CFG_DIR") + "/" + templateName;
+std::string WorkingCopy(Host& host, const std::string& templateName) {
+    return host.Param("ZET_CFG_DIR") + "/" + templateName;
 }
 
-std::string TemplateFile(HostProduct& product, const std::string& templateName) {
+std::string TemplateFile(Host& host, const std::string& templateName) {
     for (const char* directory : {"ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR"}) {
-        const std::string file = product.Param(directory) + "/" + templateName;
+        const std::string file = host.Param(directory) + "/" + templateName;
         if (IsFileExist(file)) return file;
     }
     return "";
 }
 
-std::uintmax_t SizeOfTemplates(HostProduct& product, const std::vector<Target>& targets) {
+std::uintmax_t SizeOfTemplates(Host& host, const std::vector<Target>& targets) {
     std::uintmax_t size = 0;
     for (const Target& target : targets) {
         std::error_code error;
         const std::uintmax_t more =
-            std::filesystem::file_size(TemplateFile(product, target.templateName), error);
+            std::filesystem::file_size(TemplateFile(host, target.templateName), error);
         if (!error) size += more;
     }
     return size;
 }
 
 /// Stages what a role gets.
-static std::string Stage(Deployment& product, const std::string& role, const Staging& staging,
+static std::string Stage(Deployment& product, Role role, const Staging& staging,
                          const std::string& templateName, StringMap* values) {
-    const std::string room = role == product.Role() ? "rendered/" : "rendered-for-" + role + "/";
+    const std::string room =
+        role == product.Role() ? "rendered/" : std::string("rendered-for-") + NameOf(role) + "/";
     const std::string staged = staging.PathOf(room + templateName);
     const std::string workingCopy = WorkingCopy(product, templateName);
     const std::string source = TemplateFile(product, templateName);
@@ -112,7 +114,7 @@ std::string RenderStaged(Deployment& product, const Staging& staging, const std:
 }
 
 std::string RenderStagedFor(Deployment& product, const Staging& staging, const std::string& templateName,
-                            const std::string& role) {
+                            Role role) {
     return Stage(product, role, staging, templateName, nullptr);
 }
 
@@ -127,7 +129,8 @@ void RenderOnce(Deployment& product, const std::string& templateName, const std:
     allValues.insert(product.Config().TemplatesValues().begin(), product.Config().TemplatesValues().end());
     const std::unique_ptr<QuietLog> quiet = QuietAbout(product, TemplateFile(product, templateName));
     Perform(product, templateName, path, [&] {
-        const auto file = product.Config().OpenConfigFileTemplate(templateName, name, product.Role(), false);
+        const auto file =
+            product.Config().OpenConfigFileTemplate(templateName, name, NameOf(product.Role()), false);
         if (!file) return;
         file->ApplyTemplates(allValues);
         file->Save(true);

@@ -16,13 +16,13 @@ namespace ZET::Deploy {
 
 /// The file that a template is rendered from: its working copy, or the pristine one as long as there is none.
 /// Empty when there is neither.
-std::string TemplateFile(HostProduct& product, const std::string& templateName);
+std::string TemplateFile(Host& host, const std::string& templateName);
 
 /// The working copy's path, whether it is there or not.
-std::string WorkingCopy(HostProduct& product, const std::string& templateName);
+std::string WorkingCopy(Host& host, const std::string& templateName);
 
 /// How many bytes the targets' templates have; one that cannot be told counts as none.
-std::uintmax_t SizeOfTemplates(HostProduct& product, const std::vector<Target>& targets);
+std::uintmax_t SizeOfTemplates(Host& host, const std::vector<Target>& targets);
 
 /// Renders a template in the private directory, to the bytes and mode that a commit would give its target;
 /// `values`, which may be null, wins over the template values. Nothing outside the directory changes: a
@@ -33,7 +33,7 @@ std::string RenderStaged(Deployment& product, const Staging& staging, const std:
 
 /// The same for the other role.
 std::string RenderStagedFor(Deployment& product, const Staging& staging, const std::string& templateName,
-                            const std::string& role);
+                            Role role);
 
 /// The same; what the log has to say comes with the real rendering.
 std::string RenderQuietly(Deployment& product, const Staging& staging, const std::string& templateName);
@@ -53,7 +53,7 @@ struct TargetToRender {
     const FileInPlace& place;
     const std::string& staged;   ///< what it has to become
     const FileVersion& version;  ///< of what it replaces
-    const std::string& role;     ///< for which role
+    Role role;
 };
 
 /// Keeps what is there first. A working copy that is missing is installed. What comes out otherwise than in

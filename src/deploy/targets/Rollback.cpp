@@ -39,9 +39,9 @@ class Rollback {
           m_names(names),
           m_isForced(isForced),
           m_isDryRun(product.Wanted().dryRun),
-          m_manifest(product, product.Role(), Manifest::Damaged::IsEmpty),
+          m_manifest(product.State(), product.Role(), product.HostPaths(), product.Out()),
           m_otherRole(OtherRole(product.Role())),
-          m_otherManifest(product, m_otherRole, Manifest::Damaged::IsEmpty) {}
+          m_otherManifest(product.State(), m_otherRole, product.HostPaths(), product.Out()) {}
 
     RollbackResult Run() {
         const std::vector<WrittenFile> all = WrittenFiles();
@@ -100,7 +100,7 @@ class Rollback {
                          target.RestartsFor(m_product.Role()),
                          target.path,
                          target.trusted,
-                         target.forServer && target.forClient,
+                         target.roles.size() > 1,
                          ""};
         try {
             file.path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path));
@@ -133,7 +133,7 @@ class Rollback {
             const auto file = std::find_if(all.begin(), all.end(),
                                            [&](const WrittenFile& each) { return IsAt(each, path); });
             if (file == all.end()) {
-                throw UsageError(name + ": is no target of the role " + m_product.Role() +
+                throw UsageError(name + ": is no target of the role " + NameOf(m_product.Role()) +
                                  " (\"status\" lists them; \"file restore\" puts any other file back)");
             }
             named.push_back(*file);
@@ -200,7 +200,7 @@ class Rollback {
             return Keep(file, "edited, stays as it is");
         }
         if (m_otherManifest.IsDamaged() && file.isOfBoth && !m_isForced) {
-            return Keep(file, "may have been committed by the role " + m_otherRole +
+            return Keep(file, std::string("may have been committed by the role ") + NameOf(m_otherRole) +
                                   ", too, and stays (--force puts it back)");
         }
         if (m_otherManifest.Has(file.path)) return LeaveToOtherRole(file, version, now);
@@ -221,7 +221,8 @@ class Rollback {
     /// The other role has committed the file, too: it gets what that role renders, and the original goes on
     /// being kept for the last of them.
     FileOutcome LeaveToOtherRole(const WrittenFile& file, const FileVersion& version, const FileState& now) {
-        const std::string text = "stays for the role " + m_otherRole + ", which has committed it";
+        const std::string text =
+            std::string("stays for the role ") + NameOf(m_otherRole) + ", which has committed it";
         if (file.templateName.empty()) {
             if (!m_isDryRun) m_manifest.Forget(file.path);
             return OutcomeOf(file, Result::Kept, text);
@@ -249,7 +250,7 @@ class Rollback {
         return outcome;
     }
 
-    std::string StagedFor(const WrittenFile& file, const std::string& role) {
+    std::string StagedFor(const WrittenFile& file, Role role) {
         const QuietLog quiet(ZETLogError);
         return RenderStagedFor(m_product, Room(), file.templateName, role);
     }
@@ -305,8 +306,8 @@ class Rollback {
     }
 
     void RemoveStatus() {
-        m_product.Config().RemoveConfigStatus(m_product.Role());
-        if (m_product.Role() == kClient) m_product.Config().RemoveFileServerStatus();
+        m_product.Config().RemoveConfigStatus(NameOf(m_product.Role()));
+        if (m_product.Role() == Role::Client) m_product.Config().RemoveFileServerStatus();
     }
 
     Deployment& m_product;
@@ -314,7 +315,7 @@ class Rollback {
     bool m_isForced;
     bool m_isDryRun;
     Manifest m_manifest;
-    const std::string m_otherRole;
+    const Role m_otherRole;
     Manifest m_otherManifest;
     std::unique_ptr<Staging> m_staging;
     Restarts m_restarts;
@@ -328,7 +329,7 @@ RollbackResult RollBack(Deployment& product, const std::vector<std::string>& nam
     std::unique_ptr<WriteLock> lock;
     if (!product.Wanted().dryRun) {
         RequireOwnInstructions(product);
-        lock = std::make_unique<WriteLock>(product);
+        lock = std::make_unique<WriteLock>(product.State(), LockSeeker{product.Caller(), product.Out()});
         PendingRecord::ClearLeftOvers(product);
     }
     return Rollback(product, names, isForced).Run();

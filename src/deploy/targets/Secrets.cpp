@@ -10,7 +10,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
-#include "deploy/state/HostProduct.h"
+#include "deploy/state/Host.h"
 #include "deploy/targets/FileOrigin.h"
 #include "deploy/targets/HostLists.h"
 #include "deploy/targets/Render.h"
@@ -50,16 +50,16 @@ bool HoldSameText(const std::string& file, const struct stat& status, const std:
 
 }  // namespace
 
-Secrets::Secrets(HostProduct& product, HostLists& lists) : m_product(product), m_lists(lists) {}
+Secrets::Secrets(Host& host, HostLists& lists) : m_host(host), m_lists(lists) {}
 
 bool Secrets::Hides(const std::string& path) {
-    return !m_product.Wanted().showsSecrets && IsPrivate(path);
+    return !m_host.Wanted().showsSecrets && IsPrivate(path);
 }
 
 std::string Secrets::Excuse(const std::string& path) {
     const Verdict& verdict = Judged(path);
     if (verdict.audience == Audience::Unsure && !m_trouble.empty()) {
-        m_product.Out().Warning(m_trouble + "; so no text is shown");
+        m_host.Out().Warning(m_trouble + "; so no text is shown");
         m_trouble.clear();
     }
     // What a text is made of may be private where the file that it is going to be is not.
@@ -68,7 +68,7 @@ std::string Secrets::Excuse(const std::string& path) {
 }
 
 void Secrets::RequireShown(const std::string& path) {
-    if (m_product.Wanted().showsSecrets || Of(path) != Audience::Nobody) return;
+    if (m_host.Wanted().showsSecrets || Of(path) != Audience::Nobody) return;
     throw Failure(path + ": its text is not shown: " + Judged(path).reason + " (--show-secrets shows it)");
 }
 
@@ -130,7 +130,7 @@ std::set<std::string> Secrets::NamesOfTemplates(const std::string& path) {
     files.insert(m_lists.NameOf(path + ZETReserveSuffix));
     std::set<std::string> names;
     for (const std::string& file : files) {
-        const std::string named = TemplateNamedIn(m_product, file);
+        const std::string named = TemplateNamedIn(m_host.Core(), file);
         if (!named.empty()) names.insert(m_lists.NameOf(named));
     }
     return names;
@@ -167,8 +167,8 @@ const std::set<std::string>& Secrets::Listed() {
     std::set<std::string> listed;
     for (const Target& target : m_lists.Targets().targets) {
         if (!target.isSecret) continue;
-        const std::string pristine = m_product.Param("ZET_CFG_TEMPL_DIR") + "/" + target.templateName;
-        for (const std::string& file : {target.path, WorkingCopy(m_product, target.templateName), pristine})
+        const std::string pristine = m_host.Param("ZET_CFG_TEMPL_DIR") + "/" + target.templateName;
+        for (const std::string& file : {target.path, WorkingCopy(m_host, target.templateName), pristine})
             listed.insert(m_lists.NameOf(file));
     }
     m_listed = std::move(listed);

@@ -9,7 +9,7 @@
 namespace ZET::Deploy {
 
 class HostLists;
-class HostProduct;
+class Host;
 struct FileState;
 struct Target;
 
@@ -21,7 +21,7 @@ struct Target;
 /// that can be relied on, nothing is known to be for everybody.
 class Secrets {
   public:
-    Secrets(HostProduct& product, HostLists& lists);
+    Secrets(Host& host, HostLists& lists);
 
     enum class Audience {
         Everybody,  ///< shown with whatever is reported
@@ -64,7 +64,7 @@ class Secrets {
     bool IsCopyOfListed(const std::string& path);
     const std::set<std::string>& Listed();
 
-    HostProduct& m_product;
+    Host& m_host;
     HostLists& m_lists;
     std::map<std::string, Verdict> m_verdicts;
     std::optional<std::set<std::string>> m_listed;  ///< the files of the targets that the list calls secret

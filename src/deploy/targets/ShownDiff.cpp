@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "deploy/host/UnifiedDiff.h"
+#include "posix/PathNames.h"
 #include "text/ChangedLines.h"
 
 namespace ZET::Deploy {
@@ -21,7 +22,7 @@ ShownDiff WithoutText(ShownDiff diff, const std::string& path, const std::string
 }  // namespace
 
 std::string ShownPath(const std::string& path) {
-    if (("/" + path + "/").find("/../") == std::string::npos) return path;
+    if (!HasStepUp(path)) return path;
     return std::filesystem::weakly_canonical(std::filesystem::absolute(path)).string();
 }
 

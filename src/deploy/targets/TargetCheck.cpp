@@ -22,6 +22,7 @@
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Secrets.h"
 #include "posix/Descriptor.h"
+#include "posix/PathNames.h"
 #include "text/TemplateCheck.h"
 #include "zet/ZETFormat.h"
 
@@ -62,7 +63,7 @@ std::vector<Problem> CheckOwnDirectory(Deployment& product, const char* key, con
     const std::string directory = product.Param(key);
     std::vector<Problem> problems = CheckDirectory(directory, purpose, key);
     if (!problems.empty()) return problems;
-    if (std::optional<Problem> problem = CheckInstruction(product, directory))
+    if (std::optional<Problem> problem = CheckInstruction(product.HostPaths(), directory))
         problems.push_back(std::move(*problem));
     return problems;
 }
@@ -103,13 +104,13 @@ std::vector<Problem> CheckSingle(const std::string& path) {
 
 /// The product's own directories, and the files in them that a commit writes.
 std::vector<Problem> CheckOwnFiles(Deployment& product) {
-    const StateDirectory state(product);
+    const StateDirectory state = product.State();
     std::vector<Problem> problems =
         CheckOwnDirectory(product, "ZET_CFG_DIR", "the templates' working copies");
     std::vector<Problem> ofStatus = CheckOwnDirectory(product, "ZET_VAR_LIB_DIR", "the status");
     for (std::optional<Problem> problem :
-         {CheckModule(product), CheckInstruction(product, product.Param("ZET_CFG")),
-          CheckInstruction(product, product.Param("ZET_CFG_TEMPL_DIR"))}) {
+         {CheckModule(product), CheckInstruction(product.HostPaths(), product.Param("ZET_CFG")),
+          CheckInstruction(product.HostPaths(), product.Param("ZET_CFG_TEMPL_DIR"))}) {
         if (problem) problems.push_back(std::move(*problem));
     }
     if (ofStatus.empty()) {
@@ -177,7 +178,7 @@ class TargetChecker {
   public:
     TargetChecker(Deployment& product, const TargetList& list, const std::vector<Target>& checked)
         : m_product(product),
-          m_pending(PendingRecord::Read(product)),
+          m_pending(PendingRecord::Read(product.State(), product.HostPaths())),
           m_claimed(product),
           m_result(CheckOwnFiles(product)) {
         m_claimed.AddListed(list.targets, checked);
@@ -258,14 +259,15 @@ class TargetChecker {
 CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>& templateNames) {
     CheckedTargets checked;
     TargetList list = ReadTargetList(product);
-    if (list.isUnderstood) checked.targets = SelectTargets(product, list, templateNames);
+    if (list.isUnderstood) checked.targets = SelectTargets(product.Role(), list, templateNames);
     TargetChecker checker(product, list, checked.targets);
     checked.problems = std::move(list.problems);
     for (const Target& target : checked.targets) {
         if (!target.path.empty()) checker.Check(target, checked.used);
     }
     Append(checked.problems, checker.Result());
-    Append(checked.problems, CheckParameterValues(product, checked.used));
+    Append(checked.problems,
+           CheckParameterValues(product.Core(), product.Config().TemplatesValues(), checked.used));
     if (product.Wanted().onlyLooks) WarnOfRights(product, checked.problems);
     return checked;
 }
@@ -282,7 +284,8 @@ std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& t
         for (const std::string& told : {file, WorkingCopy(product, templateName)}) {
             if (told != file && DirectoryOf(told) == product.Param("ZET_CFG_DIR"))
                 continue;  // judged by itself
-            if (std::optional<Problem> problem = CheckInstruction(product, told)) return {*problem};
+            if (std::optional<Problem> problem = CheckInstruction(product.HostPaths(), told))
+                return {*problem};
         }
         if (!product.HostPaths().StaysInside(file)) {
             return {{file, 0, 0, "the template is a link that leads out of the root directory",

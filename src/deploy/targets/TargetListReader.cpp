@@ -8,13 +8,14 @@
 #include "deploy/targets/ListFile.h"
 #include "deploy/targets/ListProblems.h"
 #include "deploy/targets/Toml.h"
+#include "posix/PathNames.h"
 
 namespace ZET::Deploy {
 
 namespace {
 
 bool LeavesDirectory(const std::string& name) {
-    return name.empty() || name.front() == '/' || ("/" + name + "/").find("/../") != std::string::npos;
+    return name.empty() || name.front() == '/' || HasStepUp(name);
 }
 
 /// What would end a name early for the system, or in the records of a commit.
@@ -57,9 +58,9 @@ class TargetReader {
         constexpr char kRemedy[] = "write \"server\", \"client\" or \"both\"";
         const std::optional<std::string> roles = TextOf(entry, kRemedy);
         if (!roles) return;
-        m_target.forServer = *roles == "server" || *roles == "both";
-        m_target.forClient = *roles == "client" || *roles == "both";
-        if (!m_target.forServer && !m_target.forClient)
+        if (const std::optional<Role> role = RoleNamed(*roles)) m_target.roles = {*role};
+        if (*roles == "both") m_target.roles = {std::begin(kRoles), std::end(kRoles)};
+        if (m_target.roles.empty())
             m_problems.Add(entry.ValuePlace(), "roles is \"" + *roles + "\"", kRemedy);
     }
 
@@ -83,18 +84,17 @@ class TargetReader {
     void TakeRestart(const Entry& entry) {
         const toml::table* const byRole = entry.value->as_table();
         if (byRole == nullptr) {
-            m_target.restartOnServer = ServicesOf(entry);
-            m_target.restartOnClient = m_target.restartOnServer;
+            const std::vector<std::string> services = ServicesOf(entry);
+            for (const Role role : kRoles)
+                m_target.restarts[role] = services;
             return;
         }
         if (byRole->empty()) AddEmpty(entry);
-        for (const Entry& role : InOrder(*byRole)) {
-            if (role.Name() == "server") {
-                m_target.restartOnServer = ServicesOf(role);
-            } else if (role.Name() == "client") {
-                m_target.restartOnClient = ServicesOf(role);
+        for (const Entry& ofRole : InOrder(*byRole)) {
+            if (const std::optional<Role> role = RoleNamed(ofRole.Name())) {
+                m_target.restarts[*role] = ServicesOf(ofRole);
             } else {
-                m_problems.Add(role.KeyPlace(), "restart has no role \"" + role.Name() + "\"",
+                m_problems.Add(ofRole.KeyPlace(), "restart has no role \"" + ofRole.Name() + "\"",
                                "use server and client");
             }
         }
@@ -300,10 +300,8 @@ class ListReader {
     void ClaimFile(const Target& target, const Place& place) {
         const Claim claim{target.templateName, place};
         const Claim* earlier = nullptr;
-        for (const auto& [isForRole, claims] :
-             {std::pair(target.forServer, &m_ofServer), std::pair(target.forClient, &m_ofClient)}) {
-            if (!isForRole) continue;
-            const auto [known, isFirst] = claims->emplace(target.path, claim);
+        for (const Role role : target.roles) {
+            const auto [known, isFirst] = m_claims[role].emplace(target.path, claim);
             if (!isFirst) earlier = &known->second;
         }
         if (earlier == nullptr) return;
@@ -315,8 +313,7 @@ class ListReader {
     const std::string_view m_text;
     TargetList m_list;
     ListProblems m_problems;
-    Claims m_ofServer;
-    Claims m_ofClient;
+    std::map<Role, Claims> m_claims;
 };
 
 }  // namespace

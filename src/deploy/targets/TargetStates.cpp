@@ -67,12 +67,12 @@ TargetState StateOfListed(Deployment& product, const Staging& staging, const Man
 RoleStatus RoleStatusOf(HostProduct& product) {
     RoleStatus result;
     StringMap status;
-    const StateDirectory state(product);
+    const StateDirectory state = product.State();
+    const char* const role = NameOf(product.Role());
     HasStateFile(state.Status(product.Role()));  // what is none is told
-    if (product.Config().IsConfigStatusExist(product.Role()))
-        product.Config().LoadConfigStatus(product.Role(), status);
+    if (product.Config().IsConfigStatusExist(role)) product.Config().LoadConfigStatus(role, status);
     result.commitTime = status["COMMIT_TIME"];
-    if (product.Role() != kClient) return result;
+    if (product.Role() != Role::Client) return result;
     HasStateFile(state.FileServerStatus());
     result.fileServer = product.Config().GetFileServerStatus();
     return result;
@@ -80,7 +80,7 @@ RoleStatus RoleStatusOf(HostProduct& product) {
 
 TargetStates StatesOfTargets(Deployment& product) {
     TargetStates result;
-    const Manifest manifest(product);
+    const Manifest manifest(product.State(), product.Role(), product.HostPaths());
     const Staging staging;
     std::set<std::string> listed;
     const std::vector<Target> targets = SelectTargets(product, {});

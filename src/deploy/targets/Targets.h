@@ -2,10 +2,12 @@
 #define ZET_TARGETS_H
 
 #include <chrono>
+#include <map>
+#include <set>
 #include <string>
 #include <vector>
 
-#include "deploy/state/HostProduct.h"
+#include "deploy/state/Host.h"
 #include "zet/ZETProblem.h"
 
 namespace ZET::Deploy {
@@ -14,19 +16,18 @@ namespace ZET::Deploy {
 struct Target {
     std::string templateName;
     std::string path;  ///< as the list has it: an absolute path of the host; empty: the list is broken there
-    bool forServer = false;
-    bool forClient = false;
+    std::set<Role> roles;            ///< for which
     std::vector<std::string> check;  ///< an argument list, "{}" for the staged file; empty: no check
     std::chrono::seconds checkTimeout{60};
-    std::vector<std::string> restartOnServer;  ///< the services to name after a change
-    std::vector<std::string> restartOnClient;
-    bool isSecret = false;  ///< its text is never shown
-    std::string trusted;    ///< a user whose directories count as root's; empty: none
-    int line = 0;           ///< of its name in the list
+    std::map<Role, std::vector<std::string>> restarts;  ///< the services to name after a change
+    bool isSecret = false;                              ///< its text is never shown
+    std::string trusted;  ///< a user whose directories count as root's; empty: none
+    int line = 0;         ///< of its name in the list
 
-    bool IsFor(const std::string& role) const { return role == "server" ? forServer : forClient; }
-    const std::vector<std::string>& RestartsFor(const std::string& role) const {
-        return role == "server" ? restartOnServer : restartOnClient;
+    bool IsFor(Role role) const { return roles.contains(role); }
+    std::vector<std::string> RestartsFor(Role role) const {
+        const auto found = restarts.find(role);
+        return found == restarts.end() ? std::vector<std::string>() : found->second;
     }
 };
 
@@ -39,19 +40,19 @@ struct TargetList {
 };
 
 /// The list of targets, in the directory of the pristine templates.
-std::string TargetListFile(HostProduct& product);
+std::string TargetListFile(Host& host);
 
 /// Reads the list of targets in its place. A list that cannot be read is a `Failure`,
 /// and so is, while root runs, one that others may write or lead root to; broken entries are problems.
-TargetList ReadTargetList(HostProduct& product);
+TargetList ReadTargetList(Host& host);
 
-/// The targets of the product's role whose templates `templateNames` has, all when it is empty, in the order
-/// of the list. A template that the list does not have for the role is a `UsageError`.
-std::vector<Target> SelectTargets(HostProduct& product, const TargetList& list,
+/// The targets of the role whose templates `templateNames` has, all when it is empty, in the order of the
+/// list. A template that the list does not have for the role is a `UsageError`.
+std::vector<Target> SelectTargets(Role role, const TargetList& list,
                                   const std::vector<std::string>& templateNames);
 
-/// The same of the list in its place; a broken one is a `Failure` with all its problems.
-std::vector<Target> SelectTargets(HostProduct& product, const std::vector<std::string>& templateNames);
+/// The same of the host's role and the list in its place; a broken one is a `Failure` with all its problems.
+std::vector<Target> SelectTargets(Host& host, const std::vector<std::string>& templateNames);
 
 }  // namespace ZET::Deploy
 

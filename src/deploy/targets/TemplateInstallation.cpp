@@ -9,6 +9,7 @@
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/Templates.h"
+#include "posix/PathNames.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -47,7 +48,7 @@ class Installation {
         }
         RequireReadableFile(m_pristine);
         for (const std::string& file : {m_pristine, m_path})
-            RequireOwnInstruction(m_product, file);
+            RequireOwnInstruction(m_product.HostPaths(), file);
         m_isThere = IsFileExist(m_path);
         if (!m_isThere) return;
         RequireReadableFile(m_path);
@@ -144,8 +145,7 @@ std::vector<std::string> FilesOf(Deployment& product, const std::vector<Installa
 }  // namespace
 
 void RequireTemplateName(const std::string& name) {
-    if (name.empty() || name.front() == '/' || name.back() == '/' ||
-        ("/" + name + "/").find("/../") != std::string::npos) {
+    if (name.empty() || name.front() == '/' || name.back() == '/' || HasStepUp(name)) {
         throw UsageError("NAME \"" + name +
                          "\" leaves the directory of the templates (name a template below it)");
     }

@@ -20,12 +20,12 @@ namespace ZET::Deploy {
 namespace {
 
 /// A target of the list may be made by hand, too, but nothing that stands beside one.
-void RequireFreeTarget(HostProduct& product, const std::string& templateName, const std::string& path) {
-    ClaimedFiles claimed(product);
+void RequireFreeTarget(Host& host, const std::string& templateName, const std::string& path) {
+    ClaimedFiles claimed(host);
     claimed.AddTemplate(templateName);
     TargetList list;
     try {
-        list = ReadTargetList(product);
+        list = ReadTargetList(host);
     } catch (const Failure&) {
         // Without a list that can be used, nothing is known to be a target.
     }
@@ -94,7 +94,8 @@ ShownDiff TemplateProcess::DiffOf(const std::string& before, const std::string& 
 
 /// As a commit warns of them.
 void TemplateProcess::WarnOfEdits() {
-    if (!Manifest::IsEdited(m_product, m_product.HostPaths().RealName(m_path))) return;
+    if (!Manifest::IsEdited(m_product.State(), m_product.HostPaths(), m_product.HostPaths().RealName(m_path)))
+        return;
     m_product.Out().Warning(m_path + ": was edited since the last commit; the edits" +
                             (m_product.Wanted().dryRun ? " would be " : " are ") + "overwritten");
 }

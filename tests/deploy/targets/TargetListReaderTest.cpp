@@ -52,11 +52,11 @@ TEST(TargetListReader, EveryKeyIsTaken) {
         "restart = [\"s\", \"t\"]\nsecret = true\ntrust = \"freerad\"");
     EXPECT_EQ(target.templateName, "one");
     EXPECT_EQ(target.path, "/etc/one");
-    EXPECT_TRUE(target.forServer && target.forClient);
+    EXPECT_TRUE(target.IsFor(Role::Server) && target.IsFor(Role::Client));
     EXPECT_THAT(target.check, ElementsAre("sh", "-c", "a\nb", "", "{}"));
     EXPECT_EQ(target.checkTimeout.count(), 86400);
-    EXPECT_THAT(target.RestartsFor("server"), ElementsAre("s", "t"));
-    EXPECT_THAT(target.RestartsFor("client"), ElementsAre("s", "t"));
+    EXPECT_THAT(target.RestartsFor(Role::Server), ElementsAre("s", "t"));
+    EXPECT_THAT(target.RestartsFor(Role::Client), ElementsAre("s", "t"));
     EXPECT_TRUE(target.isSecret);
     EXPECT_EQ(target.trusted, "freerad");
 }
@@ -65,7 +65,7 @@ TEST(TargetListReader, WhatIsNotGivenHasItsDefault) {
     const Target target = TargetOf("secret = false");
     EXPECT_THAT(target.check, IsEmpty());
     EXPECT_EQ(target.checkTimeout.count(), 60);
-    EXPECT_THAT(target.RestartsFor("server"), IsEmpty());
+    EXPECT_THAT(target.RestartsFor(Role::Server), IsEmpty());
     EXPECT_FALSE(target.isSecret);
     EXPECT_EQ(target.trusted, "");
 }
@@ -75,10 +75,10 @@ TEST(TargetListReader, ServicesMayDependOnTheRole) {
                               "restart.server = [\"s\"]\nrestart.client = [\"c\"]",
                               "[templates.one.restart]\nserver = [\"s\"]\nclient = [\"c\"]"}) {
         const Target target = TargetOf(lines);
-        EXPECT_THAT(target.RestartsFor("server"), ElementsAre("s")) << lines;
-        EXPECT_THAT(target.RestartsFor("client"), ElementsAre("c")) << lines;
+        EXPECT_THAT(target.RestartsFor(Role::Server), ElementsAre("s")) << lines;
+        EXPECT_THAT(target.RestartsFor(Role::Client), ElementsAre("c")) << lines;
     }
-    EXPECT_THAT(TargetOf("restart = { client = [\"c\"] }").RestartsFor("server"), IsEmpty());
+    EXPECT_THAT(TargetOf("restart = { client = [\"c\"] }").RestartsFor(Role::Server), IsEmpty());
 }
 
 TEST(TargetListReader, OtherFormsOfTomlSayTheSame) {

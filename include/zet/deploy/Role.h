@@ -1,0 +1,33 @@
+#ifndef ZET_DEPLOY_ROLE_H
+#define ZET_DEPLOY_ROLE_H
+
+#include <optional>
+#include <string_view>
+
+namespace ZET::Deploy {
+
+/// What a host is in its network domain.
+enum class Role { Server, Client };
+
+inline constexpr Role kRoles[] = {Role::Server, Role::Client};
+
+/// As files, messages and the module have it.
+constexpr const char* NameOf(Role role) {
+    return role == Role::Server ? "server" : "client";
+}
+
+/// None for a word that names no role.
+constexpr std::optional<Role> RoleNamed(std::string_view name) {
+    for (const Role role : kRoles)
+        if (name == NameOf(role)) return role;
+    return std::nullopt;
+}
+
+/// The other role that a host can have, too.
+constexpr Role OtherRole(Role role) {
+    return role == Role::Server ? Role::Client : Role::Server;
+}
+
+}  // namespace ZET::Deploy
+
+#endif

@@ -1,0 +1,64 @@
+#include "deploy/state/Host.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/Signals.h"
+#include "zet/ZETFiles.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr const char* kDirectories[] = {"ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET_VAR_LIB_DIR"};
+
+std::string DefaultOf(const std::string& key) {
+    for (const ZETParameter& parameter : KnownParameters())
+        if (parameter.name == key) return parameter.value;
+    return "";
+}
+
+}  // namespace
+
+Host::Host(const std::string& configFile, const Options& options, Observer& observer)
+    : m_configFile(configFile), m_options(options), m_observer(observer), m_paths(options.root) {
+    StartCore();
+    RequireDirectories();
+    if (!m_paths.HasRoot()) return;
+    for (const char* key : kDirectories)
+        Core().UpdateParam(key, m_paths.Resolved(Core().GetParam(key)));
+}
+
+Observer::~Observer() = default;
+
+Host::~Host() = default;
+
+void Host::RequireGoOn() {
+    SignalGuard::Check();
+    if (m_observer.IsCancelled())
+        throw Interrupted("was cancelled before all was done (call it again to go on)");
+}
+
+void Host::StartCore() {
+    // Links followed, so that an option that is set goes into the real file and a link stays one.
+    const std::string file = m_paths.Resolved(m_configFile);
+    m_core = m_options.needsConfigFile || IsFileExist(file) ? std::make_unique<CZETHost>(file)
+                                                            : std::make_unique<CZETHost>();
+}
+
+void Host::RequireDirectories() {
+    for (const char* key : kDirectories) {
+        const auto problem = ProblemOfParam(key, Param(key));
+        if (!problem) continue;
+        if (!m_options.mendsParameters)
+            throw Failure(Problem{Param("ZET_CFG"), 0, 0, problem->text, problem->remedy}.Describe());
+        Core().UpdateParam(key, DefaultOf(key));
+    }
+}
+
+bool IsOwnDirectory(const std::string& key) {
+    return std::find(std::begin(kDirectories), std::end(kDirectories), key) != std::end(kDirectories);
+}
+
+}  // namespace ZET::Deploy

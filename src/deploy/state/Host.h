@@ -1,0 +1,77 @@
+#ifndef ZET_DEPLOY_HOST_H
+#define ZET_DEPLOY_HOST_H
+
+#include <memory>
+#include <string>
+
+#include "deploy/host/Paths.h"
+#include "deploy/state/StateDirectory.h"
+#include "zet/ZETHost.h"
+#include "zet/deploy/Observer.h"
+#include "zet/deploy/Options.h"
+
+namespace ZET::Deploy {
+
+/// A host, as far as it can be known without the module: the core with its parameters, where the host's files
+/// are, what the caller wants, and whom to tell.
+class Host {
+  public:
+    /// Reads the parameters. A configuration file that is missing or broken throws. `observer` is told what
+    /// happens as long as the object lives.
+    Host(const std::string& configFile, const Options& options, Observer& observer);
+    virtual ~Host();
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    /// The main configuration file, as the caller named it.
+    const std::string& ConfigFile() const { return m_configFile; }
+    const Options& Wanted() const { return m_options; }
+    Deploy::Role Role() const { return m_options.role; }
+
+    /// The words that called: "zet-init commit-config".
+    std::string Caller() const { return m_options.program + " " + m_options.command; }
+    Observer& Out() { return m_observer; }
+    IZETCore& Core() { return m_core->GetCore(); }
+    const Paths& HostPaths() const { return m_paths; }
+
+    /// A parameter; those that name directories of the product are paths that can be opened.
+    std::string Param(const std::string& key) { return Core().GetParam(key); }
+
+    /// Every parameter with its value.
+    StringMap Params() const { return m_core->GetParams(); }
+
+    StateDirectory State() { return StateDirectory(Param("ZET_VAR_LIB_DIR")); }
+
+    /// The path under which a file given by the caller can be opened: under the root, links followed.
+    std::string FilePath(const std::string& file) const { return m_paths.Resolved(file); }
+
+    /// Throws `Interrupted` when a signal came, or the observer wants no more: between two files.
+    void RequireGoOn();
+
+    /// The user whose directories count as root's for this file; empty: none.
+    virtual std::string TrustedAt(const std::string& /*path*/) { return ""; }
+
+  protected:
+    CZETHost& LoadedCore() { return *m_core; }
+
+  private:
+    /// Without a configuration file where the caller can do without and none is there.
+    void StartCore();
+
+    /// A `Failure` unless each parameter that has to names a directory: an empty one would stand for the
+    /// root.
+    void RequireDirectories();
+
+    const std::string m_configFile;
+    const Options m_options;
+    Observer& m_observer;
+    Paths m_paths;
+    std::unique_ptr<CZETHost> m_core;
+};
+
+/// Whether the parameter names a directory of the product's own.
+bool IsOwnDirectory(const std::string& key);
+
+}  // namespace ZET::Deploy
+
+#endif

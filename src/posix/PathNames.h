@@ -1,0 +1,73 @@
+#ifndef ZET_POSIX_PATH_NAMES_H
+#define ZET_POSIX_PATH_NAMES_H
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+/// Names of files as texts: nothing is looked up, so links are not followed.
+namespace ZET {
+
+/// What stands before the last name, its "/" too; empty where there is none.
+inline std::string PartBeforeName(std::string_view path) {
+    return std::string(path.substr(0, path.rfind('/') + 1));
+}
+
+/// What stands behind the last "/".
+inline std::string BaseNameOf(std::string_view path) {
+    return std::string(path.substr(path.rfind('/') + 1));
+}
+
+/// The directory that the file is in: "." for a name alone.
+inline std::string DirectoryOf(std::string_view path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string_view::npos) return ".";
+    return std::string(path.substr(0, slash == 0 ? 1 : slash));
+}
+
+/// The file of that name in the directory, which may be "/".
+inline std::string PathIn(std::string_view directory, std::string_view name) {
+    std::string path;
+    path.reserve(directory.size() + 1 + name.size());
+    path = directory;
+    if (!path.ends_with('/')) path += '/';
+    return path.append(name);
+}
+
+/// Whether the path leads to something in the directory or below it, as far as it can be read off; an empty
+/// directory stands for "/".
+inline bool IsBelow(std::string_view path, std::string_view directory) {
+    return path.size() > directory.size() && path[directory.size()] == '/' && path.starts_with(directory);
+}
+
+/// Whether a part of the path is "..".
+inline bool HasStepUp(std::string_view path) {
+    for (std::size_t start = 0; start <= path.size();) {
+        const std::size_t end = std::min(path.find('/', start), path.size());
+        if (path.substr(start, end - start) == "..") return true;
+        start = end + 1;
+    }
+    return false;
+}
+
+/// An absolute path without "." and "..", empty parts and a "/" at its end; ".." takes the part before it
+/// away, and is nothing at the root.
+inline std::string Normalised(std::string_view path) {
+    std::string result;
+    for (std::size_t start = 0; start < path.size();) {
+        const std::size_t end = std::min(path.find('/', start), path.size());
+        const std::string_view part = path.substr(start, end - start);
+        start = end + 1;
+        if (part == "..") {
+            result.resize(result.empty() ? 0 : result.rfind('/'));
+        } else if (!part.empty() && part != ".") {
+            result.append("/").append(part);
+        }
+    }
+    return result.empty() ? "/" : result;
+}
+
+}  // namespace ZET
+
+#endif
