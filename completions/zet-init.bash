@@ -29,15 +29,18 @@ _zet_read_words() {
 
 # Sets $words to what the parameter $1 can be given.
 _zet_values() {
-    local flags='SERVICE_DISCOVERY ZET_SYNC' file_systems='nfs4 nfs cifs smb3 afs ceph glusterfs'
+    local flags='SERVICE_DISCOVERY ZET_HISTORY ZET_SYNC' file_systems='nfs4 nfs cifs smb3 afs ceph glusterfs'
+    local edits='overwrite merge refuse'
     case " $flags " in *" $1 "*) words='yes no' ;; esac
     [[ $1 != NETWORK_FS_TYPE ]] || words=$file_systems
+    [[ $1 != ZET_ON_EDIT ]] || words=$edits
 }
 
 _zet() {
     local parameters='DOMAIN DOMAIN_DN MINIMUM_UID NETWORK_FS_TYPE REALM SERVER SERVER_EXPORT_DIR SERVER_ID SERVICE_DISCOVERY
         TICKET_MAX_LIFE TICKET_MAX_RENEWABLE_LIFE VALID_GROUP_NAMES VALID_USER_NAMES ZET_CFG_DIR
-        ZET_CFG_TEMPL_DIR ZET_LANG ZET_SYNC ZET_VAR_LIB_DIR'
+        ZET_CFG_TEMPL_DIR ZET_HISTORY ZET_HISTORY_KEEP ZET_HISTORY_KEEP_EDITS ZET_HISTORY_MAX_FILE ZET_LANG
+        ZET_ON_EDIT ZET_SYNC ZET_VAR_LIB_DIR'
     local current=$2 previous=${COMP_WORDS[COMP_CWORD - 1]} command arguments words='' files=''
     local options='-c --config --root --module -n --dry-run --diff --json -q --quiet -v --verbose --show-secrets --color --log
         -h --help -V --version'

@@ -26,15 +26,18 @@ _zet_read_words() {
 
 # Sets $known to what the parameter $1 can be given.
 _zet_values() {
-    local -a flags=(SERVICE_DISCOVERY ZET_SYNC) file_systems=(nfs4 nfs cifs smb3 afs ceph glusterfs)
+    local -a flags=(SERVICE_DISCOVERY ZET_HISTORY ZET_SYNC) file_systems=(nfs4 nfs cifs smb3 afs ceph glusterfs)
+    local -a edits=(overwrite merge refuse)
     if (( ${flags[(Ie)$1]} )); then known=(yes no); fi
     if [[ $1 == NETWORK_FS_TYPE ]]; then known=($file_systems); fi
+    if [[ $1 == ZET_ON_EDIT ]]; then known=($edits); fi
 }
 
 _zet() {
     local -a parameters=(DOMAIN DOMAIN_DN MINIMUM_UID NETWORK_FS_TYPE REALM SERVER SERVER_EXPORT_DIR SERVER_ID SERVICE_DISCOVERY
         TICKET_MAX_LIFE TICKET_MAX_RENEWABLE_LIFE VALID_GROUP_NAMES VALID_USER_NAMES ZET_CFG_DIR
-        ZET_CFG_TEMPL_DIR ZET_LANG ZET_SYNC ZET_VAR_LIB_DIR)
+        ZET_CFG_TEMPL_DIR ZET_HISTORY ZET_HISTORY_KEEP ZET_HISTORY_KEEP_EDITS ZET_HISTORY_MAX_FILE ZET_LANG
+        ZET_ON_EDIT ZET_SYNC ZET_VAR_LIB_DIR)
     local command arguments current=$words[CURRENT] previous=$words[CURRENT-1]
     local -a known options=(-c --config --root --module -n --dry-run --diff --json -q --quiet -v --verbose
         --show-secrets --color --log -h --help -V --version)

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <iterator>
+#include <map>
 #include <regex>
 #include <sstream>
 
@@ -95,17 +96,16 @@ TEST_P(Completion, OffersEachParameterThatCanBeSet) {
 }
 
 TEST_P(Completion, OffersTheWordsThatCanBeChosen) {
+    const std::map<std::string, std::string> lists = {{"NETWORK_FS_TYPE", "file_systems"},
+                                                      {"ZET_ON_EDIT", "edits"}};
     std::vector<std::string> flags;
-    std::vector<std::string> choices;
     for (const ZETParameter& parameter : KnownParameters()) {
         if (parameter.kind == ZETParameterKind::YesNo) flags.push_back(parameter.name);
         if (parameter.kind == ZETParameterKind::OneOf) {
-            EXPECT_EQ(parameter.name, "NETWORK_FS_TYPE");
-            choices = parameter.words;
+            EXPECT_THAT(List(lists.at(parameter.name)), testing::ElementsAreArray(parameter.words));
         }
     }
     EXPECT_THAT(List("flags"), testing::ElementsAreArray(flags));
-    EXPECT_THAT(List("file_systems"), testing::ElementsAreArray(choices));
 }
 
 INSTANTIATE_TEST_SUITE_P(Shells, Completion, testing::Values(std::pair("bash", "'"), std::pair("zsh", "(")),

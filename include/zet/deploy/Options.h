@@ -2,10 +2,17 @@
 #define ZET_DEPLOY_OPTIONS_H
 
 #include <string>
+#include <vector>
 
 #include "zet/deploy/Role.h"
 
 namespace ZET::Deploy {
+
+/// One word of a command.
+struct CommandWord {
+    std::string text;
+    bool isText = false;  ///< of a file, or a value: not for everybody where the file is not
+};
 
 /// How the product is to be used on this host.
 struct Options {
@@ -16,6 +23,8 @@ struct Options {
     std::string moduleFile;        ///< empty: the one that was installed with the library
     std::string program = "zet-client";  ///< for messages that name a command
     std::string command;                 ///< told to whoever waits for the lock: "commit-config"
+    std::vector<CommandWord> words{};    ///< for the history: the whole command; empty: `command`
+    std::string message{};               ///< for the history: why it is done, in the user's own words
     bool dryRun = false;                 ///< nothing is written
     bool onlyLooks = false;              ///< nor would it be: what this user may not write does not matter
     bool wantsDiffs = false;             ///< of every change

@@ -13,6 +13,7 @@ namespace ZET::Deploy {
 
 FileEdit::FileEdit(Deployment& product, const std::string& file, FileInPlace::Access access)
     : m_product(product),
+      m_kind(access == FileInPlace::Access::ByPath ? FileKind::Option : FileKind::Edit),
       m_file(file),
       m_path(FileToRead(product, file)),
       m_writing(product, {m_path}),
@@ -77,14 +78,36 @@ void FileEdit::Try(const Operation& operation, const Replacement::Judge& judge) 
 }
 
 void FileEdit::Apply(const Operation& operation, bool noBackup, const Replacement::Judge& judge) {
-    m_writing.Begin();
+    Writing::Begin();
+    Recording recording(m_product, Recording::Use::OfFiles, m_writing.Records());
+    recording.Expect(Expected(noBackup));
+    recording.Announce();
     Replacement replacement(m_product, m_place, m_version);
-    replacement.Make(
-        replacement.Former().mode, [&](const std::string& name) { Perform(operation, name); },
-        [&](const std::string& made) {
-            judge(made);
-            if (!noBackup) replacement.KeepOriginal();
-        });
+    try {
+        replacement.Make(
+            replacement.Former().mode, [&](const std::string& name) { Perform(operation, name); },
+            [&](const std::string& made) {
+                judge(made);
+                recording.Plan(m_path, Capture(made, m_product.HostHistory().Limits().largestText),
+                               Recording::Attributes::OfTheFileBefore);
+                recording.Begin();
+                if (!noBackup) replacement.KeepOriginal();
+            });
+    } catch (const LeftAsItIs&) {
+        recording.Discard();
+        throw;
+    }
+    recording.Complete();
+}
+
+ExpectedFile FileEdit::Expected(bool noBackup) const {
+    using Companions = ExpectedFile::Companions;
+    ExpectedFile file;
+    file.path = m_path;
+    file.place = &m_place;
+    file.kind = m_kind;
+    file.companions = noBackup ? Companions::Stay : Companions::MayCome;
+    return file;
 }
 
 void FileEdit::Perform(const Operation& operation, const std::string& path) {

@@ -6,6 +6,7 @@
 
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
+#include "deploy/state/Recording.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/state/Writing.h"
 #include "deploy/targets/Deployment.h"
@@ -36,9 +37,11 @@ class FileEdit {
     void Judge(const std::string& made, bool noBackup, const Inspection& inspection, FileOutcome& outcome);
     void Try(const Operation& operation, const Replacement::Judge& judge);
     void Apply(const Operation& operation, bool noBackup, const Replacement::Judge& judge);
+    ExpectedFile Expected(bool noBackup) const;
     void Perform(const Operation& operation, const std::string& path);
 
     Deployment& m_product;
+    FileKind m_kind;
     std::string m_file;
     std::string m_path;
     Writing m_writing;

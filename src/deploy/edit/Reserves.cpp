@@ -8,6 +8,7 @@
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/FileState.h"
 #include "deploy/state/Language.h"
+#include "deploy/state/Recording.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/state/Writing.h"
 #include "deploy/targets/ShownDiff.h"
@@ -23,10 +24,11 @@ using Result = FileOutcome::Result;
 
 /// One of the three works on a file's reserve: what there is, and what the report says.
 struct ReserveWork {
-    ReserveWork(Deployment& given, const std::string& file)
+    ReserveWork(Deployment& given, const std::string& file, bool goesBack = false)
         : product(given),
           path(ResolvedFile(given, file)),
-          writing(given, {path}),
+          writing(given, {path}, Writing::Right::OfTheFiles, goesBack),
+          goesBackWithout(goesBack),
           place(given.HostPaths().Find(file), path),
           version(VersionOf(path)),
           reserve(path + ZETReserveSuffix),
@@ -48,10 +50,27 @@ struct ReserveWork {
     bool IsDryRun() const { return product.Wanted().dryRun; }
 
     void Reserve() {
-        writing.Begin();
-        Replacement replacement(product, place, version);
-        replacement.KeepOriginal();
-        replacement.LeaveFile();
+        Recorded(ExpectedFile::Companions::MayCome, std::nullopt, [&] {
+            Replacement replacement(product, place, version);
+            replacement.KeepOriginal();
+            replacement.LeaveFile();
+        });
+    }
+
+    /// `after` is what the file is going to be; none: it stays as it is.
+    template <typename Work>
+    void Recorded(ExpectedFile::Companions companions, const std::optional<CapturedFile>& after, Work work) {
+        Writing::Begin();
+        Recording recording(product, Recording::Use::OfFiles, writing.Records(), goesBackWithout);
+        ExpectedFile expected;
+        expected.path = path;
+        expected.place = &place;
+        expected.companions = companions;
+        expected.after = after;
+        recording.Expect(expected);
+        recording.Begin();
+        work();
+        recording.Complete();
     }
 
     FileOutcome Result(FileOutcome::Result result, const std::string& remark) {
@@ -62,7 +81,8 @@ struct ReserveWork {
 
     Deployment& product;
     std::string path;
-    Writing writing;  // before anything is looked at
+    Writing writing;       // before anything is looked at
+    bool goesBackWithout;  ///< the history, where it cannot be used
     FileInPlace place;
     FileVersion version;
     std::string reserve;
@@ -114,7 +134,7 @@ FileOutcome ReserveFile(Deployment& product, const std::string& file) {
 }
 
 FileOutcome RestoreFile(Deployment& product, const std::string& file) {
-    ReserveWork work(product, file);
+    ReserveWork work(product, file, true);
     if (!work.hasReserve && !work.hasRecord) return work.Result(Result::Unchanged, "nothing to put back");
     if (work.hasReserve) {
         if (work.hasFile) RequireReadableFile(work.path);
@@ -123,8 +143,10 @@ FileOutcome RestoreFile(Deployment& product, const std::string& file) {
         work.outcome.after = StateOf(work.reserve);
     }
     if (!work.IsDryRun()) {
-        work.writing.Begin();
-        RestoreOriginal(product, work.place, work.version);
+        std::optional<CapturedFile> after;
+        if (work.hasReserve) after = Capture(work.reserve, product.HostHistory().Limits().largestText);
+        work.Recorded(ExpectedFile::Companions::MayGo, after,
+                      [&] { RestoreOriginal(product, work.place, work.version); });
     }
     work.outcome.reserve = "";
     if (work.hasReserve) return work.Result(Result::Restored, "from " + work.reserve);
@@ -140,8 +162,10 @@ FileOutcome ForgetReserve(Deployment& product, const std::string& file, const Ed
     RequireNoTarget(product, work.path, options);
     if (work.hasReserve) work.outcome.diff = DiffToShow(product, work.reserve, "", work.path, work.reserve);
     if (!work.IsDryRun()) {
-        work.writing.Begin();
-        work.place.Within([&](const std::string& name) { product.Config().RemoveConfigFileReserve(name); });
+        work.Recorded(ExpectedFile::Companions::MayGo, std::nullopt, [&] {
+            work.place.Within(
+                [&](const std::string& name) { product.Config().RemoveConfigFileReserve(name); });
+        });
     }
     work.outcome.reserve = "";
     return work.Result(Result::Forgotten, "its reserve is dropped");

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "deploy/host/Paths.h"
+#include "deploy/state/History.h"
 #include "deploy/state/StateDirectory.h"
 #include "zet/ZETHost.h"
 #include "zet/deploy/Observer.h"
@@ -42,6 +43,9 @@ class Host {
 
     StateDirectory State() { return StateDirectory(Param("ZET_VAR_LIB_DIR")); }
 
+    /// What was done on the host, and what the files were before.
+    History& HostHistory() { return m_history; }
+
     /// The path under which a file given by the caller can be opened: under the root, links followed.
     std::string FilePath(const std::string& file) const { return m_paths.Resolved(file); }
 
@@ -50,6 +54,9 @@ class Host {
 
     /// The user whose directories count as root's for this file; empty: none.
     virtual std::string TrustedAt(const std::string& /*path*/) { return ""; }
+
+    /// Whether the text of the file is not for everybody.
+    virtual bool IsPrivate(const std::string& /*path*/) { return false; }
 
   protected:
     CZETHost& LoadedCore() { return *m_core; }
@@ -67,6 +74,7 @@ class Host {
     Observer& m_observer;
     Paths m_paths;
     std::unique_ptr<CZETHost> m_core;
+    History m_history{*this};
 };
 
 /// Whether the parameter names a directory of the product's own.

@@ -16,8 +16,7 @@ class StateDirectory {
 
     const std::string& Path() const { return m_path; }
     std::string Lock() const { return m_path + "/zet.lock"; }
-    std::string Pending() const { return m_path + "/zet.pending"; }
-    std::string Manifest(Role role) const { return m_path + "/zet-" + NameOf(role) + ".manifest"; }
+    std::string Store() const { return m_path + "/state.db"; }
     std::string Status(Role role) const { return m_path + "/zet-" + NameOf(role) + ".status"; }
 
     /// Of a client: the kind of its file server.
@@ -25,11 +24,11 @@ class StateDirectory {
 
     /// All of both roles.
     std::vector<std::string> Files() const {
-        std::vector<std::string> files = {Lock(), Pending(), FileServerStatus()};
-        for (const Role role : kRoles) {
-            files.push_back(Manifest(role));
+        std::vector<std::string> files = {Lock(), FileServerStatus()};
+        for (const Role role : kRoles)
             files.push_back(Status(role));
-        }
+        for (const char* const suffix : {"", "-wal", "-shm", "-journal"})
+            files.push_back(Store() + suffix);
         return files;
     }
 

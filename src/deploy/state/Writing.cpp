@@ -11,6 +11,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
 #include "posix/PathNames.h"
 #include "zet/ZETFormat.h"
@@ -18,11 +19,6 @@
 namespace ZET::Deploy {
 
 namespace {
-
-/// The record has a path a line.
-bool FitsRecord(const std::string& path) {
-    return path.find('\n') == std::string::npos;
-}
 
 std::string AbsolutePath(const std::string& path) {
     return std::filesystem::absolute(path).string();
@@ -46,7 +42,7 @@ void RequireDirectory(Host& host, const std::string& path) {
 /// Temporary files that a killed run left were cleared away where they are recorded, so what is still there
 /// is somebody else's. Where they cannot be recorded, a plain file is taken for such a left-over.
 void RequireFreeNames(const std::string& path, bool canRecord, const std::set<std::string>& leftOvers) {
-    const bool isAnybodys = canRecord && FitsRecord(path) && leftOvers.count(AbsolutePath(path)) == 0;
+    const bool isAnybodys = canRecord && leftOvers.count(AbsolutePath(path)) == 0;
     const std::string temporary = path + ZETTemporarySuffix;
     const FileState found = StateOf(temporary);
     if (found.exists && (!found.IsRegular() || found.links != 1 || isAnybodys)) {
@@ -62,38 +58,26 @@ void RequireFreeNames(const std::string& path, bool canRecord, const std::set<st
 
 }  // namespace
 
-Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Right right)
-    : m_product(product),
-      m_paths(paths),
-      m_canRecord(access(product.Param("ZET_VAR_LIB_DIR").c_str(), W_OK | X_OK) == 0) {
-    const bool isDryRun = product.Wanted().dryRun;
+Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Right right, bool goesBack)
+    : m_records(right == Right::OfTheProduct || product.HostHistory().KeepsTexts()) {
     RequireOwnInstructions(product);
-    if (!isDryRun) {
+    std::set<std::string> cutShort;
+    if (product.Wanted().dryRun) {
+        m_records = m_records && product.HostHistory().CanRecord();
+        if (m_records) cutShort = FilesOfCutShort(product);
+    } else {
         const LockSeeker seeker{product.Caller(), product.Out()};
         m_lock = right == Right::OfTheProduct
                      ? std::make_unique<WriteLock>(product.State(), seeker)
                      : std::make_unique<WriteLock>(product.State(), seeker, paths.front());
-        // The record is that of whoever holds the product's lock.
-        m_canRecord = m_lock->IsProducts();
-        if (m_canRecord) PendingRecord::ClearLeftOvers(product);
+        // What runs that were killed left is known to whoever holds the product's lock.
+        m_records = m_records && m_lock->IsProducts();
+        if (m_records) SettleCutShort(product, goesBack);
     }
-    const std::set<std::string> leftOvers =
-        m_canRecord ? PendingRecord::Read(product.State(), product.HostPaths()) : std::set<std::string>();
     for (const std::string& path : paths) {
         RequireDirectory(product, path);
-        RequireFreeNames(path, m_canRecord, leftOvers);
+        RequireFreeNames(path, m_records, cutShort);
     }
-}
-
-void Writing::Begin() {
-    SignalGuard::Check();
-    if (m_pending) return;
-    std::vector<std::string> toRecord;
-    for (const std::string& path : m_paths) {
-        if (m_canRecord && FitsRecord(path)) toRecord.push_back(AbsolutePath(path));
-    }
-    if (!toRecord.empty())
-        m_pending = std::make_unique<PendingRecord>(m_product.State(), m_product.HostPaths(), toRecord);
 }
 
 }  // namespace ZET::Deploy

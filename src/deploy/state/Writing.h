@@ -8,7 +8,6 @@
 #include "deploy/host/Signals.h"
 #include "deploy/state/HostProduct.h"
 #include "deploy/state/Lock.h"
-#include "deploy/state/PendingRecord.h"
 
 namespace ZET::Deploy {
 
@@ -21,18 +20,20 @@ class Writing {
 
     /// A `Failure` when one of the files (links followed) could not be written without harm: its directory is
     /// missing, or something that is not ours has the name of a temporary file or a reserve.
-    Writing(HostProduct& product, const std::vector<std::string>& paths, Right right = Right::OfTheFiles);
+    /// `goesBack`: the history is not needed, since what was there before stands beside the files.
+    Writing(HostProduct& product, const std::vector<std::string>& paths, Right right = Right::OfTheFiles,
+            bool goesBack = false);
 
-    /// From here on, the files are written.
-    void Begin();
+    /// From here on, the files are written: a signal that came is heard now.
+    static void Begin() { SignalGuard::Check(); }
+
+    /// Whether the history can be written.
+    bool Records() const { return m_records; }
 
   private:
-    HostProduct& m_product;
-    std::vector<std::string> m_paths;
-    bool m_canRecord;  ///< what is about to be written, in the product's directory
+    bool m_records;
     SignalGuard m_signals;
     std::unique_ptr<WriteLock> m_lock;
-    std::unique_ptr<PendingRecord> m_pending;
 };
 
 }  // namespace ZET::Deploy

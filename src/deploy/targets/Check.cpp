@@ -26,7 +26,8 @@ std::optional<Problem> CheckRendering(Deployment& product, const Staging& stagin
     std::string path = target.path;
     try {
         path = product.HostPaths().WithRealDirectory(product.FilePath(target.path));
-        return OwnCheckProblem(product, target, path, RenderQuietly(product, staging, target.templateName));
+        return OwnCheckProblem(product, target, path,
+                               RenderQuietly(product, staging, target.templateName, product.Role()));
     } catch (const Interrupted&) {
         throw;
     } catch (const Failure& failure) {

@@ -6,7 +6,7 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Signals.h"
-#include "deploy/state/PendingRecord.h"
+#include "deploy/state/Recording.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/Render.h"
 #include "zet/ZETErrors.h"
@@ -49,10 +49,14 @@ void WarnOfOthersWork(Deployment& product, const PlannedTarget& planned) {
 class Execution {
   public:
     Execution(Deployment& product, CommitPlan& plan)
-        : m_product(product), m_plan(plan), m_manifest(plan.Recorded()) {}
+        : m_product(product),
+          m_plan(plan),
+          m_recording(product, Recording::Use::OfTheProduct, true),
+          m_longest(product.HostHistory().Limits().largestText) {}
 
     void Run() {
-        const PendingRecord pending(m_product.State(), m_product.HostPaths(), FilesToWrite());
+        Expect();
+        m_recording.Begin();
         try {
             std::size_t done = 0;
             for (const PlannedTarget& planned : m_plan.Targets()) {
@@ -60,28 +64,94 @@ class Execution {
                 m_product.Out().Progress(done++, m_plan.Targets().size());
                 Write(planned);
             }
-            m_manifest.Save();
             RecordStatus();
         } catch (...) {
             TellBreakOff();
             throw;
         }
+        m_recording.Complete();
+        RememberUnchanged();
         m_product.Out().Restarts(m_plan.RestartsOf(m_plan.Targets()));
     }
 
   private:
-    std::vector<std::string> FilesToWrite() {
-        std::vector<std::string> files;
+    /// What it is going to write. The status tells when the last commit was, which alone is no change.
+    void Expect() {
         for (const PlannedTarget& planned : m_plan.Targets()) {
-            if (planned.IsChange()) files.push_back(planned.path);
-            const std::string workingCopy = WorkingCopy(m_product, planned.target.templateName);
-            if (!IsFileExist(workingCopy)) files.push_back(workingCopy);
+            if (planned.IsChange()) m_recording.Expect(Expected(planned));
+            ExpectWorkingCopy(m_recording, m_product, planned.target.templateName);
         }
-        return files;
+        if (m_recording.IsEmpty()) return;
+        ExpectedFile status;
+        status.kind = FileKind::Status;
+        status.path = m_product.State().Status(m_product.Role());
+        m_recording.Expect(status);
+        if (m_product.Role() != Role::Client) return;
+        status.path = m_product.State().FileServerStatus();
+        m_recording.Expect(status);
+    }
+
+    ExpectedFile Expected(const PlannedTarget& planned) const {
+        ExpectedFile file;
+        file.path = planned.path;
+        file.kind = FileKind::Target;
+        file.companions = ExpectedFile::Companions::MayCome;
+        file.after = Staged(planned);
+        file.knowledge = KnowledgeOf(planned);
+        file.wasEdited = planned.IsOthersWork();
+        return file;
+    }
+
+    /// As it will be in its place.
+    CapturedFile Staged(const PlannedTarget& planned) const {
+        constexpr mode_t kModeBits = 07777;
+        CapturedFile file = Capture(planned.staged, m_longest);
+        file.state.mode = planned.after.mode & kModeBits;
+        file.state.owner = planned.after.owner;
+        file.state.group = planned.after.group;
+        return file;
+    }
+
+    Knowledge KnowledgeOf(const PlannedTarget& planned) const {
+        Knowledge knowledge;
+        if (const KnownFile* const known = m_plan.Known().Find(planned.path))
+            knowledge = known->state.knowledge;
+        knowledge.roles.insert(m_product.Role());
+        knowledge.namedRole = planned.namedRole;
+        knowledge.templateName = planned.target.templateName;
+        knowledge.base.reset();
+        return knowledge;
+    }
+
+    /// A target that is as it would be rendered is a committed one from now on.
+    void RememberUnchanged() {
+        if (!m_recording.IsOn()) return;
+        std::vector<FileToRecord> files;
+        for (const PlannedTarget& planned : m_plan.Targets())
+            if (!planned.IsChange() && !IsKnown(planned)) files.push_back(Remembered(planned));
+        if (!files.empty()) m_product.HostHistory().ToRecord().Remember(files);
+    }
+
+    bool IsKnown(const PlannedTarget& planned) const {
+        const KnownFile* const known = m_plan.Known().Find(planned.path);
+        return known != nullptr && known->state.knowledge.roles.count(m_product.Role()) != 0 &&
+               known->state.knowledge.templateName == planned.target.templateName && !planned.isTouched;
+    }
+
+    FileToRecord Remembered(const PlannedTarget& planned) const {
+        CapturedFile now = Capture(planned.path, m_longest);
+        FileToRecord file;
+        file.file.path = m_product.HostPaths().NameInside(planned.path);
+        file.file.kind = FileKind::Target;
+        file.file.after = now.state;
+        file.file.after.knowledge = KnowledgeOf(planned);
+        file.textAfter = std::move(now.text);
+        return file;
     }
 
     void Write(const PlannedTarget& planned) {
         WarnOfOthersWork(m_product, planned);
+        TellWhereKept(planned);
         // The diff has to be made before its one side is gone.
         FileOutcome outcome = OutcomeOf(m_product, planned);
         if (planned.IsChange()) {
@@ -95,16 +165,22 @@ class Execution {
                 planned.path +
                 ": another program wrote it after it was looked at (look at it, and run the command again)");
         }
-        m_manifest.Record(planned.path);
         if (planned.change == FileOutcome::Result::Changed) outcome.reserve = ReserveOf(planned.path);
         m_product.Out().Done(outcome);
+    }
+
+    void TellWhereKept(const PlannedTarget& planned) const {
+        if (!planned.IsOthersWork() || !planned.before.exists || !m_recording.Number()) return;
+        if (!m_product.HostHistory().KeepsTexts()) return;
+        m_product.Out().Remark("\"history show " + std::to_string(*m_recording.Number()) + " " +
+                               planned.target.path + "\" shows what it held");
     }
 
     void Render(const PlannedTarget& planned) {
         const FileInPlace place(m_product.HostPaths().Find(planned.target.path, planned.target.trusted),
                                 planned.path);
-        RenderTarget(m_product,
-                     {planned.target.templateName, place, planned.staged, planned.version, m_product.Role()});
+        RenderTarget(m_product, {planned.target.templateName, place, planned.staged, planned.version,
+                                 planned.namedRole});
     }
 
     /// What stopped the run is on its way to the reader; what goes wrong in here comes on top of it.
@@ -116,10 +192,7 @@ class Execution {
             std::vector<PlannedTarget> done;
             for (const PlannedTarget& planned : m_plan.Targets()) {
                 const bool isWritten = IsWritten(planned);
-                if (isWritten) {
-                    m_manifest.Record(planned.path);
-                    done.push_back(planned);
-                }
+                if (isWritten) done.push_back(planned);
                 if (!planned.IsChange()) continue;
                 const bool isAsItWas = VersionOf(planned.path) == planned.version;
                 (isWritten ? written : isAsItWas ? notWritten : others).push_back(planned.path);
@@ -130,7 +203,6 @@ class Execution {
                 Joined(written) + ". Not written: " + Joined(notWritten) +
                 (others.empty() ? "" : ". Written by another program: " + Joined(others)));
             m_product.Out().Restarts(m_plan.RestartsOf(done));
-            m_manifest.Save();
         } catch (const std::exception& error) {
             m_product.Out().Error(WithRemedy(error.what()));
         }
@@ -155,7 +227,8 @@ class Execution {
 
     Deployment& m_product;
     CommitPlan& m_plan;
-    Manifest& m_manifest;
+    Recording m_recording;
+    const std::uint64_t m_longest;
 };
 
 }  // namespace

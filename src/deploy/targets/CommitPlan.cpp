@@ -8,8 +8,8 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
+#include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
-#include "deploy/state/PendingRecord.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/OwnCheck.h"
 #include "deploy/targets/Render.h"
@@ -35,41 +35,14 @@ FileOutcome::Result ChangeOf(const PlannedTarget& planned) {
     return isSame ? FileOutcome::Result::Unchanged : FileOutcome::Result::Changed;
 }
 
-/// What the product has on record of the files, for the role that is committed and for the other one.
-class Records {
-  public:
-    Records(Host& host, const Manifest& own) : m_host(host), m_own(own) {}
+bool HasCompanion(const std::string& path) {
+    return IsFileExist(path + ZETReserveSuffix) || IsFileExist(path + ZETAbsenceSuffix);
+}
 
-    void FillIn(PlannedTarget& planned) {
-        const std::string& path = planned.path;
-        const bool isOwn = m_own.Has(path);
-        const bool isStrange =
-            (isOwn ? !m_own.IsUntouched(path) : HasCompanion(path)) && !Other().IsUntouched(path);
-        planned.isTouched = isOwn && isStrange;
-        planned.isUnrecorded = !isOwn && isStrange;
-        planned.isReserved = planned.isUnrecorded && planned.before.exists && IsReserved(path);
-    }
-
-  private:
-    static bool HasCompanion(const std::string& path) {
-        return IsFileExist(path + ZETReserveSuffix) || IsFileExist(path + ZETAbsenceSuffix);
-    }
-
-    static bool IsReserved(const std::string& path) {
-        const std::string reserve = path + ZETReserveSuffix;
-        return access(reserve.c_str(), R_OK) == 0 && HaveSameBytes(path, reserve);
-    }
-
-    /// Read when it is needed: most commits do without.
-    const Manifest& Other() {
-        if (!m_other) m_other.emplace(m_host.State(), OtherRole(m_host.Role()), m_host.HostPaths());
-        return *m_other;
-    }
-
-    Host& m_host;
-    const Manifest& m_own;
-    std::optional<Manifest> m_other;
-};
+bool IsReserved(const std::string& path) {
+    const std::string reserve = path + ZETReserveSuffix;
+    return access(reserve.c_str(), R_OK) == 0 && HaveSameBytes(path, reserve);
+}
 
 }  // namespace
 
@@ -79,20 +52,18 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     if (!isDryRun) {
         RequireOwnInstructions(product);
         m_lock = std::make_unique<WriteLock>(product.State(), LockSeeker{product.Caller(), product.Out()});
-        m_cutShort = PendingRecord::ClearLeftOvers(product);
+        m_cutShort = SettleCutShort(product);
     }
     m_checked = CheckTargets(product, templateNames);
     if (!m_checked.problems.empty()) return;
     m_staging = std::make_unique<Staging>(isDryRun ? "" : product.Param("ZET_VAR_LIB_DIR"),
                                           SizeOfTemplates(product, m_checked.targets));
-    m_manifest = std::make_unique<Manifest>(product.State(), product.Role(), product.HostPaths());
+    m_known = std::make_unique<KnownFiles>(product);
     m_checksNotRun = CountChecksNotRun(product.Wanted(), m_checked.targets);
-    Records records(product, *m_manifest);
     for (const Target& target : m_checked.targets) {
         product.RequireGoOn();
         product.Out().Progress(m_targets.size(), m_checked.targets.size());
         Add(target);
-        records.FillIn(m_targets.back());
     }
 }
 
@@ -100,13 +71,44 @@ void CommitPlan::Add(const Target& target) {
     PlannedTarget planned;
     planned.target = target;
     planned.path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path));
-    planned.staged = RenderQuietly(m_product, *m_staging, target.templateName);
+    Stage(planned);
     if (RunsOwnChecks(m_product.Wanted())) RequireAcceptance(m_product, target, planned.path, planned.staged);
+    FillIn(planned);
+    m_targets.push_back(std::move(planned));
+}
+
+/// The state of a target is the host's and not the role's: where only the command that the notice names would
+/// be another one, the first role to commit it has named it.
+void CommitPlan::Stage(PlannedTarget& planned) {
+    const std::string& name = planned.target.templateName;
     planned.version = VersionOf(planned.path);
     planned.before = StateOf(planned.path);
-    planned.after = StateInPlace(planned.path, planned.staged);
-    planned.change = ChangeOf(planned);
-    m_targets.push_back(std::move(planned));
+    const KnownFile* const known = m_known->Find(planned.path);
+    const bool isRecorded = known != nullptr && !known->state.knowledge.roles.empty();
+    planned.namedRole = m_product.Role();
+    if (isRecorded) planned.namedRole = known->state.knowledge.namedRole.value_or(planned.namedRole);
+    const auto stageFor = [&](Role role) {
+        planned.staged = RenderQuietly(m_product, *m_staging, name, role);
+        planned.after = StateInPlace(planned.path, planned.staged);
+        planned.change = ChangeOf(planned);
+        return planned.change;
+    };
+    const Role role = planned.namedRole;
+    if (stageFor(role) != FileOutcome::Result::Changed || isRecorded || !HasCompanion(planned.path)) return;
+    if (stageFor(OtherRole(role)) == FileOutcome::Result::Unchanged)
+        planned.namedRole = OtherRole(role);
+    else
+        stageFor(role);
+}
+
+void CommitPlan::FillIn(PlannedTarget& planned) const {
+    const std::string& path = planned.path;
+    const KnownFile* const known = m_known->Find(path);
+    const bool isRecorded = known != nullptr && !known->state.knowledge.roles.empty();
+    const bool isStrange = known != nullptr ? !m_known->IsAsLeft(path) : HasCompanion(path);
+    planned.isTouched = isRecorded && isStrange;
+    planned.isUnrecorded = !isRecorded && isStrange;
+    planned.isReserved = planned.isUnrecorded && planned.before.exists && IsReserved(path);
 }
 
 /// A run that was cut short could tell and record nothing of what it had written; the commands that came

@@ -9,8 +9,8 @@
 
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Staging.h"
+#include "deploy/state/KnownFiles.h"
 #include "deploy/state/Lock.h"
-#include "deploy/state/Manifest.h"
 #include "deploy/targets/Deployment.h"
 #include "deploy/targets/TargetCheck.h"
 #include "zet/deploy/FileOutcome.h"
@@ -26,7 +26,8 @@ struct PlannedTarget {
     bool isTouched = false;     ///< the file is none of those that the roles recorded at their commits
     bool isUnrecorded = false;  ///< the product had to do with the file, but no commit recorded it as it is
     bool isReserved = false;    ///< what the file holds is what its reserve holds
-    FileVersion version;        ///< of what was there when the plan was made
+    Role namedRole = Role::Client;  ///< the one whose command its notice names
+    FileVersion version;            ///< of what was there when the plan was made
     FileState before;
     FileState after;
 
@@ -60,17 +61,20 @@ class CommitPlan {
     /// The services of these targets that have to be restarted.
     std::vector<std::string> RestartsOf(const std::vector<PlannedTarget>& targets) const;
 
-    Manifest& Recorded() { return *m_manifest; }
+    /// What is known of the files before the commit.
+    const KnownFiles& Known() const { return *m_known; }
 
   private:
     void Add(const Target& target);
+    void Stage(PlannedTarget& planned);
+    void FillIn(PlannedTarget& planned) const;
 
     Deployment& m_product;
     std::unique_ptr<WriteLock> m_lock;
     std::set<std::string> m_cutShort;  ///< what a run that was cut short may have written
     CheckedTargets m_checked;
     std::unique_ptr<Staging> m_staging;
-    std::unique_ptr<Manifest> m_manifest;
+    std::unique_ptr<KnownFiles> m_known;
     std::size_t m_checksNotRun = 0;
     std::vector<PlannedTarget> m_targets;
 };

@@ -21,6 +21,8 @@ class Deployment : public HostProduct {
     /// As the list of targets says; without a list that can be read, nobody: whoever needs it is told why.
     std::string TrustedAt(const std::string& path) override;
 
+    bool IsPrivate(const std::string& path) override { return m_secrets.IsPrivate(path); }
+
   private:
     HostLists m_lists;
     Secrets m_secrets;

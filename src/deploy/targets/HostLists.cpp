@@ -2,8 +2,8 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/state/Host.h"
-#include "deploy/state/Manifest.h"
 #include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
 
@@ -32,20 +32,18 @@ const Target* HostLists::TargetNamed(const std::string& name) {
     return found == m_byName->end() ? nullptr : found->second;
 }
 
-const std::set<std::string>& HostLists::Committed() {
-    if (m_committed) return *m_committed;
-    std::set<std::string> names;
-    for (const Role role : kRoles) {
-        for (const std::string& path : Manifest(m_host.State(), role, m_host.HostPaths()).Paths())
-            names.insert(NameOf(path));
-    }
-    m_committed = std::move(names);
-    return *m_committed;
+/// Beside such a file stands what was there before, so that most files need no look into the history.
+bool HostLists::IsCommitted(const std::string& name) {
+    const std::string path = m_host.HostPaths().FromInside(name);
+    if (!IsFileExist(path + ZETReserveSuffix) && !IsFileExist(path + ZETAbsenceSuffix)) return false;
+    Store* const store = m_host.HostHistory().ToLook();
+    const std::optional<KnownFile> known = store != nullptr ? store->Known(name) : std::nullopt;
+    return known && !known->state.knowledge.roles.empty();
 }
 
 const Target* HostLists::CommittedTarget(const std::string& path) {
     const std::string name = NameOf(path);
-    return Committed().count(name) == 0 ? nullptr : TargetNamed(name);
+    return IsCommitted(name) ? TargetNamed(name) : nullptr;
 }
 
 std::string HostLists::NameOf(const std::string& path) const {

@@ -3,7 +3,6 @@
 
 #include <map>
 #include <optional>
-#include <set>
 #include <string>
 
 #include "deploy/targets/Targets.h"
@@ -25,8 +24,8 @@ class HostLists {
     /// none.
     const Target* TargetNamed(const std::string& name);
 
-    /// The names of the files that a commit of either role recorded.
-    const std::set<std::string>& Committed();
+    /// Whether a commit of either role wrote the file of this name, and it was not taken back since.
+    bool IsCommitted(const std::string& name);
 
     /// The target that the file is and that a commit of either role recorded; null when it is none.
     const Target* CommittedTarget(const std::string& path);
@@ -38,7 +37,6 @@ class HostLists {
     Host& m_host;
     std::optional<TargetList> m_targets;
     std::optional<std::map<std::string, const Target*>> m_byName;
-    std::optional<std::set<std::string>> m_committed;
 };
 
 }  // namespace ZET::Deploy

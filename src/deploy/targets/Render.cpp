@@ -74,6 +74,20 @@ std::string TemplateFile(Host& host, const std::string& templateName) {
     return "";
 }
 
+void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& templateName) {
+    const std::string workingCopy = WorkingCopy(host, templateName);
+    if (!recording.IsOn() || IsFileExist(workingCopy)) return;
+    const std::string pristine = host.Param("ZET_CFG_TEMPL_DIR") + "/" + templateName;
+    if (!IsFileExist(pristine)) return;
+    ExpectedFile file;
+    file.path = workingCopy;
+    file.kind = FileKind::Template;
+    file.after = Capture(host.FilePath(host.HostPaths().NameInside(pristine)),
+                         host.HostHistory().Limits().largestText);
+    file.base = file.after->text;
+    recording.Expect(file);
+}
+
 std::uintmax_t SizeOfTemplates(Host& host, const std::vector<Target>& targets) {
     std::uintmax_t size = 0;
     for (const Target& target : targets) {
@@ -118,9 +132,10 @@ std::string RenderStagedFor(Deployment& product, const Staging& staging, const s
     return Stage(product, role, staging, templateName, nullptr);
 }
 
-std::string RenderQuietly(Deployment& product, const Staging& staging, const std::string& templateName) {
+std::string RenderQuietly(Deployment& product, const Staging& staging, const std::string& templateName,
+                          Role role) {
     const QuietLog quiet(ZETLogError);
-    return RenderStaged(product, staging, templateName);
+    return RenderStagedFor(product, staging, templateName, role);
 }
 
 void RenderOnce(Deployment& product, const std::string& templateName, const std::string& name,

@@ -8,6 +8,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/Staging.h"
+#include "deploy/state/Recording.h"
 #include "deploy/targets/Deployment.h"
 #include "deploy/targets/Targets.h"
 #include "zet/ZETTypes.h"
@@ -20,6 +21,9 @@ std::string TemplateFile(Host& host, const std::string& templateName);
 
 /// The working copy's path, whether it is there or not.
 std::string WorkingCopy(Host& host, const std::string& templateName);
+
+/// A working copy that is missing is going to be installed; one that is there is not touched.
+void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& templateName);
 
 /// How many bytes the targets' templates have; one that cannot be told counts as none.
 std::uintmax_t SizeOfTemplates(Host& host, const std::vector<Target>& targets);
@@ -35,8 +39,9 @@ std::string RenderStaged(Deployment& product, const Staging& staging, const std:
 std::string RenderStagedFor(Deployment& product, const Staging& staging, const std::string& templateName,
                             Role role);
 
-/// The same; what the log has to say comes with the real rendering.
-std::string RenderQuietly(Deployment& product, const Staging& staging, const std::string& templateName);
+/// The same for a role; what the log has to say comes with the real rendering.
+std::string RenderQuietly(Deployment& product, const Staging& staging, const std::string& templateName,
+                          Role role);
 
 /// Lets the module render a template into the file `name`, for the reader `path`, and keep nothing: a
 /// `Replacement` is there for that. `values` wins over the template values.

@@ -10,11 +10,12 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Signals.h"
 #include "deploy/host/Staging.h"
+#include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
+#include "deploy/state/KnownFiles.h"
 #include "deploy/state/Lock.h"
-#include "deploy/state/Manifest.h"
 #include "deploy/state/Overrides.h"
-#include "deploy/state/PendingRecord.h"
+#include "deploy/state/Recording.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/Render.h"
@@ -31,7 +32,19 @@ namespace {
 
 using Result = FileOutcome::Result;
 
-/// One rollback, under the lock.
+/// What is done to one file.
+struct Step {
+    enum class Action { Nothing, PutBack, DropReserve, LeaveToOtherRole };
+
+    WrittenFile file;
+    FileOutcome outcome;
+    Action action = Action::Nothing;
+    FileVersion version;  ///< before it was looked at
+    bool hasReserve = false;
+};
+
+/// One rollback, under the lock: first it is known what becomes of every file, which is recorded, then it is
+/// done.
 class Rollback {
   public:
     Rollback(Deployment& product, const std::vector<std::string>& names, bool isForced)
@@ -39,32 +52,31 @@ class Rollback {
           m_names(names),
           m_isForced(isForced),
           m_isDryRun(product.Wanted().dryRun),
-          m_manifest(product.State(), product.Role(), product.HostPaths(), product.Out()),
           m_otherRole(OtherRole(product.Role())),
-          m_otherManifest(product.State(), m_otherRole, product.HostPaths(), product.Out()) {}
+          m_recording(product, Recording::Use::OfTheProduct, true, true),
+          m_known(product, KnownFiles::Unusable::IsTold) {}
 
     RollbackResult Run() {
         const std::vector<WrittenFile> all = WrittenFiles();
-        const std::vector<WrittenFile> named = Named(all);
+        std::vector<Step> steps = Steps(Named(all));
+        const bool isLast = IsLast(all, steps);
+        Expect(steps, isLast);
+        m_recording.Begin();
         try {
             std::size_t done = 0;
-            for (const WrittenFile& file : named) {
+            for (Step& step : steps) {
                 m_product.RequireGoOn();
-                m_product.Out().Progress(done++, named.size());
-                TryPutBack(file);
+                m_product.Out().Progress(done++, steps.size());
+                Do(step);
             }
         } catch (const Interrupted&) {
             m_product.Out().Restarts(m_restarts.Services());
-            if (!m_isDryRun) SaveManifests();
             throw;
         }
         m_product.Out().Restarts(m_restarts.Services());
         if (m_isDryRun) return m_result;
-        SaveManifests();
-        const auto isLeft = [&](const WrittenFile& file) {
-            return file.IsLeft() && !m_otherManifest.Has(file.path);
-        };
-        if (m_manifest.IsEmpty() && std::none_of(all.begin(), all.end(), isLeft)) RemoveStatus();
+        if (isLast && !m_result.isKept) RemoveStatus();
+        m_recording.Complete(Ending::DoneInPart);
         return m_result;
     }
 
@@ -73,7 +85,7 @@ class Rollback {
         std::vector<WrittenFile> files;
         for (const Target& target : ListedTargets())
             files.push_back(Written(target));
-        for (const std::string& path : m_manifest.Paths()) {
+        for (const std::string& path : m_known.PathsOf(m_product.Role())) {
             const bool isListed = std::any_of(files.begin(), files.end(),
                                               [&](const WrittenFile& file) { return file.path == path; });
             if (!isListed) AddRecorded(path, files);
@@ -86,7 +98,7 @@ class Rollback {
         try {
             return SelectTargets(m_product, {});
         } catch (const Failure& failure) {
-            if (m_manifest.IsEmpty()) throw;
+            if (m_known.PathsOf(m_product.Role()).empty()) throw;
             m_result.isKept = true;
             m_product.Out().Error(failure.what(), failure.Lines());
             m_product.Out().Remark("only the files that the last commit recorded are put back");
@@ -151,20 +163,80 @@ class Rollback {
         }
     }
 
-    void TryPutBack(const WrittenFile& file) {
+    std::vector<Step> Steps(const std::vector<WrittenFile>& files) {
+        std::vector<Step> steps;
+        for (const WrittenFile& file : files) {
+            m_product.RequireGoOn();
+            steps.push_back(
+                Tried({file, {}, Step::Action::Nothing, {}, false}, [&](Step& step) { Decide(step); }));
+        }
+        return steps;
+    }
+
+    /// A file that cannot be put back does not keep the others from it.
+    template <typename Call>
+    Step Tried(Step step, Call call) {
         try {
-            if (!file.trouble.empty()) throw Failure(file.trouble);
-            const FileOutcome outcome = PutBack(file);
-            if (outcome.result == Result::Restored || outcome.result == Result::Removed)
-                m_restarts.Add(file.restart);
-            m_product.Out().Done(outcome);
+            if (!step.file.trouble.empty()) throw Failure(step.file.trouble);
+            call(step);
         } catch (const Interrupted&) {
             throw;
         } catch (const std::exception& error) {
             m_result.isKept = true;
-            m_product.Out().Error(file.path + ": could not be put back: " + WithRemedy(error.what()));
-            m_product.Out().Done(OutcomeOf(file, Result::Failed, "could not be put back"));
+            m_product.Out().Error(step.file.path + ": could not be put back: " + WithRemedy(error.what()));
+            step.outcome = OutcomeOf(step.file, Result::Failed, "could not be put back");
+            step.action = Step::Action::Nothing;
         }
+        return step;
+    }
+
+    void Do(Step& step) {
+        if (!m_isDryRun) step = Tried(step, [&](Step& tried) { Act(tried); });
+        if (step.outcome.result == Result::Restored || step.outcome.result == Result::Removed)
+            m_restarts.Add(step.file.restart);
+        m_product.Out().Done(step.outcome);
+    }
+
+    void Decide(Step& step) {
+        const WrittenFile& file = step.file;
+        step.version = VersionOf(file.path);
+        const FileState reserve = StateOf(file.Reserve());
+        const FileState now = StateOf(file.path);
+        step.hasReserve = reserve.exists;
+        if (!reserve.exists && !StateOf(file.Record()).exists) {
+            step.action = Step::Action::LeaveToOtherRole;
+            step.outcome = OutcomeOf(file, Result::Unchanged,
+                                     now.exists ? "has no reserve, stays as it is" : "is not there");
+            return;
+        }
+        if (reserve.exists && !reserve.IsRegular())
+            throw Failure(file.Reserve() + ": is no regular file (move it away)");
+        if (now.exists && !m_isForced && !IsOwnWork(file)) {
+            m_product.Out().Warning(
+                file.path +
+                ": was edited since it was committed and stays (--force puts back what was there before)");
+            step.outcome = Keep(file, "edited, stays as it is");
+        } else if (m_known.IsUnusable() && file.isOfBoth && !m_isForced) {
+            step.outcome = Keep(file, std::string("may have been committed by the role ") +
+                                          NameOf(m_otherRole) + ", too, and stays (--force puts it back)");
+        } else if (m_known.Has(file.path, m_otherRole)) {
+            step.action = Step::Action::LeaveToOtherRole;
+            step.outcome = OutcomeOf(
+                file, Result::Kept,
+                std::string("stays for the role ") + NameOf(m_otherRole) + ", which has committed it");
+        } else {
+            m_result.isChanged = true;
+            step.outcome = Describe(file, now, reserve);
+            step.action = file.IsAsReserved(now, reserve) ? Step::Action::DropReserve : Step::Action::PutBack;
+        }
+    }
+
+    void Act(const Step& step) {
+        if (step.action != Step::Action::PutBack && step.action != Step::Action::DropReserve) return;
+        const FileInPlace place = step.file.PlaceIn(m_product.HostPaths());
+        if (step.action == Step::Action::PutBack) return PutBackAsItWas(m_product, place, step.version);
+        // What cannot be replaced, like a mount point, can be as it was all the same.
+        place.Within([&](const std::string& name) { m_product.Config().RemoveConfigFileReserve(name); });
     }
 
     static FileOutcome OutcomeOf(const WrittenFile& file, Result result, const std::string& remark) {
@@ -180,84 +252,6 @@ class Rollback {
     FileOutcome Keep(const WrittenFile& file, const std::string& remark) {
         m_result.isKept = true;
         return OutcomeOf(file, Result::Kept, remark);
-    }
-
-    FileOutcome PutBack(const WrittenFile& file) {
-        const FileVersion version = VersionOf(file.path);
-        const FileState reserve = StateOf(file.Reserve());
-        const FileState now = StateOf(file.path);
-        if (!reserve.exists && !StateOf(file.Record()).exists) {
-            m_manifest.Forget(file.path);
-            return OutcomeOf(file, Result::Unchanged,
-                             now.exists ? "has no reserve, stays as it is" : "is not there");
-        }
-        if (reserve.exists && !reserve.IsRegular())
-            throw Failure(file.Reserve() + ": is no regular file (move it away)");
-        if (now.exists && !m_isForced && !IsOwnWork(file)) {
-            m_product.Out().Warning(
-                file.path +
-                ": was edited since it was committed and stays (--force puts back what was there before)");
-            return Keep(file, "edited, stays as it is");
-        }
-        if (m_otherManifest.IsDamaged() && file.isOfBoth && !m_isForced) {
-            return Keep(file, std::string("may have been committed by the role ") + NameOf(m_otherRole) +
-                                  ", too, and stays (--force puts it back)");
-        }
-        if (m_otherManifest.Has(file.path)) return LeaveToOtherRole(file, version, now);
-        m_result.isChanged = true;
-        FileOutcome outcome = Describe(file, now, reserve);
-        if (m_isDryRun) return outcome;
-        const FileInPlace place = file.PlaceIn(m_product.HostPaths());
-        if (file.IsAsReserved(now, reserve)) {
-            // What cannot be replaced, like a mount point, can be as it was all the same.
-            place.Within([&](const std::string& name) { m_product.Config().RemoveConfigFileReserve(name); });
-        } else {
-            PutBackAsItWas(m_product, place, version);
-        }
-        m_manifest.Forget(file.path);
-        return outcome;
-    }
-
-    /// The other role has committed the file, too: it gets what that role renders, and the original goes on
-    /// being kept for the last of them.
-    FileOutcome LeaveToOtherRole(const WrittenFile& file, const FileVersion& version, const FileState& now) {
-        const std::string text =
-            std::string("stays for the role ") + NameOf(m_otherRole) + ", which has committed it";
-        if (file.templateName.empty()) {
-            if (!m_isDryRun) m_manifest.Forget(file.path);
-            return OutcomeOf(file, Result::Kept, text);
-        }
-        const std::vector<Problem> problems =
-            CheckTemplateFile(m_product, file.templateName, m_product.Config().TemplatesValues());
-        if (!problems.empty())
-            throw Failure("it " + text + ", and cannot be rendered for it: " + problems.front().Describe());
-        const std::string staged = StagedFor(file, m_otherRole);
-        const bool isSame = now.IsRegular() && HaveSameModeAndBytes(file.path, staged);
-        m_result.isChanged = m_result.isChanged || !isSame;
-        const FileOutcome outcome = isSame ? OutcomeOf(file, Result::Kept, text)
-                                           : OutcomeOf(file, Result::Changed,
-                                                       text + (m_isDryRun ? ", and would be rendered for it"
-                                                                          : ", and is rendered for it"));
-        if (m_isDryRun) return outcome;
-        if (!isSame) {
-            const FileInPlace place = file.PlaceIn(m_product.HostPaths());
-            RenderTarget(m_product, {file.templateName, place, staged, version, m_otherRole});
-        }
-        if (isSame && VersionOf(file.path) != version)
-            throw Failure("another program wrote it after it was looked at (run the command again)");
-        m_otherManifest.Record(file.path);
-        m_manifest.Forget(file.path);
-        return outcome;
-    }
-
-    std::string StagedFor(const WrittenFile& file, Role role) {
-        const QuietLog quiet(ZETLogError);
-        return RenderStagedFor(m_product, Room(), file.templateName, role);
-    }
-
-    void SaveManifests() const {
-        m_manifest.Save();
-        m_otherManifest.Save();
     }
 
     FileOutcome Describe(const WrittenFile& file, const FileState& now, const FileState& reserve) const {
@@ -286,16 +280,58 @@ class Rollback {
     /// Whether nothing but the product's work is lost when the file is replaced: it is what the product
     /// wrote, or what was there before, where a run was cut short in between.
     bool IsOwnWork(const WrittenFile& file) {
-        if (m_manifest.IsUntouched(file.path) || m_otherManifest.IsUntouched(file.path)) return true;
+        if (m_known.IsAsLeft(file.path)) return true;
         if (!StateOf(file.path).IsRegular()) return false;
         if (IsFileExist(file.Reserve()) && HaveSameModeAndBytes(file.path, file.Reserve())) return true;
         if (file.templateName.empty()) return false;
         if (!CheckTemplateFile(m_product, file.templateName, m_product.Config().TemplatesValues()).empty())
             return false;
-        // A run that was cut short may have rendered it for the other role already.
-        return HaveSameModeAndBytes(file.path, StagedFor(file, m_product.Role())) ||
-               (m_otherManifest.Has(file.path) &&
-                HaveSameModeAndBytes(file.path, StagedFor(file, m_otherRole)));
+        return std::any_of(std::begin(kRoles), std::end(kRoles), [&](Role role) {
+            return HaveSameModeAndBytes(file.path, RenderQuietly(m_product, Room(), file.templateName, role));
+        });
+    }
+
+    /// Whether no target of the role is left when all steps are done.
+    bool IsLast(const std::vector<WrittenFile>& all, const std::vector<Step>& steps) const {
+        return std::all_of(all.begin(), all.end(), [&](const WrittenFile& file) {
+            const auto step = std::find_if(steps.begin(), steps.end(),
+                                           [&](const Step& each) { return each.file.path == file.path; });
+            const bool isTakenBack = step != steps.end() && step->action != Step::Action::Nothing;
+            const bool isLeft = file.IsLeft() && !m_known.Has(file.path, m_otherRole);
+            return isTakenBack || (!isLeft && !m_known.Has(file.path, m_product.Role()));
+        });
+    }
+
+    /// What is going to be changed.
+    void Expect(const std::vector<Step>& steps, bool isLast) {
+        for (const Step& step : steps) {
+            if (step.action != Step::Action::Nothing) m_recording.Expect(Expected(step));
+        }
+        if (!isLast || m_recording.IsEmpty()) return;
+        ExpectedFile status;
+        status.kind = FileKind::Status;
+        status.after = CapturedFile();
+        status.path = m_product.State().Status(m_product.Role());
+        m_recording.Expect(status);
+        if (m_product.Role() != Role::Client) return;
+        status.path = m_product.State().FileServerStatus();
+        m_recording.Expect(status);
+    }
+
+    ExpectedFile Expected(const Step& step) const {
+        ExpectedFile file;
+        file.path = step.file.path;
+        file.kind = FileKind::Original;
+        if (const KnownFile* const known = m_known.Find(file.path)) file.knowledge = known->state.knowledge;
+        if (file.knowledge) file.knowledge->roles.erase(m_product.Role());
+        if (step.action == Step::Action::LeaveToOtherRole) {
+            if (m_known.Has(file.path, m_otherRole)) file.kind = FileKind::Target;
+            return file;
+        }
+        const std::uint64_t longest = m_product.HostHistory().Limits().largestText;
+        file.after = step.hasReserve ? Capture(step.file.Reserve(), longest) : CapturedFile();
+        file.companions = ExpectedFile::Companions::MayGo;
+        return file;
     }
 
     /// Made when it is needed: most rollbacks compare nothing, and work where there is no room left.
@@ -314,9 +350,9 @@ class Rollback {
     const std::vector<std::string>& m_names;
     bool m_isForced;
     bool m_isDryRun;
-    Manifest m_manifest;
     const Role m_otherRole;
-    Manifest m_otherManifest;
+    Recording m_recording;
+    const KnownFiles m_known;
     std::unique_ptr<Staging> m_staging;
     Restarts m_restarts;
     RollbackResult m_result;
@@ -330,7 +366,7 @@ RollbackResult RollBack(Deployment& product, const std::vector<std::string>& nam
     if (!product.Wanted().dryRun) {
         RequireOwnInstructions(product);
         lock = std::make_unique<WriteLock>(product.State(), LockSeeker{product.Caller(), product.Out()});
-        PendingRecord::ClearLeftOvers(product);
+        SettleCutShort(product, true);
     }
     return Rollback(product, names, isForced).Run();
 }

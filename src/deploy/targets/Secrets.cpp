@@ -137,9 +137,8 @@ std::set<std::string> Secrets::NamesOfTemplates(const std::string& path) {
 }
 
 bool Secrets::HasLeftList(const std::set<std::string>& names) {
-    const std::set<std::string>& committed = m_lists.Committed();
     return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
-        return committed.count(name) != 0 && m_lists.TargetNamed(name) == nullptr;
+        return m_lists.IsCommitted(name) && m_lists.TargetNamed(name) == nullptr;
     });
 }
 

@@ -13,10 +13,9 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Rights.h"
+#include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
-#include "deploy/state/Manifest.h"
 #include "deploy/state/ParameterCheck.h"
-#include "deploy/state/PendingRecord.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/ClaimedFiles.h"
 #include "deploy/targets/Render.h"
@@ -114,8 +113,7 @@ std::vector<Problem> CheckOwnFiles(Deployment& product) {
         if (problem) problems.push_back(std::move(*problem));
     }
     if (ofStatus.empty()) {
-        for (const std::string& file : {state.Manifest(product.Role()), state.Pending(), state.Lock(),
-                                        state.Status(product.Role()), state.FileServerStatus()})
+        for (const std::string& file : {state.Lock(), state.Status(product.Role()), state.FileServerStatus()})
             Append(ofStatus, CheckSingle(file));
     }
     Append(problems, std::move(ofStatus));
@@ -178,7 +176,7 @@ class TargetChecker {
   public:
     TargetChecker(Deployment& product, const TargetList& list, const std::vector<Target>& checked)
         : m_product(product),
-          m_pending(PendingRecord::Read(product.State(), product.HostPaths())),
+          m_cutShort(FilesOfCutShort(product)),
           m_claimed(product),
           m_result(CheckOwnFiles(product)) {
         m_claimed.AddListed(list.targets, checked);
@@ -244,12 +242,12 @@ class TargetChecker {
     }
 
     void CheckFree(const std::string& temporary, const std::string& path) {
-        if (m_pending.count(path) == 0 && StateOf(temporary).exists)
+        if (m_cutShort.count(path) == 0 && StateOf(temporary).exists)
             m_result.push_back({temporary, 0, 0, "is in the way of writing " + path, "move it away"});
     }
 
     Deployment& m_product;
-    const std::set<std::string> m_pending;
+    const std::set<std::string> m_cutShort;
     ClaimedFiles m_claimed;
     std::vector<Problem> m_result;
 };

@@ -9,7 +9,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Signals.h"
 #include "deploy/host/Staging.h"
-#include "deploy/state/Manifest.h"
+#include "deploy/state/KnownFiles.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/state/StateFile.h"
 #include "deploy/targets/Render.h"
@@ -30,37 +30,54 @@ void RequireReadableTemplate(Deployment& product, const std::string& templateNam
     if (!file.empty() && product.HostPaths().StaysInside(file)) RequireReadableFile(file);
 }
 
-/// Renders the target as a commit would. One that cannot be rendered is not what was committed, which a
-/// commit would have to tell.
-std::string StateOfTarget(Deployment& product, const Staging& staging, const Manifest& manifest,
-                          const std::string& templateName, const std::string& path) {
-    if (!manifest.Has(path)) return "not committed";
-    const FileState now = StateOf(path);
-    if (!now.exists) return "missing";
-    const bool isUntouched = manifest.IsUntouched(path);
-    RequireReadableTemplate(product, templateName);
-    if (!CheckTemplateFile(product, templateName, product.Config().TemplatesValues()).empty()) {
-        return isUntouched ? "pending" : "edited";
-    }
-    const std::string staged = RenderQuietly(product, staging, templateName);
-    if (HaveSameModeAndBytes(staged, path)) return kInSync;
-    return isUntouched ? "pending" : "edited";
-}
+/// Renders the targets as a commit would, and compares.
+class StateTeller {
+  public:
+    StateTeller(Deployment& product, const KnownFiles& known) : m_product(product), m_known(known) {}
 
-TargetState StateOfListed(Deployment& product, const Staging& staging, const Manifest& manifest,
-                          const Target& target) {
-    TargetState result{target.templateName, product.HostPaths().FromInside(target.path), kUnknown, "",
-                       target.path};
-    try {
-        result.path = product.HostPaths().WithRealDirectory(product.FilePath(target.path));
-        result.state = StateOfTarget(product, staging, manifest, target.templateName, result.path);
-    } catch (const Interrupted&) {
-        throw;
-    } catch (const Failure& failure) {
-        result.trouble = failure.what();
+    TargetState Tell(const Target& target) {
+        TargetState result{target.templateName, m_product.HostPaths().FromInside(target.path), kUnknown, "",
+                           target.path};
+        try {
+            result.path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path));
+            result.state = StateOfFile(target.templateName, result.path);
+        } catch (const Interrupted&) {
+            throw;
+        } catch (const Failure& failure) {
+            result.trouble = failure.what();
+        }
+        return result;
     }
-    return result;
-}
+
+  private:
+    /// One that cannot be rendered is not what was committed, which a commit would have to tell.
+    std::string StateOfFile(const std::string& templateName, const std::string& path) {
+        if (!m_known.IsUnusable() && !m_known.Has(path, m_product.Role())) return "not committed";
+        const FileState now = StateOf(path);
+        if (!now.exists) return "missing";
+        RequireReadableTemplate(m_product, templateName);
+        const bool canBeRendered =
+            CheckTemplateFile(m_product, templateName, m_product.Config().TemplatesValues()).empty();
+        if (canBeRendered && IsRendered(templateName, path)) return kInSync;
+        // Without the history, nobody can tell who changed it.
+        if (m_known.IsUnusable()) return "differs";
+        return m_known.IsAsLeft(path) ? "pending" : "edited";
+    }
+
+    /// For the role whose command the notice names.
+    bool IsRendered(const std::string& templateName, const std::string& path) {
+        const KnownFile* const known = m_known.Find(path);
+        const Role own = m_product.Role();
+        const Role named = known != nullptr ? known->state.knowledge.namedRole.value_or(own) : own;
+        if (HaveSameModeAndBytes(RenderQuietly(m_product, m_staging, templateName, named), path)) return true;
+        if (!m_known.IsUnusable()) return false;
+        return HaveSameModeAndBytes(RenderQuietly(m_product, m_staging, templateName, OtherRole(own)), path);
+    }
+
+    Deployment& m_product;
+    const KnownFiles& m_known;
+    const Staging m_staging;
+};
 
 }  // namespace
 
@@ -80,17 +97,17 @@ RoleStatus RoleStatusOf(HostProduct& product) {
 
 TargetStates StatesOfTargets(Deployment& product) {
     TargetStates result;
-    const Manifest manifest(product.State(), product.Role(), product.HostPaths());
-    const Staging staging;
+    const KnownFiles known(product, KnownFiles::Unusable::IsTold);
+    StateTeller teller(product, known);
     std::set<std::string> listed;
     const std::vector<Target> targets = SelectTargets(product, {});
     for (const Target& target : targets) {
         product.RequireGoOn();
         product.Out().Progress(result.targets.size(), targets.size());
-        result.targets.push_back(StateOfListed(product, staging, manifest, target));
+        result.targets.push_back(teller.Tell(target));
         listed.insert(result.targets.back().path);
     }
-    for (const std::string& path : manifest.Paths()) {
+    for (const std::string& path : known.PathsOf(product.Role())) {
         if (listed.count(path) == 0) result.leftOvers.push_back(path);
     }
     return result;

@@ -5,6 +5,7 @@
 #include "deploy/host/FileState.h"
 #include "deploy/state/Instructions.h"
 #include "deploy/state/Overrides.h"
+#include "deploy/state/Recording.h"
 #include "deploy/targets/ClaimedFiles.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
@@ -65,7 +66,24 @@ class Installation {
             throw Failure(m_old + ": would be overwritten by the differing " + m_path + " (move it away)");
     }
 
-    FileOutcome Run(Writing& writing) {
+    /// What it is going to write.
+    void Expect(Recording& recording) const {
+        if (m_isSame || !recording.IsOn()) return;
+        const std::uint64_t longest = m_product.HostHistory().Limits().largestText;
+        ExpectedFile file;
+        file.kind = FileKind::Template;
+        if (m_isThere) {
+            file.path = m_old;
+            file.after = Capture(m_path, longest);
+            recording.Expect(file);
+        }
+        file.path = m_path;
+        file.after = Capture(m_pristine, longest);
+        file.base = file.after->text;
+        recording.Expect(file);
+    }
+
+    FileOutcome Run() {
         FileOutcome outcome = Unchanged();
         if (m_isSame) return outcome;
         const bool isDryRun = m_product.Wanted().dryRun;
@@ -76,7 +94,6 @@ class Installation {
                 std::string("the former one ") + (isDryRun ? "would be" : "is") + " kept as " + m_old;
         outcome.diff = DiffToShow(m_product, m_isThere ? m_path : "", m_pristine, m_path);
         if (isDryRun) return outcome;
-        writing.Begin();
         if (m_isThere) CopyFile(m_path, m_old);
         Install();
         outcome.after = StateOf(m_path);
@@ -160,13 +177,19 @@ bool InstallTemplates(Deployment& product, const std::vector<std::string>& names
     Writing writing(product, FilesOf(product, installations), Writing::Right::OfTheProduct);
     for (Installation& installation : installations)
         installation.Check();
+    Recording recording(product, Recording::Use::OfTheProduct, writing.Records());
+    for (const Installation& installation : installations)
+        installation.Expect(recording);
+    Writing::Begin();
+    recording.Begin();
     bool isAnyChange = false;
     for (Installation& installation : installations) {
         product.RequireGoOn();
-        const FileOutcome outcome = installation.Run(writing);
+        const FileOutcome outcome = installation.Run();
         product.Out().Done(outcome);
         isAnyChange = isAnyChange || outcome.IsChange();
     }
+    recording.Complete();
     return isAnyChange;
 }
 

@@ -5,8 +5,9 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
 #include "deploy/host/Staging.h"
-#include "deploy/state/Manifest.h"
+#include "deploy/state/KnownFiles.h"
 #include "deploy/state/Overrides.h"
+#include "deploy/state/Recording.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/ClaimedFiles.h"
 #include "deploy/targets/Render.h"
@@ -63,7 +64,7 @@ TemplateProcess::TemplateProcess(Deployment& product, const Rendering& rendering
 
 FileOutcome TemplateProcess::Run() {
     if (m_product.Wanted().dryRun) return RunInTrial();
-    m_writing->Begin();
+    Writing::Begin();
     return RunInPlace();
 }
 
@@ -94,8 +95,10 @@ ShownDiff TemplateProcess::DiffOf(const std::string& before, const std::string& 
 
 /// As a commit warns of them.
 void TemplateProcess::WarnOfEdits() {
-    if (!Manifest::IsEdited(m_product.State(), m_product.HostPaths(), m_product.HostPaths().RealName(m_path)))
-        return;
+    const std::string path = m_product.HostPaths().RealName(m_path);
+    const KnownFiles known(m_product);
+    const KnownFile* const file = known.Find(path);
+    if (file == nullptr || file->state.knowledge.roles.empty() || known.IsAsLeft(path)) return;
     m_product.Out().Warning(m_path + ": was edited since the last commit; the edits" +
                             (m_product.Wanted().dryRun ? " would be " : " are ") + "overwritten");
 }
@@ -114,12 +117,18 @@ FileOutcome TemplateProcess::RunInPlace() {
     const FileInPlace place(m_product.HostPaths().Find(m_target), m_path);
     // As in a dry run, there may be no working copy yet.
     const mode_t mode = ModeOf(TemplateFile(m_product, name));
+    Recording recording(m_product, Recording::Use::OfTheProduct, m_writing->Records());
+    Expect(recording, place);
+    recording.Announce();
     InstallForHolder(m_product, name, place);
     Replacement replacement(m_product, place, VersionOf(m_path));
     const auto judge = [&](const std::string& made) {
         outcome = Planned(made, StateOf(made));
         SignalGuard::Check();
         if (!outcome.IsChange()) throw LeftAsItIs();
+        recording.Plan(m_path, Capture(made, m_product.HostHistory().Limits().largestText),
+                       Recording::Attributes::OfTheFileBefore);
+        recording.Begin();
         replacement.KeepOriginal();
     };
     try {
@@ -130,9 +139,21 @@ FileOutcome TemplateProcess::RunInPlace() {
     } catch (const LeftAsItIs&) {
         return outcome;
     }
+    recording.Complete();
     outcome.after = StateOf(m_path);
     if (!outcome.reserve.empty()) outcome.remark = "the original is kept as " + outcome.reserve;
     return outcome;
+}
+
+/// The target, and the working copy that the module installs where there is none.
+void TemplateProcess::Expect(Recording& recording, const FileInPlace& place) {
+    ExpectedFile target;
+    target.path = m_path;
+    target.place = &place;
+    target.kind = FileKind::Rendering;
+    target.companions = ExpectedFile::Companions::MayCome;
+    recording.Expect(target);
+    ExpectWorkingCopy(recording, m_product, m_rendering.templateName);
 }
 
 }  // namespace ZET::Deploy

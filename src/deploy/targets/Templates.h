@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "deploy/state/Recording.h"
 #include "deploy/state/Writing.h"
 #include "deploy/targets/Deployment.h"
 #include "zet/ZETProblem.h"
@@ -45,6 +46,7 @@ class TemplateProcess {
     void WarnOfEdits();
     FileOutcome RunInTrial();
     FileOutcome RunInPlace();
+    void Expect(Recording& recording, const FileInPlace& place);
 
     Deployment& m_product;
     const Rendering& m_rendering;

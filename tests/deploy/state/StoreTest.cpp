@@ -31,9 +31,9 @@ RecordedState State(mode_t mode = 0644) {
     state.owner = 12;
     state.group = 34;
     state.attributes = {{"user.x", std::string("a\0b", 3)}, {"user.y", ""}};
-    state.roles = {"client", "server"};
-    state.namedRole = "server";
-    state.templateName = "x.conf";
+    state.knowledge.roles = {Role::Client, Role::Server};
+    state.knowledge.namedRole = Role::Server;
+    state.knowledge.templateName = "x.conf";
     return state;
 }
 
@@ -52,7 +52,7 @@ RecordedEntry Entry(const std::vector<std::string>& words = {"param", "set"}) {
     entry.user = 1000;
     entry.loginUser = 1001;
     entry.sudoUser = "anna";
-    entry.role = "server";
+    entry.role = Role::Server;
     entry.words = words;
     entry.message = "because";
     return entry;
@@ -102,7 +102,7 @@ TEST_F(StoreTest, AnEntryComesBackAsItWasRecorded) {
     EXPECT_EQ(entry->user, 1000u);
     EXPECT_EQ(entry->loginUser, 1001u);
     EXPECT_EQ(entry->sudoUser, "anna");
-    EXPECT_EQ(entry->role, "server");
+    EXPECT_EQ(entry->role, Role::Server);
     EXPECT_THAT(entry->words, testing::ElementsAre("param", "set", "a\nb"));
     EXPECT_EQ(entry->message, "because");
 
@@ -115,9 +115,9 @@ TEST_F(StoreTest, AnEntryComesBackAsItWasRecorded) {
     EXPECT_EQ(files[0].before.group, 34u);
     EXPECT_EQ(files[0].before.attributes, State().attributes);
     EXPECT_EQ(files[0].before.size, 4u);
-    EXPECT_THAT(files[0].before.roles, testing::ElementsAre("client", "server"));
-    EXPECT_EQ(files[0].before.namedRole, "server");
-    EXPECT_EQ(files[0].before.templateName, "x.conf");
+    EXPECT_THAT(files[0].before.knowledge.roles, testing::ElementsAre(Role::Server, Role::Client));
+    EXPECT_EQ(files[0].before.knowledge.namedRole, Role::Server);
+    EXPECT_EQ(files[0].before.knowledge.templateName, "x.conf");
     EXPECT_EQ(store.Text(files[0].before.text.value()), "old\n");
     EXPECT_EQ(store.Text(files[0].after.text.value()), "new\n");
 }
@@ -147,7 +147,7 @@ TEST_F(StoreTest, WhatTurnedOutOtherwiseReplacesWhatWasPlanned) {
     Store store = Opened();
     const std::int64_t number =
         store.Open(Entry(), {File("/etc/x", "1", "planned"), File("/etc/y", "1", "2")});
-    store.Close(number, EntryOutcome::Done, {{File("/etc/x", "1", "became")}, {}});
+    store.Close(number, EntryOutcome::Done, {{File("/etc/x", "1", "became")}, {}, {}});
     const std::vector<RecordedFile> files = store.FilesOf(number);
     EXPECT_EQ(store.Text(files[0].after.text.value()), "became");
     EXPECT_EQ(store.Text(files[0].before.text.value()), "1");
@@ -170,13 +170,13 @@ TEST_F(StoreTest, AnAnnouncedFileIsPlannedBeforeItIsWritten) {
 TEST_F(StoreTest, FilesThatStayedAsTheyWereLeaveTheEntry) {
     Store store = Opened();
     const std::int64_t number = store.Open(Entry(), {File("/etc/x", "1", "2"), File("/etc/y", "1", "2")});
-    store.Close(number, EntryOutcome::Failed, {{}, {"/etc/y"}});
+    store.Close(number, EntryOutcome::Failed, {{}, {"/etc/y"}, {}});
     ASSERT_EQ(store.FilesOf(number).size(), 1u);
     EXPECT_EQ(store.FilesOf(number)[0].path, "/etc/x");
     EXPECT_FALSE(store.Known("/etc/y"));
     EXPECT_EQ(store.Find(number)->outcome, EntryOutcome::Failed);
     const std::int64_t nothing = store.Open(Entry(), {File("/etc/y", "1", "2")});
-    store.Close(nothing, EntryOutcome::Failed, {{}, {"/etc/y"}});
+    store.Close(nothing, EntryOutcome::Failed, {{}, {"/etc/y"}, {}});
     EXPECT_FALSE(store.Find(nothing));
 }
 
@@ -185,8 +185,8 @@ TEST_F(StoreTest, WhatWasMergedKeepsWhatItWasMadeFrom) {
     FileToRecord file = File("/etc/x", "1", "merged");
     file.base = "rendered";
     const std::int64_t number = Record(store, {file});
-    EXPECT_EQ(store.Text(store.FilesOf(number)[0].after.base.value()), "rendered");
-    EXPECT_FALSE(store.FilesOf(number)[0].before.base);
+    EXPECT_EQ(store.Text(store.FilesOf(number)[0].after.knowledge.base.value()), "rendered");
+    EXPECT_FALSE(store.FilesOf(number)[0].before.knowledge.base);
 }
 
 TEST_F(StoreTest, EqualTextsAreKeptOnce) {

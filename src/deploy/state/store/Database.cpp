@@ -106,7 +106,7 @@ sqlite3_stmt* Database::Prepared(const char* statement) {
 }
 
 /// The values must live until the statement is done with.
-void Database::Bind(sqlite3_stmt* statement, const Values& values) {
+void Database::Bind(sqlite3_stmt* statement, const RowValues& values) {
     const Sqlite& sqlite = TheSqlite();
     int index = 0;
     for (const Value& value : values) {
@@ -124,7 +124,7 @@ void Database::Bind(sqlite3_stmt* statement, const Values& values) {
     }
 }
 
-Value Database::Run(const char* statement, const Values& values) {
+Value Database::Run(const char* statement, const RowValues& values) {
     Rows rows(*this, statement, values);
     return rows.Next() ? rows.At(0) : Value();
 }
@@ -152,7 +152,7 @@ void Database::Transaction::Commit() {
     m_isOpen = false;
 }
 
-Database::Rows::Rows(Database& database, const char* statement, const Values& values)
+Database::Rows::Rows(Database& database, const char* statement, const RowValues& values)
     : m_database(database), m_statement(database.Prepared(statement)) {
     database.Bind(m_statement, values);
 }

@@ -24,7 +24,7 @@ struct Blob {
 
 /// What a row has in a column; the first stands for nothing.
 using Value = std::variant<std::monostate, std::int64_t, std::string, Blob>;
-using Values = std::vector<Value>;
+using RowValues = std::vector<Value>;
 
 Value OptionalValue(const std::optional<std::int64_t>& number);
 
@@ -57,7 +57,7 @@ class Database {
     Database& operator=(const Database&) = delete;
 
     /// One statement that gives no rows, or the first value of the first row that it gives.
-    Value Run(const char* statement, const Values& values = {});
+    Value Run(const char* statement, const RowValues& values = {});
 
     /// The number of the row that was inserted last.
     std::int64_t LastRow() const;
@@ -79,7 +79,7 @@ class Database {
     /// The rows of a statement. No other rows of the same statement may be read meanwhile.
     class Rows {
       public:
-        Rows(Database& database, const char* statement, const Values& values = {});
+        Rows(Database& database, const char* statement, const RowValues& values = {});
         ~Rows();
         Rows(const Rows&) = delete;
         Rows& operator=(const Rows&) = delete;
@@ -106,7 +106,7 @@ class Database {
     };
 
     sqlite3_stmt* Prepared(const char* statement);
-    void Bind(sqlite3_stmt* statement, const Values& values);
+    void Bind(sqlite3_stmt* statement, const RowValues& values);
     int Require(int result);
 
     std::unique_ptr<sqlite3, Closer> m_database;

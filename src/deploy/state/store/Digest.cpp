@@ -7,10 +7,36 @@
 
 namespace ZET::Deploy {
 
-std::string DigestOf(std::string_view text) {
+namespace {
+
+std::string BytesOf(XXH128_hash_t hash) {
     XXH128_canonical_t bytes;
-    XXH128_canonicalFromHash(&bytes, XXH3_128bits(text.data(), text.size()));
+    XXH128_canonicalFromHash(&bytes, hash);
     return std::string(reinterpret_cast<const char*>(bytes.digest), sizeof bytes.digest);
+}
+
+}  // namespace
+
+std::string DigestOf(std::string_view text) {
+    return BytesOf(XXH3_128bits(text.data(), text.size()));
+}
+
+struct DigestInProgress::State {
+    XXH3_state_t hash;
+};
+
+DigestInProgress::DigestInProgress() : m_state(std::make_unique<State>()) {
+    XXH3_128bits_reset(&m_state->hash);
+}
+
+DigestInProgress::~DigestInProgress() = default;
+
+void DigestInProgress::Add(std::string_view bytes) {
+    XXH3_128bits_update(&m_state->hash, bytes.data(), bytes.size());
+}
+
+std::string DigestInProgress::Bytes() const {
+    return BytesOf(XXH3_128bits_digest(&m_state->hash));
 }
 
 std::int64_t SealOf(std::string_view text) {

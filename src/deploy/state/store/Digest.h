@@ -2,6 +2,7 @@
 #define ZET_STORE_DIGEST_H
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -10,6 +11,22 @@ namespace ZET::Deploy {
 /// Sixteen bytes that tell a text from another by chance, not by intent: who has to rely on it compares the
 /// texts.
 std::string DigestOf(std::string_view text);
+
+/// The same of a text that comes in pieces.
+class DigestInProgress {
+  public:
+    DigestInProgress();
+    ~DigestInProgress();
+    DigestInProgress(const DigestInProgress&) = delete;
+    DigestInProgress& operator=(const DigestInProgress&) = delete;
+
+    void Add(std::string_view bytes);
+    std::string Bytes() const;
+
+  private:
+    struct State;
+    std::unique_ptr<State> m_state;
+};
 
 /// The same in the room of a number.
 std::int64_t SealOf(std::string_view text);

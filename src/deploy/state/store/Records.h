@@ -6,8 +6,11 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
+
+#include "zet/deploy/Role.h"
 
 namespace ZET::Deploy {
 
@@ -17,7 +20,15 @@ struct TextNumber {
     bool operator==(const TextNumber&) const = default;
 };
 
-/// A file at an instant, and what the product knew of it then.
+/// What the product has to do with a file at an instant.
+struct Knowledge {
+    std::set<Role> roles;            ///< those that have committed it
+    std::optional<Role> namedRole;   ///< the one whose command its notice names
+    std::string templateName;        ///< of a target
+    std::optional<TextNumber> base;  ///< what its text was made from, where that is another one
+};
+
+/// A file at an instant.
 struct RecordedState {
     bool exists = false;
     mode_t mode = 0;  ///< permissions, and the bits beside them
@@ -27,15 +38,25 @@ struct RecordedState {
     std::uint64_t size = 0;
     std::string digest;              ///< of the text
     std::optional<TextNumber> text;  ///< none: it is not kept
-
-    std::vector<std::string> roles;  ///< those that have committed it
-    std::string namedRole;           ///< the one whose command its notice names
-    std::string templateName;        ///< of a target
-    std::optional<TextNumber> base;  ///< what it was made from, where it got another text
+    Knowledge knowledge;
 };
 
+/// Whether two states have the same text, as far as can be told.
+inline bool HaveSameText(const RecordedState& one, const RecordedState& other) {
+    return one.exists == other.exists && one.size == other.size && one.digest == other.digest;
+}
+
 /// What the product has to do with a file.
-enum class FileKind { Target, Edit, Template, Option, Companion, Status };
+enum class FileKind {
+    Target,
+    Edit,
+    Template,  ///< a working copy
+    Option,    ///< the main file
+    Companion,
+    Status,
+    Rendering,  ///< of a template, but no target
+    Original    ///< nothing any more: it is as it was before
+};
 
 /// What an entry did to a file.
 struct RecordedFile {
@@ -56,12 +77,14 @@ struct FileToRecord {
     std::string textAfter;
     std::optional<std::string> base;  ///< for `after`
     bool isPlanned = true;            ///< false: `after` is not known yet
+    bool isKnownAnew = false;         ///< something else is known of it then, even where it is as before
 };
 
 /// How the files of an entry turned out.
 struct Settlement {
     std::vector<FileToRecord> changed;   ///< those that are otherwise than was planned
     std::vector<std::string> untouched;  ///< those that are as they were before
+    std::vector<FileToRecord> known;     ///< of these, those of which something else is known now
 };
 
 enum class EntryOutcome { Open, Done, Failed, CutShort };
@@ -75,7 +98,7 @@ struct RecordedEntry {
     uid_t user = 0;
     std::optional<uid_t> loginUser;  ///< who logged in, whatever user he became since
     std::string sudoUser;            ///< who asked sudo for the right; empty: nobody
-    std::string role;
+    Role role = Role::Client;
     std::vector<std::string> words;  ///< of the command
     std::string message;             ///< the user's own; empty: none
 };

@@ -10,7 +10,7 @@ namespace ZET::Deploy {
 namespace {
 
 /// The bytes of a row that its seal is made of.
-std::string BytesOf(const Values& row) {
+std::string BytesOf(const RowValues& row) {
     std::vector<std::string> texts;
     texts.reserve(row.size());
     for (const Value& value : row) {
@@ -26,14 +26,14 @@ std::string BytesOf(const Values& row) {
     return Packed(texts);
 }
 
-Values Sealed(Values row) {
+RowValues Sealed(RowValues row) {
     row.emplace_back(SealOf(BytesOf(row)));
     return row;
 }
 
 /// The row at which `rows` stands; its seal is the last column.
-Values Opened(const Database::Rows& rows, int columns) {
-    Values row;
+RowValues Opened(const Database::Rows& rows, int columns) {
+    RowValues row;
     for (int column = 0; column < columns; ++column)
         row.push_back(rows.At(column));
     if (rows.At(columns) != Value(SealOf(BytesOf(row)))) throw DamagedRow();
@@ -43,7 +43,7 @@ Values Opened(const Database::Rows& rows, int columns) {
 /// Hands out the values of a row one after the other.
 class RowReader {
   public:
-    explicit RowReader(Values row) : m_row(std::move(row)) {}
+    explicit RowReader(RowValues row) : m_row(std::move(row)) {}
 
     std::int64_t Number() { return std::get<std::int64_t>(m_row.at(m_next++)); }
     std::string Text() { return std::get<std::string>(std::move(m_row.at(m_next++))); }
@@ -66,7 +66,7 @@ class RowReader {
     }
 
   private:
-    Values m_row;
+    RowValues m_row;
     std::size_t m_next = 0;
 };
 
@@ -90,6 +90,20 @@ std::map<std::string, std::string> Pairs(const std::vector<std::string>& texts) 
     return pairs;
 }
 
+Blob PackedRoles(const std::set<Role>& roles) {
+    std::vector<std::string> names;
+    for (const Role role : roles)
+        names.emplace_back(NameOf(role));
+    return {Packed(names)};
+}
+
+std::set<Role> Roles(const std::vector<std::string>& names) {
+    std::set<Role> roles;
+    for (const std::string& name : names)
+        if (const auto role = RoleNamed(name)) roles.insert(*role);
+    return roles;
+}
+
 RecordedEntry EntryOf(const Database::Rows& rows) {
     RowReader row(Opened(rows, 9));
     RecordedEntry entry;
@@ -99,24 +113,26 @@ RecordedEntry EntryOf(const Database::Rows& rows) {
     entry.user = static_cast<uid_t>(row.Number());
     if (const auto user = row.OptionalNumber()) entry.loginUser = static_cast<uid_t>(*user);
     entry.sudoUser = row.Text();
-    entry.role = row.Text();
+    entry.role = RoleNamed(row.Text()).value_or(Role::Client);
     entry.words = row.Texts();
     entry.message = row.Text();
     return entry;
 }
 
-Values RowOf(const RecordedEntry& entry) {
+RowValues RowOf(const RecordedEntry& entry) {
     return Sealed({entry.begun, entry.ended, static_cast<std::int64_t>(entry.outcome),
                    static_cast<std::int64_t>(entry.user),
                    entry.loginUser ? Value(static_cast<std::int64_t>(*entry.loginUser)) : Value(),
-                   entry.sudoUser, entry.role, Blob{Packed(entry.words)}, entry.message});
+                   entry.sudoUser, NameOf(entry.role), Blob{Packed(entry.words)}, entry.message});
 }
 
-Values RowOf(const RecordedState& state) {
+RowValues RowOf(const RecordedState& state) {
     return Sealed({std::int64_t{state.exists}, std::int64_t{state.mode}, std::int64_t{state.owner},
                    std::int64_t{state.group}, PackedPairs(state.attributes),
                    static_cast<std::int64_t>(state.size), Blob{state.digest}, NumberOf(state.text),
-                   Blob{Packed(state.roles)}, state.namedRole, state.templateName, NumberOf(state.base)});
+                   PackedRoles(state.knowledge.roles),
+                   state.knowledge.namedRole ? NameOf(*state.knowledge.namedRole) : "",
+                   state.knowledge.templateName, NumberOf(state.knowledge.base)});
 }
 
 KnownFile KnownOf(Database& database, const Database::Rows& rows) {
@@ -141,7 +157,7 @@ std::int64_t InsertState(Database& database, const RecordedState& state) {
 }
 
 void ReplaceState(Database& database, std::int64_t id, const RecordedState& state) {
-    Values row = RowOf(state);
+    RowValues row = RowOf(state);
     row.emplace_back(id);
     database.Run(
         "UPDATE states SET present=?, mode=?, owner=?, grp=?, attributes=?, size=?, digest=?, text=?, "
@@ -166,10 +182,10 @@ RecordedState StateAt(Database& database, std::int64_t id) {
     state.size = static_cast<std::uint64_t>(row.Number());
     state.digest = row.Bytes();
     state.text = row.OptionalText();
-    state.roles = row.Texts();
-    state.namedRole = row.Text();
-    state.templateName = row.Text();
-    state.base = row.OptionalText();
+    state.knowledge.roles = Roles(row.Texts());
+    state.knowledge.namedRole = RoleNamed(row.Text());
+    state.knowledge.templateName = row.Text();
+    state.knowledge.base = row.OptionalText();
     return state;
 }
 
@@ -186,7 +202,7 @@ std::int64_t InsertEntry(Database& database, const RecordedEntry& entry) {
 }
 
 void ReplaceEntry(Database& database, const RecordedEntry& entry) {
-    Values row = RowOf(entry);
+    RowValues row = RowOf(entry);
     row.emplace_back(entry.number);
     database.Run(
         "UPDATE entries SET begun=?, ended=?, outcome=?, user=?, login_user=?, sudo_user=?, role=?, words=?,"

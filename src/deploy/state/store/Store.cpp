@@ -1,7 +1,6 @@
 #include "deploy/state/store/Store.h"
 
-#include <algorithm>
-#include <chrono>
+#include <ctime>
 #include <utility>
 
 #include "deploy/host/Failure.h"
@@ -19,10 +18,12 @@ namespace {
                  " (move it away: what was there before the product is kept beside the files)");
 }
 
+/// By the clock that the times of files are taken from, which is a little behind.
 std::int64_t Now() {
-    using std::chrono::duration_cast;
-    using std::chrono::nanoseconds;
-    return duration_cast<nanoseconds>(std::chrono::system_clock::now().time_since_epoch()).count();
+    constexpr std::int64_t kNanoseconds = 1'000'000'000;
+    struct timespec now = {};
+    clock_gettime(CLOCK_REALTIME_COARSE, &now);
+    return std::int64_t{now.tv_sec} * kNanoseconds + now.tv_nsec;
 }
 
 RecordedEntry RequiredEntry(Database& database, std::int64_t number) {
@@ -106,15 +107,20 @@ RecordedFile Store::WithTexts(const FileToRecord& file) {
     RecordedFile recorded = file.file;
     Take(recorded.before, file.textBefore);
     if (file.isPlanned) Take(recorded.after, file.textAfter);
-    if (file.base) recorded.after.base = Keep(*file.base, DigestOf(*file.base));
+    if (file.base && m_limits.keepsTexts)
+        recorded.after.knowledge.base = Keep(*file.base, DigestOf(*file.base));
     return recorded;
 }
 
 void Store::Take(RecordedState& state, const std::string& text) {
-    if (!state.exists || state.text || !state.digest.empty()) return;
-    state.size = text.size();
-    state.digest = DigestOf(text);
-    if (text.size() <= m_limits.largestText) state.text = Keep(text, state.digest);
+    if (!state.exists || state.text) return;
+    if (state.digest.empty()) {
+        state.size = text.size();
+        state.digest = DigestOf(text);
+    }
+    const bool isGiven = text.size() == state.size;
+    if (isGiven && m_limits.keepsTexts && state.size <= m_limits.largestText)
+        state.text = Keep(text, state.digest);
 }
 
 TextNumber Store::Keep(const std::string& text, const std::string& digest) {
@@ -133,7 +139,7 @@ std::optional<TextNumber> Store::Kept(const std::string& text, const std::string
     return std::nullopt;
 }
 
-std::vector<std::int64_t> Store::Numbers(const char* statement, const Values& values) {
+std::vector<std::int64_t> Store::Numbers(const char* statement, const RowValues& values) {
     std::vector<std::int64_t> numbers;
     Database::Rows rows(*m_database, statement, values);
     while (rows.Next())
@@ -149,9 +155,12 @@ void Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
             ReplaceAfter(number, file);
         for (const std::string& path : settlement.untouched)
             DeleteFile(number, path);
+        for (const FileToRecord& file : settlement.known)
+            RememberOne(file);
         for (const RecordedFile& file : FilesAt(*m_database, number)) {
             DeleteKnown(file.path);
-            ReplaceKnown(*m_database, {file.path, file.kind, file.after, number});
+            if (file.kind != FileKind::Original && file.kind != FileKind::Companion)
+                ReplaceKnown(*m_database, {file.path, file.kind, file.after, number});
         }
         RecordedEntry entry = RequiredEntry(*m_database, number);
         entry.ended = Now();
@@ -168,8 +177,17 @@ bool Store::ReplaceAfter(std::int64_t number, const FileToRecord& file) {
     const std::vector<std::int64_t> states =
         Numbers("SELECT after FROM files WHERE entry = ? AND path = ?", {number, file.file.path});
     for (const std::int64_t state : states)
-        ReplaceTexts(state, WithTexts(file).after);
+        ReplaceTexts(state, AfterOf(file, StateAt(*m_database, state)));
     return !states.empty();
+}
+
+/// The text that is kept already need not be given again.
+RecordedState Store::AfterOf(const FileToRecord& file, const RecordedState& former) {
+    FileToRecord given = file;
+    if (HaveSameText(given.file.after, former)) given.file.after.text = former.text;
+    RecordedState after = WithTexts(given).after;
+    if (!given.base) after.knowledge.base = former.knowledge.base;
+    return after;
 }
 
 void Store::DeleteFile(std::int64_t number, const std::string& path) {
@@ -207,8 +225,8 @@ void Store::Drop(std::int64_t number) {
 std::vector<RecordedEntry> Store::Entries(std::size_t count, std::optional<std::int64_t> before) {
     return Guarded([&] {
         std::vector<RecordedEntry> entries;
-        const Values limits = {OptionalValue(before), OptionalValue(before),
-                               static_cast<std::int64_t>(count)};
+        const RowValues limits = {OptionalValue(before), OptionalValue(before),
+                                  static_cast<std::int64_t>(count)};
         for (const std::int64_t number :
              Numbers("SELECT number FROM entries WHERE ? IS NULL OR number < ? ORDER BY number DESC LIMIT ?",
                      limits))
@@ -253,15 +271,23 @@ std::vector<KnownFile> Store::KnownFiles() {
     return Guarded([&] { return AllKnown(*m_database); });
 }
 
-void Store::Remember(const std::vector<KnownFile>& files) {
+void Store::Remember(const std::vector<FileToRecord>& files) {
     Guarded([&] {
+        SyncCommits(Sync::Later);
         Database::Transaction transaction(*m_database);
-        for (const KnownFile& file : files) {
-            DeleteKnown(file.path);
-            ReplaceKnown(*m_database, file);
-        }
+        for (const FileToRecord& file : files)
+            RememberOne(file);
         transaction.Commit();
     });
+}
+
+void Store::RememberOne(const FileToRecord& file) {
+    const std::string& path = file.file.path;
+    const std::optional<KnownFile> known = KnownAt(*m_database, path);
+    const RecordedState state = WithTexts(file).after;
+    DeleteKnown(path);
+    if (file.file.kind != FileKind::Original)
+        ReplaceKnown(*m_database, {path, file.file.kind, state, known ? known->entry : 0});
 }
 
 void Store::Forget(const std::vector<std::string>& paths) {
@@ -336,7 +362,7 @@ void Store::Erase(const std::string& path) {
                  {path})) {
             RecordedState state = StateAt(*m_database, id);
             state.text.reset();
-            state.base.reset();
+            state.knowledge.base.reset();
             ReplaceTexts(id, state);
         }
         transaction.Commit();

@@ -18,6 +18,7 @@ struct StoreLimits {
     std::size_t entries = 100;
     std::size_t entriesWithEdits = 1000;  ///< those that replaced somebody's edit
     std::uint64_t largestText = std::uint64_t{16} << 20;
+    bool keepsTexts = true;
 };
 
 /// What the product did on this host: entries with their files, before and after, and each file as the
@@ -64,9 +65,9 @@ class Store {
     std::optional<KnownFile> Known(const std::string& path);
     std::vector<KnownFile> KnownFiles();
 
-    /// The file is as `file` says from now on, though no entry says so; a file that nothing is known of any
-    /// more is forgotten.
-    void Remember(const std::vector<KnownFile>& files);
+    /// The files are known from now on as they are after, though no entry says so. It is there after a kill,
+    /// but not after a power cut.
+    void Remember(const std::vector<FileToRecord>& files);
     void Forget(const std::vector<std::string>& paths);
 
     /// A text that is kept.
@@ -89,7 +90,9 @@ class Store {
     void Take(RecordedState& state, const std::string& text);
     TextNumber Keep(const std::string& text, const std::string& digest);
     std::optional<TextNumber> Kept(const std::string& text, const std::string& digest);
+    void RememberOne(const FileToRecord& file);
     bool ReplaceAfter(std::int64_t number, const FileToRecord& file);
+    RecordedState AfterOf(const FileToRecord& file, const RecordedState& former);
     void ReplaceTexts(std::int64_t id, const RecordedState& state);
     void DeleteFiles(std::int64_t number);
     void DeleteKnown(const std::string& path);
@@ -98,7 +101,7 @@ class Store {
     void Prune();
     void DeleteFile(std::int64_t number, const std::string& path);
     bool IsEmpty(std::int64_t number);
-    std::vector<std::int64_t> Numbers(const char* statement, const Values& values = {});
+    std::vector<std::int64_t> Numbers(const char* statement, const RowValues& values = {});
 
     const std::string m_file;
     const StoreLimits m_limits;

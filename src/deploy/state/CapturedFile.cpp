@@ -1,0 +1,139 @@
+#include "deploy/state/CapturedFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/Remedy.h"
+#include "deploy/state/store/Digest.h"
+#include "posix/Descriptor.h"
+#include "posix/ReadWrite.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr mode_t kModeBits = 07777;
+constexpr std::size_t kBlock = std::size_t{128} << 10;
+
+[[noreturn]] void Fail(const std::string& path, const char* what) {
+    const int error = errno;
+    throw Failure(path + ": " + what + ": " + std::strerror(error) + RemedyFor(error));
+}
+
+/// What holds for the bytes alone is made anew by whoever vouches for them.
+bool IsKept(std::string_view name) {
+    return name == "system.posix_acl_access" || name == "security.selinux" || name.starts_with("user.");
+}
+
+/// Where the file system knows no attributes, there are none.
+std::string AttributeNames(int descriptor, const std::string& path) {
+    std::string names(1024, '\0');
+    for (;;) {
+        const ssize_t length = flistxattr(descriptor, names.data(), names.size());
+        if (length >= 0) return names.substr(0, static_cast<std::size_t>(length));
+        if (errno == ENOTSUP || errno == ENOSYS) return "";
+        if (errno != ERANGE) Fail(path, "its attributes cannot be read");
+        names.resize(names.size() * 4);
+    }
+}
+
+std::string AttributeOf(int descriptor, const std::string& name, const std::string& path) {
+    std::string value(256, '\0');
+    for (;;) {
+        const ssize_t length = fgetxattr(descriptor, name.c_str(), value.data(), value.size());
+        if (length >= 0) return value.substr(0, static_cast<std::size_t>(length));
+        if (errno != ERANGE) Fail(path, "its attributes cannot be read");
+        value.resize(value.size() * 4);
+    }
+}
+
+std::map<std::string, std::string> Attributes(int descriptor, const std::string& path) {
+    std::map<std::string, std::string> attributes;
+    const std::string names = AttributeNames(descriptor, path);
+    for (std::size_t start = 0; start < names.size(); start = names.find('\0', start) + 1) {
+        const std::string name = names.c_str() + start;
+        if (IsKept(name)) attributes.emplace(name, AttributeOf(descriptor, name, path));
+    }
+    return attributes;
+}
+
+/// None when there is no such file.
+Descriptor Open(int directory, const std::string& name, const std::string& path) {
+    constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    Descriptor file(openat(directory, name.c_str(), kFlags));
+    if (file < 0 && errno == ELOOP) throw Failure(path + ": is a link now (look at it, and try again)");
+    if (file < 0 && errno != ENOENT) Fail(path, "cannot be read");
+    return file;
+}
+
+RecordedState StateOfOpened(int descriptor, const std::string& path) {
+    struct stat status = {};
+    if (fstat(descriptor, &status) != 0) Fail(path, "cannot be looked at");
+    if (!S_ISREG(status.st_mode)) throw Failure(path + ": is no regular file (name a regular file)");
+    RecordedState state;
+    state.exists = true;
+    state.mode = status.st_mode & kModeBits;
+    state.owner = status.st_uid;
+    state.group = status.st_gid;
+    state.attributes = Attributes(descriptor, path);
+    state.size = static_cast<std::uint64_t>(status.st_size);
+    return state;
+}
+
+/// Reads on to the end; of a text that grows too long, only the digest is left.
+void ReadText(int descriptor, const std::string& path, std::uint64_t longest, CapturedFile& captured) {
+    DigestInProgress digest;
+    std::string block(kBlock, '\0');
+    std::uint64_t size = 0;
+    for (;;) {
+        const ssize_t count = ReadSome(descriptor, block.data(), block.size());
+        if (count < 0) Fail(path, "cannot be read");
+        if (count == 0) break;
+        const std::string_view bytes(block.data(), static_cast<std::size_t>(count));
+        digest.Add(bytes);
+        size += bytes.size();
+        if (size <= longest) captured.text.append(bytes);
+    }
+    if (size > longest) captured.text = "";
+    captured.state.size = size;
+    captured.state.digest = digest.Bytes();
+}
+
+}  // namespace
+
+bool CapturedFile::IsAs(const RecordedState& other) const {
+    if (state.exists != other.exists) return false;
+    if (!state.exists) return true;
+    return HaveSameText(state, other) && state.mode == other.mode && state.owner == other.owner &&
+           state.group == other.group && state.attributes == other.attributes;
+}
+
+CapturedFile CaptureIn(int directory, const std::string& name, const std::string& path,
+                       std::uint64_t longest) {
+    CapturedFile captured;
+    const Descriptor file = Open(directory, name, path);
+    if (file < 0) return captured;
+    captured.state = StateOfOpened(file, path);
+    ReadText(file, path, longest, captured);
+    return captured;
+}
+
+CapturedFile Capture(const std::string& path, std::uint64_t longest) {
+    return CaptureIn(AT_FDCWD, path, path, longest);
+}
+
+RecordedState CaptureWithoutText(const std::string& path) {
+    const Descriptor file = Open(AT_FDCWD, path, path);
+    return file < 0 ? RecordedState() : StateOfOpened(file, path);
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,33 @@
+#ifndef ZET_CAPTURED_FILE_H
+#define ZET_CAPTURED_FILE_H
+
+#include <cstdint>
+#include <string>
+
+#include "deploy/state/store/Records.h"
+
+namespace ZET::Deploy {
+
+/// A file as it was at an instant, as far as it can be put back: its text, and what it carries besides.
+struct CapturedFile {
+    RecordedState state;
+    std::string text;  ///< empty where it is longer than was asked for
+
+    /// Whether it is the same file to its readers: bytes, mode, owner and attributes.
+    bool IsAs(const RecordedState& other) const;
+};
+
+/// The file of that name in a directory that is held; `path` is for messages. A text that is longer than
+/// `longest` is read, but not held. What is there, but no regular file, is a `Failure`.
+CapturedFile CaptureIn(int directory, const std::string& name, const std::string& path,
+                       std::uint64_t longest);
+
+/// The same by its path.
+CapturedFile Capture(const std::string& path, std::uint64_t longest);
+
+/// The same but for the text, which is not read: `exists`, mode, owner and attributes only.
+RecordedState CaptureWithoutText(const std::string& path);
+
+}  // namespace ZET::Deploy
+
+#endif

@@ -1,0 +1,92 @@
+#include "deploy/state/CutShort.h"
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/Staging.h"
+#include "deploy/state/CapturedFile.h"
+#include "deploy/state/LeftOvers.h"
+#include "deploy/state/Settling.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// The entries of one host whose runs were killed.
+class CutShortEntries {
+  public:
+    CutShortEntries(Host& host, Store& store) : m_host(host), m_store(store) {}
+
+    std::set<std::string> Settle() {
+        for (const RecordedEntry& entry : m_store.OpenEntries())
+            Settle(entry);
+        return m_paths;
+    }
+
+  private:
+    void Settle(const RecordedEntry& entry) {
+        Settlement settlement;
+        for (const RecordedFile& file : m_store.FilesOf(entry.number)) {
+            const std::string path = m_host.HostPaths().FromInside(file.path);
+            if (!m_host.HostPaths().StaysInside(path)) {
+                settlement.untouched.push_back(file.path);
+                continue;
+            }
+            m_paths.insert(path);
+            ClearLeftOvers(m_host, {path, entry.begun, TextsOf(file)});
+            Settle(file, path, settlement);
+        }
+        m_store.Close(entry.number, EntryOutcome::CutShort, settlement);
+        if (!m_host.HostHistory().KeepsTexts()) m_store.Drop(entry.number);
+    }
+
+    void Settle(const RecordedFile& file, const std::string& path, Settlement& settlement) {
+        try {
+            FileToRecord planned;
+            planned.file = file;
+            planned.isPlanned = file.IsPlanned();
+            SettleFile(planned, Capture(path, m_host.HostHistory().Limits().largestText), Ending::Unknown,
+                       settlement);
+        } catch (const Failure& failure) {
+            settlement.untouched.push_back(file.path);
+            m_host.Out().Warning(failure.what());
+        }
+    }
+
+    std::vector<std::string> TextsOf(const RecordedFile& file) {
+        std::vector<std::string> texts;
+        for (const RecordedState* const state : {&file.before, &file.after}) {
+            if (!state->exists) continue;
+            if (!state->text) return {};
+            texts.push_back(m_store.Text(*state->text));
+        }
+        return texts;
+    }
+
+    Host& m_host;
+    Store& m_store;
+    std::set<std::string> m_paths;
+};
+
+}  // namespace
+
+std::set<std::string> FilesOfCutShort(Host& host) {
+    std::set<std::string> paths;
+    Store* const store = host.HostHistory().ToLookIfUsable();
+    if (store == nullptr) return paths;
+    for (const RecordedEntry& entry : store->OpenEntries())
+        for (const RecordedFile& file : store->FilesOf(entry.number))
+            paths.insert(host.HostPaths().FromInside(file.path));
+    return paths;
+}
+
+std::set<std::string> SettleCutShort(Host& host, bool goesBack) {
+    Staging::RemoveLeftOvers(host.State().Path());
+    try {
+        return CutShortEntries(host, host.HostHistory().ToRecord()).Settle();
+    } catch (const Failure& failure) {
+        if (!goesBack) throw;
+        host.Out().Warning(failure.what());
+        return {};
+    }
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,79 @@
+#include "deploy/state/History.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <charconv>
+
+#include "deploy/host/Failure.h"
+#include "deploy/state/Host.h"
+#include "deploy/state/store/StoreFile.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// Of a parameter that is no number, its default: the check of the parameters tells it.
+template <typename Number>
+Number NumberOf(Host& product, const char* key, Number otherwise) {
+    const std::string text = product.Param(key);
+    Number number = otherwise;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size() ? number : otherwise;
+}
+
+}  // namespace
+
+bool History::KeepsTexts() const {
+    return m_product.Param("ZET_HISTORY") != "no";
+}
+
+StoreLimits History::Limits() const {
+    StoreLimits limits;
+    limits.entries = NumberOf(m_product, "ZET_HISTORY_KEEP", limits.entries);
+    limits.entriesWithEdits = NumberOf(m_product, "ZET_HISTORY_KEEP_EDITS", limits.entriesWithEdits);
+    limits.largestText = NumberOf(m_product, "ZET_HISTORY_MAX_FILE", limits.largestText);
+    limits.keepsTexts = KeepsTexts();
+    return limits;
+}
+
+std::string History::File() const {
+    return m_product.State().Store();
+}
+
+bool History::CanRecord() const {
+    return access(m_product.State().Path().c_str(), W_OK | X_OK) == 0;
+}
+
+bool History::IsDenied() const {
+    return eaccess(File().c_str(), R_OK) != 0 && errno == EACCES;
+}
+
+Store& History::ToRecord() {
+    if (!m_isToRecord) {
+        m_store = nullptr;
+        m_store = std::make_unique<Store>(File(), Store::Access::Record, Limits(),
+                                          m_product.Param("ZET_SYNC") != "no");
+        m_isToRecord = true;
+    }
+    return *m_store;
+}
+
+Store* History::ToLook() {
+    if (!m_store && !IsDenied() && HasStore(File()))
+        m_store = std::make_unique<Store>(File(), Store::Access::Look, Limits());
+    return m_store.get();
+}
+
+Store* History::ToLookIfUsable() {
+    if (m_isUnusable) return nullptr;
+    try {
+        return ToLook();
+    } catch (const Failure& failure) {
+        m_isUnusable = true;
+        m_product.Out().Warning(failure.what());
+        return nullptr;
+    }
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,53 @@
+#ifndef ZET_HISTORY_H
+#define ZET_HISTORY_H
+
+#include <memory>
+#include <string>
+
+#include "deploy/state/store/Store.h"
+
+namespace ZET::Deploy {
+
+class Host;
+
+/// What the product remembers on this host: the store in its directory, which is opened when it is asked for
+/// first.
+class History {
+  public:
+    explicit History(Host& product) : m_product(product) {}
+
+    /// Whether texts are kept: the parameter ZET_HISTORY.
+    bool KeepsTexts() const;
+
+    StoreLimits Limits() const;
+
+    /// Whether this user can record: the directory is there, and is his to write.
+    bool CanRecord() const;
+
+    /// Only under the product's lock. One that cannot be used is a `Failure`.
+    Store& ToRecord();
+
+    /// Null when nothing was recorded on this host, or this user may not read it. One that cannot be used is
+    /// a `Failure`.
+    Store* ToLook();
+
+    /// The same, but one that cannot be used is told, once, and is null: for who finds what he needs beside
+    /// the files, too.
+    Store* ToLookIfUsable();
+    bool IsUnusable() const { return m_isUnusable; }
+
+    /// Whether there is one that this user may not read.
+    bool IsDenied() const;
+
+  private:
+    std::string File() const;
+
+    Host& m_product;
+    std::unique_ptr<Store> m_store;
+    bool m_isToRecord = false;
+    bool m_isUnusable = false;
+};
+
+}  // namespace ZET::Deploy
+
+#endif

@@ -1,0 +1,63 @@
+#include "deploy/state/KnownFiles.h"
+
+#include <sys/stat.h>
+
+#include "deploy/host/FileState.h"
+#include "deploy/state/CapturedFile.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr mode_t kModeBits = 07777;
+
+}  // namespace
+
+KnownFiles::KnownFiles(Host& host, Unusable unusable) : m_host(host) {
+    History& history = host.HostHistory();
+    Store* const store = unusable == Unusable::IsTold ? history.ToLookIfUsable() : history.ToLook();
+    m_isUnusable = history.IsUnusable() || history.IsDenied();
+    if (store == nullptr) return;
+    for (KnownFile& file : store->KnownFiles())
+        m_files.emplace(file.path, std::move(file));
+}
+
+const KnownFile* KnownFiles::Find(const std::string& path) const {
+    const auto found = m_files.find(NameOf(path));
+    return found == m_files.end() ? nullptr : &found->second;
+}
+
+bool KnownFiles::Has(const std::string& path, Role role) const {
+    const KnownFile* const file = Find(path);
+    return file != nullptr && file->state.knowledge.roles.count(role) != 0;
+}
+
+bool KnownFiles::IsAsLeft(const std::string& path) const {
+    const KnownFile* const file = Find(path);
+    return file != nullptr && IsAsRecorded(path, file->state);
+}
+
+std::vector<std::string> KnownFiles::PathsOf(Role role) const {
+    std::vector<std::string> paths;
+    for (const auto& [name, file] : m_files)
+        if (file.state.knowledge.roles.count(role) != 0) paths.push_back(m_host.HostPaths().FromInside(name));
+    return paths;
+}
+
+std::vector<std::string> KnownFiles::EditedPaths() const {
+    std::vector<std::string> paths;
+    for (const auto& [name, file] : m_files)
+        if (file.kind == FileKind::Edit) paths.push_back(m_host.HostPaths().FromInside(name));
+    return paths;
+}
+
+bool IsAsRecorded(const std::string& path, const RecordedState& state) {
+    const FileState now = StateOf(path);
+    if (now.exists != state.exists) return false;
+    if (!now.exists) return true;
+    if (!now.IsRegular() || (now.mode & kModeBits) != state.mode) return false;
+    const CapturedFile captured = Capture(path, 0);
+    return HaveSameText(captured.state, state);
+}
+
+}  // namespace ZET::Deploy

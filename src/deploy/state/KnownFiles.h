@@ -1,0 +1,53 @@
+#ifndef ZET_KNOWN_FILES_H
+#define ZET_KNOWN_FILES_H
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "deploy/state/Host.h"
+#include "deploy/state/store/Records.h"
+
+namespace ZET::Deploy {
+
+/// What the history knows of the host's files, of whichever role, read at once. Paths are those of real
+/// files, links among the directories followed.
+class KnownFiles {
+  public:
+    /// For who takes back what was written, which stands beside the files: a history that cannot be used is
+    /// told, and nothing is known.
+    enum class Unusable { IsFailure, IsTold };
+
+    explicit KnownFiles(Host& host, Unusable unusable = Unusable::IsFailure);
+
+    bool IsUnusable() const { return m_isUnusable; }
+
+    /// Null: nothing is known of it.
+    const KnownFile* Find(const std::string& path) const;
+
+    /// Whether a commit of the role wrote the file, and it was not taken back since.
+    bool Has(const std::string& path, Role role) const;
+
+    /// Whether the file is, by content, as the product left it; a link in its place is not.
+    bool IsAsLeft(const std::string& path) const;
+
+    /// Those that the role has committed.
+    std::vector<std::string> PathsOf(Role role) const;
+
+    /// Those that were edited in place.
+    std::vector<std::string> EditedPaths() const;
+
+  private:
+    std::string NameOf(const std::string& path) const { return m_host.HostPaths().NameInside(path); }
+
+    Host& m_host;
+    bool m_isUnusable = false;
+    std::map<std::string, KnownFile> m_files;  ///< by their names inside the root
+};
+
+/// Whether the file is by content what the state says; a link in its place is not.
+bool IsAsRecorded(const std::string& path, const RecordedState& state);
+
+}  // namespace ZET::Deploy
+
+#endif

@@ -1,0 +1,25 @@
+#ifndef ZET_LEFT_OVERS_H
+#define ZET_LEFT_OVERS_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "deploy/state/Host.h"
+
+namespace ZET::Deploy {
+
+/// A file at which a run may have been killed.
+struct CutShortFile {
+    std::string path;                ///< of the real file
+    std::int64_t begun = 0;          ///< when the run began to write, in nanoseconds since 1970
+    std::vector<std::string> texts;  ///< what was being written begins one of these; none: nobody knows
+};
+
+/// Removes the temporary files that the run left beside the file, which is told; what has the name of one,
+/// but cannot be its work, is told and stays. Only under the product's lock.
+void ClearLeftOvers(Host& host, const CutShortFile& file);
+
+}  // namespace ZET::Deploy
+
+#endif

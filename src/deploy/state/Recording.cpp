@@ -1,0 +1,211 @@
+#include "deploy/state/Recording.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <exception>
+#include <new>
+#include <utility>
+
+#include "deploy/host/Failure.h"
+#include "deploy/state/History.h"
+#include "deploy/state/LoginUser.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr char kHiddenWord[] = "***";
+
+std::vector<std::string> ShownWords(const Options& options, bool isPrivate) {
+    std::vector<std::string> words;
+    for (const CommandWord& word : options.words)
+        words.push_back(word.isText && isPrivate ? kHiddenWord : word.text);
+    if (words.empty()) words.push_back(options.command);
+    return words;
+}
+
+}  // namespace
+
+Recording::Recording(Host& host, Use use, bool isLocked, bool goesBack) : m_host(host) {
+    History& history = host.HostHistory();
+    if (host.Wanted().dryRun) return;
+    if (use == Use::OfFiles && !history.KeepsTexts()) return;
+    if (isLocked && history.CanRecord()) {
+        OpenStore(goesBack);
+        return;
+    }
+    const std::string text = "what is changed is not recorded: ZET_VAR_LIB_DIR cannot be written";
+    if (geteuid() == 0)
+        host.Out().Warning(text + " (create it, or make it writable)");
+    else
+        host.Out().Detail(text);
+}
+
+void Recording::OpenStore(bool goesBack) {
+    try {
+        m_store = &m_host.HostHistory().ToRecord();
+    } catch (const Failure& failure) {
+        if (!goesBack) throw;
+        m_host.Out().Warning(failure.what());
+    }
+}
+
+Recording::~Recording() {
+    if (!m_open) return;
+    try {
+        Close(EntryOutcome::Failed, Ending::Unknown);
+    } catch (const std::exception&) {
+        // What ended the command is on its way to the reader; the next run settles the entry.
+    }
+}
+
+void Recording::Expect(ExpectedFile file) {
+    if (!IsOn()) return;
+    Add(file, "");
+    const bool exists = m_rows.back().record.file.before.exists;
+    m_isPrivate = m_isPrivate || m_host.IsPrivate(file.path);
+    if (file.companions == ExpectedFile::Companions::Stay) return;
+    file.after.reset();
+    file.base.reset();
+    file.knowledge.reset();
+    file.kind = FileKind::Companion;
+    const bool mayGo = file.companions == ExpectedFile::Companions::MayGo;
+    for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix}) {
+        Add(file, suffix);
+        const bool isThere = m_rows.back().record.file.before.exists;
+        const bool comes = exists == (suffix == std::string(ZETReserveSuffix));
+        if (mayGo ? !isThere : isThere || !comes) m_rows.pop_back();
+    }
+}
+
+void Recording::Add(const ExpectedFile& file, const std::string& suffix) {
+    Row row;
+    row.path = file.path + suffix;
+    row.suffix = suffix;
+    row.place = file.place;
+    CapturedFile before = Now(row);
+    FileToRecord& record = row.record;
+    // Whatever way led to it, it is known by one name.
+    record.file.path = m_host.HostPaths().NameInside(m_host.HostPaths().WithRealDirectory(row.path));
+    record.file.kind = file.kind;
+    record.file.wasEdited = file.wasEdited;
+    const std::optional<KnownFile> known = m_store->Known(record.file.path);
+    if (known) {
+        before.state.knowledge = known->state.knowledge;
+        if (known->kind == FileKind::Target && file.kind == FileKind::Edit) record.file.kind = FileKind::Target;
+    }
+    record.file.before = std::move(before.state);
+    record.textBefore = std::move(before.text);
+    record.isPlanned = file.after.has_value();
+    record.file.after.exists = true;
+    if (file.after) {
+        record.file.after = file.after->state;
+        record.textAfter = file.after->text;
+    }
+    record.base = file.base;
+    record.isKnownAnew = file.knowledge.has_value();
+    record.file.after.knowledge = file.knowledge.value_or(record.file.before.knowledge);
+    m_rows.push_back(std::move(row));
+}
+
+RecordedEntry Recording::EntryToOpen() const {
+    RecordedEntry entry;
+    entry.user = getuid();
+    entry.loginUser = LoginUser();
+    if (const char* const user = std::getenv("SUDO_USER")) entry.sudoUser = user;
+    entry.role = m_host.Role();
+    entry.words = ShownWords(m_host.Wanted(), m_isPrivate);
+    entry.message = m_host.Wanted().message;
+    return entry;
+}
+
+std::vector<FileToRecord> Recording::NewFiles() {
+    std::vector<FileToRecord> files;
+    for (Row& row : m_rows) {
+        if (row.isNew) files.push_back(row.record);
+        row.isNew = false;
+    }
+    return files;
+}
+
+void Recording::Announce() {
+    if (!IsOn()) return;
+    m_number = m_open = m_store->Announce(EntryToOpen(), NewFiles());
+}
+
+void Recording::Plan(const std::string& path, CapturedFile after, Attributes attributes) {
+    for (Row& row : m_rows) {
+        if (row.path != path) continue;
+        FileToRecord& record = row.record;
+        const Knowledge knowledge = record.file.after.knowledge;
+        const RecordedState& before = record.file.before;
+        if (attributes == Attributes::OfTheFileBefore && before.exists) {
+            after.state.owner = before.owner;
+            after.state.group = before.group;
+            after.state.attributes = before.attributes;
+        }
+        record.file.after = std::move(after.state);
+        record.file.after.knowledge = knowledge;
+        record.textAfter = std::move(after.text);
+        record.isPlanned = true;
+        row.isNew = true;
+        return;
+    }
+}
+
+void Recording::Begin() {
+    if (!IsOn() || m_rows.empty()) return;
+    if (m_open)
+        m_store->Plan(*m_open, NewFiles());
+    else
+        m_number = m_open = m_store->Open(EntryToOpen(), NewFiles());
+}
+
+CapturedFile Recording::Now(const Row& row) const {
+    const std::uint64_t longest = m_host.HostHistory().Limits().largestText;
+    if (row.place == nullptr) return Capture(row.path, longest);
+    return CaptureIn(row.place->Directory(), row.place->NameInDirectory() + row.suffix, row.path, longest);
+}
+
+/// The text of a file that was written as planned is known.
+CapturedFile Recording::AfterSuccess(const Row& row) const {
+    const RecordedState& planned = row.record.file.after;
+    if (!row.record.isPlanned || !planned.exists) return Now(row);
+    CapturedFile after;
+    after.state = CaptureWithoutText(row.path);
+    after.state.size = planned.size;
+    after.state.digest = planned.digest;
+    return after.state.exists ? after : Now(row);
+}
+
+Settlement Recording::Settled(Ending ending) const {
+    Settlement settlement;
+    for (const Row& row : m_rows)
+        SettleFile(row.record, ending == Ending::Done ? AfterSuccess(row) : Now(row), ending, settlement);
+    return settlement;
+}
+
+void Recording::Discard() {
+    if (m_open) m_store->Drop(*std::exchange(m_open, std::nullopt));
+    m_number.reset();
+}
+
+void Recording::Complete(Ending ending) {
+    if (!m_open) return;
+    try {
+        Close(EntryOutcome::Done, ending);
+    } catch (const Failure& failure) {
+        m_host.Out().Warning(failure.what());
+    }
+}
+
+void Recording::Close(EntryOutcome outcome, Ending ending) {
+    const std::int64_t number = *std::exchange(m_open, std::nullopt);
+    m_store->Close(number, outcome, Settled(ending));
+    if (!m_host.HostHistory().KeepsTexts()) m_store->Drop(number);
+}
+
+}  // namespace ZET::Deploy

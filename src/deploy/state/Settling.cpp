@@ -1,0 +1,44 @@
+#include "deploy/state/Settling.h"
+
+#include <utility>
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// Of a file that was not planned, only one that nobody else makes is taken for the command's work.
+bool IsOfTheCommand(const RecordedFile& file, const CapturedFile& now, Ending ending) {
+    if (file.IsPlanned()) return HaveSameText(now.state, file.after);
+    return ending != Ending::Unknown || file.kind == FileKind::Companion || file.kind == FileKind::Status;
+}
+
+bool CarriesTheSame(const RecordedState& one, const RecordedState& other) {
+    return one.mode == other.mode && one.owner == other.owner && one.group == other.group &&
+           one.attributes == other.attributes;
+}
+
+FileToRecord AsItIs(const FileToRecord& planned, const CapturedFile& now) {
+    FileToRecord settled = planned;
+    settled.isPlanned = true;
+    settled.file.after = now.state;
+    settled.file.after.knowledge = planned.file.after.knowledge;
+    settled.textAfter = now.text;
+    return settled;
+}
+
+}  // namespace
+
+void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending ending, Settlement& settlement) {
+    const RecordedFile& file = planned.file;
+    if (now.IsAs(file.before) || !IsOfTheCommand(file, now, ending)) {
+        settlement.untouched.push_back(file.path);
+        const bool isAsWanted = !file.IsPlanned() || HaveSameText(now.state, file.after);
+        if (planned.isKnownAnew && ending != Ending::Unknown && isAsWanted)
+            settlement.known.push_back(AsItIs(planned, now));
+        return;
+    }
+    const bool isAsPlanned = file.IsPlanned() && CarriesTheSame(now.state, file.after);
+    if (!isAsPlanned) settlement.changed.push_back(AsItIs(planned, now));
+}
+
+}  // namespace ZET::Deploy

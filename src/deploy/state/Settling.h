@@ -1,0 +1,22 @@
+#ifndef ZET_SETTLING_H
+#define ZET_SETTLING_H
+
+#include "deploy/state/CapturedFile.h"
+#include "deploy/state/store/Records.h"
+
+namespace ZET::Deploy {
+
+/// How a command ended.
+enum class Ending {
+    Done,
+    DoneInPart,  ///< what could be done; each file is looked at
+    Unknown      ///< it failed, or was killed
+};
+
+/// Tells by content how a file turned out that was going to be written. What is neither as it was before nor
+/// as it was going to be is somebody else's work.
+void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending ending, Settlement& settlement);
+
+}  // namespace ZET::Deploy
+
+#endif
