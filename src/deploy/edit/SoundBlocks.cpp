@@ -14,8 +14,11 @@ TextToEdit WithoutDamage(HostProduct& product, const FileToLookAt& file, LookAtT
                          const std::function<std::string()>& whole) {
     const auto damage = look.Damage(whole);
     if (!damage) return look.Found();
-    throw Failure(file.path + ":" + std::to_string(damage->line) + ": " + damage->text + " (\"" +
-                  product.Wanted().program + " doctor " + file.named + "\" tells a repair)");
+    throw Failure(
+        {.file = file.path,
+         .line = static_cast<int>(damage->line),
+         .text = damage->text,
+         .remedy = "\"" + product.Wanted().program + " doctor " + file.named + "\" tells a repair"});
 }
 
 TextToEdit LookAtFile(HostProduct& product, const FileToLookAt& file, const NoticeTexts* noticeTexts) {

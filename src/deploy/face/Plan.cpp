@@ -45,7 +45,9 @@ Outcome Commit(Product& product, Plan& plan, Observer* observer) {
         std::string lines;
         for (const Problem& problem : plan.Problems())
             lines += problem.Describe() + "\n";
-        throw Failure("the plan has problems, and nothing was changed (solve them, and plan again)", lines);
+        throw Failure({.text = "the plan has problems, and nothing was changed",
+                       .remedy = "solve them, and plan again",
+                       .output = lines});
     }
     Deployment& deployment = DeploymentOf(product);
     return product.Parts().relay.Collect(observer, [&] {

@@ -5,6 +5,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Installed.h"
+#include "deploy/host/Remedy.h"
 #include "deploy/host/Signals.h"
 #include "deploy/state/Instructions.h"
 #include "zet/ZETErrors.h"
@@ -39,8 +40,7 @@ HostProduct::HostProduct(const std::string& configFile, const Options& options, 
         }
     }
     // Its code runs as soon as it is loaded.
-    if (const std::optional<Problem> problem = CheckWayTo(Paths(""), ModuleFile()))
-        throw Failure(problem->Describe());
+    if (const std::optional<Problem> problem = CheckWayTo(Paths(""), ModuleFile())) throw Failure(*problem);
     LoadModule();
 }
 
@@ -51,7 +51,7 @@ HostProduct::~HostProduct() = default;
 void HostProduct::RequireGoOn() {
     SignalGuard::Check();
     if (m_observer.IsCancelled())
-        throw Interrupted("was cancelled before all was done (call it again to go on)");
+        throw Interrupted({.text = "was cancelled before all was done", .remedy = "call it again to go on"});
 }
 
 void HostProduct::StartHost() {
@@ -65,13 +65,14 @@ void HostProduct::LoadModule() {
     try {
         m_host->LoadModule(ModuleFile());
     } catch (const EZETError& error) {
-        std::string text = error.GetMessage();
-        if (text.ends_with('.')) text.pop_back();
-        throw Failure(text + " (install the product again, or name its module with --module)");
+        throw FailureWith(error, "install the product again, or name its module with --module");
     }
     m_config = std::dynamic_pointer_cast<IZETConfig>(m_host->FindInterface(kInterfaceName));
     if (!m_config) {
-        throw Failure("the module registered no interface \"zet-config\" (name the right one with --module)");
+        throw Failure({.file = ModuleFile(),
+                       .text = "the module registered no interface \"zet-config\"",
+                       .remedy = "name the right one with --module",
+                       .textNamesFile = true});
     }
 }
 
@@ -80,7 +81,7 @@ void HostProduct::RequireDirectories() {
         const auto problem = ProblemOfParam(key, Param(key));
         if (!problem) continue;
         if (!m_options.mendsParameters)
-            throw Failure(Problem{Param("ZET_CFG"), 0, 0, problem->text, problem->remedy}.Describe());
+            throw Failure({.file = Param("ZET_CFG"), .text = problem->text, .remedy = problem->remedy});
         Core().UpdateParam(key, DefaultOf(key));
     }
 }

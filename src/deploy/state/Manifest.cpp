@@ -3,10 +3,10 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstring>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/Remedy.h"
 #include "deploy/host/TextStreams.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/state/StateFile.h"
@@ -57,8 +57,10 @@ void Manifest::Read() {
         std::string path;
         words >> entry.inode >> entry.size >> entry.time >> std::oct >> entry.mode >> std::ws;
         if (!words || !std::getline(words, path) || path.front() != '/') {
-            throw Damage(m_file + ":" + std::to_string(number) +
-                         ": is no line INODE SIZE MTIME MODE PATH (remove the file, then commit again)");
+            throw Damage({.file = m_file,
+                          .line = number,
+                          .text = "is no line INODE SIZE MTIME MODE PATH",
+                          .remedy = "remove the file, then commit again"});
         }
         Add(NameOf(m_product.HostPaths(), path), entry);
     }
@@ -74,8 +76,10 @@ Manifest::Entry Manifest::EntryOf(const std::string& path) {
     struct stat status = {};
     if (lstat(path.c_str(), &status) != 0) {
         if (errno == ENOENT || errno == ENOTDIR) return {};
-        throw Failure(path + ": its status cannot be read: " + std::strerror(errno) +
-                      " (run the command as a user who may search its directory)");
+        throw SystemFailure({.file = path,
+                             .text = "its status cannot be read",
+                             .remedy = "run the command as a user who may search its directory"},
+                            errno);
     }
     constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
     return {status.st_ino, static_cast<std::uint64_t>(status.st_size),

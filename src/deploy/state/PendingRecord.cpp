@@ -136,7 +136,7 @@ std::set<std::string> PendingRecord::ClearLeftOvers(HostProduct& product) {
         } catch (const Failure& failure) {
             product.Out().Warning(failure.what());
         } catch (const EZETError& error) {
-            product.Out().Warning(WithRemedy(error.what()));
+            product.Out().Warning(FailureOf(error).what());
         }
     }
     ReplaceStateFile(FileOf(product), "");

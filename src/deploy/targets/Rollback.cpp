@@ -101,17 +101,17 @@ class Rollback {
                          target.path,
                          target.trusted,
                          target.forServer && target.forClient,
-                         ""};
+                         {}};
         try {
             file.path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path));
         } catch (const Failure& failure) {
-            file.trouble = failure.what();
+            file.trouble = failure;
         }
         return file;
     }
 
     void AddRecorded(const std::string& path, std::vector<WrittenFile>& files) {
-        WrittenFile file{"", path, {}, "", "", true, ""};
+        WrittenFile file{"", path, {}, "", "", true, {}};
         try {
             if (!m_product.HostPaths().StaysInside(path)) {
                 m_product.Out().Warning(path +
@@ -119,7 +119,7 @@ class Rollback {
                 return;
             }
         } catch (const Failure& failure) {
-            file.trouble = failure.what();
+            file.trouble = failure;
         }
         files.push_back(std::move(file));
     }
@@ -153,7 +153,7 @@ class Rollback {
 
     void TryPutBack(const WrittenFile& file) {
         try {
-            if (!file.trouble.empty()) throw Failure(file.trouble);
+            if (file.trouble) throw Failure(*file.trouble);
             const FileOutcome outcome = PutBack(file);
             if (outcome.result == Result::Restored || outcome.result == Result::Removed)
                 m_restarts.Add(file.restart);
@@ -162,7 +162,7 @@ class Rollback {
             throw;
         } catch (const std::exception& error) {
             m_result.isKept = true;
-            m_product.Out().Error(file.path + ": could not be put back: " + WithRemedy(error.what()));
+            m_product.Out().Error(file.path + ": could not be put back: " + FailureOf(error).what());
             m_product.Out().Done(OutcomeOf(file, Result::Failed, "could not be put back"));
         }
     }
@@ -192,7 +192,7 @@ class Rollback {
                              now.exists ? "has no reserve, stays as it is" : "is not there");
         }
         if (reserve.exists && !reserve.IsRegular())
-            throw Failure(file.Reserve() + ": is no regular file (move it away)");
+            throw Failure({.file = file.Reserve(), .text = "is no regular file", .remedy = "move it away"});
         if (now.exists && !m_isForced && !IsOwnWork(file)) {
             m_product.Out().Warning(
                 file.path +
@@ -229,7 +229,8 @@ class Rollback {
         const std::vector<Problem> problems =
             CheckTemplateFile(m_product, file.templateName, m_product.Config().TemplatesValues());
         if (!problems.empty())
-            throw Failure("it " + text + ", and cannot be rendered for it: " + problems.front().Describe());
+            throw Failure("it " + text + ", and cannot be rendered for it: " + problems.front().Describe(),
+                          problems.front());
         const std::string staged = StagedFor(file, m_otherRole);
         const bool isSame = now.IsRegular() && HaveSameModeAndBytes(file.path, staged);
         m_result.isChanged = m_result.isChanged || !isSame;
@@ -243,7 +244,10 @@ class Rollback {
             RenderTarget(m_product, {file.templateName, place, staged, version, m_otherRole});
         }
         if (isSame && VersionOf(file.path) != version)
-            throw Failure("another program wrote it after it was looked at (run the command again)");
+            throw Failure({.file = file.path,
+                           .text = "another program wrote it after it was looked at",
+                           .remedy = "run the command again",
+                           .textNamesFile = true});
         m_otherManifest.Record(file.path);
         m_manifest.Forget(file.path);
         return outcome;

@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <string>
 
@@ -26,8 +28,10 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::Pair;
 using testing::SizeIs;
+using testing::StartsWith;
 using Result = FileOutcome::Result;
 
 void Write(const std::string& path, const std::string& text) {
@@ -189,6 +193,63 @@ TEST_F(FaceTest, DamagedMarkersAreToldWithARepair) {
     ASSERT_THAT(diagnosis.problems, SizeIs(1));
     EXPECT_EQ(diagnosis.problems[0].line, 4U);
     EXPECT_THROW(SetParam(product, At("file"), "a", "2"), Failure);
+}
+
+/// The failure that the call ends with.
+Failure FailureIn(const std::function<void()>& call) {
+    try {
+        call();
+    } catch (const Failure& failure) {
+        return failure;
+    }
+    ADD_FAILURE() << "nothing failed";
+    return Failure({.text = "nothing failed"});
+}
+
+TEST_F(FaceTest, FailureOfTheSystemTellsFileReasonAndRemedyApart) {
+    Product product(At("zet.conf"), m_options);
+    const Failure failure = FailureIn([&] { SetParam(product, At("missing"), "a", "1"); });
+    EXPECT_EQ(failure.Facts().file, At("missing"));
+    EXPECT_EQ(failure.Facts().text, "does not exist");
+    EXPECT_EQ(failure.Facts().remedy, "create it, or correct the path");
+    EXPECT_EQ(failure.ErrorNumber(), ENOENT);
+    EXPECT_EQ(failure.what(), At("missing") + ": does not exist (create it, or correct the path)");
+}
+
+TEST_F(FaceTest, FailureInsideAFileTellsTheLine) {
+    Write(At("file"), "# ---ZET_BEGIN---\na=1\n# ----ZET_END----\n# ----ZET_END----\n");
+    Product product(At("zet.conf"), m_options);
+    const Failure failure = FailureIn([&] { SetParam(product, At("file"), "a", "2"); });
+    EXPECT_EQ(failure.Facts().file, At("file"));
+    EXPECT_EQ(failure.Facts().line, 4);
+    EXPECT_THAT(failure.Facts().remedy, HasSubstr(" doctor "));
+    EXPECT_EQ(failure.ErrorNumber(), 0);
+}
+
+TEST_F(FaceTest, FailureOfTheCoreTellsTheFileByTheNameOfItsReader) {
+    Product product(At("zet.conf"), m_options);
+    const std::string reserve = At("file.before_zet");
+    fs::create_directory(reserve);
+    fs::create_directory(reserve + "/in the way");
+    const Failure failure = FailureIn([&] { ReserveFile(product, At("file")); });
+    EXPECT_EQ(failure.Facts().file, reserve);
+    EXPECT_NE(failure.Facts().remedy, "");
+}
+
+TEST_F(FaceTest, ModuleThatIsMissingIsAFailureWithItsNumber) {
+    m_options.moduleFile = At("none.so");
+    const Failure failure = FailureIn([&] { const Product product(At("zet.conf"), m_options); });
+    EXPECT_EQ(failure.Facts().file, At("none.so"));
+    EXPECT_EQ(failure.Facts().remedy, "install the product again, or name its module with --module");
+    EXPECT_EQ(failure.ErrorNumber(), ENOENT);
+}
+
+TEST_F(FaceTest, OptionThatWouldBreakTheMainFileKeepsWhatIsWrong) {
+    Product product(At("zet.conf"), m_options);
+    const Failure failure = FailureIn([&] { SetOption(product, "ZET_SYNC", "perhaps"); });
+    EXPECT_THAT(failure.what(), StartsWith("the option would break the configuration file: "));
+    EXPECT_NE(failure.Facts().remedy, "");
+    EXPECT_THAT(failure.Facts().text, Not(HasSubstr(failure.Facts().remedy)));
 }
 
 TEST_F(FaceTest, MainFileThatIsMissingIsAnError) {
