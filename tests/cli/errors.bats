@@ -410,7 +410,7 @@ zet-client: nothing was changed"
     echo broken >>zet.conf
     run_zet --json values
     assert_json '[d["failure"][name] for name in ("file", "problem", "remedy")]' \
-        '["zet.conf", "no \"=\" in the line", "write NAME=value, or \"#\" before a comment"]'
+        '["'"$HOST"'/zet.conf", "no \"=\" in the line", "write NAME=value, or \"#\" before a comment"]'
 }
 
 @test "a command that was not ended too early has no failure in its document" {

@@ -1,8 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -226,14 +228,36 @@ TEST_F(FaceTest, FailureInsideAFileTellsTheLine) {
     EXPECT_EQ(failure.ErrorNumber(), 0);
 }
 
+/// No file gets larger, for as long as the object lives.
+class LimitedFiles {
+  public:
+    explicit LimitedFiles(rlim_t size) : m_formerHandler(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &m_former);
+        const struct rlimit limit = {size, m_former.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~LimitedFiles() {
+        setrlimit(RLIMIT_FSIZE, &m_former);
+        std::signal(SIGXFSZ, m_formerHandler);
+    }
+    LimitedFiles(const LimitedFiles&) = delete;
+    LimitedFiles& operator=(const LimitedFiles&) = delete;
+
+  private:
+    struct rlimit m_former = {};
+    void (*m_formerHandler)(int);
+};
+
 TEST_F(FaceTest, FailureOfTheCoreTellsTheFileByTheNameOfItsReader) {
     Product product(At("zet.conf"), m_options);
-    const std::string reserve = At("file.before_zet");
-    fs::create_directory(reserve);
-    fs::create_directory(reserve + "/in the way");
+    Write(At("file"), std::string(10'000, 'x'));
+    const LimitedFiles limit(5'000);
     const Failure failure = FailureIn([&] { ReserveFile(product, At("file")); });
-    EXPECT_EQ(failure.Facts().file, reserve);
-    EXPECT_NE(failure.Facts().remedy, "");
+    EXPECT_EQ(failure.Facts().file, At("file.before_zet"));
+    EXPECT_EQ(failure.Facts().text,
+              "Failed to copy file '" + At("file") + "' to '" + At("file.before_zet") + "': File too large");
+    EXPECT_EQ(failure.Facts().remedy, "allow larger files, then run the command again");
+    EXPECT_EQ(failure.ErrorNumber(), EFBIG);
 }
 
 TEST_F(FaceTest, ModuleThatIsMissingIsAFailureWithItsNumber) {
@@ -253,7 +277,18 @@ TEST_F(FaceTest, OptionThatWouldBreakTheMainFileKeepsWhatIsWrong) {
 }
 
 TEST_F(FaceTest, MainFileThatIsMissingIsAnError) {
-    EXPECT_THROW(Product(At("missing.conf"), m_options), std::exception);
+    const Failure failure = FailureIn([&] { const Product product(At("missing.conf"), m_options); });
+    EXPECT_EQ(failure.Facts().file, At("missing.conf"));
+    EXPECT_EQ(failure.Facts().remedy, "name a configuration file that exists and is readable");
+    EXPECT_EQ(failure.ErrorNumber(), ENOENT);
+}
+
+TEST_F(FaceTest, MainFileThatIsBrokenIsAnErrorWithTheLine) {
+    Write(At("zet.conf"), "A=1\nbroken\n");
+    const Failure failure = FailureIn([&] { const Product product(At("zet.conf"), m_options); });
+    EXPECT_EQ(failure.Facts().file, At("zet.conf"));
+    EXPECT_EQ(failure.Facts().line, 2);
+    EXPECT_EQ(failure.Facts().text, "no \"=\" in the line");
 }
 
 }  // namespace
