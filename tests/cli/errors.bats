@@ -243,6 +243,15 @@ zet-client: nothing was changed"
     assert_absent out/new
 }
 
+@test "a file that cannot be opened has a remedy, though the module tells the cause in words only" {
+    echo 'a=1' >conf
+    local get=("$ZET_BIN/zet-client" --config zet.conf param get "$HOST/conf" a) last
+    strace -f -qq -o "$BASE/trace" -P "$HOST/conf" -e trace=/fstat "${get[@]}"
+    last=$(grep -c . "$BASE/trace")
+    capture strace -f -qq -o "$BASE/trace" -P "$HOST/conf" -e trace=/fstat -e "inject=/fstat:error=EIO:when=$last" "${get[@]}"
+    assert_refusal 1 "Error stat '$HOST/conf':Input/output error (repair or replace the file or its file system)"
+}
+
 @test "a file system that cannot be written is told so, and not laid to the user" {
     mkdir sub
     echo 'a=1' >sub/conf

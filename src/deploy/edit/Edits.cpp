@@ -14,6 +14,9 @@ namespace ZET::Deploy {
 
 namespace {
 
+/// The module does not say what the reason was but in words.
+constexpr char kRemedyOfReading[] = "repair or replace the file or its file system";
+
 /// Without lists that can be read, nobody can tell; the edit keeps its reserve.
 const Target* CommittedTarget(Deployment& product, const std::string& path) {
     try {
@@ -28,7 +31,8 @@ const Target* CommittedTarget(Deployment& product, const std::string& path) {
 }  // namespace
 
 std::shared_ptr<IZETConfigFile> OpenedFile(Deployment& product, const std::string& path, bool noMarkers) {
-    auto file = product.Config().OpenConfigFile(path, product.Role(), noMarkers);
+    auto file = RemedyErrors(
+        kRemedyOfReading, [&] { return product.Config().OpenConfigFile(path, product.Role(), noMarkers); });
     if (!file)
         throw Failure({.file = path, .text = "cannot be read any more", .remedy = "run the command again"});
     return file;
