@@ -13,15 +13,13 @@
 #include "posix/ReadWrite.h"
 
 // The catalogue has each of these messages whole, with its place and remedy; the error has the parts, too.
-#define FAIL_IN_FILE(error, what, cure)                                                               \
-    FailKnowing({.path = path, .errorNumber = error, .text = Message(what), .remedy = Message(cure)}, \
+#define FAIL_IN_FILE(error, what, cure)                                                                 \
+    FailKnowing({.path = path, .errorNumber = (error), .text = Message(what), .remedy = Message(cure)}, \
                 "%s: " what " (" cure ")", path.c_str())
-#define FAIL_IN_LINE(what, cure, ...)                              \
-    FailKnowing({.path = path,                                     \
-                 .line = number,                                   \
-                 .text = Message(what __VA_OPT__(, ) __VA_ARGS__), \
-                 .remedy = Message(cure)},                         \
-                "%s:%zu: " what " (" cure ")", path.c_str(), number __VA_OPT__(, ) __VA_ARGS__)
+#define FAIL_IN_LINE(what, cure, ...)                                                                  \
+    FailKnowing(                                                                                       \
+        {.path = path, .line = number, .text = Message(what, ##__VA_ARGS__), .remedy = Message(cure)}, \
+        "%s:%zu: " what " (" cure ")", path.c_str(), number, ##__VA_ARGS__)
 
 namespace ZET {
 

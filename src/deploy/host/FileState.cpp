@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
