@@ -10,12 +10,38 @@
 
 #include "zet/IZETCore.h"
 #include "zet/ZETApi.h"
+#include "zet/ZETErrors.h"
 #include "zet/ZETLogProvider.h"
 #include "zet/ZETTypes.h"
 
 /// What an embedder needs of the reference core beyond the contract: create it, load modules into it, find
 /// their interfaces, and steer the log. Another core need not have any of it.
 namespace ZET {
+
+/// What an error of the core is about, beside its message.
+struct ZETCause {
+    std::string path{};    ///< of the file or directory; empty: none
+    std::size_t line = 0;  ///< of the file; 0: the file as a whole
+    int errorNumber = 0;   ///< the system's `errno`; 0: none
+    std::string text{};    ///< what is wrong, of a message that says more than that; else empty
+    std::string remedy{};  ///< where the message has one, after `text`; else empty
+};
+
+/// An error of this core that knows what it is about: of a file or directory, or of the system.
+class ZET_API EZETHostError : public EZETError {
+  public:
+    EZETHostError(const std::string& message, const std::string& detail, const ZETCause& cause);
+    ~EZETHostError() override;
+
+    /// Valid as long as the exception.
+    const ZETCause& GetCause() const noexcept;
+
+    /// The system's `errno`; 0: none.
+    int GetErrorNumber() const noexcept;
+
+  private:
+    ZETCause m_cause;
+};
 
 /// The core with the modules loaded into it. One thread at a time; several hosts may run in several threads.
 /// The log, the guard of renames and syncing (the parameter "ZET_SYNC") belong to the process: its hosts

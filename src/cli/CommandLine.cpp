@@ -186,6 +186,14 @@ bool IsOption(std::string_view word) {
     return word.starts_with('-');
 }
 
+/// Whether the words end before a command that has to come.
+bool LacksCommand(const CLI::App& app) {
+    const CLI::App* last = &app;
+    while (!last->get_subcommands().empty())
+        last = last->get_subcommands().front();
+    return last->get_require_subcommand_min() > 0;
+}
+
 std::string WhatIsWrong(const Names& unknown, const std::string& message, bool isCommandMissing) {
     if (!isCommandMissing) return message;
     return unknown.empty() ? "a command is missing" : "unknown command \"" + unknown.front() + "\"";
@@ -203,7 +211,7 @@ std::string Suggestion(const CLI::App& app, const Names& unknown, bool isCommand
 std::string DescribeMistake(const CLI::App& app, const CLI::ParseError& error, std::string_view last) {
     const Names unknown = app.remaining(true);
     const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
-    const bool isCommand = isMissing && std::string(error.what()).find("ubcommand") != std::string::npos;
+    const bool isCommand = isMissing && LacksCommand(app);
     // What is missing may be there, and have been taken for an option.
     const bool isTaken =
         isMissing && !isCommand && (IsOption(last) || std::any_of(unknown.begin(), unknown.end(), IsOption));

@@ -1,5 +1,7 @@
 #include "cli/Fields.h"
 
+#include <cstring>
+
 #include "deploy/host/FileState.h"
 
 namespace ZET::Cli {
@@ -48,6 +50,13 @@ Fields FieldsOf(const Problem& problem) {
     return {{"file", TextOrNull(problem.file)},       {"line", NumberOrNull(problem.line)},
             {"column", NumberOrNull(problem.column)}, {"problem", problem.text},
             {"remedy", TextOrNull(problem.remedy)},   {"output", TextOrNull(problem.output)}};
+}
+
+Fields FieldsOf(const Failure& failure) {
+    Fields fields = FieldsOf(failure.Facts());
+    const char* const error = failure.ErrorNumber() == 0 ? nullptr : strerrorname_np(failure.ErrorNumber());
+    fields.emplace_back("errno", error == nullptr ? Value(nullptr) : Value(error));
+    return fields;
 }
 
 Fields FieldsOf(const FileOutcome& outcome, const std::string& path, bool isSecret, const Value& edited) {

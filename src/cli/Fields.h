@@ -4,12 +4,16 @@
 #include "cli/Names.h"
 #include "cli/Report.h"
 #include "zet/ZETProblem.h"
+#include "zet/deploy/Failure.h"
 #include "zet/deploy/FileOutcome.h"
 
 /// What the document says of the things that commands find and do.
 namespace ZET::Cli {
 
 Fields FieldsOf(const Problem& problem);
+
+/// What ended the command.
+Fields FieldsOf(const Failure& failure);
 
 /// A file and what happened, or would happen, to it. `path` is its real name; `edited`, where that is known,
 /// whether a commit undoes what others did to it.

@@ -110,6 +110,7 @@ Report::Report(const GlobalOptions& asked)
     Set("command", asked.command.empty() ? Value(nullptr) : Value(asked.command));
     AddList("warnings");
     AddList("errors");
+    Set("failure", nullptr);
 }
 
 void Report::Line(const std::string& text) {

@@ -9,6 +9,7 @@
 
 #include "cli/CommandLine.h"
 #include "cli/ExitStatus.h"
+#include "cli/Fields.h"
 #include "cli/Names.h"
 #include "cli/Report.h"
 #include "cli/Session.h"
@@ -18,7 +19,6 @@
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
 #include "posix/PathNames.h"
-#include "zet/ZETErrors.h"
 
 namespace ZET::Cli {
 namespace {
@@ -56,14 +56,10 @@ int Run(const Call& call, Report& report) {
         return kWrongUse;
     } catch (const std::bad_alloc&) {
         throw;
-    } catch (const ZET::EZETError& error) {
-        report.Error(WithRemedy(error.what()));
-        return kFailed;
-    } catch (const Failure& failure) {
-        report.Error(failure.what(), failure.Lines());
-        return kFailed;
     } catch (const std::exception& error) {
-        report.Error(error.what());
+        const Failure failure = FailureOf(error);
+        report.Set("failure", FieldsOf(failure));
+        report.Error(failure.what(), failure.Lines());
         return kFailed;
     }
 }

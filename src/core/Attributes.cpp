@@ -18,7 +18,7 @@
 
 #include "Message.h"
 #include "Sync.h"
-#include "zet/ZETErrors.h"
+#include "zet/ZETHost.h"
 #include "zet/ZETLogProvider.h"
 
 namespace ZET {
@@ -51,13 +51,13 @@ bool IsTolerable() {
 }
 
 /// `message` tells of the failure that `errno` stands for.
-void Report(const std::string& message, bool tolerable) {
-    if (!tolerable) throw EZETError(message, "");
+void Report(const std::string& path, const std::string& message, bool tolerable) {
+    if (!tolerable) throw EZETHostError(message, "", {.path = path, .errorNumber = errno});
     CZETLogProvider::GetLogProvider().Put(ZETLogWarning, 1, message.c_str());
 }
 
 void ReportAttribute(const std::string& name, const std::string& path) {
-    Report(Message("Failed to keep attribute '%s' of file '%s': %m.", name.c_str(), path.c_str()),
+    Report(path, Message("Failed to keep attribute '%s' of file '%s': %m.", name.c_str(), path.c_str()),
            IsTolerable());
 }
 
@@ -92,7 +92,8 @@ std::string ListNames(const AttributedFile& file) {
     }
     // Where /proc is not there, nobody can ask for what nobody may read.
     const bool isUnknown = errno == ENOTSUP || errno == ENOSYS || (file.isPathOnly && errno == ENOENT);
-    if (!isUnknown) Fail("Failed to read the attributes of file '%s': %m.", file.path.c_str());
+    if (!isUnknown)
+        FailSystem(file.path, "Failed to read the attributes of file '%s': %m.", file.path.c_str());
     return {};
 }
 
@@ -174,7 +175,7 @@ bool ChangeOwner(const AttributedFile& file, const struct stat& donor) {
     const int number = file.descriptor.Number();
     const auto report = [&](const std::string& message) {
         // EINVAL: an owner whom this user namespace does not know.
-        Report(message, IsTolerable() || errno == EINVAL);
+        Report(file.path, message, IsTolerable() || errno == EINVAL);
     };
     if (::fchown(number, donor.st_uid, donor.st_gid) == 0) return true;
     report(Message("Failed to keep the owner of file '%s': %m.", file.path.c_str()));
@@ -194,7 +195,7 @@ void ApplyAttributes(const AttributedFile& file, const Changes& changes) {
 
 void SetMode(const AttributedFile& file, mode_t mode) {
     if (::fchmod(file.descriptor.Number(), mode) != 0)
-        Fail("Failed to set the mode of file '%s': %m.", file.path.c_str());
+        FailSystem(file.path, "Failed to set the mode of file '%s': %m.", file.path.c_str());
 }
 
 /// Closes the file to everybody else meanwhile, and makes it writable, without which user attributes cannot
@@ -205,7 +206,8 @@ bool MakePrivate(const AttributedFile& file) {
         errno = EACCES;
     else if (::fchmod(file.descriptor.Number(), kPrivate) == 0)
         return true;
-    Report(Message("Failed to keep the attributes of file '%s': %m.", file.path.c_str()), IsTolerable());
+    Report(file.path, Message("Failed to keep the attributes of file '%s': %m.", file.path.c_str()),
+           IsTolerable());
     return false;
 }
 
@@ -241,10 +243,10 @@ std::optional<AttributedFile> OpenDonor(const std::string& path) {
     if (!file.descriptor.IsOpen()) {
         // A socket gives ENXIO.
         if (errno == ENOENT || errno == ENOTDIR || errno == ELOOP || errno == ENXIO) return std::nullopt;
-        Fail("Failed to open file '%s': %m.", path.c_str());
+        FailSystem(path, "Failed to open file '%s': %m.", path.c_str());
     }
     if (::fstat(file.descriptor.Number(), &file.status) != 0)
-        Fail("Failed to check file '%s': %m.", path.c_str());
+        FailSystem(path, "Failed to check file '%s': %m.", path.c_str());
     if (!S_ISREG(file.status.st_mode)) return std::nullopt;
     return file;
 }

@@ -1,5 +1,7 @@
 #include "zet/ZETErrors.h"
 
+#include "zet/ZETHost.h"
+
 namespace ZET {
 
 EZETError::EZETError(const std::string& message, const std::string& detail)
@@ -45,5 +47,18 @@ EZETInternalError::EZETInternalError(const std::string& message, const std::stri
     : EZETError(message, detail, source, function, line) {}
 
 EZETInternalError::~EZETInternalError() = default;
+
+EZETHostError::EZETHostError(const std::string& message, const std::string& detail, const ZETCause& cause)
+    : EZETError(message, detail), m_cause(cause) {}
+
+EZETHostError::~EZETHostError() = default;
+
+const ZETCause& EZETHostError::GetCause() const noexcept {
+    return m_cause;
+}
+
+int EZETHostError::GetErrorNumber() const noexcept {
+    return m_cause.errorNumber;
+}
 
 }  // namespace ZET

@@ -90,18 +90,24 @@ class Copy {
     }
 
   private:
-    /// Unless said, `errno` stands for the reason.
-    [[noreturn]] void Refuse(const std::string& reason = Message("%m")) const {
-        Fail("Failed to copy file '%s' to '%s': %s.", m_from.c_str(), m_to.c_str(), reason.c_str());
+    [[noreturn]] void Refuse(const ZETCause& cause, const std::string& reason) const {
+        FailKnowing(cause, "Failed to copy file '%s' to '%s': %s.", m_from.c_str(), m_to.c_str(),
+                    reason.c_str());
     }
+
+    /// `errno` stands for the reason.
+    [[noreturn]] void Refuse() const { Refuse({.path = m_to, .errorNumber = errno}, Message("%m")); }
+
+    [[noreturn]] void RefuseSource() const { Refuse({.path = m_from, .errorNumber = errno}, Message("%m")); }
 
     AttributedFile OpenSource() const {
         AttributedFile source(m_from);
         const bool isOpen = OpenToRead(source);
         if (!isOpen && IsDanglingLink(m_from))
-            Refuse(Message("the former is a link that leads nowhere (remove it, or make what it names)"));
-        if (!isOpen || ::fstat(source.descriptor.Number(), &source.status) != 0) Refuse();
-        if (!S_ISREG(source.status.st_mode)) Refuse(Message("not a regular file"));
+            Refuse({.path = m_from},
+                   Message("the former is a link that leads nowhere (remove it, or make what it names)"));
+        if (!isOpen || ::fstat(source.descriptor.Number(), &source.status) != 0) RefuseSource();
+        if (!S_ISREG(source.status.st_mode)) Refuse({.path = m_from}, Message("not a regular file"));
         return source;
     }
 

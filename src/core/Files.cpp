@@ -26,11 +26,13 @@ bool CreateOrEmpty(const std::string& path, Descriptor& file) {
     if (errno == EEXIST) file.Reset(::open(path.c_str(), kFlags));
     struct stat status;
     if (!file.IsOpen() || ::fstat(file.Number(), &status) != 0)
-        Fail("Failed to create file '%s': %m.", path.c_str());
+        FailSystem(path, "Failed to create file '%s': %m.", path.c_str());
     // By another name it may be any file of anybody.
     if (!S_ISREG(status.st_mode) || status.st_nlink != 1)
-        Fail("Failed to create file '%s': not a regular file with one name (move it away).", path.c_str());
-    if (::ftruncate(file.Number(), 0) != 0) Fail("Failed to create file '%s': %m.", path.c_str());
+        FailKnowing({.path = path},
+                    "Failed to create file '%s': not a regular file with one name (move it away).",
+                    path.c_str());
+    if (::ftruncate(file.Number(), 0) != 0) FailSystem(path, "Failed to create file '%s': %m.", path.c_str());
     return false;
 }
 
@@ -68,7 +70,7 @@ void CreateFile(const std::string& path) {
 void RemoveFile(const std::string& path) {
     RequirePath(path, "RemoveFile");
     const ParentDirectory directory(path);
-    if (::unlink(path.c_str()) != 0) Fail("Failed to remove file '%s': %m.", path.c_str());
+    if (::unlink(path.c_str()) != 0) FailSystem(path, "Failed to remove file '%s': %m.", path.c_str());
     directory.Sync();
 }
 
@@ -78,7 +80,7 @@ bool IsFileExist(const std::string& path) {
     if (::lstat(path.c_str(), &status) == 0) return true;
     // A name that is too long for the file system is nobody's.
     if (errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG)
-        Fail("Failed to check file '%s': %m.", path.c_str());
+        FailSystem(path, "Failed to check file '%s': %m.", path.c_str());
     return false;
 }
 

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <cstdlib>
 #include <exception>
@@ -21,6 +22,7 @@
 #include "posix/PathNames.h"
 #include "posix/Printable.h"
 #include "zet/ZETErrors.h"
+#include "zet/ZETHost.h"
 #include "zet/ZETLogProvider.h"
 
 namespace ZET {
@@ -36,10 +38,16 @@ constexpr std::uint32_t kModuleType = 1;
 constexpr ZETModuleRecord kHost = {kVersion,  "zet-core", ZET_RECORD_VERSION_TEXT,
                                    kHostType, nullptr,    nullptr};
 
-[[noreturn]] void RefuseModule(const std::string& path, const std::string& reason,
-                               const std::string& detail) {
-    throw EZETError(Message("Failed to load module '%s': %s.", Printable(path).c_str(), reason.c_str()),
-                    detail);
+[[noreturn]] void RefuseModule(const std::string& path, const std::string& reason, const std::string& detail,
+                               int error = 0) {
+    throw EZETHostError(Message("Failed to load module '%s': %s.", Printable(path).c_str(), reason.c_str()),
+                        detail, {.path = path, .errorNumber = error});
+}
+
+/// `errno` stands for the reason.
+[[noreturn]] void RefuseModule(const std::string& path) {
+    const int error = errno;
+    RefuseModule(path, Message("%m"), "", error);
 }
 
 /// Absolute and without links: the search path for libraries plays no part, and the directory that is checked
@@ -49,7 +57,7 @@ std::string ResolvePath(const std::string& path) {
     if (path.find('\0') != std::string::npos)
         RefuseModule(path, Message("the file name holds a NUL byte"), "");
     const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr), &std::free);
-    if (resolved == nullptr) RefuseModule(path, Message("%m"), "");
+    if (resolved == nullptr) RefuseModule(path);
     return resolved.get();
 }
 
@@ -61,13 +69,13 @@ bool IsWritableByOthers(const struct stat& status) {
 void CheckFile(const std::string& path) {
     const Descriptor file(::open(path.c_str(), O_PATH | O_CLOEXEC));
     struct stat status;
-    if (!file.IsOpen() || ::fstat(file.Number(), &status) != 0) RefuseModule(path, Message("%m"), "");
+    if (!file.IsOpen() || ::fstat(file.Number(), &status) != 0) RefuseModule(path);
     if (!S_ISREG(status.st_mode)) RefuseModule(path, Message("it is not a regular file"), "");
     if (::geteuid() != 0) return;
     if (IsWritableByOthers(status))
         RefuseModule(path, Message("others than root may write the file, and root runs it"), "");
     const std::string directory = DirectoryOf(path);
-    if (::stat(directory.c_str(), &status) != 0) RefuseModule(path, Message("%m"), "");
+    if (::stat(directory.c_str(), &status) != 0) RefuseModule(path);
     if (IsWritableByOthers(status))
         RefuseModule(path, Message("others than root may write its directory, and root runs it"), "");
 }

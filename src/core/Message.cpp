@@ -44,6 +44,23 @@ void Fail(const char* text, ...) {
     throw EZETError(message, "");
 }
 
+void FailSystem(const std::string& path, const char* text, ...) {
+    const int error = errno;
+    std::va_list arguments;
+    va_start(arguments, text);
+    const std::string message = FormatList(text, arguments);
+    va_end(arguments);
+    throw EZETHostError(message, "", {.path = path, .errorNumber = error});
+}
+
+void FailKnowing(const ZETCause& cause, const char* text, ...) {
+    std::va_list arguments;
+    va_start(arguments, text);
+    const std::string message = FormatList(text, arguments);
+    va_end(arguments);
+    throw EZETHostError(message, "", cause);
+}
+
 void FailCheck(const char* text, ...) {
     std::va_list arguments;
     va_start(arguments, text);

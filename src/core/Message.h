@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "zet/ZETHost.h"
+
 /// The core's own messages. Each function looks `text` up in the message catalogue "libzet-core", formats it
 /// by the conventions of printf ("%m" is the text of the caller's `errno`, which stays) and hands it on.
 namespace ZET {
@@ -11,6 +13,14 @@ std::string Message(const char* text, ...) __attribute__((format(printf, 1, 2)))
 
 /// Throws an `EZETError`.
 [[noreturn]] void Fail(const char* text, ...) __attribute__((format(printf, 1, 2)));
+
+/// Throws an `EZETHostError` about `path` and the caller's `errno`.
+[[noreturn]] void FailSystem(const std::string& path, const char* text, ...)
+    __attribute__((format(printf, 2, 3)));
+
+/// Throws an `EZETHostError` about `cause`.
+[[noreturn]] void FailKnowing(const ZETCause& cause, const char* text, ...)
+    __attribute__((format(printf, 2, 3)));
 
 /// Throws an `EZETCheckError`.
 [[noreturn]] void FailCheck(const char* text, ...) __attribute__((format(printf, 1, 2)));

@@ -4,11 +4,22 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "Message.h"
 #include "PathArgument.h"
 #include "posix/Descriptor.h"
 #include "posix/Printable.h"
 #include "posix/ReadWrite.h"
+
+// The catalogue has each of these messages whole, with its place and remedy; the error has the parts, too.
+#define FAIL_IN_FILE(error, what, cure)                                                                 \
+    FailKnowing({.path = path, .errorNumber = (error), .text = Message(what), .remedy = Message(cure)}, \
+                "%s: " what " (" cure ")", path.c_str())
+#define FAIL_IN_LINE(what, cure, ...)                                                                  \
+    FailKnowing(                                                                                       \
+        {.path = path, .line = number, .text = Message(what, ##__VA_ARGS__), .remedy = Message(cure)}, \
+        "%s:%zu: " what " (" cure ")", path.c_str(), number, ##__VA_ARGS__)
 
 namespace ZET {
 
@@ -28,15 +39,16 @@ bool IsDigit(char c) {
 /// Never blocks: what is no regular file is refused.
 std::string ReadWhole(const std::string& path) {
     const auto fail = [&] {
-        Fail("%s: cannot be read: %m (name a configuration file that exists and is readable)", path.c_str());
+        const int error = errno;
+        FAIL_IN_FILE(error, "cannot be read: %m", "name a configuration file that exists and is readable");
     };
     const Descriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status;
     if (!file.IsOpen() && IsDanglingLink(path))
-        Fail("%s: is a link that leads nowhere (remove it, or make what it names)", path.c_str());
+        FAIL_IN_FILE(0, "is a link that leads nowhere", "remove it, or make what it names");
     if (!file.IsOpen() || ::fstat(file.Number(), &status) != 0) fail();
     if (!S_ISREG(status.st_mode))
-        Fail("%s: cannot be read: not a regular file (name a configuration file)", path.c_str());
+        FAIL_IN_FILE(0, "cannot be read: not a regular file", "name a configuration file");
     std::string text;
     char buffer[4096];
     while (true) {
@@ -49,17 +61,15 @@ std::string ReadWhole(const std::string& path) {
 
 ParameterLine SplitLine(const std::string& path, std::size_t number, std::string_view line) {
     const std::size_t equals = line.find('=');
-    if (line.find('\0') != std::string_view::npos)
-        Fail("%s:%zu: the line holds a NUL byte (remove it)", path.c_str(), number);
+    if (line.find('\0') != std::string_view::npos) FAIL_IN_LINE("the line holds a NUL byte", "remove it");
     if (equals == std::string_view::npos)
-        Fail("%s:%zu: no \"=\" in the line (write NAME=value, or \"#\" before a comment)", path.c_str(),
-             number);
+        FAIL_IN_LINE("no \"=\" in the line", "write NAME=value, or \"#\" before a comment");
     const std::string_view name = line.substr(0, equals);
     if (!name.empty() && kBlanks.find(name.back()) != std::string_view::npos)
-        Fail("%s:%zu: a blank before \"=\" (write NAME=value without it)", path.c_str(), number);
+        FAIL_IN_LINE("a blank before \"=\"", "write NAME=value without it");
     if (!IsParameterName(name))
-        Fail("%s:%zu: '%s' is no name of a parameter (use letters, digits and \"_\", no digit first)",
-             path.c_str(), number, Printable(name).c_str());
+        FAIL_IN_LINE("'%s' is no name of a parameter", "use letters, digits and \"_\", no digit first",
+                     Printable(name).c_str());
     if (line.back() == '\r')
         Warn("%s:%zu: the value of %s ends with a carriage return (save the file with plain line feeds)",
              path.c_str(), number, std::string(name).c_str());

@@ -53,7 +53,7 @@ class Renaming {
   private:
     /// `errno` stands for the reason.
     [[noreturn]] void Refuse() const {
-        Fail("Failed to rename file '%s' to '%s': %m.", m_file.path.c_str(), m_to.c_str());
+        FailSystem(m_to, "Failed to rename file '%s' to '%s': %m.", m_file.path.c_str(), m_to.c_str());
     }
 
     void Open() {
@@ -85,8 +85,10 @@ class Renaming {
 
     void RequirePlainFile() const {
         if (S_ISREG(m_file.status.st_mode) && m_file.status.st_nlink == 1) return;
-        Fail("Failed to rename file '%s' to '%s': not a regular file with one name (remove the former).",
-             m_file.path.c_str(), m_to.c_str());
+        FailKnowing(
+            {.path = m_file.path},
+            "Failed to rename file '%s' to '%s': not a regular file with one name (remove the former).",
+            m_file.path.c_str(), m_to.c_str());
     }
 
     /// False when there is no regular file at the end of `path`.
@@ -101,8 +103,9 @@ class Renaming {
         struct stat present;
         if (::lstat(m_file.path.c_str(), &present) != 0) Refuse();
         if (present.st_dev == m_file.status.st_dev && present.st_ino == m_file.status.st_ino) return;
-        Fail("Failed to rename file '%s' to '%s': the former was replaced at the same time.",
-             m_file.path.c_str(), m_to.c_str());
+        FailKnowing({.path = m_file.path},
+                    "Failed to rename file '%s' to '%s': the former was replaced at the same time.",
+                    m_file.path.c_str(), m_to.c_str());
     }
 
     const std::string& m_to;

@@ -14,7 +14,7 @@ std::string PresentTime() {
     const std::time_t now = std::time(nullptr);
     std::tm parts;
     char text[sizeof "2000-01-01T00:00:00Z" + 16];
-    if (::gmtime_r(&now, &parts) == nullptr) Fail("Failed to tell the time: %m.");
+    if (::gmtime_r(&now, &parts) == nullptr) FailSystem("", "Failed to tell the time: %m.");
     const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts);
     return std::string(text, length);
 }
@@ -40,7 +40,7 @@ void WriteStatusLines(std::ostream& stream, StringMap settings) {
     errno = 0;
     if (Write(stream, text)) return;
     if (errno == 0) Fail("Failed to write the status: the stream is broken.");
-    Fail("Failed to write the status: %m.");
+    FailSystem("", "Failed to write the status: %m.");
 }
 
 }  // namespace ZET

@@ -47,13 +47,14 @@ void SyncFile(const Descriptor& file, const std::string& path) {
     if (!file.IsOpen())
         ::sync();
     else if (!SyncDescriptor(file.Number()))
-        Fail("Failed to sync file '%s': %m.", path.c_str());
+        FailSystem(path, "Failed to sync file '%s': %m.", path.c_str());
 }
 
 ParentDirectory::ParentDirectory(const std::string& path) : m_path(DirectoryOf(path)) {
     if (!IsSyncing()) return;
     m_descriptor.Reset(::open(m_path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!m_descriptor.IsOpen() && errno != EACCES) Fail("Failed to open directory '%s': %m.", m_path.c_str());
+    if (!m_descriptor.IsOpen() && errno != EACCES)
+        FailSystem(m_path, "Failed to open directory '%s': %m.", m_path.c_str());
 }
 
 void ParentDirectory::Sync() const {
@@ -62,7 +63,8 @@ void ParentDirectory::Sync() const {
         ::sync();
         return;
     }
-    if (!SyncDescriptor(m_descriptor.Number())) Fail("Failed to sync directory '%s': %m.", m_path.c_str());
+    if (!SyncDescriptor(m_descriptor.Number()))
+        FailSystem(m_path, "Failed to sync directory '%s': %m.", m_path.c_str());
 }
 
 }  // namespace ZET

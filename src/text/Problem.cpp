@@ -4,11 +4,16 @@
 
 namespace ZET {
 
-std::string Problem::Describe() const {
+std::string Problem::Place() const {
     std::string place = file;
     if (line > 0) place += ":" + std::to_string(line);
     if (column > 0) place += ":" + std::to_string(column);
-    return place + ": " + text + " (" + remedy + ")";
+    return place;
+}
+
+std::string Problem::Describe() const {
+    const std::string place = textNamesFile ? "" : Place();
+    return (place.empty() ? "" : place + ": ") + text + (remedy.empty() ? "" : " (" + remedy + ")");
 }
 
 void Problem::HideQuoted(const std::string& excuse) {

@@ -243,6 +243,15 @@ zet-client: nothing was changed"
     assert_absent out/new
 }
 
+@test "a file that cannot be opened has a remedy, though the module tells the cause in words only" {
+    echo 'a=1' >conf
+    local get=("$ZET_BIN/zet-client" --config zet.conf param get "$HOST/conf" a) last
+    strace -f -qq -o "$BASE/trace" -P "$HOST/conf" -e trace=/fstat "${get[@]}"
+    last=$(grep -c . "$BASE/trace")
+    capture strace -f -qq -o "$BASE/trace" -P "$HOST/conf" -e trace=/fstat -e "inject=/fstat:error=EIO:when=$last" "${get[@]}"
+    assert_refusal 1 "Error stat '$HOST/conf':Input/output error (repair or replace the file or its file system)"
+}
+
 @test "a file system that cannot be written is told so, and not laid to the user" {
     mkdir sub
     echo 'a=1' >sub/conf
@@ -396,4 +405,28 @@ zet-client: nothing was changed"
         capture "$ZET_BIN/zet-client" --config relative.conf status
         assert_refusal 1 "relative.conf: 'etc' is no value for $key, which has to be an absolute path (begin it with \"/\")"
     done
+}
+
+@test "what ended a command is in its document in parts" {
+    run_zet --json param set gone a 2
+    assert_status 1
+    assert_json '[d["failure"][name] for name in ("file", "line", "problem", "remedy", "errno")]' \
+        '["gone", null, "does not exist", "create it, or correct the path", "ENOENT"]'
+    assert_json 'd["errors"]' '["gone: does not exist (create it, or correct the path)"]'
+    printf '%s\n' '# ----ZET_END----' >conf
+    run_zet --json param set conf a 2
+    assert_json '[d["failure"][name] for name in ("file", "line", "column", "errno")]' '["conf", 1, null, null]'
+    echo broken >>zet.conf
+    run_zet --json values
+    assert_json '[d["failure"][name] for name in ("file", "problem", "remedy")]' \
+        '["'"$HOST"'/zet.conf", "no \"=\" in the line", "write NAME=value, or \"#\" before a comment"]'
+}
+
+@test "a command that was not ended too early has no failure in its document" {
+    run_zet --json values
+    assert_status 0
+    assert_json 'd["failure"]' null
+    run_zet --json param get
+    assert_status 2
+    assert_json 'd["failure"]' null
 }

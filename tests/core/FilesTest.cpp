@@ -1,6 +1,9 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <functional>
+
 #include "Support.h"
 #include "SystemCalls.h"
 #include "zet/ZETFiles.h"
@@ -41,6 +44,43 @@ TEST_F(Files, CreateInAMissingDirectoryIsAnErrorWithPathAndReason) {
     EXPECT_EQ(
         MessageOf<EZETError>([&] { CreateFile(m_missing); }),
         "Failed to open directory '" + m_directory / "no-such-directory" + "': No such file or directory.");
+}
+
+/// What the core knows of the error that `action` ends with.
+ZETCause CauseOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const EZETHostError& error) {
+        EXPECT_EQ(error.GetErrorNumber(), error.GetCause().errorNumber);
+        return error.GetCause();
+    }
+    ADD_FAILURE() << "nothing was thrown";
+    return {};
+}
+
+TEST_F(Files, ErrorOfTheSystemKnowsItsNumberAndThePath) {
+    EXPECT_EQ(CauseOf([&] { CreateFile(m_missing); }).errorNumber, ENOENT);
+    EXPECT_EQ(CauseOf([&] { CreateFile(m_missing); }).path, m_directory / "no-such-directory");
+    EXPECT_EQ(CauseOf([&] { RemoveFile(m_path); }).errorNumber, ENOENT);
+    EXPECT_EQ(CauseOf([&] { RemoveFile(m_path); }).path, m_path);
+    EXPECT_EQ(CauseOf([&] { RemoveFile(m_path); }).remedy, "");
+}
+
+TEST_F(Files, ErrorOfACopyIsAboutTheFileThatItComesFromOrGoesTo) {
+    SystemCalls calls;
+    EXPECT_EQ(CauseOf([&] { CopyFile(m_path, m_directory / "to"); }).path, m_path);
+    WriteText(m_path, "text");
+    calls.Fail("rename", EIO);
+    EXPECT_EQ(CauseOf([&] { CopyFile(m_path, m_directory / "to"); }).path, m_directory / "to");
+    EXPECT_EQ(CauseOf([&] { RenameFile(m_path, m_directory / "to"); }).errorNumber, EIO);
+}
+
+TEST_F(Files, ErrorThatIsNotTheSystemsHasNoNumber) {
+    WriteText(m_path, "text");
+    ASSERT_EQ(::link(m_path.c_str(), (m_directory / "other").c_str()), 0);
+    errno = EIO;
+    EXPECT_EQ(CauseOf([&] { CreateFile(m_path); }).errorNumber, 0);
+    EXPECT_EQ(CauseOf([&] { CreateFile(m_path); }).path, m_path);
 }
 
 TEST_F(Files, CreateOverADirectoryIsAnError) {

@@ -1,6 +1,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "Support.h"
 
 namespace ZET::Test {
@@ -26,6 +28,31 @@ class ParameterFile : public HostFixture {
         return message.substr(ConfigFile().size());
     }
 };
+
+TEST_F(ParameterFile, RefusalTellsFileLineAndRemedyApart) {
+    try {
+        Start("A=1\n1B=2\n");
+        FAIL() << "the line was taken";
+    } catch (const EZETHostError& error) {
+        EXPECT_EQ(error.GetCause().path, ConfigFile());
+        EXPECT_EQ(error.GetCause().line, 2U);
+        EXPECT_EQ(error.GetCause().text, "'1B' is no name of a parameter");
+        EXPECT_EQ(error.GetCause().remedy, "use letters, digits and \"_\", no digit first");
+        EXPECT_EQ(error.GetErrorNumber(), 0);
+    }
+}
+
+TEST_F(ParameterFile, FileThatCannotBeReadTellsTheNumber) {
+    try {
+        const CZETHost host(m_directory / "missing.conf");
+        FAIL() << "there is no such file";
+    } catch (const EZETHostError& error) {
+        EXPECT_EQ(error.GetCause().path, m_directory / "missing.conf");
+        EXPECT_EQ(error.GetCause().line, 0U);
+        EXPECT_EQ(error.GetCause().text, "cannot be read: No such file or directory");
+        EXPECT_EQ(error.GetErrorNumber(), ENOENT);
+    }
+}
 
 TEST_F(ParameterFile, LineGivesNameAndValue) {
     EXPECT_EQ(Value("A_1=one\n_b=two\n", "A_1"), "one");

@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <typeinfo>
 #include <vector>
 
@@ -46,13 +47,20 @@ std::string LoggedBy(const std::function<void()>& action);
 /// What is wrong with the parameter, and the remedy in brackets; empty when nothing is.
 std::string ProblemTextOf(const std::string& key, const std::string& value);
 
+/// Whether the error is of exactly the class `Error`; what this core has for `EZETError` is that, too.
+template <typename Error>
+bool IsOfClass(const EZETError& error) {
+    const bool isHostError = std::is_same_v<Error, EZETError> && typeid(error) == typeid(EZETHostError);
+    return isHostError || typeid(error) == typeid(Error);
+}
+
 /// The message of the exception of exactly the class `Error` that `action` throws; a failed test otherwise.
 template <typename Error>
 std::string MessageOf(const std::function<void()>& action) {
     try {
         action();
     } catch (const EZETError& error) {
-        EXPECT_TRUE(typeid(error) == typeid(Error)) << "wrong class, with the message: " << error.what();
+        EXPECT_TRUE(IsOfClass<Error>(error)) << "wrong class, with the message: " << error.what();
         EXPECT_EQ(error.GetDetail(), "");
         return error.GetMessage();
     }

@@ -3,9 +3,9 @@
 
 #include <stdexcept>
 #include <string>
-#include <utility>
 
 #include "zet/ZETApi.h"
+#include "zet/ZETProblem.h"
 
 namespace ZET::Deploy {
 
@@ -16,19 +16,30 @@ class ZET_API UsageError : public std::runtime_error {
     ~UsageError() override;
 };
 
-/// What was set out to be done failed. The message names what, where and the remedy.
+/// What was set out to be done failed. It keeps what is known of that, and `what()` has it in words: one line
+/// that names what, where and the remedy.
 class ZET_API Failure : public std::runtime_error {
   public:
-    /// `lines` are below the message: what another program printed, or a list.
-    explicit Failure(const std::string& message, std::string lines = "")
-        : std::runtime_error(message), m_lines(std::move(lines)) {}
+    /// In the words of `Problem::Describe`. `errorNumber` is the system's `errno`; 0: none.
+    explicit Failure(const Problem& facts, int errorNumber = 0);
+
+    /// In other words, such as the same with more around it.
+    Failure(const std::string& words, const Problem& facts, int errorNumber = 0);
 
     ~Failure() override;
 
-    const std::string& Lines() const { return m_lines; }
+    /// The file, the place in it, what is wrong and the remedy, each empty or 0 where there is none.
+    const Problem& Facts() const { return m_facts; }
+
+    /// The system's `errno`, where a call of it failed; 0: none did.
+    int ErrorNumber() const { return m_errorNumber; }
+
+    /// What stands below the message: what another program printed, or a list.
+    const std::string& Lines() const { return m_facts.output; }
 
   private:
-    std::string m_lines;
+    Problem m_facts;
+    int m_errorNumber = 0;
 };
 
 /// A file of the product's that cannot be what it wrote.

@@ -19,13 +19,14 @@ namespace ZET::Deploy {
 /// temporary is cleared away. Calls that write wait for each other, also in other processes, for 30 s at
 /// most.
 ///
-/// Every call throws `UsageError` for what makes no sense, `Failure` for what could not be done, and may
-/// throw `std::bad_alloc`; where it says nothing else, nothing was changed then.
+/// Every call throws `UsageError` for what makes no sense, `Failure` for what could not be done (also where
+/// the core or the module could not do it; it has file, line, remedy and `errno` apart), and may throw
+/// `std::bad_alloc`; where it says nothing else, nothing was changed then.
 class ZET_API Product {
   public:
     /// Reads the parameters from `configFile` and loads the module. A file that is missing or broken, and a
-    /// module that cannot be loaded, is a `Failure` or an `EZETError` that names it. `observer` is told what
-    /// happens as long as the object lives, and must live longer; null: nobody is.
+    /// module that cannot be loaded, is a `Failure` that names it. `observer` is told what happens as long as
+    /// the object lives, and must live longer; null: nobody is.
     explicit Product(const std::string& configFile, const Options& options = Options(),
                      Observer* observer = nullptr);
     ~Product();

@@ -84,7 +84,7 @@ void RequirePattern(IZETCore& core, const std::string& pattern) {
     try {
         Matches(core, pattern, "");
     } catch (const EZETError& error) {
-        throw UsageError("PATTERN: " + WithRemedy(error.what(), "correct the expression"));
+        throw UsageError(std::string("PATTERN: ") + FailureOf(error, "correct the expression").what());
     }
 }
 

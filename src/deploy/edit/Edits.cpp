@@ -14,6 +14,9 @@ namespace ZET::Deploy {
 
 namespace {
 
+/// The module does not say what the reason was but in words.
+constexpr char kRemedyOfReading[] = "repair or replace the file or its file system";
+
 /// Without lists that can be read, nobody can tell; the edit keeps its reserve.
 const Target* CommittedTarget(Deployment& product, const std::string& path) {
     try {
@@ -28,8 +31,11 @@ const Target* CommittedTarget(Deployment& product, const std::string& path) {
 }  // namespace
 
 std::shared_ptr<IZETConfigFile> OpenedFile(Deployment& product, const std::string& path, bool noMarkers) {
-    auto file = product.Config().OpenConfigFile(path, NameOf(product.Role()), noMarkers);
-    if (!file) throw Failure(path + ": cannot be read any more (run the command again)");
+    auto file = RemedyErrors(kRemedyOfReading, [&] {
+        return product.Config().OpenConfigFile(path, NameOf(product.Role()), noMarkers);
+    });
+    if (!file)
+        throw Failure({.file = path, .text = "cannot be read any more", .remedy = "run the command again"});
     return file;
 }
 
@@ -45,9 +51,9 @@ void RequireNoTarget(Deployment& product, const std::string& path, const EditOpt
     const Target* const target = CommittedTarget(product, path);
     if (target == nullptr) return;
     const std::string workingCopy = WorkingCopy(product, target->templateName);
-    throw Failure(path + ": is made from [" + target->templateName +
-                  "] and the next commit overwrites it (edit " + workingCopy +
-                  " and commit, or use --force)");
+    throw Failure({.file = path,
+                   .text = "is made from [" + target->templateName + "] and the next commit overwrites it",
+                   .remedy = "edit " + workingCopy + " and commit, or use --force"});
 }
 
 void RequireRoomForNotice(const std::string& path, const TextToEdit& text, const EditOptions& options) {
@@ -55,9 +61,12 @@ void RequireRoomForNotice(const std::string& path, const TextToEdit& text, const
     if (options.noMarkers || !MustComeFirst(text.firstLine) ||
         text.firstLine.find(ZETNoticeMarker) != std::string::npos)
         return;
-    throw Failure(path + ":" + std::to_string(text.firstNumber) +
-                  ": the programs that read the file need this line as its first, and a notice would come "
-                  "before it (--no-markers edits without notice and markers)");
+    throw Failure(
+        {.file = path,
+         .line = static_cast<int>(text.firstNumber),
+         .text =
+             "the programs that read the file need this line as its first, and a notice would come before it",
+         .remedy = "--no-markers edits without notice and markers"});
 }
 
 std::string LineToSet(Deployment& product, const std::string& path, const TextToEdit& text,

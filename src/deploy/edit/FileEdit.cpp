@@ -113,7 +113,9 @@ ExpectedFile FileEdit::Expected(bool noBackup) const {
 void FileEdit::Perform(const Operation& operation, const std::string& path) {
     const LoggedFailures failures;
     operation(path);
-    if (failures.Any()) throw Failure(m_path + ": the edit failed, as the log says (nothing more was done)");
+    if (failures.Any())
+        throw Failure(
+            {.file = m_path, .text = "the edit failed, as the log says", .remedy = "nothing more was done"});
 }
 
 }  // namespace ZET::Deploy

@@ -18,6 +18,21 @@ namespace {
 constexpr char kConfigFile[] = "ZET_CFG";
 constexpr char kLanguage[] = "ZET_LANG";
 
+[[noreturn]] void FailToSet(const Failure& failure) {
+    throw Failure(std::string("the option would break the configuration file: ") + failure.what(),
+                  failure.Facts(), failure.ErrorNumber());
+}
+
+/// What is wrong with a copy of the file, as if it were wrong with the file itself.
+Failure ToldOf(const std::string& path, const std::string& copy, const Failure& failure) {
+    std::string words = failure.what();
+    const std::size_t place = words.find(copy);
+    if (place != std::string::npos) words.replace(place, copy.size(), path);
+    Problem facts = failure.Facts();
+    facts.file = path;
+    return Failure(words, facts, failure.ErrorNumber());
+}
+
 /// The file must be one that the next run of a command can read.
 void RequireParameterFile(const std::string& staged, const std::string& path) {
     const QuietLog quiet(ZETLogError);
@@ -26,10 +41,7 @@ void RequireParameterFile(const std::string& staged, const std::string& path) {
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception& error) {
-        std::string text = error.what();
-        const std::size_t place = text.find(staged);
-        if (place != std::string::npos) text.replace(place, staged.size(), path);
-        throw Failure("the option would break the configuration file: " + text);
+        FailToSet(ToldOf(path, staged, FailureOf(error)));
     }
 }
 
@@ -49,8 +61,7 @@ FileOutcome SetOption(Deployment& product, const std::string& name, const std::s
     if (name == kConfigFile)
         throw UsageError("ZET_CFG is always the file that is read (name another one with --config)");
     if (const auto problem = ProblemOfParam(name, value))
-        throw Failure("the option would break the configuration file: " + problem->text + " (" +
-                      problem->remedy + ")");
+        FailToSet(Failure({.text = problem->text, .remedy = problem->remedy}));
     const std::string file = product.Param(kConfigFile);
     // None of the system's own text gets into this file, so that a language that the host does not have can
     // be set right.
@@ -66,7 +77,9 @@ FileOutcome SetOption(Deployment& product, const std::string& name, const std::s
         }
         const bool isRead = RemedyErrors(kRemedyOfSaving,
                                          [&] { return product.Config().UpdateConfigFileParam(name, value); });
-        if (!isRead) throw Failure(file + ": cannot be read any more (run the command again)");
+        if (!isRead)
+            throw Failure(
+                {.file = file, .text = "cannot be read any more", .remedy = "run the command again"});
     };
     return edit.Make(set, true,
                      [&](const std::string& staged) { RequireParameterFile(staged, edit.Path()); });

@@ -26,9 +26,10 @@ class RestoreCheck {
         }
         if (!m_isSomething && !(m_request.allBlocks && !m_others.empty())) return false;
         if (!m_others.empty() && !m_request.allBlocks) {
-            throw Failure(m_request.path +
-                          ": the restore would also drop managed blocks of others, in lines " + m_others +
-                          " (--all-blocks drops them too, \"explain\" tells what they are)");
+            throw Failure(
+                {.file = m_request.path,
+                 .text = "the restore would also drop managed blocks of others, in lines " + m_others,
+                 .remedy = "--all-blocks drops them too, \"explain\" tells what they are"});
         }
         return true;
     }

@@ -14,8 +14,10 @@ TextToEdit WithoutDamage(Host& host, const FileToLookAt& file, LookAtText& look,
                          const std::function<std::string()>& whole) {
     const auto damage = look.Damage(whole);
     if (!damage) return look.Found();
-    throw Failure(file.path + ":" + std::to_string(damage->line) + ": " + damage->text + " (\"" +
-                  host.Wanted().program + " doctor " + file.named + "\" tells a repair)");
+    throw Failure({.file = file.path,
+                   .line = static_cast<int>(damage->line),
+                   .text = damage->text,
+                   .remedy = "\"" + host.Wanted().program + " doctor " + file.named + "\" tells a repair"});
 }
 
 TextToEdit LookAtFile(Host& host, const FileToLookAt& file, const NoticeTexts* noticeTexts) {

@@ -23,58 +23,64 @@ std::string FileToShow(Deployment& product, const std::string& file) {
 
 std::optional<std::string> GetParam(Product& product, const std::string& file, const std::string& name) {
     RequireParamName(name);
-    Deployment& deployment = DeploymentOf(product);
-    return GetParam(deployment, FileToShow(deployment, file), name);
+    return Use(product, [&](Deployment& deployment) {
+        return GetParam(deployment, FileToShow(deployment, file), name);
+    });
 }
 
 FileOutcome SetParam(Product& product, const std::string& file, const std::string& name,
                      const std::string& value, const EditOptions& options) {
-    return SetParam(DeploymentOf(product), file, name, value, options);
+    return Use(product,
+               [&](Deployment& deployment) { return SetParam(deployment, file, name, value, options); });
 }
 
 FileOutcome RestoreParam(Product& product, const std::string& file, const std::string& name,
                          const EditOptions& options) {
-    return RestoreParam(DeploymentOf(product), file, name, options);
+    return Use(product,
+               [&](Deployment& deployment) { return RestoreParam(deployment, file, name, options); });
 }
 
 std::optional<std::string> GetLine(Product& product, const std::string& file, const std::string& pattern) {
-    Deployment& deployment = DeploymentOf(product);
-    RequirePattern(deployment.Core(), pattern);
-    return GetLine(deployment, FileToShow(deployment, file), pattern);
+    return Use(product, [&](Deployment& deployment) {
+        RequirePattern(deployment.Core(), pattern);
+        return GetLine(deployment, FileToShow(deployment, file), pattern);
+    });
 }
 
 FileOutcome SetLine(Product& product, const std::string& file, const std::string& pattern,
                     const std::string& line, const EditOptions& options) {
-    return SetLine(DeploymentOf(product), file, pattern, line, options);
+    return Use(product,
+               [&](Deployment& deployment) { return SetLine(deployment, file, pattern, line, options); });
 }
 
 FileOutcome RestoreLine(Product& product, const std::string& file, const std::string& pattern,
                         const EditOptions& options) {
-    return RestoreLine(DeploymentOf(product), file, pattern, options);
+    return Use(product,
+               [&](Deployment& deployment) { return RestoreLine(deployment, file, pattern, options); });
 }
 
 FileOutcome StripFile(Product& product, const std::string& file, const EditOptions& options) {
-    return StripFile(DeploymentOf(product), file, options);
+    return Use(product, [&](Deployment& deployment) { return StripFile(deployment, file, options); });
 }
 
 FileOutcome ReserveFile(Product& product, const std::string& file) {
-    return ReserveFile(DeploymentOf(product), file);
+    return Use(product, [&](Deployment& deployment) { return ReserveFile(deployment, file); });
 }
 
 FileOutcome RestoreFile(Product& product, const std::string& file) {
-    return RestoreFile(DeploymentOf(product), file);
+    return Use(product, [&](Deployment& deployment) { return RestoreFile(deployment, file); });
 }
 
 FileOutcome ForgetReserve(Product& product, const std::string& file, const EditOptions& options) {
-    return ForgetReserve(DeploymentOf(product), file, options);
+    return Use(product, [&](Deployment& deployment) { return ForgetReserve(deployment, file, options); });
 }
 
 std::optional<std::string> GetOption(Product& product, const std::string& name) {
-    return GetOption(DeploymentOf(product), name);
+    return Use(product, [&](Deployment& deployment) { return GetOption(deployment, name); });
 }
 
 FileOutcome SetOption(Product& product, const std::string& name, const std::string& value) {
-    return SetOption(DeploymentOf(product), name, value);
+    return Use(product, [&](Deployment& deployment) { return SetOption(deployment, name, value); });
 }
 
 }  // namespace ZET::Deploy

@@ -9,11 +9,14 @@
 namespace ZET::Deploy {
 
 Status StatusOf(Product& product) {
-    return {RoleStatusOf(DeploymentOf(product)), StatesOfTargets(DeploymentOf(product))};
+    return Use(product, [](Deployment& deployment) {
+        return Status{RoleStatusOf(deployment), StatesOfTargets(deployment)};
+    });
 }
 
 Explanation Explain(Product& product, const std::string& file) {
-    const FileExplanation found = ExplainFile(DeploymentOf(product), file);
+    const FileExplanation found =
+        Use(product, [&](Deployment& deployment) { return ExplainFile(deployment, file); });
     Explanation result{found.path,    found.origin.templateName, found.origin.templateFile,
                        found.reserve, found.hadNoFile,           {}};
     for (const ExplainedLines& lines : found.lines) {
@@ -25,13 +28,14 @@ Explanation Explain(Product& product, const std::string& file) {
 }
 
 Diagnosis Diagnose(Product& product, const std::string& file) {
-    Deployment& deployment = DeploymentOf(product);
-    const FileDiagnosis found = DiagnoseFile(deployment, file);
-    Diagnosis result{found.path, {}, ""};
-    for (const MarkerDamage& damage : found.diagnosis.damages)
-        result.problems.push_back({damage.line, damage.kind, damage.text, damage.remedies});
-    if (!deployment.HostSecrets().Hides(found.path)) result.repair = found.repair;
-    return result;
+    return Use(product, [&](Deployment& deployment) {
+        const FileDiagnosis found = DiagnoseFile(deployment, file);
+        Diagnosis result{found.path, {}, ""};
+        for (const MarkerDamage& damage : found.diagnosis.damages)
+            result.problems.push_back({damage.line, damage.kind, damage.text, damage.remedies});
+        if (!deployment.HostSecrets().Hides(found.path)) result.repair = found.repair;
+        return result;
+    });
 }
 
 }  // namespace ZET::Deploy

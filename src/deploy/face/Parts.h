@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "deploy/host/Remedy.h"
 #include "deploy/targets/Deployment.h"
 #include "zet/deploy/Outcome.h"
 #include "zet/deploy/Product.h"
@@ -36,7 +37,7 @@ class Relay : public Observer {
         m_outcome = {};
         m_instead = observer;
         try {
-            call();
+            RemedyErrors("", call);
         } catch (...) {
             m_instead = nullptr;
             throw;
@@ -66,6 +67,13 @@ class Product::Implementation {
 /// What the calls of the library work on.
 inline Deployment& DeploymentOf(Product& product) {
     return product.Parts().deployment;
+}
+
+/// What `call(deployment)` returns. What the core or the module throws meanwhile is a `Failure` to the
+/// caller.
+template <typename Call>
+auto Use(Product& product, Call call) {
+    return RemedyErrors("", [&] { return call(DeploymentOf(product)); });
 }
 
 }  // namespace ZET::Deploy

@@ -27,8 +27,10 @@ const std::vector<Problem>& Plan::Problems() const {
 
 std::vector<FileOutcome> Plan::Files() const {
     std::vector<FileOutcome> files;
-    for (const PlannedTarget& planned : m_implementation->plan.Targets())
-        files.push_back(OutcomeOf(m_implementation->deployment, planned));
+    RemedyErrors("", [&] {
+        for (const PlannedTarget& planned : m_implementation->plan.Targets())
+            files.push_back(OutcomeOf(m_implementation->deployment, planned));
+    });
     return files;
 }
 
@@ -37,7 +39,9 @@ std::vector<std::string> Plan::Restarts() const {
 }
 
 Plan MakePlan(Product& product, const std::vector<std::string>& templateNames) {
-    return Plan(std::make_unique<Plan::Implementation>(DeploymentOf(product), templateNames));
+    return Use(product, [&](Deployment& deployment) {
+        return Plan(std::make_unique<Plan::Implementation>(deployment, templateNames));
+    });
 }
 
 Outcome Commit(Product& product, Plan& plan, Observer* observer) {
@@ -45,7 +49,9 @@ Outcome Commit(Product& product, Plan& plan, Observer* observer) {
         std::string lines;
         for (const Problem& problem : plan.Problems())
             lines += problem.Describe() + "\n";
-        throw Failure("the plan has problems, and nothing was changed (solve them, and plan again)", lines);
+        throw Failure({.text = "the plan has problems, and nothing was changed",
+                       .remedy = "solve them, and plan again",
+                       .output = lines});
     }
     Deployment& deployment = DeploymentOf(product);
     return product.Parts().relay.Collect(observer, [&] {

@@ -12,17 +12,26 @@
 namespace ZET::Deploy {
 
 Product::Product(const std::string& configFile, const Options& options, Observer* observer)
-    : m_implementation(std::make_unique<Implementation>(configFile, options, observer)) {}
+    : m_implementation(RemedyErrors(
+          "", [&] { return std::make_unique<Implementation>(configFile, options, observer); })) {}
 
 Product::~Product() = default;
 
+namespace {
+
+std::vector<Target> SelectedTargets(Product& product) {
+    return Use(product, [](Deployment& deployment) { return SelectTargets(deployment, {}); });
+}
+
+}  // namespace
+
 StringMap Values(Product& product) {
-    return DeploymentOf(product).Config().TemplatesValues();
+    return Use(product, [](Deployment& deployment) { return deployment.Config().TemplatesValues(); });
 }
 
 std::vector<ListedTarget> ListTargets(Product& product) {
     std::vector<ListedTarget> listed;
-    for (const Target& target : SelectTargets(DeploymentOf(product), {})) {
+    for (const Target& target : SelectedTargets(product)) {
         listed.push_back({target.templateName, target.path, target.roles, target.isSecret, target.line});
     }
     return listed;
@@ -38,7 +47,7 @@ std::vector<Problem> CheckTemplate(const StringMap& values, const std::string& t
 }
 
 std::vector<Problem> CheckTemplates(Product& product, const std::vector<std::string>& templateNames) {
-    return Check(DeploymentOf(product), templateNames).problems;
+    return Use(product, [&](Deployment& deployment) { return Check(deployment, templateNames).problems; });
 }
 
 }  // namespace ZET::Deploy

@@ -7,13 +7,22 @@ Failure::~Failure() = default;
 Damage::~Damage() = default;
 Interrupted::~Interrupted() = default;
 
+Failure::Failure(const Problem& facts, int errorNumber) : Failure(facts.Describe(), facts, errorNumber) {}
+
+Failure::Failure(const std::string& words, const Problem& facts, int errorNumber)
+    : std::runtime_error(words), m_facts(facts), m_errorNumber(errorNumber) {}
+
 Problem ProblemOf(const std::string& file, const Failure& failure) {
-    std::string text = failure.what();
-    if (text.starts_with(file + ": ")) text.erase(0, file.size() + 2);
-    const std::size_t remedy = text.rfind(" (");
-    if (remedy == std::string::npos || !text.ends_with(')'))
-        return {file, 0, 0, text, "repair or replace the file"};
-    return {file, 0, 0, text.substr(0, remedy), text.substr(remedy + 2, text.size() - remedy - 3)};
+    Problem problem = failure.Facts();
+    if (problem.file != file) {
+        if (!problem.textNamesFile && !problem.file.empty())
+            problem.text = problem.Place() + ": " + problem.text;
+        problem.file = file;
+        problem.line = problem.column = 0;
+    }
+    problem.textNamesFile = false;
+    if (problem.remedy.empty()) problem.remedy = "repair or replace the file";
+    return problem;
 }
 
 }  // namespace ZET::Deploy

@@ -8,7 +8,8 @@
 
 namespace ZET::Deploy {
 
-/// A failure with the file, told as one problem among others.
+/// A failure, told as one problem of the file among others; the text then names another file that it is
+/// about.
 Problem ProblemOf(const std::string& file, const Failure& failure);
 
 }  // namespace ZET::Deploy

@@ -25,16 +25,19 @@ constexpr auto kAsItIs = static_cast<uid_t>(-1);  // of an owner or a group
 
 [[noreturn]] void Fail(const std::string& path, const char* what) {
     const int error = errno;
-    throw Failure(path + ": " + what + ": " + std::strerror(error) + RemedyFor(error));
+    throw SystemFailure({.file = path, .text = what}, error);
 }
 
 struct stat OpenedStatus(int descriptor, const std::string& path) {
     struct stat status = {};
     if (descriptor < 0 && errno == ENOENT)
-        throw Failure(path + ": does not exist (create it, or correct the path)");
+        throw Failure({.file = path, .text = "does not exist", .remedy = "create it, or correct the path"},
+                      ENOENT);
     if (descriptor < 0 || fstat(descriptor, &status) != 0) Fail(path, "cannot be read");
-    if (S_ISDIR(status.st_mode)) throw Failure(path + ": is a directory (name a file in it)");
-    if (!S_ISREG(status.st_mode)) throw Failure(path + ": is no regular file (name a regular file)");
+    if (S_ISDIR(status.st_mode))
+        throw Failure({.file = path, .text = "is a directory", .remedy = "name a file in it"});
+    if (!S_ISREG(status.st_mode))
+        throw Failure({.file = path, .text = "is no regular file", .remedy = "name a regular file"});
     return status;
 }
 
@@ -82,7 +85,7 @@ bool IsOwn(const struct stat& status) {
 }
 
 [[noreturn]] void FailOfOther(const std::string& path) {
-    throw Failure(path + ": is in the way, and not from here (move it away)");
+    throw Failure({.file = path, .text = "is in the way, and not from here", .remedy = "move it away"});
 }
 
 /// A new file, or a former one of this user's that has no other name, emptied.

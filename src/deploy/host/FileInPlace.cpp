@@ -6,11 +6,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Paths.h"
+#include "deploy/host/Remedy.h"
 #include "posix/PathNames.h"
 #include "zet/ZETHost.h"
 
@@ -39,11 +39,12 @@ thread_local FileInPlace::Visit* FileInPlace::s_visit = nullptr;
 FileInPlace::FileInPlace(FoundFile found, const std::string& path, Access access)
     : m_path(path), m_found(std::move(found)), m_access(access) {
     if (!m_found.directory) {
-        throw Failure(DirectoryOf(path) + ": is no directory that " + path +
-                      " can be in (create it, or correct the path)");
+        throw Failure({.file = DirectoryOf(path),
+                       .text = "is no directory that " + path + " can be in",
+                       .remedy = "create it, or correct the path"});
     }
     const std::optional<Problem>& objection = m_found.judge.Objection();
-    if (geteuid() == 0 && objection) throw Failure(objection->Describe());
+    if (geteuid() == 0 && objection) throw Failure(*objection);
 }
 
 std::optional<uid_t> FileInPlace::Holder() const {
@@ -73,8 +74,10 @@ void FileInPlace::Visit::FindWay() {
 
 void FileInPlace::Visit::Enter() {
     if (m_former >= 0 && fchdir(m_file.m_found.directory->descriptor) != 0) {
-        throw Failure(m_file.m_found.directory->name + ": cannot be used: " + std::strerror(errno) +
-                      " (run the command as a user who may)");
+        throw SystemFailure({.file = m_file.m_found.directory->name,
+                             .text = "cannot be used",
+                             .remedy = "run the command as a user who may"},
+                            errno);
     }
     try {
         if (m_rights) m_rights->Take();
@@ -101,6 +104,26 @@ std::string FileInPlace::Visit::Readable(const std::string& text) const {
     ReplaceAll(readable, "'" + m_prefix.substr(0, m_prefix.size() - 1) + "'",
                "'" + DirectoryOf(m_file.m_path) + "'");
     return readable;
+}
+
+std::string FileInPlace::Visit::ReadablePath(const std::string& path) const {
+    const bool isDirectory = !m_prefix.empty() && path + "/" == m_prefix;
+    return isDirectory ? DirectoryOf(m_file.m_path) : Readable(path);
+}
+
+EZETHostError FileInPlace::Visit::Readable(const EZETHostError& error) const {
+    ZETCause cause = error.GetCause();
+    cause.path = ReadablePath(cause.path);
+    cause.text = Readable(cause.text);
+    return EZETHostError(Readable(error.GetMessage()), error.GetDetail(), cause);
+}
+
+Failure FileInPlace::Visit::Readable(const Failure& failure) const {
+    Problem facts = failure.Facts();
+    facts.file = ReadablePath(facts.file);
+    facts.text = Readable(facts.text);
+    facts.remedy = Readable(facts.remedy);
+    return Failure(Readable(failure.what()), facts, failure.ErrorNumber());
 }
 
 FileInPlace::Visit* FileInPlace::Suspend() {

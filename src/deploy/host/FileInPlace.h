@@ -7,10 +7,12 @@
 #include <optional>
 #include <string>
 
+#include "deploy/host/Failure.h"
 #include "deploy/host/PathWalk.h"
 #include "deploy/host/Rights.h"
 #include "deploy/host/Signals.h"
 #include "zet/ZETErrors.h"
+#include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
 
@@ -45,12 +47,14 @@ class FileInPlace {
         const Visit visit(*this);
         try {
             call(visit.Name());
+        } catch (const EZETHostError& error) {
+            throw visit.Readable(error);
         } catch (const EZETError& error) {
             throw EZETError(visit.Readable(error.GetMessage()), error.GetDetail());
         } catch (const Interrupted&) {
             throw;
         } catch (const Failure& failure) {
-            throw Failure(visit.Readable(failure.what()), failure.Lines());
+            throw visit.Readable(failure);
         }
     }
 
@@ -77,6 +81,8 @@ class FileInPlace {
 
         const std::string& Name() const { return m_name; }
         std::string Readable(const std::string& text) const;
+        EZETHostError Readable(const EZETHostError& error) const;
+        Failure Readable(const Failure& failure) const;
 
         /// Asks for no memory: what was begun in the directory can be cleared up when there is none.
         void Enter();
@@ -84,6 +90,7 @@ class FileInPlace {
 
       private:
         void FindWay();
+        std::string ReadablePath(const std::string& path) const;
 
         const FileInPlace& m_file;
         Descriptor m_former;   ///< the directory of before; none where it is not left

@@ -6,11 +6,11 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Paths.h"
+#include "deploy/host/Remedy.h"
 #include "posix/PathNames.h"
 #include "zet/ZETFormat.h"
 
@@ -59,8 +59,10 @@ FileState StateIn(int directory, const std::string& name, const std::string& pat
     struct stat status = {};
     if (fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         if (errno == ENOENT || errno == ENOTDIR) return state;
-        throw Failure(path + ": cannot tell whether it exists: " + std::strerror(errno) +
-                      " (run the command as a user who may search its directory)");
+        throw SystemFailure({.file = path,
+                             .text = "cannot tell whether it exists",
+                             .remedy = "run the command as a user who may search its directory"},
+                            errno);
     }
     state.exists = true;
     state.mode = status.st_mode;

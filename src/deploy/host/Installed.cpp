@@ -17,14 +17,17 @@ std::string ProductVersion() {
 std::string OwnModule() {
     Dl_info own = {};
     if (dladdr(reinterpret_cast<const void*>(&OwnModule), &own) == 0 || own.dli_fname == nullptr)
-        throw Failure("the library cannot find its own place (name the module)");
+        throw Failure({.text = "the library cannot find its own place", .remedy = "name the module"});
     std::error_code error;
     // A program is named as it was started, if the library is a part of it.
     const std::string place = own.dli_fname;
     const bool isLibrary = BaseNameOf(place).starts_with("libzet-deploy.so");
     const std::string file =
         isLibrary ? place : std::filesystem::read_symlink("/proc/self/exe", error).string();
-    if (error) throw Failure("the program cannot find its own place (name the module with --module)");
+    if (error)
+        throw Failure(
+            {.text = "the program cannot find its own place", .remedy = "name the module with --module"},
+            error.value());
     const char* const way = isLibrary ? ZET_WAY_FROM_LIBRARY : ZET_WAY_FROM_PROGRAM;
     return Normalised(PathIn(DirectoryOf(std::filesystem::absolute(file).string()), way));
 }

@@ -33,7 +33,7 @@ void PrependComponents(const std::string& path, std::deque<std::string>& compone
 
 [[noreturn]] void FailToLook(const std::string& path) {
     const int error = errno;
-    throw Failure(path + ": cannot be looked at: " + std::strerror(error) + RemedyFor(error));
+    throw SystemFailure({.file = path, .text = "cannot be looked at"}, error);
 }
 
 struct stat StatusOf(int descriptor, const std::string& path) {
@@ -143,8 +143,9 @@ void PathWalk::GoInto(const std::string& component) {
 void PathWalk::Follow(const std::string& component, const Descriptor& link, const struct stat& status) {
     JudgeStep(component, &status, false);
     if (++m_links > kMostLinks) {
-        throw LinkLoop(m_path +
-                       ": too many symbolic links, as when one leads back to itself (correct the links)");
+        throw LinkLoop({.file = m_path,
+                        .text = "too many symbolic links, as when one leads back to itself",
+                        .remedy = "correct the links"});
     }
     const std::string target = TargetOf(link, NameOf(component));
     if (target.front() == '/') m_walked.resize(1);

@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 
 #include "deploy/host/Failure.h"
@@ -20,7 +19,9 @@ namespace {
 std::string AbsolutePath(const std::string& path) {
     if (path.starts_with('/')) return path;
     const std::unique_ptr<char, decltype(&std::free)> directory(getcwd(nullptr, 0), std::free);
-    if (!directory) throw Failure("the current directory cannot be found (change to one that exists)");
+    if (!directory)
+        throw Failure(
+            {.text = "the current directory cannot be found", .remedy = "change to one that exists"}, errno);
     return PathIn(directory.get(), path);
 }
 
@@ -29,7 +30,7 @@ bool IsLink(const std::string& path) {
     if (readlink(path.c_str(), target, sizeof target) >= 0) return true;
     if (errno == EINVAL || errno == ENOENT || errno == ENOTDIR) return false;
     const int error = errno;
-    throw Failure(path + ": cannot be looked at: " + std::strerror(error) + RemedyFor(error));
+    throw SystemFailure({.file = path, .text = "cannot be looked at"}, error);
 }
 
 }  // namespace
@@ -38,7 +39,9 @@ Paths::Paths(const std::string& root) {
     if (root.empty()) return;
     struct stat status = {};
     if (stat(root.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
-        throw Failure(root + ": is no directory that can serve as root (create it, or correct --root)");
+        throw Failure({.file = root,
+                       .text = "is no directory that can serve as root",
+                       .remedy = "create it, or correct --root"});
     }
     m_root = Walk("", PathWalk::Unseen::Fails).To(AbsolutePath(root)).path;
     m_rootsOwners.push_back(status.st_uid);

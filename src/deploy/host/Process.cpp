@@ -19,6 +19,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/ProcessOutput.h"
+#include "deploy/host/Remedy.h"
 #include "deploy/host/Signals.h"
 #include "posix/Descriptor.h"
 
@@ -38,8 +39,8 @@ class Pipe {
   public:
     Pipe() {
         if (pipe2(m_ends, O_CLOEXEC) != 0)
-            throw Failure(std::string("a pipe cannot be made: ") + std::strerror(errno) +
-                          " (let the command open more files)");
+            throw SystemFailure(
+                {.text = "a pipe cannot be made", .remedy = "let the command open more files"}, errno);
     }
     ~Pipe() {
         close(m_ends[0]);
@@ -82,8 +83,8 @@ std::vector<std::string> Environment(const std::vector<std::string>& additions) 
 void Require(int error) {
     if (error == ENOMEM) throw std::bad_alloc();
     if (error != 0)
-        throw Failure(std::string("a program cannot be started: ") + std::strerror(error) +
-                      " (run the command again)");
+        throw SystemFailure({.text = "a program cannot be started", .remedy = "run the command again"},
+                            error);
 }
 
 /// How a program starts: without input, its output in a pipe, the first of a process group, signals and files
@@ -129,14 +130,16 @@ pid_t Start(std::vector<std::string> arguments, const ProcessConditions& conditi
     const int error = posix_spawnp(&child, arguments.front().c_str(), start.Actions(), start.Attributes(),
                                    Pointers(arguments).data(), Pointers(environment).data());
     if (error != 0) {
-        throw Failure(arguments.front() + ": cannot be started: " + std::strerror(error) +
-                      " (install it, or correct its name)");
+        throw SystemFailure({.file = arguments.front(),
+                             .text = "cannot be started",
+                             .remedy = "install it, or correct its name"},
+                            error);
     }
     return child;
 }
 
 [[noreturn]] void Fail(const char* what) {
-    throw Failure(std::string(what) + ": " + std::strerror(errno) + " (run the command again)");
+    throw SystemFailure({.text = what, .remedy = "run the command again"}, errno);
 }
 
 /// A descriptor that can be read from when the process has ended; -1 on a system that has no such thing.

@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "zet/ZETHost.h"
+
 namespace ZET::Deploy {
 
 namespace {
@@ -27,24 +29,67 @@ constexpr struct {
     {EIO, "repair or replace the file or its file system"},
 };
 
-}  // namespace
-
+/// Empty when there is none to give.
 std::string RemedyFor(int error) {
     for (const auto& entry : kRemedies) {
-        if (entry.error == error) return std::string(" (") + entry.remedy + ")";
+        if (entry.error == error) return entry.remedy;
     }
     return "";
 }
 
-std::string WithRemedy(const std::string& message, const std::string& otherwise) {
-    if (message.ends_with(')')) return message;
-    std::string text = message.substr(0, message.size() - (message.ends_with('.') ? 1 : 0));
-    for (const auto& entry : kRemedies) {
-        // The message was made in the reader's language, or in that of the files.
-        if (text.ends_with(std::strerror(entry.error)) || text.ends_with(strerrordesc_np(entry.error)))
-            return text + " (" + entry.remedy + ")";
+const ZETCause* CauseOf(const EZETError& error) {
+    const auto* known = dynamic_cast<const EZETHostError*>(&error);
+    return known == nullptr ? nullptr : &known->GetCause();
+}
+
+Problem FactsOf(const EZETError& error) {
+    Problem facts{.text = error.GetMessage(), .textNamesFile = true};
+    const ZETCause* const cause = CauseOf(error);
+    if (cause == nullptr) return facts;
+    facts.file = cause->path;
+    facts.line = static_cast<int>(cause->line);
+    if (!cause->text.empty()) {
+        facts.text = cause->text;
+        facts.textNamesFile = false;
     }
-    return otherwise.empty() ? message : text + " (" + otherwise + ")";
+    facts.remedy = cause->remedy;
+    return facts;
+}
+
+Failure FailureOfCore(const EZETError& error, const std::string& otherwise) {
+    const int number = ErrorNumberOf(error);
+    const std::string remedy = RemedyFor(number);
+    const Problem facts = FactsOf(error);
+    // The message may be translated as a whole.
+    if (!facts.remedy.empty()) return Failure(error.GetMessage(), facts, number);
+    return FailureWith(error, remedy.empty() ? otherwise : remedy);
+}
+
+}  // namespace
+
+Failure SystemFailure(Problem facts, int error) {
+    facts.text += std::string(": ") + std::strerror(error);
+    if (facts.remedy.empty()) facts.remedy = RemedyFor(error);
+    return Failure(facts, error);
+}
+
+Failure FailureOf(const std::exception& error, const std::string& otherwise) {
+    if (const auto* failure = dynamic_cast<const Failure*>(&error)) return *failure;
+    if (const auto* ofCore = dynamic_cast<const EZETError*>(&error)) return FailureOfCore(*ofCore, otherwise);
+    return Failure({.text = error.what()});
+}
+
+Failure FailureWith(const EZETError& error, const std::string& remedy) {
+    Problem facts = FactsOf(error);
+    facts.remedy = remedy;
+    // The remedy stands inside the sentence.
+    if (!remedy.empty() && facts.text.ends_with('.')) facts.text.pop_back();
+    return Failure(facts, ErrorNumberOf(error));
+}
+
+int ErrorNumberOf(const EZETError& error) {
+    const ZETCause* const cause = CauseOf(error);
+    return cause == nullptr ? 0 : cause->errorNumber;
 }
 
 }  // namespace ZET::Deploy

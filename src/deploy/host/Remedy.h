@@ -1,6 +1,7 @@
 #ifndef ZET_REMEDY_H
 #define ZET_REMEDY_H
 
+#include <exception>
 #include <string>
 
 #include "deploy/host/Failure.h"
@@ -10,12 +11,19 @@
 /// what happened.
 namespace ZET::Deploy {
 
-/// " (remedy)" for a value of `errno`; empty when there is none to give.
-std::string RemedyFor(int error);
+/// The failure of a system call: `facts`, with the reason after their text. A remedy that they lack is that
+/// of the reason, if there is one.
+Failure SystemFailure(Problem facts, int error);
 
-/// The message with a remedy: by the cause that it names, or else `otherwise` in brackets, if that is not
-/// empty. A message that ends with a remedy stays as it is.
-std::string WithRemedy(const std::string& message, const std::string& otherwise = "");
+/// What any call failed with, in the words for its reader. An error of the core or the module gets the remedy
+/// of its reason, or else `otherwise`, unless it has its own.
+Failure FailureOf(const std::exception& error, const std::string& otherwise = "");
+
+/// The same of an error of the core or the module, with this remedy.
+Failure FailureWith(const EZETError& error, const std::string& remedy);
+
+/// The `errno` that an error of the core is about; 0: none.
+int ErrorNumberOf(const EZETError& error);
 
 /// Does what `call` does; an error of the core or the module becomes a `Failure` with a remedy.
 template <typename Call>
@@ -23,7 +31,7 @@ auto RemedyErrors(const std::string& otherwise, Call call) {
     try {
         return call();
     } catch (const EZETError& error) {
-        throw Failure(WithRemedy(error.what(), otherwise));
+        throw FailureOf(error, otherwise);
     }
 }
 

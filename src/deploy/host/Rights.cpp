@@ -7,11 +7,11 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <string>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/PathJudge.h"
+#include "deploy/host/Remedy.h"
 
 namespace ZET::Deploy {
 
@@ -22,8 +22,9 @@ constexpr auto kAsk = static_cast<uid_t>(-1);  // changes nothing, and returns t
 
 [[noreturn]] void Fail(uid_t user) {
     const int error = errno;  // which looking up his name may change
-    throw Failure("the rights of " + NameOfUser(user) + " cannot be taken: " + std::strerror(error) +
-                  " (run the command as that user: sudo -u " + NameOfUser(user) + " ...)");
+    throw SystemFailure({.text = "the rights of " + NameOfUser(user) + " cannot be taken",
+                         .remedy = "run the command as that user: sudo -u " + NameOfUser(user) + " ..."},
+                        error);
 }
 
 /// Of this thread alone; the library's function sets those of all.

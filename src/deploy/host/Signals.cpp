@@ -38,8 +38,9 @@ bool SignalGuard::Caught() {
 
 void SignalGuard::Check() {
     if (!Caught()) return;
-    throw Interrupted(std::string("ended by a signal (") + strsignal(caughtSignal) +
-                      ") before all was done (run the command again)");
+    throw Interrupted(
+        {.text = std::string("ended by a signal (") + strsignal(caughtSignal) + ") before all was done",
+         .remedy = "run the command again"});
 }
 
 }  // namespace ZET::Deploy

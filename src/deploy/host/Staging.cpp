@@ -15,6 +15,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Paths.h"
+#include "deploy/host/Remedy.h"
 #include "deploy/host/StagingPlaces.h"
 #include "posix/PathNames.h"
 
@@ -26,6 +27,7 @@ namespace fs = std::filesystem;
 
 constexpr char kPrefix[] = "zet-staging.";
 constexpr char kLock[] = "lock";
+constexpr char kMakeRoom[] = "make room, or name another directory with TMPDIR";
 constexpr char kFiles[] = "files";  // beside the lock, so that no name of a file is that of the lock
 constexpr int kDirectory = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 
@@ -123,11 +125,14 @@ void RemoveLeftOversIn(const std::string& place) {
     }
 }
 
-[[noreturn]] void FailPlace(const std::string& place, const std::string& why, const std::string& lastResort) {
-    throw Failure(place + ": no directory for temporary files can be made here: " + why +
-                  (lastResort.empty() ? " (make room, or name another directory with TMPDIR)"
-                                      : " (make room, or let ZET_VAR_LIB_DIR be a directory that can be "
-                                        "written)"));
+[[noreturn]] void FailPlace(const std::string& place, int error, const std::string& lastResort) {
+    throw SystemFailure(
+        {.file = place,
+         .text = "no directory for temporary files can be made here",
+         .remedy = lastResort.empty()
+                       ? kMakeRoom
+                       : "make room, or let ZET_VAR_LIB_DIR be a directory that can be written"},
+        error);
 }
 
 }  // namespace
@@ -138,7 +143,7 @@ Staging::Staging(const std::string& lastResort, std::uintmax_t size) {
         errno = 0;
         Make(fs::absolute(place).string());
         if (m_lock >= 0) return;
-        if (place == places.back()) FailPlace(place, std::strerror(errno), lastResort);
+        if (place == places.back()) FailPlace(place, errno, lastResort);
     }
 }
 
@@ -175,8 +180,9 @@ std::string Staging::PathOf(const std::string& name) const {
     std::error_code error;
     fs::create_directories(path.parent_path(), error);
     if (error) {
-        throw Failure(path.parent_path().string() + ": cannot be made: " + error.message() +
-                      " (make room, or name another directory with TMPDIR)");
+        throw SystemFailure(
+            {.file = path.parent_path().string(), .text = "cannot be made", .remedy = kMakeRoom},
+            error.value());
     }
     return path.string();
 }

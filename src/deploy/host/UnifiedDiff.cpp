@@ -55,9 +55,11 @@ std::string UnifiedDiff(const std::string& oldFile, const std::string& newFile,
                     newFile.empty() ? kNoFile : newFile},
                    {.environment = {"LC_ALL=C"}});
     if (result.status > 1) {
-        throw Failure(shownPath + ": no diff can be made, as diff ends with status " +
-                          std::to_string(result.status) + " (run the command again)",
-                      ComplaintsIn(result.output));
+        throw Failure(
+            {.file = shownPath,
+             .text = "no diff can be made, as diff ends with status " + std::to_string(result.status),
+             .remedy = "run the command again",
+             .output = ComplaintsIn(result.output)});
     }
     return result.output;
 }

@@ -18,7 +18,7 @@ void Assume(HostProduct& product, const std::string& name, const std::string& va
         product.Core().UpdateParam(name, IsOwnDirectory(name) ? product.FilePath(value) : value);
     } catch (const EZETCheckError& error) {
         const char* remedy = name == "ZET_CFG" ? "name another file with --config" : "write one of the two";
-        throw UsageError("--set: " + WithRemedy(error.GetMessage(), remedy));
+        throw UsageError(std::string("--set: ") + FailureOf(error, remedy).what());
     }
 }
 

@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <cstring>
 #include <string_view>
 #include <utility>
 
@@ -25,8 +24,7 @@ constexpr mode_t kModeBits = 07777;
 constexpr std::size_t kBlock = std::size_t{128} << 10;
 
 [[noreturn]] void Fail(const std::string& path, const char* what) {
-    const int error = errno;
-    throw Failure(path + ": " + what + ": " + std::strerror(error) + RemedyFor(error));
+    throw SystemFailure({.file = path, .text = what}, errno);
 }
 
 /// What holds for the bytes alone is made anew by whoever vouches for them.
@@ -70,7 +68,8 @@ std::map<std::string, std::string> Attributes(int descriptor, const std::string&
 Descriptor Open(int directory, const std::string& name, const std::string& path) {
     constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     Descriptor file(openat(directory, name.c_str(), kFlags));
-    if (file < 0 && errno == ELOOP) throw Failure(path + ": is a link now (look at it, and try again)");
+    if (file < 0 && errno == ELOOP)
+        throw Failure({.file = path, .text = "is a link now", .remedy = "look at it, and try again"});
     if (file < 0 && errno != ENOENT) Fail(path, "cannot be read");
     return file;
 }
@@ -78,7 +77,8 @@ Descriptor Open(int directory, const std::string& name, const std::string& path)
 RecordedState StateOfOpened(int descriptor, const std::string& path) {
     struct stat status = {};
     if (fstat(descriptor, &status) != 0) Fail(path, "cannot be looked at");
-    if (!S_ISREG(status.st_mode)) throw Failure(path + ": is no regular file (name a regular file)");
+    if (!S_ISREG(status.st_mode))
+        throw Failure({.file = path, .text = "is no regular file", .remedy = "name a regular file"});
     RecordedState state;
     state.exists = true;
     state.mode = status.st_mode & kModeBits;

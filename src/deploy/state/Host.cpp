@@ -37,7 +37,7 @@ Host::~Host() = default;
 void Host::RequireGoOn() {
     SignalGuard::Check();
     if (m_observer.IsCancelled())
-        throw Interrupted("was cancelled before all was done (call it again to go on)");
+        throw Interrupted({.text = "was cancelled before all was done", .remedy = "call it again to go on"});
 }
 
 void Host::StartCore() {
@@ -52,7 +52,7 @@ void Host::RequireDirectories() {
         const auto problem = ProblemOfParam(key, Param(key));
         if (!problem) continue;
         if (!m_options.mendsParameters)
-            throw Failure(Problem{Param("ZET_CFG"), 0, 0, problem->text, problem->remedy}.Describe());
+            throw Failure({.file = Param("ZET_CFG"), .text = problem->text, .remedy = problem->remedy});
         Core().UpdateParam(key, DefaultOf(key));
     }
 }

@@ -2,6 +2,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Installed.h"
+#include "deploy/host/Remedy.h"
 #include "deploy/state/Instructions.h"
 #include "zet/ZETErrors.h"
 
@@ -17,8 +18,7 @@ HostProduct::HostProduct(const std::string& configFile, const Options& options, 
     : Host(configFile, options, observer),
       m_moduleFile(options.moduleFile.empty() ? OwnModule() : options.moduleFile) {
     // Its code runs as soon as it is loaded.
-    if (const std::optional<Problem> problem = CheckWayTo(Paths(""), ModuleFile()))
-        throw Failure(problem->Describe());
+    if (const std::optional<Problem> problem = CheckWayTo(Paths(""), ModuleFile())) throw Failure(*problem);
     LoadModule();
 }
 
@@ -26,13 +26,14 @@ void HostProduct::LoadModule() {
     try {
         LoadedCore().LoadModule(ModuleFile());
     } catch (const EZETError& error) {
-        std::string text = error.GetMessage();
-        if (text.ends_with('.')) text.pop_back();
-        throw Failure(text + " (install the product again, or name its module with --module)");
+        throw FailureWith(error, "install the product again, or name its module with --module");
     }
     m_config = std::dynamic_pointer_cast<IZETConfig>(LoadedCore().FindInterface(kInterfaceName));
     if (!m_config) {
-        throw Failure("the module registered no interface \"zet-config\" (name the right one with --module)");
+        throw Failure({.file = ModuleFile(),
+                       .text = "the module registered no interface \"zet-config\"",
+                       .remedy = "name the right one with --module",
+                       .textNamesFile = true});
     }
 }
 

@@ -26,7 +26,7 @@ std::optional<Problem> CheckInstruction(const Paths& paths, const std::string& p
 
 void RequireOwnInstruction(const Paths& paths, const std::string& path) {
     const std::optional<Problem> problem = CheckInstruction(paths, path);
-    if (problem) throw Failure(problem->Describe());
+    if (problem) throw Failure(*problem);
 }
 
 std::optional<Problem> CheckWayTo(const Paths& paths, const std::string& path) {
@@ -45,17 +45,16 @@ void RequireOwnInstructions(HostProduct& product) {
     std::vector<std::optional<Problem>> findings = {CheckModule(product)};
     for (const char* key : {"ZET_CFG", "ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET_VAR_LIB_DIR"})
         findings.push_back(CheckInstruction(product.HostPaths(), product.Param(key)));
-    std::vector<std::string> all;
+    std::optional<Problem> first;
     for (const std::optional<Problem>& finding : findings) {
-        if (finding) all.push_back(finding->Describe());
+        if (!finding) continue;
+        if (first) {
+            first->output += finding->Describe() + "\n";
+        } else {
+            first = finding;
+        }
     }
-    if (all.empty()) return;
-    const std::string first = all.front();
-    all.erase(all.begin());
-    std::string others;
-    for (const std::string& each : all)
-        others += each + "\n";
-    throw Failure(first, others);
+    if (first) throw Failure(*first);
 }
 
 }  // namespace ZET::Deploy

@@ -25,7 +25,7 @@ std::string LocaleName(const std::string& language) {
 
 void RequireLanguage(const std::string& language) {
     if (const auto problem = ProblemOfParam("ZET_LANG", language))
-        throw Failure(problem->text + " (" + problem->remedy + ")");
+        throw Failure({.text = problem->text, .remedy = problem->remedy});
 }
 
 void UseReadersLanguage() {
@@ -38,7 +38,9 @@ WrittenLanguage::WrittenLanguage(IZETCore& core) {
     try {
         RequireLanguage(language);
     } catch (const Failure& failure) {
-        throw Failure(core.GetParam("ZET_CFG") + ": " + failure.what());
+        Problem facts = failure.Facts();
+        facts.file = core.GetParam("ZET_CFG");
+        throw Failure(facts);
     }
     for (const int category : kTextCategories)
         m_former[category] = setlocale(category, nullptr);

@@ -105,7 +105,7 @@ void ClearLeftOvers(Host& host, const CutShortFile& file) {
     } catch (const Failure& failure) {
         host.Out().Warning(failure.what());
     } catch (const EZETError& error) {
-        host.Out().Warning(WithRemedy(error.what()));
+        host.Out().Warning(FailureOf(error).what());
     }
 }
 

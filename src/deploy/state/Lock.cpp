@@ -8,11 +8,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cstring>
 #include <thread>
 #include <utility>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Remedy.h"
 #include "deploy/host/Signals.h"
 #include "posix/PathNames.h"
 
@@ -59,8 +59,9 @@ bool WaitForLock(const LockSeeker& seeker, int descriptor, const std::string& pa
             seeker.observer.Remark("waiting for " + HolderOf(descriptor) + ", which holds " + path +
                                    ", for " + seconds + " at most");
         if (std::chrono::steady_clock::now() >= deadline) {
-            throw Failure(path + ": " + HolderOf(descriptor) + " has held the lock for " + seconds +
-                          " (let it end, then try again)");
+            throw Failure({.file = path,
+                           .text = HolderOf(descriptor) + " has held the lock for " + seconds,
+                           .remedy = "let it end, then try again"});
         }
         std::this_thread::sleep_for(kBetweenTries);
     }
@@ -71,7 +72,7 @@ bool WaitForLock(const LockSeeker& seeker, int descriptor, const std::string& pa
 void RequireOwnLockFile(int descriptor, const std::string& file) {
     struct stat status = {};
     if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1) return;
-    throw Failure(file + ": is no regular file of one name (move it away)");
+    throw Failure({.file = file, .text = "is no regular file of one name", .remedy = "move it away"});
 }
 
 /// For whoever waits for the lock. That it cannot be written, as on a full disk, is no reason not to go on.
@@ -88,8 +89,10 @@ Descriptor Lock(const LockSeeker& seeker, const std::string& file) {
     if (lock < 0) return lock;
     RequireOwnLockFile(lock, file);
     if (!WaitForLock(seeker, lock, file, TryLockFile)) {
-        throw Failure(file + ": cannot be locked: " + std::strerror(errno) +
-                      " (let ZET_VAR_LIB_DIR be on a file system that has locks)");
+        throw SystemFailure({.file = file,
+                             .text = "cannot be locked",
+                             .remedy = "let ZET_VAR_LIB_DIR be on a file system that has locks"},
+                            errno);
     }
     NameHolder(seeker.name, lock);
     return lock;
@@ -99,8 +102,9 @@ Descriptor Lock(const LockSeeker& seeker, const std::string& file) {
 Descriptor LockDirectory(const LockSeeker& seeker, const std::string& directory) {
     Descriptor lock(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
     if (lock < 0 && errno == EACCES) {
-        throw Failure(directory + ": cannot be locked: " + std::strerror(errno) +
-                      " (let the user read the directory)");
+        throw SystemFailure(
+            {.file = directory, .text = "cannot be locked", .remedy = "let the user read the directory"},
+            errno);
     }
     const bool isLocked = lock >= 0 && WaitForLock(seeker, lock, directory, TryLockDirectory);
     return isLocked ? std::move(lock) : Descriptor();
@@ -113,8 +117,11 @@ bool MayOthersWrite(const std::string& directory) {
 }
 
 [[noreturn]] void FailToOpen(const std::string& file) {
-    throw Failure(file + ": cannot be opened: " + std::strerror(errno) +
-                  " (create the directory ZET_VAR_LIB_DIR, or run as a user who may write there)");
+    throw SystemFailure(
+        {.file = file,
+         .text = "cannot be opened",
+         .remedy = "create the directory ZET_VAR_LIB_DIR, or run as a user who may write there"},
+        errno);
 }
 
 }  // namespace

@@ -95,7 +95,8 @@ void Recording::Add(const ExpectedFile& file, const std::string& suffix) {
     const std::optional<KnownFile> known = m_store->Known(record.file.path);
     if (known) {
         before.state.knowledge = known->state.knowledge;
-        if (known->kind == FileKind::Target && file.kind == FileKind::Edit) record.file.kind = FileKind::Target;
+        if (known->kind == FileKind::Target && file.kind == FileKind::Edit)
+            record.file.kind = FileKind::Target;
     }
     record.file.before = std::move(before.state);
     record.textBefore = std::move(before.text);

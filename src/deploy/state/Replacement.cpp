@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <exception>
 #include <new>
 
@@ -21,6 +20,7 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr mode_t kSetIdBits = S_ISUID | S_ISGID;
+constexpr char kLookAndRepeat[] = "look at it, and run the command again";
 
 /// For as long as the object lives, each rename is seen by the guard before it is made.
 class GuardedRenames {
@@ -43,9 +43,9 @@ bool HasCompanion(const FileInPlace& file, const char* suffix) {
 
 void RequireVersion(const FileInPlace& file, const FileVersion& version) {
     if (PresentVersion(file) == version) return;
-    throw Failure(file.Path() +
-                  ": another program wrote it at the same time, and nothing was changed (look at it, and run "
-                  "the command again)");
+    throw Failure({.file = file.Path(),
+                   .text = "another program wrote it at the same time, and nothing was changed",
+                   .remedy = kLookAndRepeat});
 }
 
 }  // namespace
@@ -56,9 +56,9 @@ Replacement::Replacement(HostProduct& product, const FileInPlace& file, const Fi
       m_version(version),
       m_former(StateIn(file.Directory(), file.NameInDirectory(), file.Path())) {
     if (file.Holder() && m_former.owner != *file.Holder())
-        throw Failure(file.Path() +
-                      ": was replaced at the same time, and nothing was changed (look at it, and run "
-                      "the command again)");
+        throw Failure({.file = file.Path(),
+                       .text = "was replaced at the same time, and nothing was changed",
+                       .remedy = kLookAndRepeat});
 }
 
 Replacement::~Replacement() {
@@ -75,7 +75,7 @@ Replacement::~Replacement() {
 
 void Replacement::TellIfPossible(const std::exception& error) noexcept {
     try {
-        m_product.Out().Warning(m_file.Path() + ": its reserve stays: " + WithRemedy(error.what()));
+        m_product.Out().Warning(m_file.Path() + ": its reserve stays: " + FailureOf(error).what());
     } catch (const std::bad_alloc&) {
         // As above.
     }
@@ -130,7 +130,7 @@ void Replacement::Complete(int descriptor, const std::string& path, mode_t mode)
     struct stat made = {};
     if (fstat(descriptor, &made) != 0) {
         const int error = errno;
-        throw Failure(path + ": its owner cannot be read: " + std::strerror(error) + RemedyFor(error));
+        throw SystemFailure({.file = path, .text = "its owner cannot be read"}, error);
     }
     const bool isOwners = made.st_uid == m_former.owner;
     const bool isGivable = made.st_nlink == 1 && (isOwners || (!m_file.Holder() && made.st_uid == geteuid()));
@@ -146,9 +146,9 @@ void Replacement::CompleteReserve() const {
     struct stat status = {};
     if (file < 0 || fstat(file, &status) != 0 || !S_ISREG(status.st_mode) ||
         status.st_uid != *m_file.Holder() || status.st_nlink != 1) {
-        throw Failure(reserve +
-                      ": was replaced at the same time, and nothing was changed (look at it, and run "
-                      "the command again)");
+        throw Failure({.file = reserve,
+                       .text = "was replaced at the same time, and nothing was changed",
+                       .remedy = kLookAndRepeat});
     }
     Complete(file, reserve, m_former.mode);
 }

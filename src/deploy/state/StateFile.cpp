@@ -17,9 +17,11 @@ bool HasStateFile(const std::string& file) {
                                       << 20;  // ten times what a hundred thousand targets need
     const FileState state = StateOf(file);
     if (!state.exists) return false;
-    if (!state.IsRegular()) throw Damage(file + ": is no regular file (move it away)");
+    if (!state.IsRegular())
+        throw Damage({.file = file, .text = "is no regular file", .remedy = "move it away"});
     if (VersionOf(file).size > kLargest)
-        throw Damage(file + ": is larger than any that is written here (move it away)");
+        throw Damage(
+            {.file = file, .text = "is larger than any that is written here", .remedy = "move it away"});
     return true;
 }
 

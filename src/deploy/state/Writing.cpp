@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <set>
 
@@ -28,15 +27,16 @@ void RequireDirectory(Host& host, const std::string& path) {
     const std::string directory = DirectoryOf(path);
     struct stat status = {};
     if (stat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
-        throw Failure(directory + ": is no directory that " + path +
-                      " can be in (create it, or correct the path)");
+        throw Failure({.file = directory,
+                       .text = "is no directory that " + path + " can be in",
+                       .remedy = "create it, or correct the path"});
     }
     if (access(directory.c_str(), W_OK | X_OK) == 0) return;
     const int error = errno;
-    const std::string text = directory + ": cannot be written, so " + path +
-                             " cannot be replaced: " + std::strerror(error) + RemedyFor(error);
-    if (!host.Wanted().dryRun) throw Failure(text);
-    host.Out().Warning(text);
+    const Failure failure = SystemFailure(
+        {.file = directory, .text = "cannot be written, so " + path + " cannot be replaced"}, error);
+    if (!host.Wanted().dryRun) throw Failure(failure);
+    host.Out().Warning(failure.what());
 }
 
 /// Temporary files that a killed run left were cleared away where they are recorded, so what is still there
@@ -46,13 +46,16 @@ void RequireFreeNames(const std::string& path, bool canRecord, const std::set<st
     const std::string temporary = path + ZETTemporarySuffix;
     const FileState found = StateOf(temporary);
     if (found.exists && (!found.IsRegular() || found.links != 1 || isAnybodys)) {
-        throw Failure(temporary + ": is in the way of writing " + path +
-                      ", and not from here (move it away)");
+        throw Failure({.file = temporary,
+                       .text = "is in the way of writing " + path + ", and not from here",
+                       .remedy = "move it away"});
     }
     const std::string reserve = path + ZETReserveSuffix;
     const FileState state = StateOf(reserve);
     if (state.exists && !state.IsRegular()) {
-        throw Failure(reserve + ": is no regular file, so " + path + " has no reserve (move it away)");
+        throw Failure({.file = reserve,
+                       .text = "is no regular file, so " + path + " has no reserve",
+                       .remedy = "move it away"});
     }
 }
 

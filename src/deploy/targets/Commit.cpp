@@ -161,9 +161,9 @@ class Execution {
             m_product.Config().InstallConfigFileTemplate(planned.target.templateName);
         }
         if (!planned.IsChange() && VersionOf(planned.path) != planned.version) {
-            throw Failure(
-                planned.path +
-                ": another program wrote it after it was looked at (look at it, and run the command again)");
+            throw Failure({.file = planned.path,
+                           .text = "another program wrote it after it was looked at",
+                           .remedy = "look at it, and run the command again"});
         }
         if (planned.change == FileOutcome::Result::Changed) outcome.reserve = ReserveOf(planned.path);
         m_product.Out().Done(outcome);
@@ -204,7 +204,7 @@ class Execution {
                 (others.empty() ? "" : ". Written by another program: " + Joined(others)));
             m_product.Out().Restarts(m_plan.RestartsOf(done));
         } catch (const std::exception& error) {
-            m_product.Out().Error(WithRemedy(error.what()));
+            m_product.Out().Error(FailureOf(error).what());
         }
     }
 
@@ -218,11 +218,15 @@ class Execution {
             file = state.FileServerStatus();
             config.SaveFileServerStatus();
         } catch (const EZETError& error) {
-            throw Failure(file + ": cannot be written: " + error.GetMessage() +
-                          " (make room, or allow it; then commit again)");
+            throw Failure({.file = file,
+                           .text = "cannot be written: " + error.GetMessage(),
+                           .remedy = "make room, or allow it; then commit again"},
+                          ErrorNumberOf(error));
         }
         if (config.GetFileServerStatus() != m_product.Param("NETWORK_FS_TYPE"))
-            throw Failure(file + ": could not be written whole (make room, then commit again)");
+            throw Failure({.file = file,
+                           .text = "could not be written whole",
+                           .remedy = "make room, then commit again"});
     }
 
     Deployment& m_product;

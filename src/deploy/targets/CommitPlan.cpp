@@ -25,7 +25,7 @@ namespace {
 void RequireAcceptance(Deployment& product, const Target& target, const std::string& path,
                        const std::string& staged) {
     const std::optional<Problem> problem = OwnCheckProblem(product, target, path, staged);
-    if (problem) throw Failure(problem->Describe(), problem->output);
+    if (problem) throw Failure(*problem);
 }
 
 FileOutcome::Result ChangeOf(const PlannedTarget& planned) {

@@ -16,7 +16,7 @@ const TargetList& HostLists::Targets() {
 
 const Target* HostLists::TargetNamed(const std::string& name) {
     if (!m_byName) {
-        if (!Targets().isUnderstood) throw Failure(Targets().problems.front().Describe());
+        if (!Targets().isUnderstood) throw Failure(Targets().problems.front());
         std::map<std::string, const Target*> byName;
         for (const Target& target : Targets().targets) {
             if (target.path.empty()) continue;

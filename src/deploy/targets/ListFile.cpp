@@ -6,9 +6,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Remedy.h"
 #include "posix/Descriptor.h"
 
 namespace ZET::Deploy {
@@ -24,17 +24,21 @@ Descriptor OpenList(const std::string& file) {
     Descriptor list(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status = {};
     if (list < 0 || fstat(list, &status) != 0) {
-        throw Failure(file + ": the list of targets cannot be read: " + std::strerror(errno) +
-                      " (install the product's templates, or correct ZET_CFG_TEMPL_DIR)");
+        throw SystemFailure({.file = file,
+                             .text = "the list of targets cannot be read",
+                             .remedy = "install the product's templates, or correct ZET_CFG_TEMPL_DIR"},
+                            errno);
     }
     if (!S_ISREG(status.st_mode)) {
-        throw Failure(file + ": the list of targets is no regular file (put the product's own in its place)");
+        throw Failure({.file = file,
+                       .text = "the list of targets is no regular file",
+                       .remedy = "put the product's own in its place"});
     }
     const bool othersMayWrite = (status.st_mode & (S_IWGRP | S_IWOTH)) != 0 || status.st_uid != 0;
     if (geteuid() == 0 && othersMayWrite) {
-        throw Failure(
-            file +
-            ": others may write the list of targets, so root does not use it (chown root and chmod go-w)");
+        throw Failure({.file = file,
+                       .text = "others may write the list of targets, so root does not use it",
+                       .remedy = "chown root and chmod go-w"});
     }
     return list;
 }
@@ -96,8 +100,10 @@ std::string ReadListFile(const std::string& file) {
         if (length == 0) return text;
         if (length > 0) text.append(part, static_cast<std::size_t>(length));
         if (length < 0 && errno != EINTR) {
-            throw Failure(file + ": reading the list of targets broke off: " + std::strerror(errno) +
-                          " (repair its file system)");
+            throw SystemFailure({.file = file,
+                                 .text = "reading the list of targets broke off",
+                                 .remedy = "repair its file system"},
+                                errno);
         }
     }
     text.resize(kMostBytesOfList + 1);

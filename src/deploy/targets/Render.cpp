@@ -26,8 +26,9 @@ void Perform(Deployment& product, const std::string& templateName, const std::st
     // The module does not say why it could not save.
     RemedyErrors("make room, or see to the rights of its directory", operation);
     if (failures.Any()) {
-        throw Failure(path + ": the template " + templateName +
-                      " could not be rendered into it (the log says why; then run the command again)");
+        throw Failure({.file = path,
+                       .text = "the template " + templateName + " could not be rendered into it",
+                       .remedy = "the log says why; then run the command again"});
     }
 }
 
@@ -168,10 +169,9 @@ void RenderTarget(Deployment& product, const TargetToRender& target) {
     };
     replacement.Make(StateOf(target.staged).mode, process, [&](const std::string& made) {
         if (HaveSameBytes(made, target.staged)) return;
-        throw Failure(
-            path +
-            ": is not written, since its template was changed after it was checked (run the command "
-            "again)");
+        throw Failure({.file = path,
+                       .text = "is not written, since its template was changed after it was checked",
+                       .remedy = "run the command again"});
     });
 }
 

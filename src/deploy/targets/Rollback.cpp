@@ -113,17 +113,17 @@ class Rollback {
                          target.path,
                          target.trusted,
                          target.roles.size() > 1,
-                         ""};
+                         {}};
         try {
             file.path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path));
         } catch (const Failure& failure) {
-            file.trouble = failure.what();
+            file.trouble = failure;
         }
         return file;
     }
 
     void AddRecorded(const std::string& path, std::vector<WrittenFile>& files) {
-        WrittenFile file{"", path, {}, "", "", true, ""};
+        WrittenFile file{"", path, {}, "", "", true, {}};
         try {
             if (!m_product.HostPaths().StaysInside(path)) {
                 m_product.Out().Warning(path +
@@ -131,7 +131,7 @@ class Rollback {
                 return;
             }
         } catch (const Failure& failure) {
-            file.trouble = failure.what();
+            file.trouble = failure;
         }
         files.push_back(std::move(file));
     }
@@ -177,13 +177,13 @@ class Rollback {
     template <typename Call>
     Step Tried(Step step, Call call) {
         try {
-            if (!step.file.trouble.empty()) throw Failure(step.file.trouble);
+            if (step.file.trouble) throw Failure(*step.file.trouble);
             call(step);
         } catch (const Interrupted&) {
             throw;
         } catch (const std::exception& error) {
             m_result.isKept = true;
-            m_product.Out().Error(step.file.path + ": could not be put back: " + WithRemedy(error.what()));
+            m_product.Out().Error(step.file.path + ": could not be put back: " + FailureOf(error).what());
             step.outcome = OutcomeOf(step.file, Result::Failed, "could not be put back");
             step.action = Step::Action::Nothing;
         }
@@ -210,7 +210,7 @@ class Rollback {
             return;
         }
         if (reserve.exists && !reserve.IsRegular())
-            throw Failure(file.Reserve() + ": is no regular file (move it away)");
+            throw Failure({.file = file.Reserve(), .text = "is no regular file", .remedy = "move it away"});
         if (now.exists && !m_isForced && !IsOwnWork(file)) {
             m_product.Out().Warning(
                 file.path +

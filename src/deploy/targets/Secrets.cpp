@@ -69,7 +69,9 @@ std::string Secrets::Excuse(const std::string& path) {
 
 void Secrets::RequireShown(const std::string& path) {
     if (m_host.Wanted().showsSecrets || Of(path) != Audience::Nobody) return;
-    throw Failure(path + ": its text is not shown: " + Judged(path).reason + " (--show-secrets shows it)");
+    throw Failure({.file = path,
+                   .text = std::string("its text is not shown: ") + Judged(path).reason,
+                   .remedy = "--show-secrets shows it"});
 }
 
 bool Secrets::IsClosed(const FileState& state) {
@@ -111,7 +113,7 @@ Secrets::Verdict Secrets::Judge(const std::string& path) {
 void Secrets::RequireReliableList() {
     const TargetList& list = m_lists.Targets();
     if (list.problems.empty()) return;
-    throw Failure(list.file + ": the list of targets is broken (see check-config)");
+    throw Failure({.file = list.file, .text = "the list of targets is broken", .remedy = "see check-config"});
 }
 
 /// The names of the file, and of those that it may be a copy of.

@@ -15,12 +15,11 @@ std::string TargetListFile(Host& host) {
 TargetList ReadTargetList(Host& host) {
     const std::string file = TargetListFile(host);
     if (!host.HostPaths().StaysInside(file)) {
-        throw Failure(file +
-                      ": the list of targets is a link that leads out of the root directory (put the list "
-                      "itself there)");
+        throw Failure({.file = file,
+                       .text = "the list of targets is a link that leads out of the root directory",
+                       .remedy = "put the list itself there"});
     }
-    if (const std::optional<Problem> problem = CheckWayTo(host.HostPaths(), file))
-        throw Failure(problem->Describe());
+    if (const std::optional<Problem> problem = CheckWayTo(host.HostPaths(), file)) throw Failure(*problem);
     return ReadTargetFile(file);
 }
 
@@ -49,7 +48,8 @@ std::vector<Target> SelectTargets(Host& host, const std::vector<std::string>& te
         std::string lines;
         for (const Problem& problem : list.problems)
             lines += problem.Describe() + "\n";
-        throw Failure("the list of targets is broken:", lines);
+        throw Failure("the list of targets is broken:",
+                      {.file = list.file, .text = "the list of targets is broken", .output = lines});
     }
     return SelectTargets(host.Role(), list, templateNames);
 }

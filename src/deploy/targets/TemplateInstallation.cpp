@@ -42,10 +42,14 @@ class Installation {
     void Check() {
         for (const std::string& file : {m_pristine, m_path}) {
             if (!m_product.HostPaths().StaysInside(file))
-                throw Failure(file + ": is a link that leads out of the root directory (put a file there)");
+                throw Failure({.file = file,
+                               .text = "is a link that leads out of the root directory",
+                               .remedy = "put a file there"});
         }
         if (!IsFileExist(m_pristine)) {
-            throw Failure(m_pristine + ": the template is missing (correct its name, or ZET_CFG_TEMPL_DIR)");
+            throw Failure({.file = m_pristine,
+                           .text = "the template is missing",
+                           .remedy = "correct its name, or ZET_CFG_TEMPL_DIR"});
         }
         RequireReadableFile(m_pristine);
         for (const std::string& file : {m_pristine, m_path})
@@ -57,13 +61,14 @@ class Installation {
         if (m_isSame) return;
         if (!m_isForced) {
             if (m_product.Wanted().wantsDiffs) TellDifference();
-            throw Failure(m_path + ": differs from " + m_pristine +
-                          " (--force installs that one, and keeps "
-                          "the differing one as " +
-                          m_old + ")");
+            throw Failure({.file = m_path,
+                           .text = "differs from " + m_pristine,
+                           .remedy = "--force installs that one, and keeps the differing one as " + m_old});
         }
         if (IsFileExist(m_old) && !HaveSameBytes(m_old, m_path))
-            throw Failure(m_old + ": would be overwritten by the differing " + m_path + " (move it away)");
+            throw Failure({.file = m_old,
+                           .text = "would be overwritten by the differing " + m_path,
+                           .remedy = "move it away"});
     }
 
     /// What it is going to write.
@@ -121,7 +126,9 @@ class Installation {
         const LoggedFailures failures;
         m_product.Config().InstallConfigFileTemplate(m_name);
         if (failures.Any() || !HaveSameBytes(m_path, m_pristine))
-            throw Failure(m_path + ": was not installed from " + m_pristine + " (run the command again)");
+            throw Failure({.file = m_path,
+                           .text = "was not installed from " + m_pristine,
+                           .remedy = "run the command again"});
     }
 
     Deployment& m_product;

@@ -30,11 +30,11 @@ void RequireFreeTarget(Host& host, const std::string& templateName, const std::s
     } catch (const Failure&) {
         // Without a list that can be used, nothing is known to be a target.
     }
-    if (!list.isUnderstood) throw Failure(list.problems.front().Describe());
+    if (!list.isUnderstood) throw Failure(list.problems.front());
     claimed.AddListed(list.targets);
-    if (const auto clash = claimed.ClashOf(templateName)) throw Failure(clash->Describe());
+    if (const auto clash = claimed.ClashOf(templateName)) throw Failure(*clash);
     const std::string use = claimed.UseBesideTargets(path);
-    if (!use.empty()) throw Failure(path + ": is " + use + " (name another file)");
+    if (!use.empty()) throw Failure({.file = path, .text = "is " + use, .remedy = "name another file"});
 }
 
 }  // namespace

@@ -1,9 +1,11 @@
 #ifndef ZET_WRITTEN_FILE_H
 #define ZET_WRITTEN_FILE_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/FileState.h"
@@ -21,11 +23,12 @@ struct WrittenFile {
     std::string named;                 ///< as the list has it; empty: the list does not have it any more
     std::string trusted;               ///< the user whose directories count as root's
     bool isOfBoth = true;              ///< the other role may have committed it, too
-    std::string trouble;  ///< why the real file cannot be found; the path is then as the list has it
+    std::optional<Failure>
+        trouble;  ///< why the real file cannot be found; the path is then as the list has it
 
     std::string Reserve() const { return path + ZETReserveSuffix; }
     std::string Record() const { return path + ZETAbsenceSuffix; }
-    bool IsLeft() const { return !trouble.empty() || IsFileExist(Reserve()) || IsFileExist(Record()); }
+    bool IsLeft() const { return trouble.has_value() || IsFileExist(Reserve()) || IsFileExist(Record()); }
 
     FileInPlace PlaceIn(const Paths& paths) const {
         return FileInPlace(named.empty() ? paths.FindReal(path) : paths.Find(named, trusted), path);

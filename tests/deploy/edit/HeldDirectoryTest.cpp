@@ -220,7 +220,8 @@ TEST_F(HeldDirectory, ReserveThatTheHeldFileHadIsNotTakenBack) {
         Replacement replacement(*m_product, place, version);
         replacement.KeepOriginal();
         EXPECT_EQ(MessageOf([&] {
-                      replacement.Make(0644, Save, [](const std::string&) { throw Failure("refused"); });
+                      replacement.Make(0644, Save,
+                                       [](const std::string&) { throw Failure({.text = "refused"}); });
                   }),
                   "refused");
     }

@@ -1,9 +1,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <string>
 
@@ -26,8 +30,10 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::Pair;
 using testing::SizeIs;
+using testing::StartsWith;
 using Result = FileOutcome::Result;
 
 void Write(const std::string& path, const std::string& text) {
@@ -191,8 +197,98 @@ TEST_F(FaceTest, DamagedMarkersAreToldWithARepair) {
     EXPECT_THROW(SetParam(product, At("file"), "a", "2"), Failure);
 }
 
+/// The failure that the call ends with.
+Failure FailureIn(const std::function<void()>& call) {
+    try {
+        call();
+    } catch (const Failure& failure) {
+        return failure;
+    }
+    ADD_FAILURE() << "nothing failed";
+    return Failure({.text = "nothing failed"});
+}
+
+TEST_F(FaceTest, FailureOfTheSystemTellsFileReasonAndRemedyApart) {
+    Product product(At("zet.conf"), m_options);
+    const Failure failure = FailureIn([&] { SetParam(product, At("missing"), "a", "1"); });
+    EXPECT_EQ(failure.Facts().file, At("missing"));
+    EXPECT_EQ(failure.Facts().text, "does not exist");
+    EXPECT_EQ(failure.Facts().remedy, "create it, or correct the path");
+    EXPECT_EQ(failure.ErrorNumber(), ENOENT);
+    EXPECT_EQ(failure.what(), At("missing") + ": does not exist (create it, or correct the path)");
+}
+
+TEST_F(FaceTest, FailureInsideAFileTellsTheLine) {
+    Write(At("file"), "# ---ZET_BEGIN---\na=1\n# ----ZET_END----\n# ----ZET_END----\n");
+    Product product(At("zet.conf"), m_options);
+    const Failure failure = FailureIn([&] { SetParam(product, At("file"), "a", "2"); });
+    EXPECT_EQ(failure.Facts().file, At("file"));
+    EXPECT_EQ(failure.Facts().line, 4);
+    EXPECT_THAT(failure.Facts().remedy, HasSubstr(" doctor "));
+    EXPECT_EQ(failure.ErrorNumber(), 0);
+}
+
+/// No file gets larger, for as long as the object lives.
+class LimitedFiles {
+  public:
+    explicit LimitedFiles(rlim_t size) : m_formerHandler(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &m_former);
+        const struct rlimit limit = {size, m_former.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~LimitedFiles() {
+        setrlimit(RLIMIT_FSIZE, &m_former);
+        std::signal(SIGXFSZ, m_formerHandler);
+    }
+    LimitedFiles(const LimitedFiles&) = delete;
+    LimitedFiles& operator=(const LimitedFiles&) = delete;
+
+  private:
+    struct rlimit m_former = {};
+    void (*m_formerHandler)(int);
+};
+
+TEST_F(FaceTest, FailureOfTheCoreTellsTheFileByTheNameOfItsReader) {
+    Product product(At("zet.conf"), m_options);
+    Write(At("file"), std::string(10'000, 'x'));
+    const LimitedFiles limit(5'000);
+    const Failure failure = FailureIn([&] { ReserveFile(product, At("file")); });
+    EXPECT_EQ(failure.Facts().file, At("file.before_zet"));
+    EXPECT_EQ(failure.Facts().text,
+              "Failed to copy file '" + At("file") + "' to '" + At("file.before_zet") + "': File too large");
+    EXPECT_EQ(failure.Facts().remedy, "allow larger files, then run the command again");
+    EXPECT_EQ(failure.ErrorNumber(), EFBIG);
+}
+
+TEST_F(FaceTest, ModuleThatIsMissingIsAFailureWithItsNumber) {
+    m_options.moduleFile = At("none.so");
+    const Failure failure = FailureIn([&] { const Product product(At("zet.conf"), m_options); });
+    EXPECT_EQ(failure.Facts().file, At("none.so"));
+    EXPECT_EQ(failure.Facts().remedy, "install the product again, or name its module with --module");
+    EXPECT_EQ(failure.ErrorNumber(), ENOENT);
+}
+
+TEST_F(FaceTest, OptionThatWouldBreakTheMainFileKeepsWhatIsWrong) {
+    Product product(At("zet.conf"), m_options);
+    const Failure failure = FailureIn([&] { SetOption(product, "ZET_SYNC", "perhaps"); });
+    EXPECT_THAT(failure.what(), StartsWith("the option would break the configuration file: "));
+    EXPECT_NE(failure.Facts().remedy, "");
+    EXPECT_THAT(failure.Facts().text, Not(HasSubstr(failure.Facts().remedy)));
+}
+
 TEST_F(FaceTest, MainFileThatIsMissingIsAnError) {
-    EXPECT_THROW(Product(At("missing.conf"), m_options), std::exception);
+    const Failure failure = FailureIn([&] { const Product product(At("missing.conf"), m_options); });
+    EXPECT_EQ(failure.Facts().file, At("missing.conf"));
+    EXPECT_EQ(failure.Facts().remedy, "name a configuration file that exists and is readable");
+    EXPECT_EQ(failure.ErrorNumber(), ENOENT);
+}
+
+TEST_F(FaceTest, MainFileThatIsBrokenIsAnErrorWithTheLine) {
+    Write(At("zet.conf"), "A=1\nbroken\n");
+    const Failure failure = FailureIn([&] { const Product product(At("zet.conf"), m_options); });
+    EXPECT_EQ(failure.Facts().file, At("zet.conf"));
+    EXPECT_EQ(failure.Facts().line, 2);
+    EXPECT_EQ(failure.Facts().text, "no \"=\" in the line");
 }
 
 }  // namespace

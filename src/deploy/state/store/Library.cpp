@@ -19,8 +19,9 @@ void* Library::Symbol(const char* name) const {
 
 void Library::Fail(const std::string& what) const {
     const char* const error = dlerror();
-    throw Failure(std::string(m_file) + ": " + what + ": " + (error != nullptr ? error : "unknown reason") +
-                  " (install the package " + m_package + ", or set ZET_HISTORY=no)");
+    throw Failure({.file = m_file,
+                   .text = what + ": " + (error != nullptr ? error : "unknown reason"),
+                   .remedy = std::string("install the package ") + m_package + ", or set ZET_HISTORY=no"});
 }
 
 }  // namespace ZET::Deploy

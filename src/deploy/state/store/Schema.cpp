@@ -58,11 +58,11 @@ std::int64_t VersionOfStore(Database& database, const std::string& file) {
     const bool isEmpty = NumberOf(database, "SELECT count(*) FROM sqlite_schema") == 0;
     if (isEmpty && application == 0 && version == 0) return 0;
     if (application != kApplication)
-        throw Damage(file + ": is a database, but not the history (move it away)");
+        throw Damage({.file = file, .text = "is a database, but not the history", .remedy = "move it away"});
     if (version > kSchemaVersion) {
-        throw Failure(file +
-                      ": was written by a newer version of the product (use that one, or set "
-                      "ZET_HISTORY=no)");
+        throw Failure({.file = file,
+                       .text = "was written by a newer version of the product",
+                       .remedy = "use that one, or set ZET_HISTORY=no"});
     }
     return version;
 }

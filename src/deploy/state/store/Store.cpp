@@ -14,8 +14,9 @@ namespace ZET::Deploy {
 namespace {
 
 [[noreturn]] void FailOfDamage(const std::string& file, const std::string& what) {
-    throw Damage(file + ": the history is damaged: " + what +
-                 " (move it away: what was there before the product is kept beside the files)");
+    throw Damage({.file = file,
+                  .text = "the history is damaged: " + what,
+                  .remedy = "move it away: what was there before the product is kept beside the files"});
 }
 
 /// By the clock that the times of files are taken from, which is a little behind.
@@ -44,7 +45,9 @@ auto Store::Guarded(Call call) {
         const char* const remedy = error.IsFull()       ? "make room, or set ZET_HISTORY=no"
                                    : error.IsReadOnly() ? "let it be written, or set ZET_HISTORY=no"
                                                         : "see to its file system, or set ZET_HISTORY=no";
-        throw Failure(m_file + ": the history cannot be used: " + error.what() + " (" + remedy + ")");
+        throw Failure({.file = m_file,
+                       .text = std::string("the history cannot be used: ") + error.what(),
+                       .remedy = remedy});
     } catch (const DamagedRow& damage) {
         FailOfDamage(m_file, damage.what());
     }

@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
@@ -27,19 +26,20 @@ off_t SizeOfOwn(const std::string& name) {
     struct stat status = {};
     if (lstat(name.c_str(), &status) != 0) {
         if (errno == ENOENT) return -1;
-        throw Failure(name + ": cannot be looked at: " + std::strerror(errno) + RemedyFor(errno));
+        throw SystemFailure({.file = name, .text = "cannot be looked at"}, errno);
     }
     if (S_ISREG(status.st_mode) && status.st_nlink == 1 && IsRightOwner(status.st_uid, name))
         return status.st_size;
-    throw Damage(name + ": is no regular file of one name that belongs to this user (move it away)");
+    throw Damage({.file = name,
+                  .text = "is no regular file of one name that belongs to this user",
+                  .remedy = "move it away"});
 }
 
 /// Before the library makes it, with rights for everybody: its other files get the rights of this one.
 void MakeFile(const std::string& file) {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
     const Descriptor made(open(file.c_str(), kFlags, S_IRUSR | S_IWUSR));
-    if (made < 0 && errno != EEXIST)
-        throw Failure(file + ": cannot be created: " + std::strerror(errno) + RemedyFor(errno));
+    if (made < 0 && errno != EEXIST) throw SystemFailure({.file = file, .text = "cannot be created"}, errno);
 }
 
 /// In a journal of this kind an entry costs two syncs, and a reader never waits for a writer. A file system
@@ -74,7 +74,8 @@ std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, bool isSync
 }
 
 std::unique_ptr<Database> OpenStoreToLook(const std::string& file) {
-    if (!HasStore(file)) throw Failure(file + ": is not there (nothing was recorded yet)");
+    if (!HasStore(file))
+        throw Failure({.file = file, .text = "is not there", .remedy = "nothing was recorded yet"});
     try {
         auto database = std::make_unique<Database>(file, Database::Access::Look);
         VersionOfStore(*database, file);
