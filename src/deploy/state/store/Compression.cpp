@@ -1,0 +1,91 @@
+#include "deploy/state/store/Compression.h"
+
+#include <zstd.h>
+
+#include <memory>
+#include <new>
+#include <stdexcept>
+
+#include "deploy/state/store/Library.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr int kLevel = 1;
+
+struct Zstd {
+    decltype(ZSTD_createCCtx)* createContext;
+    decltype(ZSTD_freeCCtx)* freeContext;
+    decltype(ZSTD_CCtx_setParameter)* setParameter;
+    decltype(ZSTD_compress2)* compress;
+    decltype(ZSTD_compressBound)* bound;
+    decltype(ZSTD_decompress)* decompress;
+    decltype(ZSTD_isError)* isError;
+    decltype(ZSTD_getErrorName)* errorName;
+
+    Zstd() {
+        const Library library("libzstd.so.1", "libzstd1");
+        library.Find(createContext, "ZSTD_createCCtx");
+        library.Find(freeContext, "ZSTD_freeCCtx");
+        library.Find(setParameter, "ZSTD_CCtx_setParameter");
+        library.Find(compress, "ZSTD_compress2");
+        library.Find(bound, "ZSTD_compressBound");
+        library.Find(decompress, "ZSTD_decompress");
+        library.Find(isError, "ZSTD_isError");
+        library.Find(errorName, "ZSTD_getErrorName");
+    }
+};
+
+const Zstd& TheZstd() {
+    static const Zstd zstd;
+    return zstd;
+}
+
+/// Its memory is used again by the next text.
+class Context {
+  public:
+    Context() : m_context(TheZstd().createContext(), TheZstd().freeContext) {
+        if (!m_context) throw std::bad_alloc();
+        Require(TheZstd().setParameter(m_context.get(), ZSTD_c_compressionLevel, kLevel));
+        Require(TheZstd().setParameter(m_context.get(), ZSTD_c_checksumFlag, 1));
+    }
+
+    std::size_t Compress(std::string& room, std::string_view text) {
+        return Require(
+            TheZstd().compress(m_context.get(), room.data(), room.size(), text.data(), text.size()));
+    }
+
+  private:
+    static std::size_t Require(std::size_t result) {
+        if (TheZstd().isError(result) != 0) Fail(result);
+        return result;
+    }
+
+    /// The room is large enough, and the parameters are known: only memory can be short.
+    [[noreturn]] static void Fail(std::size_t result) {
+        if (std::string_view(TheZstd().errorName(result)).find("memory") != std::string_view::npos)
+            throw std::bad_alloc();
+        throw std::logic_error(std::string("a text could not be compressed: ") + TheZstd().errorName(result));
+    }
+
+    std::unique_ptr<ZSTD_CCtx, decltype(ZSTD_freeCCtx)*> m_context;
+};
+
+}  // namespace
+
+std::string Compressed(std::string_view text) {
+    static thread_local Context context;
+    std::string frame(TheZstd().bound(text.size()), '\0');
+    frame.resize(context.Compress(frame, text));
+    return frame;
+}
+
+std::optional<std::string> Expanded(std::string_view frame, std::size_t size) {
+    std::string text(size, '\0');
+    const std::size_t length = TheZstd().decompress(text.data(), text.size(), frame.data(), frame.size());
+    if (TheZstd().isError(length) != 0 || length != size) return std::nullopt;
+    return text;
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,198 @@
+#include "deploy/state/store/Database.h"
+
+#include <cstring>
+#include <new>
+
+#include "deploy/state/store/Sqlite.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// Another command may look, or record, at the same time.
+constexpr int kPatienceMs = 5000;
+
+[[noreturn]] void Fail(sqlite3* database, int code) {
+    if ((code & 0xff) == SQLITE_NOMEM) throw std::bad_alloc();
+    const Sqlite& sqlite = TheSqlite();
+    std::string message = database != nullptr ? sqlite.message(database) : sqlite.describe(code);
+    const int error = database != nullptr ? sqlite.systemError(database) : 0;
+    if (error != 0) message += std::string(": ") + std::strerror(error);
+    throw DatabaseError(message, code);
+}
+
+/// A path with every byte of it, as a URI has it.
+std::string UriOf(const std::string& file) {
+    static constexpr char kDigits[] = "0123456789abcdef";
+    std::string uri = "file:";
+    for (const char c : file) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool isPlain = c == '/' || c == '.' || c == '-' || c == '_' || (c >= '0' && c <= '9') ||
+                             (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+        if (isPlain)
+            uri += c;
+        else
+            (uri += '%').append({kDigits[byte >> 4], kDigits[byte & 15]});
+    }
+    return uri;
+}
+
+std::string NameOf(const std::string& file, Database::Access access) {
+    return UriOf(file) + (access == Database::Access::LookAtCopy ? "?immutable=1" : "");
+}
+
+}  // namespace
+
+Value OptionalValue(const std::optional<std::int64_t>& number) {
+    return number ? Value(*number) : Value();
+}
+
+bool DatabaseError::IsDamage() const {
+    const int kind = m_code & 0xff;
+    return kind == SQLITE_CORRUPT || kind == SQLITE_NOTADB || kind == SQLITE_FORMAT;
+}
+
+bool DatabaseError::IsReadOnly() const {
+    const int kind = m_code & 0xff;
+    return kind == SQLITE_READONLY || kind == SQLITE_CANTOPEN || kind == SQLITE_PERM;
+}
+
+bool DatabaseError::IsFull() const {
+    return (m_code & 0xff) == SQLITE_FULL;
+}
+
+void Database::Closer::operator()(sqlite3* database) const {
+    TheSqlite().close(database);
+}
+
+void Database::Finalizer::operator()(sqlite3_stmt* statement) const {
+    TheSqlite().finalize(statement);
+}
+
+Database::Database(const std::string& file, Access access) {
+    const Sqlite& sqlite = TheSqlite();
+    sqlite3* database = nullptr;
+    const int flags = access == Access::Write ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY;
+    const int result = sqlite.open(NameOf(file, access).c_str(), &database,
+                                   flags | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr);
+    m_database.reset(database);
+    Require(result);
+    sqlite.wantExtendedCodes(database, 1);
+    sqlite.setPatience(database, kPatienceMs);
+    Require(sqlite.configure(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr));
+    Require(sqlite.configure(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr));
+    // A close that checkpoints costs two syncs; the journal is kept, and emptied when it has grown.
+    Require(sqlite.configure(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr));
+    int keepsJournal = 1;
+    sqlite.control(database, "main", SQLITE_FCNTL_PERSIST_WAL, &keepsJournal);
+}
+
+Database::~Database() = default;
+
+int Database::Require(int result) {
+    if (result != SQLITE_OK && result != SQLITE_ROW && result != SQLITE_DONE) Fail(m_database.get(), result);
+    return result;
+}
+
+sqlite3_stmt* Database::Prepared(const char* statement) {
+    auto& prepared = m_statements[statement];
+    if (!prepared) {
+        sqlite3_stmt* made = nullptr;
+        Require(
+            TheSqlite().prepare(m_database.get(), statement, -1, SQLITE_PREPARE_PERSISTENT, &made, nullptr));
+        prepared.reset(made);
+    }
+    return prepared.get();
+}
+
+/// The values must live until the statement is done with.
+void Database::Bind(sqlite3_stmt* statement, const Values& values) {
+    const Sqlite& sqlite = TheSqlite();
+    int index = 0;
+    for (const Value& value : values) {
+        ++index;
+        if (const auto* number = std::get_if<std::int64_t>(&value))
+            Require(sqlite.bindNumber(statement, index, *number));
+        else if (const auto* text = std::get_if<std::string>(&value))
+            Require(
+                sqlite.bindText(statement, index, text->data(), text->size(), SQLITE_TRANSIENT, SQLITE_UTF8));
+        else if (const auto* blob = std::get_if<Blob>(&value))
+            Require(
+                sqlite.bindBlob(statement, index, blob->bytes.data(), blob->bytes.size(), SQLITE_TRANSIENT));
+        else
+            Require(sqlite.bindNothing(statement, index));
+    }
+}
+
+Value Database::Run(const char* statement, const Values& values) {
+    Rows rows(*this, statement, values);
+    return rows.Next() ? rows.At(0) : Value();
+}
+
+std::int64_t Database::LastRow() const {
+    return TheSqlite().lastRow(m_database.get());
+}
+
+Database::Transaction::Transaction(Database& database) : m_database(database) {
+    m_database.Run("BEGIN IMMEDIATE");
+}
+
+Database::Transaction::~Transaction() {
+    // Some errors end it by themselves.
+    if (!m_isOpen || TheSqlite().isOutside(m_database.m_database.get()) != 0) return;
+    try {
+        m_database.Run("ROLLBACK");
+    } catch (const std::exception&) {
+        // What made it end is on its way to the reader, and the next one to open the database rolls back.
+    }
+}
+
+void Database::Transaction::Commit() {
+    m_database.Run("COMMIT");
+    m_isOpen = false;
+}
+
+Database::Rows::Rows(Database& database, const char* statement, const Values& values)
+    : m_database(database), m_statement(database.Prepared(statement)) {
+    database.Bind(m_statement, values);
+}
+
+Database::Rows::~Rows() {
+    TheSqlite().reset(m_statement);
+    TheSqlite().clear(m_statement);
+}
+
+bool Database::Rows::Next() {
+    return m_database.Require(TheSqlite().step(m_statement)) == SQLITE_ROW;
+}
+
+Value Database::Rows::At(int column) const {
+    switch (TheSqlite().type(m_statement, column)) {
+        case SQLITE_NULL:
+            return {};
+        case SQLITE_INTEGER:
+            return TheSqlite().number(m_statement, column);
+        case SQLITE_TEXT:
+            return Text(column);
+        default:
+            return Blob{Text(column)};
+    }
+}
+
+std::int64_t Database::Rows::Number(int column) const {
+    return TheSqlite().number(m_statement, column);
+}
+
+std::string Database::Rows::Text(int column) const {
+    const void* const bytes = TheSqlite().bytes(m_statement, column);
+    const int size = TheSqlite().size(m_statement, column);
+    return bytes == nullptr ? ""
+                            : std::string(static_cast<const char*>(bytes), static_cast<std::size_t>(size));
+}
+
+std::optional<std::int64_t> Database::Rows::OptionalNumber(int column) const {
+    if (TheSqlite().type(m_statement, column) == SQLITE_NULL) return std::nullopt;
+    return Number(column);
+}
+
+}  // namespace ZET::Deploy

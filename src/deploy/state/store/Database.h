@@ -1,0 +1,118 @@
+#ifndef ZET_STORE_DATABASE_H
+#define ZET_STORE_DATABASE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace ZET::Deploy {
+
+struct Blob {
+    std::string bytes;
+    bool operator==(const Blob&) const = default;
+};
+
+/// What a row has in a column; the first stands for nothing.
+using Value = std::variant<std::monostate, std::int64_t, std::string, Blob>;
+using Values = std::vector<Value>;
+
+Value OptionalValue(const std::optional<std::int64_t>& number);
+
+/// What the library says of a call that failed.
+class DatabaseError : public std::runtime_error {
+  public:
+    DatabaseError(const std::string& message, int code) : std::runtime_error(message), m_code(code) {}
+
+    /// The file is no database, or a damaged one.
+    bool IsDamage() const;
+    bool IsReadOnly() const;
+    bool IsFull() const;
+
+  private:
+    int m_code;
+};
+
+/// An open SQLite database. What fails throws `DatabaseError`, and `std::bad_alloc` where memory is short.
+class Database {
+  public:
+    enum class Access {
+        Write,
+        Look,
+        LookAtCopy  ///< of a file that nobody writes meanwhile, on a file system that is read-only
+    };
+
+    Database(const std::string& file, Access access);
+    ~Database();
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    /// One statement that gives no rows, or the first value of the first row that it gives.
+    Value Run(const char* statement, const Values& values = {});
+
+    /// The number of the row that was inserted last.
+    std::int64_t LastRow() const;
+
+    /// What is changed while it lives is changed when it is committed, or not at all.
+    class Transaction {
+      public:
+        explicit Transaction(Database& database);
+        ~Transaction();
+        Transaction(const Transaction&) = delete;
+        Transaction& operator=(const Transaction&) = delete;
+        void Commit();
+
+      private:
+        Database& m_database;
+        bool m_isOpen = true;
+    };
+
+    /// The rows of a statement. No other rows of the same statement may be read meanwhile.
+    class Rows {
+      public:
+        Rows(Database& database, const char* statement, const Values& values = {});
+        ~Rows();
+        Rows(const Rows&) = delete;
+        Rows& operator=(const Rows&) = delete;
+
+        /// To the next row; false behind the last one.
+        bool Next();
+
+        Value At(int column) const;
+        std::int64_t Number(int column) const;
+        std::string Text(int column) const;
+        std::optional<std::int64_t> OptionalNumber(int column) const;
+
+      private:
+        Database& m_database;
+        sqlite3_stmt* m_statement;
+    };
+
+  private:
+    struct Closer {
+        void operator()(sqlite3* database) const;
+    };
+    struct Finalizer {
+        void operator()(sqlite3_stmt* statement) const;
+    };
+
+    sqlite3_stmt* Prepared(const char* statement);
+    void Bind(sqlite3_stmt* statement, const Values& values);
+    int Require(int result);
+
+    std::unique_ptr<sqlite3, Closer> m_database;
+    std::map<std::string_view, std::unique_ptr<sqlite3_stmt, Finalizer>> m_statements;
+};
+
+}  // namespace ZET::Deploy
+
+#endif

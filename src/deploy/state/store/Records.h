@@ -1,0 +1,93 @@
+#ifndef ZET_STORE_RECORDS_H
+#define ZET_STORE_RECORDS_H
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ZET::Deploy {
+
+/// A text that the store keeps; equal texts are kept once.
+struct TextNumber {
+    std::int64_t value = 0;
+    bool operator==(const TextNumber&) const = default;
+};
+
+/// A file at an instant, and what the product knew of it then.
+struct RecordedState {
+    bool exists = false;
+    mode_t mode = 0;  ///< permissions, and the bits beside them
+    uid_t owner = 0;
+    gid_t group = 0;
+    std::map<std::string, std::string> attributes;  ///< the ACL, the label and what else the file carries
+    std::uint64_t size = 0;
+    std::string digest;              ///< of the text
+    std::optional<TextNumber> text;  ///< none: it is not kept
+
+    std::vector<std::string> roles;  ///< those that have committed it
+    std::string namedRole;           ///< the one whose command its notice names
+    std::string templateName;        ///< of a target
+    std::optional<TextNumber> base;  ///< what it was made from, where it got another text
+};
+
+/// What the product has to do with a file.
+enum class FileKind { Target, Edit, Template, Option, Companion, Status };
+
+/// What an entry did to a file.
+struct RecordedFile {
+    std::string path;  ///< of the real file, as the host itself knows it
+    FileKind kind = FileKind::Edit;
+    RecordedState before;
+    RecordedState after;
+    bool wasEdited = false;  ///< what stood there before was somebody else's work
+
+    /// Whether it was known what the file was going to be, as it is before it is written.
+    bool IsPlanned() const { return !after.exists || !after.digest.empty(); }
+};
+
+/// What is to be recorded of a file: the texts come along.
+struct FileToRecord {
+    RecordedFile file;
+    std::string textBefore;
+    std::string textAfter;
+    std::optional<std::string> base;  ///< for `after`
+    bool isPlanned = true;            ///< false: `after` is not known yet
+};
+
+/// How the files of an entry turned out.
+struct Settlement {
+    std::vector<FileToRecord> changed;   ///< those that are otherwise than was planned
+    std::vector<std::string> untouched;  ///< those that are as they were before
+};
+
+enum class EntryOutcome { Open, Done, Failed, CutShort };
+
+/// One command that wrote.
+struct RecordedEntry {
+    std::int64_t number = 0;
+    std::int64_t begun = 0;  ///< nanoseconds since 1970
+    std::int64_t ended = 0;
+    EntryOutcome outcome = EntryOutcome::Open;
+    uid_t user = 0;
+    std::optional<uid_t> loginUser;  ///< who logged in, whatever user he became since
+    std::string sudoUser;            ///< who asked sudo for the right; empty: nobody
+    std::string role;
+    std::vector<std::string> words;  ///< of the command
+    std::string message;             ///< the user's own; empty: none
+};
+
+/// What the product knows of a file.
+struct KnownFile {
+    std::string path;
+    FileKind kind = FileKind::Edit;
+    RecordedState state;     ///< as it left it
+    std::int64_t entry = 0;  ///< the last one that wrote it
+};
+
+}  // namespace ZET::Deploy
+
+#endif

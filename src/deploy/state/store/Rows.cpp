@@ -1,0 +1,258 @@
+#include "deploy/state/store/Rows.h"
+
+#include <utility>
+
+#include "deploy/state/store/Digest.h"
+#include "deploy/state/store/Packing.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// The bytes of a row that its seal is made of.
+std::string BytesOf(const Values& row) {
+    std::vector<std::string> texts;
+    texts.reserve(row.size());
+    for (const Value& value : row) {
+        if (const auto* number = std::get_if<std::int64_t>(&value))
+            texts.push_back("i" + std::to_string(*number));
+        else if (const auto* text = std::get_if<std::string>(&value))
+            texts.push_back("t" + *text);
+        else if (const auto* blob = std::get_if<Blob>(&value))
+            texts.push_back("b" + blob->bytes);
+        else
+            texts.emplace_back();
+    }
+    return Packed(texts);
+}
+
+Values Sealed(Values row) {
+    row.emplace_back(SealOf(BytesOf(row)));
+    return row;
+}
+
+/// The row at which `rows` stands; its seal is the last column.
+Values Opened(const Database::Rows& rows, int columns) {
+    Values row;
+    for (int column = 0; column < columns; ++column)
+        row.push_back(rows.At(column));
+    if (rows.At(columns) != Value(SealOf(BytesOf(row)))) throw DamagedRow();
+    return row;
+}
+
+/// Hands out the values of a row one after the other.
+class RowReader {
+  public:
+    explicit RowReader(Values row) : m_row(std::move(row)) {}
+
+    std::int64_t Number() { return std::get<std::int64_t>(m_row.at(m_next++)); }
+    std::string Text() { return std::get<std::string>(std::move(m_row.at(m_next++))); }
+    std::string Bytes() { return std::get<Blob>(std::move(m_row.at(m_next++))).bytes; }
+
+    std::optional<std::int64_t> OptionalNumber() {
+        const auto* const number = std::get_if<std::int64_t>(&m_row.at(m_next++));
+        return number != nullptr ? std::optional(*number) : std::nullopt;
+    }
+
+    std::optional<TextNumber> OptionalText() {
+        const auto number = OptionalNumber();
+        return number ? std::optional(TextNumber{*number}) : std::nullopt;
+    }
+
+    std::vector<std::string> Texts() {
+        auto texts = Unpacked(Bytes());
+        if (!texts) throw DamagedRow();
+        return std::move(*texts);
+    }
+
+  private:
+    Values m_row;
+    std::size_t m_next = 0;
+};
+
+Value NumberOf(const std::optional<TextNumber>& text) {
+    return text ? Value(text->value) : Value();
+}
+
+Blob PackedPairs(const std::map<std::string, std::string>& pairs) {
+    std::vector<std::string> texts;
+    for (const auto& [name, value] : pairs) {
+        texts.push_back(name);
+        texts.push_back(value);
+    }
+    return {Packed(texts)};
+}
+
+std::map<std::string, std::string> Pairs(const std::vector<std::string>& texts) {
+    std::map<std::string, std::string> pairs;
+    for (std::size_t i = 0; i + 1 < texts.size(); i += 2)
+        pairs.emplace(texts[i], texts[i + 1]);
+    return pairs;
+}
+
+RecordedEntry EntryOf(const Database::Rows& rows) {
+    RowReader row(Opened(rows, 9));
+    RecordedEntry entry;
+    entry.begun = row.Number();
+    entry.ended = row.Number();
+    entry.outcome = static_cast<EntryOutcome>(row.Number());
+    entry.user = static_cast<uid_t>(row.Number());
+    if (const auto user = row.OptionalNumber()) entry.loginUser = static_cast<uid_t>(*user);
+    entry.sudoUser = row.Text();
+    entry.role = row.Text();
+    entry.words = row.Texts();
+    entry.message = row.Text();
+    return entry;
+}
+
+Values RowOf(const RecordedEntry& entry) {
+    return Sealed({entry.begun, entry.ended, static_cast<std::int64_t>(entry.outcome),
+                   static_cast<std::int64_t>(entry.user),
+                   entry.loginUser ? Value(static_cast<std::int64_t>(*entry.loginUser)) : Value(),
+                   entry.sudoUser, entry.role, Blob{Packed(entry.words)}, entry.message});
+}
+
+Values RowOf(const RecordedState& state) {
+    return Sealed({std::int64_t{state.exists}, std::int64_t{state.mode}, std::int64_t{state.owner},
+                   std::int64_t{state.group}, PackedPairs(state.attributes),
+                   static_cast<std::int64_t>(state.size), Blob{state.digest}, NumberOf(state.text),
+                   Blob{Packed(state.roles)}, state.namedRole, state.templateName, NumberOf(state.base)});
+}
+
+KnownFile KnownOf(Database& database, const Database::Rows& rows) {
+    RowReader row(Opened(rows, 4));
+    KnownFile file;
+    file.path = row.Text();
+    file.kind = static_cast<FileKind>(row.Number());
+    file.state = StateAt(database, row.Number());
+    file.entry = row.Number();
+    return file;
+}
+
+}  // namespace
+
+std::int64_t InsertState(Database& database, const RecordedState& state) {
+    database.Run(
+        "INSERT INTO states(present, mode, owner, grp, attributes, size, digest, text, roles, named_role, "
+        "template,"
+        " base, seal) VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?)",
+        RowOf(state));
+    return database.LastRow();
+}
+
+void ReplaceState(Database& database, std::int64_t id, const RecordedState& state) {
+    Values row = RowOf(state);
+    row.emplace_back(id);
+    database.Run(
+        "UPDATE states SET present=?, mode=?, owner=?, grp=?, attributes=?, size=?, digest=?, text=?, "
+        "roles=?,"
+        " named_role=?, template=?, base=?, seal=? WHERE id = ?",
+        row);
+}
+
+RecordedState StateAt(Database& database, std::int64_t id) {
+    Database::Rows rows(database,
+                        "SELECT present, mode, owner, grp, attributes, size, digest, text, roles, named_role,"
+                        " template, base, seal FROM states WHERE id = ?",
+                        {id});
+    if (!rows.Next()) throw DamagedRow();
+    RowReader row(Opened(rows, 12));
+    RecordedState state;
+    state.exists = row.Number() != 0;
+    state.mode = static_cast<mode_t>(row.Number());
+    state.owner = static_cast<uid_t>(row.Number());
+    state.group = static_cast<gid_t>(row.Number());
+    state.attributes = Pairs(row.Texts());
+    state.size = static_cast<std::uint64_t>(row.Number());
+    state.digest = row.Bytes();
+    state.text = row.OptionalText();
+    state.roles = row.Texts();
+    state.namedRole = row.Text();
+    state.templateName = row.Text();
+    state.base = row.OptionalText();
+    return state;
+}
+
+void DeleteState(Database& database, std::int64_t id) {
+    database.Run("DELETE FROM states WHERE id = ?", {id});
+}
+
+std::int64_t InsertEntry(Database& database, const RecordedEntry& entry) {
+    database.Run(
+        "INSERT INTO entries(begun, ended, outcome, user, login_user, sudo_user, role, words, message, seal)"
+        " VALUES(?,?,?,?,?,?,?,?,?,?)",
+        RowOf(entry));
+    return database.LastRow();
+}
+
+void ReplaceEntry(Database& database, const RecordedEntry& entry) {
+    Values row = RowOf(entry);
+    row.emplace_back(entry.number);
+    database.Run(
+        "UPDATE entries SET begun=?, ended=?, outcome=?, user=?, login_user=?, sudo_user=?, role=?, words=?,"
+        " message=?, seal=? WHERE number = ?",
+        row);
+}
+
+std::optional<RecordedEntry> EntryAt(Database& database, std::int64_t number) {
+    Database::Rows rows(
+        database,
+        "SELECT begun, ended, outcome, user, login_user, sudo_user, role, words, message, seal"
+        " FROM entries WHERE number = ?",
+        {number});
+    if (!rows.Next()) return std::nullopt;
+    RecordedEntry entry = EntryOf(rows);
+    entry.number = number;
+    return entry;
+}
+
+void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file) {
+    const std::int64_t before = InsertState(database, file.before);
+    const std::int64_t after = InsertState(database, file.after);
+    database.Run(
+        "INSERT INTO files(entry, path, kind, before, after, was_edited, seal) VALUES(?,?,?,?,?,?,?)",
+        Sealed({entry, file.path, static_cast<std::int64_t>(file.kind), before, after,
+                std::int64_t{file.wasEdited}}));
+}
+
+std::vector<RecordedFile> FilesAt(Database& database, std::int64_t entry) {
+    std::vector<RecordedFile> files;
+    Database::Rows rows(
+        database,
+        "SELECT entry, path, kind, before, after, was_edited, seal FROM files WHERE entry = ? ORDER BY id",
+        {entry});
+    while (rows.Next()) {
+        RowReader row(Opened(rows, 6));
+        row.Number();
+        RecordedFile file;
+        file.path = row.Text();
+        file.kind = static_cast<FileKind>(row.Number());
+        file.before = StateAt(database, row.Number());
+        file.after = StateAt(database, row.Number());
+        file.wasEdited = row.Number() != 0;
+        files.push_back(std::move(file));
+    }
+    return files;
+}
+
+void ReplaceKnown(Database& database, const KnownFile& file) {
+    const std::int64_t state = InsertState(database, file.state);
+    database.Run("INSERT OR REPLACE INTO known(path, kind, state, entry, seal) VALUES(?,?,?,?,?)",
+                 Sealed({file.path, static_cast<std::int64_t>(file.kind), state, file.entry}));
+}
+
+std::optional<KnownFile> KnownAt(Database& database, const std::string& path) {
+    Database::Rows rows(database, "SELECT path, kind, state, entry, seal FROM known WHERE path = ?", {path});
+    if (!rows.Next()) return std::nullopt;
+    return KnownOf(database, rows);
+}
+
+std::vector<KnownFile> AllKnown(Database& database) {
+    std::vector<KnownFile> files;
+    Database::Rows rows(database, "SELECT path, kind, state, entry, seal FROM known ORDER BY path");
+    while (rows.Next())
+        files.push_back(KnownOf(database, rows));
+    return files;
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,36 @@
+#ifndef ZET_STORE_ROWS_H
+#define ZET_STORE_ROWS_H
+
+#include <optional>
+#include <string>
+
+#include "deploy/state/store/Database.h"
+#include "deploy/state/store/Records.h"
+
+/// How records stand in the rows of the store. A row that is not as it was written is a `DamagedRow`.
+namespace ZET::Deploy {
+
+class DamagedRow : public std::runtime_error {
+  public:
+    DamagedRow() : std::runtime_error("a row is not as it was written") {}
+};
+
+std::int64_t InsertState(Database& database, const RecordedState& state);
+void ReplaceState(Database& database, std::int64_t id, const RecordedState& state);
+RecordedState StateAt(Database& database, std::int64_t id);
+void DeleteState(Database& database, std::int64_t id);
+
+std::int64_t InsertEntry(Database& database, const RecordedEntry& entry);
+void ReplaceEntry(Database& database, const RecordedEntry& entry);
+std::optional<RecordedEntry> EntryAt(Database& database, std::int64_t number);
+
+void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file);
+std::vector<RecordedFile> FilesAt(Database& database, std::int64_t entry);
+
+void ReplaceKnown(Database& database, const KnownFile& file);
+std::optional<KnownFile> KnownAt(Database& database, const std::string& path);
+std::vector<KnownFile> AllKnown(Database& database);
+
+}  // namespace ZET::Deploy
+
+#endif

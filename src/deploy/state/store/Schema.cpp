@@ -1,0 +1,77 @@
+#include "deploy/state/store/Schema.h"
+
+#include "deploy/host/Failure.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// "ZETS", by which a store is told from any other database.
+constexpr std::int64_t kApplication = 0x5a455453;
+
+/// Texts are shared by the states; each state belongs to one row of `files` or `known`. Each seal is a
+/// digest of its row, since a database tells a damaged page, but not a changed value. Numbers of entries are
+/// never used again.
+constexpr const char* kTablesOfVersion1[] = {
+    "CREATE TABLE texts(id INTEGER PRIMARY KEY, digest BLOB NOT NULL, size INTEGER NOT NULL,"
+    " frame BLOB NOT NULL)",
+    "CREATE INDEX texts_by_digest ON texts(digest)",
+    "CREATE TABLE states(id INTEGER PRIMARY KEY, present INTEGER NOT NULL, mode INTEGER NOT NULL,"
+    " owner INTEGER NOT NULL, grp INTEGER NOT NULL, attributes BLOB NOT NULL, size INTEGER NOT NULL,"
+    " digest BLOB NOT NULL, text INTEGER REFERENCES texts, roles TEXT NOT NULL, named_role TEXT NOT NULL,"
+    " template TEXT NOT NULL, base INTEGER REFERENCES texts, seal INTEGER NOT NULL)",
+    "CREATE INDEX states_by_text ON states(text) WHERE text IS NOT NULL",
+    "CREATE INDEX states_by_base ON states(base) WHERE base IS NOT NULL",
+    "CREATE TABLE entries(number INTEGER PRIMARY KEY AUTOINCREMENT, begun INTEGER NOT NULL,"
+    " ended INTEGER NOT NULL, outcome INTEGER NOT NULL, user INTEGER NOT NULL, login_user INTEGER,"
+    " sudo_user TEXT NOT NULL, role TEXT NOT NULL, words TEXT NOT NULL, message TEXT NOT NULL,"
+    " seal INTEGER NOT NULL)",
+    "CREATE TABLE files(id INTEGER PRIMARY KEY, entry INTEGER NOT NULL REFERENCES entries, path TEXT NOT "
+    "NULL,"
+    " kind INTEGER NOT NULL, before INTEGER NOT NULL REFERENCES states, after INTEGER NOT NULL"
+    " REFERENCES states, was_edited INTEGER NOT NULL, seal INTEGER NOT NULL)",
+    "CREATE INDEX files_by_entry ON files(entry)",
+    "CREATE INDEX files_by_path ON files(path, entry)",
+    "CREATE TABLE known(path TEXT PRIMARY KEY, kind INTEGER NOT NULL, state INTEGER NOT NULL REFERENCES "
+    "states,"
+    " entry INTEGER NOT NULL, seal INTEGER NOT NULL) WITHOUT ROWID",
+};
+
+std::int64_t NumberOf(Database& database, const char* statement) {
+    const Value value = database.Run(statement);
+    const auto* const number = std::get_if<std::int64_t>(&value);
+    return number != nullptr ? *number : 0;
+}
+
+void MakeTables(Database& database) {
+    for (const char* const statement : kTablesOfVersion1)
+        database.Run(statement);
+    database.Run("PRAGMA application_id = 1514493011");
+    database.Run("PRAGMA user_version = 1");
+}
+
+}  // namespace
+
+std::int64_t VersionOfStore(Database& database, const std::string& file) {
+    const std::int64_t application = NumberOf(database, "PRAGMA application_id");
+    const std::int64_t version = NumberOf(database, "PRAGMA user_version");
+    const bool isEmpty = NumberOf(database, "SELECT count(*) FROM sqlite_schema") == 0;
+    if (isEmpty && application == 0 && version == 0) return 0;
+    if (application != kApplication)
+        throw Damage(file + ": is a database, but not the history (move it away)");
+    if (version > kSchemaVersion) {
+        throw Failure(file +
+                      ": was written by a newer version of the product (use that one, or set "
+                      "ZET_HISTORY=no)");
+    }
+    return version;
+}
+
+void UpgradeStore(Database& database, std::int64_t version) {
+    if (version == kSchemaVersion) return;
+    Database::Transaction transaction(database);
+    MakeTables(database);
+    transaction.Commit();
+}
+
+}  // namespace ZET::Deploy

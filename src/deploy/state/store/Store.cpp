@@ -1,0 +1,349 @@
+#include "deploy/state/store/Store.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "deploy/host/Failure.h"
+#include "deploy/state/store/Compression.h"
+#include "deploy/state/store/Digest.h"
+#include "deploy/state/store/Rows.h"
+#include "deploy/state/store/StoreFile.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+[[noreturn]] void FailOfDamage(const std::string& file, const std::string& what) {
+    throw Damage(file + ": the history is damaged: " + what +
+                 " (move it away: what was there before the product is kept beside the files)");
+}
+
+std::int64_t Now() {
+    using std::chrono::duration_cast;
+    using std::chrono::nanoseconds;
+    return duration_cast<nanoseconds>(std::chrono::system_clock::now().time_since_epoch()).count();
+}
+
+RecordedEntry RequiredEntry(Database& database, std::int64_t number) {
+    auto entry = EntryAt(database, number);
+    if (!entry) throw DamagedRow();
+    return std::move(*entry);
+}
+
+}  // namespace
+
+/// The words of whatever goes wrong with the file.
+template <typename Call>
+auto Store::Guarded(Call call) {
+    try {
+        return call();
+    } catch (const DatabaseError& error) {
+        if (error.IsDamage()) FailOfDamage(m_file, error.what());
+        const char* const remedy = error.IsFull()       ? "make room, or set ZET_HISTORY=no"
+                                   : error.IsReadOnly() ? "let it be written, or set ZET_HISTORY=no"
+                                                        : "see to its file system, or set ZET_HISTORY=no";
+        throw Failure(m_file + ": the history cannot be used: " + error.what() + " (" + remedy + ")");
+    } catch (const DamagedRow& damage) {
+        FailOfDamage(m_file, damage.what());
+    }
+}
+
+Store::Store(std::string file, Access access, const StoreLimits& limits, bool isSynced)
+    : m_file(std::move(file)), m_limits(limits), m_isSynced(isSynced) {
+    m_database = Guarded([&] {
+        return access == Access::Record ? OpenStoreToRecord(m_file, isSynced) : OpenStoreToLook(m_file);
+    });
+}
+
+Store::~Store() = default;
+
+std::int64_t Store::Open(const RecordedEntry& entry, const std::vector<FileToRecord>& files) {
+    return Begin(entry, files, Sync::AsTold);
+}
+
+std::int64_t Store::Announce(const RecordedEntry& entry, const std::vector<FileToRecord>& files) {
+    return Begin(entry, files, Sync::Later);
+}
+
+std::int64_t Store::Begin(const RecordedEntry& entry, const std::vector<FileToRecord>& files, Sync sync) {
+    return Guarded([&] {
+        SyncCommits(sync);
+        Database::Transaction transaction(*m_database);
+        RecordedEntry opened = entry;
+        opened.begun = Now();
+        opened.outcome = EntryOutcome::Open;
+        const std::int64_t number = InsertEntry(*m_database, opened);
+        InsertFiles(number, files);
+        transaction.Commit();
+        return number;
+    });
+}
+
+/// What is committed later takes what was committed before with it to the disk.
+void Store::SyncCommits(Sync sync) {
+    if (m_isSynced)
+        m_database->Run(sync == Sync::Later ? "PRAGMA synchronous = NORMAL" : "PRAGMA synchronous = FULL");
+}
+
+void Store::Plan(std::int64_t number, const std::vector<FileToRecord>& files) {
+    Guarded([&] {
+        SyncCommits(Sync::AsTold);
+        Database::Transaction transaction(*m_database);
+        for (const FileToRecord& file : files) {
+            if (!ReplaceAfter(number, file)) InsertFiles(number, {file});
+        }
+        transaction.Commit();
+    });
+}
+
+void Store::InsertFiles(std::int64_t number, const std::vector<FileToRecord>& files) {
+    for (const FileToRecord& file : files)
+        InsertFile(*m_database, number, WithTexts(file));
+}
+
+RecordedFile Store::WithTexts(const FileToRecord& file) {
+    RecordedFile recorded = file.file;
+    Take(recorded.before, file.textBefore);
+    if (file.isPlanned) Take(recorded.after, file.textAfter);
+    if (file.base) recorded.after.base = Keep(*file.base, DigestOf(*file.base));
+    return recorded;
+}
+
+void Store::Take(RecordedState& state, const std::string& text) {
+    if (!state.exists || state.text || !state.digest.empty()) return;
+    state.size = text.size();
+    state.digest = DigestOf(text);
+    if (text.size() <= m_limits.largestText) state.text = Keep(text, state.digest);
+}
+
+TextNumber Store::Keep(const std::string& text, const std::string& digest) {
+    if (const auto kept = Kept(text, digest)) return *kept;
+    m_database->Run("INSERT INTO texts(digest, size, frame) VALUES(?,?,?)",
+                    {Blob{digest}, static_cast<std::int64_t>(text.size()), Blob{Compressed(text)}});
+    return {m_database->LastRow()};
+}
+
+/// Texts are compared: a digest like that of another text can be made.
+std::optional<TextNumber> Store::Kept(const std::string& text, const std::string& digest) {
+    for (const std::int64_t id : Numbers("SELECT id FROM texts WHERE digest = ? AND size = ?",
+                                         {Blob{digest}, static_cast<std::int64_t>(text.size())})) {
+        if (Text({id}) == text) return TextNumber{id};
+    }
+    return std::nullopt;
+}
+
+std::vector<std::int64_t> Store::Numbers(const char* statement, const Values& values) {
+    std::vector<std::int64_t> numbers;
+    Database::Rows rows(*m_database, statement, values);
+    while (rows.Next())
+        numbers.push_back(rows.Number(0));
+    return numbers;
+}
+
+void Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& settlement) {
+    Guarded([&] {
+        SyncCommits(Sync::AsTold);
+        Database::Transaction transaction(*m_database);
+        for (const FileToRecord& file : settlement.changed)
+            ReplaceAfter(number, file);
+        for (const std::string& path : settlement.untouched)
+            DeleteFile(number, path);
+        for (const RecordedFile& file : FilesAt(*m_database, number)) {
+            DeleteKnown(file.path);
+            ReplaceKnown(*m_database, {file.path, file.kind, file.after, number});
+        }
+        RecordedEntry entry = RequiredEntry(*m_database, number);
+        entry.ended = Now();
+        entry.outcome = outcome;
+        ReplaceEntry(*m_database, entry);
+        if (IsEmpty(number)) m_database->Run("DELETE FROM entries WHERE number = ?", {number});
+        Prune();
+        transaction.Commit();
+    });
+}
+
+/// False when the entry does not have the file.
+bool Store::ReplaceAfter(std::int64_t number, const FileToRecord& file) {
+    const std::vector<std::int64_t> states =
+        Numbers("SELECT after FROM files WHERE entry = ? AND path = ?", {number, file.file.path});
+    for (const std::int64_t state : states)
+        ReplaceTexts(state, WithTexts(file).after);
+    return !states.empty();
+}
+
+void Store::DeleteFile(std::int64_t number, const std::string& path) {
+    for (const std::int64_t state :
+         Numbers("SELECT before FROM files WHERE entry = ?1 AND path = ?2 UNION ALL"
+                 " SELECT after FROM files WHERE entry = ?1 AND path = ?2",
+                 {number, path}))
+        ReleaseState(state);
+    m_database->Run("DELETE FROM files WHERE entry = ? AND path = ?", {number, path});
+}
+
+bool Store::IsEmpty(std::int64_t number) {
+    return Numbers("SELECT 1 FROM files WHERE entry = ? LIMIT 1", {number}).empty();
+}
+
+/// What the former state alone had of texts goes.
+void Store::ReplaceTexts(std::int64_t id, const RecordedState& state) {
+    const Value text = m_database->Run("SELECT text FROM states WHERE id = ?", {id});
+    const Value base = m_database->Run("SELECT base FROM states WHERE id = ?", {id});
+    ReplaceState(*m_database, id, state);
+    ReleaseText(text);
+    ReleaseText(base);
+}
+
+void Store::Drop(std::int64_t number) {
+    Guarded([&] {
+        SyncCommits(Sync::Later);
+        Database::Transaction transaction(*m_database);
+        DeleteFiles(number);
+        m_database->Run("DELETE FROM entries WHERE number = ?", {number});
+        transaction.Commit();
+    });
+}
+
+std::vector<RecordedEntry> Store::Entries(std::size_t count, std::optional<std::int64_t> before) {
+    return Guarded([&] {
+        std::vector<RecordedEntry> entries;
+        const Values limits = {OptionalValue(before), OptionalValue(before),
+                               static_cast<std::int64_t>(count)};
+        for (const std::int64_t number :
+             Numbers("SELECT number FROM entries WHERE ? IS NULL OR number < ? ORDER BY number DESC LIMIT ?",
+                     limits))
+            entries.push_back(RequiredEntry(*m_database, number));
+        return entries;
+    });
+}
+
+std::vector<RecordedEntry> Store::EntriesOf(const std::string& path) {
+    return Guarded([&] {
+        std::vector<RecordedEntry> entries;
+        for (const std::int64_t number :
+             Numbers("SELECT DISTINCT entry FROM files WHERE path = ? ORDER BY entry DESC", {path}))
+            entries.push_back(RequiredEntry(*m_database, number));
+        return entries;
+    });
+}
+
+std::vector<RecordedEntry> Store::OpenEntries() {
+    return Guarded([&] {
+        std::vector<RecordedEntry> entries;
+        for (const std::int64_t number :
+             Numbers("SELECT number FROM entries WHERE outcome = 0 ORDER BY number"))
+            entries.push_back(RequiredEntry(*m_database, number));
+        return entries;
+    });
+}
+
+std::optional<RecordedEntry> Store::Find(std::int64_t number) {
+    return Guarded([&] { return EntryAt(*m_database, number); });
+}
+
+std::vector<RecordedFile> Store::FilesOf(std::int64_t number) {
+    return Guarded([&] { return FilesAt(*m_database, number); });
+}
+
+std::optional<KnownFile> Store::Known(const std::string& path) {
+    return Guarded([&] { return KnownAt(*m_database, path); });
+}
+
+std::vector<KnownFile> Store::KnownFiles() {
+    return Guarded([&] { return AllKnown(*m_database); });
+}
+
+void Store::Remember(const std::vector<KnownFile>& files) {
+    Guarded([&] {
+        Database::Transaction transaction(*m_database);
+        for (const KnownFile& file : files) {
+            DeleteKnown(file.path);
+            ReplaceKnown(*m_database, file);
+        }
+        transaction.Commit();
+    });
+}
+
+void Store::Forget(const std::vector<std::string>& paths) {
+    Guarded([&] {
+        Database::Transaction transaction(*m_database);
+        for (const std::string& path : paths)
+            DeleteKnown(path);
+        transaction.Commit();
+    });
+}
+
+std::string Store::Text(TextNumber number) {
+    return Guarded([&] {
+        Database::Rows rows(*m_database, "SELECT size, frame FROM texts WHERE id = ?", {number.value});
+        if (!rows.Next()) FailOfDamage(m_file, "a text is missing");
+        const std::int64_t size = rows.Number(0);
+        const bool isPossible = size >= 0 && static_cast<std::uint64_t>(size) <= m_limits.largestText;
+        auto text = isPossible ? Expanded(rows.Text(1), static_cast<std::size_t>(size)) : std::nullopt;
+        if (!text) FailOfDamage(m_file, "a text is not as it was written");
+        return std::move(*text);
+    });
+}
+
+void Store::DeleteFiles(std::int64_t number) {
+    for (const std::int64_t state : Numbers(
+             "SELECT before FROM files WHERE entry = ?1 UNION ALL SELECT after FROM files WHERE entry = ?1",
+             {number}))
+        ReleaseState(state);
+    m_database->Run("DELETE FROM files WHERE entry = ?", {number});
+}
+
+void Store::DeleteKnown(const std::string& path) {
+    for (const std::int64_t state : Numbers("SELECT state FROM known WHERE path = ?", {path}))
+        ReleaseState(state);
+    m_database->Run("DELETE FROM known WHERE path = ?", {path});
+}
+
+void Store::ReleaseState(std::int64_t id) {
+    const Value text = m_database->Run("SELECT text FROM states WHERE id = ?", {id});
+    const Value base = m_database->Run("SELECT base FROM states WHERE id = ?", {id});
+    DeleteState(*m_database, id);
+    ReleaseText(text);
+    ReleaseText(base);
+}
+
+void Store::ReleaseText(const Value& text) {
+    m_database->Run(
+        "DELETE FROM texts WHERE id = ?1 AND NOT EXISTS (SELECT 1 FROM states WHERE text = ?1)"
+        " AND NOT EXISTS (SELECT 1 FROM states WHERE base = ?1)",
+        {text});
+}
+
+void Store::Prune() {
+    const std::vector<std::int64_t> numbers = Numbers(
+        "SELECT number FROM entries WHERE outcome <> 0 AND number NOT IN"
+        " (SELECT number FROM entries ORDER BY number DESC LIMIT ?1) AND number NOT IN"
+        " (SELECT DISTINCT entry FROM files WHERE was_edited ORDER BY entry DESC LIMIT ?2)",
+        {static_cast<std::int64_t>(m_limits.entries), static_cast<std::int64_t>(m_limits.entriesWithEdits)});
+    for (const std::int64_t number : numbers) {
+        DeleteFiles(number);
+        m_database->Run("DELETE FROM entries WHERE number = ?", {number});
+    }
+}
+
+void Store::Erase(const std::string& path) {
+    Guarded([&] {
+        m_database->Run("PRAGMA secure_delete = ON");
+        Database::Transaction transaction(*m_database);
+        for (const std::int64_t id : Numbers(
+                 "SELECT before FROM files WHERE path = ?1 UNION ALL SELECT after FROM files WHERE path = ?1"
+                 " UNION ALL SELECT state FROM known WHERE path = ?1",
+                 {path})) {
+            RecordedState state = StateAt(*m_database, id);
+            state.text.reset();
+            state.base.reset();
+            ReplaceTexts(id, state);
+        }
+        transaction.Commit();
+        // Free pages, and the journal, may still hold what was kept before.
+        m_database->Run("VACUUM");
+        m_database->Run("PRAGMA wal_checkpoint(TRUNCATE)");
+    });
+}
+
+}  // namespace ZET::Deploy

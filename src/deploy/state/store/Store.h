@@ -1,0 +1,111 @@
+#ifndef ZET_STORE_H
+#define ZET_STORE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "deploy/state/store/Database.h"
+#include "deploy/state/store/Records.h"
+
+namespace ZET::Deploy {
+
+/// How much the store keeps.
+struct StoreLimits {
+    std::size_t entries = 100;
+    std::size_t entriesWithEdits = 1000;  ///< those that replaced somebody's edit
+    std::uint64_t largestText = std::uint64_t{16} << 20;
+};
+
+/// What the product did on this host: entries with their files, before and after, and each file as the
+/// product left it. One writer at a time, who holds the product's lock; readers at any time.
+///
+/// Each call throws `Failure` that names the store's file and the remedy; a `Damage` where it is damaged.
+class Store {
+  public:
+    enum class Access { Record, Look };
+
+    /// To record, it is made where there is none; to look, there has to be one (`HasStore`).
+    Store(std::string file, Access access, const StoreLimits& limits = {}, bool isSynced = true);
+    ~Store();
+    Store(const Store&) = delete;
+    Store& operator=(const Store&) = delete;
+
+    const std::string& File() const { return m_file; }
+
+    /// Opens an entry with its files as they are and as they are going to be, which is on the disk when the
+    /// call returns: now they can be written. Returns its number.
+    std::int64_t Open(const RecordedEntry& entry, const std::vector<FileToRecord>& files);
+
+    /// The same for files of which nobody knows yet what they are going to be. It is there after a kill, but
+    /// not after a power cut, and has to be planned before the files are written.
+    std::int64_t Announce(const RecordedEntry& entry, const std::vector<FileToRecord>& files);
+
+    /// What the files of an open entry are going to be; others are added to it. On the disk when it returns.
+    void Plan(std::int64_t number, const std::vector<FileToRecord>& files);
+
+    /// Ends an entry. Each file that it changed is known from now on as it left it; an entry that changed
+    /// none is dropped.
+    void Close(std::int64_t number, EntryOutcome outcome, const Settlement& settlement = {});
+
+    /// Takes an entry out that changed nothing.
+    void Drop(std::int64_t number);
+
+    /// Entries from the newest to the oldest, at most `count` of those before `number`.
+    std::vector<RecordedEntry> Entries(std::size_t count, std::optional<std::int64_t> before = std::nullopt);
+    std::vector<RecordedEntry> EntriesOf(const std::string& path);
+    std::vector<RecordedEntry> OpenEntries();
+    std::optional<RecordedEntry> Find(std::int64_t number);
+    std::vector<RecordedFile> FilesOf(std::int64_t number);
+
+    std::optional<KnownFile> Known(const std::string& path);
+    std::vector<KnownFile> KnownFiles();
+
+    /// The file is as `file` says from now on, though no entry says so; a file that nothing is known of any
+    /// more is forgotten.
+    void Remember(const std::vector<KnownFile>& files);
+    void Forget(const std::vector<std::string>& paths);
+
+    /// A text that is kept.
+    std::string Text(TextNumber number);
+
+    /// Takes the texts of the file out of all that is kept, and makes sure that none of the store's files
+    /// holds one any more.
+    void Erase(const std::string& path);
+
+  private:
+    template <typename Call>
+    auto Guarded(Call call);
+
+    enum class Sync { AsTold, Later };
+    std::int64_t Begin(const RecordedEntry& entry, const std::vector<FileToRecord>& files, Sync sync);
+    void SyncCommits(Sync sync);
+
+    void InsertFiles(std::int64_t number, const std::vector<FileToRecord>& files);
+    RecordedFile WithTexts(const FileToRecord& file);
+    void Take(RecordedState& state, const std::string& text);
+    TextNumber Keep(const std::string& text, const std::string& digest);
+    std::optional<TextNumber> Kept(const std::string& text, const std::string& digest);
+    bool ReplaceAfter(std::int64_t number, const FileToRecord& file);
+    void ReplaceTexts(std::int64_t id, const RecordedState& state);
+    void DeleteFiles(std::int64_t number);
+    void DeleteKnown(const std::string& path);
+    void ReleaseState(std::int64_t id);
+    void ReleaseText(const Value& text);
+    void Prune();
+    void DeleteFile(std::int64_t number, const std::string& path);
+    bool IsEmpty(std::int64_t number);
+    std::vector<std::int64_t> Numbers(const char* statement, const Values& values = {});
+
+    const std::string m_file;
+    const StoreLimits m_limits;
+    const bool m_isSynced;
+    std::unique_ptr<Database> m_database;
+};
+
+}  // namespace ZET::Deploy
+
+#endif

@@ -1,0 +1,28 @@
+#ifndef ZET_STORE_FILE_H
+#define ZET_STORE_FILE_H
+
+#include <memory>
+#include <string>
+
+#include "deploy/state/store/Database.h"
+
+namespace ZET::Deploy {
+
+/// How the files of the store are named beside its own name.
+inline constexpr const char* kStoreSuffixes[] = {"", "-wal", "-shm", "-journal"};
+
+/// Whether something was stored there. A `Damage` where one of the store's names leads to anything but a
+/// regular file of one name and the right owner: what the library would wait for, or write to, is refused
+/// before it is opened.
+bool HasStore(const std::string& file);
+
+/// Opens it with its tables, which are made where there are none. `isSynced`: what was recorded is on the
+/// disk when a transaction was committed.
+std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, bool isSynced);
+
+/// Opens one that is there, and changes nothing.
+std::unique_ptr<Database> OpenStoreToLook(const std::string& file);
+
+}  // namespace ZET::Deploy
+
+#endif
