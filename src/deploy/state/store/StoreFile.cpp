@@ -9,10 +9,10 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
-#include "deploy/host/Paths.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/state/store/Schema.h"
 #include "posix/Descriptor.h"
+#include "posix/PathNames.h"
 
 namespace ZET::Deploy {
 
