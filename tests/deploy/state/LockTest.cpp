@@ -19,6 +19,7 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 constexpr uid_t kNobody = 65534;
 
@@ -83,9 +84,11 @@ TEST_F(WriteLockTest, WaitsUntilTheHolderLetsGoAndTellsOnceWhoItIs) {
 
 TEST_F(WriteLockTest, WhoHasWaitedLongEnoughIsToldWhoHoldsIt) {
     const WriteLock former(State(), m_holder);
+    const LockSeeker seeker{"zet-client status", m_told, std::chrono::seconds(1)};
     EXPECT_EQ(
-        MessageOf<Failure>([&] { WriteLock(State(), Impatient()); }),
-        At("state/zet.lock") + ": " + m_ownName + " has held the lock for 0 s (let it end, then try again)");
+        MessageOf<Failure>([&] { WriteLock(State(), seeker); }),
+        At("state/zet.lock") + ": " + m_ownName + " has held the lock for 1 s (let it end, then try again)");
+    EXPECT_THAT(m_told.remarks, SizeIs(1)) << "however often it tries";
 }
 
 TEST_F(WriteLockTest, LockGoesWithTheProcessThatHeldIt) {

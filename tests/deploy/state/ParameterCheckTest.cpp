@@ -77,6 +77,9 @@ TEST_F(ParameterCheckTest, ValueThatHoldsTooMuchIsTold) {
 TEST_F(ParameterCheckTest, ValueOfAnotherKindIsToldUnlessALaterLineHasTheLastWord) {
     EXPECT_EQ(ProblemsOfValues("SERVER_ID=x\n").size(), 1U);
     EXPECT_THAT(ProblemsOfValues("SERVER_ID=x\nSERVER_ID=7\n"), IsEmpty());
+    const std::vector<std::string> twice = ProblemsOfValues("SERVER_ID=x\nSERVER_ID=x\n");
+    ASSERT_EQ(twice.size(), 1U);
+    EXPECT_TRUE(twice[0].starts_with(At("zet.conf") + ":2:")) << twice[0];
 }
 
 TEST_F(ParameterCheckTest, NameThatNobodyKnowsIsToldWithTheNearest) {

@@ -76,6 +76,8 @@ TEST_F(StateFileTest, NothingIsWrittenThroughALinkInTheWayOfTheTemporaryFile) {
     fs::create_symlink(At("out/victim"), At("state/f.tmp"));
     EXPECT_THROW(ReplaceStateFile(m_file, "text\n"), Failure);
     EXPECT_EQ(Read("out/victim"), "kept");
+    EXPECT_THROW(ReplaceStateFile(m_file, ""), Failure) << "nor is it taken away";
+    EXPECT_TRUE(fs::is_symlink(At("state/f.tmp")));
 }
 
 }  // namespace
