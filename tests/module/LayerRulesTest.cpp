@@ -240,5 +240,16 @@ TEST(LayerRulesTest, ParserOfListsIsCompiledOnce) {
     EXPECT_EQ(users, std::vector<std::string>{"TargetListReader.cpp"});
 }
 
+TEST(LayerRulesTest, ParserOfWordsIsCompiledOnce) {
+    static const std::regex pattern("^\\s*#\\s*include\\s*[<\"]CLI/.*");
+    std::set<fs::path> users;
+    for (const fs::path& file : SourcesIn(kRoot / "src")) {
+        std::ifstream stream(file);
+        for (std::string line; std::getline(stream, line);)
+            if (std::regex_match(line, pattern)) users.insert(fs::relative(file, kRoot / "src"));
+    }
+    EXPECT_EQ(users, std::set<fs::path>{"cli/CommandLine.cpp"});
+}
+
 }  // namespace
 }  // namespace ZET

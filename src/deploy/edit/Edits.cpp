@@ -69,7 +69,7 @@ void RequireRoomForNotice(const std::string& path, const TextToEdit& text, const
          .remedy = "--no-markers edits without notice and markers"});
 }
 
-std::string LineToSet(Deployment& product, const std::string& path, const TextToEdit& text,
+std::string LineToSet(Observer& observer, const std::string& path, const TextToEdit& text,
                       const std::string& line) {
     const LineEnds& ends = text.ends;
     if (ends.otherLine != 0) {
@@ -77,8 +77,8 @@ std::string LineToSet(Deployment& product, const std::string& path, const TextTo
             ends.isOtherCarriageReturn
                 ? ": ends with a carriage return and a line feed, other lines with a line feed alone"
                 : ": ends with a line feed alone, other lines with a carriage return before it";
-        product.Out().Warning(path + ":" + std::to_string(ends.otherLine) + how +
-                              "; the line that is set has none (give all lines the same end)");
+        observer.Warning(path + ":" + std::to_string(ends.otherLine) + how +
+                         "; the line that is set has none (give all lines the same end)");
     }
     return WithLineEnd(line, ends);
 }

@@ -43,7 +43,7 @@ FileOutcome SetLine(Deployment& product, const std::string& file, const std::str
     const TextToEdit text = LookAtBlocks(product, {file, edit.Path()}, bytes);
     const std::string selection = PatternForSet(product.Core(), edit.Path(), bytes, pattern);
     RequireRoomForNotice(edit.Path(), text, options);
-    const std::string newLine = LineToSet(product, edit.Path(), text, line);
+    const std::string newLine = LineToSet(product.Out(), edit.Path(), text, line);
     return edit.Make(
         Edit(product, options, [&](IZETConfigFile& opened) { opened.SetLine(selection, newLine); }),
         options.noBackup);

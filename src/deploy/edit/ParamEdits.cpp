@@ -29,7 +29,7 @@ FileOutcome SetParam(Deployment& product, const std::string& file, const std::st
     if (!IsLiteralName(name))
         RequireLiteralName(product.Core(), edit.Path(), ReadFileBytes(edit.Path()), ZETEditOpening, name);
     RequireRoomForNotice(edit.Path(), text, options);
-    const std::string line = LineToSet(product, edit.Path(), text, value);
+    const std::string line = LineToSet(product.Out(), edit.Path(), text, value);
     return edit.Make(
         Edit(product, options, [&](IZETConfigFile& opened) { opened.SetParamValue(name, line); }),
         options.noBackup);

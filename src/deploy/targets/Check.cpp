@@ -35,9 +35,9 @@ std::optional<Problem> CheckRendering(Deployment& product, const Staging& stagin
     }
 }
 
-bool HasLanguage(Deployment& product) {
+bool HasLanguage(IZETCore& core) {
     try {
-        RequireLanguage(product.Param("ZET_LANG"));
+        RequireLanguage(core.GetParam("ZET_LANG"));
         return true;
     } catch (const Failure&) {
         return false;  // which is a problem of its own already
@@ -45,7 +45,7 @@ bool HasLanguage(Deployment& product) {
 }
 
 void RunOwnChecks(Deployment& product, CheckedTargets& checked) {
-    if (!RunsOwnChecks(product.Wanted()) || !HasLanguage(product)) return;
+    if (!RunsOwnChecks(product.Wanted()) || !HasLanguage(product.Core())) return;
     const SignalGuard signals;
     std::optional<Staging> staging;
     std::size_t done = 0;

@@ -36,13 +36,13 @@ std::string DescribeOthersWork(const PlannedTarget& planned, bool isDryRun) {
                              : "holds changes that are kept nowhere; they" + end;
 }
 
-void WarnOfOthersWork(Deployment& product, const PlannedTarget& planned) {
+void WarnOfOthersWork(Host& host, const PlannedTarget& planned) {
     if (planned.before.links > 1 && planned.IsChange()) {
-        product.Out().Warning(planned.path + ": has " + std::to_string(planned.before.links) +
-                              " names (hard links); the others keep the former text");
+        host.Out().Warning(planned.path + ": has " + std::to_string(planned.before.links) +
+                           " names (hard links); the others keep the former text");
     }
     if (planned.IsOthersWork())
-        product.Out().Warning(planned.path + ": " + DescribeOthersWork(planned, product.Wanted().dryRun));
+        host.Out().Warning(planned.path + ": " + DescribeOthersWork(planned, host.Wanted().dryRun));
 }
 
 /// One commit, from the plan to the status.

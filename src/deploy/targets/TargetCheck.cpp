@@ -58,11 +58,11 @@ std::vector<Problem> CheckDirectory(const std::string& directory, const std::str
 }
 
 /// The same of one of the product's own, on which root relies.
-std::vector<Problem> CheckOwnDirectory(Deployment& product, const char* key, const std::string& purpose) {
-    const std::string directory = product.Param(key);
+std::vector<Problem> CheckOwnDirectory(Host& host, const char* key, const std::string& purpose) {
+    const std::string directory = host.Param(key);
     std::vector<Problem> problems = CheckDirectory(directory, purpose, key);
     if (!problems.empty()) return problems;
-    if (std::optional<Problem> problem = CheckInstruction(product.HostPaths(), directory))
+    if (std::optional<Problem> problem = CheckInstruction(host.HostPaths(), directory))
         problems.push_back(std::move(*problem));
     return problems;
 }
@@ -121,9 +121,9 @@ std::vector<Problem> CheckOwnFiles(Deployment& product) {
 }
 
 /// Who only looks need not be the one who writes.
-void WarnOfRights(Deployment& product, std::vector<Problem>& problems) {
+void WarnOfRights(Observer& observer, std::vector<Problem>& problems) {
     std::erase_if(problems, [&](const Problem& problem) {
-        if (problem.isOfUser) product.Out().Warning(problem.Describe());
+        if (problem.isOfUser) observer.Warning(problem.Describe());
         return problem.isOfUser;
     });
 }
@@ -158,10 +158,10 @@ bool IsDenied(const std::string& path, int flags) {
 
 /// What keeps the user in whose directory a target lies from rendering it: its template, or the directory in
 /// which root is going to install the working copy. Empty when nothing does.
-std::string DeniedToHolder(Deployment& product, const Target& target, const FoundFile& found) {
-    const std::string file = TemplateFile(product, target.templateName);
+std::string DeniedToHolder(Host& host, const Target& target, const FoundFile& found) {
+    const std::string file = TemplateFile(host, target.templateName);
     if (file.empty() || !found.judge.Holder()) return "";
-    const std::string directory = DirectoryOf(WorkingCopy(product, target.templateName));
+    const std::string directory = DirectoryOf(WorkingCopy(host, target.templateName));
     const std::string entry = directory + "/.";
     const RightsOf rights(*found.judge.Holder(), found.status->st_gid);
     rights.Take();
@@ -266,7 +266,7 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
     Append(checked.problems, checker.Result());
     Append(checked.problems,
            CheckParameterValues(product.Core(), product.Config().TemplatesValues(), checked.used));
-    if (product.Wanted().onlyLooks) WarnOfRights(product, checked.problems);
+    if (product.Wanted().onlyLooks) WarnOfRights(product.Out(), checked.problems);
     return checked;
 }
 

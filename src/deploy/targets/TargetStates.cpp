@@ -25,9 +25,9 @@ constexpr char kUnknown[] = "unknown";
 
 /// A `Failure` when this user cannot read the template that is there: what a commit would make of it is then
 /// unknown.
-void RequireReadableTemplate(Deployment& product, const std::string& templateName) {
-    const std::string file = RemedyErrors("", [&] { return TemplateFile(product, templateName); });
-    if (!file.empty() && product.HostPaths().StaysInside(file)) RequireReadableFile(file);
+void RequireReadableTemplate(Host& host, const std::string& templateName) {
+    const std::string file = RemedyErrors("", [&] { return TemplateFile(host, templateName); });
+    if (!file.empty() && host.HostPaths().StaysInside(file)) RequireReadableFile(file);
 }
 
 /// Renders the targets as a commit would, and compares.

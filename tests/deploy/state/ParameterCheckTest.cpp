@@ -1,11 +1,101 @@
 #include "deploy/state/ParameterCheck.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include "zet/ZETHost.h"
+#include "../HostFixture.h"
 
 namespace ZET::Deploy {
 namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// A main file, the values that the module would make of it, and the placeholders that templates use.
+class ParameterCheckTest : public HostFixture {
+  protected:
+    std::vector<std::string> ProblemsOfValues(const std::string& lines, const StringMap& values = {},
+                                              const std::set<std::string>& used = {}) {
+        Write("zet.conf", lines + Directories());
+        return Told(CheckParameterValues(AnotherRun().Core(), values, used));
+    }
+
+    std::vector<std::string> ProblemsOfNames(const std::string& lines,
+                                             const std::set<std::string>& used = {}) {
+        Write("zet.conf", lines + Directories());
+        return Told(CheckParameterNames(AnotherRun().Core(), used));
+    }
+
+    std::string OfPlace(const std::string& place, const std::string& text) const {
+        return At("zet.conf") + ":" + place + ": " + text;
+    }
+
+  private:
+    static std::vector<std::string> Told(const std::vector<Problem>& problems) {
+        std::vector<std::string> told;
+        for (const Problem& problem : problems)
+            told.push_back(problem.Describe());
+        return told;
+    }
+};
+
+TEST_F(ParameterCheckTest, SoundValuesAreNoProblem) {
+    EXPECT_THAT(ProblemsOfValues("DOMAIN=example.org\nSERVER_ID=7\nOWN=anything\n",
+                                 {{"${domain}", "example.org"}}, {"${domain}", "${own}"}),
+                IsEmpty());
+}
+
+TEST_F(ParameterCheckTest, ValueThatNobodySetIsToldOnceForWhoUsesIt) {
+    EXPECT_THAT(ProblemsOfValues("", {}, {}), IsEmpty()) << "nobody uses it";
+    EXPECT_THAT(
+        ProblemsOfValues("", {{"${domain}", ""}}, {"${domain}", "${realm}"}),
+        ElementsAre(At("zet.conf") + ": DOMAIN is not set, so that ${domain} has no value (add a line "
+                                     "DOMAIN=VALUE, or use \"option set\")"));
+}
+
+TEST_F(ParameterCheckTest, ValueThatIsEmptyIsToldWithItsLine) {
+    EXPECT_THAT(ProblemsOfValues("DOMAIN=example.org\nREALM=\n", {{"${realm}", ""}}, {"${realm}"}),
+                ElementsAre(OfPlace("2:7",
+                                    "REALM is empty, so that ${realm} has no value (give it a value, or "
+                                    "remove its line)")));
+}
+
+TEST_F(ParameterCheckTest, ValueOfWhichNothingCanBeMadeIsTold) {
+    EXPECT_THAT(ProblemsOfValues("SERVER=.\n", {{"${ldap_uris}", "ldap://"}}, {"${ldap_uris}"}).back(),
+                testing::HasSubstr("SERVER has nothing to make ${ldap_uris} of (correct its value)"));
+}
+
+TEST_F(ParameterCheckTest, ValueThatHoldsTooMuchIsTold) {
+    EXPECT_THAT(ProblemsOfValues("OWN=x\r\nOTHER=\"x\" # why\n"),
+                ElementsAre(OfPlace("1:5",
+                                    "the value of OWN ends with a carriage return (save the file with plain "
+                                    "line feeds)"),
+                            OfPlace("2:7",
+                                    "the value of OTHER is in quotes with a comment behind, and has both as "
+                                    "parts of it (write the bare value alone behind \"=\")")));
+}
+
+TEST_F(ParameterCheckTest, ValueOfAnotherKindIsToldUnlessALaterLineHasTheLastWord) {
+    EXPECT_EQ(ProblemsOfValues("SERVER_ID=x\n").size(), 1U);
+    EXPECT_THAT(ProblemsOfValues("SERVER_ID=x\nSERVER_ID=7\n"), IsEmpty());
+    const std::vector<std::string> twice = ProblemsOfValues("SERVER_ID=x\nSERVER_ID=x\n");
+    ASSERT_EQ(twice.size(), 1U);
+    EXPECT_TRUE(twice[0].starts_with(At("zet.conf") + ":2:")) << twice[0];
+}
+
+TEST_F(ParameterCheckTest, NameThatNobodyKnowsIsToldWithTheNearest) {
+    EXPECT_THAT(
+        ProblemsOfNames("DOMIAN=x\nNTP_SERVER=x\nDOMAIN=y\n"),
+        ElementsAre(OfPlace("1",
+                            "nobody knows the parameter DOMIAN, and no template uses ${domian} (did you "
+                            "mean DOMAIN?)"),
+                    OfPlace("2",
+                            "nobody knows the parameter NTP_SERVER, and no template uses ${ntp_server} "
+                            "(correct its name, or remove the line)")));
+}
+
+TEST_F(ParameterCheckTest, NameThatATemplateUsesIsKnown) {
+    EXPECT_THAT(ProblemsOfNames("NTP_SERVER=x\n", {"${ntp_server}"}), IsEmpty());
+}
 
 TEST(ParameterCheck, LinesOfParametersAreRead) {
     const std::vector<GivenParameter> given = GivenParameters("# a=1\n\n  DOMAIN=x=y \nREALM=\r\n");

@@ -1,0 +1,113 @@
+#include "deploy/targets/HostLists.h"
+
+#include <gmock/gmock.h>
+
+#include "../HostFixture.h"
+#include "deploy/host/Failure.h"
+#include "deploy/state/Manifest.h"
+
+namespace ZET::Deploy {
+namespace {
+
+namespace fs = std::filesystem;
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using testing::UnorderedElementsAre;
+
+class HostListsTest : public HostFixture {
+  protected:
+    HostLists& Lists() {
+        if (!m_lists) m_lists.emplace(TheHost());
+        return *m_lists;
+    }
+
+    void Commit(const std::string& name, Role role) {
+        Write(name, "text");
+        Manifest manifest(State(), role, TheHost().HostPaths());
+        manifest.Record(At(name));
+        manifest.Save();
+    }
+
+  private:
+    std::optional<HostLists> m_lists;
+};
+
+TEST_F(HostListsTest, MissingListIsEmpty) {
+    EXPECT_EQ(Lists().Targets().file, At("templates/targets.toml"));
+    EXPECT_THAT(Lists().Targets().targets, IsEmpty());
+    EXPECT_THAT(Lists().Targets().problems, IsEmpty());
+    EXPECT_EQ(Lists().TargetNamed(At("out/a")), nullptr);
+}
+
+TEST_F(HostListsTest, ListIsReadOnceInARun) {
+    AddTarget("a");
+    EXPECT_THAT(Lists().Targets().targets, SizeIs(1));
+    AddTarget("b");
+    EXPECT_THAT(Lists().Targets().targets, SizeIs(1));
+}
+
+TEST_F(HostListsTest, ProblemsOfTheListAreNotItsEnd) {
+    AddTarget("a", "secret = 1");
+    EXPECT_THAT(Lists().Targets().problems, SizeIs(1));
+    ASSERT_NE(Lists().TargetNamed(At("out/a")), nullptr);
+    EXPECT_EQ(Lists().TargetNamed(At("out/a"))->templateName, "a");
+}
+
+TEST_F(HostListsTest, ListThatIsNoneIsAFailureWithItsPlace) {
+    Write("templates/targets.toml", "\n[templates\n");
+    EXPECT_THAT(MessageOf<Failure>([&] { Lists().TargetNamed(At("out/a")); }),
+                HasSubstr(At("templates/targets.toml") + ":2:"));
+}
+
+TEST_F(HostListsTest, WhateverWayLeadsToATargetItIsTheSame) {
+    AddTarget("a");
+    Write("out/real", "text");
+    fs::create_symlink(At("out/real"), At("out/a"));
+    fs::create_symlink(At("out"), At("way"));
+    ASSERT_NE(Lists().TargetNamed(At("out/real")), nullptr);
+    EXPECT_NE(Lists().TargetNamed(Lists().NameOf(At("way/a"))), nullptr);
+    EXPECT_EQ(Lists().TargetNamed(At("out/b")), nullptr);
+}
+
+TEST_F(HostListsTest, TargetToWhichNoWayLeadsIsNoFile) {
+    AddTarget("a");
+    AddTarget("b");
+    fs::create_symlink("a", At("out/a"));
+    EXPECT_EQ(Lists().TargetNamed(At("out/a")), nullptr);
+    EXPECT_NE(Lists().TargetNamed(At("out/b")), nullptr);
+}
+
+TEST_F(HostListsTest, CommitsOfBothRolesCount) {
+    Commit("out/a", Role::Server);
+    Commit("out/b", Role::Client);
+    EXPECT_THAT(Lists().Committed(), UnorderedElementsAre(At("out/a"), At("out/b")));
+}
+
+TEST_F(HostListsTest, CommittedTargetIsCommittedAndInTheList) {
+    AddTarget("a");
+    AddTarget("only-listed");
+    Commit("out/a", Role::Client);
+    Commit("out/left", Role::Client);
+    EXPECT_NE(Lists().CommittedTarget(At("out/a")), nullptr);
+    EXPECT_EQ(Lists().CommittedTarget(At("out/only-listed")), nullptr);
+    EXPECT_EQ(Lists().CommittedTarget(At("out/left")), nullptr);
+}
+
+TEST_F(HostListsTest, DamagedRecordIsAFailure) {
+    Write("state/zet-client.manifest", "nonsense\n");
+    EXPECT_THROW(Lists().Committed(), Damage);
+}
+
+TEST_F(HostListsTest, LinkOfATreeLeadsToAFileOfTheTree) {
+    Write("zet.conf", "ZET_CFG_DIR=/etc\nZET_VAR_LIB_DIR=/state\nZET_CFG_TEMPL_DIR=/templates\n");
+    m_options.root = At(".");
+    Host host("/zet.conf", m_options, m_told);
+    fs::create_symlink("/out", At("link"));
+    EXPECT_EQ(HostLists(host).NameOf(At("out/a")), At("out/a"));
+    EXPECT_EQ(HostLists(host).NameOf(At("link/a")), At("out/a"));
+}
+
+}  // namespace
+}  // namespace ZET::Deploy
