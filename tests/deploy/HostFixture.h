@@ -79,6 +79,20 @@ class HostFixture : public testing::Test {
         return TheHost();
     }
 
+    /// As a commit of the role leaves it: known, and with a reserve.
+    void Commit(const std::string& name, Role role) {
+        if (!std::filesystem::exists(At(name))) Write(name, "text");
+        Write(name + ".before_zet", "former");
+        FileToRecord file;
+        file.file.path = At(name);
+        file.file.kind = FileKind::Target;
+        file.file.after.exists = true;
+        file.file.after.mode = 0644;
+        file.file.after.knowledge.roles = {role};
+        file.textAfter = Read(name);
+        TheHost().HostHistory().ToRecord().Remember({file});
+    }
+
     StateDirectory State() const { return StateDirectory(At("state")); }
 
     Options m_options;

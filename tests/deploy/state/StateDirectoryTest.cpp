@@ -12,8 +12,8 @@ using testing::UnorderedElementsAre;
 
 TEST(StateDirectoryTest, FilesAreThoseOfBothRoles) {
     EXPECT_THAT(StateDirectory("/s").Files(),
-                UnorderedElementsAre("/s/zet.lock", "/s/zet.pending", "/s/zet-server.manifest",
-                                     "/s/zet-client.manifest", "/s/zet-server.status", "/s/zet-client.status",
+                UnorderedElementsAre("/s/zet.lock", "/s/state.db", "/s/state.db-wal", "/s/state.db-shm",
+                                     "/s/state.db-journal", "/s/zet-server.status", "/s/zet-client.status",
                                      "/s/zet-client-fs.status"));
 }
 

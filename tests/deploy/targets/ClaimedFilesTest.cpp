@@ -119,8 +119,8 @@ TEST_F(ClaimedFilesTest, WorkingCopyInTheWayOfTheProductsOwnFilesIsRefused) {
                           "\nZET_VAR_LIB_DIR=" + At("state") + "\n");
     EXPECT_THAT(AddTemplate("zet.lock"),
                 HasSubstr("is a file of the status, and the working copy of [zet.lock]"));
-    EXPECT_THAT(AddTemplate("zet.pending.tmp"),
-                HasSubstr("is the temporary file of " + At("state/zet.pending")));
+    EXPECT_THAT(AddTemplate("zet-server.status.tmp"),
+                HasSubstr("is the temporary file of " + At("state/zet-server.status")));
 }
 
 TEST_F(ClaimedFilesTest, WorkingCopiesMayStandBesideThePristineTemplates) {

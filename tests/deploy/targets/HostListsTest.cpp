@@ -4,7 +4,6 @@
 
 #include "../HostFixture.h"
 #include "deploy/host/Failure.h"
-#include "deploy/state/Manifest.h"
 
 namespace ZET::Deploy {
 namespace {
@@ -14,20 +13,12 @@ namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
-using testing::UnorderedElementsAre;
 
 class HostListsTest : public HostFixture {
   protected:
     HostLists& Lists() {
         if (!m_lists) m_lists.emplace(TheHost());
         return *m_lists;
-    }
-
-    void Commit(const std::string& name, Role role) {
-        Write(name, "text");
-        Manifest manifest(State(), role, TheHost().HostPaths());
-        manifest.Record(At(name));
-        manifest.Save();
     }
 
   private:
@@ -82,7 +73,10 @@ TEST_F(HostListsTest, TargetToWhichNoWayLeadsIsNoFile) {
 TEST_F(HostListsTest, CommitsOfBothRolesCount) {
     Commit("out/a", Role::Server);
     Commit("out/b", Role::Client);
-    EXPECT_THAT(Lists().Committed(), UnorderedElementsAre(At("out/a"), At("out/b")));
+    Write("out/c", "text");
+    EXPECT_TRUE(Lists().IsCommitted(At("out/a")));
+    EXPECT_TRUE(Lists().IsCommitted(At("out/b")));
+    EXPECT_FALSE(Lists().IsCommitted(At("out/c")));
 }
 
 TEST_F(HostListsTest, CommittedTargetIsCommittedAndInTheList) {
@@ -96,8 +90,10 @@ TEST_F(HostListsTest, CommittedTargetIsCommittedAndInTheList) {
 }
 
 TEST_F(HostListsTest, DamagedRecordIsAFailure) {
-    Write("state/zet-client.manifest", "nonsense\n");
-    EXPECT_THROW(Lists().Committed(), Damage);
+    Write("state/state.db", "nonsense\n");
+    Write("out/a.before_zet", "text");
+    EXPECT_THROW(Lists().IsCommitted(At("out/a")), Damage);
+    EXPECT_FALSE(Lists().IsCommitted(At("out/without-reserve")));
 }
 
 TEST_F(HostListsTest, LinkOfATreeLeadsToAFileOfTheTree) {

@@ -5,7 +5,6 @@
 #include "../HostFixture.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
-#include "deploy/state/Manifest.h"
 #include "deploy/targets/HostLists.h"
 #include "zet/ZETFormat.h"
 
@@ -49,12 +48,6 @@ class SecretsTest : public HostFixture {
         notice.replace(notice.find("%s"), 2, "zet-client");
         Write(name, std::string(ZETNoticeMarker) + "\n" + notice + "\n" + ZETCommentEndMarker + "\nmade\n",
               mode);
-    }
-
-    void Commit(const std::string& name) {
-        Manifest manifest(State(), Role::Server, TheHost().HostPaths());
-        manifest.Record(At(name));
-        manifest.Save();
     }
 
   private:
@@ -137,7 +130,7 @@ TEST_F(SecretsTest, LinkLeadsToWhatIsSecret) {
 
 TEST_F(SecretsTest, TargetThatLeftTheListIsSecret) {
     Write("out/left", "text\n");
-    Commit("out/left");
+    Commit("out/left", Role::Server);
     EXPECT_EQ(AudienceOf("out/left"), Audience::Nobody);
     EXPECT_EQ(AudienceOf("out/left.before_zet"), Audience::Nobody);
     AddTarget("left");
@@ -175,7 +168,9 @@ TEST_F(SecretsTest, WithoutAListThatCanBeReliedOnNobodyCanTell) {
 }
 
 TEST_F(SecretsTest, WithoutRecordsThatCanBeReadNobodyCanTell) {
-    Write("state/zet-client.manifest", "nonsense\n");
+    Write("state/state.db", "nonsense\n");
+    Write("out/open", "text");
+    Write("out/open.before_zet", "text");
     EXPECT_EQ(AudienceOf("out/open"), Audience::Unsure);
 }
 

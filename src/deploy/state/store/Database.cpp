@@ -18,7 +18,7 @@ constexpr int kPatienceMs = 5000;
     std::string message = database != nullptr ? sqlite.message(database) : sqlite.describe(code);
     const int error = database != nullptr ? sqlite.systemError(database) : 0;
     if (error != 0) message += std::string(": ") + std::strerror(error);
-    throw DatabaseError(message, code);
+    throw DatabaseError(message, code, error);
 }
 
 /// A path with every byte of it, as a URI has it.

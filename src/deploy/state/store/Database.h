@@ -31,15 +31,19 @@ Value OptionalValue(const std::optional<std::int64_t>& number);
 /// What the library says of a call that failed.
 class DatabaseError : public std::runtime_error {
   public:
-    DatabaseError(const std::string& message, int code) : std::runtime_error(message), m_code(code) {}
+    /// `errorNumber` is the `errno` of a call of the system that failed; 0: none did.
+    DatabaseError(const std::string& message, int code, int errorNumber)
+        : std::runtime_error(message), m_code(code), m_errorNumber(errorNumber) {}
 
     /// The file is no database, or a damaged one.
     bool IsDamage() const;
     bool IsReadOnly() const;
     bool IsFull() const;
+    int ErrorNumber() const { return m_errorNumber; }
 
   private:
     int m_code;
+    int m_errorNumber;
 };
 
 /// An open SQLite database. What fails throws `DatabaseError`, and `std::bad_alloc` where memory is short.

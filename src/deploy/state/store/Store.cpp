@@ -47,7 +47,8 @@ auto Store::Guarded(Call call) {
                                                         : "see to its file system, or set ZET_HISTORY=no";
         throw Failure({.file = m_file,
                        .text = std::string("the history cannot be used: ") + error.what(),
-                       .remedy = remedy});
+                       .remedy = remedy},
+                      error.ErrorNumber());
     } catch (const DamagedRow& damage) {
         FailOfDamage(m_file, damage.what());
     }

@@ -1,0 +1,195 @@
+#include "deploy/state/CutShort.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+
+#include <chrono>
+#include <thread>
+
+#include "../HostFixture.h"
+#include "deploy/host/Failure.h"
+#include "deploy/state/CapturedFile.h"
+
+namespace ZET::Deploy {
+namespace {
+
+namespace fs = std::filesystem;
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class CutShortTest : public HostFixture {
+  protected:
+    /// What a run that was killed leaves: its open entry, and then what it was at. The file was to become
+    /// `after`, unless that was not known yet.
+    void RecordOfKilledRun(const std::string& name, const std::optional<std::string>& after = std::nullopt) {
+        FileToRecord file;
+        file.file.path = At(name);
+        CapturedFile before = Capture(At(name), 1000);
+        file.file.before = file.file.after = before.state;
+        file.textBefore = before.text;
+        file.file.after.exists = true;
+        file.file.after.digest.clear();
+        file.isPlanned = after.has_value();
+        if (after) {
+            file.textAfter = *after;
+            file.file.after.mode = 0644;
+        }
+        m_number = TheStore().Announce({}, {file});
+    }
+
+    Store& TheStore() { return TheHost().HostHistory().ToRecord(); }
+
+    /// As if what was written before had been there long before the run.
+    void LetRunBeginLater(const std::string& name) {
+        Write(name, "somebody's");
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        RecordOfKilledRun("out/a");
+    }
+
+    std::set<std::string> Clear() { return SettleCutShort(TheHost()); }
+
+    std::int64_t m_number = 0;
+};
+
+TEST_F(CutShortTest, ItsFilesAreToldWithoutAChange) {
+    EXPECT_THAT(FilesOfCutShort(TheHost()), IsEmpty());
+    RecordOfKilledRun("out/a b");
+    Write("out/a b.tmp", "half");
+    EXPECT_THAT(FilesOfCutShort(TheHost()), ElementsAre(At("out/a b")));
+    EXPECT_TRUE(fs::exists(At("out/a b.tmp")));
+}
+
+TEST_F(CutShortTest, WhatItHadWrittenIsToldByContent) {
+    Write("out/written", "old");
+    Write("out/not-yet", "old");
+    RecordOfKilledRun("out/written", "new");
+    const std::int64_t written = m_number;
+    RecordOfKilledRun("out/not-yet", "new");
+    Write("out/written", "new");
+    Clear();
+    ASSERT_TRUE(TheStore().Find(written));
+    EXPECT_EQ(TheStore().Find(written)->outcome, EntryOutcome::CutShort);
+    EXPECT_TRUE(TheStore().Known(At("out/written")));
+    EXPECT_FALSE(TheStore().Find(m_number)) << "it changed nothing";
+    EXPECT_FALSE(TheStore().Known(At("out/not-yet")));
+}
+
+TEST_F(CutShortTest, WhatSomebodyElseWroteMeanwhileIsNotItsWork) {
+    Write("out/a", "old");
+    RecordOfKilledRun("out/a", "new");
+    Write("out/a", "of somebody else");
+    Clear();
+    EXPECT_FALSE(TheStore().Known(At("out/a")));
+    EXPECT_EQ(Read("out/a"), "of somebody else");
+}
+
+TEST_F(CutShortTest, OnlyABeginOfTheTextThatWasToBeWrittenIsRemoved) {
+    Write("out/a", "old");
+    RecordOfKilledRun("out/a", "the new text");
+    Write("out/a.tmp", "the n");
+    Clear();
+    EXPECT_FALSE(fs::exists(At("out/a.tmp")));
+    for (const char* text : {"the old", "the new text and more"}) {
+        RecordOfKilledRun("out/a", "the new text");
+        Write("out/a.tmp", text);
+        m_told.warnings.clear();
+        Clear();
+        EXPECT_EQ(Read("out/a.tmp"), text);
+        EXPECT_THAT(m_told.warnings, SizeIs(1));
+        fs::remove(At("out/a.tmp"));
+    }
+}
+
+TEST_F(CutShortTest, TemporaryFileOfAKilledRunIsRemovedAndTold) {
+    Write("out/a", "text");
+    RecordOfKilledRun("out/a");
+    Write("out/a.tmp", "half of the te");
+    EXPECT_THAT(Clear(), ElementsAre(At("out/a")));
+    EXPECT_FALSE(fs::exists(At("out/a.tmp")));
+    EXPECT_EQ(Read("out/a"), "text");
+    EXPECT_THAT(FilesOfCutShort(TheHost()), IsEmpty());
+    EXPECT_THAT(m_told.remarks,
+                ElementsAre("removed " + At("out/a.tmp") + ", which a run that was cut short left"));
+    EXPECT_THAT(m_told.warnings, IsEmpty());
+}
+
+TEST_F(CutShortTest, UnfinishedCopiesAndReservesAreRemovedAsWell) {
+    RecordOfKilledRun("out/a");
+    for (const char* name : {"out/a.before_zet.Ab3xYz.tmp", "out/a.000000.tmp"})
+        Write(name, "half");
+    Write("out/a.before_zet", "kept");
+    Write("out/b.Ab3xYz.tmp", "kept");
+    Write("out/a.Ab3xYz7.tmp", "kept");
+    Clear();
+    EXPECT_THAT(m_told.remarks, SizeIs(2));
+    for (const char* name : {"out/a.before_zet.Ab3xYz.tmp", "out/a.000000.tmp"})
+        EXPECT_FALSE(fs::exists(At(name))) << name;
+    for (const char* name : {"out/a.before_zet", "out/b.Ab3xYz.tmp", "out/a.Ab3xYz7.tmp"})
+        EXPECT_TRUE(fs::exists(At(name))) << name;
+}
+
+TEST_F(CutShortTest, WhatWasThereBeforeTheRunStaysAndIsTold) {
+    LetRunBeginLater("out/a.tmp");
+    Clear();
+    EXPECT_EQ(Read("out/a.tmp"), "somebody's");
+    ASSERT_THAT(m_told.warnings, SizeIs(1));
+    EXPECT_THAT(m_told.warnings[0], HasSubstr(At("out/a.tmp") + ": stays"));
+}
+
+TEST_F(CutShortTest, WhatHasAnotherNameOrIsNoFileStays) {
+    RecordOfKilledRun("out/a");
+    Write("out/somebodys", "text");
+    fs::create_hard_link(At("out/somebodys"), At("out/a.tmp"));
+    Clear();
+    EXPECT_TRUE(fs::exists(At("out/a.tmp")));
+    RecordOfKilledRun("out/b");
+    fs::create_directory(At("out/b.tmp"));
+    Clear();
+    EXPECT_TRUE(fs::exists(At("out/b.tmp")));
+    EXPECT_THAT(m_told.warnings, SizeIs(2));
+    EXPECT_THAT(m_told.remarks, IsEmpty());
+}
+
+TEST_F(CutShortTest, WhatBelongsToNeitherRootNorTheOwnerOfTheFileStays) {
+    if (geteuid() != 0) GTEST_SKIP() << "only root can give files away";
+    constexpr uid_t kNobody = 65534;
+    const auto giveAway = [&](const std::string& name) {
+        return chown(At(name).c_str(), kNobody, kNobody) == 0;
+    };
+    RecordOfKilledRun("out/a");
+    Write("out/a.tmp", "his");
+    ASSERT_TRUE(giveAway("out/a.tmp"));
+    Clear();
+    EXPECT_TRUE(fs::exists(At("out/a.tmp")));
+    EXPECT_THAT(m_told.warnings, SizeIs(1));
+    RecordOfKilledRun("out/a");
+    Write("out/a", "his, too");
+    ASSERT_TRUE(giveAway("out/a") && giveAway("out/a.tmp"));
+    Clear();
+    EXPECT_FALSE(fs::exists(At("out/a.tmp"))) << "a new text has its owner before it is in place";
+}
+
+TEST_F(CutShortTest, FileWithoutADirectoryKeepsNothingElseFromBeingCleared) {
+    fs::create_directory(At("gone"));
+    RecordOfKilledRun("gone/a");
+    fs::remove(At("gone"));
+    RecordOfKilledRun("out/a");
+    Write("out/a.tmp", "half");
+    EXPECT_THAT(Clear(), SizeIs(2));
+    EXPECT_FALSE(fs::exists(At("out/a.tmp")));
+    EXPECT_THAT(m_told.warnings, SizeIs(1));
+    EXPECT_THAT(FilesOfCutShort(TheHost()), IsEmpty());
+}
+
+TEST_F(CutShortTest, WithoutARecordNothingIsCleared) {
+    Write("out/a.tmp", "somebody's");
+    EXPECT_THAT(Clear(), IsEmpty());
+    EXPECT_TRUE(fs::exists(At("out/a.tmp")));
+    EXPECT_THAT(m_told.remarks, IsEmpty());
+}
+
+}  // namespace
+}  // namespace ZET::Deploy
