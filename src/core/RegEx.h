@@ -4,6 +4,7 @@
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -25,6 +26,8 @@ class RegEx {
     /// that needs too much time or memory.
     bool Match(const std::string& pattern, const std::string& subject) {
         if (m_last == nullptr || m_last->pattern != pattern) m_last = &Find(pattern);
+        if (!subject.empty() && m_last->isHopeless[static_cast<unsigned char>(subject.front())]) return false;
+        if (--m_last->untilLook == 0) LookAtFirstBytes(*m_last);
         if (m_last->isTranslated && subject.size() <= kShortSubject) {
             const int result = pcre2_jit_match(m_last->code.get(), Bytes(subject), subject.size(), 0, 0,
                                                m_result.get(), m_fast.get());
@@ -48,12 +51,17 @@ class RegEx {
     using CompileContext = std::unique_ptr<pcre2_compile_context, Free<&pcre2_compile_context_free>>;
     using JitStack = std::unique_ptr<pcre2_jit_stack, Free<&pcre2_jit_stack_free>>;
 
+    /// The look takes as long as so many searches.
+    static constexpr std::uint64_t kUsesBeforeLook = 1024;
+
     struct Entry {
         std::string pattern;
         Code code;
         bool isTranslated = false;  ///< to machine code
         Code guarded;               ///< the same with a call of the guard before each item; made when needed
         std::uint64_t lastUse = 0;
+        std::uint64_t untilLook = kUsesBeforeLook;
+        std::array<bool, 256> isHopeless = {};  ///< bytes with which no match begins; none before the look
     };
 
     /// Up to here, even a pattern whose work grows with the cube of the length ends in no time.
@@ -65,6 +73,7 @@ class RegEx {
     Code Compile(const std::string& pattern, std::uint32_t options) const;
     Entry& Find(const std::string& pattern);
     Entry& Add(Entry entry);
+    void LookAtFirstBytes(Entry& entry) const;
     void PrepareGuard(Entry& entry);
     bool MatchGuarded(Entry& entry, const std::string& subject);
 
