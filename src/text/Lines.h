@@ -21,6 +21,31 @@ inline TextLine TakeLine(std::string_view& text) {
     return line;
 }
 
+/// How many line feeds there are: what a block of this size holds can be counted in a byte, so that the
+/// compiler takes many bytes at once.
+inline std::size_t CountLineFeeds(std::string_view text) {
+    constexpr std::size_t kBlock = 128;
+    std::size_t count = 0;
+    for (; text.size() >= kBlock; text.remove_prefix(kBlock)) {
+        unsigned char inBlock = 0;
+        for (std::size_t i = 0; i < kBlock; ++i)
+            inBlock = static_cast<unsigned char>(inBlock + (text[i] == '\n' ? 1 : 0));
+        count += inBlock;
+    }
+    return count + static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+/// How many lines there are, the last one with a line feed or without.
+inline std::size_t CountLines(std::string_view text) {
+    return CountLineFeeds(text) + (text.empty() || text.back() == '\n' ? 0 : 1);
+}
+
+/// The whole lines before the one that holds the byte at `position`, with their line feeds.
+inline std::string_view LinesBefore(std::string_view text, std::size_t position) {
+    const std::string_view before = text.substr(0, position);
+    return position >= text.size() ? text : before.substr(0, before.rfind('\n') + 1);
+}
+
 /// The lines of a text, which must outlive them.
 inline std::vector<TextLine> SplitLines(std::string_view text) {
     std::vector<TextLine> lines;

@@ -64,22 +64,27 @@ bool HasNothingBehind(std::string_view line, Marker marker) {
 
 void RegionScan::Take(std::string_view lines) {
     const char* const end = lines.data() + lines.size();
-    const auto nextMention = [&] { return lines.data() + std::min(lines.find(kMarkerStart), lines.size()); };
-    const auto nextDash = [&] { return lines.data() + std::min(lines.find('-'), lines.size()); };
+    const auto next = [&](auto what) { return lines.data() + std::min(lines.find(what), lines.size()); };
     // Lines without a dash, as most are, are only counted: a third of the time of the look.
     const bool hasOtherDashes = HasWideCharacter(lines);
-    const char* dash = nextDash();
-    for (const char* mention = nextMention(); !lines.empty();) {
+    const char* dash = next('-');
+    const char* mention = next(kMarkerStart);
+    while (!lines.empty()) {
+        if (!hasOtherDashes && !m_notices.IsInside()) {
+            const std::string_view others = LinesBefore(lines, static_cast<std::size_t>(dash - lines.data()));
+            m_number += CountLines(others);
+            lines.remove_prefix(others.size());
+            if (lines.empty()) return;
+        }
         const std::string_view line = TakeLine(lines).text;
         const bool mentionsMarker = mention != end && mention < lines.data();
         ++m_number;
-        if (dash >= lines.data() && !hasOtherDashes && !m_notices.IsInside()) continue;
-        if (dash < lines.data()) dash = nextDash();
+        if (dash < lines.data()) dash = next('-');
         m_isSound = m_isSound && TakeLineOf(line, mentionsMarker);
         if (!mentionsMarker) continue;
         const Marker marker = MarkerOf(line);
         m_hasRegions = m_hasRegions || marker == Marker::BlockBegin || marker == Marker::Notice;
-        mention = nextMention();
+        mention = next(kMarkerStart);
     }
 }
 

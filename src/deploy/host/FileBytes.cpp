@@ -206,9 +206,11 @@ void RequireModeOf(const std::string& model, const std::string& staged) {
     RequireMode(descriptor, staged, ModeOf(model));
 }
 
-void RequireOwnName(const std::string& path) {
+bool RequireOwnName(const std::string& path) {
     struct stat status = {};
-    if (lstat(path.c_str(), &status) == 0 && !IsOwn(status)) FailOfOther(path);
+    if (lstat(path.c_str(), &status) != 0) return errno != ENOENT;
+    if (!IsOwn(status)) FailOfOther(path);
+    return true;
 }
 
 void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode) {

@@ -39,7 +39,7 @@ HostProduct::HostProduct(const std::string& configFile, const Options& options, 
         }
     }
     // Its code runs as soon as it is loaded.
-    if (const std::optional<Problem> problem = CheckWayTo(Paths(""), ModuleFile()))
+    if (const std::optional<Problem> problem = CheckWayTo(ModulePaths(), ModuleFile()))
         throw Failure(problem->Describe());
     LoadModule();
 }

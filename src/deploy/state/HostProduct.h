@@ -33,6 +33,9 @@ class HostProduct {
     const Paths& HostPaths() const { return m_paths; }
     const std::string& ModuleFile() const { return m_moduleFile; }
 
+    /// Where the module is, which is the host's own under any root.
+    const Paths& ModulePaths() const { return m_paths.HasRoot() ? m_ownPaths : m_paths; }
+
     /// A parameter; those that name directories of the product are paths that can be opened.
     std::string Param(const std::string& key) { return Core().GetParam(key); }
 
@@ -62,6 +65,7 @@ class HostProduct {
     Observer& m_observer;
     const std::string m_moduleFile;
     Paths m_paths;
+    Paths m_ownPaths{""};
     std::unique_ptr<CZETHost> m_host;
     std::shared_ptr<IZETConfig> m_config;
 };

@@ -30,11 +30,22 @@ struct flock WholeFile() {
     return lock;
 }
 
-/// "process 4711 (zet-init commit-config)", as the holder wrote it into the file that it locked.
-std::string HolderOf(int descriptor) {
+std::string TextOf(int descriptor) {
     char text[200] = {};
     const ssize_t length = pread(descriptor, text, sizeof text - 1, 0);
-    const std::string holder(text, static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+    return std::string(text, static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+}
+
+/// Behind the line that names the holder, an empty one says that he came to his end.
+constexpr char kEnd = '\n';
+
+bool NamesOneWhoEnded(int descriptor) {
+    return TextOf(descriptor).ends_with(std::string("\n") + kEnd);
+}
+
+/// "process 4711 (zet-init commit-config)", as the holder wrote it into the file that it locked.
+std::string HolderOf(int descriptor) {
+    const std::string holder = TextOf(descriptor);
     const std::size_t end = holder.find('\n');
     // Nobody tells who holds the lock of a directory.
     return end == std::string::npos ? "another process" : "process " + holder.substr(0, end);
@@ -80,11 +91,13 @@ void RequireOwnLockFile(int descriptor, const std::string& file) {
 }
 
 /// For whoever waits for the lock. That it cannot be written, as on a full disk, is no reason not to go on.
-void NameHolder(HostProduct& product, int descriptor) {
+/// Returns how much was written.
+off_t NameHolder(HostProduct& product, int descriptor) {
     const std::string holder =
         std::to_string(getpid()) + " (" + product.Wanted().program + " " + product.Wanted().command + ")\n";
-    if (ftruncate(descriptor, 0) == 0)
-        static_cast<void>(pwrite(descriptor, holder.data(), holder.size(), 0) == 0);
+    if (ftruncate(descriptor, 0) != 0) return 0;
+    const ssize_t written = pwrite(descriptor, holder.data(), holder.size(), 0);
+    return written == static_cast<ssize_t>(holder.size()) ? written : 0;
 }
 
 /// Without its file: none, as `errno` says.
@@ -97,7 +110,6 @@ Descriptor Lock(HostProduct& product, const std::string& file) {
         throw Failure(file + ": cannot be locked: " + std::strerror(errno) +
                       " (let ZET_VAR_LIB_DIR be on a file system that has locks)");
     }
-    NameHolder(product, lock);
     return lock;
 }
 
@@ -127,14 +139,25 @@ bool MayOthersWrite(const std::string& directory) {
 
 WriteLock::WriteLock(HostProduct& product) : m_lock(Lock(product, LockFileOf(product))) {
     if (m_lock < 0) FailToOpen(LockFileOf(product));
+    TakeOver(product);
 }
 
 WriteLock::WriteLock(HostProduct& product, const std::string& path)
     : m_lock(Lock(product, LockFileOf(product))) {
     if (!IsProducts() && errno != EACCES && errno != EROFS && errno != ENOENT)
         FailToOpen(LockFileOf(product));
+    if (IsProducts()) TakeOver(product);
     const std::string directory = DirectoryOf(path);
     if (!IsProducts() || MayOthersWrite(directory)) m_directoryLock = LockDirectory(product, directory);
+}
+
+WriteLock::~WriteLock() {
+    if (m_namedSize > 0) static_cast<void>(pwrite(m_lock, &kEnd, sizeof kEnd, m_namedSize) == 0);
+}
+
+void WriteLock::TakeOver(HostProduct& product) {
+    m_mayFollowOneCutShort = !NamesOneWhoEnded(m_lock);
+    m_namedSize = NameHolder(product, m_lock);
 }
 
 }  // namespace ZET::Deploy

@@ -140,6 +140,11 @@ std::set<std::string> PendingRecord::ClearLeftOvers(HostProduct& product) {
         }
     }
     ReplaceStateFile(FileOf(product), "");
+    return paths;
+}
+
+std::set<std::string> PendingRecord::ClearAllLeftOvers(HostProduct& product) {
+    std::set<std::string> paths = ClearLeftOvers(product);
     Staging::RemoveLeftOvers(product.Param("ZET_VAR_LIB_DIR"));
     return paths;
 }

@@ -28,6 +28,9 @@ class PendingRecord {
     /// be its work, is told and stays. Only under the lock. Returns the run's files.
     static std::set<std::string> ClearLeftOvers(HostProduct& product);
 
+    /// The same, and the directories that killed runs made for files on their way, wherever these may be.
+    static std::set<std::string> ClearAllLeftOvers(HostProduct& product);
+
   private:
     std::string m_file;
 };

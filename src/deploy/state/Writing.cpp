@@ -72,13 +72,23 @@ Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Ri
                                               : std::make_unique<WriteLock>(product, paths.front());
         // The record is that of whoever holds the product's lock.
         m_canRecord = m_lock->IsProducts();
-        if (m_canRecord) PendingRecord::ClearLeftOvers(product);
+        if (m_canRecord) ClearLeftOvers();
     }
     const std::set<std::string> leftOvers =
-        m_canRecord ? PendingRecord::Read(product) : std::set<std::string>();
+        isDryRun && m_canRecord ? PendingRecord::Read(product) : std::set<std::string>();
     for (const std::string& path : paths) {
         RequireDirectory(product, path);
         RequireFreeNames(path, m_canRecord, leftOvers);
+    }
+}
+
+/// The directories of killed runs may be in many places: whoever writes a few files looks there only where
+/// the run before him may have left one.
+void Writing::ClearLeftOvers() {
+    if (m_lock->MayFollowOneCutShort()) {
+        PendingRecord::ClearAllLeftOvers(m_product);
+    } else {
+        PendingRecord::ClearLeftOvers(m_product);
     }
 }
 

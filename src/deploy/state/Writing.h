@@ -27,6 +27,8 @@ class Writing {
     void Begin();
 
   private:
+    void ClearLeftOvers();
+
     HostProduct& m_product;
     std::vector<std::string> m_paths;
     bool m_canRecord;  ///< what is about to be written, in the product's directory

@@ -79,7 +79,7 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     if (!isDryRun) {
         RequireOwnInstructions(product);
         m_lock = std::make_unique<WriteLock>(product);
-        m_cutShort = PendingRecord::ClearLeftOvers(product);
+        m_cutShort = PendingRecord::ClearAllLeftOvers(product);
     }
     m_checked = CheckTargets(product, templateNames);
     if (!m_checked.problems.empty()) return;

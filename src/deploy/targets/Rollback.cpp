@@ -329,7 +329,7 @@ RollbackResult RollBack(Deployment& product, const std::vector<std::string>& nam
     if (!product.Wanted().dryRun) {
         RequireOwnInstructions(product);
         lock = std::make_unique<WriteLock>(product);
-        PendingRecord::ClearLeftOvers(product);
+        PendingRecord::ClearAllLeftOvers(product);
     }
     return Rollback(product, names, isForced).Run();
 }
