@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <string_view>
 #include <utility>
 
 #include "Message.h"
@@ -70,6 +71,23 @@ bool IsPlainAtStart(const pcre2_code* code, const std::string& pattern) {
            pattern.find("(*") == std::string::npos;
 }
 
+bool IsLiteral(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+           std::string_view("_=-#/:,;@ ").find(c) != std::string_view::npos;
+}
+
+/// How much of the end of a pattern is the text that every match begins with, of one as the system makes
+/// them: a start, signs and blanks that may be repeated, and literal text. 0 for any other, which may be one
+/// that gives up.
+std::size_t SizeOfStart(std::string_view pattern) {
+    if (!pattern.starts_with('^')) return 0;
+    pattern.remove_prefix(1);
+    for (const std::string_view repeated : {std::string_view("#*"), std::string_view("\\s*")}) {
+        if (pattern.starts_with(repeated)) pattern.remove_prefix(repeated.size());
+    }
+    return std::all_of(pattern.begin(), pattern.end(), IsLiteral) ? pattern.size() : 0;
+}
+
 [[noreturn]] void FailMatch(const std::string& pattern, std::size_t size, int error) {
     if (error == PCRE2_ERROR_NOMEMORY) throw std::bad_alloc();
     Fail("Regular expression '%s' gives up on a text of %zu bytes: %s.", Printable(pattern).c_str(), size,
@@ -102,7 +120,8 @@ RegEx::Entry& RegEx::Find(const std::string& pattern) {
         return entry;
     }
     if (m_result == nullptr) Prepare();
-    Entry entry{pattern, Compile(pattern, 0), false, nullptr, m_uses, kUsesBeforeLook, {}};
+    Entry entry{pattern, Compile(pattern, 0), false, nullptr,
+                m_uses,  kUsesBeforeLook,     {},    SizeOfStart(pattern)};
     entry.isTranslated = pcre2_jit_compile(entry.code.get(), PCRE2_JIT_COMPLETE) == 0;
     return Add(std::move(entry));
 }

@@ -7,8 +7,10 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ZET {
@@ -25,10 +27,11 @@ class RegEx {
     /// Whether `pattern` is found in `subject`. Throws `EZETError` naming a pattern that does not compile, or
     /// that needs too much time or memory.
     bool Match(const std::string& pattern, const std::string& subject) {
-        if (m_last == nullptr || m_last->pattern != pattern) m_last = &Find(pattern);
+        if (m_last == nullptr || !IsSame(m_last->pattern, pattern)) m_last = &Find(pattern);
         if (!subject.empty() && m_last->isHopeless[static_cast<unsigned char>(subject.front())]) return false;
         if (--m_last->untilLook == 0) LookAtFirstBytes(*m_last);
         if (m_last->isTranslated && subject.size() <= kShortSubject) {
+            if (LacksStart(m_last->Start(), subject)) return false;
             const int result = pcre2_jit_match(m_last->code.get(), Bytes(subject), subject.size(), 0, 0,
                                                m_result.get(), m_fast.get());
             if (result >= 0) return true;
@@ -62,10 +65,35 @@ class RegEx {
         std::uint64_t lastUse = 0;
         std::uint64_t untilLook = kUsesBeforeLook;
         std::array<bool, 256> isHopeless = {};  ///< bytes with which no match begins; none before the look
+        std::size_t sizeOfStart = 0;
+
+        /// With what every match begins but for signs and blanks before it; empty when that is not known.
+        std::string_view Start() const {
+            return std::string_view(pattern).substr(pattern.size() - sizeOfStart);
+        }
     };
 
     /// Up to here, even a pattern whose work grows with the cube of the length ends in no time.
     static constexpr std::size_t kShortSubject = 1024;
+
+    /// Lines that are alike begin alike, so that their ends tell more.
+    static bool IsSame(std::string_view one, std::string_view other) {
+        std::uint64_t end = 0;
+        std::uint64_t otherEnd = 0;
+        if (one.size() != other.size()) return false;
+        if (one.size() < sizeof end) return one == other;
+        const std::size_t before = one.size() - sizeof end;
+        std::memcpy(&end, one.data() + before, sizeof end);
+        std::memcpy(&otherEnd, other.data() + before, sizeof otherEnd);
+        return end == otherEnd && std::memcmp(one.data(), other.data(), before) == 0;
+    }
+
+    static bool CanComeBeforeStart(char c) { return c == '#' || c == ' ' || (c >= '\t' && c <= '\r'); }
+
+    static bool LacksStart(std::string_view start, std::string_view subject) {
+        if (start.empty() || (!subject.empty() && CanComeBeforeStart(subject.front()))) return false;
+        return !IsSame(start, subject.substr(0, start.size()));
+    }
 
     static PCRE2_SPTR Bytes(const std::string& text) { return reinterpret_cast<PCRE2_SPTR>(text.data()); }
 

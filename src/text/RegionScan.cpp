@@ -80,25 +80,24 @@ void RegionScan::Take(std::string_view lines) {
         const bool mentionsMarker = mention != end && mention < lines.data();
         ++m_number;
         if (dash < lines.data()) dash = next('-');
-        m_isSound = m_isSound && TakeLineOf(line, mentionsMarker);
+        const Marker marker = mentionsMarker ? MarkerOf(line) : Marker::None;
+        m_isSound = m_isSound && TakeLineOf(line, mentionsMarker, marker);
         if (!mentionsMarker) continue;
-        const Marker marker = MarkerOf(line);
         m_hasRegions = m_hasRegions || marker == Marker::BlockBegin || marker == Marker::Notice;
         mention = next(kMarkerStart);
     }
 }
 
-bool RegionScan::TakeLineOf(std::string_view line, bool mentionsMarker) {
+bool RegionScan::TakeLineOf(std::string_view line, bool mentionsMarker, Marker marker) {
     if (m_notices.IsInside()) {
         if (m_notice.size() == kMostLinesOfNotice) return false;
         m_notice.emplace_back(line);
     }
-    if (mentionsMarker) return TakeMention(line);
+    if (mentionsMarker) return TakeMention(line, marker);
     return !CanBeNearMarker(line) || !FindNearMarker(line);
 }
 
-bool RegionScan::TakeMention(std::string_view line) {
-    const Marker marker = MarkerOf(line);
+bool RegionScan::TakeMention(std::string_view line, Marker marker) {
     if (marker == Marker::BlockBegin || marker == Marker::BlockEnd)
         return HasNothingBehind(line, marker) && TakeBlockMarker(marker);
     if (FindNearMarker(line) || FindGluedMarker(line)) return false;

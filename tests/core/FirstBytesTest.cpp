@@ -40,13 +40,13 @@ class PlainPattern {
         PCRE2_SIZE offset = 0;
         m_code.reset(
             pcre2_compile(Bytes(pattern), pattern.size(), PCRE2_NEVER_UTF, &error, &offset, context.get()));
+        if (m_code != nullptr) pcre2_jit_compile(m_code.get(), PCRE2_JIT_COMPLETE);
     }
 
     bool IsValid() const { return m_code != nullptr; }
 
     bool Matches(const std::string& subject) const {
-        return pcre2_match(m_code.get(), Bytes(subject), subject.size(), 0, PCRE2_NO_JIT, m_data.get(),
-                           nullptr) >= 0;
+        return pcre2_match(m_code.get(), Bytes(subject), subject.size(), 0, 0, m_data.get(), nullptr) >= 0;
     }
 
   private:
@@ -81,18 +81,33 @@ class FirstBytes : public HostFixture {
                                                         "(^a|^b)",     "(^|b)", "\\G", "(?m)^", "(?im:^)",
                                                         "\\A\\n(?m)^", ".*",    ""};
         static const std::vector<std::string> items = {
-            "a",     "b",   "#",   " ",     "\\n",      "\\s*",   "\\s",       "\\w+",      "[^a]",
-            "[ab]?", "a*+", "b+?", "#*",    "(a|b)",    "(a|)",   "(\\n|$)++", "\\b",       "\\B",
-            "$",     "\\Z", "\\z", "(?!a)", "(?=b)",    "(?<!a)", "(?<=b)",    "(?:ab|#)",  "(?>a|ab)",
-            ".",     "\\R", "\\X", "\\C",   "|",        "|^",     "(a)\\1",    "(?i)",      "(?s).",
-            "(?m)^", "\\K", "\\N", "\\x00", "[^\\x80]", "\\xe4",  "(*ACCEPT)", "(*COMMIT)", "(*F)|"};
+            "a",     "b",     "=",         "ab=",      "ab",       "#",         " ",         "\\n",
+            "\\s*",  "\\s",   "\\w+",      "[^a]",     "[ab]?",    "a*+",       "b+?",       "#*",
+            "(a|b)", "(a|)",  "(\\n|$)++", "\\b",      "\\B",      "$",         "\\Z",       "\\z",
+            "(?!a)", "(?=b)", "(?<!a)",    "(?<=b)",   "(?:ab|#)", "(?>a|ab)",  ".",         "\\R",
+            "\\X",   "\\C",   "|",         "|^",       "(a)\\1",   "(?i)",      "(?s).",     "(?m)^",
+            "\\K",   "\\N",   "\\x00",     "[^\\x80]", "\\xe4",    "(*ACCEPT)", "(*COMMIT)", "(*F)|"};
         return starts[m_random() % starts.size()] + Joined(items, 4);
     }
 
     std::string AnySubject() {
-        static const std::vector<std::string> bytes = {
-            "a",  "b",    "A", "#", " ",    "\t",   "\n",
-            "\r", "\r\n", "=", "-", "\xe4", "\x80", std::string(1, '\0')};
+        static const std::vector<std::string> bytes = {"a",
+                                                       "b",
+                                                       "A",
+                                                       "#",
+                                                       " ",
+                                                       "\t",
+                                                       "\n",
+                                                       "\r",
+                                                       "\r\n",
+                                                       "=",
+                                                       "-",
+                                                       "# --",
+                                                       "ab=",
+                                                       "=",
+                                                       "\xe4",
+                                                       "\x80",
+                                                       std::string(1, '\0')};
         return Joined(bytes, 5);
     }
 
@@ -135,6 +150,36 @@ TEST_F(FirstBytes, PatternsFindTheSameBeforeAndAfterManySearches) {
             ASSERT_EQ(Matches(pattern, subject), plain.Matches(subject))
                 << testing::PrintToString(pattern) << " in " << testing::PrintToString(subject);
         }
+    }
+}
+
+TEST_F(FirstBytes, TextThatAPatternBeginsWithIsFoundBehindSignsAndBlanks) {
+    for (const char* pattern : {"^a*=",
+                                "^#*\\s*name=",
+                                "^\\s*b",
+                                "^# --a #*\\s*b=",
+                                "^\\s*a#*",
+                                "^#*#b",
+                                "^a\\s*#*b=",
+                                "^#*\\s",
+                                "^",
+                                "^#*",
+                                "^#*\\s*parameter_17=",
+                                "^\\s*parameter_17",
+                                "^#a",
+                                "^ a",
+                                "^\\s* a",
+                                "^\\s*\\s*b",
+                                "^#*\\s*==",
+                                "^\\s*\\s",
+                                "^#*\\sb",
+                                "^ab"}) {
+        const PlainPattern plain(pattern);
+        for (const char* subject :
+             {"",     "=",        "a=",          "=a=",  "name=", "# name=x=", "name==", "nam=name=", "b",
+              "  b",  "# --a b=", "# --a ## b=", "a",    "a#",    "##b",       "#b",     "a #b=",     "#\t",
+              "   b", "==",       "#===",        "# ==", "#b b",  " b",        "ab",     "xab"})
+            EXPECT_EQ(Matches(pattern, subject), plain.Matches(subject)) << pattern << " in " << subject;
     }
 }
 
