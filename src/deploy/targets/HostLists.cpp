@@ -45,6 +45,7 @@ const std::set<std::string>& HostLists::Committed() {
 }
 
 const Target* HostLists::CommittedTarget(const std::string& path) {
+    if (Committed().empty()) return nullptr;
     const std::string name = NameOf(path);
     return Committed().count(name) == 0 ? nullptr : TargetNamed(name);
 }
