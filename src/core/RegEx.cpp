@@ -120,10 +120,26 @@ RegEx::Entry& RegEx::Find(const std::string& pattern) {
         return entry;
     }
     if (m_result == nullptr) Prepare();
-    Entry entry{pattern, Compile(pattern, 0), false, nullptr,
-                m_uses,  kUsesBeforeLook,     {},    SizeOfStart(pattern)};
-    entry.isTranslated = pcre2_jit_compile(entry.code.get(), PCRE2_JIT_COMPLETE) == 0;
+    Entry entry;
+    entry.pattern = pattern;
+    entry.code = Compile(pattern, 0);
+    entry.lastUse = m_uses;
+    entry.sizeOfStart = SizeOfStart(pattern);
+    if (entry.sizeOfStart == 0) Translate(entry);
     return Add(std::move(entry));
+}
+
+void RegEx::Translate(Entry& entry) {
+    entry.isTranslated = pcre2_jit_compile(entry.code.get(), PCRE2_JIT_COMPLETE) == 0;
+}
+
+/// A pattern that the system made takes few steps in the interpreter, too. Any other without machine code is
+/// left to the guard.
+int RegEx::MatchUntranslated(Entry& entry, const std::string& subject) {
+    if (entry.sizeOfStart == 0) return PCRE2_ERROR_MATCHLIMIT;
+    if (--entry.untilTranslated == 0) Translate(entry);
+    return pcre2_match(entry.code.get(), Bytes(subject), subject.size(), 0, PCRE2_NO_JIT, m_result.get(),
+                       m_fast.get());
 }
 
 /// Again from the start when memory ran out on the way: the result comes last.

@@ -30,14 +30,14 @@ class RegEx {
         if (m_last == nullptr || !IsSame(m_last->pattern, pattern)) m_last = &Find(pattern);
         if (!subject.empty() && m_last->isHopeless[static_cast<unsigned char>(subject.front())]) return false;
         if (--m_last->untilLook == 0) LookAtFirstBytes(*m_last);
-        if (m_last->isTranslated && subject.size() <= kShortSubject) {
-            if (LacksStart(m_last->Start(), subject)) return false;
-            const int result = pcre2_jit_match(m_last->code.get(), Bytes(subject), subject.size(), 0, 0,
-                                               m_result.get(), m_fast.get());
-            if (result >= 0) return true;
-            if (result == PCRE2_ERROR_NOMATCH) return false;
-        }
-        return MatchGuarded(*m_last, subject);
+        if (subject.size() > kShortSubject) return MatchGuarded(*m_last, subject);
+        if (LacksStart(m_last->Start(), subject)) return false;
+        const int result = m_last->isTranslated
+                               ? pcre2_jit_match(m_last->code.get(), Bytes(subject), subject.size(), 0, 0,
+                                                 m_result.get(), m_fast.get())
+                               : MatchUntranslated(*m_last, subject);
+        if (result >= 0) return true;
+        return result != PCRE2_ERROR_NOMATCH && MatchGuarded(*m_last, subject);
     }
 
   private:
@@ -57,6 +57,9 @@ class RegEx {
     /// The look takes as long as so many searches.
     static constexpr std::uint64_t kUsesBeforeLook = 1024;
 
+    /// For fewer searches, the translation takes longer than it saves.
+    static constexpr std::uint64_t kUsesBeforeTranslation = 64;
+
     struct Entry {
         std::string pattern;
         Code code;
@@ -66,6 +69,7 @@ class RegEx {
         std::uint64_t untilLook = kUsesBeforeLook;
         std::array<bool, 256> isHopeless = {};  ///< bytes with which no match begins; none before the look
         std::size_t sizeOfStart = 0;
+        std::uint64_t untilTranslated = kUsesBeforeTranslation;
 
         /// With what every match begins but for signs and blanks before it; empty when that is not known.
         std::string_view Start() const {
@@ -101,6 +105,8 @@ class RegEx {
     Code Compile(const std::string& pattern, std::uint32_t options) const;
     Entry& Find(const std::string& pattern);
     Entry& Add(Entry entry);
+    static void Translate(Entry& entry);
+    int MatchUntranslated(Entry& entry, const std::string& subject);
     void LookAtFirstBytes(Entry& entry) const;
     void PrepareGuard(Entry& entry);
     bool MatchGuarded(Entry& entry, const std::string& subject);

@@ -105,8 +105,9 @@ std::string ReadFileBytes(const std::string& path) {
 
 std::string ReadFileHead(const std::string& path, std::size_t size) {
     const Descriptor descriptor(OpenToRead(path));
-    OpenedStatus(descriptor, path);
-    std::string head(size, '\0');
+    const auto known = static_cast<std::size_t>(OpenedStatus(descriptor, path).st_size);
+    // A file of the system's own does not tell its size.
+    std::string head(known == 0 ? size : std::min(size, known), '\0');
     head.resize(ReadBlock(descriptor, path, head));
     return head;
 }
