@@ -1,12 +1,9 @@
 #ifndef ZET_LINE_FEED_H
 #define ZET_LINE_FEED_H
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
 #include <bit>
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 namespace ZET {
@@ -16,12 +13,12 @@ namespace ZET {
 inline std::size_t FindLineFeed(std::string_view text) {
     std::size_t position = 0;
 #ifdef __SSE2__
-    constexpr std::size_t kBlock = sizeof(__m128i);
-    constexpr std::size_t kShortLine = 8 * kBlock;
-    const __m128i lineFeeds = _mm_set1_epi8('\n');
-    for (; position < kShortLine && text.size() - position >= kBlock; position += kBlock) {
-        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(text.data() + position));
-        const auto found = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, lineFeeds)));
+    using Block = char __attribute__((vector_size(16)));
+    constexpr std::size_t kShortLine = 8 * sizeof(Block);
+    for (; position < kShortLine && text.size() - position >= sizeof(Block); position += sizeof(Block)) {
+        Block block;
+        std::memcpy(&block, text.data() + position, sizeof block);
+        const auto found = static_cast<unsigned>(__builtin_ia32_pmovmskb128(Block(block == '\n')));
         if (found != 0) return position + static_cast<std::size_t>(std::countr_zero(found));
     }
 #endif
