@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <string_view>
 #include <utility>
 
 #include "Message.h"
@@ -61,6 +62,32 @@ std::string ErrorText(int error) {
     return reinterpret_cast<const char*>(text);
 }
 
+/// Whether a match begins where the subject does, if anywhere, and what it finds is a matter of the bytes
+/// that it passes. Groups with a question mark look around and change the options, verbs do both.
+bool IsPlainAtStart(const pcre2_code* code, const std::string& pattern) {
+    std::uint32_t options = 0;
+    return pcre2_pattern_info(code, PCRE2_INFO_ALLOPTIONS, &options) == 0 &&
+           (options & PCRE2_ANCHORED) != 0 && pattern.find("(?") == std::string::npos &&
+           pattern.find("(*") == std::string::npos;
+}
+
+bool IsLiteral(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+           std::string_view("_=-#/:,;@ ").find(c) != std::string_view::npos;
+}
+
+/// How much of the end of a pattern is the text that every match begins with, of one as the system makes
+/// them: a start, signs and blanks that may be repeated, and literal text. 0 for any other, which may be one
+/// that gives up.
+std::size_t SizeOfStart(std::string_view pattern) {
+    if (!pattern.starts_with('^')) return 0;
+    pattern.remove_prefix(1);
+    for (const std::string_view repeated : {std::string_view("#*"), std::string_view("\\s*")}) {
+        if (pattern.starts_with(repeated)) pattern.remove_prefix(repeated.size());
+    }
+    return std::all_of(pattern.begin(), pattern.end(), IsLiteral) ? pattern.size() : 0;
+}
+
 [[noreturn]] void FailMatch(const std::string& pattern, std::size_t size, int error) {
     if (error == PCRE2_ERROR_NOMEMORY) throw std::bad_alloc();
     Fail("Regular expression '%s' gives up on a text of %zu bytes: %s.", Printable(pattern).c_str(), size,
@@ -93,9 +120,26 @@ RegEx::Entry& RegEx::Find(const std::string& pattern) {
         return entry;
     }
     if (m_result == nullptr) Prepare();
-    Entry entry{pattern, Compile(pattern, 0), false, nullptr, m_uses};
-    entry.isTranslated = pcre2_jit_compile(entry.code.get(), PCRE2_JIT_COMPLETE) == 0;
+    Entry entry;
+    entry.pattern = pattern;
+    entry.code = Compile(pattern, 0);
+    entry.lastUse = m_uses;
+    entry.sizeOfStart = SizeOfStart(pattern);
+    if (entry.sizeOfStart == 0) Translate(entry);
     return Add(std::move(entry));
+}
+
+void RegEx::Translate(Entry& entry) {
+    entry.isTranslated = pcre2_jit_compile(entry.code.get(), PCRE2_JIT_COMPLETE) == 0;
+}
+
+/// A pattern that the system made takes few steps in the interpreter, too. Any other without machine code is
+/// left to the guard.
+int RegEx::MatchUntranslated(Entry& entry, const std::string& subject) {
+    if (entry.sizeOfStart == 0) return PCRE2_ERROR_MATCHLIMIT;
+    if (--entry.untilTranslated == 0) Translate(entry);
+    return pcre2_match(entry.code.get(), Bytes(subject), subject.size(), 0, PCRE2_NO_JIT, m_result.get(),
+                       m_fast.get());
 }
 
 /// Again from the start when memory ran out on the way: the result comes last.
@@ -104,6 +148,7 @@ void RegEx::Prepare() {
     pcre2_set_newline(m_compile.get(), PCRE2_NEWLINE_LF);
     m_fast.reset(Required(pcre2_match_context_create(nullptr)));
     pcre2_set_match_limit(m_fast.get(), kFastMatchLimit);
+    pcre2_set_heap_limit(m_fast.get(), kHeapLimit);
     m_entries.reserve(kMaxEntries);
     m_result.reset(Required(pcre2_match_data_create(1, nullptr)));
 }
@@ -114,6 +159,18 @@ RegEx::Entry& RegEx::Add(Entry entry) {
     if (m_entries.size() < kMaxEntries) return m_entries.emplace_back(std::move(entry));
     const auto older = [](const Entry& a, const Entry& b) { return a.lastUse < b.lastUse; };
     return *std::min_element(m_entries.begin(), m_entries.end(), older) = std::move(entry);
+}
+
+/// A search in a subject of one byte that says no, and does not ask what would come behind it, says no
+/// whatever comes. A line feed may be the last thing of a subject or not, so it is never taken for hopeless.
+void RegEx::LookAtFirstBytes(Entry& entry) const {
+    if (!IsPlainAtStart(entry.code.get(), entry.pattern)) return;
+    for (std::size_t byte = 0; byte < entry.isHopeless.size(); ++byte) {
+        const auto subject = static_cast<PCRE2_UCHAR>(byte);
+        const int result = pcre2_match(entry.code.get(), &subject, 1, 0, PCRE2_PARTIAL_HARD | PCRE2_NO_JIT,
+                                       m_result.get(), m_fast.get());
+        entry.isHopeless[byte] = result == PCRE2_ERROR_NOMATCH && subject != '\n';
+    }
 }
 
 void RegEx::PrepareGuard(Entry& entry) {

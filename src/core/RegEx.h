@@ -4,10 +4,13 @@
 #define PCRE2_CODE_UNIT_WIDTH 8
 #include <pcre2.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ZET {
@@ -24,14 +27,17 @@ class RegEx {
     /// Whether `pattern` is found in `subject`. Throws `EZETError` naming a pattern that does not compile, or
     /// that needs too much time or memory.
     bool Match(const std::string& pattern, const std::string& subject) {
-        if (m_last == nullptr || m_last->pattern != pattern) m_last = &Find(pattern);
-        if (m_last->isTranslated && subject.size() <= kShortSubject) {
-            const int result = pcre2_jit_match(m_last->code.get(), Bytes(subject), subject.size(), 0, 0,
-                                               m_result.get(), m_fast.get());
-            if (result >= 0) return true;
-            if (result == PCRE2_ERROR_NOMATCH) return false;
-        }
-        return MatchGuarded(*m_last, subject);
+        if (m_last == nullptr || !IsSame(m_last->pattern, pattern)) m_last = &Find(pattern);
+        if (!subject.empty() && m_last->isHopeless[static_cast<unsigned char>(subject.front())]) return false;
+        if (--m_last->untilLook == 0) LookAtFirstBytes(*m_last);
+        if (subject.size() > kShortSubject) return MatchGuarded(*m_last, subject);
+        if (LacksStart(m_last->Start(), subject)) return false;
+        const int result = m_last->isTranslated
+                               ? pcre2_jit_match(m_last->code.get(), Bytes(subject), subject.size(), 0, 0,
+                                                 m_result.get(), m_fast.get())
+                               : MatchUntranslated(*m_last, subject);
+        if (result >= 0) return true;
+        return result != PCRE2_ERROR_NOMATCH && MatchGuarded(*m_last, subject);
     }
 
   private:
@@ -48,16 +54,50 @@ class RegEx {
     using CompileContext = std::unique_ptr<pcre2_compile_context, Free<&pcre2_compile_context_free>>;
     using JitStack = std::unique_ptr<pcre2_jit_stack, Free<&pcre2_jit_stack_free>>;
 
+    /// The look takes as long as so many searches.
+    static constexpr std::uint64_t kUsesBeforeLook = 1024;
+
+    /// For fewer searches, the translation takes longer than it saves.
+    static constexpr std::uint64_t kUsesBeforeTranslation = 64;
+
     struct Entry {
         std::string pattern;
         Code code;
         bool isTranslated = false;  ///< to machine code
         Code guarded;               ///< the same with a call of the guard before each item; made when needed
         std::uint64_t lastUse = 0;
+        std::uint64_t untilLook = kUsesBeforeLook;
+        std::array<bool, 256> isHopeless = {};  ///< bytes with which no match begins; none before the look
+        std::size_t sizeOfStart = 0;
+        std::uint64_t untilTranslated = kUsesBeforeTranslation;
+
+        /// With what every match begins but for signs and blanks before it; empty when that is not known.
+        std::string_view Start() const {
+            return std::string_view(pattern).substr(pattern.size() - sizeOfStart);
+        }
     };
 
     /// Up to here, even a pattern whose work grows with the cube of the length ends in no time.
     static constexpr std::size_t kShortSubject = 1024;
+
+    /// Lines that are alike begin alike, so that their ends tell more.
+    static bool IsSame(std::string_view one, std::string_view other) {
+        std::uint64_t end = 0;
+        std::uint64_t otherEnd = 0;
+        if (one.size() != other.size()) return false;
+        if (one.size() < sizeof end) return one == other;
+        const std::size_t before = one.size() - sizeof end;
+        std::memcpy(&end, one.data() + before, sizeof end);
+        std::memcpy(&otherEnd, other.data() + before, sizeof otherEnd);
+        return end == otherEnd && std::memcmp(one.data(), other.data(), before) == 0;
+    }
+
+    static bool CanComeBeforeStart(char c) { return c == '#' || c == ' ' || (c >= '\t' && c <= '\r'); }
+
+    static bool LacksStart(std::string_view start, std::string_view subject) {
+        if (start.empty() || (!subject.empty() && CanComeBeforeStart(subject.front()))) return false;
+        return !IsSame(start, subject.substr(0, start.size()));
+    }
 
     static PCRE2_SPTR Bytes(const std::string& text) { return reinterpret_cast<PCRE2_SPTR>(text.data()); }
 
@@ -65,6 +105,9 @@ class RegEx {
     Code Compile(const std::string& pattern, std::uint32_t options) const;
     Entry& Find(const std::string& pattern);
     Entry& Add(Entry entry);
+    static void Translate(Entry& entry);
+    int MatchUntranslated(Entry& entry, const std::string& subject);
+    void LookAtFirstBytes(Entry& entry) const;
     void PrepareGuard(Entry& entry);
     bool MatchGuarded(Entry& entry, const std::string& subject);
 

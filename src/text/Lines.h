@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 #include <vector>
 
@@ -19,6 +20,40 @@ inline TextLine TakeLine(std::string_view& text) {
     const TextLine line{text.substr(0, length), length < text.size()};
     text.remove_prefix(length + (line.hasLineFeed ? 1 : 0));
     return line;
+}
+
+/// Takes blocks of this size off a text, as long as there are any, and counts their line feeds: what a block
+/// holds can be counted in a byte, so that the compiler takes many bytes at once.
+template <std::size_t kBlock>
+std::size_t TakeLineFeeds(std::string_view& text) {
+    static_assert(kBlock < 256);
+    std::size_t count = 0;
+    for (; text.size() >= kBlock; text.remove_prefix(kBlock)) {
+        unsigned char inBlock = 0;
+        for (std::size_t i = 0; i < kBlock; ++i)
+            inBlock = static_cast<unsigned char>(inBlock + (text[i] == '\n' ? 1 : 0));
+        count += inBlock;
+    }
+    return count;
+}
+
+inline std::size_t CountLineFeeds(std::string_view text) {
+    std::size_t count = TakeLineFeeds<128>(text);
+    count += TakeLineFeeds<16>(text);
+    return count + TakeLineFeeds<1>(text);
+}
+
+/// How many lines there are, the last one with a line feed or without.
+inline std::size_t CountLines(std::string_view text) {
+    return CountLineFeeds(text) + (text.empty() || text.back() == '\n' ? 0 : 1);
+}
+
+/// The whole lines before the one that holds the byte at `position`, with their line feeds.
+inline std::string_view LinesBefore(std::string_view text, std::size_t position) {
+    if (position >= text.size()) return text;
+    const void* const lineFeed = memrchr(text.data(), '\n', position);
+    if (lineFeed == nullptr) return {};
+    return text.substr(0, static_cast<std::size_t>(static_cast<const char*>(lineFeed) - text.data()) + 1);
 }
 
 /// The lines of a text, which must outlive them.

@@ -1,13 +1,16 @@
 #include "text/Markers.h"
 
-#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <iterator>
 
 #include "zet/ZETFormat.h"
 
 namespace ZET {
 
-std::string_view MarkerText(Marker marker) {
+namespace {
+
+constexpr std::string_view TextOf(Marker marker) {
     switch (marker) {
         case Marker::BlockBegin:
             return ZETBeginMarker;
@@ -27,12 +30,35 @@ std::string_view MarkerText(Marker marker) {
     return "";
 }
 
+struct KnownMarker {
+    Marker marker;
+    std::string_view text;
+};
+
+constexpr std::array<KnownMarker, std::size(kMarkers)> KnownMarkers() {
+    std::array<KnownMarker, std::size(kMarkers)> known = {};
+    for (std::size_t i = 0; i < known.size(); ++i)
+        known[i] = {kMarkers[i], TextOf(kMarkers[i])};
+    return known;
+}
+
+constexpr std::array<KnownMarker, std::size(kMarkers)> kKnown = KnownMarkers();
+/// Where most markers differ from each other.
+constexpr std::size_t kTelling = kMarkerStart.size() + 1;
+
+}  // namespace
+
+std::string_view MarkerText(Marker marker) {
+    return TextOf(marker);
+}
+
 Marker MarkerOf(std::string_view line) {
     // Most lines are no comment at all.
-    if (!line.starts_with(kMarkerStart)) return Marker::None;
-    const auto* found = std::find_if(std::begin(kMarkers), std::end(kMarkers),
-                                     [&](Marker marker) { return line.starts_with(MarkerText(marker)); });
-    return found == std::end(kMarkers) ? Marker::None : *found;
+    if (line.size() <= kTelling || !line.starts_with(kMarkerStart)) return Marker::None;
+    for (const KnownMarker& known : kKnown) {
+        if (line[kTelling] == known.text[kTelling] && line.starts_with(known.text)) return known.marker;
+    }
+    return Marker::None;
 }
 
 }  // namespace ZET

@@ -64,36 +64,40 @@ bool HasNothingBehind(std::string_view line, Marker marker) {
 
 void RegionScan::Take(std::string_view lines) {
     const char* const end = lines.data() + lines.size();
-    const auto nextMention = [&] { return lines.data() + std::min(lines.find(kMarkerStart), lines.size()); };
-    const auto nextDash = [&] { return lines.data() + std::min(lines.find('-'), lines.size()); };
+    const auto next = [&](auto what) { return lines.data() + std::min(lines.find(what), lines.size()); };
     // Lines without a dash, as most are, are only counted: a third of the time of the look.
     const bool hasOtherDashes = HasWideCharacter(lines);
-    const char* dash = nextDash();
-    for (const char* mention = nextMention(); !lines.empty();) {
+    const char* dash = next('-');
+    const char* mention = next(kMarkerStart);
+    while (!lines.empty()) {
+        if (!hasOtherDashes && !m_notices.IsInside()) {
+            const std::string_view others = LinesBefore(lines, static_cast<std::size_t>(dash - lines.data()));
+            m_number += CountLines(others);
+            lines.remove_prefix(others.size());
+            if (lines.empty()) return;
+        }
         const std::string_view line = TakeLine(lines).text;
         const bool mentionsMarker = mention != end && mention < lines.data();
         ++m_number;
-        if (dash >= lines.data() && !hasOtherDashes && !m_notices.IsInside()) continue;
-        if (dash < lines.data()) dash = nextDash();
-        m_isSound = m_isSound && TakeLineOf(line, mentionsMarker);
+        if (dash < lines.data()) dash = next('-');
+        const Marker marker = mentionsMarker ? MarkerOf(line) : Marker::None;
+        m_isSound = m_isSound && TakeLineOf(line, mentionsMarker, marker);
         if (!mentionsMarker) continue;
-        const Marker marker = MarkerOf(line);
         m_hasRegions = m_hasRegions || marker == Marker::BlockBegin || marker == Marker::Notice;
-        mention = nextMention();
+        mention = next(kMarkerStart);
     }
 }
 
-bool RegionScan::TakeLineOf(std::string_view line, bool mentionsMarker) {
+bool RegionScan::TakeLineOf(std::string_view line, bool mentionsMarker, Marker marker) {
     if (m_notices.IsInside()) {
         if (m_notice.size() == kMostLinesOfNotice) return false;
         m_notice.emplace_back(line);
     }
-    if (mentionsMarker) return TakeMention(line);
+    if (mentionsMarker) return TakeMention(line, marker);
     return !CanBeNearMarker(line) || !FindNearMarker(line);
 }
 
-bool RegionScan::TakeMention(std::string_view line) {
-    const Marker marker = MarkerOf(line);
+bool RegionScan::TakeMention(std::string_view line, Marker marker) {
     if (marker == Marker::BlockBegin || marker == Marker::BlockEnd)
         return HasNothingBehind(line, marker) && TakeBlockMarker(marker);
     if (FindNearMarker(line) || FindGluedMarker(line)) return false;

@@ -30,8 +30,8 @@ class RegionScan {
     bool HasRegions() const { return m_hasRegions; }
 
   private:
-    bool TakeLineOf(std::string_view line, bool mentionsMarker);
-    bool TakeMention(std::string_view line);
+    bool TakeLineOf(std::string_view line, bool mentionsMarker, Marker marker);
+    bool TakeMention(std::string_view line, Marker marker);
     bool TakeBlockMarker(Marker marker);
     bool TakeCommentMarker(Marker marker, std::string_view line);
     bool IsNoticeWhole() const;

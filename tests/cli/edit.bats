@@ -275,6 +275,20 @@ apply_diff() {
     assert_absent state/zet-staging.123456
 }
 
+@test "an edit looks for directories of killed runs where the run before it did not come to its end" {
+    zet param set conf a first
+    mkdir -m 700 state/zet-staging.123456
+    zet param set conf a second
+    [[ -d state/zet-staging.123456 ]]
+    printf '4711 (zet-client commit-config)\n' >state/zet.lock
+    zet param set conf a third
+    assert_absent state/zet-staging.123456
+    mkdir -m 700 state/zet-staging.123456
+    : >state/zet.lock
+    zet param set conf a fourth
+    assert_absent state/zet-staging.123456
+}
+
 @test "a file that is too large to be written anew is left as it is" {
     head -c 100000 /dev/zero | tr '\0' x >big
     remember_host

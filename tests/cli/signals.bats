@@ -259,5 +259,5 @@ zet-client: error: ended by a signal (${signal%/*}) before all was done (run the
         diff -r out "$BASE/out.before"
         assert_equal "$(names_in state)" zet.lock
     done
-    [[ $count -gt 8 ]]
+    [[ $count -gt 7 ]]
 }

@@ -92,6 +92,7 @@ class Checker:
         self._scenario.prepare(self._host, self._run_sound)
         self.old = self._host.look()
         watcher = Watcher(self._host.root, self.old)
+        self._host.forget_holders()
         undisturbed = self.run(Fault("none"), watcher)
         self.calls, self.allocations = self._runner.counted()
         self.output = undisturbed.output

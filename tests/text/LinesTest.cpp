@@ -32,6 +32,26 @@ TEST(Lines, LastLineMayLackItsLineFeed) {
     EXPECT_THAT(Split("a\nb"), ElementsAre("a", "b|"));
 }
 
+TEST(Lines, LineFeedsAreCountedInTextsOfEveryLength) {
+    std::string text;
+    std::size_t count = 0;
+    for (std::size_t size = 0; size < 700; ++size) {
+        ASSERT_EQ(CountLineFeeds(text), count) << size;
+        ASSERT_EQ(CountLines(text), SplitLines(text).size()) << size;
+        const bool isLineFeed = size % 7 == 3 || (size > 200 && size < 500);
+        text += isLineFeed ? '\n' : 'x';
+        count += isLineFeed ? 1 : 0;
+    }
+}
+
+TEST(Lines, LinesBeforeAByteEndWhereItsLineBegins) {
+    EXPECT_EQ(LinesBefore("a\nb\ncd\n", 5), "a\nb\n");
+    EXPECT_EQ(LinesBefore("a\nb\n", 2), "a\n");
+    EXPECT_EQ(LinesBefore("a\nb\n", 3), "a\n");
+    EXPECT_EQ(LinesBefore("a\nb\n", 0), "");
+    EXPECT_EQ(LinesBefore("a\nb", 4), "a\nb");
+}
+
 TEST(Lines, CarriageReturnIsPartOfTheLine) {
     EXPECT_THAT(Split("a\r\n\rb\n"), ElementsAre("a\r", "\rb"));
     EXPECT_EQ(WithoutCarriageReturn("a\r\r"), "a\r");

@@ -108,8 +108,9 @@ std::string ReadFileBytes(const std::string& path) {
 
 std::string ReadFileHead(const std::string& path, std::size_t size) {
     const Descriptor descriptor(OpenToRead(path));
-    OpenedStatus(descriptor, path);
-    std::string head(size, '\0');
+    const auto known = static_cast<std::size_t>(OpenedStatus(descriptor, path).st_size);
+    // A file of the system's own does not tell its size.
+    std::string head(known == 0 ? size : std::min(size, known), '\0');
     head.resize(ReadBlock(descriptor, path, head));
     return head;
 }
@@ -209,9 +210,11 @@ void RequireModeOf(const std::string& model, const std::string& staged) {
     RequireMode(descriptor, staged, ModeOf(model));
 }
 
-void RequireOwnName(const std::string& path) {
+bool RequireOwnName(const std::string& path) {
     struct stat status = {};
-    if (lstat(path.c_str(), &status) == 0 && !IsOwn(status)) FailOfOther(path);
+    if (lstat(path.c_str(), &status) != 0) return errno != ENOENT;
+    if (!IsOwn(status)) FailOfOther(path);
+    return true;
 }
 
 void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode) {

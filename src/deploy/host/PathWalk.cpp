@@ -168,10 +168,7 @@ std::string PathWalk::NameOf(const std::string& component) const {
 }
 
 FoundFile PathWalk::Result() const {
-    FoundFile found;
-    found.isThroughLink = m_links > 0;
-    found.judge = m_judge;
-    found.path = m_walked.back()->name;
+    FoundFile found{m_walked.back()->name, "", nullptr, std::nullopt, m_links > 0, m_judge};
     if (m_beyond.empty()) {
         found.directory = m_walked[m_walked.size() > 1 ? m_walked.size() - 2 : 0];
         found.name = m_walked.size() > 1 ? BaseNameOf(found.path) : ".";

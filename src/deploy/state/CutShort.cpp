@@ -1,7 +1,6 @@
 #include "deploy/state/CutShort.h"
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/Staging.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/LeftOvers.h"
 #include "deploy/state/Settling.h"
@@ -79,7 +78,6 @@ std::set<std::string> FilesOfCutShort(Host& host) {
 }
 
 std::set<std::string> SettleCutShort(Host& host, bool goesBack) {
-    Staging::RemoveLeftOvers(host.State().Path());
     try {
         return CutShortEntries(host, host.HostHistory().ToRecord()).Settle();
     } catch (const Failure& failure) {

@@ -18,7 +18,8 @@ HostProduct::HostProduct(const std::string& configFile, const Options& options, 
     : Host(configFile, options, observer),
       m_moduleFile(options.moduleFile.empty() ? OwnModule() : options.moduleFile) {
     // Its code runs as soon as it is loaded.
-    if (const std::optional<Problem> problem = CheckWayTo(Paths(""), ModuleFile())) throw Failure(*problem);
+    if (const std::optional<Problem> problem = CheckWayTo(ModulePaths(), ModuleFile()))
+        throw Failure(*problem);
     LoadModule();
 }
 

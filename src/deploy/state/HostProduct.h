@@ -18,10 +18,14 @@ class HostProduct : public Host {
     IZETConfig& Config() { return *m_config; }
     const std::string& ModuleFile() const { return m_moduleFile; }
 
+    /// Where the module is, which is the host's own under any root.
+    const Paths& ModulePaths() const { return HostPaths().HasRoot() ? m_ownPaths : HostPaths(); }
+
   private:
     void LoadModule();
 
     const std::string m_moduleFile;
+    Paths m_ownPaths{""};
     std::shared_ptr<IZETConfig> m_config;
 };
 

@@ -36,9 +36,7 @@ std::optional<Problem> CheckWayTo(const Paths& paths, const std::string& path) {
 }
 
 std::optional<Problem> CheckModule(HostProduct& product) {
-    if (geteuid() != 0) return std::nullopt;
-    if (!product.HostPaths().HasRoot()) return Check(product.HostPaths(), product.ModuleFile());
-    return Check(Paths(""), product.ModuleFile());
+    return geteuid() == 0 ? Check(product.ModulePaths(), product.ModuleFile()) : std::nullopt;
 }
 
 void RequireOwnInstructions(HostProduct& product) {

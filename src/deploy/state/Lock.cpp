@@ -29,11 +29,22 @@ struct flock WholeFile() {
     return lock;
 }
 
-/// "process 4711 (zet-init commit-config)", as the holder wrote it into the file that it locked.
-std::string HolderOf(int descriptor) {
+std::string TextOf(int descriptor) {
     char text[200] = {};
     const ssize_t length = pread(descriptor, text, sizeof text - 1, 0);
-    const std::string holder(text, static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+    return std::string(text, static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+}
+
+/// Behind the line that names the holder, an empty one says that he came to his end.
+constexpr char kEnd = '\n';
+
+bool NamesOneWhoEnded(int descriptor) {
+    return TextOf(descriptor).ends_with(std::string("\n") + kEnd);
+}
+
+/// "process 4711 (zet-init commit-config)", as the holder wrote it into the file that it locked.
+std::string HolderOf(int descriptor) {
+    const std::string holder = TextOf(descriptor);
     const std::size_t end = holder.find('\n');
     // Nobody tells who holds the lock of a directory.
     return end == std::string::npos ? "another process" : "process " + holder.substr(0, end);
@@ -76,10 +87,12 @@ void RequireOwnLockFile(int descriptor, const std::string& file) {
 }
 
 /// For whoever waits for the lock. That it cannot be written, as on a full disk, is no reason not to go on.
-void NameHolder(const std::string& name, int descriptor) {
+/// Returns how much was written.
+off_t NameHolder(const std::string& name, int descriptor) {
     const std::string holder = std::to_string(getpid()) + " (" + name + ")\n";
-    if (ftruncate(descriptor, 0) == 0)
-        static_cast<void>(pwrite(descriptor, holder.data(), holder.size(), 0) == 0);
+    if (ftruncate(descriptor, 0) != 0) return 0;
+    const ssize_t written = pwrite(descriptor, holder.data(), holder.size(), 0);
+    return written == static_cast<ssize_t>(holder.size()) ? written : 0;
 }
 
 /// Without its file: none, as `errno` says.
@@ -94,7 +107,6 @@ Descriptor Lock(const LockSeeker& seeker, const std::string& file) {
                              .remedy = "let ZET_VAR_LIB_DIR be on a file system that has locks"},
                             errno);
     }
-    NameHolder(seeker.name, lock);
     return lock;
 }
 
@@ -129,13 +141,24 @@ bool MayOthersWrite(const std::string& directory) {
 WriteLock::WriteLock(const StateDirectory& state, const LockSeeker& seeker)
     : m_lock(Lock(seeker, state.Lock())) {
     if (m_lock < 0) FailToOpen(state.Lock());
+    TakeOver(seeker);
 }
 
 WriteLock::WriteLock(const StateDirectory& state, const LockSeeker& seeker, const std::string& path)
     : m_lock(Lock(seeker, state.Lock())) {
     if (!IsProducts() && errno != EACCES && errno != EROFS && errno != ENOENT) FailToOpen(state.Lock());
+    if (IsProducts()) TakeOver(seeker);
     const std::string directory = DirectoryOf(path);
     if (!IsProducts() || MayOthersWrite(directory)) m_directoryLock = LockDirectory(seeker, directory);
+}
+
+WriteLock::~WriteLock() {
+    if (m_namedSize > 0) static_cast<void>(pwrite(m_lock, &kEnd, sizeof kEnd, m_namedSize) == 0);
+}
+
+void WriteLock::TakeOver(const LockSeeker& seeker) {
+    m_mayFollowOneCutShort = !NamesOneWhoEnded(m_lock);
+    m_namedSize = NameHolder(seeker.name, m_lock);
 }
 
 }  // namespace ZET::Deploy

@@ -1,6 +1,8 @@
 #ifndef ZET_LOCK_H
 #define ZET_LOCK_H
 
+#include <sys/types.h>
+
 #include <chrono>
 #include <string>
 
@@ -28,13 +30,23 @@ class WriteLock {
     /// locks the directory of the file, where directories can be locked; so does a caller with it where
     /// others may write, too.
     WriteLock(const StateDirectory& state, const LockSeeker& seeker, const std::string& path);
+    ~WriteLock();
+    WriteLock(const WriteLock&) = delete;
+    WriteLock& operator=(const WriteLock&) = delete;
+
+    /// Whether it is not known that whoever held the product's lock before came to his end.
+    bool MayFollowOneCutShort() const { return m_mayFollowOneCutShort; }
 
     /// Whether it is the product's own lock, and not only that of a directory.
     bool IsProducts() const { return m_lock >= 0; }
 
   private:
+    void TakeOver(const LockSeeker& seeker);
+
     Descriptor m_lock;
     Descriptor m_directoryLock;
+    bool m_mayFollowOneCutShort = true;
+    off_t m_namedSize = 0;  ///< of the text that names the holder; 0: it could not be written
 };
 
 }  // namespace ZET::Deploy

@@ -27,9 +27,9 @@ bool HasStateFile(const std::string& file) {
 
 void ReplaceStateFile(const std::string& file, const std::string& text) {
     const std::string temporary = file + ZETTemporarySuffix;
-    RequireOwnName(temporary);
+    const bool mayBeThere = RequireOwnName(temporary);
     if (text.empty()) {
-        unlink(temporary.c_str());  // a killed run may have left it
+        if (mayBeThere) unlink(temporary.c_str());  // a killed run may have left it
         if (IsFileExist(file)) RemoveFile(file);
         return;
     }

@@ -10,6 +10,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Staging.h"
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
 #include "posix/PathNames.h"
@@ -69,18 +70,25 @@ Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Ri
         m_records = m_records && product.HostHistory().CanRecord();
         if (m_records) cutShort = FilesOfCutShort(product);
     } else {
-        const LockSeeker seeker{product.Caller(), product.Out()};
-        m_lock = right == Right::OfTheProduct
-                     ? std::make_unique<WriteLock>(product.State(), seeker)
-                     : std::make_unique<WriteLock>(product.State(), seeker, paths.front());
+        Lock(product, paths, right);
         // What runs that were killed left is known to whoever holds the product's lock.
         m_records = m_records && m_lock->IsProducts();
+        // Their directories may be in many places: whoever writes a few files looks there only where the run
+        // before him may have left one.
+        if (m_lock->MayFollowOneCutShort()) Staging::RemoveLeftOvers(product.State().Path());
         if (m_records) SettleCutShort(product, goesBack);
     }
     for (const std::string& path : paths) {
         RequireDirectory(product, path);
         RequireFreeNames(path, m_records, cutShort);
     }
+}
+
+void Writing::Lock(HostProduct& product, const std::vector<std::string>& paths, Right right) {
+    const LockSeeker seeker{product.Caller(), product.Out()};
+    m_lock = right == Right::OfTheProduct
+                 ? std::make_unique<WriteLock>(product.State(), seeker)
+                 : std::make_unique<WriteLock>(product.State(), seeker, paths.front());
 }
 
 }  // namespace ZET::Deploy

@@ -31,6 +31,8 @@ class Writing {
     bool Records() const { return m_records; }
 
   private:
+    void Lock(HostProduct& product, const std::vector<std::string>& paths, Right right);
+
     bool m_records;
     SignalGuard m_signals;
     std::unique_ptr<WriteLock> m_lock;

@@ -366,6 +366,7 @@ RollbackResult RollBack(Deployment& product, const std::vector<std::string>& nam
     if (!product.Wanted().dryRun) {
         RequireOwnInstructions(product);
         lock = std::make_unique<WriteLock>(product.State(), LockSeeker{product.Caller(), product.Out()});
+        Staging::RemoveLeftOvers(product.State().Path());
         SettleCutShort(product, true);
     }
     return Rollback(product, names, isForced).Run();

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "Buffer.h"
+#include "LineFeed.h"
 
 namespace ZET {
 
@@ -30,7 +31,7 @@ class Text {
             m_exhausted = true;
             return false;
         }
-        const std::size_t lineFeed = rest.find('\n');
+        const std::size_t lineFeed = FindLineFeed(rest);
         m_endedByEnd = lineFeed == std::string_view::npos;
         line = {rest.data(), m_endedByEnd ? rest.size() : lineFeed};
         m_lineStart = m_position;
