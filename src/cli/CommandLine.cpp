@@ -250,6 +250,14 @@ void Arguments::AddFlag(const char* name, const char* help, bool& flag) {
     m_command.add_flag(name, flag, help);
 }
 
+void Arguments::AddChoice(const char* name, const std::vector<std::string>& words, const char* help,
+                          std::string& word) {
+    std::string type;
+    for (const std::string& each : words)
+        type += (type.empty() ? "" : "|") + each;
+    m_command.add_option(name, word, help)->check(CLI::IsMember(words))->type_name(type);
+}
+
 void Arguments::AddList(const char* name, const char* type, const char* help,
                         std::vector<std::string>& values) {
     m_command.add_option(name, values, help)->type_name(type)->allow_extra_args(false);

@@ -35,6 +35,8 @@ class Arguments {
     void AddWord(const char* name, const char* help, std::string& word);
     void AddWords(const char* name, const char* help, std::vector<std::string>& words, bool isRequired);
     void AddFlag(const char* name, const char* help, bool& flag);
+    void AddChoice(const char* name, const std::vector<std::string>& words, const char* help,
+                   std::string& word);
     void AddList(const char* name, const char* type, const char* help, std::vector<std::string>& values);
 
   private:
@@ -66,6 +68,13 @@ class Command : private Arguments {
 
     Command& Flag(const char* name, bool Given::*member, const char* help) {
         AddFlag(name, help, (*m_given).*member);
+        return *this;
+    }
+
+    /// An option with one of these words.
+    Command& Choice(const char* name, const std::vector<std::string>& words, std::string Given::*member,
+                    const char* help) {
+        AddChoice(name, words, help, (*m_given).*member);
         return *this;
     }
 

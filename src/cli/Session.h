@@ -55,6 +55,7 @@ class Session : private Observer {
     void Error(const std::string& text, const std::string& lines) override { m_report.Error(text, lines); }
     void Progress(std::size_t done, std::size_t total) override { m_report.Progress(done, total); }
     void Done(const FileOutcome& outcome) override;
+    void Recorded(std::int64_t entry) override { m_report.Set("entry", entry); }
     void Restarts(const std::vector<std::string>& services) override;
 
     const GlobalOptions& m_asked;

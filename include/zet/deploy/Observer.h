@@ -2,6 +2,7 @@
 #define ZET_DEPLOY_OBSERVER_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,9 @@ class ZET_API Observer {
 
     /// One file is done with.
     virtual void Done(const FileOutcome&) {}
+
+    /// The number under which the history has what the call did.
+    virtual void Recorded(std::int64_t /*entry*/) {}
 
     /// The services that do not notice by themselves what was changed; at the end, also where it broke off.
     virtual void Restarts(const std::vector<std::string>& /*services*/) {}

@@ -8,6 +8,7 @@
 #include "zet/ZETApi.h"
 #include "zet/ZETProblem.h"
 #include "zet/deploy/FileOutcome.h"
+#include "zet/deploy/OnEdit.h"
 #include "zet/deploy/Product.h"
 
 namespace ZET::Deploy {
@@ -43,7 +44,8 @@ class ZET_API Plan {
 /// renders each in a private directory, and compares it with what is there. A template that the list does not
 /// have is a `UsageError`; a list that cannot be read, and a rendering that its own check command refuses, a
 /// `Failure`.
-ZET_API Plan MakePlan(Product& product, const std::vector<std::string>& templateNames = {});
+ZET_API Plan MakePlan(Product& product, const std::vector<std::string>& templateNames = {},
+                      OnEdit onEdit = OnEdit::AsConfigured);
 
 }  // namespace ZET::Deploy
 

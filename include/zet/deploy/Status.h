@@ -24,9 +24,16 @@ struct TargetState {
     std::string file;     ///< as the list names it
 };
 
+/// A file that was edited in place.
+struct EditState {
+    std::string path;
+    std::string state;  ///< "in place"; "changed": by somebody else since; "gone": its blocks; "missing"
+};
+
 struct ZET_API TargetStates {
     std::vector<TargetState> targets;
     std::vector<std::string> leftOvers;  ///< committed, and not in the list any more
+    std::vector<EditState> edits;        ///< of single lines of files that are no targets
 
     bool IsAnyUnknown() const;
     bool IsInSync() const;

@@ -18,7 +18,13 @@ struct CommitOptions {
     std::vector<std::string> templates;
     bool runChecks = false;
     std::vector<std::string> assignments;
+    std::string onEdit;
 };
+
+OnEdit OnEditOf(const CommitOptions& asked) {
+    if (asked.onEdit.empty()) return OnEdit::AsConfigured;
+    return asked.onEdit == "refuse" ? OnEdit::Refuse : OnEdit::Overwrite;
+}
 
 std::string Describe(const FileOutcome& outcome, bool isDryRun) {
     if (!outcome.IsChange()) return NameOf(outcome.result);
@@ -61,7 +67,7 @@ int CommitConfig(Session& session, const CommitOptions& asked) {
     session.Out().AddList("problems");
     Deployment& product = session.Product();
     AssumeParameters(product, ParseAssignments(asked.assignments, "--set"));
-    CommitPlan plan(product, asked.templates);
+    CommitPlan plan(product, asked.templates, OnEditOf(asked));
     if (!plan.Problems().empty()) return TellProblems(session.Out(), plan.Problems());
     TellChecksNotRun(session, plan.ChecksNotRun());
     bool wouldChange = false;
@@ -82,8 +88,9 @@ void RegisterCommit(CommandLine& line) {
                             CommitConfig)
         .Any("TEMPLATE", &CommitOptions::templates, "Only these templates")
         .Flag("--run-checks", &CommitOptions::runChecks, kRunChecksHelp)
-        .List("--set", "NAME=VALUE", &CommitOptions::assignments,
-              "With -n: as if a parameter had this value");
+        .List("--set", "NAME=VALUE", &CommitOptions::assignments, "With -n: as if a parameter had this value")
+        .Choice("--on-edit", {"overwrite", "refuse"}, &CommitOptions::onEdit,
+                "What to do with a target that somebody edited");
 }
 
 }  // namespace ZET::Cli

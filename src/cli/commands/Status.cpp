@@ -16,6 +16,7 @@ struct StatusOptions {
 };
 
 constexpr char kInSync[] = "in sync";
+constexpr char kInPlace[] = "in place";
 
 bool IsClient(const Session& session) {
     return session.Asked().role == Role::Client;
@@ -26,6 +27,7 @@ void BeginStatus(Session& session) {
     session.Out().Set("commit_time", nullptr);
     session.Out().Set("file_server", nullptr);
     session.Out().AddList("targets");
+    session.Out().AddList("edits");
 }
 
 void TellRole(Session& session, const RoleStatus& status) {
@@ -67,6 +69,15 @@ std::string CountsOf(const std::vector<TargetState>& targets) {
     return text.empty() ? "no targets" : text;
 }
 
+/// Nothing has to be done about them, so that they do not count.
+void TellEdits(Session& session, const std::vector<EditState>& edits, bool onlyChanged) {
+    for (const EditState& edit : edits) {
+        if (onlyChanged && edit.state == kInPlace) continue;
+        session.Out().Line(edit.path + ": edit " + edit.state);
+        session.Out().Add("edits", Fields{{"path", edit.path}, {"state", edit.state}});
+    }
+}
+
 int Status(Session& session, const StatusOptions& asked) {
     const SignalGuard signals;
     BeginStatus(session);
@@ -76,6 +87,7 @@ int Status(Session& session, const StatusOptions& asked) {
         if (!asked.changed || target.state != kInSync) TellTarget(session, target);
     }
     session.Out().Line(CountsOf(states.targets));
+    TellEdits(session, states.edits, asked.changed);
     for (const std::string& path : states.leftOvers) {
         session.Out().Warning(path +
                               ": was committed and is not in the list of targets any more "

@@ -26,6 +26,11 @@ class Relay : public Observer {
         Reached().Done(outcome);
     }
 
+    void Recorded(std::int64_t entry) override {
+        m_outcome.entry = entry;
+        Reached().Recorded(entry);
+    }
+
     void Restarts(const std::vector<std::string>& services) override {
         m_outcome.restarts = services;
         Reached().Restarts(services);

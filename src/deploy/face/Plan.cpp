@@ -9,8 +9,8 @@ namespace ZET::Deploy {
 
 class Plan::Implementation {
   public:
-    Implementation(Deployment& product, const std::vector<std::string>& templateNames)
-        : deployment(product), plan(product, templateNames) {}
+    Implementation(Deployment& product, const std::vector<std::string>& templateNames, OnEdit onEdit)
+        : deployment(product), plan(product, templateNames, onEdit) {}
 
     Deployment& deployment;
     CommitPlan plan;
@@ -38,9 +38,9 @@ std::vector<std::string> Plan::Restarts() const {
     return m_implementation->plan.RestartsOf(m_implementation->plan.Targets());
 }
 
-Plan MakePlan(Product& product, const std::vector<std::string>& templateNames) {
+Plan MakePlan(Product& product, const std::vector<std::string>& templateNames, OnEdit onEdit) {
     return Use(product, [&](Deployment& deployment) {
-        return Plan(std::make_unique<Plan::Implementation>(deployment, templateNames));
+        return Plan(std::make_unique<Plan::Implementation>(deployment, templateNames, onEdit));
     });
 }
 

@@ -205,8 +205,11 @@ void Recording::Complete(Ending ending) {
 
 void Recording::Close(EntryOutcome outcome, Ending ending) {
     const std::int64_t number = *std::exchange(m_open, std::nullopt);
-    m_store->Close(number, outcome, Settled(ending));
-    if (!m_host.HostHistory().KeepsTexts()) m_store->Drop(number);
+    const bool isKept = m_store->Close(number, outcome, Settled(ending));
+    if (!m_host.HostHistory().KeepsTexts())
+        m_store->Drop(number);
+    else if (isKept)
+        m_host.Out().Recorded(number);
 }
 
 }  // namespace ZET::Deploy

@@ -46,7 +46,7 @@ bool IsReserved(const std::string& path) {
 
 }  // namespace
 
-CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& templateNames)
+CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& templateNames, OnEdit onEdit)
     : m_product(product) {
     const bool isDryRun = product.Wanted().dryRun;
     if (!isDryRun) {
@@ -66,6 +66,36 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
         product.Out().Progress(m_targets.size(), m_checked.targets.size());
         Add(target);
     }
+    JudgeEdits(onEdit);
+}
+
+/// Whether the history can keep the text that a commit replaces.
+bool CommitPlan::CanBeKept(const PlannedTarget& planned) const {
+    const StoreLimits limits = m_product.HostHistory().Limits();
+    const auto size = static_cast<std::uint64_t>(planned.version.size);
+    return !planned.before.exists || (limits.keepsTexts && size <= limits.largestText);
+}
+
+/// An edit that is refused, or would be lost, is a problem like the others.
+void CommitPlan::JudgeEdits(OnEdit onEdit) {
+    const bool isRefused = onEdit == OnEdit::Refuse ||
+                           (onEdit == OnEdit::AsConfigured && m_product.Param("ZET_ON_EDIT") == "refuse");
+    for (const PlannedTarget& planned : m_targets) {
+        if (!planned.IsOthersWork()) continue;
+        if (isRefused) {
+            m_checked.problems.push_back(
+                {.file = planned.path,
+                 .text = planned.before.exists ? "was edited since the last commit"
+                                               : "was removed since the last commit",
+                 .remedy = "--on-edit=overwrite replaces it, and the history keeps it"});
+        } else if (onEdit == OnEdit::AsConfigured && !CanBeKept(planned)) {
+            m_checked.problems.push_back(
+                {.file = planned.path,
+                 .text = "was edited since the last commit, and the history cannot keep the edit",
+                 .remedy = "--on-edit=overwrite replaces it all the same"});
+        }
+    }
+    if (!m_checked.problems.empty()) m_targets.clear();
 }
 
 void CommitPlan::Add(const Target& target) {

@@ -14,6 +14,7 @@
 #include "deploy/targets/Deployment.h"
 #include "deploy/targets/TargetCheck.h"
 #include "zet/deploy/FileOutcome.h"
+#include "zet/deploy/OnEdit.h"
 
 namespace ZET::Deploy {
 
@@ -48,7 +49,8 @@ class CommitPlan {
     /// in a private directory, has its own check command look at the result, and compares it with what is
     /// there. A template that the list does not have is a `UsageError`; what cannot be rendered or is refused
     /// by its check is a `Failure`.
-    CommitPlan(Deployment& product, const std::vector<std::string>& templateNames);
+    CommitPlan(Deployment& product, const std::vector<std::string>& templateNames,
+               OnEdit onEdit = OnEdit::AsConfigured);
 
     /// What keeps the commit from being made; there are no targets then.
     const std::vector<Problem>& Problems() const { return m_checked.problems; }
@@ -68,6 +70,8 @@ class CommitPlan {
     void Add(const Target& target);
     void Stage(PlannedTarget& planned);
     void FillIn(PlannedTarget& planned) const;
+    void JudgeEdits(OnEdit onEdit);
+    bool CanBeKept(const PlannedTarget& planned) const;
 
     Deployment& m_product;
     std::unique_ptr<WriteLock> m_lock;

@@ -15,6 +15,7 @@
 #include "deploy/targets/Render.h"
 #include "deploy/targets/TargetCheck.h"
 #include "deploy/targets/Targets.h"
+#include "text/RegionScan.h"
 
 namespace ZET::Deploy {
 
@@ -79,6 +80,19 @@ class StateTeller {
     const Staging m_staging;
 };
 
+bool HasBlocks(const std::string& path) {
+    RegionScan scan(nullptr);
+    ReadChunks(path, [&](std::string_view lines) { scan.Take(lines); });
+    return scan.HasRegions();
+}
+
+std::string StateOfEdit(const KnownFiles& known, const std::string& path) {
+    if (known.IsAsLeft(path)) return "in place";
+    const FileState now = StateOf(path);
+    if (!now.exists) return "missing";
+    return now.IsRegular() && HasBlocks(path) ? "changed" : "gone";
+}
+
 }  // namespace
 
 RoleStatus RoleStatusOf(HostProduct& product) {
@@ -110,6 +124,8 @@ TargetStates StatesOfTargets(Deployment& product) {
     for (const std::string& path : known.PathsOf(product.Role())) {
         if (listed.count(path) == 0) result.leftOvers.push_back(path);
     }
+    for (const std::string& path : known.EditedPaths())
+        if (listed.count(path) == 0) result.edits.push_back({path, StateOfEdit(known, path)});
     return result;
 }
 

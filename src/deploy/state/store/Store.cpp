@@ -151,8 +151,8 @@ std::vector<std::int64_t> Store::Numbers(const char* statement, const RowValues&
     return numbers;
 }
 
-void Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& settlement) {
-    Guarded([&] {
+bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& settlement) {
+    return Guarded([&] {
         SyncCommits(Sync::AsTold);
         Database::Transaction transaction(*m_database);
         for (const FileToRecord& file : settlement.changed)
@@ -170,9 +170,11 @@ void Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
         entry.ended = Now();
         entry.outcome = outcome;
         ReplaceEntry(*m_database, entry);
-        if (IsEmpty(number)) m_database->Run("DELETE FROM entries WHERE number = ?", {number});
+        const bool isKept = !IsEmpty(number);
+        if (!isKept) m_database->Run("DELETE FROM entries WHERE number = ?", {number});
         Prune();
         transaction.Commit();
+        return isKept;
     });
 }
 

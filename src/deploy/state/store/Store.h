@@ -49,8 +49,8 @@ class Store {
     void Plan(std::int64_t number, const std::vector<FileToRecord>& files);
 
     /// Ends an entry. Each file that it changed is known from now on as it left it; an entry that changed
-    /// none is dropped.
-    void Close(std::int64_t number, EntryOutcome outcome, const Settlement& settlement = {});
+    /// none is dropped, and false returned.
+    bool Close(std::int64_t number, EntryOutcome outcome, const Settlement& settlement = {});
 
     /// Takes an entry out that changed nothing.
     void Drop(std::int64_t number);
