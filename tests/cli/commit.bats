@@ -30,7 +30,7 @@ $HOST/out/two.conf: created, mode 0644, owner $EUID:$(id -g)
     grep -qx 'DOMAIN=example.org' state/zet-client.status
     grep -qxE 'COMMIT_TIME=[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}Z' state/zet-client.status
     assert_equal "$(names_in state)" \
-        "zet-client-fs.status zet-client.manifest zet-client.status zet.lock"
+        "zet-client-fs.status zet-client.status zet.lock"
     assert_equal "$(names_in out)" \
         "one.conf one.conf.before_zet two.conf two.conf.no_file_before_zet"
 }
@@ -58,7 +58,7 @@ $HOST/out/two.conf: created, mode 0644, owner $EUID:$(id -g)
     server commit-config
     assert_file out/server.conf "$(notice server.conf zet-init)"$'\ns\n'
     assert_absent out/client.conf
-    assert_equal "$(names_in state)" "zet-server.manifest zet-server.status zet.lock"
+    assert_equal "$(names_in state)" "zet-server.status zet.lock"
 }
 
 @test "a second commit touches no target and says so" {

@@ -39,7 +39,7 @@ assert_completed() {
     assert_made one.conf $'realm = EXAMPLE.ORG\n'
     assert_file out/one.conf.before_zet $'old\n'
     assert_equal "$(names_in out)" "one.conf one.conf.before_zet"
-    assert_equal "$(names_in state)" "zet-client-fs.status zet-client.manifest zet-client.status zet.lock"
+    assert_equal "$(names_in state)" "zet-client-fs.status zet-client.status zet.lock"
     run_zet status
     assert_status 0
 }

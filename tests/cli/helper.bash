@@ -148,12 +148,16 @@ assert_equal() {
     [[ $1 == "$2" ]] || differ "values" "$2" "$1"
 }
 
-# Everything in the host's directory: kind, mode, owner, times, link targets, bytes. Whoever writes leaves his
-# name in the file that he locks.
+# Of the store, whose files change when it is looked at: names for find.
+STORE_FILES=(-name state.db -o -name state.db-wal -o -name state.db-shm)
+
+# Everything in the host's directory but the store: kind, mode, owner, times, link targets, bytes. Whoever writes
+# leaves his name in the file that he locks, and may make the store beside it.
 state_of_host() {
-    find "$HOST" ! -name zet.lock -printf '%y %m %U:%G %i %T@ %p -> %l\n' | LC_ALL=C sort
-    find "$HOST" -name zet.lock -printf '%y %m %U:%G %p\n'
-    find "$HOST" -type f ! -name zet.lock -exec sha256sum {} + | LC_ALL=C sort
+    local beside=("(" -name zet.lock -o "${STORE_FILES[@]}" ")")
+    find "$HOST" ! "${beside[@]}" ! -path "$HOST/state" -printf '%y %m %U:%G %i %T@ %p -> %l\n' | LC_ALL=C sort
+    find "$HOST" \( -name zet.lock -o -path "$HOST/state" \) -printf '%y %m %U:%G %p\n'
+    find "$HOST" -type f ! "${beside[@]}" -exec sha256sum {} + | LC_ALL=C sort
 }
 
 remember_host() {

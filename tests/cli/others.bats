@@ -327,7 +327,7 @@ zet-client: removed $HOST/out/one.conf.tmp, which a run that was cut short left"
 
 @test "a file of the state that has another name is not written through" {
     add_target one.conf $'x\n'
-    for name in zet.pending.tmp zet-client.manifest.tmp zet.lock; do
+    for name in zet.pending.tmp.tmp zet.lock; do
         rm -f "state/$name"
         ln "$SECRET" "state/$name"
         run_zet commit-config
@@ -351,7 +351,7 @@ zet-client: removed $HOST/out/one.conf.tmp, which a run that was cut short left"
     assert_success "$HOST/out/one.conf: stays for the role server, which has committed it, and is rendered for it"
     assert_file out/one.conf "$(notice one.conf zet-init)"$'\nEXAMPLE.ORG\n'
     assert_file out/one.conf.before_zet $'old\n'
-    assert_equal "$(names_in state)" "zet-server.manifest zet-server.status zet.lock"
+    assert_equal "$(names_in state)" "zet-server.status zet.lock"
     PROGRAM=$ZET_BIN/zet-init run_zet status
     assert_status 0
     PROGRAM=$ZET_BIN/zet-init run_zet rollback-config

@@ -79,7 +79,7 @@ $TWO: removed, as there was none before"
     assert_file out/one.conf.before_zet $'old\n'
     assert_absent out/two.conf
     # As long as something is left to be taken back, there is a status.
-    assert_equal "$(names_in state)" "zet-client-fs.status zet-client.manifest zet-client.status zet.lock"
+    assert_equal "$(names_in state)" "zet-client-fs.status zet-client.status zet.lock"
     run_zet rollback-config --force
     assert_success "$ONE: put back as it was, mode 0644 -> 0640
 $TWO: is not there"

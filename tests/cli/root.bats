@@ -158,7 +158,7 @@ zet-client: nothing was changed"
     ln -s /srv/state tree/var/lib/zet
     run_in_tree commit-config
     assert_status 0
-    assert_equal "$(names_in tree/srv/state)" "zet-client-fs.status zet-client.manifest zet-client.status zet.lock"
+    assert_equal "$(names_in tree/srv/state)" "zet-client-fs.status zet-client.status zet.lock"
     rm tree/var/lib/zet
     ln -s "$HOST/outside/state" tree/var/lib/zet
     run_in_tree commit-config
@@ -222,7 +222,7 @@ zet-client: nothing was changed"
     run_in_tree commit-config
     assert_status 0
     local file
-    for file in zet-client.status zet-client-fs.status zet-client.manifest; do
+    for file in zet-client.status zet-client-fs.status; do
         mv "tree/var/lib/zet/$file" "$BASE/kept"
         sed 's/^COMMIT_TIME=.*/COMMIT_TIME=hidden/' "$BASE/kept" >"outside/$file"
         ln -s "$HOST/outside/$file" "tree/var/lib/zet/$file"
@@ -240,7 +240,7 @@ zet-client: nothing was changed"
     run_in_tree commit-config
     assert_status 0
     local file kind
-    for file in zet-client.manifest zet.pending; do
+    for file in zet.pending; do
         # What stands beside the files is enough to put them back.
         [[ $file == *.manifest ]] && kind=warning || kind=error
         echo /etc/one.conf >"outside/$file"

@@ -83,7 +83,7 @@ stop_before() {
 
 # names_in DIRECTORY: all that is below it, in one line.
 names_in() {
-    find "$1" -mindepth 1 -printf '%P\n' | sort | paste -sd ' '
+    find "$1" -mindepth 1 ! \( "${STORE_FILES[@]}" \) -printf '%P\n' | sort | paste -sd ' '
 }
 
 # hold_lock: another process holds the product's lock until release_lock, with its words in it; $HOLDER is its number.

@@ -47,7 +47,7 @@ assert_same_end() {
         diff <(echo "$END") <(echo "$now") >&2
         return 1
     }
-    assert_equal "$(names_in state)" "zet-client-fs.status zet-client.manifest zet-client.status zet.lock"
+    assert_equal "$(names_in state)" "zet-client-fs.status zet-client.status zet.lock"
     assert_equal "$(names_in "$TMPDIR")" ""
     run_zet status
     assert_status 0
@@ -105,7 +105,7 @@ zet-client: error: ended by a signal (${signal%/*}) before all was done (run the
                 "to be restarted: $(names 1 $((count - 1)) | sed "s|$HOST/out/|service-|g")"
         fi
         assert_nothing_lost
-        [[ " zet-client.manifest zet.lock" == *" $(names_in state)" ]]
+        [[ " zet.lock" == *" $(names_in state)" ]]
         assert_equal "$(find . -name '*.tmp')" ""
         run_zet commit-config
         assert_status 0

@@ -66,7 +66,7 @@ ${empty}700
 $(notice two.conf)
 example.org
 $empty"
-    assert_equal "$(names_in state)" "zet-client-fs.status zet-client.manifest zet-client.status zet.lock"
+    assert_equal "$(names_in state)" "zet-client-fs.status zet-client.status zet.lock"
 }
 
 @test "a check command gets its arguments as they stand, without a shell" {
@@ -330,7 +330,7 @@ to be restarted: service-c
     assert_output "1 unchanged"
     assert_stderr "zet-client: removed $HOST/out/one.conf.tmp, which a run that was cut short left
 zet-client: removed $HOST/out/one.conf.before_zet.a1B2c3.tmp, which a run that was cut short left"
-    assert_equal "$(names_in state)" "zet-client-fs.status zet-client.manifest zet-client.status zet.lock"
+    assert_equal "$(names_in state)" "zet-client-fs.status zet-client.status zet.lock"
     assert_equal "$(names_in out)" "one.conf one.conf.no_file_before_zet"
 }
 

@@ -6,7 +6,8 @@ import stat
 import struct
 
 import statefiles
-from statefiles import LOCK, MANIFEST, STAGING, manifest_bytes, parse_manifest
+import store
+from statefiles import LOCK, STAGING, STORE
 
 PLAIN_TEXT = "# a comment\nsize=3\n#name=none\ncolor=red\n# not-for-others\n"
 TEMPLATE = ("# --ZET_TEMPLATE_COMMENT--\n# of no interest\n# --ZET_COMMENT_END--\n"
@@ -14,11 +15,12 @@ TEMPLATE = ("# --ZET_TEMPLATE_COMMENT--\n# of no interest\n# --ZET_COMMENT_END--
 ORIGINAL = "the original\n" * 500
 OTHER_OWNER = 12345
 KEPT_ATTRIBUTES = ("user.", "system.posix_acl_access")
+STORE_KIND = (stat.S_IFREG, 0o600)
 NAMES = "names of one file"  # hard links, among the attributes
 
 
 class Entry(tuple):
-    """(kind, mode, owner, group, attributes, content); that of a manifest has its lines taken apart."""
+    """(kind, mode, owner, group, attributes, content); that of the store is a `Store`."""
 
     mode = property(lambda self: self[1])
     owner = property(lambda self: self[2])
@@ -30,6 +32,21 @@ class Entry(tuple):
 def key_of(state):
     """Equal for states that differ in the random names of temporary directories only."""
     return frozenset((STAGING.sub("zet-staging", path), entry) for path, entry in state.items())
+
+
+def gather_store(path, found):
+    """Its files are one entry, which is there even where it is not, unless one of them is something else."""
+    names = [path + suffix for suffix in store.SUFFIXES if path + suffix in found]
+    if all(found[name][:2] == STORE_KIND for name in names):
+        files = {name.removeprefix(path): found.pop(name).content for name in names}
+        found[path] = Entry(STORE_KIND + (os.geteuid(), os.getegid(), (), store.Store(files)))
+
+
+def is_same(one, other):
+    """Byte for byte, in the store as well."""
+    if one is None or one != other:
+        return False
+    return not isinstance(one.content, store.Store) or one.content.files == other.content.files
 
 
 def write(path, text, mode=0o644, owner=None):
@@ -104,20 +121,14 @@ class Host:
         self._look_into("", found, inodes)
         for path in [path for path in found if LOCK.search(path)]:
             del found[path]
-        for path in [path for path in found if MANIFEST.search(path)]:
-            entry = found[path]
-            if isinstance(entry.content, bytes):
-                found[path] = Entry(entry[:5] + (parse_manifest(entry.content, self._root_of(path)),))
+        for directory in [path for path in found if path.endswith(statefiles.DIRECTORY)]:
+            gather_store(directory + "/state.db", found)
         for names in inodes.values():
             for path in names if len(names) > 1 else ():
                 entry = found[path]
                 found[path] = Entry(entry[:4] + (entry.attributes + ((NAMES, tuple(sorted(names))),),
                                                  entry.content))
         return found
-
-    def _root_of(self, manifest):
-        """Before which directory its paths have to be read."""
-        return self.path("tree") if manifest.startswith("tree/") else ""
 
     def _look_into(self, directory, found, inodes):
         with os.scandir(self.path(directory)) as entries:
@@ -148,15 +159,10 @@ class Host:
         for path in sorted((present.keys() - wanted.keys()) | others, reverse=True):
             full = self.path(path)
             os.rmdir(full) if present[path][0] == stat.S_IFDIR else os.unlink(full)
-        # The record of what a run was about to write is older than anything that it wrote.
-        changed = [path for path in sorted(wanted, key=lambda path: (not path.endswith(".pending"), path))
-                   if present.get(path) != wanted[path]]
+        changed = [path for path in sorted(wanted, key=lambda path: (not STORE.search(path), path))
+                   if not is_same(present.get(path), wanted[path])]
         for path in changed:
             self._write_entry(path, wanted[path])
-        # They name the inodes of the others.
-        for path in wanted if changed else []:
-            if MANIFEST.search(path):
-                self._write_entry(path, wanted[path])
 
     def forget_holders(self):
         """Whether the last holder of the lock came to his end decides where the next one looks: all runs are to
@@ -171,6 +177,9 @@ class Host:
         kind, mode, owner, group, attributes, content = entry
         if kind == stat.S_IFDIR:
             os.makedirs(full, exist_ok=True)
+        elif isinstance(content, store.Store):
+            store.write(full, content)
+            return
         elif os.path.lexists(full):
             os.unlink(full)
         if kind == stat.S_IFLNK:
@@ -181,8 +190,7 @@ class Host:
             os.link(self.path(first), full)
             return
         if kind == stat.S_IFREG:
-            is_manifest = MANIFEST.search(path) is not None
-            write(full, manifest_bytes(content, self._root_of(path)) if is_manifest else content)
+            write(full, content)
             for name, value in attributes:
                 if name != NAMES:
                     os.setxattr(full, name, value)

@@ -19,7 +19,7 @@ import disk
 import verdict
 from host import Host, write
 from run import NotPossible
-from statefiles import ABSENCE, DIRECTORY, LOCKS, RECORDS, RESERVE, STATUSES, is_left_over, pending_record
+from statefiles import ABSENCE, DIRECTORY, LOCKS, RECORDS, RESERVE, STATUSES, is_left_over
 
 MOST_CPU = 2.0  # s
 MOST_MEMORY = 256 << 10  # KiB
@@ -98,9 +98,6 @@ class Reader:
         write(self._path(TARGET), ORIGINAL)
         self._require(COMMIT)
         self._host.configure("elsewhere.example", "tree", "")
-        pending = self._path(STATE[RECORDS.index("zet.pending")] if "zet.pending" in RECORDS else STATE[0])
-        if not os.path.exists(pending):
-            write(pending, pending_record("/" + TARGET))
         self._old = self._look()
         for command in LOOKING + WRITING:
             self._require(command)

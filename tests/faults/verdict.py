@@ -3,7 +3,8 @@
 import re
 import stat
 
-from statefiles import ABSENCE, COMPANIONS, MANIFEST, RESERVE, STATUS, is_left_over
+from statefiles import ABSENCE, COMPANIONS, RESERVE, STATUS, is_left_over
+from store import Store
 
 # What an undoing leaves as it is: working copies, and what the preparation configured.
 NOT_UNDONE = re.compile(r"(^|/)(etc(/|$)|zet\.conf$)")
@@ -32,7 +33,7 @@ def of_files(old, new, now, is_warned):
             continue
         if STATUS.search(path) and is_cut_short(entry, new.get(path)):
             continue
-        if MANIFEST.search(path) and is_partly_recorded(entry):
+        if is_store(entry) and (is_warned and not entry.content.damage or entry.content.is_between(old[path].content, new[path].content)):
             continue
         found.append(f"{path} is neither old nor new: {shown(entry)}")
     return found
@@ -45,6 +46,8 @@ def has_warned(result):
 
 def is_nearly(entry, wanted):
     """The same bytes, and open to nobody else."""
+    if is_store(entry) and is_store(wanted):
+        return entry.content.tells_same_texts(wanted.content)
     return (entry is not None and wanted is not None and entry.content == wanted.content
             and entry[1] & wanted[1] == entry[1])
 
@@ -67,9 +70,8 @@ def is_cut_short(entry, new):
     return without_time(new.content).startswith(without_time(entry.content))
 
 
-def is_partly_recorded(entry):
-    """Whole lines. Which files they tell of depends on where the run stopped."""
-    return entry is not None and all(isinstance(line, tuple) for line in entry.content)
+def is_store(entry):
+    return entry is not None and isinstance(entry.content, Store)
 
 
 def of_originals(old, new, now):
@@ -99,6 +101,8 @@ def of_success(result, output, new, now, may_leave, is_denied):
         if same(path, one, other) or (is_left_over(path) and may_leave):
             continue
         if is_warned and is_nearly(one, other):
+            continue
+        if is_store(one) and "state.db" in result.errors and one.content.is_to_be_settled():
             continue
         found.append(f"exit status 0, but {path} is {shown(one)}")
     return found
@@ -132,5 +136,7 @@ def shown(entry):
     if entry is None:
         return "absent"
     kind, mode, owner, group, attributes, content = entry
+    if not isinstance(content, bytes):
+        return repr(content)
     text = content if kind != stat.S_IFREG or len(content) < 160 else content[:160] + b"..."
     return f"{mode:04o} {owner}:{group} {dict(attributes)} {text!r}"

@@ -1,0 +1,89 @@
+"""What the product recorded on a host, read from the store's files. Only this file knows its tables."""
+
+import os
+import sqlite3
+import tempfile
+
+SUFFIXES = ("", "-wal", "-shm", "-journal")
+# What is the host's, and not only remembered: targets and edits.
+KINDS = (0, 1)
+KNOWN = ("SELECT path, kind, present, mode, owner, grp, size, digest, roles, named_role, template"
+         " FROM known JOIN states ON known.state = states.id")
+OPEN = ("SELECT path, was.digest, becomes.present, becomes.digest FROM entries JOIN files ON files.entry = entries.number"
+        " JOIN states AS was ON files.before = was.id JOIN states AS becomes ON files.after = becomes.id"
+        " WHERE outcome = 0")
+
+_read = {}  # raw bytes that were read already
+
+
+class Store:
+    """The bytes of the store's files, equal to others that tell the same."""
+
+    def __init__(self, files):
+        self.files = files  # by suffix
+        key = tuple(sorted((suffix, data) for suffix, data in files.items() if suffix != "-shm"))
+        if key not in _read:
+            _read[key] = _contents(files)
+        self.known, self.open, self.damage = _read[key]
+
+    def __eq__(self, other):
+        return isinstance(other, Store) and self._told() == other._told()
+
+    def __hash__(self):
+        return hash(self._told())
+
+    def _told(self):
+        return self.known, self.open, self.damage
+
+    def __repr__(self):
+        return f"store of {sorted(self.known)}, open {sorted(self.open)}, {self.damage or 'sound'}"
+
+    def is_between(self, old, new):
+        """Each file is known as before or as it was to become, or not yet."""
+        return not self.damage and self.known <= old.known | new.known
+
+    def tells_same_texts(self, other):
+        """Of files that may have other owners and modes."""
+        texts, others = ({(row[0], row[1], row[2], row[7]) for row in each.known} for each in (self, other))
+        return not self.damage and texts == others
+
+    def is_to_be_settled(self):
+        """All was done, but the entry could not be closed: the next run does it."""
+        return not self.damage and bool(self.open)
+
+
+def _contents(files):
+    """What is known of files, what was about to be written, and what is damaged."""
+    if not files.get("") and not files.get("-wal"):
+        return frozenset(), frozenset(), ""
+    with tempfile.TemporaryDirectory(dir="/dev/shm" if os.path.isdir("/dev/shm") else None) as directory:
+        for suffix, data in files.items():
+            if suffix != "-shm":
+                with open(f"{directory}/state.db{suffix}", "wb") as file:
+                    file.write(data)
+        database = sqlite3.connect(f"{directory}/state.db")
+        try:
+            return _tables(database)
+        except sqlite3.DatabaseError as error:
+            return frozenset(), frozenset(), str(error)
+        finally:
+            database.close()
+
+
+def _tables(database):
+    damage = database.execute("PRAGMA integrity_check").fetchone()[0]
+    if database.execute("SELECT count(*) FROM sqlite_schema").fetchone()[0] == 0:
+        return frozenset(), frozenset(), ""
+    known = frozenset(row for row in database.execute(KNOWN) if row[1] in KINDS)
+    return known, frozenset(database.execute(OPEN)), "" if damage == "ok" else damage
+
+
+def write(path, store):
+    """In the place of whatever is there."""
+    for suffix in SUFFIXES:
+        if os.path.lexists(path + suffix):
+            os.unlink(path + suffix)
+    for suffix, data in store.files.items():
+        descriptor = os.open(path + suffix, os.O_WRONLY | os.O_CREAT | os.O_EXCL, 0o600)
+        with open(descriptor, "wb") as file:
+            file.write(data)
