@@ -1,0 +1,85 @@
+# What a commit does with a target that somebody edited.
+
+load helper
+load set
+
+setup() {
+    make_set
+    add_target one.conf $'realm = ${realm}\n'
+    zet commit-config
+    echo mine >>out/one.conf
+}
+
+teardown() {
+    remove_host
+}
+
+@test "an edit is overwritten, and the remark says how to see it" {
+    run_zet commit-config
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/out/one.conf: was edited since the last commit; the edits are overwritten
+zet-client: \"history show 2 $HOST/out/one.conf\" shows what it held"
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
+}
+
+@test "an edit is refused where that is asked for, and nothing is written" {
+    remember_host
+    run_zet commit-config --on-edit=refuse
+    assert_refusal 1 "$HOST/out/one.conf: was edited since the last commit (--on-edit=overwrite replaces it, and the history keeps it)
+zet-client: nothing was changed"
+    run_zet option set ZET_ON_EDIT refuse
+    run_zet commit-config
+    assert_status 1
+    run_zet commit-config --on-edit=overwrite
+    assert_status 0
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
+}
+
+@test "a target that was removed is refused as well" {
+    rm out/one.conf
+    run_zet commit-config --on-edit=refuse
+    assert_refusal 1 "$HOST/out/one.conf: was removed since the last commit (--on-edit=overwrite replaces it, and the history keeps it)
+zet-client: nothing was changed"
+}
+
+@test "an edit that cannot be kept is replaced only by word" {
+    echo ZET_HISTORY=no >>zet.conf
+    run_zet commit-config
+    assert_refusal 1 "$HOST/out/one.conf: was edited since the last commit, and the history cannot keep the edit (--on-edit=overwrite replaces it all the same)
+zet-client: nothing was changed"
+    run_zet commit-config --on-edit=overwrite
+    assert_status 0
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
+}
+
+@test "what is larger than the history keeps is replaced only by word" {
+    echo ZET_HISTORY_MAX_FILE=10 >>zet.conf
+    run_zet commit-config
+    assert_status 1
+}
+
+@test "an unknown word is wrong use" {
+    run_zet commit-config --on-edit=ask
+    assert_status 2
+}
+
+@test "a dry run refuses alike" {
+    run_zet commit-config -n --on-edit=refuse
+    assert_status 1
+}
+
+@test "status tells the files that were edited in place, and whether they still are" {
+    printf 'a=1\nb=2\n' >conf
+    zet param set conf a 3
+    run_zet status
+    [[ $output == *"$HOST/conf: edit in place"* ]]
+    echo c=4 >>conf
+    run_zet status
+    [[ $output == *"$HOST/conf: edit changed"* ]]
+    printf 'a=1\n' >conf
+    run_zet status
+    [[ $output == *"$HOST/conf: edit gone"* ]]
+    rm conf
+    run_zet status
+    [[ $output == *"$HOST/conf: edit missing"* ]]
+}
