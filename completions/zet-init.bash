@@ -44,7 +44,7 @@ _zet() {
     local current=$2 previous=${COMP_WORDS[COMP_CWORD - 1]} command arguments words='' files=''
     local options='-c --config --root --module -n --dry-run --diff --json -q --quiet -v --verbose --show-secrets --color --log
         -h --help -V --version'
-    local commands='commit-config check-config rollback-config status values template param line file option explain
+    local commands='commit-config check-config rollback-config status adopt values template param line file option explain
         doctor help'
     [[ $current != = ]] || current=''
     [[ $previous != = ]] || previous=${COMP_WORDS[COMP_CWORD - 2]}
@@ -53,7 +53,7 @@ _zet() {
         '')
             words=$commands
             ;;
-        commit-config) options+=' --set --run-checks' words=$(_zet_templates) ;;
+        commit-config) options+=' --set --run-checks --on-edit' words=$(_zet_templates) ;;
         check-config) options+=' --run-checks --no-checks' words=$(_zet_templates) ;;
         status) options+=' --changed' ;;
         rollback-config) options+=' --force' files=-f ;;
@@ -70,7 +70,7 @@ _zet() {
         help) words=$commands ;;
     esac
     case "$command $arguments" in
-        'param '*' 0' | 'line '*' 0' | 'file '*' 0' | 'explain 0' | 'doctor 0') files=-f ;;
+        'param '*' 0' | 'line '*' 0' | 'file '*' 0' | 'explain 0' | 'doctor 0' | 'adopt 0') files=-f ;;
         'help 0') ;;
         'help '*) words='' ;;
         'option get 0' | 'option set 0') words=$parameters ;;

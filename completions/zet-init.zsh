@@ -41,7 +41,7 @@ _zet() {
     local command arguments current=$words[CURRENT] previous=$words[CURRENT-1]
     local -a known options=(-c --config --root --module -n --dry-run --diff --json -q --quiet -v --verbose
         --show-secrets --color --log -h --help -V --version)
-    local -a commands=(commit-config check-config rollback-config status values template param line file option explain
+    local -a commands=(commit-config check-config rollback-config status adopt values template param line file option explain
         doctor help)
     _zet_read_words
     if [[ $current == --*=* ]] && compset -P '*='; then previous=${current%%=*} current=''; fi

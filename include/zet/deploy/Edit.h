@@ -44,6 +44,11 @@ ZET_API FileOutcome RestoreFile(Product& product, const std::string& file);
 ZET_API FileOutcome ForgetReserve(Product& product, const std::string& file,
                                   const EditOptions& options = EditOptions());
 
+/// Turns what somebody changed in a committed target into a change of its template's working copy, of which
+/// the outcome tells; a value that a placeholder gives can not be changed so: that is a `Failure` with the
+/// lines.
+ZET_API FileOutcome Adopt(Product& product, const std::string& file);
+
 /// A parameter of the product itself; none: nobody knows it, and no line gives it.
 ZET_API std::optional<std::string> GetOption(Product& product, const std::string& name);
 

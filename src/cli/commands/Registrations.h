@@ -11,6 +11,7 @@ namespace ZET::Cli {
 void RegisterCommit(CommandLine& line);
 void RegisterCheck(CommandLine& line);
 void RegisterRollback(CommandLine& line);
+void RegisterAdopt(CommandLine& line);
 void RegisterStatus(CommandLine& line);
 void RegisterValues(CommandLine& line);
 void RegisterTemplate(CommandLine& line);
@@ -33,6 +34,7 @@ inline constexpr Registration kRegistrations[] = {
     {"check-config", RegisterCheck},
     {"rollback-config", RegisterRollback},
     {"status", RegisterStatus},
+    {"adopt", RegisterAdopt},
     {"values", RegisterValues},
     {"template", RegisterTemplate},
     {"param", RegisterParam},

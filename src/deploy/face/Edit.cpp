@@ -1,5 +1,6 @@
 #include "zet/deploy/Edit.h"
 
+#include "deploy/edit/Adopt.h"
 #include "deploy/edit/EditRules.h"
 #include "deploy/edit/Edits.h"
 #include "deploy/edit/LineEdits.h"
@@ -73,6 +74,10 @@ FileOutcome RestoreFile(Product& product, const std::string& file) {
 
 FileOutcome ForgetReserve(Product& product, const std::string& file, const EditOptions& options) {
     return Use(product, [&](Deployment& deployment) { return ForgetReserve(deployment, file, options); });
+}
+
+FileOutcome Adopt(Product& product, const std::string& file) {
+    return Use(product, [&](Deployment& deployment) { return AdoptFile(deployment, file); });
 }
 
 std::optional<std::string> GetOption(Product& product, const std::string& name) {

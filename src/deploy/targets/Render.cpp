@@ -139,6 +139,20 @@ std::string RenderQuietly(Deployment& product, const Staging& staging, const std
     return RenderStagedFor(product, staging, templateName, role);
 }
 
+std::string RenderTemplateText(Deployment& product, const Staging& staging, Role role,
+                               const std::string& templateName, const std::string& text) {
+    const QuietLog quiet(ZETLogError);
+    const std::string workingCopy = WorkingCopy(product, templateName);
+    const std::string standIn = staging.PathOf("made-up/" + templateName);
+    WriteStagedFile(standIn, text, ModeOf(TemplateFile(product, templateName)));
+    const std::string staged = staging.PathOf("rendered-from-made-up/" + templateName);
+    const ParamOverride noSync(product.Core(), "ZET_SYNC", "no");
+    const ParamOverride directory(product.Core(), "ZET_CFG_DIR", staging.PathOf("made-up"));
+    Process(product, role, templateName, {staged, staged}, nullptr);
+    NameWorkingCopy(staged, standIn, workingCopy);
+    return staged;
+}
+
 void RenderOnce(Deployment& product, const std::string& templateName, const std::string& name,
                 const std::string& path, const StringMap& values) {
     StringMap allValues = values;

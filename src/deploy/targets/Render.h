@@ -43,6 +43,10 @@ std::string RenderStagedFor(Deployment& product, const Staging& staging, const s
 std::string RenderQuietly(Deployment& product, const Staging& staging, const std::string& templateName,
                           Role role);
 
+/// The same of a template that would have that text.
+std::string RenderTemplateText(Deployment& product, const Staging& staging, Role role,
+                               const std::string& templateName, const std::string& text);
+
 /// Lets the module render a template into the file `name`, for the reader `path`, and keep nothing: a
 /// `Replacement` is there for that. `values` wins over the template values.
 void RenderOnce(Deployment& product, const std::string& templateName, const std::string& name,

@@ -1,0 +1,213 @@
+#include "deploy/edit/Adopt.h"
+
+#include "deploy/edit/Edits.h"
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileState.h"
+#include "deploy/host/Process.h"
+#include "deploy/host/Staging.h"
+#include "deploy/state/KnownFiles.h"
+#include "deploy/state/Recording.h"
+#include "deploy/state/Writing.h"
+#include "deploy/state/store/Digest.h"
+#include "deploy/targets/Render.h"
+#include "deploy/targets/ShownDiff.h"
+#include "text/Adoption.h"
+#include "text/Lines.h"
+#include "text/ManagedText.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// A made text behind its notice, and how many lines that has.
+struct Body {
+    std::string text;
+    std::size_t linesBefore = 0;
+};
+
+/// The first lines of a made text, as far as the notice that the module put there reaches.
+std::size_t LengthOfNotice(const ManagedText& text) {
+    const bool hasNotice = text.LineCount() > 0 && text.RegionOf(1).kind == RegionKind::Notice;
+    return hasNotice ? text.RegionOf(1).last : 0;
+}
+
+Body BodyOf(const std::string& text, std::size_t linesBefore) {
+    std::string_view rest = text;
+    for (std::size_t i = 0; i < linesBefore && !rest.empty(); ++i)
+        TakeLine(rest);
+    return {std::string(rest), linesBefore};
+}
+
+/// One adoption, under the lock.
+class Adopting {
+  public:
+    Adopting(Deployment& product, const std::string& path, const std::string& templateName)
+        : m_product(product),
+          m_path(path),
+          m_templateName(templateName),
+          m_workingCopy(WorkingCopy(product, templateName)),
+          m_writing(product, {m_workingCopy}, Writing::Right::OfTheProduct) {}
+
+    FileOutcome Run() {
+        const KnownFiles all(m_product);
+        const KnownFile* const known = all.Find(m_path);
+        const Role role = known->state.knowledge.namedRole.value_or(m_product.Role());
+        const std::string edited = ReadFileBytes(m_path);
+        const std::string rendered = ReadFileBytes(RenderQuietly(m_product, m_staging, m_templateName, role));
+        RequireLastRendering(*known, rendered);
+        if (edited == rendered) return Unchanged();
+        const std::string text = NewTemplate(rendered, edited);
+        const std::string made = RenderTemplateText(m_product, m_staging, role, m_templateName, text);
+        if (ReadFileBytes(made) != edited) FailToTrace();
+        return Write(text, known->state.knowledge);
+    }
+
+  private:
+    void RequireLastRendering(const KnownFile& known, const std::string& rendered) {
+        CapturedFile now;
+        now.state.exists = true;
+        now.state.size = rendered.size();
+        now.state.digest = DigestOf(rendered);
+        if (HaveSameText(now.state, known.state)) return;
+        throw Failure({.file = m_path,
+                       .text =
+                           "its template or a parameter changed since the last commit, so nobody can tell "
+                           "what was edited",
+                       .remedy = "take that change back, then adopt, then make it again"});
+    }
+
+    [[noreturn]] void FailToTrace() const {
+        throw Failure({.file = m_path,
+                       .text = "no template can be told from which it would be made",
+                       .remedy = "edit " + m_workingCopy + " by hand, and commit"});
+    }
+
+    std::string NewTemplate(const std::string& rendered, const std::string& edited) {
+        const std::size_t notice = LengthOfNotice(ManagedText(rendered));
+        const Body before = BodyOf(rendered, notice);
+        const Body after = BodyOf(edited, notice);
+        RequireSameNotice(rendered, edited, before, after);
+        const Adoption adoption =
+            AdoptEdit(ReadFileBytes(TemplateFile(m_product, m_templateName)), before.text, after.text,
+                      HunksBetween(before, after), m_product.Config().TemplatesValues());
+        if (!adoption.isTraceable) FailToTrace();
+        if (!adoption.refused.empty()) Refuse(adoption.refused, notice);
+        return adoption.templateText;
+    }
+
+    void RequireSameNotice(const std::string& rendered, const std::string& edited, const Body& before,
+                           const Body& after) const {
+        const std::size_t length = rendered.size() - before.text.size();
+        if (edited.size() - after.text.size() == length &&
+            edited.compare(0, length, rendered, 0, length) == 0)
+            return;
+        throw Failure({.file = m_path,
+                       .text = "its notice was changed, too, which is not of the template",
+                       .remedy = "put the notice back as it was"});
+    }
+
+    std::vector<Hunk> HunksBetween(const Body& before, const Body& after) {
+        constexpr mode_t kPrivate = 0600;
+        const std::string oldFile = m_staging.PathOf("before");
+        const std::string newFile = m_staging.PathOf("after");
+        WriteStagedFile(oldFile, before.text, kPrivate);
+        WriteStagedFile(newFile, after.text, kPrivate);
+        const ProcessResult result =
+            RunProcess({"diff", "-a", "--", oldFile, newFile}, {.environment = {"LC_ALL=C"}});
+        const auto hunks = result.status > 1 ? std::nullopt : HunksOf(result.output);
+        if (!hunks) FailToTrace();
+        return *hunks;
+    }
+
+    [[noreturn]] void Refuse(const std::vector<UnadoptableLine>& lines, std::size_t linesBefore) const {
+        std::vector<Problem> problems;
+        for (const UnadoptableLine& line : lines) {
+            std::string names;
+            for (const std::string& placeholder : line.placeholders)
+                names += (names.empty() ? "" : ", ") + placeholder;
+            problems.push_back(
+                {.file = m_path,
+                 .line = static_cast<int>(line.line + linesBefore),
+                 .text = "the value of " + names + " does not stand in it, or in more than one way",
+                 .remedy = "change the parameter, or edit " + m_workingCopy + " by hand"});
+        }
+        Problem first = problems.front();
+        for (auto problem = problems.begin() + 1; problem != problems.end(); ++problem)
+            first.output += problem->Describe() + "\n";
+        throw Failure(first);
+    }
+
+    FileOutcome Unchanged() const {
+        FileOutcome outcome;
+        outcome.file = outcome.path = m_workingCopy;
+        outcome.before = outcome.after = StateOf(m_workingCopy);
+        outcome.remark = m_path + " is as it was committed";
+        return outcome;
+    }
+
+    FileOutcome Write(const std::string& text, const Knowledge& knowledge) {
+        const std::string source = TemplateFile(m_product, m_templateName);
+        const std::string made = m_staging.PathOf("template");
+        WriteStagedFile(made, text, ModeOf(source));
+        FileOutcome outcome = Unchanged();
+        outcome.remark = "with the edit of " + m_path;
+        outcome.templateName = m_templateName;
+        outcome.result = outcome.before.exists ? FileOutcome::Result::Changed : FileOutcome::Result::Created;
+        outcome.after = StateInPlace(m_workingCopy, made);
+        outcome.diff = DiffToShow(m_product, outcome.before.exists ? m_workingCopy : "", made, m_workingCopy);
+        if (m_product.Wanted().dryRun) return outcome;
+        Replace(text, source, made, knowledge);
+        outcome.after = StateOf(m_workingCopy);
+        return outcome;
+    }
+
+    void Replace(const std::string& text, const std::string& source, const std::string& made,
+                 const Knowledge& knowledge) {
+        Recording recording(m_product, Recording::Use::OfTheProduct, m_writing.Records());
+        Expect(recording, source, made, knowledge);
+        Writing::Begin();
+        recording.Begin();
+        const std::string temporary = m_workingCopy + ZETTemporarySuffix;
+        WriteStagedFile(temporary, text, ModeOf(source));
+        RenameFile(temporary, m_workingCopy);
+        recording.Complete();
+    }
+
+    /// The working copy, and the target, which is from now on as a commit would make it.
+    void Expect(Recording& recording, const std::string& source, const std::string& made,
+                const Knowledge& knowledge) const {
+        const std::uint64_t longest = m_product.HostHistory().Limits().largestText;
+        ExpectedFile copy;
+        copy.path = m_workingCopy;
+        copy.kind = FileKind::Template;
+        copy.after = Capture(made, longest);
+        if (source != m_workingCopy) copy.base = ReadFileBytes(source);
+        recording.Expect(copy);
+        ExpectedFile target;
+        target.path = m_path;
+        target.kind = FileKind::Target;
+        target.knowledge = knowledge;
+        recording.Expect(target);
+    }
+
+    Deployment& m_product;
+    const std::string m_path;
+    const std::string m_templateName;
+    const std::string m_workingCopy;
+    Writing m_writing;
+    Staging m_staging;
+};
+
+}  // namespace
+
+FileOutcome AdoptFile(Deployment& product, const std::string& file) {
+    const std::string path = product.HostPaths().WithRealDirectory(FileToRead(product, file));
+    const Target* const target = product.Lists().CommittedTarget(path);
+    if (target == nullptr) throw UsageError(file + ": is no committed target (\"status\" lists them)");
+    return Adopting(product, path, target->templateName).Run();
+}
+
+}  // namespace ZET::Deploy

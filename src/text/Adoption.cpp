@@ -1,0 +1,169 @@
+#include "text/Adoption.h"
+
+#include <optional>
+
+#include "text/LineOrigin.h"
+#include "text/Lines.h"
+#include "text/ManagedText.h"
+#include "text/Placeholders.h"
+
+namespace ZET {
+
+namespace {
+
+/// The line with placeholders in the place of their values; none when one of them is not there, or is there
+/// in more than one way.
+class LineWithPlaceholders {
+  public:
+    LineWithPlaceholders(std::string_view templateLine, const StringMap& values) {
+        for (PlaceholderRange found = NextPlaceholder(templateLine, 0); found.IsThere() && found.IsClosed();
+             found = NextPlaceholder(templateLine, found.end)) {
+            const std::string placeholder(found.In(templateLine));
+            const auto value = values.find(placeholder);
+            if (value == values.end()) continue;
+            m_placeholders.push_back(placeholder);
+            m_values.push_back(value->second);
+        }
+    }
+
+    bool IsEmpty() const { return m_placeholders.empty(); }
+    const std::vector<std::string>& Placeholders() const { return m_placeholders; }
+
+    std::optional<std::string> Of(std::string_view line) const {
+        if (CountWays(line, 0) != 1) return std::nullopt;
+        std::string result;
+        for (std::size_t i = 0; i < m_values.size(); ++i) {
+            const std::size_t place = line.find(m_values[i]);
+            result.append(line.substr(0, place)).append(m_placeholders[i]);
+            line.remove_prefix(place + m_values[i].size());
+        }
+        return result.append(line);
+    }
+
+  private:
+    /// In how many ways the values from `next` on stand in the line, in their order; more than one counts as
+    /// two.
+    int CountWays(std::string_view line, std::size_t next) const {
+        if (next == m_values.size()) return 1;
+        const std::string& value = m_values[next];
+        if (value.empty()) return 2;
+        int ways = 0;
+        for (std::size_t place = line.find(value); place != std::string_view::npos && ways < 2;
+             place = line.find(value, place + 1))
+            ways += CountWays(line.substr(place + value.size()), next + 1);
+        return ways;
+    }
+
+    std::vector<std::string> m_placeholders;
+    std::vector<std::string> m_values;
+};
+
+/// One text's lines, by their numbers from 1.
+class NumberedLines {
+  public:
+    explicit NumberedLines(std::string_view text) : m_lines(SplitLines(text)) {}
+    std::string_view operator[](std::size_t number) const { return m_lines.at(number - 1).text; }
+    std::size_t Count() const { return m_lines.size(); }
+
+  private:
+    std::vector<TextLine> m_lines;
+};
+
+/// Goes through the template once, and writes it anew.
+class Adopter {
+  public:
+    Adopter(std::string_view templateText, std::string_view rendered, std::string_view edited,
+            const StringMap& values)
+        : m_template(templateText),
+          m_edited(edited),
+          m_values(values),
+          m_endsOpen(!templateText.empty() && templateText.back() != '\n') {
+        for (const LineOrigin& origin : TraceLines(ManagedText(rendered), templateText))
+            m_origins.push_back(origin);
+        m_editedEndsOpen = !edited.empty() && edited.back() != '\n';
+    }
+
+    Adoption Run(const std::vector<Hunk>& hunks) {
+        for (const LineOrigin& origin : m_origins)
+            m_result.isTraceable =
+                m_result.isTraceable && origin.certainty == LineOrigin::Certainty::Rendered;
+        if (!m_result.isTraceable) return std::move(m_result);
+        for (const Hunk& hunk : hunks)
+            Take(hunk);
+        KeepTo(m_template.Count() + 1);
+        const bool endsOpen = hunks.empty() ? m_endsOpen : m_editedEndsOpen;
+        if (endsOpen && m_result.templateText.ends_with('\n')) m_result.templateText.pop_back();
+        return std::move(m_result);
+    }
+
+  private:
+    /// The template's line that a rendered one was made from; behind the last one, the end.
+    std::size_t TemplateLineOf(std::size_t rendered) const {
+        return rendered <= m_origins.size() ? m_origins[rendered - 1].templateLine : m_template.Count() + 1;
+    }
+
+    void Write(std::string_view line) { m_result.templateText.append(line).append("\n"); }
+
+    /// The template's lines before that one stay.
+    void KeepTo(std::size_t end) {
+        for (; m_next < end; ++m_next)
+            Write(m_template[m_next]);
+    }
+
+    void Take(const Hunk& hunk) {
+        if (hunk.oldCount == 0) {
+            // Behind the line after which they were put, and before what the template has next.
+            KeepTo(hunk.oldFirst == 1 ? TemplateLineOf(1) : TemplateLineOf(hunk.oldFirst - 1) + 1);
+            WriteEdited(hunk.newFirst, hunk.newFirst + hunk.newCount);
+            return;
+        }
+        KeepTo(TemplateLineOf(hunk.oldFirst));
+        m_taken = hunk.newFirst;
+        for (std::size_t old = hunk.oldFirst; old < hunk.oldFirst + hunk.oldCount; ++old) {
+            KeepTo(TemplateLineOf(old));  // its comments
+            Replace(m_template[m_next], hunk);
+            ++m_next;
+        }
+        WriteEdited(m_taken, hunk.newFirst + hunk.newCount);
+    }
+
+    /// One changed line of the template. Without placeholders, its successors are taken over with the rest.
+    void Replace(std::string_view templateLine, const Hunk& hunk) {
+        const LineWithPlaceholders model(HasNoPlaceholders(templateLine) ? "" : templateLine, m_values);
+        if (model.IsEmpty() || hunk.newCount == 0) return;
+        for (std::size_t number = m_taken; number < hunk.newFirst + hunk.newCount; ++number) {
+            const auto line = model.Of(m_edited[number]);
+            if (!line) continue;
+            WriteEdited(m_taken, number);
+            Write(*line);
+            m_taken = number + 1;
+            return;
+        }
+        const bool isAnyLeft = m_taken < hunk.newFirst + hunk.newCount;
+        m_result.refused.push_back({isAnyLeft ? m_taken : hunk.newFirst, model.Placeholders()});
+    }
+
+    void WriteEdited(std::size_t first, std::size_t end) {
+        for (std::size_t number = first; number < end; ++number)
+            Write(m_edited[number]);
+    }
+
+    const NumberedLines m_template;
+    const NumberedLines m_edited;
+    const StringMap& m_values;
+    const bool m_endsOpen;
+    bool m_editedEndsOpen = false;
+    std::vector<LineOrigin> m_origins;
+    std::size_t m_next = 1;   ///< of the template, the first line that was not dealt with
+    std::size_t m_taken = 1;  ///< of the edited file, in a hunk
+    Adoption m_result;
+};
+
+}  // namespace
+
+Adoption AdoptEdit(std::string_view templateText, std::string_view rendered, std::string_view edited,
+                   const std::vector<Hunk>& hunks, const StringMap& values) {
+    return Adopter(templateText, rendered, edited, values).Run(hunks);
+}
+
+}  // namespace ZET

@@ -1,0 +1,99 @@
+# adopt: an edit of a target becomes one of its template.
+
+load helper
+load set
+
+setup() {
+    make_set
+    add_target one.conf $'# --ZET_TEMPLATE_COMMENT--\n# why\n# --ZET_COMMENT_END--\n[main]\nrealm = ${realm}\nlast\n'
+    zet commit-config
+}
+
+teardown() {
+    remove_host
+}
+
+adopted() {
+    sed "$1" out/one.conf >new && cat new >out/one.conf && rm new
+    cp out/one.conf edited
+    run_zet adopt out/one.conf
+}
+
+assert_adopted() {
+    assert_status 0
+    assert_file etc/one.conf "$1"
+    cmp out/one.conf edited
+    run_zet status
+    assert_status 0
+    run_zet commit-config
+    cmp out/one.conf edited
+}
+
+@test "lines without placeholders are taken over, and a changed line keeps its placeholder" {
+    adopted 's/^last$/first of the last\nlast/; s/^realm = /default_realm=/'
+    assert_output "$HOST/etc/one.conf: changed, with the edit of $HOST/out/one.conf"
+    assert_adopted $'# --ZET_TEMPLATE_COMMENT--\n# why\n# --ZET_COMMENT_END--\n[main]\ndefault_realm=${realm}\nfirst of the last\nlast\n'
+}
+
+@test "a line that was taken out is taken out of the template" {
+    adopted '/^realm/d'
+    assert_adopted $'# --ZET_TEMPLATE_COMMENT--\n# why\n# --ZET_COMMENT_END--\n[main]\nlast\n'
+}
+
+@test "a changed value is refused with its line, and nothing is written" {
+    sed -i 's/EXAMPLE.ORG/OTHER.ORG/' out/one.conf
+    remember_host
+    run_zet adopt out/one.conf
+    local line
+    line=$(grep -n OTHER.ORG out/one.conf | cut -d: -f1)
+    assert_refusal 1 "$HOST/out/one.conf:$line: the value of \${realm} does not stand in it, or in more than one way (change the parameter, or edit $HOST/etc/one.conf by hand)"
+    assert_host_unchanged
+}
+
+@test "a dry run shows the change of the template and writes nothing" {
+    echo more >>out/one.conf
+    remember_host
+    run_zet adopt -n --diff out/one.conf
+    assert_status 3
+    [[ $output == *"+more"* ]]
+    assert_host_unchanged
+}
+
+@test "without an edit there is nothing to adopt" {
+    run_zet adopt out/one.conf
+    assert_success "$HOST/etc/one.conf: unchanged, $HOST/out/one.conf is as it was committed"
+}
+
+@test "a file that is no committed target is wrong use" {
+    echo x >conf
+    run_zet adopt conf
+    assert_refusal 2 "conf: is no committed target (\"status\" lists them)"
+}
+
+@test "after a parameter changed nobody can tell what was edited" {
+    echo more >>out/one.conf
+    sed -i 's/^DOMAIN=.*/DOMAIN=example.net/' zet.conf
+    run_zet adopt out/one.conf
+    assert_status 1
+    [[ $stderr == *"its template or a parameter changed since the last commit"* ]]
+}
+
+@test "a notice that was changed is not of the template" {
+    sed -i '2s/.*/# mine/' out/one.conf
+    run_zet adopt out/one.conf
+    assert_status 1
+    [[ $stderr == *"its notice was changed, too"* ]]
+}
+
+@test "text that would be a placeholder is not adopted" {
+    echo 'x ${realm}' >>out/one.conf
+    run_zet adopt out/one.conf
+    assert_status 1
+    [[ $stderr == *"no template can be told from which it would be made"* ]]
+}
+
+@test "the entry has the change of the template" {
+    echo more >>out/one.conf
+    run_zet --json adopt out/one.conf
+    assert_json '[d["entry"], d["files"][0]["result"]]' '[2, "changed"]'
+}

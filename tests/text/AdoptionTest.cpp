@@ -1,0 +1,107 @@
+#include "text/Adoption.h"
+
+#include <gmock/gmock.h>
+
+namespace ZET {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const StringMap kValues = {
+    {"${realm}", "EXAMPLE.ORG"}, {"${domain}", "example.org"}, {"${one}", "1"}, {"${none}", ""}};
+
+Adoption Adopt(std::string_view templateText, std::string_view rendered, std::string_view edited,
+               std::string_view difference) {
+    return AdoptEdit(templateText, rendered, edited, HunksOf(difference).value(), kValues);
+}
+
+TEST(Hunks, AreReadAsDiffWritesThem) {
+    const auto hunks =
+        HunksOf("2,3c4\n< a\n< b\n---\n> c\n7a8,9\n> x\n> y\n9d11\n< z\n\\ No newline at end of file\n");
+    ASSERT_TRUE(hunks);
+    ASSERT_EQ(hunks->size(), 3u);
+    EXPECT_EQ((*hunks)[0].oldFirst, 2u);
+    EXPECT_EQ((*hunks)[0].oldCount, 2u);
+    EXPECT_EQ((*hunks)[0].newFirst, 4u);
+    EXPECT_EQ((*hunks)[0].newCount, 1u);
+    EXPECT_EQ((*hunks)[1].oldFirst, 8u);
+    EXPECT_EQ((*hunks)[1].oldCount, 0u);
+    EXPECT_EQ((*hunks)[1].newCount, 2u);
+    EXPECT_EQ((*hunks)[2].newFirst, 12u);
+    EXPECT_EQ((*hunks)[2].newCount, 0u);
+    EXPECT_FALSE(HunksOf("Binary files differ\n"));
+    EXPECT_TRUE(HunksOf("")->empty());
+}
+
+TEST(Adoption, LineWithoutPlaceholdersIsTakenOver) {
+    const Adoption adoption = Adopt("a\nrealm = ${realm}\nb\n", "a\nrealm = EXAMPLE.ORG\nb\n",
+                                    "x\nrealm = EXAMPLE.ORG\nb\n", "1c1\n");
+    EXPECT_EQ(adoption.templateText, "x\nrealm = ${realm}\nb\n");
+    EXPECT_THAT(adoption.refused, IsEmpty());
+}
+
+TEST(Adoption, ChangedLineKeepsItsPlaceholders) {
+    EXPECT_EQ(Adopt("r = ${realm} ${domain}\n", "r = EXAMPLE.ORG example.org\n",
+                    "realm = EXAMPLE.ORG, example.org;\n", "1c1\n")
+                  .templateText,
+              "realm = ${realm}, ${domain};\n");
+}
+
+TEST(Adoption, ChangedValueIsRefusedWithItsLineAndPlaceholder) {
+    const Adoption adoption =
+        Adopt("a\nr = ${realm}\n", "a\nr = EXAMPLE.ORG\n", "a\nr = OTHER.ORG\n", "2c2\n");
+    ASSERT_EQ(adoption.refused.size(), 1u);
+    EXPECT_EQ(adoption.refused[0].line, 2u);
+    EXPECT_THAT(adoption.refused[0].placeholders, ElementsAre("${realm}"));
+}
+
+TEST(Adoption, ValueThatStandsInTheLineTwiceIsRefused) {
+    EXPECT_EQ(Adopt("n = ${one}\n", "n = 1\n", "n = 1 1\n", "1c1\n").refused.size(), 1u);
+    EXPECT_EQ(Adopt("n = ${one}\n", "n = 1\n", "n = 11\n", "1c1\n").refused.size(), 1u);
+}
+
+TEST(Adoption, EmptyValueCannotBeFound) {
+    EXPECT_EQ(Adopt("n = ${none}\n", "n = \n", "n =  # x\n", "1c1\n").refused.size(), 1u);
+}
+
+TEST(Adoption, LinesThatWerePutInComeBehindTheLineBeforeThem) {
+    EXPECT_EQ(Adopt("a\n${realm}\n", "a\nEXAMPLE.ORG\n", "a\nnew\nEXAMPLE.ORG\n", "1a2\n").templateText,
+              "a\nnew\n${realm}\n");
+    EXPECT_EQ(Adopt("a\n", "a\n", "new\na\n", "0a1\n").templateText, "new\na\n");
+    EXPECT_EQ(Adopt("a\n", "a\n", "a\nnew\n", "1a2\n").templateText, "a\nnew\n");
+}
+
+TEST(Adoption, LineThatWasTakenOutGoesWithItsPlaceholder) {
+    EXPECT_EQ(Adopt("a\n${realm}\nb\n", "a\nEXAMPLE.ORG\nb\n", "a\nb\n", "2d1\n").templateText, "a\nb\n");
+}
+
+TEST(Adoption, CommentsOfTheTemplateStay) {
+    const std::string comment = "# --ZET_TEMPLATE_COMMENT--\n# why\n# --ZET_COMMENT_END--\n";
+    EXPECT_EQ(Adopt(comment + "a\n" + comment + "${realm}\n", "a\nEXAMPLE.ORG\n", "x\nEXAMPLE.ORG\ny\n",
+                    "1c1\n2a3\n")
+                  .templateText,
+              comment + "x\n" + comment + "${realm}\ny\n");
+}
+
+TEST(Adoption, ChangedLineIsFoundAmongNewOnes) {
+    EXPECT_EQ(
+        Adopt("${realm}\nz\n", "EXAMPLE.ORG\nz\n", "n1\nto EXAMPLE.ORG\nn2\nz\n", "1c1,3\n").templateText,
+        "n1\nto ${realm}\nn2\nz\n");
+}
+
+TEST(Adoption, CommentLinesHaveNoPlaceholders) {
+    EXPECT_EQ(Adopt("# ${realm}\n", "# ${realm}\n", "# other\n", "1c1\n").templateText, "# other\n");
+}
+
+TEST(Adoption, LastLineMayLackItsEnd) {
+    EXPECT_EQ(Adopt("a\nb\n", "a\nb\n", "a\nb", "2c2\n").templateText, "a\nb");
+    EXPECT_EQ(Adopt("a\nb", "a\nb", "x\nb", "1c1\n").templateText, "x\nb");
+}
+
+TEST(Adoption, RenderingOfAnotherTemplateCannotBeTraced) {
+    EXPECT_FALSE(Adopt("a\nb\n", "a\nx\ny\n", "a\n", "2,3d1\n").isTraceable);
+}
+
+}  // namespace
+}  // namespace ZET
