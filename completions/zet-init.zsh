@@ -56,7 +56,7 @@ _zet() {
         ('')
             known=($commands)
             ;;
-        (commit-config) options+=(--set --run-checks) known=(${(f)"$(_zet_templates)"}) ;;
+        (commit-config) options+=(--set --run-checks --on-edit) known=(${(f)"$(_zet_templates)"}) ;;
         (check-config) options+=(--run-checks --no-checks) known=(${(f)"$(_zet_templates)"}) ;;
         (status) options+=(--changed) ;;
         (rollback-config) options+=(--force) ;;
