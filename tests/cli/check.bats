@@ -165,11 +165,10 @@ $HOST/out/one.conf.no_file_before_zet: is no regular file (move it away)"
 }
 
 @test "a temporary file of the product's own run that was cut short is no problem" {
-    echo x >out/one.conf.tmp
-    echo "$HOST/out/one.conf" >state/zet.pending
+    kill_at_rename out/one.conf commit-config
+    [[ -e out/one.conf.tmp ]]
     run_zet -q check-config
     assert_success ""
-    rm state/zet.pending
 }
 
 @test "two templates for one file, by way of links, are told" {
@@ -244,9 +243,9 @@ $HOST/state: the directory of the status cannot be used: No such file or directo
 
 @test "what is in the place of the product's own files is told" {
     mkdir state/zet-client.status
-    ln -s /dev/null state/zet-client.manifest
-    assert_problems "$HOST/state/zet-client.manifest: is no regular file (move it away)
-$HOST/state/zet-client.status: is no regular file (move it away)"
+    ln -s /dev/null state/state.db
+    assert_problems "$HOST/state/zet-client.status: is no regular file (move it away)
+$HOST/state/state.db: is no regular file (move it away)"
 }
 
 @test "what a user may not write is told to him, and keeps him from nothing when he only looks" {

@@ -40,10 +40,10 @@ assert_clash() {
 @test "a template whose working copy is a file of the status is refused, temporary ones too" {
     sed -i "s,^ZET_CFG_DIR=.*,ZET_CFG_DIR=$HOST/state," zet.conf
     local name
-    for name in zet.lock zet.pending zet-server.manifest zet-client.status zet-client-fs.status; do
+    for name in zet.lock state.db state.db-wal state.db-shm state.db-journal zet-client.status zet-client-fs.status; do
         assert_clash "$HOST/state/$name" "a file of the status" "$name"
     done
-    for name in zet.pending zet-server.manifest zet-client.manifest zet-server.status zet-client.status; do
+    for name in zet-server.status zet-client.status; do
         assert_clash "$HOST/state/$name.tmp" "the temporary file of $HOST/state/$name" "$name.tmp"
     done
 }
@@ -51,8 +51,8 @@ assert_clash() {
 @test "a target that is the temporary file of one of the product's own is refused" {
     echo text >templates/one.conf
     local path
-    for path in "$HOST/zet.conf.tmp" "$HOST"/state/zet.pending.tmp "$HOST"/state/zet-{server,client}.manifest.tmp \
-        "$HOST"/state/zet-client{,-fs}.status.tmp "$HOST/zet.conf.before_zet"; do
+    for path in "$HOST/zet.conf.tmp" "$HOST"/state/zet-server.status.tmp "$HOST"/state/zet-client{,-fs}.status.tmp \
+        "$HOST/zet.conf.before_zet"; do
         : >templates/targets.toml
         list_target one.conf "$path"
         remember_host

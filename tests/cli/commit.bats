@@ -35,13 +35,12 @@ $HOST/out/two.conf: created, mode 0644, owner $EUID:$(id -g)
         "one.conf one.conf.before_zet two.conf two.conf.no_file_before_zet"
 }
 
-@test "the manifest holds inode, size, time, mode and path of each target" {
+@test "the history has each target as the commit left it, and who did it with which words" {
     zet commit-config
-    assert_file state/zet-client.manifest "$(for name in one two; do
-        file=$HOST/out/$name.conf
-        time=$(stat -c %.9Y "$file")
-        echo "$(stat -c '%i %s' "$file") ${time/./} $(printf %o "0x$(stat -c %f "$file")") $file"
-    done)"$'\n'
+    assert_equal "$(store 'SELECT path FROM known JOIN states ON state = states.id WHERE kind = 0 AND roles = "client" ORDER BY path')" \
+        "$HOST/out/one.conf"$'\n'"$HOST/out/two.conf"
+    assert_equal "$(store 'SELECT number, outcome, user, role, words FROM entries')" "1|1|$EUID|client|13:commit-config"
+    assert_equal "$(stat -c '%a %h' state/state.db*)" $'600 1\n600 1\n600 1'
 }
 
 @test "a commit of the server writes the server's targets and no status of the file server" {
@@ -140,7 +139,8 @@ $HOST/out/two.conf: created, mode 0644, owner $EUID:$(id -g)
     assert_status 0
     assert_output "$HOST/out/one.conf: changed
 1 changed, 1 unchanged"
-    assert_stderr "zet-client: warning: $HOST/out/one.conf: was edited since the last commit; the edits are overwritten"
+    assert_stderr "zet-client: warning: $HOST/out/one.conf: was edited since the last commit; the edits are overwritten
+zet-client: \"history show 2 $HOST/out/one.conf\" shows what it held"
     assert_made one.conf $'realm = EXAMPLE.ORG\n'
     run_zet commit-config
     assert_stderr ""
@@ -168,7 +168,9 @@ zet-client: warning: $HOST/out/two.conf: ${UNRECORDED/are over/would be over}"
     run_zet commit-config
     assert_status 0
     assert_stderr "zet-client: warning: $HOST/out/one.conf: $UNRECORDED
-zet-client: warning: $HOST/out/two.conf: $UNRECORDED"
+zet-client: \"history show 3 $HOST/out/one.conf\" shows what it held
+zet-client: warning: $HOST/out/two.conf: $UNRECORDED
+zet-client: \"history show 3 $HOST/out/two.conf\" shows what it held"
     assert_file out/one.conf.before_zet $'orig=1\n'
     run_zet commit-config
     assert_success "2 unchanged"
@@ -179,29 +181,51 @@ zet-client: warning: $HOST/out/two.conf: $UNRECORDED"
     echo precious >>out/two.conf
     capture server --json commit-config
     assert_status 0
-    assert_json '[(t["result"], t["edited"]) for t in d["targets"]]' '[["changed", false], ["changed", true]]'
-    assert_stderr "zet-init: warning: $HOST/out/two.conf: $UNRECORDED"
+    assert_json '[(t["result"], t["edited"]) for t in d["targets"]]' '[["unchanged", false], ["changed", true]]'
+    assert_stderr "zet-init: warning: $HOST/out/two.conf: was edited since the last commit; the edits are overwritten
+zet-init: \"history show 2 $HOST/out/two.conf\" shows what it held"
+    # Its notice goes on naming the role that committed it first.
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
 }
 
 @test "commits of the roles in turn take each other's work for nobody's edit" {
     zet commit-config
     server commit-config
     run_zet --json commit-config
-    assert_json '[(t["result"], t["edited"]) for t in d["targets"]]' '[["changed", false], ["changed", false]]'
+    assert_json '[(t["result"], t["edited"]) for t in d["targets"]]' '[["unchanged", false], ["unchanged", false]]'
     assert_stderr ""
     server commit-config
     echo precious >>out/one.conf
     run_zet commit-config
-    assert_stderr "zet-client: warning: $HOST/out/one.conf: was edited since the last commit; the edits are overwritten"
+    assert_stderr "zet-client: warning: $HOST/out/one.conf: was edited since the last commit; the edits are overwritten
+zet-client: \"history show 2 $HOST/out/one.conf\" shows what it held"
 }
 
-@test "an edit is overwritten with a warning where the manifest was lost" {
+@test "an edit is overwritten with a warning where the history was lost" {
     zet commit-config
-    rm state/zet-client.manifest
+    rm state/state.db*
     echo precious >>out/one.conf
     run_zet commit-config
     assert_status 0
-    assert_stderr "zet-client: warning: $HOST/out/one.conf: $UNRECORDED"
+    assert_stderr "zet-client: warning: $HOST/out/one.conf: $UNRECORDED
+zet-client: \"history show 1 $HOST/out/one.conf\" shows what it held"
+}
+
+@test "where the history was lost, targets are taken for committed without being written" {
+    zet commit-config
+    rm state/state.db*
+    remember_host
+    run_zet status
+    assert_status 3
+    PROGRAM=$ZET_BIN/zet-init run_zet -q commit-config two.conf
+    assert_success ""
+    run_zet -q commit-config
+    assert_success ""
+    assert_equal "$(state_of_host | grep '/out')" "$(grep '/out' <<<"$REMEMBERED")"
+    run_zet status
+    assert_status 0
+    run_zet rollback-config "$HOST/out/one.conf"
+    assert_success "$HOST/out/one.conf: removed, as there was none before"
 }
 
 @test "a commit that was killed before it wrote its target takes nobody's work for lost" {

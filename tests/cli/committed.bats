@@ -30,7 +30,7 @@ EDITS=("param set out/one.conf plain 2" "param restore out/one.conf plain" "line
     assert_host_unchanged
 }
 
-@test "a committed target is edited with --force, and a commit takes that for any edit" {
+@test "a committed target is edited with --force, and a commit takes that back as what the product wrote" {
     zet -q commit-config
     local edit
     for edit in "${EDITS[@]}"; do
@@ -40,10 +40,11 @@ EDITS=("param set out/one.conf plain 2" "param restore out/one.conf plain" "line
     run_zet line set --force out/one.conf ^plain 'plain = 2'
     assert_success "out/one.conf: changed, the original is kept as out/one.conf.before_zet"
     run_zet status
-    [[ $output == *"$ONE: edited"* ]]
+    [[ $output == *"$ONE: pending"* ]]
+    # The history has it, as the edit of anything else.
     run_zet commit-config
     assert_status 0
-    assert_stderr "zet-client: warning: $ONE: was edited since the last commit; the edits are overwritten"
+    assert_stderr ""
     run_zet file forget --force out/one.conf
     assert_success "out/one.conf: forgotten, its reserve is dropped"
     assert_absent out/one.conf.before_zet
@@ -92,10 +93,15 @@ EDITS=("param set out/one.conf plain 2" "param restore out/one.conf plain" "line
     assert_status 3
 }
 
-@test "where the record of the commits cannot be read, the edit is made with a warning" {
+@test "where the history cannot be used, an edit is refused before the first byte, and made without one" {
     zet -q commit-config
-    echo nonsense >state/zet-client.manifest
+    break_store
+    remember_host
+    run_zet line set conf ^plain 'plain = 2'
+    assert_refusal 1 "$HOST/state/state.db: $BROKEN_STORE"
+    assert_host_unchanged
+    echo ZET_HISTORY=no >>zet.conf
     run_zet line set out/one.conf ^plain 'plain = 2'
     assert_status 0
-    assert_stderr "zet-client: warning: $HOST/state/zet-client.manifest:1: is no line INODE SIZE MTIME MODE PATH (remove the file, then commit again); so nobody can tell whether the next commit overwrites out/one.conf"
+    assert_stderr "zet-client: warning: $HOST/state/state.db: $BROKEN_STORE; so nobody can tell whether the next commit overwrites out/one.conf"
 }

@@ -257,14 +257,24 @@ apply_diff() {
 }
 
 @test "a temporary file that a killed run left is cleared away" {
-    echo "$HOST/conf" >state/zet.pending
-    echo half >conf.tmp
+    kill_at_rename conf param set --no-markers conf b killed
+    # It had not come to the end of its text.
+    truncate -s 3 conf.tmp
     run_zet param set --no-markers conf a new
     assert_status 0
     assert_stderr "zet-client: removed $HOST/conf.tmp, which a run that was cut short left"
     assert_file conf $'a=new\nb=2\n'
     assert_absent conf.tmp
-    assert_absent state/zet.pending
+}
+
+@test "what does not begin the text that a killed run was writing stays, and is told" {
+    kill_at_rename conf param set --no-markers conf b killed
+    echo theirs >conf.tmp
+    run_zet param set --no-markers other a new
+    [[ $stderr == "zet-client: warning: $HOST/conf.tmp: stays, as it cannot be what the run that was cut short left (look at it, and move it away)"* ]]
+    assert_file conf.tmp $'theirs\n'
+    run_zet param set --no-markers conf a new
+    assert_refusal 1 "conf.tmp: is in the way of writing conf, and not from here (move it away)"
 }
 
 @test "a directory of temporary files that a killed run left is cleared away" {
@@ -295,7 +305,12 @@ apply_diff() {
     capture bash -c 'ulimit -f 64; exec "$@"' - "$ZET_BIN/zet-client" --config zet.conf param set big a 1
     assert_status 1
     assert_output ""
-    assert_stderr "zet-client: error: Failed to save file 'big.tmp' (make room, or see to the rights of its directory; nothing was changed)"
+    [[ $stderr == "zet-client: error: $HOST/state/state.db: the history cannot be used: "* ]]
+    assert_files_unchanged
+    echo ZET_HISTORY=no >>zet.conf
+    remember_host
+    capture bash -c 'ulimit -f 64; exec "$@"' - "$ZET_BIN/zet-client" --config zet.conf param set big a 1
+    assert_refusal 1 "Failed to save file 'big.tmp' (make room, or see to the rights of its directory; nothing was changed)"
     assert_files_unchanged
 }
 

@@ -201,13 +201,13 @@ teardown() {
     cp -a . ../copy
     zet file restore --diff conf | grep -v '^conf: ' >../restore.diff
     (cd ../copy && patch -s -p1 <../restore.diff)
-    diff -r -x zet.lock . ../copy
+    diff -r -x zet.lock -x 'state.db*' . ../copy
     zet file reserve --diff conf | grep -v '^conf: ' >../reserve.diff
     (cd ../copy && patch -s -p1 <../reserve.diff)
-    diff -r -x zet.lock . ../copy
+    diff -r -x zet.lock -x 'state.db*' . ../copy
     zet file forget --diff conf | grep -v '^conf: ' >../forget.diff
     (cd ../copy && patch -s -p1 <../forget.diff)
-    diff -r -x zet.lock . ../copy
+    diff -r -x zet.lock -x 'state.db*' . ../copy
 }
 
 @test "a reserve that is no regular file is refused" {

@@ -160,6 +160,33 @@ state_of_host() {
     find "$HOST" -type f ! "${beside[@]}" -exec sha256sum {} + | LC_ALL=C sort
 }
 
+# kill_at_rename FILE WORD...: a command that is killed when all but the name of FILE's new text is there; it stays
+# as FILE.tmp.
+kill_at_rename() {
+    local name=${1##*/}
+    shift
+    capture strace -f -qq -o "$BASE/killed" -P "././$name.tmp" -e trace=/rename -e inject=/rename:signal=KILL \
+        "$ZET_BIN/zet-client" --config "$HOST/zet.conf" "$@"
+    assert_status 137
+}
+
+# store SQL...: what the history's tables say.
+store() {
+    /usr/bin/python3 -c 'import sqlite3, sys
+for statement in sys.argv[2:]:
+    for row in sqlite3.connect(sys.argv[1]).execute(statement):
+        print(*row, sep="|")' "$HOST/state/state.db" "$@"
+}
+
+# break_store: its first page is none.
+break_store() {
+    rm -f state/state.db-wal state/state.db-shm
+    (umask 077 && echo "no database, but so many bytes that it could be one" >state/state.db)
+}
+
+# shellcheck disable=SC2034  # used by the tests
+BROKEN_STORE="the history is damaged: file is not a database (move it away: what was there before the product is kept beside the files)"
+
 remember_host() {
     REMEMBERED=$(state_of_host)
 }

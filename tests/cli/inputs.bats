@@ -102,13 +102,17 @@ refused() {
 
 @test "no command waits for a file of the status that is no file" {
     local file
-    for file in zet-client.status zet-client-fs.status zet-client.manifest zet.pending zet.lock; do
+    for file in zet-client.status zet-client-fs.status state.db state.db-wal state.db-shm state.db-journal zet.lock; do
         all_answer "state/$file" pipe
     done
     refused pipe state/zet-client.status status "is no regular file"
     refused pipe state/zet-client-fs.status status "is no regular file"
-    refused directory state/zet-client.manifest status "is no regular file"
-    refused pipe state/zet.pending commit-config "is no regular file"
+    local suffix
+    for suffix in "" -wal -shm -journal; do
+        refused directory "state/state.db$suffix" status "is no regular file"
+        refused pipe "state/state.db$suffix" commit-config "is no regular file"
+        refused pipe "state/state.db$suffix" "param set conf a 2" "is no regular file"
+    done
     anew
 }
 

@@ -67,10 +67,18 @@ struct ReserveWork {
         expected.place = &place;
         expected.companions = companions;
         expected.after = after;
+        if (after && recording.IsOn() && !product.Lists().IsCommitted(product.Lists().NameOf(path)))
+            ExpectOriginal(expected);
         recording.Expect(expected);
         recording.Begin();
         work();
         recording.Complete();
+    }
+
+    /// Nothing is known of it any more, even where it is as it was.
+    static void ExpectOriginal(ExpectedFile& expected) {
+        expected.kind = FileKind::Original;
+        expected.knowledge = Knowledge();
     }
 
     FileOutcome Result(FileOutcome::Result result, const std::string& remark) {

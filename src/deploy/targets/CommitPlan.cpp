@@ -126,10 +126,10 @@ void CommitPlan::Stage(PlannedTarget& planned) {
     };
     const Role role = planned.namedRole;
     if (stageFor(role) != FileOutcome::Result::Changed || isRecorded || !HasCompanion(planned.path)) return;
-    if (stageFor(OtherRole(role)) == FileOutcome::Result::Unchanged)
-        planned.namedRole = OtherRole(role);
-    else
-        stageFor(role);
+    const PlannedTarget own = planned;
+    const bool isOthers = stageFor(OtherRole(role)) == FileOutcome::Result::Unchanged;
+    if (!isOthers) planned = own;
+    if (isOthers) planned.namedRole = OtherRole(role);
 }
 
 void CommitPlan::FillIn(PlannedTarget& planned) const {
@@ -140,15 +140,23 @@ void CommitPlan::FillIn(PlannedTarget& planned) const {
     planned.isTouched = isRecorded && isStrange;
     planned.isUnrecorded = !isRecorded && isStrange;
     planned.isReserved = planned.isUnrecorded && planned.before.exists && IsReserved(path);
+    planned.isUntold = m_cutShort.count(path) != 0 || (known != nullptr && WasCutShort(*known));
 }
 
-/// A run that was cut short could tell and record nothing of what it had written; the commands that came
-/// after it may have cleared away what it left.
+/// Whether a run that was cut short wrote it, and another command than a commit found that out since.
+bool CommitPlan::WasCutShort(const KnownFile& known) const {
+    Store* const store = m_product.HostHistory().ToLook();
+    const auto entry = store != nullptr ? store->Find(known.entry) : std::nullopt;
+    if (!entry || entry->outcome != EntryOutcome::CutShort) return false;
+    const std::string status = m_product.State().Status(m_product.Role());
+    return !IsFileExist(status) || VersionOf(status).changed < entry->ended;
+}
+
+/// A run that was cut short could tell nothing of what it had written.
 std::vector<std::string> CommitPlan::RestartsOf(const std::vector<PlannedTarget>& targets) const {
     Restarts restarts;
     for (const PlannedTarget& planned : targets) {
-        if (planned.IsChange() || planned.isTouched || planned.isUnrecorded ||
-            m_cutShort.count(planned.path) != 0)
+        if (planned.IsChange() || planned.isTouched || planned.isUnrecorded || planned.isUntold)
             restarts.Add(planned.target.RestartsFor(m_product.Role()));
     }
     return restarts.Services();

@@ -27,6 +27,7 @@ struct PlannedTarget {
     bool isTouched = false;     ///< the file is none of those that the roles recorded at their commits
     bool isUnrecorded = false;  ///< the product had to do with the file, but no commit recorded it as it is
     bool isReserved = false;    ///< what the file holds is what its reserve holds
+    bool isUntold = false;      ///< what a run that was cut short wrote, whose services nobody was told
     Role namedRole = Role::Client;  ///< the one whose command its notice names
     FileVersion version;            ///< of what was there when the plan was made
     FileState before;
@@ -72,6 +73,7 @@ class CommitPlan {
     void FillIn(PlannedTarget& planned) const;
     void JudgeEdits(OnEdit onEdit);
     bool CanBeKept(const PlannedTarget& planned) const;
+    bool WasCutShort(const KnownFile& known) const;
 
     Deployment& m_product;
     std::unique_ptr<WriteLock> m_lock;

@@ -75,7 +75,8 @@ class Rollback {
         }
         m_product.Out().Restarts(m_restarts.Services());
         if (m_isDryRun) return m_result;
-        if (isLast && !m_result.isKept) RemoveStatus();
+        // What could not be put back is none of those that are taken back any more.
+        if (isLast && IsLast(all, steps)) RemoveStatus();
         m_recording.Complete(Ending::DoneInPart);
         return m_result;
     }
@@ -191,7 +192,8 @@ class Rollback {
     }
 
     void Do(Step& step) {
-        if (!m_isDryRun) step = Tried(step, [&](Step& tried) { Act(tried); });
+        if (!m_isDryRun && step.action != Step::Action::Nothing)
+            step = Tried(step, [&](Step& tried) { Act(tried); });
         if (step.outcome.result == Result::Restored || step.outcome.result == Result::Removed)
             m_restarts.Add(step.file.restart);
         m_product.Out().Done(step.outcome);
@@ -324,11 +326,13 @@ class Rollback {
         file.kind = FileKind::Original;
         if (const KnownFile* const known = m_known.Find(file.path)) file.knowledge = known->state.knowledge;
         if (file.knowledge) file.knowledge->roles.erase(m_product.Role());
+        const std::uint64_t longest = m_product.HostHistory().Limits().largestText;
         if (step.action == Step::Action::LeaveToOtherRole) {
             if (m_known.Has(file.path, m_otherRole)) file.kind = FileKind::Target;
+            // What somebody else makes of it meanwhile is not the product's work.
+            file.after = Capture(file.path, longest);
             return file;
         }
-        const std::uint64_t longest = m_product.HostHistory().Limits().largestText;
         file.after = step.hasReserve ? Capture(step.file.Reserve(), longest) : CapturedFile();
         file.companions = ExpectedFile::Companions::MayGo;
         return file;
