@@ -82,7 +82,7 @@ void RegisterCommit(CommandLine& line) {
                             CommitConfig)
         .Any("TEMPLATE", &CommitOptions::templates, "Only these templates")
         .Flag("--run-checks", &CommitOptions::runChecks, kRunChecksHelp)
-        .List("--set", "NAME=VALUE", &CommitOptions::assignments,
+        .Assignments("--set", &CommitOptions::assignments,
               "With -n: as if a parameter had this value");
 }
 
