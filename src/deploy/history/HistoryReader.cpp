@@ -34,10 +34,6 @@ std::vector<std::string> NamesOfPath(const Paths& paths, const std::string& file
     return {paths.NameInside(paths.Canonical(file)), paths.HasRoot() ? written : paths.NameInside(written)};
 }
 
-bool IsAmong(const std::vector<std::string>& names, const std::string& name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
-}
-
 std::string NumbersOf(const std::vector<RecordedEntry>& entries) {
     constexpr std::size_t kMost = 5;
     std::string text;
@@ -80,12 +76,17 @@ bool HistoryReader::Knows(const std::string& name) const {
 
 std::string HistoryReader::NameOf(const std::string& file) const {
     if (file.empty()) throw UsageError("FILE is empty (name a file)");
-    const std::vector<std::string> names = NamesOfPath(m_product.HostPaths(), file);
-    if (!HasAny()) throw UsageError(PathOf(names.front()) + ": nothing was recorded yet on this host");
-    for (const std::string& name : names)
-        if (Knows(name)) return name;
-    throw UsageError(PathOf(names.front()) +
-                     ": is not in the history (\"history\" tells the files that are)");
+    if (auto name = FindName(file)) return std::move(*name);
+    throw UsageError(PathOf(NamesOfPath(m_product.HostPaths(), file).front()) +
+                     (HasAny() ? ": is not in the history (\"history\" tells the files that are)"
+                               : ": nothing was recorded yet on this host"));
+}
+
+std::optional<std::string> HistoryReader::FindName(const std::string& file) const {
+    if (!HasAny()) return std::nullopt;
+    for (std::string& name : NamesOfPath(m_product.HostPaths(), file))
+        if (Knows(name)) return std::move(name);
+    return std::nullopt;
 }
 
 RecordedEntry HistoryReader::Entry(std::int64_t number) const {

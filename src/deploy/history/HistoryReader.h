@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,9 @@ class HistoryReader {
 
     /// The name, inside the root, under which the history knows a file that this path leads to.
     std::string NameOf(const std::string& file) const;
+
+    /// The same; none: the history never saw it.
+    std::optional<std::string> FindName(const std::string& file) const;
 
     RecordedEntry Entry(std::int64_t number) const;
     RecordedFile FileOf(std::int64_t number, const std::string& name) const;
