@@ -290,15 +290,29 @@ void Arguments::AddText(const std::string& text) {
 
 CLI::App& CommandFamily::AddRun(const char* name, const char* help, const std::function<int(Session&)>& run) {
     CLI::App* command = AddSubcommand(m_app, name, help);
-    command->callback([&call = m_call, run, words = m_prefix + name, subject = m_subject] {
-        call.options.command = words;
-        call.run = [run, subject](Session& session) {
-            if (subject == Subject::AnyFile)
-                session.Wanted().needsConfigFile = session.Asked().isConfigFileNamed;
-            return run(session);
-        };
-    });
+    command->callback([self = *this, run, words = m_prefix + name] { self.Choose(words, run); });
     return *command;
+}
+
+CLI::App& CommandFamily::AddAlone(const std::function<int(Session&)>& run) {
+    m_app.require_subcommand(0, 1);
+    m_app.callback([self = *this, run] {
+        CLI::App& app = self.m_app;
+        if (app.get_subcommands().empty()) return self.Choose(app.get_name(), run);
+        // The library gives the family what a command of it has no place for.
+        for (const CLI::Option* option : app.get_options())
+            if (option->count() != 0) throw CLI::ExtrasError({option->results().front()});
+    });
+    return m_app;
+}
+
+void CommandFamily::Choose(const std::string& words, const std::function<int(Session&)>& run) const {
+    m_call.options.command = words;
+    m_call.run = [run, subject = m_subject](Session& session) {
+        if (subject == Subject::AnyFile)
+            session.Wanted().needsConfigFile = session.Asked().isConfigFileNamed;
+        return run(session);
+    };
 }
 
 CommandFamily CommandLine::Family(const char* name, const char* help, Subject subject) {

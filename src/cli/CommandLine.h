@@ -119,8 +119,17 @@ class CommandFamily {
         return {AddRun(name, help, runGiven), m_call, given};
     }
 
+    /// What runs where none of the family's commands is named.
+    template <typename Given>
+    Command<Given> Alone(int (*run)(Session&, const Given&)) {
+        auto given = std::make_shared<Given>();
+        return {AddAlone([given, run](Session& session) { return run(session, *given); }), m_call, given};
+    }
+
   private:
     CLI::App& AddRun(const char* name, const char* help, const std::function<int(Session&)>& run);
+    CLI::App& AddAlone(const std::function<int(Session&)>& run);
+    void Choose(const std::string& words, const std::function<int(Session&)>& run) const;
 
     CLI::App& m_app;
     std::string m_prefix;  ///< of the words of each command

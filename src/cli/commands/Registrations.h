@@ -18,6 +18,7 @@ void RegisterParam(CommandLine& line);
 void RegisterLine(CommandLine& line);
 void RegisterFile(CommandLine& line);
 void RegisterOption(CommandLine& line);
+void RegisterHistory(CommandLine& line);
 void RegisterExplain(CommandLine& line);
 void RegisterDoctor(CommandLine& line);
 void RegisterHelp(CommandLine& line);
@@ -39,6 +40,7 @@ inline constexpr Registration kRegistrations[] = {
     {"line", RegisterLine},
     {"file", RegisterFile},
     {"option", RegisterOption},
+    {"history", RegisterHistory},
     {"explain", RegisterExplain},
     {"doctor", RegisterDoctor},
     {"help", RegisterHelp},
