@@ -281,7 +281,8 @@ void Arguments::AddAssignments(const char* name, const char* help, std::vector<s
 }
 
 void Arguments::AddNumber(const char* name, const char* help, std::size_t& number) {
-    m_command.add_option(name, number, help)->type_name("COUNT")->check(CLI::PositiveNumber);
+    CLI::Validator positive = CLI::PositiveNumber;
+    m_command.add_option(name, number, help)->type_name("COUNT")->check(positive.description(""));
 }
 
 void Arguments::AddText(const std::string& text) {
