@@ -5,13 +5,22 @@ _zet_templates() {
     sed -n 's/^\[templates\."\(.*\)"\].*$/\1/p' /usr/share/zet/templates/targets.toml 2>/dev/null
 }
 
+# The numbers of the changes that the history of this host has.
+_zet_changes() {
+    "$1" -q history 2>/dev/null </dev/null | sed -n 's/^\([0-9][0-9]*\) .*/\1/p'
+}
+
+_zet_is_of_history() {
+    [[ " show diff export erase " == *" $1 "* ]]
+}
+
 # Sets $command to the words of the command before the cursor, $arguments to how many arguments follow them.
 _zet_read_words() {
     local i
     command='' arguments=0
     for ((i = 1; i < COMP_CWORD; i++)); do
         case ${COMP_WORDS[i]} in
-            -c | --config | --root | --module | --color | --log | --set | --value)
+            -c | --config | --root | --module | -m | --message | -N | --count | --color | --log | --set | --value)
                 ((++i))
                 [[ ${COMP_WORDS[i]} != = ]] || ((++i))
                 ;;
@@ -20,6 +29,7 @@ _zet_read_words() {
             *)
                 case $command in
                     '' | template | param | line | file | option) command+=${command:+ }${COMP_WORDS[i]} ;;
+                    history) _zet_is_of_history "${COMP_WORDS[i]}" && command+=" ${COMP_WORDS[i]}" || ((++arguments)) ;;
                     *) ((++arguments)) ;;
                 esac
                 ;;
@@ -42,10 +52,10 @@ _zet() {
         ZET_CFG_TEMPL_DIR ZET_HISTORY ZET_HISTORY_KEEP ZET_HISTORY_KEEP_EDITS ZET_HISTORY_MAX_FILE ZET_LANG
         ZET_ON_EDIT ZET_SYNC ZET_VAR_LIB_DIR'
     local current=$2 previous=${COMP_WORDS[COMP_CWORD - 1]} command arguments words='' files=''
-    local options='-c --config --root --module -n --dry-run --diff --json -q --quiet -v --verbose --show-secrets --color --log
+    local options='-c --config --root --module -m --message -n --dry-run --diff --json -q --quiet -v --verbose --show-secrets --color --log
         -h --help -V --version'
-    local commands='commit-config check-config rollback-config status adopt values template param line file option explain
-        doctor help'
+    local commands='commit-config check-config rollback-config status adopt values template param line file option history
+        explain doctor help'
     [[ $current != = ]] || current=''
     [[ $previous != = ]] || previous=${COMP_WORDS[COMP_CWORD - 2]}
     _zet_read_words
@@ -67,10 +77,18 @@ _zet() {
         'param restore' | 'line restore') options+=' --all-blocks --force --no-markers --no-backup' ;;
         'file strip') options+=' --force --no-backup' ;;
         'file forget') options+=' --force' ;;
+        history)
+            options+=' -N --count' files=-f
+            [[ $arguments -ne 0 ]] || words='show diff export erase'
+            ;;
+        'history show') options+=' --after' ;;
         help) words=$commands ;;
     esac
     case "$command $arguments" in
         'param '*' 0' | 'line '*' 0' | 'file '*' 0' | 'explain 0' | 'doctor 0' | 'adopt 0') files=-f ;;
+        'history show 0' | 'history diff 0') words=$(_zet_changes "$1") ;;
+        'history diff 1') words=$(_zet_changes "$1") files=-f ;;
+        'history show 1' | 'history diff 2' | 'history erase 0') files=-f ;;
         'help 0') ;;
         'help '*) words='' ;;
         'option get 0' | 'option set 0') words=$parameters ;;
@@ -84,7 +102,7 @@ _zet() {
         --root) words='' files=-d ;;
         --color) words='auto always never' files='' ;;
         --log) words='stderr syslog' files='' ;;
-        --set | --value) words='' files='' ;;
+        -m | --message | -N | --count | --set | --value) words='' files='' ;;
     esac
     mapfile -t COMPREPLY < <(
         compgen -W "$words" -- "$current"

@@ -6,17 +6,29 @@ _zet_templates() {
     sed -n 's/^\[templates\."\(.*\)"\].*$/\1/p' /usr/share/zet/templates/targets.toml 2>/dev/null
 }
 
+# The numbers of the changes that the history of this host has.
+_zet_changes() {
+    local line
+    for line in ${(f)"$($1 -q history 2>/dev/null </dev/null)"}; do print -r -- ${line%% *}; done
+}
+
 # Sets $command to the words of the command before the cursor, $arguments to how many arguments follow them.
 _zet_read_words() {
     local i
     command='' arguments=0
     for ((i = 2; i < CURRENT; i++)); do
         case $words[i] in
-            (-c|--config|--root|--module|--color|--log|--set|--value) ((++i)) ;;
+            (-c|--config|--root|--module|-m|--message|-N|--count|--color|--log|--set|--value) ((++i)) ;;
             (-*) ;;
             (*)
                 case $command in
                     (''|template|param|line|file|option) command+=${command:+ }$words[i] ;;
+                    (history)
+                        case $words[i] in
+                            (show|diff|export|erase) command+=" $words[i]" ;;
+                            (*) ((++arguments)) ;;
+                        esac
+                        ;;
                     (*) ((++arguments)) ;;
                 esac
                 ;;
@@ -39,10 +51,10 @@ _zet() {
         ZET_CFG_TEMPL_DIR ZET_HISTORY ZET_HISTORY_KEEP ZET_HISTORY_KEEP_EDITS ZET_HISTORY_MAX_FILE ZET_LANG
         ZET_ON_EDIT ZET_SYNC ZET_VAR_LIB_DIR)
     local command arguments current=$words[CURRENT] previous=$words[CURRENT-1]
-    local -a known options=(-c --config --root --module -n --dry-run --diff --json -q --quiet -v --verbose
+    local -a known options=(-c --config --root --module -m --message -n --dry-run --diff --json -q --quiet -v --verbose
         --show-secrets --color --log -h --help -V --version)
-    local -a commands=(commit-config check-config rollback-config status adopt values template param line file option explain
-        doctor help)
+    local -a commands=(commit-config check-config rollback-config status adopt values template param line file option history
+        explain doctor help)
     _zet_read_words
     if [[ $current == --*=* ]] && compset -P '*='; then previous=${current%%=*} current=''; fi
     case $previous in
@@ -50,7 +62,7 @@ _zet() {
         (--root) _files -/; return ;;
         (--color) compadd -- auto always never; return ;;
         (--log) compadd -- stderr syslog; return ;;
-        (--set|--value) return 1 ;;
+        (-m|--message|-N|--count|--set|--value) return 1 ;;
     esac
     case $command in
         ('')
@@ -70,6 +82,8 @@ _zet() {
         ('param restore'|'line restore') options+=(--all-blocks --force --no-markers --no-backup) ;;
         ('file strip') options+=(--force --no-backup) ;;
         ('file forget') options+=(--force) ;;
+        (history) options+=(-N --count) known=(show diff export erase) ;;
+        ('history show') options+=(--after) ;;
         (help) known=($commands) ;;
     esac
     if [[ $current == -* ]]; then
@@ -78,6 +92,10 @@ _zet() {
     fi
     case "$command $arguments" in
         (param\ *\ 0|line\ *\ 0|file\ *\ 0|'explain 0'|'doctor 0'|rollback-config*) _files ;;
+        ('history 0') compadd -- $known; _files ;;
+        ('history show 0'|'history diff 0') compadd -- ${(f)"$(_zet_changes $words[1])"} ;;
+        ('history diff 1') compadd -- ${(f)"$(_zet_changes $words[1])"}; _files ;;
+        ('history show 1'|'history diff 2'|'history erase 0') _files ;;
         (help\ 0) compadd -- $known ;;
         (help\ *) return 1 ;;
         ('option get 0'|'option set 0') compadd -- $parameters ;;

@@ -102,6 +102,8 @@ class Grammar {
         AddPath("-c,--config", options.configFile, "FILE", "The product's main configuration file");
         AddPath("--root", options.root, "DIR", "Work on the host tree in DIR");
         AddPath("--module", options.moduleFile, "FILE", "Load this module");
+        m_app.add_option("-m,--message", options.message, "Why, for the history of what was done")
+            ->type_name("TEXT");
         m_app.add_flag("-n,--dry-run", options.dryRun, "Say what would change, and change nothing");
         m_app.add_flag("--diff", options.diff, "Show each change as a unified diff");
         m_app.add_flag("--json", options.json, "Report as one JSON document");
@@ -230,6 +232,29 @@ int Print(GlobalOptions options, const CLI::App& app, const CLI::ParseError& err
     return report.Finish(kDone);
 }
 
+/// Where the text of a file, or a value, begins in the word; none: it has none. What is equal to one counts
+/// as one, whatever else it was meant to be.
+std::optional<std::size_t> TextIn(const std::string& word, const Call& call) {
+    for (const std::string* text : call.texts)
+        if (word == *text) return 0;
+    for (const std::vector<std::string>* assignments : call.assignments) {
+        for (const std::string& assignment : *assignments) {
+            if (word.ends_with(assignment))
+                return word.size() - assignment.size() + assignment.find('=') + 1;
+        }
+    }
+    return std::nullopt;
+}
+
+std::vector<CommandWord> WordsOf(const Names& arguments, const Call& call) {
+    std::vector<CommandWord> words;
+    for (const std::string& argument : arguments) {
+        const std::optional<std::size_t> text = TextIn(argument, call);
+        words.push_back({argument, text.has_value(), text.value_or(0)});
+    }
+    return words;
+}
+
 /// What was read before the mistake may lack the option that the reader relies on.
 bool AsksForDocument(int count, char** arguments) {
     return std::find(arguments, arguments + count, std::string_view("--json")) != arguments + count;
@@ -237,8 +262,8 @@ bool AsksForDocument(int count, char** arguments) {
 
 }  // namespace
 
-void Arguments::AddWord(const char* name, const char* help, std::string& word) {
-    m_command.add_option(name, word, help)->required();
+void Arguments::AddWord(const char* name, const char* help, std::string& word, bool isRequired) {
+    m_command.add_option(name, word, help)->required(isRequired);
 }
 
 void Arguments::AddWords(const char* name, const char* help, std::vector<std::string>& words,
@@ -258,22 +283,45 @@ void Arguments::AddChoice(const char* name, const std::vector<std::string>& word
     m_command.add_option(name, word, help)->check(CLI::IsMember(words))->type_name(type);
 }
 
-void Arguments::AddList(const char* name, const char* type, const char* help,
-                        std::vector<std::string>& values) {
-    m_command.add_option(name, values, help)->type_name(type)->allow_extra_args(false);
+void Arguments::AddAssignments(const char* name, const char* help, std::vector<std::string>& values) {
+    m_call.assignments.push_back(&values);
+    m_command.add_option(name, values, help)->type_name("NAME=VALUE")->allow_extra_args(false);
+}
+
+void Arguments::AddNumber(const char* name, const char* help, std::size_t& number) {
+    CLI::Validator positive = CLI::PositiveNumber;
+    m_command.add_option(name, number, help)->type_name("COUNT")->check(positive.description(""));
+}
+
+void Arguments::AddText(const std::string& text) {
+    m_call.texts.push_back(&text);
 }
 
 CLI::App& CommandFamily::AddRun(const char* name, const char* help, const std::function<int(Session&)>& run) {
     CLI::App* command = AddSubcommand(m_app, name, help);
-    command->callback([&call = m_call, run, words = m_prefix + name, subject = m_subject] {
-        call.options.command = words;
-        call.run = [run, subject](Session& session) {
-            if (subject == Subject::AnyFile)
-                session.Wanted().needsConfigFile = session.Asked().isConfigFileNamed;
-            return run(session);
-        };
-    });
+    command->callback([self = *this, run, words = m_prefix + name] { self.Choose(words, run); });
     return *command;
+}
+
+CLI::App& CommandFamily::AddAlone(const std::function<int(Session&)>& run) {
+    m_app.require_subcommand(0, 1);
+    m_app.callback([self = *this, run] {
+        CLI::App& app = self.m_app;
+        if (app.get_subcommands().empty()) return self.Choose(app.get_name(), run);
+        // The library gives the family what a command of it has no place for.
+        for (const CLI::Option* option : app.get_options())
+            if (option->count() != 0) throw CLI::ExtrasError({option->results().front()});
+    });
+    return m_app;
+}
+
+void CommandFamily::Choose(const std::string& words, const std::function<int(Session&)>& run) const {
+    m_call.options.command = words;
+    m_call.run = [run, subject = m_subject](Session& session) {
+        if (subject == Subject::AnyFile)
+            session.Wanted().needsConfigFile = session.Asked().isConfigFileNamed;
+        return run(session);
+    };
 }
 
 CommandFamily CommandLine::Family(const char* name, const char* help, Subject subject) {
@@ -302,6 +350,7 @@ std::optional<Call> ParseCommandLine(const std::string& program, int count, char
         }
         return std::nullopt;
     }
+    options.words = WordsOf({arguments + std::min(count, 1), arguments + count}, grammar.Asked());
     options.isConfigFileNamed = !options.configFile.empty();
     if (!options.isConfigFileNamed) options.configFile = std::move(usualFile);
     return std::move(grammar.Asked());

@@ -25,35 +25,52 @@ class Session;
 struct Call {
     GlobalOptions options;
     std::function<int(Session&)> run;
+    std::vector<const std::string*> texts{};                     ///< given texts of files, and values
+    std::vector<const std::vector<std::string>*> assignments{};  ///< given as NAME=VALUE
 };
 
 /// What a command takes, whatever the type that holds it.
 class Arguments {
   protected:
-    explicit Arguments(CLI::App& command) : m_command(command) {}
+    Arguments(CLI::App& command, Call& call) : m_command(command), m_call(call) {}
 
-    void AddWord(const char* name, const char* help, std::string& word);
+    void AddWord(const char* name, const char* help, std::string& word, bool isRequired = true);
     void AddWords(const char* name, const char* help, std::vector<std::string>& words, bool isRequired);
     void AddFlag(const char* name, const char* help, bool& flag);
     void AddChoice(const char* name, const std::vector<std::string>& words, const char* help,
                    std::string& word);
-    void AddList(const char* name, const char* type, const char* help, std::vector<std::string>& values);
+    void AddAssignments(const char* name, const char* help, std::vector<std::string>& values);
+    void AddNumber(const char* name, const char* help, std::size_t& number);
+    void AddText(const std::string& text);
 
   private:
     CLI::App& m_command;
+    Call& m_call;
 };
 
 /// A command, to which what it takes is added; the order is that of the help.
 template <typename Given>
 class Command : private Arguments {
   public:
-    Command(CLI::App& command, std::shared_ptr<Given> given)
-        : Arguments(command), m_given(std::move(given)) {}
+    Command(CLI::App& command, Call& call, std::shared_ptr<Given> given)
+        : Arguments(command, call), m_given(std::move(given)) {}
 
     /// A word that has to be there.
     Command& operator()(const char* name, std::string Given::*member, const char* help) {
         AddWord(name, help, (*m_given).*member);
         return *this;
+    }
+
+    /// A word that may be left out.
+    Command& Maybe(const char* name, std::string Given::*member, const char* help) {
+        AddWord(name, help, (*m_given).*member, false);
+        return *this;
+    }
+
+    /// One that is a text of a file, or a value: it is for who may read the file.
+    Command& Text(const char* name, std::string Given::*member, const char* help) {
+        AddText((*m_given).*member);
+        return (*this)(name, member, help);
     }
 
     /// Any number of words; at least one.
@@ -78,10 +95,15 @@ class Command : private Arguments {
         return *this;
     }
 
-    /// An option with a value, which may be given several times.
-    Command& List(const char* name, const char* type, std::vector<std::string> Given::*member,
-                  const char* help) {
-        AddList(name, type, help, (*m_given).*member);
+    /// An option with a number, from 1.
+    Command& Number(const char* name, std::size_t Given::*member, const char* help) {
+        AddNumber(name, help, (*m_given).*member);
+        return *this;
+    }
+
+    /// An option NAME=VALUE, which may be given several times.
+    Command& Assignments(const char* name, std::vector<std::string> Given::*member, const char* help) {
+        AddAssignments(name, help, (*m_given).*member);
         return *this;
     }
 
@@ -102,11 +124,21 @@ class CommandFamily {
     template <typename Given>
     Command<Given> Add(const char* name, const char* help, int (*run)(Session&, const Given&)) {
         auto given = std::make_shared<Given>();
-        return {AddRun(name, help, [given, run](Session& session) { return run(session, *given); }), given};
+        const auto runGiven = [given, run](Session& session) { return run(session, *given); };
+        return {AddRun(name, help, runGiven), m_call, given};
+    }
+
+    /// What runs where none of the family's commands is named.
+    template <typename Given>
+    Command<Given> Alone(int (*run)(Session&, const Given&)) {
+        auto given = std::make_shared<Given>();
+        return {AddAlone([given, run](Session& session) { return run(session, *given); }), m_call, given};
     }
 
   private:
     CLI::App& AddRun(const char* name, const char* help, const std::function<int(Session&)>& run);
+    CLI::App& AddAlone(const std::function<int(Session&)>& run);
+    void Choose(const std::string& words, const std::function<int(Session&)>& run) const;
 
     CLI::App& m_app;
     std::string m_prefix;  ///< of the words of each command

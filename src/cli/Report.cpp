@@ -128,7 +128,36 @@ void Report::Data(const std::string& line) {
 void Report::Text(std::string_view text) {
     if (m_json) return;
     m_progress.Erase();
-    m_output.Write(text);
+    if (m_pager)
+        m_paged += text;
+    else
+        m_output.Write(text);
+}
+
+void Report::Bytes(std::string_view text) {
+    if (!m_output.IsTerminal()) return Text(text);
+    std::string shown;
+    while (!text.empty()) {
+        const TextLine line = TakeLine(text);
+        shown.append(PrintableLine(line.text)).append(line.hasLineFeed ? "\n" : "");
+    }
+    Text(shown);
+}
+
+void Report::UsePager() {
+    if (m_json || !m_output.IsTerminal()) return;
+    const Pager pager;
+    if (pager.IsWanted()) m_pager = pager;
+}
+
+void Report::ShowPaged() {
+    if (!m_pager || m_paged.empty()) return;
+    const Pager pager = *m_pager;
+    m_pager.reset();
+    m_output.Flush();
+    if (pager.Show(m_paged)) return;
+    if (!pager.Trouble().empty()) Warning(pager.Trouble());
+    m_output.Write(m_paged);
 }
 
 void Report::Diff(std::string_view diff) {
@@ -192,6 +221,7 @@ void Report::Error(const std::string& text, const std::string& lines) {
 
 int Report::Finish(int status) {
     m_progress.Erase();
+    ShowPaged();
     if (m_json) {
         Set("exit_status", status);
         m_output.Write(ToJson(m_document).dump(2, ' ', false, Json::error_handler_t::replace) + "\n");

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <list>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -11,6 +12,7 @@
 
 #include "cli/GlobalOptions.h"
 #include "cli/OutputStream.h"
+#include "cli/Pager.h"
 #include "cli/ProgressLine.h"
 
 namespace ZET::Cli {
@@ -55,6 +57,12 @@ class Report {
     /// A unified diff, in color where that is wanted; otherwise the same as `Data`.
     void Diff(std::string_view diff);
 
+    /// A text of a file, byte for byte; a terminal gets what it can show.
+    void Bytes(std::string_view text);
+
+    /// What is printed from now on is shown by the reader's pager, if he sits at a terminal.
+    void UsePager();
+
     /// A field of the document; an element of one of its lists, which exists from the first call of `AddList`
     /// on.
     void Set(const std::string& name, Value value);
@@ -78,6 +86,7 @@ class Report {
     int Finish(int status);
 
   private:
+    void ShowPaged();
     void Message(const char* kind, const std::string& text, std::string_view lines = "");
 
     std::string m_program;
@@ -88,6 +97,8 @@ class Report {
     OutputStream m_messages;
     ProgressLine m_progress;
     bool m_color;
+    std::optional<Pager> m_pager;
+    std::string m_paged;
     Fields m_document;
 };
 

@@ -24,6 +24,8 @@ Options OptionsOf(const GlobalOptions& asked) {
     options.moduleFile = asked.moduleFile;
     options.program = asked.program;
     options.command = asked.command;
+    options.words = asked.words;
+    options.message = asked.message;
     options.dryRun = asked.dryRun;
     options.onlyLooks = asked.dryRun;
     options.wantsDiffs = asked.diff;

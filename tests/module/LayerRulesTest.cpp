@@ -85,8 +85,10 @@ const std::vector<Room> kRooms = {
     {"deploy/host", {"text", "posix"}},
     {"deploy/state", {"deploy/host", "text", "posix"}},
     {"deploy/targets", {"deploy/state", "deploy/host", "text", "posix"}},
-    {"deploy/edit", {"deploy/targets", "deploy/state", "deploy/host", "text", "posix"}},
-    {"deploy/face", {"deploy/edit", "deploy/targets", "deploy/state", "deploy/host", "text", "posix"}},
+    {"deploy/history", {"deploy/targets", "deploy/state", "deploy/host", "text", "posix"}},
+    {"deploy/edit", {"deploy/history", "deploy/targets", "deploy/state", "deploy/host", "text", "posix"}},
+    {"deploy/face",
+     {"deploy/edit", "deploy/history", "deploy/targets", "deploy/state", "deploy/host", "text", "posix"}},
     {"cli", {"deploy", "text", "posix"}},
 };
 
@@ -230,7 +232,8 @@ TEST(LayerRulesTest, ParserOfListsIsOnlyCompiledIn) {
 
 TEST(LayerRulesTest, ParserOfListsIsCompiledOnce) {
     std::vector<std::string> users;
-    for (const std::string part : {"deploy/host", "deploy/state", "deploy/targets", "deploy/edit", "cli",
+    for (const std::string part : {"deploy/host", "deploy/state", "deploy/targets", "deploy/history",
+                                   "deploy/edit", "cli",
                                    "cli/commands", "text", "core"}) {
         for (const Include& each : IncludesOf("src/" + part)) {
             if (each.header == "deploy/targets/Toml.h") users.push_back(each.file);

@@ -1,6 +1,7 @@
 #ifndef ZET_DEPLOY_OPTIONS_H
 #define ZET_DEPLOY_OPTIONS_H
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,8 @@ namespace ZET::Deploy {
 /// One word of a command.
 struct CommandWord {
     std::string text;
-    bool isText = false;  ///< of a file, or a value: not for everybody where the file is not
+    bool isText = false;    ///< of a file, or a value: not for everybody where the file is not
+    std::size_t shown = 0;  ///< so many bytes before the text are for everybody all the same: "NAME="
 };
 
 /// How the product is to be used on this host.

@@ -88,7 +88,7 @@ void RegisterCommit(CommandLine& line) {
                             CommitConfig)
         .Any("TEMPLATE", &CommitOptions::templates, "Only these templates")
         .Flag("--run-checks", &CommitOptions::runChecks, kRunChecksHelp)
-        .List("--set", "NAME=VALUE", &CommitOptions::assignments, "With -n: as if a parameter had this value")
+        .Assignments("--set", &CommitOptions::assignments, "With -n: as if a parameter had this value")
         .Choice("--on-edit", {"overwrite", "refuse"}, &CommitOptions::onEdit,
                 "What to do with a target that somebody edited");
 }

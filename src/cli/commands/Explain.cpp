@@ -1,7 +1,11 @@
+#include <algorithm>
 #include <charconv>
+#include <cstddef>
+#include <optional>
 
 #include "cli/ExitStatus.h"
 #include "cli/Fields.h"
+#include "cli/HistoryWords.h"
 #include "cli/Session.h"
 #include "cli/commands/Registrations.h"
 #include "deploy/edit/FileExplanation.h"
@@ -91,7 +95,7 @@ class Teller {
         if (lines.first != lines.last)
             text += "lines " + std::to_string(lines.first) + " to " + std::to_string(lines.last) + ": ";
         text += Describe(lines, isOneLine);
-        m_session.Out().Line(text);
+        m_session.Out().Line(text + Since(lines));
     }
 
   private:
@@ -197,6 +201,25 @@ class Teller {
         return begin + " line restore " + m_path + " PATTERN\"";
     }
 
+    /// What the newest of the lines came with; none: they are older than what is known.
+    std::optional<LineAge> NewestAge(const ExplainedLines& lines) const {
+        std::optional<LineAge> newest;
+        for (std::size_t line = lines.first; line <= lines.last && line <= m_file.ages.size(); ++line) {
+            const std::optional<LineAge>& age = m_file.ages[line - 1];
+            if (age && (!newest || IsNewer(*age, *newest))) newest = age;
+        }
+        return newest;
+    }
+
+    std::string Since(const ExplainedLines& lines) const {
+        const std::optional<LineAge> newest = NewestAge(lines);
+        if (!newest) return "";
+        const auto first = m_file.ages.begin() + static_cast<std::ptrdiff_t>(lines.first) - 1;
+        const auto end = first + static_cast<std::ptrdiff_t>(lines.last - lines.first) + 1;
+        const bool isOfAll = std::all_of(first, end, [&](const auto& age) { return age == newest; });
+        return (isOfAll ? "; " : "; in parts ") + SinceText(*newest);
+    }
+
     static bool HasFormerText(const ExplainedLines& lines) {
         return lines.formerLine != 0 || lines.kind == Kind::FormerLine || lines.kind == Kind::LoneFormerLine;
     }
@@ -216,6 +239,7 @@ class Teller {
             {"former_text", HasFormerText(lines) && !m_file.isHidden ? Value(std::string(lines.formerText))
                                                                      : Value(nullptr)},
             {"block_line", Number(lines.block)},
+            {"since", SinceValue(NewestAge(lines))},
             {"reserve", ReserveValue()}};
     }
 

@@ -49,7 +49,7 @@ void RegisterLine(CommandLine& line) {
     };
     add("get", "Print the first line that matches", Get);
     auto set = add("set", "Set every line that matches", Set);
-    set("LINE", &LineOptions::line, "The new text");
+    set.Text("LINE", &LineOptions::line, "The new text");
     AddEditOptions(set);
     auto restore = add("restore", "Bring back former lines that match", Restore);
     AddRestoreOptions(restore);

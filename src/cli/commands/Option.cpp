@@ -32,8 +32,8 @@ void RegisterOption(CommandLine& line) {
     auto family = line.Family("option", "The product's main configuration file", Subject::Product);
     family.Add<OptionWords>("get", "Print the value of a parameter", Get)("NAME", &OptionWords::name,
                                                                           "The parameter");
-    family.Add<OptionWords>("set", "Set a parameter", Set)("NAME", &OptionWords::name, "The parameter")(
-        "VALUE", &OptionWords::value, "Its value");
+    family.Add<OptionWords>("set", "Set a parameter", Set)("NAME", &OptionWords::name, "The parameter")
+        .Text("VALUE", &OptionWords::value, "Its value");
 }
 
 }  // namespace ZET::Cli

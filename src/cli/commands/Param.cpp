@@ -48,7 +48,7 @@ void RegisterParam(CommandLine& line) {
     };
     add("get", "Print the value of a parameter", Get);
     auto set = add("set", "Set a parameter", Set);
-    set("VALUE", &ParamOptions::value, "The new text");
+    set.Text("VALUE", &ParamOptions::value, "The new text");
     AddEditOptions(set);
     auto restore = add("restore", "Bring back a parameter's former line", Restore);
     AddRestoreOptions(restore);

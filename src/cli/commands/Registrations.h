@@ -19,6 +19,7 @@ void RegisterParam(CommandLine& line);
 void RegisterLine(CommandLine& line);
 void RegisterFile(CommandLine& line);
 void RegisterOption(CommandLine& line);
+void RegisterHistory(CommandLine& line);
 void RegisterExplain(CommandLine& line);
 void RegisterDoctor(CommandLine& line);
 void RegisterHelp(CommandLine& line);
@@ -41,6 +42,7 @@ inline constexpr Registration kRegistrations[] = {
     {"line", RegisterLine},
     {"file", RegisterFile},
     {"option", RegisterOption},
+    {"history", RegisterHistory},
     {"explain", RegisterExplain},
     {"doctor", RegisterDoctor},
     {"help", RegisterHelp},

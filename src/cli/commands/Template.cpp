@@ -96,7 +96,7 @@ void RegisterTemplate(CommandLine& line) {
         .Add<ProcessOptions>("process", "Render one template into a file", Process)(
             "NAME", &ProcessOptions::name, "The template")("TARGET", &ProcessOptions::target,
                                                            "The file, or - for standard output")
-        .List("--value", "NAME=VALUE", &ProcessOptions::values,
+        .Assignments("--value", &ProcessOptions::values,
               "Another value for this run (NAME without ${})");
 }
 

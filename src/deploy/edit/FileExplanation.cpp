@@ -28,6 +28,7 @@ FileExplanation ExplainFile(Deployment& product, const std::string& file) {
     result.hadNoFile = result.reserve.empty() && IsFileExist(result.path + ZETAbsenceSuffix);
     const std::string& source = result.origin.templateFile;
     result.lines = ExplainText(text, result.origin.isMade, source.empty() ? "" : ReadFileBytes(source));
+    result.ages = AgesOfLines(product, file, *result.text);
     return result;
 }
 

@@ -3,9 +3,11 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "deploy/history/LineAges.h"
 #include "deploy/targets/Deployment.h"
 #include "deploy/targets/FileOrigin.h"
 #include "text/Explanation.h"
@@ -22,6 +24,7 @@ struct FileExplanation {
     std::size_t lineCount = 0;
     std::unique_ptr<const std::string> text;  ///< which the lines quote
     std::vector<ExplainedLines> lines;
+    std::vector<std::optional<LineAge>> ages;  ///< at the line's number less one; empty: nothing is known
 
     bool HasUntracedLines() const;
 };

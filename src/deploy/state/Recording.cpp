@@ -22,7 +22,7 @@ constexpr char kHiddenWord[] = "***";
 std::vector<std::string> ShownWords(const Options& options, bool isPrivate) {
     std::vector<std::string> words;
     for (const CommandWord& word : options.words)
-        words.push_back(word.isText && isPrivate ? kHiddenWord : word.text);
+        words.push_back(word.isText && isPrivate ? word.text.substr(0, word.shown) + kHiddenWord : word.text);
     if (words.empty()) words.push_back(options.command);
     return words;
 }

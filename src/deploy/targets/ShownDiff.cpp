@@ -8,9 +8,6 @@
 
 namespace ZET::Deploy {
 
-namespace {
-
-/// Where the texts differ, without the texts.
 ShownDiff WithoutText(ShownDiff diff, const std::string& path, const std::string& excuse) {
     const std::string lines = ChangedLines(diff.text);
     diff.text.clear();
@@ -18,8 +15,6 @@ ShownDiff WithoutText(ShownDiff diff, const std::string& path, const std::string
     if (!lines.empty()) diff.places.emplace_back(path + ": " + lines);
     return diff;
 }
-
-}  // namespace
 
 std::string ShownPath(const std::string& path) {
     if (!HasStepUp(path)) return path;

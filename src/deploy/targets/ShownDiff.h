@@ -16,6 +16,9 @@ std::string ShownPath(const std::string& path);
 ShownDiff DiffToShow(Deployment& product, const std::string& oldFile, const std::string& newFile,
                      const std::string& path, const std::string& shownPath = "");
 
+/// Where the texts differ, without the texts; `excuse` says why.
+ShownDiff WithoutText(ShownDiff diff, const std::string& path, const std::string& excuse);
+
 /// Whether the text is not for everybody: that of the file as it is, or as it was.
 bool IsPrivate(Deployment& product, const FileOutcome& outcome);
 

@@ -358,23 +358,26 @@ void Store::Prune() {
     }
 }
 
-void Store::Erase(const std::string& path) {
-    Guarded([&] {
+std::size_t Store::CountTexts(const std::vector<std::string>& paths) {
+    return Guarded([&] { return CountTextsOf(*m_database, paths); });
+}
+
+Erasure Store::Erase(const std::vector<std::string>& paths) {
+    return Guarded([&] {
         m_database->Run("PRAGMA secure_delete = ON");
         Database::Transaction transaction(*m_database);
-        for (const std::int64_t id : Numbers(
-                 "SELECT before FROM files WHERE path = ?1 UNION ALL SELECT after FROM files WHERE path = ?1"
-                 " UNION ALL SELECT state FROM known WHERE path = ?1",
-                 {path})) {
-            RecordedState state = StateAt(*m_database, id);
-            state.text.reset();
-            state.knowledge.base.reset();
-            ReplaceTexts(id, state);
-        }
+        Erasure erased =
+            EraseTexts(*m_database, paths, [this](TextNumber number) { return Text(number); });
         transaction.Commit();
         // Free pages, and the journal, may still hold what was kept before.
         m_database->Run("VACUUM");
-        m_database->Run("PRAGMA wal_checkpoint(TRUNCATE)");
+        if (m_database->Run("PRAGMA wal_checkpoint(TRUNCATE)") != Value(std::int64_t{0})) {
+            throw Failure({.file = m_file,
+                           .text = "the texts are erased, but its journal may still hold them, since "
+                                   "somebody reads the history",
+                           .remedy = "run the command again"});
+        }
+        return erased;
     });
 }
 

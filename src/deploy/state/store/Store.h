@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "deploy/state/store/Database.h"
+#include "deploy/state/store/Erasure.h"
 #include "deploy/state/store/Records.h"
 
 namespace ZET::Deploy {
@@ -73,9 +74,13 @@ class Store {
     /// A text that is kept.
     std::string Text(TextNumber number);
 
-    /// Takes the texts of the file out of all that is kept, and makes sure that none of the store's files
-    /// holds one any more.
-    void Erase(const std::string& path);
+    /// How many texts are kept of the files.
+    std::size_t CountTexts(const std::vector<std::string>& paths);
+
+    /// Takes the texts of the files out of all that is kept, and makes sure that none of the store's files
+    /// holds one any more, but for those that other files have, too. What a word of a command tells of them
+    /// goes as well.
+    Erasure Erase(const std::vector<std::string>& paths);
 
   private:
     template <typename Call>

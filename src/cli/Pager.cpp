@@ -1,0 +1,105 @@
+#include "cli/Pager.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <string_view>
+
+#include "posix/Descriptor.h"
+
+namespace ZET::Cli {
+
+namespace {
+
+constexpr char kUsual[] = "less";
+// What fits on the screen is printed and that is it; colors are shown; the text stays when it was read.
+constexpr char kOptionsOfUsual[] = "FRX";
+constexpr int kCannotBeExecuted = 126;
+constexpr int kNotFound = 127;
+
+/// An interrupt is for the program that reads the keyboard.
+class InterruptsIgnored {
+  public:
+    InterruptsIgnored() {
+        struct sigaction ignored = {};
+        ignored.sa_handler = SIG_IGN;
+        sigaction(SIGINT, &ignored, &m_interrupt);
+        sigaction(SIGQUIT, &ignored, &m_quit);
+    }
+    ~InterruptsIgnored() {
+        sigaction(SIGINT, &m_interrupt, nullptr);
+        sigaction(SIGQUIT, &m_quit, nullptr);
+    }
+    InterruptsIgnored(const InterruptsIgnored&) = delete;
+    InterruptsIgnored& operator=(const InterruptsIgnored&) = delete;
+
+  private:
+    struct sigaction m_interrupt = {};
+    struct sigaction m_quit = {};
+};
+
+/// A reader who has seen enough takes no more.
+void WriteAll(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t count = write(descriptor, text.data(), text.size());
+        if (count < 0 && errno != EINTR) return;
+        if (count > 0) text.remove_prefix(static_cast<std::size_t>(count));
+    }
+}
+
+int StatusOf(pid_t process) {
+    int status = 0;
+    while (waitpid(process, &status, 0) < 0) {
+        if (errno != EINTR) return kNotFound;
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 0;
+}
+
+}  // namespace
+
+Pager::Pager() {
+    const char* const given = std::getenv("PAGER");
+    if (given == nullptr) return;
+    m_command = given;
+    m_isWanted = m_command.find_first_not_of(" \t") != std::string::npos && m_command != "cat";
+}
+
+bool Pager::Show(const std::string& text) const {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) return false;
+    Descriptor input(ends[0]);
+    Descriptor output(ends[1]);
+    const InterruptsIgnored ignored;
+    const pid_t process = fork();
+    if (process < 0) return false;
+    if (process == 0) Run(input);
+    input = Descriptor();
+    WriteAll(output, text);
+    output = Descriptor();
+    const int status = StatusOf(process);
+    return status != kNotFound && status != kCannotBeExecuted;
+}
+
+std::string Pager::Trouble() const {
+    if (m_command.empty()) return "";
+    return "the pager \"" + m_command + "\" cannot be run (correct PAGER, or set it to \"cat\")";
+}
+
+void Pager::Run(int input) const {
+    for (const int number : {SIGINT, SIGQUIT, SIGPIPE, SIGXFSZ})
+        std::signal(number, SIG_DFL);
+    dup2(input, STDIN_FILENO);
+    if (m_command.empty()) {
+        setenv("LESS", kOptionsOfUsual, 0);
+        execlp(kUsual, kUsual, nullptr);
+    } else {
+        execl("/bin/sh", "sh", "-c", m_command.c_str(), nullptr);
+    }
+    _exit(kNotFound);
+}
+
+}  // namespace ZET::Cli

@@ -1,0 +1,44 @@
+#ifndef ZET_FAST_IMPORT_H
+#define ZET_FAST_IMPORT_H
+
+#include <cstdint>
+#include <iosfwd>
+#include <string>
+#include <string_view>
+
+namespace ZET::Deploy {
+
+/// Writes what "git fast-import" reads: one branch, whose changes follow each other.
+class FastImport {
+  public:
+    struct Signature {
+        std::string name;
+        std::string address;
+        std::int64_t seconds = 0;  ///< since 1970
+    };
+
+    /// A stream without its end is refused by its reader.
+    FastImport(std::ostream& stream, std::string branch);
+
+    void Change(const Signature& author, const Signature& committer, const std::string& message);
+
+    /// In the change that was begun last. Paths are relative, of any bytes.
+    void Write(const std::string& path, bool isExecutable, std::string_view text);
+    void Remove(const std::string& path);
+
+    void End();
+
+  private:
+    void Data(std::string_view bytes);
+
+    std::ostream& m_stream;
+    std::string m_branch;
+};
+
+/// A path as the stream has it: in quotes unless all of its bytes are plain. A directory of a repository's
+/// own has another name.
+std::string PathInStream(const std::string& path);
+
+}  // namespace ZET::Deploy
+
+#endif

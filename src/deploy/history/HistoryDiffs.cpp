@@ -1,0 +1,107 @@
+#include "deploy/history/HistoryDiffs.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "deploy/history/HistoryEntries.h"
+#include "deploy/history/TextDiffer.h"
+#include "deploy/targets/ShownDiff.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+class Comparison {
+  public:
+    explicit Comparison(Deployment& product) : m_reader(product) {}
+
+    const HistoryReader& Reader() const { return m_reader; }
+
+    HistoryDiff Of(const RecordedFile& file) {
+        HistoryDiff result;
+        result.file = ToldFile(m_reader, file);
+        if (HaveSameText(file.before, file.after)) return result;
+        for (const RecordedState* state : {&file.before, &file.after}) {
+            result.trouble = m_reader.WhyNotKept(*state);
+            if (!result.trouble.empty()) return result;
+        }
+        result.diff = ShownDiffOf(file);
+        return result;
+    }
+
+    /// Its first and its last state between the two entries become what is compared. Entries come from the
+    /// newest to the oldest.
+    std::vector<RecordedFile> Between(std::int64_t older, std::int64_t newer) const {
+        std::vector<RecordedFile> files;
+        for (const RecordedEntry& entry : m_reader.Entries()) {
+            if (entry.number > newer || entry.number < older) continue;
+            for (RecordedFile& file : m_reader.FilesOf(entry.number))
+                Take(files, std::move(file), entry.number == older);
+        }
+        return files;
+    }
+
+  private:
+    static void Take(std::vector<RecordedFile>& files, RecordedFile file, bool isStart) {
+        const auto known = std::find_if(files.begin(), files.end(),
+                                        [&](const RecordedFile& each) { return each.path == file.path; });
+        if (known != files.end()) {
+            known->before = isStart ? file.after : file.before;
+        } else if (!isStart) {
+            files.push_back(std::move(file));
+        }
+    }
+
+    ShownDiff ShownDiffOf(const RecordedFile& file) {
+        std::string texts[2];
+        const std::string* sides[2] = {nullptr, nullptr};
+        for (const Side side : {Side::Before, Side::After}) {
+            const RecordedState& state = StateOn(side, file);
+            const auto i = static_cast<std::size_t>(side);
+            if (!state.exists) continue;
+            texts[i] = m_reader.Text(state);
+            sides[i] = &texts[i];
+        }
+        const std::string path = m_reader.PathOf(file.path);
+        const bool isHidden = m_reader.Hides(file.path, file.before) || m_reader.Hides(file.path, file.after);
+        ShownDiff diff;
+        diff.text = m_differ.Diff(sides[0], sides[1], path);
+        diff.isPrivate = isHidden;
+        if (!isHidden) return diff;
+        return WithoutText(std::move(diff), path, m_reader.Product().HostSecrets().Excuse(path));
+    }
+
+    HistoryReader m_reader;
+    TextDiffer m_differ;
+};
+
+/// What was different before is different after the other way round.
+RecordedFile Reversed(RecordedFile file) {
+    std::swap(file.before, file.after);
+    return file;
+}
+
+std::vector<RecordedFile> ComparedFiles(const Comparison& comparison, std::int64_t number,
+                                        std::optional<std::int64_t> to) {
+    if (!to) return comparison.Reader().FilesOf(number);
+    std::vector<RecordedFile> files = comparison.Between(std::min(number, *to), std::max(number, *to));
+    if (*to < number) std::transform(files.begin(), files.end(), files.begin(), Reversed);
+    return files;
+}
+
+}  // namespace
+
+std::vector<HistoryDiff> DiffHistory(Deployment& product, std::int64_t number, std::optional<std::int64_t> to,
+                                     const std::string& file) {
+    Comparison comparison(product);
+    comparison.Reader().Entry(number);
+    if (to) comparison.Reader().Entry(*to);
+    const std::string name = file.empty() ? "" : comparison.Reader().NameOf(file);
+    if (!to && !name.empty()) comparison.Reader().FileOf(number, name);
+    std::vector<HistoryDiff> diffs;
+    for (const RecordedFile& each : ComparedFiles(comparison, number, to))
+        if (name.empty() || each.path == name) diffs.push_back(comparison.Of(each));
+    return diffs;
+}
+
+}  // namespace ZET::Deploy

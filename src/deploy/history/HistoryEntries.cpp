@@ -1,0 +1,175 @@
+#include "deploy/history/HistoryEntries.h"
+
+#include <pwd.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <string_view>
+
+#include "deploy/host/Failure.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+FileState StateOfRecorded(const RecordedState& state) {
+    FileState told;
+    told.exists = state.exists;
+    if (!state.exists) return told;
+    told.mode = S_IFREG | state.mode;
+    told.owner = state.owner;
+    told.group = state.group;
+    told.links = 1;
+    return told;
+}
+
+bool IsAsBefore(const RecordedState& before, const RecordedState& after) {
+    return HaveSameText(before, after) && before.mode == after.mode && before.owner == after.owner &&
+           before.group == after.group && before.attributes == after.attributes;
+}
+
+FileOutcome::Result ResultOf(const RecordedState& before, const RecordedState& after) {
+    using Result = FileOutcome::Result;
+    if (before.exists != after.exists) return after.exists ? Result::Created : Result::Removed;
+    return !before.exists || IsAsBefore(before, after) ? Result::Unchanged : Result::Changed;
+}
+
+const char* NameOf(FileKind kind) {
+    constexpr const char* kNames[] = {"target",    "edit",   "template",  "option",
+                                      "companion", "status", "rendering", "original"};
+    return kNames[static_cast<std::size_t>(kind)];
+}
+
+const char* NameOf(EntryOutcome outcome) {
+    constexpr const char* kNames[] = {"not ended", "done", "failed", "cut short"};
+    return kNames[static_cast<std::size_t>(outcome)];
+}
+
+bool NeedsQuotes(std::string_view word) {
+    constexpr std::string_view kPlain =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_@%+=:,./-*";
+    return word.empty() || word.find_first_not_of(kPlain) != std::string_view::npos;
+}
+
+std::string Quoted(std::string_view word) {
+    if (!NeedsQuotes(word)) return std::string(word);
+    std::string quoted = "'";
+    for (const char c : word)
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+}
+
+/// How many words give the message, from this one on.
+std::size_t CountOfMessageWords(const HistoryEntry& entry, std::size_t i) {
+    if (entry.message.empty()) return 0;
+    const std::string& word = entry.words[i];
+    if (word == "-m" + entry.message || word == "--message=" + entry.message) return 1;
+    const bool isOption = word == "-m" || word == "--message";
+    return isOption && i + 1 < entry.words.size() && entry.words[i + 1] == entry.message ? 2 : 0;
+}
+
+}  // namespace
+
+std::string UserName(uid_t user) {
+    const struct passwd* const known = getpwuid(user);
+    return known != nullptr ? known->pw_name : std::to_string(user);
+}
+
+std::string PersonOf(const HistoryEntry& entry) {
+    if (!entry.loginUser.empty()) return entry.loginUser;
+    return entry.sudoUser.empty() ? entry.userName : entry.sudoUser;
+}
+
+std::string CommandOf(const HistoryEntry& entry) {
+    std::string text;
+    for (std::size_t i = 0; i < entry.words.size();) {
+        const std::size_t left = CountOfMessageWords(entry, i);
+        if (left == 0) text += (text.empty() ? "" : " ") + Quoted(entry.words[i]);
+        i += std::max<std::size_t>(left, 1);
+    }
+    return text;
+}
+
+HistoryFile ToldFile(const HistoryReader& reader, const RecordedFile& file) {
+    HistoryFile told;
+    told.path = reader.PathOf(file.path);
+    told.kind = NameOf(file.kind);
+    told.result = ResultOf(file.before, file.after);
+    told.before = StateOfRecorded(file.before);
+    told.after = StateOfRecorded(file.after);
+    told.isTextKeptBefore = file.before.text.has_value();
+    told.isTextKeptAfter = file.after.text.has_value();
+    told.isEdited = file.wasEdited;
+    for (const RecordedState* state : {&file.before, &file.after}) {
+        if (state->exists && reader.AudienceOf(file.path, *state) != Secrets::Audience::Everybody)
+            told.isSecret = true;
+    }
+    const std::string& name = file.after.knowledge.templateName;
+    told.templateName = name.empty() ? file.before.knowledge.templateName : name;
+    return told;
+}
+
+HistoryEntry ToldEntry(const HistoryReader& /*reader*/, const RecordedEntry& entry) {
+    HistoryEntry told;
+    told.number = entry.number;
+    told.begun = entry.begun;
+    told.ended = entry.ended;
+    told.outcome = NameOf(entry.outcome);
+    told.user = entry.user;
+    told.userName = UserName(entry.user);
+    if (entry.loginUser) told.loginUser = UserName(*entry.loginUser);
+    told.sudoUser = entry.sudoUser;
+    told.role = entry.role;
+    told.words = entry.words;
+    told.message = entry.message;
+    return told;
+}
+
+std::vector<HistoryEntry> ListHistory(Deployment& product, const std::string& file, std::size_t count) {
+    const HistoryReader reader(product);
+    const std::string name = file.empty() ? "" : reader.NameOf(file);
+    const std::vector<std::string> wanted = NamesBeside(name);
+    std::vector<HistoryEntry> entries;
+    for (const RecordedEntry& entry : file.empty() ? reader.Entries(count) : reader.EntriesOf(name, count)) {
+        entries.push_back(ToldEntry(reader, entry));
+        for (const RecordedFile& each : reader.FilesOf(entry.number)) {
+            if (file.empty() || std::find(wanted.begin(), wanted.end(), each.path) != wanted.end())
+                entries.back().files.push_back(ToldFile(reader, each));
+        }
+    }
+    return entries;
+}
+
+HistoryEntry ShowEntry(Deployment& product, std::int64_t number) {
+    const HistoryReader reader(product);
+    HistoryEntry entry = ToldEntry(reader, reader.Entry(number));
+    for (const RecordedFile& file : reader.FilesOf(number))
+        entry.files.push_back(ToldFile(reader, file));
+    return entry;
+}
+
+std::string TextOf(Deployment& product, std::int64_t number, const std::string& file, Side side) {
+    const HistoryReader reader(product);
+    const std::string name = reader.NameOf(file);
+    const RecordedState state = StateOn(side, reader.FileOf(number, name));
+    const char* const when = side == Side::Before ? "before" : "after";
+    const std::string instant = std::string(when) + " change " + std::to_string(number);
+    if (!state.exists)
+        throw Failure({.file = reader.PathOf(name),
+                       .text = "there was no such file " + instant,
+                       .remedy = "\"history\" with its name tells when it was written"});
+    const std::string trouble = reader.WhyNotKept(state);
+    if (!trouble.empty())
+        throw Failure({.file = reader.PathOf(name),
+                       .text = instant + ", " + trouble,
+                       .remedy = "look for it in a backup of the host"});
+    const bool isForNobody = reader.AudienceOf(name, state) == Secrets::Audience::Nobody;
+    product.HostSecrets().RequireShown(reader.PathOf(name));
+    if (isForNobody && !product.Wanted().showsSecrets)
+        throw Failure({.file = reader.PathOf(name),
+                       .text = "its text is not shown: it was committed, and is in no list any more",
+                       .remedy = "--show-secrets shows it"});
+    return reader.Text(state);
+}
+
+}  // namespace ZET::Deploy

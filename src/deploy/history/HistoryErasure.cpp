@@ -1,0 +1,30 @@
+#include "deploy/history/HistoryErasure.h"
+
+#include "deploy/history/HistoryReader.h"
+#include "deploy/host/Failure.h"
+#include "deploy/state/CutShort.h"
+#include "deploy/state/Lock.h"
+
+namespace ZET::Deploy {
+
+ErasedHistory EraseHistory(Deployment& product, const std::string& file) {
+    const auto toErase = [&] { return HistoryReader(product).NameOf(file); };
+    ErasedHistory result;
+    if (product.Wanted().dryRun) {
+        const std::string name = toErase();
+        result.path = product.HostPaths().FromInside(name);
+        result.texts = product.HostHistory().ToLook()->CountTexts(NamesBeside(name));
+        return result;
+    }
+    const std::string name = toErase();  // before anybody has to wait
+    const WriteLock lock(product.State(), LockSeeker{product.Caller(), product.Out()});
+    SettleCutShort(product);
+    const Erasure erased = product.HostHistory().ToRecord().Erase(NamesBeside(name));
+    result.path = product.HostPaths().FromInside(name);
+    result.texts = erased.texts;
+    for (const std::string& other : erased.alsoHeld)
+        result.alsoHeld.push_back(product.HostPaths().FromInside(other));
+    return result;
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,137 @@
+#include "deploy/history/HistoryReader.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "deploy/host/Failure.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+std::string NameOfChange(std::int64_t number) {
+    return "change " + std::to_string(number);
+}
+
+Store* StoreOf(Deployment& product) {
+    History& history = product.HostHistory();
+    if (history.IsDenied()) {
+        throw Failure({.file = product.State().Store(),
+                       .text = "the history may not be read by this user",
+                       .remedy = "run the command as root"});
+    }
+    return history.ToLook();
+}
+
+/// Links followed as they lead now; or, where the file itself became one, only those on the way to it.
+std::vector<std::string> NamesOfPath(const Paths& paths, const std::string& file) {
+    const std::string written = paths.HasRoot()
+                                    ? std::filesystem::path("/" + file).lexically_normal().string()
+                                    : paths.WithRealDirectory(file, PathWalk::Unseen::IsTakenAsWritten);
+    return {paths.NameInside(paths.Canonical(file)), paths.HasRoot() ? written : paths.NameInside(written)};
+}
+
+std::string NumbersOf(const std::vector<RecordedEntry>& entries) {
+    constexpr std::size_t kMost = 5;
+    std::string text;
+    for (std::size_t i = 0; i < std::min(entries.size(), kMost); ++i)
+        text += (text.empty() ? "" : ", ") + std::to_string(entries[i].number);
+    return entries.size() > kMost ? text + ", ..." : text;
+}
+
+}  // namespace
+
+std::vector<std::string> NamesBeside(const std::string& name) {
+    return {name, name + ZETReserveSuffix, name + ZETAbsenceSuffix};
+}
+
+HistoryReader::HistoryReader(Deployment& product) : m_product(product), m_store(StoreOf(product)) {}
+
+std::vector<RecordedEntry> HistoryReader::Entries(std::size_t count) const {
+    return HasAny() ? m_store->Entries(count) : std::vector<RecordedEntry>();
+}
+
+std::vector<RecordedEntry> HistoryReader::EntriesOf(const std::string& name, std::size_t count) const {
+    std::vector<RecordedEntry> entries;
+    for (const std::string& each : NamesBeside(name)) {
+        for (RecordedEntry& entry : m_store->EntriesOf(each)) {
+            const bool isNew = std::none_of(entries.begin(), entries.end(), [&](const RecordedEntry& known) {
+                return known.number == entry.number;
+            });
+            if (isNew) entries.push_back(std::move(entry));
+        }
+    }
+    std::sort(entries.begin(), entries.end(),
+              [](const RecordedEntry& one, const RecordedEntry& other) { return one.number > other.number; });
+    if (entries.size() > count) entries.resize(count);
+    return entries;
+}
+
+bool HistoryReader::Knows(const std::string& name) const {
+    return m_store->Known(name) || !EntriesOf(name, 1).empty();
+}
+
+std::string HistoryReader::NameOf(const std::string& file) const {
+    if (file.empty()) throw UsageError("FILE is empty (name a file)");
+    if (auto name = FindName(file)) return std::move(*name);
+    throw UsageError(PathOf(NamesOfPath(m_product.HostPaths(), file).front()) +
+                     (HasAny() ? ": is not in the history (\"history\" tells the files that are)"
+                               : ": nothing was recorded yet on this host"));
+}
+
+std::optional<std::string> HistoryReader::FindName(const std::string& file) const {
+    if (!HasAny()) return std::nullopt;
+    for (std::string& name : NamesOfPath(m_product.HostPaths(), file))
+        if (Knows(name)) return std::move(name);
+    return std::nullopt;
+}
+
+RecordedEntry HistoryReader::Entry(std::int64_t number) const {
+    const std::vector<RecordedEntry> newest = Entries(1);
+    if (newest.empty())
+        throw UsageError("there is no " + NameOfChange(number) + ": nothing was recorded yet on this host");
+    if (number < 1 || number > newest.front().number) {
+        throw UsageError("there is no " + NameOfChange(number) + ": the last one is " +
+                         std::to_string(newest.front().number) + " (\"history\" tells them)");
+    }
+    if (auto entry = m_store->Find(number)) return std::move(*entry);
+    throw Failure({.text = NameOfChange(number) + " is not kept any more, or changed nothing after all",
+                   .remedy = "\"history\" tells what there is; ZET_HISTORY_KEEP says how many are kept"});
+}
+
+RecordedFile HistoryReader::FileOf(std::int64_t number, const std::string& name) const {
+    const std::string what = NameOfChange(Entry(number).number);
+    for (RecordedFile& file : FilesOf(number))
+        if (file.path == name) return std::move(file);
+    throw UsageError(PathOf(name) + ": " + what + " did not write it (those that did: " +
+                     NumbersOf(m_store->EntriesOf(name)) + ")");
+}
+
+std::string HistoryReader::WhyNotKept(const RecordedState& state) const {
+    if (!state.exists || state.text) return "";
+    const std::string size = "its text of " + std::to_string(state.size) + " bytes is not kept: it ";
+    return size + (state.size > m_product.HostHistory().Limits().largestText
+                       ? "is larger than ZET_HISTORY_MAX_FILE"
+                       : "was erased, or was larger than ZET_HISTORY_MAX_FILE then");
+}
+
+/// What a commit wrote and no list has any more may have been called secret there.
+Secrets::Audience HistoryReader::AudienceOf(const std::string& name, const RecordedState& state) const {
+    using Audience = Secrets::Audience;
+    const std::string path = PathOf(name);
+    const Audience now = m_product.HostSecrets().Of(path);
+    if (now != Audience::Everybody && now != Audience::Readers) return now;
+    HostLists& lists = m_product.Lists();
+    if (!state.knowledge.roles.empty() && lists.TargetNamed(lists.NameOf(path)) == nullptr)
+        return Audience::Nobody;
+    return state.exists && (state.mode & S_IROTH) == 0 ? Audience::Readers : now;
+}
+
+bool HistoryReader::Hides(const std::string& name, const RecordedState& state) const {
+    return !m_product.Wanted().showsSecrets && AudienceOf(name, state) != Secrets::Audience::Everybody;
+}
+
+}  // namespace ZET::Deploy

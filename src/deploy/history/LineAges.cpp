@@ -1,0 +1,102 @@
+#include "deploy/history/LineAges.h"
+
+#include <utility>
+
+#include "deploy/history/HistoryEntries.h"
+#include "deploy/history/TextDiffer.h"
+#include "text/FormerLines.h"
+#include "text/Lines.h"
+
+namespace ZET::Deploy {
+
+LineWalk::LineWalk(std::string text, Differ differ) : m_text(std::move(text)), m_differ(std::move(differ)) {
+    const std::size_t count = SplitLines(m_text).size();
+    m_steps.resize(count);
+    for (std::size_t i = 0; i < count; ++i)
+        m_open.push_back({i, i + 1});
+}
+
+void LineWalk::StepBack(const std::string* older, std::size_t step) {
+    if (older != nullptr && *older == m_text) return;
+    std::vector<std::size_t> numbers;
+    for (const Line& line : m_open)
+        numbers.push_back(line.number);
+    const std::vector<std::size_t> former =
+        older == nullptr ? std::vector<std::size_t>(numbers.size(), 0)
+                         : FormerLines(m_differ(*older, m_text), numbers);
+    std::vector<Line> open;
+    for (std::size_t i = 0; i < m_open.size(); ++i) {
+        if (former[i] == 0)
+            m_steps[m_open[i].index] = step;
+        else
+            open.push_back({m_open[i].index, former[i]});
+    }
+    m_open = std::move(open);
+    m_text = older == nullptr ? "" : *older;
+}
+
+namespace {
+
+/// Takes the walk through what is recorded of one file.
+class RecordedWalk {
+  public:
+    RecordedWalk(const HistoryReader& reader, const std::string& text)
+        : m_reader(reader), m_walk(text, [this](const std::string& older, const std::string& newer) {
+              return m_differ.Diff(&older, &newer, "text");
+          }) {}
+
+    /// As far as texts are kept.
+    void Go(const std::string& name) {
+        for (const RecordedEntry& entry : m_reader.EntriesOf(name)) {
+            for (const RecordedFile& file : m_reader.FilesOf(entry.number)) {
+                if (m_walk.IsDone()) return;
+                if (file.path == name && !GoThrough(ToldEntry(m_reader, entry), file)) return;
+            }
+        }
+    }
+
+    std::vector<std::optional<LineAge>> Ages() const {
+        std::vector<std::optional<LineAge>> ages;
+        for (const std::optional<std::size_t>& step : m_walk.Steps())
+            ages.push_back(step ? std::optional(m_ages[*step]) : std::nullopt);
+        return ages;
+    }
+
+  private:
+    /// What the entry left may have been edited since, by hand.
+    bool GoThrough(HistoryEntry entry, const RecordedFile& file) {
+        const std::int64_t number = entry.number;
+        return Step(file.after, {std::nullopt, number}) &&
+               Step(file.before, {std::move(entry), std::nullopt});
+    }
+
+    /// False where the walk ends.
+    bool Step(const RecordedState& state, LineAge age) {
+        if (state.exists && !state.text) return false;
+        m_ages.push_back(std::move(age));
+        const std::string text = state.exists ? m_reader.Text(state) : "";
+        m_walk.StepBack(state.exists ? &text : nullptr, m_ages.size() - 1);
+        return true;
+    }
+
+    const HistoryReader& m_reader;
+    TextDiffer m_differ;
+    LineWalk m_walk;
+    std::vector<LineAge> m_ages;
+};
+
+}  // namespace
+
+std::vector<std::optional<LineAge>> AgesOfLines(Deployment& product, const std::string& file,
+                                                const std::string& text) {
+    History& history = product.HostHistory();
+    if (history.IsDenied() || history.ToLookIfUsable() == nullptr) return {};
+    const HistoryReader reader(product);
+    const std::optional<std::string> name = reader.FindName(file);
+    if (!name) return {};
+    RecordedWalk walk(reader, text);
+    walk.Go(*name);
+    return walk.Ages();
+}
+
+}  // namespace ZET::Deploy

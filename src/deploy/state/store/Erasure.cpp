@@ -1,0 +1,151 @@
+#include "deploy/state/store/Erasure.h"
+
+#include <algorithm>
+#include <set>
+
+#include "deploy/state/store/Rows.h"
+#include "zet/deploy/Failure.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr char kHidden[] = "***";
+constexpr std::size_t kMostWordsOfCommand = 2;  // "param set"
+
+std::set<std::int64_t> Numbers(Database& database, const char* statement, const RowValues& values) {
+    std::set<std::int64_t> numbers;
+    Database::Rows rows(database, statement, values);
+    while (rows.Next())
+        numbers.insert(rows.Number(0));
+    return numbers;
+}
+
+std::set<std::int64_t> StatesOf(Database& database, const std::vector<std::string>& paths) {
+    std::set<std::int64_t> states;
+    for (const std::string& path : paths)
+        states.merge(Numbers(database,
+                             "SELECT before FROM files WHERE path = ?1 UNION ALL"
+                             " SELECT after FROM files WHERE path = ?1 UNION ALL"
+                             " SELECT state FROM known WHERE path = ?1",
+                             {path}));
+    return states;
+}
+
+std::set<std::int64_t> EntriesOf(Database& database, const std::vector<std::string>& paths) {
+    std::set<std::int64_t> entries;
+    for (const std::string& path : paths)
+        entries.merge(Numbers(database, "SELECT entry FROM files WHERE path = ?", {path}));
+    return entries;
+}
+
+std::set<std::int64_t> TextsOf(const RecordedState& state) {
+    std::set<std::int64_t> texts;
+    for (const std::optional<TextNumber>& text : {state.text, state.knowledge.base})
+        if (text) texts.insert(text->value);
+    return texts;
+}
+
+std::set<std::string> HoldersOf(Database& database, std::int64_t text) {
+    std::set<std::string> paths;
+    Database::Rows rows(database,
+                        "SELECT path FROM files JOIN states ON states.id IN (before, after)"
+                        " WHERE states.text = ?1 OR states.base = ?1 UNION"
+                        " SELECT path FROM known JOIN states ON states.id = state"
+                        " WHERE states.text = ?1 OR states.base = ?1",
+                        {text});
+    while (rows.Next())
+        paths.insert(rows.Text(0));
+    return paths;
+}
+
+/// A text that cannot be read hides no words, and goes all the same.
+std::vector<std::string> ReadableTexts(const std::set<std::int64_t>& numbers,
+                                       const std::function<std::string(TextNumber)>& textOf) {
+    std::vector<std::string> texts;
+    for (const std::int64_t number : numbers) {
+        try {
+            texts.push_back(textOf({number}));
+        } catch (const Failure&) {
+            continue;
+        }
+    }
+    return texts;
+}
+
+bool IsHeld(const std::string& word, const std::vector<std::string>& texts) {
+    return !word.empty() && std::any_of(texts.begin(), texts.end(), [&](const std::string& text) {
+        return text.find(word) != std::string::npos;
+    });
+}
+
+bool IsOfCommand(const std::string& word) {
+    return word.find_first_not_of("abcdefghijklmnopqrstuvwxyz-") == std::string::npos;
+}
+
+std::string WithoutTexts(const std::string& word, const std::vector<std::string>& texts) {
+    for (std::size_t sign = word.find('='); sign != std::string::npos; sign = word.find('=', sign + 1))
+        if (IsHeld(word.substr(sign + 1), texts)) return word.substr(0, sign + 1) + kHidden;
+    return !word.starts_with('-') && IsHeld(word, texts) ? kHidden : word;
+}
+
+void HideWords(Database& database, const std::set<std::int64_t>& numbers,
+               const std::vector<std::string>& texts) {
+    for (const std::int64_t number : numbers) {
+        std::optional<RecordedEntry> entry = EntryAt(database, number);
+        if (!entry) continue;
+        std::vector<std::string> words = WordsWithoutTexts(entry->words, texts);
+        if (words == entry->words) continue;
+        entry->words = std::move(words);
+        ReplaceEntry(database, *entry);
+    }
+}
+
+void TakeOut(Database& database, std::int64_t id, RecordedState state) {
+    state.text.reset();
+    state.knowledge.base.reset();
+    ReplaceState(database, id, state);
+}
+
+}  // namespace
+
+std::vector<std::string> WordsWithoutTexts(std::vector<std::string> words,
+                                           const std::vector<std::string>& texts) {
+    std::size_t ofCommand = 0;
+    for (std::string& word : words) {
+        const bool isCommand =
+            ofCommand < kMostWordsOfCommand && !word.starts_with('-') && IsOfCommand(word);
+        if (isCommand)
+            ++ofCommand;
+        else
+            word = WithoutTexts(word, texts);
+    }
+    return words;
+}
+
+std::size_t CountTextsOf(Database& database, const std::vector<std::string>& paths) {
+    std::set<std::int64_t> texts;
+    for (const std::int64_t id : StatesOf(database, paths))
+        texts.merge(TextsOf(StateAt(database, id)));
+    return texts.size();
+}
+
+Erasure EraseTexts(Database& database, const std::vector<std::string>& paths,
+                   const std::function<std::string(TextNumber)>& textOf) {
+    std::set<std::int64_t> texts;
+    for (const std::int64_t id : StatesOf(database, paths)) {
+        const RecordedState state = StateAt(database, id);
+        texts.merge(TextsOf(state));
+        TakeOut(database, id, state);
+    }
+    HideWords(database, EntriesOf(database, paths), ReadableTexts(texts, textOf));
+    std::set<std::string> holders;
+    for (const std::int64_t text : texts) {
+        std::set<std::string> ofText = HoldersOf(database, text);
+        if (ofText.empty()) database.Run("DELETE FROM texts WHERE id = ?", {text});
+        holders.merge(ofText);
+    }
+    return {texts.size(), {holders.begin(), holders.end()}};
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,35 @@
+#ifndef ZET_STORE_ERASURE_H
+#define ZET_STORE_ERASURE_H
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "deploy/state/store/Database.h"
+#include "deploy/state/store/Records.h"
+
+namespace ZET::Deploy {
+
+/// What was taken out of the store.
+struct Erasure {
+    std::size_t texts = 0;
+    std::vector<std::string> alsoHeld;  ///< other files that have one of the texts, too
+};
+
+/// How many texts the store has of these files.
+std::size_t CountTextsOf(Database& database, const std::vector<std::string>& paths);
+
+/// Takes the texts of the files out of the rows, and so every word of the commands that wrote them which is
+/// a part of such a text, as `textOf` reads it.
+Erasure EraseTexts(Database& database, const std::vector<std::string>& paths,
+                   const std::function<std::string(TextNumber)>& textOf);
+
+/// The words without what the texts hold: the value of a word NAME=VALUE, or all of it. Options and the
+/// command's own words stay.
+std::vector<std::string> WordsWithoutTexts(std::vector<std::string> words,
+                                           const std::vector<std::string>& texts);
+
+}  // namespace ZET::Deploy
+
+#endif

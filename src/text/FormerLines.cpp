@@ -1,0 +1,93 @@
+#include "text/FormerLines.h"
+
+#include <charconv>
+
+#include "text/Lines.h"
+
+namespace ZET {
+
+namespace {
+
+/// Follows the lines of a unified diff, and tells where the lines that it keeps stood.
+class DiffFollower {
+  public:
+    explicit DiffFollower(std::string_view diff) : m_rest(diff) {}
+
+    /// The lines that are asked for have to rise.
+    std::size_t FormerOf(std::size_t line) {
+        while (!m_rest.empty() && m_newLine <= line) {
+            const std::string_view next = m_rest;
+            const TextLine taken = TakeLine(m_rest);
+            if (!Take(taken.text, line)) {
+                m_rest = next;  // the hunk begins behind the line
+                break;
+            }
+            if (m_taken == line) return m_formerOfTaken;
+        }
+        return m_newLine <= line ? line - m_newLine + m_oldLine : 0;
+    }
+
+  private:
+    /// False when it is the head of a hunk that begins behind the line.
+    bool Take(std::string_view text, std::size_t line) {
+        m_taken = 0;
+        if (IsInHunk()) {
+            TakeInHunk(text);
+        } else if (text.starts_with("@@")) {
+            const Range older = RangeAfter(text, '-');
+            const Range newer = RangeAfter(text, '+');
+            if (newer.first > line) return false;
+            m_oldLine = older.first;
+            m_newLine = newer.first;
+            m_oldLeft = older.count;
+            m_newLeft = newer.count;
+        }
+        return true;
+    }
+
+    bool IsInHunk() const { return m_oldLeft != 0 || m_newLeft != 0; }
+
+    void TakeInHunk(std::string_view text) {
+        const char sign = text.empty() ? ' ' : text.front();
+        if (sign == '\\') return;  // about the end of the line before
+        if (sign != '-') m_taken = m_newLine;
+        m_formerOfTaken = sign == '+' ? 0 : m_oldLine;
+        if (sign != '-') ++m_newLine, --m_newLeft;
+        if (sign != '+') ++m_oldLine, --m_oldLeft;
+    }
+
+    struct Range {
+        std::size_t first = 0;  ///< of an empty one, the line behind which it is, and one more
+        std::size_t count = 1;
+    };
+
+    static Range RangeAfter(std::string_view header, char sign) {
+        Range range;
+        const char* const end = header.data() + header.size();
+        const auto first = std::from_chars(header.data() + header.find(sign) + 1, end, range.first);
+        if (first.ptr != end && *first.ptr == ',') std::from_chars(first.ptr + 1, end, range.count);
+        if (range.count == 0) ++range.first;
+        return range;
+    }
+
+    std::string_view m_rest;
+    std::size_t m_oldLine = 1;  ///< the next one of each text
+    std::size_t m_newLine = 1;
+    std::size_t m_oldLeft = 0;  ///< of the hunk
+    std::size_t m_newLeft = 0;
+    std::size_t m_taken = 0;
+    std::size_t m_formerOfTaken = 0;
+};
+
+}  // namespace
+
+std::vector<std::size_t> FormerLines(std::string_view diff, const std::vector<std::size_t>& lines) {
+    DiffFollower follower(diff);
+    std::vector<std::size_t> former;
+    former.reserve(lines.size());
+    for (const std::size_t line : lines)
+        former.push_back(follower.FormerOf(line));
+    return former;
+}
+
+}  // namespace ZET
