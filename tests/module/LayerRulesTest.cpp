@@ -86,7 +86,8 @@ const std::vector<Room> kRooms = {
     {"deploy/state", {"deploy/host", "text", "posix"}},
     {"deploy/targets", {"deploy/state", "deploy/host", "text", "posix"}},
     {"deploy/edit", {"deploy/targets", "deploy/state", "deploy/host", "text", "posix"}},
-    {"deploy/face", {"deploy/edit", "deploy/targets", "deploy/state", "deploy/host", "text", "posix"}},
+    {"deploy/undo", {"deploy/targets", "deploy/state", "deploy/host", "text", "posix"}},
+    {"deploy/face", {"deploy/undo", "deploy/edit", "deploy/targets", "deploy/state", "deploy/host", "text", "posix"}},
     {"cli", {"deploy", "text", "posix"}},
 };
 

@@ -21,6 +21,7 @@ struct ExpectedFile {
 
     std::string path;                    ///< of the real file
     const FileInPlace* place = nullptr;  ///< where it is held; it must live as long as the recording
+    std::string suffix{};                ///< behind its name: that of a companion which is expected alone
     FileKind kind = FileKind::Edit;
     Companions companions = Companions::Stay;
     std::optional<CapturedFile> after{};   ///< none: nobody knows yet

@@ -31,10 +31,13 @@ FileToRecord AsItIs(const FileToRecord& planned, const CapturedFile& now) {
 void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending ending, Settlement& settlement) {
     const RecordedFile& file = planned.file;
     if (now.IsAs(file.before) || !IsOfTheCommand(file, now, ending)) {
-        settlement.untouched.push_back(file.path);
         const bool isAsWanted = !file.IsPlanned() || HaveSameText(now.state, file.after);
-        if (planned.isKnownAnew && ending != Ending::Unknown && isAsWanted)
-            settlement.known.push_back(AsItIs(planned, now));
+        const bool isKnownAnew = planned.isKnownAnew && ending != Ending::Unknown && isAsWanted;
+        const bool isNothingNew =
+            file.kind == file.kindBefore && file.before.knowledge == file.after.knowledge;
+        if (isKnownAnew && !isNothingNew) return settlement.changed.push_back(AsItIs(planned, now));
+        settlement.untouched.push_back(file.path);
+        if (isKnownAnew) settlement.known.push_back(AsItIs(planned, now));
         return;
     }
     const bool isAsPlanned = file.IsPlanned() && CarriesTheSame(now.state, file.after);

@@ -26,6 +26,8 @@ struct Knowledge {
     std::optional<Role> namedRole;   ///< the one whose command its notice names
     std::string templateName;        ///< of a target
     std::optional<TextNumber> base;  ///< what its text was made from, where that is another one
+
+    bool operator==(const Knowledge&) const = default;
 };
 
 /// A file at an instant.
@@ -62,6 +64,7 @@ enum class FileKind {
 struct RecordedFile {
     std::string path;  ///< of the real file, as the host itself knows it
     FileKind kind = FileKind::Edit;
+    FileKind kindBefore = FileKind::Original;  ///< what it was known to be before the entry
     RecordedState before;
     RecordedState after;
     bool wasEdited = false;  ///< what stood there before was somebody else's work

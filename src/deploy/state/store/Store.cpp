@@ -353,7 +353,18 @@ void Store::Prune() {
     for (const std::int64_t number : numbers) {
         DeleteFiles(number);
         m_database->Run("DELETE FROM entries WHERE number = ?", {number});
+        m_database->Run(
+            "INSERT INTO pruned(id, number) VALUES(0, ?1) ON CONFLICT(id) DO UPDATE SET number = max(number, "
+            "?1)",
+            {number});
     }
+}
+
+std::int64_t Store::LastPruned() {
+    return Guarded([&] {
+        const std::vector<std::int64_t> numbers = Numbers("SELECT number FROM pruned");
+        return numbers.empty() ? 0 : numbers.front();
+    });
 }
 
 void Store::Erase(const std::string& path) {
