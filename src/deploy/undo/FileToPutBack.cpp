@@ -51,6 +51,16 @@ bool Differs(const std::optional<CapturedFile>& now, const std::optional<Capture
     return wanted && now && !now->IsAs(wanted->state);
 }
 
+/// What the last entry before these made of the file.
+std::optional<RecordedState> StateLeftBefore(Store& store, const RecordedChange& change) {
+    for (const RecordedEntry& entry : store.EntriesOf(change.name)) {
+        if (entry.number >= change.oldest) continue;
+        for (const RecordedFile& file : store.FilesOf(entry.number))
+            if (file.path == change.name) return file.after;
+    }
+    return std::nullopt;
+}
+
 bool HasText(const CapturedFile& file) {
     return file.text.size() == file.state.size;
 }
@@ -215,6 +225,19 @@ void FileToPutBack::Expect(Recording& recording) const {
     if (m_change.file) ExpectPart(recording, *m_change.file, "", m_wanted.file);
     if (m_change.reserve) ExpectPart(recording, *m_change.reserve, ZETReserveSuffix, m_wanted.reserve);
     if (m_change.absence) ExpectPart(recording, *m_change.absence, ZETAbsenceSuffix, m_wanted.absence);
+}
+
+std::optional<FileToRecord> FileToPutBack::KnownBesidesItself() const {
+    if (m_isKept || !m_change.file || KindAfter() == FileKind::Original) return std::nullopt;
+    Store& store = *m_product.HostHistory().ToLook();
+    const std::optional<RecordedState> left = StateLeftBefore(store, m_change);
+    if (!left || !left->exists || HaveSameText(*left, m_wanted.file->state)) return std::nullopt;
+    FileToRecord known;
+    known.file.path = m_change.name;
+    known.file.kind = KindAfter();
+    known.file.after = *left;
+    known.file.after.knowledge = KnowledgeAfter();
+    return known;
 }
 
 void FileToPutBack::ExpectPart(Recording& recording, const RecordedFile& row, const char* suffix,

@@ -40,6 +40,9 @@ class FileToPutBack {
     bool IsChange() const;
 
     void Expect(Recording& recording) const;
+
+    /// As the product had left it, where somebody edited it before the entries; none: it is as it was left.
+    std::optional<FileToRecord> KnownBesidesItself() const;
     void Write() const;
 
     /// What happens to it, for the report; to be asked before it is written.

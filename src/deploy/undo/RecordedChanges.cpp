@@ -35,6 +35,7 @@ void RecordedChanges::Add(const RecordedEntry& entry, const std::vector<Recorded
                                                 : file.path);
         change.roles.insert(entry.role);
         change.newest = std::max(change.newest, entry.number);
+        change.oldest = entry.number;
         Precede(isReserve ? change.reserve : isAbsence ? change.absence : change.file, file);
     }
 }
@@ -42,7 +43,7 @@ void RecordedChanges::Add(const RecordedEntry& entry, const std::vector<Recorded
 RecordedChange& RecordedChanges::Of(const std::string& name) {
     RecordedChange*& change = m_byName[name];
     if (change == nullptr) {
-        m_changes.push_back({name, {}, {}, {}, {}, 0});
+        m_changes.push_back({name, {}, {}, {}, {}, 0, 0});
         change = &m_changes.back();
     }
     return *change;

@@ -109,8 +109,17 @@ class WayBack {
             throw;
         }
         recording.Complete(Ending::DoneInPart);
+        if (recording.IsOn()) RememberEdits();
         result.entry = recording.Number();
         m_product.Out().Restarts(m_restarts.Services());
+    }
+
+    /// What somebody had edited before is an edit again.
+    void RememberEdits() {
+        std::vector<FileToRecord> edited;
+        for (const FileToPutBack& file : m_files)
+            if (std::optional<FileToRecord> known = file.KnownBesidesItself()) edited.push_back(*known);
+        if (!edited.empty()) m_product.HostHistory().ToRecord().Remember(edited);
     }
 
     void Write(const FileToPutBack& file, UndoResult& result) {
@@ -211,21 +220,6 @@ std::vector<RecordedFile> FilesToUndo(Store& store, std::int64_t number) {
     return files;
 }
 
-/// What a template was rendered into for somebody is nobody's target.
-std::vector<RecordedFile> FilesToRollBack(Store& store, std::int64_t number) {
-    std::vector<RecordedFile> files = store.FilesOf(number);
-    std::set<std::string> left;
-    for (const RecordedFile& file : files)
-        if (file.kind == FileKind::Rendering) left.insert(file.path);
-    std::erase_if(files, [&](const RecordedFile& file) {
-        return std::any_of(left.begin(), left.end(), [&](const std::string& path) {
-            return file.path == path ||
-                   (file.kind == FileKind::Companion && file.path.starts_with(path + "."));
-        });
-    });
-    return files;
-}
-
 RecordedChanges ChangesSince(Store& store, std::int64_t number) {
     RecordedChanges changes;
     constexpr std::size_t kAtOnce = 64;
@@ -234,7 +228,7 @@ RecordedChanges ChangesSince(Store& store, std::int64_t number) {
         const std::vector<RecordedEntry> entries = store.Entries(kAtOnce, before);
         for (const RecordedEntry& entry : entries) {
             if (entry.number <= number) return changes;
-            changes.Add(entry, FilesToRollBack(store, entry.number));
+            changes.Add(entry, store.FilesOf(entry.number));
         }
         if (entries.empty()) return changes;
         before = entries.back().number;
