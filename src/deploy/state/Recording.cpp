@@ -96,6 +96,7 @@ void Recording::Add(const ExpectedFile& file, const std::string& suffix) {
     if (known) {
         before.state.knowledge = known->state.knowledge;
         record.file.kindBefore = known->kind;
+        if (!HaveSameText(known->state, before.state)) record.file.leftBefore = known->state;
         if (known->kind == FileKind::Target && file.kind == FileKind::Edit && !file.knowledge)
             record.file.kind = FileKind::Target;
     }
@@ -108,6 +109,7 @@ void Recording::Add(const ExpectedFile& file, const std::string& suffix) {
         record.textAfter = file.after->text;
     }
     record.base = file.base;
+    record.left = file.left;
     record.isKnownAnew = file.knowledge.has_value();
     record.file.after.knowledge = file.knowledge.value_or(record.file.before.knowledge);
     m_rows.push_back(std::move(row));

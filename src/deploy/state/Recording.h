@@ -27,6 +27,7 @@ struct ExpectedFile {
     std::optional<CapturedFile> after{};   ///< none: nobody knows yet
     std::optional<Knowledge> knowledge{};  ///< what is known of it then; none: as before
     std::optional<std::string> base{};     ///< what its text is made from, where that is another one
+    std::optional<RecordedState> left{};   ///< what it is known as then, where that is another text
     bool wasEdited = false;                ///< what stands there is somebody else's work
 };
 

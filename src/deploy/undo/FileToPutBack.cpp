@@ -51,16 +51,6 @@ bool Differs(const std::optional<CapturedFile>& now, const std::optional<Capture
     return wanted && now && !now->IsAs(wanted->state);
 }
 
-/// What the last entry before these made of the file.
-std::optional<RecordedState> StateLeftBefore(Store& store, const RecordedChange& change) {
-    for (const RecordedEntry& entry : store.EntriesOf(change.name)) {
-        if (entry.number >= change.oldest) continue;
-        for (const RecordedFile& file : store.FilesOf(entry.number))
-            if (file.path == change.name) return file.after;
-    }
-    return std::nullopt;
-}
-
 bool HasText(const CapturedFile& file) {
     return file.text.size() == file.state.size;
 }
@@ -202,17 +192,22 @@ bool FileToPutBack::IsChange() const {
 }
 
 /// What an entry that is newer than these knows of a file that is back already, holds.
+bool FileToPutBack::IsKnownByNewer() const {
+    return m_known && m_known->entry > m_change.newest && !Differs(m_now.file, m_wanted.file);
+}
+
 Knowledge FileToPutBack::KnowledgeAfter() const {
-    const bool isNewer = m_known && m_known->entry > m_change.newest;
-    if (isNewer && !Differs(m_now.file, m_wanted.file)) return m_known->state.knowledge;
-    return m_change.file->before.knowledge;
+    return IsKnownByNewer() ? m_known->state.knowledge : m_change.file->before.knowledge;
 }
 
 FileKind FileToPutBack::KindAfter() const {
     if (m_change.file->kind == FileKind::Status) return FileKind::Status;
-    const bool isNewer = m_known && m_known->entry > m_change.newest;
-    if (isNewer && !Differs(m_now.file, m_wanted.file)) return m_known->kind;
-    return m_change.file->kindBefore;
+    return IsKnownByNewer() ? m_known->kind : m_change.file->kindBefore;
+}
+
+std::optional<RecordedState> FileToPutBack::LeftThen() const {
+    if (KindAfter() == FileKind::Original || IsKnownByNewer()) return std::nullopt;
+    return m_change.file->leftBefore;
 }
 
 std::set<Role> FileToPutBack::RolesAfter() const {
@@ -227,19 +222,6 @@ void FileToPutBack::Expect(Recording& recording) const {
     if (m_change.absence) ExpectPart(recording, *m_change.absence, ZETAbsenceSuffix, m_wanted.absence);
 }
 
-std::optional<FileToRecord> FileToPutBack::KnownBesidesItself() const {
-    if (m_isKept || !m_change.file || KindAfter() == FileKind::Original) return std::nullopt;
-    Store& store = *m_product.HostHistory().ToLook();
-    const std::optional<RecordedState> left = StateLeftBefore(store, m_change);
-    if (!left || !left->exists || HaveSameText(*left, m_wanted.file->state)) return std::nullopt;
-    FileToRecord known;
-    known.file.path = m_change.name;
-    known.file.kind = KindAfter();
-    known.file.after = *left;
-    known.file.after.knowledge = KnowledgeAfter();
-    return known;
-}
-
 void FileToPutBack::ExpectPart(Recording& recording, const RecordedFile& row, const char* suffix,
                                const std::optional<CapturedFile>& wanted) const {
     ExpectedFile file;
@@ -252,6 +234,7 @@ void FileToPutBack::ExpectPart(Recording& recording, const RecordedFile& row, co
         file.kind = KindAfter();
         file.knowledge = KnowledgeAfter();
         file.base = m_base;
+        file.left = LeftThen();
         file.wasEdited = m_isOthersWork;
     }
     recording.Expect(file);

@@ -40,9 +40,6 @@ class FileToPutBack {
     bool IsChange() const;
 
     void Expect(Recording& recording) const;
-
-    /// As the product had left it, where somebody edited it before the entries; none: it is as it was left.
-    std::optional<FileToRecord> KnownBesidesItself() const;
     void Write() const;
 
     /// What happens to it, for the report; to be asked before it is written.
@@ -59,7 +56,9 @@ class FileToPutBack {
     void LoadTexts();
     void LoadText(std::optional<CapturedFile>& wanted, const char* suffix);
     void RequireGivable();
+    bool IsKnownByNewer() const;
     Knowledge KnowledgeAfter() const;
+    std::optional<RecordedState> LeftThen() const;
     FileKind KindAfter() const;
     void ExpectPart(Recording& recording, const RecordedFile& row, const char* suffix,
                     const std::optional<CapturedFile>& wanted) const;

@@ -17,6 +17,7 @@ void Precede(std::optional<RecordedFile>& newer, const RecordedFile& older) {
     }
     newer->before = older.before;
     newer->kindBefore = older.kindBefore;
+    newer->leftBefore = older.leftBefore;
 }
 
 std::string WithoutSuffix(const std::string& path, std::string_view suffix) {
@@ -35,7 +36,6 @@ void RecordedChanges::Add(const RecordedEntry& entry, const std::vector<Recorded
                                                 : file.path);
         change.roles.insert(entry.role);
         change.newest = std::max(change.newest, entry.number);
-        change.oldest = entry.number;
         Precede(isReserve ? change.reserve : isAbsence ? change.absence : change.file, file);
     }
 }
@@ -43,7 +43,7 @@ void RecordedChanges::Add(const RecordedEntry& entry, const std::vector<Recorded
 RecordedChange& RecordedChanges::Of(const std::string& name) {
     RecordedChange*& change = m_byName[name];
     if (change == nullptr) {
-        m_changes.push_back({name, {}, {}, {}, {}, 0, 0});
+        m_changes.push_back({name, {}, {}, {}, {}, 0});
         change = &m_changes.back();
     }
     return *change;

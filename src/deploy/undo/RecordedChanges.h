@@ -22,7 +22,6 @@ struct RecordedChange {
     std::optional<RecordedFile> absence;
     std::set<Role> roles;     ///< whose commands did it
     std::int64_t newest = 0;  ///< the last of the entries
-    std::int64_t oldest = 0;  ///< the first
 };
 
 /// What one entry did, or several.

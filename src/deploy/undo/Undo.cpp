@@ -55,7 +55,7 @@ class WayBack {
         const auto file = std::find_if(m_files.begin(), m_files.end(),
                                        [&](const FileToPutBack& each) { return each.Change().name == name; });
         const bool goes = file != m_files.end() && file->Change().file && !file->Change().file->before.exists;
-        if (file != m_files.end() && ((goes && isCommitted) || (isLast && !goes))) m_files.erase(file);
+        if (file != m_files.end() && goes == isCommitted) m_files.erase(file);
         if (!isLast || goes || !IsFileExist(path)) return;
         RecordedChange change;
         change.name = name;
@@ -109,17 +109,8 @@ class WayBack {
             throw;
         }
         recording.Complete(Ending::DoneInPart);
-        if (recording.IsOn()) RememberEdits();
         result.entry = recording.Number();
         m_product.Out().Restarts(m_restarts.Services());
-    }
-
-    /// What somebody had edited before is an edit again.
-    void RememberEdits() {
-        std::vector<FileToRecord> edited;
-        for (const FileToPutBack& file : m_files)
-            if (std::optional<FileToRecord> known = file.KnownBesidesItself()) edited.push_back(*known);
-        if (!edited.empty()) m_product.HostHistory().ToRecord().Remember(edited);
     }
 
     void Write(const FileToPutBack& file, UndoResult& result) {

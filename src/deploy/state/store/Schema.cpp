@@ -29,7 +29,8 @@ constexpr const char* kTablesOfVersion1[] = {
     "CREATE TABLE files(id INTEGER PRIMARY KEY, entry INTEGER NOT NULL REFERENCES entries, path TEXT NOT "
     "NULL,"
     " kind INTEGER NOT NULL, kind_before INTEGER NOT NULL, before INTEGER NOT NULL REFERENCES states,"
-    " after INTEGER NOT NULL REFERENCES states, was_edited INTEGER NOT NULL, seal INTEGER NOT NULL)",
+    " after INTEGER NOT NULL REFERENCES states, left_before INTEGER REFERENCES states, was_edited INTEGER "
+    "NOT NULL, seal INTEGER NOT NULL)",
     "CREATE INDEX files_by_entry ON files(entry)",
     "CREATE INDEX files_by_path ON files(path, entry)",
     "CREATE TABLE known(path TEXT PRIMARY KEY, kind INTEGER NOT NULL, state INTEGER NOT NULL REFERENCES "
