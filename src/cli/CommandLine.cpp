@@ -283,6 +283,11 @@ void Arguments::AddChoice(const char* name, const std::vector<std::string>& word
     m_command.add_option(name, word, help)->check(CLI::IsMember(words))->type_name(type);
 }
 
+void Arguments::AddList(const char* name, const char* type, const char* help,
+                        std::vector<std::string>& values) {
+    m_command.add_option(name, values, help)->type_name(type)->allow_extra_args(false);
+}
+
 void Arguments::AddAssignments(const char* name, const char* help, std::vector<std::string>& values) {
     m_call.assignments.push_back(&values);
     m_command.add_option(name, values, help)->type_name("NAME=VALUE")->allow_extra_args(false);

@@ -39,6 +39,7 @@ class Arguments {
     void AddFlag(const char* name, const char* help, bool& flag);
     void AddChoice(const char* name, const std::vector<std::string>& words, const char* help,
                    std::string& word);
+    void AddList(const char* name, const char* type, const char* help, std::vector<std::string>& values);
     void AddAssignments(const char* name, const char* help, std::vector<std::string>& values);
     void AddNumber(const char* name, const char* help, std::size_t& number);
     void AddText(const std::string& text);
@@ -98,6 +99,13 @@ class Command : private Arguments {
     /// An option with a number, from 1.
     Command& Number(const char* name, std::size_t Given::*member, const char* help) {
         AddNumber(name, help, (*m_given).*member);
+        return *this;
+    }
+
+    /// An option with a word, which may be given several times.
+    Command& List(const char* name, const char* type, std::vector<std::string> Given::*member,
+                  const char* help) {
+        AddList(name, type, help, (*m_given).*member);
         return *this;
     }
 

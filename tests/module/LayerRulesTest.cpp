@@ -86,9 +86,11 @@ const std::vector<Room> kRooms = {
     {"deploy/state", {"deploy/host", "text", "posix"}},
     {"deploy/targets", {"deploy/state", "deploy/host", "text", "posix"}},
     {"deploy/history", {"deploy/targets", "deploy/state", "deploy/host", "text", "posix"}},
+    {"deploy/undo", {"deploy/targets", "deploy/state", "deploy/host", "text", "posix"}},
     {"deploy/edit", {"deploy/history", "deploy/targets", "deploy/state", "deploy/host", "text", "posix"}},
     {"deploy/face",
-     {"deploy/edit", "deploy/history", "deploy/targets", "deploy/state", "deploy/host", "text", "posix"}},
+     {"deploy/edit", "deploy/undo", "deploy/history", "deploy/targets", "deploy/state", "deploy/host", "text",
+      "posix"}},
     {"cli", {"deploy", "text", "posix"}},
 };
 

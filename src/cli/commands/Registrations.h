@@ -11,6 +11,7 @@ namespace ZET::Cli {
 void RegisterCommit(CommandLine& line);
 void RegisterCheck(CommandLine& line);
 void RegisterRollback(CommandLine& line);
+void RegisterUndo(CommandLine& line);
 void RegisterAdopt(CommandLine& line);
 void RegisterStatus(CommandLine& line);
 void RegisterValues(CommandLine& line);
@@ -34,6 +35,7 @@ inline constexpr Registration kRegistrations[] = {
     {"commit-config", RegisterCommit},
     {"check-config", RegisterCheck},
     {"rollback-config", RegisterRollback},
+    {"undo", RegisterUndo},
     {"status", RegisterStatus},
     {"adopt", RegisterAdopt},
     {"values", RegisterValues},

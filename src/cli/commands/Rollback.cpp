@@ -1,8 +1,11 @@
 #include "deploy/targets/Rollback.h"
+#include "cli/EntryNumber.h"
 #include "cli/ExitStatus.h"
 #include "cli/FileReport.h"
 #include "cli/commands/Registrations.h"
+#include "cli/commands/UndoReport.h"
 #include "deploy/host/Companions.h"
+#include "deploy/host/Failure.h"
 
 namespace ZET::Cli {
 
@@ -10,7 +13,9 @@ namespace {
 
 struct RollbackOptions {
     std::vector<std::string> targets;
+    std::vector<std::string> entry;
     bool force = false;
+    bool keepEdits = false;
 };
 
 void TellTarget(Session& session, const FileOutcome& outcome) {
@@ -22,9 +27,19 @@ void TellTarget(Session& session, const FileOutcome& outcome) {
     AddFile(session, "targets", entry);
 }
 
+int RollBackToEntry(Session& session, const RollbackOptions& asked) {
+    if (asked.entry.size() > 1 || !asked.targets.empty())
+        throw UsageError("--to takes one entry, and goes back to it as a whole (leave TARGET out)");
+    BeginUndoReport(session);
+    const std::int64_t entry = EntryNumber(asked.entry.front());
+    return ReportUndo(session, RollBackTo(session.Product(), entry, {asked.force, asked.keepEdits}));
+}
+
 int RollbackConfig(Session& session, const RollbackOptions& asked) {
+    if (!asked.entry.empty()) return RollBackToEntry(session, asked);
+    if (asked.force && asked.keepEdits) throw UsageError("--force and --keep-edits exclude each other");
     BeginTargets(session, TellTarget);
-    const RollbackResult result = RollBack(session.Product(), asked.targets, asked.force);
+    const RollbackResult result = RollBack(session.Product(), asked.targets, {asked.force, asked.keepEdits});
     if (session.Asked().dryRun && result.isChanged) return kNotInSync;
     return result.isKept ? kFailed : kDone;
 }
@@ -36,7 +51,10 @@ void RegisterRollback(CommandLine& line) {
         .Add<RollbackOptions>("rollback-config", "Put back what was there before the first commit",
                               RollbackConfig)
         .Any("TARGET", &RollbackOptions::targets, "Only these files")
-        .Flag("--force", &RollbackOptions::force, "Files that were edited since, too");
+        .Flag("--force", &RollbackOptions::force, "Files that were edited since, too")
+        .Flag("--keep-edits", &RollbackOptions::keepEdits, "Leave those as they are, which is no failure")
+        .List("--to", "ENTRY", &RollbackOptions::entry,
+              "All files of both roles as they were after this entry of the history");
 }
 
 }  // namespace ZET::Cli

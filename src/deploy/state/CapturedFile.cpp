@@ -54,16 +54,6 @@ std::string AttributeOf(int descriptor, const std::string& name, const std::stri
     }
 }
 
-std::map<std::string, std::string> Attributes(int descriptor, const std::string& path) {
-    std::map<std::string, std::string> attributes;
-    const std::string names = AttributeNames(descriptor, path);
-    for (std::size_t start = 0; start < names.size(); start = names.find('\0', start) + 1) {
-        const std::string name = names.c_str() + start;
-        if (IsKept(name)) attributes.emplace(name, AttributeOf(descriptor, name, path));
-    }
-    return attributes;
-}
-
 /// None when there is no such file.
 Descriptor Open(int directory, const std::string& name, const std::string& path) {
     constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
@@ -84,7 +74,7 @@ RecordedState StateOfOpened(int descriptor, const std::string& path) {
     state.mode = status.st_mode & kModeBits;
     state.owner = status.st_uid;
     state.group = status.st_gid;
-    state.attributes = Attributes(descriptor, path);
+    state.attributes = AttributesOf(descriptor, path);
     state.size = static_cast<std::uint64_t>(status.st_size);
     return state;
 }
@@ -109,6 +99,16 @@ void ReadText(int descriptor, const std::string& path, std::uint64_t longest, Ca
 }
 
 }  // namespace
+
+std::map<std::string, std::string> AttributesOf(int descriptor, const std::string& path) {
+    std::map<std::string, std::string> attributes;
+    const std::string names = AttributeNames(descriptor, path);
+    for (std::size_t start = 0; start < names.size(); start = names.find('\0', start) + 1) {
+        const std::string name = names.c_str() + start;
+        if (IsKept(name)) attributes.emplace(name, AttributeOf(descriptor, name, path));
+    }
+    return attributes;
+}
 
 bool CapturedFile::IsAs(const RecordedState& other) const {
     if (state.exists != other.exists) return false;

@@ -2,6 +2,7 @@
 #define ZET_CAPTURED_FILE_H
 
 #include <cstdint>
+#include <map>
 #include <string>
 
 #include "deploy/state/store/Records.h"
@@ -16,6 +17,9 @@ struct CapturedFile {
     /// Whether it is the same file to its readers: bytes, mode, owner and attributes.
     bool IsAs(const RecordedState& other) const;
 };
+
+/// Of an open file: the ACL, the label and the user's own attributes.
+std::map<std::string, std::string> AttributesOf(int descriptor, const std::string& path);
 
 /// The file of that name in a directory that is held; `path` is for messages. A text that is longer than
 /// `longest` is read, but not held. What is there, but no regular file, is a `Failure`.

@@ -64,7 +64,7 @@ Recording::~Recording() {
 
 void Recording::Expect(ExpectedFile file) {
     if (!IsOn()) return;
-    Add(file, "");
+    Add(file, file.suffix);
     const bool exists = m_rows.back().record.file.before.exists;
     m_isPrivate = m_isPrivate || m_host.IsPrivate(file.path);
     if (file.companions == ExpectedFile::Companions::Stay) return;
@@ -95,7 +95,9 @@ void Recording::Add(const ExpectedFile& file, const std::string& suffix) {
     const std::optional<KnownFile> known = m_store->Known(record.file.path);
     if (known) {
         before.state.knowledge = known->state.knowledge;
-        if (known->kind == FileKind::Target && file.kind == FileKind::Edit)
+        record.file.kindBefore = known->kind;
+        if (!HaveSameText(known->state, before.state)) record.file.leftBefore = known->state;
+        if (known->kind == FileKind::Target && file.kind == FileKind::Edit && !file.knowledge)
             record.file.kind = FileKind::Target;
     }
     record.file.before = std::move(before.state);
@@ -107,6 +109,7 @@ void Recording::Add(const ExpectedFile& file, const std::string& suffix) {
         record.textAfter = file.after->text;
     }
     record.base = file.base;
+    record.left = file.left;
     record.isKnownAnew = file.knowledge.has_value();
     record.file.after.knowledge = file.knowledge.value_or(record.file.before.knowledge);
     m_rows.push_back(std::move(row));

@@ -21,11 +21,13 @@ struct ExpectedFile {
 
     std::string path;                    ///< of the real file
     const FileInPlace* place = nullptr;  ///< where it is held; it must live as long as the recording
+    std::string suffix{};                ///< behind its name: that of a companion which is expected alone
     FileKind kind = FileKind::Edit;
     Companions companions = Companions::Stay;
     std::optional<CapturedFile> after{};   ///< none: nobody knows yet
     std::optional<Knowledge> knowledge{};  ///< what is known of it then; none: as before
     std::optional<std::string> base{};     ///< what its text is made from, where that is another one
+    std::optional<RecordedState> left{};   ///< what it is known as then, where that is another text
     bool wasEdited = false;                ///< what stands there is somebody else's work
 };
 

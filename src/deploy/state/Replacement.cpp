@@ -11,6 +11,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/state/GuardedRenames.h"
 #include "posix/Descriptor.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -22,15 +23,6 @@ namespace {
 constexpr mode_t kSetIdBits = S_ISUID | S_ISGID;
 constexpr char kLookAndRepeat[] = "look at it, and run the command again";
 
-/// For as long as the object lives, each rename is seen by the guard before it is made.
-class GuardedRenames {
-  public:
-    explicit GuardedRenames(const ZETRenameGuard& guard) { SetRenameGuard(guard); }
-    ~GuardedRenames() { SetRenameGuard(nullptr); }
-    GuardedRenames(const GuardedRenames&) = delete;
-    GuardedRenames& operator=(const GuardedRenames&) = delete;
-};
-
 /// By the directory that is held: its name may lead elsewhere by now.
 FileVersion PresentVersion(const FileInPlace& file) {
     return VersionIn(file.Directory(), file.NameInDirectory(), file.Path());
@@ -41,14 +33,14 @@ bool HasCompanion(const FileInPlace& file, const char* suffix) {
     return StateIn(file.Directory(), file.NameInDirectory() + suffix, file.Path() + suffix).exists;
 }
 
+}  // namespace
+
 void RequireVersion(const FileInPlace& file, const FileVersion& version) {
     if (PresentVersion(file) == version) return;
     throw Failure({.file = file.Path(),
                    .text = "another program wrote it at the same time, and nothing was changed",
                    .remedy = kLookAndRepeat});
 }
-
-}  // namespace
 
 Replacement::Replacement(HostProduct& product, const FileInPlace& file, const FileVersion& version)
     : m_product(product),

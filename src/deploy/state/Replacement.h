@@ -65,6 +65,9 @@ class Replacement {
     bool m_isMade = false;
 };
 
+/// A `Failure` when somebody wrote the file since `version`.
+void RequireVersion(const FileInPlace& file, const FileVersion& version);
+
 /// Puts the reserve back, if there is one, and drops the record of what was there before, unless somebody
 /// wrote the file since `version`: that is a `Failure`.
 void RestoreOriginal(HostProduct& product, const FileInPlace& file, const FileVersion& version);

@@ -26,15 +26,29 @@ FileToRecord AsItIs(const FileToRecord& planned, const CapturedFile& now) {
     return settled;
 }
 
+/// It is known as the product had left it, whoever edited it since.
+void KeepLeft(const FileToRecord& planned, Settlement& settlement) {
+    if (!planned.left) return;
+    FileToRecord known = planned;
+    known.file.after = *planned.left;
+    known.file.after.knowledge = planned.file.after.knowledge;
+    known.textAfter.clear();
+    settlement.known.push_back(std::move(known));
+}
+
 }  // namespace
 
 void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending ending, Settlement& settlement) {
     const RecordedFile& file = planned.file;
+    const bool isAsWanted = !file.IsPlanned() || HaveSameText(now.state, file.after);
+    if (ending != Ending::Unknown && isAsWanted) KeepLeft(planned, settlement);
     if (now.IsAs(file.before) || !IsOfTheCommand(file, now, ending)) {
+        const bool isKnownAnew = planned.isKnownAnew && ending != Ending::Unknown && isAsWanted;
+        const bool isNothingNew =
+            file.kind == file.kindBefore && file.before.knowledge == file.after.knowledge;
+        if (isKnownAnew && !isNothingNew) return settlement.changed.push_back(AsItIs(planned, now));
         settlement.untouched.push_back(file.path);
-        const bool isAsWanted = !file.IsPlanned() || HaveSameText(now.state, file.after);
-        if (planned.isKnownAnew && ending != Ending::Unknown && isAsWanted)
-            settlement.known.push_back(AsItIs(planned, now));
+        if (isKnownAnew && !planned.left) settlement.known.push_back(AsItIs(planned, now));
         return;
     }
     const bool isAsPlanned = file.IsPlanned() && CarriesTheSame(now.state, file.after);

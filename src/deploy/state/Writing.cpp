@@ -63,12 +63,11 @@ void RequireFreeNames(const std::string& path, bool canRecord, const std::set<st
 }  // namespace
 
 Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Right right, bool goesBack)
-    : m_records(right == Right::OfTheProduct || product.HostHistory().KeepsTexts()) {
+    : m_product(product), m_records(right == Right::OfTheProduct || product.HostHistory().KeepsTexts()) {
     RequireOwnInstructions(product);
-    std::set<std::string> cutShort;
     if (product.Wanted().dryRun) {
         m_records = m_records && product.HostHistory().CanRecord();
-        if (m_records) cutShort = FilesOfCutShort(product);
+        if (m_records) m_cutShort = FilesOfCutShort(product);
     } else {
         Lock(product, paths, right);
         // What runs that were killed left is known to whoever holds the product's lock.
@@ -78,10 +77,13 @@ Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Ri
         if (m_lock->MayFollowOneCutShort()) Staging::RemoveLeftOvers(product.State().Path());
         if (m_records) SettleCutShort(product, goesBack);
     }
-    for (const std::string& path : paths) {
-        RequireDirectory(product, path);
-        RequireFreeNames(path, m_records, cutShort);
-    }
+    for (const std::string& path : paths)
+        RequireRoom(path);
+}
+
+void Writing::RequireRoom(const std::string& path) const {
+    RequireDirectory(m_product, path);
+    RequireFreeNames(path, m_records, m_cutShort);
 }
 
 void Writing::Lock(HostProduct& product, const std::vector<std::string>& paths, Right right) {

@@ -2,6 +2,7 @@
 #define ZET_WRITING_H
 
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,9 @@ class Writing {
     Writing(HostProduct& product, const std::vector<std::string>& paths, Right right = Right::OfTheFiles,
             bool goesBack = false);
 
+    /// A `Failure` like that of the constructor, for a file that is known only now.
+    void RequireRoom(const std::string& path) const;
+
     /// From here on, the files are written: a signal that came is heard now.
     static void Begin() { SignalGuard::Check(); }
 
@@ -33,6 +37,8 @@ class Writing {
   private:
     void Lock(HostProduct& product, const std::vector<std::string>& paths, Right right);
 
+    HostProduct& m_product;
+    std::set<std::string> m_cutShort;  ///< files of killed runs that nobody has cleared up after yet
     bool m_records;
     SignalGuard m_signals;
     std::unique_ptr<WriteLock> m_lock;

@@ -47,10 +47,11 @@ struct Step {
 /// done.
 class Rollback {
   public:
-    Rollback(Deployment& product, const std::vector<std::string>& names, bool isForced)
+    Rollback(Deployment& product, const std::vector<std::string>& names, const RollBackToOptions& options)
         : m_product(product),
           m_names(names),
-          m_isForced(isForced),
+          m_isForced(options.force),
+          m_keepsEdits(options.keepEdits),
           m_isDryRun(product.Wanted().dryRun),
           m_otherRole(OtherRole(product.Role())),
           m_recording(product, Recording::Use::OfTheProduct, true, true),
@@ -214,10 +215,7 @@ class Rollback {
         if (reserve.exists && !reserve.IsRegular())
             throw Failure({.file = file.Reserve(), .text = "is no regular file", .remedy = "move it away"});
         if (now.exists && !m_isForced && !IsOwnWork(file)) {
-            m_product.Out().Warning(
-                file.path +
-                ": was edited since it was committed and stays (--force puts back what was there before)");
-            step.outcome = Keep(file, "edited, stays as it is");
+            step.outcome = KeepEdit(file);
         } else if (m_known.IsUnusable() && file.isOfBoth && !m_isForced) {
             step.outcome = Keep(file, std::string("may have been committed by the role ") +
                                           NameOf(m_otherRole) + ", too, and stays (--force puts it back)");
@@ -249,6 +247,15 @@ class Rollback {
         outcome.result = result;
         outcome.remark = remark;
         return outcome;
+    }
+
+    FileOutcome KeepEdit(const WrittenFile& file) {
+        const char* const remark = "edited, stays as it is";
+        if (m_keepsEdits) return OutcomeOf(file, Result::Kept, remark);
+        m_product.Out().Warning(
+            file.path +
+            ": was edited since it was committed and stays (--force puts back what was there before)");
+        return Keep(file, remark);
     }
 
     FileOutcome Keep(const WrittenFile& file, const std::string& remark) {
@@ -353,6 +360,7 @@ class Rollback {
     Deployment& m_product;
     const std::vector<std::string>& m_names;
     bool m_isForced;
+    bool m_keepsEdits;
     bool m_isDryRun;
     const Role m_otherRole;
     Recording m_recording;
@@ -364,7 +372,8 @@ class Rollback {
 
 }  // namespace
 
-RollbackResult RollBack(Deployment& product, const std::vector<std::string>& names, bool isForced) {
+RollbackResult RollBack(Deployment& product, const std::vector<std::string>& names,
+                        const RollBackToOptions& options) {
     const SignalGuard signals;
     std::unique_ptr<WriteLock> lock;
     if (!product.Wanted().dryRun) {
@@ -373,7 +382,7 @@ RollbackResult RollBack(Deployment& product, const std::vector<std::string>& nam
         Staging::RemoveLeftOvers(product.State().Path());
         SettleCutShort(product, true);
     }
-    return Rollback(product, names, isForced).Run();
+    return Rollback(product, names, options).Run();
 }
 
 }  // namespace ZET::Deploy

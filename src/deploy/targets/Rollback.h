@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "deploy/targets/Deployment.h"
+#include "zet/deploy/UndoOptions.h"
 
 namespace ZET::Deploy {
 
@@ -14,10 +15,11 @@ struct RollbackResult {
 };
 
 /// Puts back what was there before the role's commits: the targets that `names` has, all when it is empty,
-/// and at the end the role's status. What was edited since stays, unless `isForced`. What cannot be put back
-/// does not keep the others from it. Each file is told to the observer, and so are the services to restart.
-/// A name that is no target is a `UsageError`.
-RollbackResult RollBack(Deployment& product, const std::vector<std::string>& names, bool isForced);
+/// and at the end the role's status. What was edited since stays, unless that is forced. What cannot be put
+/// back does not keep the others from it. Each file is told to the observer, and so are the services to
+/// restart. A name that is no target is a `UsageError`.
+RollbackResult RollBack(Deployment& product, const std::vector<std::string>& names,
+                        const RollBackToOptions& options = {});
 
 }  // namespace ZET::Deploy
 

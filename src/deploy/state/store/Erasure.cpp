@@ -27,6 +27,8 @@ std::set<std::int64_t> StatesOf(Database& database, const std::vector<std::strin
         states.merge(Numbers(database,
                              "SELECT before FROM files WHERE path = ?1 UNION ALL"
                              " SELECT after FROM files WHERE path = ?1 UNION ALL"
+                             " SELECT left_before FROM files WHERE path = ?1 AND left_before IS NOT NULL"
+                             " UNION ALL"
                              " SELECT state FROM known WHERE path = ?1",
                              {path}));
     return states;
@@ -49,7 +51,7 @@ std::set<std::int64_t> TextsOf(const RecordedState& state) {
 std::set<std::string> HoldersOf(Database& database, std::int64_t text) {
     std::set<std::string> paths;
     Database::Rows rows(database,
-                        "SELECT path FROM files JOIN states ON states.id IN (before, after)"
+                        "SELECT path FROM files JOIN states ON states.id IN (before, after, left_before)"
                         " WHERE states.text = ?1 OR states.base = ?1 UNION"
                         " SELECT path FROM known JOIN states ON states.id = state"
                         " WHERE states.text = ?1 OR states.base = ?1",

@@ -26,6 +26,8 @@ struct Knowledge {
     std::optional<Role> namedRole;   ///< the one whose command its notice names
     std::string templateName;        ///< of a target
     std::optional<TextNumber> base;  ///< what its text was made from, where that is another one
+
+    bool operator==(const Knowledge&) const = default;
 };
 
 /// A file at an instant.
@@ -62,9 +64,11 @@ enum class FileKind {
 struct RecordedFile {
     std::string path;  ///< of the real file, as the host itself knows it
     FileKind kind = FileKind::Edit;
+    FileKind kindBefore = FileKind::Original;  ///< what it was known to be before the entry
     RecordedState before;
     RecordedState after;
-    bool wasEdited = false;  ///< what stood there before was somebody else's work
+    std::optional<RecordedState> leftBefore;  ///< what it was known as before, where that was another text
+    bool wasEdited = false;                   ///< what stood there before was somebody else's work
 
     /// Whether it was known what the file was going to be, as it is before it is written.
     bool IsPlanned() const { return !after.exists || !after.digest.empty(); }
@@ -75,16 +79,17 @@ struct FileToRecord {
     RecordedFile file;
     std::string textBefore;
     std::string textAfter;
-    std::optional<std::string> base;  ///< for `after`
-    bool isPlanned = true;            ///< false: `after` is not known yet
-    bool isKnownAnew = false;         ///< something else is known of it then, even where it is as before
+    std::optional<std::string> base;    ///< for `after`
+    bool isPlanned = true;              ///< false: `after` is not known yet
+    std::optional<RecordedState> left;  ///< what it is known as then, where somebody edited it since
+    bool isKnownAnew = false;           ///< something else is known of it then, even where it is as before
 };
 
 /// How the files of an entry turned out.
 struct Settlement {
     std::vector<FileToRecord> changed;   ///< those that are otherwise than was planned
     std::vector<std::string> untouched;  ///< those that are as they were before
-    std::vector<FileToRecord> known;     ///< of these, those of which something else is known now
+    std::vector<FileToRecord> known;     ///< those that are known otherwise than they are
 };
 
 enum class EntryOutcome { Open, Done, Failed, CutShort };

@@ -225,26 +225,33 @@ std::optional<RecordedEntry> EntryAt(Database& database, std::int64_t number) {
 void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file) {
     const std::int64_t before = InsertState(database, file.before);
     const std::int64_t after = InsertState(database, file.after);
+    RowValues row = {entry, file.path, static_cast<std::int64_t>(file.kind),
+                     static_cast<std::int64_t>(file.kindBefore), before, after};
+    row.emplace_back();
+    if (file.leftBefore) row.back() = InsertState(database, *file.leftBefore);
+    row.emplace_back(std::int64_t{file.wasEdited});
     database.Run(
-        "INSERT INTO files(entry, path, kind, before, after, was_edited, seal) VALUES(?,?,?,?,?,?,?)",
-        Sealed({entry, file.path, static_cast<std::int64_t>(file.kind), before, after,
-                std::int64_t{file.wasEdited}}));
+        "INSERT INTO files(entry, path, kind, kind_before, before, after, left_before, was_edited, seal)"
+        " VALUES(?,?,?,?,?,?,?,?,?)",
+        Sealed(std::move(row)));
 }
 
 std::vector<RecordedFile> FilesAt(Database& database, std::int64_t entry) {
     std::vector<RecordedFile> files;
-    Database::Rows rows(
-        database,
-        "SELECT entry, path, kind, before, after, was_edited, seal FROM files WHERE entry = ? ORDER BY id",
-        {entry});
+    Database::Rows rows(database,
+                        "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
+                        " FROM files WHERE entry = ? ORDER BY id",
+                        {entry});
     while (rows.Next()) {
-        RowReader row(Opened(rows, 6));
+        RowReader row(Opened(rows, 8));
         row.Number();
         RecordedFile file;
         file.path = row.Text();
         file.kind = static_cast<FileKind>(row.Number());
+        file.kindBefore = static_cast<FileKind>(row.Number());
         file.before = StateAt(database, row.Number());
         file.after = StateAt(database, row.Number());
+        if (const auto left = row.OptionalNumber()) file.leftBefore = StateAt(database, *left);
         file.wasEdited = row.Number() != 0;
         files.push_back(std::move(file));
     }

@@ -11,7 +11,7 @@ constexpr std::int64_t kApplication = 0x5a455453;
 
 /// Texts are shared by the states; each state belongs to one row of `files` or `known`. Each seal is a
 /// digest of its row, since a database tells a damaged page, but not a changed value. Numbers of entries are
-/// never used again.
+/// never used again; `pruned` has the greatest of those that are no longer kept.
 constexpr const char* kTablesOfVersion1[] = {
     "CREATE TABLE texts(id INTEGER PRIMARY KEY, digest BLOB NOT NULL, size INTEGER NOT NULL,"
     " frame BLOB NOT NULL)",
@@ -28,13 +28,15 @@ constexpr const char* kTablesOfVersion1[] = {
     " seal INTEGER NOT NULL)",
     "CREATE TABLE files(id INTEGER PRIMARY KEY, entry INTEGER NOT NULL REFERENCES entries, path TEXT NOT "
     "NULL,"
-    " kind INTEGER NOT NULL, before INTEGER NOT NULL REFERENCES states, after INTEGER NOT NULL"
-    " REFERENCES states, was_edited INTEGER NOT NULL, seal INTEGER NOT NULL)",
+    " kind INTEGER NOT NULL, kind_before INTEGER NOT NULL, before INTEGER NOT NULL REFERENCES states,"
+    " after INTEGER NOT NULL REFERENCES states, left_before INTEGER REFERENCES states, was_edited INTEGER "
+    "NOT NULL, seal INTEGER NOT NULL)",
     "CREATE INDEX files_by_entry ON files(entry)",
     "CREATE INDEX files_by_path ON files(path, entry)",
     "CREATE TABLE known(path TEXT PRIMARY KEY, kind INTEGER NOT NULL, state INTEGER NOT NULL REFERENCES "
     "states,"
     " entry INTEGER NOT NULL, seal INTEGER NOT NULL) WITHOUT ROWID",
+    "CREATE TABLE pruned(id INTEGER PRIMARY KEY, number INTEGER NOT NULL)",
 };
 
 std::int64_t NumberOf(Database& database, const char* statement) {

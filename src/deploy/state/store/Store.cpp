@@ -159,13 +159,13 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
             ReplaceAfter(number, file);
         for (const std::string& path : settlement.untouched)
             DeleteFile(number, path);
-        for (const FileToRecord& file : settlement.known)
-            RememberOne(file);
         for (const RecordedFile& file : FilesAt(*m_database, number)) {
             DeleteKnown(file.path);
             if (file.kind != FileKind::Original && file.kind != FileKind::Companion)
                 ReplaceKnown(*m_database, {file.path, file.kind, file.after, number});
         }
+        for (const FileToRecord& file : settlement.known)
+            RememberOne(file);
         RecordedEntry entry = RequiredEntry(*m_database, number);
         entry.ended = Now();
         entry.outcome = outcome;
@@ -199,7 +199,8 @@ RecordedState Store::AfterOf(const FileToRecord& file, const RecordedState& form
 void Store::DeleteFile(std::int64_t number, const std::string& path) {
     for (const std::int64_t state :
          Numbers("SELECT before FROM files WHERE entry = ?1 AND path = ?2 UNION ALL"
-                 " SELECT after FROM files WHERE entry = ?1 AND path = ?2",
+                 " SELECT after FROM files WHERE entry = ?1 AND path = ?2 UNION ALL"
+                 " SELECT left_before FROM files WHERE entry = ?1 AND path = ?2 AND left_before IS NOT NULL",
                  {number, path}))
         ReleaseState(state);
     m_database->Run("DELETE FROM files WHERE entry = ? AND path = ?", {number, path});
@@ -319,7 +320,8 @@ std::string Store::Text(TextNumber number) {
 
 void Store::DeleteFiles(std::int64_t number) {
     for (const std::int64_t state : Numbers(
-             "SELECT before FROM files WHERE entry = ?1 UNION ALL SELECT after FROM files WHERE entry = ?1",
+             "SELECT before FROM files WHERE entry = ?1 UNION ALL SELECT after FROM files WHERE entry = ?1"
+             " UNION ALL SELECT left_before FROM files WHERE entry = ?1 AND left_before IS NOT NULL",
              {number}))
         ReleaseState(state);
     m_database->Run("DELETE FROM files WHERE entry = ?", {number});
@@ -355,7 +357,18 @@ void Store::Prune() {
     for (const std::int64_t number : numbers) {
         DeleteFiles(number);
         m_database->Run("DELETE FROM entries WHERE number = ?", {number});
+        m_database->Run(
+            "INSERT INTO pruned(id, number) VALUES(0, ?1) ON CONFLICT(id) DO UPDATE SET number = max(number, "
+            "?1)",
+            {number});
     }
+}
+
+std::int64_t Store::LastPruned() {
+    return Guarded([&] {
+        const std::vector<std::int64_t> numbers = Numbers("SELECT number FROM pruned");
+        return numbers.empty() ? 0 : numbers.front();
+    });
 }
 
 std::size_t Store::CountTexts(const std::vector<std::string>& paths) {

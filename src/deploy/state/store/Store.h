@@ -63,6 +63,10 @@ class Store {
     std::optional<RecordedEntry> Find(std::int64_t number);
     std::vector<RecordedFile> FilesOf(std::int64_t number);
 
+    /// The newest entry that is no longer kept, since there are many; 0: all are. Older ones may be kept, but
+    /// not all of them.
+    std::int64_t LastPruned();
+
     std::optional<KnownFile> Known(const std::string& path);
     std::vector<KnownFile> KnownFiles();
 

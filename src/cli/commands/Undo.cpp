@@ -1,0 +1,78 @@
+#include "deploy/undo/Undo.h"
+#include "cli/EntryNumber.h"
+#include "cli/ExitStatus.h"
+#include "cli/Fields.h"
+#include "cli/FileReport.h"
+#include "cli/commands/Registrations.h"
+#include "cli/commands/UndoReport.h"
+#include "deploy/host/Failure.h"
+
+namespace ZET::Cli {
+
+namespace {
+
+struct UndoWords {
+    std::vector<std::string> entry;
+    bool force = false;
+    bool merge = false;
+};
+
+UndoOptions OptionsOf(const UndoWords& asked) {
+    UndoOptions options;
+    if (asked.entry.size() > 1) throw UsageError("more than one entry (undo them one after the other)");
+    if (!asked.entry.empty()) options.entry = EntryNumber(asked.entry.front());
+    options.force = asked.force;
+    options.merge = asked.merge;
+    return options;
+}
+
+void TellFurther(Session& session, const UndoResult& result) {
+    session.Out().Set("undone", result.undone);
+    session.Out().Set("further", result.further ? Value(*result.further) : Value(nullptr));
+    if (!result.problems.empty() || session.Asked().quiet) return;
+    const std::string further =
+        result.further ? " (\"undo " + std::to_string(*result.further) + "\" goes further back)" : "";
+    session.Out().Line(std::string(session.Asked().dryRun ? "would take" : "took") + " back entry " +
+                       std::to_string(result.undone) + further);
+}
+
+int RunUndo(Session& session, const UndoWords& asked) {
+    BeginUndoReport(session);
+    session.Out().Set("undone", nullptr);
+    session.Out().Set("further", nullptr);
+    const UndoResult result = Undo(session.Product(), OptionsOf(asked));
+    TellFurther(session, result);
+    return ReportUndo(session, result);
+}
+
+}  // namespace
+
+void BeginUndoReport(Session& session) {
+    BeginFileReport(session);
+    session.Out().AddList("problems");
+    session.Out().AddList("restart");
+    session.TellFilesBy([](Session& told, const FileOutcome& outcome) { ReportFile(told, outcome); });
+}
+
+int ReportUndo(Session& session, const UndoResult& result) {
+    for (const Problem& problem : result.problems) {
+        session.Out().Error(problem.Describe());
+        session.Out().Add("problems", FieldsOf(problem));
+    }
+    if (!result.problems.empty()) {
+        session.Out().Remark("nothing was changed");
+        return kFailed;
+    }
+    if (result.entry) session.Out().Set("entry", *result.entry);
+    return session.Asked().dryRun && result.isChanged ? kNotInSync : kDone;
+}
+
+void RegisterUndo(CommandLine& line) {
+    line.Single(Subject::Product)
+        .Add<UndoWords>("undo", "Put back what an entry of the history replaced", RunUndo)
+        .Any("ENTRY", &UndoWords::entry, "Its number; the last one unless said")
+        .Flag("--force", &UndoWords::force, "Files that were edited since, too")
+        .Flag("--merge", &UndoWords::merge, "Leave what was edited since in them");
+}
+
+}  // namespace ZET::Cli

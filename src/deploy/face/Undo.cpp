@@ -1,0 +1,35 @@
+#include "zet/deploy/Undo.h"
+
+#include "deploy/face/Parts.h"
+#include "deploy/undo/Undo.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+template <typename Call>
+Outcome Collected(Product& product, Call call) {
+    UndoResult result;
+    Outcome outcome = product.Parts().relay.Collect(nullptr, [&] { result = call(DeploymentOf(product)); });
+    std::string lines;
+    for (const Problem& problem : result.problems)
+        lines += problem.Describe() + "\n";
+    if (!lines.empty())
+        throw Failure({.text = "not everything can be put back, and nothing was changed",
+                       .remedy = "see to the files below",
+                       .output = lines});
+    outcome.isComplete = !result.isKept;
+    return outcome;
+}
+
+}  // namespace
+
+Outcome Undo(Product& product, const UndoOptions& options) {
+    return Collected(product, [&](Deployment& deployment) { return Undo(deployment, options); });
+}
+
+Outcome RollBackTo(Product& product, std::int64_t entry, const RollBackToOptions& options) {
+    return Collected(product, [&](Deployment& deployment) { return RollBackTo(deployment, entry, options); });
+}
+
+}  // namespace ZET::Deploy

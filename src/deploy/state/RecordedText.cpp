@@ -1,0 +1,153 @@
+#include "deploy/state/RecordedText.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/Remedy.h"
+#include "deploy/state/GuardedRenames.h"
+#include "posix/Descriptor.h"
+#include "posix/ReadWrite.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
+constexpr mode_t kModeBits = 07777;
+constexpr mode_t kSetIdBits = S_ISUID | S_ISGID;
+constexpr char kLabel[] = "security.selinux";
+
+[[noreturn]] void Fail(const std::string& path, const std::string& what) {
+    throw SystemFailure({.file = path, .text = what}, errno);
+}
+
+void SetMode(int descriptor, const std::string& path, mode_t mode) {
+    if (fchmod(descriptor, mode) != 0) Fail(path, "its mode cannot be given back");
+}
+
+struct stat StatusOf(int descriptor, const std::string& path) {
+    struct stat status = {};
+    if (fstat(descriptor, &status) != 0) Fail(path, "cannot be looked at");
+    return status;
+}
+
+void GiveOwner(int descriptor, const std::string& path, const RecordedState& wanted) {
+    const struct stat now = StatusOf(descriptor, path);
+    if (now.st_uid == wanted.owner && now.st_gid == wanted.group) return;
+    if (fchown(descriptor, wanted.owner, wanted.group) != 0)
+        Fail(path, "its owner " + std::to_string(wanted.owner) + ":" + std::to_string(wanted.group) +
+                       " cannot be given back");
+}
+
+void TellOfAttribute(const std::string& path, const std::string& name, Observer& observer) {
+    const Failure failure =
+        SystemFailure({.file = path, .text = "its attribute \"" + name + "\" cannot be given back"}, errno);
+    if (name != kLabel) throw Failure(failure);
+    observer.Warning(failure.what());
+}
+
+void GiveAttributes(int descriptor, const std::string& path, const RecordedState& wanted,
+                    Observer& observer) {
+    const std::map<std::string, std::string> now = AttributesOf(descriptor, path);
+    for (const auto& [name, value] : wanted.attributes) {
+        const auto found = now.find(name);
+        if (found != now.end() && found->second == value) continue;
+        if (fsetxattr(descriptor, name.c_str(), value.data(), value.size(), 0) != 0)
+            TellOfAttribute(path, name, observer);
+    }
+    for (const auto& [name, value] : now) {
+        if (wanted.attributes.count(name) != 0 || name == kLabel) continue;
+        if (fremovexattr(descriptor, name.c_str()) != 0 && errno != ENODATA)
+            TellOfAttribute(path, name, observer);
+    }
+}
+
+}  // namespace
+
+/// Nobody but its new owner gets to the text before its mode says so.
+void GiveRecordedAttributes(int descriptor, const std::string& path, const RecordedState& wanted,
+                            Observer& observer) {
+    SetMode(descriptor, path, kPrivate);
+    GiveOwner(descriptor, path, wanted);
+    GiveAttributes(descriptor, path, wanted, observer);
+    SetMode(descriptor, path, wanted.mode & kModeBits);
+}
+
+RecordedText::RecordedText(HostProduct& product, const FileInPlace& place, std::string suffix)
+    : m_product(product),
+      m_place(place),
+      m_suffix(std::move(suffix)),
+      m_temporaryName(place.NameInDirectory() + m_suffix + ZETTemporarySuffix) {}
+
+void RecordedText::Put(const CapturedFile& wanted, const std::function<void()>& requireUnchanged) {
+    m_place.Within([&](const std::string& name) {
+        const std::string target = name + m_suffix;
+        const std::string temporary = target + ZETTemporarySuffix;
+        const GuardedRenames renames([&](const ZETRename& rename) {
+            if (rename.to != target) return;
+            FileInPlace::Outside([&] {
+                if (rename.isReady) Complete(rename.descriptor, wanted.state);
+                requireUnchanged();
+            });
+        });
+        try {
+            Write(temporary, wanted.text);
+            RenameFile(temporary, target);
+        } catch (...) {
+            RemoveTemporary();
+            throw;
+        }
+    });
+}
+
+/// The name is free, as was looked at before; what somebody has put there since is not written.
+void RecordedText::Write(const std::string& temporary, const std::string& text) {
+    constexpr int kFlags = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    const Descriptor file(Uninterrupted([&] { return open(temporary.c_str(), kFlags, kPrivate); }));
+    if (file < 0) Fail(temporary, "cannot be made");
+    const struct stat status = StatusOf(file, temporary);
+    m_device = status.st_dev;
+    m_inode = status.st_ino;
+    if (!WriteAll(file, text)) Fail(temporary, "cannot be written");
+}
+
+/// It was synced before it got them.
+void RecordedText::Complete(int descriptor, const RecordedState& wanted) const {
+    const std::string path = m_place.Path() + m_suffix;
+    if (descriptor < 0)
+        throw Failure({.file = path, .text = "cannot be read back", .remedy = "look at its directory"});
+    const struct stat made = StatusOf(descriptor, path);
+    if (made.st_dev != m_device || made.st_ino != m_inode || made.st_nlink != 1) {
+        throw Failure({.file = path + ZETTemporarySuffix,
+                       .text = "was replaced at the same time, and nothing was changed",
+                       .remedy = "look at it, and run the command again"});
+    }
+    RecordedState given = wanted;
+    if (!MayHaveSetIds(wanted, made.st_gid)) given.mode &= ~kSetIdBits;
+    GiveRecordedAttributes(descriptor, path, given, m_product.Out());
+    if (m_product.Param("ZET_SYNC") != "no" && fsync(descriptor) != 0) Fail(path, "cannot be synced");
+}
+
+/// In his own directory, a user could have written what is given to a group that is not his.
+bool RecordedText::MayHaveSetIds(const RecordedState& wanted, gid_t group) const {
+    return !m_place.Holder() || (wanted.owner == *m_place.Holder() && wanted.group == group);
+}
+
+void RecordedText::RemoveTemporary() const noexcept {
+    struct stat status = {};
+    if (m_inode == 0 ||
+        fstatat(m_place.Directory(), m_temporaryName.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+        return;
+    if (status.st_dev == m_device && status.st_ino == m_inode)
+        unlinkat(m_place.Directory(), m_temporaryName.c_str(), 0);
+}
+
+}  // namespace ZET::Deploy

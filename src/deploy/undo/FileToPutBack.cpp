@@ -1,0 +1,314 @@
+#include "deploy/undo/FileToPutBack.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileState.h"
+#include "deploy/host/Remedy.h"
+#include "deploy/host/Staging.h"
+#include "deploy/state/store/Digest.h"
+#include "deploy/targets/ShownDiff.h"
+#include "deploy/undo/MergedFile.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr char kWays[] = "--force puts back what was there before all the same";
+
+std::string OwnerOf(const RecordedState& state) {
+    return std::to_string(state.owner) + ":" + std::to_string(state.group);
+}
+
+FileState StateOfRecorded(const RecordedState& recorded) {
+    FileState state;
+    state.exists = recorded.exists;
+    if (!state.exists) return state;
+    state.mode = S_IFREG | recorded.mode;
+    state.owner = recorded.owner;
+    state.group = recorded.group;
+    state.links = 1;
+    return state;
+}
+
+/// In what the file is another one than the entry left.
+std::string DifferenceBetween(const RecordedState& now, const RecordedState& left) {
+    if (!now.exists) return "is not there any more";
+    if (!left.exists) return "is there again";
+    if (!HaveSameText(now, left)) return "holds another text";
+    const std::string change = DescribeChange(StateOfRecorded(left), StateOfRecorded(now));
+    return change.empty() ? "has other attributes" : "has another " + change;
+}
+
+bool IsThere(const std::optional<CapturedFile>& file) {
+    return file && file->state.exists;
+}
+
+bool Differs(const std::optional<CapturedFile>& now, const std::optional<CapturedFile>& wanted) {
+    return wanted && now && !now->IsAs(wanted->state);
+}
+
+bool HasText(const CapturedFile& file) {
+    return file.text.size() == file.state.size;
+}
+
+}  // namespace
+
+FileToPutBack::FileToPutBack(Deployment& product, RecordedChange change)
+    : m_product(product),
+      m_change(std::move(change)),
+      m_path(product.HostPaths().FromInside(m_change.name)) {}
+
+void FileToPutBack::Refuse(const std::string& path, const std::string& text, const std::string& remedy) {
+    m_problems.push_back({.file = path, .text = text, .remedy = remedy});
+}
+
+std::vector<Problem> FileToPutBack::Look(const Writing& writing, OthersWork others) {
+    m_others = others;
+    try {
+        Capture();
+        if (m_change.file) LookAt(*m_change.file, "", m_now.file, m_wanted.file);
+        if (m_change.reserve) LookAt(*m_change.reserve, ZETReserveSuffix, m_now.reserve, m_wanted.reserve);
+        if (m_change.absence) LookAt(*m_change.absence, ZETAbsenceSuffix, m_now.absence, m_wanted.absence);
+        if (m_isKept) m_wanted = {};
+        if (IsChange() && m_problems.empty()) {
+            LoadTexts();
+            RequireGivable();
+            writing.RequireRoom(m_path);
+        }
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure& failure) {
+        m_problems.push_back(failure.Facts());
+    } catch (const EZETError& error) {
+        m_problems.push_back(FailureOf(error).Facts());
+    }
+    return m_problems;
+}
+
+void FileToPutBack::Capture() {
+    if (!m_product.HostPaths().StaysInside(m_path)) {
+        throw Failure({.file = m_path,
+                       .text = "leads out of the root directory by a link",
+                       .remedy = "put a file there"});
+    }
+    m_place = std::make_unique<FileInPlace>(
+        m_product.HostPaths().FindReal(m_path, m_product.TrustedAt(m_path)), m_path);
+    m_version = VersionIn(m_place->Directory(), m_place->NameInDirectory(), m_path);
+    const std::uint64_t longest = m_product.HostHistory().Limits().largestText;
+    const auto capture = [&](const char* suffix) {
+        return CaptureIn(m_place->Directory(), m_place->NameInDirectory() + suffix, m_path + suffix, longest);
+    };
+    m_now = {capture(""), capture(ZETReserveSuffix), capture(ZETAbsenceSuffix)};
+    if (Store* const store = m_product.HostHistory().ToLook()) m_known = store->Known(m_change.name);
+}
+
+/// Of the state that it has, it is only asked whether it is as the entry left it, or back already.
+void FileToPutBack::LookAt(const RecordedFile& row, const char* suffix, std::optional<CapturedFile>& now,
+                           std::optional<CapturedFile>& wanted) {
+    wanted = CapturedFile{row.before, ""};
+    // A later commit that changes nothing else writes the time of the commit anew.
+    const bool isAsLeft = now->IsAs(row.after) || row.kind == FileKind::Status;
+    if (isAsLeft || now->IsAs(row.before)) return;
+    m_isOthersWork = true;
+    LookAtOthersWork(row, m_path + suffix, *now, *wanted);
+}
+
+void FileToPutBack::LookAtOthersWork(const RecordedFile& row, const std::string& path,
+                                     const CapturedFile& now, CapturedFile& wanted) {
+    switch (m_others) {
+        case OthersWork::IsRefused:
+            return Refuse(path,
+                          DifferenceBetween(now.state, row.after) + ": it is not as entry " +
+                              std::to_string(m_change.newest) + " left it",
+                          kWays);
+        case OthersWork::IsMerged:
+            if (path == m_path && now.state.exists && row.before.exists && row.after.exists)
+                return MergeInto(wanted, row, now);
+            return Refuse(path, DifferenceBetween(now.state, row.after) + ", which cannot be merged", kWays);
+        case OthersWork::Stays:
+            m_isKept = true;
+            return;
+        case OthersWork::IsReplaced:
+            return;
+    }
+}
+
+void FileToPutBack::MergeInto(CapturedFile& wanted, const RecordedFile& row, const CapturedFile& now) {
+    if (!HasText(now) || !row.after.text || !row.before.text)
+        return Refuse(m_path, "cannot be merged, as not all of its texts are kept", kWays);
+    Store& store = *m_product.HostHistory().ToLook();
+    const std::string former = store.Text(*row.before.text);
+    const MergedFile merged = MergeFile({now.text, store.Text(*row.after.text), former}, m_path);
+    m_problems.insert(m_problems.end(), merged.conflicts.begin(), merged.conflicts.end());
+    wanted.text = merged.text;
+    wanted.state = MergedAttributes(now.state, row.after, row.before);
+    wanted.state.text.reset();
+    wanted.state.size = wanted.text.size();
+    wanted.state.digest = DigestOf(wanted.text);
+    if (!row.before.knowledge.base && !row.before.knowledge.templateName.empty()) m_base = former;
+}
+
+void FileToPutBack::LoadTexts() {
+    if (GoesBackToReserve(m_now, m_wanted)) return;
+    if (Differs(m_now.file, m_wanted.file)) LoadText(m_wanted.file, "");
+    if (Differs(m_now.reserve, m_wanted.reserve)) LoadText(m_wanted.reserve, ZETReserveSuffix);
+    if (Differs(m_now.absence, m_wanted.absence)) LoadText(m_wanted.absence, ZETAbsenceSuffix);
+}
+
+/// A text that is not kept may stand beside the file, or in it.
+void FileToPutBack::LoadText(std::optional<CapturedFile>& wanted, const char* suffix) {
+    if (!wanted->state.exists || (!wanted->text.empty() && HasText(*wanted))) return;
+    if (wanted->state.text) {
+        wanted->text = m_product.HostHistory().ToLook()->Text(*wanted->state.text);
+        return;
+    }
+    for (const auto& present : {m_now.file, m_now.reserve}) {
+        if (!IsThere(present) || !HaveSameText(present->state, wanted->state) || !HasText(*present)) continue;
+        wanted->text = present->text;
+        return;
+    }
+    if (wanted->state.size != 0)
+        Refuse(m_path + suffix, "the text that it held before is no longer kept", "nothing was changed");
+}
+
+/// In another user's directory it stays his.
+void FileToPutBack::RequireGivable() {
+    if (!IsThere(m_wanted.file) || !Differs(m_now.file, m_wanted.file)) return;
+    const RecordedState& wanted = m_wanted.file->state;
+    const bool isGivable =
+        m_place->Holder() ? wanted.owner == *m_place->Holder() : geteuid() == 0 || wanted.owner == geteuid();
+    if (isGivable || GoesBackToReserve(m_now, m_wanted)) return;
+    Refuse(m_path, "was owned by " + OwnerOf(wanted) + ", which it cannot be given back to here",
+           geteuid() == 0 ? "give its directory back to root first" : "run the command as root");
+}
+
+bool FileToPutBack::IsChange() const {
+    return Differs(m_now.file, m_wanted.file) || Differs(m_now.reserve, m_wanted.reserve) ||
+           Differs(m_now.absence, m_wanted.absence);
+}
+
+/// What an entry that is newer than these knows of a file that is back already, holds.
+bool FileToPutBack::IsKnownByNewer() const {
+    return m_known && m_known->entry > m_change.newest && !Differs(m_now.file, m_wanted.file);
+}
+
+Knowledge FileToPutBack::KnowledgeAfter() const {
+    return IsKnownByNewer() ? m_known->state.knowledge : m_change.file->before.knowledge;
+}
+
+FileKind FileToPutBack::KindAfter() const {
+    if (m_change.file->kind == FileKind::Status) return FileKind::Status;
+    return IsKnownByNewer() ? m_known->kind : m_change.file->kindBefore;
+}
+
+std::optional<RecordedState> FileToPutBack::LeftThen() const {
+    if (KindAfter() == FileKind::Original || IsKnownByNewer()) return std::nullopt;
+    return m_change.file->leftBefore;
+}
+
+std::set<Role> FileToPutBack::RolesAfter() const {
+    if (m_change.file && !m_isKept) return KnowledgeAfter().roles;
+    return m_known ? m_known->state.knowledge.roles : std::set<Role>();
+}
+
+void FileToPutBack::Expect(Recording& recording) const {
+    if (m_isKept) return;
+    if (m_change.file) ExpectPart(recording, *m_change.file, "", m_wanted.file);
+    if (m_change.reserve) ExpectPart(recording, *m_change.reserve, ZETReserveSuffix, m_wanted.reserve);
+    if (m_change.absence) ExpectPart(recording, *m_change.absence, ZETAbsenceSuffix, m_wanted.absence);
+}
+
+void FileToPutBack::ExpectPart(Recording& recording, const RecordedFile& row, const char* suffix,
+                               const std::optional<CapturedFile>& wanted) const {
+    ExpectedFile file;
+    file.path = m_path;
+    file.place = m_place.get();
+    file.suffix = suffix;
+    file.after = wanted;
+    file.kind = row.kind;
+    if (row.kind != FileKind::Companion) {
+        file.kind = KindAfter();
+        file.knowledge = KnowledgeAfter();
+        file.base = m_base;
+        file.left = LeftThen();
+        file.wasEdited = m_isOthersWork;
+    }
+    recording.Expect(file);
+}
+
+void FileToPutBack::Write() const {
+    if (!IsChange()) return;
+    StateWriter(m_product, *m_place, m_version).Bring(m_now, m_wanted);
+}
+
+FileOutcome::Result FileToPutBack::Result() const {
+    using Result = FileOutcome::Result;
+    if (m_isKept) return Result::Kept;
+    if (Differs(m_now.file, m_wanted.file)) {
+        if (!m_wanted.file->state.exists) return Result::Removed;
+        if (GoesBackToReserve(m_now, m_wanted)) return Result::Restored;
+        return IsThere(m_now.file) ? Result::Changed : Result::Created;
+    }
+    if (!IsChange()) return Result::Unchanged;
+    return IsThere(m_wanted.reserve) || IsThere(m_wanted.absence) ? Result::Reserved : Result::Forgotten;
+}
+
+std::string FileToPutBack::Remark() const {
+    switch (Result()) {
+        case FileOutcome::Result::Kept:
+            return "edited, stays as it is";
+        case FileOutcome::Result::Unchanged:
+            return "is as it was before already";
+        case FileOutcome::Result::Reserved:
+            return "kept as " + m_path + (IsThere(m_wanted.reserve) ? ZETReserveSuffix : ZETAbsenceSuffix);
+        case FileOutcome::Result::Forgotten:
+            return "nothing is kept beside it";
+        default:
+            break;
+    }
+    if (m_others == OthersWork::IsMerged && m_isOthersWork) return "merged with what was edited since";
+    if (IsThere(m_now.file) && m_version.inode != 0) {
+        const FileState now = StateOf(m_path);
+        if (now.links > 1)
+            return "the other " + std::to_string(now.links - 1) + " of its names keep the former text";
+    }
+    return "";
+}
+
+FileOutcome FileToPutBack::Outcome() const {
+    FileOutcome outcome;
+    outcome.file = m_change.name;
+    outcome.path = m_path;
+    outcome.result = Result();
+    outcome.before = outcome.after = StateOf(m_path);
+    if (m_wanted.file) outcome.after = StateOfRecorded(m_wanted.file->state);
+    const bool hasReserve = m_wanted.reserve ? IsThere(m_wanted.reserve) : IsThere(m_now.reserve);
+    if (hasReserve) outcome.reserve = m_path + ZETReserveSuffix;
+    outcome.remark = Remark();
+    if (m_change.file) {
+        outcome.templateName = m_change.file->before.knowledge.templateName;
+        if (outcome.templateName.empty()) outcome.templateName = m_change.file->after.knowledge.templateName;
+    }
+    outcome.isEdited = m_isOthersWork;
+    outcome.diff = Diff();
+    return outcome;
+}
+
+ShownDiff FileToPutBack::Diff() const {
+    if (!m_product.Wanted().wantsDiffs || !Differs(m_now.file, m_wanted.file)) return {};
+    const std::string former = IsThere(m_now.file) ? m_path : "";
+    if (!m_wanted.file->state.exists) return DiffToShow(m_product, former, "", m_path);
+    if (GoesBackToReserve(m_now, m_wanted))
+        return DiffToShow(m_product, former, m_path + ZETReserveSuffix, m_path);
+    const Staging staging;
+    const std::string staged = staging.PathOf("file");
+    // What others may not read, they may not read there either.
+    WriteStagedFile(staged, m_wanted.file->text, m_wanted.file->state.mode & 0777);
+    return DiffToShow(m_product, former, staged, m_path);
+}
+
+}  // namespace ZET::Deploy

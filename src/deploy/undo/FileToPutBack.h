@@ -1,0 +1,86 @@
+#ifndef ZET_FILE_TO_PUT_BACK_H
+#define ZET_FILE_TO_PUT_BACK_H
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "deploy/state/Recording.h"
+#include "deploy/state/StateWriter.h"
+#include "deploy/state/Writing.h"
+#include "deploy/targets/Deployment.h"
+#include "deploy/undo/RecordedChanges.h"
+#include "zet/ZETProblem.h"
+
+namespace ZET::Deploy {
+
+/// What to do with a file that is not as the entry left it.
+enum class OthersWork { IsRefused, IsReplaced, IsMerged, Stays };
+
+/// One file that goes back to what it was before, with what stands beside it. It is looked at, recorded, and
+/// then written.
+class FileToPutBack {
+  public:
+    FileToPutBack(Deployment& product, RecordedChange change);
+
+    const std::string& Path() const { return m_path; }
+    const RecordedChange& Change() const { return m_change; }
+
+    /// Looks at what is there and what it is to become. What keeps it from that is returned.
+    std::vector<Problem> Look(const Writing& writing, OthersWork others);
+
+    /// Somebody wrote it since, and it stays as it is.
+    bool IsKept() const { return m_isKept; }
+
+    /// The roles that have committed it once it is back; none: it is not known what is known of it.
+    std::set<Role> RolesAfter() const;
+
+    /// Whether anything of it is going to be otherwise.
+    bool IsChange() const;
+
+    void Expect(Recording& recording) const;
+    void Write() const;
+
+    /// What happens to it, for the report; to be asked before it is written.
+    FileOutcome Outcome() const;
+
+  private:
+    void LookAt(const RecordedFile& row, const char* suffix, std::optional<CapturedFile>& now,
+                std::optional<CapturedFile>& wanted);
+    void Capture();
+    void Refuse(const std::string& path, const std::string& text, const std::string& remedy);
+    void LookAtOthersWork(const RecordedFile& row, const std::string& path, const CapturedFile& now,
+                          CapturedFile& wanted);
+    void MergeInto(CapturedFile& wanted, const RecordedFile& row, const CapturedFile& now);
+    void LoadTexts();
+    void LoadText(std::optional<CapturedFile>& wanted, const char* suffix);
+    void RequireGivable();
+    bool IsKnownByNewer() const;
+    Knowledge KnowledgeAfter() const;
+    std::optional<RecordedState> LeftThen() const;
+    FileKind KindAfter() const;
+    void ExpectPart(Recording& recording, const RecordedFile& row, const char* suffix,
+                    const std::optional<CapturedFile>& wanted) const;
+    FileOutcome::Result Result() const;
+    std::string Remark() const;
+    ShownDiff Diff() const;
+
+    Deployment& m_product;
+    RecordedChange m_change;
+    std::string m_path;
+    std::unique_ptr<FileInPlace> m_place;
+    FileVersion m_version;
+    FileWithCompanions m_now;
+    FileWithCompanions m_wanted;
+    OthersWork m_others = OthersWork::IsRefused;
+    std::optional<KnownFile> m_known;
+    std::optional<std::string> m_base;  ///< of a merge
+    bool m_isOthersWork = false;
+    bool m_isKept = false;
+    std::vector<Problem> m_problems;
+};
+
+}  // namespace ZET::Deploy
+
+#endif

@@ -1,0 +1,75 @@
+#include "deploy/undo/MergedFile.h"
+
+#include <optional>
+#include <set>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/Merge.h"
+#include "text/LineEnds.h"
+#include "text/NoticeOfText.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+void RequireOneLineEnd(const TextsToMerge& texts, const std::string& path) {
+    std::optional<bool> areCarriageReturns;
+    for (const std::string* const text : {&texts.now, &texts.base, &texts.wanted}) {
+        const LineEnds ends = LineEndsOf(*text);
+        const bool isOther = areCarriageReturns && *areCarriageReturns != ends.areCarriageReturns;
+        if (ends.otherLine != 0 || (isOther && !text->empty()))
+            throw Failure({.file = path,
+                           .text = "its lines do not all end alike, so it cannot be merged",
+                           .remedy = "let them end alike, or --force"});
+        if (!text->empty()) areCarriageReturns = ends.areCarriageReturns;
+    }
+}
+
+template <typename T>
+T Chosen(const T& now, const T& base, const T& wanted) {
+    return now == base ? wanted : now;
+}
+
+std::optional<std::string> AttributeOf(const RecordedState& state, const std::string& name) {
+    const auto found = state.attributes.find(name);
+    return found == state.attributes.end() ? std::nullopt : std::optional(found->second);
+}
+
+}  // namespace
+
+MergedFile MergeFile(const TextsToMerge& texts, const std::string& path) {
+    RequireOneLineEnd(texts, path);
+    const TextAndNotice now = WithoutNotice(texts.now);
+    const TextAndNotice wanted = WithoutNotice(texts.wanted);
+    const Merged merged = Merge(std::string(now.text), std::string(WithoutNotice(texts.base).text),
+                                std::string(wanted.text), path);
+    MergedFile file;
+    for (const std::size_t line : merged.conflicts) {
+        file.conflicts.push_back({.file = path,
+                                  .line = static_cast<int>(line + now.noticeLines),
+                                  .text = "was edited here, and what was there before differs here, too",
+                                  .remedy = "take the edit out, or --force"});
+    }
+    if (file.conflicts.empty()) file.text = std::string(wanted.notice) + merged.text;
+    return file;
+}
+
+RecordedState MergedAttributes(const RecordedState& now, const RecordedState& base,
+                               const RecordedState& wanted) {
+    RecordedState merged = wanted;
+    merged.mode = Chosen(now.mode, base.mode, wanted.mode);
+    merged.owner = Chosen(now.owner, base.owner, wanted.owner);
+    merged.group = Chosen(now.group, base.group, wanted.group);
+    merged.attributes.clear();
+    std::set<std::string> names;
+    for (const RecordedState* const state : {&now, &wanted})
+        for (const auto& [name, value] : state->attributes)
+            names.insert(name);
+    for (const std::string& name : names) {
+        const auto value = Chosen(AttributeOf(now, name), AttributeOf(base, name), AttributeOf(wanted, name));
+        if (value) merged.attributes.emplace(name, *value);
+    }
+    return merged;
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,52 @@
+#include "deploy/undo/RecordedChanges.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "zet/ZETFormat.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// The former state of both, and the later one of `newer`.
+void Precede(std::optional<RecordedFile>& newer, const RecordedFile& older) {
+    if (!newer) {
+        newer = older;
+        return;
+    }
+    newer->before = older.before;
+    newer->kindBefore = older.kindBefore;
+    newer->leftBefore = older.leftBefore;
+}
+
+std::string WithoutSuffix(const std::string& path, std::string_view suffix) {
+    return path.substr(0, path.size() - suffix.size());
+}
+
+}  // namespace
+
+void RecordedChanges::Add(const RecordedEntry& entry, const std::vector<RecordedFile>& files) {
+    for (const RecordedFile& file : files) {
+        const bool isCompanion = file.kind == FileKind::Companion;
+        const bool isReserve = isCompanion && file.path.ends_with(ZETReserveSuffix);
+        const bool isAbsence = isCompanion && !isReserve && file.path.ends_with(ZETAbsenceSuffix);
+        RecordedChange& change = Of(isReserve   ? WithoutSuffix(file.path, ZETReserveSuffix)
+                                    : isAbsence ? WithoutSuffix(file.path, ZETAbsenceSuffix)
+                                                : file.path);
+        change.roles.insert(entry.role);
+        change.newest = std::max(change.newest, entry.number);
+        Precede(isReserve ? change.reserve : isAbsence ? change.absence : change.file, file);
+    }
+}
+
+RecordedChange& RecordedChanges::Of(const std::string& name) {
+    RecordedChange*& change = m_byName[name];
+    if (change == nullptr) {
+        m_changes.push_back({name, {}, {}, {}, {}, 0});
+        change = &m_changes.back();
+    }
+    return *change;
+}
+
+}  // namespace ZET::Deploy

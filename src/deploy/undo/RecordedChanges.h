@@ -1,0 +1,45 @@
+#ifndef ZET_RECORDED_CHANGES_H
+#define ZET_RECORDED_CHANGES_H
+
+#include <list>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "deploy/state/store/Records.h"
+
+namespace ZET::Deploy {
+
+/// What entries did to one file and to what stands beside it: from what it was before the oldest of them to
+/// what the newest left.
+struct RecordedChange {
+    std::string name;  ///< of the file, inside the root
+    std::optional<RecordedFile> file;
+    std::optional<RecordedFile> reserve;
+    std::optional<RecordedFile> absence;
+    std::set<Role> roles;     ///< whose commands did it
+    std::int64_t newest = 0;  ///< the last of the entries
+};
+
+/// What one entry did, or several.
+class RecordedChanges {
+  public:
+    /// From the newest entry to the oldest.
+    void Add(const RecordedEntry& entry, const std::vector<RecordedFile>& files);
+
+    /// In the order of the newest entry that touched them.
+    std::list<RecordedChange> Changes() && { return std::move(m_changes); }
+
+  private:
+    RecordedChange& Of(const std::string& name);
+
+    std::list<RecordedChange> m_changes;
+    std::map<std::string, RecordedChange*> m_byName;
+};
+
+}  // namespace ZET::Deploy
+
+#endif

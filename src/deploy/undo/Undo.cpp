@@ -1,0 +1,279 @@
+#include "deploy/undo/Undo.h"
+
+#include <algorithm>
+#include <list>
+#include <map>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/Remedy.h"
+#include "deploy/state/KnownFiles.h"
+#include "deploy/targets/Restarts.h"
+#include "deploy/undo/FileToPutBack.h"
+#include "zet/ZETFiles.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// One way back, under the lock: first every file is looked at, then all is recorded, then it is done.
+class WayBack {
+  public:
+    WayBack(Deployment& product, const Writing& writing, OthersWork others)
+        : m_product(product), m_writing(writing), m_others(others) {}
+
+    void Go(RecordedChanges changes, UndoResult& result) {
+        for (RecordedChange& change : std::move(changes).Changes())
+            m_files.emplace_back(m_product, std::move(change));
+        Look(result);
+        if (!result.problems.empty()) return;
+        LookAtStatus(result);
+        if (!result.problems.empty()) return;
+        Write(result);
+    }
+
+  private:
+    void Look(UndoResult& result) {
+        for (FileToPutBack& file : m_files) {
+            m_product.RequireGoOn();
+            for (Problem& problem : file.Look(m_writing, m_others))
+                result.problems.push_back(std::move(problem));
+        }
+    }
+
+    /// The status of a role that has no target any more goes, too, and that of one that has some stays.
+    void LookAtStatus(UndoResult& result) {
+        for (const Role role : kRoles) {
+            const bool isLast = WasCommitted(role) && !IsCommittedThen(role);
+            LookAtStatus(m_product.State().Status(role), isLast, IsCommittedThen(role), result);
+            if (role == Role::Client)
+                LookAtStatus(m_product.State().FileServerStatus(), isLast, IsCommittedThen(role), result);
+        }
+    }
+
+    void LookAtStatus(const std::string& path, bool isLast, bool isCommitted, UndoResult& result) {
+        const std::string name = m_product.HostPaths().NameInside(path);
+        const auto file = std::find_if(m_files.begin(), m_files.end(),
+                                       [&](const FileToPutBack& each) { return each.Change().name == name; });
+        const bool goes = file != m_files.end() && file->Change().file && !file->Change().file->before.exists;
+        if (file != m_files.end() && goes == isCommitted) m_files.erase(file);
+        if (!isLast || goes || !IsFileExist(path)) return;
+        RecordedChange change;
+        change.name = name;
+        change.file.emplace();
+        change.file->path = name;
+        change.file->kind = FileKind::Status;
+        m_files.emplace_back(m_product, std::move(change));
+        for (Problem& problem : m_files.back().Look(m_writing, m_others))
+            result.problems.push_back(std::move(problem));
+    }
+
+    bool WasCommitted(Role role) { return !Committed(role).empty(); }
+
+    bool IsCommittedThen(Role role) {
+        std::set<std::string> names = Committed(role);
+        for (const FileToPutBack& file : m_files) {
+            names.erase(file.Change().name);
+            if (file.RolesAfter().count(role) != 0) names.insert(file.Change().name);
+        }
+        return !names.empty();
+    }
+
+    /// Names inside the root.
+    const std::set<std::string>& Committed(Role role) {
+        if (m_committed.empty()) {
+            for (const Role each : kRoles)
+                m_committed[each];
+            for (const KnownFile& file : m_product.HostHistory().ToLook()->KnownFiles())
+                for (const Role each : file.state.knowledge.roles)
+                    m_committed[each].insert(file.path);
+        }
+        return m_committed[role];
+    }
+
+    void Write(UndoResult& result) {
+        Recording recording(m_product, Recording::Use::OfTheProduct, m_writing.Records());
+        for (const FileToPutBack& file : m_files)
+            file.Expect(recording);
+        Writing::Begin();
+        recording.Begin();
+        result.entry = recording.Number();
+        try {
+            std::size_t done = 0;
+            for (const FileToPutBack& file : m_files) {
+                m_product.RequireGoOn();
+                m_product.Out().Progress(done++, m_files.size());
+                Write(file, result);
+            }
+        } catch (...) {
+            TellBreakOff(result);
+            throw;
+        }
+        recording.Complete(Ending::DoneInPart);
+        result.entry = recording.Number();
+        m_product.Out().Restarts(m_restarts.Services());
+    }
+
+    void Write(const FileToPutBack& file, UndoResult& result) {
+        // The diff has to be made before its one side is gone.
+        const FileOutcome outcome = file.Outcome();
+        result.isChanged = result.isChanged || outcome.IsChange();
+        result.isKept = result.isKept || file.IsKept();
+        if (!m_product.Wanted().dryRun) file.Write();
+        if (outcome.IsChange()) AddRestarts(file);
+        m_product.Out().Done(outcome);
+    }
+
+    void AddRestarts(const FileToPutBack& file) {
+        try {
+            const Target* const target = m_product.Lists().TargetNamed(m_product.Lists().NameOf(file.Path()));
+            if (target == nullptr) return;
+            for (const Role role : file.Change().roles)
+                m_restarts.Add(target->RestartsFor(role));
+        } catch (const Failure& failure) {
+            // Without its list, nobody knows; the file goes back all the same.
+            m_product.Out().Detail(failure.what());
+        }
+    }
+
+    /// What stopped the run is on its way to the reader.
+    void TellBreakOff(const UndoResult& result) {
+        try {
+            if (result.isChanged && !m_product.Wanted().dryRun)
+                m_product.Out().Error("not everything was put back (\"undo\" takes back what was)");
+            m_product.Out().Restarts(m_restarts.Services());
+        } catch (const std::exception& error) {
+            m_product.Out().Error(FailureOf(error).what());
+        }
+    }
+
+    Deployment& m_product;
+    const Writing& m_writing;
+    OthersWork m_others;
+    std::list<FileToPutBack> m_files;
+    std::map<Role, std::set<std::string>> m_committed;
+    Restarts m_restarts;
+};
+
+Store& StoreToLookIn(Deployment& product) {
+    if (Store* const store = product.HostHistory().ToLook()) return *store;
+    if (product.HostHistory().IsDenied()) {
+        throw Failure(
+            {.file = product.State().Store(), .text = "cannot be read", .remedy = "run the command as root"});
+    }
+    throw Failure({.file = product.State().Store(),
+                   .text = "is not there: nothing was recorded on this host that could be put back",
+                   .remedy = "\"rollback-config\" and \"file restore\" need no history"});
+}
+
+/// The newest entry before that number that can be taken back. What is open was cut short, which the next run
+/// that writes tells; a trial takes it as it is.
+std::optional<RecordedEntry> NewestBefore(Store& store, std::optional<std::int64_t> before, bool isTrial) {
+    constexpr std::size_t kAtOnce = 16;
+    for (;;) {
+        const std::vector<RecordedEntry> entries = store.Entries(kAtOnce, before);
+        if (entries.empty()) return std::nullopt;
+        for (const RecordedEntry& entry : entries)
+            if ((isTrial || entry.outcome != EntryOutcome::Open) && !store.FilesOf(entry.number).empty())
+                return entry;
+        before = entries.back().number;
+    }
+}
+
+[[noreturn]] void FailOfNumber(Store& store, std::int64_t number) {
+    const bool wasOne = number > 0 && number <= store.LastPruned();
+    throw UsageError(std::to_string(number) +
+                     (wasOne ? ": is an entry that is no longer kept" : ": is no entry of the history") +
+                     " (\"history\" lists them)");
+}
+
+RecordedEntry EntryToUndo(Store& store, const UndoOptions& options, bool isTrial) {
+    if (options.entry) {
+        std::optional<RecordedEntry> entry = store.Find(*options.entry);
+        if (!entry) FailOfNumber(store, *options.entry);
+        return std::move(*entry);
+    }
+    std::optional<RecordedEntry> last = NewestBefore(store, std::nullopt, isTrial);
+    if (!last)
+        throw Failure({.file = store.File(),
+                       .text = "has no entry that could be taken back",
+                       .remedy = "nothing was changed"});
+    return std::move(*last);
+}
+
+/// Without what another entry has written since: the status tells when the last commit was.
+std::vector<RecordedFile> FilesToUndo(Store& store, std::int64_t number) {
+    std::vector<RecordedFile> files = store.FilesOf(number);
+    std::erase_if(files, [&](const RecordedFile& file) {
+        if (file.kind != FileKind::Status) return false;
+        const std::vector<RecordedEntry> entries = store.EntriesOf(file.path);
+        return !entries.empty() && entries.front().number > number;
+    });
+    return files;
+}
+
+RecordedChanges ChangesSince(Store& store, std::int64_t number) {
+    RecordedChanges changes;
+    constexpr std::size_t kAtOnce = 64;
+    std::optional<std::int64_t> before;
+    for (;;) {
+        const std::vector<RecordedEntry> entries = store.Entries(kAtOnce, before);
+        for (const RecordedEntry& entry : entries) {
+            if (entry.number <= number) return changes;
+            changes.Add(entry, store.FilesOf(entry.number));
+        }
+        if (entries.empty()) return changes;
+        before = entries.back().number;
+    }
+}
+
+void RequireAllKept(Store& store, std::int64_t number) {
+    if (number >= store.LastPruned()) return;
+    throw Failure({.file = store.File(),
+                   .text = "not all entries after " + std::to_string(number) +
+                           " are kept any more, so nobody knows what was there then",
+                   .remedy = "go back to one from " + std::to_string(store.LastPruned() + 1) + " on"});
+}
+
+OthersWork WayOf(const UndoOptions& options) {
+    if (options.force && options.merge) throw UsageError("--force and --merge exclude each other");
+    if (options.force) return OthersWork::IsReplaced;
+    return options.merge ? OthersWork::IsMerged : OthersWork::IsRefused;
+}
+
+OthersWork WayOf(const RollBackToOptions& options) {
+    if (options.force && options.keepEdits) throw UsageError("--force and --keep-edits exclude each other");
+    if (options.force) return OthersWork::IsReplaced;
+    return options.keepEdits ? OthersWork::Stays : OthersWork::IsRefused;
+}
+
+}  // namespace
+
+UndoResult Undo(Deployment& product, const UndoOptions& options) {
+    const OthersWork others = WayOf(options);
+    StoreToLookIn(product);
+    const Writing writing(product, {}, Writing::Right::OfTheProduct);
+    Store& store = StoreToLookIn(product);
+    const RecordedEntry entry = EntryToUndo(store, options, product.Wanted().dryRun);
+    UndoResult result;
+    result.undone = entry.number;
+    if (const auto further = NewestBefore(store, entry.number, false)) result.further = further->number;
+    RecordedChanges changes;
+    changes.Add(entry, FilesToUndo(store, entry.number));
+    WayBack(product, writing, others).Go(std::move(changes), result);
+    return result;
+}
+
+UndoResult RollBackTo(Deployment& product, std::int64_t entry, const RollBackToOptions& options) {
+    const OthersWork others = WayOf(options);
+    StoreToLookIn(product);
+    const Writing writing(product, {}, Writing::Right::OfTheProduct);
+    Store& store = StoreToLookIn(product);
+    if (!store.Find(entry)) FailOfNumber(store, entry);
+    RequireAllKept(store, entry);
+    UndoResult result;
+    result.undone = entry;
+    WayBack(product, writing, others).Go(ChangesSince(store, entry), result);
+    return result;
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,305 @@
+#!/usr/bin/env python3
+"""Random histories of a host, beside a model as plain as can be.
+
+    histories.py --programs DIRECTORY [--injector FILE] [--steps N] [--seed N]
+
+Commands, hands and kills change the files of a small host. The model only looks: it remembers every managed file,
+to the byte, mode, owner and attribute, as it was before and after each entry of the history. What "undo" and
+"rollback-config --to" do is foretold from that alone:
+
+  * An entry is taken back where each file that it changed is as it left it, or as it was before already; the
+    files are as they were before it then, and all others stay. Otherwise nothing at all changes, and the exit
+    status is 1. With --force it is taken back all the same.
+  * Going back to an entry is the same with all that came after it.
+  * What is known of the files is as it was before, where nothing came in between.
+  * A role of which no target is left has no status.
+  * An entry that is no longer kept is refused, and so is a way back over one.
+  * Whatever a killed run has done is an entry, and can be taken back.
+
+At the end of each history the host goes back to every entry that is kept, one after the other, and forward again.
+A failure prints the seed, by which the same history is played again.
+"""
+
+import argparse
+import os
+import random
+import shutil
+import sys
+import tempfile
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "faults"))
+
+from run import Fault, NotPossible, Runner  # noqa: E402
+from world import PLAIN, TEMPLATES, World, see, write  # noqa: E402
+
+SKIPPED = 77
+STEPS_OF_A_HISTORY = 40
+LATEST_KILL = 700  # calls
+FIRST_KILL = 20
+PROGRAMS = ("zet-init", "zet-client")
+
+
+class Wrong(Exception):
+    """The product did something else than was foretold."""
+
+
+class History:
+    """One host from its first step to its last."""
+
+    def __init__(self, chance, world, runner, has_injector):
+        self.chance = chance
+        self.world = world
+        self.runner = runner
+        self.has_injector = has_injector
+        self.before = {}  # by entry: the files that it changed
+        self.after = {}
+        self.known_before = {}
+        self.steps = []
+        self.stamp = 0
+
+    def run(self, *words, fault=None):
+        program = self.chance.choice(PROGRAMS)
+        self.steps.append(f"{program} {' '.join(words)}" + (f"  # killed at call {fault.turn}" if fault else ""))
+        words = [word.replace("HOST", self.world.root) for word in words]
+        return self.runner.run(program, ["--config", self.world.path("zet.conf")] + words, fault)
+
+    def fail(self, what):
+        raise Wrong(what)
+
+    def require(self, is_true, what):
+        if not is_true:
+            self.fail(what)
+
+    def change(self, *words):
+        """A command that may change something, or be killed."""
+        is_killed = self.has_injector and self.chance.random() < 0.15
+        fault = Fault("kill", self.chance.randrange(FIRST_KILL, LATEST_KILL)) if is_killed else None
+        seen, known, entries = self.world.look(), self.world.known(), self.world.entries()
+        result = self.run(*words, fault=fault)
+        if fault:
+            self.settle()
+        self.learn(seen, known, entries, result)
+        return result
+
+    def settle(self):
+        """The next run that writes tells what a killed one did; this one changes nothing itself."""
+        settled = self.run("file", "reserve", "HOST/zet.conf.never")
+        self.run("file", "forget", "HOST/zet.conf.never")
+        self.require(settled.status == 0, f"after a kill: {settled.errors}")
+        left = self.world.left_overs()
+        self.require(not left, f"left behind: {left}")
+
+    def learn(self, seen, known, entries, result):
+        """What a command did is what is otherwise, and it is in one entry."""
+        now = self.world.look()
+        new = [number for number in self.world.entries() if number not in entries
+               and number > max(entries, default=0) and self.files_of(number)]
+        changed = {name for name in now if now[name] != seen[name]}
+        if not new:
+            self.require(not changed, f"{sorted(changed)} changed without an entry: {result.errors}")
+            return
+        self.require(len(new) == 1, f"several entries: {new}")
+        self.before[new[0]] = {name: seen[name] for name in changed}
+        self.after[new[0]] = {name: now[name] for name in changed}
+        self.known_before[new[0]] = known
+
+    def files_of(self, number):
+        """Those that are no concern of this test alone make no entry of it."""
+        return self.world.query(f"SELECT path FROM files WHERE entry = {number}"
+                                " AND path NOT LIKE '%/zet.conf.never%'")
+
+    def kept(self):
+        return [number for number in self.world.entries() if number in self.before]
+
+    # What is foretold.
+
+    def of_undo(self, number):
+        return dict(self.before[number]), dict(self.after[number])
+
+    def of_going_back(self, number):
+        wanted, left = {}, {}
+        for later in sorted((each for each in self.before if each > number), reverse=True):
+            for name in self.before[later]:
+                wanted[name] = self.before[later][name]
+                left.setdefault(name, self.after[later][name])
+        return wanted, left
+
+    def go(self, words, wanted, left, is_forced):
+        """Plays a way back, and holds what came of it against what was foretold."""
+        seen, known, entries = self.world.look(), self.world.known(), self.world.entries()
+        others = [name for name in wanted if seen[name] not in (wanted[name], left[name])]
+        result = self.run(*words, *(["--force"] if is_forced else []))
+        now = self.world.look()
+        refused = bool(others) and not is_forced
+        self.require(result.status == (1 if refused else 0),
+                     f"exit status {result.status}, {'refusal' if refused else 'success'} foretold ({others}): "
+                     f"{result.output}{result.errors}")
+        foretold = {**seen, **({} if refused else wanted)}
+        for name in now:
+            self.require(now[name] == foretold[name],
+                         f"{name} is {now[name]!r}\n    and not {foretold[name]!r}\n    but was {seen[name]!r}")
+        self.learn(seen, known, entries, result)
+        self.require(not self.world.left_overs(), f"left behind: {self.world.left_overs()}")
+        if not refused:
+            orphans = self.world.statuses() - self.world.roles()
+            self.require(not orphans, f"a status without a target: {orphans}")
+        return not refused
+
+    def undo_last(self):
+        if not self.kept() or self.kept()[-1] != max(self.world.entries(), default=0):
+            return
+        number = self.kept()[-1]
+        is_forced = self.chance.random() < 0.5
+        known = self.known_before[number]
+        is_done = self.go(["undo"], *self.of_undo(number), is_forced)
+        if is_done and not self.is_interrupted:
+            self.require(self.world.known() == known, f"known is {self.world.known() - known} "
+                         f"instead of {known - self.world.known()}")
+
+    def undo_any(self):
+        if self.kept():
+            number = self.chance.choice(self.kept())
+            self.go(["undo", str(number)], *self.of_undo(number), self.chance.random() < 0.5)
+
+    def undo_what_is_gone(self):
+        gone = [number for number in self.before if number not in self.world.entries()]
+        if gone:
+            result = self.run("undo", str(self.chance.choice(gone)))
+            self.require(result.status == 2, f"an entry that is gone was undone: {result.output}")
+
+    def go_back(self, number=None, is_forced=None):
+        if not self.kept():
+            return
+        number = number or self.chance.choice(self.kept())
+        if number not in self.kept():
+            return
+        if number < self.world.pruned():
+            result = self.run("rollback-config", "--to", str(number))
+            self.require(result.status == 1, f"went back over what is gone: {result.status} {result.errors}")
+            return
+        is_forced = self.chance.random() < 0.5 if is_forced is None else is_forced
+        self.go(["rollback-config", "--to", str(number)], *self.of_going_back(number), is_forced)
+
+    # What happens on a host.
+
+    def word(self):
+        self.stamp += 1
+        return f"w{self.stamp}"
+
+    def commit(self):
+        self.change("commit-config")
+        self.is_interrupted = True  # a commit may know more without an entry
+
+    def set_option(self):
+        self.change("option", "set", "REALM", self.word().upper() + ".ORG")
+
+    def edit(self):
+        file = "HOST/files/" + self.chance.choice(PLAIN)
+        flags = [flag for flag in ("--no-backup", "--no-markers") if self.chance.random() < 0.3]
+        self.change(*self.chance.choice((
+            ("param", "set", *flags, file, "size", self.word()),
+            ("param", "set", *flags, file, "name", self.word()),
+            ("param", "restore", *flags, file, "size"),
+            ("line", "set", *flags, file, "^color=", "color=" + self.word()),
+            ("line", "restore", "--all-blocks", *flags, file, "^color="),
+            ("file", "strip", file))))
+
+    def keep(self):
+        file = "HOST/files/" + self.chance.choice(PLAIN + TEMPLATES)
+        self.change("file", self.chance.choice(("reserve", "restore", "forget")), file)
+
+    def install(self):
+        self.change("template", "install", "--force", self.chance.choice(TEMPLATES))
+
+    def process(self):
+        self.change("template", "process", self.chance.choice(TEMPLATES), "HOST/files/" + self.chance.choice(PLAIN))
+
+    def roll_back(self):
+        self.change("rollback-config", *self.chance.choice(((), ("--force",), ("--keep-edits",))))
+
+    def ship(self):
+        self.steps.append("# a template is shipped anew")
+        self.world.ship(self.chance.choice(TEMPLATES), self.word())
+
+    def hand(self):
+        """Somebody else changes a file."""
+        name = self.chance.choice([f"files/{each}" for each in TEMPLATES + PLAIN] + ["etc/one.conf"])
+        self.steps.append(f"# a hand changes {name}")
+        path = self.world.path(name)
+        if see(path) is None or self.chance.random() < 0.1:
+            self.world.put(name, None if see(path) else (0o644, 0, 0, (), b"size=1\n"))
+        elif self.chance.random() < 0.6:
+            with open(path, "a", encoding="utf-8") as file:
+                file.write(f"# {self.word()}\n")
+        else:
+            os.chmod(path, self.chance.choice((0o644, 0o600, 0o664, 0o4755)))
+            self.world.decorate(name, self.chance)
+
+    def step(self):
+        self.is_interrupted = False
+        ways = ((self.commit, 5), (self.set_option, 3), (self.edit, 6), (self.keep, 2), (self.install, 1),
+                (self.process, 1), (self.roll_back, 2), (self.ship, 1), (self.hand, 4), (self.undo_any, 4),
+                (self.undo_what_is_gone, 1), (self.go_back, 2))
+        way = self.chance.choices([way for way, _ in ways], [weight for _, weight in ways])[0]
+        way()
+        if way not in (self.hand, self.ship) and self.chance.random() < 0.3:
+            self.undo_last()
+            if self.chance.random() < 0.5:
+                self.undo_last()
+
+    def end(self):
+        for number in reversed(self.kept()):
+            self.go_back(number, True)
+        for number in self.kept()[-3:]:
+            self.go_back(number, True)
+
+
+def play(options, seed, base):
+    chance = random.Random(seed)
+    world = World(base)
+    shutil.rmtree(world.root, ignore_errors=True)
+    world.make(chance, chance.choice((100, 100, 100, 12)))
+    history = History(chance, world, Runner(options.programs, options.injector, base), options.injector is not None)
+    try:
+        for _ in range(STEPS_OF_A_HISTORY):
+            history.step()
+        history.end()
+    except Wrong as reason:
+        print(f"seed {seed}, step {len(history.steps)}: {reason}\n  the last steps:")
+        print("".join(f"    {step}\n" for step in history.steps[-12:]))
+        print(f"    again: {sys.argv[0]} --programs {options.programs} --injector {options.injector} --seed {seed}")
+        return len(history.steps), 1
+    return len(history.steps), 0
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--programs", required=True, help="the directory of the commands")
+    parser.add_argument("--injector", help="the library by which they are killed")
+    parser.add_argument("--steps", type=int, default=400)
+    parser.add_argument("--seed", type=int, help="this history alone")
+    options = parser.parse_args()
+    if os.geteuid() != 0:
+        print("skipped: owners can be changed by root alone")
+        return SKIPPED
+    memory = "/dev/shm"
+    base = tempfile.mkdtemp(prefix="zet-histories.", dir=memory if os.access(memory, os.W_OK) else None)
+    try:
+        if options.seed is not None:
+            return play(options, options.seed, base)[1]
+        first = seed = random.SystemRandom().randrange(1 << 30)
+        steps = failures = 0
+        while steps < options.steps:
+            played, failed = play(options, seed, base)
+            steps, failures, seed = steps + played, failures + failed, seed + 1
+        print(f"{steps} steps, seeds {first} to {seed - 1}, {failures} failures")
+        return 1 if failures else 0
+    except NotPossible as reason:
+        print(f"skipped: {reason}")
+        return SKIPPED
+    finally:
+        shutil.rmtree(base)
+
+
+if __name__ == "__main__":
+    sys.exit(main())
