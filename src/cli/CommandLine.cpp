@@ -239,8 +239,7 @@ std::optional<std::size_t> TextIn(const std::string& word, const Call& call) {
         if (word == *text) return 0;
     for (const std::vector<std::string>* assignments : call.assignments) {
         for (const std::string& assignment : *assignments) {
-            if (word.ends_with(assignment))
-                return word.size() - assignment.size() + assignment.find('=') + 1;
+            if (word.ends_with(assignment)) return word.size() - assignment.size() + assignment.find('=') + 1;
         }
     }
     return std::nullopt;
@@ -310,8 +309,7 @@ CLI::App& CommandFamily::AddAlone(const std::function<int(Session&)>& run) {
 void CommandFamily::Choose(const std::string& words, const std::function<int(Session&)>& run) const {
     m_call.options.command = words;
     m_call.run = [run, subject = m_subject](Session& session) {
-        if (subject == Subject::AnyFile)
-            session.Wanted().needsConfigFile = session.Asked().isConfigFileNamed;
+        if (subject == Subject::AnyFile) session.Wanted().needsConfigFile = session.Asked().isConfigFileNamed;
         return run(session);
     };
 }

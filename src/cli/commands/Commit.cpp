@@ -82,8 +82,7 @@ void RegisterCommit(CommandLine& line) {
                             CommitConfig)
         .Any("TEMPLATE", &CommitOptions::templates, "Only these templates")
         .Flag("--run-checks", &CommitOptions::runChecks, kRunChecksHelp)
-        .Assignments("--set", &CommitOptions::assignments,
-              "With -n: as if a parameter had this value");
+        .Assignments("--set", &CommitOptions::assignments, "With -n: as if a parameter had this value");
 }
 
 }  // namespace ZET::Cli
