@@ -30,20 +30,11 @@ struct Registration {
 };
 
 inline constexpr Registration kRegistrations[] = {
-    {"commit-config", RegisterCommit},
-    {"check-config", RegisterCheck},
-    {"rollback-config", RegisterRollback},
-    {"status", RegisterStatus},
-    {"values", RegisterValues},
-    {"template", RegisterTemplate},
-    {"param", RegisterParam},
-    {"line", RegisterLine},
-    {"file", RegisterFile},
-    {"option", RegisterOption},
-    {"history", RegisterHistory},
-    {"explain", RegisterExplain},
-    {"doctor", RegisterDoctor},
-    {"help", RegisterHelp},
+    {"commit-config", RegisterCommit}, {"check-config", RegisterCheck}, {"rollback-config", RegisterRollback},
+    {"status", RegisterStatus},        {"values", RegisterValues},      {"template", RegisterTemplate},
+    {"param", RegisterParam},          {"line", RegisterLine},          {"file", RegisterFile},
+    {"option", RegisterOption},        {"history", RegisterHistory},    {"explain", RegisterExplain},
+    {"doctor", RegisterDoctor},        {"help", RegisterHelp},
 };
 
 }  // namespace ZET::Cli
