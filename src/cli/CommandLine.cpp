@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "cli/CommandWords.h"
 #include "cli/ExitStatus.h"
 #include "cli/Report.h"
 #include "cli/Session.h"
@@ -232,29 +233,6 @@ int Print(GlobalOptions options, const CLI::App& app, const CLI::ParseError& err
     return report.Finish(kDone);
 }
 
-/// Where the text of a file, or a value, begins in the word; none: it has none. What is equal to one counts
-/// as one, whatever else it was meant to be.
-std::optional<std::size_t> TextIn(const std::string& word, const Call& call) {
-    for (const std::string* text : call.texts)
-        if (word == *text) return 0;
-    for (const std::vector<std::string>* assignments : call.assignments) {
-        for (const std::string& assignment : *assignments) {
-            if (word.ends_with(assignment))
-                return word.size() - assignment.size() + assignment.find('=') + 1;
-        }
-    }
-    return std::nullopt;
-}
-
-std::vector<CommandWord> WordsOf(const Names& arguments, const Call& call) {
-    std::vector<CommandWord> words;
-    for (const std::string& argument : arguments) {
-        const std::optional<std::size_t> text = TextIn(argument, call);
-        words.push_back({argument, text.has_value(), text.value_or(0)});
-    }
-    return words;
-}
-
 /// What was read before the mistake may lack the option that the reader relies on.
 bool AsksForDocument(int count, char** arguments) {
     return std::find(arguments, arguments + count, std::string_view("--json")) != arguments + count;
@@ -323,8 +301,7 @@ CLI::App& CommandFamily::AddAlone(const std::function<int(Session&)>& run) {
 void CommandFamily::Choose(const std::string& words, const std::function<int(Session&)>& run) const {
     m_call.options.command = words;
     m_call.run = [run, subject = m_subject](Session& session) {
-        if (subject == Subject::AnyFile)
-            session.Wanted().needsConfigFile = session.Asked().isConfigFileNamed;
+        if (subject == Subject::AnyFile) session.Wanted().needsConfigFile = session.Asked().isConfigFileNamed;
         return run(session);
     };
 }

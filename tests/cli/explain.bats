@@ -2,6 +2,8 @@ load helper
 
 setup() {
     make_host
+    # That a line came with a change is told, and looked at, where the history is.
+    echo ZET_HISTORY=no >>zet.conf
     printf 'realms\nkdc=old\nmore\n' >conf
 }
 
@@ -311,5 +313,5 @@ made:1: the administrator's own"
     "$ZET_BIN/zet-init" --root tree -q commit-config
     capture "$ZET_BIN/zet-init" --root tree explain /etc/krb5.conf:12
     assert_status 0
-    [[ $output == *"etc/krb5.conf:12: from line 9 of the template krb5.conf with \${realm}; before: "*"/etc/krb5.conf.before_zet"$'\n' ]]
+    [[ $output == *"etc/krb5.conf:12: from line 9 of the template krb5.conf with \${realm}; before: "*"/etc/krb5.conf.before_zet; since change 1, "*": --root tree -q commit-config"$'\n' ]]
 }

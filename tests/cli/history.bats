@@ -462,6 +462,21 @@ frame_is_kept() {
     assert_status 0
 }
 
+@test "an erasure takes along what was left where older changes were dropped" {
+    local i
+    for ((i = 0; i < 200; i++)); do echo "line $i of the file $((i * i))"; done >long
+    cp long "$BASE/before"
+    echo ZET_HISTORY_KEEP=1 >>zet.conf
+    zet -q line set --no-markers --no-backup long '^line 7 ' 'something else'
+    zet -q line set --no-markers --no-backup long '^line 8 ' 'something else'
+    run_zet -q history
+    assert_equal "$(numbers)" 2
+    frame_is_kept "$BASE/before"
+    run_zet history erase long
+    assert_status 0
+    ! frame_is_kept "$BASE/before" || return 1
+}
+
 @test "that another file has an erased text, too, is told" {
     cp conf other
     zet -q param set --no-markers --no-backup conf x 5

@@ -235,8 +235,7 @@ TEST(LayerRulesTest, ParserOfListsIsOnlyCompiledIn) {
 TEST(LayerRulesTest, ParserOfListsIsCompiledOnce) {
     std::vector<std::string> users;
     for (const std::string part : {"deploy/host", "deploy/state", "deploy/targets", "deploy/history",
-                                   "deploy/edit", "cli",
-                                   "cli/commands", "text", "core"}) {
+                                   "deploy/edit", "cli", "cli/commands", "text", "core"}) {
         for (const Include& each : IncludesOf("src/" + part)) {
             if (each.header == "deploy/targets/Toml.h") users.push_back(each.file);
             EXPECT_TRUE(!each.header.starts_with("toml++/") || each.file == "Toml.h") << each.file;

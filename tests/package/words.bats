@@ -186,3 +186,22 @@ bold_options() {
     # shellcheck disable=SC2086
     diff -u <(all_commands | while read -r command; do options $command; done | sort -u) <(bold_options)
 }
+
+@test "NumbersOfTheChangesOfThisHostAreOffered" {
+    make_files
+    mkdir bin
+    printf '#!/bin/sh\n[ "$*" = "-q history" ] && printf "12  2026-11-22 10:12:03  root  client  status\\n3  x\\n"\n' >bin/zet-client
+    chmod +x bin/zet-client
+    PATH=$PWD/bin:$PATH
+    cd directory
+    offers '12 3' zet-client history show ''
+    offers '12' zet-client history diff 1
+    offers '12 3' zet-client history diff 12 ''
+    touch erased
+    offers 'erased' zet-client history erase ''
+    offers 'erased' zet-client history show 12 e
+    offers 'diff erase erased export show' zet-client history ''
+    offers '--after' zet-client history show 12 --af
+    offers '--count' zet-client history --cou
+    offers '' zet-client commit-config -m ''
+}

@@ -74,8 +74,7 @@ void TellUser(Report& out, const HistoryEntry& entry) {
     std::string text = "user: " + entry.userName;
     if (!entry.loginUser.empty() && entry.loginUser != entry.userName)
         text += ", logged in as " + entry.loginUser;
-    if (!entry.sudoUser.empty() && entry.sudoUser != entry.userName)
-        text += ", by sudo of " + entry.sudoUser;
+    if (!entry.sudoUser.empty() && entry.sudoUser != entry.userName) text += ", by sudo of " + entry.sudoUser;
     out.Line(text);
 }
 
@@ -199,8 +198,7 @@ int Export(Session& session, const NoWords&) {
 }
 
 std::string ErasedText(const ErasedHistory& erased, bool isDryRun) {
-    const std::string count =
-        std::to_string(erased.texts) + (erased.texts == 1 ? " text " : " texts ");
+    const std::string count = std::to_string(erased.texts) + (erased.texts == 1 ? " text " : " texts ");
     const char* const were = erased.texts == 1 ? "was" : "were";
     return erased.path + ": " + count + (isDryRun ? "would be" : were) + " erased from the history";
 }
@@ -231,17 +229,19 @@ void RegisterHistory(CommandLine& line) {
     family.Alone<ListWords>(Tell)
         .Maybe("FILE", &ListWords::file, "Only what was done to this file")
         .Number("-N,--count", &ListWords::count, "Only the last ones");
-    family.Add<ShowWords>("show", "Show one change, or print the text that it replaced", Show)(
-              "NUMBER", &ShowWords::number, "The change")
+    family
+        .Add<ShowWords>("show", "Show one change, or print the text that it replaced", Show)(
+            "NUMBER", &ShowWords::number, "The change")
         .Maybe("FILE", &ShowWords::file, "Print the text that this file had before it")
         .Flag("--after", &ShowWords::after, "The text that it had after it");
-    family.Add<DiffWords>("diff", "Show what a change, or several, did to the texts", Diff)(
-              "NUMBER", &DiffWords::number, "The change")
+    family
+        .Add<DiffWords>("diff", "Show what a change, or several, did to the texts", Diff)(
+            "NUMBER", &DiffWords::number, "The change")
         .Maybe("TO", &DiffWords::to, "Up to this change, from the first one on")
         .Maybe("FILE", &DiffWords::file, "Only of this file");
     family.Add<NoWords>("export", "Print it as a stream for \"git fast-import\"", Export);
-    family.Add<EraseWords>("erase", "Take the texts of a file out for good", Erase)(
-        "FILE", &EraseWords::file, "The file");
+    family.Add<EraseWords>("erase", "Take the texts of a file out for good", Erase)("FILE", &EraseWords::file,
+                                                                                    "The file");
 }
 
 }  // namespace ZET::Cli

@@ -16,7 +16,8 @@ constexpr char kRepository[] = ".git";
 
 bool IsPlain(char c) {
     const auto byte = static_cast<unsigned char>(c);
-    return byte < 0x80 && (std::isalnum(byte) != 0 || std::string_view("/._-+@,:=").find(c) != std::string_view::npos);
+    return byte < 0x80 &&
+           (std::isalnum(byte) != 0 || std::string_view("/._-+@,:=").find(c) != std::string_view::npos);
 }
 
 /// A path with such a step is refused as a whole.

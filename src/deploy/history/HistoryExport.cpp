@@ -65,7 +65,8 @@ class Exporter {
                 Put(file.path, file.before);
         }
         m_stream.Change(Signature(PersonOf(entry), PersonOf(entry), begun),
-                        Signature(entry.userName, std::to_string(entry.user), std::max(begun, entry.ended / kNanoseconds)),
+                        Signature(entry.userName, std::to_string(entry.user),
+                                  std::max(begun, entry.ended / kNanoseconds)),
                         MessageOf(entry));
         for (const RecordedFile& file : files)
             Put(file.path, file.after);

@@ -106,8 +106,8 @@ RecordedFile HistoryReader::FileOf(std::int64_t number, const std::string& name)
     const std::string what = NameOfChange(Entry(number).number);
     for (RecordedFile& file : FilesOf(number))
         if (file.path == name) return std::move(file);
-    throw UsageError(PathOf(name) + ": " + what + " did not write it (those that did: " +
-                     NumbersOf(m_store->EntriesOf(name)) + ")");
+    throw UsageError(PathOf(name) + ": " + what +
+                     " did not write it (those that did: " + NumbersOf(m_store->EntriesOf(name)) + ")");
 }
 
 std::string HistoryReader::WhyNotKept(const RecordedState& state) const {

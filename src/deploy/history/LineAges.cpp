@@ -21,9 +21,8 @@ void LineWalk::StepBack(const std::string* older, std::size_t step) {
     std::vector<std::size_t> numbers;
     for (const Line& line : m_open)
         numbers.push_back(line.number);
-    const std::vector<std::size_t> former =
-        older == nullptr ? std::vector<std::size_t>(numbers.size(), 0)
-                         : FormerLines(m_differ(*older, m_text), numbers);
+    const std::vector<std::size_t> former = older == nullptr ? std::vector<std::size_t>(numbers.size(), 0)
+                                                             : FormerLines(m_differ(*older, m_text), numbers);
     std::vector<Line> open;
     for (std::size_t i = 0; i < m_open.size(); ++i) {
         if (former[i] == 0)

@@ -153,6 +153,7 @@ void TemplateProcess::Expect(Recording& recording, const FileInPlace& place) {
     target.kind = FileKind::Rendering;
     target.companions = ExpectedFile::Companions::MayCome;
     recording.Expect(target);
+    recording.IsMadeFrom(TemplateFile(m_product, m_rendering.templateName));
     ExpectWorkingCopy(recording, m_product, m_rendering.templateName);
 }
 

@@ -9,12 +9,14 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <sstream>
 #include <string>
 
 #include "zet/deploy/Commit.h"
 #include "zet/deploy/Doctor.h"
 #include "zet/deploy/Edit.h"
 #include "zet/deploy/Explain.h"
+#include "zet/deploy/History.h"
 #include "zet/deploy/Rollback.h"
 #include "zet/deploy/Status.h"
 #include "zet/deploy/Targets.h"
@@ -195,6 +197,44 @@ TEST_F(FaceTest, DamagedMarkersAreToldWithARepair) {
     ASSERT_THAT(diagnosis.problems, SizeIs(1));
     EXPECT_EQ(diagnosis.problems[0].line, 4U);
     EXPECT_THROW(SetParam(product, At("file"), "a", "2"), Failure);
+}
+
+TEST_F(FaceTest, HistoryTellsEntriesTextsAndDifferences) {
+    m_options.message = "why";
+    Product product(At("zet.conf"), m_options);
+    EXPECT_THAT(ListHistory(product), IsEmpty());
+    EXPECT_THROW(ShowEntry(product, 1), UsageError);
+    EditOptions options;
+    options.noBackup = options.noMarkers = true;
+    SetParam(product, At("file"), "a", "2", options);
+    const std::vector<HistoryEntry> entries = ListHistory(product, At("file"));
+    ASSERT_THAT(entries, SizeIs(1));
+    EXPECT_EQ(entries[0].message, "why");
+    EXPECT_EQ(entries[0].outcome, "done");
+    EXPECT_EQ(entries[0].user, getuid());
+    ASSERT_THAT(ShowEntry(product, 1).files, SizeIs(1));
+    EXPECT_EQ(ShowEntry(product, 1).files[0].path, At("file"));
+    EXPECT_EQ(ShowEntry(product, 1).files[0].result, Result::Changed);
+    EXPECT_EQ(TextBefore(product, 1, At("file")), "a=1\nb=2\n");
+    EXPECT_EQ(TextAfter(product, 1, At("file")), "a=2\nb=2\n");
+    const std::vector<HistoryDiff> diffs = DiffHistory(product, 1);
+    ASSERT_THAT(diffs, SizeIs(1));
+    EXPECT_THAT(diffs[0].diff.text, HasSubstr("-a=1\n+a=2\n"));
+}
+
+TEST_F(FaceTest, HistoryIsExportedAndErased) {
+    Product product(At("zet.conf"), m_options);
+    SetParam(product, At("file"), "a", "2");
+    std::ostringstream stream;
+    ExportHistory(product, stream);
+    EXPECT_THAT(stream.str(), HasSubstr("\na=2\n"));
+    const ErasedHistory erased = EraseHistory(product, At("file"));
+    EXPECT_EQ(erased.path, At("file"));
+    EXPECT_EQ(erased.texts, 2U);
+    EXPECT_THROW(TextBefore(product, 1, At("file")), Failure);
+    std::ostringstream without;
+    ExportHistory(product, without);
+    EXPECT_THAT(without.str(), Not(HasSubstr("\na=2\n")));
 }
 
 /// The failure that the call ends with.

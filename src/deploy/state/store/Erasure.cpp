@@ -115,8 +115,7 @@ std::vector<std::string> WordsWithoutTexts(std::vector<std::string> words,
                                            const std::vector<std::string>& texts) {
     std::size_t ofCommand = 0;
     for (std::string& word : words) {
-        const bool isCommand =
-            ofCommand < kMostWordsOfCommand && !word.starts_with('-') && IsOfCommand(word);
+        const bool isCommand = ofCommand < kMostWordsOfCommand && !word.starts_with('-') && IsOfCommand(word);
         if (isCommand)
             ++ofCommand;
         else
