@@ -267,6 +267,10 @@ def play(options, seed, base):
     except Wrong as reason:
         print(f"seed {seed}, step {len(history.steps)}: {reason}\n  the last steps:")
         print("".join(f"    {step}\n" for step in history.steps[-12:]))
+        if options.seed is not None:
+            kept = tempfile.mkdtemp(prefix="zet-histories-kept.")
+            shutil.copytree(world.root, kept, symlinks=True, dirs_exist_ok=True)
+            print(f"    the host is kept as {kept}")
         print(f"    again: {sys.argv[0]} --programs {options.programs} --injector {options.injector} --seed {seed}")
         return len(history.steps), 1
     return len(history.steps), 0

@@ -332,7 +332,11 @@ class Rollback {
         if (const KnownFile* const known = m_known.Find(file.path)) file.knowledge = known->state.knowledge;
         if (file.knowledge) file.knowledge->roles.erase(m_product.Role());
         if (step.action == Step::Action::LeaveToOtherRole) {
-            if (m_known.Has(file.path, m_otherRole)) file.kind = FileKind::Target;
+            const KnownFile* const known = m_known.Find(file.path);
+            if (!m_known.Has(file.path, m_otherRole)) return file;
+            file.kind = FileKind::Target;
+            // Somebody may have edited it since.
+            file.left = known->state;
             return file;
         }
         const std::uint64_t longest = m_product.HostHistory().Limits().largestText;

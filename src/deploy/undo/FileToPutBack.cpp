@@ -109,7 +109,9 @@ void FileToPutBack::Capture() {
 /// Of the state that it has, it is only asked whether it is as the entry left it, or back already.
 void FileToPutBack::LookAt(const RecordedFile& row, const char* suffix, std::optional<CapturedFile>& now,
                            std::optional<CapturedFile>& wanted) {
-    wanted = CapturedFile{row.before, ""};
+    const bool isWritten = m_change.isWritten || &now != &m_now.file;
+    wanted = isWritten ? CapturedFile{row.before, ""} : now;
+    if (!isWritten) return;
     // A later commit that changes nothing else writes the time of the commit anew.
     const bool isAsLeft = now->IsAs(row.after) || row.kind == FileKind::Status;
     if (isAsLeft || now->IsAs(row.before)) return;
