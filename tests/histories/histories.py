@@ -51,9 +51,9 @@ class History:
         self.world = world
         self.runner = runner
         self.has_injector = has_injector
-        self.before = {}  # by entry: the files that it changed
+        self.before = {}  # by entry: the files that it changed, or of which something else is known since
         self.after = {}
-        self.known_before = {}
+        self.known = {}  # by entry: what was known before and after it
         self.steps = []
         self.stamp = 0
 
@@ -99,9 +99,10 @@ class History:
             self.require(not changed, f"{sorted(changed)} changed without an entry: {result.errors}")
             return
         self.require(len(new) == 1, f"several entries: {new}")
-        self.before[new[0]] = {name: seen[name] for name in changed}
-        self.after[new[0]] = {name: now[name] for name in changed}
-        self.known_before[new[0]] = known
+        touched = changed | {path.removeprefix(self.world.root + "/") for path, in self.files_of(new[0])} & set(now)
+        self.before[new[0]] = {name: seen[name] for name in touched}
+        self.after[new[0]] = {name: now[name] for name in touched}
+        self.known[new[0]] = known, self.world.known()
 
     def files_of(self, number):
         """Those that are no concern of this test alone make no entry of it."""
@@ -113,16 +114,21 @@ class History:
 
     # What is foretold.
 
+    def changed_by(self, number):
+        return {name for name, seen in self.before[number].items() if self.after[number][name] != seen}
+
     def of_undo(self, number):
-        return dict(self.before[number]), dict(self.after[number])
+        changed = self.changed_by(number)
+        return {name: self.before[number][name] for name in changed}, self.after[number]
 
     def of_going_back(self, number):
-        wanted, left = {}, {}
+        wanted, left, changed = {}, {}, set()
         for later in sorted((each for each in self.before if each > number), reverse=True):
+            changed |= self.changed_by(later)
             for name in self.before[later]:
                 wanted[name] = self.before[later][name]
                 left.setdefault(name, self.after[later][name])
-        return wanted, left
+        return {name: seen for name, seen in wanted.items() if name in changed}, left
 
     def go(self, words, wanted, left, is_forced):
         """Plays a way back, and holds what came of it against what was foretold."""
@@ -150,9 +156,10 @@ class History:
             return
         number = self.kept()[-1]
         is_forced = self.chance.random() < 0.5
-        known = self.known_before[number]
+        known, since = self.known[number]
+        is_alone = self.world.known() == since  # a commit that changes no file knows more all the same
         is_done = self.go(["undo"], *self.of_undo(number), is_forced)
-        if is_done and not self.is_interrupted:
+        if is_done and is_alone:
             self.require(self.world.known() == known, f"known is {self.world.known() - known} "
                          f"instead of {known - self.world.known()}")
 
@@ -188,7 +195,6 @@ class History:
 
     def commit(self):
         self.change("commit-config")
-        self.is_interrupted = True  # a commit may know more without an entry
 
     def set_option(self):
         self.change("option", "set", "REALM", self.word().upper() + ".ORG")
@@ -236,7 +242,6 @@ class History:
             self.world.decorate(name, self.chance)
 
     def step(self):
-        self.is_interrupted = False
         ways = ((self.commit, 5), (self.set_option, 3), (self.edit, 6), (self.keep, 2), (self.install, 1),
                 (self.process, 1), (self.roll_back, 2), (self.ship, 1), (self.hand, 4), (self.undo_any, 4),
                 (self.undo_what_is_gone, 1), (self.go_back, 2))
