@@ -44,7 +44,7 @@ _zet() {
     local current=$2 previous=${COMP_WORDS[COMP_CWORD - 1]} command arguments words='' files=''
     local options='-c --config --root --module -n --dry-run --diff --json -q --quiet -v --verbose --show-secrets --color --log
         -h --help -V --version'
-    local commands='commit-config check-config rollback-config status values template param line file option explain
+    local commands='commit-config check-config rollback-config undo status values template param line file option explain
         doctor help'
     [[ $current != = ]] || current=''
     [[ $previous != = ]] || previous=${COMP_WORDS[COMP_CWORD - 2]}
@@ -56,7 +56,8 @@ _zet() {
         commit-config) options+=' --set --run-checks' words=$(_zet_templates) ;;
         check-config) options+=' --run-checks --no-checks' words=$(_zet_templates) ;;
         status) options+=' --changed' ;;
-        rollback-config) options+=' --force' files=-f ;;
+        rollback-config) options+=' --force --keep-edits --to' files=-f ;;
+        undo) options+=' --force --merge' ;;
         template) words='install process' ;;
         param | line) words='get set restore' ;;
         file) words='strip reserve restore forget' ;;
@@ -84,7 +85,7 @@ _zet() {
         --root) words='' files=-d ;;
         --color) words='auto always never' files='' ;;
         --log) words='stderr syslog' files='' ;;
-        --set | --value) words='' files='' ;;
+        --set | --value | --to) words='' files='' ;;
     esac
     mapfile -t COMPREPLY < <(
         compgen -W "$words" -- "$current"

@@ -41,7 +41,7 @@ _zet() {
     local command arguments current=$words[CURRENT] previous=$words[CURRENT-1]
     local -a known options=(-c --config --root --module -n --dry-run --diff --json -q --quiet -v --verbose
         --show-secrets --color --log -h --help -V --version)
-    local -a commands=(commit-config check-config rollback-config status values template param line file option explain
+    local -a commands=(commit-config check-config rollback-config undo status values template param line file option explain
         doctor help)
     _zet_read_words
     if [[ $current == --*=* ]] && compset -P '*='; then previous=${current%%=*} current=''; fi
@@ -50,7 +50,7 @@ _zet() {
         (--root) _files -/; return ;;
         (--color) compadd -- auto always never; return ;;
         (--log) compadd -- stderr syslog; return ;;
-        (--set|--value) return 1 ;;
+        (--set|--value|--to) return 1 ;;
     esac
     case $command in
         ('')
@@ -59,7 +59,8 @@ _zet() {
         (commit-config) options+=(--set --run-checks) known=(${(f)"$(_zet_templates)"}) ;;
         (check-config) options+=(--run-checks --no-checks) known=(${(f)"$(_zet_templates)"}) ;;
         (status) options+=(--changed) ;;
-        (rollback-config) options+=(--force) ;;
+        (rollback-config) options+=(--force --keep-edits --to) ;;
+        (undo) options+=(--force --merge) ;;
         (template) known=(install process) ;;
         (param|line) known=(get set restore) ;;
         (file) known=(strip reserve restore forget) ;;
