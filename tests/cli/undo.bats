@@ -46,8 +46,8 @@ as_now() {
     run_zet undo
     assert_status 0
     assert_output "$ONE: restored, mode 0644 -> 0640
-$TWO: removed
 $HOST/etc/one.conf: removed
+$TWO: removed
 $HOST/etc/two.conf: removed
 $HOST/state/zet-client.status: removed
 $HOST/state/zet-client-fs.status: removed
@@ -202,6 +202,7 @@ zet-client: nothing was changed"
 }
 
 @test "a dry run changes nothing, and shows what would" {
+    chmod 644 plain.conf
     edit size 4
     REMEMBERED=$(as_now)
     run_zet undo -n --diff
@@ -218,6 +219,7 @@ would take back entry 1"
 }
 
 @test "the document has the entries, the files and what keeps them" {
+    chmod 644 plain.conf
     edit size 4
     edit size 5
     run_zet undo --json

@@ -134,7 +134,7 @@ class History:
         """Plays a way back, and holds what came of it against what was foretold."""
         seen, known, entries = self.world.look(), self.world.known(), self.world.entries()
         others = [name for name in wanted if seen[name] not in (wanted[name], left[name])]
-        result = self.run(*words, *(["--force"] if is_forced else []))
+        result = self.run(*words, *(["--force"] if is_forced and "--force" not in words else []))
         now = self.world.look()
         refused = bool(others) and not is_forced
         self.require(result.status == (1 if refused else 0),
@@ -167,6 +167,23 @@ class History:
         if self.kept():
             number = self.chance.choice(self.kept())
             self.go(["undo", str(number)], *self.of_undo(number), self.chance.random() < 0.5)
+
+    def undo_killed(self):
+        """Each file is old or new then, and the same undo, run again, comes to its end."""
+        if not self.kept() or not self.has_injector:
+            return
+        number = self.chance.choice(self.kept())
+        wanted, left = self.of_undo(number)
+        seen, known, entries = self.world.look(), self.world.known(), self.world.entries()
+        words = ("undo", str(number), "--force")
+        result = self.run(*words, fault=Fault("kill", self.chance.randrange(FIRST_KILL, LATEST_KILL)))
+        self.settle()
+        now = self.world.look()
+        for name in now:
+            self.require(now[name] in (seen[name], wanted.get(name, seen[name])), f"{name} is {now[name]!r}")
+        self.learn(seen, known, entries, result)
+        if number in self.kept():
+            self.go(words, wanted, left, True)
 
     def undo_what_is_gone(self):
         gone = [number for number in self.before if number not in self.world.entries()]
@@ -243,7 +260,7 @@ class History:
 
     def step(self):
         ways = ((self.commit, 5), (self.set_option, 3), (self.edit, 6), (self.keep, 2), (self.install, 1),
-                (self.process, 1), (self.roll_back, 2), (self.ship, 1), (self.hand, 4), (self.undo_any, 4),
+                (self.process, 1), (self.roll_back, 2), (self.ship, 1), (self.hand, 4), (self.undo_any, 4), (self.undo_killed, 3),
                 (self.undo_what_is_gone, 1), (self.go_back, 2))
         way = self.chance.choices([way for way, _ in ways], [weight for _, weight in ways])[0]
         way()
