@@ -54,8 +54,8 @@ _zet() {
     local current=$2 previous=${COMP_WORDS[COMP_CWORD - 1]} command arguments words='' files=''
     local options='-c --config --root --module -m --message -n --dry-run --diff --json -q --quiet -v --verbose --show-secrets --color --log
         -h --help -V --version'
-    local commands='commit-config check-config rollback-config status adopt values template param line file option history
-        explain doctor help'
+    local commands='commit-config check-config rollback-config undo status adopt values template param line file option
+        history explain doctor help'
     [[ $current != = ]] || current=''
     [[ $previous != = ]] || previous=${COMP_WORDS[COMP_CWORD - 2]}
     _zet_read_words
@@ -66,7 +66,8 @@ _zet() {
         commit-config) options+=' --set --run-checks --on-edit' words=$(_zet_templates) ;;
         check-config) options+=' --run-checks --no-checks' words=$(_zet_templates) ;;
         status) options+=' --changed' ;;
-        rollback-config) options+=' --force' files=-f ;;
+        rollback-config) options+=' --force --keep-edits --to' files=-f ;;
+        undo) options+=' --force --merge' ;;
         template) words='install process' ;;
         param | line) words='get set restore' ;;
         file) words='strip reserve restore forget' ;;
@@ -102,7 +103,7 @@ _zet() {
         --root) words='' files=-d ;;
         --color) words='auto always never' files='' ;;
         --log) words='stderr syslog' files='' ;;
-        -m | --message | -N | --count | --set | --value) words='' files='' ;;
+        -m | --message | -N | --count | --set | --value | --to) words='' files='' ;;
     esac
     mapfile -t COMPREPLY < <(
         compgen -W "$words" -- "$current"

@@ -53,8 +53,8 @@ _zet() {
     local command arguments current=$words[CURRENT] previous=$words[CURRENT-1]
     local -a known options=(-c --config --root --module -m --message -n --dry-run --diff --json -q --quiet -v --verbose
         --show-secrets --color --log -h --help -V --version)
-    local -a commands=(commit-config check-config rollback-config status adopt values template param line file option history
-        explain doctor help)
+    local -a commands=(commit-config check-config rollback-config undo status adopt values template param line file option
+        history explain doctor help)
     _zet_read_words
     if [[ $current == --*=* ]] && compset -P '*='; then previous=${current%%=*} current=''; fi
     case $previous in
@@ -62,7 +62,7 @@ _zet() {
         (--root) _files -/; return ;;
         (--color) compadd -- auto always never; return ;;
         (--log) compadd -- stderr syslog; return ;;
-        (-m|--message|-N|--count|--set|--value) return 1 ;;
+        (-m|--message|-N|--count|--set|--value|--to) return 1 ;;
     esac
     case $command in
         ('')
@@ -71,7 +71,8 @@ _zet() {
         (commit-config) options+=(--set --run-checks --on-edit) known=(${(f)"$(_zet_templates)"}) ;;
         (check-config) options+=(--run-checks --no-checks) known=(${(f)"$(_zet_templates)"}) ;;
         (status) options+=(--changed) ;;
-        (rollback-config) options+=(--force) ;;
+        (rollback-config) options+=(--force --keep-edits --to) ;;
+        (undo) options+=(--force --merge) ;;
         (template) known=(install process) ;;
         (param|line) known=(get set restore) ;;
         (file) known=(strip reserve restore forget) ;;

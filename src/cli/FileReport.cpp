@@ -30,10 +30,10 @@ void BeginFileReport(Session& session) {
     session.Out().AddList("files");
 }
 
-int ReportFile(Session& session, const FileOutcome& outcome) {
+int ReportFile(Session& session, const FileOutcome& outcome, const char* list) {
     const GlobalOptions& asked = session.Asked();
     Report& out = session.Out();
-    AddFile(session, "files", outcome);
+    AddFile(session, list, outcome);
     if (!asked.quiet || outcome.IsChange()) out.Line(Text(outcome, asked.dryRun));
     TellDiff(out, outcome.diff);
     return asked.dryRun && outcome.IsChange() ? kNotInSync : kDone;

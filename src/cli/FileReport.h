@@ -10,9 +10,9 @@ namespace ZET::Cli {
 /// Gives the document the fields that it has even if the command fails.
 void BeginFileReport(Session& session);
 
-/// One line of text and the diff; an element of the list "files" of the document, with the same fields in a
+/// One line of text and the diff; an element of the list of the document, with the same fields in a
 /// dry run. Returns the exit status that belongs to it.
-int ReportFile(Session& session, const FileOutcome& outcome);
+int ReportFile(Session& session, const FileOutcome& outcome, const char* list = "files");
 
 /// The diff, or where it is hidden.
 void TellDiff(Report& report, const ShownDiff& diff);

@@ -51,9 +51,9 @@ class History:
         self.world = world
         self.runner = runner
         self.has_injector = has_injector
-        self.before = {}  # by entry: the files that it changed
+        self.before = {}  # by entry: the files that it changed, or of which something else is known since
         self.after = {}
-        self.known_before = {}
+        self.known = {}  # by entry: what was known before and after it
         self.steps = []
         self.stamp = 0
 
@@ -99,9 +99,10 @@ class History:
             self.require(not changed, f"{sorted(changed)} changed without an entry: {result.errors}")
             return
         self.require(len(new) == 1, f"several entries: {new}")
-        self.before[new[0]] = {name: seen[name] for name in changed}
-        self.after[new[0]] = {name: now[name] for name in changed}
-        self.known_before[new[0]] = known
+        touched = changed | {path.removeprefix(self.world.root + "/") for path, in self.files_of(new[0])} & set(now)
+        self.before[new[0]] = {name: seen[name] for name in touched}
+        self.after[new[0]] = {name: now[name] for name in touched}
+        self.known[new[0]] = known, self.world.known()
 
     def files_of(self, number):
         """Those that are no concern of this test alone make no entry of it."""
@@ -113,22 +114,27 @@ class History:
 
     # What is foretold.
 
+    def changed_by(self, number):
+        return {name for name, seen in self.before[number].items() if self.after[number][name] != seen}
+
     def of_undo(self, number):
-        return dict(self.before[number]), dict(self.after[number])
+        changed = self.changed_by(number)
+        return {name: self.before[number][name] for name in changed}, self.after[number]
 
     def of_going_back(self, number):
-        wanted, left = {}, {}
+        wanted, left, changed = {}, {}, set()
         for later in sorted((each for each in self.before if each > number), reverse=True):
+            changed |= self.changed_by(later)
             for name in self.before[later]:
                 wanted[name] = self.before[later][name]
                 left.setdefault(name, self.after[later][name])
-        return wanted, left
+        return {name: seen for name, seen in wanted.items() if name in changed}, left
 
     def go(self, words, wanted, left, is_forced):
         """Plays a way back, and holds what came of it against what was foretold."""
         seen, known, entries = self.world.look(), self.world.known(), self.world.entries()
         others = [name for name in wanted if seen[name] not in (wanted[name], left[name])]
-        result = self.run(*words, *(["--force"] if is_forced else []))
+        result = self.run(*words, *(["--force"] if is_forced and "--force" not in words else []))
         now = self.world.look()
         refused = bool(others) and not is_forced
         self.require(result.status == (1 if refused else 0),
@@ -150,9 +156,10 @@ class History:
             return
         number = self.kept()[-1]
         is_forced = self.chance.random() < 0.5
-        known = self.known_before[number]
+        known, since = self.known[number]
+        is_alone = self.world.known() == since  # a commit that changes no file knows more all the same
         is_done = self.go(["undo"], *self.of_undo(number), is_forced)
-        if is_done and not self.is_interrupted:
+        if is_done and is_alone:
             self.require(self.world.known() == known, f"known is {self.world.known() - known} "
                          f"instead of {known - self.world.known()}")
 
@@ -160,6 +167,23 @@ class History:
         if self.kept():
             number = self.chance.choice(self.kept())
             self.go(["undo", str(number)], *self.of_undo(number), self.chance.random() < 0.5)
+
+    def undo_killed(self):
+        """Each file is old or new then, and the same undo, run again, comes to its end."""
+        if not self.kept() or not self.has_injector:
+            return
+        number = self.chance.choice(self.kept())
+        wanted, left = self.of_undo(number)
+        seen, known, entries = self.world.look(), self.world.known(), self.world.entries()
+        words = ("undo", str(number), "--force")
+        result = self.run(*words, fault=Fault("kill", self.chance.randrange(FIRST_KILL, LATEST_KILL)))
+        self.settle()
+        now = self.world.look()
+        for name in now:
+            self.require(now[name] in (seen[name], wanted.get(name, seen[name])), f"{name} is {now[name]!r}")
+        self.learn(seen, known, entries, result)
+        if number in self.kept():
+            self.go(words, wanted, left, True)
 
     def undo_what_is_gone(self):
         gone = [number for number in self.before if number not in self.world.entries()]
@@ -188,7 +212,6 @@ class History:
 
     def commit(self):
         self.change("commit-config")
-        self.is_interrupted = True  # a commit may know more without an entry
 
     def set_option(self):
         self.change("option", "set", "REALM", self.word().upper() + ".ORG")
@@ -236,9 +259,8 @@ class History:
             self.world.decorate(name, self.chance)
 
     def step(self):
-        self.is_interrupted = False
         ways = ((self.commit, 5), (self.set_option, 3), (self.edit, 6), (self.keep, 2), (self.install, 1),
-                (self.process, 1), (self.roll_back, 2), (self.ship, 1), (self.hand, 4), (self.undo_any, 4),
+                (self.process, 1), (self.roll_back, 2), (self.ship, 1), (self.hand, 4), (self.undo_any, 4), (self.undo_killed, 3),
                 (self.undo_what_is_gone, 1), (self.go_back, 2))
         way = self.chance.choices([way for way, _ in ways], [weight for _, weight in ways])[0]
         way()
@@ -267,6 +289,10 @@ def play(options, seed, base):
     except Wrong as reason:
         print(f"seed {seed}, step {len(history.steps)}: {reason}\n  the last steps:")
         print("".join(f"    {step}\n" for step in history.steps[-12:]))
+        if options.seed is not None:
+            kept = tempfile.mkdtemp(prefix="zet-histories-kept.")
+            shutil.copytree(world.root, kept, symlinks=True, dirs_exist_ok=True)
+            print(f"    the host is kept as {kept}")
         print(f"    again: {sys.argv[0]} --programs {options.programs} --injector {options.injector} --seed {seed}")
         return len(history.steps), 1
     return len(history.steps), 0

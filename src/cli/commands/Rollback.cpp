@@ -30,7 +30,9 @@ void TellTarget(Session& session, const FileOutcome& outcome) {
 int RollBackToEntry(Session& session, const RollbackOptions& asked) {
     if (asked.entry.size() > 1 || !asked.targets.empty())
         throw UsageError("--to takes one entry, and goes back to it as a whole (leave TARGET out)");
-    BeginUndoReport(session);
+    BeginTargets(session,
+                 [](Session& told, const FileOutcome& outcome) { ReportFile(told, outcome, "targets"); });
+    session.Out().AddList("problems");
     const std::int64_t entry = EntryNumber(asked.entry.front());
     return ReportUndo(session, RollBackTo(session.Product(), entry, {asked.force, asked.keepEdits}));
 }

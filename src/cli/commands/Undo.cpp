@@ -36,23 +36,23 @@ void TellFurther(Session& session, const UndoResult& result) {
                        std::to_string(result.undone) + further);
 }
 
-int RunUndo(Session& session, const UndoWords& asked) {
-    BeginUndoReport(session);
+void BeginUndoReport(Session& session) {
+    BeginFileReport(session);
     session.Out().Set("undone", nullptr);
     session.Out().Set("further", nullptr);
+    session.Out().AddList("problems");
+    session.Out().AddList("restart");
+    session.TellFilesBy([](Session& told, const FileOutcome& outcome) { ReportFile(told, outcome); });
+}
+
+int RunUndo(Session& session, const UndoWords& asked) {
+    BeginUndoReport(session);
     const UndoResult result = Undo(session.Product(), OptionsOf(asked));
     TellFurther(session, result);
     return ReportUndo(session, result);
 }
 
 }  // namespace
-
-void BeginUndoReport(Session& session) {
-    BeginFileReport(session);
-    session.Out().AddList("problems");
-    session.Out().AddList("restart");
-    session.TellFilesBy([](Session& told, const FileOutcome& outcome) { ReportFile(told, outcome); });
-}
 
 int ReportUndo(Session& session, const UndoResult& result) {
     for (const Problem& problem : result.problems) {

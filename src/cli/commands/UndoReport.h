@@ -7,10 +7,7 @@
 /// What the commands tell that go back by the history.
 namespace ZET::Cli {
 
-/// Gives the document the fields that it has even if the command fails.
-void BeginUndoReport(Session& session);
-
-/// Returns the exit status that belongs to it.
+/// What keeps files from going back, and the entry that was made. Returns the exit status that belongs to it.
 int ReportUndo(Session& session, const UndoResult& result);
 
 }  // namespace ZET::Cli

@@ -48,7 +48,6 @@ void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending end
             file.kind == file.kindBefore && file.before.knowledge == file.after.knowledge;
         if (isKnownAnew && !isNothingNew) return settlement.changed.push_back(AsItIs(planned, now));
         settlement.untouched.push_back(file.path);
-        if (isKnownAnew && !planned.left) settlement.known.push_back(AsItIs(planned, now));
         return;
     }
     const bool isAsPlanned = file.IsPlanned() && CarriesTheSame(now.state, file.after);

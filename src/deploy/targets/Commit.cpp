@@ -82,6 +82,7 @@ class Execution {
             ExpectWorkingCopy(m_recording, m_product, planned.target.templateName);
         }
         if (m_recording.IsEmpty()) return;
+        ExpectUnchanged();
         ExpectedFile status;
         status.kind = FileKind::Status;
         status.path = m_product.State().Status(m_product.Role());
@@ -89,6 +90,18 @@ class Execution {
         if (m_product.Role() != Role::Client) return;
         status.path = m_product.State().FileServerStatus();
         m_recording.Expect(status);
+    }
+
+    /// An entry that is taken back takes back what was known of these, too.
+    void ExpectUnchanged() {
+        for (const PlannedTarget& planned : m_plan.Targets()) {
+            if (planned.IsChange() || IsKnown(planned)) continue;
+            ExpectedFile file;
+            file.path = planned.path;
+            file.kind = FileKind::Target;
+            file.knowledge = KnowledgeOf(planned);
+            m_recording.Expect(file);
+        }
     }
 
     ExpectedFile Expected(const PlannedTarget& planned) const {
@@ -123,9 +136,10 @@ class Execution {
         return knowledge;
     }
 
-    /// A target that is as it would be rendered is a committed one from now on.
+    /// A target that is as it would be rendered is a committed one from now on. Where others were changed, the
+    /// entry says so.
     void RememberUnchanged() {
-        if (!m_recording.IsOn()) return;
+        if (!m_recording.IsOn() || m_recording.Number()) return;
         std::vector<FileToRecord> files;
         for (const PlannedTarget& planned : m_plan.Targets())
             if (!planned.IsChange() && !IsKnown(planned)) files.push_back(Remembered(planned));

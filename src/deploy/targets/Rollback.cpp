@@ -335,9 +335,13 @@ class Rollback {
         if (file.knowledge) file.knowledge->roles.erase(m_product.Role());
         const std::uint64_t longest = m_product.HostHistory().Limits().largestText;
         if (step.action == Step::Action::LeaveToOtherRole) {
-            if (m_known.Has(file.path, m_otherRole)) file.kind = FileKind::Target;
             // What somebody else makes of it meanwhile is not the product's work.
             file.after = Capture(file.path, longest);
+            const KnownFile* const known = m_known.Find(file.path);
+            if (!m_known.Has(file.path, m_otherRole)) return file;
+            file.kind = FileKind::Target;
+            // Somebody may have edited it since.
+            file.left = known->state;
             return file;
         }
         file.after = step.hasReserve ? Capture(step.file.Reserve(), longest) : CapturedFile();

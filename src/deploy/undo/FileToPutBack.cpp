@@ -109,7 +109,9 @@ void FileToPutBack::Capture() {
 /// Of the state that it has, it is only asked whether it is as the entry left it, or back already.
 void FileToPutBack::LookAt(const RecordedFile& row, const char* suffix, std::optional<CapturedFile>& now,
                            std::optional<CapturedFile>& wanted) {
-    wanted = CapturedFile{row.before, ""};
+    const bool isWritten = m_change.isWritten || &now != &m_now.file;
+    wanted = isWritten ? CapturedFile{row.before, ""} : now;
+    if (!isWritten) return;
     // A later commit that changes nothing else writes the time of the commit anew.
     const bool isAsLeft = now->IsAs(row.after) || row.kind == FileKind::Status;
     if (isAsLeft || now->IsAs(row.before)) return;
@@ -207,6 +209,8 @@ FileKind FileToPutBack::KindAfter() const {
 
 std::optional<RecordedState> FileToPutBack::LeftThen() const {
     if (KindAfter() == FileKind::Original || IsKnownByNewer()) return std::nullopt;
+    // Who changes what is known of an edited file alone, leaves it edited.
+    if (!m_change.isWritten) return m_known ? std::optional(m_known->state) : std::nullopt;
     return m_change.file->leftBefore;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "deploy/state/CapturedFile.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -36,6 +37,8 @@ void RecordedChanges::Add(const RecordedEntry& entry, const std::vector<Recorded
                                                 : file.path);
         change.roles.insert(entry.role);
         change.newest = std::max(change.newest, entry.number);
+        const bool isWritten = !CapturedFile{file.before, ""}.IsAs(file.after);
+        change.isWritten = change.isWritten || (isWritten && !isReserve && !isAbsence);
         Precede(isReserve ? change.reserve : isAbsence ? change.absence : change.file, file);
     }
 }
@@ -43,7 +46,7 @@ void RecordedChanges::Add(const RecordedEntry& entry, const std::vector<Recorded
 RecordedChange& RecordedChanges::Of(const std::string& name) {
     RecordedChange*& change = m_byName[name];
     if (change == nullptr) {
-        m_changes.push_back({name, {}, {}, {}, {}, 0});
+        m_changes.push_back({name, {}, {}, {}, {}, 0, false});
         change = &m_changes.back();
     }
     return *change;

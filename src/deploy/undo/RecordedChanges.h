@@ -22,6 +22,7 @@ struct RecordedChange {
     std::optional<RecordedFile> absence;
     std::set<Role> roles;     ///< whose commands did it
     std::int64_t newest = 0;  ///< the last of the entries
+    bool isWritten = false;   ///< the file itself was; else only something else is known of it
 };
 
 /// What one entry did, or several.

@@ -62,6 +62,7 @@ class WayBack {
         change.file.emplace();
         change.file->path = name;
         change.file->kind = FileKind::Status;
+        change.isWritten = true;
         m_files.emplace_back(m_product, std::move(change));
         for (Problem& problem : m_files.back().Look(m_writing, m_others))
             result.problems.push_back(std::move(problem));
