@@ -57,16 +57,18 @@ _zet() {
         check-config) options+=' --run-checks --no-checks' words=$(_zet_templates) ;;
         status) options+=' --changed' ;;
         rollback-config) options+=' --force' files=-f ;;
-        template) words='install process' ;;
+        template) words='list status diff install process upgrade' ;;
         param | line) words='get set restore' ;;
         file) words='strip reserve restore forget' ;;
         option) words='get set' ;;
         'template install') options+=' --force' words=$(_zet_templates) ;;
+        'template status' | 'template diff' | 'template upgrade') words=$(_zet_templates) ;;
         'template process') options+=' --value' words=$(_zet_templates) ;;
         'param set' | 'line set') options+=' --force --no-markers --no-backup' ;;
         'param restore' | 'line restore') options+=' --all-blocks --force --no-markers --no-backup' ;;
         'file strip') options+=' --force --no-backup' ;;
         'file forget') options+=' --force' ;;
+        doctor) options+=' --fix --no-backup' ;;
         help) words=$commands ;;
     esac
     case "$command $arguments" in

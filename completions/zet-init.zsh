@@ -60,16 +60,18 @@ _zet() {
         (check-config) options+=(--run-checks --no-checks) known=(${(f)"$(_zet_templates)"}) ;;
         (status) options+=(--changed) ;;
         (rollback-config) options+=(--force) ;;
-        (template) known=(install process) ;;
+        (template) known=(list status diff install process upgrade) ;;
         (param|line) known=(get set restore) ;;
         (file) known=(strip reserve restore forget) ;;
         (option) known=(get set) ;;
         ('template install') options+=(--force) known=(${(f)"$(_zet_templates)"}) ;;
+        ('template status'|'template diff'|'template upgrade') known=(${(f)"$(_zet_templates)"}) ;;
         ('template process') options+=(--value) known=(${(f)"$(_zet_templates)"}) ;;
         ('param set'|'line set') options+=(--force --no-markers --no-backup) ;;
         ('param restore'|'line restore') options+=(--all-blocks --force --no-markers --no-backup) ;;
         ('file strip') options+=(--force --no-backup) ;;
         ('file forget') options+=(--force) ;;
+        (doctor) options+=(--fix --no-backup) ;;
         (help) known=($commands) ;;
     esac
     if [[ $current == -* ]]; then
