@@ -513,3 +513,25 @@ damage_one_way() {
     run_zet doctor conf --no-backup
     assert_refusal 2 "--no-backup is for --fix (say both)"
 }
+
+@test "FixInTheDirectoryOfAnotherUserIsDoneWithHisRights" {
+    need_root
+    damage_one_way
+    mkdir his
+    mv conf his/conf
+    chown -R 65534:65534 his
+    run_zet doctor his/conf --fix
+    assert_status 0
+    cmp his/conf whole
+    assert_equal "$(stat -c '%u:%g %a' his/conf his/conf.before_zet | sort -u)" "65534:65534 644"
+}
+
+@test "FixOfALinkRepairsTheFileThatItLeadsTo" {
+    damage_one_way
+    mv conf real
+    ln -s real conf
+    run_zet doctor conf --fix
+    assert_status 0
+    assert_equal "$(readlink conf)" real
+    cmp real whole
+}
