@@ -68,11 +68,12 @@ _zet() {
         status) options+=' --changed' ;;
         rollback-config) options+=' --force --keep-edits --to' files=-f ;;
         undo) options+=' --force --merge' ;;
-        template) words='install process' ;;
+        template) words='list status diff install process upgrade' ;;
         param | line) words='get set restore' ;;
         file) words='strip reserve restore forget' ;;
         option) words='get set' ;;
         'template install') options+=' --force' words=$(_zet_templates) ;;
+        'template status' | 'template diff' | 'template upgrade') words=$(_zet_templates) ;;
         'template process') options+=' --value' words=$(_zet_templates) ;;
         'param set' | 'line set') options+=' --force --no-markers --no-backup' ;;
         'param restore' | 'line restore') options+=' --all-blocks --force --no-markers --no-backup' ;;
@@ -83,6 +84,7 @@ _zet() {
             [[ $arguments -ne 0 ]] || words='show diff export erase'
             ;;
         'history show') options+=' --after' ;;
+        doctor) options+=' --fix --no-backup' ;;
         help) words=$commands ;;
     esac
     case "$command $arguments" in

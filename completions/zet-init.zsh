@@ -73,11 +73,12 @@ _zet() {
         (status) options+=(--changed) ;;
         (rollback-config) options+=(--force --keep-edits --to) ;;
         (undo) options+=(--force --merge) ;;
-        (template) known=(install process) ;;
+        (template) known=(list status diff install process upgrade) ;;
         (param|line) known=(get set restore) ;;
         (file) known=(strip reserve restore forget) ;;
         (option) known=(get set) ;;
         ('template install') options+=(--force) known=(${(f)"$(_zet_templates)"}) ;;
+        ('template status'|'template diff'|'template upgrade') known=(${(f)"$(_zet_templates)"}) ;;
         ('template process') options+=(--value) known=(${(f)"$(_zet_templates)"}) ;;
         ('param set'|'line set') options+=(--force --no-markers --no-backup) ;;
         ('param restore'|'line restore') options+=(--all-blocks --force --no-markers --no-backup) ;;
@@ -85,6 +86,7 @@ _zet() {
         ('file forget') options+=(--force) ;;
         (history) options+=(-N --count) known=(show diff export erase) ;;
         ('history show') options+=(--after) ;;
+        (doctor) options+=(--fix --no-backup) ;;
         (help) known=($commands) ;;
     esac
     if [[ $current == -* ]]; then

@@ -441,3 +441,97 @@ assert_nearly() {
     assert_status 1
     [[ $output == *"+++ b/"* ]]
 }
+
+# damage: one thing that is certain.
+damage_one_way() {
+    sed -i '12s/^/  /' conf
+}
+
+@test "FixWritesTheCertainRepairAndKeepsAReserve" {
+    rm conf.before_zet
+    damage_one_way
+    cp conf damaged
+    run_zet doctor conf --fix
+    assert_status 0
+    [[ $output == *$'\n'"conf: changed, the original is kept as conf.before_zet"$'\n' ]]
+    cmp conf whole
+    cmp conf.before_zet damaged
+    run_zet doctor conf --fix
+    assert_success "conf: unchanged, no damage"
+}
+
+@test "FixIsAnEntryOfTheHistory" {
+    damage_one_way
+    chmod 600 conf
+    run_zet doctor conf --fix --no-backup --json
+    assert_status 0
+    assert_json 'd["entry"]' 3
+    assert_json 'd["files"][0]["result"]' changed
+    assert_equal "$(stat -c %a conf)" 600
+}
+
+@test "FixWithoutABackupMakesNone" {
+    rm conf.before_zet
+    damage_one_way
+    run_zet doctor conf --fix --no-backup
+    assert_status 0
+    assert_absent conf.before_zet
+    cmp conf whole
+}
+
+@test "FixInTrialWritesNothing" {
+    damage_one_way
+    remember_host
+    run_zet doctor conf --fix -n --diff
+    assert_status 3
+    [[ $output == *"conf: would be changed"*"+# ----ZET_END----"* ]]
+    assert_host_unchanged
+}
+
+@test "FixTellsWhatStaysAmbiguousAndWritesTheRest" {
+    damage_one_way
+    printf '# ---ZET_BEGIN---\nlonely\nmore\n' >>conf
+    run_zet doctor conf --json
+    assert_json 'sorted({p["ambiguous"] for p in d["problems"]})' '[false, true]'
+    run_zet doctor conf --fix
+    assert_status 1
+    [[ $output == *"(ambiguous: either "*"conf: changed"* ]]
+    run_zet doctor conf --json
+    assert_json '{p["ambiguous"] for p in d["problems"]} == {True}' true
+}
+
+@test "FixRefusesWhereNothingIsCertain" {
+    printf '# ---ZET_BEGIN---\nlonely\nmore\n' >conf
+    remember_host
+    run_zet doctor conf --fix
+    assert_status 1
+    assert_stderr "zet-client: error: conf: has no damage that can be repaired in one way only, and was not changed (choose a repair, and make it by hand)"
+    assert_host_unchanged
+}
+
+@test "NoBackupWithoutFixIsWrongUse" {
+    run_zet doctor conf --no-backup
+    assert_refusal 2 "--no-backup is for --fix (say both)"
+}
+
+@test "FixInTheDirectoryOfAnotherUserIsDoneWithHisRights" {
+    need_root
+    damage_one_way
+    mkdir his
+    mv conf his/conf
+    chown -R 65534:65534 his
+    run_zet doctor his/conf --fix
+    assert_status 0
+    cmp his/conf whole
+    assert_equal "$(stat -c '%u:%g %a' his/conf his/conf.before_zet | sort -u)" "65534:65534 644"
+}
+
+@test "FixOfALinkRepairsTheFileThatItLeadsTo" {
+    damage_one_way
+    mv conf real
+    ln -s real conf
+    run_zet doctor conf --fix
+    assert_status 0
+    assert_equal "$(readlink conf)" real
+    cmp real whole
+}

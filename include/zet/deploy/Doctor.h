@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "zet/ZETApi.h"
+#include "zet/deploy/EditOptions.h"
+#include "zet/deploy/FileOutcome.h"
 #include "zet/deploy/Product.h"
 
 namespace ZET::Deploy {
@@ -26,6 +28,15 @@ struct Diagnosis {
 
 /// What is lost, doubled, nested or changed by hand among the markers of a file. Nothing is written.
 ZET_API Diagnosis Diagnose(Product& product, const std::string& file);
+
+struct Repair {
+    Diagnosis found;      ///< before
+    FileOutcome outcome;  ///< unchanged where there was no damage
+};
+
+/// Writes what is certain of the repair, as an edit that can be undone; of the options, only `noBackup`
+/// counts. What has several choices stays. Where nothing is certain, that is a `Failure`.
+ZET_API Repair Fix(Product& product, const std::string& file, const EditOptions& options = EditOptions());
 
 }  // namespace ZET::Deploy
 

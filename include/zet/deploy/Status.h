@@ -34,6 +34,8 @@ struct ZET_API TargetStates {
     std::vector<TargetState> targets;
     std::vector<std::string> leftOvers;  ///< committed, and not in the list any more
     std::vector<EditState> edits;        ///< of single lines of files that are no targets
+    std::vector<std::string>
+        newerTemplates;  ///< of which another text is shipped than the working copy is of
 
     bool IsAnyUnknown() const;
     bool IsInSync() const;

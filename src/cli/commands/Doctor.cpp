@@ -1,8 +1,10 @@
 #include "cli/ExitStatus.h"
 #include "cli/Fields.h"
-#include "cli/Session.h"
+#include "cli/FileReport.h"
+#include "cli/commands/EditArguments.h"
 #include "cli/commands/Registrations.h"
-#include "deploy/edit/FileDiagnosis.h"
+#include "deploy/edit/FileRepair.h"
+#include "deploy/host/Failure.h"
 #include "text/ChangedLines.h"
 #include "zet/ZETProblem.h"
 
@@ -10,8 +12,9 @@ namespace ZET::Cli {
 
 namespace {
 
-struct DoctorOptions {
+struct DoctorOptions : EditOptions {
     std::string file;
+    bool fix = false;
 };
 
 std::string Remedy(const MarkerDamage& damage) {
@@ -34,15 +37,35 @@ void ReportDamage(Report& out, const std::string& path, const MarkerDamage& dama
     out.Line(problem.Describe());
 }
 
-void TellRepair(Session& session, const FileDiagnosis& file) {
+/// What was only looked at is shown; of what is written, there is the diff that --diff shows.
+void TellRepair(Session& session, const FileDiagnosis& file, bool isShown) {
     Secrets& secrets = session.Product().HostSecrets();
     if (secrets.Hides(file.path)) {
+        if (!isShown) return;
         session.Out().Remark(file.path + ": the repair: " + ChangedLines(file.repair) + " (" +
                              secrets.Excuse(file.path) + ")");
         return;
     }
     session.Out().Set("repair", file.repair);
-    session.Out().Diff(file.repair);
+    if (isShown) session.Out().Diff(file.repair);
+}
+
+/// False when there is none.
+bool TellDamage(Session& session, const FileDiagnosis& file, bool isShown) {
+    Report& out = session.Out();
+    out.Set("path", session.Product().HostPaths().RealName(file.path));
+    out.Set("secret", file.isPrivate);
+    for (const MarkerDamage& damage : file.diagnosis.damages)
+        ReportDamage(out, file.path, damage);
+    if (!file.repair.empty()) TellRepair(session, file, isShown);
+    return !file.diagnosis.damages.empty();
+}
+
+int Fix(Session& session, const DoctorOptions& asked) {
+    FileRepair repair(session.Product(), asked.file);
+    TellDamage(session, repair.Found(), false);
+    const int status = ReportFile(session, repair.Make(asked.noBackup));
+    return repair.IsAnyLeft() ? kFailed : status;
 }
 
 int Doctor(Session& session, const DoctorOptions& asked) {
@@ -52,25 +75,23 @@ int Doctor(Session& session, const DoctorOptions& asked) {
     out.Set("secret", nullptr);
     out.Set("repair", nullptr);
     out.AddList("problems");
+    BeginFileReport(session);
+    if (asked.fix) return Fix(session, asked);
+    if (asked.noBackup) throw UsageError("--no-backup is for --fix (say both)");
     const FileDiagnosis file = DiagnoseFile(session.Product(), asked.file);
-    out.Set("path", session.Product().HostPaths().RealName(file.path));
-    out.Set("secret", file.isPrivate);
-    for (const MarkerDamage& damage : file.diagnosis.damages)
-        ReportDamage(out, file.path, damage);
-    if (file.diagnosis.damages.empty()) {
-        out.Line(file.path + ": no damage");
-        return kDone;
-    }
-    if (!file.repair.empty()) TellRepair(session, file);
-    return kFailed;
+    if (TellDamage(session, file, true)) return kFailed;
+    out.Line(file.path + ": no damage");
+    return kDone;
 }
 
 }  // namespace
 
 void RegisterDoctor(CommandLine& line) {
-    line.Single(Subject::AnyFile)
-        .Add<DoctorOptions>("doctor", "Tell damaged markers of a file and a repair", Doctor)(
-            "FILE", &DoctorOptions::file, "The file");
+    auto command = line.Single(Subject::AnyFile)
+                       .Add<DoctorOptions>("doctor", "Tell damaged markers of a file and a repair", Doctor);
+    command("FILE", &DoctorOptions::file, "The file");
+    command.Flag("--fix", &DoctorOptions::fix, "Write what is certain of the repair");
+    AddNoBackup(command);
 }
 
 }  // namespace ZET::Cli

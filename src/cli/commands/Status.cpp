@@ -28,6 +28,7 @@ void BeginStatus(Session& session) {
     session.Out().Set("file_server", nullptr);
     session.Out().AddList("targets");
     session.Out().AddList("edits");
+    session.Out().AddList("newer_templates");
 }
 
 void TellRole(Session& session, const RoleStatus& status) {
@@ -78,6 +79,18 @@ void TellEdits(Session& session, const std::vector<EditState>& edits, bool onlyC
     }
 }
 
+/// The exit status does not depend on them: what was committed is in sync without them.
+void TellNewer(Session& session, const std::vector<std::string>& names) {
+    std::string text;
+    for (const std::string& name : names) {
+        session.Out().Add("newer_templates", name);
+        text += (text.empty() ? "" : ", ") + name;
+    }
+    if (text.empty()) return;
+    session.Out().Line("newer shipped templates: " + text + " (\"" + session.Asked().program +
+                       " template upgrade\" takes them over)");
+}
+
 int Status(Session& session, const StatusOptions& asked) {
     const SignalGuard signals;
     BeginStatus(session);
@@ -88,6 +101,7 @@ int Status(Session& session, const StatusOptions& asked) {
     }
     session.Out().Line(CountsOf(states.targets));
     TellEdits(session, states.edits, asked.changed);
+    TellNewer(session, states.newerTemplates);
     for (const std::string& path : states.leftOvers) {
         session.Out().Warning(path +
                               ": was committed and is not in the list of targets any more "

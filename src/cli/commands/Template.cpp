@@ -1,8 +1,8 @@
 #include "cli/Assignments.h"
 #include "cli/ExitStatus.h"
-#include "cli/Fields.h"
 #include "cli/FileReport.h"
 #include "cli/commands/Registrations.h"
+#include "cli/commands/TemplateCommands.h"
 #include "deploy/host/Failure.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Templates.h"
@@ -36,14 +36,6 @@ StringMap ExtraValues(const std::vector<std::string>& assignments) {
     return values;
 }
 
-bool TellProblems(Session& session, const std::vector<Problem>& problems) {
-    for (const Problem& problem : problems) {
-        session.Out().Error(problem.Describe());
-        session.Out().Add("problems", FieldsOf(problem));
-    }
-    return !problems.empty();
-}
-
 /// Prints what the template renders to, and writes nothing.
 int PrintRendering(Session& session, const Rendering& rendering) {
     Deployment& product = session.Product();
@@ -55,10 +47,6 @@ int PrintRendering(Session& session, const Rendering& rendering) {
     session.Out().Set("text", text);
     session.Out().Text(text);
     return kDone;
-}
-
-void TellFile(Session& session, const FileOutcome& outcome) {
-    ReportFile(session, outcome);
 }
 
 int Install(Session& session, const InstallOptions& asked) {
@@ -89,6 +77,7 @@ int Process(Session& session, const ProcessOptions& asked) {
 
 void RegisterTemplate(CommandLine& line) {
     auto family = line.Family("template", "Work on single templates", Subject::Product);
+    AddTemplateStates(family);
     family.Add<InstallOptions>("install", "Install the working copy of a template", Install)
         .Some("NAME", &InstallOptions::names, "The templates")
         .Flag("--force", &InstallOptions::force, "Over a differing one, which is kept as NAME.old");
@@ -97,6 +86,7 @@ void RegisterTemplate(CommandLine& line) {
             "NAME", &ProcessOptions::name, "The template")("TARGET", &ProcessOptions::target,
                                                            "The file, or - for standard output")
         .Assignments("--value", &ProcessOptions::values, "Another value for this run (NAME without ${})");
+    AddTemplateUpgrade(family);
 }
 
 }  // namespace ZET::Cli

@@ -1,5 +1,8 @@
+#include <utility>
+
 #include "deploy/edit/FileDiagnosis.h"
 #include "deploy/edit/FileExplanation.h"
+#include "deploy/edit/FileRepair.h"
 #include "deploy/face/Parts.h"
 #include "deploy/targets/TargetStates.h"
 #include "zet/deploy/Doctor.h"
@@ -27,14 +30,24 @@ Explanation Explain(Product& product, const std::string& file) {
     return result;
 }
 
+static Diagnosis Told(Deployment& deployment, const FileDiagnosis& found) {
+    Diagnosis result{found.path, {}, ""};
+    for (const MarkerDamage& damage : found.diagnosis.damages)
+        result.problems.push_back({damage.line, damage.kind, damage.text, damage.remedies});
+    if (!deployment.HostSecrets().Hides(found.path)) result.repair = found.repair;
+    return result;
+}
+
 Diagnosis Diagnose(Product& product, const std::string& file) {
+    return Use(product,
+               [&](Deployment& deployment) { return Told(deployment, DiagnoseFile(deployment, file)); });
+}
+
+Repair Fix(Product& product, const std::string& file, const EditOptions& options) {
     return Use(product, [&](Deployment& deployment) {
-        const FileDiagnosis found = DiagnoseFile(deployment, file);
-        Diagnosis result{found.path, {}, ""};
-        for (const MarkerDamage& damage : found.diagnosis.damages)
-            result.problems.push_back({damage.line, damage.kind, damage.text, damage.remedies});
-        if (!deployment.HostSecrets().Hides(found.path)) result.repair = found.repair;
-        return result;
+        FileRepair repair(deployment, file);
+        Diagnosis found = Told(deployment, repair.Found());
+        return Repair{std::move(found), repair.Make(options.noBackup)};
     });
 }
 

@@ -9,6 +9,7 @@
 #include "deploy/state/Recording.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/Render.h"
+#include "deploy/targets/TemplateFiles.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETFiles.h"
 
@@ -71,6 +72,7 @@ class Execution {
         }
         m_recording.Complete();
         RememberUnchanged();
+        RememberShipped();
         m_product.Out().Restarts(m_plan.RestartsOf(m_plan.Targets()));
     }
 
@@ -144,6 +146,17 @@ class Execution {
         for (const PlannedTarget& planned : m_plan.Targets())
             if (!planned.IsChange() && !IsKnown(planned)) files.push_back(Remembered(planned));
         if (!files.empty()) m_product.HostHistory().ToRecord().Remember(files);
+    }
+
+    /// Working copies from before there was a history, or that came there by hand.
+    void RememberShipped() {
+        if (!m_recording.IsOn()) return;
+        for (const PlannedTarget& planned : m_plan.Targets()) {
+            const TemplateFiles files = FilesOfTemplate(m_product, planned.target.templateName);
+            const KnownFile* const known = m_plan.Known().Find(files.workingCopy);
+            const bool hasBase = known != nullptr && known->state.knowledge.base;
+            if (!hasBase) RememberShippedBase(m_product, files);
+        }
     }
 
     bool IsKnown(const PlannedTarget& planned) const {

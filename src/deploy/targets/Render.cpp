@@ -12,6 +12,7 @@
 #include "deploy/state/Overrides.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/Secrets.h"
+#include "deploy/targets/TemplateFiles.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -83,9 +84,8 @@ void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& temp
     ExpectedFile file;
     file.path = workingCopy;
     file.kind = FileKind::Template;
-    file.after = Capture(host.FilePath(host.HostPaths().NameInside(pristine)),
-                         host.HostHistory().Limits().largestText);
-    file.base = file.after->text;
+    SetShipped(file, Capture(host.FilePath(host.HostPaths().NameInside(pristine)),
+                             host.HostHistory().Limits().largestText));
     recording.Expect(file);
 }
 

@@ -15,6 +15,7 @@
 #include "deploy/targets/Render.h"
 #include "deploy/targets/TargetCheck.h"
 #include "deploy/targets/Targets.h"
+#include "deploy/targets/TemplateStates.h"
 #include "text/RegionScan.h"
 
 namespace ZET::Deploy {
@@ -93,6 +94,18 @@ std::string StateOfEdit(const KnownFiles& known, const std::string& path) {
     return now.IsRegular() && HasBlocks(path) ? "changed" : "gone";
 }
 
+/// One that cannot be looked at is told with its target.
+std::vector<std::string> NewerTemplates(Host& host, const std::vector<Target>& targets) {
+    if (targets.empty()) return {};
+    std::vector<std::string> names;
+    for (const Target& target : targets)
+        names.push_back(target.templateName);
+    std::vector<std::string> newer;
+    for (const TemplateState& state : TemplateStates(host, names))
+        if (state.hasNewer) newer.push_back(state.name);
+    return newer;
+}
+
 }  // namespace
 
 RoleStatus RoleStatusOf(HostProduct& product) {
@@ -126,6 +139,7 @@ TargetStates StatesOfTargets(Deployment& product) {
     }
     for (const std::string& path : known.EditedPaths())
         if (listed.count(path) == 0) result.edits.push_back({path, StateOfEdit(known, path)});
+    result.newerTemplates = NewerTemplates(product, targets);
     return result;
 }
 

@@ -1,14 +1,12 @@
-#include <map>
-
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/state/Instructions.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/state/Recording.h"
-#include "deploy/targets/ClaimedFiles.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
+#include "deploy/targets/TemplateFiles.h"
 #include "deploy/targets/Templates.h"
 #include "posix/PathNames.h"
 #include "zet/ZETFiles.h"
@@ -26,8 +24,9 @@ class Installation {
         : m_product(product),
           m_name(name),
           m_isForced(isForced),
-          m_pristine(product.Param("ZET_CFG_TEMPL_DIR") + "/" + name),
-          m_path(WorkingCopy(product, name)),
+          m_files(FilesOfTemplate(product, name)),
+          m_pristine(m_files.shipped),
+          m_path(m_files.workingCopy),
           m_old(m_path + kOldSuffix) {}
 
     const std::string& Name() const { return m_name; }
@@ -40,12 +39,7 @@ class Installation {
 
     /// Throws whatever would keep it from being installed; until all were checked, none is installed.
     void Check() {
-        for (const std::string& file : {m_pristine, m_path}) {
-            if (!m_product.HostPaths().StaysInside(file))
-                throw Failure({.file = file,
-                               .text = "is a link that leads out of the root directory",
-                               .remedy = "put a file there"});
-        }
+        RequireInside(m_product, m_files);
         if (!IsFileExist(m_pristine)) {
             throw Failure({.file = m_pristine,
                            .text = "the template is missing",
@@ -83,9 +77,13 @@ class Installation {
             recording.Expect(file);
         }
         file.path = m_path;
-        file.after = Capture(m_pristine, longest);
-        file.base = file.after->text;
+        SetShipped(file, Capture(m_pristine, longest));
         recording.Expect(file);
+    }
+
+    /// One that was the same already may have come there by hand.
+    void Remember() const {
+        if (m_isSame) RememberShippedBase(m_product, m_files);
     }
 
     FileOutcome Run() {
@@ -134,6 +132,7 @@ class Installation {
     Deployment& m_product;
     std::string m_name;
     bool m_isForced;
+    TemplateFiles m_files;
     std::string m_pristine;
     std::string m_path;
     std::string m_old;
@@ -141,28 +140,10 @@ class Installation {
     bool m_isSame = false;
 };
 
-/// All that they write. Two of them must not write the same file: what the first one kept would be lost.
-std::vector<std::string> FilesOf(Deployment& product, const std::vector<Installation>& installations) {
-    std::vector<std::string> files;
-    std::map<std::string, std::string> nameOf;
-    const Paths& paths = product.HostPaths();
-    const ClaimedFiles own(product);
-    for (const Installation& installation : installations) {
-        for (std::string& file : installation.Files()) {
-            const std::string use = own.UseBesideTargets(file);
-            if (!use.empty()) {
-                throw UsageError("NAME \"" + installation.Name() + "\" is installed as " + file +
-                                 ", which is " + use + " (give the template another name)");
-            }
-            const auto [other, isNew] =
-                nameOf.emplace(paths.Canonical(paths.NameInside(file)), installation.Name());
-            if (!isNew) {
-                throw UsageError("NAME \"" + installation.Name() + "\" is installed into the files of \"" +
-                                 other->second + "\" too (name each file once)");
-            }
-            files.push_back(std::move(file));
-        }
-    }
+std::vector<FilesToWrite> FilesOf(const std::vector<Installation>& installations) {
+    std::vector<FilesToWrite> files;
+    for (const Installation& installation : installations)
+        files.push_back({installation.Name(), installation.Files()});
     return files;
 }
 
@@ -181,7 +162,7 @@ bool InstallTemplates(Deployment& product, const std::vector<std::string>& names
         RequireTemplateName(name);
         installations.emplace_back(product, name, isForced);
     }
-    Writing writing(product, FilesOf(product, installations), Writing::Right::OfTheProduct);
+    Writing writing(product, AllToWrite(product, FilesOf(installations)), Writing::Right::OfTheProduct);
     for (Installation& installation : installations)
         installation.Check();
     Recording recording(product, Recording::Use::OfTheProduct, writing.Records());
@@ -197,6 +178,9 @@ bool InstallTemplates(Deployment& product, const std::vector<std::string>& names
         isAnyChange = isAnyChange || outcome.IsChange();
     }
     recording.Complete();
+    for (const Installation& installation : installations) {
+        if (recording.IsOn()) installation.Remember();
+    }
     return isAnyChange;
 }
 

@@ -21,6 +21,7 @@
 #include "zet/deploy/Status.h"
 #include "zet/deploy/Targets.h"
 #include "zet/deploy/TemplateCheck.h"
+#include "zet/deploy/Templates.h"
 #include "zet/deploy/Values.h"
 
 namespace ZET::Deploy {
@@ -331,6 +332,57 @@ TEST_F(FaceTest, MainFileThatIsBrokenIsAnErrorWithTheLine) {
     EXPECT_EQ(failure.Facts().file, At("zet.conf"));
     EXPECT_EQ(failure.Facts().line, 2);
     EXPECT_EQ(failure.Facts().text, "no \"=\" in the line");
+}
+
+/// Installs the working copies, and ships newer templates then.
+class UpgradeTest : public FaceTest {
+  protected:
+    UpgradeTest() {
+        Write(At("templates/one"), "first\nrealm ${realm}\nlast\n");
+        Product product(At("zet.conf"), m_options);
+        Plan plan = MakePlan(product);
+        Commit(product, plan);
+        Write(At("templates/one"), "first\nrealm ${realm}\nnewer\n");
+        Write(At("templates/two"), "newer\n");
+    }
+};
+
+TEST_F(UpgradeTest, WorkingCopiesAreBroughtUpToTheShippedTemplates) {
+    Write(At("etc/one"), "mine\nrealm ${realm}\nlast\n");
+    Product product(At("zet.conf"), m_options);
+    ASSERT_THAT(ListTemplates(product), SizeIs(2));
+    EXPECT_TRUE(ListTemplates(product)[1].isInstalled);
+    EXPECT_EQ(TemplateStates(product)[0].state, "edited, newer shipped");
+    EXPECT_EQ(TemplateStates(product)[1].state, "newer shipped");
+    EXPECT_THAT(StatusOf(product).targets.newerTemplates, ElementsAre("one", "two"));
+    Watcher watcher;
+    const Outcome outcome = UpgradeTemplates(product, {}, &watcher);
+    ASSERT_THAT(outcome.files, SizeIs(2));
+    EXPECT_TRUE(outcome.entry);
+    EXPECT_EQ(watcher.done, 2);
+    EXPECT_EQ(Read(At("etc/one")), "mine\nrealm ${realm}\nnewer\n");
+    EXPECT_EQ(Read(At("etc/two")), "newer\n");
+    EXPECT_THAT(StatusOf(product).targets.newerTemplates, IsEmpty());
+}
+
+TEST_F(UpgradeTest, ConflictIsAFailureWithItsPlaceAndWritesNothing) {
+    Write(At("etc/one"), "first\nrealm ${realm}\nmine\n");
+    Product product(At("zet.conf"), m_options);
+    const Failure failure = FailureIn([&] { UpgradeTemplates(product); });
+    EXPECT_THAT(failure.Lines(), StartsWith(At("etc/one") + ":3: was edited here"));
+    EXPECT_EQ(Read(At("etc/two")), "two\n");
+}
+
+TEST_F(FaceTest, CertainRepairIsWritten) {
+    Write(At("file"), "# ---ZET_BEGIN---\na=1\n  # ----ZET_END----\n");
+    Product product(At("zet.conf"), m_options);
+    const Repair repair = Fix(product, At("file"));
+    EXPECT_THAT(repair.found.problems, SizeIs(1));
+    EXPECT_EQ(repair.outcome.reserve, At("file.before_zet"));
+    EXPECT_EQ(Read(At("file")), "# ---ZET_BEGIN---\na=1\n# ----ZET_END----\n");
+    EXPECT_EQ(Fix(product, At("file")).outcome.result, Result::Unchanged);
+    Write(At("file"), "# ---ZET_BEGIN---\na=1\nb=2\n");
+    EXPECT_EQ(FailureIn([&] { Fix(product, At("file")); }).Facts().file, At("file"));
 }
 
 }  // namespace

@@ -1,0 +1,114 @@
+#include "deploy/targets/TemplateStates.h"
+
+#include "cli/ExitStatus.h"
+#include "cli/Fields.h"
+#include "cli/FileReport.h"
+#include "cli/commands/TemplateCommands.h"
+#include "deploy/host/FileState.h"
+#include "deploy/targets/ShownDiff.h"
+
+namespace ZET::Cli {
+
+namespace {
+
+struct NoOptions {};
+
+struct NamedTemplates {
+    std::vector<std::string> names;
+};
+
+std::string RolesOf(const ListedTemplate& listed) {
+    std::string text;
+    for (const Role role : listed.roles)
+        text += std::string(text.empty() ? "" : ", ") + NameOf(role);
+    return text;
+}
+
+int ListAll(Session& session, const NoOptions&) {
+    Report& out = session.Out();
+    out.AddList("templates");
+    for (const ListedTemplate& listed : ListTemplates(session.Product())) {
+        out.Line(listed.name + ": " + listed.target + " (" + RolesOf(listed) + "), " +
+                 (listed.isInstalled ? "installed" : "not installed"));
+        List roles;
+        for (const Role role : listed.roles)
+            roles.emplace_back(NameOf(role));
+        out.Add("templates", Fields{{"template", listed.name},
+                                    {"target", listed.target},
+                                    {"roles", std::move(roles)},
+                                    {"working_copy", listed.workingCopy},
+                                    {"installed", listed.isInstalled}});
+    }
+    return kDone;
+}
+
+Fields FieldsOf(const TemplateState& state) {
+    return {{"template", state.name},
+            {"working_copy", state.path},
+            {"shipped", state.shipped},
+            {"state", state.state}};
+}
+
+/// A template that nobody can look at is told, and fails the command.
+bool TellTrouble(Session& session, const TemplateState& state) {
+    if (state.trouble.empty()) return false;
+    session.Out().Error(state.name + ": its state cannot be told: " + state.trouble);
+    return true;
+}
+
+int TellStates(Session& session, const NamedTemplates& asked) {
+    session.Out().AddList("templates");
+    bool isAnyTrouble = false;
+    bool isAnyNewer = false;
+    for (const TemplateState& state : TemplateStates(session.Product(), asked.names)) {
+        isAnyTrouble = TellTrouble(session, state) || isAnyTrouble;
+        isAnyNewer = isAnyNewer || state.hasNewer;
+        session.Out().Line(state.path + ": " + state.state);
+        session.Out().Add("templates", FieldsOf(state));
+    }
+    if (isAnyTrouble) return kFailed;
+    return isAnyNewer ? kNotInSync : kDone;
+}
+
+/// What would change if the shipped one took the place of the working copy.
+void TellDifference(Session& session, const TemplateState& state) {
+    Deployment& product = session.Product();
+    const ShownDiff diff = DiffToShow(product, state.path, state.shipped, state.path);
+    TellDiff(session.Out(), diff);
+    const bool isHidden = !diff.excuse.empty();
+    Fields fields = FieldsOf(state);
+    fields.emplace_back("secret", diff.isPrivate);
+    fields.emplace_back("diff", isHidden ? Value(nullptr) : TextOrNull(diff.text));
+    fields.emplace_back("changed_lines",
+                        isHidden ? Value(List(diff.places.begin(), diff.places.end())) : Value(nullptr));
+    session.Out().Add("templates", std::move(fields));
+}
+
+int Diff(Session& session, const NamedTemplates& asked) {
+    session.Out().AddList("templates");
+    session.Wanted().wantsDiffs = true;
+    bool isAnyTrouble = false;
+    for (const TemplateState& state : TemplateStates(session.Product(), asked.names)) {
+        if (TellTrouble(session, state)) {
+            isAnyTrouble = true;
+        } else if (StateOf(state.path).exists && StateOf(state.shipped).exists) {
+            TellDifference(session, state);
+        } else if (!asked.names.empty()) {
+            session.Out().Remark(state.path + ": there is nothing to compare");
+        }
+    }
+    return isAnyTrouble ? kFailed : kDone;
+}
+
+}  // namespace
+
+void AddTemplateStates(CommandFamily& family) {
+    family.Add<NoOptions>("list", "List the templates, their targets and roles", ListAll);
+    family
+        .Add<NamedTemplates>("status", "Tell which working copies are edited, and what is newer", TellStates)
+        .Any("NAME", &NamedTemplates::names, "Only these templates");
+    family.Add<NamedTemplates>("diff", "Show how the shipped templates differ from the working copies", Diff)
+        .Any("NAME", &NamedTemplates::names, "Only these templates");
+}
+
+}  // namespace ZET::Cli

@@ -1,0 +1,32 @@
+#include "deploy/edit/FileRepair.h"
+
+#include <algorithm>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/state/OwnText.h"
+
+namespace ZET::Deploy {
+
+FileRepair::FileRepair(Deployment& product, const std::string& file)
+    : m_edit(product, file), m_found(DiagnoseFile(product, file)) {}
+
+FileOutcome FileRepair::Make(bool noBackup) {
+    if (m_found.diagnosis.damages.empty()) return m_edit.LeaveUnchanged("no damage");
+    if (m_found.repair.empty()) {
+        throw Failure({.file = m_found.path,
+                       .text = "has no damage that can be repaired in one way only, and was not changed",
+                       .remedy = "choose a repair, and make it by hand"});
+    }
+    const mode_t mode = ModeOf(m_edit.Path());
+    return m_edit.Make([&](const std::string& path) { SaveOwnText(path, m_found.diagnosis.repaired, mode); },
+                       noBackup);
+}
+
+bool FileRepair::IsAnyLeft() const {
+    const auto& damages = m_found.diagnosis.damages;
+    return std::any_of(damages.begin(), damages.end(),
+                       [](const MarkerDamage& damage) { return damage.IsAmbiguous(); });
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,39 @@
+#include "zet/deploy/Templates.h"
+
+#include "deploy/face/Parts.h"
+#include "deploy/targets/TemplateStates.h"
+#include "deploy/targets/TemplateUpgrade.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+void RequireNone(const std::vector<Problem>& problems) {
+    if (problems.empty()) return;
+    std::string lines;
+    for (const Problem& problem : problems)
+        lines += problem.Describe() + "\n";
+    throw Failure({.text = "the templates cannot be upgraded, and nothing was changed",
+                   .remedy = "solve these problems, or leave out the templates that have them",
+                   .output = lines});
+}
+
+}  // namespace
+
+std::vector<ListedTemplate> ListTemplates(Product& product) {
+    return Use(product, [](Deployment& deployment) { return ListTemplates(deployment); });
+}
+
+std::vector<TemplateState> TemplateStates(Product& product, const std::vector<std::string>& names) {
+    return Use(product, [&](Deployment& deployment) { return TemplateStates(deployment, names); });
+}
+
+Outcome UpgradeTemplates(Product& product, const std::vector<std::string>& names, Observer* observer) {
+    return product.Parts().relay.Collect(observer, [&] {
+        TemplateUpgrade upgrade(DeploymentOf(product), names);
+        RequireNone(upgrade.Problems());
+        upgrade.Run();
+    });
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,68 @@
+#include "deploy/state/OwnText.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/Remedy.h"
+#include "posix/Descriptor.h"
+#include "posix/ReadWrite.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr mode_t kPrivate = 0600;
+constexpr mode_t kModeBits = 07777;
+
+[[noreturn]] void Fail(const std::string& path, const char* text) {
+    const int error = errno;
+    throw SystemFailure({.file = path, .text = text}, error);
+}
+
+/// What a killed run left: a plain file of the caller's, or of the owner of the file that it was to become.
+bool IsLeftOver(const std::string& temporary, const std::string& name) {
+    struct stat found = {};
+    struct stat former = {};
+    if (lstat(temporary.c_str(), &found) != 0 || !S_ISREG(found.st_mode) || found.st_nlink != 1) return false;
+    if (found.st_uid == geteuid()) return true;
+    return lstat(name.c_str(), &former) == 0 && found.st_uid == former.st_uid;
+}
+
+/// A new file in any case: somebody may have a left-over open, which may have been readable by others.
+Descriptor OpenNew(const std::string& temporary, const std::string& name) {
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    const auto create = [&] {
+        return Descriptor(Uninterrupted([&] { return open(temporary.c_str(), kFlags, kPrivate); }));
+    };
+    Descriptor file = create();
+    if (file.IsOpen()) return file;
+    if (errno != EEXIST) Fail(temporary, "cannot be written");
+    if (IsLeftOver(temporary, name)) {
+        RemoveFile(temporary);
+        file = create();
+        if (file.IsOpen()) return file;
+    }
+    throw Failure({.file = temporary, .text = "is in the way, and not from here", .remedy = "move it away"});
+}
+
+}  // namespace
+
+void SaveOwnText(const std::string& name, const std::string& text, mode_t mode) {
+    const std::string temporary = name + ZETTemporarySuffix;
+    RemedyErrors("make room, or see to the rights of its directory; nothing was changed", [&] {
+        {
+            const Descriptor file = OpenNew(temporary, name);
+            if (!WriteAll(file, text)) Fail(temporary, "cannot be written");
+            if (fchmod(file, mode & kModeBits) != 0) Fail(temporary, "cannot get its mode");
+        }
+        RenameFile(temporary, name);
+    });
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,121 @@
+#include "deploy/targets/TemplateFiles.h"
+
+#include <map>
+#include <utility>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileState.h"
+#include "deploy/state/CapturedFile.h"
+#include "deploy/targets/ClaimedFiles.h"
+#include "deploy/targets/Render.h"
+#include "deploy/targets/Targets.h"
+#include "deploy/targets/Templates.h"
+#include "zet/ZETFiles.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// Under which the history knows it.
+std::string NameInHistory(const Host& host, const std::string& path) {
+    const Paths& paths = host.HostPaths();
+    return paths.NameInside(paths.WithRealDirectory(host.FilePath(paths.NameInside(path))));
+}
+
+bool IsWhole(const CapturedFile& file) {
+    return file.state.exists && file.text.size() == file.state.size;
+}
+
+void Remember(Host& host, const std::string& workingCopy, CapturedFile copy, const std::string& base) {
+    FileToRecord file;
+    file.file.path = NameInHistory(host, workingCopy);
+    file.file.kind = FileKind::Template;
+    file.file.after = std::move(copy.state);
+    file.textAfter = std::move(copy.text);
+    file.base = base;
+    host.HostHistory().ToRecord().Remember({file});
+}
+
+}  // namespace
+
+TemplateFiles FilesOfTemplate(Host& host, const std::string& name) {
+    return {name, host.Param("ZET_CFG_TEMPL_DIR") + "/" + name, WorkingCopy(host, name)};
+}
+
+std::vector<TemplateFiles> FilesOfTemplates(Host& host, const std::vector<std::string>& names) {
+    std::vector<TemplateFiles> files;
+    for (const std::string& name : names) {
+        RequireTemplateName(name);
+        files.push_back(FilesOfTemplate(host, name));
+    }
+    if (!names.empty()) return files;
+    for (const Target& target : SelectTargets(host, {}))
+        files.push_back(FilesOfTemplate(host, target.templateName));
+    return files;
+}
+
+std::vector<std::string> AllToWrite(Host& host, const std::vector<FilesToWrite>& templates) {
+    std::vector<std::string> all;
+    std::map<std::string, std::string> nameOf;
+    const Paths& paths = host.HostPaths();
+    const ClaimedFiles own(host);
+    for (const FilesToWrite& written : templates) {
+        const std::string& name = written.templateName;
+        for (const std::string& file : written.files) {
+            const std::string use = own.UseBesideTargets(file);
+            if (!use.empty()) {
+                throw UsageError("NAME \"" + name + "\" is installed as " + file + ", which is " + use +
+                                 " (give the template another name)");
+            }
+            const auto [other, isNew] = nameOf.emplace(paths.Canonical(paths.NameInside(file)), name);
+            if (!isNew) {
+                throw UsageError("NAME \"" + name + "\" is installed into the files of \"" + other->second +
+                                 "\" too (name each file once)");
+            }
+            all.push_back(file);
+        }
+    }
+    return all;
+}
+
+void RequireInside(Host& host, const TemplateFiles& files) {
+    for (const std::string& file : {files.shipped, files.workingCopy}) {
+        if (!host.HostPaths().StaysInside(file))
+            throw Failure({.file = file,
+                           .text = "is a link that leads out of the root directory",
+                           .remedy = "put a file there"});
+    }
+}
+
+void SetShipped(ExpectedFile& workingCopy, CapturedFile shipped) {
+    if (IsWhole(shipped)) workingCopy.base = shipped.text;
+    workingCopy.after = std::move(shipped);
+}
+
+CopyMemory MemoryOf(Host& host, const std::string& workingCopy) {
+    Store* const store = host.HostHistory().ToLookIfUsable();
+    const std::optional<KnownFile> known =
+        store != nullptr ? store->Known(NameInHistory(host, workingCopy)) : std::nullopt;
+    if (!known) return {};
+    CopyMemory memory;
+    memory.mode = known->state.mode;
+    if (known->state.knowledge.base) memory.base = store->Text(*known->state.knowledge.base);
+    return memory;
+}
+
+void RememberBase(Host& host, const std::string& workingCopy, const std::string& base) {
+    Remember(host, workingCopy, Capture(workingCopy, host.HostHistory().Limits().largestText), base);
+}
+
+void RememberShippedBase(Host& host, const TemplateFiles& files) {
+    const StoreLimits limits = host.HostHistory().Limits();
+    if (!limits.keepsTexts || !StateOf(files.workingCopy).IsRegular() || !IsFileExist(files.shipped)) return;
+    CapturedFile copy = Capture(files.workingCopy, limits.largestText);
+    if (!IsWhole(copy) || copy.text != ReadFileBytes(files.shipped)) return;
+    if (MemoryOf(host, files.workingCopy).base == copy.text) return;
+    const std::string base = copy.text;
+    Remember(host, files.workingCopy, std::move(copy), base);
+}
+
+}  // namespace ZET::Deploy

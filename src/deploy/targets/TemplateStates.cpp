@@ -1,0 +1,77 @@
+#include "deploy/targets/TemplateStates.h"
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/Remedy.h"
+#include "deploy/targets/Targets.h"
+#include "zet/ZETFiles.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr char kUnknown[] = "unknown";
+
+std::optional<std::string> TextOf(const std::string& path) {
+    if (!IsFileExist(path)) return std::nullopt;
+    return ReadFileBytes(path);
+}
+
+TemplateState Tell(Host& host, const TemplateFiles& files) {
+    TemplateState result{files.name, files.workingCopy, files.shipped, kUnknown, false, ""};
+    try {
+        const TemplateTexts texts = RemedyErrors("", [&] { return ReadTexts(host, files); });
+        result.state = StateOf(texts);
+        result.hasNewer = texts.HasNewer();
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure& failure) {
+        result.trouble = failure.what();
+    }
+    return result;
+}
+
+}  // namespace
+
+TemplateTexts ReadTexts(Host& host, const TemplateFiles& files) {
+    RequireInside(host, files);
+    TemplateTexts texts;
+    texts.copy = TextOf(files.workingCopy);
+    texts.shipped = TextOf(files.shipped);
+    if (!texts.copy && !texts.shipped) {
+        throw Failure({.file = files.shipped,
+                       .text = "the template is missing",
+                       .remedy = "correct its name, or ZET_CFG_TEMPL_DIR"});
+    }
+    texts.base = texts.IsCurrent() ? texts.shipped : MemoryOf(host, files.workingCopy).base;
+    return texts;
+}
+
+const char* StateOf(const TemplateTexts& texts) {
+    if (!texts.copy) return "not installed";
+    if (!texts.IsKnown()) return kUnknown;
+    if (texts.HasNewer()) return texts.IsEdited() ? "edited, newer shipped" : "newer shipped";
+    return texts.IsEdited() ? "edited" : "current";
+}
+
+std::vector<ListedTemplate> ListTemplates(Host& host) {
+    SelectTargets(host, {});  // a broken list is told
+    std::vector<ListedTemplate> listed;
+    for (const Target& target : ReadTargetList(host).targets) {
+        const TemplateFiles files = FilesOfTemplate(host, target.templateName);
+        const bool isInstalled = RemedyErrors("", [&] { return IsFileExist(files.workingCopy); });
+        listed.push_back({files.name, target.path, target.roles, files.workingCopy, isInstalled});
+    }
+    return listed;
+}
+
+std::vector<TemplateState> TemplateStates(Host& host, const std::vector<std::string>& names) {
+    std::vector<TemplateState> states;
+    for (const TemplateFiles& files : FilesOfTemplates(host, names)) {
+        host.RequireGoOn();
+        states.push_back(Tell(host, files));
+    }
+    return states;
+}
+
+}  // namespace ZET::Deploy

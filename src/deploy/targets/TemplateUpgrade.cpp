@@ -1,0 +1,212 @@
+#include "deploy/targets/TemplateUpgrade.h"
+
+#include <utility>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileState.h"
+#include "deploy/host/Merge.h"
+#include "deploy/state/Instructions.h"
+#include "deploy/state/OwnText.h"
+#include "deploy/state/Replacement.h"
+#include "deploy/targets/ShownDiff.h"
+#include "text/LineEnds.h"
+#include "zet/ZETFiles.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr mode_t kModeBits = 07777;
+
+std::string InQuotes(const std::string& words) {
+    return "\"" + words + "\"";
+}
+
+/// The templates whose working copies are there. One that is named and has none is a `Failure`.
+std::vector<TemplateFiles> Installed(Host& host, const std::vector<std::string>& names) {
+    std::vector<TemplateFiles> installed;
+    for (TemplateFiles& files : FilesOfTemplates(host, names)) {
+        RequireInside(host, files);
+        if (IsFileExist(files.workingCopy)) {
+            installed.push_back(std::move(files));
+        } else if (!names.empty()) {
+            throw Failure({.file = files.workingCopy,
+                           .text = "there is no such working copy",
+                           .remedy = InQuotes(host.Wanted().program + " template install " + files.name) +
+                                     " makes it"});
+        }
+    }
+    return installed;
+}
+
+/// The working copies themselves, links followed.
+std::string RealCopy(const Host& host, const TemplateFiles& files) {
+    return host.FilePath(host.HostPaths().NameInside(files.workingCopy));
+}
+
+}  // namespace
+
+TemplateUpgrade::TemplateUpgrade(Deployment& product, const std::vector<std::string>& names)
+    : m_product(product), m_staging(product.Wanted().dryRun ? "" : product.Param("ZET_VAR_LIB_DIR")) {
+    std::vector<FilesToWrite> toWrite;
+    for (TemplateFiles& files : Installed(product, names)) {
+        Copy copy;
+        copy.path = RealCopy(product, files);
+        toWrite.push_back({files.name, {copy.path}});
+        copy.files = std::move(files);
+        m_copies.push_back(std::move(copy));
+    }
+    m_writing =
+        std::make_unique<Writing>(product, AllToWrite(product, toWrite), Writing::Right::OfTheProduct);
+    for (Copy& copy : m_copies) {
+        product.RequireGoOn();
+        Plan(copy);
+    }
+}
+
+void TemplateUpgrade::Plan(Copy& copy) {
+    for (const std::string& file : {copy.files.shipped, copy.path})
+        RequireOwnInstruction(m_product.HostPaths(), file);
+    RequireReadableFile(copy.path);
+    copy.version = VersionOf(copy.path);
+    copy.mode = ModeOf(copy.path);
+    copy.texts = ReadTexts(m_product, copy.files);
+    if (!copy.texts.copy)
+        throw Failure({.file = copy.path, .text = "was removed", .remedy = "run the command again"});
+    copy.text = *copy.texts.copy;
+    if (!copy.texts.shipped) return;
+    if (!copy.texts.IsKnown()) {
+        Object(copy.path, 0,
+               "differs from " + copy.files.shipped + ", and nobody knows what it was made from",
+               WayToInstall(copy));
+    } else if (copy.texts.HasNewer()) {
+        copy.texts.IsEdited() ? MergeInto(copy) : Replace(copy);
+    }
+    copy.staged = m_staging.PathOf("upgraded/" + copy.files.name);
+    WriteStagedFile(copy.staged, copy.text, copy.mode);
+}
+
+/// A mode that somebody changed is an edit, which stays.
+void TemplateUpgrade::Replace(Copy& copy) {
+    copy.text = *copy.texts.shipped;
+    if (MemoryOf(m_product, copy.files.workingCopy).mode == copy.mode) copy.mode = ModeOf(copy.files.shipped);
+}
+
+void TemplateUpgrade::MergeInto(Copy& copy) {
+    if (!CanBeMerged(copy)) return;
+    const TemplateTexts& texts = copy.texts;
+    Merged merged = Merge(*texts.copy, *texts.base, *texts.shipped, copy.path);
+    for (const std::size_t line : merged.conflicts) {
+        Object(copy.path, line, "was edited here, where the newer " + copy.files.shipped + " has other lines",
+               WayToInstall(copy));
+    }
+    if (merged.conflicts.empty()) copy.text = std::move(merged.text);
+}
+
+bool TemplateUpgrade::CanBeMerged(const Copy& copy) {
+    const std::size_t before = m_problems.size();
+    const StoreLimits limits = m_product.HostHistory().Limits();
+    if (!m_writing->Records() || !limits.keepsTexts || copy.texts.copy->size() > limits.largestText) {
+        Object(copy.path, 0, "was edited, and the history cannot keep what would be merged",
+               WayToInstall(copy));
+    }
+    for (const auto& [file, text] :
+         {std::pair(copy.path, *copy.texts.copy), std::pair(copy.files.shipped, *copy.texts.shipped)}) {
+        if (text.find('\0') != std::string::npos)
+            Object(file, 0, "holds a NUL byte, so that the edits cannot be merged", WayToInstall(copy));
+        const std::size_t line = LineEndsOf(text).otherLine;
+        if (line != 0) {
+            Object(file, line, "ends otherwise than the lines before it, so that the edits cannot be merged",
+                   "give all lines the same end");
+        }
+    }
+    return m_problems.size() == before;
+}
+
+void TemplateUpgrade::Object(const std::string& file, std::size_t line, const std::string& text,
+                             const std::string& remedy) {
+    m_problems.push_back({.file = file, .line = static_cast<int>(line), .text = text, .remedy = remedy});
+}
+
+std::string TemplateUpgrade::WayToInstall(const Copy& copy) const {
+    return InQuotes(m_product.Wanted().program + " template install --force " + copy.files.name) +
+           " installs that one; take the edits over from " + copy.files.workingCopy + ".old";
+}
+
+bool TemplateUpgrade::Run() {
+    Recording recording(m_product, Recording::Use::OfTheProduct, m_writing->Records());
+    bool isAnyChange = false;
+    for (const Copy& copy : m_copies) {
+        if (!copy.IsChange()) continue;
+        isAnyChange = true;
+        if (recording.IsOn()) recording.Expect(Expected(copy));
+    }
+    Writing::Begin();
+    recording.Begin();
+    for (const Copy& copy : m_copies) {
+        m_product.RequireGoOn();
+        // The diff has to be made before its one side is gone.
+        FileOutcome outcome = OutcomeOf(copy);
+        if (copy.IsChange() && !m_product.Wanted().dryRun) {
+            Write(copy);
+            outcome.after = StateOf(copy.path);
+        }
+        m_product.Out().Done(outcome);
+    }
+    recording.Complete();
+    if (recording.IsOn()) RememberRest();
+    return isAnyChange;
+}
+
+ExpectedFile TemplateUpgrade::Expected(const Copy& copy) const {
+    const std::uint64_t longest = m_product.HostHistory().Limits().largestText;
+    ExpectedFile file;
+    file.path = copy.path;
+    file.kind = FileKind::Template;
+    file.wasEdited = copy.texts.IsEdited();
+    CapturedFile after = Capture(copy.staged, longest);
+    const RecordedState before = CaptureWithoutText(copy.path);
+    after.state.owner = before.owner;
+    after.state.group = before.group;
+    after.state.attributes = before.attributes;
+    file.after = std::move(after);
+    if (copy.texts.shipped->size() <= longest) file.base = copy.texts.shipped;
+    return file;
+}
+
+FileOutcome TemplateUpgrade::OutcomeOf(const Copy& copy) const {
+    FileOutcome outcome;
+    outcome.file = copy.files.name;
+    outcome.path = copy.path;
+    outcome.before = outcome.after = StateOf(copy.path);
+    if (!copy.IsChange()) return outcome;
+    outcome.result = FileOutcome::Result::Changed;
+    outcome.after.mode = (outcome.before.mode & ~kModeBits) | copy.mode;
+    outcome.diff = DiffToShow(m_product, copy.path, copy.staged, copy.path);
+    if (copy.texts.IsEdited()) outcome.remark = "its edits are kept";
+    return outcome;
+}
+
+void TemplateUpgrade::Write(const Copy& copy) {
+    const FileInPlace place(m_product.HostPaths().FindReal(copy.path, m_product.TrustedAt(copy.path)),
+                            copy.path);
+    Replacement replacement(m_product, place, copy.version);
+    replacement.Make(
+        copy.mode, [&](const std::string& name) { SaveOwnText(name, copy.text, copy.mode); },
+        [](const std::string&) {});
+}
+
+/// What was not written may be known better by now: an edited copy that has all that is newer already.
+void TemplateUpgrade::RememberRest() {
+    for (const Copy& copy : m_copies) {
+        if (copy.IsChange() || !copy.texts.shipped) continue;
+        if (copy.texts.HasNewer()) {
+            RememberBase(m_product, copy.path, *copy.texts.shipped);
+        } else if (copy.texts.IsCurrent()) {
+            RememberShippedBase(m_product, copy.files);
+        }
+    }
+}
+
+}  // namespace ZET::Deploy

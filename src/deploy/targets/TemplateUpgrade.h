@@ -1,0 +1,65 @@
+#ifndef ZET_TEMPLATE_UPGRADE_H
+#define ZET_TEMPLATE_UPGRADE_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/Staging.h"
+#include "deploy/state/Recording.h"
+#include "deploy/state/Writing.h"
+#include "deploy/targets/Deployment.h"
+#include "deploy/targets/TemplateStates.h"
+#include "zet/ZETProblem.h"
+
+namespace ZET::Deploy {
+
+/// Brings working copies up to the shipped templates. From the constructor on, nobody else writes; it makes
+/// every new text, and only when there is no problem with any of them, one is written.
+class TemplateUpgrade {
+  public:
+    /// All that the list has for the role and that are installed when there are no names.
+    TemplateUpgrade(Deployment& product, const std::vector<std::string>& names);
+
+    /// Why nothing can be written; empty: it can.
+    const std::vector<Problem>& Problems() const { return m_problems; }
+
+    /// Each template is told to the observer. Whether anything was, or would be, changed.
+    bool Run();
+
+  private:
+    struct Copy {
+        TemplateFiles files;
+        std::string path;  ///< of the real working copy
+        FileVersion version;
+        TemplateTexts texts;
+        std::string text;  ///< what it becomes
+        mode_t mode = 0;
+        std::string staged;
+
+        bool IsChange() const { return text != texts.copy; }
+    };
+
+    void Plan(Copy& copy);
+    void Replace(Copy& copy);
+    void MergeInto(Copy& copy);
+    bool CanBeMerged(const Copy& copy);
+    void Object(const std::string& file, std::size_t line, const std::string& text,
+                const std::string& remedy);
+    std::string WayToInstall(const Copy& copy) const;
+    ExpectedFile Expected(const Copy& copy) const;
+    FileOutcome OutcomeOf(const Copy& copy) const;
+    void Write(const Copy& copy);
+    void RememberRest();
+
+    Deployment& m_product;
+    std::vector<Copy> m_copies;
+    std::unique_ptr<Writing> m_writing;
+    Staging m_staging;
+    std::vector<Problem> m_problems;
+};
+
+}  // namespace ZET::Deploy
+
+#endif
