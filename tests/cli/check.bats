@@ -169,6 +169,7 @@ $HOST/out/one.conf.no_file_before_zet: is no regular file (move it away)"
     [[ -e out/one.conf.tmp ]]
     run_zet -q check-config
     assert_success ""
+    zet -q commit-config
 }
 
 @test "two templates for one file, by way of links, are told" {
@@ -244,8 +245,15 @@ $HOST/state: the directory of the status cannot be used: No such file or directo
 @test "what is in the place of the product's own files is told" {
     mkdir state/zet-client.status
     ln -s /dev/null state/state.db
-    assert_problems "$HOST/state/zet-client.status: is no regular file (move it away)
-$HOST/state/state.db: is no regular file (move it away)"
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/state/zet-client.status: is no regular file (move it away)
+$HOST/state/state.db: is no regular file of one name that belongs to this user (move it away)"
+    rm -r state/*
+    break_store
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/state/state.db: $BROKEN_STORE"
 }
 
 @test "what a user may not write is told to him, and keeps him from nothing when he only looks" {

@@ -37,9 +37,9 @@ $HOST/out/two.conf: created, mode 0644, owner $EUID:$(id -g)
 
 @test "the history has each target as the commit left it, and who did it with which words" {
     zet commit-config
-    assert_equal "$(store 'SELECT path FROM known JOIN states ON state = states.id WHERE kind = 0 AND roles = "client" ORDER BY path')" \
+    assert_equal "$(store 'SELECT path FROM known JOIN states ON state = states.id WHERE kind = 0 AND CAST(roles AS TEXT) = "6:client" ORDER BY path')" \
         "$HOST/out/one.conf"$'\n'"$HOST/out/two.conf"
-    assert_equal "$(store 'SELECT number, outcome, user, role, words FROM entries')" "1|1|$EUID|client|13:commit-config"
+    assert_equal "$(store 'SELECT number, outcome, user, role, CAST(words AS TEXT) FROM entries')" "1|1|$EUID|client|13:commit-config"
     assert_equal "$(stat -c '%a %h' state/state.db*)" $'600 1\n600 1\n600 1'
 }
 

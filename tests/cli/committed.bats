@@ -97,6 +97,8 @@ EDITS=("param set out/one.conf plain 2" "param restore out/one.conf plain" "line
     zet -q commit-config
     break_store
     remember_host
+    echo 'plain = 1' >conf
+    remember_host
     run_zet line set conf ^plain 'plain = 2'
     assert_refusal 1 "$HOST/state/state.db: $BROKEN_STORE"
     assert_host_unchanged

@@ -270,6 +270,7 @@ apply_diff() {
 @test "what does not begin the text that a killed run was writing stays, and is told" {
     kill_at_rename conf param set --no-markers conf b killed
     echo theirs >conf.tmp
+    cp conf other
     run_zet param set --no-markers other a new
     [[ $stderr == "zet-client: warning: $HOST/conf.tmp: stays, as it cannot be what the run that was cut short left (look at it, and move it away)"* ]]
     assert_file conf.tmp $'theirs\n'

@@ -100,7 +100,7 @@ zet-client: error: a pipe cannot be made: Too many open files (let the command o
 
 @test "a full disk when the status or the history is written" {
     commit_with /write ENOSPC "$HOST/state/state.db-wal"
-    assert_not_written "$HOST/state/state.db: the history cannot be used: database or disk is full: No space left on device (make room, or set ZET_HISTORY=no)"
+    assert_not_written "$HOST/state/state.db: the history cannot be used: database or disk is full (make room, or set ZET_HISTORY=no)"
     commit_with /write ENOSPC "$HOST/state/zet-client.status"
     assert_stderr "zet-client: error: $BROKEN_OFF Written: $ONE. Not written: none
 zet-client: error: $HOST/state/zet-client.status: cannot be written: Failed to write the status: No space left on device. (make room, or allow it; then commit again)"

@@ -174,7 +174,7 @@ kill_at_rename() {
 store() {
     /usr/bin/python3 -c 'import sqlite3, sys
 for statement in sys.argv[2:]:
-    for row in sqlite3.connect(sys.argv[1]).execute(statement):
+    for row in sqlite3.connect("file:" + sys.argv[1] + "?mode=ro", uri=True).execute(statement):
         print(*row, sep="|")' "$HOST/state/state.db" "$@"
 }
 
@@ -185,7 +185,7 @@ break_store() {
 }
 
 # shellcheck disable=SC2034  # used by the tests
-BROKEN_STORE="the history is damaged: file is not a database (move it away: what was there before the product is kept beside the files)"
+BROKEN_STORE="the history is damaged: file is not a database (move it away: what was there before the product is kept beside the files; or set ZET_HISTORY=no to edit without it)"
 
 remember_host() {
     REMEMBERED=$(state_of_host)

@@ -109,7 +109,8 @@ refused() {
     refused pipe state/zet-client-fs.status status "is no regular file"
     local suffix
     for suffix in "" -wal -shm -journal; do
-        refused directory "state/state.db$suffix" status "is no regular file"
+        refused directory "state/state.db$suffix" "file strip conf" "is no regular file"
+        refused directory "state/state.db$suffix" check-config "is no regular file"
         refused pipe "state/state.db$suffix" commit-config "is no regular file"
         refused pipe "state/state.db$suffix" "param set conf a 2" "is no regular file"
     done

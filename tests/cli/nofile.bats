@@ -32,7 +32,8 @@ on_tree() {
     on_tree doctor /etc/some
     assert_success "$HOST/tree/etc/some: no damage"
     on_tree file restore /etc/some
-    assert_success "$HOST/tree/etc/some: restored, from $HOST/tree/etc/some.before_zet"
+    assert_status 0
+    assert_output "$HOST/tree/etc/some: restored, from $HOST/tree/etc/some.before_zet"
     assert_file tree/etc/some $'a=1\nb=2\n'
     assert_equal "$(find tree -mindepth 1 | sort | paste -sd ' ')" "tree/etc tree/etc/some"
 }

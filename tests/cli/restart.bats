@@ -62,8 +62,8 @@ $HOST/out/two.conf: removed, as there was none before"
 
 @test "a rollback that a signal ends names the services of what it had put back" {
     zet -q commit-config
-    stop_before 2 TERM
-    run_zet rollback-config --diff --show-secrets
+    capture strace -f -qq -o "$BASE/trace" -P ././one.conf.before_zet -e trace=/rename -e inject=/rename:signal=TERM \
+        "$ZET_BIN/zet-client" --config zet.conf rollback-config
     assert_status 1
     assert_equal "$(tail -n 1 <<<"${output%?}")" "to be restarted: one, both"
     assert_file out/one.conf $'old\n'

@@ -283,7 +283,7 @@ $TWO: is not there, as before"
 
 @test "a file that only a broken template could tell from an edit stays" {
     zet commit-config
-    rm state/zet-client.manifest
+    rm state/state.db*
     echo '${unknown}' >>etc/one.conf
     remember_host
     run_zet rollback-config "$ONE"

@@ -185,7 +185,7 @@ zet-client: nothing was changed"
     assert_outside_unchanged
 }
 
-@test "a manifest whose paths lead out by a link takes nothing back there" {
+@test "a history whose paths lead out by a link takes nothing back there" {
     mkdir tree/dir outside/dir
     list two.conf /dir/two.conf
     echo two >tree/usr/share/zet/templates/two.conf
@@ -236,24 +236,28 @@ zet-client: nothing was changed"
     done
 }
 
-@test "neither record of the product's own is read outside of the tree" {
+@test "the history is not read outside of the tree" {
     run_in_tree commit-config
     assert_status 0
-    local file kind
-    for file in zet.pending; do
-        # What stands beside the files is enough to put them back.
-        [[ $file == *.manifest ]] && kind=warning || kind=error
-        echo /etc/one.conf >"outside/$file"
-        rm -f "tree/var/lib/zet/$file"
-        ln -s "$HOST/outside/$file" "tree/var/lib/zet/$file"
-        echo precious >tree/etc/one.conf.tmp
+    local suffix command
+    for suffix in "" -wal -shm -journal; do
+        echo secret >outside/store
+        rm -f "tree/var/lib/zet/state.db$suffix"
+        ln -s "$HOST/outside/store" "tree/var/lib/zet/state.db$suffix"
         remember_outside
-        run_in_tree rollback-config
-        [[ $kind == warning ]] && assert_status 0 || assert_status 1
-        assert_stderr "zet-client: $kind: $TREE/var/lib/zet/$file: is no regular file (move it away)"
-        assert_file tree/etc/one.conf.tmp $'precious\n'
+        for command in commit-config check-config "param set /etc/one.conf a 2"; do
+            run_in_tree $command
+            assert_status 1
+            [[ $output$stderr == *"$TREE/var/lib/zet/state.db$suffix: is no regular file"*"(move it away)"* ]]
+        done
+        # What stands beside the files is enough to put them back, and to tell what became of them.
+        run_in_tree status
+        assert_status 0
+        [[ $output == *"/one.conf: in sync"* ]]
+        run_in_tree rollback-config -n --force
+        assert_stderr "zet-client: warning: $TREE/var/lib/zet/state.db$suffix: is no regular file of one name that belongs to this user (move it away)"
         assert_outside_unchanged
-        rm "tree/var/lib/zet/$file"
+        rm "tree/var/lib/zet/state.db$suffix"
     done
 }
 

@@ -386,9 +386,11 @@ conf: lines 1-7, 10-13 changed (text not shown: nobody can tell whether it is se
     [[ $output == *+new=open* ]]
 }
 
-@test "a manifest that cannot be read keeps every text from being shown" {
+@test "a history that cannot be read keeps every text from being shown" {
     make_secret
-    echo nonsense >state/zet-client.manifest
+    echo ZET_HISTORY=no >>zet.conf
+    break_store
+    : >conf.before_zet
     assert_nothing_shown param set conf new hidden
-    [[ $stderr == *"zet-client.manifest:1: "*"; so no text is shown"$'\n' ]]
+    [[ $stderr == *"/state/state.db: "*"; so no text is shown"$'\n' ]]
 }

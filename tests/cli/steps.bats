@@ -182,11 +182,9 @@ $empty"
     strace -f -qq -e trace=/rename -o "$BASE/trace" \
         "$ZET_BIN/zet-client" --config zet.conf commit-config
     assert_equal "$(grep -o '"[^"]*", [^"]*"[^"]*"' "$BASE/trace" | grep -v zet-staging | sed "s|$HOST/||g; s/, AT_FDCWD//; s/[.][[:alnum:]]\{6\}[.]tmp/.COPY.tmp/")" \
-        '"state/zet.pending.tmp", "state/zet.pending"
-"././one.conf.before_zet.COPY.tmp", "././one.conf.before_zet"
+        '"././one.conf.before_zet.COPY.tmp", "././one.conf.before_zet"
 "etc/one.conf.COPY.tmp", "etc/one.conf"
-"././one.conf.tmp", "././one.conf"
-"state/zet-client.manifest.tmp", "state/zet-client.manifest"'
+"././one.conf.tmp", "././one.conf"'
 }
 
 # fail_at COUNT NAME: a commit --diff cannot write its COUNTth target, which has that name.
@@ -215,7 +213,7 @@ fail_at() {
     assert_made b $'EXAMPLE.ORG\n'
     assert_file out/c $'old c\n'
     assert_file out/d $'old d\n'
-    assert_equal "$(names_in state)" "zet-client.manifest zet.lock"
+    assert_equal "$(names_in state)" zet.lock
     rmdir out/c.tmp
     run_zet commit-config
     assert_status 0
@@ -250,9 +248,9 @@ to be restarted: service-c
     run_zet commit-config
     assert_status 0
     echo REALM=OTHER >>zet.conf
-    # As a commit that was killed leaves it.
-    run_zet template process one.conf out/one.conf
-    echo "$HOST/out/one.conf" >state/zet.pending
+    capture strace -f -qq -o "$BASE/trace" -P "$HOST/state/zet-client.status" -e trace=/write -e inject=/write:signal=KILL \
+        "$ZET_BIN/zet-client" --config zet.conf commit-config
+    assert_status 137
     echo a=1 >other
     run_zet param set other a 2
     assert_status 0
@@ -276,7 +274,6 @@ to be restarted: service-c
     assert_made a $'EXAMPLE.ORG\n'
     echo a=1 >other
     zet param set other a 2
-    assert_absent state/zet.pending
     run_zet --json commit-config -n
     assert_json 'd["restart"]' '["service-a", "service-c"]'
     run_zet --json commit-config
@@ -290,10 +287,6 @@ to be restarted: service-c
     add_target a $'${realm}\n' 'restart = ["service-a"]'
     capture server commit-config
     assert_status 0
-    # The notice names the command of its role, which would be a change.
-    sed -i 's/zet-init commit-config/zet-client commit-config/' out/a
-    zet commit-config
-    mv state/zet-client.manifest state/zet-server.manifest
     run_zet commit-config
     assert_success "1 unchanged"
 }
@@ -319,17 +312,20 @@ to be restarted: service-c
 
 @test "temporary files that a run that was cut short left are cleared away" {
     add_target one.conf $'fine\n'
-    zet commit-config
-    printf '%s\n' "$HOST/out/one.conf" >state/zet.pending
-    echo half >out/one.conf.tmp
-    echo half >out/one.conf.before_zet.a1B2c3.tmp
+    kill_at_rename out/one.conf commit-config
+    truncate -s 30 out/one.conf.tmp
+    head -c 20 out/one.conf.tmp >out/one.conf.a1B2c3.tmp
+    echo another >out/one.conf.before_zet.d4E5f6.tmp
     mkdir state/zet-staging.abcdef
     echo half >state/zet-staging.abcdef/rendered
     run_zet commit-config
     assert_status 0
-    assert_output "1 unchanged"
-    assert_stderr "zet-client: removed $HOST/out/one.conf.tmp, which a run that was cut short left
-zet-client: removed $HOST/out/one.conf.before_zet.a1B2c3.tmp, which a run that was cut short left"
+    assert_output "$HOST/out/one.conf: created, mode 0644, owner 0:0
+1 created"
+    [[ $stderr == *"zet-client: removed $HOST/out/one.conf.tmp, which a run that was cut short left"$'\n'* ]]
+    [[ $stderr == *"zet-client: removed $HOST/out/one.conf.a1B2c3.tmp, which a run that was cut short left"$'\n'* ]]
+    [[ $stderr == *"warning: $HOST/out/one.conf.before_zet.d4E5f6.tmp: stays, "* ]]
+    rm out/one.conf.before_zet.d4E5f6.tmp
     assert_equal "$(names_in state)" "zet-client-fs.status zet-client.status zet.lock"
     assert_equal "$(names_in out)" "one.conf one.conf.no_file_before_zet"
 }
@@ -343,6 +339,9 @@ zet-client: removed $HOST/out/one.conf.before_zet.a1B2c3.tmp, which a run that w
 	SCRIPT
     add_target one.conf $'fine\n' 'check = ["other", "{}"]'
     run_zet commit-config -n
-    assert_success "1 unchanged"
+    assert_status 3
+    assert_output "$HOST/out/one.conf: would be created, mode 0644, owner 0:0
+1 would be created"
+    assert_stderr ""
     assert_made one.conf $'fine\n'
 }

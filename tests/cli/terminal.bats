@@ -183,9 +183,11 @@ $ESC[32m+x=2$ESC[0m
     echo edited >>out/two.conf
     on_terminal commit-config
     assert_output "zet-client: warning: $HOST/out/two.conf: was edited since the last commit; the edits are overwritten
+zet-client: \"history show 2 $HOST/out/two.conf\" shows what it held
 $HOST/out/two.conf: changed, the original is kept as $HOST/out/two.conf.before_zet
 1 changed, 1 unchanged" ||
         assert_output "zet-client: warning: $HOST/out/two.conf: was edited since the last commit; the edits are overwritten
+zet-client: \"history show 2 $HOST/out/two.conf\" shows what it held
 $HOST/out/two.conf: changed
 1 changed, 1 unchanged"
 }

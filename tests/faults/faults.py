@@ -143,17 +143,17 @@ class Checker:
         found = verdict.of_files(self.old, self.new, now, is_warned)
         found += verdict.of_originals(self.old, self.new, now)
         found += verdict.of_success(result, self.output, self.new, now, may_leave, is_denied)
-        found += self._go_on(now, is_warned)
+        found += self._go_on(now, is_warned, verdict.is_unrecorded(result))
         self._host.put_back(self.old, self._host.look())
         return found
 
-    def _go_on(self, now, is_warned):
+    def _go_on(self, now, is_warned, was_unrecorded):
         state = key_of(now)
         if now == self.old or state in self._known_ends:
             return []
         found = self._undo(now, is_warned) if self._scenario.undo else []
-        found += verdict.of_end(self.run(), self.new, self._host.look(), is_warned)
-        if not found and not is_warned:
+        found += verdict.of_end(self.run(), self.new, self._host.look(), is_warned, was_unrecorded)
+        if not found and not is_warned and not was_unrecorded:
             self._known_ends.add(state)
         return found
 

@@ -19,7 +19,7 @@ import disk
 import verdict
 from host import Host, write
 from run import NotPossible
-from statefiles import ABSENCE, DIRECTORY, LOCKS, RECORDS, RESERVE, STATUSES, is_left_over
+from statefiles import ABSENCE, DIRECTORY, JOURNALS, LOCKS, RECORDS, RESERVE, STATUSES, is_left_over
 
 MOST_CPU = 2.0  # s
 MOST_MEMORY = 256 << 10  # KiB
@@ -38,7 +38,7 @@ ORIGINAL = b"the first original\n"
 JUNK = bytes(range(127, 256)) + b"\n\xc3(\xff\n"
 RENDERED = re.compile(rb"\[\w+\.conf\]\nrealm = [^\n$]+\nlast=line\n")
 
-STATE = [f"{DIRECTORY}/{name}" for name in RECORDS + STATUSES + LOCKS]
+STATE = [f"{DIRECTORY}/{name}" for name in RECORDS + STATUSES + LOCKS + JOURNALS]
 INPUTS = ["zet.conf", "templates/targets.toml", "templates/" + NAME, "etc/" + NAME, TARGET, TARGET + RESERVE,
           "files/new.conf" + ABSENCE] + STATE
 
@@ -213,7 +213,7 @@ class Reader:
         if name != TARGET + RESERVE and ORIGINAL not in kept:
             found.append("the original is lost")
         found += [f"{path} was left behind" for path in now if is_left_over(path) and path not in self._old]
-        if name == STATE[0] and command == TAKE_BACK and now[TARGET].content != ORIGINAL:
+        if name in STATE[:2] and command == TAKE_BACK and now[TARGET].content != ORIGINAL:
             found.append("nothing was taken back")
         return found
 

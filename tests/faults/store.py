@@ -47,11 +47,6 @@ class Store:
         texts, others = ({(row[0], row[1], row[2], row[7]) for row in each.known} for each in (self, other))
         return not self.damage and texts == others
 
-    def is_to_be_settled(self):
-        """All was done, but the entry could not be closed: the next run does it."""
-        return not self.damage and bool(self.open)
-
-
 def _contents(files):
     """What is known of files, what was about to be written, and what is damaged."""
     if not files.get("") and not files.get("-wal"):

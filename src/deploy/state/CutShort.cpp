@@ -30,7 +30,8 @@ class CutShortEntries {
                 continue;
             }
             m_paths.insert(path);
-            ClearLeftOvers(m_host, {path, entry.begun, TextsOf(file)});
+            // Those of a companion are known by the file that it goes with.
+            if (file.kind != FileKind::Companion) ClearLeftOvers(m_host, {path, entry.begun, TextsOf(file)});
             Settle(file, path, settlement);
         }
         m_store.Close(entry.number, EntryOutcome::CutShort, settlement);
@@ -71,9 +72,13 @@ std::set<std::string> FilesOfCutShort(Host& host) {
     std::set<std::string> paths;
     Store* const store = host.HostHistory().ToLookIfUsable();
     if (store == nullptr) return paths;
-    for (const RecordedEntry& entry : store->OpenEntries())
-        for (const RecordedFile& file : store->FilesOf(entry.number))
-            paths.insert(host.HostPaths().FromInside(file.path));
+    try {
+        for (const RecordedEntry& entry : store->OpenEntries())
+            for (const RecordedFile& file : store->FilesOf(entry.number))
+                paths.insert(host.HostPaths().FromInside(file.path));
+    } catch (const Failure& failure) {
+        host.HostHistory().TellUnusable(failure);
+    }
     return paths;
 }
 
@@ -82,7 +87,7 @@ std::set<std::string> SettleCutShort(Host& host, bool goesBack) {
         return CutShortEntries(host, host.HostHistory().ToRecord()).Settle();
     } catch (const Failure& failure) {
         if (!goesBack) throw;
-        host.Out().Warning(failure.what());
+        host.HostHistory().TellUnusable(failure);
         return {};
     }
 }

@@ -62,6 +62,7 @@ Store& History::ToRecord() {
 Store* History::ToLook() {
     if (!m_store && !IsDenied() && HasStore(File()))
         m_store = std::make_unique<Store>(File(), Store::Access::Look, Limits());
+    if (m_store && !m_isToRecord && m_store->IsBlank()) m_store = nullptr;
     return m_store.get();
 }
 
@@ -71,9 +72,14 @@ Store* History::ToLookIfUsable() {
         return ToLook();
     } catch (const Failure& failure) {
         m_isUnusable = true;
-        m_product.Out().Warning(failure.what());
+        TellUnusable(failure);
         return nullptr;
     }
+}
+
+void History::TellUnusable(const Failure& failure) {
+    if (m_told != failure.what()) m_product.Out().Warning(failure.what());
+    m_told = failure.what();
 }
 
 }  // namespace ZET::Deploy

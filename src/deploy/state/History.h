@@ -8,6 +8,7 @@
 
 namespace ZET::Deploy {
 
+class Failure;
 class Host;
 
 /// What the product remembers on this host: the store in its directory, which is opened when it is asked for
@@ -36,6 +37,9 @@ class History {
     Store* ToLookIfUsable();
     bool IsUnusable() const { return m_isUnusable; }
 
+    /// Told once, however many ask for it.
+    void TellUnusable(const Failure& failure);
+
     /// Whether there is one that this user may not read.
     bool IsDenied() const;
 
@@ -46,6 +50,7 @@ class History {
     std::unique_ptr<Store> m_store;
     bool m_isToRecord = false;
     bool m_isUnusable = false;
+    std::string m_told;
 };
 
 }  // namespace ZET::Deploy

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/state/CapturedFile.h"
 
@@ -18,8 +19,15 @@ KnownFiles::KnownFiles(Host& host, Unusable unusable) : m_host(host) {
     Store* const store = unusable == Unusable::IsTold ? history.ToLookIfUsable() : history.ToLook();
     m_isUnusable = history.IsUnusable() || history.IsDenied();
     if (store == nullptr) return;
-    for (KnownFile& file : store->KnownFiles())
-        m_files.emplace(file.path, std::move(file));
+    try {
+        for (KnownFile& file : store->KnownFiles())
+            m_files.emplace(file.path, std::move(file));
+    } catch (const Failure& failure) {
+        if (unusable == Unusable::IsFailure) throw;
+        history.TellUnusable(failure);
+        m_isUnusable = true;
+        m_files.clear();
+    }
 }
 
 const KnownFile* KnownFiles::Find(const std::string& path) const {

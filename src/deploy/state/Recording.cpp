@@ -29,12 +29,12 @@ std::vector<std::string> ShownWords(const Options& options, bool isPrivate) {
 
 }  // namespace
 
-Recording::Recording(Host& host, Use use, bool isLocked, bool goesBack) : m_host(host) {
+Recording::Recording(Host& host, Use use, bool isLocked, bool goesBack) : m_host(host), m_goesBack(goesBack) {
     History& history = host.HostHistory();
     if (host.Wanted().dryRun) return;
     if (use == Use::OfFiles && !history.KeepsTexts()) return;
     if (isLocked && history.CanRecord()) {
-        OpenStore(goesBack);
+        OpenStore();
         return;
     }
     const std::string text = "what is changed is not recorded: ZET_VAR_LIB_DIR cannot be written";
@@ -44,13 +44,20 @@ Recording::Recording(Host& host, Use use, bool isLocked, bool goesBack) : m_host
         host.Out().Detail(text);
 }
 
-void Recording::OpenStore(bool goesBack) {
+void Recording::OpenStore() {
     try {
         m_store = &m_host.HostHistory().ToRecord();
     } catch (const Failure& failure) {
-        if (!goesBack) throw;
-        m_host.Out().Warning(failure.what());
+        GoOnWithout(failure);
     }
+}
+
+/// What was there before stands beside the files, too: who goes back to it needs no history.
+void Recording::GoOnWithout(const Failure& failure) {
+    if (!m_goesBack) throw;
+    m_host.HostHistory().TellUnusable(failure);
+    m_store = nullptr;
+    m_rows.clear();
 }
 
 Recording::~Recording() {
@@ -64,6 +71,14 @@ Recording::~Recording() {
 
 void Recording::Expect(ExpectedFile file) {
     if (!IsOn()) return;
+    try {
+        ExpectWithCompanions(std::move(file));
+    } catch (const Failure& failure) {
+        GoOnWithout(failure);
+    }
+}
+
+void Recording::ExpectWithCompanions(ExpectedFile file) {
     Add(file, file.suffix);
     const bool exists = m_rows.back().record.file.before.exists;
     m_isPrivate = m_isPrivate || m_host.IsPrivate(file.path);
@@ -86,7 +101,7 @@ void Recording::Add(const ExpectedFile& file, const std::string& suffix) {
     row.path = file.path + suffix;
     row.suffix = suffix;
     row.place = file.place;
-    CapturedFile before = Now(row);
+    CapturedFile before = Before(row);
     FileToRecord& record = row.record;
     // Whatever way led to it, it is known by one name.
     record.file.path = m_host.HostPaths().NameInside(m_host.HostPaths().WithRealDirectory(row.path));
@@ -162,16 +177,32 @@ void Recording::Plan(const std::string& path, CapturedFile after, Attributes att
 
 void Recording::Begin() {
     if (!IsOn() || m_rows.empty()) return;
-    if (m_open)
-        m_store->Plan(*m_open, NewFiles());
-    else
-        m_number = m_open = m_store->Open(EntryToOpen(), NewFiles());
+    try {
+        if (m_open)
+            m_store->Plan(*m_open, NewFiles());
+        else
+            m_number = m_open = m_store->Open(EntryToOpen(), NewFiles());
+    } catch (const Failure& failure) {
+        GoOnWithout(failure);
+    }
 }
 
 CapturedFile Recording::Now(const Row& row) const {
     const std::uint64_t longest = m_host.HostHistory().Limits().largestText;
     if (row.place == nullptr) return Capture(row.path, longest);
     return CaptureIn(row.place->Directory(), row.place->NameInDirectory() + row.suffix, row.path, longest);
+}
+
+/// What goes back takes the place of a link, too; a text that it had is not recorded.
+CapturedFile Recording::Before(const Row& row) const {
+    try {
+        return Now(row);
+    } catch (const Failure&) {
+        if (!m_goesBack) throw;
+        CapturedFile other;
+        other.state.exists = true;
+        return other;
+    }
 }
 
 /// The text of a file that was written as planned is known.

@@ -89,7 +89,10 @@ class Recording {
         bool isNew = true;  ///< not in the entry yet, or not as it is here
     };
 
-    void OpenStore(bool goesBack);
+    void OpenStore();
+    void ExpectWithCompanions(ExpectedFile file);
+    void GoOnWithout(const Failure& failure);
+    CapturedFile Before(const Row& row) const;
     void Add(const ExpectedFile& file, const std::string& suffix);
     RecordedEntry EntryToOpen() const;
     std::vector<FileToRecord> NewFiles();
@@ -99,6 +102,7 @@ class Recording {
     void Close(EntryOutcome outcome, Ending ending);
 
     Host& m_host;
+    const bool m_goesBack;
     Store* m_store = nullptr;
     std::vector<Row> m_rows;
     bool m_isPrivate = false;  ///< the words of the command may hold what others may not read

@@ -101,6 +101,16 @@ std::vector<Problem> CheckSingle(const std::string& path) {
     return problems;
 }
 
+/// Whether a commit can record what it does. What this user may not read, he does not write.
+std::vector<Problem> CheckHistory(Host& host) {
+    try {
+        host.HostHistory().ToLook();
+        return {};
+    } catch (const Failure& failure) {
+        return {failure.Facts()};
+    }
+}
+
 /// The product's own directories, and the files in them that a commit writes.
 std::vector<Problem> CheckOwnFiles(Deployment& product) {
     const StateDirectory state = product.State();
@@ -115,6 +125,7 @@ std::vector<Problem> CheckOwnFiles(Deployment& product) {
     if (ofStatus.empty()) {
         for (const std::string& file : {state.Lock(), state.Status(product.Role()), state.FileServerStatus()})
             Append(ofStatus, CheckSingle(file));
+        Append(ofStatus, CheckHistory(product));
     }
     Append(problems, std::move(ofStatus));
     return problems;

@@ -7,6 +7,7 @@
 #include "deploy/state/store/Compression.h"
 #include "deploy/state/store/Digest.h"
 #include "deploy/state/store/Rows.h"
+#include "deploy/state/store/Schema.h"
 #include "deploy/state/store/StoreFile.h"
 
 namespace ZET::Deploy {
@@ -16,7 +17,8 @@ namespace {
 [[noreturn]] void FailOfDamage(const std::string& file, const std::string& what) {
     throw Damage({.file = file,
                   .text = "the history is damaged: " + what,
-                  .remedy = "move it away: what was there before the product is kept beside the files"});
+                  .remedy = "move it away: what was there before the product is kept beside the files; or "
+                            "set ZET_HISTORY=no to edit without it"});
 }
 
 /// By the clock that the times of files are taken from, which is a little behind.
@@ -62,6 +64,10 @@ Store::Store(std::string file, Access access, const StoreLimits& limits, bool is
 }
 
 Store::~Store() = default;
+
+bool Store::IsBlank() {
+    return Guarded([&] { return VersionOfStore(*m_database, m_file) == 0; });
+}
 
 std::int64_t Store::Open(const RecordedEntry& entry, const std::vector<FileToRecord>& files) {
     return Begin(entry, files, Sync::AsTold);

@@ -38,6 +38,9 @@ class Store {
 
     const std::string& File() const { return m_file; }
 
+    /// Whether nothing was ever recorded: one that is being made has no tables yet.
+    bool IsBlank();
+
     /// Opens an entry with its files as they are and as they are going to be, which is on the disk when the
     /// call returns: now they can be written. Returns its number.
     std::int64_t Open(const RecordedEntry& entry, const std::vector<FileToRecord>& files);

@@ -1,0 +1,162 @@
+# The history's own files, and what is told by content since there is one.
+
+load helper
+load set
+
+setup() {
+    make_set
+    add_target one.conf $'x\n'
+    original one.conf $'old\n'
+    printf 'a=1\nb=2\n' >conf
+    ONE=$HOST/out/one.conf
+}
+
+teardown() {
+    remove_host
+}
+
+assert_state() {
+    run_zet status
+    [[ $output == *"$ONE: $1"$'\n'* ]] || differ state "$1" "$output"
+}
+
+@test "a target is edited when its bytes are others, and never for its times or its inode" {
+    zet -q commit-config
+    touch out/one.conf
+    assert_state "in sync"
+    cp out/one.conf out/copy
+    mv out/copy out/one.conf
+    assert_state "in sync"
+    run_zet commit-config
+    assert_success "1 unchanged"
+    # An edit of equal size, with its times put back.
+    touch -r out/one.conf "$BASE/times"
+    sed -i 's/^x$/y/' out/one.conf
+    touch -r "$BASE/times" out/one.conf
+    assert_state edited
+    run_zet rollback-config
+    assert_status 1
+    assert_output "$ONE: edited, stays as it is"
+}
+
+@test "a host that is cloned or restored from a backup is in sync" {
+    zet -q commit-config
+    cp -a "$HOST" "$BASE/clone"
+    sleep 0.01
+    rm -rf "${HOST:?}"/*
+    cp -r "$BASE/clone/." "$HOST"
+    chmod 600 state/state.db*
+    assert_state "in sync"
+    run_zet commit-config
+    assert_success "1 unchanged"
+    run_zet rollback-config
+    assert_status 0
+    assert_file out/one.conf $'old\n'
+}
+
+# opened WORD...: what of the history the command opens.
+opened() {
+    strace -f -qq -e trace=openat,open -o "$BASE/trace" "$ZET_BIN/zet-client" --config zet.conf "$@" >"$BASE/output" || true
+    grep -oE 'libsqlite3[.]so|libzstd[.]so|state[.]db' "$BASE/trace" | sort -u | paste -sd ' '
+}
+
+@test "what neither records nor looks back opens nothing of the history" {
+    zet -q commit-config
+    assert_equal "$(opened param get conf a)$(opened values)$(opened help)$(opened line get conf ^a)" ""
+    [[ $(opened param set conf a 2) == *libsqlite3.so*state.db* ]]
+    zet file restore conf
+    echo ZET_HISTORY=no >>zet.conf
+    local command
+    for command in "param set conf a 2" "param get conf a" "line get conf ^a" "explain conf" "doctor conf" "values"; do
+        rm -f conf.*
+        assert_equal "$command: $(opened $command)" "$command: "
+    done
+    grep -qx a=2 conf
+}
+
+# syncs WORD...: how often the command makes something durable.
+syncs() {
+    strace -f -qq -e trace=fsync,fdatasync -o "$BASE/trace" "$ZET_BIN/zet-client" --config zet.conf "$@" >"$BASE/output"
+    wc -l <"$BASE/trace"
+}
+
+@test "an entry costs at most three syncs" {
+    zet param set conf a 2
+    local with without
+    with=$(syncs param set conf a 3)
+    echo ZET_HISTORY=no >>zet.conf
+    without=$(syncs param set conf a 4)
+    [[ $with -gt $without && $with -le $((without + 3)) ]] || differ syncs "$without" "$with"
+}
+
+@test "without a history, a commit still knows what it wrote, and keeps no text" {
+    echo ZET_HISTORY=no >>zet.conf
+    zet -q commit-config
+    assert_state "in sync"
+    assert_equal "$(store 'SELECT count(*) FROM texts' 'SELECT count(*) FROM entries' 'SELECT count(*) FROM files')" $'0\n0\n0'
+    echo mine >>out/one.conf
+    assert_state edited
+    run_zet commit-config
+    assert_stderr "zet-client: warning: $ONE: was edited since the last commit; the edits are overwritten"
+    run_zet rollback-config
+    assert_status 0
+    assert_file out/one.conf $'old\n'
+}
+
+# assert_refused_at_once WORD...: by what records, before the first byte.
+assert_refused_at_once() {
+    capture timeout -s KILL 5 "$ZET_BIN/zet-client" --config zet.conf "$@"
+    assert_status 1
+    [[ $stderr == *"$HOST/state/state.db"*"(move it away"* ]] || differ "$*" "a refusal" "$stderr"
+}
+
+@test "what is in the place of the history's files and is none of them is refused before it is opened" {
+    local suffix kind command
+    for suffix in "" -wal -shm -journal; do
+        for kind in pipe link directory stranger name; do
+            rm -rf state/state.db* "$BASE/away"
+            case $kind in
+                pipe) mkfifo "state/state.db$suffix" ;;
+                link) ln -s "$BASE/away" "state/state.db$suffix" ;;
+                directory) mkdir "state/state.db$suffix" ;;
+                stranger) [[ $EUID -eq 0 ]] || continue; : >"state/state.db$suffix"; chown 12345 "state/state.db$suffix" ;;
+                name) : >"$BASE/away"; ln "$BASE/away" "state/state.db$suffix" ;;
+            esac
+            for command in commit-config "param set conf a 2" "line set conf ^a a=2" "file strip conf" "option set REALM X"; do
+                assert_refused_at_once $command
+            done
+            [[ $kind != link ]] || assert_absent "$BASE/away"
+            assert_file conf $'a=1\nb=2\n'
+            assert_file out/one.conf $'old\n'
+        done
+    done
+}
+
+@test "a history of a newer version is refused by what records, and left alone by what looks" {
+    zet -q commit-config
+    /usr/bin/python3 -c 'import sqlite3, sys; sqlite3.connect(sys.argv[1]).execute("PRAGMA user_version = 99")' state/state.db
+    local newer="$HOST/state/state.db: was written by a newer version of the product (use that one, or set ZET_HISTORY=no)"
+    run_zet param set conf a 2
+    assert_refusal 1 "$newer"
+    run_zet status
+    assert_status 0
+    assert_stderr "zet-client: warning: $newer"
+    assert_state "in sync"
+    run_zet rollback-config --force
+    assert_status 0
+    assert_stderr "zet-client: warning: $newer"
+    assert_file out/one.conf $'old\n'
+}
+
+@test "whoever may not read the history is told in sync or differs" {
+    need_root
+    copy_programs
+    zet -q commit-config
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status
+    assert_status 0
+    [[ $output == *"$ONE: in sync"* ]]
+    echo mine >>out/one.conf
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status
+    assert_status 3
+    [[ $output == *"$ONE: differs"* ]]
+}
