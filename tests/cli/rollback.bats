@@ -278,7 +278,7 @@ $TWO: is not there, as before"
         '[1, "rollback-config", "client", false, 0]'
     assert_json '[(t["template"], t["path"], t["result"], "+old" in t["diff"]) for t in d["targets"]]' \
         "[[\"one.conf\", \"$ONE\", \"restored\", true], [\"two.conf\", \"$TWO\", \"removed\", false]]"
-    assert_equal "$(sed 's/"dry_run": true/"dry_run": false/; s/"exit_status": 3/"exit_status": 0/' <<<"$planned")" "${output%?}"
+    assert_equal "$(sed 's/"dry_run": true/"dry_run": false/; s/"exit_status": 3/"exit_status": 0/' <<<"$planned")" "$(sed 's/"entry": [0-9]*/"entry": null/' <<<"${output%?}")"
 }
 
 @test "a file that only a broken template could tell from an edit stays" {

@@ -67,7 +67,7 @@ opened() {
     zet file restore conf
     echo ZET_HISTORY=no >>zet.conf
     local command
-    for command in "param set conf a 2" "param get conf a" "line get conf ^a" "explain conf" "doctor conf" "values"; do
+    for command in "param set conf a 2" "param get conf a" "line get conf ^a" "doctor conf" "values"; do
         rm -f conf.*
         assert_equal "$command: $(opened $command)" "$command: "
     done
@@ -96,7 +96,7 @@ syncs() {
     assert_equal "$(store 'SELECT count(*) FROM texts' 'SELECT count(*) FROM entries' 'SELECT count(*) FROM files')" $'0\n0\n0'
     echo mine >>out/one.conf
     assert_state edited
-    run_zet commit-config
+    run_zet commit-config --on-edit=overwrite
     assert_stderr "zet-client: warning: $ONE: was edited since the last commit; the edits are overwritten"
     run_zet rollback-config
     assert_status 0

@@ -99,9 +99,9 @@ int Status(Session& session, const StatusOptions& asked) {
     for (const TargetState& target : states.targets) {
         if (!asked.changed || target.state != kInSync) TellTarget(session, target);
     }
-    session.Out().Line(CountsOf(states.targets));
     TellEdits(session, states.edits, asked.changed);
     TellNewer(session, states.newerTemplates);
+    session.Out().Line(CountsOf(states.targets));
     for (const std::string& path : states.leftOvers) {
         session.Out().Warning(path +
                               ": was committed and is not in the list of targets any more "

@@ -16,6 +16,12 @@ bool FileExplanation::HasUntracedLines() const {
     });
 }
 
+/// What was told of a command when others could read the file is not told any more.
+static void HideWords(std::vector<std::optional<LineAge>>& ages) {
+    for (std::optional<LineAge>& age : ages)
+        if (age && age->entry) age->entry->words = {"***"};
+}
+
 FileExplanation ExplainFile(Deployment& product, const std::string& file) {
     FileExplanation result;
     result.path = FileToRead(product, file);
@@ -29,6 +35,7 @@ FileExplanation ExplainFile(Deployment& product, const std::string& file) {
     const std::string& source = result.origin.templateFile;
     result.lines = ExplainText(text, result.origin.isMade, source.empty() ? "" : ReadFileBytes(source));
     result.ages = AgesOfLines(product, file, *result.text);
+    if (result.isHidden) HideWords(result.ages);
     return result;
 }
 
