@@ -117,6 +117,12 @@ bool CapturedFile::IsAs(const RecordedState& other) const {
            state.group == other.group && state.attributes == other.attributes;
 }
 
+void CapturedFile::SetText(const std::string& other) {
+    text = other;
+    state.size = other.size();
+    state.digest = DigestOf(other);
+}
+
 CapturedFile CaptureIn(int directory, const std::string& name, const std::string& path,
                        std::uint64_t longest) {
     CapturedFile captured;

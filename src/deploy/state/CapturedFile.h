@@ -16,6 +16,9 @@ struct CapturedFile {
 
     /// Whether it is the same file to its readers: bytes, mode, owner and attributes.
     bool IsAs(const RecordedState& other) const;
+
+    /// The same file with another text.
+    void SetText(const std::string& other);
 };
 
 /// Of an open file: the ACL, the label and the user's own attributes.

@@ -15,9 +15,11 @@
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/Lock.h"
 #include "deploy/state/Overrides.h"
+#include "deploy/state/OwnText.h"
 #include "deploy/state/Recording.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/state/StateDirectory.h"
+#include "deploy/targets/EditRollback.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Restarts.h"
 #include "deploy/targets/ShownDiff.h"
@@ -34,13 +36,14 @@ using Result = FileOutcome::Result;
 
 /// What is done to one file.
 struct Step {
-    enum class Action { Nothing, PutBack, DropReserve, LeaveToOtherRole };
+    enum class Action { Nothing, PutBack, DropReserve, LeaveToOtherRole, TakeOutBlocks };
 
     WrittenFile file;
     FileOutcome outcome;
     Action action = Action::Nothing;
     FileVersion version;  ///< before it was looked at
     bool hasReserve = false;
+    std::string text{};  ///< what is left without the blocks
 };
 
 /// One rollback, under the lock: first it is known what becomes of every file, which is recorded, then it is
@@ -92,7 +95,17 @@ class Rollback {
                                               [&](const WrittenFile& file) { return file.path == path; });
             if (!isListed) AddRecorded(path, files);
         }
+        if (m_names.empty()) AddEdits(files);
         return files;
+    }
+
+    /// Of whichever role: a line has none.
+    void AddEdits(std::vector<WrittenFile>& files) {
+        for (const std::string& path : m_known.EditedPaths()) {
+            const std::size_t count = files.size();
+            AddRecorded(path, files);
+            if (files.size() > count) files.back().isEdit = true;
+        }
     }
 
     /// None when there is no list that can be used. What was recorded goes back all the same.
@@ -115,7 +128,8 @@ class Rollback {
                          target.path,
                          target.trusted,
                          target.roles.size() > 1,
-                         {}};
+                         {},
+                         false};
         try {
             file.path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path));
         } catch (const Failure& failure) {
@@ -125,7 +139,7 @@ class Rollback {
     }
 
     void AddRecorded(const std::string& path, std::vector<WrittenFile>& files) {
-        WrittenFile file{"", path, {}, "", "", true, {}};
+        WrittenFile file{"", path, {}, "", "", true, {}, false};
         try {
             if (!m_product.HostPaths().StaysInside(path)) {
                 m_product.Out().Warning(path +
@@ -206,6 +220,7 @@ class Rollback {
         const FileState reserve = StateOf(file.Reserve());
         const FileState now = StateOf(file.path);
         step.hasReserve = reserve.exists;
+        if (file.isEdit && DecideEdit(step)) return;
         if (!reserve.exists && !StateOf(file.Record()).exists) {
             step.action = Step::Action::LeaveToOtherRole;
             step.outcome = OutcomeOf(file, Result::Unchanged,
@@ -231,7 +246,44 @@ class Rollback {
         }
     }
 
+    /// False when the file goes back to its reserve, as a target does.
+    bool DecideEdit(Step& step) {
+        EditToTakeBack edit = LookAtEdit(m_known, step.file, m_isForced);
+        switch (edit.way) {
+            case EditToTakeBack::Way::Reserve:
+                return false;
+            case EditToTakeBack::Way::Keep:
+                step.outcome = Keep(step.file, edit.remark);
+                return true;
+            case EditToTakeBack::Way::Forget:
+                step.action = Step::Action::LeaveToOtherRole;
+                step.outcome = OutcomeOf(step.file, Result::Unchanged, edit.remark);
+                return true;
+            case EditToTakeBack::Way::Blocks:
+                break;
+        }
+        m_result.isChanged = true;
+        step.action = Step::Action::TakeOutBlocks;
+        step.outcome = OutcomeOf(step.file, Result::Changed, edit.remark);
+        step.outcome.before = step.outcome.after = StateOf(step.file.path);
+        step.text = std::move(edit.text);
+        const std::string staged = Room().PathOf("without-blocks");
+        WriteStagedFile(staged, step.text, step.outcome.before.mode);
+        step.outcome.diff = DiffToShow(m_product, step.file.path, staged, step.file.path);
+        return true;
+    }
+
+    void TakeOutBlocks(const Step& step) {
+        const FileInPlace place = step.file.PlaceIn(m_product.HostPaths());
+        Replacement replacement(m_product, place, step.version);
+        const mode_t mode = replacement.Former().mode;
+        replacement.Make(
+            mode, [&](const std::string& name) { SaveOwnText(name, step.text, mode); },
+            [](const std::string&) {});
+    }
+
     void Act(const Step& step) {
+        if (step.action == Step::Action::TakeOutBlocks) return TakeOutBlocks(step);
         if (step.action != Step::Action::PutBack && step.action != Step::Action::DropReserve) return;
         const FileInPlace place = step.file.PlaceIn(m_product.HostPaths());
         if (step.action == Step::Action::PutBack) return PutBackAsItWas(m_product, place, step.version);
@@ -303,6 +355,7 @@ class Rollback {
     /// Whether no target of the role is left when all steps are done.
     bool IsLast(const std::vector<WrittenFile>& all, const std::vector<Step>& steps) const {
         return std::all_of(all.begin(), all.end(), [&](const WrittenFile& file) {
+            if (file.isEdit) return true;
             const auto step = std::find_if(steps.begin(), steps.end(),
                                            [&](const Step& each) { return each.file.path == file.path; });
             const bool isTakenBack = step != steps.end() && step->action != Step::Action::Nothing;
@@ -342,6 +395,11 @@ class Rollback {
             file.kind = FileKind::Target;
             // Somebody may have edited it since.
             file.left = known->state;
+            return file;
+        }
+        if (step.action == Step::Action::TakeOutBlocks) {
+            file.after = Capture(file.path, longest);
+            file.after->SetText(step.text);
             return file;
         }
         file.after = step.hasReserve ? Capture(step.file.Reserve(), longest) : CapturedFile();

@@ -25,6 +25,7 @@ struct WrittenFile {
     bool isOfBoth = true;              ///< the other role may have committed it, too
     std::optional<Failure>
         trouble;  ///< why the real file cannot be found; the path is then as the list has it
+    bool isEdit = false;  ///< of single lines: it is no target
 
     std::string Reserve() const { return path + ZETReserveSuffix; }
     std::string Record() const { return path + ZETAbsenceSuffix; }

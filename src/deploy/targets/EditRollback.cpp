@@ -1,0 +1,39 @@
+#include "deploy/targets/EditRollback.h"
+
+#include "deploy/host/Failure.h"
+#include "text/WithoutBlocks.h"
+#include "text/repair/TextToEdit.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+using Way = EditToTakeBack::Way;
+
+void RequireSound(const std::string& path, const std::string& text) {
+    const auto damage = FindDamage(text);
+    if (!damage) return;
+    throw Failure({.file = path,
+                   .line = static_cast<int>(damage->line),
+                   .text = damage->text,
+                   .remedy = "\"doctor " + path + "\" tells a repair"});
+}
+
+}  // namespace
+
+EditToTakeBack LookAtEdit(const KnownFiles& known, const WrittenFile& file, bool isForced) {
+    const FileState now = StateOf(file.path);
+    if (!now.exists) return {Way::Forget, "is not there", ""};
+    if (!now.IsRegular()) return {Way::Keep, "is no regular file, stays as it is", ""};
+    const bool isAsLeft = known.IsAsLeft(file.path);
+    if ((isAsLeft || isForced) && IsFileExist(file.Reserve())) return {Way::Reserve, "", ""};
+    const std::string text = ReadFileBytes(file.path);
+    RequireSound(file.path, text);
+    std::string rest = WithoutBlocks(text);
+    if (rest != text)
+        return {Way::Blocks, "the managed blocks are taken out, all other lines stay", std::move(rest)};
+    if (isAsLeft) return {Way::Keep, "was edited without markers and has no reserve, stays as it is", ""};
+    return {Way::Forget, "holds no managed block any more, stays as it is", ""};
+}
+
+}  // namespace ZET::Deploy
