@@ -291,7 +291,7 @@ zet-client: nothing was changed"
     ship two.conf $'newer\n'
     run_zet status
     assert_status 0
-    [[ $output == *$'\n2 in sync\nnewer shipped templates: two.conf ("zet-client template upgrade" takes them over)\n' ]]
+    [[ $output == *$'\nnewer shipped templates: two.conf ("zet-client template upgrade" takes them over)\n2 in sync\n' ]]
     run_zet status --json
     assert_json 'd["newer_templates"]' '["two.conf"]'
     zet -q template upgrade
