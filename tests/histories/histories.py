@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Random histories of a host, beside a model as plain as can be.
 
-    histories.py --programs DIRECTORY [--injector FILE] [--steps N] [--seed N]
+    histories.py --programs DIRECTORY [--injector FILE] [--steps N] [--seed N | --first N]
 
 Commands, hands and kills change the files of a small host. The model only looks: it remembers every managed file,
 to the byte, mode, owner and attribute, as it was before and after each entry of the history. What "undo" and
@@ -304,6 +304,7 @@ def main():
     parser.add_argument("--injector", help="the library by which they are killed")
     parser.add_argument("--steps", type=int, default=400)
     parser.add_argument("--seed", type=int, help="this history alone")
+    parser.add_argument("--first", type=int, help="the first of several, for a run that is the same each time")
     options = parser.parse_args()
     if os.geteuid() != 0:
         print("skipped: owners can be changed by root alone")
@@ -313,7 +314,7 @@ def main():
     try:
         if options.seed is not None:
             return play(options, options.seed, base)[1]
-        first = seed = random.SystemRandom().randrange(1 << 30)
+        first = seed = random.SystemRandom().randrange(1 << 30) if options.first is None else options.first
         steps = failures = 0
         while steps < options.steps:
             played, failed = play(options, seed, base)
