@@ -8,7 +8,7 @@
 
 #include "BenchText.h"
 #include "Passes.h"
-#include "Text.h"
+#include "TextReader.h"
 
 namespace ZET {
 
@@ -16,7 +16,7 @@ namespace ZET {
 /// a file does that goes through several passes.
 template <typename Pass>
 void RunPass(benchmark::State& state, const std::string& content, Pass pass) {
-    Text text(BufferOf(content));
+    TextReader text(BufferOf(content));
     const char* const original = text.Bytes().data();
     Buffer memory;
     for (auto _ : state) {

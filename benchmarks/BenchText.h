@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-#include "Text.h"
+#include "TextReader.h"
 #include "zet/ZETTypes.h"
 
 namespace ZET {

@@ -24,13 +24,13 @@ void RunGrowth(benchmark::State& state, const std::string& content, Pass pass) {
 void RenderBySize(benchmark::State& state) {
     const StringMap values = TemplateValues();
     RunGrowth(state, TemplateText(CountOf(state)),
-              [&](Text& in, TextBuilder& out) { ApplyTemplatesPass(in, out, values); });
+              [&](TextReader& in, TextBuilder& out) { ApplyTemplatesPass(in, out, values); });
 }
 
 void RenderByPlaceholdersOfOneLine(benchmark::State& state) {
     const StringMap values = TemplateValues();
     RunGrowth(state, PlaceholderLine(CountOf(state)),
-              [&](Text& in, TextBuilder& out) { ApplyTemplatesPass(in, out, values); });
+              [&](TextReader& in, TextBuilder& out) { ApplyTemplatesPass(in, out, values); });
 }
 
 std::string ChainPlaceholder(std::size_t index) {
@@ -45,13 +45,13 @@ void RenderByDepthOfValues(benchmark::State& state) {
         values[ChainPlaceholder(index)] = ChainPlaceholder(index + 1).append("end");
     values[ChainPlaceholder(kLargest)] = "end";
     RunGrowth(state, ChainPlaceholder(kLargest - CountOf(state)) + "\n",
-              [&](Text& in, TextBuilder& out) { ApplyTemplatesPass(in, out, values); });
+              [&](TextReader& in, TextBuilder& out) { ApplyTemplatesPass(in, out, values); });
 }
 
 void SetLineByLines(benchmark::State& state) {
     BenchHost host;
     const std::string pattern = "^#*\\s*parameter_00000001=";
-    RunGrowth(state, ParameterLines(CountOf(state)), [&](Text& in, TextBuilder& out) {
+    RunGrowth(state, ParameterLines(CountOf(state)), [&](TextReader& in, TextBuilder& out) {
         LineMatcher matches(host.Core(), pattern);
         SetLinePass(in, out, matches, "parameter_00000001=changed", LineStyle::Marked);
     });
@@ -60,21 +60,22 @@ void SetLineByLines(benchmark::State& state) {
 void SetEveryLineByLines(benchmark::State& state) {
     BenchHost host;
     const std::string pattern = "^parameter_";
-    RunGrowth(state, ParameterLines(CountOf(state)), [&](Text& in, TextBuilder& out) {
+    RunGrowth(state, ParameterLines(CountOf(state)), [&](TextReader& in, TextBuilder& out) {
         LineMatcher matches(host.Core(), pattern);
         SetLinePass(in, out, matches, "changed", LineStyle::Marked);
     });
 }
 
 void RemoveMarkersByBlocks(benchmark::State& state) {
-    RunGrowth(state, ParameterText(0, CountOf(state)),
-              [](Text& in, TextBuilder& out) { RemoveMarkersPass(in, out, ZETBeginMarker, ZETEndMarker); });
+    RunGrowth(state, ParameterText(0, CountOf(state)), [](TextReader& in, TextBuilder& out) {
+        RemoveMarkersPass(in, out, ZETBeginMarker, ZETEndMarker);
+    });
 }
 
 void RestoreLineByBlocks(benchmark::State& state) {
     BenchHost host;
     const std::string pattern = "^# --PRE-ZET-- parameter_";
-    RunGrowth(state, ParameterText(0, CountOf(state)), [&](Text& in, TextBuilder& out) {
+    RunGrowth(state, ParameterText(0, CountOf(state)), [&](TextReader& in, TextBuilder& out) {
         LineMatcher matches(host.Core(), pattern);
         RestoreLinePass(in, out, matches);
     });
@@ -83,7 +84,7 @@ void RestoreLineByBlocks(benchmark::State& state) {
 /// A line's match through the core: the time of one run is that of N lines.
 void MatchByLines(benchmark::State& state) {
     BenchHost host;
-    RunGrowth(state, ParameterLines(CountOf(state)), [&](Text& in, TextBuilder& out) {
+    RunGrowth(state, ParameterLines(CountOf(state)), [&](TextReader& in, TextBuilder& out) {
         const std::string pattern = "^\\s*not_there=";
         LineMatcher matches(host.Core(), pattern);
         std::string_view line;

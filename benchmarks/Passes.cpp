@@ -23,30 +23,31 @@ std::string TextWithBlocks(const benchmark::State& state) {
 void ApplyTemplates(benchmark::State& state) {
     const StringMap values = TemplateValues();
     RunPass(state, TemplateText(SizeOf(state)),
-            [&](Text& in, TextBuilder& out) { ApplyTemplatesPass(in, out, values); });
+            [&](TextReader& in, TextBuilder& out) { ApplyTemplatesPass(in, out, values); });
 }
 
 void RemoveMarkers(benchmark::State& state) {
-    RunPass(state, TextWithBlocks(state),
-            [](Text& in, TextBuilder& out) { RemoveMarkersPass(in, out, ZETBeginMarker, ZETEndMarker); });
+    RunPass(state, TextWithBlocks(state), [](TextReader& in, TextBuilder& out) {
+        RemoveMarkersPass(in, out, ZETBeginMarker, ZETEndMarker);
+    });
 }
 
 /// The usual case: what is to be removed is not there.
 void RemoveMissingMarkers(benchmark::State& state) {
-    RunPass(state, TextWithBlocks(state), [](Text& in, TextBuilder& out) {
+    RunPass(state, TextWithBlocks(state), [](TextReader& in, TextBuilder& out) {
         RemoveMarkersPass(in, out, ZETTemplateCommentMarker, ZETCommentEndMarker);
     });
 }
 
 void InsertHeader(benchmark::State& state) {
     RunPass(state, TextWithBlocks(state),
-            [](Text& in, TextBuilder& out) { InsertHeaderPass(in, out, "# written by a program"); });
+            [](TextReader& in, TextBuilder& out) { InsertHeaderPass(in, out, "# written by a program"); });
 }
 
 void SetLine(benchmark::State& state) {
     BenchHost host;
     const std::string pattern = "^#*\\s*parameter_00000001=";
-    RunPass(state, TextWithBlocks(state), [&](Text& in, TextBuilder& out) {
+    RunPass(state, TextWithBlocks(state), [&](TextReader& in, TextBuilder& out) {
         LineMatcher matches(host.Core(), pattern);
         SetLinePass(in, out, matches, kNewLine, LineStyle::Marked);
     });
@@ -55,7 +56,7 @@ void SetLine(benchmark::State& state) {
 void RestoreLine(benchmark::State& state) {
     BenchHost host;
     const std::string pattern = "^# --PRE-ZET-- #*\\s*parameter_00000001=";
-    RunPass(state, TextWithBlocks(state), [&](Text& in, TextBuilder& out) {
+    RunPass(state, TextWithBlocks(state), [&](TextReader& in, TextBuilder& out) {
         LineMatcher matches(host.Core(), pattern);
         RestoreLinePass(in, out, matches);
     });
@@ -63,7 +64,7 @@ void RestoreLine(benchmark::State& state) {
 
 void LookUpMissingLine(benchmark::State& state) {
     BenchHost host;
-    RunPass(state, TextWithBlocks(state), [&](Text& in, TextBuilder& out) {
+    RunPass(state, TextWithBlocks(state), [&](TextReader& in, TextBuilder& out) {
         LineMatcher matches(host.Core(), kMissing);
         std::string_view line;
         benchmark::DoNotOptimize(FindLine(in, matches, line));

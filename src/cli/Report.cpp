@@ -36,7 +36,7 @@ std::string PrintableLine(std::string_view line) {
 std::string SetIn(std::string_view lines) {
     std::string text;
     while (!lines.empty())
-        text += "  " + PrintableLine(TakeLine(lines).text) + "\n";
+        text += "  " + PrintableLine(Text::TakeLine(lines).text) + "\n";
     return text;
 }
 
@@ -138,7 +138,7 @@ void Report::Bytes(std::string_view text) {
     if (!m_output.IsTerminal()) return Text(text);
     std::string shown;
     while (!text.empty()) {
-        const TextLine line = TakeLine(text);
+        const Text::TextLine line = Text::TakeLine(text);
         shown.append(PrintableLine(line.text)).append(line.hasLineFeed ? "\n" : "");
     }
     Text(shown);
@@ -164,7 +164,7 @@ void Report::Diff(std::string_view diff) {
     if (!m_color && !m_output.IsTerminal()) return Text(diff);
     std::string shown;
     while (!diff.empty()) {
-        const TextLine line = TakeLine(diff);
+        const Text::TextLine line = Text::TakeLine(diff);
         const std::string_view color = m_color ? ColorOfDiffLine(line.text) : "";
         shown.append(color).append(m_output.IsTerminal() ? PrintableLine(line.text) : line.text);
         shown.append(color.empty() ? "" : "\033[0m").append(line.hasLineFeed ? "\n" : "");

@@ -7,7 +7,7 @@
 #include "text/ManagedText.h"
 #include "text/Placeholders.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -166,4 +166,4 @@ Adoption AdoptEdit(std::string_view templateText, std::string_view rendered, std
     return Adopter(templateText, rendered, edited, values).Run(hunks);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

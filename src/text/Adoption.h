@@ -9,7 +9,7 @@
 #include "text/Hunks.h"
 #include "zet/ZETTypes.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 /// A line of an edited file that no line of a template can become.
 struct UnadoptableLine {
@@ -31,6 +31,6 @@ struct Adoption {
 Adoption AdoptEdit(std::string_view templateText, std::string_view rendered, std::string_view edited,
                    const std::vector<Hunk>& hunks, const StringMap& values);
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

@@ -4,7 +4,7 @@
 
 #include "text/Lines.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -96,4 +96,4 @@ std::string ChangedLines(std::string_view diff) {
     return reader.Result();
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -4,12 +4,12 @@
 #include <string>
 #include <string_view>
 
-namespace ZET {
+namespace ZET::Text {
 
 /// Which lines a unified diff changes, by their numbers in the new text: "lines 3-5, 9 changed"; where lines
 /// only go, by those in the old one: "line 7 of the old text removed". Empty when there are none.
 std::string ChangedLines(std::string_view diff);
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

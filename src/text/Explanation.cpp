@@ -5,7 +5,7 @@
 #include "text/Lines.h"
 #include "text/Placeholders.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -171,4 +171,4 @@ ExplainedLines ExplanationOf(const std::vector<ExplainedLines>& explanation, std
     return lines;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

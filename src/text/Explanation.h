@@ -9,7 +9,7 @@
 #include "text/LineOrigin.h"
 #include "text/ManagedText.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 /// Lines of a file that have one explanation.
 struct ExplainedLines {
@@ -48,6 +48,6 @@ std::vector<ExplainedLines> ExplainText(const ManagedText& text, bool isMade, st
 /// The explanation that holds for that one line.
 ExplainedLines ExplanationOf(const std::vector<ExplainedLines>& explanation, std::size_t line);
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

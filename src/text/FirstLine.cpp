@@ -4,7 +4,7 @@
 
 #include "text/Lines.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -34,4 +34,4 @@ bool MustComeFirst(std::string_view line) {
     return text == "{" || text == "[";
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace ZET {
+namespace ZET::Text {
 
 /// The first line of a text that is not empty: the notice goes in front of it.
 struct FirstLine {
@@ -19,6 +19,6 @@ FirstLine FirstLineOf(std::string_view text);
 /// comments, or begins with a byte order mark.
 bool MustComeFirst(std::string_view line);
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

@@ -4,7 +4,7 @@
 
 #include "text/Lines.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -90,4 +90,4 @@ std::vector<std::size_t> FormerLines(std::string_view diff, const std::vector<st
     return former;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -5,12 +5,12 @@
 #include <string_view>
 #include <vector>
 
-namespace ZET {
+namespace ZET::Text {
 
 /// The numbers that lines of a new text had in the old one, by the unified diff of the two; 0: the line is
 /// new. `lines` are numbers from 1 in rising order.
 std::vector<std::size_t> FormerLines(std::string_view diff, const std::vector<std::size_t>& lines);
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

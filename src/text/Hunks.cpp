@@ -4,7 +4,7 @@
 
 #include "text/Lines.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -71,4 +71,4 @@ std::optional<std::vector<Hunk>> HunksOf(std::string_view difference) {
     return hunks;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

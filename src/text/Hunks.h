@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ZET {
+namespace ZET::Text {
 
 /// Lines of an old text that others of a new one replace; numbers from 1.
 struct Hunk {
@@ -20,6 +20,6 @@ struct Hunk {
 /// it is none.
 std::optional<std::vector<Hunk>> HunksOf(std::string_view difference);
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

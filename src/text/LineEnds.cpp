@@ -2,7 +2,7 @@
 
 #include "text/Lines.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 void LineEndScan::Take(std::string_view lines, std::size_t before) {
     const auto has = [&](std::string_view text) { return lines.find(text) != std::string_view::npos; };
@@ -12,7 +12,7 @@ void LineEndScan::Take(std::string_view lines, std::size_t before) {
         return;
     }
     while (!lines.empty()) {
-        const TextLine line = ZET::TakeLine(lines);
+        const TextLine line = Text::TakeLine(lines);
         if (line.hasLineFeed) TakeLine(line.text, ++before);
     }
 }
@@ -58,4 +58,4 @@ std::string WithoutLineEnd(std::string line) {
     return line;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -8,7 +8,7 @@
 
 #include "text/Regions.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 /// How the lines of a file end. Those that the system wrote to keep order, and into its blocks, do not count:
 /// it writes line feeds alone.
@@ -43,6 +43,6 @@ std::string WithLineEnd(const std::string& line, const LineEnds& ends);
 /// A line that was looked up, without what belongs to its end.
 std::string WithoutLineEnd(std::string line);
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -80,4 +80,4 @@ bool LineExpansion::Replace(std::size_t end, const std::string& value) {
            m_written + m_left.size() <= kLongestLine + m_lineSize;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -8,7 +8,7 @@
 
 #include "zet/ZETTypes.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 /// Follows the expansion of one line as the module performs it: a value is put in the place of its
 /// placeholder and searched in its turn. What is left of the line is kept back to front, so that its next
@@ -59,6 +59,6 @@ class LineExpansion {
     std::size_t m_most = 0;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

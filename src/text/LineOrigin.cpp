@@ -5,7 +5,7 @@
 #include "text/Lines.h"
 #include "text/Placeholders.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -123,4 +123,4 @@ std::vector<LineOrigin> TraceLines(const ManagedText& file, std::string_view tem
     return origins;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

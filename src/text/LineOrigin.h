@@ -7,7 +7,7 @@
 
 #include "text/ManagedText.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 /// Where a line of a file that was made from a template comes from.
 struct LineOrigin {
@@ -29,6 +29,6 @@ std::vector<LineOrigin> TraceLines(const ManagedText& file, std::string_view tem
 /// Whether the template's line can become that line, whatever the values are.
 bool CanBecome(std::string_view templateLine, std::string_view line);
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

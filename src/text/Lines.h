@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ZET {
+namespace ZET::Text {
 
 struct TextLine {
     std::string_view text;    ///< without the line feed
@@ -70,6 +70,6 @@ inline std::string_view WithoutCarriageReturn(std::string_view line) {
     return line;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

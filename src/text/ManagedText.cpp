@@ -4,7 +4,7 @@
 
 #include "text/Lines.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -34,7 +34,7 @@ LineKind KindOf(const RegionPlace& place) {
 
 ManagedText::ManagedText(std::string_view text) {
     m_lines.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
-    ZET::Regions regions;
+    Text::Regions regions;
     while (!text.empty()) {
         const std::string_view line = TakeLine(text).text;
         AddLine(line, regions.Take(MarkerOf(line), m_lines.size() + 1));
@@ -68,4 +68,4 @@ void ManagedText::LinkFormerLines() {
     }
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

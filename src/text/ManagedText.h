@@ -8,7 +8,7 @@
 
 #include "text/Regions.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 /// What a line of a managed file is.
 enum class LineKind : std::uint8_t {
@@ -65,6 +65,6 @@ class ManagedText {
     std::vector<ManagedRegion> m_regions;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

@@ -6,7 +6,7 @@
 
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -61,4 +61,4 @@ Marker MarkerOf(std::string_view line) {
     return Marker::None;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

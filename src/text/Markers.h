@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace ZET {
+namespace ZET::Text {
 
 /// The marker lines of the managed format.
 enum class Marker : std::uint8_t {
@@ -30,6 +30,6 @@ std::string_view MarkerText(Marker marker);
 /// it does not matter.
 Marker MarkerOf(std::string_view line);
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

@@ -3,7 +3,7 @@
 #include "text/Lines.h"
 #include "text/Markers.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 TextAndNotice WithoutNotice(std::string_view text) {
     std::string_view rest = text;
@@ -17,4 +17,4 @@ TextAndNotice WithoutNotice(std::string_view text) {
     return {"", text, 0};
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace ZET {
+namespace ZET::Text {
 
 /// A text and the notice at its top, apart.
 struct TextAndNotice {
@@ -17,6 +17,6 @@ struct TextAndNotice {
 /// The text must outlive the result. A notice that is not closed is none.
 TextAndNotice WithoutNotice(std::string_view text);
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

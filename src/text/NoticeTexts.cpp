@@ -9,7 +9,7 @@
 #include "text/Markers.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -127,4 +127,4 @@ std::string NoticeTexts::TemplateIn(NoticeLines notice) const {
     return "";
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ZET {
+namespace ZET::Text {
 
 using NoticeLines = std::span<const std::string_view>;
 
@@ -44,6 +44,6 @@ class NoticeTexts {
     std::vector<Lines> m_texts;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

@@ -2,7 +2,7 @@
 
 #include <set>
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -45,4 +45,4 @@ std::vector<std::string_view> PiecesBetweenPlaceholders(std::string_view templat
     return pieces;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

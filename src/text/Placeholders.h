@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ZET {
+namespace ZET::Text {
 
 inline constexpr std::string_view kPlaceholderBegin = "${";
 
@@ -34,6 +34,6 @@ std::vector<std::string> PlaceholdersOf(std::string_view templateLine);
 /// What stands before, between and behind the placeholders of a template's line that are replaced.
 std::vector<std::string_view> PiecesBetweenPlaceholders(std::string_view templateLine);
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

@@ -8,7 +8,7 @@
 #include "text/Lines.h"
 #include "text/repair/NearMarker.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -130,4 +130,4 @@ bool RegionScan::IsNoticeWhole() const {
     return m_noticeTexts->ForeignLine(lines) == lines.size();
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

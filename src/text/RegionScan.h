@@ -9,7 +9,7 @@
 #include "text/NoticeTexts.h"
 #include "text/Regions.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 /// A quick look through a text, which may come in pieces of whole lines, for markers that are out of order.
 /// What is sound here is so for sure; of anything else, a diagnosis tells.
@@ -45,6 +45,6 @@ class RegionScan {
     std::vector<std::string> m_notice;  ///< the lines of the one that is open, without its begin marker
 };
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

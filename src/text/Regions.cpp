@@ -1,6 +1,6 @@
 #include "text/Regions.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 RegionPlace Regions::Take(Marker marker, std::size_t number) {
     RegionStep step = m_blocks.Take(marker, number);
@@ -27,4 +27,4 @@ std::size_t Regions::OpenSince(RegionKind kind) const {
     return 0;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -6,7 +6,7 @@
 
 #include "text/Markers.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 /// What a line is to the regions of one kind.
 enum class RegionStep : std::uint8_t {
@@ -95,6 +95,6 @@ class Regions {
     RegionFollower m_templateComments = RegionFollower::OfTemplateComments();
 };
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

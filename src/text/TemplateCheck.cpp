@@ -11,7 +11,7 @@
 #include "text/Regions.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -233,4 +233,4 @@ std::vector<Problem> CheckTemplate(const std::string& file, const LineSource& li
     return checker.End();
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -10,7 +10,7 @@
 #include "zet/ZETProblem.h"
 #include "zet/ZETTypes.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 /// Hands the lines of a text to `take`, one after the other, without their line feeds.
 using LineSource = std::function<void(const std::function<void(std::string_view line)>& take)>;
@@ -25,6 +25,6 @@ using LineSource = std::function<void(const std::function<void(std::string_view 
 std::vector<Problem> CheckTemplate(const std::string& file, const LineSource& lines, const StringMap& values,
                                    std::set<std::string>* used = nullptr);
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

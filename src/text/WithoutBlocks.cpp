@@ -2,7 +2,7 @@
 
 #include "text/ManagedText.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -29,4 +29,4 @@ std::string WithoutBlocks(std::string_view text) {
     return rest;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-namespace ZET {
+namespace ZET::Text {
 namespace {
 
 using testing::ElementsAre;
@@ -104,4 +104,4 @@ TEST(Adoption, RenderingOfAnotherTemplateCannotBeTraced) {
 }
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -4,8 +4,8 @@
 
 #include "zet/ZETProblem.h"
 
-using ZET::ChangedLines;
 using ZET::Problem;
+using ZET::Text::ChangedLines;
 
 namespace {
 

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-using ZET::ExplainedLines;
-using ZET::ExplainText;
-using ZET::ExplanationOf;
-using ZET::ManagedText;
-using Kind = ZET::ExplainedLines::Kind;
+using ZET::Text::ExplainedLines;
+using ZET::Text::ExplainText;
+using ZET::Text::ExplanationOf;
+using ZET::Text::ManagedText;
+using Kind = ZET::Text::ExplainedLines::Kind;
 
 namespace {
 

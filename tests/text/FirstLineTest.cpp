@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ZET {
+namespace ZET::Text {
 namespace {
 
 TEST(FirstLine, EmptyLinesBeforeItAreCounted) {
@@ -32,4 +32,4 @@ TEST(FirstLine, OtherLinesMayFollowANotice) {
 }
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ZET {
+namespace ZET::Text {
 namespace {
 
 using Numbers = std::vector<std::size_t>;
@@ -37,4 +37,4 @@ TEST(FormerLinesTest, AMissingLineFeedIsNoLine) {
 }
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ZET {
+namespace ZET::Text {
 namespace {
 
 constexpr char kBlock[] = "# ---ZET_BEGIN---\nkdc=new\n# ----ZET_END----\n";
@@ -61,4 +61,4 @@ TEST(LineEnds, OneCarriageReturnBelongsToTheEnd) {
 }
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-using ZET::CanBecome;
-using ZET::LineOrigin;
-using ZET::ManagedText;
-using ZET::TraceLines;
+using ZET::Text::CanBecome;
+using ZET::Text::LineOrigin;
+using ZET::Text::ManagedText;
+using ZET::Text::TraceLines;
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace ZET {
+namespace ZET::Text {
 namespace {
 
 using testing::ElementsAre;
@@ -64,4 +64,4 @@ TEST(Lines, NullByteEndsNoLine) {
 }
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Text

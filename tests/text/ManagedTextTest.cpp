@@ -4,10 +4,10 @@
 
 #include <string>
 
-using ZET::LineKind;
-using ZET::ManagedRegion;
-using ZET::ManagedText;
-using ZET::RegionKind;
+using ZET::Text::LineKind;
+using ZET::Text::ManagedRegion;
+using ZET::Text::ManagedText;
+using ZET::Text::RegionKind;
 
 namespace {
 

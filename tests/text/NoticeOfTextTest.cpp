@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace ZET {
+namespace ZET::Text {
 namespace {
 
 TEST(NoticeOfTextTest, TheNoticeAtTheTopIsTakenOff) {
@@ -24,4 +24,4 @@ TEST(NoticeOfTextTest, OneThatIsNotClosedOrNotAtTheTopIsNone) {
 }
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Text

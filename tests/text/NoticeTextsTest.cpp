@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-using ZET::NoticeLines;
-using ZET::NoticeTexts;
+using ZET::Text::NoticeLines;
+using ZET::Text::NoticeTexts;
 using Lines = std::vector<std::string_view>;
 
 namespace {

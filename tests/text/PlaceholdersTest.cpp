@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace ZET {
+namespace ZET::Text {
 namespace {
 
 using testing::ElementsAre;
@@ -38,4 +38,4 @@ TEST(Placeholders, PiecesStandBeforeBetweenAndBehindThem) {
 }
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -6,7 +6,7 @@
 
 #include "text/Lines.h"
 
-namespace ZET {
+namespace ZET::Text {
 namespace {
 
 constexpr char kBegin[] = "# ---ZET_BEGIN---\n";
@@ -92,4 +92,4 @@ TEST(Regions, RegionWithoutEndIsOpenSinceItsBegin) {
 }
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Text

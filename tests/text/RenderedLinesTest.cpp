@@ -6,7 +6,7 @@
 #include "TemplateLines.h"
 #include "text/TemplateCheck.h"
 
-namespace ZET {
+namespace ZET::Text {
 namespace {
 
 using testing::ElementsAre;
@@ -118,4 +118,4 @@ TEST(RenderedLines, LookGrowsWithTheTextAndNoFaster) {
 }
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Text

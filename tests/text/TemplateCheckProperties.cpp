@@ -17,7 +17,7 @@
 #include "text/TemplateCheck.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -177,4 +177,4 @@ TEST_F(TemplateCheckProperties, ValuesThatMultiplyEachOtherAreBeyondTheLimits) {
 
 }  // namespace
 
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -245,4 +245,4 @@ TEST(TemplateCheck, PlaceholdersThatItAsksForAreUsed) {
 
 }  // namespace
 
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -6,7 +6,7 @@
 #include "text/Lines.h"
 #include "text/TemplateCheck.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 /// The lines of a template that is no file.
 inline LineSource LinesOf(const std::string& text) {
@@ -16,6 +16,6 @@ inline LineSource LinesOf(const std::string& text) {
     };
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

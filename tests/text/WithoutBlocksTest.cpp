@@ -5,7 +5,7 @@
 #include "text/Markers.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Text {
 namespace {
 
 std::string Block(const std::string& content) {
@@ -56,4 +56,4 @@ TEST(WithoutBlocks, OpenEndStaysWhereALineOfOthersHasIt) {
 }
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -132,7 +132,7 @@ TEST_F(ApplyTemplatesTest, ValueAsLongAsTheWholeTemplateTakesItsPlace) {
 TEST_F(ApplyTemplatesTest, RunOfTheSameLengthFromElsewhereIsNotTakenForTheText) {
     Buffer bytes;
     bytes.Append("a=1\n");
-    Text text(std::move(bytes));
+    TextReader text(std::move(bytes));
     const std::string other = "b=2\n";
     TextBuilder result(text, Buffer());
     result.Copy(other);

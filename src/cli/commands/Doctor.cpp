@@ -17,7 +17,7 @@ struct DoctorOptions : EditOptions {
     bool fix = false;
 };
 
-std::string Remedy(const MarkerDamage& damage) {
+std::string Remedy(const Text::MarkerDamage& damage) {
     if (!damage.IsAmbiguous()) return damage.remedies.front();
     std::string remedy = "ambiguous: either " + damage.remedies.front();
     for (auto choice = damage.remedies.begin() + 1; choice != damage.remedies.end(); ++choice)
@@ -25,7 +25,7 @@ std::string Remedy(const MarkerDamage& damage) {
     return remedy;
 }
 
-void ReportDamage(Report& out, const std::string& path, const MarkerDamage& damage) {
+void ReportDamage(Report& out, const std::string& path, const Text::MarkerDamage& damage) {
     const Problem problem{path, static_cast<int>(damage.line), 0, damage.text, Remedy(damage)};
     List choices;
     if (damage.IsAmbiguous()) choices.assign(damage.remedies.begin(), damage.remedies.end());
@@ -42,7 +42,7 @@ void TellRepair(Session& session, const FileDiagnosis& file, bool isShown) {
     Secrets& secrets = session.Product().HostSecrets();
     if (secrets.Hides(file.path)) {
         if (!isShown) return;
-        session.Out().Remark(file.path + ": the repair: " + ChangedLines(file.repair) + " (" +
+        session.Out().Remark(file.path + ": the repair: " + Text::ChangedLines(file.repair) + " (" +
                              secrets.Excuse(file.path) + ")");
         return;
     }
@@ -55,7 +55,7 @@ bool TellDamage(Session& session, const FileDiagnosis& file, bool isShown) {
     Report& out = session.Out();
     out.Set("path", session.Product().HostPaths().RealName(file.path));
     out.Set("secret", file.isPrivate);
-    for (const MarkerDamage& damage : file.diagnosis.damages)
+    for (const Text::MarkerDamage& damage : file.diagnosis.damages)
         ReportDamage(out, file.path, damage);
     if (!file.repair.empty()) TellRepair(session, file, isShown);
     return !file.diagnosis.damages.empty();

@@ -16,7 +16,7 @@ namespace ZET::Cli {
 
 namespace {
 
-using Kind = ExplainedLines::Kind;
+using Kind = Text::ExplainedLines::Kind;
 
 struct ExplainOptions {
     std::string place;
@@ -87,7 +87,7 @@ class Teller {
             m_session.Out().Remark(m_path + ": " + m_session.Product().HostSecrets().Excuse(m_path));
     }
 
-    void Tell(const ExplainedLines& lines, std::size_t line) {
+    void Tell(const Text::ExplainedLines& lines, std::size_t line) {
         m_session.Out().Add("regions", ToFields(lines));
         m_isLeftOut = m_isLeftOut || (m_file.isHidden && (HasFormerText(lines) || !lines.content.empty()));
         const bool isOneLine = line != 0;
@@ -121,7 +121,7 @@ class Teller {
         return m_file.isHidden ? "(secret)" : "\"" + std::string(text) + "\"";
     }
 
-    std::string Describe(const ExplainedLines& lines, bool isOneLine) const {
+    std::string Describe(const Text::ExplainedLines& lines, bool isOneLine) const {
         switch (lines.kind) {
             case Kind::Own:
                 return "the administrator's own" + (isOneLine ? ReserveText() : "");
@@ -156,7 +156,7 @@ class Teller {
                (isOneLine ? ReserveText() : "");
     }
 
-    std::string DescribeBlock(const ExplainedLines& lines) const {
+    std::string DescribeBlock(const Text::ExplainedLines& lines) const {
         std::string text = "managed block";
         if (!lines.isClosed) text += ", without an end marker (see doctor)";
         text += ": ";
@@ -168,13 +168,13 @@ class Teller {
                FromTemplateLine(lines);
     }
 
-    std::string FromTemplateLine(const ExplainedLines& lines) const {
+    std::string FromTemplateLine(const Text::ExplainedLines& lines) const {
         if (lines.templateLine == 0) return "";
         return ", from " + LineName(lines.templateLine) + " of the template " + m_origin.templateName +
                PlaceholderText(lines);
     }
 
-    std::string TemplateLines(const ExplainedLines& lines) const {
+    std::string TemplateLines(const Text::ExplainedLines& lines) const {
         const std::size_t count = lines.last - lines.first;
         const std::string numbers = count == 0 ? LineName(lines.templateLine)
                                                : "lines " + std::to_string(lines.templateLine) + " to " +
@@ -182,7 +182,7 @@ class Teller {
         return numbers + " of the template " + m_origin.templateName;
     }
 
-    static std::string PlaceholderText(const ExplainedLines& lines) {
+    static std::string PlaceholderText(const Text::ExplainedLines& lines) {
         std::string text;
         for (const std::string& placeholder : lines.placeholders)
             text += (text.empty() ? " with " : ", ") + placeholder;
@@ -202,7 +202,7 @@ class Teller {
     }
 
     /// What the newest of the lines came with; none: they are older than what is known.
-    std::optional<LineAge> NewestAge(const ExplainedLines& lines) const {
+    std::optional<LineAge> NewestAge(const Text::ExplainedLines& lines) const {
         std::optional<LineAge> newest;
         for (std::size_t line = lines.first; line <= lines.last && line <= m_file.ages.size(); ++line) {
             const std::optional<LineAge>& age = m_file.ages[line - 1];
@@ -211,7 +211,7 @@ class Teller {
         return newest;
     }
 
-    std::string Since(const ExplainedLines& lines) const {
+    std::string Since(const Text::ExplainedLines& lines) const {
         const std::optional<LineAge> newest = NewestAge(lines);
         if (!newest) return "";
         const auto first = m_file.ages.begin() + static_cast<std::ptrdiff_t>(lines.first) - 1;
@@ -220,11 +220,11 @@ class Teller {
         return (isOfAll ? "; " : "; in parts ") + SinceText(*newest);
     }
 
-    static bool HasFormerText(const ExplainedLines& lines) {
+    static bool HasFormerText(const Text::ExplainedLines& lines) {
         return lines.formerLine != 0 || lines.kind == Kind::FormerLine || lines.kind == Kind::LoneFormerLine;
     }
 
-    Fields ToFields(const ExplainedLines& lines) const {
+    Fields ToFields(const Text::ExplainedLines& lines) const {
         const bool isOfTemplate = lines.templateLine != 0;
         return {
             {"kind", NameOf(lines.kind)},
@@ -286,10 +286,10 @@ int Explain(Session& session, const ExplainOptions& asked) {
     Teller teller(session, file);
     teller.TellFile();
     if (line != 0) {
-        teller.Tell(ExplanationOf(file.lines, line), line);
+        teller.Tell(Text::ExplanationOf(file.lines, line), line);
     } else {
         teller.TellFileInWords();
-        for (const ExplainedLines& lines : file.lines)
+        for (const Text::ExplainedLines& lines : file.lines)
             teller.Tell(lines, 0);
     }
     teller.TellWhatIsHidden();

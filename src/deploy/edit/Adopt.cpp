@@ -29,15 +29,15 @@ struct Body {
 };
 
 /// The first lines of a made text, as far as the notice that the module put there reaches.
-std::size_t LengthOfNotice(const ManagedText& text) {
-    const bool hasNotice = text.LineCount() > 0 && text.RegionOf(1).kind == RegionKind::Notice;
+std::size_t LengthOfNotice(const Text::ManagedText& text) {
+    const bool hasNotice = text.LineCount() > 0 && text.RegionOf(1).kind == Text::RegionKind::Notice;
     return hasNotice ? text.RegionOf(1).last : 0;
 }
 
 Body BodyOf(const std::string& text, std::size_t linesBefore) {
     std::string_view rest = text;
     for (std::size_t i = 0; i < linesBefore && !rest.empty(); ++i)
-        TakeLine(rest);
+        Text::TakeLine(rest);
     return {std::string(rest), linesBefore};
 }
 
@@ -86,13 +86,13 @@ class Adopting {
     }
 
     std::string NewTemplate(const std::string& rendered, const std::string& edited) {
-        const std::size_t notice = LengthOfNotice(ManagedText(rendered));
+        const std::size_t notice = LengthOfNotice(Text::ManagedText(rendered));
         const Body before = BodyOf(rendered, notice);
         const Body after = BodyOf(edited, notice);
         RequireSameNotice(rendered, edited, before, after);
-        const Adoption adoption =
-            AdoptEdit(ReadFileBytes(TemplateFile(m_product, m_templateName)), before.text, after.text,
-                      HunksBetween(before, after), m_product.Config().TemplatesValues());
+        const Text::Adoption adoption =
+            Text::AdoptEdit(ReadFileBytes(TemplateFile(m_product, m_templateName)), before.text, after.text,
+                            HunksBetween(before, after), m_product.Config().TemplatesValues());
         if (!adoption.isTraceable) FailToTrace();
         if (!adoption.refused.empty()) Refuse(adoption.refused, notice);
         return adoption.templateText;
@@ -109,7 +109,7 @@ class Adopting {
                        .remedy = "put the notice back as it was"});
     }
 
-    std::vector<Hunk> HunksBetween(const Body& before, const Body& after) {
+    std::vector<Text::Hunk> HunksBetween(const Body& before, const Body& after) {
         constexpr mode_t kPrivate = 0600;
         const std::string oldFile = m_staging.PathOf("before");
         const std::string newFile = m_staging.PathOf("after");
@@ -117,14 +117,14 @@ class Adopting {
         WriteStagedFile(newFile, after.text, kPrivate);
         const ProcessResult result =
             RunProcess({"diff", "-a", "--", oldFile, newFile}, {.environment = {"LC_ALL=C"}});
-        const auto hunks = result.status > 1 ? std::nullopt : HunksOf(result.output);
+        const auto hunks = result.status > 1 ? std::nullopt : Text::HunksOf(result.output);
         if (!hunks) FailToTrace();
         return *hunks;
     }
 
-    [[noreturn]] void Refuse(const std::vector<UnadoptableLine>& lines, std::size_t linesBefore) const {
+    [[noreturn]] void Refuse(const std::vector<Text::UnadoptableLine>& lines, std::size_t linesBefore) const {
         std::vector<Problem> problems;
-        for (const UnadoptableLine& line : lines) {
+        for (const Text::UnadoptableLine& line : lines) {
             std::string names;
             for (const std::string& placeholder : line.placeholders)
                 names += (names.empty() ? "" : ", ") + placeholder;

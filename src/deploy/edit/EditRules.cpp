@@ -47,20 +47,22 @@ std::string Escaped(std::string_view text) {
 }
 
 /// One without an end is what a hand left of it: what follows is the administrator's.
-bool IsNotice(const ManagedRegion& region) {
-    return region.kind == RegionKind::Notice && region.isClosed;
+bool IsNotice(const Text::ManagedRegion& region) {
+    return region.kind == Text::RegionKind::Notice && region.isClosed;
 }
 
 /// The beginnings of the lines that the pattern selects though the system keeps order by them, as parts of a
 /// regular expression.
-std::set<std::string> SelectedOwnLines(IZETCore& core, const ManagedText& text, const std::string& pattern) {
+std::set<std::string> SelectedOwnLines(IZETCore& core, const Text::ManagedText& text,
+                                       const std::string& pattern) {
     std::set<std::string> selected;
     for (std::size_t number = 1; number <= text.LineCount(); ++number) {
         const std::string_view line = text.Line(number).text;
-        const Marker marker = MarkerOf(line);
-        if (marker == Marker::None && !IsNotice(text.RegionOf(number))) continue;
+        const Text::Marker marker = Text::MarkerOf(line);
+        if (marker == Text::Marker::None && !IsNotice(text.RegionOf(number))) continue;
         if (!Selects(core, pattern, line)) continue;
-        selected.insert(marker == Marker::None ? Escaped(line) + "$" : Escaped(MarkerText(marker)));
+        selected.insert(marker == Text::Marker::None ? Escaped(line) + "$"
+                                                     : Escaped(Text::MarkerText(marker)));
     }
     return selected;
 }
@@ -73,9 +75,9 @@ void RequireOneLine(const std::string& text, const std::string& what) {
 }
 
 void RequireNoMarker(const std::string& line) {
-    const Marker marker = MarkerOf(line);
-    if (marker == Marker::None) return;
-    throw UsageError("LINE begins with \"" + std::string(MarkerText(marker)) +
+    const Text::Marker marker = Text::MarkerOf(line);
+    if (marker == Text::Marker::None) return;
+    throw UsageError("LINE begins with \"" + std::string(Text::MarkerText(marker)) +
                      "\", which marks lines of the system itself (begin it with something else)");
 }
 
@@ -122,7 +124,7 @@ void RequireLiteralName(IZETCore& core, const std::string& path, std::string_vie
         throw UsageError("NAME \"" + name + "\": " + error.what() + remedy);
     }
     std::size_t number = 0;
-    for (const TextLine& line : SplitLines(text)) {
+    for (const Text::TextLine& line : Text::SplitLines(text)) {
         ++number;
         if (HoldsLiterally(line.text, name) || !Selects(core, pattern, line.text)) continue;
         throw UsageError("NAME \"" + name + "\" also selects line " + std::to_string(number) + " of " + path +
@@ -133,8 +135,8 @@ void RequireLiteralName(IZETCore& core, const std::string& path, std::string_vie
 std::string PatternForSet(IZETCore& core, const std::string& path, std::string_view text,
                           const std::string& pattern) {
     // Most files have no such line.
-    if (text.find(kMarkerStart) == std::string_view::npos) return pattern;
-    const std::set<std::string> ownLines = SelectedOwnLines(core, ManagedText(text), pattern);
+    if (text.find(Text::kMarkerStart) == std::string_view::npos) return pattern;
+    const std::set<std::string> ownLines = SelectedOwnLines(core, Text::ManagedText(text), pattern);
     if (ownLines.empty()) return pattern;
     std::string guarded = "^(?!";
     for (const std::string& ownLine : ownLines)

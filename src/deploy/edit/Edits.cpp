@@ -56,9 +56,9 @@ void RequireNoTarget(Deployment& product, const std::string& path, const EditOpt
                    .remedy = "edit " + workingCopy + " and commit, or use --force"});
 }
 
-void RequireRoomForNotice(const std::string& path, const TextToEdit& text, const EditOptions& options) {
+void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text, const EditOptions& options) {
     // Where the module finds its notice, it puts none.
-    if (options.noMarkers || !MustComeFirst(text.firstLine) ||
+    if (options.noMarkers || !Text::MustComeFirst(text.firstLine) ||
         text.firstLine.find(ZETNoticeMarker) != std::string::npos)
         return;
     throw Failure(
@@ -69,9 +69,9 @@ void RequireRoomForNotice(const std::string& path, const TextToEdit& text, const
          .remedy = "--no-markers edits without notice and markers"});
 }
 
-std::string LineToSet(Observer& observer, const std::string& path, const TextToEdit& text,
+std::string LineToSet(Observer& observer, const std::string& path, const Text::TextToEdit& text,
                       const std::string& line) {
-    const LineEnds& ends = text.ends;
+    const Text::LineEnds& ends = text.ends;
     if (ends.otherLine != 0) {
         const char* const how =
             ends.isOtherCarriageReturn
@@ -80,7 +80,7 @@ std::string LineToSet(Observer& observer, const std::string& path, const TextToE
         observer.Warning(path + ":" + std::to_string(ends.otherLine) + how +
                          "; the line that is set has none (give all lines the same end)");
     }
-    return WithLineEnd(line, ends);
+    return Text::WithLineEnd(line, ends);
 }
 
 void SaveEdited(IZETConfigFile& file) {

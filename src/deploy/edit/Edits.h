@@ -27,10 +27,10 @@ void RequireNoTarget(Deployment& product, const std::string& path, const EditOpt
 
 /// A `Failure` when an edit as the caller wants it would put a notice in front of a first line that has to
 /// stay the first.
-void RequireRoomForNotice(const std::string& path, const TextToEdit& text, const EditOptions& options);
+void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text, const EditOptions& options);
 
 /// A line that is going to be set in that text, with an end like the others there; mixed ends are told.
-std::string LineToSet(Observer& observer, const std::string& path, const TextToEdit& text,
+std::string LineToSet(Observer& observer, const std::string& path, const Text::TextToEdit& text,
                       const std::string& line);
 
 /// What to do when an edited file could not be saved: the module does not say why.

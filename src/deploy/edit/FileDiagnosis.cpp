@@ -37,11 +37,11 @@ FileDiagnosis DiagnoseFile(Deployment& product, const std::string& file) {
     FileDiagnosis result;
     result.path = FileToRead(product, file);
     const std::string bytes = ReadFileBytes(result.path);
-    const NoticeTexts noticeTexts = WrittenNoticeTexts(product.Core());
-    const FileOrigin origin = FindOrigin(product, file, ManagedText(bytes), noticeTexts);
+    const Text::NoticeTexts noticeTexts = WrittenNoticeTexts(product.Core());
+    const FileOrigin origin = FindOrigin(product, file, Text::ManagedText(bytes), noticeTexts);
     result.isPrivate = origin.isPrivate;
     const bool hasCarriageReturns = bytes.find('\r') != std::string::npos;
-    result.diagnosis = DiagnoseMarkers(
+    result.diagnosis = Text::DiagnoseMarkers(
         bytes, noticeTexts, hasCarriageReturns ? HadCarriageReturns(result.path, origin) : std::nullopt);
     const std::string& repaired = result.diagnosis.repaired;
     if (!result.diagnosis.damages.empty() && repaired != bytes)

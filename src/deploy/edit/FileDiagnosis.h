@@ -12,7 +12,7 @@ namespace ZET::Deploy {
 struct FileDiagnosis {
     std::string path;  ///< of the real file
     bool isPrivate = false;
-    ZET::Diagnosis diagnosis;
+    Text::Diagnosis diagnosis;
     std::string repair;  ///< as a unified diff; empty: there is none
 };
 

@@ -11,8 +11,9 @@
 namespace ZET::Deploy {
 
 bool FileExplanation::HasUntracedLines() const {
-    return std::any_of(lines.begin(), lines.end(), [](const ExplainedLines& each) {
-        return each.kind == ExplainedLines::Kind::Untraced || each.kind == ExplainedLines::Kind::Differing;
+    return std::any_of(lines.begin(), lines.end(), [](const Text::ExplainedLines& each) {
+        return each.kind == Text::ExplainedLines::Kind::Untraced ||
+               each.kind == Text::ExplainedLines::Kind::Differing;
     });
 }
 
@@ -26,14 +27,14 @@ FileExplanation ExplainFile(Deployment& product, const std::string& file) {
     FileExplanation result;
     result.path = FileToRead(product, file);
     result.text = std::make_unique<const std::string>(ReadFileBytes(result.path));
-    const ManagedText text(*result.text);
+    const Text::ManagedText text(*result.text);
     result.lineCount = text.LineCount();
     result.origin = FindOrigin(product, file, text, WrittenNoticeTexts(product.Core()));
     result.isHidden = product.HostSecrets().Hides(result.path);
     result.reserve = ReserveOf(result.path);
     result.hadNoFile = result.reserve.empty() && IsFileExist(result.path + ZETAbsenceSuffix);
     const std::string& source = result.origin.templateFile;
-    result.lines = ExplainText(text, result.origin.isMade, source.empty() ? "" : ReadFileBytes(source));
+    result.lines = Text::ExplainText(text, result.origin.isMade, source.empty() ? "" : ReadFileBytes(source));
     result.ages = AgesOfLines(product, file, *result.text);
     if (result.isHidden) HideWords(result.ages);
     return result;

@@ -26,7 +26,7 @@ FileOutcome FileRepair::Make(bool noBackup) {
 bool FileRepair::IsAnyLeft() const {
     const auto& damages = m_found.diagnosis.damages;
     return std::any_of(damages.begin(), damages.end(),
-                       [](const MarkerDamage& damage) { return damage.IsAmbiguous(); });
+                       [](const Text::MarkerDamage& damage) { return damage.IsAmbiguous(); });
 }
 
 }  // namespace ZET::Deploy

@@ -19,8 +19,9 @@ namespace {
 bool SelectsEmptyLine(Deployment& product, const std::string& path, const std::string& pattern) {
     if (!product.Core().MatchRegEx(pattern, "", nullptr, 0)) return false;
     const std::string bytes = ReadFileBytes(path);
-    const std::vector<TextLine> lines = SplitLines(bytes);
-    return std::any_of(lines.begin(), lines.end(), [](const TextLine& line) { return line.text.empty(); });
+    const std::vector<Text::TextLine> lines = Text::SplitLines(bytes);
+    return std::any_of(lines.begin(), lines.end(),
+                       [](const Text::TextLine& line) { return line.text.empty(); });
 }
 
 }  // namespace
@@ -29,7 +30,7 @@ std::optional<std::string> GetLine(Deployment& product, const std::string& path,
     const auto file = OpenedFile(product, path, true);
     const std::string line = RemedyErrors(kSimplerExpression, [&] { return file->GetLine(pattern); });
     if (line.empty() && !SelectsEmptyLine(product, path, pattern)) return std::nullopt;
-    return WithoutLineEnd(line);
+    return Text::WithoutLineEnd(line);
 }
 
 FileOutcome SetLine(Deployment& product, const std::string& file, const std::string& pattern,
@@ -40,7 +41,7 @@ FileOutcome SetLine(Deployment& product, const std::string& file, const std::str
     FileEdit edit(product, file);
     RequireNoTarget(product, edit.Path(), options);
     const std::string bytes = ReadFileBytes(edit.Path());
-    const TextToEdit text = LookAtBlocks(product, {file, edit.Path()}, bytes);
+    const Text::TextToEdit text = LookAtBlocks(product, {file, edit.Path()}, bytes);
     const std::string selection = PatternForSet(product.Core(), edit.Path(), bytes, pattern);
     RequireRoomForNotice(edit.Path(), text, options);
     const std::string newLine = LineToSet(product.Out(), edit.Path(), text, line);
@@ -55,7 +56,7 @@ FileOutcome RestoreLine(Deployment& product, const std::string& file, const std:
     FileEdit edit(product, file);
     RequireNoTarget(product, edit.Path(), options);
     const std::string bytes = ReadFileBytes(edit.Path());
-    const TextToEdit text = LookAtBlocks(product, {file, edit.Path()}, bytes);
+    const Text::TextToEdit text = LookAtBlocks(product, {file, edit.Path()}, bytes);
     if (!HasSomethingToRestore(product.Core(), {edit.Path(), bytes, pattern, pattern, options.allBlocks}))
         return edit.LeaveUnchanged("nothing to restore for \"" + pattern + "\"");
     RequireRoomForNotice(edit.Path(), text, options);

@@ -16,7 +16,7 @@ std::optional<std::string> GetParam(Deployment& product, const std::string& path
     // The lookup by name cannot tell an empty value from a parameter that is not there.
     const std::string line = OpenedFile(product, path, true)->GetLine(ZETLookupOpening + name + "=");
     if (line.empty()) return std::nullopt;
-    return WithoutLineEnd(line.substr(line.find('=') + 1));
+    return Text::WithoutLineEnd(line.substr(line.find('=') + 1));
 }
 
 FileOutcome SetParam(Deployment& product, const std::string& file, const std::string& name,
@@ -25,7 +25,7 @@ FileOutcome SetParam(Deployment& product, const std::string& file, const std::st
     RequireOneLine(value, "VALUE");
     FileEdit edit(product, file);
     RequireNoTarget(product, edit.Path(), options);
-    const TextToEdit text = LookAtBlocks(product, {file, edit.Path()});
+    const Text::TextToEdit text = LookAtBlocks(product, {file, edit.Path()});
     if (!IsLiteralName(name))
         RequireLiteralName(product.Core(), edit.Path(), ReadFileBytes(edit.Path()), ZETEditOpening, name);
     RequireRoomForNotice(edit.Path(), text, options);
@@ -41,7 +41,7 @@ FileOutcome RestoreParam(Deployment& product, const std::string& file, const std
     FileEdit edit(product, file);
     RequireNoTarget(product, edit.Path(), options);
     const std::string bytes = ReadFileBytes(edit.Path());
-    const TextToEdit text = LookAtBlocks(product, {file, edit.Path()}, bytes);
+    const Text::TextToEdit text = LookAtBlocks(product, {file, edit.Path()}, bytes);
     RequireLiteralName(product.Core(), edit.Path(), bytes,
                        std::string("^") + ZETFormerLinePrefix + ZETRestoreOpening, name);
     if (!HasSomethingToRestore(product.Core(), {edit.Path(), bytes, ZETRestoreOpening + name + "=",

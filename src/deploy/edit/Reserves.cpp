@@ -114,10 +114,10 @@ FileOutcome RecordAbsence(ReserveWork& work) {
 FileOutcome StripFile(Deployment& product, const std::string& file, const EditOptions& options) {
     FileEdit edit(product, file);
     RequireNoTarget(product, edit.Path(), options);
-    const TextToEdit text = LookAtRegions(product, {file, edit.Path()});
+    const Text::TextToEdit text = LookAtRegions(product, {file, edit.Path()});
     if (!text.hasRegions) return edit.LeaveUnchanged("no managed block and no notice in it");
     // A notice goes in again, but not in front of a line that has to stay the first.
-    const bool noNotice = MustComeFirst(text.firstLine);
+    const bool noNotice = Text::MustComeFirst(text.firstLine);
     const auto strip = [&product, noNotice](const std::string& path) {
         const auto opened = OpenedFile(product, path, noNotice);
         opened->RemoveZETMarkers();

@@ -12,7 +12,7 @@ namespace {
 
 class RestoreCheck {
   public:
-    RestoreCheck(IZETCore& core, const RestoreRequest& request, const ManagedText& text)
+    RestoreCheck(IZETCore& core, const RestoreRequest& request, const Text::ManagedText& text)
         : m_core(core),
           m_request(request),
           m_text(text),
@@ -21,8 +21,8 @@ class RestoreCheck {
 
     bool Run() {
         CheckLines();
-        for (const ManagedRegion& region : m_text.Regions()) {
-            if (region.kind == RegionKind::Block) CheckBlock(region);
+        for (const Text::ManagedRegion& region : m_text.Regions()) {
+            if (region.kind == Text::RegionKind::Block) CheckBlock(region);
         }
         if (!m_isSomething && !(m_request.allBlocks && !m_others.empty())) return false;
         if (!m_others.empty() && !m_request.allBlocks) {
@@ -38,7 +38,7 @@ class RestoreCheck {
     /// The lines outside of blocks, which the module brings back or keeps.
     void CheckLines() {
         for (std::size_t number = 1; number <= m_text.LineCount(); ++number) {
-            if (m_text.RegionOf(number).kind == RegionKind::Block) continue;
+            if (m_text.RegionOf(number).kind == Text::RegionKind::Block) continue;
             const std::string_view line = m_text.Line(number).text;
             if (!Matches(m_formerPattern, line)) continue;
             if (!line.starts_with(ZETFormerLinePrefix)) {
@@ -50,7 +50,7 @@ class RestoreCheck {
         }
     }
 
-    void CheckBlock(const ManagedRegion& block) {
+    void CheckBlock(const Text::ManagedRegion& block) {
         bool isAllOurs = true;
         for (std::size_t number = block.first + 1; number < block.last; ++number) {
             const std::string_view line = m_text.Line(number).text;
@@ -71,7 +71,7 @@ class RestoreCheck {
 
     IZETCore& m_core;
     const RestoreRequest& m_request;
-    const ManagedText& m_text;
+    const Text::ManagedText& m_text;
     std::string m_formerPattern;
     bool m_isSomething = false;
     std::string m_others;  ///< lines of the blocks that the restore is not about
@@ -80,7 +80,7 @@ class RestoreCheck {
 }  // namespace
 
 bool HasSomethingToRestore(IZETCore& core, const RestoreRequest& request) {
-    return RestoreCheck(core, request, ManagedText(request.text)).Run();
+    return RestoreCheck(core, request, Text::ManagedText(request.text)).Run();
 }
 
 }  // namespace ZET::Deploy

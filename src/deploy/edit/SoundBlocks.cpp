@@ -10,8 +10,8 @@ namespace ZET::Deploy {
 
 namespace {
 
-TextToEdit WithoutDamage(Host& host, const FileToLookAt& file, LookAtText& look,
-                         const std::function<std::string()>& whole) {
+Text::TextToEdit WithoutDamage(Host& host, const FileToLookAt& file, Text::LookAtText& look,
+                               const std::function<std::string()>& whole) {
     const auto damage = look.Damage(whole);
     if (!damage) return look.Found();
     throw Failure({.file = file.path,
@@ -20,26 +20,26 @@ TextToEdit WithoutDamage(Host& host, const FileToLookAt& file, LookAtText& look,
                    .remedy = "\"" + host.Wanted().program + " doctor " + file.named + "\" tells a repair"});
 }
 
-TextToEdit LookAtFile(Host& host, const FileToLookAt& file, const NoticeTexts* noticeTexts) {
-    LookAtText look(noticeTexts);
+Text::TextToEdit LookAtFile(Host& host, const FileToLookAt& file, const Text::NoticeTexts* noticeTexts) {
+    Text::LookAtText look(noticeTexts);
     ReadChunks(file.path, [&](std::string_view lines) { look.Take(lines); });
     return WithoutDamage(host, file, look, [&] { return ReadFileBytes(file.path); });
 }
 
 }  // namespace
 
-TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file) {
+Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file) {
     return LookAtFile(host, file, nullptr);
 }
 
-TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const std::string& text) {
-    LookAtText look(nullptr);
+Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const std::string& text) {
+    Text::LookAtText look(nullptr);
     look.Take(text);
     return WithoutDamage(host, file, look, [&] { return text; });
 }
 
-TextToEdit LookAtRegions(Host& host, const FileToLookAt& file) {
-    const NoticeTexts noticeTexts = WrittenNoticeTexts(host.Core());
+Text::TextToEdit LookAtRegions(Host& host, const FileToLookAt& file) {
+    const Text::NoticeTexts noticeTexts = WrittenNoticeTexts(host.Core());
     return LookAtFile(host, file, &noticeTexts);
 }
 

@@ -17,11 +17,11 @@ struct FileToLookAt {
 };
 
 /// Damage of the file's blocks is a `Failure`. With `text`, the file is not read again.
-TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file);
-TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const std::string& text);
+Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file);
+Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const std::string& text);
 
 /// The same for an edit that takes the notices out, too; it does not ask how the lines end.
-TextToEdit LookAtRegions(Host& host, const FileToLookAt& file);
+Text::TextToEdit LookAtRegions(Host& host, const FileToLookAt& file);
 
 }  // namespace ZET::Deploy
 

@@ -22,7 +22,7 @@ Explanation Explain(Product& product, const std::string& file) {
         Use(product, [&](Deployment& deployment) { return ExplainFile(deployment, file); });
     Explanation result{found.path,    found.origin.templateName, found.origin.templateFile,
                        found.reserve, found.hadNoFile,           {}};
-    for (const ExplainedLines& lines : found.lines) {
+    for (const Text::ExplainedLines& lines : found.lines) {
         result.regions.push_back({NameOf(lines.kind), lines.first, lines.last, lines.isClosed,
                                   lines.templateLine, lines.formerLine, lines.block,
                                   found.isHidden ? "" : std::string(lines.formerText), lines.placeholders});
@@ -32,7 +32,7 @@ Explanation Explain(Product& product, const std::string& file) {
 
 static Diagnosis Told(Deployment& deployment, const FileDiagnosis& found) {
     Diagnosis result{found.path, {}, ""};
-    for (const MarkerDamage& damage : found.diagnosis.damages)
+    for (const Text::MarkerDamage& damage : found.diagnosis.damages)
         result.problems.push_back({damage.line, damage.kind, damage.text, damage.remedies});
     if (!deployment.HostSecrets().Hides(found.path)) result.repair = found.repair;
     return result;

@@ -40,10 +40,10 @@ std::vector<ListedTarget> ListTargets(Product& product) {
 std::vector<Problem> CheckTemplate(const StringMap& values, const std::string& text,
                                    const std::string& file) {
     const auto lines = [&](const auto& take) {
-        for (const TextLine& line : SplitLines(text))
+        for (const Text::TextLine& line : Text::SplitLines(text))
             take(line.text);
     };
-    return ZET::CheckTemplate(file, lines, values);
+    return Text::CheckTemplate(file, lines, values);
 }
 
 std::vector<Problem> CheckTemplates(Product& product, const std::vector<std::string>& templateNames) {

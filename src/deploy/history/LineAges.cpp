@@ -10,7 +10,7 @@
 namespace ZET::Deploy {
 
 LineWalk::LineWalk(std::string text, Differ differ) : m_text(std::move(text)), m_differ(std::move(differ)) {
-    const std::size_t count = SplitLines(m_text).size();
+    const std::size_t count = Text::SplitLines(m_text).size();
     m_steps.resize(count);
     for (std::size_t i = 0; i < count; ++i)
         m_open.push_back({i, i + 1});
@@ -21,8 +21,9 @@ void LineWalk::StepBack(const std::string* older, std::size_t step) {
     std::vector<std::size_t> numbers;
     for (const Line& line : m_open)
         numbers.push_back(line.number);
-    const std::vector<std::size_t> former = older == nullptr ? std::vector<std::size_t>(numbers.size(), 0)
-                                                             : FormerLines(m_differ(*older, m_text), numbers);
+    const std::vector<std::size_t> former = older == nullptr
+                                                ? std::vector<std::size_t>(numbers.size(), 0)
+                                                : Text::FormerLines(m_differ(*older, m_text), numbers);
     std::vector<Line> open;
     for (std::size_t i = 0; i < m_open.size(); ++i) {
         if (former[i] == 0)

@@ -143,7 +143,7 @@ void ReadLines(const std::string& path, const std::function<void(std::string_vie
         count = ReadBlock(descriptor, path, block);
         std::string_view rest = std::string_view(block).substr(0, count);
         while (!rest.empty()) {
-            const TextLine line = TakeLine(rest);
+            const Text::TextLine line = Text::TakeLine(rest);
             if (begun.empty() && line.hasLineFeed) {
                 take(line.text);
                 continue;

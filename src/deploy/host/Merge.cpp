@@ -60,7 +60,7 @@ std::size_t LineIn(std::string_view hunk) {
 std::vector<std::size_t> ConflictsIn(const std::string& hunks) {
     std::vector<std::size_t> lines;
     bool isConflict = false;
-    for (const TextLine& line : SplitLines(hunks)) {
+    for (const Text::TextLine& line : Text::SplitLines(hunks)) {
         if (line.text.starts_with("====")) isConflict = line.text == "====";
         if (!isConflict || !line.text.starts_with("1:")) continue;
         lines.push_back(LineIn(line.text));

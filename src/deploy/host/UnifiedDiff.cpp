@@ -38,7 +38,7 @@ std::string SideLabel(const std::string& side, const std::string& file, const st
 /// What diff says of itself, without the texts that it may have begun to print.
 std::string ComplaintsIn(const std::string& output) {
     std::string complaints;
-    for (const TextLine& line : SplitLines(output)) {
+    for (const Text::TextLine& line : Text::SplitLines(output)) {
         if (line.text.starts_with("diff: ")) complaints += std::string(line.text) + "\n";
     }
     return complaints;

@@ -152,7 +152,7 @@ std::size_t DistanceOf(std::string_view one, std::string_view other) {
 std::vector<GivenParameter> GivenParameters(std::string_view text) {
     std::vector<GivenParameter> given;
     int number = 0;
-    for (const TextLine& line : SplitLines(text)) {
+    for (const Text::TextLine& line : Text::SplitLines(text)) {
         ++number;
         const std::size_t start = line.text.find_first_not_of(kBlanks);
         const std::size_t equals = line.text.find('=');

@@ -11,7 +11,7 @@ namespace {
 using Way = EditToTakeBack::Way;
 
 void RequireSound(const std::string& path, const std::string& text) {
-    const auto damage = FindDamage(text);
+    const auto damage = Text::FindDamage(text);
     if (!damage) return;
     throw Failure({.file = path,
                    .line = static_cast<int>(damage->line),
@@ -29,7 +29,7 @@ EditToTakeBack LookAtEdit(const KnownFiles& known, const WrittenFile& file, bool
     if ((isAsLeft || isForced) && IsFileExist(file.Reserve())) return {Way::Reserve, "", ""};
     const std::string text = ReadFileBytes(file.path);
     RequireSound(file.path, text);
-    std::string rest = WithoutBlocks(text);
+    std::string rest = Text::WithoutBlocks(text);
     if (rest != text)
         return {Way::Blocks, "the managed blocks are taken out, all other lines stay", std::move(rest)};
     if (isAsLeft) return {Way::Keep, "was edited without markers and has no reserve, stays as it is", ""};

@@ -30,10 +30,10 @@ void ReadTarget(Deployment& product, const std::string& file, FileOrigin& origin
     }
 }
 
-std::string TemplateInNotice(const ManagedText& text, const NoticeTexts& noticeTexts) {
-    const auto notice =
-        std::find_if(text.Regions().begin(), text.Regions().end(),
-                     [](const ManagedRegion& region) { return region.kind == RegionKind::Notice; });
+std::string TemplateInNotice(const Text::ManagedText& text, const Text::NoticeTexts& noticeTexts) {
+    const auto notice = std::find_if(
+        text.Regions().begin(), text.Regions().end(),
+        [](const Text::ManagedRegion& region) { return region.kind == Text::RegionKind::Notice; });
     if (notice == text.Regions().end()) return "";
     std::vector<std::string_view> lines;
     for (std::size_t number = notice->first; number <= notice->last; ++number)
@@ -64,8 +64,8 @@ std::string HeadOf(const std::string& path) {
 
 }  // namespace
 
-FileOrigin FindOrigin(Deployment& product, const std::string& file, const ManagedText& text,
-                      const NoticeTexts& noticeTexts) {
+FileOrigin FindOrigin(Deployment& product, const std::string& file, const Text::ManagedText& text,
+                      const Text::NoticeTexts& noticeTexts) {
     FileOrigin origin;
     ReadTarget(product, file, origin);
     const std::string path = TemplateInNotice(text, noticeTexts);
@@ -78,12 +78,12 @@ std::string TemplateNamedIn(IZETCore& core, const std::string& path) {
     if (!StateOf(path).IsRegular()) return "";
     const std::string head = HeadOf(path);
     if (head.find(ZETNoticeMarker) == std::string::npos) return "";
-    return TemplateInNotice(ManagedText(head), WrittenNoticeTexts(core));
+    return TemplateInNotice(Text::ManagedText(head), WrittenNoticeTexts(core));
 }
 
-NoticeTexts WrittenNoticeTexts(IZETCore& core) {
+Text::NoticeTexts WrittenNoticeTexts(IZETCore& core) {
     const WrittenLanguage language(core);
-    return NoticeTexts();
+    return Text::NoticeTexts();
 }
 
 }  // namespace ZET::Deploy

@@ -22,14 +22,14 @@ struct FileOrigin {
 
 /// `file` is as the caller named it, `text` what it holds. A list of targets that cannot be relied on is a
 /// warning.
-FileOrigin FindOrigin(Deployment& product, const std::string& file, const ManagedText& text,
-                      const NoticeTexts& noticeTexts);
+FileOrigin FindOrigin(Deployment& product, const std::string& file, const Text::ManagedText& text,
+                      const Text::NoticeTexts& noticeTexts);
 
 /// The template that the notice at the head of a file names, as it stands there; empty when none does.
 std::string TemplateNamedIn(IZETCore& core, const std::string& path);
 
 /// The texts of the notices in the language in which they are written into files.
-NoticeTexts WrittenNoticeTexts(IZETCore& core);
+Text::NoticeTexts WrittenNoticeTexts(IZETCore& core);
 
 }  // namespace ZET::Deploy
 

@@ -9,7 +9,7 @@
 namespace ZET::Deploy {
 
 ShownDiff WithoutText(ShownDiff diff, const std::string& path, const std::string& excuse) {
-    const std::string lines = ChangedLines(diff.text);
+    const std::string lines = Text::ChangedLines(diff.text);
     diff.text.clear();
     diff.excuse = excuse;
     if (!lines.empty()) diff.places.emplace_back(path + ": " + lines);

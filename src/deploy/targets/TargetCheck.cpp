@@ -300,7 +300,7 @@ std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& t
             return {{file, 0, 0, "the template is a link that leads out of the root directory",
                      "put the template itself there"}};
         }
-        std::vector<Problem> problems = CheckTemplate(
+        std::vector<Problem> problems = Text::CheckTemplate(
             file, [&](const auto& take) { ReadLines(file, take); }, values, used);
         HideQuotes(product, file, problems);
         return problems;

@@ -82,7 +82,7 @@ class StateTeller {
 };
 
 bool HasBlocks(const std::string& path) {
-    RegionScan scan(nullptr);
+    Text::RegionScan scan(nullptr);
     ReadChunks(path, [&](std::string_view lines) { scan.Take(lines); });
     return scan.HasRegions();
 }

@@ -115,7 +115,7 @@ bool TemplateUpgrade::CanBeMerged(const Copy& copy) {
          {std::pair(copy.path, *copy.texts.copy), std::pair(copy.files.shipped, *copy.texts.shipped)}) {
         if (text.find('\0') != std::string::npos)
             Object(file, 0, "holds a NUL byte, so that the edits cannot be merged", WayToInstall(copy));
-        const std::size_t line = LineEndsOf(text).otherLine;
+        const std::size_t line = Text::LineEndsOf(text).otherLine;
         if (line != 0) {
             Object(file, line, "ends otherwise than the lines before it, so that the edits cannot be merged",
                    "give all lines the same end");

@@ -15,7 +15,7 @@ namespace {
 void RequireOneLineEnd(const TextsToMerge& texts, const std::string& path) {
     std::optional<bool> areCarriageReturns;
     for (const std::string* const text : {&texts.now, &texts.base, &texts.wanted}) {
-        const LineEnds ends = LineEndsOf(*text);
+        const Text::LineEnds ends = Text::LineEndsOf(*text);
         const bool isOther = areCarriageReturns && *areCarriageReturns != ends.areCarriageReturns;
         if (ends.otherLine != 0 || (isOther && !text->empty()))
             throw Failure({.file = path,
@@ -39,9 +39,9 @@ std::optional<std::string> AttributeOf(const RecordedState& state, const std::st
 
 MergedFile MergeFile(const TextsToMerge& texts, const std::string& path) {
     RequireOneLineEnd(texts, path);
-    const TextAndNotice now = WithoutNotice(texts.now);
-    const TextAndNotice wanted = WithoutNotice(texts.wanted);
-    const Merged merged = Merge(std::string(now.text), std::string(WithoutNotice(texts.base).text),
+    const Text::TextAndNotice now = Text::WithoutNotice(texts.now);
+    const Text::TextAndNotice wanted = Text::WithoutNotice(texts.wanted);
+    const Merged merged = Merge(std::string(now.text), std::string(Text::WithoutNotice(texts.base).text),
                                 std::string(wanted.text), path);
     MergedFile file;
     for (const std::size_t line : merged.conflicts) {

@@ -12,7 +12,8 @@ namespace {
 /// Follows the managed blocks and warns of every marker that is out of place.
 class BlockTracker {
   public:
-    BlockTracker(Text& text, const char* function) : m_region(text, function, ZETBeginMarker, ZETEndMarker) {}
+    BlockTracker(TextReader& text, const char* function)
+        : m_region(text, function, ZETBeginMarker, ZETEndMarker) {}
 
     /// Takes in the line read last, and returns whether it closes a block.
     bool Track(std::string_view line) {
@@ -41,14 +42,14 @@ bool LineMatcher::operator()(std::string_view line) {
     return m_core.MatchRegEx(m_pattern, m_subject, nullptr, 0);
 }
 
-bool FindLine(Text& in, LineMatcher& matches, std::string_view& line) {
+bool FindLine(TextReader& in, LineMatcher& matches, std::string_view& line) {
     while (in.ReadLine(line)) {
         if (matches(line)) return true;
     }
     return false;
 }
 
-void SetLinePass(Text& in, TextBuilder& out, LineMatcher& matches, const std::string& newLine,
+void SetLinePass(TextReader& in, TextBuilder& out, LineMatcher& matches, const std::string& newLine,
                  LineStyle style) {
     BlockTracker block(in, "SetLine");
     bool found = false;
@@ -81,7 +82,7 @@ void SetLinePass(Text& in, TextBuilder& out, LineMatcher& matches, const std::st
     }
 }
 
-void RestoreLinePass(Text& in, TextBuilder& out, LineMatcher& matches) {
+void RestoreLinePass(TextReader& in, TextBuilder& out, LineMatcher& matches) {
     constexpr std::size_t kPrefixLength = std::size(ZETFormerLinePrefix) - 1;
     BlockTracker block(in, "RestoreLine");
     std::string_view line;

@@ -4,7 +4,7 @@
 
 namespace ZET {
 
-void RemoveMarkersPass(Text& in, TextBuilder& out, const std::string& beginMarker,
+void RemoveMarkersPass(TextReader& in, TextBuilder& out, const std::string& beginMarker,
                        const std::string& endMarker) {
     using Line = RegionTracker::Line;
     RegionTracker region(in, "RemoveMarkers", beginMarker, endMarker);
@@ -34,7 +34,7 @@ void RemoveMarkersPass(Text& in, TextBuilder& out, const std::string& beginMarke
     }
 }
 
-void InsertHeaderPass(Text& in, TextBuilder& out, const std::string& header) {
+void InsertHeaderPass(TextReader& in, TextBuilder& out, const std::string& header) {
     std::string_view line;
     do {
         if (!in.ReadLine(line)) return;

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "Text.h"
+#include "TextReader.h"
 #include "zet/IZETCore.h"
 #include "zet/ZETTypes.h"
 
@@ -26,28 +26,28 @@ class LineMatcher {
 };
 
 /// Replaces the placeholders outside comment lines by their values, and those in the values in turn.
-void ApplyTemplatesPass(Text& in, TextBuilder& out, const StringMap& values);
+void ApplyTemplatesPass(TextReader& in, TextBuilder& out, const StringMap& values);
 
 /// Takes out the regions from a begin marker to the next end marker, or to the end.
-void RemoveMarkersPass(Text& in, TextBuilder& out, const std::string& beginMarker,
+void RemoveMarkersPass(TextReader& in, TextBuilder& out, const std::string& beginMarker,
                        const std::string& endMarker);
 
 /// Puts `header` as a notice before the first line that is not empty, unless that line holds an
 /// opening marker; drops the empty lines before it.
-void InsertHeaderPass(Text& in, TextBuilder& out, const std::string& header);
+void InsertHeaderPass(TextReader& in, TextBuilder& out, const std::string& header);
 
 /// Where a line that is set goes: bare, or kept apart from the former one by markers.
 enum class LineStyle { Bare, Marked };
 
 /// Sets every line that matches to `newLine`; appends one when none does.
-void SetLinePass(Text& in, TextBuilder& out, LineMatcher& matches, const std::string& newLine,
+void SetLinePass(TextReader& in, TextBuilder& out, LineMatcher& matches, const std::string& newLine,
                  LineStyle style);
 
 /// `matches` selects kept former lines, their prefix included.
-void RestoreLinePass(Text& in, TextBuilder& out, LineMatcher& matches);
+void RestoreLinePass(TextReader& in, TextBuilder& out, LineMatcher& matches);
 
 /// The first line that matches; false when there is none, which exhausts the text.
-bool FindLine(Text& in, LineMatcher& matches, std::string_view& line);
+bool FindLine(TextReader& in, LineMatcher& matches, std::string_view& line);
 
 }  // namespace ZET
 

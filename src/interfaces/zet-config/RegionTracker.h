@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "Text.h"
+#include "TextReader.h"
 
 namespace ZET {
 
@@ -16,7 +16,8 @@ class RegionTracker {
     enum class Line { Ordinary, Begin, End, StrayEnd };
 
     /// Warnings are logged in the name of the operation `function`.
-    RegionTracker(Text& text, const char* function, std::string_view beginMarker, std::string_view endMarker)
+    RegionTracker(TextReader& text, const char* function, std::string_view beginMarker,
+                  std::string_view endMarker)
         : m_text(text),
           m_function(function),
           m_beginMarker(beginMarker),
@@ -41,7 +42,7 @@ class RegionTracker {
     Line TrackMarker(std::string_view line);
     void Warn(std::string_view marker) const;
 
-    Text& m_text;
+    TextReader& m_text;
     const char* m_function;
     std::string_view m_beginMarker;
     std::string_view m_endMarker;

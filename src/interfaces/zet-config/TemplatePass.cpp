@@ -155,7 +155,7 @@ void Expander::Drop(std::size_t count) {
 
 }  // namespace
 
-void ApplyTemplatesPass(Text& in, TextBuilder& out, const StringMap& values) {
+void ApplyTemplatesPass(TextReader& in, TextBuilder& out, const StringMap& values) {
     Expander expander(out, values);
     std::string_view line;
     for (;;) {

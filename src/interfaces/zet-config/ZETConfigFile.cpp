@@ -58,7 +58,7 @@ bool CZETConfigFile::InternalOpen(const std::string& fileName, const std::string
         return false;
     }
     m_fileStat = status;
-    m_content = std::make_unique<Text>(std::move(bytes));
+    m_content = std::make_unique<TextReader>(std::move(bytes));
     return true;
 }
 
@@ -94,12 +94,12 @@ void CZETConfigFile::RequireContent(const char* function, std::size_t line) cons
 
 void CZETConfigFile::ApplyTemplates(StringMap& values) {
     RequireContent("ApplyTemplates", Here());
-    Rewrite([&](Text& in, TextBuilder& out) { ApplyTemplatesPass(in, out, values); });
+    Rewrite([&](TextReader& in, TextBuilder& out) { ApplyTemplatesPass(in, out, values); });
 }
 
 void CZETConfigFile::RemoveMarkers(const std::string& beginMarker, const std::string& endMarker) {
     RequireContent("RemoveMarkers", Here());
-    Rewrite([&](Text& in, TextBuilder& out) { RemoveMarkersPass(in, out, beginMarker, endMarker); });
+    Rewrite([&](TextReader& in, TextBuilder& out) { RemoveMarkersPass(in, out, beginMarker, endMarker); });
 }
 
 void CZETConfigFile::RemoveZETMarkers() {
@@ -129,7 +129,7 @@ void CZETConfigFile::SetLine(const std::string& pattern, const std::string& line
     RequireArgument(pattern, "SetLine", Here());
     LineMatcher matches(m_core, pattern);
     const LineStyle style = m_noMarkers ? LineStyle::Bare : LineStyle::Marked;
-    Rewrite([&](Text& in, TextBuilder& out) { SetLinePass(in, out, matches, line, style); });
+    Rewrite([&](TextReader& in, TextBuilder& out) { SetLinePass(in, out, matches, line, style); });
 }
 
 std::string CZETConfigFile::GetLine(const std::string& pattern) {
@@ -145,7 +145,7 @@ void CZETConfigFile::RestoreLine(const std::string& pattern) {
     const std::string formerLine =
         std::string("^") + ZETFormerLinePrefix + pattern.substr(pattern.starts_with('^') ? 1 : 0);
     LineMatcher matches(m_core, formerLine);
-    Rewrite([&](Text& in, TextBuilder& out) { RestoreLinePass(in, out, matches); });
+    Rewrite([&](TextReader& in, TextBuilder& out) { RestoreLinePass(in, out, matches); });
 }
 
 std::string CZETConfigFile::Header() {
@@ -157,7 +157,7 @@ std::string CZETConfigFile::Header() {
 
 void CZETConfigFile::InsertHeader(const std::string& header) {
     RequireArgument(header, "InsertHeader", Here());
-    Rewrite([&](Text& in, TextBuilder& out) { InsertHeaderPass(in, out, header); });
+    Rewrite([&](TextReader& in, TextBuilder& out) { InsertHeaderPass(in, out, header); });
 }
 
 void CZETConfigFile::Save(bool noBackup) {

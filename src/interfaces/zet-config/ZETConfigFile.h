@@ -9,7 +9,7 @@
 
 #include "Buffer.h"
 #include "FileAccess.h"
-#include "Text.h"
+#include "TextReader.h"
 #include "zet/IZETConfigFile.h"
 #include "zet/IZETCore.h"
 
@@ -60,9 +60,9 @@ class CZETConfigFile : public IZETConfigFile {
     mode_t FinalMode(const Owner& owner, bool isGiven) const;
 
     IZETCore& m_core;
-    std::string m_fileName;           ///< what was read: the file itself or the template's working copy
-    std::string m_targetFileName;     ///< what a template is saved as; empty for a file edited in place
-    std::unique_ptr<Text> m_content;  ///< null until a file is open
+    std::string m_fileName;                 ///< what was read: the file itself or the template's working copy
+    std::string m_targetFileName;           ///< what a template is saved as; empty for a file edited in place
+    std::unique_ptr<TextReader> m_content;  ///< null until a file is open
     std::string m_role;
     bool m_fromTemplate = false;
     bool m_noMarkers = false;

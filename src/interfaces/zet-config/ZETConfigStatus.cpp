@@ -7,7 +7,7 @@
 #include "FileAccess.h"
 #include "FileStream.h"
 #include "Messages.h"
-#include "Text.h"
+#include "TextReader.h"
 #include "ZETConfig.h"
 #include "zet/ZETFiles.h"
 
@@ -36,7 +36,7 @@ bool ReadStatusFile(const std::string& fileName, StringMap& values) {
     struct stat status = {};
     Buffer bytes;
     if (!file.IsOpen() || fstat(file, &status) != 0 || !ReadAll(file, status, bytes)) return false;
-    Text text(std::move(bytes));
+    TextReader text(std::move(bytes));
     std::string_view line;
     while (text.ReadLine(line))
         ReadEntry(line, values);

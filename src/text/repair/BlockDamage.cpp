@@ -3,7 +3,7 @@
 #include "text/repair/MarkerDamage.h"
 #include "text/repair/NearMarker.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -211,4 +211,4 @@ void CheckBlocks(RepairText& repair) {
     BlockCheck(repair).Check();
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

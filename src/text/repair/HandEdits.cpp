@@ -6,7 +6,7 @@
 #include "text/repair/MarkerDamage.h"
 #include "text/repair/NearMarker.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -269,4 +269,4 @@ void CheckHandEdits(RepairText& repair) {
     repair.Settle();
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -2,7 +2,7 @@
 
 #include "text/Lines.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -60,4 +60,4 @@ Diagnosis DiagnoseMarkers(std::string_view text, const NoticeTexts& noticeTexts,
     return {repair.Damages(), repair.Bytes()};
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

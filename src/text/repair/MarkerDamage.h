@@ -9,7 +9,7 @@
 #include "text/NoticeTexts.h"
 #include "text/repair/RepairText.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 /// What is wrong with the marker lines of a text, in the order of its lines, and the text with all repaired
 /// that can only have been one thing.
@@ -33,6 +33,6 @@ void CheckNotices(RepairText& repair, const NoticeTexts& noticeTexts);
 /// Text that stands behind it is nobody's to drop.
 void TakeDoubled(RepairText& repair, std::size_t index, const char* kind, const std::string& marker);
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -142,4 +142,4 @@ std::optional<GluedMarker> FindGluedMarker(std::string_view line) {
     return std::nullopt;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -8,7 +8,7 @@
 
 #include "text/Markers.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 /// A line that a hand or an editor made of a marker line, and the line that it was made of.
 struct NearMarker {
@@ -34,6 +34,6 @@ struct GluedMarker {
 /// The first one behind which the line ends, blanks aside, or another marker or a kept former text stands.
 std::optional<GluedMarker> FindGluedMarker(std::string_view line);
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

@@ -4,7 +4,7 @@
 #include "text/Regions.h"
 #include "text/repair/MarkerDamage.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -210,4 +210,4 @@ void CheckNotices(RepairText& repair, const NoticeTexts& noticeTexts) {
     CheckDoubledNotices(repair, noticeTexts);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -4,7 +4,7 @@
 
 #include "text/Lines.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 RepairText::RepairText(std::string_view text) {
     m_lines.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
@@ -116,4 +116,4 @@ std::string RepairText::Bytes() const {
     return bytes;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

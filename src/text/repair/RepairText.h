@@ -11,7 +11,7 @@
 
 #include "text/Markers.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 /// The regions of a file that a damage makes the module misjudge, so that it would take lines of others for
 /// the system's or the other way round; none when the file only looks other than the module would have it.
@@ -110,6 +110,6 @@ class RepairText {
     DamagedRegions m_regions = DamagedRegions::None;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

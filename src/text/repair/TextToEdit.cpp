@@ -3,7 +3,7 @@
 #include "text/FirstLine.h"
 #include "text/repair/MarkerDamage.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 namespace {
 
@@ -47,4 +47,4 @@ TextToEdit LookAtText::Found() {
     return m_found;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

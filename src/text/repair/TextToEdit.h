@@ -12,7 +12,7 @@
 #include "text/RegionScan.h"
 #include "text/repair/RepairText.h"
 
-namespace ZET {
+namespace ZET::Text {
 
 /// The first damage that makes the module misjudge which lines are a managed block's; of notices too, if
 /// their texts are given. A kept former line without its block is none, nor are blanks behind a marker. A
@@ -47,6 +47,6 @@ class LookAtText {
     TextToEdit m_found;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

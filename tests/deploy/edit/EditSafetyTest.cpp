@@ -69,7 +69,7 @@ class FileMaker {
     void DamageOne(Lines& lines, bool mayMove) {
         std::vector<std::size_t> markers;
         for (std::size_t i = 0; i < lines.size(); ++i)
-            if (MarkerOf(lines[i]) != Marker::None) markers.push_back(i);
+            if (Text::MarkerOf(lines[i]) != Text::Marker::None) markers.push_back(i);
         if (markers.empty()) return;
         const std::size_t at = markers[static_cast<std::size_t>(Below(static_cast<int>(markers.size())))];
         if (mayMove && Below(4) == 0) return Move(lines, at);
@@ -237,7 +237,7 @@ TEST_F(EditSafety, NoLineOfTheAdministratorsIsLostWhateverBecameOfTheMarkers) {
     const int cases = asked != nullptr ? std::atoi(asked) : kCases;
     Observer observer;
     Deployment product(Below("zet.conf"), m_options, observer);
-    const NoticeTexts noticeTexts;
+    const Text::NoticeTexts noticeTexts;
     FileMaker maker(20);
     int refused = 0;
     int changed = 0;
@@ -256,7 +256,7 @@ TEST_F(EditSafety, NoLineOfTheAdministratorsIsLostWhateverBecameOfTheMarkers) {
         if (IsOfMarkers(refusal)) {
             ++refused;
             ASSERT_NE(damages, 0) << what;
-            ASSERT_FALSE(DiagnoseMarkers(before, noticeTexts, std::nullopt).damages.empty()) << what;
+            ASSERT_FALSE(Text::DiagnoseMarkers(before, noticeTexts, std::nullopt).damages.empty()) << what;
         }
         changed += after != before;
         const std::set<std::string> left = MarksIn(after);

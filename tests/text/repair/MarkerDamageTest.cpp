@@ -7,9 +7,9 @@
 
 #include "zet/ZETFormat.h"
 
-using ZET::DiagnoseMarkers;
-using ZET::Diagnosis;
-using ZET::MarkerDamage;
+using ZET::Text::DiagnoseMarkers;
+using ZET::Text::Diagnosis;
+using ZET::Text::MarkerDamage;
 
 namespace {
 
@@ -50,7 +50,7 @@ std::vector<std::string> Kinds(const Diagnosis& diagnosis) {
 }
 
 Diagnosis Diagnose(const std::string& text, std::optional<bool> hadCarriageReturns = std::nullopt) {
-    static const ZET::NoticeTexts noticeTexts;
+    static const ZET::Text::NoticeTexts noticeTexts;
     return DiagnoseMarkers(text, noticeTexts, hadCarriageReturns);
 }
 

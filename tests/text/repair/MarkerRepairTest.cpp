@@ -9,7 +9,7 @@
 #include "text/repair/MarkerDamage.h"
 #include "zet/ZETFormat.h"
 
-namespace ZET {
+namespace ZET::Text {
 namespace {
 
 using testing::ElementsAre;
@@ -182,4 +182,4 @@ TEST(MarkerRepair, LineThatIsNotOfTheNoticeIsToldInIt) {
     EXPECT_THAT(KindsIn(Joined({kNoticeBegin, "# in another language\n", "\n", kNoticeEnd})), IsEmpty());
 }
 
-}  // namespace ZET
+}  // namespace ZET::Text

@@ -4,9 +4,9 @@
 
 #include <string>
 
-using ZET::FindGluedMarker;
-using ZET::FindNearMarker;
-using ZET::Marker;
+using ZET::Text::FindGluedMarker;
+using ZET::Text::FindNearMarker;
+using ZET::Text::Marker;
 
 namespace {
 
@@ -22,8 +22,8 @@ constexpr char kEnd[] = "# ----ZET_END----";
 }  // namespace
 
 TEST(NearMarker, MarkerItselfIsNotNearlyOne) {
-    for (const Marker marker : ZET::kMarkers)
-        EXPECT_EQ(Fixed(std::string(ZET::MarkerText(marker)) + "x"), "");
+    for (const Marker marker : ZET::Text::kMarkers)
+        EXPECT_EQ(Fixed(std::string(ZET::Text::MarkerText(marker)) + "x"), "");
 }
 
 TEST(NearMarker, IndentedMarkerIsRecognised) {

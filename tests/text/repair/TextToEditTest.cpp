@@ -8,7 +8,7 @@
 
 #include "text/repair/MarkerDamage.h"
 
-namespace ZET {
+namespace ZET::Text {
 namespace {
 
 constexpr char kBlock[] = "# --PRE-ZET-- kdc=old\n# ---ZET_BEGIN---\nkdc=new\n# ----ZET_END----\n";
@@ -118,4 +118,4 @@ TEST(SoundBlocks, LookGrowsWithTheTextAndNoFaster) {
 }
 
 }  // namespace
-}  // namespace ZET
+}  // namespace ZET::Text

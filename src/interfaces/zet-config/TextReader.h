@@ -15,10 +15,10 @@ namespace ZET {
 ///
 /// A read that runs through the whole text exhausts it: from then on it yields no line, rewound or not, until
 /// its bytes are replaced.
-class Text {
+class TextReader {
   public:
-    Text() = default;
-    explicit Text(Buffer bytes) : m_bytes(std::move(bytes)) {}
+    TextReader() = default;
+    explicit TextReader(Buffer bytes) : m_bytes(std::move(bytes)) {}
 
     /// Back to the first line. Does not revive an exhausted text.
     void Rewind();
@@ -81,7 +81,7 @@ class Text {
 class TextBuilder {
   public:
     /// `memory` is used for the new text.
-    TextBuilder(Text& source, Buffer memory);
+    TextBuilder(TextReader& source, Buffer memory);
     ~TextBuilder();
     TextBuilder(const TextBuilder&) = delete;
     TextBuilder& operator=(const TextBuilder&) = delete;
@@ -125,7 +125,7 @@ class TextBuilder {
   private:
     void FlushRun();
 
-    Text& m_source;
+    TextReader& m_source;
     bool m_mayRevive;  ///< the source was not exhausted before, and is not replaced yet
     Buffer m_bytes;
     std::string_view m_run;  ///< a piece of the source that follows `m_bytes` and is not yet copied

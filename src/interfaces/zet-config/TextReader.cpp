@@ -1,27 +1,27 @@
-#include "Text.h"
+#include "TextReader.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace ZET {
 
-void Text::Rewind() {
+void TextReader::Rewind() {
     m_position = m_lineStart = m_countedTo = m_lineFeeds = 0;
     m_endedByEnd = false;
 }
 
-void Text::Renew() {
+void TextReader::Renew() {
     Rewind();
     m_exhausted = false;
 }
 
-Buffer Text::Replace(Buffer bytes) {
+Buffer TextReader::Replace(Buffer bytes) {
     std::swap(m_bytes, bytes);
     Renew();
     return bytes;
 }
 
-std::string_view Text::SkipLinesWithout(char byte) {
+std::string_view TextReader::SkipLinesWithout(char byte) {
     const std::string_view rest = Rest();
     if (rest.starts_with(byte)) return {};
     const std::string_view before = rest.substr(0, rest.find(byte));
@@ -30,14 +30,14 @@ std::string_view Text::SkipLinesWithout(char byte) {
     return lines;
 }
 
-std::size_t Text::LineNumber() {
+std::size_t TextReader::LineNumber() {
     const std::string_view uncounted = m_bytes.View().substr(m_countedTo, m_lineStart - m_countedTo);
     m_lineFeeds += static_cast<std::size_t>(std::count(uncounted.begin(), uncounted.end(), '\n'));
     m_countedTo = m_lineStart;
     return m_lineFeeds + 1;
 }
 
-TextBuilder::TextBuilder(Text& source, Buffer memory)
+TextBuilder::TextBuilder(TextReader& source, Buffer memory)
     : m_source(source), m_mayRevive(!source.IsExhausted()), m_bytes(std::move(memory)) {
     m_bytes.Clear();
 }
