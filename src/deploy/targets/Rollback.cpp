@@ -6,7 +6,6 @@
 #include <memory>
 #include <utility>
 
-#include "deploy/host/Failure.h"
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Signals.h"
