@@ -97,3 +97,10 @@ assert_adopted() {
     run_zet --json adopt out/one.conf
     assert_json '[d["entry"], d["files"][0]["result"]]' '[2, "changed"]'
 }
+
+@test "who may not read the history is told that, and not that there is no such target" {
+    need_root
+    copy_programs
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" adopt -n out/one.conf
+    assert_refusal 1 "$HOST/state/state.db: the history may not be read by this user, so that nobody can tell what out/one.conf was made from (run the command as root)"
+}

@@ -107,3 +107,17 @@ EDITS=("param set out/one.conf plain 2" "param restore out/one.conf plain" "line
     assert_status 0
     assert_stderr "zet-client: warning: $HOST/state/state.db: $BROKEN_STORE; so nobody can tell whether the next commit overwrites out/one.conf"
 }
+
+@test "the directories stay where they are while something is committed" {
+    zet -q commit-config
+    local name
+    for name in ZET_CFG_DIR ZET_CFG_TEMPL_DIR ZET_VAR_LIB_DIR; do
+        run_zet option set "$name" "$HOST/elsewhere"
+        assert_refusal 1 "$HOST/zet.conf: $name cannot be changed while targets are committed, which are known there (\"rollback-config\" of both roles first, and commit again afterwards)"
+    done
+    run_zet option set ZET_VAR_LIB_DIR "$HOST/state"
+    assert_success "$HOST/zet.conf: unchanged"
+    zet -q rollback-config
+    run_zet option set ZET_VAR_LIB_DIR "$HOST/elsewhere"
+    assert_success "$HOST/zet.conf: changed"
+}

@@ -29,6 +29,20 @@ teardown() {
     assert_host_unchanged
 }
 
+@test "the product's own records are nobody's file to edit" {
+    zet -q param set conf a 2
+    local edit name
+    for name in state.db state.db-wal zet.lock; do
+        for edit in "param set state/$name a b" "line set --no-markers state/$name ^a b" "file reserve state/$name"; do
+            run_zet $edit
+            assert_refusal 1 "state/$name: is a file of the status (name another file)"
+        done
+    done
+    run_zet undo
+    assert_status 0
+    assert_file conf $'a=1\nb=2\n'
+}
+
 # apply_diff EDIT...: the diff of a dry run, applied to a copy of the file, gives what the edit gives.
 apply_diff() {
     local file=$1

@@ -38,6 +38,16 @@ on_tree() {
     assert_equal "$(find tree -mindepth 1 | sort | paste -sd ' ')" "tree/etc tree/etc/some"
 }
 
+@test "what was edited without it can be taken back without it" {
+    mkdir -p tree/var/lib/zet
+    on_tree param set /etc/some a new
+    assert_status 0
+    on_tree undo
+    assert_success "$HOST/tree/etc/some: restored
+took back entry 1"
+    assert_file tree/etc/some $'a=1\nb=2\n'
+}
+
 @test "the commands on the product's own files need it" {
     local command
     for command in commit-config check-config rollback-config status values "template process a -" \

@@ -376,6 +376,27 @@ assert_secret_kept() {
     done
 }
 
+@test "what cannot be replaced is told before anything goes back, and by an edit" {
+    need_root
+    add_target one.conf $'x\n'
+    add_target two.conf $'x\n'
+    original two.conf $'old\n'
+    zet -q commit-config
+    chattr +i out/two.conf 2>/dev/null || skip "this file system knows no such files"
+    local words names told="out/two.conf: is immutable, and cannot be replaced (chattr -i it)"
+    names=$(names_in out)
+    cp -r out before
+    for words in undo "-n undo" "param set --force out/two.conf a 1" "-n param set --force out/two.conf a 1" \
+        "rollback-config out/two.conf"; do
+        run_zet $words
+        assert_status 1
+        [[ $stderr == *"$told"* ]]
+        diff -r before out
+        assert_equal "$(names_in out)" "$names"
+    done
+    chattr -i out/two.conf
+}
+
 @test "a target that is a mount point is told, and goes back without being replaced" {
     need_root
     add_target two.conf $'x\n'

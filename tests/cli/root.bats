@@ -261,6 +261,24 @@ zet-client: nothing was changed"
     done
 }
 
+@test "what a commit made in the tree is known as that to the commands about one file" {
+    run_in_tree -q commit-config
+    run_in_tree param set /etc/one.conf realm x
+    assert_refusal 1 "$TREE/etc/one.conf: is made from [one.conf] and the next commit overwrites it (edit $TREE/etc/zet/one.conf and commit, or use --force)"
+    echo more >>tree/etc/one.conf
+    run_in_tree adopt /etc/one.conf
+    assert_success "$TREE/etc/zet/one.conf: changed, with the edit of $TREE/etc/one.conf"
+    assert_equal "$(tail -n 1 tree/etc/zet/one.conf)" more
+}
+
+@test "what left the list of the tree is not shown" {
+    run_in_tree -q commit-config
+    : >tree/usr/share/zet/templates/targets.toml
+    run_in_tree -n --diff file strip /etc/one.conf
+    assert_status 3
+    [[ $output == *"text not shown: it was committed, and is in no list any more"* && $output != *realm* ]]
+}
+
 @test "a target that leads back to itself inside the tree is not looked for outside" {
     run_in_tree commit-config
     rm tree/etc/one.conf

@@ -68,7 +68,7 @@ int ReportUndo(Session& session, const UndoResult& result) {
 }
 
 void RegisterUndo(CommandLine& line) {
-    line.Single(Subject::Product)
+    line.Single(Subject::AnyFile)
         .Add<UndoWords>("undo", "Put back what an entry of the history replaced", RunUndo)
         .Any("ENTRY", &UndoWords::entry, "Its number; the last one unless said")
         .Flag("--force", &UndoWords::force, "Files that were edited since, too")

@@ -206,6 +206,11 @@ class Adopting {
 FileOutcome AdoptFile(Deployment& product, const std::string& file) {
     const std::string path = product.HostPaths().WithRealDirectory(FileToRead(product, file));
     const Target* const target = product.Lists().CommittedTarget(path);
+    if (target == nullptr && product.HostHistory().IsDenied())
+        throw Failure({.file = product.State().Store(),
+                       .text = "the history may not be read by this user, so that nobody can tell what " +
+                               file + " was made from",
+                       .remedy = "run the command as root"});
     if (target == nullptr) throw UsageError(file + ": is no committed target (\"status\" lists them)");
     return Adopting(product, path, target->templateName).Run();
 }

@@ -57,6 +57,7 @@ void FileEdit::Judge(const std::string& made, bool noBackup, const Inspection& i
     if (inspection) inspection(made);
     SignalGuard::Check();
     if (HaveSameModeAndBytes(m_path, made)) throw LeftAsItIs();
+    RequireReplaceable(m_path);
     outcome.after = StateOf(made);
     outcome.diff = DiffToShow(m_product, m_path, made, m_path);
     outcome.reserve = noBackup ? ReserveOf(m_path) : ReserveAfterChange(m_path);

@@ -1,7 +1,9 @@
 #include "deploy/edit/OptionEdits.h"
 
+#include <algorithm>
 #include <exception>
 #include <new>
+#include <vector>
 
 #include "deploy/edit/EditRules.h"
 #include "deploy/edit/Edits.h"
@@ -45,6 +47,27 @@ void RequireParameterFile(const std::string& staged, const std::string& path) {
     }
 }
 
+bool IsDirectoryOfCommits(const std::string& name) {
+    return name == "ZET_CFG_DIR" || name == "ZET_CFG_TEMPL_DIR" || name == "ZET_VAR_LIB_DIR";
+}
+
+bool IsAnythingCommitted(Deployment& product) {
+    Store* const store = product.HostHistory().ToLookIfUsable();
+    if (store == nullptr) return false;
+    const std::vector<KnownFile> known = store->KnownFiles();
+    return std::any_of(known.begin(), known.end(),
+                       [](const KnownFile& file) { return !file.state.knowledge.roles.empty(); });
+}
+
+/// In another directory nothing would be known of what was committed.
+void RequireLastingDirectory(Deployment& product, const std::string& name, const std::string& value) {
+    if (!IsDirectoryOfCommits(name) || product.HostPaths().NameInside(product.Param(name)) == value) return;
+    if (!IsAnythingCommitted(product)) return;
+    throw Failure({.file = product.Param(kConfigFile),
+                   .text = name + " cannot be changed while targets are committed, which are known there",
+                   .remedy = "\"rollback-config\" of both roles first, and commit again afterwards"});
+}
+
 }  // namespace
 
 std::optional<std::string> GetOption(Deployment& product, const std::string& name) {
@@ -62,6 +85,7 @@ FileOutcome SetOption(Deployment& product, const std::string& name, const std::s
         throw UsageError("ZET_CFG is always the file that is read (name another one with --config)");
     if (const auto problem = ProblemOfParam(name, value))
         FailToSet(Failure({.text = problem->text, .remedy = problem->remedy}));
+    RequireLastingDirectory(product, name, value);
     const std::string file = product.Param(kConfigFile);
     // None of the system's own text gets into this file, so that a language that the host does not have can
     // be set right.

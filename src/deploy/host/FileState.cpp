@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
@@ -70,6 +71,28 @@ FileState StateIn(int directory, const std::string& name, const std::string& pat
     state.group = status.st_gid;
     state.links = status.st_nlink;
     return state;
+}
+
+std::optional<Problem> CheckReplaceable(const std::string& path) {
+    const auto problem = [&](const char* text, const char* remedy) {
+        return std::optional<Problem>({path, 0, 0, text, remedy});
+    };
+    struct statx status = {};
+    if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &status) != 0)
+        return std::nullopt;
+    const auto attributes = status.stx_attributes & status.stx_attributes_mask;
+    if ((attributes & STATX_ATTR_MOUNT_ROOT) != 0)
+        return problem("is a mount point, and cannot be replaced",
+                       "unmount it, or write what is mounted there");
+    if ((attributes & STATX_ATTR_IMMUTABLE) != 0)
+        return problem("is immutable, and cannot be replaced", "chattr -i it");
+    if ((attributes & STATX_ATTR_APPEND) != 0)
+        return problem("can only be appended to, and cannot be replaced", "chattr -a it");
+    return std::nullopt;
+}
+
+void RequireReplaceable(const std::string& path) {
+    if (std::optional<Problem> problem = CheckReplaceable(path)) throw Failure(std::move(*problem));
 }
 
 bool HaveSameModeAndBytes(const std::string& one, const std::string& other) {

@@ -3,8 +3,10 @@
 
 #include <sys/types.h>
 
+#include <optional>
 #include <string>
 
+#include "zet/ZETProblem.h"
 #include "zet/deploy/FileOutcome.h"
 
 namespace ZET::Deploy {
@@ -14,6 +16,12 @@ FileState StateOf(const std::string& path);
 
 /// The same of a name in a directory that is held; `path` is for the message.
 FileState StateIn(int directory, const std::string& name, const std::string& path);
+
+/// What keeps a file from being replaced by another, or removed, though its directory can be written.
+std::optional<Problem> CheckReplaceable(const std::string& path);
+
+/// The same as a `Failure`.
+void RequireReplaceable(const std::string& path);
 
 /// Whether nothing would change, but for the owner, if one took the other's place.
 bool HaveSameModeAndBytes(const std::string& one, const std::string& other);

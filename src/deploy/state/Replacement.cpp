@@ -176,6 +176,7 @@ void RestoreOriginal(HostProduct& product, const FileInPlace& file, const FileVe
 
 void PutBackAsItWas(HostProduct& product, const FileInPlace& file, const FileVersion& version) {
     const bool isToGo = !HasCompanion(file, ZETReserveSuffix) && HasCompanion(file, "");
+    RequireReplaceable(file.Path());
     if (!isToGo) return RestoreOriginal(product, file, version);
     RequireVersion(file, version);
     file.Within([](const std::string& name) { RemoveFile(name); });

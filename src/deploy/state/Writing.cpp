@@ -60,11 +60,29 @@ void RequireFreeNames(const std::string& path, bool canRecord, const std::set<st
     }
 }
 
+bool IsSameDirectory(const std::string& one, const std::string& other) {
+    struct stat status = {};
+    struct stat otherStatus = {};
+    return stat(one.c_str(), &status) == 0 && stat(other.c_str(), &otherStatus) == 0 &&
+           status.st_dev == otherStatus.st_dev && status.st_ino == otherStatus.st_ino;
+}
+
+/// What is locked, or the database of the history, does not survive that another file takes its name.
+void RequireNoStateFile(const StateDirectory& state, const std::string& path) {
+    for (const std::string& file : state.Files()) {
+        if (BaseNameOf(file) != BaseNameOf(path) || !IsSameDirectory(DirectoryOf(path), state.Path()))
+            continue;
+        throw Failure({.file = path, .text = "is a file of the status", .remedy = "name another file"});
+    }
+}
+
 }  // namespace
 
 Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Right right, bool goesBack)
     : m_product(product), m_records(right == Right::OfTheProduct || product.HostHistory().KeepsTexts()) {
     RequireOwnInstructions(product);
+    for (const std::string& path : paths)
+        RequireNoStateFile(product.State(), path);
     if (product.Wanted().dryRun) {
         m_records = m_records && product.HostHistory().CanRecord();
         if (m_records) m_cutShort = FilesOfCutShort(product);

@@ -34,10 +34,10 @@ const Target* HostLists::TargetNamed(const std::string& name) {
 
 /// Beside such a file stands what was there before, so that most files need no look into the history.
 bool HostLists::IsCommitted(const std::string& name) {
-    const std::string path = m_host.HostPaths().FromInside(name);
-    if (!IsFileExist(path + ZETReserveSuffix) && !IsFileExist(path + ZETAbsenceSuffix)) return false;
+    if (!IsFileExist(name + ZETReserveSuffix) && !IsFileExist(name + ZETAbsenceSuffix)) return false;
     Store* const store = m_host.HostHistory().ToLook();
-    const std::optional<KnownFile> known = store != nullptr ? store->Known(name) : std::nullopt;
+    if (store == nullptr) return false;
+    const std::optional<KnownFile> known = store->Known(m_host.HostPaths().NameInside(name));
     return known && !known->state.knowledge.roles.empty();
 }
 

@@ -67,25 +67,6 @@ std::vector<Problem> CheckOwnDirectory(Host& host, const char* key, const std::s
     return problems;
 }
 
-/// What keeps a file from being replaced by another, though its directory can be written.
-std::optional<Problem> CheckReplaceable(const std::string& path) {
-    const auto problem = [&](const char* text, const char* remedy) {
-        return std::optional<Problem>({path, 0, 0, text, remedy});
-    };
-    struct statx status = {};
-    if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &status) != 0)
-        return std::nullopt;
-    const auto attributes = status.stx_attributes & status.stx_attributes_mask;
-    if ((attributes & STATX_ATTR_MOUNT_ROOT) != 0)
-        return problem("is a mount point, and cannot be replaced",
-                       "unmount it, or write what is mounted there");
-    if ((attributes & STATX_ATTR_IMMUTABLE) != 0)
-        return problem("is immutable, and cannot be replaced", "chattr -i it");
-    if ((attributes & STATX_ATTR_APPEND) != 0)
-        return problem("can only be appended to, and cannot be replaced", "chattr -a it");
-    return std::nullopt;
-}
-
 /// A file that is written under its own name or read back must not be a link to somewhere else.
 std::vector<Problem> CheckRegular(const std::string& path) {
     const FileState state = StateOf(path);

@@ -77,6 +77,7 @@ std::vector<Problem> FileToPutBack::Look(const Writing& writing, OthersWork othe
         if (IsChange() && m_problems.empty()) {
             LoadTexts();
             RequireGivable();
+            RequireAllReplaceable();
             writing.RequireRoom(m_path);
         }
     } catch (const Interrupted&) {
@@ -186,6 +187,13 @@ void FileToPutBack::RequireGivable() {
     if (isGivable || GoesBackToReserve(m_now, m_wanted)) return;
     Refuse(m_path, "was owned by " + OwnerOf(wanted) + ", which it cannot be given back to here",
            geteuid() == 0 ? "give its directory back to root first" : "run the command as root");
+}
+
+/// A reserve that goes back takes the name of the file.
+void FileToPutBack::RequireAllReplaceable() const {
+    if (Differs(m_now.file, m_wanted.file)) RequireReplaceable(m_path);
+    if (Differs(m_now.reserve, m_wanted.reserve)) RequireReplaceable(m_path + ZETReserveSuffix);
+    if (Differs(m_now.absence, m_wanted.absence)) RequireReplaceable(m_path + ZETAbsenceSuffix);
 }
 
 bool FileToPutBack::IsChange() const {

@@ -56,6 +56,7 @@ class FileToPutBack {
     void LoadTexts();
     void LoadText(std::optional<CapturedFile>& wanted, const char* suffix);
     void RequireGivable();
+    void RequireAllReplaceable() const;
     bool IsKnownByNewer() const;
     Knowledge KnowledgeAfter() const;
     std::optional<RecordedState> LeftThen() const;
