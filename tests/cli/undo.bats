@@ -281,6 +281,17 @@ took back entry 1"
     assert_absent state/zet-client.status
 }
 
+@test "a status that a rollback left, as it was killed, goes with the next way back" {
+    zet commit-config
+    cp -a state/zet-client.status state/zet-client-fs.status "$BATS_TEST_TMPDIR"
+    zet rollback-config
+    cp -a "$BATS_TEST_TMPDIR"/zet-client.status "$BATS_TEST_TMPDIR"/zet-client-fs.status state
+    edit size 4
+    run_zet rollback-config --to 2 --force
+    assert_status 0
+    [[ ! -e state/zet-client.status && ! -e state/zet-client-fs.status ]]
+}
+
 @test "a commit that changes nothing makes no entry, and does not keep one from being undone" {
     zet commit-config
     zet commit-config
