@@ -142,7 +142,7 @@ zet-client: nothing was changed"
     REMEMBERED=$(as_now)
     run_zet undo --merge
     assert_status 1
-    assert_stderr "zet-client: error: $PLAIN:1: was edited here, and what was there before differs here, too (take the edit out, or --force)
+    assert_stderr "zet-client: error: $PLAIN:1: was edited here, where other lines are to come, too (take the edit out; --force puts back what was there before all the same)
 zet-client: nothing was changed"
     assert_equal "$(as_now)" "$REMEMBERED"
 }

@@ -12,6 +12,7 @@
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/state/StateFile.h"
+#include "deploy/targets/EditMerge.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/TargetCheck.h"
 #include "deploy/targets/Targets.h"
@@ -71,7 +72,10 @@ class StateTeller {
         const KnownFile* const known = m_known.Find(path);
         const Role own = m_product.Role();
         const Role named = known != nullptr ? known->state.knowledge.namedRole.value_or(own) : own;
-        if (HaveSameModeAndBytes(RenderQuietly(m_product, m_staging, templateName, named), path)) return true;
+        const std::string staged = RenderQuietly(m_product, m_staging, templateName, named);
+        if (HaveSameModeAndBytes(staged, path)) return true;
+        if (known != nullptr && IsMergedWith(m_product, *known, staged))
+            return m_known.IsAsLeft(path) && StateOf(staged).mode == StateOf(path).mode;
         if (!m_known.IsUnusable()) return false;
         return HaveSameModeAndBytes(RenderQuietly(m_product, m_staging, templateName, OtherRole(own)), path);
     }
