@@ -232,8 +232,7 @@ class Rollback {
         if (now.exists && !m_isForced && !IsOwnWork(file)) {
             step.outcome = KeepEdit(file);
         } else if (m_known.IsUnusable() && file.isOfBoth && !m_isForced) {
-            step.outcome = Keep(file, std::string("may have been committed by the role ") +
-                                          NameOf(m_otherRole) + ", too, and stays (--force puts it back)");
+            step.outcome = KeepOthers(file);
         } else if (m_known.Has(file.path, m_otherRole)) {
             step.action = Step::Action::LeaveToOtherRole;
             step.outcome = OutcomeOf(
@@ -307,6 +306,14 @@ class Rollback {
         m_product.Out().Warning(
             file.path +
             ": was edited since it was committed and stays (--force puts back what was there before)");
+        return Keep(file, remark);
+    }
+
+    /// Without the history, nobody can tell.
+    FileOutcome KeepOthers(const WrittenFile& file) {
+        const std::string remark = std::string("may have been committed by the role ") + NameOf(m_otherRole) +
+                                   ", too, and stays (--force puts it back)";
+        m_product.Out().Warning(file.path + ": " + remark);
         return Keep(file, remark);
     }
 
