@@ -40,7 +40,7 @@ _zet_read_words() {
 # Sets $words to what the parameter $1 can be given.
 _zet_values() {
     local flags='SERVICE_DISCOVERY ZET_HISTORY ZET_SYNC' file_systems='nfs4 nfs cifs smb3 afs ceph glusterfs'
-    local edits='overwrite refuse'
+    local edits='overwrite merge refuse'
     case " $flags " in *" $1 "*) words='yes no' ;; esac
     [[ $1 != NETWORK_FS_TYPE ]] || words=$file_systems
     [[ $1 != ZET_ON_EDIT ]] || words=$edits

@@ -39,7 +39,7 @@ _zet_read_words() {
 # Sets $known to what the parameter $1 can be given.
 _zet_values() {
     local -a flags=(SERVICE_DISCOVERY ZET_HISTORY ZET_SYNC) file_systems=(nfs4 nfs cifs smb3 afs ceph glusterfs)
-    local -a edits=(overwrite refuse)
+    local -a edits=(overwrite merge refuse)
     if (( ${flags[(Ie)$1]} )); then known=(yes no); fi
     if [[ $1 == NETWORK_FS_TYPE ]]; then known=($file_systems); fi
     if [[ $1 == ZET_ON_EDIT ]]; then known=($edits); fi

@@ -69,12 +69,16 @@ Fields FieldsOf(const FileOutcome& outcome, const std::string& path, bool isSecr
                      {"edited", edited},
                      {"secret", isSecret}};
     AddAttributes(fields, outcome);
-    const bool isHidden = !outcome.diff.excuse.empty();
-    const std::vector<std::string>& places = outcome.diff.places;
-    fields.emplace_back("diff", isHidden ? Value(nullptr) : TextOrNull(outcome.diff.text));
+    AddDiff(fields, outcome.diff);
+    return fields;
+}
+
+void AddDiff(Fields& fields, const ShownDiff& diff) {
+    const bool isHidden = !diff.excuse.empty();
+    const std::vector<std::string>& places = diff.places;
+    fields.emplace_back("diff", isHidden ? Value(nullptr) : TextOrNull(diff.text));
     fields.emplace_back("changed_lines",
                         isHidden ? Value(List(places.begin(), places.end())) : Value(nullptr));
-    return fields;
 }
 
 std::string NameOfPlaceholder(const std::string& placeholder) {

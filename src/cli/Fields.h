@@ -20,6 +20,9 @@ Fields FieldsOf(const Failure& failure);
 Fields FieldsOf(const FileOutcome& outcome, const std::string& path, bool isSecret,
                 const Value& edited = nullptr);
 
+/// The fields of a difference.
+void AddDiff(Fields& fields, const ShownDiff& diff);
+
 /// "realm" for "${realm}"
 std::string NameOfPlaceholder(const std::string& placeholder);
 

@@ -86,7 +86,7 @@ constexpr ParameterEntry kTable[] = {
     {"ZET_LANG", Kind::Locale, kMayBeEmpty, kForTheProduct, "C", nullptr,
      "The language of texts that are written into files, whoever runs the command; empty is C."},
     {"ZET_ON_EDIT", Kind::OneOf, kHasAValue, kForTheProduct, "overwrite", nullptr,
-     "What a commit does with a file that somebody edited.", "overwrite refuse"},
+     "What a commit does with a file that somebody edited.", "overwrite merge refuse"},
     {kSync, Kind::YesNo, kHasAValue, kForTheProduct, "yes", nullptr,
      "Whether what is written is on the disk before it takes its name.", kYesNo},
     {"ZET_VAR_LIB_DIR", Kind::AbsolutePath, kHasAValue, kForTheProduct, "/var/lib/zet", nullptr,

@@ -60,7 +60,7 @@ $TWO: in sync
 2 in sync"
     assert_states "in sync" "in sync"
     assert_json '[d[x] for x in ("role", "file_server", "commit_time")]' "[\"client\", \"smb3\", \"$(commit_time)\"]"
-    assert_json 'd["targets"][0]' "{\"template\": \"one.conf\", \"file\": \"$ONE\", \"path\": \"$ONE\", \"state\": \"in sync\"}"
+    assert_json 'd["targets"][0]' "{\"template\": \"one.conf\", \"file\": \"$ONE\", \"path\": \"$ONE\", \"state\": \"in sync\", \"diff\": null, \"changed_lines\": null}"
 }
 
 @test "only what is not in sync is listed where that is wanted, and all is counted" {
@@ -288,7 +288,7 @@ $TWO: $1"
     run_zet --json status
     assert_status 0
     assert_json 'd["targets"][2]' \
-        "{\"template\": \"three.conf\", \"file\": \"$HOST/by_link/three.conf\", \"path\": \"$HOST/real/three.conf\", \"state\": \"in sync\"}"
+        "{\"template\": \"three.conf\", \"file\": \"$HOST/by_link/three.conf\", \"path\": \"$HOST/real/three.conf\", \"state\": \"in sync\", \"diff\": null, \"changed_lines\": null}"
 }
 
 @test "a file that the list names by a link among its directories is known by its real name" {
@@ -328,4 +328,50 @@ zet-client: \"history show 2 $HOST/out/one.conf\" shows what it held"
     assert_json '[d[x] for x in ("role", "commit_time", "file_server", "targets")]' '["client", null, null, []]'
     capture server --json status
     assert_json 'd["role"], d["file_server"]' '["server", null]'
+}
+
+@test "--diff shows what a commit would change in what is pending or edited, and nothing else" {
+    zet commit-config
+    echo mine >>"$ONE"
+    zet option set DOMAIN other.org
+    remember_host
+    run_zet status --diff --changed
+    assert_status 3
+    assert_host_unchanged
+    [[ $output == *"$ONE: edited"*"--- a$ONE"*"-mine"*"$TWO: pending"*"-domain = example.org"*"+domain = other.org"* ]]
+    run_zet --json status --diff
+    assert_json '[("-mine" in t["diff"], t["changed_lines"]) for t in d["targets"]]' '[[true, null], [false, null]]'
+    run_zet --json status
+    assert_json '[(t["diff"], t["changed_lines"]) for t in d["targets"]]' '[[null, null], [null, null]]'
+}
+
+@test "--diff shows a mode that a commit would change" {
+    zet commit-config
+    chmod 600 "$ONE"
+    run_zet status --diff --changed
+    [[ $output == *"$ONE: edited, mode 0600 -> 0644"* ]]
+}
+
+@test "--diff hides what is secret, and tells the changed lines" {
+    add_target three.conf $'password = ${realm}\n' 'secret = true'
+    zet commit-config
+    zet option set REALM HIDDEN.ORG
+    run_zet status --diff
+    assert_status 3
+    [[ $output == *"$HOST/out/three.conf: pending"*"$HOST/out/three.conf: line 11 changed (text not shown: the list of targets calls it secret; --show-secrets shows it)"* ]]
+    [[ $output != *"password = HIDDEN"* ]]
+    run_zet --json status --diff
+    assert_json '[t["diff"] for t in d["targets"]][2]' null
+    assert_json '[t["changed_lines"] for t in d["targets"]][2]' "[\"$HOST/out/three.conf: line 11 changed\"]"
+}
+
+@test "--diff shows the merged text where edits are merged" {
+    zet option set ZET_ON_EDIT merge
+    printf '%s\n' 'realm = ${realm}' middle last >etc/one.conf
+    zet commit-config
+    echo mine >>"$ONE"
+    zet option set REALM OTHER.ORG
+    run_zet status --diff
+    [[ $output == *"+realm = OTHER.ORG"* ]]
+    [[ $output != *"-mine"* ]]
 }

@@ -142,7 +142,7 @@ zet-client: nothing was changed"
     REMEMBERED=$(as_now)
     run_zet undo --merge
     assert_status 1
-    assert_stderr "zet-client: error: $PLAIN:1: was edited here, and what was there before differs here, too (take the edit out, or --force)
+    assert_stderr "zet-client: error: $PLAIN:1: was edited here, where other lines are to come, too (take the edit out; --force puts back what was there before all the same)
 zet-client: nothing was changed"
     assert_equal "$(as_now)" "$REMEMBERED"
 }
@@ -279,6 +279,17 @@ took back entry 1"
     assert_absent out/one.conf.before_zet
     zet undo 2
     assert_absent state/zet-client.status
+}
+
+@test "a status that a rollback left, as it was killed, goes with the next way back" {
+    zet commit-config
+    cp -a state/zet-client.status state/zet-client-fs.status "$BATS_TEST_TMPDIR"
+    zet rollback-config
+    cp -a "$BATS_TEST_TMPDIR"/zet-client.status "$BATS_TEST_TMPDIR"/zet-client-fs.status state
+    edit size 4
+    run_zet rollback-config --to 2 --force
+    assert_status 0
+    [[ ! -e state/zet-client.status && ! -e state/zet-client-fs.status ]]
 }
 
 @test "a commit that changes nothing makes no entry, and does not keep one from being undone" {

@@ -211,7 +211,7 @@ class History:
         return f"w{self.stamp}"
 
     def commit(self):
-        self.change("commit-config")
+        self.change("commit-config", *self.chance.choice(((), (), ("--on-edit=merge",))))
 
     def set_option(self):
         self.change("option", "set", "REALM", self.word().upper() + ".ORG")

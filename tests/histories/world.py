@@ -125,8 +125,9 @@ class World:
         return max([0] + [number for number, in self.query("SELECT number FROM pruned")])
 
     def known(self):
-        """What is known of each file but the status: path, what it is, by whom, and which text."""
-        return set(self.query("SELECT path, kind, roles, template, digest FROM known, states WHERE state = id"
+        """What is known of each file but the status: path, what it is, by whom, which text, and from which it was made."""
+        return set(self.query("SELECT path, kind, roles, template, digest,"
+                              " (SELECT texts.digest FROM texts WHERE texts.id = base) FROM known, states WHERE state = id"
                               " AND kind <> 5 AND present"))
 
     def roles(self):

@@ -7,7 +7,8 @@ namespace ZET::Deploy {
 enum class OnEdit {
     AsConfigured,  ///< what the parameter ZET_ON_EDIT says; an edit that cannot be kept is refused
     Overwrite,     ///< the history keeps the edit, if there is one
-    Refuse         ///< it is a problem of the plan: nothing is written
+    Refuse,        ///< it is a problem of the plan: nothing is written
+    Merge          ///< the target gets the edit and what the template makes of it; a conflict is a problem
 };
 
 }  // namespace ZET::Deploy

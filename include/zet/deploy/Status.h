@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "zet/ZETApi.h"
+#include "zet/deploy/FileOutcome.h"
 #include "zet/deploy/Product.h"
 
 namespace ZET::Deploy {
@@ -22,6 +23,9 @@ struct TargetState {
     std::string state;    ///< "in sync", "pending", "edited", "missing", "not committed", "unknown"
     std::string trouble;  ///< why it is unknown
     std::string file;     ///< as the list names it
+    FileState before;  ///< of one that is pending or edited: what it is, and what a commit would make of it
+    FileState after;
+    ShownDiff diff;  ///< of such a one, where it is wanted
 };
 
 /// A file that was edited in place.

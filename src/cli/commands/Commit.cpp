@@ -23,6 +23,7 @@ struct CommitOptions {
 
 OnEdit OnEditOf(const CommitOptions& asked) {
     if (asked.onEdit.empty()) return OnEdit::AsConfigured;
+    if (asked.onEdit == "merge") return OnEdit::Merge;
     return asked.onEdit == "refuse" ? OnEdit::Refuse : OnEdit::Overwrite;
 }
 
@@ -89,7 +90,7 @@ void RegisterCommit(CommandLine& line) {
         .Any("TEMPLATE", &CommitOptions::templates, "Only these templates")
         .Flag("--run-checks", &CommitOptions::runChecks, kRunChecksHelp)
         .Assignments("--set", &CommitOptions::assignments, "With -n: as if a parameter had this value")
-        .Choice("--on-edit", {"overwrite", "refuse"}, &CommitOptions::onEdit,
+        .Choice("--on-edit", {"overwrite", "merge", "refuse"}, &CommitOptions::onEdit,
                 "What to do with a target that somebody edited");
 }
 

@@ -2,8 +2,11 @@
 #include <utility>
 
 #include "cli/ExitStatus.h"
+#include "cli/Fields.h"
+#include "cli/FileReport.h"
 #include "cli/Session.h"
 #include "cli/commands/Registrations.h"
+#include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
 #include "deploy/targets/TargetStates.h"
 
@@ -44,11 +47,15 @@ void TellRole(Session& session, const RoleStatus& status) {
 void TellTarget(Session& session, const TargetState& target) {
     if (!target.trouble.empty())
         session.Out().Error(target.path + ": its state cannot be told: " + target.trouble);
-    session.Out().Line(target.path + ": " + target.state);
-    session.Out().Add("targets", Fields{{"template", target.templateName},
-                                        {"file", target.file},
-                                        {"path", session.Product().HostPaths().RealName(target.path)},
-                                        {"state", target.state}});
+    const std::string change = target.after.exists ? DescribeChange(target.before, target.after) : "";
+    session.Out().Line(target.path + ": " + target.state + (change.empty() ? "" : ", " + change));
+    Fields fields = {{"template", target.templateName},
+                     {"file", target.file},
+                     {"path", session.Product().HostPaths().RealName(target.path)},
+                     {"state", target.state}};
+    AddDiff(fields, target.diff);
+    session.Out().Add("targets", std::move(fields));
+    TellDiff(session.Out(), target.diff);
 }
 
 /// The states in the order of their first target, each with how many have it; in sync comes first.

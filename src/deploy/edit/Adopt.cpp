@@ -10,6 +10,7 @@
 #include "deploy/state/Recording.h"
 #include "deploy/state/Writing.h"
 #include "deploy/state/store/Digest.h"
+#include "deploy/targets/EditMerge.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
 #include "text/Adoption.h"
@@ -56,13 +57,16 @@ class Adopting {
         const KnownFile* const known = all.Find(m_path);
         const Role role = known->state.knowledge.namedRole.value_or(m_product.Role());
         const std::string edited = ReadFileBytes(m_path);
-        const std::string rendered = ReadFileBytes(RenderQuietly(m_product, m_staging, m_templateName, role));
-        RequireLastRendering(*known, rendered);
+        const std::string staged = RenderQuietly(m_product, m_staging, m_templateName, role);
+        const std::string rendered = ReadFileBytes(staged);
+        if (!IsMergedWith(m_product, *known, staged)) RequireLastRendering(*known, rendered);
         if (edited == rendered) return Unchanged();
         const std::string text = NewTemplate(rendered, edited);
         const std::string made = RenderTemplateText(m_product, m_staging, role, m_templateName, text);
         if (ReadFileBytes(made) != edited) FailToTrace();
-        return Write(text, known->state.knowledge);
+        Knowledge knowledge = known->state.knowledge;
+        knowledge.base.reset();
+        return Write(text, knowledge);
     }
 
   private:

@@ -78,19 +78,19 @@ bool EndsWithout(const std::string& mine, const std::string& base, const std::st
     return LacksLineFeed(mine) == LacksLineFeed(base) ? LacksLineFeed(yours) : LacksLineFeed(mine);
 }
 
-void RequireText(const std::string& text, const std::string& path) {
+void RequireText(const std::string& text, const std::string& path, const std::string& otherWay) {
     if (text.find('\0') == std::string::npos) return;
     throw Failure({.file = path,
                    .text = "holds a NUL byte, so it cannot be merged",
-                   .remedy = "look at it; --force puts back what was there before"});
+                   .remedy = "look at it; " + otherWay});
 }
 
 }  // namespace
 
 Merged Merge(const std::string& mine, const std::string& base, const std::string& yours,
-             const std::string& path) {
+             const std::string& path, const std::string& otherWay) {
     for (const std::string* const text : {&mine, &base, &yours})
-        RequireText(*text, path);
+        RequireText(*text, path, otherWay);
     const Comparison comparison(mine, base, yours);
     Merged merged;
     // Without the option, a change that both made alike would be marked, too.

@@ -14,9 +14,9 @@ struct Merged {
 };
 
 /// Brings together what `mine` and `yours` made of `base`. A change that both have made alike is no conflict.
-/// A text that cannot be merged (a NUL byte in it) is a `Failure` that names `path`.
+/// A text that cannot be merged (a NUL byte in it) is a `Failure` that names `path` and the other way.
 Merged Merge(const std::string& mine, const std::string& base, const std::string& yours,
-             const std::string& path);
+             const std::string& path, const std::string& otherWay);
 
 }  // namespace ZET::Deploy
 

@@ -55,7 +55,11 @@ void Recording::OrGoOnWithout(Call call) {
         call();
     } catch (const Failure& failure) {
         if (!m_goesBack) throw;
-        m_host.HostHistory().TellUnusable(failure);
+        const bool isOfStore = failure.Facts().file == m_host.State().Store();
+        if (isOfStore)
+            m_host.HostHistory().TellUnusable(failure);
+        else
+            m_host.Out().Warning(std::string("what is changed is not recorded: ") + failure.what());
         m_store = nullptr;
         m_rows.clear();
     }
@@ -65,8 +69,9 @@ Recording::~Recording() {
     if (!m_open) return;
     try {
         Close(EntryOutcome::Failed, Ending::Unknown);
-    } catch (const std::exception&) {
-        // What ended the command is on its way to the reader; the next run settles the entry.
+    } catch (...) {
+        // What ended the command is on its way to the reader. The entry stays open, and the next run tells by
+        // content what was done.
     }
 }
 
@@ -228,7 +233,10 @@ void Recording::Complete(Ending ending) {
     try {
         Close(EntryOutcome::Done, ending);
     } catch (const Failure& failure) {
-        m_host.Out().Warning(failure.what());
+        const std::string store = m_host.State().Store();
+        const bool isOfStore = failure.Facts().file == store;
+        m_host.Out().Warning(isOfStore ? failure.what()
+                                       : store + ": the next command ends the entry: " + failure.what());
     }
 }
 

@@ -45,7 +45,7 @@ void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending end
     if (now.IsAs(file.before) || !IsOfTheCommand(file, now, ending)) {
         const bool isKnownAnew = planned.isKnownAnew && ending != Ending::Unknown && isAsWanted;
         const bool isNothingNew =
-            file.kind == file.kindBefore && file.before.knowledge == file.after.knowledge;
+            file.kind == file.kindBefore && !planned.base && file.before.knowledge == file.after.knowledge;
         if (isKnownAnew && !isNothingNew) return settlement.changed.push_back(AsItIs(planned, now));
         settlement.untouched.push_back(file.path);
         return;

@@ -30,11 +30,11 @@ bool IsWritten(const PlannedTarget& planned) {
     return now.IsRegular() && now.mode == planned.after.mode && HaveSameBytes(planned.path, planned.staged);
 }
 
-std::string DescribeOthersWork(const PlannedTarget& planned, bool isDryRun) {
-    if (!planned.before.exists) return "was removed since the last commit";
-    const std::string end = (isDryRun ? " would be" : " are") + std::string(" overwritten");
-    return planned.isTouched ? "was edited since the last commit; the edits" + end
-                             : "holds changes that are kept nowhere; they" + end;
+std::string FateOfOthersWork(const PlannedTarget& planned, bool isDryRun) {
+    if (!planned.before.exists) return DescribeOthersWork(planned);
+    const std::string verb = isDryRun ? " would be " : " are ";
+    return DescribeOthersWork(planned) + (planned.isTouched ? "; the edits" : "; they") + verb +
+           (planned.isMerged ? "merged" : "overwritten");
 }
 
 void WarnOfOthersWork(Host& host, const PlannedTarget& planned) {
@@ -42,8 +42,9 @@ void WarnOfOthersWork(Host& host, const PlannedTarget& planned) {
         host.Out().Warning(planned.path + ": has " + std::to_string(planned.before.links) +
                            " names (hard links); the others keep the former text");
     }
-    if (planned.IsOthersWork())
-        host.Out().Warning(planned.path + ": " + DescribeOthersWork(planned, host.Wanted().dryRun));
+    if (!planned.IsOthersWork()) return;
+    const std::string text = planned.path + ": " + FateOfOthersWork(planned, host.Wanted().dryRun);
+    planned.isMerged ? host.Out().Remark(text) : host.Out().Warning(text);
 }
 
 /// One commit, from the plan to the status.
@@ -102,6 +103,7 @@ class Execution {
             file.path = planned.path;
             file.kind = FileKind::Target;
             file.knowledge = KnowledgeOf(planned);
+            file.base = BaseOf(planned);
             m_recording.Expect(file);
         }
     }
@@ -113,6 +115,7 @@ class Execution {
         file.companions = ExpectedFile::Companions::MayCome;
         file.after = Staged(planned);
         file.knowledge = KnowledgeOf(planned);
+        file.base = BaseOf(planned);
         file.wasEdited = planned.IsOthersWork();
         return file;
     }
@@ -138,8 +141,12 @@ class Execution {
         return knowledge;
     }
 
-    /// A target that is as it would be rendered is a committed one from now on. Where others were changed, the
-    /// entry says so.
+    static std::optional<std::string> BaseOf(const PlannedTarget& planned) {
+        return planned.rendering.empty() ? std::nullopt : std::optional(ReadFileBytes(planned.rendering));
+    }
+
+    /// A target that is as it would be rendered is a committed one from now on. Where others were changed,
+    /// the entry says so.
     void RememberUnchanged() {
         if (!m_recording.IsOn() || m_recording.Number()) return;
         std::vector<FileToRecord> files;
@@ -162,7 +169,8 @@ class Execution {
     bool IsKnown(const PlannedTarget& planned) const {
         const KnownFile* const known = m_plan.Known().Find(planned.path);
         return known != nullptr && known->state.knowledge.roles.count(m_product.Role()) != 0 &&
-               known->state.knowledge.templateName == planned.target.templateName && !planned.isTouched;
+               known->state.knowledge.templateName == planned.target.templateName && !planned.isTouched &&
+               !planned.isRenderingNew;
     }
 
     FileToRecord Remembered(const PlannedTarget& planned) const {
@@ -173,6 +181,7 @@ class Execution {
         file.file.after = now.state;
         file.file.after.knowledge = KnowledgeOf(planned);
         file.textAfter = std::move(now.text);
+        file.base = BaseOf(planned);
         return file;
     }
 
@@ -206,8 +215,9 @@ class Execution {
     void Render(const PlannedTarget& planned) {
         const FileInPlace place(m_product.HostPaths().Find(planned.target.path, planned.target.trusted),
                                 planned.path);
-        RenderTarget(m_product, {planned.target.templateName, place, planned.staged, planned.version,
-                                 planned.namedRole});
+        const TargetToRender target{planned.target.templateName, place, planned.staged, planned.version,
+                                    planned.namedRole};
+        planned.rendering.empty() ? RenderTarget(m_product, target) : WriteTarget(m_product, target);
     }
 
     /// What stopped the run is on its way to the reader; what goes wrong in here comes on top of it.

@@ -11,6 +11,7 @@
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
 #include "deploy/state/StateDirectory.h"
+#include "deploy/targets/EditMerge.h"
 #include "deploy/targets/OwnCheck.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Restarts.h"
@@ -28,11 +29,11 @@ void RequireAcceptance(Deployment& product, const Target& target, const std::str
     if (problem) throw Failure(*problem);
 }
 
-FileOutcome::Result ChangeOf(const PlannedTarget& planned) {
-    if (!planned.before.exists) return FileOutcome::Result::Created;
-    const bool isSame =
-        planned.before.mode == planned.after.mode && HaveSameBytes(planned.path, planned.staged);
-    return isSame ? FileOutcome::Result::Unchanged : FileOutcome::Result::Changed;
+/// Nothing is said in words: then an edit is only replaced where it is kept.
+OnEdit OnEditOf(Host& host) {
+    const std::string wanted = host.Param("ZET_ON_EDIT");
+    if (wanted == "merge") return OnEdit::Merge;
+    return wanted == "refuse" ? OnEdit::Refuse : OnEdit::AsConfigured;
 }
 
 bool HasCompanion(const std::string& path) {
@@ -64,9 +65,9 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     for (const Target& target : m_checked.targets) {
         product.RequireGoOn();
         product.Out().Progress(m_targets.size(), m_checked.targets.size());
-        Add(target);
+        Add(target, onEdit == OnEdit::AsConfigured ? OnEditOf(product) : onEdit);
     }
-    JudgeEdits(onEdit);
+    if (!m_checked.problems.empty()) m_targets.clear();
 }
 
 /// Whether the history can keep the text that a commit replaces.
@@ -76,35 +77,35 @@ bool CommitPlan::CanBeKept(const PlannedTarget& planned) const {
     return !planned.before.exists || (limits.keepsTexts && size <= limits.largestText);
 }
 
-/// An edit that is refused, or would be lost, is a problem like the others.
-void CommitPlan::JudgeEdits(OnEdit onEdit) {
-    const bool isRefused = onEdit == OnEdit::Refuse ||
-                           (onEdit == OnEdit::AsConfigured && m_product.Param("ZET_ON_EDIT") == "refuse");
-    for (const PlannedTarget& planned : m_targets) {
-        if (!planned.IsOthersWork()) continue;
-        if (isRefused) {
-            m_checked.problems.push_back(
-                {.file = planned.path,
-                 .text = planned.before.exists ? "was edited since the last commit"
-                                               : "was removed since the last commit",
-                 .remedy = "--on-edit=overwrite replaces it, and the history keeps it"});
-        } else if (onEdit == OnEdit::AsConfigured && !CanBeKept(planned)) {
-            m_checked.problems.push_back(
-                {.file = planned.path,
-                 .text = "was edited since the last commit, and the history cannot keep the edit",
-                 .remedy = "--on-edit=overwrite replaces it all the same"});
-        }
+/// An edit that is refused, conflicts, or would be lost, is a problem like the others. False when there is
+/// one.
+bool CommitPlan::SettleEdit(PlannedTarget& planned, OnEdit onEdit) {
+    if (!planned.IsOthersWork() || onEdit == OnEdit::Overwrite) return true;
+    std::vector<Problem> problems;
+    if (onEdit == OnEdit::Merge) {
+        problems = EditMerge(m_product, *m_staging, *m_known).Merge(planned);
+    } else if (onEdit == OnEdit::Refuse) {
+        problems.push_back({.file = planned.path,
+                            .text = DescribeOthersWork(planned),
+                            .remedy = "--on-edit=overwrite replaces it, and the history keeps it"});
+    } else if (!CanBeKept(planned)) {
+        problems.push_back({.file = planned.path,
+                            .text = DescribeOthersWork(planned) + ", and the history cannot keep the edit",
+                            .remedy = "--on-edit=overwrite replaces it all the same"});
     }
-    if (!m_checked.problems.empty()) m_targets.clear();
+    m_checked.problems.insert(m_checked.problems.end(), problems.begin(), problems.end());
+    return problems.empty();
 }
 
-void CommitPlan::Add(const Target& target) {
+void CommitPlan::Add(const Target& target, OnEdit onEdit) {
     PlannedTarget planned;
     planned.target = target;
     planned.path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path));
     Stage(planned);
-    if (RunsOwnChecks(m_product.Wanted())) RequireAcceptance(m_product, target, planned.path, planned.staged);
     FillIn(planned);
+    EditMerge(m_product, *m_staging, *m_known).KeepMerged(planned);
+    if (!SettleEdit(planned, onEdit)) return;
+    if (RunsOwnChecks(m_product.Wanted())) RequireAcceptance(m_product, target, planned.path, planned.staged);
     m_targets.push_back(std::move(planned));
 }
 
@@ -160,6 +161,13 @@ std::vector<std::string> CommitPlan::RestartsOf(const std::vector<PlannedTarget>
             restarts.Add(planned.target.RestartsFor(m_product.Role()));
     }
     return restarts.Services();
+}
+
+std::string DescribeOthersWork(const PlannedTarget& planned) {
+    if (!planned.before.exists) return "was removed since the last commit";
+    if (planned.isTouched) return "was edited since the last commit";
+    return planned.DropsMerge() ? "holds edits that an earlier commit merged"
+                                : "holds changes that are kept nowhere";
 }
 
 FileOutcome OutcomeOf(Deployment& product, const PlannedTarget& planned) {

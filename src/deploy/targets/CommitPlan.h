@@ -12,35 +12,12 @@
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/Lock.h"
 #include "deploy/targets/Deployment.h"
+#include "deploy/targets/PlannedTarget.h"
 #include "deploy/targets/TargetCheck.h"
 #include "zet/deploy/FileOutcome.h"
 #include "zet/deploy/OnEdit.h"
 
 namespace ZET::Deploy {
-
-/// What a commit would do to one target.
-struct PlannedTarget {
-    Target target;
-    std::string path;    ///< of the real file, links followed
-    std::string staged;  ///< the file as it would be
-    FileOutcome::Result change = FileOutcome::Result::Unchanged;
-    bool isTouched = false;     ///< the file is none of those that the roles recorded at their commits
-    bool isUnrecorded = false;  ///< the product had to do with the file, but no commit recorded it as it is
-    bool isReserved = false;    ///< what the file holds is what its reserve holds
-    bool isUntold = false;      ///< what a run that was cut short wrote, whose services nobody was told
-    Role namedRole = Role::Client;  ///< the one whose command its notice names
-    FileVersion version;            ///< of what was there when the plan was made
-    FileState before;
-    FileState after;
-
-    bool IsChange() const { return change != FileOutcome::Result::Unchanged; }
-
-    /// Somebody edited or removed the file since the product wrote it.
-    bool IsOthersWork() const { return IsChange() && (isTouched || HoldsUnkeptText()); }
-
-    /// Nothing but the file itself has what it holds. What a commit was killed at is as it was reserved.
-    bool HoldsUnkeptText() const { return isUnrecorded && before.exists && !isReserved; }
-};
 
 /// What a commit is about to do, or would: made under the product's lock, which it holds as long as it lives,
 /// unless nothing is going to be written.
@@ -68,10 +45,10 @@ class CommitPlan {
     const KnownFiles& Known() const { return *m_known; }
 
   private:
-    void Add(const Target& target);
+    void Add(const Target& target, OnEdit onEdit);
     void Stage(PlannedTarget& planned);
     void FillIn(PlannedTarget& planned) const;
-    void JudgeEdits(OnEdit onEdit);
+    bool SettleEdit(PlannedTarget& planned, OnEdit onEdit);
     bool CanBeKept(const PlannedTarget& planned) const;
     bool WasCutShort(const KnownFile& known) const;
 
@@ -84,6 +61,9 @@ class CommitPlan {
     std::size_t m_checksNotRun = 0;
     std::vector<PlannedTarget> m_targets;
 };
+
+/// "was edited since the last commit": what others did to a target.
+std::string DescribeOthersWork(const PlannedTarget& planned);
 
 /// What becomes of a target, as far as a plan knows; with the diff, if one is wanted.
 FileOutcome OutcomeOf(Deployment& product, const PlannedTarget& planned);

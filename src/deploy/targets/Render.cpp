@@ -10,6 +10,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
+#include "deploy/state/OwnText.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/Secrets.h"
 #include "deploy/targets/TemplateFiles.h"
@@ -187,6 +188,17 @@ void RenderTarget(Deployment& product, const TargetToRender& target) {
                        .text = "is not written, since its template was changed after it was checked",
                        .remedy = "run the command again"});
     });
+}
+
+void WriteTarget(Deployment& product, const TargetToRender& target) {
+    if (!IsFileExist(WorkingCopy(product, target.templateName)))
+        product.Config().InstallConfigFileTemplate(target.templateName);
+    Replacement replacement(product, target.place, target.version);
+    replacement.KeepOriginal();
+    const mode_t mode = StateOf(target.staged).mode;
+    const std::string text = ReadFileBytes(target.staged);
+    replacement.Make(
+        mode, [&](const std::string& name) { SaveOwnText(name, text, mode); }, [](const std::string&) {});
 }
 
 }  // namespace ZET::Deploy

@@ -69,6 +69,9 @@ struct TargetToRender {
 /// trial, and what somebody else wrote meanwhile, is a `Failure`; the target is as it was then.
 void RenderTarget(Deployment& product, const TargetToRender& target);
 
+/// The same with the staged text as it is, which no template makes.
+void WriteTarget(Deployment& product, const TargetToRender& target);
+
 }  // namespace ZET::Deploy
 
 #endif

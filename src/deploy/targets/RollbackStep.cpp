@@ -55,8 +55,7 @@ void RollbackDecision::DecideTarget(RollbackStep& step) {
     if (now.exists && !m_options.force && !IsOwnWork(file)) {
         KeepEdited(step);
     } else if (m_known.IsUnusable() && file.isOfBoth && !m_options.force) {
-        Miss(step, std::string("may have been committed by the role ") + NameOf(m_otherRole) +
-                       ", too, and stays (--force puts it back)");
+        KeepOthers(step);
     } else if (m_known.Has(file.path, m_otherRole)) {
         step.action = Action::LeaveToOtherRole;
         step.Tell(Result::Kept,
@@ -119,6 +118,14 @@ void RollbackDecision::KeepEdited(RollbackStep& step) const {
     m_product.Out().Warning(
         step.file.path +
         ": was edited since it was committed and stays (--force puts back what was there before)");
+    Miss(step, remark);
+}
+
+/// Without the history, nobody can tell.
+void RollbackDecision::KeepOthers(RollbackStep& step) const {
+    const std::string remark = std::string("may have been committed by the role ") + NameOf(m_otherRole) +
+                               ", too, and stays (--force puts it back)";
+    m_product.Out().Warning(step.file.path + ": " + remark);
     Miss(step, remark);
 }
 

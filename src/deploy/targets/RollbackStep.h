@@ -48,6 +48,7 @@ class RollbackDecision {
     void TakeOutBlocks(RollbackStep& step, std::string text, const std::string& remark);
     void PutBack(RollbackStep& step, const FileState& now, const FileState& reserve) const;
     void KeepEdited(RollbackStep& step) const;
+    void KeepOthers(RollbackStep& step) const;
     bool IsOwnWork(const WrittenFile& file);
     ShownDiff DiffOf(const WrittenFile& file, const FileState& now, const FileState& reserve) const;
     const Staging& Room();

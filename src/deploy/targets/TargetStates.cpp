@@ -12,7 +12,9 @@
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/state/StateFile.h"
+#include "deploy/targets/EditMerge.h"
 #include "deploy/targets/Render.h"
+#include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/TargetCheck.h"
 #include "deploy/targets/Targets.h"
 #include "deploy/targets/TemplateStates.h"
@@ -23,6 +25,8 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr char kInSync[] = "in sync";
+constexpr char kPending[] = "pending";
+constexpr char kEdited[] = "edited";
 constexpr char kUnknown[] = "unknown";
 
 /// A `Failure` when this user cannot read the template that is there: what a commit would make of it is then
@@ -38,11 +42,16 @@ class StateTeller {
     StateTeller(Deployment& product, const KnownFiles& known) : m_product(product), m_known(known) {}
 
     TargetState Tell(const Target& target) {
-        TargetState result{target.templateName, m_product.HostPaths().FromInside(target.path), kUnknown, "",
-                           target.path};
+        TargetState result;
+        result.templateName = target.templateName;
+        result.path = m_product.HostPaths().FromInside(target.path);
+        result.state = kUnknown;
+        result.file = target.path;
         try {
             result.path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path));
+            m_staged.clear();
             result.state = StateOfFile(target.templateName, result.path);
+            if (result.state == kPending || result.state == kEdited) Compare(target, result);
         } catch (const Interrupted&) {
             throw;
         } catch (const Failure& failure) {
@@ -63,7 +72,28 @@ class StateTeller {
         if (canBeRendered && IsRendered(templateName, path)) return kInSync;
         // Without the history, nobody can tell who changed it.
         if (m_known.IsUnusable()) return "differs";
-        return m_known.IsAsLeft(path) ? "pending" : "edited";
+        return m_known.IsAsLeft(path) ? kPending : kEdited;
+    }
+
+    /// With what a commit would write. Of a template that it would refuse, nobody knows.
+    void Compare(const Target& target, TargetState& result) {
+        if (m_staged.empty() || !m_product.Wanted().wantsDiffs) return;
+        PlannedTarget planned;
+        planned.target = target;
+        planned.path = result.path;
+        planned.staged = m_staged;
+        planned.version = VersionOf(result.path);
+        planned.before = StateOf(result.path);
+        planned.after = StateInPlace(result.path, m_staged);
+        planned.change = FileOutcome::Result::Changed;
+        planned.isTouched = result.state == kEdited;
+        const EditMerge merge(m_product, m_staging, m_known);
+        merge.KeepMerged(planned);
+        // Where that conflicts, the commit would be refused; what the template makes is shown.
+        if (m_product.Param("ZET_ON_EDIT") == "merge" && planned.IsOthersWork()) merge.Merge(planned);
+        result.before = planned.before;
+        result.after = planned.after;
+        result.diff = DiffToShow(m_product, result.path, planned.staged, result.path);
     }
 
     /// For the role whose command the notice names.
@@ -71,7 +101,10 @@ class StateTeller {
         const KnownFile* const known = m_known.Find(path);
         const Role own = m_product.Role();
         const Role named = known != nullptr ? known->state.knowledge.namedRole.value_or(own) : own;
-        if (HaveSameModeAndBytes(RenderQuietly(m_product, m_staging, templateName, named), path)) return true;
+        m_staged = RenderQuietly(m_product, m_staging, templateName, named);
+        if (HaveSameModeAndBytes(m_staged, path)) return true;
+        if (known != nullptr && IsMergedWith(m_product, *known, m_staged))
+            return m_known.IsAsLeft(path) && StateOf(m_staged).mode == StateOf(path).mode;
         if (!m_known.IsUnusable()) return false;
         return HaveSameModeAndBytes(RenderQuietly(m_product, m_staging, templateName, OtherRole(own)), path);
     }
@@ -79,6 +112,7 @@ class StateTeller {
     Deployment& m_product;
     const KnownFiles& m_known;
     const Staging m_staging;
+    std::string m_staged;  ///< the last rendering
 };
 
 bool HasBlocks(const std::string& path) {

@@ -96,7 +96,7 @@ void TemplateUpgrade::Replace(Copy& copy) {
 void TemplateUpgrade::MergeInto(Copy& copy) {
     if (!CanBeMerged(copy)) return;
     const TemplateTexts& texts = copy.texts;
-    Merged merged = Merge(*texts.copy, *texts.base, *texts.shipped, copy.path);
+    Merged merged = Merge(*texts.copy, *texts.base, *texts.shipped, copy.path, WayToInstall(copy));
     for (const std::size_t line : merged.conflicts) {
         Object(copy.path, line, "was edited here, where the newer " + copy.files.shipped + " has other lines",
                WayToInstall(copy));

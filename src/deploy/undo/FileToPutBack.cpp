@@ -8,9 +8,9 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Staging.h"
+#include "deploy/state/MergedFile.h"
 #include "deploy/state/store/Digest.h"
 #include "deploy/targets/ShownDiff.h"
-#include "deploy/undo/MergedFile.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -145,7 +145,7 @@ void FileToPutBack::MergeInto(CapturedFile& wanted, const RecordedFile& row, con
         return Refuse(m_path, "cannot be merged, as not all of its texts are kept", kWays);
     Store& store = *m_product.HostHistory().ToLook();
     const std::string former = store.Text(*row.before.text);
-    const MergedFile merged = MergeFile({now.text, store.Text(*row.after.text), former}, m_path);
+    const MergedFile merged = MergeFile({now.text, store.Text(*row.after.text), former}, {m_path, kWays});
     m_problems.insert(m_problems.end(), merged.conflicts.begin(), merged.conflicts.end());
     wanted.text = merged.text;
     wanted.state = MergedAttributes(now.state, row.after, row.before);
@@ -218,7 +218,8 @@ FileKind FileToPutBack::KindAfter() const {
 std::optional<RecordedState> FileToPutBack::LeftThen() const {
     if (KindAfter() == FileKind::Original || IsKnownByNewer()) return std::nullopt;
     // Who changes what is known of an edited file alone, leaves it edited.
-    if (!m_change.isWritten) return m_known ? std::optional(m_known->state) : std::nullopt;
+    if (!m_change.isWritten && !m_change.file->leftBefore)
+        return m_known ? std::optional(m_known->state) : std::nullopt;
     return m_change.file->leftBefore;
 }
 

@@ -43,15 +43,15 @@ class WayBack {
     /// The status of a role that has no target any more goes, too, and that of one that has some stays.
     void LookAtStatus(UndoResult& result) {
         for (const Role role : kRoles) {
-            const bool isLast = WasCommitted(role) && !IsCommittedThen(role);
-            LookAtStatus(m_product.State().Status(role), isLast, IsCommittedThen(role), result);
-            if (role == Role::Client)
-                LookAtStatus(m_product.State().FileServerStatus(), isLast, IsCommittedThen(role), result);
+            LookAtStatus(m_product.State().Status(role), role, result);
+            if (role == Role::Client) LookAtStatus(m_product.State().FileServerStatus(), role, result);
         }
     }
 
-    void LookAtStatus(const std::string& path, bool isLast, bool isCommitted, UndoResult& result) {
+    void LookAtStatus(const std::string& path, Role role, UndoResult& result) {
         const std::string name = m_product.HostPaths().NameInside(path);
+        const bool isCommitted = IsCommittedThen(role);
+        const bool isLast = !isCommitted && (WasCommitted(role) || IsKnown(name));
         const auto file = std::find_if(m_files.begin(), m_files.end(),
                                        [&](const FileToPutBack& each) { return each.Change().name == name; });
         const bool goes = file != m_files.end() && file->Change().file && !file->Change().file->before.exists;
@@ -66,6 +66,11 @@ class WayBack {
         m_files.emplace_back(m_product, std::move(change));
         for (Problem& problem : m_files.back().Look(m_writing, m_others))
             result.problems.push_back(std::move(problem));
+    }
+
+    /// A rollback that was killed right before its end has left it.
+    bool IsKnown(const std::string& name) {
+        return m_product.HostHistory().ToLook()->Known(name).has_value();
     }
 
     bool WasCommitted(Role role) { return !Committed(role).empty(); }

@@ -1,4 +1,4 @@
-#include "deploy/undo/MergedFile.h"
+#include "deploy/state/MergedFile.h"
 
 #include <optional>
 #include <set>
@@ -12,15 +12,15 @@ namespace ZET::Deploy {
 
 namespace {
 
-void RequireOneLineEnd(const TextsToMerge& texts, const std::string& path) {
+void RequireOneLineEnd(const TextsToMerge& texts, const FileToMerge& file) {
     std::optional<bool> areCarriageReturns;
     for (const std::string* const text : {&texts.now, &texts.base, &texts.wanted}) {
         const Text::LineEnds ends = Text::LineEndsOf(*text);
         const bool isOther = areCarriageReturns && *areCarriageReturns != ends.areCarriageReturns;
         if (ends.otherLine != 0 || (isOther && !text->empty()))
-            throw Failure({.file = path,
+            throw Failure({.file = file.path,
                            .text = "its lines do not all end alike, so it cannot be merged",
-                           .remedy = "let them end alike, or --force"});
+                           .remedy = "let them end alike; " + file.otherWay});
         if (!text->empty()) areCarriageReturns = ends.areCarriageReturns;
     }
 }
@@ -37,21 +37,21 @@ std::optional<std::string> AttributeOf(const RecordedState& state, const std::st
 
 }  // namespace
 
-MergedFile MergeFile(const TextsToMerge& texts, const std::string& path) {
-    RequireOneLineEnd(texts, path);
+MergedFile MergeFile(const TextsToMerge& texts, const FileToMerge& file) {
+    RequireOneLineEnd(texts, file);
     const Text::TextAndNotice now = Text::WithoutNotice(texts.now);
     const Text::TextAndNotice wanted = Text::WithoutNotice(texts.wanted);
     const Merged merged = Merge(std::string(now.text), std::string(Text::WithoutNotice(texts.base).text),
-                                std::string(wanted.text), path);
-    MergedFile file;
+                                std::string(wanted.text), file.path, file.otherWay);
+    MergedFile made;
     for (const std::size_t line : merged.conflicts) {
-        file.conflicts.push_back({.file = path,
+        made.conflicts.push_back({.file = file.path,
                                   .line = static_cast<int>(line + now.noticeLines),
-                                  .text = "was edited here, and what was there before differs here, too",
-                                  .remedy = "take the edit out, or --force"});
+                                  .text = "was edited here, where other lines are to come, too",
+                                  .remedy = "take the edit out; " + file.otherWay});
     }
-    if (file.conflicts.empty()) file.text = std::string(wanted.notice) + merged.text;
-    return file;
+    if (made.conflicts.empty()) made.text = std::string(wanted.notice) + merged.text;
+    return made;
 }
 
 RecordedState MergedAttributes(const RecordedState& now, const RecordedState& base,

@@ -1,0 +1,100 @@
+#include "deploy/targets/EditMerge.h"
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileState.h"
+#include "deploy/state/MergedFile.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr char kOtherWay[] = "--on-edit=overwrite replaces it, and the history keeps it";
+constexpr char kLastWay[] = "--on-edit=overwrite replaces it all the same";
+constexpr mode_t kModeBits = 07777;
+
+/// What the text that is known of a file was made from.
+std::optional<TextNumber> BaseOf(const KnownFile& known) {
+    return known.state.knowledge.base ? known.state.knowledge.base : known.state.text;
+}
+
+bool CanBeKept(Host& host, const PlannedTarget& planned) {
+    const StoreLimits limits = host.HostHistory().Limits();
+    const std::uint64_t rendered = ReadFileBytes(planned.staged).size();
+    const auto size = static_cast<std::uint64_t>(planned.version.size);
+    return limits.keepsTexts && size <= limits.largestText && rendered <= limits.largestText;
+}
+
+/// A mode is the template's; what a hand gave the file may be there to keep others from reading it.
+bool HasOtherMode(const PlannedTarget& planned, const KnownFile& known) {
+    return planned.before.mode != planned.after.mode && (planned.before.mode & kModeBits) != known.state.mode;
+}
+
+}  // namespace
+
+FileOutcome::Result ChangeOf(const PlannedTarget& planned) {
+    if (!planned.before.exists) return FileOutcome::Result::Created;
+    const bool isSame =
+        planned.before.mode == planned.after.mode && HaveSameBytes(planned.path, planned.staged);
+    return isSame ? FileOutcome::Result::Unchanged : FileOutcome::Result::Changed;
+}
+
+bool IsMergedWith(Host& host, const KnownFile& known, const std::string& staged) {
+    const std::optional<TextNumber>& base = known.state.knowledge.base;
+    if (!base) return false;
+    Store* const store = host.HostHistory().ToLook();
+    return store != nullptr && store->Text(*base) == ReadFileBytes(staged);
+}
+
+void EditMerge::KeepMerged(PlannedTarget& planned) const {
+    const KnownFile* const known = m_known.Find(planned.path);
+    planned.holdsMerge = known != nullptr && known->state.knowledge.base && planned.before.exists;
+    if (!planned.holdsMerge) return;
+    planned.isRenderingNew = !IsMergedWith(m_host, *known, planned.staged);
+    if (!planned.isTouched && !planned.isRenderingNew) Take(planned, ReadFileBytes(planned.path));
+}
+
+std::vector<Problem> EditMerge::Merge(PlannedTarget& planned) const {
+    const auto refuse = [&](const std::string& text, const char* way) {
+        return std::vector<Problem>{{.file = planned.path, .text = text, .remedy = way}};
+    };
+    const KnownFile* const known = m_known.Find(planned.path);
+    if (!planned.before.exists)
+        return refuse("was removed since the last commit, which cannot be merged", kLastWay);
+    if (!CanBeKept(m_host, planned))
+        return refuse("was edited since the last commit, and the history cannot keep the edit", kLastWay);
+    if (known == nullptr || !BaseOf(*known))
+        return refuse("cannot be merged, as the text of the last commit is not kept", kOtherWay);
+    if (HasOtherMode(planned, *known)) {
+        return refuse("has another mode (" + ModeText(planned.before) +
+                          ") than the last commit gave it, which cannot be merged",
+                      "give its template that mode, or the file its former one");
+    }
+    try {
+        return MergeWith(planned, *BaseOf(*known));
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure& failure) {
+        return {failure.Facts()};
+    }
+}
+
+std::vector<Problem> EditMerge::MergeWith(PlannedTarget& planned, TextNumber base) const {
+    const std::string former = m_host.HostHistory().ToLook()->Text(base);
+    const std::string rendered = ReadFileBytes(planned.staged);
+    MergedFile merged = MergeFile({ReadFileBytes(planned.path), former, rendered}, {planned.path, kOtherWay});
+    if (!merged.conflicts.empty()) return merged.conflicts;
+    planned.isMerged = true;
+    planned.isRenderingNew = true;
+    if (merged.text != rendered) Take(planned, merged.text);
+    return {};
+}
+
+void EditMerge::Take(PlannedTarget& planned, const std::string& text) const {
+    planned.rendering = planned.staged;
+    planned.staged = m_staging.PathOf("merged/" + planned.target.templateName);
+    WriteStagedFile(planned.staged, text, planned.after.mode & kModeBits);
+    planned.after = StateInPlace(planned.path, planned.staged);
+    planned.change = ChangeOf(planned);
+}
+
+}  // namespace ZET::Deploy

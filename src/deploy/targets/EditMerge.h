@@ -1,0 +1,44 @@
+#ifndef ZET_EDIT_MERGE_H
+#define ZET_EDIT_MERGE_H
+
+#include <string>
+#include <vector>
+
+#include "deploy/host/Staging.h"
+#include "deploy/state/KnownFiles.h"
+#include "deploy/targets/PlannedTarget.h"
+#include "zet/ZETProblem.h"
+
+namespace ZET::Deploy {
+
+/// Brings what others changed in a target together with what its template makes of it.
+class EditMerge {
+  public:
+    EditMerge(Host& host, const Staging& staging, const KnownFiles& known)
+        : m_host(host), m_staging(staging), m_known(known) {}
+
+    /// Of a target that holds what was merged before: where its rendering is as it was then, its text stays.
+    void KeepMerged(PlannedTarget& planned) const;
+
+    /// Gives the target the rendering with what others changed in the file. What keeps it from that is
+    /// returned; the target is as it was then.
+    std::vector<Problem> Merge(PlannedTarget& planned) const;
+
+  private:
+    std::vector<Problem> MergeWith(PlannedTarget& planned, TextNumber base) const;
+    void Take(PlannedTarget& planned, const std::string& text) const;
+
+    Host& m_host;
+    const Staging& m_staging;
+    const KnownFiles& m_known;
+};
+
+/// Whether the text of a file, as the product left it, is one that was merged with the staged rendering.
+bool IsMergedWith(Host& host, const KnownFile& known, const std::string& staged);
+
+/// Compares the file that is there with the staged one.
+FileOutcome::Result ChangeOf(const PlannedTarget& planned);
+
+}  // namespace ZET::Deploy
+
+#endif

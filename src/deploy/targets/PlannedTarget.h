@@ -1,0 +1,46 @@
+#ifndef ZET_PLANNED_TARGET_H
+#define ZET_PLANNED_TARGET_H
+
+#include <string>
+
+#include "deploy/host/FileBytes.h"
+#include "deploy/targets/Targets.h"
+#include "zet/deploy/FileOutcome.h"
+
+namespace ZET::Deploy {
+
+/// What a commit would do to one target.
+struct PlannedTarget {
+    Target target;
+    std::string path;             ///< of the real file, links followed
+    std::string staged;           ///< the file as it would be
+    std::string rendering;        ///< staged, too, where the file gets another text: that is merged with it
+    bool isRenderingNew = false;  ///< not the one that is known of the file
+    FileOutcome::Result change = FileOutcome::Result::Unchanged;
+    bool isTouched = false;     ///< the file is none of those that the roles recorded at their commits
+    bool isUnrecorded = false;  ///< the product had to do with the file, but no commit recorded it as it is
+    bool isReserved = false;    ///< what the file holds is what its reserve holds
+    bool isMerged = false;      ///< what others changed in it is in the new text, too
+    bool holdsMerge = false;    ///< what others changed in it was merged by an earlier commit
+    bool isUntold = false;      ///< what a run that was cut short wrote, whose services nobody was told
+    Role namedRole = Role::Client;  ///< the one whose command its notice names
+    FileVersion version;            ///< of what was there when the plan was made
+    FileState before;
+    FileState after;
+
+    bool IsChange() const { return change != FileOutcome::Result::Unchanged; }
+
+    /// Somebody edited or removed the file since the product wrote it, or what somebody edited is still in
+    /// it.
+    bool IsOthersWork() const { return IsChange() && (isTouched || HoldsUnkeptText() || DropsMerge()); }
+
+    /// What an earlier commit has merged would be gone.
+    bool DropsMerge() const { return holdsMerge && rendering.empty(); }
+
+    /// Nothing but the file itself has what it holds. What a commit was killed at is as it was reserved.
+    bool HoldsUnkeptText() const { return isUnrecorded && before.exists && !isReserved; }
+};
+
+}  // namespace ZET::Deploy
+
+#endif
