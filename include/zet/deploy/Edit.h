@@ -19,21 +19,21 @@ namespace ZET::Deploy {
 /// Lines "name=value", of which no blank stands before the "=". A parameter that stands in another form in
 /// the file, or in several of its sections, is a `Failure` that tells the lines: before anything is written.
 
-/// The value of the first line; none: there is no such line. With a section, as `ParamOptions` has it, only
+/// The value of the first line; none: there is no such line. With a section, as `EditOptions` has it, only
 /// there.
 ZET_API std::optional<std::string> GetParam(Product& product, const std::string& file,
                                             const std::string& name,
                                             const std::optional<std::string>& section = std::nullopt);
 ZET_API FileOutcome SetParam(Product& product, const std::string& file, const std::string& name,
-                             const std::string& value, const ParamOptions& options = ParamOptions());
+                             const std::string& value, const EditOptions& options = EditOptions());
 
 /// Comments the lines out that set the parameter.
 ZET_API FileOutcome UnsetParam(Product& product, const std::string& file, const std::string& name,
-                               const ParamOptions& options = ParamOptions());
+                               const EditOptions& options = EditOptions());
 
 /// Brings the former lines back.
 ZET_API FileOutcome RestoreParam(Product& product, const std::string& file, const std::string& name,
-                                 const ParamOptions& options = ParamOptions());
+                                 const EditOptions& options = EditOptions());
 
 /// Lines that a regular expression chooses.
 ZET_API std::optional<std::string> GetLine(Product& product, const std::string& file,

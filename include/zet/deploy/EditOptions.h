@@ -12,15 +12,10 @@ struct EditOptions {
     bool noBackup = false;   ///< without a reserve of the file
     bool force = false;      ///< a target that a commit recorded, too, which the next commit overwrites
     bool allBlocks = false;  ///< a restore drops the managed blocks of others, too
-};
 
-/// How a parameter is edited.
-struct ParamOptions : EditOptions {
-    ParamOptions() = default;
-    ParamOptions(const EditOptions& options) : EditOptions(options) {}  // NOLINT(google-explicit-constructor)
-
-    /// Only in the section "[name]"; empty: in the lines before the first one.
-    std::optional<std::string> section;
+    /// Of a parameter: only in the section "[name]"; empty: in the lines before the first one. Other edits
+    /// know no sections.
+    std::optional<std::string> section = std::nullopt;
 };
 
 }  // namespace ZET::Deploy

@@ -10,7 +10,7 @@ namespace ZET::Cli {
 
 namespace {
 
-struct GivenParam : ParamOptions {
+struct GivenParam : EditOptions {
     std::string file;
     std::string name;
     std::string value;
@@ -27,8 +27,8 @@ std::optional<std::string> SectionOf(const GivenParam& asked) {
     return asked.section;
 }
 
-ParamOptions OptionsOf(const GivenParam& asked) {
-    ParamOptions options = asked;
+EditOptions OptionsOf(const GivenParam& asked) {
+    EditOptions options = asked;
     options.section = SectionOf(asked);
     return options;
 }
@@ -64,7 +64,7 @@ int Restore(Session& session, const GivenParam& asked) {
 }
 
 void AddSection(Command<GivenParam>& command) {
-    command.Option("--section", "SECTION", &ParamOptions::section, "Only below the line [SECTION]");
+    command.Option("--section", "SECTION", &EditOptions::section, "Only below the line [SECTION]");
     command.Flag("--no-section", &GivenParam::isBeforeSections, "Only before the first section");
 }
 

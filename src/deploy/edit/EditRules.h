@@ -29,7 +29,7 @@ void RequireParamName(const std::string& name);
 /// The same for a parameter of the product itself; `what` names the argument.
 void RequireOptionName(const std::string& name, const std::string& what);
 
-/// The name of a section, as `ParamOptions` has it.
+/// The name of a section, as `EditOptions` has it.
 void RequireSectionName(const std::optional<std::string>& section);
 
 /// The text as a regular expression that selects nothing else.

@@ -48,7 +48,7 @@ std::string OtherSections(const std::vector<Text::Section>& sections) {
                    .line = static_cast<int>(other.headingLine),
                    .text = "a second section " + InBrackets(other.name) +
                            " begins here, after the one in line " + std::to_string(one.headingLine),
-                   .remedy = "make one of them by hand, or edit the line in its place by hand"});
+                   .remedy = "join the two, or edit the line by hand"});
 }
 
 const Text::Section& SectionCalled(const std::string& path, const std::vector<Text::Section>& sections,

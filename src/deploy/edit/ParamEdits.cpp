@@ -29,7 +29,7 @@ class ParamEdit {
     enum class View { Lines, Whole };
 
     ParamEdit(Deployment& product, const std::string& file, const std::string& name,
-              const ParamOptions& options, View view)
+              const EditOptions& options, View view)
         : m_product(product), m_name(name), m_options(options), m_edit(product, file), m_look(name) {
         RequireNoTarget(product, Path(), options);
         if (view == View::Lines && !options.section && IsLiteralName(name)) {
@@ -66,7 +66,7 @@ class ParamEdit {
   private:
     Deployment& m_product;
     const std::string& m_name;
-    const ParamOptions& m_options;
+    const EditOptions& m_options;
     FileEdit m_edit;
     std::string m_bytes;  ///< unless the lines were enough
     Text::TextToEdit m_text;
@@ -145,7 +145,7 @@ std::optional<std::string> GetParam(Deployment& product, const std::string& path
 }
 
 FileOutcome SetParam(Deployment& product, const std::string& file, const std::string& name,
-                     const std::string& value, const ParamOptions& options) {
+                     const std::string& value, const EditOptions& options) {
     RequireParamName(name);
     RequireOneLine(value, "VALUE");
     RequireSectionName(options.section);
@@ -162,7 +162,7 @@ FileOutcome SetParam(Deployment& product, const std::string& file, const std::st
 }
 
 FileOutcome UnsetParam(Deployment& product, const std::string& file, const std::string& name,
-                       const ParamOptions& options) {
+                       const EditOptions& options) {
     RequireParamName(name);
     RequireSectionName(options.section);
     ParamEdit edit(product, file, name, options, ParamEdit::View::Whole);
@@ -180,7 +180,7 @@ FileOutcome UnsetParam(Deployment& product, const std::string& file, const std::
 }
 
 FileOutcome RestoreParam(Deployment& product, const std::string& file, const std::string& name,
-                         const ParamOptions& options) {
+                         const EditOptions& options) {
     RequireParamName(name);
     RequireSectionName(options.section);
     ParamEdit edit(product, file, name, options, ParamEdit::View::Whole);

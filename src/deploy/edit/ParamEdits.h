@@ -18,15 +18,15 @@ std::optional<std::string> GetParam(Deployment& product, const std::string& path
                                     const std::optional<std::string>& section = std::nullopt);
 
 FileOutcome SetParam(Deployment& product, const std::string& file, const std::string& name,
-                     const std::string& value, const ParamOptions& options);
+                     const std::string& value, const EditOptions& options);
 
 /// Comments the parameter's line out.
 FileOutcome UnsetParam(Deployment& product, const std::string& file, const std::string& name,
-                       const ParamOptions& options);
+                       const EditOptions& options);
 
 /// Brings a parameter's former line back.
 FileOutcome RestoreParam(Deployment& product, const std::string& file, const std::string& name,
-                         const ParamOptions& options);
+                         const EditOptions& options);
 
 }  // namespace ZET::Deploy
 

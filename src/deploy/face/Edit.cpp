@@ -31,18 +31,18 @@ std::optional<std::string> GetParam(Product& product, const std::string& file, c
 }
 
 FileOutcome SetParam(Product& product, const std::string& file, const std::string& name,
-                     const std::string& value, const ParamOptions& options) {
+                     const std::string& value, const EditOptions& options) {
     return Use(product,
                [&](Deployment& deployment) { return SetParam(deployment, file, name, value, options); });
 }
 
 FileOutcome UnsetParam(Product& product, const std::string& file, const std::string& name,
-                       const ParamOptions& options) {
+                       const EditOptions& options) {
     return Use(product, [&](Deployment& deployment) { return UnsetParam(deployment, file, name, options); });
 }
 
 FileOutcome RestoreParam(Product& product, const std::string& file, const std::string& name,
-                         const ParamOptions& options) {
+                         const EditOptions& options) {
     return Use(product,
                [&](Deployment& deployment) { return RestoreParam(deployment, file, name, options); });
 }

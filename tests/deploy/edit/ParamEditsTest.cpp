@@ -38,19 +38,19 @@ class ParamEditsTest : public HostFixture {
         return *m_product;
     }
 
-    static ParamOptions In(const std::optional<std::string>& section) {
-        ParamOptions options;
+    static EditOptions In(const std::optional<std::string>& section) {
+        EditOptions options;
         options.section = section;
         return options;
     }
 
-    void Set(const std::string& name, const std::string& value, const ParamOptions& options = {}) {
+    void Set(const std::string& name, const std::string& value, const EditOptions& options = {}) {
         SetParam(TheProduct(), At("conf"), name, value, options);
     }
-    void Unset(const std::string& name, const ParamOptions& options = {}) {
+    void Unset(const std::string& name, const EditOptions& options = {}) {
         m_outcome = UnsetParam(TheProduct(), At("conf"), name, options);
     }
-    void Restore(const std::string& name, const ParamOptions& options = {}) {
+    void Restore(const std::string& name, const EditOptions& options = {}) {
         m_outcome = RestoreParam(TheProduct(), At("conf"), name, options);
     }
     std::string Get(const std::string& name, const std::optional<std::string>& section = std::nullopt) {
@@ -99,10 +99,10 @@ TEST_F(ParamEditsTest, SectionIsEditedAndNothingElse) {
     EXPECT_EQ(Get("x", ""), "0");
     Set("y", "2", In("a"));
     EXPECT_THAT(Text(), HasSubstr(Replaced("#y=1", "y=2")));
-    Restore("x", ParamOptions(In("b")));
+    Restore("x", EditOptions(In("b")));
     EXPECT_EQ(m_outcome.result, FileOutcome::Result::Unchanged);
     EXPECT_THAT(Refusal([&] { Restore("x", In("a")); }).text, HasSubstr("in lines 16-18"));
-    ParamOptions all = In("a");
+    EditOptions all = In("a");
     all.allBlocks = true;
     Restore("x", all);
     EXPECT_EQ(Text(), "x=0\n\n[a]\nx=1\n# --PRE-ZET-- #y=1\n\n# about b\n[b]\nx=2\n");
@@ -123,8 +123,8 @@ TEST_F(ParamEditsTest, NewLineStandsAtTheEndOfItsSection) {
     Set("z", "1", In("a"));
     EXPECT_EQ(Text(), "x=0\n\n[a]\nx=1\n#y=1\n\n" + Block("z=1") + "\n# about b\n[b]\nx=2\n");
     Set("z", "0", In(""));
-    EXPECT_EQ(Text(), "x=0\n\n" + Block("z=0") + "\n[a]\nx=1\n#y=1\n\n" + Block("z=1") +
-                          "\n# about b\n[b]\nx=2\n");
+    EXPECT_EQ(Text(),
+              "x=0\n\n" + Block("z=0") + "\n[a]\nx=1\n#y=1\n\n" + Block("z=1") + "\n# about b\n[b]\nx=2\n");
     Write("conf", "[a]\n[b]");
     Set("z", "1", In("a"));
     Set("z", "2", In("b"));
@@ -133,7 +133,7 @@ TEST_F(ParamEditsTest, NewLineStandsAtTheEndOfItsSection) {
 
 TEST_F(ParamEditsTest, SectionIsEditedWithoutMarkers) {
     Write("conf", kSections);
-    ParamOptions options = In("b");
+    EditOptions options = In("b");
     options.noMarkers = true;
     Set("x", "new", options);
     EXPECT_EQ(Read("conf"), "x=0\n\n[a]\nx=1\n#y=1\n\n# about b\n[b]\nx=new\n");
@@ -162,7 +162,7 @@ TEST_F(ParamEditsTest, LinesOfASectionEndAsTheFiles) {
 }
 
 TEST_F(ParamEditsTest, DryRunShowsTheSectionAndWritesNothing) {
-    m_options.dryRun = m_options.diff = true;
+    m_options.dryRun = m_options.wantsDiffs = true;
     Write("conf", kSections);
     const FileOutcome outcome = SetParam(TheProduct(), At("conf"), "x", "new", In("a"));
     EXPECT_EQ(outcome.result, FileOutcome::Result::Changed);
@@ -183,8 +183,10 @@ TEST_F(ParamEditsTest, SectionThatIsNotThereIsToldWithThoseThatAre) {
 
 TEST_F(ParamEditsTest, SectionThatIsThereTwiceIsRefused) {
     Write("conf", "[a]\nx=1\n[b]\n[ a ]\nx=2\n");
-    for (const auto& call : {std::function<void()>([&] { Set("x", "1", In("a")); }), {[&] { Get("x", "a"); }},
-                             {[&] { Unset("x", In("a")); }}, {[&] { Restore("x", In("a")); }}}) {
+    for (const auto& call : {std::function<void()>([&] { Set("x", "1", In("a")); }),
+                             {[&] { Get("x", "a"); }},
+                             {[&] { Unset("x", In("a")); }},
+                             {[&] { Restore("x", In("a")); }}}) {
         const Problem problem = Refusal(call);
         EXPECT_EQ(problem.line, 4);
         EXPECT_EQ(problem.text, "a second section [a] begins here, after the one in line 1");
@@ -258,8 +260,9 @@ TEST_F(ParamEditsTest, BlanksBeforeTheSignAreRefused) {
 TEST_F(ParamEditsTest, LinesBesideTheExpectedOneAreTold) {
     Write("conf", "a\n#x=1\n");
     Set("x", "new");
-    EXPECT_THAT(m_told.remarks,
-                ElementsAre(At("conf") + ":2: \"x\" stands here commented out, and the new line takes its place"));
+    EXPECT_THAT(
+        m_told.remarks,
+        ElementsAre(At("conf") + ":2: \"x\" stands here commented out, and the new line takes its place"));
     Set("x", "newer");
     EXPECT_THAT(m_told.remarks, SizeIs(1));
     Write("conf", "# x = 1\n");
@@ -306,7 +309,7 @@ TEST_F(ParamEditsTest, UnsetKeepsWhatEachLineSays) {
     Restore("x");
     EXPECT_EQ(Text(), "x=1\nx=a.c [2]\n#x=3\nx=1\n");
     Write("conf", "x=1\nx=2\n");
-    ParamOptions options;
+    EditOptions options;
     options.noMarkers = true;
     Unset("x", options);
     EXPECT_EQ(Read("conf"), "#x=1\n#x=2\n");
