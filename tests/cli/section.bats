@@ -63,19 +63,30 @@ z = 3
     remember_host
     run_zet -n --diff param set --section b conf x 9
     assert_status 3
-    assert_output "conf: would be changed, the original is kept as conf.before_zet
+    assert_output "conf: would be changed
 --- a/conf
 +++ b/conf
 @@ -1,3 +1,10 @@
-+${NOTICE//$'\n'/$'\n'+}top=0
+$(sed 's/^/+/' <<<"${NOTICE%$'\n'}")
+ top=0
  
  [a]
-@@ -6,5 +13,8 @@"
+@@ -6,5 +13,8 @@
+ 
+ # about b
+ [b]
+-x=2
++# --PRE-ZET-- x=2
++# ---ZET_BEGIN---
++x=9
++# ----ZET_END----
+ z = 3"
     assert_host_unchanged
 }
 
 @test "an edit of a section is in the history and is taken back" {
     cp conf before
+    : >templates/targets.toml
     zet -q param set --section b conf x 9
     run_zet history show 1
     assert_status 0
@@ -94,7 +105,7 @@ z = 3
     chmod 600 conf
     zet -q param set --section b conf x word
     run_zet history show 1
-    [[ $output == *"param set --section b conf x '***'"* ]]
+    [[ $output == *"param set --section b conf x ***"* ]]
 }
 
 @test "unset comments out, and restore brings the line back" {
@@ -162,7 +173,7 @@ z = 3
     printf '#x=1\n' >other
     run_zet param set other x 2
     assert_status 0
-    assert_stderr 'zet-client: notice: other:1: "x" stands here commented out, and the new line takes its place'
+    assert_stderr 'zet-client: other:1: "x" stands here commented out, and the new line takes its place'
     printf '#x=1\nx=2\n' >other
     run_zet param set other x 3
     assert_status 0

@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <regex>
@@ -91,7 +92,7 @@ bool Mentions(const std::string& line, const std::string& name) {
 }
 
 Sample SampleOf(const fs::path& path) {
-    static const std::regex heading("\\[([^][]*[^][ ])\\]");
+    static const std::regex heading("\\[([^\\]\\[]*[^\\]\\[ ])\\]");
     Sample sample{path, BytesOf(path), {}};
     std::set<std::string> headings;
     std::optional<std::string> section;
@@ -165,43 +166,51 @@ std::string WithNotice(const std::string& text) {
 class RealFilesTest : public HostFixture {
   protected:
     RealFilesTest() {
-        Write("zet.conf", "ZET_SYNC=no\nZET_HISTORY=no\n" + Directories());
+        HostFixture::Write("zet.conf", "ZET_SYNC=no\nZET_HISTORY=no\n" + Directories());
         m_options.moduleFile = ZET_MODULE;
+        // In memory, if the host can: so many renames take long on a disk.
+        const fs::path place = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : fs::temp_directory_path();
+        std::string name = place / "zet-real.XXXXXX";
+        m_place = mkdtemp(name.data());
+        m_file = m_place / "conf";
     }
+
+    ~RealFilesTest() override { fs::remove_all(m_place); }
+
+    void Write(const std::string& text) const { std::ofstream(m_file, std::ios::binary) << text; }
 
     static std::string Without(const std::string& value) {
         return value.ends_with('\r') ? value.substr(0, value.size() - 1) : value;
     }
 
     void EditAndTakeBack(Deployment& product, const Sample& sample, const Setting& setting) {
-        const std::string file = At("conf");
         EditOptions options;
         options.section = setting.section;
-        const auto get = [&] { return GetParam(product, file, setting.name, setting.section); };
-        Write("conf", sample.text);
+        const auto get = [&] { return GetParam(product, m_file, setting.name, setting.section); };
+        Write(sample.text);
         ASSERT_EQ(get(), Without(setting.value));
-        SetParam(product, file, setting.name, kValue, options);
+        SetParam(product, m_file, setting.name, kValue, options);
         ASSERT_EQ(get(), kValue);
-        SetParam(product, file, setting.name, "another", options);
+        SetParam(product, m_file, setting.name, "another", options);
         ASSERT_EQ(get(), "another");
-        RestoreParam(product, file, setting.name, options);
-        ASSERT_EQ(Read("conf"), WithNotice(sample.text));
-        UnsetParam(product, file, setting.name, options);
+        RestoreParam(product, m_file, setting.name, options);
+        ASSERT_EQ(BytesOf(m_file), WithNotice(sample.text));
+        UnsetParam(product, m_file, setting.name, options);
         ASSERT_EQ(get(), std::nullopt);
-        RestoreParam(product, file, setting.name, options);
-        ASSERT_EQ(Read("conf"), WithNotice(sample.text));
+        RestoreParam(product, m_file, setting.name, options);
+        ASSERT_EQ(BytesOf(m_file), WithNotice(sample.text));
     }
 
     void EditWithoutMarkers(Deployment& product, const Sample& sample, const Setting& setting) {
         EditOptions options;
         options.section = setting.section;
         options.noMarkers = true;
-        Write("conf", sample.text);
-        SetParam(product, At("conf"), setting.name, kValue, options);
-        SetParam(product, At("conf"), setting.name, Without(setting.value), options);
+        Write(sample.text);
+        SetParam(product, m_file, setting.name, kValue, options);
+        SetParam(product, m_file, setting.name, Without(setting.value), options);
         // What stands before the name stays in a comment at most.
         const std::vector<std::string> before = LinesOf(sample.text);
-        const std::vector<std::string> after = LinesOf(Read("conf"));
+        const std::vector<std::string> after = LinesOf(BytesOf(m_file));
         ASSERT_EQ(before.size(), after.size());
         for (std::size_t i = 0; i < before.size(); ++i) {
             if (before[i] != after[i]) {
@@ -209,6 +218,10 @@ class RealFilesTest : public HostFixture {
             }
         }
     }
+
+  private:
+    fs::path m_place;
+    std::string m_file;
 };
 
 TEST_F(RealFilesTest, WhatIsSetIsFoundAndWhatIsRestoredIsAsItWas) {
