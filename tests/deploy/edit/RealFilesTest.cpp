@@ -166,13 +166,15 @@ std::string WithNotice(const std::string& text) {
 class RealFilesTest : public HostFixture {
   protected:
     RealFilesTest() {
-        HostFixture::Write("zet.conf", "ZET_SYNC=no\nZET_HISTORY=no\n" + Directories());
         m_options.moduleFile = ZET_MODULE;
-        // In memory, if the host can: so many renames take long on a disk.
+        // In memory, if the host can: so many writes take long on a disk.
         const fs::path place = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : fs::temp_directory_path();
         std::string name = place / "zet-real.XXXXXX";
         m_place = mkdtemp(name.data());
         m_file = m_place / "conf";
+        fs::create_directory(m_place / "state");
+        HostFixture::Write("zet.conf", "ZET_SYNC=no\nZET_HISTORY=no\n" + Directories() +
+                                           "ZET_VAR_LIB_DIR=" + (m_place / "state").string() + "\n");
     }
 
     ~RealFilesTest() override { fs::remove_all(m_place); }
