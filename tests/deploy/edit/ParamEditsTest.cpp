@@ -137,11 +137,9 @@ TEST_F(ParamEditsTest, SectionIsEditedWithoutMarkers) {
     options.noMarkers = true;
     Set("x", "new", options);
     EXPECT_EQ(Read("conf"), "x=0\n\n[a]\nx=1\n#y=1\n\n# about b\n[b]\nx=new\n");
-    Write("conf", "\n[a]\nx=1");
-    options = In("a");
-    options.noMarkers = true;
+    Write("conf", "\n[b]\nx=1");
     Set("x", "2", options);
-    EXPECT_EQ(Read("conf"), "\n[a]\nx=2");
+    EXPECT_EQ(Read("conf"), "\n[b]\nx=2");
 }
 
 TEST_F(ParamEditsTest, SameValueLeavesASectionUntouched) {
