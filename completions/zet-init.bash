@@ -20,7 +20,7 @@ _zet_read_words() {
     command='' arguments=0
     for ((i = 1; i < COMP_CWORD; i++)); do
         case ${COMP_WORDS[i]} in
-            -c | --config | --root | --module | -m | --message | -N | --count | --color | --log | --set | --value)
+            -c | --config | --root | --module | -m | --message | -N | --count | --color | --log | --set | --value | --section)
                 ((++i))
                 [[ ${COMP_WORDS[i]} != = ]] || ((++i))
                 ;;
@@ -69,14 +69,18 @@ _zet() {
         rollback-config) options+=' --force --keep-edits --to' files=-f ;;
         undo) options+=' --force --merge' ;;
         template) words='list status diff install process upgrade' ;;
-        param | line) words='get set restore' ;;
+        param) words='get set unset restore' ;;
+        line) words='get set restore' ;;
         file) words='strip reserve restore forget' ;;
         option) words='get set' ;;
         'template install') options+=' --force' words=$(_zet_templates) ;;
         'template status' | 'template diff' | 'template upgrade') words=$(_zet_templates) ;;
         'template process') options+=' --value' words=$(_zet_templates) ;;
-        'param set' | 'line set') options+=' --force --no-markers --no-backup' ;;
-        'param restore' | 'line restore') options+=' --all-blocks --force --no-markers --no-backup' ;;
+        'param get') options+=' --section --no-section' ;;
+        'param set' | 'param unset') options+=' --section --no-section --force --no-markers --no-backup' ;;
+        'param restore') options+=' --section --no-section --all-blocks --force --no-markers --no-backup' ;;
+        'line set') options+=' --force --no-markers --no-backup' ;;
+        'line restore') options+=' --all-blocks --force --no-markers --no-backup' ;;
         'file strip') options+=' --force --no-backup' ;;
         'file forget') options+=' --force' ;;
         history)
@@ -105,7 +109,7 @@ _zet() {
         --root) words='' files=-d ;;
         --color) words='auto always never' files='' ;;
         --log) words='stderr syslog' files='' ;;
-        -m | --message | -N | --count | --set | --value | --to) words='' files='' ;;
+        -m | --message | -N | --count | --set | --value | --section | --to) words='' files='' ;;
     esac
     mapfile -t COMPREPLY < <(
         compgen -W "$words" -- "$current"

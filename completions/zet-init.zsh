@@ -18,7 +18,7 @@ _zet_read_words() {
     command='' arguments=0
     for ((i = 2; i < CURRENT; i++)); do
         case $words[i] in
-            (-c|--config|--root|--module|-m|--message|-N|--count|--color|--log|--set|--value) ((++i)) ;;
+            (-c|--config|--root|--module|-m|--message|-N|--count|--color|--log|--set|--value|--section) ((++i)) ;;
             (-*) ;;
             (*)
                 case $command in
@@ -62,7 +62,7 @@ _zet() {
         (--root) _files -/; return ;;
         (--color) compadd -- auto always never; return ;;
         (--log) compadd -- stderr syslog; return ;;
-        (-m|--message|-N|--count|--set|--value|--to) return 1 ;;
+        (-m|--message|-N|--count|--set|--value|--section|--to) return 1 ;;
     esac
     case $command in
         ('')
@@ -74,14 +74,18 @@ _zet() {
         (rollback-config) options+=(--force --keep-edits --to) ;;
         (undo) options+=(--force --merge) ;;
         (template) known=(list status diff install process upgrade) ;;
-        (param|line) known=(get set restore) ;;
+        (param) known=(get set unset restore) ;;
+        (line) known=(get set restore) ;;
         (file) known=(strip reserve restore forget) ;;
         (option) known=(get set) ;;
         ('template install') options+=(--force) known=(${(f)"$(_zet_templates)"}) ;;
         ('template status'|'template diff'|'template upgrade') known=(${(f)"$(_zet_templates)"}) ;;
         ('template process') options+=(--value) known=(${(f)"$(_zet_templates)"}) ;;
-        ('param set'|'line set') options+=(--force --no-markers --no-backup) ;;
-        ('param restore'|'line restore') options+=(--all-blocks --force --no-markers --no-backup) ;;
+        ('param get') options+=(--section --no-section) ;;
+        ('param set'|'param unset') options+=(--section --no-section --force --no-markers --no-backup) ;;
+        ('param restore') options+=(--section --no-section --all-blocks --force --no-markers --no-backup) ;;
+        ('line set') options+=(--force --no-markers --no-backup) ;;
+        ('line restore') options+=(--all-blocks --force --no-markers --no-backup) ;;
         ('file strip') options+=(--force --no-backup) ;;
         ('file forget') options+=(--force) ;;
         (history) options+=(-N --count) known=(show diff export erase) ;;

@@ -248,6 +248,11 @@ void Arguments::AddNumber(const char* name, const char* help, std::size_t& numbe
     m_command.add_option(name, number, help)->type_name("COUNT")->check(positive.description(""));
 }
 
+void Arguments::AddOption(const char* name, const char* type, const char* help,
+                          std::optional<std::string>& word) {
+    m_command.add_option(name, word, help)->type_name(type);
+}
+
 void Arguments::AddText(const std::string& text) {
     m_call.texts.push_back(&text);
 }

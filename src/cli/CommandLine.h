@@ -42,6 +42,7 @@ class Arguments {
     void AddList(const char* name, const char* type, const char* help, std::vector<std::string>& values);
     void AddAssignments(const char* name, const char* help, std::vector<std::string>& values);
     void AddNumber(const char* name, const char* help, std::size_t& number);
+    void AddOption(const char* name, const char* type, const char* help, std::optional<std::string>& word);
     void AddText(const std::string& text);
 
   private:
@@ -93,6 +94,13 @@ class Command : private Arguments {
     Command& Choice(const char* name, const std::vector<std::string>& words, std::string Given::*member,
                     const char* help) {
         AddChoice(name, words, help, (*m_given).*member);
+        return *this;
+    }
+
+    /// An option with any word.
+    Command& Option(const char* name, const char* type, std::optional<std::string> Given::*member,
+                    const char* help) {
+        AddOption(name, type, help, (*m_given).*member);
         return *this;
     }
 

@@ -226,7 +226,7 @@ made:16: from line 9 of the template a.conf"
 
 @test "AppendedBlockDoesNotMoveTheLinesOfAMadeFile" {
     make_file
-    zet -q param set --force made fresh 1
+    zet -q line set --force made '^fresh=' fresh=1
     run_zet explain made:15
     assert_success "made:15: from line 9 of the template a.conf; before: there was no such file"
     run_zet explain made:16

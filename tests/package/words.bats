@@ -108,7 +108,7 @@ make_files() {
 }
 
 @test "OptionsBeforeTheCommandAreNoCommand" {
-    offers "get restore set" zet-init -c template --root file -n param ''
+    offers "get restore set unset" zet-init -c template --root file -n param ''
     offers "krb5.conf ldap.conf" zet-init --root / commit-config krb5.conf ''
 }
 
@@ -160,7 +160,7 @@ make_files() {
 @test "AValueMayFollowItsOptionWithAnEqualsSign" {
     # bash hands the sign over as a word of its own.
     [ "$(in_bash zet-client --color = al)" = always ]
-    [ "$(in_bash zet-client --set A = b param '' | paste -sd ' ')" = "get restore set" ]
+    [ "$(in_bash zet-client --set A = b param '' | paste -sd ' ')" = "get restore set unset" ]
     [ "$(in_zsh zet-client --color=al)" = always ]
 }
 

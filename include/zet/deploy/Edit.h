@@ -16,17 +16,26 @@ namespace ZET::Deploy {
 /// that somebody else wrote at the same time: it is as it was then. With the option `dryRun` of the product,
 /// nothing is written, and what would happen is returned.
 
-/// The value of the first parameter line "name=value"; none: there is no such line.
+/// Lines "name=value", of which no blank stands before the "=". A parameter that stands in another form in
+/// the file, or in several of its sections, is a `Failure` that tells the lines: before anything is written.
+
+/// The value of the first line; none: there is no such line. With a section, as `EditOptions` has it, only
+/// there.
 ZET_API std::optional<std::string> GetParam(Product& product, const std::string& file,
-                                            const std::string& name);
+                                            const std::string& name,
+                                            const std::optional<std::string>& section = std::nullopt);
 ZET_API FileOutcome SetParam(Product& product, const std::string& file, const std::string& name,
                              const std::string& value, const EditOptions& options = EditOptions());
 
-/// Brings the former line back.
+/// Comments the lines out that set the parameter.
+ZET_API FileOutcome UnsetParam(Product& product, const std::string& file, const std::string& name,
+                               const EditOptions& options = EditOptions());
+
+/// Brings the former lines back.
 ZET_API FileOutcome RestoreParam(Product& product, const std::string& file, const std::string& name,
                                  const EditOptions& options = EditOptions());
 
-/// The same of lines that a regular expression chooses.
+/// Lines that a regular expression chooses.
 ZET_API std::optional<std::string> GetLine(Product& product, const std::string& file,
                                            const std::string& pattern);
 ZET_API FileOutcome SetLine(Product& product, const std::string& file, const std::string& pattern,

@@ -1,6 +1,9 @@
 #ifndef ZET_DEPLOY_EDIT_OPTIONS_H
 #define ZET_DEPLOY_EDIT_OPTIONS_H
 
+#include <optional>
+#include <string>
+
 namespace ZET::Deploy {
 
 /// How a file is edited in place.
@@ -9,6 +12,10 @@ struct EditOptions {
     bool noBackup = false;   ///< without a reserve of the file
     bool force = false;      ///< a target that a commit recorded, too, which the next commit overwrites
     bool allBlocks = false;  ///< a restore drops the managed blocks of others, too
+
+    /// Of a parameter: only in the section "[name]"; empty: in the lines before the first one. Other edits
+    /// know no sections.
+    std::optional<std::string> section = std::nullopt;
 };
 
 }  // namespace ZET::Deploy

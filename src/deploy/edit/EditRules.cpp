@@ -37,15 +37,6 @@ bool HoldsLiterally(std::string_view line, const std::string& name) {
     return line.starts_with(name + "=");
 }
 
-std::string Escaped(std::string_view text) {
-    std::string escaped;
-    for (const char c : text) {
-        if (std::string_view(kSpecial).find(c) != std::string_view::npos) escaped += '\\';
-        escaped += c;
-    }
-    return escaped;
-}
-
 /// One without an end is what a hand left of it: what follows is the administrator's.
 bool IsNotice(const Text::ManagedRegion& region) {
     return region.kind == Text::RegionKind::Notice && region.isClosed;
@@ -99,6 +90,27 @@ void RequireParamName(const std::string& name) {
         throw UsageError("NAME \"" + name + "\" begins with \"#\" or a blank (give the name alone)");
 }
 
+std::string Escaped(std::string_view text) {
+    std::string escaped;
+    for (const char c : text) {
+        if (std::string_view(kSpecial).find(c) != std::string_view::npos) escaped += '\\';
+        escaped += c;
+    }
+    return escaped;
+}
+
+void RequireSectionName(const std::optional<std::string>& section) {
+    if (!section || section->empty()) return;
+    RequireOneLine(*section, "SECTION");
+    if (section->find_first_of("[]") != std::string::npos)
+        throw UsageError("SECTION \"" + *section + "\" holds brackets (give the name that stands in them)");
+    const std::string_view blanks(kBlanks);
+    if (blanks.find(section->front()) != std::string_view::npos ||
+        blanks.find(section->back()) != std::string_view::npos)
+        throw UsageError("SECTION \"" + *section +
+                         "\" begins or ends with a blank (give the name without it)");
+}
+
 void RequireOptionName(const std::string& name, const std::string& what) {
     if (name.empty() || name.find_first_not_of(kOptionBytes) != std::string::npos ||
         (name.front() >= '0' && name.front() <= '9')) {
@@ -112,7 +124,7 @@ bool IsLiteralName(const std::string& name) {
 }
 
 void RequireLiteralName(IZETCore& core, const std::string& path, std::string_view text,
-                        const std::string& opening, const std::string& name) {
+                        const std::string& opening, const std::string& name, std::size_t linesBefore) {
     if (IsLiteralName(name)) return;
     const std::string pattern = opening + name + "=";
     const std::string remedy =
@@ -123,7 +135,7 @@ void RequireLiteralName(IZETCore& core, const std::string& path, std::string_vie
     } catch (const EZETError& error) {
         throw UsageError("NAME \"" + name + "\": " + error.what() + remedy);
     }
-    std::size_t number = 0;
+    std::size_t number = linesBefore;
     for (const Text::TextLine& line : Text::SplitLines(text)) {
         ++number;
         if (HoldsLiterally(line.text, name) || !Selects(core, pattern, line.text)) continue;

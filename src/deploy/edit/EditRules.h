@@ -1,6 +1,8 @@
 #ifndef ZET_EDIT_RULES_H
 #define ZET_EDIT_RULES_H
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -27,14 +29,20 @@ void RequireParamName(const std::string& name);
 /// The same for a parameter of the product itself; `what` names the argument.
 void RequireOptionName(const std::string& name, const std::string& what);
 
+/// The name of a section, as `EditOptions` has it.
+void RequireSectionName(const std::optional<std::string>& section);
+
+/// The text as a regular expression that selects nothing else.
+std::string Escaped(std::string_view text);
+
 /// Whether the name selects nothing but itself, whatever the file holds.
 bool IsLiteralName(const std::string& name);
 
 /// The name is part of a regular expression: it must select itself, and no line of the file that holds
 /// something else before its "=". `opening` is what stands before the name in the expression, `text` that of
-/// the file.
+/// the file, or a part of it that has so many lines before.
 void RequireLiteralName(IZETCore& core, const std::string& path, std::string_view text,
-                        const std::string& opening, const std::string& name);
+                        const std::string& opening, const std::string& name, std::size_t linesBefore = 0);
 
 /// A pattern for `SetLine` that selects what `pattern` does, but no line that the system itself wrote to keep
 /// order in the file.

@@ -46,6 +46,11 @@ std::string FileToRead(const Host& host, const std::string& file) {
     return path;
 }
 
+void RequireWholeFile(const EditOptions& options) {
+    if (options.section)
+        throw UsageError("this edit knows no sections (leave the option out, or edit a parameter)");
+}
+
 void RequireNoTarget(Deployment& product, const std::string& path, const EditOptions& options) {
     if (options.force) return;
     const Target* const target = CommittedTarget(product, path);

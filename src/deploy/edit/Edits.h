@@ -21,6 +21,9 @@ std::shared_ptr<IZETConfigFile> OpenedFile(Deployment& product, const std::strin
 /// The caller's FILE to look something up or to edit it in: the real file, checked to be readable.
 std::string FileToRead(const Host& host, const std::string& file);
 
+/// A `UsageError` when the options are about one section, which the edit knows nothing of.
+void RequireWholeFile(const EditOptions& options);
+
 /// A `Failure` with the remedy for a target that a commit recorded and would overwrite, unless the caller
 /// wants it edited all the same.
 void RequireNoTarget(Deployment& product, const std::string& path, const EditOptions& options);

@@ -35,6 +35,7 @@ std::optional<std::string> GetLine(Deployment& product, const std::string& path,
 
 FileOutcome SetLine(Deployment& product, const std::string& file, const std::string& pattern,
                     const std::string& line, const EditOptions& options) {
+    RequireWholeFile(options);
     RequirePattern(product.Core(), pattern);
     RequireOneLine(line, "LINE");
     RequireNoMarker(line);
@@ -52,6 +53,7 @@ FileOutcome SetLine(Deployment& product, const std::string& file, const std::str
 
 FileOutcome RestoreLine(Deployment& product, const std::string& file, const std::string& pattern,
                         const EditOptions& options) {
+    RequireWholeFile(options);
     RequirePattern(product.Core(), pattern);
     FileEdit edit(product, file);
     RequireNoTarget(product, edit.Path(), options);

@@ -1,55 +1,196 @@
 #include "deploy/edit/ParamEdits.h"
 
+#include <functional>
+#include <set>
+
 #include "deploy/edit/EditRules.h"
 #include "deploy/edit/Edits.h"
 #include "deploy/edit/FileEdit.h"
+#include "deploy/edit/FilePart.h"
+#include "deploy/edit/ParamRules.h"
 #include "deploy/edit/RestoreRules.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/Remedy.h"
+#include "deploy/state/OwnText.h"
 #include "text/LineEnds.h"
+#include "text/Lines.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
 
-std::optional<std::string> GetParam(Deployment& product, const std::string& path, const std::string& name) {
+namespace {
+
+/// One edit of a parameter, and what the file, or the section that is asked for, has of it.
+class ParamEdit {
+  public:
+    using Operation = std::function<void(IZETConfigFile& file)>;
+
+    /// What the edit has to see of the text: its lines one after the other, or all of it.
+    enum class View { Lines, Whole };
+
+    ParamEdit(Deployment& product, const std::string& file, const std::string& name,
+              const EditOptions& options, View view)
+        : m_product(product), m_name(name), m_options(options), m_edit(product, file), m_look(name) {
+        RequireNoTarget(product, Path(), options);
+        if (view == View::Lines && !options.section && IsLiteralName(name)) {
+            m_text =
+                LookAtBlocks(product, {file, Path()}, [&](std::string_view lines) { m_look.Take(lines); });
+            return;
+        }
+        m_bytes = ReadFileBytes(Path());
+        m_text = LookAtBlocks(product, {file, Path()}, m_bytes);
+        m_part = PartOf(Path(), m_bytes, options.section);
+        m_look = Text::ParamLook(name, m_part.linesBefore);
+        m_look.Take(m_part.lines);
+    }
+
+    const std::string& Path() const { return m_edit.Path(); }
+    const Text::TextToEdit& Text() const { return m_text; }
+    const FilePart& Part() const { return m_part; }
+    FoundParam Found() const { return {Path(), m_name, m_look}; }
+    FileOutcome LeaveUnchanged(const std::string& remark) const { return m_edit.LeaveUnchanged(remark); }
+
+    void RequireLiteral(const std::string& opening) const {
+        RequireLiteralName(m_product.Core(), Path(), m_part.lines, opening, m_name, m_part.linesBefore);
+    }
+
+    FileOutcome Make(const Operation& operation) {
+        RequireRoomForNotice(Path(), m_text, m_options);
+        if (!m_options.section) return m_edit.Make(Edit(m_product, m_options, operation), m_options.noBackup);
+        const std::string text = TextWithPart(m_product, m_bytes, m_part, m_options.noMarkers, operation);
+        const mode_t mode = ModeOf(Path());
+        return m_edit.Make([&](const std::string& path) { SaveOwnText(path, text, mode); },
+                           m_options.noBackup);
+    }
+
+  private:
+    Deployment& m_product;
+    const std::string& m_name;
+    const EditOptions& m_options;
+    FileEdit m_edit;
+    std::string m_bytes;  ///< unless the lines were enough
+    Text::TextToEdit m_text;
+    FilePart m_part;
+    Text::ParamLook m_look;
+};
+
+/// The first line of them that the module would take for the parameter.
+std::optional<std::string> LineIn(IZETCore& core, std::string_view lines, const std::string& pattern) {
+    for (const Text::TextLine& line : Text::SplitLines(lines)) {
+        std::string text(line.text);
+        if (RemedyErrors(kSimplerExpression, [&] { return core.MatchRegEx(pattern, text, nullptr, 0); }))
+            return text;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> LineOf(Deployment& product, const std::string& path, const std::string& name,
+                                  const std::optional<std::string>& section) {
+    const std::string pattern = ZETLookupOpening + name + "=";
+    if (section) {
+        const std::string bytes = ReadFileBytes(path);
+        return LineIn(product.Core(), PartOf(path, bytes, section).lines, pattern);
+    }
+    // The lookup by name cannot tell an empty value from a parameter that is not there.
+    const std::string line = OpenedFile(product, path, true)->GetLine(pattern);
+    return line.empty() ? std::nullopt : std::optional(line);
+}
+
+Text::ParamLook LookForParam(const std::string& path, const std::string& name,
+                             const std::optional<std::string>& section) {
+    Text::ParamLook look(name);
+    if (!section) {
+        ReadChunks(path, [&](std::string_view lines) { look.Take(lines); });
+        return look;
+    }
+    const std::string bytes = ReadFileBytes(path);
+    const FilePart part = PartOf(path, bytes, section);
+    look = Text::ParamLook(name, part.linesBefore);
+    look.Take(part.lines);
+    return look;
+}
+
+/// Quicker than to look for a parameter; most files have none.
+bool MayHaveSections(const std::string& path) {
+    bool may = false;
+    ReadChunks(path, [&](std::string_view lines) { may = may || lines.find('[') != std::string_view::npos; });
+    return may;
+}
+
+/// The lines that set the parameter, each of them once.
+std::set<std::string> SettingLines(IZETCore& core, std::string_view lines, const std::string& pattern) {
+    std::set<std::string> setting;
+    for (const Text::TextLine& line : Text::SplitLines(lines)) {
+        std::string text(line.text);
+        if (core.MatchRegEx(pattern, text, nullptr, 0)) setting.insert(std::move(text));
+    }
+    return setting;
+}
+
+}  // namespace
+
+std::optional<std::string> GetParam(Deployment& product, const std::string& path, const std::string& name,
+                                    const std::optional<std::string>& section) {
+    RequireSectionName(section);
     if (!IsLiteralName(name))
         RequireLiteralName(product.Core(), path, ReadFileBytes(path), ZETLookupOpening, name);
-    // The lookup by name cannot tell an empty value from a parameter that is not there.
-    const std::string line = OpenedFile(product, path, true)->GetLine(ZETLookupOpening + name + "=");
-    if (line.empty()) return std::nullopt;
-    return Text::WithoutLineEnd(line.substr(line.find('=') + 1));
+    const bool maySeveralHaveIt = !section && MayHaveSections(path);
+    const auto line = LineOf(product, path, name, section);
+    if (!line) {
+        RequireNoBlanks({path, name, LookForParam(path, name, section)}, "line get", "prints it");
+        return std::nullopt;
+    }
+    if (maySeveralHaveIt) RequireOneSectionToGet({path, name, LookForParam(path, name, section)});
+    return Text::WithoutLineEnd(line->substr(line->find('=') + 1));
 }
 
 FileOutcome SetParam(Deployment& product, const std::string& file, const std::string& name,
                      const std::string& value, const EditOptions& options) {
     RequireParamName(name);
     RequireOneLine(value, "VALUE");
-    FileEdit edit(product, file);
-    RequireNoTarget(product, edit.Path(), options);
-    const Text::TextToEdit text = LookAtBlocks(product, {file, edit.Path()});
-    if (!IsLiteralName(name))
-        RequireLiteralName(product.Core(), edit.Path(), ReadFileBytes(edit.Path()), ZETEditOpening, name);
-    RequireRoomForNotice(edit.Path(), text, options);
-    const std::string line = LineToSet(product.Out(), edit.Path(), text, value);
-    return edit.Make(
-        Edit(product, options, [&](IZETConfigFile& opened) { opened.SetParamValue(name, line); }),
-        options.noBackup);
+    RequireSectionName(options.section);
+    ParamEdit edit(product, file, name, options, ParamEdit::View::Lines);
+    edit.RequireLiteral(ZETEditOpening);
+    RequireNoBlanks(edit.Found(), "line set", "sets it");
+    if (!options.section) {
+        RequireOneSectionToSet(edit.Found());
+        RequirePlaceForNewLine(edit.Found());
+    }
+    TellLinesToSet(product.Out(), edit.Found());
+    const std::string line = LineToSet(product.Out(), edit.Path(), edit.Text(), value);
+    return edit.Make([&](IZETConfigFile& opened) { opened.SetParamValue(name, line); });
+}
+
+FileOutcome UnsetParam(Deployment& product, const std::string& file, const std::string& name,
+                       const EditOptions& options) {
+    RequireParamName(name);
+    RequireSectionName(options.section);
+    ParamEdit edit(product, file, name, options, ParamEdit::View::Whole);
+    edit.RequireLiteral(ZETLookupOpening);
+    RequireNoBlanks(edit.Found(), "line set", "comments it out, with a LINE that begins with \"#\"");
+    if (!options.section) RequireOneSectionToGet(edit.Found());
+    const std::string pattern = ZETLookupOpening + name + "=";
+    const std::set<std::string> lines = SettingLines(product.Core(), edit.Part().lines, pattern);
+    if (lines.empty()) return edit.LeaveUnchanged("no line sets \"" + name + "\"");
+    return edit.Make([&](IZETConfigFile& opened) {
+        if (lines.size() == 1) return opened.SetLine(pattern, "#" + *lines.begin());
+        for (const std::string& line : lines)
+            opened.SetLine("^" + Escaped(line) + "\\z", "#" + line);
+    });
 }
 
 FileOutcome RestoreParam(Deployment& product, const std::string& file, const std::string& name,
                          const EditOptions& options) {
     RequireParamName(name);
-    FileEdit edit(product, file);
-    RequireNoTarget(product, edit.Path(), options);
-    const std::string bytes = ReadFileBytes(edit.Path());
-    const Text::TextToEdit text = LookAtBlocks(product, {file, edit.Path()}, bytes);
-    RequireLiteralName(product.Core(), edit.Path(), bytes,
-                       std::string("^") + ZETFormerLinePrefix + ZETRestoreOpening, name);
-    if (!HasSomethingToRestore(product.Core(), {edit.Path(), bytes, ZETRestoreOpening + name + "=",
-                                                ZETEditOpening + name + "=", options.allBlocks}))
+    RequireSectionName(options.section);
+    ParamEdit edit(product, file, name, options, ParamEdit::View::Whole);
+    edit.RequireLiteral(std::string("^") + ZETFormerLinePrefix + ZETRestoreOpening);
+    if (!options.section && !options.allBlocks) RequireOneSectionToRestore(edit.Found());
+    if (!HasSomethingToRestore(product.Core(),
+                               {edit.Path(), edit.Part().lines, ZETRestoreOpening + name + "=",
+                                ZETEditOpening + name + "=", options.allBlocks, edit.Part().linesBefore}))
         return edit.LeaveUnchanged("nothing to restore for \"" + name + "\"");
-    RequireRoomForNotice(edit.Path(), text, options);
-    return edit.Make(Edit(product, options, [&](IZETConfigFile& opened) { opened.RestoreParamValue(name); }),
-                     options.noBackup);
+    return edit.Make([&](IZETConfigFile& opened) { opened.RestoreParamValue(name); });
 }
 
 }  // namespace ZET::Deploy

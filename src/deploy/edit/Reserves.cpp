@@ -112,6 +112,7 @@ FileOutcome RecordAbsence(ReserveWork& work) {
 }  // namespace
 
 FileOutcome StripFile(Deployment& product, const std::string& file, const EditOptions& options) {
+    RequireWholeFile(options);
     FileEdit edit(product, file);
     RequireNoTarget(product, edit.Path(), options);
     const Text::TextToEdit text = LookAtRegions(product, {file, edit.Path()});
@@ -165,6 +166,7 @@ FileOutcome RestoreFile(Deployment& product, const std::string& file) {
 }
 
 FileOutcome ForgetReserve(Deployment& product, const std::string& file, const EditOptions& options) {
+    RequireWholeFile(options);
     ReserveWork work(product, file);
     if (!work.hasReserve && !work.hasRecord) return work.Result(Result::Unchanged, "it has no reserve");
     RequireNoTarget(product, work.path, options);

@@ -42,7 +42,7 @@ class RestoreCheck {
             const std::string_view line = m_text.Line(number).text;
             if (!Matches(m_formerPattern, line)) continue;
             if (!line.starts_with(ZETFormerLinePrefix)) {
-                throw UsageError("\"" + m_request.pattern + "\" also selects line " + std::to_string(number) +
+                throw UsageError("\"" + m_request.pattern + "\" also selects line " + NumberOf(number) +
                                  " of " + m_request.path +
                                  ", which keeps no former line (put alternatives in parentheses)");
             }
@@ -60,9 +60,10 @@ class RestoreCheck {
         }
         if (block.formerLine != 0) isAllOurs = Matches(m_formerPattern, m_text.Line(block.formerLine).text);
         if (isAllOurs) return;
-        m_others +=
-            (m_others.empty() ? "" : ", ") + std::to_string(block.first) + "-" + std::to_string(block.last);
+        m_others += (m_others.empty() ? "" : ", ") + NumberOf(block.first) + "-" + NumberOf(block.last);
     }
+
+    std::string NumberOf(std::size_t line) const { return std::to_string(m_request.linesBefore + line); }
 
     bool Matches(const std::string& pattern, std::string_view line) {
         return RemedyErrors(kSimplerExpression,

@@ -1,6 +1,7 @@
 #ifndef ZET_RESTORE_RULES_H
 #define ZET_RESTORE_RULES_H
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -15,6 +16,7 @@ struct RestoreRequest {
     std::string pattern;    ///< as `RestoreLine` gets it
     std::string content;    ///< selects the lines in the managed blocks that the restore is about
     bool allBlocks = false;
+    std::size_t linesBefore = 0;  ///< where `text` is a part of the file
 };
 
 /// The module's restore takes out every managed block. Whether there is something to restore at all; a

@@ -1,7 +1,5 @@
 #include "deploy/edit/SoundBlocks.h"
 
-#include <functional>
-
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/targets/FileOrigin.h"
@@ -20,16 +18,21 @@ Text::TextToEdit WithoutDamage(Host& host, const FileToLookAt& file, Text::LookA
                    .remedy = "\"" + host.Wanted().program + " doctor " + file.named + "\" tells a repair"});
 }
 
-Text::TextToEdit LookAtFile(Host& host, const FileToLookAt& file, const Text::NoticeTexts* noticeTexts) {
+Text::TextToEdit LookAtFile(Host& host, const FileToLookAt& file, const Text::NoticeTexts* noticeTexts,
+                            const std::function<void(std::string_view lines)>& also) {
     Text::LookAtText look(noticeTexts);
-    ReadChunks(file.path, [&](std::string_view lines) { look.Take(lines); });
+    ReadChunks(file.path, [&](std::string_view lines) {
+        look.Take(lines);
+        if (also) also(lines);
+    });
     return WithoutDamage(host, file, look, [&] { return ReadFileBytes(file.path); });
 }
 
 }  // namespace
 
-Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file) {
-    return LookAtFile(host, file, nullptr);
+Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file,
+                              const std::function<void(std::string_view lines)>& also) {
+    return LookAtFile(host, file, nullptr, also);
 }
 
 Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const std::string& text) {
@@ -40,7 +43,7 @@ Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const std::s
 
 Text::TextToEdit LookAtRegions(Host& host, const FileToLookAt& file) {
     const Text::NoticeTexts noticeTexts = WrittenNoticeTexts(host.Core());
-    return LookAtFile(host, file, &noticeTexts);
+    return LookAtFile(host, file, &noticeTexts, nullptr);
 }
 
 }  // namespace ZET::Deploy

@@ -1,7 +1,9 @@
 #ifndef ZET_SOUND_BLOCKS_H
 #define ZET_SOUND_BLOCKS_H
 
+#include <functional>
 #include <string>
+#include <string_view>
 
 #include "deploy/state/Host.h"
 #include "text/repair/TextToEdit.h"
@@ -16,8 +18,10 @@ struct FileToLookAt {
     const std::string& path;
 };
 
-/// Damage of the file's blocks is a `Failure`. With `text`, the file is not read again.
-Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file);
+/// Damage of the file's blocks is a `Failure`. `also` is shown the same lines. With `text`, the file is not
+/// read again.
+Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file,
+                              const std::function<void(std::string_view lines)>& also = nullptr);
 Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const std::string& text);
 
 /// The same for an edit that takes the notices out, too; it does not ask how the lines end.

@@ -22,10 +22,11 @@ std::string FileToShow(Deployment& product, const std::string& file) {
 
 }  // namespace
 
-std::optional<std::string> GetParam(Product& product, const std::string& file, const std::string& name) {
+std::optional<std::string> GetParam(Product& product, const std::string& file, const std::string& name,
+                                    const std::optional<std::string>& section) {
     RequireParamName(name);
     return Use(product, [&](Deployment& deployment) {
-        return GetParam(deployment, FileToShow(deployment, file), name);
+        return GetParam(deployment, FileToShow(deployment, file), name, section);
     });
 }
 
@@ -33,6 +34,11 @@ FileOutcome SetParam(Product& product, const std::string& file, const std::strin
                      const std::string& value, const EditOptions& options) {
     return Use(product,
                [&](Deployment& deployment) { return SetParam(deployment, file, name, value, options); });
+}
+
+FileOutcome UnsetParam(Product& product, const std::string& file, const std::string& name,
+                       const EditOptions& options) {
+    return Use(product, [&](Deployment& deployment) { return UnsetParam(deployment, file, name, options); });
 }
 
 FileOutcome RestoreParam(Product& product, const std::string& file, const std::string& name,

@@ -238,6 +238,31 @@ TEST_F(FaceTest, HistoryIsExportedAndErased) {
     EXPECT_THAT(without.str(), Not(HasSubstr("\na=2\n")));
 }
 
+TEST_F(FaceTest, ParameterOfASectionIsReadSetCommentedOutAndBroughtBack) {
+    Write(At("file"), "a=0\n[one]\na=1\n[two]\na=2\n");
+    Product product(At("zet.conf"), m_options);
+    EXPECT_EQ(GetParam(product, At("file"), "a", "two"), "2");
+    EXPECT_EQ(GetParam(product, At("file"), "a", ""), "0");
+    EXPECT_EQ(SetParam(product, At("file"), "a", "3", {.section = "two"}).result, Result::Changed);
+    EXPECT_EQ(GetParam(product, At("file"), "a", "two"), "3");
+    EXPECT_EQ(UnsetParam(product, At("file"), "a", {.section = "one"}).result, Result::Changed);
+    EXPECT_EQ(GetParam(product, At("file"), "a", "one"), std::nullopt);
+    EXPECT_EQ(RestoreParam(product, At("file"), "a", {.section = "one"}).result, Result::Changed);
+    EXPECT_EQ(GetParam(product, At("file"), "a", "one"), "1");
+    EXPECT_THROW(GetParam(product, At("file"), "a"), Failure);
+    EXPECT_THROW(UnsetParam(product, At("file"), "a"), Failure);
+}
+
+TEST_F(FaceTest, EditsThatKnowNoSectionsRefuseOne) {
+    Product product(At("zet.conf"), m_options);
+    const EditOptions options = {.section = "one"};
+    EXPECT_THROW(SetLine(product, At("file"), "^a", "b", options), UsageError);
+    EXPECT_THROW(RestoreLine(product, At("file"), "^a", options), UsageError);
+    EXPECT_THROW(StripFile(product, At("file"), options), UsageError);
+    EXPECT_THROW(ForgetReserve(product, At("file"), options), UsageError);
+    EXPECT_EQ(Read(At("file")), "a=1\nb=2\n");
+}
+
 /// The failure that the call ends with.
 Failure FailureIn(const std::function<void()>& call) {
     try {

@@ -1,0 +1,32 @@
+#ifndef ZET_FILE_PART_H
+#define ZET_FILE_PART_H
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "deploy/targets/Deployment.h"
+#include "zet/IZETConfigFile.h"
+
+namespace ZET::Deploy {
+
+/// The lines of a file that an edit is about.
+struct FilePart {
+    std::string_view lines;
+    std::size_t linesBefore = 0;
+};
+
+/// The lines of the section with that name in a file's text, which must outlive them; of an empty name, those
+/// before the first section; of none, all. A `Failure` where that is not exactly one section.
+FilePart PartOf(const std::string& path, std::string_view text, const std::optional<std::string>& section);
+
+/// The text with its part as the module makes it, to which the part is given as a file of its own. With
+/// markers, the text has a notice then.
+std::string TextWithPart(Deployment& product, const std::string& text, const FilePart& part, bool noMarkers,
+                         const std::function<void(IZETConfigFile& file)>& edit);
+
+}  // namespace ZET::Deploy
+
+#endif

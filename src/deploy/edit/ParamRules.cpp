@@ -1,0 +1,118 @@
+#include "deploy/edit/ParamRules.h"
+
+#include <algorithm>
+#include <functional>
+#include <set>
+#include <vector>
+
+#include "deploy/edit/EditRules.h"
+#include "zet/deploy/Failure.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+using Form = Text::ParamLine::Form;
+using Selection = std::function<bool(const Text::ParamLine& line)>;
+
+constexpr std::size_t kMostNumbers = 10;  ///< in one message
+
+std::vector<Text::ParamLine> Selected(const FoundParam& found, const Selection& isSelected) {
+    std::vector<Text::ParamLine> selected;
+    const auto& lines = found.look.Lines();
+    std::copy_if(lines.begin(), lines.end(), std::back_inserter(selected), isSelected);
+    return selected;
+}
+
+/// What the module takes for the parameter when it sets one.
+bool IsTaken(const Text::ParamLine& line) {
+    return line.form == Form::Set || line.form == Form::CommentedOut;
+}
+
+/// "3", "3 and 9", "3, 9 and 12", "3, 9, ... and 90 more".
+std::string Numbers(const std::vector<Text::ParamLine>& lines) {
+    const std::size_t count = std::min(lines.size(), kMostNumbers);
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (i > 0) text += i + 1 == lines.size() ? " and " : ", ";
+        text += std::to_string(lines[i].number);
+    }
+    return lines.size() > count ? text + " and " + std::to_string(lines.size() - count) + " more" : text;
+}
+
+std::string Quoted(const std::string& name) {
+    return '"' + name + '"';
+}
+
+void RequireOneSection(const FoundParam& found, const Selection& isSelected) {
+    std::vector<Text::ParamLine> firsts;  // of each part of the file
+    for (const Text::ParamLine& line : Selected(found, isSelected)) {
+        if (firsts.empty() || firsts.back().section != line.section) firsts.push_back(line);
+    }
+    if (firsts.size() < 2) return;
+    const bool isBefore = firsts.front().section == 0;
+    throw Failure({.file = found.path,
+                   .text = std::to_string(firsts.size()) + (isBefore ? " parts" : " sections") + " have " +
+                           Quoted(found.name) + ", in lines " + Numbers(firsts),
+                   .remedy = isBefore ? "--section or --no-section says which" : "--section says which"});
+}
+
+}  // namespace
+
+void RequireNoBlanks(const FoundParam& found, const std::string& command, const std::string& effect) {
+    const auto lines =
+        Selected(found, [](const Text::ParamLine& line) { return line.form == Form::SetWithBlanks; });
+    if (lines.empty()) return;
+    throw Failure({.file = found.path,
+                   .line = static_cast<int>(lines.front().number),
+                   .text = "sets " + Quoted(found.name) +
+                           " with blanks before the \"=\", which is no line \"name=value\"",
+                   .remedy = "\"" + command + "\" with the PATTERN \"^\\s*" + Escaped(found.name) +
+                             "\\s*=\" " + effect});
+}
+
+void RequireOneSectionToGet(const FoundParam& found) {
+    RequireOneSection(found, [](const Text::ParamLine& line) { return line.form == Form::Set; });
+}
+
+void RequireOneSectionToSet(const FoundParam& found) {
+    RequireOneSection(found, IsTaken);
+}
+
+void RequireOneSectionToRestore(const FoundParam& found) {
+    RequireOneSection(found, [](const Text::ParamLine& line) {
+        return line.form == Form::Former || (IsTaken(line) && line.isInBlock);
+    });
+}
+
+void RequirePlaceForNewLine(const FoundParam& found) {
+    const auto& lines = found.look.Lines();
+    if (found.look.PartCount() < 2 || std::any_of(lines.begin(), lines.end(), IsTaken)) return;
+    throw Failure({.file = found.path,
+                   .text = "no section has " + Quoted(found.name) +
+                           ", and a new line would come to stand in the last one, [" +
+                           found.look.LastSection() + "]",
+                   .remedy = "--section says where, --no-section before all of them"});
+}
+
+void TellLinesToSet(Observer& observer, const FoundParam& found) {
+    const auto taken = Selected(found, IsTaken);
+    const bool isAllInBlocks =
+        std::all_of(taken.begin(), taken.end(), [](const Text::ParamLine& line) { return line.isInBlock; });
+    if (taken.size() > 1 && !isAllInBlocks) {
+        observer.Warning(
+            found.path + ": lines " + Numbers(taken) + " are " + Quoted(found.name) +
+            ", commented out or not; all of them are set (\"line set\" with a PATTERN sets one)");
+    }
+    if (taken.size() == 1 && taken.front().form == Form::CommentedOut && !isAllInBlocks) {
+        observer.Remark(found.path + ":" + std::to_string(taken.front().number) + ": " + Quoted(found.name) +
+                        " stands here commented out, and the new line takes its place");
+    }
+    const auto mentioned =
+        Selected(found, [](const Text::ParamLine& line) { return line.form == Form::Mentioned; });
+    if (!taken.empty() || mentioned.empty()) return;
+    observer.Remark(found.path + ":" + std::to_string(mentioned.front().number) + ": " + Quoted(found.name) +
+                    " stands here commented out in another form, which stays; a new line is added");
+}
+
+}  // namespace ZET::Deploy
