@@ -218,7 +218,8 @@ FileKind FileToPutBack::KindAfter() const {
 std::optional<RecordedState> FileToPutBack::LeftThen() const {
     if (KindAfter() == FileKind::Original || IsKnownByNewer()) return std::nullopt;
     // Who changes what is known of an edited file alone, leaves it edited.
-    if (!m_change.isWritten) return m_known ? std::optional(m_known->state) : std::nullopt;
+    if (!m_change.isWritten && !m_change.file->leftBefore)
+        return m_known ? std::optional(m_known->state) : std::nullopt;
     return m_change.file->leftBefore;
 }
 
