@@ -10,12 +10,12 @@
 
 #include "cli/CommandWords.h"
 #include "cli/ExitStatus.h"
+#include "cli/Mistake.h"
 #include "cli/Report.h"
 #include "cli/Session.h"
 #include "cli/commands/Registrations.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/Installed.h"
-#include "deploy/state/ParameterCheck.h"
 
 namespace ZET::Cli {
 
@@ -23,8 +23,6 @@ namespace {
 
 constexpr char kOptionsOfAll[] = "Options of all commands";
 constexpr char kHelp[] = "-h,--help";
-constexpr std::size_t kFewestLetters = 3;  // of a word that can be told to be the begin of another
-
 using Names = std::vector<std::string>;
 
 /// The help of a command shows the options of all, too, in a group of their own.
@@ -138,17 +136,6 @@ CLI::App* AddSubcommand(CLI::App& parent, const char* name, const char* help) {
     return command;
 }
 
-/// Empty, or the question whether the nearest of these names was meant.
-std::string DidYouMean(const std::string& word, const Names& names) {
-    std::string nearest = NearestName(word, names);
-    if (nearest.empty() && word.size() >= kFewestLetters) {
-        const auto begun = std::find_if(names.begin(), names.end(),
-                                        [&](const std::string& name) { return name.starts_with(word); });
-        if (begun != names.end()) nearest = *begun;
-    }
-    return nearest.empty() ? "" : "did you mean \"" + nearest + "\"? ";
-}
-
 /// What a command line may go on with behind what was understood of it.
 class Continuations {
   public:
@@ -185,10 +172,6 @@ class Continuations {
     Names m_options;
 };
 
-bool IsOption(std::string_view word) {
-    return word.starts_with('-');
-}
-
 /// Whether the words end before a command that has to come.
 bool LacksCommand(const CLI::App& app) {
     const CLI::App* last = &app;
@@ -197,30 +180,19 @@ bool LacksCommand(const CLI::App& app) {
     return last->get_require_subcommand_min() > 0;
 }
 
-std::string WhatIsWrong(const Names& unknown, const std::string& message, bool isCommandMissing) {
-    if (!isCommandMissing) return message;
-    return unknown.empty() ? "a command is missing" : "unknown command \"" + unknown.front() + "\"";
-}
-
-std::string Suggestion(const CLI::App& app, const Names& unknown, bool isCommandMissing) {
+/// What is wrong with the command line, whose last argument is `last`.
+Mistake MistakeIn(const CLI::App& app, const CLI::ParseError& error, std::string_view last) {
     const Continuations known(app);
-    if (isCommandMissing) return unknown.empty() ? "" : DidYouMean(unknown.front(), known.Commands());
-    const auto option = std::find_if(unknown.begin(), unknown.end(),
-                                     [](const std::string& word) { return word.starts_with("--"); });
-    return option == unknown.end() ? "" : DidYouMean(option->substr(0, option->find('=')), known.Options());
-}
-
-/// What is wrong with the command line, whose last argument is `last`, and what to do about it.
-std::string DescribeMistake(const CLI::App& app, const CLI::ParseError& error, std::string_view last) {
-    const Names unknown = app.remaining(true);
-    const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
-    const bool isCommand = isMissing && LacksCommand(app);
-    // What is missing may be there, and have been taken for an option.
-    const bool isTaken =
-        isMissing && !isCommand && (IsOption(last) || std::any_of(unknown.begin(), unknown.end(), IsOption));
-    return WhatIsWrong(unknown, error.what(), isCommand) + " (" + Suggestion(app, unknown, isCommand) +
-           (isTaken ? "put \"--\" before a value that begins with \"-\", or " : "") + "see \"" +
-           app.get_name() + " --help\")";
+    Mistake mistake;
+    mistake.program = app.get_name();
+    mistake.message = error.what();
+    mistake.isWordMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+    mistake.isCommandMissing = mistake.isWordMissing && LacksCommand(app);
+    mistake.lastWord = last;
+    mistake.unknown = app.remaining(true);
+    mistake.commands = known.Commands();
+    mistake.options = known.Options();
+    return mistake;
 }
 
 /// The help or the version; returns the exit status.
@@ -327,7 +299,7 @@ std::optional<Call> ParseCommandLine(const std::string& program, int count, char
         } else {
             options.json = options.json || AsksForDocument(count, arguments);
             Report report(options);
-            report.Error(DescribeMistake(app, error, arguments[count - 1]));
+            report.Error(Describe(MistakeIn(app, error, arguments[count - 1])));
             status = report.Finish(kWrongUse);
         }
         return std::nullopt;

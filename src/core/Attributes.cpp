@@ -21,7 +21,7 @@
 #include "zet/ZETHost.h"
 #include "zet/ZETLogProvider.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 namespace {
 
@@ -272,4 +272,4 @@ void TakeOverAttributes(const AttributedFile& donor, const AttributedFile& recei
     if (MakePrivate(receiver)) SetMode(receiver, Apply(donor, receiver, changes, mode));
 }
 
-}  // namespace ZET
+}  // namespace ZET::Core

@@ -8,7 +8,7 @@
 
 #include "posix/Descriptor.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 /// A regular file that was opened once; `path` is for messages.
 struct AttributedFile {
@@ -42,6 +42,6 @@ mode_t ModeAllowedBy(const AttributedFile& donor, mode_t mode);
 /// that is like the donor already is not touched.
 void TakeOverAttributes(const AttributedFile& donor, const AttributedFile& receiver, mode_t mode);
 
-}  // namespace ZET
+}  // namespace ZET::Core
 
 #endif

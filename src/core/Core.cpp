@@ -7,7 +7,7 @@
 #include "Message.h"
 #include "StatusWriter.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 namespace {
 
@@ -73,4 +73,4 @@ void CZETCore::WriteStatus(std::ostream& stream) {
     WriteStatusLines(stream, m_parameters.OfTheProduct());
 }
 
-}  // namespace ZET
+}  // namespace ZET::Core

@@ -10,7 +10,7 @@
 #include "zet/IZETCore.h"
 #include "zet/ZETTypes.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 /// The core as modules see it: each operation is a service of its own.
 class CZETCore final : public IZETCore {
@@ -42,6 +42,6 @@ class CZETCore final : public IZETCore {
     Registry m_registry;  // last: an interface may still ask for the other services when it goes
 };
 
-}  // namespace ZET
+}  // namespace ZET::Core
 
 #endif

@@ -22,7 +22,7 @@
 #include "zet/ZETFormat.h"
 #include "zet/ZETHost.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 namespace {
 
@@ -119,20 +119,24 @@ class Copy {
 
 }  // namespace
 
+}  // namespace ZET::Core
+
+namespace ZET {
+
 bool IsCopyOf(const std::string& name, const std::string& to) {
-    const std::string stem = CopyStem(to);
-    if (name.size() != stem.size() + kLetters + kSuffixSize) return false;
+    const std::string stem = Core::CopyStem(to);
+    if (name.size() != stem.size() + Core::kLetters + Core::kSuffixSize) return false;
     const auto letters = name.begin() + static_cast<std::ptrdiff_t>(stem.size());
     return name.compare(0, stem.size(), stem) == 0 &&
-           name.compare(name.size() - kSuffixSize, kSuffixSize, ZETTemporarySuffix) == 0 &&
-           std::all_of(letters, letters + kLetters, &IsLetterOrDigit);
+           name.compare(name.size() - Core::kSuffixSize, Core::kSuffixSize, ZETTemporarySuffix) == 0 &&
+           std::all_of(letters, letters + Core::kLetters, &Core::IsLetterOrDigit);
 }
 
 void CopyFile(const std::string& from, const std::string& to) {
-    RequirePath(from, "CopyFile");
-    RequirePath(to, "CopyFile");
-    const ParentDirectory directory(to);
-    Copy copy(from, to);
+    Core::RequirePath(from, "CopyFile");
+    Core::RequirePath(to, "CopyFile");
+    const Core::ParentDirectory directory(to);
+    Core::Copy copy(from, to);
     copy.Make();
     copy.Rename();
     directory.Sync();

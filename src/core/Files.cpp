@@ -13,7 +13,7 @@
 #include "posix/Printable.h"
 #include "zet/ZETErrors.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 namespace {
 
@@ -38,28 +38,17 @@ bool CreateOrEmpty(const std::string& path, Descriptor& file) {
 
 }  // namespace
 
-void RequirePath(const std::string& path, const char* operation) {
-    RequireNotEmpty(path, operation);
-    if (path.find('\0') != std::string::npos)
-        FailCheck("File name '%s' holds a NUL byte.", Printable(path).c_str());
-}
+}  // namespace ZET::Core
 
-bool IsDanglingLink(const std::string& path) {
-    const int error = errno;
-    struct stat status;
-    const bool isLink =
-        (error == ENOENT || error == ELOOP) && ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
-    errno = error;
-    return isLink;
-}
+namespace ZET {
 
 void CreateFile(const std::string& path) {
-    RequirePath(path, "CreateFile");
-    const ParentDirectory directory(path);
+    Core::RequirePath(path, "CreateFile");
+    const Core::ParentDirectory directory(path);
     Descriptor file;
-    const bool isNew = CreateOrEmpty(path, file);
+    const bool isNew = Core::CreateOrEmpty(path, file);
     try {
-        SyncFile(file, path);
+        Core::SyncFile(file, path);
         directory.Sync();
     } catch (const EZETError&) {
         if (isNew) ::unlink(path.c_str());
@@ -68,19 +57,19 @@ void CreateFile(const std::string& path) {
 }
 
 void RemoveFile(const std::string& path) {
-    RequirePath(path, "RemoveFile");
-    const ParentDirectory directory(path);
-    if (::unlink(path.c_str()) != 0) FailSystem(path, "Failed to remove file '%s': %m.", path.c_str());
+    Core::RequirePath(path, "RemoveFile");
+    const Core::ParentDirectory directory(path);
+    if (::unlink(path.c_str()) != 0) Core::FailSystem(path, "Failed to remove file '%s': %m.", path.c_str());
     directory.Sync();
 }
 
 bool IsFileExist(const std::string& path) {
-    RequirePath(path, "IsFileExist");
+    Core::RequirePath(path, "IsFileExist");
     struct stat status;
     if (::lstat(path.c_str(), &status) == 0) return true;
     // A name that is too long for the file system is nobody's.
     if (errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG)
-        FailSystem(path, "Failed to check file '%s': %m.", path.c_str());
+        Core::FailSystem(path, "Failed to check file '%s': %m.", path.c_str());
     return false;
 }
 

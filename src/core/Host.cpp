@@ -16,13 +16,13 @@ class CZETHost::Implementation {
     Implementation(const Implementation&) = delete;
     Implementation& operator=(const Implementation&) = delete;
 
-    CZETCore& Core() { return m_core; }
+    Core::CZETCore& GetCore() { return m_core; }
 
     void LoadModule(const std::string& path) {
         std::vector<std::string> taken;
         for (const auto& module : m_modules)
             taken.push_back(module->GetName());
-        m_modules.push_back(std::make_unique<LoadedModule>(m_core, path, taken));
+        m_modules.push_back(std::make_unique<Core::LoadedModule>(m_core, path, taken));
     }
 
     void UnloadModules() {
@@ -31,8 +31,8 @@ class CZETHost::Implementation {
     }
 
   private:
-    CZETCore m_core;
-    std::vector<std::unique_ptr<LoadedModule>> m_modules;
+    Core::CZETCore m_core;
+    std::vector<std::unique_ptr<Core::LoadedModule>> m_modules;
 };
 
 CZETHost::CZETHost(const std::string& configFile)
@@ -43,11 +43,11 @@ CZETHost::CZETHost() : m_implementation(std::make_unique<Implementation>()) {}
 CZETHost::~CZETHost() = default;
 
 IZETCore& CZETHost::GetCore() {
-    return m_implementation->Core();
+    return m_implementation->GetCore();
 }
 
 StringMap CZETHost::GetParams() const {
-    return m_implementation->Core().GetParams();
+    return m_implementation->GetCore().GetParams();
 }
 
 void CZETHost::LoadModule(const std::string& path) {
@@ -55,7 +55,7 @@ void CZETHost::LoadModule(const std::string& path) {
 }
 
 std::shared_ptr<CZETInterface> CZETHost::FindInterface(const std::string& name) const {
-    return m_implementation->Core().GetRegistry().Find(name);
+    return m_implementation->GetCore().GetRegistry().Find(name);
 }
 
 void CZETHost::UnloadModules() {

@@ -25,7 +25,7 @@
 #include "zet/ZETHost.h"
 #include "zet/ZETLogProvider.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 namespace {
 
@@ -267,4 +267,4 @@ bool LoadedModule::DropInterfaces() {
     return std::all_of(m_interfaces.begin(), m_interfaces.end(), isGone);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Core

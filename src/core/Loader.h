@@ -8,7 +8,7 @@
 #include "Core.h"
 #include "zet/ZETModule.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 /// A module, initialised. When it goes, the module is ended: `module_done`, the core's pointers to its
 /// interfaces. Its code stays in memory, since nobody knows who still holds an object of it.
@@ -71,6 +71,6 @@ class LoadedModule {
     std::vector<std::string> m_lost;  ///< names of them that somebody else's interface has now
 };
 
-}  // namespace ZET
+}  // namespace ZET::Core
 
 #endif

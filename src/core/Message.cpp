@@ -11,7 +11,7 @@
 #include "zet/ZETErrors.h"
 #include "zet/ZETLogProvider.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 namespace {
 
@@ -81,4 +81,4 @@ void RequireNotEmpty(const std::string& argument, const char* operation) {
     if (argument.empty()) FailCheck("Argument is empty for '%s'.", operation);
 }
 
-}  // namespace ZET
+}  // namespace ZET::Core

@@ -7,7 +7,7 @@
 
 /// The core's own messages. Each function looks `text` up in the message catalogue "libzet-core", formats it
 /// by the conventions of printf ("%m" is the text of the caller's `errno`, which stays) and hands it on.
-namespace ZET {
+namespace ZET::Core {
 
 std::string Message(const char* text, ...) __attribute__((format(printf, 1, 2)));
 
@@ -31,6 +31,6 @@ void Warn(const char* text, ...) __attribute__((format(printf, 1, 2)));
 /// Throws an `EZETCheckError` in the name of `operation` when `argument` is empty.
 void RequireNotEmpty(const std::string& argument, const char* operation);
 
-}  // namespace ZET
+}  // namespace ZET::Core
 
 #endif

@@ -21,7 +21,7 @@
         {.path = path, .line = number, .text = Message(what, ##__VA_ARGS__), .remedy = Message(cure)}, \
         "%s:%zu: " what " (" cure ")", path.c_str(), number, ##__VA_ARGS__)
 
-namespace ZET {
+namespace ZET::Core {
 
 namespace {
 
@@ -98,4 +98,4 @@ void ReadParameterFile(const std::string& path, const std::function<void(const P
     }
 }
 
-}  // namespace ZET
+}  // namespace ZET::Core

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace ZET {
+namespace ZET::Core {
 
 /// A line "NAME=value" of the parameter file.
 struct ParameterLine {
@@ -24,6 +24,6 @@ bool IsParameterName(std::string_view name);
 /// cannot be read, throws `EZETError` with path, line and remedy.
 void ReadParameterFile(const std::string& path, const std::function<void(const ParameterLine&)>& take);
 
-}  // namespace ZET
+}  // namespace ZET::Core
 
 #endif

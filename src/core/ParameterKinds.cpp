@@ -12,7 +12,7 @@
 #include "posix/Printable.h"
 #include "zet/ZETErrors.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 namespace {
 
@@ -272,4 +272,4 @@ std::string HowToWrite(const ZETParameter& parameter) {
     return Find(parameter.kind).howToWrite;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Core

@@ -7,7 +7,7 @@
 
 #include "zet/ZETHost.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 /// What "yes or no" says; none for what says neither.
 std::optional<bool> ReadFlag(std::string_view value);
@@ -24,6 +24,6 @@ std::string KindInWords(const ZETParameter& parameter);
 /// How a value of the kind is written, as a remedy.
 std::string HowToWrite(const ZETParameter& parameter);
 
-}  // namespace ZET
+}  // namespace ZET::Core
 
 #endif

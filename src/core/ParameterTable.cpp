@@ -7,7 +7,7 @@
 
 #include "ParameterKinds.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 namespace {
 
@@ -75,7 +75,8 @@ constexpr ParameterEntry kTable[] = {
     {"ZET_CFG_TEMPL_DIR", Kind::AbsolutePath, kHasAValue, kForTheProduct, "/usr/share/zet/templates", nullptr,
      "The directory of the pristine templates and their list."},
     {"ZET_HISTORY", Kind::YesNo, kHasAValue, kForTheProduct, "yes", nullptr,
-     "Whether the texts of the files that commands write are kept, so that any change can be taken back.", kYesNo},
+     "Whether the texts of the files that commands write are kept, so that any change can be taken back.",
+     kYesNo},
     {"ZET_HISTORY_KEEP", Kind::Number, kHasAValue, kForTheProduct, "100", nullptr,
      "How many of the last commands that wrote something the history keeps."},
     {"ZET_HISTORY_KEEP_EDITS", Kind::Number, kHasAValue, kForTheProduct, "1000", nullptr,
@@ -126,10 +127,14 @@ ZETParameter Described(const ParameterEntry& entry) {
     return parameter;
 }
 
+}  // namespace ZET::Core
+
+namespace ZET {
+
 std::vector<ZETParameter> KnownParameters() {
     std::vector<ZETParameter> known;
-    for (const ParameterEntry& each : kTable)
-        known.push_back(Described(each));
+    for (const Core::ParameterEntry& each : Core::ParameterTable())
+        known.push_back(Core::Described(each));
     return known;
 }
 

@@ -7,7 +7,7 @@
 
 #include "zet/ZETHost.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 inline constexpr char kConfigFile[] = "ZET_CFG";
 inline constexpr char kDomain[] = "DOMAIN";
@@ -38,6 +38,6 @@ std::string DefaultValue(const ParameterEntry& entry, const std::string& domain)
 /// The same entry for others.
 ZETParameter Described(const ParameterEntry& entry);
 
-}  // namespace ZET
+}  // namespace ZET::Core
 
 #endif

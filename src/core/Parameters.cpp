@@ -12,7 +12,7 @@
 #include "posix/Printable.h"
 #include "zet/ZETHost.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 namespace {
 
@@ -143,16 +143,20 @@ StringMap Parameters::OfTheProduct() const {
     return own;
 }
 
+}  // namespace ZET::Core
+
+namespace ZET {
+
 std::optional<ZETParameterProblem> ProblemOfParam(const std::string& key, const std::string& value) {
-    if (!IsParameterName(key))
-        return {{Message("'%s' is no name of a parameter", Printable(key).c_str()),
-                 Message("use letters, digits and \"_\", no digit first")}};
-    if (!CanStandInALine(value))
-        return {{Message("the value of %s holds a line feed or a NUL byte", key.c_str()),
-                 Message("give it without")}};
-    if (const Problem problem = ProblemOfFlag(key, value)) return problem;
-    const ParameterEntry* entry = FindParameter(key);
-    return entry != nullptr ? ProblemOfKind(*entry, value) : std::nullopt;
+    if (!Core::IsParameterName(key))
+        return {{Core::Message("'%s' is no name of a parameter", Printable(key).c_str()),
+                 Core::Message("use letters, digits and \"_\", no digit first")}};
+    if (!Core::CanStandInALine(value))
+        return {{Core::Message("the value of %s holds a line feed or a NUL byte", key.c_str()),
+                 Core::Message("give it without")}};
+    if (const auto problem = Core::ProblemOfFlag(key, value)) return problem;
+    const Core::ParameterEntry* entry = Core::FindParameter(key);
+    return entry != nullptr ? Core::ProblemOfKind(*entry, value) : std::nullopt;
 }
 
 }  // namespace ZET

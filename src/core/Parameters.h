@@ -5,7 +5,7 @@
 
 #include "zet/ZETTypes.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 /// The named parameters: what the file says, what was updated since, and defaults for the rest, which follow
 /// the parameters that they are derived from.
@@ -42,6 +42,6 @@ class Parameters {
     StringMap m_values;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Core
 
 #endif

@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace ZET {
+namespace ZET::Core {
 
 /// Throws an `EZETCheckError` in the name of `operation` when `path` is empty or holds a NUL byte, of which
 /// the system would take the part before it for the whole.
@@ -12,6 +12,6 @@ void RequirePath(const std::string& path, const char* operation);
 /// Whether `path`, which could not be opened for the reason in `errno`, is a link to nothing. `errno` stays.
 bool IsDanglingLink(const std::string& path);
 
-}  // namespace ZET
+}  // namespace ZET::Core
 
 #endif

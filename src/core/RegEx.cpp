@@ -8,7 +8,7 @@
 #include "Message.h"
 #include "posix/Printable.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 namespace {
 
@@ -201,4 +201,4 @@ bool RegEx::MatchGuarded(Entry& entry, const std::string& subject) {
     return result >= 0;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Core

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-namespace ZET {
+namespace ZET::Core {
 
 /// Perl-compatible regular expressions on bytes. Patterns are compiled once and kept, the last used ones
 /// only. A search always ends: one that takes more work than a sensible pattern needs is an error.
@@ -121,6 +121,6 @@ class RegEx {
     std::uint64_t m_uses = 0;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Core
 
 #endif

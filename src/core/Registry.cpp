@@ -5,7 +5,7 @@
 
 #include "Message.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 bool Registry::Register(std::shared_ptr<CZETInterface> interface) {
     RequireNotEmpty(interface != nullptr ? interface->GetName() : std::string(), "RegisterInterface");
@@ -44,4 +44,4 @@ std::vector<std::string> Registry::Names() const {
     return names;
 }
 
-}  // namespace ZET
+}  // namespace ZET::Core

@@ -8,7 +8,7 @@
 
 #include "zet/ZETInterface.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 /// The interfaces that modules registered, by name.
 class Registry {
@@ -40,6 +40,6 @@ class Registry {
     const std::vector<std::string>* m_kept = nullptr;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Core
 
 #endif

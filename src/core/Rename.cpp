@@ -17,7 +17,7 @@
 #include "zet/ZETFormat.h"
 #include "zet/ZETHost.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 namespace {
 
@@ -115,14 +115,18 @@ class Renaming {
 
 }  // namespace
 
+}  // namespace ZET::Core
+
+namespace ZET {
+
 void SetRenameGuard(ZETRenameGuard guard) {
-    RenameGuard() = std::move(guard);
+    Core::RenameGuard() = std::move(guard);
 }
 
 void RenameFile(const std::string& from, const std::string& to) {
-    RequirePath(from, "RenameFile");
-    RequirePath(to, "RenameFile");
-    Renaming(from, to).Run();
+    Core::RequirePath(from, "RenameFile");
+    Core::RequirePath(to, "RenameFile");
+    Core::Renaming(from, to).Run();
 }
 
 }  // namespace ZET

@@ -6,7 +6,7 @@
 
 #include "Message.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 namespace {
 
@@ -43,4 +43,4 @@ void WriteStatusLines(std::ostream& stream, StringMap settings) {
     FailSystem("", "Failed to write the status: %m.");
 }
 
-}  // namespace ZET
+}  // namespace ZET::Core

@@ -5,12 +5,12 @@
 
 #include "zet/ZETTypes.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 /// Writes `settings` and, in its place among them, the present time as "COMMIT_TIME" (RFC 3339, UTC): one
 /// line key=value for each, sorted by key. Flushes; a stream that fails throws `EZETError`.
 void WriteStatusLines(std::ostream& stream, StringMap settings);
 
-}  // namespace ZET
+}  // namespace ZET::Core
 
 #endif

@@ -9,7 +9,7 @@
 #include "Message.h"
 #include "posix/PathNames.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 namespace {
 
@@ -67,4 +67,4 @@ void ParentDirectory::Sync() const {
         FailSystem(m_path, "Failed to sync directory '%s': %m.", m_path.c_str());
 }
 
-}  // namespace ZET
+}  // namespace ZET::Core

@@ -7,7 +7,7 @@
 
 /// Makes what was done durable. All of it does nothing while syncing is off, which is a switch of the whole
 /// process, as the file helpers are.
-namespace ZET {
+namespace ZET::Core {
 
 bool IsSyncing();
 
@@ -43,6 +43,6 @@ class ParentDirectory {
     Descriptor m_descriptor;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Core
 
 #endif

@@ -37,9 +37,9 @@ std::optional<Hunk> HunkOf(std::string_view line) {
     const auto before = TakeRange(line);
     if (!before || line.empty()) return std::nullopt;
     const char kind = line.front();
-    line.remove_prefix(1);
-    const auto after = TakeRange(line);
-    if (!after || !line.empty()) return std::nullopt;
+    std::string_view rest = line.substr(1);
+    const auto after = TakeRange(rest);
+    if (!after || !rest.empty()) return std::nullopt;
     switch (kind) {
         case 'a':
             return Hunk{before->first + 1, 0, after->first, CountOf(*after)};

@@ -145,6 +145,55 @@ TEST(LayerRulesTest, EveryRoomIsInTheTable) {
     }
 }
 
+/// A room, the namespace of what its files declare, and that of the contract where its sources implement
+/// that.
+struct RoomNamespace {
+    std::string room;
+    std::string name;
+    std::string implemented = "";
+};
+
+/// The first one in which a file stands counts.
+const std::vector<RoomNamespace> kNamespaces = {
+    {"include/zet/deploy", "ZET::Deploy"}, {"include/zet", "ZET"},           {"src/posix", "ZET"},
+    {"src/interfaces/zet-config", "ZET"},  {"src/core", "ZET::Core", "ZET"}, {"src/text", "ZET::Text", "ZET"},
+    {"src/deploy", "ZET::Deploy"},         {"src/cli", "ZET::Cli"},
+};
+
+/// The namespaces of the product in which a file declares something.
+Names NamespacesOf(const fs::path& file) {
+    static const std::regex pattern("^\\s*(?:inline )?namespace (ZET[A-Za-z:]*) \\{(?!\\}).*");
+    Names names;
+    std::ifstream stream(file);
+    std::smatch match;
+    for (std::string line; std::getline(stream, line);)
+        if (std::regex_match(line, match, pattern)) names.insert(match[1]);
+    return names;
+}
+
+Names WithoutThoseOf(const RoomNamespace& room, const fs::path& file) {
+    Names names = NamespacesOf(file);
+    names.erase(room.name);
+    if (file.extension() == ".cpp") names.erase(room.implemented);
+    return names;
+}
+
+TEST(LayerRulesTest, FilesDeclareInTheNamespaceOfTheirRoom) {
+    Names found;
+    for (const std::string top : {"include", "src"}) {
+        for (const fs::path& file : SourcesIn(kRoot / top)) {
+            const std::string path = fs::relative(file, kRoot);
+            const auto room =
+                std::find_if(kNamespaces.begin(), kNamespaces.end(),
+                             [&](const RoomNamespace& each) { return path.starts_with(each.room + "/"); });
+            ASSERT_NE(room, kNamespaces.end()) << path;
+            EXPECT_EQ(WithoutThoseOf(*room, file), Names()) << path;
+            if (NamespacesOf(file).contains(room->name)) found.insert(room->room);
+        }
+    }
+    EXPECT_EQ(found.size(), kNamespaces.size());
+}
+
 /// Whether the header leads back to itself; `way` has the headers on the way to it.
 bool IsInCircle(const std::string& header, std::vector<std::string>& way, Names& done) {
     if (std::find(way.begin(), way.end(), header) != way.end()) return true;

@@ -40,7 +40,7 @@ fails_with() {
         [ "${#lines[@]}" -gt 50 ]
         for line in "${lines[@]}"; do
             [[ $line =~ ^($node|((vtable|typeinfo|typeinfo name) for )?ZET::.*@@$node)$ ]]
-            [[ $line != *Implementation* && $line != *"ZET::CZETCore"* && $line != *Deployment* ]]
+            [[ $line != *Implementation* && $line != *"ZET::Core::"* && $line != *Deployment* ]]
         done
     done
 }

@@ -85,7 +85,7 @@ std::string HistoryReader::NameOf(const std::string& file) const {
 std::optional<std::string> HistoryReader::FindName(const std::string& file) const {
     if (!HasAny()) return std::nullopt;
     for (std::string& name : NamesOfPath(m_product.HostPaths(), file))
-        if (Knows(name)) return std::move(name);
+        if (Knows(name)) return std::optional(std::move(name));
     return std::nullopt;
 }
 
@@ -105,7 +105,7 @@ RecordedEntry HistoryReader::Entry(std::int64_t number) const {
 RecordedFile HistoryReader::FileOf(std::int64_t number, const std::string& name) const {
     const std::string what = NameOfChange(Entry(number).number);
     for (RecordedFile& file : FilesOf(number))
-        if (file.path == name) return std::move(file);
+        if (file.path == name) return RecordedFile(std::move(file));
     throw UsageError(PathOf(name) + ": " + what +
                      " did not write it (those that did: " + NumbersOf(m_store->EntriesOf(name)) + ")");
 }

@@ -45,19 +45,20 @@ Recording::Recording(Host& host, Use use, bool isLocked, bool goesBack) : m_host
 }
 
 void Recording::OpenStore() {
-    try {
-        m_store = &m_host.HostHistory().ToRecord();
-    } catch (const Failure& failure) {
-        GoOnWithout(failure);
-    }
+    OrGoOnWithout([&] { m_store = &m_host.HostHistory().ToRecord(); });
 }
 
 /// What was there before stands beside the files, too: who goes back to it needs no history.
-void Recording::GoOnWithout(const Failure& failure) {
-    if (!m_goesBack) throw;
-    m_host.HostHistory().TellUnusable(failure);
-    m_store = nullptr;
-    m_rows.clear();
+template <typename Call>
+void Recording::OrGoOnWithout(Call call) {
+    try {
+        call();
+    } catch (const Failure& failure) {
+        if (!m_goesBack) throw;
+        m_host.HostHistory().TellUnusable(failure);
+        m_store = nullptr;
+        m_rows.clear();
+    }
 }
 
 Recording::~Recording() {
@@ -71,11 +72,7 @@ Recording::~Recording() {
 
 void Recording::Expect(ExpectedFile file) {
     if (!IsOn()) return;
-    try {
-        ExpectWithCompanions(std::move(file));
-    } catch (const Failure& failure) {
-        GoOnWithout(failure);
-    }
+    OrGoOnWithout([&] { ExpectWithCompanions(std::move(file)); });
 }
 
 void Recording::ExpectWithCompanions(ExpectedFile file) {
@@ -177,14 +174,12 @@ void Recording::Plan(const std::string& path, CapturedFile after, Attributes att
 
 void Recording::Begin() {
     if (!IsOn() || m_rows.empty()) return;
-    try {
+    OrGoOnWithout([&] {
         if (m_open)
             m_store->Plan(*m_open, NewFiles());
         else
             m_number = m_open = m_store->Open(EntryToOpen(), NewFiles());
-    } catch (const Failure& failure) {
-        GoOnWithout(failure);
-    }
+    });
 }
 
 CapturedFile Recording::Now(const Row& row) const {

@@ -91,7 +91,8 @@ class Recording {
 
     void OpenStore();
     void ExpectWithCompanions(ExpectedFile file);
-    void GoOnWithout(const Failure& failure);
+    template <typename Call>
+    void OrGoOnWithout(Call call);
     CapturedFile Before(const Row& row) const;
     void Add(const ExpectedFile& file, const std::string& suffix);
     RecordedEntry EntryToOpen() const;

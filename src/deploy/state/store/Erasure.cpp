@@ -13,31 +13,27 @@ namespace {
 constexpr char kHidden[] = "***";
 constexpr std::size_t kMostWordsOfCommand = 2;  // "param set"
 
-std::set<std::int64_t> Numbers(Database& database, const char* statement, const RowValues& values) {
-    std::set<std::int64_t> numbers;
-    Database::Rows rows(database, statement, values);
-    while (rows.Next())
-        numbers.insert(rows.Number(0));
-    return numbers;
-}
-
 std::set<std::int64_t> StatesOf(Database& database, const std::vector<std::string>& paths) {
     std::set<std::int64_t> states;
-    for (const std::string& path : paths)
-        states.merge(Numbers(database,
-                             "SELECT before FROM files WHERE path = ?1 UNION ALL"
-                             " SELECT after FROM files WHERE path = ?1 UNION ALL"
-                             " SELECT left_before FROM files WHERE path = ?1 AND left_before IS NOT NULL"
-                             " UNION ALL"
-                             " SELECT state FROM known WHERE path = ?1",
-                             {path}));
+    for (const std::string& path : paths) {
+        const std::vector<std::int64_t> ofPath =
+            Numbers(database,
+                    "SELECT before FROM files WHERE path = ?1 UNION ALL"
+                    " SELECT after FROM files WHERE path = ?1 UNION ALL"
+                    " SELECT left_before FROM files WHERE path = ?1 AND left_before IS NOT NULL"
+                    " UNION ALL"
+                    " SELECT state FROM known WHERE path = ?1",
+                    {path});
+        states.insert(ofPath.begin(), ofPath.end());
+    }
     return states;
 }
 
 std::set<std::int64_t> EntriesOf(Database& database, const std::vector<std::string>& paths) {
     std::set<std::int64_t> entries;
     for (const std::string& path : paths)
-        entries.merge(Numbers(database, "SELECT entry FROM files WHERE path = ?", {path}));
+        for (const std::int64_t entry : Numbers(database, "SELECT entry FROM files WHERE path = ?", {path}))
+            entries.insert(entry);
     return entries;
 }
 

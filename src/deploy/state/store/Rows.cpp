@@ -147,6 +147,14 @@ KnownFile KnownOf(Database& database, const Database::Rows& rows) {
 
 }  // namespace
 
+std::vector<std::int64_t> Numbers(Database& database, const char* statement, const RowValues& values) {
+    std::vector<std::int64_t> numbers;
+    Database::Rows rows(database, statement, values);
+    while (rows.Next())
+        numbers.push_back(rows.Number(0));
+    return numbers;
+}
+
 std::int64_t InsertState(Database& database, const RecordedState& state) {
     database.Run(
         "INSERT INTO states(present, mode, owner, grp, attributes, size, digest, text, roles, named_role, "
@@ -225,8 +233,9 @@ std::optional<RecordedEntry> EntryAt(Database& database, std::int64_t number) {
 void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file) {
     const std::int64_t before = InsertState(database, file.before);
     const std::int64_t after = InsertState(database, file.after);
-    RowValues row = {entry, file.path, static_cast<std::int64_t>(file.kind),
-                     static_cast<std::int64_t>(file.kindBefore), before, after};
+    RowValues row = {
+        entry,  file.path, static_cast<std::int64_t>(file.kind), static_cast<std::int64_t>(file.kindBefore),
+        before, after};
     row.emplace_back();
     if (file.leftBefore) row.back() = InsertState(database, *file.leftBefore);
     row.emplace_back(std::int64_t{file.wasEdited});

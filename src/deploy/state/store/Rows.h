@@ -1,8 +1,11 @@
 #ifndef ZET_STORE_ROWS_H
 #define ZET_STORE_ROWS_H
 
+#include <cstdint>
 #include <optional>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "deploy/state/store/Database.h"
 #include "deploy/state/store/Records.h"
@@ -12,8 +15,11 @@ namespace ZET::Deploy {
 
 class DamagedRow : public std::runtime_error {
   public:
-    DamagedRow() : std::runtime_error("a row is not as it was written") {}
+    explicit DamagedRow(const char* what = "a row is not as it was written") : std::runtime_error(what) {}
 };
+
+/// The first column of each row that the statement finds.
+std::vector<std::int64_t> Numbers(Database& database, const char* statement, const RowValues& values = {});
 
 std::int64_t InsertState(Database& database, const RecordedState& state);
 void ReplaceState(Database& database, std::int64_t id, const RecordedState& state);

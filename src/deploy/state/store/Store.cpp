@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
-#include "deploy/state/store/Compression.h"
-#include "deploy/state/store/Digest.h"
+#include "deploy/state/store/Deletion.h"
+#include "deploy/state/store/KeptTexts.h"
 #include "deploy/state/store/Rows.h"
 #include "deploy/state/store/Schema.h"
 #include "deploy/state/store/StoreFile.h"
@@ -85,7 +85,8 @@ std::int64_t Store::Begin(const RecordedEntry& entry, const std::vector<FileToRe
         opened.begun = Now();
         opened.outcome = EntryOutcome::Open;
         const std::int64_t number = InsertEntry(*m_database, opened);
-        InsertFiles(number, files);
+        for (const FileToRecord& file : files)
+            Insert(number, file);
         transaction.Commit();
         return number;
     });
@@ -97,64 +98,19 @@ void Store::SyncCommits(Sync sync) {
         m_database->Run(sync == Sync::Later ? "PRAGMA synchronous = NORMAL" : "PRAGMA synchronous = FULL");
 }
 
+void Store::Insert(std::int64_t number, const FileToRecord& file) {
+    InsertFile(*m_database, number, WithTexts(*m_database, m_limits, file));
+}
+
 void Store::Plan(std::int64_t number, const std::vector<FileToRecord>& files) {
     Guarded([&] {
         SyncCommits(Sync::AsTold);
         Database::Transaction transaction(*m_database);
         for (const FileToRecord& file : files) {
-            if (!ReplaceAfter(number, file)) InsertFiles(number, {file});
+            if (!ReplaceAfter(number, file)) Insert(number, file);
         }
         transaction.Commit();
     });
-}
-
-void Store::InsertFiles(std::int64_t number, const std::vector<FileToRecord>& files) {
-    for (const FileToRecord& file : files)
-        InsertFile(*m_database, number, WithTexts(file));
-}
-
-RecordedFile Store::WithTexts(const FileToRecord& file) {
-    RecordedFile recorded = file.file;
-    Take(recorded.before, file.textBefore);
-    if (file.isPlanned) Take(recorded.after, file.textAfter);
-    if (file.base && m_limits.keepsTexts)
-        recorded.after.knowledge.base = Keep(*file.base, DigestOf(*file.base));
-    return recorded;
-}
-
-void Store::Take(RecordedState& state, const std::string& text) {
-    if (!state.exists || state.text) return;
-    if (state.digest.empty()) {
-        state.size = text.size();
-        state.digest = DigestOf(text);
-    }
-    const bool isGiven = text.size() == state.size;
-    if (isGiven && m_limits.keepsTexts && state.size <= m_limits.largestText)
-        state.text = Keep(text, state.digest);
-}
-
-TextNumber Store::Keep(const std::string& text, const std::string& digest) {
-    if (const auto kept = Kept(text, digest)) return *kept;
-    m_database->Run("INSERT INTO texts(digest, size, frame) VALUES(?,?,?)",
-                    {Blob{digest}, static_cast<std::int64_t>(text.size()), Blob{Compressed(text)}});
-    return {m_database->LastRow()};
-}
-
-/// Texts are compared: a digest like that of another text can be made.
-std::optional<TextNumber> Store::Kept(const std::string& text, const std::string& digest) {
-    for (const std::int64_t id : Numbers("SELECT id FROM texts WHERE digest = ? AND size = ?",
-                                         {Blob{digest}, static_cast<std::int64_t>(text.size())})) {
-        if (Text({id}) == text) return TextNumber{id};
-    }
-    return std::nullopt;
-}
-
-std::vector<std::int64_t> Store::Numbers(const char* statement, const RowValues& values) {
-    std::vector<std::int64_t> numbers;
-    Database::Rows rows(*m_database, statement, values);
-    while (rows.Next())
-        numbers.push_back(rows.Number(0));
-    return numbers;
 }
 
 bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& settlement) {
@@ -164,9 +120,9 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
         for (const FileToRecord& file : settlement.changed)
             ReplaceAfter(number, file);
         for (const std::string& path : settlement.untouched)
-            DeleteFile(number, path);
+            DeleteFileOf(*m_database, number, path);
         for (const RecordedFile& file : FilesAt(*m_database, number)) {
-            DeleteKnown(file.path);
+            DeleteKnown(*m_database, file.path);
             if (file.kind != FileKind::Original && file.kind != FileKind::Companion)
                 ReplaceKnown(*m_database, {file.path, file.kind, file.after, number});
         }
@@ -176,9 +132,10 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
         entry.ended = Now();
         entry.outcome = outcome;
         ReplaceEntry(*m_database, entry);
-        const bool isKept = !IsEmpty(number);
-        if (!isKept) m_database->Run("DELETE FROM entries WHERE number = ?", {number});
-        Prune();
+        const bool isKept =
+            !Numbers(*m_database, "SELECT 1 FROM files WHERE entry = ? LIMIT 1", {number}).empty();
+        if (!isKept) DeleteEntry(*m_database, number);
+        Prune(*m_database, m_limits);
         transaction.Commit();
         return isKept;
     });
@@ -186,10 +143,10 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
 
 /// False when the entry does not have the file.
 bool Store::ReplaceAfter(std::int64_t number, const FileToRecord& file) {
-    const std::vector<std::int64_t> states =
-        Numbers("SELECT after FROM files WHERE entry = ? AND path = ?", {number, file.file.path});
+    const std::vector<std::int64_t> states = Numbers(
+        *m_database, "SELECT after FROM files WHERE entry = ? AND path = ?", {number, file.file.path});
     for (const std::int64_t state : states)
-        ReplaceTexts(state, AfterOf(file, StateAt(*m_database, state)));
+        ReplaceStateAndTexts(*m_database, state, AfterOf(file, StateAt(*m_database, state)));
     return !states.empty();
 }
 
@@ -197,40 +154,16 @@ bool Store::ReplaceAfter(std::int64_t number, const FileToRecord& file) {
 RecordedState Store::AfterOf(const FileToRecord& file, const RecordedState& former) {
     FileToRecord given = file;
     if (HaveSameText(given.file.after, former)) given.file.after.text = former.text;
-    RecordedState after = WithTexts(given).after;
+    RecordedState after = WithTexts(*m_database, m_limits, given).after;
     if (!given.base) after.knowledge.base = former.knowledge.base;
     return after;
-}
-
-void Store::DeleteFile(std::int64_t number, const std::string& path) {
-    for (const std::int64_t state :
-         Numbers("SELECT before FROM files WHERE entry = ?1 AND path = ?2 UNION ALL"
-                 " SELECT after FROM files WHERE entry = ?1 AND path = ?2 UNION ALL"
-                 " SELECT left_before FROM files WHERE entry = ?1 AND path = ?2 AND left_before IS NOT NULL",
-                 {number, path}))
-        ReleaseState(state);
-    m_database->Run("DELETE FROM files WHERE entry = ? AND path = ?", {number, path});
-}
-
-bool Store::IsEmpty(std::int64_t number) {
-    return Numbers("SELECT 1 FROM files WHERE entry = ? LIMIT 1", {number}).empty();
-}
-
-/// What the former state alone had of texts goes.
-void Store::ReplaceTexts(std::int64_t id, const RecordedState& state) {
-    const Value text = m_database->Run("SELECT text FROM states WHERE id = ?", {id});
-    const Value base = m_database->Run("SELECT base FROM states WHERE id = ?", {id});
-    ReplaceState(*m_database, id, state);
-    ReleaseText(text);
-    ReleaseText(base);
 }
 
 void Store::Drop(std::int64_t number) {
     Guarded([&] {
         SyncCommits(Sync::Later);
         Database::Transaction transaction(*m_database);
-        DeleteFiles(number);
-        m_database->Run("DELETE FROM entries WHERE number = ?", {number});
+        DeleteEntry(*m_database, number);
         transaction.Commit();
     });
 }
@@ -241,7 +174,8 @@ std::vector<RecordedEntry> Store::Entries(std::size_t count, std::optional<std::
         const RowValues limits = {OptionalValue(before), OptionalValue(before),
                                   static_cast<std::int64_t>(count)};
         for (const std::int64_t number :
-             Numbers("SELECT number FROM entries WHERE ? IS NULL OR number < ? ORDER BY number DESC LIMIT ?",
+             Numbers(*m_database,
+                     "SELECT number FROM entries WHERE ? IS NULL OR number < ? ORDER BY number DESC LIMIT ?",
                      limits))
             entries.push_back(RequiredEntry(*m_database, number));
         return entries;
@@ -251,8 +185,8 @@ std::vector<RecordedEntry> Store::Entries(std::size_t count, std::optional<std::
 std::vector<RecordedEntry> Store::EntriesOf(const std::string& path) {
     return Guarded([&] {
         std::vector<RecordedEntry> entries;
-        for (const std::int64_t number :
-             Numbers("SELECT DISTINCT entry FROM files WHERE path = ? ORDER BY entry DESC", {path}))
+        for (const std::int64_t number : Numbers(
+                 *m_database, "SELECT DISTINCT entry FROM files WHERE path = ? ORDER BY entry DESC", {path}))
             entries.push_back(RequiredEntry(*m_database, number));
         return entries;
     });
@@ -262,7 +196,7 @@ std::vector<RecordedEntry> Store::OpenEntries() {
     return Guarded([&] {
         std::vector<RecordedEntry> entries;
         for (const std::int64_t number :
-             Numbers("SELECT number FROM entries WHERE outcome = 0 ORDER BY number"))
+             Numbers(*m_database, "SELECT number FROM entries WHERE outcome = 0 ORDER BY number"))
             entries.push_back(RequiredEntry(*m_database, number));
         return entries;
     });
@@ -297,8 +231,8 @@ void Store::Remember(const std::vector<FileToRecord>& files) {
 void Store::RememberOne(const FileToRecord& file) {
     const std::string& path = file.file.path;
     const std::optional<KnownFile> known = KnownAt(*m_database, path);
-    const RecordedState state = WithTexts(file).after;
-    DeleteKnown(path);
+    const RecordedState state = WithTexts(*m_database, m_limits, file).after;
+    DeleteKnown(*m_database, path);
     if (file.file.kind != FileKind::Original)
         ReplaceKnown(*m_database, {path, file.file.kind, state, known ? known->entry : 0});
 }
@@ -307,72 +241,18 @@ void Store::Forget(const std::vector<std::string>& paths) {
     Guarded([&] {
         Database::Transaction transaction(*m_database);
         for (const std::string& path : paths)
-            DeleteKnown(path);
+            DeleteKnown(*m_database, path);
         transaction.Commit();
     });
 }
 
 std::string Store::Text(TextNumber number) {
-    return Guarded([&] {
-        Database::Rows rows(*m_database, "SELECT size, frame FROM texts WHERE id = ?", {number.value});
-        if (!rows.Next()) FailOfDamage(m_file, "a text is missing");
-        const std::int64_t size = rows.Number(0);
-        const bool isPossible = size >= 0 && static_cast<std::uint64_t>(size) <= m_limits.largestText;
-        auto text = isPossible ? Expanded(rows.Text(1), static_cast<std::size_t>(size)) : std::nullopt;
-        if (!text) FailOfDamage(m_file, "a text is not as it was written");
-        return std::move(*text);
-    });
-}
-
-void Store::DeleteFiles(std::int64_t number) {
-    for (const std::int64_t state : Numbers(
-             "SELECT before FROM files WHERE entry = ?1 UNION ALL SELECT after FROM files WHERE entry = ?1"
-             " UNION ALL SELECT left_before FROM files WHERE entry = ?1 AND left_before IS NOT NULL",
-             {number}))
-        ReleaseState(state);
-    m_database->Run("DELETE FROM files WHERE entry = ?", {number});
-}
-
-void Store::DeleteKnown(const std::string& path) {
-    for (const std::int64_t state : Numbers("SELECT state FROM known WHERE path = ?", {path}))
-        ReleaseState(state);
-    m_database->Run("DELETE FROM known WHERE path = ?", {path});
-}
-
-void Store::ReleaseState(std::int64_t id) {
-    const Value text = m_database->Run("SELECT text FROM states WHERE id = ?", {id});
-    const Value base = m_database->Run("SELECT base FROM states WHERE id = ?", {id});
-    DeleteState(*m_database, id);
-    ReleaseText(text);
-    ReleaseText(base);
-}
-
-void Store::ReleaseText(const Value& text) {
-    m_database->Run(
-        "DELETE FROM texts WHERE id = ?1 AND NOT EXISTS (SELECT 1 FROM states WHERE text = ?1)"
-        " AND NOT EXISTS (SELECT 1 FROM states WHERE base = ?1)",
-        {text});
-}
-
-void Store::Prune() {
-    const std::vector<std::int64_t> numbers = Numbers(
-        "SELECT number FROM entries WHERE outcome <> 0 AND number NOT IN"
-        " (SELECT number FROM entries ORDER BY number DESC LIMIT ?1) AND number NOT IN"
-        " (SELECT DISTINCT entry FROM files WHERE was_edited ORDER BY entry DESC LIMIT ?2)",
-        {static_cast<std::int64_t>(m_limits.entries), static_cast<std::int64_t>(m_limits.entriesWithEdits)});
-    for (const std::int64_t number : numbers) {
-        DeleteFiles(number);
-        m_database->Run("DELETE FROM entries WHERE number = ?", {number});
-        m_database->Run(
-            "INSERT INTO pruned(id, number) VALUES(0, ?1) ON CONFLICT(id) DO UPDATE SET number = max(number, "
-            "?1)",
-            {number});
-    }
+    return Guarded([&] { return TextAt(*m_database, m_limits, number); });
 }
 
 std::int64_t Store::LastPruned() {
     return Guarded([&] {
-        const std::vector<std::int64_t> numbers = Numbers("SELECT number FROM pruned");
+        const std::vector<std::int64_t> numbers = Numbers(*m_database, "SELECT number FROM pruned");
         return numbers.empty() ? 0 : numbers.front();
     });
 }

@@ -11,16 +11,9 @@
 #include "deploy/state/store/Database.h"
 #include "deploy/state/store/Erasure.h"
 #include "deploy/state/store/Records.h"
+#include "deploy/state/store/StoreLimits.h"
 
 namespace ZET::Deploy {
-
-/// How much the store keeps.
-struct StoreLimits {
-    std::size_t entries = 100;
-    std::size_t entriesWithEdits = 1000;  ///< those that replaced somebody's edit
-    std::uint64_t largestText = std::uint64_t{16} << 20;
-    bool keepsTexts = true;
-};
 
 /// What the product did on this host: entries with their files, before and after, and each file as the
 /// product left it. One writer at a time, who holds the product's lock; readers at any time.
@@ -97,23 +90,10 @@ class Store {
     std::int64_t Begin(const RecordedEntry& entry, const std::vector<FileToRecord>& files, Sync sync);
     void SyncCommits(Sync sync);
 
-    void InsertFiles(std::int64_t number, const std::vector<FileToRecord>& files);
-    RecordedFile WithTexts(const FileToRecord& file);
-    void Take(RecordedState& state, const std::string& text);
-    TextNumber Keep(const std::string& text, const std::string& digest);
-    std::optional<TextNumber> Kept(const std::string& text, const std::string& digest);
-    void RememberOne(const FileToRecord& file);
+    void Insert(std::int64_t number, const FileToRecord& file);
     bool ReplaceAfter(std::int64_t number, const FileToRecord& file);
     RecordedState AfterOf(const FileToRecord& file, const RecordedState& former);
-    void ReplaceTexts(std::int64_t id, const RecordedState& state);
-    void DeleteFiles(std::int64_t number);
-    void DeleteKnown(const std::string& path);
-    void ReleaseState(std::int64_t id);
-    void ReleaseText(const Value& text);
-    void Prune();
-    void DeleteFile(std::int64_t number, const std::string& path);
-    bool IsEmpty(std::int64_t number);
-    std::vector<std::int64_t> Numbers(const char* statement, const RowValues& values = {});
+    void RememberOne(const FileToRecord& file);
 
     const std::string m_file;
     const StoreLimits m_limits;

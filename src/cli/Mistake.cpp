@@ -1,0 +1,59 @@
+#include "cli/Mistake.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+
+#include "cli/Names.h"
+#include "deploy/state/ParameterCheck.h"
+
+namespace ZET::Cli {
+
+namespace {
+
+constexpr std::size_t kFewestLetters = 3;  // of a word that can be told to be the begin of another
+
+bool IsOption(std::string_view word) {
+    return word.starts_with('-');
+}
+
+std::string WhatIsWrong(const Mistake& mistake) {
+    if (!mistake.isCommandMissing) return mistake.message;
+    return mistake.unknown.empty() ? "a command is missing"
+                                   : "unknown command \"" + mistake.unknown.front() + "\"";
+}
+
+std::string Suggestion(const Mistake& mistake) {
+    const std::vector<std::string>& unknown = mistake.unknown;
+    if (mistake.isCommandMissing) return unknown.empty() ? "" : DidYouMean(unknown.front(), mistake.commands);
+    const auto option = std::find_if(unknown.begin(), unknown.end(),
+                                     [](const std::string& word) { return word.starts_with("--"); });
+    return option == unknown.end() ? "" : DidYouMean(option->substr(0, option->find('=')), mistake.options);
+}
+
+/// Whether a word that is missing may be there, and have been taken for an option.
+bool MayBeTakenForAnOption(const Mistake& mistake) {
+    return mistake.isWordMissing && !mistake.isCommandMissing &&
+           (IsOption(mistake.lastWord) ||
+            std::any_of(mistake.unknown.begin(), mistake.unknown.end(), IsOption));
+}
+
+}  // namespace
+
+std::string DidYouMean(const std::string& word, const std::vector<std::string>& names) {
+    std::string nearest = NearestName(word, names);
+    if (nearest.empty() && word.size() >= kFewestLetters) {
+        const auto begun = std::find_if(names.begin(), names.end(),
+                                        [&](const std::string& name) { return name.starts_with(word); });
+        if (begun != names.end()) nearest = *begun;
+    }
+    return nearest.empty() ? "" : "did you mean \"" + nearest + "\"? ";
+}
+
+std::string Describe(const Mistake& mistake) {
+    return WhatIsWrong(mistake) + " (" + Suggestion(mistake) +
+           (MayBeTakenForAnOption(mistake) ? "put \"--\" before a value that begins with \"-\", or " : "") +
+           "see \"" + mistake.program + " --help\")";
+}
+
+}  // namespace ZET::Cli

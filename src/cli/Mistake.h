@@ -1,0 +1,29 @@
+#ifndef ZET_CLI_MISTAKE_H
+#define ZET_CLI_MISTAKE_H
+
+#include <string>
+#include <vector>
+
+namespace ZET::Cli {
+
+/// What is wrong with a command line, as the library that reads it tells.
+struct Mistake {
+    std::string program;
+    std::string message;            ///< the library's own
+    bool isWordMissing = false;     ///< one that has to be there
+    bool isCommandMissing = false;  ///< and that word is a command
+    std::string lastWord;
+    std::vector<std::string> unknown;   ///< words that nothing took
+    std::vector<std::string> commands;  ///< that could have come
+    std::vector<std::string> options;   ///< that could have come
+};
+
+/// In words, and what to do about it.
+std::string Describe(const Mistake& mistake);
+
+/// Empty, or the question whether the nearest of these names was meant.
+std::string DidYouMean(const std::string& word, const std::vector<std::string>& names);
+
+}  // namespace ZET::Cli
+
+#endif

@@ -1,0 +1,29 @@
+#ifndef ZET_STORE_DELETION_H
+#define ZET_STORE_DELETION_H
+
+#include <cstdint>
+#include <string>
+
+#include "deploy/state/store/Database.h"
+#include "deploy/state/store/Records.h"
+#include "deploy/state/store/StoreLimits.h"
+
+/// What goes from the store, with the states and texts that nothing else there has.
+namespace ZET::Deploy {
+
+void DeleteEntry(Database& database, std::int64_t number);
+
+/// The entry stays.
+void DeleteFileOf(Database& database, std::int64_t number, const std::string& path);
+
+void DeleteKnown(Database& database, const std::string& path);
+
+/// What the former state alone had of texts goes.
+void ReplaceStateAndTexts(Database& database, std::int64_t id, const RecordedState& state);
+
+/// Deletes the oldest entries beyond what the limits keep, and notes that there were more.
+void Prune(Database& database, const StoreLimits& limits);
+
+}  // namespace ZET::Deploy
+
+#endif

@@ -1,0 +1,65 @@
+#include "deploy/state/store/KeptTexts.h"
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+#include "deploy/state/store/Compression.h"
+#include "deploy/state/store/Digest.h"
+#include "deploy/state/store/Rows.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// Texts are compared: a digest like that of another text can be made.
+std::optional<TextNumber> Kept(Database& database, const StoreLimits& limits, const std::string& text,
+                               const std::string& digest) {
+    for (const std::int64_t id : Numbers(database, "SELECT id FROM texts WHERE digest = ? AND size = ?",
+                                         {Blob{digest}, static_cast<std::int64_t>(text.size())})) {
+        if (TextAt(database, limits, {id}) == text) return TextNumber{id};
+    }
+    return std::nullopt;
+}
+
+TextNumber Keep(Database& database, const StoreLimits& limits, const std::string& text,
+                const std::string& digest) {
+    if (const auto kept = Kept(database, limits, text, digest)) return *kept;
+    database.Run("INSERT INTO texts(digest, size, frame) VALUES(?,?,?)",
+                 {Blob{digest}, static_cast<std::int64_t>(text.size()), Blob{Compressed(text)}});
+    return {database.LastRow()};
+}
+
+void Take(Database& database, const StoreLimits& limits, RecordedState& state, const std::string& text) {
+    if (!state.exists || state.text) return;
+    if (state.digest.empty()) {
+        state.size = text.size();
+        state.digest = DigestOf(text);
+    }
+    const bool isGiven = text.size() == state.size;
+    if (isGiven && limits.keepsTexts && state.size <= limits.largestText)
+        state.text = Keep(database, limits, text, state.digest);
+}
+
+}  // namespace
+
+RecordedFile WithTexts(Database& database, const StoreLimits& limits, const FileToRecord& file) {
+    RecordedFile recorded = file.file;
+    Take(database, limits, recorded.before, file.textBefore);
+    if (file.isPlanned) Take(database, limits, recorded.after, file.textAfter);
+    if (file.base && limits.keepsTexts)
+        recorded.after.knowledge.base = Keep(database, limits, *file.base, DigestOf(*file.base));
+    return recorded;
+}
+
+std::string TextAt(Database& database, const StoreLimits& limits, TextNumber number) {
+    Database::Rows rows(database, "SELECT size, frame FROM texts WHERE id = ?", {number.value});
+    if (!rows.Next()) throw DamagedRow("a text is missing");
+    const std::int64_t size = rows.Number(0);
+    const bool isPossible = size >= 0 && static_cast<std::uint64_t>(size) <= limits.largestText;
+    auto text = isPossible ? Expanded(rows.Text(1), static_cast<std::size_t>(size)) : std::nullopt;
+    if (!text) throw DamagedRow("a text is not as it was written");
+    return std::move(*text);
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,19 @@
+#ifndef ZET_STORE_LIMITS_H
+#define ZET_STORE_LIMITS_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace ZET::Deploy {
+
+/// How much the store keeps.
+struct StoreLimits {
+    std::size_t entries = 100;
+    std::size_t entriesWithEdits = 1000;  ///< those that replaced somebody's edit
+    std::uint64_t largestText = std::uint64_t{16} << 20;
+    bool keepsTexts = true;
+};
+
+}  // namespace ZET::Deploy
+
+#endif

@@ -1,0 +1,112 @@
+#include "deploy/targets/WrittenFiles.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "deploy/targets/Targets.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// None when there is no list that can be used and something on record: that goes back all the same.
+std::optional<std::vector<Target>> ListedTargets(Deployment& product, const KnownFiles& known) {
+    try {
+        return SelectTargets(product, {});
+    } catch (const Failure& failure) {
+        if (known.PathsOf(product.Role()).empty()) throw;
+        product.Out().Error(failure.what(), failure.Lines());
+        product.Out().Remark("only the files that the last commit recorded are put back");
+        return std::nullopt;
+    }
+}
+
+WrittenFile Written(const Deployment& product, const Target& target) {
+    WrittenFile file{target.templateName,
+                     product.HostPaths().FromInside(target.path),
+                     target.RestartsFor(product.Role()),
+                     target.path,
+                     target.trusted,
+                     target.roles.size() > 1,
+                     {},
+                     false};
+    try {
+        file.path = product.HostPaths().WithRealDirectory(product.FilePath(target.path));
+    } catch (const Failure& failure) {
+        file.trouble = failure;
+    }
+    return file;
+}
+
+/// None, with a warning, when the way to it leads out of the root directory by now.
+std::optional<WrittenFile> Recorded(Deployment& product, const std::string& path) {
+    WrittenFile file{"", path, {}, "", "", true, {}, false};
+    try {
+        if (!product.HostPaths().StaysInside(path)) {
+            product.Out().Warning(path + ": leads out of the root directory by a link, and is left alone");
+            return std::nullopt;
+        }
+    } catch (const Failure& failure) {
+        file.trouble = failure;
+    }
+    return file;
+}
+
+/// A file of which nobody can tell where it is, is at no path.
+bool IsAt(const Paths& paths, const WrittenFile& file, const std::string& path) {
+    try {
+        return paths.Canonical(paths.NameInside(file.path)) == path;
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
+}  // namespace
+
+WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known) {
+    WrittenFiles written;
+    const std::optional<std::vector<Target>> targets = ListedTargets(product, known);
+    written.isListMissing = !targets;
+    if (targets)
+        for (const Target& target : *targets)
+            written.files.push_back(Written(product, target));
+    for (const std::string& path : known.PathsOf(product.Role())) {
+        const bool isListed = std::any_of(written.files.begin(), written.files.end(),
+                                          [&](const WrittenFile& file) { return file.path == path; });
+        if (isListed) continue;
+        if (std::optional<WrittenFile> file = Recorded(product, path))
+            written.files.push_back(std::move(*file));
+    }
+    return written;
+}
+
+std::vector<WrittenFile> FindEditedFiles(Deployment& product, const KnownFiles& known) {
+    std::vector<WrittenFile> files;
+    for (const std::string& path : known.EditedPaths()) {
+        std::optional<WrittenFile> file = Recorded(product, path);
+        if (!file) continue;
+        file->isEdit = true;
+        files.push_back(std::move(*file));
+    }
+    return files;
+}
+
+std::vector<WrittenFile> Named(const Deployment& product, const std::vector<WrittenFile>& files,
+                               const std::vector<std::string>& names) {
+    const Paths& paths = product.HostPaths();
+    std::vector<WrittenFile> named;
+    for (const std::string& name : names) {
+        const std::string path = paths.Canonical(name);
+        const auto file = std::find_if(files.begin(), files.end(),
+                                       [&](const WrittenFile& each) { return IsAt(paths, each, path); });
+        if (file == files.end()) {
+            throw UsageError(name + ": is no target of the role " + NameOf(product.Role()) +
+                             " (\"status\" lists them; \"file restore\" puts any other file back)");
+        }
+        named.push_back(*file);
+    }
+    return named;
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,31 @@
+#ifndef ZET_WRITTEN_FILES_H
+#define ZET_WRITTEN_FILES_H
+
+#include <string>
+#include <vector>
+
+#include "deploy/state/KnownFiles.h"
+#include "deploy/targets/Deployment.h"
+#include "deploy/targets/WrittenFile.h"
+
+namespace ZET::Deploy {
+
+/// The files that a rollback of the host's role can be about.
+struct WrittenFiles {
+    std::vector<WrittenFile> files;
+    bool isListMissing = false;  ///< it cannot be used, which was told: there are only those on record
+};
+
+/// Those of the list, and those that the history knows of the role.
+WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known);
+
+/// The files that were edited in place, by whichever role: a line has none.
+std::vector<WrittenFile> FindEditedFiles(Deployment& product, const KnownFiles& known);
+
+/// Those of `files` that `names` has, in their order. A name that none has is a `UsageError`.
+std::vector<WrittenFile> Named(const Deployment& product, const std::vector<WrittenFile>& files,
+                               const std::vector<std::string>& names);
+
+}  // namespace ZET::Deploy
+
+#endif
