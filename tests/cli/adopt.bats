@@ -104,3 +104,33 @@ assert_adopted() {
     capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" adopt -n out/one.conf
     assert_refusal 1 "$HOST/state/state.db: the history may not be read by this user, so that nobody can tell what out/one.conf was made from (run the command as root)"
 }
+
+@test "an edit that makes no template is refused, and not tried for ever" {
+    local line
+    for line in 'open ${realm' '# ----ZET_END----' '# ---ZET_BEGIN---'; do
+        zet -q commit-config --on-edit overwrite
+        echo "$line" >>out/one.conf
+        capture timeout -s KILL 20 "$ZET_BIN/zet-client" --config "$HOST/zet.conf" adopt out/one.conf
+        assert_status 1
+        [[ $stderr == *"out/one.conf: its edit makes no template that can be committed: "* ]]
+    done
+    run_zet check-config
+    assert_status 0
+}
+
+@test "an adopted edit is the product's own: it is followed by another, goes back, and is edited again after an undo" {
+    echo more >>out/one.conf
+    zet -q adopt out/one.conf
+    zet commit-config --on-edit refuse
+    echo again >>out/one.conf
+    run_zet adopt out/one.conf
+    assert_success "$HOST/etc/one.conf: changed, with the edit of $HOST/out/one.conf"
+    zet undo
+    run_zet status
+    [[ $output == *"$HOST/out/one.conf: edited"* ]]
+    zet adopt out/one.conf
+    sed -i 's/^DOMAIN=.*/DOMAIN=example.net/' zet.conf
+    run_zet commit-config --on-edit refuse
+    assert_success "$HOST/out/one.conf: changed
+1 changed"
+}

@@ -1,5 +1,7 @@
 #include "deploy/edit/Adopt.h"
 
+#include <functional>
+
 #include "deploy/edit/Edits.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
@@ -12,10 +14,12 @@
 #include "deploy/state/store/Digest.h"
 #include "deploy/targets/EditMerge.h"
 #include "deploy/targets/Render.h"
+#include "deploy/targets/Secrets.h"
 #include "deploy/targets/ShownDiff.h"
 #include "text/Adoption.h"
 #include "text/Lines.h"
 #include "text/ManagedText.h"
+#include "text/TemplateCheck.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -62,6 +66,7 @@ class Adopting {
         if (!IsMergedWith(m_product, *known, staged)) RequireLastRendering(*known, rendered);
         if (edited == rendered) return Unchanged();
         const std::string text = NewTemplate(rendered, edited);
+        RequireGoodTemplate(text);
         const std::string made = RenderTemplateText(m_product, m_staging, role, m_templateName, text);
         if (ReadFileBytes(made) != edited) FailToTrace();
         Knowledge knowledge = known->state.knowledge;
@@ -81,6 +86,23 @@ class Adopting {
                            "its template or a parameter changed since the last commit, so nobody can tell "
                            "what was edited",
                        .remedy = "take that change back, then adopt, then make it again"});
+    }
+
+    /// One that the module would never return from, or that the next commit would refuse, is not tried.
+    void RequireGoodTemplate(const std::string& text) {
+        const auto lines = [&](const std::function<void(std::string_view)>& take) {
+            for (std::string_view rest = text; !rest.empty();)
+                take(Text::TakeLine(rest).text);
+        };
+        std::vector<Problem> problems =
+            Text::CheckTemplate(m_workingCopy, lines, m_product.Config().TemplatesValues());
+        if (problems.empty()) return;
+        Problem& first = problems.front();
+        Secrets& secrets = m_product.HostSecrets();
+        if (secrets.Hides(m_path)) first.HideQuoted(secrets.Excuse(m_path));
+        throw Failure({.file = m_path,
+                       .text = "its edit makes no template that can be committed: " + first.text,
+                       .remedy = "take that out, or edit " + m_workingCopy + " by hand"});
     }
 
     [[noreturn]] void FailToTrace() const {

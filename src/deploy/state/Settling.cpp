@@ -44,8 +44,10 @@ void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending end
     if (ending != Ending::Unknown && isAsWanted) KeepLeft(planned, settlement);
     if (now.IsAs(file.before) || !IsOfTheCommand(file, now, ending)) {
         const bool isKnownAnew = planned.isKnownAnew && ending != Ending::Unknown && isAsWanted;
-        const bool isNothingNew =
-            file.kind == file.kindBefore && !planned.base && file.before.knowledge == file.after.knowledge;
+        // What somebody edited is known as the product's own from now on, unless it is known as it was left.
+        const bool isKnownSo = !file.leftBefore || planned.left;
+        const bool isNothingNew = isKnownSo && !planned.base && file.kind == file.kindBefore &&
+                                  file.before.knowledge == file.after.knowledge;
         if (isKnownAnew && !isNothingNew) return settlement.changed.push_back(AsItIs(planned, now));
         settlement.untouched.push_back(file.path);
         return;
