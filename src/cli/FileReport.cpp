@@ -59,6 +59,7 @@ void BeginTargets(Session& session, Session::FileTeller teller) {
     session.Out().Set("entry", nullptr);
     session.Out().AddList("targets");
     session.Out().AddList("restart");
+    session.Out().AddList("reload");
 }
 
 void TellChecksNotRun(Session& session, std::size_t count) {
@@ -83,15 +84,24 @@ void TellResults(Session& session) {
     session.Out().Line(text.empty() ? "no targets" : text);
 }
 
-void TellRestarts(Session& session, const std::vector<std::string>& services) {
+static void TellServices(Session& session, const std::vector<std::string>& services, const char* list,
+                         const char* deed) {
     std::string names;
     for (const std::string& service : services) {
-        session.Out().Add("restart", service);
+        session.Out().Add(list, service);
         names += (names.empty() ? "" : ", ") + service;
     }
     if (names.empty() || session.Asked().quiet) return;
-    session.Out().Line((session.Asked().dryRun ? "would have to be restarted: " : "to be restarted: ") +
+    session.Out().Line((session.Asked().dryRun ? "would have to be " : "to be ") + std::string(deed) + ": " +
                        names);
+}
+
+void TellRestarts(Session& session, const std::vector<std::string>& services) {
+    TellServices(session, services, "restart", "restarted");
+}
+
+void TellReloads(Session& session, const std::vector<std::string>& services) {
+    TellServices(session, services, "reload", "reloaded");
 }
 
 }  // namespace ZET::Cli

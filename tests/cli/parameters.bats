@@ -144,5 +144,5 @@ $HOST/zet.conf:$((last + 2)): nobody knows the parameter NTP_SERVER, and no temp
     add_target two.conf $'#!/bin/sh\n'
     run_zet check-config
     assert_status 1
-    [[ $output == *"/two.conf:1:1: the programs that read the file need this line as its first, and the notice comes before it (take the template from the list, and edit the file with --no-markers)"$'\n' ]]
+    [[ $output == *"/two.conf:1:1: the programs that read the file need this line as its first, and the notice comes before it (say notice = false in its entry of the list)"$'\n' ]]
 }

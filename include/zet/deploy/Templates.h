@@ -17,12 +17,16 @@ struct ListedTemplate {
     std::string name;
     std::string target;  ///< as the list has it
     std::set<Role> roles;
-    std::string workingCopy;   ///< its path, whether it is there or not
-    bool isInstalled = false;  ///< the working copy is there
+    std::string workingCopy;             ///< its path, whether it is there or not
+    bool isInstalled = false;            ///< the working copy is there
+    std::string list;                    ///< the list that it is first in
+    int line = 0;                        ///< of its entry there
+    std::vector<std::string> changedBy;  ///< the later lists that change its entry
+    std::string whyNot;                  ///< why it is not in force; empty: it is
 };
 
-/// The templates of both roles, in the order of the list. A list that is broken is a `Failure` with all its
-/// problems.
+/// The templates of both roles, in force or not, in the order of the lists. A list that is broken is a
+/// `Failure` with all its problems.
 ZET_API std::vector<ListedTemplate> ListTemplates(Product& product);
 
 /// A working copy, compared with the shipped template and with the shipped text that it was made from.

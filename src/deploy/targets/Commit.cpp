@@ -8,6 +8,7 @@
 #include "deploy/host/Signals.h"
 #include "deploy/state/Recording.h"
 #include "deploy/state/StateDirectory.h"
+#include "deploy/targets/NewOwner.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "zet/ZETErrors.h"
@@ -73,7 +74,7 @@ class Execution {
         m_recording.Complete();
         RememberUnchanged();
         RememberShipped();
-        m_product.Out().Restarts(m_plan.RestartsOf(m_plan.Targets()));
+        m_plan.ServicesOf(m_plan.Targets()).Tell(m_product.Out());
     }
 
   private:
@@ -138,8 +139,8 @@ class Execution {
         return knowledge;
     }
 
-    /// A target that is as it would be rendered is a committed one from now on. Where others were changed, the
-    /// entry says so.
+    /// A target that is as it would be rendered is a committed one from now on. Where others were changed,
+    /// the entry says so.
     void RememberUnchanged() {
         if (!m_recording.IsOn() || m_recording.Number()) return;
         std::vector<FileToRecord> files;
@@ -207,7 +208,7 @@ class Execution {
         const FileInPlace place(m_product.HostPaths().Find(planned.target.path, planned.target.trusted),
                                 planned.path);
         RenderTarget(m_product, {planned.target.templateName, place, planned.staged, planned.version,
-                                 planned.namedRole});
+                                 planned.namedRole, NewOwnerOf(planned.target)});
     }
 
     /// What stopped the run is on its way to the reader; what goes wrong in here comes on top of it.
@@ -229,7 +230,7 @@ class Execution {
                 "it). Written: " +
                 Joined(written) + ". Not written: " + Joined(notWritten) +
                 (others.empty() ? "" : ". Written by another program: " + Joined(others)));
-            m_product.Out().Restarts(m_plan.RestartsOf(done));
+            m_plan.ServicesOf(done).Tell(m_product.Out());
         } catch (const std::exception& error) {
             m_product.Out().Error(FailureOf(error).what());
         }
@@ -271,7 +272,7 @@ bool Preview(Deployment& product, const CommitPlan& plan) {
         product.Out().Done(OutcomeOf(product, planned));
         wouldChange = wouldChange || planned.IsChange();
     }
-    product.Out().Restarts(plan.RestartsOf(plan.Targets()));
+    plan.ServicesOf(plan.Targets()).Tell(product.Out());
     return wouldChange;
 }
 

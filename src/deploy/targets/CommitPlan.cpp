@@ -11,9 +11,9 @@
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
 #include "deploy/state/StateDirectory.h"
+#include "deploy/targets/NewOwner.h"
 #include "deploy/targets/OwnCheck.h"
 #include "deploy/targets/Render.h"
-#include "deploy/targets/Restarts.h"
 #include "deploy/targets/ShownDiff.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -37,6 +37,15 @@ FileOutcome::Result ChangeOf(const PlannedTarget& planned) {
 
 bool HasCompanion(const std::string& path) {
     return IsFileExist(path + ZETReserveSuffix) || IsFileExist(path + ZETAbsenceSuffix);
+}
+
+/// What its reserve is there for takes over from that.
+void GiveToNewOwner(PlannedTarget& planned) {
+    if (planned.before.exists || IsFileExist(planned.path + ZETReserveSuffix)) return;
+    const std::optional<FileOwner> owner = NewOwnerOf(planned.target);
+    if (!owner) return;
+    planned.after.owner = owner->user;
+    planned.after.group = owner->group;
 }
 
 bool IsReserved(const std::string& path) {
@@ -121,6 +130,7 @@ void CommitPlan::Stage(PlannedTarget& planned) {
     const auto stageFor = [&](Role role) {
         planned.staged = RenderQuietly(m_product, *m_staging, name, role);
         planned.after = StateInPlace(planned.path, planned.staged);
+        GiveToNewOwner(planned);
         planned.change = ChangeOf(planned);
         return planned.change;
     };
@@ -153,13 +163,13 @@ bool CommitPlan::WasCutShort(const KnownFile& known) const {
 }
 
 /// A run that was cut short could tell nothing of what it had written.
-std::vector<std::string> CommitPlan::RestartsOf(const std::vector<PlannedTarget>& targets) const {
+Restarts CommitPlan::ServicesOf(const std::vector<PlannedTarget>& targets) const {
     Restarts restarts;
     for (const PlannedTarget& planned : targets) {
         if (planned.IsChange() || planned.isTouched || planned.isUnrecorded || planned.isUntold)
-            restarts.Add(planned.target.RestartsFor(m_product.Role()));
+            restarts.Add(planned.target, m_product.Role());
     }
-    return restarts.Services();
+    return restarts;
 }
 
 FileOutcome OutcomeOf(Deployment& product, const PlannedTarget& planned) {

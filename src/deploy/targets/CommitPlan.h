@@ -12,6 +12,7 @@
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/Lock.h"
 #include "deploy/targets/Deployment.h"
+#include "deploy/targets/Restarts.h"
 #include "deploy/targets/TargetCheck.h"
 #include "zet/deploy/FileOutcome.h"
 #include "zet/deploy/OnEdit.h"
@@ -61,8 +62,8 @@ class CommitPlan {
     /// How many check commands of the targets were not run, though they could have been.
     std::size_t ChecksNotRun() const { return m_checksNotRun; }
 
-    /// The services of these targets that have to be restarted.
-    std::vector<std::string> RestartsOf(const std::vector<PlannedTarget>& targets) const;
+    /// The services that have to notice that these targets change.
+    Restarts ServicesOf(const std::vector<PlannedTarget>& targets) const;
 
     /// What is known of the files before the commit.
     const KnownFiles& Known() const { return *m_known; }

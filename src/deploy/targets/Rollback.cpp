@@ -74,10 +74,10 @@ class Rollback {
                 Do(step);
             }
         } catch (const Interrupted&) {
-            m_product.Out().Restarts(m_restarts.Services());
+            m_restarts.Tell(m_product.Out());
             throw;
         }
-        m_product.Out().Restarts(m_restarts.Services());
+        m_restarts.Tell(m_product.Out());
         if (m_isDryRun) return m_result;
         // What could not be put back is none of those that are taken back any more.
         if (isLast && IsLast(all, steps)) RemoveStatus();
@@ -124,7 +124,7 @@ class Rollback {
     WrittenFile Written(const Target& target) const {
         WrittenFile file{target.templateName,
                          m_product.HostPaths().FromInside(target.path),
-                         target.RestartsFor(m_product.Role()),
+                         target.ServicesFor(m_product.Role()),
                          target.path,
                          target.trusted,
                          target.roles.size() > 1,
@@ -210,7 +210,7 @@ class Rollback {
         if (!m_isDryRun && step.action != Step::Action::Nothing)
             step = Tried(step, [&](Step& tried) { Act(tried); });
         if (step.outcome.result == Result::Restored || step.outcome.result == Result::Removed)
-            m_restarts.Add(step.file.restart);
+            m_restarts.Add(step.file.services);
         m_product.Out().Done(step.outcome);
     }
 
@@ -345,7 +345,7 @@ class Rollback {
         if (!StateOf(file.path).IsRegular()) return false;
         if (IsFileExist(file.Reserve()) && HaveSameModeAndBytes(file.path, file.Reserve())) return true;
         if (file.templateName.empty()) return false;
-        if (!CheckTemplateFile(m_product, file.templateName, m_product.Config().TemplatesValues()).empty())
+        if (!CheckTemplateFile(m_product, file.templateName, m_product.TemplateValues()).empty())
             return false;
         return std::any_of(std::begin(kRoles), std::end(kRoles), [&](Role role) {
             return HaveSameModeAndBytes(file.path, RenderQuietly(m_product, Room(), file.templateName, role));

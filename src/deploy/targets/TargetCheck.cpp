@@ -18,6 +18,7 @@
 #include "deploy/state/ParameterCheck.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/ClaimedFiles.h"
+#include "deploy/targets/NewOwner.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Secrets.h"
 #include "posix/Descriptor.h"
@@ -122,6 +123,10 @@ std::vector<Problem> CheckOwnFiles(Deployment& product) {
           CheckInstruction(product.HostPaths(), product.Param("ZET_CFG_TEMPL_DIR"))}) {
         if (problem) problems.push_back(std::move(*problem));
     }
+    for (const std::string& file : product.Values().Files()) {
+        if (std::optional<Problem> problem = CheckInstruction(product.HostPaths(), file))
+            problems.push_back(std::move(*problem));
+    }
     if (ofStatus.empty()) {
         for (const std::string& file : {state.Lock(), state.Status(product.Role()), state.FileServerStatus()})
             Append(ofStatus, CheckSingle(file));
@@ -194,8 +199,8 @@ class TargetChecker {
     }
 
     void Check(const Target& target, std::set<std::string>& used) {
-        Append(m_result, CheckTemplateFile(m_product, target.templateName,
-                                           m_product.Config().TemplatesValues(), &used));
+        Append(m_result,
+               CheckTemplateFile(m_product, target.templateName, m_product.TemplateValues(), &used));
         try {
             CheckWorkingCopy(target);
             CheckFile(target);
@@ -239,6 +244,7 @@ class TargetChecker {
                                 "this host has no user \"" + target.trusted + "\", whom its entry trusts",
                                 "correct trust in the list, or make the user"});
         }
+        if (std::optional<Problem> problem = OwnerProblem(target)) problems.push_back(std::move(*problem));
         const FoundFile found = m_product.HostPaths().Find(target.path, target.trusted);
         if (!problems.empty() || geteuid() != 0) return problems;
         if (found.judge.Objection()) {
@@ -275,8 +281,9 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
         if (!target.path.empty()) checker.Check(target, checked.used);
     }
     Append(checked.problems, checker.Result());
-    Append(checked.problems,
-           CheckParameterValues(product.Core(), product.Config().TemplatesValues(), checked.used));
+    Append(checked.problems, product.Values().Problems());
+    Append(checked.problems, CheckParameterValues(product.Core(), product.TemplateValues(), checked.used,
+                                                  product.Values().GivenByFleet()));
     if (product.Wanted().onlyLooks) WarnOfRights(product.Out(), checked.problems);
     return checked;
 }
@@ -301,7 +308,8 @@ std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& t
                      "put the template itself there"}};
         }
         std::vector<Problem> problems = Text::CheckTemplate(
-            file, [&](const auto& take) { ReadLines(file, take); }, values, used);
+            file, [&](const auto& take) { ReadLines(file, take); }, values, used,
+            HasNotice(product, templateName));
         HideQuotes(product, file, problems);
         return problems;
     } catch (const Failure& failure) {

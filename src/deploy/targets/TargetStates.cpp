@@ -59,7 +59,7 @@ class StateTeller {
         if (!now.exists) return "missing";
         RequireReadableTemplate(m_product, templateName);
         const bool canBeRendered =
-            CheckTemplateFile(m_product, templateName, m_product.Config().TemplatesValues()).empty();
+            CheckTemplateFile(m_product, templateName, m_product.TemplateValues()).empty();
         if (canBeRendered && IsRendered(templateName, path)) return kInSync;
         // Without the history, nobody can tell who changed it.
         if (m_known.IsUnusable()) return "differs";

@@ -60,7 +60,8 @@ std::vector<ListedTemplate> ListTemplates(Host& host) {
     for (const Target& target : ReadTargetList(host).targets) {
         const TemplateFiles files = FilesOfTemplate(host, target.templateName);
         const bool isInstalled = RemedyErrors("", [&] { return IsFileExist(files.workingCopy); });
-        listed.push_back({files.name, target.path, target.roles, files.workingCopy, isInstalled});
+        listed.push_back({files.name, target.path, target.roles, files.workingCopy, isInstalled, target.file,
+                          target.line, target.changedBy, target.WhyNot()});
     }
     return listed;
 }
