@@ -74,10 +74,11 @@ void TellResults(Session& session) {
     using Result = FileOutcome::Result;
     if (session.Asked().quiet) return;
     std::string text;
-    for (const Result result : {Result::Created, Result::Changed, Result::Unchanged}) {
+    for (const Result result : {Result::Created, Result::Changed, Result::Restored, Result::Removed,
+                                Result::Kept, Result::Unchanged}) {
         const auto count = session.Results().find(result);
         if (count == session.Results().end()) continue;
-        const bool isTrial = session.Asked().dryRun && result != Result::Unchanged;
+        const bool isTrial = session.Asked().dryRun && result != Result::Unchanged && result != Result::Kept;
         text += (text.empty() ? "" : ", ") + std::to_string(count->second) + (isTrial ? " would be " : " ") +
                 NameOf(result);
     }

@@ -3,12 +3,12 @@
 #include <exception>
 #include <new>
 
-#include "deploy/edit/EditRules.h"
 #include "deploy/edit/Edits.h"
 #include "deploy/edit/FileEdit.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/state/Overrides.h"
+#include "deploy/targets/EditRules.h"
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {

@@ -1,10 +1,10 @@
 #include "deploy/edit/ParamEdits.h"
 
-#include "deploy/edit/EditRules.h"
 #include "deploy/edit/Edits.h"
 #include "deploy/edit/FileEdit.h"
 #include "deploy/edit/RestoreRules.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/targets/EditRules.h"
 #include "text/LineEnds.h"
 #include "zet/ZETFormat.h"
 

@@ -8,6 +8,7 @@
 #include "deploy/host/Staging.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/ParameterCheck.h"
+#include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/OwnCheck.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/TargetCheck.h"
@@ -80,8 +81,11 @@ std::set<std::string> UsedAnywhere(Deployment& product, const std::set<std::stri
         const std::string file = TemplateFile(product, target.templateName);
         if (!file.empty() && product.HostPaths().StaysInside(file)) ReadLines(file, take);
     }
+    // What begins like a comment has placeholders there, too.
+    for (const ListedEdit& edit : product.Lists().Targets().edits)
+        take("=" + edit.value + edit.text);
     for (const auto& [placeholder, value] : product.Values().Own())
-        take(value);
+        take("=" + value);
     const std::set<std::string>& clashing = product.Values().Clashing();
     all.insert(clashing.begin(), clashing.end());
     return all;
@@ -90,8 +94,13 @@ std::set<std::string> UsedAnywhere(Deployment& product, const std::set<std::stri
 void FindUnused(Deployment& product, const std::set<std::string>& used, CheckResult& result) {
     HostValues& values = product.Values();
     std::vector<GivenParameter> given = values.GivenByFleet();
+    std::set<std::string> asked;
+    for (const Target& target : product.Lists().Targets().targets)
+        asked.insert(target.when.parameter);
+    for (const ListedEdit& edit : product.Lists().Targets().edits)
+        asked.insert(edit.when.parameter);
     given.insert(given.end(), values.GivenByMain().begin(), values.GivenByMain().end());
-    UnusedParameters unused = FindUnusedParameters(product.Param("ZET_CFG"), given, used, {});
+    UnusedParameters unused = FindUnusedParameters(product.Param("ZET_CFG"), given, used, asked);
     result.warnings = std::move(unused.unused);
     for (Problem& problem : unused.mistyped)
         result.problems.push_back(std::move(problem));
@@ -109,6 +118,8 @@ CheckResult Check(Deployment& product, const std::vector<std::string>& templateN
     CheckResult result;
     CheckedTargets checked = CheckTargets(product, templateNames);
     if (templateNames.empty()) {
+        for (Problem& problem : ProblemsOfEdits(product))
+            checked.problems.push_back(std::move(problem));
         FindUnused(product, UsedAnywhere(product, checked.used), result);
         result.unusedValues = UnusedValues(product, checked.used);
     }

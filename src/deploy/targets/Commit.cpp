@@ -47,6 +47,12 @@ void WarnOfOthersWork(Host& host, const PlannedTarget& planned) {
         host.Out().Warning(planned.path + ": " + DescribeOthersWork(planned, host.Wanted().dryRun));
 }
 
+void WarnOfOthersWork(Host& host, const PlannedEdits& planned) {
+    if (!planned.isEdited) return;
+    host.Out().Warning(planned.file.path + ": a line that the last commit set was changed since; it " +
+                       (host.Wanted().dryRun ? "would be" : "is") + " set again");
+}
+
 /// One commit, from the plan to the status.
 class Execution {
   public:
@@ -66,6 +72,9 @@ class Execution {
                 m_product.Out().Progress(done++, m_plan.Targets().size());
                 Write(planned);
             }
+            if (m_plan.Edits() != nullptr) SetLines(*m_plan.Edits());
+            for (const TakeBackStep& step : m_plan.TakenBack())
+                PutBack(step);
             RecordStatus();
         } catch (...) {
             TellBreakOff();
@@ -84,6 +93,10 @@ class Execution {
             if (planned.IsChange()) m_recording.Expect(Expected(planned));
             ExpectWorkingCopy(m_recording, m_product, planned.target.templateName);
         }
+        if (m_plan.Edits() != nullptr) ExpectLines(*m_plan.Edits());
+        for (const TakeBackStep& step : m_plan.TakenBack())
+            if (step.action != TakeBackStep::Action::Nothing)
+                m_recording.Expect(m_plan.Ways().Expected(step));
         if (m_recording.IsEmpty()) return;
         ExpectUnchanged();
         ExpectedFile status;
@@ -197,6 +210,29 @@ class Execution {
         m_product.Out().Done(outcome);
     }
 
+    void ExpectLines(const ListedEdits& edits) {
+        for (const PlannedEdits& planned : edits.Files())
+            if (planned.IsChange()) m_recording.Expect(edits.Expected(planned));
+    }
+
+    void SetLines(const ListedEdits& edits) {
+        for (const PlannedEdits& planned : edits.Files()) {
+            m_product.RequireGoOn();
+            WarnOfOthersWork(m_product, planned);
+            // The diff has to be made before its one side is gone.
+            FileOutcome outcome = edits.OutcomeOf(planned);
+            if (planned.IsChange()) edits.Write(planned);
+            if (planned.IsChange()) outcome.reserve = ReserveOf(planned.file.path);
+            m_product.Out().Done(outcome);
+        }
+    }
+
+    void PutBack(const TakeBackStep& step) {
+        m_product.RequireGoOn();
+        if (step.action != TakeBackStep::Action::Nothing) m_plan.Ways().Do(step);
+        m_product.Out().Done(step.outcome);
+    }
+
     void TellWhereKept(const PlannedTarget& planned) const {
         if (!planned.IsOthersWork() || !planned.before.exists || !m_recording.Number()) return;
         if (!m_product.HostHistory().KeepsTexts()) return;
@@ -266,14 +302,20 @@ class Execution {
 }  // namespace
 
 bool Preview(Deployment& product, const CommitPlan& plan) {
-    bool wouldChange = false;
     for (const PlannedTarget& planned : plan.Targets()) {
         WarnOfOthersWork(product, planned);
         product.Out().Done(OutcomeOf(product, planned));
-        wouldChange = wouldChange || planned.IsChange();
     }
+    if (plan.Edits() != nullptr) {
+        for (const PlannedEdits& planned : plan.Edits()->Files()) {
+            WarnOfOthersWork(product, planned);
+            product.Out().Done(plan.Edits()->OutcomeOf(planned));
+        }
+    }
+    for (const TakeBackStep& step : plan.TakenBack())
+        product.Out().Done(step.outcome);
     plan.ServicesOf(plan.Targets()).Tell(product.Out());
-    return wouldChange;
+    return plan.IsChange();
 }
 
 void Commit(Deployment& product, CommitPlan& plan) {

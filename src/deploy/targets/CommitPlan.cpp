@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <optional>
 
 #include "deploy/host/Failure.h"
@@ -65,7 +66,12 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
         m_cutShort = SettleCutShort(product);
     }
     m_checked = CheckTargets(product, templateNames);
-    if (!m_checked.problems.empty()) return;
+    if (!m_checked.problems.empty()) {
+        if (!templateNames.empty()) return;
+        for (Problem& problem : ProblemsOfEdits(product))
+            m_checked.problems.push_back(std::move(problem));
+        return;
+    }
     m_staging = std::make_unique<Staging>(isDryRun ? "" : product.Param("ZET_VAR_LIB_DIR"),
                                           SizeOfTemplates(product, m_checked.targets));
     m_known = std::make_unique<KnownFiles>(product);
@@ -75,7 +81,57 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
         product.Out().Progress(m_targets.size(), m_checked.targets.size());
         Add(target);
     }
+    if (templateNames.empty()) {
+        AddTakenBack();
+        AddEdits();
+    }
     JudgeEdits(onEdit);
+}
+
+/// As a rollback takes it back.
+void CommitPlan::AddTakenBack() {
+    std::set<std::string> planned;
+    for (const PlannedTarget& target : m_targets)
+        planned.insert(target.path);
+    m_takeBack = std::make_unique<TakeBack>(m_product, *m_known,
+                                            TakeBack::Ways{.force = "\"rollback-config --force\""});
+    for (const std::string& path : m_known->PathsOf(m_product.Role())) {
+        m_product.RequireGoOn();
+        if (planned.contains(path)) continue;
+        const std::optional<WrittenFile> file = WrittenByRecord(m_product, path);
+        if (file) TakeBackFile(*file);
+    }
+}
+
+void CommitPlan::TakeBackFile(const WrittenFile& file) {
+    try {
+        m_takenBack.push_back(m_takeBack->Decide(file));
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure& failure) {
+        m_checked.problems.push_back(ProblemOf(file.path, failure));
+    }
+}
+
+void CommitPlan::AddEdits() {
+    m_edits = std::make_unique<ListedEdits>(m_product, *m_known, *m_staging);
+    for (const Problem& problem : m_edits->Problems())
+        m_checked.problems.push_back(problem);
+    for (const std::string& path : m_edits->Emptied()) {
+        WrittenFile file;
+        file.path = path;
+        file.isEdit = true;
+        TakeBackFile(file);
+    }
+}
+
+bool CommitPlan::IsChange() const {
+    return std::any_of(m_targets.begin(), m_targets.end(),
+                       [](const PlannedTarget& planned) { return planned.IsChange(); }) ||
+           std::any_of(m_takenBack.begin(), m_takenBack.end(),
+                       [](const TakeBackStep& step) { return step.isChange; }) ||
+           (m_edits != nullptr && std::any_of(m_edits->Files().begin(), m_edits->Files().end(),
+                                              [](const PlannedEdits& edits) { return edits.IsChange(); }));
 }
 
 /// Whether the history can keep the text that a commit replaces.
@@ -104,7 +160,17 @@ void CommitPlan::JudgeEdits(OnEdit onEdit) {
                  .remedy = "--on-edit=overwrite replaces it all the same"});
         }
     }
-    if (!m_checked.problems.empty()) m_targets.clear();
+    for (std::size_t i = 0; isRefused && m_edits != nullptr && i < m_edits->Files().size(); ++i) {
+        const PlannedEdits& edits = m_edits->Files()[i];
+        if (edits.isEdited)
+            m_checked.problems.push_back({.file = edits.file.path,
+                                          .text = "a line that the last commit set was changed since",
+                                          .remedy = "--on-edit=overwrite sets it again"});
+    }
+    if (m_checked.problems.empty()) return;
+    m_targets.clear();
+    m_takenBack.clear();
+    m_edits.reset();
 }
 
 void CommitPlan::Add(const Target& target) {
@@ -169,6 +235,8 @@ Restarts CommitPlan::ServicesOf(const std::vector<PlannedTarget>& targets) const
         if (planned.IsChange() || planned.isTouched || planned.isUnrecorded || planned.isUntold)
             restarts.Add(planned.target, m_product.Role());
     }
+    for (const TakeBackStep& step : m_takenBack)
+        if (step.isChange) restarts.Add(step.file.services);
     return restarts;
 }
 

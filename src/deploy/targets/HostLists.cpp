@@ -34,6 +34,14 @@ const Target* HostLists::TargetNamed(const std::string& name) {
     return found == m_byName->end() ? nullptr : found->second;
 }
 
+bool HostLists::IsUsable() {
+    try {
+        return Targets().isUnderstood;
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
 const Target* HostLists::EntryOf(const std::string& templateName) {
     if (!m_byTemplate) {
         m_byTemplate.emplace();

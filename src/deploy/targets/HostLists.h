@@ -24,6 +24,9 @@ class HostLists {
     /// `Failure` where the list is none.
     const Target* TargetNamed(const std::string& name);
 
+    /// Whether there is a list, and it can be read.
+    bool IsUsable();
+
     /// The entry of a template; null when there is none, or no list that can be read.
     const Target* EntryOf(const std::string& templateName);
 

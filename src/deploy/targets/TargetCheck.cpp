@@ -23,6 +23,7 @@
 #include "deploy/targets/Secrets.h"
 #include "posix/Descriptor.h"
 #include "posix/PathNames.h"
+#include "text/Placeholders.h"
 #include "text/TemplateCheck.h"
 #include "zet/ZETFormat.h"
 
@@ -153,15 +154,17 @@ void HideQuotes(Deployment& product, const std::string& file, std::vector<Proble
     const auto isHidden = [&](const std::string& path) {
         return secrets.Hides(path) && secrets.Of(path) != Secrets::Audience::Unsure;
     };
-    const std::string config = product.Param("ZET_CFG");
+    std::string source = product.Param("ZET_CFG");
+    for (const std::string& each : product.Values().Files())
+        if (!isHidden(source) && Secrets::IsClosed(each)) source = each;
     const bool isTemplateHidden = isHidden(file);
-    if (!isTemplateHidden && !isHidden(config)) return;
+    if (!isTemplateHidden && !isHidden(source)) return;
     const std::string bytes = ReadFileBytes(file);
     for (Problem& problem : problems) {
         if (isTemplateHidden) {
             problem.HideQuoted(secrets.Excuse(file));
         } else if (bytes.find(problem.quoted) == std::string::npos) {
-            problem.HideQuoted(secrets.Excuse(config));
+            problem.HideQuoted(secrets.Excuse(source));
         }
     }
 }
@@ -279,6 +282,11 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
     checked.problems = std::move(list.problems);
     for (const Target& target : checked.targets) {
         if (!target.path.empty()) checker.Check(target, checked.used);
+    }
+    for (const ListedEdit& edit : list.edits) {
+        if (!templateNames.empty() || !edit.IsFor(product.Role()) || !edit.IsInForce()) continue;
+        for (std::string& placeholder : Text::PlaceholdersOf("=" + edit.value + edit.text))
+            checked.used.insert(std::move(placeholder));
     }
     Append(checked.problems, checker.Result());
     Append(checked.problems, product.Values().Problems());
