@@ -2,7 +2,8 @@
 
 # The templates of this host, as its list of targets names them.
 _zet_templates() {
-    sed -n 's/^\[templates\."\(.*\)"\].*$/\1/p' /usr/share/zet/templates/targets.toml 2>/dev/null
+    sed -n 's/^\[templates\."\(.*\)"\].*$/\1/p' /usr/share/zet/templates/targets.toml /etc/zet/targets.d/*.toml 2>/dev/null |
+        sort -u
 }
 
 # The numbers of the changes that the history of this host has.
@@ -72,7 +73,7 @@ _zet() {
         param) words='get set unset restore' ;;
         line) words='get set restore' ;;
         file) words='strip reserve restore forget' ;;
-        option) words='get set' ;;
+        option) words='get set list' ;;
         'template install') options+=' --force' words=$(_zet_templates) ;;
         'template status' | 'template diff' | 'template upgrade') words=$(_zet_templates) ;;
         'template process') options+=' --value' words=$(_zet_templates) ;;

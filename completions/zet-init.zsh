@@ -3,7 +3,8 @@
 
 # The templates of this host, as its list of targets names them.
 _zet_templates() {
-    sed -n 's/^\[templates\."\(.*\)"\].*$/\1/p' /usr/share/zet/templates/targets.toml 2>/dev/null
+    sed -n 's/^\[templates\."\(.*\)"\].*$/\1/p' /usr/share/zet/templates/targets.toml /etc/zet/targets.d/*.toml(N) 2>/dev/null |
+        sort -u
 }
 
 # The numbers of the changes that the history of this host has.
@@ -77,7 +78,7 @@ _zet() {
         (param) known=(get set unset restore) ;;
         (line) known=(get set restore) ;;
         (file) known=(strip reserve restore forget) ;;
-        (option) known=(get set) ;;
+        (option) known=(get set list) ;;
         ('template install') options+=(--force) known=(${(f)"$(_zet_templates)"}) ;;
         ('template status'|'template diff'|'template upgrade') known=(${(f)"$(_zet_templates)"}) ;;
         ('template process') options+=(--value) known=(${(f)"$(_zet_templates)"}) ;;

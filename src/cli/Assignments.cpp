@@ -2,8 +2,8 @@
 
 #include "cli/ExitStatus.h"
 #include "cli/Names.h"
-#include "deploy/edit/EditRules.h"
 #include "deploy/host/Failure.h"
+#include "deploy/targets/EditRules.h"
 
 namespace ZET::Cli {
 

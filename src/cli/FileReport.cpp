@@ -59,6 +59,7 @@ void BeginTargets(Session& session, Session::FileTeller teller) {
     session.Out().Set("entry", nullptr);
     session.Out().AddList("targets");
     session.Out().AddList("restart");
+    session.Out().AddList("reload");
 }
 
 void TellChecksNotRun(Session& session, std::size_t count) {
@@ -73,25 +74,35 @@ void TellResults(Session& session) {
     using Result = FileOutcome::Result;
     if (session.Asked().quiet) return;
     std::string text;
-    for (const Result result : {Result::Created, Result::Changed, Result::Unchanged}) {
+    for (const Result result : {Result::Created, Result::Changed, Result::Restored, Result::Removed,
+                                Result::Kept, Result::Unchanged}) {
         const auto count = session.Results().find(result);
         if (count == session.Results().end()) continue;
-        const bool isTrial = session.Asked().dryRun && result != Result::Unchanged;
+        const bool isTrial = session.Asked().dryRun && result != Result::Unchanged && result != Result::Kept;
         text += (text.empty() ? "" : ", ") + std::to_string(count->second) + (isTrial ? " would be " : " ") +
                 NameOf(result);
     }
     session.Out().Line(text.empty() ? "no targets" : text);
 }
 
-void TellRestarts(Session& session, const std::vector<std::string>& services) {
+static void TellServices(Session& session, const std::vector<std::string>& services, const char* list,
+                         const char* deed) {
     std::string names;
     for (const std::string& service : services) {
-        session.Out().Add("restart", service);
+        session.Out().Add(list, service);
         names += (names.empty() ? "" : ", ") + service;
     }
     if (names.empty() || session.Asked().quiet) return;
-    session.Out().Line((session.Asked().dryRun ? "would have to be restarted: " : "to be restarted: ") +
+    session.Out().Line((session.Asked().dryRun ? "would have to be " : "to be ") + std::string(deed) + ": " +
                        names);
+}
+
+void TellRestarts(Session& session, const std::vector<std::string>& services) {
+    TellServices(session, services, "restart", "restarted");
+}
+
+void TellReloads(Session& session, const std::vector<std::string>& services) {
+    TellServices(session, services, "reload", "reloaded");
 }
 
 }  // namespace ZET::Cli

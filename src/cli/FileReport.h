@@ -35,6 +35,9 @@ void TellResults(Session& session);
 /// The list "restart" of the document, which is there already, and a line.
 void TellRestarts(Session& session, const std::vector<std::string>& services);
 
+/// The same of the list "reload".
+void TellReloads(Session& session, const std::vector<std::string>& services);
+
 }  // namespace ZET::Cli
 
 #endif

@@ -61,6 +61,10 @@ void Session::Done(const FileOutcome& outcome) {
     if (m_teller != nullptr) m_teller(*this, outcome);
 }
 
+void Session::Reloads(const std::vector<std::string>& services) {
+    TellReloads(*this, services);
+}
+
 void Session::Restarts(const std::vector<std::string>& services) {
     TellRestarts(*this, services);
 }

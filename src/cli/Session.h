@@ -57,6 +57,7 @@ class Session : private Observer {
     void Done(const FileOutcome& outcome) override;
     void Recorded(std::int64_t entry) override { m_report.Set("entry", entry); }
     void Restarts(const std::vector<std::string>& services) override;
+    void Reloads(const std::vector<std::string>& services) override;
 
     const GlobalOptions& m_asked;
     Report& m_report;

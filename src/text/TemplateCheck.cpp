@@ -41,8 +41,13 @@ std::string Quoted(std::string_view text) {
 
 class TemplateChecker {
   public:
-    TemplateChecker(const std::string& file, const StringMap& values, std::set<std::string>* used)
-        : m_file(file), m_values(values), m_longestKey(LongestKey(values)), m_used(used) {
+    TemplateChecker(const std::string& file, const StringMap& values, std::set<std::string>* used,
+                    bool hasNotice)
+        : m_file(file),
+          m_values(values),
+          m_longestKey(LongestKey(values)),
+          m_used(used),
+          m_hasNotice(hasNotice) {
         for (const auto& value : values) {
             if (value.second.find('$') == std::string::npos) m_plainValues.emplace(value.first, &value);
             m_hasLineFeeds = m_hasLineFeeds || value.second.find('\n') != std::string::npos;
@@ -138,7 +143,7 @@ class TemplateChecker {
 
     /// A line as it is going to be, and the template's line that it comes from.
     void CheckRendered(std::string_view text, std::string_view line) {
-        if (!m_hasText && !text.empty()) CheckNoticeIn(text, line);
+        if (m_hasNotice && !m_hasText && !text.empty()) CheckNoticeIn(text, line);
         m_hasText = m_hasText || !text.empty();
         const bool wasInComment = IsInTemplateComment();
         const Marker marker = MarkerOf(text);
@@ -149,9 +154,9 @@ class TemplateChecker {
         }
         if (wasInComment || IsInTemplateComment() || m_hasFirstLine || text.empty()) return;
         m_hasFirstLine = true;
-        if (!MustComeFirst(text)) return;
+        if (!m_hasNotice || !MustComeFirst(text)) return;
         Add(1, "the programs that read the file need this line as its first, and the notice comes before it",
-            "take the template from the list, and edit the file with --no-markers");
+            "say notice = false in its entry of the list");
     }
 
     /// The module takes a notice in the first line for the one it would write, wherever in it the marker is.
@@ -214,6 +219,7 @@ class TemplateChecker {
     std::size_t m_longestKey;
     std::unordered_map<std::string_view, const StringMap::value_type*> m_plainValues;  ///< those without "$"
     std::set<std::string>* m_used;
+    const bool m_hasNotice;
     int m_line = 0;
     std::string m_rendered;       ///< what the line renders to, as far as it is wanted
     bool m_hasLineFeeds = false;  ///< there is a value of several lines
@@ -227,8 +233,8 @@ class TemplateChecker {
 }  // namespace
 
 std::vector<Problem> CheckTemplate(const std::string& file, const LineSource& lines, const StringMap& values,
-                                   std::set<std::string>* used) {
-    TemplateChecker checker(file, values, used);
+                                   std::set<std::string>* used, bool hasNotice) {
+    TemplateChecker checker(file, values, used, hasNotice);
     lines([&](std::string_view line) { checker.Take(line); });
     return checker.End();
 }

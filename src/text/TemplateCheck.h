@@ -19,11 +19,11 @@ using LineSource = std::function<void(const std::function<void(std::string_view 
 /// an end, a value that reproduces itself; in the lines that it renders to, markers that are not balanced or
 /// that a value made, a notice that stands for the target's, a first line that no notice may come before.
 /// `file` is named in the problems; `values` has whole placeholders as keys. The placeholders that the
-/// template asks for are added to `used`, unless it is null.
+/// template asks for are added to `used`, unless it is null. Without a notice, what keeps one out is none.
 ///
 /// A template that is found fine is one that the module renders in bounded time.
 std::vector<Problem> CheckTemplate(const std::string& file, const LineSource& lines, const StringMap& values,
-                                   std::set<std::string>* used = nullptr);
+                                   std::set<std::string>* used = nullptr, bool hasNotice = true);
 
 }  // namespace ZET::Text
 

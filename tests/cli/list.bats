@@ -55,7 +55,7 @@ zet-client: nothing was changed"
     echo two >templates/two.conf
     assert_list_problems "$LIST:3:9: roles is \"all\" (write \"server\", \"client\" or \"both\")
 $LIST:4:10: secret is a text (write true or false, without quotes)
-$LIST:5:1: unknown key \"targets\" (use target, roles, check, check_timeout, restart, secret or trust)
+$LIST:5:1: unknown key \"targets\" (use target, roles, when, check, check_timeout, restart, reload, secret, notice, trust, mode, owner or enabled)
 $LIST:6:12: template [two.conf] has no roles (add roles = \"server\", \"client\" or \"both\")
 $LIST:7:10: target \"out/two.conf\" is no absolute path of a file (begin it with \"/\", and end it with the name of a file)
 $LIST:8:18: the name of the template [three.conf] is not quoted (write [templates.\"three.conf\"])" <<-END

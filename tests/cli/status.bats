@@ -179,7 +179,7 @@ $TWO: in sync
     assert_status 3
     assert_equal "$(head -n -1 <<<"${output%?}" | tail -n 2)" "$TWO: in sync
 $HOST/out/three.conf: not committed"
-    assert_stderr "zet-client: warning: $ONE: was committed and is not in the list of targets any more (\"rollback-config\" puts it back)"
+    assert_stderr "zet-client: warning: $ONE: was committed and is not in force any more (the next commit takes it back)"
     run_zet --json status
     assert_json 'len(d["warnings"])' 1
 }

@@ -35,11 +35,12 @@ INSTALL="\"zet-client template install --force one.conf\" installs that one; tak
     rm etc/two.conf
     printf '[templates."three.conf"]\ntarget = "/three"\nroles = "server"\n' >>templates/targets.toml
     run_zet template list
-    assert_success "one.conf: $HOST/out/one.conf (server, client), installed
-two.conf: $HOST/out/two.conf (server, client), not installed
-three.conf: /three (server), not installed"
+    local list=$HOST/templates/targets.toml
+    assert_success "one.conf: $HOST/out/one.conf (server, client), installed, in $list:1
+two.conf: $HOST/out/two.conf (server, client), not installed, in $list:4
+three.conf: /three (server), not installed, in $list:7"
     run_zet template list --json
-    assert_json 'd["templates"][2]' '{"template": "three.conf", "target": "/three", "roles": ["server"], "working_copy": "'"$HOST"'/etc/three.conf", "installed": false}'
+    assert_json 'd["templates"][2]' '{"template": "three.conf", "target": "/three", "roles": ["server"], "working_copy": "'"$HOST"'/etc/three.conf", "installed": false, "in_force": true, "reason": null, "list": "'"$list"'", "line": 7, "changed_by": []}'
 }
 
 @test "status tells each state, and is 3 only when something newer is shipped" {

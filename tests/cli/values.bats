@@ -9,7 +9,7 @@ teardown() {
 }
 
 @test "each value is a line, its name without the braces, in the order of the placeholders" {
-    run_zet values
+    run_zet -q values
     assert_success "domain=example.org
 kadmin_server=srv.example.org
 kdc_server=srv.example.org
@@ -32,4 +32,23 @@ valid_user_names=^[a-z_][a-z0-9_-]*\$"
     assert_status 0
     assert_stderr ""
     assert_json 'd["command"], len(d["values"]), d["values"]["realm"], d["exit_status"]' '["values", 15, "EXAMPLE.ORG", 0]'
+}
+
+@test "each value is told with the file and line that give it" {
+    mkdir etc/defaults.d
+    printf 'REALM=FLEET.ORG\nNTP_SERVER=ntp\n' >etc/defaults.d/10.conf
+    run_zet values
+    assert_status 0
+    [[ $output == *"domain=example.org"$'\n'"    from $HOST/zet.conf:1"$'\n'* ]]
+    [[ $output == *"minimum_uid=10000"$'\n'"    from the product's default"$'\n'* ]]
+    [[ $output == *"ntp_server=ntp"$'\n'"    from $HOST/etc/defaults.d/10.conf:2"$'\n'* ]]
+    [[ $output == *"realm=FLEET.ORG"$'\n'"    from $HOST/etc/defaults.d/10.conf:1"$'\n'* ]]
+    run_zet --json values
+    assert_json '[s for s in d["sources"] if s["name"] == "ntp_server"][0]' '{"name": "ntp_server", "file": "'"$HOST"'/etc/defaults.d/10.conf", "line": 2}'
+    run_zet option list
+    assert_status 0
+    [[ $output == *"NTP_SERVER=ntp"$'\n'"    from $HOST/etc/defaults.d/10.conf:2"$'\n'* ]]
+    [[ $output == *"MINIMUM_UID=10000"$'\n'"    from the product's default"$'\n'* ]]
+    run_zet --json option list
+    assert_json 'd["options"]["NTP_SERVER"]' '"ntp"'
 }

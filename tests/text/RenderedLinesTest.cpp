@@ -96,7 +96,7 @@ TEST(RenderedLines, NoticeThatAValueBringsIntoTheFirstLineIsTold) {
 TEST(RenderedLines, FirstLineThatNoNoticeMayComeBeforeIsTold) {
     const std::string what =
         ":1: the programs that read the file need this line as its first, and the notice comes before it "
-        "(take the template from the list, and edit the file with --no-markers)";
+        "(say notice = false in its entry of the list)";
     const std::string comment = "# --ZET_TEMPLATE_COMMENT--\n# about\n# --ZET_COMMENT_END--\n";
     EXPECT_THAT(Descriptions("#!/bin/sh\n"), ElementsAre("t.conf:1" + what));
     EXPECT_THAT(Descriptions("<?xml ${word}?>\n"), ElementsAre("t.conf:1" + what));

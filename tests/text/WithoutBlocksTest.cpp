@@ -55,5 +55,14 @@ TEST(WithoutBlocks, OpenEndStaysWhereALineOfOthersHasIt) {
     EXPECT_EQ(WithoutBlocks("b\n" + Former("a") + Block("x\n").substr(0, Block("x\n").size() - 1)), "b\na\n");
 }
 
+TEST(WithoutBlocksOf, OnlyBlocksWithTheLineGo) {
+    const auto isB = [](std::string_view line) { return line == "b=3"; };
+    EXPECT_EQ(WithoutBlocksOf(
+                  Notice() + Former("b=2") + Block("b=3\n") + Former("a=1") + Block("a=3\n") + "c", isB),
+              Notice() + "b=2\n" + Former("a=1") + Block("a=3\n") + "c");
+    EXPECT_EQ(WithoutBlocksOf("b=3\n" + Block("b=3\nc\n"), isB), "b=3\n" + Block("b=3\nc\n"))
+        << "what a block of the system never has stays";
+}
+
 }  // namespace
 }  // namespace ZET::Text

@@ -42,6 +42,9 @@ class ZET_API Observer {
     /// The services that do not notice by themselves what was changed; at the end, also where it broke off.
     virtual void Restarts(const std::vector<std::string>& /*services*/) {}
 
+    /// Likewise those for which it is enough to read their files again.
+    virtual void Reloads(const std::vector<std::string>& /*services*/) {}
+
     /// Asked between two files: true ends the call there with an `Interrupted`, what was done before it
     /// stays.
     virtual bool IsCancelled() { return false; }

@@ -14,6 +14,7 @@ namespace ZET::Deploy {
 struct Outcome {
     std::vector<FileOutcome> files;     ///< in the order in which they were done
     std::vector<std::string> restarts;  ///< the services that do not notice by themselves what was changed
+    std::vector<std::string> reloads;   ///< those of them that need only read it again
     std::optional<std::int64_t> entry;  ///< its number in the history; none: nothing was recorded
     bool isComplete = true;             ///< nothing stays that should have been put back
 };

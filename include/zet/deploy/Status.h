@@ -34,10 +34,27 @@ struct EditState {
     std::string state;  ///< "in place"; "changed": by somebody else since; "gone": its blocks; "missing"
 };
 
+/// A line that the lists ask for.
+struct ListedEditState {
+    std::string name;      ///< of its entry; empty: it has none
+    std::string path;      ///< of the real file, links followed
+    std::string selector;  ///< its parameter or pattern
+    std::string state;     ///< "in sync", "pending", "edited", "missing", "not committed", "unknown"
+    std::string list;      ///< with its entry; empty: none asks for it any more
+    int line = 0;          ///< of the entry
+};
+
+/// A file that was committed and is not in force any more.
+struct LeftOver {
+    std::string path;
+    bool isEdited = false;  ///< since; the next commit leaves it, and takes back the others
+};
+
 struct ZET_API TargetStates {
     std::vector<TargetState> targets;
-    std::vector<std::string> leftOvers;  ///< committed, and not in the list any more
-    std::vector<EditState> edits;        ///< of single lines of files that are no targets
+    std::vector<LeftOver> leftOvers;
+    std::vector<EditState> edits;  ///< of single lines of files that are no targets
+    std::vector<ListedEditState> listedEdits;
     std::vector<std::string>
         newerTemplates;  ///< of which another text is shipped than the working copy is of
 

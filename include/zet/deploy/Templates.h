@@ -17,12 +17,16 @@ struct ListedTemplate {
     std::string name;
     std::string target;  ///< as the list has it
     std::set<Role> roles;
-    std::string workingCopy;   ///< its path, whether it is there or not
-    bool isInstalled = false;  ///< the working copy is there
+    std::string workingCopy;             ///< its path, whether it is there or not
+    bool isInstalled = false;            ///< the working copy is there
+    std::string list;                    ///< the list that it is first in
+    int line = 0;                        ///< of its entry there
+    std::vector<std::string> changedBy;  ///< the later lists that change its entry
+    std::string whyNot;                  ///< why it is not in force; empty: it is
 };
 
-/// The templates of both roles, in the order of the list. A list that is broken is a `Failure` with all its
-/// problems.
+/// The templates of both roles, in force or not, in the order of the lists. A list that is broken is a
+/// `Failure` with all its problems.
 ZET_API std::vector<ListedTemplate> ListTemplates(Product& product);
 
 /// A working copy, compared with the shipped template and with the shipped text that it was made from.
@@ -30,8 +34,9 @@ struct TemplateState {
     std::string name;
     std::string path;     ///< of the working copy
     std::string shipped;  ///< the path of the shipped template
-    std::string state;    ///< "current", "edited", "newer shipped", "edited, newer shipped", "not installed",
-                          ///< "unknown": it differs, and nobody knows what it was made from
+    std::string
+        state;  ///< "own": nothing is shipped; "current", "edited", "newer shipped", "edited, newer shipped",
+                ///< "not installed", "unknown": it differs, and nobody knows what it was made from
     bool hasNewer = false;  ///< another text is shipped than the one that it was made from
     std::string trouble;    ///< why it is unknown, where it cannot even be looked at; else empty
 };

@@ -37,6 +37,8 @@ int CheckConfig(Session& session, const CheckOptions& asked) {
         report.Lines(problem.output);
         report.Add("problems", FieldsOf(problem));
     }
+    for (const Problem& warning : checked.warnings)
+        report.Warning(warning.Describe());
     if (checked.unusedValues) ReportUnused(report, *checked.unusedValues);
     if (checked.problems.empty()) report.Remark("no problems found");
     return checked.problems.empty() ? kDone : kFailed;

@@ -28,6 +28,7 @@ OnEdit OnEditOf(const CommitOptions& asked) {
 }
 
 std::string Describe(const FileOutcome& outcome, bool isDryRun) {
+    if (!outcome.remark.empty()) return outcome.remark;
     if (!outcome.IsChange()) return NameOf(outcome.result);
     std::string text = std::string(isDryRun ? "would be " : "") + NameOf(outcome.result);
     const std::string attributes = DescribeChange(outcome.before, outcome.after);
@@ -46,7 +47,7 @@ void TellTarget(Session& session, const FileOutcome& outcome) {
     FileOutcome entry = outcome;
     entry.reserve = ReserveBeside(outcome);
     AddFile(session, "targets", entry, outcome.isEdited);
-    if (outcome.IsChange() || session.Asked().verbose)
+    if (outcome.IsChange() || outcome.result == FileOutcome::Result::Kept || session.Asked().verbose)
         session.Out().Line(outcome.path + ": " + Describe(outcome, session.Asked().dryRun));
     TellDiff(session.Out(), outcome.diff);
 }

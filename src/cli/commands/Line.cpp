@@ -2,8 +2,8 @@
 #include "cli/Lookup.h"
 #include "cli/commands/EditArguments.h"
 #include "cli/commands/Registrations.h"
-#include "deploy/edit/EditRules.h"
 #include "deploy/edit/LineEdits.h"
+#include "deploy/targets/EditRules.h"
 
 namespace ZET::Cli {
 

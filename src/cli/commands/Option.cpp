@@ -1,6 +1,7 @@
 #include "cli/FileReport.h"
 #include "cli/Lookup.h"
 #include "cli/commands/Registrations.h"
+#include "cli/commands/ValueSources.h"
 #include "deploy/edit/OptionEdits.h"
 
 namespace ZET::Cli {
@@ -26,6 +27,22 @@ int Set(Session& session, const OptionWords& asked) {
     return ReportFile(session, SetOption(session.Product(), asked.name, asked.value));
 }
 
+struct NoWords {};
+
+int ListAll(Session& session, const NoWords&) {
+    session.Out().Set("options", nullptr);
+    session.Out().AddList("sources");
+    Deployment& product = session.Product();
+    session.Out().Set("secret", product.HostSecrets().IsPrivate(product.Param("ZET_CFG")));
+    Fields options;
+    for (const auto& [name, value] : product.Values().Params()) {
+        TellValue(session, name, value, product.Values().SourceOfParam(name));
+        options.emplace_back(name, value);
+    }
+    session.Out().Set("options", std::move(options));
+    return kDone;
+}
+
 }  // namespace
 
 void RegisterOption(CommandLine& line) {
@@ -34,6 +51,7 @@ void RegisterOption(CommandLine& line) {
                                                                           "The parameter");
     family.Add<OptionWords>("set", "Set a parameter", Set)("NAME", &OptionWords::name, "The parameter")
         .Text("VALUE", &OptionWords::value, "Its value");
+    family.Add<NoWords>("list", "List the parameters, and where each comes from", ListAll);
 }
 
 }  // namespace ZET::Cli

@@ -2,8 +2,8 @@
 #include "cli/Lookup.h"
 #include "cli/commands/EditArguments.h"
 #include "cli/commands/Registrations.h"
-#include "deploy/edit/EditRules.h"
 #include "deploy/edit/ParamEdits.h"
+#include "deploy/targets/EditRules.h"
 #include "zet/deploy/Failure.h"
 
 namespace ZET::Cli {

@@ -31,6 +31,7 @@ void BeginStatus(Session& session) {
     session.Out().Set("file_server", nullptr);
     session.Out().AddList("targets");
     session.Out().AddList("edits");
+    session.Out().AddList("listed_edits");
     session.Out().AddList("newer_templates");
 }
 
@@ -77,6 +78,21 @@ std::string CountsOf(const std::vector<TargetState>& targets) {
     return text.empty() ? "no targets" : text;
 }
 
+/// Lines that the lists ask for.
+void TellListedEdits(Session& session, const std::vector<ListedEditState>& edits, bool onlyChanged) {
+    for (const ListedEditState& edit : edits) {
+        if (onlyChanged && edit.state == kInSync) continue;
+        session.Out().Line(edit.path + ": line " + edit.selector + ": " + edit.state);
+        session.Out().Add("listed_edits",
+                          Fields{{"path", edit.path},
+                                 {"name", TextOrNull(edit.name)},
+                                 {"selector", edit.selector},
+                                 {"state", edit.state},
+                                 {"list", TextOrNull(edit.list)},
+                                 {"line", edit.line == 0 ? Value(nullptr) : Value(edit.line)}});
+    }
+}
+
 /// Nothing has to be done about them, so that they do not count.
 void TellEdits(Session& session, const std::vector<EditState>& edits, bool onlyChanged) {
     for (const EditState& edit : edits) {
@@ -106,13 +122,15 @@ int Status(Session& session, const StatusOptions& asked) {
     for (const TargetState& target : states.targets) {
         if (!asked.changed || target.state != kInSync) TellTarget(session, target);
     }
+    TellListedEdits(session, states.listedEdits, asked.changed);
     TellEdits(session, states.edits, asked.changed);
     TellNewer(session, states.newerTemplates);
     session.Out().Line(CountsOf(states.targets));
-    for (const std::string& path : states.leftOvers) {
-        session.Out().Warning(path +
-                              ": was committed and is not in the list of targets any more "
-                              "(\"rollback-config\" puts it back)");
+    for (const LeftOver& leftOver : states.leftOvers) {
+        session.Out().Warning(leftOver.path + ": was committed and is not in force any more " +
+                              (leftOver.isEdited
+                                   ? "(it was edited since, and stays until \"rollback-config --force\")"
+                                   : "(the next commit takes it back)"));
     }
     if (states.IsAnyUnknown()) return kFailed;
     return states.IsInSync() ? kDone : kNotInSync;

@@ -24,20 +24,37 @@ std::string RolesOf(const ListedTemplate& listed) {
     return text;
 }
 
+/// "/etc/x.toml:3, changed by /etc/y.toml"
+std::string PlacesOf(const ListedTemplate& listed) {
+    std::string text = "in " + listed.list + ":" + std::to_string(listed.line);
+    for (const std::string& list : listed.changedBy)
+        text += ", changed by " + list;
+    return text;
+}
+
 int ListAll(Session& session, const NoOptions&) {
     Report& out = session.Out();
     out.AddList("templates");
     for (const ListedTemplate& listed : ListTemplates(session.Product())) {
         out.Line(listed.name + ": " + listed.target + " (" + RolesOf(listed) + "), " +
-                 (listed.isInstalled ? "installed" : "not installed"));
+                 (listed.isInstalled ? "installed" : "not installed") + ", " + PlacesOf(listed) +
+                 (listed.whyNot.empty() ? "" : ", not in force: " + listed.whyNot));
         List roles;
         for (const Role role : listed.roles)
             roles.emplace_back(NameOf(role));
+        List changedBy;
+        for (const std::string& list : listed.changedBy)
+            changedBy.emplace_back(list);
         out.Add("templates", Fields{{"template", listed.name},
                                     {"target", listed.target},
                                     {"roles", std::move(roles)},
                                     {"working_copy", listed.workingCopy},
-                                    {"installed", listed.isInstalled}});
+                                    {"installed", listed.isInstalled},
+                                    {"in_force", listed.whyNot.empty()},
+                                    {"reason", TextOrNull(listed.whyNot)},
+                                    {"list", listed.list},
+                                    {"line", listed.line},
+                                    {"changed_by", std::move(changedBy)}});
     }
     return kDone;
 }

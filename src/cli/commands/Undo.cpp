@@ -42,6 +42,7 @@ void BeginUndoReport(Session& session) {
     session.Out().Set("further", nullptr);
     session.Out().AddList("problems");
     session.Out().AddList("restart");
+    session.Out().AddList("reload");
     session.TellFilesBy([](Session& told, const FileOutcome& outcome) { ReportFile(told, outcome); });
 }
 

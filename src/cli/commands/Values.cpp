@@ -2,6 +2,7 @@
 #include "cli/Fields.h"
 #include "cli/Session.h"
 #include "cli/commands/Registrations.h"
+#include "cli/commands/ValueSources.h"
 
 namespace ZET::Cli {
 
@@ -11,10 +12,13 @@ struct NoWords {};
 
 int Values(Session& session, const NoWords&) {
     session.Out().Set("values", nullptr);
+    session.Out().AddList("sources");
+    Deployment& product = session.Product();
     Fields values;
-    for (const auto& [placeholder, value] : session.Product().Config().TemplatesValues()) {
-        session.Out().Data(NameOfPlaceholder(placeholder) + "=" + value);
-        values.emplace_back(NameOfPlaceholder(placeholder), value);
+    for (const auto& [placeholder, value] : product.TemplateValues()) {
+        const std::string name = NameOfPlaceholder(placeholder);
+        TellValue(session, name, value, product.Values().SourceOfPlaceholder(placeholder));
+        values.emplace_back(name, value);
     }
     session.Out().Set("values", std::move(values));
     return kDone;
@@ -23,7 +27,8 @@ int Values(Session& session, const NoWords&) {
 }  // namespace
 
 void RegisterValues(CommandLine& line) {
-    line.Single(Subject::Product).Add<NoWords>("values", "List the template values", Values);
+    line.Single(Subject::Product)
+        .Add<NoWords>("values", "List the template values, and where each comes from", Values);
 }
 
 }  // namespace ZET::Cli

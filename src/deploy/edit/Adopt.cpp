@@ -118,7 +118,7 @@ class Adopting {
         RequireSameNotice(rendered, edited, before, after);
         const Text::Adoption adoption =
             Text::AdoptEdit(ReadFileBytes(TemplateFile(m_product, m_templateName)), before.text, after.text,
-                            HunksBetween(before, after), m_product.Config().TemplatesValues());
+                            HunksBetween(before, after), m_product.TemplateValues());
         if (!adoption.isTraceable) FailToTrace();
         if (!adoption.refused.empty()) Refuse(adoption.refused, notice);
         return adoption.templateText;

@@ -1,10 +1,10 @@
 #include "deploy/edit/Edits.h"
 
-#include "deploy/edit/EditRules.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/state/Language.h"
+#include "deploy/targets/EditRules.h"
 #include "deploy/targets/HostLists.h"
 #include "deploy/targets/Render.h"
 #include "text/FirstLine.h"

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <vector>
 
-#include "deploy/edit/EditRules.h"
 #include "deploy/edit/Edits.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
@@ -11,6 +10,7 @@
 #include "deploy/host/Staging.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
+#include "deploy/targets/EditRules.h"
 #include "text/Sections.h"
 #include "zet/ZETFormat.h"
 

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-#include "deploy/edit/EditRules.h"
 #include "deploy/edit/Edits.h"
 #include "deploy/edit/FileEdit.h"
 #include "deploy/edit/RestoreRules.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/targets/EditRules.h"
 #include "text/LineEnds.h"
 #include "text/Lines.h"
 

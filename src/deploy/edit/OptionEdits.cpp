@@ -5,12 +5,12 @@
 #include <new>
 #include <vector>
 
-#include "deploy/edit/EditRules.h"
 #include "deploy/edit/Edits.h"
 #include "deploy/edit/FileEdit.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/state/Overrides.h"
+#include "deploy/targets/EditRules.h"
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
@@ -73,7 +73,7 @@ void RequireLastingDirectory(Deployment& product, const std::string& name, const
 std::optional<std::string> GetOption(Deployment& product, const std::string& name) {
     RequireOptionName(name, "NAME");
     // Asking the core for a parameter does not tell an unknown one from an empty one.
-    const StringMap params = product.Params();
+    const StringMap params = product.Values().Params();
     const auto found = params.find(name);
     return found == params.end() ? std::nullopt : std::optional<std::string>(found->second);
 }
@@ -105,8 +105,12 @@ FileOutcome SetOption(Deployment& product, const std::string& name, const std::s
             throw Failure(
                 {.file = file, .text = "cannot be read any more", .remedy = "run the command again"});
     };
-    return edit.Make(set, true,
-                     [&](const std::string& staged) { RequireParameterFile(staged, edit.Path()); });
+    FileOutcome outcome =
+        edit.Make(set, true, [&](const std::string& staged) { RequireParameterFile(staged, edit.Path()); });
+    if (const auto below = product.Values().SourceBelowMain(name))
+        product.Out().Remark(name + " of " + below->file + ":" + std::to_string(below->line) +
+                             " does not count any more");
+    return outcome;
 }
 
 }  // namespace ZET::Deploy

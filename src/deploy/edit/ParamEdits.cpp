@@ -3,7 +3,6 @@
 #include <functional>
 #include <set>
 
-#include "deploy/edit/EditRules.h"
 #include "deploy/edit/Edits.h"
 #include "deploy/edit/FileEdit.h"
 #include "deploy/edit/FilePart.h"
@@ -12,6 +11,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/state/OwnText.h"
+#include "deploy/targets/EditRules.h"
 #include "text/LineEnds.h"
 #include "text/Lines.h"
 #include "zet/ZETFormat.h"

@@ -5,7 +5,7 @@
 #include <set>
 #include <vector>
 
-#include "deploy/edit/EditRules.h"
+#include "deploy/targets/EditRules.h"
 #include "zet/deploy/Failure.h"
 
 namespace ZET::Deploy {

@@ -1,8 +1,8 @@
 #include "deploy/edit/RestoreRules.h"
 
-#include "deploy/edit/EditRules.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/targets/EditRules.h"
 #include "text/ManagedText.h"
 #include "zet/ZETFormat.h"
 

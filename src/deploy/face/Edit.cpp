@@ -1,13 +1,13 @@
 #include "zet/deploy/Edit.h"
 
 #include "deploy/edit/Adopt.h"
-#include "deploy/edit/EditRules.h"
 #include "deploy/edit/Edits.h"
 #include "deploy/edit/LineEdits.h"
 #include "deploy/edit/OptionEdits.h"
 #include "deploy/edit/ParamEdits.h"
 #include "deploy/edit/Reserves.h"
 #include "deploy/face/Parts.h"
+#include "deploy/targets/EditRules.h"
 
 namespace ZET::Deploy {
 

@@ -36,6 +36,11 @@ class Relay : public Observer {
         Reached().Restarts(services);
     }
 
+    void Reloads(const std::vector<std::string>& services) override {
+        m_outcome.reloads = services;
+        Reached().Reloads(services);
+    }
+
     /// What `call` made happen; `observer`, unless it is null, is told in place of the other one.
     template <typename Call>
     Outcome Collect(Observer* observer, Call call) {

@@ -26,7 +26,7 @@ std::vector<Target> SelectedTargets(Product& product) {
 }  // namespace
 
 StringMap Values(Product& product) {
-    return Use(product, [](Deployment& deployment) { return deployment.Config().TemplatesValues(); });
+    return Use(product, [](Deployment& deployment) { return deployment.TemplateValues(); });
 }
 
 std::vector<ListedTarget> ListTargets(Product& product) {

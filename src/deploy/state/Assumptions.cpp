@@ -14,7 +14,8 @@ void Assume(HostProduct& product, const std::string& name, const std::string& va
             throw UsageError("--set: " + problem->text + " (" + problem->remedy + ")");
     }
     try {
-        product.Core().GetParam(name);  // the core warns of a name that it does not know
+        // The core warns of a name that it does not know.
+        if (!product.Values().SourceBelowMain(name)) product.Core().GetParam(name);
         product.Core().UpdateParam(name, IsOwnDirectory(name) ? product.FilePath(value) : value);
     } catch (const EZETCheckError& error) {
         const char* remedy = name == "ZET_CFG" ? "name another file with --config" : "write one of the two";
@@ -31,7 +32,7 @@ void AssumeParameters(HostProduct& product, const StringMap& values) {
             "--set only asks what would change: use it with -n (\"option set\" sets a parameter)");
     for (const auto& [name, value] : values)
         Assume(product, name, value);
-    product.Config().RecreateTemplatesMap();
+    product.ForgetValues();
 }
 
 }  // namespace ZET::Deploy

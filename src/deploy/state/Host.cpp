@@ -25,6 +25,7 @@ Host::Host(const std::string& configFile, const Options& options, Observer& obse
     : m_configFile(configFile), m_options(options), m_observer(observer), m_paths(options.root) {
     StartCore();
     RequireDirectories();
+    m_values.TakeDefaults();
     if (!m_paths.HasRoot()) return;
     for (const char* key : kDirectories)
         Core().UpdateParam(key, m_paths.Resolved(Core().GetParam(key)));

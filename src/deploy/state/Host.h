@@ -6,6 +6,7 @@
 
 #include "deploy/host/Paths.h"
 #include "deploy/state/History.h"
+#include "deploy/state/HostValues.h"
 #include "deploy/state/StateDirectory.h"
 #include "zet/ZETHost.h"
 #include "zet/deploy/Observer.h"
@@ -38,8 +39,11 @@ class Host {
     /// A parameter; those that name directories of the product are paths that can be opened.
     std::string Param(const std::string& key) { return Core().GetParam(key); }
 
-    /// Every parameter with its value.
-    StringMap Params() const { return m_core->GetParams(); }
+    /// Every parameter that the core has, with its value.
+    StringMap CoreParams() const { return m_core->GetParams(); }
+
+    /// What the host's own values are, and where every value comes from.
+    HostValues& Values() { return m_values; }
 
     StateDirectory State() { return StateDirectory(Param("ZET_VAR_LIB_DIR")); }
 
@@ -74,6 +78,7 @@ class Host {
     Observer& m_observer;
     Paths m_paths;
     std::unique_ptr<CZETHost> m_core;
+    HostValues m_values{*this};
     History m_history{*this};
 };
 

@@ -23,6 +23,20 @@ HostProduct::HostProduct(const std::string& configFile, const Options& options, 
     LoadModule();
 }
 
+const StringMap& HostProduct::TemplateValues() {
+    if (!m_templateValues) {
+        m_templateValues = Config().TemplatesValues();
+        m_templateValues->insert(Values().Own().begin(), Values().Own().end());
+    }
+    return *m_templateValues;
+}
+
+void HostProduct::ForgetValues() {
+    Values().Forget();
+    m_templateValues.reset();
+    Config().RecreateTemplatesMap();
+}
+
 void HostProduct::LoadModule() {
     try {
         LoadedCore().LoadModule(ModuleFile());

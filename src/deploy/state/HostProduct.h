@@ -2,6 +2,7 @@
 #define ZET_HOST_PRODUCT_H
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "deploy/state/Host.h"
@@ -16,6 +17,13 @@ class HostProduct : public Host {
     HostProduct(const std::string& configFile, const Options& options, Observer& observer);
 
     IZETConfig& Config() { return *m_config; }
+
+    /// What every placeholder stands for: the module's values, and the host's own.
+    const StringMap& TemplateValues();
+
+    /// Parameters have other values now.
+    void ForgetValues();
+
     const std::string& ModuleFile() const { return m_moduleFile; }
 
     /// Where the module is, which is the host's own under any root.
@@ -27,6 +35,7 @@ class HostProduct : public Host {
     const std::string m_moduleFile;
     Paths m_ownPaths{""};
     std::shared_ptr<IZETConfig> m_config;
+    std::optional<StringMap> m_templateValues;
 };
 
 }  // namespace ZET::Deploy

@@ -43,6 +43,8 @@ void RequireOwnInstructions(HostProduct& product) {
     std::vector<std::optional<Problem>> findings = {CheckModule(product)};
     for (const char* key : {"ZET_CFG", "ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET_VAR_LIB_DIR"})
         findings.push_back(CheckInstruction(product.HostPaths(), product.Param(key)));
+    for (const std::string& file : product.Values().Files())
+        findings.push_back(CheckInstruction(product.HostPaths(), file));
     std::optional<Problem> first;
     for (const std::optional<Problem>& finding : findings) {
         if (!finding) continue;

@@ -23,7 +23,8 @@ std::optional<Problem> CheckWayTo(const Paths& paths, const std::string& path);
 /// The same of the module, which is the host's own, whatever tree is worked on.
 std::optional<Problem> CheckModule(HostProduct& product);
 
-/// A `Failure` with what is wrong with the module, the main file and the product's directories.
+/// A `Failure` with what is wrong with the module, the main file, those with values, and the product's
+/// directories.
 void RequireOwnInstructions(HostProduct& product);
 
 }  // namespace ZET::Deploy

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <numeric>
+#include <optional>
+#include <utility>
 
 #include "deploy/host/FileBytes.h"
 #include "text/Lines.h"
@@ -46,11 +48,11 @@ const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const 
     return last == given.rend() ? nullptr : &*last;
 }
 
-bool IsMadeOfDomain(const std::string& name) {
+std::optional<ZETParameter> FindKnown(const std::string& name) {
     const std::vector<ZETParameter> known = KnownParameters();
-    return std::any_of(known.begin(), known.end(), [&](const ZETParameter& parameter) {
-        return parameter.name == name && parameter.source == kDomain;
-    });
+    const auto found = std::find_if(known.begin(), known.end(),
+                                    [&](const ZETParameter& parameter) { return parameter.name == name; });
+    return found == known.end() ? std::nullopt : std::optional(*found);
 }
 
 bool HasValue(const StringMap& values, const std::string& placeholder) {
@@ -60,8 +62,11 @@ bool HasValue(const StringMap& values, const std::string& placeholder) {
 
 class ValueCheck {
   public:
-    explicit ValueCheck(IZETCore& core)
-        : m_core(core), m_file(core.GetParam("ZET_CFG")), m_given(GivenParameters(ReadFileBytes(m_file))) {}
+    ValueCheck(IZETCore& core, const std::vector<GivenParameter>& defaults)
+        : m_core(core), m_file(core.GetParam("ZET_CFG")), m_given(defaults) {
+        for (GivenParameter& parameter : GivenParameters(ReadFileBytes(m_file)))
+            m_given.push_back(std::move(parameter));
+    }
 
     void CheckUsed(const StringMap& values, const std::set<std::string>& used) {
         for (const Source& source : kSources) {
@@ -96,7 +101,7 @@ class ValueCheck {
     void TellNoValue(const Source& source) {
         std::string name = source.parameter;
         const GivenParameter* given = FindGiven(m_given, name);
-        if (given == nullptr && IsMadeOfDomain(name) && m_core.GetDomainName().empty()) {
+        if (given == nullptr && ParameterThatMakes(name) == kDomain && m_core.GetDomainName().empty()) {
             name = kDomain;
             given = FindGiven(m_given, name);
         }
@@ -115,7 +120,8 @@ class ValueCheck {
     void Add(const GivenParameter* given, const std::string& text, const std::string& remedy) {
         const int line = given == nullptr ? 0 : given->line;
         const int column = given == nullptr ? 0 : given->column;
-        m_problems.push_back({m_file, line, column, text, remedy});
+        const std::string& file = given == nullptr || given->file.empty() ? m_file : given->file;
+        m_problems.push_back({file, line, column, text, remedy});
     }
 
     IZETCore& m_core;
@@ -124,13 +130,6 @@ class ValueCheck {
     std::set<std::string> m_told;
     std::vector<Problem> m_problems;
 };
-
-std::string PlaceholderFor(const std::string& name) {
-    std::string placeholder = "${";
-    for (const char c : name)
-        placeholder += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    return placeholder + "}";
-}
 
 /// How many letters have to be put in, taken out or exchanged to make one name of the other.
 std::size_t DistanceOf(std::string_view one, std::string_view other) {
@@ -166,31 +165,67 @@ std::vector<GivenParameter> GivenParameters(std::string_view text) {
 }
 
 std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& values,
-                                          const std::set<std::string>& used) {
-    ValueCheck check(core);
+                                          const std::set<std::string>& used,
+                                          const std::vector<GivenParameter>& defaults) {
+    ValueCheck check(core, defaults);
     check.CheckGiven();
     check.CheckUsed(values, used);
     return check.Result();
 }
 
-std::vector<Problem> CheckParameterNames(IZETCore& core, const std::set<std::string>& used) {
-    const std::string file = core.GetParam("ZET_CFG");
+UnusedParameters FindUnusedParameters(const std::string& file, const std::vector<GivenParameter>& given,
+                                      const std::set<std::string>& used, const std::set<std::string>& asked) {
     std::vector<std::string> known;
     for (const ZETParameter& parameter : KnownParameters())
         known.push_back(parameter.name);
-    std::vector<Problem> problems;
-    for (const GivenParameter& parameter : GivenParameters(ReadFileBytes(file))) {
+    UnusedParameters found;
+    for (const GivenParameter& parameter : given) {
         const std::string placeholder = PlaceholderFor(parameter.name);
         if (std::find(known.begin(), known.end(), parameter.name) != known.end() ||
-            used.contains(placeholder))
+            used.contains(placeholder) || asked.contains(parameter.name))
             continue;
         const std::string nearest = NearestName(parameter.name, known);
-        problems.push_back(
-            {file, parameter.line, 0,
-             "nobody knows the parameter " + parameter.name + ", and no template uses " + placeholder,
-             nearest.empty() ? "correct its name, or remove the line" : "did you mean " + nearest + "?"});
+        (nearest.empty() ? found.unused : found.mistyped)
+            .push_back(
+                {parameter.file.empty() ? file : parameter.file, parameter.line, 0,
+                 "nobody knows the parameter " + parameter.name + ", and nothing uses " + placeholder,
+                 nearest.empty() ? "correct its name, or remove the line" : "did you mean " + nearest + "?"});
     }
-    return problems;
+    return found;
+}
+
+bool IsParameterName(std::string_view name) {
+    constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ_";
+    return !name.empty() && kLetters.find(name.front()) != std::string_view::npos &&
+           name.find_first_not_of(std::string(kLetters) + "0123456789") == std::string_view::npos;
+}
+
+bool IsOfTheProduct(const std::string& name) {
+    static const std::set<std::string> names = [] {
+        std::set<std::string> all;
+        for (const ZETParameter& parameter : KnownParameters())
+            all.insert(parameter.name);
+        return all;
+    }();
+    return names.contains(name);
+}
+
+std::string PlaceholderFor(const std::string& name) {
+    std::string placeholder = "${";
+    for (const char c : name)
+        placeholder += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return placeholder + "}";
+}
+
+std::string ParameterBehind(const std::string& placeholder) {
+    for (const Source& source : kSources)
+        if (placeholder == source.placeholder) return source.parameter;
+    return "";
+}
+
+std::string ParameterThatMakes(const std::string& name) {
+    const std::optional<ZETParameter> known = FindKnown(name);
+    return known ? known->source : "";
 }
 
 std::string NearestName(const std::string& name, const std::vector<std::string>& names) {

@@ -124,11 +124,21 @@ void Replacement::Complete(int descriptor, const std::string& path, mode_t mode)
         const int error = errno;
         throw SystemFailure({.file = path, .text = "its owner cannot be read"}, error);
     }
+    if (!m_former.exists && m_newOwner) GiveToNewOwner(descriptor, path);
     const bool isOwners = made.st_uid == m_former.owner;
     const bool isGivable = made.st_nlink == 1 && (isOwners || (!m_file.Holder() && made.st_uid == geteuid()));
     bool isOwnerFinal = !m_former.exists || (isOwners && made.st_gid == m_former.group);
     if (!isOwnerFinal && isGivable) isOwnerFinal = fchown(descriptor, m_former.owner, m_former.group) == 0;
     RequireMode(descriptor, path, isOwnerFinal ? mode : mode & ~kSetIdBits);
+}
+
+void Replacement::GiveToNewOwner(int descriptor, const std::string& path) const {
+    if (fchown(descriptor, m_newOwner->user, m_newOwner->group) == 0) return;
+    const int error = errno;
+    throw SystemFailure({.file = path,
+                         .text = "cannot be given to the owner that the list names",
+                         .remedy = "run as root, or remove owner from the list"},
+                        error);
 }
 
 void Replacement::CompleteReserve() const {

@@ -5,6 +5,7 @@
 
 #include <exception>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,11 @@
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
+
+struct FileOwner {
+    uid_t user = 0;
+    gid_t group = 0;
+};
 
 /// Thrown by a judge to leave the file as it is.
 struct LeftAsItIs {};
@@ -42,6 +48,9 @@ class Replacement {
     /// `mode` is what the file is going to have; the module does not tell when it could not set it.
     void Make(mode_t mode, const Operation& operation, const Judge& judge);
 
+    /// A file that is new belongs to them.
+    void GiveNewFileTo(const FileOwner& owner) { m_newOwner = owner; }
+
     /// The file as it was found.
     const FileState& Former() const { return m_former; }
 
@@ -52,6 +61,7 @@ class Replacement {
     void Guard(const ZETRename& rename, mode_t mode, const Judge& judge);
     void Complete(int descriptor, const std::string& path, mode_t mode) const;
     void CompleteReserve() const;
+    void GiveToNewOwner(int descriptor, const std::string& path) const;
     void RemoveTemporary(const std::string& temporary) const noexcept;
     void TakeBackCompanions();
     void TellIfPossible(const std::exception& error) noexcept;
@@ -61,6 +71,7 @@ class Replacement {
     const FileVersion m_version;
     const FileState m_former;
     std::vector<std::string> m_newCompanions;  ///< their suffixes; a failed write takes them back
+    std::optional<FileOwner> m_newOwner;
     bool m_mayBeMade = false;
     bool m_isMade = false;
 };

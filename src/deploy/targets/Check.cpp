@@ -3,13 +3,16 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
 #include "deploy/host/Signals.h"
 #include "deploy/host/Staging.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/ParameterCheck.h"
+#include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/OwnCheck.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/TargetCheck.h"
+#include "text/Placeholders.h"
 
 namespace ZET::Deploy {
 
@@ -18,7 +21,7 @@ namespace {
 /// Whether the template can be rendered: the module would never return from some of them.
 bool CanRender(Deployment& product, const Target& target) {
     return !target.path.empty() &&
-           CheckTemplateFile(product, target.templateName, product.Config().TemplatesValues()).empty();
+           CheckTemplateFile(product, target.templateName, product.TemplateValues()).empty();
 }
 
 /// What the target's own check command has against the file that a commit would make.
@@ -61,10 +64,52 @@ void RunOwnChecks(Deployment& product, CheckedTargets& checked) {
 
 std::set<std::string> UnusedValues(Deployment& product, const std::set<std::string>& used) {
     std::set<std::string> unused;
-    for (const auto& [placeholder, value] : product.Config().TemplatesValues()) {
+    for (const auto& [placeholder, value] : product.TemplateValues()) {
         if (used.count(placeholder) == 0) unused.insert(placeholder);
     }
     return unused;
+}
+
+/// Those of templates that were not checked, too: of the other role, and of what is not in force.
+std::set<std::string> UsedAnywhere(Deployment& product, const std::set<std::string>& used) {
+    std::set<std::string> all = used;
+    const auto take = [&](std::string_view line) {
+        for (std::string& placeholder : Text::PlaceholdersOf(line))
+            all.insert(std::move(placeholder));
+    };
+    for (const Target& target : product.Lists().Targets().targets) {
+        const std::string file = TemplateFile(product, target.templateName);
+        if (!file.empty() && product.HostPaths().StaysInside(file)) ReadLines(file, take);
+    }
+    // What begins like a comment has placeholders there, too.
+    for (const ListedEdit& edit : product.Lists().Targets().edits)
+        take("=" + edit.value + edit.text);
+    for (const auto& [placeholder, value] : product.Values().Own())
+        take("=" + value);
+    const std::set<std::string>& clashing = product.Values().Clashing();
+    all.insert(clashing.begin(), clashing.end());
+    return all;
+}
+
+void FindUnused(Deployment& product, const std::set<std::string>& used, CheckResult& result) {
+    HostValues& values = product.Values();
+    std::vector<GivenParameter> given = values.GivenByFleet();
+    std::set<std::string> asked;
+    for (const Target& target : product.Lists().Targets().targets)
+        asked.insert(target.when.parameter);
+    for (const ListedEdit& edit : product.Lists().Targets().edits)
+        asked.insert(edit.when.parameter);
+    given.insert(given.end(), values.GivenByMain().begin(), values.GivenByMain().end());
+    UnusedParameters unused = FindUnusedParameters(product.Param("ZET_CFG"), given, used, asked);
+    result.warnings = std::move(unused.unused);
+    for (Problem& problem : unused.mistyped)
+        result.problems.push_back(std::move(problem));
+    for (const auto& [placeholder, file] : values.ValueFiles()) {
+        if (!used.contains(placeholder))
+            result.warnings.push_back({.file = file,
+                                       .text = "nothing uses " + placeholder,
+                                       .remedy = "correct its name, or remove the file"});
+    }
 }
 
 }  // namespace
@@ -73,13 +118,14 @@ CheckResult Check(Deployment& product, const std::vector<std::string>& templateN
     CheckResult result;
     CheckedTargets checked = CheckTargets(product, templateNames);
     if (templateNames.empty()) {
-        for (Problem& problem : CheckParameterNames(product.Core(), checked.used))
+        for (Problem& problem : ProblemsOfEdits(product))
             checked.problems.push_back(std::move(problem));
+        FindUnused(product, UsedAnywhere(product, checked.used), result);
         result.unusedValues = UnusedValues(product, checked.used);
     }
     result.checksNotRun = CountChecksNotRun(product.Wanted(), checked.targets);
     RunOwnChecks(product, checked);
-    result.problems = std::move(checked.problems);
+    result.problems.insert(result.problems.begin(), checked.problems.begin(), checked.problems.end());
     return result;
 }
 

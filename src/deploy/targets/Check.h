@@ -15,7 +15,8 @@ namespace ZET::Deploy {
 /// What a check of the configuration found.
 struct CheckResult {
     std::vector<Problem> problems;
-    std::size_t checksNotRun = 0;  ///< of the targets' own check commands, though they could have been
+    std::vector<Problem> warnings;  ///< what is harmless, but hardly meant so
+    std::size_t checksNotRun = 0;   ///< of the targets' own check commands, though they could have been
     /// The template values that no template uses; none where only some templates were checked, of which
     /// nothing can be said about all.
     std::optional<std::set<std::string>> unusedValues;

@@ -11,6 +11,8 @@ namespace ZET::Deploy {
 ClaimedFiles::ClaimedFiles(Host& host) : m_host(host) {
     AddOwn(host.FilePath(host.ConfigFile()), "the configuration file of the commands");
     m_uses.try_emplace(Canonical(TargetListFile(host)), Use{"the list of targets", ""});
+    for (const std::string& file : host.Values().Files())
+        m_uses.try_emplace(Canonical(file), Use{"a file of values", ""});
     for (const std::string& file : host.State().Files())
         AddOwn(file, "a file of the status");
 }
@@ -32,7 +34,7 @@ void ClaimedFiles::AddListed(const std::vector<Target>& listed, const std::vecto
     for (const Target& target : notYet)
         later.insert(target.templateName);
     for (const Target& target : listed) {
-        if (target.path.empty() || !target.IsFor(m_host.Role())) continue;
+        if (target.path.empty() || !target.IsFor(m_host.Role()) || !target.IsInForce()) continue;
         try {
             AddTemplate(target.templateName);
             if (later.count(target.templateName) == 0) AddTarget(target);

@@ -8,6 +8,7 @@
 #include "deploy/host/Signals.h"
 #include "deploy/state/Recording.h"
 #include "deploy/state/StateDirectory.h"
+#include "deploy/targets/NewOwner.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "zet/ZETErrors.h"
@@ -47,6 +48,12 @@ void WarnOfOthersWork(Host& host, const PlannedTarget& planned) {
     planned.isMerged ? host.Out().Remark(text) : host.Out().Warning(text);
 }
 
+void WarnOfOthersWork(Host& host, const PlannedEdits& planned) {
+    if (!planned.isEdited) return;
+    host.Out().Warning(planned.file.path + ": a line that the last commit set was changed since; it " +
+                       (host.Wanted().dryRun ? "would be" : "is") + " set again");
+}
+
 /// One commit, from the plan to the status.
 class Execution {
   public:
@@ -66,6 +73,9 @@ class Execution {
                 m_product.Out().Progress(done++, m_plan.Targets().size());
                 Write(planned);
             }
+            if (m_plan.Edits() != nullptr) SetLines(*m_plan.Edits());
+            for (const TakeBackStep& step : m_plan.TakenBack())
+                PutBack(step);
             RecordStatus();
         } catch (...) {
             TellBreakOff();
@@ -74,7 +84,7 @@ class Execution {
         m_recording.Complete();
         RememberUnchanged();
         RememberShipped();
-        m_product.Out().Restarts(m_plan.RestartsOf(m_plan.Targets()));
+        m_plan.ServicesOf(m_plan.Targets()).Tell(m_product.Out());
     }
 
   private:
@@ -84,6 +94,10 @@ class Execution {
             if (planned.IsChange()) m_recording.Expect(Expected(planned));
             ExpectWorkingCopy(m_recording, m_product, planned.target.templateName);
         }
+        if (m_plan.Edits() != nullptr) ExpectLines(*m_plan.Edits());
+        for (const TakeBackStep& step : m_plan.TakenBack())
+            if (step.action != TakeBackStep::Action::Nothing)
+                m_recording.Expect(m_plan.Ways().Expected(step));
         if (m_recording.IsEmpty()) return;
         ExpectUnchanged();
         ExpectedFile status;
@@ -205,6 +219,29 @@ class Execution {
         m_product.Out().Done(outcome);
     }
 
+    void ExpectLines(const ListedEdits& edits) {
+        for (const PlannedEdits& planned : edits.Files())
+            if (planned.IsChange()) m_recording.Expect(edits.Expected(planned));
+    }
+
+    void SetLines(const ListedEdits& edits) {
+        for (const PlannedEdits& planned : edits.Files()) {
+            m_product.RequireGoOn();
+            WarnOfOthersWork(m_product, planned);
+            // The diff has to be made before its one side is gone.
+            FileOutcome outcome = edits.OutcomeOf(planned);
+            if (planned.IsChange()) edits.Write(planned);
+            if (planned.IsChange()) outcome.reserve = ReserveOf(planned.file.path);
+            m_product.Out().Done(outcome);
+        }
+    }
+
+    void PutBack(const TakeBackStep& step) {
+        m_product.RequireGoOn();
+        if (step.action != TakeBackStep::Action::Nothing) m_plan.Ways().Do(step);
+        m_product.Out().Done(step.outcome);
+    }
+
     void TellWhereKept(const PlannedTarget& planned) const {
         if (!planned.IsOthersWork() || !planned.before.exists || !m_recording.Number()) return;
         if (!m_product.HostHistory().KeepsTexts()) return;
@@ -215,8 +252,9 @@ class Execution {
     void Render(const PlannedTarget& planned) {
         const FileInPlace place(m_product.HostPaths().Find(planned.target.path, planned.target.trusted),
                                 planned.path);
-        const TargetToRender target{planned.target.templateName, place, planned.staged, planned.version,
-                                    planned.namedRole};
+        const TargetToRender target{
+            planned.target.templateName, place, planned.staged, planned.version, planned.namedRole,
+            NewOwnerOf(planned.target)};
         planned.rendering.empty() ? RenderTarget(m_product, target) : WriteTarget(m_product, target);
     }
 
@@ -239,7 +277,7 @@ class Execution {
                 "it). Written: " +
                 Joined(written) + ". Not written: " + Joined(notWritten) +
                 (others.empty() ? "" : ". Written by another program: " + Joined(others)));
-            m_product.Out().Restarts(m_plan.RestartsOf(done));
+            m_plan.ServicesOf(done).Tell(m_product.Out());
         } catch (const std::exception& error) {
             m_product.Out().Error(FailureOf(error).what());
         }
@@ -275,14 +313,20 @@ class Execution {
 }  // namespace
 
 bool Preview(Deployment& product, const CommitPlan& plan) {
-    bool wouldChange = false;
     for (const PlannedTarget& planned : plan.Targets()) {
         WarnOfOthersWork(product, planned);
         product.Out().Done(OutcomeOf(product, planned));
-        wouldChange = wouldChange || planned.IsChange();
     }
-    product.Out().Restarts(plan.RestartsOf(plan.Targets()));
-    return wouldChange;
+    if (plan.Edits() != nullptr) {
+        for (const PlannedEdits& planned : plan.Edits()->Files()) {
+            WarnOfOthersWork(product, planned);
+            product.Out().Done(plan.Edits()->OutcomeOf(planned));
+        }
+    }
+    for (const TakeBackStep& step : plan.TakenBack())
+        product.Out().Done(step.outcome);
+    plan.ServicesOf(plan.Targets()).Tell(product.Out());
+    return plan.IsChange();
 }
 
 void Commit(Deployment& product, CommitPlan& plan) {

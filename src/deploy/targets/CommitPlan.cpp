@@ -2,7 +2,9 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
@@ -12,10 +14,11 @@
 #include "deploy/state/Instructions.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/EditMerge.h"
+#include "deploy/targets/NewOwner.h"
 #include "deploy/targets/OwnCheck.h"
 #include "deploy/targets/Render.h"
-#include "deploy/targets/Restarts.h"
 #include "deploy/targets/ShownDiff.h"
+#include "deploy/targets/WrittenFiles.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -40,6 +43,15 @@ bool HasCompanion(const std::string& path) {
     return IsFileExist(path + ZETReserveSuffix) || IsFileExist(path + ZETAbsenceSuffix);
 }
 
+/// What its reserve is there for takes over from that.
+void GiveToNewOwner(PlannedTarget& planned) {
+    if (planned.before.exists || IsFileExist(planned.path + ZETReserveSuffix)) return;
+    const std::optional<FileOwner> owner = NewOwnerOf(planned.target);
+    if (!owner) return;
+    planned.after.owner = owner->user;
+    planned.after.group = owner->group;
+}
+
 bool IsReserved(const std::string& path) {
     const std::string reserve = path + ZETReserveSuffix;
     return access(reserve.c_str(), R_OK) == 0 && HaveSameBytes(path, reserve);
@@ -57,17 +69,79 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
         m_cutShort = SettleCutShort(product);
     }
     m_checked = CheckTargets(product, templateNames);
-    if (!m_checked.problems.empty()) return;
+    if (!m_checked.problems.empty()) {
+        if (!templateNames.empty()) return;
+        for (Problem& problem : ProblemsOfEdits(product))
+            m_checked.problems.push_back(std::move(problem));
+        return;
+    }
     m_staging = std::make_unique<Staging>(isDryRun ? "" : product.Param("ZET_VAR_LIB_DIR"),
                                           SizeOfTemplates(product, m_checked.targets));
     m_known = std::make_unique<KnownFiles>(product);
     m_checksNotRun = CountChecksNotRun(product.Wanted(), m_checked.targets);
+    const OnEdit wanted = onEdit == OnEdit::AsConfigured ? OnEditOf(product) : onEdit;
     for (const Target& target : m_checked.targets) {
         product.RequireGoOn();
         product.Out().Progress(m_targets.size(), m_checked.targets.size());
-        Add(target, onEdit == OnEdit::AsConfigured ? OnEditOf(product) : onEdit);
+        Add(target, wanted);
     }
-    if (!m_checked.problems.empty()) m_targets.clear();
+    if (templateNames.empty()) {
+        AddTakenBack();
+        AddEdits();
+        JudgeListedEdits(wanted);
+    }
+    if (m_checked.problems.empty()) return;
+    m_targets.clear();
+    m_takenBack.clear();
+    m_edits.reset();
+}
+
+/// As a rollback takes it back.
+void CommitPlan::AddTakenBack() {
+    std::set<std::string> planned;
+    for (const PlannedTarget& target : m_targets)
+        planned.insert(target.path);
+    m_takeBack = std::make_unique<TakeBack>(m_product, *m_known,
+                                            TakeBack::Ways{.force = "\"rollback-config --force\""});
+    for (const std::string& path : m_known->PathsOf(m_product.Role())) {
+        m_product.RequireGoOn();
+        if (planned.contains(path)) continue;
+        if (std::optional<WrittenFile> file = WrittenByRecord(m_product, path))
+            TakeBackFile(std::move(*file));
+    }
+}
+
+void CommitPlan::TakeBackFile(WrittenFile file) {
+    TakeBackStep step{std::move(file)};
+    try {
+        m_takeBack->Decide(step);
+        m_takenBack.push_back(std::move(step));
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure& failure) {
+        m_checked.problems.push_back(ProblemOf(step.file.path, failure));
+    }
+}
+
+void CommitPlan::AddEdits() {
+    m_edits = std::make_unique<ListedEdits>(m_product, *m_known, *m_staging);
+    for (const Problem& problem : m_edits->Problems())
+        m_checked.problems.push_back(problem);
+    for (const std::string& path : m_edits->Emptied()) {
+        WrittenFile file;
+        file.path = path;
+        file.isEdit = true;
+        TakeBackFile(std::move(file));
+    }
+}
+
+bool CommitPlan::IsChange() const {
+    return std::any_of(m_targets.begin(), m_targets.end(),
+                       [](const PlannedTarget& planned) { return planned.IsChange(); }) ||
+           std::any_of(m_takenBack.begin(), m_takenBack.end(),
+                       [](const TakeBackStep& step) { return step.IsChange(); }) ||
+           (m_edits != nullptr && std::any_of(m_edits->Files().begin(), m_edits->Files().end(),
+                                              [](const PlannedEdits& edits) { return edits.IsChange(); }));
 }
 
 /// Whether the history can keep the text that a commit replaces.
@@ -97,6 +171,17 @@ bool CommitPlan::SettleEdit(PlannedTarget& planned, OnEdit onEdit) {
     return problems.empty();
 }
 
+/// A line that a hand changed and the list asks for as it was is what a merge calls a conflict.
+void CommitPlan::JudgeListedEdits(OnEdit onEdit) {
+    if (onEdit != OnEdit::Refuse && onEdit != OnEdit::Merge) return;
+    for (const PlannedEdits& edits : m_edits->Files()) {
+        if (edits.isEdited)
+            m_checked.problems.push_back({.file = edits.file.path,
+                                          .text = "a line that the last commit set was changed since",
+                                          .remedy = "--on-edit=overwrite sets it again"});
+    }
+}
+
 void CommitPlan::Add(const Target& target, OnEdit onEdit) {
     PlannedTarget planned;
     planned.target = target;
@@ -122,6 +207,7 @@ void CommitPlan::Stage(PlannedTarget& planned) {
     const auto stageFor = [&](Role role) {
         planned.staged = RenderQuietly(m_product, *m_staging, name, role);
         planned.after = StateInPlace(planned.path, planned.staged);
+        GiveToNewOwner(planned);
         planned.change = ChangeOf(planned);
         return planned.change;
     };
@@ -154,13 +240,15 @@ bool CommitPlan::WasCutShort(const KnownFile& known) const {
 }
 
 /// A run that was cut short could tell nothing of what it had written.
-std::vector<std::string> CommitPlan::RestartsOf(const std::vector<PlannedTarget>& targets) const {
+Restarts CommitPlan::ServicesOf(const std::vector<PlannedTarget>& targets) const {
     Restarts restarts;
     for (const PlannedTarget& planned : targets) {
         if (planned.IsChange() || planned.isTouched || planned.isUnrecorded || planned.isUntold)
-            restarts.Add(planned.target.RestartsFor(m_product.Role()));
+            restarts.Add(planned.target, m_product.Role());
     }
-    return restarts.Services();
+    for (const TakeBackStep& step : m_takenBack)
+        if (step.IsChange()) restarts.Add(step.file.services);
+    return restarts;
 }
 
 std::string DescribeOthersWork(const PlannedTarget& planned) {

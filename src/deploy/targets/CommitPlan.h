@@ -12,7 +12,10 @@
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/Lock.h"
 #include "deploy/targets/Deployment.h"
+#include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/PlannedTarget.h"
+#include "deploy/targets/Restarts.h"
+#include "deploy/targets/TakeBack.h"
 #include "deploy/targets/TargetCheck.h"
 #include "zet/deploy/FileOutcome.h"
 #include "zet/deploy/OnEdit.h"
@@ -35,11 +38,22 @@ class CommitPlan {
 
     const std::vector<PlannedTarget>& Targets() const { return m_targets; }
 
+    /// What the role committed and is not in force any more, and how it goes back; nothing where templates
+    /// were named.
+    const std::vector<TakeBackStep>& TakenBack() const { return m_takenBack; }
+    const TakeBack& Ways() const { return *m_takeBack; }
+
+    /// What becomes of the files in which the lists ask for lines; null where templates were named.
+    const ListedEdits* Edits() const { return m_edits.get(); }
+
+    /// Whether something would change.
+    bool IsChange() const;
+
     /// How many check commands of the targets were not run, though they could have been.
     std::size_t ChecksNotRun() const { return m_checksNotRun; }
 
-    /// The services of these targets that have to be restarted.
-    std::vector<std::string> RestartsOf(const std::vector<PlannedTarget>& targets) const;
+    /// The services that have to notice that these targets change.
+    Restarts ServicesOf(const std::vector<PlannedTarget>& targets) const;
 
     /// What is known of the files before the commit.
     const KnownFiles& Known() const { return *m_known; }
@@ -49,6 +63,10 @@ class CommitPlan {
     void Stage(PlannedTarget& planned);
     void FillIn(PlannedTarget& planned) const;
     bool SettleEdit(PlannedTarget& planned, OnEdit onEdit);
+    void JudgeListedEdits(OnEdit onEdit);
+    void AddTakenBack();
+    void AddEdits();
+    void TakeBackFile(WrittenFile file);
     bool CanBeKept(const PlannedTarget& planned) const;
     bool WasCutShort(const KnownFile& known) const;
 
@@ -60,6 +78,9 @@ class CommitPlan {
     std::unique_ptr<KnownFiles> m_known;
     std::size_t m_checksNotRun = 0;
     std::vector<PlannedTarget> m_targets;
+    std::unique_ptr<TakeBack> m_takeBack;
+    std::vector<TakeBackStep> m_takenBack;
+    std::unique_ptr<ListedEdits> m_edits;
 };
 
 /// "was edited since the last commit": what others did to a target.

@@ -21,7 +21,9 @@ const Target* HostLists::TargetNamed(const std::string& name) {
         for (const Target& target : Targets().targets) {
             if (target.path.empty()) continue;
             try {
-                byName.emplace(m_host.HostPaths().Canonical(target.path), &target);
+                const auto [known, isFirst] =
+                    byName.emplace(m_host.HostPaths().Canonical(target.path), &target);
+                if (!isFirst && !known->second->IsInForce()) known->second = &target;
             } catch (const Failure&) {
                 // No way leads to it, so no file is this target.
             }
@@ -30,6 +32,28 @@ const Target* HostLists::TargetNamed(const std::string& name) {
     }
     const auto found = m_byName->find(name);
     return found == m_byName->end() ? nullptr : found->second;
+}
+
+bool HostLists::IsUsable() {
+    try {
+        return Targets().isUnderstood;
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
+const Target* HostLists::EntryOf(const std::string& templateName) {
+    if (!m_byTemplate) {
+        m_byTemplate.emplace();
+        try {
+            for (const Target& target : Targets().targets)
+                m_byTemplate->emplace(target.templateName, &target);
+        } catch (const Failure&) {
+            // Whoever needs the list is told why.
+        }
+    }
+    const auto found = m_byTemplate->find(templateName);
+    return found == m_byTemplate->end() ? nullptr : found->second;
 }
 
 /// Beside such a file stands what was there before, so that most files need no look into the history.

@@ -20,9 +20,15 @@ class HostLists {
     /// As it stands, with its problems; an empty one where there is none.
     const TargetList& Targets();
 
-    /// The target whose file has this name, for any role; null when none has. A `Failure` where the list is
-    /// none.
+    /// The target whose file has this name, for any role, one in force before others; null when none has. A
+    /// `Failure` where the list is none.
     const Target* TargetNamed(const std::string& name);
+
+    /// Whether there is a list, and it can be read.
+    bool IsUsable();
+
+    /// The entry of a template; null when there is none, or no list that can be read.
+    const Target* EntryOf(const std::string& templateName);
 
     /// Whether a commit of either role wrote the file of this name, and it was not taken back since.
     bool IsCommitted(const std::string& name);
@@ -37,6 +43,7 @@ class HostLists {
     Host& m_host;
     std::optional<TargetList> m_targets;
     std::optional<std::map<std::string, const Target*>> m_byName;
+    std::optional<std::map<std::string, const Target*>> m_byTemplate;
 };
 
 }  // namespace ZET::Deploy

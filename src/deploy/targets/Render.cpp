@@ -46,11 +46,38 @@ std::unique_ptr<QuietLog> QuietAbout(Deployment& product, const std::string& tem
     return isHidden ? std::make_unique<QuietLog>(ZETLogError) : nullptr;
 }
 
+/// As the module processes a template, with or without its notice.
+void SaveRendering(Deployment& product, const std::string& templateName, const std::string& name, Role role,
+                   const StringMap& values, bool noBackup) {
+    const auto file = product.Config().OpenConfigFileTemplate(templateName, name, NameOf(role),
+                                                              !HasNotice(product, templateName));
+    if (!file) return;
+    StringMap allValues = values;
+    allValues.insert(product.TemplateValues().begin(), product.TemplateValues().end());
+    file->ApplyTemplates(allValues);
+    file->Save(noBackup);
+}
+
+/// `values` wins over the host's own.
 void Process(Deployment& product, Role role, const std::string& templateName, const Rendered& file,
-             StringMap* values) {
+             const StringMap& values) {
+    StringMap extra = values;
+    extra.insert(product.Values().Own().begin(), product.Values().Own().end());
     Perform(product, templateName, file.path, [&] {
-        product.Config().ProcessConfigFileTemplate(templateName, file.name, NameOf(role), values);
+        if (HasNotice(product, templateName)) {
+            product.Config().ProcessConfigFileTemplate(templateName, file.name, NameOf(role), &extra);
+        } else {
+            SaveRendering(product, templateName, file.name, role, extra, false);
+        }
     });
+}
+
+/// Of the template, unless the list has another one.
+void GiveMode(Deployment& product, const std::string& templateName, const std::string& source,
+              const std::string& staged) {
+    RequireModeOf(source, staged);
+    const Target* const target = product.Lists().EntryOf(templateName);
+    if (target != nullptr && target->mode) RequireMode(-1, staged, *target->mode);
 }
 
 /// The notice names the template that was read: the working copy to be, not its stand-in in the private
@@ -64,6 +91,11 @@ void NameWorkingCopy(const std::string& staged, const std::string& standIn, cons
 }
 
 }  // namespace
+
+bool HasNotice(Deployment& product, const std::string& templateName) {
+    const Target* const target = product.Lists().EntryOf(templateName);
+    return target == nullptr || target->hasNotice;
+}
 
 std::string WorkingCopy(Host& host, const std::string& templateName) {
     return host.Param("ZET_CFG_DIR") + "/" + templateName;
@@ -103,7 +135,7 @@ std::uintmax_t SizeOfTemplates(Host& host, const std::vector<Target>& targets) {
 
 /// Stages what a role gets.
 static std::string Stage(Deployment& product, Role role, const Staging& staging,
-                         const std::string& templateName, StringMap* values) {
+                         const std::string& templateName, const StringMap& values) {
     const std::string room =
         role == product.Role() ? "rendered/" : std::string("rendered-for-") + NameOf(role) + "/";
     const std::string staged = staging.PathOf(room + templateName);
@@ -113,25 +145,25 @@ static std::string Stage(Deployment& product, Role role, const Staging& staging,
     const ParamOverride noSync(product.Core(), "ZET_SYNC", "no");
     if (IsFileExist(workingCopy)) {
         Process(product, role, templateName, {staged, staged}, values);
-        RequireModeOf(source, staged);
+        GiveMode(product, templateName, source, staged);
         return staged;
     }
     const std::string standIn = staging.PathOf("templates/" + templateName);
     const ParamOverride directory(product.Core(), "ZET_CFG_DIR", staging.PathOf("templates"));
     Process(product, role, templateName, {staged, staged}, values);
-    RequireModeOf(source, staged);
+    GiveMode(product, templateName, source, staged);
     NameWorkingCopy(staged, standIn, workingCopy);
     return staged;
 }
 
 std::string RenderStaged(Deployment& product, const Staging& staging, const std::string& templateName,
-                         StringMap* values) {
+                         const StringMap& values) {
     return Stage(product, product.Role(), staging, templateName, values);
 }
 
 std::string RenderStagedFor(Deployment& product, const Staging& staging, const std::string& templateName,
                             Role role) {
-    return Stage(product, role, staging, templateName, nullptr);
+    return Stage(product, role, staging, templateName, {});
 }
 
 std::string RenderQuietly(Deployment& product, const Staging& staging, const std::string& templateName,
@@ -149,23 +181,16 @@ std::string RenderTemplateText(Deployment& product, const Staging& staging, Role
     const std::string staged = staging.PathOf("rendered-from-made-up/" + templateName);
     const ParamOverride noSync(product.Core(), "ZET_SYNC", "no");
     const ParamOverride directory(product.Core(), "ZET_CFG_DIR", staging.PathOf("made-up"));
-    Process(product, role, templateName, {staged, staged}, nullptr);
+    Process(product, role, templateName, {staged, staged}, {});
     NameWorkingCopy(staged, standIn, workingCopy);
     return staged;
 }
 
 void RenderOnce(Deployment& product, const std::string& templateName, const std::string& name,
                 const std::string& path, const StringMap& values) {
-    StringMap allValues = values;
-    allValues.insert(product.Config().TemplatesValues().begin(), product.Config().TemplatesValues().end());
     const std::unique_ptr<QuietLog> quiet = QuietAbout(product, TemplateFile(product, templateName));
-    Perform(product, templateName, path, [&] {
-        const auto file =
-            product.Config().OpenConfigFileTemplate(templateName, name, NameOf(product.Role()), false);
-        if (!file) return;
-        file->ApplyTemplates(allValues);
-        file->Save(true);
-    });
+    Perform(product, templateName, path,
+            [&] { SaveRendering(product, templateName, name, product.Role(), values, true); });
 }
 
 void InstallForHolder(Deployment& product, const std::string& templateName, const FileInPlace& place) {
@@ -179,8 +204,9 @@ void RenderTarget(Deployment& product, const TargetToRender& target) {
     const std::unique_ptr<QuietLog> quiet = QuietAbout(product, TemplateFile(product, target.templateName));
     Replacement replacement(product, target.place, target.version);
     replacement.KeepOriginal();
+    if (target.owner) replacement.GiveNewFileTo(*target.owner);
     const auto process = [&](const std::string& name) {
-        Process(product, target.role, target.templateName, {name, path}, nullptr);
+        Process(product, target.role, target.templateName, {name, path}, {});
     };
     replacement.Make(StateOf(target.staged).mode, process, [&](const std::string& made) {
         if (HaveSameBytes(made, target.staged)) return;

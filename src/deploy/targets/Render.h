@@ -2,6 +2,7 @@
 #define ZET_RENDER_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,7 @@
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/Staging.h"
 #include "deploy/state/Recording.h"
+#include "deploy/state/Replacement.h"
 #include "deploy/targets/Deployment.h"
 #include "deploy/targets/Targets.h"
 #include "zet/ZETTypes.h"
@@ -18,6 +20,9 @@ namespace ZET::Deploy {
 /// The file that a template is rendered from: its working copy, or the pristine one as long as there is none.
 /// Empty when there is neither.
 std::string TemplateFile(Host& host, const std::string& templateName);
+
+/// Whether what the template renders to begins with the system's notice.
+bool HasNotice(Deployment& product, const std::string& templateName);
 
 /// The working copy's path, whether it is there or not.
 std::string WorkingCopy(Host& host, const std::string& templateName);
@@ -29,11 +34,11 @@ void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& temp
 std::uintmax_t SizeOfTemplates(Host& host, const std::vector<Target>& targets);
 
 /// Renders a template in the private directory, to the bytes and mode that a commit would give its target;
-/// `values`, which may be null, wins over the template values. Nothing outside the directory changes: a
+/// `values` wins over the template values. Nothing outside the directory changes: a
 /// missing working copy is not installed. Returns the path of the result. A failure of the module is a
 /// `Failure`.
 std::string RenderStaged(Deployment& product, const Staging& staging, const std::string& templateName,
-                         StringMap* values = nullptr);
+                         const StringMap& values = {});
 
 /// The same for the other role.
 std::string RenderStagedFor(Deployment& product, const Staging& staging, const std::string& templateName,
@@ -63,6 +68,7 @@ struct TargetToRender {
     const std::string& staged;   ///< what it has to become
     const FileVersion& version;  ///< of what it replaces
     Role role;
+    std::optional<FileOwner> owner{};  ///< of a file that is new
 };
 
 /// Keeps what is there first. A working copy that is missing is installed. What comes out otherwise than in

@@ -9,15 +9,23 @@
 
 namespace ZET::Deploy {
 
-/// The services that do not notice the change of their files before they are restarted.
+/// The services that do not notice the change of their files by themselves: they are restarted, or told to
+/// read them again.
 class Restarts {
   public:
     /// Each counts once.
-    void Add(const std::vector<std::string>& services);
+    void Add(const Services& services);
+    void Add(const Target& target, Role role) { Add(target.ServicesFor(role)); }
 
-    const std::vector<std::string>& Services() const { return m_services; }
+    const std::vector<std::string>& ToRestart() const { return m_services; }
+
+    /// Of those that are not restarted.
+    std::vector<std::string> ToReload() const;
+
+    void Tell(Observer& out) const;
 
   private:
+    std::vector<std::string> m_reloads;
     std::vector<std::string> m_services;
     std::set<std::string> m_known;
 };

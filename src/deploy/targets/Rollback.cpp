@@ -1,12 +1,10 @@
 #include "deploy/targets/Rollback.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <exception>
 #include <memory>
 #include <utility>
 
-#include "deploy/host/FileInPlace.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Signals.h"
 #include "deploy/host/Staging.h"
@@ -14,12 +12,11 @@
 #include "deploy/state/Instructions.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/Lock.h"
-#include "deploy/state/OwnText.h"
 #include "deploy/state/Recording.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/Restarts.h"
-#include "deploy/targets/RollbackStep.h"
+#include "deploy/targets/TakeBack.h"
 #include "deploy/targets/WrittenFiles.h"
 
 namespace ZET::Deploy {
@@ -27,7 +24,8 @@ namespace ZET::Deploy {
 namespace {
 
 using Result = FileOutcome::Result;
-using Action = RollbackStep::Action;
+using Step = TakeBackStep;
+using Action = TakeBackStep::Action;
 
 /// One rollback, under the lock: first it is known what becomes of every file, which is recorded, then it is
 /// done.
@@ -40,20 +38,20 @@ class Rollback {
           m_otherRole(OtherRole(product.Role())),
           m_recording(product, Recording::Use::OfTheProduct, true, true),
           m_known(product, KnownFiles::Unusable::IsTold),
-          m_decision(product, m_known, options) {}
+          m_takeBack(product, m_known, {options.force, options.keepEdits, "--force"}) {}
 
     RollbackResult Run() {
         const WrittenFiles all = FindWrittenFiles(m_product, m_known);
-        std::vector<RollbackStep> steps = Steps(all.files);
+        std::vector<Step> steps = Steps(all.files);
         RollbackResult result;
         result.isChanged =
-            std::any_of(steps.begin(), steps.end(), [](const RollbackStep& step) { return step.IsChange(); });
+            std::any_of(steps.begin(), steps.end(), [](const Step& step) { return step.IsChange(); });
         const bool isLast = IsLast(all.files, steps);
         Expect(steps, isLast);
         m_recording.Begin();
         DoAll(steps);
-        result.isKept = all.isListMissing || std::any_of(steps.begin(), steps.end(),
-                                                         [](const auto& step) { return step.isMissed; });
+        result.isKept = all.isListMissing ||
+                        std::any_of(steps.begin(), steps.end(), [](const auto& step) { return step.isKept; });
         if (m_isDryRun) return result;
         // What could not be put back is none of those that are taken back any more.
         if (isLast && IsLast(all.files, steps)) RemoveStatus();
@@ -63,23 +61,23 @@ class Rollback {
 
   private:
     /// Of the files that were asked for; of all, those that were edited in place included, when none was.
-    std::vector<RollbackStep> Steps(const std::vector<WrittenFile>& written) {
+    std::vector<Step> Steps(const std::vector<WrittenFile>& written) {
         std::vector<WrittenFile> files = m_names.empty() ? written : Named(m_product, written, m_names);
         if (m_names.empty())
             for (WrittenFile& file : FindEditedFiles(m_product, m_known))
                 files.push_back(std::move(file));
-        std::vector<RollbackStep> steps;
+        std::vector<Step> steps;
         for (WrittenFile& file : files) {
             m_product.RequireGoOn();
-            steps.emplace_back(std::move(file));
-            Try(steps.back(), [&](RollbackStep& step) { m_decision.Decide(step); });
+            steps.push_back({std::move(file)});
+            Try(steps.back(), [&](Step& step) { m_takeBack.Decide(step); });
         }
         return steps;
     }
 
     /// A file that cannot be put back does not keep the others from it.
     template <typename Call>
-    void Try(RollbackStep& step, Call call) {
+    void Try(Step& step, Call call) {
         try {
             if (step.file.trouble) throw Failure(*step.file.trouble);
             call(step);
@@ -89,57 +87,39 @@ class Rollback {
             m_product.Out().Error(step.file.path + ": could not be put back: " + FailureOf(error).what());
             step.Tell(Result::Failed, "could not be put back");
             step.action = Action::Nothing;
-            step.isMissed = true;
+            step.isKept = true;
         }
     }
 
-    void DoAll(std::vector<RollbackStep>& steps) {
+    void DoAll(std::vector<Step>& steps) {
         Restarts restarts;
         try {
             std::size_t done = 0;
-            for (RollbackStep& step : steps) {
+            for (Step& step : steps) {
                 m_product.RequireGoOn();
                 m_product.Out().Progress(done++, steps.size());
                 Do(step);
                 if (step.outcome.result == Result::Restored || step.outcome.result == Result::Removed)
-                    restarts.Add(step.file.restart);
+                    restarts.Add(step.file.services);
                 m_product.Out().Done(step.outcome);
             }
         } catch (const Interrupted&) {
-            m_product.Out().Restarts(restarts.Services());
+            restarts.Tell(m_product.Out());
             throw;
         }
-        m_product.Out().Restarts(restarts.Services());
+        restarts.Tell(m_product.Out());
     }
 
-    void Do(RollbackStep& step) {
+    void Do(Step& step) {
         if (m_isDryRun || !step.IsChange()) return;
-        Try(step, [&](const RollbackStep& tried) { Act(tried); });
-    }
-
-    void TakeOutBlocks(const RollbackStep& step) {
-        const FileInPlace place = step.file.PlaceIn(m_product.HostPaths());
-        Replacement replacement(m_product, place, step.version);
-        const mode_t mode = replacement.Former().mode;
-        replacement.Make(
-            mode, [&](const std::string& name) { SaveOwnText(name, step.text, mode); },
-            [](const std::string&) {});
-    }
-
-    void Act(const RollbackStep& step) {
-        if (step.action == Action::TakeOutBlocks) return TakeOutBlocks(step);
-        const FileInPlace place = step.file.PlaceIn(m_product.HostPaths());
-        if (step.action == Action::PutBack) return PutBackAsItWas(m_product, place, step.version);
-        // What cannot be replaced, like a mount point, can be as it was all the same.
-        place.Within([&](const std::string& name) { m_product.Config().RemoveConfigFileReserve(name); });
+        Try(step, [&](const Step& tried) { m_takeBack.Do(tried); });
     }
 
     /// Whether no target of the role is left when all steps are done.
-    bool IsLast(const std::vector<WrittenFile>& all, const std::vector<RollbackStep>& steps) const {
+    bool IsLast(const std::vector<WrittenFile>& all, const std::vector<Step>& steps) const {
         return std::all_of(all.begin(), all.end(), [&](const WrittenFile& file) {
-            const auto step = std::find_if(steps.begin(), steps.end(), [&](const RollbackStep& each) {
-                return each.file.path == file.path;
-            });
+            const auto step = std::find_if(steps.begin(), steps.end(),
+                                           [&](const Step& each) { return each.file.path == file.path; });
             const bool isTakenBack = step != steps.end() && step->action != Action::Nothing;
             const bool isLeft = file.IsLeft() && !m_known.Has(file.path, m_otherRole);
             return isTakenBack || (!isLeft && !m_known.Has(file.path, m_product.Role()));
@@ -147,9 +127,9 @@ class Rollback {
     }
 
     /// What is going to be changed.
-    void Expect(const std::vector<RollbackStep>& steps, bool isLast) {
-        for (const RollbackStep& step : steps) {
-            if (step.action != Action::Nothing) m_recording.Expect(Expected(step));
+    void Expect(const std::vector<Step>& steps, bool isLast) {
+        for (const Step& step : steps) {
+            if (step.action != Action::Nothing) m_recording.Expect(m_takeBack.Expected(step));
         }
         if (!isLast || m_recording.IsEmpty()) return;
         ExpectedFile status;
@@ -160,33 +140,6 @@ class Rollback {
         if (m_product.Role() != Role::Client) return;
         status.path = m_product.State().FileServerStatus();
         m_recording.Expect(status);
-    }
-
-    ExpectedFile Expected(const RollbackStep& step) const {
-        ExpectedFile file;
-        file.path = step.file.path;
-        file.kind = FileKind::Original;
-        if (const KnownFile* const known = m_known.Find(file.path)) file.knowledge = known->state.knowledge;
-        if (file.knowledge) file.knowledge->roles.erase(m_product.Role());
-        const std::uint64_t longest = m_product.HostHistory().Limits().largestText;
-        if (step.action == Action::LeaveToOtherRole) {
-            // What somebody else makes of it meanwhile is not the product's work.
-            file.after = Capture(file.path, longest);
-            const KnownFile* const known = m_known.Find(file.path);
-            if (!m_known.Has(file.path, m_otherRole)) return file;
-            file.kind = FileKind::Target;
-            // Somebody may have edited it since.
-            file.left = known->state;
-            return file;
-        }
-        if (step.action == Action::TakeOutBlocks) {
-            file.after = Capture(file.path, longest);
-            file.after->SetText(step.text);
-            return file;
-        }
-        file.after = step.hasReserve ? Capture(step.file.Reserve(), longest) : CapturedFile();
-        file.companions = ExpectedFile::Companions::MayGo;
-        return file;
     }
 
     void RemoveStatus() {
@@ -200,7 +153,7 @@ class Rollback {
     const Role m_otherRole;
     Recording m_recording;
     const KnownFiles m_known;
-    RollbackDecision m_decision;
+    TakeBack m_takeBack;
 };
 
 }  // namespace

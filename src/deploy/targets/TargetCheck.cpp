@@ -18,10 +18,12 @@
 #include "deploy/state/ParameterCheck.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/ClaimedFiles.h"
+#include "deploy/targets/NewOwner.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Secrets.h"
 #include "posix/Descriptor.h"
 #include "posix/PathNames.h"
+#include "text/Placeholders.h"
 #include "text/TemplateCheck.h"
 #include "zet/ZETFormat.h"
 
@@ -103,6 +105,10 @@ std::vector<Problem> CheckOwnFiles(Deployment& product) {
           CheckInstruction(product.HostPaths(), product.Param("ZET_CFG_TEMPL_DIR"))}) {
         if (problem) problems.push_back(std::move(*problem));
     }
+    for (const std::string& file : product.Values().Files()) {
+        if (std::optional<Problem> problem = CheckInstruction(product.HostPaths(), file))
+            problems.push_back(std::move(*problem));
+    }
     if (ofStatus.empty()) {
         for (const std::string& file : {state.Lock(), state.Status(product.Role()), state.FileServerStatus()})
             Append(ofStatus, CheckSingle(file));
@@ -129,15 +135,17 @@ void HideQuotes(Deployment& product, const std::string& file, std::vector<Proble
     const auto isHidden = [&](const std::string& path) {
         return secrets.Hides(path) && secrets.Of(path) != Secrets::Audience::Unsure;
     };
-    const std::string config = product.Param("ZET_CFG");
+    std::string source = product.Param("ZET_CFG");
+    for (const std::string& each : product.Values().Files())
+        if (!isHidden(source) && Secrets::IsClosed(each)) source = each;
     const bool isTemplateHidden = isHidden(file);
-    if (!isTemplateHidden && !isHidden(config)) return;
+    if (!isTemplateHidden && !isHidden(source)) return;
     const std::string bytes = ReadFileBytes(file);
     for (Problem& problem : problems) {
         if (isTemplateHidden) {
             problem.HideQuoted(secrets.Excuse(file));
         } else if (bytes.find(problem.quoted) == std::string::npos) {
-            problem.HideQuoted(secrets.Excuse(config));
+            problem.HideQuoted(secrets.Excuse(source));
         }
     }
 }
@@ -175,8 +183,8 @@ class TargetChecker {
     }
 
     void Check(const Target& target, std::set<std::string>& used) {
-        Append(m_result, CheckTemplateFile(m_product, target.templateName,
-                                           m_product.Config().TemplatesValues(), &used));
+        Append(m_result,
+               CheckTemplateFile(m_product, target.templateName, m_product.TemplateValues(), &used));
         try {
             CheckWorkingCopy(target);
             CheckFile(target);
@@ -220,6 +228,7 @@ class TargetChecker {
                                 "this host has no user \"" + target.trusted + "\", whom its entry trusts",
                                 "correct trust in the list, or make the user"});
         }
+        if (std::optional<Problem> problem = OwnerProblem(target)) problems.push_back(std::move(*problem));
         const FoundFile found = m_product.HostPaths().Find(target.path, target.trusted);
         if (!problems.empty() || geteuid() != 0) return problems;
         if (found.judge.Objection()) {
@@ -255,9 +264,15 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
     for (const Target& target : checked.targets) {
         if (!target.path.empty()) checker.Check(target, checked.used);
     }
+    for (const ListedEdit& edit : list.edits) {
+        if (!templateNames.empty() || !edit.IsFor(product.Role()) || !edit.IsInForce()) continue;
+        for (std::string& placeholder : Text::PlaceholdersOf("=" + edit.value + edit.text))
+            checked.used.insert(std::move(placeholder));
+    }
     Append(checked.problems, checker.Result());
-    Append(checked.problems,
-           CheckParameterValues(product.Core(), product.Config().TemplatesValues(), checked.used));
+    Append(checked.problems, product.Values().Problems());
+    Append(checked.problems, CheckParameterValues(product.Core(), product.TemplateValues(), checked.used,
+                                                  product.Values().GivenByFleet()));
     if (product.Wanted().onlyLooks) WarnOfRights(product.Out(), checked.problems);
     return checked;
 }
@@ -282,7 +297,8 @@ std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& t
                      "put the template itself there"}};
         }
         std::vector<Problem> problems = Text::CheckTemplate(
-            file, [&](const auto& take) { ReadLines(file, take); }, values, used);
+            file, [&](const auto& take) { ReadLines(file, take); }, values, used,
+            HasNotice(product, templateName));
         HideQuotes(product, file, problems);
         return problems;
     } catch (const Failure& failure) {

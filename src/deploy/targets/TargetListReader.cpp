@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <optional>
+#include <unordered_map>
 #include <utility>
 
+#include "deploy/targets/EditKeys.h"
 #include "deploy/targets/ListFile.h"
 #include "deploy/targets/ListProblems.h"
+#include "deploy/targets/TargetKeys.h"
 #include "deploy/targets/Toml.h"
 #include "posix/PathNames.h"
 
@@ -14,184 +18,98 @@ namespace ZET::Deploy {
 
 namespace {
 
+constexpr std::string_view kOwnDirectories[] = {"targets.d/", "defaults.d/", "values.d/"};
+
 bool LeavesDirectory(const std::string& name) {
     return name.empty() || name.front() == '/' || HasStepUp(name);
 }
 
-/// What would end a name early for the system, or in the records of a commit.
-bool HasEnd(const std::string& name) {
-    return name.find('\0') != std::string::npos || name.find('\n') != std::string::npos;
+bool IsInOwnDirectory(const std::string& name) {
+    return std::any_of(std::begin(kOwnDirectories), std::end(kOwnDirectories),
+                       [&](std::string_view directory) { return name.starts_with(directory); });
 }
 
-/// Takes the values of one template's keys.
-class TargetReader {
-  public:
-    TargetReader(Target& target, ListProblems& problems) : m_target(target), m_problems(problems) {}
+/// Where something of an entry stands, in whichever list.
+struct ListPlace {
+    ListProblems* problems = nullptr;
+    std::string file{};
+    Place place{};
 
-    void Take(const Entry& entry) {
-        static const std::map<std::string, void (TargetReader::*)(const Entry&)> kKeys = {
-            {"target", &TargetReader::TakePath},     {"roles", &TargetReader::TakeRoles},
-            {"check", &TargetReader::TakeCheck},     {"check_timeout", &TargetReader::TakeTimeout},
-            {"restart", &TargetReader::TakeRestart}, {"secret", &TargetReader::TakeSecret},
-            {"trust", &TargetReader::TakeTrusted},
-        };
-        const auto key = kKeys.find(entry.Name());
-        if (key != kKeys.end()) return (this->*key->second)(entry);
-        m_problems.Add(entry.KeyPlace(), "unknown key \"" + entry.Name() + "\"",
-                       "use target, roles, check, check_timeout, restart, secret or trust");
+    void Add(const std::string& text, const std::string& remedy) const { problems->Add(place, text, remedy); }
+
+    /// For a reader of the other place: "line 3", or with the file where that is another one.
+    std::string SeenFrom(const ListPlace& other) const {
+        return file == other.file ? "line " + std::to_string(place.line)
+                                  : file + ":" + std::to_string(place.line);
     }
-
-  private:
-    void TakePath(const Entry& entry) {
-        const std::string remedy = "begin it with \"/\", and end it with the name of a file";
-        const std::optional<std::string> path = TextOf(entry, "write a path in quotes; " + remedy);
-        if (!path) return;
-        if (path->starts_with('/') && !path->ends_with('/')) {
-            m_target.path = *path;
-        } else {
-            m_problems.Add(entry.ValuePlace(), "target \"" + *path + "\" is no absolute path of a file",
-                           remedy);
-        }
-    }
-
-    void TakeRoles(const Entry& entry) {
-        constexpr char kRemedy[] = "write \"server\", \"client\" or \"both\"";
-        const std::optional<std::string> roles = TextOf(entry, kRemedy);
-        if (!roles) return;
-        if (const std::optional<Role> role = RoleNamed(*roles)) m_target.roles = {*role};
-        if (*roles == "both") m_target.roles = {std::begin(kRoles), std::end(kRoles)};
-        if (m_target.roles.empty())
-            m_problems.Add(entry.ValuePlace(), "roles is \"" + *roles + "\"", kRemedy);
-    }
-
-    void TakeCheck(const Entry& entry) {
-        m_target.check = WordsOf(entry, "write an array of words, as [\"COMMAND\", \"{}\"]");
-        if (!m_target.check.empty() && m_target.check.front().empty())
-            m_problems.Add(entry.ValuePlace(), "check names no command", "put its name first");
-    }
-
-    void TakeTimeout(const Entry& entry) {
-        constexpr int kLongest = 86400;  // a day
-        const std::string remedy = "write a number of seconds from 1 to " + std::to_string(kLongest);
-        const auto* const number = entry.value->as_integer();
-        if (number == nullptr) return AddKind(entry, remedy);
-        const std::int64_t seconds = number->get();
-        if (seconds < 1 || seconds > kLongest)
-            return m_problems.Add(entry.ValuePlace(), "check_timeout is " + std::to_string(seconds), remedy);
-        m_target.checkTimeout = std::chrono::seconds(seconds);
-    }
-
-    void TakeRestart(const Entry& entry) {
-        const toml::table* const byRole = entry.value->as_table();
-        if (byRole == nullptr) {
-            const std::vector<std::string> services = ServicesOf(entry);
-            for (const Role role : kRoles)
-                m_target.restarts[role] = services;
-            return;
-        }
-        if (byRole->empty()) AddEmpty(entry);
-        for (const Entry& ofRole : InOrder(*byRole)) {
-            if (const std::optional<Role> role = RoleNamed(ofRole.Name())) {
-                m_target.restarts[*role] = ServicesOf(ofRole);
-            } else {
-                m_problems.Add(ofRole.KeyPlace(), "restart has no role \"" + ofRole.Name() + "\"",
-                               "use server and client");
-            }
-        }
-    }
-
-    std::vector<std::string> ServicesOf(const Entry& entry) {
-        std::vector<std::string> services =
-            WordsOf(entry, "write an array of services, or { server = [...], client = [...] }");
-        for (const std::string& service : services) {
-            if (service.empty() || service.find_first_of(" \t") != std::string::npos || HasEnd(service))
-                m_problems.Add(entry.ValuePlace(), "\"" + service + "\" is no name of a service",
-                               "write each service in quotes of its own");
-        }
-        return services;
-    }
-
-    /// What cannot be told is kept from everybody.
-    void TakeSecret(const Entry& entry) {
-        const auto* const isSecret = entry.value->as_boolean();
-        if (isSecret == nullptr) AddKind(entry, "write true or false, without quotes");
-        m_target.isSecret = isSecret == nullptr || isSecret->get();
-    }
-
-    void TakeTrusted(const Entry& entry) {
-        const std::optional<std::string> user = TextOf(entry, "write the name of a user in quotes");
-        if (!user) return;
-        if (user->empty())
-            m_problems.Add(entry.ValuePlace(), "trust is empty", "name a user, or remove the line");
-        m_target.trusted = *user;
-    }
-
-    std::optional<std::string> TextOf(const Entry& entry, const std::string& remedy) {
-        const auto* const text = entry.value->as_string();
-        if (text == nullptr) {
-            AddKind(entry, remedy);
-            return std::nullopt;
-        }
-        if (!HasEnd(text->get())) return text->get();
-        m_problems.Add(entry.ValuePlace(), entry.Name() + " holds a NUL byte or a line feed", "take it out");
-        return std::nullopt;
-    }
-
-    std::vector<std::string> WordsOf(const Entry& entry, const std::string& remedy) {
-        const toml::array* const array = entry.value->as_array();
-        if (array == nullptr) {
-            AddKind(entry, remedy);
-            return {};
-        }
-        if (array->empty()) AddEmpty(entry);
-        std::vector<std::string> words;
-        for (const toml::node& node : *array) {
-            const auto* const word = node.as_string();
-            if (word == nullptr) {
-                m_problems.Add(PlaceOf(node.source()), entry.Name() + " holds " + KindOf(node),
-                               "write each word in quotes");
-            } else if (word->get().find('\0') != std::string::npos) {
-                m_problems.Add(PlaceOf(node.source()), entry.Name() + " holds a NUL byte", "take it out");
-            } else {
-                words.push_back(word->get());
-            }
-        }
-        return words;
-    }
-
-    void AddKind(const Entry& entry, const std::string& remedy) {
-        m_problems.Add(entry.ValuePlace(), entry.Name() + " is " + KindOf(*entry.value), remedy);
-    }
-
-    void AddEmpty(const Entry& entry) {
-        m_problems.Add(entry.ValuePlace(), entry.Name() + " is empty", "fill it, or remove the line");
-    }
-
-    Target& m_target;
-    ListProblems& m_problems;
 };
 
-class ListReader {
+/// An entry, and what of it is judged when all lists are read.
+template <typename Kind>
+struct Listed {
+    Kind entry;
+    ListPlace name;  ///< of the last list that says something about it
+    ListPlace path;
+    bool hasValue = false;  ///< of an edit
+};
+
+/// All entries of one kind, of which later lists change single keys.
+template <typename Kind>
+class Entries {
   public:
-    ListReader(const std::string& file, std::string_view text) : m_text(text), m_problems(file, text) {
-        m_list.file = file;
+    /// The entry of this name; an empty one is always new.
+    Listed<Kind>& Of(const std::string& name, const ListPlace& place) {
+        const auto [known, isNew] =
+            name.empty() ? std::pair(m_byName.end(), true) : m_byName.emplace(name, m_entries.size());
+        if (isNew) {
+            m_entries.push_back(std::make_unique<Listed<Kind>>());
+            m_entries.back()->entry.file = place.file;
+            m_entries.back()->entry.line = static_cast<int>(place.place.line);
+        }
+        Listed<Kind>& listed = isNew ? *m_entries.back() : *m_entries[known->second];
+        if (!isNew) listed.entry.changedBy.push_back(place.file);
+        listed.name = place;
+        return listed;
     }
 
-    TargetList Read() {
-        if (std::optional<Problem> problem = FormProblem(m_list.file, m_text)) {
-            m_list.isUnderstood = false;
-            m_list.problems.push_back(std::move(*problem));
-            return std::move(m_list);
+    const std::vector<std::unique_ptr<Listed<Kind>>>& All() const { return m_entries; }
+
+  private:
+    std::vector<std::unique_ptr<Listed<Kind>>> m_entries;
+    std::unordered_map<std::string, std::size_t> m_byName;
+};
+
+using Targets = Entries<Target>;
+using Edits = Entries<ListedEdit>;
+
+/// Takes what one list says.
+class ListReader {
+  public:
+    ListReader(const ListText& list, Targets& targets, Edits& edits)
+        : m_file(list.file),
+          m_text(list.text),
+          m_problems(list.file, list.text),
+          m_targets(targets),
+          m_edits(edits) {}
+
+    void Read() {
+        if (std::optional<Problem> problem = FormProblem(m_file, m_text)) {
+            m_formProblem = std::move(problem);
+            return;
         }
         const toml::parse_result parsed = toml::parse(m_text);
+        m_isUnderstood = static_cast<bool>(parsed);
         if (parsed) {
             TakeList(parsed.table());
         } else {
-            m_list.isUnderstood = false;
             AddOfSyntax(parsed.error());
         }
-        m_list.problems = m_problems.Take();
-        return std::move(m_list);
+    }
+
+    bool IsUnderstood() const { return m_isUnderstood && !m_formProblem; }
+
+    std::vector<Problem> TakeProblems() {
+        return m_formProblem ? std::vector<Problem>{*m_formProblem} : m_problems.Take();
     }
 
   private:
@@ -213,72 +131,69 @@ class ListReader {
 
     void TakeList(const toml::table& list) {
         for (const Entry& entry : InOrder(list)) {
-            if (entry.Name() != "templates") {
+            if (entry.Name() == "templates") {
+                TakeTemplates(entry);
+            } else if (entry.Name() == "edits") {
+                TakeEdits(entry);
+            } else {
                 m_problems.Add(entry.KeyPlace(), "unknown key \"" + entry.Name() + "\"",
                                "put what a template has below [templates.\"NAME\"]");
-            } else if (const toml::table* const templates = entry.value->as_table()) {
-                for (const Entry& each : InOrder(*templates))
-                    TakeTemplate(each);
-            } else {
-                m_problems.Add(entry.KeyPlace(), "templates is " + KindOf(*entry.value),
-                               "write [templates.\"NAME\"]");
             }
         }
+    }
+
+    void TakeTemplates(const Entry& entry) {
+        const toml::table* const templates = entry.value->as_table();
+        if (templates == nullptr)
+            return m_problems.Add(entry.KeyPlace(), "templates is " + KindOf(*entry.value),
+                                  "write [templates.\"NAME\"]");
+        for (const Entry& each : InOrder(*templates))
+            TakeTemplate(each);
     }
 
     void TakeTemplate(const Entry& entry) {
         const std::string name = entry.Name();
         const toml::table* const table = entry.value->as_table();
-        if (table == nullptr) {
-            m_problems.Add(entry.KeyPlace(), "template [" + name + "] is " + KindOf(*entry.value),
-                           "write [templates.\"NAME\"] above its keys");
-        } else if (LeavesDirectory(name)) {
-            m_problems.Add(entry.KeyPlace(), "template [" + name + "] leaves the directory of the templates",
-                           "name a template below it");
-        } else if (HasEnd(name)) {
-            m_problems.Add(entry.KeyPlace(),
-                           "template [" + name + "] has a NUL byte or a line feed in its name",
-                           "give it another name");
-        } else {
-            TakeKeys(entry, *table);
-        }
+        const auto refuse = [&](const std::string& text, const std::string& remedy) {
+            m_problems.Add(entry.KeyPlace(), "template [" + name + "] " + text, remedy);
+        };
+        if (table == nullptr)
+            return refuse("is " + KindOf(*entry.value), "write [templates.\"NAME\"] above its keys");
+        if (LeavesDirectory(name))
+            return refuse("leaves the directory of the templates", "name a template below it");
+        if (HasEnd(name)) return refuse("has a NUL byte or a line feed in its name", "give it another name");
+        if (IsInOwnDirectory(name))
+            return refuse("would stand among lists or values", "give it another name");
+        TakeKeys(entry, *table);
     }
 
     void TakeKeys(const Entry& entry, const toml::table& table) {
-        Target target;
-        target.templateName = entry.Name();
-        target.line = static_cast<int>(entry.KeyPlace().line);
-        TargetReader reader(target, m_problems);
-        bool isTemplate = table.empty();
+        std::vector<Entry> keys;
         for (const Entry& each : InOrder(table)) {
-            const toml::table* const part = each.Name() == "restart" ? nullptr : NextPart(*each.value);
+            const toml::table* const part = IsOfServices(each.Name()) ? nullptr : NextPart(*each.value);
             if (part == nullptr) {
-                reader.Take(each);
-                isTemplate = true;
+                keys.push_back(each);
             } else {
-                TellUnquoted(target.templateName + "." + each.Name(), each, *part);
+                TellUnquoted(entry.Name() + "." + each.Name(), each, *part);
             }
         }
-        if (!isTemplate) return;
-        RequireKeys(entry, table);
-        if (!target.path.empty()) ClaimFile(target, PlaceOf(table.get("target")->source()));
-        m_list.targets.push_back(std::move(target));
+        if (keys.empty() && !table.empty()) return;
+        Listed<Target>& listed = m_targets.Of(entry.Name(), PlaceHere(entry.KeyPlace()));
+        listed.entry.templateName = entry.Name();
+        TargetKeys reader(listed.entry, m_problems);
+        for (const Entry& key : keys) {
+            if (key.Name() == "target") listed.path = PlaceHere(key.ValuePlace());
+            reader.Take(key);
+        }
     }
 
-    void RequireKeys(const Entry& entry, const toml::table& table) {
-        const std::string name = "template [" + entry.Name() + "] ";
-        if (!table.contains("target"))
-            m_problems.Add(entry.KeyPlace(), name + "has no target", "add target = \"/PATH\"");
-        if (!table.contains("roles"))
-            m_problems.Add(entry.KeyPlace(), name + "has no roles",
-                           "add roles = \"server\", \"client\" or \"both\"");
-    }
+    static bool IsOfServices(const std::string& key) { return key == "restart" || key == "reload"; }
 
     /// `table` is what the name leads to so far.
     void TellUnquoted(const std::string& name, const Entry& entry, const toml::table& table) {
         bool isWhole = table.empty();
         for (const Entry& each : InOrder(table)) {
-            const toml::table* const part = each.Name() == "restart" ? nullptr : NextPart(*each.value);
+            const toml::table* const part = IsOfServices(each.Name()) ? nullptr : NextPart(*each.value);
             if (part == nullptr) {
                 isWhole = true;
             } else {
@@ -290,40 +205,136 @@ class ListReader {
                            "write [templates.\"" + name + "\"]");
     }
 
-    struct Claim {
-        std::string templateName;
-        Place place;
-    };
-    using Claims = std::map<std::string, Claim>;
-
-    /// For each role that the target is for.
-    void ClaimFile(const Target& target, const Place& place) {
-        const Claim claim{target.templateName, place};
-        const Claim* earlier = nullptr;
-        for (const Role role : target.roles) {
-            const auto [known, isFirst] = m_claims[role].emplace(target.path, claim);
-            if (!isFirst) earlier = &known->second;
+    void TakeEdits(const Entry& entry) {
+        const toml::array* const edits = entry.value->as_array();
+        if (edits == nullptr)
+            return m_problems.Add(entry.KeyPlace(), "edits is " + KindOf(*entry.value),
+                                  "write [[edits]] above the keys of each");
+        for (const toml::node& node : *edits) {
+            const toml::table* const table = node.as_table();
+            if (table == nullptr) {
+                m_problems.Add(PlaceOf(node.source()), "edits holds " + KindOf(node),
+                               "write [[edits]] above the keys of each");
+            } else {
+                TakeEdit(*table);
+            }
         }
-        if (earlier == nullptr) return;
-        m_problems.Add(
-            place, "target " + target.path + " is made from [" + earlier->templateName + "] too",
-            "see line " + std::to_string(earlier->place.line) + ", give each file to one template");
     }
 
+    void TakeEdit(const toml::table& table) {
+        const Place place = PlaceOf(table.source());
+        const auto* const named = table.get_as<std::string>("name");
+        const std::string name = named == nullptr ? "" : named->get();
+        if (table.contains("name") && name.empty())
+            return m_problems.Add(PlaceOf(table.get("name")->source()), "name names nothing",
+                                  "write a name in quotes, or remove the line");
+        if (!name.empty() && !m_editNames.insert(name).second)
+            return m_problems.Add(place, "edit \"" + name + "\" is there twice", "put both into one");
+        Listed<ListedEdit>& listed = m_edits.Of(name, PlaceHere(place));
+        ListedEdit& edit = listed.entry;
+        edit.name = name;
+        if (edit.roles.empty()) edit.roles = {std::begin(kRoles), std::end(kRoles)};
+        EditKeys reader(edit, m_problems);
+        for (const Entry& key : InOrder(table)) {
+            if (key.Name() == "file") listed.path = PlaceHere(key.ValuePlace());
+            listed.hasValue = listed.hasValue || key.Name() == "value" || key.Name() == "line";
+            reader.Take(key);
+        }
+    }
+
+    ListPlace PlaceHere(const Place& place) { return {&m_problems, m_file, place}; }
+
+    const std::string& m_file;
     const std::string_view m_text;
-    TargetList m_list;
     ListProblems m_problems;
-    std::map<Role, Claims> m_claims;
+    std::optional<Problem> m_formProblem;
+    bool m_isUnderstood = true;
+    std::set<std::string> m_editNames;
+    Targets& m_targets;
+    Edits& m_edits;
+};
+
+/// Judges what the lists come to together.
+class Judge {
+  public:
+    explicit Judge(const ParameterValue& valueOf) : m_valueOf(valueOf) {}
+
+    void Take(Listed<Target>& listed) {
+        Target& target = listed.entry;
+        Decide(target);
+        if (!target.isEnabled) return;
+        const std::string name = "template [" + target.templateName + "] ";
+        if (listed.path.problems == nullptr)
+            listed.name.Add(name + "has no target", "add target = \"/PATH\"");
+        if (!target.hasRoles)
+            listed.name.Add(name + "has no roles", "add roles = \"server\", \"client\" or \"both\"");
+        if (target.IsInForce() && !target.path.empty()) ClaimFile(listed);
+    }
+
+    void Take(Listed<ListedEdit>& listed) {
+        ListedEdit& edit = listed.entry;
+        Decide(edit);
+        if (!edit.isEnabled) return;
+        if (listed.path.problems == nullptr) listed.name.Add("an edit has no file", "add file = \"/PATH\"");
+        const bool hasSelector = !edit.param.empty() || !edit.pattern.empty();
+        if (!hasSelector || !listed.hasValue)
+            listed.name.Add("an edit lacks what it sets", "add param and value, or pattern and line");
+    }
+
+  private:
+    void Decide(ListEntry& entry) const {
+        entry.isConditionMet =
+            entry.when.parameter.empty() || m_valueOf(entry.when.parameter) == entry.when.value;
+    }
+
+    /// For each role that the target is for.
+    void ClaimFile(const Listed<Target>& listed) {
+        const Target& target = listed.entry;
+        const Listed<Target>* earlier = nullptr;
+        for (const Role role : target.roles) {
+            const auto [known, isFirst] = m_claims[role].emplace(target.path, &listed);
+            if (!isFirst) earlier = known->second;
+        }
+        if (earlier == nullptr) return;
+        listed.path.Add("target " + target.path + " is made from [" + earlier->entry.templateName + "] too",
+                        "see " + earlier->path.SeenFrom(listed.path) + ", give each file to one template");
+    }
+
+    const ParameterValue& m_valueOf;
+    std::map<Role, std::unordered_map<std::string, const Listed<Target>*>> m_claims;
 };
 
 }  // namespace
 
-TargetList ReadTargetFile(const std::string& file) {
-    return ReadTargetText(file, ReadListFile(file));
+TargetList ReadTargetTexts(const std::vector<ListText>& lists, const ParameterValue& valueOf) {
+    Targets targets;
+    Edits edits;
+    std::vector<std::unique_ptr<ListReader>> readers;
+    TargetList list;
+    for (const ListText& each : lists) {
+        readers.push_back(std::make_unique<ListReader>(each, targets, edits));
+        readers.back()->Read();
+        list.isUnderstood = list.isUnderstood && readers.back()->IsUnderstood();
+        (list.file.empty() ? list.file : list.ownFiles.emplace_back()) = each.file;
+    }
+    Judge judge(valueOf);
+    for (const auto& listed : targets.All()) {
+        if (list.isUnderstood) judge.Take(*listed);
+        list.targets.push_back(listed->entry);
+    }
+    for (const auto& listed : edits.All()) {
+        if (list.isUnderstood) judge.Take(*listed);
+        list.edits.push_back(listed->entry);
+    }
+    for (const auto& reader : readers) {
+        for (Problem& problem : reader->TakeProblems())
+            list.problems.push_back(std::move(problem));
+    }
+    return list;
 }
 
 TargetList ReadTargetText(const std::string& file, std::string_view text) {
-    return ListReader(file, text).Read();
+    return ReadTargetTexts({{file, std::string(text)}}, [](const std::string&) { return std::string(); });
 }
 
 }  // namespace ZET::Deploy

@@ -1,19 +1,29 @@
 #ifndef ZET_TARGET_LIST_READER_H
 #define ZET_TARGET_LIST_READER_H
 
+#include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "deploy/targets/Targets.h"
 
 namespace ZET::Deploy {
 
-/// Reads a list of targets. One that cannot be read, or that others may write while root runs, is a
-/// `Failure`; everything that is wrong inside is a problem, in the order of the lines. A target whose file
-/// cannot be told from its entry has no path.
-TargetList ReadTargetFile(const std::string& file);
+struct ListText {
+    std::string file;  ///< only named
+    std::string text;
+};
 
-/// The same of its text; `file` is only named.
+/// What value a parameter has.
+using ParameterValue = std::function<std::string(const std::string& name)>;
+
+/// Reads lists of targets, each of which adds to what those before it have, or changes single keys of it.
+/// Everything that is wrong inside is a problem, list by list in the order of the lines. A target whose file
+/// cannot be told from its entry has no path.
+TargetList ReadTargetTexts(const std::vector<ListText>& lists, const ParameterValue& valueOf);
+
+/// The same of one list, where no parameter has a value.
 TargetList ReadTargetText(const std::string& file, std::string_view text);
 
 }  // namespace ZET::Deploy

@@ -13,6 +13,7 @@
 #include "deploy/state/StateDirectory.h"
 #include "deploy/state/StateFile.h"
 #include "deploy/targets/EditMerge.h"
+#include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/TargetCheck.h"
@@ -68,7 +69,7 @@ class StateTeller {
         if (!now.exists) return "missing";
         RequireReadableTemplate(m_product, templateName);
         const bool canBeRendered =
-            CheckTemplateFile(m_product, templateName, m_product.Config().TemplatesValues()).empty();
+            CheckTemplateFile(m_product, templateName, m_product.TemplateValues()).empty();
         if (canBeRendered && IsRendered(templateName, path)) return kInSync;
         // Without the history, nobody can tell who changed it.
         if (m_known.IsUnusable()) return "differs";
@@ -140,6 +141,15 @@ std::vector<std::string> NewerTemplates(Host& host, const std::vector<Target>& t
     return newer;
 }
 
+void AddListedEdits(Deployment& product, const KnownFiles& known, TargetStates& states) {
+    if (product.Lists().Targets().edits.empty() && known.EditedPaths().empty()) return;
+    const Staging staging;
+    const ListedLines lines = FindListedLines(product, known, staging);
+    states.listedEdits = StatesOfEdits(product, lines);
+    for (const Problem& problem : lines.problems)
+        product.Out().Warning(problem.Describe());
+}
+
 }  // namespace
 
 RoleStatus RoleStatusOf(HostProduct& product) {
@@ -169,8 +179,11 @@ TargetStates StatesOfTargets(Deployment& product) {
         listed.insert(result.targets.back().path);
     }
     for (const std::string& path : known.PathsOf(product.Role())) {
-        if (listed.count(path) == 0) result.leftOvers.push_back(path);
+        if (listed.count(path) == 0) result.leftOvers.push_back({path, !known.IsAsLeft(path)});
     }
+    AddListedEdits(product, known, result);
+    for (const ListedEditState& edit : result.listedEdits)
+        listed.insert(edit.path);
     for (const std::string& path : known.EditedPaths())
         if (listed.count(path) == 0) result.edits.push_back({path, StateOfEdit(known, path)});
     result.newerTemplates = NewerTemplates(product, targets);
@@ -179,12 +192,18 @@ TargetStates StatesOfTargets(Deployment& product) {
 
 bool TargetStates::IsAnyUnknown() const {
     return std::any_of(targets.begin(), targets.end(),
-                       [](const TargetState& target) { return target.state == kUnknown; });
+                       [](const TargetState& target) { return target.state == kUnknown; }) ||
+           std::any_of(listedEdits.begin(), listedEdits.end(),
+                       [](const ListedEditState& edit) { return edit.state == kUnknown; });
 }
 
 bool TargetStates::IsInSync() const {
     return std::all_of(targets.begin(), targets.end(),
-                       [](const TargetState& target) { return target.state == kInSync; });
+                       [](const TargetState& target) { return target.state == kInSync; }) &&
+           std::all_of(listedEdits.begin(), listedEdits.end(),
+                       [](const ListedEditState& edit) { return edit.state == kInSync; }) &&
+           std::all_of(leftOvers.begin(), leftOvers.end(),
+                       [](const LeftOver& leftOver) { return leftOver.isEdited; });
 }
 
 }  // namespace ZET::Deploy

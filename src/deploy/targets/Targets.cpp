@@ -1,9 +1,11 @@
 #include "deploy/targets/Targets.h"
 
-#include <algorithm>
+#include <set>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/ListedDirectory.h"
 #include "deploy/state/Instructions.h"
+#include "deploy/targets/ListFile.h"
 #include "deploy/targets/TargetListReader.h"
 
 namespace ZET::Deploy {
@@ -12,33 +14,65 @@ std::string TargetListFile(Host& host) {
     return host.Param("ZET_CFG_TEMPL_DIR") + "/targets.toml";
 }
 
-TargetList ReadTargetList(Host& host) {
-    const std::string file = TargetListFile(host);
-    if (!host.HostPaths().StaysInside(file)) {
+namespace {
+
+/// A `Failure` when nobody can rely on it.
+ListText ReadList(const Paths& paths, const std::string& file) {
+    if (!paths.StaysInside(file)) {
         throw Failure({.file = file,
                        .text = "the list of targets is a link that leads out of the root directory",
                        .remedy = "put the list itself there"});
     }
-    if (const std::optional<Problem> problem = CheckWayTo(host.HostPaths(), file)) throw Failure(*problem);
-    return ReadTargetFile(file);
+    if (const std::optional<Problem> problem = CheckWayTo(paths, file)) throw Failure(*problem);
+    return {file, ReadListFile(file)};
+}
+
+[[noreturn]] void FailToSelect(Role role, const TargetList& list, const std::string& name) {
+    for (const Target& target : list.targets) {
+        if (target.templateName != name || !target.IsFor(role)) continue;
+        throw UsageError(target.file + ": the template \"" + name + "\" is not in force: " + target.WhyNot() +
+                         " (name one that is)");
+    }
+    throw UsageError(list.file + ": has no template \"" + name + "\" for the role " + NameOf(role) +
+                     " (name one that it has, or add it)");
+}
+
+}  // namespace
+
+std::string ListEntry::WhyNot() const {
+    if (!isEnabled) return "it is disabled";
+    return isConditionMet ? "" : when.Text() + " is not so";
+}
+
+TargetList ReadTargetList(Host& host) {
+    const Paths& paths = host.HostPaths();
+    const std::string directory = host.Param("ZET_CFG_DIR") + "/targets.d";
+    std::vector<ListText> texts = {ReadList(paths, TargetListFile(host))};
+    for (const std::string& name : NamesIn(paths, directory, ".toml"))
+        texts.push_back(ReadList(paths, directory + "/" + name));
+    TargetList list =
+        ReadTargetTexts(texts, [params = std::optional<StringMap>(), &host](const std::string& name) mutable {
+            if (!params) params = host.Values().Params();
+            const auto found = params->find(name);
+            return found == params->end() ? std::string() : found->second;
+        });
+    list.ownDirectory = directory;
+    return list;
 }
 
 std::vector<Target> SelectTargets(Role role, const TargetList& list,
                                   const std::vector<std::string>& templateNames) {
+    const std::set<std::string> wanted(templateNames.begin(), templateNames.end());
+    std::set<std::string> found;
     std::vector<Target> selected;
     for (const Target& target : list.targets) {
-        const bool isNamed = templateNames.empty() || std::find(templateNames.begin(), templateNames.end(),
-                                                                target.templateName) != templateNames.end();
-        if (isNamed && target.IsFor(role)) selected.push_back(target);
+        const bool isNamed = wanted.empty() || wanted.contains(target.templateName);
+        if (!isNamed || !target.IsFor(role) || !target.IsInForce()) continue;
+        selected.push_back(target);
+        found.insert(target.templateName);
     }
-    for (const std::string& name : templateNames) {
-        const bool isThere = std::any_of(selected.begin(), selected.end(),
-                                         [&](const Target& target) { return target.templateName == name; });
-        if (!isThere) {
-            throw UsageError(list.file + ": has no template \"" + name + "\" for the role " + NameOf(role) +
-                             " (name one that it has, or add it)");
-        }
-    }
+    for (const std::string& name : templateNames)
+        if (!found.contains(name)) FailToSelect(role, list, name);
     return selected;
 }
 

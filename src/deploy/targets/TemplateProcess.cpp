@@ -41,15 +41,17 @@ void RequireFreeTarget(Host& host, const std::string& templateName, const std::s
 
 std::vector<Problem> CheckRendering(Deployment& product, const Rendering& rendering) {
     StringMap values = rendering.values;
-    values.insert(product.Config().TemplatesValues().begin(), product.Config().TemplatesValues().end());
-    return CheckTemplateFile(product, rendering.templateName, values);
+    values.insert(product.TemplateValues().begin(), product.TemplateValues().end());
+    std::vector<Problem> problems = CheckTemplateFile(product, rendering.templateName, values);
+    for (Problem& problem : product.Values().Problems())
+        problems.push_back(std::move(problem));
+    return problems;
 }
 
 std::string RenderedText(Deployment& product, const Rendering& rendering) {
     const Staging staging;
     const QuietLog quiet(ZETLogWarning);
-    StringMap values = rendering.values;
-    return ReadFileBytes(RenderStaged(product, staging, rendering.templateName, &values));
+    return ReadFileBytes(RenderStaged(product, staging, rendering.templateName, rendering.values));
 }
 
 TemplateProcess::TemplateProcess(Deployment& product, const Rendering& rendering, const std::string& target)
@@ -106,8 +108,7 @@ void TemplateProcess::WarnOfEdits() {
 FileOutcome TemplateProcess::RunInTrial() {
     const Staging staging;
     const QuietLog quiet(ZETLogWarning);
-    StringMap values = m_rendering.values;
-    const std::string staged = RenderStaged(m_product, staging, m_rendering.templateName, &values);
+    const std::string staged = RenderStaged(m_product, staging, m_rendering.templateName, m_rendering.values);
     return Planned(staged, StateInPlace(m_path, staged));
 }
 

@@ -49,6 +49,7 @@ TemplateTexts ReadTexts(Host& host, const TemplateFiles& files) {
 
 const char* StateOf(const TemplateTexts& texts) {
     if (!texts.copy) return "not installed";
+    if (!texts.shipped && !texts.base) return "own";
     if (!texts.IsKnown()) return kUnknown;
     if (texts.HasNewer()) return texts.IsEdited() ? "edited, newer shipped" : "newer shipped";
     return texts.IsEdited() ? "edited" : "current";
@@ -60,7 +61,8 @@ std::vector<ListedTemplate> ListTemplates(Host& host) {
     for (const Target& target : ReadTargetList(host).targets) {
         const TemplateFiles files = FilesOfTemplate(host, target.templateName);
         const bool isInstalled = RemedyErrors("", [&] { return IsFileExist(files.workingCopy); });
-        listed.push_back({files.name, target.path, target.roles, files.workingCopy, isInstalled});
+        listed.push_back({files.name, target.path, target.roles, files.workingCopy, isInstalled, target.file,
+                          target.line, target.changedBy, target.WhyNot()});
     }
     return listed;
 }

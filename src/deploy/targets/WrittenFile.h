@@ -10,6 +10,7 @@
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Paths.h"
+#include "deploy/targets/Targets.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -17,14 +18,14 @@ namespace ZET::Deploy {
 
 /// A file that the product may have written.
 struct WrittenFile {
-    std::string templateName;          ///< empty: the list does not have the file any more
-    std::string path;                  ///< of the real file, links followed
-    std::vector<std::string> restart;  ///< the services that notice its change only then
-    std::string named;                 ///< as the list has it; empty: the list does not have it any more
-    std::string trusted;               ///< the user whose directories count as root's
-    bool isOfBoth = true;              ///< the other role may have committed it, too
+    std::string templateName;  ///< empty: the list does not have the file any more
+    std::string path;          ///< of the real file, links followed
+    Services services;         ///< that do not notice its change by themselves
+    std::string named;         ///< as the list has it; empty: the list does not have it any more
+    std::string trusted;       ///< the user whose directories count as root's
+    bool isOfBoth = true;      ///< the other role may have committed it, too
     std::optional<Failure>
-        trouble;  ///< why the real file cannot be found; the path is then as the list has it
+        trouble;          ///< why the real file cannot be found; the path is then as the list has it
     bool isEdit = false;  ///< of single lines: it is no target
 
     std::string Reserve() const { return path + ZETReserveSuffix; }

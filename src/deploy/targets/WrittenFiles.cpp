@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "deploy/host/Signals.h"
 #include "deploy/targets/Targets.h"
 
 namespace ZET::Deploy {
@@ -22,37 +23,6 @@ std::optional<std::vector<Target>> ListedTargets(Deployment& product, const Know
     }
 }
 
-WrittenFile Written(const Deployment& product, const Target& target) {
-    WrittenFile file{target.templateName,
-                     product.HostPaths().FromInside(target.path),
-                     target.RestartsFor(product.Role()),
-                     target.path,
-                     target.trusted,
-                     target.roles.size() > 1,
-                     {},
-                     false};
-    try {
-        file.path = product.HostPaths().WithRealDirectory(product.FilePath(target.path));
-    } catch (const Failure& failure) {
-        file.trouble = failure;
-    }
-    return file;
-}
-
-/// None, with a warning, when the way to it leads out of the root directory by now.
-std::optional<WrittenFile> Recorded(Deployment& product, const std::string& path) {
-    WrittenFile file{"", path, {}, "", "", true, {}, false};
-    try {
-        if (!product.HostPaths().StaysInside(path)) {
-            product.Out().Warning(path + ": leads out of the root directory by a link, and is left alone");
-            return std::nullopt;
-        }
-    } catch (const Failure& failure) {
-        file.trouble = failure;
-    }
-    return file;
-}
-
 /// A file of which nobody can tell where it is, is at no path.
 bool IsAt(const Paths& paths, const WrittenFile& file, const std::string& path) {
     try {
@@ -64,18 +34,55 @@ bool IsAt(const Paths& paths, const WrittenFile& file, const std::string& path) 
 
 }  // namespace
 
+WrittenFile WrittenTarget(const Host& host, const Target& target) {
+    WrittenFile file{target.templateName,
+                     host.HostPaths().FromInside(target.path),
+                     target.ServicesFor(host.Role()),
+                     target.path,
+                     target.trusted,
+                     target.roles.size() > 1,
+                     {},
+                     false};
+    try {
+        file.path = host.HostPaths().WithRealDirectory(host.FilePath(target.path));
+    } catch (const Failure& failure) {
+        file.trouble = failure;
+    }
+    return file;
+}
+
+std::optional<WrittenFile> WrittenByRecord(Deployment& product, const std::string& path) {
+    WrittenFile file{"", path, {}, "", "", true, {}, false};
+    try {
+        if (!product.HostPaths().StaysInside(path)) {
+            product.Out().Warning(path + ": leads out of the root directory by a link, and is left alone");
+            return std::nullopt;
+        }
+        const Target* const target = product.Lists().TargetNamed(product.Lists().NameOf(path));
+        if (target != nullptr && target->IsFor(product.Role())) {
+            WrittenFile listed = WrittenTarget(product, *target);
+            if (listed.path == path) return listed;
+        }
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure& failure) {
+        if (product.Lists().IsUsable()) file.trouble = failure;
+    }
+    return file;
+}
+
 WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known) {
     WrittenFiles written;
     const std::optional<std::vector<Target>> targets = ListedTargets(product, known);
     written.isListMissing = !targets;
     if (targets)
         for (const Target& target : *targets)
-            written.files.push_back(Written(product, target));
+            written.files.push_back(WrittenTarget(product, target));
     for (const std::string& path : known.PathsOf(product.Role())) {
         const bool isListed = std::any_of(written.files.begin(), written.files.end(),
                                           [&](const WrittenFile& file) { return file.path == path; });
         if (isListed) continue;
-        if (std::optional<WrittenFile> file = Recorded(product, path))
+        if (std::optional<WrittenFile> file = WrittenByRecord(product, path))
             written.files.push_back(std::move(*file));
     }
     return written;
@@ -84,7 +91,7 @@ WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known) {
 std::vector<WrittenFile> FindEditedFiles(Deployment& product, const KnownFiles& known) {
     std::vector<WrittenFile> files;
     for (const std::string& path : known.EditedPaths()) {
-        std::optional<WrittenFile> file = Recorded(product, path);
+        std::optional<WrittenFile> file = WrittenByRecord(product, path);
         if (!file) continue;
         file->isEdit = true;
         files.push_back(std::move(*file));

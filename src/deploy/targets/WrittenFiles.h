@@ -1,6 +1,7 @@
 #ifndef ZET_WRITTEN_FILES_H
 #define ZET_WRITTEN_FILES_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,13 @@
 #include "deploy/targets/WrittenFile.h"
 
 namespace ZET::Deploy {
+
+/// A target of the list, where it is for the host's role.
+WrittenFile WrittenTarget(const Host& host, const Target& target);
+
+/// A file that no list has in force: what a list has of it all the same, or its path alone. None when it
+/// leads out of the root directory, which is told.
+std::optional<WrittenFile> WrittenByRecord(Deployment& product, const std::string& path);
 
 /// The files that a rollback of the host's role can be about.
 struct WrittenFiles {

@@ -116,7 +116,7 @@ class WayBack {
         }
         recording.Complete(Ending::DoneInPart);
         result.entry = recording.Number();
-        m_product.Out().Restarts(m_restarts.Services());
+        m_restarts.Tell(m_product.Out());
     }
 
     void Write(const FileToPutBack& file, UndoResult& result) {
@@ -134,7 +134,7 @@ class WayBack {
             const Target* const target = m_product.Lists().TargetNamed(m_product.Lists().NameOf(file.Path()));
             if (target == nullptr) return;
             for (const Role role : file.Change().roles)
-                m_restarts.Add(target->RestartsFor(role));
+                m_restarts.Add(*target, role);
         } catch (const Failure& failure) {
             // Without its list, nobody knows; the file goes back all the same.
             m_product.Out().Detail(failure.what());
@@ -146,7 +146,7 @@ class WayBack {
         try {
             if (result.isChanged && !m_product.Wanted().dryRun)
                 m_product.Out().Error("not everything was put back (\"undo\" takes back what was)");
-            m_product.Out().Restarts(m_restarts.Services());
+            m_restarts.Tell(m_product.Out());
         } catch (const std::exception& error) {
             m_product.Out().Error(FailureOf(error).what());
         }

@@ -1,4 +1,4 @@
-#include "deploy/edit/EditRules.h"
+#include "deploy/targets/EditRules.h"
 
 #include <gmock/gmock.h>
 

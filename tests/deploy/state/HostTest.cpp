@@ -16,7 +16,7 @@ class HostTest : public HostFixture {};
 TEST_F(HostTest, ParametersAreThoseOfTheMainFile) {
     EXPECT_EQ(TheHost().Param("DOMAIN"), "example.org");
     EXPECT_EQ(TheHost().Param("ZET_CFG"), At("zet.conf"));
-    EXPECT_EQ(TheHost().Params().at("ZET_CFG_DIR"), At("etc"));
+    EXPECT_EQ(TheHost().CoreParams().at("ZET_CFG_DIR"), At("etc"));
     EXPECT_EQ(TheHost().State().Path(), At("state"));
 }
 

@@ -96,7 +96,9 @@ TEST(TargetListReader, OtherFormsOfTomlSayTheSame) {
 }
 
 TEST(TargetListReader, UnknownKeysAreTold) {
-    const std::string known = " (use target, roles, check, check_timeout, restart, secret or trust)";
+    const std::string known =
+        " (use target, roles, when, check, check_timeout, restart, reload, secret, notice, trust, mode, "
+        "owner or enabled)";
     EXPECT_THAT(ProblemsOf(Entry("  Target = 1\n\"\" = { a = 1 }\nwhen = \"A=b\"")),
                 ElementsAre("LIST:4:3: unknown key \"Target\"" + known, "LIST:5:1: unknown key \"\"" + known,
                             "LIST:6:1: unknown key \"when\"" + known));

@@ -68,6 +68,13 @@ TEST_F(TemplateStatesTest, CopyWithoutAShippedTemplateIsJudgedByWhatItWasMadeFro
     EXPECT_EQ(State().state, "edited");
 }
 
+TEST_F(TemplateStatesTest, TemplateThatWasNeverShippedIsTheHostsOwn) {
+    unlink(At("templates/one").c_str());
+    Write("etc/one", "mine\n");
+    EXPECT_EQ(State().state, "own");
+    EXPECT_FALSE(State().hasNewer);
+}
+
 TEST_F(TemplateStatesTest, TemplateThatCannotBeLookedAtKeepsNoOtherFromBeingTold) {
     AddTarget("two");
     unlink(At("templates/one").c_str());

@@ -1,28 +1,33 @@
-#include "deploy/targets/RollbackStep.h"
+#include "deploy/targets/TakeBack.h"
 
 #include <algorithm>
-#include <utility>
 
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileInPlace.h"
+#include "deploy/host/FileState.h"
+#include "deploy/state/OwnText.h"
+#include "deploy/state/Replacement.h"
 #include "deploy/targets/EditRollback.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/TargetCheck.h"
+#include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
 
 namespace {
 
 using Result = FileOutcome::Result;
-using Action = RollbackStep::Action;
+using Action = TakeBackStep::Action;
 
-void Miss(RollbackStep& step, const std::string& remark) {
-    step.isMissed = true;
+void Keep(TakeBackStep& step, const std::string& remark) {
+    step.isKept = true;
     step.Tell(Result::Kept, remark);
 }
 
 }  // namespace
 
-void RollbackStep::Tell(Result result, const std::string& remark) {
+void TakeBackStep::Tell(Result result, const std::string& remark) {
     outcome = {};
     outcome.file = file.named;
     outcome.path = file.path;
@@ -31,16 +36,13 @@ void RollbackStep::Tell(Result result, const std::string& remark) {
     outcome.remark = remark;
 }
 
-RollbackDecision::RollbackDecision(Deployment& product, const KnownFiles& known,
-                                   const RollBackToOptions& options)
-    : m_product(product), m_known(known), m_options(options), m_otherRole(OtherRole(product.Role())) {}
-
-void RollbackDecision::Decide(RollbackStep& step) {
+void TakeBack::Decide(TakeBackStep& step) {
+    if (step.file.trouble) throw Failure(*step.file.trouble);
     step.version = VersionOf(step.file.path);
     if (!step.file.isEdit || !DecideEdit(step)) DecideTarget(step);
 }
 
-void RollbackDecision::DecideTarget(RollbackStep& step) {
+void TakeBack::DecideTarget(TakeBackStep& step) {
     const WrittenFile& file = step.file;
     const FileState reserve = StateOf(file.Reserve());
     const FileState now = StateOf(file.path);
@@ -52,40 +54,40 @@ void RollbackDecision::DecideTarget(RollbackStep& step) {
     }
     if (reserve.exists && !reserve.IsRegular())
         throw Failure({.file = file.Reserve(), .text = "is no regular file", .remedy = "move it away"});
-    if (now.exists && !m_options.force && !IsOwnWork(file)) {
+    if (now.exists && !m_ways.isForced && !IsOwnWork(file)) {
         KeepEdited(step);
-    } else if (m_known.IsUnusable() && file.isOfBoth && !m_options.force) {
+    } else if (m_known.IsUnusable() && file.isOfBoth && !m_ways.isForced) {
         KeepOthers(step);
     } else if (m_known.Has(file.path, m_otherRole)) {
         step.action = Action::LeaveToOtherRole;
         step.Tell(Result::Kept,
                   std::string("stays for the role ") + NameOf(m_otherRole) + ", which has committed it");
     } else {
-        PutBack(step, now, reserve);
+        DecidePutBack(step, now, reserve);
     }
 }
 
 /// False when the file goes back to its reserve, as a target does.
-bool RollbackDecision::DecideEdit(RollbackStep& step) {
-    EditToTakeBack edit = LookAtEdit(m_known, step.file, m_options.force);
+bool TakeBack::DecideEdit(TakeBackStep& step) {
+    EditToTakeBack edit = LookAtEdit(m_known, step.file, m_ways.isForced);
     switch (edit.way) {
         case EditToTakeBack::Way::Reserve:
             return false;
         case EditToTakeBack::Way::Keep:
-            Miss(step, edit.remark);
+            Keep(step, edit.remark);
             break;
         case EditToTakeBack::Way::Forget:
             step.action = Action::LeaveToOtherRole;
             step.Tell(Result::Unchanged, edit.remark);
             break;
         case EditToTakeBack::Way::Blocks:
-            TakeOutBlocks(step, std::move(edit.text), edit.remark);
+            DecideBlocks(step, std::move(edit.text), edit.remark);
             break;
     }
     return true;
 }
 
-void RollbackDecision::TakeOutBlocks(RollbackStep& step, std::string text, const std::string& remark) {
+void TakeBack::DecideBlocks(TakeBackStep& step, std::string text, const std::string& remark) {
     step.action = Action::TakeOutBlocks;
     step.Tell(Result::Changed, remark);
     step.outcome.before = step.outcome.after = StateOf(step.file.path);
@@ -95,7 +97,7 @@ void RollbackDecision::TakeOutBlocks(RollbackStep& step, std::string text, const
     step.outcome.diff = DiffToShow(m_product, step.file.path, staged, step.file.path);
 }
 
-void RollbackDecision::PutBack(RollbackStep& step, const FileState& now, const FileState& reserve) const {
+void TakeBack::DecidePutBack(TakeBackStep& step, const FileState& now, const FileState& reserve) const {
     const std::string tense = m_product.Wanted().dryRun ? "would be " : "";
     if (reserve.exists) {
         const std::string attributes = now.exists ? DescribeChange(now, reserve) : "";
@@ -112,47 +114,89 @@ void RollbackDecision::PutBack(RollbackStep& step, const FileState& now, const F
     step.action = step.file.IsAsReserved(now, reserve) ? Action::DropReserve : Action::PutBack;
 }
 
-void RollbackDecision::KeepEdited(RollbackStep& step) const {
+void TakeBack::KeepEdited(TakeBackStep& step) const {
     const char* const remark = "edited, stays as it is";
-    if (m_options.keepEdits) return step.Tell(Result::Kept, remark);
-    m_product.Out().Warning(
-        step.file.path +
-        ": was edited since it was committed and stays (--force puts back what was there before)");
-    Miss(step, remark);
+    if (m_ways.keepsEdits) return step.Tell(Result::Kept, remark);
+    m_product.Out().Warning(step.file.path + ": was edited since it was committed and stays (" +
+                            m_ways.force + " puts back what was there before)");
+    Keep(step, remark);
 }
 
 /// Without the history, nobody can tell.
-void RollbackDecision::KeepOthers(RollbackStep& step) const {
+void TakeBack::KeepOthers(TakeBackStep& step) const {
     const std::string remark = std::string("may have been committed by the role ") + NameOf(m_otherRole) +
-                               ", too, and stays (--force puts it back)";
+                               ", too, and stays (" + m_ways.force + " puts it back)";
     m_product.Out().Warning(step.file.path + ": " + remark);
-    Miss(step, remark);
+    Keep(step, remark);
 }
 
 /// Whether nothing but the product's work is lost when the file is replaced: it is what the product wrote, or
 /// what was there before, where a run was cut short in between.
-bool RollbackDecision::IsOwnWork(const WrittenFile& file) {
+bool TakeBack::IsOwnWork(const WrittenFile& file) {
     if (m_known.IsAsLeft(file.path)) return true;
     if (!StateOf(file.path).IsRegular()) return false;
     if (IsFileExist(file.Reserve()) && HaveSameModeAndBytes(file.path, file.Reserve())) return true;
     if (file.templateName.empty()) return false;
-    if (!CheckTemplateFile(m_product, file.templateName, m_product.Config().TemplatesValues()).empty())
-        return false;
+    if (!CheckTemplateFile(m_product, file.templateName, m_product.TemplateValues()).empty()) return false;
     return std::any_of(std::begin(kRoles), std::end(kRoles), [&](Role role) {
         return HaveSameModeAndBytes(file.path, RenderQuietly(m_product, Room(), file.templateName, role));
     });
 }
 
-ShownDiff RollbackDecision::DiffOf(const WrittenFile& file, const FileState& now,
-                                   const FileState& reserve) const {
+ShownDiff TakeBack::DiffOf(const WrittenFile& file, const FileState& now, const FileState& reserve) const {
     const bool isShown = now.exists ? now.IsRegular() : reserve.exists;
     if (!isShown) return {};
     return DiffToShow(m_product, now.exists ? file.path : "", reserve.exists ? file.Reserve() : "",
                       file.path);
 }
 
+void TakeBack::TakeOutBlocks(const TakeBackStep& step) const {
+    const FileInPlace place = step.file.PlaceIn(m_product.HostPaths());
+    Replacement replacement(m_product, place, step.version);
+    const mode_t mode = replacement.Former().mode;
+    replacement.Make(
+        mode, [&](const std::string& name) { SaveOwnText(name, step.text, mode); },
+        [](const std::string&) {});
+}
+
+void TakeBack::Do(const TakeBackStep& step) const {
+    if (step.action == Action::TakeOutBlocks) return TakeOutBlocks(step);
+    if (step.action != Action::PutBack && step.action != Action::DropReserve) return;
+    const FileInPlace place = step.file.PlaceIn(m_product.HostPaths());
+    if (step.action == Action::PutBack) return PutBackAsItWas(m_product, place, step.version);
+    // What cannot be replaced, like a mount point, can be as it was all the same.
+    place.Within([&](const std::string& name) { m_product.Config().RemoveConfigFileReserve(name); });
+}
+
+ExpectedFile TakeBack::Expected(const TakeBackStep& step) const {
+    ExpectedFile file;
+    file.path = step.file.path;
+    file.kind = FileKind::Original;
+    if (const KnownFile* const known = m_known.Find(file.path)) file.knowledge = known->state.knowledge;
+    if (file.knowledge) file.knowledge->roles.erase(m_product.Role());
+    const std::uint64_t longest = m_product.HostHistory().Limits().largestText;
+    if (step.action == Action::LeaveToOtherRole) {
+        // What somebody else makes of it meanwhile is not the product's work.
+        file.after = Capture(file.path, longest);
+        const KnownFile* const known = m_known.Find(file.path);
+        if (!m_known.Has(file.path, m_otherRole)) return file;
+        file.kind = FileKind::Target;
+        // Somebody may have edited it since.
+        file.left = known->state;
+        return file;
+    }
+    if (step.action == Action::TakeOutBlocks) {
+        file.after = Capture(file.path, longest);
+        file.after->SetText(step.text);
+        return file;
+    }
+    file.after = step.hasReserve ? Capture(step.file.Reserve(), longest) : CapturedFile();
+    file.companions = ExpectedFile::Companions::MayGo;
+    return file;
+}
+
 /// Made when it is needed: most rollbacks compare nothing, and work where there is no room left.
-const Staging& RollbackDecision::Room() {
+const Staging& TakeBack::Room() {
     if (!m_staging)
         m_staging =
             std::make_unique<Staging>(m_product.Wanted().dryRun ? "" : m_product.Param("ZET_VAR_LIB_DIR"));

@@ -1,0 +1,21 @@
+#ifndef ZET_LISTED_DIRECTORY_H
+#define ZET_LISTED_DIRECTORY_H
+
+#include <string>
+#include <vector>
+
+#include "deploy/host/Paths.h"
+
+namespace ZET::Deploy {
+
+/// The names of a directory's files that end with `suffix`, in the order of their bytes; those that begin
+/// with a dot are left out. None where there is no directory; one that cannot be read is a `Failure`.
+std::vector<std::string> NamesIn(const Paths& paths, const std::string& directory, const std::string& suffix);
+
+/// The text of a file that a path in one of the product's directories leads to. A link that leads out of the
+/// root directory, and what is no regular file, is a `Failure`.
+std::string ReadInside(const Paths& paths, const std::string& file);
+
+}  // namespace ZET::Deploy
+
+#endif

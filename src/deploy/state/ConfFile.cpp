@@ -1,0 +1,55 @@
+#include "deploy/state/ConfFile.h"
+
+#include <optional>
+
+#include "text/Lines.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr std::string_view kBlanks = " \t\v\f\r";
+
+/// What keeps a line from giving a parameter, without its place.
+std::optional<Problem> ProblemOfLine(std::string_view line) {
+    const auto problem = [](const std::string& text, const std::string& remedy) {
+        return Problem{.text = text, .remedy = remedy};
+    };
+    if (line.find('\0') != std::string_view::npos) return problem("the line holds a NUL byte", "remove it");
+    const std::size_t equals = line.find('=');
+    if (equals == std::string_view::npos)
+        return problem("no \"=\" in the line", "write NAME=value, or \"#\" before a comment");
+    if (equals > 0 && kBlanks.find(line[equals - 1]) != std::string_view::npos)
+        return problem("a blank before \"=\"", "write NAME=value without it");
+    const std::string name(line.substr(0, equals));
+    if (!IsParameterName(name))
+        return problem("\"" + name + "\" is no name of a parameter",
+                       "use letters, digits and \"_\", no digit first");
+    return std::nullopt;
+}
+
+}  // namespace
+
+ConfFile ReadConfText(const std::string& file, std::string_view text) {
+    ConfFile conf;
+    int number = 0;
+    for (const Text::TextLine& line : Text::SplitLines(text)) {
+        ++number;
+        const std::size_t start = line.text.find_first_not_of(kBlanks);
+        if (start == std::string_view::npos || line.text[start] == '#') continue;
+        const std::string_view given = line.text.substr(start);
+        if (std::optional<Problem> problem = ProblemOfLine(given)) {
+            problem->file = file;
+            problem->line = number;
+            conf.problems.push_back(std::move(*problem));
+            continue;
+        }
+        const std::size_t equals = given.find('=');
+        conf.given.push_back({number, static_cast<int>(start + equals) + 2,
+                              std::string(given.substr(0, equals)), std::string(given.substr(equals + 1)),
+                              file});
+    }
+    return conf;
+}
+
+}  // namespace ZET::Deploy

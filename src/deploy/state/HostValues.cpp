@@ -1,0 +1,305 @@
+#include "deploy/state/HostValues.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/ListedDirectory.h"
+#include "deploy/host/Remedy.h"
+#include "deploy/state/ConfFile.h"
+#include "deploy/state/Host.h"
+#include "zet/ZETFiles.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr char kMainFile[] = "ZET_CFG";
+constexpr char kOwnDirectory[] = "ZET_CFG_DIR";
+constexpr std::string_view kOwnPrefix = "ZET_";
+
+std::string NameOf(const std::string& placeholder) {
+    return placeholder.substr(2, placeholder.size() - 3);
+}
+
+/// The product's parameter that has this name in other letters; empty: none.
+std::string ParameterSpelled(const std::string& name) {
+    std::string upper = name;
+    for (char& c : upper)
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    return IsOfTheProduct(upper) ? upper : "";
+}
+
+bool IsValueName(const std::string& name) {
+    constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyz_";
+    return kLetters.find(name.front()) != std::string_view::npos &&
+           name.find_first_not_of(std::string(kLetters) + "0123456789") == std::string::npos;
+}
+
+const GivenParameter* LastOf(const std::vector<GivenParameter>& given, const std::string& name) {
+    const auto last = std::find_if(given.rbegin(), given.rend(),
+                                   [&](const GivenParameter& each) { return each.name == name; });
+    return last == given.rend() ? nullptr : &*last;
+}
+
+}  // namespace
+
+void HostValues::TakeDefaults() {
+    ReadFleet();
+    if (m_fleet.empty()) return;
+    const std::string main = m_host.Param(kMainFile);
+    if (!main.empty()) m_main = GivenParameters(ReadFileBytes(main));
+    for (const GivenParameter& given : m_fleet) {
+        const bool isFixed = given.name == kMainFile || given.name == kOwnDirectory;
+        const bool isBroken = IsOwnDirectory(given.name) && ProblemOfParam(given.name, given.value);
+        if (isFixed || isBroken || LastOf(m_main, given.name) != nullptr) continue;
+        m_host.Core().UpdateParam(given.name, given.value);
+    }
+}
+
+/// Before the directories are those of a tree.
+void HostValues::ReadFleet() {
+    const Paths& paths = m_host.HostPaths();
+    const std::string directory = paths.Resolved(m_host.Param(kOwnDirectory)) + "/defaults.d";
+    try {
+        const std::vector<std::string> names = NamesIn(paths, directory, ".conf");
+        if (!names.empty()) m_files.push_back(directory);
+        for (const std::string& name : names) {
+            for (GivenParameter& given : ReadConf(directory + "/" + name))
+                m_fleet.push_back(std::move(given));
+        }
+    } catch (const Failure& failure) {
+        m_problems.push_back(failure.Facts());
+    }
+}
+
+/// What most commands do not ask for.
+void HostValues::ReadRest() {
+    if (std::exchange(m_isRead, true)) return;
+    const std::string main = m_host.Param(kMainFile);
+    if (!main.empty()) m_main = GivenParameters(ReadFileBytes(main));
+    const std::string shipped = m_host.Param("ZET_CFG_TEMPL_DIR") + "/values.conf";
+    try {
+        if (RemedyErrors("", [&] { return IsFileExist(shipped); })) m_shipped = ReadConf(shipped);
+        ReadTexts();
+    } catch (const Failure& failure) {
+        m_problems.push_back(failure.Facts());
+    }
+    CheckFleet();
+    CheckShipped();
+    CheckMain();
+    for (const auto& [placeholder, file] : m_textFiles)
+        CheckText(NameOf(placeholder), file);
+}
+
+void HostValues::ReadTexts() {
+    const std::string directory = m_host.Param(kOwnDirectory) + "/values.d";
+    const std::vector<std::string> names = NamesIn(m_host.HostPaths(), directory, "");
+    if (!names.empty()) m_files.push_back(directory);
+    for (const std::string& name : names) {
+        const std::string file = directory + "/" + name;
+        m_files.push_back(file);
+        if (!IsValueName(name)) {
+            m_problems.push_back({.file = file,
+                                  .text = "\"" + name + "\" is no name of a value",
+                                  .remedy = "use small letters, digits and \"_\", no digit first; or move it "
+                                            "away"});
+            continue;
+        }
+        const std::string placeholder = PlaceholderFor(name);
+        m_textFiles.emplace(placeholder, file);
+        if (std::optional<std::string> text = ReadText(file)) m_texts.emplace(placeholder, std::move(*text));
+    }
+}
+
+std::vector<GivenParameter> HostValues::ReadConf(const std::string& file) {
+    m_files.push_back(file);
+    try {
+        ConfFile conf = ReadConfText(file, ReadInside(m_host.HostPaths(), file));
+        for (Problem& problem : conf.problems)
+            m_problems.push_back(std::move(problem));
+        return std::move(conf.given);
+    } catch (const Failure& failure) {
+        m_problems.push_back(ProblemOf(file, failure));
+        return {};
+    }
+}
+
+/// The last line feed does not belong to it.
+std::optional<std::string> HostValues::ReadText(const std::string& file) {
+    try {
+        std::string text = ReadInside(m_host.HostPaths(), file);
+        if (text.find('\0') != std::string::npos)
+            throw Failure({.file = file, .text = "holds a NUL byte", .remedy = "take it out"});
+        if (text.ends_with('\n')) text.pop_back();
+        return text;
+    } catch (const Failure& failure) {
+        m_problems.push_back(ProblemOf(file, failure));
+        return std::nullopt;
+    }
+}
+
+void HostValues::CheckFleet() {
+    for (const GivenParameter& given : m_fleet) {
+        if (given.name == kMainFile || given.name == kOwnDirectory) {
+            AddOf(given, given.name + " has no effect here", "set it in the main configuration file");
+        } else if (const auto problem = ProblemOfParam(given.name, given.value);
+                   problem && IsOwnDirectory(given.name)) {
+            AddOf(given, problem->text, problem->remedy);
+        } else {
+            CheckName(given, false);
+        }
+    }
+}
+
+void HostValues::CheckShipped() {
+    std::erase_if(m_shipped, [&](const GivenParameter& given) {
+        if (!IsOfTheProduct(given.name)) return !CheckName(given, true);
+        AddOf(given, given.name + " is a parameter of the product, which has a default",
+              "remove the line; defaults of your own belong into defaults.d");
+        return true;
+    });
+}
+
+void HostValues::CheckMain() {
+    for (const GivenParameter& given : m_main)
+        CheckName(given, false);
+}
+
+/// Whether the name can be a placeholder of one's own.
+bool HostValues::CheckName(const GivenParameter& given, bool isShipped) {
+    const std::string& name = given.name;
+    if (IsOfTheProduct(name)) return true;
+    const std::string placeholder = PlaceholderFor(name);
+    const auto clash = [&](const std::string& text, const std::string& remedy) {
+        AddOf(given, text, remedy);
+        m_clashing.insert(placeholder);
+        return false;
+    };
+    if (name.starts_with(kOwnPrefix)) {
+        std::vector<std::string> known;
+        for (const ZETParameter& parameter : KnownParameters())
+            known.push_back(parameter.name);
+        const std::string nearest = NearestName(name, known);
+        return clash(
+            "the product has no parameter " + name,
+            nearest.empty() ? "names of your own must not begin with ZET_" : "did you mean " + nearest + "?");
+    }
+    if (const std::string own = ParameterBehind(placeholder); !own.empty())
+        return clash(name + " would be " + placeholder + ", which the product makes of " + own,
+                     "set " + own + ", or give it another name");
+    if (const std::string own = ParameterSpelled(name); !own.empty())
+        return clash("the product has the parameter " + own,
+                     "write it in capital letters, or use another name");
+    const auto [known, isFirst] = m_spelled.emplace(placeholder, given);
+    if (!isFirst && known->second.name != name)
+        return clash(name + " and " + known->second.name + " are both " + placeholder,
+                     "use one spelling of the name");
+    const auto text = m_textFiles.find(placeholder);
+    if (isShipped || text == m_textFiles.end()) return true;
+    AddOf(given, name + " is the file " + text->second + ", too", "keep one of the two");
+    return false;
+}
+
+void HostValues::CheckText(const std::string& name, const std::string& file) {
+    const std::string placeholder = PlaceholderFor(name);
+    const std::string own = ParameterBehind(placeholder);
+    const std::string spelled = ParameterSpelled(name);
+    if (own.empty() && spelled.empty() && !name.starts_with("zet_")) return;
+    m_clashing.insert(placeholder);
+    const std::string text = !own.empty()       ? placeholder + " is made of the product's parameter " + own
+                             : !spelled.empty() ? "the product has the parameter " + spelled
+                                                : "names that begin with zet_ are the product's";
+    m_problems.push_back({.file = file, .text = text, .remedy = "give the value another name"});
+}
+
+void HostValues::AddOf(const GivenParameter& given, const std::string& text, const std::string& remedy) {
+    const std::string file = given.file.empty() ? m_host.Param(kMainFile) : given.file;
+    m_problems.push_back({file, given.line, 0, text, remedy});
+}
+
+const StringMap& HostValues::Own() {
+    if (m_own) return *m_own;
+    ReadRest();
+    StringMap own;
+    for (const GivenParameter& given : m_shipped)
+        own[PlaceholderFor(given.name)] = given.value;
+    for (const auto& [name, value] : m_host.CoreParams())
+        if (!IsOfTheProduct(name)) own[PlaceholderFor(name)] = value;
+    for (const auto& [placeholder, text] : m_texts)
+        own[placeholder] = text;
+    std::erase_if(own, [&](const auto& value) { return m_clashing.contains(value.first); });
+    m_own = std::move(own);
+    return *m_own;
+}
+
+std::string HostValues::Param(const std::string& name) {
+    const StringMap params = Params();
+    const auto found = params.find(name);
+    return found == params.end() ? "" : found->second;
+}
+
+StringMap HostValues::Params() {
+    ReadRest();
+    StringMap params = m_host.CoreParams();
+    StringMap shipped;
+    for (const GivenParameter& given : m_shipped)
+        shipped[given.name] = given.value;
+    params.merge(shipped);
+    return params;
+}
+
+std::optional<HostValues::Source> HostValues::SourceOfParam(const std::string& name) {
+    ReadRest();
+    if (const GivenParameter* const given = LastOf(m_main, name))
+        return Source{m_host.Param(kMainFile), given->line};
+    if (const auto below = SourceBelowMain(name)) return below;
+    const std::string maker = ParameterThatMakes(name);
+    return maker.empty() ? std::nullopt : SourceOfParam(maker);
+}
+
+std::optional<HostValues::Source> HostValues::SourceBelowMain(const std::string& name) {
+    ReadRest();
+    for (const auto* source : {&m_fleet, &m_shipped})
+        if (const GivenParameter* const given = LastOf(*source, name))
+            return Source{given->file, given->line};
+    return std::nullopt;
+}
+
+std::optional<HostValues::Source> HostValues::SourceOfPlaceholder(const std::string& placeholder) {
+    ReadRest();
+    if (const std::string own = ParameterBehind(placeholder); !own.empty()) return SourceOfParam(own);
+    if (const auto text = m_textFiles.find(placeholder); text != m_textFiles.end())
+        return Source{text->second, 0};
+    const auto spelled = m_spelled.find(placeholder);
+    return spelled == m_spelled.end() ? std::nullopt : SourceOfParam(spelled->second.name);
+}
+
+std::vector<Problem> HostValues::Problems() {
+    ReadRest();
+    return m_problems;
+}
+
+const std::vector<GivenParameter>& HostValues::GivenByMain() {
+    ReadRest();
+    return m_main;
+}
+
+const std::set<std::string>& HostValues::Clashing() {
+    ReadRest();
+    return m_clashing;
+}
+
+const std::map<std::string, std::string>& HostValues::ValueFiles() {
+    ReadRest();
+    return m_textFiles;
+}
+
+std::vector<std::string> HostValues::Files() {
+    ReadRest();
+    return m_files;
+}
+
+}  // namespace ZET::Deploy

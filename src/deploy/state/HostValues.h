@@ -1,0 +1,102 @@
+#ifndef ZET_HOST_VALUES_H
+#define ZET_HOST_VALUES_H
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "deploy/state/ParameterCheck.h"
+#include "zet/ZETProblem.h"
+#include "zet/ZETTypes.h"
+
+namespace ZET::Deploy {
+
+class Host;
+
+/// Where the values of a host come from. A later source wins over those before it: the defaults that come
+/// with the shipped templates (`values.conf` beside them), those of a fleet (`defaults.d/*.conf` in
+/// ZET_CFG_DIR) and the main file. What has several lines is a file of its own (`values.d/NAME` in
+/// ZET_CFG_DIR).
+///
+/// What is wrong in a source is a problem of a check, and left out: it stops no command that could mend it.
+class HostValues {
+  public:
+    explicit HostValues(Host& host) : m_host(host) {}
+
+    /// Gives the core the fleet's parameters, as far as the main file has none of the name.
+    void TakeDefaults();
+
+    /// The values that the product does not have itself, by placeholder: "${ntp_server}".
+    const StringMap& Own();
+
+    /// The value of a parameter, whichever source has it; empty: none.
+    std::string Param(const std::string& name);
+
+    /// Every parameter with its value.
+    StringMap Params();
+
+    /// Where a parameter or a value of several lines stands.
+    struct Source {
+        std::string file;
+        int line = 0;  ///< 0: the whole file
+    };
+
+    /// None: it has the product's default.
+    std::optional<Source> SourceOfParam(const std::string& name);
+    std::optional<Source> SourceOfPlaceholder(const std::string& placeholder);
+
+    /// The source below the main file that has the parameter, which the main file's wins over.
+    std::optional<Source> SourceBelowMain(const std::string& name);
+
+    /// What is wrong in the sources: lines that are none, names that clash, files that are no values.
+    std::vector<Problem> Problems();
+
+    /// The parameters of the fleet's defaults, and of the main file.
+    const std::vector<GivenParameter>& GivenByFleet() const { return m_fleet; }
+    const std::vector<GivenParameter>& GivenByMain();
+
+    /// The placeholders whose names clash, which have no value then.
+    const std::set<std::string>& Clashing();
+
+    /// The names of the files of several lines, by placeholder.
+    const std::map<std::string, std::string>& ValueFiles();
+
+    /// The files and directories that root relies on; those that are not there are left out.
+    std::vector<std::string> Files();
+
+    /// Parameters have other values now.
+    void Forget() { m_own.reset(); }
+
+  private:
+    void ReadFleet();
+    void ReadRest();
+    void ReadTexts();
+    std::vector<GivenParameter> ReadConf(const std::string& file);
+    std::optional<std::string> ReadText(const std::string& file);
+    void CheckFleet();
+    void CheckShipped();
+    void CheckMain();
+    bool CheckName(const GivenParameter& given, bool isShipped);
+    void CheckText(const std::string& name, const std::string& file);
+    void AddOf(const GivenParameter& given, const std::string& text, const std::string& remedy);
+    const GivenParameter* LastGiven(const std::string& name) const;
+
+    Host& m_host;
+    bool m_isRead = false;
+    std::vector<std::string> m_files;
+    std::vector<GivenParameter> m_shipped;
+    std::vector<GivenParameter> m_fleet;
+    std::vector<GivenParameter> m_main;
+    std::map<std::string, std::string> m_textFiles;   ///< by placeholder
+    StringMap m_texts;                                ///< the same
+    std::map<std::string, GivenParameter> m_spelled;  ///< by placeholder: how the first one spells it
+    std::set<std::string> m_clashing;                 ///< placeholders
+    std::vector<Problem> m_problems;
+    std::optional<StringMap> m_own;
+};
+
+}  // namespace ZET::Deploy
+
+#endif

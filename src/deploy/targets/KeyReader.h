@@ -1,0 +1,119 @@
+#ifndef ZET_KEY_READER_H
+#define ZET_KEY_READER_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "deploy/state/ParameterCheck.h"
+#include "deploy/targets/ListProblems.h"
+#include "deploy/targets/Targets.h"
+#include "deploy/targets/Toml.h"
+
+namespace ZET::Deploy {
+
+/// What would end a name early for the system, or in the records of a commit.
+inline bool HasEnd(const std::string& name) {
+    return name.find('\0') != std::string::npos || name.find('\n') != std::string::npos;
+}
+
+/// Takes the values of keys that every kind of entry has; what is wrong with one is a problem.
+class KeyReader {
+  protected:
+    KeyReader(ListEntry& entry, ListProblems& problems) : m_entry(entry), m_problems(problems) {}
+
+    void TakeRoles(const Entry& entry) {
+        constexpr char kRemedy[] = "write \"server\", \"client\" or \"both\"";
+        m_entry.hasRoles = true;
+        const std::optional<std::string> roles = TextOf(entry, kRemedy);
+        if (!roles) return;
+        m_entry.roles.clear();
+        if (const std::optional<Role> role = RoleNamed(*roles)) m_entry.roles = {*role};
+        if (*roles == "both") m_entry.roles = {std::begin(kRoles), std::end(kRoles)};
+        if (m_entry.roles.empty()) Problems().Add(entry.ValuePlace(), "roles is \"" + *roles + "\"", kRemedy);
+    }
+
+    void TakeEnabled(const Entry& entry) { m_entry.isEnabled = IsTrue(entry, true); }
+
+    void TakeWhen(const Entry& entry) {
+        constexpr char kRemedy[] = "write \"PARAMETER=VALUE\"";
+        const std::optional<std::string> text = TextOf(entry, kRemedy);
+        if (!text) return;
+        const std::size_t equals = text->find('=');
+        const std::string name = text->substr(0, equals);
+        if (equals == std::string::npos || !IsParameterName(name))
+            return Problems().Add(entry.ValuePlace(), "when is \"" + *text + "\"", kRemedy);
+        m_entry.when = {name, text->substr(equals + 1)};
+    }
+
+    std::optional<std::string> PathOf(const Entry& entry) {
+        const std::string remedy = "begin it with \"/\", and end it with the name of a file";
+        const std::optional<std::string> path = TextOf(entry, "write a path in quotes; " + remedy);
+        if (!path || (path->starts_with('/') && !path->ends_with('/'))) return path;
+        Problems().Add(entry.ValuePlace(), entry.Name() + " \"" + *path + "\" is no absolute path of a file",
+                       remedy);
+        return std::nullopt;
+    }
+
+    /// What cannot be told is `otherwise`.
+    bool IsTrue(const Entry& entry, bool otherwise) {
+        const auto* const value = entry.value->as_boolean();
+        if (value == nullptr) AddKind(entry, "write true or false, without quotes");
+        return value == nullptr ? otherwise : value->get();
+    }
+
+    std::optional<std::string> TextOf(const Entry& entry, const std::string& remedy) {
+        const auto* const text = entry.value->as_string();
+        if (text == nullptr) {
+            AddKind(entry, remedy);
+            return std::nullopt;
+        }
+        if (!HasEnd(text->get())) return text->get();
+        Problems().Add(entry.ValuePlace(), entry.Name() + " holds a NUL byte or a line feed", "take it out");
+        return std::nullopt;
+    }
+
+    std::vector<std::string> WordsOf(const Entry& entry, const std::string& remedy) {
+        const toml::array* const array = entry.value->as_array();
+        if (array == nullptr) {
+            AddKind(entry, remedy);
+            return {};
+        }
+        if (array->empty()) AddEmpty(entry);
+        std::vector<std::string> words;
+        for (const toml::node& node : *array) {
+            const auto* const word = node.as_string();
+            if (word == nullptr) {
+                Problems().Add(PlaceOf(node.source()), entry.Name() + " holds " + KindOf(node),
+                               "write each word in quotes");
+            } else if (word->get().find('\0') != std::string::npos) {
+                Problems().Add(PlaceOf(node.source()), entry.Name() + " holds a NUL byte", "take it out");
+            } else {
+                words.push_back(word->get());
+            }
+        }
+        return words;
+    }
+
+    void AddKind(const Entry& entry, const std::string& remedy) {
+        Problems().Add(entry.ValuePlace(), entry.Name() + " is " + KindOf(*entry.value), remedy);
+    }
+
+    void AddEmpty(const Entry& entry) {
+        Problems().Add(entry.ValuePlace(), entry.Name() + " is empty", "fill it, or remove the line");
+    }
+
+    void AddUnknown(const Entry& entry, const std::string& known) {
+        Problems().Add(entry.KeyPlace(), "unknown key \"" + entry.Name() + "\"", "use " + known);
+    }
+
+    ListProblems& Problems() { return m_problems; }
+
+  private:
+    ListEntry& m_entry;
+    ListProblems& m_problems;
+};
+
+}  // namespace ZET::Deploy
+
+#endif

@@ -1,0 +1,315 @@
+#include "deploy/targets/ListedEdits.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "deploy/host/Companions.h"
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileInPlace.h"
+#include "deploy/host/Remedy.h"
+#include "deploy/state/Language.h"
+#include "deploy/state/Overrides.h"
+#include "deploy/state/OwnText.h"
+#include "deploy/state/Replacement.h"
+#include "deploy/targets/EditRules.h"
+#include "deploy/targets/ShownDiff.h"
+#include "text/FirstLine.h"
+#include "text/LineEnds.h"
+#include "text/ManagedText.h"
+#include "text/WithoutBlocks.h"
+#include "text/repair/TextToEdit.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// The lines that are not the system's own.
+std::vector<LineInPlace> LinesIn(const Text::ManagedText& managed) {
+    std::vector<LineInPlace> lines;
+    for (std::size_t number = 1; number <= managed.LineCount(); ++number) {
+        const Text::ManagedLine& line = managed.Line(number);
+        const bool isInBlock = line.kind == Text::LineKind::BlockContent;
+        if (isInBlock || line.kind == Text::LineKind::Ordinary)
+            lines.push_back({number, std::string(line.text), isInBlock});
+    }
+    return lines;
+}
+
+bool HasBlocks(std::string_view text) {
+    const Text::ManagedText managed(text);
+    return std::any_of(managed.Regions().begin(), managed.Regions().end(), [](const auto& region) {
+        return region.kind == Text::RegionKind::Block || region.kind == Text::RegionKind::FormerLine;
+    });
+}
+
+std::set<std::string> BlockLinesOf(std::string_view text) {
+    std::set<std::string> lines;
+    for (LineInPlace& line : LinesIn(Text::ManagedText(text)))
+        if (line.isInBlock) lines.insert(std::move(line.text));
+    return lines;
+}
+
+/// Of this role alone, and asked for by no list any more.
+std::vector<RememberedLine> FormerLinesOf(const FileWithLines& file, Role role) {
+    std::set<std::string> wanted;
+    for (const LineToSet& line : file.lines)
+        wanted.insert(SelectorOf(*line.edit));
+    for (const RememberedLine& line : file.remembered)
+        if (line.role != role) wanted.insert(line.selector);
+    std::vector<RememberedLine> former;
+    for (const RememberedLine& line : file.remembered)
+        if (line.role == role && !wanted.contains(line.selector)) former.push_back(line);
+    return former;
+}
+
+/// "in sync" and the like, of one line.
+std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
+                        const std::vector<LineInPlace>& places, IZETCore& core) {
+    bool isOutside = false;
+    std::vector<std::string> inBlocks;
+    for (const LineInPlace& place : places) {
+        if (!core.MatchRegEx(line.pattern, place.text, nullptr, 0)) continue;
+        isOutside = isOutside || !place.isInBlock;
+        if (place.isInBlock) inBlocks.push_back(place.text);
+    }
+    const auto are = [&](const std::string& text) {
+        return std::all_of(inBlocks.begin(), inBlocks.end(),
+                           [&](const std::string& each) { return each == text; });
+    };
+    const std::string selector = SelectorOf(*line.edit);
+    if (inBlocks.empty()) return file.Remembers(selector) ? "missing" : "not committed";
+    if (are(Text::WithLineEnd(line.line, Text::LineEndsOf(file.text))))
+        return isOutside ? "edited" : "in sync";
+    if (!file.Remembers(selector)) return "not committed";
+    const bool isAsLeft =
+        std::any_of(file.remembered.begin(), file.remembered.end(),
+                    [&](const RememberedLine& each) { return each.selector == selector && are(each.line); });
+    return isAsLeft ? "pending" : "edited";
+}
+
+}  // namespace
+
+ListedEdits::ListedEdits(Deployment& product, const KnownFiles& known, const Staging& staging)
+    : m_product(product), m_known(known) {
+    ListedLines found = FindListedLines(product, known, staging);
+    m_problems = std::move(found.problems);
+    for (FileWithLines& file : found.files) {
+        product.RequireGoOn();
+        try {
+            if (file.isThere && Judge(file)) Plan(std::move(file), staging);
+        } catch (const Interrupted&) {
+            throw;
+        } catch (const Failure& failure) {
+            m_problems.push_back(ProblemOf(file.path, failure));
+        }
+    }
+}
+
+/// Whether the file can be edited.
+bool ListedEdits::Judge(const FileWithLines& file) {
+    const std::size_t before = m_problems.size();
+    if (const auto damage = Text::FindDamage(file.text))
+        m_problems.push_back({.file = file.path,
+                              .line = static_cast<int>(damage->line),
+                              .text = damage->text,
+                              .remedy = "\"doctor " + file.path + "\" tells a repair"});
+    const Text::FirstLine first = Text::FirstLineOf(file.text);
+    if (!file.lines.empty() && Text::MustComeFirst(first.text) &&
+        first.text.find(ZETNoticeMarker) == std::string_view::npos)
+        m_problems.push_back({.file = file.path,
+                              .line = static_cast<int>(first.number),
+                              .text =
+                                  "the programs that read the file need this line as its first, and a notice "
+                                  "would come before it",
+                              .remedy = "take its edits from the lists"});
+    const FoundFile place = m_product.HostPaths().FindReal(file.path);
+    if (geteuid() == 0 && place.judge.Objection()) m_problems.push_back(*place.judge.Objection());
+    JudgeLines(file);
+    return m_problems.size() == before;
+}
+
+/// Each line of the file is at most one edit's, and each edit finds its own line again.
+void ListedEdits::JudgeLines(const FileWithLines& file) {
+    IZETCore& core = m_product.Core();
+    const auto selects = [&](const LineToSet& line, const std::string& text) {
+        return RemedyErrors(kSimplerExpression,
+                            [&] { return core.MatchRegEx(line.pattern, text, nullptr, 0); });
+    };
+    const Text::ManagedText managed(file.text);
+    const std::vector<LineInPlace> places = LinesIn(managed);
+    std::vector<const LineToSet*> owners(places.size());
+    // Pattern by pattern: each is compiled once.
+    for (const LineToSet& line : file.lines) {
+        if (!selects(line, line.line))
+            Add(line, "the line that it sets is not one that it selects", "give it another pattern");
+        for (const LineToSet& other : file.lines)
+            if (&other != &line && selects(line, other.line))
+                Add(line,
+                    "selects the line that the edit of line " + std::to_string(other.edit->line) + " sets",
+                    "give each line to one edit");
+        for (std::size_t i = 0; i < places.size(); ++i) {
+            if (!selects(line, places[i].text)) continue;
+            JudgePlace(file, line, places[i], owners[i]);
+            owners[i] = &line;
+        }
+    }
+}
+
+void ListedEdits::JudgePlace(const FileWithLines& file, const LineToSet& line, const LineInPlace& place,
+                             const LineToSet* owner) {
+    const std::string where = file.path + ":" + std::to_string(place.number);
+    if (owner != nullptr)
+        return Add(
+            line, "selects " + where + ", as the edit of line " + std::to_string(owner->edit->line) + " does",
+            "give each line to one edit");
+    if (place.isInBlock && place.text != line.line && !file.Remembers(SelectorOf(*line.edit)))
+        Add(line, where + " stands in a managed block of something else",
+            "restore that, or leave the line to it");
+}
+
+void ListedEdits::Add(const LineToSet& line, const std::string& text, const std::string& remedy) {
+    m_problems.push_back({.file = line.edit->file, .line = line.edit->line, .text = text, .remedy = remedy});
+}
+
+void ListedEdits::Plan(FileWithLines file, const Staging& staging) {
+    const std::string rest = WithoutFormerLines(file);
+    PlannedEdits planned{std::move(file), "", false, false};
+    FileWithLines& found = planned.file;
+    planned.isTakenBack = rest != found.text;
+    if (found.lines.empty() && planned.isTakenBack && !HasBlocks(rest)) {
+        m_emptied.push_back(found.path);
+        return;
+    }
+    const std::vector<LineInPlace> places = LinesIn(Text::ManagedText(found.text));
+    for (const LineToSet& line : found.lines)
+        planned.isEdited = planned.isEdited || StateOfLine(found, line, places, m_product.Core()) == "edited";
+    const Text::LineEnds ends = Text::LineEndsOf(found.text);
+    for (LineToSet& line : found.lines)
+        line.line = Text::WithLineEnd(line.line, ends);
+    const std::string staged = staging.PathOf("edits/" + std::to_string(m_files.size()));
+    WriteStagedFile(staged, rest, found.before.mode);
+    const ParamOverride noSync(m_product.Core(), "ZET_SYNC", "no");
+    const QuietLog quiet(ZETLogError);
+    if (!found.lines.empty()) Set(staged, found);
+    RequireModeOf(found.path, staged);
+    if (ReadFileBytes(staged) != found.text) planned.staged = staged;
+    m_files.push_back(std::move(planned));
+}
+
+/// The text without lines of this role that no list has in force. One that a hand changed stays, and is
+/// named.
+std::string ListedEdits::WithoutFormerLines(const FileWithLines& file) {
+    std::set<std::string> former;
+    for (const RememberedLine& line : FormerLinesOf(file, m_product.Role()))
+        former.insert(line.line);
+    if (former.empty()) return file.text;
+    const std::set<std::string> blocks = BlockLinesOf(file.text);
+    for (const std::string& line : former)
+        if (!blocks.contains(line))
+            m_product.Out().Warning(file.path + ": the edit \"" + line.substr(0, line.find('=')) +
+                                    "\" is not in force any more, but what it set was changed, and stays");
+    return Text::WithoutBlocksOf(file.text,
+                                 [&](std::string_view line) { return former.contains(std::string(line)); });
+}
+
+void ListedEdits::Set(const std::string& name, const FileWithLines& file) const {
+    const auto opened = m_product.Config().OpenConfigFile(name, NameOf(m_product.Role()), false);
+    if (!opened)
+        throw Failure(
+            {.file = file.path, .text = "cannot be read any more", .remedy = "run the command again"});
+    RemedyErrors(kSimplerExpression, [&] {
+        for (const LineToSet& line : file.lines)
+            opened->SetLine(line.pattern, line.line);
+    });
+    const WrittenLanguage language(m_product.Core());
+    RemedyErrors("make room, or see to the rights of its directory", [&] { opened->Save(true); });
+}
+
+std::vector<RememberedLine> ListedEdits::ToRemember(const FileWithLines& file) const {
+    std::vector<RememberedLine> lines;
+    for (const RememberedLine& line : file.remembered)
+        if (line.role != m_product.Role()) lines.push_back(line);
+    for (const LineToSet& line : file.lines)
+        lines.push_back({m_product.Role(), SelectorOf(*line.edit), line.line});
+    return lines;
+}
+
+ExpectedFile ListedEdits::Expected(const PlannedEdits& planned) const {
+    ExpectedFile file;
+    file.path = planned.file.path;
+    file.kind = FileKind::Edit;
+    file.companions = ExpectedFile::Companions::MayCome;
+    file.after = Capture(planned.file.path, m_product.HostHistory().Limits().largestText);
+    file.after->SetText(ReadFileBytes(planned.staged));
+    file.base = TextOf(ToRemember(planned.file));
+    file.wasEdited = planned.isEdited;
+    return file;
+}
+
+FileOutcome ListedEdits::OutcomeOf(const PlannedEdits& planned) const {
+    const FileWithLines& file = planned.file;
+    FileOutcome outcome;
+    outcome.file = file.named.empty() ? m_product.HostPaths().NameInside(file.path) : file.named;
+    outcome.path = file.path;
+    outcome.before = outcome.after = file.before;
+    outcome.isEdited = planned.isEdited;
+    outcome.result = planned.IsChange() ? FileOutcome::Result::Changed : FileOutcome::Result::Unchanged;
+    if (planned.IsChange()) outcome.diff = DiffToShow(m_product, file.path, planned.staged, file.path);
+    return outcome;
+}
+
+void ListedEdits::Write(const PlannedEdits& planned) const {
+    const FileWithLines& file = planned.file;
+    const FileInPlace place(m_product.HostPaths().FindReal(file.path), file.path);
+    Replacement replacement(m_product, place, file.version);
+    const mode_t mode = replacement.Former().mode;
+    const auto write = [&](const std::string& name) {
+        if (planned.isTakenBack) return SaveOwnText(name, ReadFileBytes(planned.staged), mode);
+        Set(name, file);
+    };
+    replacement.Make(mode, write, [&](const std::string& made) {
+        if (!HaveSameBytes(made, planned.staged))
+            throw Failure({.file = file.path,
+                           .text = "is not written, since it came out otherwise than it was checked",
+                           .remedy = "run the command again"});
+        replacement.KeepOriginal();
+    });
+}
+
+std::vector<Problem> ProblemsOfEdits(Deployment& product) {
+    if (!product.Lists().IsUsable() || product.Lists().Targets().edits.empty()) return {};
+    const Staging staging;
+    const KnownFiles known(product, KnownFiles::Unusable::IsTold);
+    return ListedEdits(product, known, staging).Problems();
+}
+
+std::vector<ListedEditState> StatesOfEdits(Deployment& product, const ListedLines& lines) {
+    std::vector<ListedEditState> states;
+    const auto add = [&](const ListedEdit& edit, const std::string& path, const std::string& state) {
+        states.push_back(
+            {edit.name, path, edit.param.empty() ? edit.pattern : edit.param, state, edit.file, edit.line});
+    };
+    for (const FileWithLines& file : lines.files) {
+        product.RequireGoOn();
+        const std::vector<LineInPlace> places = LinesIn(Text::ManagedText(file.text));
+        for (const LineToSet& line : file.lines)
+            add(*line.edit, file.path, StateOfLine(file, line, places, product.Core()));
+        const std::set<std::string> blocks = BlockLinesOf(file.text);
+        for (const RememberedLine& line : FormerLinesOf(file, product.Role()))
+            if (blocks.contains(line.line))
+                states.push_back(
+                    {"", file.path, line.selector.substr(line.selector.find(' ') + 1), "pending", "", 0});
+    }
+    for (const ListedEdit* const edit : lines.unset) {
+        const std::string path = product.HostPaths().FromInside(edit->path);
+        add(*edit, path, IsFileExist(path) ? "unknown" : "missing");
+    }
+    return states;
+}
+
+}  // namespace ZET::Deploy

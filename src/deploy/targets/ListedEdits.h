@@ -1,0 +1,75 @@
+#ifndef ZET_LISTED_EDITS_H
+#define ZET_LISTED_EDITS_H
+
+#include <string>
+#include <vector>
+
+#include "deploy/state/Recording.h"
+#include "deploy/targets/ListedLines.h"
+#include "zet/deploy/FileOutcome.h"
+#include "zet/deploy/Status.h"
+
+namespace ZET::Deploy {
+
+/// What a commit does to a file in which the lists ask for lines.
+struct PlannedEdits {
+    FileWithLines file;
+    std::string staged;        ///< the file as it would be; empty: it stays as it is
+    bool isTakenBack = false;  ///< lines are, so that its text is not the module's alone
+    bool isEdited = false;     ///< somebody changed a line that a commit had set
+
+    bool IsChange() const { return !staged.empty(); }
+};
+
+/// A line of a file that is not one of the system's own.
+struct LineInPlace {
+    std::size_t number = 0;
+    std::string text;
+    bool isInBlock = false;
+};
+
+/// The edits of the lists that are in force for the host's role, and those that are no more.
+class ListedEdits {
+  public:
+    /// Looks at every file, and makes in `staging` what would become of it.
+    ListedEdits(Deployment& product, const KnownFiles& known, const Staging& staging);
+
+    const std::vector<Problem>& Problems() const { return m_problems; }
+    const std::vector<PlannedEdits>& Files() const { return m_files; }
+
+    /// Files in which nothing but lines that are no more in force is the product's.
+    const std::vector<std::string>& Emptied() const { return m_emptied; }
+
+    ExpectedFile Expected(const PlannedEdits& planned) const;
+    FileOutcome OutcomeOf(const PlannedEdits& planned) const;
+
+    /// What was written since the plan was made, and what comes out otherwise, is a `Failure`.
+    void Write(const PlannedEdits& planned) const;
+
+  private:
+    void Plan(FileWithLines file, const Staging& staging);
+    bool Judge(const FileWithLines& file);
+    void JudgeLines(const FileWithLines& file);
+    void JudgePlace(const FileWithLines& file, const LineToSet& line, const LineInPlace& place,
+                    const LineToSet* owner);
+    std::string WithoutFormerLines(const FileWithLines& file);
+    void Set(const std::string& name, const FileWithLines& file) const;
+    std::vector<RememberedLine> ToRemember(const FileWithLines& file) const;
+    void Add(const LineToSet& line, const std::string& text, const std::string& remedy);
+
+    Deployment& m_product;
+    const KnownFiles& m_known;
+    std::vector<Problem> m_problems;
+    std::vector<PlannedEdits> m_files;
+    std::vector<std::string> m_emptied;
+};
+
+/// What keeps the edits of the lists from being made.
+std::vector<Problem> ProblemsOfEdits(Deployment& product);
+
+/// What the files hold of the lines that the lists ask for.
+std::vector<ListedEditState> StatesOfEdits(Deployment& product, const ListedLines& lines);
+
+}  // namespace ZET::Deploy
+
+#endif

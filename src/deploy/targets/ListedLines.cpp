@@ -1,0 +1,257 @@
+#include "deploy/targets/ListedLines.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/Remedy.h"
+#include "deploy/host/Signals.h"
+#include "deploy/state/Overrides.h"
+#include "deploy/targets/EditRules.h"
+#include "deploy/targets/HostLists.h"
+#include "text/Lines.h"
+#include "text/Markers.h"
+#include "text/Placeholders.h"
+#include "text/TemplateCheck.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// Before each line while it is expanded, since a line that begins like a comment is not.
+constexpr char kGuard[] = "=";
+
+Problem ProblemAt(const ListedEdit& edit, const std::string& text, const std::string& remedy) {
+    return {.file = edit.file, .line = edit.line, .text = text, .remedy = remedy};
+}
+
+const std::string& SourceOf(const ListedEdit& edit) {
+    return edit.param.empty() ? edit.text : edit.value;
+}
+
+/// As the module sees them when it replaces placeholders.
+std::string GuardedLines(const std::vector<const ListedEdit*>& edits) {
+    std::string text;
+    for (const ListedEdit* const edit : edits)
+        text.append(kGuard).append(SourceOf(*edit)).append("\n");
+    return text;
+}
+
+class Finder {
+  public:
+    Finder(Deployment& product, const KnownFiles& known, const Staging& staging)
+        : m_product(product), m_known(known), m_staging(staging) {}
+
+    ListedLines Find() {
+        std::vector<const ListedEdit*> edits;
+        for (const ListedEdit& edit : m_product.Lists().Targets().edits) {
+            if (edit.IsFor(m_product.Role()) && edit.IsInForce() && !edit.path.empty())
+                edits.push_back(&edit);
+        }
+        CheckSources(edits);
+        if (m_found.problems.empty()) {
+            const std::vector<std::string> lines = Expanded(edits);
+            for (std::size_t i = 0; i < lines.size(); ++i)
+                Add(*edits[i], lines[i]);
+        } else {
+            m_found.unset = edits;
+        }
+        for (const std::string& path : m_known.EditedPaths())
+            AddRemembered(path);
+        return std::move(m_found);
+    }
+
+  private:
+    /// What would keep the module from an end, or make several lines of one.
+    void CheckSources(const std::vector<const ListedEdit*>& edits) {
+        const std::string text = GuardedLines(edits);
+        const auto source = [&](const auto& take) {
+            for (const Text::TextLine& line : Text::SplitLines(text))
+                take(line.text);
+        };
+        for (Problem& problem : Text::CheckTemplate("", source, m_product.TemplateValues(), nullptr, false)) {
+            const ListedEdit& edit = *edits[static_cast<std::size_t>(problem.line) - 1];
+            Problem told = ProblemAt(edit, problem.text, problem.remedy);
+            told.quoted = problem.quoted;
+            HideQuote(told);
+            m_found.problems.push_back(std::move(told));
+        }
+        for (const ListedEdit* const edit : edits)
+            CheckLineFeeds(*edit);
+    }
+
+    void CheckLineFeeds(const ListedEdit& edit) {
+        for (const std::string& placeholder : Text::PlaceholdersOf(kGuard + SourceOf(edit))) {
+            const auto value = m_product.TemplateValues().find(placeholder);
+            if (value != m_product.TemplateValues().end() && value->second.find('\n') != std::string::npos)
+                m_found.problems.push_back(ProblemAt(edit, placeholder + " has several lines",
+                                                     "an edit sets one line; make a template for more"));
+        }
+    }
+
+    void HideQuote(Problem& problem) {
+        Secrets& secrets = m_product.HostSecrets();
+        const std::string main = m_product.Param("ZET_CFG");
+        if (secrets.Hides(main)) problem.HideQuoted(secrets.Excuse(main));
+    }
+
+    /// By the module, as it does it in a template.
+    std::vector<std::string> Expanded(const std::vector<const ListedEdit*>& edits) {
+        if (edits.empty()) return {};
+        const std::string staged = m_staging.PathOf("lines-of-lists");
+        WriteStagedFile(staged, GuardedLines(edits), 0600);
+        const ParamOverride noSync(m_product.Core(), "ZET_SYNC", "no");
+        const QuietLog quiet(ZETLogError);
+        StringMap values = m_product.TemplateValues();
+        const auto file = m_product.Config().OpenConfigFile(staged, NameOf(m_product.Role()), true);
+        if (!file)
+            throw Failure(
+                {.file = staged, .text = "cannot be read any more", .remedy = "run the command again"});
+        RemedyErrors("", [&] {
+            file->ApplyTemplates(values);
+            file->Save(true);
+        });
+        std::vector<std::string> lines;
+        const std::string text = ReadFileBytes(staged);
+        for (const Text::TextLine& line : Text::SplitLines(text))
+            lines.emplace_back(line.text.substr(std::min(line.text.size(), std::string_view(kGuard).size())));
+        if (lines.size() == edits.size()) return lines;
+        throw Failure({.file = m_product.Lists().Targets().file,
+                       .text = "a value of an edit has several lines",
+                       .remedy = "give each edit one line"});
+    }
+
+    void Add(const ListedEdit& edit, const std::string& line) {
+        try {
+            FileWithLines* const file = FileOf(edit);
+            if (file != nullptr) file->lines.push_back(Made(edit, line, *file));
+        } catch (const Interrupted&) {
+            throw;
+        } catch (const Failure& failure) {
+            Problem problem = ProblemOf(edit.file, failure);
+            problem.line = edit.line;
+            Refuse(edit, std::move(problem));
+        } catch (const UsageError& error) {
+            Refuse(edit, {.file = edit.file, .line = edit.line, .text = error.what()});
+        }
+    }
+
+    void Refuse(const ListedEdit& edit, Problem problem) {
+        m_found.problems.push_back(std::move(problem));
+        m_found.unset.push_back(&edit);
+    }
+
+    LineToSet Made(const ListedEdit& edit, const std::string& line, const FileWithLines& file) {
+        IZETCore& core = m_product.Core();
+        LineToSet made{&edit, "", line};
+        if (edit.param.empty()) {
+            RequirePattern(core, edit.pattern);
+            // The module adds markers line by line.
+            const std::string markers =
+                std::string(ZETFormerLinePrefix) + "\n" + ZETBeginMarker + "\n" + ZETEndMarker + "\n";
+            made.pattern = PatternForSet(core, file.path, file.text + "\n" + markers, edit.pattern);
+        } else {
+            RequireParamName(edit.param);
+            RequireLiteralName(core, file.path, file.text, ZETEditOpening, edit.param);
+            made.pattern = ZETEditOpening + edit.param + "=";
+            made.line = edit.param + "=" + line;
+        }
+        RequireNoMarker(made.line);
+        return made;
+    }
+
+    /// Null: it need not be there, and is not.
+    FileWithLines* FileOf(const ListedEdit& edit) {
+        const std::string path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(edit.path));
+        const auto known = m_byPath.find(path);
+        FileWithLines& file = known != m_byPath.end() ? m_found.files[known->second] : Look(path);
+        if (file.named.empty()) file.named = edit.path;
+        if (!file.isThere && edit.isOptional) return nullptr;
+        if (!file.isThere)
+            throw Failure(
+                {.file = edit.path, .text = "is missing", .remedy = "make it, or say optional = true"});
+        const Target* const target = m_product.Lists().TargetNamed(m_product.Lists().NameOf(path));
+        if (target != nullptr && target->IsInForce() && target->IsFor(m_product.Role()))
+            throw Failure({.file = edit.path,
+                           .text = "is made from [" + target->templateName + "]",
+                           .remedy = "put the line into the template"});
+        return &file;
+    }
+
+    FileWithLines& Look(const std::string& path) {
+        FileWithLines file;
+        file.path = path;
+        file.version = VersionOf(path);
+        file.before = StateOf(path);
+        file.isThere = file.before.exists;
+        if (file.isThere) file.text = ReadFileBytes(path);
+        const KnownFile* const known = m_known.Find(path);
+        Store* const store = m_product.HostHistory().ToLookIfUsable();
+        if (known != nullptr && known->kind == FileKind::Edit && known->state.knowledge.base &&
+            store != nullptr)
+            file.remembered = RememberedIn(store->Text(*known->state.knowledge.base));
+        m_byPath.emplace(path, m_found.files.size());
+        m_found.files.push_back(std::move(file));
+        return m_found.files.back();
+    }
+
+    /// A file in which the role has set lines, and no list asks for any.
+    void AddRemembered(const std::string& path) {
+        if (m_byPath.contains(path)) return;
+        const KnownFile* const known = m_known.Find(path);
+        if (known == nullptr || !known->state.knowledge.base) return;
+        if (!Look(path).remembered.empty()) return;
+        m_byPath.erase(path);
+        m_found.files.pop_back();
+    }
+
+    Deployment& m_product;
+    const KnownFiles& m_known;
+    const Staging& m_staging;
+    std::map<std::string, std::size_t> m_byPath;
+    ListedLines m_found;
+};
+
+}  // namespace
+
+std::string SelectorOf(const ListedEdit& edit) {
+    return edit.param.empty() ? "pattern " + edit.pattern : "param " + edit.param;
+}
+
+/// NUL bytes and line feeds stand in none of its parts.
+std::string TextOf(const std::vector<RememberedLine>& lines) {
+    std::string text;
+    for (const RememberedLine& line : lines) {
+        text.append(NameOf(line.role)).push_back('\0');
+        text.append(line.selector).push_back('\0');
+        text.append(line.line).push_back('\n');
+    }
+    return text;
+}
+
+std::vector<RememberedLine> RememberedIn(std::string_view text) {
+    std::vector<RememberedLine> lines;
+    for (const Text::TextLine& line : Text::SplitLines(text)) {
+        const std::size_t first = line.text.find('\0');
+        const std::size_t second = first == std::string_view::npos ? first : line.text.find('\0', first + 1);
+        if (second == std::string_view::npos) continue;
+        const std::optional<Role> role = RoleNamed(std::string(line.text.substr(0, first)));
+        if (!role) continue;
+        lines.push_back({*role, std::string(line.text.substr(first + 1, second - first - 1)),
+                         std::string(line.text.substr(second + 1))});
+    }
+    return lines;
+}
+
+bool FileWithLines::Remembers(const std::string& selector) const {
+    return std::any_of(remembered.begin(), remembered.end(),
+                       [&](const RememberedLine& line) { return line.selector == selector; });
+}
+
+ListedLines FindListedLines(Deployment& product, const KnownFiles& known, const Staging& staging) {
+    return Finder(product, known, staging).Find();
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,64 @@
+#ifndef ZET_LISTED_LINES_H
+#define ZET_LISTED_LINES_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileState.h"
+#include "deploy/host/Staging.h"
+#include "deploy/state/KnownFiles.h"
+#include "deploy/targets/Deployment.h"
+#include "zet/ZETProblem.h"
+
+namespace ZET::Deploy {
+
+/// A line that the lists ask for in a file.
+struct LineToSet {
+    const ListedEdit* edit = nullptr;
+    std::string pattern;  ///< the lines that it takes the place of
+    std::string line;     ///< placeholders replaced
+};
+
+/// A line that a commit of a role has set, as the history keeps it.
+struct RememberedLine {
+    Role role = Role::Client;
+    std::string selector;
+    std::string line;
+};
+
+/// How an edit selects its line, for what is remembered of it.
+std::string SelectorOf(const ListedEdit& edit);
+
+/// What is remembered, as a text that is kept with the file.
+std::string TextOf(const std::vector<RememberedLine>& lines);
+std::vector<RememberedLine> RememberedIn(std::string_view text);
+
+/// A file that is nobody's target, with the lines that the lists ask for.
+struct FileWithLines {
+    std::string named;  ///< as the lists have it; empty: they ask for none any more
+    std::string path;   ///< of the real file, links followed
+    std::vector<LineToSet> lines;
+    std::vector<RememberedLine> remembered;  ///< of both roles
+    bool isThere = false;
+    FileVersion version;
+    FileState before;
+    std::string text;  ///< as it is
+
+    bool Remembers(const std::string& selector) const;
+};
+
+/// The lines that the lists have in force for the host's role, file by file; and the files in which the role
+/// has set some. What keeps lines from being set is a problem, with the place of its entry.
+struct ListedLines {
+    std::vector<FileWithLines> files;
+    std::vector<Problem> problems;
+    std::vector<const ListedEdit*> unset;  ///< those with problems
+};
+
+ListedLines FindListedLines(Deployment& product, const KnownFiles& known, const Staging& staging);
+
+}  // namespace ZET::Deploy
+
+#endif

@@ -1,0 +1,45 @@
+#include "deploy/targets/NewOwner.h"
+
+#include <grp.h>
+#include <pwd.h>
+
+namespace ZET::Deploy {
+
+namespace {
+
+std::string UserIn(const Target& target) {
+    return target.owner.substr(0, target.owner.find(':'));
+}
+
+/// Empty: the user's own.
+std::string GroupIn(const Target& target) {
+    const std::size_t colon = target.owner.find(':');
+    return colon == std::string::npos ? "" : target.owner.substr(colon + 1);
+}
+
+}  // namespace
+
+std::optional<FileOwner> NewOwnerOf(const Target& target) {
+    if (target.owner.empty() || OwnerProblem(target)) return std::nullopt;
+    const passwd* const user = getpwnam(UserIn(target).c_str());
+    FileOwner owner{user->pw_uid, user->pw_gid};
+    if (const std::string name = GroupIn(target); !name.empty()) owner.group = getgrnam(name.c_str())->gr_gid;
+    return owner;
+}
+
+std::optional<Problem> OwnerProblem(const Target& target) {
+    if (target.owner.empty()) return std::nullopt;
+    const auto problem = [&](const std::string& what, const std::string& name) {
+        return Problem{
+            .file = target.file,
+            .line = target.line,
+            .text = "this host has no " + what + " \"" + name + "\", to whom the file is to belong",
+            .remedy = "correct owner, or make the " + what};
+    };
+    if (getpwnam(UserIn(target).c_str()) == nullptr) return problem("user", UserIn(target));
+    const std::string group = GroupIn(target);
+    if (!group.empty() && getgrnam(group.c_str()) == nullptr) return problem("group", group);
+    return std::nullopt;
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,78 @@
+#ifndef ZET_TAKE_BACK_H
+#define ZET_TAKE_BACK_H
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/Staging.h"
+#include "deploy/state/KnownFiles.h"
+#include "deploy/state/Recording.h"
+#include "deploy/targets/Deployment.h"
+#include "deploy/targets/WrittenFile.h"
+#include "zet/deploy/FileOutcome.h"
+
+namespace ZET::Deploy {
+
+/// What is done to one file that goes back to what it was.
+struct TakeBackStep {
+    enum class Action { Nothing, PutBack, DropReserve, LeaveToOtherRole, TakeOutBlocks };
+
+    WrittenFile file;
+    FileOutcome outcome{};
+    Action action = Action::Nothing;
+    FileVersion version{};  ///< before it was looked at
+    bool hasReserve = false;
+    bool isKept = false;  ///< it should have gone back, and stays
+    std::string text{};   ///< what is left without the blocks
+
+    bool IsChange() const { return action != Action::Nothing && action != Action::LeaveToOtherRole; }
+
+    /// What is told of the file; the states and the difference are none then.
+    void Tell(FileOutcome::Result result, const std::string& remark);
+};
+
+/// How files go back that the product wrote: a target to its reserve, an edit in place to that or by its
+/// blocks. What others did since stays.
+class TakeBack {
+  public:
+    struct Ways {
+        bool isForced = false;          ///< what others did does not count
+        bool keepsEdits = false;        ///< an edited file stays without a word
+        std::string force = "--force";  ///< what puts back an edited file
+    };
+
+    TakeBack(Deployment& product, const KnownFiles& known, const Ways& ways)
+        : m_product(product), m_known(known), m_ways(ways), m_otherRole(OtherRole(product.Role())) {}
+
+    /// What cannot be read, and damaged markers, are a `Failure`.
+    void Decide(TakeBackStep& step);
+
+    /// What the history is told before.
+    ExpectedFile Expected(const TakeBackStep& step) const;
+
+    void Do(const TakeBackStep& step) const;
+
+  private:
+    void DecideTarget(TakeBackStep& step);
+    bool DecideEdit(TakeBackStep& step);
+    void DecideBlocks(TakeBackStep& step, std::string text, const std::string& remark);
+    void DecidePutBack(TakeBackStep& step, const FileState& now, const FileState& reserve) const;
+    void KeepEdited(TakeBackStep& step) const;
+    void KeepOthers(TakeBackStep& step) const;
+    void TakeOutBlocks(const TakeBackStep& step) const;
+    ShownDiff DiffOf(const WrittenFile& file, const FileState& now, const FileState& reserve) const;
+    bool IsOwnWork(const WrittenFile& file);
+    const Staging& Room();
+
+    Deployment& m_product;
+    const KnownFiles& m_known;
+    const Ways m_ways;
+    const Role m_otherRole;
+    std::unique_ptr<Staging> m_staging;
+};
+
+}  // namespace ZET::Deploy
+
+#endif

@@ -1,0 +1,131 @@
+#ifndef ZET_TARGET_KEYS_H
+#define ZET_TARGET_KEYS_H
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "deploy/targets/KeyReader.h"
+
+namespace ZET::Deploy {
+
+/// Takes the values of one template's keys.
+class TargetKeys : KeyReader {
+  public:
+    TargetKeys(Target& target, ListProblems& problems) : KeyReader(target, problems), m_target(target) {}
+
+    void Take(const Entry& entry) {
+        static const std::map<std::string, void (TargetKeys::*)(const Entry&)> kKeys = {
+            {"target", &TargetKeys::TakePath},     {"roles", &TargetKeys::TakeRoles},
+            {"when", &TargetKeys::TakeWhen},       {"check", &TargetKeys::TakeCheck},
+            {"restart", &TargetKeys::TakeRestart}, {"check_timeout", &TargetKeys::TakeTimeout},
+            {"reload", &TargetKeys::TakeReload},   {"secret", &TargetKeys::TakeSecret},
+            {"notice", &TargetKeys::TakeNotice},   {"trust", &TargetKeys::TakeTrusted},
+            {"mode", &TargetKeys::TakeMode},       {"owner", &TargetKeys::TakeOwner},
+            {"enabled", &TargetKeys::TakeEnabled},
+        };
+        const auto key = kKeys.find(entry.Name());
+        if (key != kKeys.end()) return (this->*key->second)(entry);
+        AddUnknown(entry,
+                   "target, roles, when, check, check_timeout, restart, reload, secret, notice, trust, mode, "
+                   "owner or enabled");
+    }
+
+  private:
+    using Services = std::map<Role, std::vector<std::string>>;
+
+    void TakePath(const Entry& entry) { m_target.path = PathOf(entry).value_or(""); }
+
+    void TakeCheck(const Entry& entry) {
+        m_target.check = WordsOf(entry, "write an array of words, as [\"COMMAND\", \"{}\"]");
+        if (!m_target.check.empty() && m_target.check.front().empty())
+            Problems().Add(entry.ValuePlace(), "check names no command", "put its name first");
+    }
+
+    void TakeTimeout(const Entry& entry) {
+        constexpr int kLongest = 86400;  // a day
+        const std::string remedy = "write a number of seconds from 1 to " + std::to_string(kLongest);
+        const auto* const number = entry.value->as_integer();
+        if (number == nullptr) return AddKind(entry, remedy);
+        const std::int64_t seconds = number->get();
+        if (seconds < 1 || seconds > kLongest)
+            return Problems().Add(entry.ValuePlace(), "check_timeout is " + std::to_string(seconds), remedy);
+        m_target.checkTimeout = std::chrono::seconds(seconds);
+    }
+
+    void TakeRestart(const Entry& entry) { TakeServices(entry, m_target.restarts); }
+    void TakeReload(const Entry& entry) { TakeServices(entry, m_target.reloads); }
+
+    void TakeServices(const Entry& entry, Services& services) {
+        services.clear();
+        const toml::table* const byRole = entry.value->as_table();
+        if (byRole == nullptr) {
+            const std::vector<std::string> ofAll = ServicesOf(entry);
+            for (const Role role : kRoles)
+                services[role] = ofAll;
+            return;
+        }
+        if (byRole->empty()) AddEmpty(entry);
+        for (const Entry& ofRole : InOrder(*byRole)) {
+            if (const std::optional<Role> role = RoleNamed(ofRole.Name())) {
+                services[*role] = ServicesOf(ofRole);
+            } else {
+                Problems().Add(ofRole.KeyPlace(), entry.Name() + " has no role \"" + ofRole.Name() + "\"",
+                               "use server and client");
+            }
+        }
+    }
+
+    std::vector<std::string> ServicesOf(const Entry& entry) {
+        std::vector<std::string> services =
+            WordsOf(entry, "write an array of services, or { server = [...], client = [...] }");
+        for (const std::string& service : services) {
+            if (service.empty() || service.find_first_of(" \t") != std::string::npos || HasEnd(service))
+                Problems().Add(entry.ValuePlace(), "\"" + service + "\" is no name of a service",
+                               "write each service in quotes of its own");
+        }
+        return services;
+    }
+
+    /// What cannot be told is kept from everybody.
+    void TakeSecret(const Entry& entry) { m_target.isSecret = IsTrue(entry, true); }
+    void TakeNotice(const Entry& entry) { m_target.hasNotice = IsTrue(entry, true); }
+
+    void TakeTrusted(const Entry& entry) {
+        const std::optional<std::string> user = TextOf(entry, "write the name of a user in quotes");
+        if (!user) return;
+        if (user->empty())
+            Problems().Add(entry.ValuePlace(), "trust is empty", "name a user, or remove the line");
+        m_target.trusted = *user;
+    }
+
+    /// What gives the owner's rights to others is none that a file of settings has.
+    void TakeMode(const Entry& entry) {
+        constexpr char kRemedy[] = "write three octal digits in quotes, as \"0640\"";
+        const std::optional<std::string> text = TextOf(entry, kRemedy);
+        if (!text) return;
+        const std::string digits = text->size() == 4 && text->front() == '0' ? text->substr(1) : *text;
+        if (digits.size() != 3 || digits.find_first_not_of("01234567") != std::string::npos)
+            return Problems().Add(entry.ValuePlace(), "mode is \"" + *text + "\"", kRemedy);
+        m_target.mode = static_cast<mode_t>(std::stoul(digits, nullptr, 8));
+    }
+
+    void TakeOwner(const Entry& entry) {
+        constexpr char kRemedy[] = "write \"USER:GROUP\", or \"USER\"";
+        const std::optional<std::string> text = TextOf(entry, kRemedy);
+        if (!text) return;
+        const std::size_t colon = text->find(':');
+        const bool isName = !text->empty() && colon != 0 && colon != text->size() - 1 &&
+                            text->find(':', std::min(colon, text->size() - 1) + 1) == std::string::npos &&
+                            text->find_first_of(" \t") == std::string::npos;
+        if (!isName) return Problems().Add(entry.ValuePlace(), "owner is \"" + *text + "\"", kRemedy);
+        m_target.owner = *text;
+    }
+
+    Target& m_target;
+};
+
+}  // namespace ZET::Deploy
+
+#endif

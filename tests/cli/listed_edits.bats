@@ -1,0 +1,180 @@
+#!/usr/bin/env bats
+# Single lines of files that are no template's, as the lists ask for them.
+
+load helper
+load set
+
+setup() {
+    make_set
+    mkdir etc/targets.d etc/defaults.d
+    add_target one.conf $'one\n'
+    echo NTP_SERVER=shipped >templates/values.conf
+}
+
+teardown() {
+    remove_host
+}
+
+# edits TEXT: the host's own list, "FILE" in it being out/plain.
+edits() {
+    printf '%s\n' "${1//FILE/$HOST/out/plain}" >etc/targets.d/10.toml
+}
+
+TWO_EDITS='[[edits]]
+file = "FILE"
+param = "a"
+value = "${ntp_server}"
+[[edits]]
+name = "b"
+file = "FILE"
+pattern = "^b ="
+line = "b = 3"'
+
+@test "edits are set, watched and taken back" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    run_zet check-config
+    assert_status 0
+    run_zet status
+    assert_status 3
+    [[ $output == *"$HOST/out/plain: line a: not committed"* ]]
+    run_zet commit-config -n --diff
+    assert_status 3
+    [[ $output == *"+a=shipped"$'\n'* ]]
+    run_zet commit-config one.conf
+    assert_file out/plain $'a=1\nb = 2\n'
+    run_zet commit-config
+    assert_success "$HOST/out/plain: changed, the original is kept as $HOST/out/plain.before_zet
+1 changed, 1 unchanged"
+    grep -Fx 'a=shipped' out/plain
+    grep -Fx 'b = 3' out/plain
+    grep -Fx '# --PRE-ZET-- b = 2' out/plain
+    run_zet status
+    assert_status 0
+    [[ $output == *"$HOST/out/plain: line a: in sync"* ]]
+    run_zet commit-config
+    assert_success "2 unchanged"
+    zet rollback-config
+    assert_file out/plain $'a=1\nb = 2\n'
+    assert_absent out/plain.before_zet
+}
+
+@test "the state of an edit tells who has to do something" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet commit-config
+    local committed
+    committed=$(<out/plain)
+    echo NTP_SERVER=fleet >etc/defaults.d/10.conf
+    run_zet --json status
+    assert_status 3
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["pending", "in sync"]'
+    rm etc/defaults.d/10.conf
+    sed -i 's/^b = 3/b = 4/' out/plain
+    run_zet --json status
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["in sync", "edited"]'
+    run_zet commit-config --on-edit=refuse
+    assert_refusal 1 "error: $HOST/out/plain: a line that the last commit set was changed since (--on-edit=overwrite sets it again)
+zet-client: nothing was changed"
+    run_zet commit-config
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/out/plain: a line that the last commit set was changed since; it is set again"
+    assert_equal "$(<out/plain)" "$committed"
+    zet undo
+    grep -Fx 'b = 4' out/plain
+    printf 'a=1\n' >out/plain
+    run_zet --json status
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["missing", "missing"]'
+    rm out/plain
+    run_zet --json status
+    assert_status 3
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["missing", "missing"]'
+}
+
+@test "an undo of the commit takes its edits back, too" {
+    printf 'a=1\nb = 2' >out/plain
+    edits "$TWO_EDITS"
+    zet commit-config
+    zet undo
+    assert_file out/plain $'a=1\nb = 2'
+    run_zet --json status
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["not committed", "not committed"]'
+}
+
+@test "an edit that is not in force any more is taken back, and the others stay" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet commit-config
+    printf '[[edits]]\nname = "b"\nenabled = false\n' >etc/targets.d/20.toml
+    run_zet status
+    assert_status 3
+    [[ $output == *"$HOST/out/plain: line ^b =: pending"* ]]
+    run_zet commit-config
+    assert_status 0
+    grep -Fx 'a=shipped' out/plain
+    grep -Fx 'b = 2' out/plain
+    run -1 grep -F 'b = 3' out/plain
+    run_zet status
+    assert_status 0
+    rm etc/targets.d/*.toml
+    run_zet commit-config
+    assert_status 0
+    assert_file out/plain $'a=1\nb = 2\n'
+}
+
+@test "edits that cannot be made are problems, each with its place" {
+    printf 'a=1\n' >out/plain
+    edits '[[edits]]
+file = "FILE.missing"
+param = "a"
+value = "1"
+[[edits]]
+file = "ONE"
+param = "a"
+value = "1"
+[[edits]]
+file = "FILE"
+param = "a"
+value = "2"
+[[edits]]
+file = "FILE"
+pattern = "^a"
+line = "a=3"
+[[edits]]
+file = "FILE"
+pattern = "^b"
+line = "c"
+[[edits]]
+file = "FILE.absent"
+param = "a"
+value = "1"
+optional = true'
+    sed -i "s#ONE#$HOST/out/one.conf#" etc/targets.d/10.toml
+    touch out/one.conf
+    run_zet check-config
+    assert_status 1
+    local list=$HOST/etc/targets.d/10.toml
+    [[ $output == *"$list:1: $HOST/out/plain.missing: is missing (make it, or say optional = true)"* ]]
+    [[ $output == *"$list:5: $HOST/out/one.conf: is made from [one.conf] (put the line into the template)"* ]]
+    [[ $output == *"$list:13: selects $HOST/out/plain:1, as the edit of line 9 does"* ]]
+    [[ $output == *"$list:17: the line that it sets is not one that it selects"* ]]
+    [[ $output != *absent* ]]
+    run_zet commit-config
+    assert_status 1
+    assert_absent out/plain.before_zet
+}
+
+@test "a line in a block of something else is a problem" {
+    printf 'a=1\n' >out/plain
+    zet param set out/plain a 5
+    edits '[[edits]]
+file = "FILE"
+param = "a"
+value = "2"'
+    run_zet commit-config
+    assert_status 1
+    [[ $stderr == *"$HOST/etc/targets.d/10.toml:1: $HOST/out/plain:"*" stands in a managed block of something else"* ]]
+    zet param set out/plain a 2
+    run_zet commit-config
+    assert_status 0
+}

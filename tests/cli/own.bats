@@ -1,0 +1,199 @@
+#!/usr/bin/env bats
+# What a host has of its own: values and lists beside the shipped ones.
+
+load helper
+load set
+
+setup() {
+    make_set
+    mkdir etc/targets.d etc/values.d etc/defaults.d
+    add_target one.conf $'realm = ${realm}\nntp = ${ntp_server}\n${extra}\n'
+    printf 'NTP_SERVER=shipped\nEXTRA=\n' >templates/values.conf
+}
+
+teardown() {
+    remove_host
+}
+
+# own_list TEXT: the host's own list of targets.
+own_list() {
+    printf '%s\n' "$1" >etc/targets.d/10.toml
+}
+
+@test "values of one's own are rendered, from the source that wins" {
+    run_zet commit-config
+    assert_success "$HOST/out/one.conf: created
+1 created"
+    assert_made one.conf $'realm = EXAMPLE.ORG\nntp = shipped\n\n'
+    echo NTP_SERVER=fleet >etc/defaults.d/10.conf
+    printf 'a\n\nb\n' >etc/values.d/extra
+    zet commit-config
+    assert_made one.conf $'realm = EXAMPLE.ORG\nntp = fleet\na\n\nb\n'
+    run_zet option set NTP_SERVER main
+    assert_status 0
+    [[ $stderr == *"NTP_SERVER of $HOST/etc/defaults.d/10.conf:1 does not count any more"* ]]
+    run_zet status
+    assert_status 3
+    zet commit-config
+    assert_made one.conf $'realm = EXAMPLE.ORG\nntp = main\na\n\nb\n'
+    run_zet status
+    assert_status 0
+    run -1 grep -r NTP_SERVER --include='*.status' .
+}
+
+@test "a dry run takes an own value that it is given" {
+    run_zet commit-config -n --diff --set NTP_SERVER=assumed
+    assert_status 3
+    [[ $output == *"+ntp = assumed"$'\n'* ]]
+    [[ $stderr != *unknown* ]]
+}
+
+@test "a value that clashes is a problem of a check and of a commit, and of nothing else" {
+    echo x >etc/values.d/realm
+    echo MAX_LIFE=1 >etc/defaults.d/10.conf
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/etc/defaults.d/10.conf:1: MAX_LIFE would be \${max_life}, which the product makes of TICKET_MAX_LIFE (set TICKET_MAX_LIFE, or give it another name)
+$HOST/etc/values.d/realm: \${realm} is made of the product's parameter REALM (give the value another name)"
+    run_zet commit-config
+    assert_status 1
+    assert_absent out/one.conf
+    run_zet status
+    assert_status 3
+    run_zet -q values
+    assert_status 0
+}
+
+@test "a value that nothing uses is a warning" {
+    echo x >etc/values.d/nobody
+    run_zet check-config
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/etc/values.d/nobody: nothing uses \${nobody} (correct its name, or remove the file)
+zet-client: no problems found"
+}
+
+@test "a list of one's own adds, changes and disables" {
+    add_target two.conf $'two\n'
+    printf 'own\n' >etc/own.conf
+    own_list "[templates.\"own.conf\"]
+target = \"$HOST/out/own.conf\"
+roles = \"both\"
+mode = \"0600\"
+[templates.\"two.conf\"]
+enabled = false
+[templates.\"one.conf\"]
+restart = [\"one\"]"
+    run_zet commit-config
+    assert_success "$HOST/out/one.conf: created
+$HOST/out/own.conf: created
+to be restarted: one
+2 created"
+    assert_equal "$(stat -c %a out/own.conf out/one.conf | paste -sd ' ')" "600 644"
+    assert_absent out/two.conf
+    run_zet template list
+    assert_success "one.conf: $HOST/out/one.conf (server, client), installed, in $HOST/templates/targets.toml:1, changed by $HOST/etc/targets.d/10.toml
+two.conf: $HOST/out/two.conf (server, client), not installed, in $HOST/templates/targets.toml:4, changed by $HOST/etc/targets.d/10.toml, not in force: it is disabled
+own.conf: $HOST/out/own.conf (server, client), installed, in $HOST/etc/targets.d/10.toml:1"
+    run_zet commit-config two.conf
+    assert_refusal 2 "$HOST/templates/targets.toml: the template \"two.conf\" is not in force: it is disabled (name one that is)"
+    run_zet status
+    assert_status 0
+}
+
+@test "what is not in force any more is taken back by the next commit, and an edited one stays" {
+    original two.conf $'before\n'
+    add_target two.conf $'two\n' 'restart = ["two"]'
+    add_target three.conf $'three\n'
+    zet commit-config
+    own_list $'[templates."two.conf"]\nenabled = false\n[templates."three.conf"]\nwhen = "SITE=berlin"'
+    echo mine >>out/three.conf
+    run_zet status
+    assert_status 3
+    run_zet commit-config one.conf
+    assert_status 0
+    [[ $(<out/two.conf) == *two* ]]
+    run_zet commit-config -n
+    assert_status 3
+    [[ $output == *"$HOST/out/two.conf: would be put back as it was"* ]]
+    run_zet commit-config
+    assert_status 0
+    [[ $output == *"$HOST/out/two.conf: put back as it was"* ]]
+    [[ $output == *"$HOST/out/three.conf: edited, stays as it is"* ]]
+    [[ $output == *"to be restarted: two"* ]]
+    [[ $stderr == *"$HOST/out/three.conf: was edited since it was committed and stays (\"rollback-config --force\" puts back what was there before)"* ]]
+    assert_file out/two.conf $'before\n'
+    assert_absent out/two.conf.before_zet
+    run_zet commit-config -n --set SITE=berlin
+    assert_status 3
+    zet undo
+    [[ $(<out/two.conf) == *two* ]]
+}
+
+@test "when follows a parameter" {
+    printf 'own\n' >etc/own.conf
+    own_list "[templates.\"own.conf\"]
+target = \"$HOST/out/own.conf\"
+roles = \"both\"
+when = \"SITE=berlin\""
+    run_zet commit-config
+    assert_success "$HOST/out/one.conf: created
+1 created"
+    run_zet commit-config -n --set SITE=berlin
+    assert_status 3
+    [[ $output == *"$HOST/out/own.conf: would be created"* ]]
+    echo SITE=berlin >etc/defaults.d/10.conf
+    run_zet commit-config
+    assert_success "$HOST/out/own.conf: created
+1 created, 1 unchanged"
+    run_zet check-config
+    assert_status 0
+    assert_stderr "zet-client: no problems found"
+}
+
+@test "a target can be made without a notice" {
+    printf '#!/bin/sh\necho ${realm}\n# --ZET_TEMPLATE_COMMENT--\n# for its editor\n# --ZET_COMMENT_END--\n' >etc/script
+    own_list "[templates.\"script\"]
+target = \"$HOST/out/script\"
+roles = \"both\"
+mode = \"0755\""
+    run_zet check-config script
+    assert_status 1
+    assert_output "$HOST/etc/script:1:1: the programs that read the file need this line as its first, and the notice comes before it (say notice = false in its entry of the list)"
+    echo 'notice = false' >>etc/targets.d/10.toml
+    run_zet commit-config script
+    assert_success "$HOST/out/script: created
+1 created"
+    assert_file out/script $'#!/bin/sh\necho EXAMPLE.ORG\n'
+    assert_equal "$(stat -c %a out/script)" 755
+    run_zet status
+    assert_status 3
+    [[ $output == *"$HOST/out/script: in sync"* ]]
+}
+
+@test "a new file gets the owner that the list names" {
+    [[ $EUID -eq 0 ]] || skip "only root gives files away"
+    printf 'own\n' >etc/own.conf
+    own_list "[templates.\"own.conf\"]
+target = \"$HOST/out/own.conf\"
+roles = \"both\"
+owner = \"nobody:nogroup\""
+    zet commit-config
+    assert_equal "$(stat -c %U:%G out/own.conf)" nobody:nogroup
+    run_zet status
+    assert_status 0
+    sed -i 's/nobody:/no-such-user:/' etc/targets.d/10.toml
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/etc/targets.d/10.toml:1: this host has no user \"no-such-user\", to whom the file is to belong (correct owner, or make the user)"
+}
+
+@test "mistakes of every list are told at once" {
+    printf 'wrong = 1\n' >>templates/targets.toml
+    own_list $'[templates.krb5.conf]\ntarget = "/x"\nroles = "both"'
+    printf '[[\n' >etc/targets.d/20.toml
+    run_zet check-config
+    assert_status 1
+    [[ $output == *"$HOST/templates/targets.toml:4:1: unknown key \"wrong\""* ]]
+    [[ $output == *"$HOST/etc/targets.d/10.toml:1:17: the name of the template [krb5.conf] is not quoted"* ]]
+    [[ $output == *"$HOST/etc/targets.d/20.toml:1:"*"is no TOML"* ]]
+}
