@@ -5,7 +5,6 @@
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
-#include "deploy/host/Signals.h"
 #include "deploy/state/Recording.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/Render.h"
@@ -85,13 +84,8 @@ class Execution {
         }
         if (m_recording.IsEmpty()) return;
         ExpectUnchanged();
-        ExpectedFile status;
-        status.kind = FileKind::Status;
-        status.path = m_product.State().Status(m_product.Role());
-        m_recording.Expect(status);
-        if (m_product.Role() != Role::Client) return;
-        status.path = m_product.State().FileServerStatus();
-        m_recording.Expect(status);
+        for (const std::string& path : m_product.State().StatusesOf(m_product.Role()))
+            m_recording.Expect({.path = path, .kind = FileKind::Status});
     }
 
     /// An entry that is taken back takes back what was known of these, too.
@@ -138,8 +132,8 @@ class Execution {
         return knowledge;
     }
 
-    /// A target that is as it would be rendered is a committed one from now on. Where others were changed, the
-    /// entry says so.
+    /// A target that is as it would be rendered is a committed one from now on. Where others were changed,
+    /// the entry says so.
     void RememberUnchanged() {
         if (!m_recording.IsOn() || m_recording.Number()) return;
         std::vector<FileToRecord> files;
