@@ -1,5 +1,5 @@
 #include "cli/CommandLine.h"
-#include "cli/Names.h"
+#include "cli/Names.h"  // IWYU pragma: keep, no name of it is ever written
 
 #include <CLI/CLI.hpp>
 #include <algorithm>

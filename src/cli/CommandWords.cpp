@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <optional>
 
-#include "cli/Names.h"
+#include "cli/Names.h"  // IWYU pragma: keep, no name of it is ever written
 
 namespace ZET::Cli {
 

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <string_view>
 
-#include "cli/Names.h"
 #include "deploy/state/ParameterCheck.h"
 
 namespace ZET::Cli {
@@ -41,7 +40,7 @@ bool MayBeTakenForAnOption(const Mistake& mistake) {
 }  // namespace
 
 std::string DidYouMean(const std::string& word, const std::vector<std::string>& names) {
-    std::string nearest = NearestName(word, names);
+    std::string nearest = Deploy::NearestName(word, names);
     if (nearest.empty() && word.size() >= kFewestLetters) {
         const auto begun = std::find_if(names.begin(), names.end(),
                                         [&](const std::string& name) { return name.starts_with(word); });

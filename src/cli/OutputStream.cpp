@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <climits>
 
-#include "cli/Names.h"
+#include "cli/Names.h"  // IWYU pragma: keep, no name of it is ever written
 #include "deploy/host/Signals.h"
 
 namespace ZET::Cli {

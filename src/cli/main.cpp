@@ -10,7 +10,7 @@
 #include "cli/CommandLine.h"
 #include "cli/ExitStatus.h"
 #include "cli/Fields.h"
-#include "cli/Names.h"
+#include "cli/Names.h"  // IWYU pragma: keep, no name of it is ever written
 #include "cli/Report.h"
 #include "cli/Session.h"
 #include "deploy/host/Failure.h"

@@ -10,7 +10,6 @@
 #include "PathArgument.h"
 #include "Sync.h"
 #include "posix/Descriptor.h"
-#include "posix/Printable.h"
 #include "zet/ZETErrors.h"
 
 namespace ZET::Core {

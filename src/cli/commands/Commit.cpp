@@ -8,7 +8,6 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
 #include "deploy/state/Assumptions.h"
-#include "deploy/targets/ShownDiff.h"
 
 namespace ZET::Cli {
 

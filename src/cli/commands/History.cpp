@@ -1,6 +1,5 @@
 #include <charconv>
 #include <ostream>
-#include <streambuf>
 
 #include "cli/ExitStatus.h"
 #include "cli/FileReport.h"

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "zet/ZETProblem.h"
-#include "zet/deploy/Failure.h"
+#include "zet/deploy/Failure.h"  // IWYU pragma: export
 
 namespace ZET::Deploy {
 

@@ -210,13 +210,6 @@ void RequireModeOf(const std::string& model, const std::string& staged) {
     RequireMode(descriptor, staged, ModeOf(model));
 }
 
-bool RequireOwnName(const std::string& path) {
-    struct stat status = {};
-    if (lstat(path.c_str(), &status) != 0) return errno != ENOENT;
-    if (!IsOwn(status)) FailOfOther(path);
-    return true;
-}
-
 void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode) {
     const Descriptor descriptor = OpenStaged(path);
     if (!WriteAll(descriptor, bytes)) Fail(path, "cannot be written");

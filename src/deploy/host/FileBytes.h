@@ -56,9 +56,6 @@ void RequireMode(int descriptor, const std::string& path, mode_t mode);
 /// The same of a file in a private directory, and the mode of another.
 void RequireModeOf(const std::string& model, const std::string& staged);
 
-/// A `Failure` when the name is taken by what is no plain file of this user's. False when nothing has it.
-bool RequireOwnName(const std::string& path);
-
 /// Writes a new file of that mode, or over a former one of this user's, in a directory of the product's.
 void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode);
 

@@ -9,7 +9,6 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/Paths.h"
 #include "deploy/host/Remedy.h"
 #include "posix/PathNames.h"
 #include "zet/ZETHost.h"

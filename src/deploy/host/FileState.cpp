@@ -10,7 +10,6 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
-#include "deploy/host/Paths.h"
 #include "deploy/host/Remedy.h"
 #include "posix/PathNames.h"
 #include "zet/ZETFormat.h"

@@ -14,7 +14,6 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/Paths.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/StagingPlaces.h"
 #include "posix/PathNames.h"

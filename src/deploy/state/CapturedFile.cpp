@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstddef>
 #include <string_view>
-#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 
 #include <charconv>
-#include <string_view>
 
 #include "posix/Descriptor.h"
 #include "posix/ReadWrite.h"

@@ -2,10 +2,8 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <exception>
-#include <new>
 #include <utility>
 
 #include "deploy/host/Failure.h"

@@ -22,6 +22,12 @@ class StateDirectory {
     /// Of a client: the kind of its file server.
     std::string FileServerStatus() const { return m_path + "/zet-client-fs.status"; }
 
+    /// All that a commit of the role writes.
+    std::vector<std::string> StatusesOf(Role role) const {
+        if (role != Role::Client) return {Status(role)};
+        return {Status(role), FileServerStatus()};
+    }
+
     /// All of both roles.
     std::vector<std::string> Files() const {
         std::vector<std::string> files = {Lock(), FileServerStatus()};

@@ -5,7 +5,6 @@
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
-#include "deploy/host/Signals.h"
 #include "deploy/state/Recording.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/NewOwner.h"
@@ -100,13 +99,8 @@ class Execution {
                 m_recording.Expect(m_plan.Ways().Expected(step));
         if (m_recording.IsEmpty()) return;
         ExpectUnchanged();
-        ExpectedFile status;
-        status.kind = FileKind::Status;
-        status.path = m_product.State().Status(m_product.Role());
-        m_recording.Expect(status);
-        if (m_product.Role() != Role::Client) return;
-        status.path = m_product.State().FileServerStatus();
-        m_recording.Expect(status);
+        for (const std::string& path : m_product.State().StatusesOf(m_product.Role()))
+            m_recording.Expect({.path = path, .kind = FileKind::Status});
     }
 
     /// An entry that is taken back takes back what was known of these, too.

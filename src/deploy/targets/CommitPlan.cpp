@@ -9,7 +9,6 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
-#include "deploy/host/Signals.h"
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
 #include "deploy/state/StateDirectory.h"

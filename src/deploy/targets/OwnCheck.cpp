@@ -7,7 +7,6 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Process.h"
-#include "deploy/host/Signals.h"
 #include "deploy/targets/Secrets.h"
 
 namespace ZET::Deploy {

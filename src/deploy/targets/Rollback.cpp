@@ -132,14 +132,8 @@ class Rollback {
             if (step.action != Action::Nothing) m_recording.Expect(m_takeBack.Expected(step));
         }
         if (!isLast || m_recording.IsEmpty()) return;
-        ExpectedFile status;
-        status.kind = FileKind::Status;
-        status.after = CapturedFile();
-        status.path = m_product.State().Status(m_product.Role());
-        m_recording.Expect(status);
-        if (m_product.Role() != Role::Client) return;
-        status.path = m_product.State().FileServerStatus();
-        m_recording.Expect(status);
+        for (const std::string& path : m_product.State().StatusesOf(m_product.Role()))
+            m_recording.Expect({.path = path, .kind = FileKind::Status, .after = CapturedFile()});
     }
 
     void RemoveStatus() {

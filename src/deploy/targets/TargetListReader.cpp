@@ -1,6 +1,5 @@
 #include "deploy/targets/TargetListReader.h"
 
-#include <algorithm>
 #include <map>
 #include <memory>
 #include <optional>

@@ -7,7 +7,6 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
-#include "deploy/host/Signals.h"
 #include "deploy/host/Staging.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/StateDirectory.h"
@@ -157,11 +156,11 @@ RoleStatus RoleStatusOf(HostProduct& product) {
     StringMap status;
     const StateDirectory state = product.State();
     const char* const role = NameOf(product.Role());
-    HasStateFile(state.Status(product.Role()));  // what is none is told
+    RequireSoundStateFile(state.Status(product.Role()));
     if (product.Config().IsConfigStatusExist(role)) product.Config().LoadConfigStatus(role, status);
     result.commitTime = status["COMMIT_TIME"];
     if (product.Role() != Role::Client) return result;
-    HasStateFile(state.FileServerStatus());
+    RequireSoundStateFile(state.FileServerStatus());
     result.fileServer = product.Config().GetFileServerStatus();
     return result;
 }

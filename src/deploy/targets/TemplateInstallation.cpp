@@ -4,7 +4,6 @@
 #include "deploy/state/Instructions.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/state/Recording.h"
-#include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "deploy/targets/Templates.h"

@@ -1,0 +1,197 @@
+#include "StoreFixture.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include "deploy/host/Failure.h"
+#include "deploy/state/store/StoreFile.h"
+
+namespace ZET::Deploy {
+namespace {
+
+/// The file itself: who may read it, what stands in its place, damage.
+class StoreFileTest : public StoreFixture {};
+
+TEST_F(StoreFileTest, OthersMayNotReadIt) {
+    umask(0);
+    Store store = Opened();
+    Record(store, {File("/etc/x", "1", "2")});
+    for (const char* const suffix : {"", "-wal", "-shm"}) {
+        struct stat status = {};
+        ASSERT_EQ(stat(Name(suffix).c_str(), &status), 0) << suffix;
+        EXPECT_EQ(status.st_mode & 07777, 0600u) << suffix;
+    }
+    umask(022);
+}
+
+TEST_F(StoreFileTest, WhatStandsInItsPlaceIsRefusedUnopened) {
+    { Record(*std::make_unique<Store>(Name(), Store::Access::Record), {File("/etc/x", "1", "2")}); }
+    for (const char* const suffix : kStoreSuffixes) {
+        const std::string name = Name(suffix);
+        const std::string aside = (m_directory / "aside").string();
+        const bool isThere = fs::exists(name);
+        if (isThere) fs::rename(name, aside);
+        const auto expectRefusal = [&](const char* what) {
+            for (const auto access : {Store::Access::Record, Store::Access::Look}) {
+                try {
+                    const Store store(Name(), access);
+                    ADD_FAILURE() << what << " as " << name;
+                } catch (const Damage& damage) {
+                    EXPECT_THAT(damage.what(), testing::HasSubstr(name + ": is no regular file"));
+                }
+            }
+            fs::remove(name);
+        };
+        ASSERT_EQ(mkfifo(name.c_str(), 0600), 0);
+        expectRefusal("a FIFO");
+        fs::create_symlink("/etc/passwd", name);
+        expectRefusal("a link");
+        fs::create_directory(name);
+        expectRefusal("a directory");
+        std::ofstream(name) << "x";
+        ASSERT_EQ(link(name.c_str(), (m_directory / "second").c_str()), 0);
+        expectRefusal("a file of two names");
+        fs::remove(m_directory / "second");
+        std::ofstream(name) << "x";
+        if (chown(name.c_str(), 12345, 12345) == 0) expectRefusal("another user's file");
+        fs::remove(name);
+        if (isThere) fs::rename(aside, name);
+    }
+}
+
+TEST_F(StoreFileTest, AnotherDatabaseAndANewerStoreAreRefused) {
+    {
+        Database other(((std::ofstream(Name()) << ""), Name()), Database::Access::Write);
+        other.Run("CREATE TABLE t(x)");
+    }
+    EXPECT_THROW(Opened(), Damage);
+    fs::remove(Name());
+    { Opened(); }
+    {
+        Database newer(Name(), Database::Access::Write);
+        newer.Run("PRAGMA user_version = 2");
+    }
+    try {
+        Opened();
+        ADD_FAILURE();
+    } catch (const Failure& failure) {
+        EXPECT_EQ(failure.what(), Name() +
+                                      ": was written by a newer version of the product (use that one, or set "
+                                      "ZET_HISTORY=no)");
+    }
+}
+
+TEST_F(StoreFileTest, OnlyAnEmptyFileCountsAsNew) {
+    std::ofstream(Name()) << "";
+    EXPECT_FALSE(HasStore(Name()));
+    { Opened(); }
+    fs::remove(Name() + "-wal");
+    std::ofstream(Name()) << "no database at all";
+    EXPECT_TRUE(HasStore(Name()));
+    EXPECT_THROW(Opened(), Damage);
+    EXPECT_EQ(Bytes(Name()), "no database at all");
+}
+
+/// What a damaged store answers is an error, or right.
+void ExpectNothingWrong(const std::string& name) {
+    try {
+        Store store(name, Store::Access::Record, {}, false);
+        for (const RecordedEntry& entry : store.Entries(10)) {
+            EXPECT_EQ(entry.words, Entry().words);
+            for (const RecordedFile& file : store.FilesOf(entry.number)) {
+                EXPECT_EQ(file.path, "/etc/x");
+                EXPECT_EQ(file.before.mode, 0644u);
+                EXPECT_EQ(file.before.attributes, State().attributes);
+                if (file.before.text) {
+                    EXPECT_EQ(store.Text(*file.before.text), "the former text\n");
+                }
+                if (file.after.text) {
+                    EXPECT_EQ(store.Text(*file.after.text), "the new text\n");
+                }
+            }
+        }
+        if (const auto known = store.Known("/etc/x")) {
+            EXPECT_EQ(store.Text(known->state.text.value()), "the new text\n");
+        }
+        Record(store, {File("/etc/x", "the former text\n", "the new text\n")});
+    } catch (const Failure&) {
+        // It says so.
+    }
+}
+
+class DamagedStoreTest : public StoreFileTest {
+  protected:
+    DamagedStoreTest() {
+        {
+            Store store = Opened();
+            Record(store, {File("/etc/x", "the former text\n", "the new text\n")});
+        }
+        for (const char* const suffix : {"", "-wal"})
+            m_whole[suffix] = Bytes(Name(suffix));
+    }
+
+    void PutBack() {
+        fs::remove(Name("-shm"));
+        for (const auto& [suffix, bytes] : m_whole)
+            std::ofstream(Name(suffix), std::ios::binary) << bytes;
+    }
+
+    std::map<std::string, std::string> m_whole;
+};
+
+TEST_F(DamagedStoreTest, FlippedBytesAreNeverBelieved) {
+    for (const auto& [suffix, bytes] : m_whole) {
+        for (std::size_t at = 0; at < bytes.size(); at += 101) {
+            PutBack();
+            std::string damaged = bytes;
+            damaged[at] = static_cast<char>(damaged[at] ^ 0x10);
+            std::ofstream(Name(suffix), std::ios::binary) << damaged;
+            SCOPED_TRACE(suffix + " at " + std::to_string(at));
+            ExpectNothingWrong(Name());
+        }
+    }
+}
+
+TEST_F(DamagedStoreTest, ACutFileIsNeverBelieved) {
+    for (const auto& [suffix, bytes] : m_whole) {
+        for (std::size_t length = 0; length < bytes.size(); length += 211) {
+            PutBack();
+            std::ofstream(Name(suffix), std::ios::binary) << bytes.substr(0, length);
+            SCOPED_TRACE(suffix + " cut at " + std::to_string(length));
+            ExpectNothingWrong(Name());
+        }
+    }
+}
+
+TEST_F(StoreFileTest, ItCanBeLookedAtWhereNothingCanBeWritten) {
+    constexpr uid_t kUser = 12345;
+    { Record(*std::make_unique<Store>(Name(), Store::Access::Record), {File("/etc/x", "1", "2")}); }
+    fs::remove(Name("-shm"));
+    {
+        Database whole(Name(), Database::Access::Write);
+        whole.Run("PRAGMA wal_checkpoint(TRUNCATE)");
+    }
+    fs::remove(Name("-shm"));
+    fs::remove(Name("-wal"));
+    if (geteuid() == 0) {
+        ASSERT_EQ(chown(Name().c_str(), kUser, kUser), 0);
+        ASSERT_EQ(chown(m_directory.c_str(), kUser, kUser), 0);
+    }
+    chmod(Name().c_str(), 0400);
+    chmod(m_directory.c_str(), 0500);
+    const uid_t self = geteuid();
+    if (self == 0) {
+        ASSERT_EQ(seteuid(kUser), 0);
+    }
+    {
+        Store store(Name(), Store::Access::Look);
+        EXPECT_TRUE(store.Known("/etc/x"));
+    }
+    if (self == 0) {
+        ASSERT_EQ(seteuid(self), 0);
+    }
+    chmod(m_directory.c_str(), 0700);
+}
+
+}  // namespace
+}  // namespace ZET::Deploy
