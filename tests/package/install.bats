@@ -29,12 +29,20 @@ expected_files() {
 		bin/zet-init 755
 		lib/cmake/zet/zet-config-version.cmake 644
 		lib/cmake/zet/zet-config.cmake 644
+		lib/systemd/system/zet-status.service 644
+		lib/systemd/system/zet-status.timer 644
 		lib/zet/libzet-config.so 644
+		libexec/zet/write-metrics 755
 		share/bash-completion/completions/zet-client -> zet-init
 		share/bash-completion/completions/zet-init 644
 		share/man/man1/zet-client.1 -> zet-init.1
 		share/man/man1/zet-init.1 644
-		share/man/man5/targets.toml.5 644
+		share/fish/vendor_completions.d/zet-client.fish 644
+		share/fish/vendor_completions.d/zet-init.fish 644
+		share/man/man5/targets.toml.5 -> zet-targets.5
+		share/man/man5/zet-state.5 644
+		share/man/man5/zet-targets.5 644
+		share/man/man5/zet-templates.5 644
 		share/man/man5/zet.conf.5 644
 		share/man/man7/zet.7 644
 		share/zet/templates/domain.ldif 644

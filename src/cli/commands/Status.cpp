@@ -2,10 +2,12 @@
 #include <utility>
 
 #include "cli/ExitStatus.h"
+#include "cli/Metrics.h"
 #include "cli/Session.h"
 #include "cli/commands/Registrations.h"
 #include "deploy/host/Signals.h"
 #include "deploy/targets/TargetStates.h"
+#include "zet/deploy/Failure.h"
 
 namespace ZET::Cli {
 
@@ -13,6 +15,7 @@ namespace {
 
 struct StatusOptions {
     bool changed = false;
+    std::string format = "words";
 };
 
 constexpr char kInSync[] = "in sync";
@@ -41,9 +44,13 @@ void TellRole(Session& session, const RoleStatus& status) {
     if (!status.fileServer.empty()) report.Set("file_server", status.fileServer);
 }
 
-void TellTarget(Session& session, const TargetState& target) {
+void TellTrouble(Session& session, const TargetState& target) {
     if (!target.trouble.empty())
         session.Out().Error(target.path + ": its state cannot be told: " + target.trouble);
+}
+
+void TellTarget(Session& session, const TargetState& target) {
+    TellTrouble(session, target);
     session.Out().Line(target.path + ": " + target.state);
     session.Out().Add("targets", Fields{{"template", target.templateName},
                                         {"file", target.file},
@@ -91,8 +98,25 @@ void TellNewer(Session& session, const std::vector<std::string>& names) {
                        " template upgrade\" takes them over)");
 }
 
+int ExitStatusOf(const TargetStates& states) {
+    if (states.IsAnyUnknown()) return kFailed;
+    return states.IsInSync() ? kDone : kNotInSync;
+}
+
+int TellMetrics(Session& session) {
+    if (session.Asked().json)
+        throw UsageError("--json and --format=openmetrics ask for two different documents (leave one out)");
+    const RoleStatus role = RoleStatusOf(session.Product());
+    const TargetStates states = StatesOfTargets(session.Product());
+    for (const TargetState& target : states.targets)
+        TellTrouble(session, target);
+    session.Out().Text(MetricsOf(session.Asked().role, role, states));
+    return ExitStatusOf(states);
+}
+
 int Status(Session& session, const StatusOptions& asked) {
     const SignalGuard signals;
+    if (asked.format == "openmetrics") return TellMetrics(session);
     BeginStatus(session);
     TellRole(session, RoleStatusOf(session.Product()));
     const TargetStates states = StatesOfTargets(session.Product());
@@ -107,8 +131,7 @@ int Status(Session& session, const StatusOptions& asked) {
                               ": was committed and is not in the list of targets any more "
                               "(\"rollback-config\" puts it back)");
     }
-    if (states.IsAnyUnknown()) return kFailed;
-    return states.IsInSync() ? kDone : kNotInSync;
+    return ExitStatusOf(states);
 }
 
 }  // namespace
@@ -116,7 +139,9 @@ int Status(Session& session, const StatusOptions& asked) {
 void RegisterStatus(CommandLine& line) {
     line.Single(Subject::Product)
         .Add<StatusOptions>("status", "Tell the role and the state of each target", Status)
-        .Flag("--changed", &StatusOptions::changed, "Only targets that are not in sync");
+        .Flag("--changed", &StatusOptions::changed, "Only targets that are not in sync")
+        .Choice("--format", {"words", "openmetrics"}, &StatusOptions::format,
+                "For a reader, or in numbers for a monitor");
 }
 
 }  // namespace ZET::Cli
