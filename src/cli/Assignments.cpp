@@ -1,4 +1,5 @@
 #include "cli/Assignments.h"
+#include "cli/Translation.h"
 
 #include "cli/ExitStatus.h"
 #include "cli/Names.h"
@@ -18,12 +19,14 @@ StringMap ParseAssignments(const std::vector<std::string>& arguments, const std:
     for (const std::string& argument : arguments) {
         const std::size_t equalsSign = argument.find('=');
         if (equalsSign == std::string::npos || equalsSign == 0) {
-            throw UsageError(option + ": \"" + argument +
-                             "\" is not NAME=VALUE (write a name, \"=\" and a value)");
+            throw UsageError(
+                option + ": " +
+                Filled(_("\"%s\" is not NAME=VALUE (write a name, \"=\" and a value)"), {argument}));
         }
         if (argument.find('\n') != std::string::npos) {
-            throw UsageError(option + ": \"" + argument.substr(0, equalsSign) +
-                             "\" has a line feed in its value (give one without)");
+            throw UsageError(option + ": " +
+                             Filled(_("\"%s\" has a line feed in its value (give one without)"),
+                                    {argument.substr(0, equalsSign)}));
         }
         // Placeholders take any name.
         if (option == kParameterOption) RequireOptionName(argument.substr(0, equalsSign), option + ":");

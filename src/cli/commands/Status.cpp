@@ -4,6 +4,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/Metrics.h"
 #include "cli/Session.h"
+#include "cli/Translation.h"
 #include "cli/commands/Registrations.h"
 #include "deploy/host/Signals.h"
 #include "deploy/targets/TargetStates.h"
@@ -18,8 +19,13 @@ struct StatusOptions {
     std::string format = "words";
 };
 
-constexpr char kInSync[] = "in sync";
-constexpr char kInPlace[] = "in place";
+constexpr char kInSync[] = ZET_TEXT("in sync");
+constexpr char kInPlace[] = ZET_TEXT("in place");
+
+/// The others, which come from the library and are shown in the reader's language.
+[[maybe_unused]] constexpr const char* kStates[] = {
+    ZET_TEXT("pending"), ZET_TEXT("edited"),  ZET_TEXT("missing"), ZET_TEXT("not committed"),
+    ZET_TEXT("unknown"), ZET_TEXT("changed"), ZET_TEXT("gone")};
 
 bool IsClient(const Session& session) {
     return session.Asked().role == Role::Client;
@@ -36,22 +42,23 @@ void BeginStatus(Session& session) {
 
 void TellRole(Session& session, const RoleStatus& status) {
     Report& report = session.Out();
-    report.Line(std::string("role: ") + NameOf(session.Asked().role));
-    report.Line("committed: " + (status.commitTime.empty() ? "never" : status.commitTime));
+    report.Line(Filled(_("role: %s"), {RoleName(session.Asked().role)}));
+    report.Line(Filled(_("committed: %s"), {status.commitTime.empty() ? _("never") : status.commitTime}));
     if (!status.commitTime.empty()) report.Set("commit_time", status.commitTime);
     if (!IsClient(session)) return;
-    report.Line("file server: " + (status.fileServer.empty() ? "none recorded" : status.fileServer));
+    report.Line(
+        Filled(_("file server: %s"), {status.fileServer.empty() ? _("none recorded") : status.fileServer}));
     if (!status.fileServer.empty()) report.Set("file_server", status.fileServer);
 }
 
 void TellTrouble(Session& session, const TargetState& target) {
     if (!target.trouble.empty())
-        session.Out().Error(target.path + ": its state cannot be told: " + target.trouble);
+        session.Out().Error(target.path + ": " + Filled(_("its state cannot be told: %s"), {target.trouble}));
 }
 
 void TellTarget(Session& session, const TargetState& target) {
     TellTrouble(session, target);
-    session.Out().Line(target.path + ": " + target.state);
+    session.Out().Line(target.path + ": " + _(target.state.c_str()));
     session.Out().Add("targets", Fields{{"template", target.templateName},
                                         {"file", target.file},
                                         {"path", session.Product().HostPaths().RealName(target.path)},
@@ -72,16 +79,16 @@ std::string CountsOf(const std::vector<TargetState>& targets) {
     }
     std::string text;
     for (const auto& [state, count] : counts) {
-        if (count != 0) text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + state;
+        if (count != 0) text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + _(state.c_str());
     }
-    return text.empty() ? "no targets" : text;
+    return text.empty() ? _("no targets") : text;
 }
 
 /// Nothing has to be done about them, so that they do not count.
 void TellEdits(Session& session, const std::vector<EditState>& edits, bool onlyChanged) {
     for (const EditState& edit : edits) {
         if (onlyChanged && edit.state == kInPlace) continue;
-        session.Out().Line(edit.path + ": edit " + edit.state);
+        session.Out().Line(edit.path + ": " + Filled(_("edit %s"), {_(edit.state.c_str())}));
         session.Out().Add("edits", Fields{{"path", edit.path}, {"state", edit.state}});
     }
 }
@@ -94,8 +101,8 @@ void TellNewer(Session& session, const std::vector<std::string>& names) {
         text += (text.empty() ? "" : ", ") + name;
     }
     if (text.empty()) return;
-    session.Out().Line("newer shipped templates: " + text + " (\"" + session.Asked().program +
-                       " template upgrade\" takes them over)");
+    session.Out().Line(Filled(_("newer shipped templates: %s (\"%s template upgrade\" takes them over)"),
+                              {text, session.Asked().program}));
 }
 
 int ExitStatusOf(const TargetStates& states) {
@@ -105,7 +112,8 @@ int ExitStatusOf(const TargetStates& states) {
 
 int TellMetrics(Session& session) {
     if (session.Asked().json)
-        throw UsageError("--json and --format=openmetrics ask for two different documents (leave one out)");
+        throw UsageError(
+            _("--json and --format=openmetrics ask for two different documents (leave one out)"));
     const RoleStatus role = RoleStatusOf(session.Product());
     const TargetStates states = StatesOfTargets(session.Product());
     for (const TargetState& target : states.targets)
@@ -127,9 +135,9 @@ int Status(Session& session, const StatusOptions& asked) {
     TellNewer(session, states.newerTemplates);
     session.Out().Line(CountsOf(states.targets));
     for (const std::string& path : states.leftOvers) {
-        session.Out().Warning(path +
-                              ": was committed and is not in the list of targets any more "
-                              "(\"rollback-config\" puts it back)");
+        session.Out().Warning(path + ": " +
+                              _("was committed and is not in the list of targets any more "
+                                "(\"rollback-config\" puts it back)"));
     }
     return ExitStatusOf(states);
 }
