@@ -15,12 +15,15 @@ list() {
 }
 
 expected_files() {
-    local version name
+    local version name language
     (cd "$SOURCE_DIR" && find include/zet -name '*.h' -printf '%p 644\n')
     version=$(product_version)
     for name in zet-core zet-deploy; do
         printf '%s\n' "lib/lib$name.so -> lib$name.so.1" "lib/lib$name.so.1 -> lib$name.so.$version" \
             "lib/lib$name.so.$version 644" "lib/pkgconfig/$name.pc 644"
+    done
+    for language in de es fr; do
+        for name in libzet-config libzet-core zet-tools; do echo "share/locale/$language/LC_MESSAGES/$name.mo 644"; done
     done
     # The name of the kind of build is in the name of one file.
     basename -a "$PREFIX"/lib/cmake/zet/zet-config-*.cmake | grep -v version | sed 's|.*|lib/cmake/zet/& 644|'
