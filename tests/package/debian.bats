@@ -64,9 +64,9 @@ install_from() {
     rm -rf "$TREE/debs"
 }
 
-# fingerprint: every file of the tree but the package system's own and caches, with mode, owner and bytes.
+# fingerprint: every file of the tree but those of the package system, of its helper for services, and caches, with mode, owner and bytes.
 fingerprint() {
-    (cd "$TREE" && find . \( -path ./var/lib/dpkg -o -path ./var/log -o -path ./var/cache -o -path ./proc -o -path ./tmp \
+    (cd "$TREE" && find . \( -path ./var/lib/dpkg -o -path ./var/log -o -path ./var/cache -o -path ./var/lib/systemd -o -path ./proc -o -path ./tmp \
         -o -path ./etc/ld.so.cache \) -prune -o \( -type f -printf '%p %m %U:%G ' -exec sha256sum {} \; -o -printf '%p %y %m %U:%G %l\n' \)) |
         sed 's/ [^ ]*$//; t' | sort
 }
@@ -74,7 +74,7 @@ fingerprint() {
 # files_of_packages: what ours have, one a line.
 files_of_packages() {
     # shellcheck disable=SC2016
-    inside sh -c 'dpkg -L $(dpkg-query -W -f "\${Package} " "libzet*" "zet-*")' | sort -u
+    inside sh -c 'dpkg -L $(dpkg-query -W -f "\${Package} " "libzet*" "zet-*")' | sed 's|^/lib/|/usr/lib/|' | sort -u
 }
 
 @test "LintianHasNothingToSay" {
@@ -212,7 +212,7 @@ files_of_packages() {
     echo "$output"
     [ "$status" -eq 0 ]
     [ ! -e "$TREE/var/lib/zet" ]
-    rm -rf "$TREE"/etc/zet "$TREE"/etc/krb5* "$TREE"/etc/ldap "$TREE"/etc/edited "$TREE"/etc/greeting "$TREE"/etc/zet-life.conf \
+    rm -rf "$TREE"/etc/zet "$TREE"/etc/krb5* "$TREE"/etc/ldap "$TREE"/etc/edited "$TREE"/etc/greeting "$TREE"/etc/zet-life.conf "$TREE"/etc/idmapd.conf "$TREE"/etc/nslcd.conf \
         "$TREE"/opt/elsewhere "$TREE"/usr/share/zet
     fingerprint | diff "$BATS_FILE_TMPDIR/before" -
 }
