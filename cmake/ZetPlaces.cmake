@@ -3,6 +3,7 @@
 #   ZET_LIBRARY_WAY  from the directory of the programs to that of the libraries
 #   ZET_MODULE_WAY   from there to that of the module
 #   ZET_PREFIX_WAY   from the directory of the libraries to the prefix
+#   ZET_LOCALE_WAY   from the directory of the programs to that of the translations
 
 # zet_place(NAME): the directory CMAKE_INSTALL_NAME as it is below the prefix. One that is elsewhere would not move with
 # the others when the product is installed, or unpacked, under another prefix.
@@ -20,9 +21,11 @@ endfunction()
 zet_place(BINDIR)
 zet_place(LIBDIR)
 zet_place(INCLUDEDIR)
+zet_place(LOCALEDIR)
 file(RELATIVE_PATH ZET_LIBRARY_WAY /${ZET_PLACE_BINDIR} /${ZET_PLACE_LIBDIR})
 string(REGEX REPLACE "[^/]+" ".." ZET_PREFIX_WAY ${ZET_PLACE_LIBDIR})
 set(ZET_MODULE_WAY zet)
+file(RELATIVE_PATH ZET_LOCALE_WAY /${ZET_PLACE_BINDIR} /${ZET_PLACE_LOCALEDIR})
 
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/${ZET_PLACE_BINDIR})
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/${ZET_PLACE_LIBDIR})

@@ -1,29 +1,53 @@
 # Completion of zet-init and zet-client in bash.
 
-# The templates of this host, as its list of targets names them.
-_zet_templates() {
-    sed -n 's/^\[templates\."\(.*\)"\].*$/\1/p' /usr/share/zet/templates/targets.toml /etc/zet/targets.d/*.toml 2>/dev/null |
-        sort -u
+# Runs the program for the host that the command line names.
+_zet_run() {
+    LC_ALL=C "$program" "${host[@]}" -q "$@" 2>/dev/null </dev/null
 }
 
-# The numbers of the changes that the history of this host has.
+_zet_templates() {
+    _zet_run template list | sed -n 's/^\([^:]*\): .*/\1/p'
+}
+
+_zet_targets() {
+    _zet_run template list | sed -n 's/^[^:]*: \(.*\) (.*/\1/p'
+}
+
+# The numbers of the changes that the history of the host has.
 _zet_changes() {
-    "$1" -q history 2>/dev/null </dev/null | sed -n 's/^\([0-9][0-9]*\) .*/\1/p'
+    _zet_run history | sed -n 's/^\([0-9][0-9]*\) .*/\1/p'
+}
+
+# The parameters that the file $1 of the host has.
+_zet_names() {
+    head -c 1000000 "$root$1" 2>/dev/null | sed -n 's/^[[:blank:]]*\([A-Za-z_][A-Za-z0-9_.-]*\)=.*/\1/p' | sort -u
+}
+
+# _zet_keep_host OPTION VALUE: that the command line has it.
+_zet_keep_host() {
+    case $1 in
+        -c | --config) host+=(--config "$2") ;;
+        --root) host+=(--root "$2") root=$2 ;;
+    esac
 }
 
 _zet_is_of_history() {
     [[ " show diff export erase " == *" $1 "* ]]
 }
 
-# Sets $command to the words of the command before the cursor, $arguments to how many arguments follow them.
+# Sets $command to the words of the command before the cursor, $arguments to how many arguments follow them, the first of
+# which is $file; $host and $root to the options that name the host.
 _zet_read_words() {
-    local i
-    command='' arguments=0
+    local i option
+    command='' arguments=0 file='' host=() root=''
     for ((i = 1; i < COMP_CWORD; i++)); do
         case ${COMP_WORDS[i]} in
-            -c | --config | --root | --module | -m | --message | -N | --count | --color | --log | --set | --value | --section)
+            -c | --config | --root | --module | -m | --message | -N | --count | --color | --log | --set | --value | --section | --to | \
+                --on-edit | --format)
+                option=${COMP_WORDS[i]}
                 ((++i))
                 [[ ${COMP_WORDS[i]} != = ]] || ((++i))
+                ((i >= COMP_CWORD)) || _zet_keep_host "$option" "${COMP_WORDS[i]}"
                 ;;
             =) ((++i)) ;; # The shell takes NAME=VALUE for three words.
             -*) ;;
@@ -31,7 +55,10 @@ _zet_read_words() {
                 case $command in
                     '' | template | param | line | file | option) command+=${command:+ }${COMP_WORDS[i]} ;;
                     history) _zet_is_of_history "${COMP_WORDS[i]}" && command+=" ${COMP_WORDS[i]}" || ((++arguments)) ;;
-                    *) ((++arguments)) ;;
+                    *)
+                        ((++arguments))
+                        [[ $arguments -ne 1 ]] || file=${COMP_WORDS[i]}
+                        ;;
                 esac
                 ;;
         esac
@@ -52,7 +79,7 @@ _zet() {
         TICKET_MAX_LIFE TICKET_MAX_RENEWABLE_LIFE VALID_GROUP_NAMES VALID_USER_NAMES ZET_CFG_DIR
         ZET_CFG_TEMPL_DIR ZET_HISTORY ZET_HISTORY_KEEP ZET_HISTORY_KEEP_EDITS ZET_HISTORY_MAX_FILE ZET_LANG
         ZET_ON_EDIT ZET_SYNC ZET_VAR_LIB_DIR'
-    local current=$2 previous=${COMP_WORDS[COMP_CWORD - 1]} command arguments words='' files=''
+    local program=$1 host root file current=$2 previous=${COMP_WORDS[COMP_CWORD - 1]} command arguments words='' files=''
     local options='-c --config --root --module -m --message -n --dry-run --diff --json -q --quiet -v --verbose --show-secrets --color --log
         -h --help -V --version'
     local commands='commit-config check-config rollback-config undo status adopt values template param line file option
@@ -66,9 +93,12 @@ _zet() {
             ;;
         commit-config) options+=' --set --run-checks --on-edit' words=$(_zet_templates) ;;
         check-config) options+=' --run-checks --no-checks' words=$(_zet_templates) ;;
-        status) options+=' --changed' ;;
-        rollback-config) options+=' --force --keep-edits --to' files=-f ;;
-        undo) options+=' --force --merge' ;;
+        status) options+=' --changed --format' ;;
+        rollback-config) options+=' --force --keep-edits --to' words=$(_zet_targets) ;;
+        undo)
+            options+=' --force --merge'
+            [[ $arguments -ne 0 ]] || words=$(_zet_changes)
+            ;;
         template) words='list status diff install process upgrade' ;;
         param) words='get set unset restore' ;;
         line) words='get set restore' ;;
@@ -94,9 +124,10 @@ _zet() {
     esac
     case "$command $arguments" in
         'param '*' 0' | 'line '*' 0' | 'file '*' 0' | 'explain 0' | 'doctor 0' | 'adopt 0') files=-f ;;
-        'history show 0' | 'history diff 0') words=$(_zet_changes "$1") ;;
-        'history diff 1') words=$(_zet_changes "$1") files=-f ;;
+        'history show 0' | 'history diff 0') words=$(_zet_changes) ;;
+        'history diff 1') words=$(_zet_changes) files=-f ;;
         'history show 1' | 'history diff 2' | 'history erase 0') files=-f ;;
+        'param '*' 1') words=$(_zet_names "$file") ;;
         'help 0') ;;
         'help '*) words='' ;;
         'option get 0' | 'option set 0') words=$parameters ;;
@@ -110,7 +141,10 @@ _zet() {
         --root) words='' files=-d ;;
         --color) words='auto always never' files='' ;;
         --log) words='stderr syslog' files='' ;;
-        -m | --message | -N | --count | --set | --value | --section | --to) words='' files='' ;;
+        --on-edit) words='overwrite merge refuse' files='' ;;
+        --format) words='words openmetrics' files='' ;;
+        --to) words=$(_zet_changes) files='' ;;
+        -m | --message | -N | --count | --set | --value | --section) words='' files='' ;;
     esac
     mapfile -t COMPREPLY < <(
         compgen -W "$words" -- "$current"

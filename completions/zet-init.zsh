@@ -1,25 +1,50 @@
 #compdef zet-init zet-client
 # Completion of zet-init and zet-client in zsh.
 
-# The templates of this host, as its list of targets names them.
+# Runs the program for the host that the command line names.
+_zet_run() {
+    LC_ALL=C $words[1] $host -q "$@" 2>/dev/null </dev/null
+}
+
 _zet_templates() {
-    sed -n 's/^\[templates\."\(.*\)"\].*$/\1/p' /usr/share/zet/templates/targets.toml /etc/zet/targets.d/*.toml(N) 2>/dev/null |
-        sort -u
+    _zet_run template list | command sed -n 's/^\([^:]*\): .*/\1/p'
 }
 
-# The numbers of the changes that the history of this host has.
+_zet_targets() {
+    _zet_run template list | command sed -n 's/^[^:]*: \(.*\) (.*/\1/p'
+}
+
+# The numbers of the changes that the history of the host has.
 _zet_changes() {
-    local line
-    for line in ${(f)"$($1 -q history 2>/dev/null </dev/null)"}; do print -r -- ${line%% *}; done
+    _zet_run history | command sed -n 's/^\([0-9][0-9]*\) .*/\1/p'
 }
 
-# Sets $command to the words of the command before the cursor, $arguments to how many arguments follow them.
+# The parameters that the file $1 of the host has.
+_zet_names() {
+    command head -c 1000000 "$root$1" 2>/dev/null |
+        command sed -n 's/^[[:blank:]]*\([A-Za-z_][A-Za-z0-9_.-]*\)=.*/\1/p' | sort -u
+}
+
+# _zet_keep_host OPTION VALUE: that the command line has it.
+_zet_keep_host() {
+    case $1 in
+        (-c|--config) host+=(--config ${(Q)2}) ;;
+        (--root) host+=(--root ${(Q)2}) root=${(Q)2} ;;
+    esac
+}
+
+# Sets $command to the words of the command before the cursor, $arguments to how many arguments follow them, the first of
+# which is $file; $host and $root to the options that name the host.
 _zet_read_words() {
     local i
-    command='' arguments=0
+    command='' arguments=0 file='' host=() root=''
     for ((i = 2; i < CURRENT; i++)); do
         case $words[i] in
-            (-c|--config|--root|--module|-m|--message|-N|--count|--color|--log|--set|--value|--section) ((++i)) ;;
+            (-c|--config|--root|--module|-m|--message|-N|--count|--color|--log|--set|--value|--section|--to|--on-edit|--format)
+                ((++i))
+                if (( i < CURRENT )); then _zet_keep_host $words[i-1] $words[i]; fi
+                ;;
+            (--config=*|--root=*) _zet_keep_host ${words[i]%%=*} ${words[i]#*=} ;;
             (-*) ;;
             (*)
                 case $command in
@@ -30,7 +55,10 @@ _zet_read_words() {
                             (*) ((++arguments)) ;;
                         esac
                         ;;
-                    (*) ((++arguments)) ;;
+                    (*)
+                        ((++arguments))
+                        if (( arguments == 1 )); then file=${(Q)words[i]}; fi
+                        ;;
                 esac
                 ;;
         esac
@@ -51,7 +79,8 @@ _zet() {
         TICKET_MAX_LIFE TICKET_MAX_RENEWABLE_LIFE VALID_GROUP_NAMES VALID_USER_NAMES ZET_CFG_DIR
         ZET_CFG_TEMPL_DIR ZET_HISTORY ZET_HISTORY_KEEP ZET_HISTORY_KEEP_EDITS ZET_HISTORY_MAX_FILE ZET_LANG
         ZET_ON_EDIT ZET_SYNC ZET_VAR_LIB_DIR)
-    local command arguments current=$words[CURRENT] previous=$words[CURRENT-1]
+    local -a host
+    local root file command arguments current=$words[CURRENT] previous=$words[CURRENT-1]
     local -a known options=(-c --config --root --module -m --message -n --dry-run --diff --json -q --quiet -v --verbose
         --show-secrets --color --log -h --help -V --version)
     local -a commands=(commit-config check-config rollback-config undo status adopt values template param line file option
@@ -63,7 +92,10 @@ _zet() {
         (--root) _files -/; return ;;
         (--color) compadd -- auto always never; return ;;
         (--log) compadd -- stderr syslog; return ;;
-        (-m|--message|-N|--count|--set|--value|--section|--to) return 1 ;;
+        (--on-edit) compadd -- overwrite merge refuse; return ;;
+        (--format) compadd -- words openmetrics; return ;;
+        (--to) compadd -- ${(f)"$(_zet_changes)"}; return ;;
+        (-m|--message|-N|--count|--set|--value|--section) return 1 ;;
     esac
     case $command in
         ('')
@@ -71,9 +103,12 @@ _zet() {
             ;;
         (commit-config) options+=(--set --run-checks --on-edit) known=(${(f)"$(_zet_templates)"}) ;;
         (check-config) options+=(--run-checks --no-checks) known=(${(f)"$(_zet_templates)"}) ;;
-        (status) options+=(--changed) ;;
-        (rollback-config) options+=(--force --keep-edits --to) ;;
-        (undo) options+=(--force --merge) ;;
+        (status) options+=(--changed --format) ;;
+        (rollback-config) options+=(--force --keep-edits --to) known=(${(f)"$(_zet_targets)"}) ;;
+        (undo)
+            options+=(--force --merge)
+            if (( arguments == 0 )); then known=(${(f)"$(_zet_changes)"}); fi
+            ;;
         (template) known=(list status diff install process upgrade) ;;
         (param) known=(get set unset restore) ;;
         (line) known=(get set restore) ;;
@@ -99,10 +134,11 @@ _zet() {
         return
     fi
     case "$command $arguments" in
-        (param\ *\ 0|line\ *\ 0|file\ *\ 0|'explain 0'|'doctor 0'|rollback-config*) _files ;;
+        (param\ *\ 0|line\ *\ 0|file\ *\ 0|'explain 0'|'doctor 0'|'adopt 0') _files ;;
+        (param\ *\ 1) compadd -- ${(f)"$(_zet_names $file)"} ;;
         ('history 0') compadd -- $known; _files ;;
-        ('history show 0'|'history diff 0') compadd -- ${(f)"$(_zet_changes $words[1])"} ;;
-        ('history diff 1') compadd -- ${(f)"$(_zet_changes $words[1])"}; _files ;;
+        ('history show 0'|'history diff 0') compadd -- ${(f)"$(_zet_changes)"} ;;
+        ('history diff 1') compadd -- ${(f)"$(_zet_changes)"}; _files ;;
         ('history show 1'|'history diff 2'|'history erase 0') _files ;;
         (help\ 0) compadd -- $known ;;
         (help\ *) return 1 ;;

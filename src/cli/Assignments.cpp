@@ -1,5 +1,7 @@
 #include "cli/Assignments.h"
+#include "cli/Translation.h"
 
+#include "cli/ExitStatus.h"
 #include "cli/Names.h"  // IWYU pragma: keep, no name of it is ever written
 #include "deploy/host/Failure.h"
 #include "deploy/targets/EditRules.h"
@@ -17,12 +19,14 @@ StringMap ParseAssignments(const std::vector<std::string>& arguments, const std:
     for (const std::string& argument : arguments) {
         const std::size_t equalsSign = argument.find('=');
         if (equalsSign == std::string::npos || equalsSign == 0) {
-            throw UsageError(option + ": \"" + argument +
-                             "\" is not NAME=VALUE (write a name, \"=\" and a value)");
+            throw UsageError(
+                option + ": " +
+                Filled(_("\"%s\" is not NAME=VALUE (write a name, \"=\" and a value)"), {argument}));
         }
         if (argument.find('\n') != std::string::npos) {
-            throw UsageError(option + ": \"" + argument.substr(0, equalsSign) +
-                             "\" has a line feed in its value (give one without)");
+            throw UsageError(option + ": " +
+                             Filled(_("\"%s\" has a line feed in its value (give one without)"),
+                                    {argument.substr(0, equalsSign)}));
         }
         // Placeholders take any name.
         if (option == kParameterOption) RequireOptionName(argument.substr(0, equalsSign), option + ":");

@@ -1,5 +1,6 @@
 #include "cli/CommandLine.h"
 #include "cli/Names.h"  // IWYU pragma: keep, no name of it is ever written
+#include "cli/Translation.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -21,13 +22,33 @@ namespace ZET::Cli {
 
 namespace {
 
-constexpr char kOptionsOfAll[] = "Options of all commands";
+constexpr char kOptionsOfAll[] = ZET_TEXT("Options of all commands");
+constexpr char kOptions[] = ZET_TEXT("Options");
+constexpr char kCommands[] = ZET_TEXT("Subcommands");
 constexpr char kHelp[] = "-h,--help";
+constexpr char kServerHelp[] =
+    ZET_TEXT("Write, edit and take back the configuration files of this host, a server of a network domain");
+constexpr char kClientHelp[] =
+    ZET_TEXT("Write, edit and take back the configuration files of this host, a client of a network domain");
+
 using Names = std::vector<std::string>;
 
 /// The help of a command shows the options of all, too, in a group of their own.
 class HelpFormatter : public CLI::Formatter {
   public:
+    HelpFormatter() {
+        label("Usage", _("Usage"));
+        label("OPTIONS", _("OPTIONS"));
+        label("SUBCOMMAND", _("SUBCOMMAND"));
+        label("REQUIRED", _("REQUIRED"));
+        label("Positionals", _("Positionals"));
+    }
+
+    std::string make_group(std::string group, bool isPositional,
+                           std::vector<const CLI::Option*> options) const override {
+        return Formatter::make_group(_(group.c_str()), isPositional, std::move(options));
+    }
+
     std::string make_subcommands(const CLI::App* app, CLI::AppFormatMode mode) const override {
         const std::string subcommands = Formatter::make_subcommands(app, mode);
         if (app->get_parent() == nullptr) return subcommands;
@@ -44,9 +65,7 @@ class Grammar {
     using Words = std::set<std::string_view>;
 
     explicit Grammar(const std::string& program)
-        : m_app("Write, edit and take back the configuration files of this host, a " +
-                    std::string(NameOf(RoleOf(program))) + " of a network domain",
-                program) {
+        : m_app(_(RoleOf(program) == Role::Server ? kServerHelp : kClientHelp), program) {
         m_call.options.program = program;
         m_call.options.role = RoleOf(program);
         m_app.formatter(std::make_shared<HelpFormatter>());
@@ -98,24 +117,25 @@ class Grammar {
         GlobalOptions& options = m_call.options;
         m_app.require_subcommand(1);
         m_app.option_defaults()->group(kOptionsOfAll);
-        AddPath("-c,--config", options.configFile, "FILE", "The product's main configuration file");
-        AddPath("--root", options.root, "DIR", "Work on the host tree in DIR");
-        AddPath("--module", options.moduleFile, "FILE", "Load this module");
-        m_app.add_option("-m,--message", options.message, "Why, for the history of what was done")
+        AddPath("-c,--config", options.configFile, "FILE", _("The product's main configuration file"));
+        AddPath("--root", options.root, "DIR", _("Work on the host tree in DIR"));
+        AddPath("--module", options.moduleFile, "FILE", _("Load this module"));
+        m_app.add_option("-m,--message", options.message, _("Why, for the history of what was done"))
             ->type_name("TEXT");
-        m_app.add_flag("-n,--dry-run", options.dryRun, "Say what would change, and change nothing");
-        m_app.add_flag("--diff", options.diff, "Show each change as a unified diff");
-        m_app.add_flag("--json", options.json, "Report as one JSON document");
-        m_app.add_flag("--show-secrets", options.showSecrets, "Show text that is not for everybody, too");
-        CLI::Option* quiet = m_app.add_flag("-q,--quiet", options.quiet, "Only changes and errors");
-        m_app.add_flag("-v,--verbose", options.verbose, "Tell more")->excludes(quiet);
-        m_app.add_option("--color", options.color, "Color diffs")
+        m_app.add_flag("-n,--dry-run", options.dryRun, _("Say what would change, and change nothing"));
+        m_app.add_flag("--diff", options.diff, _("Show each change as a unified diff"));
+        m_app.add_flag("--json", options.json, _("Report as one JSON document"));
+        m_app.add_flag("--show-secrets", options.showSecrets, _("Show text that is not for everybody, too"));
+        CLI::Option* quiet = m_app.add_flag("-q,--quiet", options.quiet, _("Only changes and errors"));
+        m_app.add_flag("-v,--verbose", options.verbose, _("Tell more"))->excludes(quiet);
+        m_app.add_option("--color", options.color, _("Color diffs"))
             ->check(CLI::IsMember({"auto", "always", "never"}));
-        m_app.add_option("--log", options.log, "Where log records go")
+        m_app.add_option("--log", options.log, _("Where log records go"))
             ->check(CLI::IsMember({"stderr", "syslog"}));
-        m_app.set_help_flag(kHelp, "Print this help and exit");
-        m_app.set_version_flag("-V,--version", options.program + " " + ProductVersion());
-        m_app.option_defaults()->group("Options");
+        m_app.set_help_flag(kHelp, _("Print this help and exit"));
+        m_app.set_version_flag("-V,--version", options.program + " " + ProductVersion(),
+                               _("Print the version and exit"));
+        m_app.option_defaults()->group(kOptions);
     }
 
     /// An empty name, of a variable that was never set, must not stand for the host itself.
@@ -123,7 +143,7 @@ class Grammar {
         m_app.add_option(name, path, help)
             ->type_name(type)
             ->check(CLI::Validator(
-                [](const std::string& given) { return given.empty() ? "its name is empty" : ""; }, ""));
+                [](const std::string& given) { return given.empty() ? _("its name is empty") : ""; }, ""));
     }
 
     Call m_call;
@@ -131,8 +151,9 @@ class Grammar {
 };
 
 CLI::App* AddSubcommand(CLI::App& parent, const char* name, const char* help) {
-    CLI::App* command = parent.add_subcommand(name, help)->fallthrough();
+    CLI::App* command = parent.add_subcommand(name, _(help))->fallthrough();
     command->set_help_flag(kHelp)->group("");  // among the options of all it is shown already
+    command->group(_(kCommands));
     return command;
 }
 
@@ -213,16 +234,16 @@ bool AsksForDocument(int count, char** arguments) {
 }  // namespace
 
 void Arguments::AddWord(const char* name, const char* help, std::string& word, bool isRequired) {
-    m_command.add_option(name, word, help)->required(isRequired);
+    m_command.add_option(name, word, _(help))->required(isRequired);
 }
 
 void Arguments::AddWords(const char* name, const char* help, std::vector<std::string>& words,
                          bool isRequired) {
-    m_command.add_option(name, words, help)->required(isRequired);
+    m_command.add_option(name, words, _(help))->required(isRequired);
 }
 
 void Arguments::AddFlag(const char* name, const char* help, bool& flag) {
-    m_command.add_flag(name, flag, help);
+    m_command.add_flag(name, flag, _(help));
 }
 
 void Arguments::AddChoice(const char* name, const std::vector<std::string>& words, const char* help,
@@ -230,22 +251,22 @@ void Arguments::AddChoice(const char* name, const std::vector<std::string>& word
     std::string type;
     for (const std::string& each : words)
         type += (type.empty() ? "" : "|") + each;
-    m_command.add_option(name, word, help)->check(CLI::IsMember(words))->type_name(type);
+    m_command.add_option(name, word, _(help))->check(CLI::IsMember(words))->type_name(type);
 }
 
 void Arguments::AddList(const char* name, const char* type, const char* help,
                         std::vector<std::string>& values) {
-    m_command.add_option(name, values, help)->type_name(type)->allow_extra_args(false);
+    m_command.add_option(name, values, _(help))->type_name(type)->allow_extra_args(false);
 }
 
 void Arguments::AddAssignments(const char* name, const char* help, std::vector<std::string>& values) {
     m_call.assignments.push_back(&values);
-    m_command.add_option(name, values, help)->type_name("NAME=VALUE")->allow_extra_args(false);
+    m_command.add_option(name, values, _(help))->type_name("NAME=VALUE")->allow_extra_args(false);
 }
 
 void Arguments::AddNumber(const char* name, const char* help, std::size_t& number) {
     CLI::Validator positive = CLI::PositiveNumber;
-    m_command.add_option(name, number, help)->type_name("COUNT")->check(positive.description(""));
+    m_command.add_option(name, number, _(help))->type_name("COUNT")->check(positive.description(""));
 }
 
 void Arguments::AddOption(const char* name, const char* type, const char* help,
@@ -328,8 +349,8 @@ std::string HelpText(const std::string& program, const std::vector<std::string>&
             if (each->get_name() == word) found = each;
         }
         if (found == nullptr) {
-            throw UsageError("unknown command \"" + word + "\" (" + DidYouMean(word, names) + "see \"" +
-                             program + " --help\")");
+            throw UsageError(Filled(_("unknown command \"%s\""), {word}) + " (" + DidYouMean(word, names) +
+                             Filled(_("see \"%s --help\""), {program}) + ")");
         }
         before += (before.empty() ? "" : " ") + command->get_name();
         command = found;

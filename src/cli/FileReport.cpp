@@ -1,4 +1,5 @@
 #include "cli/FileReport.h"
+#include "cli/Translation.h"
 
 #include "cli/ExitStatus.h"
 #include "cli/Fields.h"
@@ -12,17 +13,55 @@ namespace {
 std::string Text(const FileOutcome& outcome, bool isDryRun) {
     std::string text = outcome.path + ": ";
     if (outcome.IsChange()) {
-        text += (isDryRun ? "would be " : "") + std::string(NameOf(outcome.result));
+        text += ResultText(outcome.result, isDryRun);
         const std::string attributes =
             outcome.before.exists ? DescribeChange(outcome.before, outcome.after) : "";
         if (!attributes.empty()) text += ", " + attributes;
     } else {
-        text += NameOf(outcome.result);
+        text += ResultText(outcome.result, false);
     }
     return outcome.remark.empty() ? text : text + ", " + outcome.remark;
 }
 
+/// "1 changed"
+std::string CountOf(FileOutcome::Result result, std::size_t count, bool isDryRun) {
+    switch (result) {
+        case FileOutcome::Result::Unchanged:
+            return Counted("%s unchanged", "%s unchanged", count);
+        case FileOutcome::Result::Kept:
+            return Counted("%s kept", "%s kept", count);
+        case FileOutcome::Result::Created:
+            return isDryRun ? Counted("%s would be created", "%s would be created", count)
+                            : Counted("%s created", "%s created", count);
+        case FileOutcome::Result::Restored:
+            return isDryRun ? Counted("%s would be restored", "%s would be restored", count)
+                            : Counted("%s restored", "%s restored", count);
+        case FileOutcome::Result::Removed:
+            return isDryRun ? Counted("%s would be removed", "%s would be removed", count)
+                            : Counted("%s removed", "%s removed", count);
+        default:
+            return isDryRun ? Counted("%s would be changed", "%s would be changed", count)
+                            : Counted("%s changed", "%s changed", count);
+    }
+}
+
 }  // namespace
+
+const char* ResultText(FileOutcome::Result result, bool isDryRun) {
+    constexpr const char* kDone[] = {ZET_TEXT("unchanged"), ZET_TEXT("created"),  ZET_TEXT("changed"),
+                                     ZET_TEXT("reserved"),  ZET_TEXT("restored"), ZET_TEXT("forgotten"),
+                                     ZET_TEXT("removed"),   ZET_TEXT("kept"),     ZET_TEXT("failed")};
+    constexpr const char* kForeseen[] = {kDone[0],
+                                         ZET_TEXT("would be created"),
+                                         ZET_TEXT("would be changed"),
+                                         ZET_TEXT("would be reserved"),
+                                         ZET_TEXT("would be restored"),
+                                         ZET_TEXT("would be forgotten"),
+                                         ZET_TEXT("would be removed"),
+                                         kDone[7],
+                                         kDone[8]};
+    return _((isDryRun ? kForeseen : kDone)[static_cast<std::size_t>(result)]);
+}
 
 void BeginFileReport(Session& session) {
     session.Out().Set("dry_run", session.Asked().dryRun);
@@ -65,9 +104,9 @@ void BeginTargets(Session& session, Session::FileTeller teller) {
 void TellChecksNotRun(Session& session, std::size_t count) {
     session.Out().Set("checks_not_run", static_cast<std::int64_t>(count));
     if (count == 0 || !session.Wanted().runsChecks) return;
-    session.Out().Remark(std::to_string(count) + (count == 1 ? " check command" : " check commands") +
-                         " of the tree " + (count == 1 ? "was" : "were") +
-                         " not run (--run-checks runs them, on this host)");
+    session.Out().Remark(
+        Counted("%s check command of the tree was not run (--run-checks runs them, on this host)",
+                "%s check commands of the tree were not run (--run-checks runs them, on this host)", count));
 }
 
 void TellResults(Session& session) {
@@ -78,31 +117,32 @@ void TellResults(Session& session) {
                                 Result::Kept, Result::Unchanged}) {
         const auto count = session.Results().find(result);
         if (count == session.Results().end()) continue;
-        const bool isTrial = session.Asked().dryRun && result != Result::Unchanged && result != Result::Kept;
-        text += (text.empty() ? "" : ", ") + std::to_string(count->second) + (isTrial ? " would be " : " ") +
-                NameOf(result);
+        text += (text.empty() ? "" : ", ") + CountOf(result, count->second, session.Asked().dryRun);
     }
-    session.Out().Line(text.empty() ? "no targets" : text);
+    session.Out().Line(text.empty() ? _("no targets") : text);
 }
 
 static void TellServices(Session& session, const std::vector<std::string>& services, const char* list,
-                         const char* deed) {
+                         const char* text) {
     std::string names;
     for (const std::string& service : services) {
         session.Out().Add(list, service);
         names += (names.empty() ? "" : ", ") + service;
     }
     if (names.empty() || session.Asked().quiet) return;
-    session.Out().Line((session.Asked().dryRun ? "would have to be " : "to be ") + std::string(deed) + ": " +
-                       names);
+    session.Out().Line(Filled(_(text), {names}));
 }
 
 void TellRestarts(Session& session, const std::vector<std::string>& services) {
-    TellServices(session, services, "restart", "restarted");
+    TellServices(session, services, "restart",
+                 session.Asked().dryRun ? ZET_TEXT("would have to be restarted: %s")
+                                        : ZET_TEXT("to be restarted: %s"));
 }
 
 void TellReloads(Session& session, const std::vector<std::string>& services) {
-    TellServices(session, services, "reload", "reloaded");
+    TellServices(
+        session, services, "reload",
+        session.Asked().dryRun ? ZET_TEXT("would have to be reloaded: %s") : ZET_TEXT("to be reloaded: %s"));
 }
 
 }  // namespace ZET::Cli

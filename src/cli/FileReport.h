@@ -8,6 +8,9 @@
 namespace ZET::Cli {
 
 /// Gives the document the fields that it has even if the command fails.
+/// What happened to a file, in the reader's language, or what would.
+const char* ResultText(FileOutcome::Result result, bool isDryRun);
+
 void BeginFileReport(Session& session);
 
 /// One line of text and the diff; an element of the list of the document, with the same fields in a

@@ -1,4 +1,6 @@
 #include "cli/HistoryWords.h"
+#include "cli/FileReport.h"
+#include "cli/Translation.h"
 
 #include <ctime>
 #include <utility>
@@ -9,6 +11,10 @@
 namespace ZET::Cli {
 
 namespace {
+
+/// How an entry ended, which the library says and the reader gets in his language.
+[[maybe_unused]] constexpr const char* kOutcomes[] = {ZET_TEXT("done"), ZET_TEXT("failed"),
+                                                      ZET_TEXT("cut short"), ZET_TEXT("not ended")};
 
 struct tm PartsOf(std::int64_t time, struct tm* (*takeApart)(const time_t*, struct tm*)) {
     constexpr std::int64_t kNanoseconds = 1'000'000'000;
@@ -60,24 +66,24 @@ std::string LocalTime(std::int64_t time) {
 
 std::string WhoOf(const HistoryEntry& entry) {
     const std::string person = PersonOf(entry);
-    return person == entry.userName ? person : person + " as " + entry.userName;
+    return person == entry.userName ? person : Filled(_("%s as %s"), {person, entry.userName});
 }
 
 std::string LineOf(const HistoryEntry& entry) {
     std::string text = std::to_string(entry.number) + "  " + LocalTime(entry.begun) + "  " + WhoOf(entry) +
-                       "  " + NameOf(entry.role) + "  ";
-    if (entry.outcome != "done") text += entry.outcome + ": ";
+                       "  " + RoleName(entry.role) + "  ";
+    if (entry.outcome != "done") text += std::string(_(entry.outcome.c_str())) + ": ";
     text += CommandOf(entry);
     return entry.message.empty() ? text : text + "  # " + entry.message;
 }
 
 std::string LineOf(const HistoryFile& file) {
-    std::string text = file.path + ": " + NameOf(file.result);
+    std::string text = file.path + ": " + ResultText(file.result, false);
     if (file.result == FileOutcome::Result::Changed) {
         const std::string attributes = DescribeChange(file.before, file.after);
         if (!attributes.empty()) text += ", " + attributes;
     }
-    return file.isEdited ? text + ", over an edit of somebody else's" : text;
+    return file.isEdited ? text + ", " + _("over an edit of somebody else's") : text;
 }
 
 Fields FieldsOf(const HistoryFile& file) {
@@ -116,10 +122,11 @@ Fields FieldsOf(const HistoryDiff& diff) {
 
 std::string SinceText(const LineAge& age) {
     if (!age.entry)
-        return "since an edit of somebody else's after change " + std::to_string(age.editAfter.value_or(0));
+        return Filled(_("since an edit of somebody else's after change %s"),
+                      {std::to_string(age.editAfter.value_or(0))});
     const HistoryEntry& entry = *age.entry;
-    return "since change " + std::to_string(entry.number) + ", " + LocalTime(entry.begun) + ", by " +
-           WhoOf(entry) + ": " + CommandOf(entry);
+    return Filled(_("since change %s, %s, by %s: %s"),
+                  {std::to_string(entry.number), LocalTime(entry.begun), WhoOf(entry), CommandOf(entry)});
 }
 
 Value SinceValue(const std::optional<LineAge>& age) {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "cli/Translation.h"
 #include "deploy/state/ParameterCheck.h"
 
 namespace ZET::Cli {
@@ -18,8 +19,8 @@ bool IsOption(std::string_view word) {
 
 std::string WhatIsWrong(const Mistake& mistake) {
     if (!mistake.isCommandMissing) return mistake.message;
-    return mistake.unknown.empty() ? "a command is missing"
-                                   : "unknown command \"" + mistake.unknown.front() + "\"";
+    return mistake.unknown.empty() ? _("a command is missing")
+                                   : Filled(_("unknown command \"%s\""), {mistake.unknown.front()});
 }
 
 std::string Suggestion(const Mistake& mistake) {
@@ -46,13 +47,14 @@ std::string DidYouMean(const std::string& word, const std::vector<std::string>& 
                                         [&](const std::string& name) { return name.starts_with(word); });
         if (begun != names.end()) nearest = *begun;
     }
-    return nearest.empty() ? "" : "did you mean \"" + nearest + "\"? ";
+    return nearest.empty() ? "" : Filled(_("did you mean \"%s\"? "), {nearest});
 }
 
 std::string Describe(const Mistake& mistake) {
     return WhatIsWrong(mistake) + " (" + Suggestion(mistake) +
-           (MayBeTakenForAnOption(mistake) ? "put \"--\" before a value that begins with \"-\", or " : "") +
-           "see \"" + mistake.program + " --help\")";
+           (MayBeTakenForAnOption(mistake) ? _("put \"--\" before a value that begins with \"-\", or ")
+                                           : "") +
+           Filled(_("see \"%s --help\""), {mistake.program}) + ")";
 }
 
 }  // namespace ZET::Cli

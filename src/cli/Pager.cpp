@@ -1,4 +1,5 @@
 #include "cli/Pager.h"
+#include "cli/Translation.h"
 
 #include <fcntl.h>
 #include <sys/wait.h>
@@ -86,7 +87,7 @@ bool Pager::Show(const std::string& text) const {
 
 std::string Pager::Trouble() const {
     if (m_command.empty()) return "";
-    return "the pager \"" + m_command + "\" cannot be run (correct PAGER, or set it to \"cat\")";
+    return Filled(_("the pager \"%s\" cannot be run (correct PAGER, or set it to \"cat\")"), {m_command});
 }
 
 void Pager::Run(int input) const {

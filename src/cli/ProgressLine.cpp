@@ -1,4 +1,5 @@
 #include "cli/ProgressLine.h"
+#include "cli/Translation.h"
 
 #include <string>
 
@@ -18,7 +19,7 @@ void ProgressLine::Show(std::size_t done, std::size_t total) {
     if (!m_isWanted || Clock::now() < m_next) return;
     m_next = Clock::now() + kInterval;
     Erase();
-    const std::string text = std::to_string(done) + " of " + std::to_string(total);
+    const std::string text = Filled(_("%s of %s"), {std::to_string(done), std::to_string(total)});
     m_columns = text.size();
     m_output.Write(text);
 }

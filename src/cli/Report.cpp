@@ -1,4 +1,5 @@
 #include "cli/Report.h"
+#include "cli/Translation.h"
 
 #include <unistd.h>
 
@@ -211,12 +212,12 @@ void Report::Remark(const std::string& text) {
 
 void Report::Warning(const std::string& text) {
     Add("warnings", text);
-    if (!m_quiet) Message("warning: ", text);
+    if (!m_quiet) Message(_("warning: "), text);
 }
 
 void Report::Error(const std::string& text, const std::string& lines) {
     Add("errors", lines.empty() ? text : text + "\n" + lines);
-    Message("error: ", text, lines);
+    Message(_("error: "), text, lines);
 }
 
 int Report::Finish(int status) {
@@ -228,7 +229,7 @@ int Report::Finish(int status) {
     }
     m_output.Flush();
     if (!m_output.HasFailed()) return status;
-    Message("error: ", "standard output cannot be written: the report is not complete");
+    Message(_("error: "), _("standard output cannot be written: the report is not complete"));
     return kFailed;
 }
 

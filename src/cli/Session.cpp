@@ -1,6 +1,12 @@
 #include "cli/Session.h"
 
+#include <syslog.h>
+
+#include <exception>
+
 #include "cli/FileReport.h"
+#include "cli/Journal.h"
+#include "deploy/history/HistoryEntries.h"
 
 namespace ZET::Cli {
 
@@ -49,6 +55,28 @@ Session::LogInReport::~LogInReport() {
 
 Session::Session(const GlobalOptions& asked, Report& report)
     : m_asked(asked), m_report(report), m_logInReport(asked, report), m_wanted(OptionsOf(asked)) {}
+
+Session::~Session() {
+    if (!m_entry || !m_asked.root.empty()) return;  // a tree is not the host that has the log
+    try {
+        LogChange(*m_entry);
+    } catch (const std::exception&) {
+        // The change is made and recorded; that nobody is told is no reason to call it failed.
+    }
+}
+
+void Session::LogChange(std::int64_t entry) {
+    const bool asksForSystemLog = m_asked.log == "syslog";
+    if (!asksForSystemLog && !HasJournal()) return;
+    const HistoryEntry change = ShowEntry(Product(), entry);
+    if (TellJournal(m_asked.program, change) || !asksForSystemLog) return;
+    ::syslog(LOG_NOTICE, "%s", JournalText(change).c_str());
+}
+
+void Session::Recorded(std::int64_t entry) {
+    m_entry = entry;
+    m_report.Set("entry", entry);
+}
 
 Deployment& Session::Product() {
     Observer& observer = *this;

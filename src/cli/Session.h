@@ -2,8 +2,10 @@
 #define ZET_SESSION_H
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,6 +25,11 @@ class Session : private Observer {
     using FileTeller = void (*)(Session& session, const FileOutcome& outcome);
 
     Session(const GlobalOptions& asked, Report& report);
+
+    /// What was recorded is told to the system's log.
+    ~Session() override;
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
 
     const GlobalOptions& Asked() const { return m_asked; }
     Report& Out() { return m_report; }
@@ -55,15 +62,18 @@ class Session : private Observer {
     void Error(const std::string& text, const std::string& lines) override { m_report.Error(text, lines); }
     void Progress(std::size_t done, std::size_t total) override { m_report.Progress(done, total); }
     void Done(const FileOutcome& outcome) override;
-    void Recorded(std::int64_t entry) override { m_report.Set("entry", entry); }
+    void Recorded(std::int64_t entry) override;
     void Restarts(const std::vector<std::string>& services) override;
     void Reloads(const std::vector<std::string>& services) override;
+
+    void LogChange(std::int64_t entry);
 
     const GlobalOptions& m_asked;
     Report& m_report;
     LogInReport m_logInReport;
     FileTeller m_teller = nullptr;
     std::map<FileOutcome::Result, std::size_t> m_results;
+    std::optional<std::int64_t> m_entry;
     Options m_wanted;
     std::unique_ptr<Deployment> m_product;
 };

@@ -1,9 +1,8 @@
 #include "Core.h"
 
-#include <libintl.h>
-
 #include <utility>
 
+#include "Catalogues.h"
 #include "Message.h"
 #include "StatusWriter.h"
 
@@ -11,21 +10,18 @@ namespace ZET::Core {
 
 namespace {
 
-/// Where the messages are translated.
-void BindCatalogue() {
-    ::bindtextdomain("libzet-core", ZET_LOCALE_DIR);
-}
+constexpr char kDomain[] = "libzet-core";
 
-/// Before the first of them.
+/// Where the messages are translated, before the first of them.
 const std::string& WithCatalogue(const std::string& configFile) {
-    BindCatalogue();
+    BindCatalogue(kDomain);
     return configFile;
 }
 
 }  // namespace
 
 CZETCore::CZETCore() {
-    BindCatalogue();
+    BindCatalogue(kDomain);
     m_syncing.Set(m_parameters.Sync());
 }
 

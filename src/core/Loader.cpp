@@ -2,7 +2,6 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
-#include <libintl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,6 +16,7 @@
 #include <set>
 #include <utility>
 
+#include "Catalogues.h"
 #include "Message.h"
 #include "posix/Descriptor.h"
 #include "posix/PathNames.h"
@@ -182,7 +182,7 @@ void* LoadedModule::EntryPoint(const char* name) const {
 /// The domain of a module's messages has the name of its library, and its record is translated already.
 void LoadedModule::BindCatalogue() const {
     const std::string file = BaseNameOf(m_path);
-    ::bindtextdomain(file.substr(0, file.find(".so")).c_str(), ZET_LOCALE_DIR);
+    ZET::BindCatalogue(file.substr(0, file.find(".so")));
 }
 
 void LoadedModule::ReadName(const std::vector<std::string>& taken) {

@@ -7,6 +7,7 @@
 
 #include "text/Lines.h"
 #include "text/Markers.h"
+#include "text/NoticeTranslations.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Text {
@@ -56,6 +57,8 @@ NoticeTexts::NoticeTexts() {
         Add(text);
         Add(dgettext(kModuleDomain, text));
     }
+    for (const char* text : kTranslatedNotices)
+        Add(text);
 }
 
 void NoticeTexts::Add(std::string_view text) {

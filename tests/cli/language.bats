@@ -25,7 +25,7 @@ run_translated() {
         parent=$place
         while [ ! -d "$parent" ]; do parent=$(dirname "$parent"); done
         mount -t tmpfs tmpfs "$parent" && mkdir -p "$place" && cp -r catalogue/. "$place" && exec "$@"
-    ' sh "${ZET_LOCALE_DIR:-/usr/local/share/locale}" "$ZET_BIN/zet-client" --config "$HOST/zet.conf" "$@"
+    ' sh "$ZET_BIN/../share/locale" "$ZET_BIN/zet-client" --config "$HOST/zet.conf" "$@"
 }
 
 edited_file() {

@@ -71,7 +71,7 @@ TEST(ParameterTable, ManualHasNoOther) {
     EXPECT_THAT(names, testing::UnorderedElementsAreArray(KnownNames()));
 }
 
-/// The words behind "NAME=" in a completion, up to the closing quote or bracket.
+/// The words behind a begin in a completion, up to the closing quote or bracket.
 std::vector<std::string> WordsBehind(const std::string& text, const std::string& begin) {
     const std::size_t start = text.find(begin);
     if (start == std::string::npos) return {};
@@ -85,7 +85,7 @@ class Completion : public testing::TestWithParam<std::pair<const char*, const ch
     const std::string m_text = ReadText(kSource + "/completions/zet-init." + GetParam().first);
 
     std::vector<std::string> List(const std::string& name) {
-        return WordsBehind(m_text, name + "=" + GetParam().second);
+        return WordsBehind(m_text, name + GetParam().second);
     }
 };
 
@@ -108,7 +108,9 @@ TEST_P(Completion, OffersTheWordsThatCanBeChosen) {
     EXPECT_THAT(List("flags"), testing::ElementsAreArray(flags));
 }
 
-INSTANTIATE_TEST_SUITE_P(Shells, Completion, testing::Values(std::pair("bash", "'"), std::pair("zsh", "(")),
+INSTANTIATE_TEST_SUITE_P(Shells, Completion,
+                         testing::Values(std::pair("bash", "='"), std::pair("zsh", "=("),
+                                         std::pair("fish", " '")),
                          [](const auto& info) { return std::string(info.param.first); });
 
 }  // namespace

@@ -15,12 +15,15 @@ list() {
 }
 
 expected_files() {
-    local version name
+    local version name language
     (cd "$SOURCE_DIR" && find include/zet -name '*.h' -printf '%p 644\n')
     version=$(product_version)
     for name in zet-core zet-deploy; do
         printf '%s\n' "lib/lib$name.so -> lib$name.so.1" "lib/lib$name.so.1 -> lib$name.so.$version" \
             "lib/lib$name.so.$version 644" "lib/pkgconfig/$name.pc 644"
+    done
+    for language in de es fr; do
+        for name in libzet-config libzet-core zet-tools; do echo "share/locale/$language/LC_MESSAGES/$name.mo 644"; done
     done
     # The name of the kind of build is in the name of one file.
     basename -a "$PREFIX"/lib/cmake/zet/zet-config-*.cmake | grep -v version | sed 's|.*|lib/cmake/zet/& 644|'
@@ -29,12 +32,20 @@ expected_files() {
 		bin/zet-init 755
 		lib/cmake/zet/zet-config-version.cmake 644
 		lib/cmake/zet/zet-config.cmake 644
+		lib/systemd/system/zet-status.service 644
+		lib/systemd/system/zet-status.timer 644
 		lib/zet/libzet-config.so 644
+		libexec/zet/write-metrics 755
 		share/bash-completion/completions/zet-client -> zet-init
 		share/bash-completion/completions/zet-init 644
 		share/man/man1/zet-client.1 -> zet-init.1
 		share/man/man1/zet-init.1 644
-		share/man/man5/targets.toml.5 644
+		share/fish/vendor_completions.d/zet-client.fish 644
+		share/fish/vendor_completions.d/zet-init.fish 644
+		share/man/man5/targets.toml.5 -> zet-targets.5
+		share/man/man5/zet-state.5 644
+		share/man/man5/zet-targets.5 644
+		share/man/man5/zet-templates.5 644
 		share/man/man5/zet.conf.5 644
 		share/man/man7/zet.7 644
 		share/zet/templates/domain.ldif 644

@@ -31,6 +31,7 @@ in_bash() {
     bash --noprofile --norc -c '
         source "$COMPLETIONS/zet-init.bash"
         _zet_templates() { printf "%s\n" krb5.conf ldap.conf; }
+        _zet_targets() { printf "%s\n" /etc/krb5.conf /etc/ldap/ldap.conf; }
         COMP_WORDS=("$@") COMP_CWORD=$(($# - 1))
         _zet "$1" "${@: -1}" "${@: -2:1}"
         [ ${#COMPREPLY[@]} -eq 0 ] || printf "%s\n" "${COMPREPLY[@]}"' bash "$@" | sort
@@ -42,9 +43,12 @@ in_zsh() {
         compadd() { shift; print -rl -- ${(M)@:#$words[CURRENT]*}; }
         compset() { words[CURRENT]=${words[CURRENT]#*=}; }
         _files() { if [[ $1 == -/ ]]; then print -rl -- *(/); else print -rl -- *; fi; }
-        sed() { print -l krb5.conf ldap.conf; }
         words=("$@") CURRENT=$#
-        source "$COMPLETIONS/zet-init.zsh" || true' zsh "$@" | sed '/^$/d' | sort
+        functions_of_zet=$(sed "\$d" "$COMPLETIONS/zet-init.zsh")
+        eval "$functions_of_zet"
+        _zet_templates() { print -l krb5.conf ldap.conf; }
+        _zet_targets() { print -l /etc/krb5.conf /etc/ldap/ldap.conf; }
+        _zet || true' zsh "$@" | sed '/^$/d' | sort
 }
 
 # offers EXPECTED WORD...: what both shells offer for the last word, separated by blanks.
@@ -130,12 +134,13 @@ make_files() {
 @test "FilesAreOfferedWhereOneIsNamed" {
     make_files
     local command
-    for command in rollback-config doctor explain 'param get' 'line set' 'file strip' 'template process krb5.conf'; do
+    for command in adopt doctor explain 'param get' 'line set' 'file strip' 'template process krb5.conf'; do
         # shellcheck disable=SC2086
         offers "directory file" zet-client $command ''
     done
-    offers "" zet-client param get file ''
+    offers "" zet-client param get file value ''
     offers "" zet-client status ''
+    offers "/etc/krb5.conf /etc/ldap/ldap.conf" zet-client rollback-config ''
 }
 
 @test "ParametersOfTheProductAreOfferedWithWhatTheyCanBe" {
@@ -153,6 +158,8 @@ make_files() {
     offers "directory file" zet-client status --module ''
     offers "directory" zet-client --root ''
     offers "always auto never" zet-client --color ''
+    offers "overwrite refuse" zet-client commit-config --on-edit ''
+    offers "openmetrics words" zet-client status --format ''
     offers "stderr syslog" zet-client status --log ''
     offers "" zet-client commit-config --set ''
 }

@@ -2,6 +2,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
+#include "cli/Translation.h"
 #include "cli/commands/Registrations.h"
 
 namespace ZET::Cli {
@@ -17,7 +18,7 @@ struct CheckOptions {
 void ReportUnused(Report& report, const std::set<std::string>& unused) {
     report.AddList("unused_values");
     for (const std::string& placeholder : unused) {
-        report.Detail("no template uses " + placeholder);
+        report.Detail(Filled(_("no template uses %s"), {placeholder}));
         report.Add("unused_values", NameOfPlaceholder(placeholder));
     }
 }
@@ -40,7 +41,7 @@ int CheckConfig(Session& session, const CheckOptions& asked) {
     for (const Problem& warning : checked.warnings)
         report.Warning(warning.Describe());
     if (checked.unusedValues) ReportUnused(report, *checked.unusedValues);
-    if (checked.problems.empty()) report.Remark("no problems found");
+    if (checked.problems.empty()) report.Remark(_("no problems found"));
     return checked.problems.empty() ? kDone : kFailed;
 }
 

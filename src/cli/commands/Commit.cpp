@@ -3,6 +3,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
+#include "cli/Translation.h"
 #include "cli/commands/Registrations.h"
 #include "deploy/host/Companions.h"
 #include "deploy/host/FileState.h"
@@ -28,11 +29,11 @@ OnEdit OnEditOf(const CommitOptions& asked) {
 
 std::string Describe(const FileOutcome& outcome, bool isDryRun) {
     if (!outcome.remark.empty()) return outcome.remark;
-    if (!outcome.IsChange()) return NameOf(outcome.result);
-    std::string text = std::string(isDryRun ? "would be " : "") + NameOf(outcome.result);
+    if (!outcome.IsChange()) return ResultText(outcome.result, false);
+    std::string text = ResultText(outcome.result, isDryRun);
     const std::string attributes = DescribeChange(outcome.before, outcome.after);
     if (!attributes.empty()) text += ", " + attributes;
-    if (!outcome.reserve.empty()) text += ", the original is kept as " + outcome.reserve;
+    if (!outcome.reserve.empty()) text += ", " + Filled(_("the original is kept as %s"), {outcome.reserve});
     return text;
 }
 
@@ -56,7 +57,7 @@ int TellProblems(Report& report, const std::vector<Problem>& problems) {
         report.Error(problem.Describe());
         report.Add("problems", FieldsOf(problem));
     }
-    report.Remark("nothing was changed");
+    report.Remark(_("nothing was changed"));
     return kFailed;
 }
 

@@ -1,6 +1,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
+#include "cli/Translation.h"
 #include "cli/commands/EditArguments.h"
 #include "cli/commands/Registrations.h"
 #include "deploy/edit/FileRepair.h"
@@ -77,10 +78,10 @@ int Doctor(Session& session, const DoctorOptions& asked) {
     out.AddList("problems");
     BeginFileReport(session);
     if (asked.fix) return Fix(session, asked);
-    if (asked.noBackup) throw UsageError("--no-backup is for --fix (say both)");
+    if (asked.noBackup) throw UsageError(_("--no-backup is for --fix (say both)"));
     const FileDiagnosis file = DiagnoseFile(session.Product(), asked.file);
     if (TellDamage(session, file, true)) return kFailed;
-    out.Line(file.path + ": no damage");
+    out.Line(file.path + ": " + _("no damage"));
     return kDone;
 }
 

@@ -4,6 +4,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/FileReport.h"
 #include "cli/HistoryWords.h"
+#include "cli/Translation.h"
 #include "cli/commands/Registrations.h"
 #include "deploy/history/HistoryDiffs.h"
 #include "deploy/history/HistoryEntries.h"
@@ -47,7 +48,7 @@ std::int64_t NumberIn(const std::string& word) {
     std::int64_t number = 0;
     const char* const end = word.data() + word.size();
     if (!IsNumber(word) || std::from_chars(word.data(), end, number).ec != std::errc())
-        throw UsageError("\"" + word + "\" is no number of a change (\"history\" tells them)");
+        throw UsageError(Filled(_("\"%s\" is no number of a change (\"history\" tells them)"), {word}));
     return number;
 }
 
@@ -65,15 +66,17 @@ int Tell(Session& session, const ListWords& asked) {
             out.Line("    " + LineOf(file));
     }
     if (entries.empty())
-        out.Remark(asked.file.empty() ? "nothing was recorded yet" : "no change of it is kept any more");
+        out.Remark(asked.file.empty() ? _("nothing was recorded yet")
+                                      : _("no change of it is kept any more"));
     return kDone;
 }
 
 void TellUser(Report& out, const HistoryEntry& entry) {
-    std::string text = "user: " + entry.userName;
+    std::string text = Filled(_("user: %s"), {entry.userName});
     if (!entry.loginUser.empty() && entry.loginUser != entry.userName)
-        text += ", logged in as " + entry.loginUser;
-    if (!entry.sudoUser.empty() && entry.sudoUser != entry.userName) text += ", by sudo of " + entry.sudoUser;
+        text += Filled(_(", logged in as %s"), {entry.loginUser});
+    if (!entry.sudoUser.empty() && entry.sudoUser != entry.userName)
+        text += Filled(_(", by sudo of %s"), {entry.sudoUser});
     out.Line(text);
 }
 
@@ -86,13 +89,13 @@ std::string WhatIsNotKept(const HistoryFile& file) {
 }
 
 void TellEntry(Report& out, const HistoryEntry& entry) {
-    out.Line("change: " + std::to_string(entry.number));
-    out.Line("time: " + LocalTime(entry.begun));
+    out.Line(Filled(_("change: %s"), {std::to_string(entry.number)}));
+    out.Line(Filled(_("time: %s"), {LocalTime(entry.begun)}));
     TellUser(out, entry);
-    out.Line(std::string("role: ") + NameOf(entry.role));
-    out.Line("command: " + CommandOf(entry));
-    if (!entry.message.empty()) out.Line("why: " + entry.message);
-    out.Line("outcome: " + entry.outcome);
+    out.Line(Filled(_("role: %s"), {RoleName(entry.role)}));
+    out.Line(Filled(_("command: %s"), {CommandOf(entry)}));
+    if (!entry.message.empty()) out.Line(Filled(_("why: %s"), {entry.message}));
+    out.Line(Filled(_("outcome: %s"), {_(entry.outcome.c_str())}));
     for (const HistoryFile& file : entry.files) {
         const std::string made = file.templateName.empty() ? "" : " of [" + file.templateName + "]";
         const std::string attributes = file.before.exists ? "" : DescribeChange(file.before, file.after);
@@ -107,7 +110,7 @@ int Show(Session& session, const ShowWords& asked) {
     out.Set("file", asked.file.empty() ? Value(nullptr) : Value(asked.file));
     out.Set("text", nullptr);
     if (asked.after && asked.file.empty())
-        throw UsageError("--after is about the text of a file (name the file behind the number)");
+        throw UsageError(_("--after is about the text of a file (name the file behind the number)"));
     const std::int64_t number = NumberIn(asked.number);
     const HistoryEntry entry = ShowEntry(session.Product(), number);
     out.Add("entries", FieldsOf(entry));
@@ -143,7 +146,7 @@ int Diff(Session& session, const DiffWords& asked) {
     out.Set("file", file.empty() ? Value(nullptr) : Value(file));
     out.AddList("files");
     if (!hasTo && !asked.file.empty())
-        throw UsageError("\"" + asked.to + "\" is no number of a change (\"history\" tells them)");
+        throw UsageError(Filled(_("\"%s\" is no number of a change (\"history\" tells them)"), {asked.to}));
     const std::int64_t number = NumberIn(asked.number);
     const auto to = hasTo ? std::optional(NumberIn(asked.to)) : std::nullopt;
     out.Set("entry", number);
@@ -197,9 +200,11 @@ int Export(Session& session, const NoWords&) {
 }
 
 std::string ErasedText(const ErasedHistory& erased, bool isDryRun) {
-    const std::string count = std::to_string(erased.texts) + (erased.texts == 1 ? " text " : " texts ");
-    const char* const were = erased.texts == 1 ? "was" : "were";
-    return erased.path + ": " + count + (isDryRun ? "would be" : were) + " erased from the history";
+    const std::string text = isDryRun ? Counted("%s text would be erased from the history",
+                                                "%s texts would be erased from the history", erased.texts)
+                                      : Counted("%s text was erased from the history",
+                                                "%s texts were erased from the history", erased.texts);
+    return erased.path + ": " + text;
 }
 
 int Erase(Session& session, const EraseWords& asked) {
@@ -216,7 +221,8 @@ int Erase(Session& session, const EraseWords& asked) {
     out.Line(ErasedText(erased, isDryRun));
     for (const std::string& path : erased.alsoHeld) {
         out.Add("also_in", path);
-        out.Warning(path + ": the history has one of these texts of this file, too (erase it as well)");
+        out.Warning(path + ": " +
+                    _("the history has one of these texts of this file, too (erase it as well)"));
     }
     return isDryRun && erased.texts != 0 ? kNotInSync : kDone;
 }

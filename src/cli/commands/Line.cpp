@@ -1,5 +1,6 @@
 #include "cli/FileReport.h"
 #include "cli/Lookup.h"
+#include "cli/Translation.h"
 #include "cli/commands/EditArguments.h"
 #include "cli/commands/Registrations.h"
 #include "deploy/edit/LineEdits.h"
@@ -22,7 +23,7 @@ int Get(Session& session, const LineOptions& asked) {
     BeginLookup(session, "line");
     RequirePattern(session.Product().Core(), asked.pattern);
     const std::string path = FileToShow(session, asked.file);
-    return ReportLookup(session, path + ": has no line with \"" + asked.pattern + "\"", "line",
+    return ReportLookup(session, path + ": " + Filled(_("has no line with \"%s\""), {asked.pattern}), "line",
                         GetLine(session.Product(), path, asked.pattern));
 }
 

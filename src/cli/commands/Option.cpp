@@ -1,5 +1,6 @@
 #include "cli/FileReport.h"
 #include "cli/Lookup.h"
+#include "cli/Translation.h"
 #include "cli/commands/Registrations.h"
 #include "cli/commands/ValueSources.h"
 #include "deploy/edit/OptionEdits.h"
@@ -19,7 +20,7 @@ int Get(Session& session, const OptionWords& asked) {
     Deployment& product = session.Product();
     const std::optional<std::string> value = GetOption(product, asked.name);
     session.Out().Set("secret", product.HostSecrets().IsPrivate(product.Param("ZET_CFG")));
-    return ReportLookup(session, "there is no parameter \"" + asked.name + "\"", "value", value);
+    return ReportLookup(session, Filled(_("there is no parameter \"%s\""), {asked.name}), "value", value);
 }
 
 int Set(Session& session, const OptionWords& asked) {

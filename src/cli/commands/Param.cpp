@@ -1,5 +1,6 @@
 #include "cli/FileReport.h"
 #include "cli/Lookup.h"
+#include "cli/Translation.h"
 #include "cli/commands/EditArguments.h"
 #include "cli/commands/Registrations.h"
 #include "deploy/edit/ParamEdits.h"
@@ -43,7 +44,7 @@ int Get(Session& session, const GivenParam& asked) {
     session.Out().Set("section", section ? Value(*section) : Value(nullptr));
     BeginLookup(session, "value");
     const std::string path = FileToShow(session, asked.file);
-    return ReportLookup(session, path + ": has no parameter \"" + asked.name + "\"", "value",
+    return ReportLookup(session, path + ": " + Filled(_("has no parameter \"%s\""), {asked.name}), "value",
                         GetParam(session.Product(), path, asked.name, section));
 }
 

@@ -2,6 +2,7 @@
 #include "cli/EntryNumber.h"
 #include "cli/ExitStatus.h"
 #include "cli/FileReport.h"
+#include "cli/Translation.h"
 #include "cli/commands/Registrations.h"
 #include "cli/commands/UndoReport.h"
 #include "deploy/host/Companions.h"
@@ -29,7 +30,7 @@ void TellTarget(Session& session, const FileOutcome& outcome) {
 
 int RollBackToEntry(Session& session, const RollbackOptions& asked) {
     if (asked.entry.size() > 1 || !asked.targets.empty())
-        throw UsageError("--to takes one entry, and goes back to it as a whole (leave TARGET out)");
+        throw UsageError(_("--to takes one entry, and goes back to it as a whole (leave TARGET out)"));
     BeginTargets(session,
                  [](Session& told, const FileOutcome& outcome) { ReportFile(told, outcome, "targets"); });
     session.Out().AddList("problems");
@@ -39,7 +40,7 @@ int RollBackToEntry(Session& session, const RollbackOptions& asked) {
 
 int RollbackConfig(Session& session, const RollbackOptions& asked) {
     if (!asked.entry.empty()) return RollBackToEntry(session, asked);
-    if (asked.force && asked.keepEdits) throw UsageError("--force and --keep-edits exclude each other");
+    if (asked.force && asked.keepEdits) throw UsageError(_("--force and --keep-edits exclude each other"));
     BeginTargets(session, TellTarget);
     const RollbackResult result = RollBack(session.Product(), asked.targets, {asked.force, asked.keepEdits});
     if (session.Asked().dryRun && result.isChanged) return kNotInSync;

@@ -4,11 +4,14 @@
 #include "cli/ExitStatus.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
+#include "cli/Metrics.h"
 #include "cli/Session.h"
+#include "cli/Translation.h"
 #include "cli/commands/Registrations.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
 #include "deploy/targets/TargetStates.h"
+#include "zet/deploy/Failure.h"
 
 namespace ZET::Cli {
 
@@ -16,10 +19,16 @@ namespace {
 
 struct StatusOptions {
     bool changed = false;
+    std::string format = "words";
 };
 
-constexpr char kInSync[] = "in sync";
-constexpr char kInPlace[] = "in place";
+constexpr char kInSync[] = ZET_TEXT("in sync");
+constexpr char kInPlace[] = ZET_TEXT("in place");
+
+/// The others, which come from the library and are shown in the reader's language.
+[[maybe_unused]] constexpr const char* kStates[] = {
+    ZET_TEXT("pending"), ZET_TEXT("edited"),  ZET_TEXT("missing"), ZET_TEXT("not committed"),
+    ZET_TEXT("unknown"), ZET_TEXT("changed"), ZET_TEXT("gone")};
 
 bool IsClient(const Session& session) {
     return session.Asked().role == Role::Client;
@@ -37,19 +46,24 @@ void BeginStatus(Session& session) {
 
 void TellRole(Session& session, const RoleStatus& status) {
     Report& report = session.Out();
-    report.Line(std::string("role: ") + NameOf(session.Asked().role));
-    report.Line("committed: " + (status.commitTime.empty() ? "never" : status.commitTime));
+    report.Line(Filled(_("role: %s"), {RoleName(session.Asked().role)}));
+    report.Line(Filled(_("committed: %s"), {status.commitTime.empty() ? _("never") : status.commitTime}));
     if (!status.commitTime.empty()) report.Set("commit_time", status.commitTime);
     if (!IsClient(session)) return;
-    report.Line("file server: " + (status.fileServer.empty() ? "none recorded" : status.fileServer));
+    report.Line(
+        Filled(_("file server: %s"), {status.fileServer.empty() ? _("none recorded") : status.fileServer}));
     if (!status.fileServer.empty()) report.Set("file_server", status.fileServer);
 }
 
-void TellTarget(Session& session, const TargetState& target) {
+void TellTrouble(Session& session, const TargetState& target) {
     if (!target.trouble.empty())
-        session.Out().Error(target.path + ": its state cannot be told: " + target.trouble);
+        session.Out().Error(target.path + ": " + Filled(_("its state cannot be told: %s"), {target.trouble}));
+}
+
+void TellTarget(Session& session, const TargetState& target) {
+    TellTrouble(session, target);
     const std::string change = target.after.exists ? DescribeChange(target.before, target.after) : "";
-    session.Out().Line(target.path + ": " + target.state + (change.empty() ? "" : ", " + change));
+    session.Out().Line(target.path + ": " + _(target.state.c_str()) + (change.empty() ? "" : ", " + change));
     Fields fields = {{"template", target.templateName},
                      {"file", target.file},
                      {"path", session.Product().HostPaths().RealName(target.path)},
@@ -73,16 +87,17 @@ std::string CountsOf(const std::vector<TargetState>& targets) {
     }
     std::string text;
     for (const auto& [state, count] : counts) {
-        if (count != 0) text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + state;
+        if (count != 0) text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + _(state.c_str());
     }
-    return text.empty() ? "no targets" : text;
+    return text.empty() ? _("no targets") : text;
 }
 
 /// Lines that the lists ask for.
 void TellListedEdits(Session& session, const std::vector<ListedEditState>& edits, bool onlyChanged) {
     for (const ListedEditState& edit : edits) {
         if (onlyChanged && edit.state == kInSync) continue;
-        session.Out().Line(edit.path + ": line " + edit.selector + ": " + edit.state);
+        session.Out().Line(edit.path + ": " + Filled(_("line %s"), {edit.selector}) + ": " +
+                           _(edit.state.c_str()));
         session.Out().Add("listed_edits",
                           Fields{{"path", edit.path},
                                  {"name", TextOrNull(edit.name)},
@@ -97,7 +112,7 @@ void TellListedEdits(Session& session, const std::vector<ListedEditState>& edits
 void TellEdits(Session& session, const std::vector<EditState>& edits, bool onlyChanged) {
     for (const EditState& edit : edits) {
         if (onlyChanged && edit.state == kInPlace) continue;
-        session.Out().Line(edit.path + ": edit " + edit.state);
+        session.Out().Line(edit.path + ": " + Filled(_("edit %s"), {_(edit.state.c_str())}));
         session.Out().Add("edits", Fields{{"path", edit.path}, {"state", edit.state}});
     }
 }
@@ -110,12 +125,30 @@ void TellNewer(Session& session, const std::vector<std::string>& names) {
         text += (text.empty() ? "" : ", ") + name;
     }
     if (text.empty()) return;
-    session.Out().Line("newer shipped templates: " + text + " (\"" + session.Asked().program +
-                       " template upgrade\" takes them over)");
+    session.Out().Line(Filled(_("newer shipped templates: %s (\"%s template upgrade\" takes them over)"),
+                              {text, session.Asked().program}));
+}
+
+int ExitStatusOf(const TargetStates& states) {
+    if (states.IsAnyUnknown()) return kFailed;
+    return states.IsInSync() ? kDone : kNotInSync;
+}
+
+int TellMetrics(Session& session) {
+    if (session.Asked().json)
+        throw UsageError(
+            _("--json and --format=openmetrics ask for two different documents (leave one out)"));
+    const RoleStatus role = RoleStatusOf(session.Product());
+    const TargetStates states = StatesOfTargets(session.Product());
+    for (const TargetState& target : states.targets)
+        TellTrouble(session, target);
+    session.Out().Text(MetricsOf(session.Asked().role, role, states));
+    return ExitStatusOf(states);
 }
 
 int Status(Session& session, const StatusOptions& asked) {
     const SignalGuard signals;
+    if (asked.format == "openmetrics") return TellMetrics(session);
     BeginStatus(session);
     TellRole(session, RoleStatusOf(session.Product()));
     const TargetStates states = StatesOfTargets(session.Product());
@@ -127,13 +160,14 @@ int Status(Session& session, const StatusOptions& asked) {
     TellNewer(session, states.newerTemplates);
     session.Out().Line(CountsOf(states.targets));
     for (const LeftOver& leftOver : states.leftOvers) {
-        session.Out().Warning(leftOver.path + ": was committed and is not in force any more " +
-                              (leftOver.isEdited
-                                   ? "(it was edited since, and stays until \"rollback-config --force\")"
-                                   : "(the next commit takes it back)"));
+        session.Out().Warning(
+            leftOver.path + ": " +
+            (leftOver.isEdited
+                 ? _("was committed and is not in force any more (it was edited since, and stays "
+                     "until \"rollback-config --force\")")
+                 : _("was committed and is not in force any more (the next commit takes it back)")));
     }
-    if (states.IsAnyUnknown()) return kFailed;
-    return states.IsInSync() ? kDone : kNotInSync;
+    return ExitStatusOf(states);
 }
 
 }  // namespace
@@ -141,7 +175,9 @@ int Status(Session& session, const StatusOptions& asked) {
 void RegisterStatus(CommandLine& line) {
     line.Single(Subject::Product)
         .Add<StatusOptions>("status", "Tell the role and the state of each target", Status)
-        .Flag("--changed", &StatusOptions::changed, "Only targets that are not in sync");
+        .Flag("--changed", &StatusOptions::changed, "Only targets that are not in sync")
+        .Choice("--format", {"words", "openmetrics"}, &StatusOptions::format,
+                "For a reader, or in numbers for a monitor");
 }
 
 }  // namespace ZET::Cli

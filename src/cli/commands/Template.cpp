@@ -1,6 +1,7 @@
 #include "cli/Assignments.h"
 #include "cli/ExitStatus.h"
 #include "cli/FileReport.h"
+#include "cli/Translation.h"
 #include "cli/commands/Registrations.h"
 #include "cli/commands/TemplateCommands.h"
 #include "deploy/host/Failure.h"
@@ -29,8 +30,9 @@ StringMap ExtraValues(const std::vector<std::string>& assignments) {
     StringMap values;
     for (const auto& [name, value] : ParseAssignments(assignments, "--value")) {
         if (name.find_first_of("${}") != std::string::npos)
-            throw UsageError("--value: \"" + name +
-                             "\" is no name of a placeholder (write it without \"${}\")");
+            throw UsageError(
+                "--value: " +
+                Filled(_("\"%s\" is no name of a placeholder (write it without \"${}\")"), {name}));
         values["${" + name + "}"] = value;
     }
     return values;
@@ -62,12 +64,12 @@ int Process(Session& session, const ProcessOptions& asked) {
     session.Out().Set("text", nullptr);
     session.Out().AddList("problems");
     RequireTemplateName(asked.name);
-    if (asked.target.empty()) throw UsageError("TARGET is empty (name a file)");
+    if (asked.target.empty()) throw UsageError(_("TARGET is empty (name a file)"));
     const Rendering rendering{asked.name, ExtraValues(asked.values)};
     if (asked.target == kStandardOutput) return PrintRendering(session, rendering);
     TemplateProcess process(session.Product(), rendering, asked.target);
     if (TellProblems(session, CheckRendering(session.Product(), rendering))) {
-        session.Out().Remark("nothing was changed");
+        session.Out().Remark(_("nothing was changed"));
         return kFailed;
     }
     return ReportFile(session, process.Run());

@@ -3,6 +3,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
+#include "cli/Translation.h"
 #include "cli/commands/TemplateCommands.h"
 #include "deploy/host/FileState.h"
 #include "deploy/targets/ShownDiff.h"
@@ -10,6 +11,10 @@
 namespace ZET::Cli {
 
 namespace {
+
+/// What the library says of a working copy, and the reader gets in his language.
+[[maybe_unused]] constexpr const char* kStates[] = {ZET_TEXT("current"), ZET_TEXT("newer shipped"),
+                                                    ZET_TEXT("edited, newer shipped")};
 
 struct NoOptions {};
 
@@ -20,15 +25,15 @@ struct NamedTemplates {
 std::string RolesOf(const ListedTemplate& listed) {
     std::string text;
     for (const Role role : listed.roles)
-        text += std::string(text.empty() ? "" : ", ") + NameOf(role);
+        text += std::string(text.empty() ? "" : ", ") + RoleName(role);
     return text;
 }
 
 /// "/etc/x.toml:3, changed by /etc/y.toml"
 std::string PlacesOf(const ListedTemplate& listed) {
-    std::string text = "in " + listed.list + ":" + std::to_string(listed.line);
+    std::string text = Filled(_("in %s"), {listed.list + ":" + std::to_string(listed.line)});
     for (const std::string& list : listed.changedBy)
-        text += ", changed by " + list;
+        text += ", " + Filled(_("changed by %s"), {list});
     return text;
 }
 
@@ -37,8 +42,8 @@ int ListAll(Session& session, const NoOptions&) {
     out.AddList("templates");
     for (const ListedTemplate& listed : ListTemplates(session.Product())) {
         out.Line(listed.name + ": " + listed.target + " (" + RolesOf(listed) + "), " +
-                 (listed.isInstalled ? "installed" : "not installed") + ", " + PlacesOf(listed) +
-                 (listed.whyNot.empty() ? "" : ", not in force: " + listed.whyNot));
+                 (listed.isInstalled ? _("installed") : _("not installed")) + ", " + PlacesOf(listed) +
+                 (listed.whyNot.empty() ? "" : ", " + Filled(_("not in force: %s"), {listed.whyNot})));
         List roles;
         for (const Role role : listed.roles)
             roles.emplace_back(NameOf(role));
@@ -69,7 +74,7 @@ Fields FieldsOf(const TemplateState& state) {
 /// A template that nobody can look at is told, and fails the command.
 bool TellTrouble(Session& session, const TemplateState& state) {
     if (state.trouble.empty()) return false;
-    session.Out().Error(state.name + ": its state cannot be told: " + state.trouble);
+    session.Out().Error(state.name + ": " + Filled(_("its state cannot be told: %s"), {state.trouble}));
     return true;
 }
 
@@ -80,7 +85,7 @@ int TellStates(Session& session, const NamedTemplates& asked) {
     for (const TemplateState& state : TemplateStates(session.Product(), asked.names)) {
         isAnyTrouble = TellTrouble(session, state) || isAnyTrouble;
         isAnyNewer = isAnyNewer || state.hasNewer;
-        session.Out().Line(state.path + ": " + state.state);
+        session.Out().Line(state.path + ": " + _(state.state.c_str()));
         session.Out().Add("templates", FieldsOf(state));
     }
     if (isAnyTrouble) return kFailed;
@@ -111,7 +116,7 @@ int Diff(Session& session, const NamedTemplates& asked) {
         } else if (StateOf(state.path).exists && StateOf(state.shipped).exists) {
             TellDifference(session, state);
         } else if (!asked.names.empty()) {
-            session.Out().Remark(state.path + ": there is nothing to compare");
+            session.Out().Remark(state.path + ": " + _("there is nothing to compare"));
         }
     }
     return isAnyTrouble ? kFailed : kDone;

@@ -3,6 +3,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
+#include "cli/Translation.h"
 #include "cli/commands/TemplateCommands.h"
 
 namespace ZET::Cli {
@@ -19,7 +20,7 @@ int Upgrade(Session& session, const UpgradeOptions& asked) {
     session.TellFilesBy(TellFile);
     TemplateUpgrade upgrade(session.Product(), asked.names);
     if (TellProblems(session, upgrade.Problems())) {
-        session.Out().Remark("nothing was changed");
+        session.Out().Remark(_("nothing was changed"));
         return kFailed;
     }
     const bool isAnyChange = upgrade.Run();

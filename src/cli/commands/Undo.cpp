@@ -3,6 +3,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
+#include "cli/Translation.h"
 #include "cli/commands/Registrations.h"
 #include "cli/commands/UndoReport.h"
 #include "deploy/host/Failure.h"
@@ -19,7 +20,7 @@ struct UndoWords {
 
 UndoOptions OptionsOf(const UndoWords& asked) {
     UndoOptions options;
-    if (asked.entry.size() > 1) throw UsageError("more than one entry (undo them one after the other)");
+    if (asked.entry.size() > 1) throw UsageError(_("more than one entry (undo them one after the other)"));
     if (!asked.entry.empty()) options.entry = EntryNumber(asked.entry.front());
     options.force = asked.force;
     options.merge = asked.merge;
@@ -31,9 +32,12 @@ void TellFurther(Session& session, const UndoResult& result) {
     session.Out().Set("further", result.further ? Value(*result.further) : Value(nullptr));
     if (!result.problems.empty() || session.Asked().quiet) return;
     const std::string further =
-        result.further ? " (\"undo " + std::to_string(*result.further) + "\" goes further back)" : "";
-    session.Out().Line(std::string(session.Asked().dryRun ? "would take" : "took") + " back entry " +
-                       std::to_string(result.undone) + further);
+        result.further ? " " + Filled(_("(\"undo %s\" goes further back)"), {std::to_string(*result.further)})
+                       : "";
+    session.Out().Line(
+        Filled(session.Asked().dryRun ? _("would take back entry %s") : _("took back entry %s"),
+               {std::to_string(result.undone)}) +
+        further);
 }
 
 void BeginUndoReport(Session& session) {
@@ -61,7 +65,7 @@ int ReportUndo(Session& session, const UndoResult& result) {
         session.Out().Add("problems", FieldsOf(problem));
     }
     if (!result.problems.empty()) {
-        session.Out().Remark("nothing was changed");
+        session.Out().Remark(_("nothing was changed"));
         return kFailed;
     }
     if (result.entry) session.Out().Set("entry", *result.entry);

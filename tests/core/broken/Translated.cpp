@@ -1,6 +1,7 @@
 // Its record is looked up in the catalogue of its library, which must be known by then.
 #include <libintl.h>
 
+#include <filesystem>
 #include <string>
 
 #define MODULE_NAME "translated"
@@ -10,7 +11,7 @@ namespace {
 
 bool IsCatalogueBound() {
     const char* directory = ::bindtextdomain("Translated", nullptr);
-    return directory != nullptr && directory == std::string(ZET_LOCALE_DIR);
+    return directory != nullptr && std::filesystem::path(directory).lexically_normal() == ZET_LOCALE_DIR;
 }
 
 }  // namespace

@@ -1,0 +1,23 @@
+#ifndef ZET_JOURNAL_H
+#define ZET_JOURNAL_H
+
+#include <string>
+
+#include "zet/deploy/History.h"
+
+namespace ZET::Cli {
+
+/// Whether this system has a journal.
+bool HasJournal();
+
+/// Tells the system's journal of a change, as one record with fields (zet-init(1), JOURNAL), by the journal's
+/// own protocol. False where there is no journal, or it does not take the record at once: nobody waits for
+/// it.
+bool TellJournal(const std::string& program, const Deploy::HistoryEntry& entry);
+
+/// The record's text: "change 7 by anna as root: param set /etc/hosts a b: /etc/hosts".
+std::string JournalText(const Deploy::HistoryEntry& entry);
+
+}  // namespace ZET::Cli
+
+#endif
