@@ -17,8 +17,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr char kHiddenWord[] = "***";
-
 std::vector<std::string> ShownWords(const Options& options, bool isPrivate) {
     std::vector<std::string> words;
     for (const CommandWord& word : options.words)
@@ -52,15 +50,18 @@ void Recording::OpenStore() {
     }
 }
 
-/// What was there before stands beside the files, too: who goes back to it needs no history.
+/// What was there before stands beside the files, too: who goes back to it needs no history. Nor does who
+/// wants none.
 void Recording::GoOnWithout(const Failure& failure) {
-    if (!m_goesBack) throw;
+    if (!m_goesBack && m_host.HostHistory().IsNeeded()) throw;
     const bool isOfStore = failure.Facts().file == m_host.State().Store();
     if (isOfStore)
         m_host.HostHistory().TellUnusable(failure);
     else
         m_host.Out().Warning(std::string("what is changed is not recorded: ") + failure.what());
     m_store = nullptr;
+    m_open.reset();
+    m_number.reset();
     m_rows.clear();
 }
 
@@ -157,7 +158,11 @@ std::vector<FileToRecord> Recording::NewFiles() {
 
 void Recording::Announce() {
     if (!IsOn()) return;
-    m_number = m_open = m_store->Announce(EntryToOpen(), NewFiles());
+    try {
+        m_number = m_open = m_store->Announce(EntryToOpen(), NewFiles());
+    } catch (const Failure& failure) {
+        GoOnWithout(failure);
+    }
 }
 
 void Recording::Plan(const std::string& path, CapturedFile after, Attributes attributes) {

@@ -36,9 +36,16 @@ const Target* HostLists::TargetNamed(const std::string& name) {
 bool HostLists::IsCommitted(const std::string& name) {
     const std::string path = m_host.HostPaths().FromInside(name);
     if (!IsFileExist(path + ZETReserveSuffix) && !IsFileExist(path + ZETAbsenceSuffix)) return false;
-    Store* const store = m_host.HostHistory().ToLook();
-    const std::optional<KnownFile> known = store != nullptr ? store->Known(name) : std::nullopt;
-    return known && !known->state.knowledge.roles.empty();
+    History& history = m_host.HostHistory();
+    Store* const store = history.ToLookIfNeeded();
+    try {
+        const std::optional<KnownFile> known = store != nullptr ? store->Known(name) : std::nullopt;
+        return known && !known->state.knowledge.roles.empty();
+    } catch (const Failure& failure) {
+        if (history.IsNeeded()) throw;
+        history.TellUnusable(failure);
+        return false;
+    }
 }
 
 const Target* HostLists::CommittedTarget(const std::string& path) {

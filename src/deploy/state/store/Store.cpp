@@ -317,8 +317,7 @@ std::string Store::Text(TextNumber number) {
         Database::Rows rows(*m_database, "SELECT size, frame FROM texts WHERE id = ?", {number.value});
         if (!rows.Next()) FailOfDamage(m_file, "a text is missing");
         const std::int64_t size = rows.Number(0);
-        const bool isPossible = size >= 0 && static_cast<std::uint64_t>(size) <= m_limits.largestText;
-        auto text = isPossible ? Expanded(rows.Text(1), static_cast<std::size_t>(size)) : std::nullopt;
+        auto text = size < 0 ? std::nullopt : Expanded(rows.Text(1), static_cast<std::size_t>(size));
         if (!text) FailOfDamage(m_file, "a text is not as it was written");
         return std::move(*text);
     });
