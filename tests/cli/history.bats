@@ -669,3 +669,37 @@ conf:1: lines 1 to 5: the administrator's own; in parts since an edit of somebod
     run_zet -q history -N 1
     [[ $output == *"-q param set conf x 8  # short"* ]]
 }
+
+@test "the words of what was public when they were recorded are hidden once the file is private" {
+    zet -q param set --no-backup --no-markers conf x hunter2
+    zet -q option set REALM HUNTER.ORG
+    run_zet history
+    [[ $output == *"param set --no-backup --no-markers conf x hunter2"* ]]
+    chmod 600 conf
+    run_zet history
+    [[ $output != *hunter2* ]]
+    [[ $output == *"param set --no-backup --no-markers conf "*"***"*"option set REALM HUNTER.ORG"* || $output == *"HUNTER.ORG"*"param set --no-backup --no-markers conf "*"***"* ]]
+    run_zet history show 1
+    [[ $output != *hunter2* ]]
+    run_zet --json history
+    [[ $output != *hunter2* ]]
+    run_zet history export
+    [[ $output != *hunter2* ]]
+    run_zet --show-secrets history
+    [[ $output == *hunter2* ]]
+}
+
+@test "the same of what the list calls secret since, and where the text is not kept" {
+    echo ZET_HISTORY_MAX_FILE=3 >>zet.conf
+    zet -q param set --no-backup --no-markers conf x hunter2
+    chmod 600 conf
+    run_zet history
+    [[ $output != *hunter2* ]]
+    chmod 644 conf
+    run_zet history
+    [[ $output == *hunter2* ]]
+    list_target conf "$HOST/conf" 'secret = true'
+    echo x >templates/conf
+    run_zet history
+    [[ $output != *hunter2* ]]
+}

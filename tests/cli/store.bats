@@ -132,6 +132,34 @@ assert_refused_at_once() {
     done
 }
 
+@test "with ZET_HISTORY=no, a history that cannot be used stops nothing" {
+    local command
+    break_store
+    echo ZET_HISTORY=no >>zet.conf
+    for command in check-config commit-config "param set conf a 2" "option set REALM X" "template install one.conf" \
+        "template process one.conf $HOST/made" "template upgrade" "commit-config --on-edit=overwrite" "file reserve conf" \
+        "rollback-config --force"; do
+        # shellcheck disable=SC2086  # several words
+        run_zet $command
+        assert_status 0
+        [[ $stderr != *error* ]]
+    done
+    assert_file out/one.conf $'old\n'
+    assert_equal "$(head -c 11 state/state.db)" "no database"
+}
+
+@test "with ZET_HISTORY=no and a history that cannot be used, edits are replaced only by word" {
+    zet -q commit-config
+    echo mine >>out/one.conf
+    break_store
+    echo ZET_HISTORY=no >>zet.conf
+    run_zet commit-config
+    assert_status 1
+    [[ $stderr == *"warning: $HOST/state/state.db: $BROKEN_STORE"*"$ONE: holds changes that are kept nowhere"* ]]
+    run_zet commit-config --on-edit=overwrite
+    assert_status 0
+}
+
 @test "a history of a newer version is refused by what records, and left alone by what looks" {
     zet -q commit-config
     /usr/bin/python3 -c 'import sqlite3, sys; sqlite3.connect(sys.argv[1]).execute("PRAGMA user_version = 99")' state/state.db

@@ -60,6 +60,26 @@ def commit_on_a_client(host, run):
     run("zet-client", "commit-config")
 
 
+@scenario("undo", "zet-init", "undo", "2", undo=ROLLBACK)
+def commit_twice(host, run):
+    run("zet-init", "commit-config")
+    host.configure("elsewhere.example")
+    run("zet-init", "commit-config")
+
+
+@scenario("undo-first", "zet-init", "undo", "1")
+def commit_once(host, run):
+    run("zet-init", "commit-config")
+
+
+@scenario("commit-merge", "zet-init", "commit-config", "--on-edit=merge", undo=("rollback-config", "--force"))
+def commit_then_edit(host, run):
+    run("zet-init", "commit-config")
+    with open(host.path("files/old.conf"), "a", encoding="utf-8") as file:
+        file.write("# one\n# two\n# edited\n")
+    host.configure("elsewhere.example")
+
+
 @scenario("param-set", "zet-init", "param", "set", "HOST/files/plain.conf", "size", "4", undo=RESTORE)
 def nothing_to_set(host, run):
     pass

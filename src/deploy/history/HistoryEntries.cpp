@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "deploy/host/Failure.h"
+#include "deploy/state/store/Erasure.h"
 
 namespace ZET::Deploy {
 
@@ -68,6 +69,38 @@ std::size_t CountOfMessageWords(const HistoryEntry& entry, std::size_t i) {
     return isOption && i + 1 < entry.words.size() && entry.words[i + 1] == entry.message ? 2 : 0;
 }
 
+/// None: it is not kept, or damaged, which whoever asks for it is told.
+std::optional<std::string> ReadableText(const HistoryReader& reader, const RecordedState& state) {
+    try {
+        return state.text ? std::optional(reader.Text(state)) : std::nullopt;
+    } catch (const Failure&) {
+        return std::nullopt;
+    }
+}
+
+/// The texts of the entry's files that are not shown; where one is not kept, any word may be of it.
+std::vector<std::string> HiddenTexts(const HistoryReader& reader, const RecordedEntry& entry) {
+    std::vector<std::string> texts;
+    for (const RecordedFile& file : reader.FilesOf(entry.number)) {
+        for (const RecordedState* const state : {&file.before, &file.after}) {
+            if (!state->exists || !reader.Hides(file.path, *state)) continue;
+            std::optional<std::string> text = ReadableText(reader, *state);
+            if (!text) return entry.words;
+            texts.push_back(std::move(*text));
+        }
+    }
+    return texts;
+}
+
+/// A file may have become private since the words were recorded. Of one that was private then, the words with
+/// text in them are hidden already.
+std::vector<std::string> ShownWords(const HistoryReader& reader, const RecordedEntry& entry) {
+    const bool isHidden = std::any_of(entry.words.begin(), entry.words.end(),
+                                      [](const std::string& word) { return word.ends_with(kHiddenWord); });
+    const bool mayHoldText = !isHidden && WordsWithoutTexts(entry.words, entry.words) != entry.words;
+    return mayHoldText ? WordsWithoutTexts(entry.words, HiddenTexts(reader, entry)) : entry.words;
+}
+
 }  // namespace
 
 std::string UserName(uid_t user) {
@@ -109,7 +142,7 @@ HistoryFile ToldFile(const HistoryReader& reader, const RecordedFile& file) {
     return told;
 }
 
-HistoryEntry ToldEntry(const HistoryReader& /*reader*/, const RecordedEntry& entry) {
+HistoryEntry ToldEntry(const HistoryReader& reader, const RecordedEntry& entry) {
     HistoryEntry told;
     told.number = entry.number;
     told.begun = entry.begun;
@@ -120,7 +153,7 @@ HistoryEntry ToldEntry(const HistoryReader& /*reader*/, const RecordedEntry& ent
     if (entry.loginUser) told.loginUser = UserName(*entry.loginUser);
     told.sudoUser = entry.sudoUser;
     told.role = entry.role;
-    told.words = entry.words;
+    told.words = ShownWords(reader, entry);
     told.message = entry.message;
     return told;
 }

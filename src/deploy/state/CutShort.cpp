@@ -86,7 +86,7 @@ std::set<std::string> SettleCutShort(Host& host, bool goesBack) {
     try {
         return CutShortEntries(host, host.HostHistory().ToRecord()).Settle();
     } catch (const Failure& failure) {
-        if (!goesBack) throw;
+        if (!goesBack && host.HostHistory().IsNeeded()) throw;
         host.HostHistory().TellUnusable(failure);
         return {};
     }

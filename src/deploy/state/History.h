@@ -20,6 +20,10 @@ class History {
     /// Whether texts are kept: the parameter ZET_HISTORY.
     bool KeepsTexts() const;
 
+    /// Whether who writes cannot do without it: one that cannot be used stops him, unless nothing is to be
+    /// kept.
+    bool IsNeeded() const { return KeepsTexts(); }
+
     StoreLimits Limits() const;
 
     /// Whether this user can record: the directory is there, and is his to write.
@@ -36,6 +40,9 @@ class History {
     /// the files, too.
     Store* ToLookIfUsable();
     bool IsUnusable() const { return m_isUnusable; }
+
+    /// For who writes: the one where it is needed, the other where it is not.
+    Store* ToLookIfNeeded() { return IsNeeded() ? ToLook() : ToLookIfUsable(); }
 
     /// Told once, however many ask for it.
     void TellUnusable(const Failure& failure);

@@ -16,14 +16,15 @@ constexpr mode_t kModeBits = 07777;
 
 KnownFiles::KnownFiles(Host& host, Unusable unusable) : m_host(host) {
     History& history = host.HostHistory();
-    Store* const store = unusable == Unusable::IsTold ? history.ToLookIfUsable() : history.ToLook();
+    const bool isTold = unusable == Unusable::IsTold || !history.IsNeeded();
+    Store* const store = isTold ? history.ToLookIfUsable() : history.ToLook();
     m_isUnusable = history.IsUnusable() || history.IsDenied();
     if (store == nullptr) return;
     try {
         for (KnownFile& file : store->KnownFiles())
             m_files.emplace(file.path, std::move(file));
     } catch (const Failure& failure) {
-        if (unusable == Unusable::IsFailure) throw;
+        if (!isTold) throw;
         history.TellUnusable(failure);
         m_isUnusable = true;
         m_files.clear();

@@ -15,8 +15,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr char kHiddenWord[] = "***";
-
 std::vector<std::string> ShownWords(const Options& options, bool isPrivate) {
     std::vector<std::string> words;
     for (const CommandWord& word : options.words)
@@ -46,19 +44,22 @@ void Recording::OpenStore() {
     OrGoOnWithout([&] { m_store = &m_host.HostHistory().ToRecord(); });
 }
 
-/// What was there before stands beside the files, too: who goes back to it needs no history.
+/// What was there before stands beside the files, too: who goes back to it needs no history. Nor
+/// does who wants none.
 template <typename Call>
 void Recording::OrGoOnWithout(Call call) {
     try {
         call();
     } catch (const Failure& failure) {
-        if (!m_goesBack) throw;
+        if (!m_goesBack && m_host.HostHistory().IsNeeded()) throw;
         const bool isOfStore = failure.Facts().file == m_host.State().Store();
         if (isOfStore)
             m_host.HostHistory().TellUnusable(failure);
         else
             m_host.Out().Warning(std::string("what is changed is not recorded: ") + failure.what());
         m_store = nullptr;
+        m_open.reset();
+        m_number.reset();
         m_rows.clear();
     }
 }
@@ -152,7 +153,11 @@ std::vector<FileToRecord> Recording::NewFiles() {
 
 void Recording::Announce() {
     if (!IsOn()) return;
-    m_number = m_open = m_store->Announce(EntryToOpen(), NewFiles());
+    try {
+        m_number = m_open = m_store->Announce(EntryToOpen(), NewFiles());
+    } catch (const Failure& failure) {
+        GoOnWithout(failure);
+    }
 }
 
 void Recording::Plan(const std::string& path, CapturedFile after, Attributes attributes) {

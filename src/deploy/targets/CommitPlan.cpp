@@ -231,7 +231,7 @@ void CommitPlan::FillIn(PlannedTarget& planned) const {
 
 /// Whether a run that was cut short wrote it, and another command than a commit found that out since.
 bool CommitPlan::WasCutShort(const KnownFile& known) const {
-    Store* const store = m_product.HostHistory().ToLook();
+    Store* const store = m_product.HostHistory().ToLookIfNeeded();
     const auto entry = store != nullptr ? store->Find(known.entry) : std::nullopt;
     if (!entry || entry->outcome != EntryOutcome::CutShort) return false;
     const std::string status = m_product.State().Status(m_product.Role());

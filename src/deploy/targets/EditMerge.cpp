@@ -41,7 +41,7 @@ FileOutcome::Result ChangeOf(const PlannedTarget& planned) {
 bool IsMergedWith(Host& host, const KnownFile& known, const std::string& staged) {
     const std::optional<TextNumber>& base = known.state.knowledge.base;
     if (!base) return false;
-    Store* const store = host.HostHistory().ToLook();
+    Store* const store = host.HostHistory().ToLookIfNeeded();
     return store != nullptr && store->Text(*base) == ReadFileBytes(staged);
 }
 

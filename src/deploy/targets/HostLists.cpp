@@ -59,10 +59,17 @@ const Target* HostLists::EntryOf(const std::string& templateName) {
 /// Beside such a file stands what was there before, so that most files need no look into the history.
 bool HostLists::IsCommitted(const std::string& name) {
     if (!IsFileExist(name + ZETReserveSuffix) && !IsFileExist(name + ZETAbsenceSuffix)) return false;
-    Store* const store = m_host.HostHistory().ToLook();
+    History& history = m_host.HostHistory();
+    Store* const store = history.ToLookIfNeeded();
     if (store == nullptr) return false;
-    const std::optional<KnownFile> known = store->Known(m_host.HostPaths().NameInside(name));
-    return known && !known->state.knowledge.roles.empty();
+    try {
+        const std::optional<KnownFile> known = store->Known(m_host.HostPaths().NameInside(name));
+        return known && !known->state.knowledge.roles.empty();
+    } catch (const Failure& failure) {
+        if (history.IsNeeded()) throw;
+        history.TellUnusable(failure);
+        return false;
+    }
 }
 
 const Target* HostLists::CommittedTarget(const std::string& path) {

@@ -34,7 +34,13 @@ void Remember(Host& host, const std::string& workingCopy, CapturedFile copy, con
     file.file.after = std::move(copy.state);
     file.textAfter = std::move(copy.text);
     file.base = base;
-    host.HostHistory().ToRecord().Remember({file});
+    History& history = host.HostHistory();
+    try {
+        history.ToRecord().Remember({file});
+    } catch (const Failure& failure) {
+        if (history.IsNeeded()) throw;
+        history.TellUnusable(failure);
+    }
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include <sstream>
 #include <string>
 
+#include "FaceFixture.h"
 #include "zet/deploy/Commit.h"
 #include "zet/deploy/Doctor.h"
 #include "zet/deploy/Edit.h"
@@ -39,15 +40,6 @@ using testing::SizeIs;
 using testing::StartsWith;
 using Result = FileOutcome::Result;
 
-void Write(const std::string& path, const std::string& text) {
-    std::ofstream(path, std::ios::binary) << text;
-}
-
-std::string Read(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 /// Counts what it is told, and may want no more.
 class Watcher : public Observer {
   public:
@@ -56,35 +48,6 @@ class Watcher : public Observer {
 
     int done = 0;
     int most = 100;
-};
-
-/// A host with two templates and their targets, and a file that is nobody's.
-class FaceTest : public testing::Test {
-  protected:
-    FaceTest() {
-        std::string name = testing::TempDir() + "zet-face.XXXXXX";
-        m_directory = fs::canonical(mkdtemp(name.data())).string();
-        for (const char* directory : {"etc", "templates", "state", "out"})
-            fs::create_directory(At(directory));
-        Write(At("zet.conf"),
-              "DOMAIN=example.org\nSERVER=server.example.org\nZET_SYNC=no\nZET_CFG_DIR=" + At("etc") +
-                  "\nZET_CFG_TEMPL_DIR=" + At("templates") + "\nZET_VAR_LIB_DIR=" + At("state") + "\n");
-        Write(At("templates/one"), "realm ${realm}\n");
-        Write(At("templates/two"), "two\n");
-        Write(At("templates/targets.toml"), "[templates.\"one\"]\ntarget = \"" + At("out/one") +
-                                                "\"\nroles = \"both\"\nrestart = [\"daemon\"]\n"
-                                                "[templates.\"two\"]\ntarget = \"" +
-                                                At("out/two") + "\"\nroles = \"client\"\n");
-        Write(At("file"), "a=1\nb=2\n");
-        m_options.moduleFile = ZET_MODULE;
-    }
-
-    ~FaceTest() override { fs::remove_all(m_directory); }
-
-    std::string At(const std::string& name) const { return m_directory + "/" + name; }
-
-    std::string m_directory;
-    Options m_options;
 };
 
 TEST_F(FaceTest, HostIsPlannedCommittedAndTakenBack) {
@@ -261,17 +224,6 @@ TEST_F(FaceTest, EditsThatKnowNoSectionsRefuseOne) {
     EXPECT_THROW(StripFile(product, At("file"), options), UsageError);
     EXPECT_THROW(ForgetReserve(product, At("file"), options), UsageError);
     EXPECT_EQ(Read(At("file")), "a=1\nb=2\n");
-}
-
-/// The failure that the call ends with.
-Failure FailureIn(const std::function<void()>& call) {
-    try {
-        call();
-    } catch (const Failure& failure) {
-        return failure;
-    }
-    ADD_FAILURE() << "nothing failed";
-    return Failure({.text = "nothing failed"});
 }
 
 TEST_F(FaceTest, FailureOfTheSystemTellsFileReasonAndRemedyApart) {

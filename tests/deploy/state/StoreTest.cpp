@@ -137,6 +137,17 @@ TEST_F(StoreTest, ALargeTextIsRecordedWithoutItsBytes) {
     EXPECT_NE(store.FilesOf(number)[0].after.digest, store.FilesOf(number)[0].before.digest);
 }
 
+TEST_F(StoreTest, ATextThatIsKeptIsReadEvenIfOneOfItsSizeWouldNotBeKeptToday) {
+    std::optional<TextNumber> kept;
+    {
+        Store store = Opened();
+        kept = store.FilesOf(Record(store, {File("/etc/x", "123", "1234")}))[0].after.text;
+    }
+    StoreLimits limits;
+    limits.largestText = 3;
+    EXPECT_EQ(Opened(limits).Text(*kept), "1234");
+}
+
 TEST_F(StoreTest, AnEntryThatChangedNothingLeavesNothing) {
     Store store = Opened();
     const std::int64_t dropped = store.Open(Entry(), {File("/etc/x", "1", "2")});

@@ -21,6 +21,7 @@ struct Zstd {
     decltype(ZSTD_compress2)* compress;
     decltype(ZSTD_compressBound)* bound;
     decltype(ZSTD_decompress)* decompress;
+    decltype(ZSTD_getFrameContentSize)* sizeOf;
     decltype(ZSTD_isError)* isError;
     decltype(ZSTD_getErrorName)* errorName;
 
@@ -32,6 +33,7 @@ struct Zstd {
         library.Find(compress, "ZSTD_compress2");
         library.Find(bound, "ZSTD_compressBound");
         library.Find(decompress, "ZSTD_decompress");
+        library.Find(sizeOf, "ZSTD_getFrameContentSize");
         library.Find(isError, "ZSTD_isError");
         library.Find(errorName, "ZSTD_getErrorName");
     }
@@ -82,6 +84,8 @@ std::string Compressed(std::string_view text) {
 }
 
 std::optional<std::string> Expanded(std::string_view frame, std::size_t size) {
+    // What it was kept with, whatever is kept today; a damaged number takes no room.
+    if (TheZstd().sizeOf(frame.data(), frame.size()) != size) return std::nullopt;
     std::string text(size, '\0');
     const std::size_t length = TheZstd().decompress(text.data(), text.size(), frame.data(), frame.size());
     if (TheZstd().isError(length) != 0 || length != size) return std::nullopt;

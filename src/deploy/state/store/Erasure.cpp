@@ -10,7 +10,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr char kHidden[] = "***";
 constexpr std::size_t kMostWordsOfCommand = 2;  // "param set"
 
 std::set<std::int64_t> StatesOf(Database& database, const std::vector<std::string>& paths) {
@@ -83,8 +82,8 @@ bool IsOfCommand(const std::string& word) {
 
 std::string WithoutTexts(const std::string& word, const std::vector<std::string>& texts) {
     for (std::size_t sign = word.find('='); sign != std::string::npos; sign = word.find('=', sign + 1))
-        if (IsHeld(word.substr(sign + 1), texts)) return word.substr(0, sign + 1) + kHidden;
-    return !word.starts_with('-') && IsHeld(word, texts) ? kHidden : word;
+        if (IsHeld(word.substr(sign + 1), texts)) return word.substr(0, sign + 1) + kHiddenWord;
+    return !word.starts_with('-') && IsHeld(word, texts) ? kHiddenWord : word;
 }
 
 void HideWords(Database& database, const std::set<std::int64_t>& numbers,

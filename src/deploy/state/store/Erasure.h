@@ -25,6 +25,9 @@ std::size_t CountTextsOf(Database& database, const std::vector<std::string>& pat
 Erasure EraseTexts(Database& database, const std::vector<std::string>& paths,
                    const std::function<std::string(TextNumber)>& textOf);
 
+/// What stands for a word that is not for everybody.
+constexpr char kHiddenWord[] = "***";
+
 /// The words without what the texts hold: the value of a word NAME=VALUE, or all of it. Options and the
 /// command's own words stay.
 std::vector<std::string> WordsWithoutTexts(std::vector<std::string> words,

@@ -17,7 +17,7 @@ std::optional<TextNumber> Kept(Database& database, const StoreLimits& limits, co
                                const std::string& digest) {
     for (const std::int64_t id : Numbers(database, "SELECT id FROM texts WHERE digest = ? AND size = ?",
                                          {Blob{digest}, static_cast<std::int64_t>(text.size())})) {
-        if (TextAt(database, limits, {id}) == text) return TextNumber{id};
+        if (TextAt(database, {id}) == text) return TextNumber{id};
     }
     return std::nullopt;
 }
@@ -52,12 +52,11 @@ RecordedFile WithTexts(Database& database, const StoreLimits& limits, const File
     return recorded;
 }
 
-std::string TextAt(Database& database, const StoreLimits& limits, TextNumber number) {
+std::string TextAt(Database& database, TextNumber number) {
     Database::Rows rows(database, "SELECT size, frame FROM texts WHERE id = ?", {number.value});
     if (!rows.Next()) throw DamagedRow("a text is missing");
     const std::int64_t size = rows.Number(0);
-    const bool isPossible = size >= 0 && static_cast<std::uint64_t>(size) <= limits.largestText;
-    auto text = isPossible ? Expanded(rows.Text(1), static_cast<std::size_t>(size)) : std::nullopt;
+    auto text = size < 0 ? std::nullopt : Expanded(rows.Text(1), static_cast<std::size_t>(size));
     if (!text) throw DamagedRow("a text is not as it was written");
     return std::move(*text);
 }

@@ -14,7 +14,7 @@ namespace ZET::Deploy {
 RecordedFile WithTexts(Database& database, const StoreLimits& limits, const FileToRecord& file);
 
 /// One that is not there, or not as it was written, is a `DamagedRow`.
-std::string TextAt(Database& database, const StoreLimits& limits, TextNumber number);
+std::string TextAt(Database& database, TextNumber number);
 
 }  // namespace ZET::Deploy
 

@@ -247,7 +247,7 @@ void Store::Forget(const std::vector<std::string>& paths) {
 }
 
 std::string Store::Text(TextNumber number) {
-    return Guarded([&] { return TextAt(*m_database, m_limits, number); });
+    return Guarded([&] { return TextAt(*m_database, number); });
 }
 
 std::int64_t Store::LastPruned() {
