@@ -153,11 +153,7 @@ std::vector<FileToRecord> Recording::NewFiles() {
 
 void Recording::Announce() {
     if (!IsOn()) return;
-    try {
-        m_number = m_open = m_store->Announce(EntryToOpen(), NewFiles());
-    } catch (const Failure& failure) {
-        GoOnWithout(failure);
-    }
+    OrGoOnWithout([&] { m_number = m_open = m_store->Announce(EntryToOpen(), NewFiles()); });
 }
 
 void Recording::Plan(const std::string& path, CapturedFile after, Attributes attributes) {

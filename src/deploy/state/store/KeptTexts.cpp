@@ -13,8 +13,7 @@ namespace ZET::Deploy {
 namespace {
 
 /// Texts are compared: a digest like that of another text can be made.
-std::optional<TextNumber> Kept(Database& database, const StoreLimits& limits, const std::string& text,
-                               const std::string& digest) {
+std::optional<TextNumber> Kept(Database& database, const std::string& text, const std::string& digest) {
     for (const std::int64_t id : Numbers(database, "SELECT id FROM texts WHERE digest = ? AND size = ?",
                                          {Blob{digest}, static_cast<std::int64_t>(text.size())})) {
         if (TextAt(database, {id}) == text) return TextNumber{id};
@@ -22,9 +21,8 @@ std::optional<TextNumber> Kept(Database& database, const StoreLimits& limits, co
     return std::nullopt;
 }
 
-TextNumber Keep(Database& database, const StoreLimits& limits, const std::string& text,
-                const std::string& digest) {
-    if (const auto kept = Kept(database, limits, text, digest)) return *kept;
+TextNumber Keep(Database& database, const std::string& text, const std::string& digest) {
+    if (const auto kept = Kept(database, text, digest)) return *kept;
     database.Run("INSERT INTO texts(digest, size, frame) VALUES(?,?,?)",
                  {Blob{digest}, static_cast<std::int64_t>(text.size()), Blob{Compressed(text)}});
     return {database.LastRow()};
@@ -38,7 +36,7 @@ void Take(Database& database, const StoreLimits& limits, RecordedState& state, c
     }
     const bool isGiven = text.size() == state.size;
     if (isGiven && limits.keepsTexts && state.size <= limits.largestText)
-        state.text = Keep(database, limits, text, state.digest);
+        state.text = Keep(database, text, state.digest);
 }
 
 }  // namespace
@@ -48,7 +46,7 @@ RecordedFile WithTexts(Database& database, const StoreLimits& limits, const File
     Take(database, limits, recorded.before, file.textBefore);
     if (file.isPlanned) Take(database, limits, recorded.after, file.textAfter);
     if (file.base && limits.keepsTexts)
-        recorded.after.knowledge.base = Keep(database, limits, *file.base, DigestOf(*file.base));
+        recorded.after.knowledge.base = Keep(database, *file.base, DigestOf(*file.base));
     return recorded;
 }
 
