@@ -122,15 +122,24 @@ void TellResults(Session& session) {
     session.Out().Line(text.empty() ? _("no targets") : text);
 }
 
+static void TellDuty(Session& session, const std::string& names, const char* text) {
+    if (names.empty() || session.Asked().quiet) return;
+    session.Out().Line(Filled(_(text), {names}));
+}
+
+/// A command among the services is known by its blanks.
 static void TellServices(Session& session, const std::vector<std::string>& services, const char* list,
                          const char* text) {
     std::string names;
+    std::string commands;
     for (const std::string& service : services) {
         session.Out().Add(list, service);
-        names += (names.empty() ? "" : ", ") + service;
+        std::string& told = service.find(' ') == std::string::npos ? names : commands;
+        told += (told.empty() ? "" : ", ") + service;
     }
-    if (names.empty() || session.Asked().quiet) return;
-    session.Out().Line(Filled(_(text), {names}));
+    TellDuty(session, names, text);
+    TellDuty(session, commands,
+             session.Asked().dryRun ? ZET_TEXT("would have to be run: %s") : ZET_TEXT("to be run: %s"));
 }
 
 void TellRestarts(Session& session, const std::vector<std::string>& services) {

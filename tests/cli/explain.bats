@@ -311,7 +311,7 @@ made:1: the administrator's own"
 @test "FileInAHostTreeIsExplained" {
     "$SOURCE_DIR/script/example-root" server tree
     "$ZET_BIN/zet-init" --root tree -q commit-config
-    capture "$ZET_BIN/zet-init" --root tree explain /etc/krb5.conf:12
+    capture "$ZET_BIN/zet-init" --root tree explain /etc/krb5.conf:14
     assert_status 0
-    [[ $output == *"etc/krb5.conf:12: from line 9 of the template krb5.conf with \${realm}; before: "*"/etc/krb5.conf.before_zet; since change 1, "*": --root tree -q commit-config"$'\n' ]]
+    [[ $output == *"etc/krb5.conf:14: from line 26 of the template krb5.conf with \${realm}; before: "*"/etc/krb5.conf.before_zet; since change 1, "*": --root tree -q commit-config"$'\n' ]]
 }

@@ -202,9 +202,12 @@ $LIST:8:18: the name of the template [three.conf] is not quoted (write [template
     cp "$SOURCE_DIR"/templates/* templates/
     chmod 644 templates/*
     sed -i "s|= \"/etc|= \"$HOST/out|" "$LIST"
-    mkdir out/ldap out/krb5kdc
-    run_zet -q check-config
+    mkdir out/ldap out/krb5kdc out/sssd out/default
+    cp "$SOURCE_DIR/examples/server/etc/nsswitch.conf" out/
+    cp "$SOURCE_DIR/examples/server/etc/default/slapd" out/default/
+    # What its check commands look for on this host is no matter of the list.
+    run_zet -q check-config --no-checks
     assert_success ""
-    capture server -q check-config
+    capture server -q check-config --no-checks
     assert_success ""
 }

@@ -69,3 +69,17 @@ $HOST/out/two.conf: removed, as there was none before"
     assert_file out/one.conf $'old\n'
     assert_made two.conf $'domain = example.org\n'
 }
+
+@test "what no service is in charge of is named as it is typed" {
+    add_target three.conf $'server = ${server}\n' 'reload = { client = ["quick", ["own", "-c"]], server = [["other", "-s"]] }'
+    run_zet commit-config three.conf
+    assert_success "$HOST/out/three.conf: created, mode 0644, owner $(id -u):$(id -g)
+to be reloaded: quick
+to be run: own -c
+1 created"
+    run_zet --json rollback-config -n
+    assert_json 'd["reload"]' '["quick", "own -c"]'
+    run_zet rollback-config -n
+    assert_status 3
+    [[ $output == *$'would have to be reloaded: quick\nwould have to be run: own -c'* ]]
+}

@@ -53,11 +53,16 @@ expected_files() {
 		share/zet/templates/idmapd.conf 644
 		share/zet/templates/kadm5.acl 600
 		share/zet/templates/kdc.conf 644
+		share/zet/templates/krb5-srv.conf 644
 		share/zet/templates/krb5.conf 644
 		share/zet/templates/ldap.conf 644
 		share/zet/templates/nslcd.conf 640
+		share/zet/templates/slapd-no-tls.conf 644
+		share/zet/templates/slapd-tls.conf 644
 		share/zet/templates/slapd.conf 644
+		share/zet/templates/sssd.conf 600
 		share/zet/templates/targets.toml 644
+		share/zet/templates/values.conf 644
 		share/zsh/site-functions/_zet-init 644
 	END
 }

@@ -6,8 +6,9 @@ setup() {
     ROOT=$BATS_TEST_TMPDIR/root
 }
 
+# All but the one of the other identity.
 targets() {
-    sed -n 's/^target = "\(.*\)"$/\1/p' "$ROOT/usr/share/zet/templates/targets.toml"
+    sed -n 's/^target = "\(.*\)"$/\1/p' "$ROOT/usr/share/zet/templates/targets.toml" | grep -vx /etc/nslcd.conf | sort -u
 }
 
 @test "ExampleKeepsOutOfADirectoryThatIsInUse" {
@@ -38,14 +39,23 @@ targets() {
     example_root server "$ROOT"
     commit zet-init "$ROOT"
     [ "$(stat -c %a "$ROOT/etc/krb5.conf")" = 644 ]
-    [ "$(stat -c %a "$ROOT/etc/nslcd.conf")" = 640 ]
+    [ "$(stat -c %a "$ROOT/etc/sssd/sssd.conf")" = 600 ]
     [ "$(stat -c %a "$ROOT/etc/krb5kdc/kadm5.acl")" = 600 ]
+}
+
+@test "OtherIdentityIsOneParameterAway" {
+    example_root client "$ROOT"
+    set_param "$ROOT" IDENTITY nslcd
+    commit zet-client "$ROOT"
+    [ "$(stat -c %a "$ROOT/etc/nslcd.conf")" = 640 ]
+    [ ! -e "$ROOT/etc/sssd/sssd.conf" ]
+    grep -qx 'passwd:         files systemd ldap' "$ROOT/etc/nsswitch.conf"
 }
 
 @test "ClientGetsNoFileOfTheServer" {
     example_root client "$ROOT"
     commit zet-client "$ROOT"
-    [ "$(head -n 1 "$ROOT/etc/nslcd.conf")" = "# --ZET_CONFIG_COMMENT--" ]
+    [ "$(head -n 1 "$ROOT/etc/sssd/sssd.conf")" = "# --ZET_CONFIG_COMMENT--" ]
     [ ! -e "$ROOT/etc/exports" ]
     [ ! -e "$ROOT/etc/ldap/slapd.conf" ]
     [ ! -e "$ROOT/etc/krb5kdc" ]

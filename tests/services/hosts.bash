@@ -6,44 +6,49 @@ hosts_are_possible() {
     [[ $(id -u) -eq 0 ]] && unshare --mount --net --uts --pid --fork true 2>/dev/null
 }
 
-# Runs inside of a new host. $1: the tree that script/example-root laid out for it, $2: its name.
+# Runs inside of a new host. $1: the tree that script/example-root laid out for it, $2: its name. What the packages of
+# this machine left in the private directories stays, but for what makes a host one of a domain.
 furnish_host() {
     local tree=$1 dir
     hostname "$2"
     ip link set lo up
 
     mount -t tmpfs -o mode=755 tmpfs /mnt
-    cp -a /etc /mnt/etc
-    mount --bind /mnt/etc /etc
-    for dir in /srv /run /var/lib/krb5kdc /var/lib/ldap /var/lib/nfs; do
+    for dir in /etc /var/lib/sss /var/lib/pam /var/cache/debconf; do
+        mkdir -p "/mnt$dir"
+        cp -aT "$dir" "/mnt$dir"
+        mount --bind "/mnt$dir" "$dir"
+    done
+    for dir in /home /srv /run /var/lib/krb5kdc /var/lib/ldap /var/lib/nfs /var/log; do
         mount -t tmpfs -o mode=755 tmpfs "$dir"
     done
     mount -t tmpfs -o mode=1777 tmpfs /var/tmp
     chown openldap: /var/lib/ldap
+    mkdir /var/log/sssd
+    pam-auth-update --disable krb5 sss ldap mkhomedir
 
+    rm -f /etc/krb5.keytab /etc/sssd/sssd.conf
     cp -R "$tree/etc/." /etc/
     mkdir -p /srv/zet/state /srv/domain
-    cp -a "$tree/usr/share/zet/templates" /srv/zet/
+    [ ! -d "$tree/usr/share/zet/templates" ] || cp -a "$tree/usr/share/zet/templates" /srv/zet/
     cat >/etc/hosts <<-'END'
 		127.0.0.1 localhost
 		127.0.0.2 server.example.org server _kerberos_tcp _kadmin_tcp _ldap_tcp
 		127.0.0.4 box1.example.org box1
 		127.0.0.3 client.example.org client
+		127.0.0.5 second.example.org second
 	END
-    echo "passwd: files
-group: files
-hosts: files" >/etc/nsswitch.conf
 }
 
-# start_host HOST TREE NAME [NEIGHBOUR]: with a neighbour, on that host's network.
+# start_host HOST TREE NAME [NEIGHBOUR]: with a neighbour, on that host's network. $FURNISH furnishes it, in its own way.
 start_host() {
-    local host=$1 tree=$2 name=$3 join=() network=--net log=$BATS_FILE_TMPDIR/$1.host tries
+    local host=$1 tree=$2 name=$3 join=() network=--net log=$BATS_FILE_TMPDIR/$1.host furnish=${FURNISH:-furnish_host} tries
     if [[ $# -eq 4 ]]; then
         join=(nsenter --target "$(<"$BATS_FILE_TMPDIR/$4.pid")" --net)
         network=
     fi
     "${join[@]}" unshare $network --mount --uts --pid --fork --kill-child --mount-proc \
-        bash -euc "$(declare -f furnish_host); furnish_host '$tree' '$name.example.org'; echo ready; exec sleep 500" \
+        bash -euc "$(declare -f "$furnish"); $furnish '$tree' '$name.example.org'; echo ready; exec sleep 500" \
         >"$log" 2>&1 3>&- 4>&- &
     local outer=$!
     for ((tries = 0; tries < 100; tries++)); do

@@ -18,6 +18,7 @@ setup_file() {
     amend_template "$ROOT" krb5.conf \
         "s/\${kdc_server}/&:$kdcPort/; s/\${kadmin_server}/&:$adminPort/"
     amend_template "$ROOT" kdc.conf "s,= /,= $ROOT/,; s/listen = 88/listen = 127.0.0.1:$kdcPort/
+        s,SYSLOG:INFO:AUTH,FILE:$ROOT/kerberos.log,
         /acl_file/a kadmind_listen = 127.0.0.1:$adminPort\nkpasswd_listen = 127.0.0.1:$passwordPort"
     mkdir -p "$ROOT/var/lib/krb5kdc"
     commit zet-init "$ROOT"
@@ -108,6 +109,46 @@ about() {
 @test "PasswordIsProvenBeforeATicketIsGiven" {
     KRB5_TRACE=$BATS_TEST_TMPDIR/trace ticket alice
     grep -q 'Additional pre-authentication required' "$BATS_TEST_TMPDIR/trace"
+}
+
+@test "PasswordCannotBeGuessedFromWhatGoesOverTheNetwork" {
+    KRB5_TRACE=$BATS_TEST_TMPDIR/trace ticket alice
+    grep -q 'Sending SPAKE response' "$BATS_TEST_TMPDIR/trace"
+    run grep -i 'encrypted timestamp' "$BATS_TEST_TMPDIR/trace"
+    [ "$status" -eq 1 ]
+}
+
+@test "TicketsAndKeysAreOfSha2" {
+    ticket alice
+    run klist -e
+    [[ $output == *"Etype (skey, tkt): aes256-cts-hmac-sha384-192, aes256-cts-hmac-sha384-192"* ]]
+    run kadmin.local getprinc alice
+    [[ $output == *"Number of keys: 4"*"aes256-cts-hmac-sha384-192"*"aes128-cts-hmac-sha256-128"*"aes256-cts-hmac-sha1-96"*"aes128-cts-hmac-sha1-96"* ]]
+    run kadmin.local getprinc K/M
+    [[ $output == *"aes256-cts-hmac-sha384-192"* ]]
+}
+
+@test "WeakKeysAreNotAskedForThoughAKeyTableHasThem" {
+    printf '%s\n' "add_entry -password -p alice -k 1 -e arcfour-hmac" secret "wkt $BATS_TEST_TMPDIR/weak" | ktutil
+    run kinit -k -t "$BATS_TEST_TMPDIR/weak" alice
+    [ "$status" -ne 0 ]
+}
+
+@test "WhatTheCentreDoesIsLogged" {
+    ticket alice
+    grep -q 'AS_REQ .* ISSUE: .* alice@EXAMPLE.ORG' "$ROOT/kerberos.log"
+    grep -q 'kadmind.*starting' "$ROOT/kerberos.log"
+}
+
+@test "RealmThatIsOlderThanTheTemplateKeepsItsMasterKey" {
+    local profile=$BATS_TEST_TMPDIR/kdc.conf
+    sed "s,$ROOT/var/lib/krb5kdc,$BATS_TEST_TMPDIR,; s,key_stash_file = .*,key_stash_file = $BATS_TEST_TMPDIR/stash," \
+        "$ROOT/etc/krb5kdc/kdc.conf" >"$profile"
+    sed 's/master_key_type = .*/master_key_type = aes256-cts-hmac-sha1-96/' "$profile" >"$profile.former"
+    KRB5_KDC_PROFILE=$profile.former kdb5_util create -s -P master
+    KRB5_KDC_PROFILE=$profile kadmin.local addprinc -pw secret bob
+    run env KRB5_KDC_PROFILE="$profile" kadmin.local getprinc K/M
+    [[ $output == *"aes256-cts-hmac-sha1-96"* ]]
 }
 
 @test "AdministratorMayManageTheRealmOverTheNetwork" {

@@ -9,18 +9,55 @@ setup() {
 
 # Everything between "${" and the next "}" outside of comment lines.
 placeholders() {
-    grep -hv '^#' "${templates[@]}" | grep -o '\${[^}]*}' | sort -u
+    grep -hv '^#' "${templates[@]}" values.conf | grep -o '\${[^}]*}' | sort -u
+}
+
+# The parameters that choose between entries of the list.
+choices() {
+    sed -n 's/^when = "\(.*\)=.*"$/\1/p' targets.toml | sort -u
+}
+
+own_values() {
+    sed -n 's/^\([A-Z_]*\)=.*/\1/p' values.conf | sort
 }
 
 @test "EveryTemplateIsListedAndEveryListedTemplateIsThere" {
     diff <(printf '%s\n' "${templates[@]}" | sort) \
-        <(find . -type f ! -name targets.toml ! -name CMakeLists.txt -printf '%P\n' | sort)
+        <(find . -type f ! -name targets.toml ! -name values.conf ! -name CMakeLists.txt -printf '%P\n' | sort)
 }
 
 @test "TemplatesUseEveryValueThatIsOfferedAndNoOther" {
     diff <(placeholders) <(printf '${%s}\n' domain kadmin_server kdc_server ldap_dc ldap_domain ldap_uris \
         max_life max_renewable_life minimum_uid realm server server_export_dir server_id \
-        valid_group_names valid_user_names | sort)
+        valid_group_names valid_user_names $(comm -23 <(own_values) <(choices) | tr '[:upper:]' '[:lower:]') | sort)
+}
+
+@test "EveryParameterThatChoosesHasADefault" {
+    [ -n "$(choices)" ]
+    [ -z "$(comm -13 <(own_values) <(choices))" ]
+}
+
+@test "ManualKnowsEveryValueOfTheTemplates" {
+    sed -n '/^# THE SHIPPED TEMPLATES$/,/^# FILES$/p' ../man/zet.7.scd | grep '^\*' | grep -o '[A-Z][A-Z_]*' | sort >"$BATS_TEST_TMPDIR/manual"
+    diff "$BATS_TEST_TMPDIR/manual" <(own_values)
+}
+
+@test "EachFileIsMadeFromOneTemplateWhateverIsChosen" {
+    # Of a file that two templates make, both say when, by the same parameter.
+    mapfile -t twice < <(sed -n 's/^target = "\(.*\)"$/\1/p' targets.toml | sort | uniq -d)
+    [ "${twice[*]}" = "/etc/krb5.conf /etc/ldap/slapd-tls.conf" ]
+    for file in "${twice[@]}"; do
+        grep -A 2 -Fx "target = \"$file\"" targets.toml | sed -n 's/^when = "\(.*\)=.*"$/\1/p' >"$BATS_TEST_TMPDIR/when"
+        [ "$(wc -l <"$BATS_TEST_TMPDIR/when")" -eq 2 ]
+        [ "$(sort -u "$BATS_TEST_TMPDIR/when" | wc -l)" -eq 1 ]
+    done
+}
+
+@test "FileForRecordsDiffersInWhatTheRecordsTellOnly" {
+    run diff <(sed '/^# --ZET_TEMPLATE/,/^# --ZET_COMMENT_END/d' krb5.conf) \
+        <(sed '/^# --ZET_TEMPLATE/,/^# --ZET_COMMENT_END/d' krb5-srv.conf)
+    [ "$(grep '^[<>]' <<<"$output")" = '<         kdc = ${kdc_server}
+< ${more_kdcs}' ]
 }
 
 @test "EveryPlaceholderIsClosed" {
@@ -42,13 +79,17 @@ placeholders() {
 }
 
 @test "TemplateThatInvitesAPasswordIsSecret" {
-    [ "$(grep -l 'A password .* may be added' "${templates[@]}")" = nslcd.conf ]
-    example_root client "$BATS_TEST_TMPDIR/root"
-    echo 'bindpw only_nslcd_may_know' >>"$BATS_TEST_TMPDIR/root/usr/share/zet/templates/nslcd.conf"
-    run "$ZET_BIN/zet-client" --root "$BATS_TEST_TMPDIR/root" commit-config -n --diff
-    [ "$status" -eq 3 ]
-    [[ $output == *"/etc/nslcd.conf: would be "* && $output == *"+++ b/"*"/etc/krb5.conf"* ]]
-    [[ $output != *only_nslcd_may_know* ]]
+    [ "$(grep -l 'A password .* may be added' "${templates[@]}" | sort | xargs)" = "nslcd.conf sssd.conf" ]
+    for identity in sssd nslcd; do
+        local root=$BATS_TEST_TMPDIR/$identity
+        example_root client "$root"
+        set_param "$root" IDENTITY "$identity"
+        echo 'password only_the_service_may_know' >>"$root/usr/share/zet/templates/$identity.conf"
+        run "$ZET_BIN/zet-client" --root "$root" commit-config -n --diff
+        [ "$status" -eq 3 ]
+        [[ $output == *"/$identity.conf: would be "* && $output == *"+++ b/"*"/etc/krb5.conf"* ]]
+        [[ $output != *only_the_service_may_know* ]]
+    done
 }
 
 @test "EveryTemplateEndsItsLastLine" {

@@ -11,6 +11,7 @@
 #include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/OwnCheck.h"
 #include "deploy/targets/Render.h"
+#include "deploy/targets/ServiceNames.h"
 #include "deploy/targets/TargetCheck.h"
 #include "text/Placeholders.h"
 
@@ -123,6 +124,7 @@ CheckResult Check(Deployment& product, const std::vector<std::string>& templateN
         FindUnused(product, UsedAnywhere(product, checked.used), result);
         result.unusedValues = UnusedValues(product, checked.used);
     }
+    WarnOfServiceNames(product, checked.used);
     result.checksNotRun = CountChecksNotRun(product.Wanted(), checked.targets);
     RunOwnChecks(product, checked);
     result.problems.insert(result.problems.begin(), checked.problems.begin(), checked.problems.end());

@@ -81,18 +81,22 @@ class KeyReader {
         }
         if (array->empty()) AddEmpty(entry);
         std::vector<std::string> words;
-        for (const toml::node& node : *array) {
-            const auto* const word = node.as_string();
-            if (word == nullptr) {
-                Problems().Add(PlaceOf(node.source()), entry.Name() + " holds " + KindOf(node),
-                               "write each word in quotes");
-            } else if (word->get().find('\0') != std::string::npos) {
-                Problems().Add(PlaceOf(node.source()), entry.Name() + " holds a NUL byte", "take it out");
-            } else {
-                words.push_back(word->get());
-            }
-        }
+        for (const toml::node& node : *array)
+            if (std::optional<std::string> word = WordOf(entry, node)) words.push_back(std::move(*word));
         return words;
+    }
+
+    std::optional<std::string> WordOf(const Entry& entry, const toml::node& node) {
+        const auto* const word = node.as_string();
+        if (word == nullptr) {
+            Problems().Add(PlaceOf(node.source()), entry.Name() + " holds " + KindOf(node),
+                           "write each word in quotes");
+        } else if (word->get().find('\0') != std::string::npos) {
+            Problems().Add(PlaceOf(node.source()), entry.Name() + " holds a NUL byte", "take it out");
+        } else {
+            return word->get();
+        }
+        return std::nullopt;
     }
 
     void AddKind(const Entry& entry, const std::string& remedy) {

@@ -77,15 +77,47 @@ class TargetKeys : KeyReader {
         }
     }
 
+    /// Names of services, and where none is in charge, what has to be run: an array of the words of a
+    /// command.
     std::vector<std::string> ServicesOf(const Entry& entry) {
-        std::vector<std::string> services =
-            WordsOf(entry, "write an array of services, or { server = [...], client = [...] }");
-        for (const std::string& service : services) {
-            if (service.empty() || service.find_first_of(" \t") != std::string::npos || HasEnd(service))
-                Problems().Add(entry.ValuePlace(), "\"" + service + "\" is no name of a service",
-                               "write each service in quotes of its own");
+        const toml::array* const array = entry.value->as_array();
+        if (array == nullptr) {
+            AddKind(entry, "write an array of services, or { server = [...], client = [...] }");
+            return {};
+        }
+        if (array->empty()) AddEmpty(entry);
+        std::vector<std::string> services;
+        for (const toml::node& node : *array) {
+            if (node.is_array()) {
+                services.push_back(CommandOf({entry.key, &node}));
+            } else if (const std::optional<std::string> name = WordOf(entry, node)) {
+                if (!IsOneWord(*name))
+                    Problems().Add(entry.ValuePlace(), "\"" + *name + "\" is no name of a service",
+                                   "write each service in quotes of its own");
+                services.push_back(*name);
+            }
         }
         return services;
+    }
+
+    /// As it is typed. A service is one word, so that a command is known by its blanks.
+    std::string CommandOf(const Entry& entry) {
+        const std::vector<std::string> words = WordsOf(entry, "write an array of words");
+        std::string command;
+        for (const std::string& word : words) {
+            if (!IsOneWord(word))
+                Problems().Add(entry.ValuePlace(), "\"" + word + "\" is no word of a command",
+                               "write each word in quotes of its own");
+            command += (command.empty() ? "" : " ") + word;
+        }
+        if (words.size() == 1)
+            Problems().Add(entry.ValuePlace(), "the command \"" + command + "\" could be a service",
+                           "write [\"command\", \"" + command + "\"]");
+        return command;
+    }
+
+    static bool IsOneWord(const std::string& text) {
+        return !text.empty() && text.find_first_of(" \t") == std::string::npos && !HasEnd(text);
     }
 
     /// What cannot be told is kept from everybody.

@@ -81,6 +81,20 @@ TEST(TargetListReader, ServicesMayDependOnTheRole) {
     EXPECT_THAT(TargetOf("restart = { client = [\"c\"] }").RestartsFor(Role::Server), IsEmpty());
 }
 
+TEST(TargetListReader, WhatNoServiceIsInChargeOfIsACommandAmongTheServices) {
+    const Target target =
+        TargetOf("reload = { server = [\"s\", [\"exportfs\", \"-ra\"]], client = [[\"c\", \"-c\"]] }");
+    EXPECT_THAT(target.ServicesFor(Role::Server).reload, ElementsAre("s", "exportfs -ra"));
+    EXPECT_THAT(target.ServicesFor(Role::Client).reload, ElementsAre("c -c"));
+    EXPECT_THAT(
+        ProblemsOf(Entry("reload = [[\"a b\", \"c\"], [\"d\"], [1, \"\", \"e\"], []]")),
+        ElementsAre("LIST:4:11: \"a b\" is no word of a command (write each word in quotes of its own)",
+                    "LIST:4:25: the command \"d\" could be a service (write [\"command\", \"d\"])",
+                    "LIST:4:32: \"\" is no word of a command (write each word in quotes of its own)",
+                    "LIST:4:33: reload holds a number (write each word in quotes)",
+                    "LIST:4:46: reload is empty (fill it, or remove the line)"));
+}
+
 TEST(TargetListReader, OtherFormsOfTomlSayTheSame) {
     for (const char* text :
          {"templates.\"a.b\".target = '/x'\ntemplates.\"a.b\".roles = 'both'",

@@ -1,0 +1,66 @@
+#include "deploy/targets/ServiceNames.h"
+
+#include <chrono>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/Process.h"
+#include "deploy/host/Signals.h"
+#include "deploy/state/ParameterCheck.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr char kServiceDiscovery[] = "SERVICE_DISCOVERY";
+constexpr std::chrono::seconds kPatience{5};
+
+struct ServiceName {
+    const char* placeholder;
+    const char* host;
+};
+
+constexpr ServiceName kServiceNames[] = {
+    {"${kdc_server}", "_kerberos_tcp"},
+    {"${kadmin_server}", "_kadmin_tcp"},
+    {"${ldap_uris}", "_ldap_tcp"},
+};
+
+/// A program of its own: a name service that does not answer holds nobody up for longer than `kPatience`.
+bool HasAddress(const char* host) {
+    const ProcessResult result = RunProcess({"getent", "ahosts", host}, {.timeLimit = kPatience});
+    return !result.isLate && result.status == 0;
+}
+
+/// Where the main configuration file says so; the whole file when the words of the command did.
+Problem ProblemIn(const std::string& file) {
+    Problem problem{.file = file};
+    for (const GivenParameter& given : GivenParameters(ReadFileBytes(file)))
+        if (given.name == kServiceDiscovery) problem.line = given.line;
+    return problem;
+}
+
+void WarnOf(Deployment& product, const ServiceName& name) {
+    Problem problem = ProblemIn(product.Param("ZET_CFG"));
+    problem.text = std::string(kServiceDiscovery) + " is yes, but this host finds no address of \"" +
+                   name.host + "\", which " + name.placeholder + " names";
+    problem.remedy = std::string("give ") + name.host + ".DOMAIN one in the domain's name service and name " +
+                     "the domain as \"search\" in /etc/resolv.conf, or set SERVICE_DISCOVERY=no";
+    product.Out().Warning(problem.Describe());
+}
+
+}  // namespace
+
+void WarnOfServiceNames(Deployment& product, const std::set<std::string>& used) {
+    if (!product.Core().IsServiceDiscovery() || !product.Wanted().root.empty()) return;
+    try {
+        for (const ServiceName& name : kServiceNames)
+            if (used.contains(name.placeholder) && !HasAddress(name.host)) WarnOf(product, name);
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure& failure) {
+        product.Out().Warning(failure.what());
+    }
+}
+
+}  // namespace ZET::Deploy
