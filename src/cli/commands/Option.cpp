@@ -1,3 +1,4 @@
+#include "cli/ExitStatus.h"
 #include "cli/FileReport.h"
 #include "cli/Lookup.h"
 #include "cli/commands/Registrations.h"
