@@ -5,6 +5,7 @@ load helper
 load set
 
 setup() {
+    NEW=", mode 0644, owner $(id -u):$(id -g)"
     make_set
     mkdir etc/targets.d etc/values.d etc/defaults.d
     add_target one.conf $'realm = ${realm}\nntp = ${ntp_server}\n${extra}\n'
@@ -22,7 +23,7 @@ own_list() {
 
 @test "values of one's own are rendered, from the source that wins" {
     run_zet commit-config
-    assert_success "$HOST/out/one.conf: created
+    assert_success "$HOST/out/one.conf: created$NEW
 1 created"
     assert_made one.conf $'realm = EXAMPLE.ORG\nntp = shipped\n\n'
     echo NTP_SERVER=fleet >etc/defaults.d/10.conf
@@ -38,7 +39,7 @@ own_list() {
     assert_made one.conf $'realm = EXAMPLE.ORG\nntp = main\na\n\nb\n'
     run_zet status
     assert_status 0
-    run -1 grep -r NTP_SERVER --include='*.status' .
+    assert_equal "$(grep -rl NTP_SERVER --include='*.status' . || true)" ''
 }
 
 @test "a dry run takes an own value that it is given" {
@@ -84,8 +85,8 @@ enabled = false
 [templates.\"one.conf\"]
 restart = [\"one\"]"
     run_zet commit-config
-    assert_success "$HOST/out/one.conf: created
-$HOST/out/own.conf: created
+    assert_success "$HOST/out/one.conf: created$NEW
+$HOST/out/own.conf: created, mode 0600, owner $(id -u):$(id -g)
 to be restarted: one
 2 created"
     assert_equal "$(stat -c %a out/own.conf out/one.conf | paste -sd ' ')" "600 644"
@@ -136,14 +137,14 @@ target = \"$HOST/out/own.conf\"
 roles = \"both\"
 when = \"SITE=berlin\""
     run_zet commit-config
-    assert_success "$HOST/out/one.conf: created
+    assert_success "$HOST/out/one.conf: created$NEW
 1 created"
     run_zet commit-config -n --set SITE=berlin
     assert_status 3
     [[ $output == *"$HOST/out/own.conf: would be created"* ]]
     echo SITE=berlin >etc/defaults.d/10.conf
     run_zet commit-config
-    assert_success "$HOST/out/own.conf: created
+    assert_success "$HOST/out/own.conf: created$NEW
 1 created, 1 unchanged"
     run_zet check-config
     assert_status 0
@@ -161,7 +162,7 @@ mode = \"0755\""
     assert_output "$HOST/etc/script:1:1: the programs that read the file need this line as its first, and the notice comes before it (say notice = false in its entry of the list)"
     echo 'notice = false' >>etc/targets.d/10.toml
     run_zet commit-config script
-    assert_success "$HOST/out/script: created
+    assert_success "$HOST/out/script: created, mode 0755, owner $(id -u):$(id -g)
 1 created"
     assert_file out/script $'#!/bin/sh\necho EXAMPLE.ORG\n'
     assert_equal "$(stat -c %a out/script)" 755

@@ -50,5 +50,5 @@ valid_user_names=^[a-z_][a-z0-9_-]*\$"
     [[ $output == *"NTP_SERVER=ntp"$'\n'"    from $HOST/etc/defaults.d/10.conf:2"$'\n'* ]]
     [[ $output == *"MINIMUM_UID=10000"$'\n'"    from the product's default"$'\n'* ]]
     run_zet --json option list
-    assert_json 'd["options"]["NTP_SERVER"]' '"ntp"'
+    assert_json 'd["options"]["NTP_SERVER"]' ntp
 }

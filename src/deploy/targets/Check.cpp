@@ -80,7 +80,11 @@ std::set<std::string> UsedAnywhere(Deployment& product, const std::set<std::stri
     };
     for (const Target& target : product.Lists().Targets().targets) {
         const std::string file = TemplateFile(product, target.templateName);
-        if (!file.empty() && product.HostPaths().StaysInside(file)) ReadLines(file, take);
+        try {
+            if (!file.empty() && product.HostPaths().StaysInside(file)) ReadLines(file, take);
+        } catch (const Failure&) {
+            // Whoever wants to render it is told why.
+        }
     }
     // What begins like a comment has placeholders there, too.
     for (const ListedEdit& edit : product.Lists().Targets().edits)

@@ -1,5 +1,7 @@
 #include "deploy/targets/Render.h"
 
+#include <fcntl.h>
+
 #include <filesystem>
 #include <memory>
 #include <system_error>
@@ -14,6 +16,7 @@
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/Secrets.h"
 #include "deploy/targets/TemplateFiles.h"
+#include "posix/Descriptor.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -77,7 +80,9 @@ void GiveMode(Deployment& product, const std::string& templateName, const std::s
               const std::string& staged) {
     RequireModeOf(source, staged);
     const Target* const target = product.Lists().EntryOf(templateName);
-    if (target != nullptr && target->mode) RequireMode(-1, staged, *target->mode);
+    if (target == nullptr || !target->mode) return;
+    const Descriptor file(open(staged.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    RequireMode(file, staged, *target->mode);
 }
 
 /// The notice names the template that was read: the working copy to be, not its stand-in in the private

@@ -169,6 +169,8 @@ TargetStates StatesOfTargets(Deployment& product) {
     TargetStates result;
     const KnownFiles known(product, KnownFiles::Unusable::IsTold);
     StateTeller teller(product, known);
+    for (const Problem& problem : product.Lists().Targets().problems)
+        if (problem.isOfUser) product.Out().Warning(problem.Describe());
     std::set<std::string> listed;
     const std::vector<Target> targets = SelectTargets(product, {});
     for (const Target& target : targets) {

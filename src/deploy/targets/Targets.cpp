@@ -1,5 +1,6 @@
 #include "deploy/targets/Targets.h"
 
+#include <cerrno>
 #include <set>
 
 #include "deploy/host/Failure.h"
@@ -27,6 +28,21 @@ ListText ReadList(const Paths& paths, const std::string& file) {
     return {file, ReadListFile(file)};
 }
 
+/// Who may not see them, does not know of what they keep from everybody.
+std::optional<Problem> AddOwnLists(const Paths& paths, const std::string& directory,
+                                   std::vector<ListText>& texts) {
+    try {
+        for (const std::string& name : NamesIn(paths, directory, ".toml"))
+            texts.push_back(ReadList(paths, directory + "/" + name));
+        return std::nullopt;
+    } catch (const Failure& failure) {
+        if (failure.ErrorNumber() != EACCES) throw;
+        Problem problem = failure.Facts();
+        problem.isOfUser = true;
+        return problem;
+    }
+}
+
 [[noreturn]] void FailToSelect(Role role, const TargetList& list, const std::string& name) {
     for (const Target& target : list.targets) {
         if (target.templateName != name || !target.IsFor(role)) continue;
@@ -48,8 +64,7 @@ TargetList ReadTargetList(Host& host) {
     const Paths& paths = host.HostPaths();
     const std::string directory = host.Param("ZET_CFG_DIR") + "/targets.d";
     std::vector<ListText> texts = {ReadList(paths, TargetListFile(host))};
-    for (const std::string& name : NamesIn(paths, directory, ".toml"))
-        texts.push_back(ReadList(paths, directory + "/" + name));
+    std::optional<Problem> denied = AddOwnLists(paths, directory, texts);
     TargetList list =
         ReadTargetTexts(texts, [params = std::optional<StringMap>(), &host](const std::string& name) mutable {
             if (!params) params = host.Values().Params();
@@ -57,6 +72,7 @@ TargetList ReadTargetList(Host& host) {
             return found == params->end() ? std::string() : found->second;
         });
     list.ownDirectory = directory;
+    if (denied) list.problems.push_back(std::move(*denied));
     return list;
 }
 
@@ -78,10 +94,10 @@ std::vector<Target> SelectTargets(Role role, const TargetList& list,
 
 std::vector<Target> SelectTargets(Host& host, const std::vector<std::string>& templateNames) {
     const TargetList list = ReadTargetList(host);
-    if (!list.problems.empty()) {
-        std::string lines;
-        for (const Problem& problem : list.problems)
-            lines += problem.Describe() + "\n";
+    std::string lines;
+    for (const Problem& problem : list.problems)
+        if (!problem.isOfUser) lines += problem.Describe() + "\n";
+    if (!lines.empty()) {
         throw Failure("the list of targets is broken:",
                       {.file = list.file, .text = "the list of targets is broken", .output = lines});
     }

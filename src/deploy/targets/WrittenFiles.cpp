@@ -51,6 +51,19 @@ WrittenFile WrittenTarget(const Host& host, const Target& target) {
     return file;
 }
 
+static std::optional<WrittenFile> WrittenByList(Deployment& product, const std::string& path) {
+    try {
+        const Target* const target = product.Lists().TargetNamed(product.Lists().NameOf(path));
+        if (target == nullptr || !target->IsFor(product.Role())) return std::nullopt;
+        WrittenFile file = WrittenTarget(product, *target);
+        return file.path == path ? std::optional(file) : std::nullopt;
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure&) {
+        return std::nullopt;  // a record is enough
+    }
+}
+
 std::optional<WrittenFile> WrittenByRecord(Deployment& product, const std::string& path) {
     WrittenFile file{"", path, {}, "", "", true, {}, false};
     try {
@@ -58,15 +71,9 @@ std::optional<WrittenFile> WrittenByRecord(Deployment& product, const std::strin
             product.Out().Warning(path + ": leads out of the root directory by a link, and is left alone");
             return std::nullopt;
         }
-        const Target* const target = product.Lists().TargetNamed(product.Lists().NameOf(path));
-        if (target != nullptr && target->IsFor(product.Role())) {
-            WrittenFile listed = WrittenTarget(product, *target);
-            if (listed.path == path) return listed;
-        }
-    } catch (const Interrupted&) {
-        throw;
+        if (std::optional<WrittenFile> listed = WrittenByList(product, path)) return listed;
     } catch (const Failure& failure) {
-        if (product.Lists().IsUsable()) file.trouble = failure;
+        file.trouble = failure;
     }
     return file;
 }

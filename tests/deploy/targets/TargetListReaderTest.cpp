@@ -115,12 +115,12 @@ TEST(TargetListReader, UnknownKeysAreTold) {
         "owner or enabled)";
     EXPECT_THAT(ProblemsOf(Entry("  Target = 1\n\"\" = { a = 1 }\nwhen = \"A=b\"")),
                 ElementsAre("LIST:4:3: unknown key \"Target\"" + known, "LIST:5:1: unknown key \"\"" + known,
-                            "LIST:6:1: unknown key \"when\"" + known));
+                            "LIST:6:1: unknown key \"whence\"" + known));
     const std::string below = " (put what a template has below [templates.\"NAME\"])";
     EXPECT_THAT(
-        ProblemsOf("target = \"/x\"\n[krb5.conf]\nroles = \"both\"\n[[edits]]\n"),
+        ProblemsOf("target = \"/x\"\n[krb5.conf]\nroles = \"both\"\n[[edit]]\n"),
         ElementsAre("LIST:1:1: unknown key \"target\"" + below, "LIST:2:2: unknown key \"krb5\"" + below,
-                    "LIST:4:3: unknown key \"edits\"" + below));
+                    "LIST:4:3: unknown key \"edit\"" + below));
 }
 
 TEST(TargetListReader, NameWithADotHasToBeQuoted) {
