@@ -198,3 +198,22 @@ owner = \"nobody:nogroup\""
     [[ $output == *"$HOST/etc/targets.d/10.toml:1:17: the name of the template [krb5.conf] is not quoted"* ]]
     [[ $output == *"$HOST/etc/targets.d/20.toml:1:"*"is no TOML"* ]]
 }
+
+@test "root uses no value, default or list that others may write" {
+    need_root
+    echo x >etc/values.d/extra
+    echo NTP_SERVER=x >etc/defaults.d/10.conf
+    own_list '# nothing'
+    local file
+    for file in etc/values.d/extra etc/defaults.d/10.conf etc/targets.d/10.toml templates/values.conf etc/values.d; do
+        chmod o+w $file
+        run_zet commit-config
+        assert_status 1
+        [[ $stderr == *"$HOST/$file: others may write"*"so root does not use it"* ]]
+        run_zet check-config
+        assert_status 1
+        chmod o-w $file
+    done
+    assert_absent out/one.conf
+    zet commit-config
+}

@@ -262,7 +262,7 @@ $TWO: $1"
     chmod 700 etc
     assert_unknown_to_nobody unknown
     capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status
-    [[ $stderr == "zet-client: warning: $HOST/etc/targets.d: cannot be read"*"Permission denied"* ]]
+    [[ $stderr == "zet-client: warning: $HOST/etc/targets.d: cannot be looked at"*"Permission denied"* ]]
 }
 
 @test "what is no regular file is no file of the product's own" {

@@ -113,7 +113,7 @@ TEST(TargetListReader, UnknownKeysAreTold) {
     const std::string known =
         " (use target, roles, when, check, check_timeout, restart, reload, secret, notice, trust, mode, "
         "owner or enabled)";
-    EXPECT_THAT(ProblemsOf(Entry("  Target = 1\n\"\" = { a = 1 }\nwhen = \"A=b\"")),
+    EXPECT_THAT(ProblemsOf(Entry("  Target = 1\n\"\" = { a = 1 }\nwhence = \"A=b\"")),
                 ElementsAre("LIST:4:3: unknown key \"Target\"" + known, "LIST:5:1: unknown key \"\"" + known,
                             "LIST:6:1: unknown key \"whence\"" + known));
     const std::string below = " (put what a template has below [templates.\"NAME\"])";
