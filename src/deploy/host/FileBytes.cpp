@@ -206,8 +206,12 @@ void RequireMode(int descriptor, const std::string& path, mode_t mode) {
 }
 
 void RequireModeOf(const std::string& model, const std::string& staged) {
+    const mode_t mode = ModeOf(model);
+    struct stat status = {};
+    if (lstat(staged.c_str(), &status) == 0 && S_ISREG(status.st_mode) && (status.st_mode & kModeBits) == mode)
+        return;
     const Descriptor descriptor(open(staged.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    RequireMode(descriptor, staged, ModeOf(model));
+    RequireMode(descriptor, staged, mode);
 }
 
 bool RequireOwnName(const std::string& path) {

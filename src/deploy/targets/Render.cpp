@@ -100,43 +100,62 @@ std::uintmax_t SizeOfTemplates(Host& host, const std::vector<Target>& targets) {
     return size;
 }
 
+namespace {
+
+/// Processed as in its place, but for the record of what was there before.
+void ProcessOnce(Deployment& product, Role role, const std::string& templateName, const Rendered& file,
+                 StringMap& values) {
+    Perform(product, templateName, file.path, [&] {
+        const auto open =
+            product.Config().OpenConfigFileTemplate(templateName, file.name, NameOf(role), false);
+        if (!open) return;
+        open->ApplyTemplates(values);
+        open->Save(true);
+    });
+}
+
 /// Stages what a role gets.
-static std::string Stage(Deployment& product, Role role, const Staging& staging,
-                         const std::string& templateName, StringMap* values) {
+std::string Stage(Deployment& product, Role role, const Staging& staging, const std::string& templateName,
+                  StringMap& values) {
     const std::string room =
         role == product.Role() ? "rendered/" : std::string("rendered-for-") + NameOf(role) + "/";
     const std::string staged = staging.PathOf(room + templateName);
     const std::string workingCopy = WorkingCopy(product, templateName);
-    const std::string source = TemplateFile(product, templateName);
-    const std::unique_ptr<QuietLog> quiet = QuietAbout(product, source);
     const ParamOverride noSync(product.Core(), "ZET_SYNC", "no");
     if (IsFileExist(workingCopy)) {
-        Process(product, role, templateName, {staged, staged}, values);
-        RequireModeOf(source, staged);
+        ProcessOnce(product, role, templateName, {staged, staged}, values);
+        RequireModeOf(workingCopy, staged);
         return staged;
     }
+    const std::string source = TemplateFile(product, templateName);
     const std::string standIn = staging.PathOf("templates/" + templateName);
     const ParamOverride directory(product.Core(), "ZET_CFG_DIR", staging.PathOf("templates"));
-    Process(product, role, templateName, {staged, staged}, values);
+    ProcessOnce(product, role, templateName, {staged, staged}, values);
     RequireModeOf(source, staged);
     NameWorkingCopy(staged, standIn, workingCopy);
     return staged;
 }
 
-std::string RenderStaged(Deployment& product, const Staging& staging, const std::string& templateName,
-                         StringMap* values) {
-    return Stage(product, product.Role(), staging, templateName, values);
+/// The values that are given come before the host's own.
+StringMap WithHostsValues(Deployment& product, const StringMap& values) {
+    StringMap all = values;
+    all.insert(product.Config().TemplatesValues().begin(), product.Config().TemplatesValues().end());
+    return all;
 }
 
-std::string RenderStagedFor(Deployment& product, const Staging& staging, const std::string& templateName,
-                            Role role) {
-    return Stage(product, role, staging, templateName, nullptr);
+}  // namespace
+
+std::string RenderStaged(Deployment& product, const Staging& staging, const std::string& templateName,
+                         StringMap* values) {
+    const std::unique_ptr<QuietLog> quiet = QuietAbout(product, TemplateFile(product, templateName));
+    StringMap all = WithHostsValues(product, values != nullptr ? *values : StringMap());
+    return Stage(product, product.Role(), staging, templateName, all);
 }
 
 std::string RenderQuietly(Deployment& product, const Staging& staging, const std::string& templateName,
                           Role role) {
     const QuietLog quiet(ZETLogError);
-    return RenderStagedFor(product, staging, templateName, role);
+    return Stage(product, role, staging, templateName, product.Config().TemplatesValues());
 }
 
 std::string RenderTemplateText(Deployment& product, const Staging& staging, Role role,
@@ -155,16 +174,9 @@ std::string RenderTemplateText(Deployment& product, const Staging& staging, Role
 
 void RenderOnce(Deployment& product, const std::string& templateName, const std::string& name,
                 const std::string& path, const StringMap& values) {
-    StringMap allValues = values;
-    allValues.insert(product.Config().TemplatesValues().begin(), product.Config().TemplatesValues().end());
+    StringMap all = WithHostsValues(product, values);
     const std::unique_ptr<QuietLog> quiet = QuietAbout(product, TemplateFile(product, templateName));
-    Perform(product, templateName, path, [&] {
-        const auto file =
-            product.Config().OpenConfigFileTemplate(templateName, name, NameOf(product.Role()), false);
-        if (!file) return;
-        file->ApplyTemplates(allValues);
-        file->Save(true);
-    });
+    ProcessOnce(product, product.Role(), templateName, {name, path}, all);
 }
 
 void InstallForHolder(Deployment& product, const std::string& templateName, const FileInPlace& place) {

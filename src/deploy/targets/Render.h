@@ -35,10 +35,6 @@ std::uintmax_t SizeOfTemplates(Host& host, const std::vector<Target>& targets);
 std::string RenderStaged(Deployment& product, const Staging& staging, const std::string& templateName,
                          StringMap* values = nullptr);
 
-/// The same for the other role.
-std::string RenderStagedFor(Deployment& product, const Staging& staging, const std::string& templateName,
-                            Role role);
-
 /// The same for a role; what the log has to say comes with the real rendering.
 std::string RenderQuietly(Deployment& product, const Staging& staging, const std::string& templateName,
                           Role role);
