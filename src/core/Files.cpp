@@ -5,11 +5,14 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
 
+#include "Batch.h"
 #include "Message.h"
 #include "PathArgument.h"
 #include "Sync.h"
 #include "posix/Descriptor.h"
+#include "posix/PathNames.h"
 #include "posix/Printable.h"
 #include "zet/ZETErrors.h"
 
@@ -59,6 +62,9 @@ void CreateFile(const std::string& path) {
     Descriptor file;
     const bool isNew = CreateOrEmpty(path, file);
     try {
+        CZETBatch::Implementation* const batch = CZETBatch::Implementation::Present();
+        if (batch != nullptr && batch->IsCollecting() && directory.Opened().IsOpen())
+            return batch->Collect({std::move(file), BaseNameOf(path)}, directory.Opened().Number(), path);
         SyncFile(file, path);
         directory.Sync();
     } catch (const EZETError&) {

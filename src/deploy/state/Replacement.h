@@ -39,6 +39,10 @@ class Replacement {
     /// Makes the reserve, unless there is one. From within a judge, or before `Make`.
     void KeepOriginal();
 
+    /// The same in two steps, between which a batch may name the reserves of many files.
+    void MakeReserve();
+    void ConfirmReserve();
+
     /// `mode` is what the file is going to have; the module does not tell when it could not set it.
     void Make(mode_t mode, const Operation& operation, const Judge& judge);
 
@@ -61,6 +65,7 @@ class Replacement {
     const FileVersion m_version;
     const FileState m_former;
     std::vector<std::string> m_newCompanions;  ///< their suffixes; a failed write takes them back
+    bool m_hadReserve = false;
     bool m_mayBeMade = false;
     bool m_isMade = false;
 };

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <memory>
 #include <system_error>
+#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
@@ -10,7 +11,6 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
-#include "deploy/state/Replacement.h"
 #include "deploy/targets/Secrets.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "zet/ZETFiles.h"
@@ -184,17 +184,30 @@ void InstallForHolder(Deployment& product, const std::string& templateName, cons
         product.Config().InstallConfigFileTemplate(templateName);
 }
 
-void RenderTarget(Deployment& product, const TargetToRender& target) {
-    const std::string& path = target.place.Path();
-    InstallForHolder(product, target.templateName, target.place);
-    const std::unique_ptr<QuietLog> quiet = QuietAbout(product, TemplateFile(product, target.templateName));
-    Replacement replacement(product, target.place, target.version);
-    replacement.KeepOriginal();
+TargetRendering::TargetRendering(Deployment& product, FileInPlace place, const TargetToRender& target)
+    : m_product(product),
+      m_place(std::move(place)),
+      m_target(target),
+      m_replacement(product, m_place, target.version) {}
+
+void TargetRendering::KeepOriginal() {
+    RemedyErrors("make room, or see to the rights of its directory", [&] {
+        if (!IsFileExist(WorkingCopy(m_product, m_target.templateName)))
+            m_product.Config().InstallConfigFileTemplate(m_target.templateName);
+    });
+    m_replacement.MakeReserve();
+}
+
+void TargetRendering::Write() {
+    const std::string& path = m_place.Path();
+    const std::unique_ptr<QuietLog> quiet =
+        QuietAbout(m_product, TemplateFile(m_product, m_target.templateName));
+    m_replacement.ConfirmReserve();
     const auto process = [&](const std::string& name) {
-        Process(product, target.role, target.templateName, {name, path}, nullptr);
+        Process(m_product, m_target.role, m_target.templateName, {name, path}, nullptr);
     };
-    replacement.Make(StateOf(target.staged).mode, process, [&](const std::string& made) {
-        if (HaveSameBytes(made, target.staged)) return;
+    m_replacement.Make(StateOf(m_target.staged).mode, process, [&](const std::string& made) {
+        if (HaveSameBytes(made, m_target.staged)) return;
         throw Failure({.file = path,
                        .text = "is not written, since its template was changed after it was checked",
                        .remedy = "run the command again"});

@@ -9,6 +9,7 @@
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/Staging.h"
 #include "deploy/state/Recording.h"
+#include "deploy/state/Replacement.h"
 #include "deploy/targets/Deployment.h"
 #include "deploy/targets/Targets.h"
 #include "zet/ZETTypes.h"
@@ -55,15 +56,31 @@ void InstallForHolder(Deployment& product, const std::string& templateName, cons
 /// A target that is rendered for good.
 struct TargetToRender {
     const std::string& templateName;
-    const FileInPlace& place;
     const std::string& staged;   ///< what it has to become
     const FileVersion& version;  ///< of what it replaces
     Role role;
 };
 
-/// Keeps what is there first. A working copy that is missing is installed. What comes out otherwise than in
-/// trial, and what somebody else wrote meanwhile, is a `Failure`; the target is as it was then.
-void RenderTarget(Deployment& product, const TargetToRender& target);
+/// Renders a target for good, in two steps: many originals are kept at once.
+class TargetRendering {
+  public:
+    /// `target` must live as long as the object.
+    TargetRendering(Deployment& product, FileInPlace place, const TargetToRender& target);
+
+    /// A working copy that is missing is installed. What one that did not come to its end has kept is taken
+    /// back.
+    void KeepOriginal();
+
+    /// With the original in its place. What comes out otherwise than in trial, and what somebody else wrote
+    /// meanwhile, is a `Failure`; the target is as it was then.
+    void Write();
+
+  private:
+    Deployment& m_product;
+    const FileInPlace m_place;
+    const TargetToRender m_target;
+    Replacement m_replacement;
+};
 
 }  // namespace ZET::Deploy
 
