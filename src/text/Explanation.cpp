@@ -1,6 +1,5 @@
 #include "text/Explanation.h"
 
-#include <optional>
 #include <utility>
 
 #include "text/Placeholders.h"
@@ -36,11 +35,12 @@ class Explainer {
     void Begin(ExplainedLines lines) {
         Flush();
         m_last = std::move(lines);
+        m_hasLast = true;
     }
 
     void Flush() {
-        if (m_last) m_take(*m_last);
-        m_last.reset();
+        if (m_hasLast) m_take(m_last);
+        m_hasLast = false;
     }
 
     void AddRegion(const ManagedRegion& region) {
@@ -94,8 +94,8 @@ class Explainer {
             line.templateLine = OriginOf(number).templateLine;
             line.placeholders = PlaceholdersAt(line.templateLine);
         }
-        if (m_last && Continues(*m_last, line)) {
-            m_last->last = number;
+        if (m_hasLast && Continues(m_last, line)) {
+            m_last.last = number;
         } else {
             Begin(std::move(line));
         }
@@ -138,7 +138,8 @@ class Explainer {
     const std::vector<TextLine>& m_templateLines;
     const std::vector<LineOrigin>& m_origins;
     const Take& m_take;
-    std::optional<ExplainedLines> m_last;
+    ExplainedLines m_last;
+    bool m_hasLast = false;
 };
 
 }  // namespace
@@ -178,16 +179,16 @@ void TextExplanation::ForEach(const std::function<void(const ExplainedLines& lin
 }
 
 ExplainedLines TextExplanation::Of(std::size_t line) const {
-    std::optional<ExplainedLines> found;
+    ExplainedLines found;
     ForEach([&](const ExplainedLines& lines) {
-        if (!found && lines.last >= line) found = lines;
+        if (lines.first <= line && line <= lines.last) found = lines;
     });
-    const bool isSingle = found->kind == Kind::Own || found->kind == Kind::FromTemplate ||
-                          found->kind == Kind::Differing || found->kind == Kind::Untraced;
-    if (!isSingle) return *found;
-    if (found->templateLine != 0) found->templateLine += line - found->first;
-    found->first = found->last = line;
-    return *found;
+    const bool isSingle = found.kind == Kind::Own || found.kind == Kind::FromTemplate ||
+                          found.kind == Kind::Differing || found.kind == Kind::Untraced;
+    if (!isSingle) return found;
+    if (found.templateLine != 0) found.templateLine += line - found.first;
+    found.first = found.last = line;
+    return found;
 }
 
 }  // namespace ZET::Text
