@@ -158,7 +158,8 @@ void ReadChunks(const std::string& path, const std::function<void(std::string_vi
         if (end > 0) take(std::string_view(block).substr(0, end));
         begun = block.size() - end;
         std::copy(block.begin() + static_cast<std::ptrdiff_t>(end), block.end(), block.begin());
-        if (begun > block.size() / 2) block.resize(begun * 2);
+        // Few steps to a very long line: each copies what is read of it.
+        if (begun > block.size() / 2) block.resize(begun * 4);
     }
 }
 
