@@ -35,8 +35,8 @@ class Place:
     """A directory of one work, with a configuration of its own."""
 
     def __init__(self, directory, build, sync="no"):
-        self.directory = pathlib.Path(directory)
-        self.build = pathlib.Path(build)
+        self.directory = pathlib.Path(directory).resolve()
+        self.build = pathlib.Path(build).resolve()
         self.sync = sync
         for name in ("templates", "state", "out"):
             (self.directory / name).mkdir(parents=True)
@@ -48,7 +48,7 @@ class Place:
         self.config = self.write(f"zet-{history}.conf", text)
 
     def run(self, *words):
-        subprocess.run(self.command(*words), check=True)
+        subprocess.run(self.command(*words), check=True, stdout=subprocess.DEVNULL)
 
     def write(self, name, text):
         path = self.directory / name
