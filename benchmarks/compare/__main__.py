@@ -10,8 +10,10 @@ import subprocess
 import sys
 import tempfile
 
+import charts
 import measure
 import report
+import sets
 import works
 from tools import ENGINE
 
@@ -21,7 +23,7 @@ def arguments():
     parser.add_argument("--build", type=pathlib.Path, required=True, help=argparse.SUPPRESS)
     parser.add_argument("--smoke", action="store_true", help="tiny texts, one round, only the bytes are judged")
     parser.add_argument("--rounds", type=int, default=15, help="how often each tool has its turn (%(default)s)")
-    parser.add_argument("--work", action="append", choices=[*works.WORKS, "growth", "syncing"],
+    parser.add_argument("--work", action="append", choices=[*works.WORKS, "growth", "syncing", "commit-synced"],
                         help="only this work; may be repeated")
     parser.add_argument("--skip", action="append", default=[], metavar="TOOL",
                         help="leave this tool out; may be repeated")
@@ -31,6 +33,8 @@ def arguments():
                         help="run the tools before everything else on their core, where a machine is shared (root)")
     parser.add_argument("--memory-dir", default="/dev/shm", help="where the texts are: a tmpfs (%(default)s)")
     parser.add_argument("--disk-dir", help="a real file system to measure syncing on (the build directory)")
+    parser.add_argument("--charts", type=pathlib.Path, metavar="DIR",
+                        help="draw the results of the last run, or of --json, into DIR, and measure nothing")
     parser.add_argument("--json", type=pathlib.Path, help="the results in full (BUILD/bench.json)")
     return parser.parse_args()
 
@@ -72,6 +76,16 @@ class Bench:
                    for factor in (1, 2, 4)]
         return report.growth_entry(name, medians)
 
+    def synced_commit(self):
+        print("commit-synced ...", file=sys.stderr)
+
+        def use(work):
+            work.name = "commit-synced"
+            return report.entry(work, measure.compare(work, self.rounds), judging=not self.options.smoke)
+
+        return self.in_place(lambda place: sets.first_commit(place, self.sizes), use,
+                             self.options.disk_dir or self.options.build, "yes")
+
     def syncing(self, synced):
         print("syncing ..." if synced else "not syncing ...", file=sys.stderr)
         return self.in_place(lambda place: works.synced_renders(place, self.sizes, synced),
@@ -93,6 +107,9 @@ def machine():
 
 def main():
     options = arguments()
+    if options.charts:
+        charts.draw(json.loads((options.json or options.build / "bench.json").read_text()), options.charts)
+        return 0
     bench = Bench(options)
     if not options.smoke:
         measure.touch_memory(options.memory_dir)
@@ -100,6 +117,7 @@ def main():
     judged = not options.smoke
     growth = [bench.growth(name) for name in works.GROWING] if judged and bench.wanted("growth") else []
     syncing = [bench.syncing(synced) for synced in (False, True)] if bench.wanted("syncing") else []
+    entries += [bench.synced_commit()] if bench.wanted("commit-synced") else []
     if options.smoke:
         print("every tool made the wanted bytes")
         return 0

@@ -7,6 +7,7 @@ import json
 import os
 import pathlib
 import shlex
+import shutil
 import statistics
 import subprocess
 import tempfile
@@ -31,6 +32,7 @@ class Result:
     tool: Tool
     memory: int  # bytes at the peak
     first: float  # seconds of the first run
+    calls: int | None = None  # of the system, in one run
     times: list = dataclasses.field(default_factory=list)
     cpu: list = dataclasses.field(default_factory=list)
 
@@ -102,6 +104,18 @@ def first_run(tool):
     return result
 
 
+def count_calls(tool):
+    """How many system calls a run makes; none where nobody can count them."""
+    if shutil.which("strace") is None:
+        return None
+    if tool.prepare:
+        _run(tool.prepare)
+    with tempfile.NamedTemporaryFile() as report:
+        _run(["strace", "-f", "-c", "-U", "calls,name", "-o", report.name, *tool.command])
+        total = next(line for line in pathlib.Path(report.name).read_text().splitlines() if line.endswith("total"))
+    return int(total.split()[0])
+
+
 def sample(result, runs):
     """Some timed runs, one after the other."""
     tool = result.tool
@@ -127,4 +141,6 @@ def compare(work, rounds):
                 sample(result, work.runs)
     for result in results:
         check(result.tool)
+        if work.counts_calls:
+            result.calls = count_calls(result.tool)
     return results

@@ -5,7 +5,7 @@ import statistics
 
 from tools import COMMAND, ENGINE, FLOOR, PEER
 
-MEMORY_FACTOR, MEMORY_EXTRA = 2.2, 8 * 1000 * 1000
+MEMORY_EXTRA = 8 * 1000 * 1000
 
 # A work counts as linear when four times the text takes at most 4 to the power of this.
 LINEAR_EXPONENT = 1.1
@@ -28,12 +28,16 @@ def judge(work, result, results):
     by_name = {other.tool.name: other for other in results}
     judged = []
     for goal in work.goals:
-        if goal.against not in by_name:
+        if goal.against == "seconds":
+            judged.append({"goal": f"{goal.factor:g} s", "limit": goal.factor, "reached": result.median,
+                           "met": result.median <= goal.factor})
+            continue
+        if goal.against not in by_name or goal.against == result.tool.name:
             continue
         ratio = result.median / by_name[goal.against].median
         judged.append({"goal": f"{goal.factor:g} of {goal.against}", "limit": goal.factor, "reached": ratio,
                        "met": ratio <= goal.factor})
-    limit = MEMORY_FACTOR * work.text_size + MEMORY_EXTRA
+    limit = work.memory_factor * work.text_size + MEMORY_EXTRA
     judged.append({"goal": f"memory {limit / 1e6:.1f} MB", "limit": limit, "reached": result.memory,
                    "met": result.memory <= limit})
     return judged
@@ -43,7 +47,7 @@ def entry(work, results, judging):
     """A work as JSON."""
     peers = [result for result in results if result.tool.kind == PEER and result.tool.safe]
     best = min(peers, key=lambda result: result.median) if peers else None
-    floor = next(result for result in results if result.tool.kind == FLOOR)
+    floor = next((result for result in results if result.tool.kind == FLOOR), None)
     rows = []
     for result in results:
         rows.append({
@@ -54,8 +58,9 @@ def entry(work, results, judging):
             "median_s": result.median / work.units,
             "cpu_s": statistics.median(result.cpu) / work.units,
             "to_best_peer": result.median / best.median if best else None,
-            "to_floor": result.median / floor.median,
+            "to_floor": result.median / floor.median if floor else None,
             "memory_bytes": result.memory,
+            "calls": result.calls / work.units if result.calls else None,
             "goals": judge(work, result, results) if judging else [],
             "times_s": result.times,
         })
@@ -93,7 +98,7 @@ def works_table(entries):
                 _time(row["median_s"]),
                 _time(row["cpu_s"]),
                 f"{ratio:.2f}" if ratio else "",
-                f"{row['to_floor']:.2f}",
+                f"{row['to_floor']:.2f}" if row["to_floor"] else "",
                 f"{row['memory_bytes'] / 1e6:.1f} MB",
                 _goals(row),
             ])

@@ -28,6 +28,7 @@ SERVER=server.example.org
 VALID_USER_NAMES=^[a-z_]+$
 VALID_GROUP_NAMES=^[a-z_]+$
 ZET_SYNC={sync}
+ZET_HISTORY={history}
 ZET_CFG_DIR={directory}/templates
 ZET_CFG_TEMPL_DIR={directory}/templates
 ZET_VAR_LIB_DIR={directory}/state

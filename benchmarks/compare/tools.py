@@ -32,7 +32,7 @@ class Tool:
 
 @dataclasses.dataclass
 class Goal:
-    """At most `factor` times what `against` takes."""
+    """At most `factor` times what `against` takes; against "seconds", so many."""
     factor: float
     against: str
 
@@ -46,6 +46,8 @@ class Work:
     goals: list
     units: int = 1  # files, where there are many
     runs: int = 1  # in each round
+    counts_calls: bool = False
+    memory_factor: float = 2.2  # how often the text may be in memory
 
 
 def in_shell(program, to, *arguments):

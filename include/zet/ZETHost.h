@@ -185,6 +185,36 @@ ZET_API void SetRenameGuard(ZETRenameGuard guard);
 /// same directory before them, or none. A process that was killed leaves such a copy behind.
 ZET_API bool IsCopyOf(const std::string& name, const std::string& to);
 
+/// Many files that the calling thread writes, with fewer syncs and the same promise for each: old or new, and
+/// a reserve whole or not there. First come all reserves: until `NameFiles`, what `CopyFile` and `CreateFile`
+/// make waits to be synced by several threads at once, a copy under a name of its own. Then come the saves,
+/// of which each text is durable before its name, as without a batch; only directories are synced once, at
+/// the end. One batch at a time in a thread.
+class ZET_API CZETBatch {
+  public:
+    CZETBatch();
+
+    /// What waits for its name is removed. What is done is made durable; nobody is told when that fails.
+    ~CZETBatch();
+    CZETBatch(const CZETBatch&) = delete;
+    CZETBatch& operator=(const CZETBatch&) = delete;
+
+    /// What comes next is about this file, as its reader knows it: messages name it and its directory so.
+    void SetSubject(const std::string& path);
+
+    /// Makes what waits durable and gives it its names, durable too. Throws `EZETError`; what has no name by
+    /// then never gets one.
+    void NameFiles();
+
+    /// All that was done is durable now. Throws `EZETError`.
+    void Finish();
+
+    class Implementation;
+
+  private:
+    std::unique_ptr<Implementation> m_implementation;
+};
+
 /// How many records of level 0 the process has put so far, shown or not: the module reports some failures
 /// only so.
 ZET_API std::size_t CountLoggedErrors();

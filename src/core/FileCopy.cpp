@@ -9,9 +9,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Attributes.h"
+#include "Batch.h"
 #include "Message.h"
 #include "PathArgument.h"
 #include "Sync.h"
@@ -80,12 +82,20 @@ class Copy {
         // Whoever set a link might want a copy of somebody else's program that stays as it is.
         const mode_t mode = source.status.st_mode;
         TakeOverAttributes(source, copy, source.isLinked ? ModeAllowedBy(source, mode) : mode);
-        SyncFile(copy.descriptor, m_name);
-        if (!copy.descriptor.Close()) Refuse();
+        m_descriptor = std::move(copy.descriptor);
     }
 
+    /// Durable before it has the name.
     void Rename() {
+        SyncFile(m_descriptor, m_name);
+        if (!m_descriptor.Close()) Refuse();
         if (std::rename(m_name.c_str(), m_to.c_str()) != 0) Refuse();
+        m_isThere = false;
+    }
+
+    /// It is the batch's from now on.
+    void LeaveTo(CZETBatch::Implementation& batch, int directory) {
+        batch.Collect({std::move(m_descriptor), BaseNameOf(m_name), BaseNameOf(m_to)}, directory, m_to);
         m_isThere = false;
     }
 
@@ -114,6 +124,7 @@ class Copy {
     const std::string& m_from;
     const std::string& m_to;
     std::string m_name;
+    Descriptor m_descriptor;
     bool m_isThere = false;
 };
 
@@ -138,6 +149,9 @@ void CopyFile(const std::string& from, const std::string& to) {
     const Core::ParentDirectory directory(to);
     Core::Copy copy(from, to);
     copy.Make();
+    CZETBatch::Implementation* const batch = CZETBatch::Implementation::Present();
+    if (batch != nullptr && batch->IsCollecting() && directory.Opened().IsOpen())
+        return copy.LeaveTo(*batch, directory.Opened().Number());
     copy.Rename();
     directory.Sync();
 }

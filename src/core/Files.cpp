@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <utility>
 
+#include "Batch.h"
 #include "Message.h"
 #include "PathArgument.h"
 #include "Sync.h"
@@ -47,6 +49,9 @@ void CreateFile(const std::string& path) {
     Descriptor file;
     const bool isNew = Core::CreateOrEmpty(path, file);
     try {
+        CZETBatch::Implementation* const batch = CZETBatch::Implementation::Present();
+        if (batch != nullptr && batch->IsCollecting() && directory.Opened().IsOpen())
+            return batch->Collect({std::move(file), BaseNameOf(path)}, directory.Opened().Number(), path);
         Core::SyncFile(file, path);
         directory.Sync();
     } catch (const EZETError&) {

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cerrno>
 
+#include "Batch.h"
 #include "Message.h"
 #include "posix/PathNames.h"
 
@@ -16,12 +17,12 @@ namespace {
 std::atomic<int> votes = 0;
 std::atomic<int> votesAgainst = 0;
 
-/// A file system that knows no syncing says so by EINVAL.
-bool SyncDescriptor(int number) {
-    return TEMP_FAILURE_RETRY(::fsync(number)) == 0 || errno == EINVAL;
-}
-
 }  // namespace
+
+/// A file system that knows no syncing says so by EINVAL.
+bool SyncQuietly(const Descriptor& file) {
+    return TEMP_FAILURE_RETRY(::fsync(file.Number())) == 0 || errno == EINVAL;
+}
 
 bool IsSyncing() {
     const int against = votesAgainst;
@@ -46,7 +47,7 @@ void SyncFile(const Descriptor& file, const std::string& path) {
     if (!IsSyncing()) return;
     if (!file.IsOpen())
         ::sync();
-    else if (!SyncDescriptor(file.Number()))
+    else if (!SyncQuietly(file))
         FailSystem(path, "Failed to sync file '%s': %m.", path.c_str());
 }
 
@@ -63,8 +64,9 @@ void ParentDirectory::Sync() const {
         ::sync();
         return;
     }
-    if (!SyncDescriptor(m_descriptor.Number()))
-        FailSystem(m_path, "Failed to sync directory '%s': %m.", m_path.c_str());
+    if (CZETBatch::Implementation* const batch = CZETBatch::Implementation::Present())
+        return batch->SyncLater(m_descriptor.Number(), m_path);
+    if (!SyncQuietly(m_descriptor)) FailSystem(m_path, "Failed to sync directory '%s': %m.", m_path.c_str());
 }
 
 }  // namespace ZET::Core

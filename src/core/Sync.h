@@ -29,14 +29,20 @@ class SyncVote {
 /// opened cannot be synced by itself: then everything is.
 void SyncFile(const Descriptor& file, const std::string& path);
 
+/// False, with `errno`. A file system that knows no syncing counts as done.
+bool SyncQuietly(const Descriptor& file);
+
 /// The directory in which a path stands. It is opened before the change, so that as little as possible can
 /// fail after it.
 class ParentDirectory {
   public:
     explicit ParentDirectory(const std::string& path);
 
-    /// Makes the directory's names durable.
+    /// Makes the directory's names durable, or leaves that to the batch of this thread.
     void Sync() const;
+
+    /// None when it could not be opened, or nothing is synced.
+    const Descriptor& Opened() const { return m_descriptor; }
 
   private:
     std::string m_path;

@@ -1,8 +1,7 @@
 #include "text/Explanation.h"
 
-#include <algorithm>
+#include <utility>
 
-#include "text/Lines.h"
 #include "text/Placeholders.h"
 
 namespace ZET::Text {
@@ -13,12 +12,13 @@ using Kind = ExplainedLines::Kind;
 
 class Explainer {
   public:
-    Explainer(const ManagedText& text, bool isMade, std::string_view templateText)
-        : m_text(text), m_isMade(isMade), m_templateLines(SplitLines(templateText)) {
-        if (isMade) m_origins = TraceLines(text, templateText);
-    }
+    using Take = std::function<void(const ExplainedLines& lines)>;
 
-    std::vector<ExplainedLines> Explain() {
+    Explainer(const ManagedText& text, bool isMade, const std::vector<TextLine>& templateLines,
+              const std::vector<LineOrigin>& origins, const Take& take)
+        : m_text(text), m_isMade(isMade), m_templateLines(templateLines), m_origins(origins), m_take(take) {}
+
+    void Explain() {
         for (const ManagedRegion& region : m_text.Regions()) {
             if (region.kind == RegionKind::Ordinary) {
                 for (std::size_t number = region.first; number <= region.last; ++number)
@@ -27,10 +27,22 @@ class Explainer {
                 AddRegion(region);
             }
         }
-        return std::move(m_explanation);
+        Flush();
     }
 
   private:
+    /// The lines before are told, and these are the ones that others may continue.
+    void Begin(ExplainedLines lines) {
+        Flush();
+        m_last = std::move(lines);
+        m_hasLast = true;
+    }
+
+    void Flush() {
+        if (m_hasLast) m_take(m_last);
+        m_hasLast = false;
+    }
+
     void AddRegion(const ManagedRegion& region) {
         ExplainedLines lines{KindOf(region),  region.first,      region.last,
                              region.isClosed, region.formerLine, region.block};
@@ -40,7 +52,7 @@ class Explainer {
         } else if (region.kind == RegionKind::Block) {
             AddContent(lines);
         }
-        m_explanation.push_back(std::move(lines));
+        Begin(std::move(lines));
     }
 
     static Kind KindOf(const ManagedRegion& region) {
@@ -82,10 +94,10 @@ class Explainer {
             line.templateLine = OriginOf(number).templateLine;
             line.placeholders = PlaceholdersAt(line.templateLine);
         }
-        if (!m_explanation.empty() && Continues(m_explanation.back(), line)) {
-            m_explanation.back().last = number;
+        if (m_hasLast && Continues(m_last, line)) {
+            m_last.last = number;
         } else {
-            m_explanation.push_back(std::move(line));
+            Begin(std::move(line));
         }
     }
 
@@ -123,9 +135,11 @@ class Explainer {
 
     const ManagedText& m_text;
     bool m_isMade;
-    std::vector<TextLine> m_templateLines;
-    std::vector<LineOrigin> m_origins;
-    std::vector<ExplainedLines> m_explanation;
+    const std::vector<TextLine>& m_templateLines;
+    const std::vector<LineOrigin>& m_origins;
+    const Take& m_take;
+    ExplainedLines m_last;
+    bool m_hasLast = false;
 };
 
 }  // namespace
@@ -155,20 +169,26 @@ const char* NameOf(ExplainedLines::Kind kind) {
     return "untraced";
 }
 
-std::vector<ExplainedLines> ExplainText(const ManagedText& text, bool isMade, std::string_view templateText) {
-    return Explainer(text, isMade, templateText).Explain();
+TextExplanation::TextExplanation(const ManagedText& text, bool isMade, std::string_view templateText)
+    : m_text(text), m_isMade(isMade), m_templateLines(SplitLines(templateText)) {
+    if (isMade) m_origins = TraceLines(text, templateText);
 }
 
-ExplainedLines ExplanationOf(const std::vector<ExplainedLines>& explanation, std::size_t line) {
-    ExplainedLines lines =
-        *std::find_if(explanation.begin(), explanation.end(),
-                      [&](const ExplainedLines& candidate) { return candidate.last >= line; });
-    const bool isSingle = lines.kind == Kind::Own || lines.kind == Kind::FromTemplate ||
-                          lines.kind == Kind::Differing || lines.kind == Kind::Untraced;
-    if (!isSingle) return lines;
-    if (lines.templateLine != 0) lines.templateLine += line - lines.first;
-    lines.first = lines.last = line;
-    return lines;
+void TextExplanation::ForEach(const std::function<void(const ExplainedLines& lines)>& take) const {
+    Explainer(m_text, m_isMade, m_templateLines, m_origins, take).Explain();
+}
+
+ExplainedLines TextExplanation::Of(std::size_t line) const {
+    ExplainedLines found;
+    ForEach([&](const ExplainedLines& lines) {
+        if (lines.first <= line && line <= lines.last) found = lines;
+    });
+    const bool isSingle = found.kind == Kind::Own || found.kind == Kind::FromTemplate ||
+                          found.kind == Kind::Differing || found.kind == Kind::Untraced;
+    if (!isSingle) return found;
+    if (found.templateLine != 0) found.templateLine += line - found.first;
+    found.first = found.last = line;
+    return found;
 }
 
 }  // namespace ZET::Text

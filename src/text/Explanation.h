@@ -2,11 +2,13 @@
 #define ZET_EXPLANATION_H
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "text/LineOrigin.h"
+#include "text/Lines.h"
 #include "text/ManagedText.h"
 
 namespace ZET::Text {
@@ -41,12 +43,25 @@ struct ExplainedLines {
 /// "own", "gap", "former-line", ...
 const char* NameOf(ExplainedLines::Kind kind);
 
-/// Explains every line, in their order. `isMade` says that the file was made from a template, `templateText`
-/// is what the template holds. The explanation quotes the text, which must outlive it.
-std::vector<ExplainedLines> ExplainText(const ManagedText& text, bool isMade, std::string_view templateText);
+/// Explains every line of a text, in their order. `isMade` says that the file was made from a template,
+/// `templateText` is what the template holds. One explanation comes after the other: of a large one, no more
+/// is in memory than the text and where its regions are. What is given must outlive the object; the
+/// explanations quote the text.
+class TextExplanation {
+  public:
+    TextExplanation(const ManagedText& text, bool isMade, std::string_view templateText);
 
-/// The explanation that holds for that one line.
-ExplainedLines ExplanationOf(const std::vector<ExplainedLines>& explanation, std::size_t line);
+    void ForEach(const std::function<void(const ExplainedLines& lines)>& take) const;
+
+    /// The explanation that holds for that one line.
+    ExplainedLines Of(std::size_t line) const;
+
+  private:
+    const ManagedText& m_text;
+    bool m_isMade;
+    std::vector<TextLine> m_templateLines;
+    std::vector<LineOrigin> m_origins;
+};
 
 }  // namespace ZET::Text
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include "text/Lines.h"
 #include "text/repair/NearMarker.h"
@@ -73,6 +74,7 @@ void RegionScan::Take(std::string_view lines) {
         if (!hasOtherDashes && !m_notices.IsInside()) {
             const std::string_view others = LinesBefore(lines, static_cast<std::size_t>(dash - lines.data()));
             m_number += CountLines(others);
+            m_hasText = m_hasText || others.find_first_not_of('\n') != std::string_view::npos;
             lines.remove_prefix(others.size());
             if (lines.empty()) return;
         }
@@ -81,10 +83,33 @@ void RegionScan::Take(std::string_view lines) {
         ++m_number;
         if (dash < lines.data()) dash = next('-');
         const Marker marker = mentionsMarker ? MarkerOf(line) : Marker::None;
+        LookForSpots(line, marker);
         m_isSound = m_isSound && TakeLineOf(line, mentionsMarker, marker);
         if (!mentionsMarker) continue;
         m_hasRegions = m_hasRegions || marker == Marker::BlockBegin || marker == Marker::Notice;
         mention = next(kMarkerStart);
+    }
+}
+
+/// A kept former line stands right before its block, the one notice above everything else, and a marker alone
+/// in its line.
+void RegionScan::LookForSpots(std::string_view line, Marker marker) {
+    const std::size_t former = std::exchange(m_formerLine, marker == Marker::FormerLine ? m_number : 0);
+    const bool hasBlock = former == 0 || (former + 1 == m_number && marker == Marker::BlockBegin);
+    const bool isAlone =
+        marker == Marker::None || marker == Marker::FormerLine || line.size() == MarkerText(marker).size();
+    m_isSpotless = m_isSpotless && hasBlock && isAlone && IsInPlace(marker);
+    m_hasText = m_hasText || !line.empty();
+}
+
+bool RegionScan::IsInPlace(Marker marker) const {
+    switch (marker) {
+        case Marker::Notice:
+            return !m_hasText;
+        case Marker::CommentEnd:
+            return m_notices.IsInside() && !m_blocks.IsInside();
+        default:
+            return marker != Marker::TemplateComment;
     }
 }
 

@@ -26,10 +26,16 @@ class RegionScan {
     /// After the last line.
     bool IsSound() const { return m_isSound && !m_blocks.IsInside() && !m_notices.IsInside(); }
 
+    /// The same, and with the texts of notices nothing at all is there that a diagnosis would tell of: what
+    /// has damage of any kind has none of these.
+    bool IsSpotless() const { return IsSound() && m_isSpotless && m_formerLine == 0; }
+
     /// Whether there are managed blocks or notices.
     bool HasRegions() const { return m_hasRegions; }
 
   private:
+    void LookForSpots(std::string_view line, Marker marker);
+    bool IsInPlace(Marker marker) const;
     bool TakeLineOf(std::string_view line, bool mentionsMarker, Marker marker);
     bool TakeMention(std::string_view line, Marker marker);
     bool TakeBlockMarker(Marker marker);
@@ -38,6 +44,9 @@ class RegionScan {
 
     const NoticeTexts* m_noticeTexts;
     bool m_isSound = true;
+    bool m_isSpotless = true;
+    bool m_hasText = false;        ///< a line that is not empty
+    std::size_t m_formerLine = 0;  ///< the number of a kept former line, until its block begins
     bool m_hasRegions = false;
     std::size_t m_number = 0;
     RegionFollower m_blocks = RegionFollower::OfBlocks();

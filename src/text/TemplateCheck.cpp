@@ -49,8 +49,24 @@ class TemplateChecker {
           m_used(used),
           m_hasNotice(hasNotice) {
         for (const auto& value : values) {
-            if (value.second.find('$') == std::string::npos) m_plainValues.emplace(value.first, &value);
+            if (value.second.find('$') == std::string::npos)
+                m_plainValues.emplace(value.first, PlainValue{&value});
             m_hasLineFeeds = m_hasLineFeeds || value.second.find('\n') != std::string::npos;
+        }
+    }
+
+    /// Where a line is no first line any more, only a placeholder or a marker can make a difference: the
+    /// others are counted, and not looked at one by one, which takes a third of the time.
+    void TakeLines(std::string_view lines) {
+        const char* const end = lines.data() + lines.size();
+        const auto next = [&](auto what) { return lines.data() + std::min(lines.find(what), lines.size()); };
+        const char* dollar = next('$');
+        const char* marker = next(kMarkerStart);
+        while (!lines.empty()) {
+            if (dollar < lines.data()) dollar = next('$');
+            if (marker < lines.data()) marker = next(kMarkerStart);
+            if (m_hasFirstLine) Skip(lines, std::min({dollar, marker, end}));
+            if (!lines.empty()) Take(TakeLine(lines).text);
         }
     }
 
@@ -72,6 +88,18 @@ class TemplateChecker {
     }
 
   private:
+    struct PlainValue {
+        const StringMap::value_type* value;
+        bool isUsed = false;  ///< and noted
+    };
+
+    /// Takes the lines off that stand before the one at `place`.
+    void Skip(std::string_view& lines, const char* place) {
+        const std::string_view others = LinesBefore(lines, static_cast<std::size_t>(place - lines.data()));
+        m_line += static_cast<int>(CountLines(others));
+        lines.remove_prefix(others.size());
+    }
+
     /// How much of what the line renders to has to be looked at: until the first lines are found all of it,
     /// and then no more than can be a marker.
     std::size_t WantedOf(std::string_view line) const {
@@ -83,6 +111,11 @@ class TemplateChecker {
         if (m_rendered.size() < wanted) m_rendered.append(text.substr(0, wanted - m_rendered.size()));
     }
 
+    void Note(PlainValue& plain) {
+        if (m_used != nullptr && !plain.isUsed) m_used->insert(plain.value->first);
+        plain.isUsed = true;
+    }
+
     /// Whether every placeholder of the line has a value, and none leads to another: most lines are like
     /// that, and cost two searches.
     bool IsPlain(std::string_view line, std::size_t wanted) {
@@ -91,11 +124,13 @@ class TemplateChecker {
         for (PlaceholderRange range; (range = NextPlaceholder(line, done)).IsThere(); done = range.end) {
             if (!range.IsClosed()) return false;
             const auto value = m_plainValues.find(range.In(line));
-            if (value == m_plainValues.end() || value->second->second.size() > left) return false;
-            left -= value->second->second.size();
+            if (value == m_plainValues.end()) return false;
+            const std::string& text = value->second.value->second;
+            if (text.size() > left) return false;
+            left -= text.size();
             Render(line.substr(done, range.begin - done), wanted);
-            Render(value->second->second, wanted);
-            if (m_used != nullptr) m_used->insert(value->second->first);
+            Render(text, wanted);
+            Note(value->second);
         }
         Render(line.substr(done), wanted);
         return true;
@@ -217,7 +252,7 @@ class TemplateChecker {
     const std::string& m_file;
     const StringMap& m_values;
     std::size_t m_longestKey;
-    std::unordered_map<std::string_view, const StringMap::value_type*> m_plainValues;  ///< those without "$"
+    std::unordered_map<std::string_view, PlainValue> m_plainValues;  ///< those without "$"
     std::set<std::string>* m_used;
     const bool m_hasNotice;
     int m_line = 0;
@@ -235,7 +270,7 @@ class TemplateChecker {
 std::vector<Problem> CheckTemplate(const std::string& file, const LineSource& lines, const StringMap& values,
                                    std::set<std::string>* used, bool hasNotice) {
     TemplateChecker checker(file, values, used, hasNotice);
-    lines([&](std::string_view line) { checker.Take(line); });
+    lines([&](std::string_view piece) { checker.TakeLines(piece); });
     return checker.End();
 }
 

@@ -12,8 +12,8 @@
 
 namespace ZET::Text {
 
-/// Hands the lines of a text to `take`, one after the other, without their line feeds.
-using LineSource = std::function<void(const std::function<void(std::string_view line)>& take)>;
+/// Hands a text to `take` in pieces of whole lines, with their line feeds; a piece is not empty.
+using LineSource = std::function<void(const std::function<void(std::string_view lines)>& take)>;
 
 /// What keeps a template from becoming a file that one would want: a placeholder without a value or without
 /// an end, a value that reproduces itself; in the lines that it renders to, markers that are not balanced or

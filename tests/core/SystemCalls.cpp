@@ -81,6 +81,7 @@ int SystemCalls::Count(const std::string& name) const {
 }
 
 bool SystemCalls::Take(const std::string& name, const std::string& path) {
+    const std::lock_guard<std::recursive_mutex> lock(m_mutex);
     m_counts[name]++;
     m_calls.push_back(name + " " + path);
     if (const auto each = m_eachAction) {
@@ -124,6 +125,11 @@ void sync() noexcept {
 int rename(const char* from, const char* to) noexcept {
     if (IsToFail("rename", LastComponent(from) + " " + LastComponent(to))) return -1;
     return Original(&rename, "rename")(from, to);
+}
+
+int renameat(int fromDirectory, const char* from, int toDirectory, const char* to) noexcept {
+    if (IsToFail("rename", LastComponent(from) + " " + LastComponent(to))) return -1;
+    return Original(&renameat, "renameat")(fromDirectory, from, toDirectory, to);
 }
 
 int unlink(const char* path) noexcept {

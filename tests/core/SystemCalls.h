@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
@@ -51,6 +52,7 @@ class SystemCalls {
         bool once;
     };
 
+    std::recursive_mutex m_mutex;  ///< files are synced by several threads
     std::vector<std::string> m_calls;
     std::map<std::string, int> m_counts;
     std::map<std::string, Failure> m_failures;

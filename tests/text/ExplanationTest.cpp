@@ -6,9 +6,8 @@
 #include <vector>
 
 using ZET::Text::ExplainedLines;
-using ZET::Text::ExplainText;
-using ZET::Text::ExplanationOf;
 using ZET::Text::ManagedText;
+using ZET::Text::TextExplanation;
 using Kind = ZET::Text::ExplainedLines::Kind;
 
 namespace {
@@ -21,6 +20,14 @@ constexpr char kMade[] =
     "x=EXAMPLE\n"
     "c\n";
 constexpr char kTemplate[] = "a\nb\nx=${realm}\nc\n";
+
+std::vector<ExplainedLines> ExplainText(const ManagedText& text, bool isMade, const char* templateText) {
+    std::vector<ExplainedLines> all;
+    TextExplanation(text, isMade, templateText).ForEach([&](const ExplainedLines& lines) {
+        all.push_back(lines);
+    });
+    return all;
+}
 
 }  // namespace
 
@@ -46,7 +53,7 @@ TEST(FileExplanation, LinesWithoutPlaceholdersAreExplainedTogether) {
 
 TEST(FileExplanation, OneLineOfSeveralHasItsOwnTemplateLine) {
     const ManagedText text(kMade);
-    const ExplainedLines line = ExplanationOf(ExplainText(text, true, kTemplate), 4);
+    const ExplainedLines line = TextExplanation(text, true, kTemplate).Of(4);
     EXPECT_EQ(line.first, 4U);
     EXPECT_EQ(line.last, 4U);
     EXPECT_EQ(line.templateLine, 2U);
@@ -62,7 +69,7 @@ TEST(FileExplanation, LinesOfAFileThatWasNotMadeAreTheAdministrators) {
 
 TEST(FileExplanation, BlockTellsItsContentAndWhatStoodThere) {
     const ManagedText text("# --PRE-ZET-- old\n# ---ZET_BEGIN---\nnew\n# ----ZET_END----\n");
-    const ExplainedLines block = ExplanationOf(ExplainText(text, false, ""), 3);
+    const ExplainedLines block = TextExplanation(text, false, "").Of(3);
     EXPECT_EQ(block.kind, Kind::Block);
     EXPECT_EQ(block.first, 2U);
     EXPECT_EQ(block.last, 4U);
@@ -73,9 +80,9 @@ TEST(FileExplanation, BlockTellsItsContentAndWhatStoodThere) {
 
 TEST(FileExplanation, EmptyLineBeforeAnAppendedBlockCameWithIt) {
     const ManagedText text("a\n\n# ---ZET_BEGIN---\nx\n# ----ZET_END----\n");
-    const std::vector<ExplainedLines> explanation = ExplainText(text, false, "");
-    EXPECT_EQ(ExplanationOf(explanation, 2).kind, Kind::Gap);
-    EXPECT_EQ(ExplanationOf(explanation, 4).formerLine, 0U);
+    const TextExplanation explanation(text, false, "");
+    EXPECT_EQ(explanation.Of(2).kind, Kind::Gap);
+    EXPECT_EQ(explanation.Of(4).formerLine, 0U);
 }
 
 TEST(FileExplanation, FormerLineKnowsWhetherItsBlockIsThere) {

@@ -23,6 +23,14 @@ std::vector<std::string> Descriptions(const std::string& text, const StringMap& 
     return descriptions;
 }
 
+/// The same of a text of which no line can be passed over: a "$" alone is a placeholder nowhere.
+std::vector<std::string> WithEachLineLookedAt(const std::string& text) {
+    std::string dollars;
+    for (const TextLine& line : SplitLines(text))
+        dollars.append(line.text).append(line.text.empty() ? "" : " $").append(line.hasLineFeed ? "\n" : "");
+    return Descriptions(dollars);
+}
+
 std::string NoValue(const std::string& place, const std::string& placeholder) {
     return "t.conf:" + place + ": placeholder \"" + placeholder +
            "\" has no value (use one that \"values\" lists, or correct its name)";
@@ -241,6 +249,31 @@ TEST(TemplateCheck, PlaceholdersThatItAsksForAreUsed) {
     std::set<std::string> used;
     CheckTemplate("t.conf", LinesOf("${both} ${unknown}\n# ${self}\n"), kValues, &used);
     EXPECT_THAT(used, ElementsAre("${both}", "${realm}", "${server}", "${unknown}"));
+}
+
+TEST(TemplateCheck, LinesThatArePassedOverWouldNotHaveBeenToldOf) {
+    const std::vector<std::string> pieces = {"plain\n",
+                                             "# a comment\n",
+                                             "\n",
+                                             "x=${realm}\n",
+                                             "y=${nobody}\n",
+                                             "# ---ZET_BEGIN---\n",
+                                             "# ----ZET_END----\n",
+                                             "# --ZET_TEMPLATE_COMMENT--\n",
+                                             "# --ZET_COMMENT_END--\n",
+                                             "a # --ZET_COMMENT_END--\n"};
+    // Each text of three pieces behind a first line, in one piece and line by line.
+    const std::size_t count = pieces.size();
+    for (std::size_t number = 0; number < count * count * count; ++number) {
+        std::string text = "first\n";
+        for (std::size_t rest = number, i = 0; i < 3; ++i, rest /= count)
+            text += pieces[rest % count];
+        text += "last";
+        EXPECT_EQ(Descriptions(text), WithEachLineLookedAt(text)) << text;
+        EXPECT_EQ(CheckTemplate("t", LinesOf(text), kValues).size(),
+                  CheckTemplate("t", LineByLine(text), kValues).size())
+            << text;
+    }
 }
 
 }  // namespace

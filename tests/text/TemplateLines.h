@@ -2,17 +2,28 @@
 #define ZET_TEMPLATE_LINES_H
 
 #include <string>
+#include <string_view>
 
 #include "text/Lines.h"
 #include "text/TemplateCheck.h"
 
 namespace ZET::Text {
 
-/// The lines of a template that is no file.
+/// The text of a template that is no file, in one piece.
 inline LineSource LinesOf(const std::string& text) {
     return [text](const auto& take) {
-        for (const TextLine& line : SplitLines(text))
-            take(line.text);
+        if (!text.empty()) take(text);
+    };
+}
+
+/// The same in pieces of one line each: nothing can be passed over.
+inline LineSource LineByLine(const std::string& text) {
+    return [text](const auto& take) {
+        for (std::string_view rest = text; !rest.empty();) {
+            const std::string_view all = rest;
+            TakeLine(rest);
+            take(all.substr(0, all.size() - rest.size()));
+        }
     };
 }
 

@@ -286,11 +286,10 @@ int Explain(Session& session, const ExplainOptions& asked) {
     Teller teller(session, file);
     teller.TellFile();
     if (line != 0) {
-        teller.Tell(Text::ExplanationOf(file.lines, line), line);
+        teller.Tell(file.lines->Of(line), line);
     } else {
         teller.TellFileInWords();
-        for (const Text::ExplainedLines& lines : file.lines)
-            teller.Tell(lines, 0);
+        file.lines->ForEach([&](const Text::ExplainedLines& lines) { teller.Tell(lines, 0); });
     }
     teller.TellWhatIsHidden();
     return kDone;

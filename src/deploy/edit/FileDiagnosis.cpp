@@ -9,6 +9,7 @@
 #include "deploy/host/UnifiedDiff.h"
 #include "deploy/targets/FileOrigin.h"
 #include "deploy/targets/ShownDiff.h"
+#include "text/RegionScan.h"
 
 namespace ZET::Deploy {
 
@@ -31,13 +32,24 @@ std::string RepairDiff(const std::string& path, const std::string& read, const s
     return UnifiedDiff(before, after, ShownPath(path));
 }
 
+/// Of a file that is in order, as most are, nothing is in memory but a piece of it.
+bool IsSpotless(const std::string& path, const Text::NoticeTexts& noticeTexts) {
+    Text::RegionScan scan(&noticeTexts);
+    ReadChunks(path, [&](std::string_view lines) { scan.Take(lines); });
+    return scan.IsSpotless();
+}
+
 }  // namespace
 
 FileDiagnosis DiagnoseFile(Deployment& product, const std::string& file) {
     FileDiagnosis result;
     result.path = FileToRead(product, file);
-    const std::string bytes = ReadFileBytes(result.path);
     const Text::NoticeTexts noticeTexts = WrittenNoticeTexts(product.Core());
+    if (IsSpotless(result.path, noticeTexts)) {
+        result.isPrivate = product.HostSecrets().IsPrivate(product.FilePath(file));
+        return result;
+    }
+    const std::string bytes = ReadFileBytes(result.path);
     const FileOrigin origin = FindOrigin(product, file, Text::ManagedText(bytes), noticeTexts);
     result.isPrivate = origin.isPrivate;
     const bool hasCarriageReturns = bytes.find('\r') != std::string::npos;

@@ -89,8 +89,9 @@ void FileEdit::Apply(const Operation& operation, bool noBackup, const Replacemen
             replacement.Former().mode, [&](const std::string& name) { Perform(operation, name); },
             [&](const std::string& made) {
                 judge(made);
-                recording.Plan(m_path, Capture(made, m_product.HostHistory().Limits().largestText),
-                               Recording::Attributes::OfTheFileBefore);
+                if (recording.IsOn())
+                    recording.Plan(m_path, Capture(made, m_product.HostHistory().Limits().largestText),
+                                   Recording::Attributes::OfTheFileBefore);
                 recording.Begin();
                 if (!noBackup) replacement.KeepOriginal();
             });

@@ -1,7 +1,5 @@
 #include "deploy/edit/FileExplanation.h"
 
-#include <algorithm>
-
 #include "deploy/edit/Edits.h"
 #include "deploy/host/Companions.h"
 #include "deploy/host/FileBytes.h"
@@ -11,10 +9,12 @@
 namespace ZET::Deploy {
 
 bool FileExplanation::HasUntracedLines() const {
-    return std::any_of(lines.begin(), lines.end(), [](const Text::ExplainedLines& each) {
-        return each.kind == Text::ExplainedLines::Kind::Untraced ||
-               each.kind == Text::ExplainedLines::Kind::Differing;
+    bool has = false;
+    lines->ForEach([&](const Text::ExplainedLines& each) {
+        has = has || each.kind == Text::ExplainedLines::Kind::Untraced ||
+              each.kind == Text::ExplainedLines::Kind::Differing;
     });
+    return has;
 }
 
 /// What was told of a command when others could read the file is not told any more.
@@ -27,14 +27,17 @@ FileExplanation ExplainFile(Deployment& product, const std::string& file) {
     FileExplanation result;
     result.path = FileToRead(product, file);
     result.text = std::make_unique<const std::string>(ReadFileBytes(result.path));
-    const Text::ManagedText text(*result.text);
+    result.regions = std::make_unique<const Text::ManagedText>(*result.text);
+    const Text::ManagedText& text = *result.regions;
     result.lineCount = text.LineCount();
     result.origin = FindOrigin(product, file, text, WrittenNoticeTexts(product.Core()));
     result.isHidden = product.HostSecrets().Hides(result.path);
     result.reserve = ReserveOf(result.path);
     result.hadNoFile = result.reserve.empty() && IsFileExist(result.path + ZETAbsenceSuffix);
     const std::string& source = result.origin.templateFile;
-    result.lines = Text::ExplainText(text, result.origin.isMade, source.empty() ? "" : ReadFileBytes(source));
+    result.templateText = std::make_unique<const std::string>(source.empty() ? "" : ReadFileBytes(source));
+    result.lines =
+        std::make_unique<const Text::TextExplanation>(text, result.origin.isMade, *result.templateText);
     result.ages = AgesOfLines(product, file, *result.text);
     if (result.isHidden) HideWords(result.ages);
     return result;

@@ -23,7 +23,9 @@ struct FileExplanation {
     bool isHidden = false;   ///< its texts are not for this reader
     std::size_t lineCount = 0;
     std::unique_ptr<const std::string> text;  ///< which the lines quote
-    std::vector<Text::ExplainedLines> lines;
+    std::unique_ptr<const Text::ManagedText> regions;
+    std::unique_ptr<const std::string> templateText;
+    std::unique_ptr<const Text::TextExplanation> lines;
     std::vector<std::optional<LineAge>> ages;  ///< at the line's number less one; empty: nothing is known
 
     bool HasUntracedLines() const;

@@ -22,11 +22,11 @@ Explanation Explain(Product& product, const std::string& file) {
         Use(product, [&](Deployment& deployment) { return ExplainFile(deployment, file); });
     Explanation result{found.path,    found.origin.templateName, found.origin.templateFile,
                        found.reserve, found.hadNoFile,           {}};
-    for (const Text::ExplainedLines& lines : found.lines) {
+    found.lines->ForEach([&](const Text::ExplainedLines& lines) {
         result.regions.push_back({NameOf(lines.kind), lines.first, lines.last, lines.isClosed,
                                   lines.templateLine, lines.formerLine, lines.block,
                                   found.isHidden ? "" : std::string(lines.formerText), lines.placeholders});
-    }
+    });
     return result;
 }
 

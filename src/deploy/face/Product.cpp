@@ -40,8 +40,7 @@ std::vector<ListedTarget> ListTargets(Product& product) {
 std::vector<Problem> CheckTemplate(const StringMap& values, const std::string& text,
                                    const std::string& file) {
     const auto lines = [&](const auto& take) {
-        for (const Text::TextLine& line : Text::SplitLines(text))
-            take(line.text);
+        if (!text.empty()) take(text);
     };
     return Text::CheckTemplate(file, lines, values);
 }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <utility>
 
@@ -13,7 +14,6 @@
 #include "deploy/host/Remedy.h"
 #include "posix/Descriptor.h"
 #include "posix/ReadWrite.h"
-#include "text/Lines.h"
 
 namespace ZET::Deploy {
 
@@ -50,9 +50,16 @@ std::size_t RoomFor(const struct stat& status) {
     return std::min(kBlock, static_cast<std::size_t>(status.st_size) + 1);
 }
 
-/// Fills `block` from `start` on, as far as the file reaches; returns how much of it is filled then.
-std::size_t ReadBlock(int descriptor, const std::string& path, std::string& block, std::size_t start = 0) {
-    while (start < block.size()) {
+/// The size of a file that tells it: who has read so much need not ask for more.
+std::size_t SizeTold(const struct stat& status) {
+    return status.st_size > 0 ? static_cast<std::size_t>(status.st_size) : SIZE_MAX;
+}
+
+/// Fills `block` from `start` on, as far as the file reaches, or until `enough` is read; returns how much of
+/// it is filled then.
+std::size_t ReadBlock(int descriptor, const std::string& path, std::string& block, std::size_t start = 0,
+                      std::size_t enough = SIZE_MAX) {
+    while (start < block.size() && start != enough) {
         const ssize_t count = ReadSome(descriptor, block.data() + start, block.size() - start);
         if (count == 0) break;
         if (count < 0) Fail(path, "cannot be read");
@@ -135,34 +142,14 @@ FileVersion VersionOf(const std::string& path) {
     return VersionIn(AT_FDCWD, path, path);
 }
 
-void ReadLines(const std::string& path, const std::function<void(std::string_view line)>& take) {
-    const Descriptor descriptor(OpenToRead(path));
-    std::string block(RoomFor(OpenedStatus(descriptor, path)), '\0');
-    std::string begun;  // a line that the last block did not end
-    for (std::size_t count = block.size(); count == block.size();) {
-        count = ReadBlock(descriptor, path, block);
-        std::string_view rest = std::string_view(block).substr(0, count);
-        while (!rest.empty()) {
-            const Text::TextLine line = Text::TakeLine(rest);
-            if (begun.empty() && line.hasLineFeed) {
-                take(line.text);
-                continue;
-            }
-            begun.append(line.text);
-            if (!line.hasLineFeed) continue;
-            take(begun);
-            begun.clear();
-        }
-    }
-    if (!begun.empty()) take(begun);
-}
-
 void ReadChunks(const std::string& path, const std::function<void(std::string_view lines)>& take) {
     const Descriptor descriptor(OpenToRead(path));
-    std::string block(RoomFor(OpenedStatus(descriptor, path)), '\0');
+    const struct stat status = OpenedStatus(descriptor, path);
+    std::string block(RoomFor(status), '\0');
+    const std::size_t enough = SizeTold(status) < block.size() ? SizeTold(status) : SIZE_MAX;
     std::size_t begun = 0;  // how much of the block is a line that is not read to its end
     for (;;) {
-        const std::size_t count = ReadBlock(descriptor, path, block, begun);
+        const std::size_t count = ReadBlock(descriptor, path, block, begun, enough);
         if (count < block.size()) {
             if (count > 0) take(std::string_view(block).substr(0, count));
             return;
@@ -171,7 +158,8 @@ void ReadChunks(const std::string& path, const std::function<void(std::string_vi
         if (end > 0) take(std::string_view(block).substr(0, end));
         begun = block.size() - end;
         std::copy(block.begin() + static_cast<std::ptrdiff_t>(end), block.end(), block.begin());
-        if (begun > block.size() / 2) block.resize(begun * 2);
+        // Few steps to a very long line: each copies what is read of it.
+        if (begun > block.size() / 2) block.resize(begun * 4);
     }
 }
 
@@ -183,8 +171,8 @@ bool HaveSameBytes(const std::string& one, const std::string& other) {
     std::string oneBytes(RoomFor(status), '\0');
     std::string otherBytes(oneBytes.size(), '\0');
     for (;;) {
-        const std::size_t count = ReadBlock(oneFile, one, oneBytes);
-        if (ReadBlock(otherFile, other, otherBytes) != count) return false;
+        const std::size_t count = ReadBlock(oneFile, one, oneBytes, 0, SizeTold(status));
+        if (ReadBlock(otherFile, other, otherBytes, 0, SizeTold(status)) != count) return false;
         if (oneBytes.compare(0, count, otherBytes, 0, count) != 0) return false;
         if (count < oneBytes.size()) return true;
     }
@@ -206,8 +194,13 @@ void RequireMode(int descriptor, const std::string& path, mode_t mode) {
 }
 
 void RequireModeOf(const std::string& model, const std::string& staged) {
+    const mode_t mode = ModeOf(model);
+    struct stat status = {};
+    if (lstat(staged.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+        (status.st_mode & kModeBits) == mode)
+        return;
     const Descriptor descriptor(open(staged.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    RequireMode(descriptor, staged, ModeOf(model));
+    RequireMode(descriptor, staged, mode);
 }
 
 void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode) {

@@ -17,11 +17,8 @@ std::string ReadFileBytes(const std::string& path);
 /// The beginning of the same text, as much as `size`.
 std::string ReadFileHead(const std::string& path, std::size_t size);
 
-/// Hands the lines of the same text to `take`, without their line feeds; of all of it, only one line at a
-/// time is in memory.
-void ReadLines(const std::string& path, const std::function<void(std::string_view line)>& take);
-
-/// The same in pieces of whole lines with their line feeds, which the last one may lack.
+/// Hands the same text to `take` in pieces of whole lines with their line feeds, which the last one may lack;
+/// not much more than the longest line is in memory.
 void ReadChunks(const std::string& path, const std::function<void(std::string_view lines)>& take);
 
 /// A `Failure` unless the path leads to a regular file that can be read.

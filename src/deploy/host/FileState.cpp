@@ -108,13 +108,16 @@ std::string DescribeChange(const FileState& before, const FileState& after) {
 
 FileState StateInPlace(const std::string& path, const std::string& staged) {
     FileState state = StateOf(staged);
+    FileState given = state;
     const FileState directory = StateOf(DirectoryOf(path) + "/.");
     state.owner = geteuid();
     state.group = (directory.mode & S_ISGID) != 0 ? directory.group : getegid();
     const FileState former = FormerState(path);
     if (!former.IsRegular()) return state;
-    GiveStagedFile(staged, former.owner, former.group);
-    const FileState given = StateOf(staged);
+    if (given.owner != former.owner || given.group != former.group) {
+        GiveStagedFile(staged, former.owner, former.group);
+        given = StateOf(staged);
+    }
     if (given.owner == former.owner) state.owner = given.owner;
     if (given.group == former.group) state.group = given.group;
     return state;

@@ -66,6 +66,8 @@ class PathWalk {
     bool IsEnd() const { return m_toWalk.empty(); }
     void Take(const std::string& component);
     void GoUp();
+    bool EndAtFile(const std::string& component);
+    bool EndAtNothing(const std::string& component);
     void GoInto(const std::string& component);
     bool GoIntoKnown(const std::string& component);
     void Follow(const std::string& component, const Descriptor& link, const struct stat& status);

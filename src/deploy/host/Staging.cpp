@@ -176,8 +176,10 @@ Staging::~Staging() {
 std::string Staging::PathOf(const std::string& name) const {
     const fs::path path =
         fs::path(m_directory) / kFiles / fs::path("/" + name).lexically_normal().relative_path();
+    if (path.parent_path() == m_made) return path.string();
     std::error_code error;
     fs::create_directories(path.parent_path(), error);
+    if (!error) m_made = path.parent_path().string();
     if (error) {
         throw SystemFailure(
             {.file = path.parent_path().string(), .text = "cannot be made", .remedy = kMakeRoom},

@@ -37,6 +37,7 @@ class Staging {
 
     Descriptor m_place;
     std::string m_directory;
+    mutable std::string m_made;  ///< the directory in it that was asked for last
     Descriptor m_lock;
 };
 

@@ -5,6 +5,7 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <string_view>
@@ -81,7 +82,8 @@ RecordedState StateOfOpened(int descriptor, const std::string& path) {
 /// Reads on to the end; of a text that grows too long, only the digest is left.
 void ReadText(int descriptor, const std::string& path, std::uint64_t longest, CapturedFile& captured) {
     DigestInProgress digest;
-    std::string block(kBlock, '\0');
+    // For a small file, a large block would be fetched from the system and given back.
+    std::string block(std::min<std::size_t>(kBlock, captured.state.size + 1), '\0');
     std::uint64_t size = 0;
     for (;;) {
         const ssize_t count = ReadSome(descriptor, block.data(), block.size());

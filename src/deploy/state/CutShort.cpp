@@ -4,6 +4,7 @@
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/LeftOvers.h"
 #include "deploy/state/Settling.h"
+#include "deploy/state/store/StoreFile.h"
 
 namespace ZET::Deploy {
 
@@ -84,6 +85,8 @@ std::set<std::string> FilesOfCutShort(Host& host) {
 
 std::set<std::string> SettleCutShort(Host& host, bool goesBack) {
     try {
+        // Where nothing was ever recorded, nothing was cut short, and no store is opened to find that out.
+        if (!HasStore(host.State().Store())) return {};
         return CutShortEntries(host, host.HostHistory().ToRecord()).Settle();
     } catch (const Failure& failure) {
         if (!goesBack && host.HostHistory().IsNeeded()) throw;

@@ -23,7 +23,7 @@ HostProduct::HostProduct(const std::string& configFile, const Options& options, 
     LoadModule();
 }
 
-const StringMap& HostProduct::TemplateValues() {
+StringMap& HostProduct::TemplateValues() {
     if (!m_templateValues) {
         m_templateValues = Config().TemplatesValues();
         m_templateValues->insert(Values().Own().begin(), Values().Own().end());

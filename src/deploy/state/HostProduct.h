@@ -19,7 +19,7 @@ class HostProduct : public Host {
     IZETConfig& Config() { return *m_config; }
 
     /// What every placeholder stands for: the module's values, and the host's own.
-    const StringMap& TemplateValues();
+    StringMap& TemplateValues();
 
     /// Parameters have other values now.
     void ForgetValues();

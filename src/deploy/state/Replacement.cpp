@@ -74,16 +74,23 @@ void Replacement::TellIfPossible(const std::exception& error) noexcept {
 }
 
 void Replacement::KeepOriginal() {
+    MakeReserve();
+    ConfirmReserve();
+}
+
+void Replacement::MakeReserve() {
     RequireVersion(m_file, m_version);
-    const bool hadReserve = HasCompanion(m_file, ZETReserveSuffix);
+    m_hadReserve = HasCompanion(m_file, ZETReserveSuffix);
     const bool hadAbsence = HasCompanion(m_file, ZETAbsenceSuffix);
-    if (!hadReserve) m_newCompanions.emplace_back(ZETReserveSuffix);
+    if (!m_hadReserve) m_newCompanions.emplace_back(ZETReserveSuffix);
     if (!hadAbsence) m_newCompanions.emplace_back(ZETAbsenceSuffix);
     m_file.Within([&](const std::string& name) { m_product.Config().ReserveConfigFile(name); });
-    // Copying takes its time, in which another program may write the file: such a reserve is not the
-    // original.
+}
+
+/// Copying takes its time, in which another program may write the file: such a reserve is not the original.
+void Replacement::ConfirmReserve() {
     RequireVersion(m_file, m_version);
-    if (!hadReserve && m_file.Holder() && HasCompanion(m_file, ZETReserveSuffix)) CompleteReserve();
+    if (!m_hadReserve && m_file.Holder() && HasCompanion(m_file, ZETReserveSuffix)) CompleteReserve();
 }
 
 void Replacement::Make(mode_t mode, const Operation& operation, const Judge& judge) {

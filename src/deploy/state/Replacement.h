@@ -45,6 +45,10 @@ class Replacement {
     /// Makes the reserve, unless there is one. From within a judge, or before `Make`.
     void KeepOriginal();
 
+    /// The same in two steps, between which a batch may name the reserves of many files.
+    void MakeReserve();
+    void ConfirmReserve();
+
     /// `mode` is what the file is going to have; the module does not tell when it could not set it.
     void Make(mode_t mode, const Operation& operation, const Judge& judge);
 
@@ -72,6 +76,7 @@ class Replacement {
     const FileState m_former;
     std::vector<std::string> m_newCompanions;  ///< their suffixes; a failed write takes them back
     std::optional<FileOwner> m_newOwner;
+    bool m_hadReserve = false;
     bool m_mayBeMade = false;
     bool m_isMade = false;
 };

@@ -1,5 +1,9 @@
 #include "deploy/targets/Commit.h"
 
+#include <algorithm>
+#include <memory>
+#include <utility>
+
 #include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileInPlace.h"
@@ -12,6 +16,7 @@
 #include "deploy/targets/TemplateFiles.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETFiles.h"
+#include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
 
@@ -66,12 +71,7 @@ class Execution {
         Expect();
         m_recording.Begin();
         try {
-            std::size_t done = 0;
-            for (const PlannedTarget& planned : m_plan.Targets()) {
-                m_product.RequireGoOn();
-                m_product.Out().Progress(done++, m_plan.Targets().size());
-                Write(planned);
-            }
+            WriteTargets();
             if (m_plan.Edits() != nullptr) SetLines(*m_plan.Edits());
             for (const TakeBackStep& step : m_plan.TakenBack())
                 PutBack(step);
@@ -193,13 +193,54 @@ class Execution {
         return file;
     }
 
-    void Write(const PlannedTarget& planned) {
+    using Renderings = std::vector<std::unique_ptr<TargetRendering>>;  ///< null: nothing to be written
+
+    /// So many at once, that each may be in a directory of its own, which is held.
+    void WriteTargets() {
+        constexpr std::size_t kGroup = 64;
+        const std::vector<PlannedTarget>& targets = m_plan.Targets();
+        for (std::size_t first = 0; first < targets.size(); first += kGroup)
+            WriteGroup(first, std::min(first + kGroup, targets.size()));
+    }
+
+    void WriteGroup(std::size_t first, std::size_t end) {
+        const std::vector<PlannedTarget>& targets = m_plan.Targets();
+        Renderings renderings;
+        CZETBatch batch;
+        for (std::size_t i = first; i < end; ++i)
+            renderings.push_back(WithOriginalKept(targets[i], batch));
+        batch.NameFiles();
+        for (std::size_t i = first; i < end; ++i) {
+            m_product.RequireGoOn();
+            m_product.Out().Progress(i, targets.size());
+            batch.SetSubject(targets[i].path);
+            Write(targets[i], renderings[i - first].get());
+            renderings[i - first].reset();
+        }
+        batch.Finish();
+    }
+
+    std::unique_ptr<TargetRendering> WithOriginalKept(const PlannedTarget& planned, CZETBatch& batch) {
+        if (!planned.IsChange()) return nullptr;
+        m_product.RequireGoOn();
+        batch.SetSubject(planned.path);
+        FileInPlace place(m_product.HostPaths().Find(planned.target.path, planned.target.trusted),
+                          planned.path);
+        auto rendering = std::make_unique<TargetRendering>(
+            m_product, std::move(place),
+            TargetToRender{planned.target.templateName, planned.staged, planned.version, planned.namedRole,
+                           !planned.rendering.empty(), NewOwnerOf(planned.target)});
+        rendering->KeepOriginal();
+        return rendering;
+    }
+
+    void Write(const PlannedTarget& planned, TargetRendering* rendering) {
         WarnOfOthersWork(m_product, planned);
         TellWhereKept(planned);
         // The diff has to be made before its one side is gone.
         FileOutcome outcome = OutcomeOf(m_product, planned);
-        if (planned.IsChange()) {
-            Render(planned);
+        if (rendering != nullptr) {
+            rendering->Write();
         } else if (!IsFileExist(WorkingCopy(m_product, planned.target.templateName))) {
             // The notice in the file tells its reader to edit the working copy.
             m_product.Config().InstallConfigFileTemplate(planned.target.templateName);
@@ -241,15 +282,6 @@ class Execution {
         if (!m_product.HostHistory().KeepsTexts()) return;
         m_product.Out().Remark("\"history show " + std::to_string(*m_recording.Number()) + " " +
                                planned.target.path + "\" shows what it held");
-    }
-
-    void Render(const PlannedTarget& planned) {
-        const FileInPlace place(m_product.HostPaths().Find(planned.target.path, planned.target.trusted),
-                                planned.path);
-        const TargetToRender target{
-            planned.target.templateName, place, planned.staged, planned.version, planned.namedRole,
-            NewOwnerOf(planned.target)};
-        planned.rendering.empty() ? RenderTarget(m_product, target) : WriteTarget(m_product, target);
     }
 
     /// What stopped the run is on its way to the reader; what goes wrong in here comes on top of it.

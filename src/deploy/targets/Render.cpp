@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <memory>
 #include <system_error>
+#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
@@ -13,7 +14,6 @@
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/state/OwnText.h"
-#include "deploy/state/Replacement.h"
 #include "deploy/targets/Secrets.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "posix/Descriptor.h"
@@ -51,28 +51,38 @@ std::unique_ptr<QuietLog> QuietAbout(Deployment& product, const std::string& tem
 
 /// As the module processes a template, with or without its notice.
 void SaveRendering(Deployment& product, const std::string& templateName, const std::string& name, Role role,
-                   const StringMap& values, bool noBackup) {
+                   StringMap& values, bool noBackup) {
     const auto file = product.Config().OpenConfigFileTemplate(templateName, name, NameOf(role),
                                                               !HasNotice(product, templateName));
     if (!file) return;
-    StringMap allValues = values;
-    allValues.insert(product.TemplateValues().begin(), product.TemplateValues().end());
-    file->ApplyTemplates(allValues);
+    file->ApplyTemplates(values);
     file->Save(noBackup);
 }
 
-/// `values` wins over the host's own.
-void Process(Deployment& product, Role role, const std::string& templateName, const Rendered& file,
-             const StringMap& values) {
-    StringMap extra = values;
-    extra.insert(product.Values().Own().begin(), product.Values().Own().end());
+/// In its place, with a record of what was there before.
+void Process(Deployment& product, Role role, const std::string& templateName, const Rendered& file) {
     Perform(product, templateName, file.path, [&] {
         if (HasNotice(product, templateName)) {
-            product.Config().ProcessConfigFileTemplate(templateName, file.name, NameOf(role), &extra);
+            StringMap own = product.Values().Own();
+            product.Config().ProcessConfigFileTemplate(templateName, file.name, NameOf(role), &own);
         } else {
-            SaveRendering(product, templateName, file.name, role, extra, false);
+            SaveRendering(product, templateName, file.name, role, product.TemplateValues(), false);
         }
     });
+}
+
+/// As in its place, but for that record.
+void ProcessOnce(Deployment& product, Role role, const std::string& templateName, const Rendered& file,
+                 StringMap& values) {
+    Perform(product, templateName, file.path,
+            [&] { SaveRendering(product, templateName, file.name, role, values, true); });
+}
+
+/// The values that are given come before the host's own.
+StringMap WithHostsValues(HostProduct& product, const StringMap& values) {
+    StringMap all = values;
+    all.insert(product.TemplateValues().begin(), product.TemplateValues().end());
+    return all;
 }
 
 /// Of the template, unless the list has another one.
@@ -140,22 +150,21 @@ std::uintmax_t SizeOfTemplates(Host& host, const std::vector<Target>& targets) {
 
 /// Stages what a role gets.
 static std::string Stage(Deployment& product, Role role, const Staging& staging,
-                         const std::string& templateName, const StringMap& values) {
+                         const std::string& templateName, StringMap& values) {
     const std::string room =
         role == product.Role() ? "rendered/" : std::string("rendered-for-") + NameOf(role) + "/";
     const std::string staged = staging.PathOf(room + templateName);
     const std::string workingCopy = WorkingCopy(product, templateName);
-    const std::string source = TemplateFile(product, templateName);
-    const std::unique_ptr<QuietLog> quiet = QuietAbout(product, source);
     const ParamOverride noSync(product.Core(), "ZET_SYNC", "no");
     if (IsFileExist(workingCopy)) {
-        Process(product, role, templateName, {staged, staged}, values);
-        GiveMode(product, templateName, source, staged);
+        ProcessOnce(product, role, templateName, {staged, staged}, values);
+        GiveMode(product, templateName, workingCopy, staged);
         return staged;
     }
+    const std::string source = TemplateFile(product, templateName);
     const std::string standIn = staging.PathOf("templates/" + templateName);
     const ParamOverride directory(product.Core(), "ZET_CFG_DIR", staging.PathOf("templates"));
-    Process(product, role, templateName, {staged, staged}, values);
+    ProcessOnce(product, role, templateName, {staged, staged}, values);
     GiveMode(product, templateName, source, staged);
     NameWorkingCopy(staged, standIn, workingCopy);
     return staged;
@@ -163,18 +172,15 @@ static std::string Stage(Deployment& product, Role role, const Staging& staging,
 
 std::string RenderStaged(Deployment& product, const Staging& staging, const std::string& templateName,
                          const StringMap& values) {
-    return Stage(product, product.Role(), staging, templateName, values);
-}
-
-std::string RenderStagedFor(Deployment& product, const Staging& staging, const std::string& templateName,
-                            Role role) {
-    return Stage(product, role, staging, templateName, {});
+    const std::unique_ptr<QuietLog> quiet = QuietAbout(product, TemplateFile(product, templateName));
+    StringMap all = WithHostsValues(product, values);
+    return Stage(product, product.Role(), staging, templateName, all);
 }
 
 std::string RenderQuietly(Deployment& product, const Staging& staging, const std::string& templateName,
                           Role role) {
     const QuietLog quiet(ZETLogError);
-    return RenderStagedFor(product, staging, templateName, role);
+    return Stage(product, role, staging, templateName, product.TemplateValues());
 }
 
 std::string RenderTemplateText(Deployment& product, const Staging& staging, Role role,
@@ -186,7 +192,7 @@ std::string RenderTemplateText(Deployment& product, const Staging& staging, Role
     const std::string staged = staging.PathOf("rendered-from-made-up/" + templateName);
     const ParamOverride noSync(product.Core(), "ZET_SYNC", "no");
     const ParamOverride directory(product.Core(), "ZET_CFG_DIR", staging.PathOf("made-up"));
-    Process(product, role, templateName, {staged, staged}, {});
+    ProcessOnce(product, role, templateName, {staged, staged}, product.TemplateValues());
     NameWorkingCopy(staged, standIn, workingCopy);
     return staged;
 }
@@ -194,8 +200,8 @@ std::string RenderTemplateText(Deployment& product, const Staging& staging, Role
 void RenderOnce(Deployment& product, const std::string& templateName, const std::string& name,
                 const std::string& path, const StringMap& values) {
     const std::unique_ptr<QuietLog> quiet = QuietAbout(product, TemplateFile(product, templateName));
-    Perform(product, templateName, path,
-            [&] { SaveRendering(product, templateName, name, product.Role(), values, true); });
+    StringMap all = WithHostsValues(product, values);
+    ProcessOnce(product, product.Role(), templateName, {name, path}, all);
 }
 
 void InstallForHolder(Deployment& product, const std::string& templateName, const FileInPlace& place) {
@@ -203,32 +209,45 @@ void InstallForHolder(Deployment& product, const std::string& templateName, cons
         product.Config().InstallConfigFileTemplate(templateName);
 }
 
-void RenderTarget(Deployment& product, const TargetToRender& target) {
-    const std::string& path = target.place.Path();
-    InstallForHolder(product, target.templateName, target.place);
-    const std::unique_ptr<QuietLog> quiet = QuietAbout(product, TemplateFile(product, target.templateName));
-    Replacement replacement(product, target.place, target.version);
-    replacement.KeepOriginal();
-    if (target.owner) replacement.GiveNewFileTo(*target.owner);
+TargetRendering::TargetRendering(Deployment& product, FileInPlace place, const TargetToRender& target)
+    : m_product(product),
+      m_place(std::move(place)),
+      m_target(target),
+      m_replacement(product, m_place, target.version) {}
+
+void TargetRendering::KeepOriginal() {
+    RemedyErrors("make room, or see to the rights of its directory", [&] {
+        if (!IsFileExist(WorkingCopy(m_product, m_target.templateName)))
+            m_product.Config().InstallConfigFileTemplate(m_target.templateName);
+    });
+    m_replacement.MakeReserve();
+}
+
+void TargetRendering::Write() {
+    m_replacement.ConfirmReserve();
+    if (m_target.owner) m_replacement.GiveNewFileTo(*m_target.owner);
+    m_target.isOwnText ? WriteStaged() : Render();
+}
+
+void TargetRendering::Render() {
+    const std::string& path = m_place.Path();
+    const std::unique_ptr<QuietLog> quiet =
+        QuietAbout(m_product, TemplateFile(m_product, m_target.templateName));
     const auto process = [&](const std::string& name) {
-        Process(product, target.role, target.templateName, {name, path}, {});
+        Process(m_product, m_target.role, m_target.templateName, {name, path});
     };
-    replacement.Make(StateOf(target.staged).mode, process, [&](const std::string& made) {
-        if (HaveSameBytes(made, target.staged)) return;
+    m_replacement.Make(StateOf(m_target.staged).mode, process, [&](const std::string& made) {
+        if (HaveSameBytes(made, m_target.staged)) return;
         throw Failure({.file = path,
                        .text = "is not written, since its template was changed after it was checked",
                        .remedy = "run the command again"});
     });
 }
 
-void WriteTarget(Deployment& product, const TargetToRender& target) {
-    if (!IsFileExist(WorkingCopy(product, target.templateName)))
-        product.Config().InstallConfigFileTemplate(target.templateName);
-    Replacement replacement(product, target.place, target.version);
-    replacement.KeepOriginal();
-    const mode_t mode = StateOf(target.staged).mode;
-    const std::string text = ReadFileBytes(target.staged);
-    replacement.Make(
+void TargetRendering::WriteStaged() {
+    const mode_t mode = StateOf(m_target.staged).mode;
+    const std::string text = ReadFileBytes(m_target.staged);
+    m_replacement.Make(
         mode, [&](const std::string& name) { SaveOwnText(name, text, mode); }, [](const std::string&) {});
 }
 

@@ -40,10 +40,6 @@ std::uintmax_t SizeOfTemplates(Host& host, const std::vector<Target>& targets);
 std::string RenderStaged(Deployment& product, const Staging& staging, const std::string& templateName,
                          const StringMap& values = {});
 
-/// The same for the other role.
-std::string RenderStagedFor(Deployment& product, const Staging& staging, const std::string& templateName,
-                            Role role);
-
 /// The same for a role; what the log has to say comes with the real rendering.
 std::string RenderQuietly(Deployment& product, const Staging& staging, const std::string& templateName,
                           Role role);
@@ -64,19 +60,36 @@ void InstallForHolder(Deployment& product, const std::string& templateName, cons
 /// A target that is rendered for good.
 struct TargetToRender {
     const std::string& templateName;
-    const FileInPlace& place;
     const std::string& staged;   ///< what it has to become
     const FileVersion& version;  ///< of what it replaces
     Role role;
+    bool isOwnText;                    ///< which no template makes: the staged text as it is
     std::optional<FileOwner> owner{};  ///< of a file that is new
 };
 
-/// Keeps what is there first. A working copy that is missing is installed. What comes out otherwise than in
-/// trial, and what somebody else wrote meanwhile, is a `Failure`; the target is as it was then.
-void RenderTarget(Deployment& product, const TargetToRender& target);
+/// Renders a target for good, in two steps: many originals are kept at once.
+class TargetRendering {
+  public:
+    /// `target` must live as long as the object.
+    TargetRendering(Deployment& product, FileInPlace place, const TargetToRender& target);
 
-/// The same with the staged text as it is, which no template makes.
-void WriteTarget(Deployment& product, const TargetToRender& target);
+    /// A working copy that is missing is installed. What one that did not come to its end has kept is taken
+    /// back.
+    void KeepOriginal();
+
+    /// With the original in its place. What comes out otherwise than in trial, and what somebody else wrote
+    /// meanwhile, is a `Failure`; the target is as it was then.
+    void Write();
+
+  private:
+    void Render();
+    void WriteStaged();
+
+    Deployment& m_product;
+    const FileInPlace m_place;
+    const TargetToRender m_target;
+    Replacement m_replacement;
+};
 
 }  // namespace ZET::Deploy
 

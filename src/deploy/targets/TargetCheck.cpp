@@ -297,7 +297,7 @@ std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& t
                      "put the template itself there"}};
         }
         std::vector<Problem> problems = Text::CheckTemplate(
-            file, [&](const auto& take) { ReadLines(file, take); }, values, used,
+            file, [&](const auto& take) { ReadChunks(file, take); }, values, used,
             HasNotice(product, templateName));
         HideQuotes(product, file, problems);
         return problems;

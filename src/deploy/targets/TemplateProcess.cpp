@@ -118,7 +118,8 @@ FileOutcome TemplateProcess::RunInPlace() {
     const FileInPlace place(m_product.HostPaths().Find(m_target), m_path);
     // As in a dry run, there may be no working copy yet.
     const mode_t mode = ModeOf(TemplateFile(m_product, name));
-    Recording recording(m_product, Recording::Use::OfTheProduct, m_writing->Records());
+    // What it makes is nobody's target: without texts, there is nothing to know of it.
+    Recording recording(m_product, Recording::Use::OfFiles, m_writing->Records());
     Expect(recording, place);
     recording.Announce();
     InstallForHolder(m_product, name, place);
@@ -127,8 +128,9 @@ FileOutcome TemplateProcess::RunInPlace() {
         outcome = Planned(made, StateOf(made));
         SignalGuard::Check();
         if (!outcome.IsChange()) throw LeftAsItIs();
-        recording.Plan(m_path, Capture(made, m_product.HostHistory().Limits().largestText),
-                       Recording::Attributes::OfTheFileBefore);
+        if (recording.IsOn())
+            recording.Plan(m_path, Capture(made, m_product.HostHistory().Limits().largestText),
+                           Recording::Attributes::OfTheFileBefore);
         recording.Begin();
         replacement.KeepOriginal();
     };

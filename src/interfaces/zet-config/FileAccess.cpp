@@ -71,14 +71,16 @@ Descriptor OpenTemporary(const std::string& path, const std::optional<Owner>& ta
 
 bool ReadAll(const Descriptor& file, const struct stat& status, Buffer& bytes) {
     if (!S_ISREG(status.st_mode)) return false;
-    // One byte more than the size: the read that fills it finds the end of the file too.
-    bytes.Reserve(static_cast<std::size_t>(status.st_size) + 1);
+    // A file that tells its size ends there; one of the system's own tells none, and is read to its end.
+    const auto told = static_cast<std::size_t>(status.st_size);
+    bytes.Reserve(told + 1);
     for (;;) {
         if (bytes.RoomSize() == 0) bytes.Reserve(bytes.Size() + kReadAhead);
         const ssize_t count = ReadSome(file, bytes.Room(), bytes.RoomSize());
         if (count < 0) return false;
         if (count == 0) return true;
         bytes.Filled(static_cast<std::size_t>(count));
+        if (bytes.Size() == told) return true;
     }
 }
 

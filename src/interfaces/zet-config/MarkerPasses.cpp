@@ -1,8 +1,20 @@
+#include <algorithm>
+
 #include "Passes.h"
 #include "RegionTracker.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET {
+
+namespace {
+
+/// What both markers begin with: lines without it are none of theirs.
+std::string_view CommonBeginning(std::string_view one, std::string_view other) {
+    const auto end = std::mismatch(one.begin(), one.end(), other.begin(), other.end()).first;
+    return one.substr(0, static_cast<std::size_t>(end - one.begin()));
+}
+
+}  // namespace
 
 void RemoveMarkersPass(TextReader& in, TextBuilder& out, const std::string& beginMarker,
                        const std::string& endMarker) {
@@ -15,12 +27,10 @@ void RemoveMarkersPass(TextReader& in, TextBuilder& out, const std::string& begi
         const std::size_t lineFeedBefore = lines.data() == textStart ? 0 : 1;
         out.Copy({lines.data() - lineFeedBefore, lines.size() + lineFeedBefore});
     };
-    const bool beginAlike =
-        !beginMarker.empty() && !endMarker.empty() && beginMarker.front() == endMarker.front();
+    const std::string_view common = CommonBeginning(beginMarker, endMarker);
     std::string_view line;
     for (;;) {
-        const std::string_view lines =
-            beginAlike ? in.SkipLinesWithout(beginMarker.front()) : std::string_view();
+        const std::string_view lines = common.empty() ? std::string_view() : in.SkipLinesWithout(common);
         if (!lines.empty() && !region.IsInside()) keep(lines.substr(0, lines.size() - 1));
         if (!in.ReadLine(line)) break;
         const Line kind = region.Track(line);

@@ -159,7 +159,7 @@ void ApplyTemplatesPass(TextReader& in, TextBuilder& out, const StringMap& value
     Expander expander(out, values);
     std::string_view line;
     for (;;) {
-        out.Copy(in.SkipLinesWithout('$'));
+        out.Copy(in.SkipLinesWithout("$"));
         if (!in.ReadLine(line)) return;
         const bool isComment = line.starts_with('#');
         if (isComment || line.find('$') == std::string_view::npos) {

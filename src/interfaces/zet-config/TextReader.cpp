@@ -21,10 +21,10 @@ Buffer TextReader::Replace(Buffer bytes) {
     return bytes;
 }
 
-std::string_view TextReader::SkipLinesWithout(char byte) {
+std::string_view TextReader::SkipLinesWithout(std::string_view bytes) {
     const std::string_view rest = Rest();
-    if (rest.starts_with(byte)) return {};
-    const std::string_view before = rest.substr(0, rest.find(byte));
+    if (rest.starts_with(bytes)) return {};
+    const std::string_view before = rest.substr(0, rest.find(bytes));
     const std::string_view lines = before.substr(0, before.rfind('\n') + 1);
     m_position += lines.size();
     return lines;

@@ -39,10 +39,10 @@ class TextReader {
         return true;
     }
 
-    /// Passes over the whole lines before the next one that holds `byte`, and returns them with their line
+    /// Passes over the whole lines before the next one that holds `bytes`, and returns them with their line
     /// feeds; the last line is left when it has none. For a pass that lets such lines be: it need not look at
     /// each.
-    std::string_view SkipLinesWithout(char byte);
+    std::string_view SkipLinesWithout(std::string_view bytes);
 
     /// Of the line read last: whether the end of the text ended it instead of a line feed; and its number,
     /// from 1.

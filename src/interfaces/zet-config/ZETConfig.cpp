@@ -111,12 +111,14 @@ void CZETConfig::ProcessConfigFileTemplate(const std::string& templateName, cons
                                            const std::string& role, StringMap* values) {
     const std::shared_ptr<IZETConfigFile> file = OpenConfigFileTemplate(templateName, fileName, role, false);
     if (!file) return;
-    StringMap runValues = TemplatesValues();
-    if (values != nullptr) {
+    if (values == nullptr) {
+        file->ApplyTemplates(TemplatesValues());
+    } else {
+        StringMap runValues = TemplatesValues();
         for (const auto& [placeholder, value] : *values)
             runValues[placeholder] = value;
+        file->ApplyTemplates(runValues);
     }
-    file->ApplyTemplates(runValues);
     file->Save(false);
 }
 

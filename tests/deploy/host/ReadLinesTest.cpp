@@ -19,7 +19,10 @@ class ReadLinesTest : public testing::Test {
     std::vector<std::string> LinesOf(const std::string& text) {
         std::ofstream(m_path, std::ios::binary) << text;
         std::vector<std::string> lines;
-        ReadLines(m_path, [&](std::string_view line) { lines.emplace_back(line); });
+        ReadChunks(m_path, [&](std::string_view piece) {
+            for (const Text::TextLine& line : Text::SplitLines(piece))
+                lines.emplace_back(line.text);
+        });
         return lines;
     }
 
@@ -64,7 +67,7 @@ TEST_F(ReadLinesTest, PiecesAreTheTextCutBetweenLines) {
 }
 
 TEST_F(ReadLinesTest, FileThatIsNotThereIsAFailure) {
-    EXPECT_THROW(ReadLines(m_path, [](std::string_view) {}), Failure);
+    EXPECT_THROW(ReadChunks(m_path, [](std::string_view) {}), Failure);
 }
 
 }  // namespace

@@ -1,0 +1,173 @@
+#include "Batch.h"
+
+#include <fcntl.h>
+#include <pthread.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+#include <thread>
+
+#include "Message.h"
+#include "Sync.h"
+#include "posix/PathNames.h"
+
+namespace ZET {
+
+namespace {
+
+thread_local CZETBatch::Implementation* present = nullptr;
+
+/// Syncs that wait together share what the file system does for each: of 128 new files, one thread syncs 300
+/// a second where eight sync 12,000.
+constexpr std::size_t kThreads = 8;
+
+/// Signals are the caller's, and none of these threads'.
+class NoSignals {
+  public:
+    NoSignals() {
+        sigset_t all;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &m_former);
+    }
+    ~NoSignals() { pthread_sigmask(SIG_SETMASK, &m_former, nullptr); }
+    NoSignals(const NoSignals&) = delete;
+    NoSignals& operator=(const NoSignals&) = delete;
+
+  private:
+    sigset_t m_former;
+};
+
+/// Calls `work` in several threads at once, this one among them; where the system grants none, in this one
+/// alone.
+template <typename Work>
+void InThreads(std::size_t count, const Work& work) {
+    std::vector<std::thread> threads;
+    threads.reserve(count);
+    {
+        const NoSignals noSignals;
+        try {
+            while (threads.size() + 1 < count)
+                threads.emplace_back(work);
+        } catch (const std::system_error&) {
+            // So there are fewer.
+        }
+    }
+    work();
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+}  // namespace
+
+CZETBatch::Implementation::Implementation() : m_user(::geteuid()) {
+    present = this;
+}
+
+/// What was not named was to be a copy, which nobody knows of.
+CZETBatch::Implementation::~Implementation() {
+    present = nullptr;
+    for (const Collected& collected : m_files) {
+        if (!collected.file.final.empty())
+            ::unlinkat(collected.directory->descriptor.Number(), collected.file.name.c_str(), 0);
+    }
+    for (const auto& [key, directory] : m_directories) {
+        if (directory.isToSync) SyncQuietly(directory.descriptor);
+    }
+}
+
+CZETBatch::Implementation* CZETBatch::Implementation::Present() {
+    return present != nullptr && IsSyncing() && ::geteuid() == present->m_user ? present : nullptr;
+}
+
+/// A directory that the host has gone to, or holds, has a name that only means something there and now.
+std::string CZETBatch::Implementation::Readable(const std::string& directory) const {
+    const bool isOwn = directory.compare(0, 1, "/") == 0 && directory.compare(0, 6, "/proc/") != 0;
+    return isOwn || m_subject.empty() ? directory : DirectoryOf(m_subject);
+}
+
+CZETBatch::Implementation::Held& CZETBatch::Implementation::Hold(int directory, const std::string& name) {
+    const std::string path = Readable(name);
+    struct stat status;
+    if (::fstat(directory, &status) != 0)
+        FailSystem(path, "Failed to open directory '%s': %m.", path.c_str());
+    Held& held = m_directories[{status.st_dev, status.st_ino}];
+    if (held.descriptor.IsOpen()) return held;
+    held.path = path;
+    held.descriptor.Reset(::fcntl(directory, F_DUPFD_CLOEXEC, 0));
+    if (!held.descriptor.IsOpen()) FailSystem(path, "Failed to open directory '%s': %m.", path.c_str());
+    return held;
+}
+
+void CZETBatch::Implementation::Collect(WaitingFile file, int directory, const std::string& path) {
+    Held& held = Hold(directory, DirectoryOf(path));
+    held.isToSync = true;
+    m_files.push_back({std::move(file), &held, PathIn(held.path, BaseNameOf(path))});
+}
+
+void CZETBatch::Implementation::SyncLater(int directory, const std::string& name) {
+    Hold(directory, name).isToSync = true;
+}
+
+void CZETBatch::Implementation::SyncFiles() const {
+    std::atomic<std::size_t> next = 0;
+    std::vector<int> errors(m_files.size());
+    InThreads(std::min(kThreads, m_files.size()), [&] {
+        for (std::size_t i = next++; i < m_files.size(); i = next++)
+            if (!SyncQuietly(m_files[i].file.file)) errors[i] = errno;
+    });
+    for (std::size_t i = 0; i < errors.size(); ++i) {
+        errno = errors[i];
+        const std::string& path = m_files[i].path;
+        if (errno != 0) FailSystem(path, "Failed to sync file '%s': %m.", path.c_str());
+    }
+}
+
+void CZETBatch::Implementation::SyncDirectories() {
+    for (auto& [key, directory] : m_directories) {
+        if (directory.isToSync && !SyncQuietly(directory.descriptor))
+            FailSystem(directory.path, "Failed to sync directory '%s': %m.", directory.path.c_str());
+        directory.isToSync = false;
+    }
+}
+
+void CZETBatch::Implementation::NameFiles() {
+    SyncFiles();
+    m_isCollecting = false;
+    for (Collected& collected : m_files) {
+        if (collected.file.final.empty()) continue;
+        const int directory = collected.directory->descriptor.Number();
+        if (::renameat(directory, collected.file.name.c_str(), directory, collected.file.final.c_str()) != 0)
+            FailSystem(collected.path, "Failed to rename file '%s' to '%s': %m.", collected.file.name.c_str(),
+                       collected.path.c_str());
+        collected.file.final.clear();
+    }
+    m_files.clear();
+    SyncDirectories();
+}
+
+void CZETBatch::Implementation::Finish() {
+    NameFiles();
+}
+
+CZETBatch::CZETBatch() : m_implementation(std::make_unique<Implementation>()) {}
+
+CZETBatch::~CZETBatch() = default;
+
+void CZETBatch::SetSubject(const std::string& path) {
+    m_implementation->SetSubject(path);
+}
+
+void CZETBatch::NameFiles() {
+    m_implementation->NameFiles();
+}
+
+void CZETBatch::Finish() {
+    m_implementation->Finish();
+}
+
+}  // namespace ZET
