@@ -18,6 +18,10 @@
 
 namespace ZET {
 
+using Core::FailSystem;
+using Core::IsSyncing;
+using Core::SyncQuietly;
+
 namespace {
 
 thread_local CZETBatch::Implementation* present = nullptr;

@@ -11,6 +11,7 @@
 #include "Message.h"
 #include "PathArgument.h"
 #include "Sync.h"
+#include "posix/PathNames.h"
 #include "posix/Descriptor.h"
 #include "zet/ZETErrors.h"
 

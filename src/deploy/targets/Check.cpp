@@ -13,6 +13,7 @@
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ServiceNames.h"
 #include "deploy/targets/TargetCheck.h"
+#include "text/Lines.h"
 #include "text/Placeholders.h"
 
 namespace ZET::Deploy {
@@ -78,10 +79,14 @@ std::set<std::string> UsedAnywhere(Deployment& product, const std::set<std::stri
         for (std::string& placeholder : Text::PlaceholdersOf(line))
             all.insert(std::move(placeholder));
     };
+    const auto takeLines = [&](std::string_view lines) {
+        while (!lines.empty())
+            take(Text::TakeLine(lines).text);
+    };
     for (const Target& target : product.Lists().Targets().targets) {
         const std::string file = TemplateFile(product, target.templateName);
         try {
-            if (!file.empty() && product.HostPaths().StaysInside(file)) ReadLines(file, take);
+            if (!file.empty() && product.HostPaths().StaysInside(file)) ReadChunks(file, takeLines);
         } catch (const Failure&) {
             // Whoever wants to render it is told why.
         }
