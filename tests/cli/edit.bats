@@ -392,3 +392,19 @@ b=2
     run_zet -q option set SERVER newer
     assert_success "$HOST/zet.conf: changed"
 }
+
+@test "what is kept of another file is not edited" {
+    zet -q param set conf a 2
+    touch gone.no_file_before_zet
+    local command
+    for command in "param set conf.before_zet a 3" "line set conf.before_zet ^a a=3" "file strip conf.before_zet" "doctor --fix conf.before_zet"; do
+        # shellcheck disable=SC2086 # words
+        run_zet $command
+        assert_status 1
+        [[ $stderr == "zet-client: error: conf.before_zet: is kept as the original of conf (name conf, or copy this one)"$'\n' ]] || differ "$command" refusal "$stderr"
+    done
+    run_zet param set gone.no_file_before_zet a 3
+    assert_refusal 1 "gone.no_file_before_zet: records that there was no gone (name gone, or copy this one)"
+    run_zet param get conf.before_zet a
+    assert_success 1
+}

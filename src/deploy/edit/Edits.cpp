@@ -1,6 +1,7 @@
 #include "deploy/edit/Edits.h"
 
 #include "deploy/edit/EditRules.h"
+#include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
@@ -43,6 +44,12 @@ std::string FileToRead(const Host& host, const std::string& file) {
     if (file.empty()) throw UsageError("FILE is empty (name a file)");
     std::string path = host.FilePath(file);
     RequireReadableFile(path);
+    return path;
+}
+
+std::string FileToEdit(const Host& host, const std::string& file) {
+    std::string path = FileToRead(host, file);
+    RequireNoCompanion(path);
     return path;
 }
 
