@@ -52,6 +52,8 @@ void RollbackDecision::DecideTarget(RollbackStep& step) {
     }
     if (reserve.exists && !reserve.IsRegular())
         throw Failure({.file = file.Reserve(), .text = "is no regular file", .remedy = "move it away"});
+    // What cannot be read is not told as edited.
+    if (now.IsRegular()) RequireReadableFile(file.path);
     if (now.exists && !m_options.force && !IsOwnWork(file)) {
         KeepEdited(step);
     } else if (m_known.IsUnusable() && file.isOfBoth && !m_options.force) {
@@ -111,6 +113,9 @@ void RollbackDecision::PutBack(RollbackStep& step, const FileState& now, const F
     step.outcome.after = reserve;
     step.outcome.diff = DiffOf(step.file, now, reserve);
     step.action = step.file.IsAsReserved(now, reserve) ? Action::DropReserve : Action::PutBack;
+    if (step.action != Action::PutBack) return;
+    for (const std::string& path : {step.file.path, step.file.Reserve()})
+        RequireReplaceable(path);
 }
 
 void RollbackDecision::KeepEdited(RollbackStep& step) const {
