@@ -213,7 +213,11 @@ bool AsksForDocument(int count, char** arguments) {
 }  // namespace
 
 void Arguments::AddWord(const char* name, const char* help, std::string& word, bool isRequired) {
-    m_command.add_option(name, word, help)->required(isRequired);
+    CLI::Option* const option = m_command.add_option(name, word, help)->required(isRequired);
+    if (isRequired) return;
+    // An empty one would count as left out.
+    option->check(
+        [](const std::string& given) { return given.empty() ? "is empty (name one, or leave it out)" : ""; });
 }
 
 void Arguments::AddWords(const char* name, const char* help, std::vector<std::string>& words,

@@ -669,3 +669,14 @@ conf:1: lines 1 to 5: the administrator's own; in parts since an edit of somebod
     run_zet -q history -N 1
     [[ $output == *"-q param set conf x 8  # short"* ]]
 }
+
+@test "an empty FILE is wrong use, and not all files" {
+    zet -q param set conf x 2
+    local command
+    for command in "history" "history show 1"; do
+        # shellcheck disable=SC2086 # words
+        run_zet $command ""
+        assert_status 2
+        [[ $stderr == *"is empty (name one, or leave it out)"* ]] || differ "$command" "wrong use" "$stderr"
+    done
+}
