@@ -33,12 +33,13 @@ void BeginStatus(Session& session) {
 
 void TellRole(Session& session, const RoleStatus& status) {
     Report& report = session.Out();
+    if (!status.commitTime.empty()) report.Set("commit_time", status.commitTime);
+    if (IsClient(session) && !status.fileServer.empty()) report.Set("file_server", status.fileServer);
+    if (session.Asked().quiet) return;
     report.Line(std::string("role: ") + NameOf(session.Asked().role));
     report.Line("committed: " + (status.commitTime.empty() ? "never" : status.commitTime));
-    if (!status.commitTime.empty()) report.Set("commit_time", status.commitTime);
-    if (!IsClient(session)) return;
-    report.Line("file server: " + (status.fileServer.empty() ? "none recorded" : status.fileServer));
-    if (!status.fileServer.empty()) report.Set("file_server", status.fileServer);
+    if (IsClient(session))
+        report.Line("file server: " + (status.fileServer.empty() ? "none recorded" : status.fileServer));
 }
 
 void TellTarget(Session& session, const TargetState& target) {
@@ -86,7 +87,7 @@ void TellNewer(Session& session, const std::vector<std::string>& names) {
         session.Out().Add("newer_templates", name);
         text += (text.empty() ? "" : ", ") + name;
     }
-    if (text.empty()) return;
+    if (text.empty() || session.Asked().quiet) return;
     session.Out().Line("newer shipped templates: " + text + " (\"" + session.Asked().program +
                        " template upgrade\" takes them over)");
 }
@@ -94,14 +95,15 @@ void TellNewer(Session& session, const std::vector<std::string>& names) {
 int Status(Session& session, const StatusOptions& asked) {
     const SignalGuard signals;
     BeginStatus(session);
+    const bool onlyChanged = asked.changed || session.Asked().quiet;
     TellRole(session, RoleStatusOf(session.Product()));
     const TargetStates states = StatesOfTargets(session.Product());
     for (const TargetState& target : states.targets) {
-        if (!asked.changed || target.state != kInSync) TellTarget(session, target);
+        if (!onlyChanged || target.state != kInSync) TellTarget(session, target);
     }
-    TellEdits(session, states.edits, asked.changed);
+    TellEdits(session, states.edits, onlyChanged);
     TellNewer(session, states.newerTemplates);
-    session.Out().Line(CountsOf(states.targets));
+    if (!session.Asked().quiet) session.Out().Line(CountsOf(states.targets));
     for (const std::string& path : states.leftOvers) {
         session.Out().Warning(path +
                               ": was committed and is not in the list of targets any more "
