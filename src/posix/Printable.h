@@ -58,7 +58,11 @@ inline std::string Printable(std::string_view text) {
     result.reserve(text.size());
     for (std::size_t i = 0; i < text.size();) {
         std::size_t control = ControlCharacterAt(text, i);
-        if (control == 0) result += text[i++];
+        if (control == 0) {
+            const std::size_t size = CharacterAt(text, i);
+            result += text.substr(i, size);
+            i += size;
+        }
         for (; control > 0; control--)
             result += EscapeOf(static_cast<unsigned char>(text[i++]));
     }

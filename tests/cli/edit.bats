@@ -317,7 +317,7 @@ apply_diff() {
 @test "a file that is too large to be written anew is left as it is" {
     head -c 100000 /dev/zero | tr '\0' x >big
     remember_host
-    capture bash -c 'ulimit -f 64; exec "$@"' - "$ZET_BIN/zet-client" --config zet.conf param set big a 1
+    capture bash -c 'ulimit -f 16; exec "$@"' - "$ZET_BIN/zet-client" --config zet.conf param set big a 1
     assert_status 1
     assert_output ""
     [[ $stderr == "zet-client: error: $HOST/state/state.db: the history cannot be used: "* ]]

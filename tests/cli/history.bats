@@ -226,8 +226,6 @@ login_of_this_process() {
     assert_refusal 2 "$HOST/other.before_zet: change 1 did not write it (those that did: 3)"
     run_zet history show 1 conf more
     assert_status 2
-    run_zet history show 1 ''
-    assert_status 0
 }
 
 @test "what is not kept is told with the reason" {

@@ -60,7 +60,7 @@ assert_secret_kept() {
     sed -i "s|$HOST/out/one.conf|$HOST/drop/conf|" templates/targets.toml
     run_zet commit-config
     assert_status 1
-    [[ $stderr == *"is where user $STRANGER leads to"*"sudo -u"* ]]
+    [[ $stderr == *"is a link of user $STRANGER that leads to"*"sudo -u '#$STRANGER'"* ]]
     run_zet param set --no-markers drop/conf a 2
     assert_status 1
     assert_secret_kept
