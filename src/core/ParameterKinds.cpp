@@ -178,7 +178,7 @@ bool HasBareSlash(std::string_view pattern) {
     for (std::size_t i = 0; i < pattern.size(); ++i) {
         if (pattern[i] == '/' && !isInBrackets) return true;
         if (pattern[i] == '\\') {
-            ++i;
+            i += pattern.substr(i + 1).starts_with('/') ? 0 : 1;
         } else if (pattern[i] == '[' && !isInBrackets) {
             isInBrackets = true;
             if (pattern.substr(i + 1).starts_with('^')) ++i;
