@@ -234,7 +234,12 @@ bool AsksForDocument(int count, char** arguments) {
 }  // namespace
 
 void Arguments::AddWord(const char* name, const char* help, std::string& word, bool isRequired) {
-    m_command.add_option(name, word, _(help))->required(isRequired);
+    CLI::Option* const option = m_command.add_option(name, word, _(help))->required(isRequired);
+    if (isRequired) return;
+    // An empty one would count as left out.
+    option->check([](const std::string& given) {
+        return given.empty() ? std::string(_("is empty (name one, or leave it out)")) : std::string();
+    });
 }
 
 void Arguments::AddWords(const char* name, const char* help, std::vector<std::string>& words,

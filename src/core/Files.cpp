@@ -11,8 +11,8 @@
 #include "Message.h"
 #include "PathArgument.h"
 #include "Sync.h"
-#include "posix/PathNames.h"
 #include "posix/Descriptor.h"
+#include "posix/PathNames.h"
 #include "zet/ZETErrors.h"
 
 namespace ZET::Core {

@@ -172,7 +172,26 @@ bool IsFlag(std::string_view value) {
     return ReadFlag(value).has_value();
 }
 
+/// The daemons that get these expressions have them between two of "/".
+bool HasBareSlash(std::string_view pattern) {
+    bool isInBrackets = false;
+    for (std::size_t i = 0; i < pattern.size(); ++i) {
+        if (pattern[i] == '/' && !isInBrackets) return true;
+        if (pattern[i] == '\\') {
+            i += pattern.substr(i + 1).starts_with('/') ? 0 : 1;
+        } else if (pattern[i] == '[' && !isInBrackets) {
+            isInBrackets = true;
+            if (pattern.substr(i + 1).starts_with('^')) ++i;
+            if (pattern.substr(i + 1).starts_with(']')) ++i;
+        } else if (pattern[i] == ']') {
+            isInBrackets = false;
+        }
+    }
+    return false;
+}
+
 bool IsRegularExpression(const std::string& pattern) {
+    if (HasBareSlash(pattern)) return false;
     try {
         RegEx().Match(pattern, "");
         return true;
@@ -231,7 +250,8 @@ constexpr Kind kKinds[] = {
     {ZETParameterKind::Duration, "duration", "a duration",
      "write it like 7d 12h 30m 0s, 12:30 or 3600, which is seconds", Judge<IsDuration>},
     {ZETParameterKind::RegularExpression, "regular expression", "a regular expression",
-     "close its brackets, and put a backslash before what is meant as it stands", Judge<IsRegularExpression>},
+     "close its brackets, put a backslash before what is meant as it stands, and write [/] for /",
+     Judge<IsRegularExpression>},
     {ZETParameterKind::AbsolutePath, "absolute path", "an absolute path", "begin it with \"/\"",
      Judge<IsAbsolutePath>},
     {ZETParameterKind::YesNo, "yes or no", "yes or no", "write yes or no", Judge<IsFlag>},

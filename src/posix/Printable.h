@@ -7,15 +7,33 @@
 
 namespace ZET {
 
-/// Whether a terminal takes the character at `position` for a command: the size of the character then, else
-/// 0.
+/// The size of the character at `position` when it is one in UTF-8, else 0.
+inline std::size_t CharacterAt(std::string_view text, std::size_t position) {
+    const auto byteAt = [&](std::size_t i) {
+        return position + i < text.size() ? static_cast<unsigned char>(text[position + i]) : 0U;
+    };
+    const unsigned first = byteAt(0);
+    if (first < 0x80) return 1;
+    const std::size_t size = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
+    // Neither in more bytes than it needs, nor half of a pair, nor behind the last one.
+    const unsigned second = byteAt(1);
+    if (first < 0xC2 || first > 0xF4 || (first == 0xE0 && second < 0xA0) ||
+        (first == 0xED && second > 0x9F) || (first == 0xF0 && second < 0x90) ||
+        (first == 0xF4 && second > 0x8F))
+        return 0;
+    for (std::size_t i = 1; i < size; ++i)
+        if ((byteAt(i) & 0xC0) != 0x80) return 0;
+    return size;
+}
+
+/// Whether a terminal may take what is at `position` for a command: its size then, else 0. A byte that is no
+/// character is one to a terminal with another coding.
 inline std::size_t ControlCharacterAt(std::string_view text, std::size_t position) {
     const auto byte = static_cast<unsigned char>(text[position]);
-    if (byte < 0x20 || byte == 0x7F) return 1;
-    // The control characters beyond ASCII, in UTF-8: some terminals obey them as well.
-    if (byte != 0xC2 || position + 1 >= text.size()) return 0;
-    const auto next = static_cast<unsigned char>(text[position + 1]);
-    return next >= 0x80 && next <= 0x9F ? 2 : 0;
+    if (byte < 0x20 || byte == 0x7F || CharacterAt(text, position) == 0) return 1;
+    // The control characters beyond ASCII: some terminals obey them as well.
+    if (byte != 0xC2) return 0;
+    return static_cast<unsigned char>(text[position + 1]) <= 0x9F ? 2 : 0;
 }
 
 /// "\n" or "\x1b".
@@ -33,14 +51,18 @@ inline std::string EscapeOf(unsigned char byte) {
     }
 }
 
-/// `text` on one line that no terminal obeys: each control character as an escape sequence such as "\n" or
-/// "\x1b", everything else as it is.
+/// `text` on one line that no terminal obeys: each control character, and each byte that is no character, as
+/// an escape sequence such as "\n" or "\x1b", everything else as it is.
 inline std::string Printable(std::string_view text) {
     std::string result;
     result.reserve(text.size());
     for (std::size_t i = 0; i < text.size();) {
         std::size_t control = ControlCharacterAt(text, i);
-        if (control == 0) result += text[i++];
+        if (control == 0) {
+            const std::size_t size = CharacterAt(text, i);
+            result += text.substr(i, size);
+            i += size;
+        }
         for (; control > 0; control--)
             result += EscapeOf(static_cast<unsigned char>(text[i++]));
     }

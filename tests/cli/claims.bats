@@ -40,7 +40,7 @@ assert_clash() {
 @test "a template whose working copy is a file of the status is refused, temporary ones too" {
     sed -i "s,^ZET_CFG_DIR=.*,ZET_CFG_DIR=$HOST/state," zet.conf
     local name
-    for name in zet.lock state.db state.db-wal state.db-shm state.db-journal zet-client.status zet-client-fs.status; do
+    for name in zet.lock state.db state.db-wal state.db-shm state.db-journal state.db-last zet-client.status zet-client-fs.status; do
         assert_clash "$HOST/state/$name" "a file of the status" "$name"
     done
     for name in zet-server.status zet-client.status; do

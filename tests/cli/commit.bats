@@ -40,7 +40,7 @@ $HOST/out/two.conf: created, mode 0644, owner $EUID:$(id -g)
     assert_equal "$(store 'SELECT path FROM known JOIN states ON state = states.id WHERE kind = 0 AND CAST(roles AS TEXT) = "6:client" ORDER BY path')" \
         "$HOST/out/one.conf"$'\n'"$HOST/out/two.conf"
     assert_equal "$(store 'SELECT number, outcome, user, role, CAST(words AS TEXT) FROM entries')" "1|1|$EUID|client|8:--config$((${#HOST} + 9)):$HOST/zet.conf13:commit-config"
-    assert_equal "$(stat -c '%a %h' state/state.db*)" $'600 1\n600 1\n600 1'
+    assert_equal "$(stat -c '%a %h' state/state.db*)" $'600 1\n600 1\n600 1\n600 1'
 }
 
 @test "a commit of the server writes the server's targets and no status of the file server" {

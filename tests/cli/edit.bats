@@ -317,7 +317,7 @@ apply_diff() {
 @test "a file that is too large to be written anew is left as it is" {
     head -c 100000 /dev/zero | tr '\0' x >big
     remember_host
-    capture bash -c 'ulimit -f 64; exec "$@"' - "$ZET_BIN/zet-client" --config zet.conf param set big a 1
+    capture bash -c 'ulimit -f 16; exec "$@"' - "$ZET_BIN/zet-client" --config zet.conf param set big a 1
     assert_status 1
     assert_output ""
     [[ $stderr == "zet-client: error: $HOST/state/state.db: the history cannot be used: "* ]]
@@ -382,13 +382,26 @@ b=2
 }
 
 @test "log records of an edit go where they are wanted" {
-    echo '# ----ZET_END----' >>zet.conf
+    echo ZET_SYNC=maybe >>zet.conf
     run_zet option set SERVER new
     assert_status 0
-    assert_stderr "zet-client: warning: Unexpected token '# ----ZET_END----' in line 6."
-    run_zet option set -n SERVER newer
-    assert_status 3
-    assert_equal "$(grep -c 'Unexpected token' <<<"$stderr")" 1
+    assert_stderr "zet-client: warning: $HOST/zet.conf:6: 'maybe' is no value for ZET_SYNC and counts as yes (write yes or no)"
     run_zet -q option set SERVER newer
     assert_success "$HOST/zet.conf: changed"
+}
+
+@test "what is kept of another file is not edited" {
+    zet -q param set conf a 2
+    touch gone.no_file_before_zet
+    local command
+    for command in "param set conf.before_zet a 3" "line set conf.before_zet ^a a=3" "file strip conf.before_zet" "doctor --fix conf.before_zet"; do
+        # shellcheck disable=SC2086 # words
+        run_zet $command
+        assert_status 1
+        [[ $stderr == "zet-client: error: conf.before_zet: is kept as the original of conf (name conf, or copy this one)"$'\n' ]] || differ "$command" refusal "$stderr"
+    done
+    run_zet param set gone.no_file_before_zet a 3
+    assert_refusal 1 "gone.no_file_before_zet: records that there was no gone (name gone, or copy this one)"
+    run_zet param get conf.before_zet a
+    assert_success 1
 }

@@ -98,12 +98,17 @@ assert_wrong_use() {
 @test "a state directory that is missing, or whose lock is none, keeps writers away" {
     mv state/zet.lock "$BASE/lock"
     rmdir state
-    local command
-    for command in commit-config rollback-config; do
-        run_zet "$command"
-        assert_refusal 1 "$HOST/state/zet.lock: cannot be opened: No such file or directory (create the directory ZET_VAR_LIB_DIR, or run as a user who may write there)"
-    done
+    run_zet commit-config
+    assert_refusal 1 "$HOST/state/zet.lock: cannot be opened: No such file or directory (create the directory ZET_VAR_LIB_DIR, or run as a user who may write there)"
     mkdir state
+    mkdir state/zet.lock
+    run_zet commit-config
+    assert_refusal 1 "$HOST/state/zet.lock: cannot be opened: Is a directory (move it away)"
+    rmdir state/zet.lock
+    python3 -c 'import socket, sys; socket.socket(socket.AF_UNIX).bind(sys.argv[1])' state/zet.lock
+    run_zet param set zet.conf a b
+    assert_refusal 1 "$HOST/state/zet.lock: cannot be opened: No such device or address (move it away)"
+    rm state/zet.lock
     ln -s "$HOST/elsewhere" state/zet.lock
     run_zet commit-config
     assert_status 1
@@ -113,6 +118,28 @@ assert_wrong_use() {
     assert_status 1
     assert_stderr "zet-client: error: $HOST/state/zet.lock: is no regular file (move it away)
 zet-client: nothing was changed"
+}
+
+@test "no state directory keeps a file from going back" {
+    rm -f out/*
+    printf 'old\n' >out/one.conf
+    local kind lock="$HOST/state/zet.lock: cannot be opened: "
+    for kind in missing file directory link; do
+        zet -q commit-config one.conf
+        rm -r state
+        case $kind in
+            file) : >state ;;
+            directory) mkdir -p state/zet.lock ;;
+            link) mkdir state && ln -s nowhere state/zet.lock ;;
+        esac
+        run_zet rollback-config out/one.conf
+        assert_status 0
+        assert_file out/one.conf $'old\n'
+        assert_absent out/one.conf.before_zet
+        [[ $stderr == "zet-client: warning: $lock"*"; the files go back all the same, and other commands are not kept away"* ]] || differ "$kind" warning "$stderr"
+        rm -rf state
+        mkdir state
+    done
 }
 
 @test "a user who may not write is told so" {

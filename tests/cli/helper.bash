@@ -149,7 +149,7 @@ assert_equal() {
 }
 
 # Of the store, whose files change when it is looked at: names for find.
-STORE_FILES=(-name state.db -o -name state.db-wal -o -name state.db-shm)
+STORE_FILES=(-name state.db -o -name state.db-wal -o -name state.db-shm -o -name state.db-last)
 
 # Everything in the host's directory but the store: kind, mode, owner, times, link targets, bytes. Whoever writes
 # leaves his name in the file that he locks, and may make the store beside it.

@@ -226,8 +226,6 @@ login_of_this_process() {
     assert_refusal 2 "$HOST/other.before_zet: change 1 did not write it (those that did: 3)"
     run_zet history show 1 conf more
     assert_status 2
-    run_zet history show 1 ''
-    assert_status 0
 }
 
 @test "what is not kept is told with the reason" {
@@ -702,4 +700,15 @@ conf:1: lines 1 to 5: the administrator's own; in parts since an edit of somebod
     echo x >templates/conf
     run_zet history
     [[ $output != *hunter2* ]]
+}
+
+@test "an empty FILE is wrong use, and not all files" {
+    zet -q param set conf x 2
+    local command
+    for command in "history" "history show 1"; do
+        # shellcheck disable=SC2086 # words
+        run_zet $command ""
+        assert_status 2
+        [[ $stderr == *"is empty (name one, or leave it out)"* ]] || differ "$command" "wrong use" "$stderr"
+    done
 }

@@ -102,7 +102,7 @@ refused() {
 
 @test "no command waits for a file of the status that is no file" {
     local file
-    for file in zet-client.status zet-client-fs.status state.db state.db-wal state.db-shm state.db-journal zet.lock; do
+    for file in zet-client.status zet-client-fs.status state.db state.db-wal state.db-shm state.db-journal state.db-last zet.lock; do
         all_answer "state/$file" pipe
     done
     refused pipe state/zet-client.status status "is no regular file"

@@ -79,3 +79,15 @@ took back entry 1"
     on_tree param get /etc/some a
     assert_refusal 1 "$HOST/tree/etc/zet/zet.conf: cannot be read: not a regular file (name a configuration file)"
 }
+
+@test "a main file that is a link to nothing is told, and does not count as missing" {
+    printf 'a=1\n' >conf
+    ln -s nowhere link.conf
+    for command in "param set conf a 2" commit-config; do
+        # shellcheck disable=SC2086 # words
+        capture "$ZET_BIN/zet-client" --config "$HOST/link.conf" $command
+        assert_status 1
+        [[ $stderr == *"$HOST/link.conf: is a link to $HOST/nowhere, which is not there (correct the link, or remove it)"* ]] || differ "$command" refusal "$stderr"
+    done
+    assert_file conf $'a=1\n'
+}

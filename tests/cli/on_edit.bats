@@ -83,3 +83,11 @@ zet-client: nothing was changed"
     run_zet status
     [[ $output == *"$HOST/conf: edit missing"* ]]
 }
+
+@test "what was too large to be kept is not said to be shown" {
+    echo ZET_HISTORY_MAX_FILE=600 >>zet.conf
+    printf '%s\n' {1..1000} >>out/one.conf
+    run_zet commit-config --on-edit=overwrite
+    assert_status 0
+    [[ $stderr == *"what $HOST/out/one.conf held is larger than ZET_HISTORY_MAX_FILE, and not kept"* && $stderr != *"shows what it held"* ]] || differ words "not kept" "$stderr"
+}

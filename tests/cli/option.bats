@@ -190,3 +190,13 @@ REALM=NEW
     assert_output ""
     assert_equal "${stderr%: no \"=\"*}" "zet-client: error: $HOST/zet.conf:4"
 }
+
+@test "a main file with a lost marker is refused, as any other file" {
+    zet -q param set zet.conf REALM ONE
+    sed -i '/ZET_END/d' zet.conf
+    cp zet.conf before
+    run_zet option set REALM TWO
+    assert_status 1
+    [[ $stderr == *"$HOST/zet.conf:"*"doctor $HOST/zet.conf\" tells a repair"* ]]
+    cmp zet.conf before
+}

@@ -60,7 +60,7 @@ zet-client: nothing was changed"
 @test "a value that is not of its kind is a problem, whether a template uses it or not" {
     printf '  TICKET_MAX_LIFE=foo\nVALID_USER_NAMES=[\nMINIMUM_UID=1\nMINIMUM_UID=abc\nZET_SYNC=maybe\n' >>zet.conf
     local problems="$HOST/zet.conf:6:19: 'foo' is no value for TICKET_MAX_LIFE, which has to be a duration (write it like 7d 12h 30m 0s, 12:30 or 3600, which is seconds)
-$HOST/zet.conf:7:18: '[' is no value for VALID_USER_NAMES, which has to be a regular expression (close its brackets, and put a backslash before what is meant as it stands)
+$HOST/zet.conf:7:18: '[' is no value for VALID_USER_NAMES, which has to be a regular expression (close its brackets, put a backslash before what is meant as it stands, and write [/] for /)
 $HOST/zet.conf:9:13: 'abc' is no value for MINIMUM_UID, which has to be a number (write decimal digits, up to 4294967295 and without zeros in front)
 $HOST/zet.conf:10:10: 'maybe' is no value for ZET_SYNC and counts as yes (write yes or no)"
     run_zet check-config

@@ -62,7 +62,7 @@ assert_told() {
     echo 'planted' >own/targets.toml
     ln -sf "$HOST/own/targets.toml" templates/targets.toml
     chown -h "$STRANGER" templates/targets.toml
-    assert_told "/: is where user $STRANGER leads to, who does not own it (run the command as that user: sudo -u user $STRANGER ..., or let root own all directories and links on the way)"
+    assert_told "$HOST/templates/targets.toml: is a link of user $STRANGER that leads to /, which belongs to root (run the command as that user: sudo -u '#$STRANGER' ..., or let root own all directories and links on the way)"
 }
 
 @test "a module on a way that others may lead elsewhere is refused before it is loaded" {

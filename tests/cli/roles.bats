@@ -104,7 +104,7 @@ $STAYS"
     break_store
     run_zet rollback-config
     assert_status 1
-    rm state/state.db
+    rm state/state.db*
     run_zet rollback-config
     assert_status 0
     assert_file out/both.conf $'old both\n'

@@ -420,3 +420,23 @@ $TWO: edited, stays as it is"
     assert_file out/one.conf $'old\n'
     export TMPDIR=$BASE/tmp
 }
+
+@test "what this user cannot read is not told as edited" {
+    need_root
+    copy_programs
+    zet -q commit-config
+    chmod 600 "$ONE"
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" rollback-config -n "$ONE"
+    assert_status 1
+    [[ $stderr == *"$ONE: could not be put back: $ONE: "*"Permission denied"* && $stderr != *edited* ]] || differ words "" "$stderr"
+}
+
+@test "a trial foretells no success for a file that cannot be replaced" {
+    need_root
+    zet -q commit-config
+    chattr +i "$ONE" || skip "no such attribute here"
+    run_zet rollback-config -n "$ONE"
+    chattr -i "$ONE"
+    assert_status 1
+    [[ $stderr == *"$ONE: could not be put back: $ONE: is immutable, and cannot be replaced (chattr -i it)"* ]] || differ words immutable "$stderr"
+}

@@ -78,3 +78,25 @@ teardown() {
     assert_status 0
     cmp conf before
 }
+
+@test "a file that is gone is put back from its reserve, as a target is" {
+    rm conf
+    run_zet rollback-config -n
+    assert_status 3
+    [[ $output == *"$HOST/conf: would be put back as it was"* ]]
+    run_zet rollback-config
+    assert_status 0
+    [[ $output == *"$HOST/conf: put back as it was"* ]]
+    assert_file conf $'a=1\nb=2\n'
+    assert_absent conf.before_zet
+}
+
+@test "a file that is gone and has no reserve is not there" {
+    printf 'x=1\n' >other
+    zet -q param set --no-backup other x 2
+    rm other
+    run_zet rollback-config
+    assert_status 0
+    [[ $output == *"$HOST/other: is not there"* ]]
+    assert_absent other
+}

@@ -248,14 +248,14 @@ zet-client: nothing was changed"
         for command in commit-config check-config "param set /etc/one.conf a 2"; do
             run_in_tree $command
             assert_status 1
-            [[ $output$stderr == *"$TREE/var/lib/zet/state.db$suffix: is no regular file"*"(move it away)"* ]]
+            [[ $output$stderr == *"$TREE/var/lib/zet/state.db$suffix: is no regular file"*"(move it away, or set ZET_HISTORY=no"* ]]
         done
         # What stands beside the files is enough to put them back, and to tell what became of them.
         run_in_tree status
         assert_status 0
         [[ $output == *"/one.conf: in sync"* ]]
         run_in_tree rollback-config -n --force
-        assert_stderr "zet-client: warning: $TREE/var/lib/zet/state.db$suffix: is no regular file of one name that belongs to this user (move it away)"
+        assert_stderr "zet-client: warning: $TREE/var/lib/zet/state.db$suffix: is no regular file of one name that belongs to this user (move it away, or set ZET_HISTORY=no to edit without the history)"
         assert_outside_unchanged
         rm "tree/var/lib/zet/state.db$suffix"
     done

@@ -377,3 +377,15 @@ zet-client: \"history show 2 $HOST/out/one.conf\" shows what it held"
     [[ $output == *"+realm = OTHER.ORG"* ]]
     [[ $output != *"-mine"* ]]
 }
+
+@test "with -q, only what is not in sync is told" {
+    zet -q commit-config
+    run_zet status -q
+    assert_success ""
+    echo mine >>out/two.conf
+    run_zet status -q
+    assert_status 3
+    assert_output "$TWO: edited"
+    run_zet status -q --json
+    assert_json 'd["commit_time"] is not None' true
+}

@@ -300,3 +300,10 @@ zet-client: nothing was changed"
     assert_status 3
     [[ $output == *"two.conf: pending"* && $output != *newer* ]]
 }
+
+@test "a working copy whose shipped template is gone is not told as current" {
+    zet -q template install one.conf
+    rm templates/one.conf
+    run_zet template status one.conf
+    assert_success "$HOST/etc/one.conf: not shipped"
+}

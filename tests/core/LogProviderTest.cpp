@@ -168,7 +168,7 @@ TEST_F(LogProvider, LineFeedCannotForgeARecord) {
 
 TEST_F(LogProvider, ControlCharactersAreEscapedAndOtherBytesAreNot) {
     EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogError, 1, "\x1b[31m\t\x7f \xc2\x9b \xc2\xa0 é \\ \xff"); }),
-              "zet: error: \\x1b[31m\\t\\x7f \\xc2\\x9b \xc2\xa0 é \\ \xff\n");
+              "zet: error: \\x1b[31m\\t\\x7f \\xc2\\x9b \xc2\xa0 é \\ \\xff\n");
 }
 
 TEST_F(LogProvider, EachRecordIsOneWrite) {

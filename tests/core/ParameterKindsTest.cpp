@@ -79,8 +79,8 @@ TEST(ParameterKinds, DurationsAreWrittenAsKerberosReadsThem) {
 
 TEST(ParameterKinds, RegularExpressionsCanBeCompiled) {
     for (const char* key : {"VALID_USER_NAMES", "VALID_GROUP_NAMES"})
-        ExpectValues(key, {"", "^[a-z_][a-z0-9_-]*$", "a|b", "\\w+", "x{2}", " "},
-                     {"[", "(", "a)", "*", "\\", "[z-a]"});
+        ExpectValues(key, {"", "^[a-z_][a-z0-9_-]*$", "a|b", "\\w+", "x{2}", " ", "[/]", "[]/]", "[^]/]"},
+                     {"[", "(", "a)", "*", "\\", "[z-a]", "a/b", "\\/", "[a]/"});
 }
 
 TEST(ParameterKinds, PathsAreAbsolute) {

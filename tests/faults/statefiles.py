@@ -9,7 +9,7 @@ STATUS = re.compile(r"state/zet-(server|client|client-fs)\.status$")
 LOCK = re.compile(r"(^|/)state/zet\.lock$")
 # By what is broken in them: a record may be lost without losing an original; nobody may write without the lock.
 RECORDS = ("state.db", "state.db-wal")
-JOURNALS = ("state.db-shm", "state.db-journal")  # nothing is lost with them
+JOURNALS = ("state.db-shm", "state.db-journal", "state.db-last")  # nothing is lost with them
 STATUSES = ("zet-server.status",)
 LOCKS = ("zet.lock",)
 

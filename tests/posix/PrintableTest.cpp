@@ -6,7 +6,8 @@ namespace ZET {
 namespace {
 
 TEST(PrintableTest, OrdinaryTextStaysAsItIs) {
-    for (const char* text : {"", "a b ~", "é ü €", "\\n", "\xff\xfe", "\xc3\x80 \xc3\x9f"})
+    for (const char* text :
+         {"", "a b ~", "é ü €", "\\n", "\xc3\x80 \xc3\x9f", "\xe2\x82\xac \xf0\x9f\x98\x80"})
         EXPECT_EQ(Printable(text), text);
 }
 
@@ -15,7 +16,7 @@ TEST(PrintableTest, EveryControlCharacterIsEscaped) {
     EXPECT_EQ(Printable(std::string_view("\0\x01\x1b\x1f\x7f", 5)), "\\x00\\x01\\x1b\\x1f\\x7f");
     for (int byte = 0; byte < 256; byte++) {
         const std::string text(1, static_cast<char>(byte));
-        const bool isControl = byte < 32 || byte == 127;
+        const bool isControl = byte < 32 || byte >= 127;
         EXPECT_EQ(Printable(text) == text, !isControl) << byte;
     }
 }
@@ -24,14 +25,22 @@ TEST(PrintableTest, EveryLateControlCharacterIsEscaped) {
     EXPECT_EQ(Printable("\xc2\x9b[31m"), "\\xc2\\x9b[31m");
     for (int byte = 0; byte < 256; byte++) {
         const std::string text = {'\xc2', static_cast<char>(byte)};
-        const bool isControl = byte < 32 || (byte >= 0x7f && byte <= 0x9f);
-        EXPECT_EQ(Printable(text) == text, !isControl) << byte;
+        EXPECT_EQ(Printable(text) == text, byte >= 0xa0 && byte <= 0xbf) << byte;
     }
 }
 
-TEST(PrintableTest, BeginningOfALateControlCharacterAtTheEndStays) {
-    EXPECT_EQ(Printable("a\xc2"), "a\xc2");
-    EXPECT_EQ(Printable(std::string_view("a\xc2\x9b", 2)), "a\xc2");
+TEST(PrintableTest, WhatIsNoCharacterIsEscaped) {
+    EXPECT_EQ(Printable("a\x9b"
+                        "31m"),
+              "a\\x9b31m");
+    EXPECT_EQ(Printable("\xff\xfe"), "\\xff\\xfe");
+    EXPECT_EQ(Printable("a\xc2"), "a\\xc2");
+    EXPECT_EQ(Printable(std::string_view("a\xc2\x9b", 2)), "a\\xc2");
+    EXPECT_EQ(Printable("\xe2\x82"), "\\xe2\\x82");  // its end is missing
+    EXPECT_EQ(Printable("\xc0\x9b"), "\\xc0\\x9b");  // in more bytes than it needs
+    EXPECT_EQ(Printable("\xe0\x82\x9b"), "\\xe0\\x82\\x9b");
+    EXPECT_EQ(Printable("\xed\xa0\x80"), "\\xed\\xa0\\x80");  // half of a pair
+    EXPECT_EQ(Printable("\xf4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80");
 }
 
 }  // namespace

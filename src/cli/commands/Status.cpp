@@ -46,13 +46,14 @@ void BeginStatus(Session& session) {
 
 void TellRole(Session& session, const RoleStatus& status) {
     Report& report = session.Out();
+    if (!status.commitTime.empty()) report.Set("commit_time", status.commitTime);
+    if (IsClient(session) && !status.fileServer.empty()) report.Set("file_server", status.fileServer);
+    if (session.Asked().quiet) return;
     report.Line(Filled(_("role: %s"), {RoleName(session.Asked().role)}));
     report.Line(Filled(_("committed: %s"), {status.commitTime.empty() ? _("never") : status.commitTime}));
-    if (!status.commitTime.empty()) report.Set("commit_time", status.commitTime);
-    if (!IsClient(session)) return;
-    report.Line(
-        Filled(_("file server: %s"), {status.fileServer.empty() ? _("none recorded") : status.fileServer}));
-    if (!status.fileServer.empty()) report.Set("file_server", status.fileServer);
+    if (IsClient(session))
+        report.Line(Filled(_("file server: %s"),
+                           {status.fileServer.empty() ? _("none recorded") : status.fileServer}));
 }
 
 void TellTrouble(Session& session, const TargetState& target) {
@@ -124,7 +125,7 @@ void TellNewer(Session& session, const std::vector<std::string>& names) {
         session.Out().Add("newer_templates", name);
         text += (text.empty() ? "" : ", ") + name;
     }
-    if (text.empty()) return;
+    if (text.empty() || session.Asked().quiet) return;
     session.Out().Line(Filled(_("newer shipped templates: %s (\"%s template upgrade\" takes them over)"),
                               {text, session.Asked().program}));
 }
@@ -150,15 +151,16 @@ int Status(Session& session, const StatusOptions& asked) {
     const SignalGuard signals;
     if (asked.format == "openmetrics") return TellMetrics(session);
     BeginStatus(session);
+    const bool onlyChanged = asked.changed || session.Asked().quiet;
     TellRole(session, RoleStatusOf(session.Product()));
     const TargetStates states = StatesOfTargets(session.Product());
     for (const TargetState& target : states.targets) {
-        if (!asked.changed || target.state != kInSync) TellTarget(session, target);
+        if (!onlyChanged || target.state != kInSync) TellTarget(session, target);
     }
-    TellListedEdits(session, states.listedEdits, asked.changed);
-    TellEdits(session, states.edits, asked.changed);
+    TellListedEdits(session, states.listedEdits, onlyChanged);
+    TellEdits(session, states.edits, onlyChanged);
     TellNewer(session, states.newerTemplates);
-    session.Out().Line(CountsOf(states.targets));
+    if (!session.Asked().quiet) session.Out().Line(CountsOf(states.targets));
     for (const LeftOver& leftOver : states.leftOvers) {
         session.Out().Warning(
             leftOver.path + ": " +

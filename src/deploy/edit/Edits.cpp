@@ -1,5 +1,6 @@
 #include "deploy/edit/Edits.h"
 
+#include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
@@ -49,6 +50,12 @@ std::string FileToRead(const Host& host, const std::string& file) {
 void RequireWholeFile(const EditOptions& options) {
     if (options.section)
         throw UsageError("this edit knows no sections (leave the option out, or edit a parameter)");
+}
+
+std::string FileToEdit(const Host& host, const std::string& file) {
+    std::string path = FileToRead(host, file);
+    RequireNoCompanion(path);
+    return path;
 }
 
 void RequireNoTarget(Deployment& product, const std::string& path, const EditOptions& options) {

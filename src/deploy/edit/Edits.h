@@ -18,11 +18,14 @@ namespace ZET::Deploy {
 /// edit.
 std::shared_ptr<IZETConfigFile> OpenedFile(Deployment& product, const std::string& path, bool noMarkers);
 
-/// The caller's FILE to look something up or to edit it in: the real file, checked to be readable.
+/// The caller's FILE to look something up in: the real file, checked to be readable.
 std::string FileToRead(const Host& host, const std::string& file);
 
 /// A `UsageError` when the options are about one section, which the edit knows nothing of.
 void RequireWholeFile(const EditOptions& options);
+
+/// The same to edit it: what is kept of another file is no file to edit.
+std::string FileToEdit(const Host& host, const std::string& file);
 
 /// A `Failure` with the remedy for a target that a commit recorded and would overwrite, unless the caller
 /// wants it edited all the same.

@@ -15,7 +15,7 @@ FileEdit::FileEdit(Deployment& product, const std::string& file, FileInPlace::Ac
     : m_product(product),
       m_kind(access == FileInPlace::Access::ByPath ? FileKind::Option : FileKind::Edit),
       m_file(file),
-      m_path(FileToRead(product, file)),
+      m_path(FileToEdit(product, file)),
       m_writing(product, {m_path}),
       m_place(product.HostPaths().Find(file), m_path, access),
       m_version(VersionIn(m_place.Directory(), m_place.NameInDirectory(), m_path)) {}

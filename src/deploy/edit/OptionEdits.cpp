@@ -7,6 +7,7 @@
 
 #include "deploy/edit/Edits.h"
 #include "deploy/edit/FileEdit.h"
+#include "deploy/edit/SoundBlocks.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/state/Overrides.h"
@@ -91,6 +92,7 @@ FileOutcome SetOption(Deployment& product, const std::string& name, const std::s
     // be set right.
     const ParamOverride language(product.Core(), kLanguage, "C");
     FileEdit edit(product, product.ConfigFile(), FileInPlace::Access::ByPath);
+    LookAtBlocks(product, {product.ConfigFile(), edit.Path()});
     const auto set = [&](const std::string& path) {
         if (path != file) {
             // The trial: what the module does to its own file, done to the copy.

@@ -1,5 +1,8 @@
 #include "deploy/host/Companions.h"
 
+#include <string_view>
+
+#include "deploy/host/Failure.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -13,6 +16,17 @@ std::string ReserveOf(const std::string& path) {
 std::string ReserveAfterChange(const std::string& path) {
     return IsFileExist(path) && !IsFileExist(path + ZETAbsenceSuffix) ? path + ZETReserveSuffix
                                                                       : ReserveOf(path);
+}
+
+void RequireNoCompanion(const std::string& path) {
+    const auto require = [&](std::string_view suffix, const std::string& what) {
+        if (!path.ends_with(suffix)) return;
+        const std::string file = path.substr(0, path.size() - suffix.size());
+        if (file.empty() || file.ends_with('/')) return;
+        throw Failure({.file = path, .text = what + file, .remedy = "name " + file + ", or copy this one"});
+    };
+    require(ZETReserveSuffix, "is kept as the original of ");
+    require(ZETAbsenceSuffix, "records that there was no ");
 }
 
 }  // namespace ZET::Deploy

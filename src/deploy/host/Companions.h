@@ -12,6 +12,10 @@ std::string ReserveOf(const std::string& path);
 /// The reserve that the file has after a change that keeps one.
 std::string ReserveAfterChange(const std::string& path);
 
+/// A `Failure` for a file that is itself what stands beside another: what was there before the product would
+/// be lost with it.
+void RequireNoCompanion(const std::string& path);
+
 }  // namespace ZET::Deploy
 
 #endif

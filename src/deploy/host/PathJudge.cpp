@@ -18,7 +18,7 @@ bool IsSticky(const struct stat& status) {
 }
 
 std::string WayOut(uid_t user, const std::string& toOwn) {
-    return "run the command as that user: sudo -u " + NameOfUser(user) + " ..., or let root own " + toOwn;
+    return "run the command as that user: sudo -u " + WordOfUser(user) + " ..., or let root own " + toOwn;
 }
 
 }  // namespace
@@ -43,6 +43,7 @@ void PathJudge::Step(const Directory& from, const std::string& entryName, const 
     const bool isEntrys = from.hasOtherWriters && IsSticky(from.status) && entry != nullptr;
     Follow(isEntrys ? entry->st_uid : from.status.st_uid, from);
     if (m_holder) RequireHoldersEntry(from, entryName, entry, isLast);
+    if (m_holder && entry != nullptr && S_ISLNK(entry->st_mode)) m_link = PathIn(from.name, entryName);
 }
 
 void PathJudge::RequireClosed(const Directory& directory, const std::string& entryName, bool isLast) {
@@ -55,7 +56,10 @@ void PathJudge::RequireClosed(const Directory& directory, const std::string& ent
 
 void PathJudge::Follow(uid_t owner, const Directory& from) {
     if (m_holder && owner != *m_holder) {
-        Object(from.name, "is where " + NameOfUser(*m_holder) + " leads to, who does not own it",
+        Object(m_link.empty() ? from.name : m_link,
+               m_link.empty() ? "is where " + NameOfUser(*m_holder) + " leads to, who does not own it"
+                              : "is a link of " + NameOfUser(*m_holder) + " that leads to " + from.name +
+                                    ", which belongs to " + NameOfUser(owner),
                WayOut(*m_holder, "all directories and links on the way"));
     } else if (!m_holder && !IsHarmless(owner)) {
         m_holder = owner;
@@ -96,6 +100,11 @@ bool HasOtherWriters(const std::string& path, const struct stat& status) {
     if ((status.st_mode & S_IWGRP) == 0) return false;
     // With an access control list, these bits are those of its mask, and somebody named in it may write.
     return status.st_gid != 0 || getxattr(path.c_str(), "system.posix_acl_access", nullptr, 0) > 0;
+}
+
+std::string WordOfUser(uid_t user) {
+    const struct passwd* entry = getpwuid(user);
+    return entry != nullptr ? entry->pw_name : "'#" + std::to_string(user) + "'";
 }
 
 std::string NameOfUser(uid_t user) {

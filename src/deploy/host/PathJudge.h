@@ -51,6 +51,7 @@ class PathJudge {
 
     std::vector<uid_t> m_harmless;
     std::optional<uid_t> m_holder;
+    std::string m_link;  ///< his, the last one that was followed
     std::optional<Problem> m_objection;
 };
 
@@ -59,6 +60,9 @@ bool HasOtherWriters(const std::string& path, const struct stat& status);
 
 /// The user's name, or the number of one who has none.
 std::string NameOfUser(uid_t user);
+
+/// The same as a word behind "sudo -u".
+std::string WordOfUser(uid_t user);
 
 }  // namespace ZET::Deploy
 

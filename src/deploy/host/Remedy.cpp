@@ -22,6 +22,7 @@ constexpr struct {
     {ENOENT, "create it, or correct the path"},
     {ENOTDIR, "correct the path"},
     {EISDIR, "move the directory away, or name a file"},
+    {ENXIO, "move it away, or name a file"},
     {ELOOP, "correct the links"},
     {ENAMETOOLONG, "choose a shorter name"},
     {EMFILE, "let the command open more files"},

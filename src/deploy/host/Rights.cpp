@@ -23,7 +23,7 @@ constexpr auto kAsk = static_cast<uid_t>(-1);  // changes nothing, and returns t
 [[noreturn]] void Fail(uid_t user) {
     const int error = errno;  // which looking up his name may change
     throw SystemFailure({.text = "the rights of " + NameOfUser(user) + " cannot be taken",
-                         .remedy = "run the command as that user: sudo -u " + NameOfUser(user) + " ..."},
+                         .remedy = "run the command as that user: sudo -u " + WordOfUser(user) + " ..."},
                         error);
 }
 

@@ -2,11 +2,15 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <iterator>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileState.h"
 #include "deploy/state/Host.h"
+#include "deploy/state/store/StoreDamage.h"
 #include "deploy/state/store/StoreFile.h"
 
 namespace ZET::Deploy {
@@ -52,18 +56,43 @@ bool History::IsDenied() const {
 Store& History::ToRecord() {
     if (!m_isToRecord) {
         m_store = nullptr;
+        IsThere();
         m_store = std::make_unique<Store>(File(), Store::Access::Record, Limits(),
                                           m_product.Param("ZET_SYNC") != "no");
+        TellLoss();
+        m_store->GiveUpLost();
         m_isToRecord = true;
     }
     return *m_store;
 }
 
 Store* History::ToLook() {
-    if (!m_store && !IsDenied() && HasStore(File()))
+    if (!m_store && !IsDenied() && IsThere()) {
         m_store = std::make_unique<Store>(File(), Store::Access::Look, Limits());
-    if (m_store && !m_isToRecord && m_store->IsBlank()) m_store = nullptr;
+        TellLoss();
+    }
     return m_store.get();
+}
+
+/// A role that has committed has recorded it, so that nothing is in the store is damage then. One that is not
+/// there at all may have been moved away.
+bool History::IsThere() {
+    const FoundStore found = FindStore(File());
+    const auto hasStatus = [&](Role role) { return StateOf(m_product.State().Status(role)).exists; };
+    if (found == FoundStore::Blank && std::any_of(std::begin(kRoles), std::end(kRoles), hasStatus))
+        FailOfDamage(File(), "it is empty, though something is committed");
+    return found == FoundStore::Whole;
+}
+
+void History::TellLoss() {
+    const std::optional<Store::Loss>& lost = m_store->Lost();
+    if (!lost || m_isLossTold) return;
+    m_isLossTold = true;
+    const Problem loss = {.file = File(),
+                          .text = "its last entries, " + std::to_string(lost->first) + " to " +
+                                  std::to_string(lost->last) + ", are lost, as its journal is damaged",
+                          .remedy = "look at \"status\": what they wrote may be told as edited"};
+    m_product.Out().Warning(loss.Describe());
 }
 
 Store* History::ToLookIfUsable() {

@@ -52,11 +52,14 @@ class History {
 
   private:
     std::string File() const;
+    bool IsThere();
+    void TellLoss();
 
     Host& m_product;
     std::unique_ptr<Store> m_store;
     bool m_isToRecord = false;
     bool m_isUnusable = false;
+    bool m_isLossTold = false;
     std::string m_told;
 };
 

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
 #include "zet/ZETFiles.h"
 
@@ -44,6 +45,11 @@ void Host::RequireGoOn() {
 void Host::StartCore() {
     // Links followed, so that an option that is set goes into the real file and a link stays one.
     const std::string file = m_paths.Resolved(m_configFile);
+    if (!IsFileExist(file) && StateOf(m_paths.FromInside(m_configFile)).exists) {
+        throw Failure({.file = m_configFile,
+                       .text = "is a link to " + file + ", which is not there",
+                       .remedy = "correct the link, or remove it"});
+    }
     m_core = m_options.needsConfigFile || IsFileExist(file) ? std::make_unique<CZETHost>(file)
                                                             : std::make_unique<CZETHost>();
 }

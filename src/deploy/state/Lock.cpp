@@ -128,12 +128,28 @@ bool MayOthersWrite(const std::string& directory) {
            (status.st_uid != geteuid() || (status.st_mode & (S_IWGRP | S_IWOTH)) != 0);
 }
 
+/// What stands in the lock's place is none, and no command takes it for one.
+bool IsOfAnotherKind(int error) {
+    return error == EISDIR || error == ENXIO || error == ELOOP;
+}
+
 [[noreturn]] void FailToOpen(const std::string& file) {
+    const int error = errno;
     throw SystemFailure(
         {.file = file,
          .text = "cannot be opened",
-         .remedy = "create the directory ZET_VAR_LIB_DIR, or run as a user who may write there"},
-        errno);
+         .remedy = IsOfAnotherKind(error)
+                       ? "move it away"
+                       : "create the directory ZET_VAR_LIB_DIR, or run as a user who may write there"},
+        error);
+}
+
+/// Who cannot open it may be kept from it by his rights alone, while root holds it.
+bool CanNobodyHold(const std::string& file, int error) {
+    if (error == ENOENT || error == ENOTDIR || error == EROFS || IsOfAnotherKind(error)) return true;
+    struct stat status = {};
+    return geteuid() == 0 && (error == EACCES || error == EPERM) && lstat(file.c_str(), &status) != 0 &&
+           errno == ENOENT;
 }
 
 }  // namespace
@@ -146,7 +162,8 @@ WriteLock::WriteLock(const StateDirectory& state, const LockSeeker& seeker)
 
 WriteLock::WriteLock(const StateDirectory& state, const LockSeeker& seeker, const std::string& path)
     : m_lock(Lock(seeker, state.Lock())) {
-    if (!IsProducts() && errno != EACCES && errno != EROFS && errno != ENOENT) FailToOpen(state.Lock());
+    if (!IsProducts() && errno != EACCES && errno != EROFS && errno != ENOENT && errno != ENOTDIR)
+        FailToOpen(state.Lock());
     if (IsProducts()) TakeOver(seeker);
     const std::string directory = DirectoryOf(path);
     if (!IsProducts() || MayOthersWrite(directory)) m_directoryLock = LockDirectory(seeker, directory);
@@ -159,6 +176,17 @@ WriteLock::~WriteLock() {
 void WriteLock::TakeOver(const LockSeeker& seeker) {
     m_mayFollowOneCutShort = !NamesOneWhoEnded(m_lock);
     m_namedSize = NameHolder(seeker.name, m_lock);
+}
+
+std::unique_ptr<WriteLock> LockToGoBack(const StateDirectory& state, const LockSeeker& seeker) {
+    try {
+        return std::make_unique<WriteLock>(state, seeker);
+    } catch (const Failure& failure) {
+        if (!CanNobodyHold(state.Lock(), failure.ErrorNumber())) throw;
+        seeker.observer.Warning(std::string(failure.what()) +
+                                "; the files go back all the same, and other commands are not kept away");
+        return nullptr;
+    }
 }
 
 }  // namespace ZET::Deploy

@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <memory>
 #include <string>
 
 #include "deploy/state/StateDirectory.h"
@@ -48,6 +49,10 @@ class WriteLock {
     bool m_mayFollowOneCutShort = true;
     off_t m_namedSize = 0;  ///< of the text that names the holder; 0: it could not be written
 };
+
+/// For who goes back to what was there before, whom nothing may stop: none, with a warning, where no command
+/// can hold the lock since it cannot be made.
+std::unique_ptr<WriteLock> LockToGoBack(const StateDirectory& state, const LockSeeker& seeker);
 
 }  // namespace ZET::Deploy
 

@@ -33,7 +33,7 @@ class StateDirectory {
         std::vector<std::string> files = {Lock(), FileServerStatus()};
         for (const Role role : kRoles)
             files.push_back(Status(role));
-        for (const char* const suffix : {"", "-wal", "-shm", "-journal"})
+        for (const char* const suffix : {"", "-wal", "-shm", "-journal", "-last"})
             files.push_back(Store() + suffix);
         return files;
     }

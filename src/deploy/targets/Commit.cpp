@@ -280,6 +280,10 @@ class Execution {
     void TellWhereKept(const PlannedTarget& planned) const {
         if (!planned.IsOthersWork() || !planned.before.exists || !m_recording.Number()) return;
         if (!m_product.HostHistory().KeepsTexts()) return;
+        const auto size = static_cast<std::uint64_t>(planned.version.size);
+        if (size > m_product.HostHistory().Limits().largestText)
+            return m_product.Out().Remark("what " + planned.target.path +
+                                          " held is larger than ZET_HISTORY_MAX_FILE, and not kept");
         m_product.Out().Remark("\"history show " + std::to_string(*m_recording.Number()) + " " +
                                planned.target.path + "\" shows what it held");
     }

@@ -23,7 +23,10 @@ void RequireSound(const std::string& path, const std::string& text) {
 
 EditToTakeBack LookAtEdit(const KnownFiles& known, const WrittenFile& file, bool isForced) {
     const FileState now = StateOf(file.path);
-    if (!now.exists) return {Way::Forget, "is not there", ""};
+    if (!now.exists) {
+        const bool isLeft = file.IsLeft();
+        return {isLeft ? Way::Reserve : Way::Forget, isLeft ? "" : "is not there", ""};
+    }
     if (!now.IsRegular()) return {Way::Keep, "is no regular file, stays as it is", ""};
     const bool isAsLeft = known.IsAsLeft(file.path);
     if ((isAsLeft || isForced) && IsFileExist(file.Reserve())) return {Way::Reserve, "", ""};

@@ -11,7 +11,7 @@ namespace ZET::Deploy {
 /// How an edit in place is taken back.
 struct EditToTakeBack {
     enum class Way {
-        Reserve,  ///< nobody else has a hand in the file
+        Reserve,  ///< nobody else has a hand in the file, or it is gone: it goes back as a target does
         Blocks,   ///< the product's blocks go, and all other lines stay
         Forget,   ///< nothing of the product's is left in it
         Keep      ///< nobody can tell what the product's is

@@ -31,12 +31,14 @@ using Action = TakeBackStep::Action;
 /// done.
 class Rollback {
   public:
-    Rollback(Deployment& product, const std::vector<std::string>& names, const RollBackToOptions& options)
+    Rollback(Deployment& product, const std::vector<std::string>& names, const RollBackToOptions& options,
+             bool isLocked)
         : m_product(product),
           m_names(names),
           m_isDryRun(product.Wanted().dryRun),
           m_otherRole(OtherRole(product.Role())),
-          m_recording(product, Recording::Use::OfTheProduct, true, true),
+          m_isLocked(isLocked),
+          m_recording(product, Recording::Use::OfTheProduct, isLocked, true),
           m_known(product, KnownFiles::Unusable::IsTold),
           m_takeBack(product, m_known, {options.force, options.keepEdits, "--force"}) {}
 
@@ -54,7 +56,7 @@ class Rollback {
                         std::any_of(steps.begin(), steps.end(), [](const auto& step) { return step.isKept; });
         if (m_isDryRun) return result;
         // What could not be put back is none of those that are taken back any more.
-        if (isLast && IsLast(all.files, steps)) RemoveStatus();
+        if (isLast && IsLast(all.files, steps)) RemoveStatusIfPossible();
         m_recording.Complete(Ending::DoneInPart);
         return result;
     }
@@ -136,6 +138,16 @@ class Rollback {
             m_recording.Expect({.path = path, .kind = FileKind::Status, .after = CapturedFile()});
     }
 
+    /// Without the directory that it is in there is none; one that cannot go keeps no file from going back.
+    void RemoveStatusIfPossible() {
+        if (m_isLocked) return RemoveStatus();
+        try {
+            if (StateOf(m_product.State().Status(m_product.Role())).exists) RemoveStatus();
+        } catch (const std::exception& error) {
+            m_product.Out().Warning("the status stays: " + std::string(FailureOf(error).what()));
+        }
+    }
+
     void RemoveStatus() {
         m_product.Config().RemoveConfigStatus(NameOf(m_product.Role()));
         if (m_product.Role() == Role::Client) m_product.Config().RemoveFileServerStatus();
@@ -145,6 +157,7 @@ class Rollback {
     const std::vector<std::string>& m_names;
     bool m_isDryRun;
     const Role m_otherRole;
+    const bool m_isLocked;
     Recording m_recording;
     const KnownFiles m_known;
     TakeBack m_takeBack;
@@ -158,11 +171,13 @@ RollbackResult RollBack(Deployment& product, const std::vector<std::string>& nam
     std::unique_ptr<WriteLock> lock;
     if (!product.Wanted().dryRun) {
         RequireOwnInstructions(product);
-        lock = std::make_unique<WriteLock>(product.State(), LockSeeker{product.Caller(), product.Out()});
-        Staging::RemoveLeftOvers(product.State().Path());
-        SettleCutShort(product, true);
+        lock = LockToGoBack(product.State(), LockSeeker{product.Caller(), product.Out()});
+        if (lock) {
+            Staging::RemoveLeftOvers(product.State().Path());
+            SettleCutShort(product, true);
+        }
     }
-    return Rollback(product, names, options).Run();
+    return Rollback(product, names, options, lock != nullptr).Run();
 }
 
 }  // namespace ZET::Deploy

@@ -54,6 +54,8 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
     }
     if (reserve.exists && !reserve.IsRegular())
         throw Failure({.file = file.Reserve(), .text = "is no regular file", .remedy = "move it away"});
+    // What cannot be read is not told as edited.
+    if (now.IsRegular()) RequireReadableFile(file.path);
     if (now.exists && !m_ways.isForced && !IsOwnWork(file)) {
         KeepEdited(step);
     } else if (m_known.IsUnusable() && file.isOfBoth && !m_ways.isForced) {
@@ -112,6 +114,9 @@ void TakeBack::DecidePutBack(TakeBackStep& step, const FileState& now, const Fil
     step.outcome.after = reserve;
     step.outcome.diff = DiffOf(step.file, now, reserve);
     step.action = step.file.IsAsReserved(now, reserve) ? Action::DropReserve : Action::PutBack;
+    if (step.action != Action::PutBack) return;
+    for (const std::string& path : {step.file.path, step.file.Reserve()})
+        RequireReplaceable(path);
 }
 
 void TakeBack::KeepEdited(TakeBackStep& step) const {

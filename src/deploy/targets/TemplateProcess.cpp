@@ -57,6 +57,7 @@ std::string RenderedText(Deployment& product, const Rendering& rendering) {
 TemplateProcess::TemplateProcess(Deployment& product, const Rendering& rendering, const std::string& target)
     : m_product(product), m_rendering(rendering), m_target(target), m_path(product.FilePath(target)) {
     RequireFreeTarget(product, rendering.templateName, m_path);
+    RequireNoCompanion(m_path);
     if (StateOf(m_path).exists) RequireReadableFile(m_path);
     std::vector<std::string> files = {m_path};
     const std::string workingCopy = WorkingCopy(product, rendering.templateName);

@@ -50,6 +50,7 @@ TemplateTexts ReadTexts(Host& host, const TemplateFiles& files) {
 const char* StateOf(const TemplateTexts& texts) {
     if (!texts.copy) return "not installed";
     if (!texts.shipped && !texts.base) return "own";
+    if (!texts.shipped) return "not shipped";
     if (!texts.IsKnown()) return kUnknown;
     if (texts.HasNewer()) return texts.IsEdited() ? "edited, newer shipped" : "newer shipped";
     return texts.IsEdited() ? "edited" : "current";

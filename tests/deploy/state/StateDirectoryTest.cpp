@@ -13,8 +13,8 @@ using testing::UnorderedElementsAre;
 TEST(StateDirectoryTest, FilesAreThoseOfBothRoles) {
     EXPECT_THAT(StateDirectory("/s").Files(),
                 UnorderedElementsAre("/s/zet.lock", "/s/state.db", "/s/state.db-wal", "/s/state.db-shm",
-                                     "/s/state.db-journal", "/s/zet-server.status", "/s/zet-client.status",
-                                     "/s/zet-client-fs.status"));
+                                     "/s/state.db-journal", "/s/state.db-last", "/s/zet-server.status",
+                                     "/s/zet-client.status", "/s/zet-client-fs.status"));
 }
 
 TEST(RoleTest, NameLeadsBackToTheRole) {

@@ -83,11 +83,11 @@ TEST_F(StoreFileTest, AnotherDatabaseAndANewerStoreAreRefused) {
 
 TEST_F(StoreFileTest, OnlyAnEmptyFileCountsAsNew) {
     std::ofstream(Name()) << "";
-    EXPECT_FALSE(HasStore(Name()));
+    EXPECT_EQ(FindStore(Name()), FoundStore::Blank);
     { Opened(); }
     fs::remove(Name() + "-wal");
     std::ofstream(Name()) << "no database at all";
-    EXPECT_TRUE(HasStore(Name()));
+    EXPECT_EQ(FindStore(Name()), FoundStore::Whole);
     EXPECT_THROW(Opened(), Damage);
     EXPECT_EQ(Bytes(Name()), "no database at all");
 }
@@ -116,6 +116,17 @@ void ExpectNothingWrong(const std::string& name) {
         Record(store, {File("/etc/x", "the former text\n", "the new text\n")});
     } catch (const Failure&) {
         // It says so.
+    }
+}
+
+/// The number of entries; none when it is told that some are lost.
+std::optional<std::size_t> CountOrLoss(const std::string& name, Store::Access access) {
+    try {
+        Store store(name, access, {}, false);
+        if (store.Lost()) return std::nullopt;
+        return store.Entries(10).size();
+    } catch (const Damage&) {
+        return std::nullopt;
     }
 }
 
@@ -191,6 +202,94 @@ TEST_F(StoreFileTest, ItCanBeLookedAtWhereNothingCanBeWritten) {
         ASSERT_EQ(seteuid(self), 0);
     }
     chmod(m_directory.c_str(), 0700);
+}
+
+TEST_F(DamagedStoreTest, AJournalWithABrokenByteLosesNothingWithoutAWord) {
+    const std::string& journal = m_whole["-wal"];
+    for (const auto access : {Store::Access::Look, Store::Access::Record}) {
+        for (std::size_t at = 0; at < journal.size(); at += 211) {
+            PutBack();
+            std::string damaged = journal;
+            damaged[at] = static_cast<char>(damaged[at] ^ 0x10);
+            std::ofstream(Name("-wal"), std::ios::binary) << damaged;
+            EXPECT_EQ(CountOrLoss(Name(), access).value_or(1), 1u) << at;
+            PutBack();
+            fs::resize_file(Name("-wal"), at);
+            EXPECT_EQ(CountOrLoss(Name(), access).value_or(1), 1u) << "cut at " << at;
+        }
+    }
+}
+
+TEST_F(DamagedStoreTest, TheTablesAreNotInTheJournalAlone) {
+    fs::remove(Name("-wal"));
+    fs::remove(Name("-shm"));
+    fs::remove(Name("-last"));
+    EXPECT_EQ(Store(Name(), Store::Access::Look).Entries(1).size(), 0u);
+}
+
+TEST_F(DamagedStoreTest, OneThatIsEmptyOrGoneBesideItsJournalIsDamaged) {
+    for (const bool isGone : {false, true}) {
+        for (const bool hasLastNumber : {true, false}) {
+            PutBack();
+            if (isGone)
+                fs::remove(Name());
+            else
+                fs::resize_file(Name(), 0);
+            if (!hasLastNumber) fs::remove(Name("-last"));
+            EXPECT_FALSE(CountOrLoss(Name(), Store::Access::Look));
+            EXPECT_FALSE(CountOrLoss(Name(), Store::Access::Record));
+            EXPECT_EQ(Bytes(Name("-wal")), m_whole["-wal"]);
+        }
+    }
+}
+
+TEST_F(DamagedStoreTest, OneThatIsMovedAwayAsAWholeBeginsAnew) {
+    for (const char* const suffix : {"", "-wal", "-shm"})
+        fs::remove(Name(suffix));
+    EXPECT_EQ(CountOrLoss(Name(), Store::Access::Record), 0u);
+    EXPECT_EQ(CountOrLoss(Name(), Store::Access::Look), 0u);
+}
+
+TEST_F(DamagedStoreTest, LostLastEntriesAreToldAndTheirNumbersNotGivenAgain) {
+    const std::string journal = Bytes(Name("-wal"));
+    {
+        Store store = Opened();
+        Record(store, {File("/etc/x", "1", "2")});
+        EXPECT_EQ(Record(store, {File("/etc/x", "2", "3")}), 3);
+    }
+    fs::remove(Name("-shm"));
+    std::ofstream(Name("-wal"), std::ios::binary) << journal;
+    {
+        const Store store(Name(), Store::Access::Look);
+        ASSERT_TRUE(store.Lost());
+        EXPECT_EQ(store.Lost()->first, 2);
+        EXPECT_EQ(store.Lost()->last, 3);
+    }
+    Store store = Opened();
+    store.GiveUpLost();
+    EXPECT_EQ(store.LastPruned(), 3);
+    EXPECT_EQ(Record(store, {File("/etc/x", "1", "2")}), 4);
+    EXPECT_FALSE(Store(Name(), Store::Access::Look).Lost());
+}
+
+TEST_F(DamagedStoreTest, ABrokenLastNumberTellsNothing) {
+    const std::string last = Bytes(Name("-last"));
+    for (std::size_t at = 0; at < last.size(); ++at) {
+        std::string damaged = last;
+        damaged[at] = static_cast<char>(damaged[at] ^ 1);
+        std::ofstream(Name("-last"), std::ios::binary) << damaged;
+        EXPECT_EQ(CountOrLoss(Name(), Store::Access::Look), 1u) << at;
+    }
+}
+
+TEST_F(StoreFileTest, OneThatIsBeingMadeIsBlank) {
+    std::ofstream(Name()) << std::string(4096, 'x');
+    std::ofstream(Name("-journal"), std::ios::binary)
+        << std::string("\xd9\xd5\x05\xf9\x20\xa1\x63\xd7", 8) + std::string(504, '\0');
+    EXPECT_EQ(FindStore(Name()), FoundStore::Blank);
+    std::ofstream(Name("-journal"), std::ios::binary)
+        << std::string("\xd9\xd5\x05\xf9\x20\xa1\x63\xd7", 8) + std::string(504, '\1');
+    EXPECT_EQ(FindStore(Name()), FoundStore::Whole);
 }
 
 }  // namespace

@@ -70,11 +70,14 @@ void Prune(Database& database, const StoreLimits& limits) {
         {static_cast<std::int64_t>(limits.entries), static_cast<std::int64_t>(limits.entriesWithEdits)});
     for (const std::int64_t number : numbers) {
         DeleteEntry(database, number);
-        database.Run(
-            "INSERT INTO pruned(id, number) VALUES(0, ?1) ON CONFLICT(id) DO UPDATE SET number = max(number, "
-            "?1)",
-            {number});
+        RememberPruned(database, number);
     }
+}
+
+void RememberPruned(Database& database, std::int64_t number) {
+    database.Run(
+        "INSERT INTO pruned(id, number) VALUES(0, ?1) ON CONFLICT(id) DO UPDATE SET number = max(number, ?1)",
+        {number});
 }
 
 }  // namespace ZET::Deploy

@@ -24,6 +24,9 @@ void ReplaceStateAndTexts(Database& database, std::int64_t id, const RecordedSta
 /// Deletes the oldest entries beyond what the limits keep, and notes that there were more.
 void Prune(Database& database, const StoreLimits& limits);
 
+/// That entries up to the number are no longer kept.
+void RememberPruned(Database& database, std::int64_t number);
+
 }  // namespace ZET::Deploy
 
 #endif

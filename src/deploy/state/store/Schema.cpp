@@ -60,7 +60,9 @@ std::int64_t VersionOfStore(Database& database, const std::string& file) {
     const bool isEmpty = NumberOf(database, "SELECT count(*) FROM sqlite_schema") == 0;
     if (isEmpty && application == 0 && version == 0) return 0;
     if (application != kApplication)
-        throw Damage({.file = file, .text = "is a database, but not the history", .remedy = "move it away"});
+        throw Damage({.file = file,
+                      .text = "is a database, but not the history",
+                      .remedy = "move it away, or set ZET_HISTORY=no to edit without the history"});
     if (version > kSchemaVersion) {
         throw Failure({.file = file,
                        .text = "was written by a newer version of the product",

@@ -6,20 +6,14 @@
 #include "deploy/host/Failure.h"
 #include "deploy/state/store/Deletion.h"
 #include "deploy/state/store/KeptTexts.h"
+#include "deploy/state/store/LastNumber.h"
 #include "deploy/state/store/Rows.h"
-#include "deploy/state/store/Schema.h"
+#include "deploy/state/store/StoreDamage.h"
 #include "deploy/state/store/StoreFile.h"
 
 namespace ZET::Deploy {
 
 namespace {
-
-[[noreturn]] void FailOfDamage(const std::string& file, const std::string& what) {
-    throw Damage({.file = file,
-                  .text = "the history is damaged: " + what,
-                  .remedy = "move it away: what was there before the product is kept beside the files; or "
-                            "set ZET_HISTORY=no to edit without it"});
-}
 
 /// By the clock that the times of files are taken from, which is a little behind.
 std::int64_t Now() {
@@ -27,6 +21,13 @@ std::int64_t Now() {
     struct timespec now = {};
     clock_gettime(CLOCK_REALTIME_COARSE, &now);
     return std::int64_t{now.tv_sec} * kNanoseconds + now.tv_nsec;
+}
+
+/// The greatest number that an entry ever had.
+std::int64_t LastGiven(Database& database) {
+    const std::vector<std::int64_t> numbers =
+        Numbers(database, "SELECT seq FROM sqlite_sequence WHERE name = 'entries'");
+    return numbers.empty() ? 0 : numbers.front();
 }
 
 RecordedEntry RequiredEntry(Database& database, std::int64_t number) {
@@ -58,15 +59,33 @@ auto Store::Guarded(Call call) {
 
 Store::Store(std::string file, Access access, const StoreLimits& limits, bool isSynced)
     : m_file(std::move(file)), m_limits(limits), m_isSynced(isSynced) {
+    // Before the database is looked at: another run may end an entry meanwhile.
+    std::int64_t last = LastNumberBeside(m_file);
     m_database = Guarded([&] {
         return access == Access::Record ? OpenStoreToRecord(m_file, isSynced) : OpenStoreToLook(m_file);
     });
+    if (LastNumberBeside(m_file) == 0) last = 0;  // it was that of one that is not there any more
+    Guarded([&] { LookForLoss(last); });
 }
 
 Store::~Store() = default;
 
-bool Store::IsBlank() {
-    return Guarded([&] { return VersionOfStore(*m_database, m_file) == 0; });
+void Store::LookForLoss(std::int64_t last) {
+    const std::int64_t number = LastGiven(*m_database);
+    if (number >= last) return;
+    if (number == 0) throw DamagedRow("all of its entries are gone");
+    m_lost = {number + 1, last};
+}
+
+void Store::GiveUpLost() {
+    if (!m_lost) return;
+    Guarded([&] {
+        SyncCommits(Sync::Later);
+        Database::Transaction transaction(*m_database);
+        m_database->Run("UPDATE sqlite_sequence SET seq = ? WHERE name = 'entries'", {m_lost->last});
+        RememberPruned(*m_database, m_lost->last);
+        transaction.Commit();
+    });
 }
 
 std::int64_t Store::Open(const RecordedEntry& entry, const std::vector<FileToRecord>& files) {
@@ -137,6 +156,7 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
         if (!isKept) DeleteEntry(*m_database, number);
         Prune(*m_database, m_limits);
         transaction.Commit();
+        KeepLastNumber(m_file, LastGiven(*m_database));
         return isKept;
     });
 }

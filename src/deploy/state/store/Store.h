@@ -23,7 +23,7 @@ class Store {
   public:
     enum class Access { Record, Look };
 
-    /// To record, it is made where there is none; to look, there has to be one (`HasStore`).
+    /// To record, it is made where there is none; to look, there has to be one (`FindStore`).
     Store(std::string file, Access access, const StoreLimits& limits = {}, bool isSynced = true);
     ~Store();
     Store(const Store&) = delete;
@@ -31,8 +31,17 @@ class Store {
 
     const std::string& File() const { return m_file; }
 
-    /// Whether nothing was ever recorded: one that is being made has no tables yet.
-    bool IsBlank();
+    /// The entries from the first to the last are gone, and so is what was known by them.
+    struct Loss {
+        std::int64_t first;
+        std::int64_t last;
+    };
+
+    /// Whether the last entries are not there any more. Where all are gone, it is a `Damage` to open it.
+    const std::optional<Loss>& Lost() const { return m_lost; }
+
+    /// What was lost counts as no longer kept from now on, and its numbers are not given again.
+    void GiveUpLost();
 
     /// Opens an entry with its files as they are and as they are going to be, which is on the disk when the
     /// call returns: now they can be written. Returns its number.
@@ -89,6 +98,7 @@ class Store {
     enum class Sync { AsTold, Later };
     std::int64_t Begin(const RecordedEntry& entry, const std::vector<FileToRecord>& files, Sync sync);
     void SyncCommits(Sync sync);
+    void LookForLoss(std::int64_t last);
 
     void Insert(std::int64_t number, const FileToRecord& file);
     bool ReplaceAfter(std::int64_t number, const FileToRecord& file);
@@ -99,6 +109,7 @@ class Store {
     const StoreLimits m_limits;
     const bool m_isSynced;
     std::unique_ptr<Database> m_database;
+    std::optional<Loss> m_lost;
 };
 
 }  // namespace ZET::Deploy

@@ -5,11 +5,14 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <string_view>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/state/store/LastNumber.h"
 #include "deploy/state/store/Schema.h"
+#include "deploy/state/store/StoreDamage.h"
 #include "posix/Descriptor.h"
 #include "posix/PathNames.h"
 
@@ -25,14 +28,14 @@ bool IsRightOwner(uid_t owner, const std::string& file) {
 off_t SizeOfOwn(const std::string& name) {
     struct stat status = {};
     if (lstat(name.c_str(), &status) != 0) {
-        if (errno == ENOENT) return -1;
+        if (errno == ENOENT || errno == ENOTDIR) return -1;
         throw SystemFailure({.file = name, .text = "cannot be looked at"}, errno);
     }
     if (S_ISREG(status.st_mode) && status.st_nlink == 1 && IsRightOwner(status.st_uid, name))
         return status.st_size;
     throw Damage({.file = name,
                   .text = "is no regular file of one name that belongs to this user",
-                  .remedy = "move it away"});
+                  .remedy = "move it away, or set ZET_HISTORY=no to edit without the history"});
 }
 
 /// Before the library makes it, with rights for everybody: its other files get the rights of this one.
@@ -40,6 +43,30 @@ void MakeFile(const std::string& file) {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
     const Descriptor made(open(file.c_str(), kFlags, S_IRUSR | S_IWUSR));
     if (made < 0 && errno != EEXIST) throw SystemFailure({.file = file, .text = "cannot be created"}, errno);
+}
+
+/// Whether a run was killed, or is at work, between the first byte of the tables and the last: its journal
+/// says that there was nothing before.
+bool IsBeingMade(const std::string& file) {
+    constexpr std::string_view kBegin("\xd9\xd5\x05\xf9\x20\xa1\x63\xd7", 8);
+    constexpr std::size_t kPagesBefore = 16;
+    const Descriptor journal(open((file + "-journal").c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    char text[kPagesBefore + 4];
+    if (journal < 0 || pread(journal, text, sizeof text, 0) != static_cast<ssize_t>(sizeof text))
+        return false;
+    const std::string_view header(text, sizeof text);
+    return header.starts_with(kBegin) && header.substr(kPagesBefore) == std::string_view("\0\0\0\0", 4);
+}
+
+/// The tables come with the first byte.
+void RequireEmpty(const std::string& file) {
+    if (SizeOfOwn(file) > 0) FailOfDamage(file, "its tables are gone");
+}
+
+std::unique_ptr<Database> OpenedToLook(const std::string& file, Database::Access access) {
+    auto database = std::make_unique<Database>(file, access);
+    if (VersionOfStore(*database, file) == 0) RequireEmpty(file);
+    return database;
 }
 
 /// In a journal of this kind an entry costs two syncs, and a reader never waits for a writer. A file system
@@ -51,41 +78,48 @@ void ChooseJournal(Database& database) {
 
 }  // namespace
 
-bool HasStore(const std::string& file) {
+FoundStore FindStore(const std::string& file) {
     off_t size = -1;
+    off_t journal = -1;
     for (const char* const suffix : kStoreSuffixes) {
         const off_t found = SizeOfOwn(file + suffix);
         if (*suffix == '\0') size = found;
+        if (suffix == std::string_view("-wal")) journal = found;
     }
-    return size > 0;
+    // The library would empty it without a word.
+    if (size <= 0 && journal > 0)
+        FailOfDamage(size < 0 ? file + "-wal" : file, "its journal is there, and what belongs to it is gone");
+    if (size < 0) return FoundStore::Nothing;
+    if (size == 0 && LastNumberBeside(file) > 0) FailOfDamage(file, "all of its entries are gone");
+    return size == 0 || IsBeingMade(file) ? FoundStore::Blank : FoundStore::Whole;
 }
 
 std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, bool isSynced) {
-    const bool isNew = !HasStore(file);
-    if (isNew) MakeFile(file);
+    if (FindStore(file) == FoundStore::Nothing) {
+        ForgetLastNumber(file);
+        MakeFile(file);
+    }
     auto database = std::make_unique<Database>(file, Database::Access::Write);
     database->Run(isSynced ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = OFF");
     database->Run("PRAGMA temp_store = MEMORY");
     const std::int64_t version = VersionOfStore(*database, file);
-    if (version == 0) ChooseJournal(*database);
-    database->Run("PRAGMA wal_autocheckpoint = 256");
+    if (version == 0) RequireEmpty(file);
+    // Before there is a journal that is kept: what has no tables was never one of these.
     UpgradeStore(*database, version);
+    ChooseJournal(*database);
+    database->Run("PRAGMA wal_autocheckpoint = 256");
     return database;
 }
 
 std::unique_ptr<Database> OpenStoreToLook(const std::string& file) {
-    if (!HasStore(file))
+    if (FindStore(file) != FoundStore::Whole)
         throw Failure({.file = file, .text = "is not there", .remedy = "nothing was recorded yet"});
     try {
-        auto database = std::make_unique<Database>(file, Database::Access::Look);
-        VersionOfStore(*database, file);
-        return database;
+        return OpenedToLook(file, Database::Access::Look);
     } catch (const DatabaseError& error) {
         if (!error.IsReadOnly() || eaccess(file.c_str(), R_OK) != 0) throw;
     }
-    auto database = std::make_unique<Database>(file, Database::Access::LookAtCopy);
-    VersionOfStore(*database, file);
-    return database;
+    return OpenedToLook(file, Database::Access::LookAtCopy);
 }
 
 }  // namespace ZET::Deploy

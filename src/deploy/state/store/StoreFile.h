@@ -9,12 +9,18 @@
 namespace ZET::Deploy {
 
 /// How the files of the store are named beside its own name.
-inline constexpr const char* kStoreSuffixes[] = {"", "-wal", "-shm", "-journal"};
+inline constexpr const char* kStoreSuffixes[] = {"", "-wal", "-shm", "-journal", "-last"};
 
-/// Whether something was stored there. A `Damage` where one of the store's names leads to anything but a
-/// regular file of one name and the right owner: what the library would wait for, or write to, is refused
-/// before it is opened.
-bool HasStore(const std::string& file);
+enum class FoundStore {
+    Nothing,
+    Blank,  ///< its making was cut short, or somebody emptied it
+    Whole
+};
+
+/// A `Damage` where one of the store's names leads to anything but a regular file of one name and the right
+/// owner: what the library would wait for, or write to, is refused before it is opened. And where nothing is
+/// left of a store but its journal.
+FoundStore FindStore(const std::string& file);
 
 /// Opens it with its tables, which are made where there are none. `isSynced`: what was recorded is on the
 /// disk when a transaction was committed.

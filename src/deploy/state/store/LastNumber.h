@@ -1,0 +1,22 @@
+#ifndef ZET_STORE_LAST_NUMBER_H
+#define ZET_STORE_LAST_NUMBER_H
+
+#include <cstdint>
+#include <string>
+
+namespace ZET::Deploy {
+
+/// The number of the last entry, kept beside the store's file: a journal with a broken byte ends in front of
+/// it, and nothing in the database tells that there was more. It is written when the entry is on the disk, so
+/// what it tells was there; where it was lost itself, it tells nothing.
+inline constexpr const char* kLastNumberSuffix = "-last";
+
+/// 0: nobody knows.
+std::int64_t LastNumberBeside(const std::string& file);
+
+void KeepLastNumber(const std::string& file, std::int64_t number);
+void ForgetLastNumber(const std::string& file);
+
+}  // namespace ZET::Deploy
+
+#endif
