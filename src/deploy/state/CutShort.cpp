@@ -86,7 +86,7 @@ std::set<std::string> FilesOfCutShort(Host& host) {
 std::set<std::string> SettleCutShort(Host& host, bool goesBack) {
     try {
         // Where nothing was ever recorded, nothing was cut short, and no store is opened to find that out.
-        if (!HasStore(host.State().Store())) return {};
+        if (FindStore(host.State().Store()) == FoundStore::Nothing) return {};
         return CutShortEntries(host, host.HostHistory().ToRecord()).Settle();
     } catch (const Failure& failure) {
         if (!goesBack && host.HostHistory().IsNeeded()) throw;
