@@ -23,7 +23,7 @@ function __zet_words
     set -l i 2
     while test $i -le (count $words)
         switch $words[$i]
-            case -c --config --root --module -m --message -N --count --color --log --set --value --to --on-edit --format
+            case -c --config --root --module -m --message -N --count --color --log --set --value --section --to --on-edit --format
                 set i (math $i + 1)
             case '-*'
             case '*'
@@ -136,7 +136,7 @@ function __zet_option_value
             __zet_choices (commandline -opc)[-1]
         case --to
             __zet_changes
-        case -m --message -N --count --set --value
+        case -m --message -N --count --set --value --section
         case '*'
             return 1
     end

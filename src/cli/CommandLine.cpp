@@ -276,7 +276,7 @@ void Arguments::AddNumber(const char* name, const char* help, std::size_t& numbe
 
 void Arguments::AddOption(const char* name, const char* type, const char* help,
                           std::optional<std::string>& word) {
-    m_command.add_option(name, word, help)->type_name(type);
+    m_command.add_option(name, word, _(help))->type_name(type);
 }
 
 void Arguments::AddText(const std::string& text) {

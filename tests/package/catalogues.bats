@@ -64,19 +64,35 @@ locale_of() {
     grep -F 'plural=(n > 1)' "$PO/zet-tools/fr.po"
 }
 
+# commands [WORD]: what the help lists behind this word.
+commands() {
+    in_language C "$@" --help | sed -n '/^Subcommands:/,$s/^  \([a-z][a-z-]*\).*/\1/p'
+}
+
+# all_commands: those of the families, too, one a line.
+all_commands() {
+    local command
+    for command in $(commands); do
+        echo "$command"
+        commands "$command" | sed "s/^/$command /"
+    done
+}
+
 @test "EveryCommandHelpsInEveryLanguage" {
-    local language command sentence commands
-    commands=$("$ZET_BUILD/bin/zet-client" --help | sed -n '/^Subcommands:/,$s/^  \([a-z][a-z-]*\).*/\1/p')
-    [ "$(wc -l <<<"$commands")" -ge 16 ]
-    for language in $(languages); do
-        for command in $commands; do
-            [ "$(in_language "$language" "$command" --help | head -1)" != "$(in_language C "$command" --help | head -1)" ]
+    local language command sentence english own
+    [ "$(all_commands | wc -l)" -ge 30 ]
+    # shellcheck disable=SC2086  # a command may have two words
+    while read -r command; do
+        english=$(in_language C $command --help)
+        for language in $(languages); do
+            own=$(in_language "$language" $command --help)
+            [ "$(head -1 <<<"$own")" != "$(head -1 <<<"$english")" ]
             # No sentence of the options is left in English.
             while IFS= read -r sentence; do
-                ! in_language "$language" "$command" --help | grep -F -e "$sentence" || return 1
-            done < <(in_language C "$command" --help | sed -n 's/^  [^ ].*  \([A-Z][a-z].* .*\)$/\1/p')
+                ! grep -F -e "$sentence" <<<"$own" || return 1
+            done < <(sed -n 's/^  [^ ].*  \([A-Z][a-z].* .*\)$/\1/p' <<<"$english")
         done
-    done
+    done < <(all_commands)
 }
 
 @test "WhatCommandsSayIsInTheReadersLanguage" {
@@ -87,6 +103,19 @@ locale_of() {
     in_language es --root "$root" status | grep -F ': al día'
     in_language de --root "$root" history | grep -F 'Client'
     in_language fr --root "$root" undo | grep -F "l'entrée 1 a été annulée"
+    run in_language es --root "$root" values
+    grep -F 'del valor predeterminado del producto' <<<"$output"
+    run in_language fr --root "$root" history show 1
+    grep -F '(cible de [krb5.conf])' <<<"$output"
+    in_language de -q --root "$root" commit-config
+    run in_language de --root "$root" explain /etc/krb5.conf
+    grep -E ': aus der Vorlage krb5.conf \(.*\) erzeugt; vorher: ' <<<"$output"
+    run in_language de --root "$root" explain /etc/krb5.conf:999
+    [ "$status" -eq 2 ]
+    grep -E ': hat keine Zeile 999 \(sie hat [0-9]+ Zeilen\)' <<<"$output"
+    run in_language fr --root "$root" param get /etc/krb5.conf rdns --section ''
+    [ "$status" -eq 2 ]
+    grep -F 'SECTION est vide' <<<"$output"
     run in_language de --root "$root" frobnicate
     [ "$status" -eq 2 ]
     grep -F 'Fehler: unbekannter Befehl „frobnicate“' <<<"$output"
@@ -102,7 +131,9 @@ locale_of() {
     for language in $(languages); do
         diff <(in_language C --root "$root" status --json) <(in_language "$language" --root "$root" status --json)
         diff <(in_language C --root "$root" status --format openmetrics) <(in_language "$language" --root "$root" status --format openmetrics)
-        diff <(in_language C --root "$root" values) <(in_language "$language" --root "$root" values)
+        diff <(in_language C --root "$root" values -q) <(in_language "$language" --root "$root" values -q)
+        diff <(in_language C --root "$root" explain /etc/krb5.conf --json) <(in_language "$language" --root "$root" explain /etc/krb5.conf --json)
+        diff <(in_language C --root "$root" history show 1 --json) <(in_language "$language" --root "$root" history show 1 --json)
     done
 }
 

@@ -108,6 +108,7 @@ shows_not() {
     shows "zet-init option set ZET_HISTORY_" ZET_HISTORY_KEEP ZET_HISTORY_MAX_FILE
     shows "zet-init option set ZET_SYNC " yes no
     shows "zet-init --root $ROOT param get /etc/edited VERB" VERBOSE VERBATIM
+    shows "zet-init --root $ROOT param get --section global /etc/edited VERB" VERBOSE VERBATIM
 }
 
 @test "NumbersOfChangesAreThoseOfTheHistoryOfTheHost" {

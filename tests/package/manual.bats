@@ -147,9 +147,25 @@ examples() {
     [ "$status" -eq 2 ]
 }
 
-@test "TheExampleOfTheListIsOne" {
+# examples_of_lists: those of the page about them; each begins with a line "# example NUMBER".
+examples_of_lists() {
+    awk '/^# EXAMPLES/ { on = 1 } on && /^```$/ { inside = !inside; if (inside) print "# example " ++count; next } inside' "$MANUAL/zet-targets.5.scd"
+}
+
+@test "TheExamplesOfTheListAreOne" {
     example_host
-    awk '/^# EXAMPLES/ { on = 1 } on && /^```$/ { inside = !inside; next } inside' "$MANUAL/zet-targets.5.scd" >"$ROOT/usr/share/zet/templates/targets.toml"
+    examples_of_lists | sed '/^# example 4$/,$d' >"$ROOT/usr/share/zet/templates/targets.toml"
     grep -F 'trust = "freerad"' "$ROOT/usr/share/zet/templates/targets.toml"
     [ "$(zet-init -q template list | wc -l)" -eq 3 ]
+}
+
+@test "TheExampleOfAHostsOwnListStandsBesideTheShippedOne" {
+    example_host
+    mkdir "$ROOT/etc/zet/targets.d"
+    examples_of_lists | sed '1,/^# example 4$/{/^# example 4$/!d}' >"$ROOT/etc/zet/targets.d/own.toml"
+    grep -F 'name = "ntp"' "$ROOT/etc/zet/targets.d/own.toml"
+    zet-init -q template list >"$BATS_TEST_TMPDIR/listed"
+    grep -F 'motd: /etc/motd (' "$BATS_TEST_TMPDIR/listed"
+    grep -F 'not in force' "$BATS_TEST_TMPDIR/listed" | grep '^exports: '
+    grep -F 'changed by ' "$BATS_TEST_TMPDIR/listed" | grep '^krb5.conf: '
 }

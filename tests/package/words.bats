@@ -158,7 +158,7 @@ make_files() {
     offers "directory file" zet-client status --module ''
     offers "directory" zet-client --root ''
     offers "always auto never" zet-client --color ''
-    offers "overwrite refuse" zet-client commit-config --on-edit ''
+    offers "merge overwrite refuse" zet-client commit-config --on-edit ''
     offers "openmetrics words" zet-client status --format ''
     offers "stderr syslog" zet-client status --log ''
     offers "" zet-client commit-config --set ''

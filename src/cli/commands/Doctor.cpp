@@ -43,7 +43,8 @@ void TellRepair(Session& session, const FileDiagnosis& file, bool isShown) {
     Secrets& secrets = session.Product().HostSecrets();
     if (secrets.Hides(file.path)) {
         if (!isShown) return;
-        session.Out().Remark(file.path + ": the repair: " + Text::ChangedLines(file.repair) + " (" +
+        session.Out().Remark(file.path + ": " +
+                             Filled(_("the repair: %s"), {Text::ChangedLines(file.repair)}) + " (" +
                              secrets.Excuse(file.path) + ")");
         return;
     }

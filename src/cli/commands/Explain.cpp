@@ -7,6 +7,7 @@
 #include "cli/Fields.h"
 #include "cli/HistoryWords.h"
 #include "cli/Session.h"
+#include "cli/Translation.h"
 #include "cli/commands/Registrations.h"
 #include "deploy/edit/FileExplanation.h"
 #include "deploy/host/Failure.h"
@@ -17,6 +18,8 @@ namespace ZET::Cli {
 namespace {
 
 using Kind = Text::ExplainedLines::Kind;
+
+constexpr char kChangedSince[] = ZET_TEXT("the file was edited since, or the template changed");
 
 struct ExplainOptions {
     std::string place;
@@ -43,12 +46,10 @@ std::size_t LineNumber(const Place& place, const std::string& path, std::size_t 
     const char* const end = place.line.data() + place.line.size();
     const bool isNumber = std::from_chars(place.line.data(), end, number).ec == std::errc();
     if (isNumber && number >= 1 && number <= count) return number;
-    throw UsageError(path + ": has no line " + place.line + " (it has " + std::to_string(count) +
-                     (count == 1 ? " line)" : " lines)"));
-}
-
-std::string LineName(std::size_t number) {
-    return "line " + std::to_string(number);
+    throw UsageError(
+        path + ": " +
+        Filled(Plural("has no line %s (it has %s line)", "has no line %s (it has %s lines)", count),
+               {place.line, std::to_string(count)}));
 }
 
 /// Puts an explanation into words.
@@ -71,13 +72,13 @@ class Teller {
     void TellFileInWords() {
         std::string text = m_path + ": ";
         if (m_origin.isMade) {
-            text += "made from the template " + TemplateName();
+            text += Filled(_("made from the template %s"), {TemplateName()});
             if (m_file.HasUntracedLines()) text += ": " + WhyUntraced();
         } else if (m_origin.target) {
-            text += "no notice says that it was made from the template " + m_origin.target->templateName +
-                    ", whose target it is";
+            text += Filled(_("no notice says that it was made from the template %s, whose target it is"),
+                           {m_origin.target->templateName});
         } else {
-            text += "not made from a template";
+            text += _("not made from a template");
         }
         m_session.Out().Line(text + ReserveText());
     }
@@ -93,7 +94,8 @@ class Teller {
         const bool isOneLine = line != 0;
         std::string text = m_path + ":" + std::to_string(isOneLine ? line : lines.first) + ": ";
         if (lines.first != lines.last)
-            text += "lines " + std::to_string(lines.first) + " to " + std::to_string(lines.last) + ": ";
+            text +=
+                Filled(_("lines %s to %s"), {std::to_string(lines.first), std::to_string(lines.last)}) + ": ";
         text += Describe(lines, isOneLine);
         m_session.Out().Line(text + Since(lines));
     }
@@ -102,8 +104,8 @@ class Teller {
     Value ReserveValue() const { return m_file.reserve.empty() ? Value(nullptr) : Value(m_file.reserve); }
 
     std::string ReserveText() const {
-        if (!m_file.reserve.empty()) return "; before: " + m_file.reserve;
-        return m_file.hadNoFile ? "; before: there was no such file" : "";
+        if (!m_file.reserve.empty()) return "; " + Filled(_("before: %s"), {m_file.reserve});
+        return m_file.hadNoFile ? std::string("; ") + _("before: there was no such file") : "";
     }
 
     std::string TemplateName() const {
@@ -113,80 +115,94 @@ class Teller {
     }
 
     std::string WhyUntraced() const {
-        return m_origin.templateFile.empty() ? "it is gone"
-                                             : "the file was edited since, or the template changed";
+        return m_origin.templateFile.empty() ? _("it is gone") : _(kChangedSince);
     }
 
     std::string Shown(std::string_view text) const {
-        return m_file.isHidden ? "(secret)" : "\"" + std::string(text) + "\"";
+        return m_file.isHidden ? _("(secret)") : "\"" + std::string(text) + "\"";
     }
 
     std::string Describe(const Text::ExplainedLines& lines, bool isOneLine) const {
         switch (lines.kind) {
             case Kind::Own:
-                return "the administrator's own" + (isOneLine ? ReserveText() : "");
+                return _("the administrator's own") + (isOneLine ? ReserveText() : "");
             case Kind::Gap:
-                return "empty line, put there before the managed block that was appended after it";
+                return _("empty line, put there before the managed block that was appended after it");
             case Kind::FormerLine:
-                return "kept former line of the managed block that begins in " + LineName(lines.block) +
-                       ": " + Shown(lines.formerText) + FromTemplateLine(lines);
+                return Filled(_("kept former line of the managed block that begins in line %s: %s"),
+                              {std::to_string(lines.block), Shown(lines.formerText)}) +
+                       FromTemplateLine(lines);
             case Kind::LoneFormerLine:
-                return "kept former line: " + Shown(lines.formerText) + FromTemplateLine(lines) +
-                       "; its block was taken out or lost; " + HowToRestore(lines.formerText) +
-                       " brings it back";
+                return Filled(
+                    _("kept former line: %s; its block was taken out or lost; %s brings it back"),
+                    {Shown(lines.formerText) + FromTemplateLine(lines), HowToRestore(lines.formerText)});
             case Kind::Block:
                 return DescribeBlock(lines);
             case Kind::Notice:
-                return std::string("the notice") +
-                       (lines.isClosed ? "" : ", without an end marker (see doctor)");
+                return _("the notice") + WithoutEnd(lines);
             case Kind::TemplateComment:
-                return std::string("template comment") +
-                       (lines.isClosed ? "" : ", without an end marker (see doctor)");
+                return _("template comment") + WithoutEnd(lines);
             case Kind::FromTemplate:
-                return "from " + TemplateLines(lines) + PlaceholderText(lines) +
-                       (isOneLine ? ReserveText() : "");
+                return OfTemplate(lines, ZET_TEXT("from line %s of the template %s"),
+                                  ZET_TEXT("from lines %s to %s of the template %s")) +
+                       PlaceholderText(lines) + (isOneLine ? ReserveText() : "");
             case Kind::Differing:
-                return "in the place of " + TemplateLines(lines) +
-                       ", but not made from it: the file was edited since, or the template changed" +
-                       (isOneLine ? ReserveText() : "");
+                return OfTemplate(
+                           lines,
+                           ZET_TEXT("in the place of line %s of the template %s, but not made from it"),
+                           ZET_TEXT(
+                               "in the place of lines %s to %s of the template %s, but not made from it")) +
+                       ": " + _(kChangedSince) + (isOneLine ? ReserveText() : "");
             case Kind::Untraced:
                 break;
         }
-        return "cannot be traced to the template " + TemplateName() + ": " + WhyUntraced() +
+        return Filled(_("cannot be traced to the template %s"), {TemplateName()}) + ": " + WhyUntraced() +
                (isOneLine ? ReserveText() : "");
     }
 
     std::string DescribeBlock(const Text::ExplainedLines& lines) const {
-        std::string text = "managed block";
-        if (!lines.isClosed) text += ", without an end marker (see doctor)";
-        text += ": ";
-        text += lines.content.empty() ? "empty" : Shown(lines.content.front());
-        if (lines.content.size() > 1)
-            text += " and " + std::to_string(lines.content.size() - 1) + " more lines";
-        if (lines.formerLine == 0) return text + "; appended, nothing stood there before";
-        return text + "; before: " + Shown(lines.formerText) + ", kept in " + LineName(lines.formerLine) +
+        const std::string text = _("managed block") + WithoutEnd(lines) + ": " + ContentOf(lines) + "; ";
+        if (lines.formerLine == 0) return text + _("appended, nothing stood there before");
+        return text +
+               Filled(_("before: %s, kept in line %s"),
+                      {Shown(lines.formerText), std::to_string(lines.formerLine)}) +
                FromTemplateLine(lines);
+    }
+
+    static std::string WithoutEnd(const Text::ExplainedLines& lines) {
+        return lines.isClosed ? "" : _(", without an end marker (see doctor)");
+    }
+
+    std::string ContentOf(const Text::ExplainedLines& lines) const {
+        if (lines.content.empty()) return _("empty");
+        const std::string first = Shown(lines.content.front());
+        const std::size_t more = lines.content.size() - 1;
+        if (more == 0) return first;
+        return Filled(Plural("%s and %s more line", "%s and %s more lines", more),
+                      {first, std::to_string(more)});
     }
 
     std::string FromTemplateLine(const Text::ExplainedLines& lines) const {
         if (lines.templateLine == 0) return "";
-        return ", from " + LineName(lines.templateLine) + " of the template " + m_origin.templateName +
+        return ", " +
+               Filled(_("from line %s of the template %s"),
+                      {std::to_string(lines.templateLine), m_origin.templateName}) +
                PlaceholderText(lines);
     }
 
-    std::string TemplateLines(const Text::ExplainedLines& lines) const {
+    /// The text about one line of the template, or the one about several.
+    std::string OfTemplate(const Text::ExplainedLines& lines, const char* one, const char* several) const {
         const std::size_t count = lines.last - lines.first;
-        const std::string numbers = count == 0 ? LineName(lines.templateLine)
-                                               : "lines " + std::to_string(lines.templateLine) + " to " +
-                                                     std::to_string(lines.templateLine + count);
-        return numbers + " of the template " + m_origin.templateName;
+        const std::string first = std::to_string(lines.templateLine);
+        if (count == 0) return Filled(_(one), {first, m_origin.templateName});
+        return Filled(_(several), {first, std::to_string(lines.templateLine + count), m_origin.templateName});
     }
 
     static std::string PlaceholderText(const Text::ExplainedLines& lines) {
-        std::string text;
+        std::string names;
         for (const std::string& placeholder : lines.placeholders)
-            text += (text.empty() ? " with " : ", ") + placeholder;
-        return text;
+            names += (names.empty() ? "" : ", ") + placeholder;
+        return names.empty() ? "" : " " + Filled(_("with %s"), {names});
     }
 
     std::string HowToRestore(std::string_view former) const {
@@ -217,7 +233,8 @@ class Teller {
         const auto first = m_file.ages.begin() + static_cast<std::ptrdiff_t>(lines.first) - 1;
         const auto end = first + static_cast<std::ptrdiff_t>(lines.last - lines.first) + 1;
         const bool isOfAll = std::all_of(first, end, [&](const auto& age) { return age == newest; });
-        return (isOfAll ? "; " : "; in parts ") + SinceText(*newest);
+        const std::string since = SinceText(*newest);
+        return "; " + (isOfAll ? since : Filled(_("in parts %s"), {since}));
     }
 
     static bool HasFormerText(const Text::ExplainedLines& lines) {

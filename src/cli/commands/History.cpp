@@ -17,6 +17,11 @@ namespace ZET::Cli {
 
 namespace {
 
+/// What a file is to the product, which the library says and the reader gets in his language.
+[[maybe_unused]] constexpr const char* kKinds[] = {
+    ZET_TEXT("target"),    ZET_TEXT("edit"),   ZET_TEXT("template"),  ZET_TEXT("option"),
+    ZET_TEXT("companion"), ZET_TEXT("status"), ZET_TEXT("rendering"), ZET_TEXT("original")};
+
 struct ListWords {
     std::string file;
     std::size_t count = SIZE_MAX;
@@ -83,9 +88,9 @@ void TellUser(Report& out, const HistoryEntry& entry) {
 std::string WhatIsNotKept(const HistoryFile& file) {
     const bool lacksBefore = file.before.exists && !file.isTextKeptBefore;
     const bool lacksAfter = file.after.exists && !file.isTextKeptAfter;
-    if (!lacksBefore && !lacksAfter) return "";
-    return std::string("; not kept: its text ") + (lacksBefore ? "before" : "") +
-           (lacksBefore && lacksAfter ? " and " : "") + (lacksAfter ? "after" : "");
+    if (lacksBefore && lacksAfter) return std::string("; ") + _("not kept: its text before and after");
+    if (lacksBefore) return std::string("; ") + _("not kept: its text before");
+    return lacksAfter ? std::string("; ") + _("not kept: its text after") : "";
 }
 
 void TellEntry(Report& out, const HistoryEntry& entry) {
@@ -97,10 +102,12 @@ void TellEntry(Report& out, const HistoryEntry& entry) {
     if (!entry.message.empty()) out.Line(Filled(_("why: %s"), {entry.message}));
     out.Line(Filled(_("outcome: %s"), {_(entry.outcome.c_str())}));
     for (const HistoryFile& file : entry.files) {
-        const std::string made = file.templateName.empty() ? "" : " of [" + file.templateName + "]";
+        const std::string kind = _(file.kind.c_str());
+        const std::string made =
+            file.templateName.empty() ? kind : Filled(_("%s of [%s]"), {kind, file.templateName});
         const std::string attributes = file.before.exists ? "" : DescribeChange(file.before, file.after);
-        out.Line(LineOf(file) + (attributes.empty() ? "" : ", " + attributes) + " (" + file.kind + made +
-                 ")" + WhatIsNotKept(file));
+        out.Line(LineOf(file) + (attributes.empty() ? "" : ", " + attributes) + " (" + made + ")" +
+                 WhatIsNotKept(file));
     }
 }
 
@@ -133,7 +140,7 @@ bool TellDiffOf(Session& session, const HistoryDiff& diff) {
     if (!DescribeChange(diff.file.before, diff.file.after).empty() && diff.file.before.exists)
         out.Line(LineOf(diff.file));
     TellDiff(out, diff.diff);
-    if (!diff.trouble.empty()) out.Error(diff.file.path + ": " + diff.trouble + " (look into a backup)");
+    if (!diff.trouble.empty()) out.Error(diff.file.path + ": " + diff.trouble + _(" (look into a backup)"));
     return diff.trouble.empty();
 }
 

@@ -22,9 +22,9 @@ struct GivenParam : EditOptions {
 std::optional<std::string> SectionOf(const GivenParam& asked) {
     if (!asked.section) return asked.isBeforeSections ? std::optional<std::string>("") : std::nullopt;
     if (asked.isBeforeSections)
-        throw UsageError("--section and --no-section are given (leave one of them out)");
+        throw UsageError(_("--section and --no-section are given (leave one of them out)"));
     if (asked.section->empty())
-        throw UsageError("SECTION is empty (--no-section is for the lines before the first one)");
+        throw UsageError(_("SECTION is empty (--no-section is for the lines before the first one)"));
     return asked.section;
 }
 

@@ -28,7 +28,7 @@ constexpr char kInPlace[] = ZET_TEXT("in place");
 /// The others, which come from the library and are shown in the reader's language.
 [[maybe_unused]] constexpr const char* kStates[] = {
     ZET_TEXT("pending"), ZET_TEXT("edited"),  ZET_TEXT("missing"), ZET_TEXT("not committed"),
-    ZET_TEXT("unknown"), ZET_TEXT("changed"), ZET_TEXT("gone")};
+    ZET_TEXT("unknown"), ZET_TEXT("changed"), ZET_TEXT("gone"),    ZET_TEXT("differs")};
 
 bool IsClient(const Session& session) {
     return session.Asked().role == Role::Client;

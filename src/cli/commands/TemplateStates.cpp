@@ -14,7 +14,7 @@ namespace {
 
 /// What the library says of a working copy, and the reader gets in his language.
 [[maybe_unused]] constexpr const char* kStates[] = {ZET_TEXT("current"), ZET_TEXT("newer shipped"),
-                                                    ZET_TEXT("edited, newer shipped")};
+                                                    ZET_TEXT("edited, newer shipped"), ZET_TEXT("own")};
 
 struct NoOptions {};
 

@@ -1,12 +1,14 @@
 #include "cli/commands/ValueSources.h"
+#include "cli/Translation.h"
 
 namespace ZET::Cli {
 
 namespace {
 
-std::string PlaceOf(const std::optional<HostValues::Source>& source) {
-    if (!source) return "the product's default";
-    return source->line == 0 ? source->file : source->file + ":" + std::to_string(source->line);
+std::string OriginOf(const std::optional<HostValues::Source>& source) {
+    if (!source) return _("from the product's default");
+    return Filled(_("from %s"),
+                  {source->line == 0 ? source->file : source->file + ":" + std::to_string(source->line)});
 }
 
 }  // namespace
@@ -14,7 +16,7 @@ std::string PlaceOf(const std::optional<HostValues::Source>& source) {
 void TellValue(Session& session, const std::string& name, const std::string& value,
                const std::optional<HostValues::Source>& source) {
     session.Out().Data(name + "=" + value);
-    if (!session.Asked().quiet) session.Out().Line("    from " + PlaceOf(source));
+    if (!session.Asked().quiet) session.Out().Line("    " + OriginOf(source));
     session.Out().Add("sources",
                       Fields{{"name", name},
                              {"file", source ? Value(source->file) : Value(nullptr)},
