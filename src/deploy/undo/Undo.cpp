@@ -6,6 +6,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/state/KnownFiles.h"
 #include "deploy/targets/Restarts.h"
 #include "deploy/undo/FileToPutBack.h"
 #include "zet/ZETFiles.h"

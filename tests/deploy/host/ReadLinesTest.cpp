@@ -8,6 +8,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "text/Lines.h"
 
 namespace ZET::Deploy {
 namespace {
