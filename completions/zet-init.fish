@@ -95,7 +95,7 @@ end
 function __zet_values
     set -l flags 'SERVICE_DISCOVERY ZET_HISTORY ZET_SYNC'
     set -l file_systems 'nfs4 nfs cifs smb3 afs ceph glusterfs'
-    set -l edits 'overwrite refuse'
+    set -l edits 'overwrite merge refuse'
     contains -- "$argv[1]" (string split ' ' -- $flags); and printf '%s\n' yes no
     test "$argv[1]" = NETWORK_FS_TYPE; and string split ' ' -- $file_systems
     test "$argv[1]" = ZET_ON_EDIT; and string split ' ' -- $edits

@@ -3,11 +3,11 @@
 
 #include <string>
 
-namespace ZET {
+namespace ZET::Core {
 
 /// Has the messages of a domain looked up where this library is installed.
 void BindCatalogue(const std::string& domain);
 
-}  // namespace ZET
+}  // namespace ZET::Core
 
 #endif

@@ -1,7 +1,7 @@
 #ifndef ZET_NOTICE_TRANSLATIONS_H
 #define ZET_NOTICE_TRANSLATIONS_H
 
-namespace ZET {
+namespace ZET::Text {
 
 /// The notices in the shipped languages, as the catalogues of the module have them: a file may have been
 /// written in another language than the reader's, on a host that has not even that language. A test holds
@@ -45,6 +45,6 @@ inline constexpr const char* kTranslatedNotices[] = {
     "#",
 };
 
-}  // namespace ZET
+}  // namespace ZET::Text
 
 #endif

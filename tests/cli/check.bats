@@ -248,7 +248,7 @@ $HOST/state: the directory of the status cannot be used: No such file or directo
     run_zet check-config
     assert_status 1
     assert_output "$HOST/state/zet-client.status: is no regular file (move it away)
-$HOST/state/state.db: is no regular file of one name that belongs to this user (move it away)"
+$HOST/state/state.db: is no regular file of one name that belongs to this user (move it away, or set ZET_HISTORY=no to edit without the history)"
     rm -r state/*
     break_store
     run_zet check-config

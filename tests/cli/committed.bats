@@ -71,11 +71,11 @@ EDITS=("param set out/one.conf plain 2" "param restore out/one.conf plain" "line
 }
 
 @test "what is not committed is edited, and so is what left the list" {
-    run_zet param set -n --no-markers out/one.conf plain 2
+    run_zet param set -n --no-markers out/one.conf other 2
     assert_status 3
     zet -q commit-config
     : >templates/targets.toml
-    run_zet param set -n out/one.conf plain 2
+    run_zet param set -n out/one.conf other 2
     assert_status 3
     echo a=1 >out/free
     zet -q commit-config

@@ -72,11 +72,12 @@ zet-client: conf: has no parameter \"nope\""
 }
 
 @test "the warnings of the log are in the document, too" {
-    echo '# ----ZET_END----' >>zet.conf
+    echo ZET_SYNC=maybe >>zet.conf
     run_zet --json option set SERVER other.example.org
     assert_status 0
-    assert_json 'd["warnings"], d["errors"]' "[[\"Unexpected token '# ----ZET_END----' in line 6.\"], []]"
-    assert_stderr "zet-client: warning: Unexpected token '# ----ZET_END----' in line 6."
+    local warning="$HOST/zet.conf:6: 'maybe' is no value for ZET_SYNC and counts as yes (write yes or no)"
+    assert_json 'd["warnings"], d["errors"]' "[[\"$warning\"], []]"
+    assert_stderr "zet-client: warning: $warning"
 }
 
 @test "get as a document flags bytes that are no UTF-8" {

@@ -216,11 +216,11 @@ TargetRendering::TargetRendering(Deployment& product, FileInPlace place, const T
       m_replacement(product, m_place, target.version) {}
 
 void TargetRendering::KeepOriginal() {
+    m_replacement.MakeReserve();
     RemedyErrors("make room, or see to the rights of its directory", [&] {
         if (!IsFileExist(WorkingCopy(m_product, m_target.templateName)))
             m_product.Config().InstallConfigFileTemplate(m_target.templateName);
     });
-    m_replacement.MakeReserve();
 }
 
 void TargetRendering::Write() {

@@ -251,9 +251,9 @@ RecordedFile WithoutChange(const KnownFile& known, const RecordedState& left) {
     return row;
 }
 
+/// Working copies and the main file are the administrator's to edit; what is made from them is not.
 bool GoesBackToEntries(FileKind kind) {
-    return kind == FileKind::Target || kind == FileKind::Edit || kind == FileKind::Template ||
-           kind == FileKind::Option;
+    return kind == FileKind::Target || kind == FileKind::Edit;
 }
 
 /// What no later entry has touched is not as it was all the same where somebody wrote it since.

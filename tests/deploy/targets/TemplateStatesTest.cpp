@@ -60,12 +60,12 @@ TEST_F(TemplateStatesTest, EditsAreToldFromWhatIsNewer) {
     EXPECT_EQ(State().state, "current");
 }
 
-TEST_F(TemplateStatesTest, CopyWithoutAShippedTemplateIsJudgedByWhatItWasMadeFrom) {
+TEST_F(TemplateStatesTest, CopyWhoseTemplateIsNotShippedAnyMoreIsToldFromACurrentOne) {
     Install("text\n");
     unlink(At("templates/one").c_str());
-    EXPECT_EQ(State().state, "current");
+    EXPECT_EQ(State().state, "not shipped");
     Write("etc/one", "mine\n");
-    EXPECT_EQ(State().state, "edited");
+    EXPECT_EQ(State().state, "not shipped");
 }
 
 TEST_F(TemplateStatesTest, TemplateThatWasNeverShippedIsTheHostsOwn) {
