@@ -56,15 +56,19 @@ const Target* HostLists::EntryOf(const std::string& templateName) {
     return found == m_byTemplate->end() ? nullptr : found->second;
 }
 
-/// Beside such a file stands what was there before, so that most files need no look into the history.
-bool HostLists::IsCommitted(const std::string& name) {
+bool HostLists::WasCommitted(const std::string& name) {
+    // Beside such a file stands what was there before, so that most files need no look into the history.
     if (!IsFileExist(name + ZETReserveSuffix) && !IsFileExist(name + ZETAbsenceSuffix)) return false;
-    History& history = m_host.HostHistory();
-    Store* const store = history.ToLookIfNeeded();
+    Store* const store = m_host.HostHistory().ToLook();
     if (store == nullptr) return false;
+    const std::optional<KnownFile> known = store->Known(m_host.HostPaths().NameInside(name));
+    return known && !known->state.knowledge.roles.empty();
+}
+
+bool HostLists::IsCommitted(const std::string& name) {
+    History& history = m_host.HostHistory();
     try {
-        const std::optional<KnownFile> known = store->Known(m_host.HostPaths().NameInside(name));
-        return known && !known->state.knowledge.roles.empty();
+        return WasCommitted(name);
     } catch (const Failure& failure) {
         if (history.IsNeeded()) throw;
         history.TellUnusable(failure);
