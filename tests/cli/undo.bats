@@ -360,27 +360,3 @@ $TWO: removed, as there was none before"
     run_zet rollback-config --keep-edits --force
     assert_refusal 2 "--force and --keep-edits exclude each other"
 }
-
-@test "going back to the last entry is refused where somebody wrote since" {
-    zet -q commit-config
-    local last
-    last=$(store 'SELECT max(number) FROM entries')
-    echo mine >>out/one.conf
-    remember_host
-    run_zet rollback-config --to "$last"
-    assert_status 1
-    [[ $stderr == *"$HOST/out/one.conf: holds another text: it is not as entry $last left it (--force puts back what was there before all the same)"* ]]
-    assert_host_unchanged
-    run_zet rollback-config --to "$last" --keep-edits
-    assert_status 0
-    grep -qx mine out/one.conf
-    run_zet rollback-config --to "$last" --force
-    assert_status 0
-    ! grep -qx mine out/one.conf
-    run_zet status
-    assert_status 0
-    rm out/one.conf
-    run_zet rollback-config --to "$last"
-    assert_status 1
-    [[ $stderr == *"$HOST/out/one.conf: is not there any more"* ]]
-}

@@ -43,14 +43,6 @@ void RecordedChanges::Add(const RecordedEntry& entry, const std::vector<Recorded
     }
 }
 
-void RecordedChanges::AddUnrecorded(std::int64_t entry, const RecordedFile& file) {
-    RecordedChange& change = Of(file.path);
-    change.roles = file.before.knowledge.roles;
-    change.newest = entry;
-    change.isWritten = true;
-    change.file = file;
-}
-
 RecordedChange& RecordedChanges::Of(const std::string& name) {
     RecordedChange*& change = m_byName[name];
     if (change == nullptr) {

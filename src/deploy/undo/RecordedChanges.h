@@ -31,11 +31,6 @@ class RecordedChanges {
     /// From the newest entry to the oldest.
     void Add(const RecordedEntry& entry, const std::vector<RecordedFile>& files);
 
-    /// A file that was written since the entry, and by none that followed.
-    void AddUnrecorded(std::int64_t entry, const RecordedFile& file);
-
-    bool Has(const std::string& name) const { return m_byName.count(name) != 0; }
-
     /// In the order of the newest entry that touched them.
     std::list<RecordedChange> Changes() && { return std::move(m_changes); }
 
