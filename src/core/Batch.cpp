@@ -21,6 +21,7 @@ namespace ZET {
 using Core::FailSystem;
 using Core::IsSyncing;
 using Core::SyncQuietly;
+using Core::WaitingFile;
 
 namespace {
 

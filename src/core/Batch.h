@@ -12,8 +12,7 @@
 #include "posix/Descriptor.h"
 #include "zet/ZETHost.h"
 
-/// What the file helpers put off while a batch of this thread lives.
-namespace ZET {
+namespace ZET::Core {
 
 /// A file that is written, but neither synced nor known by its name yet.
 struct WaitingFile {
@@ -22,6 +21,11 @@ struct WaitingFile {
     std::string final{};  ///< the one that it is to have; empty: the one that it has
 };
 
+}  // namespace ZET::Core
+
+namespace ZET {
+
+/// What the file helpers put off while a batch of this thread lives.
 class CZETBatch::Implementation {
   public:
     Implementation();
@@ -37,7 +41,7 @@ class CZETBatch::Implementation {
     bool IsCollecting() const { return m_isCollecting; }
 
     /// `directory` is the open directory of the file, which the caller of the helper calls `path`.
-    void Collect(WaitingFile file, int directory, const std::string& path);
+    void Collect(Core::WaitingFile file, int directory, const std::string& path);
 
     /// The directory, called `name`, is synced when the collected files are named, or at the end.
     void SyncLater(int directory, const std::string& name);
@@ -53,7 +57,7 @@ class CZETBatch::Implementation {
         bool isToSync = false;
     };
     struct Collected {
-        WaitingFile file;
+        Core::WaitingFile file;
         const Held* directory;
         std::string path;  ///< for messages
     };

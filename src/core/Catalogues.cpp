@@ -5,7 +5,7 @@
 
 #include "posix/PathNames.h"
 
-namespace ZET {
+namespace ZET::Core {
 
 namespace {
 
@@ -27,4 +27,4 @@ void BindCatalogue(const std::string& domain) {
     ::bindtextdomain(domain.c_str(), directory.c_str());
 }
 
-}  // namespace ZET
+}  // namespace ZET::Core

@@ -182,7 +182,7 @@ void* LoadedModule::EntryPoint(const char* name) const {
 /// The domain of a module's messages has the name of its library, and its record is translated already.
 void LoadedModule::BindCatalogue() const {
     const std::string file = BaseNameOf(m_path);
-    ZET::BindCatalogue(file.substr(0, file.find(".so")));
+    Core::BindCatalogue(file.substr(0, file.find(".so")));
 }
 
 void LoadedModule::ReadName(const std::vector<std::string>& taken) {

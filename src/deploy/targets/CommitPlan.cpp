@@ -97,14 +97,14 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
 
 /// As a rollback takes it back.
 void CommitPlan::AddTakenBack() {
-    std::set<std::string> planned;
-    for (const PlannedTarget& target : m_targets)
-        planned.insert(target.path);
+    std::set<std::string> inForce;
+    for (const Target& target : m_checked.targets)
+        inForce.insert(m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path)));
     m_takeBack = std::make_unique<TakeBack>(m_product, *m_known,
                                             TakeBack::Ways{.force = "\"rollback-config --force\""});
     for (const std::string& path : m_known->PathsOf(m_product.Role())) {
         m_product.RequireGoOn();
-        if (planned.contains(path)) continue;
+        if (inForce.contains(path)) continue;
         if (std::optional<WrittenFile> file = WrittenByRecord(m_product, path))
             TakeBackFile(std::move(*file));
     }

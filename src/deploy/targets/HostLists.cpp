@@ -56,24 +56,13 @@ const Target* HostLists::EntryOf(const std::string& templateName) {
     return found == m_byTemplate->end() ? nullptr : found->second;
 }
 
-bool HostLists::WasCommitted(const std::string& name) {
+bool HostLists::IsCommitted(const std::string& name) {
     // Beside such a file stands what was there before, so that most files need no look into the history.
     if (!IsFileExist(name + ZETReserveSuffix) && !IsFileExist(name + ZETAbsenceSuffix)) return false;
     Store* const store = m_host.HostHistory().ToLook();
     if (store == nullptr) return false;
     const std::optional<KnownFile> known = store->Known(m_host.HostPaths().NameInside(name));
     return known && !known->state.knowledge.roles.empty();
-}
-
-bool HostLists::IsCommitted(const std::string& name) {
-    History& history = m_host.HostHistory();
-    try {
-        return WasCommitted(name);
-    } catch (const Failure& failure) {
-        if (history.IsNeeded()) throw;
-        history.TellUnusable(failure);
-        return false;
-    }
 }
 
 const Target* HostLists::CommittedTarget(const std::string& path) {

@@ -32,9 +32,6 @@ class HostLists {
 
     /// Whether a commit of either role wrote the file of this name, and it was not taken back since. A
     /// `Failure` where the history cannot tell.
-    bool WasCommitted(const std::string& name);
-
-    /// The same for who writes: without a history that is not needed, nothing is known to be committed.
     bool IsCommitted(const std::string& name);
 
     /// The target that the file is and that a commit of either role recorded; null when it is none.
