@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,12 @@ std::vector<ExplainedLines> ExplainText(const ManagedText& text, bool isMade, co
         all.push_back(lines);
     });
     return all;
+}
+
+const ExplainedLines& ExplanationOf(const std::vector<ExplainedLines>& all, std::size_t line) {
+    for (const ExplainedLines& lines : all)
+        if (lines.first <= line && line <= lines.last) return lines;
+    throw std::out_of_range("no explanation of line " + std::to_string(line));
 }
 
 }  // namespace
@@ -112,7 +119,8 @@ TEST(FileExplanation, LinesThatCannotBeTracedAreSaidToBe) {
 
 TEST(FileExplanation, ChangedLineIsInThePlaceOfTheTemplatesLine) {
     const ManagedText text("# --ZET_CONFIG_COMMENT--\n# --ZET_COMMENT_END--\na\nother\n");
-    const ExplainedLines line = ExplanationOf(ExplainText(text, true, "a\nb\n"), 4);
+    const std::vector<ExplainedLines> explanation = ExplainText(text, true, "a\nb\n");
+    const ExplainedLines& line = ExplanationOf(explanation, 4);
     EXPECT_EQ(line.kind, Kind::Differing);
     EXPECT_EQ(line.templateLine, 2U);
 }
