@@ -1,9 +1,9 @@
 #include "text/ParamLook.h"
 
 #include <algorithm>
-#include <cstring>
 #include <optional>
 
+#include "text/FindText.h"
 #include "text/Lines.h"
 
 namespace ZET::Text {
@@ -27,8 +27,7 @@ class NextPlace {
 
   private:
     void Find(std::string_view rest) {
-        const void* const found = memmem(rest.data(), rest.size(), m_what.data(), m_what.size());
-        m_place = found == nullptr ? rest.data() + rest.size() : static_cast<const char*>(found);
+        m_place = rest.data() + std::min(FindText(rest, m_what), rest.size());
     }
 
     std::string_view m_what;

@@ -1,6 +1,5 @@
 #include "deploy/edit/ParamEdits.h"
 
-#include <cstring>
 #include <functional>
 #include <set>
 
@@ -14,6 +13,7 @@
 #include "deploy/state/OwnText.h"
 #include "deploy/targets/EditRules.h"
 #include "text/LineEnds.h"
+#include "text/FindText.h"
 #include "text/Lines.h"
 #include "zet/ZETFormat.h"
 
@@ -103,12 +103,11 @@ class LookToGet {
 
   private:
     void TakeNext(std::string_view& lines) {
-        const void* const found = memmem(lines.data(), lines.size(), m_start.data(), m_start.size());
-        if (found == nullptr) {
+        const std::size_t place = Text::FindText(lines, m_start);
+        if (place == std::string_view::npos) {
             lines = {};
             return;
         }
-        const auto place = static_cast<std::size_t>(static_cast<const char*>(found) - lines.data());
         lines.remove_prefix(Text::LinesBefore(lines, place).size());
         m_line = LineIn(m_core, lines.substr(0, lines.find('\n')), m_pattern);
         Text::TakeLine(lines);
