@@ -37,6 +37,8 @@ def judge(work, result, results):
         ratio = result.median / by_name[goal.against].median
         judged.append({"goal": f"{goal.factor:g} of {goal.against}", "limit": goal.factor, "reached": ratio,
                        "met": ratio <= goal.factor})
+    if work.memory_factor is None:
+        return judged
     limit = work.memory_factor * work.text_size + MEMORY_EXTRA
     judged.append({"goal": f"memory {limit / 1e6:.1f} MB", "limit": limit, "reached": result.memory,
                    "met": result.memory <= limit})

@@ -1,7 +1,7 @@
 """The works on whole sets of targets, and those that are compared with nothing but themselves."""
 
 import texts
-from tools import COMMAND, PEER, PEERS, Goal, Tool, Work, assignments
+from tools import COMMAND, PEER, PEERS, STATES, Goal, Tool, Work, assignments
 
 
 def _set(place, count, history="no"):
@@ -22,10 +22,10 @@ def _set(place, count, history="no"):
     return size
 
 
-def _afresh(place, name):
+def _afresh(place, name, state="state"):
     """As before the first commit."""
     there = place.directory
-    return ["sh", "-c", f"rm -rf {there}/{name} {there}/state && mkdir {there}/state && "
+    return ["sh", "-c", f"rm -rf {there}/{name} {there}/{state} && mkdir {there}/{state} && "
                         f"cp -r {there}/originals {there}/{name} && sync -f {there}"]
 
 
@@ -49,14 +49,16 @@ def first_commit(place, sizes):
     return Work("commit-first", title, size,
                 [_command(place, "commit-config", prepare=_afresh(place, "targets")),
                  _loop(place, count, _afresh(place, "by-perl"))],
-                [Goal(0.6 if place.sync == "yes" else 1.5, "perl")], units=count, counts_calls=True)
+                [Goal(0.6 if place.sync == "yes" else 1.5, "perl")], units=count, counts_calls=True,
+                memory_factor=None)
 
 
 def second_commit(place, sizes):
     """What the first run of either wrote is not written again."""
     size, count = _set(place, sizes.targets), sizes.targets
     return Work("commit-again", f"commit {count} targets again, of which none changes", size,
-                [_command(place, "commit-config"), _loop(place, count)], [Goal(1.5, "perl")], units=count, counts_calls=True)
+                [_command(place, "commit-config"), _loop(place, count)], [Goal(1.5, "perl")], units=count, counts_calls=True,
+                memory_factor=None)
 
 
 def _status(place, count, seconds):
@@ -64,7 +66,8 @@ def _status(place, count, seconds):
     place.run("commit-config")
     return Work("status", f"status of {count} targets", size,
                 [Tool("zet-client", COMMAND, place.command("status"), place.directory / "targets",
-                      place.directory / "wanted")], [Goal(seconds, "seconds")], units=count, counts_calls=True)
+                      place.directory / "wanted")], [Goal(seconds, "seconds")], units=count, counts_calls=True,
+                memory_factor=None)
 
 
 def status(place, sizes):
@@ -113,9 +116,10 @@ def store_set(place, sizes):
     tools = []
     for history in ("yes", "no"):
         place.configure(history=history)
-        tools.append(_command(place, "commit-config", prepare=_afresh(place, "targets"), name=_name(history)))
+        tools.append(_command(place, "commit-config", prepare=_afresh(place, "targets", STATES[history]),
+                              name=_name(history)))
     return _store(place, "store-set", f"commit {sizes.targets} targets, remembered", 1.1, tools, size,
-                  units=sizes.targets)
+                  units=sizes.targets, memory_factor=None)
 
 
 def _name(history):

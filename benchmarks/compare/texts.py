@@ -31,7 +31,7 @@ ZET_SYNC={sync}
 ZET_HISTORY={history}
 ZET_CFG_DIR={directory}/templates
 ZET_CFG_TEMPL_DIR={directory}/templates
-ZET_VAR_LIB_DIR={directory}/state
+ZET_VAR_LIB_DIR={directory}/{state}
 """
 
 BEGIN = "# ---ZET_BEGIN---\n"

@@ -11,6 +11,9 @@ PEERS = pathlib.Path(__file__).resolve().parent.parent / "peers"
 # A python3 found first in the path may be a wrapper that takes longer to start than Python itself.
 PYTHON = "/usr/bin/python3"
 
+# The directory of the state, with a history and without.
+STATES = {"no": "state", "yes": "state-remembered"}
+
 COMMAND, ENGINE, FLOOR, PEER = "command", "engine", "floor", "peer"
 
 
@@ -47,7 +50,7 @@ class Work:
     units: int = 1  # files, where there are many
     runs: int = 1  # in each round
     counts_calls: bool = False
-    memory_factor: float = 2.2  # how often the text may be in memory
+    memory_factor: float | None = 2.2  # how often the text may be in memory; None where there are many texts
 
 
 def in_shell(program, to, *arguments):

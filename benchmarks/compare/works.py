@@ -8,8 +8,8 @@ import subprocess
 
 import texts
 from sets import SETS
-from tools import (AWK_TO_STRIP, COMMAND, ENGINE, FLOOR, PEER, PEERS, PYTHON, SED_TO_STRIP, Goal, Tool, Work,
-                   assignments, awk_to_render, awk_to_set, in_shell, perl_to_set, sed_to_render, sed_to_set)
+from tools import (AWK_TO_STRIP, COMMAND, ENGINE, FLOOR, PEER, PEERS, PYTHON, SED_TO_STRIP, STATES, Goal, Tool,
+                   Work, assignments, awk_to_render, awk_to_set, in_shell, perl_to_set, sed_to_render, sed_to_set)
 
 
 @dataclasses.dataclass
@@ -38,13 +38,14 @@ class Place:
         self.directory = pathlib.Path(directory).resolve()
         self.build = pathlib.Path(build).resolve()
         self.sync = sync
-        for name in ("templates", "state", "out"):
+        for name in ("templates", *STATES.values(), "out"):
             (self.directory / name).mkdir(parents=True)
         self.configure()
 
     def configure(self, history="no"):
-        """The commands from now on remember what they do, or do not: the others keep no history."""
-        text = texts.CONFIG.format(sync=self.sync, history=history, directory=self.directory)
+        """The commands from now on remember what they do, or do not: the others keep no history. Who remembers
+        nothing has a directory of his own: a store that is there would be opened."""
+        text = texts.CONFIG.format(sync=self.sync, history=history, directory=self.directory, state=STATES[history])
         self.config = self.write(f"zet-{history}.conf", text)
 
     def run(self, *words):

@@ -77,6 +77,7 @@ class Grammar {
     /// Of the commands, only those are made known that `words`, the arguments, may ask for: a command line
     /// that knows all takes longer to build than a small file takes to edit.
     void AddCommands(const Words& words) {
+        if (AsksForVersionAlone(words)) return;
         if (AsksForHelp(words) || !AddWanted([&](std::string_view word) { return words.count(word) != 0; }))
             AddAll();
     }
@@ -91,6 +92,10 @@ class Grammar {
   private:
     static Role RoleOf(const std::string& program) {
         return program == "zet-init" ? Role::Server : Role::Client;
+    }
+
+    static bool AsksForVersionAlone(const Words& words) {
+        return words == Words{"-V"} || words == Words{"--version"};
     }
 
     /// A help lists all commands. Its letter may stand in a group of them.

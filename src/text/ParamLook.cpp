@@ -1,9 +1,9 @@
 #include "text/ParamLook.h"
 
 #include <algorithm>
-#include <cstring>
 #include <optional>
 
+#include "text/FindText.h"
 #include "text/Lines.h"
 
 namespace ZET::Text {
@@ -15,9 +15,24 @@ using Form = ParamLine::Form;
 constexpr std::string_view kBlanks = " \t\v\f\r";
 constexpr std::string_view kCommentStarts = "#;";
 
-bool Has(std::string_view lines, std::string_view text) {
-    return memmem(lines.data(), lines.size(), text.data(), text.size()) != nullptr;
-}
+/// Where the next of some bytes begins in a text that is taken line by line.
+class NextPlace {
+  public:
+    NextPlace(std::string_view text, std::string_view what) : m_what(what) { Find(text); }
+
+    const char* In(std::string_view rest) {
+        if (m_place < rest.data()) Find(rest);
+        return m_place;
+    }
+
+  private:
+    void Find(std::string_view rest) {
+        m_place = rest.data() + std::min(FindText(rest, m_what), rest.size());
+    }
+
+    std::string_view m_what;
+    const char* m_place = nullptr;
+};
 
 /// Takes these bytes off the beginning, and tells whether there were any.
 bool Skip(std::string_view& line, std::string_view bytes) {
@@ -61,19 +76,24 @@ bool IsSetting(std::string_view line) {
 
 }  // namespace
 
-/// Most of most files has nothing to do with one parameter.
-bool ParamLook::HasNothing(std::string_view lines) const {
-    return (m_isSetBeforeSections || m_section > 0) && !Has(lines, "[") && !Has(lines, m_name) &&
-           !Has(lines, kMarkerStart);
+/// Most of most files has nothing to do with one parameter: lines that neither name it nor are a heading or a
+/// marker are counted.
+void ParamLook::Take(std::string_view lines) {
+    NextPlace name(lines, m_name);
+    NextPlace heading(lines, "[");
+    NextPlace marker(lines, kMarkerStart);
+    while (!lines.empty()) {
+        if (m_isSetBeforeSections || m_section > 0)
+            PassOver(lines, std::min({name.In(lines), heading.In(lines), marker.In(lines)}));
+        if (!lines.empty()) TakeLine(Text::TakeLine(lines).text);
+    }
 }
 
-void ParamLook::Take(std::string_view lines) {
-    if (HasNothing(lines)) {
-        m_number += CountLines(lines);
-        return;
-    }
-    while (!lines.empty())
-        TakeLine(Text::TakeLine(lines).text);
+/// Takes the lines off that stand before the one at `place`.
+void ParamLook::PassOver(std::string_view& lines, const char* place) {
+    const std::string_view others = LinesBefore(lines, static_cast<std::size_t>(place - lines.data()));
+    m_number += CountLines(others);
+    lines.remove_prefix(others.size());
 }
 
 void ParamLook::TakeLine(std::string_view line) {

@@ -46,7 +46,7 @@ class ParamLook {
     const std::string& LastSection() const { return m_lastSection; }
 
   private:
-    bool HasNothing(std::string_view lines) const;
+    void PassOver(std::string_view& lines, const char* place);
     void TakeLine(std::string_view line);
 
     std::string m_name;

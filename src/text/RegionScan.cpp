@@ -47,10 +47,11 @@ bool CanBeNearMarker(std::string_view line) {
 /// Whether a byte of a character beyond ASCII is in the text, which may be a dash.
 bool HasWideCharacter(std::string_view text) {
     std::uint64_t all = 0;
-    for (; text.size() >= sizeof all; text.remove_prefix(sizeof all)) {
-        std::uint64_t word;
-        std::memcpy(&word, text.data(), sizeof word);
-        all |= word;
+    std::array<std::uint64_t, 8> words;
+    for (; text.size() >= sizeof words; text.remove_prefix(sizeof words)) {
+        std::memcpy(words.data(), text.data(), sizeof words);
+        for (const std::uint64_t word : words)
+            all |= word;
     }
     for (const char c : text)
         all |= static_cast<unsigned char>(c);

@@ -17,6 +17,7 @@ namespace {
 
 constexpr std::size_t kMostUnknownOfLine = 100;  ///< what a reader can make use of
 constexpr std::size_t kStart = 64;               ///< of a line: more than the longest marker
+constexpr std::size_t kMostKept = std::size_t{16} << 10;
 
 std::size_t LongestKey(const StringMap& values) {
     std::size_t longest = 0;
@@ -30,6 +31,20 @@ struct TemplateRegions {
     RegionFollower follower;
     bool isOtherInside = false;  ///< a region of the other kind began in it, which was told
 };
+
+/// The beginning and the end of a long line, as far as they tell what it is. What lies between them cannot:
+/// the beginning holds more than the one sign that a line may consist of to be one that comes first.
+bool CanBeShortened(std::string_view line) {
+    constexpr char kBlanks[] = " \t\r";
+    const std::string_view start = line.substr(0, kStart);
+    return start.find_first_not_of(kBlanks) < start.find_last_not_of(kBlanks);
+}
+
+void ShortenMiddle(std::string& line) {
+    constexpr std::size_t kEnd = std::size(ZETNoticeMarker);
+    // No marker has a zero byte.
+    line.replace(kStart, line.size() - kStart - kEnd, 1, '\0');
+}
 
 std::string_view EndOf(Marker begin) {
     return begin == Marker::BlockBegin ? ZETEndMarker : ZETCommentEndMarker;
@@ -75,6 +90,7 @@ class TemplateChecker {
         if (HasNoPlaceholders(line)) return CheckRendered(line, line);
         const std::size_t wanted = WantedOf(line);
         m_rendered.clear();
+        m_hasNoticeBefore = false;
         CheckPlaceholders(line, wanted);
         if (wanted == 0) return;
         for (std::string_view rendered = m_rendered; !rendered.empty();)
@@ -108,7 +124,19 @@ class TemplateChecker {
     }
 
     void Render(std::string_view text, std::size_t wanted) {
-        if (m_rendered.size() < wanted) m_rendered.append(text.substr(0, wanted - m_rendered.size()));
+        if (m_rendered.size() >= wanted) return;
+        m_rendered.append(text.substr(0, wanted - m_rendered.size()));
+        if (m_rendered.size() > kMostKept && !m_hasLineFeeds && CanBeShortened(m_rendered)) Shorten();
+    }
+
+    /// A line may be as long as the template: it is searched in pieces, of which none is kept.
+    void Shorten() {
+        m_hasNoticeBefore = m_hasNoticeBefore || HasNoticeMarker(m_rendered);
+        ShortenMiddle(m_rendered);
+    }
+
+    static bool HasNoticeMarker(std::string_view text) {
+        return text.find(ZETNoticeMarker) != std::string_view::npos;
     }
 
     void Note(PlainValue& plain) {
@@ -142,6 +170,7 @@ class TemplateChecker {
         expansion.Keep(wanted);
         TellVerdicts(expansion);
         m_rendered = expansion.Expanded();
+        m_hasNoticeBefore = false;
     }
 
     void TellVerdicts(LineExpansion& expansion) {
@@ -196,7 +225,7 @@ class TemplateChecker {
 
     /// The module takes a notice in the first line for the one it would write, wherever in it the marker is.
     void CheckNoticeIn(std::string_view text, std::string_view line) {
-        if (text.find(ZETNoticeMarker) == std::string_view::npos) return;
+        if (!m_hasNoticeBefore && !HasNoticeMarker(text)) return;
         const std::size_t place = line.find(ZETNoticeMarker);
         Add(place == std::string_view::npos ? ColumnOfPlaceholder(line) : static_cast<int>(place) + 1,
             Quoted(ZETNoticeMarker) + " in its first line keeps the notice out that names the template",
@@ -256,10 +285,11 @@ class TemplateChecker {
     std::set<std::string>* m_used;
     const bool m_hasNotice;
     int m_line = 0;
-    std::string m_rendered;       ///< what the line renders to, as far as it is wanted
-    bool m_hasLineFeeds = false;  ///< there is a value of several lines
-    bool m_hasText = false;       ///< a line was taken that does not become empty
-    bool m_hasFirstLine = false;  ///< the same for a line that is not in a template comment
+    std::string m_rendered;          ///< what the line renders to, as far as it is wanted
+    bool m_hasNoticeBefore = false;  ///< in what was not kept of it
+    bool m_hasLineFeeds = false;     ///< there is a value of several lines
+    bool m_hasText = false;          ///< a line was taken that does not become empty
+    bool m_hasFirstLine = false;     ///< the same for a line that is not in a template comment
     TemplateRegions m_blocks{RegionFollower::OfBlocks()};
     TemplateRegions m_comments{RegionFollower::OfComments()};
     std::vector<Problem> m_problems;

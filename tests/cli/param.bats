@@ -45,8 +45,7 @@ teardown() {
     run_zet -v param get conf nope
     assert_status 1
     assert_output ""
-    assert_stderr "zet-client: notice: Process config file 'conf'...
-zet-client: conf: has no parameter \"nope\""
+    assert_stderr "zet-client: conf: has no parameter \"nope\""
 }
 
 @test "get does not see a parameter that is commented out" {

@@ -2,8 +2,12 @@
 
 #include <gmock/gmock.h>
 
+#include <random>
 #include <string>
 #include <vector>
+
+#include "text/Lines.h"
+#include "text/Markers.h"
 
 namespace ZET::Text {
 namespace {
@@ -73,6 +77,35 @@ TEST(ParamLook, TextInPiecesIsTheSameText) {
     for (const std::string& piece : pieces)
         look.Take(piece);
     EXPECT_THAT(Found(look), ElementsAre("set 6 1"));
+}
+
+/// The same text, of which no line but empty ones can be passed over: "[" behind a line is no heading.
+std::string WithEachLineLookedAt(const std::string& text) {
+    std::string all;
+    for (const TextLine& line : SplitLines(text)) {
+        const bool stays =
+            line.text.empty() || line.text.starts_with('[') || MarkerOf(line.text) != Marker::None;
+        all.append(line.text).append(stays ? "" : " [").append(line.hasLineFeed ? "\n" : "");
+    }
+    return all;
+}
+
+TEST(ParamLook, LinesThatArePassedOverWouldNotHaveBeenFound) {
+    const std::vector<std::string> lines = {
+        "x=1\n", "\n", "# c\n",     "[a]\n",    "kdc=1\n", "#kdc=2\n", " kdc=3\n", "other\n",
+        kBegin,  kEnd, "kdc = 4\n", "akdc=5\n", "y=kdc\n", "z=2\n",    "z=3\n",    "; kdc=\n"};
+    std::minstd_rand random;  // NOLINT: the same texts in each run
+    for (int round = 0; round < 2000; ++round) {
+        std::string text;
+        for (std::size_t count = random() % 20; count > 0; --count)
+            text += lines[random() % lines.size()];
+        if (round % 3 == 0 && !text.empty()) text.pop_back();
+        const ParamLook look = LookedAt(text);
+        const ParamLook plain = LookedAt(WithEachLineLookedAt(text));
+        EXPECT_EQ(Found(look), Found(plain)) << text;
+        EXPECT_EQ(look.PartCount(), plain.PartCount()) << text;
+        EXPECT_EQ(look.LastSection(), plain.LastSection()) << text;
+    }
 }
 
 TEST(ParamLook, PartOfATextHasTheNumbersOfTheWhole) {

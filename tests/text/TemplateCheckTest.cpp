@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "zet/ZETFormat.h"
+
 namespace ZET::Text {
 
 namespace {
@@ -139,6 +141,38 @@ TEST(TemplateCheck, NoticeBehindOtherTextIsFine) {
     const std::string notice = "# --ZET_CONFIG_COMMENT--\n# text\n# --ZET_COMMENT_END--\n";
     EXPECT_THAT(Descriptions(" \n" + notice), IsEmpty());
     EXPECT_THAT(Descriptions("# --ZET_TEMPLATE_COMMENT--\n# --ZET_COMMENT_END--\n" + notice), IsEmpty());
+}
+
+/// A first line of which the check does not keep the middle says what it says when it is short.
+TEST(TemplateCheck, NoticeIsFoundWhereverItStandsInAVeryLongFirstLine) {
+    const StringMap values = {{"${x}", "x"}, {"${zet}", "ZET_"}};
+    const std::string notice = "# --${zet}CONFIG_COMMENT--";
+    for (const std::size_t before : {0, 1, 63, 16'000, 16'350, 16'383, 16'384, 16'400, 40'000, 100'000}) {
+        for (const std::size_t after : {0, 1, 20'000, 70'000}) {
+            std::string line = "ab${x}";
+            while (line.size() < before)
+                line += line.size() % 3 == 0 ? "c" : "${x}";
+            const std::string rest = std::string(after, 'd') + "${x}\n";
+            EXPECT_THAT(Descriptions(line + notice + rest, values), testing::SizeIs(1)) << before << after;
+            EXPECT_THAT(Descriptions(line + rest, values), IsEmpty()) << before << after;
+        }
+    }
+}
+
+TEST(TemplateCheck, BeginningAndEndOfAVeryLongFirstLineAreNotTakenForANotice) {
+    const std::string marker = ZETNoticeMarker;
+    const std::string start = std::string(64 - 10, 'x') + marker.substr(0, 10);
+    for (std::size_t behind = 0; behind < 20; ++behind) {
+        const std::string end = marker.substr(10) + std::string(behind, 'z');
+        EXPECT_THAT(Descriptions(start + std::string(40'000, 'y') + end + "${realm}\n"), IsEmpty());
+    }
+}
+
+TEST(TemplateCheck, SignThatComesFirstIsFoundBehindManyBlanks) {
+    const std::string blanks(40'000, ' ');
+    EXPECT_THAT(Descriptions(blanks + "${sign}" + blanks + "\n", {{"${sign}", "{"}}), testing::SizeIs(1));
+    EXPECT_THAT(Descriptions(blanks + "${sign}" + blanks + "x\n", {{"${sign}", "{"}}), IsEmpty());
+    EXPECT_THAT(Descriptions("{${none}" + blanks + "\n", {{"${none}", ""}}), testing::SizeIs(1));
 }
 
 TEST(TemplateCheck, ValueThatHoldsItselfIsTold) {

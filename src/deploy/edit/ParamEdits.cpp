@@ -13,6 +13,7 @@
 #include "deploy/state/OwnText.h"
 #include "deploy/targets/EditRules.h"
 #include "text/LineEnds.h"
+#include "text/FindText.h"
 #include "text/Lines.h"
 #include "zet/ZETFormat.h"
 
@@ -84,6 +85,41 @@ std::optional<std::string> LineIn(IZETCore& core, std::string_view lines, const 
     return std::nullopt;
 }
 
+/// Looks for the line that the module would take for a parameter, in a text that comes in pieces of whole
+/// lines. The name has to stand in it as it is, so that the core is asked about few lines.
+class LookToGet {
+  public:
+    LookToGet(IZETCore& core, const std::string& name)
+        : m_core(core), m_start(name + "="), m_pattern(ZETLookupOpening + m_start) {}
+
+    void Take(std::string_view lines) {
+        m_mayHaveSections = m_mayHaveSections || lines.find('[') != std::string_view::npos;
+        while (!m_line && !lines.empty())
+            TakeNext(lines);
+    }
+
+    const std::optional<std::string>& Line() const { return m_line; }
+    bool MayHaveSections() const { return m_mayHaveSections; }
+
+  private:
+    void TakeNext(std::string_view& lines) {
+        const std::size_t place = Text::FindText(lines, m_start);
+        if (place == std::string_view::npos) {
+            lines = {};
+            return;
+        }
+        lines.remove_prefix(Text::LinesBefore(lines, place).size());
+        m_line = LineIn(m_core, lines.substr(0, lines.find('\n')), m_pattern);
+        Text::TakeLine(lines);
+    }
+
+    IZETCore& m_core;
+    const std::string m_start;
+    const std::string m_pattern;
+    std::optional<std::string> m_line;
+    bool m_mayHaveSections = false;
+};
+
 std::optional<std::string> LineOf(Deployment& product, const std::string& path, const std::string& name,
                                   const std::optional<std::string>& section) {
     const std::string pattern = ZETLookupOpening + name + "=";
@@ -110,13 +146,6 @@ Text::ParamLook LookForParam(const std::string& path, const std::string& name,
     return look;
 }
 
-/// Quicker than to look for a parameter; most files have none.
-bool MayHaveSections(const std::string& path) {
-    bool may = false;
-    ReadChunks(path, [&](std::string_view lines) { may = may || lines.find('[') != std::string_view::npos; });
-    return may;
-}
-
 /// The lines that set the parameter, each of them once.
 std::set<std::string> SettingLines(IZETCore& core, std::string_view lines, const std::string& pattern) {
     std::set<std::string> setting;
@@ -134,13 +163,15 @@ std::optional<std::string> GetParam(Deployment& product, const std::string& path
     RequireSectionName(section);
     if (!IsLiteralName(name))
         RequireLiteralName(product.Core(), path, ReadFileBytes(path), ZETLookupOpening, name);
-    const bool maySeveralHaveIt = !section && MayHaveSections(path);
-    const auto line = LineOf(product, path, name, section);
+    LookToGet look(product.Core(), name);
+    if (!section) ReadChunks(path, [&](std::string_view lines) { look.Take(lines); });
+    const bool isFound = !section && IsLiteralName(name);
+    const auto line = isFound ? look.Line() : LineOf(product, path, name, section);
     if (!line) {
         RequireNoBlanks({path, name, LookForParam(path, name, section)}, "line get", "prints it");
         return std::nullopt;
     }
-    if (maySeveralHaveIt) RequireOneSectionToGet({path, name, LookForParam(path, name, section)});
+    if (look.MayHaveSections()) RequireOneSectionToGet({path, name, LookForParam(path, name, section)});
     return Text::WithoutLineEnd(line->substr(line->find('=') + 1));
 }
 

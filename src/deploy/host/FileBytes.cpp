@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <memory>
+#include <span>
 #include <utility>
 
 #include "deploy/host/Failure.h"
@@ -57,7 +59,7 @@ std::size_t SizeTold(const struct stat& status) {
 
 /// Fills `block` from `start` on, as far as the file reaches, or until `enough` is read; returns how much of
 /// it is filled then.
-std::size_t ReadBlock(int descriptor, const std::string& path, std::string& block, std::size_t start = 0,
+std::size_t ReadBlock(int descriptor, const std::string& path, std::span<char> block, std::size_t start = 0,
                       std::size_t enough = SIZE_MAX) {
     while (start < block.size() && start != enough) {
         const ssize_t count = ReadSome(descriptor, block.data() + start, block.size() - start);
@@ -66,6 +68,44 @@ std::size_t ReadBlock(int descriptor, const std::string& path, std::string& bloc
         start += static_cast<std::size_t>(count);
     }
     return start;
+}
+
+/// Memory that is not filled before it is read into.
+class ChunkRoom {
+  public:
+    explicit ChunkRoom(std::size_t size)
+        : m_bytes(std::make_unique_for_overwrite<char[]>(size)), m_size(size) {}
+
+    std::span<char> Bytes() const { return {m_bytes.get(), m_size}; }
+    std::string_view First(std::size_t count) const { return {m_bytes.get(), count}; }
+
+    /// Of the whole lines with which it begins.
+    std::size_t SizeOfLines() const {
+        const void* const lineFeed = memrchr(m_bytes.get(), '\n', m_size);
+        return lineFeed == nullptr
+                   ? 0
+                   : static_cast<std::size_t>(static_cast<const char*>(lineFeed) - m_bytes.get()) + 1;
+    }
+
+    /// Keeps what stands there from `begin` to the end of the room, and has it begin the room.
+    void KeepFrom(std::size_t begin) { std::memmove(m_bytes.get(), m_bytes.get() + begin, m_size - begin); }
+
+    void Grow(std::size_t size, std::size_t kept) {
+        ChunkRoom larger(size);
+        std::memcpy(larger.m_bytes.get(), m_bytes.get(), kept);
+        *this = std::move(larger);
+    }
+
+  private:
+    std::unique_ptr<char[]> m_bytes;
+    std::size_t m_size;
+};
+
+/// Few steps to a very long line, of which each copies what is read of it, and none beyond the file's end.
+std::size_t SizeForLine(std::size_t begun, const struct stat& status) {
+    const std::size_t wanted = begun * 4;
+    const std::size_t whole = static_cast<std::size_t>(status.st_size) + 1;
+    return whole > begun * 2 ? std::min(wanted, whole) : wanted;
 }
 
 std::string ReadAll(int descriptor, const std::string& path, const struct stat& status) {
@@ -145,21 +185,21 @@ FileVersion VersionOf(const std::string& path) {
 void ReadChunks(const std::string& path, const std::function<void(std::string_view lines)>& take) {
     const Descriptor descriptor(OpenToRead(path));
     const struct stat status = OpenedStatus(descriptor, path);
-    std::string block(RoomFor(status), '\0');
-    const std::size_t enough = SizeTold(status) < block.size() ? SizeTold(status) : SIZE_MAX;
-    std::size_t begun = 0;  // how much of the block is a line that is not read to its end
+    ChunkRoom room(RoomFor(status));
+    const std::size_t enough = SizeTold(status) < room.Bytes().size() ? SizeTold(status) : SIZE_MAX;
+    std::size_t begun = 0;  // how much of the room is a line that is not read to its end
     for (;;) {
-        const std::size_t count = ReadBlock(descriptor, path, block, begun, enough);
-        if (count < block.size()) {
-            if (count > 0) take(std::string_view(block).substr(0, count));
+        const std::size_t size = room.Bytes().size();
+        const std::size_t count = ReadBlock(descriptor, path, room.Bytes(), begun, enough);
+        if (count < size) {
+            if (count > 0) take(room.First(count));
             return;
         }
-        const std::size_t end = block.rfind('\n') + 1;
-        if (end > 0) take(std::string_view(block).substr(0, end));
-        begun = block.size() - end;
-        std::copy(block.begin() + static_cast<std::ptrdiff_t>(end), block.end(), block.begin());
-        // Few steps to a very long line: each copies what is read of it.
-        if (begun > block.size() / 2) block.resize(begun * 4);
+        const std::size_t end = room.SizeOfLines();
+        if (end > 0) take(room.First(end));
+        begun = size - end;
+        room.KeepFrom(end);
+        if (begun > size / 2) room.Grow(SizeForLine(begun, status), begun);
     }
 }
 

@@ -85,6 +85,7 @@ void ReadText(int descriptor, const std::string& path, std::uint64_t longest, Ca
     // For a small file, a large block would be fetched from the system and given back.
     std::string block(std::min<std::size_t>(kBlock, captured.state.size + 1), '\0');
     std::uint64_t size = 0;
+    if (captured.state.size <= longest) captured.text.reserve(captured.state.size);
     for (;;) {
         const ssize_t count = ReadSome(descriptor, block.data(), block.size());
         if (count < 0) Fail(path, "cannot be read");

@@ -142,11 +142,16 @@ RecordedEntry Recording::EntryToOpen() const {
     return entry;
 }
 
+/// With their texts, which are not needed here any more.
 std::vector<FileToRecord> Recording::NewFiles() {
     std::vector<FileToRecord> files;
     for (Row& row : m_rows) {
-        if (row.isNew) files.push_back(row.record);
-        row.isNew = false;
+        if (!std::exchange(row.isNew, false)) continue;
+        std::string textBefore = std::exchange(row.record.textBefore, {});
+        std::string textAfter = std::exchange(row.record.textAfter, {});
+        FileToRecord& file = files.emplace_back(row.record);
+        file.textBefore = std::move(textBefore);
+        file.textAfter = std::move(textAfter);
     }
     return files;
 }

@@ -3,9 +3,11 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <random>
 
 #include "../HostFixture.h"
 #include "deploy/host/Failure.h"
+#include "text/LineEnds.h"
 #include "text/WithoutBlocks.h"
 #include "zet/ZETFormat.h"
 
@@ -319,6 +321,39 @@ TEST_F(ParamEditsTest, UnsetOfASectionLeavesTheOthers) {
     EXPECT_EQ(Text(), "x=0\n\n[a]\nx=1\n#y=1\n\n# about b\n[b]\n" + Replaced("x=2", "#x=2"));
     Restore("x", In("b"));
     EXPECT_EQ(Text(), kSections);
+}
+
+TEST_F(ParamEditsTest, GetFindsTheLineThatTheModuleFinds) {
+    const std::vector<std::string> pieces = {"x=1",  "x=",    "xx=2", "x =3", " x=4", "\t\vx=5",
+                                             "#x=6", "y=x=7", "\r",   "\n",   "\n",   "\n",
+                                             "",     "x",     "=",    "\n\n", "z",    " "};
+    std::minstd_rand random;  // NOLINT: the same texts in each run
+    for (int round = 0; round < 400; ++round) {
+        std::string text;
+        for (std::size_t count = random() % 12; count > 0; --count)
+            text += pieces[random() % pieces.size()];
+        Write("conf", text);
+        const std::string line =
+            TheProduct().Config().OpenConfigFile(At("conf"), "client", true)->GetLine("^\\s*x=");
+        std::string got;
+        try {
+            got = Get("x");
+        } catch (const Failure&) {
+            got = "none";  // one with blanks before the sign is refused
+        }
+        EXPECT_EQ(got, line.empty() ? "none" : Text::WithoutLineEnd(line.substr(line.find('=') + 1))) << text;
+    }
+}
+
+TEST_F(ParamEditsTest, GetFindsAParameterBehindMuchElse) {
+    std::string text;
+    for (int i = 0; i < 50'000; ++i)
+        text += "y" + std::to_string(i) + "=no x=" + std::to_string(i) + "\n";
+    Write("conf", text + "x=last\nx=behind");
+    EXPECT_EQ(Get("x"), "last");
+    EXPECT_EQ(Get("z"), "none");
+    Write("conf", "[a]\nx=1\n" + text + "[b]\nx=2");
+    EXPECT_THAT(Refusal([&] { Get("x"); }).text, HasSubstr("2 sections"));
 }
 
 /// How long a file takes with so many sections and parameters, of which the last is edited.

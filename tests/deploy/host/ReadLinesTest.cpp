@@ -42,7 +42,8 @@ TEST_F(ReadLinesTest, LineFeedsEndLinesAndAreNoPartOfThem) {
 
 TEST_F(ReadLinesTest, LinesOfAnyLengthComeAsAWhole) {
     constexpr std::size_t kBlock = std::size_t{128} << 10;
-    for (const std::size_t length : {kBlock - 1, kBlock, kBlock + 1, 3 * kBlock}) {
+    for (const std::size_t length :
+         {kBlock - 1, kBlock, kBlock + 1, 3 * kBlock, 4 * kBlock, 4 * kBlock - 1, 40 * kBlock + 7}) {
         const std::string longLine(length, 'x');
         EXPECT_TRUE(LinesOf(longLine + "\na\n") == (Lines{longLine, "a"})) << length;
         EXPECT_TRUE(LinesOf("a\n" + longLine) == (Lines{"a", longLine})) << length;
@@ -52,7 +53,7 @@ TEST_F(ReadLinesTest, LinesOfAnyLengthComeAsAWhole) {
 TEST_F(ReadLinesTest, PiecesAreTheTextCutBetweenLines) {
     constexpr std::size_t kBlock = std::size_t{128} << 10;
     for (const std::size_t length :
-         {std::size_t{0}, std::size_t{9}, kBlock - 2, kBlock - 1, kBlock, 3 * kBlock}) {
+         {std::size_t{0}, std::size_t{9}, kBlock - 2, kBlock - 1, kBlock, 3 * kBlock, 17 * kBlock}) {
         for (const char* rest : {"", "\n", "\nlast", "\n\nlast\n"}) {
             const std::string text = "a\nb\n" + std::string(length, 'x') + rest;
             LinesOf(text);
@@ -65,6 +66,18 @@ TEST_F(ReadLinesTest, PiecesAreTheTextCutBetweenLines) {
             EXPECT_TRUE(read == text) << length << rest;
         }
     }
+}
+
+TEST_F(ReadLinesTest, LineThatGrowsWhileItIsReadComesAsAWhole) {
+    constexpr std::size_t kBlock = std::size_t{128} << 10;
+    const std::string more(40 * kBlock, 'y');
+    std::ofstream(m_path, std::ios::binary) << "a\n" << std::string(2 * kBlock, 'x');
+    std::vector<std::size_t> sizes;
+    ReadChunks(m_path, [&](std::string_view lines) {
+        if (sizes.empty()) std::ofstream(m_path, std::ios::binary | std::ios::app) << more;
+        sizes.push_back(lines.size());
+    });
+    EXPECT_EQ(sizes, (std::vector<std::size_t>{2, 42 * kBlock}));
 }
 
 TEST_F(ReadLinesTest, FileThatIsNotThereIsAFailure) {

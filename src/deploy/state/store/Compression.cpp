@@ -20,7 +20,9 @@ struct Zstd {
     decltype(ZSTD_CCtx_setParameter)* setParameter;
     decltype(ZSTD_compress2)* compress;
     decltype(ZSTD_compressBound)* bound;
-    decltype(ZSTD_decompress)* decompress;
+    decltype(ZSTD_createDCtx)* createReader;
+    decltype(ZSTD_freeDCtx)* freeReader;
+    decltype(ZSTD_decompressDCtx)* decompress;
     decltype(ZSTD_getFrameContentSize)* sizeOf;
     decltype(ZSTD_isError)* isError;
     decltype(ZSTD_getErrorName)* errorName;
@@ -32,7 +34,9 @@ struct Zstd {
         library.Find(setParameter, "ZSTD_CCtx_setParameter");
         library.Find(compress, "ZSTD_compress2");
         library.Find(bound, "ZSTD_compressBound");
-        library.Find(decompress, "ZSTD_decompress");
+        library.Find(createReader, "ZSTD_createDCtx");
+        library.Find(freeReader, "ZSTD_freeDCtx");
+        library.Find(decompress, "ZSTD_decompressDCtx");
         library.Find(sizeOf, "ZSTD_getFrameContentSize");
         library.Find(isError, "ZSTD_isError");
         library.Find(errorName, "ZSTD_getErrorName");
@@ -74,6 +78,21 @@ class Context {
     std::unique_ptr<ZSTD_CCtx, decltype(ZSTD_freeCCtx)*> m_context;
 };
 
+/// The same of the way back.
+class Reader {
+  public:
+    Reader() : m_context(TheZstd().createReader(), TheZstd().freeReader) {
+        if (!m_context) throw std::bad_alloc();
+    }
+
+    std::size_t Expand(std::string& room, std::string_view frame) {
+        return TheZstd().decompress(m_context.get(), room.data(), room.size(), frame.data(), frame.size());
+    }
+
+  private:
+    std::unique_ptr<ZSTD_DCtx, decltype(ZSTD_freeDCtx)*> m_context;
+};
+
 }  // namespace
 
 std::string Compressed(std::string_view text) {
@@ -86,8 +105,9 @@ std::string Compressed(std::string_view text) {
 std::optional<std::string> Expanded(std::string_view frame, std::size_t size) {
     // What it was kept with, whatever is kept today; a damaged number takes no room.
     if (TheZstd().sizeOf(frame.data(), frame.size()) != size) return std::nullopt;
+    static thread_local Reader reader;
     std::string text(size, '\0');
-    const std::size_t length = TheZstd().decompress(text.data(), text.size(), frame.data(), frame.size());
+    const std::size_t length = reader.Expand(text, frame);
     if (TheZstd().isError(length) != 0 || length != size) return std::nullopt;
     return text;
 }

@@ -44,10 +44,16 @@ void Take(Database& database, const StoreLimits& limits, RecordedState& state, c
 RecordedFile WithTexts(Database& database, const StoreLimits& limits, const FileToRecord& file) {
     RecordedFile recorded = file.file;
     Take(database, limits, recorded.before, file.textBefore);
-    if (file.isPlanned) Take(database, limits, recorded.after, file.textAfter);
-    if (file.base && limits.keepsTexts)
-        recorded.after.knowledge.base = Keep(database, *file.base, DigestOf(*file.base));
+    recorded.after = AfterWithTexts(database, limits, file, std::move(recorded.after));
     return recorded;
+}
+
+RecordedState AfterWithTexts(Database& database, const StoreLimits& limits, const FileToRecord& file,
+                             RecordedState after) {
+    if (file.isPlanned) Take(database, limits, after, file.textAfter);
+    if (file.base && limits.keepsTexts)
+        after.knowledge.base = Keep(database, *file.base, DigestOf(*file.base));
+    return after;
 }
 
 std::string TextAt(Database& database, TextNumber number) {

@@ -172,10 +172,10 @@ bool Store::ReplaceAfter(std::int64_t number, const FileToRecord& file) {
 
 /// The text that is kept already need not be given again.
 RecordedState Store::AfterOf(const FileToRecord& file, const RecordedState& former) {
-    FileToRecord given = file;
-    if (HaveSameText(given.file.after, former)) given.file.after.text = former.text;
-    RecordedState after = WithTexts(*m_database, m_limits, given).after;
-    if (!given.base) after.knowledge.base = former.knowledge.base;
+    RecordedState given = file.file.after;
+    if (HaveSameText(given, former)) given.text = former.text;
+    RecordedState after = AfterWithTexts(*m_database, m_limits, file, std::move(given));
+    if (!file.base) after.knowledge.base = former.knowledge.base;
     return after;
 }
 
@@ -251,7 +251,7 @@ void Store::Remember(const std::vector<FileToRecord>& files) {
 void Store::RememberOne(const FileToRecord& file) {
     const std::string& path = file.file.path;
     const std::optional<KnownFile> known = KnownAt(*m_database, path);
-    const RecordedState state = WithTexts(*m_database, m_limits, file).after;
+    const RecordedState state = AfterWithTexts(*m_database, m_limits, file, file.file.after);
     DeleteKnown(*m_database, path);
     if (file.file.kind != FileKind::Original)
         ReplaceKnown(*m_database, {path, file.file.kind, state, known ? known->entry : 0});
