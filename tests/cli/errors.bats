@@ -272,7 +272,7 @@ zet-client: nothing was changed"
 
 @test "a file that cannot be opened has a remedy, though the module tells the cause in words only" {
     echo 'a=1' >conf
-    local get=("$ZET_BIN/zet-client" --config zet.conf param get "$HOST/conf" a) last
+    local get=("$ZET_BIN/zet-client" --config zet.conf line get "$HOST/conf" '^a=') last
     strace -f -qq -o "$BASE/trace" -P "$HOST/conf" -e trace=/fstat "${get[@]}"
     last=$(grep -c . "$BASE/trace")
     capture strace -f -qq -o "$BASE/trace" -P "$HOST/conf" -e trace=/fstat -e "inject=/fstat:error=EIO:when=$last" "${get[@]}"
