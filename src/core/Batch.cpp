@@ -15,17 +15,13 @@
 #include "Message.h"
 #include "Sync.h"
 #include "posix/PathNames.h"
+#include "zet/ZETHost.h"
 
-namespace ZET {
-
-using Core::FailSystem;
-using Core::IsSyncing;
-using Core::SyncQuietly;
-using Core::WaitingFile;
+namespace ZET::Core {
 
 namespace {
 
-thread_local CZETBatch::Implementation* present = nullptr;
+thread_local Batch* present = nullptr;
 
 /// Syncs that wait together share what the file system does for each: of 128 new files, one thread syncs 300
 /// a second where eight sync 12,000.
@@ -69,12 +65,12 @@ void InThreads(std::size_t count, const Work& work) {
 
 }  // namespace
 
-CZETBatch::Implementation::Implementation() : m_user(::geteuid()) {
+Batch::Batch() : m_user(::geteuid()) {
     present = this;
 }
 
 /// What was not named was to be a copy, which nobody knows of.
-CZETBatch::Implementation::~Implementation() {
+Batch::~Batch() {
     present = nullptr;
     for (const Collected& collected : m_files) {
         if (!collected.file.final.empty())
@@ -85,17 +81,17 @@ CZETBatch::Implementation::~Implementation() {
     }
 }
 
-CZETBatch::Implementation* CZETBatch::Implementation::Present() {
+Batch* Batch::Present() {
     return present != nullptr && IsSyncing() && ::geteuid() == present->m_user ? present : nullptr;
 }
 
 /// A directory that the host has gone to, or holds, has a name that only means something there and now.
-std::string CZETBatch::Implementation::Readable(const std::string& directory) const {
+std::string Batch::Readable(const std::string& directory) const {
     const bool isOwn = directory.compare(0, 1, "/") == 0 && directory.compare(0, 6, "/proc/") != 0;
     return isOwn || m_subject.empty() ? directory : DirectoryOf(m_subject);
 }
 
-CZETBatch::Implementation::Held& CZETBatch::Implementation::Hold(int directory, const std::string& name) {
+Batch::Held& Batch::Hold(int directory, const std::string& name) {
     const std::string path = Readable(name);
     struct stat status;
     if (::fstat(directory, &status) != 0)
@@ -108,17 +104,17 @@ CZETBatch::Implementation::Held& CZETBatch::Implementation::Hold(int directory, 
     return held;
 }
 
-void CZETBatch::Implementation::Collect(WaitingFile file, int directory, const std::string& path) {
+void Batch::Collect(WaitingFile file, int directory, const std::string& path) {
     Held& held = Hold(directory, DirectoryOf(path));
     held.isToSync = true;
     m_files.push_back({std::move(file), &held, PathIn(held.path, BaseNameOf(path))});
 }
 
-void CZETBatch::Implementation::SyncLater(int directory, const std::string& name) {
+void Batch::SyncLater(int directory, const std::string& name) {
     Hold(directory, name).isToSync = true;
 }
 
-void CZETBatch::Implementation::SyncFiles() const {
+void Batch::SyncFiles() const {
     std::atomic<std::size_t> next = 0;
     std::vector<int> errors(m_files.size());
     InThreads(std::min(kThreads, m_files.size()), [&] {
@@ -132,7 +128,7 @@ void CZETBatch::Implementation::SyncFiles() const {
     }
 }
 
-void CZETBatch::Implementation::SyncDirectories() {
+void Batch::SyncDirectories() {
     for (auto& [key, directory] : m_directories) {
         if (directory.isToSync && !SyncQuietly(directory.descriptor))
             FailSystem(directory.path, "Failed to sync directory '%s': %m.", directory.path.c_str());
@@ -140,7 +136,7 @@ void CZETBatch::Implementation::SyncDirectories() {
     }
 }
 
-void CZETBatch::Implementation::NameFiles() {
+void Batch::NameFiles() {
     SyncFiles();
     m_isCollecting = false;
     for (Collected& collected : m_files) {
@@ -155,9 +151,15 @@ void CZETBatch::Implementation::NameFiles() {
     SyncDirectories();
 }
 
-void CZETBatch::Implementation::Finish() {
+void Batch::Finish() {
     NameFiles();
 }
+
+}  // namespace ZET::Core
+
+namespace ZET {
+
+class CZETBatch::Implementation : public Core::Batch {};
 
 CZETBatch::CZETBatch() : m_implementation(std::make_unique<Implementation>()) {}
 

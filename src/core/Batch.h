@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "posix/Descriptor.h"
-#include "zet/ZETHost.h"
 
 namespace ZET::Core {
 
@@ -21,27 +20,23 @@ struct WaitingFile {
     std::string final{};  ///< the one that it is to have; empty: the one that it has
 };
 
-}  // namespace ZET::Core
-
-namespace ZET {
-
 /// What the file helpers put off while a batch of this thread lives.
-class CZETBatch::Implementation {
+class Batch {
   public:
-    Implementation();
-    ~Implementation();
-    Implementation(const Implementation&) = delete;
-    Implementation& operator=(const Implementation&) = delete;
+    Batch();
+    ~Batch();
+    Batch(const Batch&) = delete;
+    Batch& operator=(const Batch&) = delete;
 
     /// That of the calling thread, while things are to be put off; else null. In another user's directory,
     /// with his rights, nothing is put off.
-    static Implementation* Present();
+    static Batch* Present();
 
     /// Whether new files are collected, to be synced all at once.
     bool IsCollecting() const { return m_isCollecting; }
 
     /// `directory` is the open directory of the file, which the caller of the helper calls `path`.
-    void Collect(Core::WaitingFile file, int directory, const std::string& path);
+    void Collect(WaitingFile file, int directory, const std::string& path);
 
     /// The directory, called `name`, is synced when the collected files are named, or at the end.
     void SyncLater(int directory, const std::string& name);
@@ -57,7 +52,7 @@ class CZETBatch::Implementation {
         bool isToSync = false;
     };
     struct Collected {
-        Core::WaitingFile file;
+        WaitingFile file;
         const Held* directory;
         std::string path;  ///< for messages
     };
@@ -74,6 +69,6 @@ class CZETBatch::Implementation {
     std::vector<Collected> m_files;
 };
 
-}  // namespace ZET
+}  // namespace ZET::Core
 
 #endif

@@ -94,7 +94,7 @@ class Copy {
     }
 
     /// It is the batch's from now on.
-    void LeaveTo(CZETBatch::Implementation& batch, int directory) {
+    void LeaveTo(Core::Batch& batch, int directory) {
         batch.Collect({std::move(m_descriptor), BaseNameOf(m_name), BaseNameOf(m_to)}, directory, m_to);
         m_isThere = false;
     }
@@ -149,7 +149,7 @@ void CopyFile(const std::string& from, const std::string& to) {
     const Core::ParentDirectory directory(to);
     Core::Copy copy(from, to);
     copy.Make();
-    CZETBatch::Implementation* const batch = CZETBatch::Implementation::Present();
+    Core::Batch* const batch = Core::Batch::Present();
     if (batch != nullptr && batch->IsCollecting() && directory.Opened().IsOpen())
         return copy.LeaveTo(*batch, directory.Opened().Number());
     copy.Rename();

@@ -50,7 +50,7 @@ void CreateFile(const std::string& path) {
     Descriptor file;
     const bool isNew = Core::CreateOrEmpty(path, file);
     try {
-        CZETBatch::Implementation* const batch = CZETBatch::Implementation::Present();
+        Core::Batch* const batch = Core::Batch::Present();
         if (batch != nullptr && batch->IsCollecting() && directory.Opened().IsOpen())
             return batch->Collect({std::move(file), BaseNameOf(path)}, directory.Opened().Number(), path);
         Core::SyncFile(file, path);

@@ -64,7 +64,7 @@ void ParentDirectory::Sync() const {
         ::sync();
         return;
     }
-    if (CZETBatch::Implementation* const batch = CZETBatch::Implementation::Present())
+    if (Core::Batch* const batch = Core::Batch::Present())
         return batch->SyncLater(m_descriptor.Number(), m_path);
     if (!SyncQuietly(m_descriptor)) FailSystem(m_path, "Failed to sync directory '%s': %m.", m_path.c_str());
 }

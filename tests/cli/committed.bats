@@ -14,7 +14,7 @@ teardown() {
     remove_host
 }
 
-EDITS=("param set out/one.conf plain 2" "param restore out/one.conf plain" "line set out/one.conf ^plain p=2"
+EDITS=("param set out/one.conf other 2" "param restore out/one.conf other" "line set out/one.conf ^plain p=2"
     "line restore out/one.conf ^plain" "file strip out/one.conf" "file forget out/one.conf")
 
 @test "a committed target is not edited" {

@@ -49,6 +49,12 @@ zet_edits role=client,state=in place 0
 zet_edits role=client,state=changed 0
 zet_edits role=client,state=gone 0
 zet_edits role=client,state=missing 0
+zet_listed_edits role=client,state=in sync 0
+zet_listed_edits role=client,state=pending 0
+zet_listed_edits role=client,state=edited 0
+zet_listed_edits role=client,state=missing 0
+zet_listed_edits role=client,state=not committed 0
+zet_listed_edits role=client,state=unknown 0
 zet_newer_templates role=client 0
 zet_left_over_targets role=client 0"
 }

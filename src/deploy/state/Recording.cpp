@@ -52,7 +52,7 @@ void Recording::OrGoOnWithout(Call call) {
         call();
     } catch (const Failure& failure) {
         if (!m_goesBack && m_host.HostHistory().IsNeeded()) throw;
-        const bool isOfStore = failure.Facts().file == m_host.State().Store();
+        const bool isOfStore = failure.Facts().file.starts_with(m_host.State().Store());
         if (isOfStore)
             m_host.HostHistory().TellUnusable(failure);
         else
@@ -238,7 +238,7 @@ void Recording::Complete(Ending ending) {
         Close(EntryOutcome::Done, ending);
     } catch (const Failure& failure) {
         const std::string store = m_host.State().Store();
-        const bool isOfStore = failure.Facts().file == store;
+        const bool isOfStore = failure.Facts().file.starts_with(store);
         m_host.Out().Warning(isOfStore ? failure.what()
                                        : store + ": the next command ends the entry: " + failure.what());
     }
