@@ -28,7 +28,9 @@ std::string TextOf(std::int64_t number) {
 }  // namespace
 
 std::int64_t LastNumberBeside(const std::string& file) {
-    const Descriptor kept(open((file + kLastNumberSuffix).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    // What stands in its place is refused by whoever opens the store: a pipe there must not hold this one up.
+    constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    const Descriptor kept(open((file + kLastNumberSuffix).c_str(), kFlags));
     char text[kSize];
     if (kept < 0 || pread(kept, text, kSize, 0) != static_cast<ssize_t>(kSize)) return 0;
     std::int64_t number = 0;
