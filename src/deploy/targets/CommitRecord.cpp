@@ -1,0 +1,147 @@
+#include "deploy/targets/CommitRecord.h"
+
+#include <sys/types.h>
+
+#include <utility>
+#include <vector>
+
+#include "deploy/host/FileBytes.h"
+#include "deploy/state/History.h"
+#include "deploy/state/KnownFiles.h"
+#include "deploy/state/StateDirectory.h"
+#include "deploy/targets/ListedEdits.h"
+#include "deploy/targets/Render.h"
+#include "deploy/targets/TakeBack.h"
+#include "deploy/targets/TemplateFiles.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+std::optional<std::string> BaseOf(const PlannedTarget& planned) {
+    return planned.rendering.empty() ? std::nullopt : std::optional(ReadFileBytes(planned.rendering));
+}
+
+}  // namespace
+
+CommitRecord::CommitRecord(Deployment& product, const CommitPlan& plan)
+    : m_product(product),
+      m_plan(plan),
+      m_recording(product, Recording::Use::OfTheProduct, true),
+      m_longest(product.HostHistory().Limits().largestText) {}
+
+void CommitRecord::Begin() {
+    Expect();
+    m_recording.Begin();
+}
+
+void CommitRecord::Complete() {
+    m_recording.Complete();
+    RememberUnchanged();
+    RememberShipped();
+}
+
+/// What it is going to write. The status tells when the last commit was, which alone is no change.
+void CommitRecord::Expect() {
+    for (const PlannedTarget& planned : m_plan.Targets()) {
+        if (planned.IsChange()) m_recording.Expect(Expected(planned));
+        ExpectWorkingCopy(m_recording, m_product, planned.target.templateName);
+    }
+    if (m_plan.Edits() != nullptr) {
+        for (const PlannedEdits& planned : m_plan.Edits()->Files())
+            if (planned.IsChange()) m_recording.Expect(m_plan.Edits()->Expected(planned));
+    }
+    for (const TakeBackStep& step : m_plan.TakenBack())
+        if (step.action != TakeBackStep::Action::Nothing) m_recording.Expect(m_plan.Ways().Expected(step));
+    if (m_recording.IsEmpty()) return;
+    ExpectUnchanged();
+    for (const std::string& path : m_product.State().StatusesOf(m_product.Role()))
+        m_recording.Expect({.path = path, .kind = FileKind::Status});
+}
+
+/// An entry that is taken back takes back what was known of these, too.
+void CommitRecord::ExpectUnchanged() {
+    for (const PlannedTarget& planned : m_plan.Targets()) {
+        if (planned.IsChange() || IsKnown(planned)) continue;
+        ExpectedFile file;
+        file.path = planned.path;
+        file.kind = FileKind::Target;
+        file.knowledge = KnowledgeOf(planned);
+        file.base = BaseOf(planned);
+        m_recording.Expect(file);
+    }
+}
+
+ExpectedFile CommitRecord::Expected(const PlannedTarget& planned) const {
+    ExpectedFile file;
+    file.path = planned.path;
+    file.kind = FileKind::Target;
+    file.companions = ExpectedFile::Companions::MayCome;
+    file.after = Staged(planned);
+    file.knowledge = KnowledgeOf(planned);
+    file.base = BaseOf(planned);
+    file.wasEdited = planned.IsOthersWork();
+    return file;
+}
+
+/// As it will be in its place.
+CapturedFile CommitRecord::Staged(const PlannedTarget& planned) const {
+    constexpr mode_t kModeBits = 07777;
+    CapturedFile file = Capture(planned.staged, m_longest);
+    file.state.mode = planned.after.mode & kModeBits;
+    file.state.owner = planned.after.owner;
+    file.state.group = planned.after.group;
+    return file;
+}
+
+Knowledge CommitRecord::KnowledgeOf(const PlannedTarget& planned) const {
+    Knowledge knowledge;
+    if (const KnownFile* const known = m_plan.Known().Find(planned.path)) knowledge = known->state.knowledge;
+    knowledge.roles.insert(m_product.Role());
+    knowledge.namedRole = planned.namedRole;
+    knowledge.templateName = planned.target.templateName;
+    knowledge.base.reset();
+    return knowledge;
+}
+
+/// A target that is as it would be rendered is a committed one from now on. Where others were changed,
+/// the entry says so.
+void CommitRecord::RememberUnchanged() {
+    if (!m_recording.IsOn() || m_recording.Number()) return;
+    std::vector<FileToRecord> files;
+    for (const PlannedTarget& planned : m_plan.Targets())
+        if (!planned.IsChange() && !IsKnown(planned)) files.push_back(Remembered(planned));
+    if (!files.empty()) m_product.HostHistory().ToRecord().Remember(files);
+}
+
+/// Working copies from before there was a history, or that came there by hand.
+void CommitRecord::RememberShipped() {
+    if (!m_recording.IsOn()) return;
+    for (const PlannedTarget& planned : m_plan.Targets()) {
+        const TemplateFiles files = FilesOfTemplate(m_product, planned.target.templateName);
+        const KnownFile* const known = m_plan.Known().Find(files.workingCopy);
+        const bool hasBase = known != nullptr && known->state.knowledge.base;
+        if (!hasBase) RememberShippedBase(m_product, files);
+    }
+}
+
+bool CommitRecord::IsKnown(const PlannedTarget& planned) const {
+    const KnownFile* const known = m_plan.Known().Find(planned.path);
+    return known != nullptr && known->state.knowledge.roles.count(m_product.Role()) != 0 &&
+           known->state.knowledge.templateName == planned.target.templateName && !planned.isTouched &&
+           !planned.isRenderingNew;
+}
+
+FileToRecord CommitRecord::Remembered(const PlannedTarget& planned) const {
+    CapturedFile now = Capture(planned.path, m_longest);
+    FileToRecord file;
+    file.file.path = m_product.HostPaths().NameInside(planned.path);
+    file.file.kind = FileKind::Target;
+    file.file.after = now.state;
+    file.file.after.knowledge = KnowledgeOf(planned);
+    file.textAfter = std::move(now.text);
+    file.base = BaseOf(planned);
+    return file;
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,51 @@
+#ifndef ZET_COMMIT_RECORD_H
+#define ZET_COMMIT_RECORD_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "deploy/state/CapturedFile.h"
+#include "deploy/state/Recording.h"
+#include "deploy/state/store/Records.h"
+#include "deploy/targets/CommitPlan.h"
+#include "deploy/targets/Deployment.h"
+#include "deploy/targets/PlannedTarget.h"
+
+namespace ZET::Deploy {
+
+/// What the host's history is told of one commit: what is about to be written, and what is known of the
+/// files afterwards, of those that stay as they are, too.
+class CommitRecord {
+  public:
+    CommitRecord(Deployment& product, const CommitPlan& plan);
+
+    /// Before the first file is written.
+    void Begin();
+
+    /// After the last one.
+    void Complete();
+
+    /// The number of the entry; none: there is no entry.
+    std::optional<std::int64_t> Number() const { return m_recording.Number(); }
+
+  private:
+    void Expect();
+    void ExpectUnchanged();
+    ExpectedFile Expected(const PlannedTarget& planned) const;
+    CapturedFile Staged(const PlannedTarget& planned) const;
+    Knowledge KnowledgeOf(const PlannedTarget& planned) const;
+    bool IsKnown(const PlannedTarget& planned) const;
+    void RememberUnchanged();
+    void RememberShipped();
+    FileToRecord Remembered(const PlannedTarget& planned) const;
+
+    Deployment& m_product;
+    const CommitPlan& m_plan;
+    Recording m_recording;
+    const std::uint64_t m_longest;
+};
+
+}  // namespace ZET::Deploy
+
+#endif

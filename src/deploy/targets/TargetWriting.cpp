@@ -1,0 +1,116 @@
+#include "deploy/targets/TargetWriting.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "deploy/host/Companions.h"
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileInPlace.h"
+#include "deploy/state/History.h"
+#include "deploy/targets/NewOwner.h"
+#include "deploy/targets/OthersWork.h"
+#include "deploy/targets/PlannedTarget.h"
+#include "deploy/targets/Render.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETHost.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+class TargetWriting {
+  public:
+    TargetWriting(Deployment& product, const CommitPlan& plan, const CommitRecord& record)
+        : m_product(product), m_plan(plan), m_record(record) {}
+
+    /// So many at once, that each may be in a directory of its own, which is held.
+    void Run() {
+        constexpr std::size_t kGroup = 64;
+        const std::vector<PlannedTarget>& targets = m_plan.Targets();
+        for (std::size_t first = 0; first < targets.size(); first += kGroup)
+            WriteGroup(first, std::min(first + kGroup, targets.size()));
+    }
+
+  private:
+    using Renderings = std::vector<std::unique_ptr<TargetRendering>>;  ///< null: nothing to be written
+
+    void WriteGroup(std::size_t first, std::size_t end) {
+        const std::vector<PlannedTarget>& targets = m_plan.Targets();
+        Renderings renderings;
+        CZETBatch batch;
+        for (std::size_t i = first; i < end; ++i)
+            renderings.push_back(WithOriginalKept(targets[i], batch));
+        batch.NameFiles();
+        for (std::size_t i = first; i < end; ++i) {
+            m_product.RequireGoOn();
+            m_product.Out().Progress(i, targets.size());
+            batch.SetSubject(targets[i].path);
+            Write(targets[i], renderings[i - first].get());
+            renderings[i - first].reset();
+        }
+        batch.Finish();
+    }
+
+    std::unique_ptr<TargetRendering> WithOriginalKept(const PlannedTarget& planned, CZETBatch& batch) {
+        if (!planned.IsChange()) return nullptr;
+        m_product.RequireGoOn();
+        batch.SetSubject(planned.path);
+        FileInPlace place(m_product.HostPaths().Find(planned.target.path, planned.target.trusted),
+                          planned.path);
+        auto rendering = std::make_unique<TargetRendering>(
+            m_product, std::move(place),
+            TargetToRender{planned.target.templateName, planned.staged, planned.version, planned.namedRole,
+                           !planned.rendering.empty(), NewOwnerOf(planned.target)});
+        rendering->KeepOriginal();
+        return rendering;
+    }
+
+    void Write(const PlannedTarget& planned, TargetRendering* rendering) {
+        WarnOfOthersWork(m_product, planned);
+        TellWhereKept(planned);
+        // The diff has to be made before its one side is gone.
+        FileOutcome outcome = OutcomeOf(m_product, planned);
+        if (rendering != nullptr) {
+            rendering->Write();
+        } else if (!IsFileExist(WorkingCopy(m_product, planned.target.templateName))) {
+            // The notice in the file tells its reader to edit the working copy.
+            m_product.Config().InstallConfigFileTemplate(planned.target.templateName);
+        }
+        if (!planned.IsChange() && VersionOf(planned.path) != planned.version) {
+            throw Failure({.file = planned.path,
+                           .text = "another program wrote it after it was looked at",
+                           .remedy = "look at it, and run the command again"});
+        }
+        if (planned.change == FileOutcome::Result::Changed) outcome.reserve = ReserveOf(planned.path);
+        m_product.Out().Done(outcome);
+    }
+
+    void TellWhereKept(const PlannedTarget& planned) const {
+        if (!planned.IsOthersWork() || !planned.before.exists || !m_record.Number()) return;
+        if (!m_product.HostHistory().KeepsTexts()) return;
+        const auto size = static_cast<std::uint64_t>(planned.version.size);
+        if (size > m_product.HostHistory().Limits().largestText)
+            return m_product.Out().Remark("what " + planned.target.path +
+                                          " held is larger than ZET_HISTORY_MAX_FILE, and not kept");
+        m_product.Out().Remark("\"history show " + std::to_string(*m_record.Number()) + " " +
+                               planned.target.path + "\" shows what it held");
+    }
+
+    Deployment& m_product;
+    const CommitPlan& m_plan;
+    const CommitRecord& m_record;
+};
+
+}  // namespace
+
+void WriteTargets(Deployment& product, const CommitPlan& plan, const CommitRecord& record) {
+    TargetWriting(product, plan, record).Run();
+}
+
+}  // namespace ZET::Deploy
