@@ -4,9 +4,7 @@ load helper
 load set
 
 setup() {
-    make_set
-    add_target one.conf $'realm = ${realm}\n'
-    original one.conf $'old\n'
+    make_set_of_one $'realm = ${realm}\n'
 }
 
 teardown() {

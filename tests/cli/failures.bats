@@ -4,9 +4,7 @@ load helper
 load set
 
 setup() {
-    make_set
-    add_target one.conf $'realm = ${realm}\n'
-    original one.conf $'old\n'
+    make_set_of_one $'realm = ${realm}\n'
     ONE=$HOST/out/one.conf
     BROKEN_OFF="the commit did not come to its end, its status is not recorded (run it again to complete it)."
 }

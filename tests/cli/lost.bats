@@ -4,11 +4,8 @@ load helper
 load set
 
 setup() {
-    make_set
-    add_target one.conf $'x\n'
-    original one.conf $'old\n'
+    make_set_of_one $'x\n'
     printf 'a=1\nb=2\n' >conf
-    ONE=$HOST/out/one.conf
     zet -q commit-config
     STORE=$HOST/state/state.db
 }

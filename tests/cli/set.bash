@@ -27,6 +27,15 @@ list_target() {
     [[ $# -eq 0 ]] || printf '%s\n' "$@" >>templates/targets.toml
 }
 
+# make_set_of_one TEXT: a host with one target, $ONE, made from this text; what it is before the first commit is "old".
+make_set_of_one() {
+    make_set
+    add_target one.conf "$1"
+    original one.conf $'old\n'
+    # shellcheck disable=SC2034  # used by the tests
+    ONE=$HOST/out/one.conf
+}
+
 server() {
     PROGRAM=$ZET_BIN/zet-init zet "$@"
 }

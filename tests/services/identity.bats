@@ -50,22 +50,22 @@ finds() {
     on "$1" getent passwd "$2" >/dev/null
 }
 
-@test "LoginNameIsFoundWithSssd" {
-    run on client getent passwd user777
+# assert_found_with_group HOST: a user by name, another by number, and the group of the first.
+assert_found_with_group() {
+    run on "$1" getent passwd user777
     [ "$output" = "user777:*:6777:5000:user777:/home/user777:/bin/sh" ]
-    run on client getent passwd 6778
+    run on "$1" getent passwd 6778
     [[ $output == user778:* ]]
-    run on client getent group crew
+    run on "$1" getent group crew
     [ "$output" = "crew:*:5000:user777" ]
 }
 
+@test "LoginNameIsFoundWithSssd" {
+    assert_found_with_group client
+}
+
 @test "LoginNameIsFoundWithNslcd" {
-    run on second getent passwd user777
-    [ "$output" = "user777:*:6777:5000:user777:/home/user777:/bin/sh" ]
-    run on second getent passwd 6778
-    [[ $output == user778:* ]]
-    run on second getent group crew
-    [ "$output" = "crew:*:5000:user777" ]
+    assert_found_with_group second
 }
 
 @test "EveryUserIsFoundThoughTheDirectoryShowsFewerAtATime" {

@@ -1,28 +1,17 @@
 #include "deploy/history/HistoryEntries.h"
 
 #include <pwd.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <string_view>
 
 #include "deploy/host/Failure.h"
+#include "deploy/state/CapturedFile.h"
 #include "deploy/state/store/Erasure.h"
 
 namespace ZET::Deploy {
 
 namespace {
-
-FileState StateOfRecorded(const RecordedState& state) {
-    FileState told;
-    told.exists = state.exists;
-    if (!state.exists) return told;
-    told.mode = S_IFREG | state.mode;
-    told.owner = state.owner;
-    told.group = state.group;
-    told.links = 1;
-    return told;
-}
 
 bool IsAsBefore(const RecordedState& before, const RecordedState& after) {
     return HaveSameText(before, after) && before.mode == after.mode && before.owner == after.owner &&

@@ -144,4 +144,15 @@ RecordedState CaptureWithoutText(const std::string& path) {
     return file < 0 ? RecordedState() : StateOfOpened(file, path);
 }
 
+FileState StateOfRecorded(const RecordedState& recorded) {
+    FileState state;
+    state.exists = recorded.exists;
+    if (!state.exists) return state;
+    state.mode = S_IFREG | recorded.mode;
+    state.owner = recorded.owner;
+    state.group = recorded.group;
+    state.links = 1;
+    return state;
+}
+
 }  // namespace ZET::Deploy

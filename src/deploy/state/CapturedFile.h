@@ -6,6 +6,7 @@
 #include <string>
 
 #include "deploy/state/store/Records.h"
+#include "zet/deploy/FileOutcome.h"
 
 namespace ZET::Deploy {
 
@@ -34,6 +35,9 @@ CapturedFile Capture(const std::string& path, std::uint64_t longest);
 
 /// The same but for the text, which is not read: `exists`, mode, owner and attributes only.
 RecordedState CaptureWithoutText(const std::string& path);
+
+/// What is told of a recorded state: that of a regular file of one name, or that there was none.
+FileState StateOfRecorded(const RecordedState& recorded);
 
 }  // namespace ZET::Deploy
 

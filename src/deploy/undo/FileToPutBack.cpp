@@ -1,6 +1,5 @@
 #include "deploy/undo/FileToPutBack.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "deploy/host/Failure.h"
@@ -21,17 +20,6 @@ constexpr char kWays[] = "--force puts back what was there before all the same";
 
 std::string OwnerOf(const RecordedState& state) {
     return std::to_string(state.owner) + ":" + std::to_string(state.group);
-}
-
-FileState StateOfRecorded(const RecordedState& recorded) {
-    FileState state;
-    state.exists = recorded.exists;
-    if (!state.exists) return state;
-    state.mode = S_IFREG | recorded.mode;
-    state.owner = recorded.owner;
-    state.group = recorded.group;
-    state.links = 1;
-    return state;
 }
 
 /// In what the file is another one than the entry left.

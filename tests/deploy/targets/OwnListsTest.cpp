@@ -3,9 +3,9 @@
 #include <ctime>
 
 #include "../HostFixture.h"
+#include "ListTexts.h"
 #include "deploy/host/Failure.h"
 #include "deploy/targets/HostLists.h"
-#include "deploy/targets/TargetListReader.h"
 
 namespace ZET::Deploy {
 namespace {
@@ -17,10 +17,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-std::string Entry(const std::string& name, const std::string& lines = "") {
-    return "[templates.\"" + name + "\"]\ntarget = \"/etc/" + name + "\"\nroles = \"both\"\n" + lines + "\n";
-}
-
 TargetList ListOf(const std::vector<std::string>& texts, const StringMap& params = {}) {
     std::vector<ListText> lists;
     for (const std::string& text : texts)
@@ -31,17 +27,10 @@ TargetList ListOf(const std::vector<std::string>& texts, const StringMap& params
     });
 }
 
-std::vector<std::string> ProblemsOf(const TargetList& list) {
-    std::vector<std::string> told;
-    for (const Problem& problem : list.problems)
-        told.push_back(problem.Describe());
-    return told;
-}
-
 TEST(OwnLists, LaterListChangesSingleKeys) {
     const TargetList list = ListOf(
-        {Entry("a",
-               "check = [\"x\", \"y\"]\nrestart = { server = [\"s\"], client = [\"c\"] }\nsecret = true"),
+        {Entry("check = [\"x\", \"y\"]\nrestart = { server = [\"s\"], client = [\"c\"] }\nsecret = true",
+               "a"),
          "[templates.\"a\"]\ncheck = [\"z\"]\nrestart = { server = [\"t\"] }\nroles = \"server\"\n"});
     EXPECT_THAT(ProblemsOf(list), IsEmpty());
     ASSERT_THAT(list.targets, SizeIs(1));
@@ -58,7 +47,7 @@ TEST(OwnLists, LaterListChangesSingleKeys) {
 }
 
 TEST(OwnLists, LaterListAddsInItsOrder) {
-    const TargetList list = ListOf({Entry("z"), Entry("b") + Entry("a")});
+    const TargetList list = ListOf({Entry("", "z"), Entry("", "b") + Entry("", "a")});
     ASSERT_THAT(list.targets, SizeIs(3));
     EXPECT_EQ(list.targets[1].templateName, "b");
     EXPECT_EQ(list.targets[2].templateName, "a");
@@ -68,9 +57,9 @@ TEST(OwnLists, LaterListAddsInItsOrder) {
 
 TEST(OwnLists, NewKeysAreTaken) {
     const TargetList list =
-        ListOf({Entry("a",
-                      "reload = [\"s\"]\nnotice = false\nmode = \"0640\"\n"
-                      "owner = \"nslcd:nslcd\"\nwhen = \"IDENTITY=a=b\"\nenabled = true")});
+        ListOf({Entry("reload = [\"s\"]\nnotice = false\nmode = \"0640\"\n"
+                      "owner = \"nslcd:nslcd\"\nwhen = \"IDENTITY=a=b\"\nenabled = true",
+                      "a")});
     EXPECT_THAT(ProblemsOf(list), IsEmpty());
     const Target& target = list.targets.at(0);
     EXPECT_THAT(target.ServicesFor(Role::Client).reload, ElementsAre("s"));
@@ -95,14 +84,14 @@ TEST(OwnLists, WrongValuesOfNewKeysAreProblems) {
                                                           {"enabled = 0", "enabled is a number"},
                                                           {"notice = \"no\"", "notice is a text"},
                                                           {"reload = \"s\"", "reload is a text"}}) {
-        EXPECT_THAT(ProblemsOf(ListOf({Entry("a", line)})),
+        EXPECT_THAT(ProblemsOf(ListOf({Entry(line, "a")})),
                     ElementsAre(testing::AllOf(testing::StartsWith("L1:4:"), HasSubstr(text))))
             << line;
     }
 }
 
 TEST(OwnLists, WhenFollowsAParameter) {
-    const std::vector<std::string> texts = {Entry("a", "when = \"SITE=x\"") + Entry("b", "when = \"SITE=\"")};
+    const std::vector<std::string> texts = {Entry("when = \"SITE=x\"", "a") + Entry("when = \"SITE=\"", "b")};
     EXPECT_FALSE(ListOf(texts).targets.at(0).IsInForce());
     EXPECT_EQ(ListOf(texts).targets.at(0).WhyNot(), "SITE=x is not so");
     EXPECT_TRUE(ListOf(texts).targets.at(1).IsInForce());
@@ -112,13 +101,13 @@ TEST(OwnLists, WhenFollowsAParameter) {
 
 TEST(OwnLists, TwoEntriesForOneFileAreAProblemOnlyInForce) {
     const std::string other = "[templates.\"b\"]\ntarget = \"/etc/a\"\nroles = \"client\"\n";
-    EXPECT_THAT(ProblemsOf(ListOf({Entry("a"), other})),
+    EXPECT_THAT(ProblemsOf(ListOf({Entry("", "a"), other})),
                 ElementsAre("L2:2:10: target /etc/a is made from [a] too (see L1:2, give each file to one "
                             "template)"));
-    EXPECT_THAT(ProblemsOf(ListOf({Entry("a", "enabled = false"), other})), IsEmpty());
-    EXPECT_THAT(ProblemsOf(ListOf({Entry("a", "when = \"X=1\""), other + "when = \"X=2\""}, {{"X", "2"}})),
+    EXPECT_THAT(ProblemsOf(ListOf({Entry("enabled = false", "a"), other})), IsEmpty());
+    EXPECT_THAT(ProblemsOf(ListOf({Entry("when = \"X=1\"", "a"), other + "when = \"X=2\""}, {{"X", "2"}})),
                 IsEmpty());
-    EXPECT_THAT(ProblemsOf(ListOf({Entry("a", "roles = \"server\"")})), SizeIs(1)) << "a key is there twice";
+    EXPECT_THAT(ProblemsOf(ListOf({Entry("roles = \"server\"", "a")})), SizeIs(1)) << "a key is there twice";
 }
 
 TEST(OwnLists, RequiredKeysMayComeFromAnyList) {
@@ -132,7 +121,7 @@ TEST(OwnLists, RequiredKeysMayComeFromAnyList) {
 }
 
 TEST(OwnLists, MistakesOfEveryListAreTold) {
-    const TargetList list = ListOf({"wrong = 1", "[[", Entry("a", "secret = 1")});
+    const TargetList list = ListOf({"wrong = 1", "[[", Entry("secret = 1", "a")});
     EXPECT_FALSE(list.isUnderstood);
     EXPECT_THAT(ProblemsOf(list), ElementsAre(HasSubstr("L1:1:1: unknown key"), HasSubstr("L2:1:"),
                                               HasSubstr("L3:4:10: secret is a number")));
@@ -140,7 +129,7 @@ TEST(OwnLists, MistakesOfEveryListAreTold) {
 
 TEST(OwnLists, TemplateAmongListsOrValuesIsAProblem) {
     for (const char* name : {"targets.d/x.toml", "values.d/x", "defaults.d/x.conf"})
-        EXPECT_THAT(ProblemsOf(ListOf({Entry(name)})),
+        EXPECT_THAT(ProblemsOf(ListOf({Entry("", name)})),
                     ElementsAre(HasSubstr("would stand among lists or values")));
 }
 
@@ -233,7 +222,7 @@ double SecondsFor(int count) {
     std::string shipped;
     std::string own;
     for (int i = 0; i < count; ++i) {
-        shipped += Entry(std::to_string(i));
+        shipped += Entry("", std::to_string(i));
         own += "[templates.\"" + std::to_string(i) + "\"]\nmode = \"0600\"\n[[edits]]\nname = \"" +
                std::to_string(i) + "\"\nfile = \"/f\"\nparam = \"p\"\nvalue = \"v\"\n";
     }

@@ -5,25 +5,13 @@
 #include <ctime>
 #include <utility>
 
-#include "deploy/targets/TargetListReader.h"
+#include "ListTexts.h"
 
 namespace ZET::Deploy {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-std::vector<std::string> ProblemsOf(const std::string& text) {
-    std::vector<std::string> told;
-    for (const Problem& problem : ReadTargetText("LIST", text).problems)
-        told.push_back(problem.Describe());
-    return told;
-}
-
-/// A sound entry, with these lines more.
-std::string Entry(const std::string& lines, const std::string& name = "one") {
-    return "[templates.\"" + name + "\"]\ntarget = \"/etc/" + name + "\"\nroles = \"both\"\n" + lines + "\n";
-}
 
 std::string Repeated(const std::string& text, std::size_t count) {
     std::string all;

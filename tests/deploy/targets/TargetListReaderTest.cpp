@@ -1,4 +1,4 @@
-#include "deploy/targets/TargetListReader.h"
+#include "ListTexts.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,18 +8,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-std::vector<std::string> ProblemsOf(const std::string& text) {
-    std::vector<std::string> told;
-    for (const Problem& problem : ReadTargetText("LIST", text).problems)
-        told.push_back(problem.Describe());
-    return told;
-}
-
-/// A sound entry, with these lines more.
-std::string Entry(const std::string& lines, const std::string& name = "one") {
-    return "[templates.\"" + name + "\"]\ntarget = \"/etc/" + name + "\"\nroles = \"both\"\n" + lines + "\n";
-}
 
 Target TargetOf(const std::string& lines) {
     const TargetList list = ReadTargetText("LIST", Entry(lines));

@@ -1,0 +1,30 @@
+#ifndef ZET_TEST_LIST_TEXTS_H
+#define ZET_TEST_LIST_TEXTS_H
+
+#include <string>
+#include <vector>
+
+#include "deploy/targets/TargetListReader.h"
+
+namespace ZET::Deploy {
+
+/// A sound entry of a list of targets, with these lines more.
+inline std::string Entry(const std::string& lines, const std::string& name = "one") {
+    return "[templates.\"" + name + "\"]\ntarget = \"/etc/" + name + "\"\nroles = \"both\"\n" + lines + "\n";
+}
+
+/// What is wrong in the list, as the reader is told.
+inline std::vector<std::string> ProblemsOf(const TargetList& list) {
+    std::vector<std::string> told;
+    for (const Problem& problem : list.problems)
+        told.push_back(problem.Describe());
+    return told;
+}
+
+inline std::vector<std::string> ProblemsOf(const std::string& text) {
+    return ProblemsOf(ReadTargetText("LIST", text));
+}
+
+}  // namespace ZET::Deploy
+
+#endif
