@@ -12,8 +12,8 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/targets/EditRules.h"
-#include "text/LineEnds.h"
 #include "text/FindText.h"
+#include "text/LineEnds.h"
 #include "text/Lines.h"
 #include "zet/ZETFormat.h"
 
