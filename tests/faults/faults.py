@@ -141,11 +141,12 @@ class Checker:
 
     def _run_to(self, fault, watcher):
         """Another call may come in its turn, as how often a pipe is read depends on when its writer comes to write."""
-        for _ in range(MOST_TRIES):
-            result = self.run(fault, watcher)
+        result = self.run(fault, watcher)
+        for _ in range(MOST_TRIES - 1):
             if result.is_met or fault.kind == "full":
                 break
             self._host.put_back(self.old, self._host.look())
+            result = self.run(fault, watcher)
         return result
 
     def judge(self, result, now, may_leave=False, is_denied=False):
@@ -201,7 +202,7 @@ def repeat(options, scenario, checker, fault, host):
     """One fault; a copy of the host stays as the fault left it."""
     result = checker.run(fault)
     print(f"exit status {result.status}\n{result.output}{result.errors}")
-    kept = tempfile.mkdtemp(prefix="zet-faults-kept.")
+    kept = tempfile.mkdtemp(prefix="zet-faults-kept.", dir="/var/tmp")
     shutil.copytree(host.root, kept, symlinks=True, dirs_exist_ok=True)
     print(f"the host is kept as {kept}")
     host.put_back(checker.old, host.look())
@@ -282,8 +283,8 @@ def check_scratch(base):
 
 def main():
     options = parse_arguments()
-    if options.kind in ("disk", "inputs"):
-        disk.enter_own_mounts()
+    if disk.enter_own_mounts(is_needed=options.kind in ("disk", "inputs")):
+        disk.hide_temporary_files([__file__, options.programs, options.injector, os.getcwd()])
     memory = "/dev/shm"
     base = tempfile.mkdtemp(prefix="zet-faults.", dir=memory if os.access(memory, os.W_OK) else None)
     try:
