@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <new>
 #include <system_error>
 #include <thread>
 
@@ -56,6 +57,8 @@ void InThreads(std::size_t count, const Work& work) {
                 threads.emplace_back(work);
         } catch (const std::system_error&) {
             // So there are fewer.
+        } catch (const std::bad_alloc&) {
+            // Likewise: those that were begun are to be waited for.
         }
     }
     work();

@@ -8,6 +8,7 @@
 #include <limits>
 #include <vector>
 
+#include "ParameterTable.h"
 #include "RegEx.h"
 #include "posix/Printable.h"
 #include "zet/ZETErrors.h"
@@ -200,8 +201,16 @@ bool IsRegularExpression(const std::string& pattern) {
     }
 }
 
-bool IsAbsolutePath(std::string_view path) {
-    return path.starts_with('/');
+bool IsForTemplates(const ZETParameter& parameter) {
+    const ParameterEntry* const entry = FindParameter(parameter.name);
+    return entry != nullptr && entry->isForTemplates;
+}
+
+/// Templates have paths in double quotes, where one of these ends the name, or begins another character.
+bool IsPath(const ZETParameter& parameter, const std::string& path) {
+    if (!path.starts_with('/')) return false;
+    return !IsForTemplates(parameter) ||
+           (path.find_first_of("\"\\") == std::string::npos && Printable(path) == path);
 }
 
 bool HasLocale(const std::string& name) {
@@ -252,8 +261,7 @@ constexpr Kind kKinds[] = {
     {ZETParameterKind::RegularExpression, "regular expression", "a regular expression",
      "close its brackets, put a backslash before what is meant as it stands, and write [/] for /",
      Judge<IsRegularExpression>},
-    {ZETParameterKind::AbsolutePath, "absolute path", "an absolute path", "begin it with \"/\"",
-     Judge<IsAbsolutePath>},
+    {ZETParameterKind::AbsolutePath, "absolute path", "an absolute path", "begin it with \"/\"", IsPath},
     {ZETParameterKind::YesNo, "yes or no", "yes or no", "write yes or no", Judge<IsFlag>},
     {ZETParameterKind::Locale, "locale", "a locale of this host",
      "generate it, or take one that \"locale -a\" lists", Judge<HasLocale>},
@@ -289,7 +297,9 @@ std::string KindInWords(const ZETParameter& parameter) {
 }
 
 std::string HowToWrite(const ZETParameter& parameter) {
-    return Find(parameter.kind).howToWrite;
+    const std::string how = Find(parameter.kind).howToWrite;
+    const bool isQuoted = parameter.kind == ZETParameterKind::AbsolutePath && IsForTemplates(parameter);
+    return how + (isQuoted ? ", and leave out double quotes, backslashes and control characters" : "");
 }
 
 }  // namespace ZET::Core

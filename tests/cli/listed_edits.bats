@@ -178,3 +178,85 @@ value = "2"'
     run_zet commit-config
     assert_status 0
 }
+
+# assert_told TEXT: by the check and by the commit, of which nothing is written.
+assert_told() {
+    run_zet check-config
+    assert_status 1
+    [[ $output == *"$1"* ]]
+    run_zet commit-config
+    assert_status 1
+    [[ $stderr == *"$1"*"nothing was changed"* ]]
+    assert_absent out/one.conf
+    assert_absent out/plain.before_zet
+}
+
+@test "a file that cannot be replaced, or has no room beside it, is told before anything is written" {
+    printf 'a=1\n' >out/plain
+    edits "$TWO_EDITS"
+    touch out/plain.tmp
+    assert_told "$HOST/out/plain.tmp: is in the way of writing $HOST/out/plain (move it away)"
+    rm out/plain.tmp
+    mkdir out/plain.before_zet
+    run_zet commit-config
+    assert_status 1
+    [[ $stderr == *"$HOST/out/plain.before_zet: is no regular file (move it away)"* ]]
+    assert_absent out/one.conf
+    rmdir out/plain.before_zet
+    ln -s nowhere out/plain.no_file_before_zet
+    assert_told "$HOST/out/plain.no_file_before_zet: is no regular file (move it away)"
+    rm out/plain.no_file_before_zet
+    chmod o+w out
+    assert_told "$HOST/out: others may write the directory of $HOST/out/plain (chmod o-w it)"
+    chmod o-w out
+    run_zet commit-config
+    assert_status 0
+}
+
+@test "a file that is no file, or the product's own, is no file to edit" {
+    mkdir out/plain
+    edits "$TWO_EDITS"
+    assert_told "$HOST/etc/targets.d/10.toml:1: $HOST/out/plain: is a directory (name a file in it)"
+    rmdir out/plain
+    mkfifo out/plain
+    assert_told "$HOST/etc/targets.d/10.toml:1: $HOST/out/plain: is no regular file (name a regular file)"
+    rm out/plain
+    local each
+    for each in zet.conf:"the configuration file of the commands" etc/one.conf:"the working copy of [one.conf]" \
+        templates/one.conf:"the template [one.conf]" templates/targets.toml:"the list of targets"; do
+        [[ -e ${each%%:*} ]] || echo a=1 >"${each%%:*}"
+        printf '[[edits]]\nfile = "%s"\nparam = "a"\nvalue = "1"\n' "$HOST/${each%%:*}" >etc/targets.d/10.toml
+        remember_files
+        assert_told "$HOST/${each%%:*}: is ${each#*:}"
+        assert_unchanged_but_staging
+    done
+}
+
+@test "an edit of a file that is immutable, or only grows, is told before anything is written" {
+    need_root
+    printf 'a=1\n' >out/plain
+    edits "$TWO_EDITS"
+    local flag
+    for flag in i a; do
+        chattr "+$flag" out/plain 2>/dev/null || skip "this file system knows no such files"
+        run_zet commit-config
+        chattr "-$flag" out/plain
+        assert_status 1
+        [[ $stderr == *"$HOST/out/plain: "*", and cannot be replaced (chattr -$flag it)"$'\n'*"nothing was changed"* ]]
+        assert_absent out/one.conf
+        assert_absent out/plain.before_zet
+    done
+}
+
+@test "an edit of a mount point is told before anything is written" {
+    need_root
+    printf 'a=1\n' >out/plain
+    printf 'a=1\n' >mounted
+    edits "$TWO_EDITS"
+    mount --bind mounted out/plain 2>/dev/null || skip "nothing may be mounted here"
+    run_zet commit-config
+    umount out/plain
+    assert_status 1
+    [[ $stderr == *"$HOST/out/plain: is a mount point, and cannot be replaced ("*"nothing was changed"* ]]
+    assert_absent out/one.conf
+}

@@ -85,6 +85,9 @@ TEST(ParameterKinds, RegularExpressionsCanBeCompiled) {
 
 TEST(ParameterKinds, PathsAreAbsolute) {
     ExpectValues("SERVER_EXPORT_DIR", {"", "/", "/srv/zet", "/a b"}, {"srv", "./srv", "~/srv", " /srv"});
+    // A template has it in quotes, as the list of what is exported does.
+    ExpectValues("SERVER_EXPORT_DIR", {"/it's", "/ä", "/a#b", "/a(b)"},
+                 {"/a\"b", "/a\\b", "/a\\040b", "/a\tb", "/a\x7f", "/a\xff", "/a\\"});
     for (const char* key : {"ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET_VAR_LIB_DIR"})
         ExpectValues(key, {"/", "/etc/zet"}, {"etc", "${realm}"});
 }

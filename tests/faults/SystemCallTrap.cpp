@@ -3,6 +3,7 @@
 // them.
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <pthread.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/prctl.h>
@@ -241,6 +242,15 @@ bool TrapSystemCalls() {
 }  // namespace ZET::Faults
 
 extern "C" {
+
+/// No thread is granted: the kernel would start it inside of the handler, and which of several makes a call
+/// first is chance. What asked for them does their work itself.
+__attribute__((visibility("default"))) int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
+                                                          void* (*function)(void*), void* argument) {
+    if (ZET::Faults::theSelector == ZET::Faults::kHandOver) return EAGAIN;
+    const auto original = reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
+    return original(thread, attributes, function, argument);
+}
 
 __attribute__((visibility("default"))) int posix_spawnp(pid_t* child, const char* file,
                                                         const posix_spawn_file_actions_t* actions,

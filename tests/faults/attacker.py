@@ -55,23 +55,26 @@ class Place:
             write(host.path(self.file), "size=3\n", self._mode_of_his, ATTACKER)
 
 
-ALL = ("param-set", "commit", "template-process", "file-reserve", "rollback")
+ALL = ("param-set", "param-unset", "commit", "listed-edits", "template-process", "file-reserve", "rollback", "undo")
 PLACES = (
     Place("own", "home/sub", ATTACKER, ATTACKER, 0o755, ALL, 0o644),
     Place("own-set-user", "home/sub", ATTACKER, ATTACKER, 0o755, ("param-set", "commit"), 0o4755),
-    Place("sticky-own-file", "sticky", 0, 0, 0o1777, ("param-set", "template-process"), 0o644),
-    Place("sticky-file-of-root", "sticky", 0, 0, 0o1777, ("param-set", "rollback")),
+    Place("sticky-own-file", "sticky", 0, 0, 0o1777, ("param-set", "listed-edits", "template-process"), 0o644),
+    Place("sticky-file-of-root", "sticky", 0, 0, 0o1777, ("param-set", "rollback", "undo")),
     Place("of-his-group", "group/sub", 0, ATTACKER, 0o775, ("param-set", "commit", "file-reserve")),
 )
 
 
-def furnish(host, place):
+LISTED_EDIT = '[[edits]]\nfile = "{0}"\nparam = "size"\nvalue = "4"\n'
+
+
+def furnish(host, place, is_listed_edit):
     host.make()
     os.chmod(host.base, 0o755)
     shutil.rmtree(host.path("files"))
     place.furnish(host)
     write(host.path("templates/" + FILE), TEMPLATE.format(FILE))
-    write(host.path("templates/targets.toml"),
+    write(host.path("templates/targets.toml"), LISTED_EDIT.format(host.path(place.file)) if is_listed_edit else
           f'[templates."{FILE}"]\ntarget = "{host.path(place.file)}"\nroles = "both"\n')
     os.makedirs(host.path("outside"))
     for name in ("secret.conf", FILE):
@@ -141,10 +144,13 @@ def may_read(status):
 
 COMMANDS = (
     ("param-set", ("param", "set", "--no-markers", "PLACE", "size", "4")),
+    ("param-unset", ("param", "unset", "--no-markers", "PLACE", "size")),
     ("commit", ("commit-config",)),
+    ("listed-edits", ("commit-config",)),
     ("template-process", ("template", "process", FILE, "PLACE", "--value", "realm=OTHER")),
     ("file-reserve", ("file", "reserve", "PLACE")),
     ("rollback", ROLLBACK),
+    ("undo", ("undo",)),
 )
 
 
@@ -166,8 +172,9 @@ class Siege:
         return self._runner.run("zet-init", words, fault, hook)
 
     def prepare(self):
-        furnish(self._host, self._place)
-        if self._arguments == list(ROLLBACK) and self._run(["commit-config"]).status != 0:
+        furnish(self._host, self._place, self.name.endswith("/listed-edits"))
+        goes_back = self._arguments[0] in ("rollback-config", "undo")
+        if goes_back and self._run(["commit-config"]).status != 0:
             # Where a commit is refused, an earlier one may have been done.
             file = self._host.path(self._place.file)
             shutil.copy2(file, file + RESERVE)

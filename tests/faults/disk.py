@@ -18,18 +18,28 @@ INSIDE = "ZET_FAULTS_OWN_MOUNTS"
 libc = ctypes.CDLL(None, use_errno=True)
 
 
-def enter_own_mounts():
-    """Starts anew where nobody else sees what is mounted."""
+def enter_own_mounts(is_needed=True):
+    """Starts anew where nobody else sees what is mounted. Whether it could, where it is not needed."""
     if INSIDE in os.environ:
-        return
+        return True
     trial = subprocess.run(["unshare", "--mount", "mount", "-t", "tmpfs", "zet-faults", "/mnt"],
                            capture_output=True, text=True, check=False)
+    if trial.returncode != 0 and not is_needed:
+        return False
     if trial.returncode != 0:
         print(f"skipped: no file system can be mounted here to be filled: {trial.stderr.strip()}")
         sys.exit(77)
     os.environ[INSIDE] = "yes"
     sys.stdout.flush()
-    os.execvp("unshare", ["unshare", "--mount", sys.executable] + sys.argv)
+    os.execvp("unshare", ["unshare", "--mount", sys.executable, "-B"] + sys.argv)
+
+
+def hide_temporary_files(needed):
+    """The commands look for what killed runs left in these directories: what others leave there meanwhile would
+    change which calls they make. A directory with something that is needed stays."""
+    for directory, mode in (("/run", 755), ("/dev/shm", 1777), ("/tmp", 1777)):
+        if not any(os.path.realpath(each).startswith(directory + "/") for each in needed):
+            mount(directory, options=f"mode={mode}")
 
 
 def mount(path, flags=0, options=f"mode=755,size={ROOM},nr_inodes={NAMES}"):

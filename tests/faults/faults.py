@@ -98,14 +98,14 @@ class Checker:
         self.calls, self.allocations = self._runner.counted()
         self.output = undisturbed.output
         self.new = self._host.look()
-        self._require(verdict.of_end(undisturbed, self.new, self.new) + verdict.of_left_overs(self.new))
-        if self.new == self.old:
+        self._require(self._of_end(undisturbed, self.new) + verdict.of_left_overs(self.new))
+        if self.new == self.old and not self._scenario.done(self.old):
             raise Unsound("it changes nothing, so it shows nothing")
         self.found = watcher.found + self._scenario.expect(self.old, self.new)
         if watcher.looks == 0:
             raise Unsound("nobody has looked at it")
         again = self.run()
-        self._require(verdict.of_end(again, self.new, self._host.look()))
+        self._require(self._of_end(again, self._host.look()))
         self._host.put_back(self.old, self._host.look())
         self._require([] if self._host.look() == self.old else ["the host cannot be put back"])
 
@@ -141,11 +141,12 @@ class Checker:
 
     def _run_to(self, fault, watcher):
         """Another call may come in its turn, as how often a pipe is read depends on when its writer comes to write."""
-        for _ in range(MOST_TRIES):
-            result = self.run(fault, watcher)
+        result = self.run(fault, watcher)
+        for _ in range(MOST_TRIES - 1):
             if result.is_met or fault.kind == "full":
                 break
             self._host.put_back(self.old, self._host.look())
+            result = self.run(fault, watcher)
         return result
 
     def judge(self, result, now, may_leave=False, is_denied=False):
@@ -153,19 +154,25 @@ class Checker:
         found = verdict.of_files(self.old, self.new, now, is_warned)
         found += verdict.of_originals(self.old, self.new, now)
         found += verdict.of_success(result, self.output, self.new, now, may_leave, is_denied)
+        found += self._scenario.done(now) if result.status == 0 else []
         found += self._go_on(now, is_warned, verdict.is_unrecorded(result))
         self._host.put_back(self.old, self._host.look())
         return found
 
     def _go_on(self, now, is_warned, was_unrecorded):
         state = key_of(now)
-        if now == self.old or state in self._known_ends:
+        # What has its own way to be done changes more than states tell.
+        if not self._scenario.has_own_end and (now == self.old or state in self._known_ends):
             return []
         found = self._undo(now, is_warned) if self._scenario.undo else []
-        found += verdict.of_end(self.run(), self.new, self._host.look(), is_warned, was_unrecorded)
+        found += self._of_end(self.run(), self._host.look(), is_warned, was_unrecorded)
         if not found and not is_warned and not was_unrecorded:
             self._known_ends.add(state)
         return found
+
+    def _of_end(self, result, now, is_warned=False, was_unrecorded=False):
+        found = verdict.of_end(result, self.new, now, is_warned, was_unrecorded)
+        return found + (self._scenario.done(now) if result.status == 0 else [])
 
     def _undo(self, now, is_warned):
         result = self._run(self._scenario.program, self._scenario.undo)
@@ -195,7 +202,7 @@ def repeat(options, scenario, checker, fault, host):
     """One fault; a copy of the host stays as the fault left it."""
     result = checker.run(fault)
     print(f"exit status {result.status}\n{result.output}{result.errors}")
-    kept = tempfile.mkdtemp(prefix="zet-faults-kept.")
+    kept = tempfile.mkdtemp(prefix="zet-faults-kept.", dir="/var/tmp")
     shutil.copytree(host.root, kept, symlinks=True, dirs_exist_ok=True)
     print(f"the host is kept as {kept}")
     host.put_back(checker.old, host.look())
@@ -276,8 +283,8 @@ def check_scratch(base):
 
 def main():
     options = parse_arguments()
-    if options.kind in ("disk", "inputs"):
-        disk.enter_own_mounts()
+    if disk.enter_own_mounts(is_needed=options.kind in ("disk", "inputs")):
+        disk.hide_temporary_files([__file__, options.programs, options.injector, os.getcwd()])
     memory = "/dev/shm"
     base = tempfile.mkdtemp(prefix="zet-faults.", dir=memory if os.access(memory, os.W_OK) else None)
     try:

@@ -39,16 +39,20 @@ JUNK = bytes(range(127, 256)) + b"\n\xc3(\xff\n"
 RENDERED = re.compile(rb"\[\w+\.conf\]\nrealm = [^\n$]+\nlast=line\n")
 
 STATE = [f"{DIRECTORY}/{name}" for name in RECORDS + STATUSES + LOCKS + JOURNALS]
+OWN = {"etc/targets.d/10.toml": f'[[edits]]\nfile = "/{OTHER}"\nparam = "color"\nvalue = "blue"\n',
+       "etc/defaults.d/10.conf": "TICKET_MAX_LIFE=1h\n", "etc/values.d/motd": "one\ntwo\n",
+       "templates/values.conf": "NTP_SERVER=ntp\n"}
 INPUTS = ["zet.conf", "templates/targets.toml", "templates/" + NAME, "etc/" + NAME, TARGET, TARGET + RESERVE,
-          "files/new.conf" + ABSENCE] + STATE
+          "files/new.conf" + ABSENCE, *OWN] + STATE
 
 LOOKING = (("status",), ("check-config",), ("values",), ("commit-config", "-n"), ("rollback-config", "-n"),
            ("param", "get", "/" + TARGET, "last"), ("explain", "/" + TARGET), ("doctor", "/" + TARGET),
-           ("option", "get", "DOMAIN"))
+           ("option", "get", "DOMAIN"), ("history",), ("template", "status"))
 COMMIT = ("commit-config",)
 TAKE_BACK = ("rollback-config", "--force")
 SET = ("param", "set", "--no-markers", "/" + OTHER, "size", "4")
-WRITING = (COMMIT, TAKE_BACK, SET, ("template", "process", NAME, "/files/out.conf"),
+UNSET = ("param", "unset", "/" + OTHER, "size")
+WRITING = (COMMIT, TAKE_BACK, SET, UNSET, ("undo", "--force"), ("history", "erase", "/" + TARGET), ("template", "process", NAME, "/files/out.conf"),
            ("template", "install", "--force", NAME), ("file", "reserve", "/" + TARGET),
            ("file", "restore", "/" + TARGET), ("option", "set", "REALM", "ELSEWHERE"))
 WITH_GIGABYTE = (COMMIT, TAKE_BACK)
@@ -96,6 +100,9 @@ class Reader:
         write(self._path("templates/targets.toml"), "".join(
             f'[templates."{name}"]\ntarget = "/files/{name}"\nroles = "both"\n' for name in (NAME, "new.conf")))
         write(self._path(TARGET), ORIGINAL)
+        for name, text in OWN.items():
+            os.makedirs(os.path.dirname(self._path(name)), exist_ok=True)
+            write(self._path(name), text)
         self._require(COMMIT)
         self._host.configure("elsewhere.example", "tree", "")
         self._old = self._look()

@@ -1,10 +1,12 @@
 """What the product recorded on a host, read from the store's files. Only this file knows its tables."""
 
 import os
+import re
 import sqlite3
 import tempfile
 
-SUFFIXES = ("", "-wal", "-shm", "-journal")
+SUFFIXES = ("", "-wal", "-shm", "-journal", "-last")
+LAST = re.compile(rb"(\d{20}) \1\n")
 # What is the host's, and not only remembered: targets and edits.
 KINDS = (0, 1)
 KNOWN = ("SELECT path, kind, present, mode, owner, grp, size, digest, roles, named_role, template"
@@ -12,6 +14,7 @@ KNOWN = ("SELECT path, kind, present, mode, owner, grp, size, digest, roles, nam
 OPEN = ("SELECT path, was.digest, becomes.present, becomes.digest FROM entries JOIN files ON files.entry = entries.number"
         " JOIN states AS was ON files.before = was.id JOIN states AS becomes ON files.after = becomes.id"
         " WHERE outcome = 0")
+GIVEN = "SELECT coalesce(max(seq), 0) FROM sqlite_sequence WHERE name = 'entries'"
 
 _read = {}  # raw bytes that were read already
 
@@ -24,7 +27,7 @@ class Store:
         key = tuple(sorted((suffix, data) for suffix, data in files.items() if suffix != "-shm"))
         if key not in _read:
             _read[key] = _contents(files)
-        self.known, self.open, self.damage = _read[key]
+        self.known, self.open, self.damage, self.texts = _read[key]
 
     def __eq__(self, other):
         return isinstance(other, Store) and self._told() == other._told()
@@ -48,29 +51,34 @@ class Store:
         return not self.damage and texts == others
 
 def _contents(files):
-    """What is known of files, what was about to be written, and what is damaged."""
+    """What is known of files, what was about to be written, what is damaged, and how many texts are kept."""
+    told = LAST.fullmatch(files.get("-last", b""))
+    last = int(told[1]) if told else 0  # a number that is cut short tells nothing
     if not files.get("") and not files.get("-wal"):
-        return frozenset(), frozenset(), ""
+        return frozenset(), frozenset(), "all entries are gone" if last else "", 0
     with tempfile.TemporaryDirectory(dir="/dev/shm" if os.path.isdir("/dev/shm") else None) as directory:
         for suffix, data in files.items():
-            if suffix != "-shm":
+            if suffix not in ("-shm", "-last"):
                 with open(f"{directory}/state.db{suffix}", "wb") as file:
                     file.write(data)
         database = sqlite3.connect(f"{directory}/state.db")
         try:
-            return _tables(database)
+            return _tables(database, last)
         except sqlite3.DatabaseError as error:
-            return frozenset(), frozenset(), str(error)
+            return frozenset(), frozenset(), str(error), 0
         finally:
             database.close()
 
 
-def _tables(database):
+def _tables(database, last):
     damage = database.execute("PRAGMA integrity_check").fetchone()[0]
     if database.execute("SELECT count(*) FROM sqlite_schema").fetchone()[0] == 0:
-        return frozenset(), frozenset(), ""
+        return frozenset(), frozenset(), "all entries are gone" if last else "", 0
+    if damage == "ok" and database.execute(GIVEN).fetchone()[0] < last:
+        damage = f"entries up to {last} are gone"
     known = frozenset(row for row in database.execute(KNOWN) if row[1] in KINDS)
-    return known, frozenset(database.execute(OPEN)), "" if damage == "ok" else damage
+    texts = database.execute("SELECT count(*) FROM texts").fetchone()[0]
+    return known, frozenset(database.execute(OPEN)), "" if damage == "ok" else damage, texts
 
 
 def write(path, store):

@@ -15,7 +15,7 @@ import os
 import verdict
 from host import write
 from run import Fault
-from scenarios import ROLLBACK
+from scenarios import ALL, ROLLBACK
 from statefiles import COMPANIONS, RESERVE, TEMPORARY
 
 THEIRS = b"THEIRS=1\n"
@@ -82,12 +82,19 @@ class Writer:
 
 
 class Case:
-    def __init__(self, name, arguments, file, prepared_by=None, takes_back=False):
+    def __init__(self, name, arguments, file, prepared_by=None, takes_back=False, prepare=None):
         self.name = name
         self.arguments = arguments
+        self.prepare = prepare or (lambda host, run: None)
         self.file = file
         self.prepared_by = prepared_by
         self.takes_back = takes_back  # so that its reserve is not of the text before
+
+
+def case_of(name, file, takes_back=False):
+    """The command of a scenario, on a host that is prepared for that."""
+    scenario = next(each for each in ALL if each.name == name)
+    return Case(name, scenario.arguments, file, takes_back=takes_back, prepare=scenario.prepare)
 
 
 CASES = (
@@ -100,6 +107,18 @@ CASES = (
          prepared_by=("param", "set", "HOST/files/plain.conf", "size", "4")),
     Case("rollback", ROLLBACK, "files/old.conf", prepared_by=("commit-config", "old.conf"), takes_back=True),
     Case("option-set", ("option", "set", "REALM", "ELSEWHERE"), "zet.conf"),
+    case_of("param-unset", "files/plain.conf"),
+    case_of("doctor-fix", "files/plain.conf", takes_back=True),
+    case_of("commit-edits", "files/plain.conf"),
+    case_of("commit-edits-anew", "files/plain.conf", takes_back=True),
+    case_of("commit-takes-edits-back", "files/plain.conf", takes_back=True),
+    case_of("rollback-edits", "files/plain.conf", takes_back=True),
+    case_of("commit-merge", "files/old.conf", takes_back=True),
+    case_of("undo", "files/old.conf", takes_back=True),
+    case_of("undo-merge", "files/old.conf", takes_back=True),
+    case_of("rollback-to", "files/old.conf", takes_back=True),
+    case_of("adopt", "etc/old.conf", takes_back=True),
+    case_of("template-upgrade", "etc/old.conf", takes_back=True),
 )
 
 
@@ -121,6 +140,7 @@ class Encounter:
         self._host.make()
         if self._case.prepared_by:
             self._run(self._case.prepared_by)
+        self._case.prepare(self._host, lambda _, *arguments: self._run(arguments))
         self._old = self._host.look()
         undisturbed = self._run(self._case.arguments, Fault("none"))
         if undisturbed.status != 0:

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <utility>
 
@@ -10,12 +11,15 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/state/CutShort.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/EditRules.h"
+#include "deploy/targets/PlaceCheck.h"
 #include "deploy/targets/ShownDiff.h"
+#include "posix/PathNames.h"
 #include "text/FirstLine.h"
 #include "text/LineEnds.h"
 #include "text/ManagedText.h"
@@ -95,7 +99,7 @@ std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
 }  // namespace
 
 ListedEdits::ListedEdits(Deployment& product, const KnownFiles& known, const Staging& staging)
-    : m_product(product), m_known(known) {
+    : m_product(product), m_known(known), m_cutShort(FilesOfCutShort(product)) {
     ListedLines found = FindListedLines(product, known, staging);
     m_problems = std::move(found.problems);
     for (FileWithLines& file : found.files) {
@@ -114,10 +118,11 @@ ListedEdits::ListedEdits(Deployment& product, const KnownFiles& known, const Sta
 bool ListedEdits::Judge(const FileWithLines& file) {
     const std::size_t before = m_problems.size();
     if (const auto damage = Text::FindDamage(file.text))
-        m_problems.push_back({.file = file.path,
-                              .line = static_cast<int>(damage->line),
-                              .text = damage->text,
-                              .remedy = "\"doctor " + file.path + "\" tells a repair"});
+        m_problems.push_back(
+            {.file = file.path,
+             .line = static_cast<int>(damage->line),
+             .text = damage->text,
+             .remedy = "\"" + m_product.Wanted().program + " doctor " + file.path + "\" tells a repair"});
     const Text::FirstLine first = Text::FirstLineOf(file.text);
     if (!file.lines.empty() && Text::MustComeFirst(first.text) &&
         first.text.find(ZETNoticeMarker) == std::string_view::npos)
@@ -127,10 +132,29 @@ bool ListedEdits::Judge(const FileWithLines& file) {
                                   "the programs that read the file need this line as its first, and a notice "
                                   "would come before it",
                               .remedy = "take its edits from the lists"});
-    const FoundFile place = m_product.HostPaths().FindReal(file.path);
-    if (geteuid() == 0 && place.judge.Objection()) m_problems.push_back(*place.judge.Objection());
+    JudgePlaceOf(file.path);
     JudgeLines(file);
     return m_problems.size() == before;
+}
+
+/// The file and its directory, as those of a target are.
+void ListedEdits::JudgePlaceOf(const std::string& path) {
+    std::vector<Problem> problems = CheckDirectory(DirectoryOf(path), path, "the edit in the list");
+    for (Problem& problem : CheckFileToWrite(path, "the edit", m_cutShort.contains(path)))
+        problems.push_back(std::move(problem));
+    if (!m_claimed) {
+        m_claimed.emplace(m_product);
+        m_claimed->AddListed(m_product.Lists().Targets().targets);
+    }
+    const std::string use = m_claimed->UseBesideTargets(path);
+    if (!use.empty())
+        problems.push_back({.file = path, .text = "is " + use, .remedy = "give the edit another file"});
+    const FoundFile place = m_product.HostPaths().FindReal(path);
+    if (geteuid() == 0 && problems.empty() && place.judge.Objection())
+        problems.push_back(*place.judge.Objection());
+    if (m_product.Wanted().onlyLooks) WarnOfRights(m_product.Out(), problems);
+    m_problems.insert(m_problems.end(), std::make_move_iterator(problems.begin()),
+                      std::make_move_iterator(problems.end()));
 }
 
 /// Each line of the file is at most one edit's, and each edit finds its own line again.

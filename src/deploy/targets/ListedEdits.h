@@ -1,10 +1,13 @@
 #ifndef ZET_LISTED_EDITS_H
 #define ZET_LISTED_EDITS_H
 
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "deploy/state/Recording.h"
+#include "deploy/targets/ClaimedFiles.h"
 #include "deploy/targets/ListedLines.h"
 #include "zet/deploy/FileOutcome.h"
 #include "zet/deploy/Status.h"
@@ -49,6 +52,7 @@ class ListedEdits {
   private:
     void Plan(FileWithLines file, const Staging& staging);
     bool Judge(const FileWithLines& file);
+    void JudgePlaceOf(const std::string& path);
     void JudgeLines(const FileWithLines& file);
     void JudgePlace(const FileWithLines& file, const LineToSet& line, const LineInPlace& place,
                     const LineToSet* owner);
@@ -59,6 +63,8 @@ class ListedEdits {
 
     Deployment& m_product;
     const KnownFiles& m_known;
+    const std::set<std::string> m_cutShort;
+    std::optional<ClaimedFiles> m_claimed;  ///< from the first file on
     std::vector<Problem> m_problems;
     std::vector<PlannedEdits> m_files;
     std::vector<std::string> m_emptied;

@@ -19,6 +19,7 @@
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/ClaimedFiles.h"
 #include "deploy/targets/NewOwner.h"
+#include "deploy/targets/PlaceCheck.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Secrets.h"
 #include "posix/Descriptor.h"
@@ -36,29 +37,6 @@ void Append(std::vector<Problem>& problems, std::vector<Problem> more) {
                     std::make_move_iterator(more.end()));
 }
 
-/// What is wrong with a directory that files are to be written in; `name` is where its name comes from.
-std::vector<Problem> CheckDirectory(const std::string& directory, const std::string& purpose,
-                                    const std::string& name) {
-    const auto problem = [&](const std::string& text, const std::string& remedy) {
-        return std::vector<Problem>{{directory, 0, 0, text, remedy}};
-    };
-    const std::string what = "the directory of " + purpose;
-    struct stat status = {};
-    if (stat(directory.c_str(), &status) != 0)
-        return problem(what + " cannot be used: " + std::strerror(errno), "create it, or correct " + name);
-    if (!S_ISDIR(status.st_mode))
-        return problem("is no directory, but " + purpose + " is to be in it", "correct " + name);
-    if ((status.st_mode & S_IWOTH) != 0) return problem("others may write " + what, "chmod o-w it");
-    if (access(directory.c_str(), W_OK | X_OK) != 0) {
-        std::vector<Problem> ofUser =
-            problem(what + " cannot be written: " + std::strerror(errno),
-                    "run as a user who may, or on a file system that can be written");
-        ofUser.front().isOfUser = true;
-        return ofUser;
-    }
-    return {};
-}
-
 /// The same of one of the product's own, on which root relies.
 std::vector<Problem> CheckOwnDirectory(Host& host, const char* key, const std::string& purpose) {
     const std::string directory = host.Param(key);
@@ -69,14 +47,7 @@ std::vector<Problem> CheckOwnDirectory(Host& host, const char* key, const std::s
     return problems;
 }
 
-/// A file that is written under its own name or read back must not be a link to somewhere else.
-std::vector<Problem> CheckRegular(const std::string& path) {
-    const FileState state = StateOf(path);
-    if (!state.exists || state.IsRegular()) return {};
-    return {{path, 0, 0, "is no regular file", "move it away"}};
-}
-
-/// The same of one that is written through its name: nothing else may have that text.
+/// A file that is written through its name: nothing else may have that text.
 std::vector<Problem> CheckSingle(const std::string& path) {
     std::vector<Problem> problems = CheckRegular(path);
     if (problems.empty() && StateOf(path).links > 1)
@@ -116,14 +87,6 @@ std::vector<Problem> CheckOwnFiles(Deployment& product) {
     }
     Append(problems, std::move(ofStatus));
     return problems;
-}
-
-/// Who only looks need not be the one who writes.
-void WarnOfRights(Observer& observer, std::vector<Problem>& problems) {
-    std::erase_if(problems, [&](const Problem& problem) {
-        if (problem.isOfUser) observer.Warning(problem.Describe());
-        return problem.isOfUser;
-    });
 }
 
 /// A problem tells where it is; what it quotes of a template that is not for everybody, or of values in a
@@ -203,19 +166,14 @@ class TargetChecker {
         if (DirectoryOf(copy) != m_product.Param("ZET_CFG_DIR"))
             Append(m_result,
                    CheckDirectory(DirectoryOf(copy), "the working copy " + copy, "the template's name"));
-        CheckFree(copy + ZETTemporarySuffix, copy);
+        if (std::optional<Problem> problem = CheckTemporary(copy, m_cutShort.contains(copy)))
+            m_result.push_back(std::move(*problem));
     }
 
     void CheckFile(const Target& target) {
         const std::string path = m_product.FilePath(target.path);
         Append(m_result, CheckPlace(target, path));
-        const FileState state = StateOf(path);
-        if (state.exists && !state.IsRegular())
-            m_result.push_back({path, 0, 0, "is no regular file", "move it away, or correct the target"});
-        if (std::optional<Problem> problem = CheckReplaceable(path)) m_result.push_back(std::move(*problem));
-        Append(m_result, CheckRegular(path + ZETReserveSuffix));
-        Append(m_result, CheckRegular(path + ZETAbsenceSuffix));
-        CheckFree(path + ZETTemporarySuffix, path);
+        Append(m_result, CheckFileToWrite(path, "the target", m_cutShort.contains(path)));
         if (std::optional<Problem> problem = m_claimed.AddTarget(target))
             m_result.push_back(std::move(*problem));
     }
@@ -240,11 +198,6 @@ class TargetChecker {
                                 "let him read " + denied + ", or trust him in the list"});
         }
         return problems;
-    }
-
-    void CheckFree(const std::string& temporary, const std::string& path) {
-        if (m_cutShort.count(path) == 0 && StateOf(temporary).exists)
-            m_result.push_back({temporary, 0, 0, "is in the way of writing " + path, "move it away"});
     }
 
     Deployment& m_product;
