@@ -75,13 +75,13 @@ class Execution {
             if (m_plan.Edits() != nullptr) SetLines(*m_plan.Edits());
             for (const TakeBackStep& step : m_plan.TakenBack())
                 PutBack(step);
+            RememberUnchanged();
             RecordStatus();
         } catch (...) {
             TellBreakOff();
             throw;
         }
         m_recording.Complete();
-        RememberUnchanged();
         RememberShipped();
         m_plan.ServicesOf(m_plan.Targets()).Tell(m_product.Out());
     }
@@ -154,7 +154,7 @@ class Execution {
     }
 
     /// A target that is as it would be rendered is a committed one from now on. Where others were changed,
-    /// the entry says so.
+    /// the entry says so. It is known before there is a status: one without a target would never go.
     void RememberUnchanged() {
         if (!m_recording.IsOn() || m_recording.Number()) return;
         std::vector<FileToRecord> files;
