@@ -43,6 +43,11 @@ std::string DifferenceBetween(const RecordedState& now, const RecordedState& lef
     return change.empty() ? "has other attributes" : "has another " + change;
 }
 
+/// One that a commit found to be what it would have written is in none.
+std::string NameOfEntry(std::int64_t number) {
+    return number == 0 ? "the last commit" : "entry " + std::to_string(number);
+}
+
 bool IsThere(const std::optional<CapturedFile>& file) {
     return file && file->state.exists;
 }
@@ -125,10 +130,14 @@ void FileToPutBack::LookAtOthersWork(const RecordedFile& row, const std::string&
     switch (m_others) {
         case OthersWork::IsRefused:
             return Refuse(path,
-                          DifferenceBetween(now.state, row.after) + ": it is not as entry " +
-                              std::to_string(m_change.newest) + " left it",
+                          DifferenceBetween(now.state, row.after) + ": it is not as " +
+                              NameOfEntry(m_change.newest) + " left it",
                           kWays);
         case OthersWork::IsMerged:
+            if (m_change.isUntouched) {
+                m_isKept = true;
+                return;
+            }
             if (path == m_path && now.state.exists && row.before.exists && row.after.exists)
                 return MergeInto(wanted, row, now);
             return Refuse(path, DifferenceBetween(now.state, row.after) + ", which cannot be merged", kWays);
