@@ -311,6 +311,24 @@ took back entry 1"
     assert_file out/one.conf $'old\n'
 }
 
+@test "an edit that is back already stays one, whatever newer entries know of the file" {
+    zet -q commit-config
+    echo mine >>out/one.conf
+    zet option set REALM OTHER.ORG
+    zet -q commit-config
+    local replaced
+    replaced=$(store 'SELECT max(number) FROM entries')
+    zet undo
+    zet -q commit-config
+    zet undo
+    run_zet status
+    [[ $output == *"$ONE: edited"* ]]
+    zet undo "$replaced" --force
+    run_zet status
+    [[ $output == *"$ONE: edited"* ]]
+    grep -qx mine out/one.conf
+}
+
 @test "a rollback goes back to an entry, and is one" {
     local before
     zet commit-config

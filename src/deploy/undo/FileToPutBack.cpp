@@ -225,7 +225,8 @@ FileKind FileToPutBack::KindAfter() const {
 }
 
 std::optional<RecordedState> FileToPutBack::LeftThen() const {
-    if (KindAfter() == FileKind::Original || IsKnownByNewer()) return std::nullopt;
+    if (KindAfter() == FileKind::Original) return std::nullopt;
+    if (IsKnownByNewer()) return m_known->state;
     // Who changes what is known of an edited file alone, leaves it edited.
     if (!m_change.isWritten && !m_change.file->leftBefore)
         return m_known ? std::optional(m_known->state) : std::nullopt;
