@@ -329,6 +329,20 @@ took back entry 1"
     grep -qx mine out/one.conf
 }
 
+@test "what a hand made of a file of which only the knowledge comes back is no work of the product" {
+    zet -q commit-config
+    "$ZET_BIN/zet-init" --config "$HOST/zet.conf" -q commit-config
+    zet rollback-config
+    "$ZET_BIN/zet-init" --config "$HOST/zet.conf" rollback-config
+    zet undo 2 --force
+    zet undo
+    echo mine >out/two.conf
+    zet undo --force
+    assert_file out/two.conf $'mine\n'
+    run_zet status
+    [[ $output == *"$TWO: edited"* ]]
+}
+
 @test "a rollback goes back to an entry, and is one" {
     local before
     zet commit-config

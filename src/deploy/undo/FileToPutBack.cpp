@@ -229,7 +229,7 @@ std::optional<RecordedState> FileToPutBack::LeftThen() const {
     if (IsKnownByNewer()) return m_known->state;
     // Who changes what is known of an edited file alone, leaves it edited.
     if (!m_change.isWritten && !m_change.file->leftBefore)
-        return m_known ? std::optional(m_known->state) : std::nullopt;
+        return m_known ? m_known->state : m_change.file->before;
     return m_change.file->leftBefore;
 }
 
