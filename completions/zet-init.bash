@@ -94,7 +94,7 @@ _zet() {
         commit-config) options+=' --set --run-checks --on-edit' words=$(_zet_templates) ;;
         check-config) options+=' --run-checks --no-checks' words=$(_zet_templates) ;;
         status) options+=' --changed --format' ;;
-        rollback-config) options+=' --force --keep-edits --to' words=$(_zet_targets) ;;
+        rollback-config) options+=' --force --keep-edits --merge --to' words=$(_zet_targets) ;;
         undo)
             options+=' --force --merge'
             [[ $arguments -ne 0 ]] || words=$(_zet_changes)

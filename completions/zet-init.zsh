@@ -104,7 +104,7 @@ _zet() {
         (commit-config) options+=(--set --run-checks --on-edit) known=(${(f)"$(_zet_templates)"}) ;;
         (check-config) options+=(--run-checks --no-checks) known=(${(f)"$(_zet_templates)"}) ;;
         (status) options+=(--changed --format) ;;
-        (rollback-config) options+=(--force --keep-edits --to) known=(${(f)"$(_zet_targets)"}) ;;
+        (rollback-config) options+=(--force --keep-edits --merge --to) known=(${(f)"$(_zet_targets)"}) ;;
         (undo)
             options+=(--force --merge)
             if (( arguments == 0 )); then known=(${(f)"$(_zet_changes)"}); fi

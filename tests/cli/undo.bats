@@ -281,6 +281,16 @@ took back entry 1"
     assert_absent state/zet-client.status
 }
 
+@test "what a commit finds in place is known before there is a status that could be left alone" {
+    "$ZET_BIN/zet-init" --config "$HOST/zet.conf" -q commit-config
+    capture strace -f -qq -o "$BASE/killed" -P "$HOST/state/zet-client.status" -e trace=openat \
+        -e inject=openat:signal=KILL "$ZET_BIN/zet-client" --config "$HOST/zet.conf" commit-config
+    assert_status 137
+    assert_equal "$(store "SELECT group_concat(roles, '; ') FROM known, states WHERE state = id AND kind = 0")" \
+        "6:server6:client; 6:server6:client"
+    zet -q commit-config
+}
+
 @test "a status that a rollback left, as it was killed, goes with the next way back" {
     zet commit-config
     cp -a state/zet-client.status state/zet-client-fs.status "$BATS_TEST_TMPDIR"
@@ -299,6 +309,38 @@ took back entry 1"
     run_zet undo
     assert_status 0
     assert_file out/one.conf $'old\n'
+}
+
+@test "an edit that is back already stays one, whatever newer entries know of the file" {
+    zet -q commit-config
+    echo mine >>out/one.conf
+    zet option set REALM OTHER.ORG
+    zet -q commit-config
+    local replaced
+    replaced=$(store 'SELECT max(number) FROM entries')
+    zet undo
+    zet -q commit-config
+    zet undo
+    run_zet status
+    [[ $output == *"$ONE: edited"* ]]
+    zet undo "$replaced" --force
+    run_zet status
+    [[ $output == *"$ONE: edited"* ]]
+    grep -qx mine out/one.conf
+}
+
+@test "what a hand made of a file of which only the knowledge comes back is no work of the product" {
+    zet -q commit-config
+    "$ZET_BIN/zet-init" --config "$HOST/zet.conf" -q commit-config
+    zet rollback-config
+    "$ZET_BIN/zet-init" --config "$HOST/zet.conf" rollback-config
+    zet undo 2 --force
+    zet undo
+    echo mine >out/two.conf
+    zet undo --force
+    assert_file out/two.conf $'mine\n'
+    run_zet status
+    [[ $output == *"$TWO: edited"* ]]
 }
 
 @test "a rollback goes back to an entry, and is one" {
@@ -335,6 +377,100 @@ zet-client: nothing was changed"
     run_zet rollback-config --to 1 --force
     assert_status 0
     assert_file plain.conf $'size=4\ncolor=red\n'
+}
+
+@test "a rollback to the last entry is refused where somebody wrote since" {
+    zet -q commit-config
+    local last
+    last=$(store 'SELECT max(number) FROM entries')
+    echo mine >>out/one.conf
+    REMEMBERED=$(as_now)
+    run_zet rollback-config --to "$last"
+    assert_status 1
+    assert_stderr "zet-client: error: $ONE: holds another text: it is not as entry $last left it (--force puts back what was there before all the same)
+zet-client: nothing was changed"
+    assert_equal "$(as_now)" "$REMEMBERED"
+    run_zet rollback-config --to "$last" --keep-edits
+    assert_success "$ONE: kept, edited, stays as it is"
+    run_zet rollback-config --to "$last" --merge
+    assert_success "$ONE: kept, edited, stays as it is"
+    assert_equal "$(as_now)" "$REMEMBERED"
+    run_zet rollback-config --to "$last" --force
+    assert_success "$ONE: changed
+to be restarted: daemon"
+    ! grep -qx mine out/one.conf
+    run_zet status
+    assert_status 0
+    run_zet undo
+    assert_equal "$(as_now)" "$REMEMBERED"
+    rm out/one.conf
+    run_zet rollback-config --to "$last"
+    assert_status 1
+    [[ $stderr == *"$ONE: is not there any more: it is not as entry"* ]]
+}
+
+@test "a target that a commit found as it would have written it is gone back to as well" {
+    zet -q commit-config
+    cp -p out/one.conf saved
+    zet file forget --force "$ONE"
+    mv state/state.db* ..
+    zet -q commit-config
+    edit size 4
+    local last
+    last=$(store 'SELECT max(number) FROM entries')
+    echo mine >>out/one.conf
+    run_zet rollback-config --to "$last"
+    assert_status 1
+    assert_stderr "zet-client: error: $ONE: holds another text: it is not as the last commit left it (--force puts back what was there before all the same)
+zet-client: nothing was changed"
+    run_zet rollback-config --to "$last" --force
+    assert_status 0
+    cmp out/one.conf saved
+}
+
+@test "a reserve that was given up since does not hide that somebody wrote the file" {
+    zet -q commit-config
+    local last
+    last=$(store 'SELECT max(number) FROM entries')
+    zet file forget --force "$ONE"
+    echo mine >>out/one.conf
+    run_zet rollback-config --to "$last"
+    assert_status 1
+    [[ $stderr == *"$ONE: holds another text"* ]]
+    assert_absent out/one.conf.before_zet
+    run_zet rollback-config --to "$last" --force
+    assert_status 0
+    assert_file out/one.conf.before_zet $'old\n'
+    ! grep -qx mine out/one.conf
+}
+
+@test "working copies and the main file are anybody's to edit, and keep nothing from going back" {
+    zet template install one.conf
+    zet option set REALM OTHER.ORG
+    zet -q commit-config
+    local last
+    last=$(store 'SELECT max(number) FROM entries')
+    echo '# mine' >>etc/one.conf
+    echo '# mine' >>zet.conf
+    edit size 4
+    run_zet rollback-config --to "$last"
+    assert_success "$PLAIN: restored"
+    grep -qx '# mine' etc/one.conf
+    grep -qx '# mine' zet.conf
+}
+
+@test "a rollback to an entry merges what was edited since with what goes back" {
+    printf 'size=3\na\nb\nc\ncolor=red\n' >plain.conf
+    edit size 4
+    edit size 5
+    echo more >>plain.conf
+    run_zet rollback-config --to 1 --merge
+    assert_success "$PLAIN: changed, merged with what was edited since"
+    assert_file plain.conf $'size=4\na\nb\nc\ncolor=red\nmore\n'
+    run_zet rollback-config --to 1 --merge --force
+    assert_refusal 2 "--merge excludes --force and --keep-edits"
+    run_zet rollback-config --merge
+    assert_refusal 2 "--merge goes with --to alone (--keep-edits leaves what was edited)"
 }
 
 @test "what is no longer kept refuses a way back over it" {

@@ -10,7 +10,9 @@ to the byte, mode, owner and attribute, as it was before and after each entry of
   * An entry is taken back where each file that it changed is as it left it, or as it was before already; the
     files are as they were before it then, and all others stay. Otherwise nothing at all changes, and the exit
     status is 1. With --force it is taken back all the same.
-  * Going back to an entry is the same with all that came after it.
+  * Going back to an entry is the same with all that came after it. A target or an edited file that none of these
+    wrote goes back to what its last entry left, where somebody else wrote it since. With --keep-edits, what
+    somebody wrote stays as it is, and the rest goes back.
   * What is known of the files is as it was before, where nothing came in between.
   * A role of which no target is left has no status.
   * An entry that is no longer kept is refused, and so is a way back over one.
@@ -30,7 +32,7 @@ import tempfile
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "faults"))
 
 from run import Fault, NotPossible, Runner  # noqa: E402
-from world import PLAIN, TEMPLATES, World, see, write  # noqa: E402
+from world import COMPANIONS, PLAIN, TEMPLATES, World, see, write  # noqa: E402
 
 SKIPPED = 77
 STEPS_OF_A_HISTORY = 40
@@ -41,6 +43,20 @@ PROGRAMS = ("zet-init", "zet-client")
 
 class Wrong(Exception):
     """The product did something else than was foretold."""
+
+
+def shape(seen):
+    """Mode and size; None where there is no file."""
+    return seen and (seen[0], len(seen[-1]))
+
+
+def text(seen):
+    return seen and seen[-1]
+
+
+def without_suffix(name):
+    """Of a companion, the file that it stands beside."""
+    return next(name.removesuffix(suffix) for suffix in reversed(COMPANIONS) if name.endswith(suffix))
 
 
 class History:
@@ -122,21 +138,46 @@ class History:
         return {name: self.before[number][name] for name in changed}, self.after[number]
 
     def of_going_back(self, number):
+        """None: nobody can foretell it."""
         wanted, left, changed = {}, {}, set()
         for later in sorted((each for each in self.before if each > number), reverse=True):
             changed |= self.changed_by(later)
             for name in self.before[later]:
                 wanted[name] = self.before[later][name]
                 left.setdefault(name, self.after[later][name])
-        return {name: seen for name, seen in wanted.items() if name in changed}, left
+        wanted = {name: seen for name, seen in wanted.items() if name in changed}
+        written = self.written_since(number)
+        if written is None:
+            return None
+        return {**wanted, **written}, {**left, **written}
 
-    def go(self, words, wanted, left, is_forced):
+    def written_since(self, number):
+        """What others wrote after that entry, and no later one: by what its last entry left; None where that is not
+        known here. Another owner or other attributes alone are no work of anybody's, and a text that a commit found
+        to be what it would have written is none."""
+        later = {name for entry in self.before if entry > number for name in self.before[entry]}
+        found = {}
+        for name, entry, state, is_as_left in self.world.made():
+            now = see(self.world.path(name))
+            if name in later or state == shape(now) and not is_as_left:
+                continue
+            left = self.after.get(entry, {}).get(name) if entry in self.world.entries() else None
+            if left is None and state != shape(now):
+                return None
+            if left is not None and (shape(left), text(left)) != (shape(now), text(now)):
+                found[name] = left
+        return found
+
+    def go(self, words, wanted, left, is_forced, is_kept=False):
         """Plays a way back, and holds what came of it against what was foretold."""
         seen, known, entries = self.world.look(), self.world.known(), self.world.entries()
         others = [name for name in wanted if seen[name] not in (wanted[name], left[name])]
         result = self.run(*words, *(["--force"] if is_forced and "--force" not in words else []))
         now = self.world.look()
-        refused = bool(others) and not is_forced
+        refused = bool(others) and not is_forced and not is_kept
+        if is_kept:
+            kept = {without_suffix(name) for name in others}
+            wanted = {name: seen for name, seen in wanted.items() if without_suffix(name) not in kept}
         self.require(result.status == (1 if refused else 0),
                      f"exit status {result.status}, {'refusal' if refused else 'success'} foretold ({others}): "
                      f"{result.output}{result.errors}")
@@ -202,7 +243,11 @@ class History:
             self.require(result.status == 1, f"went back over what is gone: {result.status} {result.errors}")
             return
         is_forced = self.chance.random() < 0.5 if is_forced is None else is_forced
-        self.go(["rollback-config", "--to", str(number)], *self.of_going_back(number), is_forced)
+        foretold = self.of_going_back(number)
+        is_kept = not is_forced and self.chance.random() < 0.3
+        if foretold:
+            words = ["rollback-config", "--to", str(number)] + (["--keep-edits"] if is_kept else [])
+            self.go(words, *foretold, is_forced, is_kept)
 
     # What happens on a host.
 

@@ -130,6 +130,16 @@ class World:
                               " (SELECT texts.digest FROM texts WHERE texts.id = base) FROM known, states WHERE state = id"
                               " AND kind <> 5 AND present"))
 
+    def made(self):
+        """The targets and edited files that are known: name, last entry, mode and size, and whether that is what the
+        entry left."""
+        rows = self.query("SELECT known.path, known.entry, states.present, states.mode, states.size,"
+                          " states.digest = (SELECT left.digest FROM files, states AS left WHERE left.id = after"
+                          " AND files.entry = known.entry AND files.path = known.path)"
+                          " FROM known, states WHERE state = states.id AND kind IN (0, 1)")
+        return [(path.removeprefix(self.root + "/"), entry, (mode, size) if present else None, bool(is_as_left))
+                for path, entry, present, mode, size, is_as_left in rows]
+
     def roles(self):
         """Those that have committed something."""
         words = b" ".join(roles for roles, in self.query("SELECT roles FROM known, states WHERE state = id"))

@@ -18,6 +18,7 @@ struct UndoOptions {
 struct RollBackToOptions {
     bool force = false;
     bool keepEdits = false;  ///< they stay as they are
+    bool merge = false;      ///< they go back, and what was edited since stays in them
 };
 
 }  // namespace ZET::Deploy

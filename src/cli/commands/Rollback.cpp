@@ -17,6 +17,7 @@ struct RollbackOptions {
     std::vector<std::string> entry;
     bool force = false;
     bool keepEdits = false;
+    bool merge = false;
 };
 
 void TellTarget(Session& session, const FileOutcome& outcome) {
@@ -35,11 +36,14 @@ int RollBackToEntry(Session& session, const RollbackOptions& asked) {
                  [](Session& told, const FileOutcome& outcome) { ReportFile(told, outcome, "targets"); });
     session.Out().AddList("problems");
     const std::int64_t entry = EntryNumber(asked.entry.front());
-    return ReportUndo(session, RollBackTo(session.Product(), entry, {asked.force, asked.keepEdits}));
+    return ReportUndo(session,
+                      RollBackTo(session.Product(), entry, {asked.force, asked.keepEdits, asked.merge}));
 }
 
 int RollbackConfig(Session& session, const RollbackOptions& asked) {
     if (!asked.entry.empty()) return RollBackToEntry(session, asked);
+    if (asked.merge)
+        throw UsageError(_("--merge goes with --to alone (--keep-edits leaves what was edited)"));
     if (asked.force && asked.keepEdits) throw UsageError(_("--force and --keep-edits exclude each other"));
     BeginTargets(session, TellTarget);
     const RollbackResult result = RollBack(session.Product(), asked.targets, {asked.force, asked.keepEdits});
@@ -56,6 +60,7 @@ void RegisterRollback(CommandLine& line) {
         .Any("TARGET", &RollbackOptions::targets, "Only these files")
         .Flag("--force", &RollbackOptions::force, "Files that were edited since, too")
         .Flag("--keep-edits", &RollbackOptions::keepEdits, "Leave those as they are, which is no failure")
+        .Flag("--merge", &RollbackOptions::merge, "With --to: leave what was edited since in them")
         .List("--to", "ENTRY", &RollbackOptions::entry,
               "All files of both roles as they were after this entry of the history");
 }

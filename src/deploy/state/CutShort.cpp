@@ -1,14 +1,27 @@
 #include "deploy/state/CutShort.h"
 
+#include <map>
+#include <string_view>
+#include <vector>
+
 #include "deploy/host/Failure.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/LeftOvers.h"
 #include "deploy/state/Settling.h"
 #include "deploy/state/store/StoreFile.h"
+#include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
 
 namespace {
+
+/// The name of the file that the row is about, or that its companion stands beside.
+std::string FileOf(const RecordedFile& row) {
+    if (row.kind != FileKind::Companion) return row.path;
+    for (const std::string_view suffix : {ZETReserveSuffix, ZETAbsenceSuffix})
+        if (row.path.ends_with(suffix)) return row.path.substr(0, row.path.size() - suffix.size());
+    return row.path;
+}
 
 /// The entries of one host whose runs were killed.
 class CutShortEntries {
@@ -24,19 +37,30 @@ class CutShortEntries {
   private:
     void Settle(const RecordedEntry& entry) {
         Settlement settlement;
-        for (const RecordedFile& file : m_store.FilesOf(entry.number)) {
+        const std::vector<RecordedFile> files = m_store.FilesOf(entry.number);
+        ClearLeftOversOf(files, entry.begun);
+        for (const RecordedFile& file : files) {
             const std::string path = m_host.HostPaths().FromInside(file.path);
             if (!m_host.HostPaths().StaysInside(path)) {
                 settlement.untouched.push_back(file.path);
                 continue;
             }
             m_paths.insert(path);
-            // Those of a companion are known by the file that it goes with.
-            if (file.kind != FileKind::Companion) ClearLeftOvers(m_host, {path, entry.begun, TextsOf(file)});
             Settle(file, path, settlement);
         }
         m_store.Close(entry.number, EntryOutcome::CutShort, settlement);
         if (!m_host.HostHistory().KeepsTexts()) m_store.Drop(entry.number);
+    }
+
+    /// Those of a companion, which may have been written alone, are looked for with those of its file.
+    void ClearLeftOversOf(const std::vector<RecordedFile>& rows, std::int64_t begun) {
+        std::map<std::string, std::vector<RecordedFile>> byFile;
+        for (const RecordedFile& row : rows)
+            byFile[FileOf(row)].push_back(row);
+        for (const auto& [name, ofFile] : byFile) {
+            const std::string path = m_host.HostPaths().FromInside(name);
+            if (m_host.HostPaths().StaysInside(path)) ClearLeftOvers(m_host, {path, begun, TextsOf(ofFile)});
+        }
     }
 
     void Settle(const RecordedFile& file, const std::string& path, Settlement& settlement) {
@@ -52,12 +76,14 @@ class CutShortEntries {
         }
     }
 
-    std::vector<std::string> TextsOf(const RecordedFile& file) {
+    std::vector<std::string> TextsOf(const std::vector<RecordedFile>& rows) {
         std::vector<std::string> texts;
-        for (const RecordedState* const state : {&file.before, &file.after}) {
-            if (!state->exists) continue;
-            if (!state->text) return {};
-            texts.push_back(m_store.Text(*state->text));
+        for (const RecordedFile& row : rows) {
+            for (const RecordedState* const state : {&row.before, &row.after}) {
+                if (!state->exists) continue;
+                if (!state->text) return {};
+                texts.push_back(m_store.Text(*state->text));
+            }
         }
         return texts;
     }

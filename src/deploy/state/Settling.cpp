@@ -36,6 +36,12 @@ void KeepLeft(const FileToRecord& planned, Settlement& settlement) {
     settlement.known.push_back(std::move(known));
 }
 
+/// What somebody edited is known as the product's own from now on, unless it is known as it was left.
+bool IsKnownSo(const FileToRecord& planned) {
+    const RecordedFile& file = planned.file;
+    return HaveSameText(file.leftBefore.value_or(file.before), planned.left.value_or(file.before));
+}
+
 }  // namespace
 
 void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending ending, Settlement& settlement) {
@@ -44,9 +50,7 @@ void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending end
     if (ending != Ending::Unknown && isAsWanted) KeepLeft(planned, settlement);
     if (now.IsAs(file.before) || !IsOfTheCommand(file, now, ending)) {
         const bool isKnownAnew = planned.isKnownAnew && ending != Ending::Unknown && isAsWanted;
-        // What somebody edited is known as the product's own from now on, unless it is known as it was left.
-        const bool isKnownSo = !file.leftBefore || planned.left;
-        const bool isNothingNew = isKnownSo && !planned.base && file.kind == file.kindBefore &&
+        const bool isNothingNew = IsKnownSo(planned) && !planned.base && file.kind == file.kindBefore &&
                                   file.before.knowledge == file.after.knowledge;
         if (isKnownAnew && !isNothingNew) return settlement.changed.push_back(AsItIs(planned, now));
         settlement.untouched.push_back(file.path);

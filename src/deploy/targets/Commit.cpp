@@ -43,6 +43,7 @@ class Execution {
             if (m_plan.Edits() != nullptr) SetLines(*m_plan.Edits());
             for (const TakeBackStep& step : m_plan.TakenBack())
                 PutBack(step);
+            m_record.RememberUnchanged();
             RecordStatus();
         } catch (...) {
             TellBreakOff();

@@ -37,7 +37,6 @@ void CommitRecord::Begin() {
 
 void CommitRecord::Complete() {
     m_recording.Complete();
-    RememberUnchanged();
     RememberShipped();
 }
 
@@ -104,8 +103,6 @@ Knowledge CommitRecord::KnowledgeOf(const PlannedTarget& planned) const {
     return knowledge;
 }
 
-/// A target that is as it would be rendered is a committed one from now on. Where others were changed,
-/// the entry says so.
 void CommitRecord::RememberUnchanged() {
     if (!m_recording.IsOn() || m_recording.Number()) return;
     std::vector<FileToRecord> files;

@@ -23,6 +23,10 @@ class CommitRecord {
     /// Before the first file is written.
     void Begin();
 
+    /// A target that is as it would be rendered is a committed one from now on. Where others were changed,
+    /// the entry says so. To be called before there is a status: one without a target would never go.
+    void RememberUnchanged();
+
     /// After the last one.
     void Complete();
 
@@ -36,7 +40,6 @@ class CommitRecord {
     CapturedFile Staged(const PlannedTarget& planned) const;
     Knowledge KnowledgeOf(const PlannedTarget& planned) const;
     bool IsKnown(const PlannedTarget& planned) const;
-    void RememberUnchanged();
     void RememberShipped();
     FileToRecord Remembered(const PlannedTarget& planned) const;
 

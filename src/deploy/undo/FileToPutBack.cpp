@@ -31,6 +31,11 @@ std::string DifferenceBetween(const RecordedState& now, const RecordedState& lef
     return change.empty() ? "has other attributes" : "has another " + change;
 }
 
+/// One that a commit found to be what it would have written is in none.
+std::string NameOfEntry(std::int64_t number) {
+    return number == 0 ? "the last commit" : "entry " + std::to_string(number);
+}
+
 bool IsThere(const std::optional<CapturedFile>& file) {
     return file && file->state.exists;
 }
@@ -113,10 +118,14 @@ void FileToPutBack::LookAtOthersWork(const RecordedFile& row, const std::string&
     switch (m_others) {
         case OthersWork::IsRefused:
             return Refuse(path,
-                          DifferenceBetween(now.state, row.after) + ": it is not as entry " +
-                              std::to_string(m_change.newest) + " left it",
+                          DifferenceBetween(now.state, row.after) + ": it is not as " +
+                              NameOfEntry(m_change.newest) + " left it",
                           kWays);
         case OthersWork::IsMerged:
+            if (m_change.isUntouched) {
+                m_isKept = true;
+                return;
+            }
             if (path == m_path && now.state.exists && row.before.exists && row.after.exists)
                 return MergeInto(wanted, row, now);
             return Refuse(path, DifferenceBetween(now.state, row.after) + ", which cannot be merged", kWays);
@@ -204,10 +213,11 @@ FileKind FileToPutBack::KindAfter() const {
 }
 
 std::optional<RecordedState> FileToPutBack::LeftThen() const {
-    if (KindAfter() == FileKind::Original || IsKnownByNewer()) return std::nullopt;
+    if (KindAfter() == FileKind::Original) return std::nullopt;
+    if (IsKnownByNewer()) return m_known->state;
     // Who changes what is known of an edited file alone, leaves it edited.
     if (!m_change.isWritten && !m_change.file->leftBefore)
-        return m_known ? std::optional(m_known->state) : std::nullopt;
+        return m_known ? m_known->state : m_change.file->before;
     return m_change.file->leftBefore;
 }
 

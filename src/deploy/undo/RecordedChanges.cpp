@@ -43,10 +43,23 @@ void RecordedChanges::Add(const RecordedEntry& entry, const std::vector<Recorded
     }
 }
 
+void RecordedChanges::AddUntouched(std::int64_t entry, const RecordedFile& file) {
+    RecordedChange& change = Of(file.path);
+    if (change.roles.empty()) change.roles = file.before.knowledge.roles;
+    change.newest = std::max(change.newest, entry);
+    change.isWritten = change.isUntouched = true;
+    change.file = file;
+}
+
+bool RecordedChanges::HasFile(const std::string& name) const {
+    const auto found = m_byName.find(name);
+    return found != m_byName.end() && found->second->file;
+}
+
 RecordedChange& RecordedChanges::Of(const std::string& name) {
     RecordedChange*& change = m_byName[name];
     if (change == nullptr) {
-        m_changes.push_back({name, {}, {}, {}, {}, 0, false});
+        m_changes.push_back({name, {}, {}, {}, {}, 0, false, false});
         change = &m_changes.back();
     }
     return *change;

@@ -20,9 +20,10 @@ struct RecordedChange {
     std::optional<RecordedFile> file;
     std::optional<RecordedFile> reserve;
     std::optional<RecordedFile> absence;
-    std::set<Role> roles;     ///< whose commands did it
-    std::int64_t newest = 0;  ///< the last of the entries
-    bool isWritten = false;   ///< the file itself was; else only something else is known of it
+    std::set<Role> roles;      ///< whose commands did it
+    std::int64_t newest = 0;   ///< the last of the entries
+    bool isWritten = false;    ///< the file itself was; else only something else is known of it
+    bool isUntouched = false;  ///< by the entries: what is to be taken back is somebody else's work alone
 };
 
 /// What one entry did, or several.
@@ -30,6 +31,12 @@ class RecordedChanges {
   public:
     /// From the newest entry to the oldest.
     void Add(const RecordedEntry& entry, const std::vector<RecordedFile>& files);
+
+    /// A file that none of them wrote, as that earlier entry left it.
+    void AddUntouched(std::int64_t entry, const RecordedFile& file);
+
+    /// Whether one of them wrote the file itself, and not only what stands beside it.
+    bool HasFile(const std::string& name) const;
 
     /// In the order of the newest entry that touched them.
     std::list<RecordedChange> Changes() && { return std::move(m_changes); }

@@ -6,6 +6,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/state/KnownFiles.h"
 #include "deploy/targets/Restarts.h"
 #include "deploy/undo/FileToPutBack.h"
 #include "zet/ZETFiles.h"
@@ -231,6 +232,41 @@ RecordedChanges ChangesSince(Store& store, std::int64_t number) {
     }
 }
 
+/// The file as the last entry left it: what is known of it may be another text, where somebody had edited it
+/// by then.
+RecordedState LeftByLastEntry(Store& store, const KnownFile& known) {
+    for (RecordedFile& row : store.FilesOf(known.entry))
+        if (row.path == known.path) return std::move(row.after);
+    return known.state;
+}
+
+/// Nothing that was recorded has to be taken back of it; only what somebody did since.
+RecordedFile WithoutChange(const KnownFile& known, const RecordedState& left) {
+    RecordedFile row;
+    row.path = known.path;
+    row.kind = row.kindBefore = known.kind;
+    row.before = row.after = left;
+    row.before.knowledge = row.after.knowledge = known.state.knowledge;
+    if (!HaveSameText(left, known.state)) row.leftBefore = known.state;
+    return row;
+}
+
+/// Working copies and the main file are the administrator's to edit; what is made from them is not.
+bool IsMadeByEntries(FileKind kind) {
+    return kind == FileKind::Target || kind == FileKind::Edit;
+}
+
+/// What no later entry has touched is not as it was all the same where somebody wrote it since.
+void AddOthersWork(Deployment& product, Store& store, RecordedChanges& changes) {
+    for (const KnownFile& known : store.KnownFiles()) {
+        if (!IsMadeByEntries(known.kind) || changes.HasFile(known.path)) continue;
+        const std::string path = product.HostPaths().FromInside(known.path);
+        const RecordedState left = LeftByLastEntry(store, known);
+        if (!IsAsRecorded(path, left) && !IsAsRecorded(path, known.state))
+            changes.AddUntouched(known.entry, WithoutChange(known, left));
+    }
+}
+
 void RequireAllKept(Store& store, std::int64_t number) {
     if (number >= store.LastPruned()) return;
     throw Failure({.file = store.File(),
@@ -247,7 +283,10 @@ OthersWork WayOf(const UndoOptions& options) {
 
 OthersWork WayOf(const RollBackToOptions& options) {
     if (options.force && options.keepEdits) throw UsageError("--force and --keep-edits exclude each other");
+    if (options.merge && (options.force || options.keepEdits))
+        throw UsageError("--merge excludes --force and --keep-edits");
     if (options.force) return OthersWork::IsReplaced;
+    if (options.merge) return OthersWork::IsMerged;
     return options.keepEdits ? OthersWork::Stays : OthersWork::IsRefused;
 }
 
@@ -277,7 +316,9 @@ UndoResult RollBackTo(Deployment& product, std::int64_t entry, const RollBackToO
     RequireAllKept(store, entry);
     UndoResult result;
     result.undone = entry;
-    WayBack(product, writing, others).Go(ChangesSince(store, entry), result);
+    RecordedChanges changes = ChangesSince(store, entry);
+    AddOthersWork(product, store, changes);
+    WayBack(product, writing, others).Go(std::move(changes), result);
     return result;
 }
 

@@ -24,8 +24,10 @@ class CutShortTest : public HostFixture {
   protected:
     /// What a run that was killed leaves: its open entry, and then what it was at. The file was to become
     /// `after`, unless that was not known yet.
-    void RecordOfKilledRun(const std::string& name, const std::optional<std::string>& after = std::nullopt) {
+    void RecordOfKilledRun(const std::string& name, const std::optional<std::string>& after = std::nullopt,
+                           FileKind kind = FileKind::Edit) {
         FileToRecord file;
+        file.file.kind = kind;
         file.file.path = At(name);
         CapturedFile before = Capture(At(name), 1000);
         file.file.before = file.file.after = before.state;
@@ -129,6 +131,16 @@ TEST_F(CutShortTest, UnfinishedCopiesAndReservesAreRemovedAsWell) {
         EXPECT_FALSE(fs::exists(At(name))) << name;
     for (const char* name : {"out/a.before_zet", "out/b.Ab3xYz.tmp", "out/a.Ab3xYz7.tmp"})
         EXPECT_TRUE(fs::exists(At(name))) << name;
+}
+
+TEST_F(CutShortTest, UnfinishedReserveThatWasWrittenAloneIsRemovedAsWell) {
+    Write("out/a", "now");
+    RecordOfKilledRun("out/a.before_zet", "the original", FileKind::Companion);
+    Write("out/a.before_zet.Ab3xYz.tmp", "the ori");
+    Write("out/a.000000.tmp", "somebody's");
+    Clear();
+    EXPECT_FALSE(fs::exists(At("out/a.before_zet.Ab3xYz.tmp")));
+    EXPECT_EQ(Read("out/a.000000.tmp"), "somebody's");
 }
 
 TEST_F(CutShortTest, WhatWasThereBeforeTheRunStaysAndIsTold) {
