@@ -134,3 +134,28 @@ assert_adopted() {
     assert_success "$HOST/out/one.conf: changed
 1 changed"
 }
+
+@test "a working copy that cannot be replaced stays, with nothing beside it" {
+    need_root
+    echo more >>out/one.conf
+    chattr +i etc/one.conf 2>/dev/null || skip "this file system knows no such files"
+    run_zet adopt out/one.conf
+    chattr -i etc/one.conf
+    assert_status 1
+    [[ $stderr == *"$HOST/etc/one.conf: "* ]]
+    assert_equal "$(names_in etc)" one.conf
+    cp out/one.conf edited
+    run_zet adopt out/one.conf
+    assert_adopted $'# --ZET_TEMPLATE_COMMENT--\n# why\n# --ZET_COMMENT_END--\n[main]\nrealm = ${realm}\nlast\nmore\n'
+}
+
+@test "without a history that can be written nothing is adopted" {
+    need_root
+    echo more >>out/one.conf
+    cp -r etc before
+    mount --bind -o ro state state 2>/dev/null && mount -o remount,bind,ro state || skip "nothing may be mounted here"
+    run_zet adopt out/one.conf
+    umount state
+    assert_status 1
+    diff -r before etc
+}

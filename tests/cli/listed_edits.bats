@@ -260,3 +260,21 @@ assert_told() {
     [[ $stderr == *"$HOST/out/plain: is a mount point, and cannot be replaced ("*"nothing was changed"* ]]
     assert_absent out/one.conf
 }
+
+@test "a user in whose directory an edit is does not lead root to another file by a link" {
+    need_root
+    chmod 755 "$HOST" "$HOST/out"
+    printf 'a=1\n' >out/plain
+    chmod 600 out/plain
+    mkdir theirs
+    ln -s "$HOST/out/plain" theirs/conf
+    chown -h 65534 theirs theirs/conf
+    printf '[[edits]]\nfile = "%s"\nparam = "a"\nvalue = "2"\n' "$HOST/theirs/conf" >etc/targets.d/10.toml
+    run_zet check-config
+    assert_status 1
+    run_zet commit-config
+    assert_status 1
+    [[ $stderr == *"$HOST/theirs"*"nothing was changed"* ]]
+    assert_file out/plain $'a=1\n'
+    assert_equal "$(names_in out)" plain
+}

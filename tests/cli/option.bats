@@ -195,8 +195,12 @@ REALM=NEW
     zet -q param set zet.conf REALM ONE
     sed -i '/ZET_END/d' zet.conf
     cp zet.conf before
-    run_zet option set REALM TWO
-    assert_status 1
-    [[ $stderr == *"$HOST/zet.conf:"*"doctor $HOST/zet.conf\" tells a repair"* ]]
-    cmp zet.conf before
+    local words
+    for words in "option set" "option set -n"; do
+        run_zet $words REALM TWO
+        assert_status 1
+        [[ $stderr == *"$HOST/zet.conf:"*"doctor $HOST/zet.conf\" tells a repair"* ]]
+        assert_equal "$(wc -l <<<"$stderr")" 1
+        cmp zet.conf before
+    done
 }

@@ -164,7 +164,7 @@ class Checker:
         # What has its own way to be done changes more than states tell.
         if not self._scenario.has_own_end and (now == self.old or state in self._known_ends):
             return []
-        found = self._undo(now, is_warned) if self._scenario.undo else []
+        found = self._undo(now, is_warned, was_unrecorded) if self._scenario.undo else []
         found += self._of_end(self.run(), self._host.look(), is_warned, was_unrecorded)
         if not found and not is_warned and not was_unrecorded:
             self._known_ends.add(state)
@@ -174,8 +174,10 @@ class Checker:
         found = verdict.of_end(result, self.new, now, is_warned, was_unrecorded)
         return found + (self._scenario.done(now) if result.status == 0 else [])
 
-    def _undo(self, now, is_warned):
-        result = self._run(self._scenario.program, self._scenario.undo)
+    def _undo(self, now, is_warned, was_unrecorded):
+        """What the command could not record, as it told, is somebody's edit to the next one."""
+        force = ("--force",) if was_unrecorded and self._scenario.undo == scenarios.ROLLBACK else ()
+        result = self._run(self._scenario.program, self._scenario.undo + force)
         undone = self._host.look()
         self._host.put_back(now, undone)
         return verdict.of_undoing(result, self._origin, undone, is_warned)

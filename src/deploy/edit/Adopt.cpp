@@ -5,11 +5,14 @@
 #include "deploy/edit/Edits.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileInPlace.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Process.h"
 #include "deploy/host/Staging.h"
 #include "deploy/state/KnownFiles.h"
+#include "deploy/state/OwnText.h"
 #include "deploy/state/Recording.h"
+#include "deploy/state/Replacement.h"
 #include "deploy/state/Writing.h"
 #include "deploy/state/store/Digest.h"
 #include "deploy/targets/EditMerge.h"
@@ -20,8 +23,6 @@
 #include "text/Lines.h"
 #include "text/ManagedText.h"
 #include "text/TemplateCheck.h"
-#include "zet/ZETFiles.h"
-#include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
 
@@ -54,7 +55,9 @@ class Adopting {
           m_path(path),
           m_templateName(templateName),
           m_workingCopy(WorkingCopy(product, templateName)),
-          m_writing(product, {m_workingCopy}, Writing::Right::OfTheProduct) {}
+          m_writing(product, {m_workingCopy}, Writing::Right::OfTheProduct),
+          m_version(VersionOf(m_workingCopy)),
+          m_targetVersion(VersionOf(m_path)) {}
 
     FileOutcome Run() {
         const KnownFiles all(m_product);
@@ -175,6 +178,7 @@ class Adopting {
     }
 
     FileOutcome Write(const std::string& text, const Knowledge& knowledge) {
+        RequireReplaceable(m_workingCopy);
         const std::string source = TemplateFile(m_product, m_templateName);
         const std::string made = m_staging.PathOf("template");
         WriteStagedFile(made, text, ModeOf(source));
@@ -194,12 +198,29 @@ class Adopting {
                  const Knowledge& knowledge) {
         Recording recording(m_product, Recording::Use::OfTheProduct, m_writing.Records());
         Expect(recording, source, made, knowledge);
+        if (!recording.IsOn())
+            throw Failure({.file = m_path,
+                           .text = "is not adopted, since nobody could tell the edit from others afterwards: "
+                                   "the history cannot be written",
+                           .remedy = "see to ZET_VAR_LIB_DIR, then run the command again"});
         Writing::Begin();
         recording.Begin();
-        const std::string temporary = m_workingCopy + ZETTemporarySuffix;
-        WriteStagedFile(temporary, text, ModeOf(source));
-        RenameFile(temporary, m_workingCopy);
+        const FileInPlace place(
+            m_product.HostPaths().FindReal(m_workingCopy, m_product.TrustedAt(m_workingCopy)), m_workingCopy);
+        Replacement replacement(m_product, place, m_version);
+        const mode_t mode = ModeOf(source);
+        replacement.Make(
+            mode, [&](const std::string& name) { SaveOwnText(name, text, mode); },
+            [&](const std::string& /*made*/) { RequireSameTarget(); });
         recording.Complete();
+    }
+
+    /// What is recorded of it is what was adopted.
+    void RequireSameTarget() const {
+        if (VersionOf(m_path) == m_targetVersion) return;
+        throw Failure({.file = m_path,
+                       .text = "another program wrote it at the same time, and nothing was changed",
+                       .remedy = "look at it, and run the command again"});
     }
 
     /// The working copy, and the target, which is from now on as a commit would make it.
@@ -224,6 +245,8 @@ class Adopting {
     const std::string m_templateName;
     const std::string m_workingCopy;
     Writing m_writing;
+    const FileVersion m_version;  ///< of the working copy
+    const FileVersion m_targetVersion;
     Staging m_staging;
 };
 

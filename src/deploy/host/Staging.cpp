@@ -193,6 +193,10 @@ void Staging::RemoveLeftOvers(const std::string& lastResort) {
         RemoveLeftOversIn(place);
 }
 
+bool Staging::HasLeftAny() noexcept {
+    return Left().error != 0;
+}
+
 std::string Staging::LeftBehind() {
     const LeftDirectory& left = Left();
     if (left.path.empty()) return "";

@@ -31,6 +31,7 @@ class Staging {
 
     /// What there is to say of a directory that this process could not remove; empty: of none.
     static std::string LeftBehind();
+    static bool HasLeftAny() noexcept;
 
   private:
     void Make(const std::string& place);

@@ -14,6 +14,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Signals.h"
+#include "deploy/host/Staging.h"
 #include "posix/PathNames.h"
 
 namespace ZET::Deploy {
@@ -169,8 +170,10 @@ WriteLock::WriteLock(const StateDirectory& state, const LockSeeker& seeker, cons
     if (!IsProducts() || MayOthersWrite(directory)) m_directoryLock = LockDirectory(seeker, directory);
 }
 
+/// Who leaves something behind leaves it to the next one, as if he had been cut short.
 WriteLock::~WriteLock() {
-    if (m_namedSize > 0) static_cast<void>(pwrite(m_lock, &kEnd, sizeof kEnd, m_namedSize) == 0);
+    if (m_namedSize > 0 && !Staging::HasLeftAny())
+        static_cast<void>(pwrite(m_lock, &kEnd, sizeof kEnd, m_namedSize) == 0);
 }
 
 void WriteLock::TakeOver(const LockSeeker& seeker) {

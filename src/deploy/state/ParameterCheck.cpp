@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "deploy/host/FileBytes.h"
+#include "text/LineExpansion.h"
 #include "text/Lines.h"
 #include "zet/ZETHost.h"
 
@@ -60,6 +61,18 @@ bool HasValue(const StringMap& values, const std::string& placeholder) {
     return found != values.end() && !found->second.empty() && found->second != "ldap://";
 }
 
+/// The value as a template makes it; one that no template can make is none.
+std::optional<std::string> Expanded(const std::string& value, const StringMap& values) {
+    constexpr std::string_view kGuard = "=";  // a line that begins like a comment is left as it is
+    std::size_t longestKey = 0;
+    for (const auto& [placeholder, text] : values)
+        longestKey = std::max(longestKey, placeholder.size());
+    Text::LineExpansion line(std::string(kGuard) + value, values, longestKey, nullptr);
+    line.Keep(Text::LineExpansion::kLongestLine);
+    if (line.Next() != Text::LineExpansion::Verdict::Fine) return std::nullopt;
+    return line.Expanded().substr(kGuard.size());
+}
+
 class ValueCheck {
   public:
     ValueCheck(IZETCore& core, const std::vector<GivenParameter>& defaults)
@@ -75,7 +88,7 @@ class ValueCheck {
         }
     }
 
-    void CheckGiven() {
+    void CheckGiven(const StringMap& values) {
         for (const GivenParameter& parameter : m_given) {
             // Another line, or the caller, may have had the last word.
             if (FindGiven(m_given, parameter.name) != &parameter ||
@@ -89,7 +102,7 @@ class ValueCheck {
                     "the value of " + parameter.name +
                         " is in quotes with a comment behind, and has both as parts of it",
                     "write the bare value alone behind \"=\"");
-            } else if (const auto problem = ProblemOfParam(parameter.name, parameter.value)) {
+            } else if (const auto problem = ProblemOf(parameter, values)) {
                 Add(&parameter, problem->text, problem->remedy);
             }
         }
@@ -98,6 +111,16 @@ class ValueCheck {
     std::vector<Problem> Result() { return std::move(m_problems); }
 
   private:
+    /// A value with placeholders is what a template makes of it.
+    static std::optional<ZETParameterProblem> ProblemOf(const GivenParameter& parameter,
+                                                        const StringMap& values) {
+        if (auto problem = ProblemOfParam(parameter.name, parameter.value)) return problem;
+        if (!IsOfTheProduct(parameter.name) || parameter.value.find("${") == std::string::npos)
+            return std::nullopt;
+        const std::optional<std::string> made = Expanded(parameter.value, values);
+        return made ? ProblemOfParam(parameter.name, *made) : std::nullopt;
+    }
+
     void TellNoValue(const Source& source) {
         std::string name = source.parameter;
         const GivenParameter* given = FindGiven(m_given, name);
@@ -168,7 +191,7 @@ std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& value
                                           const std::set<std::string>& used,
                                           const std::vector<GivenParameter>& defaults) {
     ValueCheck check(core, defaults);
-    check.CheckGiven();
+    check.CheckGiven(values);
     check.CheckUsed(values, used);
     return check.Result();
 }

@@ -113,10 +113,20 @@ void RecordedText::Write(const std::string& temporary, const std::string& text) 
     constexpr int kFlags = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
     const Descriptor file(Uninterrupted([&] { return open(temporary.c_str(), kFlags, kPrivate); }));
     if (file < 0) Fail(temporary, "cannot be made");
-    const struct stat status = StatusOf(file, temporary);
+    if (!Identify(file)) {
+        const int error = errno;
+        Identify(file);  // what is not known is not taken away again
+        throw SystemFailure({.file = temporary, .text = "cannot be looked at"}, error);
+    }
+    if (!WriteAll(file, text)) Fail(temporary, "cannot be written");
+}
+
+bool RecordedText::Identify(int descriptor) {
+    struct stat status = {};
+    if (fstat(descriptor, &status) != 0) return false;
     m_device = status.st_dev;
     m_inode = status.st_ino;
-    if (!WriteAll(file, text)) Fail(temporary, "cannot be written");
+    return true;
 }
 
 /// It was synced before it got them.

@@ -26,6 +26,7 @@ class RecordedText {
 
   private:
     void Write(const std::string& temporary, const std::string& text);
+    bool Identify(int descriptor);
     void Complete(int descriptor, const RecordedState& wanted) const;
     bool MayHaveSetIds(const RecordedState& wanted, gid_t group) const;
     void RemoveTemporary() const noexcept;

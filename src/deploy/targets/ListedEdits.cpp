@@ -132,13 +132,14 @@ bool ListedEdits::Judge(const FileWithLines& file) {
                                   "the programs that read the file need this line as its first, and a notice "
                                   "would come before it",
                               .remedy = "take its edits from the lists"});
-    JudgePlaceOf(file.path);
+    JudgePlaceOf(file);
     JudgeLines(file);
     return m_problems.size() == before;
 }
 
 /// The file and its directory, as those of a target are.
-void ListedEdits::JudgePlaceOf(const std::string& path) {
+void ListedEdits::JudgePlaceOf(const FileWithLines& file) {
+    const std::string& path = file.path;
     std::vector<Problem> problems = CheckDirectory(DirectoryOf(path), path, "the edit in the list");
     for (Problem& problem : CheckFileToWrite(path, "the edit", m_cutShort.contains(path)))
         problems.push_back(std::move(problem));
@@ -149,9 +150,10 @@ void ListedEdits::JudgePlaceOf(const std::string& path) {
     const std::string use = m_claimed->UseBesideTargets(path);
     if (!use.empty())
         problems.push_back({.file = path, .text = "is " + use, .remedy = "give the edit another file"});
-    const FoundFile place = m_product.HostPaths().FindReal(path);
-    if (geteuid() == 0 && problems.empty() && place.judge.Objection())
-        problems.push_back(*place.judge.Objection());
+    std::set<std::string> names;
+    for (const LineToSet& line : file.lines)
+        names.insert(line.edit->path);
+    if (geteuid() == 0 && problems.empty()) problems = ObjectionsTo(m_product.HostPaths(), names, path);
     if (m_product.Wanted().onlyLooks) WarnOfRights(m_product.Out(), problems);
     m_problems.insert(m_problems.end(), std::make_move_iterator(problems.begin()),
                       std::make_move_iterator(problems.end()));
@@ -289,7 +291,9 @@ FileOutcome ListedEdits::OutcomeOf(const PlannedEdits& planned) const {
 
 void ListedEdits::Write(const PlannedEdits& planned) const {
     const FileWithLines& file = planned.file;
-    const FileInPlace place(m_product.HostPaths().FindReal(file.path), file.path);
+    const Paths& paths = m_product.HostPaths();
+    const FileInPlace place(file.named.empty() ? paths.FindReal(file.path) : paths.Find(file.named),
+                            file.path);
     Replacement replacement(m_product, place, file.version);
     const mode_t mode = replacement.Former().mode;
     const auto write = [&](const std::string& name) {

@@ -52,7 +52,7 @@ class ListedEdits {
   private:
     void Plan(FileWithLines file, const Staging& staging);
     bool Judge(const FileWithLines& file);
-    void JudgePlaceOf(const std::string& path);
+    void JudgePlaceOf(const FileWithLines& file);
     void JudgeLines(const FileWithLines& file);
     void JudgePlace(const FileWithLines& file, const LineToSet& line, const LineInPlace& place,
                     const LineToSet* owner);

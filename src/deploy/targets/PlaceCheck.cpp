@@ -63,6 +63,18 @@ std::optional<Problem> CheckTemporary(const std::string& path, bool isCutShort) 
     return Problem{temporary, 0, 0, "is in the way of writing " + path, "move it away"};
 }
 
+std::vector<Problem> ObjectionsTo(const Paths& paths, const std::set<std::string>& names,
+                                  const std::string& path) {
+    std::vector<Problem> problems;
+    const auto judge = [&](const FoundFile& place) {
+        if (place.judge.Objection()) problems.push_back(*place.judge.Objection());
+    };
+    for (const std::string& name : names)
+        judge(paths.Find(name));
+    if (names.empty()) judge(paths.FindReal(path));
+    return problems;
+}
+
 void WarnOfRights(Observer& observer, std::vector<Problem>& problems) {
     std::erase_if(problems, [&](const Problem& problem) {
         if (problem.isOfUser) observer.Warning(problem.Describe());

@@ -2,9 +2,11 @@
 #define ZET_PLACE_CHECK_H
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "deploy/host/Paths.h"
 #include "deploy/state/Host.h"
 #include "zet/ZETProblem.h"
 
@@ -24,6 +26,10 @@ std::vector<Problem> CheckFileToWrite(const std::string& path, const std::string
 
 /// The name under which it is written is nobody's.
 std::optional<Problem> CheckTemporary(const std::string& path, bool isCutShort);
+
+/// Against the ways by which these names lead root to the file, since a link on one may be somebody else's.
+std::vector<Problem> ObjectionsTo(const Paths& paths, const std::set<std::string>& names,
+                                  const std::string& path);
 
 /// Who only looks need not be the one who writes.
 void WarnOfRights(Observer& observer, std::vector<Problem>& problems);

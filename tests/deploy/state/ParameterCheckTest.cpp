@@ -50,6 +50,24 @@ TEST_F(ParameterCheckTest, SoundValuesAreNoProblem) {
                 IsEmpty());
 }
 
+TEST_F(ParameterCheckTest, ValueWithPlaceholdersIsJudgedAsATemplateMakesIt) {
+    const auto problems = [&](const std::string& value) {
+        return ProblemsOfValues("SERVER_EXPORT_DIR=/srv/${own}\n", {{"${own}", value}, {"${other}", "a\"b"}});
+    };
+    EXPECT_THAT(problems("a b"), IsEmpty());
+    EXPECT_THAT(problems("${missing}"), IsEmpty()) << "which who uses it is told";
+    EXPECT_THAT(problems("${own}"), IsEmpty()) << "likewise";
+    for (const char* value : {"a\"b", "${other}"})
+        EXPECT_THAT(problems(value),
+                    ElementsAre(OfPlace("1:19",
+                                        "'/srv/a\"b' is no value for SERVER_EXPORT_DIR, which has to be an "
+                                        "absolute path (begin it with \"/\", and leave out double quotes, "
+                                        "backslashes and control characters)")));
+    EXPECT_THAT(problems("a\nb"), ElementsAre(OfPlace("1:19",
+                                                      "the value of SERVER_EXPORT_DIR holds a line feed or "
+                                                      "a NUL byte (give it without)")));
+}
+
 TEST_F(ParameterCheckTest, ValueThatNobodySetIsToldOnceForWhoUsesIt) {
     EXPECT_THAT(ProblemsOfValues("", {}, {}), IsEmpty()) << "nobody uses it";
     EXPECT_THAT(
