@@ -8,9 +8,9 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "Attributes.h"
 #include "Batch.h"
@@ -40,12 +40,14 @@ bool CopyBytes(int from, int to) {
         copied = ::copy_file_range(from, nullptr, to, nullptr, kStep, 0);
     while (copied > 0);
     if (copied < 0 && (errno == ENOSPC || errno == EDQUOT)) return false;
-    std::vector<char> buffer(std::size_t{1} << 16);
+    constexpr std::size_t kBlock = std::size_t{1} << 16;
+    // Mostly there is nothing left to be read: memory that is not filled before is not touched then.
+    const auto buffer = std::make_unique_for_overwrite<char[]>(kBlock);
     while (true) {
-        const ssize_t size = ReadSome(from, buffer.data(), buffer.size());
+        const ssize_t size = ReadSome(from, buffer.get(), kBlock);
         if (size < 0) return false;
         if (size == 0) return true;
-        if (!WriteAll(to, {buffer.data(), static_cast<std::size_t>(size)})) return false;
+        if (!WriteAll(to, {buffer.get(), static_cast<std::size_t>(size)})) return false;
     }
 }
 

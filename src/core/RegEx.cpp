@@ -76,16 +76,11 @@ bool IsLiteral(char c) {
            std::string_view("_=-#/:,;@ ").find(c) != std::string_view::npos;
 }
 
-/// How much of the end of a pattern is the text that every match begins with, of one as the system makes
-/// them: a start, signs and blanks that may be repeated, and literal text. 0 for any other, which may be one
-/// that gives up.
-std::size_t SizeOfStart(std::string_view pattern) {
-    if (!pattern.starts_with('^')) return 0;
-    pattern.remove_prefix(1);
-    for (const std::string_view repeated : {std::string_view("#*"), std::string_view("\\s*")}) {
-        if (pattern.starts_with(repeated)) pattern.remove_prefix(repeated.size());
-    }
-    return std::all_of(pattern.begin(), pattern.end(), IsLiteral) ? pattern.size() : 0;
+/// Takes it off the beginning, and tells whether it was there.
+bool TakeOff(std::string_view& pattern, std::string_view beginning) {
+    if (!pattern.starts_with(beginning)) return false;
+    pattern.remove_prefix(beginning.size());
+    return true;
 }
 
 [[noreturn]] void FailMatch(const std::string& pattern, std::size_t size, int error) {
@@ -119,27 +114,28 @@ RegEx::Entry& RegEx::Find(const std::string& pattern) {
         entry.lastUse = m_uses;
         return entry;
     }
-    if (m_result == nullptr) Prepare();
     Entry entry;
     entry.pattern = pattern;
-    entry.code = Compile(pattern, 0);
     entry.lastUse = m_uses;
-    entry.sizeOfStart = SizeOfStart(pattern);
-    if (entry.sizeOfStart == 0) Translate(entry);
+    entry.plain = PlainOf(pattern);
+    if (!entry.plain) {
+        if (m_result == nullptr) Prepare();
+        entry.code = Compile(pattern, 0);
+        entry.isTranslated = pcre2_jit_compile(entry.code.get(), PCRE2_JIT_COMPLETE) == 0;
+    }
     return Add(std::move(entry));
 }
 
-void RegEx::Translate(Entry& entry) {
-    entry.isTranslated = pcre2_jit_compile(entry.code.get(), PCRE2_JIT_COMPLETE) == 0;
-}
-
-/// A pattern that the system made takes few steps in the interpreter, too. Any other without machine code is
-/// left to the guard.
-int RegEx::MatchUntranslated(Entry& entry, const std::string& subject) {
-    if (entry.sizeOfStart == 0) return PCRE2_ERROR_MATCHLIMIT;
-    if (--entry.untilTranslated == 0) Translate(entry);
-    return pcre2_match(entry.code.get(), Bytes(subject), subject.size(), 0, PCRE2_NO_JIT, m_result.get(),
-                       m_fast.get());
+std::optional<RegEx::Plain> RegEx::PlainOf(std::string_view pattern) {
+    if (!TakeOff(pattern, "^")) return std::nullopt;
+    Plain plain;
+    plain.hasSigns = TakeOff(pattern, "#*");
+    plain.hasBlanks = TakeOff(pattern, "\\s*");
+    plain.literalSize = pattern.size();
+    if (pattern.empty() || !std::all_of(pattern.begin(), pattern.end(), IsLiteral)) return std::nullopt;
+    const bool isAmbiguous =
+        (plain.hasSigns && pattern.front() == '#') || (plain.hasBlanks && IsBlank(pattern.front()));
+    return isAmbiguous ? std::nullopt : std::optional(plain);
 }
 
 /// Again from the start when memory ran out on the way: the result comes last.
@@ -149,13 +145,13 @@ void RegEx::Prepare() {
     m_fast.reset(Required(pcre2_match_context_create(nullptr)));
     pcre2_set_match_limit(m_fast.get(), kFastMatchLimit);
     pcre2_set_heap_limit(m_fast.get(), kHeapLimit);
-    m_entries.reserve(kMaxEntries);
     m_result.reset(Required(pcre2_match_data_create(1, nullptr)));
 }
 
 /// In place of the one that has not been used for the longest time, when there are many.
 RegEx::Entry& RegEx::Add(Entry entry) {
     m_last = nullptr;
+    m_entries.reserve(kMaxEntries);
     if (m_entries.size() < kMaxEntries) return m_entries.emplace_back(std::move(entry));
     const auto older = [](const Entry& a, const Entry& b) { return a.lastUse < b.lastUse; };
     return *std::min_element(m_entries.begin(), m_entries.end(), older) = std::move(entry);

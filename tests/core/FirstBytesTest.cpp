@@ -183,6 +183,40 @@ TEST_F(FirstBytes, TextThatAPatternBeginsWithIsFoundBehindSignsAndBlanks) {
     }
 }
 
+/// Of the form that the system makes, some of them nearly: these are matched without the library.
+TEST_F(FirstBytes, ParameterIsFoundAsTheLibraryFindsIt) {
+    static const std::vector<std::string> openings = {
+        "^", "^#*", "^\\s*", "^#*\\s*", "^\\s*#*", "#*\\s*", "^# --PRE-ZET-- #*\\s*"};
+    static const std::vector<std::string> texts = {"",
+                                                   "#",
+                                                   " ",
+                                                   "\t",
+                                                   "\v",
+                                                   "\n",
+                                                   "\r",
+                                                   "ab",
+                                                   "a",
+                                                   "=",
+                                                   "-",
+                                                   ".",
+                                                   "\\",
+                                                   "\x80",
+                                                   "# --PRE-ZET-- ",
+                                                   std::string(1, '\0')};
+    constexpr int kPatterns = 2000;
+    constexpr int kSubjects = 60;
+    for (int i = 0; i < kPatterns; ++i) {
+        const std::string pattern = Joined(openings, 1) + Joined(texts, 3);
+        const PlainPattern plain(pattern);
+        if (!plain.IsValid()) continue;
+        for (int j = 0; j < kSubjects; ++j) {
+            const std::string subject = Joined(texts, 6);
+            ASSERT_EQ(Matches(pattern, subject), plain.Matches(subject))
+                << testing::PrintToString(pattern) << " in " << testing::PrintToString(subject);
+        }
+    }
+}
+
 TEST_F(FirstBytes, EveryFirstByteIsJudgedAsTheLibraryJudgesIt) {
     constexpr int kPatterns = 300;
     for (int i = 0; i < kPatterns; ++i) {

@@ -208,13 +208,13 @@ bool HaveSameBytes(const std::string& one, const std::string& other) {
     const struct stat status = OpenedStatus(oneFile, one);
     const Descriptor otherFile(OpenToRead(other));
     if (OpenedStatus(otherFile, other).st_size != status.st_size) return false;
-    std::string oneBytes(RoomFor(status), '\0');
-    std::string otherBytes(oneBytes.size(), '\0');
+    const ChunkRoom oneRoom(RoomFor(status));
+    const ChunkRoom otherRoom(RoomFor(status));
     for (;;) {
-        const std::size_t count = ReadBlock(oneFile, one, oneBytes, 0, SizeTold(status));
-        if (ReadBlock(otherFile, other, otherBytes, 0, SizeTold(status)) != count) return false;
-        if (oneBytes.compare(0, count, otherBytes, 0, count) != 0) return false;
-        if (count < oneBytes.size()) return true;
+        const std::size_t count = ReadBlock(oneFile, one, oneRoom.Bytes(), 0, SizeTold(status));
+        if (ReadBlock(otherFile, other, otherRoom.Bytes(), 0, SizeTold(status)) != count) return false;
+        if (oneRoom.First(count) != otherRoom.First(count)) return false;
+        if (count < oneRoom.Bytes().size()) return true;
     }
 }
 

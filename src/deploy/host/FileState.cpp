@@ -109,10 +109,11 @@ std::string DescribeChange(const FileState& before, const FileState& after) {
 FileState StateInPlace(const std::string& path, const std::string& staged) {
     FileState state = StateOf(staged);
     FileState given = state;
+    const FileState former = FormerState(path);
+    if (former.IsRegular() && given.owner == former.owner && given.group == former.group) return state;
     const FileState directory = StateOf(DirectoryOf(path) + "/.");
     state.owner = geteuid();
     state.group = (directory.mode & S_ISGID) != 0 ? directory.group : getegid();
-    const FileState former = FormerState(path);
     if (!former.IsRegular()) return state;
     if (given.owner != former.owner || given.group != former.group) {
         GiveStagedFile(staged, former.owner, former.group);

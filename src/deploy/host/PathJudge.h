@@ -30,6 +30,9 @@ class PathJudge {
     /// `last` directory, names are made beside the entry.
     void Step(const Directory& from, const std::string& entryName, const struct stat* entry, bool isLast);
 
+    /// Whether it takes the same users for harmless.
+    bool JudgesAs(const PathJudge& other) const { return m_harmless == other.m_harmless; }
+
     /// Whether the way is one that root must not take to write, and why. `path` is for the message.
     const std::optional<Problem>& Objection() const { return m_objection; }
 

@@ -4,10 +4,12 @@
 #include <sys/stat.h>
 
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "deploy/host/Failure.h"
@@ -31,8 +33,18 @@ struct HeldDirectory {
     bool hasOtherWriters = false;
 };
 
-/// Directories that were walked through, remembered for the run.
-using HeldDirectories = std::map<std::string, std::shared_ptr<const HeldDirectory>>;
+/// Where a walk stood before its last component: the directories from the start on, and what was judged of
+/// them.
+struct WalkedWay {
+    std::vector<std::shared_ptr<const HeldDirectory>> walked;
+    PathJudge judge;
+};
+
+/// Directories that were walked through, and the ways to them that no link is on, remembered for the run.
+struct HeldDirectories {
+    std::map<std::string, std::shared_ptr<const HeldDirectory>> byName;
+    std::map<std::string, WalkedWay, std::less<>> ways;
+};
 
 /// What a path leads to, its links followed.
 struct FoundFile {
@@ -64,6 +76,8 @@ class PathWalk {
 
   private:
     bool IsEnd() const { return m_toWalk.empty(); }
+    bool GoKnownWay(std::string_view directory);
+    void RememberWay(std::string_view directory);
     void Take(const std::string& component);
     void GoUp();
     bool EndAtFile(const std::string& component);

@@ -64,7 +64,8 @@ Descriptor Open(int directory, const std::string& name, const std::string& path)
     return file;
 }
 
-RecordedState StateOfOpened(int descriptor, const std::string& path) {
+/// But for the attributes.
+RecordedState StatusOfOpened(int descriptor, const std::string& path) {
     struct stat status = {};
     if (fstat(descriptor, &status) != 0) Fail(path, "cannot be looked at");
     if (!S_ISREG(status.st_mode))
@@ -74,19 +75,26 @@ RecordedState StateOfOpened(int descriptor, const std::string& path) {
     state.mode = status.st_mode & kModeBits;
     state.owner = status.st_uid;
     state.group = status.st_gid;
-    state.attributes = AttributesOf(descriptor, path);
     state.size = static_cast<std::uint64_t>(status.st_size);
     return state;
 }
 
-/// Reads on to the end; of a text that grows too long, only the digest is left.
+RecordedState StateOfOpened(int descriptor, const std::string& path) {
+    RecordedState state = StatusOfOpened(descriptor, path);
+    state.attributes = AttributesOf(descriptor, path);
+    return state;
+}
+
+/// Reads on to the end, as the file tells it, where it does; of a text that grows too long, only the digest
+/// is left.
 void ReadText(int descriptor, const std::string& path, std::uint64_t longest, CapturedFile& captured) {
     DigestInProgress digest;
     // For a small file, a large block would be fetched from the system and given back.
     std::string block(std::min<std::size_t>(kBlock, captured.state.size + 1), '\0');
+    const std::uint64_t told = captured.state.size;
     std::uint64_t size = 0;
     if (captured.state.size <= longest) captured.text.reserve(captured.state.size);
-    for (;;) {
+    while (told == 0 || size < told) {
         const ssize_t count = ReadSome(descriptor, block.data(), block.size());
         if (count < 0) Fail(path, "cannot be read");
         if (count == 0) break;
@@ -137,6 +145,17 @@ CapturedFile CaptureIn(int directory, const std::string& name, const std::string
 
 CapturedFile Capture(const std::string& path, std::uint64_t longest) {
     return CaptureIn(AT_FDCWD, path, path, longest);
+}
+
+bool HasRecordedText(const std::string& path, const RecordedState& state) {
+    const Descriptor file = Open(AT_FDCWD, path, path);
+    CapturedFile captured;
+    if (file >= 0) {
+        captured.state = StatusOfOpened(file, path);
+        if (captured.state.size > 0 && captured.state.size != state.size) return false;
+        ReadText(file, path, 0, captured);
+    }
+    return HaveSameText(captured.state, state);
 }
 
 RecordedState CaptureWithoutText(const std::string& path) {

@@ -33,7 +33,10 @@ CapturedFile CaptureIn(int directory, const std::string& name, const std::string
 /// The same by its path.
 CapturedFile Capture(const std::string& path, std::uint64_t longest);
 
-/// The same but for the text, which is not read: `exists`, mode, owner and attributes only.
+/// Whether the file has the text that is recorded, whatever else it carries.
+bool HasRecordedText(const std::string& path, const RecordedState& state);
+
+/// The same as `Capture` but for the text, which is not read: `exists`, mode, owner and attributes only.
 RecordedState CaptureWithoutText(const std::string& path);
 
 /// What is told of a recorded state: that of a regular file of one name, or that there was none.

@@ -65,8 +65,7 @@ bool IsAsRecorded(const std::string& path, const RecordedState& state) {
     if (now.exists != state.exists) return false;
     if (!now.exists) return true;
     if (!now.IsRegular() || (now.mode & kModeBits) != state.mode) return false;
-    const CapturedFile captured = Capture(path, 0);
-    return HaveSameText(captured.state, state);
+    return HasRecordedText(path, state);
 }
 
 }  // namespace ZET::Deploy

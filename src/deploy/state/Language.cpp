@@ -1,7 +1,9 @@
 #include "deploy/state/Language.h"
 
+#include <algorithm>
 #include <clocale>
 #include <cstdlib>
+#include <iterator>
 
 #include "deploy/host/Failure.h"
 #include "zet/ZETHost.h"
@@ -19,6 +21,11 @@ constexpr int kTextCategories[] = {LC_CTYPE, LC_MESSAGES};
 /// To the system, an empty name is the language of whoever runs the command.
 std::string LocaleName(const std::string& language) {
     return language.empty() ? "C" : language;
+}
+
+bool IsSet(const std::string& locale) {
+    return std::all_of(std::begin(kTextCategories), std::end(kTextCategories),
+                       [&](int category) { return locale == setlocale(category, nullptr); });
 }
 
 }  // namespace
@@ -42,13 +49,17 @@ WrittenLanguage::WrittenLanguage(IZETCore& core) {
         facts.file = core.GetParam("ZET_CFG");
         throw Failure(facts);
     }
+    // Setting what is set already costs two fifths of rendering a small file.
+    const char* const preference = std::getenv(kPreference);
+    const std::string locale = LocaleName(language);
+    if (preference == nullptr && IsSet(locale)) return;
     for (const int category : kTextCategories)
         m_former[category] = setlocale(category, nullptr);
     // The reader's list of preferred languages would win over the one that is set.
-    if (const char* preference = std::getenv(kPreference)) m_formerPreference = preference;
+    if (preference != nullptr) m_formerPreference = preference;
     unsetenv(kPreference);
     for (const int category : kTextCategories)
-        setlocale(category, LocaleName(language).c_str());
+        setlocale(category, locale.c_str());
 }
 
 WrittenLanguage::~WrittenLanguage() {

@@ -90,10 +90,11 @@ void Recording::ExpectWithCompanions(ExpectedFile file) {
     file.kind = FileKind::Companion;
     const bool mayGo = file.companions == ExpectedFile::Companions::MayGo;
     for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix}) {
+        const bool comes = exists == (suffix == std::string(ZETReserveSuffix));
+        if (!mayGo && !comes) continue;
         Add(file, suffix);
         const bool isThere = m_rows.back().record.file.before.exists;
-        const bool comes = exists == (suffix == std::string(ZETReserveSuffix));
-        if (mayGo ? !isThere : isThere || !comes) m_rows.pop_back();
+        if (isThere != mayGo) m_rows.pop_back();
     }
 }
 

@@ -97,14 +97,11 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
 
 /// As a rollback takes it back.
 void CommitPlan::AddTakenBack() {
-    std::set<std::string> inForce;
-    for (const Target& target : m_checked.targets)
-        inForce.insert(m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path)));
     m_takeBack = std::make_unique<TakeBack>(m_product, *m_known,
                                             TakeBack::Ways{.force = "\"rollback-config --force\""});
     for (const std::string& path : m_known->PathsOf(m_product.Role())) {
         m_product.RequireGoOn();
-        if (inForce.contains(path)) continue;
+        if (m_inForce.contains(path)) continue;
         if (std::optional<WrittenFile> file = WrittenByRecord(m_product, path))
             TakeBackFile(std::move(*file));
     }
@@ -185,6 +182,7 @@ void CommitPlan::Add(const Target& target, OnEdit onEdit) {
     PlannedTarget planned;
     planned.target = target;
     planned.path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path));
+    m_inForce.insert(planned.path);
     Stage(planned);
     FillIn(planned);
     EditMerge(m_product, *m_staging, *m_known).KeepMerged(planned);
@@ -218,7 +216,7 @@ void CommitPlan::Stage(PlannedTarget& planned) {
     if (isOthers) planned.namedRole = OtherRole(role);
 }
 
-void CommitPlan::FillIn(PlannedTarget& planned) const {
+void CommitPlan::FillIn(PlannedTarget& planned) {
     const std::string& path = planned.path;
     const KnownFile* const known = m_known->Find(path);
     const bool isRecorded = known != nullptr && !known->state.knowledge.roles.empty();
@@ -230,9 +228,15 @@ void CommitPlan::FillIn(PlannedTarget& planned) const {
 }
 
 /// Whether a run that was cut short wrote it, and another command than a commit found that out since.
-bool CommitPlan::WasCutShort(const KnownFile& known) const {
+bool CommitPlan::WasCutShort(const KnownFile& known) {
+    const auto [found, isNew] = m_entriesCutShort.try_emplace(known.entry);
+    if (isNew) found->second = WasCutShort(known.entry);
+    return found->second;
+}
+
+bool CommitPlan::WasCutShort(std::int64_t number) const {
     Store* const store = m_product.HostHistory().ToLookIfNeeded();
-    const auto entry = store != nullptr ? store->Find(known.entry) : std::nullopt;
+    const auto entry = store != nullptr ? store->Find(number) : std::nullopt;
     if (!entry || entry->outcome != EntryOutcome::CutShort) return false;
     const std::string status = m_product.State().Status(m_product.Role());
     return !IsFileExist(status) || VersionOf(status).changed < entry->ended;

@@ -2,6 +2,8 @@
 #define ZET_COMMIT_PLAN_H
 
 #include <cstddef>
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -61,22 +63,25 @@ class CommitPlan {
   private:
     void Add(const Target& target, OnEdit onEdit);
     void Stage(PlannedTarget& planned);
-    void FillIn(PlannedTarget& planned) const;
+    void FillIn(PlannedTarget& planned);
     bool SettleEdit(PlannedTarget& planned, OnEdit onEdit);
     void JudgeListedEdits(OnEdit onEdit);
     void AddTakenBack();
     void AddEdits();
     void TakeBackFile(WrittenFile file);
     bool CanBeKept(const PlannedTarget& planned) const;
-    bool WasCutShort(const KnownFile& known) const;
+    bool WasCutShort(const KnownFile& known);
+    bool WasCutShort(std::int64_t entry) const;
 
     Deployment& m_product;
     std::unique_ptr<WriteLock> m_lock;
-    std::set<std::string> m_cutShort;  ///< what a run that was cut short may have written
+    std::set<std::string> m_cutShort;                ///< what a run that was cut short may have written
+    std::map<std::int64_t, bool> m_entriesCutShort;  ///< those that were asked for
     CheckedTargets m_checked;
     std::unique_ptr<Staging> m_staging;
     std::unique_ptr<KnownFiles> m_known;
     std::size_t m_checksNotRun = 0;
+    std::set<std::string> m_inForce;  ///< the files of the checked targets
     std::vector<PlannedTarget> m_targets;
     std::unique_ptr<TakeBack> m_takeBack;
     std::vector<TakeBackStep> m_takenBack;

@@ -14,6 +14,14 @@ const TargetList& HostLists::Targets() {
     return *m_targets;
 }
 
+const TargetList& HostLists::TargetsAnew() {
+    m_byName.reset();
+    m_byTemplate.reset();
+    m_targets.reset();
+    m_targets = ReadTargetList(m_host);
+    return *m_targets;
+}
+
 const Target* HostLists::TargetNamed(const std::string& name) {
     if (!m_byName) {
         if (!Targets().isUnderstood) throw Failure(Targets().problems.front());

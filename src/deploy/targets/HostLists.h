@@ -20,6 +20,10 @@ class HostLists {
     /// As it stands, with its problems; an empty one where there is none.
     const TargetList& Targets();
 
+    /// The same, read again by who has just got the lock: nothing that was read before it holds any more. No
+    /// list is a `Failure`.
+    const TargetList& TargetsAnew();
+
     /// The target whose file has this name, for any role, one in force before others; null when none has. A
     /// `Failure` where the list is none.
     const Target* TargetNamed(const std::string& name);

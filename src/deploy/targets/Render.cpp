@@ -138,11 +138,12 @@ void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& temp
 }
 
 std::uintmax_t SizeOfTemplates(Host& host, const std::vector<Target>& targets) {
+    const std::string pristine = host.Param("ZET_CFG_TEMPL_DIR") + "/";
     std::uintmax_t size = 0;
     for (const Target& target : targets) {
         std::error_code error;
-        const std::uintmax_t more =
-            std::filesystem::file_size(TemplateFile(host, target.templateName), error);
+        std::uintmax_t more = std::filesystem::file_size(WorkingCopy(host, target.templateName), error);
+        if (error) more = std::filesystem::file_size(pristine + target.templateName, error);
         if (!error) size += more;
     }
     return size;

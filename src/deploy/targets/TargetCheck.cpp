@@ -122,8 +122,9 @@ bool IsDenied(const std::string& path, int flags) {
 /// What keeps the user in whose directory a target lies from rendering it: its template, or the directory in
 /// which root is going to install the working copy. Empty when nothing does.
 std::string DeniedToHolder(Host& host, const Target& target, const FoundFile& found) {
+    if (!found.judge.Holder()) return "";
     const std::string file = TemplateFile(host, target.templateName);
-    if (file.empty() || !found.judge.Holder()) return "";
+    if (file.empty()) return "";
     const std::string directory = DirectoryOf(WorkingCopy(host, target.templateName));
     const std::string entry = directory + "/.";
     const RightsOf rights(*found.judge.Holder(), found.status->st_gid);
@@ -180,7 +181,7 @@ class TargetChecker {
 
     /// Its directory, and the way there.
     std::vector<Problem> CheckPlace(const Target& target, const std::string& path) {
-        std::vector<Problem> problems = CheckDirectory(DirectoryOf(path), path, "the target in the list");
+        std::vector<Problem> problems = CheckDirectoryOf(path);
         if (!target.trusted.empty() && getpwnam(target.trusted.c_str()) == nullptr) {
             problems.push_back({path, 0, 0,
                                 "this host has no user \"" + target.trusted + "\", whom its entry trusts",
@@ -200,9 +201,19 @@ class TargetChecker {
         return problems;
     }
 
+    /// One in which nothing is wrong is looked at once, however many targets are in it.
+    std::vector<Problem> CheckDirectoryOf(const std::string& path) {
+        const std::string directory = DirectoryOf(path);
+        if (m_soundDirectories.contains(directory)) return {};
+        std::vector<Problem> problems = CheckDirectory(directory, path, "the target in the list");
+        if (problems.empty()) m_soundDirectories.insert(directory);
+        return problems;
+    }
+
     Deployment& m_product;
     const std::set<std::string> m_cutShort;
     ClaimedFiles m_claimed;
+    std::set<std::string> m_soundDirectories;
     std::vector<Problem> m_result;
 };
 
@@ -210,10 +221,10 @@ class TargetChecker {
 
 CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>& templateNames) {
     CheckedTargets checked;
-    TargetList list = ReadTargetList(product);
+    const TargetList& list = product.Lists().TargetsAnew();
     if (list.isUnderstood) checked.targets = SelectTargets(product.Role(), list, templateNames);
     TargetChecker checker(product, list, checked.targets);
-    checked.problems = std::move(list.problems);
+    checked.problems = list.problems;
     for (const Target& target : checked.targets) {
         if (!target.path.empty()) checker.Check(target, checked.used);
     }
@@ -239,10 +250,11 @@ std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& t
             return {
                 {file, 0, 0, "the template is missing", "install it there, or correct its name in the list"}};
         file = found;
-        for (const std::string& told : {file, WorkingCopy(product, templateName)}) {
-            if (told != file && DirectoryOf(told) == product.Param("ZET_CFG_DIR"))
-                continue;  // judged by itself
-            if (std::optional<Problem> problem = CheckInstruction(product.HostPaths(), told))
+        if (std::optional<Problem> problem = CheckInstruction(product.HostPaths(), file)) return {*problem};
+        const std::string copy = WorkingCopy(product, templateName);
+        // The directory of working copies is judged by itself.
+        if (copy != file && DirectoryOf(copy) != product.Param("ZET_CFG_DIR")) {
+            if (std::optional<Problem> problem = CheckInstruction(product.HostPaths(), copy))
                 return {*problem};
         }
         if (!product.HostPaths().StaysInside(file)) {

@@ -66,9 +66,10 @@ class StateTeller {
         if (!m_known.IsUnusable() && !m_known.Has(path, m_product.Role())) return "not committed";
         const FileState now = StateOf(path);
         if (!now.exists) return "missing";
-        RequireReadableTemplate(m_product, templateName);
         const bool canBeRendered =
             CheckTemplateFile(m_product, templateName, m_product.TemplateValues()).empty();
+        // Where the check has something to say, the template may be one that it could not read.
+        if (!canBeRendered) RequireReadableTemplate(m_product, templateName);
         if (canBeRendered && IsRendered(templateName, path)) return kInSync;
         // Without the history, nobody can tell who changed it.
         if (m_known.IsUnusable()) return "differs";
@@ -169,10 +170,12 @@ TargetStates StatesOfTargets(Deployment& product) {
     TargetStates result;
     const KnownFiles known(product, KnownFiles::Unusable::IsTold);
     StateTeller teller(product, known);
-    for (const Problem& problem : product.Lists().Targets().problems)
+    const TargetList& list = product.Lists().TargetsAnew();
+    for (const Problem& problem : list.problems)
         if (problem.isOfUser) product.Out().Warning(problem.Describe());
+    RequireWhole(list);
     std::set<std::string> listed;
-    const std::vector<Target> targets = SelectTargets(product, {});
+    const std::vector<Target> targets = SelectTargets(product.Role(), list, {});
     for (const Target& target : targets) {
         product.RequireGoOn();
         product.Out().Progress(result.targets.size(), targets.size());

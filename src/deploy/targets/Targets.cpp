@@ -92,8 +92,7 @@ std::vector<Target> SelectTargets(Role role, const TargetList& list,
     return selected;
 }
 
-std::vector<Target> SelectTargets(Host& host, const std::vector<std::string>& templateNames) {
-    const TargetList list = ReadTargetList(host);
+void RequireWhole(const TargetList& list) {
     std::string lines;
     for (const Problem& problem : list.problems)
         if (!problem.isOfUser) lines += problem.Describe() + "\n";
@@ -101,6 +100,11 @@ std::vector<Target> SelectTargets(Host& host, const std::vector<std::string>& te
         throw Failure("the list of targets is broken:",
                       {.file = list.file, .text = "the list of targets is broken", .output = lines});
     }
+}
+
+std::vector<Target> SelectTargets(Host& host, const std::vector<std::string>& templateNames) {
+    const TargetList list = ReadTargetList(host);
+    RequireWhole(list);
     return SelectTargets(host.Role(), list, templateNames);
 }
 

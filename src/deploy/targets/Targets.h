@@ -106,6 +106,9 @@ TargetList ReadTargetList(Host& host);
 std::vector<Target> SelectTargets(Role role, const TargetList& list,
                                   const std::vector<std::string>& templateNames);
 
+/// A broken list is a `Failure` with all its problems.
+void RequireWhole(const TargetList& list);
+
 /// The same of the host's role and the list in its place; a broken one is a `Failure` with all its problems.
 std::vector<Target> SelectTargets(Host& host, const std::vector<std::string>& templateNames);
 

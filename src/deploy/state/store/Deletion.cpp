@@ -1,23 +1,33 @@
 #include "deploy/state/store/Deletion.h"
 
+#include <optional>
+#include <utility>
+
 #include "deploy/state/store/Rows.h"
 
 namespace ZET::Deploy {
 
 namespace {
 
-void ReleaseText(Database& database, const Value& text) {
+void ReleaseText(Database& database, const std::optional<std::int64_t>& text) {
+    if (!text) return;
     database.Run(
         "DELETE FROM texts WHERE id = ?1 AND NOT EXISTS (SELECT 1 FROM states WHERE text = ?1)"
         " AND NOT EXISTS (SELECT 1 FROM states WHERE base = ?1)",
-        {text});
+        {*text});
+}
+
+using TextAndBase = std::pair<std::optional<std::int64_t>, std::optional<std::int64_t>>;
+
+TextAndBase TextsOf(Database& database, std::int64_t state) {
+    Database::Rows rows(database, "SELECT text, base FROM states WHERE id = ?", {state});
+    return rows.Next() ? TextAndBase(rows.OptionalNumber(0), rows.OptionalNumber(1)) : TextAndBase();
 }
 
 /// The texts that the state has before the call, and those that nothing has after it.
 template <typename Call>
 void ReleaseTextsAround(Database& database, std::int64_t state, Call call) {
-    const Value text = database.Run("SELECT text FROM states WHERE id = ?", {state});
-    const Value base = database.Run("SELECT base FROM states WHERE id = ?", {state});
+    const auto [text, base] = TextsOf(database, state);
     call();
     ReleaseText(database, text);
     ReleaseText(database, base);

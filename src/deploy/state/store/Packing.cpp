@@ -2,13 +2,22 @@
 
 #include <charconv>
 #include <cstddef>
+#include <iterator>
+#include <limits>
 
 namespace ZET::Deploy {
+
+void AppendPacked(std::string& packed, std::string_view part, std::string_view rest) {
+    char length[std::numeric_limits<std::size_t>::digits10 + 2];
+    char* const end = std::to_chars(std::begin(length), std::end(length), part.size() + rest.size()).ptr;
+    *end = ':';
+    packed.append(length, static_cast<std::size_t>(end - length) + 1).append(part).append(rest);
+}
 
 std::string Packed(const std::vector<std::string>& texts) {
     std::string packed;
     for (const std::string& text : texts)
-        packed.append(std::to_string(text.size())).append(":").append(text);
+        AppendPacked(packed, "", text);
     return packed;
 }
 

@@ -11,19 +11,18 @@ namespace {
 
 /// The bytes of a row that its seal is made of.
 std::string BytesOf(const RowValues& row) {
-    std::vector<std::string> texts;
-    texts.reserve(row.size());
+    std::string bytes;
     for (const Value& value : row) {
         if (const auto* number = std::get_if<std::int64_t>(&value))
-            texts.push_back("i" + std::to_string(*number));
+            AppendPacked(bytes, "i", std::to_string(*number));
         else if (const auto* text = std::get_if<std::string>(&value))
-            texts.push_back("t" + *text);
+            AppendPacked(bytes, "t", *text);
         else if (const auto* blob = std::get_if<Blob>(&value))
-            texts.push_back("b" + blob->bytes);
+            AppendPacked(bytes, "b", blob->bytes);
         else
-            texts.emplace_back();
+            AppendPacked(bytes, "", "");
     }
-    return Packed(texts);
+    return bytes;
 }
 
 RowValues Sealed(RowValues row) {
@@ -262,6 +261,28 @@ std::vector<RecordedFile> FilesAt(Database& database, std::int64_t entry) {
         file.after = StateAt(database, row.Number());
         if (const auto left = row.OptionalNumber()) file.leftBefore = StateAt(database, *left);
         file.wasEdited = row.Number() != 0;
+        files.push_back(std::move(file));
+    }
+    return files;
+}
+
+bool IsOfProduct(FileKind kind) {
+    return kind != FileKind::Original && kind != FileKind::Companion;
+}
+
+std::vector<KnownFile> FilesLeftBy(Database& database, std::int64_t entry) {
+    std::vector<KnownFile> files;
+    Database::Rows rows(database,
+                        "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
+                        " FROM files WHERE entry = ? ORDER BY id",
+                        {entry});
+    while (rows.Next()) {
+        RowReader row(Opened(rows, 8));
+        KnownFile file;
+        file.entry = row.Number();
+        file.path = row.Text();
+        file.kind = static_cast<FileKind>(row.Number());
+        if (IsOfProduct(file.kind)) file.state = StateAt(database, rows.Number(5));
         files.push_back(std::move(file));
     }
     return files;

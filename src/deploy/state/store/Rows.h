@@ -33,6 +33,13 @@ std::optional<RecordedEntry> EntryAt(Database& database, std::int64_t number);
 void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file);
 std::vector<RecordedFile> FilesAt(Database& database, std::int64_t entry);
 
+/// The same files as the entry left them; of one that the product has nothing to do with any more, only the
+/// name and the kind.
+std::vector<KnownFile> FilesLeftBy(Database& database, std::int64_t entry);
+
+/// Whether what is known of such a file is kept; a companion is known by its file.
+bool IsOfProduct(FileKind kind);
+
 void ReplaceKnown(Database& database, const KnownFile& file);
 std::optional<KnownFile> KnownAt(Database& database, const std::string& path);
 std::vector<KnownFile> AllKnown(Database& database);

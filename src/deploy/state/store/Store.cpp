@@ -140,10 +140,9 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
             ReplaceAfter(number, file);
         for (const std::string& path : settlement.untouched)
             DeleteFileOf(*m_database, number, path);
-        for (const RecordedFile& file : FilesAt(*m_database, number)) {
+        for (const KnownFile& file : FilesLeftBy(*m_database, number)) {
             DeleteKnown(*m_database, file.path);
-            if (file.kind != FileKind::Original && file.kind != FileKind::Companion)
-                ReplaceKnown(*m_database, {file.path, file.kind, file.after, number});
+            if (IsOfProduct(file.kind)) ReplaceKnown(*m_database, file);
         }
         for (const FileToRecord& file : settlement.known)
             RememberOne(file);
