@@ -110,8 +110,9 @@ _zet() {
         'param get') options+=' --section --no-section' ;;
         'param set' | 'param unset') options+=' --section --no-section --force --no-markers --no-backup' ;;
         'param restore') options+=' --section --no-section --all-blocks --force --no-markers --no-backup' ;;
-        'line set') options+=' --force --no-markers --no-backup' ;;
-        'line restore') options+=' --all-blocks --force --no-markers --no-backup' ;;
+        'line get') options+=' --section --no-section' ;;
+        'line set') options+=' --section --no-section --force --no-markers --no-backup' ;;
+        'line restore') options+=' --section --no-section --all-blocks --force --no-markers --no-backup' ;;
         'file strip') options+=' --force --no-backup' ;;
         'file forget') options+=' --force' ;;
         history)

@@ -6,7 +6,7 @@ from xml.sax.saxutils import escape
 WIDTH, LEFT, RIGHT, TOP, ROW, BAR = 860, 330, 110, 64, 30, 14
 
 STYLE = """
-  text { font: 13px system-ui, sans-serif; fill: #0b0b0b }
+  text { font: 13px system-ui, sans-serif; fill: #0b0b0b; paint-order: stroke; stroke: #fcfcfb; stroke-width: 4px }
   .title { font-size: 16px; font-weight: 600 }
   .soft { fill: #52514e }
   .grid { stroke: #e4e3df; stroke-width: 1 }
@@ -16,7 +16,7 @@ STYLE = """
   .line { fill: none; stroke: #2a78d6; stroke-width: 2 }
   .ground { fill: #fcfcfb }
   @media (prefers-color-scheme: dark) {
-    text { fill: #ffffff }
+    text { fill: #ffffff; stroke: #1a1a19 }
     .soft { fill: #c3c2b7 }
     .grid { stroke: #353532 }
     .unit { stroke: #898781 }

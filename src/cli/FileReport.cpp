@@ -2,6 +2,7 @@
 #include "cli/Translation.h"
 
 #include "cli/ExitStatus.h"
+#include "cli/FailureWords.h"
 #include "cli/Fields.h"
 #include "deploy/host/FileState.h"
 #include "deploy/targets/ShownDiff.h"
@@ -20,7 +21,7 @@ std::string Text(const FileOutcome& outcome, bool isDryRun) {
     } else {
         text += ResultText(outcome.result, false);
     }
-    return outcome.remark.empty() ? text : text + ", " + outcome.remark;
+    return outcome.remark.empty() ? text : text + ", " + Said(outcome.remark);
 }
 
 /// "1 changed"

@@ -5,9 +5,9 @@
 #include <clocale>
 #include <cstdlib>
 #include <filesystem>
-#include <initializer_list>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 namespace ZET::Cli {
 
@@ -25,6 +25,8 @@ bool Bind() {
     return true;
 }
 
+}  // namespace
+
 bool IsTranslated() {
     const std::string_view locale = setlocale(LC_MESSAGES, nullptr);
     if (locale == "C" || locale == "POSIX") return false;
@@ -33,8 +35,6 @@ bool IsTranslated() {
     static const bool isBound = Bind();
     return isBound;
 }
-
-}  // namespace
 
 const char* _(const char* text) {
     return IsTranslated() ? dgettext(kDomain, text) : text;
@@ -48,7 +48,7 @@ std::string Counted(const char* one, const char* many, std::size_t count) {
     return Filled(Plural(one, many, count), {std::to_string(count)});
 }
 
-std::string Filled(const char* text, std::initializer_list<std::string> values) {
+std::string Filled(const char* text, const std::vector<std::string>& values) {
     std::string filled;
     std::string_view rest = text;
     for (const std::string& value : values) {

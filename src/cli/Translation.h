@@ -2,12 +2,15 @@
 #define ZET_CLI_TRANSLATION_H
 
 #include <cstddef>
-#include <initializer_list>
 #include <string>
+#include <vector>
 
 #include "zet/deploy/Role.h"
 
 namespace ZET::Cli {
+
+/// Whether there is another language than that of the sources to look for.
+bool IsTranslated();
 
 /// A text of the commands in the reader's language. Nothing is looked for where he reads English.
 const char* _(const char* text);
@@ -19,7 +22,7 @@ const char* Plural(const char* one, const char* many, std::size_t count);
 std::string Counted(const char* one, const char* many, std::size_t count);
 
 /// The text with `values` in the places of its "%s".
-std::string Filled(const char* text, std::initializer_list<std::string> values);
+std::string Filled(const char* text, const std::vector<std::string>& values);
 
 /// "server" or "client", in the reader's language.
 const char* RoleName(Deploy::Role role);

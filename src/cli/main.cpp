@@ -10,6 +10,7 @@
 
 #include "cli/CommandLine.h"
 #include "cli/ExitStatus.h"
+#include "cli/FailureWords.h"
 #include "cli/Fields.h"
 #include "cli/Names.h"  // IWYU pragma: keep, no name of it is ever written
 #include "cli/Report.h"
@@ -62,14 +63,14 @@ int Run(const Call& call, Report& report) {
         // The module reports some failures to the log only.
         return status != kFailed && failures.Any() ? kFailed : status;
     } catch (const UsageError& error) {
-        report.Error(error.what());
+        report.Error(Said(error.what()));
         return kWrongUse;
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception& error) {
         const Failure failure = FailureOf(error);
         report.Set("failure", FieldsOf(failure));
-        report.Error(failure.what(), failure.Lines());
+        report.Error(Said(failure), failure.Lines());
         return kFailed;
     }
 }
@@ -84,7 +85,7 @@ int RunProgram(int count, char** arguments) {
     status = Run(*call, report);
     const std::string left = Staging::LeftBehind();
     if (!left.empty()) {
-        report.Error(left);
+        report.Error(Said(left));
         status = kFailed;
     }
     return report.Finish(status);

@@ -38,6 +38,7 @@ line = "b = 3"'
     run_zet status
     assert_status 3
     [[ $output == *"$HOST/out/plain: line a: not committed"* ]]
+    [[ $output == *$'\n1 not committed; edits: 2 not committed\n' ]]
     run_zet commit-config -n --diff
     assert_status 3
     [[ $output == *"+a=shipped"$'\n'* ]]
@@ -52,6 +53,7 @@ line = "b = 3"'
     run_zet status
     assert_status 0
     [[ $output == *"$HOST/out/plain: line a: in sync"* ]]
+    [[ $output == *$'\n1 in sync; edits: 2 in sync\n' ]]
     run_zet commit-config
     assert_success "2 unchanged"
     zet rollback-config
@@ -277,4 +279,32 @@ assert_told() {
     [[ $stderr == *"$HOST/theirs"*"nothing was changed"* ]]
     assert_file out/plain $'a=1\n'
     assert_equal "$(names_in out)" plain
+}
+
+@test "lines are changed and taken back without a history, too" {
+    echo ZET_HISTORY=no >>zet.conf
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet commit-config
+    # Another value is no line of somebody else's.
+    echo NTP_SERVER=fleet >etc/defaults.d/10.conf
+    run_zet commit-config
+    assert_status 0
+    grep -Fx 'a=fleet' out/plain
+    # One leaves the lists, then all.
+    printf '[[edits]]\nname = "b"\nenabled = false\n' >etc/targets.d/20.toml
+    run_zet status
+    assert_status 3
+    [[ $output == *"$HOST/out/plain: line ^b =: pending"* ]]
+    zet commit-config
+    grep -Fx 'a=fleet' out/plain
+    grep -Fx 'b = 2' out/plain
+    [[ $(<out/plain) != *'b = 3'* ]]
+    rm etc/targets.d/*.toml
+    zet commit-config
+    assert_file out/plain $'a=1\nb = 2\n'
+    run_zet status
+    assert_status 0
+    run_zet history -q
+    assert_success ""
 }

@@ -188,3 +188,57 @@ $(sed 's/^/+/' <<<"${NOTICE%$'\n'}")
     assert_status 1
     [[ $stderr == *"is made from [t.conf] and the next commit overwrites it"* ]]
 }
+
+@test "line looks into one section" {
+    run_zet line get --section b conf '^x'
+    assert_success "x=2"
+    run_zet line get --no-section conf '='
+    assert_success "top=0"
+    run_zet line get --section a conf '^z'
+    assert_status 1
+    run_zet --json line get --section b conf '^z'
+    assert_json 'd["section"], d["line"]' '["b", "z = 3"]'
+    run_zet --json line get conf '^z'
+    assert_json 'd["section"]' null
+    run_zet line get --section no conf '^x'
+    assert_refusal 1 'conf: has no section [no] (the file has [a], [b]; a new one is a line that you write into the file yourself)'
+}
+
+@test "line sets and restores in one section" {
+    local former
+    former=$(<conf)
+    run_zet line set --section a conf '^x' x=9
+    assert_success "conf: changed, the original is kept as conf.before_zet"
+    run_zet line get --section a conf '^x'
+    assert_success "x=9"
+    run_zet line get --section b conf '^x'
+    assert_success "x=2"
+    zet -q line set --section=b conf '^z' 'z = 4'
+    # A restore takes out no block of another section.
+    zet -q line restore --section a conf '^x'
+    run_zet line get --section b conf '^z'
+    assert_success "z = 4"
+    run_zet line restore --section a conf '^z'
+    assert_success 'conf: unchanged, nothing to restore for "^z"'
+    zet -q line restore --section b conf '^z'
+    assert_equal "$(sed '/^# --ZET_CONFIG_COMMENT--$/,/^# --ZET_COMMENT_END--$/d' conf)" "$former"
+}
+
+@test "a pattern that selects every line of a section leaves the lines of the system alone" {
+    zet -q line set --section b --no-markers --no-backup conf '.' y
+    assert_file conf $'top=0\n\n[a]\nx=1\n# [no]\n\n# about b\n[b]\ny\ny\n'
+    zet -q line set --section a conf '.' n
+    run_zet doctor conf
+    assert_status 0
+    run_zet line get --section b conf '.'
+    assert_success y
+}
+
+@test "line refuses a section as param does" {
+    run_zet line set --section '[a]' conf x 1
+    assert_status 2
+    run_zet line restore --section '' conf x
+    assert_refusal 2 'SECTION is empty (--no-section is for the lines before the first one)'
+    run_zet line get --section a --no-section conf x
+    assert_refusal 2 '--section and --no-section are given (leave one of them out)'
+}

@@ -49,10 +49,19 @@ locale_of() {
             msgfmt --check -o /dev/null "$PO/$domain/$language.po"
             grep -F "Language: $language" "$PO/$domain/$language.po"
             # Each text has the gaps of the original, also where they are no format of the compiler's.
-            msgfilter -i "$PO/$domain/$language.po" -o /dev/null sh -c '
-                mine=$(grep -oE "%(zu|[sdum])|\\$\\{\\}" | sort | tr "\n" " ")
-                wanted=$(printf %s "$MSGFILTER_MSGID" | grep -oE "%(zu|[sdum])|\\$\\{\\}" | sort | tr "\n" " ")
-                [ -z "$MSGFILTER_MSGID" ] || [ "$mine" = "$wanted" ] || { echo "$MSGFILTER_MSGID" >&2; exit 1; }'
+            msgcat --no-wrap "$PO/$domain/$language.po" | /usr/bin/python3 -c '
+import re, sys
+gaps = lambda text: sorted(re.findall(r"%(?:zu|[sdum])|\$\{\}", text))
+wrong = 0
+for entry in sys.stdin.read().split("\n\n")[1:]:
+    texts = dict.fromkeys(("msgid", "msgstr"), "")
+    for field, rest in re.findall(r"^(msg\w+)(?:\[\d\])? ((?:\".*\"\n?)+)", entry, re.M):
+        if field == "msgid_plural": texts["msgid"] = rest
+        if field in texts: texts[field] = rest
+    if gaps(texts["msgid"]) != gaps(texts["msgstr"]):
+        wrong += 1
+        print(texts)
+sys.exit(wrong > 0)'
         done
     done
 }
@@ -122,6 +131,59 @@ all_commands() {
     printf 'A=\0\n' >>"$root/etc/zet/zet.conf"
     run in_language de --root "$root" values
     grep -F 'NUL-Byte' <<<"$output"
+}
+
+# fails LANGUAGE WORD...: a command that does not come to an end; what it says is in $output.
+fails() {
+    run in_language "$@"
+    [ "$status" -eq 1 ]
+}
+
+@test "WhatFailsIsSaidInTheReadersLanguage" {
+    local root=$BATS_TEST_TMPDIR/root
+    "$SOURCE_DIR/script/example-root" client "$root"
+    # A text and its remedy, as they are.
+    fails de --root "$root" param get /nowhere A
+    grep -F '/nowhere: existiert nicht (legen Sie es an, oder berichtigen Sie den Pfad)' <<<"$output"
+    fails es --root "$root" param get /nowhere A
+    grep -F '/nowhere: no existe (créelo, o corrija la ruta)' <<<"$output"
+    fails fr --root "$root" param get /nowhere A
+    grep -F "/nowhere: n'existe pas (créez-le, ou corrigez le chemin)" <<<"$output"
+    # Texts that name something, be it like a text themselves, and the reason of the system behind one.
+    printf '[is missing]\nA=1\n' >"$root/etc/some"
+    fails de --root "$root" param get /etc/some A --section nope
+    grep -F '/etc/some: hat keinen Abschnitt [nope] (die Datei hat [is missing]; einen neuen schreiben Sie selbst' <<<"$output"
+    # Problems of a file, each in its line.
+    sed -i '1i [templates.unquoted.name]\ntarget = "relative"\n[templates."other"]\nrolls = "both"\n' "$root/usr/share/zet/templates/targets.toml"
+    fails fr --root "$root" check-config
+    grep -E 'targets.toml:4:1: clé inconnue « rolls »' <<<"$output"
+    fails es --root "$root" commit-config
+    grep -E 'targets.toml:4:1: clave desconocida «rolls»' <<<"$output"
+}
+
+@test "WhatFailsIsEnglishInTheFieldsForPrograms" {
+    in_language de --json param get /nowhere A >"$BATS_TEST_TMPDIR/json" || true
+    /usr/bin/python3 - "$BATS_TEST_TMPDIR/json" <<-'END'
+		import json, sys
+		document = json.load(open(sys.argv[1]))
+		assert document["failure"]["problem"] == "does not exist", document
+		assert document["failure"]["remedy"] == "create it, or correct the path", document
+		assert "existiert nicht" in document["errors"][0], document
+	END
+}
+
+@test "ATextOfTheLibraryThatIsNewIsTold" {
+    local copy=$BATS_TEST_TMPDIR/copy
+    mkdir "$copy"
+    cp -r "$SOURCE_DIR"/{po,src,include,script} "$copy"
+    sed -i 's/"is a directory"/"is a directory, which nobody translated"/' "$copy/src/deploy/host/FileBytes.cpp"
+    run "$copy/script/texts" --check
+    [ "$status" -eq 1 ]
+    grep -F 'src/cli/FailureTexts.inc: is not what the sources say (script/texts --update)' <<<"$output"
+    "$copy/script/texts" --update
+    run "$copy/script/texts" --check
+    [ "$status" -eq 1 ]
+    grep -F 'po/zet-tools/fr.po: not translated: is a directory, which nobody translated' <<<"$output"
 }
 
 @test "WhatIsForProgramsIsTheSameInEveryLanguage" {

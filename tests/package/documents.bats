@@ -92,12 +92,15 @@ play() {
 @test "ThePicturesAreDrawnFromRuns" {
     ZET_BIN=$ZET_BUILD/bin "$SOURCE_DIR/script/pictures" "$BATS_TEST_TMPDIR/pictures"
     local name
-    for name in session rooms; do
+    for name in session rooms speed; do
         /usr/bin/python3 -c 'import sys, xml.dom.minidom; xml.dom.minidom.parse(sys.argv[1])' "$BATS_TEST_TMPDIR/pictures/$name.svg"
         grep -F 'prefers-color-scheme: dark' "$BATS_TEST_TMPDIR/pictures/$name.svg"
         [ -f "$SOURCE_DIR/docs/pictures/$name.svg" ]
+        grep -F "](docs/pictures/$name.svg)" "$SOURCE_DIR/README.md"
     done
     grep -F 'would be changed' "$BATS_TEST_TMPDIR/pictures/session.svg"
+    # The figures are those of the table, as often as it has them.
+    cmp "$SOURCE_DIR/docs/pictures/speed.svg" "$BATS_TEST_TMPDIR/pictures/speed.svg"
 }
 
 @test "TheReferenceIsMadeWithoutAWarning" {

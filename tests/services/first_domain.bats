@@ -61,12 +61,12 @@ install_product() {
     while read -r command; do
         [[ $command != script/build ]] || continue
         on "$1" bash -euc "${command/build\/release/$ZET_BIN/..}" >>"$BATS_FILE_TMPDIR/$1.installed" </dev/null
-    done < <(installation)
+    done < <(installation || echo "echo 'the README does not say how to install' >&2; exit 1")
 }
 
-# The first commands of the README's section on the installation.
+# The commands of the README's section on the installation that begin with a build: those that do without packages.
 installation() {
-    sed -n '/^## Installation$/,/^## /p' "$SOURCE_DIR/README.md" | sed -n '/^    /,/^$/p' | sed -n '/^$/q; s/^    //p'
+    sed -n '/^## Installation$/,/^## /p' "$SOURCE_DIR/README.md" | awk -v RS= '/^    script\/build\n/' | sed 's/^    //' | grep .
 }
 
 stand_ins() {

@@ -37,7 +37,8 @@ ZET_API FileOutcome RestoreParam(Product& product, const std::string& file, cons
 
 /// Lines that a regular expression chooses.
 ZET_API std::optional<std::string> GetLine(Product& product, const std::string& file,
-                                           const std::string& pattern);
+                                           const std::string& pattern,
+                                           const std::optional<std::string>& section = std::nullopt);
 ZET_API FileOutcome SetLine(Product& product, const std::string& file, const std::string& pattern,
                             const std::string& line, const EditOptions& options = EditOptions());
 ZET_API FileOutcome RestoreLine(Product& product, const std::string& file, const std::string& pattern,

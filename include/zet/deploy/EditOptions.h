@@ -13,8 +13,8 @@ struct EditOptions {
     bool force = false;      ///< a target that a commit recorded, too, which the next commit overwrites
     bool allBlocks = false;  ///< a restore drops the managed blocks of others, too
 
-    /// Of a parameter: only in the section "[name]"; empty: in the lines before the first one. Other edits
-    /// know no sections.
+    /// Of a parameter or a line: only in the section "[name]"; empty: in the lines before the first one.
+    /// Other edits know no sections.
     std::optional<std::string> section = std::nullopt;
 };
 

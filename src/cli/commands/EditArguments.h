@@ -1,11 +1,43 @@
 #ifndef ZET_EDIT_ARGUMENTS_H
 #define ZET_EDIT_ARGUMENTS_H
 
+#include <optional>
+#include <string>
+
 #include "cli/CommandLine.h"
+#include "cli/Translation.h"
 #include "zet/deploy/EditOptions.h"
+#include "zet/deploy/Failure.h"
 
 /// What the commands take that edit a file in place. `Given` is derived from `EditOptions`.
 namespace ZET::Cli {
+
+/// Of an edit that knows sections.
+struct SectionOptions : EditOptions {
+    bool isBeforeSections = false;
+};
+
+/// As the library takes it. An empty word is one that somebody forgot to fill in.
+inline std::optional<std::string> SectionOf(const SectionOptions& asked) {
+    if (!asked.section) return asked.isBeforeSections ? std::optional<std::string>("") : std::nullopt;
+    if (asked.isBeforeSections)
+        throw UsageError(_("--section and --no-section are given (leave one of them out)"));
+    if (asked.section->empty())
+        throw UsageError(_("SECTION is empty (--no-section is for the lines before the first one)"));
+    return asked.section;
+}
+
+inline EditOptions OptionsOf(const SectionOptions& asked) {
+    EditOptions options = asked;
+    options.section = SectionOf(asked);
+    return options;
+}
+
+template <typename Given>
+void AddSection(Command<Given>& command) {
+    command.Option("--section", "SECTION", &EditOptions::section, "Only below the line [SECTION]");
+    command.Flag("--no-section", &SectionOptions::isBeforeSections, "Only before the first section");
+}
 
 template <typename Given>
 void AddForce(Command<Given>& command) {

@@ -10,31 +10,35 @@ namespace ZET::Cli {
 
 namespace {
 
-struct LineOptions : EditOptions {
+struct LineOptions : SectionOptions {
     std::string file;
     std::string pattern;
     std::string line;
 };
 
 int Get(Session& session, const LineOptions& asked) {
+    const std::optional<std::string> section = SectionOf(asked);
+    RequireSectionName(section);
     session.Out().Set("file", asked.file);
     session.Out().Set("path", nullptr);
     session.Out().Set("pattern", asked.pattern);
+    session.Out().Set("section", section ? Value(*section) : Value(nullptr));
     BeginLookup(session, "line");
     RequirePattern(session.Product().Core(), asked.pattern);
     const std::string path = FileToShow(session, asked.file);
     return ReportLookup(session, path + ": " + Filled(_("has no line with \"%s\""), {asked.pattern}), "line",
-                        GetLine(session.Product(), path, asked.pattern));
+                        GetLine(session.Product(), path, asked.pattern, section));
 }
 
 int Set(Session& session, const LineOptions& asked) {
     BeginFileReport(session);
-    return ReportFile(session, SetLine(session.Product(), asked.file, asked.pattern, asked.line, asked));
+    return ReportFile(session,
+                      SetLine(session.Product(), asked.file, asked.pattern, asked.line, OptionsOf(asked)));
 }
 
 int Restore(Session& session, const LineOptions& asked) {
     BeginFileReport(session);
-    return ReportFile(session, RestoreLine(session.Product(), asked.file, asked.pattern, asked));
+    return ReportFile(session, RestoreLine(session.Product(), asked.file, asked.pattern, OptionsOf(asked)));
 }
 
 }  // namespace
@@ -46,6 +50,7 @@ void RegisterLine(CommandLine& line) {
         auto command = family.Add<LineOptions>(name, help, run);
         command("FILE", &LineOptions::file, "The file");
         command("PATTERN", &LineOptions::pattern, "What to look for");
+        AddSection(command);
         return command;
     };
     add("get", "Print the first line that matches", Get);

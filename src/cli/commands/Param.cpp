@@ -5,34 +5,16 @@
 #include "cli/commands/Registrations.h"
 #include "deploy/edit/ParamEdits.h"
 #include "deploy/targets/EditRules.h"
-#include "zet/deploy/Failure.h"
 
 namespace ZET::Cli {
 
 namespace {
 
-struct GivenParam : EditOptions {
+struct GivenParam : SectionOptions {
     std::string file;
     std::string name;
     std::string value;
-    bool isBeforeSections = false;
 };
-
-/// As the library takes it. An empty word is one that somebody forgot to fill in.
-std::optional<std::string> SectionOf(const GivenParam& asked) {
-    if (!asked.section) return asked.isBeforeSections ? std::optional<std::string>("") : std::nullopt;
-    if (asked.isBeforeSections)
-        throw UsageError(_("--section and --no-section are given (leave one of them out)"));
-    if (asked.section->empty())
-        throw UsageError(_("SECTION is empty (--no-section is for the lines before the first one)"));
-    return asked.section;
-}
-
-EditOptions OptionsOf(const GivenParam& asked) {
-    EditOptions options = asked;
-    options.section = SectionOf(asked);
-    return options;
-}
 
 int Get(Session& session, const GivenParam& asked) {
     RequireParamName(asked.name);
@@ -62,11 +44,6 @@ int Unset(Session& session, const GivenParam& asked) {
 int Restore(Session& session, const GivenParam& asked) {
     BeginFileReport(session);
     return ReportFile(session, RestoreParam(session.Product(), asked.file, asked.name, OptionsOf(asked)));
-}
-
-void AddSection(Command<GivenParam>& command) {
-    command.Option("--section", "SECTION", &EditOptions::section, "Only below the line [SECTION]");
-    command.Flag("--no-section", &GivenParam::isBeforeSections, "Only before the first section");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "cli/ExitStatus.h"
+#include "cli/FailureWords.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
 #include "cli/Metrics.h"
@@ -58,7 +59,8 @@ void TellRole(Session& session, const RoleStatus& status) {
 
 void TellTrouble(Session& session, const TargetState& target) {
     if (!target.trouble.empty())
-        session.Out().Error(target.path + ": " + Filled(_("its state cannot be told: %s"), {target.trouble}));
+        session.Out().Error(target.path + ": " +
+                            Filled(_("its state cannot be told: %s"), {Said(target.trouble)}));
 }
 
 void TellTarget(Session& session, const TargetState& target) {
@@ -74,14 +76,15 @@ void TellTarget(Session& session, const TargetState& target) {
     TellDiff(session.Out(), target.diff);
 }
 
-/// The states in the order of their first target, each with how many have it; in sync comes first.
-std::string CountsOf(const std::vector<TargetState>& targets) {
+/// The states in the order of the first that has it, each with how many have it; in sync comes first.
+template <typename State>
+std::string CountsOf(const std::vector<State>& states) {
     std::vector<std::pair<std::string, std::size_t>> counts = {{kInSync, 0}};
-    for (const TargetState& target : targets) {
+    for (const State& each : states) {
         const auto known = std::find_if(counts.begin(), counts.end(),
-                                        [&](const auto& count) { return count.first == target.state; });
+                                        [&](const auto& count) { return count.first == each.state; });
         if (known == counts.end()) {
-            counts.emplace_back(target.state, 1);
+            counts.emplace_back(each.state, 1);
         } else {
             ++known->second;
         }
@@ -90,7 +93,14 @@ std::string CountsOf(const std::vector<TargetState>& targets) {
     for (const auto& [state, count] : counts) {
         if (count != 0) text += (text.empty() ? "" : ", ") + std::to_string(count) + " " + _(state.c_str());
     }
-    return text.empty() ? _("no targets") : text;
+    return text;
+}
+
+/// The last line: all that a commit would see to.
+std::string Summary(const TargetStates& states) {
+    const std::string targets = states.targets.empty() ? _("no targets") : CountsOf(states.targets);
+    if (states.listedEdits.empty()) return targets;
+    return Filled(_("%s; edits: %s"), {targets, CountsOf(states.listedEdits)});
 }
 
 /// Lines that the lists ask for.
@@ -160,7 +170,7 @@ int Status(Session& session, const StatusOptions& asked) {
     TellListedEdits(session, states.listedEdits, onlyChanged);
     TellEdits(session, states.edits, onlyChanged);
     TellNewer(session, states.newerTemplates);
-    if (!session.Asked().quiet) session.Out().Line(CountsOf(states.targets));
+    if (!session.Asked().quiet) session.Out().Line(Summary(states));
     for (const LeftOver& leftOver : states.leftOvers) {
         session.Out().Warning(
             leftOver.path + ": " +

@@ -1,6 +1,7 @@
 #include "deploy/targets/TemplateStates.h"
 
 #include "cli/ExitStatus.h"
+#include "cli/FailureWords.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
 #include "cli/Translation.h"
@@ -74,7 +75,7 @@ Fields FieldsOf(const TemplateState& state) {
 /// A template that nobody can look at is told, and fails the command.
 bool TellTrouble(Session& session, const TemplateState& state) {
     if (state.trouble.empty()) return false;
-    session.Out().Error(state.name + ": " + Filled(_("its state cannot be told: %s"), {state.trouble}));
+    session.Out().Error(state.name + ": " + Filled(_("its state cannot be told: %s"), {Said(state.trouble)}));
     return true;
 }
 

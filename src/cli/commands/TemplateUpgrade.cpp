@@ -1,6 +1,7 @@
 #include "deploy/targets/TemplateUpgrade.h"
 
 #include "cli/ExitStatus.h"
+#include "cli/FailureWords.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
 #include "cli/Translation.h"
@@ -31,7 +32,7 @@ int Upgrade(Session& session, const UpgradeOptions& asked) {
 
 bool TellProblems(Session& session, const std::vector<Problem>& problems) {
     for (const Problem& problem : problems) {
-        session.Out().Error(problem.Describe());
+        session.Out().Error(Said(problem));
         session.Out().Add("problems", FieldsOf(problem));
     }
     return !problems.empty();

@@ -1,6 +1,7 @@
 #include "deploy/undo/Undo.h"
 #include "cli/EntryNumber.h"
 #include "cli/ExitStatus.h"
+#include "cli/FailureWords.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
 #include "cli/Translation.h"
@@ -61,7 +62,7 @@ int RunUndo(Session& session, const UndoWords& asked) {
 
 int ReportUndo(Session& session, const UndoResult& result) {
     for (const Problem& problem : result.problems) {
-        session.Out().Error(problem.Describe());
+        session.Out().Error(Said(problem));
         session.Out().Add("problems", FieldsOf(problem));
     }
     if (!result.problems.empty()) {

@@ -10,6 +10,7 @@
 #include "deploy/host/Staging.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
+#include "deploy/state/OwnText.h"
 #include "deploy/targets/EditRules.h"
 #include "text/Sections.h"
 #include "zet/ZETFormat.h"
@@ -97,11 +98,22 @@ std::string TextWithPart(Deployment& product, const std::string& text, const Fil
     // The module puts no notice before a text that begins so.
     const std::string noticeLine = std::string(ZETNoticeMarker) + "\n";
     std::string made = MadeOf(product, noticeLine + std::string(part.lines), noMarkers, edit);
+    if (!made.starts_with(noticeLine))
+        throw Failure({.text = "the edit would change what the system wrote to keep order in the file",
+                       .remedy = "nothing was changed; choose the lines more closely"});
     made = text.substr(0, begin) + made.substr(noticeLine.size()) + text.substr(begin + part.lines.size());
     if (!noMarkers) made = MadeOf(product, made, noMarkers, [](IZETConfigFile&) {});
     if (failures.Any())
         throw Failure({.text = "the edit failed, as the log says", .remedy = "nothing was changed"});
     return made;
+}
+
+std::function<void(const std::string& path)> EditOfPart(
+    Deployment& product, const EditOptions& options, const std::string& path, const std::string& text,
+    const FilePart& part, const std::function<void(IZETConfigFile& file)>& edit) {
+    if (!options.section) return Edit(product, options, edit);
+    return [made = TextWithPart(product, text, part, options.noMarkers, edit),
+            mode = ModeOf(path)](const std::string& file) { SaveOwnText(file, made, mode); };
 }
 
 }  // namespace ZET::Deploy

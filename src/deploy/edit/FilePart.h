@@ -9,6 +9,7 @@
 
 #include "deploy/targets/Deployment.h"
 #include "zet/IZETConfigFile.h"
+#include "zet/deploy/EditOptions.h"
 
 namespace ZET::Deploy {
 
@@ -26,6 +27,12 @@ FilePart PartOf(const std::string& path, std::string_view text, const std::optio
 /// markers, the text has a notice then.
 std::string TextWithPart(Deployment& product, const std::string& text, const FilePart& part, bool noMarkers,
                          const std::function<void(IZETConfigFile& file)>& edit);
+
+/// The operation of `FileEdit` that edits the part of the file, as the options say; `text` is that of the
+/// file.
+std::function<void(const std::string& path)> EditOfPart(
+    Deployment& product, const EditOptions& options, const std::string& path, const std::string& text,
+    const FilePart& part, const std::function<void(IZETConfigFile& file)>& edit);
 
 }  // namespace ZET::Deploy
 

@@ -12,8 +12,9 @@
 /// empty or broken, and a line that would not be one, are a `UsageError`.
 namespace ZET::Deploy {
 
-/// The first line of the real file `path` that matches; none: no line does.
-std::optional<std::string> GetLine(Deployment& product, const std::string& path, const std::string& pattern);
+/// The first line of the real file `path` that matches, with a section only there; none: no line does.
+std::optional<std::string> GetLine(Deployment& product, const std::string& path, const std::string& pattern,
+                                   const std::optional<std::string>& section = std::nullopt);
 
 FileOutcome SetLine(Deployment& product, const std::string& file, const std::string& pattern,
                     const std::string& line, const EditOptions& options);

@@ -10,7 +10,6 @@
 #include "deploy/edit/RestoreRules.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
-#include "deploy/state/OwnText.h"
 #include "deploy/targets/EditRules.h"
 #include "text/FindText.h"
 #include "text/LineEnds.h"
@@ -57,10 +56,7 @@ class ParamEdit {
 
     FileOutcome Make(const Operation& operation) {
         RequireRoomForNotice(Path(), m_text, m_options);
-        if (!m_options.section) return m_edit.Make(Edit(m_product, m_options, operation), m_options.noBackup);
-        const std::string text = TextWithPart(m_product, m_bytes, m_part, m_options.noMarkers, operation);
-        const mode_t mode = ModeOf(Path());
-        return m_edit.Make([&](const std::string& path) { SaveOwnText(path, text, mode); },
+        return m_edit.Make(EditOfPart(m_product, m_options, Path(), m_bytes, m_part, operation),
                            m_options.noBackup);
     }
 

@@ -47,10 +47,11 @@ FileOutcome RestoreParam(Product& product, const std::string& file, const std::s
                [&](Deployment& deployment) { return RestoreParam(deployment, file, name, options); });
 }
 
-std::optional<std::string> GetLine(Product& product, const std::string& file, const std::string& pattern) {
+std::optional<std::string> GetLine(Product& product, const std::string& file, const std::string& pattern,
+                                   const std::optional<std::string>& section) {
     return Use(product, [&](Deployment& deployment) {
         RequirePattern(deployment.Core(), pattern);
-        return GetLine(deployment, FileToShow(deployment, file), pattern);
+        return GetLine(deployment, FileToShow(deployment, file), pattern, section);
     });
 }
 

@@ -216,11 +216,22 @@ TEST_F(FaceTest, ParameterOfASectionIsReadSetCommentedOutAndBroughtBack) {
     EXPECT_THROW(UnsetParam(product, At("file"), "a"), Failure);
 }
 
+TEST_F(FaceTest, LinesStandInSectionsToo) {
+    Write(At("file"), "a=0\n[one]\na=1\n[two]\na=2\n");
+    Product product(At("zet.conf"), m_options);
+    EXPECT_EQ(GetLine(product, At("file"), "^a", "two"), "a=2");
+    EXPECT_EQ(GetLine(product, At("file"), "^b", "two"), std::nullopt);
+    EXPECT_EQ(SetLine(product, At("file"), "^a", "a=3", {.section = "two"}).result, Result::Changed);
+    EXPECT_EQ(GetLine(product, At("file"), "^a", "one"), "a=1");
+    EXPECT_EQ(GetLine(product, At("file"), "^a", "two"), "a=3");
+    EXPECT_EQ(RestoreLine(product, At("file"), "^a", {.section = "two"}).result, Result::Changed);
+    EXPECT_EQ(GetLine(product, At("file"), "^a", "two"), "a=2");
+    EXPECT_THROW(SetLine(product, At("file"), "^a", "a=3", {.section = "three"}), Failure);
+}
+
 TEST_F(FaceTest, EditsThatKnowNoSectionsRefuseOne) {
     Product product(At("zet.conf"), m_options);
     const EditOptions options = {.section = "one"};
-    EXPECT_THROW(SetLine(product, At("file"), "^a", "b", options), UsageError);
-    EXPECT_THROW(RestoreLine(product, At("file"), "^a", options), UsageError);
     EXPECT_THROW(StripFile(product, At("file"), options), UsageError);
     EXPECT_THROW(ForgetReserve(product, At("file"), options), UsageError);
     EXPECT_EQ(Read(At("file")), "a=1\nb=2\n");

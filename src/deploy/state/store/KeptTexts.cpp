@@ -51,7 +51,8 @@ RecordedFile WithTexts(Database& database, const StoreLimits& limits, const File
 RecordedState AfterWithTexts(Database& database, const StoreLimits& limits, const FileToRecord& file,
                              RecordedState after) {
     if (file.isPlanned) Take(database, limits, after, file.textAfter);
-    if (file.base && limits.keepsTexts)
+    // Of an edit, that is no text of a file but what a commit has set in it, and has to take back.
+    if (file.base && (limits.keepsTexts || file.file.kind == FileKind::Edit))
         after.knowledge.base = Keep(database, *file.base, DigestOf(*file.base));
     return after;
 }
