@@ -25,10 +25,6 @@ Value ReserveResultOf(const FileOutcome& outcome) {
     return NameOf(outcome.result == Result::Reserved ? Result::Created : Result::Removed);
 }
 
-Value NumberOrNull(int number) {
-    return number == 0 ? Value(nullptr) : Value(number);
-}
-
 void AddAttributes(Fields& fields, const FileOutcome& outcome) {
     const bool isChange = outcome.IsChange() && !IsAboutReserveOnly(outcome);
     const auto text = [&](const FileState& state, std::string (*textOf)(const FileState&)) {
@@ -41,6 +37,10 @@ void AddAttributes(Fields& fields, const FileOutcome& outcome) {
 }
 
 }  // namespace
+
+Value NumberOrNull(std::int64_t number) {
+    return number == 0 ? Value(nullptr) : Value(number);
+}
 
 Value TextOrNull(const std::string& text) {
     return text.empty() ? Value(nullptr) : Value(text);

@@ -1,6 +1,8 @@
 #ifndef ZET_FIELDS_H
 #define ZET_FIELDS_H
 
+#include <cstdint>
+
 #include "cli/Names.h"
 #include "cli/Report.h"
 #include "zet/ZETProblem.h"
@@ -26,6 +28,8 @@ void AddDiff(Fields& fields, const ShownDiff& diff);
 /// "realm" for "${realm}"
 std::string NameOfPlaceholder(const std::string& placeholder);
 
+/// 0 and the empty text stand for none.
+Value NumberOrNull(std::int64_t number);
 Value TextOrNull(const std::string& text);
 
 }  // namespace ZET::Cli

@@ -275,9 +275,7 @@ class Teller {
         return list;
     }
 
-    static Value Number(std::size_t number) {
-        return number == 0 ? Value(nullptr) : Value(static_cast<std::int64_t>(number));
-    }
+    static Value Number(std::size_t number) { return NumberOrNull(static_cast<std::int64_t>(number)); }
 
     Session& m_session;
     const FileExplanation& m_file;

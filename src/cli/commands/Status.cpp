@@ -109,13 +109,12 @@ void TellListedEdits(Session& session, const std::vector<ListedEditState>& edits
         if (onlyChanged && edit.state == kInSync) continue;
         session.Out().Line(edit.path + ": " + Filled(_("line %s"), {edit.selector}) + ": " +
                            _(edit.state.c_str()));
-        session.Out().Add("listed_edits",
-                          Fields{{"path", edit.path},
-                                 {"name", TextOrNull(edit.name)},
-                                 {"selector", edit.selector},
-                                 {"state", edit.state},
-                                 {"list", TextOrNull(edit.list)},
-                                 {"line", edit.line == 0 ? Value(nullptr) : Value(edit.line)}});
+        session.Out().Add("listed_edits", Fields{{"path", edit.path},
+                                                 {"name", TextOrNull(edit.name)},
+                                                 {"selector", edit.selector},
+                                                 {"state", edit.state},
+                                                 {"list", TextOrNull(edit.list)},
+                                                 {"line", NumberOrNull(edit.line)}});
     }
 }
 

@@ -1,4 +1,5 @@
 #include "cli/commands/ValueSources.h"
+#include "cli/Fields.h"
 #include "cli/Translation.h"
 
 namespace ZET::Cli {
@@ -17,10 +18,9 @@ void TellValue(Session& session, const std::string& name, const std::string& val
                const std::optional<HostValues::Source>& source) {
     session.Out().Data(name + "=" + value);
     if (!session.Asked().quiet) session.Out().Line("    " + OriginOf(source));
-    session.Out().Add("sources",
-                      Fields{{"name", name},
-                             {"file", source ? Value(source->file) : Value(nullptr)},
-                             {"line", source && source->line != 0 ? Value(source->line) : Value(nullptr)}});
+    session.Out().Add("sources", Fields{{"name", name},
+                                        {"file", TextOrNull(source ? source->file : "")},
+                                        {"line", NumberOrNull(source ? source->line : 0)}});
 }
 
 }  // namespace ZET::Cli
