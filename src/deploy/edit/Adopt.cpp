@@ -198,13 +198,13 @@ class Adopting {
                  const Knowledge& knowledge) {
         Recording recording(m_product, Recording::Use::OfTheProduct, m_writing.Records());
         Expect(recording, source, made, knowledge);
+        Writing::Begin();
+        recording.Begin();
         if (!recording.IsOn())
             throw Failure({.file = m_path,
                            .text = "is not adopted, since nobody could tell the edit from others afterwards: "
                                    "the history cannot be written",
                            .remedy = "see to ZET_VAR_LIB_DIR, then run the command again"});
-        Writing::Begin();
-        recording.Begin();
         const FileInPlace place(
             m_product.HostPaths().FindReal(m_workingCopy, m_product.TrustedAt(m_workingCopy)), m_workingCopy);
         Replacement replacement(m_product, place, m_version);
