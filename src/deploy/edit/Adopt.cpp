@@ -66,24 +66,28 @@ class Adopting {
         const std::string edited = ReadFileBytes(m_path);
         const std::string staged = RenderQuietly(m_product, m_staging, m_templateName, role);
         const std::string rendered = ReadFileBytes(staged);
+        Knowledge knowledge = known->state.knowledge;
+        knowledge.base.reset();
+        if (edited == rendered) return IsLastRendering(*known, rendered) ? Unchanged() : Remember(knowledge);
         if (!IsMergedWith(m_product, *known, staged)) RequireLastRendering(*known, rendered);
-        if (edited == rendered) return Unchanged();
         const std::string text = NewTemplate(rendered, edited);
         RequireGoodTemplate(text);
         const std::string made = RenderTemplateText(m_product, m_staging, role, m_templateName, text);
         if (ReadFileBytes(made) != edited) FailToTrace();
-        Knowledge knowledge = known->state.knowledge;
-        knowledge.base.reset();
         return Write(text, knowledge);
     }
 
   private:
-    void RequireLastRendering(const KnownFile& known, const std::string& rendered) {
+    static bool IsLastRendering(const KnownFile& known, const std::string& rendered) {
         CapturedFile now;
         now.state.exists = true;
         now.state.size = rendered.size();
         now.state.digest = DigestOf(rendered);
-        if (HaveSameText(now.state, known.state)) return;
+        return HaveSameText(now.state, known.state);
+    }
+
+    void RequireLastRendering(const KnownFile& known, const std::string& rendered) {
+        if (IsLastRendering(known, rendered)) return;
         throw Failure({.file = m_path,
                        .text =
                            "its template or a parameter changed since the last commit, so nobody can tell "
@@ -215,6 +219,19 @@ class Adopting {
         recording.Complete();
     }
 
+    /// A run that did not come to its end may have written the template.
+    FileOutcome Remember(const Knowledge& knowledge) {
+        FileOutcome outcome = Unchanged();
+        outcome.remark = m_path + " is as its template makes it";
+        if (m_product.Wanted().dryRun) return outcome;
+        Recording recording(m_product, Recording::Use::OfTheProduct, m_writing.Records());
+        ExpectTarget(recording, knowledge);
+        Writing::Begin();
+        recording.Begin();
+        recording.Complete();
+        return outcome;
+    }
+
     /// What is recorded of it is what was adopted.
     void RequireSameTarget() const {
         if (VersionOf(m_path) == m_targetVersion) return;
@@ -233,6 +250,10 @@ class Adopting {
         copy.after = Capture(made, longest);
         if (source != m_workingCopy) copy.base = ReadFileBytes(source);
         recording.Expect(copy);
+        ExpectTarget(recording, knowledge);
+    }
+
+    void ExpectTarget(Recording& recording, const Knowledge& knowledge) const {
         ExpectedFile target;
         target.path = m_path;
         target.kind = FileKind::Target;
