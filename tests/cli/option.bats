@@ -200,7 +200,7 @@ REALM=NEW
         run_zet $words REALM TWO
         assert_status 1
         [[ $stderr == *"$HOST/zet.conf:"*"doctor $HOST/zet.conf\" tells a repair"* ]]
-        assert_equal "$(wc -l <<<"$stderr")" 1
+        assert_equal "$(grep -c . <<<"$stderr")" 1
         cmp zet.conf before
     done
 }

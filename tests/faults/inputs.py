@@ -77,6 +77,15 @@ KINDS = {"pipe": make_pipe, "zeros": make_device(5), "full": make_device(7), "so
         "junk": lambda path: write(path, JUNK)}
 
 
+def is_of_store(name):
+    return name in STATE and os.path.basename(name).startswith(RECORDS[0])
+
+
+def told_as(name):
+    """What is beside the store is damage of the store."""
+    return RECORDS[0] if is_of_store(name) else os.path.basename(name)
+
+
 class Reader:
     """A committed host, whose domain has changed since, and what the commands make of it."""
 
@@ -202,10 +211,10 @@ class Reader:
         now = self._look()
         found = self._of_any(name, command, result, now)
         said = result.output + result.errors
-        if result.status in (1, 2) and os.path.basename(name) not in said and command[:2] != MAY_FIND_NOTHING:
+        if result.status in (1, 2) and told_as(name) not in said and command[:2] != MAY_FIND_NOTHING:
             found.append("fails, and does not name the file")
         if result.status == 0 and command in WRITING:
-            found += self._of_success(name, command, now, text)
+            found += self._of_success(name, command, result, now, text)
         return found
 
     def _of_any(self, name, command, result, now):
@@ -224,7 +233,7 @@ class Reader:
             found.append("nothing was taken back")
         return found
 
-    def _of_success(self, name, command, now, text):
+    def _of_success(self, name, command, result, now, text):
         """All files but the spoilt one are what the command makes of sound ones; the text of a template decides."""
         wanted = self._ends[command]
         found = []
@@ -238,6 +247,12 @@ class Reader:
             if path in self._large or (entry and entry.content) == (other and other.content):
                 continue
             if entry and other and self._is_rendered(name, entry.content, other.content, text):
+                continue
+            # Which files were edited in place only the record tells.
+            if is_of_store(name) and command == TAKE_BACK and path == OTHER and told_as(name) in result.errors:
+                continue
+            # What a list has no more goes back as it was.
+            if name == "templates/targets.toml" and command == COMMIT and entry == self._ends[TAKE_BACK].get(path):
                 continue
             found.append(f"exit status 0, but {path} is {verdict.shown(entry)}")
         return found
@@ -270,7 +285,7 @@ class Reader:
             now = self._look()
             found = self._of_usage(MOST_CPU, MOST_MEMORY) + self._of_any(name, command, result, now)
             if result.status == 0 and command in WRITING:
-                found += self._of_success(name, command, now, text)
+                found += self._of_success(name, command, result, now, text)
             self._tell(f"{name} {what}", command, result, found)
             self._restore()
 

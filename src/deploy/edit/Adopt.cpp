@@ -66,24 +66,28 @@ class Adopting {
         const std::string edited = ReadFileBytes(m_path);
         const std::string staged = RenderQuietly(m_product, m_staging, m_templateName, role);
         const std::string rendered = ReadFileBytes(staged);
+        Knowledge knowledge = known->state.knowledge;
+        knowledge.base.reset();
+        if (edited == rendered) return IsLastRendering(*known, rendered) ? Unchanged() : Remember(knowledge);
         if (!IsMergedWith(m_product, *known, staged)) RequireLastRendering(*known, rendered);
-        if (edited == rendered) return Unchanged();
         const std::string text = NewTemplate(rendered, edited);
         RequireGoodTemplate(text);
         const std::string made = RenderTemplateText(m_product, m_staging, role, m_templateName, text);
         if (ReadFileBytes(made) != edited) FailToTrace();
-        Knowledge knowledge = known->state.knowledge;
-        knowledge.base.reset();
         return Write(text, knowledge);
     }
 
   private:
-    void RequireLastRendering(const KnownFile& known, const std::string& rendered) {
+    static bool IsLastRendering(const KnownFile& known, const std::string& rendered) {
         CapturedFile now;
         now.state.exists = true;
         now.state.size = rendered.size();
         now.state.digest = DigestOf(rendered);
-        if (HaveSameText(now.state, known.state)) return;
+        return HaveSameText(now.state, known.state);
+    }
+
+    void RequireLastRendering(const KnownFile& known, const std::string& rendered) {
+        if (IsLastRendering(known, rendered)) return;
         throw Failure({.file = m_path,
                        .text =
                            "its template or a parameter changed since the last commit, so nobody can tell "
@@ -198,13 +202,13 @@ class Adopting {
                  const Knowledge& knowledge) {
         Recording recording(m_product, Recording::Use::OfTheProduct, m_writing.Records());
         Expect(recording, source, made, knowledge);
+        Writing::Begin();
+        recording.Begin();
         if (!recording.IsOn())
             throw Failure({.file = m_path,
                            .text = "is not adopted, since nobody could tell the edit from others afterwards: "
                                    "the history cannot be written",
                            .remedy = "see to ZET_VAR_LIB_DIR, then run the command again"});
-        Writing::Begin();
-        recording.Begin();
         const FileInPlace place(
             m_product.HostPaths().FindReal(m_workingCopy, m_product.TrustedAt(m_workingCopy)), m_workingCopy);
         Replacement replacement(m_product, place, m_version);
@@ -213,6 +217,19 @@ class Adopting {
             mode, [&](const std::string& name) { SaveOwnText(name, text, mode); },
             [&](const std::string& /*made*/) { RequireSameTarget(); });
         recording.Complete();
+    }
+
+    /// A run that did not come to its end may have written the template.
+    FileOutcome Remember(const Knowledge& knowledge) {
+        FileOutcome outcome = Unchanged();
+        outcome.remark = m_path + " is as its template makes it";
+        if (m_product.Wanted().dryRun) return outcome;
+        Recording recording(m_product, Recording::Use::OfTheProduct, m_writing.Records());
+        ExpectTarget(recording, knowledge);
+        Writing::Begin();
+        recording.Begin();
+        recording.Complete();
+        return outcome;
     }
 
     /// What is recorded of it is what was adopted.
@@ -233,6 +250,10 @@ class Adopting {
         copy.after = Capture(made, longest);
         if (source != m_workingCopy) copy.base = ReadFileBytes(source);
         recording.Expect(copy);
+        ExpectTarget(recording, knowledge);
+    }
+
+    void ExpectTarget(Recording& recording, const Knowledge& knowledge) const {
         ExpectedFile target;
         target.path = m_path;
         target.kind = FileKind::Target;

@@ -1,9 +1,11 @@
 #include "deploy/host/ListedDirectory.h"
 
+#include <dirent.h>
+
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
-#include <system_error>
+#include <memory>
+#include <string_view>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
@@ -11,20 +13,32 @@
 
 namespace ZET::Deploy {
 
+namespace {
+
+struct DirectoryCloser {
+    void operator()(DIR* directory) const { closedir(directory); }
+};
+
+}  // namespace
+
+/// The iterator of std::filesystem ends the program when it runs out of memory.
 std::vector<std::string> NamesIn(const Paths& paths, const std::string& directory,
                                  const std::string& suffix) {
-    std::error_code error;
-    std::vector<std::string> names;
     const std::string opened = paths.Resolved(paths.NameInside(directory));
-    std::filesystem::directory_iterator entry(opened, error);
-    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-        std::string name = entry->path().filename().string();
-        if (!name.starts_with('.') && name.ends_with(suffix)) names.push_back(std::move(name));
+    const std::unique_ptr<DIR, DirectoryCloser> entries(opendir(opened.c_str()));
+    if (!entries && errno == ENOENT) return {};
+    std::vector<std::string> names;
+    const dirent* entry = nullptr;
+    while (entries && (errno = 0, entry = readdir(entries.get())) != nullptr) {
+        const std::string_view name = entry->d_name;
+        if (!name.starts_with('.') && name.ends_with(suffix)) names.emplace_back(name);
     }
-    if (error && error.value() != ENOENT)
+    if (errno != 0) {
+        const int error = errno;
         throw SystemFailure(
             {.file = directory, .text = "cannot be read", .remedy = "make it a directory that can be read"},
-            error.value());
+            error);
+    }
     std::sort(names.begin(), names.end());
     return names;
 }
