@@ -70,7 +70,7 @@ class Adopting {
         const std::string made = RenderTemplateText(m_product, m_staging, role, m_templateName, text);
         if (ReadFileBytes(made) != edited) FailToTrace();
         Knowledge knowledge = known->state.knowledge;
-        knowledge.base.reset();
+        knowledge.ForgetBase();
         return Write(text, knowledge);
     }
 

@@ -51,8 +51,10 @@ RecordedFile WithTexts(Database& database, const StoreLimits& limits, const File
 RecordedState AfterWithTexts(Database& database, const StoreLimits& limits, const FileToRecord& file,
                              RecordedState after) {
     if (file.isPlanned) Take(database, limits, after, file.textAfter);
-    if (file.base && limits.keepsTexts)
+    if (file.base && limits.keepsTexts) {
+        after.knowledge.ForgetBase();
         after.knowledge.base = Keep(database, *file.base, DigestOf(*file.base));
+    }
     return after;
 }
 
