@@ -53,6 +53,10 @@ void WarnOfOthersWork(Host& host, const PlannedTarget& planned) {
 }
 
 void WarnOfOthersWork(Host& host, const PlannedEdits& planned) {
+    if (planned.isMerged) {
+        host.Out().Remark(planned.file.path + ": a line that the last commit set was changed since; it " +
+                          (host.Wanted().dryRun ? "would stay" : "stays"));
+    }
     if (!planned.isEdited) return;
     host.Out().Warning(planned.file.path + ": a line that the last commit set was changed since; it " +
                        (host.Wanted().dryRun ? "would be" : "is") + " set again");
@@ -145,7 +149,7 @@ class Execution {
         knowledge.roles.insert(m_product.Role());
         knowledge.namedRole = planned.namedRole;
         knowledge.templateName = planned.target.templateName;
-        knowledge.base.reset();
+        knowledge.ForgetBase();
         return knowledge;
     }
 
