@@ -67,6 +67,7 @@ Fields FieldsOf(const FileOutcome& outcome, const std::string& path, bool isSecr
                      {"reserve", TextOrNull(outcome.reserve)},
                      {"reserve_result", ReserveResultOf(outcome)},
                      {"edited", edited},
+                     {"merged", outcome.isMerged},
                      {"secret", isSecret}};
     AddAttributes(fields, outcome);
     AddDiff(fields, outcome.diff);

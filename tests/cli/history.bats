@@ -402,6 +402,23 @@ import() {
     ! grep -ra hunter state/state.db* || return 1
 }
 
+@test "the words that tell where something was done are shown, whatever a secret text holds" {
+    make_set
+    add_target secret.conf $'# made for ${realm}\npassword=hunter3\n' 'secret = true'
+    mkdir tree
+    mv etc out state templates zet.conf tree
+    printf 'DOMAIN=example.org\nSERVER=srv.example.org\nZET_CFG_DIR=/etc\nZET_CFG_TEMPL_DIR=/templates\nZET_VAR_LIB_DIR=/state\n' >tree/zet.conf
+    printf '[templates."secret.conf"]\ntarget = "/out/secret.conf"\nroles = "both"\nsecret = true\n' >tree/templates/targets.toml
+    printf '%s\n' "$HOST/tree /zet.conf" >>tree/templates/secret.conf
+    capture "$ZET_BIN/zet-client" --root "$HOST/tree" -c /zet.conf -q commit-config
+    assert_status 0
+    capture "$ZET_BIN/zet-client" --root "$HOST/tree" -c /zet.conf -q param set --force --no-markers /out/secret.conf password hunter4
+    capture "$ZET_BIN/zet-client" --root "$HOST/tree" -c /zet.conf history
+    [[ $output == *"--root $HOST/tree -c /zet.conf -q commit-config"* ]]
+    [[ $output == *"param set --force --no-markers /out/secret.conf "*"***"* ]]
+    [[ $output != *hunter* ]]
+}
+
 # holds TEXT: which of the store's files hold the text.
 holds() {
     grep -alF -e "$1" state/* || true

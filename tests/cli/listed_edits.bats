@@ -93,6 +93,58 @@ zet-client: nothing was changed"
     assert_json '[e["state"] for e in d["listed_edits"]]' '["missing", "missing"]'
 }
 
+@test "a merge leaves a line that a hand changed, and sets the others" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet commit-config
+    sed -i 's/^b = 3/b = 4/' out/plain
+    echo NTP_SERVER=fleet >etc/defaults.d/10.conf
+    run_zet --json commit-config --on-edit=merge
+    assert_status 0
+    assert_stderr "zet-client: $HOST/out/plain: a line that the last commit set was changed since; it stays"
+    assert_json '[[t["result"], t["edited"], t["merged"]] for t in d["targets"]]' \
+        '[["unchanged", false, false], ["changed", false, true]]'
+    grep -Fx 'a=fleet' out/plain
+    grep -Fx 'b = 4' out/plain
+    local merged
+    merged=$(<out/plain)
+    run_zet commit-config --on-edit=merge
+    assert_status 0
+    assert_equal "$(<out/plain)" "$merged"
+    run_zet --json status
+    assert_json '[e["state"] for e in d["listed_edits"]]' '["in sync", "edited"]'
+    run_zet commit-config
+    assert_status 0
+    grep -Fx 'b = 3' out/plain
+}
+
+@test "a line that a hand changed and the lists ask for otherwise, too, is a conflict of a merge" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet commit-config
+    sed -i 's/^b = 3/b = 4/' out/plain
+    edits "${TWO_EDITS/b = 3/b = 5}"
+    remember_host
+    run_zet commit-config --on-edit=merge
+    assert_refusal 1 "$HOST/out/plain:$(grep -nFx 'b = 4' out/plain | cut -d: -f1): was edited here, where the lists ask for another line, too (take the edit out; --on-edit=overwrite sets the line again, and the history keeps the edit)
+zet-client: nothing was changed"
+    assert_host_unchanged
+}
+
+@test "an edit of a line that the history cannot keep is set again only when that is said" {
+    echo ZET_HISTORY_MAX_FILE=100 >>zet.conf
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet commit-config
+    sed -i 's/^b = 3/b = 4/' out/plain
+    run_zet commit-config
+    assert_refusal 1 "$HOST/out/plain: a line that the last commit set was changed since, and the history cannot keep the edit (--on-edit=overwrite sets it again all the same)
+zet-client: nothing was changed"
+    run_zet commit-config --on-edit=overwrite
+    assert_status 0
+    grep -Fx 'b = 3' out/plain
+}
+
 @test "an undo of the commit takes its edits back, too" {
     printf 'a=1\nb = 2' >out/plain
     edits "$TWO_EDITS"

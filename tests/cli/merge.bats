@@ -41,10 +41,27 @@ zet-client: \"history show 3 $ONE\" shows what it held"
     assert_equal "$(body)" "$(printf '%s' "$BODY")"
     run_zet status --changed
     assert_status 0
+    run_zet --json status
+    assert_json '[[t["state"], t["merged"]] for t in d["targets"]]' '[["in sync", true], ["in sync", false]]'
+    run_zet --json commit-config
+    assert_json '[[t["result"], t["edited"], t["merged"]] for t in d["targets"]]' \
+        '[["unchanged", false, true], ["unchanged", false, false]]'
     remember_host
     run_zet commit-config
     assert_success "2 unchanged"
     assert_equal "$(body)" "$(printf '%s' "$BODY")"
+}
+
+@test "the report as JSON tells that a commit, or an undo, merges" {
+    edit_and_pend
+    run_zet --json commit-config --on-edit=merge -n
+    assert_json '[[t["result"], t["edited"], t["merged"]] for t in d["targets"]]' \
+        '[["changed", true, true], ["unchanged", false, false]]'
+    zet commit-config
+    sed -i 's/^more$/more of mine/' "$ONE"
+    run_zet --json undo --merge
+    assert_status 0
+    assert_json '[t["merged"] for t in d["files"] if t["path"].endswith("one.conf")]' '[true]'
 }
 
 @test "the parameter asks for it as well, and the next merge takes the rendering as its base" {
@@ -101,6 +118,19 @@ zet-client: \"history show 3 $ONE\" shows what it held"
     [[ $output == *"$ONE: edited"* ]]
 }
 
+@test "a merge that changes no byte is known again when its undo is undone" {
+    echo mine >>"$ONE"
+    zet option set DOMAIN other.org
+    sed -i 's/.{realm}/EXAMPLE.ORG/' templates/one.conf etc/one.conf
+    zet commit-config --on-edit=merge
+    zet undo
+    run_zet --json status
+    assert_json '[[t["state"], t["merged"]] for t in d["targets"]]' '[["edited", false], ["pending", false]]'
+    zet undo
+    run_zet --json status
+    assert_json '[[t["state"], t["merged"]] for t in d["targets"]]' '[["in sync", true], ["in sync", false]]'
+}
+
 @test "what was merged is not dropped unseen" {
     edit_and_pend
     zet commit-config --on-edit=merge
@@ -145,6 +175,46 @@ zet-client: nothing was changed"
     assert_status 1
     [[ $stderr == *"$ONE: has another mode (0600)"* ]]
     [[ $(stat -c %a "$ONE") == 600 ]]
+}
+
+@test "a merge whose texts were erased is told, cannot go on, and is not dropped unseen" {
+    local erased="holds edits that cannot be merged again, as the text that they were merged with was erased from the history (put them into its template; --on-edit=overwrite takes them out, and the history keeps them)"
+    edit_and_pend
+    zet commit-config --on-edit=merge
+    run_zet history erase "$ONE"
+    assert_status 0
+    [[ $stderr == *"warning: $ONE: holds edits that a commit merged, and none can merge them again without its texts (put them into its template)"* ]]
+    remember_host
+    run_zet commit-config --on-edit=merge
+    assert_refusal 1 "$ONE: $erased
+zet-client: nothing was changed"
+    run_zet commit-config --on-edit=refuse
+    assert_refusal 1 "$ONE: holds edits that an earlier commit merged (--on-edit=overwrite replaces it, and the history keeps it)
+zet-client: nothing was changed"
+    run_zet status
+    [[ $output == *"$ONE: pending"* ]]
+    assert_host_unchanged
+    run_zet commit-config
+    assert_status 0
+    [[ $stderr == *"warning: $ONE: holds edits that an earlier commit merged; they are overwritten"* ]]
+    zet undo
+    assert_equal "$(body)" "$(printf '%s' "$BODY")"
+    run_zet commit-config --on-edit=merge
+    assert_refusal 1 "$ONE: $erased
+zet-client: nothing was changed"
+}
+
+@test "a merge whose texts were erased and whose edits the template has is none any more" {
+    edit_and_pend
+    zet commit-config --on-edit=merge
+    zet history erase "$ONE"
+    echo mine >>etc/one.conf
+    run_zet commit-config --on-edit=merge
+    assert_success "2 unchanged"
+    zet option set REALM THIRD.ORG
+    run_zet commit-config --on-edit=refuse
+    assert_status 0
+    assert_equal "$(body)" $'first\nrealm = THIRD.ORG\nmiddle\nmore\nlast\nmine'
 }
 
 @test "a target that was removed cannot be merged" {

@@ -60,7 +60,7 @@ $TWO: in sync
 2 in sync"
     assert_states "in sync" "in sync"
     assert_json '[d[x] for x in ("role", "file_server", "commit_time")]' "[\"client\", \"smb3\", \"$(commit_time)\"]"
-    assert_json 'd["targets"][0]' "{\"template\": \"one.conf\", \"file\": \"$ONE\", \"path\": \"$ONE\", \"state\": \"in sync\", \"diff\": null, \"changed_lines\": null}"
+    assert_json 'd["targets"][0]' "{\"template\": \"one.conf\", \"file\": \"$ONE\", \"path\": \"$ONE\", \"state\": \"in sync\", \"merged\": false, \"diff\": null, \"changed_lines\": null}"
 }
 
 @test "only what is not in sync is listed where that is wanted, and all is counted" {
@@ -290,7 +290,7 @@ $TWO: $1"
     run_zet --json status
     assert_status 0
     assert_json 'd["targets"][2]' \
-        "{\"template\": \"three.conf\", \"file\": \"$HOST/by_link/three.conf\", \"path\": \"$HOST/real/three.conf\", \"state\": \"in sync\", \"diff\": null, \"changed_lines\": null}"
+        "{\"template\": \"three.conf\", \"file\": \"$HOST/by_link/three.conf\", \"path\": \"$HOST/real/three.conf\", \"state\": \"in sync\", \"merged\": false, \"diff\": null, \"changed_lines\": null}"
 }
 
 @test "a file that the list names by a link among its directories is known by its real name" {

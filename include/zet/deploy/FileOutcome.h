@@ -45,6 +45,7 @@ struct FileOutcome {
     ShownDiff diff;            ///< where it is wanted
     std::string templateName;  ///< of a target; empty: it is none that the list has
     bool isEdited = false;     ///< somebody else changed the target since the last commit
+    bool isMerged = false;     ///< what somebody else changed in it is in the text that it then has, too
 
     bool IsChange() const { return result != Result::Unchanged && result != Result::Kept; }
 };

@@ -25,7 +25,8 @@ struct TargetState {
     std::string file;     ///< as the list names it
     FileState before;  ///< of one that is pending or edited: what it is, and what a commit would make of it
     FileState after;
-    ShownDiff diff;  ///< of such a one, where it is wanted
+    ShownDiff diff;         ///< of such a one, where it is wanted
+    bool isMerged = false;  ///< it holds edits of others that a commit merged
 };
 
 /// A file that was edited in place.

@@ -70,7 +70,8 @@ void TellTarget(Session& session, const TargetState& target) {
     Fields fields = {{"template", target.templateName},
                      {"file", target.file},
                      {"path", session.Product().HostPaths().RealName(target.path)},
-                     {"state", target.state}};
+                     {"state", target.state},
+                     {"merged", target.isMerged}};
     AddDiff(fields, target.diff);
     session.Out().Add("targets", std::move(fields));
     TellDiff(session.Out(), target.diff);

@@ -67,7 +67,7 @@ class Adopting {
         const std::string staged = RenderQuietly(m_product, m_staging, m_templateName, role);
         const std::string rendered = ReadFileBytes(staged);
         Knowledge knowledge = known->state.knowledge;
-        knowledge.base.reset();
+        knowledge.ForgetBase();
         if (edited == rendered) return IsLastRendering(*known, rendered) ? Unchanged() : Remember(knowledge);
         if (!IsMergedWith(m_product, *known, staged)) RequireLastRendering(*known, rendered);
         const std::string text = NewTemplate(rendered, edited);

@@ -86,8 +86,12 @@ std::vector<std::string> HiddenTexts(const HistoryReader& reader, const Recorded
 std::vector<std::string> ShownWords(const HistoryReader& reader, const RecordedEntry& entry) {
     const bool isHidden = std::any_of(entry.words.begin(), entry.words.end(),
                                       [](const std::string& word) { return word.ends_with(kHiddenWord); });
-    const bool mayHoldText = !isHidden && WordsWithoutTexts(entry.words, entry.words) != entry.words;
-    return mayHoldText ? WordsWithoutTexts(entry.words, HiddenTexts(reader, entry)) : entry.words;
+    if (isHidden) return entry.words;
+    std::vector<std::string> paths;
+    for (const RecordedFile& file : reader.FilesOf(entry.number))
+        paths.push_back(file.path);
+    const bool mayHoldText = WordsWithoutTexts(entry.words, entry.words, paths) != entry.words;
+    return mayHoldText ? WordsWithoutTexts(entry.words, HiddenTexts(reader, entry), paths) : entry.words;
 }
 
 }  // namespace

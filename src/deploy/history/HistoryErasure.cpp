@@ -7,11 +7,25 @@
 
 namespace ZET::Deploy {
 
+namespace {
+
+void TellOfMerge(Deployment& product, const std::string& name) {
+    const auto known = product.HostHistory().ToLook()->Known(name);
+    if (!known || known->kind != FileKind::Target || !known->state.knowledge.base) return;
+    product.Out().Warning(
+        product.HostPaths().FromInside(name) +
+        ": holds edits that a commit merged, and none can merge them again without its texts (put "
+        "them into its template)");
+}
+
+}  // namespace
+
 ErasedHistory EraseHistory(Deployment& product, const std::string& file) {
     const auto toErase = [&] { return HistoryReader(product).NameOf(file); };
     ErasedHistory result;
     if (product.Wanted().dryRun) {
         const std::string name = toErase();
+        TellOfMerge(product, name);
         result.path = product.HostPaths().FromInside(name);
         result.texts = product.HostHistory().ToLook()->CountTexts(NamesBeside(name));
         return result;
@@ -19,6 +33,7 @@ ErasedHistory EraseHistory(Deployment& product, const std::string& file) {
     const std::string name = toErase();  // before anybody has to wait
     const WriteLock lock(product.State(), LockSeeker{product.Caller(), product.Out()});
     SettleCutShort(product);
+    TellOfMerge(product, name);
     const Erasure erased = product.HostHistory().ToRecord().Erase(NamesBeside(name));
     result.path = product.HostPaths().FromInside(name);
     result.texts = erased.texts;

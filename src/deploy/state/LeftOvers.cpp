@@ -38,7 +38,8 @@ class LeftOvers {
         for (const std::string& owned : {name, name + ZETReserveSuffix}) {
             if (lstat(owned.c_str(), &status) == 0) m_owners.insert(status.st_uid);
         }
-        ClearOne(name + ZETTemporarySuffix);
+        for (const char* const suffix : {"", ZETReserveSuffix, ZETAbsenceSuffix})
+            ClearOne(name + suffix + ZETTemporarySuffix);
         for (const std::string& copy : Copies(name))
             ClearOne(copy);
     }

@@ -41,8 +41,13 @@ bool GoesBackToReserve(const FileWithCompanions& now, const FileWithCompanions& 
 }
 
 bool IsReserveMadeOfFile(const FileWithCompanions& now, const FileWithCompanions& wanted) {
-    return IsThere(now.file) && IsThere(wanted.reserve) && !IsThere(now.reserve) && !IsThere(now.absence) &&
-           HaveSameText(now.file->state, wanted.reserve->state);
+    if (!IsThere(now.file) || !IsThere(wanted.reserve) || IsThere(now.reserve) || IsThere(now.absence))
+        return false;
+    if (now.file->IsAs(wanted.reserve->state)) return true;
+    // With other attributes it would be neither for an instant; only a text that is held can be written at
+    // once.
+    const bool isHeld = wanted.reserve->text.size() == wanted.reserve->state.size;
+    return !isHeld && HaveSameText(now.file->state, wanted.reserve->state);
 }
 
 StateWriter::StateWriter(HostProduct& product, const FileInPlace& place, const FileVersion& version)

@@ -86,7 +86,7 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     }
     if (templateNames.empty()) {
         AddTakenBack();
-        AddEdits();
+        AddEdits(wanted);
         JudgeListedEdits(wanted);
     }
     if (m_checked.problems.empty()) return;
@@ -119,8 +119,8 @@ void CommitPlan::TakeBackFile(WrittenFile file) {
     }
 }
 
-void CommitPlan::AddEdits() {
-    m_edits = std::make_unique<ListedEdits>(m_product, *m_known, *m_staging);
+void CommitPlan::AddEdits(OnEdit onEdit) {
+    m_edits = std::make_unique<ListedEdits>(m_product, *m_known, *m_staging, onEdit);
     for (const Problem& problem : m_edits->Problems())
         m_checked.problems.push_back(problem);
     for (const std::string& path : m_edits->Emptied()) {
@@ -141,10 +141,10 @@ bool CommitPlan::IsChange() const {
 }
 
 /// Whether the history can keep the text that a commit replaces.
-bool CommitPlan::CanBeKept(const PlannedTarget& planned) const {
+bool CommitPlan::CanBeKept(const FileState& before, const FileVersion& version) const {
     const StoreLimits limits = m_product.HostHistory().Limits();
-    const auto size = static_cast<std::uint64_t>(planned.version.size);
-    return !planned.before.exists || (limits.keepsTexts && size <= limits.largestText);
+    const auto size = static_cast<std::uint64_t>(version.size);
+    return !before.exists || (limits.keepsTexts && size <= limits.largestText);
 }
 
 /// An edit that is refused, conflicts, or would be lost, is a problem like the others. False when there is
@@ -158,7 +158,7 @@ bool CommitPlan::SettleEdit(PlannedTarget& planned, OnEdit onEdit) {
         problems.push_back({.file = planned.path,
                             .text = DescribeOthersWork(planned),
                             .remedy = "--on-edit=overwrite replaces it, and the history keeps it"});
-    } else if (!CanBeKept(planned)) {
+    } else if (!CanBeKept(planned.before, planned.version)) {
         problems.push_back({.file = planned.path,
                             .text = DescribeOthersWork(planned) + ", and the history cannot keep the edit",
                             .remedy = "--on-edit=overwrite replaces it all the same"});
@@ -167,14 +167,21 @@ bool CommitPlan::SettleEdit(PlannedTarget& planned, OnEdit onEdit) {
     return problems.empty();
 }
 
-/// A line that a hand changed and the list asks for as it was is what a merge calls a conflict.
+/// As of a target: what others changed is refused where that is wanted, or where it would be lost.
 void CommitPlan::JudgeListedEdits(OnEdit onEdit) {
-    if (onEdit != OnEdit::Refuse && onEdit != OnEdit::Merge) return;
+    if (onEdit == OnEdit::Overwrite) return;
     for (const PlannedEdits& edits : m_edits->Files()) {
-        if (edits.isEdited)
-            m_checked.problems.push_back({.file = edits.file.path,
-                                          .text = "a line that the last commit set was changed since",
-                                          .remedy = "--on-edit=overwrite sets it again"});
+        std::vector<Problem>& problems = m_checked.problems;
+        problems.insert(problems.end(), edits.conflicts.begin(), edits.conflicts.end());
+        if (!edits.isEdited || !edits.conflicts.empty()) continue;
+        const std::string text = "a line that the last commit set was changed since";
+        if (onEdit == OnEdit::Refuse)
+            problems.push_back(
+                {.file = edits.file.path, .text = text, .remedy = "--on-edit=overwrite sets it again"});
+        else if (!CanBeKept(edits.file.before, edits.file.version))
+            problems.push_back({.file = edits.file.path,
+                                .text = text + ", and the history cannot keep the edit",
+                                .remedy = "--on-edit=overwrite sets it again all the same"});
     }
 }
 
@@ -270,6 +277,7 @@ FileOutcome OutcomeOf(Deployment& product, const PlannedTarget& planned) {
     outcome.after = planned.after;
     outcome.templateName = planned.target.templateName;
     outcome.isEdited = planned.IsOthersWork();
+    outcome.isMerged = planned.isMerged || !planned.rendering.empty();
     if (planned.IsChange())
         outcome.diff =
             DiffToShow(product, planned.before.exists ? planned.path : "", planned.staged, planned.path);

@@ -67,9 +67,9 @@ class CommitPlan {
     bool SettleEdit(PlannedTarget& planned, OnEdit onEdit);
     void JudgeListedEdits(OnEdit onEdit);
     void AddTakenBack();
-    void AddEdits();
+    void AddEdits(OnEdit onEdit);
     void TakeBackFile(WrittenFile file);
-    bool CanBeKept(const PlannedTarget& planned) const;
+    bool CanBeKept(const FileState& before, const FileVersion& version) const;
     bool WasCutShort(const KnownFile& known);
     bool WasCutShort(std::int64_t entry) const;
 

@@ -99,7 +99,7 @@ Knowledge CommitRecord::KnowledgeOf(const PlannedTarget& planned) const {
     knowledge.roles.insert(m_product.Role());
     knowledge.namedRole = planned.namedRole;
     knowledge.templateName = planned.target.templateName;
-    knowledge.base.reset();
+    knowledge.ForgetBase();
     return knowledge;
 }
 

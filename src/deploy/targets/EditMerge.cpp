@@ -10,6 +10,11 @@ namespace {
 
 constexpr char kOtherWay[] = "--on-edit=overwrite replaces it, and the history keeps it";
 constexpr char kLastWay[] = "--on-edit=overwrite replaces it all the same";
+constexpr char kBaseIsErased[] =
+    "holds edits that cannot be merged again, as the text that they were merged with was erased from the "
+    "history";
+constexpr char kWayOfErased[] =
+    "put them into its template; --on-edit=overwrite takes them out, and the history keeps them";
 constexpr mode_t kModeBits = 07777;
 
 /// What the text that is known of a file was made from.
@@ -47,7 +52,8 @@ bool IsMergedWith(Host& host, const KnownFile& known, const std::string& staged)
 
 void EditMerge::KeepMerged(PlannedTarget& planned) const {
     const KnownFile* const known = m_known.Find(planned.path);
-    planned.holdsMerge = known != nullptr && known->state.knowledge.base && planned.before.exists;
+    if (known == nullptr || !planned.before.exists) return;
+    planned.holdsMerge = known->state.knowledge.IsMerge();
     if (!planned.holdsMerge) return;
     planned.isRenderingNew = !IsMergedWith(m_host, *known, planned.staged);
     if (!planned.isTouched && !planned.isRenderingNew) Take(planned, ReadFileBytes(planned.path));
@@ -62,6 +68,7 @@ std::vector<Problem> EditMerge::Merge(PlannedTarget& planned) const {
         return refuse("was removed since the last commit, which cannot be merged", kLastWay);
     if (!CanBeKept(m_host, planned))
         return refuse("was edited since the last commit, and the history cannot keep the edit", kLastWay);
+    if (known != nullptr && known->state.knowledge.isBaseErased) return refuse(kBaseIsErased, kWayOfErased);
     if (known == nullptr || !BaseOf(*known))
         return refuse("cannot be merged, as the text of the last commit is not kept", kOtherWay);
     if (HasOtherMode(planned, *known)) {

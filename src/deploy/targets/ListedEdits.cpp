@@ -96,10 +96,18 @@ std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
     return isAsLeft ? "pending" : "edited";
 }
 
+/// Of the first that was changed.
+int NumberOf(const LineToSet& line, const std::vector<LineInPlace>& places, IZETCore& core) {
+    for (const LineInPlace& place : places)
+        if (place.text != line.line && core.MatchRegEx(line.pattern, place.text, nullptr, 0))
+            return static_cast<int>(place.number);
+    return 0;
+}
+
 }  // namespace
 
-ListedEdits::ListedEdits(Deployment& product, const KnownFiles& known, const Staging& staging)
-    : m_product(product), m_known(known), m_cutShort(FilesOfCutShort(product)) {
+ListedEdits::ListedEdits(Deployment& product, const KnownFiles& known, const Staging& staging, OnEdit onEdit)
+    : m_product(product), m_known(known), m_onEdit(onEdit), m_cutShort(FilesOfCutShort(product)) {
     ListedLines found = FindListedLines(product, known, staging);
     m_problems = std::move(found.problems);
     for (FileWithLines& file : found.files) {
@@ -204,19 +212,17 @@ void ListedEdits::Add(const LineToSet& line, const std::string& text, const std:
 
 void ListedEdits::Plan(FileWithLines file, const Staging& staging) {
     const std::string rest = WithoutFormerLines(file);
-    PlannedEdits planned{std::move(file), "", false, false};
+    PlannedEdits planned{.file = std::move(file), .staged = ""};
     FileWithLines& found = planned.file;
     planned.isTakenBack = rest != found.text;
     if (found.lines.empty() && planned.isTakenBack && !HasBlocks(rest)) {
         m_emptied.push_back(found.path);
         return;
     }
-    const std::vector<LineInPlace> places = LinesIn(Text::ManagedText(found.text));
-    for (const LineToSet& line : found.lines)
-        planned.isEdited = planned.isEdited || StateOfLine(found, line, places, m_product.Core()) == "edited";
     const Text::LineEnds ends = Text::LineEndsOf(found.text);
     for (LineToSet& line : found.lines)
         line.line = Text::WithLineEnd(line.line, ends);
+    JudgeEdited(planned);
     const std::string staged = staging.PathOf("edits/" + std::to_string(m_files.size()));
     WriteStagedFile(staged, rest, found.before.mode);
     const ParamOverride noSync(m_product.Core(), "ZET_SYNC", "no");
@@ -225,6 +231,25 @@ void ListedEdits::Plan(FileWithLines file, const Staging& staging) {
     RequireModeOf(found.path, staged);
     if (ReadFileBytes(staged) != found.text) planned.staged = staged;
     m_files.push_back(std::move(planned));
+}
+
+/// A merge has three texts of a line: what the last commit set, what it is now, and what the lists ask for.
+void ListedEdits::JudgeEdited(PlannedEdits& planned) const {
+    FileWithLines& file = planned.file;
+    const std::vector<LineInPlace> places = LinesIn(Text::ManagedText(file.text));
+    for (LineToSet& line : file.lines) {
+        if (StateOfLine(file, line, places, m_product.Core()) != "edited") continue;
+        line.stays = m_onEdit == OnEdit::Merge && file.HasSet(line);
+        planned.isMerged = planned.isMerged || line.stays;
+        planned.isEdited = planned.isEdited || !line.stays;
+        if (m_onEdit == OnEdit::Merge && !line.stays)
+            planned.conflicts.push_back(
+                {.file = file.path,
+                 .line = NumberOf(line, places, m_product.Core()),
+                 .text = "was edited here, where the lists ask for another line, too",
+                 .remedy = "take the edit out; --on-edit=overwrite sets the line again, and "
+                           "the history keeps the edit"});
+    }
 }
 
 /// The text without lines of this role that no list has in force. One that a hand changed stays, and is
@@ -250,7 +275,7 @@ void ListedEdits::Set(const std::string& name, const FileWithLines& file) const 
             {.file = file.path, .text = "cannot be read any more", .remedy = "run the command again"});
     RemedyErrors(kSimplerExpression, [&] {
         for (const LineToSet& line : file.lines)
-            opened->SetLine(line.pattern, line.line);
+            if (!line.stays) opened->SetLine(line.pattern, line.line);
     });
     const WrittenLanguage language(m_product.Core());
     RemedyErrors("make room, or see to the rights of its directory", [&] { opened->Save(true); });
@@ -284,6 +309,7 @@ FileOutcome ListedEdits::OutcomeOf(const PlannedEdits& planned) const {
     outcome.path = file.path;
     outcome.before = outcome.after = file.before;
     outcome.isEdited = planned.isEdited;
+    outcome.isMerged = planned.isMerged;
     outcome.result = planned.IsChange() ? FileOutcome::Result::Changed : FileOutcome::Result::Unchanged;
     if (planned.IsChange()) outcome.diff = DiffToShow(m_product, file.path, planned.staged, file.path);
     return outcome;

@@ -10,6 +10,7 @@
 #include "deploy/targets/ClaimedFiles.h"
 #include "deploy/targets/ListedLines.h"
 #include "zet/deploy/FileOutcome.h"
+#include "zet/deploy/OnEdit.h"
 #include "zet/deploy/Status.h"
 
 namespace ZET::Deploy {
@@ -17,9 +18,11 @@ namespace ZET::Deploy {
 /// What a commit does to a file in which the lists ask for lines.
 struct PlannedEdits {
     FileWithLines file;
-    std::string staged;        ///< the file as it would be; empty: it stays as it is
-    bool isTakenBack = false;  ///< lines are, so that its text is not the module's alone
-    bool isEdited = false;     ///< somebody changed a line that a commit had set
+    std::string staged;                ///< the file as it would be; empty: it stays as it is
+    bool isTakenBack = false;          ///< lines are, so that its text is not the module's alone
+    bool isEdited = false;             ///< somebody changed a line that a commit had set, which is set again
+    bool isMerged = false;             ///< somebody did, and the line stays as it is
+    std::vector<Problem> conflicts{};  ///< somebody did, and the lists ask for another line by now
 
     bool IsChange() const { return !staged.empty(); }
 };
@@ -35,7 +38,9 @@ struct LineInPlace {
 class ListedEdits {
   public:
     /// Looks at every file, and makes in `staging` what would become of it.
-    ListedEdits(Deployment& product, const KnownFiles& known, const Staging& staging);
+    /// A merge leaves a line that a hand changed, where the lists ask for what they asked for before.
+    ListedEdits(Deployment& product, const KnownFiles& known, const Staging& staging,
+                OnEdit onEdit = OnEdit::Overwrite);
 
     const std::vector<Problem>& Problems() const { return m_problems; }
     const std::vector<PlannedEdits>& Files() const { return m_files; }
@@ -51,6 +56,7 @@ class ListedEdits {
 
   private:
     void Plan(FileWithLines file, const Staging& staging);
+    void JudgeEdited(PlannedEdits& planned) const;
     bool Judge(const FileWithLines& file);
     void JudgePlaceOf(const FileWithLines& file);
     void JudgeLines(const FileWithLines& file);
@@ -63,6 +69,7 @@ class ListedEdits {
 
     Deployment& m_product;
     const KnownFiles& m_known;
+    const OnEdit m_onEdit;
     const std::set<std::string> m_cutShort;
     std::optional<ClaimedFiles> m_claimed;  ///< from the first file on
     std::vector<Problem> m_problems;

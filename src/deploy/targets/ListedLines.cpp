@@ -250,6 +250,13 @@ bool FileWithLines::Remembers(const std::string& selector) const {
                        [&](const RememberedLine& line) { return line.selector == selector; });
 }
 
+bool FileWithLines::HasSet(const LineToSet& line) const {
+    const std::string selector = SelectorOf(*line.edit);
+    return std::any_of(remembered.begin(), remembered.end(), [&](const RememberedLine& each) {
+        return each.selector == selector && each.line == line.line;
+    });
+}
+
 ListedLines FindListedLines(Deployment& product, const KnownFiles& known, const Staging& staging) {
     return Finder(product, known, staging).Find();
 }

@@ -19,6 +19,7 @@ struct LineToSet {
     const ListedEdit* edit = nullptr;
     std::string pattern;  ///< the lines that it takes the place of
     std::string line;     ///< placeholders replaced
+    bool stays = false;   ///< as a hand changed it
 };
 
 /// A line that a commit of a role has set, as the history keeps it.
@@ -47,6 +48,9 @@ struct FileWithLines {
     std::string text;  ///< as it is
 
     bool Remembers(const std::string& selector) const;
+
+    /// Whether a commit has set the line as it is asked for now.
+    bool HasSet(const LineToSet& line) const;
 };
 
 /// The lines that the lists have in force for the host's role, file by file; and the files in which the role

@@ -28,6 +28,10 @@ void WarnOfOthersWork(Host& host, const PlannedTarget& planned) {
 }
 
 void WarnOfOthersWork(Host& host, const PlannedEdits& planned) {
+    if (planned.isMerged) {
+        host.Out().Remark(planned.file.path + ": a line that the last commit set was changed since; it " +
+                          (host.Wanted().dryRun ? "would stay" : "stays"));
+    }
     if (!planned.isEdited) return;
     host.Out().Warning(planned.file.path + ": a line that the last commit set was changed since; it " +
                        (host.Wanted().dryRun ? "would be" : "is") + " set again");

@@ -51,6 +51,7 @@ class StateTeller {
             result.path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path));
             m_staged.clear();
             result.state = StateOfFile(target.templateName, result.path);
+            result.isMerged = HoldsMerge(result.path);
             if (result.state == kPending || result.state == kEdited) Compare(target, result);
         } catch (const Interrupted&) {
             throw;
@@ -74,6 +75,13 @@ class StateTeller {
         // Without the history, nobody can tell who changed it.
         if (m_known.IsUnusable()) return "differs";
         return m_known.IsAsLeft(path) ? kPending : kEdited;
+    }
+
+    /// Of one whose template makes the same by now, it is nobody's edit any more.
+    bool HoldsMerge(const std::string& path) const {
+        const KnownFile* const known = m_known.Find(path);
+        if (known == nullptr || !known->state.knowledge.IsMerge() || !StateOf(path).exists) return false;
+        return m_staged.empty() || !HaveSameModeAndBytes(m_staged, path);
     }
 
     /// With what a commit would write. Of a template that it would refuse, nobody knows.

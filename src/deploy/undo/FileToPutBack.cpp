@@ -215,9 +215,8 @@ FileKind FileToPutBack::KindAfter() const {
 std::optional<RecordedState> FileToPutBack::LeftThen() const {
     if (KindAfter() == FileKind::Original) return std::nullopt;
     if (IsKnownByNewer()) return m_known->state;
-    // Who changes what is known of an edited file alone, leaves it edited.
-    if (!m_change.isWritten && !m_change.file->leftBefore)
-        return m_known ? m_known->state : m_change.file->before;
+    // Who changes what is known of a file alone, leaves what a hand made of it since an edit.
+    if (!m_change.isWritten && !m_change.file->leftBefore) return m_change.file->before;
     return m_change.file->leftBefore;
 }
 
@@ -281,7 +280,7 @@ std::string FileToPutBack::Remark() const {
         default:
             break;
     }
-    if (m_others == OthersWork::IsMerged && m_isOthersWork) return "merged with what was edited since";
+    if (IsMerge()) return "merged with what was edited since";
     if (IsThere(m_now.file) && m_version.inode != 0) {
         const FileState now = StateOf(m_path);
         if (now.links > 1)
@@ -305,6 +304,7 @@ FileOutcome FileToPutBack::Outcome() const {
         if (outcome.templateName.empty()) outcome.templateName = m_change.file->after.knowledge.templateName;
     }
     outcome.isEdited = m_isOthersWork;
+    outcome.isMerged = IsMerge();
     outcome.diff = Diff();
     return outcome;
 }

@@ -65,6 +65,7 @@ class FileToPutBack {
                     const std::optional<CapturedFile>& wanted) const;
     FileOutcome::Result Result() const;
     std::string Remark() const;
+    bool IsMerge() const { return m_others == OthersWork::IsMerged && m_isOthersWork && !m_isKept; }
     ShownDiff Diff() const;
 
     Deployment& m_product;

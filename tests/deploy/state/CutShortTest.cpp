@@ -119,15 +119,17 @@ TEST_F(CutShortTest, TemporaryFileOfAKilledRunIsRemovedAndTold) {
 }
 
 TEST_F(CutShortTest, UnfinishedCopiesAndReservesAreRemovedAsWell) {
+    constexpr const char* kUnfinished[] = {"out/a.before_zet.Ab3xYz.tmp", "out/a.000000.tmp",
+                                           "out/a.before_zet.tmp", "out/a.no_file_before_zet.tmp"};
     RecordOfKilledRun("out/a");
-    for (const char* name : {"out/a.before_zet.Ab3xYz.tmp", "out/a.000000.tmp"})
+    for (const char* name : kUnfinished)
         Write(name, "half");
     Write("out/a.before_zet", "kept");
     Write("out/b.Ab3xYz.tmp", "kept");
     Write("out/a.Ab3xYz7.tmp", "kept");
     Clear();
-    EXPECT_THAT(m_told.remarks, SizeIs(2));
-    for (const char* name : {"out/a.before_zet.Ab3xYz.tmp", "out/a.000000.tmp"})
+    EXPECT_THAT(m_told.remarks, SizeIs(4));
+    for (const char* name : kUnfinished)
         EXPECT_FALSE(fs::exists(At(name))) << name;
     for (const char* name : {"out/a.before_zet", "out/b.Ab3xYz.tmp", "out/a.Ab3xYz7.tmp"})
         EXPECT_TRUE(fs::exists(At(name))) << name;

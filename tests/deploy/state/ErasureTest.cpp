@@ -23,6 +23,25 @@ TEST(ErasureTest, WordsOfTheCommandAndOptionsStay) {
               (Words{"-q", "param", "set", "--force", "***"}));
 }
 
+TEST(ErasureTest, PlacesAndNamesOfTheFilesStay) {
+    const Words words = {"--root", "/r",  "-c",       "zet.conf",    "--module=/r/m",
+                         "param",  "set", "etc/file", "/r/etc/file", "/r"};
+    EXPECT_EQ(WordsWithoutTexts(words, {"/r zet.conf /r/m etc/file"}, {"/etc/file"}),
+              (Words{"--root", "/r", "-c", "zet.conf", "--module=/r/m", "param", "set", "etc/file",
+                     "/r/etc/file", "***"}));
+}
+
+TEST(ErasureTest, WhatOnlyLooksLikeAPlaceIsHidden) {
+    EXPECT_EQ(WordsWithoutTexts({"param", "set", "f", "n", "--", "--root", "pw"}, {"pw"}),
+              (Words{"param", "set", "f", "n", "--", "--root", "***"}));
+    EXPECT_EQ(WordsWithoutTexts({"param", "set", "f", "n", "--", "--root=pw"}, {"pw"}),
+              (Words{"param", "set", "f", "n", "--", "--root=***"}));
+    EXPECT_EQ(WordsWithoutTexts({"param", "set", "-m", "--root", "pw"}, {"pw"}),
+              (Words{"param", "set", "-m", "--root", "***"}));
+    EXPECT_EQ(WordsWithoutTexts({"param", "set", "f", "n", "le"}, {"le"}, {"/etc/file"}),
+              (Words{"param", "set", "f", "n", "***"}));
+}
+
 TEST(ErasureTest, NothingIsHiddenOfOtherTexts) {
     EXPECT_EQ(WordsWithoutTexts({"param", "set", "f", "x", ""}, {"abc"}),
               (Words{"param", "set", "f", "x", ""}));

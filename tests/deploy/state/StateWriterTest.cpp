@@ -161,5 +161,21 @@ TEST_F(StateWriterTest, AnAttributeThatIsNotWantedGoes) {
     EXPECT_TRUE(Now().file->IsAs(Wanted('o').state));
 }
 
+TEST(ReserveOfFileTest, OneWithOtherAttributesIsMadeOfTheFileOnlyWhereItsTextIsNotHeld) {
+    CapturedFile file;
+    file.state.exists = true;
+    file.state.mode = 0644;
+    file.SetText("text");
+    FileWithCompanions now;
+    now.file = file;
+    FileWithCompanions wanted;
+    wanted.reserve = file;
+    EXPECT_TRUE(IsReserveMadeOfFile(now, wanted));
+    wanted.reserve->state.mode = 0640;
+    EXPECT_FALSE(IsReserveMadeOfFile(now, wanted));
+    wanted.reserve->text.clear();
+    EXPECT_TRUE(IsReserveMadeOfFile(now, wanted));
+}
+
 }  // namespace
 }  // namespace ZET::Deploy

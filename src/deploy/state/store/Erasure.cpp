@@ -86,12 +86,48 @@ std::string WithoutTexts(const std::string& word, const std::vector<std::string>
     return !word.starts_with('-') && IsHeld(word, texts) ? kHiddenWord : word;
 }
 
+/// Options of every command that take a place; what stands there is nobody's text.
+constexpr std::string_view kPlaces[] = {"--root", "-c", "--config", "--module"};
+
+/// Options whose next word is anything at all, and no option even where it looks like one.
+constexpr std::string_view kTakesAnything[] = {"-m", "--message", "--set", "--value"};
+
+template <std::size_t size>
+bool IsOneOf(const std::string& word, const std::string_view (&options)[size]) {
+    return std::find(std::begin(options), std::end(options), word) != std::end(options);
+}
+
+/// "--root=DIR", or DIR behind "--root".
+bool IsPlace(const std::vector<std::string>& words, std::size_t i) {
+    const auto joined = words[i].find('=');
+    const auto end = std::find(words.begin(), words.end(), "--");
+    if (end - words.begin() < static_cast<std::ptrdiff_t>(i)) return false;
+    if (i > 0 && IsOneOf(words[i - 1], kTakesAnything)) return false;
+    if (joined != std::string::npos && IsOneOf(words[i].substr(0, joined), kPlaces)) return true;
+    return i > 0 && IsOneOf(words[i - 1], kPlaces) && (i == 1 || !IsOneOf(words[i - 2], kTakesAnything));
+}
+
+/// Whether the word names one of the files, by its path or the end of it.
+bool NamesOneOf(const std::string& word, const std::vector<std::string>& paths) {
+    return !word.empty() && std::any_of(paths.begin(), paths.end(), [&](const std::string& path) {
+        return path == word || path.ends_with("/" + word) || (path.starts_with('/') && word.ends_with(path));
+    });
+}
+
+std::vector<std::string> PathsOf(Database& database, std::int64_t entry) {
+    std::vector<std::string> paths;
+    Database::Rows rows(database, "SELECT path FROM files WHERE entry = ?", {entry});
+    while (rows.Next())
+        paths.push_back(rows.Text(0));
+    return paths;
+}
+
 void HideWords(Database& database, const std::set<std::int64_t>& numbers,
                const std::vector<std::string>& texts) {
     for (const std::int64_t number : numbers) {
         std::optional<RecordedEntry> entry = EntryAt(database, number);
         if (!entry) continue;
-        std::vector<std::string> words = WordsWithoutTexts(entry->words, texts);
+        std::vector<std::string> words = WordsWithoutTexts(entry->words, texts, PathsOf(database, number));
         if (words == entry->words) continue;
         entry->words = std::move(words);
         ReplaceEntry(database, *entry);
@@ -100,23 +136,28 @@ void HideWords(Database& database, const std::set<std::int64_t>& numbers,
 
 void TakeOut(Database& database, std::int64_t id, RecordedState state) {
     state.text.reset();
+    if (state.knowledge.base) state.knowledge.isBaseErased = true;
     state.knowledge.base.reset();
     ReplaceState(database, id, state);
 }
 
 }  // namespace
 
-std::vector<std::string> WordsWithoutTexts(std::vector<std::string> words,
-                                           const std::vector<std::string>& texts) {
+std::vector<std::string> WordsWithoutTexts(const std::vector<std::string>& words,
+                                           const std::vector<std::string>& texts,
+                                           const std::vector<std::string>& paths) {
+    std::vector<std::string> shown = words;
     std::size_t ofCommand = 0;
-    for (std::string& word : words) {
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        const std::string& word = words[i];
+        if (IsPlace(words, i) || NamesOneOf(word, paths)) continue;
         const bool isCommand = ofCommand < kMostWordsOfCommand && !word.starts_with('-') && IsOfCommand(word);
         if (isCommand)
             ++ofCommand;
         else
-            word = WithoutTexts(word, texts);
+            shown[i] = WithoutTexts(word, texts);
     }
-    return words;
+    return shown;
 }
 
 std::size_t CountTextsOf(Database& database, const std::vector<std::string>& paths) {

@@ -28,10 +28,12 @@ Erasure EraseTexts(Database& database, const std::vector<std::string>& paths,
 /// What stands for a word that is not for everybody.
 constexpr char kHiddenWord[] = "***";
 
-/// The words without what the texts hold: the value of a word NAME=VALUE, or all of it. Options and the
-/// command's own words stay.
-std::vector<std::string> WordsWithoutTexts(std::vector<std::string> words,
-                                           const std::vector<std::string>& texts);
+/// The words without what the texts hold: the value of a word NAME=VALUE, or all of it. Options, the
+/// command's own words, the places that "--root" and its like take, and names of the files stay: they tell
+/// where something was done, whatever text has them, too.
+std::vector<std::string> WordsWithoutTexts(const std::vector<std::string>& words,
+                                           const std::vector<std::string>& texts,
+                                           const std::vector<std::string>& paths = {});
 
 }  // namespace ZET::Deploy
 

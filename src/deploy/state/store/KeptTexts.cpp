@@ -52,8 +52,10 @@ RecordedState AfterWithTexts(Database& database, const StoreLimits& limits, cons
                              RecordedState after) {
     if (file.isPlanned) Take(database, limits, after, file.textAfter);
     // Of an edit, that is no text of a file but what a commit has set in it, and has to take back.
-    if (file.base && (limits.keepsTexts || file.file.kind == FileKind::Edit))
+    if (file.base && (limits.keepsTexts || file.file.kind == FileKind::Edit)) {
+        after.knowledge.ForgetBase();
         after.knowledge.base = Keep(database, *file.base, DigestOf(*file.base));
+    }
     return after;
 }
 

@@ -26,6 +26,15 @@ struct Knowledge {
     std::optional<Role> namedRole;   ///< the one whose command its notice names
     std::string templateName;        ///< of a target
     std::optional<TextNumber> base;  ///< what its text was made from, where that is another one
+    bool isBaseErased = false;       ///< there was one, which somebody took out of the history
+
+    /// Of a target: its text is not its rendering alone.
+    bool IsMerge() const { return base || isBaseErased; }
+
+    void ForgetBase() {
+        base.reset();
+        isBaseErased = false;
+    }
 
     bool operator==(const Knowledge&) const = default;
 };

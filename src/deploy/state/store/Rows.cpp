@@ -125,13 +125,20 @@ RowValues RowOf(const RecordedEntry& entry) {
                    entry.sudoUser, NameOf(entry.role), Blob{Packed(entry.words)}, entry.message});
 }
 
+/// A base that was taken out is no text's number.
+constexpr TextNumber kErased{0};
+
+Value BaseNumberOf(const Knowledge& knowledge) {
+    return knowledge.isBaseErased ? NumberOf(kErased) : NumberOf(knowledge.base);
+}
+
 RowValues RowOf(const RecordedState& state) {
     return Sealed({std::int64_t{state.exists}, std::int64_t{state.mode}, std::int64_t{state.owner},
                    std::int64_t{state.group}, PackedPairs(state.attributes),
                    static_cast<std::int64_t>(state.size), Blob{state.digest}, NumberOf(state.text),
                    PackedRoles(state.knowledge.roles),
                    state.knowledge.namedRole ? NameOf(*state.knowledge.namedRole) : "",
-                   state.knowledge.templateName, NumberOf(state.knowledge.base)});
+                   state.knowledge.templateName, BaseNumberOf(state.knowledge)});
 }
 
 KnownFile KnownOf(Database& database, const Database::Rows& rows) {
@@ -193,6 +200,8 @@ RecordedState StateAt(Database& database, std::int64_t id) {
     state.knowledge.namedRole = RoleNamed(row.Text());
     state.knowledge.templateName = row.Text();
     state.knowledge.base = row.OptionalText();
+    state.knowledge.isBaseErased = state.knowledge.base == kErased;
+    if (state.knowledge.isBaseErased) state.knowledge.base.reset();
     return state;
 }
 
