@@ -8,7 +8,7 @@ WIDTH, LEFT, RIGHT, TOP, ROW, BAR = 860, 330, 110, 64, 30, 14
 STYLE = """
   text { font: 13px system-ui, sans-serif; fill: #0b0b0b; paint-order: stroke; stroke: #fcfcfb; stroke-width: 4px }
   .title { font-size: 16px; font-weight: 600 }
-  .soft { fill: #52514e }
+  .soft { fill: #52514e; stroke: #fcfcfb; stroke-width: 4px; paint-order: stroke }
   .grid { stroke: #e4e3df; stroke-width: 1 }
   .unit { stroke: #898781; stroke-width: 1 }
   .bar { fill: #2a78d6 }
@@ -17,7 +17,7 @@ STYLE = """
   .ground { fill: #fcfcfb }
   @media (prefers-color-scheme: dark) {
     text { fill: #ffffff; stroke: #1a1a19 }
-    .soft { fill: #c3c2b7 }
+    .soft { fill: #c3c2b7; stroke: #1a1a19 }
     .grid { stroke: #353532 }
     .unit { stroke: #898781 }
     .bar { fill: #3987e5 }

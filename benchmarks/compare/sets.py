@@ -61,21 +61,21 @@ def second_commit(place, sizes):
                 memory_factor=None)
 
 
-def _status(place, count, seconds):
+def _status(place, name, count, seconds):
     size = _set(place, count)
     place.run("commit-config")
-    return Work("status", f"status of {count} targets", size,
+    return Work(name, f"status of {count} targets", size,
                 [Tool("zet-client", COMMAND, place.command("status"), place.directory / "targets",
                       place.directory / "wanted")], [Goal(seconds, "seconds")], units=count, counts_calls=True,
                 memory_factor=None)
 
 
 def status(place, sizes):
-    return _status(place, sizes.targets, 0.1)
+    return _status(place, "status", sizes.targets, 0.1)
 
 
 def status_of_many(place, sizes):
-    return _status(place, 10 * sizes.targets, 1.0)
+    return _status(place, "status-of-many", 10 * sizes.targets, 1.0)
 
 
 def _store(place, name, title, goal, tools, text_size, **more):

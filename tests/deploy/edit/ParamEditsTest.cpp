@@ -324,11 +324,36 @@ TEST_F(ParamEditsTest, UnsetOfASectionLeavesTheOthers) {
 }
 
 TEST_F(ParamEditsTest, GetFindsTheLineThatTheModuleFinds) {
-    const std::vector<std::string> pieces = {"x=1",  "x=",    "xx=2", "x =3", " x=4", "\t\vx=5",
-                                             "#x=6", "y=x=7", "\r",   "\n",   "\n",   "\n",
-                                             "",     "x",     "=",    "\n\n", "z",    " "};
+    const std::vector<std::string> pieces = {"x=1",
+                                             "x=",
+                                             "xx=2",
+                                             "x =3",
+                                             " x=4",
+                                             "\t\vx=5",
+                                             "#x=6",
+                                             "y=x=7",
+                                             "\r",
+                                             "\n",
+                                             "\n",
+                                             "\n",
+                                             "",
+                                             "x",
+                                             "=",
+                                             "\n\n",
+                                             "z",
+                                             " ",
+                                             "\r\n",
+                                             "\f",
+                                             "\xe4",
+                                             "\u00a0x=8",
+                                             "x=\xff",
+                                             ";x=9",
+                                             "'x=1",
+                                             "X=2",
+                                             std::string(1, '\0'),
+                                             std::string("x=\0y", 4)};
     std::minstd_rand random;  // NOLINT: the same texts in each run
-    for (int round = 0; round < 400; ++round) {
+    for (int round = 0; round < 2000; ++round) {
         std::string text;
         for (std::size_t count = random() % 12; count > 0; --count)
             text += pieces[random() % pieces.size()];

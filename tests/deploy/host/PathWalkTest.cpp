@@ -236,7 +236,7 @@ TEST_F(PathJudgeTest, DirectoryThatOthersMayWriteIsRefusedStickyOrNot) {
         MakeFile("open/conf");
         EXPECT_EQ(Objection("/open/conf"), "/open: others may write the directory of " + At("open/conf"));
         EXPECT_EQ(Objection("/open/new"), "/open: others may write the directory of " + At("open/new"));
-        m_known.clear();
+        m_known = {};
     }
 }
 
@@ -244,7 +244,7 @@ TEST_F(PathJudgeTest, DirectoryThatAGroupMayWriteIsRefusedUnlessItIsRoots) {
     MakeDirectory("shared", 0775);
     EXPECT_EQ(Objection("/shared/conf"), "");
     ASSERT_EQ(chown(At("shared").c_str(), 0, kStranger), 0);
-    m_known.clear();
+    m_known = {};
     EXPECT_EQ(Objection("/shared/conf"),
               "/shared: a group or others may write the directory of " + At("shared/conf"));
 }
@@ -305,7 +305,7 @@ TEST_F(PathJudgeTest, FileThatTellsRootWhatToDoIsRootsAndNobodyElseMayWriteIt) {
     MakeDirectory("etc");
     MakeFile("etc/conf");
     const auto objects = [&](const std::string& path) {
-        m_known.clear();
+        m_known = {};
         const FoundFile found = Walk(path);
         return found.judge.ObjectionToRead(found.path, *found.status).has_value();
     };
