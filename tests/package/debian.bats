@@ -130,7 +130,7 @@ files_of_packages() {
 }
 
 @test "AnUpgradeTellsNewerTemplatesAndChangesNothing" {
-    sha256sum "$TREE"/etc/krb5.conf "$TREE"/etc/zet/* "$TREE"/var/lib/zet/zet-server.status >"$BATS_FILE_TMPDIR/sums"
+    find "$TREE"/etc/krb5.conf "$TREE"/etc/zet "$TREE"/var/lib/zet/zet-server.status -type f -exec sha256sum {} + >"$BATS_FILE_TMPDIR/sums"
     run install_from "$DEBS"
     echo "$output"
     [ "$status" -eq 0 ]
@@ -173,6 +173,7 @@ files_of_packages() {
     rm "$TREE/var/lib/zet/originals"
     install_from "$DEBS" >/dev/null
     inside zet-init rollback-config /etc/krb5.conf /etc/exports
+    inside zet-init file restore /etc/nsswitch.conf
     rm -f "$TREE"/etc/*_zet "$TREE"/etc/*/*_zet
     printf '#!/bin/sh\n' >"$TREE/usr/bin/zet-init"
     run inside dpkg -P zet-tools
@@ -213,6 +214,6 @@ files_of_packages() {
     [ "$status" -eq 0 ]
     [ ! -e "$TREE/var/lib/zet" ]
     rm -rf "$TREE"/etc/zet "$TREE"/etc/krb5* "$TREE"/etc/ldap "$TREE"/etc/edited "$TREE"/etc/greeting "$TREE"/etc/zet-life.conf "$TREE"/etc/idmapd.conf "$TREE"/etc/nslcd.conf \
-        "$TREE"/opt/elsewhere "$TREE"/usr/share/zet
+        "$TREE"/opt/elsewhere "$TREE"/usr/share/zet "$TREE"/srv/zet
     fingerprint | diff "$BATS_FILE_TMPDIR/before" -
 }

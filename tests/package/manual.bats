@@ -99,6 +99,15 @@ pages() {
     done
 }
 
+@test "EveryFileOfTheStateDirectoryGoesWithAPurgeOfThePackages" {
+    example_host
+    local name
+    zet-init commit-config -q
+    for name in "$ROOT"/var/lib/zet/*; do
+        sed -n '/^forget() {/,/^}/p' "$SOURCE_DIR/debian/zet-tools.postrm" | grep -oE '[^ /]+' | grep -Fx "${name##*/}"
+    done
+}
+
 # examples PAGE: the commands of its examples, one a line.
 examples() {
     sed -n '/^# EXAMPLES/,/^# SEE ALSO/p' "$MANUAL/$1.scd" | sed -n '/^\t/,/^$/{/^$/!p}' | sed 's/^\t//; s/++$//; s/\\\([_*#]\)/\1/g'
