@@ -146,7 +146,7 @@ apply_diff() {
     assert_json "$expression" "$planned"
     run_zet --json param set conf a new
     assert_json '{name: value for name, value in d["files"][0].items() if value is not None}' \
-        "{\"file\": \"conf\", \"path\": \"$HOST/conf\", \"result\": \"unchanged\", \"reserve\": \"conf.before_zet\", \"secret\": false}"
+        "{\"file\": \"conf\", \"path\": \"$HOST/conf\", \"result\": \"unchanged\", \"reserve\": \"conf.before_zet\", \"merged\": false, \"secret\": false}"
 }
 
 @test "the path in the document is that of the real file, links followed, whatever way led to it" {

@@ -76,13 +76,16 @@ class CutShortEntries {
         }
     }
 
+    /// A companion has the text of its file, or none.
     std::vector<std::string> TextsOf(const std::vector<RecordedFile>& rows) {
         std::vector<std::string> texts;
         for (const RecordedFile& row : rows) {
             for (const RecordedState* const state : {&row.before, &row.after}) {
                 if (!state->exists) continue;
-                if (!state->text) return {};
-                texts.push_back(m_store.Text(*state->text));
+                if (state->text)
+                    texts.push_back(m_store.Text(*state->text));
+                else if (row.kind != FileKind::Companion)
+                    return {};
             }
         }
         return texts;

@@ -32,8 +32,9 @@ std::string DifferenceBetween(const RecordedState& now, const RecordedState& lef
 }
 
 /// One that a commit found to be what it would have written is in none.
-std::string NameOfEntry(std::int64_t number) {
-    return number == 0 ? "the last commit" : "entry " + std::to_string(number);
+std::string NotAsLeftBy(std::int64_t number) {
+    return number == 0 ? "it is not as the last commit left it"
+                       : "it is not as entry " + std::to_string(number) + " left it";
 }
 
 bool IsThere(const std::optional<CapturedFile>& file) {
@@ -117,9 +118,7 @@ void FileToPutBack::LookAtOthersWork(const RecordedFile& row, const std::string&
                                      const CapturedFile& now, CapturedFile& wanted) {
     switch (m_others) {
         case OthersWork::IsRefused:
-            return Refuse(path,
-                          DifferenceBetween(now.state, row.after) + ": it is not as " +
-                              NameOfEntry(m_change.newest) + " left it",
+            return Refuse(path, DifferenceBetween(now.state, row.after) + ": " + NotAsLeftBy(m_change.newest),
                           kWays);
         case OthersWork::IsMerged:
             if (m_change.isUntouched) {
