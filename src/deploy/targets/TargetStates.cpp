@@ -57,6 +57,8 @@ class StateTeller {
             throw;
         } catch (const Failure& failure) {
             result.trouble = failure.what();
+        } catch (const EZETError& error) {
+            result.trouble = FailureOf(error).what();
         }
         return result;
     }
