@@ -91,7 +91,7 @@ std::optional<Problem> CheckReplaceable(const std::string& path) {
 }
 
 void RequireReplaceable(const std::string& path) {
-    if (std::optional<Problem> problem = CheckReplaceable(path)) throw Failure(std::move(*problem));
+    if (std::optional<Problem> problem = CheckReplaceable(path)) throw Failure(*problem);
 }
 
 bool HaveSameModeAndBytes(const std::string& one, const std::string& other) {
