@@ -17,6 +17,7 @@
 #include "deploy/state/OwnText.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/EditRules.h"
+#include "deploy/targets/ListedEditStates.h"
 #include "deploy/targets/PlaceCheck.h"
 #include "deploy/targets/ShownDiff.h"
 #include "posix/PathNames.h"
@@ -32,68 +33,11 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// The lines that are not the system's own.
-std::vector<LineInPlace> LinesIn(const Text::ManagedText& managed) {
-    std::vector<LineInPlace> lines;
-    for (std::size_t number = 1; number <= managed.LineCount(); ++number) {
-        const Text::ManagedLine& line = managed.Line(number);
-        const bool isInBlock = line.kind == Text::LineKind::BlockContent;
-        if (isInBlock || line.kind == Text::LineKind::Ordinary)
-            lines.push_back({number, std::string(line.text), isInBlock});
-    }
-    return lines;
-}
-
 bool HasBlocks(std::string_view text) {
     const Text::ManagedText managed(text);
     return std::any_of(managed.Regions().begin(), managed.Regions().end(), [](const auto& region) {
         return region.kind == Text::RegionKind::Block || region.kind == Text::RegionKind::FormerLine;
     });
-}
-
-std::set<std::string> BlockLinesOf(std::string_view text) {
-    std::set<std::string> lines;
-    for (LineInPlace& line : LinesIn(Text::ManagedText(text)))
-        if (line.isInBlock) lines.insert(std::move(line.text));
-    return lines;
-}
-
-/// Of this role alone, and asked for by no list any more.
-std::vector<RememberedLine> FormerLinesOf(const FileWithLines& file, Role role) {
-    std::set<std::string> wanted;
-    for (const LineToSet& line : file.lines)
-        wanted.insert(SelectorOf(*line.edit));
-    for (const RememberedLine& line : file.remembered)
-        if (line.role != role) wanted.insert(line.selector);
-    std::vector<RememberedLine> former;
-    for (const RememberedLine& line : file.remembered)
-        if (line.role == role && !wanted.contains(line.selector)) former.push_back(line);
-    return former;
-}
-
-/// "in sync" and the like, of one line.
-std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
-                        const std::vector<LineInPlace>& places, IZETCore& core) {
-    bool isOutside = false;
-    std::vector<std::string> inBlocks;
-    for (const LineInPlace& place : places) {
-        if (!core.MatchRegEx(line.pattern, place.text, nullptr, 0)) continue;
-        isOutside = isOutside || !place.isInBlock;
-        if (place.isInBlock) inBlocks.push_back(place.text);
-    }
-    const auto are = [&](const std::string& text) {
-        return std::all_of(inBlocks.begin(), inBlocks.end(),
-                           [&](const std::string& each) { return each == text; });
-    };
-    const std::string selector = SelectorOf(*line.edit);
-    if (inBlocks.empty()) return file.Remembers(selector) ? "missing" : "not committed";
-    if (are(Text::WithLineEnd(line.line, Text::LineEndsOf(file.text))))
-        return isOutside ? "edited" : "in sync";
-    if (!file.Remembers(selector)) return "not committed";
-    const bool isAsLeft =
-        std::any_of(file.remembered.begin(), file.remembered.end(),
-                    [&](const RememberedLine& each) { return each.selector == selector && are(each.line); });
-    return isAsLeft ? "pending" : "edited";
 }
 
 /// Of the first that was changed.
@@ -340,30 +284,6 @@ std::vector<Problem> ProblemsOfEdits(Deployment& product) {
     const Staging staging;
     const KnownFiles known(product, KnownFiles::Unusable::IsTold);
     return ListedEdits(product, known, staging).Problems();
-}
-
-std::vector<ListedEditState> StatesOfEdits(Deployment& product, const ListedLines& lines) {
-    std::vector<ListedEditState> states;
-    const auto add = [&](const ListedEdit& edit, const std::string& path, const std::string& state) {
-        states.push_back(
-            {edit.name, path, edit.param.empty() ? edit.pattern : edit.param, state, edit.file, edit.line});
-    };
-    for (const FileWithLines& file : lines.files) {
-        product.RequireGoOn();
-        const std::vector<LineInPlace> places = LinesIn(Text::ManagedText(file.text));
-        for (const LineToSet& line : file.lines)
-            add(*line.edit, file.path, StateOfLine(file, line, places, product.Core()));
-        const std::set<std::string> blocks = BlockLinesOf(file.text);
-        for (const RememberedLine& line : FormerLinesOf(file, product.Role()))
-            if (blocks.contains(line.line))
-                states.push_back(
-                    {"", file.path, line.selector.substr(line.selector.find(' ') + 1), "pending", "", 0});
-    }
-    for (const ListedEdit* const edit : lines.unset) {
-        const std::string path = product.HostPaths().FromInside(edit->path);
-        add(*edit, path, IsFileExist(path) ? "unknown" : "missing");
-    }
-    return states;
 }
 
 }  // namespace ZET::Deploy

@@ -8,10 +8,10 @@
 
 #include "deploy/state/Recording.h"
 #include "deploy/targets/ClaimedFiles.h"
+#include "deploy/targets/LinesInPlace.h"
 #include "deploy/targets/ListedLines.h"
 #include "zet/deploy/FileOutcome.h"
 #include "zet/deploy/OnEdit.h"
-#include "zet/deploy/Status.h"
 
 namespace ZET::Deploy {
 
@@ -25,13 +25,6 @@ struct PlannedEdits {
     std::vector<Problem> conflicts{};  ///< somebody did, and the lists ask for another line by now
 
     bool IsChange() const { return !staged.empty(); }
-};
-
-/// A line of a file that is not one of the system's own.
-struct LineInPlace {
-    std::size_t number = 0;
-    std::string text;
-    bool isInBlock = false;
 };
 
 /// The edits of the lists that are in force for the host's role, and those that are no more.
@@ -79,9 +72,6 @@ class ListedEdits {
 
 /// What keeps the edits of the lists from being made.
 std::vector<Problem> ProblemsOfEdits(Deployment& product);
-
-/// What the files hold of the lines that the lists ask for.
-std::vector<ListedEditState> StatesOfEdits(Deployment& product, const ListedLines& lines);
 
 }  // namespace ZET::Deploy
 

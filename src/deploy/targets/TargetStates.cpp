@@ -12,7 +12,7 @@
 #include "deploy/state/StateDirectory.h"
 #include "deploy/state/StateFile.h"
 #include "deploy/targets/EditMerge.h"
-#include "deploy/targets/ListedEdits.h"
+#include "deploy/targets/ListedEditStates.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/TargetCheck.h"

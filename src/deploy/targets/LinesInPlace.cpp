@@ -1,0 +1,37 @@
+#include "deploy/targets/LinesInPlace.h"
+
+#include <utility>
+
+namespace ZET::Deploy {
+
+std::vector<LineInPlace> LinesIn(const Text::ManagedText& managed) {
+    std::vector<LineInPlace> lines;
+    for (std::size_t number = 1; number <= managed.LineCount(); ++number) {
+        const Text::ManagedLine& line = managed.Line(number);
+        const bool isInBlock = line.kind == Text::LineKind::BlockContent;
+        if (isInBlock || line.kind == Text::LineKind::Ordinary)
+            lines.push_back({number, std::string(line.text), isInBlock});
+    }
+    return lines;
+}
+
+std::set<std::string> BlockLinesOf(std::string_view text) {
+    std::set<std::string> lines;
+    for (LineInPlace& line : LinesIn(Text::ManagedText(text)))
+        if (line.isInBlock) lines.insert(std::move(line.text));
+    return lines;
+}
+
+std::vector<RememberedLine> FormerLinesOf(const FileWithLines& file, Role role) {
+    std::set<std::string> wanted;
+    for (const LineToSet& line : file.lines)
+        wanted.insert(SelectorOf(*line.edit));
+    for (const RememberedLine& line : file.remembered)
+        if (line.role != role) wanted.insert(line.selector);
+    std::vector<RememberedLine> former;
+    for (const RememberedLine& line : file.remembered)
+        if (line.role == role && !wanted.contains(line.selector)) former.push_back(line);
+    return former;
+}
+
+}  // namespace ZET::Deploy

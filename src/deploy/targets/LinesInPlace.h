@@ -1,0 +1,32 @@
+#ifndef ZET_LINES_IN_PLACE_H
+#define ZET_LINES_IN_PLACE_H
+
+#include <cstddef>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "deploy/targets/ListedLines.h"
+#include "text/ManagedText.h"
+
+namespace ZET::Deploy {
+
+/// A line of a file that is not one of the system's own.
+struct LineInPlace {
+    std::size_t number = 0;
+    std::string text;
+    bool isInBlock = false;
+};
+
+std::vector<LineInPlace> LinesIn(const Text::ManagedText& text);
+
+/// Those that stand in blocks.
+std::set<std::string> BlockLinesOf(std::string_view text);
+
+/// What this role alone set in the file, and no list asks for any more.
+std::vector<RememberedLine> FormerLinesOf(const FileWithLines& file, Role role);
+
+}  // namespace ZET::Deploy
+
+#endif

@@ -1,0 +1,60 @@
+#include "deploy/targets/ListedEditStates.h"
+
+#include <algorithm>
+#include <set>
+
+#include "text/LineEnds.h"
+#include "text/ManagedText.h"
+#include "zet/ZETFiles.h"
+
+namespace ZET::Deploy {
+
+std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
+                        const std::vector<LineInPlace>& places, IZETCore& core) {
+    bool isOutside = false;
+    std::vector<std::string> inBlocks;
+    for (const LineInPlace& place : places) {
+        if (!core.MatchRegEx(line.pattern, place.text, nullptr, 0)) continue;
+        isOutside = isOutside || !place.isInBlock;
+        if (place.isInBlock) inBlocks.push_back(place.text);
+    }
+    const auto are = [&](const std::string& text) {
+        return std::all_of(inBlocks.begin(), inBlocks.end(),
+                           [&](const std::string& each) { return each == text; });
+    };
+    const std::string selector = SelectorOf(*line.edit);
+    if (inBlocks.empty()) return file.Remembers(selector) ? "missing" : "not committed";
+    if (are(Text::WithLineEnd(line.line, Text::LineEndsOf(file.text))))
+        return isOutside ? "edited" : "in sync";
+    if (!file.Remembers(selector)) return "not committed";
+    const bool isAsLeft =
+        std::any_of(file.remembered.begin(), file.remembered.end(),
+                    [&](const RememberedLine& each) { return each.selector == selector && are(each.line); });
+    return isAsLeft ? "pending" : "edited";
+}
+
+std::vector<ListedEditState> StatesOfEdits(Deployment& product, const ListedLines& lines) {
+    std::vector<ListedEditState> states;
+    const auto add = [&](const ListedEdit& edit, const std::string& path, const std::string& state) {
+        states.push_back(
+            {edit.name, path, edit.param.empty() ? edit.pattern : edit.param, state, edit.file, edit.line});
+    };
+    for (const FileWithLines& file : lines.files) {
+        product.RequireGoOn();
+        const std::vector<LineInPlace> places = LinesIn(Text::ManagedText(file.text));
+        for (const LineToSet& line : file.lines)
+            add(*line.edit, file.path, StateOfLine(file, line, places, product.Core()));
+        const std::set<std::string> blocks = BlockLinesOf(file.text);
+        for (const RememberedLine& line : FormerLinesOf(file, product.Role()))
+            if (blocks.contains(line.line))
+                states.push_back(
+                    {"", file.path, line.selector.substr(line.selector.find(' ') + 1), "pending", "", 0});
+    }
+    for (const ListedEdit* const edit : lines.unset) {
+        const std::string path = product.HostPaths().FromInside(edit->path);
+        add(*edit, path, IsFileExist(path) ? "unknown" : "missing");
+    }
+    return states;
+}
+
+}  // namespace ZET::Deploy
