@@ -28,16 +28,14 @@ constexpr auto kLongEnough = 20s;
 
 /// What an endless expansion is given; it grows without end or goes round without growing.
 constexpr auto kShortWhile = 20ms;
-[[maybe_unused]] constexpr rlim_t kMemory = rlim_t{1} << 30;
+constexpr rlim_t kMemory = rlim_t{1} << 30;
 
 enum class End { Finished, RunsOn, OutOfBounds };
 
 /// Expands the text with the module's own engine, which is never to be trusted to return.
 [[noreturn]] void Expand(const std::string& file, StringMap values) {
-#ifndef __SANITIZE_ADDRESS__  // which takes more addresses than that at once
     const struct rlimit limit = {kMemory, kMemory};
     setrlimit(RLIMIT_AS, &limit);
-#endif
     // Unknown placeholders are logged; nobody reads it here.
     if (std::freopen("/dev/null", "w", stderr) == nullptr) _exit(2);
     try {
