@@ -7,7 +7,6 @@
 #include <set>
 #include <utility>
 
-#include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/Remedy.h"
@@ -26,7 +25,6 @@
 #include "text/ManagedText.h"
 #include "text/WithoutBlocks.h"
 #include "text/repair/TextToEdit.h"
-#include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
