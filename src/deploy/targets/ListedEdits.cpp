@@ -49,7 +49,7 @@ int NumberOf(const LineToSet& line, const std::vector<LineInPlace>& places, IZET
 }  // namespace
 
 ListedEdits::ListedEdits(Deployment& product, const KnownFiles& known, const Staging& staging, OnEdit onEdit)
-    : m_product(product), m_known(known), m_onEdit(onEdit), m_cutShort(FilesOfCutShort(product)) {
+    : m_product(product), m_onEdit(onEdit), m_cutShort(FilesOfCutShort(product)) {
     ListedLines found = FindListedLines(product, known, staging);
     m_problems = std::move(found.problems);
     for (FileWithLines& file : found.files) {

@@ -61,7 +61,6 @@ class ListedEdits {
     void Add(const LineToSet& line, const std::string& text, const std::string& remedy);
 
     Deployment& m_product;
-    const KnownFiles& m_known;
     const OnEdit m_onEdit;
     const std::set<std::string> m_cutShort;
     std::optional<ClaimedFiles> m_claimed;  ///< from the first file on
