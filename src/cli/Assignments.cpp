@@ -1,7 +1,6 @@
 #include "cli/Assignments.h"
 #include "cli/Translation.h"
 
-#include "cli/ExitStatus.h"
 #include "cli/Names.h"  // IWYU pragma: keep, no name of it is ever written
 #include "deploy/host/Failure.h"
 #include "deploy/targets/EditRules.h"

@@ -17,7 +17,7 @@ constexpr int kDeepest = 3;  ///< what stands in a gap may have gaps of its own
 
 /// All that the library can say; "script/texts --update" finds it in its sources.
 constexpr const char* kTexts[] = {
-#include "cli/FailureTexts.inc"
+#include "cli/FailureTexts.inc"  // IWYU pragma: keep
 };
 
 std::size_t GapsOf(std::string_view pattern) {

@@ -1,7 +1,6 @@
 #include "Batch.h"
 
 #include <fcntl.h>
-#include <pthread.h>
 #include <signal.h>
 #include <unistd.h>
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <set>
 #include <vector>
 
 #include "deploy/targets/EditRules.h"

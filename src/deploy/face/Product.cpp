@@ -3,7 +3,6 @@
 #include "deploy/face/Parts.h"
 #include "deploy/targets/Check.h"
 #include "deploy/targets/Targets.h"
-#include "text/Lines.h"
 #include "text/TemplateCheck.h"
 #include "zet/deploy/Targets.h"
 #include "zet/deploy/TemplateCheck.h"

@@ -1,7 +1,6 @@
 #include "deploy/history/HistoryErasure.h"
 
 #include "deploy/history/HistoryReader.h"
-#include "deploy/host/Failure.h"
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Lock.h"
 

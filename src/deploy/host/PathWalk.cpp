@@ -9,7 +9,6 @@
 #include <cstring>
 #include <utility>
 
-#include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "posix/PathNames.h"
 

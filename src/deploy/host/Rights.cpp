@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <string>
 
-#include "deploy/host/Failure.h"
 #include "deploy/host/PathJudge.h"
 #include "deploy/host/Remedy.h"
 

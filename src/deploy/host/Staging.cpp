@@ -13,7 +13,6 @@
 #include <string_view>
 #include <utility>
 
-#include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/StagingPlaces.h"
 #include "posix/PathNames.h"

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <exception>
 #include <utility>
 
 #include "deploy/host/Failure.h"

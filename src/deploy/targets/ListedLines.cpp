@@ -6,12 +6,10 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
-#include "deploy/host/Signals.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/HostLists.h"
 #include "text/Lines.h"
-#include "text/Markers.h"
 #include "text/Placeholders.h"
 #include "text/TemplateCheck.h"
 #include "zet/ZETFormat.h"

@@ -13,7 +13,6 @@
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/Lock.h"
 #include "deploy/state/Recording.h"
-#include "deploy/state/Replacement.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/Restarts.h"
 #include "deploy/targets/TakeBack.h"

@@ -5,7 +5,6 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Process.h"
-#include "deploy/host/Signals.h"
 #include "deploy/state/ParameterCheck.h"
 
 namespace ZET::Deploy {

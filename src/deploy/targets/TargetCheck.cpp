@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <iterator>
 
 #include "deploy/host/Failure.h"
@@ -26,7 +25,6 @@
 #include "posix/PathNames.h"
 #include "text/Placeholders.h"
 #include "text/TemplateCheck.h"
-#include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
 

@@ -4,7 +4,6 @@
 #include <optional>
 #include <utility>
 
-#include "deploy/host/Signals.h"
 #include "deploy/targets/Targets.h"
 
 namespace ZET::Deploy {
