@@ -253,12 +253,13 @@ void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file
         Sealed(std::move(row)));
 }
 
+constexpr const char* kFilesOfEntry =
+    "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
+    " FROM files WHERE entry = ? ORDER BY id";
+
 std::vector<RecordedFile> FilesAt(Database& database, std::int64_t entry) {
     std::vector<RecordedFile> files;
-    Database::Rows rows(database,
-                        "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
-                        " FROM files WHERE entry = ? ORDER BY id",
-                        {entry});
+    Database::Rows rows(database, kFilesOfEntry, {entry});
     while (rows.Next()) {
         RowReader row(Opened(rows, 8));
         row.Number();
@@ -281,10 +282,7 @@ bool IsOfProduct(FileKind kind) {
 
 std::vector<KnownFile> FilesLeftBy(Database& database, std::int64_t entry) {
     std::vector<KnownFile> files;
-    Database::Rows rows(database,
-                        "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
-                        " FROM files WHERE entry = ? ORDER BY id",
-                        {entry});
+    Database::Rows rows(database, kFilesOfEntry, {entry});
     while (rows.Next()) {
         RowReader row(Opened(rows, 8));
         KnownFile file;
