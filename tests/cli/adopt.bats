@@ -159,3 +159,13 @@ assert_adopted() {
     assert_status 1
     diff -r before etc
 }
+
+@test "a value that the domain does not give stays a placeholder" {
+    echo NTP_SERVER=fleet >templates/values.conf
+    add_target own.conf $'server ${ntp_server}\n'
+    zet commit-config
+    echo last >>out/own.conf
+    run_zet adopt out/own.conf
+    assert_status 0
+    assert_file etc/own.conf $'server ${ntp_server}\nlast\n'
+}

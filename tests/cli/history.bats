@@ -397,7 +397,7 @@ import() {
     assert_equal "$(words)" "-q option set REALM PUBLIC.EXAMPLE
 -q template process own made --value pw=*** --value=REALM=***
 -q param set conf x shown
--q line set private '^password' --no-markers -- ***
+-q line set private *** --no-markers -- ***
 -q param set private password ***"
     ! grep -ra hunter state/state.db* || return 1
 }
@@ -470,7 +470,7 @@ frame_is_kept() {
     assert_refusal 1 "$HOST/long: before change 1, its text of $(stat -c %s "$BASE/before") bytes is not kept: it was erased, or was larger than ZET_HISTORY_MAX_FILE then (look for it in a backup of the host)"
     history -q
     assert_equal "$(words)" "-q param set conf *** ***
--q line set --no-markers long '^line 7 ' ***"
+-q line set --no-markers long *** ***"
     # What is erased is gone, and what comes then is kept again.
     zet -q line set --no-markers long '^line 9 ' new
     run_zet history show 3 long --after
@@ -490,6 +490,41 @@ frame_is_kept() {
     run_zet history erase long
     assert_status 0
     ! frame_is_kept "$BASE/before" || return 1
+}
+
+@test "an erasure leaves the message, and takes a pattern that is more than the text" {
+    zet -q line set --no-markers --no-backup conf '^x=1|HUNTER2' x=2 -m 'as anna asked'
+    run_zet history erase conf
+    assert_status 0
+    [[ -z $(holds HUNTER2) ]]
+    run_zet -q history
+    [[ $output == *"line set --no-markers --no-backup conf '^x=***' x=***  # as anna asked"* ]]
+}
+
+@test "which entry was taken back is told, whatever a secret text holds" {
+    printf 'x=12345\n' >private
+    chmod 600 private
+    zet -q param set private x 6
+    zet -q undo 1
+    zet -q rollback-config --to 1 --force
+    run_zet -q history
+    [[ $output == *"-q rollback-config --to 1 --force"*"-q undo 1"* ]]
+}
+
+@test "an empty text is nobody's secret" {
+    : >empty
+    : >other
+    zet -q line set --no-markers --no-backup conf '^x=1' x=2
+    zet -q template process own empty 2>/dev/null || true
+    printf 'text\n' >templates/plain
+    zet -q template process plain empty
+    zet -q template process plain other
+    printf 'another\n' >templates/plain
+    zet -q template process plain other
+    run_zet history erase other
+    assert_status 0
+    [[ $stderr != *"$HOST/other"* ]]
+    assert_stderr "zet-client: warning: $HOST/empty: the history has one of these texts of this file, too (erase it as well)"
 }
 
 @test "that another file has an erased text, too, is told" {

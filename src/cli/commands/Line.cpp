@@ -49,7 +49,7 @@ void RegisterLine(CommandLine& line) {
     const auto add = [&family](const char* name, const char* help, auto run) {
         auto command = family.Add<LineOptions>(name, help, run);
         command("FILE", &LineOptions::file, "The file");
-        command("PATTERN", &LineOptions::pattern, "What to look for");
+        command.Text("PATTERN", &LineOptions::pattern, "What to look for");
         AddSection(command);
         return command;
     };

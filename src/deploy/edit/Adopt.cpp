@@ -102,7 +102,7 @@ class Adopting {
                 take(Text::TakeLine(rest).text);
         };
         std::vector<Problem> problems =
-            Text::CheckTemplate(m_workingCopy, lines, m_product.Config().TemplatesValues());
+            Text::CheckTemplate(m_workingCopy, lines, m_product.TemplateValues());
         if (problems.empty()) return;
         Problem& first = problems.front();
         Secrets& secrets = m_product.HostSecrets();

@@ -169,9 +169,12 @@ TEST_F(SecretsTest, WithoutAListThatCanBeReliedOnNobodyCanTell) {
 
 TEST_F(SecretsTest, WithoutRecordsThatCanBeReadNobodyCanTell) {
     Write("state/state.db", "nonsense\n");
-    Write("out/open", "text");
-    Write("out/open.before_zet", "text");
-    EXPECT_EQ(AudienceOf("out/open"), Audience::Unsure);
+    for (const char* const file : {"out/edited", "out/open"}) {
+        Write(file, "text");
+        Write(file + std::string(".before_zet"), "text");
+    }
+    EXPECT_EQ(AudienceOf("out/edited"), Audience::Unsure) << "it may have been in the list";
+    EXPECT_EQ(AudienceOf("out/open"), Audience::Everybody) << "it is in the list";
 }
 
 TEST_F(SecretsTest, WithoutAListThereIsNothingSecret) {

@@ -43,6 +43,11 @@ std::set<std::int64_t> TextsOf(const RecordedState& state) {
     return texts;
 }
 
+/// One that tells nothing: many files begin or end with it.
+bool IsEmpty(Database& database, std::int64_t text) {
+    return !Numbers(database, "SELECT id FROM texts WHERE id = ? AND size = 0", {text}).empty();
+}
+
 std::set<std::string> HoldersOf(Database& database, std::int64_t text) {
     std::set<std::string> paths;
     Database::Rows rows(database,
@@ -57,19 +62,6 @@ std::set<std::string> HoldersOf(Database& database, std::int64_t text) {
 }
 
 /// A text that cannot be read hides no words, and goes all the same.
-std::vector<std::string> ReadableTexts(const std::set<std::int64_t>& numbers,
-                                       const std::function<std::string(TextNumber)>& textOf) {
-    std::vector<std::string> texts;
-    for (const std::int64_t number : numbers) {
-        try {
-            texts.push_back(textOf({number}));
-        } catch (const Failure&) {
-            continue;
-        }
-    }
-    return texts;
-}
-
 bool IsHeld(const std::string& word, const std::vector<std::string>& texts) {
     return !word.empty() && std::any_of(texts.begin(), texts.end(), [&](const std::string& text) {
         return text.find(word) != std::string::npos;
@@ -86,8 +78,8 @@ std::string WithoutTexts(const std::string& word, const std::vector<std::string>
     return !word.starts_with('-') && IsHeld(word, texts) ? kHiddenWord : word;
 }
 
-/// Options of every command that take a place; what stands there is nobody's text.
-constexpr std::string_view kPlaces[] = {"--root", "-c", "--config", "--module"};
+/// Options that take a place on the host or in its history; what stands there is nobody's text.
+constexpr std::string_view kPlaces[] = {"--root", "-c", "--config", "--module", "--to"};
 
 /// Options whose next word is anything at all, and no option even where it looks like one.
 constexpr std::string_view kTakesAnything[] = {"-m", "--message", "--set", "--value"};
@@ -107,6 +99,12 @@ bool IsPlace(const std::vector<std::string>& words, std::size_t i) {
     return i > 0 && IsOneOf(words[i - 1], kPlaces) && (i == 1 || !IsOneOf(words[i - 2], kTakesAnything));
 }
 
+/// "undo 3": a number of an entry.
+bool IsEntryToUndo(const std::vector<std::string>& words, std::size_t i, std::size_t ofCommand) {
+    return ofCommand == 1 && i > 0 && words[i - 1] == "undo" &&
+           words[i].find_first_not_of("0123456789") == std::string::npos;
+}
+
 /// Whether the word names one of the files, by its path or the end of it.
 bool NamesOneOf(const std::string& word, const std::vector<std::string>& paths) {
     return !word.empty() && std::any_of(paths.begin(), paths.end(), [&](const std::string& path) {
@@ -122,12 +120,20 @@ std::vector<std::string> PathsOf(Database& database, std::int64_t entry) {
     return paths;
 }
 
-void HideWords(Database& database, const std::set<std::int64_t>& numbers,
-               const std::vector<std::string>& texts) {
+/// What is told in the user's own words, which are no text of a file.
+bool GivesMessage(const std::string& word, const std::string& message) {
+    return word == message || word == "-m" + message || word == "--message=" + message;
+}
+
+/// A pattern or a value may hold a part of a text, or be a part of one: none is kept.
+void HideWords(Database& database, const std::set<std::int64_t>& numbers) {
     for (const std::int64_t number : numbers) {
         std::optional<RecordedEntry> entry = EntryAt(database, number);
         if (!entry) continue;
-        std::vector<std::string> words = WordsWithoutTexts(entry->words, texts, PathsOf(database, number));
+        std::vector<std::string> words =
+            WordsWithoutTexts(entry->words, entry->words, PathsOf(database, number));
+        for (std::size_t i = 0; i < words.size(); ++i)
+            if (GivesMessage(entry->words[i], entry->message)) words[i] = entry->words[i];
         if (words == entry->words) continue;
         entry->words = std::move(words);
         ReplaceEntry(database, *entry);
@@ -150,7 +156,7 @@ std::vector<std::string> WordsWithoutTexts(const std::vector<std::string>& words
     std::size_t ofCommand = 0;
     for (std::size_t i = 0; i < words.size(); ++i) {
         const std::string& word = words[i];
-        if (IsPlace(words, i) || NamesOneOf(word, paths)) continue;
+        if (IsPlace(words, i) || IsEntryToUndo(words, i, ofCommand) || NamesOneOf(word, paths)) continue;
         const bool isCommand = ofCommand < kMostWordsOfCommand && !word.starts_with('-') && IsOfCommand(word);
         if (isCommand)
             ++ofCommand;
@@ -167,20 +173,19 @@ std::size_t CountTextsOf(Database& database, const std::vector<std::string>& pat
     return texts.size();
 }
 
-Erasure EraseTexts(Database& database, const std::vector<std::string>& paths,
-                   const std::function<std::string(TextNumber)>& textOf) {
+Erasure EraseTexts(Database& database, const std::vector<std::string>& paths) {
     std::set<std::int64_t> texts;
     for (const std::int64_t id : StatesOf(database, paths)) {
         const RecordedState state = StateAt(database, id);
         texts.merge(TextsOf(state));
         TakeOut(database, id, state);
     }
-    HideWords(database, EntriesOf(database, paths), ReadableTexts(texts, textOf));
+    HideWords(database, EntriesOf(database, paths));
     std::set<std::string> holders;
     for (const std::int64_t text : texts) {
         std::set<std::string> ofText = HoldersOf(database, text);
         if (ofText.empty()) database.Run("DELETE FROM texts WHERE id = ?", {text});
-        holders.merge(ofText);
+        if (!IsEmpty(database, text)) holders.merge(ofText);
     }
     return {texts.size(), {holders.begin(), holders.end()}};
 }

@@ -2,7 +2,6 @@
 #define ZET_STORE_ERASURE_H
 
 #include <cstddef>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -20,17 +19,16 @@ struct Erasure {
 /// How many texts the store has of these files.
 std::size_t CountTextsOf(Database& database, const std::vector<std::string>& paths);
 
-/// Takes the texts of the files out of the rows, and so every word of the commands that wrote them which is
-/// a part of such a text, as `textOf` reads it.
-Erasure EraseTexts(Database& database, const std::vector<std::string>& paths,
-                   const std::function<std::string(TextNumber)>& textOf);
+/// Takes the texts of the files out of the rows, and the words of the commands that wrote them, but for those
+/// that tell where and what was done, and the user's own message.
+Erasure EraseTexts(Database& database, const std::vector<std::string>& paths);
 
 /// What stands for a word that is not for everybody.
 constexpr char kHiddenWord[] = "***";
 
 /// The words without what the texts hold: the value of a word NAME=VALUE, or all of it. Options, the
-/// command's own words, the places that "--root" and its like take, and names of the files stay: they tell
-/// where something was done, whatever text has them, too.
+/// command's own words, the places that "--root" and its like take, numbers of entries and names of the files
+/// stay: they tell where something was done, whatever text has them, too.
 std::vector<std::string> WordsWithoutTexts(const std::vector<std::string>& words,
                                            const std::vector<std::string>& texts,
                                            const std::vector<std::string>& paths = {});

@@ -284,7 +284,7 @@ Erasure Store::Erase(const std::vector<std::string>& paths) {
     return Guarded([&] {
         m_database->Run("PRAGMA secure_delete = ON");
         Database::Transaction transaction(*m_database);
-        Erasure erased = EraseTexts(*m_database, paths, [this](TextNumber number) { return Text(number); });
+        Erasure erased = EraseTexts(*m_database, paths);
         transaction.Commit();
         // Free pages, and the journal, may still hold what was kept before.
         m_database->Run("VACUUM");
