@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <string_view>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"

@@ -10,8 +10,9 @@
 /// like any other, but need not be loaded for it.
 namespace ZET::Deploy {
 
-/// Together with the rest of its row, such a text fits into a page of the store, which it would not leave to
-/// another one by much. One template of 3 KB: 5.3 to 5.1 ms; 1,000 targets: 338 of 607 million instructions.
+/// Together with the rest of its row, such a text fits into a page of the store. Not to compress it spares a
+/// commit of 1,000 targets 400 of the 607 million instructions that remembering costs it, and a command that
+/// writes a file of 3 KB the loading of the library; 1,000 targets then take 9 MB in the store instead of 5.
 inline constexpr std::size_t kLongestPlainText = 4000;
 
 /// Of a text that is no longer than that.

@@ -62,7 +62,7 @@ struct Sqlite {
         library.Find(systemError, "sqlite3_system_errno");
         library.Find(lastRow, "sqlite3_last_insert_rowid");
         library.Find(isOutside, "sqlite3_get_autocommit");
-        // Nobody asks how much memory it has, and to count that takes a lock at each piece: 5% of a command's
+        // Nobody asks how much memory it has, and to count that takes a lock at each piece: 2% of a command's
         // instructions. Where the process uses the library already, it is too late, and does no harm.
         configureAll(SQLITE_CONFIG_MEMSTATUS, 0);
     }
