@@ -5,7 +5,6 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <string_view>
@@ -21,7 +20,7 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr mode_t kModeBits = 07777;
-constexpr std::size_t kBlock = std::size_t{128} << 10;
+constexpr std::size_t kBlock = std::size_t{32} << 10;  ///< which the processor keeps at hand
 
 [[noreturn]] void Fail(const std::string& path, const char* what) {
     throw SystemFailure({.file = path, .text = what}, errno);
@@ -89,16 +88,15 @@ RecordedState StateOfOpened(int descriptor, const std::string& path) {
 /// is left.
 void ReadText(int descriptor, const std::string& path, std::uint64_t longest, CapturedFile& captured) {
     DigestInProgress digest;
-    // For a small file, a large block would be fetched from the system and given back.
-    std::string block(std::min<std::size_t>(kBlock, captured.state.size + 1), '\0');
+    char block[kBlock];
     const std::uint64_t told = captured.state.size;
     std::uint64_t size = 0;
     if (captured.state.size <= longest) captured.text.reserve(captured.state.size);
     while (told == 0 || size < told) {
-        const ssize_t count = ReadSome(descriptor, block.data(), block.size());
+        const ssize_t count = ReadSome(descriptor, block, sizeof block);
         if (count < 0) Fail(path, "cannot be read");
         if (count == 0) break;
-        const std::string_view bytes(block.data(), static_cast<std::size_t>(count));
+        const std::string_view bytes(block, static_cast<std::size_t>(count));
         digest.Add(bytes);
         size += bytes.size();
         if (size <= longest) captured.text.append(bytes);

@@ -114,12 +114,18 @@ void CommitRecord::RememberUnchanged() {
 /// Working copies from before there was a history, or that came there by hand.
 void CommitRecord::RememberShipped() {
     if (!m_recording.IsOn()) return;
+    std::vector<TemplateFiles> withoutBase;
     for (const PlannedTarget& planned : m_plan.Targets()) {
-        const TemplateFiles files = FilesOfTemplate(m_product, planned.target.templateName);
+        TemplateFiles files = FilesOfTemplate(m_product, planned.target.templateName);
         const KnownFile* const known = m_plan.Known().Find(files.workingCopy);
-        const bool hasBase = known != nullptr && known->state.knowledge.base;
-        if (!hasBase) RememberShippedBase(m_product, files);
+        if (known == nullptr || !known->state.knowledge.base) withoutBase.push_back(std::move(files));
     }
+    if (withoutBase.empty()) return;
+    // Each by itself would write the same few pages of the store again.
+    m_product.HostHistory().ToRecord().RememberTogether([&] {
+        for (const TemplateFiles& files : withoutBase)
+            RememberShippedBase(m_product, files);
+    });
 }
 
 bool CommitRecord::IsKnown(const PlannedTarget& planned) const {

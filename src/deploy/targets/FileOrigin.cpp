@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <string_view>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
@@ -62,6 +63,18 @@ std::string HeadOf(const std::string& path) {
     return access(path.c_str(), R_OK) == 0 ? ReadFileHead(path, kSizeOfHead) : "";
 }
 
+bool HasWholeNotice(const Text::ManagedText& text) {
+    return std::any_of(text.Regions().begin(), text.Regions().end(), [](const Text::ManagedRegion& region) {
+        return region.kind == Text::RegionKind::Notice && region.isClosed;
+    });
+}
+
+/// Up to where a notice may end; what follows it cannot change it.
+std::string_view UpToNotice(std::string_view head) {
+    const std::size_t end = head.find(ZETCommentEndMarker, head.find(ZETNoticeMarker));
+    return end == std::string_view::npos ? head : head.substr(0, head.find('\n', end));
+}
+
 }  // namespace
 
 FileOrigin FindOrigin(Deployment& product, const std::string& file, const Text::ManagedText& text,
@@ -78,7 +91,11 @@ std::string TemplateNamedIn(IZETCore& core, const std::string& path) {
     if (!StateOf(path).IsRegular()) return "";
     const std::string head = HeadOf(path);
     if (head.find(ZETNoticeMarker) == std::string::npos) return "";
-    return TemplateInNotice(Text::ManagedText(head), WrittenNoticeTexts(core));
+    // The lines of the whole head, of which it may have thousands, are split only where that is no notice: a
+    // remembered edit of 10,000 lines has 0.5 million instructions less.
+    const Text::ManagedText start(UpToNotice(head));
+    return TemplateInNotice(HasWholeNotice(start) ? start : Text::ManagedText(head),
+                            WrittenNoticeTexts(core));
 }
 
 Text::NoticeTexts WrittenNoticeTexts(IZETCore& core) {

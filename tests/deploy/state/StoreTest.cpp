@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <stdexcept>
+
 #include "deploy/host/Failure.h"
 #include "deploy/state/store/StoreFile.h"
 
@@ -155,6 +157,32 @@ TEST_F(StoreTest, AnEntryThatChangedNothingLeavesNothing) {
     EXPECT_FALSE(store.Find(dropped));
     EXPECT_TRUE(store.FilesOf(dropped).empty());
     EXPECT_GT(Record(store, {File("/etc/x", "1", "2")}), dropped);  // a number is given once
+}
+
+TEST_F(StoreTest, WhatIsRememberedTogetherComesAsOne) {
+    Store store = Opened();
+    Record(store, {File("/etc/other", "1", "2")});
+    store.RememberTogether([&] {
+        store.Remember({File("/etc/x", "", "x")});
+        store.Remember({File("/etc/y", "", "y")});
+        EXPECT_TRUE(store.Known("/etc/x"));
+        EXPECT_FALSE(Store(Name(), Store::Access::Look).Known("/etc/x"));
+    });
+    Store other(Name(), Store::Access::Look);
+    EXPECT_TRUE(other.Known("/etc/x"));
+    EXPECT_TRUE(other.Known("/etc/y"));
+}
+
+TEST_F(StoreTest, WhatWasRememberedTogetherBeforeAFailureStays) {
+    Store store = Opened();
+    const auto remember = [&] {
+        store.Remember({File("/etc/x", "", "x")});
+        throw std::runtime_error("a template cannot be read");
+    };
+    EXPECT_THROW(store.RememberTogether(remember), std::runtime_error);
+    EXPECT_TRUE(Store(Name(), Store::Access::Look).Known("/etc/x"));
+    store.Remember({File("/etc/y", "", "y")});
+    EXPECT_TRUE(Store(Name(), Store::Access::Look).Known("/etc/y"));
 }
 
 TEST_F(StoreTest, EntriesAreListedFromTheNewest) {

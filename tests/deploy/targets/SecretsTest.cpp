@@ -41,13 +41,16 @@ class SecretsTest : public HostFixture {
         return *m_secrets;
     }
 
-    /// A file with the notice of one that was made from the template.
-    void WriteMadeFrom(const std::string& name, const std::string& templateFile, mode_t mode = 0644) {
+    /// The notice of a file that was made from the template.
+    std::string NoticeOf(const std::string& templateFile) const {
         std::string notice = ZETMadeNotice;
         notice.replace(notice.find("%s"), 2, At(templateFile));
         notice.replace(notice.find("%s"), 2, "zet-client");
-        Write(name, std::string(ZETNoticeMarker) + "\n" + notice + "\n" + ZETCommentEndMarker + "\nmade\n",
-              mode);
+        return std::string(ZETNoticeMarker) + "\n" + notice + "\n" + ZETCommentEndMarker + "\n";
+    }
+
+    void WriteMadeFrom(const std::string& name, const std::string& templateFile, mode_t mode = 0644) {
+        Write(name, NoticeOf(templateFile) + "made\n", mode);
     }
 
   private:
@@ -80,6 +83,17 @@ TEST_F(SecretsTest, WhatWasMadeFromASecretTemplateIsSecret) {
     EXPECT_EQ(AudienceOf("out/made"), Audience::Nobody);
     EXPECT_EQ(AudienceOf("out/made-of-pristine"), Audience::Nobody);
     EXPECT_EQ(AudienceOf("out/made-of-open"), Audience::Everybody);
+}
+
+TEST_F(SecretsTest, NoticeCountsWhereverItStands) {
+    const std::string lines = std::string(ZETCommentEndMarker) + "\na line with " + ZETNoticeMarker + "\n";
+    const std::string block = std::string(ZETBeginMarker) + "\n" + NoticeOf("etc/open") + ZETEndMarker + "\n";
+    for (const std::string& before : {std::string("a line\n"), lines, block, lines + block}) {
+        Write("out/made", before + NoticeOf("etc/hidden") + "made\n");
+        EXPECT_EQ(AudienceOf("out/made"), Audience::Nobody) << before;
+        Write("out/made", before + NoticeOf("etc/open") + NoticeOf("etc/hidden") + "made\n");
+        EXPECT_EQ(AudienceOf("out/made"), Audience::Everybody) << before;
+    }
 }
 
 TEST_F(SecretsTest, WhoseReserveWasMadeFromASecretTemplateIsSecret) {

@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "deploy/state/store/Library.h"
+#include "deploy/state/store/PlainFrame.h"
 
 namespace ZET::Deploy {
 
@@ -57,9 +58,13 @@ class Context {
         Require(TheZstd().setParameter(m_context.get(), ZSTD_c_checksumFlag, 1));
     }
 
-    std::size_t Compress(std::string& room, std::string_view text) {
-        return Require(
-            TheZstd().compress(m_context.get(), room.data(), room.size(), text.data(), text.size()));
+    std::string Compress(std::string_view text) {
+        // Only as much of it is touched as the frame takes.
+        const std::size_t size = TheZstd().bound(text.size());
+        const auto room = std::make_unique_for_overwrite<char[]>(size);
+        const std::size_t length =
+            Require(TheZstd().compress(m_context.get(), room.get(), size, text.data(), text.size()));
+        return {room.get(), length};
     }
 
   private:
@@ -85,31 +90,51 @@ class Reader {
         if (!m_context) throw std::bad_alloc();
     }
 
-    std::size_t Expand(std::string& room, std::string_view frame) {
-        return TheZstd().decompress(m_context.get(), room.data(), room.size(), frame.data(), frame.size());
+    std::optional<std::string> Expand(std::string_view frame, std::size_t size) {
+        std::string text(size, '\0');
+        const std::size_t length =
+            TheZstd().decompress(m_context.get(), text.data(), text.size(), frame.data(), frame.size());
+        if (TheZstd().isError(length) != 0 || length != size) return std::nullopt;
+        return text;
+    }
+
+    std::optional<bool> IsOf(std::string_view frame, std::string_view text) {
+        const auto room = std::make_unique_for_overwrite<char[]>(text.size());
+        const std::size_t length =
+            TheZstd().decompress(m_context.get(), room.get(), text.size(), frame.data(), frame.size());
+        if (TheZstd().isError(length) != 0 || length != text.size()) return std::nullopt;
+        return std::string_view(room.get(), length) == text;
     }
 
   private:
     std::unique_ptr<ZSTD_DCtx, decltype(ZSTD_freeDCtx)*> m_context;
 };
 
+Reader& TheReader() {
+    static thread_local Reader reader;
+    return reader;
+}
+
 }  // namespace
 
 std::string Compressed(std::string_view text) {
+    if (text.size() <= kLongestPlainText) return PlainFrame(text);
     static thread_local Context context;
-    std::string frame(TheZstd().bound(text.size()), '\0');
-    frame.resize(context.Compress(frame, text));
-    return frame;
+    return context.Compress(text);
 }
 
 std::optional<std::string> Expanded(std::string_view frame, std::size_t size) {
+    if (const auto text = TextOfPlainFrame(frame); text && text->size() == size) return std::string(*text);
     // What it was kept with, whatever is kept today; a damaged number takes no room.
     if (TheZstd().sizeOf(frame.data(), frame.size()) != size) return std::nullopt;
-    static thread_local Reader reader;
-    std::string text(size, '\0');
-    const std::size_t length = reader.Expand(text, frame);
-    if (TheZstd().isError(length) != 0 || length != size) return std::nullopt;
-    return text;
+    return TheReader().Expand(frame, size);
+}
+
+std::optional<bool> IsFrameOf(std::string_view frame, std::string_view text) {
+    if (const auto plain = TextOfPlainFrame(frame); plain && plain->size() == text.size())
+        return *plain == text;
+    if (TheZstd().sizeOf(frame.data(), frame.size()) != text.size()) return std::nullopt;
+    return TheReader().IsOf(frame, text);
 }
 
 }  // namespace ZET::Deploy

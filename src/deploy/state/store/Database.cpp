@@ -133,13 +133,17 @@ std::int64_t Database::LastRow() const {
     return TheSqlite().lastRow(m_database.get());
 }
 
+bool Database::IsInTransaction() const {
+    return TheSqlite().isOutside(m_database.get()) == 0;
+}
+
 Database::Transaction::Transaction(Database& database) : m_database(database) {
     m_database.Run("BEGIN IMMEDIATE");
 }
 
 Database::Transaction::~Transaction() {
     // Some errors end it by themselves.
-    if (!m_isOpen || TheSqlite().isOutside(m_database.m_database.get()) != 0) return;
+    if (!m_isOpen || !m_database.IsInTransaction()) return;
     try {
         m_database.Run("ROLLBACK");
     } catch (const std::exception&) {
@@ -183,11 +187,10 @@ std::int64_t Database::Rows::Number(int column) const {
     return TheSqlite().number(m_statement, column);
 }
 
-std::string Database::Rows::Text(int column) const {
-    const void* const bytes = TheSqlite().bytes(m_statement, column);
+std::string_view Database::Rows::Bytes(int column) const {
+    const auto* const bytes = static_cast<const char*>(TheSqlite().bytes(m_statement, column));
     const int size = TheSqlite().size(m_statement, column);
-    return bytes == nullptr ? ""
-                            : std::string(static_cast<const char*>(bytes), static_cast<std::size_t>(size));
+    return bytes == nullptr ? std::string_view() : std::string_view(bytes, static_cast<std::size_t>(size));
 }
 
 std::optional<std::int64_t> Database::Rows::OptionalNumber(int column) const {

@@ -66,6 +66,9 @@ class Database {
     /// The number of the row that was inserted last.
     std::int64_t LastRow() const;
 
+    /// Whether what is changed waits for the end of a transaction.
+    bool IsInTransaction() const;
+
     /// What is changed while it lives is changed when it is committed, or not at all.
     class Transaction {
       public:
@@ -93,7 +96,11 @@ class Database {
 
         Value At(int column) const;
         std::int64_t Number(int column) const;
-        std::string Text(int column) const;
+        std::string Text(int column) const { return std::string(Bytes(column)); }
+
+        /// In place: up to the next row.
+        std::string_view Bytes(int column) const;
+
         std::optional<std::int64_t> OptionalNumber(int column) const;
 
       private:

@@ -12,11 +12,25 @@ namespace ZET::Deploy {
 
 namespace {
 
+constexpr const char* kFrameOfText = "SELECT size, frame FROM texts WHERE id = ?";
+constexpr const char* kIsMissing = "a text is missing";
+constexpr const char* kIsDamaged = "a text is not as it was written";
+
+bool IsTextAt(Database& database, std::int64_t id, const std::string& text) {
+    Database::Rows rows(database, kFrameOfText, {id});
+    if (!rows.Next()) throw DamagedRow(kIsMissing);
+    const auto isSame = rows.Number(0) == static_cast<std::int64_t>(text.size())
+                            ? IsFrameOf(rows.Bytes(1), text)
+                            : std::nullopt;
+    if (!isSame) throw DamagedRow(kIsDamaged);
+    return *isSame;
+}
+
 /// Texts are compared: a digest like that of another text can be made.
 std::optional<TextNumber> Kept(Database& database, const std::string& text, const std::string& digest) {
     for (const std::int64_t id : Numbers(database, "SELECT id FROM texts WHERE digest = ? AND size = ?",
                                          {Blob{digest}, static_cast<std::int64_t>(text.size())})) {
-        if (TextAt(database, {id}) == text) return TextNumber{id};
+        if (IsTextAt(database, id, text)) return TextNumber{id};
     }
     return std::nullopt;
 }
@@ -60,11 +74,11 @@ RecordedState AfterWithTexts(Database& database, const StoreLimits& limits, cons
 }
 
 std::string TextAt(Database& database, TextNumber number) {
-    Database::Rows rows(database, "SELECT size, frame FROM texts WHERE id = ?", {number.value});
-    if (!rows.Next()) throw DamagedRow("a text is missing");
+    Database::Rows rows(database, kFrameOfText, {number.value});
+    if (!rows.Next()) throw DamagedRow(kIsMissing);
     const std::int64_t size = rows.Number(0);
-    auto text = size < 0 ? std::nullopt : Expanded(rows.Text(1), static_cast<std::size_t>(size));
-    if (!text) throw DamagedRow("a text is not as it was written");
+    auto text = size < 0 ? std::nullopt : Expanded(rows.Bytes(1), static_cast<std::size_t>(size));
+    if (!text) throw DamagedRow(kIsDamaged);
     return std::move(*text);
 }
 

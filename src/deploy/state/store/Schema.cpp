@@ -57,8 +57,8 @@ void MakeTables(Database& database) {
 std::int64_t VersionOfStore(Database& database, const std::string& file) {
     const std::int64_t application = NumberOf(database, "PRAGMA application_id");
     const std::int64_t version = NumberOf(database, "PRAGMA user_version");
-    const bool isEmpty = NumberOf(database, "SELECT count(*) FROM sqlite_schema") == 0;
-    if (isEmpty && application == 0 && version == 0) return 0;
+    if (application == 0 && version == 0 && NumberOf(database, "SELECT count(*) FROM sqlite_schema") == 0)
+        return 0;
     if (application != kApplication)
         throw Damage({.file = file,
                       .text = "is a database, but not the history",

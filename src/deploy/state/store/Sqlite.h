@@ -9,6 +9,7 @@ namespace ZET::Deploy {
 
 /// The functions of SQLite that are used here, looked up when the first database is opened.
 struct Sqlite {
+    decltype(sqlite3_config)* configureAll;
     decltype(sqlite3_open_v2)* open;
     decltype(sqlite3_close_v2)* close;
     decltype(sqlite3_db_config)* configure;
@@ -36,6 +37,7 @@ struct Sqlite {
 
     Sqlite() {
         const Library library("libsqlite3.so.0", "libsqlite3-0");
+        library.Find(configureAll, "sqlite3_config");
         library.Find(open, "sqlite3_open_v2");
         library.Find(close, "sqlite3_close_v2");
         library.Find(configure, "sqlite3_db_config");
@@ -60,6 +62,9 @@ struct Sqlite {
         library.Find(systemError, "sqlite3_system_errno");
         library.Find(lastRow, "sqlite3_last_insert_rowid");
         library.Find(isOutside, "sqlite3_get_autocommit");
+        // Nobody asks how much memory it has, and to count that takes a lock at each piece: 2% of a command's
+        // instructions. Where the process uses the library already, it is too late, and does no harm.
+        configureAll(SQLITE_CONFIG_MEMSTATUS, 0);
     }
 };
 

@@ -239,12 +239,31 @@ std::vector<KnownFile> Store::KnownFiles() {
 
 void Store::Remember(const std::vector<FileToRecord>& files) {
     Guarded([&] {
-        SyncCommits(Sync::Later);
-        Database::Transaction transaction(*m_database);
+        const auto transaction = TransactionUnlessOpen();
         for (const FileToRecord& file : files)
             RememberOne(file);
-        transaction.Commit();
+        if (transaction) transaction->Commit();
     });
+}
+
+void Store::RememberTogether(const std::function<void()>& call) {
+    Guarded([&] {
+        const auto transaction = TransactionUnlessOpen();
+        try {
+            call();
+        } catch (...) {
+            if (transaction && m_database->IsInTransaction()) transaction->Commit();
+            throw;
+        }
+        if (transaction) transaction->Commit();
+    });
+}
+
+/// How it is synced cannot be changed in one.
+std::unique_ptr<Database::Transaction> Store::TransactionUnlessOpen() {
+    if (m_database->IsInTransaction()) return nullptr;
+    SyncCommits(Sync::Later);
+    return std::make_unique<Database::Transaction>(*m_database);
 }
 
 void Store::RememberOne(const FileToRecord& file) {

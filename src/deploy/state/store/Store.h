@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -80,6 +81,9 @@ class Store {
     void Remember(const std::vector<FileToRecord>& files);
     void Forget(const std::vector<std::string>& paths);
 
+    /// What the call remembers by many calls is there when it ends, also where it throws; of a kill, nothing.
+    void RememberTogether(const std::function<void()>& call);
+
     /// A text that is kept.
     std::string Text(TextNumber number);
 
@@ -98,6 +102,7 @@ class Store {
     enum class Sync { AsTold, Later };
     std::int64_t Begin(const RecordedEntry& entry, const std::vector<FileToRecord>& files, Sync sync);
     void SyncCommits(Sync sync);
+    std::unique_ptr<Database::Transaction> TransactionUnlessOpen();
     void LookForLoss(std::int64_t last);
 
     void Insert(std::int64_t number, const FileToRecord& file);
