@@ -1,13 +1,14 @@
 #include "text/LineEnds.h"
 
+#include "posix/ByteBlock.h"
 #include "text/Lines.h"
 
 namespace ZET::Text {
 
 void LineEndScan::Take(std::string_view lines, std::size_t before) {
-    const auto has = [&](std::string_view text) { return lines.find(text) != std::string_view::npos; };
     // Nothing to learn, as in most of most files.
-    if (m_isFirstCarriageReturn == false && !has("\r") && !has(kMarkerStart)) {
+    const auto has = [&](std::string_view text) { return FindBytes(lines, text) != std::string_view::npos; };
+    if (m_isFirstCarriageReturn == false && !has("\r") && !(has("-") && has(kMarkerStart))) {
         m_emptyLine = 0;
         return;
     }

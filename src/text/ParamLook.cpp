@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-#include "text/FindText.h"
+#include "posix/ByteBlock.h"
 #include "text/Lines.h"
 
 namespace ZET::Text {
@@ -27,7 +27,7 @@ class NextPlace {
 
   private:
     void Find(std::string_view rest) {
-        m_place = rest.data() + std::min(FindText(rest, m_what), rest.size());
+        m_place = rest.data() + std::min(FindBytes(rest, m_what), rest.size());
     }
 
     std::string_view m_what;

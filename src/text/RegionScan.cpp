@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
-#include <cstring>
 #include <utility>
 
+#include "posix/ByteBlock.h"
 #include "text/Lines.h"
 #include "text/repair/NearMarker.h"
 
@@ -44,51 +43,33 @@ bool CanBeNearMarker(std::string_view line) {
     return BeginsWithDash(line.begin(), line.end()) || BeginsWithDash(line.rbegin(), line.rend());
 }
 
-/// Whether a byte of a character beyond ASCII is in the text, which may be a dash.
-bool HasWideCharacter(std::string_view text) {
-    std::uint64_t all = 0;
-    std::array<std::uint64_t, 8> words;
-    for (; text.size() >= sizeof words; text.remove_prefix(sizeof words)) {
-        std::memcpy(words.data(), text.data(), sizeof words);
-        for (const std::uint64_t word : words)
-            all |= word;
-    }
-    for (const char c : text)
-        all |= static_cast<unsigned char>(c);
-    return (all & 0x8080808080808080U) != 0;
-}
-
 bool HasNothingBehind(std::string_view line, Marker marker) {
     return line.find_first_not_of(" \t\r", MarkerText(marker).size()) == std::string_view::npos;
 }
 
 }  // namespace
 
+/// Lines without a dash, as most are, are only counted: a third of the time of the look.
+void RegionScan::PassOver(std::string_view& lines) {
+    const auto dashes = [](const ByteBlock& block) { return block.Where('-') | block; };
+    const std::string_view others = LinesBefore(lines, FindFirst(lines, dashes));
+    if (others.empty()) return;
+    m_number += CountLines(others);
+    m_hasText = m_hasText || others.find_first_not_of('\n') != std::string_view::npos;
+    lines.remove_prefix(others.size());
+}
+
 void RegionScan::Take(std::string_view lines) {
-    const char* const end = lines.data() + lines.size();
-    const auto next = [&](auto what) { return lines.data() + std::min(lines.find(what), lines.size()); };
-    // Lines without a dash, as most are, are only counted: a third of the time of the look.
-    const bool hasOtherDashes = HasWideCharacter(lines);
-    const char* dash = next('-');
-    const char* mention = next(kMarkerStart);
-    while (!lines.empty()) {
-        if (!hasOtherDashes && !m_notices.IsInside()) {
-            const std::string_view others = LinesBefore(lines, static_cast<std::size_t>(dash - lines.data()));
-            m_number += CountLines(others);
-            m_hasText = m_hasText || others.find_first_not_of('\n') != std::string_view::npos;
-            lines.remove_prefix(others.size());
-            if (lines.empty()) return;
-        }
+    for (;;) {
+        if (!m_notices.IsInside()) PassOver(lines);
+        if (lines.empty()) return;
         const std::string_view line = TakeLine(lines).text;
-        const bool mentionsMarker = mention != end && mention < lines.data();
         ++m_number;
-        if (dash < lines.data()) dash = next('-');
-        const Marker marker = mentionsMarker ? MarkerOf(line) : Marker::None;
+        const Marker marker = MarkerOf(line);
+        const bool mentionsMarker = line.find(kMarkerStart) != std::string_view::npos;
         LookForSpots(line, marker);
         m_isSound = m_isSound && TakeLineOf(line, mentionsMarker, marker);
-        if (!mentionsMarker) continue;
         m_hasRegions = m_hasRegions || marker == Marker::BlockBegin || marker == Marker::Notice;
-        mention = next(kMarkerStart);
     }
 }
 

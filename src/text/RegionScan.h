@@ -34,6 +34,7 @@ class RegionScan {
     bool HasRegions() const { return m_hasRegions; }
 
   private:
+    void PassOver(std::string_view& lines);
     void LookForSpots(std::string_view line, Marker marker);
     bool IsInPlace(Marker marker) const;
     bool TakeLineOf(std::string_view line, bool mentionsMarker, Marker marker);

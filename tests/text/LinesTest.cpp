@@ -1,4 +1,3 @@
-#include "text/FindText.h"
 #include "text/Lines.h"
 
 #include <gmock/gmock.h>
@@ -58,17 +57,6 @@ TEST(Lines, CarriageReturnIsPartOfTheLine) {
     EXPECT_EQ(WithoutCarriageReturn("a\r\r"), "a\r");
     EXPECT_EQ(WithoutCarriageReturn("a"), "a");
     EXPECT_EQ(WithoutCarriageReturn(""), "");
-}
-
-TEST(Lines, TextIsFoundInAnotherWhateverItsLength) {
-    for (std::size_t size = 1; size < 20; ++size) {
-        const std::string what = std::string(size - 1, 'a') + "b";
-        EXPECT_EQ(FindText(what, what), 0U);
-        EXPECT_EQ(FindText(std::string(30, 'a') + "b" + what, what), 31 - size);
-        EXPECT_EQ(FindText("x" + what.substr(0, size - 1), what), std::string_view::npos);
-        EXPECT_EQ(FindText("", what), std::string_view::npos);
-    }
-    EXPECT_EQ(FindText("a", ""), 0U);
 }
 
 TEST(Lines, NullByteEndsNoLine) {

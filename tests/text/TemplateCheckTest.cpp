@@ -4,6 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <random>
+#include <set>
+
 #include "zet/ZETFormat.h"
 
 namespace ZET::Text {
@@ -25,12 +28,20 @@ std::vector<std::string> Descriptions(const std::string& text, const StringMap& 
     return descriptions;
 }
 
-/// The same of a text of which no line can be passed over: a "$" alone is a placeholder nowhere.
+/// With each line with a placeholder looked at by itself, because there is a value of several lines.
+StringMap WithSeveralLines(StringMap values) {
+    values["${lines}"] = "a\nb";
+    return values;
+}
+
+/// The same of a text of which no line can be passed over, but for those of the markers and comments.
 std::vector<std::string> WithEachLineLookedAt(const std::string& text) {
-    std::string dollars;
+    std::string lines;
     for (const TextLine& line : SplitLines(text))
-        dollars.append(line.text).append(line.text.empty() ? "" : " $").append(line.hasLineFeed ? "\n" : "");
-    return Descriptions(dollars);
+        lines.append(line.text)
+            .append(line.text.empty() ? "" : " ${realm}")
+            .append(line.hasLineFeed ? "\n" : "");
+    return Descriptions(lines, WithSeveralLines(kValues));
 }
 
 std::string NoValue(const std::string& place, const std::string& placeholder) {
@@ -308,6 +319,53 @@ TEST(TemplateCheck, LinesThatArePassedOverWouldNotHaveBeenToldOf) {
                   CheckTemplate("t", LineByLine(text), kValues).size())
             << text;
     }
+}
+
+/// Long enough for what is passed over in runs, and with everything that ends one.
+TEST(TemplateCheck, LinesPassedOverInRunsAreJudgedAsEachByItself) {
+    const std::vector<std::string> pieces = {
+        "a = ", "${realm}", "${server}", "${both}", "${none}",  "$", "}",     "{",    "${",  "# ",
+        "\n",   "\n",       "x ",        "# --",    "${realm}", " ", "text ", "\n# ", "\n\n"};
+    std::mt19937 random(11);
+    for (int i = 0; i < 3000; ++i) {
+        std::string text;
+        for (std::size_t count = random() % 120; count > 0; --count)
+            text += pieces[random() % pieces.size()];
+        std::set<std::string> used;
+        std::set<std::string> usedByEach;
+        const auto together = CheckTemplate("t", LinesOf(text), kValues, &used);
+        const auto each = CheckTemplate("t", LineByLine(text), WithSeveralLines(kValues), &usedByEach);
+        ASSERT_EQ(together.size(), each.size()) << text;
+        for (std::size_t problem = 0; problem < each.size(); ++problem)
+            ASSERT_EQ(together[problem].Describe(), each[problem].Describe()) << text;
+        ASSERT_EQ(used, usedByEach) << text;
+    }
+}
+
+TEST(TemplateCheck, PlaceholdersOfAVeryLongLineAreToldAndUsed) {
+    for (const std::string start : {"", "before\n", "before\n#", "before\n${realm}"}) {
+        std::string line = start + std::string(100, 'x');
+        for (int i = 0; i < 5000; ++i)
+            line += "${realm} and more ";
+        std::set<std::string> used;
+        EXPECT_TRUE(CheckTemplate("t", LinesOf(line), kValues, &used).empty());
+        EXPECT_EQ(used.contains("${realm}"), !start.ends_with('#'));
+        const auto problems = CheckTemplate("t", LinesOf(line + "${none}\n"), kValues, &used);
+        EXPECT_EQ(problems.size(), start.ends_with('#') ? 0U : 1U) << start;
+        EXPECT_EQ(used.contains("${none}"), !start.ends_with('#'));
+    }
+}
+
+TEST(TemplateCheck, NoticeInAVeryLongFirstLineIsFoundWhereverItComesFrom) {
+    const std::string before = "key = " + std::string(40'000, 'x');
+    const std::string sign = "${sign}";
+    const StringMap values = {{"${sign}", "#"}, {"${plain}", "plain"}};
+    const std::string marker = std::string(ZETNoticeMarker).substr(1);
+    EXPECT_EQ(CheckTemplate("t", LinesOf(before + "#" + marker + "\n"), values).size(), 1U);
+    EXPECT_EQ(CheckTemplate("t", LinesOf(before + sign + marker + "\n"), values).size(), 1U);
+    EXPECT_TRUE(CheckTemplate("t", LinesOf(before + "${plain}" + marker + "\n"), values).empty());
+    EXPECT_EQ(CheckTemplate("t", LinesOf(before + "#" + marker + "\n"), {}).size(), 1U);
+    EXPECT_TRUE(CheckTemplate("t", LinesOf(before + marker + "\n"), {}).empty());
 }
 
 }  // namespace

@@ -44,10 +44,11 @@ class OutOfMemoryTest : public ModuleTest {
         EXPECT_TRUE(Read("target") == text);
     }
 
-    /// A line that needs memory of its own.
-    static std::string Long(const std::string& end) {
-        std::string text = end;
-        text.insert(text.begin(), kMuch, 'x');
+    /// So many short pieces of it are left that the new text needs memory of its own.
+    static std::string ManyOf(const std::string& lines) {
+        std::string text;
+        while (text.size() < kMuch)
+            text += lines;
         return text;
     }
 
@@ -56,22 +57,19 @@ class OutOfMemoryTest : public ModuleTest {
 };
 
 TEST_F(OutOfMemoryTest, TextOutlivesAMarkerThatCannotBeTakenOut) {
-    const std::string text = kBegin + kEnd + Long("\n");
+    const std::string text = ManyOf("a line that is longer than its block\n" + kBegin + kEnd);
     ExpectTextSurvives(
         text, [](IZETConfigFile& file) { file.RemoveMarkers(kBegin.substr(0, 9), kEnd.substr(0, 9)); });
 }
 
 TEST_F(OutOfMemoryTest, TextOutlivesALineThatCannotBeAdded) {
-    const std::string line(1023, 'x');
-    std::string text;
-    while (text.size() < kMuch)
-        text += line + "\n";
+    const std::string text = ManyOf(std::string(1023, 'x') + "\n");
     m_core.SetMatcher([](const std::string&, const std::string&) { return false; });
-    ExpectTextSurvives(text, [](IZETConfigFile& file) { file.SetLine("^y", "y"); });
+    ExpectTextSurvives(text, [](IZETConfigFile& file) { file.SetLine("^y", std::string(kMuch, 'y')); });
 }
 
 TEST_F(OutOfMemoryTest, TextOutlivesAPlaceholderThatCannotBeReplaced) {
-    const std::string text = Long("${a}\n");
+    const std::string text = ManyOf("a placeholder ${a}\n");
     ExpectTextSurvives(text, [](IZETConfigFile& file) {
         StringMap values = {{"${a}", "1"}};
         file.ApplyTemplates(values);

@@ -11,7 +11,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/targets/EditRules.h"
-#include "text/FindText.h"
+#include "posix/ByteBlock.h"
 #include "text/LineEnds.h"
 #include "text/Lines.h"
 #include "zet/ZETFormat.h"
@@ -99,7 +99,7 @@ class LookToGet {
 
   private:
     void TakeNext(std::string_view& lines) {
-        const std::size_t place = Text::FindText(lines, m_start);
+        const std::size_t place = FindBytes(lines, m_start);
         if (place == std::string_view::npos) {
             lines = {};
             return;

@@ -3,6 +3,7 @@
 #include <sys/mman.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -14,6 +15,10 @@ namespace {
 
 constexpr std::size_t kSmallestCapacity = 4096;
 constexpr std::size_t kHugePageSize = std::size_t{2} << 20;
+
+/// Before a large text: a notice that is put there, or is taken off and put there again, then moves nothing
+/// else.
+constexpr std::size_t kRoomBefore = 4096;
 
 /// From here on memory comes straight from the system, whole huge pages at a time: the first touch of fresh
 /// memory costs more than scanning or copying it, and huge pages make it several times cheaper. A mapping
@@ -48,11 +53,13 @@ Buffer::~Buffer() {
 
 Buffer::Buffer(Buffer&& other) noexcept
     : m_data(std::exchange(other.m_data, nullptr)),
+      m_begin(std::exchange(other.m_begin, 0)),
       m_size(std::exchange(other.m_size, 0)),
       m_capacity(std::exchange(other.m_capacity, 0)) {}
 
 Buffer& Buffer::operator=(Buffer&& other) noexcept {
     std::swap(m_data, other.m_data);
+    std::swap(m_begin, other.m_begin);
     std::swap(m_size, other.m_size);
     std::swap(m_capacity, other.m_capacity);
     return *this;
@@ -66,27 +73,79 @@ void Buffer::Release() {
     }
 }
 
+void Buffer::Clear() {
+    m_size = 0;
+    m_begin = IsMapped(m_capacity) ? kRoomBefore : 0;
+}
+
 void Buffer::Grow(std::size_t capacity) {
-    capacity = RoundedCapacity(std::max(capacity, m_capacity * 2));
+    const std::size_t begin = m_size == 0 && IsMapped(capacity) ? kRoomBefore : m_begin;
+    if (capacity > SIZE_MAX / 2) throw std::bad_alloc();
+    capacity = RoundedCapacity(std::max(begin + capacity, m_capacity * 2));
     void* data = nullptr;
     if (!IsMapped(capacity)) {
         data = std::realloc(m_data, capacity);
     } else if (IsMapped(m_capacity)) {
         data = Remap(m_data, m_capacity, capacity);
     } else if ((data = Map(capacity)) != nullptr && m_data != nullptr) {
-        std::memcpy(data, m_data, m_size);
+        std::memcpy(data, m_data, m_begin + m_size);
         std::free(m_data);
     }
     if (data == nullptr) throw std::bad_alloc();
     m_data = static_cast<char*>(data);
+    m_begin = begin;
     m_capacity = capacity;
 }
 
 void Buffer::Append(std::string_view bytes) {
     if (bytes.empty()) return;
     Reserve(m_size + bytes.size());
-    std::memcpy(m_data + m_size, bytes.data(), bytes.size());
+    std::memcpy(Room(), bytes.data(), bytes.size());
     m_size += bytes.size();
+}
+
+/// Where the new bytes have to begin for the longest piece to stay where it is, or as near as can be.
+std::size_t Buffer::BeginFor(const std::vector<TextPiece>& pieces) const {
+    std::size_t before = 0;
+    std::size_t longest = 0;
+    std::size_t begin = m_begin;
+    for (const TextPiece& piece : pieces) {
+        if (piece.IsOfText() && piece.size > longest) {
+            longest = piece.size;
+            begin = m_begin + piece.at - std::min(before, m_begin + piece.at);
+        }
+        before += piece.size;
+    }
+    return begin;
+}
+
+void Buffer::Move(std::size_t to, std::size_t from, std::size_t size) {
+    std::memmove(m_data + to, m_data + from, size);
+}
+
+void Buffer::Arrange(const std::vector<TextPiece>& pieces, std::string_view others, std::size_t size) {
+    const std::size_t begin = BeginFor(pieces);
+    if (begin + size > m_capacity) Grow(begin + size - m_begin);
+    // What goes towards the begin, from there on; then what goes towards the end, from that on: so none comes
+    // to stand on one that is still to be moved. What is new is put between them last.
+    std::size_t to = begin;
+    for (const TextPiece& piece : pieces) {
+        if (piece.IsOfText() && to < m_begin + piece.at) Move(to, m_begin + piece.at, piece.size);
+        to += piece.size;
+    }
+    for (auto piece = pieces.rbegin(); piece != pieces.rend(); ++piece) {
+        to -= piece->size;
+        if (piece->IsOfText() && to > m_begin + piece->at) Move(to, m_begin + piece->at, piece->size);
+    }
+    for (const TextPiece& piece : pieces) {
+        if (!piece.IsOfText()) {
+            std::memcpy(m_data + to, others.data(), piece.size);
+            others.remove_prefix(piece.size);
+        }
+        to += piece.size;
+    }
+    m_begin = begin;
+    m_size = size;
 }
 
 }  // namespace ZET

@@ -3,12 +3,23 @@
 
 #include <cstddef>
 #include <string_view>
+#include <vector>
 
 namespace ZET {
 
+/// A piece of a text that is to become another one.
+struct TextPiece {
+    static constexpr std::size_t kOthers = static_cast<std::size_t>(-1);
+
+    std::size_t at = kOthers;  ///< in the text; of other bytes, the next ones
+    std::size_t size = 0;
+
+    bool IsOfText() const { return at != kOthers; }
+};
+
 /// Contiguous bytes that grow at their end. Unlike `std::string` it neither fills memory that is about to be
-/// overwritten nor, where the system can remap pages, copies a large text to make it larger.
-/// Running out of memory throws `std::bad_alloc` and changes nothing.
+/// overwritten nor, where the system can remap pages, copies a large text to make it larger; it has some room
+/// before a large text, too. Running out of memory throws `std::bad_alloc` and changes nothing.
 class Buffer {
   public:
     Buffer() = default;
@@ -18,29 +29,37 @@ class Buffer {
     Buffer(const Buffer&) = delete;
     Buffer& operator=(const Buffer&) = delete;
 
-    std::string_view View() const { return {m_data, m_size}; }
+    std::string_view View() const { return {m_data + m_begin, m_size}; }
     std::size_t Size() const { return m_size; }
 
     /// Forgets the bytes and keeps the memory.
-    void Clear() { m_size = 0; }
+    void Clear();
 
     /// Makes room for `capacity` bytes in all.
     void Reserve(std::size_t capacity) {
-        if (capacity > m_capacity) Grow(capacity);
+        if (capacity > m_capacity - m_begin) Grow(capacity);
     }
 
     void Append(std::string_view bytes);
 
     /// The room behind the bytes, to be filled and then declared with `Filled`.
-    char* Room() { return m_data + m_size; }
-    std::size_t RoomSize() const { return m_capacity - m_size; }
+    char* Room() { return m_data + m_begin + m_size; }
+    std::size_t RoomSize() const { return m_capacity - m_begin - m_size; }
     void Filled(std::size_t count) { m_size += count; }
 
+    /// Makes the bytes ones of pieces of them, in their order, with `others` between these; `size` is that of
+    /// all. The longest piece stays where it is when there is room for what comes before it, and no byte is
+    /// moved twice.
+    void Arrange(const std::vector<TextPiece>& pieces, std::string_view others, std::size_t size);
+
   private:
+    std::size_t BeginFor(const std::vector<TextPiece>& pieces) const;
+    void Move(std::size_t to, std::size_t from, std::size_t size);
     void Grow(std::size_t capacity);
     void Release();
 
     char* m_data = nullptr;
+    std::size_t m_begin = 0;
     std::size_t m_size = 0;
     std::size_t m_capacity = 0;
 };

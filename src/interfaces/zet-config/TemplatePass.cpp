@@ -4,6 +4,7 @@
 
 #include "Messages.h"
 #include "Passes.h"
+#include "posix/ByteBlock.h"
 
 namespace ZET {
 
@@ -17,6 +18,8 @@ class Expander {
     Expander(TextBuilder& out, const StringMap& values) : m_out(out), m_values(values) {}
 
     void Expand(std::string_view line) {
+        line.remove_prefix(ExpandPlain(line));
+        if (line.empty()) return;
         m_pieces.assign(1, line);
         m_lineIsLeft = true;
         while (CopyToPlaceholder())
@@ -24,11 +27,18 @@ class Expander {
     }
 
   private:
+    /// A value as it was found in the map; a plain one has no placeholder.
+    struct KnownValue {
+        const StringMap::value_type* value = nullptr;
+        bool isPlain = false;
+    };
+
+    std::size_t ExpandPlain(std::string_view line);
     bool CopyToPlaceholder();
     void ReplacePlaceholder();
     std::size_t FindPlaceholder() const;
     std::string_view ReadPlaceholder();
-    const std::string* FindValue(std::string_view placeholder);
+    const KnownValue* FindValue(std::string_view placeholder);
     void Take(std::size_t count);
     void Drop(std::size_t count);
     void MarkUnknown(std::string_view placeholder);
@@ -41,7 +51,7 @@ class Expander {
     std::string m_key;                       ///< used again for each, so that a lookup costs no allocation
 
     /// The values found last, by hash: a template names few values, and those again and again.
-    std::array<const StringMap::value_type*, 64> m_recent = {};
+    std::array<KnownValue, 64> m_recent = {};
 };
 
 /// A placeholder without an end makes the operation search forever; that is what callers must expect of it.
@@ -51,6 +61,28 @@ class Expander {
     while (again)
         again = true;
     __builtin_unreachable();
+}
+
+/// Replaces placeholders as long as their values lead to no other, as most do: no stack of pieces is needed
+/// for that. Returns how much of the line that is.
+std::size_t Expander::ExpandPlain(std::string_view line) {
+    BytePlaces dollars('$');
+    BytePlaces braces('}');
+    std::size_t done = 0;
+    std::size_t brace = 0;
+    for (std::size_t dollar; (dollar = dollars.Next(line)) != std::string_view::npos;) {
+        if (dollar < done || !line.substr(dollar + 1).starts_with('{')) continue;
+        while (brace <= dollar)
+            brace = braces.Next(line);
+        const KnownValue* const value =
+            brace == std::string_view::npos ? nullptr : FindValue(line.substr(dollar, brace + 1 - dollar));
+        m_out.Copy(line.substr(done, dollar - done));
+        if (value == nullptr || !value->isPlain) return dollar;
+        m_out.Append(value->value->second);
+        done = brace + 1;
+    }
+    m_out.Copy(line.substr(done));
+    return line.size();
 }
 
 /// Copies what stands before the next placeholder; false when the line ends first.
@@ -80,13 +112,13 @@ std::size_t Expander::FindPlaceholder() const {
 void Expander::ReplacePlaceholder() {
     const std::string_view placeholder = ReadPlaceholder();
     if (placeholder.empty()) SearchForever();
-    const std::string* const value = FindValue(placeholder);
+    const KnownValue* const value = FindValue(placeholder);
     if (value == nullptr) return MarkUnknown(placeholder);
     Drop(placeholder.size());
-    if (value->find('$') == std::string::npos) {
-        m_out.Append(*value);
+    if (value->isPlain) {
+        m_out.Append(value->value->second);
     } else {
-        m_pieces.push_back(*value);
+        m_pieces.push_back(value->value->second);
     }
 }
 
@@ -104,20 +136,20 @@ std::string_view Expander::ReadPlaceholder() {
     return {};
 }
 
-const std::string* Expander::FindValue(std::string_view placeholder) {
+const Expander::KnownValue* Expander::FindValue(std::string_view placeholder) {
     // Cheap, and different for most names: the length, and the bytes at both ends of the name.
     const auto byte = [&](std::size_t index) -> std::size_t {
         return static_cast<unsigned char>(placeholder[index]);
     };
     const std::size_t hash = placeholder.size() + 7 * byte(2) + 13 * byte(placeholder.size() - 2);
-    const StringMap::value_type*& recent = m_recent[hash % m_recent.size()];
-    if (recent == nullptr || recent->first != placeholder) {
+    KnownValue& recent = m_recent[hash % m_recent.size()];
+    if (recent.value == nullptr || !IsSame(recent.value->first, placeholder)) {
         m_key.assign(placeholder);
         const auto found = m_values.find(m_key);
         if (found == m_values.end()) return nullptr;
-        recent = &*found;
+        recent = {&*found, found->second.find('$') == std::string::npos};
     }
-    return &recent->second;
+    return &recent;
 }
 
 /// The "!" makes the placeholder visible in the file and keeps it from being met again.
@@ -168,7 +200,11 @@ void ApplyTemplatesPass(TextReader& in, TextBuilder& out, const StringMap& value
         }
         const std::size_t lineStart = out.Size();
         expander.Expand(line);
-        out.EndLine(out.Size() == lineStart);
+        if (in.EndedByEndOfText()) {
+            out.EndLine(out.Size() == lineStart);
+        } else {
+            out.Copy({line.data() + line.size(), 1});
+        }
     }
 }
 

@@ -1,9 +1,21 @@
 #include "TextReader.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 namespace ZET {
+
+namespace {
+
+/// Up to so many, pieces of a new text are collected whatever their size; more of them where they are as long
+/// as that, so that the list of them takes an eighth of the text at most.
+constexpr std::size_t kFewPieces = 64;
+constexpr std::size_t kLongPiece = 128;
+
+constexpr std::size_t kManyOthers = std::size_t{64} << 10;  ///< which would be copied twice
+
+}  // namespace
 
 void TextReader::Rewind() {
     m_position = m_lineStart = m_countedTo = m_lineFeeds = 0;
@@ -19,6 +31,11 @@ Buffer TextReader::Replace(Buffer bytes) {
     std::swap(m_bytes, bytes);
     Renew();
     return bytes;
+}
+
+void TextReader::Arrange(const std::vector<TextPiece>& pieces, std::string_view others, std::size_t size) {
+    m_bytes.Arrange(pieces, others, size);
+    Renew();
 }
 
 std::string_view TextReader::SkipLinesWithout(std::string_view bytes) {
@@ -47,13 +64,21 @@ TextBuilder::~TextBuilder() {
 }
 
 void TextBuilder::Append(std::string_view bytes) {
+    if (bytes.empty()) return;
     FlushRun();
-    m_bytes.Append(bytes);
+    m_size += bytes.size();
+    if (m_isCopied) return m_bytes.Append(bytes);
+    AddOthers(bytes);
+}
+
+void TextBuilder::AddOthers(std::string_view bytes) {
+    m_others += bytes;
+    Add({TextPiece::kOthers, bytes.size()});
 }
 
 void TextBuilder::AppendLine(std::string_view line) {
     Append(line);
-    m_bytes.Append("\n");
+    Append("\n");
 }
 
 void TextBuilder::EndLine(bool isEmpty) {
@@ -61,23 +86,51 @@ void TextBuilder::EndLine(bool isEmpty) {
 }
 
 Buffer TextBuilder::Install() {
-    // A run of the same length may be a piece of something else.
-    const std::string_view source = m_source.Bytes();
-    const bool isWhole =
-        m_bytes.Size() == 0 && m_run.size() == source.size() && m_run.data() == source.data();
-    if (!isWhole) FlushRun();
+    FlushRun();
+    if (!m_isCopied) m_source.Arrange(m_pieces, m_others, m_size);
     m_mayRevive = false;
-    if (!isWhole) return m_source.Replace(std::move(m_bytes));
-    m_source.Renew();
-    return std::move(m_bytes);
+    return m_isCopied ? m_source.Replace(std::move(m_bytes)) : std::move(m_bytes);
 }
 
 void TextBuilder::FlushRun() {
     if (m_run.empty()) return;
+    const std::string_view run = std::exchange(m_run, {});
+    if (m_isCopied) return m_bytes.Append(run);
+    const std::string_view left = m_source.Bytes().substr(m_taken);
+    const std::less_equal<> isNotBehind;
+    if (!isNotBehind(left.data(), run.data()) ||
+        !isNotBehind(run.data() + run.size(), left.data() + left.size()))
+        return AddOthers(run);
+    const auto at = static_cast<std::size_t>(run.data() - m_source.Bytes().data());
+    m_taken = at + run.size();
+    Add({at, run.size()});
+}
+
+void TextBuilder::Add(TextPiece piece) {
+    m_pieces.push_back(piece);
+    if (!IsWorthCollecting()) CopyCollected();
+}
+
+bool TextBuilder::IsWorthCollecting() const {
+    return m_others.size() <= kManyOthers &&
+           (m_pieces.size() <= kFewPieces || m_size / kLongPiece >= m_pieces.size());
+}
+
+void TextBuilder::CopyCollected() {
     // Most passes change little: room for the whole source at once saves growing step by step.
     m_bytes.Reserve(m_source.Bytes().size() + m_source.Bytes().size() / 8);
-    m_bytes.Append(m_run);
-    m_run = {};
+    std::string_view others = m_others;
+    for (const TextPiece& piece : m_pieces) {
+        if (piece.IsOfText()) {
+            m_bytes.Append(m_source.Bytes().substr(piece.at, piece.size));
+        } else {
+            m_bytes.Append(others.substr(0, piece.size));
+            others.remove_prefix(piece.size);
+        }
+    }
+    m_isCopied = true;
+    m_pieces.clear();
+    m_others.clear();
 }
 
 }  // namespace ZET

@@ -2,8 +2,10 @@
 #define ZET_TEXT_H
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "Buffer.h"
 #include "LineFeed.h"
@@ -56,6 +58,9 @@ class TextReader {
 
     std::string_view Bytes() const { return m_bytes.View(); }
 
+    /// Makes the bytes ones of pieces of themselves and others, to be read from their start.
+    void Arrange(const std::vector<TextPiece>& pieces, std::string_view others, std::size_t size);
+
     /// Reads afresh from the start, exhausted or not: for a text whose bytes were replaced by the same bytes.
     void Renew();
 
@@ -75,12 +80,13 @@ class TextReader {
     bool m_exhausted = false;
 };
 
-/// Builds the text that a pass makes out of another one. What is taken over unchanged is collected into runs
-/// that are copied once; a text that is taken over as a whole is not copied at all. Without `Install` the
-/// source is left as it was, and not exhausted by having been read.
+/// Builds the text that a pass makes out of another one. What is taken over unchanged is collected into runs.
+/// As long as these are few and long, nothing is copied: at the end, the text is made in its own place, where
+/// the longest run stays: half of the memory for an edit of a large text, and no first touch of a second one.
+/// Without `Install` the source is left as it was, and not exhausted by having been read.
 class TextBuilder {
   public:
-    /// `memory` is used for the new text.
+    /// `memory` is used for a new text that is not made in place.
     TextBuilder(TextReader& source, Buffer memory);
     ~TextBuilder();
     TextBuilder(const TextBuilder&) = delete;
@@ -89,6 +95,7 @@ class TextBuilder {
     /// Takes over a piece of the source.
     void Copy(std::string_view piece) {
         if (piece.empty()) return;
+        m_size += piece.size();
         if (!m_run.empty() && m_run.data() + m_run.size() == piece.data()) {
             m_run = {m_run.data(), m_run.size() + piece.size()};
             return;
@@ -116,7 +123,7 @@ class TextBuilder {
     void EndLine(bool isEmpty);
 
     /// Bytes added so far.
-    std::size_t Size() const { return m_bytes.Size() + m_run.size(); }
+    std::size_t Size() const { return m_size; }
 
     /// Puts the new text in the place of the source, to be read from its start. Returns memory for the next
     /// pass.
@@ -124,11 +131,21 @@ class TextBuilder {
 
   private:
     void FlushRun();
+    void AddOthers(std::string_view bytes);
+    void Add(TextPiece piece);
+    bool IsWorthCollecting() const;
+    void CopyCollected();
 
     TextReader& m_source;
     bool m_mayRevive;  ///< the source was not exhausted before, and is not replaced yet
-    Buffer m_bytes;
-    std::string_view m_run;  ///< a piece of the source that follows `m_bytes` and is not yet copied
+    std::size_t m_size = 0;
+    std::string_view m_run;  ///< a piece of the source that follows what is below, and is not in it yet
+
+    std::vector<TextPiece> m_pieces;
+    std::size_t m_taken = 0;  ///< of the source, by the pieces
+    std::string m_others;     ///< the bytes between the pieces
+    bool m_isCopied = false;
+    Buffer m_bytes;  ///< instead of both, once all is copied
 };
 
 }  // namespace ZET

@@ -1,0 +1,49 @@
+#include "text/PlainValues.h"
+
+#include <algorithm>
+
+#include "posix/ByteBlock.h"
+#include "text/Placeholders.h"
+
+namespace ZET::Text {
+
+namespace {
+
+/// Cheap, and different for most names: the length, and the bytes at both ends of the name.
+std::size_t HashOf(std::string_view placeholder) {
+    const auto byte = [&](std::size_t index) -> std::size_t {
+        return static_cast<unsigned char>(placeholder[index]);
+    };
+    return placeholder.size() + 7 * byte(kPlaceholderBegin.size()) + 13 * byte(placeholder.size() - 2);
+}
+
+}  // namespace
+
+PlainValues::PlainValues(const StringMap& values, std::set<std::string>* used) : m_used(used) {
+    for (const auto& value : values) {
+        // A placeholder ends in its line.
+        if (value.first.find('\n') == std::string::npos && value.second.find('$') == std::string::npos)
+            m_values.emplace(value.first, Value{&value});
+    }
+}
+
+const std::string* PlainValues::Find(std::string_view placeholder) {
+    if (placeholder.size() <= kPlaceholderBegin.size()) return nullptr;
+    Value*& recent = m_recent[HashOf(placeholder) % m_recent.size()];
+    if (recent == nullptr || !IsSame(recent->value->first, placeholder)) {
+        const auto found = m_values.find(placeholder);
+        if (found == m_values.end()) return nullptr;
+        recent = &found->second;
+    }
+    if (m_used != nullptr && !recent->isUsed) m_used->insert(recent->value->first);
+    recent->isUsed = true;
+    return &recent->value->second;
+}
+
+bool PlainValues::Have(char byte) const {
+    return std::any_of(m_values.begin(), m_values.end(), [byte](const auto& each) {
+        return each.second.value->second.find(byte) != std::string::npos;
+    });
+}
+
+}  // namespace ZET::Text

@@ -1,0 +1,43 @@
+#ifndef ZET_PLAIN_VALUES_H
+#define ZET_PLAIN_VALUES_H
+
+#include <array>
+#include <set>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "zet/ZETTypes.h"
+
+namespace ZET::Text {
+
+/// Of the values of placeholders those that lead to no other one.
+class PlainValues {
+  public:
+    /// The placeholders that are asked for are added to `used`, unless it is null. The values must outlive
+    /// the object.
+    PlainValues(const StringMap& values, std::set<std::string>* used);
+
+    /// Null when the placeholder has none, or one that may lead to another.
+    const std::string* Find(std::string_view placeholder);
+
+    /// Whether one of the values has this byte.
+    bool Have(char byte) const;
+
+  private:
+    struct Value {
+        const StringMap::value_type* value = nullptr;
+        bool isUsed = false;  ///< and noted
+    };
+
+    std::set<std::string>* m_used;
+    std::unordered_map<std::string_view, Value> m_values;
+
+    /// Those found last, by hash: a template names few values, and those again and again. A quarter of the
+    /// time for a line of many placeholders.
+    std::array<Value*, 64> m_recent = {};
+};
+
+}  // namespace ZET::Text
+
+#endif
