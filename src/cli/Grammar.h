@@ -119,7 +119,7 @@ class Grammar {
         m_app.option_defaults()->group(kOptionsOfAll);
         AddPath("-c,--config", options.configFile, "FILE", _("The product's main configuration file"));
         AddPath("--root", options.root, "DIR", _("Work on the host tree in DIR"));
-        AddPath("--module", options.moduleFile, "FILE", _("Load this module"));
+        AddModule();
         m_app.add_option("-m,--message", options.message, _("Why, for the history of what was done"))
             ->type_name("TEXT");
         m_app.add_flag("-n,--dry-run", options.dryRun, _("Say what would change, and change nothing"));
@@ -136,6 +136,15 @@ class Grammar {
         m_app.set_version_flag("-V,--version", options.program + " " + ProductVersion(),
                                _("Print the version and exit"));
         m_app.option_defaults()->group(kOptions);
+    }
+
+    /// Where it is built in, the help does not name the option, and whoever gives it is told why.
+    void AddModule() {
+        if (!HasBuiltInModule())
+            return AddPath("--module", m_call.options.moduleFile, "FILE", _("Load this module"));
+        m_app.add_option("--module", m_call.options.moduleFile)->group("")->check([](const std::string&) {
+            return std::string(_("the module is built into this program (leave the option out)"));
+        });
     }
 
     /// An empty name, of a variable that was never set, must not stand for the host itself.
