@@ -1,5 +1,5 @@
-// What concerns the place of module and core where both are a part of the program: compiled instead of ModuleFile.cpp
-// and Catalogues.cpp.
+// What concerns the place of module and core where both are a part of the program: compiled instead of
+// ModuleFile.cpp and Catalogues.cpp.
 
 #include <libintl.h>
 
