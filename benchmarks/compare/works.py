@@ -211,7 +211,7 @@ def _set(place, name, lines, goal):
         edited("sed -i", PEER, lambda file: ["sed", "-i", "-f", str(sed), file]),
         edited("perl -pi", PEER, lambda file: ["perl", "-pi", "-e", perl_to_set(parameter), file]),
     ]
-    if place.built_in_build:
+    if place.built_in_build and lines == Sizes().few_lines:
         tools.insert(1, edited(BUILT_IN, COMMAND, lambda file: place.built_in(*words, file, parameter, "changed")))
     if lines == Sizes().few_lines:
         tools += [
