@@ -37,7 +37,8 @@ std::optional<Problem> CheckWayTo(const Paths& paths, const std::string& path) {
 }
 
 std::optional<Problem> CheckModule(HostProduct& product) {
-    return geteuid() == 0 && !HasBuiltInModule() ? Check(product.ModulePaths(), product.ModuleFile()) : std::nullopt;
+    return geteuid() == 0 && !HasBuiltInModule() ? Check(product.ModulePaths(), product.ModuleFile())
+                                                 : std::nullopt;
 }
 
 void RequireOwnInstructions(HostProduct& product) {
