@@ -8,17 +8,25 @@
 # lists and the public headers declare with ZET_API, and nothing else. It is installed with its place in the CMake
 # package "zet" (zet::NAME) and with NAME.pc. What it needs besides is said by target_link_libraries(NAME PRIVATE ...).
 # Which names it exports, and with which types, is held in tests/package (script/abi).
+#
+# With ZET_BUILT_IN_MODULE, it is only the objects, for the program that they become a part of.
 function(zet_library name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "SOVERSION;DESCRIPTION" "REQUIRES;SOURCES")
     set(exports ${CMAKE_CURRENT_SOURCE_DIR}/exports.map)
 
-    add_library(${name} SHARED ${arg_SOURCES})
+    set(kind SHARED)
+    if(ZET_BUILT_IN_MODULE)
+        set(kind OBJECT)
+    endif()
+    add_library(${name} ${kind} ${arg_SOURCES})
     target_link_libraries(${name} PUBLIC zet-include ${arg_REQUIRES})
+    set_target_properties(${name} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+    if(ZET_BUILT_IN_MODULE)
+        return()
+    endif()
     set_target_properties(${name} PROPERTIES
         VERSION ${PROJECT_VERSION}
         SOVERSION ${arg_SOVERSION}
-        CXX_VISIBILITY_PRESET hidden
-        VISIBILITY_INLINES_HIDDEN ON
         LINK_DEPENDS ${exports})
     target_link_options(${name} PRIVATE -Wl,--version-script=${exports} -Wl,-O1 -Wl,--as-needed)
     if(NOT ZET_SANITIZE)

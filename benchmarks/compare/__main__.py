@@ -21,6 +21,7 @@ from tools import ENGINE
 def arguments():
     parser = argparse.ArgumentParser(prog="script/bench")
     parser.add_argument("--build", type=pathlib.Path, required=True, help=argparse.SUPPRESS)
+    parser.add_argument("--built-in", type=pathlib.Path, help=argparse.SUPPRESS)
     parser.add_argument("--smoke", action="store_true", help="tiny texts, one round, only the bytes are judged")
     parser.add_argument("--rounds", type=int, default=15, help="how often each tool has its turn (%(default)s)")
     parser.add_argument("--work", action="append", choices=[*works.WORKS, "growth", "syncing", "commit-synced"],
@@ -52,7 +53,7 @@ class Bench:
     def in_place(self, make, use, directory=None, sync="no"):
         """Builds a work in a fresh directory and uses it there."""
         with tempfile.TemporaryDirectory(prefix="zet-bench.", dir=directory or self.options.memory_dir) as path:
-            return use(make(works.Place(path, self.options.build, sync)))
+            return use(make(works.Place(path, self.options.build, sync, self.options.built_in)))
 
     def compare(self, name):
         print(f"{name} ...", file=sys.stderr)

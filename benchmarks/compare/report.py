@@ -27,7 +27,8 @@ def judge(work, result, results):
         return []
     by_name = {other.tool.name: other for other in results}
     judged = []
-    for goal in work.goals:
+    own = [goal for goal in work.goals if goal.of == result.tool.name]
+    for goal in own or [goal for goal in work.goals if goal.of is None]:
         if goal.against == "seconds":
             judged.append({"goal": f"{goal.factor:g} s", "limit": goal.factor, "reached": result.median,
                            "met": result.median <= goal.factor})

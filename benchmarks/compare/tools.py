@@ -14,6 +14,9 @@ PYTHON = "/usr/bin/python3"
 # The directory of the state, with a history and without.
 STATES = {"no": "state", "yes": "state-remembered"}
 
+# The command of a build that the module is a part of.
+BUILT_IN = "zet-client, module built in"
+
 COMMAND, ENGINE, FLOOR, PEER = "command", "engine", "floor", "peer"
 
 
@@ -35,9 +38,11 @@ class Tool:
 
 @dataclasses.dataclass
 class Goal:
-    """At most `factor` times what `against` takes; against "seconds", so many."""
+    """At most `factor` times what `against` takes; against "seconds", so many. A goal `of` one tool is its alone, and
+    the others' are not its."""
     factor: float
     against: str
+    of: str | None = None
 
 
 @dataclasses.dataclass

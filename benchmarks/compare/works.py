@@ -8,7 +8,7 @@ import subprocess
 
 import texts
 from sets import SETS
-from tools import (AWK_TO_STRIP, COMMAND, ENGINE, FLOOR, PEER, PEERS, PYTHON, SED_TO_STRIP, STATES, Goal, Tool,
+from tools import (AWK_TO_STRIP, BUILT_IN, COMMAND, ENGINE, FLOOR, PEER, PEERS, PYTHON, SED_TO_STRIP, STATES, Goal, Tool,
                    Work, assignments, awk_to_render, awk_to_set, in_shell, perl_to_set, sed_to_render, sed_to_set)
 
 
@@ -34,9 +34,10 @@ SMOKE_SIZES = Sizes(30_000, 60_000, 10, 500, 2000, 200, 3, 5, 20)
 class Place:
     """A directory of one work, with a configuration of its own."""
 
-    def __init__(self, directory, build, sync="no"):
+    def __init__(self, directory, build, sync="no", built_in=None):
         self.directory = pathlib.Path(directory).resolve()
         self.build = pathlib.Path(build).resolve()
+        self.built_in_build = built_in and pathlib.Path(built_in).resolve()
         self.sync = sync
         for name in ("templates", *STATES.values(), "out"):
             (self.directory / name).mkdir(parents=True)
@@ -61,6 +62,10 @@ class Place:
 
     def command(self, *words):
         return [str(self.build / "bin/zet-client"), "-q", "-c", str(self.config), *map(str, words)]
+
+    def built_in(self, *words):
+        """Of the build whose commands have the module in them."""
+        return [str(self.built_in_build / "bin/zet-client"), *self.command(*words)[1:]]
 
     def engine(self, *words):
         return [str(self.build / "bin/zet-bench-engine"), str(self.config),
@@ -94,6 +99,8 @@ def _render_tools(place, template, body, names):
         tools[name] = Tool(name, kind, command(str(out)), out, expected, prepare=["cp", str(former), str(out)], **more)
 
     add("zet-client", COMMAND, lambda out: place.command("template", "process", template.name, out))
+    if place.built_in_build:
+        add(BUILT_IN, COMMAND, lambda out: place.built_in("template", "process", template.name, out))
     add("engine", ENGINE, lambda out: place.engine("render", template.name, out))
     add("floor", FLOOR, lambda out: place.floor("replace", template, out), None)
     add("perl", PEER, lambda out: ["perl", str(PEERS / "render.pl"), "-", str(template), out, *assignments()])
@@ -102,7 +109,7 @@ def _render_tools(place, template, body, names):
     add("mawk", PEER, lambda out: in_shell("mawk", out, "-f", str(awk), str(template)))
     add("envsubst", PEER, lambda out: in_shell("envsubst", out, "<", str(template)), plain)
     add("envsubst, unsafe", PEER, lambda out: ["sh", "-c", f"envsubst < {template} > {out}"], plain, safe=False)
-    return [tools[name] for name in names]
+    return [tools[name] for name in names if name in tools]
 
 
 def _ansible(module, arguments, *options):
@@ -123,10 +130,10 @@ def _ansible_render(place, text):
 def small_render(place, sizes):
     text, body = texts.small_template(0)
     template = place.write("templates/small.conf", text)
-    names = ["zet-client", "engine", "floor", "perl", "envsubst, unsafe", "sed", "mawk", "python3"]
+    names = ["zet-client", BUILT_IN, "engine", "floor", "perl", "envsubst, unsafe", "sed", "mawk", "python3"]
     tools = _render_tools(place, template, body, names) + [_ansible_render(place, text)]
     return Work("render-3k", "one 3 KB template with 15 placeholders, fresh process", len(body),
-                tools, [Goal(1.15, "perl")], runs=10)
+                tools, [Goal(1.15, "perl"), Goal(0.85, "perl", of=BUILT_IN)], runs=10)
 
 
 def _many(place, count):
@@ -195,15 +202,17 @@ def _set(place, name, lines, goal):
     def edited(tool, kind, command, expected=wanted, **more):
         return _edited(place, tool, kind, original, expected, command, **more)
 
+    words = ["param", "set", "--no-backup"]
     tools = [
-        edited("zet-client", COMMAND,
-               lambda file: place.command("param", "set", "--no-backup", file, parameter, "changed")),
+        edited("zet-client", COMMAND, lambda file: place.command(*words, file, parameter, "changed")),
         edited("engine", ENGINE, lambda file: place.engine("set", file, parameter, "changed")),
         edited("floor", FLOOR, lambda file: place.floor("replace", file, file), None),
         edited("mawk", PEER, lambda file: in_shell("mawk", file, "-f", str(awk), file)),
         edited("sed -i", PEER, lambda file: ["sed", "-i", "-f", str(sed), file]),
         edited("perl -pi", PEER, lambda file: ["perl", "-pi", "-e", perl_to_set(parameter), file]),
     ]
+    if place.built_in_build and lines == Sizes().few_lines:
+        tools.insert(1, edited(BUILT_IN, COMMAND, lambda file: place.built_in(*words, file, parameter, "changed")))
     if lines == Sizes().few_lines:
         tools += [
             edited("augtool", PEER, lambda file: [

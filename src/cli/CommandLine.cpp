@@ -25,7 +25,8 @@ using Names = std::vector<std::string>;
 
 CLI::App* AddSubcommand(CLI::App& parent, const char* name, const char* help) {
     CLI::App* command = parent.add_subcommand(name, _(help))->fallthrough();
-    command->set_help_flag(kHelp)->group("");  // among the options of all it is shown already
+    if (parent.get_help_ptr() != nullptr)
+        command->set_help_flag(kHelp)->group("");  // among the options of all it is shown already
     command->group(_(kCommands));
     return command;
 }
@@ -104,10 +105,34 @@ bool AsksForDocument(int count, char** arguments) {
     return std::find(arguments, arguments + count, std::string_view("--json")) != arguments + count;
 }
 
+/// Throws `CLI::ParseError` where there is nothing to run.
+Call Read(Grammar&& grammar, int count, char** arguments) {
+    GlobalOptions& options = grammar.Asked().options;
+    // The library cannot be asked whether an option was given without ending the program where memory is
+    // short.
+    std::string usualFile = std::exchange(options.configFile, "");
+    grammar.App().parse(count, arguments);
+    options.words = WordsOf({arguments + std::min(count, 1), arguments + count}, grammar.Asked());
+    options.isConfigFileNamed = !options.configFile.empty();
+    if (!options.isConfigFileNamed) options.configFile = std::move(usualFile);
+    return std::move(grammar.Asked());
+}
+
+/// Tells what was asked for, or what is wrong; returns the exit status.
+int Answer(Grammar& grammar, const CLI::ParseError& error, int count, char** arguments) {
+    GlobalOptions& options = grammar.Asked().options;
+    if (error.get_exit_code() == 0) return Print(options, grammar.App(), error);
+    options.json = options.json || AsksForDocument(count, arguments);
+    Report report(options);
+    report.Error(Describe(MistakeIn(grammar.App(), error, arguments[count - 1])));
+    return report.Finish(kWrongUse);
+}
+
 }  // namespace
 
 void Arguments::AddWord(const char* name, const char* help, std::string& word, bool isRequired) {
-    CLI::Option* const option = m_command.add_option(name, word, _(help))->required(isRequired);
+    if (m_command == nullptr) return;
+    CLI::Option* const option = m_command->add_option(name, word, _(help))->required(isRequired);
     if (isRequired) return;
     // An empty one would count as left out.
     option->check([](const std::string& given) {
@@ -117,49 +142,58 @@ void Arguments::AddWord(const char* name, const char* help, std::string& word, b
 
 void Arguments::AddWords(const char* name, const char* help, std::vector<std::string>& words,
                          bool isRequired) {
-    m_command.add_option(name, words, _(help))->required(isRequired);
+    if (m_command == nullptr) return;
+    m_command->add_option(name, words, _(help))->required(isRequired);
 }
 
 void Arguments::AddFlag(const char* name, const char* help, bool& flag) {
-    m_command.add_flag(name, flag, _(help));
+    if (m_command == nullptr) return;
+    m_command->add_flag(name, flag, _(help));
 }
 
 void Arguments::AddChoice(const char* name, const std::vector<std::string>& words, const char* help,
                           std::string& word) {
+    if (m_command == nullptr) return;
     std::string type;
     for (const std::string& each : words)
         type += (type.empty() ? "" : "|") + each;
-    m_command.add_option(name, word, _(help))->check(CLI::IsMember(words))->type_name(type);
+    m_command->add_option(name, word, _(help))->check(CLI::IsMember(words))->type_name(type);
 }
 
 void Arguments::AddList(const char* name, const char* type, const char* help,
                         std::vector<std::string>& values) {
-    m_command.add_option(name, values, _(help))->type_name(type)->allow_extra_args(false);
+    if (m_command == nullptr) return;
+    m_command->add_option(name, values, _(help))->type_name(type)->allow_extra_args(false);
 }
 
 void Arguments::AddAssignments(const char* name, const char* help, std::vector<std::string>& values) {
+    if (m_command == nullptr) return;
     m_call.assignments.push_back(&values);
-    m_command.add_option(name, values, _(help))->type_name("NAME=VALUE")->allow_extra_args(false);
+    m_command->add_option(name, values, _(help))->type_name("NAME=VALUE")->allow_extra_args(false);
 }
 
 void Arguments::AddNumber(const char* name, const char* help, std::size_t& number) {
+    if (m_command == nullptr) return;
     CLI::Validator positive = CLI::PositiveNumber;
-    m_command.add_option(name, number, _(help))->type_name("COUNT")->check(positive.description(""));
+    m_command->add_option(name, number, _(help))->type_name("COUNT")->check(positive.description(""));
 }
 
 void Arguments::AddOption(const char* name, const char* type, const char* help,
                           std::optional<std::string>& word) {
-    m_command.add_option(name, word, _(help))->type_name(type);
+    if (m_command == nullptr) return;
+    m_command->add_option(name, word, _(help))->type_name(type);
 }
 
 void Arguments::AddText(const std::string& text) {
+    if (m_command == nullptr) return;
     m_call.texts.push_back(&text);
 }
 
-CLI::App& CommandFamily::AddRun(const char* name, const char* help, const std::function<int(Session&)>& run) {
+CLI::App* CommandFamily::AddRun(const char* name, const char* help, const std::function<int(Session&)>& run) {
+    if (m_filter != nullptr && !m_filter->MayNameCommand(name)) return nullptr;
     CLI::App* command = AddSubcommand(m_app, name, help);
     command->callback([self = *this, run, words = m_prefix + name] { self.Choose(words, run); });
-    return *command;
+    return command;
 }
 
 CLI::App& CommandFamily::AddAlone(const std::function<int(Session&)>& run) {
@@ -184,34 +218,24 @@ void CommandFamily::Choose(const std::string& words, const std::function<int(Ses
 
 CommandFamily CommandLine::Family(const char* name, const char* help, Subject subject) {
     CLI::App* family = AddSubcommand(m_app, name, help)->require_subcommand(1);
-    return {*family, std::string(name) + " ", m_call, subject};
+    return {*family, std::string(name) + " ", m_call, subject, m_filter};
 }
 
 std::optional<Call> ParseCommandLine(const std::string& program, int count, char** arguments, int& status) {
-    Grammar grammar(program);
-    grammar.AddCommands({arguments + std::min(count, 1), arguments + count});
-    CLI::App& app = grammar.App();
-    GlobalOptions& options = grammar.Asked().options;
-    // The library cannot be asked whether an option was given without ending the program where memory is
-    // short.
-    std::string usualFile = std::exchange(options.configFile, "");
+    const WordFilter filter({arguments + std::min(count, 1), arguments + count});
     try {
-        app.parse(count, arguments);
+        // Most command lines are right, and then what they do not name plays no part.
+        return Read(Grammar(program, filter), count, arguments);
+    } catch (const CLI::ParseError&) {
+    }
+    Grammar grammar(program);
+    grammar.AddCommands(filter);
+    try {
+        return Read(std::move(grammar), count, arguments);
     } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0) {
-            status = Print(options, app, error);
-        } else {
-            options.json = options.json || AsksForDocument(count, arguments);
-            Report report(options);
-            report.Error(Describe(MistakeIn(app, error, arguments[count - 1])));
-            status = report.Finish(kWrongUse);
-        }
+        status = Answer(grammar, error, count, arguments);
         return std::nullopt;
     }
-    options.words = WordsOf({arguments + std::min(count, 1), arguments + count}, grammar.Asked());
-    options.isConfigFileNamed = !options.configFile.empty();
-    if (!options.isConfigFileNamed) options.configFile = std::move(usualFile);
-    return std::move(grammar.Asked());
 }
 
 std::string HelpText(const std::string& program, const std::vector<std::string>& words) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "cli/GlobalOptions.h"
+#include "cli/WordFilter.h"
 
 namespace CLI {
 class App;
@@ -29,10 +30,10 @@ struct Call {
     std::vector<const std::vector<std::string>*> assignments{};  ///< given as NAME=VALUE
 };
 
-/// What a command takes, whatever the type that holds it.
+/// What a command takes, whatever the type that holds it. Nothing is added without a command.
 class Arguments {
   protected:
-    Arguments(CLI::App& command, Call& call) : m_command(command), m_call(call) {}
+    Arguments(CLI::App* command, Call& call) : m_command(command), m_call(call) {}
 
     void AddWord(const char* name, const char* help, std::string& word, bool isRequired = true);
     void AddWords(const char* name, const char* help, std::vector<std::string>& words, bool isRequired);
@@ -46,7 +47,7 @@ class Arguments {
     void AddText(const std::string& text);
 
   private:
-    CLI::App& m_command;
+    CLI::App* m_command;
     Call& m_call;
 };
 
@@ -54,7 +55,7 @@ class Arguments {
 template <typename Given>
 class Command : private Arguments {
   public:
-    Command(CLI::App& command, Call& call, std::shared_ptr<Given> given)
+    Command(CLI::App* command, Call& call, std::shared_ptr<Given> given)
         : Arguments(command, call), m_given(std::move(given)) {}
 
     /// A word that has to be there.
@@ -133,8 +134,9 @@ enum class Subject { Product, AnyFile };
 /// The commands of a family, or those that have none.
 class CommandFamily {
   public:
-    CommandFamily(CLI::App& app, std::string prefix, Call& call, Subject subject)
-        : m_app(app), m_prefix(std::move(prefix)), m_call(call), m_subject(subject) {}
+    /// With a filter, only the commands are made known that it lets pass.
+    CommandFamily(CLI::App& app, std::string prefix, Call& call, Subject subject, const WordFilter* filter)
+        : m_app(app), m_prefix(std::move(prefix)), m_call(call), m_subject(subject), m_filter(filter) {}
 
     /// `run` does the work, reports it, and returns the exit status; what it cannot do it throws.
     template <typename Given>
@@ -148,11 +150,12 @@ class CommandFamily {
     template <typename Given>
     Command<Given> Alone(int (*run)(Session&, const Given&)) {
         auto given = std::make_shared<Given>();
-        return {AddAlone([given, run](Session& session) { return run(session, *given); }), m_call, given};
+        return {&AddAlone([given, run](Session& session) { return run(session, *given); }), m_call, given};
     }
 
   private:
-    CLI::App& AddRun(const char* name, const char* help, const std::function<int(Session&)>& run);
+    /// Null when the command is not made known.
+    CLI::App* AddRun(const char* name, const char* help, const std::function<int(Session&)>& run);
     CLI::App& AddAlone(const std::function<int(Session&)>& run);
     void Choose(const std::string& words, const std::function<int(Session&)>& run) const;
 
@@ -160,21 +163,24 @@ class CommandFamily {
     std::string m_prefix;  ///< of the words of each command
     Call& m_call;
     Subject m_subject;
+    const WordFilter* m_filter;
 };
 
-/// All of them.
+/// All of them, or those that a filter lets pass.
 class CommandLine {
   public:
-    CommandLine(CLI::App& app, Call& call) : m_app(app), m_call(call) {}
+    CommandLine(CLI::App& app, Call& call, const WordFilter* filter)
+        : m_app(app), m_call(call), m_filter(filter) {}
 
     CommandFamily Family(const char* name, const char* help, Subject subject);
 
     /// Commands of one word.
-    CommandFamily Single(Subject subject) { return {m_app, "", m_call, subject}; }
+    CommandFamily Single(Subject subject) { return {m_app, "", m_call, subject, m_filter}; }
 
   private:
     CLI::App& m_app;
     Call& m_call;
+    const WordFilter* m_filter;
 };
 
 /// Reads the words. `program` is the name under which the program runs. When nothing is left to run (help or

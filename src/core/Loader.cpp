@@ -1,14 +1,7 @@
 #include "Loader.h"
 
-#include <dlfcn.h>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
-#include <cstdlib>
 #include <exception>
 #include <mutex>
 #include <new>
@@ -18,7 +11,6 @@
 
 #include "Catalogues.h"
 #include "Message.h"
-#include "posix/Descriptor.h"
 #include "posix/PathNames.h"
 #include "posix/Printable.h"
 #include "zet/ZETErrors.h"
@@ -37,55 +29,6 @@ constexpr std::uint32_t kModuleType = 1;
 
 constexpr ZETModuleRecord kHost = {kVersion,  "zet-core", ZET_RECORD_VERSION_TEXT,
                                    kHostType, nullptr,    nullptr};
-
-[[noreturn]] void RefuseModule(const std::string& path, const std::string& reason, const std::string& detail,
-                               int error = 0) {
-    throw EZETHostError(Message("Failed to load module '%s': %s.", Printable(path).c_str(), reason.c_str()),
-                        detail, {.path = path, .errorNumber = error});
-}
-
-/// `errno` stands for the reason.
-[[noreturn]] void RefuseModule(const std::string& path) {
-    const int error = errno;
-    RefuseModule(path, Message("%m"), "", error);
-}
-
-/// Absolute and without links: the search path for libraries plays no part, and the directory that is checked
-/// is the one that the file is in.
-std::string ResolvePath(const std::string& path) {
-    RequireNotEmpty(path, "LoadModule");
-    if (path.find('\0') != std::string::npos)
-        RefuseModule(path, Message("the file name holds a NUL byte"), "");
-    const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr), &std::free);
-    if (resolved == nullptr) RefuseModule(path);
-    return resolved.get();
-}
-
-bool IsWritableByOthers(const struct stat& status) {
-    return status.st_uid != 0 || (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
-}
-
-/// A module runs with the rights of its host: as root, only root may have a hand in it.
-void CheckFile(const std::string& path) {
-    const Descriptor file(::open(path.c_str(), O_PATH | O_CLOEXEC));
-    struct stat status;
-    if (!file.IsOpen() || ::fstat(file.Number(), &status) != 0) RefuseModule(path);
-    if (!S_ISREG(status.st_mode)) RefuseModule(path, Message("it is not a regular file"), "");
-    if (::geteuid() != 0) return;
-    if (IsWritableByOthers(status))
-        RefuseModule(path, Message("others than root may write the file, and root runs it"), "");
-    const std::string directory = DirectoryOf(path);
-    if (::stat(directory.c_str(), &status) != 0) RefuseModule(path);
-    if (IsWritableByOthers(status))
-        RefuseModule(path, Message("others than root may write its directory, and root runs it"), "");
-}
-
-void* Open(const std::string& path) {
-    CheckFile(path);
-    void* handle = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (handle == nullptr) RefuseModule(path, ::dlerror(), "");
-    return handle;
-}
 
 struct Problem {
     std::string message;
@@ -130,8 +73,13 @@ void TellIfPossible(Call call) {
 
 }  // namespace
 
-void LoadedModule::Closer::operator()(void* handle) const {
-    ::dlclose(handle);
+void RefuseModule(const std::string& path, const std::string& reason, const std::string& detail, int error) {
+    throw EZETHostError(Message("Failed to load module '%s': %s.", Printable(path).c_str(), reason.c_str()),
+                        detail, {.path = path, .errorNumber = error});
+}
+
+void ModuleCode::Refuse(const std::string& reason, const std::string& detail) const {
+    RefuseModule(m_path, reason, detail);
 }
 
 bool LoadedModule::Claim::Take(const void* module) {
@@ -150,13 +98,10 @@ LoadedModule::Claim::~Claim() {
 }
 
 LoadedModule::LoadedModule(CZETCore& core, const std::string& path, const std::vector<std::string>& taken)
-    : m_core(core), m_path(ResolvePath(path)), m_handle(Open(m_path)) {
-    m_getInfo = reinterpret_cast<decltype(m_getInfo)>(EntryPoint("get_module_info"));
-    m_init = reinterpret_cast<decltype(m_init)>(EntryPoint("module_init"));
-    m_done = reinterpret_cast<decltype(m_done)>(EntryPoint("module_done"));
+    : m_core(core), m_code(path) {
     BindCatalogue();
     ReadName(taken);
-    if (!m_claim.Take(m_handle.get()))
+    if (!m_claim.Take(m_code.Identity()))
         Refuse(Message("it serves another host of this process (unload it there first)"));
     Initialise();
 }
@@ -170,24 +115,18 @@ LoadedModule::~LoadedModule() {
 }
 
 void LoadedModule::Refuse(const std::string& reason, const std::string& detail) const {
-    RefuseModule(m_path, reason, detail);
-}
-
-void* LoadedModule::EntryPoint(const char* name) const {
-    void* address = ::dlsym(m_handle.get(), name);
-    if (address == nullptr) Refuse(Message("it has no entry point '%s'", name));
-    return address;
+    m_code.Refuse(reason, detail);
 }
 
 /// The domain of a module's messages has the name of its library, and its record is translated already.
 void LoadedModule::BindCatalogue() const {
-    const std::string file = BaseNameOf(m_path);
+    const std::string file = BaseNameOf(m_code.Path());
     Core::BindCatalogue(file.substr(0, file.find(".so")));
 }
 
 void LoadedModule::ReadName(const std::vector<std::string>& taken) {
     const ZETModuleRecord* record = nullptr;
-    const std::optional<Problem> problem = Run([&] { record = m_getInfo(&kHost); });
+    const std::optional<Problem> problem = Run([&] { record = m_code.Entries().getInfo(&kHost); });
     if (problem) Refuse(problem->message, problem->detail);
     if (record == nullptr) Refuse(Message("it does not serve this host"));
     if (record->type != kModuleType)
@@ -208,7 +147,7 @@ void LoadedModule::Initialise() {
     bool isInitialised = false;
     try {
         registry.TakeRefusedName();
-        const std::optional<Problem> problem = Run([&] { isInitialised = m_init(m_core); });
+        const std::optional<Problem> problem = Run([&] { isInitialised = m_code.Entries().init(m_core); });
         if (problem) Refuse(problem->message, problem->detail);
         if (!isInitialised) Refuse(Message("it failed to initialise"));
         NoteInterfaces(before);
@@ -219,10 +158,10 @@ void LoadedModule::Initialise() {
         if (isInitialised) Done();
         registry.Keep(nullptr);
         registry.RemoveAllBut(before);
-        if (isInitialised) static_cast<void>(m_handle.release());
+        if (isInitialised) m_code.Keep();
         throw;
     }
-    static_cast<void>(m_handle.release());
+    m_code.Keep();
 }
 
 /// Without any it is of no use, and might be in use elsewhere; without one of them, it would end by taking
@@ -243,7 +182,7 @@ void LoadedModule::NoteInterfaces(const std::vector<std::string>& before) {
 
 void LoadedModule::Done() {
     TellIfPossible([&] {
-        const std::optional<Problem> problem = Run([&] { m_done(m_core); });
+        const std::optional<Problem> problem = Run([&] { m_code.Entries().done(m_core); });
         if (!problem) return;
         const std::string text =
             Message("Failed to end module '%s': %s.", m_name.c_str(), problem->message.c_str());

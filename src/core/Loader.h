@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "Core.h"
-#include "zet/ZETModule.h"
+#include "ModuleCode.h"
 
 namespace ZET::Core {
 
@@ -30,10 +30,6 @@ class LoadedModule {
         std::weak_ptr<CZETInterface> object;
     };
 
-    struct Closer {
-        void operator()(void* handle) const;
-    };
-
     /// A module keeps one state for the process: it serves one host at a time.
     class Claim {
       public:
@@ -49,7 +45,6 @@ class LoadedModule {
         const void* m_module = nullptr;
     };
 
-    void* EntryPoint(const char* name) const;
     void BindCatalogue() const;
     void ReadName(const std::vector<std::string>& taken);
     void Initialise();
@@ -60,11 +55,7 @@ class LoadedModule {
     [[noreturn]] void Refuse(const std::string& reason, const std::string& detail = "") const;
 
     CZETCore& m_core;
-    const std::string m_path;
-    std::unique_ptr<void, Closer> m_handle;
-    decltype(&get_module_info) m_getInfo = nullptr;
-    decltype(&module_init) m_init = nullptr;
-    decltype(&module_done) m_done = nullptr;
+    ModuleCode m_code;
     std::string m_name;
     Claim m_claim;
     std::vector<RegisteredInterface> m_interfaces;

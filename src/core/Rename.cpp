@@ -34,9 +34,8 @@ class Renaming {
     void Run() {
         const bool isNewText = m_file.path == m_to + ZETTemporarySuffix;
         if (isNewText) RequirePlainFile();
-        AskGuard(false);
         // The guard may have given the file its mode.
-        if (::fstat(m_file.descriptor.Number(), &m_file.status) != 0) Refuse();
+        if (AskGuard(false) && ::fstat(m_file.descriptor.Number(), &m_file.status) != 0) Refuse();
         const ParentDirectory target(m_to);
         std::optional<ParentDirectory> source;
         if (DirectoryOf(m_file.path) != DirectoryOf(m_to)) source.emplace(m_file.path);
@@ -68,9 +67,12 @@ class Renaming {
         if (m_file.isPathOnly && errno != EACCES) Refuse();
     }
 
-    void AskGuard(bool isReady) const {
-        if (const ZETRenameGuard& guard = RenameGuard())
-            guard({m_file.path, m_to, m_isReadable ? m_file.descriptor.Number() : -1, isReady});
+    /// False when there is none.
+    bool AskGuard(bool isReady) const {
+        const ZETRenameGuard& guard = RenameGuard();
+        if (!guard) return false;
+        guard({m_file.path, m_to, m_isReadable ? m_file.descriptor.Number() : -1, isReady});
+        return true;
     }
 
     bool OpenFor(int access) {

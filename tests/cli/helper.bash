@@ -237,6 +237,15 @@ copy_programs() {
     mkdir -p "$BASE/programs/bin" "$BASE/programs/lib"
     cp "$ZET_BIN/zet-init" "$BASE/programs/bin/"
     ln -s zet-init "$BASE/programs/bin/zet-client"
-    cp -r "$ZET_BIN/../lib/." "$BASE/programs/lib/"
+    is_built_in || cp -r "$ZET_BIN/../lib/." "$BASE/programs/lib/"
     chmod -R a+rX "$BASE/programs"
+}
+
+# Whether the module is a part of the programs; the build says so.
+is_built_in() {
+    [[ ${ZET_BUILT_IN_MODULE:-OFF} == ON ]]
+}
+
+need_module_file() {
+    ! is_built_in || skip "the module is built into the programs"
 }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <string>
 
 #include "zet/ZETFormatCall.h"
@@ -42,6 +43,14 @@ TEST(FormatCall, LongTextIsWhole) {
     CZETFormatCall format("source", "Function", 1);
     const std::string text(1'000'000, 'x');
     EXPECT_EQ(format(1, "%s", text.c_str()), text);
+}
+
+TEST(FormatCall, TextOfAnyLengthIsWhole) {
+    CZETFormatCall format("source", "Function", 1);
+    for (std::size_t length = 0; length < 1100; ++length) {
+        const std::string text(length, 'x');
+        EXPECT_EQ(format(2, "%s%s", text.c_str(), "end"), text + "end");
+    }
 }
 
 TEST(FormatCall, TextThatCannotBeFormattedIsNull) {

@@ -14,7 +14,12 @@ std::string ProductVersion() {
     return ZET_VERSION;
 }
 
+bool HasBuiltInModule() {
+    return ZET_HAS_BUILT_IN_MODULE;
+}
+
 std::string OwnModule() {
+    if (HasBuiltInModule()) return "";
     Dl_info own = {};
     if (dladdr(reinterpret_cast<const void*>(&OwnModule), &own) == 0 || own.dli_fname == nullptr)
         throw Failure({.text = "the library cannot find its own place", .remedy = "name the module"});

@@ -24,6 +24,7 @@ class HostProduct : public Host {
     /// Parameters have other values now.
     void ForgetValues();
 
+    /// Empty when it is built into the program.
     const std::string& ModuleFile() const { return m_moduleFile; }
 
     /// Where the module is, which is the host's own under any root.

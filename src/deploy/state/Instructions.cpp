@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Installed.h"
 
 namespace ZET::Deploy {
 
@@ -36,7 +37,8 @@ std::optional<Problem> CheckWayTo(const Paths& paths, const std::string& path) {
 }
 
 std::optional<Problem> CheckModule(HostProduct& product) {
-    return geteuid() == 0 ? Check(product.ModulePaths(), product.ModuleFile()) : std::nullopt;
+    return geteuid() == 0 && !HasBuiltInModule() ? Check(product.ModulePaths(), product.ModuleFile())
+                                                 : std::nullopt;
 }
 
 void RequireOwnInstructions(HostProduct& product) {

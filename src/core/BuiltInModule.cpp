@@ -1,0 +1,42 @@
+// What concerns the place of module and core where both are a part of the program: compiled instead of
+// ModuleFile.cpp and Catalogues.cpp.
+
+#include <libintl.h>
+
+#include <filesystem>
+#include <system_error>
+
+#include "Catalogues.h"
+#include "Message.h"
+#include "ModuleCode.h"
+
+namespace ZET::Core {
+
+namespace {
+
+constexpr char kName[] = "libzet-config";
+
+/// The translations are in the prefix of the program, wherever that was put.
+std::string LocaleDirectory() {
+    std::error_code error;
+    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
+    return error ? "" : (program.parent_path() / ZET_LOCALE_WAY).string();
+}
+
+}  // namespace
+
+ModuleCode::ModuleCode(const std::string& path)
+    : m_path(path.empty() ? kName : path), m_entries{&get_module_info, &module_init, &module_done} {
+    if (!path.empty()) Refuse(Message("it does not serve this host"));
+    m_handle.reset(reinterpret_cast<void*>(&module_init));
+}
+
+/// The program's own code is not closed.
+void ModuleCode::Closer::operator()(void* /*handle*/) const {}
+
+void BindCatalogue(const std::string& domain) {
+    static const std::string directory = LocaleDirectory();
+    if (!directory.empty()) ::bindtextdomain(domain.c_str(), directory.c_str());
+}
+
+}  // namespace ZET::Core

@@ -1,0 +1,60 @@
+# How the words of a command line are read: only what they may name is made known first.
+
+load helper
+
+setup() {
+    make_host
+    printf 'a=1\n' >conf
+}
+
+teardown() {
+    remove_host
+}
+
+# The words, without an option that the helper gives.
+words() {
+    capture "$ZET_BIN/zet-client" "$@"
+}
+
+@test "an option of all commands is known however it is written, and wherever" {
+    local file=$HOST/zet.conf
+    words -c "$file" option get DOMAIN && assert_success example.org
+    words -c"$file" option get DOMAIN && assert_success example.org
+    words -qc "$file" option get DOMAIN && assert_success example.org
+    words -qc"$file" option get DOMAIN && assert_success example.org
+    words --config="$file" option get DOMAIN && assert_success example.org
+    words option --config "$file" get DOMAIN && assert_success example.org
+    words option get -c "$file" DOMAIN && assert_success example.org
+    words option get DOMAIN -vc"$file" && assert_success example.org
+}
+
+@test "letters in a group mean what they mean alone" {
+    run_zet -nq param set conf a 2
+    assert_status 3
+    assert_file conf $'a=1\n'
+    run_zet param set conf a 2 -qn
+    assert_status 3
+    assert_file conf $'a=1\n'
+    run_zet -qv status
+    assert_status 2
+    [[ $stderr == *"--quiet excludes --verbose"* ]]
+}
+
+@test "a value that is the name of a command or of an option is a value" {
+    run_zet param set --no-markers conf a -- --diff
+    assert_status 0
+    assert_file conf $'a=--diff\n'
+    run_zet -m status param set --no-markers --force conf a undo
+    assert_status 0
+    run_zet param get conf a
+    assert_success undo
+}
+
+@test "a mistake is told by all that is known" {
+    run_zet template proces one.conf out
+    assert_status 2
+    [[ $stderr == *'did you mean "process"?'* ]]
+    run_zet --dif status
+    assert_status 2
+    [[ $stderr == *'did you mean "--diff"?'* ]]
+}
