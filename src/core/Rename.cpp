@@ -34,7 +34,7 @@ class Renaming {
     void Run() {
         const bool isNewText = m_file.path == m_to + ZETTemporarySuffix;
         if (isNewText) RequirePlainFile();
-        AskGuard(false);
+        if (!AskGuard(false)) return;
         // The guard may have given the file its mode.
         if (::fstat(m_file.descriptor.Number(), &m_file.status) != 0) Refuse();
         const ParentDirectory target(m_to);
@@ -44,7 +44,7 @@ class Renaming {
         if (isNewText && !TakeOverFrom(m_to)) TakeOverFrom(m_to + ZETReserveSuffix);
         if (S_ISREG(m_file.status.st_mode)) SyncAttributedFile(m_file);
         RequireSameFile();
-        AskGuard(true);
+        static_cast<void>(AskGuard(true));
         if (std::rename(m_file.path.c_str(), m_to.c_str()) != 0) Refuse();
         target.Sync();
         if (source) source->Sync();
@@ -68,9 +68,12 @@ class Renaming {
         if (m_file.isPathOnly && errno != EACCES) Refuse();
     }
 
-    void AskGuard(bool isReady) const {
+    /// False when it is not to be made.
+    bool AskGuard(bool isReady) const {
+        bool isLeft = false;
         if (const ZETRenameGuard& guard = RenameGuard())
-            guard({m_file.path, m_to, m_isReadable ? m_file.descriptor.Number() : -1, isReady});
+            guard({m_file.path, m_to, m_isReadable ? m_file.descriptor.Number() : -1, isReady, isLeft});
+        return !isLeft;
     }
 
     bool OpenFor(int access) {

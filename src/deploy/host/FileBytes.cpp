@@ -173,6 +173,10 @@ FileVersion VersionIn(int directory, const std::string& name, const std::string&
         if (errno == ENOENT || errno == ENOTDIR) return {};
         Fail(path, "cannot be looked at");
     }
+    return VersionFrom(status);
+}
+
+FileVersion VersionFrom(const struct stat& status) {
     constexpr std::int64_t kSecond = 1'000'000'000;
     return {status.st_dev, status.st_ino, status.st_size,
             status.st_ctim.tv_sec * kSecond + status.st_ctim.tv_nsec};
@@ -216,6 +220,14 @@ bool HaveSameBytes(const std::string& one, const std::string& other) {
         if (oneRoom.First(count) != otherRoom.First(count)) return false;
         if (count < oneRoom.Bytes().size()) return true;
     }
+}
+
+bool HoldsBytes(int descriptor, const std::string& path, std::string_view bytes) {
+    struct stat status = {};
+    if (fstat(descriptor, &status) != 0) Fail(path, "cannot be read");
+    if (static_cast<std::size_t>(status.st_size) != bytes.size()) return false;
+    const ChunkRoom room(bytes.size());
+    return room.First(ReadBlock(descriptor, path, room.Bytes())) == bytes;
 }
 
 mode_t ModeOf(const std::string& path) {
