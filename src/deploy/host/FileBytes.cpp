@@ -111,7 +111,7 @@ std::size_t SizeForLine(std::size_t begun, const struct stat& status) {
 std::string ReadAll(int descriptor, const std::string& path, const struct stat& status) {
     std::string bytes(static_cast<std::size_t>(status.st_size) + 1, '\0');
     std::size_t length = 0;
-    while ((length = ReadBlock(descriptor, path, bytes, length)) == bytes.size())
+    while ((length = ReadBlock(descriptor, path, bytes, length, SizeTold(status))) == bytes.size())
         bytes.resize(bytes.size() * 2);
     bytes.resize(length);
     return bytes;
@@ -222,10 +222,7 @@ bool HaveSameBytes(const std::string& one, const std::string& other) {
     }
 }
 
-bool HoldsBytes(int descriptor, const std::string& path, std::string_view bytes) {
-    struct stat status = {};
-    if (fstat(descriptor, &status) != 0) Fail(path, "cannot be read");
-    if (static_cast<std::size_t>(status.st_size) != bytes.size()) return false;
+bool BeginsWith(int descriptor, const std::string& path, std::string_view bytes) {
     const ChunkRoom room(bytes.size());
     return room.First(ReadBlock(descriptor, path, room.Bytes())) == bytes;
 }

@@ -47,9 +47,8 @@ FileVersion VersionIn(int directory, const std::string& name, const std::string&
 /// Whether two regular files hold the same bytes.
 bool HaveSameBytes(const std::string& one, const std::string& other);
 
-/// Whether the regular file that is open, at its start, holds these bytes and no others; `path` is for the
-/// message.
-bool HoldsBytes(int descriptor, const std::string& path, std::string_view bytes);
+/// Whether the regular file that is open, at its start, begins with these bytes; `path` is for the message.
+bool BeginsWith(int descriptor, const std::string& path, std::string_view bytes);
 
 /// The mode of a file, links followed.
 mode_t ModeOf(const std::string& path);

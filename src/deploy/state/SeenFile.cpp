@@ -30,8 +30,9 @@ const std::optional<std::string>& SeenFile::Text() const {
     return m_text;
 }
 
-bool SeenFile::HasBytesOf(int descriptor, const std::string& other) const {
-    return Text() ? HoldsBytes(descriptor, other, *Text()) : HaveSameBytes(m_path, other);
+bool SeenFile::HasBytesOf(int descriptor, off_t size, const std::string& other) const {
+    if (!Text()) return HaveSameBytes(m_path, other);
+    return static_cast<off_t>(m_text->size()) == size && BeginsWith(descriptor, other, *m_text);
 }
 
 bool SeenFile::IsAs(const RecordedState& recorded) const {

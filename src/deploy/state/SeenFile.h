@@ -1,6 +1,8 @@
 #ifndef ZET_SEEN_FILE_H
 #define ZET_SEEN_FILE_H
 
+#include <sys/types.h>
+
 #include <optional>
 #include <string>
 
@@ -21,9 +23,12 @@ class SeenFile {
     const FileState& State() const { return m_state; }
     const FileVersion& Version() const { return m_version; }
 
-    /// Whether this regular file holds the bytes of the one that `other` leads to, and that `descriptor` is
-    /// open on, at its start.
-    bool HasBytesOf(int descriptor, const std::string& other) const;
+    /// Reads the regular file now, and not when it is asked for, where the failure would be another's.
+    void Read() const { Text(); }
+
+    /// Whether this regular file holds the bytes of the one that `other` leads to, which has that size, and
+    /// that `descriptor` is open on, at its start.
+    bool HasBytesOf(int descriptor, off_t size, const std::string& other) const;
 
     /// Whether it is by content what is recorded; a link is not.
     bool IsAs(const RecordedState& recorded) const;

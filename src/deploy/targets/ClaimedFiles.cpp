@@ -100,7 +100,8 @@ std::string ClaimedFiles::CanonicalOfTemplate(const std::string& path) {
 
 /// What cannot be listed, or does not tell the kinds of its files, has each of them looked at.
 ClaimedFiles::Listing ClaimedFiles::ListingOf(const std::string& directory) const {
-    Listing listing{.path = Canonical(directory)};
+    Listing listing;
+    listing.path = Canonical(directory);
     const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(listing.path.c_str()), closedir);
     if (!entries) return listing;
     errno = 0;

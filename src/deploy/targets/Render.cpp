@@ -112,11 +112,11 @@ class RenderingJudge {
   public:
     explicit RenderingJudge(const SeenFile& there) : m_there(there) {}
 
-    /// As long as what it returns lives. A file of which the list says no `mode` has that of its `source`.
-    std::unique_ptr<GuardedRenames> Watch(std::optional<mode_t> mode, const std::string& source) {
+    /// As long as what it returns lives. `mode` is what the rendering is going to have.
+    std::unique_ptr<GuardedRenames> Watch(mode_t mode) {
         if (!m_there.State().IsRegular()) return nullptr;
-        return std::make_unique<GuardedRenames>([this, mode, &source](const ZETRename& rename) {
-            if (!rename.isReady && IsThere(mode ? *mode : ModeOf(source), rename))
+        return std::make_unique<GuardedRenames>([this, mode](const ZETRename& rename) {
+            if (!rename.isReady && IsThere(mode, rename))
                 m_isLeft = rename.isLeft = unlink(rename.from.c_str()) == 0;
         });
     }
@@ -130,21 +130,14 @@ class RenderingJudge {
         const FileState& state = m_there.State();
         struct stat made = {};
         if (rename.descriptor < 0 || fstat(rename.descriptor, &made) != 0) return false;
-        m_isOther = (state.mode & kModeBits) != mode || !m_there.HasBytesOf(rename.descriptor, rename.from);
+        m_isOther = (state.mode & kModeBits) != mode ||
+                    !m_there.HasBytesOf(rename.descriptor, made.st_size, rename.from);
         return !m_isOther && made.st_uid == state.owner && made.st_gid == state.group;
     }
 
     const SeenFile& m_there;
     bool m_isLeft = false;
     bool m_isOther = false;
-};
-return (state.mode & kModeBits) == mode && rename.descriptor >= 0 && fstat(rename.descriptor, &made) == 0 &&
-       made.st_uid == state.owner && made.st_gid == state.group &&
-       there.HasBytesOf(rename.descriptor, rename.from);
-}
-
-bool m_isLeft = false;
-std::optional<GuardedRenames> m_guard;
 };
 
 /// The notice names the template that was read: the working copy to be, not its stand-in in the private
@@ -231,6 +224,7 @@ std::string RenderQuietly(Deployment& product, const Staging& staging, const std
 ComparedRendering RenderUnlessThere(Deployment& product, const Staging& staging,
                                     const std::string& templateName, Role role, const SeenFile& there) {
     const QuietLog quiet(ZETLogError);
+    if (there.State().IsRegular()) there.Read();
     RenderingJudge judge(there);
     std::string file = Stage(product, role, staging, templateName, product.TemplateValues(), &judge);
     return {std::move(file), judge.IsOther()};

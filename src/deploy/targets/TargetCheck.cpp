@@ -273,8 +273,8 @@ std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& t
                 take(lines);
             });
         };
-        std::vector<Problem> problems =
-            Text::CheckTemplate(file, read, values, &all.used, HasNotice(product, templateName));
+        std::vector<Problem> problems = Text::CheckTemplate(
+            file, read, values, seen != nullptr ? &seen->used : nullptr, HasNotice(product, templateName));
         HideQuotes(product, file, problems);
         return problems;
     } catch (const Failure& failure) {
