@@ -89,6 +89,13 @@ StringMap WithHostsValues(HostProduct& product, const StringMap& values) {
     return all;
 }
 
+/// Links followed; none, too, where nobody may look.
+std::optional<mode_t> ModeIfThere(const std::string& path) {
+    constexpr mode_t kModeBits = 07777;
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 ? std::optional(status.st_mode & kModeBits) : std::nullopt;
+}
+
 /// Of the list, if it has one.
 std::optional<mode_t> ModeToGive(Deployment& product, const std::string& templateName) {
     const Target* const target = product.Lists().EntryOf(templateName);
@@ -191,9 +198,11 @@ static std::string Stage(Deployment& product, Role role, const Staging& staging,
     const std::string staged = staging.PathOf(room + templateName);
     const std::string workingCopy = WorkingCopy(product, templateName);
     const ParamOverride noSync(product.Core(), "ZET_SYNC", "no");
-    if (IsFileExist(workingCopy)) {
-        const auto watch =
-            judge != nullptr ? judge->Watch(ModeToGive(product, templateName), workingCopy) : nullptr;
+    const std::optional<mode_t> mode = ModeIfThere(workingCopy);
+    if (mode || IsFileExist(workingCopy)) {
+        const auto watch = judge != nullptr && mode
+                               ? judge->Watch(ModeToGive(product, templateName).value_or(*mode))
+                               : nullptr;
         ProcessOnce(product, role, templateName, {staged, staged}, values);
         if (judge != nullptr && judge->IsLeft()) return "";
         GiveMode(product, templateName, workingCopy, staged);

@@ -22,7 +22,7 @@ class SeenFileTest : public HostFixture {
   protected:
     bool HaveSameBytes(const std::string& one, const std::string& other) const {
         const Descriptor made(open(At(other).c_str(), O_RDONLY | O_CLOEXEC));
-        return SeenFile(At(one)).HasBytesOf(made, At(other));
+        return SeenFile(At(one)).HasBytesOf(made, VersionOf(At(other)).size, At(other));
     }
 
     /// As it is found by the calls that look each time anew.
