@@ -119,11 +119,16 @@ class RenderingJudge {
   public:
     explicit RenderingJudge(const SeenFile& there) : m_there(there) {}
 
-    /// As long as what it returns lives. `mode` is what the rendering is going to have.
+    /// As long as what it returns lives. `mode` is what the rendering is going to have. The file is read now:
+    /// that it cannot be is no failure of the rendering.
     std::unique_ptr<GuardedRenames> Watch(mode_t mode) {
+        constexpr mode_t kModeBits = 07777;
         if (!m_there.State().IsRegular()) return nullptr;
-        return std::make_unique<GuardedRenames>([this, mode](const ZETRename& rename) {
-            if (!rename.isReady && IsThere(mode, rename))
+        m_isOther = (m_there.State().mode & kModeBits) != mode;
+        if (m_isOther) return nullptr;
+        m_there.Read();
+        return std::make_unique<GuardedRenames>([this](const ZETRename& rename) {
+            if (!rename.isReady && IsThere(rename))
                 m_isLeft = rename.isLeft = unlink(rename.from.c_str()) == 0;
         });
     }
@@ -132,14 +137,11 @@ class RenderingJudge {
     bool IsOther() const { return m_isOther; }
 
   private:
-    bool IsThere(mode_t mode, const ZETRename& rename) {
-        constexpr mode_t kModeBits = 07777;
-        const FileState& state = m_there.State();
+    bool IsThere(const ZETRename& rename) {
         struct stat made = {};
         if (rename.descriptor < 0 || fstat(rename.descriptor, &made) != 0) return false;
-        m_isOther = (state.mode & kModeBits) != mode ||
-                    !m_there.HasBytesOf(rename.descriptor, made.st_size, rename.from);
-        return !m_isOther && made.st_uid == state.owner && made.st_gid == state.group;
+        m_isOther = !m_there.HasBytesOf(rename.descriptor, made.st_size, rename.from);
+        return !m_isOther && made.st_uid == m_there.State().owner && made.st_gid == m_there.State().group;
     }
 
     const SeenFile& m_there;
@@ -233,7 +235,6 @@ std::string RenderQuietly(Deployment& product, const Staging& staging, const std
 ComparedRendering RenderUnlessThere(Deployment& product, const Staging& staging,
                                     const std::string& templateName, Role role, const SeenFile& there) {
     const QuietLog quiet(ZETLogError);
-    if (there.State().IsRegular()) there.Read();
     RenderingJudge judge(there);
     std::string file = Stage(product, role, staging, templateName, product.TemplateValues(), &judge);
     return {std::move(file), judge.IsOther()};
