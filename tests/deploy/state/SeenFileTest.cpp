@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <string>
 
-#include "HostFixture.h"
+#include "../HostFixture.h"
 #include "deploy/host/Failure.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/KnownFiles.h"
