@@ -43,7 +43,7 @@ std::vector<std::string> Texts() {
 TEST_F(SeenFileTest, TellsTheSameAsLooksEachOfItsOwn) {
     Write("empty", "");
     Write("private", "text\n", 0600);
-    Write("other", "texts");
+    Write("other", "texts", 0600);
     Write("large", Texts().back());
     fs::create_symlink(At("private"), At("link"));
     fs::create_directory(At("directory"));
