@@ -34,8 +34,11 @@ class Renaming {
     void Run() {
         const bool isNewText = m_file.path == m_to + ZETTemporarySuffix;
         if (isNewText) RequirePlainFile();
-        // The guard may have given the file its mode.
-        if (AskGuard(false) && ::fstat(m_file.descriptor.Number(), &m_file.status) != 0) Refuse();
+        if (RenameGuard()) {
+            if (!AskGuard(false)) return;
+            // The guard may have given the file its mode.
+            if (::fstat(m_file.descriptor.Number(), &m_file.status) != 0) Refuse();
+        }
         const ParentDirectory target(m_to);
         std::optional<ParentDirectory> source;
         if (DirectoryOf(m_file.path) != DirectoryOf(m_to)) source.emplace(m_file.path);
@@ -43,7 +46,7 @@ class Renaming {
         if (isNewText && !TakeOverFrom(m_to)) TakeOverFrom(m_to + ZETReserveSuffix);
         if (S_ISREG(m_file.status.st_mode)) SyncAttributedFile(m_file);
         RequireSameFile();
-        AskGuard(true);
+        static_cast<void>(AskGuard(true));
         if (std::rename(m_file.path.c_str(), m_to.c_str()) != 0) Refuse();
         target.Sync();
         if (source) source->Sync();
@@ -67,12 +70,12 @@ class Renaming {
         if (m_file.isPathOnly && errno != EACCES) Refuse();
     }
 
-    /// False when there is none.
+    /// False when it is not to be made.
     bool AskGuard(bool isReady) const {
-        const ZETRenameGuard& guard = RenameGuard();
-        if (!guard) return false;
-        guard({m_file.path, m_to, m_isReadable ? m_file.descriptor.Number() : -1, isReady});
-        return true;
+        bool isLeft = false;
+        if (const ZETRenameGuard& guard = RenameGuard())
+            guard({m_file.path, m_to, m_isReadable ? m_file.descriptor.Number() : -1, isReady, isLeft});
+        return !isLeft;
     }
 
     bool OpenFor(int access) {

@@ -111,7 +111,7 @@ std::size_t SizeForLine(std::size_t begun, const struct stat& status) {
 std::string ReadAll(int descriptor, const std::string& path, const struct stat& status) {
     std::string bytes(static_cast<std::size_t>(status.st_size) + 1, '\0');
     std::size_t length = 0;
-    while ((length = ReadBlock(descriptor, path, bytes, length)) == bytes.size())
+    while ((length = ReadBlock(descriptor, path, bytes, length, SizeTold(status))) == bytes.size())
         bytes.resize(bytes.size() * 2);
     bytes.resize(length);
     return bytes;
@@ -173,6 +173,10 @@ FileVersion VersionIn(int directory, const std::string& name, const std::string&
         if (errno == ENOENT || errno == ENOTDIR) return {};
         Fail(path, "cannot be looked at");
     }
+    return VersionFrom(status);
+}
+
+FileVersion VersionFrom(const struct stat& status) {
     constexpr std::int64_t kSecond = 1'000'000'000;
     return {status.st_dev, status.st_ino, status.st_size,
             status.st_ctim.tv_sec * kSecond + status.st_ctim.tv_nsec};
@@ -216,6 +220,11 @@ bool HaveSameBytes(const std::string& one, const std::string& other) {
         if (oneRoom.First(count) != otherRoom.First(count)) return false;
         if (count < oneRoom.Bytes().size()) return true;
     }
+}
+
+bool BeginsWith(int descriptor, const std::string& path, std::string_view bytes) {
+    const ChunkRoom room(bytes.size());
+    return room.First(ReadBlock(descriptor, path, room.Bytes())) == bytes;
 }
 
 mode_t ModeOf(const std::string& path) {

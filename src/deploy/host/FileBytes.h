@@ -1,6 +1,7 @@
 #ifndef ZET_FILE_BYTES_H
 #define ZET_FILE_BYTES_H
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <cstdint>
@@ -37,11 +38,17 @@ struct FileVersion {
 /// Of a real file: a link that takes its place is another version.
 FileVersion VersionOf(const std::string& path);
 
+/// Of a file that was looked at.
+FileVersion VersionFrom(const struct stat& status);
+
 /// The same of a name in a directory that is held; `path` is for the message.
 FileVersion VersionIn(int directory, const std::string& name, const std::string& path);
 
 /// Whether two regular files hold the same bytes.
 bool HaveSameBytes(const std::string& one, const std::string& other);
+
+/// Whether the regular file that is open, at its start, begins with these bytes; `path` is for the message.
+bool BeginsWith(int descriptor, const std::string& path, std::string_view bytes);
 
 /// The mode of a file, links followed.
 mode_t ModeOf(const std::string& path);

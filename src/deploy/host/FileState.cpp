@@ -27,6 +27,26 @@ std::string Change(const char* name, const FileState& before, const FileState& a
     return std::string(name) + " " + text(before) + " -> " + text(after);
 }
 
+/// False when nothing is there.
+bool Look(int directory, const std::string& name, const std::string& path, struct stat& status) {
+    if (fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) return true;
+    if (errno == ENOENT || errno == ENOTDIR) return false;
+    throw SystemFailure({.file = path,
+                         .text = "cannot tell whether it exists",
+                         .remedy = "run the command as a user who may search its directory"},
+                        errno);
+}
+
+FileState StateFrom(const struct stat& status) {
+    FileState state;
+    state.exists = true;
+    state.mode = status.st_mode;
+    state.owner = status.st_uid;
+    state.group = status.st_gid;
+    state.links = status.st_nlink;
+    return state;
+}
+
 /// The file that a new one at `path` takes its owner from: the one that it replaces, or the reserve of one
 /// that is gone.
 FileState FormerState(const std::string& path) {
@@ -55,29 +75,26 @@ FileState StateOf(const std::string& path) {
 }
 
 FileState StateIn(int directory, const std::string& name, const std::string& path) {
-    FileState state;
     struct stat status = {};
-    if (fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
-        if (errno == ENOENT || errno == ENOTDIR) return state;
-        throw SystemFailure({.file = path,
-                             .text = "cannot tell whether it exists",
-                             .remedy = "run the command as a user who may search its directory"},
-                            errno);
-    }
-    state.exists = true;
-    state.mode = status.st_mode;
-    state.owner = status.st_uid;
-    state.group = status.st_gid;
-    state.links = status.st_nlink;
-    return state;
+    return Look(directory, name, path, status) ? StateFrom(status) : FileState();
+}
+
+FileLook LookAt(const std::string& path) {
+    struct stat status = {};
+    if (!Look(AT_FDCWD, path, path, status)) return {};
+    return {StateFrom(status), VersionFrom(status)};
 }
 
 std::optional<Problem> CheckReplaceable(const std::string& path) {
+    return CheckReplaceableIn(AT_FDCWD, path, path);
+}
+
+std::optional<Problem> CheckReplaceableIn(int directory, const std::string& name, const std::string& path) {
     const auto problem = [&](const char* text, const char* remedy) {
         return std::optional<Problem>({path, 0, 0, text, remedy});
     };
     struct statx status = {};
-    if (statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &status) != 0)
+    if (statx(directory, name.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS, &status) != 0)
         return std::nullopt;
     const auto attributes = status.stx_attributes & status.stx_attributes_mask;
     if ((attributes & STATX_ATTR_MOUNT_ROOT) != 0)

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "deploy/host/FileBytes.h"
 #include "zet/ZETProblem.h"
 #include "zet/deploy/FileOutcome.h"
 
@@ -17,8 +18,18 @@ FileState StateOf(const std::string& path);
 /// The same of a name in a directory that is held; `path` is for the message.
 FileState StateIn(int directory, const std::string& name, const std::string& path);
 
+/// Both at once, of the same file.
+struct FileLook {
+    FileState state;
+    FileVersion version;
+};
+FileLook LookAt(const std::string& path);
+
 /// What keeps a file from being replaced by another, or removed, though its directory can be written.
 std::optional<Problem> CheckReplaceable(const std::string& path);
+
+/// The same of a name in a directory that is held; `path` is for the message.
+std::optional<Problem> CheckReplaceableIn(int directory, const std::string& name, const std::string& path);
 
 /// The same as a `Failure`.
 void RequireReplaceable(const std::string& path);

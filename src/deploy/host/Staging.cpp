@@ -173,18 +173,16 @@ Staging::~Staging() {
 }
 
 std::string Staging::PathOf(const std::string& name) const {
-    const fs::path path =
-        fs::path(m_directory) / kFiles / fs::path("/" + name).lexically_normal().relative_path();
-    if (path.parent_path() == m_made) return path.string();
+    std::string path = m_directory + "/" + kFiles + Normalised(name);
+    const std::string directory = DirectoryOf(path);
+    if (directory == m_made) return path;
     std::error_code error;
-    fs::create_directories(path.parent_path(), error);
-    if (!error) m_made = path.parent_path().string();
-    if (error) {
-        throw SystemFailure(
-            {.file = path.parent_path().string(), .text = "cannot be made", .remedy = kMakeRoom},
-            error.value());
-    }
-    return path.string();
+    fs::create_directories(directory, error);
+    if (error)
+        throw SystemFailure({.file = directory, .text = "cannot be made", .remedy = kMakeRoom},
+                            error.value());
+    m_made = directory;
+    return path;
 }
 
 void Staging::RemoveLeftOvers(const std::string& lastResort) {

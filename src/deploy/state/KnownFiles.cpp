@@ -46,6 +46,11 @@ bool KnownFiles::IsAsLeft(const std::string& path) const {
     return file != nullptr && IsAsRecorded(path, file->state);
 }
 
+bool KnownFiles::IsAsLeft(const SeenFile& file) const {
+    const KnownFile* const known = Find(file.Path());
+    return known != nullptr && file.IsAs(known->state);
+}
+
 std::vector<std::string> KnownFiles::PathsOf(Role role) const {
     std::vector<std::string> paths;
     for (const auto& [name, file] : m_files)

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "deploy/state/Host.h"
+#include "deploy/state/SeenFile.h"
 #include "deploy/state/store/Records.h"
 
 namespace ZET::Deploy {
@@ -30,6 +31,7 @@ class KnownFiles {
 
     /// Whether the file is, by content, as the product left it; a link in its place is not.
     bool IsAsLeft(const std::string& path) const;
+    bool IsAsLeft(const SeenFile& file) const;
 
     /// Those that the role has committed.
     std::vector<std::string> PathsOf(Role role) const;

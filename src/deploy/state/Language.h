@@ -1,6 +1,7 @@
 #ifndef ZET_LANGUAGE_H
 #define ZET_LANGUAGE_H
 
+#include <locale.h>
 #include <map>
 #include <optional>
 #include <string>
@@ -26,7 +27,8 @@ class WrittenLanguage {
     WrittenLanguage& operator=(const WrittenLanguage&) = delete;
 
   private:
-    std::map<int, std::string> m_former;  ///< the locale of each category
+    locale_t m_formerLocale{};            ///< of this thread, where no more is changed; none: it is not
+    std::map<int, std::string> m_former;  ///< else: the locale of each category
     std::optional<std::string> m_formerPreference;
 };
 

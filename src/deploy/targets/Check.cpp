@@ -130,10 +130,10 @@ CheckResult Check(Deployment& product, const std::vector<std::string>& templateN
     if (templateNames.empty()) {
         for (Problem& problem : ProblemsOfEdits(product))
             checked.problems.push_back(std::move(problem));
-        FindUnused(product, UsedAnywhere(product, checked.used), result);
-        result.unusedValues = UnusedValues(product, checked.used);
+        FindUnused(product, UsedAnywhere(product, checked.templates.used), result);
+        result.unusedValues = UnusedValues(product, checked.templates.used);
     }
-    WarnOfServiceNames(product, checked.used);
+    WarnOfServiceNames(product, checked.templates.used);
     result.checksNotRun = CountChecksNotRun(product.Wanted(), checked.targets);
     RunOwnChecks(product, checked);
     result.problems.insert(result.problems.begin(), checked.problems.begin(), checked.problems.end());

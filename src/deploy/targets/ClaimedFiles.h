@@ -1,8 +1,10 @@
 #ifndef ZET_CLAIMED_FILES_H
 #define ZET_CLAIMED_FILES_H
 
+#include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -31,6 +33,9 @@ class ClaimedFiles {
     /// that has another use, or its template's.
     std::optional<Problem> AddTarget(const Target& target);
 
+    /// The same of one whose file was found: `file` is its one name.
+    std::optional<Problem> AddTarget(const Target& target, const std::string& file);
+
     /// What the file is for: "the reserve of /etc/x". Empty when it is for nothing yet, or a target itself.
     std::string UseBesideTargets(const std::string& path) const;
 
@@ -42,14 +47,24 @@ class ClaimedFiles {
     };
     using Uses = std::map<std::string, Use>;
 
+    /// The names of a directory; that of a plain file leads nowhere else.
+    struct Listing {
+        std::string path;  ///< the one name of the directory
+        bool isListed = false;
+        std::set<std::string, std::less<>> notPlain;
+    };
+
     std::string Canonical(const std::string& path) const;
+    std::string CanonicalOfTemplate(const std::string& path);
+    Listing ListingOf(const std::string& directory) const;
     void AddOwn(const std::string& path, const std::string& text);
     void AddOf(const std::string& templateName, const std::string& path, const std::string& text);
     static Uses CompanionsOf(const std::string& file);
 
     Host& m_host;
-    Uses m_uses;                               ///< by the files' canonical names
-    std::map<std::string, Problem> m_clashes;  ///< by the templates' names
+    std::map<std::string, Listing, std::less<>> m_listings;  ///< by the directories of templates
+    Uses m_uses;                                             ///< by the files' canonical names
+    std::map<std::string, Problem> m_clashes;                ///< by the templates' names
 };
 
 }  // namespace ZET::Deploy

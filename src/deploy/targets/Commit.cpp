@@ -26,6 +26,7 @@ std::string Joined(const std::vector<std::string>& texts) {
 
 /// Whether the target is, by now, what it was to become.
 bool IsWritten(const PlannedTarget& planned) {
+    if (planned.staged.empty()) return VersionOf(planned.path) == planned.version;
     const FileState now = StateOf(planned.path);
     return now.IsRegular() && now.mode == planned.after.mode && HaveSameBytes(planned.path, planned.staged);
 }

@@ -51,6 +51,12 @@ void GiveToNewOwner(PlannedTarget& planned) {
     planned.after.group = owner->group;
 }
 
+FileOutcome::Result StayAsItIs(PlannedTarget& planned) {
+    planned.after = planned.before;
+    planned.after.links = 1;
+    return planned.change = FileOutcome::Result::Unchanged;
+}
+
 bool IsReserved(const std::string& path) {
     const std::string reserve = path + ZETReserveSuffix;
     return access(reserve.c_str(), R_OK) == 0 && HaveSameBytes(path, reserve);
@@ -74,15 +80,15 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
             m_checked.problems.push_back(std::move(problem));
         return;
     }
-    m_staging = std::make_unique<Staging>(isDryRun ? "" : product.Param("ZET_VAR_LIB_DIR"),
-                                          SizeOfTemplates(product, m_checked.targets));
+    m_staging =
+        std::make_unique<Staging>(isDryRun ? "" : product.Param("ZET_VAR_LIB_DIR"), m_checked.templates.size);
     m_known = std::make_unique<KnownFiles>(product);
     m_checksNotRun = CountChecksNotRun(product.Wanted(), m_checked.targets);
     const OnEdit wanted = onEdit == OnEdit::AsConfigured ? OnEditOf(product) : onEdit;
-    for (const Target& target : m_checked.targets) {
+    for (std::size_t i = 0; i < m_checked.targets.size(); ++i) {
         product.RequireGoOn();
         product.Out().Progress(m_targets.size(), m_checked.targets.size());
-        Add(target, wanted);
+        Add(m_checked.targets[i], m_checked.places[i], wanted);
     }
     if (templateNames.empty()) {
         AddTakenBack();
@@ -185,13 +191,15 @@ void CommitPlan::JudgeListedEdits(OnEdit onEdit) {
     }
 }
 
-void CommitPlan::Add(const Target& target, OnEdit onEdit) {
+void CommitPlan::Add(const Target& target, const CheckedPlace& place, OnEdit onEdit) {
     PlannedTarget planned;
     planned.target = target;
-    planned.path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path));
+    planned.path = place.path;
+    planned.hasWorkingCopy = place.hasWorkingCopy;
     m_inForce.insert(planned.path);
-    Stage(planned);
-    FillIn(planned);
+    const SeenFile there(planned.path);
+    Stage(planned, there);
+    FillIn(planned, there);
     EditMerge(m_product, *m_staging, *m_known).KeepMerged(planned);
     if (!SettleEdit(planned, onEdit)) return;
     if (RunsOwnChecks(m_product.Wanted())) RequireAcceptance(m_product, target, planned.path, planned.staged);
@@ -200,20 +208,25 @@ void CommitPlan::Add(const Target& target, OnEdit onEdit) {
 
 /// The state of a target is the host's and not the role's: where only the command that the notice names would
 /// be another one, the first role to commit it has named it.
-void CommitPlan::Stage(PlannedTarget& planned) {
+void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
     const std::string& name = planned.target.templateName;
-    planned.version = VersionOf(planned.path);
-    planned.before = StateOf(planned.path);
+    planned.version = there.Version();
+    planned.before = there.State();
     const KnownFile* const known = m_known->Find(planned.path);
     const bool isRecorded = known != nullptr && !known->state.knowledge.roles.empty();
     planned.namedRole = m_product.Role();
     if (isRecorded) planned.namedRole = known->state.knowledge.namedRole.value_or(planned.namedRole);
+    const bool isShown = !planned.target.check.empty() && RunsOwnChecks(m_product.Wanted());
+    const bool isMerge = known != nullptr && known->state.knowledge.IsMerge();
     const auto stageFor = [&](Role role) {
-        planned.staged = RenderQuietly(m_product, *m_staging, name, role);
+        const ComparedRendering rendering =
+            isShown || isMerge ? ComparedRendering{RenderQuietly(m_product, *m_staging, name, role)}
+                               : RenderUnlessThere(m_product, *m_staging, name, role, there);
+        planned.staged = rendering.file;
+        if (planned.staged.empty()) return StayAsItIs(planned);
         planned.after = StateInPlace(planned.path, planned.staged);
         GiveToNewOwner(planned);
-        planned.change = ChangeOf(planned);
-        return planned.change;
+        return planned.change = rendering.isOther ? FileOutcome::Result::Changed : ChangeOf(planned);
     };
     const Role role = planned.namedRole;
     if (stageFor(role) != FileOutcome::Result::Changed || isRecorded || !HasCompanion(planned.path)) return;
@@ -223,11 +236,11 @@ void CommitPlan::Stage(PlannedTarget& planned) {
     if (isOthers) planned.namedRole = OtherRole(role);
 }
 
-void CommitPlan::FillIn(PlannedTarget& planned) {
+void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     const std::string& path = planned.path;
     const KnownFile* const known = m_known->Find(path);
     const bool isRecorded = known != nullptr && !known->state.knowledge.roles.empty();
-    const bool isStrange = known != nullptr ? !m_known->IsAsLeft(path) : HasCompanion(path);
+    const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there) : HasCompanion(path);
     planned.isTouched = isRecorded && isStrange;
     planned.isUnrecorded = !isRecorded && isStrange;
     planned.isReserved = planned.isUnrecorded && planned.before.exists && IsReserved(path);

@@ -61,9 +61,9 @@ class CommitPlan {
     const KnownFiles& Known() const { return *m_known; }
 
   private:
-    void Add(const Target& target, OnEdit onEdit);
-    void Stage(PlannedTarget& planned);
-    void FillIn(PlannedTarget& planned);
+    void Add(const Target& target, const CheckedPlace& place, OnEdit onEdit);
+    void Stage(PlannedTarget& planned, const SeenFile& there);
+    void FillIn(PlannedTarget& planned, const SeenFile& there);
     bool SettleEdit(PlannedTarget& planned, OnEdit onEdit);
     void JudgeListedEdits(OnEdit onEdit);
     void AddTakenBack();

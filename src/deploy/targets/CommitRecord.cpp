@@ -44,7 +44,7 @@ void CommitRecord::Complete() {
 void CommitRecord::Expect() {
     for (const PlannedTarget& planned : m_plan.Targets()) {
         if (planned.IsChange()) m_recording.Expect(Expected(planned));
-        ExpectWorkingCopy(m_recording, m_product, planned.target.templateName);
+        if (!planned.hasWorkingCopy) ExpectWorkingCopy(m_recording, m_product, planned.target.templateName);
     }
     if (m_plan.Edits() != nullptr) {
         for (const PlannedEdits& planned : m_plan.Edits()->Files())

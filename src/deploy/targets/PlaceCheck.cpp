@@ -1,11 +1,11 @@
 #include "deploy/targets/PlaceCheck.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
-#include <iterator>
 #include <utility>
 
 #include "deploy/host/FileState.h"
@@ -35,32 +35,70 @@ std::vector<Problem> CheckDirectory(const std::string& directory, const std::str
     return {};
 }
 
-std::vector<Problem> CheckRegular(const std::string& path) {
-    const FileState state = StateOf(path);
-    if (!state.exists || state.IsRegular()) return {};
-    return {{path, 0, 0, "is no regular file", "move it away"}};
+namespace {
+
+/// A file by its name in a directory, and by that which its reader knows.
+struct NamedFile {
+    int directory;
+    const std::string& name;
+    const std::string& path;
+
+    FileState StateOfCompanion(const char* suffix) const {
+        return StateIn(directory, name + suffix, path + suffix);
+    }
+};
+
+std::optional<Problem> CheckRegularCompanion(const NamedFile& file, const char* suffix) {
+    const FileState state = file.StateOfCompanion(suffix);
+    if (!state.exists || state.IsRegular()) return std::nullopt;
+    return Problem{file.path + suffix, 0, 0, "is no regular file", "move it away"};
 }
 
-std::vector<Problem> CheckFileToWrite(const std::string& path, const std::string& entry, bool isCutShort) {
+std::optional<Problem> CheckTemporaryOf(const NamedFile& file, bool isCutShort) {
+    if (isCutShort || !file.StateOfCompanion(ZETTemporarySuffix).exists) return std::nullopt;
+    return Problem{file.path + ZETTemporarySuffix, 0, 0, "is in the way of writing " + file.path,
+                   "move it away"};
+}
+
+/// `mode` is none of a file that is not there.
+std::vector<Problem> CheckToWrite(const NamedFile& file, std::optional<mode_t> mode, const std::string& entry,
+                                  bool isCutShort) {
     std::vector<Problem> problems;
-    const FileState state = StateOf(path);
-    if (state.exists && !state.IsRegular())
-        problems.push_back({path, 0, 0, "is no regular file", "move it away, or correct " + entry});
-    if (std::optional<Problem> problem = CheckReplaceable(path)) problems.push_back(std::move(*problem));
-    for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix}) {
-        std::vector<Problem> more = CheckRegular(path + suffix);
-        problems.insert(problems.end(), std::make_move_iterator(more.begin()),
-                        std::make_move_iterator(more.end()));
-    }
-    if (std::optional<Problem> problem = CheckTemporary(path, isCutShort))
-        problems.push_back(std::move(*problem));
+    const auto add = [&](std::optional<Problem> problem) {
+        if (problem) problems.push_back(std::move(*problem));
+    };
+    if (mode && !S_ISREG(*mode))
+        problems.push_back({file.path, 0, 0, "is no regular file", "move it away, or correct " + entry});
+    if (mode) add(CheckReplaceableIn(file.directory, file.name, file.path));
+    for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix})
+        add(CheckRegularCompanion(file, suffix));
+    add(CheckTemporaryOf(file, isCutShort));
     return problems;
 }
 
+}  // namespace
+
+std::vector<Problem> CheckRegular(const std::string& path) {
+    const std::optional<Problem> problem = CheckRegularCompanion({AT_FDCWD, path, path}, "");
+    return problem ? std::vector<Problem>{*problem} : std::vector<Problem>();
+}
+
+std::vector<Problem> CheckFileToWrite(const std::string& path, const std::string& entry, bool isCutShort) {
+    const FileState state = StateOf(path);
+    return CheckToWrite({AT_FDCWD, path, path}, state.exists ? std::optional(state.mode) : std::nullopt,
+                        entry, isCutShort);
+}
+
+std::vector<Problem> CheckFileToWrite(const FoundFile& found, const std::string& path,
+                                      const std::string& entry, bool isCutShort) {
+    if (!found.directory) return CheckFileToWrite(path, entry, isCutShort);
+    return CheckToWrite({found.directory->descriptor, found.name, path},
+                        found.status ? std::optional(found.status->st_mode) : std::nullopt, entry,
+                        isCutShort);
+}
+
 std::optional<Problem> CheckTemporary(const std::string& path, bool isCutShort) {
-    const std::string temporary = path + ZETTemporarySuffix;
-    if (isCutShort || !StateOf(temporary).exists) return std::nullopt;
-    return Problem{temporary, 0, 0, "is in the way of writing " + path, "move it away"};
+    return CheckTemporaryOf({AT_FDCWD, path, path}, isCutShort);
 }
 
 std::vector<Problem> ObjectionsTo(const Paths& paths, const std::set<std::string>& names,

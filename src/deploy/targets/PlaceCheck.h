@@ -24,6 +24,10 @@ std::vector<Problem> CheckRegular(const std::string& path);
 /// cut short left of it is cleared away first.
 std::vector<Problem> CheckFileToWrite(const std::string& path, const std::string& entry, bool isCutShort);
 
+/// The same of one that was found: what stands beside it is looked up in its directory, which is held.
+std::vector<Problem> CheckFileToWrite(const FoundFile& found, const std::string& path,
+                                      const std::string& entry, bool isCutShort);
+
 /// The name under which it is written is nobody's.
 std::optional<Problem> CheckTemporary(const std::string& path, bool isCutShort);
 

@@ -13,7 +13,7 @@ namespace ZET::Deploy {
 struct PlannedTarget {
     Target target;
     std::string path;             ///< of the real file, links followed
-    std::string staged;           ///< the file as it would be
+    std::string staged;           ///< the file as it would be; empty: as it is
     std::string rendering;        ///< staged, too, where the file gets another text: that is merged with it
     bool isRenderingNew = false;  ///< not the one that is known of the file
     FileOutcome::Result change = FileOutcome::Result::Unchanged;
@@ -27,6 +27,8 @@ struct PlannedTarget {
     FileVersion version;            ///< of what was there when the plan was made
     FileState before;
     FileState after;
+
+    bool hasWorkingCopy = false;  ///< its template, when it was checked
 
     bool IsChange() const { return change != FileOutcome::Result::Unchanged; }
 

@@ -1,16 +1,18 @@
 #include "deploy/targets/Render.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
-#include <filesystem>
 #include <memory>
-#include <system_error>
+#include <optional>
 #include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/state/GuardedRenames.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/state/OwnText.h"
@@ -43,8 +45,10 @@ struct Rendered {
     const std::string& path;
 };
 
-/// The log names the placeholders that it does not know, and others read it, too.
+/// The log names the placeholders that it does not know, and others read it, too. Where it shows errors only,
+/// it does not, and nobody need find out whose eyes the template is for, which reads it.
 std::unique_ptr<QuietLog> QuietAbout(Deployment& product, const std::string& templateFile) {
+    if (QuietLog(ZETLogError).Former() == ZETLogError) return nullptr;
     const bool isHidden = !templateFile.empty() && product.HostSecrets().Hides(templateFile);
     return isHidden ? std::make_unique<QuietLog>(ZETLogError) : nullptr;
 }
@@ -85,15 +89,65 @@ StringMap WithHostsValues(HostProduct& product, const StringMap& values) {
     return all;
 }
 
+/// Links followed; none, too, where nobody may look.
+std::optional<mode_t> ModeIfThere(const std::string& path) {
+    constexpr mode_t kModeBits = 07777;
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 ? std::optional(status.st_mode & kModeBits) : std::nullopt;
+}
+
+/// Of the list, if it has one.
+std::optional<mode_t> ModeToGive(Deployment& product, const std::string& templateName) {
+    const Target* const target = product.Lists().EntryOf(templateName);
+    return target != nullptr ? target->mode : std::nullopt;
+}
+
 /// Of the template, unless the list has another one.
 void GiveMode(Deployment& product, const std::string& templateName, const std::string& source,
               const std::string& staged) {
     RequireModeOf(source, staged);
-    const Target* const target = product.Lists().EntryOf(templateName);
-    if (target == nullptr || !target->mode) return;
+    const std::optional<mode_t> mode = ModeToGive(product, templateName);
+    if (!mode) return;
     const Descriptor file(open(staged.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    RequireMode(file, staged, *target->mode);
+    RequireMode(file, staged, *mode);
 }
+
+/// Compares a rendering with what is there, before it gets its name in the private directory. Most of a set
+/// are there already, and never get it: of a commit that changes nothing, that took a sixth of the system
+/// calls.
+class RenderingJudge {
+  public:
+    explicit RenderingJudge(const SeenFile& there) : m_there(there) {}
+
+    /// As long as what it returns lives. `mode` is what the rendering is going to have. The file is read now:
+    /// that it cannot be is no failure of the rendering.
+    std::unique_ptr<GuardedRenames> Watch(mode_t mode) {
+        constexpr mode_t kModeBits = 07777;
+        if (!m_there.State().IsRegular()) return nullptr;
+        m_isOther = (m_there.State().mode & kModeBits) != mode;
+        if (m_isOther) return nullptr;
+        m_there.Read();
+        return std::make_unique<GuardedRenames>([this](const ZETRename& rename) {
+            if (!rename.isReady && IsThere(rename))
+                m_isLeft = rename.isLeft = unlink(rename.from.c_str()) == 0;
+        });
+    }
+
+    bool IsLeft() const { return m_isLeft; }
+    bool IsOther() const { return m_isOther; }
+
+  private:
+    bool IsThere(const ZETRename& rename) {
+        struct stat made = {};
+        if (rename.descriptor < 0 || fstat(rename.descriptor, &made) != 0) return false;
+        m_isOther = !m_there.HasBytesOf(rename.descriptor, made.st_size, rename.from);
+        return !m_isOther && made.st_uid == m_there.State().owner && made.st_gid == m_there.State().group;
+    }
+
+    const SeenFile& m_there;
+    bool m_isLeft = false;
+    bool m_isOther = false;
+};
 
 /// The notice names the template that was read: the working copy to be, not its stand-in in the private
 /// directory.
@@ -137,28 +191,22 @@ void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& temp
     recording.Expect(file);
 }
 
-std::uintmax_t SizeOfTemplates(Host& host, const std::vector<Target>& targets) {
-    const std::string pristine = host.Param("ZET_CFG_TEMPL_DIR") + "/";
-    std::uintmax_t size = 0;
-    for (const Target& target : targets) {
-        std::error_code error;
-        std::uintmax_t more = std::filesystem::file_size(WorkingCopy(host, target.templateName), error);
-        if (error) more = std::filesystem::file_size(pristine + target.templateName, error);
-        if (!error) size += more;
-    }
-    return size;
-}
-
-/// Stages what a role gets.
+/// Stages what a role gets; nothing, where a judge finds it there already.
 static std::string Stage(Deployment& product, Role role, const Staging& staging,
-                         const std::string& templateName, StringMap& values) {
+                         const std::string& templateName, StringMap& values,
+                         RenderingJudge* judge = nullptr) {
     const std::string room =
         role == product.Role() ? "rendered/" : std::string("rendered-for-") + NameOf(role) + "/";
     const std::string staged = staging.PathOf(room + templateName);
     const std::string workingCopy = WorkingCopy(product, templateName);
     const ParamOverride noSync(product.Core(), "ZET_SYNC", "no");
-    if (IsFileExist(workingCopy)) {
+    const std::optional<mode_t> mode = ModeIfThere(workingCopy);
+    if (mode || IsFileExist(workingCopy)) {
+        const auto watch = judge != nullptr && mode
+                               ? judge->Watch(ModeToGive(product, templateName).value_or(*mode))
+                               : nullptr;
         ProcessOnce(product, role, templateName, {staged, staged}, values);
+        if (judge != nullptr && judge->IsLeft()) return "";
         GiveMode(product, templateName, workingCopy, staged);
         return staged;
     }
@@ -182,6 +230,14 @@ std::string RenderQuietly(Deployment& product, const Staging& staging, const std
                           Role role) {
     const QuietLog quiet(ZETLogError);
     return Stage(product, role, staging, templateName, product.TemplateValues());
+}
+
+ComparedRendering RenderUnlessThere(Deployment& product, const Staging& staging,
+                                    const std::string& templateName, Role role, const SeenFile& there) {
+    const QuietLog quiet(ZETLogError);
+    RenderingJudge judge(there);
+    std::string file = Stage(product, role, staging, templateName, product.TemplateValues(), &judge);
+    return {std::move(file), judge.IsOther()};
 }
 
 std::string RenderTemplateText(Deployment& product, const Staging& staging, Role role,
@@ -237,7 +293,7 @@ void TargetRendering::Render() {
     const auto process = [&](const std::string& name) {
         Process(m_product, m_target.role, m_target.templateName, {name, path});
     };
-    m_replacement.Make(StateOf(m_target.staged).mode, process, [&](const std::string& made) {
+    m_replacement.Make(m_target.mode, process, [&](const std::string& made) {
         if (HaveSameBytes(made, m_target.staged)) return;
         throw Failure({.file = path,
                        .text = "is not written, since its template was changed after it was checked",
@@ -246,7 +302,7 @@ void TargetRendering::Render() {
 }
 
 void TargetRendering::WriteStaged() {
-    const mode_t mode = StateOf(m_target.staged).mode;
+    const mode_t mode = m_target.mode;
     const std::string text = ReadFileBytes(m_target.staged);
     m_replacement.Make(
         mode, [&](const std::string& name) { SaveOwnText(name, text, mode); }, [](const std::string&) {});

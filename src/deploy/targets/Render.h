@@ -1,16 +1,15 @@
 #ifndef ZET_RENDER_H
 #define ZET_RENDER_H
 
-#include <cstdint>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/Staging.h"
 #include "deploy/state/Recording.h"
 #include "deploy/state/Replacement.h"
+#include "deploy/state/SeenFile.h"
 #include "deploy/targets/Deployment.h"
 #include "deploy/targets/Targets.h"
 #include "zet/ZETTypes.h"
@@ -30,9 +29,6 @@ std::string WorkingCopy(Host& host, const std::string& templateName);
 /// A working copy that is missing is going to be installed; one that is there is not touched.
 void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& templateName);
 
-/// How many bytes the targets' templates have; one that cannot be told counts as none.
-std::uintmax_t SizeOfTemplates(Host& host, const std::vector<Target>& targets);
-
 /// Renders a template in the private directory, to the bytes and mode that a commit would give its target;
 /// `values` wins over the template values. Nothing outside the directory changes: a
 /// missing working copy is not installed. Returns the path of the result. A failure of the module is a
@@ -43,6 +39,16 @@ std::string RenderStaged(Deployment& product, const Staging& staging, const std:
 /// The same for a role; what the log has to say comes with the real rendering.
 std::string RenderQuietly(Deployment& product, const Staging& staging, const std::string& templateName,
                           Role role);
+
+/// A rendering beside the file whose place it would take.
+struct ComparedRendering {
+    std::string file;      ///< in the private directory; empty: what is there has it all, its owner among it
+    bool isOther = false;  ///< for certain: in mode or bytes
+};
+
+/// The same for a role, unless it is there already: then nothing is left in the private directory.
+ComparedRendering RenderUnlessThere(Deployment& product, const Staging& staging,
+                                    const std::string& templateName, Role role, const SeenFile& there);
 
 /// The same of a template that would have that text.
 std::string RenderTemplateText(Deployment& product, const Staging& staging, Role role,
@@ -61,6 +67,7 @@ void InstallForHolder(Deployment& product, const std::string& templateName, cons
 struct TargetToRender {
     const std::string& templateName;
     const std::string& staged;   ///< what it has to become
+    mode_t mode;                 ///< likewise
     const FileVersion& version;  ///< of what it replaces
     Role role;
     bool isOwnText;                    ///< which no template makes: the staged text as it is

@@ -144,14 +144,16 @@ class TargetChecker {
         m_claimed.AddListed(list.targets, checked);
     }
 
-    void Check(const Target& target, std::set<std::string>& used) {
+    /// Without a path where that cannot be told, which is a problem.
+    CheckedPlace Check(const Target& target, SeenTemplates& seen) {
         Append(m_result,
-               CheckTemplateFile(m_product, target.templateName, m_product.TemplateValues(), &used));
+               CheckTemplateFile(m_product, target.templateName, m_product.TemplateValues(), &seen));
         try {
-            CheckWorkingCopy(target);
-            CheckFile(target);
+            if (!seen.isLastWorkingCopy) CheckWorkingCopy(target);
+            return {CheckFile(target), seen.isLastWorkingCopy};
         } catch (const Failure& failure) {
             m_result.push_back(ProblemOf(target.path, failure));
+            return {};
         }
     }
 
@@ -169,16 +171,18 @@ class TargetChecker {
             m_result.push_back(std::move(*problem));
     }
 
-    void CheckFile(const Target& target) {
+    std::string CheckFile(const Target& target) {
         const std::string path = m_product.FilePath(target.path);
-        Append(m_result, CheckPlace(target, path));
-        Append(m_result, CheckFileToWrite(path, "the target", m_cutShort.contains(path)));
-        if (std::optional<Problem> problem = m_claimed.AddTarget(target))
+        const FoundFile found = m_product.HostPaths().Find(target.path, target.trusted);
+        Append(m_result, CheckPlace(target, path, found));
+        Append(m_result, CheckFileToWrite(found, path, "the target", m_cutShort.contains(path)));
+        if (std::optional<Problem> problem = m_claimed.AddTarget(target, found.path))
             m_result.push_back(std::move(*problem));
+        return found.path;
     }
 
     /// Its directory, and the way there.
-    std::vector<Problem> CheckPlace(const Target& target, const std::string& path) {
+    std::vector<Problem> CheckPlace(const Target& target, const std::string& path, const FoundFile& found) {
         std::vector<Problem> problems = CheckDirectoryOf(path);
         if (!target.trusted.empty() && getpwnam(target.trusted.c_str()) == nullptr) {
             problems.push_back({path, 0, 0,
@@ -186,7 +190,6 @@ class TargetChecker {
                                 "correct trust in the list, or make the user"});
         }
         if (std::optional<Problem> problem = OwnerProblem(target)) problems.push_back(std::move(*problem));
-        const FoundFile found = m_product.HostPaths().Find(target.path, target.trusted);
         if (!problems.empty() || geteuid() != 0) return problems;
         if (found.judge.Objection()) {
             problems.push_back(*found.judge.Objection());
@@ -224,23 +227,25 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
     TargetChecker checker(product, list, checked.targets);
     checked.problems = list.problems;
     for (const Target& target : checked.targets) {
-        if (!target.path.empty()) checker.Check(target, checked.used);
+        checked.places.push_back(target.path.empty() ? CheckedPlace()
+                                                     : checker.Check(target, checked.templates));
     }
     for (const ListedEdit& edit : list.edits) {
         if (!templateNames.empty() || !edit.IsFor(product.Role()) || !edit.IsInForce()) continue;
         for (std::string& placeholder : Text::PlaceholdersOf("=" + edit.value + edit.text))
-            checked.used.insert(std::move(placeholder));
+            checked.templates.used.insert(std::move(placeholder));
     }
     Append(checked.problems, checker.Result());
     Append(checked.problems, product.Values().Problems());
-    Append(checked.problems, CheckParameterValues(product.Core(), product.TemplateValues(), checked.used,
-                                                  product.Values().GivenByFleet()));
+    Append(checked.problems, CheckParameterValues(product.Core(), product.TemplateValues(),
+                                                  checked.templates.used, product.Values().GivenByFleet()));
     if (product.Wanted().onlyLooks) WarnOfRights(product.Out(), checked.problems);
     return checked;
 }
 
 std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& templateName,
-                                       const StringMap& values, std::set<std::string>* used) {
+                                       const StringMap& values, SeenTemplates* seen) {
+    if (seen != nullptr) seen->isLastWorkingCopy = false;
     std::string file = product.Param("ZET_CFG_TEMPL_DIR") + "/" + templateName;
     try {
         const std::string found = TemplateFile(product, templateName);
@@ -259,9 +264,17 @@ std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& t
             return {{file, 0, 0, "the template is a link that leads out of the root directory",
                      "put the template itself there"}};
         }
+        SeenTemplates one;
+        SeenTemplates& all = seen != nullptr ? *seen : one;
+        all.isLastWorkingCopy = copy == file;
+        const auto read = [&](const auto& take) {
+            ReadChunks(file, [&](std::string_view lines) {
+                all.size += lines.size();
+                take(lines);
+            });
+        };
         std::vector<Problem> problems = Text::CheckTemplate(
-            file, [&](const auto& take) { ReadChunks(file, take); }, values, used,
-            HasNotice(product, templateName));
+            file, read, values, seen != nullptr ? &seen->used : nullptr, HasNotice(product, templateName));
         HideQuotes(product, file, problems);
         return problems;
     } catch (const Failure& failure) {

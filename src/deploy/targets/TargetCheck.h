@@ -1,6 +1,7 @@
 #ifndef ZET_TARGET_CHECK_H
 #define ZET_TARGET_CHECK_H
 
+#include <cstdint>
 #include <set>
 #include <string>
 #include <vector>
@@ -11,11 +12,25 @@
 
 namespace ZET::Deploy {
 
+/// What was seen of templates when they were checked.
+struct SeenTemplates {
+    std::set<std::string> used;      ///< the placeholders that they use
+    std::uintmax_t size = 0;         ///< of all together
+    bool isLastWorkingCopy = false;  ///< and no pristine one
+};
+
+/// What was seen of one target.
+struct CheckedPlace {
+    std::string path;             ///< of its real file, links followed
+    bool hasWorkingCopy = false;  ///< its template
+};
+
 /// What a commit is about, and everything that would keep it from succeeding.
 struct CheckedTargets {
     std::vector<Target> targets;
+    std::vector<CheckedPlace> places;  ///< of each of them, where there are no problems
     std::vector<Problem> problems;
-    std::set<std::string> used;  ///< the placeholders that the templates use
+    SeenTemplates templates;
 };
 
 /// Checks the list of targets, the templates of the product's role that `templateNames` has (all when it is
@@ -23,10 +38,10 @@ struct CheckedTargets {
 /// `UsageError`, a list that cannot be read a `Failure`.
 CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>& templateNames);
 
-/// The problems of one template, as far as they concern it alone. The placeholders that it uses are added to
-/// `used`, unless it is null.
+/// The problems of one template, as far as they concern it alone. What is seen of it is added to `seen`,
+/// unless that is null.
 std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& templateName,
-                                       const StringMap& values, std::set<std::string>* used = nullptr);
+                                       const StringMap& values, SeenTemplates* seen = nullptr);
 
 }  // namespace ZET::Deploy
 

@@ -67,16 +67,16 @@ class StateTeller {
     /// One that cannot be rendered is not what was committed, which a commit would have to tell.
     std::string StateOfFile(const std::string& templateName, const std::string& path) {
         if (!m_known.IsUnusable() && !m_known.Has(path, m_product.Role())) return "not committed";
-        const FileState now = StateOf(path);
-        if (!now.exists) return "missing";
+        const SeenFile there(path);
+        if (!there.State().exists) return "missing";
         const bool canBeRendered =
             CheckTemplateFile(m_product, templateName, m_product.TemplateValues()).empty();
         // Where the check has something to say, the template may be one that it could not read.
         if (!canBeRendered) RequireReadableTemplate(m_product, templateName);
-        if (canBeRendered && IsRendered(templateName, path)) return kInSync;
+        if (canBeRendered && IsRendered(templateName, there)) return kInSync;
         // Without the history, nobody can tell who changed it.
         if (m_known.IsUnusable()) return "differs";
-        return m_known.IsAsLeft(path) ? kPending : kEdited;
+        return m_known.IsAsLeft(there) ? kPending : kEdited;
     }
 
     /// Of one whose template makes the same by now, it is nobody's edit any more.
@@ -108,12 +108,18 @@ class StateTeller {
     }
 
     /// For the role whose command the notice names.
-    bool IsRendered(const std::string& templateName, const std::string& path) {
+    bool IsRendered(const std::string& templateName, const SeenFile& there) {
+        const std::string& path = there.Path();
         const KnownFile* const known = m_known.Find(path);
         const Role own = m_product.Role();
         const Role named = known != nullptr ? known->state.knowledge.namedRole.value_or(own) : own;
-        m_staged = RenderQuietly(m_product, m_staging, templateName, named);
-        if (HaveSameModeAndBytes(m_staged, path)) return true;
+        const bool isMerge = known != nullptr && known->state.knowledge.IsMerge();
+        const ComparedRendering rendering =
+            isMerge ? ComparedRendering{RenderQuietly(m_product, m_staging, templateName, named)}
+                    : RenderUnlessThere(m_product, m_staging, templateName, named, there);
+        m_staged = rendering.file;
+        if (m_staged.empty()) return true;
+        if (!rendering.isOther && HaveSameModeAndBytes(m_staged, path)) return true;
         if (known != nullptr && IsMergedWith(m_product, *known, m_staged))
             return m_known.IsAsLeft(path) && StateOf(m_staged).mode == StateOf(path).mode;
         if (!m_known.IsUnusable()) return false;
@@ -123,7 +129,7 @@ class StateTeller {
     Deployment& m_product;
     const KnownFiles& m_known;
     const Staging m_staging;
-    std::string m_staged;  ///< the last rendering
+    std::string m_staged;  ///< the last rendering; empty where it is what is there
 };
 
 bool HasBlocks(const std::string& path) {

@@ -65,8 +65,8 @@ class TargetWriting {
                           planned.path);
         auto rendering = std::make_unique<TargetRendering>(
             m_product, std::move(place),
-            TargetToRender{planned.target.templateName, planned.staged, planned.version, planned.namedRole,
-                           !planned.rendering.empty(), NewOwnerOf(planned.target)});
+            TargetToRender{planned.target.templateName, planned.staged, planned.after.mode, planned.version,
+                           planned.namedRole, !planned.rendering.empty(), NewOwnerOf(planned.target)});
         rendering->KeepOriginal();
         return rendering;
     }
@@ -78,7 +78,8 @@ class TargetWriting {
         FileOutcome outcome = OutcomeOf(m_product, planned);
         if (rendering != nullptr) {
             rendering->Write();
-        } else if (!IsFileExist(WorkingCopy(m_product, planned.target.templateName))) {
+        } else if (!planned.hasWorkingCopy &&
+                   !IsFileExist(WorkingCopy(m_product, planned.target.templateName))) {
             // The notice in the file tells its reader to edit the working copy.
             m_product.Config().InstallConfigFileTemplate(planned.target.templateName);
         }

@@ -37,7 +37,7 @@ TemplateTexts ReadTexts(Host& host, const TemplateFiles& files) {
     RequireInside(host, files);
     TemplateTexts texts;
     texts.copy = TextOf(files.workingCopy);
-    texts.shipped = TextOf(files.shipped);
+    texts.shipped = files.shipped == files.workingCopy ? texts.copy : TextOf(files.shipped);
     if (!texts.copy && !texts.shipped) {
         throw Failure({.file = files.shipped,
                        .text = "the template is missing",

@@ -130,6 +130,18 @@ TEST_F(ClaimedFilesTest, WorkingCopiesMayStandBesideThePristineTemplates) {
     EXPECT_EQ(AddTemplate("a"), "") << "a second time";
 }
 
+TEST_F(ClaimedFilesTest, TemplateThatIsALinkIsWhatItLeadsTo) {
+    fs::create_symlink(At("out/x"), At("templates/a"));
+    fs::create_symlink(At("out"), At("etc/way"));
+    Write("templates/plain", "text\n");
+    EXPECT_EQ(AddTemplate("plain"), "");
+    EXPECT_EQ(AddTemplate("a"), "");
+    EXPECT_EQ(AddTemplate("way/y"), "");
+    EXPECT_THAT(Add("b", "out/x"), HasSubstr("is the template [a], and made from [b] too"));
+    EXPECT_THAT(Add("c", "out/y"), HasSubstr("is the working copy of [way/y], and made from [c] too"));
+    EXPECT_THAT(Add("d", "templates/plain"), HasSubstr("is the template [plain]"));
+}
+
 TEST_F(ClaimedFilesTest, WhateverWayLeadsToAFileItIsTheSame) {
     fs::create_symlink(At("out"), At("way"));
     fs::create_symlink(At("out/x"), At("etc/link"));

@@ -1,0 +1,51 @@
+#include "deploy/state/SeenFile.h"
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <cstdint>
+
+#include "deploy/state/CapturedFile.h"
+#include "deploy/state/store/Digest.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr mode_t kModeBits = 07777;
+constexpr off_t kLargestHeld = off_t{1} << 20;
+
+}  // namespace
+
+SeenFile::SeenFile(const std::string& path) : m_path(path) {
+    FileLook look = LookAt(path);
+    m_state = look.state;
+    m_version = look.version;
+}
+
+const std::optional<std::string>& SeenFile::Text() const {
+    // A file of the system's own tells no size.
+    const bool isHeld = m_version.size > 0 && m_version.size <= kLargestHeld;
+    if (!m_text && isHeld) m_text = ReadFileBytes(m_path);
+    return m_text;
+}
+
+bool SeenFile::HasBytesOf(int descriptor, off_t size, const std::string& other) const {
+    if (!Text()) return HaveSameBytes(m_path, other);
+    return static_cast<off_t>(m_text->size()) == size && BeginsWith(descriptor, other, *m_text);
+}
+
+bool SeenFile::IsAs(const RecordedState& recorded) const {
+    if (m_state.exists != recorded.exists) return false;
+    if (!m_state.exists) return true;
+    if (!m_state.IsRegular() || (m_state.mode & kModeBits) != recorded.mode) return false;
+    if (!Text()) return HasRecordedText(m_path, recorded);
+    RecordedState now;
+    now.exists = true;
+    now.size = m_text->size();
+    if (now.size != recorded.size) return false;
+    now.digest = DigestOf(*m_text);
+    return HaveSameText(now, recorded);
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,47 @@
+#ifndef ZET_SEEN_FILE_H
+#define ZET_SEEN_FILE_H
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileState.h"
+#include "deploy/state/store/Records.h"
+
+namespace ZET::Deploy {
+
+/// A file as it is when a plan comes to it: looked at once, and read once at most, whatever is asked of it.
+/// Whoever writes it afterwards compares its version.
+class SeenFile {
+  public:
+    /// A link is not followed; that nothing is there is a state, too.
+    explicit SeenFile(const std::string& path);
+
+    const std::string& Path() const { return m_path; }
+    const FileState& State() const { return m_state; }
+    const FileVersion& Version() const { return m_version; }
+
+    /// Reads the regular file now, and not when it is asked for, where the failure would be another's.
+    void Read() const { Text(); }
+
+    /// Whether this regular file holds the bytes of the one that `other` leads to, which has that size, and
+    /// that `descriptor` is open on, at its start.
+    bool HasBytesOf(int descriptor, off_t size, const std::string& other) const;
+
+    /// Whether it is by content what is recorded; a link is not.
+    bool IsAs(const RecordedState& recorded) const;
+
+  private:
+    const std::optional<std::string>& Text() const;
+
+    std::string m_path;
+    FileState m_state;
+    FileVersion m_version;
+    mutable std::optional<std::string> m_text;  ///< none of a large one, of which no two are in memory
+};
+
+}  // namespace ZET::Deploy
+
+#endif
