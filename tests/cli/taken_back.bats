@@ -159,6 +159,34 @@ $HOST/out/plain: stays for the role server, which has committed it"
     done
 }
 
+@test "a line of both roles that a hand changed stays for the other" {
+    server -q commit-config
+    zet -q commit-config
+    zet -q param set out/plain b 9
+    sed -i 's/^a=7/a=hand/' out/plain
+    local force
+    for force in "" --force; do
+        # shellcheck disable=SC2086  # none is none
+        run_zet rollback-config $force
+        assert_status 0
+        [[ $output == *"$HOST/out/plain: stays for the role server, which has committed it"* ]]
+        grep -qx a=hand out/plain
+    done
+    server -q rollback-config
+    assert_file out/plain $'a=1\nb=2\n'
+}
+
+@test "a file of the other role that is gone stays away for it" {
+    server -q commit-config
+    rm out/plain
+    run_zet rollback-config
+    assert_status 0
+    [[ $output == *"$HOST/out/plain: stays for the role server, which has committed it"* ]]
+    assert_absent out/plain
+    server -q rollback-config
+    assert_file out/plain $'a=1\nb=2\n'
+}
+
 @test "what a hand set in a file of the other role is taken out, and its lines stay" {
     server -q commit-config
     zet -q param set out/plain b 9
@@ -202,7 +230,7 @@ $HOST/out/plain: stays for the role server, which has committed it"
     zet -q param set --no-markers out/daemon c 3
     run_zet rollback-config
     assert_status 1
-    [[ $output == *"$HOST/out/daemon: was edited without markers, and by others, too, stays as it is"* ]]
+    [[ $output == *"$HOST/out/daemon: was edited without markers, and may hold what others wrote, stays as it is"* ]]
     assert_file out/daemon $'c=3\nmine=1\n'
 }
 

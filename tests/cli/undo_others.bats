@@ -62,6 +62,11 @@ set_param() {
     [[ $output == *"$ONE: edited"* ]]
     run_zet commit-config --on-edit=refuse
     assert_status 1
+    chmod 640 out/one.conf
+    zet -q rollback-config --to 3 --force
+    assert_equal "$(stat -c %a out/one.conf)" 600
+    run_zet status
+    [[ $output == *"$ONE: edited"* ]]
     run_zet rollback-config
     assert_status 1
     [[ $output == *"$ONE: edited, stays as it is"* ]]

@@ -31,24 +31,34 @@ std::vector<RememberedLine> RememberedOf(Deployment& product, const KnownFile* k
                             : RememberedIn(store->Text(*known->state.knowledge.base));
 }
 
-/// What the other role has set, and what still stands in blocks of it. Whether this role has set some is told
-/// in `isOfBoth`.
-std::vector<RememberedLine> LinesOfOthers(Deployment& product, const KnownFile* known,
-                                          const std::string& text, bool& isOfBoth) {
-    const std::set<std::string> blocks = BlockLinesOf(text);
-    std::vector<RememberedLine> others = RememberedOf(product, known);
-    const auto isOwn = [&](const RememberedLine& line) { return line.role == product.Role(); };
-    isOfBoth = std::any_of(others.begin(), others.end(), isOwn);
-    std::erase_if(others,
-                  [&](const RememberedLine& line) { return isOwn(line) || !blocks.contains(line.line); });
-    return others;
+/// What the commits of each role have set in the file.
+struct LinesOfRoles {
+    std::vector<RememberedLine> own{};
+    std::vector<RememberedLine> others{};
+};
+
+LinesOfRoles SetByRoles(Deployment& product, const KnownFile* known) {
+    LinesOfRoles lines;
+    for (RememberedLine& line : RememberedOf(product, known))
+        (line.role == product.Role() ? lines.own : lines.others).push_back(std::move(line));
+    return lines;
 }
 
-std::string WithoutBlocksBut(const std::vector<RememberedLine>& others, const std::string& text) {
-    if (others.empty()) return Text::WithoutBlocks(text);
+bool Has(const std::vector<RememberedLine>& lines, std::string_view text) {
+    return std::any_of(lines.begin(), lines.end(),
+                       [&](const RememberedLine& line) { return line.line == text; });
+}
+
+/// The text without blocks but those of the other role. Where a hand has changed one of these, every block
+/// may be it that this role has not set.
+std::string WithoutOwnBlocks(const LinesOfRoles& lines, const std::string& text) {
+    if (lines.others.empty()) return Text::WithoutBlocks(text);
+    const std::set<std::string> blocks = BlockLinesOf(text);
+    const bool areAllThere =
+        std::all_of(lines.others.begin(), lines.others.end(),
+                    [&](const RememberedLine& line) { return blocks.contains(line.line); });
     return Text::WithoutBlocksOf(text, [&](std::string_view line) {
-        return std::none_of(others.begin(), others.end(),
-                            [&](const RememberedLine& other) { return other.line == line; });
+        return !Has(lines.others, line) && (areAllThere || Has(lines.own, line));
     });
 }
 
@@ -66,21 +76,26 @@ bool IsProductsAlone(Deployment& product, const KnownFile* known, const WrittenF
 
 EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const WrittenFile& file,
                           bool isForced) {
+    const KnownFile* const record = known.Find(file.path);
+    const LinesOfRoles lines = SetByRoles(product, record);
+    EditToTakeBack edit;
+    edit.others = lines.others;
+    edit.isOfBoth = !lines.own.empty() && !lines.others.empty();
     const FileState now = StateOf(file.path);
     if (!now.exists) {
         const bool isLeft = file.IsLeft();
-        return {isLeft ? Way::Reserve : Way::Forget, isLeft ? "" : "is not there"};
+        edit.way = isLeft ? Way::Reserve : Way::Forget;
+        if (!edit.others.empty()) edit.way = Way::LeaveToOtherRole;
+        if (!isLeft) edit.remark = "is not there";
+        return edit;
     }
     if (!now.IsRegular()) return {Way::Keep, "is no regular file, stays as it is"};
-    const KnownFile* const record = known.Find(file.path);
     const bool isAsLeft = known.IsAsLeft(file.path);
     const std::string text = ReadFileBytes(file.path);
-    EditToTakeBack edit;
-    edit.others = LinesOfOthers(product, record, text, edit.isOfBoth);
     const bool mayGoBack = edit.others.empty() && IsFileExist(file.Reserve());
     if (mayGoBack && isForced) return {Way::Reserve};
     RequireSound(file.path, text);
-    edit.text = WithoutBlocksBut(edit.others, text);
+    edit.text = WithoutOwnBlocks(lines, text);
     if (mayGoBack && (isAsLeft || record == nullptr) && IsProductsAlone(product, record, file, edit.text))
         return {Way::Reserve};
     if (edit.text != text) {
@@ -91,7 +106,7 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const Wr
     } else if (isAsLeft) {
         edit.way = Way::Keep;
         edit.remark = IsFileExist(file.Reserve())
-                          ? "was edited without markers, and by others, too, stays as it is"
+                          ? "was edited without markers, and may hold what others wrote, stays as it is"
                           : "was edited without markers and has no reserve, stays as it is";
     } else {
         edit.remark = "holds no managed block any more, stays as it is";
