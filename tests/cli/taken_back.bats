@@ -103,6 +103,50 @@ all_as_before() {
     assert_absent out/plain.before_zet
 }
 
+# damage STATEMENT: in the history.
+damage() {
+    /usr/bin/python3 -c 'import sqlite3, sys
+database = sqlite3.connect(sys.argv[1])
+database.execute(sys.argv[2])
+database.commit()' "$HOST/state/state.db" "$1"
+}
+
+@test "an entry or a text that is damaged keeps no edit from going back, but for what may be of the other role" {
+    local damaged
+    for damaged in "UPDATE files SET kind_before = 5" "UPDATE texts SET frame = x'00'"; do
+        zet -q commit-config
+        damage "$damaged"
+        run_zet rollback-config
+        assert_status 0
+        [[ $stderr == *"the history is damaged"* ]]
+        assert_file out/one.conf $'old\n'
+        assert_file out/plain $'a=1\nb=2\n'
+        assert_absent out/plain.before_zet
+        lose_store
+    done
+    server -q commit-config
+    zet -q commit-config
+    damage "UPDATE texts SET frame = x'00'"
+    run_zet rollback-config
+    assert_status 1
+    grep -qx a=7 out/plain
+    zet rollback-config --force
+    assert_file out/plain $'a=1\nb=2\n'
+}
+
+@test "what cannot be read keeps no other file from going back without a history" {
+    need_root
+    copy_programs
+    zet -q commit-config
+    lose_store
+    chmod 600 out/plain
+    chmod -R a+rwX .
+    chmod 600 out/plain
+    chmod 777 out state
+    ZET_BIN=$BASE/programs/bin capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" rollback-config -n
+    [[ $output == *"$HOST/out/one.conf: would be put back"* && $stderr == *"$HOST/out/plain"* ]]
+}
+
 @test "where the history is damaged, an edit of both roles stays for the role that has a status" {
     server -q commit-config
     zet -q commit-config

@@ -15,7 +15,8 @@ enum class Writers {
     NotKept  ///< in the history, so that nobody can tell
 };
 
-/// As the entries tell it: each begins with what the one before it left, unless somebody wrote in between.
+/// A history that cannot be used is told. As the entries tell it: each begins with what the one before it
+/// left, unless somebody wrote in between.
 Writers WritersSince(const std::string& reserve, const KnownFile& known, Host& host);
 
 }  // namespace ZET::Deploy

@@ -24,11 +24,18 @@ void RequireSound(const std::string& path, const std::string& text) {
                    .remedy = "\"doctor " + path + "\" tells a repair"});
 }
 
-std::vector<RememberedLine> RememberedOf(Deployment& product, const KnownFile* known) {
+/// Who goes back needs no history, unless it has to tell what the other role has committed.
+std::vector<RememberedLine> RememberedOf(Deployment& product, const KnownFile* known, bool isForced) {
     if (known == nullptr || !known->state.knowledge.base) return {};
     Store* const store = product.HostHistory().ToLookIfUsable();
-    return store == nullptr ? std::vector<RememberedLine>()
-                            : RememberedIn(store->Text(*known->state.knowledge.base));
+    if (store == nullptr) return {};
+    try {
+        return RememberedIn(store->Text(*known->state.knowledge.base));
+    } catch (const Failure& failure) {
+        if (!isForced && IsFileExist(product.State().Status(OtherRole(product.Role())))) throw;
+        product.HostHistory().TellUnusable(failure);
+        return {};
+    }
 }
 
 /// What the commits of each role have set in the file.
@@ -37,9 +44,9 @@ struct LinesOfRoles {
     std::vector<RememberedLine> others{};
 };
 
-LinesOfRoles SetByRoles(Deployment& product, const KnownFile* known) {
+LinesOfRoles SetByRoles(Deployment& product, const KnownFile* known, bool isForced) {
     LinesOfRoles lines;
-    for (RememberedLine& line : RememberedOf(product, known))
+    for (RememberedLine& line : RememberedOf(product, known, isForced))
         (line.role == product.Role() ? lines.own : lines.others).push_back(std::move(line));
     return lines;
 }
@@ -77,7 +84,7 @@ bool IsProductsAlone(Deployment& product, const KnownFile* known, const WrittenF
 EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const WrittenFile& file,
                           bool isForced) {
     const KnownFile* const record = known.Find(file.path);
-    const LinesOfRoles lines = SetByRoles(product, record);
+    const LinesOfRoles lines = SetByRoles(product, record, isForced);
     EditToTakeBack edit;
     edit.others = lines.others;
     edit.isOfBoth = !lines.own.empty() && !lines.others.empty();

@@ -115,10 +115,17 @@ static std::map<std::string, std::set<Role>> RolesOfListedFiles(Deployment& prod
     return roles;
 }
 
-/// Beside a reserve, the blocks of a file are the product's, whatever became of the history.
+/// Beside a reserve, the blocks of a file are the product's, whatever became of the history. What cannot be
+/// read is told by who decides of it.
 static bool HoldsEdits(const WrittenFile& file) {
-    return IsFileExist(file.Reserve()) && StateOf(file.path).IsRegular() &&
-           !BlockLinesOf(ReadFileBytes(file.path)).empty();
+    if (!IsFileExist(file.Reserve()) || !StateOf(file.path).IsRegular()) return false;
+    try {
+        return !BlockLinesOf(ReadFileBytes(file.path)).empty();
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure&) {
+        return true;
+    }
 }
 
 std::vector<WrittenFile> FindEditedFiles(Deployment& product, const KnownFiles& known) {
