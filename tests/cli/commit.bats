@@ -198,7 +198,7 @@ zet-init: \"history show 2 $HOST/out/two.conf\" shows what it held"
     echo precious >>out/one.conf
     run_zet commit-config
     assert_stderr "zet-client: warning: $HOST/out/one.conf: was edited since the last commit; the edits are overwritten
-zet-client: \"history show 2 $HOST/out/one.conf\" shows what it held"
+zet-client: \"history show 3 $HOST/out/one.conf\" shows what it held"
 }
 
 @test "an edit is overwritten with a warning where the history was lost" {

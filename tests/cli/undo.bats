@@ -281,14 +281,22 @@ took back entry 1"
     assert_absent state/zet-client.status
 }
 
-@test "what a commit finds in place is known before there is a status that could be left alone" {
-    "$ZET_BIN/zet-init" --config "$HOST/zet.conf" -q commit-config
-    capture strace -f -qq -o "$BASE/killed" -P "$HOST/state/zet-client.status" -e trace=openat \
-        -e inject=openat:signal=KILL "$ZET_BIN/zet-client" --config "$HOST/zet.conf" commit-config
-    assert_status 137
-    assert_equal "$(store "SELECT group_concat(roles, '; ') FROM known, states WHERE state = id AND kind = 0")" \
-        "6:server6:client; 6:server6:client"
-    zet -q commit-config
+@test "a status that the first commit of a role left, as it was killed, belongs to no one and goes" {
+    local file
+    for file in zet-client.status zet-client-fs.status; do
+        "$ZET_BIN/zet-init" --config "$HOST/zet.conf" -q commit-config
+        capture strace -f -qq -o "$BASE/killed" -P "$HOST/state/$file" -e trace=openat \
+            -e inject=openat:signal=KILL "$ZET_BIN/zet-client" --config "$HOST/zet.conf" commit-config
+        assert_status 137
+        zet -q rollback-config
+        assert_equal "$(names_in state)" "zet-server.status zet.lock"
+        zet -q commit-config
+        assert_equal "$(store "SELECT group_concat(roles, '; ') FROM known, states WHERE state = id AND kind = 0")" \
+            "6:server6:client; 6:server6:client"
+        zet -q rollback-config
+        "$ZET_BIN/zet-init" --config "$HOST/zet.conf" -q rollback-config
+        rm -rf state/*
+    done
 }
 
 @test "a status that a rollback left, as it was killed, goes with the next way back" {

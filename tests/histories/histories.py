@@ -11,8 +11,10 @@ to the byte, mode, owner and attribute, as it was before and after each entry of
     files are as they were before it then, and all others stay. Otherwise nothing at all changes, and the exit
     status is 1. With --force it is taken back all the same.
   * Going back to an entry is the same with all that came after it. A target or an edited file that none of these
-    wrote goes back to what its last entry left, where somebody else wrote it since. With --keep-edits, what
-    somebody wrote stays as it is, and the rest goes back.
+    wrote goes back to what its last entry left, where somebody else wrote it since; one that they wrote, to what
+    the last entry before them left. What somebody wrote between entries counts as what he wrote since. With
+    --keep-edits, what somebody wrote stays as it is, and the rest goes back.
+  * A rollback without --force leaves every line that a hand added to a file edited in place.
   * What is known of the files is as it was before, where nothing came in between.
   * A role of which no target is left has no status.
   * An entry that is no longer kept is refused, and so is a way back over one.
@@ -52,6 +54,16 @@ def shape(seen):
 
 def text(seen):
     return seen and seen[-1]
+
+
+def is_edited(left, found):
+    """Whether somebody wrote it in between; another owner or other attributes alone are no work of anybody's."""
+    return (shape(left), text(left)) != (shape(found), text(found))
+
+
+def hand_lines(seen):
+    """What hands have added at the end of it."""
+    return {line for line in (text(seen) or b"").splitlines() if line.startswith(b"# w")}
 
 
 def without_suffix(name):
@@ -145,11 +157,31 @@ class History:
             for name in self.before[later]:
                 wanted[name] = self.before[later][name]
                 left.setdefault(name, self.after[later][name])
+        for name in self.edited_between(number, wanted):
+            changed.add(name)
+            left[name] = wanted[name]
         wanted = {name: seen for name, seen in wanted.items() if name in changed}
         written = self.written_since(number)
         if written is None:
             return None
         return {**wanted, **written}, {**left, **written}
+
+    def edited_between(self, number, wanted):
+        """What others wrote between entries of which the later came after that one; what comes back of it is set right
+        in `wanted`."""
+        found = set()
+        for name in [name for name in wanted if not name.endswith(COMPANIONS[1:])]:
+            entries = [entry for entry in sorted(self.before) if name in self.before[entry]]
+            later = [entry for entry in entries if entry > number]
+            found |= {name for older, newer in zip(later, later[1:])
+                      if is_edited(self.after[older][name], self.before[newer][name])}
+            former = [entry for entry in entries if entry <= number and entry in self.world.entries()]
+            if not former or not self.world.is_made_by(former[-1], name):
+                continue
+            if is_edited(self.after[former[-1]][name], wanted[name]):
+                wanted[name] = self.after[former[-1]][name]
+                found.add(name)
+        return found
 
     def written_since(self, number):
         """What others wrote after that entry, and no later one: by what its last entry left; None where that is not
@@ -164,7 +196,7 @@ class History:
             left = self.after.get(entry, {}).get(name) if entry in self.world.entries() else None
             if left is None and state != shape(now):
                 return None
-            if left is not None and (shape(left), text(left)) != (shape(now), text(now)):
+            if left is not None and is_edited(left, now):
                 found[name] = left
         return found
 
@@ -283,7 +315,13 @@ class History:
         self.change("template", "process", self.chance.choice(TEMPLATES), "HOST/files/" + self.chance.choice(PLAIN))
 
     def roll_back(self):
-        self.change("rollback-config", *self.chance.choice(((), ("--force",), ("--keep-edits",))))
+        words = self.chance.choice(((), ("--force",), ("--keep-edits",)))
+        seen = self.world.look()
+        self.change("rollback-config", *words)
+        now = self.world.look()
+        for name in [f"files/{each}" for each in PLAIN if "--force" not in words]:
+            gone = hand_lines(seen[name]) - hand_lines(now[name])
+            self.require(not gone, f"{name}: the rollback took {gone}")
 
     def ship(self):
         self.steps.append("# a template is shipped anew")

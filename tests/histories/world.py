@@ -125,10 +125,16 @@ class World:
         return max([0] + [number for number, in self.query("SELECT number FROM pruned")])
 
     def known(self):
-        """What is known of each file but the status: path, what it is, by whom, which text, and from which it was made."""
-        return set(self.query("SELECT path, kind, roles, template, digest,"
+        """What is known of each file but the status: path, what it is, by whom, which text and mode, and from which it
+        was made."""
+        return set(self.query("SELECT path, kind, roles, template, digest, mode,"
                               " (SELECT texts.digest FROM texts WHERE texts.id = base) FROM known, states WHERE state = id"
                               " AND kind <> 5 AND present"))
+
+    def is_made_by(self, entry, name):
+        """Whether the entry has left it as a target or an edited file."""
+        return bool(self.query(f"SELECT 1 FROM files WHERE entry = {entry} AND path = '{self.path(name)}'"
+                               " AND kind IN (0, 1)"))
 
     def made(self):
         """The targets and edited files that are known: name, last entry, mode and size, and whether that is what the

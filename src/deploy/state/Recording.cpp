@@ -112,7 +112,7 @@ void Recording::Add(const ExpectedFile& file, const std::string& suffix) {
     if (known) {
         before.state.knowledge = known->state.knowledge;
         record.file.kindBefore = known->kind;
-        if (!HaveSameText(known->state, before.state)) record.file.leftBefore = known->state;
+        if (!HaveSameTextAndMode(known->state, before.state)) record.file.leftBefore = known->state;
         if (known->kind == FileKind::Target && file.kind == FileKind::Edit && !file.knowledge)
             record.file.kind = FileKind::Target;
     }

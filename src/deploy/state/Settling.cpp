@@ -39,7 +39,7 @@ void KeepLeft(const FileToRecord& planned, Settlement& settlement) {
 /// What somebody edited is known as the product's own from now on, unless it is known as it was left.
 bool IsKnownSo(const FileToRecord& planned) {
     const RecordedFile& file = planned.file;
-    return HaveSameText(file.leftBefore.value_or(file.before), planned.left.value_or(file.before));
+    return HaveSameTextAndMode(file.leftBefore.value_or(file.before), planned.left.value_or(file.before));
 }
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "deploy/targets/Render.h"
 #include "deploy/targets/TakeBack.h"
 #include "deploy/targets/TemplateFiles.h"
+#include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
 
@@ -52,7 +53,8 @@ void CommitRecord::Expect() {
     }
     for (const TakeBackStep& step : m_plan.TakenBack())
         if (step.action != TakeBackStep::Action::Nothing) m_recording.Expect(m_plan.Ways().Expected(step));
-    if (m_recording.IsEmpty()) return;
+    // The status tells who has committed: the first one of a role is a change.
+    if (m_recording.IsEmpty() && IsFileExist(m_product.State().Status(m_product.Role()))) return;
     ExpectUnchanged();
     for (const std::string& path : m_product.State().StatusesOf(m_product.Role()))
         m_recording.Expect({.path = path, .kind = FileKind::Status});
@@ -69,6 +71,17 @@ void CommitRecord::ExpectUnchanged() {
         file.base = BaseOf(planned);
         m_recording.Expect(file);
     }
+    for (const PlannedEdits* const planned : UnknownEdits())
+        m_recording.Expect(m_plan.Edits()->ExpectedUnchanged(*planned));
+}
+
+/// Those that hold their lines already, which nothing tells of.
+std::vector<const PlannedEdits*> CommitRecord::UnknownEdits() const {
+    std::vector<const PlannedEdits*> unknown;
+    if (m_plan.Edits() == nullptr) return unknown;
+    for (const PlannedEdits& planned : m_plan.Edits()->Files())
+        if (!planned.IsChange() && !m_plan.Edits()->IsKnown(planned)) unknown.push_back(&planned);
+    return unknown;
 }
 
 ExpectedFile CommitRecord::Expected(const PlannedTarget& planned) const {
@@ -108,6 +121,8 @@ void CommitRecord::RememberUnchanged() {
     std::vector<FileToRecord> files;
     for (const PlannedTarget& planned : m_plan.Targets())
         if (!planned.IsChange() && !IsKnown(planned)) files.push_back(Remembered(planned));
+    for (const PlannedEdits* const planned : UnknownEdits())
+        files.push_back(Remembered(m_plan.Edits()->ExpectedUnchanged(*planned)));
     if (!files.empty()) m_product.HostHistory().ToRecord().Remember(files);
 }
 
@@ -136,14 +151,23 @@ bool CommitRecord::IsKnown(const PlannedTarget& planned) const {
 }
 
 FileToRecord CommitRecord::Remembered(const PlannedTarget& planned) const {
-    CapturedFile now = Capture(planned.path, m_longest);
+    ExpectedFile expected;
+    expected.path = planned.path;
+    expected.kind = FileKind::Target;
+    expected.knowledge = KnowledgeOf(planned);
+    expected.base = BaseOf(planned);
+    return Remembered(expected);
+}
+
+FileToRecord CommitRecord::Remembered(const ExpectedFile& expected) const {
+    CapturedFile now = Capture(expected.path, m_longest);
     FileToRecord file;
-    file.file.path = m_product.HostPaths().NameInside(planned.path);
-    file.file.kind = FileKind::Target;
-    file.file.after = now.state;
-    file.file.after.knowledge = KnowledgeOf(planned);
-    file.textAfter = std::move(now.text);
-    file.base = BaseOf(planned);
+    file.file.path = m_product.HostPaths().NameInside(expected.path);
+    file.file.kind = expected.kind;
+    file.file.after = expected.left.value_or(now.state);
+    file.file.after.knowledge = *expected.knowledge;
+    if (!expected.left) file.textAfter = std::move(now.text);
+    file.base = expected.base;
     return file;
 }
 

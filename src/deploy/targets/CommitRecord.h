@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/Recording.h"
@@ -23,7 +24,8 @@ class CommitRecord {
     /// Before the first file is written.
     void Begin();
 
-    /// A target that is as it would be rendered is a committed one from now on. Where others were changed,
+    /// A target that is as it would be rendered is a committed one from now on, and so are lines that are set
+    /// already. Where others were changed,
     /// the entry says so. To be called before there is a status: one without a target would never go.
     void RememberUnchanged();
 
@@ -42,6 +44,8 @@ class CommitRecord {
     bool IsKnown(const PlannedTarget& planned) const;
     void RememberShipped();
     FileToRecord Remembered(const PlannedTarget& planned) const;
+    FileToRecord Remembered(const ExpectedFile& expected) const;
+    std::vector<const PlannedEdits*> UnknownEdits() const;
 
     Deployment& m_product;
     const CommitPlan& m_plan;

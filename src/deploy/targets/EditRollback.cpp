@@ -1,6 +1,11 @@
 #include "deploy/targets/EditRollback.h"
 
+#include <algorithm>
+#include <set>
+
 #include "deploy/host/Failure.h"
+#include "deploy/state/Writers.h"
+#include "deploy/targets/LinesInPlace.h"
 #include "text/WithoutBlocks.h"
 #include "text/repair/TextToEdit.h"
 
@@ -19,24 +24,101 @@ void RequireSound(const std::string& path, const std::string& text) {
                    .remedy = "\"doctor " + path + "\" tells a repair"});
 }
 
+/// Who goes back needs no history, unless it has to tell what the other role has committed.
+std::vector<RememberedLine> RememberedOf(Deployment& product, const KnownFile* known, bool isForced) {
+    if (known == nullptr || !known->state.knowledge.base) return {};
+    Store* const store = product.HostHistory().ToLookIfUsable();
+    if (store == nullptr) return {};
+    try {
+        return RememberedIn(store->Text(*known->state.knowledge.base));
+    } catch (const Failure& failure) {
+        if (!isForced && IsFileExist(product.State().Status(OtherRole(product.Role())))) throw;
+        product.HostHistory().TellUnusable(failure);
+        return {};
+    }
+}
+
+/// What the commits of each role have set in the file.
+struct LinesOfRoles {
+    std::vector<RememberedLine> own{};
+    std::vector<RememberedLine> others{};
+};
+
+LinesOfRoles SetByRoles(Deployment& product, const KnownFile* known, bool isForced) {
+    LinesOfRoles lines;
+    for (RememberedLine& line : RememberedOf(product, known, isForced))
+        (line.role == product.Role() ? lines.own : lines.others).push_back(std::move(line));
+    return lines;
+}
+
+bool Has(const std::vector<RememberedLine>& lines, std::string_view text) {
+    return std::any_of(lines.begin(), lines.end(),
+                       [&](const RememberedLine& line) { return line.line == text; });
+}
+
+/// The text without blocks but those of the other role. Where a hand has changed one of these, every block
+/// may be it that this role has not set.
+std::string WithoutOwnBlocks(const LinesOfRoles& lines, const std::string& text) {
+    if (lines.others.empty()) return Text::WithoutBlocks(text);
+    const std::set<std::string> blocks = BlockLinesOf(text);
+    const bool areAllThere =
+        std::all_of(lines.others.begin(), lines.others.end(),
+                    [&](const RememberedLine& line) { return blocks.contains(line.line); });
+    return Text::WithoutBlocksOf(text, [&](std::string_view line) {
+        return !Has(lines.others, line) && (areAllThere || Has(lines.own, line));
+    });
+}
+
+/// Whether nothing but the product's work is lost when the reserve comes back. Where nobody can tell who
+/// wrote the file in between, the rest of it has to be the reserve.
+bool IsProductsAlone(Deployment& product, const KnownFile* known, const WrittenFile& file,
+                     const std::string& rest) {
+    const Writers writers =
+        known == nullptr ? Writers::NotKept : WritersSince(file.Reserve(), *known, product);
+    if (writers != Writers::NotKept) return writers == Writers::ProductAlone;
+    return StateOf(file.path).mode == StateOf(file.Reserve()).mode && ReadFileBytes(file.Reserve()) == rest;
+}
+
 }  // namespace
 
-EditToTakeBack LookAtEdit(const KnownFiles& known, const WrittenFile& file, bool isForced) {
+EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const WrittenFile& file,
+                          bool isForced) {
+    const KnownFile* const record = known.Find(file.path);
+    const LinesOfRoles lines = SetByRoles(product, record, isForced);
+    EditToTakeBack edit;
+    edit.others = lines.others;
+    edit.isOfBoth = !lines.own.empty() && !lines.others.empty();
     const FileState now = StateOf(file.path);
     if (!now.exists) {
         const bool isLeft = file.IsLeft();
-        return {isLeft ? Way::Reserve : Way::Forget, isLeft ? "" : "is not there", ""};
+        edit.way = isLeft ? Way::Reserve : Way::Forget;
+        if (!edit.others.empty()) edit.way = Way::LeaveToOtherRole;
+        if (!isLeft) edit.remark = "is not there";
+        return edit;
     }
-    if (!now.IsRegular()) return {Way::Keep, "is no regular file, stays as it is", ""};
+    if (!now.IsRegular()) return {Way::Keep, "is no regular file, stays as it is"};
     const bool isAsLeft = known.IsAsLeft(file.path);
-    if ((isAsLeft || isForced) && IsFileExist(file.Reserve())) return {Way::Reserve, "", ""};
     const std::string text = ReadFileBytes(file.path);
+    const bool mayGoBack = edit.others.empty() && IsFileExist(file.Reserve());
+    if (mayGoBack && isForced) return {Way::Reserve};
     RequireSound(file.path, text);
-    std::string rest = Text::WithoutBlocks(text);
-    if (rest != text)
-        return {Way::Blocks, "the managed blocks are taken out, all other lines stay", std::move(rest)};
-    if (isAsLeft) return {Way::Keep, "was edited without markers and has no reserve, stays as it is", ""};
-    return {Way::Forget, "holds no managed block any more, stays as it is", ""};
+    edit.text = WithoutOwnBlocks(lines, text);
+    if (mayGoBack && (isAsLeft || record == nullptr) && IsProductsAlone(product, record, file, edit.text))
+        return {Way::Reserve};
+    if (edit.text != text) {
+        edit.way = Way::Blocks;
+        edit.remark = "the managed blocks are taken out, all other lines stay";
+    } else if (!edit.others.empty()) {
+        edit.way = Way::LeaveToOtherRole;
+    } else if (isAsLeft) {
+        edit.way = Way::Keep;
+        edit.remark = IsFileExist(file.Reserve())
+                          ? "was edited without markers, and may hold what others wrote, stays as it is"
+                          : "was edited without markers and has no reserve, stays as it is";
+    } else {
+        edit.remark = "holds no managed block any more, stays as it is";
+    }
+    return edit;
 }
 
 }  // namespace ZET::Deploy

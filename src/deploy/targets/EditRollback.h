@@ -2,8 +2,10 @@
 #define ZET_EDIT_ROLLBACK_H
 
 #include <string>
+#include <vector>
 
 #include "deploy/state/KnownFiles.h"
+#include "deploy/targets/ListedLines.h"
 #include "deploy/targets/WrittenFile.h"
 
 namespace ZET::Deploy {
@@ -14,16 +16,20 @@ struct EditToTakeBack {
         Reserve,  ///< nobody else has a hand in the file, or it is gone: it goes back as a target does
         Blocks,   ///< the product's blocks go, and all other lines stay
         Forget,   ///< nothing of the product's is left in it
-        Keep      ///< nobody can tell what the product's is
+        Keep,     ///< nobody can tell what the product's is
+        LeaveToOtherRole
     };
 
     Way way = Way::Forget;
-    std::string remark;
-    std::string text;  ///< what is left without the blocks
+    std::string remark{};
+    std::string text{};                    ///< what is left without the blocks
+    std::vector<RememberedLine> others{};  ///< lines that the other role has set there, and that stay
+    bool isOfBoth = false;                 ///< both roles have set lines there
 };
 
 /// Damaged markers, and what cannot be read, are a `Failure`.
-EditToTakeBack LookAtEdit(const KnownFiles& known, const WrittenFile& file, bool isForced);
+EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const WrittenFile& file,
+                          bool isForced);
 
 }  // namespace ZET::Deploy
 

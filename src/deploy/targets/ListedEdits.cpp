@@ -49,7 +49,7 @@ int NumberOf(const LineToSet& line, const std::vector<LineInPlace>& places, IZET
 }  // namespace
 
 ListedEdits::ListedEdits(Deployment& product, const KnownFiles& known, const Staging& staging, OnEdit onEdit)
-    : m_product(product), m_onEdit(onEdit), m_cutShort(FilesOfCutShort(product)) {
+    : m_product(product), m_known(known), m_onEdit(onEdit), m_cutShort(FilesOfCutShort(product)) {
     ListedLines found = FindListedLines(product, known, staging);
     m_problems = std::move(found.problems);
     for (FileWithLines& file : found.files) {
@@ -241,6 +241,29 @@ ExpectedFile ListedEdits::Expected(const PlannedEdits& planned) const {
     file.after->SetText(ReadFileBytes(planned.staged));
     file.base = TextOf(ToRemember(planned.file));
     file.wasEdited = planned.isEdited;
+    return file;
+}
+
+bool ListedEdits::IsKnown(const PlannedEdits& planned) const {
+    const KnownFile* const known = m_known.Find(planned.file.path);
+    if (known == nullptr || known->kind != FileKind::Edit) return false;
+    const std::vector<RememberedLine>& remembered = planned.file.remembered;
+    const std::vector<RememberedLine> wanted = ToRemember(planned.file);
+    return std::all_of(wanted.begin(), wanted.end(), [&](const RememberedLine& line) {
+        return std::find(remembered.begin(), remembered.end(), line) != remembered.end();
+    });
+}
+
+ExpectedFile ListedEdits::ExpectedUnchanged(const PlannedEdits& planned) const {
+    ExpectedFile file;
+    file.path = planned.file.path;
+    file.kind = FileKind::Edit;
+    file.base = TextOf(ToRemember(planned.file));
+    file.knowledge.emplace();
+    const KnownFile* const known = m_known.Find(file.path);
+    if (known == nullptr) return file;
+    file.knowledge = known->state.knowledge;
+    file.left = known->state;  // what somebody made of it since is not the product's
     return file;
 }
 

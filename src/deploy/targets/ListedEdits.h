@@ -42,6 +42,12 @@ class ListedEdits {
     const std::vector<std::string>& Emptied() const { return m_emptied; }
 
     ExpectedFile Expected(const PlannedEdits& planned) const;
+
+    /// Whether it is remembered that the role has set the lines.
+    bool IsKnown(const PlannedEdits& planned) const;
+
+    /// One that holds the lines already.
+    ExpectedFile ExpectedUnchanged(const PlannedEdits& planned) const;
     FileOutcome OutcomeOf(const PlannedEdits& planned) const;
 
     /// What was written since the plan was made, and what comes out otherwise, is a `Failure`.
@@ -61,6 +67,7 @@ class ListedEdits {
     void Add(const LineToSet& line, const std::string& text, const std::string& remedy);
 
     Deployment& m_product;
+    const KnownFiles& m_known;
     const OnEdit m_onEdit;
     const std::set<std::string> m_cutShort;
     std::optional<ClaimedFiles> m_claimed;  ///< from the first file on

@@ -27,6 +27,8 @@ struct RememberedLine {
     Role role = Role::Client;
     std::string selector;
     std::string line;
+
+    bool operator==(const RememberedLine&) const = default;
 };
 
 /// How an edit selects its line, for what is remembered of it.

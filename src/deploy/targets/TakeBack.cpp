@@ -58,12 +58,11 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
     if (now.IsRegular()) RequireReadableFile(file.path);
     if (now.exists && !m_ways.isForced && !IsOwnWork(file)) {
         KeepEdited(step);
-    } else if (m_known.IsUnusable() && file.isOfBoth && !m_ways.isForced) {
+    } else if (!m_ways.isForced && MayBeOthers(file)) {
         KeepOthers(step);
     } else if (m_known.Has(file.path, m_otherRole)) {
         step.action = Action::LeaveToOtherRole;
-        step.Tell(Result::Kept,
-                  std::string("stays for the role ") + NameOf(m_otherRole) + ", which has committed it");
+        TellOfOtherRole(step);
     } else {
         DecidePutBack(step, now, reserve);
     }
@@ -71,7 +70,12 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
 
 /// False when the file goes back to its reserve, as a target does.
 bool TakeBack::DecideEdit(TakeBackStep& step) {
-    EditToTakeBack edit = LookAtEdit(m_known, step.file, m_ways.isForced);
+    if (!m_ways.isForced && m_known.Find(step.file.path) == nullptr && MayBeOthers(step.file)) {
+        KeepOthers(step);
+        return true;
+    }
+    EditToTakeBack edit = LookAtEdit(m_product, m_known, step.file, m_ways.isForced);
+    if (!edit.others.empty()) step.others = TextOf(edit.others);
     switch (edit.way) {
         case EditToTakeBack::Way::Reserve:
             return false;
@@ -81,6 +85,10 @@ bool TakeBack::DecideEdit(TakeBackStep& step) {
         case EditToTakeBack::Way::Forget:
             step.action = Action::LeaveToOtherRole;
             step.Tell(Result::Unchanged, edit.remark);
+            break;
+        case EditToTakeBack::Way::LeaveToOtherRole:
+            if (edit.isOfBoth) step.action = Action::LeaveToOtherRole;
+            TellOfOtherRole(step);
             break;
         case EditToTakeBack::Way::Blocks:
             DecideBlocks(step, std::move(edit.text), edit.remark);
@@ -127,6 +135,15 @@ void TakeBack::KeepEdited(TakeBackStep& step) const {
     Keep(step, remark);
 }
 
+void TakeBack::TellOfOtherRole(TakeBackStep& step) const {
+    step.Tell(Result::Kept,
+              std::string("stays for the role ") + NameOf(m_otherRole) + ", which has committed it");
+}
+
+bool TakeBack::MayBeOthers(const WrittenFile& file) const {
+    return m_known.IsUnusable() && file.isOfBoth && IsFileExist(m_product.State().Status(m_otherRole));
+}
+
 /// Without the history, nobody can tell.
 void TakeBack::KeepOthers(TakeBackStep& step) const {
     const std::string remark = std::string("may have been committed by the role ") + NameOf(m_otherRole) +
@@ -136,9 +153,9 @@ void TakeBack::KeepOthers(TakeBackStep& step) const {
 }
 
 /// Whether nothing but the product's work is lost when the file is replaced: it is what the product wrote, or
-/// what was there before, where a run was cut short in between.
+/// what was there before, where a run was cut short in between. Of an edit in place, that is known by then.
 bool TakeBack::IsOwnWork(const WrittenFile& file) {
-    if (m_known.IsAsLeft(file.path)) return true;
+    if (file.isEdit || m_known.IsAsLeft(file.path)) return true;
     if (!StateOf(file.path).IsRegular()) return false;
     if (IsFileExist(file.Reserve()) && HaveSameModeAndBytes(file.path, file.Reserve())) return true;
     if (file.templateName.empty()) return false;
@@ -180,12 +197,16 @@ ExpectedFile TakeBack::Expected(const TakeBackStep& step) const {
     if (const KnownFile* const known = m_known.Find(file.path)) file.knowledge = known->state.knowledge;
     if (file.knowledge) file.knowledge->roles.erase(m_product.Role());
     const std::uint64_t longest = m_product.HostHistory().Limits().largestText;
+    if (step.others) {
+        file.kind = FileKind::Edit;
+        file.base = step.others;
+    }
     if (step.action == Action::LeaveToOtherRole) {
         // What somebody else makes of it meanwhile is not the product's work.
         file.after = Capture(file.path, longest);
         const KnownFile* const known = m_known.Find(file.path);
-        if (!m_known.Has(file.path, m_otherRole)) return file;
-        file.kind = FileKind::Target;
+        if (!step.others && !m_known.Has(file.path, m_otherRole)) return file;
+        if (!step.others) file.kind = FileKind::Target;
         // Somebody may have edited it since.
         file.left = known->state;
         return file;

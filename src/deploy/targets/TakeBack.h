@@ -24,8 +24,9 @@ struct TakeBackStep {
     Action action = Action::Nothing;
     FileVersion version{};  ///< before it was looked at
     bool hasReserve = false;
-    bool isKept = false;  ///< it should have gone back, and stays
-    std::string text{};   ///< what is left without the blocks
+    bool isKept = false;                  ///< it should have gone back, and stays
+    std::string text{};                   ///< what is left without the blocks
+    std::optional<std::string> others{};  ///< lines that the other role has set there, as they are remembered
 
     bool IsChange() const { return action != Action::Nothing && action != Action::LeaveToOtherRole; }
 
@@ -60,6 +61,8 @@ class TakeBack {
     void DecideBlocks(TakeBackStep& step, std::string text, const std::string& remark);
     void DecidePutBack(TakeBackStep& step, const FileState& now, const FileState& reserve) const;
     void KeepEdited(TakeBackStep& step) const;
+    void TellOfOtherRole(TakeBackStep& step) const;
+    bool MayBeOthers(const WrittenFile& file) const;
     void KeepOthers(TakeBackStep& step) const;
     void TakeOutBlocks(const TakeBackStep& step) const;
     ShownDiff DiffOf(const WrittenFile& file, const FileState& now, const FileState& reserve) const;

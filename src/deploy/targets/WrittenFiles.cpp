@@ -1,9 +1,12 @@
 #include "deploy/targets/WrittenFiles.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
+#include <set>
 #include <utility>
 
+#include "deploy/targets/LinesInPlace.h"
 #include "deploy/targets/Targets.h"
 
 namespace ZET::Deploy {
@@ -94,12 +97,50 @@ WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known) {
     return written;
 }
 
+/// The files in which the lists ask for lines, in force or not, with the roles that they ask for.
+static std::map<std::string, std::set<Role>> RolesOfListedFiles(Deployment& product) {
+    std::map<std::string, std::set<Role>> roles;
+    if (!product.Lists().IsUsable()) return roles;
+    for (const ListedEdit& edit : product.Lists().Targets().edits) {
+        try {
+            if (edit.path.empty()) continue;
+            roles[product.HostPaths().WithRealDirectory(product.FilePath(edit.path))].insert(
+                edit.roles.begin(), edit.roles.end());
+        } catch (const Interrupted&) {
+            throw;
+        } catch (const Failure&) {
+            continue;  // what is at no path was not written
+        }
+    }
+    return roles;
+}
+
+/// Beside a reserve, the blocks of a file are the product's, whatever became of the history. What cannot be
+/// read is told by who decides of it.
+static bool HoldsEdits(const WrittenFile& file) {
+    if (!IsFileExist(file.Reserve()) || !StateOf(file.path).IsRegular()) return false;
+    try {
+        return !BlockLinesOf(ReadFileBytes(file.path)).empty();
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure&) {
+        return true;
+    }
+}
+
 std::vector<WrittenFile> FindEditedFiles(Deployment& product, const KnownFiles& known) {
+    std::map<std::string, std::set<Role>> listed = RolesOfListedFiles(product);
+    std::set<std::string> paths;
+    for (const auto& [path, roles] : listed)
+        if (roles.contains(product.Role()) && known.Find(path) == nullptr) paths.insert(path);
+    for (const std::string& path : known.EditedPaths())
+        paths.insert(path);
     std::vector<WrittenFile> files;
-    for (const std::string& path : known.EditedPaths()) {
+    for (const std::string& path : paths) {
         std::optional<WrittenFile> file = WrittenByRecord(product, path);
-        if (!file) continue;
+        if (!file || (known.Find(path) == nullptr && !HoldsEdits(*file))) continue;
         file->isEdit = true;
+        file->isOfBoth = listed[path].contains(OtherRole(product.Role()));
         files.push_back(std::move(*file));
     }
     return files;

@@ -7,9 +7,8 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Staging.h"
-#include "deploy/state/MergedFile.h"
-#include "deploy/state/store/Digest.h"
 #include "deploy/targets/ShownDiff.h"
+#include "deploy/undo/MergeBack.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -65,6 +64,8 @@ std::vector<Problem> FileToPutBack::Look(const Writing& writing, OthersWork othe
     try {
         Capture();
         if (m_change.file) LookAt(*m_change.file, "", m_now.file, m_wanted.file);
+        m_leavesNewerWork = LeavesNewerWork();
+        if (m_leavesNewerWork) m_change.reserve = m_change.absence = std::nullopt;
         if (m_change.reserve) LookAt(*m_change.reserve, ZETReserveSuffix, m_now.reserve, m_wanted.reserve);
         if (m_change.absence) LookAt(*m_change.absence, ZETAbsenceSuffix, m_now.absence, m_wanted.absence);
         if (m_isKept) m_wanted = {};
@@ -107,8 +108,9 @@ void FileToPutBack::LookAt(const RecordedFile& row, const char* suffix, std::opt
     const bool isWritten = m_change.isWritten || &now != &m_now.file;
     wanted = isWritten ? CapturedFile{row.before, ""} : now;
     if (!isWritten) return;
+    const bool isOthersBetween = &now == &m_now.file && !m_change.between.empty();
     // A later commit that changes nothing else writes the time of the commit anew.
-    const bool isAsLeft = now->IsAs(row.after) || row.kind == FileKind::Status;
+    const bool isAsLeft = (now->IsAs(row.after) && !isOthersBetween) || row.kind == FileKind::Status;
     if (isAsLeft || now->IsAs(row.before)) return;
     m_isOthersWork = true;
     LookAtOthersWork(row, m_path + suffix, *now, *wanted);
@@ -118,8 +120,7 @@ void FileToPutBack::LookAtOthersWork(const RecordedFile& row, const std::string&
                                      const CapturedFile& now, CapturedFile& wanted) {
     switch (m_others) {
         case OthersWork::IsRefused:
-            return Refuse(path, DifferenceBetween(now.state, row.after) + ": " + NotAsLeftBy(m_change.newest),
-                          kWays);
+            return RefuseOthersWork(row, path, now);
         case OthersWork::IsMerged:
             if (m_change.isUntouched) {
                 m_isKept = true;
@@ -136,19 +137,29 @@ void FileToPutBack::LookAtOthersWork(const RecordedFile& row, const std::string&
     }
 }
 
+void FileToPutBack::RefuseOthersWork(const RecordedFile& row, const std::string& path,
+                                     const CapturedFile& now) {
+    if (now.IsAs(row.after)) {
+        const std::string entry = std::to_string(m_change.between.front().entry);
+        return Refuse(path, "was edited before entry " + entry + " wrote it", kWays);
+    }
+    Refuse(path, DifferenceBetween(now.state, row.after) + ": " + NotAsLeftBy(m_change.newest), kWays);
+}
+
 void FileToPutBack::MergeInto(CapturedFile& wanted, const RecordedFile& row, const CapturedFile& now) {
-    if (!HasText(now) || !row.after.text || !row.before.text)
-        return Refuse(m_path, "cannot be merged, as not all of its texts are kept", kWays);
     Store& store = *m_product.HostHistory().ToLook();
-    const std::string former = store.Text(*row.before.text);
-    const MergedFile merged = MergeFile({now.text, store.Text(*row.after.text), former}, {m_path, kWays});
-    m_problems.insert(m_problems.end(), merged.conflicts.begin(), merged.conflicts.end());
-    wanted.text = merged.text;
-    wanted.state = MergedAttributes(now.state, row.after, row.before);
-    wanted.state.text.reset();
-    wanted.state.size = wanted.text.size();
-    wanted.state.digest = DigestOf(wanted.text);
-    if (!row.before.knowledge.base && !row.before.knowledge.templateName.empty()) m_base = former;
+    MergedBack merged = MergeBack(store, m_change, now, {m_path, kWays}, LeavesNewerWork());
+    m_problems.insert(m_problems.end(), merged.problems.begin(), merged.problems.end());
+    wanted = std::move(merged.file);
+    if (m_problems.empty() && !row.before.knowledge.base && !row.before.knowledge.templateName.empty())
+        m_base = store.Text(*row.before.text);
+}
+
+/// What would be forgotten otherwise, or known as it was before that work.
+bool FileToPutBack::LeavesNewerWork() const {
+    if (!m_change.file || !IsMerge() || !m_known || m_known->entry <= m_change.newest) return false;
+    return m_known->kind != FileKind::Status &&
+           (m_change.file->kindBefore == FileKind::Original || m_known->kind == FileKind::Edit);
 }
 
 void FileToPutBack::LoadTexts() {
@@ -199,6 +210,7 @@ bool FileToPutBack::IsChange() const {
 
 /// What an entry that is newer than these knows of a file that is back already, holds.
 bool FileToPutBack::IsKnownByNewer() const {
+    if (m_leavesNewerWork) return true;
     return m_known && m_known->entry > m_change.newest && !Differs(m_now.file, m_wanted.file);
 }
 
@@ -213,6 +225,8 @@ FileKind FileToPutBack::KindAfter() const {
 
 std::optional<RecordedState> FileToPutBack::LeftThen() const {
     if (KindAfter() == FileKind::Original) return std::nullopt;
+    // Where nobody else wrote the file since, what is left of it is the product's.
+    if (m_leavesNewerWork && m_now.file->IsAs(m_known->state)) return std::nullopt;
     if (IsKnownByNewer()) return m_known->state;
     // Who changes what is known of a file alone, leaves what a hand made of it since an edit.
     if (!m_change.isWritten && !m_change.file->leftBefore) return m_change.file->before;

@@ -52,7 +52,9 @@ class FileToPutBack {
     void Refuse(const std::string& path, const std::string& text, const std::string& remedy);
     void LookAtOthersWork(const RecordedFile& row, const std::string& path, const CapturedFile& now,
                           CapturedFile& wanted);
+    void RefuseOthersWork(const RecordedFile& row, const std::string& path, const CapturedFile& now);
     void MergeInto(CapturedFile& wanted, const RecordedFile& row, const CapturedFile& now);
+    bool LeavesNewerWork() const;
     void LoadTexts();
     void LoadText(std::optional<CapturedFile>& wanted, const char* suffix);
     void RequireGivable();
@@ -80,6 +82,7 @@ class FileToPutBack {
     std::optional<std::string> m_base;  ///< of a merge
     bool m_isOthersWork = false;
     bool m_isKept = false;
+    bool m_leavesNewerWork = false;  ///< a merge does, which newer entries have put there
     std::vector<Problem> m_problems;
 };
 

@@ -21,6 +21,15 @@ void Precede(std::optional<RecordedFile>& newer, const RecordedFile& older) {
     newer->leftBefore = older.leftBefore;
 }
 
+/// Others' work between what an older entry left and what the oldest of these found. Owner and attributes
+/// alone are nobody's work.
+void NoteWorkBetween(RecordedChange& change, const RecordedState& left) {
+    const RecordedState& found = change.file->before;
+    if (HaveSameTextAndMode(left, found)) return;
+    change.between.push_back({left, found, change.oldest});
+    change.isWritten = true;
+}
+
 std::string WithoutSuffix(const std::string& path, std::string_view suffix) {
     return path.substr(0, path.size() - suffix.size());
 }
@@ -39,8 +48,23 @@ void RecordedChanges::Add(const RecordedEntry& entry, const std::vector<Recorded
         change.newest = std::max(change.newest, entry.number);
         const bool isWritten = !CapturedFile{file.before, ""}.IsAs(file.after);
         change.isWritten = change.isWritten || (isWritten && !isReserve && !isAbsence);
+        if (!isReserve && !isAbsence) {
+            const bool isTold = file.kind != FileKind::Status && file.IsPlanned();
+            if (change.file && isTold) NoteWorkBetween(change, file.after);
+            change.oldest = entry.number;
+        }
         Precede(isReserve ? change.reserve : isAbsence ? change.absence : change.file, file);
     }
+}
+
+void RecordedChanges::AddLeft(RecordedChange& change, const RecordedState& left) {
+    RecordedFile& file = *change.file;
+    NoteWorkBetween(change, left);
+    if (HaveSameTextAndMode(left, file.before)) return;
+    const Knowledge knowledge = file.before.knowledge;
+    file.before = left;
+    file.before.knowledge = knowledge;
+    if (file.leftBefore && HaveSameTextAndMode(*file.leftBefore, left)) file.leftBefore.reset();
 }
 
 void RecordedChanges::AddUntouched(std::int64_t entry, const RecordedFile& file) {
@@ -59,7 +83,7 @@ bool RecordedChanges::HasFile(const std::string& name) const {
 RecordedChange& RecordedChanges::Of(const std::string& name) {
     RecordedChange*& change = m_byName[name];
     if (change == nullptr) {
-        m_changes.push_back({name, {}, {}, {}, {}, 0, false, false});
+        m_changes.push_back({.name = name});
         change = &m_changes.back();
     }
     return *change;

@@ -13,17 +13,26 @@
 
 namespace ZET::Deploy {
 
+/// Somebody else wrote a file between two entries.
+struct WorkBetween {
+    RecordedState left;      ///< by the older of them
+    RecordedState found;     ///< by the newer
+    std::int64_t entry = 0;  ///< the newer
+};
+
 /// What entries did to one file and to what stands beside it: from what it was before the oldest of them to
 /// what the newest left.
 struct RecordedChange {
     std::string name;  ///< of the file, inside the root
-    std::optional<RecordedFile> file;
-    std::optional<RecordedFile> reserve;
-    std::optional<RecordedFile> absence;
-    std::set<Role> roles;      ///< whose commands did it
+    std::optional<RecordedFile> file{};
+    std::optional<RecordedFile> reserve{};
+    std::optional<RecordedFile> absence{};
+    std::set<Role> roles{};    ///< whose commands did it
     std::int64_t newest = 0;   ///< the last of the entries
+    std::int64_t oldest = 0;   ///< the first that has the file itself
     bool isWritten = false;    ///< the file itself was; else only something else is known of it
     bool isUntouched = false;  ///< by the entries: what is to be taken back is somebody else's work alone
+    std::vector<WorkBetween> between{};  ///< from the newest to the oldest
 };
 
 /// What one entry did, or several.
@@ -31,6 +40,12 @@ class RecordedChanges {
   public:
     /// From the newest entry to the oldest.
     void Add(const RecordedEntry& entry, const std::vector<RecordedFile>& files);
+
+    /// What that earlier one left is what comes back, and not what somebody made of it until the first of
+    /// them.
+    void AddLeft(RecordedChange& change, const RecordedState& left);
+
+    std::list<RecordedChange>& All() { return m_changes; }
 
     /// A file that none of them wrote, as that earlier entry left it.
     void AddUntouched(std::int64_t entry, const RecordedFile& file);

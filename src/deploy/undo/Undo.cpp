@@ -247,13 +247,24 @@ RecordedFile WithoutChange(const KnownFile& known, const RecordedState& left) {
     row.kind = row.kindBefore = known.kind;
     row.before = row.after = left;
     row.before.knowledge = row.after.knowledge = known.state.knowledge;
-    if (!HaveSameText(left, known.state)) row.leftBefore = known.state;
+    if (!HaveSameTextAndMode(left, known.state)) row.leftBefore = known.state;
     return row;
 }
 
 /// Working copies and the main file are the administrator's to edit; what is made from them is not.
 bool IsMadeByEntries(FileKind kind) {
     return kind == FileKind::Target || kind == FileKind::Edit;
+}
+
+/// What the last entry up to that number left of what later ones touched is how it was then, whatever
+/// somebody made of it before they came.
+void AddWorkBefore(Store& store, std::int64_t number, RecordedChanges& changes) {
+    for (RecordedChange& change : changes.All()) {
+        if (!change.file) continue;
+        const std::vector<RecordedFile> former = store.ChangesOf(change.name, number);
+        if (!former.empty() && IsMadeByEntries(former.front().kind))
+            changes.AddLeft(change, former.front().after);
+    }
 }
 
 /// What no later entry has touched is not as it was all the same where somebody wrote it since.
@@ -317,6 +328,7 @@ UndoResult RollBackTo(Deployment& product, std::int64_t entry, const RollBackToO
     UndoResult result;
     result.undone = entry;
     RecordedChanges changes = ChangesSince(store, entry);
+    AddWorkBefore(store, entry, changes);
     AddOthersWork(product, store, changes);
     WayBack(product, writing, others).Go(std::move(changes), result);
     return result;

@@ -57,6 +57,11 @@ inline bool HaveSameText(const RecordedState& one, const RecordedState& other) {
     return one.exists == other.exists && one.size == other.size && one.digest == other.digest;
 }
 
+/// The same, of its mode, too: who changes only that, has edited it.
+inline bool HaveSameTextAndMode(const RecordedState& one, const RecordedState& other) {
+    return HaveSameText(one, other) && (!one.exists || one.mode == other.mode);
+}
+
 /// What the product has to do with a file.
 enum class FileKind {
     Target,

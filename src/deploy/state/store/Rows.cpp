@@ -257,9 +257,9 @@ constexpr const char* kFilesOfEntry =
     "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
     " FROM files WHERE entry = ? ORDER BY id";
 
-std::vector<RecordedFile> FilesAt(Database& database, std::int64_t entry) {
+static std::vector<RecordedFile> FilesIn(Database& database, const char* statement, const RowValues& values) {
     std::vector<RecordedFile> files;
-    Database::Rows rows(database, kFilesOfEntry, {entry});
+    Database::Rows rows(database, statement, values);
     while (rows.Next()) {
         RowReader row(Opened(rows, 8));
         row.Number();
@@ -274,6 +274,18 @@ std::vector<RecordedFile> FilesAt(Database& database, std::int64_t entry) {
         files.push_back(std::move(file));
     }
     return files;
+}
+
+std::vector<RecordedFile> FilesAt(Database& database, std::int64_t entry) {
+    return FilesIn(database, kFilesOfEntry, {entry});
+}
+
+std::vector<RecordedFile> ChangesAt(Database& database, const std::string& path,
+                                    std::optional<std::int64_t> last) {
+    return FilesIn(database,
+                   "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
+                   " FROM files WHERE path = ?1 AND (?2 IS NULL OR entry <= ?2) ORDER BY entry DESC, id DESC",
+                   {path, OptionalValue(last)});
 }
 
 bool IsOfProduct(FileKind kind) {

@@ -33,6 +33,10 @@ std::optional<RecordedEntry> EntryAt(Database& database, std::int64_t number);
 void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file);
 std::vector<RecordedFile> FilesAt(Database& database, std::int64_t entry);
 
+/// Of one file, from the newest entry, up to the last if there is one, to the oldest.
+std::vector<RecordedFile> ChangesAt(Database& database, const std::string& path,
+                                    std::optional<std::int64_t> last);
+
 /// The same files as the entry left them; of one that the product has nothing to do with any more, only the
 /// name and the kind.
 std::vector<KnownFile> FilesLeftBy(Database& database, std::int64_t entry);

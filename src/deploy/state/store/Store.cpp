@@ -229,6 +229,10 @@ std::vector<RecordedFile> Store::FilesOf(std::int64_t number) {
     return Guarded([&] { return FilesAt(*m_database, number); });
 }
 
+std::vector<RecordedFile> Store::ChangesOf(const std::string& path, std::optional<std::int64_t> last) {
+    return Guarded([&] { return ChangesAt(*m_database, path, last); });
+}
+
 std::optional<KnownFile> Store::Known(const std::string& path) {
     return Guarded([&] { return KnownAt(*m_database, path); });
 }

@@ -69,6 +69,10 @@ class Store {
     std::optional<RecordedEntry> Find(std::int64_t number);
     std::vector<RecordedFile> FilesOf(std::int64_t number);
 
+    /// What the entries up to `last`, all unless said, did to one file, from the newest to the oldest.
+    std::vector<RecordedFile> ChangesOf(const std::string& path,
+                                        std::optional<std::int64_t> last = std::nullopt);
+
     /// The newest entry that is no longer kept, since there are many; 0: all are. Older ones may be kept, but
     /// not all of them.
     std::int64_t LastPruned();

@@ -1,0 +1,24 @@
+#ifndef ZET_WRITERS_H
+#define ZET_WRITERS_H
+
+#include <string>
+
+#include "deploy/state/Host.h"
+#include "deploy/state/store/Records.h"
+
+namespace ZET::Deploy {
+
+/// Who wrote a file between its reserve and what the product left last.
+enum class Writers {
+    ProductAlone,
+    OthersToo,
+    NotKept  ///< in the history, so that nobody can tell
+};
+
+/// A history that cannot be used is told. As the entries tell it: each begins with what the one before it
+/// left, unless somebody wrote in between.
+Writers WritersSince(const std::string& reserve, const KnownFile& known, Host& host);
+
+}  // namespace ZET::Deploy
+
+#endif
