@@ -102,7 +102,7 @@ _zet() {
         template) words='list status diff install process upgrade' ;;
         param) words='get set unset restore' ;;
         line) words='get set restore' ;;
-        file) words='strip reserve restore forget' ;;
+        file) words='strip reserve restore forget list' ;;
         option) words='get set list' ;;
         'template install') options+=' --force' words=$(_zet_templates) ;;
         'template status' | 'template diff' | 'template upgrade') words=$(_zet_templates) ;;
@@ -115,6 +115,7 @@ _zet() {
         'line restore') options+=' --section --no-section --all-blocks --force --no-markers --no-backup' ;;
         'file strip') options+=' --force --no-backup' ;;
         'file forget') options+=' --force' ;;
+        'file list') options+=' --null' ;;
         history)
             options+=' -N --count' files=-f
             [[ $arguments -ne 0 ]] || words='show diff export erase'
@@ -124,6 +125,7 @@ _zet() {
         help) words=$commands ;;
     esac
     case "$command $arguments" in
+        'file list '*) words='' ;;
         'param '*' 0' | 'line '*' 0' | 'file '*' 0' | 'explain 0' | 'doctor 0' | 'adopt 0') files=-f ;;
         'history show 0' | 'history diff 0') words=$(_zet_changes) ;;
         'history diff 1') words=$(_zet_changes) files=-f ;;

@@ -194,6 +194,7 @@ function __zet_argument
                 case 2
                     test $words[2] = diff; and __zet_files
             end
+        case 'file list'
         case 'history erase' 'line *' 'file *' explain doctor adopt
             test $arguments -eq 0; and __zet_files
     end

@@ -112,7 +112,7 @@ _zet() {
         (template) known=(list status diff install process upgrade) ;;
         (param) known=(get set unset restore) ;;
         (line) known=(get set restore) ;;
-        (file) known=(strip reserve restore forget) ;;
+        (file) known=(strip reserve restore forget list) ;;
         (option) known=(get set list) ;;
         ('template install') options+=(--force) known=(${(f)"$(_zet_templates)"}) ;;
         ('template status'|'template diff'|'template upgrade') known=(${(f)"$(_zet_templates)"}) ;;
@@ -125,6 +125,7 @@ _zet() {
         ('line restore') options+=(--section --no-section --all-blocks --force --no-markers --no-backup) ;;
         ('file strip') options+=(--force --no-backup) ;;
         ('file forget') options+=(--force) ;;
+        ('file list') options+=(--null) ;;
         (history) options+=(-N --count) known=(show diff export erase) ;;
         ('history show') options+=(--after) ;;
         (doctor) options+=(--fix --no-backup) ;;
@@ -135,6 +136,7 @@ _zet() {
         return
     fi
     case "$command $arguments" in
+        (file\ list\ *) return 1 ;;
         (param\ *\ 0|line\ *\ 0|file\ *\ 0|'explain 0'|'doctor 0'|'adopt 0') _files ;;
         (param\ *\ 1) compadd -- ${(f)"$(_zet_names $file)"} ;;
         ('history 0') compadd -- $known; _files ;;
