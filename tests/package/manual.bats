@@ -178,3 +178,25 @@ examples_of_lists() {
     grep -F 'not in force' "$BATS_TEST_TMPDIR/listed" | grep '^exports: '
     grep -F 'changed by ' "$BATS_TEST_TMPDIR/listed" | grep '^krb5.conf: '
 }
+
+@test "HelpForACommandBeginsAtItsHeadingOnEveryTerminal" {
+    command -v less >/dev/null || skip "there is no less here"
+    "$CMAKE" --install "$ZET_BUILD" --prefix "$PREFIX" >/dev/null
+    local width command commands=()
+    while read -r command; do commands+=("$command"); done < <(
+        "$PREFIX/bin/zet-init" --help | sed -n '/^Subcommands:/,$s/^  \([a-z][a-z-]*\).*/\1/p'
+        for command in template param line file option history; do
+            "$PREFIX/bin/zet-init" "$command" --help | sed -n '/^Subcommands:/,$s/^  \([a-z][a-z-]*\).*/'"$command"' \1/p'
+        done
+    )
+    [ "${#commands[@]}" -ge 35 ]
+    for width in 60 80 100; do
+        env -u LESS MANPATH="$PREFIX/share/man" /usr/bin/python3 -B "$BATS_TEST_DIRNAME/pages.py" "$width" \
+            "$PREFIX/bin/zet-init" "${commands[@]}" >"$BATS_TEST_TMPDIR/shown"
+        for command in "${commands[@]}"; do
+            # shellcheck disable=SC2086  # a command may have two words
+            set -- $command
+            grep -E "^$command:        $1${2:+ ([a-z]+[|])*$2}([ |]|\$)" "$BATS_TEST_TMPDIR/shown"
+        done
+    done
+}
