@@ -44,6 +44,7 @@ zet_targets role=client,state=pending 0
 zet_targets role=client,state=edited 0
 zet_targets role=client,state=missing 0
 zet_targets role=client,state=not committed 2
+zet_targets role=client,state=differs 0
 zet_targets role=client,state=unknown 0
 zet_edits role=client,state=in place 0
 zet_edits role=client,state=changed 0
@@ -96,7 +97,35 @@ zet_left_over_targets role=client 0"
 @test "numbers and a document are not printed at once" {
     run_zet status --json --format openmetrics
     assert_status 2
+    assert_json 'd["role"], d["targets"]' '["client", []]'
     assert_json 'd["errors"]' '["--json and --format=openmetrics ask for two different documents (leave one out)"]'
+}
+
+@test "each target is in one of the states, whoever asks" {
+    need_root
+    copy_programs
+    run_zet commit-config
+    echo more >>a
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status --format openmetrics
+    assert_status 3
+    samples | grep -Fx 'zet_targets role=client,state=in sync 1'
+    samples | grep -Fx 'zet_targets role=client,state=differs 1'
+}
+
+@test "each number and each state is in the manual" {
+    run_zet commit-config
+    run_zet status --format openmetrics
+    local manual name
+    manual=$(sed 's/\\//g' "$SOURCE_DIR/man/zet-init.1.scd")
+    while read -r name; do
+        sed -n '/^# MONITORING/,/^# JOURNAL/p' <<<"$manual" | grep -F "*$name*"
+    done < <(sed -n 's/^# TYPE \([a-z_]*\) .*/\1/p' <<<"$output")
+    while read -r name; do
+        sed -n '/^\*status\*/,/^\*values\*/p' <<<"$manual" | tr '\n' ' ' | grep -E "\b${name// /[[:blank:]]+}\b"
+    done < <(grep -o 'state="[a-z ]*"' <<<"$output" | sed 's/state="//; s/"//' | sort -u)
+    while read -r name; do
+        grep -F "*$name*" <<<"$manual"
+    done < <(grep -oE 'ZET_[A-Z_]+:-' "$SOURCE_DIR/contrib/systemd/write-metrics" | sed 's/:-//')
 }
 
 @test "the numbers name no file" {
