@@ -23,11 +23,36 @@ _zet_names() {
     head -c 1000000 "$root$1" 2>/dev/null | sed -n 's/^[[:blank:]]*\([A-Za-z_][A-Za-z0-9_.-]*\)=.*/\1/p' | sort -u
 }
 
+# The parameters of the product, $1, and those that the host has of its own.
+_zet_parameters() {
+    printf '%s\n' $1
+    _zet_run option list | sed -n 's/^\([A-Za-z_][A-Za-z0-9_]*\)=.*/\1/p'
+}
+
+# The files of the host whose names begin with $1: below a root, those in it.
+_zet_files() {
+    if [[ -z $root ]]; then
+        compgen -f -- "$1"
+        return
+    fi
+    local name file begin=''
+    [[ $1 != /* ]] || begin=/
+    compgen -f -- "$root/${1#/}" | while IFS= read -r name; do
+        file=$begin${name#"$root/"}
+        # Where the shell does not see that it is a directory.
+        [[ ! -d $name || -d $file ]] || file+=/
+        printf '%s\n' "$file"
+    done
+}
+
 # _zet_keep_host OPTION VALUE: that the command line has it.
 _zet_keep_host() {
     case $1 in
         -c | --config) host+=(--config "$2") ;;
-        --root) host+=(--root "$2") root=$2 ;;
+        --root)
+            root=${2/#'~/'/$HOME/}
+            host+=(--root "$root") root=${root%/}
+            ;;
     esac
 }
 
@@ -133,14 +158,15 @@ _zet() {
         'param '*' 1') words=$(_zet_names "$file") ;;
         'help 0') ;;
         'help '*) words='' ;;
-        'option get 0' | 'option set 0') words=$parameters ;;
+        'option get 0' | 'option set 0') words=$(_zet_parameters "$parameters" | sort -u) ;;
         'option set 1') _zet_values "$previous" ;;
         'template process 1') words='' files=-f ;;
         'template process '[2-9]*) words='' ;;
     esac
     [[ $current != -* ]] || words=$options files=''
     case $previous in
-        -c | --config | --module) words='' files=-f ;;
+        -c | --config) words='' files=-f ;;
+        --module) words='' files=-f root='' ;;
         --root) words='' files=-d ;;
         --color) words='auto always never' files='' ;;
         --log) words='stderr syslog' files='' ;;
@@ -151,9 +177,13 @@ _zet() {
     esac
     mapfile -t COMPREPLY < <(
         compgen -W "$words" -- "$current"
-        [[ -z $files ]] || compgen "$files" -- "$current"
+        case $files in
+            -f) _zet_files "$current" ;;
+            -d) compgen -d -- "$current" ;;
+        esac
     )
     [[ -z $files ]] || compopt -o filenames 2>/dev/null || true
+    [[ ${#COMPREPLY[@]} -ne 1 || ${COMPREPLY[0]} != */ ]] || compopt -o nospace 2>/dev/null || true
 }
 
 complete -F _zet zet-init zet-client

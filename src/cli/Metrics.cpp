@@ -11,8 +11,7 @@ namespace {
 
 constexpr const char* kTargetStates[] = {"in sync",       "pending", "edited", "missing",
                                          "not committed", "differs", "unknown"};
-constexpr const char* kLineStates[] = {"in sync", "pending",       "edited",
-                                       "missing", "not committed", "unknown"};
+constexpr const char* kLineStates[] = {"in sync", "pending", "edited", "missing", "not committed", "unknown"};
 constexpr const char* kEditStates[] = {"in place", "changed", "gone", "missing"};
 
 /// Gauges of one role, family by family.

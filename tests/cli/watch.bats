@@ -121,7 +121,7 @@ zet_left_over_targets role=client 0"
         sed -n '/^# MONITORING/,/^# JOURNAL/p' <<<"$manual" | grep -F "*$name*"
     done < <(sed -n 's/^# TYPE \([a-z_]*\) .*/\1/p' <<<"$output")
     while read -r name; do
-        sed -n '/^\*status\*/,/^\*values\*/p' <<<"$manual" | tr '\n' ' ' | grep -E "\b${name// /[[:blank:]]+}\b"
+        sed -n '/^# COMMANDS/,/^# OPTIONS/p' <<<"$manual" | sed -n '/^\*status\*/,/^\*values\*/p' | tr '\n' ' ' | grep -E "\b${name// /[[:blank:]]+}\b"
     done < <(grep -o 'state="[a-z ]*"' <<<"$output" | sed 's/state="//; s/"//' | sort -u)
     while read -r name; do
         grep -F "*$name*" <<<"$manual"
