@@ -54,8 +54,13 @@ pages() {
     local page heading
     while read -r page; do
         for heading in NAME DESCRIPTION "SEE ALSO"; do grep -Fx "# $heading" "$MANUAL/$page.scd"; done
-        [[ $page == zet.7 ]] || grep -Fx '# EXAMPLES' "$MANUAL/$page.scd"
+        grep -Fx '# EXAMPLES' "$MANUAL/$page.scd"
+        # One is about nothing but files.
+        [[ $page == zet-state.5 ]] || grep -Fx '# FILES' "$MANUAL/$page.scd"
     done < <(pages)
+    for heading in values.conf defaults.d values.d zet.conf; do
+        sed -n '/^# FILES/,/^# EXAMPLES/p' "$MANUAL/zet.conf.5.scd" | grep -E "^\*/.*$heading"
+    done
     for heading in SYNOPSIS OPTIONS ENVIRONMENT "EXIT STATUS" FILES SECRETS MONITORING JOURNAL; do
         grep -Fx "# $heading" "$MANUAL/zet-init.1.scd"
     done
@@ -79,6 +84,8 @@ pages() {
     local name names
     names=$(grep -rhoE 'getenv\("[A-Z_]+"\)' "$SOURCE_DIR/src" "$SOURCE_DIR/include" | sed 's/.*"\(.*\)".*/\1/' | sort -u)
     [ -n "$names" ]
+    # The system's library reads that one.
+    grep -rqw localtime_r "$SOURCE_DIR/src" && names+=" TZ"
     for name in $names; do
         sed -n '/^# ENVIRONMENT/,/^# EXIT STATUS/p' "$MANUAL/zet-init.1.scd" | sed 's/\\_/_/g' | grep -E "^\*(.*\*, \*)?$name\*"
     done
@@ -122,7 +129,7 @@ examples() {
     zet-init undo -q
     local page command count=0
     cd "$BATS_TEST_TMPDIR"
-    for page in zet-init.1 zet-templates.5 zet.conf.5 zet-state.5; do
+    for page in zet-init.1 zet-templates.5 zet.conf.5 zet-state.5 zet.7; do
         while IFS= read -r command; do
             command=${command//find \/etc/find $ROOT/etc}
             command=${command// \/var\/lib\/zet/ $ROOT/var/lib/zet}
