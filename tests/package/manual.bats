@@ -113,6 +113,11 @@ pages() {
     for name in "$ROOT"/var/lib/zet/*; do
         sed -n '/^forget() {/,/^}/p' "$SOURCE_DIR/debian/zet-tools.postrm" | grep -oE '[^ /]+' | grep -Fx "${name##*/}"
     done
+    # So do those that the removal leaves for it.
+    for name in $(grep -oE '>"\$STATE/[a-z]+"|mv .*' "$SOURCE_DIR/debian/zet-tools.prerm" | grep -oE '[a-z]+"$' | tr -d '"'); do
+        sed 's/\\//g' "$MANUAL/zet-state.5.scd" | grep -F "*/var/lib/zet/$name*"
+        sed -n '/^forget() {/,/^}/p' "$SOURCE_DIR/debian/zet-tools.postrm" | grep -oE '[^ /]+' | grep -Fx "$name"
+    done
 }
 
 # examples PAGE: the commands of its examples, one a line.
