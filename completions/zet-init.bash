@@ -23,11 +23,36 @@ _zet_names() {
     head -c 1000000 "$root$1" 2>/dev/null | sed -n 's/^[[:blank:]]*\([A-Za-z_][A-Za-z0-9_.-]*\)=.*/\1/p' | sort -u
 }
 
+# The parameters of the product, $1, and those that the host has of its own.
+_zet_parameters() {
+    printf '%s\n' $1
+    _zet_run option list | sed -n 's/^\([A-Za-z_][A-Za-z0-9_]*\)=.*/\1/p'
+}
+
+# The files of the host whose names begin with $1: below a root, those in it.
+_zet_files() {
+    if [[ -z $root ]]; then
+        compgen -f -- "$1"
+        return
+    fi
+    local name file begin=''
+    [[ $1 != /* ]] || begin=/
+    compgen -f -- "$root/${1#/}" | while IFS= read -r name; do
+        file=$begin${name#"$root/"}
+        # Where the shell does not see that it is a directory.
+        [[ ! -d $name || -d $file ]] || file+=/
+        printf '%s\n' "$file"
+    done
+}
+
 # _zet_keep_host OPTION VALUE: that the command line has it.
 _zet_keep_host() {
     case $1 in
         -c | --config) host+=(--config "$2") ;;
-        --root) host+=(--root "$2") root=$2 ;;
+        --root)
+            root=${2/#'~/'/$HOME/}
+            host+=(--root "$root") root=${root%/}
+            ;;
     esac
 }
 
@@ -102,7 +127,7 @@ _zet() {
         template) words='list status diff install process upgrade' ;;
         param) words='get set unset restore' ;;
         line) words='get set restore' ;;
-        file) words='strip reserve restore forget' ;;
+        file) words='strip reserve restore forget list' ;;
         option) words='get set list' ;;
         'template install') options+=' --force' words=$(_zet_templates) ;;
         'template status' | 'template diff' | 'template upgrade') words=$(_zet_templates) ;;
@@ -115,6 +140,7 @@ _zet() {
         'line restore') options+=' --section --no-section --all-blocks --force --no-markers --no-backup' ;;
         'file strip') options+=' --force --no-backup' ;;
         'file forget') options+=' --force' ;;
+        'file list') options+=' --null' ;;
         history)
             options+=' -N --count' files=-f
             [[ $arguments -ne 0 ]] || words='show diff export erase'
@@ -124,6 +150,7 @@ _zet() {
         help) words=$commands ;;
     esac
     case "$command $arguments" in
+        'file list '*) words='' ;;
         'param '*' 0' | 'line '*' 0' | 'file '*' 0' | 'explain 0' | 'doctor 0' | 'adopt 0') files=-f ;;
         'history show 0' | 'history diff 0') words=$(_zet_changes) ;;
         'history diff 1') words=$(_zet_changes) files=-f ;;
@@ -131,14 +158,15 @@ _zet() {
         'param '*' 1') words=$(_zet_names "$file") ;;
         'help 0') ;;
         'help '*) words='' ;;
-        'option get 0' | 'option set 0') words=$parameters ;;
+        'option get 0' | 'option set 0') words=$(_zet_parameters "$parameters" | sort -u) ;;
         'option set 1') _zet_values "$previous" ;;
         'template process 1') words='' files=-f ;;
         'template process '[2-9]*) words='' ;;
     esac
     [[ $current != -* ]] || words=$options files=''
     case $previous in
-        -c | --config | --module) words='' files=-f ;;
+        -c | --config) words='' files=-f ;;
+        --module) words='' files=-f root='' ;;
         --root) words='' files=-d ;;
         --color) words='auto always never' files='' ;;
         --log) words='stderr syslog' files='' ;;
@@ -149,9 +177,13 @@ _zet() {
     esac
     mapfile -t COMPREPLY < <(
         compgen -W "$words" -- "$current"
-        [[ -z $files ]] || compgen "$files" -- "$current"
+        case $files in
+            -f) _zet_files "$current" ;;
+            -d) compgen -d -- "$current" ;;
+        esac
     )
     [[ -z $files ]] || compopt -o filenames 2>/dev/null || true
+    [[ ${#COMPREPLY[@]} -ne 1 || ${COMPREPLY[0]} != */ ]] || compopt -o nospace 2>/dev/null || true
 }
 
 complete -F _zet zet-init zet-client

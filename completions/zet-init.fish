@@ -83,12 +83,16 @@ function __zet_changes
     __zet_run (__zet_host) -q history | string replace -rf '^(\d+)  (.*)$' '$1\t$2'
 end
 
+# The parameters of the product, and those that the host has of its own.
 function __zet_parameters
     set -l parameters 'DOMAIN DOMAIN_DN MINIMUM_UID NETWORK_FS_TYPE REALM SERVER SERVER_EXPORT_DIR SERVER_ID SERVICE_DISCOVERY
         TICKET_MAX_LIFE TICKET_MAX_RENEWABLE_LIFE VALID_GROUP_NAMES VALID_USER_NAMES ZET_CFG_DIR
         ZET_CFG_TEMPL_DIR ZET_HISTORY ZET_HISTORY_KEEP ZET_HISTORY_KEEP_EDITS ZET_HISTORY_MAX_FILE ZET_LANG
         ZET_ON_EDIT ZET_SYNC ZET_VAR_LIB_DIR'
-    string match -ra '\S+' -- $parameters
+    begin
+        string match -ra '\S+' -- $parameters
+        __zet_run (__zet_host) -q option list | string replace -rf '^([A-Za-z_]\w*)=.*' '$1'
+    end | sort -u
 end
 
 # What the parameter can be given.
@@ -101,8 +105,8 @@ function __zet_values
     test "$argv[1]" = ZET_ON_EDIT; and string split ' ' -- $edits
 end
 
-# The parameters that the file has which the command names, below the root that it names.
-function __zet_names
+# The root that the command line names, without a slash at its end.
+function __zet_root
     set -l root ''
     set -l previous ''
     for word in (__zet_host)
@@ -110,7 +114,12 @@ function __zet_names
         set -l given (string replace -rf '^--root=' '' -- $word); and set root $given
         set previous $word
     end
-    set -l file $root(__zet_words)[3]
+    string replace -r '/$' '' -- (string replace -r '^~/' $HOME/ -- $root)
+end
+
+# The parameters that the file has which the command names, below the root that it names.
+function __zet_names
+    set -l file (__zet_root)(__zet_words)[3]
     test -r $file; and head -c 1000000 $file | string replace -rf '^\s*([A-Za-z_][\w.-]*)=.*' '$1' | sort -u
 end
 
@@ -121,19 +130,33 @@ function __zet_choices
         string replace -rf "^ +(-.,)?$argv[1] .*\{(.*)\}.*" '$2' | string split ,
 end
 
+# The files of the host whose names begin with the argument: below a root, those in it.
 function __zet_files
-    __fish_complete_path (commandline -ct)
+    set -l root (__zet_root)
+    if test -z "$root"
+        __fish_complete_path "$argv[1]"
+        return
+    end
+    set -l begin (string match -r '^/' -- "$argv[1]")
+    set -l rest (string replace -r '^/' '' -- "$argv[1]")
+    for file in $root/$rest*
+        set -l slash ''
+        test -d $file; and set slash /
+        printf '%s\n' "$begin"(string sub -s (math (string length -- $root/) + 1) -- $file)$slash
+    end
 end
 
-# What may follow the option before the cursor; false where that takes nothing.
+# __zet_option_value OPTION BEGIN: what may follow the option; false where that takes nothing.
 function __zet_option_value
-    switch (commandline -opc)[-1]
-        case -c --config --module
-            __zet_files
+    switch "$argv[1]"
+        case -c --config
+            __zet_files $argv[2]
+        case --module
+            __fish_complete_path $argv[2]
         case --root
-            __fish_complete_directories (commandline -ct) ''
+            __fish_complete_directories $argv[2] ''
         case --color --log --on-edit --format
-            __zet_choices (commandline -opc)[-1]
+            __zet_choices $argv[1]
         case --to
             __zet_changes
         case -m --message -N --count --set --value --section
@@ -159,14 +182,14 @@ function __zet_argument
                 case 0
                     __zet_templates
                 case 1
-                    __zet_files
+                    __zet_files (commandline -ct)
             end
         case rollback-config
             __zet_targets
         case 'param *'
             switch $arguments
                 case 0
-                    __zet_files
+                    __zet_files (commandline -ct)
                 case 1
                     __zet_names
             end
@@ -182,7 +205,7 @@ function __zet_argument
         case history
             if test $arguments -eq 0
                 __zet_commands history
-                __zet_files
+                __zet_files (commandline -ct)
             end
         case 'history show' 'history diff'
             switch $arguments
@@ -190,18 +213,22 @@ function __zet_argument
                     __zet_changes
                 case 1
                     test $words[2] = diff; and __zet_changes
-                    __zet_files
+                    __zet_files (commandline -ct)
                 case 2
-                    test $words[2] = diff; and __zet_files
+                    test $words[2] = diff; and __zet_files (commandline -ct)
             end
+        case 'file list'
         case 'history erase' 'line *' 'file *' explain doctor adopt
-            test $arguments -eq 0; and __zet_files
+            test $arguments -eq 0; and __zet_files (commandline -ct)
     end
 end
 
 function __zet_complete
-    __zet_option_value; and return
+    __zet_option_value (commandline -opc)[-1] (commandline -ct); and return
     switch (commandline -ct)
+        case '--*=*'
+            set -l parts (string split -m 1 = -- (commandline -ct))
+            __zet_option_value $parts | string replace -r -- '^' "$parts[1]="
         case '-*'
             __zet_options
         case '*'

@@ -25,11 +25,30 @@ _zet_names() {
         command sed -n 's/^[[:blank:]]*\([A-Za-z_][A-Za-z0-9_.-]*\)=.*/\1/p' | sort -u
 }
 
+# The parameters of the product, "$@", and those that the host has of its own.
+_zet_parameters() {
+    print -rl -- "$@"
+    _zet_run option list | command sed -n 's/^\([A-Za-z_][A-Za-z0-9_]*\)=.*/\1/p'
+}
+
+# The files of the host: below a root, those in it.
+_zet_files() {
+    if [[ -z $root ]]; then
+        _files
+        return
+    fi
+    compset -P /
+    _files -W $root
+}
+
 # _zet_keep_host OPTION VALUE: that the command line has it.
 _zet_keep_host() {
     case $1 in
         (-c|--config) host+=(--config ${(Q)2}) ;;
-        (--root) host+=(--root ${(Q)2}) root=${(Q)2} ;;
+        (--root)
+            root=${${(Q)2}/#\~\//$HOME/}
+            host+=(--root $root) root=${root%/}
+            ;;
     esac
 }
 
@@ -88,7 +107,8 @@ _zet() {
     _zet_read_words
     if [[ $current == --*=* ]] && compset -P '*='; then previous=${current%%=*} current=''; fi
     case $previous in
-        (-c|--config|--module) _files; return ;;
+        (-c|--config) _zet_files; return ;;
+        (--module) _files; return ;;
         (--root) _files -/; return ;;
         (--color) compadd -- auto always never; return ;;
         (--log) compadd -- stderr syslog; return ;;
@@ -112,7 +132,7 @@ _zet() {
         (template) known=(list status diff install process upgrade) ;;
         (param) known=(get set unset restore) ;;
         (line) known=(get set restore) ;;
-        (file) known=(strip reserve restore forget) ;;
+        (file) known=(strip reserve restore forget list) ;;
         (option) known=(get set list) ;;
         ('template install') options+=(--force) known=(${(f)"$(_zet_templates)"}) ;;
         ('template status'|'template diff'|'template upgrade') known=(${(f)"$(_zet_templates)"}) ;;
@@ -125,6 +145,7 @@ _zet() {
         ('line restore') options+=(--section --no-section --all-blocks --force --no-markers --no-backup) ;;
         ('file strip') options+=(--force --no-backup) ;;
         ('file forget') options+=(--force) ;;
+        ('file list') options+=(--null) ;;
         (history) options+=(-N --count) known=(show diff export erase) ;;
         ('history show') options+=(--after) ;;
         (doctor) options+=(--fix --no-backup) ;;
@@ -135,18 +156,19 @@ _zet() {
         return
     fi
     case "$command $arguments" in
-        (param\ *\ 0|line\ *\ 0|file\ *\ 0|'explain 0'|'doctor 0'|'adopt 0') _files ;;
+        (file\ list\ *) return 1 ;;
+        (param\ *\ 0|line\ *\ 0|file\ *\ 0|'explain 0'|'doctor 0'|'adopt 0') _zet_files ;;
         (param\ *\ 1) compadd -- ${(f)"$(_zet_names $file)"} ;;
-        ('history 0') compadd -- $known; _files ;;
+        ('history 0') compadd -- $known; _zet_files ;;
         ('history show 0'|'history diff 0') compadd -- ${(f)"$(_zet_changes)"} ;;
-        ('history diff 1') compadd -- ${(f)"$(_zet_changes)"}; _files ;;
-        ('history show 1'|'history diff 2'|'history erase 0') _files ;;
+        ('history diff 1') compadd -- ${(f)"$(_zet_changes)"}; _zet_files ;;
+        ('history show 1'|'history diff 2'|'history erase 0') _zet_files ;;
         (help\ 0) compadd -- $known ;;
         (help\ *) return 1 ;;
-        ('option get 0'|'option set 0') compadd -- $parameters ;;
+        ('option get 0'|'option set 0') compadd -- ${(fu)"$(_zet_parameters $parameters)"} ;;
         ('option set 1') _zet_values $previous; compadd -- $known ;;
         ('template process 0') compadd -- $known ;;
-        ('template process 1') _files ;;
+        ('template process 1') _zet_files ;;
         ('template process '*) return 1 ;;
         (*) compadd -- $known ;;
     esac

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <sstream>
 #include <string_view>
 #include <utility>
@@ -174,8 +175,13 @@ void Arguments::AddAssignments(const char* name, const char* help, std::vector<s
 
 void Arguments::AddNumber(const char* name, const char* help, std::size_t& number) {
     if (m_command == nullptr) return;
-    CLI::Validator positive = CLI::PositiveNumber;
-    m_command->add_option(name, number, _(help))->type_name("COUNT")->check(positive.description(""));
+    m_command->add_option(name, number, _(help))->type_name("COUNT")->check([](const std::string& given) {
+        std::size_t read = 0;
+        const char* const end = given.data() + given.size();
+        const auto [after, error] = std::from_chars(given.data(), end, read);
+        const bool isCount = error == std::errc() && after == end && read != 0;
+        return isCount ? std::string() : Filled(_("\"%s\" is no number from 1"), {given});
+    });
 }
 
 void Arguments::AddOption(const char* name, const char* type, const char* help,

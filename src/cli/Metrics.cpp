@@ -9,8 +9,9 @@ namespace ZET::Cli {
 
 namespace {
 
-constexpr const char* kTargetStates[] = {"in sync", "pending",       "edited",
-                                         "missing", "not committed", "unknown"};
+constexpr const char* kTargetStates[] = {"in sync",       "pending", "edited", "missing",
+                                         "not committed", "differs", "unknown"};
+constexpr const char* kLineStates[] = {"in sync", "pending", "edited", "missing", "not committed", "unknown"};
 constexpr const char* kEditStates[] = {"in place", "changed", "gone", "missing"};
 
 /// Gauges of one role, family by family.
@@ -66,7 +67,7 @@ std::string MetricsOf(Deploy::Role role, const Deploy::RoleStatus& status,
     text.Family("zet_edits", "Files of the host that were edited in place, in each state.");
     AddStates(text, kEditStates, states.edits);
     text.Family("zet_listed_edits", "Lines that the lists ask for, in each state.");
-    AddStates(text, kTargetStates, states.listedEdits);
+    AddStates(text, kLineStates, states.listedEdits);
     text.Family("zet_newer_templates", "Working copies of which a newer text is shipped.");
     text.Sample(static_cast<std::int64_t>(states.newerTemplates.size()));
     text.Family("zet_left_over_targets", "Committed files that the list of targets no longer has.");

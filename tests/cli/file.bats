@@ -233,3 +233,56 @@ teardown() {
     assert_json 'd["dry_run"], d["files"][0]["result"], d["files"][0]["reserve"], d["exit_status"]' \
         '[true, "restored", null, 3]'
 }
+
+@test "list tells what is kept beside the files that the history knows, of both roles" {
+    echo 'realm = ${realm}' >templates/new
+    mkdir own
+    printf '[templates."new"]\ntarget = "%s/own/new"\nroles = "server"\n' "$HOST" >templates/targets.toml
+    run_zet file list
+    assert_success ""
+    zet param set conf a new
+    PROGRAM=$ZET_BIN/zet-init zet commit-config -q
+    : >kept
+    zet file reserve kept
+    : >others.before_zet
+    run_zet file list
+    assert_success "$HOST/conf.before_zet
+$HOST/kept.before_zet
+$HOST/own/new.no_file_before_zet"
+    run_zet file list --json
+    assert_json '[(o["reserve"].split("/")[-1], o["path"].split("/")[-1], o["existed"]) for o in d["originals"]][2]' \
+        '["new.no_file_before_zet", "new", false]'
+    PROGRAM=$ZET_BIN/zet-init zet rollback-config -q
+    zet file forget kept
+    run_zet file list
+    assert_success ""
+}
+
+@test "list with NUL bytes prints names as they are" {
+    local name=$'t\tab\nline \xff'
+    cp conf "$name"
+    zet param set "$name" a new
+    run_zet file list --null
+    assert_status 0
+    printf '%s/%s.before_zet\0' "$HOST" "$name" | cmp - "$BATS_TEST_TMPDIR/output"
+}
+
+@test "list knows a reserve whose entry is kept no longer" {
+    echo ZET_HISTORY_KEEP=1 >>zet.conf
+    zet param set conf a new
+    printf 'a=1\n' >other
+    zet param set other a 2
+    zet param set other a 3
+    run_zet file list
+    assert_success "$HOST/conf.before_zet
+$HOST/other.before_zet"
+}
+
+@test "list fails where the history cannot be read" {
+    zet param set conf a new
+    break_store
+    run_zet file list
+    assert_refusal 1 "$HOST/state/state.db: $BROKEN_STORE"
+    run_zet --set ZET_HISTORY=no file list
+    [ "$status" -ne 0 ]
+}

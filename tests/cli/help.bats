@@ -75,7 +75,8 @@ on_terminal() {
     on_terminal help
     assert_success "the page of zet-client, LESS="
     on_terminal help param set
-    assert_success "the page of zet-client, LESS=+/^ *param"
+    assert_success "the page of zet-client, LESS=+/^COMMANDS
+/^ {7}param ([a-z]+[|])*set"
 }
 
 @test "without a terminal, or for a document, help asks no manual" {

@@ -117,10 +117,11 @@ login_of_this_process() {
     assert_equal "$(numbers)" 2
     run_zet -q history --count 1 conf
     assert_equal "$(numbers)" 2
-    run_zet history -N 0
-    assert_status 2
-    run_zet history -N x
-    assert_status 2
+    local wrong
+    for wrong in 0 x -1 1x 99999999999999999999999; do
+        run_zet history -N "$wrong"
+        assert_refusal 2 "--count: \"$wrong\" is no number from 1 (see \"zet-client --help\")"
+    done
 }
 
 @test "of a file, only its changes and what stands beside it are told, whatever way leads to it" {

@@ -44,6 +44,7 @@ zet_targets role=client,state=pending 0
 zet_targets role=client,state=edited 0
 zet_targets role=client,state=missing 0
 zet_targets role=client,state=not committed 2
+zet_targets role=client,state=differs 0
 zet_targets role=client,state=unknown 0
 zet_edits role=client,state=in place 0
 zet_edits role=client,state=changed 0
@@ -96,7 +97,35 @@ zet_left_over_targets role=client 0"
 @test "numbers and a document are not printed at once" {
     run_zet status --json --format openmetrics
     assert_status 2
+    assert_json 'd["role"], d["targets"]' '["client", []]'
     assert_json 'd["errors"]' '["--json and --format=openmetrics ask for two different documents (leave one out)"]'
+}
+
+@test "each target is in one of the states, whoever asks" {
+    need_root
+    copy_programs
+    run_zet commit-config
+    echo more >>a
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status --format openmetrics
+    assert_status 3
+    samples | grep -Fx 'zet_targets role=client,state=in sync 1'
+    samples | grep -Fx 'zet_targets role=client,state=differs 1'
+}
+
+@test "each number and each state is in the manual" {
+    run_zet commit-config
+    run_zet status --format openmetrics
+    local manual name
+    manual=$(sed 's/\\//g' "$SOURCE_DIR/man/zet-init.1.scd")
+    while read -r name; do
+        sed -n '/^# MONITORING/,/^# JOURNAL/p' <<<"$manual" | grep -F "*$name*"
+    done < <(sed -n 's/^# TYPE \([a-z_]*\) .*/\1/p' <<<"$output")
+    while read -r name; do
+        sed -n '/^# COMMANDS/,/^# OPTIONS/p' <<<"$manual" | sed -n '/^\*status\*/,/^\*values\*/p' | tr '\n' ' ' | grep -E "\b${name// /[[:blank:]]+}\b"
+    done < <(grep -o 'state="[a-z ]*"' <<<"$output" | sed 's/state="//; s/"//' | sort -u)
+    while read -r name; do
+        grep -F "*$name*" <<<"$manual"
+    done < <(grep -oE 'ZET_[A-Z_]+:-' "$SOURCE_DIR/contrib/systemd/write-metrics" | sed 's/:-//')
 }
 
 @test "the numbers name no file" {
@@ -162,10 +191,10 @@ zet_left_over_targets role=client 0"
 # write_metrics: what the timer runs, for this host.
 write_metrics() {
     mkdir -p "$BASE/bin"
-    printf '#!/bin/sh\nexec "%s/zet-client" --config "%s/zet.conf" "$@"\n' "$ZET_BIN" "$HOST" >"$BASE/bin/zet-client"
-    chmod 755 "$BASE/bin/zet-client"
-    capture env PATH="$BASE/bin:$PATH" ZET_METRICS_DIR="$BASE/metrics" ZET_STATE_DIR="$HOST/state" \
-        "$SOURCE_DIR/contrib/systemd/write-metrics"
+    ln -sf "$ZET_BIN/zet-client" "$BASE/bin/zet-client"
+    # The shell's number is that of the script.
+    capture env PATH="$BASE/bin:$PATH" ZET_METRICS_DIR="$BASE/metrics" ZET_CONFIG="$HOST/zet.conf" \
+        sh -c "${BEFORE:-:}"'; exec "$1"' sh "$SOURCE_DIR/contrib/systemd/write-metrics"
 }
 
 @test "the timer writes the numbers of a committed role for the node exporter" {
@@ -194,6 +223,83 @@ write_metrics() {
     assert_status 1
     grep -F "zet.conf:1" <<<"$stderr"
     assert_equal "$(ls "$BASE/metrics")" ""
+}
+
+@test "the timer takes the numbers of a role away that was rolled back, and of a host without settings" {
+    mkdir "$BASE/metrics"
+    run_zet commit-config
+    write_metrics
+    run_zet rollback-config
+    write_metrics
+    assert_success ""
+    assert_equal "$(ls "$BASE/metrics")" ""
+    run_zet commit-config
+    write_metrics
+    rm zet.conf
+    write_metrics
+    assert_success ""
+    assert_equal "$(ls "$BASE/metrics")" ""
+}
+
+@test "the timer writes through no link, and into no directory that others may write to" {
+    mkdir "$BASE/metrics"
+    run_zet commit-config
+    echo mine >"$BASE/victim"
+    ln -s "$BASE/victim" "$BASE/metrics/zet-client.prom"
+    BEFORE="ln -s '$BASE/victim' '$BASE/metrics/zet-client.prom.'\$\$" write_metrics
+    assert_success ""
+    assert_file "$BASE/victim" $'mine\n'
+    [ ! -L "$BASE/metrics/zet-client.prom" ]
+    assert_equal "$(stat -c %a "$BASE/metrics/zet-client.prom")" 644
+    rm "$BASE"/metrics/*
+    for mode in 777 775; do
+        chmod "$mode" "$BASE/metrics"
+        write_metrics
+        assert_status 1
+        assert_stderr "write-metrics: $BASE/metrics: others may write there, so that no numbers are written (chown root it, and chmod 755)"
+        assert_equal "$(ls "$BASE/metrics")" ""
+    done
+}
+
+@test "the timer writes into no directory of somebody else" {
+    need_root
+    mkdir "$BASE/metrics"
+    run_zet commit-config
+    chown 65534 "$BASE/metrics"
+    write_metrics
+    assert_status 1
+    grep -F 'others may write there' <<<"$stderr"
+    assert_equal "$(ls "$BASE/metrics")" ""
+}
+
+@test "a directory that is put into the place of the one that was judged is not written to" {
+    mkdir "$BASE/metrics" "$BASE/others" "$BASE/bin"
+    chmod 777 "$BASE/others"
+    run_zet commit-config
+    # shellcheck disable=SC2016  # expanded by the script
+    printf '#!/bin/sh\n/usr/bin/stat "$@"; cd "%s" && [ -d away ] || { mv metrics away && ln -s others metrics; }\n' \
+        "$BASE" >"$BASE/bin/stat"
+    chmod 755 "$BASE/bin/stat"
+    write_metrics
+    assert_equal "$(ls "$BASE/others")" ""
+    assert_equal "$(ls "$BASE/away")" zet-client.prom
+}
+
+@test "the timer asks the product where it keeps what it knows" {
+    mkdir "$BASE/metrics"
+    run_zet commit-config
+    run_zet rollback-config
+    sed -i '/^ZET_VAR_LIB_DIR=/d' zet.conf
+    mkdir elsewhere
+    echo "ZET_VAR_LIB_DIR=$HOST/elsewhere" >>zet.conf
+    run_zet commit-config
+    write_metrics
+    assert_success ""
+    assert_equal "$(ls "$BASE/metrics")" zet-client.prom
+}
+
+@test "targets in a home are seen by the timer's service" {
+    grep -Fx 'ProtectHome=read-only' "$SOURCE_DIR/contrib/systemd/zet-status.service.in"
 }
 
 @test "the timer's service is closed to nearly everything" {

@@ -92,3 +92,29 @@ fails_with() {
     [ "$status" -eq 1 ]
     grep -F "holds no library" <<<"$output"
 }
+
+@test "WhatIsBuiltAgainstANewerLibraryWantsThatOne" {
+    command -v dh_makeshlibs >/dev/null || skip "dh_makeshlibs is missing (script/setup package installs it)"
+    local tree=$BATS_TEST_TMPDIR/tree name
+    mkdir "$tree"
+    cp -r "$SOURCE_DIR/debian" "$tree"
+    sed -i '1s/(.*)/(9.8.7-1)/' "$tree/debian/changelog"
+    for name in core deploy; do
+        mkdir -p "$tree/debian/libzet-${name}1/usr/lib"
+        cp "$ALL_LIBRARIES/libzet-$name.so.1" "$tree/debian/libzet-${name}1/usr/lib/"
+    done
+    (cd "$tree" && make -f debian/rules override_dh_makeshlibs)
+    for name in core deploy; do
+        grep -Fx "libzet-$name 1 libzet-${name}1 (>= 9.8.7)" "$tree/debian/libzet-${name}1/DEBIAN/shlibs"
+        [ ! -e "$tree/debian/libzet-${name}1/DEBIAN/symbols" ]
+    done
+}
+
+@test "PackagesOfOneSourceWhoseVersionsMayNotDifferSaySo" {
+    # field PACKAGE FIELD
+    field() { sed -n "/^Package: $1\$/,/^\$/p" "$SOURCE_DIR/debian/control" | sed -n "/^$2:/,/^[A-Z]/p"; }
+    field zet-tools Depends | grep -F 'libzet-core1 (= ${binary:Version})'
+    field libzet-deploy1 Depends | grep -F 'libzet-core1 (= ${binary:Version})'
+    # Old tools take a new key of a list for a mistake.
+    field zet-templates Breaks | grep -F 'zet-tools (<< ${source:Version})'
+}

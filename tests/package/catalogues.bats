@@ -253,3 +253,25 @@ fails() {
         done <<<"$wanted"
     done
 }
+
+# translations LANGUAGE WORD: of the texts that have the word.
+translations() {
+    cat "$SOURCE_DIR"/po/*/"$1.po" | grep -A1 -E "^msgid .*\\b($2)\\b" | sed -n 's/^msgstr //p'
+}
+
+@test "AThingHasOneWordInEachLanguage" {
+    ! cat "$SOURCE_DIR"/po/*/de.po | grep -F Zeilenumbr || return 1
+    ! cat "$SOURCE_DIR"/po/*/es.po | grep -E 'funci(ón|ones)' || return 1
+    ! translations de 'commit|committed' | grep -E '\b(Schreibens?|geschriebenes|schreiben Sie (dann )?neu)\b[^f]*$' || return 1
+    ! translations es 'commit|committed' | grep -E '\bescritura' || return 1
+    ! translations fr 'commit|committed' | grep -E "écriture" || return 1
+    # Lists are what templates stand in.
+    ! translations de array | grep -v Feld || return 1
+    ! translations es array | grep -v matriz || return 1
+    ! translations fr array | grep -v tableau || return 1
+}
+
+@test "AColonOfTheFrenchHelpHasItsBlank" {
+    in_language fr param set --help | grep -F $'Utilisation\302\240: '
+    ! in_language fr param set --help | grep -E '[^ {]:( |$)' | grep -vE $'\302\240:|Excludes:' || return 1
+}

@@ -111,6 +111,34 @@ shows_not() {
     shows "zet-init --root $ROOT param get --section global /etc/edited VERB" VERBOSE VERBATIM
 }
 
+@test "EveryParameterThatTheHostListsIsOffered" {
+    local names
+    mapfile -t names < <(zet-init --root "$ROOT" -q option list | sed 's/=.*//')
+    grep -Fx IDENTITY <<<"$(printf '%s\n' "${names[@]}")"
+    shows "zet-init --root $ROOT option get " "${names[@]}"
+    shows "zet-init option get ZET_HIST" ZET_HISTORY_KEEP
+}
+
+@test "FilesAreThoseBelowTheRootOfTheCommandLine" {
+    mkdir -p "$ROOT/etc/krb-here/sub"
+    touch "$ROOT/etc/krb-here/file"
+    shows "zet-init --root $ROOT explain /etc/kr" krb-here krb5.conf
+    shows "zet-init --root=$ROOT/ doctor /etc/krb-here/" file sub/
+    shows "zet-init --root $ROOT param get etc/krb-here/" file sub/
+    shows "zet-init --root $ROOT -c /etc/zet/ze" zet.conf
+    touch "/tmp/zet-of-this-host.$$"
+    shows_not "zet-init --root $ROOT explain /tmp/zet-of" "this-host.$$"
+    shows "zet-init explain /tmp/zet-of" "this-host.$$"
+    rm "/tmp/zet-of-this-host.$$"
+    # The only one: a directory gets no blank behind it.
+    shows "zet-init --root $ROOT explain /etc/krb-he" /etc/krb-here/
+}
+
+@test "AValueBehindAnEqualsSignIsOffered" {
+    shows "zet-init status --format=" words openmetrics
+    shows "zet-init --root $ROOT rollback-config --to=" 1 2
+}
+
 @test "NumbersOfChangesAreThoseOfTheHistoryOfTheHost" {
     zet-init --root "$ROOT" param set /etc/edited VERBATIM yes -q
     shows "zet-init --root $ROOT history show " 1 2 3

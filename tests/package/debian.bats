@@ -40,7 +40,7 @@ make_old() {
         [[ $package != *-dbgsym_* ]] || continue
         rm -rf "$OLD/tree"
         dpkg-deb -R "$package" "$OLD/tree"
-        sed -i -E '/^(Version|Depends|Recommends):/s/'"$version"'(-1)?/0.9-1/g' "$OLD/tree/DEBIAN/control"
+        sed -i -E '/^(Version|Depends|Breaks|Recommends):/s/'"$version"'(-1)?/0.9-1/g' "$OLD/tree/DEBIAN/control"
         if [ -e "$OLD/tree/usr/share/zet/templates/krb5.conf" ]; then
             sed -i '/^\[realms\]/i # An older text.' "$OLD/tree/usr/share/zet/templates/krb5.conf"
         fi
@@ -60,7 +60,7 @@ inside() {
 install_from() {
     rm -rf "$TREE/debs"
     cp -r "$1" "$TREE/debs"
-    inside sh -c 'dpkg -i /debs/libzet-config_*.deb /debs/libzet-core1_*.deb /debs/libzet-deploy1_*.deb /debs/libzet-dev_*.deb /debs/zet-templates_*.deb /debs/zet-tools_*.deb' 2>&1
+    inside sh -c 'dpkg --auto-deconfigure -i /debs/libzet-config_*.deb /debs/libzet-core1_*.deb /debs/libzet-deploy1_*.deb /debs/libzet-dev_*.deb /debs/zet-templates_*.deb /debs/zet-tools_*.deb' 2>&1
     rm -rf "$TREE/debs"
 }
 
@@ -111,6 +111,13 @@ files_of_packages() {
     for page in zet.7 zet-init.1 zet-client.1 zet.conf.5 targets.toml.5 zet-targets.5 zet-templates.5 zet-state.5; do
         # Documents are left out of bare systems by many, and the index of the manual with them.
         inside dpkg -L zet-tools | grep -F "/usr/share/man/man${page##*.}/$page.gz"
+    done
+}
+
+@test "TheDocumentsAreWhereTheManualSaysTheyAre" {
+    local file
+    for file in first-domain.md json.md json-schema.json pictures/session.svg; do
+        inside dpkg -L zet-tools | grep -Fx "/usr/share/doc/zet-tools/docs/$file"
     done
 }
 

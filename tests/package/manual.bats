@@ -54,8 +54,13 @@ pages() {
     local page heading
     while read -r page; do
         for heading in NAME DESCRIPTION "SEE ALSO"; do grep -Fx "# $heading" "$MANUAL/$page.scd"; done
-        [[ $page == zet.7 ]] || grep -Fx '# EXAMPLES' "$MANUAL/$page.scd"
+        grep -Fx '# EXAMPLES' "$MANUAL/$page.scd"
+        # One is about nothing but files.
+        [[ $page == zet-state.5 ]] || grep -Fx '# FILES' "$MANUAL/$page.scd"
     done < <(pages)
+    for heading in values.conf defaults.d values.d zet.conf; do
+        sed -n '/^# FILES/,/^# EXAMPLES/p' "$MANUAL/zet.conf.5.scd" | grep -E "^\*/.*$heading"
+    done
     for heading in SYNOPSIS OPTIONS ENVIRONMENT "EXIT STATUS" FILES SECRETS MONITORING JOURNAL; do
         grep -Fx "# $heading" "$MANUAL/zet-init.1.scd"
     done
@@ -79,6 +84,8 @@ pages() {
     local name names
     names=$(grep -rhoE 'getenv\("[A-Z_]+"\)' "$SOURCE_DIR/src" "$SOURCE_DIR/include" | sed 's/.*"\(.*\)".*/\1/' | sort -u)
     [ -n "$names" ]
+    # The system's library reads that one.
+    grep -rqw localtime_r "$SOURCE_DIR/src" && names+=" TZ"
     for name in $names; do
         sed -n '/^# ENVIRONMENT/,/^# EXIT STATUS/p' "$MANUAL/zet-init.1.scd" | sed 's/\\_/_/g' | grep -E "^\*(.*\*, \*)?$name\*"
     done
@@ -106,6 +113,11 @@ pages() {
     for name in "$ROOT"/var/lib/zet/*; do
         sed -n '/^forget() {/,/^}/p' "$SOURCE_DIR/debian/zet-tools.postrm" | grep -oE '[^ /]+' | grep -Fx "${name##*/}"
     done
+    # So do those that the removal leaves for it.
+    for name in $(grep -oE '>"\$STATE/[a-z]+"|mv .*' "$SOURCE_DIR/debian/zet-tools.prerm" | grep -oE '[a-z]+"$' | tr -d '"'); do
+        sed 's/\\//g' "$MANUAL/zet-state.5.scd" | grep -F "*/var/lib/zet/$name*"
+        sed -n '/^forget() {/,/^}/p' "$SOURCE_DIR/debian/zet-tools.postrm" | grep -oE '[^ /]+' | grep -Fx "$name"
+    done
 }
 
 # examples PAGE: the commands of its examples, one a line.
@@ -122,7 +134,7 @@ examples() {
     zet-init undo -q
     local page command count=0
     cd "$BATS_TEST_TMPDIR"
-    for page in zet-init.1 zet-templates.5 zet.conf.5 zet-state.5; do
+    for page in zet-init.1 zet-templates.5 zet.conf.5 zet-state.5 zet.7; do
         while IFS= read -r command; do
             command=${command//find \/etc/find $ROOT/etc}
             command=${command// \/var\/lib\/zet/ $ROOT/var/lib/zet}
@@ -143,7 +155,7 @@ examples() {
 
 @test "TheLinesForMonitoringPlugInsSayWhatTheyShould" {
     example_host
-    sed -n '/^# MONITORING/,/^# JOURNAL/p' "$MANUAL/zet-init.1.scd" | sed -n '/^```$/,/^```$/{/^```$/!p}' >"$BATS_TEST_TMPDIR/plug-in"
+    sed -n '/^# MONITORING/,/^# JOURNAL/p' "$MANUAL/zet-init.1.scd" | awk '/^```$/ { ++fences; next } fences == 1' >"$BATS_TEST_TMPDIR/plug-in"
     [ "$(wc -l <"$BATS_TEST_TMPDIR/plug-in")" -eq 2 ]
     zet-init commit-config -q
     sh "$BATS_TEST_TMPDIR/plug-in"
@@ -177,4 +189,26 @@ examples_of_lists() {
     grep -F 'motd: /etc/motd (' "$BATS_TEST_TMPDIR/listed"
     grep -F 'not in force' "$BATS_TEST_TMPDIR/listed" | grep '^exports: '
     grep -F 'changed by ' "$BATS_TEST_TMPDIR/listed" | grep '^krb5.conf: '
+}
+
+@test "HelpForACommandBeginsAtItsHeadingOnEveryTerminal" {
+    command -v less >/dev/null || skip "there is no less here"
+    "$CMAKE" --install "$ZET_BUILD" --prefix "$PREFIX" >/dev/null
+    local width command commands=()
+    while read -r command; do commands+=("$command"); done < <(
+        "$PREFIX/bin/zet-init" --help | sed -n '/^Subcommands:/,$s/^  \([a-z][a-z-]*\).*/\1/p'
+        for command in template param line file option history; do
+            "$PREFIX/bin/zet-init" "$command" --help | sed -n '/^Subcommands:/,$s/^  \([a-z][a-z-]*\).*/'"$command"' \1/p'
+        done
+    )
+    [ "${#commands[@]}" -ge 35 ]
+    for width in 60 80 100; do
+        env -u LESS MANPATH="$PREFIX/share/man" /usr/bin/python3 -B "$BATS_TEST_DIRNAME/pages.py" "$width" \
+            "$PREFIX/bin/zet-init" "${commands[@]}" >"$BATS_TEST_TMPDIR/shown"
+        for command in "${commands[@]}"; do
+            # shellcheck disable=SC2086  # a command may have two words
+            set -- $command
+            grep -E "^$command:        $1${2:+ ([a-z]+[|])*$2}([ |]|\$)" "$BATS_TEST_TMPDIR/shown"
+        done
+    done
 }

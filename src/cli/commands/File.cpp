@@ -1,7 +1,10 @@
+#include "cli/ExitStatus.h"
+#include "cli/Fields.h"
 #include "cli/FileReport.h"
 #include "cli/commands/EditArguments.h"
 #include "cli/commands/Registrations.h"
 #include "deploy/edit/Reserves.h"
+#include "deploy/history/Originals.h"
 
 namespace ZET::Cli {
 
@@ -10,6 +13,26 @@ namespace {
 struct FileOptions : EditOptions {
     std::string file;
 };
+
+struct ListOptions {
+    bool null = false;
+};
+
+int ListAll(Session& session, const ListOptions& asked) {
+    Report& out = session.Out();
+    out.AddList("originals");
+    for (const KeptOriginal& original : ListOriginals(session.Product())) {
+        out.Add(
+            "originals",
+            Fields{{"path", original.path}, {"reserve", original.reserve}, {"existed", original.existed}});
+        if (asked.null) {
+            out.Bytes(original.reserve + '\0');
+        } else {
+            out.Data(original.reserve);
+        }
+    }
+    return kDone;
+}
 
 int Strip(Session& session, const FileOptions& asked) {
     BeginFileReport(session);
@@ -47,6 +70,8 @@ void RegisterFile(CommandLine& line) {
     add("restore", "Put the reserve back", Restore);
     auto forget = add("forget", "Drop the reserve", Forget);
     AddForce(forget);
+    family.Add<ListOptions>("list", "List the reserves of the files that the history knows", ListAll)
+        .Flag("--null", &ListOptions::null, "End each name by a NUL byte, and print it as it is");
 }
 
 }  // namespace ZET::Cli

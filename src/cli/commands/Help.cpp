@@ -26,12 +26,21 @@ bool HasPage(const std::string& program) {
     }
 }
 
-/// Does not return when the manual could be started. It begins with `command`, if there is one.
-void ShowPage(const std::string& program, const std::string& command) {
+/// What less is told to look for: below the heading of all commands that of this one, which stands further
+/// out than what is said of it, and may be that of several ("param get|set"). There is no "$", which ends an
+/// option.
+std::string WayTo(const std::vector<std::string>& command) {
+    std::string heading = "^ {7}" + command.front();
+    if (command.size() > 1) heading += " ([a-z]+[|])*" + command[1];
+    return "+/^COMMANDS\n/" + heading;
+}
+
+/// Does not return when the manual could be started. It begins at the command, if there is one.
+void ShowPage(const std::string& program, const std::vector<std::string>& command) {
     if (!command.empty()) {
         const char* options = std::getenv("LESS");
         const std::string before = options == nullptr ? "" : std::string(options) + " ";
-        setenv("LESS", (before + "+/^ *" + command).c_str(), 1);
+        setenv("LESS", (before + WayTo(command)).c_str(), 1);
     }
     std::signal(SIGPIPE, SIG_DFL);  // a manual that is left ends its programs by that
     std::signal(SIGXFSZ, SIG_DFL);
@@ -46,7 +55,7 @@ int Help(Session& session, const HelpOptions& asked) {
     out.Set("text", nullptr);
     const std::string text = HelpText(program, asked.words);
     if (isatty(STDOUT_FILENO) == 1 && !session.Asked().json && HasPage(program))
-        ShowPage(program, asked.words.empty() ? "" : asked.words.front());
+        ShowPage(program, asked.words);
     out.Set("text", text);
     out.Text(text);
     return kDone;

@@ -159,8 +159,8 @@ int TellMetrics(Session& session) {
 
 int Status(Session& session, const StatusOptions& asked) {
     const SignalGuard signals;
-    if (asked.format == "openmetrics") return TellMetrics(session);
     BeginStatus(session);
+    if (asked.format == "openmetrics") return TellMetrics(session);
     const bool onlyChanged = asked.changed || session.Asked().quiet;
     TellRole(session, RoleStatusOf(session.Product()));
     const TargetStates states = StatesOfTargets(session.Product());
