@@ -4,6 +4,7 @@
 #include <clocale>
 #include <cstdlib>
 #include <iterator>
+#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "zet/ZETHost.h"
@@ -28,6 +29,21 @@ bool IsSet(const std::string& locale) {
                        [&](int category) { return locale == setlocale(category, nullptr); });
 }
 
+/// That of the reader, while a file is written in another one.
+const LanguageSetting* g_readers = nullptr;
+
+const char* LookUpForReader(const char* domain, const char* text) {
+    const LanguageSetting written;
+    g_readers->Use();
+    const char* const found = Text::Translated(domain, text);
+    written.Use();
+    return found;
+}
+
+const char* LeaveEnglish(const char* /*domain*/, const char* text) {
+    return text;
+}
+
 }  // namespace
 
 void RequireLanguage(const std::string& language) {
@@ -38,6 +54,25 @@ void RequireLanguage(const std::string& language) {
 void UseReadersLanguage() {
     for (const int category : kTextCategories)
         setlocale(category, "");
+}
+
+void UseReadersLetters() {
+    setlocale(LC_CTYPE, "");
+}
+
+LanguageSetting::LanguageSetting() {
+    for (const int category : kTextCategories)
+        m_locales[category] = setlocale(category, nullptr);
+    if (const char* const preference = std::getenv(kPreference)) m_preference = preference;
+}
+
+void LanguageSetting::Use() const {
+    if (m_preference)
+        setenv(kPreference, m_preference->c_str(), 1);
+    else
+        unsetenv(kPreference);
+    for (const auto& [category, locale] : m_locales)
+        setlocale(category, locale.c_str());
 }
 
 WrittenLanguage::WrittenLanguage(IZETCore& core) {
@@ -53,19 +88,20 @@ WrittenLanguage::WrittenLanguage(IZETCore& core) {
     const char* const preference = std::getenv(kPreference);
     const std::string locale = LocaleName(language);
     if (preference == nullptr && IsSet(locale)) return;
-    for (const int category : kTextCategories)
-        m_former[category] = setlocale(category, nullptr);
+    m_former.emplace();
+    m_formerReaders = std::exchange(g_readers, &*m_former);
+    m_formerLookUp = Text::LookUpBy(Text::IsTranslated() ? &LookUpForReader : &LeaveEnglish);
     // The reader's list of preferred languages would win over the one that is set.
-    if (preference != nullptr) m_formerPreference = preference;
     unsetenv(kPreference);
     for (const int category : kTextCategories)
         setlocale(category, locale.c_str());
 }
 
 WrittenLanguage::~WrittenLanguage() {
-    if (m_formerPreference) setenv(kPreference, m_formerPreference->c_str(), 1);
-    for (const auto& [category, locale] : m_former)
-        setlocale(category, locale.c_str());
+    if (!m_former) return;
+    m_former->Use();
+    Text::LookUpBy(m_formerLookUp);
+    g_readers = m_formerReaders;
 }
 
 }  // namespace ZET::Deploy

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "text/Words.h"
 #include "zet/IZETCore.h"
 
 namespace ZET::Deploy {
@@ -15,9 +16,24 @@ void RequireLanguage(const std::string& language);
 /// From now on, messages are in the language of whoever runs the command.
 void UseReadersLanguage();
 
+/// From now on, texts are in his letters, and messages in the language of the sources.
+void UseReadersLetters();
+
+/// A language that was set, and how to set it again.
+class LanguageSetting {
+  public:
+    /// The one that is set now.
+    LanguageSetting();
+    void Use() const;
+
+  private:
+    std::map<int, std::string> m_locales;  ///< by category
+    std::optional<std::string> m_preference;
+};
+
 /// For as long as the object lives, messages are in the language of the parameter "ZET_LANG": what is written
-/// into a file does not depend on who runs the command. A language that the host does not have is a
-/// `Failure`.
+/// into a file does not depend on who runs the command. What the library says meanwhile is in the reader's
+/// all the same. A language that the host does not have is a `Failure`.
 class WrittenLanguage {
   public:
     explicit WrittenLanguage(IZETCore& core);
@@ -26,8 +42,9 @@ class WrittenLanguage {
     WrittenLanguage& operator=(const WrittenLanguage&) = delete;
 
   private:
-    std::map<int, std::string> m_former;  ///< the locale of each category
-    std::optional<std::string> m_formerPreference;
+    std::optional<LanguageSetting> m_former;
+    Text::LookUp m_formerLookUp = nullptr;
+    const LanguageSetting* m_formerReaders = nullptr;
 };
 
 }  // namespace ZET::Deploy

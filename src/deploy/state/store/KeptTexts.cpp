@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "deploy/host/Words.h"
 #include "deploy/state/store/Compression.h"
 #include "deploy/state/store/Digest.h"
 #include "deploy/state/store/Rows.h"
@@ -61,10 +62,10 @@ RecordedState AfterWithTexts(Database& database, const StoreLimits& limits, cons
 
 std::string TextAt(Database& database, TextNumber number) {
     Database::Rows rows(database, "SELECT size, frame FROM texts WHERE id = ?", {number.value});
-    if (!rows.Next()) throw DamagedRow("a text is missing");
+    if (!rows.Next()) throw DamagedRow(_("a text is missing"));
     const std::int64_t size = rows.Number(0);
     auto text = size < 0 ? std::nullopt : Expanded(rows.Text(1), static_cast<std::size_t>(size));
-    if (!text) throw DamagedRow("a text is not as it was written");
+    if (!text) throw DamagedRow(_("a text is not as it was written"));
     return std::move(*text);
 }
 
