@@ -129,8 +129,9 @@ std::string HistoryReader::WhyNotExported(const RecordedState& state) const {
 const char* HistoryReader::ReasonOfLack(const RecordedState& state) const {
     return state.size > m_product.HostHistory().Limits().largestText
                ? ZET_TEXT("its text of %s bytes is not kept: it is larger than ZET_HISTORY_MAX_FILE")
-               : ZET_TEXT("its text of %s bytes is not kept: it was erased, or was larger than "
-                          "ZET_HISTORY_MAX_FILE then");
+               : ZET_TEXT(
+                     "its text of %s bytes is not kept: it was erased, or was larger than "
+                     "ZET_HISTORY_MAX_FILE then");
 }
 
 /// What a commit wrote and no list has any more may have been called secret there.
