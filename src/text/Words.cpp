@@ -4,7 +4,6 @@
 
 #include <cerrno>
 #include <clocale>
-#include <cstddef>
 #include <cstdlib>
 
 #include "posix/OwnPlace.h"

@@ -17,7 +17,6 @@
 #include <new>
 #include <string_view>
 
-#include "deploy/host/Failure.h"
 #include "deploy/host/ProcessOutput.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Signals.h"

@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <string>
 
 #include "deploy/host/PathJudge.h"
 #include "deploy/host/Remedy.h"
