@@ -1,9 +1,11 @@
 // Sets a parameter of any file, which can be taken back: edit FILE NAME VALUE.
+#include <clocale>
 #include <cstdio>
 
 #include "zet/deploy/Edit.h"
 
 int main(int, char** arguments) try {
+    std::setlocale(LC_ALL, "");  // what fails is told in the language of whoever runs it
     ZET::Deploy::Options options;
     options.needsConfigFile = false;  // the file need not have anything to do with the product
     ZET::Deploy::Product product("/etc/zet/zet.conf", options);

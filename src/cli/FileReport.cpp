@@ -2,7 +2,6 @@
 #include "cli/Translation.h"
 
 #include "cli/ExitStatus.h"
-#include "cli/FailureWords.h"
 #include "cli/Fields.h"
 #include "deploy/host/FileState.h"
 #include "deploy/targets/ShownDiff.h"
@@ -21,7 +20,7 @@ std::string Text(const FileOutcome& outcome, bool isDryRun) {
     } else {
         text += ResultText(outcome.result, false);
     }
-    return outcome.remark.empty() ? text : text + ", " + Said(outcome.remark);
+    return outcome.remark.empty() ? text : text + ", " + outcome.remark;
 }
 
 /// "1 changed"

@@ -9,7 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "cli/FailureWords.h"
 #include "cli/GlobalOptions.h"
 #include "cli/Names.h"
 #include "cli/Report.h"
@@ -57,12 +56,10 @@ class Session : private Observer {
         LogInReport& operator=(const LogInReport&) = delete;
     };
 
-    void Detail(const std::string& text) override { m_report.Detail(Said(text)); }
-    void Remark(const std::string& text) override { m_report.Remark(Said(text)); }
-    void Warning(const std::string& text) override { m_report.Warning(Said(text)); }
-    void Error(const std::string& text, const std::string& lines) override {
-        m_report.Error(Said(text), lines);
-    }
+    void Detail(const std::string& text) override { m_report.Detail(text); }
+    void Remark(const std::string& text) override { m_report.Remark(text); }
+    void Warning(const std::string& text) override { m_report.Warning(text); }
+    void Error(const std::string& text, const std::string& lines) override { m_report.Error(text, lines); }
     void Progress(std::size_t done, std::size_t total) override { m_report.Progress(done, total); }
     void Done(const FileOutcome& outcome) override;
     void Recorded(std::int64_t entry) override;

@@ -2,19 +2,22 @@
 #include <malloc.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <iterator>
 #include <new>
 #include <string>
+#include <string_view>
 
 #include "cli/CommandLine.h"
 #include "cli/ExitStatus.h"
-#include "cli/FailureWords.h"
 #include "cli/Fields.h"
 #include "cli/Names.h"  // IWYU pragma: keep, no name of it is ever written
 #include "cli/Report.h"
 #include "cli/Session.h"
+#include "cli/Translation.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Staging.h"
@@ -55,6 +58,19 @@ void KeepMemory() {
 #endif
 }
 
+/// What a program reads is English, whatever language it is run in.
+bool IsForProgram(int count, char** arguments) {
+    constexpr std::string_view kWords[] = {"--json", "--format=openmetrics", "openmetrics"};
+    char** const end = arguments + count;
+    return std::find_first_of(arguments, end, std::begin(kWords), std::end(kWords)) != end;
+}
+
+void SetLanguage(int count, char** arguments) {
+    if (IsForProgram(count, arguments)) return UseReadersLetters();
+    UseReadersLanguage();
+    BindCatalogues();
+}
+
 int Run(const Call& call, Report& report) {
     try {
         Session session(call.options, report);
@@ -63,14 +79,14 @@ int Run(const Call& call, Report& report) {
         // The module reports some failures to the log only.
         return status != kFailed && failures.Any() ? kFailed : status;
     } catch (const UsageError& error) {
-        report.Error(Said(error.what()));
+        report.Error(error.what());
         return kWrongUse;
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception& error) {
         const Failure failure = FailureOf(error);
         report.Set("failure", FieldsOf(failure));
-        report.Error(Said(failure), failure.Lines());
+        report.Error(failure.what(), failure.Lines());
         return kFailed;
     }
 }
@@ -85,7 +101,7 @@ int RunProgram(int count, char** arguments) {
     status = Run(*call, report);
     const std::string left = Staging::LeftBehind();
     if (!left.empty()) {
-        report.Error(Said(left));
+        report.Error(left);
         status = kFailed;
     }
     return report.Finish(status);
@@ -99,7 +115,7 @@ int main(int count, char** arguments) {
     ZET::Cli::TurnSignalsIntoErrors();
     ZET::Cli::HearOfEndedPrograms();
     ZET::Cli::KeepMemory();
-    ZET::Deploy::UseReadersLanguage();
+    ZET::Cli::SetLanguage(count, arguments);
     try {
         return ZET::Cli::RunProgram(count, arguments);
     } catch (const std::bad_alloc&) {

@@ -1,9 +1,8 @@
 #include "Catalogues.h"
 
-#include <dlfcn.h>
 #include <libintl.h>
 
-#include "posix/PathNames.h"
+#include "posix/OwnPlace.h"
 
 namespace ZET::Core {
 
@@ -12,12 +11,9 @@ namespace {
 /// The translations are in the prefix that the library is in, wherever that was put; where the library is a
 /// part of another program, they are where they were to be installed.
 std::string Directory() {
-    Dl_info own = {};
-    if (dladdr(reinterpret_cast<const void*>(&BindCatalogue), &own) == 0 || own.dli_fname == nullptr)
-        return ZET_LOCALE_DIR;
-    const std::string library = own.dli_fname;
-    const bool isLibrary = library.starts_with('/') && BaseNameOf(library).starts_with("libzet-core.so");
-    return isLibrary ? DirectoryOf(library) + "/" ZET_LOCALE_WAY : ZET_LOCALE_DIR;
+    const std::string library =
+        LibraryDirectory(reinterpret_cast<const void*>(&BindCatalogue), "libzet-core.so");
+    return library.empty() ? ZET_LOCALE_DIR : library + "/" ZET_LOCALE_WAY;
 }
 
 }  // namespace

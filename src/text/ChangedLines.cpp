@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "text/Lines.h"
+#include "text/Words.h"
 
 namespace ZET::Text {
 
@@ -19,7 +20,11 @@ class Ranges {
     }
 
     bool IsEmpty() const { return m_text.empty(); }
-    std::string Text() const { return (m_isOne ? "line " : "lines ") + m_text; }
+
+    /// In a text about one line, or one about several.
+    std::string In(const char* one, const char* several) const {
+        return Words(m_isOne ? one : several, m_text);
+    }
 
   private:
     std::string m_text;
@@ -43,9 +48,11 @@ class DiffReader {
     std::string Result() {
         End();
         std::string text;
-        if (!m_changed.IsEmpty()) text = m_changed.Text() + " changed";
+        if (!m_changed.IsEmpty())
+            text = m_changed.In(ZET_TEXT("line %s changed"), ZET_TEXT("lines %s changed"));
         if (!m_removed.IsEmpty())
-            text += (text.empty() ? "" : ", ") + m_removed.Text() + " of the old text removed";
+            text += (text.empty() ? "" : ", ") + m_removed.In(ZET_TEXT("line %s of the old text removed"),
+                                                              ZET_TEXT("lines %s of the old text removed"));
         return text;
     }
 

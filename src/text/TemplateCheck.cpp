@@ -11,6 +11,7 @@
 #include "text/Placeholders.h"
 #include "text/PlainValues.h"
 #include "text/Regions.h"
+#include "text/Words.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Text {
@@ -207,18 +208,19 @@ class TemplateChecker {
                         !unknown.emplace(expansion.Column(), expansion.Placeholder()).second)
                         break;
                     Add(expansion.Column(),
-                        "placeholder " + Quoted(expansion.Placeholder()) + " has no value",
-                        "use one that \"values\" lists, or correct its name", expansion.Placeholder());
+                        Words("placeholder %s has no value", Quoted(expansion.Placeholder())),
+                        _("use one that \"values\" lists, or correct its name"), expansion.Placeholder());
                     break;
                 case Verdict::NoEnd:
-                    return Add(expansion.Column(), "\"${\" has no \"}\" after it in its line",
-                               "close the placeholder, or begin the line with #");
+                    return Add(expansion.Column(), _("\"${\" has no \"}\" after it in its line"),
+                               _("close the placeholder, or begin the line with #"));
                 case Verdict::Endless:
-                    return Add(expansion.Column(),
-                               "the expansion of " + Quoted(expansion.Placeholder()) +
-                                   " does not end within 100,000 replacements and 16 MiB",
-                               "take the placeholder that leads back to it out of the values",
-                               expansion.Placeholder());
+                    return Add(
+                        expansion.Column(),
+                        Words("the expansion of %s does not end within 100,000 replacements and 16 MiB",
+                              Quoted(expansion.Placeholder())),
+                        _("take the placeholder that leads back to it out of the values"),
+                        expansion.Placeholder());
             }
         }
     }
@@ -239,8 +241,9 @@ class TemplateChecker {
         if (wasInComment || IsInTemplateComment() || m_hasFirstLine || text.empty()) return;
         m_hasFirstLine = true;
         if (!m_hasNotice || !MustComeFirst(text)) return;
-        Add(1, "the programs that read the file need this line as its first, and the notice comes before it",
-            "say notice = false in its entry of the list");
+        Add(1,
+            _("the programs that read the file need this line as its first, and the notice comes before it"),
+            _("say notice = false in its entry of the list"));
     }
 
     /// The module takes a notice in the first line for the one it would write, wherever in it the marker is.
@@ -248,15 +251,16 @@ class TemplateChecker {
         if (!m_hasNoticeBefore && !HasNoticeMarker(text)) return;
         const std::size_t place = line.find(ZETNoticeMarker);
         Add(place == std::string_view::npos ? ColumnOfPlaceholder(line) : static_cast<int>(place) + 1,
-            Quoted(ZETNoticeMarker) + " in its first line keeps the notice out that names the template",
-            "take the notice out: a commit writes its own");
+            Words("%s in its first line keeps the notice out that names the template",
+                  Quoted(ZETNoticeMarker)),
+            _("take the notice out: a commit writes its own"));
     }
 
     void TellMadeMarker(Marker marker, std::string_view line) {
         Add(ColumnOfPlaceholder(line),
-            "a value makes this line begin with " + Quoted(MarkerText(marker)) +
-                ", which marks lines of the system itself",
-            "give the placeholder another value");
+            Words("a value makes this line begin with %s, which marks lines of the system itself",
+                  Quoted(MarkerText(marker))),
+            _("give the placeholder another value"));
     }
 
     static int ColumnOfPlaceholder(std::string_view line) {
@@ -267,8 +271,8 @@ class TemplateChecker {
         const std::size_t openedAt = regions.follower.OpenedAt();
         switch (regions.follower.Take(marker, static_cast<std::size_t>(m_line))) {
             case RegionStep::StrayEnd:
-                return Add(1, Quoted(MarkerText(marker)) + " ends no region",
-                           "add its begin, or take the line out");
+                return Add(1, Words("%s ends no region", Quoted(MarkerText(marker))),
+                           _("add its begin, or take the line out"));
             case RegionStep::NestedBegin:
                 return AddInside(marker, openedAt);
             case RegionStep::Begin:
@@ -283,15 +287,16 @@ class TemplateChecker {
 
     void AddInside(Marker inner, std::size_t openedAt) {
         Add(1,
-            Quoted(MarkerText(inner)) + " inside a region that line " + std::to_string(openedAt) + " opened",
-            "end that region before this line");
+            Words("%s inside a region that line %s opened", Quoted(MarkerText(inner)),
+                  std::to_string(openedAt)),
+            _("end that region before this line"));
     }
 
     void CheckClosed(const RegionFollower& follower) {
         if (!follower.IsInside()) return;
         m_line = static_cast<int>(follower.OpenedAt());
-        Add(1, Quoted(MarkerText(follower.Opener())) + " has no end",
-            "add a line " + Quoted(EndOf(follower.Opener())));
+        Add(1, Words("%s has no end", Quoted(MarkerText(follower.Opener()))),
+            Words("add a line %s", Quoted(EndOf(follower.Opener()))));
     }
 
     void Add(int column, const std::string& text, const std::string& remedy, const std::string& quoted = "") {

@@ -69,6 +69,9 @@ configure() {
     [ "$status" -eq 0 ]
     [ "$output" = "$HOST/file: changed, the original is kept as $HOST/file.before_zet" ]
     grep -Fx a=2 file
+    run env LC_ALL=C.UTF-8 LANGUAGE=de examples/edit "$HOST/missing" a 2
+    [ "$status" -eq 1 ]
+    [ "$output" = "$HOST/missing: existiert nicht (legen Sie es an, oder berichtigen Sie den Pfad)" ]
 
     cp -r "$PREFIX/share/zet/templates" templates
     list_only templates idmapd.conf "$HOST/idmapd.conf"

@@ -23,7 +23,7 @@ expected_files() {
             "lib/lib$name.so.$version 644" "lib/pkgconfig/$name.pc 644"
     done
     for language in de es fr; do
-        for name in libzet-config libzet-core zet-tools; do echo "share/locale/$language/LC_MESSAGES/$name.mo 644"; done
+        for name in libzet-config libzet-core libzet-deploy zet-tools; do echo "share/locale/$language/LC_MESSAGES/$name.mo 644"; done
     done
     # The name of the kind of build is in the name of one file.
     basename -a "$PREFIX"/lib/cmake/zet/zet-config-*.cmake | grep -v version | sed 's|.*|lib/cmake/zet/& 644|'

@@ -31,6 +31,10 @@ lacks() {
     has libzet-core "Argument is empty for '%s'."
     has libzet-core "Failed to sync file '%s': %m."
     has libzet-core "it has no entry point '%s'"
+    has libzet-deploy "is made from [%s]"
+    has libzet-deploy "run the command as a user who may"
+    has zet-tools "no targets"
+    lacks zet-tools "is made from [%s]"
     lacks libzet-config "Argument is empty for '%s'."
     lacks libzet-core "Invalid config object '%s'."
 }
@@ -44,8 +48,17 @@ lacks() {
     done <<<"$wanted"
 }
 
+@test "no text of a failure is left out" {
+    wanted=$(cat src/deploy/*/*.{cpp,h} src/deploy/state/store/*.{cpp,h} src/text/{,repair/}*.{cpp,h} | tr '\n' ' ' |
+        grep -oE '((\.text|\.remedy) = |(UsageError|Warning|Remark|Detail|Fail|Error)\()"[^"]*[a-z]{2,} [a-z][^"]*"' || true)
+    [ -z "$wanted" ] || {
+        echo "is not in _() or Words(): $wanted"
+        return 1
+    }
+}
+
 @test "a template of a catalogue can be made into one" {
-    for domain in libzet-config libzet-core; do
+    for domain in libzet-config libzet-core libzet-deploy; do
         msgen "$TEXTS/$domain.pot" | sed 's/CHARSET/UTF-8/' | msgfmt --check-format -o /dev/null -
     done
 }

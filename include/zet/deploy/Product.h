@@ -22,6 +22,10 @@ namespace ZET::Deploy {
 /// Every call throws `UsageError` for what makes no sense, `Failure` for what could not be done (also where
 /// the core or the module could not do it; it has file, line, remedy and `errno` apart), and may throw
 /// `std::bad_alloc`; where it says nothing else, nothing was changed then.
+///
+/// Problems, failures, remarks and what an observer is told are in the language that the program has set for
+/// LC_MESSAGES with `setlocale`, English unless it has: who wants to know what happened asks the fields, and
+/// no words.
 class ZET_API Product {
   public:
     /// Reads the parameters from `configFile` and loads the module. A file that is missing or broken, and a

@@ -1,6 +1,5 @@
 #include "deploy/targets/Check.h"
 #include "cli/ExitStatus.h"
-#include "cli/FailureWords.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
 #include "cli/Translation.h"
@@ -35,12 +34,12 @@ int CheckConfig(Session& session, const CheckOptions& asked) {
     const CheckResult checked = Check(session.Product(), asked.templates);
     TellChecksNotRun(session, checked.checksNotRun);
     for (const Problem& problem : checked.problems) {
-        report.Line(Said(problem));
+        report.Line(problem.Describe());
         report.Lines(problem.output);
         report.Add("problems", FieldsOf(problem));
     }
     for (const Problem& warning : checked.warnings)
-        report.Warning(Said(warning));
+        report.Warning(warning.Describe());
     if (checked.unusedValues) ReportUnused(report, *checked.unusedValues);
     if (checked.problems.empty()) report.Remark(_("no problems found"));
     return checked.problems.empty() ? kDone : kFailed;

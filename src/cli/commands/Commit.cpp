@@ -1,7 +1,6 @@
 #include "deploy/targets/Commit.h"
 #include "cli/Assignments.h"
 #include "cli/ExitStatus.h"
-#include "cli/FailureWords.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
 #include "cli/Translation.h"
@@ -29,7 +28,7 @@ OnEdit OnEditOf(const CommitOptions& asked) {
 }
 
 std::string Describe(const FileOutcome& outcome, bool isDryRun) {
-    if (!outcome.remark.empty()) return Said(outcome.remark);
+    if (!outcome.remark.empty()) return outcome.remark;
     if (!outcome.IsChange()) return ResultText(outcome.result, false);
     std::string text = ResultText(outcome.result, isDryRun);
     const std::string attributes = DescribeChange(outcome.before, outcome.after);
@@ -55,7 +54,7 @@ void TellTarget(Session& session, const FileOutcome& outcome) {
 
 int TellProblems(Report& report, const std::vector<Problem>& problems) {
     for (const Problem& problem : problems) {
-        report.Error(Said(problem));
+        report.Error(problem.Describe());
         report.Add("problems", FieldsOf(problem));
     }
     report.Remark(_("nothing was changed"));

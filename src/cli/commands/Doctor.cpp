@@ -1,5 +1,4 @@
 #include "cli/ExitStatus.h"
-#include "cli/FailureWords.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
 #include "cli/Translation.h"
@@ -36,7 +35,7 @@ void ReportDamage(Report& out, const std::string& path, const Text::MarkerDamage
     fields.emplace_back("ambiguous", damage.IsAmbiguous());
     fields.emplace_back("choices", std::move(choices));
     out.Add("problems", std::move(fields));
-    out.Line(Said(problem));
+    out.Line(problem.Describe());
 }
 
 /// What was only looked at is shown; of what is written, there is the diff that --diff shows.

@@ -2,7 +2,6 @@
 #include <ostream>
 
 #include "cli/ExitStatus.h"
-#include "cli/FailureWords.h"
 #include "cli/FileReport.h"
 #include "cli/HistoryWords.h"
 #include "cli/Translation.h"
@@ -141,8 +140,7 @@ bool TellDiffOf(Session& session, const HistoryDiff& diff) {
     if (!DescribeChange(diff.file.before, diff.file.after).empty() && diff.file.before.exists)
         out.Line(LineOf(diff.file));
     TellDiff(out, diff.diff);
-    if (!diff.trouble.empty())
-        out.Error(diff.file.path + ": " + Said(diff.trouble) + _(" (look into a backup)"));
+    if (!diff.trouble.empty()) out.Error(diff.file.path + ": " + diff.trouble + _(" (look into a backup)"));
     return diff.trouble.empty();
 }
 

@@ -1,7 +1,6 @@
 #include "deploy/targets/Rollback.h"
 #include "cli/EntryNumber.h"
 #include "cli/ExitStatus.h"
-#include "cli/FailureWords.h"
 #include "cli/FileReport.h"
 #include "cli/Translation.h"
 #include "cli/commands/Registrations.h"
@@ -23,7 +22,7 @@ struct RollbackOptions {
 
 void TellTarget(Session& session, const FileOutcome& outcome) {
     if (!session.Asked().quiet || outcome.IsChange())
-        session.Out().Line(outcome.path + ": " + Said(outcome.remark));
+        session.Out().Line(outcome.path + ": " + outcome.remark);
     TellDiff(session.Out(), outcome.diff);
     FileOutcome entry = outcome;
     if (outcome.result == FileOutcome::Result::Kept) entry.reserve = ReserveOf(outcome.path);

@@ -2,7 +2,6 @@
 #include <utility>
 
 #include "cli/ExitStatus.h"
-#include "cli/FailureWords.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
 #include "cli/Metrics.h"
@@ -59,8 +58,7 @@ void TellRole(Session& session, const RoleStatus& status) {
 
 void TellTrouble(Session& session, const TargetState& target) {
     if (!target.trouble.empty())
-        session.Out().Error(target.path + ": " +
-                            Filled(_("its state cannot be told: %s"), {Said(target.trouble)}));
+        session.Out().Error(target.path + ": " + Filled(_("its state cannot be told: %s"), {target.trouble}));
 }
 
 void TellTarget(Session& session, const TargetState& target) {

@@ -1,7 +1,6 @@
 #include "deploy/targets/TemplateStates.h"
 
 #include "cli/ExitStatus.h"
-#include "cli/FailureWords.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
 #include "cli/Translation.h"
@@ -14,8 +13,9 @@ namespace ZET::Cli {
 namespace {
 
 /// What the library says of a working copy, and the reader gets in his language.
-[[maybe_unused]] constexpr const char* kStates[] = {ZET_TEXT("current"), ZET_TEXT("newer shipped"),
-                                                    ZET_TEXT("edited, newer shipped"), ZET_TEXT("own")};
+[[maybe_unused]] constexpr const char* kStates[] = {
+    ZET_TEXT("current"), ZET_TEXT("newer shipped"), ZET_TEXT("edited, newer shipped"),
+    ZET_TEXT("own"),     ZET_TEXT("not installed"), ZET_TEXT("not shipped")};
 
 struct NoOptions {};
 
@@ -75,7 +75,7 @@ Fields FieldsOf(const TemplateState& state) {
 /// A template that nobody can look at is told, and fails the command.
 bool TellTrouble(Session& session, const TemplateState& state) {
     if (state.trouble.empty()) return false;
-    session.Out().Error(state.name + ": " + Filled(_("its state cannot be told: %s"), {Said(state.trouble)}));
+    session.Out().Error(state.name + ": " + Filled(_("its state cannot be told: %s"), {state.trouble}));
     return true;
 }
 

@@ -1,7 +1,6 @@
 #include "deploy/targets/TemplateUpgrade.h"
 
 #include "cli/ExitStatus.h"
-#include "cli/FailureWords.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
 #include "cli/Translation.h"
@@ -32,7 +31,7 @@ int Upgrade(Session& session, const UpgradeOptions& asked) {
 
 bool TellProblems(Session& session, const std::vector<Problem>& problems) {
     for (const Problem& problem : problems) {
-        session.Out().Error(Said(problem));
+        session.Out().Error(problem.Describe());
         session.Out().Add("problems", FieldsOf(problem));
     }
     return !problems.empty();

@@ -1,7 +1,6 @@
 #include "deploy/undo/Undo.h"
 #include "cli/EntryNumber.h"
 #include "cli/ExitStatus.h"
-#include "cli/FailureWords.h"
 #include "cli/Fields.h"
 #include "cli/FileReport.h"
 #include "cli/Translation.h"
@@ -62,7 +61,7 @@ int RunUndo(Session& session, const UndoWords& asked) {
 
 int ReportUndo(Session& session, const UndoResult& result) {
     for (const Problem& problem : result.problems) {
-        session.Out().Error(Said(problem));
+        session.Out().Error(problem.Describe());
         session.Out().Add("problems", FieldsOf(problem));
     }
     if (!result.problems.empty()) {

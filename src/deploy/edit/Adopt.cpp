@@ -9,6 +9,7 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/Process.h"
 #include "deploy/host/Staging.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/state/Recording.h"
@@ -89,10 +90,9 @@ class Adopting {
     void RequireLastRendering(const KnownFile& known, const std::string& rendered) {
         if (IsLastRendering(known, rendered)) return;
         throw Failure({.file = m_path,
-                       .text =
-                           "its template or a parameter changed since the last commit, so nobody can tell "
-                           "what was edited",
-                       .remedy = "take that change back, then adopt, then make it again"});
+                       .text = _("its template or a parameter changed since the last commit, so nobody can "
+                                 "tell what was edited"),
+                       .remedy = _("take that change back, then adopt, then make it again")});
     }
 
     /// One that the module would never return from, or that the next commit would refuse, is not tried.
@@ -108,14 +108,14 @@ class Adopting {
         Secrets& secrets = m_product.HostSecrets();
         if (secrets.Hides(m_path)) first.HideQuoted(secrets.Excuse(m_path));
         throw Failure({.file = m_path,
-                       .text = "its edit makes no template that can be committed: " + first.text,
-                       .remedy = "take that out, or edit " + m_workingCopy + " by hand"});
+                       .text = Words("its edit makes no template that can be committed: %s", first.text),
+                       .remedy = Words("take that out, or edit %s by hand", m_workingCopy)});
     }
 
     [[noreturn]] void FailToTrace() const {
         throw Failure({.file = m_path,
-                       .text = "no template can be told from which it would be made",
-                       .remedy = "edit " + m_workingCopy + " by hand, and commit"});
+                       .text = _("no template can be told from which it would be made"),
+                       .remedy = Words("edit %s by hand, and commit", m_workingCopy)});
     }
 
     std::string NewTemplate(const std::string& rendered, const std::string& edited) {
@@ -138,8 +138,8 @@ class Adopting {
             edited.compare(0, length, rendered, 0, length) == 0)
             return;
         throw Failure({.file = m_path,
-                       .text = "its notice was changed, too, which is not of the template",
-                       .remedy = "put the notice back as it was"});
+                       .text = _("its notice was changed, too, which is not of the template"),
+                       .remedy = _("put the notice back as it was")});
     }
 
     std::vector<Text::Hunk> HunksBetween(const Body& before, const Body& after) {
@@ -164,8 +164,8 @@ class Adopting {
             problems.push_back(
                 {.file = m_path,
                  .line = static_cast<int>(line.line + linesBefore),
-                 .text = "the value of " + names + " does not stand in it, or in more than one way",
-                 .remedy = "change the parameter, or edit " + m_workingCopy + " by hand"});
+                 .text = Words("the value of %s does not stand in it, or in more than one way", names),
+                 .remedy = Words("change the parameter, or edit %s by hand", m_workingCopy)});
         }
         Problem first = problems.front();
         for (auto problem = problems.begin() + 1; problem != problems.end(); ++problem)
@@ -177,7 +177,7 @@ class Adopting {
         FileOutcome outcome;
         outcome.file = outcome.path = m_workingCopy;
         outcome.before = outcome.after = StateOf(m_workingCopy);
-        outcome.remark = m_path + " is as it was committed";
+        outcome.remark = Words("%s is as it was committed", m_path);
         return outcome;
     }
 
@@ -187,7 +187,7 @@ class Adopting {
         const std::string made = m_staging.PathOf("template");
         WriteStagedFile(made, text, ModeOf(source));
         FileOutcome outcome = Unchanged();
-        outcome.remark = "with the edit of " + m_path;
+        outcome.remark = Words("with the edit of %s", m_path);
         outcome.templateName = m_templateName;
         outcome.result = outcome.before.exists ? FileOutcome::Result::Changed : FileOutcome::Result::Created;
         outcome.after = StateInPlace(m_workingCopy, made);
@@ -206,9 +206,9 @@ class Adopting {
         recording.Begin();
         if (!recording.IsOn())
             throw Failure({.file = m_path,
-                           .text = "is not adopted, since nobody could tell the edit from others afterwards: "
-                                   "the history cannot be written",
-                           .remedy = "see to ZET_VAR_LIB_DIR, then run the command again"});
+                           .text = _("is not adopted, since nobody could tell the edit from others "
+                                     "afterwards: the history cannot be written"),
+                           .remedy = _("see to ZET_VAR_LIB_DIR, then run the command again")});
         const FileInPlace place(
             m_product.HostPaths().FindReal(m_workingCopy, m_product.TrustedAt(m_workingCopy)), m_workingCopy);
         Replacement replacement(m_product, place, m_version);
@@ -222,7 +222,7 @@ class Adopting {
     /// A run that did not come to its end may have written the template.
     FileOutcome Remember(const Knowledge& knowledge) {
         FileOutcome outcome = Unchanged();
-        outcome.remark = m_path + " is as its template makes it";
+        outcome.remark = Words("%s is as its template makes it", m_path);
         if (m_product.Wanted().dryRun) return outcome;
         Recording recording(m_product, Recording::Use::OfTheProduct, m_writing.Records());
         ExpectTarget(recording, knowledge);
@@ -236,8 +236,8 @@ class Adopting {
     void RequireSameTarget() const {
         if (VersionOf(m_path) == m_targetVersion) return;
         throw Failure({.file = m_path,
-                       .text = "another program wrote it at the same time, and nothing was changed",
-                       .remedy = "look at it, and run the command again"});
+                       .text = _("another program wrote it at the same time, and nothing was changed"),
+                       .remedy = _("look at it, and run the command again")});
     }
 
     /// The working copy, and the target, which is from now on as a commit would make it.
@@ -277,11 +277,14 @@ FileOutcome AdoptFile(Deployment& product, const std::string& file) {
     const std::string path = product.HostPaths().WithRealDirectory(FileToRead(product, file));
     const Target* const target = product.Lists().CommittedTarget(path);
     if (target == nullptr && product.HostHistory().IsDenied())
-        throw Failure({.file = product.State().Store(),
-                       .text = "the history may not be read by this user, so that nobody can tell what " +
-                               file + " was made from",
-                       .remedy = "run the command as root"});
-    if (target == nullptr) throw UsageError(file + ": is no committed target (\"status\" lists them)");
+        throw Failure(
+            {.file = product.State().Store(),
+             .text = Words(
+                 "the history may not be read by this user, so that nobody can tell what %s was made from",
+                 file),
+             .remedy = _("run the command as root")});
+    if (target == nullptr)
+        throw UsageError(Words("%s: is no committed target (\"status\" lists them)", file));
     return Adopting(product, path, target->templateName).Run();
 }
 

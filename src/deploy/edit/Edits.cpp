@@ -4,6 +4,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/HostLists.h"
@@ -16,15 +17,15 @@ namespace ZET::Deploy {
 namespace {
 
 /// The module does not say what the reason was but in words.
-constexpr char kRemedyOfReading[] = "repair or replace the file or its file system";
+constexpr char kRemedyOfReading[] = ZET_TEXT("repair or replace the file or its file system");
 
 /// Without lists that can be read, nobody can tell; the edit keeps its reserve.
 const Target* CommittedTarget(Deployment& product, const std::string& path) {
     try {
         return product.Lists().CommittedTarget(path);
     } catch (const Failure& failure) {
-        product.Out().Warning(std::string(failure.what()) +
-                              "; so nobody can tell whether the next commit overwrites " + path);
+        product.Out().Warning(
+            Words("%s; so nobody can tell whether the next commit overwrites %s", failure.what(), path));
         return nullptr;
     }
 }
@@ -36,12 +37,13 @@ std::shared_ptr<IZETConfigFile> OpenedFile(Deployment& product, const std::strin
         return product.Config().OpenConfigFile(path, NameOf(product.Role()), noMarkers);
     });
     if (!file)
-        throw Failure({.file = path, .text = "cannot be read any more", .remedy = "run the command again"});
+        throw Failure(
+            {.file = path, .text = _("cannot be read any more"), .remedy = _("run the command again")});
     return file;
 }
 
 std::string FileToRead(const Host& host, const std::string& file) {
-    if (file.empty()) throw UsageError("FILE is empty (name a file)");
+    if (file.empty()) throw UsageError(_("FILE is empty (name a file)"));
     std::string path = host.FilePath(file);
     RequireReadableFile(path);
     return path;
@@ -49,7 +51,7 @@ std::string FileToRead(const Host& host, const std::string& file) {
 
 void RequireWholeFile(const EditOptions& options) {
     if (options.section)
-        throw UsageError("this edit knows no sections (leave the option out, or edit a parameter)");
+        throw UsageError(_("this edit knows no sections (leave the option out, or edit a parameter)"));
 }
 
 std::string FileToEdit(const Host& host, const std::string& file) {
@@ -64,8 +66,8 @@ void RequireNoTarget(Deployment& product, const std::string& path, const EditOpt
     if (target == nullptr) return;
     const std::string workingCopy = WorkingCopy(product, target->templateName);
     throw Failure({.file = path,
-                   .text = "is made from [" + target->templateName + "] and the next commit overwrites it",
-                   .remedy = "edit " + workingCopy + " and commit, or use --force"});
+                   .text = Words("is made from [%s] and the next commit overwrites it", target->templateName),
+                   .remedy = Words("edit %s and commit, or use --force", workingCopy)});
 }
 
 void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text, const EditOptions& options) {
@@ -73,12 +75,11 @@ void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text,
     if (options.noMarkers || !Text::MustComeFirst(text.firstLine) ||
         text.firstLine.find(ZETNoticeMarker) != std::string::npos)
         return;
-    throw Failure(
-        {.file = path,
-         .line = static_cast<int>(text.firstNumber),
-         .text =
-             "the programs that read the file need this line as its first, and a notice would come before it",
-         .remedy = "--no-markers edits without notice and markers"});
+    throw Failure({.file = path,
+                   .line = static_cast<int>(text.firstNumber),
+                   .text = _("the programs that read the file need this line as its first, and a notice "
+                             "would come before it"),
+                   .remedy = _("--no-markers edits without notice and markers")});
 }
 
 std::string LineToSet(Observer& observer, const std::string& path, const Text::TextToEdit& text,
@@ -87,10 +88,10 @@ std::string LineToSet(Observer& observer, const std::string& path, const Text::T
     if (ends.otherLine != 0) {
         const char* const how =
             ends.isOtherCarriageReturn
-                ? ": ends with a carriage return and a line feed, other lines with a line feed alone"
-                : ": ends with a line feed alone, other lines with a carriage return before it";
-        observer.Warning(path + ":" + std::to_string(ends.otherLine) + how +
-                         "; the line that is set has none (give all lines the same end)");
+                ? _("ends with a carriage return and a line feed, other lines with a line feed alone")
+                : _("ends with a line feed alone, other lines with a carriage return before it");
+        observer.Warning(Words("%s:%s: %s; the line that is set has none (give all lines the same end)", path,
+                               std::to_string(ends.otherLine), how));
     }
     return Text::WithLineEnd(line, ends);
 }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "deploy/edit/SoundBlocks.h"
+#include "deploy/host/Words.h"
 #include "deploy/targets/Deployment.h"
 #include "zet/IZETConfigFile.h"
 #include "zet/deploy/EditOptions.h"
@@ -41,7 +42,7 @@ std::string LineToSet(Observer& observer, const std::string& path, const Text::T
 
 /// What to do when an edited file could not be saved: the module does not say why.
 inline constexpr char kRemedyOfSaving[] =
-    "make room, or see to the rights of its directory; nothing was changed";
+    ZET_TEXT("make room, or see to the rights of its directory; nothing was changed");
 
 /// Saves without a reserve.
 void SaveEdited(IZETConfigFile& file);

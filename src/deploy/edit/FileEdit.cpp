@@ -5,6 +5,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Staging.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/targets/ShownDiff.h"
 #include "posix/PathNames.h"
@@ -43,7 +44,8 @@ FileOutcome FileEdit::Make(const Operation& operation, bool noBackup, const Insp
         } else {
             Apply(operation, noBackup, judge);
             outcome.after = StateOf(m_path);
-            if (!outcome.reserve.empty()) outcome.remark = "the original is kept as " + outcome.reserve;
+            if (!outcome.reserve.empty())
+                outcome.remark = Words("the original is kept as %s", outcome.reserve);
         }
     } catch (const LeftAsItIs&) {
         return LeaveUnchanged();
@@ -62,8 +64,8 @@ void FileEdit::Judge(const std::string& made, bool noBackup, const Inspection& i
     outcome.diff = DiffToShow(m_product, m_path, made, m_path);
     outcome.reserve = noBackup ? ReserveOf(m_path) : ReserveAfterChange(m_path);
     if (outcome.before.links > 1) {
-        m_product.Out().Warning(m_path + ": has " + std::to_string(outcome.before.links) +
-                                " names (hard links); the others keep the former text");
+        m_product.Out().Warning(Words("%s: has %s names (hard links); the others keep the former text",
+                                      m_path, std::to_string(outcome.before.links)));
     }
 }
 
@@ -116,8 +118,9 @@ void FileEdit::Perform(const Operation& operation, const std::string& path) {
     const LoggedFailures failures;
     operation(path);
     if (failures.Any())
-        throw Failure(
-            {.file = m_path, .text = "the edit failed, as the log says", .remedy = "nothing more was done"});
+        throw Failure({.file = m_path,
+                       .text = _("the edit failed, as the log says"),
+                       .remedy = _("nothing more was done")});
 }
 
 }  // namespace ZET::Deploy

@@ -8,6 +8,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Staging.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/state/OwnText.h"
@@ -31,25 +32,27 @@ std::string OtherSections(const std::vector<Text::Section>& sections) {
     const std::size_t count = std::min(sections.size(), kMostNames + 1);
     for (std::size_t i = 1; i < count; ++i)
         names += (names.empty() ? "" : ", ") + InBrackets(sections[i].name);
-    if (names.empty()) return "the file has no sections: leave --section out";
-    return "the file has " + names + (sections.size() > count ? ", ..." : "") +
-           "; a new one is a line that you write into the file yourself";
+    if (names.empty()) return _("the file has no sections: leave --section out");
+    return sections.size() > count
+               ? Words("the file has %s, ...; a new one is a line that you write into the file yourself",
+                       names)
+               : Words("the file has %s; a new one is a line that you write into the file yourself", names);
 }
 
 [[noreturn]] void FailInBlock(const std::string& path, const Text::Section& section) {
     throw Failure({.file = path,
                    .line = static_cast<int>(section.headingLine),
-                   .text = "the line " + InBrackets(section.name) +
-                           " stands in a managed block, which a restore takes out",
-                   .remedy = "write the line into the file yourself"});
+                   .text = Words("the line %s stands in a managed block, which a restore takes out",
+                                 InBrackets(section.name)),
+                   .remedy = _("write the line into the file yourself")});
 }
 
 [[noreturn]] void FailTwice(const std::string& path, const Text::Section& one, const Text::Section& other) {
     throw Failure({.file = path,
                    .line = static_cast<int>(other.headingLine),
-                   .text = "a second section " + InBrackets(other.name) +
-                           " begins here, after the one in line " + std::to_string(one.headingLine),
-                   .remedy = "join the two, or edit the line by hand"});
+                   .text = Words("a second section %s begins here, after the one in line %s",
+                                 InBrackets(other.name), std::to_string(one.headingLine)),
+                   .remedy = _("join the two, or edit the line by hand")});
 }
 
 const Text::Section& SectionCalled(const std::string& path, const std::vector<Text::Section>& sections,
@@ -62,8 +65,9 @@ const Text::Section& SectionCalled(const std::string& path, const std::vector<Te
         found = &section;
     }
     if (found != nullptr) return *found;
-    throw Failure(
-        {.file = path, .text = "has no section " + InBrackets(name), .remedy = OtherSections(sections)});
+    throw Failure({.file = path,
+                   .text = Words("has no section %s", InBrackets(name)),
+                   .remedy = OtherSections(sections)});
 }
 
 /// A private file that the module edits as it would any other.
@@ -99,12 +103,12 @@ std::string TextWithPart(Deployment& product, const std::string& text, const Fil
     const std::string noticeLine = std::string(ZETNoticeMarker) + "\n";
     std::string made = MadeOf(product, noticeLine + std::string(part.lines), noMarkers, edit);
     if (!made.starts_with(noticeLine))
-        throw Failure({.text = "the edit would change what the system wrote to keep order in the file",
-                       .remedy = "nothing was changed; choose the lines more closely"});
+        throw Failure({.text = _("the edit would change what the system wrote to keep order in the file"),
+                       .remedy = _("nothing was changed; choose the lines more closely")});
     made = text.substr(0, begin) + made.substr(noticeLine.size()) + text.substr(begin + part.lines.size());
     if (!noMarkers) made = MadeOf(product, made, noMarkers, [](IZETConfigFile&) {});
     if (failures.Any())
-        throw Failure({.text = "the edit failed, as the log says", .remedy = "nothing was changed"});
+        throw Failure({.text = _("the edit failed, as the log says"), .remedy = _("nothing was changed")});
     return made;
 }
 

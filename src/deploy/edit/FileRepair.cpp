@@ -4,6 +4,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/OwnText.h"
 
 namespace ZET::Deploy {
@@ -12,11 +13,11 @@ FileRepair::FileRepair(Deployment& product, const std::string& file)
     : m_edit(product, file), m_found(DiagnoseFile(product, file)) {}
 
 FileOutcome FileRepair::Make(bool noBackup) {
-    if (m_found.diagnosis.damages.empty()) return m_edit.LeaveUnchanged("no damage");
+    if (m_found.diagnosis.damages.empty()) return m_edit.LeaveUnchanged(_("no damage"));
     if (m_found.repair.empty()) {
         throw Failure({.file = m_found.path,
-                       .text = "has no damage that can be repaired in one way only, and was not changed",
-                       .remedy = "choose a repair, and make it by hand"});
+                       .text = _("has no damage that can be repaired in one way only, and was not changed"),
+                       .remedy = _("choose a repair, and make it by hand")});
     }
     const mode_t mode = ModeOf(m_edit.Path());
     return m_edit.Make([&](const std::string& path) { SaveOwnText(path, m_found.diagnosis.repaired, mode); },

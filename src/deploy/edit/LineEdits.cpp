@@ -9,6 +9,7 @@
 #include "deploy/edit/RestoreRules.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "deploy/targets/EditRules.h"
 #include "text/LineEnds.h"
 #include "text/Lines.h"
@@ -112,7 +113,7 @@ FileOutcome RestoreLine(Deployment& product, const std::string& file, const std:
     LineEdit edit(product, file, pattern, options);
     if (!HasSomethingToRestore(product.Core(), {edit.Path(), edit.Part().lines, pattern, pattern,
                                                 options.allBlocks, edit.Part().linesBefore}))
-        return edit.LeaveUnchanged("nothing to restore for \"" + pattern + "\"");
+        return edit.LeaveUnchanged(Words("nothing to restore for \"%s\"", pattern));
     return edit.Make([&](IZETConfigFile& opened) { opened.RestoreLine(pattern); });
 }
 

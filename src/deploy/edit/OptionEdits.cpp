@@ -10,6 +10,7 @@
 #include "deploy/edit/SoundBlocks.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/targets/EditRules.h"
 #include "zet/ZETHost.h"
@@ -22,8 +23,8 @@ constexpr char kConfigFile[] = "ZET_CFG";
 constexpr char kLanguage[] = "ZET_LANG";
 
 [[noreturn]] void FailToSet(const Failure& failure) {
-    throw Failure(std::string("the option would break the configuration file: ") + failure.what(),
-                  failure.Facts(), failure.ErrorNumber());
+    throw Failure(Words("the option would break the configuration file: %s", failure.what()), failure.Facts(),
+                  failure.ErrorNumber());
 }
 
 /// What is wrong with a copy of the file, as if it were wrong with the file itself.
@@ -64,9 +65,10 @@ bool IsAnythingCommitted(Deployment& product) {
 void RequireLastingDirectory(Deployment& product, const std::string& name, const std::string& value) {
     if (!IsDirectoryOfCommits(name) || product.HostPaths().NameInside(product.Param(name)) == value) return;
     if (!IsAnythingCommitted(product)) return;
-    throw Failure({.file = product.Param(kConfigFile),
-                   .text = name + " cannot be changed while targets are committed, which are known there",
-                   .remedy = "\"rollback-config\" of both roles first, and commit again afterwards"});
+    throw Failure(
+        {.file = product.Param(kConfigFile),
+         .text = Words("%s cannot be changed while targets are committed, which are known there", name),
+         .remedy = _("\"rollback-config\" of both roles first, and commit again afterwards")});
 }
 
 }  // namespace
@@ -83,7 +85,7 @@ FileOutcome SetOption(Deployment& product, const std::string& name, const std::s
     RequireOptionName(name, "NAME");
     RequireOneLine(value, "VALUE");
     if (name == kConfigFile)
-        throw UsageError("ZET_CFG is always the file that is read (name another one with --config)");
+        throw UsageError(_("ZET_CFG is always the file that is read (name another one with --config)"));
     if (const auto problem = ProblemOfParam(name, value))
         FailToSet(Failure({.text = problem->text, .remedy = problem->remedy}));
     RequireLastingDirectory(product, name, value);
@@ -105,13 +107,13 @@ FileOutcome SetOption(Deployment& product, const std::string& name, const std::s
                                          [&] { return product.Config().UpdateConfigFileParam(name, value); });
         if (!isRead)
             throw Failure(
-                {.file = file, .text = "cannot be read any more", .remedy = "run the command again"});
+                {.file = file, .text = _("cannot be read any more"), .remedy = _("run the command again")});
     };
     FileOutcome outcome =
         edit.Make(set, true, [&](const std::string& staged) { RequireParameterFile(staged, edit.Path()); });
     if (const auto below = product.Values().SourceBelowMain(name))
-        product.Out().Remark(name + " of " + below->file + ":" + std::to_string(below->line) +
-                             " does not count any more");
+        product.Out().Remark(
+            Words("%s of %s:%s does not count any more", name, below->file, std::to_string(below->line)));
     return outcome;
 }
 

@@ -10,6 +10,7 @@
 #include "deploy/edit/RestoreRules.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "deploy/targets/EditRules.h"
 #include "posix/ByteBlock.h"
 #include "text/LineEnds.h"
@@ -164,7 +165,7 @@ std::optional<std::string> GetParam(Deployment& product, const std::string& path
     const bool isFound = !section && IsLiteralName(name);
     const auto line = isFound ? look.Line() : LineOf(product, path, name, section);
     if (!line) {
-        RequireNoBlanks({path, name, LookForParam(path, name, section)}, "line get", "prints it");
+        RequireNoBlanks({path, name, LookForParam(path, name, section)}, "line get", _("prints it"));
         return std::nullopt;
     }
     if (look.MayHaveSections()) RequireOneSectionToGet({path, name, LookForParam(path, name, section)});
@@ -178,7 +179,7 @@ FileOutcome SetParam(Deployment& product, const std::string& file, const std::st
     RequireSectionName(options.section);
     ParamEdit edit(product, file, name, options, ParamEdit::View::Lines);
     edit.RequireLiteral(ZETEditOpening);
-    RequireNoBlanks(edit.Found(), "line set", "sets it");
+    RequireNoBlanks(edit.Found(), "line set", _("sets it"));
     if (!options.section) {
         RequireOneSectionToSet(edit.Found());
         RequirePlaceForNewLine(edit.Found());
@@ -194,11 +195,11 @@ FileOutcome UnsetParam(Deployment& product, const std::string& file, const std::
     RequireSectionName(options.section);
     ParamEdit edit(product, file, name, options, ParamEdit::View::Whole);
     edit.RequireLiteral(ZETLookupOpening);
-    RequireNoBlanks(edit.Found(), "line set", "comments it out, with a LINE that begins with \"#\"");
+    RequireNoBlanks(edit.Found(), "line set", _("comments it out, with a LINE that begins with \"#\""));
     if (!options.section) RequireOneSectionToGet(edit.Found());
     const std::string pattern = ZETLookupOpening + name + "=";
     const std::set<std::string> lines = SettingLines(product.Core(), edit.Part().lines, pattern);
-    if (lines.empty()) return edit.LeaveUnchanged("no line sets \"" + name + "\"");
+    if (lines.empty()) return edit.LeaveUnchanged(Words("no line sets \"%s\"", name));
     return edit.Make([&](IZETConfigFile& opened) {
         if (lines.size() == 1) return opened.SetLine(pattern, "#" + *lines.begin());
         for (const std::string& line : lines)
@@ -216,7 +217,7 @@ FileOutcome RestoreParam(Deployment& product, const std::string& file, const std
     if (!HasSomethingToRestore(product.Core(),
                                {edit.Path(), edit.Part().lines, ZETRestoreOpening + name + "=",
                                 ZETEditOpening + name + "=", options.allBlocks, edit.Part().linesBefore}))
-        return edit.LeaveUnchanged("nothing to restore for \"" + name + "\"");
+        return edit.LeaveUnchanged(Words("nothing to restore for \"%s\"", name));
     return edit.Make([&](IZETConfigFile& opened) { opened.RestoreParamValue(name); });
 }
 

@@ -4,6 +4,7 @@
 #include <functional>
 #include <vector>
 
+#include "deploy/host/Words.h"
 #include "deploy/targets/EditRules.h"
 #include "zet/deploy/Failure.h"
 
@@ -36,7 +37,7 @@ std::string Numbers(const std::vector<Text::ParamLine>& lines) {
         if (i > 0) text += i + 1 == lines.size() ? " and " : ", ";
         text += std::to_string(lines[i].number);
     }
-    return lines.size() > count ? text + " and " + std::to_string(lines.size() - count) + " more" : text;
+    return lines.size() > count ? Words("%s and %s more", text, std::to_string(lines.size() - count)) : text;
 }
 
 std::string Quoted(const std::string& name) {
@@ -50,10 +51,13 @@ void RequireOneSection(const FoundParam& found, const Selection& isSelected) {
     }
     if (firsts.size() < 2) return;
     const bool isBefore = firsts.front().section == 0;
-    throw Failure({.file = found.path,
-                   .text = std::to_string(firsts.size()) + (isBefore ? " parts" : " sections") + " have " +
-                           Quoted(found.name) + ", in lines " + Numbers(firsts),
-                   .remedy = isBefore ? "--section or --no-section says which" : "--section says which"});
+    throw Failure(
+        {.file = found.path,
+         .text = isBefore ? Words("%s parts have %s, in lines %s", std::to_string(firsts.size()),
+                                  Quoted(found.name), Numbers(firsts))
+                          : Words("%s sections have %s, in lines %s", std::to_string(firsts.size()),
+                                  Quoted(found.name), Numbers(firsts)),
+         .remedy = isBefore ? _("--section or --no-section says which") : _("--section says which")});
 }
 
 }  // namespace
@@ -64,10 +68,10 @@ void RequireNoBlanks(const FoundParam& found, const std::string& command, const 
     if (lines.empty()) return;
     throw Failure({.file = found.path,
                    .line = static_cast<int>(lines.front().number),
-                   .text = "sets " + Quoted(found.name) +
-                           " with blanks before the \"=\", which is no line \"name=value\"",
-                   .remedy = "\"" + command + "\" with the PATTERN \"^\\s*" + Escaped(found.name) +
-                             "\\s*=\" " + effect});
+                   .text = Words("sets %s with blanks before the \"=\", which is no line \"name=value\"",
+                                 Quoted(found.name)),
+                   .remedy = Words("\"%s\" with the PATTERN \"^\\s*%s\\s*=\" %s", command,
+                                   Escaped(found.name), effect)});
 }
 
 void RequireOneSectionToGet(const FoundParam& found) {
@@ -87,11 +91,11 @@ void RequireOneSectionToRestore(const FoundParam& found) {
 void RequirePlaceForNewLine(const FoundParam& found) {
     const auto& lines = found.look.Lines();
     if (found.look.PartCount() < 2 || std::any_of(lines.begin(), lines.end(), IsTaken)) return;
-    throw Failure({.file = found.path,
-                   .text = "no section has " + Quoted(found.name) +
-                           ", and a new line would come to stand in the last one, [" +
-                           found.look.LastSection() + "]",
-                   .remedy = "--section says where, --no-section before all of them"});
+    throw Failure(
+        {.file = found.path,
+         .text = Words("no section has %s, and a new line would come to stand in the last one, [%s]",
+                       Quoted(found.name), found.look.LastSection()),
+         .remedy = _("--section says where, --no-section before all of them")});
 }
 
 void TellLinesToSet(Observer& observer, const FoundParam& found) {
@@ -100,18 +104,20 @@ void TellLinesToSet(Observer& observer, const FoundParam& found) {
         std::all_of(taken.begin(), taken.end(), [](const Text::ParamLine& line) { return line.isInBlock; });
     if (taken.size() > 1 && !isAllInBlocks) {
         observer.Warning(
-            found.path + ": lines " + Numbers(taken) + " are " + Quoted(found.name) +
-            ", commented out or not; all of them are set (\"line set\" with a PATTERN sets one)");
+            Words("%s: lines %s are %s, commented out or not; all of them are set (\"line set\" with a "
+                  "PATTERN sets one)",
+                  found.path, Numbers(taken), Quoted(found.name)));
     }
     if (taken.size() == 1 && taken.front().form == Form::CommentedOut && !isAllInBlocks) {
-        observer.Remark(found.path + ":" + std::to_string(taken.front().number) + ": " + Quoted(found.name) +
-                        " stands here commented out, and the new line takes its place");
+        observer.Remark(Words("%s:%s: %s stands here commented out, and the new line takes its place",
+                              found.path, std::to_string(taken.front().number), Quoted(found.name)));
     }
     const auto mentioned =
         Selected(found, [](const Text::ParamLine& line) { return line.form == Form::Mentioned; });
     if (!taken.empty() || mentioned.empty()) return;
-    observer.Remark(found.path + ":" + std::to_string(mentioned.front().number) + ": " + Quoted(found.name) +
-                    " stands here commented out in another form, which stays; a new line is added");
+    observer.Remark(
+        Words("%s:%s: %s stands here commented out in another form, which stays; a new line is added",
+              found.path, std::to_string(mentioned.front().number), Quoted(found.name)));
 }
 
 }  // namespace ZET::Deploy

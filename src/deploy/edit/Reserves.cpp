@@ -7,6 +7,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Recording.h"
 #include "deploy/state/Replacement.h"
@@ -43,7 +44,7 @@ struct ReserveWork {
     }
 
     static std::string ResolvedFile(const Host& host, const std::string& file) {
-        if (file.empty()) throw UsageError("FILE is empty (name a file)");
+        if (file.empty()) throw UsageError(_("FILE is empty (name a file)"));
         return host.FilePath(file);
     }
 
@@ -104,9 +105,9 @@ struct ReserveWork {
 FileOutcome RecordAbsence(ReserveWork& work) {
     if (work.hasRecord)
         return work.Result(Result::Unchanged,
-                           "that there is no such file is recorded already, as " + work.record);
+                           Words("that there is no such file is recorded already, as %s", work.record));
     if (!work.IsDryRun()) work.Reserve();
-    return work.Result(Result::Reserved, "there is no such file, recorded as " + work.record);
+    return work.Result(Result::Reserved, Words("there is no such file, recorded as %s", work.record));
 }
 
 }  // namespace
@@ -116,7 +117,7 @@ FileOutcome StripFile(Deployment& product, const std::string& file, const EditOp
     FileEdit edit(product, file);
     RequireNoTarget(product, edit.Path(), options);
     const Text::TextToEdit text = LookAtRegions(product, {file, edit.Path()});
-    if (!text.hasRegions) return edit.LeaveUnchanged("no managed block and no notice in it");
+    if (!text.hasRegions) return edit.LeaveUnchanged(_("no managed block and no notice in it"));
     // A notice goes in again, but not in front of a line that has to stay the first.
     const bool noNotice = Text::MustComeFirst(text.firstLine);
     const auto strip = [&product, noNotice](const std::string& path) {
@@ -132,19 +133,20 @@ FileOutcome ReserveFile(Deployment& product, const std::string& file) {
     ReserveWork work(product, file);
     if (!work.hasFile) return RecordAbsence(work);
     RequireReadableFile(work.path);
-    if (work.hasReserve) return work.Result(Result::Unchanged, "it is kept already, as " + work.reserve);
+    if (work.hasReserve)
+        return work.Result(Result::Unchanged, Words("it is kept already, as %s", work.reserve));
     if (work.hasRecord)
         return work.Result(Result::Unchanged,
-                           "there was no such file before, as " + work.record + " records");
+                           Words("there was no such file before, as %s records", work.record));
     work.outcome.diff = DiffToShow(product, "", work.path, work.path, work.reserve);
     work.outcome.reserve = work.reserve;
     if (!work.IsDryRun()) work.Reserve();
-    return work.Result(Result::Reserved, "kept as " + work.reserve);
+    return work.Result(Result::Reserved, Words("kept as %s", work.reserve));
 }
 
 FileOutcome RestoreFile(Deployment& product, const std::string& file) {
     ReserveWork work(product, file, true);
-    if (!work.hasReserve && !work.hasRecord) return work.Result(Result::Unchanged, "nothing to put back");
+    if (!work.hasReserve && !work.hasRecord) return work.Result(Result::Unchanged, _("nothing to put back"));
     if (work.hasReserve) {
         if (work.hasFile) RequireReadableFile(work.path);
         work.outcome.diff = DiffToShow(product, work.hasFile ? work.path : "", work.reserve, work.path);
@@ -158,17 +160,18 @@ FileOutcome RestoreFile(Deployment& product, const std::string& file) {
                       [&] { RestoreOriginal(product, work.place, work.version); });
     }
     work.outcome.reserve = "";
-    if (work.hasReserve) return work.Result(Result::Restored, "from " + work.reserve);
-    return work.Result(Result::Forgotten, work.hasFile
-                                              ? "there was no such file before; this one stays (remove it by "
-                                                "hand if it is not wanted)"
-                                              : "there was no such file before, and there is none");
+    if (work.hasReserve) return work.Result(Result::Restored, Words("from %s", work.reserve));
+    return work.Result(
+        Result::Forgotten,
+        work.hasFile
+            ? _("there was no such file before; this one stays (remove it by hand if it is not wanted)")
+            : _("there was no such file before, and there is none"));
 }
 
 FileOutcome ForgetReserve(Deployment& product, const std::string& file, const EditOptions& options) {
     RequireWholeFile(options);
     ReserveWork work(product, file);
-    if (!work.hasReserve && !work.hasRecord) return work.Result(Result::Unchanged, "it has no reserve");
+    if (!work.hasReserve && !work.hasRecord) return work.Result(Result::Unchanged, _("it has no reserve"));
     RequireNoTarget(product, work.path, options);
     if (work.hasReserve) work.outcome.diff = DiffToShow(product, work.reserve, "", work.path, work.reserve);
     if (!work.IsDryRun()) {
@@ -178,7 +181,7 @@ FileOutcome ForgetReserve(Deployment& product, const std::string& file, const Ed
         });
     }
     work.outcome.reserve = "";
-    return work.Result(Result::Forgotten, "its reserve is dropped");
+    return work.Result(Result::Forgotten, _("its reserve is dropped"));
 }
 
 }  // namespace ZET::Deploy

@@ -2,6 +2,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "deploy/targets/EditRules.h"
 #include "text/ManagedText.h"
 #include "zet/ZETFormat.h"
@@ -28,8 +29,8 @@ class RestoreCheck {
         if (!m_others.empty() && !m_request.allBlocks) {
             throw Failure(
                 {.file = m_request.path,
-                 .text = "the restore would also drop managed blocks of others, in lines " + m_others,
-                 .remedy = "--all-blocks drops them too, \"explain\" tells what they are"});
+                 .text = Words("the restore would also drop managed blocks of others, in lines %s", m_others),
+                 .remedy = _("--all-blocks drops them too, \"explain\" tells what they are")});
         }
         return true;
     }
@@ -42,9 +43,10 @@ class RestoreCheck {
             const std::string_view line = m_text.Line(number).text;
             if (!Matches(m_formerPattern, line)) continue;
             if (!line.starts_with(ZETFormerLinePrefix)) {
-                throw UsageError("\"" + m_request.pattern + "\" also selects line " + NumberOf(number) +
-                                 " of " + m_request.path +
-                                 ", which keeps no former line (put alternatives in parentheses)");
+                throw UsageError(
+                    Words("\"%s\" also selects line %s of %s, which keeps no former line (put alternatives "
+                          "in parentheses)",
+                          m_request.pattern, NumberOf(number), m_request.path));
             }
             m_isSomething = true;
         }

@@ -2,6 +2,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/Words.h"
 #include "deploy/targets/FileOrigin.h"
 
 namespace ZET::Deploy {
@@ -15,7 +16,7 @@ Text::TextToEdit WithoutDamage(Host& host, const FileToLookAt& file, Text::LookA
     throw Failure({.file = file.path,
                    .line = static_cast<int>(damage->line),
                    .text = damage->text,
-                   .remedy = "\"" + host.Wanted().program + " doctor " + file.named + "\" tells a repair"});
+                   .remedy = Words("\"%s doctor %s\" tells a repair", host.Wanted().program, file.named)});
 }
 
 Text::TextToEdit LookAtFile(Host& host, const FileToLookAt& file, const Text::NoticeTexts* noticeTexts,

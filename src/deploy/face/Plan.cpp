@@ -1,6 +1,7 @@
 #include "zet/deploy/Plan.h"
 
 #include "deploy/face/Parts.h"
+#include "deploy/host/Words.h"
 #include "deploy/targets/Commit.h"
 #include "deploy/targets/CommitPlan.h"
 #include "zet/deploy/Commit.h"
@@ -49,8 +50,8 @@ Outcome Commit(Product& product, Plan& plan, Observer* observer) {
         std::string lines;
         for (const Problem& problem : plan.Problems())
             lines += problem.Describe() + "\n";
-        throw Failure({.text = "the plan has problems, and nothing was changed",
-                       .remedy = "solve them, and plan again",
+        throw Failure({.text = _("the plan has problems, and nothing was changed"),
+                       .remedy = _("solve them, and plan again"),
                        .output = lines});
     }
     Deployment& deployment = DeploymentOf(product);

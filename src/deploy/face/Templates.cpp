@@ -1,6 +1,7 @@
 #include "zet/deploy/Templates.h"
 
 #include "deploy/face/Parts.h"
+#include "deploy/host/Words.h"
 #include "deploy/targets/TemplateStates.h"
 #include "deploy/targets/TemplateUpgrade.h"
 
@@ -13,8 +14,8 @@ void RequireNone(const std::vector<Problem>& problems) {
     std::string lines;
     for (const Problem& problem : problems)
         lines += problem.Describe() + "\n";
-    throw Failure({.text = "the templates cannot be upgraded, and nothing was changed",
-                   .remedy = "solve these problems, or leave out the templates that have them",
+    throw Failure({.text = _("the templates cannot be upgraded, and nothing was changed"),
+                   .remedy = _("solve these problems, or leave out the templates that have them"),
                    .output = lines});
 }
 

@@ -1,6 +1,7 @@
 #include "zet/deploy/Undo.h"
 
 #include "deploy/face/Parts.h"
+#include "deploy/host/Words.h"
 #include "deploy/undo/Undo.h"
 
 namespace ZET::Deploy {
@@ -15,8 +16,8 @@ Outcome Collected(Product& product, Call call) {
     for (const Problem& problem : result.problems)
         lines += problem.Describe() + "\n";
     if (!lines.empty())
-        throw Failure({.text = "not everything can be put back, and nothing was changed",
-                       .remedy = "see to the files below",
+        throw Failure({.text = _("not everything can be put back, and nothing was changed"),
+                       .remedy = _("see to the files below"),
                        .output = lines});
     outcome.isComplete = !result.isKept;
     return outcome;

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/store/Erasure.h"
 
@@ -178,23 +179,24 @@ std::string TextOf(Deployment& product, std::int64_t number, const std::string& 
     const HistoryReader reader(product);
     const std::string name = reader.NameOf(file);
     const RecordedState state = StateOn(side, reader.FileOf(number, name));
-    const char* const when = side == Side::Before ? "before" : "after";
-    const std::string instant = std::string(when) + " change " + std::to_string(number);
+    const std::string instant =
+        Words(side == Side::Before ? ZET_TEXT("before change %s") : ZET_TEXT("after change %s"),
+              std::to_string(number));
     if (!state.exists)
         throw Failure({.file = reader.PathOf(name),
-                       .text = "there was no such file " + instant,
-                       .remedy = "\"history\" with its name tells when it was written"});
+                       .text = Words("there was no such file %s", instant),
+                       .remedy = _("\"history\" with its name tells when it was written")});
     const std::string trouble = reader.WhyNotKept(state);
     if (!trouble.empty())
         throw Failure({.file = reader.PathOf(name),
                        .text = instant + ", " + trouble,
-                       .remedy = "look for it in a backup of the host"});
+                       .remedy = _("look for it in a backup of the host")});
     const bool isForNobody = reader.AudienceOf(name, state) == Secrets::Audience::Nobody;
     product.HostSecrets().RequireShown(reader.PathOf(name));
     if (isForNobody && !product.Wanted().showsSecrets)
         throw Failure({.file = reader.PathOf(name),
-                       .text = "its text is not shown: it was committed, and is in no list any more",
-                       .remedy = "--show-secrets shows it"});
+                       .text = _("its text is not shown: it was committed, and is in no list any more"),
+                       .remedy = _("--show-secrets shows it")});
     return reader.Text(state);
 }
 

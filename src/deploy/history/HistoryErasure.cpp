@@ -1,6 +1,7 @@
 #include "deploy/history/HistoryErasure.h"
 
 #include "deploy/history/HistoryReader.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Lock.h"
 
@@ -12,9 +13,9 @@ void TellOfMerge(Deployment& product, const std::string& name) {
     const auto known = product.HostHistory().ToLook()->Known(name);
     if (!known || known->kind != FileKind::Target || !known->state.knowledge.base) return;
     product.Out().Warning(
-        product.HostPaths().FromInside(name) +
-        ": holds edits that a commit merged, and none can merge them again without its texts (put "
-        "them into its template)");
+        Words("%s: holds edits that a commit merged, and none can merge them again without its texts (put "
+              "them into its template)",
+              product.HostPaths().FromInside(name)));
 }
 
 }  // namespace

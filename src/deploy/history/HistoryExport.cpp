@@ -100,7 +100,7 @@ class Exporter {
     std::string TextToExport(const std::string& name, const RecordedState& state) const {
         if (m_reader.Hides(name, state))
             return m_reader.PathOf(name) + ": not exported, since it is not for everybody\n";
-        const std::string trouble = m_reader.WhyNotKept(state);
+        const std::string trouble = m_reader.WhyNotExported(state);
         return trouble.empty() ? m_reader.Text(state)
                                : m_reader.PathOf(name) + ": not exported, since " + trouble + "\n";
     }

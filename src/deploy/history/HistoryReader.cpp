@@ -6,22 +6,27 @@
 #include <filesystem>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Words.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
 
 namespace {
 
+bool LacksText(const RecordedState& state) {
+    return state.exists && !state.text;
+}
+
 std::string NameOfChange(std::int64_t number) {
-    return "change " + std::to_string(number);
+    return Words("change %s", std::to_string(number));
 }
 
 Store* StoreOf(Deployment& product) {
     History& history = product.HostHistory();
     if (history.IsDenied()) {
         throw Failure({.file = product.State().Store(),
-                       .text = "the history may not be read by this user",
-                       .remedy = "run the command as root"});
+                       .text = _("the history may not be read by this user"),
+                       .remedy = _("run the command as root")});
     }
     return history.ToLook();
 }
@@ -75,11 +80,12 @@ bool HistoryReader::Knows(const std::string& name) const {
 }
 
 std::string HistoryReader::NameOf(const std::string& file) const {
-    if (file.empty()) throw UsageError("FILE is empty (name a file)");
+    if (file.empty()) throw UsageError(_("FILE is empty (name a file)"));
     if (auto name = FindName(file)) return std::move(*name);
-    throw UsageError(PathOf(NamesOfPath(m_product.HostPaths(), file).front()) +
-                     (HasAny() ? ": is not in the history (\"history\" tells the files that are)"
-                               : ": nothing was recorded yet on this host"));
+    throw UsageError(HasAny() ? Words("%s: is not in the history (\"history\" tells the files that are)",
+                                      PathOf(NamesOfPath(m_product.HostPaths(), file).front()))
+                              : Words("%s: nothing was recorded yet on this host",
+                                      PathOf(NamesOfPath(m_product.HostPaths(), file).front())));
 }
 
 std::optional<std::string> HistoryReader::FindName(const std::string& file) const {
@@ -92,30 +98,40 @@ std::optional<std::string> HistoryReader::FindName(const std::string& file) cons
 RecordedEntry HistoryReader::Entry(std::int64_t number) const {
     const std::vector<RecordedEntry> newest = Entries(1);
     if (newest.empty())
-        throw UsageError("there is no " + NameOfChange(number) + ": nothing was recorded yet on this host");
+        throw UsageError(
+            Words("there is no %s: nothing was recorded yet on this host", NameOfChange(number)));
     if (number < 1 || number > newest.front().number) {
-        throw UsageError("there is no " + NameOfChange(number) + ": the last one is " +
-                         std::to_string(newest.front().number) + " (\"history\" tells them)");
+        throw UsageError(Words("there is no %s: the last one is %s (\"history\" tells them)",
+                               NameOfChange(number), std::to_string(newest.front().number)));
     }
     if (auto entry = m_store->Find(number)) return std::move(*entry);
-    throw Failure({.text = NameOfChange(number) + " is not kept any more, or changed nothing after all",
-                   .remedy = "\"history\" tells what there is; ZET_HISTORY_KEEP says how many are kept"});
+    throw Failure(
+        {.text = Words("%s is not kept any more, or changed nothing after all", NameOfChange(number)),
+         .remedy = _("\"history\" tells what there is; ZET_HISTORY_KEEP says how many are kept")});
 }
 
 RecordedFile HistoryReader::FileOf(std::int64_t number, const std::string& name) const {
     const std::string what = NameOfChange(Entry(number).number);
     for (RecordedFile& file : FilesOf(number))
         if (file.path == name) return RecordedFile(std::move(file));
-    throw UsageError(PathOf(name) + ": " + what +
-                     " did not write it (those that did: " + NumbersOf(m_store->EntriesOf(name)) + ")");
+    throw UsageError(Words("%s: %s did not write it (those that did: %s)", PathOf(name), what,
+                           NumbersOf(m_store->EntriesOf(name))));
 }
 
 std::string HistoryReader::WhyNotKept(const RecordedState& state) const {
-    if (!state.exists || state.text) return "";
-    const std::string size = "its text of " + std::to_string(state.size) + " bytes is not kept: it ";
-    return size + (state.size > m_product.HostHistory().Limits().largestText
-                       ? "is larger than ZET_HISTORY_MAX_FILE"
-                       : "was erased, or was larger than ZET_HISTORY_MAX_FILE then");
+    return LacksText(state) ? Words(ReasonOfLack(state), std::to_string(state.size)) : "";
+}
+
+std::string HistoryReader::WhyNotExported(const RecordedState& state) const {
+    return LacksText(state) ? Text::Filled(ReasonOfLack(state), {std::to_string(state.size)}) : "";
+}
+
+const char* HistoryReader::ReasonOfLack(const RecordedState& state) const {
+    return state.size > m_product.HostHistory().Limits().largestText
+               ? ZET_TEXT("its text of %s bytes is not kept: it is larger than ZET_HISTORY_MAX_FILE")
+               : ZET_TEXT(
+                     "its text of %s bytes is not kept: it was erased, or was larger than "
+                     "ZET_HISTORY_MAX_FILE then");
 }
 
 /// What a commit wrote and no list has any more may have been called secret there.

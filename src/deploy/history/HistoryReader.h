@@ -50,6 +50,9 @@ class HistoryReader {
     /// Why the text is not there though the file was; empty: it is.
     std::string WhyNotKept(const RecordedState& state) const;
 
+    /// The same in English, as all that outlasts its reader.
+    std::string WhyNotExported(const RecordedState& state) const;
+
     std::string Text(const RecordedState& state) const { return m_store->Text(*state.text); }
 
     /// Whose eyes the texts are for: as the list says, and as the file's mode said then.
@@ -60,6 +63,7 @@ class HistoryReader {
 
   private:
     bool Knows(const std::string& name) const;
+    const char* ReasonOfLack(const RecordedState& state) const;
 
     Deployment& m_product;
     Store* m_store;

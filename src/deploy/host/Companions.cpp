@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Words.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -19,14 +20,15 @@ std::string ReserveAfterChange(const std::string& path) {
 }
 
 void RequireNoCompanion(const std::string& path) {
-    const auto require = [&](std::string_view suffix, const std::string& what) {
+    const auto require = [&](std::string_view suffix, const char* what) {
         if (!path.ends_with(suffix)) return;
         const std::string file = path.substr(0, path.size() - suffix.size());
         if (file.empty() || file.ends_with('/')) return;
-        throw Failure({.file = path, .text = what + file, .remedy = "name " + file + ", or copy this one"});
+        throw Failure(
+            {.file = path, .text = Words(what, file), .remedy = Words("name %s, or copy this one", file)});
     };
-    require(ZETReserveSuffix, "is kept as the original of ");
-    require(ZETAbsenceSuffix, "records that there was no ");
+    require(ZETReserveSuffix, ZET_TEXT("is kept as the original of %s"));
+    require(ZETAbsenceSuffix, ZET_TEXT("records that there was no %s"));
 }
 
 }  // namespace ZET::Deploy

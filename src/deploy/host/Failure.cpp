@@ -1,5 +1,7 @@
 #include "deploy/host/Failure.h"
 
+#include "deploy/host/Words.h"
+
 namespace ZET::Deploy {
 
 UsageError::~UsageError() = default;
@@ -21,7 +23,7 @@ Problem ProblemOf(const std::string& file, const Failure& failure) {
         problem.line = problem.column = 0;
     }
     problem.textNamesFile = false;
-    if (problem.remedy.empty()) problem.remedy = "repair or replace the file";
+    if (problem.remedy.empty()) problem.remedy = _("repair or replace the file");
     return problem;
 }
 

@@ -14,6 +14,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "posix/Descriptor.h"
 #include "posix/ReadWrite.h"
 
@@ -33,13 +34,14 @@ constexpr auto kAsItIs = static_cast<uid_t>(-1);  // of an owner or a group
 struct stat OpenedStatus(int descriptor, const std::string& path) {
     struct stat status = {};
     if (descriptor < 0 && errno == ENOENT)
-        throw Failure({.file = path, .text = "does not exist", .remedy = "create it, or correct the path"},
-                      ENOENT);
-    if (descriptor < 0 || fstat(descriptor, &status) != 0) Fail(path, "cannot be read");
+        throw Failure(
+            {.file = path, .text = _("does not exist"), .remedy = _("create it, or correct the path")},
+            ENOENT);
+    if (descriptor < 0 || fstat(descriptor, &status) != 0) Fail(path, _("cannot be read"));
     if (S_ISDIR(status.st_mode))
-        throw Failure({.file = path, .text = "is a directory", .remedy = "name a file in it"});
+        throw Failure({.file = path, .text = _("is a directory"), .remedy = _("name a file in it")});
     if (!S_ISREG(status.st_mode))
-        throw Failure({.file = path, .text = "is no regular file", .remedy = "name a regular file"});
+        throw Failure({.file = path, .text = _("is no regular file"), .remedy = _("name a regular file")});
     return status;
 }
 
@@ -64,7 +66,7 @@ std::size_t ReadBlock(int descriptor, const std::string& path, std::span<char> b
     while (start < block.size() && start != enough) {
         const ssize_t count = ReadSome(descriptor, block.data() + start, block.size() - start);
         if (count == 0) break;
-        if (count < 0) Fail(path, "cannot be read");
+        if (count < 0) Fail(path, _("cannot be read"));
         start += static_cast<std::size_t>(count);
     }
     return start;
@@ -121,10 +123,10 @@ std::string ReadAll(int descriptor, const std::string& path, const struct stat& 
 void GiveOwner(int descriptor, const std::string& path, uid_t owner, gid_t group, mode_t mode) {
     for (const auto& [newOwner, newGroup] : {std::pair{owner, kAsItIs}, std::pair{kAsItIs, group}}) {
         if (fchown(descriptor, newOwner, newGroup) != 0 && errno != EPERM && errno != EINVAL)
-            Fail(path, "cannot get its owner");
+            Fail(path, _("cannot get its owner"));
     }
     // After the owner: a change of owner drops the set-user bits.
-    if (fchmod(descriptor, mode & kModeBits) != 0) Fail(path, "cannot get its mode");
+    if (fchmod(descriptor, mode & kModeBits) != 0) Fail(path, _("cannot get its mode"));
 }
 
 bool IsOwn(const struct stat& status) {
@@ -132,7 +134,7 @@ bool IsOwn(const struct stat& status) {
 }
 
 [[noreturn]] void FailOfOther(const std::string& path) {
-    throw Failure({.file = path, .text = "is in the way, and not from here", .remedy = "move it away"});
+    throw Failure({.file = path, .text = _("is in the way, and not from here"), .remedy = _("move it away")});
 }
 
 /// A new file, or a former one of this user's that has no other name, emptied.
@@ -140,9 +142,9 @@ Descriptor OpenStaged(const std::string& path) {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     Descriptor file(open(path.c_str(), kFlags, S_IRUSR | S_IWUSR));
     struct stat status = {};
-    if (file < 0 || fstat(file, &status) != 0) Fail(path, "cannot be written");
+    if (file < 0 || fstat(file, &status) != 0) Fail(path, _("cannot be written"));
     if (!IsOwn(status)) FailOfOther(path);
-    if (ftruncate(file, 0) != 0) Fail(path, "cannot be written");
+    if (ftruncate(file, 0) != 0) Fail(path, _("cannot be written"));
     return file;
 }
 
@@ -171,7 +173,7 @@ FileVersion VersionIn(int directory, const std::string& name, const std::string&
     struct stat status = {};
     if (fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         if (errno == ENOENT || errno == ENOTDIR) return {};
-        Fail(path, "cannot be looked at");
+        Fail(path, _("cannot be looked at"));
     }
     return VersionFrom(status);
 }
@@ -229,17 +231,17 @@ bool BeginsWith(int descriptor, const std::string& path, std::string_view bytes)
 
 mode_t ModeOf(const std::string& path) {
     struct stat status = {};
-    if (stat(path.c_str(), &status) != 0) Fail(path, "its mode cannot be read");
+    if (stat(path.c_str(), &status) != 0) Fail(path, _("its mode cannot be read"));
     return status.st_mode & kModeBits;
 }
 
 void RequireMode(int descriptor, const std::string& path, mode_t mode) {
     struct stat status = {};
     if ((descriptor >= 0 ? fstat(descriptor, &status) : lstat(path.c_str(), &status)) != 0)
-        Fail(path, "its mode cannot be read");
+        Fail(path, _("its mode cannot be read"));
     if ((status.st_mode & kModeBits) == (mode & kModeBits)) return;
     errno = EACCES;
-    if (descriptor < 0 || fchmod(descriptor, mode & kModeBits) != 0) Fail(path, "cannot get its mode");
+    if (descriptor < 0 || fchmod(descriptor, mode & kModeBits) != 0) Fail(path, _("cannot get its mode"));
 }
 
 void RequireModeOf(const std::string& model, const std::string& staged) {
@@ -254,15 +256,15 @@ void RequireModeOf(const std::string& model, const std::string& staged) {
 
 void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode) {
     const Descriptor descriptor = OpenStaged(path);
-    if (!WriteAll(descriptor, bytes)) Fail(path, "cannot be written");
-    if (fchmod(descriptor, mode & kModeBits) != 0) Fail(path, "cannot get its mode");
+    if (!WriteAll(descriptor, bytes)) Fail(path, _("cannot be written"));
+    if (fchmod(descriptor, mode & kModeBits) != 0) Fail(path, _("cannot get its mode"));
 }
 
 void CopyIntoStaging(const std::string& from, const std::string& to) {
     const Descriptor source(OpenToRead(from));
     const struct stat status = OpenedStatus(source, from);
     const Descriptor copy = OpenStaged(to);
-    if (!WriteAll(copy, ReadAll(source, from, status))) Fail(to, "cannot be written");
+    if (!WriteAll(copy, ReadAll(source, from, status))) Fail(to, _("cannot be written"));
     GiveOwner(copy, to, status.st_uid, status.st_gid, status.st_mode);
 }
 

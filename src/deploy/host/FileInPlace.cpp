@@ -10,6 +10,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "posix/PathNames.h"
 #include "zet/ZETHost.h"
 
@@ -39,8 +40,8 @@ FileInPlace::FileInPlace(FoundFile found, const std::string& path, Access access
     : m_path(path), m_found(std::move(found)), m_access(access) {
     if (!m_found.directory) {
         throw Failure({.file = DirectoryOf(path),
-                       .text = "is no directory that " + path + " can be in",
-                       .remedy = "create it, or correct the path"});
+                       .text = Words("is no directory that %s can be in", path),
+                       .remedy = _("create it, or correct the path")});
     }
     const std::optional<Problem>& objection = m_found.judge.Objection();
     if (geteuid() == 0 && objection) throw Failure(*objection);
@@ -74,8 +75,8 @@ void FileInPlace::Visit::FindWay() {
 void FileInPlace::Visit::Enter() {
     if (m_former >= 0 && fchdir(m_file.m_found.directory->descriptor) != 0) {
         throw SystemFailure({.file = m_file.m_found.directory->name,
-                             .text = "cannot be used",
-                             .remedy = "run the command as a user who may"},
+                             .text = _("cannot be used"),
+                             .remedy = _("run the command as a user who may")},
                             errno);
     }
     try {

@@ -11,6 +11,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "posix/PathNames.h"
 #include "zet/ZETFormat.h"
 
@@ -32,8 +33,8 @@ bool Look(int directory, const std::string& name, const std::string& path, struc
     if (fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) return true;
     if (errno == ENOENT || errno == ENOTDIR) return false;
     throw SystemFailure({.file = path,
-                         .text = "cannot tell whether it exists",
-                         .remedy = "run the command as a user who may search its directory"},
+                         .text = _("cannot tell whether it exists"),
+                         .remedy = _("run the command as a user who may search its directory")},
                         errno);
 }
 
@@ -98,12 +99,12 @@ std::optional<Problem> CheckReplaceableIn(int directory, const std::string& name
         return std::nullopt;
     const auto attributes = status.stx_attributes & status.stx_attributes_mask;
     if ((attributes & STATX_ATTR_MOUNT_ROOT) != 0)
-        return problem("is a mount point, and cannot be replaced",
-                       "unmount it, or write what is mounted there");
+        return problem(_("is a mount point, and cannot be replaced"),
+                       _("unmount it, or write what is mounted there"));
     if ((attributes & STATX_ATTR_IMMUTABLE) != 0)
-        return problem("is immutable, and cannot be replaced", "chattr -i it");
+        return problem(_("is immutable, and cannot be replaced"), _("chattr -i it"));
     if ((attributes & STATX_ATTR_APPEND) != 0)
-        return problem("can only be appended to, and cannot be replaced", "chattr -a it");
+        return problem(_("can only be appended to, and cannot be replaced"), _("chattr -a it"));
     return std::nullopt;
 }
 

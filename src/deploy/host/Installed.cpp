@@ -1,11 +1,11 @@
 #include "deploy/host/Installed.h"
 
-#include <dlfcn.h>
-
 #include <filesystem>
 #include <system_error>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Words.h"
+#include "posix/OwnPlace.h"
 #include "posix/PathNames.h"
 
 namespace ZET::Deploy {
@@ -20,19 +20,18 @@ bool HasBuiltInModule() {
 
 std::string OwnModule() {
     if (HasBuiltInModule()) return "";
-    Dl_info own = {};
-    if (dladdr(reinterpret_cast<const void*>(&OwnModule), &own) == 0 || own.dli_fname == nullptr)
-        throw Failure({.text = "the library cannot find its own place", .remedy = "name the module"});
-    std::error_code error;
     // A program is named as it was started, if the library is a part of it.
-    const std::string place = own.dli_fname;
+    const std::string place = LoadedFrom(reinterpret_cast<const void*>(&OwnModule));
+    if (place.empty())
+        throw Failure({.text = _("the library cannot find its own place"), .remedy = _("name the module")});
+    std::error_code error;
     const bool isLibrary = BaseNameOf(place).starts_with("libzet-deploy.so");
     const std::string file =
         isLibrary ? place : std::filesystem::read_symlink("/proc/self/exe", error).string();
     if (error)
-        throw Failure(
-            {.text = "the program cannot find its own place", .remedy = "name the module with --module"},
-            error.value());
+        throw Failure({.text = _("the program cannot find its own place"),
+                       .remedy = _("name the module with --module")},
+                      error.value());
     const char* const way = isLibrary ? ZET_WAY_FROM_LIBRARY : ZET_WAY_FROM_PROGRAM;
     return Normalised(PathIn(DirectoryOf(std::filesystem::absolute(file).string()), way));
 }

@@ -10,6 +10,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 
 namespace ZET::Deploy {
 
@@ -35,9 +36,10 @@ std::vector<std::string> NamesIn(const Paths& paths, const std::string& director
     }
     if (errno != 0) {
         const int error = errno;
-        throw SystemFailure(
-            {.file = directory, .text = "cannot be read", .remedy = "make it a directory that can be read"},
-            error);
+        throw SystemFailure({.file = directory,
+                             .text = _("cannot be read"),
+                             .remedy = _("make it a directory that can be read")},
+                            error);
     }
     std::sort(names.begin(), names.end());
     return names;
@@ -46,8 +48,8 @@ std::vector<std::string> NamesIn(const Paths& paths, const std::string& director
 std::string ReadInside(const Paths& paths, const std::string& file) {
     if (!paths.StaysInside(file))
         throw Failure({.file = file,
-                       .text = "is a link that leads out of the root directory",
-                       .remedy = "put a file there"});
+                       .text = _("is a link that leads out of the root directory"),
+                       .remedy = _("put a file there")});
     return ReadFileBytes(paths.Resolved(paths.NameInside(file)));
 }
 

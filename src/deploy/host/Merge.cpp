@@ -6,6 +6,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Process.h"
 #include "deploy/host/Staging.h"
+#include "deploy/host/Words.h"
 #include "text/Lines.h"
 
 namespace ZET::Deploy {
@@ -28,11 +29,11 @@ class Comparison {
         words.insert(words.end(), m_files.begin(), m_files.end());
         ProcessResult result = RunProcess(words, {.environment = {"LC_ALL=C"}});
         if (result.status > kConflicts) {
-            throw Failure(
-                {.file = path,
-                 .text = "cannot be merged, as diff3 ends with status " + std::to_string(result.status),
-                 .remedy = "run the command again",
-                 .output = result.output});
+            throw Failure({.file = path,
+                           .text = Words("cannot be merged, as diff3 ends with status %s",
+                                         std::to_string(result.status)),
+                           .remedy = _("run the command again"),
+                           .output = result.output});
         }
         return result;
     }
@@ -81,8 +82,8 @@ bool EndsWithout(const std::string& mine, const std::string& base, const std::st
 void RequireText(const std::string& text, const std::string& path, const std::string& otherWay) {
     if (text.find('\0') == std::string::npos) return;
     throw Failure({.file = path,
-                   .text = "holds a NUL byte, so it cannot be merged",
-                   .remedy = "look at it; " + otherWay});
+                   .text = _("holds a NUL byte, so it cannot be merged"),
+                   .remedy = Words("look at it; %s", otherWay)});
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "deploy/host/Words.h"
 #include "posix/PathNames.h"
 
 namespace ZET::Deploy {
@@ -18,7 +19,7 @@ bool IsSticky(const struct stat& status) {
 }
 
 std::string WayOut(uid_t user, const std::string& toOwn) {
-    return "run the command as that user: sudo -u " + WordOfUser(user) + " ..., or let root own " + toOwn;
+    return Words("run the command as that user: sudo -u %s ..., or let root own %s", WordOfUser(user), toOwn);
 }
 
 }  // namespace
@@ -49,18 +50,20 @@ void PathJudge::Step(const Directory& from, const std::string& entryName, const 
 void PathJudge::RequireClosed(const Directory& directory, const std::string& entryName, bool isLast) {
     if (!directory.hasOtherWriters || (!isLast && IsSticky(directory.status))) return;
     const bool isEverybody = (directory.status.st_mode & S_IWOTH) != 0;
-    const std::string who = isEverybody ? "others" : "a group or others";
-    Object(directory.name, who + " may write the directory of " + PathIn(directory.name, entryName),
-           isEverybody ? "chmod o-w it" : "chmod g-w it");
+    const std::string entry = PathIn(directory.name, entryName);
+    Object(directory.name,
+           isEverybody ? Words("others may write the directory of %s", entry)
+                       : Words("a group or others may write the directory of %s", entry),
+           isEverybody ? _("chmod o-w it") : _("chmod g-w it"));
 }
 
 void PathJudge::Follow(uid_t owner, const Directory& from) {
     if (m_holder && owner != *m_holder) {
         Object(m_link.empty() ? from.name : m_link,
-               m_link.empty() ? "is where " + NameOfUser(*m_holder) + " leads to, who does not own it"
-                              : "is a link of " + NameOfUser(*m_holder) + " that leads to " + from.name +
-                                    ", which belongs to " + NameOfUser(owner),
-               WayOut(*m_holder, "all directories and links on the way"));
+               m_link.empty() ? Words("is where %s leads to, who does not own it", NameOfUser(*m_holder))
+                              : Words("is a link of %s that leads to %s, which belongs to %s",
+                                      NameOfUser(*m_holder), from.name, NameOfUser(owner)),
+               WayOut(*m_holder, _("all directories and links on the way")));
     } else if (!m_holder && !IsHarmless(owner)) {
         m_holder = owner;
     }
@@ -70,29 +73,31 @@ void PathJudge::RequireHoldersEntry(const Directory& from, const std::string& en
                                     const struct stat* entry, bool isLast) {
     const std::string path = PathIn(from.name, entryName);
     if (entry == nullptr) {
-        Object(path, "would be a file of root's in a directory of " + NameOfUser(*m_holder),
+        Object(path, Words("would be a file of root's in a directory of %s", NameOfUser(*m_holder)),
                WayOut(*m_holder, from.name));
     } else if (entry->st_uid != *m_holder) {
-        Object(
-            path,
-            "is in a directory of " + NameOfUser(*m_holder) + ", but belongs to " + NameOfUser(entry->st_uid),
-            WayOut(*m_holder, from.name));
+        Object(path,
+               Words("is in a directory of %s, but belongs to %s", NameOfUser(*m_holder),
+                     NameOfUser(entry->st_uid)),
+               WayOut(*m_holder, from.name));
     } else if (isLast && S_ISREG(entry->st_mode) && entry->st_nlink != 1) {
-        Object(path, "is in a directory of " + NameOfUser(*m_holder) + " and has other names (hard links)",
+        Object(path, Words("is in a directory of %s and has other names (hard links)", NameOfUser(*m_holder)),
                WayOut(*m_holder, from.name));
     }
 }
 
 std::optional<Problem> PathJudge::ObjectionToOwn(const std::string& path) const {
     if (m_objection || !m_holder) return m_objection;
-    return Problem{path, 0, 0, "is in a directory of " + NameOfUser(*m_holder) + ", so root does not use it",
-                   "let root own all directories and links on the way"};
+    return Problem{path, 0, 0,
+                   Words("is in a directory of %s, so root does not use it", NameOfUser(*m_holder)),
+                   _("let root own all directories and links on the way")};
 }
 
 std::optional<Problem> PathJudge::ObjectionToRead(const std::string& path, const struct stat& status) const {
     const std::optional<Problem> ofWay = ObjectionToOwn(path);
     if (ofWay || (IsHarmless(status.st_uid) && !HasOtherWriters(path, status))) return ofWay;
-    return Problem{path, 0, 0, "others may write it, so root does not use it", "chown root and chmod go-w"};
+    return Problem{path, 0, 0, _("others may write it, so root does not use it"),
+                   _("chown root and chmod go-w")};
 }
 
 bool HasOtherWriters(const std::string& path, const struct stat& status) {
@@ -109,7 +114,7 @@ std::string WordOfUser(uid_t user) {
 
 std::string NameOfUser(uid_t user) {
     const struct passwd* entry = getpwuid(user);
-    return entry != nullptr ? entry->pw_name : "user " + std::to_string(user);
+    return entry != nullptr ? entry->pw_name : Words("user %s", std::to_string(user));
 }
 
 }  // namespace ZET::Deploy

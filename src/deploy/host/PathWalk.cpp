@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "posix/PathNames.h"
 
 namespace ZET::Deploy {
@@ -32,7 +33,7 @@ void PrependComponents(const std::string& path, std::deque<std::string>& compone
 
 [[noreturn]] void FailToLook(const std::string& path) {
     const int error = errno;
-    throw SystemFailure({.file = path, .text = "cannot be looked at"}, error);
+    throw SystemFailure({.file = path, .text = _("cannot be looked at")}, error);
 }
 
 struct stat StatusOf(int descriptor, const std::string& path) {
@@ -189,8 +190,8 @@ void PathWalk::Follow(const std::string& component, const Descriptor& link, cons
     JudgeStep(component, &status, false);
     if (++m_links > kMostLinks) {
         throw LinkLoop({.file = m_path,
-                        .text = "too many symbolic links, as when one leads back to itself",
-                        .remedy = "correct the links"});
+                        .text = _("too many symbolic links, as when one leads back to itself"),
+                        .remedy = _("correct the links")});
     }
     const std::string target = TargetOf(link, NameOf(component));
     if (target.front() == '/') m_walked.resize(1);

@@ -10,6 +10,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "posix/PathNames.h"
 
 namespace ZET::Deploy {
@@ -21,7 +22,8 @@ std::string AbsolutePath(const std::string& path) {
     const std::unique_ptr<char, decltype(&std::free)> directory(getcwd(nullptr, 0), std::free);
     if (!directory)
         throw Failure(
-            {.text = "the current directory cannot be found", .remedy = "change to one that exists"}, errno);
+            {.text = _("the current directory cannot be found"), .remedy = _("change to one that exists")},
+            errno);
     return PathIn(directory.get(), path);
 }
 
@@ -30,7 +32,7 @@ bool IsLink(const std::string& path) {
     if (readlink(path.c_str(), target, sizeof target) >= 0) return true;
     if (errno == EINVAL || errno == ENOENT || errno == ENOTDIR) return false;
     const int error = errno;
-    throw SystemFailure({.file = path, .text = "cannot be looked at"}, error);
+    throw SystemFailure({.file = path, .text = _("cannot be looked at")}, error);
 }
 
 }  // namespace
@@ -40,8 +42,8 @@ Paths::Paths(const std::string& root) {
     struct stat status = {};
     if (stat(root.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
         throw Failure({.file = root,
-                       .text = "is no directory that can serve as root",
-                       .remedy = "create it, or correct --root"});
+                       .text = _("is no directory that can serve as root"),
+                       .remedy = _("create it, or correct --root")});
     }
     m_root = Walk("", PathWalk::Unseen::Fails).To(AbsolutePath(root)).path;
     m_rootsOwners.push_back(status.st_uid);

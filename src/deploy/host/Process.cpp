@@ -17,10 +17,10 @@
 #include <new>
 #include <string_view>
 
-#include "deploy/host/Failure.h"
 #include "deploy/host/ProcessOutput.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Signals.h"
+#include "deploy/host/Words.h"
 #include "posix/Descriptor.h"
 
 namespace ZET::Deploy {
@@ -40,7 +40,7 @@ class Pipe {
     Pipe() {
         if (pipe2(m_ends, O_CLOEXEC) != 0)
             throw SystemFailure(
-                {.text = "a pipe cannot be made", .remedy = "let the command open more files"}, errno);
+                {.text = _("a pipe cannot be made"), .remedy = _("let the command open more files")}, errno);
     }
     ~Pipe() {
         close(m_ends[0]);
@@ -83,7 +83,7 @@ std::vector<std::string> Environment(const std::vector<std::string>& additions) 
 void Require(int error) {
     if (error == ENOMEM) throw std::bad_alloc();
     if (error != 0)
-        throw SystemFailure({.text = "a program cannot be started", .remedy = "run the command again"},
+        throw SystemFailure({.text = _("a program cannot be started"), .remedy = _("run the command again")},
                             error);
 }
 
@@ -131,15 +131,15 @@ pid_t Start(std::vector<std::string> arguments, const ProcessConditions& conditi
                                    Pointers(arguments).data(), Pointers(environment).data());
     if (error != 0) {
         throw SystemFailure({.file = arguments.front(),
-                             .text = "cannot be started",
-                             .remedy = "install it, or correct its name"},
+                             .text = _("cannot be started"),
+                             .remedy = _("install it, or correct its name")},
                             error);
     }
     return child;
 }
 
 [[noreturn]] void Fail(const char* what) {
-    throw SystemFailure({.text = what, .remedy = "run the command again"}, errno);
+    throw SystemFailure({.text = what, .remedy = _("run the command again")}, errno);
 }
 
 /// A descriptor that can be read from when the process has ended; -1 on a system that has no such thing.
@@ -167,7 +167,7 @@ class Child {
     bool HasEnded() const {
         siginfo_t ended = {};
         if (waitid(P_PID, static_cast<id_t>(m_process), &ended, WEXITED | WNOHANG | WNOWAIT) != 0)
-            Fail("how a program ended cannot be told");
+            Fail(_("how a program ended cannot be told"));
         return ended.si_pid != 0;
     }
 
@@ -176,7 +176,7 @@ class Child {
     void WaitForEnd(ProcessResult& result) {
         int status = 0;
         while (waitpid(m_process, &status, 0) < 0) {
-            if (errno != EINTR) Fail("how a program ended cannot be told");
+            if (errno != EINTR) Fail(_("how a program ended cannot be told"));
         }
         m_isWaitedFor = true;
         result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
@@ -227,7 +227,7 @@ class Attendance {
     }
 
   private:
-    [[noreturn]] static void FailOutput() { Fail("the output of a program cannot be read"); }
+    [[noreturn]] static void FailOutput() { Fail(_("the output of a program cannot be read")); }
 
     void Attend(Clock::time_point deadline) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());

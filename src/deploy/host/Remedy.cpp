@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "deploy/host/Words.h"
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
@@ -13,27 +14,27 @@ constexpr struct {
     int error;
     const char* remedy;
 } kRemedies[] = {
-    {EACCES, "run the command as a user who may"},
-    {EPERM, "run the command as a user who may"},
-    {EROFS, "let the file system be writable"},
-    {ENOSPC, "make room, then run the command again"},
-    {EDQUOT, "make room, then run the command again"},
-    {EFBIG, "allow larger files, then run the command again"},
-    {ENOENT, "create it, or correct the path"},
-    {ENOTDIR, "correct the path"},
-    {EISDIR, "move the directory away, or name a file"},
-    {ENXIO, "move it away, or name a file"},
-    {ELOOP, "correct the links"},
-    {ENAMETOOLONG, "choose a shorter name"},
-    {EMFILE, "let the command open more files"},
-    {ENFILE, "let the system open more files"},
-    {EIO, "repair or replace the file or its file system"},
+    {EACCES, ZET_TEXT("run the command as a user who may")},
+    {EPERM, ZET_TEXT("run the command as a user who may")},
+    {EROFS, ZET_TEXT("let the file system be writable")},
+    {ENOSPC, ZET_TEXT("make room, then run the command again")},
+    {EDQUOT, ZET_TEXT("make room, then run the command again")},
+    {EFBIG, ZET_TEXT("allow larger files, then run the command again")},
+    {ENOENT, ZET_TEXT("create it, or correct the path")},
+    {ENOTDIR, ZET_TEXT("correct the path")},
+    {EISDIR, ZET_TEXT("move the directory away, or name a file")},
+    {ENXIO, ZET_TEXT("move it away, or name a file")},
+    {ELOOP, ZET_TEXT("correct the links")},
+    {ENAMETOOLONG, ZET_TEXT("choose a shorter name")},
+    {EMFILE, ZET_TEXT("let the command open more files")},
+    {ENFILE, ZET_TEXT("let the system open more files")},
+    {EIO, ZET_TEXT("repair or replace the file or its file system")},
 };
 
 /// Empty when there is none to give.
 std::string RemedyFor(int error) {
     for (const auto& entry : kRemedies) {
-        if (entry.error == error) return entry.remedy;
+        if (entry.error == error) return _(entry.remedy);
     }
     return "";
 }

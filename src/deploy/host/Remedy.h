@@ -5,6 +5,7 @@
 #include <string>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Words.h"
 #include "zet/ZETErrors.h"
 
 /// What somebody can do about an error of the system, or of the core and the module, whose messages only tell
@@ -25,13 +26,14 @@ Failure FailureWith(const EZETError& error, const std::string& remedy);
 /// The `errno` that an error of the core is about; 0: none.
 int ErrorNumberOf(const EZETError& error);
 
-/// Does what `call` does; an error of the core or the module becomes a `Failure` with a remedy.
+/// Does what `call` does; an error of the core or the module becomes a `Failure` with a remedy, the text
+/// `otherwise` where its reason has none.
 template <typename Call>
-auto RemedyErrors(const std::string& otherwise, Call call) {
+auto RemedyErrors(const char* otherwise, Call call) {
     try {
         return call();
     } catch (const EZETError& error) {
-        throw FailureOf(error, otherwise);
+        throw FailureOf(error, _(otherwise));
     }
 }
 

@@ -7,10 +7,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <string>
 
 #include "deploy/host/PathJudge.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 
 namespace ZET::Deploy {
 
@@ -21,8 +21,8 @@ constexpr auto kAsk = static_cast<uid_t>(-1);  // changes nothing, and returns t
 
 [[noreturn]] void Fail(uid_t user) {
     const int error = errno;  // which looking up his name may change
-    throw SystemFailure({.text = "the rights of " + NameOfUser(user) + " cannot be taken",
-                         .remedy = "run the command as that user: sudo -u " + WordOfUser(user) + " ..."},
+    throw SystemFailure({.text = Words("the rights of %s cannot be taken", NameOfUser(user)),
+                         .remedy = Words("run the command as that user: sudo -u %s ...", WordOfUser(user))},
                         error);
 }
 

@@ -3,6 +3,8 @@
 #include <cstring>
 #include <string>
 
+#include "deploy/host/Words.h"
+
 namespace ZET::Deploy {
 
 namespace {
@@ -38,9 +40,8 @@ bool SignalGuard::Caught() {
 
 void SignalGuard::Check() {
     if (!Caught()) return;
-    throw Interrupted(
-        {.text = std::string("ended by a signal (") + strsignal(caughtSignal) + ") before all was done",
-         .remedy = "run the command again"});
+    throw Interrupted({.text = Words("ended by a signal (%s) before all was done", strsignal(caughtSignal)),
+                       .remedy = _("run the command again")});
 }
 
 }  // namespace ZET::Deploy

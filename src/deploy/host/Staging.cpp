@@ -15,6 +15,7 @@
 
 #include "deploy/host/Remedy.h"
 #include "deploy/host/StagingPlaces.h"
+#include "deploy/host/Words.h"
 #include "posix/PathNames.h"
 
 namespace ZET::Deploy {
@@ -25,7 +26,7 @@ namespace fs = std::filesystem;
 
 constexpr char kPrefix[] = "zet-staging.";
 constexpr char kLock[] = "lock";
-constexpr char kMakeRoom[] = "make room, or name another directory with TMPDIR";
+constexpr char kMakeRoom[] = ZET_TEXT("make room, or name another directory with TMPDIR");
 constexpr char kFiles[] = "files";  // beside the lock, so that no name of a file is that of the lock
 constexpr int kDirectory = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 
@@ -126,10 +127,10 @@ void RemoveLeftOversIn(const std::string& place) {
 [[noreturn]] void FailPlace(const std::string& place, int error, const std::string& lastResort) {
     throw SystemFailure(
         {.file = place,
-         .text = "no directory for temporary files can be made here",
+         .text = _("no directory for temporary files can be made here"),
          .remedy = lastResort.empty()
-                       ? kMakeRoom
-                       : "make room, or let ZET_VAR_LIB_DIR be a directory that can be written"},
+                       ? _(kMakeRoom)
+                       : _("make room, or let ZET_VAR_LIB_DIR be a directory that can be written")},
         error);
 }
 
@@ -179,7 +180,7 @@ std::string Staging::PathOf(const std::string& name) const {
     std::error_code error;
     fs::create_directories(directory, error);
     if (error)
-        throw SystemFailure({.file = directory, .text = "cannot be made", .remedy = kMakeRoom},
+        throw SystemFailure({.file = directory, .text = _("cannot be made"), .remedy = _(kMakeRoom)},
                             error.value());
     m_made = directory;
     return path;
@@ -197,8 +198,9 @@ bool Staging::HasLeftAny() noexcept {
 std::string Staging::LeftBehind() {
     const LeftDirectory& left = Left();
     if (left.path.empty()) return "";
-    return left.path + ": holds rendered texts and could not be removed: " + std::strerror(left.error) +
-           " (remove it, or run the command again)";
+    return Words(
+        "%s: holds rendered texts and could not be removed: %s (remove it, or run the command again)",
+        left.path, std::strerror(left.error));
 }
 
 }  // namespace ZET::Deploy

@@ -5,6 +5,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Process.h"
+#include "deploy/host/Words.h"
 #include "text/Lines.h"
 
 namespace ZET::Deploy {
@@ -57,8 +58,8 @@ std::string UnifiedDiff(const std::string& oldFile, const std::string& newFile,
     if (result.status > 1) {
         throw Failure(
             {.file = shownPath,
-             .text = "no diff can be made, as diff ends with status " + std::to_string(result.status),
-             .remedy = "run the command again",
+             .text = Words("no diff can be made, as diff ends with status %s", std::to_string(result.status)),
+             .remedy = _("run the command again"),
              .output = ComplaintsIn(result.output)});
     }
     return result.output;

@@ -2,6 +2,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "zet/ZETErrors.h"
 
 namespace ZET::Deploy {
@@ -18,7 +19,8 @@ void Assume(HostProduct& product, const std::string& name, const std::string& va
         if (!product.Values().SourceBelowMain(name)) product.Core().GetParam(name);
         product.Core().UpdateParam(name, IsOwnDirectory(name) ? product.FilePath(value) : value);
     } catch (const EZETCheckError& error) {
-        const char* remedy = name == "ZET_CFG" ? "name another file with --config" : "write one of the two";
+        const char* remedy =
+            name == "ZET_CFG" ? _("name another file with --config") : _("write one of the two");
         throw UsageError(std::string("--set: ") + FailureOf(error, remedy).what());
     }
 }
@@ -29,7 +31,7 @@ void AssumeParameters(HostProduct& product, const StringMap& values) {
     if (values.empty()) return;
     if (!product.Wanted().dryRun)
         throw UsageError(
-            "--set only asks what would change: use it with -n (\"option set\" sets a parameter)");
+            _("--set only asks what would change: use it with -n (\"option set\" sets a parameter)"));
     for (const auto& [name, value] : values)
         Assume(product, name, value);
     product.ForgetValues();

@@ -11,6 +11,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/store/Digest.h"
 #include "posix/Descriptor.h"
 #include "posix/ReadWrite.h"
@@ -38,7 +39,7 @@ std::string AttributeNames(int descriptor, const std::string& path) {
         const ssize_t length = flistxattr(descriptor, names.data(), names.size());
         if (length >= 0) return names.substr(0, static_cast<std::size_t>(length));
         if (errno == ENOTSUP || errno == ENOSYS) return "";
-        if (errno != ERANGE) Fail(path, "its attributes cannot be read");
+        if (errno != ERANGE) Fail(path, _("its attributes cannot be read"));
         names.resize(names.size() * 4);
     }
 }
@@ -48,7 +49,7 @@ std::string AttributeOf(int descriptor, const std::string& name, const std::stri
     for (;;) {
         const ssize_t length = fgetxattr(descriptor, name.c_str(), value.data(), value.size());
         if (length >= 0) return value.substr(0, static_cast<std::size_t>(length));
-        if (errno != ERANGE) Fail(path, "its attributes cannot be read");
+        if (errno != ERANGE) Fail(path, _("its attributes cannot be read"));
         value.resize(value.size() * 4);
     }
 }
@@ -58,17 +59,17 @@ Descriptor Open(int directory, const std::string& name, const std::string& path)
     constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     Descriptor file(openat(directory, name.c_str(), kFlags));
     if (file < 0 && errno == ELOOP)
-        throw Failure({.file = path, .text = "is a link now", .remedy = "look at it, and try again"});
-    if (file < 0 && errno != ENOENT) Fail(path, "cannot be read");
+        throw Failure({.file = path, .text = _("is a link now"), .remedy = _("look at it, and try again")});
+    if (file < 0 && errno != ENOENT) Fail(path, _("cannot be read"));
     return file;
 }
 
 /// But for the attributes.
 RecordedState StatusOfOpened(int descriptor, const std::string& path) {
     struct stat status = {};
-    if (fstat(descriptor, &status) != 0) Fail(path, "cannot be looked at");
+    if (fstat(descriptor, &status) != 0) Fail(path, _("cannot be looked at"));
     if (!S_ISREG(status.st_mode))
-        throw Failure({.file = path, .text = "is no regular file", .remedy = "name a regular file"});
+        throw Failure({.file = path, .text = _("is no regular file"), .remedy = _("name a regular file")});
     RecordedState state;
     state.exists = true;
     state.mode = status.st_mode & kModeBits;
@@ -94,7 +95,7 @@ void ReadText(int descriptor, const std::string& path, std::uint64_t longest, Ca
     if (captured.state.size <= longest) captured.text.reserve(captured.state.size);
     while (told == 0 || size < told) {
         const ssize_t count = ReadSome(descriptor, block, sizeof block);
-        if (count < 0) Fail(path, "cannot be read");
+        if (count < 0) Fail(path, _("cannot be read"));
         if (count == 0) break;
         const std::string_view bytes(block, static_cast<std::size_t>(count));
         digest.Add(bytes);

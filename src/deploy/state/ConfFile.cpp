@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "deploy/host/Words.h"
 #include "text/Lines.h"
 
 namespace ZET::Deploy {
@@ -15,16 +16,17 @@ std::optional<Problem> ProblemOfLine(std::string_view line) {
     const auto problem = [](const std::string& text, const std::string& remedy) {
         return Problem{.text = text, .remedy = remedy};
     };
-    if (line.find('\0') != std::string_view::npos) return problem("the line holds a NUL byte", "remove it");
+    if (line.find('\0') != std::string_view::npos)
+        return problem(_("the line holds a NUL byte"), _("remove it"));
     const std::size_t equals = line.find('=');
     if (equals == std::string_view::npos)
-        return problem("no \"=\" in the line", "write NAME=value, or \"#\" before a comment");
+        return problem(_("no \"=\" in the line"), _("write NAME=value, or \"#\" before a comment"));
     if (equals > 0 && kBlanks.find(line[equals - 1]) != std::string_view::npos)
-        return problem("a blank before \"=\"", "write NAME=value without it");
+        return problem(_("a blank before \"=\""), _("write NAME=value without it"));
     const std::string name(line.substr(0, equals));
     if (!IsParameterName(name))
-        return problem("\"" + name + "\" is no name of a parameter",
-                       "use letters, digits and \"_\", no digit first");
+        return problem(Words("\"%s\" is no name of a parameter", name),
+                       _("use letters, digits and \"_\", no digit first"));
     return std::nullopt;
 }
 

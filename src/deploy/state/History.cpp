@@ -9,6 +9,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/Host.h"
 #include "deploy/state/store/StoreDamage.h"
 #include "deploy/state/store/StoreFile.h"
@@ -80,7 +81,7 @@ bool History::IsThere() {
     const FoundStore found = FindStore(File());
     const auto hasStatus = [&](Role role) { return StateOf(m_product.State().Status(role)).exists; };
     if (found == FoundStore::Blank && std::any_of(std::begin(kRoles), std::end(kRoles), hasStatus))
-        FailOfDamage(File(), "it is empty, though something is committed");
+        FailOfDamage(File(), _("it is empty, though something is committed"));
     return found == FoundStore::Whole;
 }
 
@@ -89,9 +90,9 @@ void History::TellLoss() {
     if (!lost || m_isLossTold) return;
     m_isLossTold = true;
     const Problem loss = {.file = File(),
-                          .text = "its last entries, " + std::to_string(lost->first) + " to " +
-                                  std::to_string(lost->last) + ", are lost, as its journal is damaged",
-                          .remedy = "look at \"status\": what they wrote may be told as edited"};
+                          .text = Words("its last entries, %s to %s, are lost, as its journal is damaged",
+                                        std::to_string(lost->first), std::to_string(lost->last)),
+                          .remedy = _("look at \"status\": what they wrote may be told as edited")};
     m_product.Out().Warning(loss.Describe());
 }
 

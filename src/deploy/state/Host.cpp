@@ -6,6 +6,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
+#include "deploy/host/Words.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -39,7 +40,8 @@ Host::~Host() = default;
 void Host::RequireGoOn() {
     SignalGuard::Check();
     if (m_observer.IsCancelled())
-        throw Interrupted({.text = "was cancelled before all was done", .remedy = "call it again to go on"});
+        throw Interrupted(
+            {.text = _("was cancelled before all was done"), .remedy = _("call it again to go on")});
 }
 
 void Host::StartCore() {
@@ -47,8 +49,8 @@ void Host::StartCore() {
     const std::string file = m_paths.Resolved(m_configFile);
     if (!IsFileExist(file) && StateOf(m_paths.FromInside(m_configFile)).exists) {
         throw Failure({.file = m_configFile,
-                       .text = "is a link to " + file + ", which is not there",
-                       .remedy = "correct the link, or remove it"});
+                       .text = Words("is a link to %s, which is not there", file),
+                       .remedy = _("correct the link, or remove it")});
     }
     m_core = m_options.needsConfigFile || IsFileExist(file) ? std::make_unique<CZETHost>(file)
                                                             : std::make_unique<CZETHost>();

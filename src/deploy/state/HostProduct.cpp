@@ -3,6 +3,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/Installed.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/Instructions.h"
 #include "zet/ZETErrors.h"
 
@@ -43,13 +44,13 @@ void HostProduct::LoadModule() {
     try {
         LoadedCore().LoadModule(ModuleFile());
     } catch (const EZETError& error) {
-        throw FailureWith(error, "install the product again, or name its module with --module");
+        throw FailureWith(error, _("install the product again, or name its module with --module"));
     }
     m_config = std::dynamic_pointer_cast<IZETConfig>(LoadedCore().FindInterface(kInterfaceName));
     if (!m_config) {
         throw Failure({.file = ModuleFile(),
-                       .text = "the module registered no interface \"zet-config\"",
-                       .remedy = "name the right one with --module",
+                       .text = _("the module registered no interface \"zet-config\""),
+                       .remedy = _("name the right one with --module"),
                        .textNamesFile = true});
     }
 }

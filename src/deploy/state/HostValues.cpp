@@ -8,6 +8,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/ListedDirectory.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/ConfFile.h"
 #include "deploy/state/Host.h"
 #include "zet/ZETFiles.h"
@@ -102,10 +103,10 @@ void HostValues::ReadTexts() {
         const std::string file = directory + "/" + name;
         m_files.push_back(file);
         if (!IsValueName(name)) {
-            m_problems.push_back({.file = file,
-                                  .text = "\"" + name + "\" is no name of a value",
-                                  .remedy = "use small letters, digits and \"_\", no digit first; or move it "
-                                            "away"});
+            m_problems.push_back(
+                {.file = file,
+                 .text = Words("\"%s\" is no name of a value", name),
+                 .remedy = _("use small letters, digits and \"_\", no digit first; or move it away")});
             continue;
         }
         const std::string placeholder = PlaceholderFor(name);
@@ -132,7 +133,7 @@ std::optional<std::string> HostValues::ReadText(const std::string& file) {
     try {
         std::string text = ReadInside(m_host.HostPaths(), file);
         if (text.find('\0') != std::string::npos)
-            throw Failure({.file = file, .text = "holds a NUL byte", .remedy = "take it out"});
+            throw Failure({.file = file, .text = _("holds a NUL byte"), .remedy = _("take it out")});
         if (text.ends_with('\n')) text.pop_back();
         return text;
     } catch (const Failure& failure) {
@@ -144,7 +145,8 @@ std::optional<std::string> HostValues::ReadText(const std::string& file) {
 void HostValues::CheckFleet() {
     for (const GivenParameter& given : m_fleet) {
         if (given.name == kMainFile || given.name == kOwnDirectory) {
-            AddOf(given, given.name + " has no effect here", "set it in the main configuration file");
+            AddOf(given, Words("%s has no effect here", given.name),
+                  _("set it in the main configuration file"));
         } else if (const auto problem = ProblemOfParam(given.name, given.value);
                    problem && IsOwnDirectory(given.name)) {
             AddOf(given, problem->text, problem->remedy);
@@ -157,8 +159,8 @@ void HostValues::CheckFleet() {
 void HostValues::CheckShipped() {
     std::erase_if(m_shipped, [&](const GivenParameter& given) {
         if (!IsOfTheProduct(given.name)) return !CheckName(given, true);
-        AddOf(given, given.name + " is a parameter of the product, which has a default",
-              "remove the line; defaults of your own belong into defaults.d");
+        AddOf(given, Words("%s is a parameter of the product, which has a default", given.name),
+              _("remove the line; defaults of your own belong into defaults.d"));
         return true;
     });
 }
@@ -183,23 +185,23 @@ bool HostValues::CheckName(const GivenParameter& given, bool isShipped) {
         for (const ZETParameter& parameter : KnownParameters())
             known.push_back(parameter.name);
         const std::string nearest = NearestName(name, known);
-        return clash(
-            "the product has no parameter " + name,
-            nearest.empty() ? "names of your own must not begin with ZET_" : "did you mean " + nearest + "?");
+        return clash(Words("the product has no parameter %s", name),
+                     nearest.empty() ? _("names of your own must not begin with ZET_")
+                                     : Words("did you mean %s?", nearest));
     }
     if (const std::string own = ParameterBehind(placeholder); !own.empty())
-        return clash(name + " would be " + placeholder + ", which the product makes of " + own,
-                     "set " + own + ", or give it another name");
+        return clash(Words("%s would be %s, which the product makes of %s", name, placeholder, own),
+                     Words("set %s, or give it another name", own));
     if (const std::string own = ParameterSpelled(name); !own.empty())
-        return clash("the product has the parameter " + own,
-                     "write it in capital letters, or use another name");
+        return clash(Words("the product has the parameter %s", own),
+                     _("write it in capital letters, or use another name"));
     const auto [known, isFirst] = m_spelled.emplace(placeholder, given);
     if (!isFirst && known->second.name != name)
-        return clash(name + " and " + known->second.name + " are both " + placeholder,
-                     "use one spelling of the name");
+        return clash(Words("%s and %s are both %s", name, known->second.name, placeholder),
+                     _("use one spelling of the name"));
     const auto text = m_textFiles.find(placeholder);
     if (isShipped || text == m_textFiles.end()) return true;
-    AddOf(given, name + " is the file " + text->second + ", too", "keep one of the two");
+    AddOf(given, Words("%s is the file %s, too", name, text->second), _("keep one of the two"));
     return false;
 }
 
@@ -209,10 +211,11 @@ void HostValues::CheckText(const std::string& name, const std::string& file) {
     const std::string spelled = ParameterSpelled(name);
     if (own.empty() && spelled.empty() && !name.starts_with("zet_")) return;
     m_clashing.insert(placeholder);
-    const std::string text = !own.empty()       ? placeholder + " is made of the product's parameter " + own
-                             : !spelled.empty() ? "the product has the parameter " + spelled
-                                                : "names that begin with zet_ are the product's";
-    m_problems.push_back({.file = file, .text = text, .remedy = "give the value another name"});
+    const std::string text = !own.empty()
+                                 ? Words("%s is made of the product's parameter %s", placeholder, own)
+                             : !spelled.empty() ? Words("the product has the parameter %s", spelled)
+                                                : _("names that begin with zet_ are the product's");
+    m_problems.push_back({.file = file, .text = text, .remedy = _("give the value another name")});
 }
 
 void HostValues::AddOf(const GivenParameter& given, const std::string& text, const std::string& remedy) {

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "zet/ZETHost.h"
@@ -64,6 +65,29 @@ void RequireLanguageOf(IZETCore& core, const std::string& language) {
     }
 }
 
+/// That of the reader, while a file is written in another one.
+const LanguageSetting* g_readers = nullptr;
+
+const char* LookUpForReader(const char* domain, const char* text) {
+    const LanguageSetting written;
+    g_readers->Use();
+    const char* const found = Text::Translated(domain, text);
+    written.Use();
+    return found;
+}
+
+/// Where this thread alone writes in another language.
+const char* LookUpForProgram(const char* domain, const char* text) {
+    const locale_t written = uselocale(LC_GLOBAL_LOCALE);
+    const char* const found = Text::Translated(domain, text);
+    uselocale(written);
+    return found;
+}
+
+const char* LeaveEnglish(const char* /*domain*/, const char* text) {
+    return text;
+}
+
 }  // namespace
 
 void RequireLanguage(const std::string& language) {
@@ -74,6 +98,25 @@ void RequireLanguage(const std::string& language) {
 void UseReadersLanguage() {
     for (const int category : kTextCategories)
         setlocale(category, "");
+}
+
+void UseReadersLetters() {
+    setlocale(LC_CTYPE, "");
+}
+
+LanguageSetting::LanguageSetting() {
+    for (const int category : kTextCategories)
+        m_locales[category] = setlocale(category, nullptr);
+    if (const char* const preference = std::getenv(kPreference)) m_preference = preference;
+}
+
+void LanguageSetting::Use() const {
+    if (m_preference)
+        setenv(kPreference, m_preference->c_str(), 1);
+    else
+        unsetenv(kPreference);
+    for (const auto& [category, locale] : m_locales)
+        setlocale(category, locale.c_str());
 }
 
 WrittenLanguage::WrittenLanguage(IZETCore& core) {
@@ -87,25 +130,31 @@ WrittenLanguage::WrittenLanguage(IZETCore& core) {
     }
     // Setting what is set already costs two fifths of rendering a small file.
     if (preference == nullptr && IsSet(locale)) return;
+    const bool isTranslated = Text::IsTranslated();
     // What was translated before by another list of preferred languages is only forgotten below.
     if (preference == nullptr && known.at(locale)) {
+        m_formerLookUp = Text::LookUpBy(isTranslated ? &LookUpForProgram : &LeaveEnglish);
         m_formerLocale = uselocale(known.at(locale).get());
         return;
     }
-    for (const int category : kTextCategories)
-        m_former[category] = setlocale(category, nullptr);
+    m_former.emplace();
+    m_formerReaders = std::exchange(g_readers, &*m_former);
+    m_formerLookUp = Text::LookUpBy(isTranslated ? &LookUpForReader : &LeaveEnglish);
     // The reader's list of preferred languages would win over the one that is set.
-    if (preference != nullptr) m_formerPreference = preference;
     unsetenv(kPreference);
     for (const int category : kTextCategories)
         setlocale(category, locale.c_str());
 }
 
 WrittenLanguage::~WrittenLanguage() {
-    if (m_formerLocale != locale_t()) uselocale(m_formerLocale);
-    if (m_formerPreference) setenv(kPreference, m_formerPreference->c_str(), 1);
-    for (const auto& [category, locale] : m_former)
-        setlocale(category, locale.c_str());
+    if (m_formerLookUp == nullptr) return;
+    Text::LookUpBy(m_formerLookUp);
+    if (m_former) {
+        m_former->Use();
+        g_readers = m_formerReaders;
+    } else {
+        uselocale(m_formerLocale);
+    }
 }
 
 }  // namespace ZET::Deploy

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "text/Words.h"
 #include "zet/IZETCore.h"
 
 namespace ZET::Deploy {
@@ -16,9 +17,24 @@ void RequireLanguage(const std::string& language);
 /// From now on, messages are in the language of whoever runs the command.
 void UseReadersLanguage();
 
+/// From now on, texts are in his letters, and messages in the language of the sources.
+void UseReadersLetters();
+
+/// A language that was set, and how to set it again.
+class LanguageSetting {
+  public:
+    /// The one that is set now.
+    LanguageSetting();
+    void Use() const;
+
+  private:
+    std::map<int, std::string> m_locales;  ///< by category
+    std::optional<std::string> m_preference;
+};
+
 /// For as long as the object lives, messages are in the language of the parameter "ZET_LANG": what is written
-/// into a file does not depend on who runs the command. A language that the host does not have is a
-/// `Failure`.
+/// into a file does not depend on who runs the command. What the library says meanwhile is in the reader's
+/// all the same. A language that the host does not have is a `Failure`.
 class WrittenLanguage {
   public:
     explicit WrittenLanguage(IZETCore& core);
@@ -27,9 +43,10 @@ class WrittenLanguage {
     WrittenLanguage& operator=(const WrittenLanguage&) = delete;
 
   private:
-    locale_t m_formerLocale{};            ///< of this thread, where no more is changed; none: it is not
-    std::map<int, std::string> m_former;  ///< else: the locale of each category
-    std::optional<std::string> m_formerPreference;
+    locale_t m_formerLocale{};                ///< of this thread, where no more is changed; none: it is not
+    std::optional<LanguageSetting> m_former;  ///< else
+    Text::LookUp m_formerLookUp = nullptr;    ///< none: nothing is changed
+    const LanguageSetting* m_formerReaders = nullptr;
 };
 
 }  // namespace ZET::Deploy

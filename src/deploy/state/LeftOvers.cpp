@@ -12,6 +12,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "posix/PathNames.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -63,13 +64,14 @@ class LeftOvers {
         if (lstat(leftOver.c_str(), &status) != 0) return;
         const std::string shown = PartBeforeName(m_file.path) + BaseNameOf(leftOver);
         if (!IsOfTheRun(status) || !IsBegunText(leftOver, status)) {
-            m_observer.Warning(shown +
-                               ": stays, as it cannot be what the run that was cut short left (look at "
-                               "it, and move it away)");
+            m_observer.Warning(
+                Words("%s: stays, as it cannot be what the run that was cut short left (look at it, and move "
+                      "it away)",
+                      shown));
             return;
         }
         RemoveFile(leftOver);
-        m_observer.Remark("removed " + shown + ", which a run that was cut short left");
+        m_observer.Remark(Words("removed %s, which a run that was cut short left", shown));
     }
 
     bool IsOfTheRun(const struct stat& status) const {

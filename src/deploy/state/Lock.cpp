@@ -15,6 +15,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Signals.h"
 #include "deploy/host/Staging.h"
+#include "deploy/host/Words.h"
 #include "posix/PathNames.h"
 
 namespace ZET::Deploy {
@@ -48,7 +49,7 @@ std::string HolderOf(int descriptor) {
     const std::string holder = TextOf(descriptor);
     const std::size_t end = holder.find('\n');
     // Nobody tells who holds the lock of a directory.
-    return end == std::string::npos ? "another process" : "process " + holder.substr(0, end);
+    return end == std::string::npos ? _("another process") : Words("process %s", holder.substr(0, end));
 }
 
 bool TryLockFile(int descriptor) {
@@ -68,12 +69,12 @@ bool WaitForLock(const LockSeeker& seeker, int descriptor, const std::string& pa
         if (errno != EACCES && errno != EAGAIN && errno != EINTR) return false;
         SignalGuard::Check();
         if (isFirst)
-            seeker.observer.Remark("waiting for " + HolderOf(descriptor) + ", which holds " + path +
-                                   ", for " + seconds + " at most");
+            seeker.observer.Remark(
+                Words("waiting for %s, which holds %s, for %s at most", HolderOf(descriptor), path, seconds));
         if (std::chrono::steady_clock::now() >= deadline) {
             throw Failure({.file = path,
-                           .text = HolderOf(descriptor) + " has held the lock for " + seconds,
-                           .remedy = "let it end, then try again"});
+                           .text = Words("%s has held the lock for %s", HolderOf(descriptor), seconds),
+                           .remedy = _("let it end, then try again")});
         }
         std::this_thread::sleep_for(kBetweenTries);
     }
@@ -84,7 +85,7 @@ bool WaitForLock(const LockSeeker& seeker, int descriptor, const std::string& pa
 void RequireOwnLockFile(int descriptor, const std::string& file) {
     struct stat status = {};
     if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1) return;
-    throw Failure({.file = file, .text = "is no regular file of one name", .remedy = "move it away"});
+    throw Failure({.file = file, .text = _("is no regular file of one name"), .remedy = _("move it away")});
 }
 
 /// For whoever waits for the lock. That it cannot be written, as on a full disk, is no reason not to go on.
@@ -104,8 +105,8 @@ Descriptor Lock(const LockSeeker& seeker, const std::string& file) {
     RequireOwnLockFile(lock, file);
     if (!WaitForLock(seeker, lock, file, TryLockFile)) {
         throw SystemFailure({.file = file,
-                             .text = "cannot be locked",
-                             .remedy = "let ZET_VAR_LIB_DIR be on a file system that has locks"},
+                             .text = _("cannot be locked"),
+                             .remedy = _("let ZET_VAR_LIB_DIR be on a file system that has locks")},
                             errno);
     }
     return lock;
@@ -115,9 +116,10 @@ Descriptor Lock(const LockSeeker& seeker, const std::string& file) {
 Descriptor LockDirectory(const LockSeeker& seeker, const std::string& directory) {
     Descriptor lock(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
     if (lock < 0 && errno == EACCES) {
-        throw SystemFailure(
-            {.file = directory, .text = "cannot be locked", .remedy = "let the user read the directory"},
-            errno);
+        throw SystemFailure({.file = directory,
+                             .text = _("cannot be locked"),
+                             .remedy = _("let the user read the directory")},
+                            errno);
     }
     const bool isLocked = lock >= 0 && WaitForLock(seeker, lock, directory, TryLockDirectory);
     return isLocked ? std::move(lock) : Descriptor();
@@ -138,10 +140,10 @@ bool IsOfAnotherKind(int error) {
     const int error = errno;
     throw SystemFailure(
         {.file = file,
-         .text = "cannot be opened",
+         .text = _("cannot be opened"),
          .remedy = IsOfAnotherKind(error)
-                       ? "move it away"
-                       : "create the directory ZET_VAR_LIB_DIR, or run as a user who may write there"},
+                       ? _("move it away")
+                       : _("create the directory ZET_VAR_LIB_DIR, or run as a user who may write there")},
         error);
 }
 
@@ -186,8 +188,8 @@ std::unique_ptr<WriteLock> LockToGoBack(const StateDirectory& state, const LockS
         return std::make_unique<WriteLock>(state, seeker);
     } catch (const Failure& failure) {
         if (!CanNobodyHold(state.Lock(), failure.ErrorNumber())) throw;
-        seeker.observer.Warning(std::string(failure.what()) +
-                                "; the files go back all the same, and other commands are not kept away");
+        seeker.observer.Warning(Words(
+            "%s; the files go back all the same, and other commands are not kept away", failure.what()));
         return nullptr;
     }
 }

@@ -5,6 +5,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Merge.h"
+#include "deploy/host/Words.h"
 #include "text/LineEnds.h"
 #include "text/NoticeOfText.h"
 
@@ -19,8 +20,8 @@ void RequireOneLineEnd(const TextsToMerge& texts, const FileToMerge& file) {
         const bool isOther = areCarriageReturns && *areCarriageReturns != ends.areCarriageReturns;
         if (ends.otherLine != 0 || (isOther && !text->empty()))
             throw Failure({.file = file.path,
-                           .text = "its lines do not all end alike, so it cannot be merged",
-                           .remedy = "let them end alike; " + file.otherWay});
+                           .text = _("its lines do not all end alike, so it cannot be merged"),
+                           .remedy = Words("let them end alike; %s", file.otherWay)});
         if (!text->empty()) areCarriageReturns = ends.areCarriageReturns;
     }
 }
@@ -47,8 +48,8 @@ MergedFile MergeFile(const TextsToMerge& texts, const FileToMerge& file) {
     for (const std::size_t line : merged.conflicts) {
         made.conflicts.push_back({.file = file.path,
                                   .line = static_cast<int>(line + now.noticeLines),
-                                  .text = "was edited here, where other lines are to come, too",
-                                  .remedy = "take the edit out; " + file.otherWay});
+                                  .text = _("was edited here, where other lines are to come, too"),
+                                  .remedy = Words("take the edit out; %s", file.otherWay)});
     }
     if (made.conflicts.empty()) made.text = std::string(wanted.notice) + merged.text;
     return made;

@@ -8,6 +8,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "posix/Descriptor.h"
 #include "posix/ReadWrite.h"
 #include "zet/ZETFiles.h"
@@ -42,24 +43,25 @@ Descriptor OpenNew(const std::string& temporary, const std::string& name) {
     };
     Descriptor file = create();
     if (file.IsOpen()) return file;
-    if (errno != EEXIST) Fail(temporary, "cannot be written");
+    if (errno != EEXIST) Fail(temporary, _("cannot be written"));
     if (IsLeftOver(temporary, name)) {
         RemoveFile(temporary);
         file = create();
         if (file.IsOpen()) return file;
     }
-    throw Failure({.file = temporary, .text = "is in the way, and not from here", .remedy = "move it away"});
+    throw Failure(
+        {.file = temporary, .text = _("is in the way, and not from here"), .remedy = _("move it away")});
 }
 
 }  // namespace
 
 void SaveOwnText(const std::string& name, const std::string& text, mode_t mode) {
     const std::string temporary = name + ZETTemporarySuffix;
-    RemedyErrors("make room, or see to the rights of its directory; nothing was changed", [&] {
+    RemedyErrors(ZET_TEXT("make room, or see to the rights of its directory; nothing was changed"), [&] {
         {
             const Descriptor file = OpenNew(temporary, name);
-            if (!WriteAll(file, text)) Fail(temporary, "cannot be written");
-            if (fchmod(file, mode & kModeBits) != 0) Fail(temporary, "cannot get its mode");
+            if (!WriteAll(file, text)) Fail(temporary, _("cannot be written"));
+            if (fchmod(file, mode & kModeBits) != 0) Fail(temporary, _("cannot get its mode"));
         }
         RenameFile(temporary, name);
     });

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/Words.h"
 #include "text/LineExpansion.h"
 #include "text/Lines.h"
 #include "zet/ZETHost.h"
@@ -95,13 +96,13 @@ class ValueCheck {
                 m_core.GetParam(parameter.name) != parameter.value)
                 continue;
             if (parameter.value.ends_with('\r')) {
-                Add(&parameter, "the value of " + parameter.name + " ends with a carriage return",
-                    "save the file with plain line feeds");
+                Add(&parameter, Words("the value of %s ends with a carriage return", parameter.name),
+                    _("save the file with plain line feeds"));
             } else if (IsQuotedWithComment(parameter.value)) {
                 Add(&parameter,
-                    "the value of " + parameter.name +
-                        " is in quotes with a comment behind, and has both as parts of it",
-                    "write the bare value alone behind \"=\"");
+                    Words("the value of %s is in quotes with a comment behind, and has both as parts of it",
+                          parameter.name),
+                    _("write the bare value alone behind \"=\""));
             } else if (const auto problem = ProblemOf(parameter, values)) {
                 Add(&parameter, problem->text, problem->remedy);
             }
@@ -129,14 +130,16 @@ class ValueCheck {
             given = FindGiven(m_given, name);
         }
         if (!m_told.insert(name).second) return;
-        const std::string so = std::string(", so that ") + source.placeholder + " has no value";
         const bool isMeant = name == kDomain || name == kServer;
         if (!m_core.GetParam(name).empty()) {
-            Add(given, name + " has nothing to make " + source.placeholder + " of", "correct its value");
+            Add(given, Words("%s has nothing to make %s of", name, source.placeholder),
+                _("correct its value"));
         } else if (isMeant) {
-            Add(given, name + " is not set" + so, "add a line " + name + "=VALUE, or use \"option set\"");
+            Add(given, Words("%s is not set, so that %s has no value", name, source.placeholder),
+                Words("add a line %s=VALUE, or use \"option set\"", name));
         } else {
-            Add(given, name + " is empty" + so, "give it a value, or remove its line");
+            Add(given, Words("%s is empty, so that %s has no value", name, source.placeholder),
+                _("give it a value, or remove its line"));
         }
     }
 
@@ -211,8 +214,9 @@ UnusedParameters FindUnusedParameters(const std::string& file, const std::vector
         (nearest.empty() ? found.unused : found.mistyped)
             .push_back(
                 {parameter.file.empty() ? file : parameter.file, parameter.line, 0,
-                 "nobody knows the parameter " + parameter.name + ", and nothing uses " + placeholder,
-                 nearest.empty() ? "correct its name, or remove the line" : "did you mean " + nearest + "?"});
+                 Words("nobody knows the parameter %s, and nothing uses %s", parameter.name, placeholder),
+                 nearest.empty() ? _("correct its name, or remove the line")
+                                 : Words("did you mean %s?", nearest)});
     }
     return found;
 }

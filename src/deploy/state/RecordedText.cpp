@@ -10,6 +10,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/GuardedRenames.h"
 #include "posix/Descriptor.h"
 #include "posix/ReadWrite.h"
@@ -30,12 +31,12 @@ constexpr char kLabel[] = "security.selinux";
 }
 
 void SetMode(int descriptor, const std::string& path, mode_t mode) {
-    if (fchmod(descriptor, mode) != 0) Fail(path, "its mode cannot be given back");
+    if (fchmod(descriptor, mode) != 0) Fail(path, _("its mode cannot be given back"));
 }
 
 struct stat StatusOf(int descriptor, const std::string& path) {
     struct stat status = {};
-    if (fstat(descriptor, &status) != 0) Fail(path, "cannot be looked at");
+    if (fstat(descriptor, &status) != 0) Fail(path, _("cannot be looked at"));
     return status;
 }
 
@@ -43,13 +44,13 @@ void GiveOwner(int descriptor, const std::string& path, const RecordedState& wan
     const struct stat now = StatusOf(descriptor, path);
     if (now.st_uid == wanted.owner && now.st_gid == wanted.group) return;
     if (fchown(descriptor, wanted.owner, wanted.group) != 0)
-        Fail(path, "its owner " + std::to_string(wanted.owner) + ":" + std::to_string(wanted.group) +
-                       " cannot be given back");
+        Fail(path, Words("its owner %s:%s cannot be given back", std::to_string(wanted.owner),
+                         std::to_string(wanted.group)));
 }
 
 void TellOfAttribute(const std::string& path, const std::string& name, Observer& observer) {
-    const Failure failure =
-        SystemFailure({.file = path, .text = "its attribute \"" + name + "\" cannot be given back"}, errno);
+    const Failure failure = SystemFailure(
+        {.file = path, .text = Words("its attribute \"%s\" cannot be given back", name)}, errno);
     if (name != kLabel) throw Failure(failure);
     observer.Warning(failure.what());
 }
@@ -112,13 +113,13 @@ void RecordedText::Put(const CapturedFile& wanted, const std::function<void()>& 
 void RecordedText::Write(const std::string& temporary, const std::string& text) {
     constexpr int kFlags = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
     const Descriptor file(Uninterrupted([&] { return open(temporary.c_str(), kFlags, kPrivate); }));
-    if (file < 0) Fail(temporary, "cannot be made");
+    if (file < 0) Fail(temporary, _("cannot be made"));
     if (!Identify(file)) {
         const int error = errno;
         Identify(file);  // what is not known is not taken away again
-        throw SystemFailure({.file = temporary, .text = "cannot be looked at"}, error);
+        throw SystemFailure({.file = temporary, .text = _("cannot be looked at")}, error);
     }
-    if (!WriteAll(file, text)) Fail(temporary, "cannot be written");
+    if (!WriteAll(file, text)) Fail(temporary, _("cannot be written"));
 }
 
 bool RecordedText::Identify(int descriptor) {
@@ -133,17 +134,17 @@ bool RecordedText::Identify(int descriptor) {
 void RecordedText::Complete(int descriptor, const RecordedState& wanted) const {
     const std::string path = m_place.Path() + m_suffix;
     if (descriptor < 0)
-        throw Failure({.file = path, .text = "cannot be read back", .remedy = "look at its directory"});
+        throw Failure({.file = path, .text = _("cannot be read back"), .remedy = _("look at its directory")});
     const struct stat made = StatusOf(descriptor, path);
     if (made.st_dev != m_device || made.st_ino != m_inode || made.st_nlink != 1) {
         throw Failure({.file = path + ZETTemporarySuffix,
-                       .text = "was replaced at the same time, and nothing was changed",
-                       .remedy = "look at it, and run the command again"});
+                       .text = _("was replaced at the same time, and nothing was changed"),
+                       .remedy = _("look at it, and run the command again")});
     }
     RecordedState given = wanted;
     if (!MayHaveSetIds(wanted, made.st_gid)) given.mode &= ~kSetIdBits;
     GiveRecordedAttributes(descriptor, path, given, m_product.Out());
-    if (m_product.Param("ZET_SYNC") != "no" && fsync(descriptor) != 0) Fail(path, "cannot be synced");
+    if (m_product.Param("ZET_SYNC") != "no" && fsync(descriptor) != 0) Fail(path, _("cannot be synced"));
 }
 
 /// In his own directory, a user could have written what is given to a group that is not his.

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/History.h"
 #include "deploy/state/LoginUser.h"
 #include "zet/ZETFormat.h"
@@ -32,11 +33,12 @@ Recording::Recording(Host& host, Use use, bool isLocked, bool goesBack) : m_host
         OpenStore();
         return;
     }
-    const std::string text = "what is changed is not recorded: ZET_VAR_LIB_DIR cannot be written";
     if (geteuid() == 0)
-        host.Out().Warning(text + " (create it, or make it writable)");
+        host.Out().Warning(
+            _("what is changed is not recorded: ZET_VAR_LIB_DIR cannot be written (create it, or "
+              "make it writable)"));
     else
-        host.Out().Detail(text);
+        host.Out().Detail(_("what is changed is not recorded: ZET_VAR_LIB_DIR cannot be written"));
 }
 
 void Recording::OpenStore() {
@@ -55,7 +57,7 @@ void Recording::OrGoOnWithout(Call call) {
         if (isOfStore)
             m_host.HostHistory().TellUnusable(failure);
         else
-            m_host.Out().Warning(std::string("what is changed is not recorded: ") + failure.what());
+            m_host.Out().Warning(Words("what is changed is not recorded: %s", failure.what()));
         m_store = nullptr;
         m_open.reset();
         m_number.reset();
@@ -239,8 +241,9 @@ void Recording::Complete(Ending ending) {
     } catch (const Failure& failure) {
         const std::string store = m_host.State().Store();
         const bool isOfStore = failure.Facts().file.starts_with(store);
-        m_host.Out().Warning(isOfStore ? failure.what()
-                                       : store + ": the next command ends the entry: " + failure.what());
+        m_host.Out().Warning(isOfStore
+                                 ? failure.what()
+                                 : Words("%s: the next command ends the entry: %s", store, failure.what()));
     }
 }
 

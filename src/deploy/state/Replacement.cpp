@@ -11,6 +11,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/GuardedRenames.h"
 #include "posix/Descriptor.h"
 #include "zet/ZETFiles.h"
@@ -21,7 +22,7 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr mode_t kSetIdBits = S_ISUID | S_ISGID;
-constexpr char kLookAndRepeat[] = "look at it, and run the command again";
+constexpr char kLookAndRepeat[] = ZET_TEXT("look at it, and run the command again");
 
 /// By the directory that is held: its name may lead elsewhere by now.
 FileVersion PresentVersion(const FileInPlace& file) {
@@ -38,8 +39,8 @@ bool HasCompanion(const FileInPlace& file, const char* suffix) {
 void RequireVersion(const FileInPlace& file, const FileVersion& version) {
     if (PresentVersion(file) == version) return;
     throw Failure({.file = file.Path(),
-                   .text = "another program wrote it at the same time, and nothing was changed",
-                   .remedy = kLookAndRepeat});
+                   .text = _("another program wrote it at the same time, and nothing was changed"),
+                   .remedy = _(kLookAndRepeat)});
 }
 
 Replacement::Replacement(HostProduct& product, const FileInPlace& file, const FileVersion& version)
@@ -49,8 +50,8 @@ Replacement::Replacement(HostProduct& product, const FileInPlace& file, const Fi
       m_former(StateIn(file.Directory(), file.NameInDirectory(), file.Path())) {
     if (file.Holder() && m_former.owner != *file.Holder())
         throw Failure({.file = file.Path(),
-                       .text = "was replaced at the same time, and nothing was changed",
-                       .remedy = kLookAndRepeat});
+                       .text = _("was replaced at the same time, and nothing was changed"),
+                       .remedy = _(kLookAndRepeat)});
 }
 
 Replacement::~Replacement() {
@@ -67,7 +68,7 @@ Replacement::~Replacement() {
 
 void Replacement::TellIfPossible(const std::exception& error) noexcept {
     try {
-        m_product.Out().Warning(m_file.Path() + ": its reserve stays: " + FailureOf(error).what());
+        m_product.Out().Warning(Words("%s: its reserve stays: %s", m_file.Path(), FailureOf(error).what()));
     } catch (const std::bad_alloc&) {
         // As above.
     }
@@ -129,7 +130,7 @@ void Replacement::Complete(int descriptor, const std::string& path, mode_t mode)
     struct stat made = {};
     if (fstat(descriptor, &made) != 0) {
         const int error = errno;
-        throw SystemFailure({.file = path, .text = "its owner cannot be read"}, error);
+        throw SystemFailure({.file = path, .text = _("its owner cannot be read")}, error);
     }
     if (!m_former.exists && m_newOwner) GiveToNewOwner(descriptor, path);
     const bool isOwners = made.st_uid == m_former.owner;
@@ -143,8 +144,8 @@ void Replacement::GiveToNewOwner(int descriptor, const std::string& path) const 
     if (fchown(descriptor, m_newOwner->user, m_newOwner->group) == 0) return;
     const int error = errno;
     throw SystemFailure({.file = path,
-                         .text = "cannot be given to the owner that the list names",
-                         .remedy = "run as root, or remove owner from the list"},
+                         .text = _("cannot be given to the owner that the list names"),
+                         .remedy = _("run as root, or remove owner from the list")},
                         error);
 }
 
@@ -156,8 +157,8 @@ void Replacement::CompleteReserve() const {
     if (file < 0 || fstat(file, &status) != 0 || !S_ISREG(status.st_mode) ||
         status.st_uid != *m_file.Holder() || status.st_nlink != 1) {
         throw Failure({.file = reserve,
-                       .text = "was replaced at the same time, and nothing was changed",
-                       .remedy = kLookAndRepeat});
+                       .text = _("was replaced at the same time, and nothing was changed"),
+                       .remedy = _(kLookAndRepeat)});
     }
     Complete(file, reserve, m_former.mode);
 }

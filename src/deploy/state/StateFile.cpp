@@ -5,6 +5,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/Words.h"
 
 namespace ZET::Deploy {
 
@@ -14,10 +15,11 @@ void RequireSoundStateFile(const std::string& file) {
     const FileState state = StateOf(file);
     if (!state.exists) return;
     if (!state.IsRegular())
-        throw Damage({.file = file, .text = "is no regular file", .remedy = "move it away"});
+        throw Damage({.file = file, .text = _("is no regular file"), .remedy = _("move it away")});
     if (VersionOf(file).size > kLargest)
-        throw Damage(
-            {.file = file, .text = "is larger than any that is written here", .remedy = "move it away"});
+        throw Damage({.file = file,
+                      .text = _("is larger than any that is written here"),
+                      .remedy = _("move it away")});
 }
 
 }  // namespace ZET::Deploy

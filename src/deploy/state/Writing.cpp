@@ -11,6 +11,7 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Staging.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
 #include "posix/PathNames.h"
@@ -29,13 +30,13 @@ void RequireDirectory(Host& host, const std::string& path) {
     struct stat status = {};
     if (stat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
         throw Failure({.file = directory,
-                       .text = "is no directory that " + path + " can be in",
-                       .remedy = "create it, or correct the path"});
+                       .text = Words("is no directory that %s can be in", path),
+                       .remedy = _("create it, or correct the path")});
     }
     if (access(directory.c_str(), W_OK | X_OK) == 0) return;
     const int error = errno;
     const Failure failure = SystemFailure(
-        {.file = directory, .text = "cannot be written, so " + path + " cannot be replaced"}, error);
+        {.file = directory, .text = Words("cannot be written, so %s cannot be replaced", path)}, error);
     if (!host.Wanted().dryRun) throw Failure(failure);
     host.Out().Warning(failure.what());
 }
@@ -48,15 +49,15 @@ void RequireFreeNames(const std::string& path, bool canRecord, const std::set<st
     const FileState found = StateOf(temporary);
     if (found.exists && (!found.IsRegular() || found.links != 1 || isAnybodys)) {
         throw Failure({.file = temporary,
-                       .text = "is in the way of writing " + path + ", and not from here",
-                       .remedy = "move it away"});
+                       .text = Words("is in the way of writing %s, and not from here", path),
+                       .remedy = _("move it away")});
     }
     const std::string reserve = path + ZETReserveSuffix;
     const FileState state = StateOf(reserve);
     if (state.exists && !state.IsRegular()) {
         throw Failure({.file = reserve,
-                       .text = "is no regular file, so " + path + " has no reserve",
-                       .remedy = "move it away"});
+                       .text = Words("is no regular file, so %s has no reserve", path),
+                       .remedy = _("move it away")});
     }
 }
 
@@ -72,7 +73,7 @@ void RequireNoStateFile(const StateDirectory& state, const std::string& path) {
     for (const std::string& file : state.Files()) {
         if (BaseNameOf(file) != BaseNameOf(path) || !IsSameDirectory(DirectoryOf(path), state.Path()))
             continue;
-        throw Failure({.file = path, .text = "is a file of the status", .remedy = "name another file"});
+        throw Failure({.file = path, .text = _("is a file of the status"), .remedy = _("name another file")});
     }
 }
 

@@ -6,6 +6,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Signals.h"
 #include "deploy/host/Staging.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/ParameterCheck.h"
 #include "deploy/targets/ListedEdits.h"
@@ -117,8 +118,8 @@ void FindUnused(Deployment& product, const std::set<std::string>& used, CheckRes
     for (const auto& [placeholder, file] : values.ValueFiles()) {
         if (!used.contains(placeholder))
             result.warnings.push_back({.file = file,
-                                       .text = "nothing uses " + placeholder,
-                                       .remedy = "correct its name, or remove the file"});
+                                       .text = Words("nothing uses %s", placeholder),
+                                       .remedy = _("correct its name, or remove the file")});
     }
 }
 

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Words.h"
 #include "deploy/targets/Render.h"
 #include "posix/PathNames.h"
 #include "zet/ZETFormat.h"
@@ -15,19 +16,19 @@
 namespace ZET::Deploy {
 
 ClaimedFiles::ClaimedFiles(Host& host) : m_host(host) {
-    AddOwn(host.FilePath(host.ConfigFile()), "the configuration file of the commands");
-    m_uses.try_emplace(Canonical(TargetListFile(host)), Use{"the list of targets", ""});
+    AddOwn(host.FilePath(host.ConfigFile()), _("the configuration file of the commands"));
+    m_uses.try_emplace(Canonical(TargetListFile(host)), Use{_("the list of targets"), ""});
     for (const std::string& file : host.Values().Files())
-        m_uses.try_emplace(Canonical(file), Use{"a file of values", ""});
+        m_uses.try_emplace(Canonical(file), Use{_("a file of values"), ""});
     for (const std::string& file : host.State().Files())
-        AddOwn(file, "a file of the status");
+        AddOwn(file, _("a file of the status"));
 }
 
 void ClaimedFiles::AddTemplate(const std::string& name) {
     const std::string copy = WorkingCopy(m_host, name);
-    AddOf(name, copy, "the working copy of [" + name + "]");
-    AddOf(name, copy + ZETTemporarySuffix, "the temporary file of the working copy of [" + name + "]");
-    AddOf(name, m_host.Param("ZET_CFG_TEMPL_DIR") + "/" + name, "the template [" + name + "]");
+    AddOf(name, copy, Words("the working copy of [%s]", name));
+    AddOf(name, copy + ZETTemporarySuffix, Words("the temporary file of the working copy of [%s]", name));
+    AddOf(name, m_host.Param("ZET_CFG_TEMPL_DIR") + "/" + name, Words("the template [%s]", name));
 }
 
 std::optional<Problem> ClaimedFiles::ClashOf(const std::string& templateName) const {
@@ -57,7 +58,7 @@ std::optional<Problem> ClaimedFiles::AddTarget(const Target& target) {
 std::optional<Problem> ClaimedFiles::AddTarget(const Target& target, const std::string& file) {
     if (std::optional<Problem> clash = ClashOf(target.templateName)) return clash;
     Uses mine = CompanionsOf(file);
-    mine[file] = {"made from [" + target.templateName + "]", target.templateName};
+    mine[file] = {Words("made from [%s]", target.templateName), target.templateName};
     m_uses.merge(mine);
     if (mine.empty()) return std::nullopt;
     // What could not be merged has another use. The target comes first: its companions have longer names.
@@ -65,11 +66,11 @@ std::optional<Problem> ClaimedFiles::AddTarget(const Target& target, const std::
     const Use& other = m_uses.at(path);
     if (!use.templateName.empty() && !other.templateName.empty()) {
         return Problem{path, 0, 0,
-                       "is made from both [" + other.templateName + "] and [" + use.templateName + "]",
-                       "give each file to one template"};
+                       Words("is made from both [%s] and [%s]", other.templateName, use.templateName),
+                       _("give each file to one template")};
     }
-    return Problem{path, 0, 0, "is " + other.text + ", and " + use.text + " too",
-                   "give the target another path"};
+    return Problem{path, 0, 0, Words("is %s, and %s too", other.text, use.text),
+                   _("give the target another path")};
 }
 
 std::string ClaimedFiles::UseBesideTargets(const std::string& path) const {
@@ -122,16 +123,16 @@ void ClaimedFiles::AddOf(const std::string& templateName, const std::string& pat
     const auto [known, isNew] = m_uses.try_emplace(file, Use{text, "", templateName});
     if (isNew || known->second.ofTemplate == templateName) return;
     m_clashes.try_emplace(templateName,
-                          Problem{file, 0, 0, "is " + known->second.text + ", and " + text + " too",
-                                  "give the template another name"});
+                          Problem{file, 0, 0, Words("is %s, and %s too", known->second.text, text),
+                                  _("give the template another name")});
 }
 
 ClaimedFiles::Uses ClaimedFiles::CompanionsOf(const std::string& file) {
     const std::string reserve = file + ZETReserveSuffix;
-    return {{reserve, {"the reserve of " + file, ""}},
-            {file + ZETAbsenceSuffix, {"the mark that there was no " + file, ""}},
-            {file + ZETTemporarySuffix, {"the temporary file of " + file, ""}},
-            {reserve + ZETTemporarySuffix, {"the temporary file of " + reserve, ""}}};
+    return {{reserve, {Words("the reserve of %s", file), ""}},
+            {file + ZETAbsenceSuffix, {Words("the mark that there was no %s", file), ""}},
+            {file + ZETTemporarySuffix, {Words("the temporary file of %s", file), ""}},
+            {reserve + ZETTemporarySuffix, {Words("the temporary file of %s", reserve), ""}}};
 }
 
 }  // namespace ZET::Deploy

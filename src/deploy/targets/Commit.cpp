@@ -7,6 +7,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/CommitRecord.h"
 #include "deploy/targets/OthersWork.h"
@@ -88,10 +89,13 @@ class Execution {
                 (isWritten ? written : isAsItWas ? notWritten : others).push_back(planned.path);
             }
             m_product.Out().Error(
-                "the commit did not come to its end, its status is not recorded (run it again to complete "
-                "it). Written: " +
-                Joined(written) + ". Not written: " + Joined(notWritten) +
-                (others.empty() ? "" : ". Written by another program: " + Joined(others)));
+                others.empty()
+                    ? Words("the commit did not come to its end, its status is not recorded (run it again to "
+                            "complete it). Written: %s. Not written: %s",
+                            Joined(written), Joined(notWritten))
+                    : Words("the commit did not come to its end, its status is not recorded (run it again to "
+                            "complete it). Written: %s. Not written: %s. Written by another program: %s",
+                            Joined(written), Joined(notWritten), Joined(others)));
             m_plan.ServicesOf(done).Tell(m_product.Out());
         } catch (const std::exception& error) {
             m_product.Out().Error(FailureOf(error).what());
@@ -109,14 +113,14 @@ class Execution {
             config.SaveFileServerStatus();
         } catch (const EZETError& error) {
             throw Failure({.file = file,
-                           .text = "cannot be written: " + error.GetMessage(),
-                           .remedy = "make room, or allow it; then commit again"},
+                           .text = Words("cannot be written: %s", error.GetMessage()),
+                           .remedy = _("make room, or allow it; then commit again")},
                           ErrorNumberOf(error));
         }
         if (config.GetFileServerStatus() != m_product.Param("NETWORK_FS_TYPE"))
             throw Failure({.file = file,
-                           .text = "could not be written whole",
-                           .remedy = "make room, then commit again"});
+                           .text = _("could not be written whole"),
+                           .remedy = _("make room, then commit again")});
     }
 
     Deployment& m_product;

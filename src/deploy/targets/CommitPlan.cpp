@@ -9,6 +9,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
 #include "deploy/state/StateDirectory.h"
@@ -104,7 +105,7 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
 /// As a rollback takes it back.
 void CommitPlan::AddTakenBack() {
     m_takeBack = std::make_unique<TakeBack>(m_product, *m_known,
-                                            TakeBack::Ways{.force = "\"rollback-config --force\""});
+                                            TakeBack::Ways{.force = _("\"rollback-config --force\"")});
     for (const std::string& path : m_known->PathsOf(m_product.Role())) {
         m_product.RequireGoOn();
         if (m_inForce.contains(path)) continue;
@@ -163,11 +164,12 @@ bool CommitPlan::SettleEdit(PlannedTarget& planned, OnEdit onEdit) {
     } else if (onEdit == OnEdit::Refuse) {
         problems.push_back({.file = planned.path,
                             .text = DescribeOthersWork(planned),
-                            .remedy = "--on-edit=overwrite replaces it, and the history keeps it"});
+                            .remedy = _("--on-edit=overwrite replaces it, and the history keeps it")});
     } else if (!CanBeKept(planned.before, planned.version)) {
-        problems.push_back({.file = planned.path,
-                            .text = DescribeOthersWork(planned) + ", and the history cannot keep the edit",
-                            .remedy = "--on-edit=overwrite replaces it all the same"});
+        problems.push_back(
+            {.file = planned.path,
+             .text = Words("%s, and the history cannot keep the edit", DescribeOthersWork(planned)),
+             .remedy = _("--on-edit=overwrite replaces it all the same")});
     }
     m_checked.problems.insert(m_checked.problems.end(), problems.begin(), problems.end());
     return problems.empty();
@@ -180,14 +182,14 @@ void CommitPlan::JudgeListedEdits(OnEdit onEdit) {
         std::vector<Problem>& problems = m_checked.problems;
         problems.insert(problems.end(), edits.conflicts.begin(), edits.conflicts.end());
         if (!edits.isEdited || !edits.conflicts.empty()) continue;
-        const std::string text = "a line that the last commit set was changed since";
+        const std::string text = _("a line that the last commit set was changed since");
         if (onEdit == OnEdit::Refuse)
             problems.push_back(
-                {.file = edits.file.path, .text = text, .remedy = "--on-edit=overwrite sets it again"});
+                {.file = edits.file.path, .text = text, .remedy = _("--on-edit=overwrite sets it again")});
         else if (!CanBeKept(edits.file.before, edits.file.version))
             problems.push_back({.file = edits.file.path,
-                                .text = text + ", and the history cannot keep the edit",
-                                .remedy = "--on-edit=overwrite sets it again all the same"});
+                                .text = Words("%s, and the history cannot keep the edit", text),
+                                .remedy = _("--on-edit=overwrite sets it again all the same")});
     }
 }
 
@@ -275,10 +277,10 @@ Restarts CommitPlan::ServicesOf(const std::vector<PlannedTarget>& targets) const
 }
 
 std::string DescribeOthersWork(const PlannedTarget& planned) {
-    if (!planned.before.exists) return "was removed since the last commit";
-    if (planned.isTouched) return "was edited since the last commit";
-    return planned.DropsMerge() ? "holds edits that an earlier commit merged"
-                                : "holds changes that are kept nowhere";
+    if (!planned.before.exists) return _("was removed since the last commit");
+    if (planned.isTouched) return _("was edited since the last commit");
+    return planned.DropsMerge() ? _("holds edits that an earlier commit merged")
+                                : _("holds changes that are kept nowhere");
 }
 
 FileOutcome OutcomeOf(Deployment& product, const PlannedTarget& planned) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "deploy/host/Words.h"
 #include "deploy/targets/KeyReader.h"
 
 namespace ZET::Deploy {
@@ -25,7 +26,7 @@ class EditKeys : KeyReader {
         const auto key = kKeys.find(entry.Name());
         if (key != kKeys.end()) return (this->*key->second)(entry);
         AddUnknown(entry,
-                   "file, param and value or pattern and line, roles, when, optional, name or enabled");
+                   _("file, param and value or pattern and line, roles, when, optional, name or enabled"));
     }
 
   private:
@@ -46,10 +47,10 @@ class EditKeys : KeyReader {
         m_edit.param.clear();
     }
 
-    std::string LineOf(const Entry& entry) { return TextOf(entry, "write it in quotes").value_or(""); }
+    std::string LineOf(const Entry& entry) { return TextOf(entry, _("write it in quotes")).value_or(""); }
 
     std::string SelectorOf(const Entry& entry) {
-        const std::optional<std::string> text = TextOf(entry, "write it in quotes");
+        const std::optional<std::string> text = TextOf(entry, _("write it in quotes"));
         if (text && text->empty()) AddEmpty(entry);
         return text.value_or("");
     }

@@ -2,19 +2,20 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/MergedFile.h"
 
 namespace ZET::Deploy {
 
 namespace {
 
-constexpr char kOtherWay[] = "--on-edit=overwrite replaces it, and the history keeps it";
-constexpr char kLastWay[] = "--on-edit=overwrite replaces it all the same";
-constexpr char kBaseIsErased[] =
+constexpr char kOtherWay[] = ZET_TEXT("--on-edit=overwrite replaces it, and the history keeps it");
+constexpr char kLastWay[] = ZET_TEXT("--on-edit=overwrite replaces it all the same");
+constexpr char kBaseIsErased[] = ZET_TEXT(
     "holds edits that cannot be merged again, as the text that they were merged with was erased from the "
-    "history";
+    "history");
 constexpr char kWayOfErased[] =
-    "put them into its template; --on-edit=overwrite takes them out, and the history keeps them";
+    ZET_TEXT("put them into its template; --on-edit=overwrite takes them out, and the history keeps them");
 constexpr mode_t kModeBits = 07777;
 
 /// What the text that is known of a file was made from.
@@ -65,16 +66,18 @@ std::vector<Problem> EditMerge::Merge(PlannedTarget& planned) const {
     };
     const KnownFile* const known = m_known.Find(planned.path);
     if (!planned.before.exists)
-        return refuse("was removed since the last commit, which cannot be merged", kLastWay);
+        return refuse(_("was removed since the last commit, which cannot be merged"), _(kLastWay));
     if (!CanBeKept(m_host, planned))
-        return refuse("was edited since the last commit, and the history cannot keep the edit", kLastWay);
-    if (known != nullptr && known->state.knowledge.isBaseErased) return refuse(kBaseIsErased, kWayOfErased);
+        return refuse(_("was edited since the last commit, and the history cannot keep the edit"),
+                      _(kLastWay));
+    if (known != nullptr && known->state.knowledge.isBaseErased)
+        return refuse(_(kBaseIsErased), _(kWayOfErased));
     if (known == nullptr || !BaseOf(*known))
-        return refuse("cannot be merged, as the text of the last commit is not kept", kOtherWay);
+        return refuse(_("cannot be merged, as the text of the last commit is not kept"), _(kOtherWay));
     if (HasOtherMode(planned, *known)) {
-        return refuse("has another mode (" + ModeText(planned.before) +
-                          ") than the last commit gave it, which cannot be merged",
-                      "give its template that mode, or the file its former one");
+        return refuse(Words("has another mode (%s) than the last commit gave it, which cannot be merged",
+                            ModeText(planned.before)),
+                      _("give its template that mode, or the file its former one"));
     }
     try {
         return MergeWith(planned, *BaseOf(*known));
@@ -88,7 +91,8 @@ std::vector<Problem> EditMerge::Merge(PlannedTarget& planned) const {
 std::vector<Problem> EditMerge::MergeWith(PlannedTarget& planned, TextNumber base) const {
     const std::string former = m_host.HostHistory().ToLook()->Text(base);
     const std::string rendered = ReadFileBytes(planned.staged);
-    MergedFile merged = MergeFile({ReadFileBytes(planned.path), former, rendered}, {planned.path, kOtherWay});
+    MergedFile merged =
+        MergeFile({ReadFileBytes(planned.path), former, rendered}, {planned.path, _(kOtherWay)});
     if (!merged.conflicts.empty()) return merged.conflicts;
     planned.isMerged = true;
     planned.isRenderingNew = true;

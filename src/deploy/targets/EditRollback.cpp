@@ -4,6 +4,7 @@
 #include <set>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/Writers.h"
 #include "deploy/targets/LinesInPlace.h"
 #include "text/WithoutBlocks.h"
@@ -21,7 +22,7 @@ void RequireSound(const std::string& path, const std::string& text) {
     throw Failure({.file = path,
                    .line = static_cast<int>(damage->line),
                    .text = damage->text,
-                   .remedy = "\"doctor " + path + "\" tells a repair"});
+                   .remedy = Words("\"doctor %s\" tells a repair", path)});
 }
 
 /// Who goes back needs no history, unless it has to tell what the other role has committed.
@@ -93,10 +94,10 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const Wr
         const bool isLeft = file.IsLeft();
         edit.way = isLeft ? Way::Reserve : Way::Forget;
         if (!edit.others.empty()) edit.way = Way::LeaveToOtherRole;
-        if (!isLeft) edit.remark = "is not there";
+        if (!isLeft) edit.remark = _("is not there");
         return edit;
     }
-    if (!now.IsRegular()) return {Way::Keep, "is no regular file, stays as it is"};
+    if (!now.IsRegular()) return {Way::Keep, _("is no regular file, stays as it is")};
     const bool isAsLeft = known.IsAsLeft(file.path);
     const std::string text = ReadFileBytes(file.path);
     const bool mayGoBack = edit.others.empty() && IsFileExist(file.Reserve());
@@ -107,16 +108,16 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const Wr
         return {Way::Reserve};
     if (edit.text != text) {
         edit.way = Way::Blocks;
-        edit.remark = "the managed blocks are taken out, all other lines stay";
+        edit.remark = _("the managed blocks are taken out, all other lines stay");
     } else if (!edit.others.empty()) {
         edit.way = Way::LeaveToOtherRole;
     } else if (isAsLeft) {
         edit.way = Way::Keep;
         edit.remark = IsFileExist(file.Reserve())
-                          ? "was edited without markers, and may hold what others wrote, stays as it is"
-                          : "was edited without markers and has no reserve, stays as it is";
+                          ? _("was edited without markers, and may hold what others wrote, stays as it is")
+                          : _("was edited without markers and has no reserve, stays as it is");
     } else {
-        edit.remark = "holds no managed block any more, stays as it is";
+        edit.remark = _("holds no managed block any more, stays as it is");
     }
     return edit;
 }

@@ -5,6 +5,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "text/Lines.h"
 #include "text/ManagedText.h"
 #include "text/Markers.h"
@@ -62,32 +63,33 @@ std::set<std::string> SelectedOwnLines(IZETCore& core, const Text::ManagedText& 
 
 void RequireOneLine(const std::string& text, const std::string& what) {
     if (text.find('\n') != std::string::npos)
-        throw UsageError(what + " holds a line feed (a line cannot; give the text without it)");
+        throw UsageError(Words("%s holds a line feed (a line cannot; give the text without it)", what));
 }
 
 void RequireNoMarker(const std::string& line) {
     const Text::Marker marker = Text::MarkerOf(line);
     if (marker == Text::Marker::None) return;
-    throw UsageError("LINE begins with \"" + std::string(Text::MarkerText(marker)) +
-                     "\", which marks lines of the system itself (begin it with something else)");
+    throw UsageError(Words(
+        "LINE begins with \"%s\", which marks lines of the system itself (begin it with something else)",
+        Text::MarkerText(marker)));
 }
 
 void RequirePattern(IZETCore& core, const std::string& pattern) {
-    if (pattern.empty()) throw UsageError("PATTERN is empty (give a regular expression)");
+    if (pattern.empty()) throw UsageError(_("PATTERN is empty (give a regular expression)"));
     try {
         Matches(core, pattern, "");
     } catch (const EZETError& error) {
-        throw UsageError(std::string("PATTERN: ") + FailureOf(error, "correct the expression").what());
+        throw UsageError(std::string("PATTERN: ") + FailureOf(error, _("correct the expression")).what());
     }
 }
 
 void RequireParamName(const std::string& name) {
-    if (name.empty()) throw UsageError("NAME is empty (give the name of a parameter)");
+    if (name.empty()) throw UsageError(_("NAME is empty (give the name of a parameter)"));
     RequireOneLine(name, "NAME");
     if (name.find('=') != std::string::npos)
-        throw UsageError("NAME \"" + name + "\" holds \"=\" (give name and value apart)");
+        throw UsageError(Words("NAME \"%s\" holds \"=\" (give name and value apart)", name));
     if (name.front() == '#' || std::string_view(kBlanks).find(name.front()) != std::string_view::npos)
-        throw UsageError("NAME \"" + name + "\" begins with \"#\" or a blank (give the name alone)");
+        throw UsageError(Words("NAME \"%s\" begins with \"#\" or a blank (give the name alone)", name));
 }
 
 std::string Escaped(std::string_view text) {
@@ -103,19 +105,21 @@ void RequireSectionName(const std::optional<std::string>& section) {
     if (!section || section->empty()) return;
     RequireOneLine(*section, "SECTION");
     if (section->find_first_of("[]") != std::string::npos)
-        throw UsageError("SECTION \"" + *section + "\" holds brackets (give the name that stands in them)");
+        throw UsageError(
+            Words("SECTION \"%s\" holds brackets (give the name that stands in them)", *section));
     const std::string_view blanks(kBlanks);
     if (blanks.find(section->front()) != std::string_view::npos ||
         blanks.find(section->back()) != std::string_view::npos)
-        throw UsageError("SECTION \"" + *section +
-                         "\" begins or ends with a blank (give the name without it)");
+        throw UsageError(
+            Words("SECTION \"%s\" begins or ends with a blank (give the name without it)", *section));
 }
 
 void RequireOptionName(const std::string& name, const std::string& what) {
     if (name.empty() || name.find_first_not_of(kOptionBytes) != std::string::npos ||
         (name.front() >= '0' && name.front() <= '9')) {
-        throw UsageError(what + " \"" + name +
-                         "\" is no name of a parameter (use letters, digits and \"_\", no digit first)");
+        throw UsageError(
+            Words("%s \"%s\" is no name of a parameter (use letters, digits and \"_\", no digit first)", what,
+                  name));
     }
 }
 
@@ -127,20 +131,26 @@ void RequireLiteralName(IZETCore& core, const std::string& path, std::string_vie
                         const std::string& opening, const std::string& name, std::size_t linesBefore) {
     if (IsLiteralName(name)) return;
     const std::string pattern = opening + name + "=";
-    const std::string remedy =
-        " (NAME is part of a regular expression: use \"line\" with a PATTERN that says what is meant)";
     try {
         if (!Matches(core, "^" + name + "=", name + "="))
-            throw UsageError("NAME \"" + name + "\" does not select itself" + remedy);
+            throw UsageError(
+                Words("NAME \"%s\" does not select itself (NAME is part of a regular expression: use "
+                      "\"line\" with a PATTERN that says what is meant)",
+                      name));
     } catch (const EZETError& error) {
-        throw UsageError("NAME \"" + name + "\": " + error.what() + remedy);
+        throw UsageError(
+            Words("NAME \"%s\": %s (NAME is part of a regular expression: use \"line\" with a PATTERN that "
+                  "says what is meant)",
+                  name, error.what()));
     }
     std::size_t number = linesBefore;
     for (const Text::TextLine& line : Text::SplitLines(text)) {
         ++number;
         if (HoldsLiterally(line.text, name) || !Selects(core, pattern, line.text)) continue;
-        throw UsageError("NAME \"" + name + "\" also selects line " + std::to_string(number) + " of " + path +
-                         ", which does not hold it" + remedy);
+        throw UsageError(
+            Words("NAME \"%s\" also selects line %s of %s, which does not hold it (NAME is part of a regular "
+                  "expression: use \"line\" with a PATTERN that says what is meant)",
+                  name, std::to_string(number), path));
     }
 }
 
@@ -158,8 +168,9 @@ std::string PatternForSet(IZETCore& core, const std::string& path, std::string_v
         Matches(core, guarded, "");
     } catch (const EZETError&) {
         throw UsageError(
-            "PATTERN \"" + pattern + "\" also selects lines of " + path +
-            " that the system wrote to keep order in it (give a pattern that begins with \"^\")");
+            Words("PATTERN \"%s\" also selects lines of %s that the system wrote to keep order in it (give a "
+                  "pattern that begins with \"^\")",
+                  pattern, path));
     }
     return guarded;
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "deploy/host/Words.h"
 #include "zet/IZETCore.h"
 
 /// What the commands demand of NAME, VALUE, PATTERN and LINE before the module, which takes each as it is,
@@ -13,7 +14,7 @@
 namespace ZET::Deploy {
 
 /// The remedy when an expression is too much work on a line.
-inline constexpr char kSimplerExpression[] = "give a simpler expression";
+inline constexpr char kSimplerExpression[] = ZET_TEXT("give a simpler expression");
 
 /// `what` names the argument.
 void RequireOneLine(const std::string& text, const std::string& what);

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "deploy/host/Words.h"
 #include "deploy/state/ParameterCheck.h"
 #include "deploy/targets/ListProblems.h"
 #include "deploy/targets/Targets.h"
@@ -23,42 +24,44 @@ class KeyReader {
     KeyReader(ListEntry& entry, ListProblems& problems) : m_entry(entry), m_problems(problems) {}
 
     void TakeRoles(const Entry& entry) {
-        constexpr char kRemedy[] = "write \"server\", \"client\" or \"both\"";
+        const char* const remedy = _("write \"server\", \"client\" or \"both\"");
         m_entry.hasRoles = true;
-        const std::optional<std::string> roles = TextOf(entry, kRemedy);
+        const std::optional<std::string> roles = TextOf(entry, remedy);
         if (!roles) return;
         m_entry.roles.clear();
         if (const std::optional<Role> role = RoleNamed(*roles)) m_entry.roles = {*role};
         if (*roles == "both") m_entry.roles = {std::begin(kRoles), std::end(kRoles)};
-        if (m_entry.roles.empty()) Problems().Add(entry.ValuePlace(), "roles is \"" + *roles + "\"", kRemedy);
+        if (m_entry.roles.empty())
+            Problems().Add(entry.ValuePlace(), Words("roles is \"%s\"", *roles), remedy);
     }
 
     void TakeEnabled(const Entry& entry) { m_entry.isEnabled = IsTrue(entry, true); }
 
     void TakeWhen(const Entry& entry) {
-        constexpr char kRemedy[] = "write \"PARAMETER=VALUE\"";
-        const std::optional<std::string> text = TextOf(entry, kRemedy);
+        const char* const remedy = _("write \"PARAMETER=VALUE\"");
+        const std::optional<std::string> text = TextOf(entry, remedy);
         if (!text) return;
         const std::size_t equals = text->find('=');
         const std::string name = text->substr(0, equals);
         if (equals == std::string::npos || !IsParameterName(name))
-            return Problems().Add(entry.ValuePlace(), "when is \"" + *text + "\"", kRemedy);
+            return Problems().Add(entry.ValuePlace(), Words("when is \"%s\"", *text), remedy);
         m_entry.when = {name, text->substr(equals + 1)};
     }
 
     std::optional<std::string> PathOf(const Entry& entry) {
-        const std::string remedy = "begin it with \"/\", and end it with the name of a file";
-        const std::optional<std::string> path = TextOf(entry, "write a path in quotes; " + remedy);
+        const std::optional<std::string> path = TextOf(
+            entry, _("write a path in quotes; begin it with \"/\", and end it with the name of a file"));
         if (!path || (path->starts_with('/') && !path->ends_with('/'))) return path;
-        Problems().Add(entry.ValuePlace(), entry.Name() + " \"" + *path + "\" is no absolute path of a file",
-                       remedy);
+        Problems().Add(entry.ValuePlace(),
+                       Words("%s \"%s\" is no absolute path of a file", entry.Name(), *path),
+                       _("begin it with \"/\", and end it with the name of a file"));
         return std::nullopt;
     }
 
     /// What cannot be told is `otherwise`.
     bool IsTrue(const Entry& entry, bool otherwise) {
         const auto* const value = entry.value->as_boolean();
-        if (value == nullptr) AddKind(entry, "write true or false, without quotes");
+        if (value == nullptr) AddKind(entry, _("write true or false, without quotes"));
         return value == nullptr ? otherwise : value->get();
     }
 
@@ -69,7 +72,8 @@ class KeyReader {
             return std::nullopt;
         }
         if (!HasEnd(text->get())) return text->get();
-        Problems().Add(entry.ValuePlace(), entry.Name() + " holds a NUL byte or a line feed", "take it out");
+        Problems().Add(entry.ValuePlace(), Words("%s holds a NUL byte or a line feed", entry.Name()),
+                       _("take it out"));
         return std::nullopt;
     }
 
@@ -89,10 +93,11 @@ class KeyReader {
     std::optional<std::string> WordOf(const Entry& entry, const toml::node& node) {
         const auto* const word = node.as_string();
         if (word == nullptr) {
-            Problems().Add(PlaceOf(node.source()), entry.Name() + " holds " + KindOf(node),
-                           "write each word in quotes");
+            Problems().Add(PlaceOf(node.source()), Words("%s holds %s", entry.Name(), KindOf(node)),
+                           _("write each word in quotes"));
         } else if (word->get().find('\0') != std::string::npos) {
-            Problems().Add(PlaceOf(node.source()), entry.Name() + " holds a NUL byte", "take it out");
+            Problems().Add(PlaceOf(node.source()), Words("%s holds a NUL byte", entry.Name()),
+                           _("take it out"));
         } else {
             return word->get();
         }
@@ -100,15 +105,16 @@ class KeyReader {
     }
 
     void AddKind(const Entry& entry, const std::string& remedy) {
-        Problems().Add(entry.ValuePlace(), entry.Name() + " is " + KindOf(*entry.value), remedy);
+        Problems().Add(entry.ValuePlace(), Words("%s is %s", entry.Name(), KindOf(*entry.value)), remedy);
     }
 
     void AddEmpty(const Entry& entry) {
-        Problems().Add(entry.ValuePlace(), entry.Name() + " is empty", "fill it, or remove the line");
+        Problems().Add(entry.ValuePlace(), Words("%s is empty", entry.Name()),
+                       _("fill it, or remove the line"));
     }
 
     void AddUnknown(const Entry& entry, const std::string& known) {
-        Problems().Add(entry.KeyPlace(), "unknown key \"" + entry.Name() + "\"", "use " + known);
+        Problems().Add(entry.KeyPlace(), Words("unknown key \"%s\"", entry.Name()), Words("use %s", known));
     }
 
     ListProblems& Problems() { return m_problems; }

@@ -9,6 +9,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "posix/Descriptor.h"
 
 namespace ZET::Deploy {
@@ -25,20 +26,20 @@ Descriptor OpenList(const std::string& file) {
     struct stat status = {};
     if (list < 0 || fstat(list, &status) != 0) {
         throw SystemFailure({.file = file,
-                             .text = "the list of targets cannot be read",
-                             .remedy = "install the product's templates, or correct ZET_CFG_TEMPL_DIR"},
+                             .text = _("the list of targets cannot be read"),
+                             .remedy = _("install the product's templates, or correct ZET_CFG_TEMPL_DIR")},
                             errno);
     }
     if (!S_ISREG(status.st_mode)) {
         throw Failure({.file = file,
-                       .text = "the list of targets is no regular file",
-                       .remedy = "put the product's own in its place"});
+                       .text = _("the list of targets is no regular file"),
+                       .remedy = _("put the product's own in its place")});
     }
     const bool othersMayWrite = (status.st_mode & (S_IWGRP | S_IWOTH)) != 0 || status.st_uid != 0;
     if (geteuid() == 0 && othersMayWrite) {
         throw Failure({.file = file,
-                       .text = "others may write the list of targets, so root does not use it",
-                       .remedy = "chown root and chmod go-w"});
+                       .text = _("others may write the list of targets, so root does not use it"),
+                       .remedy = _("chown root and chmod go-w")});
     }
     return list;
 }
@@ -73,18 +74,18 @@ std::optional<Problem> ProblemOfLine(std::string_view line) {
         return Problem{"", 0, static_cast<int>(place + 1), text, remedy};
     };
     if (line.size() > kMostBytesOfLine) {
-        return Problem{"", 0, 0, "is longer than " + std::to_string(kMostBytesOfLine) + " bytes",
-                       "shorten the line; an array may go over several"};
+        return Problem{"", 0, 0, Words("is longer than %s bytes", std::to_string(kMostBytesOfLine)),
+                       _("shorten the line; an array may go over several")};
     }
     if (const std::size_t place = line.find('\0'); place != std::string_view::npos)
-        return problem(place, "holds a NUL byte", "take it out");
+        return problem(place, _("holds a NUL byte"), _("take it out"));
     if (const std::size_t place = line.find('\r'); place != std::string_view::npos)
-        return problem(place, "holds a carriage return", "end the lines with a line feed only");
+        return problem(place, _("holds a carriage return"), _("end the lines with a line feed only"));
     if (const std::size_t place = FirstOfNoText(line); place != std::string_view::npos)
-        return problem(place, "holds a byte that is no UTF-8", "save the list as UTF-8");
+        return problem(place, _("holds a byte that is no UTF-8"), _("save the list as UTF-8"));
     if (std::count(line.begin(), line.end(), '.') > kMostDotsOfLine) {
-        return Problem{"", 0, 0, "has more than " + std::to_string(kMostDotsOfLine) + " dots",
-                       "shorten the line; an array may go over several"};
+        return Problem{"", 0, 0, Words("has more than %s dots", std::to_string(kMostDotsOfLine)),
+                       _("shorten the line; an array may go over several")};
     }
     return std::nullopt;
 }
@@ -101,8 +102,8 @@ std::string ReadListFile(const std::string& file) {
         if (length > 0) text.append(part, static_cast<std::size_t>(length));
         if (length < 0 && errno != EINTR) {
             throw SystemFailure({.file = file,
-                                 .text = "reading the list of targets broke off",
-                                 .remedy = "repair its file system"},
+                                 .text = _("reading the list of targets broke off"),
+                                 .remedy = _("repair its file system")},
                                 errno);
         }
     }
@@ -112,10 +113,10 @@ std::string ReadListFile(const std::string& file) {
 
 std::optional<Problem> FormProblem(const std::string& file, std::string_view text) {
     if (text.size() > kMostBytesOfList) {
-        return Problem{
-            file, 0, 0,
-            "the list of targets is larger than " + std::to_string(kMostBytesOfList / 1024 / 1024) + " MiB",
-            "take out what does not belong there"};
+        return Problem{file, 0, 0,
+                       Words("the list of targets is larger than %s MiB",
+                             std::to_string(kMostBytesOfList / 1024 / 1024)),
+                       _("take out what does not belong there")};
     }
     for (int number = 1; !text.empty(); ++number) {
         const std::string_view line = text.substr(0, text.find('\n'));

@@ -10,6 +10,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
@@ -72,16 +73,15 @@ bool ListedEdits::Judge(const FileWithLines& file) {
             {.file = file.path,
              .line = static_cast<int>(damage->line),
              .text = damage->text,
-             .remedy = "\"" + m_product.Wanted().program + " doctor " + file.path + "\" tells a repair"});
+             .remedy = Words("\"%s doctor %s\" tells a repair", m_product.Wanted().program, file.path)});
     const Text::FirstLine first = Text::FirstLineOf(file.text);
     if (!file.lines.empty() && Text::MustComeFirst(first.text) &&
         first.text.find(ZETNoticeMarker) == std::string_view::npos)
         m_problems.push_back({.file = file.path,
                               .line = static_cast<int>(first.number),
-                              .text =
-                                  "the programs that read the file need this line as its first, and a notice "
-                                  "would come before it",
-                              .remedy = "take its edits from the lists"});
+                              .text = _("the programs that read the file need this line as its first, and a "
+                                        "notice would come before it"),
+                              .remedy = _("take its edits from the lists")});
     JudgePlaceOf(file);
     JudgeLines(file);
     return m_problems.size() == before;
@@ -90,8 +90,8 @@ bool ListedEdits::Judge(const FileWithLines& file) {
 /// The file and its directory, as those of a target are.
 void ListedEdits::JudgePlaceOf(const FileWithLines& file) {
     const std::string& path = file.path;
-    std::vector<Problem> problems = CheckDirectory(DirectoryOf(path), path, "the edit in the list");
-    for (Problem& problem : CheckFileToWrite(path, "the edit", m_cutShort.contains(path)))
+    std::vector<Problem> problems = CheckDirectory(DirectoryOf(path), path, _("the edit in the list"));
+    for (Problem& problem : CheckFileToWrite(path, _("the edit"), m_cutShort.contains(path)))
         problems.push_back(std::move(problem));
     if (!m_claimed) {
         m_claimed.emplace(m_product);
@@ -99,7 +99,8 @@ void ListedEdits::JudgePlaceOf(const FileWithLines& file) {
     }
     const std::string use = m_claimed->UseBesideTargets(path);
     if (!use.empty())
-        problems.push_back({.file = path, .text = "is " + use, .remedy = "give the edit another file"});
+        problems.push_back(
+            {.file = path, .text = Words("is %s", use), .remedy = _("give the edit another file")});
     std::set<std::string> names;
     for (const LineToSet& line : file.lines)
         names.insert(line.edit->path);
@@ -122,12 +123,12 @@ void ListedEdits::JudgeLines(const FileWithLines& file) {
     // Pattern by pattern: each is compiled once.
     for (const LineToSet& line : file.lines) {
         if (!selects(line, line.line))
-            Add(line, "the line that it sets is not one that it selects", "give it another pattern");
+            Add(line, _("the line that it sets is not one that it selects"), _("give it another pattern"));
         for (const LineToSet& other : file.lines)
             if (&other != &line && selects(line, other.line))
                 Add(line,
-                    "selects the line that the edit of line " + std::to_string(other.edit->line) + " sets",
-                    "give each line to one edit");
+                    Words("selects the line that the edit of line %s sets", std::to_string(other.edit->line)),
+                    _("give each line to one edit"));
         for (std::size_t i = 0; i < places.size(); ++i) {
             if (!selects(line, places[i].text)) continue;
             JudgePlace(file, line, places[i], owners[i]);
@@ -140,12 +141,12 @@ void ListedEdits::JudgePlace(const FileWithLines& file, const LineToSet& line, c
                              const LineToSet* owner) {
     const std::string where = file.path + ":" + std::to_string(place.number);
     if (owner != nullptr)
-        return Add(
-            line, "selects " + where + ", as the edit of line " + std::to_string(owner->edit->line) + " does",
-            "give each line to one edit");
+        return Add(line,
+                   Words("selects %s, as the edit of line %s does", where, std::to_string(owner->edit->line)),
+                   _("give each line to one edit"));
     if (place.isInBlock && place.text != line.line && !file.Remembers(SelectorOf(*line.edit)))
-        Add(line, where + " stands in a managed block of something else",
-            "restore that, or leave the line to it");
+        Add(line, Words("%s stands in a managed block of something else", where),
+            _("restore that, or leave the line to it"));
 }
 
 void ListedEdits::Add(const LineToSet& line, const std::string& text, const std::string& remedy) {
@@ -188,9 +189,9 @@ void ListedEdits::JudgeEdited(PlannedEdits& planned) const {
             planned.conflicts.push_back(
                 {.file = file.path,
                  .line = NumberOf(line, places, m_product.Core()),
-                 .text = "was edited here, where the lists ask for another line, too",
-                 .remedy = "take the edit out; --on-edit=overwrite sets the line again, and "
-                           "the history keeps the edit"});
+                 .text = _("was edited here, where the lists ask for another line, too"),
+                 .remedy = _("take the edit out; --on-edit=overwrite sets the line again, and the history "
+                             "keeps the edit")});
     }
 }
 
@@ -204,8 +205,9 @@ std::string ListedEdits::WithoutFormerLines(const FileWithLines& file) {
     const std::set<std::string> blocks = BlockLinesOf(file.text);
     for (const std::string& line : former)
         if (!blocks.contains(line))
-            m_product.Out().Warning(file.path + ": the edit \"" + line.substr(0, line.find('=')) +
-                                    "\" is not in force any more, but what it set was changed, and stays");
+            m_product.Out().Warning(
+                Words("%s: the edit \"%s\" is not in force any more, but what it set was changed, and stays",
+                      file.path, line.substr(0, line.find('='))));
     return Text::WithoutBlocksOf(file.text,
                                  [&](std::string_view line) { return former.contains(std::string(line)); });
 }
@@ -214,13 +216,13 @@ void ListedEdits::Set(const std::string& name, const FileWithLines& file) const 
     const auto opened = m_product.Config().OpenConfigFile(name, NameOf(m_product.Role()), false);
     if (!opened)
         throw Failure(
-            {.file = file.path, .text = "cannot be read any more", .remedy = "run the command again"});
+            {.file = file.path, .text = _("cannot be read any more"), .remedy = _("run the command again")});
     RemedyErrors(kSimplerExpression, [&] {
         for (const LineToSet& line : file.lines)
             if (!line.stays) opened->SetLine(line.pattern, line.line);
     });
     const WrittenLanguage language(m_product.Core());
-    RemedyErrors("make room, or see to the rights of its directory", [&] { opened->Save(true); });
+    RemedyErrors(ZET_TEXT("make room, or see to the rights of its directory"), [&] { opened->Save(true); });
 }
 
 std::vector<RememberedLine> ListedEdits::ToRemember(const FileWithLines& file) const {
@@ -294,8 +296,8 @@ void ListedEdits::Write(const PlannedEdits& planned) const {
     replacement.Make(mode, write, [&](const std::string& made) {
         if (!HaveSameBytes(made, planned.staged))
             throw Failure({.file = file.path,
-                           .text = "is not written, since it came out otherwise than it was checked",
-                           .remedy = "run the command again"});
+                           .text = _("is not written, since it came out otherwise than it was checked"),
+                           .remedy = _("run the command again")});
         replacement.KeepOriginal();
     });
 }

@@ -6,6 +6,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/HostLists.h"
@@ -84,8 +85,8 @@ class Finder {
         for (const std::string& placeholder : Text::PlaceholdersOf(kGuard + SourceOf(edit))) {
             const auto value = m_product.TemplateValues().find(placeholder);
             if (value != m_product.TemplateValues().end() && value->second.find('\n') != std::string::npos)
-                m_found.problems.push_back(ProblemAt(edit, placeholder + " has several lines",
-                                                     "an edit sets one line; make a template for more"));
+                m_found.problems.push_back(ProblemAt(edit, Words("%s has several lines", placeholder),
+                                                     _("an edit sets one line; make a template for more")));
         }
     }
 
@@ -106,7 +107,7 @@ class Finder {
         const auto file = m_product.Config().OpenConfigFile(staged, NameOf(m_product.Role()), true);
         if (!file)
             throw Failure(
-                {.file = staged, .text = "cannot be read any more", .remedy = "run the command again"});
+                {.file = staged, .text = _("cannot be read any more"), .remedy = _("run the command again")});
         RemedyErrors("", [&] {
             file->ApplyTemplates(values);
             file->Save(true);
@@ -117,8 +118,8 @@ class Finder {
             lines.emplace_back(line.text.substr(std::min(line.text.size(), std::string_view(kGuard).size())));
         if (lines.size() == edits.size()) return lines;
         throw Failure({.file = m_product.Lists().Targets().file,
-                       .text = "a value of an edit has several lines",
-                       .remedy = "give each edit one line"});
+                       .text = _("a value of an edit has several lines"),
+                       .remedy = _("give each edit one line")});
     }
 
     void Add(const ListedEdit& edit, const std::string& line) {
@@ -169,12 +170,12 @@ class Finder {
         if (!file.isThere && edit.isOptional) return nullptr;
         if (!file.isThere)
             throw Failure(
-                {.file = edit.path, .text = "is missing", .remedy = "make it, or say optional = true"});
+                {.file = edit.path, .text = _("is missing"), .remedy = _("make it, or say optional = true")});
         const Target* const target = m_product.Lists().TargetNamed(m_product.Lists().NameOf(path));
         if (target != nullptr && target->IsInForce() && target->IsFor(m_product.Role()))
             throw Failure({.file = edit.path,
-                           .text = "is made from [" + target->templateName + "]",
-                           .remedy = "put the line into the template"});
+                           .text = Words("is made from [%s]", target->templateName),
+                           .remedy = _("put the line into the template")});
         return &file;
     }
 

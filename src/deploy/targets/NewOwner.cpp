@@ -3,6 +3,8 @@
 #include <grp.h>
 #include <pwd.h>
 
+#include "deploy/host/Words.h"
+
 namespace ZET::Deploy {
 
 namespace {
@@ -30,11 +32,10 @@ std::optional<FileOwner> NewOwnerOf(const Target& target) {
 std::optional<Problem> OwnerProblem(const Target& target) {
     if (target.owner.empty()) return std::nullopt;
     const auto problem = [&](const std::string& what, const std::string& name) {
-        return Problem{
-            .file = target.file,
-            .line = target.line,
-            .text = "this host has no " + what + " \"" + name + "\", to whom the file is to belong",
-            .remedy = "correct owner, or make the " + what};
+        return Problem{.file = target.file,
+                       .line = target.line,
+                       .text = Words("this host has no %s \"%s\", to whom the file is to belong", what, name),
+                       .remedy = Words("correct owner, or make the %s", what)};
     };
     if (getpwnam(UserIn(target).c_str()) == nullptr) return problem("user", UserIn(target));
     const std::string group = GroupIn(target);

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "deploy/host/Words.h"
 #include "deploy/targets/CommitPlan.h"
 
 namespace ZET::Deploy {
@@ -10,17 +11,21 @@ namespace {
 
 std::string FateOfOthersWork(const PlannedTarget& planned, bool isDryRun) {
     if (!planned.before.exists) return DescribeOthersWork(planned);
-    const std::string verb = isDryRun ? " would be " : " are ";
-    return DescribeOthersWork(planned) + (planned.isTouched ? "; the edits" : "; they") + verb +
-           (planned.isMerged ? "merged" : "overwritten");
+    constexpr const char* kFates[2][2][2] = {
+        {{ZET_TEXT("%s; they are overwritten"), ZET_TEXT("%s; they would be overwritten")},
+         {ZET_TEXT("%s; they are merged"), ZET_TEXT("%s; they would be merged")}},
+        {{ZET_TEXT("%s; the edits are overwritten"), ZET_TEXT("%s; the edits would be overwritten")},
+         {ZET_TEXT("%s; the edits are merged"), ZET_TEXT("%s; the edits would be merged")}}};
+    const char* const fate = kFates[planned.isTouched ? 1 : 0][planned.isMerged ? 1 : 0][isDryRun ? 1 : 0];
+    return Words(fate, DescribeOthersWork(planned));
 }
 
 }  // namespace
 
 void WarnOfOthersWork(Host& host, const PlannedTarget& planned) {
     if (planned.before.links > 1 && planned.IsChange()) {
-        host.Out().Warning(planned.path + ": has " + std::to_string(planned.before.links) +
-                           " names (hard links); the others keep the former text");
+        host.Out().Warning(Words("%s: has %s names (hard links); the others keep the former text",
+                                 planned.path, std::to_string(planned.before.links)));
     }
     if (!planned.IsOthersWork()) return;
     const std::string text = planned.path + ": " + FateOfOthersWork(planned, host.Wanted().dryRun);
@@ -29,12 +34,19 @@ void WarnOfOthersWork(Host& host, const PlannedTarget& planned) {
 
 void WarnOfOthersWork(Host& host, const PlannedEdits& planned) {
     if (planned.isMerged) {
-        host.Out().Remark(planned.file.path + ": a line that the last commit set was changed since; it " +
-                          (host.Wanted().dryRun ? "would stay" : "stays"));
+        host.Out().Remark(host.Wanted().dryRun
+                              ? Words("%s: a line that the last commit set was changed since; it would stay",
+                                      planned.file.path)
+                              : Words("%s: a line that the last commit set was changed since; it stays",
+                                      planned.file.path));
     }
     if (!planned.isEdited) return;
-    host.Out().Warning(planned.file.path + ": a line that the last commit set was changed since; it " +
-                       (host.Wanted().dryRun ? "would be" : "is") + " set again");
+    host.Out().Warning(
+        host.Wanted().dryRun
+            ? Words("%s: a line that the last commit set was changed since; it would be set again",
+                    planned.file.path)
+            : Words("%s: a line that the last commit set was changed since; it is set again",
+                    planned.file.path));
 }
 
 }  // namespace ZET::Deploy

@@ -7,6 +7,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Process.h"
+#include "deploy/host/Words.h"
 #include "deploy/targets/Secrets.h"
 
 namespace ZET::Deploy {
@@ -28,7 +29,7 @@ std::vector<std::string> ArgumentsFor(const std::vector<std::string>& check, con
 
 std::string SignalName(int number) {
     const char* name = sigabbrev_np(number);
-    return name == nullptr ? "signal " + std::to_string(number) : "SIG" + std::string(name);
+    return name == nullptr ? Words("signal %s", std::to_string(number)) : "SIG" + std::string(name);
 }
 
 /// The result of one run, put into words.
@@ -39,34 +40,39 @@ class Verdict {
         : m_target(target), m_path(path), m_excuse(excuse) {}
 
     std::optional<Problem> Of(const ProcessResult& result) const {
-        const std::string made = "what [" + m_target.templateName + "] renders to";
+        const std::string& made = m_target.templateName;
         std::optional<Problem> problem;
         if (result.isLate) {
-            problem = Against("took longer over " + made + " than " +
-                                  std::to_string(m_target.checkTimeout.count()) + " s and was ended",
-                              "see why, or give it more seconds with check_timeout");
+            problem = Against(Words("took longer over what [%s] renders to than %s s and was ended", made,
+                                    std::to_string(m_target.checkTimeout.count())),
+                              _("see why, or give it more seconds with check_timeout"));
         } else if (result.signal != 0) {
-            problem = Against("was ended by " + SignalName(result.signal) + " when it looked at " + made,
-                              "run it by hand to see why");
+            problem = Against(Words("was ended by %s when it looked at what [%s] renders to",
+                                    SignalName(result.signal), made),
+                              _("run it by hand to see why"));
         } else if (result.status != 0) {
-            problem = Against("refuses " + made + ", with status " + std::to_string(result.status),
-                              "correct the template");
+            problem = Against(
+                Words("refuses what [%s] renders to, with status %s", made, std::to_string(result.status)),
+                _("correct the template"));
         }
         if (problem) problem->output = m_excuse.empty() ? result.output : m_excuse;
         return problem;
     }
 
-    Problem OfChangedFile() const { return Against("changed the file it was given", "let it only read"); }
+    Problem OfChangedFile() const {
+        return Against(_("changed the file it was given"), _("let it only read"));
+    }
 
     Problem OfFailure(const Failure& failure) const {
         Problem problem = ProblemOf(m_path, failure);
-        problem.text = "what [" + m_target.templateName + "] renders to cannot be checked: " + problem.text;
+        problem.text =
+            Words("what [%s] renders to cannot be checked: %s", m_target.templateName, problem.text);
         return problem;
     }
 
   private:
     Problem Against(const std::string& what, const std::string& remedy) const {
-        return {m_path, 0, 0, "its check \"" + m_target.check.front() + "\" " + what, remedy};
+        return {m_path, 0, 0, Words("its check \"%s\" %s", m_target.check.front(), what), remedy};
     }
 
     const Target& m_target;

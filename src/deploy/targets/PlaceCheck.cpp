@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "deploy/host/FileState.h"
+#include "deploy/host/Words.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -18,17 +19,18 @@ std::vector<Problem> CheckDirectory(const std::string& directory, const std::str
     const auto problem = [&](const std::string& text, const std::string& remedy) {
         return std::vector<Problem>{{directory, 0, 0, text, remedy}};
     };
-    const std::string what = "the directory of " + purpose;
     struct stat status = {};
     if (stat(directory.c_str(), &status) != 0)
-        return problem(what + " cannot be used: " + std::strerror(errno), "create it, or correct " + name);
+        return problem(Words("the directory of %s cannot be used: %s", purpose, std::strerror(errno)),
+                       Words("create it, or correct %s", name));
     if (!S_ISDIR(status.st_mode))
-        return problem("is no directory, but " + purpose + " is to be in it", "correct " + name);
-    if ((status.st_mode & S_IWOTH) != 0) return problem("others may write " + what, "chmod o-w it");
+        return problem(Words("is no directory, but %s is to be in it", purpose), Words("correct %s", name));
+    if ((status.st_mode & S_IWOTH) != 0)
+        return problem(Words("others may write the directory of %s", purpose), _("chmod o-w it"));
     if (access(directory.c_str(), W_OK | X_OK) != 0) {
         std::vector<Problem> ofUser =
-            problem(what + " cannot be written: " + std::strerror(errno),
-                    "run as a user who may, or on a file system that can be written");
+            problem(Words("the directory of %s cannot be written: %s", purpose, std::strerror(errno)),
+                    _("run as a user who may, or on a file system that can be written"));
         ofUser.front().isOfUser = true;
         return ofUser;
     }
@@ -51,13 +53,13 @@ struct NamedFile {
 std::optional<Problem> CheckRegularCompanion(const NamedFile& file, const char* suffix) {
     const FileState state = file.StateOfCompanion(suffix);
     if (!state.exists || state.IsRegular()) return std::nullopt;
-    return Problem{file.path + suffix, 0, 0, "is no regular file", "move it away"};
+    return Problem{file.path + suffix, 0, 0, _("is no regular file"), _("move it away")};
 }
 
 std::optional<Problem> CheckTemporaryOf(const NamedFile& file, bool isCutShort) {
     if (isCutShort || !file.StateOfCompanion(ZETTemporarySuffix).exists) return std::nullopt;
-    return Problem{file.path + ZETTemporarySuffix, 0, 0, "is in the way of writing " + file.path,
-                   "move it away"};
+    return Problem{file.path + ZETTemporarySuffix, 0, 0, Words("is in the way of writing %s", file.path),
+                   _("move it away")};
 }
 
 /// `mode` is none of a file that is not there.
@@ -68,7 +70,8 @@ std::vector<Problem> CheckToWrite(const NamedFile& file, std::optional<mode_t> m
         if (problem) problems.push_back(std::move(*problem));
     };
     if (mode && !S_ISREG(*mode))
-        problems.push_back({file.path, 0, 0, "is no regular file", "move it away, or correct " + entry});
+        problems.push_back(
+            {file.path, 0, 0, _("is no regular file"), Words("move it away, or correct %s", entry)});
     if (mode) add(CheckReplaceableIn(file.directory, file.name, file.path));
     for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix})
         add(CheckRegularCompanion(file, suffix));

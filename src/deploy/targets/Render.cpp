@@ -12,6 +12,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/GuardedRenames.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
@@ -31,11 +32,11 @@ void Perform(Deployment& product, const std::string& templateName, const std::st
     const WrittenLanguage language(product.Core());
     const LoggedFailures failures;
     // The module does not say why it could not save.
-    RemedyErrors("make room, or see to the rights of its directory", operation);
+    RemedyErrors(ZET_TEXT("make room, or see to the rights of its directory"), operation);
     if (failures.Any()) {
         throw Failure({.file = path,
-                       .text = "the template " + templateName + " could not be rendered into it",
-                       .remedy = "the log says why; then run the command again"});
+                       .text = Words("the template %s could not be rendered into it", templateName),
+                       .remedy = _("the log says why; then run the command again")});
     }
 }
 
@@ -274,7 +275,7 @@ TargetRendering::TargetRendering(Deployment& product, FileInPlace place, const T
 
 void TargetRendering::KeepOriginal() {
     m_replacement.MakeReserve();
-    RemedyErrors("make room, or see to the rights of its directory", [&] {
+    RemedyErrors(ZET_TEXT("make room, or see to the rights of its directory"), [&] {
         if (!IsFileExist(WorkingCopy(m_product, m_target.templateName)))
             m_product.Config().InstallConfigFileTemplate(m_target.templateName);
     });
@@ -296,8 +297,8 @@ void TargetRendering::Render() {
     m_replacement.Make(m_target.mode, process, [&](const std::string& made) {
         if (HaveSameBytes(made, m_target.staged)) return;
         throw Failure({.file = path,
-                       .text = "is not written, since its template was changed after it was checked",
-                       .remedy = "run the command again"});
+                       .text = _("is not written, since its template was changed after it was checked"),
+                       .remedy = _("run the command again")});
     });
 }
 

@@ -8,6 +8,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Signals.h"
 #include "deploy/host/Staging.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
 #include "deploy/state/KnownFiles.h"
@@ -85,8 +86,9 @@ class Rollback {
         } catch (const Interrupted&) {
             throw;
         } catch (const std::exception& error) {
-            m_product.Out().Error(step.file.path + ": could not be put back: " + FailureOf(error).what());
-            step.Tell(Result::Failed, "could not be put back");
+            m_product.Out().Error(
+                Words("%s: could not be put back: %s", step.file.path, FailureOf(error).what()));
+            step.Tell(Result::Failed, _("could not be put back"));
             step.action = Action::Nothing;
             step.isKept = true;
         }
@@ -143,7 +145,7 @@ class Rollback {
         try {
             if (StateOf(m_product.State().Status(m_product.Role())).exists) RemoveStatus();
         } catch (const std::exception& error) {
-            m_product.Out().Warning("the status stays: " + std::string(FailureOf(error).what()));
+            m_product.Out().Warning(Words("the status stays: %s", FailureOf(error).what()));
         }
     }
 

@@ -10,6 +10,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/Host.h"
 #include "deploy/targets/FileOrigin.h"
 #include "deploy/targets/HostLists.h"
@@ -20,7 +21,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr char kClosed[] = "the file is not for everybody";
+constexpr char kClosed[] = ZET_TEXT("the file is not for everybody");
 constexpr char kKept[] = ".old";  ///< what "template install --force" keeps
 
 /// Whether the name is that of a file's copy, which holds the same text; it is then the file's.
@@ -59,19 +60,19 @@ bool Secrets::Hides(const std::string& path) {
 std::string Secrets::Excuse(const std::string& path) {
     const Verdict& verdict = Judged(path);
     if (verdict.audience == Audience::Unsure && !m_trouble.empty()) {
-        m_host.Out().Warning(m_trouble + "; so no text is shown");
+        m_host.Out().Warning(Words("%s; so no text is shown", m_trouble));
         m_trouble.clear();
     }
     // What a text is made of may be private where the file that it is going to be is not.
-    const char* const reason = verdict.audience == Audience::Everybody ? kClosed : verdict.reason;
-    return std::string("text not shown: ") + reason + "; --show-secrets shows it";
+    const char* const reason = verdict.audience == Audience::Everybody ? _(kClosed) : verdict.reason;
+    return Words("text not shown: %s; --show-secrets shows it", reason);
 }
 
 void Secrets::RequireShown(const std::string& path) {
     if (m_host.Wanted().showsSecrets || Of(path) != Audience::Nobody) return;
     throw Failure({.file = path,
-                   .text = std::string("its text is not shown: ") + Judged(path).reason,
-                   .remedy = "--show-secrets shows it"});
+                   .text = Words("its text is not shown: %s", Judged(path).reason),
+                   .remedy = _("--show-secrets shows it")});
 }
 
 bool Secrets::IsClosed(const FileState& state) {
@@ -96,24 +97,25 @@ Secrets::Verdict Secrets::Judge(const std::string& path) {
         std::set<std::string> names = NamesOfText(path);
         isClosed = IsAnyClosed(names);
         RequireReliableList();
-        if (HasLeftList(names)) return {Audience::Nobody, "it was committed, and is in no list any more"};
+        if (HasLeftList(names)) return {Audience::Nobody, _("it was committed, and is in no list any more")};
         const std::set<std::string> templates = NamesOfTemplates(path);
         isClosed = isClosed || IsAnyClosed(templates);
         if (IsListed(names) || IsListed(templates) || IsCopyOfListed(path))
-            return {Audience::Nobody, "the list of targets calls it secret"};
+            return {Audience::Nobody, _("the list of targets calls it secret")};
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception& error) {
         m_trouble = error.what();
-        if (!isClosed) return {Audience::Unsure, "nobody can tell whether it is secret"};
+        if (!isClosed) return {Audience::Unsure, _("nobody can tell whether it is secret")};
     }
-    return isClosed ? Verdict{Audience::Readers, kClosed} : Verdict{Audience::Everybody, ""};
+    return isClosed ? Verdict{Audience::Readers, _(kClosed)} : Verdict{Audience::Everybody, ""};
 }
 
 void Secrets::RequireReliableList() {
     const TargetList& list = m_lists.Targets();
     if (list.problems.empty()) return;
-    throw Failure({.file = list.file, .text = "the list of targets is broken", .remedy = "see check-config"});
+    throw Failure(
+        {.file = list.file, .text = _("the list of targets is broken"), .remedy = _("see check-config")});
 }
 
 /// The names of the file, and of those that it may be a copy of.

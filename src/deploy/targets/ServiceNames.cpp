@@ -5,6 +5,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Process.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/ParameterCheck.h"
 
 namespace ZET::Deploy {
@@ -41,10 +42,12 @@ Problem ProblemIn(const std::string& file) {
 
 void WarnOf(Deployment& product, const ServiceName& name) {
     Problem problem = ProblemIn(product.Param("ZET_CFG"));
-    problem.text = std::string(kServiceDiscovery) + " is yes, but this host finds no address of \"" +
-                   name.host + "\", which " + name.placeholder + " names";
-    problem.remedy = std::string("give ") + name.host + ".DOMAIN one in the domain's name service and name " +
-                     "the domain as \"search\" in /etc/resolv.conf, or set SERVICE_DISCOVERY=no";
+    problem.text = Words("%s is yes, but this host finds no address of \"%s\", which %s names",
+                         kServiceDiscovery, name.host, name.placeholder);
+    problem.remedy = Words(
+        "give %s.DOMAIN one in the domain's name service and name the domain as \"search\" in "
+        "/etc/resolv.conf, or set SERVICE_DISCOVERY=no",
+        name.host);
     product.Out().Warning(problem.Describe());
 }
 

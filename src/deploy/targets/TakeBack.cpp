@@ -5,6 +5,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/EditRollback.h"
@@ -23,6 +24,12 @@ using Action = TakeBackStep::Action;
 void Keep(TakeBackStep& step, const std::string& remark) {
     step.isKept = true;
     step.Tell(Result::Kept, remark);
+}
+
+std::string PutBackWords(const std::string& attributes, bool isDryRun) {
+    if (attributes.empty()) return isDryRun ? _("would be put back as it was") : _("put back as it was");
+    return isDryRun ? Words("would be put back as it was, %s", attributes)
+                    : Words("put back as it was, %s", attributes);
 }
 
 }  // namespace
@@ -49,11 +56,11 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
     step.hasReserve = reserve.exists;
     if (!reserve.exists && !StateOf(file.Record()).exists) {
         step.action = Action::LeaveToOtherRole;
-        step.Tell(Result::Unchanged, now.exists ? "has no reserve, stays as it is" : "is not there");
+        step.Tell(Result::Unchanged, now.exists ? _("has no reserve, stays as it is") : _("is not there"));
         return;
     }
     if (reserve.exists && !reserve.IsRegular())
-        throw Failure({.file = file.Reserve(), .text = "is no regular file", .remedy = "move it away"});
+        throw Failure({.file = file.Reserve(), .text = _("is no regular file"), .remedy = _("move it away")});
     // What cannot be read is not told as edited.
     if (now.IsRegular()) RequireReadableFile(file.path);
     if (now.exists && !m_ways.isForced && !IsOwnWork(file)) {
@@ -108,15 +115,15 @@ void TakeBack::DecideBlocks(TakeBackStep& step, std::string text, const std::str
 }
 
 void TakeBack::DecidePutBack(TakeBackStep& step, const FileState& now, const FileState& reserve) const {
-    const std::string tense = m_product.Wanted().dryRun ? "would be " : "";
+    const bool isDryRun = m_product.Wanted().dryRun;
     if (reserve.exists) {
         const std::string attributes = now.exists ? DescribeChange(now, reserve) : "";
-        step.Tell(Result::Restored,
-                  tense + "put back as it was" + (attributes.empty() ? "" : ", " + attributes));
+        step.Tell(Result::Restored, PutBackWords(attributes, isDryRun));
     } else if (now.exists) {
-        step.Tell(Result::Removed, tense + "removed, as there was none before");
+        step.Tell(Result::Removed, isDryRun ? _("would be removed, as there was none before")
+                                            : _("removed, as there was none before"));
     } else {
-        step.Tell(Result::Unchanged, "is not there, as before");
+        step.Tell(Result::Unchanged, _("is not there, as before"));
     }
     step.outcome.before = now;
     step.outcome.after = reserve;
@@ -128,16 +135,16 @@ void TakeBack::DecidePutBack(TakeBackStep& step, const FileState& now, const Fil
 }
 
 void TakeBack::KeepEdited(TakeBackStep& step) const {
-    const char* const remark = "edited, stays as it is";
+    const char* const remark = _("edited, stays as it is");
     if (m_ways.keepsEdits) return step.Tell(Result::Kept, remark);
-    m_product.Out().Warning(step.file.path + ": was edited since it was committed and stays (" +
-                            m_ways.force + " puts back what was there before)");
+    m_product.Out().Warning(
+        Words("%s: was edited since it was committed and stays (%s puts back what was there before)",
+              step.file.path, m_ways.force));
     Keep(step, remark);
 }
 
 void TakeBack::TellOfOtherRole(TakeBackStep& step) const {
-    step.Tell(Result::Kept,
-              std::string("stays for the role ") + NameOf(m_otherRole) + ", which has committed it");
+    step.Tell(Result::Kept, Words("stays for the role %s, which has committed it", NameOf(m_otherRole)));
 }
 
 bool TakeBack::MayBeOthers(const WrittenFile& file) const {
@@ -146,8 +153,9 @@ bool TakeBack::MayBeOthers(const WrittenFile& file) const {
 
 /// Without the history, nobody can tell.
 void TakeBack::KeepOthers(TakeBackStep& step) const {
-    const std::string remark = std::string("may have been committed by the role ") + NameOf(m_otherRole) +
-                               ", too, and stays (" + m_ways.force + " puts it back)";
+    const std::string remark =
+        Words("may have been committed by the role %s, too, and stays (%s puts it back)", NameOf(m_otherRole),
+              m_ways.force);
     m_product.Out().Warning(step.file.path + ": " + remark);
     Keep(step, remark);
 }

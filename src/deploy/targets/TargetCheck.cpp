@@ -12,6 +12,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Rights.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
 #include "deploy/state/ParameterCheck.h"
@@ -49,7 +50,7 @@ std::vector<Problem> CheckOwnDirectory(Host& host, const char* key, const std::s
 std::vector<Problem> CheckSingle(const std::string& path) {
     std::vector<Problem> problems = CheckRegular(path);
     if (problems.empty() && StateOf(path).links > 1)
-        problems.push_back({path, 0, 0, "has other names (hard links)", "move it away"});
+        problems.push_back({path, 0, 0, _("has other names (hard links)"), _("move it away")});
     return problems;
 }
 
@@ -67,8 +68,8 @@ std::vector<Problem> CheckHistory(Host& host) {
 std::vector<Problem> CheckOwnFiles(Deployment& product) {
     const StateDirectory state = product.State();
     std::vector<Problem> problems =
-        CheckOwnDirectory(product, "ZET_CFG_DIR", "the templates' working copies");
-    std::vector<Problem> ofStatus = CheckOwnDirectory(product, "ZET_VAR_LIB_DIR", "the status");
+        CheckOwnDirectory(product, "ZET_CFG_DIR", _("the templates' working copies"));
+    std::vector<Problem> ofStatus = CheckOwnDirectory(product, "ZET_VAR_LIB_DIR", _("the status"));
     for (std::optional<Problem> problem :
          {CheckModule(product), CheckInstruction(product.HostPaths(), product.Param("ZET_CFG")),
           CheckInstruction(product.HostPaths(), product.Param("ZET_CFG_TEMPL_DIR"))}) {
@@ -165,8 +166,8 @@ class TargetChecker {
         const std::string copy = WorkingCopy(m_product, target.templateName);
         if (StateOf(copy).exists) return;
         if (DirectoryOf(copy) != m_product.Param("ZET_CFG_DIR"))
-            Append(m_result,
-                   CheckDirectory(DirectoryOf(copy), "the working copy " + copy, "the template's name"));
+            Append(m_result, CheckDirectory(DirectoryOf(copy), Words("the working copy %s", copy),
+                                            _("the template's name")));
         if (std::optional<Problem> problem = CheckTemporary(copy, m_cutShort.contains(copy)))
             m_result.push_back(std::move(*problem));
     }
@@ -175,7 +176,7 @@ class TargetChecker {
         const std::string path = m_product.FilePath(target.path);
         const FoundFile found = m_product.HostPaths().Find(target.path, target.trusted);
         Append(m_result, CheckPlace(target, path, found));
-        Append(m_result, CheckFileToWrite(found, path, "the target", m_cutShort.contains(path)));
+        Append(m_result, CheckFileToWrite(found, path, _("the target"), m_cutShort.contains(path)));
         if (std::optional<Problem> problem = m_claimed.AddTarget(target, found.path))
             m_result.push_back(std::move(*problem));
         return found.path;
@@ -186,8 +187,8 @@ class TargetChecker {
         std::vector<Problem> problems = CheckDirectoryOf(path);
         if (!target.trusted.empty() && getpwnam(target.trusted.c_str()) == nullptr) {
             problems.push_back({path, 0, 0,
-                                "this host has no user \"" + target.trusted + "\", whom its entry trusts",
-                                "correct trust in the list, or make the user"});
+                                Words("this host has no user \"%s\", whom its entry trusts", target.trusted),
+                                _("correct trust in the list, or make the user")});
         }
         if (std::optional<Problem> problem = OwnerProblem(target)) problems.push_back(std::move(*problem));
         if (!problems.empty() || geteuid() != 0) return problems;
@@ -195,9 +196,9 @@ class TargetChecker {
             problems.push_back(*found.judge.Objection());
         } else if (const std::string denied = DeniedToHolder(m_product, target, found); !denied.empty()) {
             problems.push_back({path, 0, 0,
-                                "is rendered with the rights of " + NameOfUser(*found.judge.Holder()) +
-                                    ", who may not read the template [" + target.templateName + "]",
-                                "let him read " + denied + ", or trust him in the list"});
+                                Words("is rendered with the rights of %s, who may not read the template [%s]",
+                                      NameOfUser(*found.judge.Holder()), target.templateName),
+                                Words("let him read %s, or trust him in the list", denied)});
         }
         return problems;
     }
@@ -206,7 +207,7 @@ class TargetChecker {
     std::vector<Problem> CheckDirectoryOf(const std::string& path) {
         const std::string directory = DirectoryOf(path);
         if (m_soundDirectories.contains(directory)) return {};
-        std::vector<Problem> problems = CheckDirectory(directory, path, "the target in the list");
+        std::vector<Problem> problems = CheckDirectory(directory, path, _("the target in the list"));
         if (problems.empty()) m_soundDirectories.insert(directory);
         return problems;
     }
@@ -250,8 +251,8 @@ std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& t
     try {
         const std::string found = TemplateFile(product, templateName);
         if (found.empty())
-            return {
-                {file, 0, 0, "the template is missing", "install it there, or correct its name in the list"}};
+            return {{file, 0, 0, _("the template is missing"),
+                     _("install it there, or correct its name in the list")}};
         file = found;
         if (std::optional<Problem> problem = CheckInstruction(product.HostPaths(), file)) return {*problem};
         const std::string copy = WorkingCopy(product, templateName);
@@ -261,8 +262,8 @@ std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& t
                 return {*problem};
         }
         if (!product.HostPaths().StaysInside(file)) {
-            return {{file, 0, 0, "the template is a link that leads out of the root directory",
-                     "put the template itself there"}};
+            return {{file, 0, 0, _("the template is a link that leads out of the root directory"),
+                     _("put the template itself there")}};
         }
         SeenTemplates one;
         SeenTemplates& all = seen != nullptr ? *seen : one;

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "deploy/host/Words.h"
 #include "deploy/targets/KeyReader.h"
 
 namespace ZET::Deploy {
@@ -27,9 +28,8 @@ class TargetKeys : KeyReader {
         };
         const auto key = kKeys.find(entry.Name());
         if (key != kKeys.end()) return (this->*key->second)(entry);
-        AddUnknown(entry,
-                   "target, roles, when, check, check_timeout, restart, reload, secret, notice, trust, mode, "
-                   "owner or enabled");
+        AddUnknown(entry, _("target, roles, when, check, check_timeout, restart, reload, secret, notice, "
+                            "trust, mode, owner or enabled"));
     }
 
   private:
@@ -38,19 +38,20 @@ class TargetKeys : KeyReader {
     void TakePath(const Entry& entry) { m_target.path = PathOf(entry).value_or(""); }
 
     void TakeCheck(const Entry& entry) {
-        m_target.check = WordsOf(entry, "write an array of words, as [\"COMMAND\", \"{}\"]");
+        m_target.check = WordsOf(entry, _("write an array of words, as [\"COMMAND\", \"{}\"]"));
         if (!m_target.check.empty() && m_target.check.front().empty())
-            Problems().Add(entry.ValuePlace(), "check names no command", "put its name first");
+            Problems().Add(entry.ValuePlace(), _("check names no command"), _("put its name first"));
     }
 
     void TakeTimeout(const Entry& entry) {
         constexpr int kLongest = 86400;  // a day
-        const std::string remedy = "write a number of seconds from 1 to " + std::to_string(kLongest);
+        const std::string remedy = Words("write a number of seconds from 1 to %s", std::to_string(kLongest));
         const auto* const number = entry.value->as_integer();
         if (number == nullptr) return AddKind(entry, remedy);
         const std::int64_t seconds = number->get();
         if (seconds < 1 || seconds > kLongest)
-            return Problems().Add(entry.ValuePlace(), "check_timeout is " + std::to_string(seconds), remedy);
+            return Problems().Add(entry.ValuePlace(), Words("check_timeout is %s", std::to_string(seconds)),
+                                  remedy);
         m_target.checkTimeout = std::chrono::seconds(seconds);
     }
 
@@ -71,8 +72,8 @@ class TargetKeys : KeyReader {
             if (const std::optional<Role> role = RoleNamed(ofRole.Name())) {
                 services[*role] = ServicesOf(ofRole);
             } else {
-                Problems().Add(ofRole.KeyPlace(), entry.Name() + " has no role \"" + ofRole.Name() + "\"",
-                               "use server and client");
+                Problems().Add(ofRole.KeyPlace(), Words("%s has no role \"%s\"", entry.Name(), ofRole.Name()),
+                               _("use server and client"));
             }
         }
     }
@@ -82,7 +83,7 @@ class TargetKeys : KeyReader {
     std::vector<std::string> ServicesOf(const Entry& entry) {
         const toml::array* const array = entry.value->as_array();
         if (array == nullptr) {
-            AddKind(entry, "write an array of services, or { server = [...], client = [...] }");
+            AddKind(entry, _("write an array of services, or { server = [...], client = [...] }"));
             return {};
         }
         if (array->empty()) AddEmpty(entry);
@@ -92,8 +93,8 @@ class TargetKeys : KeyReader {
                 services.push_back(CommandOf({entry.key, &node}));
             } else if (const std::optional<std::string> name = WordOf(entry, node)) {
                 if (!IsOneWord(*name))
-                    Problems().Add(entry.ValuePlace(), "\"" + *name + "\" is no name of a service",
-                                   "write each service in quotes of its own");
+                    Problems().Add(entry.ValuePlace(), Words("\"%s\" is no name of a service", *name),
+                                   _("write each service in quotes of its own"));
                 services.push_back(*name);
             }
         }
@@ -102,17 +103,17 @@ class TargetKeys : KeyReader {
 
     /// As it is typed. A service is one word, so that a command is known by its blanks.
     std::string CommandOf(const Entry& entry) {
-        const std::vector<std::string> words = WordsOf(entry, "write an array of words");
+        const std::vector<std::string> words = WordsOf(entry, _("write an array of words"));
         std::string command;
         for (const std::string& word : words) {
             if (!IsOneWord(word))
-                Problems().Add(entry.ValuePlace(), "\"" + word + "\" is no word of a command",
-                               "write each word in quotes of its own");
+                Problems().Add(entry.ValuePlace(), Words("\"%s\" is no word of a command", word),
+                               _("write each word in quotes of its own"));
             command += (command.empty() ? "" : " ") + word;
         }
         if (words.size() == 1)
-            Problems().Add(entry.ValuePlace(), "the command \"" + command + "\" could be a service",
-                           "write [\"command\", \"" + command + "\"]");
+            Problems().Add(entry.ValuePlace(), Words("the command \"%s\" could be a service", command),
+                           Words("write [\"command\", \"%s\"]", command));
         return command;
     }
 
@@ -125,33 +126,33 @@ class TargetKeys : KeyReader {
     void TakeNotice(const Entry& entry) { m_target.hasNotice = IsTrue(entry, true); }
 
     void TakeTrusted(const Entry& entry) {
-        const std::optional<std::string> user = TextOf(entry, "write the name of a user in quotes");
+        const std::optional<std::string> user = TextOf(entry, _("write the name of a user in quotes"));
         if (!user) return;
         if (user->empty())
-            Problems().Add(entry.ValuePlace(), "trust is empty", "name a user, or remove the line");
+            Problems().Add(entry.ValuePlace(), _("trust is empty"), _("name a user, or remove the line"));
         m_target.trusted = *user;
     }
 
     /// What gives the owner's rights to others is none that a file of settings has.
     void TakeMode(const Entry& entry) {
-        constexpr char kRemedy[] = "write three octal digits in quotes, as \"0640\"";
-        const std::optional<std::string> text = TextOf(entry, kRemedy);
+        const char* const remedy = _("write three octal digits in quotes, as \"0640\"");
+        const std::optional<std::string> text = TextOf(entry, remedy);
         if (!text) return;
         const std::string digits = text->size() == 4 && text->front() == '0' ? text->substr(1) : *text;
         if (digits.size() != 3 || digits.find_first_not_of("01234567") != std::string::npos)
-            return Problems().Add(entry.ValuePlace(), "mode is \"" + *text + "\"", kRemedy);
+            return Problems().Add(entry.ValuePlace(), Words("mode is \"%s\"", *text), remedy);
         m_target.mode = static_cast<mode_t>(std::stoul(digits, nullptr, 8));
     }
 
     void TakeOwner(const Entry& entry) {
-        constexpr char kRemedy[] = "write \"USER:GROUP\", or \"USER\"";
-        const std::optional<std::string> text = TextOf(entry, kRemedy);
+        const char* const remedy = _("write \"USER:GROUP\", or \"USER\"");
+        const std::optional<std::string> text = TextOf(entry, remedy);
         if (!text) return;
         const std::size_t colon = text->find(':');
         const bool isName = !text->empty() && colon != 0 && colon != text->size() - 1 &&
                             text->find(':', std::min(colon, text->size() - 1) + 1) == std::string::npos &&
                             text->find_first_of(" \t") == std::string::npos;
-        if (!isName) return Problems().Add(entry.ValuePlace(), "owner is \"" + *text + "\"", kRemedy);
+        if (!isName) return Problems().Add(entry.ValuePlace(), Words("owner is \"%s\"", *text), remedy);
         m_target.owner = *text;
     }
 

@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "deploy/host/Words.h"
 #include "deploy/targets/EditKeys.h"
 #include "deploy/targets/ListFile.h"
 #include "deploy/targets/ListProblems.h"
@@ -38,7 +39,7 @@ struct ListPlace {
 
     /// For a reader of the other place: "line 3", or with the file where that is another one.
     std::string SeenFrom(const ListPlace& other) const {
-        return file == other.file ? "line " + std::to_string(place.line)
+        return file == other.file ? Words("line %s", std::to_string(place.line))
                                   : file + ":" + std::to_string(place.line);
     }
 };
@@ -120,11 +121,11 @@ class ListReader {
         while (earlier < place.line && m_problems.LineAt(earlier) != line)
             ++earlier;
         if (line.starts_with('[') && earlier < place.line) {
-            m_problems.Add(place, line + " is there twice",
-                           "see line " + std::to_string(earlier) + ", put both into one");
+            m_problems.Add(place, Words("%s is there twice", line),
+                           Words("see line %s, put both into one", std::to_string(earlier)));
         } else {
-            m_problems.Add(place, "is no TOML: " + std::string(error.description()),
-                           "correct it: texts stand in quotes, each name and each key is there once");
+            m_problems.Add(place, Words("is no TOML: %s", error.description()),
+                           _("correct it: texts stand in quotes, each name and each key is there once"));
         }
     }
 
@@ -135,8 +136,8 @@ class ListReader {
             } else if (entry.Name() == "edits") {
                 TakeEdits(entry);
             } else {
-                m_problems.Add(entry.KeyPlace(), "unknown key \"" + entry.Name() + "\"",
-                               "put what a template has below [templates.\"NAME\"]");
+                m_problems.Add(entry.KeyPlace(), Words("unknown key \"%s\"", entry.Name()),
+                               _("put what a template has below [templates.\"NAME\"]"));
             }
         }
     }
@@ -144,8 +145,8 @@ class ListReader {
     void TakeTemplates(const Entry& entry) {
         const toml::table* const templates = entry.value->as_table();
         if (templates == nullptr)
-            return m_problems.Add(entry.KeyPlace(), "templates is " + KindOf(*entry.value),
-                                  "write [templates.\"NAME\"]");
+            return m_problems.Add(entry.KeyPlace(), Words("templates is %s", KindOf(*entry.value)),
+                                  _("write [templates.\"NAME\"]"));
         for (const Entry& each : InOrder(*templates))
             TakeTemplate(each);
     }
@@ -154,15 +155,17 @@ class ListReader {
         const std::string name = entry.Name();
         const toml::table* const table = entry.value->as_table();
         const auto refuse = [&](const std::string& text, const std::string& remedy) {
-            m_problems.Add(entry.KeyPlace(), "template [" + name + "] " + text, remedy);
+            m_problems.Add(entry.KeyPlace(), Words("template [%s] %s", name, text), remedy);
         };
         if (table == nullptr)
-            return refuse("is " + KindOf(*entry.value), "write [templates.\"NAME\"] above its keys");
+            return refuse(Words("is %s", KindOf(*entry.value)),
+                          _("write [templates.\"NAME\"] above its keys"));
         if (LeavesDirectory(name))
-            return refuse("leaves the directory of the templates", "name a template below it");
-        if (HasEnd(name)) return refuse("has a NUL byte or a line feed in its name", "give it another name");
+            return refuse(_("leaves the directory of the templates"), _("name a template below it"));
+        if (HasEnd(name))
+            return refuse(_("has a NUL byte or a line feed in its name"), _("give it another name"));
         if (IsInOwnDirectory(name))
-            return refuse("would stand among lists or values", "give it another name");
+            return refuse(_("would stand among lists or values"), _("give it another name"));
         TakeKeys(entry, *table);
     }
 
@@ -200,20 +203,20 @@ class ListReader {
             }
         }
         if (isWhole)
-            m_problems.Add(entry.KeyPlace(), "the name of the template [" + name + "] is not quoted",
-                           "write [templates.\"" + name + "\"]");
+            m_problems.Add(entry.KeyPlace(), Words("the name of the template [%s] is not quoted", name),
+                           Words("write [templates.\"%s\"]", name));
     }
 
     void TakeEdits(const Entry& entry) {
         const toml::array* const edits = entry.value->as_array();
         if (edits == nullptr)
-            return m_problems.Add(entry.KeyPlace(), "edits is " + KindOf(*entry.value),
-                                  "write [[edits]] above the keys of each");
+            return m_problems.Add(entry.KeyPlace(), Words("edits is %s", KindOf(*entry.value)),
+                                  _("write [[edits]] above the keys of each"));
         for (const toml::node& node : *edits) {
             const toml::table* const table = node.as_table();
             if (table == nullptr) {
-                m_problems.Add(PlaceOf(node.source()), "edits holds " + KindOf(node),
-                               "write [[edits]] above the keys of each");
+                m_problems.Add(PlaceOf(node.source()), Words("edits holds %s", KindOf(node)),
+                               _("write [[edits]] above the keys of each"));
             } else {
                 TakeEdit(*table);
             }
@@ -225,10 +228,10 @@ class ListReader {
         const auto* const named = table.get_as<std::string>("name");
         const std::string name = named == nullptr ? "" : named->get();
         if (table.contains("name") && name.empty())
-            return m_problems.Add(PlaceOf(table.get("name")->source()), "name names nothing",
-                                  "write a name in quotes, or remove the line");
+            return m_problems.Add(PlaceOf(table.get("name")->source()), _("name names nothing"),
+                                  _("write a name in quotes, or remove the line"));
         if (!name.empty() && !m_editNames.insert(name).second)
-            return m_problems.Add(place, "edit \"" + name + "\" is there twice", "put both into one");
+            return m_problems.Add(place, Words("edit \"%s\" is there twice", name), _("put both into one"));
         Listed<ListedEdit>& listed = m_edits.Of(name, PlaceHere(place));
         ListedEdit& edit = listed.entry;
         edit.name = name;
@@ -262,11 +265,12 @@ class Judge {
         Target& target = listed.entry;
         Decide(target);
         if (!target.isEnabled) return;
-        const std::string name = "template [" + target.templateName + "] ";
+        const std::string& name = target.templateName;
         if (listed.path.problems == nullptr)
-            listed.name.Add(name + "has no target", "add target = \"/PATH\"");
+            listed.name.Add(Words("template [%s] has no target", name), _("add target = \"/PATH\""));
         if (!target.hasRoles)
-            listed.name.Add(name + "has no roles", "add roles = \"server\", \"client\" or \"both\"");
+            listed.name.Add(Words("template [%s] has no roles", name),
+                            _("add roles = \"server\", \"client\" or \"both\""));
         if (target.IsInForce() && !target.path.empty()) ClaimFile(listed);
     }
 
@@ -274,10 +278,11 @@ class Judge {
         ListedEdit& edit = listed.entry;
         Decide(edit);
         if (!edit.isEnabled) return;
-        if (listed.path.problems == nullptr) listed.name.Add("an edit has no file", "add file = \"/PATH\"");
+        if (listed.path.problems == nullptr)
+            listed.name.Add(_("an edit has no file"), _("add file = \"/PATH\""));
         const bool hasSelector = !edit.param.empty() || !edit.pattern.empty();
         if (!hasSelector || !listed.hasValue)
-            listed.name.Add("an edit lacks what it sets", "add param and value, or pattern and line");
+            listed.name.Add(_("an edit lacks what it sets"), _("add param and value, or pattern and line"));
     }
 
   private:
@@ -295,8 +300,8 @@ class Judge {
             if (!isFirst) earlier = known->second;
         }
         if (earlier == nullptr) return;
-        listed.path.Add("target " + target.path + " is made from [" + earlier->entry.templateName + "] too",
-                        "see " + earlier->path.SeenFrom(listed.path) + ", give each file to one template");
+        listed.path.Add(Words("target %s is made from [%s] too", target.path, earlier->entry.templateName),
+                        Words("see %s, give each file to one template", earlier->path.SeenFrom(listed.path)));
     }
 
     const ParameterValue& m_valueOf;

@@ -12,6 +12,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/History.h"
 #include "deploy/targets/NewOwner.h"
 #include "deploy/targets/OthersWork.h"
@@ -85,8 +86,8 @@ class TargetWriting {
         }
         if (!planned.IsChange() && VersionOf(planned.path) != planned.version) {
             throw Failure({.file = planned.path,
-                           .text = "another program wrote it after it was looked at",
-                           .remedy = "look at it, and run the command again"});
+                           .text = _("another program wrote it after it was looked at"),
+                           .remedy = _("look at it, and run the command again")});
         }
         if (planned.change == FileOutcome::Result::Changed) outcome.reserve = ReserveOf(planned.path);
         m_product.Out().Done(outcome);
@@ -97,10 +98,10 @@ class TargetWriting {
         if (!m_product.HostHistory().KeepsTexts()) return;
         const auto size = static_cast<std::uint64_t>(planned.version.size);
         if (size > m_product.HostHistory().Limits().largestText)
-            return m_product.Out().Remark("what " + planned.target.path +
-                                          " held is larger than ZET_HISTORY_MAX_FILE, and not kept");
-        m_product.Out().Remark("\"history show " + std::to_string(*m_record.Number()) + " " +
-                               planned.target.path + "\" shows what it held");
+            return m_product.Out().Remark(
+                Words("what %s held is larger than ZET_HISTORY_MAX_FILE, and not kept", planned.target.path));
+        m_product.Out().Remark(Words("\"history show %s %s\" shows what it held",
+                                     std::to_string(*m_record.Number()), planned.target.path));
     }
 
     Deployment& m_product;

@@ -5,6 +5,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/ListedDirectory.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/Instructions.h"
 #include "deploy/targets/ListFile.h"
 #include "deploy/targets/TargetListReader.h"
@@ -21,8 +22,8 @@ namespace {
 ListText ReadList(const Paths& paths, const std::string& file) {
     if (!paths.StaysInside(file)) {
         throw Failure({.file = file,
-                       .text = "the list of targets is a link that leads out of the root directory",
-                       .remedy = "put the list itself there"});
+                       .text = _("the list of targets is a link that leads out of the root directory"),
+                       .remedy = _("put the list itself there")});
     }
     if (const std::optional<Problem> problem = CheckWayTo(paths, file)) throw Failure(*problem);
     return {file, ReadListFile(file)};
@@ -46,18 +47,18 @@ std::optional<Problem> AddOwnLists(const Paths& paths, const std::string& direct
 [[noreturn]] void FailToSelect(Role role, const TargetList& list, const std::string& name) {
     for (const Target& target : list.targets) {
         if (target.templateName != name || !target.IsFor(role)) continue;
-        throw UsageError(target.file + ": the template \"" + name + "\" is not in force: " + target.WhyNot() +
-                         " (name one that is)");
+        throw UsageError(Words("%s: the template \"%s\" is not in force: %s (name one that is)", target.file,
+                               name, target.WhyNot()));
     }
-    throw UsageError(list.file + ": has no template \"" + name + "\" for the role " + NameOf(role) +
-                     " (name one that it has, or add it)");
+    throw UsageError(Words("%s: has no template \"%s\" for the role %s (name one that it has, or add it)",
+                           list.file, name, NameOf(role)));
 }
 
 }  // namespace
 
 std::string ListEntry::WhyNot() const {
-    if (!isEnabled) return "it is disabled";
-    return isConditionMet ? "" : when.Text() + " is not so";
+    if (!isEnabled) return _("it is disabled");
+    return isConditionMet ? "" : Words("%s is not so", when.Text());
 }
 
 TargetList ReadTargetList(Host& host) {
@@ -97,8 +98,8 @@ void RequireWhole(const TargetList& list) {
     for (const Problem& problem : list.problems)
         if (!problem.isOfUser) lines += problem.Describe() + "\n";
     if (!lines.empty()) {
-        throw Failure("the list of targets is broken:",
-                      {.file = list.file, .text = "the list of targets is broken", .output = lines});
+        throw Failure(_("the list of targets is broken:"),
+                      {.file = list.file, .text = _("the list of targets is broken"), .output = lines});
     }
 }
 

@@ -6,6 +6,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/targets/ClaimedFiles.h"
 #include "deploy/targets/Render.h"
@@ -71,13 +72,15 @@ std::vector<std::string> AllToWrite(Host& host, const std::vector<FilesToWrite>&
         for (const std::string& file : written.files) {
             const std::string use = own.UseBesideTargets(file);
             if (!use.empty()) {
-                throw UsageError("NAME \"" + name + "\" is installed as " + file + ", which is " + use +
-                                 " (give the template another name)");
+                throw UsageError(
+                    Words("NAME \"%s\" is installed as %s, which is %s (give the template another name)",
+                          name, file, use));
             }
             const auto [other, isNew] = nameOf.emplace(paths.Canonical(paths.NameInside(file)), name);
             if (!isNew) {
-                throw UsageError("NAME \"" + name + "\" is installed into the files of \"" + other->second +
-                                 "\" too (name each file once)");
+                throw UsageError(
+                    Words("NAME \"%s\" is installed into the files of \"%s\" too (name each file once)", name,
+                          other->second));
             }
             all.push_back(file);
         }
@@ -89,8 +92,8 @@ void RequireInside(Host& host, const TemplateFiles& files) {
     for (const std::string& file : {files.shipped, files.workingCopy}) {
         if (!host.HostPaths().StaysInside(file))
             throw Failure({.file = file,
-                           .text = "is a link that leads out of the root directory",
-                           .remedy = "put a file there"});
+                           .text = _("is a link that leads out of the root directory"),
+                           .remedy = _("put a file there")});
     }
 }
 

@@ -1,6 +1,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/Instructions.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/state/Recording.h"
@@ -41,8 +42,8 @@ class Installation {
         RequireInside(m_product, m_files);
         if (!IsFileExist(m_pristine)) {
             throw Failure({.file = m_pristine,
-                           .text = "the template is missing",
-                           .remedy = "correct its name, or ZET_CFG_TEMPL_DIR"});
+                           .text = _("the template is missing"),
+                           .remedy = _("correct its name, or ZET_CFG_TEMPL_DIR")});
         }
         RequireReadableFile(m_pristine);
         for (const std::string& file : {m_pristine, m_path})
@@ -54,14 +55,15 @@ class Installation {
         if (m_isSame) return;
         if (!m_isForced) {
             if (m_product.Wanted().wantsDiffs) TellDifference();
-            throw Failure({.file = m_path,
-                           .text = "differs from " + m_pristine,
-                           .remedy = "--force installs that one, and keeps the differing one as " + m_old});
+            throw Failure(
+                {.file = m_path,
+                 .text = Words("differs from %s", m_pristine),
+                 .remedy = Words("--force installs that one, and keeps the differing one as %s", m_old)});
         }
         if (IsFileExist(m_old) && !HaveSameBytes(m_old, m_path))
             throw Failure({.file = m_old,
-                           .text = "would be overwritten by the differing " + m_path,
-                           .remedy = "move it away"});
+                           .text = Words("would be overwritten by the differing %s", m_path),
+                           .remedy = _("move it away")});
     }
 
     /// What it is going to write.
@@ -92,8 +94,8 @@ class Installation {
         outcome.result = m_isThere ? FileOutcome::Result::Changed : FileOutcome::Result::Created;
         outcome.after = StateOf(m_pristine);
         if (m_isThere)
-            outcome.remark =
-                std::string("the former one ") + (isDryRun ? "would be" : "is") + " kept as " + m_old;
+            outcome.remark = isDryRun ? Words("the former one would be kept as %s", m_old)
+                                      : Words("the former one is kept as %s", m_old);
         outcome.diff = DiffToShow(m_product, m_isThere ? m_path : "", m_pristine, m_path);
         if (isDryRun) return outcome;
         if (m_isThere) CopyFile(m_path, m_old);
@@ -114,7 +116,7 @@ class Installation {
     /// What --force would change.
     void TellDifference() {
         FileOutcome outcome = Unchanged();
-        outcome.remark = "differs from " + m_pristine;
+        outcome.remark = Words("differs from %s", m_pristine);
         outcome.diff = DiffToShow(m_product, m_path, m_pristine, m_path);
         m_product.Out().Done(outcome);
     }
@@ -124,8 +126,8 @@ class Installation {
         m_product.Config().InstallConfigFileTemplate(m_name);
         if (failures.Any() || !HaveSameBytes(m_path, m_pristine))
             throw Failure({.file = m_path,
-                           .text = "was not installed from " + m_pristine,
-                           .remedy = "run the command again"});
+                           .text = Words("was not installed from %s", m_pristine),
+                           .remedy = _("run the command again")});
     }
 
     Deployment& m_product;
@@ -150,8 +152,8 @@ std::vector<FilesToWrite> FilesOf(const std::vector<Installation>& installations
 
 void RequireTemplateName(const std::string& name) {
     if (name.empty() || name.front() == '/' || name.back() == '/' || HasStepUp(name)) {
-        throw UsageError("NAME \"" + name +
-                         "\" leaves the directory of the templates (name a template below it)");
+        throw UsageError(
+            Words("NAME \"%s\" leaves the directory of the templates (name a template below it)", name));
     }
 }
 

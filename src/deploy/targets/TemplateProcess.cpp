@@ -5,6 +5,7 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
 #include "deploy/host/Staging.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/state/Recording.h"
@@ -34,7 +35,8 @@ void RequireFreeTarget(Host& host, const std::string& templateName, const std::s
     claimed.AddListed(list.targets);
     if (const auto clash = claimed.ClashOf(templateName)) throw Failure(*clash);
     const std::string use = claimed.UseBesideTargets(path);
-    if (!use.empty()) throw Failure({.file = path, .text = "is " + use, .remedy = "name another file"});
+    if (!use.empty())
+        throw Failure({.file = path, .text = Words("is %s", use), .remedy = _("name another file")});
 }
 
 }  // namespace
@@ -102,8 +104,10 @@ void TemplateProcess::WarnOfEdits() {
     const KnownFiles known(m_product);
     const KnownFile* const file = known.Find(path);
     if (file == nullptr || file->state.knowledge.roles.empty() || known.IsAsLeft(path)) return;
-    m_product.Out().Warning(m_path + ": was edited since the last commit; the edits" +
-                            (m_product.Wanted().dryRun ? " would be " : " are ") + "overwritten");
+    m_product.Out().Warning(
+        m_product.Wanted().dryRun
+            ? Words("%s: was edited since the last commit; the edits would be overwritten", m_path)
+            : Words("%s: was edited since the last commit; the edits are overwritten", m_path));
 }
 
 FileOutcome TemplateProcess::RunInTrial() {
@@ -145,7 +149,7 @@ FileOutcome TemplateProcess::RunInPlace() {
     }
     recording.Complete();
     outcome.after = StateOf(m_path);
-    if (!outcome.reserve.empty()) outcome.remark = "the original is kept as " + outcome.reserve;
+    if (!outcome.reserve.empty()) outcome.remark = Words("the original is kept as %s", outcome.reserve);
     return outcome;
 }
 

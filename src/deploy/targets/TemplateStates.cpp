@@ -3,6 +3,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "deploy/targets/Targets.h"
 #include "zet/ZETFiles.h"
 
@@ -40,8 +41,8 @@ TemplateTexts ReadTexts(Host& host, const TemplateFiles& files) {
     texts.shipped = files.shipped == files.workingCopy ? texts.copy : TextOf(files.shipped);
     if (!texts.copy && !texts.shipped) {
         throw Failure({.file = files.shipped,
-                       .text = "the template is missing",
-                       .remedy = "correct its name, or ZET_CFG_TEMPL_DIR"});
+                       .text = _("the template is missing"),
+                       .remedy = _("correct its name, or ZET_CFG_TEMPL_DIR")});
     }
     texts.base = texts.IsCurrent() ? texts.shipped : MemoryOf(host, files.workingCopy).base;
     return texts;

@@ -6,6 +6,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Merge.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/Instructions.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/state/Replacement.h"
@@ -32,9 +33,9 @@ std::vector<TemplateFiles> Installed(Host& host, const std::vector<std::string>&
             installed.push_back(std::move(files));
         } else if (!names.empty()) {
             throw Failure({.file = files.workingCopy,
-                           .text = "there is no such working copy",
-                           .remedy = InQuotes(host.Wanted().program + " template install " + files.name) +
-                                     " makes it"});
+                           .text = _("there is no such working copy"),
+                           .remedy = Words("%s makes it", InQuotes(host.Wanted().program +
+                                                                   " template install " + files.name))});
         }
     }
     return installed;
@@ -73,12 +74,12 @@ void TemplateUpgrade::Plan(Copy& copy) {
     copy.mode = ModeOf(copy.path);
     copy.texts = ReadTexts(m_product, copy.files);
     if (!copy.texts.copy)
-        throw Failure({.file = copy.path, .text = "was removed", .remedy = "run the command again"});
+        throw Failure({.file = copy.path, .text = _("was removed"), .remedy = _("run the command again")});
     copy.text = *copy.texts.copy;
     if (!copy.texts.shipped) return;
     if (!copy.texts.IsKnown()) {
         Object(copy.path, 0,
-               "differs from " + copy.files.shipped + ", and nobody knows what it was made from",
+               Words("differs from %s, and nobody knows what it was made from", copy.files.shipped),
                WayToInstall(copy));
     } else if (copy.texts.HasNewer()) {
         copy.texts.IsEdited() ? MergeInto(copy) : Replace(copy);
@@ -98,7 +99,8 @@ void TemplateUpgrade::MergeInto(Copy& copy) {
     const TemplateTexts& texts = copy.texts;
     Merged merged = Merge(*texts.copy, *texts.base, *texts.shipped, copy.path, WayToInstall(copy));
     for (const std::size_t line : merged.conflicts) {
-        Object(copy.path, line, "was edited here, where the newer " + copy.files.shipped + " has other lines",
+        Object(copy.path, line,
+               Words("was edited here, where the newer %s has other lines", copy.files.shipped),
                WayToInstall(copy));
     }
     if (merged.conflicts.empty()) copy.text = std::move(merged.text);
@@ -108,17 +110,18 @@ bool TemplateUpgrade::CanBeMerged(const Copy& copy) {
     const std::size_t before = m_problems.size();
     const StoreLimits limits = m_product.HostHistory().Limits();
     if (!m_writing->Records() || !limits.keepsTexts || copy.texts.copy->size() > limits.largestText) {
-        Object(copy.path, 0, "was edited, and the history cannot keep what would be merged",
+        Object(copy.path, 0, _("was edited, and the history cannot keep what would be merged"),
                WayToInstall(copy));
     }
     for (const auto& [file, text] :
          {std::pair(copy.path, *copy.texts.copy), std::pair(copy.files.shipped, *copy.texts.shipped)}) {
         if (text.find('\0') != std::string::npos)
-            Object(file, 0, "holds a NUL byte, so that the edits cannot be merged", WayToInstall(copy));
+            Object(file, 0, _("holds a NUL byte, so that the edits cannot be merged"), WayToInstall(copy));
         const std::size_t line = Text::LineEndsOf(text).otherLine;
         if (line != 0) {
-            Object(file, line, "ends otherwise than the lines before it, so that the edits cannot be merged",
-                   "give all lines the same end");
+            Object(file, line,
+                   _("ends otherwise than the lines before it, so that the edits cannot be merged"),
+                   _("give all lines the same end"));
         }
     }
     return m_problems.size() == before;
@@ -130,8 +133,9 @@ void TemplateUpgrade::Object(const std::string& file, std::size_t line, const st
 }
 
 std::string TemplateUpgrade::WayToInstall(const Copy& copy) const {
-    return InQuotes(m_product.Wanted().program + " template install --force " + copy.files.name) +
-           " installs that one; take the edits over from " + copy.files.workingCopy + ".old";
+    return Words("%s installs that one; take the edits over from %s.old",
+                 InQuotes(m_product.Wanted().program + " template install --force " + copy.files.name),
+                 copy.files.workingCopy);
 }
 
 bool TemplateUpgrade::Run() {
@@ -184,7 +188,7 @@ FileOutcome TemplateUpgrade::OutcomeOf(const Copy& copy) const {
     outcome.result = FileOutcome::Result::Changed;
     outcome.after.mode = (outcome.before.mode & ~kModeBits) | copy.mode;
     outcome.diff = DiffToShow(m_product, copy.path, copy.staged, copy.path);
-    if (copy.texts.IsEdited()) outcome.remark = "its edits are kept";
+    if (copy.texts.IsEdited()) outcome.remark = _("its edits are kept");
     return outcome;
 }
 

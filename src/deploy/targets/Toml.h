@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "deploy/host/Words.h"
 #include "deploy/targets/ListProblems.h"
 
 #define TOML_HEADER_ONLY 1
@@ -35,18 +36,18 @@ namespace ZET::Deploy {
 inline std::string KindOf(const toml::node& node) {
     switch (node.type()) {
         case toml::node_type::string:
-            return "a text";
+            return _("a text");
         case toml::node_type::integer:
         case toml::node_type::floating_point:
-            return "a number";
+            return _("a number");
         case toml::node_type::boolean:
-            return "true or false";
+            return _("true or false");
         case toml::node_type::array:
-            return "an array";
+            return _("an array");
         case toml::node_type::table:
-            return "a table";
+            return _("a table");
         default:
-            return "a date or a time";
+            return _("a date or a time");
     }
 }
 

@@ -6,6 +6,7 @@
 #include <set>
 #include <utility>
 
+#include "deploy/host/Words.h"
 #include "deploy/targets/LinesInPlace.h"
 #include "deploy/targets/Targets.h"
 
@@ -20,7 +21,7 @@ std::optional<std::vector<Target>> ListedTargets(Deployment& product, const Know
     } catch (const Failure& failure) {
         if (known.PathsOf(product.Role()).empty()) throw;
         product.Out().Error(failure.what(), failure.Lines());
-        product.Out().Remark("only the files that the last commit recorded are put back");
+        product.Out().Remark(_("only the files that the last commit recorded are put back"));
         return std::nullopt;
     }
 }
@@ -70,7 +71,8 @@ std::optional<WrittenFile> WrittenByRecord(Deployment& product, const std::strin
     WrittenFile file{"", path, {}, "", "", true, {}, false};
     try {
         if (!product.HostPaths().StaysInside(path)) {
-            product.Out().Warning(path + ": leads out of the root directory by a link, and is left alone");
+            product.Out().Warning(
+                Words("%s: leads out of the root directory by a link, and is left alone", path));
             return std::nullopt;
         }
         if (std::optional<WrittenFile> listed = WrittenByList(product, path)) return listed;
@@ -155,8 +157,10 @@ std::vector<WrittenFile> Named(const Deployment& product, const std::vector<Writ
         const auto file = std::find_if(files.begin(), files.end(),
                                        [&](const WrittenFile& each) { return IsAt(paths, each, path); });
         if (file == files.end()) {
-            throw UsageError(name + ": is no target of the role " + NameOf(product.Role()) +
-                             " (\"status\" lists them; \"file restore\" puts any other file back)");
+            throw UsageError(
+                Words("%s: is no target of the role %s (\"status\" lists them; \"file restore\" puts any "
+                      "other file back)",
+                      name, NameOf(product.Role())));
         }
         named.push_back(*file);
     }

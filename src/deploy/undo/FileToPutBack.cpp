@@ -7,6 +7,7 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Staging.h"
+#include "deploy/host/Words.h"
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/undo/MergeBack.h"
 #include "zet/ZETFormat.h"
@@ -15,7 +16,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr char kWays[] = "--force puts back what was there before all the same";
+constexpr char kWays[] = ZET_TEXT("--force puts back what was there before all the same");
 
 std::string OwnerOf(const RecordedState& state) {
     return std::to_string(state.owner) + ":" + std::to_string(state.group);
@@ -23,17 +24,17 @@ std::string OwnerOf(const RecordedState& state) {
 
 /// In what the file is another one than the entry left.
 std::string DifferenceBetween(const RecordedState& now, const RecordedState& left) {
-    if (!now.exists) return "is not there any more";
-    if (!left.exists) return "is there again";
-    if (!HaveSameText(now, left)) return "holds another text";
+    if (!now.exists) return _("is not there any more");
+    if (!left.exists) return _("is there again");
+    if (!HaveSameText(now, left)) return _("holds another text");
     const std::string change = DescribeChange(StateOfRecorded(left), StateOfRecorded(now));
-    return change.empty() ? "has other attributes" : "has another " + change;
+    return change.empty() ? _("has other attributes") : Words("has another %s", change);
 }
 
 /// One that a commit found to be what it would have written is in none.
 std::string NotAsLeftBy(std::int64_t number) {
-    return number == 0 ? "it is not as the last commit left it"
-                       : "it is not as entry " + std::to_string(number) + " left it";
+    return number == 0 ? _("it is not as the last commit left it")
+                       : Words("it is not as entry %s left it", std::to_string(number));
 }
 
 bool IsThere(const std::optional<CapturedFile>& file) {
@@ -88,8 +89,8 @@ std::vector<Problem> FileToPutBack::Look(const Writing& writing, OthersWork othe
 void FileToPutBack::Capture() {
     if (!m_product.HostPaths().StaysInside(m_path)) {
         throw Failure({.file = m_path,
-                       .text = "leads out of the root directory by a link",
-                       .remedy = "put a file there"});
+                       .text = _("leads out of the root directory by a link"),
+                       .remedy = _("put a file there")});
     }
     m_place = std::make_unique<FileInPlace>(
         m_product.HostPaths().FindReal(m_path, m_product.TrustedAt(m_path)), m_path);
@@ -128,7 +129,8 @@ void FileToPutBack::LookAtOthersWork(const RecordedFile& row, const std::string&
             }
             if (path == m_path && now.state.exists && row.before.exists && row.after.exists)
                 return MergeInto(wanted, row, now);
-            return Refuse(path, DifferenceBetween(now.state, row.after) + ", which cannot be merged", kWays);
+            return Refuse(path, Words("%s, which cannot be merged", DifferenceBetween(now.state, row.after)),
+                          _(kWays));
         case OthersWork::Stays:
             m_isKept = true;
             return;
@@ -141,14 +143,14 @@ void FileToPutBack::RefuseOthersWork(const RecordedFile& row, const std::string&
                                      const CapturedFile& now) {
     if (now.IsAs(row.after)) {
         const std::string entry = std::to_string(m_change.between.front().entry);
-        return Refuse(path, "was edited before entry " + entry + " wrote it", kWays);
+        return Refuse(path, Words("was edited before entry %s wrote it", entry), _(kWays));
     }
-    Refuse(path, DifferenceBetween(now.state, row.after) + ": " + NotAsLeftBy(m_change.newest), kWays);
+    Refuse(path, DifferenceBetween(now.state, row.after) + ": " + NotAsLeftBy(m_change.newest), _(kWays));
 }
 
 void FileToPutBack::MergeInto(CapturedFile& wanted, const RecordedFile& row, const CapturedFile& now) {
     Store& store = *m_product.HostHistory().ToLook();
-    MergedBack merged = MergeBack(store, m_change, now, {m_path, kWays}, LeavesNewerWork());
+    MergedBack merged = MergeBack(store, m_change, now, {m_path, _(kWays)}, LeavesNewerWork());
     m_problems.insert(m_problems.end(), merged.problems.begin(), merged.problems.end());
     wanted = std::move(merged.file);
     if (m_problems.empty() && !row.before.knowledge.base && !row.before.knowledge.templateName.empty())
@@ -182,7 +184,8 @@ void FileToPutBack::LoadText(std::optional<CapturedFile>& wanted, const char* su
         return;
     }
     if (wanted->state.size != 0)
-        Refuse(m_path + suffix, "the text that it held before is no longer kept", "nothing was changed");
+        Refuse(m_path + suffix, _("the text that it held before is no longer kept"),
+               _("nothing was changed"));
 }
 
 /// In another user's directory it stays his.
@@ -192,8 +195,8 @@ void FileToPutBack::RequireGivable() {
     const bool isGivable =
         m_place->Holder() ? wanted.owner == *m_place->Holder() : geteuid() == 0 || wanted.owner == geteuid();
     if (isGivable || GoesBackToReserve(m_now, m_wanted)) return;
-    Refuse(m_path, "was owned by " + OwnerOf(wanted) + ", which it cannot be given back to here",
-           geteuid() == 0 ? "give its directory back to root first" : "run the command as root");
+    Refuse(m_path, Words("was owned by %s, which it cannot be given back to here", OwnerOf(wanted)),
+           geteuid() == 0 ? _("give its directory back to root first") : _("run the command as root"));
 }
 
 /// A reserve that goes back takes the name of the file.
@@ -283,21 +286,22 @@ FileOutcome::Result FileToPutBack::Result() const {
 std::string FileToPutBack::Remark() const {
     switch (Result()) {
         case FileOutcome::Result::Kept:
-            return "edited, stays as it is";
+            return _("edited, stays as it is");
         case FileOutcome::Result::Unchanged:
-            return "is as it was before already";
+            return _("is as it was before already");
         case FileOutcome::Result::Reserved:
-            return "kept as " + m_path + (IsThere(m_wanted.reserve) ? ZETReserveSuffix : ZETAbsenceSuffix);
+            return Words("kept as %s",
+                         m_path + (IsThere(m_wanted.reserve) ? ZETReserveSuffix : ZETAbsenceSuffix));
         case FileOutcome::Result::Forgotten:
-            return "nothing is kept beside it";
+            return _("nothing is kept beside it");
         default:
             break;
     }
-    if (IsMerge()) return "merged with what was edited since";
+    if (IsMerge()) return _("merged with what was edited since");
     if (IsThere(m_now.file) && m_version.inode != 0) {
         const FileState now = StateOf(m_path);
         if (now.links > 1)
-            return "the other " + std::to_string(now.links - 1) + " of its names keep the former text";
+            return Words("the other %s of its names keep the former text", std::to_string(now.links - 1));
     }
     return "";
 }

@@ -1,6 +1,7 @@
 #include "deploy/undo/MergeBack.h"
 
 #include <string>
+#include "deploy/host/Words.h"
 
 #include "text/NoticeOfText.h"
 
@@ -31,9 +32,10 @@ class MergingBack {
     void Step(const RecordedState& base, const RecordedState& wanted) {
         if (!m_merged.problems.empty()) return;
         CapturedFile& file = m_merged.file;
-        if (!base.exists || !wanted.exists) return Refuse("was removed in between, which cannot be merged");
+        if (!base.exists || !wanted.exists)
+            return Refuse(_("was removed in between, which cannot be merged"));
         if (file.text.size() != file.state.size || !base.text || !wanted.text)
-            return Refuse("cannot be merged, as not all of its texts are kept");
+            return Refuse(_("cannot be merged, as not all of its texts are kept"));
         std::string text = m_store.Text(*wanted.text);
         if (m_keepsNotice)
             text = std::string(Text::WithoutNotice(file.text).notice).append(Text::WithoutNotice(text).text);

@@ -6,6 +6,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/targets/Restarts.h"
 #include "deploy/undo/FileToPutBack.h"
@@ -145,7 +146,7 @@ class WayBack {
     void TellBreakOff(const UndoResult& result) {
         try {
             if (result.isChanged && !m_product.Wanted().dryRun)
-                m_product.Out().Error("not everything was put back (\"undo\" takes back what was)");
+                m_product.Out().Error(_("not everything was put back (\"undo\" takes back what was)"));
             m_restarts.Tell(m_product.Out());
         } catch (const std::exception& error) {
             m_product.Out().Error(FailureOf(error).what());
@@ -163,12 +164,13 @@ class WayBack {
 Store& StoreToLookIn(Deployment& product) {
     if (Store* const store = product.HostHistory().ToLook()) return *store;
     if (product.HostHistory().IsDenied()) {
-        throw Failure(
-            {.file = product.State().Store(), .text = "cannot be read", .remedy = "run the command as root"});
+        throw Failure({.file = product.State().Store(),
+                       .text = _("cannot be read"),
+                       .remedy = _("run the command as root")});
     }
     throw Failure({.file = product.State().Store(),
-                   .text = "is not there: nothing was recorded on this host that could be put back",
-                   .remedy = "\"rollback-config\" and \"file restore\" need no history"});
+                   .text = _("is not there: nothing was recorded on this host that could be put back"),
+                   .remedy = _("\"rollback-config\" and \"file restore\" need no history")});
 }
 
 /// The newest entry before that number that can be taken back. What is open was cut short, which the next run
@@ -187,9 +189,10 @@ std::optional<RecordedEntry> NewestBefore(Store& store, std::optional<std::int64
 
 [[noreturn]] void FailOfNumber(Store& store, std::int64_t number) {
     const bool wasOne = number > 0 && number <= store.LastPruned();
-    throw UsageError(std::to_string(number) +
-                     (wasOne ? ": is an entry that is no longer kept" : ": is no entry of the history") +
-                     " (\"history\" lists them)");
+    throw UsageError(
+        wasOne
+            ? Words("%s: is an entry that is no longer kept (\"history\" lists them)", std::to_string(number))
+            : Words("%s: is no entry of the history (\"history\" lists them)", std::to_string(number)));
 }
 
 RecordedEntry EntryToUndo(Store& store, const UndoOptions& options, bool isTrial) {
@@ -201,8 +204,8 @@ RecordedEntry EntryToUndo(Store& store, const UndoOptions& options, bool isTrial
     std::optional<RecordedEntry> last = NewestBefore(store, std::nullopt, isTrial);
     if (!last)
         throw Failure({.file = store.File(),
-                       .text = "has no entry that could be taken back",
-                       .remedy = "nothing was changed"});
+                       .text = _("has no entry that could be taken back"),
+                       .remedy = _("nothing was changed")});
     return std::move(*last);
 }
 
@@ -280,22 +283,24 @@ void AddOthersWork(Deployment& product, Store& store, RecordedChanges& changes) 
 
 void RequireAllKept(Store& store, std::int64_t number) {
     if (number >= store.LastPruned()) return;
-    throw Failure({.file = store.File(),
-                   .text = "not all entries after " + std::to_string(number) +
-                           " are kept any more, so nobody knows what was there then",
-                   .remedy = "go back to one from " + std::to_string(store.LastPruned() + 1) + " on"});
+    throw Failure(
+        {.file = store.File(),
+         .text = Words("not all entries after %s are kept any more, so nobody knows what was there then",
+                       std::to_string(number)),
+         .remedy = Words("go back to one from %s on", std::to_string(store.LastPruned() + 1))});
 }
 
 OthersWork WayOf(const UndoOptions& options) {
-    if (options.force && options.merge) throw UsageError("--force and --merge exclude each other");
+    if (options.force && options.merge) throw UsageError(_("--force and --merge exclude each other"));
     if (options.force) return OthersWork::IsReplaced;
     return options.merge ? OthersWork::IsMerged : OthersWork::IsRefused;
 }
 
 OthersWork WayOf(const RollBackToOptions& options) {
-    if (options.force && options.keepEdits) throw UsageError("--force and --keep-edits exclude each other");
+    if (options.force && options.keepEdits)
+        throw UsageError(_("--force and --keep-edits exclude each other"));
     if (options.merge && (options.force || options.keepEdits))
-        throw UsageError("--merge excludes --force and --keep-edits");
+        throw UsageError(_("--merge excludes --force and --keep-edits"));
     if (options.force) return OthersWork::IsReplaced;
     if (options.merge) return OthersWork::IsMerged;
     return options.keepEdits ? OthersWork::Stays : OthersWork::IsRefused;

@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "text/Words.h"
 #include "text/repair/MarkerDamage.h"
 #include "text/repair/NearMarker.h"
 
@@ -40,7 +41,9 @@ class BlockCheck {
     }
 
   private:
-    std::string LineName(std::size_t index) const { return "line " + std::to_string(m_repair.Number(index)); }
+    std::string LineName(std::size_t index) const {
+        return Words("line %s", std::to_string(m_repair.Number(index)));
+    }
 
     bool IsBegin(std::size_t index) const {
         return index < m_repair.Size() && m_repair.MarkerAt(index) == Marker::BlockBegin;
@@ -54,9 +57,9 @@ class BlockCheck {
             m_isContentTold = true;
             m_repair.NoteAmbiguous(
                 index, "former-line-in-block",
-                "a kept former line stands inside the block that begins in " + LineName(m_begin) +
-                    ", with which it would go",
-                {"end that block before it, and begin its own block after it", "take the line out"});
+                Words("a kept former line stands inside the block that begins in %s, with which it would go",
+                      LineName(m_begin)),
+                {_("end that block before it, and begin its own block after it"), _("take the line out")});
         } else {
             TakeMissingEnd(index);
             m_formerLine = index;
@@ -100,55 +103,57 @@ class BlockCheck {
         if (count < 2) return;
         m_repair.NoteAmbiguous(
             m_begin, "several-lines-in-block",
-            "a block holds " + std::to_string(count) +
-                " lines, and the system writes one into each: the others may be yours",
-            {"put the end marker after " + LineName(first) + ", if only that line is the system's",
-             "put the begin marker before " + LineName(end - 1) + ", if only that one is",
-             "give each of them a block of its own, if all are the system's"});
+            Words("a block holds %s lines, and the system writes one into each: the others may be yours",
+                  std::to_string(count)),
+            {Words("put the end marker after %s, if only that line is the system's", LineName(first)),
+             Words("put the begin marker before %s, if only that one is", LineName(end - 1)),
+             _("give each of them a block of its own, if all are the system's")});
     }
 
     /// A former line that was joined to the block's line would go with it.
     void CheckJoined(std::size_t index) {
         if (m_repair.MarkerAt(index) != Marker::None || !FindGluedMarker(m_repair.Text(index))) return;
         m_repair.NoteAmbiguous(
-            index, "joined-lines", "a marker stands behind the text of a block's line",
-            {"begin a line with it, outside of the block", "take it out, and what stands behind it"});
+            index, "joined-lines", _("a marker stands behind the text of a block's line"),
+            {_("begin a line with it, outside of the block"), _("take it out, and what stands behind it")});
     }
 
     void NoteEmpty(std::size_t end) {
         std::vector<std::string> choices;
         if (m_begin > 0) {
-            choices.push_back("put the begin marker before " + LineName(m_begin - 1) +
-                              ", if that line is the system's");
+            choices.push_back(
+                Words("put the begin marker before %s, if that line is the system's", LineName(m_begin - 1)));
         }
         if (end + 1 < m_repair.Size())
-            choices.push_back("put the end marker after " + LineName(end + 1) + ", if that one is");
-        choices.emplace_back("write the block's line between the markers");
-        choices.emplace_back("take both markers out, if it is not wanted any more");
+            choices.push_back(Words("put the end marker after %s, if that one is", LineName(end + 1)));
+        choices.emplace_back(_("write the block's line between the markers"));
+        choices.emplace_back(_("take both markers out, if it is not wanted any more"));
         m_repair.NoteAmbiguous(m_begin, "empty-block",
-                               "a block holds no line, and the system writes one into each: it was lost, or "
-                               "changed places with a marker",
+                               _("a block holds no line, and the system writes one into each: it was lost, "
+                                 "or changed places with a marker"),
                                choices);
     }
 
     void TakeMissingBegin(std::size_t end) {
         if (m_formerLine == kNone) {
-            const std::string choice = end == 0 ? "put a begin marker before it"
-                                                : "put a begin marker before " + LineName(end - 1) +
-                                                      ", the system's blocks having one line each";
-            m_repair.NoteAmbiguous(end, "stray-end", "an end marker ends no block",
-                                   {choice, "take it out, if nothing before it is the system's"});
+            const std::string choice =
+                end == 0 ? _("put a begin marker before it")
+                         : Words("put a begin marker before %s, the system's blocks having one line each",
+                                 LineName(end - 1));
+            m_repair.NoteAmbiguous(end, "stray-end", _("an end marker ends no block"),
+                                   {choice, _("take it out, if nothing before it is the system's")});
         } else if (end - m_formerLine <= 2) {
-            m_repair.Note(end, "stray-end", "an end marker ends no block: its begin marker was lost",
-                          "put one after the kept former line in " + LineName(m_formerLine));
+            m_repair.Note(end, "stray-end", _("an end marker ends no block: its begin marker was lost"),
+                          Words("put one after the kept former line in %s", LineName(m_formerLine)));
             m_repair.InsertAfter(m_formerLine, Marker::BlockBegin);
         } else {
             m_repair.NoteAmbiguous(
-                end, "stray-end", "an end marker ends no block: its begin marker was lost",
-                {"put one after the kept former line in " + LineName(m_formerLine) +
-                     ", if all lines between are the system's",
-                 "put one before " + LineName(end - 1) +
-                     ", if those before it are not; what has become of the kept former line is then open"});
+                end, "stray-end", _("an end marker ends no block: its begin marker was lost"),
+                {Words("put one after the kept former line in %s, if all lines between are the system's",
+                       LineName(m_formerLine)),
+                 Words("put one before %s, if those before it are not; what has become of the kept former "
+                       "line is then open",
+                       LineName(end - 1))});
         }
         m_formerLine = kNone;
     }
@@ -159,18 +164,18 @@ class BlockCheck {
         const std::size_t noted = std::exchange(m_begin, kNone);
         const bool hadEmptyLine = IsBegin(limit) && limit > begin + 1 && m_repair.IsEmpty(limit - 1);
         const std::size_t count = limit - begin - 1 - (hadEmptyLine ? 1 : 0);
-        const std::string what = "a begin marker has no end marker";
+        const std::string what = _("a begin marker has no end marker");
         if (count == 1 || (count == 0 && !hadEmptyLine)) {
-            m_repair.Note(noted, kBeginWithoutEnd, what, "put one after " + LineName(begin + count));
+            m_repair.Note(noted, kBeginWithoutEnd, what, Words("put one after %s", LineName(begin + count)));
             m_repair.InsertAfter(begin + count, Marker::BlockEnd);
             return;
         }
         m_repair.NoteAmbiguous(
             noted, kBeginWithoutEnd, what,
-            {"put one after " + LineName(begin + 1) + ", the system's blocks having one line each",
-             "put one after the last of the system's lines, which is " + LineName(limit - 1) +
-                 " at the latest",
-             "take the begin marker out, if none of them is the system's"});
+            {Words("put one after %s, the system's blocks having one line each", LineName(begin + 1)),
+             Words("put one after the last of the system's lines, which is %s at the latest",
+                   LineName(limit - 1)),
+             _("take the begin marker out, if none of them is the system's")});
     }
 
     void TakeLoneFormerLine() {
@@ -178,10 +183,11 @@ class BlockCheck {
         const std::size_t index = std::exchange(m_formerLine, kNone);
         // The module takes such a line for no part of a block.
         m_repair.Concern(DamagedRegions::None);
-        m_repair.NoteAmbiguous(index, "former-line-without-block",
-                               "a kept former line has no block after it: the block was taken out, or lost",
-                               {"bring the former line back with \"param restore\" or \"line restore\"",
-                                "take it out, if what it holds is not wanted any more"});
+        m_repair.NoteAmbiguous(
+            index, "former-line-without-block",
+            _("a kept former line has no block after it: the block was taken out, or lost"),
+            {_("bring the former line back with \"param restore\" or \"line restore\""),
+             _("take it out, if what it holds is not wanted any more")});
         m_repair.Concern(DamagedRegions::Blocks);
     }
 
@@ -196,14 +202,16 @@ class BlockCheck {
 }  // namespace
 
 void TakeDoubled(RepairText& repair, std::size_t index, const char* kind, const std::string& marker) {
-    const std::string what = "a second " + marker + " marker follows right after the first";
     if (!repair.IsOnlyMarker(index)) {
         repair.NoteAmbiguous(
-            index, kind, what + ", with text in its line",
-            {"take the marker out, and leave the text as a line of its own", "take the whole line out"});
+            index, kind,
+            Words("a second %s marker follows right after the first, with text in its line", marker),
+            {_("take the marker out, and leave the text as a line of its own"),
+             _("take the whole line out")});
         return;
     }
-    repair.Note(index, kind, what, "take it out");
+    repair.Note(index, kind, Words("a second %s marker follows right after the first", marker),
+                _("take it out"));
     repair.Drop(index);
 }
 

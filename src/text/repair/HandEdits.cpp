@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "text/Regions.h"
+#include "text/Words.h"
 #include "text/repair/MarkerDamage.h"
 #include "text/repair/NearMarker.h"
 
@@ -169,8 +170,8 @@ class JoinedLine {
         if (!CanEndLine(before)) return;
         m_repair.Concern(RegionsOf(token.marker));
         m_repair.Note(m_line, "joined-lines",
-                      Quoted(token.marker) + " stands behind other text, where it is no marker",
-                      "begin a line with it");
+                      Words("%s stands behind other text, where it is no marker", Quoted(token.marker)),
+                      _("begin a line with it"));
         Put(before);
         m_rest.remove_prefix(before.size());
         m_taken = token.position;
@@ -211,22 +212,25 @@ void SplitJoinedLines(RepairText& repair) {
 
 void FixNear(RepairText& repair, const Token& token) {
     repair.Concern(RegionsOf(token.marker));
-    const std::string what = "this is nearly " + Quoted(token.marker) + ", but no marker";
+    const std::string marker = Quoted(token.marker);
     if (token.counts) {
-        repair.Note(token.line, "hand-edited-marker", what, "write the marker as it was");
+        repair.Note(token.line, "hand-edited-marker", Words("this is nearly %s, but no marker", marker),
+                    _("write the marker as it was"));
         repair.Replace(token.line, repair.Keep(FindNearMarker(repair.Text(token.line))->line));
         return;
     }
-    repair.NoteAmbiguous(token.line, "hand-edited-marker",
-                         what + ", and no whole region comes from taking it for one",
-                         {"write the marker as it was, with the other markers of its region",
-                          "take the line out, if nothing belongs to it"});
+    repair.NoteAmbiguous(
+        token.line, "hand-edited-marker",
+        Words("this is nearly %s, but no marker, and no whole region comes from taking it for one", marker),
+        {_("write the marker as it was, with the other markers of its region"),
+         _("take the line out, if nothing belongs to it")});
 }
 
-std::string WhatStandsBehind(const std::string& rest) {
-    if (rest == "\r") return "a carriage return stands behind ";
+std::string WhatStandsBehind(const std::string& marker, const std::string& rest) {
+    if (rest == "\r") return Words("a carriage return stands behind %s", marker);
     const bool isBlank = rest.find_first_not_of(kBlanks) == std::string::npos;
-    return isBlank ? "white space stands behind " : "a needless \"" + rest + "\" stands behind ";
+    return isBlank ? Words("white space stands behind %s", marker)
+                   : Words("a needless \"%s\" stands behind %s", rest, marker);
 }
 
 void FixExact(RepairText& repair, const Token& token) {
@@ -236,23 +240,24 @@ void FixExact(RepairText& repair, const Token& token) {
     const bool isBlank = rest.find_first_not_of(kBlanks) == std::string::npos;
     repair.Concern(isBlank ? DamagedRegions::None : RegionsOf(token.marker));
     if (IsOnlySurroundings(rest)) {
-        repair.Note(token.line, "hand-edited-marker", WhatStandsBehind(rest) + Quoted(token.marker),
-                    "take it out");
+        repair.Note(token.line, "hand-edited-marker", WhatStandsBehind(Quoted(token.marker), rest),
+                    _("take it out"));
         repair.Replace(token.line, MarkerText(token.marker));
     } else {
         repair.NoteAmbiguous(token.line, "text-after-marker",
-                             "text stands behind " + Quoted(token.marker) +
-                                 ": it has no effect, and goes when the marker goes",
-                             {"give it a line of its own, outside of the region", "take it out"});
+                             Words("text stands behind %s: it has no effect, and goes when the marker goes",
+                                   Quoted(token.marker)),
+                             {_("give it a line of its own, outside of the region"), _("take it out")});
     }
 }
 
 void LeaveJoined(RepairText& repair, const Token& token) {
     repair.Concern(RegionsOf(token.marker));
-    repair.NoteAmbiguous(token.line, "joined-lines",
-                         Quoted(token.marker) + " stands behind other text and blanks, where it is no marker",
-                         {"begin a line with it, and take the blanks before it out",
-                          "begin a line with it, and keep the blanks in the line before"});
+    repair.NoteAmbiguous(
+        token.line, "joined-lines",
+        Words("%s stands behind other text and blanks, where it is no marker", Quoted(token.marker)),
+        {_("begin a line with it, and take the blanks before it out"),
+         _("begin a line with it, and keep the blanks in the line before")});
     repair.TakeAs(token.line, token.marker);
 }
 

@@ -1,6 +1,7 @@
 #include "text/repair/MarkerDamage.h"
 
 #include "text/Lines.h"
+#include "text/Words.h"
 
 namespace ZET::Text {
 
@@ -32,15 +33,16 @@ void CheckLineEnds(RepairText& repair, std::optional<bool> hadCarriageReturns) {
     if (hadCarriageReturns.value_or(false)) return;
     if (!repair.KeepsCarriageReturns() && !IsAllCarriageReturns(repair)) return;
     if (hadCarriageReturns) {
-        repair.Note(0, kCarriageReturns, "every line ends with a carriage return, and none did before",
-                    "take them out");
+        repair.Note(0, kCarriageReturns, _("every line ends with a carriage return, and none did before"),
+                    _("take them out"));
         DropCarriageReturns(repair);
         return;
     }
-    repair.NoteAmbiguous(0, kCarriageReturns,
-                         "every line ends with a carriage return, those of the system too, which wrote none",
-                         {"take all of them out, if the program that reads the file wants none",
-                          "leave them, if the file had them before the system changed it"});
+    repair.NoteAmbiguous(
+        0, kCarriageReturns,
+        _("every line ends with a carriage return, those of the system too, which wrote none"),
+        {_("take all of them out, if the program that reads the file wants none"),
+         _("leave them, if the file had them before the system changed it")});
     repair.KeepCarriageReturns();
 }
 

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "text/Regions.h"
+#include "text/Words.h"
 #include "text/repair/MarkerDamage.h"
 
 namespace ZET::Text {
@@ -76,24 +77,26 @@ class CommentCheck {
         m_repair.Concern(DamagedRegions::Notices);
         m_repair.NoteAmbiguous(
             foreign, "foreign-line-in-notice",
-            "a line stands in the notice that the system did not write, and would go with it",
-            {"move it, and what else there is yours, below the notice", "take it out, if nobody wants it"});
+            _("a line stands in the notice that the system did not write, and would go with it"),
+            {_("move it, and what else there is yours, below the notice"),
+             _("take it out, if nobody wants it")});
         m_repair.Concern(DamagedRegions::None);
     }
 
     void TakeMissingBegin(std::size_t end) {
-        const std::string what = "an end marker ends no notice and no template comment";
         const std::size_t length =
             m_noticeTexts.LengthBefore(m_repair.Texts(end - std::min(end, m_noticeTexts.MostLines()), end));
         if (length == 0) {
             m_repair.NoteAmbiguous(
-                end, "stray-comment-end", what,
-                {"put the begin marker of the notice or template comment where that begins",
-                 "take it out, if there is none"});
+                end, "stray-comment-end", _("an end marker ends no notice and no template comment"),
+                {_("put the begin marker of the notice or template comment where that begins"),
+                 _("take it out, if there is none")});
             return;
         }
-        m_repair.Note(end, "stray-comment-end", what + ": the notice's begin marker was lost",
-                      "put it before line " + std::to_string(m_repair.Number(end - length)));
+        m_repair.Note(
+            end, "stray-comment-end",
+            _("an end marker ends no notice and no template comment: the notice's begin marker was lost"),
+            Words("put it before line %s", std::to_string(m_repair.Number(end - length))));
         m_repair.InsertBefore(end - length, Marker::Notice);
     }
 
@@ -101,27 +104,26 @@ class CommentCheck {
         const std::size_t begin = std::exchange(m_begin, kNone);
         if (begin == kNone) return;
         if (m_marker == Marker::TemplateComment) {
-            m_repair.NoteAmbiguous(
-                begin, "template-comment-without-end",
-                "a template comment has no end marker, and in a template would take all lines "
-                "after it with it",
-                {"put one after its last line", "take the begin marker out"});
+            m_repair.NoteAmbiguous(begin, "template-comment-without-end",
+                                   _("a template comment has no end marker, and in a template would take all "
+                                     "lines after it with it"),
+                                   {_("put one after its last line"), _("take the begin marker out")});
             return;
         }
         m_repair.Concern(DamagedRegions::Notices);
-        const std::string what = "a notice has no end marker, and takes all lines after it with it";
+        const std::string what = _("a notice has no end marker, and takes all lines after it with it");
         const std::size_t length = m_noticeTexts.LengthFrom(
             m_repair.Texts(m_lastBegin + 1, m_lastBegin + 1 + m_noticeTexts.MostLines()));
         if (length == 0) {
             m_repair.NoteAmbiguous(begin, "notice-without-end", what,
-                                   {"put one after the last line of the notice",
-                                    "take the whole notice out; the next change writes a new one"});
+                                   {_("put one after the last line of the notice"),
+                                    _("take the whole notice out; the next change writes a new one")});
             m_repair.Concern(DamagedRegions::None);
             return;
         }
         const std::size_t last = m_lastBegin + length;
         m_repair.Note(begin, "notice-without-end", what,
-                      "put one after line " + std::to_string(m_repair.Number(last)));
+                      Words("put one after line %s", std::to_string(m_repair.Number(last))));
         m_repair.InsertAfter(last, Marker::CommentEnd);
         m_repair.Concern(DamagedRegions::None);
     }
@@ -167,8 +169,9 @@ void CheckPlace(RepairText& repair, const Notice& notice) {
     if (repair.Text(top).find(MarkerText(Marker::Notice)) != std::string_view::npos) return;
     repair.NoteAmbiguous(
         notice.first, "misplaced-notice",
-        "lines stand above the notice, so that the next change writes a second one above them",
-        {"move those lines below it", "leave it, if the first line of this file has to be another one"});
+        _("lines stand above the notice, so that the next change writes a second one above them"),
+        {_("move those lines below it"),
+         _("leave it, if the first line of this file has to be another one")});
 }
 
 /// Whether the second of two notices with the same text says nothing but what the system writes.
@@ -183,19 +186,23 @@ void CheckDoubledNotices(RepairText& repair, const NoticeTexts& noticeTexts) {
     if (notices.empty()) return;
     CheckPlace(repair, notices.front());
     for (auto notice = notices.begin() + 1; notice != notices.end(); ++notice) {
-        const std::string what =
-            "a second notice; the first is in line " + std::to_string(repair.Number(notices.front().first));
+        const std::string first = std::to_string(repair.Number(notices.front().first));
         if (!HaveSameText(repair, notices.front(), *notice)) {
-            repair.NoteAmbiguous(notice->first, "doubled-notice", what + " and says something else",
-                                 {"take this one out", "take the first one out"});
+            repair.NoteAmbiguous(
+                notice->first, "doubled-notice",
+                Words("a second notice; the first is in line %s and says something else", first),
+                {_("take this one out"), _("take the first one out")});
             continue;
         }
         if (!IsOnlyTheSystems(repair, noticeTexts, *notice)) {
-            repair.NoteAmbiguous(notice->first, "doubled-notice", what + ", and both hold other text",
-                                 {"take this one out but for what is yours in it", "take it out as it is"});
+            repair.NoteAmbiguous(
+                notice->first, "doubled-notice",
+                Words("a second notice; the first is in line %s, and both hold other text", first),
+                {_("take this one out but for what is yours in it"), _("take it out as it is")});
             continue;
         }
-        repair.Note(notice->first, "doubled-notice", what, "take it out");
+        repair.Note(notice->first, "doubled-notice", Words("a second notice; the first is in line %s", first),
+                    _("take it out"));
         for (std::size_t i = notice->first; i <= notice->last; ++i)
             repair.Drop(i);
     }

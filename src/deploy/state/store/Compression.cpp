@@ -6,6 +6,7 @@
 #include <new>
 #include <stdexcept>
 
+#include "deploy/host/Words.h"
 #include "deploy/state/store/Library.h"
 #include "deploy/state/store/PlainFrame.h"
 
@@ -77,7 +78,7 @@ class Context {
     [[noreturn]] static void Fail(std::size_t result) {
         if (std::string_view(TheZstd().errorName(result)).find("memory") != std::string_view::npos)
             throw std::bad_alloc();
-        throw std::logic_error(std::string("a text could not be compressed: ") + TheZstd().errorName(result));
+        throw std::logic_error(Words("a text could not be compressed: %s", TheZstd().errorName(result)));
     }
 
     std::unique_ptr<ZSTD_CCtx, decltype(ZSTD_freeCCtx)*> m_context;

@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "deploy/host/Words.h"
 #include "deploy/state/store/Compression.h"
 #include "deploy/state/store/Digest.h"
 #include "deploy/state/store/Rows.h"
@@ -13,16 +14,16 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr const char* kFrameOfText = "SELECT size, frame FROM texts WHERE id = ?";
-constexpr const char* kIsMissing = "a text is missing";
-constexpr const char* kIsDamaged = "a text is not as it was written";
+constexpr const char* kIsMissing = ZET_TEXT("a text is missing");
+constexpr const char* kIsDamaged = ZET_TEXT("a text is not as it was written");
 
 bool IsTextAt(Database& database, std::int64_t id, const std::string& text) {
     Database::Rows rows(database, kFrameOfText, {id});
-    if (!rows.Next()) throw DamagedRow(kIsMissing);
+    if (!rows.Next()) throw DamagedRow(_(kIsMissing));
     const auto isSame = rows.Number(0) == static_cast<std::int64_t>(text.size())
                             ? IsFrameOf(rows.Bytes(1), text)
                             : std::nullopt;
-    if (!isSame) throw DamagedRow(kIsDamaged);
+    if (!isSame) throw DamagedRow(_(kIsDamaged));
     return *isSame;
 }
 
@@ -75,10 +76,10 @@ RecordedState AfterWithTexts(Database& database, const StoreLimits& limits, cons
 
 std::string TextAt(Database& database, TextNumber number) {
     Database::Rows rows(database, kFrameOfText, {number.value});
-    if (!rows.Next()) throw DamagedRow(kIsMissing);
+    if (!rows.Next()) throw DamagedRow(_(kIsMissing));
     const std::int64_t size = rows.Number(0);
     auto text = size < 0 ? std::nullopt : Expanded(rows.Bytes(1), static_cast<std::size_t>(size));
-    if (!text) throw DamagedRow(kIsDamaged);
+    if (!text) throw DamagedRow(_(kIsDamaged));
     return std::move(*text);
 }
 

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "posix/Descriptor.h"
 
 namespace ZET::Deploy {
@@ -49,7 +50,7 @@ void KeepLastNumber(const std::string& file, std::int64_t number) {
 void ForgetLastNumber(const std::string& file) {
     const std::string name = file + kLastNumberSuffix;
     if (unlink(name.c_str()) == 0 || errno == ENOENT) return;
-    throw SystemFailure({.file = name, .text = "cannot be removed"}, errno);
+    throw SystemFailure({.file = name, .text = _("cannot be removed")}, errno);
 }
 
 }  // namespace ZET::Deploy

@@ -3,25 +3,26 @@
 #include <dlfcn.h>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Words.h"
 
 namespace ZET::Deploy {
 
 Library::Library(const char* file, const char* package)
     : m_file(file), m_package(package), m_handle(dlopen(file, RTLD_NOW | RTLD_LOCAL)) {
-    if (m_handle == nullptr) Fail("cannot be loaded");
+    if (m_handle == nullptr) Fail(_("cannot be loaded"));
 }
 
 void* Library::Symbol(const char* name) const {
     void* const symbol = dlsym(m_handle, name);
-    if (symbol == nullptr) Fail("cannot be used");
+    if (symbol == nullptr) Fail(_("cannot be used"));
     return symbol;
 }
 
 void Library::Fail(const std::string& what) const {
     const char* const error = dlerror();
     throw Failure({.file = m_file,
-                   .text = what + ": " + (error != nullptr ? error : "unknown reason"),
-                   .remedy = std::string("install the package ") + m_package + ", or set ZET_HISTORY=no"});
+                   .text = what + ": " + (error != nullptr ? error : _("unknown reason")),
+                   .remedy = Words("install the package %s, or set ZET_HISTORY=no", m_package)});
 }
 
 }  // namespace ZET::Deploy

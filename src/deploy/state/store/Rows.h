@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "deploy/host/Words.h"
 #include "deploy/state/store/Database.h"
 #include "deploy/state/store/Records.h"
 
@@ -15,7 +16,7 @@ namespace ZET::Deploy {
 
 class DamagedRow : public std::runtime_error {
   public:
-    explicit DamagedRow(const char* what = "a row is not as it was written") : std::runtime_error(what) {}
+    explicit DamagedRow(const char* what = _("a row is not as it was written")) : std::runtime_error(what) {}
 };
 
 /// The first column of each row that the statement finds.

@@ -1,6 +1,7 @@
 #include "deploy/state/store/Schema.h"
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Words.h"
 
 namespace ZET::Deploy {
 
@@ -61,12 +62,12 @@ std::int64_t VersionOfStore(Database& database, const std::string& file) {
         return 0;
     if (application != kApplication)
         throw Damage({.file = file,
-                      .text = "is a database, but not the history",
-                      .remedy = "move it away, or set ZET_HISTORY=no to edit without the history"});
+                      .text = _("is a database, but not the history"),
+                      .remedy = _("move it away, or set ZET_HISTORY=no to edit without the history")});
     if (version > kSchemaVersion) {
         throw Failure({.file = file,
-                       .text = "was written by a newer version of the product",
-                       .remedy = "use that one, or set ZET_HISTORY=no"});
+                       .text = _("was written by a newer version of the product"),
+                       .remedy = _("use that one, or set ZET_HISTORY=no")});
     }
     return version;
 }

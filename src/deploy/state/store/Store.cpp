@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/store/Deletion.h"
 #include "deploy/state/store/KeptTexts.h"
 #include "deploy/state/store/LastNumber.h"
@@ -45,13 +46,12 @@ auto Store::Guarded(Call call) {
         return call();
     } catch (const DatabaseError& error) {
         if (error.IsDamage()) FailOfDamage(m_file, error.what());
-        const char* const remedy = error.IsFull()       ? "make room, or set ZET_HISTORY=no"
-                                   : error.IsReadOnly() ? "let it be written, or set ZET_HISTORY=no"
-                                                        : "see to its file system, or set ZET_HISTORY=no";
-        throw Failure({.file = m_file,
-                       .text = std::string("the history cannot be used: ") + error.what(),
-                       .remedy = remedy},
-                      error.ErrorNumber());
+        const char* const remedy = error.IsFull()       ? _("make room, or set ZET_HISTORY=no")
+                                   : error.IsReadOnly() ? _("let it be written, or set ZET_HISTORY=no")
+                                                        : _("see to its file system, or set ZET_HISTORY=no");
+        throw Failure(
+            {.file = m_file, .text = Words("the history cannot be used: %s", error.what()), .remedy = remedy},
+            error.ErrorNumber());
     } catch (const DamagedRow& damage) {
         FailOfDamage(m_file, damage.what());
     }
@@ -73,7 +73,7 @@ Store::~Store() = default;
 void Store::LookForLoss(std::int64_t last) {
     const std::int64_t number = LastGiven(*m_database);
     if (number >= last) return;
-    if (number == 0) throw DamagedRow("all of its entries are gone");
+    if (number == 0) throw DamagedRow(_("all of its entries are gone"));
     m_lost = {number + 1, last};
 }
 
@@ -313,9 +313,9 @@ Erasure Store::Erase(const std::vector<std::string>& paths) {
         m_database->Run("VACUUM");
         if (m_database->Run("PRAGMA wal_checkpoint(TRUNCATE)") != Value(std::int64_t{0})) {
             throw Failure({.file = m_file,
-                           .text = "the texts are erased, but its journal may still hold them, since "
-                                   "somebody reads the history",
-                           .remedy = "run the command again"});
+                           .text = _("the texts are erased, but its journal may still hold them, since "
+                                     "somebody reads the history"),
+                           .remedy = _("run the command again")});
         }
         return erased;
     });

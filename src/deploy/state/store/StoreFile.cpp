@@ -10,6 +10,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/store/LastNumber.h"
 #include "deploy/state/store/Schema.h"
 #include "deploy/state/store/StoreDamage.h"
@@ -29,20 +30,21 @@ off_t SizeOfOwn(const std::string& name) {
     struct stat status = {};
     if (lstat(name.c_str(), &status) != 0) {
         if (errno == ENOENT || errno == ENOTDIR) return -1;
-        throw SystemFailure({.file = name, .text = "cannot be looked at"}, errno);
+        throw SystemFailure({.file = name, .text = _("cannot be looked at")}, errno);
     }
     if (S_ISREG(status.st_mode) && status.st_nlink == 1 && IsRightOwner(status.st_uid, name))
         return status.st_size;
     throw Damage({.file = name,
-                  .text = "is no regular file of one name that belongs to this user",
-                  .remedy = "move it away, or set ZET_HISTORY=no to edit without the history"});
+                  .text = _("is no regular file of one name that belongs to this user"),
+                  .remedy = _("move it away, or set ZET_HISTORY=no to edit without the history")});
 }
 
 /// Before the library makes it, with rights for everybody: its other files get the rights of this one.
 void MakeFile(const std::string& file) {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
     const Descriptor made(open(file.c_str(), kFlags, S_IRUSR | S_IWUSR));
-    if (made < 0 && errno != EEXIST) throw SystemFailure({.file = file, .text = "cannot be created"}, errno);
+    if (made < 0 && errno != EEXIST)
+        throw SystemFailure({.file = file, .text = _("cannot be created")}, errno);
 }
 
 /// Whether a run was killed, or is at work, between the first byte of the tables and the last: its journal
@@ -60,7 +62,7 @@ bool IsBeingMade(const std::string& file) {
 
 /// The tables come with the first byte.
 void RequireEmpty(const std::string& file) {
-    if (SizeOfOwn(file) > 0) FailOfDamage(file, "its tables are gone");
+    if (SizeOfOwn(file) > 0) FailOfDamage(file, _("its tables are gone"));
 }
 
 std::unique_ptr<Database> OpenedToLook(const std::string& file, Database::Access access) {
@@ -88,9 +90,10 @@ FoundStore FindStore(const std::string& file) {
     }
     // The library would empty it without a word.
     if (size <= 0 && journal > 0)
-        FailOfDamage(size < 0 ? file + "-wal" : file, "its journal is there, and what belongs to it is gone");
+        FailOfDamage(size < 0 ? file + "-wal" : file,
+                     _("its journal is there, and what belongs to it is gone"));
     if (size < 0) return FoundStore::Nothing;
-    if (size == 0 && LastNumberBeside(file) > 0) FailOfDamage(file, "all of its entries are gone");
+    if (size == 0 && LastNumberBeside(file) > 0) FailOfDamage(file, _("all of its entries are gone"));
     return size == 0 || IsBeingMade(file) ? FoundStore::Blank : FoundStore::Whole;
 }
 
@@ -115,7 +118,7 @@ std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, bool isSync
 
 std::unique_ptr<Database> OpenStoreToLook(const std::string& file) {
     if (FindStore(file) != FoundStore::Whole)
-        throw Failure({.file = file, .text = "is not there", .remedy = "nothing was recorded yet"});
+        throw Failure({.file = file, .text = _("is not there"), .remedy = _("nothing was recorded yet")});
     try {
         return OpenedToLook(file, Database::Access::Look);
     } catch (const DatabaseError& error) {

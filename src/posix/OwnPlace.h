@@ -1,0 +1,28 @@
+#ifndef ZET_POSIX_OWN_PLACE_H
+#define ZET_POSIX_OWN_PLACE_H
+
+#include <dlfcn.h>
+
+#include <string>
+#include <string_view>
+
+#include "posix/PathNames.h"
+
+namespace ZET {
+
+/// The file that the code at `own` was loaded from: a library's path, or a program's name as it was started.
+/// Empty where that cannot be told.
+inline std::string LoadedFrom(const void* own) {
+    Dl_info place = {};
+    return dladdr(own, &place) == 0 || place.dli_fname == nullptr ? "" : place.dli_fname;
+}
+
+/// Where the library of that name is, if the code at `own` was loaded as a part of it; otherwise empty.
+inline std::string LibraryDirectory(const void* own, std::string_view name) {
+    const std::string place = LoadedFrom(own);
+    return place.starts_with('/') && BaseNameOf(place).starts_with(name) ? DirectoryOf(place) : "";
+}
+
+}  // namespace ZET
+
+#endif
