@@ -76,11 +76,12 @@ line = "b = 3"'
     run_zet --json status
     assert_json '[e["state"] for e in d["listed_edits"]]' '["in sync", "edited"]'
     run_zet commit-config --on-edit=refuse
-    assert_refusal 1 "$HOST/out/plain: a line that the last commit set was changed since (--on-edit=overwrite sets it again)
+    assert_refusal 1 "$HOST/out/plain: a line that the last commit set was changed since (--on-edit=overwrite sets it again, and the history keeps the edit)
 zet-client: nothing was changed"
     run_zet commit-config
     assert_status 0
-    assert_stderr "zet-client: warning: $HOST/out/plain: a line that the last commit set was changed since; it is set again"
+    assert_stderr "zet-client: warning: $HOST/out/plain: a line that the last commit set was changed since; it is set again
+zet-client: \"history show 2 $HOST/out/plain\" shows what it held"
     assert_equal "$(<out/plain)" "$committed"
     zet undo
     grep -Fx 'b = 4' out/plain

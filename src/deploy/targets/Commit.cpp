@@ -60,6 +60,9 @@ class Execution {
         for (const PlannedEdits& planned : edits.Files()) {
             m_product.RequireGoOn();
             WarnOfOthersWork(m_product, planned);
+            if (planned.isEdited && m_record.Number())
+                TellWhereKept(m_product, *m_record.Number(),
+                              m_product.HostPaths().NameInside(planned.file.path), planned.file.version);
             // The diff has to be made before its one side is gone.
             FileOutcome outcome = edits.OutcomeOf(planned);
             if (planned.IsChange()) edits.Write(planned);

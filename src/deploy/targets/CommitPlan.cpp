@@ -185,7 +185,9 @@ void CommitPlan::JudgeListedEdits(OnEdit onEdit) {
         const std::string text = _("a line that the last commit set was changed since");
         if (onEdit == OnEdit::Refuse)
             problems.push_back(
-                {.file = edits.file.path, .text = text, .remedy = _("--on-edit=overwrite sets it again")});
+                {.file = edits.file.path,
+                 .text = text,
+                 .remedy = _("--on-edit=overwrite sets it again, and the history keeps the edit")});
         else if (!CanBeKept(edits.file.before, edits.file.version))
             problems.push_back({.file = edits.file.path,
                                 .text = Words("%s, and the history cannot keep the edit", text),

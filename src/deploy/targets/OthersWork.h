@@ -1,6 +1,10 @@
 #ifndef ZET_OTHERS_WORK_H
 #define ZET_OTHERS_WORK_H
 
+#include <cstdint>
+#include <string>
+
+#include "deploy/host/FileState.h"
 #include "deploy/state/Host.h"
 #include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/PlannedTarget.h"
@@ -11,6 +15,9 @@ namespace ZET::Deploy {
 /// become, of that.
 void WarnOfOthersWork(Host& host, const PlannedTarget& planned);
 void WarnOfOthersWork(Host& host, const PlannedEdits& planned);
+
+/// Tells where the text that it replaces is kept: in the entry that the commit makes.
+void TellWhereKept(Host& host, std::int64_t entry, const std::string& path, const FileVersion& version);
 
 }  // namespace ZET::Deploy
 

@@ -74,7 +74,8 @@ class TargetWriting {
 
     void Write(const PlannedTarget& planned, TargetRendering* rendering) {
         WarnOfOthersWork(m_product, planned);
-        TellWhereKept(planned);
+        if (planned.IsOthersWork() && planned.before.exists && m_record.Number())
+            TellWhereKept(m_product, *m_record.Number(), planned.target.path, planned.version);
         // The diff has to be made before its one side is gone.
         FileOutcome outcome = OutcomeOf(m_product, planned);
         if (rendering != nullptr) {
@@ -91,17 +92,6 @@ class TargetWriting {
         }
         if (planned.change == FileOutcome::Result::Changed) outcome.reserve = ReserveOf(planned.path);
         m_product.Out().Done(outcome);
-    }
-
-    void TellWhereKept(const PlannedTarget& planned) const {
-        if (!planned.IsOthersWork() || !planned.before.exists || !m_record.Number()) return;
-        if (!m_product.HostHistory().KeepsTexts()) return;
-        const auto size = static_cast<std::uint64_t>(planned.version.size);
-        if (size > m_product.HostHistory().Limits().largestText)
-            return m_product.Out().Remark(
-                Words("what %s held is larger than ZET_HISTORY_MAX_FILE, and not kept", planned.target.path));
-        m_product.Out().Remark(Words("\"history show %s %s\" shows what it held",
-                                     std::to_string(*m_record.Number()), planned.target.path));
     }
 
     Deployment& m_product;
