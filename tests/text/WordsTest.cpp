@@ -48,7 +48,7 @@ TEST_F(WordsForAGerman, AreGerman) {
     EXPECT_TRUE(IsTranslated());
     EXPECT_STREQ(_("does not exist"), "existiert nicht");
     EXPECT_EQ(Words("edit %s by hand, and commit", "/a"),
-              "bearbeiten Sie /a von Hand, und schreiben Sie neu");
+              "bearbeiten Sie /a von Hand, und schreiben Sie neu fest");
 }
 
 TEST_F(WordsForAGerman, AreTheSourcesWhereTheCatalogueHasNone) {
