@@ -101,8 +101,7 @@ class Adopting {
             for (std::string_view rest = text; !rest.empty();)
                 take(Text::TakeLine(rest).text);
         };
-        std::vector<Problem> problems =
-            Text::CheckTemplate(m_workingCopy, lines, m_product.TemplateValues());
+        std::vector<Problem> problems = Text::CheckTemplate(m_workingCopy, lines, m_product.TemplateValues());
         if (problems.empty()) return;
         Problem& first = problems.front();
         Secrets& secrets = m_product.HostSecrets();
