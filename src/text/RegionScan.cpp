@@ -1,6 +1,5 @@
 #include "text/RegionScan.h"
 
-#include <algorithm>
 #include <array>
 #include <utility>
 

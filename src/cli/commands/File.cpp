@@ -1,5 +1,4 @@
 #include "cli/ExitStatus.h"
-#include "cli/Fields.h"
 #include "cli/FileReport.h"
 #include "cli/commands/EditArguments.h"
 #include "cli/commands/Registrations.h"

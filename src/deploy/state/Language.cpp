@@ -1,7 +1,6 @@
 #include "deploy/state/Language.h"
 
 #include <algorithm>
-#include <clocale>
 #include <cstdlib>
 #include <iterator>
 #include <map>

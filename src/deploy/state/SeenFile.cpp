@@ -2,8 +2,6 @@
 
 #include <sys/types.h>
 
-#include <cstddef>
-#include <cstdint>
 
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/store/Digest.h"

@@ -203,9 +203,8 @@ static std::string Stage(Deployment& product, Role role, const Staging& staging,
     const ParamOverride noSync(product.Core(), "ZET_SYNC", "no");
     const std::optional<mode_t> mode = ModeIfThere(workingCopy);
     if (mode || IsFileExist(workingCopy)) {
-        const auto watch = judge != nullptr && mode
-                               ? judge->Watch(ModeToGive(product, templateName).value_or(*mode))
-                               : nullptr;
+        std::unique_ptr<GuardedRenames> watch;
+        if (judge != nullptr && mode) watch = judge->Watch(ModeToGive(product, templateName).value_or(*mode));
         ProcessOnce(product, role, templateName, {staged, staged}, values);
         if (judge != nullptr && judge->IsLeft()) return "";
         GiveMode(product, templateName, workingCopy, staged);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -13,7 +12,6 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/Words.h"
-#include "deploy/state/History.h"
 #include "deploy/targets/NewOwner.h"
 #include "deploy/targets/OthersWork.h"
 #include "deploy/targets/PlannedTarget.h"

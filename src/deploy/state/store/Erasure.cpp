@@ -4,7 +4,6 @@
 #include <set>
 
 #include "deploy/state/store/Rows.h"
-#include "zet/deploy/Failure.h"
 
 namespace ZET::Deploy {
 
