@@ -84,7 +84,8 @@ def _ratio_rows(results):
         for row in work["tools"]:
             goal = next((judged for judged in row["goals"] if " of " in judged["goal"]), None)
             if row["kind"] == "command" and goal:
-                name = f"{work['work']}, to {goal['goal'].split(' of ')[1]}"
+                way = row["tool"].removeprefix("zet-client")
+                name = f"{work['work']}{way}, to {goal['goal'].split(' of ')[1]}"
                 yield name, goal["reached"], f"{goal['reached']:.2f}, goal {goal['limit']:g}", goal["limit"]
 
 
