@@ -85,7 +85,7 @@ class ByteBlock {
         return block;
     }
 
-    Part m_parts[kParts];
+    Part m_parts[kParts] = {};
 };
 
 /// The first place that `where` tells of the blocks of a text, or `npos`; of zero bytes it tells none.

@@ -2,7 +2,6 @@
 
 #include <sys/types.h>
 
-
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/store/Digest.h"
 
