@@ -318,3 +318,18 @@ $HOST/out/plain: stays for the role server, which has committed it"
     run_zet status
     assert_status 0
 }
+
+@test "a reserve that a killed run kept of a file that it did not come to goes" {
+    cp -p out/plain out/plain.before_zet
+    run_zet rollback-config
+    assert_status 0
+    all_as_before
+}
+
+@test "a file that is not as such a reserve, and holds no block, is somebody else's" {
+    printf 'a=other\n' >out/plain.before_zet
+    run_zet rollback-config
+    assert_status 0
+    assert_file out/plain $'a=1\nb=2\n'
+    assert_file out/plain.before_zet $'a=other\n'
+}

@@ -70,6 +70,11 @@ std::string WithoutOwnBlocks(const LinesOfRoles& lines, const std::string& text)
     });
 }
 
+/// Whether the file with this text is what its reserve is.
+bool IsAsReserve(const WrittenFile& file, const std::string& text) {
+    return StateOf(file.path).mode == StateOf(file.Reserve()).mode && ReadFileBytes(file.Reserve()) == text;
+}
+
 /// Whether nothing but the product's work is lost when the reserve comes back. Where nobody can tell who
 /// wrote the file in between, the rest of it has to be the reserve.
 bool IsProductsAlone(Deployment& product, const KnownFile* known, const WrittenFile& file,
@@ -77,7 +82,7 @@ bool IsProductsAlone(Deployment& product, const KnownFile* known, const WrittenF
     const Writers writers =
         known == nullptr ? Writers::NotKept : WritersSince(file.Reserve(), *known, product);
     if (writers != Writers::NotKept) return writers == Writers::ProductAlone;
-    return StateOf(file.path).mode == StateOf(file.Reserve()).mode && ReadFileBytes(file.Reserve()) == rest;
+    return IsAsReserve(file, rest);
 }
 
 }  // namespace
@@ -104,6 +109,8 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const Wr
     if (mayGoBack && isForced) return {Way::Reserve};
     RequireSound(file.path, text);
     edit.text = WithoutOwnBlocks(lines, text);
+    // A killed run may have kept the original, and no more.
+    if (mayGoBack && IsAsReserve(file, text)) return {Way::Reserve};
     if (mayGoBack && (isAsLeft || record == nullptr) && IsProductsAlone(product, record, file, edit.text))
         return {Way::Reserve};
     if (edit.text != text) {

@@ -117,12 +117,13 @@ static std::map<std::string, std::set<Role>> RolesOfListedFiles(Deployment& prod
     return roles;
 }
 
-/// Beside a reserve, the blocks of a file are the product's, whatever became of the history. What cannot be
-/// read is told by who decides of it.
-static bool HoldsEdits(const WrittenFile& file) {
+/// Beside a reserve, the blocks of a file are the product's, whatever became of the history; and a killed run
+/// may have kept the original and no more. What cannot be read is told by who decides of it.
+static bool MayBeEdited(const WrittenFile& file) {
     if (!IsFileExist(file.Reserve()) || !StateOf(file.path).IsRegular()) return false;
     try {
-        return !BlockLinesOf(ReadFileBytes(file.path)).empty();
+        const std::string text = ReadFileBytes(file.path);
+        return !BlockLinesOf(text).empty() || text == ReadFileBytes(file.Reserve());
     } catch (const Interrupted&) {
         throw;
     } catch (const Failure&) {
@@ -140,7 +141,7 @@ std::vector<WrittenFile> FindEditedFiles(Deployment& product, const KnownFiles& 
     std::vector<WrittenFile> files;
     for (const std::string& path : paths) {
         std::optional<WrittenFile> file = WrittenByRecord(product, path);
-        if (!file || (known.Find(path) == nullptr && !HoldsEdits(*file))) continue;
+        if (!file || (known.Find(path) == nullptr && !MayBeEdited(*file))) continue;
         file->isEdit = true;
         file->isOfBoth = listed[path].contains(OtherRole(product.Role()));
         files.push_back(std::move(*file));
