@@ -46,7 +46,7 @@ class Renaming {
         if (isNewText && !TakeOverFrom(m_to)) TakeOverFrom(m_to + ZETReserveSuffix);
         if (S_ISREG(m_file.status.st_mode)) SyncAttributedFile(m_file);
         RequireSameFile();
-        static_cast<void>(AskGuard(true));
+        static_cast<void>(AskGuard(true));  // all is done but the rename: it is too late to leave it
         if (std::rename(m_file.path.c_str(), m_to.c_str()) != 0) Refuse();
         target.Sync();
         if (source) source->Sync();
