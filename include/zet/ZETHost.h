@@ -114,7 +114,7 @@ enum class ZETParameterKind {
 struct ZETParameter {
     std::string name;
     ZETParameterKind kind = ZETParameterKind::OneOf;
-    std::string kindName;            ///< for people: "number", or "one of nfs4, nfs"
+    std::string kindName;            ///< in English, as the manual has it: "number", or "one of nfs4, nfs"
     std::vector<std::string> words;  ///< those to choose from; empty where the kind is not about words
     std::string value;               ///< by default; empty where it is made of another parameter
     std::string source;              ///< the parameter that the default is made of; empty: none

@@ -13,6 +13,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/Grammar.h"
 #include "cli/Mistake.h"
+#include "cli/OwnWords.h"
 #include "cli/Report.h"
 #include "cli/Session.h"
 #include "cli/commands/Registrations.h"
@@ -43,7 +44,23 @@ class Continuations {
         }
     }
 
-    const Names& Options() const { return m_options; }
+    Names Options() const {
+        Names names;
+        for (const CLI::Option* option : m_options) {
+            for (const std::string& name : option->get_lnames())
+                names.push_back("--" + name);
+        }
+        return names;
+    }
+
+    /// What the library says in `sentence` of one of the options and words, or else that.
+    std::string InOwnWords(const std::string& sentence) const {
+        for (const CLI::Option* option : m_options) {
+            std::string words = OwnWords(*option, sentence);
+            if (!words.empty()) return words;
+        }
+        return sentence;
+    }
 
     Names Commands() const {
         Names names;
@@ -58,14 +75,12 @@ class Continuations {
 
   private:
     void AddOptions() {
-        for (const CLI::Option* option : m_last->get_options()) {
-            for (const std::string& name : option->get_lnames())
-                m_options.push_back("--" + name);
-        }
+        for (const CLI::Option* option : m_last->get_options())
+            m_options.push_back(option);
     }
 
     const CLI::App* m_last;
-    Names m_options;
+    std::vector<const CLI::Option*> m_options;
 };
 
 /// Whether the words end before a command that has to come.
@@ -81,11 +96,13 @@ Mistake MistakeIn(const CLI::App& app, const CLI::ParseError& error, std::string
     const Continuations known(app);
     Mistake mistake;
     mistake.program = app.get_name();
-    mistake.message = error.what();
+    mistake.unknown = app.remaining(true);
+    const bool isUnexpected = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
+    mistake.message = isUnexpected && !mistake.unknown.empty() ? Unexpected(mistake.unknown)
+                                                               : known.InOwnWords(error.what());
     mistake.isWordMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
     mistake.isCommandMissing = mistake.isWordMissing && LacksCommand(app);
     mistake.lastWord = last;
-    mistake.unknown = app.remaining(true);
     mistake.commands = known.Commands();
     mistake.options = known.Options();
     return mistake;
@@ -155,10 +172,7 @@ void Arguments::AddFlag(const char* name, const char* help, bool& flag) {
 void Arguments::AddChoice(const char* name, const std::vector<std::string>& words, const char* help,
                           std::string& word) {
     if (m_command == nullptr) return;
-    std::string type;
-    for (const std::string& each : words)
-        type += (type.empty() ? "" : "|") + each;
-    m_command->add_option(name, word, _(help))->check(CLI::IsMember(words))->type_name(type);
+    m_command->add_option(name, word, _(help))->check(OneOfWords(words))->type_name(ListOf(words, "|"));
 }
 
 void Arguments::AddList(const char* name, const char* type, const char* help,
@@ -209,7 +223,8 @@ CLI::App& CommandFamily::AddAlone(const std::function<int(Session&)>& run) {
         if (app.get_subcommands().empty()) return self.Choose(app.get_name(), run);
         // The library gives the family what a command of it has no place for.
         for (const CLI::Option* option : app.get_options())
-            if (option->count() != 0) throw CLI::ExtrasError({option->results().front()});
+            if (option->count() != 0)
+                throw CLI::ExtrasError(Unexpected({option->results().front()}), CLI::ExitCodes::ExtrasError);
     });
     return m_app;
 }

@@ -11,6 +11,7 @@
 
 #include "cli/CommandLine.h"
 #include "cli/Names.h"  // IWYU pragma: keep, no name of it is ever written
+#include "cli/OwnWords.h"
 #include "cli/Translation.h"
 #include "cli/WordFilter.h"
 #include "cli/commands/Registrations.h"
@@ -37,6 +38,7 @@ class HelpFormatter : public CLI::Formatter {
         label("SUBCOMMAND", _("SUBCOMMAND"));
         label("REQUIRED", _("REQUIRED"));
         label("Positionals", _("Positionals"));
+        label("Excludes", _("Excludes"));
     }
 
     std::string make_group(std::string group, bool isPositional,
@@ -161,7 +163,7 @@ class Grammar {
 
     void AddChoice(const char* name, std::string& choice, const std::vector<std::string>& words,
                    const char* help) {
-        if (IsWanted(name)) m_app.add_option(name, choice, help)->check(CLI::IsMember(words));
+        if (IsWanted(name)) m_app.add_option(name, choice, help)->check(OneOfWords(words));
     }
 
     /// Where it is built in, the help does not name the option, and whoever gives it is told why.

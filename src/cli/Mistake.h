@@ -9,7 +9,7 @@ namespace ZET::Cli {
 /// What is wrong with a command line, as the library that reads it tells.
 struct Mistake {
     std::string program;
-    std::string message;            ///< the library's own
+    std::string message;
     bool isWordMissing = false;     ///< one that has to be there
     bool isCommandMissing = false;  ///< and that word is a command
     std::string lastWord;

@@ -15,18 +15,24 @@ namespace ZET::Core {
 
 namespace {
 
+constexpr char kDomain[] = "libzet-core";
+
 std::string FormatList(const char* text, std::va_list arguments) __attribute__((format(printf, 1, 0)));
 
 std::string FormatList(const char* text, std::va_list arguments) {
     const int callersError = errno;
     char* formatted = nullptr;
-    if (vasprintf(&formatted, dgettext("libzet-core", text), arguments) < 0) formatted = nullptr;
+    if (vasprintf(&formatted, dgettext(kDomain, text), arguments) < 0) formatted = nullptr;
     const std::unique_ptr<char, decltype(&std::free)> owner(formatted, &std::free);
     errno = callersError;
     return formatted != nullptr ? formatted : "";
 }
 
 }  // namespace
+
+const char* Translated(const char* text) {
+    return dgettext(kDomain, text);
+}
 
 std::string Message(const char* text, ...) {
     std::va_list arguments;

@@ -9,6 +9,12 @@
 /// by the conventions of printf ("%m" is the text of the caller's `errno`, which stays) and hands it on.
 namespace ZET::Core {
 
+/// Marks a constant that is translated where it is used.
+#define CORE_TEXT(text) text
+
+/// A text that is no format, and is not empty.
+const char* Translated(const char* text);
+
 std::string Message(const char* text, ...) __attribute__((format(printf, 1, 2)));
 
 /// Throws an `EZETError`.

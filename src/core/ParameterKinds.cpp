@@ -8,6 +8,7 @@
 #include <limits>
 #include <vector>
 
+#include "Message.h"
 #include "ParameterTable.h"
 #include "RegEx.h"
 #include "posix/Printable.h"
@@ -246,26 +247,28 @@ bool Judge(const ZETParameter& /*parameter*/, const std::string& value) {
 }
 
 constexpr Kind kKinds[] = {
-    {ZETParameterKind::DomainName, "domain name", "a domain name", "write it like example.org",
-     Judge<IsDomainName>},
-    {ZETParameterKind::HostName, "host name", "a host name",
-     "write it like server.example.org, or an IPv4 address", Judge<IsHostName>},
-    {ZETParameterKind::Realm, "Kerberos realm", "a Kerberos realm", "write it like EXAMPLE.ORG",
-     Judge<IsRealm>},
-    {ZETParameterKind::LdapName, "LDAP name", "an LDAP name", "write it like dc=example,dc=org",
-     Judge<IsLdapName>},
-    {ZETParameterKind::Number, "number", "a number",
-     "write decimal digits, up to 4294967295 and without zeros in front", Judge<IsNumber>},
-    {ZETParameterKind::Duration, "duration", "a duration",
-     "write it like 7d 12h 30m 0s, 12:30 or 3600, which is seconds", Judge<IsDuration>},
-    {ZETParameterKind::RegularExpression, "regular expression", "a regular expression",
-     "close its brackets, put a backslash before what is meant as it stands, and write [/] for /",
+    {ZETParameterKind::DomainName, "domain name", CORE_TEXT("a domain name"),
+     CORE_TEXT("write it like example.org"), Judge<IsDomainName>},
+    {ZETParameterKind::HostName, "host name", CORE_TEXT("a host name"),
+     CORE_TEXT("write it like server.example.org, or an IPv4 address"), Judge<IsHostName>},
+    {ZETParameterKind::Realm, "Kerberos realm", CORE_TEXT("a Kerberos realm"),
+     CORE_TEXT("write it like EXAMPLE.ORG"), Judge<IsRealm>},
+    {ZETParameterKind::LdapName, "LDAP name", CORE_TEXT("an LDAP name"),
+     CORE_TEXT("write it like dc=example,dc=org"), Judge<IsLdapName>},
+    {ZETParameterKind::Number, "number", CORE_TEXT("a number"),
+     CORE_TEXT("write decimal digits, up to 4294967295 and without zeros in front"), Judge<IsNumber>},
+    {ZETParameterKind::Duration, "duration", CORE_TEXT("a duration"),
+     CORE_TEXT("write it like 7d 12h 30m 0s, 12:30 or 3600, which is seconds"), Judge<IsDuration>},
+    {ZETParameterKind::RegularExpression, "regular expression", CORE_TEXT("a regular expression"),
+     CORE_TEXT("close its brackets, put a backslash before what is meant as it stands, and write [/] for /"),
      Judge<IsRegularExpression>},
-    {ZETParameterKind::AbsolutePath, "absolute path", "an absolute path", "begin it with \"/\"", IsPath},
-    {ZETParameterKind::YesNo, "yes or no", "yes or no", "write yes or no", Judge<IsFlag>},
-    {ZETParameterKind::Locale, "locale", "a locale of this host",
-     "generate it, or take one that \"locale -a\" lists", Judge<HasLocale>},
-    {ZETParameterKind::OneOf, "", "", "write one of them",
+    {ZETParameterKind::AbsolutePath, "absolute path", CORE_TEXT("an absolute path"),
+     CORE_TEXT("begin it with \"/\""), IsPath},
+    {ZETParameterKind::YesNo, "yes or no", CORE_TEXT("yes or no"), CORE_TEXT("write yes or no"),
+     Judge<IsFlag>},
+    {ZETParameterKind::Locale, "locale", CORE_TEXT("a locale of this host"),
+     CORE_TEXT("generate it, or take one that \"locale -a\" lists"), Judge<HasLocale>},
+    {ZETParameterKind::OneOf, "", "", CORE_TEXT("write one of them"),
      [](const ZETParameter& parameter, const std::string& value) { return IsOneOf(parameter.words, value); }},
 };
 
@@ -292,14 +295,16 @@ std::string NameOfKind(const ZETParameter& parameter) {
 }
 
 std::string KindInWords(const ZETParameter& parameter) {
-    const bool isChoice = parameter.kind == ZETParameterKind::OneOf;
-    return isChoice ? NameOfKind(parameter) : Find(parameter.kind).inWords;
+    if (parameter.kind == ZETParameterKind::OneOf)
+        return Message("one of %s", ListOf(parameter.words).c_str());
+    return Translated(Find(parameter.kind).inWords);
 }
 
 std::string HowToWrite(const ZETParameter& parameter) {
-    const std::string how = Find(parameter.kind).howToWrite;
-    const bool isQuoted = parameter.kind == ZETParameterKind::AbsolutePath && IsForTemplates(parameter);
-    return how + (isQuoted ? ", and leave out double quotes, backslashes and control characters" : "");
+    if (parameter.kind == ZETParameterKind::AbsolutePath && IsForTemplates(parameter))
+        return Message(
+            "begin it with \"/\", and leave out double quotes, backslashes and control characters");
+    return Translated(Find(parameter.kind).howToWrite);
 }
 
 }  // namespace ZET::Core

@@ -15,13 +15,13 @@ std::optional<bool> ReadFlag(std::string_view value);
 /// Whether a value that is not empty is of the kind of its parameter.
 bool IsOfKind(const ZETParameter& parameter, const std::string& value);
 
-/// What the kind is called: "number".
+/// What the kind is called, in English for all: "number".
 std::string NameOfKind(const ZETParameter& parameter);
 
-/// The same in a sentence: "a number".
+/// The same in a sentence, in the language that is set: "a number".
 std::string KindInWords(const ZETParameter& parameter);
 
-/// How a value of the kind is written, as a remedy.
+/// How a value of the kind is written, as a remedy in the language that is set.
 std::string HowToWrite(const ZETParameter& parameter);
 
 }  // namespace ZET::Core

@@ -26,11 +26,11 @@ using Problem = std::optional<ZETParameterProblem>;
 Problem ProblemOfKind(const ParameterEntry& entry, const std::string& value) {
     if (value.empty() ? entry.mayBeEmpty : IsForTemplates(entry, value)) return std::nullopt;
     const ZETParameter parameter = Described(entry);
+    if (!value.empty() && IsOfKind(parameter, value)) return std::nullopt;
     const std::string kind = KindInWords(parameter);
     if (value.empty())
         return {
             {Message("%s is empty", entry.name), Message("give it %s, or remove its line", kind.c_str())}};
-    if (IsOfKind(parameter, value)) return std::nullopt;
     return {{Message("'%s' is no value for %s, which has to be %s", Printable(value).c_str(), entry.name,
                      kind.c_str()),
              HowToWrite(parameter)}};

@@ -20,10 +20,10 @@ struct DoctorOptions : EditOptions {
 
 std::string Remedy(const Text::MarkerDamage& damage) {
     if (!damage.IsAmbiguous()) return damage.remedies.front();
-    std::string remedy = "ambiguous: either " + damage.remedies.front();
+    std::string choices = damage.remedies.front();
     for (auto choice = damage.remedies.begin() + 1; choice != damage.remedies.end(); ++choice)
-        remedy += "; or " + *choice;
-    return remedy;
+        choices = Filled(_("%s; or %s"), {choices, *choice});
+    return Filled(_("ambiguous: either %s"), {choices});
 }
 
 void ReportDamage(Report& out, const std::string& path, const Text::MarkerDamage& damage) {
