@@ -334,10 +334,12 @@ assert_mistyped() {
     assert_wrong_use "The following argument was not expected: --set=A=B" check-config --set=A=B
     assert_wrong_use "The following argument was not expected: now" status now
     assert_wrong_use "--quiet excludes --verbose" status -q -v
-    assert_wrong_use "--color: red not in {auto,always,never}" status --color red
-    assert_wrong_use "--log: file not in {stderr,syslog}" status --log file
+    assert_wrong_use "--color: \"red\" is none of auto, always, never" status --color red
+    assert_wrong_use "--log: \"file\" is none of stderr, syslog" status --log file
     capture "$ZET_BIN/zet-client" status --config
-    assert_refusal 2 '--config: 1 required FILE missing (see "zet-client --help")'
+    assert_refusal 2 '--config: its value is missing (see "zet-client --help")'
+    assert_wrong_use "--root can be given once only" --root a --root b status
+    assert_wrong_use "--dry-run takes no value" status --dry-run=often
 }
 
 @test "a value that was taken for an option is told with what makes it one" {
