@@ -161,6 +161,14 @@ using ZETLogWording = std::function<std::string(const std::string& text)>;
 /// is, and bound as it is.
 ZET_API void SetLogWording(ZETLogWording wording);
 
+/// Calls `make`, which makes a message, while the language of whoever reads messages is set.
+using ZETReadersLanguage = void (*)(const std::function<void()>& make);
+
+/// How each message of the core is made from now on; null: in the language that is set. Returns how it was
+/// before. A host that has a file written in another language than its reader's sets one meanwhile. By any
+/// thread, at any time; called by the thread whose call the message is about.
+ZET_API ZETReadersLanguage MakeMessagesBy(ZETReadersLanguage language);
+
 /// A rename that is about to be made.
 struct ZETRename {
     const std::string& from;

@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include "deploy/host/Words.h"
+
 namespace ZET::Cli {
 
 namespace {
@@ -36,7 +38,7 @@ std::string Counted(const char* one, const char* many, std::size_t count) {
 }
 
 const char* RoleName(Deploy::Role role) {
-    return role == Deploy::Role::Server ? _("server") : _("client");
+    return Deploy::RoleInWords(role);
 }
 
 }  // namespace ZET::Cli

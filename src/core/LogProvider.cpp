@@ -13,6 +13,7 @@
 #include <string>
 #include <utility>
 
+#include "Message.h"
 #include "posix/Printable.h"
 #include "posix/ReadWrite.h"
 #include "zet/ZETHost.h"
@@ -41,11 +42,11 @@ std::atomic<std::size_t> loggedErrors = 0;
 const char* LevelName(ZETLogLevel level) {
     switch (level) {
         case ZETLogError:
-            return "error";
+            return CORE_TEXT("error");
         case ZETLogWarning:
-            return "warning";
+            return CORE_TEXT("warning");
         default:
-            return "notice";
+            return CORE_TEXT("notice");
     }
 }
 
@@ -70,7 +71,8 @@ void WriteRecord(ZETLogLevel level, const char* text) {
         ::syslog(SystemLogPriority(level), "%s", line.c_str());
         return;
     }
-    static_cast<void>(WriteAll(STDERR_FILENO, state.identity + ": " + LevelName(level) + ": " + line + "\n"));
+    const std::string name = Core::Translated(LevelName(level));
+    static_cast<void>(WriteAll(STDERR_FILENO, state.identity + ": " + name + ": " + line + "\n"));
 }
 
 }  // namespace

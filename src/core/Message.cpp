@@ -2,10 +2,12 @@
 
 #include <libintl.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <memory>
 
 #include "zet/ZETErrors.h"
@@ -19,19 +21,38 @@ constexpr char kDomain[] = "libzet-core";
 
 std::string FormatList(const char* text, std::va_list arguments) __attribute__((format(printf, 1, 0)));
 
-std::string FormatList(const char* text, std::va_list arguments) {
+std::atomic<ZETReadersLanguage> g_readersLanguage = nullptr;
+
+/// `make` finds the caller's `errno`, which stays.
+void InReadersLanguage(const std::function<void()>& make) {
     const int callersError = errno;
-    char* formatted = nullptr;
-    if (vasprintf(&formatted, dgettext(kDomain, text), arguments) < 0) formatted = nullptr;
-    const std::unique_ptr<char, decltype(&std::free)> owner(formatted, &std::free);
+    const auto makeOfError = [&] {
+        errno = callersError;
+        make();
+    };
+    const ZETReadersLanguage language = g_readersLanguage;
+    if (language != nullptr)
+        language(makeOfError);
+    else
+        makeOfError();
     errno = callersError;
+}
+
+std::string FormatList(const char* text, std::va_list arguments) {
+    char* formatted = nullptr;
+    InReadersLanguage([&] {
+        if (vasprintf(&formatted, dgettext(kDomain, text), arguments) < 0) formatted = nullptr;
+    });
+    const std::unique_ptr<char, decltype(&std::free)> owner(formatted, &std::free);
     return formatted != nullptr ? formatted : "";
 }
 
 }  // namespace
 
-const char* Translated(const char* text) {
-    return dgettext(kDomain, text);
+std::string Translated(const char* text) {
+    std::string translated;
+    InReadersLanguage([&] { translated = dgettext(kDomain, text); });
+    return translated;
 }
 
 std::string Message(const char* text, ...) {
@@ -88,3 +109,11 @@ void RequireNotEmpty(const std::string& argument, const char* operation) {
 }
 
 }  // namespace ZET::Core
+
+namespace ZET {
+
+ZETReadersLanguage MakeMessagesBy(ZETReadersLanguage language) {
+    return Core::g_readersLanguage.exchange(language);
+}
+
+}  // namespace ZET

@@ -13,7 +13,7 @@ namespace ZET::Core {
 #define CORE_TEXT(text) text
 
 /// A text that is no format, and is not empty.
-const char* Translated(const char* text);
+std::string Translated(const char* text);
 
 std::string Message(const char* text, ...) __attribute__((format(printf, 1, 2)));
 

@@ -34,8 +34,13 @@ std::string Numbers(const std::vector<Text::ParamLine>& lines) {
     const std::size_t count = std::min(lines.size(), kMostNumbers);
     std::string text;
     for (std::size_t i = 0; i < count; ++i) {
-        if (i > 0) text += i + 1 == lines.size() ? " and " : ", ";
-        text += std::to_string(lines[i].number);
+        const std::string number = std::to_string(lines[i].number);
+        if (i == 0)
+            text = number;
+        else if (i + 1 == lines.size())
+            text = Words("%s and %s", text, number);
+        else
+            text += ", " + number;
     }
     return lines.size() > count ? Words("%s and %s more", text, std::to_string(lines.size() - count)) : text;
 }

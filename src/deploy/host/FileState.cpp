@@ -21,11 +21,12 @@ namespace {
 
 constexpr mode_t kModeBits = 07777;
 
-std::string Change(const char* name, const FileState& before, const FileState& after,
+/// `words` has a gap for what the text function says.
+std::string Change(const char* words, const FileState& before, const FileState& after,
                    std::string (*text)(const FileState&)) {
-    if (!before.exists) return std::string(name) + " " + text(after);
+    if (!before.exists) return Words(words, text(after));
     if (text(before) == text(after)) return "";
-    return std::string(name) + " " + text(before) + " -> " + text(after);
+    return Words(words, text(before) + " -> " + text(after));
 }
 
 /// False when nothing is there.
@@ -118,8 +119,8 @@ bool HaveSameModeAndBytes(const std::string& one, const std::string& other) {
 
 std::string DescribeChange(const FileState& before, const FileState& after) {
     if (!after.exists) return "";
-    std::string text = Change("mode", before, after, ModeText);
-    const std::string owner = Change("owner", before, after, OwnerText);
+    std::string text = Change(ZET_TEXT("mode %s"), before, after, ModeText);
+    const std::string owner = Change(ZET_TEXT("owner %s"), before, after, OwnerText);
     if (!text.empty() && !owner.empty()) text += ", ";
     return text + owner;
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "deploy/host/Words.h"
+
 namespace ZET::Deploy {
 
 void ProcessOutput::Append(std::string_view part) {
@@ -17,8 +19,8 @@ void ProcessOutput::Append(std::string_view part) {
 std::string ProcessOutput::Text() const {
     const std::size_t more = m_end.size() > m_kept ? m_end.size() - m_kept : 0;
     if (m_leftOut + more == 0) return m_begin + m_end;
-    return m_begin + "\n... " + std::to_string(m_leftOut + more) + " bytes are left out here ...\n" +
-           m_end.substr(more);
+    return m_begin + "\n" + Words("... %s bytes are left out here ...", std::to_string(m_leftOut + more)) +
+           "\n" + m_end.substr(more);
 }
 
 }  // namespace ZET::Deploy

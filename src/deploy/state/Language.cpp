@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <memory>
@@ -75,12 +76,25 @@ const char* LookUpForReader(const char* domain, const char* text) {
     return found;
 }
 
+void MakeForReader(const std::function<void()>& make) {
+    const LanguageSetting written;
+    g_readers->Use();
+    make();
+    written.Use();
+}
+
 /// Where this thread alone writes in another language.
 const char* LookUpForProgram(const char* domain, const char* text) {
     const locale_t written = uselocale(LC_GLOBAL_LOCALE);
     const char* const found = Text::Translated(domain, text);
     uselocale(written);
     return found;
+}
+
+void MakeForProgram(const std::function<void()>& make) {
+    const locale_t written = uselocale(LC_GLOBAL_LOCALE);
+    make();
+    uselocale(written);
 }
 
 const char* LeaveEnglish(const char* /*domain*/, const char* text) {
@@ -133,12 +147,14 @@ WrittenLanguage::WrittenLanguage(IZETCore& core) {
     // What was translated before by another list of preferred languages is only forgotten below.
     if (preference == nullptr && known.at(locale)) {
         m_formerLookUp = Text::LookUpBy(isTranslated ? &LookUpForProgram : &LeaveEnglish);
+        m_formerMaking = MakeMessagesBy(&MakeForProgram);
         m_formerLocale = uselocale(known.at(locale).get());
         return;
     }
     m_former.emplace();
     m_formerReaders = std::exchange(g_readers, &*m_former);
     m_formerLookUp = Text::LookUpBy(isTranslated ? &LookUpForReader : &LeaveEnglish);
+    m_formerMaking = MakeMessagesBy(&MakeForReader);
     // The reader's list of preferred languages would win over the one that is set.
     unsetenv(kPreference);
     for (const int category : kTextCategories)
@@ -148,6 +164,7 @@ WrittenLanguage::WrittenLanguage(IZETCore& core) {
 WrittenLanguage::~WrittenLanguage() {
     if (m_formerLookUp == nullptr) return;
     Text::LookUpBy(m_formerLookUp);
+    MakeMessagesBy(m_formerMaking);
     if (m_former) {
         m_former->Use();
         g_readers = m_formerReaders;

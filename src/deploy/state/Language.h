@@ -8,6 +8,7 @@
 
 #include "text/Words.h"
 #include "zet/IZETCore.h"
+#include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
 
@@ -33,8 +34,8 @@ class LanguageSetting {
 };
 
 /// For as long as the object lives, messages are in the language of the parameter "ZET_LANG": what is written
-/// into a file does not depend on who runs the command. What the library says meanwhile is in the reader's
-/// all the same. A language that the host does not have is a `Failure`.
+/// into a file does not depend on who runs the command. What the library and the core say meanwhile is in
+/// the reader's all the same. A language that the host does not have is a `Failure`.
 class WrittenLanguage {
   public:
     explicit WrittenLanguage(IZETCore& core);
@@ -46,6 +47,7 @@ class WrittenLanguage {
     locale_t m_formerLocale{};                ///< of this thread, where no more is changed; none: it is not
     std::optional<LanguageSetting> m_former;  ///< else
     Text::LookUp m_formerLookUp = nullptr;    ///< none: nothing is changed
+    ZETReadersLanguage m_formerMaking = nullptr;
     const LanguageSetting* m_formerReaders = nullptr;
 };
 

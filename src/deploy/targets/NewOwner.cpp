@@ -31,15 +31,17 @@ std::optional<FileOwner> NewOwnerOf(const Target& target) {
 
 std::optional<Problem> OwnerProblem(const Target& target) {
     if (target.owner.empty()) return std::nullopt;
-    const auto problem = [&](const std::string& what, const std::string& name) {
-        return Problem{.file = target.file,
-                       .line = target.line,
-                       .text = Words("this host has no %s \"%s\", to whom the file is to belong", what, name),
-                       .remedy = Words("correct owner, or make the %s", what)};
+    const auto problem = [&](const std::string& text, const char* remedy) {
+        return Problem{.file = target.file, .line = target.line, .text = text, .remedy = remedy};
     };
-    if (getpwnam(UserIn(target).c_str()) == nullptr) return problem("user", UserIn(target));
+    const std::string user = UserIn(target);
+    if (getpwnam(user.c_str()) == nullptr)
+        return problem(Words("this host has no user \"%s\", to whom the file is to belong", user),
+                       _("correct owner, or make the user"));
     const std::string group = GroupIn(target);
-    if (!group.empty() && getgrnam(group.c_str()) == nullptr) return problem("group", group);
+    if (!group.empty() && getgrnam(group.c_str()) == nullptr)
+        return problem(Words("this host has no group \"%s\", to whom the file is to belong", group),
+                       _("correct owner, or make the group"));
     return std::nullopt;
 }
 

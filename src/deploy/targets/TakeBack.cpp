@@ -144,7 +144,7 @@ void TakeBack::KeepEdited(TakeBackStep& step) const {
 }
 
 void TakeBack::TellOfOtherRole(TakeBackStep& step) const {
-    step.Tell(Result::Kept, Words("stays for the role %s, which has committed it", NameOf(m_otherRole)));
+    step.Tell(Result::Kept, Words("stays for the role %s, which has committed it", RoleInWords(m_otherRole)));
 }
 
 bool TakeBack::MayBeOthers(const WrittenFile& file) const {
@@ -154,8 +154,8 @@ bool TakeBack::MayBeOthers(const WrittenFile& file) const {
 /// Without the history, nobody can tell.
 void TakeBack::KeepOthers(TakeBackStep& step) const {
     const std::string remark =
-        Words("may have been committed by the role %s, too, and stays (%s puts it back)", NameOf(m_otherRole),
-              m_ways.force);
+        Words("may have been committed by the role %s, too, and stays (%s puts it back)",
+              RoleInWords(m_otherRole), m_ways.force);
     m_product.Out().Warning(step.file.path + ": " + remark);
     Keep(step, remark);
 }

@@ -51,7 +51,7 @@ std::optional<Problem> AddOwnLists(const Paths& paths, const std::string& direct
                                name, target.WhyNot()));
     }
     throw UsageError(Words("%s: has no template \"%s\" for the role %s (name one that it has, or add it)",
-                           list.file, name, NameOf(role)));
+                           list.file, name, RoleInWords(role)));
 }
 
 }  // namespace

@@ -161,7 +161,7 @@ std::vector<WrittenFile> Named(const Deployment& product, const std::vector<Writ
             throw UsageError(
                 Words("%s: is no target of the role %s (\"status\" lists them; \"file restore\" puts any "
                       "other file back)",
-                      name, NameOf(product.Role())));
+                      name, RoleInWords(product.Role())));
         }
         named.push_back(*file);
     }

@@ -68,7 +68,7 @@ class BlockCheck {
 
     void TakeBegin(std::size_t index) {
         if (m_begin != kNone && m_lastBegin + 1 == index) {
-            TakeDoubled(m_repair, index, "doubled-begin", "begin");
+            TakeDoubledBegin(m_repair, index);
             m_lastBegin = index;
             return;
         }
@@ -81,7 +81,7 @@ class BlockCheck {
 
     void TakeEnd(std::size_t index) {
         if (m_begin == kNone && m_end + 1 == index && m_end != kNone) {
-            TakeDoubled(m_repair, index, "doubled-end", "end");
+            TakeDoubledEnd(m_repair, index);
         } else if (m_begin == kNone) {
             TakeMissingBegin(index);
         } else if (!m_isContentTold) {
@@ -199,20 +199,35 @@ class BlockCheck {
     bool m_isContentTold = false;      ///< what is wrong with the lines of the open block was told
 };
 
-}  // namespace
+struct Doubled {
+    const char* kind;
+    const char* alone;
+    const char* withText;
+};
 
-void TakeDoubled(RepairText& repair, std::size_t index, const char* kind, const std::string& marker) {
+void TakeDoubled(RepairText& repair, std::size_t index, const Doubled& marker) {
     if (!repair.IsOnlyMarker(index)) {
-        repair.NoteAmbiguous(
-            index, kind,
-            Words("a second %s marker follows right after the first, with text in its line", marker),
-            {_("take the marker out, and leave the text as a line of its own"),
-             _("take the whole line out")});
+        repair.NoteAmbiguous(index, marker.kind, marker.withText,
+                             {_("take the marker out, and leave the text as a line of its own"),
+                              _("take the whole line out")});
         return;
     }
-    repair.Note(index, kind, Words("a second %s marker follows right after the first", marker),
-                _("take it out"));
+    repair.Note(index, marker.kind, marker.alone, _("take it out"));
     repair.Drop(index);
+}
+
+}  // namespace
+
+void TakeDoubledBegin(RepairText& repair, std::size_t index) {
+    TakeDoubled(repair, index,
+                {"doubled-begin", _("a second begin marker follows right after the first"),
+                 _("a second begin marker follows right after the first, with text in its line")});
+}
+
+void TakeDoubledEnd(RepairText& repair, std::size_t index) {
+    TakeDoubled(repair, index,
+                {"doubled-end", _("a second end marker follows right after the first"),
+                 _("a second end marker follows right after the first, with text in its line")});
 }
 
 void CheckBlocks(RepairText& repair) {

@@ -29,9 +29,10 @@ void CheckHandEdits(RepairText& repair);
 void CheckBlocks(RepairText& repair);
 void CheckNotices(RepairText& repair, const NoticeTexts& noticeTexts);
 
-/// What the last two do with a marker that follows right after one of its kind; `marker` is "begin" or "end".
-/// Text that stands behind it is nobody's to drop.
-void TakeDoubled(RepairText& repair, std::size_t index, const char* kind, const std::string& marker);
+/// What the last two do with a marker that follows right after one of its kind. Text that stands behind it is
+/// nobody's to drop.
+void TakeDoubledBegin(RepairText& repair, std::size_t index);
+void TakeDoubledEnd(RepairText& repair, std::size_t index);
 
 }  // namespace ZET::Text
 

@@ -48,7 +48,7 @@ class CommentCheck {
   private:
     void TakeBegin(std::size_t index, Marker marker) {
         if (m_begin != kNone && m_lastBegin + 1 == index) {
-            TakeDoubled(m_repair, index, "doubled-begin", "begin");
+            TakeDoubledBegin(m_repair, index);
             m_lastBegin = index;
             return;
         }
@@ -59,7 +59,7 @@ class CommentCheck {
 
     void TakeEnd(std::size_t index) {
         if (m_begin == kNone && m_end != kNone && m_end + 1 == index) {
-            TakeDoubled(m_repair, index, "doubled-end", "end");
+            TakeDoubledEnd(m_repair, index);
         } else if (m_begin == kNone) {
             TakeMissingBegin(index);
         } else if (m_marker == Marker::Notice) {

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <new>
 
+#include "deploy/host/Words.h"
 #include "deploy/state/store/Sqlite.h"
 
 namespace ZET::Deploy {
@@ -12,10 +13,32 @@ namespace {
 /// Another command may look, or record, at the same time.
 constexpr int kPatienceMs = 5000;
 
+struct KnownError {
+    int code;
+    const char* words;
+};
+
+/// SQLite speaks English only; this is what it says of the errors that hosts meet.
+constexpr KnownError kKnownErrors[] = {
+    {SQLITE_NOTADB, ZET_TEXT("file is not a database")},
+    {SQLITE_CORRUPT, ZET_TEXT("database disk image is malformed")},
+    {SQLITE_FULL, ZET_TEXT("database or disk is full")},
+    {SQLITE_IOERR, ZET_TEXT("disk I/O error")},
+    {SQLITE_BUSY, ZET_TEXT("database is locked")},
+    {SQLITE_READONLY, ZET_TEXT("attempt to write a readonly database")},
+    {SQLITE_CANTOPEN, ZET_TEXT("unable to open database file")},
+};
+
+std::string WordsOf(sqlite3* database, int code) {
+    for (const KnownError& known : kKnownErrors)
+        if (known.code == (code & 0xff)) return _(known.words);
+    return database != nullptr ? TheSqlite().message(database) : TheSqlite().describe(code);
+}
+
 [[noreturn]] void Fail(sqlite3* database, int code) {
     if ((code & 0xff) == SQLITE_NOMEM) throw std::bad_alloc();
     const Sqlite& sqlite = TheSqlite();
-    std::string message = database != nullptr ? sqlite.message(database) : sqlite.describe(code);
+    std::string message = WordsOf(database, code);
     const int error = database != nullptr ? sqlite.systemError(database) : 0;
     if (error != 0) message += std::string(": ") + std::strerror(error);
     throw DatabaseError(message, code, error);
