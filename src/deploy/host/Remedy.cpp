@@ -10,6 +10,9 @@ namespace ZET::Deploy {
 
 namespace {
 
+/// The catalogue of the C library.
+constexpr char kSystemDomain[] = "libc";
+
 constexpr struct {
     int error;
     const char* remedy;
@@ -69,8 +72,13 @@ Failure FailureOfCore(const EZETError& error, const std::string& otherwise) {
 
 }  // namespace
 
+std::string ReasonOf(int error) {
+    const char* const text = strerrordesc_np(error);
+    return text != nullptr ? Text::InReadersLanguage(kSystemDomain, text) : std::strerror(error);
+}
+
 Failure SystemFailure(Problem facts, int error) {
-    facts.text += std::string(": ") + std::strerror(error);
+    facts.text += ": " + ReasonOf(error);
     if (facts.remedy.empty()) facts.remedy = RemedyFor(error);
     return Failure(facts, error);
 }

@@ -12,6 +12,9 @@
 /// what happened.
 namespace ZET::Deploy {
 
+/// What the system calls an error, in the reader's language also while a file is written in another one.
+std::string ReasonOf(int error);
+
 /// The failure of a system call: `facts`, with the reason after their text. A remedy that they lack is that
 /// of the reason, if there is one.
 Failure SystemFailure(Problem facts, int error);

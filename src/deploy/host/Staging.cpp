@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <string_view>
@@ -200,7 +199,7 @@ std::string Staging::LeftBehind() {
     if (left.path.empty()) return "";
     return Words(
         "%s: holds rendered texts and could not be removed: %s (remove it, or run the command again)",
-        left.path, std::strerror(left.error));
+        left.path, ReasonOf(left.error));
 }
 
 }  // namespace ZET::Deploy

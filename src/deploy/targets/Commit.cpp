@@ -22,7 +22,7 @@ std::string Joined(const std::vector<std::string>& texts) {
     std::string joined;
     for (const std::string& text : texts)
         joined += (joined.empty() ? "" : ", ") + text;
-    return joined.empty() ? "none" : joined;
+    return joined.empty() ? _("none") : joined;
 }
 
 /// Whether the target is, by now, what it was to become.

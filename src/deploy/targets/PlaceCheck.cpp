@@ -5,10 +5,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <utility>
 
 #include "deploy/host/FileState.h"
+#include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "zet/ZETFormat.h"
 
@@ -21,7 +21,7 @@ std::vector<Problem> CheckDirectory(const std::string& directory, const std::str
     };
     struct stat status = {};
     if (stat(directory.c_str(), &status) != 0)
-        return problem(Words("the directory of %s cannot be used: %s", purpose, std::strerror(errno)),
+        return problem(Words("the directory of %s cannot be used: %s", purpose, ReasonOf(errno)),
                        Words("create it, or correct %s", name));
     if (!S_ISDIR(status.st_mode))
         return problem(Words("is no directory, but %s is to be in it", purpose), Words("correct %s", name));
@@ -29,7 +29,7 @@ std::vector<Problem> CheckDirectory(const std::string& directory, const std::str
         return problem(Words("others may write the directory of %s", purpose), _("chmod o-w it"));
     if (access(directory.c_str(), W_OK | X_OK) != 0) {
         std::vector<Problem> ofUser =
-            problem(Words("the directory of %s cannot be written: %s", purpose, std::strerror(errno)),
+            problem(Words("the directory of %s cannot be written: %s", purpose, ReasonOf(errno)),
                     _("run as a user who may, or on a file system that can be written"));
         ofUser.front().isOfUser = true;
         return ofUser;

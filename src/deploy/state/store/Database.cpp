@@ -1,8 +1,8 @@
 #include "deploy/state/store/Database.h"
 
-#include <cstring>
 #include <new>
 
+#include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/store/Sqlite.h"
 
@@ -40,7 +40,7 @@ std::string WordsOf(sqlite3* database, int code) {
     const Sqlite& sqlite = TheSqlite();
     std::string message = WordsOf(database, code);
     const int error = database != nullptr ? sqlite.systemError(database) : 0;
-    if (error != 0) message += std::string(": ") + std::strerror(error);
+    if (error != 0) message += ": " + ReasonOf(error);
     throw DatabaseError(message, code, error);
 }
 
