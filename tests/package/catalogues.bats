@@ -131,7 +131,7 @@ all_commands() {
     run in_language de param get
     grep -F 'Fehler: FILE ist erforderlich (' <<<"$output"
     run in_language fr status --color red
-    grep -F 'ne figure pas parmi auto, always, never (' <<<"$output"
+    grep -F -e '--color: « red » ne figure pas parmi auto, always, never (' <<<"$output"
     run in_language es status -q -v
     grep -F 'error: --quiet excluye --verbose (' <<<"$output"
     run in_language de --root "$root" option set MINIMUM_UID x
