@@ -1,5 +1,6 @@
 #include "deploy/state/Language.h"
 
+#include <gmock/gmock.h>
 #include <libintl.h>
 
 #include <clocale>
@@ -8,6 +9,7 @@
 
 #include "../HostFixture.h"
 #include "deploy/host/Words.h"
+#include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
 namespace {
@@ -40,6 +42,19 @@ TEST_F(LanguageOfFiles, IsNotThatOfWhatTheLibrarySaysMeanwhile) {
     EXPECT_STREQ(_("does not exist"), "existiert nicht");
     EXPECT_STREQ(setlocale(LC_MESSAGES, nullptr), "C");
     EXPECT_EQ(std::getenv("LANGUAGE"), nullptr);
+}
+
+TEST_F(LanguageOfFiles, IsNotThatOfWhatTheCoreSaysMeanwhile) {
+    {
+        const WrittenLanguage language(TheHost().Core());
+        bindtextdomain("libzet-core", ZET_CATALOGUES);
+        const auto problem = ProblemOfParam("MINIMUM_UID", "x");
+        ASSERT_TRUE(problem);
+        EXPECT_THAT(problem->text, testing::EndsWith("; erwartet wird eine Zahl"));
+        EXPECT_STREQ(setlocale(LC_MESSAGES, nullptr), "C");
+        EXPECT_EQ(std::getenv("LANGUAGE"), nullptr);
+    }
+    EXPECT_EQ(MakeMessagesBy(nullptr), nullptr);
 }
 
 TEST_F(LanguageOfFiles, DoesNotGetIntoWhatIsSaidToWhoReadsEnglish) {
