@@ -164,6 +164,7 @@ set_param() {
 @test "what a hand wrote, and an undo put back, stays when all is rolled back" {
     set_param a 2
     sed -i 's/^m2/hand/' conf
+    set_param b 3
     zet -q rollback-config --force
     assert_file conf $'a=1\nm1\nm2\nm3\nb=1\n'
     zet -q undo
