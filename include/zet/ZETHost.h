@@ -178,9 +178,6 @@ struct ZETRename {
     int descriptor;
     /// False when nothing was done to either file yet; true when all is done but the rename itself.
     bool isReady;
-    /// To be set by a guard that has seen enough: `RenameFile` then leaves both files as they are, and
-    /// returns. Without effect once `isReady`.
-    bool& isLeft;
 };
 
 /// Sees a file that is about to take the place of another, before anything is done to either. Its exception

@@ -31,14 +31,17 @@ namespace {
 constexpr std::size_t kLetters = 6;
 constexpr std::size_t kSuffixSize = sizeof ZETTemporarySuffix - 1;
 
-/// False, with `errno`, on failure. The kernel copies what it can; where that ends too early (another file
-/// system, a file that does not tell its size), reading and writing goes on from there.
-bool CopyBytes(int from, int to) {
+/// False, with `errno`, on failure. `size` is what the file tells: with so much the copy ends. The kernel
+/// copies what it can; where that ends too early (another file system, a file that does not tell its size),
+/// reading and writing goes on from there.
+bool CopyBytes(int from, int to, off_t size) {
     constexpr std::size_t kStep = std::size_t{1} << 30;
+    off_t total = 0;
     ssize_t copied;
-    do
-        copied = ::copy_file_range(from, nullptr, to, nullptr, kStep, 0);
-    while (copied > 0);
+    while ((copied = ::copy_file_range(from, nullptr, to, nullptr, kStep, 0)) > 0) {
+        total += copied;
+        if (total == size) return true;
+    }
     if (copied < 0 && (errno == ENOSPC || errno == EDQUOT)) return false;
     constexpr std::size_t kBlock = std::size_t{1} << 16;
     // Mostly there is nothing left to be read: memory that is not filled before is not touched then.
@@ -79,7 +82,7 @@ class Copy {
         copy.descriptor.Reset(::mkostemps(m_name.data(), kSuffixSize, O_CLOEXEC));
         if (!copy.descriptor.IsOpen()) Refuse();
         m_isThere = true;
-        if (!CopyBytes(source.descriptor.Number(), copy.descriptor.Number())) Refuse();
+        if (!CopyBytes(source.descriptor.Number(), copy.descriptor.Number(), source.status.st_size)) Refuse();
         if (::fstat(copy.descriptor.Number(), &copy.status) != 0) Refuse();
         // Whoever set a link might want a copy of somebody else's program that stays as it is.
         const mode_t mode = source.status.st_mode;

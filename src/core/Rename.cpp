@@ -35,7 +35,7 @@ class Renaming {
         const bool isNewText = m_file.path == m_to + ZETTemporarySuffix;
         if (isNewText) RequirePlainFile();
         if (RenameGuard()) {
-            if (!AskGuard(false)) return;
+            AskGuard(false);
             // The guard may have given the file its mode.
             if (::fstat(m_file.descriptor.Number(), &m_file.status) != 0) Refuse();
         }
@@ -46,7 +46,7 @@ class Renaming {
         if (isNewText && !TakeOverFrom(m_to)) TakeOverFrom(m_to + ZETReserveSuffix);
         if (S_ISREG(m_file.status.st_mode)) SyncAttributedFile(m_file);
         RequireSameFile();
-        static_cast<void>(AskGuard(true));  // all is done but the rename: it is too late to leave it
+        AskGuard(true);
         if (std::rename(m_file.path.c_str(), m_to.c_str()) != 0) Refuse();
         target.Sync();
         if (source) source->Sync();
@@ -70,12 +70,9 @@ class Renaming {
         if (m_file.isPathOnly && errno != EACCES) Refuse();
     }
 
-    /// False when it is not to be made.
-    bool AskGuard(bool isReady) const {
-        bool isLeft = false;
+    void AskGuard(bool isReady) const {
         if (const ZETRenameGuard& guard = RenameGuard())
-            guard({m_file.path, m_to, m_isReadable ? m_file.descriptor.Number() : -1, isReady, isLeft});
-        return !isLeft;
+            guard({m_file.path, m_to, m_isReadable ? m_file.descriptor.Number() : -1, isReady});
     }
 
     bool OpenFor(int access) {

@@ -160,3 +160,15 @@ set_param() {
     assert_status 1
     [[ $stderr == *"$HOST/conf: was edited before entry 3 wrote it"* ]]
 }
+
+@test "what a hand wrote, and an undo put back, stays when all is rolled back" {
+    set_param a 2
+    sed -i 's/^m2/hand/' conf
+    set_param b 3
+    zet -q rollback-config --force
+    assert_file conf $'a=1\nm1\nm2\nm3\nb=1\n'
+    zet -q undo
+    grep -qx hand conf
+    zet -q rollback-config
+    assert_file conf $'a=1\nm1\nhand\nm3\nb=1\n'
+}

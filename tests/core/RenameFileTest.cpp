@@ -286,23 +286,6 @@ TEST_F(RenameFile, GuardKeepsARenameFromBeingMade) {
     EXPECT_EQ(ReadText(m_to), "new");
 }
 
-TEST_F(RenameFile, GuardLeavesBothFilesAsTheyAre) {
-    WriteText(m_to + ".tmp", "new", 0600);
-    WriteText(m_to, "old", 0640);
-    int count = 0;
-    SetRenameGuard([&](const ZETRename& rename) {
-        count++;
-        rename.isLeft = true;
-    });
-    ZET::RenameFile(m_to + ".tmp", m_to);
-    SetRenameGuard(nullptr);
-    EXPECT_EQ(count, 1) << "nothing is asked of a rename that is not made";
-    EXPECT_THAT(m_directory.Names(), ElementsAre("to", "to.tmp"));
-    EXPECT_EQ(ReadText(m_to), "old");
-    EXPECT_EQ(ReadText(m_to + ".tmp"), "new");
-    EXPECT_EQ(ModeOf(m_to + ".tmp"), 0600u);
-}
-
 TEST_F(RenameFile, WhatIsPutInPlaceMeanwhileGetsNeitherNameNorMode) {
     for (const char* call : {"fsync", "lstat"}) {
         for (const std::string& from : {m_from, m_to + ".tmp"}) {

@@ -44,9 +44,11 @@ std::string ReserveBeside(const FileOutcome& outcome) {
 }
 
 void TellTarget(Session& session, const FileOutcome& outcome) {
-    FileOutcome entry = outcome;
-    entry.reserve = ReserveBeside(outcome);
-    AddFile(session, "targets", entry, outcome.isEdited);
+    if (session.Asked().json) {
+        FileOutcome entry = outcome;
+        entry.reserve = ReserveBeside(outcome);
+        AddFile(session, "targets", entry, outcome.isEdited);
+    }
     if (outcome.IsChange() || outcome.result == FileOutcome::Result::Kept || session.Asked().verbose)
         session.Out().Line(outcome.path + ": " + Describe(outcome, session.Asked().dryRun));
     TellDiff(session.Out(), outcome.diff);

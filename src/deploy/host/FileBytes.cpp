@@ -224,9 +224,17 @@ bool HaveSameBytes(const std::string& one, const std::string& other) {
     }
 }
 
-bool BeginsWith(int descriptor, const std::string& path, std::string_view bytes) {
-    const ChunkRoom room(bytes.size());
-    return room.First(ReadBlock(descriptor, path, room.Bytes())) == bytes;
+bool HoldsBytes(const std::string& path, std::string_view bytes) {
+    const Descriptor file(OpenToRead(path));
+    const struct stat status = OpenedStatus(file, path);
+    if (status.st_size > 0 && static_cast<std::size_t>(status.st_size) != bytes.size()) return false;
+    const ChunkRoom room(RoomFor(status));
+    for (std::string_view left = bytes;;) {
+        const std::size_t count = ReadBlock(file, path, room.Bytes(), 0, SizeTold(status));
+        if (!left.starts_with(room.First(count))) return false;
+        left.remove_prefix(count);
+        if (count < room.Bytes().size()) return left.empty();
+    }
 }
 
 mode_t ModeOf(const std::string& path) {
@@ -254,7 +262,7 @@ void RequireModeOf(const std::string& model, const std::string& staged) {
     RequireMode(descriptor, staged, mode);
 }
 
-void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode) {
+void WriteStagedFile(const std::string& path, std::string_view bytes, mode_t mode) {
     const Descriptor descriptor = OpenStaged(path);
     if (!WriteAll(descriptor, bytes)) Fail(path, _("cannot be written"));
     if (fchmod(descriptor, mode & kModeBits) != 0) Fail(path, _("cannot get its mode"));

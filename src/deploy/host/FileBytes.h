@@ -47,8 +47,8 @@ FileVersion VersionIn(int directory, const std::string& name, const std::string&
 /// Whether two regular files hold the same bytes.
 bool HaveSameBytes(const std::string& one, const std::string& other);
 
-/// Whether the regular file that is open, at its start, begins with these bytes; `path` is for the message.
-bool BeginsWith(int descriptor, const std::string& path, std::string_view bytes);
+/// Whether a regular file holds these bytes and no more.
+bool HoldsBytes(const std::string& path, std::string_view bytes);
 
 /// The mode of a file, links followed.
 mode_t ModeOf(const std::string& path);
@@ -61,7 +61,7 @@ void RequireMode(int descriptor, const std::string& path, mode_t mode);
 void RequireModeOf(const std::string& model, const std::string& staged);
 
 /// Writes a new file of that mode, or over a former one of this user's, in a directory of the product's.
-void WriteStagedFile(const std::string& path, const std::string& bytes, mode_t mode);
+void WriteStagedFile(const std::string& path, std::string_view bytes, mode_t mode);
 
 /// Copies a regular file into a private directory, with its mode and, where this user may give it away, its
 /// owner.

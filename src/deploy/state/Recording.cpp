@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <utility>
 
@@ -14,6 +15,12 @@
 namespace ZET::Deploy {
 
 namespace {
+
+/// Whether it matters who may read what the files hold.
+bool HasTexts(const Options& options) {
+    return std::any_of(options.words.begin(), options.words.end(),
+                       [](const CommandWord& word) { return word.isText; });
+}
 
 std::vector<std::string> ShownWords(const Options& options, bool isPrivate) {
     std::vector<std::string> words;
@@ -83,7 +90,7 @@ void Recording::Expect(ExpectedFile file) {
 void Recording::ExpectWithCompanions(ExpectedFile file) {
     Add(file, file.suffix);
     const bool exists = m_rows.back().record.file.before.exists;
-    m_isPrivate = m_isPrivate || m_host.IsPrivate(file.path);
+    IsMadeFrom(file.path);
     if (file.companions == ExpectedFile::Companions::Stay) return;
     file.after.reset();
     file.base.reset();
@@ -97,6 +104,10 @@ void Recording::ExpectWithCompanions(ExpectedFile file) {
         const bool isThere = m_rows.back().record.file.before.exists;
         if (isThere != mayGo) m_rows.pop_back();
     }
+}
+
+void Recording::IsMadeFrom(const std::string& path) {
+    m_isPrivate = m_isPrivate || (HasTexts(m_host.Wanted()) && m_host.IsPrivate(path));
 }
 
 void Recording::Add(const ExpectedFile& file, const std::string& suffix) {

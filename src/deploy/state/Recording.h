@@ -58,7 +58,7 @@ class Recording {
     void Expect(ExpectedFile file);
 
     /// What is written is made from this file: where that is not for everybody, nor are the words.
-    void IsMadeFrom(const std::string& path) { m_isPrivate = m_isPrivate || m_host.IsPrivate(path); }
+    void IsMadeFrom(const std::string& path);
 
     /// The expected files are about to be prepared: what a killed run leaves of them can be told.
     void Announce();

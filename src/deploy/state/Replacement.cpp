@@ -112,12 +112,12 @@ void Replacement::Make(mode_t mode, const Operation& operation, const Judge& jud
 }
 
 void Replacement::Guard(const ZETRename& rename, mode_t mode, const Judge& judge) {
+    if (rename.isReady) {
+        RequireVersion(m_file, m_version);
+        m_mayBeMade = true;
+        return;
+    }
     FileInPlace::Outside([&] {
-        if (rename.isReady) {
-            RequireVersion(m_file, m_version);
-            m_mayBeMade = true;
-            return;
-        }
         Complete(rename.descriptor, m_file.Path() + ZETTemporarySuffix, mode);
         judge(m_file.Path() + ZETTemporarySuffix);
         RequireVersion(m_file, m_version);

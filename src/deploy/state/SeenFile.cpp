@@ -27,9 +27,8 @@ const std::optional<std::string>& SeenFile::Text() const {
     return m_text;
 }
 
-bool SeenFile::HasBytesOf(int descriptor, off_t size, const std::string& other) const {
-    if (!Text()) return HaveSameBytes(m_path, other);
-    return static_cast<off_t>(m_text->size()) == size && BeginsWith(descriptor, other, *m_text);
+bool SeenFile::HasBytes(std::string_view bytes) const {
+    return Text() ? *m_text == bytes : HoldsBytes(m_path, bytes);
 }
 
 bool SeenFile::IsAs(const RecordedState& recorded) const {

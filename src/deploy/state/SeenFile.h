@@ -1,10 +1,9 @@
 #ifndef ZET_SEEN_FILE_H
 #define ZET_SEEN_FILE_H
 
-#include <sys/types.h>
-
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
@@ -23,12 +22,8 @@ class SeenFile {
     const FileState& State() const { return m_state; }
     const FileVersion& Version() const { return m_version; }
 
-    /// Reads the regular file now, and not when it is asked for, where the failure would be another's.
-    void Read() const { Text(); }
-
-    /// Whether this regular file holds the bytes of the one that `other` leads to, which has that size, and
-    /// that `descriptor` is open on, at its start.
-    bool HasBytesOf(int descriptor, off_t size, const std::string& other) const;
+    /// Whether this regular file holds these bytes and no more.
+    bool HasBytes(std::string_view bytes) const;
 
     /// Whether it is by content what is recorded; a link is not.
     bool IsAs(const RecordedState& recorded) const;

@@ -39,8 +39,12 @@ OnEdit OnEditOf(Host& host) {
     return wanted == "refuse" ? OnEdit::Refuse : OnEdit::AsConfigured;
 }
 
-bool HasCompanion(const std::string& path) {
-    return IsFileExist(path + ZETReserveSuffix) || IsFileExist(path + ZETAbsenceSuffix);
+/// Whether a reserve stands beside a target, or a record that there was nothing; looked for once.
+bool HasCompanion(PlannedTarget& planned) {
+    if (!planned.hasCompanion)
+        planned.hasCompanion =
+            IsFileExist(planned.path + ZETReserveSuffix) || IsFileExist(planned.path + ZETAbsenceSuffix);
+    return *planned.hasCompanion;
 }
 
 /// What its reserve is there for takes over from that.
@@ -233,7 +237,7 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
         return planned.change = rendering.isOther ? FileOutcome::Result::Changed : ChangeOf(planned);
     };
     const Role role = planned.namedRole;
-    if (stageFor(role) != FileOutcome::Result::Changed || isRecorded || !HasCompanion(planned.path)) return;
+    if (stageFor(role) != FileOutcome::Result::Changed || isRecorded || !HasCompanion(planned)) return;
     const PlannedTarget own = planned;
     const bool isOthers = stageFor(OtherRole(role)) == FileOutcome::Result::Unchanged;
     if (!isOthers) planned = own;
@@ -244,7 +248,7 @@ void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     const std::string& path = planned.path;
     const KnownFile* const known = m_known->Find(path);
     const bool isRecorded = known != nullptr && !known->state.knowledge.roles.empty();
-    const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there) : HasCompanion(path);
+    const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there) : HasCompanion(planned);
     planned.isTouched = isRecorded && isStrange;
     planned.isUnrecorded = !isRecorded && isStrange;
     planned.isReserved = planned.isUnrecorded && planned.before.exists && IsReserved(path);

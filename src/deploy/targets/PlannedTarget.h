@@ -1,6 +1,7 @@
 #ifndef ZET_PLANNED_TARGET_H
 #define ZET_PLANNED_TARGET_H
 
+#include <optional>
 #include <string>
 
 #include "deploy/host/FileBytes.h"
@@ -28,7 +29,8 @@ struct PlannedTarget {
     FileState before;
     FileState after;
 
-    bool hasWorkingCopy = false;  ///< its template, when it was checked
+    bool hasWorkingCopy = false;       ///< its template, when it was checked
+    std::optional<bool> hasCompanion;  ///< if it was asked for when the plan was made
 
     bool IsChange() const { return change != FileOutcome::Result::Unchanged; }
 

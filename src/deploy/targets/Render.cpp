@@ -1,11 +1,12 @@
 #include "deploy/targets/Render.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "deploy/host/Failure.h"
@@ -13,27 +14,28 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
-#include "deploy/state/GuardedRenames.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/targets/Secrets.h"
 #include "deploy/targets/TemplateFiles.h"
-#include "posix/Descriptor.h"
+#include "zet/IZETConfigFile.h"
+#include "zet/IZETTextToSave.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
 
 namespace {
 
+/// The operation tells whether it came to its end.
 template <typename Operation>
 void Perform(Deployment& product, const std::string& templateName, const std::string& path,
              Operation operation) {
     const WrittenLanguage language(product.Core());
     const LoggedFailures failures;
     // The module does not say why it could not save.
-    RemedyErrors(ZET_TEXT("make room, or see to the rights of its directory"), operation);
-    if (failures.Any()) {
+    const bool isDone = RemedyErrors(ZET_TEXT("make room, or see to the rights of its directory"), operation);
+    if (failures.Any() || !isDone) {
         throw Failure({.file = path,
                        .text = Words("the template %s could not be rendered into it", templateName),
                        .remedy = _("the log says why; then run the command again")});
@@ -48,31 +50,37 @@ struct Rendered {
 
 /// The log names the placeholders that it does not know, and others read it, too. Where it shows errors only,
 /// it does not, and nobody need find out whose eyes the template is for, which reads it.
-std::unique_ptr<QuietLog> QuietAbout(Deployment& product, const std::string& templateFile) {
+std::unique_ptr<QuietLog> QuietAbout(Deployment& product, const std::string& templateName) {
     if (QuietLog(ZETLogError).Former() == ZETLogError) return nullptr;
-    const bool isHidden = !templateFile.empty() && product.HostSecrets().Hides(templateFile);
+    const std::string file = TemplateFile(product, templateName);
+    const bool isHidden = !file.empty() && product.HostSecrets().Hides(file);
     return isHidden ? std::make_unique<QuietLog>(ZETLogError) : nullptr;
 }
 
-/// As the module processes a template, with or without its notice.
-void SaveRendering(Deployment& product, const std::string& templateName, const std::string& name, Role role,
+/// As the module processes a template, with or without its notice. Null when it cannot be opened.
+std::shared_ptr<IZETConfigFile> Expanded(Deployment& product, const std::string& templateName,
+                                         const std::string& name, Role role, StringMap& values) {
+    auto file = product.Config().OpenConfigFileTemplate(templateName, name, NameOf(role),
+                                                        !HasNotice(product, templateName));
+    if (file) file->ApplyTemplates(values);
+    return file;
+}
+
+bool SaveRendering(Deployment& product, const std::string& templateName, const std::string& name, Role role,
                    StringMap& values, bool noBackup) {
-    const auto file = product.Config().OpenConfigFileTemplate(templateName, name, NameOf(role),
-                                                              !HasNotice(product, templateName));
-    if (!file) return;
-    file->ApplyTemplates(values);
-    file->Save(noBackup);
+    const auto file = Expanded(product, templateName, name, role, values);
+    if (file) file->Save(noBackup);
+    return file != nullptr;
 }
 
 /// In its place, with a record of what was there before.
 void Process(Deployment& product, Role role, const std::string& templateName, const Rendered& file) {
     Perform(product, templateName, file.path, [&] {
-        if (HasNotice(product, templateName)) {
-            StringMap own = product.Values().Own();
-            product.Config().ProcessConfigFileTemplate(templateName, file.name, NameOf(role), &own);
-        } else {
-            SaveRendering(product, templateName, file.name, role, product.TemplateValues(), false);
-        }
+        if (!HasNotice(product, templateName))
+            return SaveRendering(product, templateName, file.name, role, product.TemplateValues(), false);
+        StringMap own = product.Values().Own();
+        product.Config().ProcessConfigFileTemplate(templateName, file.name, NameOf(role), &own);
+        return true;
     });
 }
 
@@ -80,7 +88,7 @@ void Process(Deployment& product, Role role, const std::string& templateName, co
 void ProcessOnce(Deployment& product, Role role, const std::string& templateName, const Rendered& file,
                  StringMap& values) {
     Perform(product, templateName, file.path,
-            [&] { SaveRendering(product, templateName, file.name, role, values, true); });
+            [&] { return SaveRendering(product, templateName, file.name, role, values, true); });
 }
 
 /// The values that are given come before the host's own.
@@ -90,6 +98,31 @@ StringMap WithHostsValues(HostProduct& product, const StringMap& values) {
     return all;
 }
 
+/// What the list gives, or else the template, whose mode is known if it was looked at.
+mode_t ModeToGive(Deployment& product, const std::string& templateName, const std::string& file,
+                  const std::optional<mode_t>& known = std::nullopt) {
+    const Target* const target = product.Lists().EntryOf(templateName);
+    if (target != nullptr && target->mode) return *target->mode;
+    return known ? *known : ModeOf(file);
+}
+
+/// Hands the text that a template renders to to `take`, once. A module that cannot tell it writes the file
+/// `name`.
+void TellRendering(Deployment& product, Role role, const std::string& templateName, const std::string& name,
+                   StringMap& values, const std::function<void(std::string_view text)>& take) {
+    Perform(product, templateName, name, [&] {
+        const auto file = Expanded(product, templateName, name, role, values);
+        if (!file) return false;
+        if (auto* const text = dynamic_cast<IZETTextToSave*>(file.get())) {
+            text->TellText(take);
+        } else {
+            file->Save(true);
+            take(ReadFileBytes(name));
+        }
+        return true;
+    });
+}
+
 /// Links followed; none, too, where nobody may look.
 std::optional<mode_t> ModeIfThere(const std::string& path) {
     constexpr mode_t kModeBits = 07777;
@@ -97,67 +130,23 @@ std::optional<mode_t> ModeIfThere(const std::string& path) {
     return stat(path.c_str(), &status) == 0 ? std::optional(status.st_mode & kModeBits) : std::nullopt;
 }
 
-/// Of the list, if it has one.
-std::optional<mode_t> ModeToGive(Deployment& product, const std::string& templateName) {
-    const Target* const target = product.Lists().EntryOf(templateName);
-    return target != nullptr ? target->mode : std::nullopt;
+/// Whether a commit that renders `text` would leave the file as it is, its owner among it.
+bool IsAsRendered(const SeenFile& file, std::string_view text, mode_t mode, bool& isOther) {
+    constexpr mode_t kModeBits = 07777;
+    const FileState& state = file.State();
+    if (!state.IsRegular()) return false;
+    isOther = (state.mode & kModeBits) != mode || !file.HasBytes(text);
+    return !isOther && state.owner == geteuid() && state.group == getegid();
 }
-
-/// Of the template, unless the list has another one.
-void GiveMode(Deployment& product, const std::string& templateName, const std::string& source,
-              const std::string& staged) {
-    RequireModeOf(source, staged);
-    const std::optional<mode_t> mode = ModeToGive(product, templateName);
-    if (!mode) return;
-    const Descriptor file(open(staged.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    RequireMode(file, staged, *mode);
-}
-
-/// Compares a rendering with what is there, before it gets its name in the private directory. Most of a set
-/// are there already, and never get it: of a commit that changes nothing, that took a sixth of the system
-/// calls.
-class RenderingJudge {
-  public:
-    explicit RenderingJudge(const SeenFile& there) : m_there(there) {}
-
-    /// As long as what it returns lives. `mode` is what the rendering is going to have. The file is read now:
-    /// that it cannot be is no failure of the rendering.
-    std::unique_ptr<GuardedRenames> Watch(mode_t mode) {
-        constexpr mode_t kModeBits = 07777;
-        if (!m_there.State().IsRegular()) return nullptr;
-        m_isOther = (m_there.State().mode & kModeBits) != mode;
-        if (m_isOther) return nullptr;
-        m_there.Read();
-        return std::make_unique<GuardedRenames>([this](const ZETRename& rename) {
-            if (!rename.isReady && IsThere(rename))
-                m_isLeft = rename.isLeft = unlink(rename.from.c_str()) == 0;
-        });
-    }
-
-    bool IsLeft() const { return m_isLeft; }
-    bool IsOther() const { return m_isOther; }
-
-  private:
-    bool IsThere(const ZETRename& rename) {
-        struct stat made = {};
-        if (rename.descriptor < 0 || fstat(rename.descriptor, &made) != 0) return false;
-        m_isOther = !m_there.HasBytesOf(rename.descriptor, made.st_size, rename.from);
-        return !m_isOther && made.st_uid == m_there.State().owner && made.st_gid == m_there.State().group;
-    }
-
-    const SeenFile& m_there;
-    bool m_isLeft = false;
-    bool m_isOther = false;
-};
 
 /// The notice names the template that was read: the working copy to be, not its stand-in in the private
 /// directory.
-void NameWorkingCopy(const std::string& staged, const std::string& standIn, const std::string& workingCopy) {
-    std::string bytes = ReadFileBytes(staged);
-    const std::size_t place = bytes.find(standIn);
-    if (place == std::string::npos) return;
-    bytes.replace(place, standIn.size(), workingCopy);
-    WriteStagedFile(staged, bytes, StateOf(staged).mode);
+std::string NamingWorkingCopy(std::string_view text, const std::string& standIn,
+                              const std::string& workingCopy) {
+    std::string renamed(text);
+    const std::size_t place = renamed.find(standIn);
+    if (place != std::string::npos) renamed.replace(place, standIn.size(), workingCopy);
+    return renamed;
 }
 
 }  // namespace
@@ -192,36 +181,82 @@ void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& temp
     recording.Expect(file);
 }
 
-/// Stages what a role gets; nothing, where a judge finds it there already.
-static std::string Stage(Deployment& product, Role role, const Staging& staging,
-                         const std::string& templateName, StringMap& values,
-                         RenderingJudge* judge = nullptr) {
-    const std::string room =
-        role == product.Role() ? "rendered/" : std::string("rendered-for-") + NameOf(role) + "/";
-    const std::string staged = staging.PathOf(room + templateName);
-    const std::string workingCopy = WorkingCopy(product, templateName);
-    const ParamOverride noSync(product.Core(), "ZET_SYNC", "no");
-    const std::optional<mode_t> mode = ModeIfThere(workingCopy);
-    if (mode || IsFileExist(workingCopy)) {
-        std::unique_ptr<GuardedRenames> watch;
-        if (judge != nullptr && mode) watch = judge->Watch(ModeToGive(product, templateName).value_or(*mode));
-        ProcessOnce(product, role, templateName, {staged, staged}, values);
-        if (judge != nullptr && judge->IsLeft()) return "";
-        GiveMode(product, templateName, workingCopy, staged);
-        return staged;
+namespace {
+
+/// A template on trial: nothing outside the private directory changes.
+class Trial {
+  public:
+    using Take = std::function<void(std::string_view text, mode_t mode)>;
+
+    Trial(Deployment& product, Role role, const Staging& staging, const std::string& templateName)
+        : m_product(product),
+          m_role(role),
+          m_staging(staging),
+          m_name(templateName),
+          m_workingCopy(WorkingCopy(product, templateName)) {}
+
+    /// Hands the text and the mode that the role gets to `take`.
+    void Tell(StringMap& values, const Take& take) const {
+        const std::optional<mode_t> mode = ModeIfThere(m_workingCopy);
+        if (!mode && !IsFileExist(m_workingCopy))
+            return TellOfStandIn("templates", TemplateFile(m_product, m_name), values, take);
+        TellRendering(m_product, m_role, m_name, File(), values, [&](std::string_view text) {
+            take(text, ModeToGive(m_product, m_name, m_workingCopy, mode));
+        });
     }
-    const std::string source = TemplateFile(product, templateName);
-    const std::string standIn = staging.PathOf("templates/" + templateName);
-    const ParamOverride directory(product.Core(), "ZET_CFG_DIR", staging.PathOf("templates"));
-    ProcessOnce(product, role, templateName, {staged, staged}, values);
-    GiveMode(product, templateName, source, staged);
-    NameWorkingCopy(staged, standIn, workingCopy);
-    return staged;
+
+    /// The same of a working copy that would have that text.
+    void TellOfText(const std::string& templateText, StringMap& values, const Take& take) const {
+        const std::string source = TemplateFile(m_product, m_name);
+        WriteStagedFile(m_staging.PathOf("made-up/" + m_name), templateText, ModeOf(source));
+        TellOfStandIn("made-up", source, values, take);
+    }
+
+    /// As the file that it would be.
+    std::string Write(std::string_view text, mode_t mode) const {
+        std::string file = File();
+        WriteStagedFile(file, text, mode);
+        return file;
+    }
+
+  private:
+    /// The module installs the pristine template where there is none.
+    void TellOfStandIn(const char* directory, const std::string& source, StringMap& values,
+                       const Take& take) const {
+        const std::string standIn = m_staging.PathOf(std::string(directory) + "/" + m_name);
+        const ParamOverride noSync(m_product.Core(), "ZET_SYNC", "no");
+        const ParamOverride templates(m_product.Core(), "ZET_CFG_DIR", m_staging.PathOf(directory));
+        TellRendering(m_product, m_role, m_name, File(), values, [&](std::string_view text) {
+            take(NamingWorkingCopy(text, standIn, m_workingCopy), ModeToGive(m_product, m_name, source));
+        });
+    }
+
+    std::string File() const {
+        const std::string room =
+            m_role == m_product.Role() ? "rendered/" : std::string("rendered-for-") + NameOf(m_role) + "/";
+        return m_staging.PathOf(room + m_name);
+    }
+
+    Deployment& m_product;
+    const Role m_role;
+    const Staging& m_staging;
+    const std::string& m_name;
+    const std::string m_workingCopy;
+};
+
+std::string Stage(Deployment& product, Role role, const Staging& staging, const std::string& templateName,
+                  StringMap& values) {
+    const Trial trial(product, role, staging, templateName);
+    std::string file;
+    trial.Tell(values, [&](std::string_view text, mode_t mode) { file = trial.Write(text, mode); });
+    return file;
 }
+
+}  // namespace
 
 std::string RenderStaged(Deployment& product, const Staging& staging, const std::string& templateName,
                          const StringMap& values) {
-    const std::unique_ptr<QuietLog> quiet = QuietAbout(product, TemplateFile(product, templateName));
+    const std::unique_ptr<QuietLog> quiet = QuietAbout(product, templateName);
     StringMap all = WithHostsValues(product, values);
     return Stage(product, product.Role(), staging, templateName, all);
 }
@@ -232,31 +267,32 @@ std::string RenderQuietly(Deployment& product, const Staging& staging, const std
     return Stage(product, role, staging, templateName, product.TemplateValues());
 }
 
+/// Most of a set are there already, and never become a file of the private directory: of a commit that
+/// changes nothing, that took a third of the system calls.
 ComparedRendering RenderUnlessThere(Deployment& product, const Staging& staging,
                                     const std::string& templateName, Role role, const SeenFile& there) {
     const QuietLog quiet(ZETLogError);
-    RenderingJudge judge(there);
-    std::string file = Stage(product, role, staging, templateName, product.TemplateValues(), &judge);
-    return {std::move(file), judge.IsOther()};
+    const Trial trial(product, role, staging, templateName);
+    ComparedRendering rendering;
+    trial.Tell(product.TemplateValues(), [&](std::string_view text, mode_t mode) {
+        if (!IsAsRendered(there, text, mode, rendering.isOther)) rendering.file = trial.Write(text, mode);
+    });
+    return rendering;
 }
 
 std::string RenderTemplateText(Deployment& product, const Staging& staging, Role role,
                                const std::string& templateName, const std::string& text) {
     const QuietLog quiet(ZETLogError);
-    const std::string workingCopy = WorkingCopy(product, templateName);
-    const std::string standIn = staging.PathOf("made-up/" + templateName);
-    WriteStagedFile(standIn, text, ModeOf(TemplateFile(product, templateName)));
-    const std::string staged = staging.PathOf("rendered-from-made-up/" + templateName);
-    const ParamOverride noSync(product.Core(), "ZET_SYNC", "no");
-    const ParamOverride directory(product.Core(), "ZET_CFG_DIR", staging.PathOf("made-up"));
-    ProcessOnce(product, role, templateName, {staged, staged}, product.TemplateValues());
-    NameWorkingCopy(staged, standIn, workingCopy);
-    return staged;
+    const Trial trial(product, role, staging, templateName);
+    std::string file;
+    trial.TellOfText(text, product.TemplateValues(),
+                     [&](std::string_view made, mode_t mode) { file = trial.Write(made, mode); });
+    return file;
 }
 
 void RenderOnce(Deployment& product, const std::string& templateName, const std::string& name,
                 const std::string& path, const StringMap& values) {
-    const std::unique_ptr<QuietLog> quiet = QuietAbout(product, TemplateFile(product, templateName));
+    const std::unique_ptr<QuietLog> quiet = QuietAbout(product, templateName);
     StringMap all = WithHostsValues(product, values);
     ProcessOnce(product, product.Role(), templateName, {name, path}, all);
 }
@@ -275,7 +311,7 @@ TargetRendering::TargetRendering(Deployment& product, FileInPlace place, const T
 void TargetRendering::KeepOriginal() {
     m_replacement.MakeReserve();
     RemedyErrors(ZET_TEXT("make room, or see to the rights of its directory"), [&] {
-        if (!IsFileExist(WorkingCopy(m_product, m_target.templateName)))
+        if (!m_target.hasWorkingCopy && !IsFileExist(WorkingCopy(m_product, m_target.templateName)))
             m_product.Config().InstallConfigFileTemplate(m_target.templateName);
     });
 }
@@ -288,8 +324,7 @@ void TargetRendering::Write() {
 
 void TargetRendering::Render() {
     const std::string& path = m_place.Path();
-    const std::unique_ptr<QuietLog> quiet =
-        QuietAbout(m_product, TemplateFile(m_product, m_target.templateName));
+    const std::unique_ptr<QuietLog> quiet = QuietAbout(m_product, m_target.templateName);
     const auto process = [&](const std::string& name) {
         Process(m_product, m_target.role, m_target.templateName, {name, path});
     };

@@ -71,6 +71,7 @@ struct TargetToRender {
     const FileVersion& version;  ///< of what it replaces
     Role role;
     bool isOwnText;                    ///< which no template makes: the staged text as it is
+    bool hasWorkingCopy;               ///< its template, when it was checked
     std::optional<FileOwner> owner{};  ///< of a file that is new
 };
 

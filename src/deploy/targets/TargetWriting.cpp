@@ -65,7 +65,8 @@ class TargetWriting {
         auto rendering = std::make_unique<TargetRendering>(
             m_product, std::move(place),
             TargetToRender{planned.target.templateName, planned.staged, planned.after.mode, planned.version,
-                           planned.namedRole, !planned.rendering.empty(), NewOwnerOf(planned.target)});
+                           planned.namedRole, !planned.rendering.empty(), planned.hasWorkingCopy,
+                           NewOwnerOf(planned.target)});
         rendering->KeepOriginal();
         return rendering;
     }

@@ -161,12 +161,22 @@ void CZETConfigFile::InsertHeader(const std::string& header) {
 }
 
 void CZETConfigFile::Save(bool noBackup) {
+    Complete();
+    InternalSaveAs(m_fromTemplate ? m_targetFileName : m_fileName, noBackup);
+}
+
+void CZETConfigFile::TellText(const std::function<void(std::string_view text)>& take) {
+    Complete();
+    m_content->Rewind();
+    take(m_content->Rest());
+}
+
+/// Makes the text what is saved.
+void CZETConfigFile::Complete() {
     if (!m_noMarkers) InsertHeader(Header());
-    if (!m_fromTemplate) return InternalSaveAs(m_fileName, noBackup);
     // After the header went in: a template that opens with a comment gets its notice in front of that, and
     // keeps it.
-    RemoveMarkers(ZETTemplateCommentMarker, ZETCommentEndMarker);
-    InternalSaveAs(m_targetFileName, noBackup);
+    if (m_fromTemplate) RemoveMarkers(ZETTemplateCommentMarker, ZETCommentEndMarker);
 }
 
 void CZETConfigFile::InternalSaveAs(const std::string& fileName, bool noBackup) {

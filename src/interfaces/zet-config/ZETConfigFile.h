@@ -4,20 +4,23 @@
 #include <sys/stat.h>
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "Buffer.h"
 #include "FileAccess.h"
 #include "TextReader.h"
 #include "zet/IZETConfigFile.h"
 #include "zet/IZETCore.h"
+#include "zet/IZETTextToSave.h"
 
 namespace ZET {
 
 /// The one implementation of `IZETConfigFile`. Keeps a plain reference to the core. Calls among its own
 /// operations go through its virtual operations. Not copied.
-class CZETConfigFile : public IZETConfigFile {
+class CZETConfigFile : public IZETConfigFile, public IZETTextToSave {
   public:
     explicit CZETConfigFile(IZETCore& core);
     ~CZETConfigFile() override;
@@ -37,6 +40,7 @@ class CZETConfigFile : public IZETConfigFile {
     std::string GetLine(const std::string& pattern) override;
     void RestoreLine(const std::string& pattern) override;
     void Save(bool noBackup) override;
+    void TellText(const std::function<void(std::string_view text)>& take) override;
 
     /// Logs which file is processed.
     virtual void InternalNotice();
@@ -55,6 +59,7 @@ class CZETConfigFile : public IZETConfigFile {
     template <typename Pass>
     void Rewrite(Pass&& pass);
     void RequireContent(const char* function, std::size_t line) const;
+    void Complete();
     void InternalSaveAs(const std::string& fileName, bool noBackup);
     void WriteTemporary(const std::string& temporaryName, const std::string& fileName);
     mode_t FinalMode(const Owner& owner, bool isGiven) const;

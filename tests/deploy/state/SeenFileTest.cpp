@@ -1,16 +1,13 @@
 #include "deploy/state/SeenFile.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include <filesystem>
 #include <string>
 
 #include "../HostFixture.h"
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/KnownFiles.h"
-#include "posix/Descriptor.h"
 
 namespace ZET::Deploy {
 
@@ -21,8 +18,7 @@ namespace fs = std::filesystem;
 class SeenFileTest : public HostFixture {
   protected:
     bool HaveSameBytes(const std::string& one, const std::string& other) const {
-        const Descriptor made(open(At(other).c_str(), O_RDONLY | O_CLOEXEC));
-        return SeenFile(At(one)).HasBytesOf(made, VersionOf(At(other)).size, At(other));
+        return SeenFile(At(one)).HasBytes(ReadFileBytes(At(other)));
     }
 
     /// As it is found by the calls that look each time anew.

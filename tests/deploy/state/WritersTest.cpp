@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "../HostFixture.h"
 #include "deploy/state/CapturedFile.h"
@@ -16,7 +17,8 @@ class WritersTest : public HostFixture {
     WritersTest() { Write("file.before_zet", "original"); }
 
     /// As an entry finds the file, and leaves it.
-    void Change(const std::string& before, const std::string& after, mode_t modeBefore = 0644) {
+    void Change(const std::string& before, const std::string& after, mode_t modeBefore = 0644,
+                const std::vector<std::string>& words = {"param", "set"}) {
         FileToRecord change;
         change.file.path = At("file");
         change.file.kind = FileKind::Edit;
@@ -26,8 +28,16 @@ class WritersTest : public HostFixture {
         change.textBefore = before;
         change.textAfter = after;
         Store& store = TheHost().HostHistory().ToRecord();
-        store.Close(store.Open({}, {change}), EntryOutcome::Done);
+        RecordedEntry entry;
+        entry.words = words;
+        store.Close(store.Open(entry, {change}), EntryOutcome::Done);
         m_kindBefore = FileKind::Edit;
+    }
+
+    /// An entry that put back what was there before.
+    void GoBack(const std::vector<std::string>& words, const std::string& before, const std::string& after) {
+        m_kindBefore = before == "original" ? FileKind::Original : FileKind::Edit;
+        Change(before, after, 0644, words);
     }
 
     Writers Since() {
@@ -80,6 +90,32 @@ TEST_F(WritersTest, AReserveThatWasMadeLaterIsWhatThatEntryFound) {
 TEST_F(WritersTest, WithoutTheFirstEntryNobodyCanTell) {
     m_kindBefore = FileKind::Edit;
     Change("what an entry left that is not kept", "second");
+    EXPECT_EQ(Since(), Writers::NotKept);
+}
+
+TEST_F(WritersTest, AnUndoPutsBackTheWorkOfOthers) {
+    for (const std::vector<std::string>& words : {std::vector<std::string>{"undo"},
+                                                  {"rollback-config", "--to", "1"},
+                                                  {"rollback-config", "--to=1"}}) {
+        Change("original", "first");
+        Change("first by hand", "original", 0644, {"rollback-config", "--force"});
+        GoBack(words, "original", "first by hand");
+        EXPECT_EQ(Since(), Writers::OthersToo) << words.front();
+        m_kindBefore = FileKind::Original;
+    }
+}
+
+TEST_F(WritersTest, AnUndoPutsBackTheWorkOfTheProductAlone) {
+    Change("original", "first");
+    Change("first", "second");
+    Change("second", "original", 0644, {"rollback-config"});
+    GoBack({"undo"}, "original", "second");
+    Change("second", "third");
+    EXPECT_EQ(Since(), Writers::ProductAlone);
+}
+
+TEST_F(WritersTest, WhatAnUndoPutsBackIsUntoldWhereNothingBeforeItIsKept) {
+    GoBack({"undo"}, "original", "first");
     EXPECT_EQ(Since(), Writers::NotKept);
 }
 

@@ -76,7 +76,8 @@ enum class FileKind {
 
 /// What an entry did to a file.
 struct RecordedFile {
-    std::string path;  ///< of the real file, as the host itself knows it
+    std::string path;        ///< of the real file, as the host itself knows it
+    std::int64_t entry = 0;  ///< that did it; 0 before it is recorded
     FileKind kind = FileKind::Edit;
     FileKind kindBefore = FileKind::Original;  ///< what it was known to be before the entry
     RecordedState before;

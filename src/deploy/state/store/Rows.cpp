@@ -262,8 +262,8 @@ static std::vector<RecordedFile> FilesIn(Database& database, const char* stateme
     Database::Rows rows(database, statement, values);
     while (rows.Next()) {
         RowReader row(Opened(rows, 8));
-        row.Number();
         RecordedFile file;
+        file.entry = row.Number();
         file.path = row.Text();
         file.kind = static_cast<FileKind>(row.Number());
         file.kindBefore = static_cast<FileKind>(row.Number());
