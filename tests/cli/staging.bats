@@ -127,6 +127,16 @@ commit_with() {
     rm -r "$TMPDIR"/*
 }
 
+@test "after a run that came to its end, the places that it may have used are not searched" {
+    zet -q commit-config
+    local words
+    for words in commit-config rollback-config; do
+        strace -f -qq -o "$BASE/opened" -e trace=open,openat "$ZET_BIN/zet-client" -q --config zet.conf "$words"
+        grep -q "$HOST/zet.conf" "$BASE/opened"
+        ! grep "\"$TMPDIR" "$BASE/opened"
+    done
+}
+
 @test "a run that lives keeps its directory" {
     mkdir -p -m 700 "$XDG_RUNTIME_DIR/zet-staging.abcdef/files"
     : >"$XDG_RUNTIME_DIR/zet-staging.abcdef/lock"

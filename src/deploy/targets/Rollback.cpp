@@ -174,7 +174,7 @@ RollbackResult RollBack(Deployment& product, const std::vector<std::string>& nam
         RequireOwnInstructions(product);
         lock = LockToGoBack(product.State(), LockSeeker{product.Caller(), product.Out()});
         if (lock) {
-            Staging::RemoveLeftOvers(product.State().Path());
+            if (lock->MayFollowOneCutShort()) Staging::RemoveLeftOvers(product.State().Path());
             SettleCutShort(product, true);
         }
     }
