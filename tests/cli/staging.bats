@@ -132,7 +132,7 @@ commit_with() {
     local words
     for words in commit-config rollback-config; do
         strace -f -qq -o "$BASE/opened" -e trace=open,openat "$ZET_BIN/zet-client" -q --config zet.conf "$words"
-        grep -q "$HOST/zet.conf" "$BASE/opened"
+        grep -q "zet.conf" "$BASE/opened"
         ! grep "\"$TMPDIR" "$BASE/opened"
     done
 }
