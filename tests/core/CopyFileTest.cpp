@@ -276,6 +276,15 @@ TEST_F(CopyFile, KernelThatStopsHalfwayIsGoneOnFrom) {
     EXPECT_EQ(ReadText(m_to), text);
 }
 
+TEST_F(CopyFile, WhatTellsItsSizeIsNotAskedForMore) {
+    WriteText(m_from, "text");
+    SystemCalls calls;
+    Copy();
+    EXPECT_EQ(calls.Count("copy_file_range"), 1);
+    EXPECT_EQ(calls.Count("read"), 0);
+    EXPECT_EQ(ReadText(m_to), "text");
+}
+
 TEST_F(CopyFile, CopyOntoItselfKeepsTheText) {
     WriteText(m_from, "text", 0640);
     ZET::CopyFile(m_from, m_from);
@@ -288,6 +297,7 @@ TEST_F(CopyFile, NoDescriptorIsLeftOpen) {
     WriteText(m_from, "text");
     for (const char* name : {"none", "read", "fchmod", "fsync", "rename", "fstat", "listxattr"}) {
         SystemCalls calls;
+        calls.Fail("copy_file_range", EIO);
         calls.Fail(name, EIO);
         try {
             Copy();

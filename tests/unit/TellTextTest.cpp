@@ -2,7 +2,11 @@
 #include <string>
 #include <vector>
 
+#include <gmock/gmock.h>
+
 #include "ModuleTest.h"
+#include "ZETConfig.h"
+#include "ZETOpenedFile.h"
 
 namespace ZET {
 namespace {
@@ -38,8 +42,8 @@ TEST_F(TellTextTest, TextOfATemplateIsWhatSavingItWrites) {
     for (const std::string& text : Texts()) {
         for (const bool noMarkers : {false, true}) {
             Write("cfg/t.conf", text);
-            CZETConfigFile told(m_core);
-            CZETConfigFile saved(m_core);
+            CZETOpenedFile told(m_core);
+            CZETOpenedFile saved(m_core);
             for (CZETConfigFile* const file : {&told, &saved}) {
                 ASSERT_TRUE(file->OpenTemplate("t.conf", Path("target"), "server", noMarkers));
                 file->ApplyTemplates(values);
@@ -53,8 +57,8 @@ TEST_F(TellTextTest, TextOfATemplateIsWhatSavingItWrites) {
 TEST_F(TellTextTest, TextOfAFileEditedInPlaceIsWhatSavingItWrites) {
     for (const std::string& text : Texts()) {
         for (const bool noMarkers : {false, true}) {
-            CZETConfigFile told(m_core);
-            CZETConfigFile saved(m_core);
+            CZETOpenedFile told(m_core);
+            CZETOpenedFile saved(m_core);
             for (CZETConfigFile* const file : {&told, &saved}) {
                 ASSERT_TRUE(file->Open(Write("target", text), "client", noMarkers));
                 file->SetParamValue("x", "2");
@@ -67,7 +71,7 @@ TEST_F(TellTextTest, TextOfAFileEditedInPlaceIsWhatSavingItWrites) {
 
 TEST_F(TellTextTest, NoFileIsLookedAtOrWritten) {
     Write("cfg/t.conf", "x=1\n");
-    CZETConfigFile file(m_core);
+    CZETOpenedFile file(m_core);
     ASSERT_TRUE(file.OpenTemplate("t.conf", Path("target"), "server", false));
     m_core.Forget();
     TextOf(file);
@@ -77,7 +81,7 @@ TEST_F(TellTextTest, NoFileIsLookedAtOrWritten) {
 }
 
 TEST_F(TellTextTest, FileCanBeToldAgainAndSavedAfterwards) {
-    CZETConfigFile file(m_core);
+    CZETOpenedFile file(m_core);
     ASSERT_TRUE(file.Open(Write("target", "x=1\n"), "server", false));
     const std::string text = TextOf(file);
     EXPECT_EQ(TextOf(file), text);
@@ -86,16 +90,22 @@ TEST_F(TellTextTest, FileCanBeToldAgainAndSavedAfterwards) {
 }
 
 TEST_F(TellTextTest, ExceptionOfTheReaderPassesThrough) {
-    CZETConfigFile file(m_core);
+    CZETOpenedFile file(m_core);
     ASSERT_TRUE(file.Open(Write("target", "x=1\n"), "server", false));
     EXPECT_THROW(file.TellText([](std::string_view) { throw std::range_error("enough"); }), std::range_error);
     EXPECT_NE(TextOf(file), "");
 }
 
-TEST_F(TellTextTest, FoundByWhoHasTheContractAlone) {
-    CZETConfigFile file(m_core);
-    IZETConfigFile* const contract = &file;
-    EXPECT_NE(dynamic_cast<IZETTextToSave*>(contract), nullptr);
+TEST_F(TellTextTest, FilesThatAreHandedOutTellTheirText) {
+    CZETConfig config(m_core);
+    Write("cfg/t.conf", "x=1\n");
+    for (const std::shared_ptr<IZETConfigFile>& file :
+         {config.OpenConfigFile(Write("target", "x=1\n"), "server", false),
+          config.OpenConfigFileTemplate("t.conf", Path("target"), "server", false)}) {
+        auto* const told = dynamic_cast<IZETTextToSave*>(file.get());
+        ASSERT_NE(told, nullptr);
+        EXPECT_THAT(TextOf(*told), testing::EndsWith("x=1\n"));
+    }
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "Companions.h"
 #include "Messages.h"
 #include "ZETConfigFile.h"
+#include "ZETOpenedFile.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -90,7 +91,7 @@ void CZETConfig::SetTemplateValue(const std::string& placeholder, const std::str
 
 std::shared_ptr<IZETConfigFile> CZETConfig::OpenConfigFile(const std::string& fileName,
                                                            const std::string& role, bool noMarkers) {
-    auto file = std::make_shared<CZETConfigFile>(m_core);
+    auto file = std::make_shared<CZETOpenedFile>(m_core);
     if (!file->Open(fileName, role, noMarkers)) return nullptr;
     return file;
 }
@@ -102,7 +103,7 @@ std::shared_ptr<IZETConfigFile> CZETConfig::OpenConfigFileTemplate(const std::st
     // A pristine template that is missing too shows when the working copy cannot be opened.
     if (!IsFileExist(m_core.GetParam("ZET_CFG_DIR") + "/" + templateName))
         InstallConfigFileTemplate(templateName);
-    auto file = std::make_shared<CZETConfigFile>(m_core);
+    auto file = std::make_shared<CZETOpenedFile>(m_core);
     if (!file->OpenTemplate(templateName, fileName, role, noMarkers)) return nullptr;
     return file;
 }

@@ -161,22 +161,17 @@ void CZETConfigFile::InsertHeader(const std::string& header) {
 }
 
 void CZETConfigFile::Save(bool noBackup) {
-    Complete();
+    TextToSave();
     InternalSaveAs(m_fromTemplate ? m_targetFileName : m_fileName, noBackup);
 }
 
-void CZETConfigFile::TellText(const std::function<void(std::string_view text)>& take) {
-    Complete();
-    m_content->Rewind();
-    take(m_content->Rest());
-}
-
-/// Makes the text what is saved.
-void CZETConfigFile::Complete() {
+std::string_view CZETConfigFile::TextToSave() {
     if (!m_noMarkers) InsertHeader(Header());
     // After the header went in: a template that opens with a comment gets its notice in front of that, and
     // keeps it.
     if (m_fromTemplate) RemoveMarkers(ZETTemplateCommentMarker, ZETCommentEndMarker);
+    m_content->Rewind();
+    return m_content->Rest();
 }
 
 void CZETConfigFile::InternalSaveAs(const std::string& fileName, bool noBackup) {

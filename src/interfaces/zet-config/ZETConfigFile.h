@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 
 #include <cstddef>
-#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -14,13 +13,12 @@
 #include "TextReader.h"
 #include "zet/IZETConfigFile.h"
 #include "zet/IZETCore.h"
-#include "zet/IZETTextToSave.h"
 
 namespace ZET {
 
 /// The one implementation of `IZETConfigFile`. Keeps a plain reference to the core. Calls among its own
 /// operations go through its virtual operations. Not copied.
-class CZETConfigFile : public IZETConfigFile, public IZETTextToSave {
+class CZETConfigFile : public IZETConfigFile {
   public:
     explicit CZETConfigFile(IZETCore& core);
     ~CZETConfigFile() override;
@@ -40,7 +38,6 @@ class CZETConfigFile : public IZETConfigFile, public IZETTextToSave {
     std::string GetLine(const std::string& pattern) override;
     void RestoreLine(const std::string& pattern) override;
     void Save(bool noBackup) override;
-    void TellText(const std::function<void(std::string_view text)>& take) override;
 
     /// Logs which file is processed.
     virtual void InternalNotice();
@@ -55,11 +52,14 @@ class CZETConfigFile : public IZETConfigFile, public IZETTextToSave {
     /// The text of the notice for this file.
     virtual std::string Header();
 
+  protected:
+    /// Makes the text what is saved, and shows it until the next operation.
+    std::string_view TextToSave();
+
   private:
     template <typename Pass>
     void Rewrite(Pass&& pass);
     void RequireContent(const char* function, std::size_t line) const;
-    void Complete();
     void InternalSaveAs(const std::string& fileName, bool noBackup);
     void WriteTemporary(const std::string& temporaryName, const std::string& fileName);
     mode_t FinalMode(const Owner& owner, bool isGiven) const;
