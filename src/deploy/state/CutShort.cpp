@@ -59,7 +59,8 @@ class CutShortEntries {
             byFile[FileOf(row)].push_back(row);
         for (const auto& [name, ofFile] : byFile) {
             const std::string path = m_host.HostPaths().FromInside(name);
-            if (m_host.HostPaths().StaysInside(path)) ClearLeftOvers(m_host, {path, begun, TextsOf(ofFile)});
+            if (m_host.HostPaths().StaysInside(path))
+                ClearLeftOvers(m_host, {path, begun, TextsOf(ofFile), OwnersOf(ofFile)});
         }
     }
 
@@ -89,6 +90,15 @@ class CutShortEntries {
             }
         }
         return texts;
+    }
+
+    static std::set<uid_t> OwnersOf(const std::vector<RecordedFile>& rows) {
+        std::set<uid_t> owners;
+        for (const RecordedFile& row : rows) {
+            for (const RecordedState* const state : {&row.before, &row.after})
+                if (state->exists) owners.insert(state->owner);
+        }
+        return owners;
     }
 
     Host& m_host;

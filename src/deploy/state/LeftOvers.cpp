@@ -31,7 +31,10 @@ struct DirectoryCloser {
 /// What a run that was cut short can have left beside one of its files.
 class LeftOvers {
   public:
-    LeftOvers(Observer& observer, const CutShortFile& file) : m_observer(observer), m_file(file) {}
+    LeftOvers(Observer& observer, const CutShortFile& file)
+        : m_observer(observer), m_file(file), m_owners(file.owners) {
+        m_owners.insert(geteuid());
+    }
 
     /// `name` is that of the file, in its directory.
     void Clear(const std::string& name) {
@@ -95,7 +98,7 @@ class LeftOvers {
 
     Observer& m_observer;
     const CutShortFile& m_file;
-    std::set<uid_t> m_owners{geteuid()};
+    std::set<uid_t> m_owners;
 };
 
 }  // namespace

@@ -1,7 +1,10 @@
 #ifndef ZET_LEFT_OVERS_H
 #define ZET_LEFT_OVERS_H
 
+#include <sys/types.h>
+
 #include <cstdint>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -14,6 +17,7 @@ struct CutShortFile {
     std::string path;                ///< of the real file
     std::int64_t begun = 0;          ///< when the run began to write, in nanoseconds since 1970
     std::vector<std::string> texts;  ///< what was being written begins one of these; none: nobody knows
+    std::set<uid_t> owners{};        ///< whom the run may have given it to
 };
 
 /// Removes the temporary files that the run left beside the file, which is told; what has the name of one,

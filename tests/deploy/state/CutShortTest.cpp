@@ -25,7 +25,7 @@ class CutShortTest : public HostFixture {
     /// What a run that was killed leaves: its open entry, and then what it was at. The file was to become
     /// `after`, unless that was not known yet.
     void RecordOfKilledRun(const std::string& name, const std::optional<std::string>& after = std::nullopt,
-                           FileKind kind = FileKind::Edit) {
+                           FileKind kind = FileKind::Edit, std::optional<uid_t> owner = std::nullopt) {
         FileToRecord file;
         file.file.kind = kind;
         file.file.path = At(name);
@@ -38,6 +38,7 @@ class CutShortTest : public HostFixture {
         if (after) {
             file.textAfter = *after;
             file.file.after.mode = 0644;
+            file.file.after.owner = owner.value_or(geteuid());
         }
         m_number = TheStore().Announce({}, {file});
     }
@@ -203,6 +204,18 @@ TEST_F(CutShortTest, WithoutARecordNothingIsCleared) {
     EXPECT_THAT(Clear(), IsEmpty());
     EXPECT_TRUE(fs::exists(At("out/a.tmp")));
     EXPECT_THAT(m_told.remarks, IsEmpty());
+}
+
+TEST_F(CutShortTest, WhatItHadGivenToTheOwnerThatTheFileWasToHaveIsRemoved) {
+    if (geteuid() != 0) GTEST_SKIP() << "root alone gives files away";
+    constexpr uid_t kOwner = 12345;
+    for (const uid_t recorded : {kOwner, kOwner + 1}) {
+        RecordOfKilledRun("out/new", "text\n", FileKind::Edit, recorded);
+        Write("out/new.tmp", "text\n");
+        ASSERT_EQ(chown(At("out/new.tmp").c_str(), kOwner, kOwner), 0);
+        Clear();
+        EXPECT_EQ(fs::exists(At("out/new.tmp")), recorded != kOwner) << "of somebody else it stays";
+    }
 }
 
 }  // namespace
