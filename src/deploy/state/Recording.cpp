@@ -249,11 +249,9 @@ void Recording::Complete(Ending ending) {
 
 void Recording::Close(EntryOutcome outcome, Ending ending) {
     const std::int64_t number = *std::exchange(m_open, std::nullopt);
-    const bool isKept = m_store->Close(number, outcome, Settled(ending));
-    if (!m_host.HostHistory().KeepsTexts())
-        m_store->Drop(number);
-    else if (isKept)
-        m_host.Out().Recorded(number);
+    Settlement settlement = Settled(ending);
+    settlement.keepsEntry = m_host.HostHistory().KeepsTexts();
+    if (m_store->Close(number, outcome, settlement)) m_host.Out().Recorded(number);
 }
 
 }  // namespace ZET::Deploy

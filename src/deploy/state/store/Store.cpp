@@ -107,6 +107,7 @@ std::int64_t Store::Begin(const RecordedEntry& entry, const std::vector<FileToRe
         for (const FileToRecord& file : files)
             Insert(number, file);
         transaction.Commit();
+        m_wasJournalLong = IsJournalLong();
         return number;
     });
 }
@@ -115,6 +116,15 @@ std::int64_t Store::Begin(const RecordedEntry& entry, const std::vector<FileToRe
 void Store::SyncCommits(Sync sync) {
     if (m_isSynced)
         m_database->Run(sync == Sync::Later ? "PRAGMA synchronous = NORMAL" : "PRAGMA synchronous = FULL");
+}
+
+bool Store::IsJournalLong() const {
+    return m_database->JournalBefore() >= kLongJournal;
+}
+
+/// What is remembered beside an entry leaves it to that: an entry costs three syncs at most.
+void Store::TakeJournalOverUnlessEntry() {
+    if (!m_wasJournalLong && IsJournalLong()) TakeJournalOver(*m_database, m_file);
 }
 
 void Store::Insert(std::int64_t number, const FileToRecord& file) {
@@ -134,7 +144,10 @@ void Store::Plan(std::int64_t number, const std::vector<FileToRecord>& files) {
 
 bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& settlement) {
     return Guarded([&] {
-        SyncCommits(Sync::AsTold);
+        // The sync by which the taking over begins makes the end durable, too. A journal that has grown long
+        // by the entry itself is left to the next one: to begin it anew may have cost a sync already.
+        const bool takesOver = m_wasJournalLong && std::exchange(*m_wasJournalLong, false);
+        SyncCommits(takesOver ? Sync::Later : Sync::AsTold);
         Database::Transaction transaction(*m_database);
         for (const FileToRecord& file : settlement.changed)
             ReplaceAfter(number, file);
@@ -151,10 +164,12 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
         entry.outcome = outcome;
         ReplaceEntry(*m_database, entry);
         const bool isKept =
+            settlement.keepsEntry &&
             !Numbers(*m_database, "SELECT 1 FROM files WHERE entry = ? LIMIT 1", {number}).empty();
         if (!isKept) DeleteEntry(*m_database, number);
         Prune(*m_database, m_limits);
         transaction.Commit();
+        if (takesOver) TakeJournalOver(*m_database, m_file);
         KeepLastNumber(m_file, LastGiven(*m_database));
         return isKept;
     });
@@ -184,6 +199,7 @@ void Store::Drop(std::int64_t number) {
         Database::Transaction transaction(*m_database);
         DeleteEntry(*m_database, number);
         transaction.Commit();
+        if (m_wasJournalLong && std::exchange(*m_wasJournalLong, false)) TakeJournalOver(*m_database, m_file);
     });
 }
 
@@ -246,7 +262,9 @@ void Store::Remember(const std::vector<FileToRecord>& files) {
         const auto transaction = TransactionUnlessOpen();
         for (const FileToRecord& file : files)
             RememberOne(file);
-        if (transaction) transaction->Commit();
+        if (!transaction) return;
+        transaction->Commit();
+        TakeJournalOverUnlessEntry();
     });
 }
 
@@ -259,7 +277,9 @@ void Store::RememberTogether(const std::function<void()>& call) {
             if (transaction && m_database->IsInTransaction()) transaction->Commit();
             throw;
         }
-        if (transaction) transaction->Commit();
+        if (!transaction) return;
+        transaction->Commit();
+        TakeJournalOverUnlessEntry();
     });
 }
 

@@ -26,6 +26,13 @@ FoundStore FindStore(const std::string& file);
 /// disk when a transaction was committed.
 std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, bool isSynced);
 
+/// A journal of so many pages is taken over: every command reads it first.
+inline constexpr std::int64_t kLongJournal = 256;
+
+/// Takes the journal of a store over that is synced. What was committed is on the disk then, however it was
+/// committed; a journal that somebody reads, or for which the disk is full, stays as it is otherwise.
+void TakeJournalOver(Database& database, const std::string& file);
+
 /// Opens one that is there, and changes nothing.
 std::unique_ptr<Database> OpenStoreToLook(const std::string& file);
 
