@@ -35,6 +35,14 @@ TEST_F(JournalTest, EntriesTakeItOver) {
         [](Store& store, int i) { Record(store, {File("/etc/x", Long(i), Long(i + 1))}); });
 }
 
+TEST_F(JournalTest, WhereNothingIsSyncedItIsTakenOverEarly) {
+    for (int i = 0; i < 30; ++i) {
+        Store store = Opened();
+        Record(store, {File("/etc/x", std::to_string(i), std::to_string(i + 1))});
+        EXPECT_LT(fs::file_size(Name("-wal")), 2 * kLongUnsyncedJournal * kPage);
+    }
+}
+
 TEST_F(JournalTest, WhatIsDroppedTakesItOver) {
     ExpectJournalStaysShort(
         [](Store& store, int i) { store.Drop(store.Announce(Entry(), {File("/etc/x", Long(i), "")})); });

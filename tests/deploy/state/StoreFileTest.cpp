@@ -69,7 +69,7 @@ TEST_F(StoreFileTest, AnotherDatabaseAndANewerStoreAreRefused) {
     { Opened(); }
     {
         Database newer(Name(), Database::Access::Write);
-        newer.Run("PRAGMA user_version = 2");
+        newer.Run("PRAGMA user_version = 99");
     }
     try {
         Opened();

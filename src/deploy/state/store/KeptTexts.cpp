@@ -7,7 +7,9 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/store/Compression.h"
 #include "deploy/state/store/Digest.h"
+#include "deploy/state/store/PlainFrame.h"
 #include "deploy/state/store/Rows.h"
+#include "deploy/state/store/TextMark.h"
 
 namespace ZET::Deploy {
 
@@ -27,19 +29,35 @@ bool IsTextAt(Database& database, std::int64_t id, const std::string& text) {
     return *isSame;
 }
 
-/// Texts are compared: a digest like that of another text can be made.
-std::optional<TextNumber> Kept(Database& database, const std::string& text, const std::string& digest) {
-    for (const std::int64_t id : Numbers(database, "SELECT id FROM texts WHERE digest = ? AND size = ?",
-                                         {Blob{digest}, static_cast<std::int64_t>(text.size())})) {
-        if (IsTextAt(database, id, text)) return TextNumber{id};
+/// Of a text that would have to be expanded to be compared.
+std::optional<std::int64_t> MarkIn(Database& database, const std::string& text) {
+    if (text.size() <= kLongestPlainText) return std::nullopt;
+    Database::Rows rows(database, "SELECT key FROM secret");
+    const bool isThere = rows.Next();
+    if (!isThere || rows.Bytes(0).size() != kSizeOfMarkKey) throw DamagedRow();
+    return MarkOf(rows.Text(0), text);
+}
+
+/// A digest like that of another text can be made, and so can a text be that has it: its mark tells, or it is
+/// compared, as the texts of the first version of the tables are.
+std::optional<TextNumber> Kept(Database& database, const std::string& text, const std::string& digest,
+                               const std::optional<std::int64_t>& mark) {
+    Database::Rows rows(database, "SELECT id, mark FROM texts WHERE digest = ? AND size = ?",
+                        {Blob{digest}, static_cast<std::int64_t>(text.size())});
+    while (rows.Next()) {
+        const std::int64_t id = rows.Number(0);
+        const auto itsMark = rows.OptionalNumber(1);
+        if (mark && itsMark ? *mark == *itsMark : IsTextAt(database, id, text)) return TextNumber{id};
     }
     return std::nullopt;
 }
 
 TextNumber Keep(Database& database, const std::string& text, const std::string& digest) {
-    if (const auto kept = Kept(database, text, digest)) return *kept;
-    database.Run("INSERT INTO texts(digest, size, frame) VALUES(?,?,?)",
-                 {Blob{digest}, static_cast<std::int64_t>(text.size()), Blob{Compressed(text)}});
+    const auto mark = MarkIn(database, text);
+    if (const auto kept = Kept(database, text, digest, mark)) return *kept;
+    database.Run(
+        "INSERT INTO texts(digest, size, frame, mark) VALUES(?,?,?,?)",
+        {Blob{digest}, static_cast<std::int64_t>(text.size()), Blob{Compressed(text)}, OptionalValue(mark)});
     return {database.LastRow()};
 }
 

@@ -119,12 +119,12 @@ void Store::SyncCommits(Sync sync) {
 }
 
 bool Store::IsJournalLong() const {
-    return m_database->JournalBefore() >= kLongJournal;
+    return m_database->JournalBefore() >= (m_isSynced ? kLongJournal : kLongUnsyncedJournal);
 }
 
 /// What is remembered beside an entry leaves it to that: an entry costs three syncs at most.
 void Store::TakeJournalOverUnlessEntry() {
-    if (!m_wasJournalLong && IsJournalLong()) TakeJournalOver(*m_database, m_file);
+    if (!m_wasJournalLong && IsJournalLong()) TakeJournalOver(*m_database, m_file, m_isSynced);
 }
 
 void Store::Insert(std::int64_t number, const FileToRecord& file) {
@@ -146,8 +146,8 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
     return Guarded([&] {
         // The sync by which the taking over begins makes the end durable, too. A journal that has grown long
         // by the entry itself is left to the next one: to begin it anew may have cost a sync already.
-        const bool takesOver = m_wasJournalLong && std::exchange(*m_wasJournalLong, false);
-        SyncCommits(takesOver ? Sync::Later : Sync::AsTold);
+        const bool wasLong = m_wasJournalLong && std::exchange(*m_wasJournalLong, false);
+        SyncCommits(wasLong ? Sync::Later : Sync::AsTold);
         Database::Transaction transaction(*m_database);
         for (const FileToRecord& file : settlement.changed)
             ReplaceAfter(number, file);
@@ -169,7 +169,7 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
         if (!isKept) DeleteEntry(*m_database, number);
         Prune(*m_database, m_limits);
         transaction.Commit();
-        if (takesOver) TakeJournalOver(*m_database, m_file);
+        if (wasLong || (!m_isSynced && IsJournalLong())) TakeJournalOver(*m_database, m_file, m_isSynced);
         KeepLastNumber(m_file, LastGiven(*m_database));
         return isKept;
     });
@@ -199,7 +199,8 @@ void Store::Drop(std::int64_t number) {
         Database::Transaction transaction(*m_database);
         DeleteEntry(*m_database, number);
         transaction.Commit();
-        if (m_wasJournalLong && std::exchange(*m_wasJournalLong, false)) TakeJournalOver(*m_database, m_file);
+        if (m_wasJournalLong && std::exchange(*m_wasJournalLong, false))
+            TakeJournalOver(*m_database, m_file, m_isSynced);
     });
 }
 

@@ -110,22 +110,18 @@ std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, bool isSync
     // Before there is a journal that is kept: what has no tables was never one of these.
     UpgradeStore(*database, version);
     ChooseJournal(*database);
-    // Every command reads the journal first; to take it over sooner costs syncs, where there are any. Where
-    // there are none, 32 pages are 0.1 ms a command better than 64, and 16 no better than that.
-    if (isSynced)
-        database->LeaveJournal();
-    else
-        database->Run("PRAGMA wal_autocheckpoint = 32");
+    database->LeaveJournal();
     return database;
 }
 
-void TakeJournalOver(Database& database, const std::string& file) {
+void TakeJournalOver(Database& database, const std::string& file, bool isSynced) {
     try {
         if (database.TakeJournalOver()) return;
     } catch (const DatabaseError& error) {
         // Of any other one, a sync that comes later could hide that this one failed.
         if (!error.IsFull()) throw;
     }
+    if (!isSynced) return;
     const std::string name = file + "-wal";
     const Descriptor journal(open(name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
     if (journal < 0 || fdatasync(journal) != 0)

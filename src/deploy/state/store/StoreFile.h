@@ -26,12 +26,14 @@ FoundStore FindStore(const std::string& file);
 /// disk when a transaction was committed.
 std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, bool isSynced);
 
-/// A journal of so many pages is taken over: every command reads it first.
+/// A journal of so many pages is taken over: every command reads it first. Where the store is not synced,
+/// that costs little.
 inline constexpr std::int64_t kLongJournal = 256;
+inline constexpr std::int64_t kLongUnsyncedJournal = 32;
 
-/// Takes the journal of a store over that is synced. What was committed is on the disk then, however it was
-/// committed; a journal that somebody reads, or for which the disk is full, stays as it is otherwise.
-void TakeJournalOver(Database& database, const std::string& file);
+/// Takes the journal over; one that somebody reads, or for which the disk is full, stays as it is. In a store
+/// that is synced, what was committed is on the disk then, however it was committed.
+void TakeJournalOver(Database& database, const std::string& file, bool isSynced);
 
 /// Opens one that is there, and changes nothing.
 std::unique_ptr<Database> OpenStoreToLook(const std::string& file);
