@@ -144,7 +144,7 @@ RecordedEntry Recording::EntryToOpen() const {
     return entry;
 }
 
-/// With their texts, which are not needed here any more.
+/// With their texts, which are not needed here any more: unless it is to be planned yet, what the file was.
 std::vector<FileToRecord> Recording::NewFiles() {
     std::vector<FileToRecord> files;
     for (Row& row : m_rows) {
@@ -160,7 +160,12 @@ std::vector<FileToRecord> Recording::NewFiles() {
 
 void Recording::Announce() {
     if (!IsOn()) return;
-    OrGoOnWithout([&] { m_number = m_open = m_store->Announce(EntryToOpen(), NewFiles()); });
+    OrGoOnWithout([&] {
+        std::vector<FileToRecord> files = NewFiles();
+        m_number = m_open = m_store->Announce(EntryToOpen(), files);
+        for (std::size_t i = 0; i < files.size(); ++i)
+            if (!files[i].isPlanned) m_rows[i].record.textBefore = std::move(files[i].textBefore);
+    });
 }
 
 void Recording::Plan(const std::string& path, CapturedFile after, Attributes attributes) {

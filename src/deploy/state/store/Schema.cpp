@@ -59,9 +59,12 @@ void MakeTables(Database& database) {
     database.Run("PRAGMA application_id = 1514493011");
 }
 
-/// The mark of a text is in the index, too: the columns behind a long frame are far away.
+/// The mark of a text is in the index, too: the columns behind a long frame are far away. A text may be made
+/// from another one, which then is kept whole, and as long as that is needed.
 constexpr const char* kTablesOfVersion2[] = {
     "ALTER TABLE texts ADD COLUMN mark INTEGER",
+    "ALTER TABLE texts ADD COLUMN made_from INTEGER REFERENCES texts",
+    "CREATE INDEX texts_by_base ON texts(made_from) WHERE made_from IS NOT NULL",
     "DROP INDEX texts_by_digest",
     "CREATE INDEX texts_by_digest ON texts(digest, size, mark)",
     "CREATE TABLE secret(id INTEGER PRIMARY KEY, key BLOB NOT NULL)",

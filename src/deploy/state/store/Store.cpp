@@ -24,11 +24,15 @@ std::int64_t Now() {
     return std::int64_t{now.tv_sec} * kNanoseconds + now.tv_nsec;
 }
 
+/// 0: no row is found.
+std::int64_t FirstNumber(Database& database, const char* statement) {
+    const std::vector<std::int64_t> numbers = Numbers(database, statement);
+    return numbers.empty() ? 0 : numbers.front();
+}
+
 /// The greatest number that an entry ever had.
 std::int64_t LastGiven(Database& database) {
-    const std::vector<std::int64_t> numbers =
-        Numbers(database, "SELECT seq FROM sqlite_sequence WHERE name = 'entries'");
-    return numbers.empty() ? 0 : numbers.front();
+    return FirstNumber(database, "SELECT seq FROM sqlite_sequence WHERE name = 'entries'");
 }
 
 RecordedEntry RequiredEntry(Database& database, std::int64_t number) {
@@ -177,18 +181,25 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
 
 /// False when the entry does not have the file.
 bool Store::ReplaceAfter(std::int64_t number, const FileToRecord& file) {
-    const std::vector<std::int64_t> states = Numbers(
-        *m_database, "SELECT after FROM files WHERE entry = ? AND path = ?", {number, file.file.path});
+    const RowValues which = {number, file.file.path};
+    const std::vector<std::int64_t> texts = Numbers(*m_database,
+                                                    "SELECT text FROM files JOIN states ON states.id = before"
+                                                    " WHERE entry = ? AND path = ? AND text IS NOT NULL",
+                                                    which);
+    const auto before = texts.empty() ? std::nullopt : std::optional(TextNumber{texts.front()});
+    const std::vector<std::int64_t> states =
+        Numbers(*m_database, "SELECT after FROM files WHERE entry = ? AND path = ?", which);
     for (const std::int64_t state : states)
-        ReplaceStateAndTexts(*m_database, state, AfterOf(file, StateAt(*m_database, state)));
+        ReplaceStateAndTexts(*m_database, state, AfterOf(file, StateAt(*m_database, state), before));
     return !states.empty();
 }
 
 /// The text that is kept already need not be given again.
-RecordedState Store::AfterOf(const FileToRecord& file, const RecordedState& former) {
+RecordedState Store::AfterOf(const FileToRecord& file, const RecordedState& former,
+                             std::optional<TextNumber> before) {
     RecordedState given = file.file.after;
     if (HaveSameText(given, former)) given.text = former.text;
-    RecordedState after = AfterWithTexts(*m_database, m_limits, file, std::move(given));
+    RecordedState after = AfterWithTexts(*m_database, m_limits, file, std::move(given), before);
     if (!file.base) after.knowledge.base = former.knowledge.base;
     return after;
 }
@@ -314,10 +325,7 @@ std::string Store::Text(TextNumber number) {
 }
 
 std::int64_t Store::LastPruned() {
-    return Guarded([&] {
-        const std::vector<std::int64_t> numbers = Numbers(*m_database, "SELECT number FROM pruned");
-        return numbers.empty() ? 0 : numbers.front();
-    });
+    return Guarded([&] { return FirstNumber(*m_database, "SELECT number FROM pruned"); });
 }
 
 std::size_t Store::CountTexts(const std::vector<std::string>& paths) {

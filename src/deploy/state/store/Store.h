@@ -113,7 +113,8 @@ class Store {
 
     void Insert(std::int64_t number, const FileToRecord& file);
     bool ReplaceAfter(std::int64_t number, const FileToRecord& file);
-    RecordedState AfterOf(const FileToRecord& file, const RecordedState& former);
+    RecordedState AfterOf(const FileToRecord& file, const RecordedState& former,
+                          std::optional<TextNumber> before);
     void RememberOne(const FileToRecord& file);
 
     const std::string m_file;
