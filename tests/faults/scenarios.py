@@ -104,9 +104,8 @@ LONG_JOURNAL = 256 * 4096
 @scenario("param-set-long-journal", "zet-init", "param", "set", "HOST/files/plain.conf", "size", "4", undo=RESTORE)
 def let_the_journal_grow(host, run):
     path = host.path("files/passing.conf")
-    text = random.Random(1).randbytes(LONG_JOURNAL * 3 // 4).hex() + "\n"
-    write(path, text)
-    write(path + ".before_zet", "# as it was before\n" + text)
+    for seed, name in enumerate((path, path + ".before_zet")):
+        write(name, random.Random(seed).randbytes(LONG_JOURNAL * 3 // 4).hex() + "\n")
     run("zet-init", "file", "restore", path)
     os.remove(path)
     if os.path.getsize(host.path("state/state.db-wal")) < LONG_JOURNAL:
