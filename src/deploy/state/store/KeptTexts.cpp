@@ -37,7 +37,7 @@ std::optional<std::int64_t> MarkIn(Database& database, const std::string& text) 
     Database::Rows rows(database, "SELECT key FROM secret");
     const bool isThere = rows.Next();
     if (!isThere || rows.Bytes(0).size() != kSizeOfMarkKey) throw DamagedRow();
-    return MarkOf(rows.Text(0), text);
+    return MarkOf(rows.Bytes(0), text);
 }
 
 /// A digest like that of another text can be made, and so can a text be that has it: its mark tells, or it is

@@ -1,7 +1,5 @@
 #include "deploy/state/store/TextMark.h"
 
-#include <algorithm>
-#include <array>
 #include <bit>
 #include <cstring>
 #include <stdexcept>
@@ -10,100 +8,71 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr std::size_t kLanes = 4;
 constexpr std::size_t kWord = sizeof(std::uint64_t);
-constexpr std::size_t kBlock = kLanes * kWord;
-using Block = std::array<std::uint64_t, kLanes>;
 
-std::uint64_t WordAt(const char* bytes) {
+/// Little-endian, wherever it is read; what is missing is zero.
+std::uint64_t WordOf(std::string_view bytes) {
     std::uint64_t word = 0;
-    std::memcpy(&word, bytes, kWord);
+    std::memcpy(&word, bytes.data(), bytes.size());
     if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
     return word;
 }
 
-/// As many SipHashes as there are words, each with its number in its first state.
-template <std::size_t count>
-class SipHashes {
+class SipHash {
   public:
-    using Each = std::array<std::uint64_t, count>;
-
-    SipHashes(const std::string& key, std::uint64_t first) {
-        const std::uint64_t low = WordAt(key.data());
-        const std::uint64_t high = WordAt(key.data() + kWord);
-        for (std::size_t i = 0; i < count; ++i) {
-            m_a[i] = low ^ 0x736f6d6570736575;
-            m_b[i] = high ^ 0x646f72616e646f6d ^ (first + i);
-            m_c[i] = low ^ 0x6c7967656e657261;
-            m_d[i] = high ^ 0x7465646279746573;
-        }
+    explicit SipHash(std::string_view key) {
+        const std::uint64_t low = WordOf(key.substr(0, kWord));
+        const std::uint64_t high = WordOf(key.substr(kWord));
+        m_a ^= low;
+        m_b ^= high;
+        m_c ^= low;
+        m_d ^= high;
     }
 
-    void Add(const Each& words) {
-        for (std::size_t i = 0; i < count; ++i)
-            m_d[i] ^= words[i];
+    void Add(std::uint64_t word) {
+        m_d ^= word;
         Round();
-        for (std::size_t i = 0; i < count; ++i)
-            m_a[i] ^= words[i];
+        m_a ^= word;
     }
 
-    Each End() {
-        for (std::size_t i = 0; i < count; ++i)
-            m_c[i] ^= 0xff;
+    std::uint64_t End() {
+        m_c ^= 0xff;
         for (int round = 0; round < 3; ++round)
             Round();
-        Each ends;
-        for (std::size_t i = 0; i < count; ++i)
-            ends[i] = m_a[i] ^ m_b[i] ^ m_c[i] ^ m_d[i];
-        return ends;
+        return m_a ^ m_b ^ m_c ^ m_d;
     }
 
   private:
     void Round() {
-        for (std::size_t i = 0; i < count; ++i) {
-            m_a[i] += m_b[i];
-            m_c[i] += m_d[i];
-            m_b[i] = std::rotl(m_b[i], 13) ^ m_a[i];
-            m_d[i] = std::rotl(m_d[i], 16) ^ m_c[i];
-            m_a[i] = std::rotl(m_a[i], 32) + m_d[i];
-            m_c[i] += m_b[i];
-            m_d[i] = std::rotl(m_d[i], 21) ^ m_a[i];
-            m_b[i] = std::rotl(m_b[i], 17) ^ m_c[i];
-            m_c[i] = std::rotl(m_c[i], 32);
-        }
+        m_a += m_b;
+        m_b = std::rotl(m_b, 13) ^ m_a;
+        m_a = std::rotl(m_a, 32);
+        m_c += m_d;
+        m_d = std::rotl(m_d, 16) ^ m_c;
+        m_a += m_d;
+        m_d = std::rotl(m_d, 21) ^ m_a;
+        m_c += m_b;
+        m_b = std::rotl(m_b, 17) ^ m_c;
+        m_c = std::rotl(m_c, 32);
     }
 
-    Each m_a, m_b, m_c, m_d;
+    std::uint64_t m_a = 0x736f6d6570736575;
+    std::uint64_t m_b = 0x646f72616e646f6d;
+    std::uint64_t m_c = 0x6c7967656e657261;
+    std::uint64_t m_d = 0x7465646279746573;
 };
-
-Block BlockAt(const char* bytes) {
-    Block block;
-    for (std::size_t word = 0; word < kLanes; ++word)
-        block[word] = WordAt(bytes + word * kWord);
-    return block;
-}
-
-/// Of what is shorter than one, behind which are zeros.
-Block LastBlock(std::string_view rest) {
-    char bytes[kBlock] = {};
-    std::copy(rest.begin(), rest.end(), bytes);
-    return BlockAt(bytes);
-}
 
 }  // namespace
 
-std::int64_t MarkOf(const std::string& key, std::string_view text) {
+std::int64_t MarkOf(std::string_view key, std::string_view text) {
     if (key.size() != kSizeOfMarkKey) throw std::invalid_argument("no key of a mark");
-    SipHashes<kLanes> lanes(key, 1);
+    constexpr int kSizeShift = 56;
+    SipHash hash(key);
     std::string_view rest = text;
-    for (; rest.size() >= kBlock; rest.remove_prefix(kBlock))
-        lanes.Add(BlockAt(rest.data()));
-    SipHashes<1> whole(key, 0);
-    for (const Block& block : {lanes.End(), LastBlock(rest)})
-        for (const std::uint64_t word : block)
-            whole.Add({word});
-    whole.Add({text.size()});
-    return static_cast<std::int64_t>(whole.End()[0]);
+    for (; rest.size() >= kWord; rest.remove_prefix(kWord))
+        hash.Add(WordOf(rest.substr(0, kWord)));
+    hash.Add(WordOf(rest) | std::uint64_t{text.size()} << kSizeShift);
+    return static_cast<std::int64_t>(hash.End());
 }
 
 }  // namespace ZET::Deploy
