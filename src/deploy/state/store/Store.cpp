@@ -123,7 +123,7 @@ void Store::SyncCommits(Sync sync) {
 }
 
 bool Store::IsJournalLong() const {
-    return m_database->JournalBefore() >= (m_isSynced ? kLongJournal : kLongUnsyncedJournal);
+    return !m_isSynced || m_database->JournalBefore() >= kLongJournal;
 }
 
 /// What is remembered beside an entry leaves it to that: an entry costs three syncs at most.
@@ -173,7 +173,7 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
         if (!isKept) DeleteEntry(*m_database, number);
         Prune(*m_database, m_limits);
         transaction.Commit();
-        if (wasLong || (!m_isSynced && IsJournalLong())) TakeJournalOver(*m_database, m_file, m_isSynced);
+        if (wasLong) TakeJournalOver(*m_database, m_file, m_isSynced);
         KeepLastNumber(m_file, LastGiven(*m_database));
         return isKept;
     });
