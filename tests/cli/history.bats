@@ -456,8 +456,7 @@ frame_is_kept() {
     zet -q param set conf password hunter2
     zet -q template process -q none made 2>"$BASE/refused" || true
     frame_is_kept "$BASE/before"
-    frame_is_kept "$BASE/after"
-    [[ -n $(holds hunter2) ]]
+    [[ -n $(holds ZETD) && -n $(holds hunter2) ]]  # the one after is what was changed of the one before
     run_zet history erase -n long
     assert_status 3
     assert_output "$HOST/long: 2 texts would be erased from the history"
@@ -466,7 +465,7 @@ frame_is_kept() {
     assert_success "$HOST/long: 2 texts were erased from the history"
     ! frame_is_kept "$BASE/before" || return 1
     ! frame_is_kept "$BASE/after" || return 1
-    [[ -z $(holds 'something else') ]]
+    [[ -z $(holds ZETD) && -z $(holds 'something else') ]]
     run_zet --json history erase conf
     assert_json '[d["erased"], d["also_in"], d["dry_run"]]' '[2, [], false]'
     [[ -z $(holds hunter) ]]

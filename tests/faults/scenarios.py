@@ -1,6 +1,7 @@
 """The commands that meet the faults, each with what comes before it."""
 
 import os
+import random
 
 from host import write
 from watch import SECRET
@@ -95,6 +96,20 @@ def nothing_to_set(host, run):
           "HOST/files/plain.conf", "name", "some")
 def nothing_to_set_bare(host, run):
     pass
+
+
+LONG_JOURNAL = 256 * 4096
+
+
+@scenario("param-set-long-journal", "zet-init", "param", "set", "HOST/files/plain.conf", "size", "4", undo=RESTORE)
+def let_the_journal_grow(host, run):
+    path = host.path("files/passing.conf")
+    for seed, name in enumerate((path, path + ".before_zet")):
+        write(name, random.Random(seed).randbytes(LONG_JOURNAL * 3 // 4).hex() + "\n")
+    run("zet-init", "file", "restore", path)
+    os.remove(path)
+    if os.path.getsize(host.path("state/state.db-wal")) < LONG_JOURNAL:
+        raise AssertionError("the journal is not long, so nothing is taken over")
 
 
 @scenario("line-restore", "zet-init", "line", "restore", "HOST/files/plain.conf", "^color=")

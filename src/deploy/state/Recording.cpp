@@ -155,7 +155,7 @@ RecordedEntry Recording::EntryToOpen() const {
     return entry;
 }
 
-/// With their texts, which are not needed here any more.
+/// With their texts, which are not needed here any more: unless it is to be planned yet, what the file was.
 std::vector<FileToRecord> Recording::NewFiles() {
     std::vector<FileToRecord> files;
     for (Row& row : m_rows) {
@@ -171,7 +171,12 @@ std::vector<FileToRecord> Recording::NewFiles() {
 
 void Recording::Announce() {
     if (!IsOn()) return;
-    OrGoOnWithout([&] { m_number = m_open = m_store->Announce(EntryToOpen(), NewFiles()); });
+    OrGoOnWithout([&] {
+        std::vector<FileToRecord> files = NewFiles();
+        m_number = m_open = m_store->Announce(EntryToOpen(), files);
+        for (std::size_t i = 0; i < files.size(); ++i)
+            if (!files[i].isPlanned) m_rows[i].record.textBefore = std::move(files[i].textBefore);
+    });
 }
 
 void Recording::Plan(const std::string& path, CapturedFile after, Attributes attributes) {
@@ -260,11 +265,9 @@ void Recording::Complete(Ending ending) {
 
 void Recording::Close(EntryOutcome outcome, Ending ending) {
     const std::int64_t number = *std::exchange(m_open, std::nullopt);
-    const bool isKept = m_store->Close(number, outcome, Settled(ending));
-    if (!m_host.HostHistory().KeepsTexts())
-        m_store->Drop(number);
-    else if (isKept)
-        m_host.Out().Recorded(number);
+    Settlement settlement = Settled(ending);
+    settlement.keepsEntry = m_host.HostHistory().KeepsTexts();
+    if (m_store->Close(number, outcome, settlement)) m_host.Out().Recorded(number);
 }
 
 }  // namespace ZET::Deploy

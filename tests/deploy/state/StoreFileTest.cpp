@@ -69,7 +69,7 @@ TEST_F(StoreFileTest, AnotherDatabaseAndANewerStoreAreRefused) {
     { Opened(); }
     {
         Database newer(Name(), Database::Access::Write);
-        newer.Run("PRAGMA user_version = 2");
+        newer.Run("PRAGMA user_version = 99");
     }
     try {
         Opened();
@@ -140,12 +140,15 @@ class DamagedStoreTest : public StoreFileTest {
   protected:
     DamagedStoreTest() {
         {
-            Store store = Opened();
+            Store store = WithJournal();
             Record(store, {File("/etc/x", "the former text\n", "the new text\n")});
         }
         for (const char* const suffix : {"", "-wal"})
             m_whole[suffix] = Bytes(Name(suffix));
     }
+
+    /// One that is synced leaves what is recorded in its journal.
+    Store WithJournal() const { return Store(Name(), Store::Access::Record); }
 
     void PutBack() {
         fs::remove(Name("-shm"));
@@ -260,7 +263,7 @@ TEST_F(DamagedStoreTest, OneThatIsMovedAwayAsAWholeBeginsAnew) {
 TEST_F(DamagedStoreTest, LostLastEntriesAreToldAndTheirNumbersNotGivenAgain) {
     const std::string journal = Bytes(Name("-wal"));
     {
-        Store store = Opened();
+        Store store = WithJournal();
         Record(store, {File("/etc/x", "1", "2")});
         EXPECT_EQ(Record(store, {File("/etc/x", "2", "3")}), 3);
     }

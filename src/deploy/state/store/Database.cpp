@@ -64,6 +64,18 @@ std::string NameOf(const std::string& file, Database::Access access) {
     return UriOf(file) + (access == Database::Access::LookAtCopy ? "?immutable=1" : "");
 }
 
+/// Nobody is waited for while it lives.
+class Impatience {
+  public:
+    explicit Impatience(sqlite3* database) : m_database(database) { TheSqlite().setPatience(database, 0); }
+    ~Impatience() { TheSqlite().setPatience(m_database, kPatienceMs); }
+    Impatience(const Impatience&) = delete;
+    Impatience& operator=(const Impatience&) = delete;
+
+  private:
+    sqlite3* m_database;
+};
+
 }  // namespace
 
 Value OptionalValue(const std::optional<std::int64_t>& number) {
@@ -158,6 +170,24 @@ std::int64_t Database::LastRow() const {
 
 bool Database::IsInTransaction() const {
     return TheSqlite().isOutside(m_database.get()) == 0;
+}
+
+int Database::NoteJournal(void* self, sqlite3* database, const char* /*name*/, int pages) {
+    int written = 0;
+    int highest = 0;
+    TheSqlite().status(database, SQLITE_DBSTATUS_CACHE_WRITE, &written, &highest, 1);
+    static_cast<Database*>(self)->m_journalBefore = pages - written;
+    return SQLITE_OK;
+}
+
+void Database::LeaveJournal() {
+    TheSqlite().tellJournal(m_database.get(), &Database::NoteJournal, this);
+}
+
+bool Database::TakeJournalOver() {
+    const Impatience impatience(m_database.get());
+    Rows result(*this, "PRAGMA wal_checkpoint(TRUNCATE)");
+    return result.Next() && result.Number(1) >= 0 && result.Number(1) == result.Number(2);
 }
 
 Database::Transaction::Transaction(Database& database) : m_database(database) {

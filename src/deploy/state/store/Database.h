@@ -69,6 +69,18 @@ class Database {
     /// Whether what is changed waits for the end of a transaction.
     bool IsInTransaction() const;
 
+    /// The journal grows from now on until it is taken over by a call.
+    void LeaveJournal();
+
+    /// How many pages the journal had in front of those of the last commit; none where a commit began it
+    /// anew, or nobody called `LeaveJournal`.
+    std::int64_t JournalBefore() const { return m_journalBefore; }
+
+    /// Syncs the journal, brings its pages into the database's file, syncs that and empties the journal: what
+    /// opens it next would not know that it was taken over. Does not wait for readers: false when not all
+    /// came there, as somebody reads what is in front of them. Then nothing may be synced, either.
+    bool TakeJournalOver();
+
     /// What is changed while it lives is changed when it is committed, or not at all.
     class Transaction {
       public:
@@ -116,12 +128,14 @@ class Database {
         void operator()(sqlite3_stmt* statement) const;
     };
 
+    static int NoteJournal(void* self, sqlite3* database, const char* name, int pages);
     sqlite3_stmt* Prepared(const char* statement);
     void Bind(sqlite3_stmt* statement, const RowValues& values);
     int Require(int result);
 
     std::unique_ptr<sqlite3, Closer> m_database;
     std::map<std::string_view, std::unique_ptr<sqlite3_stmt, Finalizer>> m_statements;
+    std::int64_t m_journalBefore = 0;
 };
 
 }  // namespace ZET::Deploy

@@ -9,12 +9,15 @@ namespace ZET::Deploy {
 
 namespace {
 
+/// With it goes what it was made from, unless somebody else has that.
 void ReleaseText(Database& database, const std::optional<std::int64_t>& text) {
     if (!text) return;
-    database.Run(
+    const Value madeFrom = database.Run(
         "DELETE FROM texts WHERE id = ?1 AND NOT EXISTS (SELECT 1 FROM states WHERE text = ?1)"
-        " AND NOT EXISTS (SELECT 1 FROM states WHERE base = ?1)",
+        " AND NOT EXISTS (SELECT 1 FROM states WHERE base = ?1)"
+        " AND NOT EXISTS (SELECT 1 FROM texts WHERE made_from = ?1) RETURNING made_from",
         {*text});
+    if (const auto* const base = std::get_if<std::int64_t>(&madeFrom)) ReleaseText(database, *base);
 }
 
 using TextAndBase = std::pair<std::optional<std::int64_t>, std::optional<std::int64_t>>;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include "deploy/state/store/KeptTexts.h"
 #include "deploy/state/store/Rows.h"
 
 namespace ZET::Deploy {
@@ -146,6 +147,21 @@ void TakeOut(Database& database, std::int64_t id, RecordedState state) {
     ReplaceState(database, id, state);
 }
 
+constexpr const char* kDeltasOfNobody =
+    "DELETE FROM texts WHERE made_from IS NOT NULL AND NOT EXISTS (SELECT 1 FROM states WHERE text = "
+    "texts.id)"
+    " AND NOT EXISTS (SELECT 1 FROM states WHERE base = texts.id)";
+constexpr const char* kTextsOfNobody =
+    "DELETE FROM texts WHERE NOT EXISTS (SELECT 1 FROM states WHERE text = texts.id)"
+    " AND NOT EXISTS (SELECT 1 FROM states WHERE base = texts.id)";
+
+/// A text that only others are made from was one of the erased files, too, or may have been.
+void DeleteUnheld(Database& database) {
+    database.Run(kDeltasOfNobody);
+    MakeWholeWithoutBase(database);
+    database.Run(kTextsOfNobody);
+}
+
 }  // namespace
 
 std::vector<std::string> WordsWithoutTexts(const std::vector<std::string>& words,
@@ -181,11 +197,9 @@ Erasure EraseTexts(Database& database, const std::vector<std::string>& paths) {
     }
     HideWords(database, EntriesOf(database, paths));
     std::set<std::string> holders;
-    for (const std::int64_t text : texts) {
-        std::set<std::string> ofText = HoldersOf(database, text);
-        if (ofText.empty()) database.Run("DELETE FROM texts WHERE id = ?", {text});
-        if (!IsEmpty(database, text)) holders.merge(ofText);
-    }
+    for (const std::int64_t text : texts)
+        if (!IsEmpty(database, text)) holders.merge(HoldersOf(database, text));
+    DeleteUnheld(database);
     return {texts.size(), {holders.begin(), holders.end()}};
 }
 

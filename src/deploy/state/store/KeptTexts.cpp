@@ -3,11 +3,15 @@
 #include <cstdint>
 #include <optional>
 #include <utility>
+#include <variant>
 
 #include "deploy/host/Words.h"
 #include "deploy/state/store/Compression.h"
 #include "deploy/state/store/Digest.h"
+#include "deploy/state/store/PlainFrame.h"
 #include "deploy/state/store/Rows.h"
+#include "deploy/state/store/TextDelta.h"
+#include "deploy/state/store/TextMark.h"
 
 namespace ZET::Deploy {
 
@@ -27,23 +31,67 @@ bool IsTextAt(Database& database, std::int64_t id, const std::string& text) {
     return *isSame;
 }
 
-/// Texts are compared: a digest like that of another text can be made.
-std::optional<TextNumber> Kept(Database& database, const std::string& text, const std::string& digest) {
-    for (const std::int64_t id : Numbers(database, "SELECT id FROM texts WHERE digest = ? AND size = ?",
-                                         {Blob{digest}, static_cast<std::int64_t>(text.size())})) {
-        if (IsTextAt(database, id, text)) return TextNumber{id};
+/// Of a text that would have to be expanded to be compared.
+std::optional<std::int64_t> MarkIn(Database& database, const std::string& text) {
+    if (text.size() <= kLongestPlainText) return std::nullopt;
+    Database::Rows rows(database, "SELECT key FROM secret");
+    const bool isThere = rows.Next();
+    if (!isThere || rows.Bytes(0).size() != kSizeOfMarkKey) throw DamagedRow();
+    return MarkOf(rows.Bytes(0), text);
+}
+
+/// A digest like that of another text can be made, and so can a text be that has it: its mark tells, or it is
+/// compared, as the texts of the first version of the tables are.
+std::optional<TextNumber> Kept(Database& database, const std::string& text, const std::string& digest,
+                               const std::optional<std::int64_t>& mark) {
+    Database::Rows rows(database, "SELECT id, mark FROM texts WHERE digest = ? AND size = ?",
+                        {Blob{digest}, static_cast<std::int64_t>(text.size())});
+    while (rows.Next()) {
+        const std::int64_t id = rows.Number(0);
+        const auto itsMark = rows.OptionalNumber(1);
+        if (mark && itsMark ? *mark == *itsMark : IsTextAt(database, id, text)) return TextNumber{id};
     }
     return std::nullopt;
 }
 
-TextNumber Keep(Database& database, const std::string& text, const std::string& digest) {
-    if (const auto kept = Kept(database, text, digest)) return *kept;
-    database.Run("INSERT INTO texts(digest, size, frame) VALUES(?,?,?)",
-                 {Blob{digest}, static_cast<std::int64_t>(text.size()), Blob{Compressed(text)}});
+/// A text that is kept, and what it is.
+struct FormerText {
+    TextNumber number;
+    const std::string& text;
+};
+
+/// What a kept text is of a whole one: of itself, unless it is a delta.
+std::optional<TextDelta> DeltaAt(Database& database, const FormerText& former) {
+    Database::Rows rows(
+        database, "SELECT CASE WHEN made_from IS NULL THEN NULL ELSE frame END, size FROM texts WHERE id = ?",
+        {former.number.value});
+    if (!rows.Next()) throw DamagedRow(_(kIsMissing));
+    if (rows.Number(1) != static_cast<std::int64_t>(former.text.size())) return std::nullopt;
+    const std::string_view frame = rows.Bytes(0);
+    return frame.empty() ? DeltaOfWhole(former.number.value, former.text.size()) : DeltaOfFrame(frame);
+}
+
+std::optional<TextDelta> DeltaOf(Database& database, const std::string& text,
+                                 const std::optional<FormerText>& former) {
+    if (!former || text.size() <= kLongestPlainText) return std::nullopt;
+    const auto delta = DeltaAt(database, *former);
+    return delta ? DeltaFrom(*delta, former->text, text) : std::nullopt;
+}
+
+TextNumber Keep(Database& database, const std::string& text, const std::string& digest,
+                const std::optional<FormerText>& former = std::nullopt) {
+    const auto mark = MarkIn(database, text);
+    if (const auto kept = Kept(database, text, digest, mark)) return *kept;
+    const auto delta = DeltaOf(database, text, former);
+    database.Run("INSERT INTO texts(digest, size, frame, mark, made_from) VALUES(?,?,?,?,?)",
+                 {Blob{digest}, static_cast<std::int64_t>(text.size()),
+                  Blob{delta ? FrameOf(*delta) : Compressed(text)}, OptionalValue(mark),
+                  delta ? Value(delta->base) : Value()});
     return {database.LastRow()};
 }
 
-void Take(Database& database, const StoreLimits& limits, RecordedState& state, const std::string& text) {
+void Take(Database& database, const StoreLimits& limits, RecordedState& state, const std::string& text,
+          const std::optional<FormerText>& former = std::nullopt) {
     if (!state.exists || state.text) return;
     if (state.digest.empty()) {
         state.size = text.size();
@@ -51,7 +99,23 @@ void Take(Database& database, const StoreLimits& limits, RecordedState& state, c
     }
     const bool isGiven = text.size() == state.size;
     if (isGiven && limits.keepsTexts && state.size <= limits.largestText)
-        state.text = Keep(database, text, state.digest);
+        state.text = Keep(database, text, state.digest, former);
+}
+
+/// The text of a whole one, or else the delta that is kept.
+using TextOrDelta = std::variant<std::string, TextDelta>;
+
+TextOrDelta Read(Database& database, std::int64_t number, std::size_t& size) {
+    Database::Rows rows(database, kFrameOfText, {number});
+    if (!rows.Next()) throw DamagedRow(_(kIsMissing));
+    if (rows.Number(0) < 0) throw DamagedRow(_(kIsDamaged));
+    size = static_cast<std::size_t>(rows.Number(0));
+    if (IsFrameOfDelta(rows.Bytes(1))) {
+        if (auto delta = DeltaOfFrame(rows.Bytes(1))) return std::move(*delta);
+    } else if (auto text = Expanded(rows.Bytes(1), size)) {
+        return std::move(*text);
+    }
+    throw DamagedRow(_(kIsDamaged));
 }
 
 }  // namespace
@@ -59,13 +123,15 @@ void Take(Database& database, const StoreLimits& limits, RecordedState& state, c
 RecordedFile WithTexts(Database& database, const StoreLimits& limits, const FileToRecord& file) {
     RecordedFile recorded = file.file;
     Take(database, limits, recorded.before, file.textBefore);
-    recorded.after = AfterWithTexts(database, limits, file, std::move(recorded.after));
+    recorded.after = AfterWithTexts(database, limits, file, std::move(recorded.after), recorded.before.text);
     return recorded;
 }
 
 RecordedState AfterWithTexts(Database& database, const StoreLimits& limits, const FileToRecord& file,
-                             RecordedState after) {
-    if (file.isPlanned) Take(database, limits, after, file.textAfter);
+                             RecordedState after, std::optional<TextNumber> before) {
+    std::optional<FormerText> former;
+    if (before) former.emplace(FormerText{*before, file.textBefore});
+    if (file.isPlanned) Take(database, limits, after, file.textAfter, former);
     // Of an edit, that is no text of a file but what a commit has set in it, and has to take back.
     if (file.base && (limits.keepsTexts || file.file.kind == FileKind::Edit)) {
         after.knowledge.ForgetBase();
@@ -75,12 +141,25 @@ RecordedState AfterWithTexts(Database& database, const StoreLimits& limits, cons
 }
 
 std::string TextAt(Database& database, TextNumber number) {
-    Database::Rows rows(database, kFrameOfText, {number.value});
-    if (!rows.Next()) throw DamagedRow(_(kIsMissing));
-    const std::int64_t size = rows.Number(0);
-    auto text = size < 0 ? std::nullopt : Expanded(rows.Bytes(1), static_cast<std::size_t>(size));
+    std::size_t size = 0;
+    TextOrDelta kept = Read(database, number.value, size);
+    if (auto* const text = std::get_if<std::string>(&kept)) return std::move(*text);
+    const auto& delta = std::get<TextDelta>(kept);
+    std::size_t sizeOfBase = 0;
+    const TextOrDelta base = Read(database, delta.base, sizeOfBase);
+    const auto* const whole = std::get_if<std::string>(&base);
+    auto text = whole != nullptr ? Made(delta, *whole, size) : std::nullopt;
     if (!text) throw DamagedRow(_(kIsDamaged));
     return std::move(*text);
+}
+
+void MakeWholeWithoutBase(Database& database) {
+    for (const std::int64_t id : Numbers(database,
+                                         "SELECT id FROM texts WHERE made_from IS NOT NULL"
+                                         " AND NOT EXISTS (SELECT 1 FROM states WHERE text = made_from)"
+                                         " AND NOT EXISTS (SELECT 1 FROM states WHERE base = made_from)"))
+        database.Run("UPDATE texts SET frame = ?, made_from = NULL WHERE id = ?",
+                     {Blob{Compressed(TextAt(database, {id}))}, id});
 }
 
 }  // namespace ZET::Deploy

@@ -1,6 +1,7 @@
 #ifndef ZET_KEPT_TEXTS_H
 #define ZET_KEPT_TEXTS_H
 
+#include <optional>
 #include <string>
 
 #include "deploy/state/store/Database.h"
@@ -10,15 +11,20 @@
 /// The texts of the store, each of which it keeps once.
 namespace ZET::Deploy {
 
-/// The file with the numbers of its texts, which are kept from now on, as far as the limits let them.
+/// The file with the numbers of its texts, which are kept from now on, as far as the limits let them. A long
+/// text is kept as what it has not of the one before.
 RecordedFile WithTexts(Database& database, const StoreLimits& limits, const FileToRecord& file);
 
-/// The same of what the file is afterwards: `after`, to which the numbers come.
+/// The same of what the file is afterwards: `after`, to which the numbers come. `before` is the text that the
+/// file had, where it is kept.
 RecordedState AfterWithTexts(Database& database, const StoreLimits& limits, const FileToRecord& file,
-                             RecordedState after);
+                             RecordedState after, std::optional<TextNumber> before = std::nullopt);
 
 /// One that is not there, or not as it was written, is a `DamagedRow`.
 std::string TextAt(Database& database, TextNumber number);
+
+/// Texts that are made from one that no state has any more are kept whole from now on.
+void MakeWholeWithoutBase(Database& database);
 
 }  // namespace ZET::Deploy
 

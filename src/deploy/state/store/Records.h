@@ -105,6 +105,7 @@ struct Settlement {
     std::vector<FileToRecord> changed;   ///< those that are otherwise than was planned
     std::vector<std::string> untouched;  ///< those that are as they were before
     std::vector<FileToRecord> known;     ///< those that are known otherwise than they are
+    bool keepsEntry = true;              ///< false: only what is known of the files by now
 };
 
 enum class EntryOutcome { Open, Done, Failed, CutShort };

@@ -1,7 +1,14 @@
 #include "deploy/state/store/Schema.h"
 
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+#include <system_error>
+
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/store/TextMark.h"
 
 namespace ZET::Deploy {
 
@@ -50,7 +57,31 @@ void MakeTables(Database& database) {
     for (const char* const statement : kTablesOfVersion1)
         database.Run(statement);
     database.Run("PRAGMA application_id = 1514493011");
-    database.Run("PRAGMA user_version = 1");
+}
+
+/// The mark of a text is in the index, too: the columns behind a long frame are far away. A text may be made
+/// from another one, which then is kept whole, and as long as that is needed.
+constexpr const char* kTablesOfVersion2[] = {
+    "ALTER TABLE texts ADD COLUMN mark INTEGER",
+    "ALTER TABLE texts ADD COLUMN made_from INTEGER REFERENCES texts",
+    "CREATE INDEX texts_by_base ON texts(made_from) WHERE made_from IS NOT NULL",
+    "DROP INDEX texts_by_digest",
+    "CREATE INDEX texts_by_digest ON texts(digest, size, mark)",
+    "CREATE TABLE secret(id INTEGER PRIMARY KEY, key BLOB NOT NULL)",
+};
+
+std::string RandomKey() {
+    std::string key(kSizeOfMarkKey, '\0');
+    if (getentropy(key.data(), key.size()) != 0)
+        throw std::system_error(errno, std::generic_category(), "getentropy");
+    return key;
+}
+
+void AddMarks(Database& database) {
+    for (const char* const statement : kTablesOfVersion2)
+        database.Run(statement);
+    database.Run("INSERT INTO secret(id, key) VALUES(0, ?)", {Blob{RandomKey()}});
+    database.Run("PRAGMA user_version = 2");
 }
 
 }  // namespace
@@ -75,7 +106,8 @@ std::int64_t VersionOfStore(Database& database, const std::string& file) {
 void UpgradeStore(Database& database, std::int64_t version) {
     if (version == kSchemaVersion) return;
     Database::Transaction transaction(database);
-    MakeTables(database);
+    if (version == 0) MakeTables(database);
+    AddMarks(database);
     transaction.Commit();
 }
 

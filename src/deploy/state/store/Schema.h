@@ -6,13 +6,13 @@
 namespace ZET::Deploy {
 
 /// The version that is written here.
-inline constexpr std::int64_t kSchemaVersion = 1;
+inline constexpr std::int64_t kSchemaVersion = 2;
 
 /// The version of an opened store; 0: it has no tables yet. What is no store, or a newer one's, is a
 /// `Failure` that names `file`.
 std::int64_t VersionOfStore(Database& database, const std::string& file);
 
-/// Brings the tables to the present version, each step a transaction.
+/// Brings the tables to the present version, as one transaction.
 void UpgradeStore(Database& database, std::int64_t version);
 
 }  // namespace ZET::Deploy

@@ -34,6 +34,8 @@ struct Sqlite {
     decltype(sqlite3_system_errno)* systemError;
     decltype(sqlite3_last_insert_rowid)* lastRow;
     decltype(sqlite3_get_autocommit)* isOutside;  ///< of a transaction
+    decltype(sqlite3_wal_hook)* tellJournal;
+    decltype(sqlite3_db_status)* status;
 
     Sqlite() {
         const Library library("libsqlite3.so.0", "libsqlite3-0");
@@ -62,6 +64,8 @@ struct Sqlite {
         library.Find(systemError, "sqlite3_system_errno");
         library.Find(lastRow, "sqlite3_last_insert_rowid");
         library.Find(isOutside, "sqlite3_get_autocommit");
+        library.Find(tellJournal, "sqlite3_wal_hook");
+        library.Find(status, "sqlite3_db_status");
         // Nobody asks how much memory it has, and to count that takes a lock at each piece: 2% of a command's
         // instructions. Where the process uses the library already, it is too late, and does no harm.
         configureAll(SQLITE_CONFIG_MEMSTATUS, 0);

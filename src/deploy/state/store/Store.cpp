@@ -24,11 +24,15 @@ std::int64_t Now() {
     return std::int64_t{now.tv_sec} * kNanoseconds + now.tv_nsec;
 }
 
+/// 0: no row is found.
+std::int64_t FirstNumber(Database& database, const char* statement) {
+    const std::vector<std::int64_t> numbers = Numbers(database, statement);
+    return numbers.empty() ? 0 : numbers.front();
+}
+
 /// The greatest number that an entry ever had.
 std::int64_t LastGiven(Database& database) {
-    const std::vector<std::int64_t> numbers =
-        Numbers(database, "SELECT seq FROM sqlite_sequence WHERE name = 'entries'");
-    return numbers.empty() ? 0 : numbers.front();
+    return FirstNumber(database, "SELECT seq FROM sqlite_sequence WHERE name = 'entries'");
 }
 
 RecordedEntry RequiredEntry(Database& database, std::int64_t number) {
@@ -107,6 +111,7 @@ std::int64_t Store::Begin(const RecordedEntry& entry, const std::vector<FileToRe
         for (const FileToRecord& file : files)
             Insert(number, file);
         transaction.Commit();
+        m_wasJournalLong = IsJournalLong();
         return number;
     });
 }
@@ -115,6 +120,15 @@ std::int64_t Store::Begin(const RecordedEntry& entry, const std::vector<FileToRe
 void Store::SyncCommits(Sync sync) {
     if (m_isSynced)
         m_database->Run(sync == Sync::Later ? "PRAGMA synchronous = NORMAL" : "PRAGMA synchronous = FULL");
+}
+
+bool Store::IsJournalLong() const {
+    return !m_isSynced || m_database->JournalBefore() >= kLongJournal;
+}
+
+/// What is remembered beside an entry leaves it to that: an entry costs three syncs at most.
+void Store::TakeJournalOverUnlessEntry() {
+    if (!m_wasJournalLong && IsJournalLong()) TakeJournalOver(*m_database, m_file, m_isSynced);
 }
 
 void Store::Insert(std::int64_t number, const FileToRecord& file) {
@@ -134,7 +148,10 @@ void Store::Plan(std::int64_t number, const std::vector<FileToRecord>& files) {
 
 bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& settlement) {
     return Guarded([&] {
-        SyncCommits(Sync::AsTold);
+        // The sync by which the taking over begins makes the end durable, too. A journal that has grown long
+        // by the entry itself is left to the next one: to begin it anew may have cost a sync already.
+        const bool wasLong = m_wasJournalLong && std::exchange(*m_wasJournalLong, false);
+        SyncCommits(wasLong ? Sync::Later : Sync::AsTold);
         Database::Transaction transaction(*m_database);
         for (const FileToRecord& file : settlement.changed)
             ReplaceAfter(number, file);
@@ -151,10 +168,12 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
         entry.outcome = outcome;
         ReplaceEntry(*m_database, entry);
         const bool isKept =
+            settlement.keepsEntry &&
             !Numbers(*m_database, "SELECT 1 FROM files WHERE entry = ? LIMIT 1", {number}).empty();
         if (!isKept) DeleteEntry(*m_database, number);
         Prune(*m_database, m_limits);
         transaction.Commit();
+        if (wasLong) TakeJournalOver(*m_database, m_file, m_isSynced);
         KeepLastNumber(m_file, LastGiven(*m_database));
         return isKept;
     });
@@ -162,18 +181,25 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
 
 /// False when the entry does not have the file.
 bool Store::ReplaceAfter(std::int64_t number, const FileToRecord& file) {
-    const std::vector<std::int64_t> states = Numbers(
-        *m_database, "SELECT after FROM files WHERE entry = ? AND path = ?", {number, file.file.path});
+    const RowValues which = {number, file.file.path};
+    const std::vector<std::int64_t> texts = Numbers(*m_database,
+                                                    "SELECT text FROM files JOIN states ON states.id = before"
+                                                    " WHERE entry = ? AND path = ? AND text IS NOT NULL",
+                                                    which);
+    const auto before = texts.empty() ? std::nullopt : std::optional(TextNumber{texts.front()});
+    const std::vector<std::int64_t> states =
+        Numbers(*m_database, "SELECT after FROM files WHERE entry = ? AND path = ?", which);
     for (const std::int64_t state : states)
-        ReplaceStateAndTexts(*m_database, state, AfterOf(file, StateAt(*m_database, state)));
+        ReplaceStateAndTexts(*m_database, state, AfterOf(file, StateAt(*m_database, state), before));
     return !states.empty();
 }
 
 /// The text that is kept already need not be given again.
-RecordedState Store::AfterOf(const FileToRecord& file, const RecordedState& former) {
+RecordedState Store::AfterOf(const FileToRecord& file, const RecordedState& former,
+                             std::optional<TextNumber> before) {
     RecordedState given = file.file.after;
     if (HaveSameText(given, former)) given.text = former.text;
-    RecordedState after = AfterWithTexts(*m_database, m_limits, file, std::move(given));
+    RecordedState after = AfterWithTexts(*m_database, m_limits, file, std::move(given), before);
     if (!file.base) after.knowledge.base = former.knowledge.base;
     return after;
 }
@@ -184,6 +210,8 @@ void Store::Drop(std::int64_t number) {
         Database::Transaction transaction(*m_database);
         DeleteEntry(*m_database, number);
         transaction.Commit();
+        if (m_wasJournalLong && std::exchange(*m_wasJournalLong, false))
+            TakeJournalOver(*m_database, m_file, m_isSynced);
     });
 }
 
@@ -246,7 +274,9 @@ void Store::Remember(const std::vector<FileToRecord>& files) {
         const auto transaction = TransactionUnlessOpen();
         for (const FileToRecord& file : files)
             RememberOne(file);
-        if (transaction) transaction->Commit();
+        if (!transaction) return;
+        transaction->Commit();
+        TakeJournalOverUnlessEntry();
     });
 }
 
@@ -259,7 +289,9 @@ void Store::RememberTogether(const std::function<void()>& call) {
             if (transaction && m_database->IsInTransaction()) transaction->Commit();
             throw;
         }
-        if (transaction) transaction->Commit();
+        if (!transaction) return;
+        transaction->Commit();
+        TakeJournalOverUnlessEntry();
     });
 }
 
@@ -293,10 +325,7 @@ std::string Store::Text(TextNumber number) {
 }
 
 std::int64_t Store::LastPruned() {
-    return Guarded([&] {
-        const std::vector<std::int64_t> numbers = Numbers(*m_database, "SELECT number FROM pruned");
-        return numbers.empty() ? 0 : numbers.front();
-    });
+    return Guarded([&] { return FirstNumber(*m_database, "SELECT number FROM pruned"); });
 }
 
 std::size_t Store::CountTexts(const std::vector<std::string>& paths) {

@@ -56,7 +56,7 @@ class Store {
     void Plan(std::int64_t number, const std::vector<FileToRecord>& files);
 
     /// Ends an entry. Each file that it changed is known from now on as it left it; an entry that changed
-    /// none is dropped, and false returned.
+    /// none, or is not to be kept, is dropped, and false returned.
     bool Close(std::int64_t number, EntryOutcome outcome, const Settlement& settlement = {});
 
     /// Takes an entry out that changed nothing.
@@ -107,17 +107,21 @@ class Store {
     std::int64_t Begin(const RecordedEntry& entry, const std::vector<FileToRecord>& files, Sync sync);
     void SyncCommits(Sync sync);
     std::unique_ptr<Database::Transaction> TransactionUnlessOpen();
+    bool IsJournalLong() const;
+    void TakeJournalOverUnlessEntry();
     void LookForLoss(std::int64_t last);
 
     void Insert(std::int64_t number, const FileToRecord& file);
     bool ReplaceAfter(std::int64_t number, const FileToRecord& file);
-    RecordedState AfterOf(const FileToRecord& file, const RecordedState& former);
+    RecordedState AfterOf(const FileToRecord& file, const RecordedState& former,
+                          std::optional<TextNumber> before);
     void RememberOne(const FileToRecord& file);
 
     const std::string m_file;
     const StoreLimits m_limits;
     const bool m_isSynced;
     std::unique_ptr<Database> m_database;
+    std::optional<bool> m_wasJournalLong;  ///< before the entry that was opened last
     std::optional<Loss> m_lost;
 };
 

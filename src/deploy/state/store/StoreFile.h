@@ -26,6 +26,14 @@ FoundStore FindStore(const std::string& file);
 /// disk when a transaction was committed.
 std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, bool isSynced);
 
+/// A journal of so many pages is taken over where that costs syncs: every command reads it first. Where it
+/// costs none, each entry does so, which is 0.2 ms a command better than at 32 pages.
+inline constexpr std::int64_t kLongJournal = 256;
+
+/// Takes the journal over; one that somebody reads, or for which the disk is full, stays as it is. In a store
+/// that is synced, what was committed is on the disk then, however it was committed.
+void TakeJournalOver(Database& database, const std::string& file, bool isSynced);
+
 /// Opens one that is there, and changes nothing.
 std::unique_ptr<Database> OpenStoreToLook(const std::string& file);
 

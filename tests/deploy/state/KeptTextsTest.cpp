@@ -1,0 +1,209 @@
+#include "StoreFixture.h"
+#include "deploy/host/Failure.h"
+#include "deploy/state/store/Compression.h"
+#include "deploy/state/store/PlainFrame.h"
+#include "deploy/state/store/StoreFile.h"
+
+namespace ZET::Deploy {
+namespace {
+
+class KeptTextsTest : public StoreFixture {
+  protected:
+    static std::string Long(char first) {
+        std::string text(2 * kLongestPlainText, 'x');
+        text.front() = first;
+        return text;
+    }
+
+    std::int64_t Count(const char* statement) const {
+        Database database(Name(), Database::Access::Write);
+        return std::get<std::int64_t>(database.Run(statement));
+    }
+
+    void Change(const std::vector<const char*>& statements) const {
+        Database database(Name(), Database::Access::Write);
+        for (const char* const statement : statements)
+            database.Run(statement);
+    }
+
+    /// As if somebody had made texts that have one digest.
+    void GiveAllOneDigest(const std::string& digest) const {
+        Database database(Name(), Database::Access::Write);
+        database.Run("UPDATE texts SET digest = ?", {Blob{digest}});
+    }
+
+    /// The tables as they were before texts had marks.
+    void GoBackToVersion1() const {
+        Change({"DROP INDEX texts_by_digest", "ALTER TABLE texts DROP COLUMN mark",
+                "CREATE INDEX texts_by_digest ON texts(digest)", "DROP TABLE secret",
+                "DROP INDEX texts_by_base", "ALTER TABLE texts DROP COLUMN made_from",
+                "PRAGMA user_version = 1"});
+    }
+};
+
+TEST_F(KeptTextsTest, ATextOfTheSameSizeAndDigestIsNotTakenForAnother) {
+    for (const bool isLong : {false, true}) {
+        const auto text = [&](char first) { return isLong ? Long(first) : std::string(1, first); };
+        Store store = Opened();
+        Record(store, {File("/etc/x", text('a'), text('b'))});
+        FileToRecord forged = File("/etc/x", text('b'), text('c'));
+        forged.file.before.digest = forged.file.after.digest = std::string(16, 'd');
+        forged.file.before.size = forged.file.after.size = text('c').size();
+        GiveAllOneDigest(forged.file.after.digest);
+        const std::int64_t number = Record(store, {forged});
+        const RecordedFile file = store.FilesOf(number)[0];
+        EXPECT_EQ(store.Text(file.before.text.value()), text('b'));
+        EXPECT_EQ(store.Text(file.after.text.value()), text('c'));
+        EXPECT_EQ(file.before.text, store.FilesOf(number - 1)[0].after.text);
+    }
+}
+
+TEST_F(KeptTextsTest, LongTextsThatAreKeptNeedNotBeExpanded) {
+    Store store = Opened();
+    const std::int64_t first = Record(store, {File("/etc/x", Long('a'), Long('b'))});
+    Change({"UPDATE texts SET frame = x'00'"});
+    const std::int64_t second = Record(store, {File("/etc/x", Long('b'), Long('a'))});
+    EXPECT_EQ(store.FilesOf(first)[0].before.text, store.FilesOf(second)[0].after.text);
+    EXPECT_THROW(store.Text(store.FilesOf(second)[0].after.text.value()), Damage);
+}
+
+TEST_F(KeptTextsTest, EachStoreHasAKeyOfItsOwn) {
+    const auto mark = [&] {
+        {
+            Store store = Opened();
+            Record(store, {File("/etc/x", Long('a'), "1")});
+        }
+        return Count("SELECT mark FROM texts WHERE mark IS NOT NULL");
+    };
+    const std::int64_t first = mark();
+    for (const char* const suffix : {"", "-wal", "-shm", "-last"})
+        fs::remove(Name(suffix));
+    EXPECT_NE(mark(), first);
+}
+
+TEST_F(KeptTextsTest, AStoreWithoutMarksIsReadAndGoesOn) {
+    {
+        Store store = Opened();
+        Record(store, {File("/etc/x", Long('a'), "1")});
+    }
+    GoBackToVersion1();
+    {
+        Store store(Name(), Store::Access::Look);
+        EXPECT_EQ(store.Text(store.FilesOf(1)[0].before.text.value()), Long('a'));
+    }
+    EXPECT_EQ(Count("PRAGMA user_version"), 1);
+    Store store = Opened();
+    EXPECT_EQ(Count("PRAGMA user_version"), 2);
+    const std::int64_t second = Record(store, {File("/etc/x", Long('a'), Long('b'))});
+    EXPECT_EQ(store.FilesOf(second)[0].before.text, store.FilesOf(1)[0].before.text);
+    const std::int64_t third = Record(store, {File("/etc/x", Long('b'), Long('a'))});
+    EXPECT_EQ(store.FilesOf(third)[0].before.text, store.FilesOf(second)[0].after.text);
+    EXPECT_EQ(store.FilesOf(third)[0].after.text, store.FilesOf(1)[0].before.text);
+}
+
+/// Long texts that come from each other by edits.
+class DeltasTest : public KeptTextsTest {
+  protected:
+    static std::string Version(int number) {
+        std::string text = Long('a');
+        text.append("secret ").append(std::to_string(number)).append("\n");
+        return text.append(Long('z'));
+    }
+
+    static std::int64_t RecordEdit(Store& store, int from, const std::string& path = "/etc/x") {
+        return Record(store, {File(path, Version(from), Version(from + 1))});
+    }
+
+    std::int64_t CountWhole() const { return Count("SELECT count(*) FROM texts WHERE made_from IS NULL"); }
+    std::int64_t CountAll() const { return Count("SELECT count(*) FROM texts"); }
+
+    bool IsAnywhere(const std::string& bytes) const {
+        std::string all;
+        for (const char* const suffix : kStoreSuffixes)
+            all += Bytes(Name(suffix));
+        return all.find(bytes) != std::string::npos;
+    }
+
+    static std::string After(Store& store, std::int64_t number) {
+        return store.Text(store.FilesOf(number)[0].after.text.value());
+    }
+};
+
+TEST_F(DeltasTest, AnEditIsKeptAsWhatItChanged) {
+    Store store = Opened();
+    for (int i = 0; i < 10; ++i)
+        RecordEdit(store, i);
+    EXPECT_EQ(CountAll(), 11);
+    EXPECT_EQ(CountWhole(), 1);
+    EXPECT_LT(Count("SELECT max(length(frame)) FROM texts WHERE made_from IS NOT NULL"), 100);
+    for (int i = 0; i < 10; ++i)
+        EXPECT_EQ(After(store, i + 1), Version(i + 1));
+}
+
+TEST_F(DeltasTest, AnAnnouncedEditIs) {
+    Store store = Opened();
+    FileToRecord file = File("/etc/x", Version(0), "");
+    file.isPlanned = false;
+    const std::int64_t number = store.Announce(Entry(), {file});
+    store.Plan(number, {File("/etc/x", Version(0), Version(1))});
+    store.Close(number, EntryOutcome::Done);
+    EXPECT_EQ(CountWhole(), 1);
+    EXPECT_EQ(After(store, number), Version(1));
+}
+
+TEST_F(DeltasTest, WhatTheyAreMadeFromStaysAsLongAsTheyDo) {
+    StoreLimits limits;
+    limits.entries = 2;
+    Store store = Opened(limits);
+    std::int64_t last = 0;
+    for (int i = 0; i < 10; ++i)
+        last = RecordEdit(store, i);
+    EXPECT_EQ(After(store, last), Version(10));
+    EXPECT_EQ(CountAll(), 4);  // of two entries, and the first of all
+    for (int i = 0; i < 2; ++i)
+        last = Record(store, {File("/etc/x", "1", "2")});
+    EXPECT_EQ(CountAll(), 2);
+}
+
+TEST_F(DeltasTest, DamageOfWhatTheyAreMadeFromIsTold) {
+    Store store = Opened();
+    const std::int64_t number = RecordEdit(store, 0);
+    {
+        Database database(Name(), Database::Access::Write);
+        database.Run("UPDATE texts SET frame = ? WHERE made_from IS NULL", {Blob{Compressed(Long('q'))}});
+    }
+    EXPECT_THROW(After(store, number), Damage);
+    Change({"DELETE FROM texts WHERE made_from IS NULL"});
+    EXPECT_THROW(After(store, number), Damage);
+}
+
+TEST_F(DeltasTest, OneThatIsHeldElsewhereOutlivesTheErasureOfWhatItIsMadeFrom) {
+    StoreLimits limits;
+    limits.entries = 3;
+    Store store = Opened(limits);
+    RecordEdit(store, 0, "/etc/erased");
+    RecordEdit(store, 1, "/etc/erased");
+    Record(store, {File("/etc/held", "none", Version(2))});
+    const std::int64_t held = Record(store, {File("/etc/other", Version(2), "none")});
+    // Version 0 is nobody's any more, but versions 1 and 2 are made from it.
+    ASSERT_EQ(CountWhole(), 2);
+    const Erasure erased = store.Erase({"/etc/erased"});
+    EXPECT_EQ(erased.texts, 2u);
+    EXPECT_EQ(erased.alsoHeld, (std::vector<std::string>{"/etc/held", "/etc/other"}));
+    EXPECT_EQ(Count("SELECT count(*) FROM texts WHERE made_from IS NOT NULL"), 0);
+    EXPECT_EQ(CountAll(), 2);
+    EXPECT_EQ(store.Text(store.FilesOf(held)[0].before.text.value()), Version(2));
+}
+
+TEST_F(DeltasTest, ErasedOnesAreInNoneOfItsFiles) {
+    Store store = Opened();
+    const std::string secret = Long('a').append("a password that nobody may see");
+    Record(store, {File("/etc/erased", Long('a'), secret)});
+    Record(store, {File("/etc/erased", secret, "3")});
+    ASSERT_TRUE(IsAnywhere("a password that nobody may see"));
+    store.Erase({"/etc/erased"});
+    EXPECT_FALSE(IsAnywhere("a password that nobody may see"));
+}
+
+}  // namespace
+}  // namespace ZET::Deploy
