@@ -161,6 +161,11 @@ std::vector<std::int64_t> Numbers(Database& database, const char* statement, con
     return numbers;
 }
 
+std::int64_t FirstNumber(Database& database, const char* statement) {
+    const std::vector<std::int64_t> numbers = Numbers(database, statement);
+    return numbers.empty() ? 0 : numbers.front();
+}
+
 std::int64_t InsertState(Database& database, const RecordedState& state) {
     database.Run(
         "INSERT INTO states(present, mode, owner, grp, attributes, size, digest, text, roles, named_role, "

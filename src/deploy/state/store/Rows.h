@@ -22,6 +22,9 @@ class DamagedRow : public std::runtime_error {
 /// The first column of each row that the statement finds.
 std::vector<std::int64_t> Numbers(Database& database, const char* statement, const RowValues& values = {});
 
+/// 0: no row is found.
+std::int64_t FirstNumber(Database& database, const char* statement);
+
 std::int64_t InsertState(Database& database, const RecordedState& state);
 void ReplaceState(Database& database, std::int64_t id, const RecordedState& state);
 RecordedState StateAt(Database& database, std::int64_t id);

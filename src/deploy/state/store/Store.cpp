@@ -24,12 +24,6 @@ std::int64_t Now() {
     return std::int64_t{now.tv_sec} * kNanoseconds + now.tv_nsec;
 }
 
-/// 0: no row is found.
-std::int64_t FirstNumber(Database& database, const char* statement) {
-    const std::vector<std::int64_t> numbers = Numbers(database, statement);
-    return numbers.empty() ? 0 : numbers.front();
-}
-
 /// The greatest number that an entry ever had.
 std::int64_t LastGiven(Database& database) {
     return FirstNumber(database, "SELECT seq FROM sqlite_sequence WHERE name = 'entries'");
