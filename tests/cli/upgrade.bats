@@ -307,3 +307,15 @@ zet-client: nothing was changed"
     run_zet template status one.conf
     assert_success "$HOST/etc/one.conf: not shipped"
 }
+
+@test "where one directory holds both, a template is its own working copy, and none is kept beside it" {
+    sed -i "s|^ZET_CFG_DIR=.*|ZET_CFG_DIR=$HOST/templates|" zet.conf
+    zet -q commit-config
+    run /usr/bin/python3 -c 'import sqlite3
+print(*sqlite3.connect("state/state.db").execute("SELECT path FROM known WHERE path LIKE ?", ("%/templates/%",)))'
+    assert_equal "$output" ""
+    edit_and_ship
+    run_zet template status
+    assert_status 0
+    [[ $output != *"newer"* ]]
+}

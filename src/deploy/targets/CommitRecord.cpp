@@ -132,6 +132,8 @@ void CommitRecord::RememberShipped() {
     std::vector<TemplateFiles> withoutBase;
     for (const PlannedTarget& planned : m_plan.Targets()) {
         TemplateFiles files = FilesOfTemplate(m_product, planned.target.templateName);
+        // With one directory for both, there is no copy that could fall behind.
+        if (files.workingCopy == files.shipped) continue;
         const KnownFile* const known = m_plan.Known().Find(files.workingCopy);
         if (known == nullptr || !known->state.knowledge.base) withoutBase.push_back(std::move(files));
     }
