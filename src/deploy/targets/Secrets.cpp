@@ -15,7 +15,6 @@
 #include "deploy/targets/FileOrigin.h"
 #include "deploy/targets/HostLists.h"
 #include "deploy/targets/Render.h"
-#include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -141,12 +140,7 @@ std::set<std::string> Secrets::NamesOfTemplates(const std::string& path) {
     return names;
 }
 
-/// As long as a role has committed targets, it has a status: where there is none, nothing has left a list,
-/// and the history need not be opened to learn that.
 bool Secrets::HasLeftList(const std::set<std::string>& names) {
-    if (std::none_of(std::begin(kRoles), std::end(kRoles),
-                     [&](Role role) { return IsFileExist(m_host.State().Status(role)); }))
-        return false;
     return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
         return m_lists.TargetNamed(name) == nullptr && m_lists.IsCommitted(name);
     });
