@@ -127,14 +127,32 @@ commit_with() {
     rm -r "$TMPDIR"/*
 }
 
-@test "after a run that came to its end, the places that it may have used are not searched" {
+# opened WORD...: what a command opens.
+opened() {
+    strace -f -qq -o "$BASE/opened" -e trace=open,openat "$ZET_BIN/zet-client" -q --config zet.conf "$@"
+    cat "$BASE/opened"
+}
+
+@test "after a run that came to its end, a place with very many names is not searched" {
     zet -q commit-config
-    local words
-    for words in commit-config rollback-config; do
-        strace -f -qq -o "$BASE/opened" -e trace=open,openat "$ZET_BIN/zet-client" -q --config zet.conf "$words"
-        grep -q "zet.conf" "$BASE/opened"
-        ! grep "\"$TMPDIR" "$BASE/opened"
-    done
+    [[ $(opened commit-config) == *"\"$TMPDIR"* ]]
+    # Each name takes 20 bytes or more of a directory.
+    (cd "$TMPDIR" && seq 60000 | xargs touch)
+    [[ $(stat -c %s "$TMPDIR") -gt 1048576 ]] || skip "this file system tells another size of directories"
+    [[ $(opened commit-config) != *"\"$TMPDIR"* ]]
+    [[ $(opened rollback-config) != *"\"$TMPDIR"* ]]
+    zet -q commit-config
+    : >state/zet.lock
+    [[ $(opened commit-config) == *"\"$TMPDIR"* ]]
+    find "$TMPDIR" -type f -delete
+}
+
+@test "what a killed look left is removed by the next commit" {
+    zet -q commit-config
+    mkdir -p -m 700 "$TMPDIR/zet-staging.abcdef/files/rendered"
+    : >"$TMPDIR/zet-staging.abcdef/lock"
+    zet -q commit-config
+    assert_absent "$TMPDIR/zet-staging.abcdef"
 }
 
 @test "a run that lives keeps its directory" {

@@ -26,8 +26,9 @@ class Staging {
     /// The path of a file in it; the directories that `name` has are made. No name leads out of it.
     std::string PathOf(const std::string& name) const;
 
-    /// Removes the directories that this user's killed runs left, wherever they may have been made.
-    static void RemoveLeftOvers(const std::string& lastResort = "");
+    /// Removes the directories that this user's killed runs left, wherever they may have been made. A place
+    /// with very many names is only searched where there is reason to think that a run was killed.
+    static void RemoveLeftOvers(const std::string& lastResort, bool mayFollowOneCutShort);
 
     /// What there is to say of a directory that this process could not remove; empty: of none.
     static std::string LeftBehind();

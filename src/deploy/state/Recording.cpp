@@ -121,6 +121,7 @@ void Recording::Add(const ExpectedFile& file, const std::string& suffix) {
     record.file.path = m_host.HostPaths().NameInside(m_host.HostPaths().WithRealDirectory(row.path));
     record.file.kind = file.kind;
     record.file.wasEdited = file.wasEdited;
+    record.file.isPutBack = file.isPutBack;
     const std::optional<KnownFile> known = m_store->Known(record.file.path);
     if (known) {
         before.state.knowledge = known->state.knowledge;

@@ -29,6 +29,7 @@ struct ExpectedFile {
     std::optional<std::string> base{};     ///< what its text is made from, where that is another one
     std::optional<RecordedState> left{};   ///< what it is known as then, where that is another text
     bool wasEdited = false;                ///< what stands there is somebody else's work
+    bool isPutBack = false;                ///< a former state comes back, whoever had written that
 };
 
 /// The entry of a command in the history: opened before the first byte of its files changes, and closed after

@@ -75,7 +75,7 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     if (!isDryRun) {
         RequireOwnInstructions(product);
         m_lock = std::make_unique<WriteLock>(product.State(), LockSeeker{product.Caller(), product.Out()});
-        if (m_lock->MayFollowOneCutShort()) Staging::RemoveLeftOvers(product.State().Path());
+        Staging::RemoveLeftOvers(product.State().Path(), m_lock->MayFollowOneCutShort());
         m_cutShort = SettleCutShort(product);
     }
     m_checked = CheckTargets(product, templateNames);

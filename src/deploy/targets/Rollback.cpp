@@ -174,7 +174,7 @@ RollbackResult RollBack(Deployment& product, const std::vector<std::string>& nam
         RequireOwnInstructions(product);
         lock = LockToGoBack(product.State(), LockSeeker{product.Caller(), product.Out()});
         if (lock) {
-            if (lock->MayFollowOneCutShort()) Staging::RemoveLeftOvers(product.State().Path());
+            Staging::RemoveLeftOvers(product.State().Path(), lock->MayFollowOneCutShort());
             SettleCutShort(product, true);
         }
     }

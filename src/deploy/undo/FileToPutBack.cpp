@@ -256,6 +256,7 @@ void FileToPutBack::ExpectPart(Recording& recording, const RecordedFile& row, co
     file.suffix = suffix;
     file.after = wanted;
     file.kind = row.kind;
+    file.isPutBack = true;
     if (row.kind != FileKind::Companion) {
         file.kind = KindAfter();
         file.knowledge = KnowledgeAfter();

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "../HostFixture.h"
 #include "deploy/state/CapturedFile.h"
@@ -18,7 +17,7 @@ class WritersTest : public HostFixture {
 
     /// As an entry finds the file, and leaves it.
     void Change(const std::string& before, const std::string& after, mode_t modeBefore = 0644,
-                const std::vector<std::string>& words = {"param", "set"}) {
+                bool isPutBack = false) {
         FileToRecord change;
         change.file.path = At("file");
         change.file.kind = FileKind::Edit;
@@ -28,16 +27,15 @@ class WritersTest : public HostFixture {
         change.textBefore = before;
         change.textAfter = after;
         Store& store = TheHost().HostHistory().ToRecord();
-        RecordedEntry entry;
-        entry.words = words;
-        store.Close(store.Open(entry, {change}), EntryOutcome::Done);
+        change.file.isPutBack = isPutBack;
+        store.Close(store.Open({}, {change}), EntryOutcome::Done);
         m_kindBefore = FileKind::Edit;
     }
 
     /// An entry that put back what was there before.
-    void GoBack(const std::vector<std::string>& words, const std::string& before, const std::string& after) {
+    void GoBack(const std::string& before, const std::string& after) {
         m_kindBefore = before == "original" ? FileKind::Original : FileKind::Edit;
-        Change(before, after, 0644, words);
+        Change(before, after, 0644, true);
     }
 
     Writers Since() {
@@ -94,28 +92,23 @@ TEST_F(WritersTest, WithoutTheFirstEntryNobodyCanTell) {
 }
 
 TEST_F(WritersTest, AnUndoPutsBackTheWorkOfOthers) {
-    for (const std::vector<std::string>& words : {std::vector<std::string>{"undo"},
-                                                  {"rollback-config", "--to", "1"},
-                                                  {"rollback-config", "--to=1"}}) {
-        Change("original", "first");
-        Change("first by hand", "original", 0644, {"rollback-config", "--force"});
-        GoBack(words, "original", "first by hand");
-        EXPECT_EQ(Since(), Writers::OthersToo) << words.front();
-        m_kindBefore = FileKind::Original;
-    }
+    Change("original", "first");
+    Change("first by hand", "original");
+    GoBack("original", "first by hand");
+    EXPECT_EQ(Since(), Writers::OthersToo);
 }
 
 TEST_F(WritersTest, AnUndoPutsBackTheWorkOfTheProductAlone) {
     Change("original", "first");
     Change("first", "second");
-    Change("second", "original", 0644, {"rollback-config"});
-    GoBack({"undo"}, "original", "second");
+    Change("second", "original");
+    GoBack("original", "second");
     Change("second", "third");
     EXPECT_EQ(Since(), Writers::ProductAlone);
 }
 
 TEST_F(WritersTest, WhatAnUndoPutsBackIsUntoldWhereNothingBeforeItIsKept) {
-    GoBack({"undo"}, "original", "first");
+    GoBack("original", "first");
     EXPECT_EQ(Since(), Writers::NotKept);
 }
 

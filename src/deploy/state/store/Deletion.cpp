@@ -79,7 +79,7 @@ void Prune(Database& database, const StoreLimits& limits) {
         database,
         "SELECT number FROM entries WHERE outcome <> 0 AND number NOT IN"
         " (SELECT number FROM entries ORDER BY number DESC LIMIT ?1) AND number NOT IN"
-        " (SELECT DISTINCT entry FROM files WHERE was_edited ORDER BY entry DESC LIMIT ?2)",
+        " (SELECT DISTINCT entry FROM files WHERE was_edited & 1 ORDER BY entry DESC LIMIT ?2)",
         {static_cast<std::int64_t>(limits.entries), static_cast<std::int64_t>(limits.entriesWithEdits)});
     for (const std::int64_t number : numbers) {
         DeleteEntry(database, number);

@@ -76,14 +76,14 @@ enum class FileKind {
 
 /// What an entry did to a file.
 struct RecordedFile {
-    std::string path;        ///< of the real file, as the host itself knows it
-    std::int64_t entry = 0;  ///< that did it; 0 before it is recorded
+    std::string path;  ///< of the real file, as the host itself knows it
     FileKind kind = FileKind::Edit;
     FileKind kindBefore = FileKind::Original;  ///< what it was known to be before the entry
     RecordedState before;
     RecordedState after;
     std::optional<RecordedState> leftBefore;  ///< what it was known as before, where that was another text
     bool wasEdited = false;                   ///< what stood there before was somebody else's work
+    bool isPutBack = false;                   ///< a former state came back, whoever had written that
 
     /// Whether it was known what the file was going to be, as it is before it is written.
     bool IsPlanned() const { return !after.exists || !after.digest.empty(); }

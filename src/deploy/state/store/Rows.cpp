@@ -243,6 +243,10 @@ std::optional<RecordedEntry> EntryAt(Database& database, std::int64_t number) {
     return entry;
 }
 
+/// Of the column `was_edited`; the older of the two has given it its name.
+constexpr std::int64_t kWasEdited = 1;
+constexpr std::int64_t kIsPutBack = 2;
+
 void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file) {
     const std::int64_t before = InsertState(database, file.before);
     const std::int64_t after = InsertState(database, file.after);
@@ -251,7 +255,7 @@ void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file
         before, after};
     row.emplace_back();
     if (file.leftBefore) row.back() = InsertState(database, *file.leftBefore);
-    row.emplace_back(std::int64_t{file.wasEdited});
+    row.emplace_back((file.wasEdited ? kWasEdited : 0) | (file.isPutBack ? kIsPutBack : 0));
     database.Run(
         "INSERT INTO files(entry, path, kind, kind_before, before, after, left_before, was_edited, seal)"
         " VALUES(?,?,?,?,?,?,?,?,?)",
@@ -267,15 +271,17 @@ static std::vector<RecordedFile> FilesIn(Database& database, const char* stateme
     Database::Rows rows(database, statement, values);
     while (rows.Next()) {
         RowReader row(Opened(rows, 8));
+        row.Number();
         RecordedFile file;
-        file.entry = row.Number();
         file.path = row.Text();
         file.kind = static_cast<FileKind>(row.Number());
         file.kindBefore = static_cast<FileKind>(row.Number());
         file.before = StateAt(database, row.Number());
         file.after = StateAt(database, row.Number());
         if (const auto left = row.OptionalNumber()) file.leftBefore = StateAt(database, *left);
-        file.wasEdited = row.Number() != 0;
+        const std::int64_t how = row.Number();
+        file.wasEdited = (how & kWasEdited) != 0;
+        file.isPutBack = (how & kIsPutBack) != 0;
         files.push_back(std::move(file));
     }
     return files;
