@@ -65,20 +65,22 @@ void RequireLanguageOf(IZETCore& core, const std::string& language) {
     }
 }
 
-/// That of the reader, while a file is written in another one.
-const LanguageSetting* g_readers = nullptr;
+/// That of the reader, while this thread writes a file in another one.
+thread_local const LanguageSetting* t_readers = nullptr;
 
 const char* LookUpForReader(const char* domain, const char* text) {
+    if (t_readers == nullptr) return Text::Translated(domain, text);
     const LanguageSetting written;
-    g_readers->Use();
+    t_readers->Use();
     const char* const found = Text::Translated(domain, text);
     written.Use();
     return found;
 }
 
 void MakeForReader(const std::function<void()>& make) {
+    if (t_readers == nullptr) return make();
     const LanguageSetting written;
-    g_readers->Use();
+    t_readers->Use();
     make();
     written.Use();
 }
@@ -152,7 +154,7 @@ WrittenLanguage::WrittenLanguage(IZETCore& core) {
         return;
     }
     m_former.emplace();
-    m_formerReaders = std::exchange(g_readers, &*m_former);
+    m_formerReaders = std::exchange(t_readers, &*m_former);
     m_formerLookUp = Text::LookUpBy(isTranslated ? &LookUpForReader : &LeaveEnglish);
     m_formerMaking = MakeMessagesBy(&MakeForReader);
     // The reader's list of preferred languages would win over the one that is set.
@@ -167,7 +169,7 @@ WrittenLanguage::~WrittenLanguage() {
     MakeMessagesBy(m_formerMaking);
     if (m_former) {
         m_former->Use();
-        g_readers = m_formerReaders;
+        t_readers = m_formerReaders;
     } else {
         uselocale(m_formerLocale);
     }

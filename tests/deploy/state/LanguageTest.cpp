@@ -6,6 +6,7 @@
 #include <clocale>
 #include <cstdlib>
 #include <string>
+#include <thread>
 
 #include "../HostFixture.h"
 #include "deploy/host/Words.h"
@@ -55,6 +56,16 @@ TEST_F(LanguageOfFiles, IsNotThatOfWhatTheCoreSaysMeanwhile) {
         EXPECT_EQ(std::getenv("LANGUAGE"), nullptr);
     }
     EXPECT_EQ(MakeMessagesBy(nullptr), nullptr);
+}
+
+TEST_F(LanguageOfFiles, IsOfNoConcernToAThreadThatWritesNone) {
+    const WrittenLanguage language(TheHost().Core());
+    std::thread([] {
+        EXPECT_NE(std::string(_("does not exist")), "");
+        EXPECT_TRUE(ProblemOfParam("MINIMUM_UID", "x"));
+        EXPECT_STREQ(setlocale(LC_MESSAGES, nullptr), "C");
+    }).join();
+    EXPECT_STREQ(_("does not exist"), "existiert nicht");
 }
 
 TEST_F(LanguageOfFiles, DoesNotGetIntoWhatIsSaidToWhoReadsEnglish) {
