@@ -6,8 +6,8 @@
 
 namespace ZET {
 
-/// What an opened file can do beyond `IZETConfigFile`: tell its text instead of saving it. Who wants that asks
-/// for it with a `dynamic_cast`; the files of another module than this product's need not have it.
+/// What an opened file can do beyond `IZETConfigFile`: tell its text instead of saving it. Who wants that
+/// asks for it with a `dynamic_cast`; the files of another module than this product's need not have it.
 class IZETTextToSave {
   public:
     /// Does to the text what `IZETConfigFile::Save` does, and calls `take` with it, once; neither the file
