@@ -205,5 +205,55 @@ TEST_F(DeltasTest, ErasedOnesAreInNoneOfItsFiles) {
     EXPECT_FALSE(IsAnywhere("a password that nobody may see"));
 }
 
+TEST_F(DeltasTest, DamageOfTheTextsOfAnotherFileKeepsNoneFromBeingErased) {
+    StoreLimits limits;
+    limits.entries = 2;
+    Store store = Opened(limits);
+    for (int i = 0; i < 3; ++i)
+        RecordEdit(store, i, "/etc/other");
+    // Version 0 is nobody's any more, but the others are made from it.
+    Change({"UPDATE texts SET frame = x'00' WHERE made_from IS NULL"});
+    const std::int64_t last = Record(store, {File("/etc/erased", "1", "a password")});
+    const auto deltasOfOther = [&] { return Count("SELECT count(*) FROM texts WHERE made_from = 1"); };
+    ASSERT_EQ(deltasOfOther(), 2);
+    EXPECT_EQ(store.Erase({"/etc/erased"}).texts, 2u);
+    EXPECT_FALSE(IsAnywhere("a password"));
+    EXPECT_EQ(deltasOfOther(), 2);
+    EXPECT_THROW(After(store, last - 1), Damage);
+}
+
+TEST_F(DeltasTest, ErasureOfOneFileLeavesTheTextsOfOthersAsTheyAreKept) {
+    StoreLimits limits;
+    limits.entries = 2;
+    Store store = Opened(limits);
+    std::int64_t last = 0;
+    for (int i = 0; i < 3; ++i)
+        last = RecordEdit(store, i, "/etc/other");
+    Record(store, {File("/etc/erased", "1", "2")});
+    store.Erase({"/etc/erased"});
+    EXPECT_EQ(Count("SELECT count(*) FROM texts WHERE made_from = 1"), 2);
+    EXPECT_EQ(After(store, last), Version(3));
+}
+
+TEST_F(DeltasTest, WhatCannotBeMadeWholeKeepsNoTextFromBeingErased) {
+    StoreLimits limits;
+    limits.entries = 3;
+    for (const int pruned : {0, 1}) {
+        for (const char* const suffix : kStoreSuffixes)
+            fs::remove(Name(suffix));
+        Store store = Opened(limits);
+        for (int i = 0; i < 1 + pruned; ++i)
+            RecordEdit(store, i, "/etc/erased");
+        Record(store, {File("/etc/held", "none", Version(1 + pruned))});
+        const std::int64_t held = Record(store, {File("/etc/other", Version(1 + pruned), "none")});
+        Change({"UPDATE texts SET frame = CAST('a password, damaged' AS BLOB) WHERE id = 1"});
+        const Erasure erased = store.Erase({"/etc/erased"});
+        EXPECT_EQ(erased.alsoHeld, (std::vector<std::string>{"/etc/held", "/etc/other"}));
+        EXPECT_FALSE(IsAnywhere("a password, damaged"));
+        EXPECT_EQ(Count("SELECT count(*) FROM texts WHERE id = 1"), 0);
+        EXPECT_THROW(store.Text(store.FilesOf(held)[0].before.text.value()), Damage);
+    }
+}
+
 }  // namespace
 }  // namespace ZET::Deploy

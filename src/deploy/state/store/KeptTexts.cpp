@@ -118,6 +118,14 @@ TextOrDelta Read(Database& database, std::int64_t number, std::size_t& size) {
     throw DamagedRow(_(kIsDamaged));
 }
 
+std::optional<std::string> ReadableTextAt(Database& database, TextNumber number) {
+    try {
+        return TextAt(database, number);
+    } catch (const DamagedRow&) {
+        return std::nullopt;
+    }
+}
+
 }  // namespace
 
 RecordedFile WithTexts(Database& database, const StoreLimits& limits, const FileToRecord& file) {
@@ -153,13 +161,11 @@ std::string TextAt(Database& database, TextNumber number) {
     return std::move(*text);
 }
 
-void MakeWholeWithoutBase(Database& database) {
-    for (const std::int64_t id : Numbers(database,
-                                         "SELECT id FROM texts WHERE made_from IS NOT NULL"
-                                         " AND NOT EXISTS (SELECT 1 FROM states WHERE text = made_from)"
-                                         " AND NOT EXISTS (SELECT 1 FROM states WHERE base = made_from)"))
-        database.Run("UPDATE texts SET frame = ?, made_from = NULL WHERE id = ?",
-                     {Blob{Compressed(TextAt(database, {id}))}, id});
+void MakeWholeWithout(Database& database, TextNumber base) {
+    for (const std::int64_t id : Numbers(database, "SELECT id FROM texts WHERE made_from = ?", {base.value}))
+        if (const auto text = ReadableTextAt(database, {id}))
+            database.Run("UPDATE texts SET frame = ?, made_from = NULL WHERE id = ?",
+                         {Blob{Compressed(*text)}, id});
 }
 
 }  // namespace ZET::Deploy
