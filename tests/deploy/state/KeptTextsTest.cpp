@@ -32,6 +32,22 @@ class KeptTextsTest : public StoreFixture {
         database.Run("UPDATE texts SET digest = ?", {Blob{digest}});
     }
 
+    void GiveFrame(TextNumber text, const std::string& frame) const {
+        Database database(Name(), Database::Access::Write);
+        database.Run("UPDATE texts SET frame = ? WHERE id = ?", {Blob{frame}, text.value});
+    }
+
+    /// One bit of a frame, somewhere in it.
+    void DamageFrame(TextNumber text, std::size_t place) const {
+        std::string frame;
+        {
+            Database database(Name(), Database::Access::Write);
+            frame = std::get<Blob>(database.Run("SELECT frame FROM texts WHERE id = ?", {text.value})).bytes;
+        }
+        frame[place % frame.size()] ^= 1;
+        GiveFrame(text, frame);
+    }
+
     /// The tables as they were before texts had marks.
     void GoBackToVersion1() const {
         Change({"DROP INDEX texts_by_digest", "ALTER TABLE texts DROP COLUMN mark",
@@ -124,8 +140,12 @@ class DeltasTest : public KeptTextsTest {
         return all.find(bytes) != std::string::npos;
     }
 
+    static TextNumber NumberAfter(Store& store, std::int64_t number) {
+        return store.FilesOf(number)[0].after.text.value();
+    }
+
     static std::string After(Store& store, std::int64_t number) {
-        return store.Text(store.FilesOf(number)[0].after.text.value());
+        return store.Text(NumberAfter(store, number));
     }
 };
 
@@ -177,6 +197,54 @@ TEST_F(DeltasTest, DamageOfWhatTheyAreMadeFromIsTold) {
     EXPECT_THROW(After(store, number), Damage);
 }
 
+TEST_F(DeltasTest, NoneIsMadeFromADamagedText) {
+    Store store = Opened();
+    for (int i = 0; i < 3; ++i)
+        RecordEdit(store, i);
+    DamageFrame(store.FilesOf(1)[0].before.text.value(), 30);
+    for (int i = 3; i < 6; ++i)
+        EXPECT_EQ(After(store, RecordEdit(store, i)), Version(i + 1));
+    EXPECT_EQ(CountWhole(), 2);  // the first that came after the damage is what the others are made from
+}
+
+TEST_F(DeltasTest, NoneGoesOnFromADamagedOne) {
+    Store store = Opened();
+    std::int64_t last = RecordEdit(store, 0);
+    for (int i = 1; i < 200; i += 2) {
+        last = RecordEdit(store, i);  // made from a sound one
+        DamageFrame(NumberAfter(store, last), static_cast<std::size_t>(i / 2));
+        EXPECT_THROW(After(store, last), Damage) << i;
+        last = RecordEdit(store, i + 1);
+        EXPECT_EQ(After(store, last), Version(i + 2)) << i;
+    }
+}
+
+TEST_F(DeltasTest, TheSameIsTrueOfAShortText) {
+    const std::string text(kLongestPlainText, 's');
+    Store store = Opened();
+    const std::int64_t first = Record(store, {File("/etc/short", "none", text)});
+    Record(store, {File("/etc/short", text, text + "1")});
+    const auto madeFromIt = [&] { return Count("SELECT count(*) FROM texts WHERE made_from = 2"); };
+    ASSERT_EQ(NumberAfter(store, first).value, 2);
+    EXPECT_EQ(madeFromIt(), 1);
+    DamageFrame(NumberAfter(store, first), text.size() / 2);
+    EXPECT_EQ(After(store, Record(store, {File("/etc/short", text + "1", text + "12")})), text + "12");
+    EXPECT_EQ(madeFromIt(), 1);
+}
+
+TEST_F(DeltasTest, ATextWithoutAChecksumOfItsFrameIsReadAndNoneIsMadeFromIt) {
+    Store store = Opened();
+    const std::int64_t first = Record(store, {File("/etc/x", "none", Version(0))});
+    GiveFrame(NumberAfter(store, first), Compressed(Version(0)));
+    const std::int64_t second = RecordEdit(store, 0);
+    EXPECT_EQ(Count("SELECT count(*) FROM texts WHERE made_from IS NOT NULL"), 0);
+    const std::int64_t third = RecordEdit(store, 1);
+    EXPECT_EQ(Count("SELECT made_from FROM texts WHERE made_from IS NOT NULL"),
+              NumberAfter(store, second).value);
+    for (const std::int64_t number : {first, second, third})
+        EXPECT_EQ(After(store, number), Version(static_cast<int>(number) - 1));
+}
+
 TEST_F(DeltasTest, OneThatIsHeldElsewhereOutlivesTheErasureOfWhatItIsMadeFrom) {
     StoreLimits limits;
     limits.entries = 3;
@@ -203,6 +271,56 @@ TEST_F(DeltasTest, ErasedOnesAreInNoneOfItsFiles) {
     ASSERT_TRUE(IsAnywhere("a password that nobody may see"));
     store.Erase({"/etc/erased"});
     EXPECT_FALSE(IsAnywhere("a password that nobody may see"));
+}
+
+TEST_F(DeltasTest, DamageOfTheTextsOfAnotherFileKeepsNoneFromBeingErased) {
+    StoreLimits limits;
+    limits.entries = 2;
+    Store store = Opened(limits);
+    for (int i = 0; i < 3; ++i)
+        RecordEdit(store, i, "/etc/other");
+    // Version 0 is nobody's any more, but the others are made from it.
+    Change({"UPDATE texts SET frame = x'00' WHERE made_from IS NULL"});
+    const std::int64_t last = Record(store, {File("/etc/erased", "1", "a password")});
+    const auto deltasOfOther = [&] { return Count("SELECT count(*) FROM texts WHERE made_from = 1"); };
+    ASSERT_EQ(deltasOfOther(), 2);
+    EXPECT_EQ(store.Erase({"/etc/erased"}).texts, 2u);
+    EXPECT_FALSE(IsAnywhere("a password"));
+    EXPECT_EQ(deltasOfOther(), 2);
+    EXPECT_THROW(After(store, last - 1), Damage);
+}
+
+TEST_F(DeltasTest, ErasureOfOneFileLeavesTheTextsOfOthersAsTheyAreKept) {
+    StoreLimits limits;
+    limits.entries = 2;
+    Store store = Opened(limits);
+    std::int64_t last = 0;
+    for (int i = 0; i < 3; ++i)
+        last = RecordEdit(store, i, "/etc/other");
+    Record(store, {File("/etc/erased", "1", "2")});
+    store.Erase({"/etc/erased"});
+    EXPECT_EQ(Count("SELECT count(*) FROM texts WHERE made_from = 1"), 2);
+    EXPECT_EQ(After(store, last), Version(3));
+}
+
+TEST_F(DeltasTest, WhatCannotBeMadeWholeKeepsNoTextFromBeingErased) {
+    StoreLimits limits;
+    limits.entries = 3;
+    for (const int pruned : {0, 1}) {
+        for (const char* const suffix : kStoreSuffixes)
+            fs::remove(Name(suffix));
+        Store store = Opened(limits);
+        for (int i = 0; i < 1 + pruned; ++i)
+            RecordEdit(store, i, "/etc/erased");
+        Record(store, {File("/etc/held", "none", Version(1 + pruned))});
+        const std::int64_t held = Record(store, {File("/etc/other", Version(1 + pruned), "none")});
+        Change({"UPDATE texts SET frame = CAST('a password, damaged' AS BLOB) WHERE id = 1"});
+        const Erasure erased = store.Erase({"/etc/erased"});
+        EXPECT_EQ(erased.alsoHeld, (std::vector<std::string>{"/etc/held", "/etc/other"}));
+        EXPECT_FALSE(IsAnywhere("a password, damaged"));
+        EXPECT_EQ(Count("SELECT count(*) FROM texts WHERE id = 1"), 0);
+        EXPECT_THROW(store.Text(store.FilesOf(held)[0].before.text.value()), Damage);
+    }
 }
 
 }  // namespace

@@ -147,19 +147,30 @@ void TakeOut(Database& database, std::int64_t id, RecordedState state) {
     ReplaceState(database, id, state);
 }
 
-constexpr const char* kDeltasOfNobody =
-    "DELETE FROM texts WHERE made_from IS NOT NULL AND NOT EXISTS (SELECT 1 FROM states WHERE text = "
-    "texts.id)"
-    " AND NOT EXISTS (SELECT 1 FROM states WHERE base = texts.id)";
-constexpr const char* kTextsOfNobody =
-    "DELETE FROM texts WHERE NOT EXISTS (SELECT 1 FROM states WHERE text = texts.id)"
-    " AND NOT EXISTS (SELECT 1 FROM states WHERE base = texts.id)";
+/// With what they are made from: where nobody has it any more, it was a text of the same file, or of one that
+/// had the same.
+std::set<std::int64_t> WithBases(Database& database, const std::set<std::int64_t>& texts) {
+    std::set<std::int64_t> all = texts;
+    for (const std::int64_t text : texts)
+        for (const std::int64_t base :
+             Numbers(database, "SELECT made_from FROM texts WHERE id = ? AND made_from IS NOT NULL", {text}))
+            all.insert(base);
+    return all;
+}
 
-/// A text that only others are made from was one of the erased files, too, or may have been.
-void DeleteUnheld(Database& database) {
-    database.Run(kDeltasOfNobody);
-    MakeWholeWithoutBase(database);
-    database.Run(kTextsOfNobody);
+bool IsNobodys(Database& database, std::int64_t text) {
+    return Numbers(database, "SELECT id FROM states WHERE text = ?1 OR base = ?1 LIMIT 1", {text}).empty();
+}
+
+/// What other files have of the texts stays, and is read without those that go.
+void DeleteUnheld(Database& database, const std::set<std::int64_t>& texts) {
+    const std::set<std::int64_t> all = WithBases(database, texts);
+    // Those made from others come behind them: what goes itself need not be made whole.
+    for (auto text = all.rbegin(); text != all.rend(); ++text) {
+        if (!IsNobodys(database, *text)) continue;
+        MakeWholeWithout(database, {*text});
+        database.Run("DELETE FROM texts WHERE id = ?", {*text});
+    }
 }
 
 }  // namespace
@@ -199,7 +210,7 @@ Erasure EraseTexts(Database& database, const std::vector<std::string>& paths) {
     std::set<std::string> holders;
     for (const std::int64_t text : texts)
         if (!IsEmpty(database, text)) holders.merge(HoldersOf(database, text));
-    DeleteUnheld(database);
+    DeleteUnheld(database, texts);
     return {texts.size(), {holders.begin(), holders.end()}};
 }
 

@@ -10,6 +10,7 @@
 #include "deploy/state/store/Digest.h"
 #include "deploy/state/store/PlainFrame.h"
 #include "deploy/state/store/Rows.h"
+#include "deploy/state/store/SealedFrame.h"
 #include "deploy/state/store/TextDelta.h"
 #include "deploy/state/store/TextMark.h"
 
@@ -24,8 +25,9 @@ constexpr const char* kIsDamaged = ZET_TEXT("a text is not as it was written");
 bool IsTextAt(Database& database, std::int64_t id, const std::string& text) {
     Database::Rows rows(database, kFrameOfText, {id});
     if (!rows.Next()) throw DamagedRow(_(kIsMissing));
-    const auto isSame = rows.Number(0) == static_cast<std::int64_t>(text.size())
-                            ? IsFrameOf(rows.Bytes(1), text)
+    const auto frame = FrameIn(rows.Bytes(1));
+    const auto isSame = frame && rows.Number(0) == static_cast<std::int64_t>(text.size())
+                            ? IsFrameOf(*frame, text)
                             : std::nullopt;
     if (!isSame) throw DamagedRow(_(kIsDamaged));
     return *isSame;
@@ -60,15 +62,35 @@ struct FormerText {
     const std::string& text;
 };
 
+/// A short one has a checksum of its own.
+std::string FrameOfWhole(const std::string& text) {
+    std::string frame = Compressed(text);
+    return text.size() <= kLongestPlainText ? frame : SealedFrame(frame);
+}
+
+bool IsKnownSoundAt(Database& database, std::int64_t id) {
+    Database::Rows rows(database, kFrameOfText, {id});
+    return rows.Next() && SoundFrameIn(rows.Bytes(1)).has_value();
+}
+
 /// What a kept text is of a whole one: of itself, unless it is a delta.
-std::optional<TextDelta> DeltaAt(Database& database, const FormerText& former) {
-    Database::Rows rows(
-        database, "SELECT CASE WHEN made_from IS NULL THEN NULL ELSE frame END, size FROM texts WHERE id = ?",
-        {former.number.value});
+std::optional<TextDelta> KeptDelta(Database& database, const FormerText& former) {
+    Database::Rows rows(database, kFrameOfText, {former.number.value});
     if (!rows.Next()) throw DamagedRow(_(kIsMissing));
-    if (rows.Number(1) != static_cast<std::int64_t>(former.text.size())) return std::nullopt;
-    const std::string_view frame = rows.Bytes(0);
-    return frame.empty() ? DeltaOfWhole(former.number.value, former.text.size()) : DeltaOfFrame(frame);
+    if (rows.Number(0) != static_cast<std::int64_t>(former.text.size())) return std::nullopt;
+    const auto frame = SoundFrameIn(rows.Bytes(1));
+    if (!frame) return std::nullopt;
+    return IsFrameOfDelta(*frame) ? DeltaOfFrame(*frame)
+                                  : DeltaOfWhole(former.number.value, former.text.size());
+}
+
+/// None where that, or what it is made from, is not known to be sound: damage would spread to each later
+/// text.
+std::optional<TextDelta> DeltaAt(Database& database, const FormerText& former) {
+    auto delta = KeptDelta(database, former);
+    const bool isWhole = delta && delta->base == former.number.value;
+    if (delta && !isWhole && !IsKnownSoundAt(database, delta->base)) return std::nullopt;
+    return delta;
 }
 
 std::optional<TextDelta> DeltaOf(Database& database, const std::string& text,
@@ -85,7 +107,7 @@ TextNumber Keep(Database& database, const std::string& text, const std::string& 
     const auto delta = DeltaOf(database, text, former);
     database.Run("INSERT INTO texts(digest, size, frame, mark, made_from) VALUES(?,?,?,?,?)",
                  {Blob{digest}, static_cast<std::int64_t>(text.size()),
-                  Blob{delta ? FrameOf(*delta) : Compressed(text)}, OptionalValue(mark),
+                  Blob{delta ? SealedFrame(FrameOf(*delta)) : FrameOfWhole(text)}, OptionalValue(mark),
                   delta ? Value(delta->base) : Value()});
     return {database.LastRow()};
 }
@@ -110,12 +132,21 @@ TextOrDelta Read(Database& database, std::int64_t number, std::size_t& size) {
     if (!rows.Next()) throw DamagedRow(_(kIsMissing));
     if (rows.Number(0) < 0) throw DamagedRow(_(kIsDamaged));
     size = static_cast<std::size_t>(rows.Number(0));
-    if (IsFrameOfDelta(rows.Bytes(1))) {
-        if (auto delta = DeltaOfFrame(rows.Bytes(1))) return std::move(*delta);
-    } else if (auto text = Expanded(rows.Bytes(1), size)) {
+    const auto frame = FrameIn(rows.Bytes(1));
+    if (frame && IsFrameOfDelta(*frame)) {
+        if (auto delta = DeltaOfFrame(*frame)) return std::move(*delta);
+    } else if (auto text = frame ? Expanded(*frame, size) : std::nullopt) {
         return std::move(*text);
     }
     throw DamagedRow(_(kIsDamaged));
+}
+
+std::optional<std::string> ReadableTextAt(Database& database, TextNumber number) {
+    try {
+        return TextAt(database, number);
+    } catch (const DamagedRow&) {
+        return std::nullopt;
+    }
 }
 
 }  // namespace
@@ -153,13 +184,11 @@ std::string TextAt(Database& database, TextNumber number) {
     return std::move(*text);
 }
 
-void MakeWholeWithoutBase(Database& database) {
-    for (const std::int64_t id : Numbers(database,
-                                         "SELECT id FROM texts WHERE made_from IS NOT NULL"
-                                         " AND NOT EXISTS (SELECT 1 FROM states WHERE text = made_from)"
-                                         " AND NOT EXISTS (SELECT 1 FROM states WHERE base = made_from)"))
-        database.Run("UPDATE texts SET frame = ?, made_from = NULL WHERE id = ?",
-                     {Blob{Compressed(TextAt(database, {id}))}, id});
+void MakeWholeWithout(Database& database, TextNumber base) {
+    for (const std::int64_t id : Numbers(database, "SELECT id FROM texts WHERE made_from = ?", {base.value}))
+        if (const auto text = ReadableTextAt(database, {id}))
+            database.Run("UPDATE texts SET frame = ?, made_from = NULL WHERE id = ?",
+                         {Blob{FrameOfWhole(*text)}, id});
 }
 
 }  // namespace ZET::Deploy

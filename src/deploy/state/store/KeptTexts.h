@@ -23,8 +23,9 @@ RecordedState AfterWithTexts(Database& database, const StoreLimits& limits, cons
 /// One that is not there, or not as it was written, is a `DamagedRow`.
 std::string TextAt(Database& database, TextNumber number);
 
-/// Texts that are made from one that no state has any more are kept whole from now on.
-void MakeWholeWithoutBase(Database& database);
+/// Texts that are made from that one are kept whole from now on. One that cannot be read stays as it is: it
+/// is lost, whether its base is there or not.
+void MakeWholeWithout(Database& database, TextNumber base);
 
 }  // namespace ZET::Deploy
 
