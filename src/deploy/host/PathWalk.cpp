@@ -107,9 +107,9 @@ bool PathWalk::GoKnownWay(std::string_view directory) {
 /// A link is looked at each time, and what was not there may come.
 void PathWalk::RememberWay(std::string_view directory) {
     if (m_links > 0 || !m_beyond.empty() || HasStepUp(m_path)) return;
-    WalkedWay& way = m_known.ways[std::string(directory)];
-    way.walked = m_walked;
-    way.judge = m_judge;
+    // Whole or not at all: there may be no memory for it.
+    WalkedWay way{m_walked, m_judge};
+    m_known.ways.insert_or_assign(std::string(directory), std::move(way));
 }
 
 FoundFile PathWalk::ToLink(const std::string& path) {

@@ -39,10 +39,12 @@ struct LocaleDeleter {
 using Locale = std::unique_ptr<std::remove_pointer_t<locale_t>, LocaleDeleter>;
 using Locales = std::map<std::string, Locale>;
 
-/// Those that this thread has written in. To go to one of them and back takes 100 instructions, where setting
-/// a locale by its name takes 20,000: half of what a small file takes to be rendered.
+/// Those that were written in. To go to one of them and back takes 100 instructions, where setting a locale
+/// by its name takes 20,000: half of what a small file takes to be rendered. They live as long as the
+/// process: to have something of a thread's own destroyed takes memory, without which the C library ends the
+/// program.
 Locales& KnownLocales() {
-    thread_local Locales locales;
+    static Locales& locales = *new Locales;
     return locales;
 }
 

@@ -11,7 +11,6 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
-#include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Language.h"

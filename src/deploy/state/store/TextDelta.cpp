@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
-#include <iterator>
 
 #include "deploy/state/store/Digest.h"
 #include "deploy/state/store/Packing.h"
