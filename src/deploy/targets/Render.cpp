@@ -148,40 +148,6 @@ std::string NamingWorkingCopy(std::string_view text, const std::string& standIn,
     return renamed;
 }
 
-}  // namespace
-
-bool HasNotice(Deployment& product, const std::string& templateName) {
-    const Target* const target = product.Lists().EntryOf(templateName);
-    return target == nullptr || target->hasNotice;
-}
-
-std::string WorkingCopy(Host& host, const std::string& templateName) {
-    return host.Param("ZET_CFG_DIR") + "/" + templateName;
-}
-
-std::string TemplateFile(Host& host, const std::string& templateName) {
-    for (const char* directory : {"ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR"}) {
-        const std::string file = host.Param(directory) + "/" + templateName;
-        if (IsFileExist(file)) return file;
-    }
-    return "";
-}
-
-void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& templateName) {
-    const std::string workingCopy = WorkingCopy(host, templateName);
-    if (!recording.IsOn() || IsFileExist(workingCopy)) return;
-    const std::string pristine = host.Param("ZET_CFG_TEMPL_DIR") + "/" + templateName;
-    if (!IsFileExist(pristine)) return;
-    ExpectedFile file;
-    file.path = workingCopy;
-    file.kind = FileKind::Template;
-    SetShipped(file, Capture(host.FilePath(host.HostPaths().NameInside(pristine)),
-                             host.HostHistory().Limits().largestText));
-    recording.Expect(file);
-}
-
-namespace {
-
 /// A template on trial: nothing outside the private directory changes.
 class Trial {
   public:
@@ -252,6 +218,36 @@ std::string Stage(Deployment& product, Role role, const Staging& staging, const 
 }
 
 }  // namespace
+
+bool HasNotice(Deployment& product, const std::string& templateName) {
+    const Target* const target = product.Lists().EntryOf(templateName);
+    return target == nullptr || target->hasNotice;
+}
+
+std::string WorkingCopy(Host& host, const std::string& templateName) {
+    return host.Param("ZET_CFG_DIR") + "/" + templateName;
+}
+
+std::string TemplateFile(Host& host, const std::string& templateName) {
+    for (const char* directory : {"ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR"}) {
+        const std::string file = host.Param(directory) + "/" + templateName;
+        if (IsFileExist(file)) return file;
+    }
+    return "";
+}
+
+void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& templateName) {
+    const std::string workingCopy = WorkingCopy(host, templateName);
+    if (!recording.IsOn() || IsFileExist(workingCopy)) return;
+    const std::string pristine = host.Param("ZET_CFG_TEMPL_DIR") + "/" + templateName;
+    if (!IsFileExist(pristine)) return;
+    ExpectedFile file;
+    file.path = workingCopy;
+    file.kind = FileKind::Template;
+    SetShipped(file, Capture(host.FilePath(host.HostPaths().NameInside(pristine)),
+                             host.HostHistory().Limits().largestText));
+    recording.Expect(file);
+}
 
 std::string RenderStaged(Deployment& product, const Staging& staging, const std::string& templateName,
                          const StringMap& values) {
