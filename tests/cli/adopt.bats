@@ -105,6 +105,21 @@ assert_adopted() {
     assert_refusal 1 "$HOST/state/state.db: the history may not be read by this user, so that nobody can tell what out/one.conf was made from (run the command as root)"
 }
 
+@test "a user who is not root adopts into a template that nobody may write" {
+    need_root
+    copy_programs
+    chmod 0444 etc/one.conf
+    chown -R 65534:65534 "$HOST"
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" commit-config
+    assert_status 0
+    chmod u+w out/one.conf
+    echo more >>out/one.conf
+    chmod u-w out/one.conf
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" adopt out/one.conf
+    assert_status 0
+    [ "$(tail -n 1 etc/one.conf)" = more ]
+}
+
 @test "an edit that makes no template is refused, and not tried for ever" {
     local line
     for line in 'open ${realm' '# ----ZET_END----' '# ---ZET_BEGIN---'; do

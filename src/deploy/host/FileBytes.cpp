@@ -137,10 +137,18 @@ bool IsOwn(const struct stat& status) {
     throw Failure({.file = path, .text = _("is in the way, and not from here"), .remedy = _("move it away")});
 }
 
+/// A former one whose mode keeps this user from writing it makes way for a new one.
+bool RemoveReadOnly(const std::string& path) {
+    struct stat status = {};
+    return errno == EACCES && lstat(path.c_str(), &status) == 0 && IsOwn(status) && unlink(path.c_str()) == 0;
+}
+
 /// A new file, or a former one of this user's that has no other name, emptied.
 Descriptor OpenStaged(const std::string& path) {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
-    Descriptor file(open(path.c_str(), kFlags, S_IRUSR | S_IWUSR));
+    const auto openIt = [&] { return Descriptor(open(path.c_str(), kFlags, S_IRUSR | S_IWUSR)); };
+    Descriptor file = openIt();
+    if (file < 0 && RemoveReadOnly(path)) file = openIt();
     struct stat status = {};
     if (file < 0 || fstat(file, &status) != 0) Fail(path, _("cannot be written"));
     if (!IsOwn(status)) FailOfOther(path);
