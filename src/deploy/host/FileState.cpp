@@ -49,13 +49,6 @@ FileState StateFrom(const struct stat& status) {
     return state;
 }
 
-/// The file that a new one at `path` takes its owner from: the one that it replaces, or the reserve of one
-/// that is gone.
-FileState FormerState(const std::string& path) {
-    const FileState replaced = StateOf(path);
-    return replaced.IsRegular() ? replaced : StateOf(path + ZETReserveSuffix);
-}
-
 }  // namespace
 
 std::string ModeText(const FileState& state) {
@@ -126,17 +119,28 @@ std::string DescribeChange(const FileState& before, const FileState& after) {
 }
 
 FileState StateInPlace(const std::string& path, const std::string& staged) {
-    FileState state = StateOf(staged);
-    FileState given = state;
-    const FileState former = FormerState(path);
-    if (former.IsRegular() && given.owner == former.owner && given.group == former.group) return state;
-    const FileState directory = StateOf(DirectoryOf(path) + "/.");
+    return StateInPlace(path, StagedText(staged), StateOf(path));
+}
+
+FileState StateInPlace(const std::string& path, const StagedText& staged, const FileState& replaced) {
+    const FileState former = replaced.IsRegular() ? replaced : StateOf(path + ZETReserveSuffix);
+    FileState state;
+    state.exists = true;
+    state.mode = S_IFREG | staged.Mode();
+    state.links = 1;
     state.owner = geteuid();
-    state.group = (directory.mode & S_ISGID) != 0 ? directory.group : getegid();
+    state.group = getegid();
+    const auto isFormers = [&](const FileState& given) {
+        return given.owner == former.owner && given.group == former.group;
+    };
+    if (former.IsRegular() && isFormers(state)) return state;
+    const FileState directory = StateOf(DirectoryOf(path) + "/.");
+    if ((directory.mode & S_ISGID) != 0) state.group = directory.group;
     if (!former.IsRegular()) return state;
-    if (given.owner != former.owner || given.group != former.group) {
-        GiveStagedFile(staged, former.owner, former.group);
-        given = StateOf(staged);
+    FileState given = StateOf(staged.File());
+    if (!isFormers(given)) {
+        GiveStagedFile(staged.File(), former.owner, former.group);
+        given = StateOf(staged.File());
     }
     if (given.owner == former.owner) state.owner = given.owner;
     if (given.group == former.group) state.group = given.group;

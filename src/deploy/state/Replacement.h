@@ -34,6 +34,9 @@ class Replacement {
     /// the file as it is, and what was made is removed.
     using Judge = std::function<void(const std::string& made)>;
 
+    /// The same by the open file; -1 where this user cannot open it.
+    using JudgeOfOpened = std::function<void(int descriptor, const std::string& made)>;
+
     /// Lets the module save the file `name`.
     using Operation = std::function<void(const std::string& name)>;
 
@@ -52,6 +55,9 @@ class Replacement {
     /// `mode` is what the file is going to have; the module does not tell when it could not set it.
     void Make(mode_t mode, const Operation& operation, const Judge& judge);
 
+    /// The same; the judge is asked from within the directory, and must not look up names.
+    void MakeOf(mode_t mode, const Operation& operation, const JudgeOfOpened& judge);
+
     /// A file that is new belongs to them.
     void GiveNewFileTo(const FileOwner& owner) { m_newOwner = owner; }
 
@@ -62,7 +68,8 @@ class Replacement {
     void LeaveFile() { m_isMade = true; }
 
   private:
-    void Guard(const ZETRename& rename, mode_t mode, const Judge& judge);
+    void Save(const Operation& operation, const std::function<void(const ZETRename& rename)>& complete);
+    void RequireLastVersion();
     void Complete(int descriptor, const std::string& path, mode_t mode) const;
     void CompleteReserve() const;
     void GiveToNewOwner(int descriptor, const std::string& path) const;

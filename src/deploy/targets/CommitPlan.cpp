@@ -27,8 +27,9 @@ namespace ZET::Deploy {
 namespace {
 
 void RequireAcceptance(Deployment& product, const Target& target, const std::string& path,
-                       const std::string& staged) {
-    const std::optional<Problem> problem = OwnCheckProblem(product, target, path, staged);
+                       const StagedText* staged) {
+    if (target.check.empty()) return;
+    const std::optional<Problem> problem = OwnCheckProblem(product, target, path, staged->File());
     if (problem) throw Failure(*problem);
 }
 
@@ -210,7 +211,8 @@ void CommitPlan::Add(const Target& target, const CheckedPlace& place, OnEdit onE
     FillIn(planned, there);
     EditMerge(m_product, *m_staging, *m_known).KeepMerged(planned);
     if (!SettleEdit(planned, onEdit)) return;
-    if (RunsOwnChecks(m_product.Wanted())) RequireAcceptance(m_product, target, planned.path, planned.staged);
+    if (RunsOwnChecks(m_product.Wanted()))
+        RequireAcceptance(m_product, target, planned.path, planned.staged.get());
     m_targets.push_back(std::move(planned));
 }
 
@@ -228,11 +230,11 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
     const bool isMerge = known != nullptr && known->state.knowledge.IsMerge();
     const auto stageFor = [&](Role role) {
         const ComparedRendering rendering =
-            isShown || isMerge ? ComparedRendering{RenderQuietly(m_product, *m_staging, name, role)}
+            isShown || isMerge ? ComparedRendering{RenderInMemory(m_product, *m_staging, name, role)}
                                : RenderUnlessThere(m_product, *m_staging, name, role, there);
-        planned.staged = rendering.file;
-        if (planned.staged.empty()) return StayAsItIs(planned);
-        planned.after = StateInPlace(planned.path, planned.staged);
+        planned.staged = rendering.staged;
+        if (planned.staged == nullptr) return StayAsItIs(planned);
+        planned.after = StateInPlace(planned.path, *planned.staged, planned.before);
         GiveToNewOwner(planned);
         return planned.change = rendering.isOther ? FileOutcome::Result::Changed : ChangeOf(planned);
     };
@@ -298,10 +300,10 @@ FileOutcome OutcomeOf(Deployment& product, const PlannedTarget& planned) {
     outcome.after = planned.after;
     outcome.templateName = planned.target.templateName;
     outcome.isEdited = planned.IsOthersWork();
-    outcome.isMerged = planned.isMerged || !planned.rendering.empty();
-    if (planned.IsChange())
-        outcome.diff =
-            DiffToShow(product, planned.before.exists ? planned.path : "", planned.staged, planned.path);
+    outcome.isMerged = planned.isMerged || planned.rendering != nullptr;
+    if (planned.IsChange() && product.Wanted().wantsDiffs)
+        outcome.diff = DiffToShow(product, planned.before.exists ? planned.path : "", planned.staged->File(),
+                                  planned.path);
     return outcome;
 }
 

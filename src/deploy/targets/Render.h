@@ -1,11 +1,13 @@
 #ifndef ZET_RENDER_H
 #define ZET_RENDER_H
 
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
+#include "deploy/host/StagedText.h"
 #include "deploy/host/Staging.h"
 #include "deploy/state/Recording.h"
 #include "deploy/state/Replacement.h"
@@ -40,13 +42,17 @@ std::string RenderStaged(Deployment& product, const Staging& staging, const std:
 std::string RenderQuietly(Deployment& product, const Staging& staging, const std::string& templateName,
                           Role role);
 
+/// The same, in memory as long as nobody needs the file. `staging` must live as long as what is returned.
+std::shared_ptr<const StagedText> RenderInMemory(Deployment& product, const Staging& staging,
+                                                 const std::string& templateName, Role role);
+
 /// A rendering beside the file whose place it would take.
 struct ComparedRendering {
-    std::string file;      ///< in the private directory; empty: what is there has it all, its owner among it
-    bool isOther = false;  ///< for certain: in mode or bytes
+    std::shared_ptr<const StagedText> staged;  ///< null: what is there has it all, its owner among it
+    bool isOther = false;                      ///< for certain: in mode or bytes
 };
 
-/// The same for a role, unless it is there already: then nothing is left in the private directory.
+/// The same, unless it is there already.
 ComparedRendering RenderUnlessThere(Deployment& product, const Staging& staging,
                                     const std::string& templateName, Role role, const SeenFile& there);
 
@@ -66,7 +72,7 @@ void InstallForHolder(Deployment& product, const std::string& templateName, cons
 /// A target that is rendered for good.
 struct TargetToRender {
     const std::string& templateName;
-    const std::string& staged;   ///< what it has to become
+    const StagedText& staged;    ///< what it has to become
     mode_t mode;                 ///< likewise
     const FileVersion& version;  ///< of what it replaces
     Role role;

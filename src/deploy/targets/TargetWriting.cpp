@@ -64,8 +64,8 @@ class TargetWriting {
                           planned.path);
         auto rendering = std::make_unique<TargetRendering>(
             m_product, std::move(place),
-            TargetToRender{planned.target.templateName, planned.staged, planned.after.mode, planned.version,
-                           planned.namedRole, !planned.rendering.empty(), planned.hasWorkingCopy,
+            TargetToRender{planned.target.templateName, *planned.staged, planned.after.mode, planned.version,
+                           planned.namedRole, planned.rendering != nullptr, planned.hasWorkingCopy,
                            NewOwnerOf(planned.target)});
         rendering->KeepOriginal();
         return rendering;
