@@ -39,16 +39,6 @@ bool Look(int directory, const std::string& name, const std::string& path, struc
                         errno);
 }
 
-FileState StateFrom(const struct stat& status) {
-    FileState state;
-    state.exists = true;
-    state.mode = status.st_mode;
-    state.owner = status.st_uid;
-    state.group = status.st_gid;
-    state.links = status.st_nlink;
-    return state;
-}
-
 }  // namespace
 
 std::string ModeText(const FileState& state) {
@@ -63,6 +53,17 @@ std::string OwnerText(const FileState& state) {
 
 bool FileState::IsRegular() const {
     return exists && S_ISREG(mode);
+}
+
+FileState StateFrom(const std::optional<struct stat>& status) {
+    FileState state;
+    if (!status) return state;
+    state.exists = true;
+    state.mode = status->st_mode;
+    state.owner = status->st_uid;
+    state.group = status->st_gid;
+    state.links = status->st_nlink;
+    return state;
 }
 
 FileState StateOf(const std::string& path) {

@@ -1,6 +1,7 @@
 #ifndef ZET_FILE_STATE_H
 #define ZET_FILE_STATE_H
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <optional>
@@ -18,6 +19,9 @@ FileState StateOf(const std::string& path);
 
 /// The same of a name in a directory that is held; `path` is for the message.
 FileState StateIn(int directory, const std::string& name, const std::string& path);
+
+/// Of a file that was looked at; none: there is no such file.
+FileState StateFrom(const std::optional<struct stat>& status);
 
 /// Both at once, of the same file.
 struct FileLook {

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <exception>
 #include <new>
+#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
@@ -29,6 +30,17 @@ FileVersion PresentVersion(const FileInPlace& file) {
     return VersionIn(file.Directory(), file.NameInDirectory(), file.Path());
 }
 
+FileVersion FoundVersion(const FileInPlace& file) {
+    return file.Found() ? VersionFrom(*file.Found()) : FileVersion();
+}
+
+void RequireSame(const FileInPlace& file, const FileVersion& present, const FileVersion& version) {
+    if (present == version) return;
+    throw Failure({.file = file.Path(),
+                   .text = _("another program wrote it at the same time, and nothing was changed"),
+                   .remedy = _(kLookAndRepeat)});
+}
+
 /// Of its directory likewise; an empty suffix is for the file itself.
 bool HasCompanion(const FileInPlace& file, const char* suffix) {
     return StateIn(file.Directory(), file.NameInDirectory() + suffix, file.Path() + suffix).exists;
@@ -37,21 +49,21 @@ bool HasCompanion(const FileInPlace& file, const char* suffix) {
 }  // namespace
 
 void RequireVersion(const FileInPlace& file, const FileVersion& version) {
-    if (PresentVersion(file) == version) return;
-    throw Failure({.file = file.Path(),
-                   .text = _("another program wrote it at the same time, and nothing was changed"),
-                   .remedy = _(kLookAndRepeat)});
+    RequireSame(file, PresentVersion(file), version);
 }
 
-Replacement::Replacement(HostProduct& product, const FileInPlace& file, const FileVersion& version)
+Replacement::Replacement(HostProduct& product, const FileInPlace& file, const FileVersion& version, Look look)
     : m_product(product),
       m_file(file),
       m_version(version),
-      m_former(StateIn(file.Directory(), file.NameInDirectory(), file.Path())) {
+      m_isVersionSeen(look == Look::WasFound),
+      m_former(look == Look::WasFound ? StateFrom(file.Found())
+                                      : StateIn(file.Directory(), file.NameInDirectory(), file.Path())) {
     if (file.Holder() && m_former.owner != *file.Holder())
         throw Failure({.file = file.Path(),
                        .text = _("was replaced at the same time, and nothing was changed"),
                        .remedy = _(kLookAndRepeat)});
+    if (look == Look::WasFound) RequireSame(file, FoundVersion(file), version);
 }
 
 Replacement::~Replacement() {
@@ -74,24 +86,31 @@ void Replacement::TellIfPossible(const std::exception& error) noexcept {
     }
 }
 
+/// Copying takes its time, in which another program may write the file: such a reserve is not the original.
 void Replacement::KeepOriginal() {
     MakeReserve();
+    RequireVersion(m_file, m_version);
     ConfirmReserve();
 }
 
 void Replacement::MakeReserve() {
-    RequireVersion(m_file, m_version);
+    if (!std::exchange(m_isVersionSeen, false)) RequireVersion(m_file, m_version);
     m_hadReserve = HasCompanion(m_file, ZETReserveSuffix);
     const bool hadAbsence = HasCompanion(m_file, ZETAbsenceSuffix);
     if (!m_hadReserve) m_newCompanions.emplace_back(ZETReserveSuffix);
+    m_makesReserve = !m_hadReserve && !hadAbsence && m_former.exists;
     if (!hadAbsence) m_newCompanions.emplace_back(ZETAbsenceSuffix);
     m_file.Within([&](const std::string& name) { m_product.Config().ReserveConfigFile(name); });
 }
 
-/// Copying takes its time, in which another program may write the file: such a reserve is not the original.
 void Replacement::ConfirmReserve() {
+    if (m_hadReserve || !m_file.Holder() || !HasCompanion(m_file, ZETReserveSuffix)) return;
     RequireVersion(m_file, m_version);
-    if (!m_hadReserve && m_file.Holder() && HasCompanion(m_file, ZETReserveSuffix)) CompleteReserve();
+    CompleteReserve();
+}
+
+std::string Replacement::Reserve() const {
+    return m_hadReserve || m_makesReserve ? m_file.Path() + ZETReserveSuffix : "";
 }
 
 void Replacement::Make(mode_t mode, const Operation& operation, const Judge& judge) {
@@ -151,12 +170,15 @@ void Replacement::Complete(int descriptor, const std::string& path, mode_t mode)
         const int error = errno;
         throw SystemFailure({.file = path, .text = _("its owner cannot be read")}, error);
     }
-    if (!m_former.exists && m_newOwner) GiveToNewOwner(descriptor, path);
+    const bool isNewOwners = !m_former.exists && m_newOwner;
+    if (isNewOwners) GiveToNewOwner(descriptor, path);
     const bool isOwners = made.st_uid == m_former.owner;
     const bool isGivable = made.st_nlink == 1 && (isOwners || (!m_file.Holder() && made.st_uid == geteuid()));
     bool isOwnerFinal = !m_former.exists || (isOwners && made.st_gid == m_former.group);
+    const bool isOwnerAsMade = isOwnerFinal && !isNewOwners;
     if (!isOwnerFinal && isGivable) isOwnerFinal = fchown(descriptor, m_former.owner, m_former.group) == 0;
-    RequireMode(descriptor, path, isOwnerFinal ? mode : mode & ~kSetIdBits);
+    const mode_t wanted = isOwnerFinal ? mode : mode & ~kSetIdBits;
+    if (!isOwnerAsMade || made.st_mode != (S_IFREG | wanted)) RequireMode(descriptor, path, wanted);
 }
 
 void Replacement::GiveToNewOwner(int descriptor, const std::string& path) const {

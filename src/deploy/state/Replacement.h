@@ -40,7 +40,11 @@ class Replacement {
     /// Lets the module save the file `name`.
     using Operation = std::function<void(const std::string& name)>;
 
-    Replacement(HostProduct& product, const FileInPlace& file, const FileVersion& version);
+    /// How the file is, that is there: it is looked at, or was when it was found, right before.
+    enum class Look { Now, WasFound };
+
+    Replacement(HostProduct& product, const FileInPlace& file, const FileVersion& version,
+                Look look = Look::Now);
     ~Replacement();
     Replacement(const Replacement&) = delete;
     Replacement& operator=(const Replacement&) = delete;
@@ -48,9 +52,13 @@ class Replacement {
     /// Makes the reserve, unless there is one. From within a judge, or before `Make`.
     void KeepOriginal();
 
-    /// The same in two steps, between which a batch may name the reserves of many files.
+    /// The same in two steps, between which a batch may name the reserves of many files; the second leaves it
+    /// to the write to look whether it is the original's.
     void MakeReserve();
     void ConfirmReserve();
+
+    /// The reserve that the file has then; empty: none.
+    std::string Reserve() const;
 
     /// `mode` is what the file is going to have; the module does not tell when it could not set it.
     void Make(mode_t mode, const Operation& operation, const Judge& judge);
@@ -80,10 +88,12 @@ class Replacement {
     HostProduct& m_product;
     const FileInPlace& m_file;
     const FileVersion m_version;
+    bool m_isVersionSeen;  ///< right before
     const FileState m_former;
     std::vector<std::string> m_newCompanions;  ///< their suffixes; a failed write takes them back
     std::optional<FileOwner> m_newOwner;
     bool m_hadReserve = false;
+    bool m_makesReserve = false;
     bool m_mayBeMade = false;
     bool m_isMade = false;
 };

@@ -229,9 +229,10 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
     const bool isShown = !planned.target.check.empty() && RunsOwnChecks(m_product.Wanted());
     const bool isMerge = known != nullptr && known->state.knowledge.IsMerge();
     const auto stageFor = [&](Role role) {
-        const ComparedRendering rendering =
-            isShown || isMerge ? ComparedRendering{RenderInMemory(m_product, *m_staging, name, role)}
-                               : RenderUnlessThere(m_product, *m_staging, name, role, there);
+        const ComparedRendering rendering = isShown || isMerge
+                                                ? ComparedRendering{std::make_shared<StagedText>(
+                                                      RenderQuietly(m_product, *m_staging, name, role))}
+                                                : RenderUnlessThere(m_product, *m_staging, name, role, there);
         planned.staged = rendering.staged;
         if (planned.staged == nullptr) return StayAsItIs(planned);
         planned.after = StateInPlace(planned.path, *planned.staged, planned.before);

@@ -269,16 +269,6 @@ std::string RenderQuietly(Deployment& product, const Staging& staging, const std
     return Stage(product, role, staging, templateName, product.TemplateValues());
 }
 
-std::shared_ptr<const StagedText> RenderInMemory(Deployment& product, const Staging& staging,
-                                                 const std::string& templateName, Role role) {
-    const QuietLog quiet(ZETLogError);
-    const Trial trial(product, role, staging, templateName);
-    std::shared_ptr<const StagedText> rendering;
-    trial.Tell(product.TemplateValues(),
-               [&](std::string_view text, mode_t mode) { rendering = trial.Keep(text, mode); });
-    return rendering;
-}
-
 ComparedRendering RenderUnlessThere(Deployment& product, const Staging& staging,
                                     const std::string& templateName, Role role, const SeenFile& there) {
     const QuietLog quiet(ZETLogError);
@@ -316,7 +306,7 @@ TargetRendering::TargetRendering(Deployment& product, FileInPlace place, const T
     : m_product(product),
       m_place(std::move(place)),
       m_target(target),
-      m_replacement(product, m_place, target.version) {}
+      m_replacement(product, m_place, target.version, Replacement::Look::WasFound) {}
 
 void TargetRendering::KeepOriginal() {
     m_replacement.MakeReserve();

@@ -42,17 +42,13 @@ std::string RenderStaged(Deployment& product, const Staging& staging, const std:
 std::string RenderQuietly(Deployment& product, const Staging& staging, const std::string& templateName,
                           Role role);
 
-/// The same, in memory as long as nobody needs the file. `staging` must live as long as what is returned.
-std::shared_ptr<const StagedText> RenderInMemory(Deployment& product, const Staging& staging,
-                                                 const std::string& templateName, Role role);
-
 /// A rendering beside the file whose place it would take.
 struct ComparedRendering {
     std::shared_ptr<const StagedText> staged;  ///< null: what is there has it all, its owner among it
     bool isOther = false;                      ///< for certain: in mode or bytes
 };
 
-/// The same, unless it is there already.
+/// The same, unless it is there already. `staging` must live as long as what is returned.
 ComparedRendering RenderUnlessThere(Deployment& product, const Staging& staging,
                                     const std::string& templateName, Role role, const SeenFile& there);
 
@@ -84,7 +80,7 @@ struct TargetToRender {
 /// Renders a target for good, in two steps: many originals are kept at once.
 class TargetRendering {
   public:
-    /// `target` must live as long as the object.
+    /// `place` was found right before; `target` must live as long as the object.
     TargetRendering(Deployment& product, FileInPlace place, const TargetToRender& target);
 
     /// A working copy that is missing is installed. What one that did not come to its end has kept is taken
@@ -94,6 +90,9 @@ class TargetRendering {
     /// With the original in its place. What comes out otherwise than in trial, and what somebody else wrote
     /// meanwhile, is a `Failure`; the target is as it was then.
     void Write();
+
+    /// The original that is kept then; empty: none.
+    std::string Reserve() const { return m_replacement.Reserve(); }
 
   private:
     void Render();

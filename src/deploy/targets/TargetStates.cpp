@@ -121,7 +121,8 @@ class StateTeller {
         const Role named = known != nullptr ? known->state.knowledge.namedRole.value_or(own) : own;
         const bool isMerge = known != nullptr && known->state.knowledge.IsMerge();
         const ComparedRendering rendering =
-            isMerge ? ComparedRendering{RenderInMemory(m_product, m_staging, templateName, named)}
+            isMerge ? ComparedRendering{std::make_shared<StagedText>(
+                          RenderQuietly(m_product, m_staging, templateName, named))}
                     : RenderUnlessThere(m_product, m_staging, templateName, named, there);
         m_staged = rendering.staged;
         if (m_staged == nullptr) return true;
