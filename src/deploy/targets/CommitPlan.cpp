@@ -40,14 +40,6 @@ OnEdit OnEditOf(Host& host) {
     return wanted == "refuse" ? OnEdit::Refuse : OnEdit::AsConfigured;
 }
 
-/// Whether a reserve stands beside a target, or a record that there was nothing; looked for once.
-bool HasCompanion(PlannedTarget& planned) {
-    if (!planned.hasCompanion)
-        planned.hasCompanion =
-            IsFileExist(planned.path + ZETReserveSuffix) || IsFileExist(planned.path + ZETAbsenceSuffix);
-    return *planned.hasCompanion;
-}
-
 /// What its reserve is there for takes over from that.
 void GiveToNewOwner(PlannedTarget& planned) {
     if (planned.before.exists || IsFileExist(planned.path + ZETReserveSuffix)) return;
@@ -205,6 +197,8 @@ void CommitPlan::Add(const Target& target, const CheckedPlace& place, OnEdit onE
     planned.target = target;
     planned.path = place.path;
     planned.hasWorkingCopy = place.hasWorkingCopy;
+    planned.templateMode = place.templateMode;
+    planned.hasCompanion = place.hasCompanion;
     m_inForce.insert(planned.path);
     const SeenFile there(planned.path);
     Stage(planned, there);
@@ -229,10 +223,11 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
     const bool isShown = !planned.target.check.empty() && RunsOwnChecks(m_product.Wanted());
     const bool isMerge = known != nullptr && known->state.knowledge.IsMerge();
     const auto stageFor = [&](Role role) {
-        const ComparedRendering rendering = isShown || isMerge
-                                                ? ComparedRendering{std::make_shared<StagedText>(
-                                                      RenderQuietly(m_product, *m_staging, name, role))}
-                                                : RenderUnlessThere(m_product, *m_staging, name, role, there);
+        const ComparedRendering rendering =
+            isShown || isMerge
+                ? ComparedRendering{std::make_shared<StagedText>(
+                      RenderQuietly(m_product, *m_staging, name, role))}
+                : RenderUnlessThere(m_product, *m_staging, name, role, there, planned.templateMode);
         planned.staged = rendering.staged;
         if (planned.staged == nullptr) return StayAsItIs(planned);
         planned.after = StateInPlace(planned.path, *planned.staged, planned.before);
@@ -240,7 +235,7 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
         return planned.change = rendering.isOther ? FileOutcome::Result::Changed : ChangeOf(planned);
     };
     const Role role = planned.namedRole;
-    if (stageFor(role) != FileOutcome::Result::Changed || isRecorded || !HasCompanion(planned)) return;
+    if (stageFor(role) != FileOutcome::Result::Changed || isRecorded || !planned.hasCompanion) return;
     const PlannedTarget own = planned;
     const bool isOthers = stageFor(OtherRole(role)) == FileOutcome::Result::Unchanged;
     if (!isOthers) planned = own;
@@ -251,7 +246,7 @@ void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     const std::string& path = planned.path;
     const KnownFile* const known = m_known->Find(path);
     const bool isRecorded = known != nullptr && !known->state.knowledge.roles.empty();
-    const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there) : HasCompanion(planned);
+    const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there) : planned.hasCompanion;
     planned.isTouched = isRecorded && isStrange;
     planned.isUnrecorded = !isRecorded && isStrange;
     planned.isReserved = planned.isUnrecorded && planned.before.exists && IsReserved(path);

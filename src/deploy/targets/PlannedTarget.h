@@ -31,8 +31,9 @@ struct PlannedTarget {
     FileState before;
     FileState after;
 
-    bool hasWorkingCopy = false;       ///< its template, when it was checked
-    std::optional<bool> hasCompanion;  ///< if it was asked for when the plan was made
+    bool hasWorkingCopy = false;           ///< its template, when it was checked
+    std::optional<mode_t> templateMode{};  ///< likewise, where it is a working copy and no link
+    bool hasCompanion = false;             ///< a reserve, or a mark that there was nothing
 
     bool IsChange() const { return change != FileOutcome::Result::Unchanged; }
 

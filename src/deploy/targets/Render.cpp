@@ -161,8 +161,8 @@ class Trial {
           m_workingCopy(WorkingCopy(product, templateName)) {}
 
     /// Hands the text and the mode that the role gets to `take`.
-    void Tell(StringMap& values, const Take& take) const {
-        const std::optional<mode_t> mode = ModeIfThere(m_workingCopy);
+    void Tell(StringMap& values, const Take& take, std::optional<mode_t> mode = std::nullopt) const {
+        if (!mode) mode = ModeIfThere(m_workingCopy);
         if (!mode && !IsFileExist(m_workingCopy))
             return TellOfStandIn("templates", TemplateFile(m_product, m_name), values, take);
         TellRendering(m_product, m_role, m_name, File(), values, [&](std::string_view text) {
@@ -270,13 +270,15 @@ std::string RenderQuietly(Deployment& product, const Staging& staging, const std
 }
 
 ComparedRendering RenderUnlessThere(Deployment& product, const Staging& staging,
-                                    const std::string& templateName, Role role, const SeenFile& there) {
+                                    const std::string& templateName, Role role, const SeenFile& there,
+                                    const std::optional<mode_t>& modeOfCopy) {
     const QuietLog quiet(ZETLogError);
     const Trial trial(product, role, staging, templateName);
     ComparedRendering rendering;
-    trial.Tell(product.TemplateValues(), [&](std::string_view text, mode_t mode) {
+    const auto take = [&](std::string_view text, mode_t mode) {
         if (!IsAsRendered(there, text, mode, rendering.isOther)) rendering.staged = trial.Keep(text, mode);
-    });
+    };
+    trial.Tell(product.TemplateValues(), take, modeOfCopy);
     return rendering;
 }
 

@@ -48,9 +48,11 @@ struct ComparedRendering {
     bool isOther = false;                      ///< for certain: in mode or bytes
 };
 
-/// The same, unless it is there already. `staging` must live as long as what is returned.
+/// The same, unless it is there already. `modeOfCopy` is that of the working copy, if it is known. `staging`
+/// must live as long as what is returned.
 ComparedRendering RenderUnlessThere(Deployment& product, const Staging& staging,
-                                    const std::string& templateName, Role role, const SeenFile& there);
+                                    const std::string& templateName, Role role, const SeenFile& there,
+                                    const std::optional<mode_t>& modeOfCopy = std::nullopt);
 
 /// The same of a template that would have that text.
 std::string RenderTemplateText(Deployment& product, const Staging& staging, Role role,
