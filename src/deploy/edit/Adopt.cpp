@@ -70,7 +70,7 @@ class Adopting {
         Knowledge knowledge = known->state.knowledge;
         knowledge.ForgetBase();
         if (edited == rendered) return IsLastRendering(*known, rendered) ? Unchanged() : Remember(knowledge);
-        if (!IsMergedWith(m_product, *known, staged)) RequireLastRendering(*known, rendered);
+        if (!IsMergedWith(m_product, *known, rendered)) RequireLastRendering(*known, rendered);
         const std::string text = NewTemplate(rendered, edited);
         RequireGoodTemplate(text);
         const std::string made = RenderTemplateText(m_product, m_staging, role, m_templateName, text);

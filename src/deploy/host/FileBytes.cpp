@@ -245,6 +245,20 @@ bool HoldsBytes(const std::string& path, std::string_view bytes) {
     }
 }
 
+bool HoldsBytes(int descriptor, const std::string& path, std::string_view bytes) {
+    const ChunkRoom room(std::min(kBlock, bytes.size() + 1));
+    for (std::size_t done = 0;;) {
+        const ssize_t count = Uninterrupted([&] {
+            return pread(descriptor, room.Bytes().data(), room.Bytes().size(), static_cast<off_t>(done));
+        });
+        if (count < 0) Fail(path, _("cannot be read"));
+        if (count == 0) return done == bytes.size();
+        const std::string_view read = room.First(static_cast<std::size_t>(count));
+        if (!bytes.substr(done).starts_with(read)) return false;
+        done += read.size();
+    }
+}
+
 mode_t ModeOf(const std::string& path) {
     struct stat status = {};
     if (stat(path.c_str(), &status) != 0) Fail(path, _("its mode cannot be read"));

@@ -50,6 +50,9 @@ bool HaveSameBytes(const std::string& one, const std::string& other);
 /// Whether a regular file holds these bytes and no more.
 bool HoldsBytes(const std::string& path, std::string_view bytes);
 
+/// The same of one that is open, from its beginning on; where it is read otherwise stays as it is.
+bool HoldsBytes(int descriptor, const std::string& path, std::string_view bytes);
+
 /// The mode of a file, links followed.
 mode_t ModeOf(const std::string& path);
 

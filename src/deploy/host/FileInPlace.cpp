@@ -26,6 +26,11 @@ bool HasDirectoryOfItsOwn() {
     return __libc_single_threaded != 0 || unshare(CLONE_FS) == 0;
 }
 
+/// None where it cannot be left: another thread may look up names in it.
+Descriptor OpenPresentDirectory() {
+    return HasDirectoryOfItsOwn() ? Descriptor(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC)) : Descriptor();
+}
+
 void ReplaceAll(std::string& text, const std::string& former, const std::string& present) {
     for (std::size_t at = text.find(former); at != std::string::npos;
          at = text.find(former, at + present.size()))
@@ -35,6 +40,7 @@ void ReplaceAll(std::string& text, const std::string& former, const std::string&
 }  // namespace
 
 thread_local FileInPlace::Visit* FileInPlace::s_visit = nullptr;
+thread_local const Descriptor* FileInPlace::s_start = nullptr;
 
 FileInPlace::FileInPlace(FoundFile found, const std::string& path, Access access)
     : m_path(path), m_found(std::move(found)), m_access(access) {
@@ -43,12 +49,17 @@ FileInPlace::FileInPlace(FoundFile found, const std::string& path, Access access
                        .text = Words("is no directory that %s can be in", path),
                        .remedy = _("create it, or correct the path")});
     }
+    if (geteuid() != 0) return;
     const std::optional<Problem>& objection = m_found.judge.Objection();
-    if (geteuid() == 0 && objection) throw Failure(*objection);
+    if (objection) throw Failure(*objection);
+    m_holder = m_found.judge.Holder();
 }
 
-std::optional<uid_t> FileInPlace::Holder() const {
-    return geteuid() == 0 ? m_found.judge.Holder() : std::nullopt;
+FileInPlace::Start::Start()
+    : m_directory(OpenPresentDirectory()), m_outer(std::exchange(s_start, &m_directory)) {}
+
+FileInPlace::Start::~Start() {
+    s_start = m_outer;
 }
 
 FileInPlace::Visit::Visit(const FileInPlace& file) : m_file(file), m_name(file.m_path) {
@@ -65,7 +76,8 @@ FileInPlace::Visit::~Visit() {
 /// Where the directory cannot be gone to, or not come back from, its descriptor serves.
 void FileInPlace::Visit::FindWay() {
     const int directory = m_file.m_found.directory->descriptor;
-    if (HasDirectoryOfItsOwn()) m_former = Descriptor(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (s_start == nullptr) m_own = OpenPresentDirectory();
+    m_former = s_start == nullptr ? m_own : *s_start;
     m_prefix = m_former >= 0 ? kHere : "/proc/self/fd/" + std::to_string(directory) + "/";
     m_name = m_prefix + m_file.m_found.name;
     if (const std::optional<uid_t> holder = m_file.Holder())

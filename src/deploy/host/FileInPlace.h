@@ -1,6 +1,7 @@
 #ifndef ZET_FILE_IN_PLACE_H
 #define ZET_FILE_IN_PLACE_H
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <memory>
@@ -33,7 +34,10 @@ class FileInPlace {
     const std::string& Path() const { return m_path; }
 
     /// The user other than root in whose directory it is, if root runs the command.
-    std::optional<uid_t> Holder() const;
+    const std::optional<uid_t>& Holder() const { return m_holder; }
+
+    /// As it was when it was found; none: there was no such file.
+    const std::optional<struct stat>& Found() const { return m_found.status; }
 
     /// The directory, and the file's name in it; valid as long as the object.
     int Directory() const { return m_found.directory->descriptor; }
@@ -71,6 +75,20 @@ class FileInPlace {
         Resume(visit);
     }
 
+    /// As long as it lives, each visit of this thread comes back to the directory that is the present one
+    /// now, which is opened once instead of for each.
+    class Start {
+      public:
+        Start();
+        ~Start();
+        Start(const Start&) = delete;
+        Start& operator=(const Start&) = delete;
+
+      private:
+        const Descriptor m_directory;
+        const Descriptor* const m_outer;
+    };
+
   private:
     class Visit {
       public:
@@ -93,7 +111,8 @@ class FileInPlace {
         std::string ReadablePath(const std::string& path) const;
 
         const FileInPlace& m_file;
-        Descriptor m_former;   ///< the directory of before; none where it is not left
+        Descriptor m_own;      ///< the directory of before, where nobody else holds it
+        int m_former = -1;     ///< likewise, whoever holds it; none where it is not left
         std::string m_prefix;  ///< before names in the directory
         std::string m_name;
         std::optional<RightsOf> m_rights;
@@ -102,11 +121,13 @@ class FileInPlace {
     static Visit* Suspend();
     static void Resume(Visit* visit);
 
-    static thread_local Visit* s_visit;  ///< the present one
+    static thread_local Visit* s_visit;             ///< the present one
+    static thread_local const Descriptor* s_start;  ///< the directory to come back to, where that is held
 
     std::string m_path;
     FoundFile m_found;
     Access m_access;
+    std::optional<uid_t> m_holder;
 };
 
 }  // namespace ZET::Deploy

@@ -39,23 +39,6 @@ bool Look(int directory, const std::string& name, const std::string& path, struc
                         errno);
 }
 
-FileState StateFrom(const struct stat& status) {
-    FileState state;
-    state.exists = true;
-    state.mode = status.st_mode;
-    state.owner = status.st_uid;
-    state.group = status.st_gid;
-    state.links = status.st_nlink;
-    return state;
-}
-
-/// The file that a new one at `path` takes its owner from: the one that it replaces, or the reserve of one
-/// that is gone.
-FileState FormerState(const std::string& path) {
-    const FileState replaced = StateOf(path);
-    return replaced.IsRegular() ? replaced : StateOf(path + ZETReserveSuffix);
-}
-
 }  // namespace
 
 std::string ModeText(const FileState& state) {
@@ -70,6 +53,17 @@ std::string OwnerText(const FileState& state) {
 
 bool FileState::IsRegular() const {
     return exists && S_ISREG(mode);
+}
+
+FileState StateFrom(const std::optional<struct stat>& status) {
+    FileState state;
+    if (!status) return state;
+    state.exists = true;
+    state.mode = status->st_mode;
+    state.owner = status->st_uid;
+    state.group = status->st_gid;
+    state.links = status->st_nlink;
+    return state;
 }
 
 FileState StateOf(const std::string& path) {
@@ -126,17 +120,28 @@ std::string DescribeChange(const FileState& before, const FileState& after) {
 }
 
 FileState StateInPlace(const std::string& path, const std::string& staged) {
-    FileState state = StateOf(staged);
-    FileState given = state;
-    const FileState former = FormerState(path);
-    if (former.IsRegular() && given.owner == former.owner && given.group == former.group) return state;
-    const FileState directory = StateOf(DirectoryOf(path) + "/.");
+    return StateInPlace(path, StagedText(staged), StateOf(path));
+}
+
+FileState StateInPlace(const std::string& path, const StagedText& staged, const FileState& replaced) {
+    const FileState former = replaced.IsRegular() ? replaced : StateOf(path + ZETReserveSuffix);
+    FileState state;
+    state.exists = true;
+    state.mode = S_IFREG | staged.Mode();
+    state.links = 1;
     state.owner = geteuid();
-    state.group = (directory.mode & S_ISGID) != 0 ? directory.group : getegid();
+    state.group = getegid();
+    const auto isFormers = [&](const FileState& given) {
+        return given.owner == former.owner && given.group == former.group;
+    };
+    if (former.IsRegular() && isFormers(state)) return state;
+    const FileState directory = StateOf(DirectoryOf(path) + "/.");
+    if ((directory.mode & S_ISGID) != 0) state.group = directory.group;
     if (!former.IsRegular()) return state;
-    if (given.owner != former.owner || given.group != former.group) {
-        GiveStagedFile(staged, former.owner, former.group);
-        given = StateOf(staged);
+    FileState given = StateOf(staged.File());
+    if (!isFormers(given)) {
+        GiveStagedFile(staged.File(), former.owner, former.group);
+        given = StateOf(staged.File());
     }
     if (given.owner == former.owner) state.owner = given.owner;
     if (given.group == former.group) state.group = given.group;

@@ -1,12 +1,14 @@
 #ifndef ZET_FILE_STATE_H
 #define ZET_FILE_STATE_H
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <optional>
 #include <string>
 
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/StagedText.h"
 #include "zet/ZETProblem.h"
 #include "zet/deploy/FileOutcome.h"
 
@@ -17,6 +19,9 @@ FileState StateOf(const std::string& path);
 
 /// The same of a name in a directory that is held; `path` is for the message.
 FileState StateIn(int directory, const std::string& name, const std::string& path);
+
+/// Of a file that was looked at; none: there is no such file.
+FileState StateFrom(const std::optional<struct stat>& status);
 
 /// Both at once, of the same file.
 struct FileLook {
@@ -48,6 +53,9 @@ std::string OwnerText(const FileState& state);
 /// The mode and owner that a text made in `staged` has once it is the file `path`, whose owner it then has as
 /// far as this user may give files away.
 FileState StateInPlace(const std::string& path, const std::string& staged);
+
+/// The same where `replaced` is what was seen of the file `path`.
+FileState StateInPlace(const std::string& path, const StagedText& staged, const FileState& replaced);
 
 }  // namespace ZET::Deploy
 

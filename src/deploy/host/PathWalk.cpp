@@ -188,6 +188,7 @@ void PathWalk::GoInto(const std::string& component) {
 
 void PathWalk::Follow(const std::string& component, const Descriptor& link, const struct stat& status) {
     JudgeStep(component, &status, false);
+    m_endsInLink = m_endsInLink || IsEnd();
     if (++m_links > kMostLinks) {
         throw LinkLoop({.file = m_path,
                         .text = _("too many symbolic links, as when one leads back to itself"),
@@ -214,7 +215,7 @@ std::string PathWalk::NameOf(const std::string& component) const {
 }
 
 FoundFile PathWalk::Result() const {
-    FoundFile found{m_walked.back()->name, "", nullptr, std::nullopt, m_links > 0, m_judge};
+    FoundFile found{m_walked.back()->name, "", nullptr, std::nullopt, m_links > 0, m_endsInLink, m_judge};
     if (m_beyond.empty()) {
         found.directory = m_walked[m_walked.size() > 1 ? m_walked.size() - 2 : 0];
         found.name = m_walked.size() > 1 ? BaseNameOf(found.path) : ".";

@@ -53,6 +53,7 @@ struct FoundFile {
     std::shared_ptr<const HeldDirectory> directory;  ///< null when that is not there
     std::optional<struct stat> status;               ///< none when there is no such file
     bool isThroughLink = false;                      ///< also a link among the directories
+    bool endsInLink = false;                         ///< its last name is one
     PathJudge judge;                                 ///< of the way
 };
 
@@ -99,6 +100,7 @@ class PathWalk {
     std::vector<std::string> m_beyond;  ///< components after the last directory that is there
     std::optional<struct stat> m_end;   ///< of what is no directory and ends the walk
     int m_links = 0;
+    bool m_endsInLink = false;
     bool m_followsLast = true;
 };
 

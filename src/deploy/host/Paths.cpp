@@ -47,15 +47,14 @@ Paths::Paths(const std::string& root) {
     }
     m_root = Walk("", PathWalk::Unseen::Fails).To(AbsolutePath(root)).path;
     m_rootsOwners.push_back(status.st_uid);
+    m_judge = PathJudge(m_rootsOwners);
     if (m_root == "/") m_root.clear();
 }
 
 PathJudge Paths::Judge(const std::string& trusted) const {
+    if (trusted.empty()) return m_judge;
     std::vector<uid_t> harmless = m_rootsOwners;
-    if (!trusted.empty()) {
-        const struct passwd* user = getpwnam(trusted.c_str());
-        if (user != nullptr) harmless.push_back(user->pw_uid);
-    }
+    if (const struct passwd* const user = getpwnam(trusted.c_str())) harmless.push_back(user->pw_uid);
     return PathJudge(std::move(harmless));
 }
 
@@ -71,6 +70,10 @@ std::string Paths::StartOf(const std::string& path) const {
 std::string Paths::Resolved(const std::string& path) const {
     if (!HasRoot() && !IsLink(path)) return path;
     return Find(path).path;
+}
+
+std::string Paths::Resolved(const std::string& path, const FoundFile& found) const {
+    return HasRoot() || found.endsInLink ? found.path : path;
 }
 
 FoundFile Paths::Find(const std::string& path, const std::string& trusted) const {

@@ -21,6 +21,9 @@ class Paths {
     /// links, and what cannot be looked at, are a `Failure`.
     std::string Resolved(const std::string& path) const;
 
+    /// The same of a path that was found.
+    std::string Resolved(const std::string& path, const FoundFile& found) const;
+
     /// The same, with its directory held and the way there judged. `trusted` is a user whose directories
     /// count as root's.
     FoundFile Find(const std::string& path, const std::string& trusted = "") const;
@@ -60,6 +63,7 @@ class Paths {
 
     std::string m_root;                ///< without a final "/"; empty for the host itself
     std::vector<uid_t> m_rootsOwners;  ///< who made the tree is who works on it
+    PathJudge m_judge;                 ///< of the way to what no user is trusted for
     mutable HeldDirectories m_known;
 };
 

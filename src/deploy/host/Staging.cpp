@@ -192,6 +192,15 @@ std::string Staging::PathOf(const std::string& name) const {
     return path;
 }
 
+/// Of one large text, no two are in memory anyway; of many, not more than a host can spare.
+bool Staging::TakeIntoMemory(std::size_t size) const {
+    constexpr std::size_t kLargest = std::size_t{1} << 20;
+    constexpr std::size_t kAll = std::size_t{64} << 20;
+    if (size > kLargest || size > kAll - m_inMemory) return false;
+    m_inMemory += size;
+    return true;
+}
+
 void Staging::RemoveLeftOvers(const std::string& lastResort, bool mayFollowOneCutShort) {
     for (const std::string& place : PlacesOfStaging(lastResort))
         if (mayFollowOneCutShort || !IsCrowded(place)) RemoveLeftOversIn(place);

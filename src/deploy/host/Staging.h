@@ -1,6 +1,7 @@
 #ifndef ZET_STAGING_H
 #define ZET_STAGING_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -26,6 +27,9 @@ class Staging {
     /// The path of a file in it; the directories that `name` has are made. No name leads out of it.
     std::string PathOf(const std::string& name) const;
 
+    /// Whether a text of that size may be kept in memory instead of in a file; what is kept is counted.
+    bool TakeIntoMemory(std::size_t size) const;
+
     /// Removes the directories that this user's killed runs left, wherever they may have been made. A place
     /// with very many names is only searched where there is reason to think that a run was killed.
     static void RemoveLeftOvers(const std::string& lastResort, bool mayFollowOneCutShort);
@@ -41,6 +45,7 @@ class Staging {
     std::string m_directory;
     mutable std::string m_made;  ///< the directory in it that was asked for last
     Descriptor m_lock;
+    mutable std::size_t m_inMemory = 0;
 };
 
 }  // namespace ZET::Deploy

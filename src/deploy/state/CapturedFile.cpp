@@ -157,9 +157,13 @@ bool HasRecordedText(const std::string& path, const RecordedState& state) {
     return HaveSameText(captured.state, state);
 }
 
-RecordedState CaptureWithoutText(const std::string& path) {
-    const Descriptor file = Open(AT_FDCWD, path, path);
+RecordedState CaptureWithoutTextIn(int directory, const std::string& name, const std::string& path) {
+    const Descriptor file = Open(directory, name, path);
     return file < 0 ? RecordedState() : StateOfOpened(file, path);
+}
+
+RecordedState CaptureWithoutText(const std::string& path) {
+    return CaptureWithoutTextIn(AT_FDCWD, path, path);
 }
 
 FileState StateOfRecorded(const RecordedState& recorded) {

@@ -39,6 +39,9 @@ bool HasRecordedText(const std::string& path, const RecordedState& state);
 /// The same as `Capture` but for the text, which is not read: `exists`, mode, owner and attributes only.
 RecordedState CaptureWithoutText(const std::string& path);
 
+/// The same of a name in a directory that is held; `path` is for the message.
+RecordedState CaptureWithoutTextIn(int directory, const std::string& name, const std::string& path);
+
 /// What is told of a recorded state: that of a regular file of one name, or that there was none.
 FileState StateOfRecorded(const RecordedState& recorded);
 

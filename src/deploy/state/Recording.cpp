@@ -92,14 +92,19 @@ void Recording::ExpectWithCompanions(ExpectedFile file) {
     const bool exists = m_rows.back().record.file.before.exists;
     IsMadeFrom(file.path);
     if (file.companions == ExpectedFile::Companions::Stay) return;
+    const bool mayGo = file.companions == ExpectedFile::Companions::MayGo;
+    // Who keeps no texts goes back by the companions, and not by the history.
+    if (!mayGo && !m_host.HostHistory().KeepsTexts()) return;
     file.after.reset();
     file.base.reset();
     file.knowledge.reset();
     file.kind = FileKind::Companion;
-    const bool mayGo = file.companions == ExpectedFile::Companions::MayGo;
+    const FileToRecord original = m_rows.back().record;
     for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix}) {
-        const bool comes = exists == (suffix == std::string(ZETReserveSuffix));
-        if (!mayGo && !comes) continue;
+        const bool isReserve = suffix == std::string(ZETReserveSuffix);
+        if (!mayGo && exists != isReserve) continue;
+        // A reserve that comes is a copy: it need not be read to know its text.
+        if (!mayGo && isReserve) file.after = CapturedFile{original.file.before, original.textBefore};
         Add(file, suffix);
         const bool isThere = m_rows.back().record.file.before.exists;
         if (isThere != mayGo) m_rows.pop_back();
@@ -233,7 +238,10 @@ CapturedFile Recording::AfterSuccess(const Row& row) const {
     const RecordedState& planned = row.record.file.after;
     if (!row.record.isPlanned || !planned.exists) return Now(row);
     CapturedFile after;
-    after.state = CaptureWithoutText(row.path);
+    after.state = row.place == nullptr
+                      ? CaptureWithoutText(row.path)
+                      : CaptureWithoutTextIn(row.place->Directory(),
+                                             row.place->NameInDirectory() + row.suffix, row.path);
     after.state.size = planned.size;
     after.state.digest = planned.digest;
     return after.state.exists ? after : Now(row);

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <exception>
 #include <new>
+#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
@@ -29,6 +30,17 @@ FileVersion PresentVersion(const FileInPlace& file) {
     return VersionIn(file.Directory(), file.NameInDirectory(), file.Path());
 }
 
+FileVersion FoundVersion(const FileInPlace& file) {
+    return file.Found() ? VersionFrom(*file.Found()) : FileVersion();
+}
+
+void RequireSame(const FileInPlace& file, const FileVersion& present, const FileVersion& version) {
+    if (present == version) return;
+    throw Failure({.file = file.Path(),
+                   .text = _("another program wrote it at the same time, and nothing was changed"),
+                   .remedy = _(kLookAndRepeat)});
+}
+
 /// Of its directory likewise; an empty suffix is for the file itself.
 bool HasCompanion(const FileInPlace& file, const char* suffix) {
     return StateIn(file.Directory(), file.NameInDirectory() + suffix, file.Path() + suffix).exists;
@@ -37,21 +49,21 @@ bool HasCompanion(const FileInPlace& file, const char* suffix) {
 }  // namespace
 
 void RequireVersion(const FileInPlace& file, const FileVersion& version) {
-    if (PresentVersion(file) == version) return;
-    throw Failure({.file = file.Path(),
-                   .text = _("another program wrote it at the same time, and nothing was changed"),
-                   .remedy = _(kLookAndRepeat)});
+    RequireSame(file, PresentVersion(file), version);
 }
 
-Replacement::Replacement(HostProduct& product, const FileInPlace& file, const FileVersion& version)
+Replacement::Replacement(HostProduct& product, const FileInPlace& file, const FileVersion& version, Look look)
     : m_product(product),
       m_file(file),
       m_version(version),
-      m_former(StateIn(file.Directory(), file.NameInDirectory(), file.Path())) {
+      m_isVersionSeen(look == Look::WasFound),
+      m_former(look == Look::WasFound ? StateFrom(file.Found())
+                                      : StateIn(file.Directory(), file.NameInDirectory(), file.Path())) {
     if (file.Holder() && m_former.owner != *file.Holder())
         throw Failure({.file = file.Path(),
                        .text = _("was replaced at the same time, and nothing was changed"),
                        .remedy = _(kLookAndRepeat)});
+    if (look == Look::WasFound) RequireSame(file, FoundVersion(file), version);
 }
 
 Replacement::~Replacement() {
@@ -74,30 +86,64 @@ void Replacement::TellIfPossible(const std::exception& error) noexcept {
     }
 }
 
+/// Copying takes its time, in which another program may write the file: such a reserve is not the original.
 void Replacement::KeepOriginal() {
     MakeReserve();
+    RequireVersion(m_file, m_version);
     ConfirmReserve();
 }
 
 void Replacement::MakeReserve() {
-    RequireVersion(m_file, m_version);
+    if (!std::exchange(m_isVersionSeen, false)) RequireVersion(m_file, m_version);
     m_hadReserve = HasCompanion(m_file, ZETReserveSuffix);
     const bool hadAbsence = HasCompanion(m_file, ZETAbsenceSuffix);
     if (!m_hadReserve) m_newCompanions.emplace_back(ZETReserveSuffix);
+    m_makesReserve = !m_hadReserve && !hadAbsence && m_former.exists;
     if (!hadAbsence) m_newCompanions.emplace_back(ZETAbsenceSuffix);
     m_file.Within([&](const std::string& name) { m_product.Config().ReserveConfigFile(name); });
 }
 
-/// Copying takes its time, in which another program may write the file: such a reserve is not the original.
 void Replacement::ConfirmReserve() {
+    if (m_hadReserve || !m_file.Holder() || !HasCompanion(m_file, ZETReserveSuffix)) return;
     RequireVersion(m_file, m_version);
-    if (!m_hadReserve && m_file.Holder() && HasCompanion(m_file, ZETReserveSuffix)) CompleteReserve();
+    CompleteReserve();
+}
+
+std::string Replacement::Reserve() const {
+    return m_hadReserve || m_makesReserve ? m_file.Path() + ZETReserveSuffix : "";
 }
 
 void Replacement::Make(mode_t mode, const Operation& operation, const Judge& judge) {
+    const std::string made = m_file.Path() + ZETTemporarySuffix;
+    Save(operation, [&](const ZETRename& rename) {
+        FileInPlace::Outside([&] {
+            Complete(rename.descriptor, made, mode);
+            judge(made);
+        });
+        RequireVersion(m_file, m_version);
+    });
+}
+
+/// To go out of the directory and back, to find the file again and to look once more whether somebody wrote
+/// what it replaces, which is looked at last of all anyway, took 12 system calls a file.
+void Replacement::MakeOf(mode_t mode, const Operation& operation, const JudgeOfOpened& judge) {
+    const std::string made = m_file.Path() + ZETTemporarySuffix;
+    Save(operation, [&](const ZETRename& rename) {
+        const auto complete = [&] {
+            Complete(rename.descriptor, made, mode);
+            judge(rename.descriptor, made);
+        };
+        m_file.Holder() || rename.descriptor < 0 ? FileInPlace::Outside(complete) : complete();
+    });
+}
+
+/// `complete` is called when the file is made, and before it takes its place.
+void Replacement::Save(const Operation& operation,
+                       const std::function<void(const ZETRename& rename)>& complete) {
     m_file.Within([&](const std::string& name) {
         const GuardedRenames renames([&](const ZETRename& rename) {
-            if (rename.to == name && rename.from == name + ZETTemporarySuffix) Guard(rename, mode, judge);
+            if (rename.to != name || rename.from != name + ZETTemporarySuffix) return;
+            rename.isReady ? RequireLastVersion() : complete(rename);
         });
         // Named before, since there may be no memory left.
         const std::string temporary = m_file.NameInDirectory() + ZETTemporarySuffix;
@@ -111,17 +157,9 @@ void Replacement::Make(mode_t mode, const Operation& operation, const Judge& jud
     m_isMade = true;
 }
 
-void Replacement::Guard(const ZETRename& rename, mode_t mode, const Judge& judge) {
-    if (rename.isReady) {
-        RequireVersion(m_file, m_version);
-        m_mayBeMade = true;
-        return;
-    }
-    FileInPlace::Outside([&] {
-        Complete(rename.descriptor, m_file.Path() + ZETTemporarySuffix, mode);
-        judge(m_file.Path() + ZETTemporarySuffix);
-        RequireVersion(m_file, m_version);
-    });
+void Replacement::RequireLastVersion() {
+    RequireVersion(m_file, m_version);
+    m_mayBeMade = true;
 }
 
 /// The mode; and what its owner may not give his file, root gives it.
@@ -132,12 +170,15 @@ void Replacement::Complete(int descriptor, const std::string& path, mode_t mode)
         const int error = errno;
         throw SystemFailure({.file = path, .text = _("its owner cannot be read")}, error);
     }
-    if (!m_former.exists && m_newOwner) GiveToNewOwner(descriptor, path);
+    const bool isNewOwners = !m_former.exists && m_newOwner;
+    if (isNewOwners) GiveToNewOwner(descriptor, path);
     const bool isOwners = made.st_uid == m_former.owner;
     const bool isGivable = made.st_nlink == 1 && (isOwners || (!m_file.Holder() && made.st_uid == geteuid()));
     bool isOwnerFinal = !m_former.exists || (isOwners && made.st_gid == m_former.group);
+    const bool isOwnerAsMade = isOwnerFinal && !isNewOwners;
     if (!isOwnerFinal && isGivable) isOwnerFinal = fchown(descriptor, m_former.owner, m_former.group) == 0;
-    RequireMode(descriptor, path, isOwnerFinal ? mode : mode & ~kSetIdBits);
+    const mode_t wanted = isOwnerFinal ? mode : mode & ~kSetIdBits;
+    if (!isOwnerAsMade || made.st_mode != (S_IFREG | wanted)) RequireMode(descriptor, path, wanted);
 }
 
 void Replacement::GiveToNewOwner(int descriptor, const std::string& path) const {

@@ -34,10 +34,17 @@ class Replacement {
     /// the file as it is, and what was made is removed.
     using Judge = std::function<void(const std::string& made)>;
 
+    /// The same by the open file; -1 where this user cannot open it.
+    using JudgeOfOpened = std::function<void(int descriptor, const std::string& made)>;
+
     /// Lets the module save the file `name`.
     using Operation = std::function<void(const std::string& name)>;
 
-    Replacement(HostProduct& product, const FileInPlace& file, const FileVersion& version);
+    /// How the file is, that is there: it is looked at, or was when it was found, right before.
+    enum class Look { Now, WasFound };
+
+    Replacement(HostProduct& product, const FileInPlace& file, const FileVersion& version,
+                Look look = Look::Now);
     ~Replacement();
     Replacement(const Replacement&) = delete;
     Replacement& operator=(const Replacement&) = delete;
@@ -45,12 +52,19 @@ class Replacement {
     /// Makes the reserve, unless there is one. From within a judge, or before `Make`.
     void KeepOriginal();
 
-    /// The same in two steps, between which a batch may name the reserves of many files.
+    /// The same in two steps, between which a batch may name the reserves of many files; the second leaves it
+    /// to the write to look whether it is the original's.
     void MakeReserve();
     void ConfirmReserve();
 
+    /// The reserve that the file has then; empty: none.
+    std::string Reserve() const;
+
     /// `mode` is what the file is going to have; the module does not tell when it could not set it.
     void Make(mode_t mode, const Operation& operation, const Judge& judge);
+
+    /// The same; the judge is asked from within the directory, and must not look up names.
+    void MakeOf(mode_t mode, const Operation& operation, const JudgeOfOpened& judge);
 
     /// A file that is new belongs to them.
     void GiveNewFileTo(const FileOwner& owner) { m_newOwner = owner; }
@@ -62,7 +76,8 @@ class Replacement {
     void LeaveFile() { m_isMade = true; }
 
   private:
-    void Guard(const ZETRename& rename, mode_t mode, const Judge& judge);
+    void Save(const Operation& operation, const std::function<void(const ZETRename& rename)>& complete);
+    void RequireLastVersion();
     void Complete(int descriptor, const std::string& path, mode_t mode) const;
     void CompleteReserve() const;
     void GiveToNewOwner(int descriptor, const std::string& path) const;
@@ -73,10 +88,12 @@ class Replacement {
     HostProduct& m_product;
     const FileInPlace& m_file;
     const FileVersion m_version;
+    bool m_isVersionSeen;  ///< right before
     const FileState m_former;
     std::vector<std::string> m_newCompanions;  ///< their suffixes; a failed write takes them back
     std::optional<FileOwner> m_newOwner;
     bool m_hadReserve = false;
+    bool m_makesReserve = false;
     bool m_mayBeMade = false;
     bool m_isMade = false;
 };

@@ -6,10 +6,12 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// Of a file that was not planned, only one that nobody else makes is taken for the command's work.
+/// Of a file that was not planned, only one that nobody else makes is taken for the command's work. Nobody
+/// else makes a companion, whatever its text is.
 bool IsOfTheCommand(const RecordedFile& file, const CapturedFile& now, Ending ending) {
+    if (file.kind == FileKind::Companion) return true;
     if (file.IsPlanned()) return HaveSameText(now.state, file.after);
-    return ending != Ending::Unknown || file.kind == FileKind::Companion || file.kind == FileKind::Status;
+    return ending != Ending::Unknown || file.kind == FileKind::Status;
 }
 
 bool CarriesTheSame(const RecordedState& one, const RecordedState& other) {
@@ -56,7 +58,8 @@ void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending end
         settlement.untouched.push_back(file.path);
         return;
     }
-    const bool isAsPlanned = file.IsPlanned() && CarriesTheSame(now.state, file.after);
+    const bool isAsPlanned =
+        file.IsPlanned() && HaveSameText(now.state, file.after) && CarriesTheSame(now.state, file.after);
     if (!isAsPlanned) settlement.changed.push_back(AsItIs(planned, now));
 }
 

@@ -6,6 +6,8 @@
 #include <memory>
 #include <set>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
@@ -15,20 +17,50 @@
 
 namespace ZET::Deploy {
 
+namespace {
+
+struct Companion {
+    std::string suffix;
+    const char* use;
+    std::size_t suffixSize;  ///< behind the name of what it is the companion of
+};
+
+/// In the order of their names.
+const std::vector<Companion>& CompanionsOfFiles() {
+    constexpr char kTemporary[] = ZET_TEXT("the temporary file of %s");
+    const std::string reserve = ZETReserveSuffix;
+    const std::string absence = ZETAbsenceSuffix;
+    const std::string temporary = ZETTemporarySuffix;
+    static const std::vector<Companion> companions = {
+        {reserve, ZET_TEXT("the reserve of %s"), reserve.size()},
+        {reserve + temporary, kTemporary, temporary.size()},
+        {absence, ZET_TEXT("the mark that there was no %s"), absence.size()},
+        {temporary, kTemporary, temporary.size()}};
+    return companions;
+}
+
+}  // namespace
+
+std::string ClaimedFiles::Use::TextOf(const std::string& path) const {
+    if (suffixSize > 0) return Words(text, path.substr(0, path.size() - suffixSize));
+    if (!templateName.empty()) return Words(text, templateName);
+    return ofTemplate.empty() ? _(text) : Words(text, ofTemplate);
+}
+
 ClaimedFiles::ClaimedFiles(Host& host) : m_host(host) {
-    AddOwn(host.FilePath(host.ConfigFile()), _("the configuration file of the commands"));
-    m_uses.try_emplace(Canonical(TargetListFile(host)), Use{_("the list of targets"), ""});
+    AddOwn(host.FilePath(host.ConfigFile()), ZET_TEXT("the configuration file of the commands"));
+    m_uses.try_emplace(Canonical(TargetListFile(host)), Use{ZET_TEXT("the list of targets")});
     for (const std::string& file : host.Values().Files())
-        m_uses.try_emplace(Canonical(file), Use{_("a file of values"), ""});
+        m_uses.try_emplace(Canonical(file), Use{ZET_TEXT("a file of values")});
     for (const std::string& file : host.State().Files())
-        AddOwn(file, _("a file of the status"));
+        AddOwn(file, ZET_TEXT("a file of the status"));
 }
 
 void ClaimedFiles::AddTemplate(const std::string& name) {
     const std::string copy = WorkingCopy(m_host, name);
-    AddOf(name, copy, Words("the working copy of [%s]", name));
-    AddOf(name, copy + ZETTemporarySuffix, Words("the temporary file of the working copy of [%s]", name));
-    AddOf(name, m_host.Param("ZET_CFG_TEMPL_DIR") + "/" + name, Words("the template [%s]", name));
+    AddOf(name, copy, ZET_TEXT("the working copy of [%s]"));
+    AddOf(name, copy + ZETTemporarySuffix, ZET_TEXT("the temporary file of the working copy of [%s]"));
+    AddOf(name, m_host.Param("ZET_CFG_TEMPL_DIR") + "/" + name, ZET_TEXT("the template [%s]"));
 }
 
 std::optional<Problem> ClaimedFiles::ClashOf(const std::string& templateName) const {
@@ -57,26 +89,33 @@ std::optional<Problem> ClaimedFiles::AddTarget(const Target& target) {
 
 std::optional<Problem> ClaimedFiles::AddTarget(const Target& target, const std::string& file) {
     if (std::optional<Problem> clash = ClashOf(target.templateName)) return clash;
-    Uses mine = CompanionsOf(file);
-    mine[file] = {Words("made from [%s]", target.templateName), target.templateName};
-    m_uses.merge(mine);
-    if (mine.empty()) return std::nullopt;
-    // What could not be merged has another use. The target comes first: its companions have longer names.
-    const auto& [path, use] = *mine.begin();
-    const Use& other = m_uses.at(path);
+    std::optional<Problem> problem = Claim(file, {ZET_TEXT("made from [%s]"), target.templateName});
+    for (const Companion& companion : CompanionsOfFiles()) {
+        std::optional<Problem> ofCompanion =
+            Claim(file + companion.suffix, {.text = companion.use, .suffixSize = companion.suffixSize});
+        if (!problem) problem = std::move(ofCompanion);
+    }
+    return problem;
+}
+
+/// A problem when the file has another use.
+std::optional<Problem> ClaimedFiles::Claim(const std::string& path, const Use& use) {
+    const auto [known, isNew] = m_uses.try_emplace(path, use);
+    if (isNew) return std::nullopt;
+    const Use& other = known->second;
     if (!use.templateName.empty() && !other.templateName.empty()) {
         return Problem{path, 0, 0,
                        Words("is made from both [%s] and [%s]", other.templateName, use.templateName),
                        _("give each file to one template")};
     }
-    return Problem{path, 0, 0, Words("is %s, and %s too", other.text, use.text),
+    return Problem{path, 0, 0, Words("is %s, and %s too", other.TextOf(path), use.TextOf(path)),
                    _("give the target another path")};
 }
 
 std::string ClaimedFiles::UseBesideTargets(const std::string& path) const {
     const auto found = m_uses.find(Canonical(path));
     const bool isFree = found == m_uses.end() || !found->second.templateName.empty();
-    return isFree ? "" : found->second.text;
+    return isFree ? "" : found->second.TextOf(found->first);
 }
 
 /// Of a path as the commands open it: with the root, if there is one.
@@ -112,27 +151,23 @@ ClaimedFiles::Listing ClaimedFiles::ListingOf(const std::string& directory) cons
     return listing;
 }
 
-void ClaimedFiles::AddOwn(const std::string& path, const std::string& text) {
+void ClaimedFiles::AddOwn(const std::string& path, const char* text) {
     const std::string file = Canonical(path);
-    m_uses.try_emplace(file, Use{text, ""});
-    m_uses.merge(CompanionsOf(file));
+    m_uses.try_emplace(file, Use{text});
+    for (const Companion& companion : CompanionsOfFiles())
+        m_uses.try_emplace(file + companion.suffix,
+                           Use{.text = companion.use, .suffixSize = companion.suffixSize});
 }
 
-void ClaimedFiles::AddOf(const std::string& templateName, const std::string& path, const std::string& text) {
+void ClaimedFiles::AddOf(const std::string& templateName, const std::string& path, const char* text) {
     const std::string file = CanonicalOfTemplate(path);
-    const auto [known, isNew] = m_uses.try_emplace(file, Use{text, "", templateName});
+    const Use use{.text = text, .ofTemplate = templateName};
+    const auto [known, isNew] = m_uses.try_emplace(file, use);
     if (isNew || known->second.ofTemplate == templateName) return;
-    m_clashes.try_emplace(templateName,
-                          Problem{file, 0, 0, Words("is %s, and %s too", known->second.text, text),
-                                  _("give the template another name")});
-}
-
-ClaimedFiles::Uses ClaimedFiles::CompanionsOf(const std::string& file) {
-    const std::string reserve = file + ZETReserveSuffix;
-    return {{reserve, {Words("the reserve of %s", file), ""}},
-            {file + ZETAbsenceSuffix, {Words("the mark that there was no %s", file), ""}},
-            {file + ZETTemporarySuffix, {Words("the temporary file of %s", file), ""}},
-            {reserve + ZETTemporarySuffix, {Words("the temporary file of %s", reserve), ""}}};
+    m_clashes.try_emplace(
+        templateName,
+        Problem{file, 0, 0, Words("is %s, and %s too", known->second.TextOf(file), use.TextOf(file)),
+                _("give the template another name")});
 }
 
 }  // namespace ZET::Deploy

@@ -6,6 +6,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "deploy/state/Host.h"
@@ -40,12 +41,17 @@ class ClaimedFiles {
     std::string UseBesideTargets(const std::string& path) const;
 
   private:
+    /// What is told of it is put together when somebody asks, which was a fifteenth of the instructions of a
+    /// commit that changes nothing.
     struct Use {
-        std::string text;
-        std::string templateName;     ///< of what the file is made from; empty: it is no target
-        std::string ofTemplate = {};  ///< the template whose file it is; empty: it is none's
+        const char* text;            ///< not translated yet
+        std::string templateName{};  ///< of what the file is made from; empty: it is no target
+        std::string ofTemplate{};    ///< the template whose file it is; empty: it is none's
+        std::size_t suffixSize = 0;  ///< of a companion: what its name has more than that of its file
+
+        std::string TextOf(const std::string& path) const;
     };
-    using Uses = std::map<std::string, Use>;
+    using Uses = std::unordered_map<std::string, Use>;
 
     /// The names of a directory; that of a plain file leads nowhere else.
     struct Listing {
@@ -57,9 +63,9 @@ class ClaimedFiles {
     std::string Canonical(const std::string& path) const;
     std::string CanonicalOfTemplate(const std::string& path);
     Listing ListingOf(const std::string& directory) const;
-    void AddOwn(const std::string& path, const std::string& text);
-    void AddOf(const std::string& templateName, const std::string& path, const std::string& text);
-    static Uses CompanionsOf(const std::string& file);
+    void AddOwn(const std::string& path, const char* text);
+    void AddOf(const std::string& templateName, const std::string& path, const char* text);
+    std::optional<Problem> Claim(const std::string& path, const Use& use);
 
     Host& m_host;
     std::map<std::string, Listing, std::less<>> m_listings;  ///< by the directories of templates

@@ -27,9 +27,9 @@ std::string Joined(const std::vector<std::string>& texts) {
 
 /// Whether the target is, by now, what it was to become.
 bool IsWritten(const PlannedTarget& planned) {
-    if (planned.staged.empty()) return VersionOf(planned.path) == planned.version;
+    if (planned.staged == nullptr) return VersionOf(planned.path) == planned.version;
     const FileState now = StateOf(planned.path);
-    return now.IsRegular() && now.mode == planned.after.mode && HaveSameBytes(planned.path, planned.staged);
+    return now.IsRegular() && now.mode == planned.after.mode && planned.staged->IsIn(planned.path);
 }
 
 /// One commit, from the plan to the status.

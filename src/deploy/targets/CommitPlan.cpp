@@ -27,8 +27,9 @@ namespace ZET::Deploy {
 namespace {
 
 void RequireAcceptance(Deployment& product, const Target& target, const std::string& path,
-                       const std::string& staged) {
-    const std::optional<Problem> problem = OwnCheckProblem(product, target, path, staged);
+                       const StagedText* staged) {
+    if (target.check.empty()) return;
+    const std::optional<Problem> problem = OwnCheckProblem(product, target, path, staged->File());
     if (problem) throw Failure(*problem);
 }
 
@@ -37,14 +38,6 @@ OnEdit OnEditOf(Host& host) {
     const std::string wanted = host.Param("ZET_ON_EDIT");
     if (wanted == "merge") return OnEdit::Merge;
     return wanted == "refuse" ? OnEdit::Refuse : OnEdit::AsConfigured;
-}
-
-/// Whether a reserve stands beside a target, or a record that there was nothing; looked for once.
-bool HasCompanion(PlannedTarget& planned) {
-    if (!planned.hasCompanion)
-        planned.hasCompanion =
-            IsFileExist(planned.path + ZETReserveSuffix) || IsFileExist(planned.path + ZETAbsenceSuffix);
-    return *planned.hasCompanion;
 }
 
 /// What its reserve is there for takes over from that.
@@ -204,13 +197,16 @@ void CommitPlan::Add(const Target& target, const CheckedPlace& place, OnEdit onE
     planned.target = target;
     planned.path = place.path;
     planned.hasWorkingCopy = place.hasWorkingCopy;
+    planned.templateMode = place.templateMode;
+    planned.hasCompanion = place.hasCompanion;
     m_inForce.insert(planned.path);
     const SeenFile there(planned.path);
     Stage(planned, there);
     FillIn(planned, there);
     EditMerge(m_product, *m_staging, *m_known).KeepMerged(planned);
     if (!SettleEdit(planned, onEdit)) return;
-    if (RunsOwnChecks(m_product.Wanted())) RequireAcceptance(m_product, target, planned.path, planned.staged);
+    if (RunsOwnChecks(m_product.Wanted()))
+        RequireAcceptance(m_product, target, planned.path, planned.staged.get());
     m_targets.push_back(std::move(planned));
 }
 
@@ -228,16 +224,18 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
     const bool isMerge = known != nullptr && known->state.knowledge.IsMerge();
     const auto stageFor = [&](Role role) {
         const ComparedRendering rendering =
-            isShown || isMerge ? ComparedRendering{RenderQuietly(m_product, *m_staging, name, role)}
-                               : RenderUnlessThere(m_product, *m_staging, name, role, there);
-        planned.staged = rendering.file;
-        if (planned.staged.empty()) return StayAsItIs(planned);
-        planned.after = StateInPlace(planned.path, planned.staged);
+            isShown || isMerge
+                ? ComparedRendering{std::make_shared<StagedText>(
+                      RenderQuietly(m_product, *m_staging, name, role))}
+                : RenderUnlessThere(m_product, *m_staging, name, role, there, planned.templateMode);
+        planned.staged = rendering.staged;
+        if (planned.staged == nullptr) return StayAsItIs(planned);
+        planned.after = StateInPlace(planned.path, *planned.staged, planned.before);
         GiveToNewOwner(planned);
         return planned.change = rendering.isOther ? FileOutcome::Result::Changed : ChangeOf(planned);
     };
     const Role role = planned.namedRole;
-    if (stageFor(role) != FileOutcome::Result::Changed || isRecorded || !HasCompanion(planned)) return;
+    if (stageFor(role) != FileOutcome::Result::Changed || isRecorded || !planned.hasCompanion) return;
     const PlannedTarget own = planned;
     const bool isOthers = stageFor(OtherRole(role)) == FileOutcome::Result::Unchanged;
     if (!isOthers) planned = own;
@@ -248,7 +246,7 @@ void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     const std::string& path = planned.path;
     const KnownFile* const known = m_known->Find(path);
     const bool isRecorded = known != nullptr && !known->state.knowledge.roles.empty();
-    const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there) : HasCompanion(planned);
+    const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there) : planned.hasCompanion;
     planned.isTouched = isRecorded && isStrange;
     planned.isUnrecorded = !isRecorded && isStrange;
     planned.isReserved = planned.isUnrecorded && planned.before.exists && IsReserved(path);
@@ -298,10 +296,10 @@ FileOutcome OutcomeOf(Deployment& product, const PlannedTarget& planned) {
     outcome.after = planned.after;
     outcome.templateName = planned.target.templateName;
     outcome.isEdited = planned.IsOthersWork();
-    outcome.isMerged = planned.isMerged || !planned.rendering.empty();
-    if (planned.IsChange())
-        outcome.diff =
-            DiffToShow(product, planned.before.exists ? planned.path : "", planned.staged, planned.path);
+    outcome.isMerged = planned.isMerged || planned.rendering != nullptr;
+    if (planned.IsChange() && product.Wanted().wantsDiffs)
+        outcome.diff = DiffToShow(product, planned.before.exists ? planned.path : "", planned.staged->File(),
+                                  planned.path);
     return outcome;
 }
 

@@ -20,7 +20,7 @@ namespace ZET::Deploy {
 namespace {
 
 std::optional<std::string> BaseOf(const PlannedTarget& planned) {
-    return planned.rendering.empty() ? std::nullopt : std::optional(ReadFileBytes(planned.rendering));
+    return planned.rendering == nullptr ? std::nullopt : std::optional(planned.rendering->Text());
 }
 
 }  // namespace
@@ -99,7 +99,10 @@ ExpectedFile CommitRecord::Expected(const PlannedTarget& planned) const {
 /// As it will be in its place.
 CapturedFile CommitRecord::Staged(const PlannedTarget& planned) const {
     constexpr mode_t kModeBits = 07777;
-    CapturedFile file = Capture(planned.staged, m_longest);
+    CapturedFile file;
+    file.SetText(planned.staged->Text());
+    if (file.state.size > m_longest) file.text.clear();
+    file.state.exists = true;
     file.state.mode = planned.after.mode & kModeBits;
     file.state.owner = planned.after.owner;
     file.state.group = planned.after.group;

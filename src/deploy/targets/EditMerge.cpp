@@ -25,7 +25,7 @@ std::optional<TextNumber> BaseOf(const KnownFile& known) {
 
 bool CanBeKept(Host& host, const PlannedTarget& planned) {
     const StoreLimits limits = host.HostHistory().Limits();
-    const std::uint64_t rendered = ReadFileBytes(planned.staged).size();
+    const std::uint64_t rendered = planned.staged->Text().size();
     const auto size = static_cast<std::uint64_t>(planned.version.size);
     return limits.keepsTexts && size <= limits.largestText && rendered <= limits.largestText;
 }
@@ -39,16 +39,15 @@ bool HasOtherMode(const PlannedTarget& planned, const KnownFile& known) {
 
 FileOutcome::Result ChangeOf(const PlannedTarget& planned) {
     if (!planned.before.exists) return FileOutcome::Result::Created;
-    const bool isSame =
-        planned.before.mode == planned.after.mode && HaveSameBytes(planned.path, planned.staged);
+    const bool isSame = planned.before.mode == planned.after.mode && planned.staged->IsIn(planned.path);
     return isSame ? FileOutcome::Result::Unchanged : FileOutcome::Result::Changed;
 }
 
-bool IsMergedWith(Host& host, const KnownFile& known, const std::string& staged) {
+bool IsMergedWith(Host& host, const KnownFile& known, const std::string& rendered) {
     const std::optional<TextNumber>& base = known.state.knowledge.base;
     if (!base) return false;
     Store* const store = host.HostHistory().ToLookIfNeeded();
-    return store != nullptr && store->Text(*base) == ReadFileBytes(staged);
+    return store != nullptr && store->Text(*base) == rendered;
 }
 
 void EditMerge::KeepMerged(PlannedTarget& planned) const {
@@ -56,7 +55,7 @@ void EditMerge::KeepMerged(PlannedTarget& planned) const {
     if (known == nullptr || !planned.before.exists) return;
     planned.holdsMerge = known->state.knowledge.IsMerge();
     if (!planned.holdsMerge) return;
-    planned.isRenderingNew = !IsMergedWith(m_host, *known, planned.staged);
+    planned.isRenderingNew = !IsMergedWith(m_host, *known, planned.staged->Text());
     if (!planned.isTouched && !planned.isRenderingNew) Take(planned, ReadFileBytes(planned.path));
 }
 
@@ -90,7 +89,7 @@ std::vector<Problem> EditMerge::Merge(PlannedTarget& planned) const {
 
 std::vector<Problem> EditMerge::MergeWith(PlannedTarget& planned, TextNumber base) const {
     const std::string former = m_host.HostHistory().ToLook()->Text(base);
-    const std::string rendered = ReadFileBytes(planned.staged);
+    const std::string rendered = planned.staged->Text();
     MergedFile merged =
         MergeFile({ReadFileBytes(planned.path), former, rendered}, {planned.path, _(kOtherWay)});
     if (!merged.conflicts.empty()) return merged.conflicts;
@@ -102,9 +101,9 @@ std::vector<Problem> EditMerge::MergeWith(PlannedTarget& planned, TextNumber bas
 
 void EditMerge::Take(PlannedTarget& planned, const std::string& text) const {
     planned.rendering = planned.staged;
-    planned.staged = m_staging.PathOf("merged/" + planned.target.templateName);
-    WriteStagedFile(planned.staged, text, planned.after.mode & kModeBits);
-    planned.after = StateInPlace(planned.path, planned.staged);
+    planned.staged = std::make_shared<const StagedText>(m_staging, "merged/" + planned.target.templateName,
+                                                        text, planned.after.mode & kModeBits);
+    planned.after = StateInPlace(planned.path, *planned.staged, planned.before);
     planned.change = ChangeOf(planned);
 }
 

@@ -33,8 +33,8 @@ class EditMerge {
     const KnownFiles& m_known;
 };
 
-/// Whether the text of a file, as the product left it, is one that was merged with the staged rendering.
-bool IsMergedWith(Host& host, const KnownFile& known, const std::string& staged);
+/// Whether the text of a file, as the product left it, is one that was merged with this rendering.
+bool IsMergedWith(Host& host, const KnownFile& known, const std::string& rendered);
 
 /// Compares the file that is there with the staged one.
 FileOutcome::Result ChangeOf(const PlannedTarget& planned);

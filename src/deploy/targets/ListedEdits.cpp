@@ -91,7 +91,7 @@ bool ListedEdits::Judge(const FileWithLines& file) {
 void ListedEdits::JudgePlaceOf(const FileWithLines& file) {
     const std::string& path = file.path;
     std::vector<Problem> problems = CheckDirectory(DirectoryOf(path), path, _("the edit in the list"));
-    for (Problem& problem : CheckFileToWrite(path, _("the edit"), m_cutShort.contains(path)))
+    for (Problem& problem : CheckFileToWrite(path, ZET_TEXT("the edit"), m_cutShort.contains(path)).problems)
         problems.push_back(std::move(problem));
     if (!m_claimed) {
         m_claimed.emplace(m_product);

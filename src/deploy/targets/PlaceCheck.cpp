@@ -50,8 +50,7 @@ struct NamedFile {
     }
 };
 
-std::optional<Problem> CheckRegularCompanion(const NamedFile& file, const char* suffix) {
-    const FileState state = file.StateOfCompanion(suffix);
+std::optional<Problem> ProblemOfCompanion(const NamedFile& file, const char* suffix, const FileState& state) {
     if (!state.exists || state.IsRegular()) return std::nullopt;
     return Problem{file.path + suffix, 0, 0, _("is no regular file"), _("move it away")};
 }
@@ -63,37 +62,40 @@ std::optional<Problem> CheckTemporaryOf(const NamedFile& file, bool isCutShort) 
 }
 
 /// `mode` is none of a file that is not there.
-std::vector<Problem> CheckToWrite(const NamedFile& file, std::optional<mode_t> mode, const std::string& entry,
-                                  bool isCutShort) {
-    std::vector<Problem> problems;
+FileToWrite CheckToWrite(const NamedFile& file, std::optional<mode_t> mode, const char* entry,
+                         bool isCutShort) {
+    FileToWrite checked;
     const auto add = [&](std::optional<Problem> problem) {
-        if (problem) problems.push_back(std::move(*problem));
+        if (problem) checked.problems.push_back(std::move(*problem));
     };
     if (mode && !S_ISREG(*mode))
-        problems.push_back(
-            {file.path, 0, 0, _("is no regular file"), Words("move it away, or correct %s", entry)});
+        add(Problem{file.path, 0, 0, _("is no regular file"),
+                    Words("move it away, or correct %s", std::string(_(entry)))});
     if (mode) add(CheckReplaceableIn(file.directory, file.name, file.path));
-    for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix})
-        add(CheckRegularCompanion(file, suffix));
+    for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix}) {
+        const FileState state = file.StateOfCompanion(suffix);
+        checked.hasCompanion = checked.hasCompanion || state.exists;
+        add(ProblemOfCompanion(file, suffix, state));
+    }
     add(CheckTemporaryOf(file, isCutShort));
-    return problems;
+    return checked;
 }
 
 }  // namespace
 
 std::vector<Problem> CheckRegular(const std::string& path) {
-    const std::optional<Problem> problem = CheckRegularCompanion({AT_FDCWD, path, path}, "");
+    const std::optional<Problem> problem = ProblemOfCompanion({AT_FDCWD, path, path}, "", StateOf(path));
     return problem ? std::vector<Problem>{*problem} : std::vector<Problem>();
 }
 
-std::vector<Problem> CheckFileToWrite(const std::string& path, const std::string& entry, bool isCutShort) {
+FileToWrite CheckFileToWrite(const std::string& path, const char* entry, bool isCutShort) {
     const FileState state = StateOf(path);
     return CheckToWrite({AT_FDCWD, path, path}, state.exists ? std::optional(state.mode) : std::nullopt,
                         entry, isCutShort);
 }
 
-std::vector<Problem> CheckFileToWrite(const FoundFile& found, const std::string& path,
-                                      const std::string& entry, bool isCutShort) {
+FileToWrite CheckFileToWrite(const FoundFile& found, const std::string& path, const char* entry,
+                             bool isCutShort) {
     if (!found.directory) return CheckFileToWrite(path, entry, isCutShort);
     return CheckToWrite({found.directory->descriptor, found.name, path},
                         found.status ? std::optional(found.status->st_mode) : std::nullopt, entry,

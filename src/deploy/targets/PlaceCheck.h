@@ -20,13 +20,20 @@ std::vector<Problem> CheckDirectory(const std::string& directory, const std::str
 /// A file that is written under its own name or read back must not be a link to somewhere else.
 std::vector<Problem> CheckRegular(const std::string& path);
 
+/// What was seen of a file that is to be written.
+struct FileToWrite {
+    std::vector<Problem> problems;
+    bool hasCompanion = false;  ///< a reserve, or a mark that there was nothing
+};
+
 /// The file, and all that is written beside it. `entry` of the lists is what names it. What a run that was
 /// cut short left of it is cleared away first.
-std::vector<Problem> CheckFileToWrite(const std::string& path, const std::string& entry, bool isCutShort);
+FileToWrite CheckFileToWrite(const std::string& path, const char* entry, bool isCutShort);
 
 /// The same of one that was found: what stands beside it is looked up in its directory, which is held.
-std::vector<Problem> CheckFileToWrite(const FoundFile& found, const std::string& path,
-                                      const std::string& entry, bool isCutShort);
+/// `entry` is not translated yet.
+FileToWrite CheckFileToWrite(const FoundFile& found, const std::string& path, const char* entry,
+                             bool isCutShort);
 
 /// The name under which it is written is nobody's.
 std::optional<Problem> CheckTemporary(const std::string& path, bool isCutShort);

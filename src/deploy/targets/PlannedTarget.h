@@ -1,10 +1,12 @@
 #ifndef ZET_PLANNED_TARGET_H
 #define ZET_PLANNED_TARGET_H
 
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/StagedText.h"
 #include "deploy/targets/Targets.h"
 #include "zet/deploy/FileOutcome.h"
 
@@ -13,10 +15,10 @@ namespace ZET::Deploy {
 /// What a commit would do to one target.
 struct PlannedTarget {
     Target target;
-    std::string path;             ///< of the real file, links followed
-    std::string staged;           ///< the file as it would be; empty: as it is
-    std::string rendering;        ///< staged, too, where the file gets another text: that is merged with it
-    bool isRenderingNew = false;  ///< not the one that is known of the file
+    std::string path;                             ///< of the real file, links followed
+    std::shared_ptr<const StagedText> staged;     ///< what it is to get; null: it stays as it is
+    std::shared_ptr<const StagedText> rendering;  ///< where it gets another text: that is merged with it
+    bool isRenderingNew = false;                  ///< not the one that is known of the file
     FileOutcome::Result change = FileOutcome::Result::Unchanged;
     bool isTouched = false;     ///< the file is none of those that the roles recorded at their commits
     bool isUnrecorded = false;  ///< the product had to do with the file, but no commit recorded it as it is
@@ -29,8 +31,9 @@ struct PlannedTarget {
     FileState before;
     FileState after;
 
-    bool hasWorkingCopy = false;       ///< its template, when it was checked
-    std::optional<bool> hasCompanion;  ///< if it was asked for when the plan was made
+    bool hasWorkingCopy = false;           ///< its template, when it was checked
+    std::optional<mode_t> templateMode{};  ///< likewise, where it is a working copy and no link
+    bool hasCompanion = false;             ///< a reserve, or a mark that there was nothing
 
     bool IsChange() const { return change != FileOutcome::Result::Unchanged; }
 
@@ -39,7 +42,7 @@ struct PlannedTarget {
     bool IsOthersWork() const { return IsChange() && (isTouched || HoldsUnkeptText() || DropsMerge()); }
 
     /// What an earlier commit has merged would be gone.
-    bool DropsMerge() const { return holdsMerge && rendering.empty(); }
+    bool DropsMerge() const { return holdsMerge && rendering == nullptr; }
 
     /// Nothing but the file itself has what it holds. What a commit was killed at is as it was reserved.
     bool HoldsUnkeptText() const { return isUnrecorded && before.exists && !isReserved; }

@@ -161,8 +161,8 @@ class Trial {
           m_workingCopy(WorkingCopy(product, templateName)) {}
 
     /// Hands the text and the mode that the role gets to `take`.
-    void Tell(StringMap& values, const Take& take) const {
-        const std::optional<mode_t> mode = ModeIfThere(m_workingCopy);
+    void Tell(StringMap& values, const Take& take, std::optional<mode_t> mode = std::nullopt) const {
+        if (!mode) mode = ModeIfThere(m_workingCopy);
         if (!mode && !IsFileExist(m_workingCopy))
             return TellOfStandIn("templates", TemplateFile(m_product, m_name), values, take);
         TellRendering(m_product, m_role, m_name, File(), values, [&](std::string_view text) {
@@ -184,6 +184,11 @@ class Trial {
         return file;
     }
 
+    /// The same, if somebody asks for it.
+    std::shared_ptr<const StagedText> Keep(std::string_view text, mode_t mode) const {
+        return std::make_shared<const StagedText>(m_staging, Name(), text, mode);
+    }
+
   private:
     /// The module installs the pristine template where there is none.
     void TellOfStandIn(const char* directory, const std::string& source, StringMap& values,
@@ -196,11 +201,13 @@ class Trial {
         });
     }
 
-    std::string File() const {
+    std::string Name() const {
         const std::string room =
             m_role == m_product.Role() ? "rendered/" : std::string("rendered-for-") + NameOf(m_role) + "/";
-        return m_staging.PathOf(room + m_name);
+        return room + m_name;
     }
+
+    std::string File() const { return m_staging.PathOf(Name()); }
 
     Deployment& m_product;
     const Role m_role;
@@ -262,16 +269,16 @@ std::string RenderQuietly(Deployment& product, const Staging& staging, const std
     return Stage(product, role, staging, templateName, product.TemplateValues());
 }
 
-/// Most of a set are there already, and never become a file of the private directory: of a commit that
-/// changes nothing, that took a third of the system calls.
 ComparedRendering RenderUnlessThere(Deployment& product, const Staging& staging,
-                                    const std::string& templateName, Role role, const SeenFile& there) {
+                                    const std::string& templateName, Role role, const SeenFile& there,
+                                    const std::optional<mode_t>& modeOfCopy) {
     const QuietLog quiet(ZETLogError);
     const Trial trial(product, role, staging, templateName);
     ComparedRendering rendering;
-    trial.Tell(product.TemplateValues(), [&](std::string_view text, mode_t mode) {
-        if (!IsAsRendered(there, text, mode, rendering.isOther)) rendering.file = trial.Write(text, mode);
-    });
+    const auto take = [&](std::string_view text, mode_t mode) {
+        if (!IsAsRendered(there, text, mode, rendering.isOther)) rendering.staged = trial.Keep(text, mode);
+    };
+    trial.Tell(product.TemplateValues(), take, modeOfCopy);
     return rendering;
 }
 
@@ -301,7 +308,7 @@ TargetRendering::TargetRendering(Deployment& product, FileInPlace place, const T
     : m_product(product),
       m_place(std::move(place)),
       m_target(target),
-      m_replacement(product, m_place, target.version) {}
+      m_replacement(product, m_place, target.version, Replacement::Look::WasFound) {}
 
 void TargetRendering::KeepOriginal() {
     m_replacement.MakeReserve();
@@ -323,8 +330,8 @@ void TargetRendering::Render() {
     const auto process = [&](const std::string& name) {
         Process(m_product, m_target.role, m_target.templateName, {name, path});
     };
-    m_replacement.Make(m_target.mode, process, [&](const std::string& made) {
-        if (HaveSameBytes(made, m_target.staged)) return;
+    m_replacement.MakeOf(m_target.mode, process, [&](int descriptor, const std::string& made) {
+        if (m_target.staged.IsIn(descriptor, made)) return;
         throw Failure({.file = path,
                        .text = _("is not written, since its template was changed after it was checked"),
                        .remedy = _("run the command again")});
@@ -333,7 +340,7 @@ void TargetRendering::Render() {
 
 void TargetRendering::WriteStaged() {
     const mode_t mode = m_target.mode;
-    const std::string text = ReadFileBytes(m_target.staged);
+    const std::string text = m_target.staged.Text();
     m_replacement.Make(
         mode, [&](const std::string& name) { SaveOwnText(name, text, mode); }, [](const std::string&) {});
 }

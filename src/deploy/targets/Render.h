@@ -1,11 +1,13 @@
 #ifndef ZET_RENDER_H
 #define ZET_RENDER_H
 
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
+#include "deploy/host/StagedText.h"
 #include "deploy/host/Staging.h"
 #include "deploy/state/Recording.h"
 #include "deploy/state/Replacement.h"
@@ -42,13 +44,15 @@ std::string RenderQuietly(Deployment& product, const Staging& staging, const std
 
 /// A rendering beside the file whose place it would take.
 struct ComparedRendering {
-    std::string file;      ///< in the private directory; empty: what is there has it all, its owner among it
-    bool isOther = false;  ///< for certain: in mode or bytes
+    std::shared_ptr<const StagedText> staged;  ///< null: what is there has it all, its owner among it
+    bool isOther = false;                      ///< for certain: in mode or bytes
 };
 
-/// The same for a role, unless it is there already: then nothing is left in the private directory.
+/// The same, unless it is there already. `modeOfCopy` is that of the working copy, if it is known. `staging`
+/// must live as long as what is returned.
 ComparedRendering RenderUnlessThere(Deployment& product, const Staging& staging,
-                                    const std::string& templateName, Role role, const SeenFile& there);
+                                    const std::string& templateName, Role role, const SeenFile& there,
+                                    const std::optional<mode_t>& modeOfCopy = std::nullopt);
 
 /// The same of a template that would have that text.
 std::string RenderTemplateText(Deployment& product, const Staging& staging, Role role,
@@ -66,7 +70,7 @@ void InstallForHolder(Deployment& product, const std::string& templateName, cons
 /// A target that is rendered for good.
 struct TargetToRender {
     const std::string& templateName;
-    const std::string& staged;   ///< what it has to become
+    const StagedText& staged;    ///< what it has to become
     mode_t mode;                 ///< likewise
     const FileVersion& version;  ///< of what it replaces
     Role role;
@@ -78,7 +82,7 @@ struct TargetToRender {
 /// Renders a target for good, in two steps: many originals are kept at once.
 class TargetRendering {
   public:
-    /// `target` must live as long as the object.
+    /// `place` was found right before; `target` must live as long as the object.
     TargetRendering(Deployment& product, FileInPlace place, const TargetToRender& target);
 
     /// A working copy that is missing is installed. What one that did not come to its end has kept is taken
@@ -88,6 +92,9 @@ class TargetRendering {
     /// With the original in its place. What comes out otherwise than in trial, and what somebody else wrote
     /// meanwhile, is a `Failure`; the target is as it was then.
     void Write();
+
+    /// The original that is kept then; empty: none.
+    std::string Reserve() const { return m_replacement.Reserve(); }
 
   private:
     void Render();

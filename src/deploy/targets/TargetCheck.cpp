@@ -134,6 +134,14 @@ std::string DeniedToHolder(Host& host, const Target& target, const FoundFile& fo
     return isFileDenied ? file : isEntryDenied ? directory : "";
 }
 
+/// None of a link, and of what cannot be looked at.
+std::optional<mode_t> ModeOfPlainFile(const std::string& path) {
+    constexpr mode_t kModeBits = 07777;
+    struct stat status = {};
+    const bool isPlain = lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    return isPlain ? std::optional(status.st_mode & kModeBits) : std::nullopt;
+}
+
 /// Checks targets one by one; what they have in common is in here.
 class TargetChecker {
   public:
@@ -151,7 +159,11 @@ class TargetChecker {
                CheckTemplateFile(m_product, target.templateName, m_product.TemplateValues(), &seen));
         try {
             if (!seen.isLastWorkingCopy) CheckWorkingCopy(target);
-            return {CheckFile(target), seen.isLastWorkingCopy};
+            CheckedPlace place;
+            place.hasWorkingCopy = seen.isLastWorkingCopy;
+            place.templateMode = seen.lastMode;
+            CheckFile(target, place);
+            return place;
         } catch (const Failure& failure) {
             m_result.push_back(ProblemOf(target.path, failure));
             return {};
@@ -172,14 +184,16 @@ class TargetChecker {
             m_result.push_back(std::move(*problem));
     }
 
-    std::string CheckFile(const Target& target) {
-        const std::string path = m_product.FilePath(target.path);
+    void CheckFile(const Target& target, CheckedPlace& place) {
         const FoundFile found = m_product.HostPaths().Find(target.path, target.trusted);
+        const std::string path = m_product.HostPaths().Resolved(target.path, found);
+        place.path = found.path;
         Append(m_result, CheckPlace(target, path, found));
-        Append(m_result, CheckFileToWrite(found, path, _("the target"), m_cutShort.contains(path)));
+        FileToWrite file = CheckFileToWrite(found, path, ZET_TEXT("the target"), m_cutShort.contains(path));
+        Append(m_result, std::move(file.problems));
+        place.hasCompanion = file.hasCompanion;
         if (std::optional<Problem> problem = m_claimed.AddTarget(target, found.path))
             m_result.push_back(std::move(*problem));
-        return found.path;
     }
 
     /// Its directory, and the way there.
@@ -191,7 +205,8 @@ class TargetChecker {
                                 _("correct trust in the list, or make the user")});
         }
         if (std::optional<Problem> problem = OwnerProblem(target)) problems.push_back(std::move(*problem));
-        if (!problems.empty() || geteuid() != 0) return problems;
+        const bool isRoots = !found.judge.Objection() && !found.judge.Holder();
+        if (!problems.empty() || isRoots || geteuid() != 0) return problems;
         if (found.judge.Objection()) {
             problems.push_back(*found.judge.Objection());
         } else if (const std::string denied = DeniedToHolder(m_product, target, found); !denied.empty()) {
@@ -249,13 +264,14 @@ std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& t
     if (seen != nullptr) seen->isLastWorkingCopy = false;
     std::string file = product.Param("ZET_CFG_TEMPL_DIR") + "/" + templateName;
     try {
-        const std::string found = TemplateFile(product, templateName);
+        const std::string copy = WorkingCopy(product, templateName);
+        const std::optional<mode_t> modeOfCopy = ModeOfPlainFile(copy);
+        const std::string found = modeOfCopy ? copy : TemplateFile(product, templateName);
         if (found.empty())
             return {{file, 0, 0, _("the template is missing"),
                      _("install it there, or correct its name in the list")}};
         file = found;
         if (std::optional<Problem> problem = CheckInstruction(product.HostPaths(), file)) return {*problem};
-        const std::string copy = WorkingCopy(product, templateName);
         // The directory of working copies is judged by itself.
         if (copy != file && DirectoryOf(copy) != product.Param("ZET_CFG_DIR")) {
             if (std::optional<Problem> problem = CheckInstruction(product.HostPaths(), copy))
@@ -268,6 +284,7 @@ std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& t
         SeenTemplates one;
         SeenTemplates& all = seen != nullptr ? *seen : one;
         all.isLastWorkingCopy = copy == file;
+        all.lastMode = modeOfCopy;
         const auto read = [&](const auto& take) {
             ReadChunks(file, [&](std::string_view lines) {
                 all.size += lines.size();

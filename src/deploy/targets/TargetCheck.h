@@ -1,7 +1,10 @@
 #ifndef ZET_TARGET_CHECK_H
 #define ZET_TARGET_CHECK_H
 
+#include <sys/types.h>
+
 #include <cstdint>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -17,12 +20,15 @@ struct SeenTemplates {
     std::set<std::string> used;      ///< the placeholders that they use
     std::uintmax_t size = 0;         ///< of all together
     bool isLastWorkingCopy = false;  ///< and no pristine one
+    std::optional<mode_t> lastMode;  ///< of that working copy, where it is no link
 };
 
 /// What was seen of one target.
 struct CheckedPlace {
-    std::string path;             ///< of its real file, links followed
-    bool hasWorkingCopy = false;  ///< its template
+    std::string path;                      ///< of its real file, links followed
+    bool hasWorkingCopy = false;           ///< its template
+    std::optional<mode_t> templateMode{};  ///< of that copy, where it is no link
+    bool hasCompanion = false;             ///< a reserve, or a mark that there was nothing
 };
 
 /// What a commit is about, and everything that would keep it from succeeding.

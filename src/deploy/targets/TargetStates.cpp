@@ -49,7 +49,7 @@ class StateTeller {
         result.file = target.path;
         try {
             result.path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path));
-            m_staged.clear();
+            m_staged.reset();
             result.state = StateOfFile(target.templateName, result.path);
             result.isMerged = HoldsMerge(result.path);
             if (result.state == kPending || result.state == kEdited) Compare(target, result);
@@ -79,23 +79,29 @@ class StateTeller {
         return m_known.IsAsLeft(there) ? kPending : kEdited;
     }
 
+    bool HasStagedMode(const std::string& path) const {
+        return StateOf(path).mode == (S_IFREG | m_staged->Mode());
+    }
+
+    bool IsAsStaged(const std::string& path) const { return HasStagedMode(path) && m_staged->IsIn(path); }
+
     /// Of one whose template makes the same by now, it is nobody's edit any more.
     bool HoldsMerge(const std::string& path) const {
         const KnownFile* const known = m_known.Find(path);
         if (known == nullptr || !known->state.knowledge.IsMerge() || !StateOf(path).exists) return false;
-        return m_staged.empty() || !HaveSameModeAndBytes(m_staged, path);
+        return m_staged == nullptr || !IsAsStaged(path);
     }
 
     /// With what a commit would write. Of a template that it would refuse, nobody knows.
     void Compare(const Target& target, TargetState& result) {
-        if (m_staged.empty() || !m_product.Wanted().wantsDiffs) return;
+        if (m_staged == nullptr || !m_product.Wanted().wantsDiffs) return;
         PlannedTarget planned;
         planned.target = target;
         planned.path = result.path;
         planned.staged = m_staged;
         planned.version = VersionOf(result.path);
         planned.before = StateOf(result.path);
-        planned.after = StateInPlace(result.path, m_staged);
+        planned.after = StateInPlace(result.path, *m_staged, planned.before);
         planned.change = FileOutcome::Result::Changed;
         planned.isTouched = result.state == kEdited;
         const EditMerge merge(m_product, m_staging, m_known);
@@ -104,7 +110,7 @@ class StateTeller {
         if (m_product.Param("ZET_ON_EDIT") == "merge" && planned.IsOthersWork()) merge.Merge(planned);
         result.before = planned.before;
         result.after = planned.after;
-        result.diff = DiffToShow(m_product, result.path, planned.staged, result.path);
+        result.diff = DiffToShow(m_product, result.path, planned.staged->File(), result.path);
     }
 
     /// For the role whose command the notice names.
@@ -115,13 +121,14 @@ class StateTeller {
         const Role named = known != nullptr ? known->state.knowledge.namedRole.value_or(own) : own;
         const bool isMerge = known != nullptr && known->state.knowledge.IsMerge();
         const ComparedRendering rendering =
-            isMerge ? ComparedRendering{RenderQuietly(m_product, m_staging, templateName, named)}
+            isMerge ? ComparedRendering{std::make_shared<StagedText>(
+                          RenderQuietly(m_product, m_staging, templateName, named))}
                     : RenderUnlessThere(m_product, m_staging, templateName, named, there);
-        m_staged = rendering.file;
-        if (m_staged.empty()) return true;
-        if (!rendering.isOther && HaveSameModeAndBytes(m_staged, path)) return true;
-        if (known != nullptr && IsMergedWith(m_product, *known, m_staged))
-            return m_known.IsAsLeft(path) && StateOf(m_staged).mode == StateOf(path).mode;
+        m_staged = rendering.staged;
+        if (m_staged == nullptr) return true;
+        if (!rendering.isOther && IsAsStaged(path)) return true;
+        if (known != nullptr && IsMergedWith(m_product, *known, m_staged->Text()))
+            return m_known.IsAsLeft(path) && HasStagedMode(path);
         if (!m_known.IsUnusable()) return false;
         return HaveSameModeAndBytes(RenderQuietly(m_product, m_staging, templateName, OtherRole(own)), path);
     }
@@ -129,7 +136,7 @@ class StateTeller {
     Deployment& m_product;
     const KnownFiles& m_known;
     const Staging m_staging;
-    std::string m_staged;  ///< the last rendering; empty where it is what is there
+    std::shared_ptr<const StagedText> m_staged;  ///< the last rendering; null where it is what is there
 };
 
 bool HasBlocks(const std::string& path) {

@@ -7,7 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
@@ -41,6 +40,7 @@ class TargetWriting {
 
     void WriteGroup(std::size_t first, std::size_t end) {
         const std::vector<PlannedTarget>& targets = m_plan.Targets();
+        const FileInPlace::Start start;
         Renderings renderings;
         CZETBatch batch;
         for (std::size_t i = first; i < end; ++i)
@@ -64,8 +64,8 @@ class TargetWriting {
                           planned.path);
         auto rendering = std::make_unique<TargetRendering>(
             m_product, std::move(place),
-            TargetToRender{planned.target.templateName, planned.staged, planned.after.mode, planned.version,
-                           planned.namedRole, !planned.rendering.empty(), planned.hasWorkingCopy,
+            TargetToRender{planned.target.templateName, *planned.staged, planned.after.mode, planned.version,
+                           planned.namedRole, planned.rendering != nullptr, planned.hasWorkingCopy,
                            NewOwnerOf(planned.target)});
         rendering->KeepOriginal();
         return rendering;
@@ -89,7 +89,7 @@ class TargetWriting {
                            .text = _("another program wrote it after it was looked at"),
                            .remedy = _("look at it, and run the command again")});
         }
-        if (planned.change == FileOutcome::Result::Changed) outcome.reserve = ReserveOf(planned.path);
+        if (planned.change == FileOutcome::Result::Changed) outcome.reserve = rendering->Reserve();
         m_product.Out().Done(outcome);
     }
 

@@ -156,6 +156,43 @@ TEST_F(HeldDirectory, FormerFileIsTheOneThatIsHeld) {
     EXPECT_EQ(replacement.Former().mode & kModeBits, 0600U);
 }
 
+TEST_F(HeldDirectory, FileThatWasWrittenBeforeItWasFoundIsRefused) {
+    const FileVersion version = VersionOfHeld(Place());
+    Write(At("home/conf"), "theirs\n");
+    const FileInPlace place = Place();
+    EXPECT_THAT(MessageOf([&] {
+                    const Replacement replacement(*m_product, place, version, Replacement::Look::WasFound);
+                }),
+                HasSubstr("another program wrote it at the same time, and nothing was changed"));
+}
+
+TEST_F(HeldDirectory, WriteAfterTheFileWasFoundIsSeenBeforeTheRename) {
+    const FileInPlace place = Place();
+    Replacement replacement(*m_product, place, VersionOfHeld(place), Replacement::Look::WasFound);
+    Write(At("home/conf"), "theirs\n");
+    EXPECT_THAT(MessageOf([&] { replacement.MakeOf(0644, Save, [](int, const std::string&) {}); }),
+                HasSubstr("another program wrote it at the same time, and nothing was changed"));
+    EXPECT_EQ(Read(At("home/conf")), "theirs\n");
+    EXPECT_FALSE(fs::exists(At(std::string("home/conf") + ZETTemporarySuffix)));
+}
+
+TEST_F(HeldDirectory, VisitsComeBackToTheStart) {
+    const FileInPlace place = Place();
+    const fs::path former = fs::current_path();
+    fs::current_path(At("decoy"));
+    {
+        const FileInPlace::Start start;
+        for (int i = 0; i < 2; ++i) {
+            place.Within([&](const std::string&) { EXPECT_EQ(fs::current_path(), At("home")); });
+            EXPECT_EQ(fs::current_path(), At("decoy"));
+        }
+    }
+    fs::current_path(At("etc"));
+    place.Within([](const std::string&) {});
+    EXPECT_EQ(fs::current_path(), At("etc")) << "after the start has ended, from where it is called";
+    fs::current_path(former);
+}
+
 TEST_F(HeldDirectory, FileOfAnotherOwnerThatTookItsPlaceIsRefused) {
     const FileInPlace place = Place();
     Write(At("home/conf"), "other\n", 0644, kOther);

@@ -93,6 +93,21 @@ TEST_F(PathWalkTest, FileIsFoundInItsHeldDirectory) {
     EXPECT_FALSE(found.isThroughLink);
 }
 
+TEST_F(PathWalkTest, LinkAtTheEndIsToldFromOneOnTheWay) {
+    MakeDirectory("etc");
+    MakeFile("etc/conf");
+    MakeLink("etc/link", "conf");
+    MakeLink("etc/link-to-nothing", "none");
+    MakeLink("way", "etc");
+    EXPECT_FALSE(Walk("/etc/conf").endsInLink);
+    EXPECT_FALSE(Walk("/way/conf").endsInLink);
+    EXPECT_FALSE(Walk("/way/none").endsInLink);
+    EXPECT_TRUE(Walk("/etc/link").endsInLink);
+    EXPECT_TRUE(Walk("/etc/link-to-nothing").endsInLink);
+    EXPECT_TRUE(Walk("/way/link").endsInLink);
+    EXPECT_TRUE(Walk("/way").endsInLink);
+}
+
 TEST_F(PathWalkTest, HeldDirectoryStaysTheSameWhenItsNameIsGivenToAnother) {
     MakeDirectory("etc");
     const FoundFile found = Walk("/etc/conf");

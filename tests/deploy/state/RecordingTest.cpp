@@ -1,0 +1,107 @@
+#include "deploy/state/Recording.h"
+
+#include <string>
+#include <vector>
+
+#include "../HostFixture.h"
+#include "deploy/state/CapturedFile.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+class RecordingTest : public HostFixture {
+  protected:
+    void UseHistory(const std::string& history) const {
+        Write("zet.conf", "ZET_HISTORY=" + history + "\n" + Directories());
+    }
+
+    /// Of a file that is going to be written, and keeps its original.
+    ExpectedFile Expected(const std::string& name) const {
+        ExpectedFile file;
+        file.path = At(name);
+        file.kind = FileKind::Target;
+        file.companions = ExpectedFile::Companions::MayCome;
+        file.after = CapturedFile();
+        file.after->SetText("new");
+        file.after->state.exists = true;
+        file.after->state.mode = 0644;
+        file.knowledge = Knowledge{.roles = {Role::Client}};
+        return file;
+    }
+
+    std::vector<RecordedFile> FilesOf(std::int64_t entry) {
+        return TheHost().HostHistory().ToRecord().FilesOf(entry);
+    }
+};
+
+TEST_F(RecordingTest, TextOfAReserveIsKnownBeforeItIsThere) {
+    UseHistory("yes");
+    Write("out/a", "former", 0640);
+    Recording recording(TheHost(), Recording::Use::OfTheProduct, true);
+    recording.Expect(Expected("out/a"));
+    recording.Begin();
+    const std::vector<RecordedFile> files = FilesOf(*recording.Number());
+    ASSERT_EQ(files.size(), 2U);
+    EXPECT_EQ(files[1].path, At("out/a.before_zet"));
+    EXPECT_TRUE(HaveSameTextAndMode(files[1].after, files[0].before));
+    EXPECT_EQ(files[1].after.text, files[0].before.text);
+}
+
+TEST_F(RecordingTest, ReserveIsRecordedAsItCame) {
+    UseHistory("yes");
+    Write("out/a", "former", 0640);
+    Recording recording(TheHost(), Recording::Use::OfTheProduct, true);
+    recording.Expect(Expected("out/a"));
+    recording.Begin();
+    Write("out/a", "new");
+    Write("out/a.before_zet", "former", 0600);
+    recording.Complete();
+    const std::vector<RecordedFile> files = FilesOf(*recording.Number());
+    ASSERT_EQ(files.size(), 2U);
+    EXPECT_EQ(files[1].after.mode, 0600U);
+    EXPECT_EQ(files[1].after.text, files[0].before.text);
+}
+
+TEST_F(RecordingTest, ReserveThatDidNotComeIsNotRecorded) {
+    UseHistory("yes");
+    Write("out/a", "former");
+    Recording recording(TheHost(), Recording::Use::OfTheProduct, true);
+    recording.Expect(Expected("out/a"));
+    recording.Begin();
+    Write("out/a", "new");
+    recording.Complete();
+    EXPECT_EQ(FilesOf(*recording.Number()).size(), 1U);
+}
+
+/// A run that does not come to its end may have copied what somebody else wrote: it is the command's all the
+/// same.
+TEST_F(RecordingTest, ReserveOfAnotherTextIsRecordedAsItIs) {
+    UseHistory("yes");
+    Write("out/a", "former");
+    std::int64_t entry = 0;
+    {
+        Recording recording(TheHost(), Recording::Use::OfTheProduct, true);
+        recording.Expect(Expected("out/a"));
+        recording.Begin();
+        entry = *recording.Number();
+        Write("out/a", "new");
+        Write("out/a.before_zet", "theirs");
+    }
+    const std::vector<RecordedFile> files = FilesOf(entry);
+    ASSERT_EQ(files.size(), 2U);
+    EXPECT_EQ(files[1].after.digest, Capture(At("out/a.before_zet"), 100).state.digest);
+}
+
+TEST_F(RecordingTest, WhereNoTextsAreKeptNoCompanionIsRecorded) {
+    UseHistory("no");
+    Write("out/a", "former");
+    Recording recording(TheHost(), Recording::Use::OfTheProduct, true);
+    recording.Expect(Expected("out/a"));
+    recording.Begin();
+    EXPECT_EQ(FilesOf(*recording.Number()).size(), 1U);
+}
+
+}  // namespace
+
+}  // namespace ZET::Deploy
