@@ -59,6 +59,8 @@ std::optional<Problem> ClaimedFiles::AddTarget(const Target& target, const std::
     if (std::optional<Problem> clash = ClashOf(target.templateName)) return clash;
     Uses mine = CompanionsOf(file);
     mine[file] = {Words("made from [%s]", target.templateName), target.templateName};
+    for (const auto& each : mine)
+        KnowIfBesideOwn(each.first);
     m_uses.merge(mine);
     if (mine.empty()) return std::nullopt;
     // What could not be merged has another use. The target comes first: its companions have longer names.
@@ -73,8 +75,10 @@ std::optional<Problem> ClaimedFiles::AddTarget(const Target& target, const std::
                    _("give the target another path")};
 }
 
-std::string ClaimedFiles::UseBesideTargets(const std::string& path) const {
-    const auto found = m_uses.find(Canonical(path));
+std::string ClaimedFiles::UseBesideTargets(const std::string& path) {
+    const std::string file = Canonical(path);
+    KnowIfBesideOwn(file);
+    const auto found = m_uses.find(file);
     const bool isFree = found == m_uses.end() || !found->second.templateName.empty();
     return isFree ? "" : found->second.text;
 }
@@ -84,9 +88,9 @@ std::string ClaimedFiles::Canonical(const std::string& path) const {
     return m_host.HostPaths().Canonical(m_host.HostPaths().NameInside(path));
 }
 
-/// The same of a file in a directory of templates, which are many: one listing instead of three looks for
-/// each of them. A sixth of the looks of a commit that changes nothing.
-std::string ClaimedFiles::CanonicalOfTemplate(const std::string& path) {
+/// The same of a file in a directory of templates or of the status, which are many: one listing instead of
+/// three looks for each of them. A sixth of the looks of a commit that changes nothing.
+std::string ClaimedFiles::CanonicalOfMany(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     if (slash == std::string::npos || slash == 0) return Canonical(path);
     const std::string_view directory(path.data(), slash);
@@ -113,13 +117,24 @@ ClaimedFiles::Listing ClaimedFiles::ListingOf(const std::string& directory) cons
 }
 
 void ClaimedFiles::AddOwn(const std::string& path, const std::string& text) {
-    const std::string file = Canonical(path);
+    const std::string file = CanonicalOfMany(path);
     m_uses.try_emplace(file, Use{text, ""});
-    m_uses.merge(CompanionsOf(file));
+    m_own.insert(file);
+}
+
+/// Of the names beside the product's own files, which are four for each, most runs ask for none.
+void ClaimedFiles::KnowIfBesideOwn(const std::string& file) {
+    for (const std::string_view suffix : {ZETReserveSuffix, ZETAbsenceSuffix, ZETTemporarySuffix}) {
+        if (!file.ends_with(suffix)) continue;
+        const std::string own = file.substr(0, file.size() - suffix.size());
+        KnowIfBesideOwn(own);  // the temporary file of a reserve
+        if (m_own.contains(own)) m_uses.merge(CompanionsOf(own));
+    }
 }
 
 void ClaimedFiles::AddOf(const std::string& templateName, const std::string& path, const std::string& text) {
-    const std::string file = CanonicalOfTemplate(path);
+    const std::string file = CanonicalOfMany(path);
+    KnowIfBesideOwn(file);
     const auto [known, isNew] = m_uses.try_emplace(file, Use{text, "", templateName});
     if (isNew || known->second.ofTemplate == templateName) return;
     m_clashes.try_emplace(templateName,

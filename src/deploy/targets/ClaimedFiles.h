@@ -37,7 +37,7 @@ class ClaimedFiles {
     std::optional<Problem> AddTarget(const Target& target, const std::string& file);
 
     /// What the file is for: "the reserve of /etc/x". Empty when it is for nothing yet, or a target itself.
-    std::string UseBesideTargets(const std::string& path) const;
+    std::string UseBesideTargets(const std::string& path);
 
   private:
     struct Use {
@@ -55,15 +55,17 @@ class ClaimedFiles {
     };
 
     std::string Canonical(const std::string& path) const;
-    std::string CanonicalOfTemplate(const std::string& path);
+    std::string CanonicalOfMany(const std::string& path);
     Listing ListingOf(const std::string& directory) const;
     void AddOwn(const std::string& path, const std::string& text);
+    void KnowIfBesideOwn(const std::string& file);
     void AddOf(const std::string& templateName, const std::string& path, const std::string& text);
     static Uses CompanionsOf(const std::string& file);
 
     Host& m_host;
-    std::map<std::string, Listing, std::less<>> m_listings;  ///< by the directories of templates
+    std::map<std::string, Listing, std::less<>> m_listings;  ///< by the directories of many files
     Uses m_uses;                                             ///< by the files' canonical names
+    std::set<std::string> m_own;                             ///< the product's, with companions
     std::map<std::string, Problem> m_clashes;                ///< by the templates' names
 };
 
