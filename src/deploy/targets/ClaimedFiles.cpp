@@ -59,8 +59,7 @@ std::optional<Problem> ClaimedFiles::AddTarget(const Target& target, const std::
     if (std::optional<Problem> clash = ClashOf(target.templateName)) return clash;
     Uses mine = CompanionsOf(file);
     mine[file] = {Words("made from [%s]", target.templateName), target.templateName};
-    for (const auto& each : mine)
-        KnowIfBesideOwn(each.first);
+    KnowBesideOwn(file);
     m_uses.merge(mine);
     if (mine.empty()) return std::nullopt;
     // What could not be merged has another use. The target comes first: its companions have longer names.
@@ -77,7 +76,7 @@ std::optional<Problem> ClaimedFiles::AddTarget(const Target& target, const std::
 
 std::string ClaimedFiles::UseBesideTargets(const std::string& path) {
     const std::string file = Canonical(path);
-    KnowIfBesideOwn(file);
+    KnowBesideOwn(file);
     const auto found = m_uses.find(file);
     const bool isFree = found == m_uses.end() || !found->second.templateName.empty();
     return isFree ? "" : found->second.text;
@@ -122,19 +121,17 @@ void ClaimedFiles::AddOwn(const std::string& path, const std::string& text) {
     m_own.insert(file);
 }
 
-/// Of the names beside the product's own files, which are four for each, most runs ask for none.
-void ClaimedFiles::KnowIfBesideOwn(const std::string& file) {
-    for (const std::string_view suffix : {ZETReserveSuffix, ZETAbsenceSuffix, ZETTemporarySuffix}) {
-        if (!file.ends_with(suffix)) continue;
-        const std::string own = file.substr(0, file.size() - suffix.size());
-        KnowIfBesideOwn(own);  // the temporary file of a reserve
-        if (m_own.contains(own)) m_uses.merge(CompanionsOf(own));
-    }
+/// Of the names beside the product's own files, which are four for each, most runs ask for none: they have
+/// their uses once somebody asks for one of them, or for such a file.
+void ClaimedFiles::KnowBesideOwn(std::string_view file) {
+    if (const auto own = m_own.find(file); own != m_own.end()) m_uses.merge(CompanionsOf(*own));
+    for (const std::string_view suffix : {ZETReserveSuffix, ZETAbsenceSuffix, ZETTemporarySuffix})
+        if (file.ends_with(suffix)) KnowBesideOwn(file.substr(0, file.size() - suffix.size()));
 }
 
 void ClaimedFiles::AddOf(const std::string& templateName, const std::string& path, const std::string& text) {
     const std::string file = CanonicalOfMany(path);
-    KnowIfBesideOwn(file);
+    KnowBesideOwn(file);
     const auto [known, isNew] = m_uses.try_emplace(file, Use{text, "", templateName});
     if (isNew || known->second.ofTemplate == templateName) return;
     m_clashes.try_emplace(templateName,

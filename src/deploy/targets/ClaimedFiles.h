@@ -6,6 +6,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "deploy/state/Host.h"
@@ -58,14 +59,14 @@ class ClaimedFiles {
     std::string CanonicalOfMany(const std::string& path);
     Listing ListingOf(const std::string& directory) const;
     void AddOwn(const std::string& path, const std::string& text);
-    void KnowIfBesideOwn(const std::string& file);
+    void KnowBesideOwn(std::string_view file);
     void AddOf(const std::string& templateName, const std::string& path, const std::string& text);
     static Uses CompanionsOf(const std::string& file);
 
     Host& m_host;
     std::map<std::string, Listing, std::less<>> m_listings;  ///< by the directories of many files
     Uses m_uses;                                             ///< by the files' canonical names
-    std::set<std::string> m_own;                             ///< the product's, with companions
+    std::set<std::string, std::less<>> m_own;                ///< the product's, with companions
     std::map<std::string, Problem> m_clashes;                ///< by the templates' names
 };
 
