@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "zet/IZETCore.h"
@@ -125,6 +126,12 @@ struct ZETParameter {
 /// The parameters that the core knows, in the order of their names. A file may give others, which the core
 /// hands out like these.
 ZET_API std::vector<ZETParameter> KnownParameters();
+
+/// One of them; none: the core does not know the name.
+ZET_API std::optional<ZETParameter> KnownParameter(std::string_view name);
+
+/// Whether it is one of them.
+ZET_API bool IsKnownParameter(std::string_view name);
 
 struct ZETParameterProblem {
     std::string text;    ///< what is wrong, and with which parameter

@@ -2,10 +2,9 @@
 
 #include <libintl.h>
 
-#include <filesystem>
-#include <system_error>
-
 #include "deploy/host/Words.h"
+#include "posix/OwnPlace.h"
+#include "posix/PathNames.h"
 
 namespace ZET::Cli {
 
@@ -17,12 +16,11 @@ constexpr char kDomain[] = "zet-tools";
 
 void BindCatalogues() {
     if (!Text::IsTranslated()) return;
-    std::error_code error;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-    if (error) return;
+    const std::string program = OwnProgram();
+    if (program.empty()) return;
     // The library is a part of the program.
     for (const char* domain : {kDomain, Text::kDomain})
-        bindtextdomain(domain, (program.parent_path() / ZET_LOCALE_WAY).c_str());
+        bindtextdomain(domain, PathIn(DirectoryOf(program), ZET_LOCALE_WAY).c_str());
 }
 
 const char* _(const char* text) {

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -30,11 +31,10 @@ namespace {
 
 /// No file that is opened later may take the place of a standard stream and get what is meant for a reader.
 void OpenStandardStreams() {
-    int descriptor = 0;
-    do {
-        descriptor = open("/dev/null", O_RDWR);
-    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
-    if (descriptor > STDERR_FILENO) close(descriptor);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // What is opened takes the first free number: those before are in use.
+        if (fcntl(stream, F_GETFD) < 0 && errno == EBADF) open("/dev/null", O_RDWR);
+    }
 }
 
 /// A reader that goes away, or a file that grows too large, is an error of that write and does not end a
@@ -107,6 +107,16 @@ int RunProgram(int count, char** arguments) {
     return report.Finish(status);
 }
 
+/// All is written and closed. What would still be taken down one by one, the system takes back at once: 1% of
+/// a command with a small file.
+int End(int status) {
+#ifndef __SANITIZE_ADDRESS__  // which looks for lost memory at the end
+    std::fflush(nullptr);
+    _exit(status);
+#endif
+    return status;
+}
+
 }  // namespace
 }  // namespace ZET::Cli
 
@@ -117,7 +127,7 @@ int main(int count, char** arguments) {
     ZET::Cli::KeepMemory();
     ZET::Cli::SetLanguage(count, arguments);
     try {
-        return ZET::Cli::RunProgram(count, arguments);
+        return ZET::Cli::End(ZET::Cli::RunProgram(count, arguments));
     } catch (const std::bad_alloc&) {
         std::fputs("error: out of memory (free some, then run the command again)\n", stderr);
         return ZET::Cli::kFailed;

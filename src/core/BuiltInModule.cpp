@@ -3,12 +3,11 @@
 
 #include <libintl.h>
 
-#include <filesystem>
-#include <system_error>
-
 #include "Catalogues.h"
 #include "Message.h"
 #include "ModuleCode.h"
+#include "posix/OwnPlace.h"
+#include "posix/PathNames.h"
 
 namespace ZET::Core {
 
@@ -18,9 +17,8 @@ constexpr char kName[] = "libzet-config";
 
 /// The translations are in the prefix of the program, wherever that was put.
 std::string LocaleDirectory() {
-    std::error_code error;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", error);
-    return error ? "" : (program.parent_path() / ZET_LOCALE_WAY).string();
+    const std::string program = OwnProgram();
+    return program.empty() ? "" : PathIn(DirectoryOf(program), ZET_LOCALE_WAY);
 }
 
 }  // namespace

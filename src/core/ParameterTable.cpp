@@ -146,4 +146,13 @@ std::vector<ZETParameter> KnownParameters() {
     return known;
 }
 
+std::optional<ZETParameter> KnownParameter(std::string_view name) {
+    const Core::ParameterEntry* const entry = Core::FindParameter(name);
+    return entry == nullptr ? std::nullopt : std::optional(Core::Described(*entry));
+}
+
+bool IsKnownParameter(std::string_view name) {
+    return Core::FindParameter(name) != nullptr;
+}
+
 }  // namespace ZET

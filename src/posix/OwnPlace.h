@@ -2,7 +2,10 @@
 #define ZET_POSIX_OWN_PLACE_H
 
 #include <dlfcn.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <climits>
 #include <string>
 #include <string_view>
 
@@ -15,6 +18,16 @@ namespace ZET {
 inline std::string LoadedFrom(const void* own) {
     Dl_info place = {};
     return dladdr(own, &place) == 0 || place.dli_fname == nullptr ? "" : place.dli_fname;
+}
+
+/// The file of the running program. Empty where that cannot be told; `errno` says why.
+inline std::string OwnProgram() {
+    char file[PATH_MAX];
+    const ssize_t length = ::readlink("/proc/self/exe", file, sizeof file);
+    if (length < static_cast<ssize_t>(sizeof file))
+        return length <= 0 ? "" : std::string(file, static_cast<std::size_t>(length));
+    errno = ENAMETOOLONG;
+    return "";
 }
 
 /// Where the library of that name is, if the code at `own` was loaded as a part of it; otherwise empty.

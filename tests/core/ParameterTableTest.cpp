@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <optional>
 #include <regex>
 #include <sstream>
 
@@ -42,6 +43,20 @@ std::string EntryOf(const std::string& manual, const ZETParameter& parameter) {
 TEST(ParameterTable, NamesAreInOrder) {
     EXPECT_THAT(KnownNames(), testing::IsSupersetOf({"DOMAIN", "REALM", "ZET_CFG", "ZET_SYNC"}));
     EXPECT_THAT(KnownNames(), testing::WhenSorted(testing::ElementsAreArray(KnownNames())));
+}
+
+TEST(ParameterTable, EachIsFoundByItsNameAndNothingElseIs) {
+    for (const ZETParameter& parameter : KnownParameters()) {
+        const std::optional<ZETParameter> found = KnownParameter(parameter.name);
+        ASSERT_TRUE(found) << parameter.name;
+        EXPECT_EQ(found->name, parameter.name);
+        EXPECT_EQ(found->text, parameter.text) << parameter.name;
+        EXPECT_TRUE(IsKnownParameter(parameter.name)) << parameter.name;
+    }
+    for (const char* const name : {"", "domain", "DOMAI", "DOMAINS", "OWN"}) {
+        EXPECT_FALSE(KnownParameter(name)) << name;
+        EXPECT_FALSE(IsKnownParameter(name)) << name;
+    }
 }
 
 TEST(ParameterTable, DefaultsAreThoseThatTheCoreHandsOut) {

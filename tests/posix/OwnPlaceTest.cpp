@@ -20,6 +20,11 @@ TEST(OwnPlace, IsTheFileThatTheCodeWasLoadedFrom) {
     EXPECT_TRUE(BaseNameOf(LoadedFrom(kOfTheCLibrary)).starts_with("libc.so"));
 }
 
+TEST(OwnPlace, ProgramIsNamedFromTheRootOn) {
+    EXPECT_TRUE(OwnProgram().starts_with('/'));
+    EXPECT_EQ(BaseNameOf(OwnProgram()), "zet-posix-tests");
+}
+
 TEST(OwnPlace, IsNowhereForWhatIsNoCode) {
     const int onTheStack = 0;
     EXPECT_EQ(LoadedFrom(&onTheStack), "");

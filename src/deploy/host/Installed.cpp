@@ -1,7 +1,7 @@
 #include "deploy/host/Installed.h"
 
+#include <cerrno>
 #include <filesystem>
-#include <system_error>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
@@ -24,16 +24,16 @@ std::string OwnModule() {
     const std::string place = LoadedFrom(reinterpret_cast<const void*>(&OwnModule));
     if (place.empty())
         throw Failure({.text = _("the library cannot find its own place"), .remedy = _("name the module")});
-    std::error_code error;
-    const bool isLibrary = BaseNameOf(place).starts_with("libzet-deploy.so");
-    const std::string file =
-        isLibrary ? place : std::filesystem::read_symlink("/proc/self/exe", error).string();
-    if (error)
+    if (BaseNameOf(place).starts_with("libzet-deploy.so")) {
+        const std::string library = std::filesystem::absolute(place).string();
+        return Normalised(PathIn(DirectoryOf(library), ZET_WAY_FROM_LIBRARY));
+    }
+    const std::string program = OwnProgram();
+    if (program.empty())
         throw Failure({.text = _("the program cannot find its own place"),
                        .remedy = _("name the module with --module")},
-                      error.value());
-    const char* const way = isLibrary ? ZET_WAY_FROM_LIBRARY : ZET_WAY_FROM_PROGRAM;
-    return Normalised(PathIn(DirectoryOf(std::filesystem::absolute(file).string()), way));
+                      errno);
+    return Normalised(PathIn(DirectoryOf(program), ZET_WAY_FROM_PROGRAM));
 }
 
 }  // namespace ZET::Deploy

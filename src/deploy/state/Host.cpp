@@ -16,9 +16,8 @@ namespace {
 constexpr const char* kDirectories[] = {"ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET_VAR_LIB_DIR"};
 
 std::string DefaultOf(const std::string& key) {
-    for (const ZETParameter& parameter : KnownParameters())
-        if (parameter.name == key) return parameter.value;
-    return "";
+    const std::optional<ZETParameter> known = KnownParameter(key);
+    return known ? known->value : "";
 }
 
 }  // namespace

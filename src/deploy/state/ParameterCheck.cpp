@@ -50,13 +50,6 @@ const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const 
     return last == given.rend() ? nullptr : &*last;
 }
 
-std::optional<ZETParameter> FindKnown(const std::string& name) {
-    const std::vector<ZETParameter> known = KnownParameters();
-    const auto found = std::find_if(known.begin(), known.end(),
-                                    [&](const ZETParameter& parameter) { return parameter.name == name; });
-    return found == known.end() ? std::nullopt : std::optional(*found);
-}
-
 bool HasValue(const StringMap& values, const std::string& placeholder) {
     const auto found = values.find(placeholder);
     return found != values.end() && !found->second.empty() && found->second != "ldap://";
@@ -228,13 +221,7 @@ bool IsParameterName(std::string_view name) {
 }
 
 bool IsOfTheProduct(const std::string& name) {
-    static const std::set<std::string> names = [] {
-        std::set<std::string> all;
-        for (const ZETParameter& parameter : KnownParameters())
-            all.insert(parameter.name);
-        return all;
-    }();
-    return names.contains(name);
+    return IsKnownParameter(name);
 }
 
 std::string PlaceholderFor(const std::string& name) {
@@ -251,7 +238,7 @@ std::string ParameterBehind(const std::string& placeholder) {
 }
 
 std::string ParameterThatMakes(const std::string& name) {
-    const std::optional<ZETParameter> known = FindKnown(name);
+    const std::optional<ZETParameter> known = KnownParameter(name);
     return known ? known->source : "";
 }
 

@@ -125,7 +125,7 @@ std::string ClaimedFiles::Canonical(const std::string& path) const {
 
 /// The same of a file in a directory of templates, which are many: one listing instead of three looks for
 /// each of them. A sixth of the looks of a commit that changes nothing.
-std::string ClaimedFiles::CanonicalOfTemplate(const std::string& path) {
+std::string ClaimedFiles::CanonicalOfMany(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     if (slash == std::string::npos || slash == 0) return Canonical(path);
     const std::string_view directory(path.data(), slash);
@@ -152,7 +152,7 @@ ClaimedFiles::Listing ClaimedFiles::ListingOf(const std::string& directory) cons
 }
 
 void ClaimedFiles::AddOwn(const std::string& path, const char* text) {
-    const std::string file = Canonical(path);
+    const std::string file = CanonicalOfMany(path);
     m_uses.try_emplace(file, Use{text});
     for (const Companion& companion : CompanionsOfFiles())
         m_uses.try_emplace(file + companion.suffix,
@@ -160,7 +160,7 @@ void ClaimedFiles::AddOwn(const std::string& path, const char* text) {
 }
 
 void ClaimedFiles::AddOf(const std::string& templateName, const std::string& path, const char* text) {
-    const std::string file = CanonicalOfTemplate(path);
+    const std::string file = CanonicalOfMany(path);
     const Use use{.text = text, .ofTemplate = templateName};
     const auto [known, isNew] = m_uses.try_emplace(file, use);
     if (isNew || known->second.ofTemplate == templateName) return;

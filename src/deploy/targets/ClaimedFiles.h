@@ -61,14 +61,14 @@ class ClaimedFiles {
     };
 
     std::string Canonical(const std::string& path) const;
-    std::string CanonicalOfTemplate(const std::string& path);
+    std::string CanonicalOfMany(const std::string& path);
     Listing ListingOf(const std::string& directory) const;
     void AddOwn(const std::string& path, const char* text);
     void AddOf(const std::string& templateName, const std::string& path, const char* text);
     std::optional<Problem> Claim(const std::string& path, const Use& use);
 
     Host& m_host;
-    std::map<std::string, Listing, std::less<>> m_listings;  ///< by the directories of templates
+    std::map<std::string, Listing, std::less<>> m_listings;  ///< by the directories of many files
     Uses m_uses;                                             ///< by the files' canonical names
     std::map<std::string, Problem> m_clashes;                ///< by the templates' names
 };

@@ -66,7 +66,7 @@ std::vector<std::string> AllToWrite(Host& host, const std::vector<FilesToWrite>&
     std::vector<std::string> all;
     std::map<std::string, std::string> nameOf;
     const Paths& paths = host.HostPaths();
-    const ClaimedFiles own(host);
+    ClaimedFiles own(host);
     for (const FilesToWrite& written : templates) {
         const std::string& name = written.templateName;
         for (const std::string& file : written.files) {

@@ -58,7 +58,11 @@ TEST_F(ClaimedFilesTest, ProductsOwnFilesAndWhatStandsBesideThemAreTaken) {
     for (const std::string& file : State().Files())
         EXPECT_EQ(Claimed().UseBesideTargets(file), "a file of the status") << file;
     EXPECT_EQ(UseOf("zet.conf.before_zet"), "the reserve of " + At("zet.conf"));
+    EXPECT_EQ(UseOf("zet.conf.no_file_before_zet"), "the mark that there was no " + At("zet.conf"));
+    EXPECT_EQ(UseOf("zet.conf.before_zet.tmp"), "the temporary file of " + At("zet.conf.before_zet"));
     EXPECT_EQ(UseOf("state/zet-server.status.tmp"), "the temporary file of " + At("state/zet-server.status"));
+    EXPECT_EQ(UseOf("zet.conf.tmp.before_zet"), "");
+    EXPECT_EQ(UseOf("templates/targets.toml.tmp"), "") << "nobody writes the list";
     EXPECT_EQ(Add("a", "zet.conf"), At("zet.conf") +
                                         ": is the configuration file of the commands, and made from [a] too "
                                         "(give the target another path)");
