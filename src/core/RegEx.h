@@ -7,12 +7,13 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "posix/ByteBlock.h"
 
 namespace ZET::Core {
 
@@ -91,18 +92,6 @@ class RegEx {
 
     /// Up to here, even a pattern whose work grows with the cube of the length ends in no time.
     static constexpr std::size_t kShortSubject = 1024;
-
-    /// Lines that are alike begin alike, so that their ends tell more.
-    static bool IsSame(std::string_view one, std::string_view other) {
-        std::uint64_t end = 0;
-        std::uint64_t otherEnd = 0;
-        if (one.size() != other.size()) return false;
-        if (one.size() < sizeof end) return one == other;
-        const std::size_t before = one.size() - sizeof end;
-        std::memcpy(&end, one.data() + before, sizeof end);
-        std::memcpy(&otherEnd, other.data() + before, sizeof otherEnd);
-        return end == otherEnd && std::memcmp(one.data(), other.data(), before) == 0;
-    }
 
     static bool IsBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
     static std::optional<Plain> PlainOf(std::string_view pattern);

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <type_traits>
 
 namespace ZET {
 
@@ -37,6 +38,21 @@ class ByteBlock {
         Part all = m_parts[0];
         for (std::size_t i = 1; i < kParts; ++i)
             all |= m_parts[i];
+        return HighBits(all) != 0;
+    }
+
+    /// Whether `where` tells a place of any of the parts that these bytes, and those at the same distance
+    /// from `other`, consist of: half the work of a block, since nothing is kept.
+    template <typename Where>
+    static bool TellAny(const char* bytes, const char* other, const Where& where) {
+        Part all = {};
+        for (std::size_t i = 0; i < kParts; ++i) {
+            Part part;
+            Part otherPart;
+            std::memcpy(&part, bytes + i * sizeof part, sizeof part);
+            std::memcpy(&otherPart, other + i * sizeof part, sizeof part);
+            all |= where(part, otherPart);
+        }
         return HighBits(all) != 0;
     }
 
@@ -88,19 +104,46 @@ class ByteBlock {
     Part m_parts[kParts] = {};
 };
 
-/// The first place that `where` tells of the blocks of a text, or `npos`; of zero bytes it tells none.
-template <typename Where>
-std::size_t FindFirst(std::string_view text, const Where& where) {
-    const auto first = [](const ByteBlock& told) {
-        return static_cast<std::size_t>(std::countr_zero(told.Places()));
+/// Where a byte stands first, or `npos`, where it is most likely near: as a call of the library, but without
+/// its costs, which are as much as the search of a short line.
+inline std::size_t FindNear(std::string_view text, char byte) {
+    std::size_t position = 0;
+#ifdef __SSE2__
+    using Block = char __attribute__((vector_size(16)));
+    constexpr std::size_t kNear = 8 * sizeof(Block);
+    for (; position < kNear && text.size() - position >= sizeof(Block); position += sizeof(Block)) {
+        Block block;
+        std::memcpy(&block, text.data() + position, sizeof block);
+        const auto found = static_cast<unsigned>(__builtin_ia32_pmovmskb128(Block(block == byte)));
+        if (found != 0) return position + static_cast<std::size_t>(std::countr_zero(found));
+    }
+#endif
+    return text.find(byte, position);
+}
+
+/// Of the lines at the beginning of a text that have line feeds, these included.
+inline std::size_t SizeOfWholeLines(std::string_view text) {
+    const void* const lineFeed = text.empty() ? nullptr : memrchr(text.data(), '\n', text.size());
+    if (lineFeed == nullptr) return 0;
+    return static_cast<std::size_t>(static_cast<const char*>(lineFeed) - text.data()) + 1;
+}
+
+/// Where a text has this byte or one of a character beyond ASCII first, or `npos`.
+inline std::size_t FindByteOrBeyondAscii(std::string_view text, char byte) {
+    const auto first = [&](const ByteBlock& block) {
+        const std::uint64_t places = (block.Where(byte) | block).Places();
+        return places == 0 ? std::string_view::npos : static_cast<std::size_t>(std::countr_zero(places));
+    };
+    const auto where = [&](const auto& part, const auto& same) {
+        return std::decay_t<decltype(part)>(part == byte) | same;
     };
     std::size_t at = 0;
     for (; text.size() - at >= ByteBlock::kSize; at += ByteBlock::kSize) {
-        const ByteBlock told = where(ByteBlock(text.data() + at));
-        if (told.TellsAny()) return at + first(told);
+        const char* const bytes = text.data() + at;
+        if (ByteBlock::TellAny(bytes, bytes, where)) return at + first(ByteBlock(bytes));
     }
-    const ByteBlock told = where(ByteBlock(text.substr(at)));
-    return told.TellsAny() ? at + first(told) : std::string_view::npos;
+    const std::size_t place = first(ByteBlock(text.substr(at)));
+    return place == std::string_view::npos ? place : at + place;
 }
 
 /// The places of one byte, other than zero, in a text, one after the other. Where they are near to each
@@ -121,11 +164,17 @@ class BytePlaces {
     bool Search(std::string_view text) {
         constexpr std::size_t kFar = 4 * ByteBlock::kSize;
         const std::size_t start = m_searched;
+        const auto isByte = [this](const auto& part, const auto& /*same*/) {
+            return std::decay_t<decltype(part)>(part == m_byte);
+        };
         while (text.size() - m_searched >= ByteBlock::kSize) {
-            m_places = ByteBlock(text.data() + m_searched).Where(m_byte).Places();
+            const char* const bytes = text.data() + m_searched;
             m_block = m_searched;
             m_searched += ByteBlock::kSize;
-            if (m_places != 0) return true;
+            if (ByteBlock::TellAny(bytes, bytes, isByte)) {
+                m_places = ByteBlock(bytes).Where(m_byte).Places();
+                return true;
+            }
             // The library is faster where it goes far.
             if (m_searched - start == kFar) m_searched = std::min(text.find(m_byte, m_searched), text.size());
         }
@@ -171,11 +220,16 @@ inline std::size_t FindBytes(std::string_view text, std::string_view what) {
         return static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
     }
     const std::size_t second = what.size() - 2;
+    const auto both = [&](const auto& part, const auto& other) {
+        using Part = std::decay_t<decltype(part)>;
+        return Part(part == what.front()) & Part(other == what[second]);
+    };
     std::size_t at = 0;
     for (; text.size() - at >= ByteBlock::kSize + what.size(); at += ByteBlock::kSize) {
-        const ByteBlock told = ByteBlock(text.data() + at).Where(what.front()) &
-                               ByteBlock(text.data() + at + second).Where(what[second]);
-        if (!told.TellsAny()) continue;
+        const char* const bytes = text.data() + at;
+        if (!ByteBlock::TellAny(bytes, bytes + second, both)) continue;
+        const ByteBlock told =
+            ByteBlock(bytes).Where(what.front()) & ByteBlock(bytes + second).Where(what[second]);
         for (std::uint64_t places = told.Places(); places != 0; places &= places - 1) {
             const std::size_t place = at + static_cast<std::size_t>(std::countr_zero(places));
             if (std::memcmp(text.data() + place, what.data(), what.size()) == 0) return place;

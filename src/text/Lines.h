@@ -3,9 +3,10 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <string_view>
 #include <vector>
+
+#include "posix/ByteBlock.h"
 
 namespace ZET::Text {
 
@@ -16,7 +17,7 @@ struct TextLine {
 
 /// Takes the first line off a text that is not empty.
 inline TextLine TakeLine(std::string_view& text) {
-    const std::size_t length = std::min(text.find('\n'), text.size());
+    const std::size_t length = std::min(FindNear(text, '\n'), text.size());
     const TextLine line{text.substr(0, length), length < text.size()};
     text.remove_prefix(length + (line.hasLineFeed ? 1 : 0));
     return line;
@@ -51,9 +52,7 @@ inline std::size_t CountLines(std::string_view text) {
 /// The whole lines before the one that holds the byte at `position`, with their line feeds.
 inline std::string_view LinesBefore(std::string_view text, std::size_t position) {
     if (position >= text.size()) return text;
-    const void* const lineFeed = memrchr(text.data(), '\n', position);
-    if (lineFeed == nullptr) return {};
-    return text.substr(0, static_cast<std::size_t>(static_cast<const char*>(lineFeed) - text.data()) + 1);
+    return text.substr(0, SizeOfWholeLines(text.substr(0, position)));
 }
 
 /// The lines of a text, which must outlive them.

@@ -81,7 +81,9 @@ bool IsSetting(std::string_view line) {
 void ParamLook::Take(std::string_view lines) {
     NextPlace name(lines, m_name);
     NextPlace heading(lines, "[");
-    NextPlace marker(lines, kMarkerStart);
+    // One byte is searched in a fifth of the time.
+    const bool hasMarkers = lines.find(kMarkerStart.back()) != std::string_view::npos;
+    NextPlace marker(hasMarkers ? lines : lines.substr(lines.size()), kMarkerStart);
     while (!lines.empty()) {
         if (m_isSetBeforeSections || m_section > 0)
             PassOver(lines, std::min({name.In(lines), heading.In(lines), marker.In(lines)}));

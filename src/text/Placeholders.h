@@ -33,27 +33,29 @@ PlaceholderRange NextPlaceholder(std::string_view line, std::size_t from);
 /// The same in a text that has many, one after the other.
 class PlaceholderWalk {
   public:
-    explicit PlaceholderWalk(std::string_view text)
-        : m_text(text), m_dollar(m_dollars.Next(text)), m_brace(m_braces.Next(text)) {}
+    explicit PlaceholderWalk(std::string_view text) : m_text(text), m_dollar(m_dollars.Next(text)) {}
 
     /// The first one from there on, which is not before where any that was asked for began.
     PlaceholderRange NextFrom(std::size_t from) {
         while (m_dollar < from || (m_dollar != std::string_view::npos && !IsBegin(m_dollar)))
             m_dollar = m_dollars.Next(m_text);
         if (m_dollar == std::string_view::npos) return {};
-        while (m_brace < m_dollar)
-            m_brace = m_braces.Next(m_text);
-        return {m_dollar, m_brace == std::string_view::npos ? m_brace : m_brace + 1};
+        if (m_end <= m_dollar) m_end = EndBehind(m_dollar);
+        return {m_dollar, m_end};
     }
 
   private:
     bool IsBegin(std::size_t dollar) const { return dollar + 1 < m_text.size() && m_text[dollar + 1] == '{'; }
 
+    std::size_t EndBehind(std::size_t dollar) const {
+        const std::size_t brace = FindNear(m_text.substr(dollar), '}');
+        return brace == std::string_view::npos ? brace : dollar + brace + 1;
+    }
+
     std::string_view m_text;
     BytePlaces m_dollars{'$'};
-    BytePlaces m_braces{'}'};
     std::size_t m_dollar;
-    std::size_t m_brace;
+    std::size_t m_end = 0;  ///< behind the first "}" that follows a placeholder's begin; npos: there is none
 };
 
 /// The placeholders of a template's line that are replaced, in their order, each once.

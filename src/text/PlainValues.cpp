@@ -22,12 +22,14 @@ std::size_t HashOf(std::string_view placeholder) {
 PlainValues::PlainValues(const StringMap& values, std::set<std::string>* used) : m_used(used) {
     for (const auto& value : values) {
         // A placeholder ends in its line.
-        if (value.first.find('\n') == std::string::npos && value.second.find('$') == std::string::npos)
-            m_values.emplace(value.first, Value{&value});
+        if (value.first.find('\n') == std::string::npos &&
+            value.second.find(kPlaceholderBegin) == std::string::npos)
+            m_values.emplace(value.first, Value{&value, value.second.ends_with(kPlaceholderBegin.front())});
     }
 }
 
-const std::string* PlainValues::Find(std::string_view placeholder) {
+const std::string* PlainValues::Find(std::string_view text, const PlaceholderRange& range) {
+    const std::string_view placeholder = range.In(text);
     if (placeholder.size() <= kPlaceholderBegin.size()) return nullptr;
     Value*& recent = m_recent[HashOf(placeholder) % m_recent.size()];
     if (recent == nullptr || !IsSame(recent->value->first, placeholder)) {
@@ -35,6 +37,7 @@ const std::string* PlainValues::Find(std::string_view placeholder) {
         if (found == m_values.end()) return nullptr;
         recent = &found->second;
     }
+    if (recent->canBeginOther && text.substr(range.end).starts_with(kPlaceholderBegin.back())) return nullptr;
     if (m_used != nullptr && !recent->isUsed) m_used->insert(recent->value->first);
     recent->isUsed = true;
     return &recent->value->second;

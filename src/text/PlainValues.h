@@ -7,6 +7,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "text/Placeholders.h"
 #include "zet/ZETTypes.h"
 
 namespace ZET::Text {
@@ -18,8 +19,9 @@ class PlainValues {
     /// the object.
     PlainValues(const StringMap& values, std::set<std::string>* used);
 
-    /// Null when the placeholder has none, or one that may lead to another.
-    const std::string* Find(std::string_view placeholder);
+    /// Of the placeholder that stands there in a text; null when it has none, or one that may lead to
+    /// another.
+    const std::string* Find(std::string_view text, const PlaceholderRange& range);
 
     /// Whether one of the values has this byte.
     bool Have(char byte) const;
@@ -27,7 +29,8 @@ class PlainValues {
   private:
     struct Value {
         const StringMap::value_type* value = nullptr;
-        bool isUsed = false;  ///< and noted
+        bool canBeginOther = false;  ///< with what comes behind it
+        bool isUsed = false;         ///< and noted
     };
 
     std::set<std::string>* m_used;

@@ -50,8 +50,7 @@ bool HasNothingBehind(std::string_view line, Marker marker) {
 
 /// Lines without a dash, as most are, are only counted: a third of the time of the look.
 void RegionScan::PassOver(std::string_view& lines) {
-    const auto dashes = [](const ByteBlock& block) { return block.Where('-') | block; };
-    const std::string_view others = LinesBefore(lines, FindFirst(lines, dashes));
+    const std::string_view others = LinesBefore(lines, FindByteOrBeyondAscii(lines, '-'));
     if (others.empty()) return;
     m_number += CountLines(others);
     m_hasText = m_hasText || others.find_first_not_of('\n') != std::string_view::npos;
@@ -60,12 +59,13 @@ void RegionScan::PassOver(std::string_view& lines) {
 
 void RegionScan::Take(std::string_view lines) {
     for (;;) {
-        if (!m_notices.IsInside()) PassOver(lines);
+        if (!m_notices.IsInside() && !lines.starts_with(kMarkerStart)) PassOver(lines);
         if (lines.empty()) return;
         const std::string_view line = TakeLine(lines).text;
         ++m_number;
         const Marker marker = MarkerOf(line);
-        const bool mentionsMarker = line.find(kMarkerStart) != std::string_view::npos;
+        const bool mentionsMarker =
+            marker != Marker::None || line.find(kMarkerStart) != std::string_view::npos;
         LookForSpots(line, marker);
         m_isSound = m_isSound && TakeLineOf(line, mentionsMarker, marker);
         m_hasRegions = m_hasRegions || marker == Marker::BlockBegin || marker == Marker::Notice;

@@ -130,7 +130,7 @@ class TemplateChecker {
     bool IsPassedOver(const PlaceholderRange& range, std::string_view lines, std::size_t lineBegin,
                       std::size_t& left) {
         if (m_hasLineFeeds || !range.IsClosed() || range.begin == lineBegin) return false;
-        const std::string* const value = m_plainValues.Find(range.In(lines));
+        const std::string* const value = m_plainValues.Find(lines, range);
         if (value == nullptr || value->size() > left) return false;
         left -= value->size();
         return true;
@@ -175,7 +175,7 @@ class TemplateChecker {
         std::size_t done = 0;
         PlaceholderWalk placeholders(line);
         for (PlaceholderRange range; (range = placeholders.NextFrom(done)).IsThere(); done = range.end) {
-            const std::string* const value = range.IsClosed() ? m_plainValues.Find(range.In(line)) : nullptr;
+            const std::string* const value = range.IsClosed() ? m_plainValues.Find(line, range) : nullptr;
             if (value == nullptr || value->size() > left) return false;
             left -= value->size();
             Render(line.substr(done, range.begin - done), wanted);

@@ -45,6 +45,36 @@ TEST(ByteBlock, TellsAnyWhereItTellsAPlace) {
     }
 }
 
+TEST(FindNear, FindsAtEveryDistance) {
+    for (std::size_t size = 1; size <= kLongest; ++size) {
+        for (std::size_t position = 0; position < size; ++position) {
+            std::string text(size, '\x0b');
+            text[position] = '\n';
+            ASSERT_EQ(FindNear(text, '\n'), position) << size;
+        }
+    }
+}
+
+TEST(FindNear, FindsTheFirstOfSeveral) {
+    for (std::size_t position = 0; position < kLongest; ++position)
+        ASSERT_EQ(FindNear(std::string(position, 'x') + "\nx\n\n", '\n'), position);
+}
+
+TEST(FindNear, FindsNothingWhereThereIsNone) {
+    for (std::size_t size = 0; size < kLongest; ++size) {
+        const std::string text = std::string(size, 'x') + '\n';
+        ASSERT_EQ(FindNear(std::string_view(text).substr(0, size), '\n'), std::string_view::npos) << size;
+    }
+}
+
+TEST(SizeOfWholeLines, EndsWithTheLastLineFeed) {
+    EXPECT_EQ(SizeOfWholeLines(""), 0U);
+    EXPECT_EQ(SizeOfWholeLines("x"), 0U);
+    EXPECT_EQ(SizeOfWholeLines("\n"), 1U);
+    EXPECT_EQ(SizeOfWholeLines("x\n\ny"), 3U);
+    EXPECT_EQ(SizeOfWholeLines(std::string_view("x\ny\n").substr(0, 3)), 2U);
+}
+
 TEST(BytePlaces, AreFoundAtEveryDistance) {
     for (std::size_t size = 0; size <= kLongest; ++size) {
         for (std::size_t position = 0; position < size; ++position) {
@@ -90,12 +120,12 @@ TEST(IsSame, ComparesEveryByte) {
     }
 }
 
-TEST(FindFirst, FindsTheFirstOfSeveralBytes) {
-    const auto where = [](const ByteBlock& block) { return block.Where('-') | block; };
+TEST(FindByteOrBeyondAscii, FindsTheFirstOfSeveral) {
     for (std::size_t position = 0; position < kLongest; ++position) {
-        ASSERT_EQ(FindFirst(std::string(position, 'x') + "-\xff-", where), position);
-        ASSERT_EQ(FindFirst(std::string(position, 'x') + "\xff-", where), position);
-        ASSERT_EQ(FindFirst(std::string(position, 'x'), where), std::string_view::npos);
+        ASSERT_EQ(FindByteOrBeyondAscii(std::string(position, 'x') + "-\xff-", '-'), position);
+        ASSERT_EQ(FindByteOrBeyondAscii(std::string(position, 'x') + "\xff-", '-'), position);
+        ASSERT_EQ(FindByteOrBeyondAscii(std::string(position, 'x') + "x\x80", '-'), position + 1);
+        ASSERT_EQ(FindByteOrBeyondAscii(std::string(position, 'x'), '-'), std::string_view::npos);
     }
 }
 

@@ -94,6 +94,17 @@ Gen<std::string> AnyLine() {
     return gen::weightedOneOf<std::string>({{200, line}, {1, LongLine()}});
 }
 
+/// Now and then, behind the first line, so many others that the engine makes a new text in another way.
+Gen<std::string> SometimesLarge(Gen<std::string> text) {
+    return gen::map(gen::pair(std::move(text), gen::weightedElement<std::size_t>({{14, 0}, {1, 600}})),
+                    [](const auto& parts) {
+                        const auto& [small, count] = parts;
+                        const std::string others = Join(Words(count, "filler=0123456789abcdefghi\n"), "");
+                        const std::size_t place = small.find('\n') + 1;
+                        return small.substr(0, place) + others + small.substr(place);
+                    });
+}
+
 }  // namespace
 
 const Words& Markers() {
@@ -104,13 +115,13 @@ const Words& Markers() {
 }
 
 Gen<std::string> AnyText() {
-    static const auto kText = TextOf(14, AnyLine());
+    static const auto kText = SometimesLarge(TextOf(14, AnyLine()));
     return kText;
 }
 
 Gen<std::string> MarkerText() {
-    static const auto kText =
-        TextOf(10, gen::weightedOneOf<std::string>({{4, MarkerLine()}, {1, FormerLine()}, {2, Setting()}}));
+    static const auto kText = SometimesLarge(
+        TextOf(10, gen::weightedOneOf<std::string>({{4, MarkerLine()}, {1, FormerLine()}, {2, Setting()}})));
     return kText;
 }
 

@@ -27,7 +27,7 @@ rc::Gen<std::string> OneOfWords(Words words);
 const Words& Markers();
 
 /// Lines joined by line feeds, with or without one at the end: settings, markers of every kind, placeholders,
-/// any bytes, now and then a long one.
+/// any bytes, now and then a long one or very many of them.
 rc::Gen<std::string> AnyText();
 
 /// A text of marker lines above all.

@@ -15,6 +15,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::SizeIs;
 
 const StringMap kValues = {
     {"${realm}", "EXAMPLE.ORG"}, {"${server}", "srv"},    {"${both}", "${realm}/${server}"},
@@ -324,8 +325,11 @@ TEST(TemplateCheck, LinesThatArePassedOverWouldNotHaveBeenToldOf) {
 /// Long enough for what is passed over in runs, and with everything that ends one.
 TEST(TemplateCheck, LinesPassedOverInRunsAreJudgedAsEachByItself) {
     const std::vector<std::string> pieces = {
-        "a = ", "${realm}", "${server}", "${both}", "${none}",  "$", "}",     "{",    "${",  "# ",
-        "\n",   "\n",       "x ",        "# --",    "${realm}", " ", "text ", "\n# ", "\n\n"};
+        "a = ", "${realm}", "${server}", "${both}", "${none}", "$",    "}",
+        "{",    "${",       "# ",        "{realm}", "${sign}", "\n",   "\n",
+        "x ",   "# --",     "${realm}",  " ",       "text ",   "\n# ", "\n\n"};
+    StringMap values = kValues;
+    values["${sign}"] = "a$";
     std::mt19937 random(11);
     for (int i = 0; i < 3000; ++i) {
         std::string text;
@@ -333,13 +337,22 @@ TEST(TemplateCheck, LinesPassedOverInRunsAreJudgedAsEachByItself) {
             text += pieces[random() % pieces.size()];
         std::set<std::string> used;
         std::set<std::string> usedByEach;
-        const auto together = CheckTemplate("t", LinesOf(text), kValues, &used);
-        const auto each = CheckTemplate("t", LineByLine(text), WithSeveralLines(kValues), &usedByEach);
+        const auto together = CheckTemplate("t", LinesOf(text), values, &used);
+        const auto each = CheckTemplate("t", LineByLine(text), WithSeveralLines(values), &usedByEach);
         ASSERT_EQ(together.size(), each.size()) << text;
         for (std::size_t problem = 0; problem < each.size(); ++problem)
             ASSERT_EQ(together[problem].Describe(), each[problem].Describe()) << text;
         ASSERT_EQ(used, usedByEach) << text;
     }
+}
+
+TEST(TemplateCheck, ValueThatEndsWithADollarBeginsAPlaceholderWithWhatComesBehindIt) {
+    const StringMap values = {{"${sign}", "$"}, {"${realm}", "R"}};
+    const std::string before = "first\n";
+    for (const char* fine : {"x ${sign}", "x ${sign}${realm}", "x ${sign} {nobody}", "x ${sign}{realm}"})
+        EXPECT_THAT(CheckTemplate("t", LinesOf(before + fine + "\n"), values), IsEmpty()) << fine;
+    EXPECT_THAT(CheckTemplate("t", LinesOf(before + "x ${sign}{nobody}\n"), values), SizeIs(1));
+    EXPECT_THAT(CheckTemplate("t", LinesOf(before + "x ${realm} ${sign}{nobody\n"), values), SizeIs(1));
 }
 
 TEST(TemplateCheck, PlaceholdersOfAVeryLongLineAreToldAndUsed) {

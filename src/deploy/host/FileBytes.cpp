@@ -7,14 +7,17 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <span>
 #include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
+#include "posix/ByteBlock.h"
 #include "posix/Descriptor.h"
 #include "posix/ReadWrite.h"
 
@@ -72,38 +75,37 @@ std::size_t ReadBlock(int descriptor, const std::string& path, std::span<char> b
     return start;
 }
 
-/// Memory that is not filled before it is read into.
+/// Memory that is not filled before it is read into. A large one grows by moving its pages, not its bytes:
+/// one line of 5 MB was copied, and memory touched for the first time, in a tenth of the time of its command.
 class ChunkRoom {
   public:
-    explicit ChunkRoom(std::size_t size)
-        : m_bytes(std::make_unique_for_overwrite<char[]>(size)), m_size(size) {}
+    explicit ChunkRoom(std::size_t size) { Grow(size); }
 
     std::span<char> Bytes() const { return {m_bytes.get(), m_size}; }
     std::string_view First(std::size_t count) const { return {m_bytes.get(), count}; }
 
-    /// Of the whole lines with which it begins.
-    std::size_t SizeOfLines() const {
-        const void* const lineFeed = memrchr(m_bytes.get(), '\n', m_size);
-        return lineFeed == nullptr
-                   ? 0
-                   : static_cast<std::size_t>(static_cast<const char*>(lineFeed) - m_bytes.get()) + 1;
-    }
-
     /// Keeps what stands there from `begin` to the end of the room, and has it begin the room.
     void KeepFrom(std::size_t begin) { std::memmove(m_bytes.get(), m_bytes.get() + begin, m_size - begin); }
 
-    void Grow(std::size_t size, std::size_t kept) {
-        ChunkRoom larger(size);
-        std::memcpy(larger.m_bytes.get(), m_bytes.get(), kept);
-        *this = std::move(larger);
+    /// Keeps what stands there.
+    void Grow(std::size_t size) {
+        void* const bytes = std::realloc(m_bytes.get(), size);
+        if (bytes == nullptr) throw std::bad_alloc();
+        m_bytes.release();
+        m_bytes.reset(static_cast<char*>(bytes));
+        m_size = size;
     }
 
   private:
-    std::unique_ptr<char[]> m_bytes;
-    std::size_t m_size;
+    struct Free {
+        void operator()(char* bytes) const { std::free(bytes); }
+    };
+
+    std::unique_ptr<char, Free> m_bytes;
+    std::size_t m_size = 0;
 };
 
-/// Few steps to a very long line, of which each copies what is read of it, and none beyond the file's end.
+/// Few steps to a very long line, and none beyond the file's end.
 std::size_t SizeForLine(std::size_t begun, const struct stat& status) {
     const std::size_t wanted = begun * 4;
     const std::size_t whole = static_cast<std::size_t>(status.st_size) + 1;
@@ -209,11 +211,11 @@ void ReadChunks(const std::string& path, const std::function<void(std::string_vi
             if (count > 0) take(room.First(count));
             return;
         }
-        const std::size_t end = room.SizeOfLines();
+        const std::size_t end = SizeOfWholeLines(room.First(size));
         if (end > 0) take(room.First(end));
         begun = size - end;
         room.KeepFrom(end);
-        if (begun > size / 2) room.Grow(SizeForLine(begun, status), begun);
+        if (begun > size / 2) room.Grow(SizeForLine(begun, status));
     }
 }
 

@@ -97,13 +97,6 @@ void Buffer::Grow(std::size_t capacity) {
     m_capacity = capacity;
 }
 
-void Buffer::Append(std::string_view bytes) {
-    if (bytes.empty()) return;
-    Reserve(m_size + bytes.size());
-    std::memcpy(Room(), bytes.data(), bytes.size());
-    m_size += bytes.size();
-}
-
 /// Where the new bytes have to begin for the longest piece to stay where it is, or as near as can be.
 std::size_t Buffer::BeginFor(const std::vector<TextPiece>& pieces) const {
     std::size_t before = 0;

@@ -2,6 +2,7 @@
 #define ZET_BUFFER_H
 
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 #include <vector>
 
@@ -40,7 +41,12 @@ class Buffer {
         if (capacity > m_capacity - m_begin) Grow(capacity);
     }
 
-    void Append(std::string_view bytes);
+    void Append(std::string_view bytes) {
+        if (bytes.empty()) return;
+        Reserve(m_size + bytes.size());
+        std::memcpy(Room(), bytes.data(), bytes.size());
+        m_size += bytes.size();
+    }
 
     /// The room behind the bytes, to be filled and then declared with `Filled`.
     char* Room() { return m_data + m_begin + m_size; }

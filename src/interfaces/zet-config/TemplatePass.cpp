@@ -10,30 +10,26 @@ namespace ZET {
 
 namespace {
 
-/// Expands the placeholders of one line after the other. What is still to be searched of a line is kept as a
-/// stack of pieces, the next one on top: a value goes on top of the rest of the line, so that it is searched
-/// in its turn and no byte is moved twice, however many placeholders a line has.
+/// Expands the placeholders of lines. Most lead to no other one, and are replaced in one search through all
+/// lines. Of a line with another, what is still to be searched is kept as a stack of pieces, the next one on
+/// top: a value goes on top of the rest of the line, so that it is searched in its turn and no byte is moved
+/// twice, however many placeholders a line has.
 class Expander {
   public:
     Expander(TextBuilder& out, const StringMap& values) : m_out(out), m_values(values) {}
 
-    void Expand(std::string_view line) {
-        line.remove_prefix(ExpandPlain(line));
-        if (line.empty()) return;
-        m_pieces.assign(1, line);
-        m_lineIsLeft = true;
-        while (CopyToPlaceholder())
-            ReplacePlaceholder();
-    }
+    void Expand(std::string_view lines);
 
   private:
-    /// A value as it was found in the map; a plain one has no placeholder.
+    /// A value as it was found in the map.
     struct KnownValue {
         const StringMap::value_type* value = nullptr;
-        bool isPlain = false;
+        bool isPlain = false;        ///< no placeholder is in it
+        bool canBeginOther = false;  ///< of a plain one: with what comes behind it
     };
 
-    std::size_t ExpandPlain(std::string_view line);
+    static bool LeadsToNone(const KnownValue& value, std::string_view behind);
+    void ExpandRest(std::string_view line);
     bool CopyToPlaceholder();
     void ReplacePlaceholder();
     std::size_t FindPlaceholder() const;
@@ -63,26 +59,43 @@ class Expander {
     __builtin_unreachable();
 }
 
-/// Replaces placeholders as long as their values lead to no other, as most do: no stack of pieces is needed
-/// for that. Returns how much of the line that is.
-std::size_t Expander::ExpandPlain(std::string_view line) {
+void Expander::Expand(std::string_view lines) {
     BytePlaces dollars('$');
-    BytePlaces braces('}');
     std::size_t done = 0;
-    std::size_t brace = 0;
-    for (std::size_t dollar; (dollar = dollars.Next(line)) != std::string_view::npos;) {
-        if (dollar < done || !line.substr(dollar + 1).starts_with('{')) continue;
-        while (brace <= dollar)
-            brace = braces.Next(line);
-        const KnownValue* const value =
-            brace == std::string_view::npos ? nullptr : FindValue(line.substr(dollar, brace + 1 - dollar));
-        m_out.Copy(line.substr(done, dollar - done));
-        if (value == nullptr || !value->isPlain) return dollar;
-        m_out.Append(value->value->second);
-        done = brace + 1;
+    std::size_t lineBegin = 0;
+    std::size_t lineKnownTo = 0;
+    for (std::size_t dollar; (dollar = dollars.Next(lines)) != std::string_view::npos;) {
+        if (dollar < done || !lines.substr(dollar + 1).starts_with('{')) continue;
+        const std::string_view before = lines.substr(lineKnownTo, dollar - lineKnownTo);
+        if (const std::size_t count = SizeOfWholeLines(before); count > 0) lineBegin = lineKnownTo + count;
+        lineKnownTo = dollar;
+        if (lines[lineBegin] == '#') continue;
+        const std::size_t size = FindNear(lines.substr(dollar), '}') + 1;
+        const KnownValue* const value = size == 0 ? nullptr : FindValue(lines.substr(dollar, size));
+        m_out.Copy(lines.substr(done, dollar - done));
+        if (value != nullptr && LeadsToNone(*value, lines.substr(dollar + size))) {
+            m_out.Append(value->value->second);
+            done = dollar + size;
+        } else {
+            const std::string_view line = lines.substr(dollar, FindNear(lines.substr(dollar), '\n'));
+            ExpandRest(line);
+            done = dollar + line.size();
+        }
     }
-    m_out.Copy(line.substr(done));
-    return line.size();
+    m_out.Copy(lines.substr(done));
+}
+
+/// `behind` is what follows the placeholder: a line feed where its line ends.
+bool Expander::LeadsToNone(const KnownValue& value, std::string_view behind) {
+    return value.isPlain && !(value.canBeginOther && behind.starts_with('{'));
+}
+
+/// From the placeholder that a line begins with on.
+void Expander::ExpandRest(std::string_view line) {
+    m_pieces.assign(1, line);
+    m_lineIsLeft = true;
+    while (CopyToPlaceholder())
+        ReplacePlaceholder();
 }
 
 /// Copies what stands before the next placeholder; false when the line ends first.
@@ -115,7 +128,7 @@ void Expander::ReplacePlaceholder() {
     const KnownValue* const value = FindValue(placeholder);
     if (value == nullptr) return MarkUnknown(placeholder);
     Drop(placeholder.size());
-    if (value->isPlain) {
+    if (value->isPlain && !value->canBeginOther) {
         m_out.Append(value->value->second);
     } else {
         m_pieces.push_back(value->value->second);
@@ -147,7 +160,10 @@ const Expander::KnownValue* Expander::FindValue(std::string_view placeholder) {
         m_key.assign(placeholder);
         const auto found = m_values.find(m_key);
         if (found == m_values.end()) return nullptr;
-        recent = {&*found, found->second.find('$') == std::string::npos};
+        // A placeholder ends in its line.
+        const bool isPlain =
+            found->second.find("${") == std::string::npos && found->first.find('\n') == std::string::npos;
+        recent = {&*found, isPlain, found->second.ends_with('$')};
     }
     return &recent;
 }
@@ -189,23 +205,15 @@ void Expander::Drop(std::size_t count) {
 
 void ApplyTemplatesPass(TextReader& in, TextBuilder& out, const StringMap& values) {
     Expander expander(out, values);
-    std::string_view line;
-    for (;;) {
-        out.Copy(in.SkipLinesWithout("$"));
-        if (!in.ReadLine(line)) return;
-        const bool isComment = line.starts_with('#');
-        if (isComment || line.find('$') == std::string_view::npos) {
-            out.CopyLine(line);
-            continue;
-        }
-        const std::size_t lineStart = out.Size();
-        expander.Expand(line);
-        if (in.EndedByEndOfText()) {
-            out.EndLine(out.Size() == lineStart);
-        } else {
-            out.Copy({line.data() + line.size(), 1});
-        }
-    }
+    const std::string_view text = in.Rest();
+    const std::size_t wholeLines = SizeOfWholeLines(text);
+    expander.Expand(text.substr(0, wholeLines));
+    const std::string_view lastLine = text.substr(wholeLines);
+    if (lastLine.empty()) return;
+    const std::size_t lineStart = out.Size();
+    expander.Expand(lastLine);
+    // As wherever a line is ended, one that became empty gets a line feed.
+    if (out.Size() == lineStart) out.Append("\n");
 }
 
 }  // namespace ZET

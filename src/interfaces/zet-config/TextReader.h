@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "Buffer.h"
-#include "LineFeed.h"
+#include "posix/ByteBlock.h"
 
 namespace ZET {
 
@@ -33,7 +33,7 @@ class TextReader {
             m_exhausted = true;
             return false;
         }
-        const std::size_t lineFeed = FindLineFeed(rest);
+        const std::size_t lineFeed = FindNear(rest, '\n');
         m_endedByEnd = lineFeed == std::string_view::npos;
         line = {rest.data(), m_endedByEnd ? rest.size() : lineFeed};
         m_lineStart = m_position;
@@ -83,6 +83,7 @@ class TextReader {
 /// Builds the text that a pass makes out of another one. What is taken over unchanged is collected into runs.
 /// As long as these are few and long, nothing is copied: at the end, the text is made in its own place, where
 /// the longest run stays: half of the memory for an edit of a large text, and no first touch of a second one.
+/// A small text is copied at once, which takes less than the list of its pieces.
 /// Without `Install` the source is left as it was, and not exhausted by having been read.
 class TextBuilder {
   public:
@@ -115,7 +116,13 @@ class TextBuilder {
     }
 
     /// Adds other bytes.
-    void Append(std::string_view bytes);
+    void Append(std::string_view bytes) {
+        if (bytes.empty()) return;
+        FlushRun();
+        m_size += bytes.size();
+        if (m_isCopied) return m_bytes.Append(bytes);
+        AddOthers(bytes);
+    }
     void AppendLine(std::string_view line);
 
     /// Ends a line that stands for the one read last: with a line feed, unless the end of the text ended that
@@ -130,7 +137,13 @@ class TextBuilder {
     Buffer Install();
 
   private:
-    void FlushRun();
+    void FlushRun() {
+        if (m_run.empty()) return;
+        const std::string_view run = std::exchange(m_run, {});
+        if (m_isCopied) return m_bytes.Append(run);
+        AddRun(run);
+    }
+    void AddRun(std::string_view run);
     void AddOthers(std::string_view bytes);
     void Add(TextPiece piece);
     bool IsWorthCollecting() const;
