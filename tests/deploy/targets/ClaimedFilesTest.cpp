@@ -57,17 +57,27 @@ TEST_F(ClaimedFilesTest, ProductsOwnFilesAndWhatStandsBesideThemAreTaken) {
     EXPECT_EQ(UseOf("templates/targets.toml"), "the list of targets");
     for (const std::string& file : State().Files())
         EXPECT_EQ(Claimed().UseBesideTargets(file), "a file of the status") << file;
-    EXPECT_EQ(UseOf("zet.conf.before_zet"), "the reserve of " + At("zet.conf"));
-    EXPECT_EQ(UseOf("zet.conf.no_file_before_zet"), "the mark that there was no " + At("zet.conf"));
-    EXPECT_EQ(UseOf("zet.conf.before_zet.tmp"), "the temporary file of " + At("zet.conf.before_zet"));
-    EXPECT_EQ(UseOf("state/zet-server.status.tmp"), "the temporary file of " + At("state/zet-server.status"));
-    EXPECT_EQ(UseOf("zet.conf.tmp.before_zet"), "");
-    EXPECT_EQ(UseOf("templates/targets.toml.tmp"), "") << "nobody writes the list";
     EXPECT_EQ(Add("a", "zet.conf"), At("zet.conf") +
                                         ": is the configuration file of the commands, and made from [a] too "
                                         "(give the target another path)");
     EXPECT_THAT(Add("b", "state/zet.lock.tmp"),
                 HasSubstr("is the temporary file of " + At("state/zet.lock")));
+}
+
+TEST_F(ClaimedFilesTest, WhatStandsBesideAnOwnFileIsTakenWhicheverIsAskedForFirst) {
+    const std::map<std::string, std::string> uses = {
+        {"zet.conf.before_zet", "the reserve of " + At("zet.conf")},
+        {"zet.conf.no_file_before_zet", "the mark that there was no " + At("zet.conf")},
+        {"zet.conf.tmp", "the temporary file of " + At("zet.conf")},
+        {"zet.conf.before_zet.tmp", "the temporary file of " + At("zet.conf.before_zet")},
+        {"zet.conf.tmp.before_zet", ""},
+        {"state/zet-server.status.tmp", "the temporary file of " + At("state/zet-server.status")},
+        {"templates/targets.toml.tmp", ""}};
+    for (const auto& [file, use] : uses) {
+        ClaimedFiles claimed(TheHost());
+        EXPECT_EQ(claimed.UseBesideTargets(At(file)), use) << file;
+        EXPECT_NE(claimed.AddTarget(TargetAt("a", file)).has_value(), use.empty()) << file;
+    }
 }
 
 TEST_F(ClaimedFilesTest, FileIsMadeFromOneTemplateOnly) {
