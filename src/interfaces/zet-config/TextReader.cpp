@@ -45,7 +45,9 @@ std::string_view TextReader::SkipLinesWithout(std::string_view bytes) {
     const std::string_view rest = Rest();
     if (rest.starts_with(bytes)) return {};
     const std::string_view before = rest.substr(0, rest.find(bytes));
-    const std::string_view lines = before.substr(0, SizeOfWholeLines(before));
+    // Mostly, a line begins with them.
+    const std::string_view lines =
+        before.ends_with('\n') ? before : before.substr(0, SizeOfWholeLines(before));
     m_position += lines.size();
     return lines;
 }
