@@ -32,7 +32,8 @@ std::vector<std::string> ShownWords(const Options& options, bool isPrivate) {
 
 }  // namespace
 
-Recording::Recording(Host& host, Use use, bool isLocked, bool goesBack) : m_host(host), m_goesBack(goesBack) {
+Recording::Recording(Host& host, Use use, bool isLocked, bool goesBack)
+    : m_host(host), m_goesBack(goesBack), m_limits(host.HostHistory().Limits()) {
     History& history = host.HostHistory();
     if (host.Wanted().dryRun) return;
     if (use == Use::OfFiles && !history.KeepsTexts()) return;
@@ -94,7 +95,7 @@ void Recording::ExpectWithCompanions(ExpectedFile file) {
     if (file.companions == ExpectedFile::Companions::Stay) return;
     const bool mayGo = file.companions == ExpectedFile::Companions::MayGo;
     // Who keeps no texts goes back by the companions, and not by the history.
-    if (!mayGo && !m_host.HostHistory().KeepsTexts()) return;
+    if (!mayGo && !m_limits.keepsTexts) return;
     file.after.reset();
     file.base.reset();
     file.knowledge.reset();
@@ -216,9 +217,9 @@ void Recording::Begin() {
 }
 
 CapturedFile Recording::Now(const Row& row) const {
-    const std::uint64_t longest = m_host.HostHistory().Limits().largestText;
-    if (row.place == nullptr) return Capture(row.path, longest);
-    return CaptureIn(row.place->Directory(), row.place->NameInDirectory() + row.suffix, row.path, longest);
+    if (row.place == nullptr) return Capture(row.path, m_limits.largestText);
+    return CaptureIn(row.place->Directory(), row.place->NameInDirectory() + row.suffix, row.path,
+                     m_limits.largestText);
 }
 
 /// What goes back takes the place of a link, too; a text that it had is not recorded.

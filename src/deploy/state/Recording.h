@@ -105,6 +105,7 @@ class Recording {
 
     Host& m_host;
     const bool m_goesBack;
+    const StoreLimits m_limits;
     Store* m_store = nullptr;
     std::vector<Row> m_rows;
     bool m_isPrivate = false;  ///< the words of the command may hold what others may not read

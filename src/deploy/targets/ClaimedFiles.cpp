@@ -19,6 +19,8 @@ namespace ZET::Deploy {
 
 namespace {
 
+constexpr char kTemporary[] = ZET_TEXT("the temporary file of %s");
+
 struct Companion {
     std::string suffix;
     const char* use;
@@ -27,7 +29,6 @@ struct Companion {
 
 /// In the order of their names.
 const std::vector<Companion>& CompanionsOfFiles() {
-    constexpr char kTemporary[] = ZET_TEXT("the temporary file of %s");
     const std::string reserve = ZETReserveSuffix;
     const std::string absence = ZETAbsenceSuffix;
     const std::string temporary = ZETTemporarySuffix;

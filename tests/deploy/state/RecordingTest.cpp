@@ -26,7 +26,7 @@ class RecordingTest : public HostFixture {
         file.after->SetText("new");
         file.after->state.exists = true;
         file.after->state.mode = 0644;
-        file.knowledge = Knowledge{.roles = {Role::Client}};
+        file.knowledge.emplace().roles = {Role::Client};
         return file;
     }
 
