@@ -767,3 +767,15 @@ conf:1: lines 1 to 5: the administrator's own; in parts since an edit of somebod
         [[ $stderr == *"is empty (name one, or leave it out)"* ]] || differ "$command" "wrong use" "$stderr"
     done
 }
+
+@test "of a file that was not written yet when a run was killed, no mode is told that it never had" {
+    capture strace -f -qq -o "$BASE/trace" -e trace=fchmod -e inject=fchmod:signal=KILL "$ZET_BIN/zet-client" \
+        --config zet.conf param set conf x 2
+    assert_status 137
+    run_zet history show 1
+    assert_status 0
+    [[ $output == *"outcome: not ended"* && $output == *"$HOST/conf: changed, not ended (edit)"* && $output != *0000* ]] ||
+        differ conf "nothing invented" "$output"
+    run_zet --json history show 1
+    assert_json '[f["mode_after"] for f in d["entries"][0]["files"] if f["mode_after"]]' '[]'
+}

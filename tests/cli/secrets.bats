@@ -396,3 +396,18 @@ conf: lines 1-7, 10-13 changed (text not shown: nobody can tell whether it is se
     assert_nothing_shown param set conf new hidden
     [[ $stderr == *"/state/state.db: "*"; so no text is shown"$'\n' ]]
 }
+
+@test "the working copy of a secret template is not shown when no list has the template any more" {
+    local target
+    make_secret
+    for target in listed "taken back"; do
+        zet -q line set etc/a ^pass pass=hidden
+        : >templates/targets.toml
+        [[ $target == listed ]] || zet -q commit-config
+        assert_nothing_shown undo
+        run_zet history show 2 etc/a
+        [[ $output$stderr != *word* ]] || differ "history show" "nothing secret" "$output$stderr"
+        run_zet -n --diff --show-secrets undo
+        [[ $output == *pass=word* ]] || differ undo "the text" "$output"
+    done
+}

@@ -185,3 +185,52 @@ assert_refused_at_once() {
     assert_status 3
     [[ $output == *"$ONE: differs"* ]]
 }
+
+# with_failing CALL ERROR FILE WORD...: a command in which the call fails on the file; of no file, on all.
+with_failing() {
+    local place=()
+    [[ -z $3 ]] || place=(-P "$3")
+    capture strace -f -qq -o "$BASE/trace" "${place[@]}" -e "trace=$1" -e "inject=$1:error=$2" \
+        "$ZET_BIN/zet-client" --config zet.conf "${@:4}"
+    grep -q INJECTED "$BASE/trace"
+}
+
+@test "a quota that is used up is told as such, and takes nothing that the journal has" {
+    echo ZET_SYNC=no >>zet.conf
+    zet -q param set conf a 2
+    # The file itself is written when the journal is taken over, which is put off.
+    with_failing pwrite64 EDQUOT "$HOST/state/state.db" param set conf a 3
+    assert_status 0
+    assert_stderr ""
+    grep -qx a=3 conf
+    run_zet history show 2 conf --after
+    [[ $output == *a=3* ]]
+    with_failing pwrite64 EDQUOT "$HOST/state/state.db-wal" param set conf a 4
+    assert_status 1
+    [[ $stderr == *"state/state.db: the history cannot be used: database or disk is full: Disk quota exceeded (make room, or set ZET_HISTORY=no)"* ]] ||
+        differ quota "told as such" "$stderr"
+    grep -qx a=3 conf
+}
+
+@test "without random bytes, no store is made, and nothing is written" {
+    local before=$(<conf)
+    with_failing getrandom EIO "" param set conf a 2
+    assert_status 1
+    [[ $stderr == *"$HOST/state/state.db: cannot get random bytes for its key: "*"(run the command again, or set ZET_HISTORY=no)"* ]] ||
+        differ getrandom "told" "$stderr"
+    assert_file conf "$before"$'\n'
+    zet -q param set conf a 2
+}
+
+@test "a key that was damaged is made anew, and told once" {
+    zet -q param set conf a 2
+    /usr/bin/python3 -c 'import sqlite3
+with sqlite3.connect("state/state.db") as store:
+    store.execute("DELETE FROM secret")'
+    run_zet param set conf a 3
+    assert_status 0
+    [[ $stderr == *"warning: $HOST/state/state.db: its key was damaged; a new one is made, and nothing is lost"* ]] || differ key told "$stderr"
+    run_zet param set conf a 4
+    assert_status 0
+    assert_stderr ""
+}

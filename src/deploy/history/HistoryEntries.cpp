@@ -123,7 +123,8 @@ HistoryFile ToldFile(const HistoryReader& reader, const RecordedFile& file) {
     told.kind = NameOf(file.kind);
     told.result = ResultOf(file.before, file.after);
     told.before = StateOfRecorded(file.before);
-    told.after = StateOfRecorded(file.after);
+    // Of a file that nobody knew yet what it was going to be, only that it was going to be there is recorded.
+    if (file.IsPlanned()) told.after = StateOfRecorded(file.after);
     told.isTextKeptBefore = file.before.text.has_value();
     told.isTextKeptAfter = file.after.text.has_value();
     told.isEdited = file.wasEdited;

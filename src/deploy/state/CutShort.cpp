@@ -8,7 +8,6 @@
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/LeftOvers.h"
 #include "deploy/state/Settling.h"
-#include "deploy/state/store/StoreFile.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -125,7 +124,7 @@ std::set<std::string> FilesOfCutShort(Host& host) {
 std::set<std::string> SettleCutShort(Host& host, bool goesBack) {
     try {
         // Where nothing was ever recorded, nothing was cut short, and no store is opened to find that out.
-        if (FindStore(host.State().Store()) == FoundStore::Nothing) return {};
+        if (!host.HostHistory().IsBegun()) return {};
         return CutShortEntries(host, host.HostHistory().ToRecord()).Settle();
     } catch (const Failure& failure) {
         if (!goesBack && host.HostHistory().IsNeeded()) throw;

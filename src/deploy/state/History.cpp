@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <charconv>
 #include <iterator>
+#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
@@ -54,35 +55,52 @@ bool History::IsDenied() const {
     return eaccess(File().c_str(), R_OK) != 0 && errno == EACCES;
 }
 
+bool History::IsBegun() {
+    if (m_isToRecord) return true;
+    m_found = Find();
+    return *m_found != FoundStore::Nothing;
+}
+
 Store& History::ToRecord() {
     if (!m_isToRecord) {
         m_store = nullptr;
-        IsThere();
+        const FoundStore found = m_found ? *std::exchange(m_found, std::nullopt) : Find();
         m_store = std::make_unique<Store>(File(), Store::Access::Record, Limits(),
-                                          m_product.Param("ZET_SYNC") != "no");
+                                          m_product.Param("ZET_SYNC") != "no", found);
         TellLoss();
         m_store->GiveUpLost();
+        TellNewKey();
         m_isToRecord = true;
     }
     return *m_store;
 }
 
 Store* History::ToLook() {
-    if (!m_store && !IsDenied() && IsThere()) {
-        m_store = std::make_unique<Store>(File(), Store::Access::Look, Limits());
-        TellLoss();
-    }
+    if (m_store || IsDenied()) return m_store.get();
+    const FoundStore found = Find();
+    if (found != FoundStore::Whole) return nullptr;
+    m_store = std::make_unique<Store>(File(), Store::Access::Look, Limits(), true, found);
+    TellLoss();
     return m_store.get();
 }
 
 /// A role that has committed has recorded it, so that nothing is in the store is damage then. One that is not
 /// there at all may have been moved away.
-bool History::IsThere() {
+FoundStore History::Find() {
     const FoundStore found = FindStore(File());
     const auto hasStatus = [&](Role role) { return StateOf(m_product.State().Status(role)).exists; };
     if (found == FoundStore::Blank && std::any_of(std::begin(kRoles), std::end(kRoles), hasStatus))
         FailOfDamage(File(), _("it is empty, though something is committed"));
-    return found == FoundStore::Whole;
+    return found;
+}
+
+/// Which is why a text that comes again is compared once with the one that is kept.
+void History::TellNewKey() {
+    if (!m_store->IsKeyNew()) return;
+    const Problem renewed = {.file = File(),
+                             .text = _("its key was damaged; a new one is made, and nothing is lost"),
+                             .remedy = _("look at the disk that it is on")};
+    m_product.Out().Warning(renewed.Describe());
 }
 
 void History::TellLoss() {

@@ -2,6 +2,7 @@
 #define ZET_HISTORY_H
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "deploy/state/store/Store.h"
@@ -29,6 +30,9 @@ class History {
     /// Whether this user can record: the directory is there, and is his to write.
     bool CanRecord() const;
 
+    /// Whether a store was begun; only under the product's lock.
+    bool IsBegun();
+
     /// Only under the product's lock. One that cannot be used is a `Failure`.
     Store& ToRecord();
 
@@ -52,11 +56,13 @@ class History {
 
   private:
     std::string File() const;
-    bool IsThere();
+    FoundStore Find();
     void TellLoss();
+    void TellNewKey();
 
     Host& m_product;
     std::unique_ptr<Store> m_store;
+    std::optional<FoundStore> m_found;  ///< under the lock
     bool m_isToRecord = false;
     bool m_isUnusable = false;
     bool m_isLossTold = false;

@@ -88,6 +88,11 @@ void Recording::Expect(ExpectedFile file) {
     OrGoOnWithout([&] { ExpectWithCompanions(std::move(file)); });
 }
 
+void Recording::ExpectTogether(const std::function<void()>& call) {
+    if (!IsOn()) return call();
+    m_store->LookTogether(call);
+}
+
 void Recording::ExpectWithCompanions(ExpectedFile file) {
     Add(file, file.suffix);
     const bool exists = m_rows.back().record.file.before.exists;

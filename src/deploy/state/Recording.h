@@ -58,6 +58,9 @@ class Recording {
     /// The file as it is now is its state before.
     void Expect(ExpectedFile file);
 
+    /// What the call expects is looked up in the history at once: three system calls a file less.
+    void ExpectTogether(const std::function<void()>& call);
+
     /// What is written is made from this file: where that is not for everybody, nor are the words.
     void IsMadeFrom(const std::string& path);
 

@@ -32,7 +32,7 @@ CommitRecord::CommitRecord(Deployment& product, const CommitPlan& plan)
       m_longest(product.HostHistory().Limits().largestText) {}
 
 void CommitRecord::Begin() {
-    Expect();
+    m_recording.ExpectTogether([&] { Expect(); });
     m_recording.Begin();
 }
 

@@ -11,6 +11,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/History.h"
 #include "deploy/state/Host.h"
 #include "deploy/targets/FileOrigin.h"
 #include "deploy/targets/HostLists.h"
@@ -22,6 +23,7 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr char kClosed[] = ZET_TEXT("the file is not for everybody");
+constexpr char kLeftList[] = ZET_TEXT("it was committed, and is in no list any more");
 constexpr char kKept[] = ".old";  ///< what "template install --force" keeps
 
 /// Whether the name is that of a file's copy, which holds the same text; it is then the file's.
@@ -68,6 +70,10 @@ std::string Secrets::Excuse(const std::string& path) {
     return Words("text not shown: %s; --show-secrets shows it", reason);
 }
 
+std::string Secrets::ExcuseOfWhatLeftList() {
+    return Words("text not shown: %s; --show-secrets shows it", _(kLeftList));
+}
+
 void Secrets::RequireShown(const std::string& path) {
     if (m_host.Wanted().showsSecrets || Of(path) != Audience::Nobody) return;
     throw Failure({.file = path,
@@ -97,7 +103,7 @@ Secrets::Verdict Secrets::Judge(const std::string& path) {
         std::set<std::string> names = NamesOfText(path);
         isClosed = IsAnyClosed(names);
         RequireReliableList();
-        if (HasLeftList(names)) return {Audience::Nobody, _("it was committed, and is in no list any more")};
+        if (HasLeftList(names)) return {Audience::Nobody, _(kLeftList)};
         const std::set<std::string> templates = NamesOfTemplates(path);
         isClosed = isClosed || IsAnyClosed(templates);
         if (IsListed(names) || IsListed(templates) || IsCopyOfListed(path))
@@ -142,8 +148,23 @@ std::set<std::string> Secrets::NamesOfTemplates(const std::string& path) {
 
 bool Secrets::HasLeftList(const std::set<std::string>& names) {
     return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
-        return m_lists.TargetNamed(name) == nullptr && m_lists.IsCommitted(name);
+        return (m_lists.TargetNamed(name) == nullptr && m_lists.IsCommitted(name)) ||
+               IsTemplateThatLeftList(name);
     });
+}
+
+/// The working copy or the pristine template of a target that no list has, whether the target is there still
+/// or not.
+bool Secrets::IsTemplateThatLeftList(const std::string& name) {
+    for (const char* const directory : {"ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR"}) {
+        const std::string place = m_lists.NameOf(m_host.Param(directory)) + "/";
+        if (!name.starts_with(place)) continue;
+        const std::string templateName = name.substr(place.size());
+        if (m_lists.EntryOf(templateName) != nullptr) continue;
+        Store* const store = m_host.HostHistory().ToLook();
+        if (store != nullptr && store->WasCommitted(templateName)) return true;
+    }
+    return false;
 }
 
 bool Secrets::IsListed(const std::set<std::string>& names) {

@@ -16,9 +16,9 @@ struct Target;
 /// Whose eyes the text of a file is for. There is one object in a run, which knows what the lists say.
 ///
 /// Secret is the text of a target that the list calls so, of its template, of what was made from that
-/// template, of a copy of any of these, and of a target that left the list: nobody can tell any more. Private
-/// is what others may not read, as its mode says, with its copies and what is made from it. Without lists
-/// that can be relied on, nothing is known to be for everybody.
+/// template, of a copy of any of these, and of a target that left the list, with its template: nobody can
+/// tell any more. Private is what others may not read, as its mode says, with its copies and what is made
+/// from it. Without lists that can be relied on, nothing is known to be for everybody.
 class Secrets {
   public:
     Secrets(Host& host, HostLists& lists);
@@ -41,6 +41,9 @@ class Secrets {
     /// nobody can tell is a warning.
     std::string Excuse(const std::string& path);
 
+    /// The same of a file of which only the history tells that a commit wrote it.
+    static std::string ExcuseOfWhatLeftList();
+
     /// Somebody asks for the text of the file: a `Failure` with the remedy where he has to ask for secrets.
     void RequireShown(const std::string& path);
 
@@ -60,6 +63,7 @@ class Secrets {
     std::set<std::string> NamesOfText(const std::string& path) const;
     std::set<std::string> NamesOfTemplates(const std::string& path);
     bool HasLeftList(const std::set<std::string>& names);
+    bool IsTemplateThatLeftList(const std::string& name);
     bool IsListed(const std::set<std::string>& names);
     bool IsCopyOfListed(const std::string& path);
     const std::set<std::string>& Listed();

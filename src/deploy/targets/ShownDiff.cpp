@@ -1,8 +1,10 @@
 #include "deploy/targets/ShownDiff.h"
 
 #include <filesystem>
+#include <utility>
 
 #include "deploy/host/UnifiedDiff.h"
+#include "deploy/targets/HostLists.h"
 #include "posix/PathNames.h"
 #include "text/ChangedLines.h"
 
@@ -14,6 +16,16 @@ ShownDiff WithoutText(ShownDiff diff, const std::string& path, const std::string
     diff.excuse = excuse;
     if (!lines.empty()) diff.places.emplace_back(path + ": " + lines);
     return diff;
+}
+
+ShownDiff WithoutFormerSecrets(Deployment& product, ShownDiff diff, const RecordedFile& file,
+                               const std::string& path) {
+    const bool wasCommitted = !file.before.knowledge.roles.empty() || !file.after.knowledge.roles.empty();
+    HostLists& lists = product.Lists();
+    if (diff.text.empty() || product.Wanted().showsSecrets || !wasCommitted) return diff;
+    if (lists.TargetNamed(lists.NameOf(path)) != nullptr) return diff;
+    diff.isPrivate = true;
+    return WithoutText(std::move(diff), path, Secrets::ExcuseOfWhatLeftList());
 }
 
 std::string ShownPath(const std::string& path) {

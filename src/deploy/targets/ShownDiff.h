@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "deploy/state/store/Records.h"
 #include "deploy/targets/Deployment.h"
 #include "zet/deploy/FileOutcome.h"
 
@@ -18,6 +19,10 @@ ShownDiff DiffToShow(Deployment& product, const std::string& oldFile, const std:
 
 /// Where the texts differ, without the texts; `excuse` says why.
 ShownDiff WithoutText(ShownDiff diff, const std::string& path, const std::string& excuse);
+
+/// The same of what a commit wrote by the history, and no list has any more: it may have been called secret.
+ShownDiff WithoutFormerSecrets(Deployment& product, ShownDiff diff, const RecordedFile& file,
+                               const std::string& path);
 
 /// Whether the text is not for everybody: that of the file as it is, or as it was.
 bool IsPrivate(Deployment& product, const FileOutcome& outcome);

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <utility>
+
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
@@ -328,6 +330,11 @@ FileOutcome FileToPutBack::Outcome() const {
 }
 
 ShownDiff FileToPutBack::Diff() const {
+    ShownDiff diff = DiffOfTexts();
+    return m_change.file ? WithoutFormerSecrets(m_product, std::move(diff), *m_change.file, m_path) : diff;
+}
+
+ShownDiff FileToPutBack::DiffOfTexts() const {
     if (!m_product.Wanted().wantsDiffs || !Differs(m_now.file, m_wanted.file)) return {};
     const std::string former = IsThere(m_now.file) ? m_path : "";
     if (!m_wanted.file->state.exists) return DiffToShow(m_product, former, "", m_path);

@@ -69,6 +69,7 @@ class FileToPutBack {
     std::string Remark() const;
     bool IsMerge() const { return m_others == OthersWork::IsMerged && m_isOthersWork && !m_isKept; }
     ShownDiff Diff() const;
+    ShownDiff DiffOfTexts() const;
 
     Deployment& m_product;
     RecordedChange m_change;

@@ -221,6 +221,23 @@ TEST_F(StoreTest, OldEntriesGoAndWhatIsKnownOfTheirFilesStays) {
     EXPECT_EQ(store.Text(store.Known("/etc/old")->state.text.value()), "b");
 }
 
+TEST_F(StoreTest, OldEntriesThatReplacedEditsStayWhereThereAreFewOfThem) {
+    StoreLimits limits;
+    limits.entries = 2;
+    limits.entriesWithEdits = 100;
+    Store store = Opened(limits);
+    FileToRecord edited = File("/etc/x", "of a hand", "1");
+    edited.file.wasEdited = true;
+    const std::int64_t kept = Record(store, {edited});
+    const std::int64_t gone = Record(store, {File("/etc/x", "1", "2")});
+    const std::int64_t newest = Record(store, {File("/etc/x", "2", "3")}) + 1;
+    EXPECT_EQ(Record(store, {File("/etc/x", "3", "4")}), newest);
+    EXPECT_TRUE(store.Find(kept));
+    EXPECT_FALSE(store.Find(gone));
+    EXPECT_TRUE(store.Find(newest - 1));
+    EXPECT_EQ(store.LastPruned(), gone);
+}
+
 TEST_F(StoreTest, ErasedTextsAreInNoneOfItsFiles) {
     const std::string secret(4000, 'S');
     const std::string other = "this stays where it is\n";

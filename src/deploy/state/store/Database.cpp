@@ -1,5 +1,6 @@
 #include "deploy/state/store/Database.h"
 
+#include <cerrno>
 #include <new>
 
 #include "deploy/host/Remedy.h"
@@ -36,10 +37,14 @@ std::string WordsOf(sqlite3* database, int code) {
 }
 
 [[noreturn]] void Fail(sqlite3* database, int code) {
+    const int reason = errno;
     if ((code & 0xff) == SQLITE_NOMEM) throw std::bad_alloc();
     const Sqlite& sqlite = TheSqlite();
-    std::string message = WordsOf(database, code);
-    const int error = database != nullptr ? sqlite.systemError(database) : 0;
+    int error = database != nullptr ? sqlite.systemError(database) : 0;
+    // SQLite does not say it of a commit.
+    if (error == 0 && reason == EDQUOT) error = reason;
+    // To SQLite, a quota that is used up is any error.
+    std::string message = WordsOf(database, error == EDQUOT ? SQLITE_FULL : code);
     if (error != 0) message += ": " + ReasonOf(error);
     throw DatabaseError(message, code, error);
 }
@@ -93,7 +98,11 @@ bool DatabaseError::IsReadOnly() const {
 }
 
 bool DatabaseError::IsFull() const {
-    return (m_code & 0xff) == SQLITE_FULL;
+    return (m_code & 0xff) == SQLITE_FULL || m_errorNumber == EDQUOT;
+}
+
+bool DatabaseError::HasNoRoom() const {
+    return (m_code & 0xff) == SQLITE_FULL || (m_code == SQLITE_IOERR_WRITE && m_errorNumber == EDQUOT);
 }
 
 void Database::Closer::operator()(sqlite3* database) const {
@@ -190,8 +199,8 @@ bool Database::TakeJournalOver() {
     return result.Next() && result.Number(1) >= 0 && result.Number(1) == result.Number(2);
 }
 
-Database::Transaction::Transaction(Database& database) : m_database(database) {
-    m_database.Run("BEGIN IMMEDIATE");
+Database::Transaction::Transaction(Database& database, Kind kind) : m_database(database) {
+    m_database.Run(kind == Kind::Write ? "BEGIN IMMEDIATE" : "BEGIN");
 }
 
 Database::Transaction::~Transaction() {

@@ -39,6 +39,9 @@ class DatabaseError : public std::runtime_error {
     bool IsDamage() const;
     bool IsReadOnly() const;
     bool IsFull() const;
+
+    /// To write found no room. Others, of a sync, tell that what was written may be lost.
+    bool HasNoRoom() const;
     int ErrorNumber() const { return m_errorNumber; }
 
   private:
@@ -84,7 +87,8 @@ class Database {
     /// What is changed while it lives is changed when it is committed, or not at all.
     class Transaction {
       public:
-        explicit Transaction(Database& database);
+        enum class Kind { Write, Look };
+        explicit Transaction(Database& database, Kind kind = Kind::Write);
         ~Transaction();
         Transaction(const Transaction&) = delete;
         Transaction& operator=(const Transaction&) = delete;

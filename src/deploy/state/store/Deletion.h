@@ -8,7 +8,8 @@
 #include "deploy/state/store/Records.h"
 #include "deploy/state/store/StoreLimits.h"
 
-/// What goes from the store, with the states and texts that nothing else there has.
+/// What goes from the store, or makes room for another, with the states and texts that nothing else there
+/// has.
 namespace ZET::Deploy {
 
 void DeleteEntry(Database& database, std::int64_t number);
@@ -17,6 +18,9 @@ void DeleteEntry(Database& database, std::int64_t number);
 void DeleteFileOf(Database& database, std::int64_t number, const std::string& path);
 
 void DeleteKnown(Database& database, const std::string& path);
+
+/// Whatever was known of the file, that is known now.
+void ReplaceKnown(Database& database, const KnownFile& file);
 
 /// What the former state alone had of texts goes.
 void ReplaceStateAndTexts(Database& database, std::int64_t id, const RecordedState& state);

@@ -151,10 +151,15 @@ void TakeOut(Database& database, std::int64_t id, RecordedState state) {
 /// had the same.
 std::set<std::int64_t> WithBases(Database& database, const std::set<std::int64_t>& texts) {
     std::set<std::int64_t> all = texts;
-    for (const std::int64_t text : texts)
+    std::vector<std::int64_t> rest(texts.begin(), texts.end());
+    while (!rest.empty()) {
+        const std::int64_t text = rest.back();
+        rest.pop_back();
+        // Of one that was damaged and is kept anew, what it was made from may have been made, too.
         for (const std::int64_t base :
              Numbers(database, "SELECT made_from FROM texts WHERE id = ? AND made_from IS NOT NULL", {text}))
-            all.insert(base);
+            if (all.insert(base).second) rest.push_back(base);
+    }
     return all;
 }
 

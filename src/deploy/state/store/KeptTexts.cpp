@@ -10,6 +10,7 @@
 #include "deploy/state/store/Digest.h"
 #include "deploy/state/store/PlainFrame.h"
 #include "deploy/state/store/Rows.h"
+#include "deploy/state/store/Schema.h"
 #include "deploy/state/store/SealedFrame.h"
 #include "deploy/state/store/TextDelta.h"
 #include "deploy/state/store/TextMark.h"
@@ -33,25 +34,40 @@ bool IsTextAt(Database& database, std::int64_t id, const std::string& text) {
     return *isSame;
 }
 
+std::optional<std::string> ReadableTextAt(Database& database, TextNumber number) {
+    try {
+        return TextAt(database, number);
+    } catch (const DamagedRow&) {
+        return std::nullopt;
+    }
+}
+
+/// A text that is found in the store.
+struct KeptText {
+    TextNumber number;
+    bool isMarked;
+};
+
 /// Of a text that would have to be expanded to be compared.
 std::optional<std::int64_t> MarkIn(Database& database, const std::string& text) {
     if (text.size() <= kLongestPlainText) return std::nullopt;
-    Database::Rows rows(database, "SELECT key FROM secret");
-    const bool isThere = rows.Next();
-    if (!isThere || rows.Bytes(0).size() != kSizeOfMarkKey) throw DamagedRow();
-    return MarkOf(rows.Bytes(0), text);
+    const std::optional<std::string> key = MarkKey(database);
+    if (!key) throw DamagedRow();
+    return MarkOf(*key, text);
 }
 
 /// A digest like that of another text can be made, and so can a text be that has it: its mark tells, or it is
-/// compared, as the texts of the first version of the tables are.
-std::optional<TextNumber> Kept(Database& database, const std::string& text, const std::string& digest,
-                               const std::optional<std::int64_t>& mark) {
+/// compared, as the texts are that have none.
+std::optional<KeptText> FindKept(Database& database, const std::string& text, const std::string& digest,
+                                 const std::optional<std::int64_t>& mark) {
     Database::Rows rows(database, "SELECT id, mark FROM texts WHERE digest = ? AND size = ?",
                         {Blob{digest}, static_cast<std::int64_t>(text.size())});
     while (rows.Next()) {
-        const std::int64_t id = rows.Number(0);
-        const auto itsMark = rows.OptionalNumber(1);
-        if (mark && itsMark ? *mark == *itsMark : IsTextAt(database, id, text)) return TextNumber{id};
+        const KeptText kept = {{rows.Number(0)}, rows.OptionalNumber(1).has_value()};
+        const bool isSame = !mark           ? IsTextAt(database, kept.number.value, text)
+                            : kept.isMarked ? *mark == rows.Number(1)
+                                            : ReadableTextAt(database, kept.number) == text;
+        if (isSame) return kept;
     }
     return std::nullopt;
 }
@@ -100,6 +116,38 @@ std::optional<TextDelta> DeltaOf(Database& database, const std::string& text,
     return delta ? DeltaFrom(*delta, former->text, text) : std::nullopt;
 }
 
+/// Whether the checksums tell that the store can give the text; none: they do not tell.
+std::optional<bool> IsSoundByChecksums(Database& database, std::int64_t id) {
+    Database::Rows rows(database, kFrameOfText, {id});
+    const auto frame = rows.Next() ? SoundFrameIn(rows.Bytes(1)) : std::nullopt;
+    if (!frame) return std::nullopt;
+    if (!IsFrameOfDelta(*frame)) return true;
+    const auto delta = DeltaOfFrame(*frame);
+    if (!delta) return false;
+    Database::Rows base(database, "SELECT frame FROM texts WHERE id = ?", {delta->base});
+    if (!base.Next()) return false;
+    return SoundFrameIn(base.Bytes(0)) ? std::optional(true) : std::nullopt;
+}
+
+bool IsReadableAt(Database& database, std::int64_t id, const std::string& text) {
+    const std::optional<bool> isSound = IsSoundByChecksums(database, id);
+    return isSound ? *isSound : ReadableTextAt(database, {id}) == text;
+}
+
+/// A mark tells which text it is, but not whether the store can still give it: where it cannot, the text is
+/// kept anew in its place, for all who have it.
+std::optional<TextNumber> Kept(Database& database, const std::string& text, const std::string& digest,
+                               const std::optional<std::int64_t>& mark) {
+    const auto kept = FindKept(database, text, digest, mark);
+    if (!kept || !mark) return kept ? std::optional(kept->number) : std::nullopt;
+    const std::int64_t id = kept->number.value;
+    if (!kept->isMarked) database.Run("UPDATE texts SET mark = ? WHERE id = ?", {*mark, id});
+    // What it was made from is released with it still: nothing else may have that any more.
+    if (!IsReadableAt(database, id, text))
+        database.Run("UPDATE texts SET frame = ? WHERE id = ?", {Blob{FrameOfWhole(text)}, id});
+    return kept->number;
+}
+
 TextNumber Keep(Database& database, const std::string& text, const std::string& digest,
                 const std::optional<FormerText>& former = std::nullopt) {
     const auto mark = MarkIn(database, text);
@@ -139,14 +187,6 @@ TextOrDelta Read(Database& database, std::int64_t number, std::size_t& size) {
         return std::move(*text);
     }
     throw DamagedRow(_(kIsDamaged));
-}
-
-std::optional<std::string> ReadableTextAt(Database& database, TextNumber number) {
-    try {
-        return TextAt(database, number);
-    } catch (const DamagedRow&) {
-        return std::nullopt;
-    }
 }
 
 }  // namespace

@@ -291,6 +291,15 @@ std::vector<RecordedFile> FilesAt(Database& database, std::int64_t entry) {
     return FilesIn(database, kFilesOfEntry, {entry});
 }
 
+std::vector<StatesOfFile> StatesOfFileAt(Database& database, std::int64_t entry, const std::string& path) {
+    std::vector<StatesOfFile> states;
+    Database::Rows rows(database, "SELECT before, after FROM files WHERE entry = ? AND path = ?",
+                        {entry, path});
+    while (rows.Next())
+        states.push_back({rows.Number(0), rows.Number(1)});
+    return states;
+}
+
 std::vector<RecordedFile> ChangesAt(Database& database, const std::string& path,
                                     std::optional<std::int64_t> last) {
     return FilesIn(database,
@@ -318,8 +327,7 @@ std::vector<KnownFile> FilesLeftBy(Database& database, std::int64_t entry) {
     return files;
 }
 
-void ReplaceKnown(Database& database, const KnownFile& file) {
-    const std::int64_t state = InsertState(database, file.state);
+void PutKnown(Database& database, const KnownFile& file, std::int64_t state) {
     database.Run("INSERT OR REPLACE INTO known(path, kind, state, entry, seal) VALUES(?,?,?,?,?)",
                  Sealed({file.path, static_cast<std::int64_t>(file.kind), state, file.entry}));
 }

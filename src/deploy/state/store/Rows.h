@@ -5,6 +5,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "deploy/host/Words.h"
@@ -34,8 +35,22 @@ std::int64_t InsertEntry(Database& database, const RecordedEntry& entry);
 void ReplaceEntry(Database& database, const RecordedEntry& entry);
 std::optional<RecordedEntry> EntryAt(Database& database, std::int64_t number);
 
+/// One that has to be there.
+inline RecordedEntry RequiredEntry(Database& database, std::int64_t number) {
+    auto entry = EntryAt(database, number);
+    if (!entry) throw DamagedRow();
+    return std::move(*entry);
+}
+
 void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file);
 std::vector<RecordedFile> FilesAt(Database& database, std::int64_t entry);
+
+/// Which rows have the states of a file that an entry has.
+struct StatesOfFile {
+    std::int64_t before;
+    std::int64_t after;
+};
+std::vector<StatesOfFile> StatesOfFileAt(Database& database, std::int64_t entry, const std::string& path);
 
 /// Of one file, from the newest entry, up to the last if there is one, to the oldest.
 std::vector<RecordedFile> ChangesAt(Database& database, const std::string& path,
@@ -48,7 +63,8 @@ std::vector<KnownFile> FilesLeftBy(Database& database, std::int64_t entry);
 /// Whether what is known of such a file is kept; a companion is known by its file.
 bool IsOfProduct(FileKind kind);
 
-void ReplaceKnown(Database& database, const KnownFile& file);
+/// With the state, which stands in its row already.
+void PutKnown(Database& database, const KnownFile& file, std::int64_t state);
 std::optional<KnownFile> KnownAt(Database& database, const std::string& path);
 std::vector<KnownFile> AllKnown(Database& database);
 

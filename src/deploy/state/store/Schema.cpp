@@ -4,9 +4,9 @@
 
 #include <cerrno>
 #include <string>
-#include <system_error>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/store/TextMark.h"
 
@@ -71,17 +71,20 @@ constexpr const char* kTablesOfVersion2[] = {
     "CREATE TABLE secret(id INTEGER PRIMARY KEY, key BLOB NOT NULL)",
 };
 
-std::string RandomKey() {
+std::string RandomKey(const std::string& file) {
     std::string key(kSizeOfMarkKey, '\0');
     if (getentropy(key.data(), key.size()) != 0)
-        throw std::system_error(errno, std::generic_category(), "getentropy");
+        throw SystemFailure({.file = file,
+                             .text = _("cannot get random bytes for its key"),
+                             .remedy = _("run the command again, or set ZET_HISTORY=no")},
+                            errno);
     return key;
 }
 
-void AddMarks(Database& database) {
+void AddMarks(Database& database, const std::string& file) {
     for (const char* const statement : kTablesOfVersion2)
         database.Run(statement);
-    database.Run("INSERT INTO secret(id, key) VALUES(0, ?)", {Blob{RandomKey()}});
+    database.Run("INSERT INTO secret(id, key) VALUES(0, ?)", {Blob{RandomKey(file)}});
     database.Run("PRAGMA user_version = 2");
 }
 
@@ -104,11 +107,24 @@ std::int64_t VersionOfStore(Database& database, const std::string& file) {
     return version;
 }
 
-void UpgradeStore(Database& database, std::int64_t version) {
+void UpgradeStore(Database& database, std::int64_t version, const std::string& file) {
     if (version == kSchemaVersion) return;
     Database::Transaction transaction(database);
     if (version == 0) MakeTables(database);
-    AddMarks(database);
+    AddMarks(database, file);
+    transaction.Commit();
+}
+
+std::optional<std::string> MarkKey(Database& database) {
+    Database::Rows rows(database, "SELECT key FROM secret WHERE id = 0");
+    if (!rows.Next() || rows.Bytes(0).size() != kSizeOfMarkKey) return std::nullopt;
+    return rows.Text(0);
+}
+
+void RenewMarkKey(Database& database, const std::string& file) {
+    Database::Transaction transaction(database);
+    database.Run("INSERT OR REPLACE INTO secret(id, key) VALUES(0, ?)", {Blob{RandomKey(file)}});
+    database.Run("UPDATE texts SET mark = NULL");
     transaction.Commit();
 }
 

@@ -1,6 +1,9 @@
 #ifndef ZET_STORE_SCHEMA_H
 #define ZET_STORE_SCHEMA_H
 
+#include <optional>
+#include <string>
+
 #include "deploy/state/store/Database.h"
 
 namespace ZET::Deploy {
@@ -13,7 +16,13 @@ inline constexpr std::int64_t kSchemaVersion = 2;
 std::int64_t VersionOfStore(Database& database, const std::string& file);
 
 /// Brings the tables to the present version, as one transaction.
-void UpgradeStore(Database& database, std::int64_t version);
+void UpgradeStore(Database& database, std::int64_t version, const std::string& file);
+
+/// What the marks of texts are made by; none where it was damaged.
+std::optional<std::string> MarkKey(Database& database);
+
+/// Makes another key: the marks by the former one are gone, and are made again as the texts come.
+void RenewMarkKey(Database& database, const std::string& file);
 
 }  // namespace ZET::Deploy
 

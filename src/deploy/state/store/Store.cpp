@@ -9,8 +9,9 @@
 #include "deploy/state/store/KeptTexts.h"
 #include "deploy/state/store/LastNumber.h"
 #include "deploy/state/store/Rows.h"
-#include "deploy/state/store/StoreDamage.h"
+#include "deploy/state/store/Schema.h"
 #include "deploy/state/store/StoreFile.h"
+#include "deploy/state/store/StoreGuard.h"
 
 namespace ZET::Deploy {
 
@@ -29,41 +30,31 @@ std::int64_t LastGiven(Database& database) {
     return FirstNumber(database, "SELECT seq FROM sqlite_sequence WHERE name = 'entries'");
 }
 
-RecordedEntry RequiredEntry(Database& database, std::int64_t number) {
-    auto entry = EntryAt(database, number);
-    if (!entry) throw DamagedRow();
-    return std::move(*entry);
+void Know(Database& database, const KnownFile& file) {
+    if (IsOfProduct(file.kind))
+        ReplaceKnown(database, file);
+    else
+        DeleteKnown(database, file.path);
 }
 
 }  // namespace
 
-/// The words of whatever goes wrong with the file.
-template <typename Call>
-auto Store::Guarded(Call call) {
-    try {
-        return call();
-    } catch (const DatabaseError& error) {
-        if (error.IsDamage()) FailOfDamage(m_file, error.what());
-        const char* const remedy = error.IsFull()       ? _("make room, or set ZET_HISTORY=no")
-                                   : error.IsReadOnly() ? _("let it be written, or set ZET_HISTORY=no")
-                                                        : _("see to its file system, or set ZET_HISTORY=no");
-        throw Failure(
-            {.file = m_file, .text = Words("the history cannot be used: %s", error.what()), .remedy = remedy},
-            error.ErrorNumber());
-    } catch (const DamagedRow& damage) {
-        FailOfDamage(m_file, damage.what());
-    }
-}
-
-Store::Store(std::string file, Access access, const StoreLimits& limits, bool isSynced)
+Store::Store(std::string file, Access access, const StoreLimits& limits, bool isSynced,
+             std::optional<FoundStore> found)
     : m_file(std::move(file)), m_limits(limits), m_isSynced(isSynced) {
     // Before the database is looked at: another run may end an entry meanwhile.
     std::int64_t last = LastNumberBeside(m_file);
     m_database = Guarded([&] {
-        return access == Access::Record ? OpenStoreToRecord(m_file, isSynced) : OpenStoreToLook(m_file);
+        if (!found) found = FindStore(m_file);
+        return access == Access::Record ? OpenStoreToRecord(m_file, *found, isSynced)
+                                        : OpenStoreToLook(m_file, *found);
     });
     if (LastNumberBeside(m_file) == 0) last = 0;  // it was that of one that is not there any more
-    Guarded([&] { LookForLoss(last); });
+    Guarded([&] {
+        LookForLoss(last);
+        m_isKeyNew = access == Access::Record && !MarkKey(*m_database);
+        if (m_isKeyNew) RenewMarkKey(*m_database, m_file);
+    });
 }
 
 Store::~Store() = default;
@@ -106,6 +97,8 @@ std::int64_t Store::Begin(const RecordedEntry& entry, const std::vector<FileToRe
             Insert(number, file);
         transaction.Commit();
         m_wasJournalLong = IsJournalLong();
+        opened.number = number;
+        m_opened = std::move(opened);
         return number;
     });
 }
@@ -151,19 +144,17 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
             ReplaceAfter(number, file);
         for (const std::string& path : settlement.untouched)
             DeleteFileOf(*m_database, number, path);
-        for (const KnownFile& file : FilesLeftBy(*m_database, number)) {
-            DeleteKnown(*m_database, file.path);
-            if (IsOfProduct(file.kind)) ReplaceKnown(*m_database, file);
-        }
+        const std::vector<KnownFile> left = FilesLeftBy(*m_database, number);
+        for (const KnownFile& file : left)
+            Know(*m_database, file);
         for (const FileToRecord& file : settlement.known)
             RememberOne(file);
-        RecordedEntry entry = RequiredEntry(*m_database, number);
+        RecordedEntry entry =
+            m_opened.number == number ? std::exchange(m_opened, {}) : RequiredEntry(*m_database, number);
         entry.ended = Now();
         entry.outcome = outcome;
         ReplaceEntry(*m_database, entry);
-        const bool isKept =
-            settlement.keepsEntry &&
-            !Numbers(*m_database, "SELECT 1 FROM files WHERE entry = ? LIMIT 1", {number}).empty();
+        const bool isKept = settlement.keepsEntry && !left.empty();
         if (!isKept) DeleteEntry(*m_database, number);
         Prune(*m_database, m_limits);
         transaction.Commit();
@@ -175,17 +166,13 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
 
 /// False when the entry does not have the file.
 bool Store::ReplaceAfter(std::int64_t number, const FileToRecord& file) {
-    const RowValues which = {number, file.file.path};
-    const std::vector<std::int64_t> texts = Numbers(*m_database,
-                                                    "SELECT text FROM files JOIN states ON states.id = before"
-                                                    " WHERE entry = ? AND path = ? AND text IS NOT NULL",
-                                                    which);
-    const auto before = texts.empty() ? std::nullopt : std::optional(TextNumber{texts.front()});
-    const std::vector<std::int64_t> states =
-        Numbers(*m_database, "SELECT after FROM files WHERE entry = ? AND path = ?", which);
-    for (const std::int64_t state : states)
-        ReplaceStateAndTexts(*m_database, state, AfterOf(file, StateAt(*m_database, state), before));
-    return !states.empty();
+    const std::vector<StatesOfFile> all = StatesOfFileAt(*m_database, number, file.file.path);
+    for (const StatesOfFile& states : all) {
+        const RecordedState before = StateAt(*m_database, states.before);
+        const RecordedState after = StateAt(*m_database, states.after);
+        ReplaceStateAndTexts(*m_database, states.after, AfterOf(file, after, before.text));
+    }
+    return !all.empty();
 }
 
 /// The text that is kept already need not be given again.
@@ -209,58 +196,11 @@ void Store::Drop(std::int64_t number) {
     });
 }
 
-std::vector<RecordedEntry> Store::Entries(std::size_t count, std::optional<std::int64_t> before) {
-    return Guarded([&] {
-        std::vector<RecordedEntry> entries;
-        const RowValues limits = {OptionalValue(before), OptionalValue(before),
-                                  static_cast<std::int64_t>(count)};
-        for (const std::int64_t number :
-             Numbers(*m_database,
-                     "SELECT number FROM entries WHERE ? IS NULL OR number < ? ORDER BY number DESC LIMIT ?",
-                     limits))
-            entries.push_back(RequiredEntry(*m_database, number));
-        return entries;
+void Store::LookTogether(const std::function<void()>& call) {
+    Guarded([&] {
+        const Database::Transaction transaction(*m_database, Database::Transaction::Kind::Look);
+        call();
     });
-}
-
-std::vector<RecordedEntry> Store::EntriesOf(const std::string& path) {
-    return Guarded([&] {
-        std::vector<RecordedEntry> entries;
-        for (const std::int64_t number : Numbers(
-                 *m_database, "SELECT DISTINCT entry FROM files WHERE path = ? ORDER BY entry DESC", {path}))
-            entries.push_back(RequiredEntry(*m_database, number));
-        return entries;
-    });
-}
-
-std::vector<RecordedEntry> Store::OpenEntries() {
-    return Guarded([&] {
-        std::vector<RecordedEntry> entries;
-        for (const std::int64_t number :
-             Numbers(*m_database, "SELECT number FROM entries WHERE outcome = 0 ORDER BY number"))
-            entries.push_back(RequiredEntry(*m_database, number));
-        return entries;
-    });
-}
-
-std::optional<RecordedEntry> Store::Find(std::int64_t number) {
-    return Guarded([&] { return EntryAt(*m_database, number); });
-}
-
-std::vector<RecordedFile> Store::FilesOf(std::int64_t number) {
-    return Guarded([&] { return FilesAt(*m_database, number); });
-}
-
-std::vector<RecordedFile> Store::ChangesOf(const std::string& path, std::optional<std::int64_t> last) {
-    return Guarded([&] { return ChangesAt(*m_database, path, last); });
-}
-
-std::optional<KnownFile> Store::Known(const std::string& path) {
-    return Guarded([&] { return KnownAt(*m_database, path); });
-}
-
-std::vector<KnownFile> Store::KnownFiles() {
-    return Guarded([&] { return AllKnown(*m_database); });
 }
 
 void Store::Remember(const std::vector<FileToRecord>& files) {
@@ -300,9 +240,7 @@ void Store::RememberOne(const FileToRecord& file) {
     const std::string& path = file.file.path;
     const std::optional<KnownFile> known = KnownAt(*m_database, path);
     const RecordedState state = AfterWithTexts(*m_database, m_limits, file, file.file.after);
-    DeleteKnown(*m_database, path);
-    if (file.file.kind != FileKind::Original)
-        ReplaceKnown(*m_database, {path, file.file.kind, state, known ? known->entry : 0});
+    Know(*m_database, {path, file.file.kind, state, known ? known->entry : 0});
 }
 
 void Store::Forget(const std::vector<std::string>& paths) {
@@ -314,20 +252,9 @@ void Store::Forget(const std::vector<std::string>& paths) {
     });
 }
 
-std::string Store::Text(TextNumber number) {
-    return Guarded([&] { return TextAt(*m_database, number); });
-}
-
-std::int64_t Store::LastPruned() {
-    return Guarded([&] { return FirstNumber(*m_database, "SELECT number FROM pruned"); });
-}
-
-std::size_t Store::CountTexts(const std::vector<std::string>& paths) {
-    return Guarded([&] { return CountTextsOf(*m_database, paths); });
-}
-
 Erasure Store::Erase(const std::vector<std::string>& paths) {
     return Guarded([&] {
+        m_opened = {};  // its words may change
         m_database->Run("PRAGMA secure_delete = ON");
         Database::Transaction transaction(*m_database);
         Erasure erased = EraseTexts(*m_database, paths);

@@ -12,6 +12,7 @@
 #include "deploy/state/store/Database.h"
 #include "deploy/state/store/Erasure.h"
 #include "deploy/state/store/Records.h"
+#include "deploy/state/store/StoreFile.h"
 #include "deploy/state/store/StoreLimits.h"
 
 namespace ZET::Deploy {
@@ -24,8 +25,10 @@ class Store {
   public:
     enum class Access { Record, Look };
 
-    /// To record, it is made where there is none; to look, there has to be one (`FindStore`).
-    Store(std::string file, Access access, const StoreLimits& limits = {}, bool isSynced = true);
+    /// To record, it is made where there is none; to look, there has to be one. `found` is for who has asked
+    /// `FindStore` already.
+    Store(std::string file, Access access, const StoreLimits& limits = {}, bool isSynced = true,
+          std::optional<FoundStore> found = std::nullopt);
     ~Store();
     Store(const Store&) = delete;
     Store& operator=(const Store&) = delete;
@@ -43,6 +46,9 @@ class Store {
 
     /// What was lost counts as no longer kept from now on, and its numbers are not given again.
     void GiveUpLost();
+
+    /// Whether the key of the marks was damaged, and another one was made.
+    bool IsKeyNew() const { return m_isKeyNew; }
 
     /// Opens an entry with its files as they are and as they are going to be, which is on the disk when the
     /// call returns: now they can be written. Returns its number.
@@ -79,6 +85,13 @@ class Store {
 
     std::optional<KnownFile> Known(const std::string& path);
     std::vector<KnownFile> KnownFiles();
+
+    /// Whether a commit ever wrote a file by the template, as far as that is kept.
+    bool WasCommitted(const std::string& templateName);
+
+    /// The call, which may look, but not record, sees the store as it is when it begins; to look at much
+    /// costs less then.
+    void LookTogether(const std::function<void()>& call);
 
     /// The files are known from now on as they are after, though no entry says so. It is there after a kill,
     /// but not after a power cut.
@@ -121,8 +134,10 @@ class Store {
     const StoreLimits m_limits;
     const bool m_isSynced;
     std::unique_ptr<Database> m_database;
+    RecordedEntry m_opened;                ///< the last one
     std::optional<bool> m_wasJournalLong;  ///< before the entry that was opened last
     std::optional<Loss> m_lost;
+    bool m_isKeyNew = false;
 };
 
 }  // namespace ZET::Deploy

@@ -97,8 +97,8 @@ FoundStore FindStore(const std::string& file) {
     return size == 0 || IsBeingMade(file) ? FoundStore::Blank : FoundStore::Whole;
 }
 
-std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, bool isSynced) {
-    if (FindStore(file) == FoundStore::Nothing) {
+std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, FoundStore found, bool isSynced) {
+    if (found == FoundStore::Nothing) {
         ForgetLastNumber(file);
         MakeFile(file);
     }
@@ -108,7 +108,7 @@ std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, bool isSync
     const std::int64_t version = VersionOfStore(*database, file);
     if (version == 0) RequireEmpty(file);
     // Before there is a journal that is kept: what has no tables was never one of these.
-    UpgradeStore(*database, version);
+    UpgradeStore(*database, version, file);
     ChooseJournal(*database);
     database->LeaveJournal();
     return database;
@@ -119,7 +119,7 @@ void TakeJournalOver(Database& database, const std::string& file, bool isSynced)
         if (database.TakeJournalOver()) return;
     } catch (const DatabaseError& error) {
         // Of any other one, a sync that comes later could hide that this one failed.
-        if (!error.IsFull()) throw;
+        if (!error.HasNoRoom()) throw;
     }
     if (!isSynced) return;
     const std::string name = file + "-wal";
@@ -128,14 +128,20 @@ void TakeJournalOver(Database& database, const std::string& file, bool isSynced)
         throw SystemFailure({.file = name, .text = _("cannot be synced")}, errno);
 }
 
-std::unique_ptr<Database> OpenStoreToLook(const std::string& file) {
-    if (FindStore(file) != FoundStore::Whole)
+std::unique_ptr<Database> OpenStoreToLook(const std::string& file, FoundStore found) {
+    if (found != FoundStore::Whole)
         throw Failure({.file = file, .text = _("is not there"), .remedy = _("nothing was recorded yet")});
     try {
         return OpenedToLook(file, Database::Access::Look);
     } catch (const DatabaseError& error) {
         if (!error.IsReadOnly() || eaccess(file.c_str(), R_OK) != 0) throw;
     }
+    // As one that nobody writes, it would be read without what its journal has.
+    if (SizeOfOwn(file + "-wal") > 0)
+        throw Failure({.file = file,
+                       .text = _("cannot be read here: its journal needs a writable directory"),
+                       .remedy = _("copy it to one, with the journal beside it (-wal), and look there by "
+                                   "ZET_VAR_LIB_DIR; or let its own be written")});
     return OpenedToLook(file, Database::Access::LookAtCopy);
 }
 

@@ -24,7 +24,7 @@ FoundStore FindStore(const std::string& file);
 
 /// Opens it with its tables, which are made where there are none. `isSynced`: what was recorded is on the
 /// disk when a transaction was committed.
-std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, bool isSynced);
+std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, FoundStore found, bool isSynced);
 
 /// A journal of so many pages is taken over where that costs syncs: every command reads it first. Where it
 /// costs none, each entry does so, which is 0.2 ms a command better than at 32 pages.
@@ -35,7 +35,7 @@ inline constexpr std::int64_t kLongJournal = 256;
 void TakeJournalOver(Database& database, const std::string& file, bool isSynced);
 
 /// Opens one that is there, and changes nothing.
-std::unique_ptr<Database> OpenStoreToLook(const std::string& file);
+std::unique_ptr<Database> OpenStoreToLook(const std::string& file, FoundStore found);
 
 }  // namespace ZET::Deploy
 

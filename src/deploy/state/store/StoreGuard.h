@@ -1,0 +1,32 @@
+#ifndef ZET_STORE_GUARD_H
+#define ZET_STORE_GUARD_H
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/Words.h"
+#include "deploy/state/store/Rows.h"
+#include "deploy/state/store/Store.h"
+#include "deploy/state/store/StoreDamage.h"
+
+namespace ZET::Deploy {
+
+/// The words of whatever goes wrong with the file.
+template <typename Call>
+auto Store::Guarded(Call call) {
+    try {
+        return call();
+    } catch (const DatabaseError& error) {
+        if (error.IsDamage()) FailOfDamage(m_file, error.what());
+        const char* const remedy = error.IsFull()       ? _("make room, or set ZET_HISTORY=no")
+                                   : error.IsReadOnly() ? _("let it be written, or set ZET_HISTORY=no")
+                                                        : _("see to its file system, or set ZET_HISTORY=no");
+        throw Failure(
+            {.file = m_file, .text = Words("the history cannot be used: %s", error.what()), .remedy = remedy},
+            error.ErrorNumber());
+    } catch (const DamagedRow& damage) {
+        FailOfDamage(m_file, damage.what());
+    }
+}
+
+}  // namespace ZET::Deploy
+
+#endif

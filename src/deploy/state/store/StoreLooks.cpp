@@ -1,0 +1,85 @@
+#include <utility>
+
+#include "deploy/state/store/Erasure.h"
+#include "deploy/state/store/KeptTexts.h"
+#include "deploy/state/store/Rows.h"
+#include "deploy/state/store/Store.h"
+#include "deploy/state/store/StoreGuard.h"
+
+/// The calls of the store that look at it.
+namespace ZET::Deploy {
+
+std::vector<RecordedEntry> Store::Entries(std::size_t count, std::optional<std::int64_t> before) {
+    return Guarded([&] {
+        std::vector<RecordedEntry> entries;
+        const RowValues limits = {OptionalValue(before), OptionalValue(before),
+                                  static_cast<std::int64_t>(count)};
+        for (const std::int64_t number :
+             Numbers(*m_database,
+                     "SELECT number FROM entries WHERE ? IS NULL OR number < ? ORDER BY number DESC LIMIT ?",
+                     limits))
+            entries.push_back(RequiredEntry(*m_database, number));
+        return entries;
+    });
+}
+
+std::vector<RecordedEntry> Store::EntriesOf(const std::string& path) {
+    return Guarded([&] {
+        std::vector<RecordedEntry> entries;
+        for (const std::int64_t number : Numbers(
+                 *m_database, "SELECT DISTINCT entry FROM files WHERE path = ? ORDER BY entry DESC", {path}))
+            entries.push_back(RequiredEntry(*m_database, number));
+        return entries;
+    });
+}
+
+std::vector<RecordedEntry> Store::OpenEntries() {
+    return Guarded([&] {
+        std::vector<RecordedEntry> entries;
+        for (const std::int64_t number :
+             Numbers(*m_database, "SELECT number FROM entries WHERE outcome = 0 ORDER BY number"))
+            entries.push_back(RequiredEntry(*m_database, number));
+        return entries;
+    });
+}
+
+std::optional<RecordedEntry> Store::Find(std::int64_t number) {
+    return Guarded([&] { return EntryAt(*m_database, number); });
+}
+
+std::vector<RecordedFile> Store::FilesOf(std::int64_t number) {
+    return Guarded([&] { return FilesAt(*m_database, number); });
+}
+
+std::vector<RecordedFile> Store::ChangesOf(const std::string& path, std::optional<std::int64_t> last) {
+    return Guarded([&] { return ChangesAt(*m_database, path, last); });
+}
+
+std::optional<KnownFile> Store::Known(const std::string& path) {
+    return Guarded([&] { return KnownAt(*m_database, path); });
+}
+
+std::vector<KnownFile> Store::KnownFiles() {
+    return Guarded([&] { return AllKnown(*m_database); });
+}
+
+bool Store::WasCommitted(const std::string& templateName) {
+    return Guarded([&] {
+        return m_database->Run("SELECT 1 FROM states WHERE template = ? AND length(roles) > 0 LIMIT 1",
+                               {templateName}) != Value();
+    });
+}
+
+std::string Store::Text(TextNumber number) {
+    return Guarded([&] { return TextAt(*m_database, number); });
+}
+
+std::int64_t Store::LastPruned() {
+    return Guarded([&] { return FirstNumber(*m_database, "SELECT number FROM pruned"); });
+}
+
+std::size_t Store::CountTexts(const std::vector<std::string>& paths) {
+    return Guarded([&] { return CountTextsOf(*m_database, paths); });
+}
+
+}  // namespace ZET::Deploy

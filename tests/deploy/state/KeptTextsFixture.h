@@ -1,0 +1,65 @@
+#ifndef ZET_TEST_KEPT_TEXTS_FIXTURE_H
+#define ZET_TEST_KEPT_TEXTS_FIXTURE_H
+
+#include <string>
+#include <vector>
+
+#include "StoreFixture.h"
+#include "deploy/state/store/PlainFrame.h"
+
+namespace ZET::Deploy {
+
+/// A store whose rows are changed behind its back.
+class KeptTextsFixture : public StoreFixture {
+  protected:
+    static std::string Long(char first) {
+        std::string text(2 * kLongestPlainText, 'x');
+        text.front() = first;
+        return text;
+    }
+
+    std::int64_t Count(const char* statement) const {
+        Database database(Name(), Database::Access::Write);
+        return std::get<std::int64_t>(database.Run(statement));
+    }
+
+    void Change(const std::vector<const char*>& statements) const {
+        Database database(Name(), Database::Access::Write);
+        for (const char* const statement : statements)
+            database.Run(statement);
+    }
+
+    /// As if somebody had made texts that have one digest.
+    void GiveAllOneDigest(const std::string& digest) const {
+        Database database(Name(), Database::Access::Write);
+        database.Run("UPDATE texts SET digest = ?", {Blob{digest}});
+    }
+
+    void GiveFrame(TextNumber text, const std::string& frame) const {
+        Database database(Name(), Database::Access::Write);
+        database.Run("UPDATE texts SET frame = ? WHERE id = ?", {Blob{frame}, text.value});
+    }
+
+    /// One bit of a frame, somewhere in it.
+    void DamageFrame(TextNumber text, std::size_t place) const {
+        std::string frame;
+        {
+            Database database(Name(), Database::Access::Write);
+            frame = std::get<Blob>(database.Run("SELECT frame FROM texts WHERE id = ?", {text.value})).bytes;
+        }
+        frame[place % frame.size()] ^= 1;
+        GiveFrame(text, frame);
+    }
+
+    /// The tables as they were before texts had marks.
+    void GoBackToVersion1() const {
+        Change({"DROP INDEX texts_by_digest", "ALTER TABLE texts DROP COLUMN mark",
+                "CREATE INDEX texts_by_digest ON texts(digest)", "DROP TABLE secret",
+                "DROP INDEX texts_by_base", "ALTER TABLE texts DROP COLUMN made_from",
+                "PRAGMA user_version = 1"});
+    }
+};
+
+}  // namespace ZET::Deploy
+
+#endif
