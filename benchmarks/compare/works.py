@@ -34,10 +34,10 @@ SMOKE_SIZES = Sizes(30_000, 60_000, 10, 500, 2000, 200, 3, 5, 20)
 class Place:
     """A directory of one work, with a configuration of its own."""
 
-    def __init__(self, directory, build, sync="no", built_in=None):
+    def __init__(self, directory, programs, sync="no", built_in_programs=None):
         self.directory = pathlib.Path(directory).resolve()
-        self.build = pathlib.Path(build).resolve()
-        self.built_in_build = built_in and pathlib.Path(built_in).resolve()
+        self.programs = pathlib.Path(programs).resolve()
+        self.built_in_programs = built_in_programs and pathlib.Path(built_in_programs).resolve()
         self.sync = sync
         for name in ("templates", *STATES.values(), "out"):
             (self.directory / name).mkdir(parents=True)
@@ -61,18 +61,18 @@ class Place:
         return self.directory / "out" / re.sub(r"\W+", "-", tool)
 
     def command(self, *words):
-        return [str(self.build / "bin/zet-client"), "-q", "-c", str(self.config), *map(str, words)]
+        return [str(self.programs / "bin/zet-client"), "-q", "-c", str(self.config), *map(str, words)]
 
     def built_in(self, *words):
         """Of the build whose commands have the module in them."""
-        return [str(self.built_in_build / "bin/zet-client"), *self.command(*words)[1:]]
+        return [str(self.built_in_programs / "bin/zet-client"), *self.command(*words)[1:]]
 
     def engine(self, *words):
-        return [str(self.build / "bin/zet-bench-engine"), str(self.config),
-                str(self.build / "lib/zet/libzet-config.so"), *map(str, words)]
+        return [str(self.programs / "bin/zet-bench-engine"), str(self.config),
+                str(self.programs / "lib/zet/libzet-config.so"), *map(str, words)]
 
     def floor(self, *words):
-        return [str(self.build / "bin/zet-bench-floor"), *map(str, words)]
+        return [str(self.programs / "bin/zet-bench-floor"), *map(str, words)]
 
 
 def _size(*paths):
@@ -99,7 +99,7 @@ def _render_tools(place, template, body, names):
         tools[name] = Tool(name, kind, command(str(out)), out, expected, prepare=["cp", str(former), str(out)], **more)
 
     add("zet-client", COMMAND, lambda out: place.command("template", "process", template.name, out))
-    if place.built_in_build:
+    if place.built_in_programs:
         add(BUILT_IN, COMMAND, lambda out: place.built_in("template", "process", template.name, out))
     add("engine", ENGINE, lambda out: place.engine("render", template.name, out))
     add("floor", FLOOR, lambda out: place.floor("replace", template, out), None)
@@ -211,7 +211,7 @@ def _set(place, name, lines, goal):
         edited("sed -i", PEER, lambda file: ["sed", "-i", "-f", str(sed), file]),
         edited("perl -pi", PEER, lambda file: ["perl", "-pi", "-e", perl_to_set(parameter), file]),
     ]
-    if place.built_in_build and lines == Sizes().few_lines:
+    if place.built_in_programs and lines == Sizes().few_lines:
         tools.insert(1, edited(BUILT_IN, COMMAND, lambda file: place.built_in(*words, file, parameter, "changed")))
     if lines == Sizes().few_lines:
         tools += [

@@ -179,9 +179,9 @@ open(sys.argv[3]).read()' "$XDG_RUNTIME_DIR/zet-staging.abcdef/lock" "$BASE/held
     XDG_RUNTIME_DIR=$BASE/nowhere commit_with flock ENOLCK
     assert_status 0
     rm out/* state/state.db*
-    # In a dry run, the first call is the one that locks.
+    # In a dry run, the first call after the looks at the three standard streams is the one that locks.
     capture strace -f -qq -o "$BASE/trace" \
-        -e trace=fcntl -e inject=fcntl:error=ENOLCK:when=1 "$ZET_BIN/zet-client" --config zet.conf commit-config -n
+        -e trace=fcntl -e inject=fcntl:error=ENOLCK:when=4 "$ZET_BIN/zet-client" --config zet.conf commit-config -n
     grep -q 'F_OFD_SETLK.*INJECTED' "$BASE/trace"
     assert_refusal 1 "$TMPDIR: no directory for temporary files can be made here: No locks available (make room, or name another directory with TMPDIR)"
     assert_equal "$(names_in "$TMPDIR")" ""

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
+#include <algorithm>
 #include <ctime>
 #include <utility>
 
@@ -75,7 +76,7 @@ TEST(TargetListLimits, DeepestListThatIsReadFitsOnASmallStack) {
                 ElementsAre(testing::HasSubstr("is not quoted")));
 }
 
-double SecondsFor(int count) {
+double SecondsOnce(int count) {
     std::string text;
     for (int i = 0; i < count; ++i)
         text +=
@@ -87,8 +88,15 @@ double SecondsFor(int count) {
     return static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
 }
 
+/// The smallest of a few: whoever else uses the processor makes it only longer.
+double SecondsFor(int count) {
+    double smallest = SecondsOnce(count);
+    for (int i = 0; i < 2; ++i)
+        smallest = std::min(smallest, SecondsOnce(count));
+    return smallest;
+}
+
 TEST(TargetListLimits, TimeGrowsWithTheList) {
-    SecondsFor(10000);
     const double few = SecondsFor(10000);
     const double many = SecondsFor(40000);
     EXPECT_LT(many, 8 * few);
