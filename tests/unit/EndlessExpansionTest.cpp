@@ -18,8 +18,9 @@ class EndlessExpansionTest : public ModuleTest {
     }
 
     void Apply(const std::string& text) {
-        StringMap values = {{"${self}", "${self}"}, {"${grows}", "a${grows}"}, {"${ping}", "${pong}"},
-                            {"${pong}", "${ping}"}, {"${open}", "${"},         {"${realm}", "R"}};
+        StringMap values = {{"${self}", "${self}"},  {"${grows}", "a${grows}"}, {"${ping}", "${pong}"},
+                            {"${pong}", "${ping}"},  {"${open}", "${"},         {"${realm}", "R"},
+                            {"${first}", "${two\n"}, {"${two\nlines}", ""}};
         CZETConfigFile file(m_core);
         EXPECT_TRUE(file.Open(Write("a.conf", text), "", true));
         file.ApplyTemplates(values);
@@ -64,6 +65,10 @@ TEST_F(EndlessExpansionTest, PlaceholderWithoutEndInACommentIsHarmless) {
 
 TEST_F(EndlessExpansionTest, OpenedByAValueAndClosedByTheLineIsHarmless) {
     ExpectEnds("${open}realm}\n");
+}
+
+TEST_F(EndlessExpansionTest, EmptyValueOfAPlaceholderThatReachesOverALineFeedOfAValueIsHarmless) {
+    ExpectEnds("a${first}lines}b\n");
 }
 
 }  // namespace

@@ -128,10 +128,11 @@ void Expander::ReplacePlaceholder() {
     const KnownValue* const value = FindValue(placeholder);
     if (value == nullptr) return MarkUnknown(placeholder);
     Drop(placeholder.size());
-    if (value->isPlain && !value->canBeginOther) {
-        m_out.Append(value->value->second);
+    const std::string& text = value->value->second;
+    if (text.empty() || (value->isPlain && !value->canBeginOther)) {
+        m_out.Append(text);
     } else {
-        m_pieces.push_back(value->value->second);
+        m_pieces.push_back(text);
     }
 }
 
