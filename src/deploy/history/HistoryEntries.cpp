@@ -95,6 +95,14 @@ std::vector<std::string> ShownWords(const HistoryReader& reader, const RecordedE
     return mayHoldText ? WordsWithoutTexts(entry.words, HiddenTexts(reader, entry), paths) : entry.words;
 }
 
+/// Of an entry that is open, a companion may never come, though its text is known: only that it was going to
+/// be there is told.
+HistoryFile ToldFileOf(const HistoryReader& reader, const RecordedEntry& entry, const RecordedFile& file) {
+    HistoryFile told = ToldFile(reader, file);
+    if (entry.outcome == EntryOutcome::Open && file.kind == FileKind::Companion) told.after = {};
+    return told;
+}
+
 }  // namespace
 
 std::string UserName(uid_t user) {
@@ -162,7 +170,7 @@ std::vector<HistoryEntry> ListHistory(Deployment& product, const std::string& fi
         entries.push_back(ToldEntry(reader, entry));
         for (const RecordedFile& each : reader.FilesOf(entry.number)) {
             if (file.empty() || std::find(wanted.begin(), wanted.end(), each.path) != wanted.end())
-                entries.back().files.push_back(ToldFile(reader, each));
+                entries.back().files.push_back(ToldFileOf(reader, entry, each));
         }
     }
     return entries;
@@ -170,10 +178,11 @@ std::vector<HistoryEntry> ListHistory(Deployment& product, const std::string& fi
 
 HistoryEntry ShowEntry(Deployment& product, std::int64_t number) {
     const HistoryReader reader(product);
-    HistoryEntry entry = ToldEntry(reader, reader.Entry(number));
+    const RecordedEntry entry = reader.Entry(number);
+    HistoryEntry told = ToldEntry(reader, entry);
     for (const RecordedFile& file : reader.FilesOf(number))
-        entry.files.push_back(ToldFile(reader, file));
-    return entry;
+        told.files.push_back(ToldFileOf(reader, entry, file));
+    return told;
 }
 
 std::string TextOf(Deployment& product, std::int64_t number, const std::string& file, Side side) {

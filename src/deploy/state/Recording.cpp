@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileState.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/History.h"
 #include "deploy/state/LoginUser.h"
@@ -28,6 +29,12 @@ std::vector<std::string> ShownWords(const Options& options, bool isPrivate) {
         words.push_back(word.isText && isPrivate ? word.text.substr(0, word.shown) + kHiddenWord : word.text);
     if (words.empty()) words.push_back(options.command);
     return words;
+}
+
+bool HasCompanion(const ExpectedFile& file, const std::string& suffix) {
+    const std::string path = file.path + suffix;
+    if (file.place == nullptr) return StateOf(path).exists;
+    return StateIn(file.place->Directory(), file.place->NameInDirectory() + suffix, path).exists;
 }
 
 }  // namespace
@@ -113,7 +120,9 @@ void Recording::ExpectWithCompanions(ExpectedFile file) {
         if (!mayGo && isReserve) file.after = CapturedFile{original.file.before, original.textBefore};
         Add(file, suffix);
         const bool isThere = m_rows.back().record.file.before.exists;
-        if (isThere != mayGo) m_rows.pop_back();
+        // What the product has made itself gets no reserve, however often it is written.
+        const bool cannotCome = !mayGo && isReserve && !isThere && HasCompanion(file, ZETAbsenceSuffix);
+        if (isThere != mayGo || cannotCome) m_rows.pop_back();
     }
 }
 

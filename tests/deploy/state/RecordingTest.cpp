@@ -74,6 +74,16 @@ TEST_F(RecordingTest, ReserveThatDidNotComeIsNotRecorded) {
     EXPECT_EQ(FilesOf(*recording.Number()).size(), 1U);
 }
 
+TEST_F(RecordingTest, NoReserveIsExpectedOfAFileThatTheProductMade) {
+    UseHistory("yes");
+    Write("out/a", "former");
+    Write("out/a.no_file_before_zet", "");
+    Recording recording(TheHost(), Recording::Use::OfTheProduct, true);
+    recording.Expect(Expected("out/a"));
+    recording.Begin();
+    EXPECT_EQ(FilesOf(*recording.Number()).size(), 1U);
+}
+
 /// A run that does not come to its end may have copied what somebody else wrote: it is the command's all the
 /// same.
 TEST_F(RecordingTest, ReserveOfAnotherTextIsRecordedAsItIs) {
