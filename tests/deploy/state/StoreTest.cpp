@@ -159,6 +159,49 @@ TEST_F(StoreTest, AnEntryThatChangedNothingLeavesNothing) {
     EXPECT_GT(Record(store, {File("/etc/x", "1", "2")}), dropped);  // a number is given once
 }
 
+std::int64_t CountIn(const std::string& file, const char* statement) {
+    Database database(file, Database::Access::Look);
+    return std::get<std::int64_t>(database.Run(statement));
+}
+
+TEST_F(StoreTest, WhatAnEntryLeftIsKnownAlsoWhereTheEntryIsNotKept) {
+    Store store = Opened();
+    Settlement settlement;
+    settlement.keepsEntry = false;
+    FileToRecord original = File("/etc/o", "5", "6");
+    Record(store, {File("/etc/x", "0", "1"), original});
+    original.file.kind = FileKind::Original;
+    FileToRecord edited = File("/etc/x", "2", "3");
+    edited.file.leftBefore = State(0600);
+    const std::int64_t number = store.Open(Entry(), {edited, File("/etc/a", "", "4"), original});
+    EXPECT_FALSE(store.Close(number, EntryOutcome::Done, settlement));
+    EXPECT_FALSE(store.Find(number));
+    EXPECT_TRUE(store.FilesOf(number).empty());
+
+    const std::vector<KnownFile> known = store.KnownFiles();
+    ASSERT_EQ(known.size(), 2u);
+    EXPECT_EQ(known[0].path, "/etc/a");
+    EXPECT_EQ(known[1].path, "/etc/x");
+    EXPECT_EQ(known[1].entry, number);
+    EXPECT_EQ(store.Text(known[0].state.text.value()), "4");
+    EXPECT_EQ(store.Text(known[1].state.text.value()), "3");
+    // Those of the entry before, with the two texts of each file, and those that are known.
+    EXPECT_EQ(CountIn(Name(), "SELECT count(*) FROM states"), 4 + 2);
+    EXPECT_EQ(CountIn(Name(), "SELECT count(*) FROM texts"), 4 + 2);
+}
+
+TEST_F(StoreTest, AnEntryThatLostAStateIsNotClosed) {
+    Store store = Opened();
+    const std::int64_t number = store.Open(Entry(), {File("/etc/x", "1", "2")});
+    Database(Name(), Database::Access::Write).Run("DELETE FROM states WHERE id = (SELECT after FROM files)");
+    Settlement settlement;
+    for (const bool isKept : {false, true}) {
+        settlement.keepsEntry = isKept;
+        EXPECT_THROW(store.Close(number, EntryOutcome::Done, settlement), Failure);
+        EXPECT_FALSE(store.Known("/etc/x"));
+    }
+}
+
 TEST_F(StoreTest, WhatIsRememberedTogetherComesAsOne) {
     Store store = Opened();
     Record(store, {File("/etc/other", "1", "2")});

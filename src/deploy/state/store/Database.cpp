@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <new>
+#include <utility>
 
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
@@ -159,17 +160,16 @@ void Database::Bind(sqlite3_stmt* statement, const RowValues& values) {
             Require(sqlite.bindNumber(statement, index, *number));
         else if (const auto* text = std::get_if<std::string>(&value))
             Require(
-                sqlite.bindText(statement, index, text->data(), text->size(), SQLITE_TRANSIENT, SQLITE_UTF8));
+                sqlite.bindText(statement, index, text->data(), text->size(), SQLITE_STATIC, SQLITE_UTF8));
         else if (const auto* blob = std::get_if<Blob>(&value))
-            Require(
-                sqlite.bindBlob(statement, index, blob->bytes.data(), blob->bytes.size(), SQLITE_TRANSIENT));
+            Require(sqlite.bindBlob(statement, index, blob->bytes.data(), blob->bytes.size(), SQLITE_STATIC));
         else
             Require(sqlite.bindNothing(statement, index));
     }
 }
 
-Value Database::Run(const char* statement, const RowValues& values) {
-    Rows rows(*this, statement, values);
+Value Database::Run(const char* statement, RowValues values) {
+    Rows rows(*this, statement, std::move(values));
     return rows.Next() ? rows.At(0) : Value();
 }
 
@@ -218,9 +218,9 @@ void Database::Transaction::Commit() {
     m_isOpen = false;
 }
 
-Database::Rows::Rows(Database& database, const char* statement, const RowValues& values)
-    : m_database(database), m_statement(database.Prepared(statement)) {
-    database.Bind(m_statement, values);
+Database::Rows::Rows(Database& database, const char* statement, RowValues values)
+    : m_database(database), m_statement(database.Prepared(statement)), m_values(std::move(values)) {
+    database.Bind(m_statement, m_values);
 }
 
 Database::Rows::~Rows() {

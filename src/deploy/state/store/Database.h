@@ -63,8 +63,9 @@ class Database {
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
 
-    /// One statement that gives no rows, or the first value of the first row that it gives.
-    Value Run(const char* statement, const RowValues& values = {});
+    /// One statement that gives no rows, or the first value of the first row that it gives. A statement is
+    /// known again by where it stands: it has to stay there.
+    Value Run(const char* statement, RowValues values = {});
 
     /// The number of the row that was inserted last.
     std::int64_t LastRow() const;
@@ -102,7 +103,7 @@ class Database {
     /// The rows of a statement. No other rows of the same statement may be read meanwhile.
     class Rows {
       public:
-        Rows(Database& database, const char* statement, const RowValues& values = {});
+        Rows(Database& database, const char* statement, RowValues values = {});
         ~Rows();
         Rows(const Rows&) = delete;
         Rows& operator=(const Rows&) = delete;
@@ -122,6 +123,7 @@ class Database {
       private:
         Database& m_database;
         sqlite3_stmt* m_statement;
+        const RowValues m_values;  ///< where the statement finds them
     };
 
   private:
@@ -138,7 +140,7 @@ class Database {
     int Require(int result);
 
     std::unique_ptr<sqlite3, Closer> m_database;
-    std::map<std::string_view, std::unique_ptr<sqlite3_stmt, Finalizer>> m_statements;
+    std::map<const char*, std::unique_ptr<sqlite3_stmt, Finalizer>> m_statements;
     std::int64_t m_journalBefore = 0;
 };
 

@@ -11,7 +11,9 @@ namespace {
 
 /// The bytes of a row that its seal is made of.
 std::string BytesOf(const RowValues& row) {
+    constexpr std::size_t kUsualSize = 256;
     std::string bytes;
+    bytes.reserve(kUsualSize);
     for (const Value& value : row) {
         if (const auto* number = std::get_if<std::int64_t>(&value))
             AppendPacked(bytes, "i", std::to_string(*number));
@@ -25,7 +27,12 @@ std::string BytesOf(const RowValues& row) {
     return bytes;
 }
 
-RowValues Sealed(RowValues row) {
+/// With a seal, and room for the number of the row.
+template <typename... Values>
+RowValues SealedRow(Values&&... values) {
+    RowValues row;
+    row.reserve(sizeof...(values) + 2);
+    (row.emplace_back(std::forward<Values>(values)), ...);
     row.emplace_back(SealOf(BytesOf(row)));
     return row;
 }
@@ -33,6 +40,7 @@ RowValues Sealed(RowValues row) {
 /// The row at which `rows` stands; its seal is the last column.
 RowValues Opened(const Database::Rows& rows, int columns) {
     RowValues row;
+    row.reserve(static_cast<std::size_t>(columns));
     for (int column = 0; column < columns; ++column)
         row.push_back(rows.At(column));
     if (rows.At(columns) != Value(SealOf(BytesOf(row)))) throw DamagedRow();
@@ -119,10 +127,10 @@ RecordedEntry EntryOf(const Database::Rows& rows) {
 }
 
 RowValues RowOf(const RecordedEntry& entry) {
-    return Sealed({entry.begun, entry.ended, static_cast<std::int64_t>(entry.outcome),
-                   static_cast<std::int64_t>(entry.user),
-                   entry.loginUser ? Value(static_cast<std::int64_t>(*entry.loginUser)) : Value(),
-                   entry.sudoUser, NameOf(entry.role), Blob{Packed(entry.words)}, entry.message});
+    return SealedRow(entry.begun, entry.ended, static_cast<std::int64_t>(entry.outcome),
+                     static_cast<std::int64_t>(entry.user),
+                     entry.loginUser ? Value(static_cast<std::int64_t>(*entry.loginUser)) : Value(),
+                     entry.sudoUser, NameOf(entry.role), Blob{Packed(entry.words)}, entry.message);
 }
 
 /// A base that was taken out is no text's number.
@@ -133,12 +141,12 @@ Value BaseNumberOf(const Knowledge& knowledge) {
 }
 
 RowValues RowOf(const RecordedState& state) {
-    return Sealed({std::int64_t{state.exists}, std::int64_t{state.mode}, std::int64_t{state.owner},
-                   std::int64_t{state.group}, PackedPairs(state.attributes),
-                   static_cast<std::int64_t>(state.size), Blob{state.digest}, NumberOf(state.text),
-                   PackedRoles(state.knowledge.roles),
-                   state.knowledge.namedRole ? NameOf(*state.knowledge.namedRole) : "",
-                   state.knowledge.templateName, BaseNumberOf(state.knowledge)});
+    return SealedRow(std::int64_t{state.exists}, std::int64_t{state.mode}, std::int64_t{state.owner},
+                     std::int64_t{state.group}, PackedPairs(state.attributes),
+                     static_cast<std::int64_t>(state.size), Blob{state.digest}, NumberOf(state.text),
+                     PackedRoles(state.knowledge.roles),
+                     state.knowledge.namedRole ? NameOf(*state.knowledge.namedRole) : "",
+                     state.knowledge.templateName, BaseNumberOf(state.knowledge));
 }
 
 KnownFile KnownOf(Database& database, const Database::Rows& rows) {
@@ -153,9 +161,9 @@ KnownFile KnownOf(Database& database, const Database::Rows& rows) {
 
 }  // namespace
 
-std::vector<std::int64_t> Numbers(Database& database, const char* statement, const RowValues& values) {
+std::vector<std::int64_t> Numbers(Database& database, const char* statement, RowValues values) {
     std::vector<std::int64_t> numbers;
-    Database::Rows rows(database, statement, values);
+    Database::Rows rows(database, statement, std::move(values));
     while (rows.Next())
         numbers.push_back(rows.Number(0));
     return numbers;
@@ -182,7 +190,7 @@ void ReplaceState(Database& database, std::int64_t id, const RecordedState& stat
         "UPDATE states SET present=?, mode=?, owner=?, grp=?, attributes=?, size=?, digest=?, text=?, "
         "roles=?,"
         " named_role=?, template=?, base=?, seal=? WHERE id = ?",
-        row);
+        std::move(row));
 }
 
 RecordedState StateAt(Database& database, std::int64_t id) {
@@ -210,10 +218,6 @@ RecordedState StateAt(Database& database, std::int64_t id) {
     return state;
 }
 
-void DeleteState(Database& database, std::int64_t id) {
-    database.Run("DELETE FROM states WHERE id = ?", {id});
-}
-
 std::int64_t InsertEntry(Database& database, const RecordedEntry& entry) {
     database.Run(
         "INSERT INTO entries(begun, ended, outcome, user, login_user, sudo_user, role, words, message, seal)"
@@ -228,7 +232,7 @@ void ReplaceEntry(Database& database, const RecordedEntry& entry) {
     database.Run(
         "UPDATE entries SET begun=?, ended=?, outcome=?, user=?, login_user=?, sudo_user=?, role=?, words=?,"
         " message=?, seal=? WHERE number = ?",
-        row);
+        std::move(row));
 }
 
 std::optional<RecordedEntry> EntryAt(Database& database, std::int64_t number) {
@@ -250,25 +254,23 @@ constexpr std::int64_t kIsPutBack = 2;
 void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file) {
     const std::int64_t before = InsertState(database, file.before);
     const std::int64_t after = InsertState(database, file.after);
-    RowValues row = {
-        entry,  file.path, static_cast<std::int64_t>(file.kind), static_cast<std::int64_t>(file.kindBefore),
-        before, after};
-    row.emplace_back();
-    if (file.leftBefore) row.back() = InsertState(database, *file.leftBefore);
-    row.emplace_back((file.wasEdited ? kWasEdited : 0) | (file.isPutBack ? kIsPutBack : 0));
+    std::optional<std::int64_t> left;
+    if (file.leftBefore) left = InsertState(database, *file.leftBefore);
     database.Run(
         "INSERT INTO files(entry, path, kind, kind_before, before, after, left_before, was_edited, seal)"
         " VALUES(?,?,?,?,?,?,?,?,?)",
-        Sealed(std::move(row)));
+        SealedRow(entry, file.path, static_cast<std::int64_t>(file.kind),
+                  static_cast<std::int64_t>(file.kindBefore), before, after, OptionalValue(left),
+                  (file.wasEdited ? kWasEdited : 0) | (file.isPutBack ? kIsPutBack : 0)));
 }
 
 constexpr const char* kFilesOfEntry =
     "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
     " FROM files WHERE entry = ? ORDER BY id";
 
-static std::vector<RecordedFile> FilesIn(Database& database, const char* statement, const RowValues& values) {
+static std::vector<RecordedFile> FilesIn(Database& database, const char* statement, RowValues values) {
     std::vector<RecordedFile> files;
-    Database::Rows rows(database, statement, values);
+    Database::Rows rows(database, statement, std::move(values));
     while (rows.Next()) {
         RowReader row(Opened(rows, 8));
         row.Number();
@@ -312,24 +314,21 @@ bool IsOfProduct(FileKind kind) {
     return kind != FileKind::Original && kind != FileKind::Companion;
 }
 
-std::vector<KnownFile> FilesLeftBy(Database& database, std::int64_t entry) {
-    std::vector<KnownFile> files;
+std::vector<LeftFile> FilesLeftBy(Database& database, std::int64_t entry) {
+    std::vector<LeftFile> files;
     Database::Rows rows(database, kFilesOfEntry, {entry});
     while (rows.Next()) {
         RowReader row(Opened(rows, 8));
-        KnownFile file;
-        file.entry = row.Number();
-        file.path = row.Text();
-        file.kind = static_cast<FileKind>(row.Number());
-        if (IsOfProduct(file.kind)) file.state = StateAt(database, rows.Number(5));
-        files.push_back(std::move(file));
+        row.Number();
+        std::string path = row.Text();
+        files.push_back({std::move(path), static_cast<FileKind>(row.Number()), rows.Number(5)});
     }
     return files;
 }
 
-void PutKnown(Database& database, const KnownFile& file, std::int64_t state) {
+void PutKnown(Database& database, const LeftFile& file, std::int64_t entry) {
     database.Run("INSERT OR REPLACE INTO known(path, kind, state, entry, seal) VALUES(?,?,?,?,?)",
-                 Sealed({file.path, static_cast<std::int64_t>(file.kind), state, file.entry}));
+                 SealedRow(file.path, static_cast<std::int64_t>(file.kind), file.state, entry));
 }
 
 std::optional<KnownFile> KnownAt(Database& database, const std::string& path) {

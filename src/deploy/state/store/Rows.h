@@ -21,7 +21,7 @@ class DamagedRow : public std::runtime_error {
 };
 
 /// The first column of each row that the statement finds.
-std::vector<std::int64_t> Numbers(Database& database, const char* statement, const RowValues& values = {});
+std::vector<std::int64_t> Numbers(Database& database, const char* statement, RowValues values = {});
 
 /// 0: no row is found.
 std::int64_t FirstNumber(Database& database, const char* statement);
@@ -29,7 +29,6 @@ std::int64_t FirstNumber(Database& database, const char* statement);
 std::int64_t InsertState(Database& database, const RecordedState& state);
 void ReplaceState(Database& database, std::int64_t id, const RecordedState& state);
 RecordedState StateAt(Database& database, std::int64_t id);
-void DeleteState(Database& database, std::int64_t id);
 
 std::int64_t InsertEntry(Database& database, const RecordedEntry& entry);
 void ReplaceEntry(Database& database, const RecordedEntry& entry);
@@ -56,15 +55,19 @@ std::vector<StatesOfFile> StatesOfFileAt(Database& database, std::int64_t entry,
 std::vector<RecordedFile> ChangesAt(Database& database, const std::string& path,
                                     std::optional<std::int64_t> last);
 
-/// The same files as the entry left them; of one that the product has nothing to do with any more, only the
-/// name and the kind.
-std::vector<KnownFile> FilesLeftBy(Database& database, std::int64_t entry);
+/// A file as an entry left it.
+struct LeftFile {
+    std::string path;
+    FileKind kind;
+    std::int64_t state;
+};
+std::vector<LeftFile> FilesLeftBy(Database& database, std::int64_t entry);
 
 /// Whether what is known of such a file is kept; a companion is known by its file.
 bool IsOfProduct(FileKind kind);
 
 /// With the state, which stands in its row already.
-void PutKnown(Database& database, const KnownFile& file, std::int64_t state);
+void PutKnown(Database& database, const LeftFile& file, std::int64_t entry);
 std::optional<KnownFile> KnownAt(Database& database, const std::string& path);
 std::vector<KnownFile> AllKnown(Database& database);
 

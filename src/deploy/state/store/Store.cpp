@@ -144,9 +144,9 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
             ReplaceAfter(number, file);
         for (const std::string& path : settlement.untouched)
             DeleteFileOf(*m_database, number, path);
-        const std::vector<KnownFile> left = FilesLeftBy(*m_database, number);
-        for (const KnownFile& file : left)
-            Know(*m_database, file);
+        const std::vector<LeftFile> left = FilesLeftBy(*m_database, number);
+        KnowAsLeft(*m_database, left, number,
+                   settlement.keepsEntry ? StateOfEntry::IsCopied : StateOfEntry::IsTaken);
         for (const FileToRecord& file : settlement.known)
             RememberOne(file);
         RecordedEntry entry =
