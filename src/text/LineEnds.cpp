@@ -6,15 +6,23 @@
 namespace ZET::Text {
 
 void LineEndScan::Take(std::string_view lines, std::size_t before) {
-    // Nothing to learn, as in most of most files.
-    const auto has = [&](std::string_view text) { return FindBytes(lines, text) != std::string_view::npos; };
-    if (m_isFirstCarriageReturn == false && !has("\r") && !(has("-") && has(kMarkerStart))) {
+    // As in most of most files, nothing to learn but which regions are open.
+    if (m_isFirstCarriageReturn == false && lines.find('\r') == std::string_view::npos) {
         m_emptyLine = 0;
-        return;
+        return FollowMarkers(lines);
     }
     while (!lines.empty()) {
         const TextLine line = Text::TakeLine(lines);
         if (line.hasLineFeed) TakeLine(line.text, ++before);
+    }
+}
+
+void LineEndScan::FollowMarkers(std::string_view lines) {
+    // One byte is searched in a fifth of the time.
+    if (lines.find(kMarkerStart.back()) == std::string_view::npos) return;
+    for (std::size_t place = 0; (place = FindBytes(lines, kMarkerStart)) != std::string_view::npos;) {
+        lines.remove_prefix(LinesBefore(lines, place).size());
+        m_regions.Take(MarkerOf(Text::TakeLine(lines).text), 0);
     }
 }
 

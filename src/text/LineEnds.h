@@ -28,6 +28,7 @@ class LineEndScan {
     LineEnds End();
 
   private:
+    void FollowMarkers(std::string_view lines);
     void TakeLine(std::string_view line, std::size_t number);
     void Count(bool isCarriageReturn, std::size_t number);
 

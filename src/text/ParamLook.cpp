@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <optional>
 
-#include "posix/ByteBlock.h"
 #include "text/Lines.h"
+#include "text/NextPlace.h"
 
 namespace ZET::Text {
 
@@ -15,30 +15,16 @@ using Form = ParamLine::Form;
 constexpr std::string_view kBlanks = " \t\v\f\r";
 constexpr std::string_view kCommentStarts = "#;";
 
-/// Where the next of some bytes begins in a text that is taken line by line.
-class NextPlace {
-  public:
-    NextPlace(std::string_view text, std::string_view what) : m_what(what) { Find(text); }
-
-    const char* In(std::string_view rest) {
-        if (m_place < rest.data()) Find(rest);
-        return m_place;
-    }
-
-  private:
-    void Find(std::string_view rest) {
-        m_place = rest.data() + std::min(FindBytes(rest, m_what), rest.size());
-    }
-
-    std::string_view m_what;
-    const char* m_place = nullptr;
-};
-
 /// Takes these bytes off the beginning, and tells whether there were any.
 bool Skip(std::string_view& line, std::string_view bytes) {
     const std::size_t count = std::min(line.find_first_not_of(bytes), line.size());
     line.remove_prefix(count);
     return count > 0;
+}
+
+/// Takes the lines off that stand before the one at `place`.
+void SkipTo(std::string_view& lines, const char* place) {
+    lines.remove_prefix(LinesBefore(lines, static_cast<std::size_t>(place - lines.data())).size());
 }
 
 /// Whether the text is the name and "="; with blanks in between, or without.
@@ -76,9 +62,28 @@ bool IsSetting(std::string_view line) {
 
 }  // namespace
 
+/// The numbers of a few of many lines.
+class ParamLook::Numbers {
+  public:
+    Numbers(std::string_view lines, std::size_t before) : m_left(lines), m_number(before + 1) {}
+
+    /// Of lines that are asked for one after the other.
+    std::size_t Of(std::string_view line) {
+        const auto passed = static_cast<std::size_t>(line.data() - m_left.data());
+        m_number += CountLineFeeds(m_left.substr(0, passed));
+        m_left.remove_prefix(passed);
+        return m_number;
+    }
+
+  private:
+    std::string_view m_left;
+    std::size_t m_number;
+};
+
 /// Most of most files has nothing to do with one parameter: lines that neither name it nor are a heading or a
-/// marker are counted.
-void ParamLook::Take(std::string_view lines) {
+/// marker are passed over.
+void ParamLook::Take(std::string_view lines, std::size_t before) {
+    Numbers numbers(lines, before);
     NextPlace name(lines, m_name);
     NextPlace heading(lines, "[");
     // One byte is searched in a fifth of the time.
@@ -86,20 +91,12 @@ void ParamLook::Take(std::string_view lines) {
     NextPlace marker(hasMarkers ? lines : lines.substr(lines.size()), kMarkerStart);
     while (!lines.empty()) {
         if (m_isSetBeforeSections || m_section > 0)
-            PassOver(lines, std::min({name.In(lines), heading.In(lines), marker.In(lines)}));
-        if (!lines.empty()) TakeLine(Text::TakeLine(lines).text);
+            SkipTo(lines, std::min({name.In(lines), heading.In(lines), marker.In(lines)}));
+        if (!lines.empty()) TakeLine(Text::TakeLine(lines).text, numbers);
     }
 }
 
-/// Takes the lines off that stand before the one at `place`.
-void ParamLook::PassOver(std::string_view& lines, const char* place) {
-    const std::string_view others = LinesBefore(lines, static_cast<std::size_t>(place - lines.data()));
-    m_number += CountLines(others);
-    lines.remove_prefix(others.size());
-}
-
-void ParamLook::TakeLine(std::string_view line) {
-    ++m_number;
+void ParamLook::TakeLine(std::string_view line, Numbers& numbers) {
     if (const auto heading = m_sections.Take(line)) {
         ++m_section;
         m_lastSection = heading->name;
@@ -107,7 +104,7 @@ void ParamLook::TakeLine(std::string_view line) {
     }
     if (m_section == 0 && !m_isSetBeforeSections) m_isSetBeforeSections = IsSetting(line);
     if (const auto form = FormOf(line, m_name))
-        m_lines.push_back({*form, m_number, m_section, m_sections.IsInBlock()});
+        m_lines.push_back({*form, numbers.Of(line), m_section, m_sections.IsInBlock()});
 }
 
 }  // namespace ZET::Text

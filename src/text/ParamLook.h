@@ -31,11 +31,10 @@ struct ParamLine {
 /// Looks at a text, which may come in pieces of whole lines, for a parameter, whatever form it has there.
 class ParamLook {
   public:
-    /// `linesBefore` is how many lines of the file stand before the text.
-    explicit ParamLook(std::string name, std::size_t linesBefore = 0)
-        : m_name(std::move(name)), m_number(linesBefore) {}
+    explicit ParamLook(std::string name) : m_name(std::move(name)) {}
 
-    void Take(std::string_view lines);
+    /// `before` is how many lines of the file stand before these.
+    void Take(std::string_view lines, std::size_t before);
 
     const std::vector<ParamLine>& Lines() const { return m_lines; }
 
@@ -46,13 +45,13 @@ class ParamLook {
     const std::string& LastSection() const { return m_lastSection; }
 
   private:
-    void PassOver(std::string_view& lines, const char* place);
-    void TakeLine(std::string_view line);
+    class Numbers;
+
+    void TakeLine(std::string_view line, Numbers& numbers);
 
     std::string m_name;
     std::vector<ParamLine> m_lines;
     SectionFollower m_sections;
-    std::size_t m_number;
     std::size_t m_section = 0;
     bool m_isSetBeforeSections = false;
     std::string m_lastSection;

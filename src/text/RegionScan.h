@@ -20,9 +20,6 @@ class RegionScan {
 
     void Take(std::string_view lines);
 
-    /// How many there were so far.
-    std::size_t LineCount() const { return m_number; }
-
     /// After the last line.
     bool IsSound() const { return m_isSound && !m_blocks.IsInside() && !m_notices.IsInside(); }
 
@@ -34,7 +31,11 @@ class RegionScan {
     bool HasRegions() const { return m_hasRegions; }
 
   private:
-    void PassOver(std::string_view& lines);
+    class NextDash;
+
+    void PassOver(std::string_view& lines, const char* dash);
+    bool TakeWholeBlock(std::string_view& lines, NextDash& dash);
+    void TakeLine(std::string_view line);
     void LookForSpots(std::string_view line, Marker marker);
     bool IsInPlace(Marker marker) const;
     bool TakeLineOf(std::string_view line, bool mentionsMarker, Marker marker);
@@ -49,7 +50,7 @@ class RegionScan {
     bool m_hasText = false;        ///< a line that is not empty
     std::size_t m_formerLine = 0;  ///< the number of a kept former line, until its block begins
     bool m_hasRegions = false;
-    std::size_t m_number = 0;
+    std::size_t m_number = 0;  ///< of the line, if of lines without a dash in a row no more than two count
     RegionFollower m_blocks = RegionFollower::OfBlocks();
     RegionFollower m_notices = RegionFollower::OfNotices();
     std::vector<std::string> m_notice;  ///< the lines of the one that is open, without its begin marker

@@ -2,6 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+#include <string>
+#include <vector>
+
+#include "text/Lines.h"
+
 namespace ZET::Text {
 namespace {
 
@@ -44,6 +50,34 @@ TEST(LineEnds, FirstLineOfTheOtherKindIsNamed) {
     EXPECT_EQ(OtherLine("a\r\n\n"), 2u);
     EXPECT_FALSE(AreCarriageReturns("a\r\nb\n"));
     EXPECT_FALSE(AreCarriageReturns("a\nb\r\n"));
+}
+
+/// A text in one piece is looked at line by line.
+TEST(LineEnds, PiecesOfATextTellWhatTheWholeTells) {
+    const std::vector<std::string> lines = {
+        "a\n", "a\n", "b\n", "\n", "# ---ZET_BEGIN---\n", "# ----ZET_END----\n", "a\r\n", "x # --\n", kBlock};
+    std::minstd_rand random;  // NOLINT: the same texts in each run
+    std::size_t mixed = 0;
+    for (int round = 0; round < 20'000; ++round) {
+        std::string text;
+        LineEndScan scan;
+        std::size_t before = 0;
+        for (std::size_t pieces = random() % 5; pieces > 0; --pieces) {
+            std::string piece;
+            for (std::size_t count = 1 + random() % 4; count > 0; --count)
+                piece += lines[random() % lines.size()];
+            scan.Take(piece, before);
+            before += CountLines(piece);
+            text += piece;
+        }
+        const LineEnds found = scan.End();
+        const LineEnds wanted = LineEndsOf(text);
+        ASSERT_EQ(found.otherLine, wanted.otherLine) << text;
+        ASSERT_EQ(found.isOtherCarriageReturn, wanted.isOtherCarriageReturn) << text;
+        ASSERT_EQ(found.areCarriageReturns, wanted.areCarriageReturns) << text;
+        mixed += wanted.otherLine != 0 ? 1 : 0;
+    }
+    EXPECT_GT(mixed, 5'000U);
 }
 
 TEST(LineEnds, LineThatIsSetEndsAsTheOthersDo) {

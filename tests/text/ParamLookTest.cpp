@@ -21,7 +21,7 @@ const std::string kEnd = "# ----ZET_END----\n";
 
 ParamLook LookedAt(const std::string& text, const std::string& name = "kdc") {
     ParamLook look(name);
-    look.Take(text);
+    look.Take(text, 0);
     return look;
 }
 
@@ -74,8 +74,11 @@ TEST(ParamLook, SectionsAreCounted) {
 TEST(ParamLook, TextInPiecesIsTheSameText) {
     const std::string pieces[] = {"x=1\n", "other\nlines\n", "[a]\n", "more\n", "kdc=1\nno end"};
     ParamLook look("kdc");
-    for (const std::string& piece : pieces)
-        look.Take(piece);
+    std::size_t before = 0;
+    for (const std::string& piece : pieces) {
+        look.Take(piece, before);
+        before += CountLines(piece);
+    }
     EXPECT_THAT(Found(look), ElementsAre("set 6 1"));
 }
 
@@ -109,9 +112,9 @@ TEST(ParamLook, LinesThatArePassedOverWouldNotHaveBeenFound) {
 }
 
 TEST(ParamLook, PartOfATextHasTheNumbersOfTheWhole) {
-    ParamLook look("kdc", 10);
-    look.Take("x=1\nkdc=2\n");
-    EXPECT_THAT(Found(look), ElementsAre("set 12 0"));
+    ParamLook look("kdc");
+    look.Take("x=1\nkdc=2\ny=1\nz=1\nkdc=3\n", 10);
+    EXPECT_THAT(Found(look), ElementsAre("set 12 0", "set 15 0"));
 }
 
 }  // namespace

@@ -34,15 +34,15 @@ class ParamEdit {
         : m_product(product), m_name(name), m_options(options), m_edit(product, file), m_look(name) {
         RequireNoTarget(product, Path(), options);
         if (view == View::Lines && !options.section && IsLiteralName(name)) {
-            m_text =
-                LookAtBlocks(product, {file, Path()}, [&](std::string_view lines) { m_look.Take(lines); });
+            m_text = LookAtBlocks(product, {file, Path()}, [&](std::string_view lines, std::size_t before) {
+                m_look.Take(lines, before);
+            });
             return;
         }
         m_bytes = ReadFileBytes(Path());
         m_text = LookAtBlocks(product, {file, Path()}, m_bytes);
         m_part = PartOf(Path(), m_bytes, options.section);
-        m_look = Text::ParamLook(name, m_part.linesBefore);
-        m_look.Take(m_part.lines);
+        m_look.Take(m_part.lines, m_part.linesBefore);
     }
 
     const std::string& Path() const { return m_edit.Path(); }
@@ -133,13 +133,16 @@ Text::ParamLook LookForParam(const std::string& path, const std::string& name,
                              const std::optional<std::string>& section) {
     Text::ParamLook look(name);
     if (!section) {
-        ReadChunks(path, [&](std::string_view lines) { look.Take(lines); });
+        std::size_t before = 0;
+        ReadChunks(path, [&](std::string_view lines) {
+            look.Take(lines, before);
+            before += Text::CountLines(lines);
+        });
         return look;
     }
     const std::string bytes = ReadFileBytes(path);
     const FilePart part = PartOf(path, bytes, section);
-    look = Text::ParamLook(name, part.linesBefore);
-    look.Take(part.lines);
+    look.Take(part.lines, part.linesBefore);
     return look;
 }
 

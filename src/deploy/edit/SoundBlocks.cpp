@@ -20,19 +20,19 @@ Text::TextToEdit WithoutDamage(Host& host, const FileToLookAt& file, Text::LookA
 }
 
 Text::TextToEdit LookAtFile(Host& host, const FileToLookAt& file, const Text::NoticeTexts* noticeTexts,
-                            const std::function<void(std::string_view lines)>& also) {
+                            const AlsoLook& also) {
     Text::LookAtText look(noticeTexts);
     ReadChunks(file.path, [&](std::string_view lines) {
+        const std::size_t before = look.LineCount();
         look.Take(lines);
-        if (also) also(lines);
+        if (also) also(lines, before);
     });
     return WithoutDamage(host, file, look, [&] { return ReadFileBytes(file.path); });
 }
 
 }  // namespace
 
-Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file,
-                              const std::function<void(std::string_view lines)>& also) {
+Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const AlsoLook& also) {
     return LookAtFile(host, file, nullptr, also);
 }
 

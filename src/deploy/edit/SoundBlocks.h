@@ -1,6 +1,7 @@
 #ifndef ZET_SOUND_BLOCKS_H
 #define ZET_SOUND_BLOCKS_H
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -18,10 +19,12 @@ struct FileToLookAt {
     const std::string& path;
 };
 
+/// Is shown lines of a file, and told how many came before these.
+using AlsoLook = std::function<void(std::string_view lines, std::size_t before)>;
+
 /// Damage of the file's blocks is a `Failure`. `also` is shown the same lines. With `text`, the file is not
 /// read again.
-Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file,
-                              const std::function<void(std::string_view lines)>& also = nullptr);
+Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const AlsoLook& also = nullptr);
 Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const std::string& text);
 
 /// The same for an edit that takes the notices out, too; it does not ask how the lines end.

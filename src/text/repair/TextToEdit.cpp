@@ -1,6 +1,7 @@
 #include "text/repair/TextToEdit.h"
 
 #include "text/FirstLine.h"
+#include "text/Lines.h"
 #include "text/repair/MarkerDamage.h"
 
 namespace ZET::Text {
@@ -28,7 +29,10 @@ std::optional<MarkerDamage> FindDamage(std::string_view text, const NoticeTexts*
 
 void LookAtText::Take(std::string_view lines) {
     // What takes notices out sets no line.
-    if (m_noticeTexts == nullptr) m_ends.Take(lines, m_scan.LineCount());
+    if (m_noticeTexts == nullptr) {
+        m_ends.Take(lines, m_lineCount);
+        m_lineCount += CountLines(lines);
+    }
     m_scan.Take(lines);
     if (!m_found.firstLine.empty()) return;
     const FirstLine first = FirstLineOf(lines);

@@ -36,6 +36,9 @@ class LookAtText {
 
     void Take(std::string_view lines);
 
+    /// How many there were so far, unless the texts of notices were given.
+    std::size_t LineCount() const { return m_lineCount; }
+
     /// After the last line; `whole` gives the text where a closer look is needed.
     std::optional<MarkerDamage> Damage(const std::function<std::string()>& whole) const;
     TextToEdit Found();
@@ -44,6 +47,7 @@ class LookAtText {
     const NoticeTexts* m_noticeTexts;
     RegionScan m_scan;
     LineEndScan m_ends;
+    std::size_t m_lineCount = 0;
     TextToEdit m_found;
 };
 
