@@ -35,8 +35,6 @@ class StagedText {
     bool IsIn(int descriptor, const std::string& path) const;
 
   private:
-    bool IsFile() const { return !m_file.empty(); }
-
     const Staging* m_staging = nullptr;
     std::string m_name;
     std::string m_text;  ///< in memory; empty where it is only in the file
