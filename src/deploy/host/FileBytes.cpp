@@ -91,7 +91,7 @@ class ChunkRoom {
     void Grow(std::size_t size) {
         void* const bytes = std::realloc(m_bytes.get(), size);
         if (bytes == nullptr) throw std::bad_alloc();
-        m_bytes.release();
+        static_cast<void>(m_bytes.release());  // it is part of the new one, or was freed
         m_bytes.reset(static_cast<char*>(bytes));
         m_size = size;
     }

@@ -5,7 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "deploy/host/FileBytes.h"
 #include "deploy/state/History.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/StateDirectory.h"

@@ -1,4 +1,3 @@
-#include <utility>
 
 #include "deploy/state/store/Erasure.h"
 #include "deploy/state/store/KeptTexts.h"
