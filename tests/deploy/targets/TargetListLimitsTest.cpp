@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
-#include <algorithm>
 #include <ctime>
 #include <utility>
 
@@ -76,7 +75,7 @@ TEST(TargetListLimits, DeepestListThatIsReadFitsOnASmallStack) {
                 ElementsAre(testing::HasSubstr("is not quoted")));
 }
 
-double SecondsOnce(int count) {
+double SecondsFor(int count) {
     std::string text;
     for (int i = 0; i < count; ++i)
         text +=
@@ -88,17 +87,9 @@ double SecondsOnce(int count) {
     return static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
 }
 
-/// The smallest of a few: whoever else uses the processor makes it only longer.
-double SecondsFor(int count) {
-    double smallest = SecondsOnce(count);
-    for (int i = 0; i < 2; ++i)
-        smallest = std::min(smallest, SecondsOnce(count));
-    return smallest;
-}
-
 TEST(TargetListLimits, TimeGrowsWithTheList) {
-    const double few = SecondsFor(10000);
-    const double many = SecondsFor(40000);
+    const double few = SmallestTime(SecondsFor, 10000);
+    const double many = SmallestTime(SecondsFor, 40000);
     EXPECT_LT(many, 8 * few);
 }
 
