@@ -297,7 +297,7 @@ login_of_this_process() {
 
 # import: what is exported becomes a repository.
 import() {
-    git init -q -b main "$BASE/repository"
+    git init -q -b trunk "$BASE/repository"
     zet "$@" history export | git -C "$BASE/repository" fast-import --quiet
     git -C "$BASE/repository" log -p --reverse --format='%an %cn %s%n%b' >"$BASE/log"
 }
@@ -319,9 +319,9 @@ import() {
     [[ $(grep -c '^-x=1$' <<<"$log") -eq 2 ]]
     [[ -n $(login_of_this_process) ]] || grep -F "anna $WHO " <<<"$log"
     local tree=${HOST#/}
-    git -C "$BASE/repository" show "main:$tree/conf" | cmp - conf
-    git -C "$BASE/repository" show "main:$tree/"$'odd "name"\n \\ \377' | cmp - $'odd "name"\n \\ \377'
-    assert_equal "$(git -C "$BASE/repository" ls-tree main "$tree/conf" | cut -d' ' -f1)" 100755
+    git -C "$BASE/repository" show "HEAD:$tree/conf" | cmp - conf
+    git -C "$BASE/repository" show "HEAD:$tree/"$'odd "name"\n \\ \377' | cmp - $'odd "name"\n \\ \377'
+    assert_equal "$(git -C "$BASE/repository" ls-tree HEAD "$tree/conf" | cut -d' ' -f1)" 100755
     git -C "$BASE/repository" fsck --strict
 }
 
@@ -330,7 +330,7 @@ import() {
     zet -q commit-config
     zet -q rollback-config
     import
-    [[ -z $(git -C "$BASE/repository" ls-tree main "${HOST#/}/out/one.conf") ]]
+    [[ -z $(git -C "$BASE/repository" ls-tree HEAD "${HOST#/}/out/one.conf") ]]
     git -C "$BASE/repository" log --diff-filter=D --name-only --format= | grep -Fx "${HOST#/}/out/one.conf"
     git init -q "$BASE/short"
     zet history export | head -n -1 >"$BASE/stream"

@@ -13,7 +13,8 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr char kBranch[] = "refs/heads/main";
+/// Whatever the branch is called that a repository begins with.
+constexpr char kBranch[] = "HEAD";
 constexpr char kNobodyKnown[] = "others";
 constexpr std::int64_t kNanoseconds = 1'000'000'000;
 
