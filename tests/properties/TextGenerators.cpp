@@ -140,9 +140,10 @@ Gen<StringMap> AnyValues() {
                                                                 {1, "a"},
                                                                 {1, "${x}"},
                                                                 {1, "${a"},
-                                                                {1, "${a}}"}});
+                                                                {1, "${a}}"},
+                                                                {1, "${a\nb}"}});
     static const auto kValue = gen::weightedOneOf<std::string>(
-        {{2, OneOfWords({"v", "", "x", "#", "EXAMPLE.NET", "${b}", "${c}${c}", "x\ny", "\n"})},
+        {{2, OneOfWords({"v", "", "x", "#", "EXAMPLE.NET", "${b}", "${c}${c}", "x\ny", "\n", "${a\nb}"})},
          {2, PlaceholderScraps(6)},
          {1, AnyBytes()}});
     static const auto kValues = gen::map(UpTo(4, gen::pair(kKey, kValue)),
