@@ -35,6 +35,7 @@ class Expander {
     std::size_t FindPlaceholder() const;
     std::string_view ReadPlaceholder();
     const KnownValue* FindValue(std::string_view placeholder);
+    // Apart from `FindValue`, which then keeps fewer registers: a twentieth of the pass's time.
     [[gnu::noinline]] bool Look(std::string_view placeholder, KnownValue& known);
     void Take(std::size_t count);
     void Drop(std::size_t count);
