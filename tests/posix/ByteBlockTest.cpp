@@ -107,6 +107,17 @@ TEST(BytePlaces, AreThoseThatTheLibraryFinds) {
     }
 }
 
+TEST(CopyNear, CopiesEveryByteAndNoOther) {
+    for (std::size_t size = 0; size < 100; ++size) {
+        std::string from(size, '\0');
+        for (std::size_t place = 0; place < size; ++place)
+            from[place] = static_cast<char>('!' + place);
+        std::string to(size + 2, '.');
+        CopyNear(to.data() + 1, from);
+        EXPECT_EQ(to, "." + from + ".") << size;
+    }
+}
+
 TEST(IsSame, ComparesEveryByte) {
     for (std::size_t size = 0; size < 100; ++size) {
         const std::string text(size, 'x');

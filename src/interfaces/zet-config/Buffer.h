@@ -2,9 +2,10 @@
 #define ZET_BUFFER_H
 
 #include <cstddef>
-#include <cstring>
 #include <string_view>
 #include <vector>
+
+#include "posix/ByteBlock.h"
 
 namespace ZET {
 
@@ -44,7 +45,7 @@ class Buffer {
     void Append(std::string_view bytes) {
         if (bytes.empty()) return;
         Reserve(m_size + bytes.size());
-        std::memcpy(Room(), bytes.data(), bytes.size());
+        CopyNear(Room(), bytes);
         m_size += bytes.size();
     }
 

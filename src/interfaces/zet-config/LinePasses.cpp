@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstring>
 #include <iterator>
 
 #include "Passes.h"
@@ -38,13 +37,6 @@ void AppendBlockWithoutLineFeed(TextBuilder& out, const std::string& line) {
 
 }  // namespace
 
-bool LineMatcher::operator()(std::string_view line) {
-    // Lines are often of one length, and then these are 39 instructions instead of the 53 of `assign`.
-    m_subject.resize(line.size());
-    if (!line.empty()) std::memcpy(m_subject.data(), line.data(), line.size());
-    return m_core.MatchRegEx(m_pattern, m_subject, nullptr, 0);
-}
-
 bool FindLine(TextReader& in, LineMatcher& matches, std::string_view& line) {
     while (in.ReadLine(line)) {
         if (matches(line)) return true;
@@ -56,14 +48,15 @@ void SetLinePass(TextReader& in, TextBuilder& out, LineMatcher& matches, const s
                  LineStyle style) {
     BlockTracker block(in, "SetLine");
     bool found = false;
+    // Lines that stay are taken over together, not one by one: 13 instructions less for each.
+    std::string_view unchanged = in.Rest();
     std::string_view line;
     while (in.ReadLine(line)) {
         block.Track(line);
-        if (!matches(line)) {
-            out.CopyLine(line);
-            continue;
-        }
+        if (!matches(line)) continue;
         found = true;
+        out.Copy(unchanged.substr(0, static_cast<std::size_t>(line.data() - unchanged.data())));
+        unchanged = in.Rest();
         if (style == LineStyle::Bare || block.IsInside()) {
             out.Append(newLine);
             out.EndLine(newLine.empty());
@@ -74,6 +67,7 @@ void SetLinePass(TextReader& in, TextBuilder& out, LineMatcher& matches, const s
             out.EndLine(false);
         }
     }
+    out.Copy(unchanged);
     if (found) return;
     // The line feed ends a last line that had none; after one that had, it leaves an empty line.
     out.Append("\n");

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "TextReader.h"
+#include "posix/ByteBlock.h"
 #include "zet/IZETCore.h"
 #include "zet/ZETTypes.h"
 
@@ -17,7 +18,13 @@ namespace ZET {
 class LineMatcher {
   public:
     LineMatcher(IZETCore& core, const std::string& pattern) : m_core(core), m_pattern(pattern) {}
-    bool operator()(std::string_view line);
+
+    bool operator()(std::string_view line) {
+        // Lines are often of one length: 30 instructions instead of the 67 of `assign`.
+        if (line.size() != m_subject.size()) m_subject.resize(line.size());
+        CopyNear(m_subject.data(), line);
+        return m_core.MatchRegEx(m_pattern, m_subject, nullptr, 0);
+    }
 
   private:
     IZETCore& m_core;

@@ -21,8 +21,7 @@ constexpr std::size_t kManyOthers = std::size_t{64} << 10;  ///< which would be 
 }  // namespace
 
 void TextReader::Rewind() {
-    m_position = m_lineStart = m_countedTo = m_lineFeeds = 0;
-    m_endedByEnd = false;
+    m_position = m_countedTo = m_lineFeeds = 0;
 }
 
 void TextReader::Renew() {
@@ -53,9 +52,11 @@ std::string_view TextReader::SkipLinesWithout(std::string_view bytes) {
 }
 
 std::size_t TextReader::LineNumber() {
-    const std::string_view uncounted = m_bytes.View().substr(m_countedTo, m_lineStart - m_countedTo);
+    const std::size_t beforeLastByte = m_position == 0 ? 0 : m_position - 1;
+    const std::size_t lineStart = SizeOfWholeLines(m_bytes.View().substr(0, beforeLastByte));
+    const std::string_view uncounted = m_bytes.View().substr(m_countedTo, lineStart - m_countedTo);
     m_lineFeeds += static_cast<std::size_t>(std::count(uncounted.begin(), uncounted.end(), '\n'));
-    m_countedTo = m_lineStart;
+    m_countedTo = lineStart;
     return m_lineFeeds + 1;
 }
 

@@ -42,8 +42,8 @@ TEST_F(ReadLinesTest, LineFeedsEndLinesAndAreNoPartOfThem) {
 
 TEST_F(ReadLinesTest, LinesOfAnyLengthComeAsAWhole) {
     constexpr std::size_t kBlock = std::size_t{128} << 10;
-    for (const std::size_t length :
-         {kBlock - 1, kBlock, kBlock + 1, 3 * kBlock, 4 * kBlock, 4 * kBlock - 1, 40 * kBlock + 7}) {
+    for (const std::size_t length : {kBlock - 1, kBlock, kBlock + 1, 3 * kBlock, 4 * kBlock, 4 * kBlock - 1,
+                                     40 * kBlock + 7, 80 * kBlock}) {
         const std::string longLine(length, 'x');
         EXPECT_TRUE(LinesOf(longLine + "\na\n") == (Lines{longLine, "a"})) << length;
         EXPECT_TRUE(LinesOf("a\n" + longLine) == (Lines{"a", longLine})) << length;
