@@ -206,6 +206,14 @@ ssize_t write(int descriptor, const void* buffer, size_t size) {
     return Original(&write, "write")(descriptor, buffer, size);
 }
 
+/// What the core looks up in PCRE2 is found here first, as if both were linked.
+void* dlsym(void* handle, const char* name) noexcept {
+    static const auto original =
+        reinterpret_cast<decltype(&dlsym)>(::dlvsym(RTLD_NEXT, "dlsym", "GLIBC_2.34"));
+    const bool isOfPcre2 = handle != RTLD_NEXT && std::string_view(name).starts_with("pcre2_");
+    return original(isOfPcre2 ? RTLD_DEFAULT : handle, name);
+}
+
 pcre2_compile_context* pcre2_compile_context_create(pcre2_general_context* general) {
     if (IsToFail("pcre2_compile_context_create", "")) return nullptr;
     return Original(&pcre2_compile_context_create, "pcre2_compile_context_create_8")(general);
