@@ -174,6 +174,7 @@ WriteLock::WriteLock(const StateDirectory& state, const LockSeeker& seeker, cons
 
 /// Who leaves something behind leaves it to the next one, as if he had been cut short.
 WriteLock::~WriteLock() {
+    ++s_ended;
     if (m_namedSize > 0 && !Staging::HasLeftAny())
         static_cast<void>(pwrite(m_lock, &kEnd, sizeof kEnd, m_namedSize) == 0);
 }
