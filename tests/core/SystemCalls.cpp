@@ -206,12 +206,10 @@ ssize_t write(int descriptor, const void* buffer, size_t size) {
     return Original(&write, "write")(descriptor, buffer, size);
 }
 
-/// What the core looks up in PCRE2 is found here first, as if both were linked.
-void* dlsym(void* handle, const char* name) noexcept {
-    static const auto original =
-        reinterpret_cast<decltype(&dlsym)>(::dlvsym(RTLD_NEXT, "dlsym", "GLIBC_2.34"));
-    const bool isOfPcre2 = handle != RTLD_NEXT && std::string_view(name).starts_with("pcre2_");
-    return original(isOfPcre2 ? RTLD_DEFAULT : handle, name);
+/// What the core looks up in PCRE2, which is linked here, is found in this program first.
+void* dlopen(const char* file, int flags) noexcept {
+    const bool isPcre2 = file != nullptr && std::string_view(file).starts_with("libpcre2");
+    return Original(&dlopen, "dlopen")(isPcre2 ? nullptr : file, flags);
 }
 
 pcre2_compile_context* pcre2_compile_context_create(pcre2_general_context* general) {
