@@ -1,9 +1,6 @@
 #ifndef ZET_CORE_REG_EX_H
 #define ZET_CORE_REG_EX_H
 
-#define PCRE2_CODE_UNIT_WIDTH 8
-#include <pcre2.h>
-
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -13,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "Pcre2.h"
 #include "posix/ByteBlock.h"
 
 namespace ZET::Core {
@@ -36,18 +34,18 @@ class RegEx {
     }
 
   private:
-    template <auto* function>
+    template <auto function>
     struct Free {
         template <typename T>
         void operator()(T* object) const {
-            function(object);
+            (Pcre2::Get().*function)(object);
         }
     };
-    using Code = std::unique_ptr<pcre2_code, Free<&pcre2_code_free>>;
-    using Result = std::unique_ptr<pcre2_match_data, Free<&pcre2_match_data_free>>;
-    using MatchContext = std::unique_ptr<pcre2_match_context, Free<&pcre2_match_context_free>>;
-    using CompileContext = std::unique_ptr<pcre2_compile_context, Free<&pcre2_compile_context_free>>;
-    using JitStack = std::unique_ptr<pcre2_jit_stack, Free<&pcre2_jit_stack_free>>;
+    using Code = std::unique_ptr<pcre2_code, Free<&Pcre2::pcre2_code_free>>;
+    using Result = std::unique_ptr<pcre2_match_data, Free<&Pcre2::pcre2_match_data_free>>;
+    using MatchContext = std::unique_ptr<pcre2_match_context, Free<&Pcre2::pcre2_match_context_free>>;
+    using CompileContext = std::unique_ptr<pcre2_compile_context, Free<&Pcre2::pcre2_compile_context_free>>;
+    using JitStack = std::unique_ptr<pcre2_jit_stack, Free<&Pcre2::pcre2_jit_stack_free>>;
 
     /// The look takes as long as so many searches.
     static constexpr std::uint64_t kUsesBeforeLook = 1024;

@@ -178,3 +178,12 @@ last"
     assert_status 0
     assert_file conf "$NOTICE"$'first one\nsecond\n\nlast'
 }
+
+@test "the library of expressions is opened for patterns that need it" {
+    opened() {
+        strace -f -qq -e trace=openat,open -o trace "$ZET_BIN/zet-client" --config zet.conf line get conf "$1" >/dev/null || true
+        grep -cE 'libpcre2-8[.]so' trace || true
+    }
+    assert_equal "$(opened ^second)" 0
+    [ "$(opened '^s.*d')" -gt 0 ]
+}

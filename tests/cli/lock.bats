@@ -196,6 +196,12 @@ without_lock_file() {
     release_lock
 }
 
+@test "the file of the lock is written over, as emptied it would be put on the disk at once" {
+    zet commit-config
+    strace -qq -e trace=ftruncate -o "$BASE/trace" "$ZET_BIN/zet-client" --config "$HOST/zet.conf" commit-config
+    [[ $(<"$BASE/trace") == ftruncate* && $(<"$BASE/trace") != *", 0)"* ]]
+}
+
 @test "after 30 seconds a commit gives up and says who holds the lock" {
     while [[ ! -e $LATE_BASE/late ]]; do sleep 0.1; done
     local status seconds

@@ -206,6 +206,12 @@ ssize_t write(int descriptor, const void* buffer, size_t size) {
     return Original(&write, "write")(descriptor, buffer, size);
 }
 
+/// What the core looks up in PCRE2, which is linked here, is found in this program first.
+void* dlopen(const char* file, int flags) noexcept {
+    const bool isPcre2 = file != nullptr && std::string_view(file).starts_with("libpcre2");
+    return Original(&dlopen, "dlopen")(isPcre2 ? nullptr : file, flags);
+}
+
 pcre2_compile_context* pcre2_compile_context_create(pcre2_general_context* general) {
     if (IsToFail("pcre2_compile_context_create", "")) return nullptr;
     return Original(&pcre2_compile_context_create, "pcre2_compile_context_create_8")(general);

@@ -281,6 +281,13 @@ TEST(LayerRulesTest, ParserOfListsIsOnlyCompiledIn) {
     }
 }
 
+TEST(LayerRulesTest, ExpressionsAreOpenedOnlyWhenTheyAreNeeded) {
+    for (const std::string file : {ZET_CORE_FILE, ZET_TOOL_FILE}) {
+        for (const std::string& need : NeedsOf(file))
+            EXPECT_FALSE(need.starts_with("libpcre2")) << file;
+    }
+}
+
 TEST(LayerRulesTest, ParserOfListsIsCompiledOnce) {
     // What the reader of lists is made of has the parser, too, and is included by nobody else.
     const Names own = {"Toml.h", "KeyReader.h", "TargetKeys.h", "EditKeys.h"};

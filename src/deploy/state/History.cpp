@@ -12,6 +12,7 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Host.h"
+#include "deploy/state/Lock.h"
 #include "deploy/state/store/StoreDamage.h"
 #include "deploy/state/store/StoreFile.h"
 
@@ -52,13 +53,19 @@ bool History::CanRecord() const {
 }
 
 bool History::IsDenied() const {
-    return eaccess(File().c_str(), R_OK) != 0 && errno == EACCES;
+    return !IsKnownToBeNone() && eaccess(File().c_str(), R_OK) != 0 && errno == EACCES;
 }
 
 bool History::IsBegun() {
     if (m_isToRecord) return true;
     m_found = Find();
+    m_locksEnded = WriteLock::Ended();
     return *m_found != FoundStore::Nothing;
+}
+
+/// Nobody begins one while the lock is held: six looks less each time, of which a rendering asked three.
+bool History::IsKnownToBeNone() const {
+    return m_found == FoundStore::Nothing && m_locksEnded == WriteLock::Ended();
 }
 
 Store& History::ToRecord() {
@@ -76,7 +83,7 @@ Store& History::ToRecord() {
 }
 
 Store* History::ToLook() {
-    if (m_store || IsDenied()) return m_store.get();
+    if (m_store || IsKnownToBeNone() || IsDenied()) return m_store.get();
     const FoundStore found = Find();
     if (found != FoundStore::Whole) return nullptr;
     m_store = std::make_unique<Store>(File(), Store::Access::Look, Limits(), true, found);

@@ -1,6 +1,7 @@
 #ifndef ZET_HISTORY_H
 #define ZET_HISTORY_H
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -57,12 +58,14 @@ class History {
   private:
     std::string File() const;
     FoundStore Find();
+    bool IsKnownToBeNone() const;
     void TellLoss();
     void TellNewKey();
 
     Host& m_product;
     std::unique_ptr<Store> m_store;
     std::optional<FoundStore> m_found;  ///< under the lock
+    std::size_t m_locksEnded = 0;       ///< until then
     bool m_isToRecord = false;
     bool m_isUnusable = false;
     bool m_isLossTold = false;

@@ -3,7 +3,9 @@
 
 #include <sys/types.h>
 
+#include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -41,8 +43,13 @@ class WriteLock {
     /// Whether it is the product's own lock, and not only that of a directory.
     bool IsProducts() const { return m_lock >= 0; }
 
+    /// How many of this process have ended: what was found under one is known as long as none more has.
+    static std::size_t Ended() { return s_ended; }
+
   private:
     void TakeOver(const LockSeeker& seeker);
+
+    static inline std::atomic<std::size_t> s_ended = 0;
 
     Descriptor m_lock;
     Descriptor m_directoryLock;

