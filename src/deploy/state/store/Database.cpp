@@ -37,11 +37,17 @@ std::string WordsOf(sqlite3* database, int code) {
     return database != nullptr ? TheSqlite().message(database) : TheSqlite().describe(code);
 }
 
+/// Whether a call of the system may have failed. Of other errors, SQLite tells the reason of an earlier one.
+bool IsOfSystem(int code) {
+    const int kind = code & 0xff;
+    return kind == SQLITE_IOERR || kind == SQLITE_CANTOPEN;
+}
+
 [[noreturn]] void Fail(sqlite3* database, int code) {
     const int reason = errno;
     if ((code & 0xff) == SQLITE_NOMEM) throw std::bad_alloc();
     const Sqlite& sqlite = TheSqlite();
-    int error = database != nullptr ? sqlite.systemError(database) : 0;
+    int error = database != nullptr && IsOfSystem(code) ? sqlite.systemError(database) : 0;
     // SQLite does not say it of a commit.
     if (error == 0 && reason == EDQUOT) error = reason;
     // To SQLite, a quota that is used up is any error.
@@ -118,6 +124,7 @@ Database::Database(const std::string& file, Access access) {
     const Sqlite& sqlite = TheSqlite();
     sqlite3* database = nullptr;
     const int flags = access == Access::Write ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY;
+    errno = 0;
     const int result = sqlite.open(NameOf(file, access).c_str(), &database,
                                    flags | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr);
     m_database.reset(database);
@@ -143,6 +150,7 @@ sqlite3_stmt* Database::Prepared(const char* statement) {
     auto& prepared = m_statements[statement];
     if (!prepared) {
         sqlite3_stmt* made = nullptr;
+        errno = 0;
         Require(
             TheSqlite().prepare(m_database.get(), statement, -1, SQLITE_PREPARE_PERSISTENT, &made, nullptr));
         prepared.reset(made);
@@ -229,6 +237,7 @@ Database::Rows::~Rows() {
 }
 
 bool Database::Rows::Next() {
+    errno = 0;  // that of an earlier call is no reason
     return m_database.Require(TheSqlite().step(m_statement)) == SQLITE_ROW;
 }
 
