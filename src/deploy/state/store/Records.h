@@ -94,8 +94,9 @@ struct FileToRecord {
     RecordedFile file;
     std::string textBefore;
     std::string textAfter;
-    std::optional<std::string> base;    ///< for `after`
-    bool isPlanned = true;              ///< false: `after` is not known yet
+    std::optional<std::string> base;  ///< for `after`
+    bool isPlanned = true;            ///< false: `after` is not known yet
+    bool isReserve = false;  ///< it gets the text that the file in front of it had, which is not given twice
     std::optional<RecordedState> left;  ///< what it is known as then, where somebody edited it since
     bool isKnownAnew = false;           ///< something else is known of it then, even where it is as before
 };

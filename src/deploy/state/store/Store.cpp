@@ -93,8 +93,7 @@ std::int64_t Store::Begin(const RecordedEntry& entry, const std::vector<FileToRe
         opened.begun = Now();
         opened.outcome = EntryOutcome::Open;
         const std::int64_t number = InsertEntry(*m_database, opened);
-        for (const FileToRecord& file : files)
-            Insert(number, file);
+        Insert(number, files);
         transaction.Commit();
         m_wasJournalLong = IsJournalLong();
         opened.number = number;
@@ -118,17 +117,23 @@ void Store::TakeJournalOverUnlessEntry() {
     if (!m_wasJournalLong && IsJournalLong()) TakeJournalOver(*m_database, m_file, m_isSynced);
 }
 
-void Store::Insert(std::int64_t number, const FileToRecord& file) {
-    InsertFile(*m_database, number, WithTexts(*m_database, m_limits, file));
+void Store::Insert(std::int64_t number, const std::vector<FileToRecord>& files) {
+    std::optional<TextNumber> original;
+    for (const FileToRecord& file : files) {
+        const RecordedFile recorded = WithTexts(*m_database, m_limits, file, original);
+        InsertFile(*m_database, number, recorded);
+        original = recorded.before.text;
+    }
 }
 
-void Store::Plan(std::int64_t number, const std::vector<FileToRecord>& files) {
+void Store::Plan(std::int64_t number, std::vector<FileToRecord> files) {
     Guarded([&] {
         SyncCommits(Sync::AsTold);
         Database::Transaction transaction(*m_database);
-        for (const FileToRecord& file : files) {
-            if (!ReplaceAfter(number, file)) Insert(number, file);
-        }
+        std::vector<FileToRecord> added;
+        for (FileToRecord& file : files)
+            if (!ReplaceAfter(number, file)) added.push_back(std::move(file));
+        Insert(number, added);
         transaction.Commit();
     });
 }
@@ -196,10 +201,9 @@ void Store::Drop(std::int64_t number) {
     });
 }
 
-void Store::LookTogether(const std::function<void()>& call) {
-    Guarded([&] {
-        const Database::Transaction transaction(*m_database, Database::Transaction::Kind::Look);
-        call();
+std::unique_ptr<Database::Transaction> Store::Look() {
+    return Guarded([&] {
+        return std::make_unique<Database::Transaction>(*m_database, Database::Transaction::Kind::Look);
     });
 }
 
