@@ -128,7 +128,7 @@ TEST_F(KeptTextsTest, AStoreWithoutMarksIsReadAndGoesOn) {
     }
     EXPECT_EQ(Count("PRAGMA user_version"), 1);
     Store store = Opened();
-    EXPECT_EQ(Count("PRAGMA user_version"), 2);
+    EXPECT_EQ(Count("PRAGMA user_version"), 3);
     const std::int64_t second = Record(store, {File("/etc/x", Long('a'), Long('b'))});
     EXPECT_EQ(store.FilesOf(second)[0].before.text, store.FilesOf(1)[0].before.text);
     const std::int64_t third = Record(store, {File("/etc/x", Long('b'), Long('a'))});

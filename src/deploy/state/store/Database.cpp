@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <new>
-#include <utility>
 
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
@@ -90,8 +89,8 @@ class Impatience {
 
 }  // namespace
 
-Value OptionalValue(const std::optional<std::int64_t>& number) {
-    return number ? Value(*number) : Value();
+ValueView OptionalValue(const std::optional<std::int64_t>& number) {
+    return number ? ValueView(*number) : ValueView();
 }
 
 bool DatabaseError::IsDamage() const {
@@ -158,27 +157,29 @@ sqlite3_stmt* Database::Prepared(const char* statement) {
     return prepared.get();
 }
 
-/// The values must live until the statement is done with.
-void Database::Bind(sqlite3_stmt* statement, const RowValues& values) {
+void Database::Bind(sqlite3_stmt* statement, std::span<const ValueView> values, void (*lifetime)(void*)) {
     const Sqlite& sqlite = TheSqlite();
     int index = 0;
-    for (const Value& value : values) {
+    for (const ValueView& value : values) {
         ++index;
         if (const auto* number = std::get_if<std::int64_t>(&value))
             Require(sqlite.bindNumber(statement, index, *number));
-        else if (const auto* text = std::get_if<std::string>(&value))
-            Require(
-                sqlite.bindText(statement, index, text->data(), text->size(), SQLITE_STATIC, SQLITE_UTF8));
-        else if (const auto* blob = std::get_if<Blob>(&value))
-            Require(sqlite.bindBlob(statement, index, blob->bytes.data(), blob->bytes.size(), SQLITE_STATIC));
+        else if (const auto* text = std::get_if<std::string_view>(&value))
+            Require(sqlite.bindText(statement, index, text->data(), text->size(), lifetime, SQLITE_UTF8));
+        else if (const auto* blob = std::get_if<BlobView>(&value))
+            Require(sqlite.bindBlob(statement, index, blob->bytes.data(), blob->bytes.size(), lifetime));
         else
             Require(sqlite.bindNothing(statement, index));
     }
 }
 
-Value Database::Run(const char* statement, RowValues values) {
-    Rows rows(*this, statement, std::move(values));
+Value Database::Run(const char* statement, ValueViews values) {
+    Rows rows(*this, statement, values, Rows::Lifetime::OfTheCall);
     return rows.Next() ? rows.At(0) : Value();
+}
+
+void Database::RunWith(const char* statement, std::span<const ValueView> values) {
+    Rows(*this, statement, values, Rows::Lifetime::OfTheCall).Next();
 }
 
 std::int64_t Database::LastRow() const {
@@ -226,9 +227,14 @@ void Database::Transaction::Commit() {
     m_isOpen = false;
 }
 
-Database::Rows::Rows(Database& database, const char* statement, RowValues values)
-    : m_database(database), m_statement(database.Prepared(statement)), m_values(std::move(values)) {
-    database.Bind(m_statement, m_values);
+Database::Rows::Rows(Database& database, const char* statement, ValueViews values)
+    : Rows(database, statement, values, Lifetime::OfTheRows) {}
+
+/// What lives as long as the call needs not be copied.
+Database::Rows::Rows(Database& database, const char* statement, std::span<const ValueView> values,
+                     Lifetime lifetime)
+    : m_database(database), m_statement(database.Prepared(statement)) {
+    database.Bind(m_statement, values, lifetime == Lifetime::OfTheCall ? SQLITE_STATIC : SQLITE_TRANSIENT);
 }
 
 Database::Rows::~Rows() {
@@ -242,15 +248,23 @@ bool Database::Rows::Next() {
 }
 
 Value Database::Rows::At(int column) const {
+    const ValueView value = View(column);
+    if (const auto* number = std::get_if<std::int64_t>(&value)) return *number;
+    if (const auto* text = std::get_if<std::string_view>(&value)) return std::string(*text);
+    if (const auto* blob = std::get_if<BlobView>(&value)) return Blob{std::string(blob->bytes)};
+    return {};
+}
+
+ValueView Database::Rows::View(int column) const {
     switch (TheSqlite().type(m_statement, column)) {
         case SQLITE_NULL:
             return {};
         case SQLITE_INTEGER:
-            return TheSqlite().number(m_statement, column);
+            return Number(column);
         case SQLITE_TEXT:
-            return Text(column);
+            return Bytes(column);
         default:
-            return Blob{Text(column)};
+            return BlobView(Bytes(column));
     }
 }
 

@@ -51,7 +51,7 @@ std::optional<std::int64_t> MarkIn(Database& database, const std::string& text) 
 std::optional<KeptText> FindShort(Database& database, const std::string& text, const std::string& digest) {
     std::optional<KeptText> damaged;
     Database::Rows rows(database, "SELECT id, frame FROM texts WHERE digest = ? AND size = ?",
-                        {Blob{digest}, static_cast<std::int64_t>(text.size())});
+                        {BlobView(digest), static_cast<std::int64_t>(text.size())});
     while (rows.Next()) {
         const auto frame = FrameIn(rows.Bytes(1));
         const auto isSame = frame ? IsFrameOf(*frame, text) : std::nullopt;
@@ -65,7 +65,7 @@ std::optional<KeptText> FindShort(Database& database, const std::string& text, c
 std::optional<KeptText> FindLong(Database& database, const std::string& text, const std::string& digest,
                                  std::int64_t mark) {
     Database::Rows rows(database, "SELECT id, mark FROM texts WHERE digest = ? AND size = ?",
-                        {Blob{digest}, static_cast<std::int64_t>(text.size())});
+                        {BlobView(digest), static_cast<std::int64_t>(text.size())});
     while (rows.Next()) {
         const KeptText kept = {{rows.Number(0)}, rows.OptionalNumber(1).has_value()};
         if (kept.isMarked ? mark == rows.Number(1) : ReadableTextAt(database, kept.number) == text)
@@ -146,7 +146,7 @@ std::optional<TextNumber> Kept(Database& database, const std::string& text, cons
     if (mark && !kept->isMarked) database.Run("UPDATE texts SET mark = ? WHERE id = ?", {*mark, id});
     // What it was made from is released with it still: nothing else may have that any more.
     if (mark ? !IsReadableAt(database, id, text) : !kept->isSound)
-        database.Run("UPDATE texts SET frame = ? WHERE id = ?", {Blob{FrameOfWhole(text)}, id});
+        database.Run("UPDATE texts SET frame = ? WHERE id = ?", {BlobView(FrameOfWhole(text)), id});
     return kept->number;
 }
 
@@ -156,9 +156,9 @@ TextNumber Keep(Database& database, const std::string& text, const std::string& 
     if (const auto kept = Kept(database, text, digest, mark)) return *kept;
     const auto delta = DeltaOf(database, text, former);
     database.Run("INSERT INTO texts(digest, size, frame, mark, made_from) VALUES(?,?,?,?,?)",
-                 {Blob{digest}, static_cast<std::int64_t>(text.size()),
-                  Blob{delta ? SealedFrame(FrameOf(*delta)) : FrameOfWhole(text)}, OptionalValue(mark),
-                  delta ? Value(delta->base) : Value()});
+                 {BlobView(digest), static_cast<std::int64_t>(text.size()),
+                  BlobView(delta ? SealedFrame(FrameOf(*delta)) : FrameOfWhole(text)), OptionalValue(mark),
+                  delta ? ValueView(delta->base) : ValueView()});
     return {database.LastRow()};
 }
 
@@ -232,7 +232,7 @@ void MakeWholeWithout(Database& database, TextNumber base) {
     for (const std::int64_t id : Numbers(database, "SELECT id FROM texts WHERE made_from = ?", {base.value}))
         if (const auto text = ReadableTextAt(database, {id}))
             database.Run("UPDATE texts SET frame = ?, made_from = NULL WHERE id = ?",
-                         {Blob{FrameOfWhole(*text)}, id});
+                         {BlobView(FrameOfWhole(*text)), id});
 }
 
 }  // namespace ZET::Deploy

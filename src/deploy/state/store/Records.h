@@ -50,6 +50,8 @@ struct RecordedState {
     std::string digest;              ///< of the text
     std::optional<TextNumber> text;  ///< none: it is not kept
     Knowledge knowledge;
+
+    bool operator==(const RecordedState&) const = default;
 };
 
 /// Whether two states have the same text, as far as can be told.

@@ -17,6 +17,10 @@ namespace ZET::Deploy {
 
 namespace {
 
+/// The pages of so many do not fit into the usual 2 MB: they would be written, and read, more than once, two
+/// calls a target of a first commit of 1,000.
+constexpr std::size_t kManyFiles = 200;
+
 /// By the clock that the times of files are taken from, which is a little behind.
 std::int64_t Now() {
     constexpr std::int64_t kNanoseconds = 1'000'000'000;
@@ -88,6 +92,7 @@ std::int64_t Store::Announce(const RecordedEntry& entry, const std::vector<FileT
 std::int64_t Store::Begin(const RecordedEntry& entry, const std::vector<FileToRecord>& files, Sync sync) {
     return Guarded([&] {
         SyncCommits(sync);
+        if (files.size() > kManyFiles) m_database->Run("PRAGMA cache_size = -16384");
         Database::Transaction transaction(*m_database);
         RecordedEntry opened = entry;
         opened.begun = Now();
@@ -150,8 +155,7 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
         for (const std::string& path : settlement.untouched)
             DeleteFileOf(*m_database, number, path);
         const std::vector<LeftFile> left = FilesLeftBy(*m_database, number);
-        KnowAsLeft(*m_database, left, number,
-                   settlement.keepsEntry ? StateOfEntry::IsCopied : StateOfEntry::IsTaken);
+        KnowAsLeft(*m_database, left, number);
         for (const FileToRecord& file : settlement.known)
             RememberOne(file);
         RecordedEntry entry =
