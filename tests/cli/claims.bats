@@ -87,3 +87,10 @@ assert_clash() {
     run_zet check-config
     assert_status 0
 }
+
+@test "what stands beside the product's own files is not listed to claim them" {
+    strace -f -qq -y -e trace=getdents64 -o "$BASE/trace" "$ZET_BIN/zet-client" --config zet.conf commit-config >"$BASE/output"
+    # Whoever looks for what a killed run left lists it once, unless it is crowded: two calls.
+    assert_equal "$(grep -cF "<$HOST/state>" "$BASE/trace")" 2
+    assert_equal "$(grep -cF "<$HOST>" "$BASE/trace")" 0
+}

@@ -11,8 +11,8 @@ LAST = re.compile(rb"(\d{20}) \1\n")
 KINDS = (0, 1)
 KNOWN = ("SELECT path, kind, present, mode, owner, grp, size, digest, roles, named_role, template"
          " FROM known JOIN states ON known.state = states.id")
-OPEN = ("SELECT path, was.digest, becomes.present, becomes.digest FROM entries JOIN files ON files.entry = entries.number"
-        " JOIN states AS was ON files.before = was.id JOIN states AS becomes ON files.after = becomes.id"
+OPEN = ("SELECT path, coalesce(was.digest, x''), becomes.present, becomes.digest FROM entries JOIN files ON files.entry = entries.number"
+        " LEFT JOIN states AS was ON files.before = was.id JOIN states AS becomes ON files.after = becomes.id"
         " WHERE outcome = 0")
 GIVEN = "SELECT coalesce(max(seq), 0) FROM sqlite_sequence WHERE name = 'entries'"
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <memory>
 #include <utility>
 
 #include "deploy/host/Failure.h"
@@ -96,8 +97,9 @@ void Recording::Expect(ExpectedFile file) {
 }
 
 void Recording::ExpectTogether(const std::function<void()>& call) {
-    if (!IsOn()) return call();
-    m_store->LookTogether(call);
+    std::unique_ptr<Database::Transaction> look;
+    if (IsOn()) OrGoOnWithout([&] { look = m_store->Look(); });
+    call();
 }
 
 void Recording::ExpectWithCompanions(ExpectedFile file) {
@@ -112,16 +114,18 @@ void Recording::ExpectWithCompanions(ExpectedFile file) {
     file.base.reset();
     file.knowledge.reset();
     file.kind = FileKind::Companion;
-    const FileToRecord original = m_rows.back().record;
+    const RecordedState original = m_rows.back().record.file.before;
     for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix}) {
         const bool isReserve = suffix == std::string(ZETReserveSuffix);
         if (!mayGo && exists != isReserve) continue;
         // A reserve that comes is a copy: it need not be read to know its text.
-        if (!mayGo && isReserve) file.after = CapturedFile{original.file.before, original.textBefore};
+        const bool mayCome = !mayGo && isReserve;
+        if (mayCome) file.after = CapturedFile{original, ""};
         Add(file, suffix);
+        m_rows.back().record.isReserve = mayCome;
         const bool isThere = m_rows.back().record.file.before.exists;
         // What the product has made itself gets no reserve, however often it is written.
-        const bool cannotCome = !mayGo && isReserve && !isThere && HasCompanion(file, ZETAbsenceSuffix);
+        const bool cannotCome = mayCome && !isThere && HasCompanion(file, ZETAbsenceSuffix);
         if (isThere != mayGo || cannotCome) m_rows.pop_back();
     }
 }
@@ -130,7 +134,8 @@ void Recording::IsMadeFrom(const std::string& path) {
     m_isPrivate = m_isPrivate || (HasTexts(m_host.Wanted()) && m_host.IsPrivate(path));
 }
 
-void Recording::Add(const ExpectedFile& file, const std::string& suffix) {
+/// Texts are moved out of the file: who gives it needs them no more.
+void Recording::Add(ExpectedFile& file, const std::string& suffix) {
     Row row;
     row.path = file.path + suffix;
     row.suffix = suffix;
@@ -156,9 +161,9 @@ void Recording::Add(const ExpectedFile& file, const std::string& suffix) {
     record.file.after.exists = true;
     if (file.after) {
         record.file.after = file.after->state;
-        record.textAfter = file.after->text;
+        record.textAfter = std::move(file.after->text);
     }
-    record.base = file.base;
+    record.base = std::move(file.base);
     record.left = file.left;
     record.isKnownAnew = file.knowledge.has_value();
     record.file.after.knowledge = file.knowledge.value_or(record.file.before.knowledge);

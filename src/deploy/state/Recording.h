@@ -98,7 +98,7 @@ class Recording {
     template <typename Call>
     void OrGoOnWithout(Call call);
     CapturedFile Before(const Row& row) const;
-    void Add(const ExpectedFile& file, const std::string& suffix);
+    void Add(ExpectedFile& file, const std::string& suffix);
     RecordedEntry EntryToOpen() const;
     std::vector<FileToRecord> NewFiles();
     CapturedFile Now(const Row& row) const;

@@ -62,6 +62,7 @@ class ClaimedFiles {
 
     std::string Canonical(const std::string& path) const;
     std::string CanonicalOfMany(const std::string& path);
+    std::string CanonicalOfOwn(const std::string& path);
     Listing ListingOf(const std::string& directory) const;
     void AddOwn(const std::string& path, const char* text);
     void AddOf(const std::string& templateName, const std::string& path, const char* text);
@@ -69,6 +70,7 @@ class ClaimedFiles {
 
     Host& m_host;
     std::map<std::string, Listing, std::less<>> m_listings;  ///< by the directories of many files
+    std::map<std::string, std::string> m_ownDirectories;     ///< their one names, by those given
     Uses m_uses;                                             ///< by the files' canonical names
     std::map<std::string, Problem> m_clashes;                ///< by the templates' names
 };

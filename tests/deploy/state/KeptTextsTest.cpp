@@ -51,6 +51,35 @@ TEST_F(KeptTextsTest, ADamagedLongTextThatComesAgainIsKeptAnew) {
     }
 }
 
+TEST_F(KeptTextsTest, ADamagedShortTextThatComesAgainIsKeptAnew) {
+    for (const std::size_t place : {0U, 6U, 13U, 40U}) {
+        Store store = Opened();
+        const std::string former(100, static_cast<char>('a' + place));
+        const std::int64_t first = Record(store, {File("/etc/x", "1", former)});
+        const TextNumber text = store.FilesOf(first)[0].after.text.value();
+        DamageFrame(text, place);
+        EXPECT_THROW(store.Text(text), Damage) << place;
+        const std::int64_t second = Record(store, {File("/etc/x", former, "2")});
+        EXPECT_EQ(store.FilesOf(second)[0].before.text, text) << place;
+        EXPECT_EQ(store.Text(text), former) << place;
+    }
+}
+
+/// What was made to have one digest is told apart by the one that can be read.
+TEST_F(KeptTextsTest, ADamagedShortTextIsNotTakenForOneThatCanBeRead) {
+    Store store = Opened();
+    const std::int64_t first = Record(store, {File("/etc/x", "a", "b")});
+    const RecordedFile kept = store.FilesOf(first)[0];
+    FileToRecord forged = File("/etc/x", "b", "a");
+    forged.file.before.digest = forged.file.after.digest = std::string(16, 'd');
+    forged.file.before.size = forged.file.after.size = 1;
+    GiveAllOneDigest(forged.file.after.digest);
+    DamageFrame(kept.before.text.value(), 6);
+    const std::int64_t second = Record(store, {forged});
+    EXPECT_EQ(store.FilesOf(second)[0].before.text, kept.after.text);
+    EXPECT_EQ(store.Text(kept.before.text.value()), "a");
+}
+
 TEST_F(KeptTextsTest, AKeyThatWasDamagedIsMadeAnewAndTextsAreKnownAgain) {
     for (const char* const damage : {"DELETE FROM secret", "UPDATE secret SET key = x'0102'"}) {
         TextNumber text;
@@ -99,7 +128,7 @@ TEST_F(KeptTextsTest, AStoreWithoutMarksIsReadAndGoesOn) {
     }
     EXPECT_EQ(Count("PRAGMA user_version"), 1);
     Store store = Opened();
-    EXPECT_EQ(Count("PRAGMA user_version"), 2);
+    EXPECT_EQ(Count("PRAGMA user_version"), 3);
     const std::int64_t second = Record(store, {File("/etc/x", Long('a'), Long('b'))});
     EXPECT_EQ(store.FilesOf(second)[0].before.text, store.FilesOf(1)[0].before.text);
     const std::int64_t third = Record(store, {File("/etc/x", Long('b'), Long('a'))});

@@ -1,9 +1,13 @@
 #include "deploy/state/Recording.h"
 
+#include <malloc.h>
+
+#include <cstddef>
 #include <string>
 #include <vector>
 
 #include "../HostFixture.h"
+#include "deploy/host/Failure.h"
 #include "deploy/state/CapturedFile.h"
 
 namespace ZET::Deploy {
@@ -46,6 +50,50 @@ TEST_F(RecordingTest, TextOfAReserveIsKnownBeforeItIsThere) {
     EXPECT_EQ(files[1].path, At("out/a.before_zet"));
     EXPECT_TRUE(HaveSameTextAndMode(files[1].after, files[0].before));
     EXPECT_EQ(files[1].after.text, files[0].before.text);
+}
+
+/// In a first commit, all of them together.
+TEST_F(RecordingTest, TextOfAReserveIsInMemoryOnce) {
+    constexpr std::size_t kSize = std::size_t{4} << 20;
+    const auto memory = [] {
+        const struct mallinfo2 used = mallinfo2();
+        return used.uordblks + used.hblkhd;
+    };
+    UseHistory("yes");
+    Write("out/a", std::string(kSize, 'a'));
+    Recording recording(TheHost(), Recording::Use::OfTheProduct, true);
+    const ExpectedFile file = Expected("out/a");
+    const std::size_t before = memory();
+    recording.Expect(file);
+    EXPECT_LT(memory(), before + kSize * 3 / 2);
+    recording.Begin();
+    const std::vector<RecordedFile> files = FilesOf(*recording.Number());
+    ASSERT_EQ(files.size(), 2U);
+    EXPECT_EQ(files[1].after.text, files[0].before.text);
+    EXPECT_TRUE(files[1].after.text.has_value());
+}
+
+TEST_F(RecordingTest, WhoGoesBackGoesOnWithoutAStoreThatCannotBeLookedAt) {
+    UseHistory("yes");
+    Write("out/a", "former");
+    Recording recording(TheHost(), Recording::Use::OfTheProduct, true, true);
+    bool isDone = false;
+    // No transaction begins in another one.
+    const auto look = TheHost().HostHistory().ToRecord().Look();
+    recording.ExpectTogether([&] {
+        recording.Expect(Expected("out/a"));
+        isDone = true;
+    });
+    EXPECT_TRUE(isDone);
+    EXPECT_FALSE(recording.IsOn());
+    EXPECT_EQ(m_told.warnings.size(), 1U);
+}
+
+TEST_F(RecordingTest, WhoDoesNotGoBackIsStoppedByAStoreThatCannotBeLookedAt) {
+    UseHistory("yes");
+    Recording recording(TheHost(), Recording::Use::OfTheProduct, true);
+    const auto look = TheHost().HostHistory().ToRecord().Look();
+    EXPECT_THROW(recording.ExpectTogether([] {}), Failure);
 }
 
 TEST_F(RecordingTest, ReserveIsRecordedAsItCame) {

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <new>
-#include <utility>
 
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
@@ -37,11 +36,17 @@ std::string WordsOf(sqlite3* database, int code) {
     return database != nullptr ? TheSqlite().message(database) : TheSqlite().describe(code);
 }
 
+/// Whether a call of the system may have failed. Of other errors, SQLite tells the reason of an earlier one.
+bool IsOfSystem(int code) {
+    const int kind = code & 0xff;
+    return kind == SQLITE_IOERR || kind == SQLITE_CANTOPEN;
+}
+
 [[noreturn]] void Fail(sqlite3* database, int code) {
     const int reason = errno;
     if ((code & 0xff) == SQLITE_NOMEM) throw std::bad_alloc();
     const Sqlite& sqlite = TheSqlite();
-    int error = database != nullptr ? sqlite.systemError(database) : 0;
+    int error = database != nullptr && IsOfSystem(code) ? sqlite.systemError(database) : 0;
     // SQLite does not say it of a commit.
     if (error == 0 && reason == EDQUOT) error = reason;
     // To SQLite, a quota that is used up is any error.
@@ -84,8 +89,8 @@ class Impatience {
 
 }  // namespace
 
-Value OptionalValue(const std::optional<std::int64_t>& number) {
-    return number ? Value(*number) : Value();
+ValueView OptionalValue(const std::optional<std::int64_t>& number) {
+    return number ? ValueView(*number) : ValueView();
 }
 
 bool DatabaseError::IsDamage() const {
@@ -118,6 +123,7 @@ Database::Database(const std::string& file, Access access) {
     const Sqlite& sqlite = TheSqlite();
     sqlite3* database = nullptr;
     const int flags = access == Access::Write ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY;
+    errno = 0;
     const int result = sqlite.open(NameOf(file, access).c_str(), &database,
                                    flags | SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX, nullptr);
     m_database.reset(database);
@@ -143,6 +149,7 @@ sqlite3_stmt* Database::Prepared(const char* statement) {
     auto& prepared = m_statements[statement];
     if (!prepared) {
         sqlite3_stmt* made = nullptr;
+        errno = 0;
         Require(
             TheSqlite().prepare(m_database.get(), statement, -1, SQLITE_PREPARE_PERSISTENT, &made, nullptr));
         prepared.reset(made);
@@ -150,27 +157,29 @@ sqlite3_stmt* Database::Prepared(const char* statement) {
     return prepared.get();
 }
 
-/// The values must live until the statement is done with.
-void Database::Bind(sqlite3_stmt* statement, const RowValues& values) {
+void Database::Bind(sqlite3_stmt* statement, std::span<const ValueView> values, void (*lifetime)(void*)) {
     const Sqlite& sqlite = TheSqlite();
     int index = 0;
-    for (const Value& value : values) {
+    for (const ValueView& value : values) {
         ++index;
         if (const auto* number = std::get_if<std::int64_t>(&value))
             Require(sqlite.bindNumber(statement, index, *number));
-        else if (const auto* text = std::get_if<std::string>(&value))
-            Require(
-                sqlite.bindText(statement, index, text->data(), text->size(), SQLITE_STATIC, SQLITE_UTF8));
-        else if (const auto* blob = std::get_if<Blob>(&value))
-            Require(sqlite.bindBlob(statement, index, blob->bytes.data(), blob->bytes.size(), SQLITE_STATIC));
+        else if (const auto* text = std::get_if<std::string_view>(&value))
+            Require(sqlite.bindText(statement, index, text->data(), text->size(), lifetime, SQLITE_UTF8));
+        else if (const auto* blob = std::get_if<BlobView>(&value))
+            Require(sqlite.bindBlob(statement, index, blob->bytes.data(), blob->bytes.size(), lifetime));
         else
             Require(sqlite.bindNothing(statement, index));
     }
 }
 
-Value Database::Run(const char* statement, RowValues values) {
-    Rows rows(*this, statement, std::move(values));
+Value Database::Run(const char* statement, ValueViews values) {
+    Rows rows(*this, statement, values, Rows::Lifetime::OfTheCall);
     return rows.Next() ? rows.At(0) : Value();
+}
+
+void Database::RunWith(const char* statement, std::span<const ValueView> values) {
+    Rows(*this, statement, values, Rows::Lifetime::OfTheCall).Next();
 }
 
 std::int64_t Database::LastRow() const {
@@ -218,9 +227,14 @@ void Database::Transaction::Commit() {
     m_isOpen = false;
 }
 
-Database::Rows::Rows(Database& database, const char* statement, RowValues values)
-    : m_database(database), m_statement(database.Prepared(statement)), m_values(std::move(values)) {
-    database.Bind(m_statement, m_values);
+Database::Rows::Rows(Database& database, const char* statement, ValueViews values)
+    : Rows(database, statement, values, Lifetime::OfTheRows) {}
+
+/// What lives as long as the call needs not be copied.
+Database::Rows::Rows(Database& database, const char* statement, std::span<const ValueView> values,
+                     Lifetime lifetime)
+    : m_database(database), m_statement(database.Prepared(statement)) {
+    database.Bind(m_statement, values, lifetime == Lifetime::OfTheCall ? SQLITE_STATIC : SQLITE_TRANSIENT);
 }
 
 Database::Rows::~Rows() {
@@ -229,19 +243,28 @@ Database::Rows::~Rows() {
 }
 
 bool Database::Rows::Next() {
+    errno = 0;  // that of an earlier call is no reason
     return m_database.Require(TheSqlite().step(m_statement)) == SQLITE_ROW;
 }
 
 Value Database::Rows::At(int column) const {
+    const ValueView value = View(column);
+    if (const auto* number = std::get_if<std::int64_t>(&value)) return *number;
+    if (const auto* text = std::get_if<std::string_view>(&value)) return std::string(*text);
+    if (const auto* blob = std::get_if<BlobView>(&value)) return Blob{std::string(blob->bytes)};
+    return {};
+}
+
+ValueView Database::Rows::View(int column) const {
     switch (TheSqlite().type(m_statement, column)) {
         case SQLITE_NULL:
             return {};
         case SQLITE_INTEGER:
-            return TheSqlite().number(m_statement, column);
+            return Number(column);
         case SQLITE_TEXT:
-            return Text(column);
+            return Bytes(column);
         default:
-            return Blob{Text(column)};
+            return BlobView(Bytes(column));
     }
 }
 

@@ -3,14 +3,15 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <variant>
-#include <vector>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -24,9 +25,18 @@ struct Blob {
 
 /// What a row has in a column; the first stands for nothing.
 using Value = std::variant<std::monostate, std::int64_t, std::string, Blob>;
-using RowValues = std::vector<Value>;
 
-Value OptionalValue(const std::optional<std::int64_t>& number);
+struct BlobView {
+    std::string_view bytes;
+    explicit BlobView(std::string_view blob) : bytes(blob) {}
+    BlobView(const Blob& blob) : bytes(blob.bytes) {}
+};
+
+/// The same in the memory of somebody else.
+using ValueView = std::variant<std::monostate, std::int64_t, std::string_view, BlobView>;
+using ValueViews = std::initializer_list<ValueView>;
+
+ValueView OptionalValue(const std::optional<std::int64_t>& number);
 
 /// What the library says of a call that failed.
 class DatabaseError : public std::runtime_error {
@@ -65,7 +75,10 @@ class Database {
 
     /// One statement that gives no rows, or the first value of the first row that it gives. A statement is
     /// known again by where it stands: it has to stay there.
-    Value Run(const char* statement, RowValues values = {});
+    Value Run(const char* statement, ValueViews values = {});
+
+    /// One that gives no rows.
+    void RunWith(const char* statement, std::span<const ValueView> values);
 
     /// The number of the row that was inserted last.
     std::int64_t LastRow() const;
@@ -103,7 +116,7 @@ class Database {
     /// The rows of a statement. No other rows of the same statement may be read meanwhile.
     class Rows {
       public:
-        Rows(Database& database, const char* statement, RowValues values = {});
+        Rows(Database& database, const char* statement, ValueViews values = {});
         ~Rows();
         Rows(const Rows&) = delete;
         Rows& operator=(const Rows&) = delete;
@@ -116,14 +129,18 @@ class Database {
         std::string Text(int column) const { return std::string(Bytes(column)); }
 
         /// In place: up to the next row.
+        ValueView View(int column) const;
         std::string_view Bytes(int column) const;
 
         std::optional<std::int64_t> OptionalNumber(int column) const;
 
       private:
+        friend class Database;
+        enum class Lifetime { OfTheRows, OfTheCall };
+        Rows(Database& database, const char* statement, std::span<const ValueView> values, Lifetime lifetime);
+
         Database& m_database;
         sqlite3_stmt* m_statement;
-        const RowValues m_values;  ///< where the statement finds them
     };
 
   private:
@@ -136,7 +153,7 @@ class Database {
 
     static int NoteJournal(void* self, sqlite3* database, const char* name, int pages);
     sqlite3_stmt* Prepared(const char* statement);
-    void Bind(sqlite3_stmt* statement, const RowValues& values);
+    void Bind(sqlite3_stmt* statement, std::span<const ValueView> values, void (*lifetime)(void*));
     int Require(int result);
 
     std::unique_ptr<sqlite3, Closer> m_database;

@@ -55,8 +55,23 @@ bool IsThat(const std::optional<std::int64_t>& number, const std::optional<TextN
     return number ? text == TextNumber{*number} : !text;
 }
 
-std::vector<std::int64_t> StatesOfKnown(Database& database, const std::string& path) {
-    return Numbers(database, "SELECT state FROM known WHERE path = ?", {path});
+/// The state by which a file is known: its own, or that of the entry that left it so.
+struct StateOfKnown {
+    std::int64_t number;
+    bool isOwn;
+};
+
+std::optional<StateOfKnown> StateOfKnownAt(Database& database, const std::string& path) {
+    Database::Rows rows(database,
+                        "SELECT state, NOT EXISTS (SELECT 1 FROM files WHERE path = ?1"
+                        " AND entry = known.entry AND after = known.state) FROM known WHERE path = ?1",
+                        {path});
+    if (!rows.Next()) return std::nullopt;
+    return StateOfKnown{rows.Number(0), rows.Number(1) != 0};
+}
+
+void ReleaseIfOwn(Database& database, const std::optional<StateOfKnown>& state) {
+    if (state && state->isOwn) ReleaseState(database, state->number);
 }
 
 /// The number of one that is not there would be given to another one.
@@ -65,13 +80,6 @@ void RequireStatesLeftBy(Database& database, std::int64_t entry) {
                      " (SELECT 1 FROM states WHERE id = after) LIMIT 1",
                      {entry}) != Value())
         throw DamagedRow();
-}
-
-/// The state is neither read nor written again: it stands in its row already.
-void KnowInItsRow(Database& database, const LeftFile& file, std::int64_t entry) {
-    for (const std::int64_t former : StatesOfKnown(database, file.path))
-        ReleaseState(database, former);
-    PutKnown(database, file, entry);
 }
 
 /// The newest entry that has so many newer ones.
@@ -117,29 +125,29 @@ void DeleteFileOf(Database& database, std::int64_t number, const std::string& pa
 }
 
 void DeleteKnown(Database& database, const std::string& path) {
-    const std::vector<std::int64_t> states = StatesOfKnown(database, path);
-    for (const std::int64_t state : states)
-        ReleaseState(database, state);
-    if (!states.empty()) database.Run("DELETE FROM known WHERE path = ?", {path});
+    const auto state = StateOfKnownAt(database, path);
+    ReleaseIfOwn(database, state);
+    if (state) database.Run("DELETE FROM known WHERE path = ?", {path});
 }
 
 void ReplaceKnown(Database& database, const KnownFile& file) {
-    const std::vector<std::int64_t> states = StatesOfKnown(database, file.path);
-    if (!states.empty()) ReplaceStateAndTexts(database, states.front(), file.state);
-    const std::int64_t state = states.empty() ? InsertState(database, file.state) : states.front();
-    PutKnown(database, {file.path, file.kind, state}, file.entry);
+    const auto state = StateOfKnownAt(database, file.path);
+    const bool isOwn = state && state->isOwn;
+    if (isOwn) ReplaceStateAndTexts(database, state->number, file.state);
+    const std::int64_t number = isOwn ? state->number : InsertState(database, file.state);
+    PutKnown(database, {file.path, file.kind, number}, file.entry);
 }
 
-void KnowAsLeft(Database& database, const std::vector<LeftFile>& files, std::int64_t entry,
-                StateOfEntry state) {
-    if (state == StateOfEntry::IsTaken) RequireStatesLeftBy(database, entry);
+/// The state is neither read nor written again: it stands in the row of the entry.
+void KnowAsLeft(Database& database, const std::vector<LeftFile>& files, std::int64_t entry) {
+    RequireStatesLeftBy(database, entry);
     for (const LeftFile& file : files) {
-        if (!IsOfProduct(file.kind))
+        if (!IsOfProduct(file.kind)) {
             DeleteKnown(database, file.path);
-        else if (state == StateOfEntry::IsTaken)
-            KnowInItsRow(database, file, entry);
-        else
-            ReplaceKnown(database, {file.path, file.kind, StateAt(database, file.state), entry});
+            continue;
+        }
+        ReleaseIfOwn(database, StateOfKnownAt(database, file.path));
+        PutKnown(database, file, entry);
     }
 }
 

@@ -25,13 +25,9 @@ void DeleteKnown(Database& database, const std::string& path);
 /// Whatever was known of the file, that is known now.
 void ReplaceKnown(Database& database, const KnownFile& file);
 
-/// An entry that stays needs its state itself; one that goes need not have it copied.
-enum class StateOfEntry { IsCopied, IsTaken };
-
 /// The files are known as the entry left them, or not at all where the product has nothing to do with them
 /// any more.
-void KnowAsLeft(Database& database, const std::vector<LeftFile>& files, std::int64_t entry,
-                StateOfEntry state);
+void KnowAsLeft(Database& database, const std::vector<LeftFile>& files, std::int64_t entry);
 
 /// What the former state alone had of texts goes.
 void ReplaceStateAndTexts(Database& database, std::int64_t id, const RecordedState& state);

@@ -23,17 +23,6 @@ constexpr const char* kFrameOfText = "SELECT size, frame FROM texts WHERE id = ?
 constexpr const char* kIsMissing = ZET_TEXT("a text is missing");
 constexpr const char* kIsDamaged = ZET_TEXT("a text is not as it was written");
 
-bool IsTextAt(Database& database, std::int64_t id, const std::string& text) {
-    Database::Rows rows(database, kFrameOfText, {id});
-    if (!rows.Next()) throw DamagedRow(_(kIsMissing));
-    const auto frame = FrameIn(rows.Bytes(1));
-    const auto isSame = frame && rows.Number(0) == static_cast<std::int64_t>(text.size())
-                            ? IsFrameOf(*frame, text)
-                            : std::nullopt;
-    if (!isSame) throw DamagedRow(_(kIsDamaged));
-    return *isSame;
-}
-
 std::optional<std::string> ReadableTextAt(Database& database, TextNumber number) {
     try {
         return TextAt(database, number);
@@ -45,7 +34,8 @@ std::optional<std::string> ReadableTextAt(Database& database, TextNumber number)
 /// A text that is found in the store.
 struct KeptText {
     TextNumber number;
-    bool isMarked;
+    bool isMarked = false;
+    bool isSound = true;  ///< as far as the search had to look
 };
 
 /// Of a text that would have to be expanded to be compared.
@@ -56,18 +46,30 @@ std::optional<std::int64_t> MarkIn(Database& database, const std::string& text) 
     return MarkOf(*key, text);
 }
 
-/// A digest like that of another text can be made, and so can a text be that has it: its mark tells, or it is
-/// compared, as the texts are that have none.
-std::optional<KeptText> FindKept(Database& database, const std::string& text, const std::string& digest,
-                                 const std::optional<std::int64_t>& mark) {
+/// A digest like that of another text can be made, and so can a text be that has it: a short one is compared.
+/// One that is damaged counts for it where no other one is.
+std::optional<KeptText> FindShort(Database& database, const std::string& text, const std::string& digest) {
+    std::optional<KeptText> damaged;
+    Database::Rows rows(database, "SELECT id, frame FROM texts WHERE digest = ? AND size = ?",
+                        {BlobView(digest), static_cast<std::int64_t>(text.size())});
+    while (rows.Next()) {
+        const auto frame = FrameIn(rows.Bytes(1));
+        const auto isSame = frame ? IsFrameOf(*frame, text) : std::nullopt;
+        if (isSame == true) return KeptText{{rows.Number(0)}};
+        if (!isSame) damaged = KeptText{.number = {rows.Number(0)}, .isSound = false};
+    }
+    return damaged;
+}
+
+/// The mark of a long one tells, or it is compared, as those are that have none.
+std::optional<KeptText> FindLong(Database& database, const std::string& text, const std::string& digest,
+                                 std::int64_t mark) {
     Database::Rows rows(database, "SELECT id, mark FROM texts WHERE digest = ? AND size = ?",
-                        {Blob{digest}, static_cast<std::int64_t>(text.size())});
+                        {BlobView(digest), static_cast<std::int64_t>(text.size())});
     while (rows.Next()) {
         const KeptText kept = {{rows.Number(0)}, rows.OptionalNumber(1).has_value()};
-        const bool isSame = !mark           ? IsTextAt(database, kept.number.value, text)
-                            : kept.isMarked ? *mark == rows.Number(1)
-                                            : ReadableTextAt(database, kept.number) == text;
-        if (isSame) return kept;
+        if (kept.isMarked ? mark == rows.Number(1) : ReadableTextAt(database, kept.number) == text)
+            return kept;
     }
     return std::nullopt;
 }
@@ -134,17 +136,17 @@ bool IsReadableAt(Database& database, std::int64_t id, const std::string& text) 
     return isSound ? *isSound : ReadableTextAt(database, {id}) == text;
 }
 
-/// A mark tells which text it is, but not whether the store can still give it: where it cannot, the text is
-/// kept anew in its place, for all who have it.
+/// That a text is known by its digest or its mark does not tell whether the store can still give it: where it
+/// cannot, the text is kept anew in its place, for all who have it.
 std::optional<TextNumber> Kept(Database& database, const std::string& text, const std::string& digest,
                                const std::optional<std::int64_t>& mark) {
-    const auto kept = FindKept(database, text, digest, mark);
-    if (!kept || !mark) return kept ? std::optional(kept->number) : std::nullopt;
+    const auto kept = mark ? FindLong(database, text, digest, *mark) : FindShort(database, text, digest);
+    if (!kept) return std::nullopt;
     const std::int64_t id = kept->number.value;
-    if (!kept->isMarked) database.Run("UPDATE texts SET mark = ? WHERE id = ?", {*mark, id});
+    if (mark && !kept->isMarked) database.Run("UPDATE texts SET mark = ? WHERE id = ?", {*mark, id});
     // What it was made from is released with it still: nothing else may have that any more.
-    if (!IsReadableAt(database, id, text))
-        database.Run("UPDATE texts SET frame = ? WHERE id = ?", {Blob{FrameOfWhole(text)}, id});
+    if (mark ? !IsReadableAt(database, id, text) : !kept->isSound)
+        database.Run("UPDATE texts SET frame = ? WHERE id = ?", {BlobView(FrameOfWhole(text)), id});
     return kept->number;
 }
 
@@ -154,9 +156,9 @@ TextNumber Keep(Database& database, const std::string& text, const std::string& 
     if (const auto kept = Kept(database, text, digest, mark)) return *kept;
     const auto delta = DeltaOf(database, text, former);
     database.Run("INSERT INTO texts(digest, size, frame, mark, made_from) VALUES(?,?,?,?,?)",
-                 {Blob{digest}, static_cast<std::int64_t>(text.size()),
-                  Blob{delta ? SealedFrame(FrameOf(*delta)) : FrameOfWhole(text)}, OptionalValue(mark),
-                  delta ? Value(delta->base) : Value()});
+                 {BlobView(digest), static_cast<std::int64_t>(text.size()),
+                  BlobView(delta ? SealedFrame(FrameOf(*delta)) : FrameOfWhole(text)), OptionalValue(mark),
+                  delta ? ValueView(delta->base) : ValueView()});
     return {database.LastRow()};
 }
 
@@ -191,8 +193,10 @@ TextOrDelta Read(Database& database, std::int64_t number, std::size_t& size) {
 
 }  // namespace
 
-RecordedFile WithTexts(Database& database, const StoreLimits& limits, const FileToRecord& file) {
+RecordedFile WithTexts(Database& database, const StoreLimits& limits, const FileToRecord& file,
+                       std::optional<TextNumber> original) {
     RecordedFile recorded = file.file;
+    if (file.isReserve) recorded.after.text = original;
     Take(database, limits, recorded.before, file.textBefore);
     recorded.after = AfterWithTexts(database, limits, file, std::move(recorded.after), recorded.before.text);
     return recorded;
@@ -228,7 +232,7 @@ void MakeWholeWithout(Database& database, TextNumber base) {
     for (const std::int64_t id : Numbers(database, "SELECT id FROM texts WHERE made_from = ?", {base.value}))
         if (const auto text = ReadableTextAt(database, {id}))
             database.Run("UPDATE texts SET frame = ?, made_from = NULL WHERE id = ?",
-                         {Blob{FrameOfWhole(*text)}, id});
+                         {BlobView(FrameOfWhole(*text)), id});
 }
 
 }  // namespace ZET::Deploy

@@ -45,7 +45,9 @@ std::string ChecksumOf(std::string_view text) {
 }  // namespace
 
 std::string PlainFrame(std::string_view text) {
-    return HeaderOf(text.size()).append(text).append(ChecksumOf(text));
+    std::string frame = HeaderOf(text.size());
+    frame.reserve(frame.size() + text.size() + kSizeOfChecksum);
+    return frame.append(text).append(ChecksumOf(text));
 }
 
 std::optional<std::string_view> TextOfPlainFrame(std::string_view frame) {

@@ -50,6 +50,8 @@ struct RecordedState {
     std::string digest;              ///< of the text
     std::optional<TextNumber> text;  ///< none: it is not kept
     Knowledge knowledge;
+
+    bool operator==(const RecordedState&) const = default;
 };
 
 /// Whether two states have the same text, as far as can be told.
@@ -94,8 +96,9 @@ struct FileToRecord {
     RecordedFile file;
     std::string textBefore;
     std::string textAfter;
-    std::optional<std::string> base;    ///< for `after`
-    bool isPlanned = true;              ///< false: `after` is not known yet
+    std::optional<std::string> base;  ///< for `after`
+    bool isPlanned = true;            ///< false: `after` is not known yet
+    bool isReserve = false;  ///< it gets the text that the file in front of it had, which is not given twice
     std::optional<RecordedState> left;  ///< what it is known as then, where somebody edited it since
     bool isKnownAnew = false;           ///< something else is known of it then, even where it is as before
 };

@@ -2,92 +2,24 @@
 
 #include <utility>
 
-#include "deploy/state/store/Digest.h"
 #include "deploy/state/store/Packing.h"
+#include "deploy/state/store/SealedRow.h"
 
 namespace ZET::Deploy {
 
 namespace {
 
-/// The bytes of a row that its seal is made of.
-std::string BytesOf(const RowValues& row) {
-    constexpr std::size_t kUsualSize = 256;
-    std::string bytes;
-    bytes.reserve(kUsualSize);
-    for (const Value& value : row) {
-        if (const auto* number = std::get_if<std::int64_t>(&value))
-            AppendPacked(bytes, "i", std::to_string(*number));
-        else if (const auto* text = std::get_if<std::string>(&value))
-            AppendPacked(bytes, "t", *text);
-        else if (const auto* blob = std::get_if<Blob>(&value))
-            AppendPacked(bytes, "b", blob->bytes);
-        else
-            AppendPacked(bytes, "", "");
-    }
-    return bytes;
+ValueView NumberOf(const std::optional<TextNumber>& text) {
+    return text ? ValueView(text->value) : ValueView();
 }
 
-/// With a seal, and room for the number of the row.
-template <typename... Values>
-RowValues SealedRow(Values&&... values) {
-    RowValues row;
-    row.reserve(sizeof...(values) + 2);
-    (row.emplace_back(std::forward<Values>(values)), ...);
-    row.emplace_back(SealOf(BytesOf(row)));
-    return row;
-}
-
-/// The row at which `rows` stands; its seal is the last column.
-RowValues Opened(const Database::Rows& rows, int columns) {
-    RowValues row;
-    row.reserve(static_cast<std::size_t>(columns));
-    for (int column = 0; column < columns; ++column)
-        row.push_back(rows.At(column));
-    if (rows.At(columns) != Value(SealOf(BytesOf(row)))) throw DamagedRow();
-    return row;
-}
-
-/// Hands out the values of a row one after the other.
-class RowReader {
-  public:
-    explicit RowReader(RowValues row) : m_row(std::move(row)) {}
-
-    std::int64_t Number() { return std::get<std::int64_t>(m_row.at(m_next++)); }
-    std::string Text() { return std::get<std::string>(std::move(m_row.at(m_next++))); }
-    std::string Bytes() { return std::get<Blob>(std::move(m_row.at(m_next++))).bytes; }
-
-    std::optional<std::int64_t> OptionalNumber() {
-        const auto* const number = std::get_if<std::int64_t>(&m_row.at(m_next++));
-        return number != nullptr ? std::optional(*number) : std::nullopt;
-    }
-
-    std::optional<TextNumber> OptionalText() {
-        const auto number = OptionalNumber();
-        return number ? std::optional(TextNumber{*number}) : std::nullopt;
-    }
-
-    std::vector<std::string> Texts() {
-        auto texts = Unpacked(Bytes());
-        if (!texts) throw DamagedRow();
-        return std::move(*texts);
-    }
-
-  private:
-    RowValues m_row;
-    std::size_t m_next = 0;
-};
-
-Value NumberOf(const std::optional<TextNumber>& text) {
-    return text ? Value(text->value) : Value();
-}
-
-Blob PackedPairs(const std::map<std::string, std::string>& pairs) {
-    std::vector<std::string> texts;
+std::string PackedPairs(const std::map<std::string, std::string>& pairs) {
+    std::string packed;
     for (const auto& [name, value] : pairs) {
-        texts.push_back(name);
-        texts.push_back(value);
+        AppendPacked(packed, name, "");
+        AppendPacked(packed, value, "");
     }
-    return {Packed(texts)};
+    return packed;
 }
 
 std::map<std::string, std::string> Pairs(const std::vector<std::string>& texts) {
@@ -97,11 +29,11 @@ std::map<std::string, std::string> Pairs(const std::vector<std::string>& texts) 
     return pairs;
 }
 
-Blob PackedRoles(const std::set<Role>& roles) {
-    std::vector<std::string> names;
+std::string PackedRoles(const std::set<Role>& roles) {
+    std::string packed;
     for (const Role role : roles)
-        names.emplace_back(NameOf(role));
-    return {Packed(names)};
+        AppendPacked(packed, NameOf(role), "");
+    return packed;
 }
 
 std::set<Role> Roles(const std::vector<std::string>& names) {
@@ -112,7 +44,7 @@ std::set<Role> Roles(const std::vector<std::string>& names) {
 }
 
 RecordedEntry EntryOf(const Database::Rows& rows) {
-    RowReader row(Opened(rows, 9));
+    RowReader row(rows, 9);
     RecordedEntry entry;
     entry.begun = row.Number();
     entry.ended = row.Number();
@@ -126,31 +58,38 @@ RecordedEntry EntryOf(const Database::Rows& rows) {
     return entry;
 }
 
-RowValues RowOf(const RecordedEntry& entry) {
-    return SealedRow(entry.begun, entry.ended, static_cast<std::int64_t>(entry.outcome),
-                     static_cast<std::int64_t>(entry.user),
-                     entry.loginUser ? Value(static_cast<std::int64_t>(*entry.loginUser)) : Value(),
-                     entry.sudoUser, NameOf(entry.role), Blob{Packed(entry.words)}, entry.message);
+void RunWith(Database& database, const char* statement, const RecordedEntry& entry,
+             const std::optional<std::int64_t>& number = std::nullopt) {
+    RunSealed(database, statement,
+              {entry.begun, entry.ended, static_cast<std::int64_t>(entry.outcome),
+               static_cast<std::int64_t>(entry.user),
+               entry.loginUser ? ValueView(static_cast<std::int64_t>(*entry.loginUser)) : ValueView(),
+               entry.sudoUser, NameOf(entry.role), BlobView(Packed(entry.words)), entry.message},
+              number);
 }
 
 /// A base that was taken out is no text's number.
 constexpr TextNumber kErased{0};
 
-Value BaseNumberOf(const Knowledge& knowledge) {
+ValueView BaseNumberOf(const Knowledge& knowledge) {
     return knowledge.isBaseErased ? NumberOf(kErased) : NumberOf(knowledge.base);
 }
 
-RowValues RowOf(const RecordedState& state) {
-    return SealedRow(std::int64_t{state.exists}, std::int64_t{state.mode}, std::int64_t{state.owner},
-                     std::int64_t{state.group}, PackedPairs(state.attributes),
-                     static_cast<std::int64_t>(state.size), Blob{state.digest}, NumberOf(state.text),
-                     PackedRoles(state.knowledge.roles),
-                     state.knowledge.namedRole ? NameOf(*state.knowledge.namedRole) : "",
-                     state.knowledge.templateName, BaseNumberOf(state.knowledge));
+void RunWith(Database& database, const char* statement, const RecordedState& state,
+             const std::optional<std::int64_t>& id = std::nullopt) {
+    const Knowledge& knowledge = state.knowledge;
+    RunSealed(
+        database, statement,
+        {std::int64_t{state.exists}, std::int64_t{state.mode}, std::int64_t{state.owner},
+         std::int64_t{state.group}, BlobView(PackedPairs(state.attributes)),
+         static_cast<std::int64_t>(state.size), BlobView(state.digest), NumberOf(state.text),
+         BlobView(PackedRoles(knowledge.roles)), knowledge.namedRole ? NameOf(*knowledge.namedRole) : "",
+         knowledge.templateName, BaseNumberOf(knowledge)},
+        id);
 }
 
 KnownFile KnownOf(Database& database, const Database::Rows& rows) {
-    RowReader row(Opened(rows, 4));
+    RowReader row(rows, 4);
     KnownFile file;
     file.path = row.Text();
     file.kind = static_cast<FileKind>(row.Number());
@@ -161,9 +100,13 @@ KnownFile KnownOf(Database& database, const Database::Rows& rows) {
 
 }  // namespace
 
-std::vector<std::int64_t> Numbers(Database& database, const char* statement, RowValues values) {
+/// The number of the state before of a file that was not there, and of which nothing was known: such a row
+/// would tell nothing.
+constexpr std::int64_t kNothing = 0;
+
+std::vector<std::int64_t> Numbers(Database& database, const char* statement, ValueViews values) {
     std::vector<std::int64_t> numbers;
-    Database::Rows rows(database, statement, std::move(values));
+    Database::Rows rows(database, statement, values);
     while (rows.Next())
         numbers.push_back(rows.Number(0));
     return numbers;
@@ -175,31 +118,31 @@ std::int64_t FirstNumber(Database& database, const char* statement) {
 }
 
 std::int64_t InsertState(Database& database, const RecordedState& state) {
-    database.Run(
+    RunWith(
+        database,
         "INSERT INTO states(present, mode, owner, grp, attributes, size, digest, text, roles, named_role, "
         "template,"
         " base, seal) VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?)",
-        RowOf(state));
+        state);
     return database.LastRow();
 }
 
 void ReplaceState(Database& database, std::int64_t id, const RecordedState& state) {
-    RowValues row = RowOf(state);
-    row.emplace_back(id);
-    database.Run(
-        "UPDATE states SET present=?, mode=?, owner=?, grp=?, attributes=?, size=?, digest=?, text=?, "
-        "roles=?,"
-        " named_role=?, template=?, base=?, seal=? WHERE id = ?",
-        std::move(row));
+    RunWith(database,
+            "UPDATE states SET present=?, mode=?, owner=?, grp=?, attributes=?, size=?, digest=?, text=?, "
+            "roles=?,"
+            " named_role=?, template=?, base=?, seal=? WHERE id = ?",
+            state, id);
 }
 
 RecordedState StateAt(Database& database, std::int64_t id) {
+    if (id == kNothing) return {};
     Database::Rows rows(database,
                         "SELECT present, mode, owner, grp, attributes, size, digest, text, roles, named_role,"
                         " template, base, seal FROM states WHERE id = ?",
                         {id});
     if (!rows.Next()) throw DamagedRow();
-    RowReader row(Opened(rows, 12));
+    RowReader row(rows, 12);
     RecordedState state;
     state.exists = row.Number() != 0;
     state.mode = static_cast<mode_t>(row.Number());
@@ -207,7 +150,7 @@ RecordedState StateAt(Database& database, std::int64_t id) {
     state.group = static_cast<gid_t>(row.Number());
     state.attributes = Pairs(row.Texts());
     state.size = static_cast<std::uint64_t>(row.Number());
-    state.digest = row.Bytes();
+    state.digest = row.Text();
     state.text = row.OptionalText();
     state.knowledge.roles = Roles(row.Texts());
     state.knowledge.namedRole = RoleNamed(row.Text());
@@ -219,20 +162,20 @@ RecordedState StateAt(Database& database, std::int64_t id) {
 }
 
 std::int64_t InsertEntry(Database& database, const RecordedEntry& entry) {
-    database.Run(
+    RunWith(
+        database,
         "INSERT INTO entries(begun, ended, outcome, user, login_user, sudo_user, role, words, message, seal)"
         " VALUES(?,?,?,?,?,?,?,?,?,?)",
-        RowOf(entry));
+        entry);
     return database.LastRow();
 }
 
 void ReplaceEntry(Database& database, const RecordedEntry& entry) {
-    RowValues row = RowOf(entry);
-    row.emplace_back(entry.number);
-    database.Run(
+    RunWith(
+        database,
         "UPDATE entries SET begun=?, ended=?, outcome=?, user=?, login_user=?, sudo_user=?, role=?, words=?,"
         " message=?, seal=? WHERE number = ?",
-        std::move(row));
+        entry, entry.number);
 }
 
 std::optional<RecordedEntry> EntryAt(Database& database, std::int64_t number) {
@@ -252,27 +195,29 @@ constexpr std::int64_t kWasEdited = 1;
 constexpr std::int64_t kIsPutBack = 2;
 
 void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file) {
-    const std::int64_t before = InsertState(database, file.before);
+    const bool isNew = file.before == RecordedState();
+    const std::int64_t before = isNew ? kNothing : InsertState(database, file.before);
     const std::int64_t after = InsertState(database, file.after);
     std::optional<std::int64_t> left;
     if (file.leftBefore) left = InsertState(database, *file.leftBefore);
-    database.Run(
+    RunSealed(
+        database,
         "INSERT INTO files(entry, path, kind, kind_before, before, after, left_before, was_edited, seal)"
         " VALUES(?,?,?,?,?,?,?,?,?)",
-        SealedRow(entry, file.path, static_cast<std::int64_t>(file.kind),
-                  static_cast<std::int64_t>(file.kindBefore), before, after, OptionalValue(left),
-                  (file.wasEdited ? kWasEdited : 0) | (file.isPutBack ? kIsPutBack : 0)));
+        {entry, file.path, static_cast<std::int64_t>(file.kind), static_cast<std::int64_t>(file.kindBefore),
+         before, after, OptionalValue(left),
+         (file.wasEdited ? kWasEdited : 0) | (file.isPutBack ? kIsPutBack : 0)});
 }
 
 constexpr const char* kFilesOfEntry =
     "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
     " FROM files WHERE entry = ? ORDER BY id";
 
-static std::vector<RecordedFile> FilesIn(Database& database, const char* statement, RowValues values) {
+static std::vector<RecordedFile> FilesIn(Database& database, const char* statement, ValueViews values) {
     std::vector<RecordedFile> files;
-    Database::Rows rows(database, statement, std::move(values));
+    Database::Rows rows(database, statement, values);
     while (rows.Next()) {
-        RowReader row(Opened(rows, 8));
+        RowReader row(rows, 8);
         row.Number();
         RecordedFile file;
         file.path = row.Text();
@@ -318,7 +263,7 @@ std::vector<LeftFile> FilesLeftBy(Database& database, std::int64_t entry) {
     std::vector<LeftFile> files;
     Database::Rows rows(database, kFilesOfEntry, {entry});
     while (rows.Next()) {
-        RowReader row(Opened(rows, 8));
+        RowReader row(rows, 8);
         row.Number();
         std::string path = row.Text();
         files.push_back({std::move(path), static_cast<FileKind>(row.Number()), rows.Number(5)});
@@ -327,8 +272,8 @@ std::vector<LeftFile> FilesLeftBy(Database& database, std::int64_t entry) {
 }
 
 void PutKnown(Database& database, const LeftFile& file, std::int64_t entry) {
-    database.Run("INSERT OR REPLACE INTO known(path, kind, state, entry, seal) VALUES(?,?,?,?,?)",
-                 SealedRow(file.path, static_cast<std::int64_t>(file.kind), file.state, entry));
+    RunSealed(database, "INSERT OR REPLACE INTO known(path, kind, state, entry, seal) VALUES(?,?,?,?,?)",
+              {file.path, static_cast<std::int64_t>(file.kind), file.state, entry});
 }
 
 std::optional<KnownFile> KnownAt(Database& database, const std::string& path) {

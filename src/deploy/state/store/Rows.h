@@ -21,7 +21,7 @@ class DamagedRow : public std::runtime_error {
 };
 
 /// The first column of each row that the statement finds.
-std::vector<std::int64_t> Numbers(Database& database, const char* statement, RowValues values = {});
+std::vector<std::int64_t> Numbers(Database& database, const char* statement, ValueViews values = {});
 
 /// 0: no row is found.
 std::int64_t FirstNumber(Database& database, const char* statement);

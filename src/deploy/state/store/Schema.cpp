@@ -17,7 +17,8 @@ namespace {
 /// "ZETS", by which a store is told from any other database.
 constexpr std::int64_t kApplication = 0x5a455453;
 
-/// Texts are shared by the states; each state belongs to one row of `files` or `known`. Each seal is a
+/// Texts are shared by the states. Since version 3, a file may be known by the state in which its last entry
+/// left it; any other state belongs to one row of `files` or `known`. Each seal is a
 /// digest of its row, since a database tells a damaged page, but not a changed value. Numbers of entries are
 /// never used again; `pruned` has the greatest of those that are no longer kept. `was_edited` is two bits:
 /// what was there before is others' work (1), and a former state came back (2).
@@ -62,6 +63,7 @@ void MakeTables(Database& database) {
 
 /// The mark of a text is in the index, too: the columns behind a long frame are far away. A text may be made
 /// from another one, which then is kept whole, and as long as that is needed.
+constexpr std::int64_t kFirstWithMarks = 2;
 constexpr const char* kTablesOfVersion2[] = {
     "ALTER TABLE texts ADD COLUMN mark INTEGER",
     "ALTER TABLE texts ADD COLUMN made_from INTEGER REFERENCES texts",
@@ -85,7 +87,6 @@ void AddMarks(Database& database, const std::string& file) {
     for (const char* const statement : kTablesOfVersion2)
         database.Run(statement);
     database.Run("INSERT INTO secret(id, key) VALUES(0, ?)", {Blob{RandomKey(file)}});
-    database.Run("PRAGMA user_version = 2");
 }
 
 }  // namespace
@@ -111,7 +112,9 @@ void UpgradeStore(Database& database, std::int64_t version, const std::string& f
     if (version == kSchemaVersion) return;
     Database::Transaction transaction(database);
     if (version == 0) MakeTables(database);
-    AddMarks(database, file);
+    if (version < kFirstWithMarks) AddMarks(database, file);
+    // The tables of version 3 are the same: who knows only version 2 would take a shared state away.
+    database.Run("PRAGMA user_version = 3");
     transaction.Commit();
 }
 

@@ -9,7 +9,7 @@
 namespace ZET::Deploy {
 
 /// The version that is written here.
-inline constexpr std::int64_t kSchemaVersion = 2;
+inline constexpr std::int64_t kSchemaVersion = 3;
 
 /// The version of an opened store; 0: it has no tables yet. What is no store, or a newer one's, is a
 /// `Failure` that names `file`.

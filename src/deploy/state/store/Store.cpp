@@ -17,6 +17,10 @@ namespace ZET::Deploy {
 
 namespace {
 
+/// The pages of so many do not fit into the usual 2 MB: they would be written, and read, more than once, two
+/// calls a target of a first commit of 1,000.
+constexpr std::size_t kManyFiles = 200;
+
 /// By the clock that the times of files are taken from, which is a little behind.
 std::int64_t Now() {
     constexpr std::int64_t kNanoseconds = 1'000'000'000;
@@ -88,13 +92,13 @@ std::int64_t Store::Announce(const RecordedEntry& entry, const std::vector<FileT
 std::int64_t Store::Begin(const RecordedEntry& entry, const std::vector<FileToRecord>& files, Sync sync) {
     return Guarded([&] {
         SyncCommits(sync);
+        if (files.size() > kManyFiles) m_database->Run("PRAGMA cache_size = -16384");
         Database::Transaction transaction(*m_database);
         RecordedEntry opened = entry;
         opened.begun = Now();
         opened.outcome = EntryOutcome::Open;
         const std::int64_t number = InsertEntry(*m_database, opened);
-        for (const FileToRecord& file : files)
-            Insert(number, file);
+        Insert(number, files);
         transaction.Commit();
         m_wasJournalLong = IsJournalLong();
         opened.number = number;
@@ -118,17 +122,23 @@ void Store::TakeJournalOverUnlessEntry() {
     if (!m_wasJournalLong && IsJournalLong()) TakeJournalOver(*m_database, m_file, m_isSynced);
 }
 
-void Store::Insert(std::int64_t number, const FileToRecord& file) {
-    InsertFile(*m_database, number, WithTexts(*m_database, m_limits, file));
+void Store::Insert(std::int64_t number, const std::vector<FileToRecord>& files) {
+    std::optional<TextNumber> original;
+    for (const FileToRecord& file : files) {
+        const RecordedFile recorded = WithTexts(*m_database, m_limits, file, original);
+        InsertFile(*m_database, number, recorded);
+        original = recorded.before.text;
+    }
 }
 
-void Store::Plan(std::int64_t number, const std::vector<FileToRecord>& files) {
+void Store::Plan(std::int64_t number, std::vector<FileToRecord> files) {
     Guarded([&] {
         SyncCommits(Sync::AsTold);
         Database::Transaction transaction(*m_database);
-        for (const FileToRecord& file : files) {
-            if (!ReplaceAfter(number, file)) Insert(number, file);
-        }
+        std::vector<FileToRecord> added;
+        for (FileToRecord& file : files)
+            if (!ReplaceAfter(number, file)) added.push_back(std::move(file));
+        Insert(number, added);
         transaction.Commit();
     });
 }
@@ -145,8 +155,7 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
         for (const std::string& path : settlement.untouched)
             DeleteFileOf(*m_database, number, path);
         const std::vector<LeftFile> left = FilesLeftBy(*m_database, number);
-        KnowAsLeft(*m_database, left, number,
-                   settlement.keepsEntry ? StateOfEntry::IsCopied : StateOfEntry::IsTaken);
+        KnowAsLeft(*m_database, left, number);
         for (const FileToRecord& file : settlement.known)
             RememberOne(file);
         RecordedEntry entry =
@@ -196,10 +205,9 @@ void Store::Drop(std::int64_t number) {
     });
 }
 
-void Store::LookTogether(const std::function<void()>& call) {
-    Guarded([&] {
-        const Database::Transaction transaction(*m_database, Database::Transaction::Kind::Look);
-        call();
+std::unique_ptr<Database::Transaction> Store::Look() {
+    return Guarded([&] {
+        return std::make_unique<Database::Transaction>(*m_database, Database::Transaction::Kind::Look);
     });
 }
 

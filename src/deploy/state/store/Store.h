@@ -59,7 +59,7 @@ class Store {
     std::int64_t Announce(const RecordedEntry& entry, const std::vector<FileToRecord>& files);
 
     /// What the files of an open entry are going to be; others are added to it. On the disk when it returns.
-    void Plan(std::int64_t number, const std::vector<FileToRecord>& files);
+    void Plan(std::int64_t number, std::vector<FileToRecord> files);
 
     /// Ends an entry. Each file that it changed is known from now on as it left it; an entry that changed
     /// none, or is not to be kept, is dropped, and false returned.
@@ -89,9 +89,9 @@ class Store {
     /// Whether a commit ever wrote a file by the template, as far as that is kept.
     bool WasCommitted(const std::string& templateName);
 
-    /// The call, which may look, but not record, sees the store as it is when it begins; to look at much
-    /// costs less then.
-    void LookTogether(const std::function<void()>& call);
+    /// While it lives, the store is seen as it was at the first look, and nothing may be recorded; to look at
+    /// much costs less then.
+    std::unique_ptr<Database::Transaction> Look();
 
     /// The files are known from now on as they are after, though no entry says so. It is there after a kill,
     /// but not after a power cut.
@@ -124,7 +124,7 @@ class Store {
     void TakeJournalOverUnlessEntry();
     void LookForLoss(std::int64_t last);
 
-    void Insert(std::int64_t number, const FileToRecord& file);
+    void Insert(std::int64_t number, const std::vector<FileToRecord>& files);
     bool ReplaceAfter(std::int64_t number, const FileToRecord& file);
     RecordedState AfterOf(const FileToRecord& file, const RecordedState& former,
                           std::optional<TextNumber> before);

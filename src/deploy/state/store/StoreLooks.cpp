@@ -11,12 +11,10 @@ namespace ZET::Deploy {
 std::vector<RecordedEntry> Store::Entries(std::size_t count, std::optional<std::int64_t> before) {
     return Guarded([&] {
         std::vector<RecordedEntry> entries;
-        const RowValues limits = {OptionalValue(before), OptionalValue(before),
-                                  static_cast<std::int64_t>(count)};
-        for (const std::int64_t number :
-             Numbers(*m_database,
-                     "SELECT number FROM entries WHERE ? IS NULL OR number < ? ORDER BY number DESC LIMIT ?",
-                     limits))
+        for (const std::int64_t number : Numbers(
+                 *m_database,
+                 "SELECT number FROM entries WHERE ?1 IS NULL OR number < ?1 ORDER BY number DESC LIMIT ?2",
+                 {OptionalValue(before), static_cast<std::int64_t>(count)}))
             entries.push_back(RequiredEntry(*m_database, number));
         return entries;
     });
