@@ -287,7 +287,7 @@ std::string DescribeOthersWork(const PlannedTarget& planned) {
                                 : _("holds changes that are kept nowhere");
 }
 
-FileOutcome OutcomeOf(Deployment& product, const PlannedTarget& planned) {
+static FileOutcome OutcomeWithoutDiff(const PlannedTarget& planned) {
     FileOutcome outcome;
     outcome.file = planned.target.path;
     outcome.path = planned.path;
@@ -297,10 +297,24 @@ FileOutcome OutcomeOf(Deployment& product, const PlannedTarget& planned) {
     outcome.templateName = planned.target.templateName;
     outcome.isEdited = planned.IsOthersWork();
     outcome.isMerged = planned.isMerged || planned.rendering != nullptr;
-    if (planned.IsChange() && product.Wanted().wantsDiffs)
-        outcome.diff = DiffToShow(product, planned.before.exists ? planned.path : "", planned.staged->File(),
-                                  planned.path);
     return outcome;
+}
+
+std::vector<FileOutcome> OutcomesOf(Deployment& product, std::span<const PlannedTarget> targets) {
+    std::vector<FileOutcome> outcomes;
+    outcomes.reserve(targets.size());
+    std::vector<FilePair> changed;
+    for (const PlannedTarget& planned : targets) {
+        outcomes.push_back(OutcomeWithoutDiff(planned));
+        if (planned.IsChange() && product.Wanted().wantsDiffs)
+            changed.push_back({planned.before.exists ? planned.path : "", planned.staged->File()});
+    }
+    if (changed.empty()) return outcomes;
+    const DiffSet diffs(std::move(changed));
+    std::size_t pair = 0;
+    for (std::size_t i = 0; i < targets.size(); ++i)
+        if (targets[i].IsChange()) outcomes[i].diff = DiffToShow(product, diffs, pair++, targets[i].path);
+    return outcomes;
 }
 
 }  // namespace ZET::Deploy

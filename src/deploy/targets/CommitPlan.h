@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -91,8 +92,8 @@ class CommitPlan {
 /// "was edited since the last commit": what others did to a target.
 std::string DescribeOthersWork(const PlannedTarget& planned);
 
-/// What becomes of a target, as far as a plan knows; with the diff, if one is wanted.
-FileOutcome OutcomeOf(Deployment& product, const PlannedTarget& planned);
+/// What becomes of targets, as far as a plan knows; with the diffs, if they are wanted.
+std::vector<FileOutcome> OutcomesOf(Deployment& product, std::span<const PlannedTarget> targets);
 
 }  // namespace ZET::Deploy
 
