@@ -6,7 +6,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <iterator>
+#include <map>
+#include <optional>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
@@ -151,6 +154,8 @@ class TargetChecker {
           m_claimed(product),
           m_result(CheckOwnFiles(product)) {
         m_claimed.AddListed(list.targets, checked);
+        for (const Target& target : checked)
+            m_targetsIn[DirectoryOf(target.path)]++;
     }
 
     /// Without a path where that cannot be told, which is a problem.
@@ -188,8 +193,10 @@ class TargetChecker {
         const FoundFile found = m_product.HostPaths().Find(target.path, target.trusted);
         const std::string path = m_product.HostPaths().Resolved(target.path, found);
         place.path = found.path;
+        place.status = found.status;
         Append(m_result, CheckPlace(target, path, found));
-        FileToWrite file = CheckFileToWrite(found, path, ZET_TEXT("the target"), m_cutShort.contains(path));
+        FileToWrite file = CheckFileToWrite(found, path, ZET_TEXT("the target"), m_cutShort.contains(path),
+                                            NamesBeside(target, found));
         Append(m_result, std::move(file.problems));
         place.hasCompanion = file.hasCompanion;
         if (std::optional<Problem> problem = m_claimed.AddTarget(target, found.path))
@@ -227,10 +234,24 @@ class TargetChecker {
         return problems;
     }
 
+    /// Where many targets are in a directory, one listing instead of looks for each at what is not there: two
+    /// of the 25 system calls for a target that does not change.
+    const Names* NamesBeside(const Target& target, const FoundFile& found) {
+        constexpr std::size_t kMany = 16;
+        constexpr std::size_t kNamesForOne = 16;
+        const std::size_t count = m_targetsIn[DirectoryOf(target.path)];
+        if (count < kMany || !found.directory) return nullptr;
+        const auto [listing, isNew] = m_listings.try_emplace(found.directory->name);
+        if (isNew) listing->second = AllNamesIn(found.directory->descriptor, count * kNamesForOne);
+        return listing->second ? &*listing->second : nullptr;
+    }
+
     Deployment& m_product;
     const std::set<std::string> m_cutShort;
     ClaimedFiles m_claimed;
     std::set<std::string> m_soundDirectories;
+    std::map<std::string, std::size_t> m_targetsIn;  ///< by the directories as the list has them
+    std::map<std::string, std::optional<Names>> m_listings;
     std::vector<Problem> m_result;
 };
 
