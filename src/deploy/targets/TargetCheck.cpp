@@ -137,11 +137,19 @@ std::string DeniedToHolder(Host& host, const Target& target, const FoundFile& fo
     return isFileDenied ? file : isEntryDenied ? directory : "";
 }
 
+/// Of a path on which no link is, the file as root finds it, who has the way judged: one look for both.
+std::optional<FoundFile> FoundByRoot(const Paths& paths, const std::string& path) {
+    if (geteuid() != 0) return std::nullopt;
+    FoundFile found = paths.FindOpened(path);
+    return found.status && !found.isThroughLink ? std::optional(std::move(found)) : std::nullopt;
+}
+
 /// None of a link, and of what cannot be looked at.
-std::optional<mode_t> ModeOfPlainFile(const std::string& path) {
+std::optional<mode_t> ModeOfPlainFile(const std::string& path, const std::optional<FoundFile>& found) {
     constexpr mode_t kModeBits = 07777;
     struct stat status = {};
-    const bool isPlain = lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    if (found) status = *found->status;
+    const bool isPlain = (found || lstat(path.c_str(), &status) == 0) && S_ISREG(status.st_mode);
     return isPlain ? std::optional(status.st_mode & kModeBits) : std::nullopt;
 }
 
@@ -286,13 +294,17 @@ std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& t
     std::string file = product.Param("ZET_CFG_TEMPL_DIR") + "/" + templateName;
     try {
         const std::string copy = WorkingCopy(product, templateName);
-        const std::optional<mode_t> modeOfCopy = ModeOfPlainFile(copy);
+        const std::optional<FoundFile> foundCopy = FoundByRoot(product.HostPaths(), copy);
+        const std::optional<mode_t> modeOfCopy = ModeOfPlainFile(copy, foundCopy);
         const std::string found = modeOfCopy ? copy : TemplateFile(product, templateName);
         if (found.empty())
             return {{file, 0, 0, _("the template is missing"),
                      _("install it there, or correct its name in the list")}};
         file = found;
-        if (std::optional<Problem> problem = CheckInstruction(product.HostPaths(), file)) return {*problem};
+        const bool isFound = foundCopy && file == copy;
+        if (std::optional<Problem> problem =
+                isFound ? CheckInstruction(*foundCopy) : CheckInstruction(product.HostPaths(), file))
+            return {*problem};
         // The directory of working copies is judged by itself.
         if (copy != file && DirectoryOf(copy) != product.Param("ZET_CFG_DIR")) {
             if (std::optional<Problem> problem = CheckInstruction(product.HostPaths(), copy))
