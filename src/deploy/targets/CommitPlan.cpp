@@ -81,6 +81,7 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     m_staging =
         std::make_unique<Staging>(isDryRun ? "" : product.Param("ZET_VAR_LIB_DIR"), m_checked.templates.size);
     m_known = std::make_unique<KnownFiles>(product);
+    m_longestText = product.HostHistory().Limits().largestText;
     m_checksNotRun = CountChecksNotRun(product.Wanted(), m_checked.targets);
     const OnEdit wanted = onEdit == OnEdit::AsConfigured ? OnEditOf(product) : onEdit;
     for (std::size_t i = 0; i < m_checked.targets.size(); ++i) {
@@ -200,11 +201,13 @@ void CommitPlan::Add(const Target& target, const CheckedPlace& place, OnEdit onE
     planned.templateMode = place.templateMode;
     planned.hasCompanion = place.hasCompanion;
     m_inForce.insert(planned.path);
-    const SeenFile there(planned.path);
+    const SeenFile there(planned.path, place.status);
     Stage(planned, there);
     FillIn(planned, there);
     EditMerge(m_product, *m_staging, *m_known).KeepMerged(planned);
     if (!SettleEdit(planned, onEdit)) return;
+    if (planned.IsChange() && planned.before.exists && !m_product.Wanted().dryRun)
+        planned.captured = there.Captured(m_longestText);
     if (RunsOwnChecks(m_product.Wanted()))
         RequireAcceptance(m_product, target, planned.path, planned.staged.get());
     m_targets.push_back(std::move(planned));

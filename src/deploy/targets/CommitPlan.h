@@ -81,6 +81,7 @@ class CommitPlan {
     CheckedTargets m_checked;
     std::unique_ptr<Staging> m_staging;
     std::unique_ptr<KnownFiles> m_known;
+    std::uint64_t m_longestText = 0;  ///< that the history keeps
     std::size_t m_checksNotRun = 0;
     std::set<std::string> m_inForce;  ///< the files of the checked targets
     std::vector<PlannedTarget> m_targets;
