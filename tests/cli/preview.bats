@@ -123,6 +123,25 @@ $(notice two.conf | sed 's/^/+/')
     assert_patch_makes_it
 }
 
+@test "one process makes the diffs of a set" {
+    zet commit-config
+    echo REALM=OTHER >>zet.conf
+    echo DOMAIN=other.example >>zet.conf
+    script diff <<-SCRIPT
+		#!/bin/sh
+		echo >>"$BASE/diffs"
+		exec $DIFF "\$@"
+	SCRIPT
+    run_zet commit-config -n --diff
+    assert_status 3
+    [[ $output == *"+realm = OTHER"*"+domain = other.example"* ]]
+    assert_file "$BASE/diffs" $'\n'
+    run_zet status --diff
+    assert_status 3
+    [[ $output == *"+realm = OTHER"*"+domain = other.example"* ]]
+    assert_file "$BASE/diffs" $'\n\n'
+}
+
 @test "a change of the mode alone is shown, with an empty diff" {
     zet commit-config
     chmod 600 out/two.conf

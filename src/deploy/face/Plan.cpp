@@ -28,10 +28,8 @@ const std::vector<Problem>& Plan::Problems() const {
 
 std::vector<FileOutcome> Plan::Files() const {
     std::vector<FileOutcome> files;
-    RemedyErrors("", [&] {
-        for (const PlannedTarget& planned : m_implementation->plan.Targets())
-            files.push_back(OutcomeOf(m_implementation->deployment, planned));
-    });
+    RemedyErrors("",
+                 [&] { files = OutcomesOf(m_implementation->deployment, m_implementation->plan.Targets()); });
     return files;
 }
 

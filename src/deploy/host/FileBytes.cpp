@@ -174,8 +174,13 @@ Descriptor OpenStaged(const std::string& path) {
 }  // namespace
 
 std::string ReadFileBytes(const std::string& path) {
-    const Descriptor descriptor(OpenToRead(path));
-    return ReadAll(descriptor, path, OpenedStatus(descriptor, path));
+    Descriptor descriptor;
+    return ReadFileBytes(path, descriptor);
+}
+
+std::string ReadFileBytes(const std::string& path, Descriptor& opened) {
+    opened.Reset(OpenToRead(path));
+    return ReadAll(opened, path, OpenedStatus(opened, path));
 }
 
 std::string ReadFileHead(const std::string& path, std::size_t size) {

@@ -9,11 +9,16 @@
 #include <string>
 #include <string_view>
 
+#include "posix/Descriptor.h"
+
 namespace ZET::Deploy {
 
 /// The whole text of a regular file, links followed. Never waits, whatever the path leads to; what cannot be
 /// read is a `Failure` that names it.
 std::string ReadFileBytes(const std::string& path);
+
+/// The same, and leaves the file open.
+std::string ReadFileBytes(const std::string& path, Descriptor& opened);
 
 /// The beginning of the same text, as much as `size`.
 std::string ReadFileHead(const std::string& path, std::size_t size);

@@ -1,16 +1,19 @@
 #include "deploy/host/ListedDirectory.h"
 
 #include <dirent.h>
+#include <fcntl.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
+#include "posix/Descriptor.h"
 
 namespace ZET::Deploy {
 
@@ -19,6 +22,7 @@ namespace {
 struct DirectoryCloser {
     void operator()(DIR* directory) const { closedir(directory); }
 };
+using DirectoryStream = std::unique_ptr<DIR, DirectoryCloser>;
 
 }  // namespace
 
@@ -26,7 +30,7 @@ struct DirectoryCloser {
 std::vector<std::string> NamesIn(const Paths& paths, const std::string& directory,
                                  const std::string& suffix) {
     const std::string opened = paths.Resolved(paths.NameInside(directory));
-    const std::unique_ptr<DIR, DirectoryCloser> entries(opendir(opened.c_str()));
+    const DirectoryStream entries(opendir(opened.c_str()));
     if (!entries && errno == ENOENT) return {};
     std::vector<std::string> names;
     const dirent* entry = nullptr;
@@ -43,6 +47,18 @@ std::vector<std::string> NamesIn(const Paths& paths, const std::string& director
     }
     std::sort(names.begin(), names.end());
     return names;
+}
+
+std::optional<Names> AllNamesIn(int directory, std::size_t most) {
+    Descriptor opened(openat(directory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const DirectoryStream entries(opened.IsOpen() ? fdopendir(opened) : nullptr);
+    if (!entries) return std::nullopt;
+    opened.Release();
+    Names names;
+    errno = 0;
+    while (const dirent* const entry = readdir(entries.get()))
+        if (names.emplace(entry->d_name); names.size() > most) return std::nullopt;
+    return errno == 0 ? std::optional(std::move(names)) : std::nullopt;
 }
 
 std::string ReadInside(const Paths& paths, const std::string& file) {

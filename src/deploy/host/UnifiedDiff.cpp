@@ -47,6 +47,11 @@ std::string ComplaintsIn(const std::string& output) {
 
 }  // namespace
 
+std::string DiffLabels(const std::string& oldFile, const std::string& newFile, const std::string& shownPath) {
+    return "--- " + SideLabel("a/", oldFile, shownPath) + "\n+++ " + SideLabel("b/", newFile, shownPath) +
+           "\n";
+}
+
 std::string UnifiedDiff(const std::string& oldFile, const std::string& newFile,
                         const std::string& shownPath) {
     // The messages of diff would be in the reader's language, and a patch is for everybody.

@@ -10,6 +10,9 @@ namespace ZET::Deploy {
 /// difference that a diff can show.
 std::string UnifiedDiff(const std::string& oldFile, const std::string& newFile, const std::string& shownPath);
 
+/// The lines before the changes, which name the files.
+std::string DiffLabels(const std::string& oldFile, const std::string& newFile, const std::string& shownPath);
+
 }  // namespace ZET::Deploy
 
 #endif

@@ -11,8 +11,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-std::optional<Problem> Check(const Paths& paths, const std::string& path) {
-    const FoundFile found = paths.FindOpened(path);
+std::optional<Problem> Check(const FoundFile& found) {
     if (!found.status) return found.judge.ObjectionToOwn(found.path);
     // What is neither is told by whoever wants to read it.
     const bool isJudged = S_ISREG(found.status->st_mode) || S_ISDIR(found.status->st_mode);
@@ -22,7 +21,11 @@ std::optional<Problem> Check(const Paths& paths, const std::string& path) {
 }  // namespace
 
 std::optional<Problem> CheckInstruction(const Paths& paths, const std::string& path) {
-    return geteuid() == 0 ? Check(paths, path) : std::nullopt;
+    return geteuid() == 0 ? Check(paths.FindOpened(path)) : std::nullopt;
+}
+
+std::optional<Problem> CheckInstruction(const FoundFile& found) {
+    return geteuid() == 0 ? Check(found) : std::nullopt;
 }
 
 void RequireOwnInstruction(const Paths& paths, const std::string& path) {
@@ -37,8 +40,9 @@ std::optional<Problem> CheckWayTo(const Paths& paths, const std::string& path) {
 }
 
 std::optional<Problem> CheckModule(HostProduct& product) {
-    return geteuid() == 0 && !HasBuiltInModule() ? Check(product.ModulePaths(), product.ModuleFile())
-                                                 : std::nullopt;
+    return geteuid() == 0 && !HasBuiltInModule()
+               ? Check(product.ModulePaths().FindOpened(product.ModuleFile()))
+               : std::nullopt;
 }
 
 void RequireOwnInstructions(HostProduct& product) {

@@ -14,6 +14,9 @@ namespace ZET::Deploy {
 /// one that is not there yet.
 std::optional<Problem> CheckInstruction(const Paths& paths, const std::string& path);
 
+/// The same of one that was found.
+std::optional<Problem> CheckInstruction(const FoundFile& found);
+
 /// A `Failure` with it. Of one that is not there yet, the way to it is looked at.
 void RequireOwnInstruction(const Paths& paths, const std::string& path);
 

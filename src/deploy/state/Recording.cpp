@@ -110,6 +110,7 @@ void Recording::ExpectWithCompanions(ExpectedFile file) {
     const bool mayGo = file.companions == ExpectedFile::Companions::MayGo;
     // Who keeps no texts goes back by the companions, and not by the history.
     if (!mayGo && !m_limits.keepsTexts) return;
+    file.before.reset();
     file.after.reset();
     file.base.reset();
     file.knowledge.reset();
@@ -140,7 +141,7 @@ void Recording::Add(ExpectedFile& file, const std::string& suffix) {
     row.path = file.path + suffix;
     row.suffix = suffix;
     row.place = file.place;
-    CapturedFile before = Before(row);
+    CapturedFile before = file.before ? std::move(*file.before) : Before(row);
     FileToRecord& record = row.record;
     // Whatever way led to it, it is known by one name.
     record.file.path = m_host.HostPaths().NameInside(m_host.HostPaths().WithRealDirectory(row.path));

@@ -24,6 +24,7 @@ struct ExpectedFile {
     std::string suffix{};                ///< behind its name: that of a companion which is expected alone
     FileKind kind = FileKind::Edit;
     Companions companions = Companions::Stay;
+    std::optional<CapturedFile> before{};  ///< none: it is looked at
     std::optional<CapturedFile> after{};   ///< none: nobody knows yet
     std::optional<Knowledge> knowledge{};  ///< what is known of it then; none: as before
     std::optional<std::string> base{};     ///< what its text is made from, where that is another one

@@ -2,7 +2,8 @@
 
 #include <sys/types.h>
 
-#include "deploy/state/CapturedFile.h"
+#include <utility>
+
 #include "deploy/state/store/Digest.h"
 
 namespace ZET::Deploy {
@@ -20,10 +21,15 @@ SeenFile::SeenFile(const std::string& path) : m_path(path) {
     m_version = look.version;
 }
 
+SeenFile::SeenFile(std::string path, const std::optional<struct stat>& status)
+    : m_path(std::move(path)),
+      m_state(StateFrom(status)),
+      m_version(status ? VersionFrom(*status) : FileVersion()) {}
+
 const std::optional<std::string>& SeenFile::Text() const {
     // A file of the system's own tells no size.
     const bool isHeld = m_version.size > 0 && m_version.size <= kLargestHeld;
-    if (!m_text && isHeld) m_text = ReadFileBytes(m_path);
+    if (!m_text && isHeld) m_text = ReadFileBytes(m_path, m_opened);
     return m_text;
 }
 
@@ -42,6 +48,19 @@ bool SeenFile::IsAs(const RecordedState& recorded) const {
     if (now.size != recorded.size) return false;
     now.digest = DigestOf(*m_text);
     return HaveSameText(now, recorded);
+}
+
+std::optional<CapturedFile> SeenFile::Captured(std::uint64_t longest) const {
+    if (!Text()) return std::nullopt;
+    CapturedFile captured;
+    captured.SetText(*m_text);
+    if (m_text->size() > longest) captured.text.clear();
+    captured.state.exists = true;
+    captured.state.mode = m_state.mode & kModeBits;
+    captured.state.owner = m_state.owner;
+    captured.state.group = m_state.group;
+    captured.state.attributes = AttributesOf(m_opened, m_path);
+    return captured;
 }
 
 }  // namespace ZET::Deploy

@@ -1,5 +1,8 @@
 #include "deploy/targets/Commit.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -134,9 +137,15 @@ class Execution {
 }  // namespace
 
 bool Preview(Deployment& product, const CommitPlan& plan) {
-    for (const PlannedTarget& planned : plan.Targets()) {
-        WarnOfOthersWork(product, planned);
-        product.Out().Done(OutcomeOf(product, planned));
+    constexpr std::size_t kDiffsInMemory = 64;
+    for (std::span<const PlannedTarget> left = plan.Targets(); !left.empty();) {
+        const std::span<const PlannedTarget> group = left.first(std::min(kDiffsInMemory, left.size()));
+        left = left.subspan(group.size());
+        const std::vector<FileOutcome> outcomes = OutcomesOf(product, group);
+        for (std::size_t i = 0; i < group.size(); ++i) {
+            WarnOfOthersWork(product, group[i]);
+            product.Out().Done(outcomes[i]);
+        }
     }
     if (plan.Edits() != nullptr) {
         for (const PlannedEdits& planned : plan.Edits()->Files()) {

@@ -81,6 +81,7 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     m_staging =
         std::make_unique<Staging>(isDryRun ? "" : product.Param("ZET_VAR_LIB_DIR"), m_checked.templates.size);
     m_known = std::make_unique<KnownFiles>(product);
+    m_longestText = product.HostHistory().Limits().largestText;
     m_checksNotRun = CountChecksNotRun(product.Wanted(), m_checked.targets);
     const OnEdit wanted = onEdit == OnEdit::AsConfigured ? OnEditOf(product) : onEdit;
     for (std::size_t i = 0; i < m_checked.targets.size(); ++i) {
@@ -200,11 +201,13 @@ void CommitPlan::Add(const Target& target, const CheckedPlace& place, OnEdit onE
     planned.templateMode = place.templateMode;
     planned.hasCompanion = place.hasCompanion;
     m_inForce.insert(planned.path);
-    const SeenFile there(planned.path);
+    const SeenFile there(planned.path, place.status);
     Stage(planned, there);
     FillIn(planned, there);
     EditMerge(m_product, *m_staging, *m_known).KeepMerged(planned);
     if (!SettleEdit(planned, onEdit)) return;
+    if (planned.IsChange() && planned.before.exists && !m_product.Wanted().dryRun)
+        planned.captured = there.Captured(m_longestText);
     if (RunsOwnChecks(m_product.Wanted()))
         RequireAcceptance(m_product, target, planned.path, planned.staged.get());
     m_targets.push_back(std::move(planned));
@@ -287,7 +290,7 @@ std::string DescribeOthersWork(const PlannedTarget& planned) {
                                 : _("holds changes that are kept nowhere");
 }
 
-FileOutcome OutcomeOf(Deployment& product, const PlannedTarget& planned) {
+static FileOutcome OutcomeWithoutDiff(const PlannedTarget& planned) {
     FileOutcome outcome;
     outcome.file = planned.target.path;
     outcome.path = planned.path;
@@ -297,10 +300,24 @@ FileOutcome OutcomeOf(Deployment& product, const PlannedTarget& planned) {
     outcome.templateName = planned.target.templateName;
     outcome.isEdited = planned.IsOthersWork();
     outcome.isMerged = planned.isMerged || planned.rendering != nullptr;
-    if (planned.IsChange() && product.Wanted().wantsDiffs)
-        outcome.diff = DiffToShow(product, planned.before.exists ? planned.path : "", planned.staged->File(),
-                                  planned.path);
     return outcome;
+}
+
+std::vector<FileOutcome> OutcomesOf(Deployment& product, std::span<const PlannedTarget> targets) {
+    std::vector<FileOutcome> outcomes;
+    outcomes.reserve(targets.size());
+    std::vector<FilePair> changed;
+    for (const PlannedTarget& planned : targets) {
+        outcomes.push_back(OutcomeWithoutDiff(planned));
+        if (planned.IsChange() && product.Wanted().wantsDiffs)
+            changed.push_back({planned.before.exists ? planned.path : "", planned.staged->File()});
+    }
+    if (changed.empty()) return outcomes;
+    const DiffSet diffs(std::move(changed));
+    std::size_t pair = 0;
+    for (std::size_t i = 0; i < targets.size(); ++i)
+        if (targets[i].IsChange()) outcomes[i].diff = DiffToShow(product, diffs, pair++, targets[i].path);
+    return outcomes;
 }
 
 }  // namespace ZET::Deploy

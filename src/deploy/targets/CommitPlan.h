@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -80,6 +81,7 @@ class CommitPlan {
     CheckedTargets m_checked;
     std::unique_ptr<Staging> m_staging;
     std::unique_ptr<KnownFiles> m_known;
+    std::uint64_t m_longestText = 0;  ///< that the history keeps
     std::size_t m_checksNotRun = 0;
     std::set<std::string> m_inForce;  ///< the files of the checked targets
     std::vector<PlannedTarget> m_targets;
@@ -91,8 +93,8 @@ class CommitPlan {
 /// "was edited since the last commit": what others did to a target.
 std::string DescribeOthersWork(const PlannedTarget& planned);
 
-/// What becomes of a target, as far as a plan knows; with the diff, if one is wanted.
-FileOutcome OutcomeOf(Deployment& product, const PlannedTarget& planned);
+/// What becomes of targets, as far as a plan knows; with the diffs, if they are wanted.
+std::vector<FileOutcome> OutcomesOf(Deployment& product, std::span<const PlannedTarget> targets);
 
 }  // namespace ZET::Deploy
 

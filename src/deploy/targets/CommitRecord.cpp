@@ -88,6 +88,8 @@ ExpectedFile CommitRecord::Expected(const PlannedTarget& planned) const {
     file.path = planned.path;
     file.kind = FileKind::Target;
     file.companions = ExpectedFile::Companions::MayCome;
+    file.before = std::move(planned.captured);
+    planned.captured.reset();
     file.after = Staged(planned);
     file.knowledge = KnowledgeOf(planned);
     file.base = BaseOf(planned);

@@ -44,9 +44,12 @@ struct NamedFile {
     int directory;
     const std::string& name;
     const std::string& path;
+    const Names* names = nullptr;  ///< all in the directory, where they are known
 
     FileState StateOfCompanion(const char* suffix) const {
-        return StateIn(directory, name + suffix, path + suffix);
+        const std::string companion = name + suffix;
+        if (names != nullptr && !names->contains(companion)) return {};
+        return StateIn(directory, companion, path + suffix);
     }
 };
 
@@ -95,9 +98,9 @@ FileToWrite CheckFileToWrite(const std::string& path, const char* entry, bool is
 }
 
 FileToWrite CheckFileToWrite(const FoundFile& found, const std::string& path, const char* entry,
-                             bool isCutShort) {
+                             bool isCutShort, const Names* names) {
     if (!found.directory) return CheckFileToWrite(path, entry, isCutShort);
-    return CheckToWrite({found.directory->descriptor, found.name, path},
+    return CheckToWrite({found.directory->descriptor, found.name, path, names},
                         found.status ? std::optional(found.status->st_mode) : std::nullopt, entry,
                         isCutShort);
 }

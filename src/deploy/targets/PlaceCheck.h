@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "deploy/host/ListedDirectory.h"
 #include "deploy/host/Paths.h"
 #include "deploy/state/Host.h"
 #include "zet/ZETProblem.h"
@@ -31,9 +32,9 @@ struct FileToWrite {
 FileToWrite CheckFileToWrite(const std::string& path, const char* entry, bool isCutShort);
 
 /// The same of one that was found: what stands beside it is looked up in its directory, which is held.
-/// `entry` is not translated yet.
+/// `entry` is not translated yet. `names` are all that are in that directory; null: they are not known.
 FileToWrite CheckFileToWrite(const FoundFile& found, const std::string& path, const char* entry,
-                             bool isCutShort);
+                             bool isCutShort, const Names* names);
 
 /// The name under which it is written is nobody's.
 std::optional<Problem> CheckTemporary(const std::string& path, bool isCutShort);

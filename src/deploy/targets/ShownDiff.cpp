@@ -33,16 +33,28 @@ std::string ShownPath(const std::string& path) {
     return std::filesystem::weakly_canonical(std::filesystem::absolute(path)).string();
 }
 
-ShownDiff DiffToShow(Deployment& product, const std::string& oldFile, const std::string& newFile,
-                     const std::string& path, const std::string& shownPath) {
-    ShownDiff diff;
-    if (!product.Wanted().wantsDiffs) return diff;
-    const std::string shown = ShownPath(shownPath.empty() ? path : shownPath);
+/// `text` is the whole diff; `shown` is `path` as its labels have it.
+static ShownDiff Shown(Deployment& product, const FilePair& files, const std::string& path,
+                       const std::string& shown, std::string text) {
     const auto isClosed = [](const std::string& file) { return !file.empty() && Secrets::IsClosed(file); };
-    diff.isPrivate = product.HostSecrets().IsPrivate(path) || isClosed(oldFile) || isClosed(newFile);
-    diff.text = UnifiedDiff(oldFile, newFile, shown);
+    ShownDiff diff;
+    diff.text = std::move(text);
+    diff.isPrivate =
+        product.HostSecrets().IsPrivate(path) || isClosed(files.oldFile) || isClosed(files.newFile);
     if (!diff.isPrivate || product.Wanted().showsSecrets) return diff;
     return WithoutText(std::move(diff), shown, product.HostSecrets().Excuse(path));
+}
+
+ShownDiff DiffToShow(Deployment& product, const std::string& oldFile, const std::string& newFile,
+                     const std::string& path, const std::string& shownPath) {
+    if (!product.Wanted().wantsDiffs) return {};
+    const std::string shown = ShownPath(shownPath.empty() ? path : shownPath);
+    return Shown(product, {oldFile, newFile}, path, shown, UnifiedDiff(oldFile, newFile, shown));
+}
+
+ShownDiff DiffToShow(Deployment& product, const DiffSet& diffs, std::size_t pair, const std::string& path) {
+    const std::string shown = ShownPath(path);
+    return Shown(product, diffs.Files(pair), path, shown, diffs.Of(pair, shown));
 }
 
 bool IsPrivate(Deployment& product, const FileOutcome& outcome) {

@@ -1,8 +1,10 @@
 #ifndef ZET_SHOWN_DIFF_H
 #define ZET_SHOWN_DIFF_H
 
+#include <cstddef>
 #include <string>
 
+#include "deploy/host/DiffSet.h"
 #include "deploy/state/store/Records.h"
 #include "deploy/targets/Deployment.h"
 #include "zet/deploy/FileOutcome.h"
@@ -16,6 +18,9 @@ std::string ShownPath(const std::string& path);
 /// for everybody, only where it changes.
 ShownDiff DiffToShow(Deployment& product, const std::string& oldFile, const std::string& newFile,
                      const std::string& path, const std::string& shownPath = "");
+
+/// The same of a pair of files that was compared together with others.
+ShownDiff DiffToShow(Deployment& product, const DiffSet& diffs, std::size_t pair, const std::string& path);
 
 /// Where the texts differ, without the texts; `excuse` says why.
 ShownDiff WithoutText(ShownDiff diff, const std::string& path, const std::string& excuse);

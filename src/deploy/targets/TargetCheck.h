@@ -1,6 +1,7 @@
 #ifndef ZET_TARGET_CHECK_H
 #define ZET_TARGET_CHECK_H
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <cstdint>
@@ -28,6 +29,7 @@ struct CheckedPlace {
     std::string path;                      ///< of its real file, links followed
     bool hasWorkingCopy = false;           ///< its template
     std::optional<mode_t> templateMode{};  ///< of that copy, where it is no link
+    std::optional<struct stat> status{};   ///< of the file; none: there is no such file
     bool hasCompanion = false;             ///< a reserve, or a mark that there was nothing
 };
 

@@ -322,14 +322,15 @@ TargetList ReadTargetTexts(const std::vector<ListText>& lists, const ParameterVa
         (list.file.empty() ? list.file : list.ownFiles.emplace_back()) = each.file;
     }
     Judge judge(valueOf);
-    for (const auto& listed : targets.All()) {
-        if (list.isUnderstood) judge.Take(*listed);
-        list.targets.push_back(listed->entry);
-    }
-    for (const auto& listed : edits.All()) {
-        if (list.isUnderstood) judge.Take(*listed);
-        list.edits.push_back(listed->entry);
-    }
+    // A problem of one names others.
+    const auto judgeAndTake = [&](const auto& listed, auto& taken) {
+        for (const auto& each : listed)
+            if (list.isUnderstood) judge.Take(*each);
+        for (const auto& each : listed)
+            taken.push_back(std::move(each->entry));
+    };
+    judgeAndTake(targets.All(), list.targets);
+    judgeAndTake(edits.All(), list.edits);
     for (const auto& reader : readers) {
         for (Problem& problem : reader->TakeProblems())
             list.problems.push_back(std::move(problem));

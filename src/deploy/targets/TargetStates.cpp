@@ -47,12 +47,31 @@ class StateTeller {
         result.path = m_product.HostPaths().FromInside(target.path);
         result.state = kUnknown;
         result.file = target.path;
-        try {
+        TellTrouble(result, [&] {
             result.path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path));
             m_staged.reset();
             result.state = StateOfFile(target.templateName, result.path);
             result.isMerged = HoldsMerge(result.path);
             if (result.state == kPending || result.state == kEdited) Compare(target, result);
+        });
+        m_told++;
+        return result;
+    }
+
+    /// To the targets, as they were told one after the other.
+    void AddDiffs(std::vector<TargetState>& targets) const {
+        const DiffSet diffs(m_compared);
+        for (std::size_t pair = 0; pair < m_compared.size(); ++pair) {
+            TargetState& target = targets[m_places[pair]];
+            TellTrouble(target, [&] { target.diff = DiffToShow(m_product, diffs, pair, target.path); });
+        }
+    }
+
+  private:
+    template <typename Call>
+    static void TellTrouble(TargetState& result, Call call) {
+        try {
+            call();
         } catch (const Interrupted&) {
             throw;
         } catch (const Failure& failure) {
@@ -60,10 +79,8 @@ class StateTeller {
         } catch (const EZETError& error) {
             result.trouble = FailureOf(error).what();
         }
-        return result;
     }
 
-  private:
     /// One that cannot be rendered is not what was committed, which a commit would have to tell.
     std::string StateOfFile(const std::string& templateName, const std::string& path) {
         if (!m_known.IsUnusable() && !m_known.Has(path, m_product.Role())) return "not committed";
@@ -110,7 +127,8 @@ class StateTeller {
         if (m_product.Param("ZET_ON_EDIT") == "merge" && planned.IsOthersWork()) merge.Merge(planned);
         result.before = planned.before;
         result.after = planned.after;
-        result.diff = DiffToShow(m_product, result.path, planned.staged->File(), result.path);
+        m_compared.push_back({result.path, planned.staged->File()});
+        m_places.push_back(m_told);
     }
 
     /// For the role whose command the notice names.
@@ -137,6 +155,9 @@ class StateTeller {
     const KnownFiles& m_known;
     const Staging m_staging;
     std::shared_ptr<const StagedText> m_staged;  ///< the last rendering; null where it is what is there
+    std::size_t m_told = 0;                      ///< so many targets
+    std::vector<FilePair> m_compared;            ///< those with a diff
+    std::vector<std::size_t> m_places;           ///< of the same, among those that were told
 };
 
 bool HasBlocks(const std::string& path) {
@@ -205,6 +226,7 @@ TargetStates StatesOfTargets(Deployment& product) {
         result.targets.push_back(teller.Tell(target));
         listed.insert(result.targets.back().path);
     }
+    teller.AddDiffs(result.targets);
     for (const std::string& path : known.PathsOf(product.Role())) {
         if (listed.count(path) == 0) result.leftOvers.push_back({path, !known.IsAsLeft(path)});
     }

@@ -76,7 +76,7 @@ class TargetWriting {
         if (planned.IsOthersWork() && planned.before.exists && m_record.Number())
             TellWhereKept(m_product, *m_record.Number(), planned.target.path, planned.version);
         // The diff has to be made before its one side is gone.
-        FileOutcome outcome = OutcomeOf(m_product, planned);
+        FileOutcome outcome = std::move(OutcomesOf(m_product, {&planned, 1}).front());
         if (rendering != nullptr) {
             rendering->Write();
         } else if (!planned.hasWorkingCopy &&

@@ -1,6 +1,11 @@
 #include "deploy/state/SeenFile.h"
 
+#include <sys/stat.h>
+#include <sys/xattr.h>
+
+#include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "../HostFixture.h"
@@ -77,6 +82,33 @@ TEST_F(SeenFileTest, IsReadOnce) {
     Write("file", "other\n");
     EXPECT_TRUE(seen.IsAs(state)) << "who writes it compares the version";
     EXPECT_NE(seen.Version(), VersionOf(At("file")));
+}
+
+TEST_F(SeenFileTest, IsCapturedAsByALookOfItsOwn) {
+    for (const std::uint64_t longest : {std::uint64_t{2}, std::uint64_t{1000}}) {
+        Write("file", "text\n", 0640);
+        setxattr(At("file").c_str(), "user.a", "b", 1, 0);
+        const CapturedFile alone = Capture(At("file"), longest);
+        const auto seen = SeenFile(At("file")).Captured(longest);
+        ASSERT_TRUE(seen);
+        EXPECT_TRUE(seen->IsAs(alone.state)) << longest;
+        EXPECT_EQ(seen->text, alone.text) << longest;
+    }
+    Write("large", Texts().back());
+    EXPECT_FALSE(SeenFile(At("large")).Captured(1000)) << "no two large texts are in memory";
+}
+
+TEST_F(SeenFileTest, IsTheLookThatWasTakenBefore) {
+    Write("file", "text\n");
+    struct stat status = {};
+    ASSERT_EQ(lstat(At("file").c_str(), &status), 0);
+    const SeenFile seen(At("file"), status);
+    EXPECT_EQ(seen.Version(), VersionOf(At("file")));
+    EXPECT_TRUE(seen.State().IsRegular());
+    EXPECT_TRUE(seen.HasBytes("text\n"));
+    const SeenFile none(At("file"), std::nullopt);
+    EXPECT_FALSE(none.State().exists);
+    EXPECT_EQ(none.Version(), FileVersion());
 }
 
 TEST_F(SeenFileTest, WhatCannotBeReadIsAFailure) {
