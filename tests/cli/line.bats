@@ -188,22 +188,11 @@ last"
     [ "$(opened '^s.*d')" -gt 0 ]
 }
 
-@test "where that library cannot be opened, no pattern and no parameter is blamed" {
+@test "where that library cannot be opened, no pattern is blamed" {
     mkdir lib
     touch lib/libpcre2-8.so.0
-    without() {
-        capture env LD_LIBRARY_PATH="$PWD/lib" "$ZET_BIN/zet-client" --config zet.conf "$@"
-    }
-    local -r reason="Failed to load library 'libpcre2-8.so.0': $PWD/lib/libpcre2-8.so.0: file too short (install the package libpcre2-8-0)"
     remember_host
-    without line set conf '^s.*d' new
-    assert_status 1
-    assert_stderr "zet-client: error: $reason"
-    echo 'VALID_USER_NAMES=^[a-z]*$' >>zet.conf
-    remember_host
-    without check-config
-    assert_status 1
-    [[ $stderr == *"$reason"* ]]
-    [[ $stderr != *"is no value"* ]]
+    capture env LD_LIBRARY_PATH="$PWD/lib" "$ZET_BIN/zet-client" --config zet.conf line set conf '^s.*d' new
+    assert_refusal 1 "Failed to load library 'libpcre2-8.so.0': $PWD/lib/libpcre2-8.so.0: file too short (install the package libpcre2-8-0)"
     assert_host_unchanged
 }
