@@ -13,6 +13,7 @@
 #include "RegEx.h"
 #include "posix/Printable.h"
 #include "zet/ZETErrors.h"
+#include "zet/ZETHost.h"
 
 namespace ZET::Core {
 
@@ -197,6 +198,8 @@ bool IsRegularExpression(const std::string& pattern) {
     try {
         RegEx().Match(pattern, "");
         return true;
+    } catch (const EZETHostError&) {
+        throw;  // there is nothing to judge it with
     } catch (const EZETError&) {
         return false;
     }

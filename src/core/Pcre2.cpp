@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 
+#include <string>
+
 #include "Message.h"
 
 namespace ZET::Core {
@@ -10,9 +12,12 @@ namespace {
 
 constexpr char kFile[] = "libpcre2-8.so.0";
 
+/// Nobody's pattern is to blame.
 void* Required(void* found) {
-    if (found == nullptr) Fail("Failed to load library '%s': %s.", kFile, ::dlerror());
-    return found;
+    if (found != nullptr) return found;
+    const std::string reason = ::dlerror();
+    FailKnowing({.path = kFile, .text = reason, .remedy = Message("install the package libpcre2-8-0")},
+                "Failed to load library '%s': %s (install the package libpcre2-8-0)", kFile, reason.c_str());
 }
 
 }  // namespace

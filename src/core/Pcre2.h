@@ -7,7 +7,7 @@
 namespace ZET::Core {
 
 /// The functions of PCRE2, a library that is opened when they are needed first and stays: most commands match
-/// plain patterns only, and start 3% sooner without it. One that cannot be opened is an `EZETError`.
+/// plain patterns only, and start 3% sooner without it. One that cannot be opened is an `EZETHostError`.
 class Pcre2 {
     void* const m_library = Open();
 

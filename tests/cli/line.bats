@@ -187,3 +187,12 @@ last"
     assert_equal "$(opened ^second)" 0
     [ "$(opened '^s.*d')" -gt 0 ]
 }
+
+@test "where that library cannot be opened, no pattern is blamed" {
+    mkdir lib
+    touch lib/libpcre2-8.so.0
+    remember_host
+    capture env LD_LIBRARY_PATH="$PWD/lib" "$ZET_BIN/zet-client" --config zet.conf line set conf '^s.*d' new
+    assert_refusal 1 "Failed to load library 'libpcre2-8.so.0': $PWD/lib/libpcre2-8.so.0: file too short (install the package libpcre2-8-0)"
+    assert_host_unchanged
+}

@@ -76,3 +76,19 @@ assert_told() {
     assert_status 1
     assert_file out/one.conf "$(notice one.conf zet-init)"$'\nx\ntheirs\n'
 }
+
+@test "what another program does to a target that is to change is recorded as nobody's work" {
+    add_target one.conf $'x\n' 'mode = "0600"' "check = [\"$BASE/write\"]"
+    printf '#!/bin/sh\n[ ! -e "%s" ] || chmod 0640 "%s"\n' "$HOST/meanwhile" "$HOST/out/one.conf" >"$BASE/write"
+    chmod 755 "$BASE/write"
+    zet commit-config >/dev/null
+    chmod 0644 out/one.conf
+    touch meanwhile
+    run_zet commit-config
+    assert_status 1
+    [[ $stderr == *"another program wrote it at the same time, and nothing was changed"* ]]
+    assert_equal "$(stat -c %a out/one.conf)" 640
+    assert_equal "$(store 'SELECT count(*) FROM entries')" 1
+    run_zet status
+    [[ $output == *"$HOST/out/one.conf: edited"* ]] || differ status "edited" "$output"
+}

@@ -146,3 +146,13 @@ $HOST/zet.conf:10:10: 'maybe' is no value for ZET_SYNC and counts as yes (write 
     assert_status 1
     [[ $output == *"/two.conf:1:1: the programs that read the file need this line as its first, and the notice comes before it (say notice = false in its entry of the list)"$'\n' ]]
 }
+
+@test "where the library of expressions cannot be opened, no parameter is blamed" {
+    mkdir lib
+    touch lib/libpcre2-8.so.0
+    echo 'VALID_USER_NAMES=^[a-z]*$' >>zet.conf
+    remember_host
+    capture env LD_LIBRARY_PATH="$PWD/lib" "$ZET_BIN/zet-client" --config zet.conf commit-config
+    assert_refusal 1 "Failed to load library 'libpcre2-8.so.0': $PWD/lib/libpcre2-8.so.0: file too short (install the package libpcre2-8-0)"
+    assert_host_unchanged
+}

@@ -389,3 +389,12 @@ zet-client: \"history show 2 $HOST/out/one.conf\" shows what it held"
     run_zet status -q --json
     assert_json 'd["commit_time"] is not None' true
 }
+
+@test "what is no regular file any more is not opened for its diff" {
+    zet commit-config
+    rm "$ONE" "$TWO"
+    mkfifo "$ONE"
+    mkdir "$TWO"
+    capture timeout 20 "$ZET_BIN/zet-client" --config zet.conf status --diff
+    assert_status 3
+}

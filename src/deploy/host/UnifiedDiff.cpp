@@ -1,5 +1,7 @@
 #include "deploy/host/UnifiedDiff.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cstdio>
 
@@ -45,6 +47,13 @@ std::string ComplaintsIn(const std::string& output) {
     return complaints;
 }
 
+/// To open another one could take for ever.
+void RequireRegular(const std::string& file, const std::string& shownPath) {
+    struct stat status = {};
+    if (file.empty() || stat(file.c_str(), &status) != 0 || S_ISREG(status.st_mode)) return;
+    throw Failure({.file = shownPath, .text = _("is no regular file"), .remedy = _("move it away")});
+}
+
 }  // namespace
 
 std::string DiffLabels(const std::string& oldFile, const std::string& newFile, const std::string& shownPath) {
@@ -54,6 +63,8 @@ std::string DiffLabels(const std::string& oldFile, const std::string& newFile, c
 
 std::string UnifiedDiff(const std::string& oldFile, const std::string& newFile,
                         const std::string& shownPath) {
+    for (const std::string* const file : {&oldFile, &newFile})
+        RequireRegular(*file, shownPath);
     // The messages of diff would be in the reader's language, and a patch is for everybody.
     const ProcessResult result =
         RunProcess({"diff", "-u", "-a", "--label", SideLabel("a/", oldFile, shownPath), "--label",

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "deploy/host/FileBytes.h"
 #include "deploy/state/History.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/StateDirectory.h"
@@ -88,7 +89,8 @@ ExpectedFile CommitRecord::Expected(const PlannedTarget& planned) const {
     file.path = planned.path;
     file.kind = FileKind::Target;
     file.companions = ExpectedFile::Companions::MayCome;
-    file.before = std::move(planned.captured);
+    // What others did since the plan looked at it is no work of the commit, which is going to refuse it.
+    if (VersionOf(planned.path) == planned.version) file.before = std::move(planned.captured);
     planned.captured.reset();
     file.after = Staged(planned);
     file.knowledge = KnowledgeOf(planned);

@@ -11,6 +11,7 @@
 #include "text/Markers.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETFormat.h"
+#include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
 
@@ -78,6 +79,8 @@ void RequirePattern(IZETCore& core, const std::string& pattern) {
     if (pattern.empty()) throw UsageError(_("PATTERN is empty (give a regular expression)"));
     try {
         Matches(core, pattern, "");
+    } catch (const EZETHostError& error) {
+        throw FailureOf(error);
     } catch (const EZETError& error) {
         throw UsageError(std::string("PATTERN: ") + FailureOf(error, _("correct the expression")).what());
     }
