@@ -22,12 +22,37 @@ void* Required(void* found) {
 
 }  // namespace
 
-void* Pcre2::Open() {
-    return Required(::dlopen(kFile, RTLD_LAZY | RTLD_LOCAL));
+Pcre2::Pcre2() {
+    void* const library = Required(::dlopen(kFile, RTLD_LAZY | RTLD_LOCAL));
+    const auto find = [&]<typename Function>(Function*& function, const char* name) {
+        function = reinterpret_cast<Function*>(Required(::dlsym(library, name)));
+    };
+    find(freeCode, "pcre2_code_free_8");
+    find(compile, "pcre2_compile_8");
+    find(createCompileContext, "pcre2_compile_context_create_8");
+    find(freeCompileContext, "pcre2_compile_context_free_8");
+    find(describe, "pcre2_get_error_message_8");
+    find(translate, "pcre2_jit_compile_8");
+    find(matchTranslated, "pcre2_jit_match_8");
+    find(assignStack, "pcre2_jit_stack_assign_8");
+    find(createStack, "pcre2_jit_stack_create_8");
+    find(freeStack, "pcre2_jit_stack_free_8");
+    find(match, "pcre2_match_8");
+    find(createMatchContext, "pcre2_match_context_create_8");
+    find(freeMatchContext, "pcre2_match_context_free_8");
+    find(createResult, "pcre2_match_data_create_8");
+    find(freeResult, "pcre2_match_data_free_8");
+    find(tell, "pcre2_pattern_info_8");
+    find(setCallout, "pcre2_set_callout_8");
+    find(setDepthLimit, "pcre2_set_depth_limit_8");
+    find(setHeapLimit, "pcre2_set_heap_limit_8");
+    find(setMatchLimit, "pcre2_set_match_limit_8");
+    find(setNewline, "pcre2_set_newline_8");
 }
 
-void* Pcre2::Symbol(const char* name) const {
-    return Required(::dlsym(m_library, name));
+const Pcre2& ThePcre2() {
+    static const Pcre2 functions;
+    return functions;
 }
 
 }  // namespace ZET::Core

@@ -6,60 +6,36 @@
 
 namespace ZET::Core {
 
-/// The functions of PCRE2, a library that is opened when they are needed first and stays: most commands match
-/// plain patterns only, and start 3% sooner without it. One that cannot be opened is an `EZETHostError`.
-class Pcre2 {
-    void* const m_library = Open();
+/// The functions of PCRE2 that are used here.
+struct Pcre2 {
+    decltype(pcre2_code_free)* freeCode;
+    decltype(pcre2_compile)* compile;
+    decltype(pcre2_compile_context_create)* createCompileContext;
+    decltype(pcre2_compile_context_free)* freeCompileContext;
+    decltype(pcre2_get_error_message)* describe;
+    decltype(pcre2_jit_compile)* translate;
+    decltype(pcre2_jit_match)* matchTranslated;
+    decltype(pcre2_jit_stack_assign)* assignStack;
+    decltype(pcre2_jit_stack_create)* createStack;
+    decltype(pcre2_jit_stack_free)* freeStack;
+    decltype(pcre2_match)* match;
+    decltype(pcre2_match_context_create)* createMatchContext;
+    decltype(pcre2_match_context_free)* freeMatchContext;
+    decltype(pcre2_match_data_create)* createResult;
+    decltype(pcre2_match_data_free)* freeResult;
+    decltype(pcre2_pattern_info)* tell;
+    decltype(pcre2_set_callout)* setCallout;
+    decltype(pcre2_set_depth_limit)* setDepthLimit;
+    decltype(pcre2_set_heap_limit)* setHeapLimit;
+    decltype(pcre2_set_match_limit)* setMatchLimit;
+    decltype(pcre2_set_newline)* setNewline;
 
-  public:
-    static const Pcre2& Get() {
-        static const Pcre2 functions;
-        return functions;
-    }
-
-    Pcre2(const Pcre2&) = delete;
-    Pcre2& operator=(const Pcre2&) = delete;
-
-// The library's header gives each name the suffix of the width.
-#define ZET_PCRE2(name) decltype(&::name) name = Find<decltype(&::name)>(ZET_PCRE2_TEXT(name))
-#define ZET_PCRE2_TEXT(name) ZET_PCRE2_TEXT_OF(name)
-#define ZET_PCRE2_TEXT_OF(name) #name
-    ZET_PCRE2(pcre2_code_free);
-    ZET_PCRE2(pcre2_compile);
-    ZET_PCRE2(pcre2_compile_context_create);
-    ZET_PCRE2(pcre2_compile_context_free);
-    ZET_PCRE2(pcre2_get_error_message);
-    ZET_PCRE2(pcre2_jit_compile);
-    ZET_PCRE2(pcre2_jit_match);
-    ZET_PCRE2(pcre2_jit_stack_assign);
-    ZET_PCRE2(pcre2_jit_stack_create);
-    ZET_PCRE2(pcre2_jit_stack_free);
-    ZET_PCRE2(pcre2_match);
-    ZET_PCRE2(pcre2_match_context_create);
-    ZET_PCRE2(pcre2_match_context_free);
-    ZET_PCRE2(pcre2_match_data_create);
-    ZET_PCRE2(pcre2_match_data_free);
-    ZET_PCRE2(pcre2_pattern_info);
-    ZET_PCRE2(pcre2_set_callout);
-    ZET_PCRE2(pcre2_set_depth_limit);
-    ZET_PCRE2(pcre2_set_heap_limit);
-    ZET_PCRE2(pcre2_set_match_limit);
-    ZET_PCRE2(pcre2_set_newline);
-#undef ZET_PCRE2_TEXT_OF
-#undef ZET_PCRE2_TEXT
-#undef ZET_PCRE2
-
-  private:
-    Pcre2() = default;
-
-    static void* Open();
-    void* Symbol(const char* name) const;
-
-    template <typename Function>
-    Function Find(const char* name) const {
-        return reinterpret_cast<Function>(Symbol(name));
-    }
+    Pcre2();
 };
+
+/// Opens the library when it is called first, to the end of the process: most commands match plain patterns
+/// only, and start 3% sooner without it. One that cannot be opened is an `EZETHostError`.
+const Pcre2& ThePcre2();
 
 }  // namespace ZET::Core
 

@@ -58,7 +58,7 @@ T Required(T pointer) {
 
 std::string ErrorText(int error) {
     PCRE2_UCHAR text[256];
-    Pcre2::Get().pcre2_get_error_message(error, text, sizeof text);
+    ThePcre2().describe(error, text, sizeof text);
     return reinterpret_cast<const char*>(text);
 }
 
@@ -66,9 +66,8 @@ std::string ErrorText(int error) {
 /// that it passes. Groups with a question mark look around and change the options, verbs do both.
 bool IsPlainAtStart(const pcre2_code* code, const std::string& pattern) {
     std::uint32_t options = 0;
-    return Pcre2::Get().pcre2_pattern_info(code, PCRE2_INFO_ALLOPTIONS, &options) == 0 &&
-           (options & PCRE2_ANCHORED) != 0 && pattern.find("(?") == std::string::npos &&
-           pattern.find("(*") == std::string::npos;
+    return ThePcre2().tell(code, PCRE2_INFO_ALLOPTIONS, &options) == 0 && (options & PCRE2_ANCHORED) != 0 &&
+           pattern.find("(?") == std::string::npos && pattern.find("(*") == std::string::npos;
 }
 
 bool IsLiteral(char c) {
@@ -103,8 +102,8 @@ bool RegEx::MatchOther(const std::string& pattern, const std::string& subject) {
     if (--m_last->untilLook == 0) LookAtFirstBytes(*m_last);
     if (subject.size() > kShortSubject) return MatchGuarded(*m_last, subject);
     if (!m_last->isTranslated) return MatchGuarded(*m_last, subject);
-    const int result = Pcre2::Get().pcre2_jit_match(m_last->code.get(), Bytes(subject), subject.size(), 0, 0,
-                                                    m_result.get(), m_fast.get());
+    const int result = ThePcre2().matchTranslated(m_last->code.get(), Bytes(subject), subject.size(), 0, 0,
+                                                  m_result.get(), m_fast.get());
     if (result >= 0) return true;
     return result != PCRE2_ERROR_NOMATCH && MatchGuarded(*m_last, subject);
 }
@@ -112,8 +111,8 @@ bool RegEx::MatchOther(const std::string& pattern, const std::string& subject) {
 RegEx::Code RegEx::Compile(const std::string& pattern, std::uint32_t options) const {
     int error = 0;
     PCRE2_SIZE offset = 0;
-    Code code(Pcre2::Get().pcre2_compile(Bytes(pattern), pattern.size(), PCRE2_NEVER_UTF | options, &error,
-                                         &offset, m_compile.get()));
+    Code code(ThePcre2().compile(Bytes(pattern), pattern.size(), PCRE2_NEVER_UTF | options, &error, &offset,
+                                 m_compile.get()));
     if (code == nullptr && error == PCRE2_ERROR_HEAP_FAILED) throw std::bad_alloc();
     if (code == nullptr)
         Fail("Regular expression '%s' is not valid at offset %zu: %s.", Printable(pattern).c_str(), offset,
@@ -136,7 +135,7 @@ RegEx::Entry& RegEx::Find(const std::string& pattern) {
     if (!entry.plain) {
         if (m_result == nullptr) Prepare();
         entry.code = Compile(pattern, 0);
-        entry.isTranslated = Pcre2::Get().pcre2_jit_compile(entry.code.get(), PCRE2_JIT_COMPLETE) == 0;
+        entry.isTranslated = ThePcre2().translate(entry.code.get(), PCRE2_JIT_COMPLETE) == 0;
     }
     return Add(std::move(entry));
 }
@@ -155,12 +154,12 @@ std::optional<RegEx::Plain> RegEx::PlainOf(std::string_view pattern) {
 
 /// Again from the start when memory ran out on the way: the result comes last.
 void RegEx::Prepare() {
-    m_compile.reset(Required(Pcre2::Get().pcre2_compile_context_create(nullptr)));
-    Pcre2::Get().pcre2_set_newline(m_compile.get(), PCRE2_NEWLINE_LF);
-    m_fast.reset(Required(Pcre2::Get().pcre2_match_context_create(nullptr)));
-    Pcre2::Get().pcre2_set_match_limit(m_fast.get(), kFastMatchLimit);
-    Pcre2::Get().pcre2_set_heap_limit(m_fast.get(), kHeapLimit);
-    m_result.reset(Required(Pcre2::Get().pcre2_match_data_create(1, nullptr)));
+    m_compile.reset(Required(ThePcre2().createCompileContext(nullptr)));
+    ThePcre2().setNewline(m_compile.get(), PCRE2_NEWLINE_LF);
+    m_fast.reset(Required(ThePcre2().createMatchContext(nullptr)));
+    ThePcre2().setMatchLimit(m_fast.get(), kFastMatchLimit);
+    ThePcre2().setHeapLimit(m_fast.get(), kHeapLimit);
+    m_result.reset(Required(ThePcre2().createResult(1, nullptr)));
 }
 
 /// In place of the one that has not been used for the longest time, when there are many.
@@ -178,9 +177,8 @@ void RegEx::LookAtFirstBytes(Entry& entry) const {
     if (!IsPlainAtStart(entry.code.get(), entry.pattern)) return;
     for (std::size_t byte = 0; byte < entry.isHopeless.size(); ++byte) {
         const auto subject = static_cast<PCRE2_UCHAR>(byte);
-        const int result =
-            Pcre2::Get().pcre2_match(entry.code.get(), &subject, 1, 0, PCRE2_PARTIAL_HARD | PCRE2_NO_JIT,
-                                     m_result.get(), m_fast.get());
+        const int result = ThePcre2().match(entry.code.get(), &subject, 1, 0,
+                                            PCRE2_PARTIAL_HARD | PCRE2_NO_JIT, m_result.get(), m_fast.get());
         entry.isHopeless[byte] = result == PCRE2_ERROR_NOMATCH && subject != '\n';
     }
 }
@@ -189,23 +187,23 @@ void RegEx::PrepareGuard(Entry& entry) {
     if (entry.guarded == nullptr) {
         entry.guarded = Compile(entry.pattern, PCRE2_AUTO_CALLOUT);
         // Without machine code the interpreter does it.
-        Pcre2::Get().pcre2_jit_compile(entry.guarded.get(), PCRE2_JIT_COMPLETE);
+        ThePcre2().translate(entry.guarded.get(), PCRE2_JIT_COMPLETE);
     }
     if (m_stack != nullptr) return;
-    m_guard.reset(Required(Pcre2::Get().pcre2_match_context_create(nullptr)));
-    Pcre2::Get().pcre2_set_heap_limit(m_guard.get(), kHeapLimit);
-    Pcre2::Get().pcre2_set_depth_limit(m_guard.get(), kDepthLimit);
-    m_stack.reset(Required(Pcre2::Get().pcre2_jit_stack_create(kStackStart, kStackMax, nullptr)));
-    Pcre2::Get().pcre2_jit_stack_assign(m_guard.get(), nullptr, m_stack.get());
+    m_guard.reset(Required(ThePcre2().createMatchContext(nullptr)));
+    ThePcre2().setHeapLimit(m_guard.get(), kHeapLimit);
+    ThePcre2().setDepthLimit(m_guard.get(), kDepthLimit);
+    m_stack.reset(Required(ThePcre2().createStack(kStackStart, kStackMax, nullptr)));
+    ThePcre2().assignStack(m_guard.get(), nullptr, m_stack.get());
 }
 
 bool RegEx::MatchGuarded(Entry& entry, const std::string& subject) {
     PrepareGuard(entry);
     Budget budget(subject.size());
-    Pcre2::Get().pcre2_set_callout(m_guard.get(), &Guard, &budget);
+    ThePcre2().setCallout(m_guard.get(), &Guard, &budget);
     const auto match = [&](std::uint32_t options) {
-        return Pcre2::Get().pcre2_match(entry.guarded.get(), Bytes(subject), subject.size(), 0, options,
-                                        m_result.get(), m_guard.get());
+        return ThePcre2().match(entry.guarded.get(), Bytes(subject), subject.size(), 0, options,
+                                m_result.get(), m_guard.get());
     };
     int result = match(0);
     if (result == PCRE2_ERROR_JIT_STACKLIMIT) result = match(PCRE2_NO_JIT);

@@ -38,14 +38,14 @@ class RegEx {
     struct Free {
         template <typename T>
         void operator()(T* object) const {
-            (Pcre2::Get().*function)(object);
+            (ThePcre2().*function)(object);
         }
     };
-    using Code = std::unique_ptr<pcre2_code, Free<&Pcre2::pcre2_code_free>>;
-    using Result = std::unique_ptr<pcre2_match_data, Free<&Pcre2::pcre2_match_data_free>>;
-    using MatchContext = std::unique_ptr<pcre2_match_context, Free<&Pcre2::pcre2_match_context_free>>;
-    using CompileContext = std::unique_ptr<pcre2_compile_context, Free<&Pcre2::pcre2_compile_context_free>>;
-    using JitStack = std::unique_ptr<pcre2_jit_stack, Free<&Pcre2::pcre2_jit_stack_free>>;
+    using Code = std::unique_ptr<pcre2_code, Free<&Pcre2::freeCode>>;
+    using Result = std::unique_ptr<pcre2_match_data, Free<&Pcre2::freeResult>>;
+    using MatchContext = std::unique_ptr<pcre2_match_context, Free<&Pcre2::freeMatchContext>>;
+    using CompileContext = std::unique_ptr<pcre2_compile_context, Free<&Pcre2::freeCompileContext>>;
+    using JitStack = std::unique_ptr<pcre2_jit_stack, Free<&Pcre2::freeStack>>;
 
     /// The look takes as long as so many searches.
     static constexpr std::uint64_t kUsesBeforeLook = 1024;

@@ -1,7 +1,5 @@
 #include "deploy/state/SeenFile.h"
 
-#include <sys/types.h>
-
 #include <utility>
 
 #include "deploy/state/store/Digest.h"

@@ -38,7 +38,8 @@ std::string HeaderOf(std::size_t size) {
 
 std::string ChecksumOf(std::string_view text) {
     std::string checksum;
-    Append(checksum, XXH64(text.data(), text.size(), 0), kSizeOfChecksum);
+    const char* const bytes = text.data() != nullptr ? text.data() : "";  // what is empty may be nowhere
+    Append(checksum, XXH64(bytes, text.size(), 0), kSizeOfChecksum);
     return checksum;
 }
 
