@@ -16,8 +16,10 @@ constexpr char kFile[] = "libpcre2-8.so.0";
 void* Required(void* found) {
     if (found != nullptr) return found;
     const std::string reason = ::dlerror();
-    FailKnowing({.path = kFile, .text = reason, .remedy = Message("install the package libpcre2-8-0")},
-                "Failed to load library '%s': %s (install the package libpcre2-8-0)", kFile, reason.c_str());
+    const ZETCause cause = {
+        .path = kFile, .text = reason, .remedy = Message("install the package libpcre2-8-0")};
+    FailKnowing(cause, "Failed to load library '%s': %s (install the package libpcre2-8-0)", kFile,
+                reason.c_str());
 }
 
 }  // namespace
