@@ -38,8 +38,10 @@ std::string HeaderOf(std::size_t size) {
 
 std::string ChecksumOf(std::string_view text) {
     std::string checksum;
-    const char* const bytes = text.data() != nullptr ? text.data() : "";  // what is empty may be nowhere
-    Append(checksum, XXH64(bytes, text.size(), 0), kSizeOfChecksum);
+    XXH64_state_t state;
+    XXH64_reset(&state, 0);
+    XXH64_update(&state, text.data(), text.size());
+    Append(checksum, XXH64_digest(&state), kSizeOfChecksum);
     return checksum;
 }
 
