@@ -106,6 +106,20 @@ commit_with() {
     assert_equal "$(names_in "$TMPDIR")" ""
 }
 
+@test "who looks for left-overs meanwhile does not keep a directory from being removed" {
+    capture strace -f -qq -o "$BASE/trace" -e trace=unlinkat "$ZET_BIN/zet-client" --config zet.conf -q commit-config -n
+    local last
+    last=$(grep -c unlinkat "$BASE/trace")
+    grep unlinkat "$BASE/trace" | tail -n 1 | grep -F AT_REMOVEDIR
+    # He makes its lock anew.
+    capture strace -f -qq -o "$BASE/trace" \
+        -e trace=unlinkat -e inject=unlinkat:error=ENOTEMPTY:when="$last" "$ZET_BIN/zet-client" --config zet.conf -q commit-config -n
+    assert_status 3
+    assert_stderr ""
+    grep -F INJECTED "$BASE/trace"
+    assert_equal "$(names_in "$TMPDIR")" ""
+}
+
 @test "what killed runs left is removed from every place that they may have used" {
     local place
     for place in "$XDG_RUNTIME_DIR" "$TMPDIR" "$HOST/state"; do

@@ -76,8 +76,12 @@ LeftDirectory& Left() {
 
 /// Removes a staging directory, or remembers why not.
 void RemoveStaging(int place, std::string path) noexcept {
-    int error = 0;
-    RemoveEntry(place, path.c_str() + path.rfind('/') + 1, error);
+    int error = ENOTEMPTY;
+    // Somebody who looks for what killed runs left may make its lock anew meanwhile.
+    for (int tries = 0; tries < 3 && error == ENOTEMPTY; ++tries) {
+        error = 0;
+        RemoveEntry(place, path.c_str() + path.rfind('/') + 1, error);
+    }
     if (error == 0) return;
     Left().path = std::move(path);
     Left().error = error;
