@@ -1,4 +1,3 @@
-
 #include "deploy/state/store/Erasure.h"
 #include "deploy/state/store/KeptTexts.h"
 #include "deploy/state/store/Rows.h"
