@@ -153,6 +153,14 @@ ZET_API void ConfigureLog(ZETLogTarget target, ZETLogLevel threshold, const std:
 /// any time.
 ZET_API ZETLogLevel SetLogThreshold(ZETLogLevel threshold);
 
+/// Whether a record that the threshold lets through is shown.
+using ZETLogFilter = std::function<bool(ZETLogLevel level)>;
+
+/// The filter of every record from now on; an empty one shows all. Returns the one of before. A host that
+/// keeps something to itself finds out whether a record is about it when there is one. By any thread, at any
+/// time; called by the thread that logs, and asked again about what it logs itself.
+ZET_API ZETLogFilter SetLogFilter(ZETLogFilter filter);
+
 /// Sees each record that is shown, beside the place where it goes, as it stands there.
 using ZETLogObserver = std::function<void(ZETLogLevel level, const std::string& text)>;
 

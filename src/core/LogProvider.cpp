@@ -27,6 +27,7 @@ struct LogState {
     ZETLogTarget target = ZETLogTarget::StandardError;
     ZETLogLevel threshold = ZETLogWarning;
     std::string identity = "zet";
+    ZETLogFilter filter;
     ZETLogObserver observer;
     ZETLogWording wording;
 };
@@ -61,10 +62,21 @@ int SystemLogPriority(ZETLogLevel level) {
     }
 }
 
+/// The filter is asked while nothing is locked: it may log itself.
+bool IsShown(ZETLogLevel level) {
+    LogState& state = State();
+    ZETLogFilter filter;
+    {
+        const std::lock_guard<std::mutex> lock(state.mutex);
+        if (level > state.threshold) return false;
+        filter = state.filter;
+    }
+    return !filter || filter(level);
+}
+
 void WriteRecord(ZETLogLevel level, const char* text) {
     LogState& state = State();
     const std::lock_guard<std::mutex> lock(state.mutex);
-    if (level > state.threshold) return;
     const std::string line = Printable(state.wording ? state.wording(text) : text);
     if (state.observer) state.observer(level, line);
     if (state.target == ZETLogTarget::SystemLog) {
@@ -98,7 +110,7 @@ void CZETLogProvider::Put(ZETLogLevel level, std::size_t count, const char* form
         va_end(arguments);
     }
     const std::unique_ptr<char, decltype(&std::free)> owner(formatted, &std::free);
-    WriteRecord(level, formatted != nullptr ? formatted : text);
+    if (IsShown(level)) WriteRecord(level, formatted != nullptr ? formatted : text);
     errno = callersError;
 }
 
@@ -117,6 +129,12 @@ ZETLogLevel SetLogThreshold(ZETLogLevel threshold) {
     LogState& state = State();
     const std::lock_guard<std::mutex> lock(state.mutex);
     return std::exchange(state.threshold, threshold);
+}
+
+ZETLogFilter SetLogFilter(ZETLogFilter filter) {
+    LogState& state = State();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    return std::exchange(state.filter, std::move(filter));
 }
 
 void SetLogObserver(ZETLogObserver observer) {

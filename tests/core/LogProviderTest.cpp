@@ -59,6 +59,7 @@ class LogProvider : public testing::Test {
   protected:
     ~LogProvider() override {
         SetLogObserver({});
+        SetLogFilter({});
         SetLogWording({});
         ConfigureLog(ZETLogTarget::StandardError, ZETLogWarning, "zet");
     }
@@ -136,6 +137,42 @@ TEST_F(LogProvider, WordingIsNotAskedForARecordThatIsNotShown) {
         return text;
     });
     m_log.Put(ZETLogNotice, 1, "not shown");
+}
+
+TEST_F(LogProvider, FilterIsAskedAboutWhatTheThresholdLetsThrough) {
+    std::vector<ZETLogLevel> asked;
+    SetLogFilter([&](ZETLogLevel level) {
+        asked.push_back(level);
+        return level == ZETLogError;
+    });
+    EXPECT_EQ(LoggedBy([&] {
+                  m_log.Put(ZETLogNotice, 1, "not asked about");
+                  m_log.Put(ZETLogWarning, 1, "kept to itself");
+                  m_log.Put(ZETLogError, 1, "told");
+              }),
+              "zet: error: told\n");
+    EXPECT_THAT(asked, testing::ElementsAre(ZETLogWarning, ZETLogError));
+}
+
+TEST_F(LogProvider, FilterGivesWayToTheOneBefore) {
+    EXPECT_FALSE(SetLogFilter([](ZETLogLevel) { return false; }));
+    const ZETLogFilter former = SetLogFilter({});
+    ASSERT_TRUE(former);
+    EXPECT_FALSE(former(ZETLogError));
+    EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogError, 1, "told"); }), "zet: error: told\n");
+}
+
+TEST_F(LogProvider, FilterMayLogItself) {
+    bool isAsked = false;
+    SetLogFilter([&](ZETLogLevel) {
+        if (!isAsked) {
+            isAsked = true;
+            m_log.Put(ZETLogWarning, 1, "seen on the way");
+        }
+        return true;
+    });
+    EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogError, 1, "told"); }),
+              "zet: warning: seen on the way\nzet: error: told\n");
 }
 
 TEST_F(LogProvider, SingleTextIsWrittenAsItStands) {

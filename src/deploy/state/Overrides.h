@@ -29,9 +29,6 @@ class QuietLog {
     QuietLog(const QuietLog&) = delete;
     QuietLog& operator=(const QuietLog&) = delete;
 
-    /// Up to what they were shown before.
-    ZETLogLevel Former() const { return m_former; }
-
   private:
     ZETLogLevel m_former;
 };

@@ -16,7 +16,7 @@
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/state/OwnText.h"
-#include "deploy/targets/Secrets.h"
+#include "deploy/targets/DiscreetLog.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "zet/IZETConfigFile.h"
 #include "zet/IZETTextToSave.h"
@@ -46,15 +46,6 @@ struct Rendered {
     const std::string& name;
     const std::string& path;
 };
-
-/// The log names the placeholders that it does not know, and others read it, too. Where it shows errors only,
-/// it does not, and nobody need find out whose eyes the template is for, which reads it.
-std::unique_ptr<QuietLog> QuietAbout(Deployment& product, const std::string& templateName) {
-    if (QuietLog(ZETLogError).Former() == ZETLogError) return nullptr;
-    const std::string file = TemplateFile(product, templateName);
-    const bool isHidden = !file.empty() && product.HostSecrets().Hides(file);
-    return isHidden ? std::make_unique<QuietLog>(ZETLogError) : nullptr;
-}
 
 /// As the module processes a template, with or without its notice. Null when it cannot be opened.
 std::shared_ptr<IZETConfigFile> Expanded(Deployment& product, const std::string& templateName,
@@ -258,7 +249,7 @@ void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& temp
 
 std::string RenderStaged(Deployment& product, const Staging& staging, const std::string& templateName,
                          const StringMap& values) {
-    const std::unique_ptr<QuietLog> quiet = QuietAbout(product, templateName);
+    const DiscreetLog log(product, templateName);
     StringMap all = WithHostsValues(product, values);
     return Stage(product, product.Role(), staging, templateName, all);
 }
@@ -294,7 +285,7 @@ std::string RenderTemplateText(Deployment& product, const Staging& staging, Role
 
 void RenderOnce(Deployment& product, const std::string& templateName, const std::string& name,
                 const std::string& path, const StringMap& values) {
-    const std::unique_ptr<QuietLog> quiet = QuietAbout(product, templateName);
+    const DiscreetLog log(product, templateName);
     StringMap all = WithHostsValues(product, values);
     ProcessOnce(product, product.Role(), templateName, {name, path}, all);
 }
@@ -326,7 +317,7 @@ void TargetRendering::Write() {
 
 void TargetRendering::Render() {
     const std::string& path = m_place.Path();
-    const std::unique_ptr<QuietLog> quiet = QuietAbout(m_product, m_target.templateName);
+    const DiscreetLog log(m_product, m_target.templateName);
     const auto process = [&](const std::string& name) {
         Process(m_product, m_target.role, m_target.templateName, {name, path});
     };
