@@ -140,6 +140,10 @@ $(notice two.conf | sed 's/^/+/')
     assert_status 3
     [[ $output == *"+realm = OTHER"*"+domain = other.example"* ]]
     assert_file "$BASE/diffs" $'\n\n'
+    run_zet commit-config --diff
+    assert_status 0
+    [[ $output == *"+realm = OTHER"*"+domain = other.example"* ]]
+    assert_file "$BASE/diffs" $'\n\n\n'
 }
 
 @test "a change of the mode alone is shown, with an empty diff" {

@@ -79,15 +79,10 @@ script() {
     [[ $PATH == "$BASE/bin:"* ]] || PATH=$BASE/bin:$PATH
 }
 
-# stop_before COUNT SIGNAL: a commit --diff gets the signal when it is about to write its COUNTth target.
-stop_before() {
-    script diff <<-SCRIPT
-		#!/bin/sh
-		echo >>"$BASE/diffs"
-		[ "\$(wc -l <"$BASE/diffs")" -ne $1 ] || kill -$2 \$PPID
-		exec $DIFF "\$@"
-	SCRIPT
-    rm -f "$BASE/diffs"
+# stop_commit SIGNAL CALL FILE: a commit --diff gets the signal when it makes that system call for that file.
+stop_commit() {
+    capture strace -f -qq -o "$BASE/trace" -P "$3" -e "trace=$2" -e "inject=$2:signal=$1" \
+        env --default-signal=INT "$ZET_BIN/zet-client" --config "$HOST/zet.conf" commit-config --diff
 }
 
 # names_in DIRECTORY: all that is below it, in one line.

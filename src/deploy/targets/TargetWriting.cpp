@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -39,7 +40,9 @@ class TargetWriting {
     using Renderings = std::vector<std::unique_ptr<TargetRendering>>;  ///< null: nothing to be written
 
     void WriteGroup(std::size_t first, std::size_t end) {
-        const std::vector<PlannedTarget>& targets = m_plan.Targets();
+        const std::span<const PlannedTarget> targets = m_plan.Targets();
+        // Diffs have to be made before their one side is gone.
+        std::vector<FileOutcome> outcomes = OutcomesOf(m_product, targets.subspan(first, end - first));
         const FileInPlace::Start start;
         Renderings renderings;
         CZETBatch batch;
@@ -50,7 +53,7 @@ class TargetWriting {
             m_product.RequireGoOn();
             m_product.Out().Progress(i, targets.size());
             batch.SetSubject(targets[i].path);
-            Write(targets[i], renderings[i - first].get());
+            Write(targets[i], renderings[i - first].get(), outcomes[i - first]);
             renderings[i - first].reset();
         }
         batch.Finish();
@@ -71,12 +74,10 @@ class TargetWriting {
         return rendering;
     }
 
-    void Write(const PlannedTarget& planned, TargetRendering* rendering) {
+    void Write(const PlannedTarget& planned, TargetRendering* rendering, FileOutcome& outcome) {
         WarnOfOthersWork(m_product, planned);
         if (planned.IsOthersWork() && planned.before.exists && m_record.Number())
             TellWhereKept(m_product, *m_record.Number(), planned.target.path, planned.version);
-        // The diff has to be made before its one side is gone.
-        FileOutcome outcome = std::move(OutcomesOf(m_product, {&planned, 1}).front());
         if (rendering != nullptr) {
             rendering->Write();
         } else if (!planned.hasWorkingCopy &&
