@@ -22,10 +22,9 @@ ZET_API void RemoveFile(const std::string& path);
 /// Renames, replacing `to`; of a link at either name the link. The bytes of `from` are durable before the
 /// name changes, and what was put in its place meanwhile is refused. A `from` that is `to` with ".tmp" added
 /// is its new text and must be a regular file with no other name: it takes over owner, group, access list and
-/// user attributes of the regular file `to` (a last link is followed) or, where that is not there, of `to`
-/// with
-/// ".before_zet" added, and keeps its mode, but for set-user-ID and set-group-ID where its owner could not be
-/// given or a link or a file with a second name gave it.
+/// user attributes of the regular file `to` or, where that is none, of `to` with ".before_zet" added, and
+/// keeps its mode, but for set-user-ID and set-group-ID where its owner could not be given or `to` was a link
+/// or a file with a second name. A link gives nothing: whoever may plant one could lead it to his own file.
 ZET_API void RenameFile(const std::string& from, const std::string& to);
 
 /// Whether the path exists; a symbolic link counts as itself, wherever it leads, and nothing has a name that

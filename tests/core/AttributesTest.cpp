@@ -123,13 +123,17 @@ TEST_F(Attributes, OtherRenamesTakeNothingOver) {
     EXPECT_EQ(ModeOf(m_target), 0600U);
 }
 
-TEST_F(Attributes, LinkInPlaceOfTheTargetIsFollowedToTheFileThatReadersSaw) {
+TEST_F(Attributes, LinkInPlaceOfTheTargetGivesNothingOfWhatItLeadsTo) {
     RenameFile(m_target, m_directory / "real");
     Own(m_directory / "real");
-    ASSERT_EQ(::symlink("real", m_target.c_str()), 0);
-    Rename();
-    EXPECT_EQ(StatusOf(m_target).st_uid, kSomeUser);
-    EXPECT_EQ(ReadText(m_directory / "real"), "old");
+    for (const std::string& link : {m_target, m_target + ".before_zet"}) {
+        WriteText(m_temporary, "new");
+        ASSERT_EQ(::symlink("real", link.c_str()), 0);
+        Rename();
+        EXPECT_EQ(StatusOf(m_target).st_uid, 0U) << link;
+        EXPECT_EQ(ReadText(m_directory / "real"), "old");
+        ASSERT_EQ(::unlink(m_target.c_str()), 0);
+    }
 }
 
 TEST_F(Attributes, DanglingLinkInPlaceOfTheTargetIsReplaced) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -39,6 +41,30 @@ class HostsTest : public testing::Test {
 
     fs::path m_directory;
 };
+
+/// Whoever plants a link at the name of a target is given nothing by module and core together.
+TEST_F(HostsTest, TextSavedOverALinkIsNotGivenToTheOwnerOfWhatItLeadsTo) {
+    if (::geteuid() != 0) GTEST_SKIP() << "needs root";
+    constexpr uid_t kUser = 1234;
+    std::ofstream(m_directory / "zet.conf", std::ios::app)
+        << "ZET_CFG_DIR=" << m_directory.string() << "\nZET_SYNC=no\n";
+    std::ofstream(m_directory / "secret.conf") << "key\n";
+    fs::permissions(m_directory / "secret.conf", fs::perms(0600));
+    std::ofstream(m_directory / "users") << "a user's own\n";
+    ASSERT_EQ(::chown((m_directory / "users").c_str(), kUser, kUser), 0);
+    const auto host = MakeHost();
+    Load(*host);
+    const std::string target = (m_directory / "target").string();
+    for (const bool noBackup : {true, false}) {
+        ASSERT_EQ(::symlink("users", target.c_str()), 0);
+        ConfigOf(*host)->OpenConfigFileTemplate("secret.conf", target, "server", false)->Save(noBackup);
+        struct stat status = {};
+        ASSERT_EQ(::lstat(target.c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode, static_cast<mode_t>(S_IFREG | 0600));
+        EXPECT_EQ(status.st_uid, 0U) << noBackup;
+        ASSERT_EQ(::unlink(target.c_str()), 0);
+    }
+}
 
 TEST_F(HostsTest, ModuleServesOneHostAfterTheOther) {
     const auto first = MakeHost();
