@@ -12,7 +12,8 @@ namespace ZET {
 /// objects on one file know nothing of each other: the last `Save` wins.
 ///
 /// Everywhere: an empty file name, pattern or parameter name throws `EZETCheckError` and changes nothing.
-/// Exceptions of the core pass through and leave the text as it was.
+/// Exceptions of the core pass through and leave the text as it was; `Save` and `RemoveZETMarkers`, which
+/// change it in several steps, as the last finished step left it.
 ///
 /// Without a file that was opened, `ApplyTemplates`, `RemoveMarkers` and `RemoveZETMarkers` throw
 /// `EZETCheckError`; the other operations check nothing and must not be called.

@@ -41,6 +41,7 @@ bool CZETConfigFile::InternalOpen(const std::string& fileName, const std::string
     m_noMarkers = noMarkers;
     m_fileName = fileName;
     m_role = role;
+    m_content.reset();
     InternalNotice();
 
     const Descriptor file = OpenForReading(fileName);
