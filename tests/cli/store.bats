@@ -57,6 +57,23 @@ opened() {
     grep -oE 'libsqlite3[.]so|libzstd[.]so|state[.]db' "$BASE/trace" | sort -u | paste -sd ' '
 }
 
+@test "a copy that SQLite makes while the history is in use can take its place" {
+    zet commit-config
+    local before
+    before=$(zet history)
+    python3 -c 'import sqlite3, sys
+sqlite3.connect(sys.argv[1]).backup(sqlite3.connect(sys.argv[2]))' "$HOST/state/state.db" "$BASE/copy"
+    zet param set conf a 2
+    rm state/state.db-*
+    cat "$BASE/copy" >state/state.db
+    run_zet history
+    assert_success "$before"
+    zet param set conf a 3
+    run_zet history show 2
+    assert_status 0
+    [[ $output == *"a 3"* ]]
+}
+
 @test "what neither records nor looks back opens nothing of the history" {
     zet -q commit-config
     assert_equal "$(opened param get conf a)$(opened values)$(opened help)$(opened line get conf ^a)" ""

@@ -84,8 +84,9 @@ play() {
     "$SOURCE_DIR/script/example-root" server "$root"
     # shellcheck disable=SC2016
     printf 'Welcome to ${domain}.\nHelp: ldapsearch -x -H ${ldap_uris}\n' |
-        tee "$root/etc/zet/motd" >"$root/usr/share/zet/templates/motd"
-    printf '\n[templates."motd"]\ntarget = "/etc/motd"\nroles = "both"\n' >>"$root/usr/share/zet/templates/targets.toml"
+        cat >"$root/etc/zet/motd"
+    mkdir -p "$root/etc/zet/targets.d"
+    printf '[templates."motd"]\ntarget = "/etc/motd"\nroles = "both"\n' >"$root/etc/zet/targets.d/motd.toml"
     play docs/templates.md "$root"
 }
 
