@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "Pcre2.h"
-#include "posix/ByteBlock.h"
+#include "posix/ShortText.h"
 
 namespace ZET::Core {
 

@@ -22,23 +22,12 @@ class ByteBlock {
     /// The rest of a text that is shorter, with zero bytes behind it.
     explicit ByteBlock(std::string_view rest) : ByteBlock(Padded(rest).bytes) {}
 
-    /// What tells the places of a byte. A block itself tells those of characters beyond ASCII.
+    /// What tells the places of a byte.
     ByteBlock Where(char byte) const {
         return Each([&](std::size_t i) { return Part(m_parts[i] == byte); });
     }
-    ByteBlock operator|(const ByteBlock& other) const {
-        return Each([&](std::size_t i) { return m_parts[i] | other.m_parts[i]; });
-    }
     ByteBlock operator&(const ByteBlock& other) const {
         return Each([&](std::size_t i) { return m_parts[i] & other.m_parts[i]; });
-    }
-
-    /// Whether it tells any place: half the work of asking where.
-    bool TellsAny() const {
-        Part all = m_parts[0];
-        for (std::size_t i = 1; i < kParts; ++i)
-            all |= m_parts[i];
-        return HighBits(all) != 0;
     }
 
     /// Whether `where` tells a place of any of the parts that the bytes from each of these places on consist
@@ -105,44 +94,11 @@ class ByteBlock {
     Part m_parts[kParts] = {};
 };
 
-/// Where a byte stands first, or `npos`, where it is most likely near: as a call of the library, but without
-/// its costs, which are as much as the search of a short line.
-inline std::size_t FindNear(std::string_view text, char byte) {
-    std::size_t position = 0;
-#ifdef __SSE2__
-    using Block = char __attribute__((vector_size(16)));
-    constexpr std::size_t kNear = 8 * sizeof(Block);
-    for (; position < kNear && text.size() - position >= sizeof(Block); position += sizeof(Block)) {
-        Block block;
-        std::memcpy(&block, text.data() + position, sizeof block);
-        const auto found = static_cast<unsigned>(__builtin_ia32_pmovmskb128(Block(block == byte)));
-        if (found != 0) return position + static_cast<std::size_t>(std::countr_zero(found));
-    }
-#endif
-    return text.find(byte, position);
-}
-
 /// Of the lines at the beginning of a text that have line feeds, these included.
 inline std::size_t SizeOfWholeLines(std::string_view text) {
     const void* const lineFeed = text.empty() ? nullptr : memrchr(text.data(), '\n', text.size());
     if (lineFeed == nullptr) return 0;
     return static_cast<std::size_t>(static_cast<const char*>(lineFeed) - text.data()) + 1;
-}
-
-/// Where a text has this byte or one of a character beyond ASCII first, or `npos`.
-inline std::size_t FindByteOrBeyondAscii(std::string_view text, char byte) {
-    const auto first = [&](const ByteBlock& block) {
-        const std::uint64_t places = (block.Where(byte) | block).Places();
-        return places == 0 ? std::string_view::npos : static_cast<std::size_t>(std::countr_zero(places));
-    };
-    const auto where = [&](const auto& part) { return std::decay_t<decltype(part)>(part == byte) | part; };
-    std::size_t at = 0;
-    for (; text.size() - at >= ByteBlock::kSize; at += ByteBlock::kSize) {
-        const char* const bytes = text.data() + at;
-        if (ByteBlock::TellAny(where, bytes)) return at + first(ByteBlock(bytes));
-    }
-    const std::size_t place = first(ByteBlock(text.substr(at)));
-    return place == std::string_view::npos ? place : at + place;
 }
 
 /// The places of one byte, other than zero, in a text, one after the other. Where they are near to each
@@ -186,61 +142,6 @@ class BytePlaces {
     std::size_t m_searched = 0;  ///< up to here, there are no others
     std::uint64_t m_places = 0;
 };
-
-/// Copies a text without a call where it has 8 to 64 bytes, as most lines, words and values do.
-inline void CopyNear(char* to, std::string_view from) {
-    const std::size_t size = from.size();
-    const auto copy = [&](std::size_t at, auto part) {
-        std::memcpy(&part, from.data() + at, sizeof part);
-        std::memcpy(to + at, &part, sizeof part);
-    };
-    // From both ends, where the parts may overlap.
-    const auto copyEnds = [&](std::size_t at, auto part) {
-        copy(at, part);
-        copy(size - at - sizeof part, part);
-    };
-    struct Part {
-        std::uint64_t words[2];
-    };
-    if (size >= sizeof(Part) && size <= 4 * sizeof(Part)) {
-        copyEnds(0, Part());
-        if (size > 2 * sizeof(Part)) copyEnds(sizeof(Part), Part());
-    } else if (size >= sizeof(std::uint64_t) && size < sizeof(Part)) {
-        copyEnds(0, std::uint64_t());
-    } else if (size > 0) {
-        std::memcpy(to, from.data(), size);
-    }
-}
-
-/// Up to here, a text is compared without a call.
-constexpr std::size_t kMostOfShort = 72;
-
-/// Whether two texts are equal, neither of which is longer than `kMostOfShort`.
-inline bool IsSameShort(std::string_view one, std::string_view other) {
-    const auto word = [](std::string_view text, std::size_t place) {
-        std::uint64_t bytes = 0;
-        std::memcpy(&bytes, text.data() + place, sizeof bytes);
-        return bytes;
-    };
-    constexpr std::size_t kWord = sizeof(std::uint64_t);
-    if (one.size() != other.size()) return false;
-    if (one.size() < kWord) {
-        for (std::size_t at = 0; at < one.size(); ++at)
-            if (one[at] != other[at]) return false;
-        return true;
-    }
-    const std::size_t last = one.size() - kWord;
-    if (word(one, last) != word(other, last)) return false;
-    for (std::size_t at = 0; at < last; at += kWord)
-        if (word(one, at) != word(other, at)) return false;
-    return true;
-}
-
-/// Whether two texts are equal, most of which are too short for a call; a long one is the library's.
-inline bool IsSame(std::string_view one, std::string_view other) {
-    if (one.size() <= kMostOfShort) return IsSameShort(one, other);
-    return one == other;
-}
 
 /// Where one text begins in another, or `npos`: by its first byte and the last two at once, which rarely
 /// stand so by chance, even where lines are alike but for a number. In a million lines, a fifth of the time

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "posix/ByteBlock.h"
+#include "posix/ShortText.h"
 
 namespace ZET::Text {
 

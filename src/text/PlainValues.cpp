@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "posix/ByteBlock.h"
+#include "posix/ShortText.h"
 #include "text/Placeholders.h"
 
 namespace ZET::Text {

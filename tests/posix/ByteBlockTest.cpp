@@ -21,50 +21,11 @@ TEST(ByteBlock, TellsEachPlaceOfAByte) {
     }
 }
 
-TEST(ByteBlock, TellsCharactersBeyondAscii) {
-    std::string text(ByteBlock::kSize, '\x7f');
-    text[5] = '\x80';
-    text[63] = '\xff';
-    EXPECT_EQ(ByteBlock(text.data()).Places(), std::uint64_t{1} << 63 | std::uint64_t{1} << 5);
-}
-
 TEST(ByteBlock, RestOfATextHasZeroBytesBehindIt) {
     const std::string text = "\nab\n\n";
     EXPECT_EQ(ByteBlock(std::string_view(text).substr(0, 4)).Where('\n').Places(), 9U);
     EXPECT_EQ(ByteBlock(std::string_view(text).substr(0, 4)).Where('\0').Places(), ~std::uint64_t{15});
     EXPECT_EQ(ByteBlock(std::string_view()).Where('\0').Places(), ~std::uint64_t{0});
-}
-
-TEST(ByteBlock, TellsAnyWhereItTellsAPlace) {
-    for (std::size_t place = 0; place < ByteBlock::kSize; ++place) {
-        std::string text(ByteBlock::kSize, 'x');
-        text[place] = '-';
-        EXPECT_TRUE(ByteBlock(text.data()).Where('-').TellsAny());
-        EXPECT_FALSE(ByteBlock(text.data()).Where('y').TellsAny());
-        EXPECT_FALSE((ByteBlock(text.data()).Where('-') & ByteBlock(text.data()).Where('x')).TellsAny());
-    }
-}
-
-TEST(FindNear, FindsAtEveryDistance) {
-    for (std::size_t size = 1; size <= kLongest; ++size) {
-        for (std::size_t position = 0; position < size; ++position) {
-            std::string text(size, '\x0b');
-            text[position] = '\n';
-            ASSERT_EQ(FindNear(text, '\n'), position) << size;
-        }
-    }
-}
-
-TEST(FindNear, FindsTheFirstOfSeveral) {
-    for (std::size_t position = 0; position < kLongest; ++position)
-        ASSERT_EQ(FindNear(std::string(position, 'x') + "\nx\n\n", '\n'), position);
-}
-
-TEST(FindNear, FindsNothingWhereThereIsNone) {
-    for (std::size_t size = 0; size < kLongest; ++size) {
-        const std::string text = std::string(size, 'x') + '\n';
-        ASSERT_EQ(FindNear(std::string_view(text).substr(0, size), '\n'), std::string_view::npos) << size;
-    }
 }
 
 TEST(SizeOfWholeLines, EndsWithTheLastLineFeed) {
@@ -104,39 +65,6 @@ TEST(BytePlaces, AreThoseThatTheLibraryFinds) {
             at = text.find('\n', at);
             ASSERT_EQ(places.Next(text), at);
         } while (at++ != std::string::npos);
-    }
-}
-
-TEST(CopyNear, CopiesEveryByteAndNoOther) {
-    for (std::size_t size = 0; size < 100; ++size) {
-        std::string from(size, '\0');
-        for (std::size_t place = 0; place < size; ++place)
-            from[place] = static_cast<char>('!' + place);
-        std::string to(size + 2, '.');
-        CopyNear(to.data() + 1, from);
-        EXPECT_EQ(to, "." + from + ".") << size;
-    }
-}
-
-TEST(IsSame, ComparesEveryByte) {
-    for (std::size_t size = 0; size < 100; ++size) {
-        const std::string text(size, 'x');
-        EXPECT_TRUE(IsSame(text, std::string(size, 'x')));
-        EXPECT_FALSE(IsSame(text, text + 'x'));
-        for (std::size_t place = 0; place < size; ++place) {
-            std::string other = text;
-            other[place] = 'y';
-            EXPECT_FALSE(IsSame(text, other)) << size << " " << place;
-        }
-    }
-}
-
-TEST(FindByteOrBeyondAscii, FindsTheFirstOfSeveral) {
-    for (std::size_t position = 0; position < kLongest; ++position) {
-        ASSERT_EQ(FindByteOrBeyondAscii(std::string(position, 'x') + "-\xff-", '-'), position);
-        ASSERT_EQ(FindByteOrBeyondAscii(std::string(position, 'x') + "\xff-", '-'), position);
-        ASSERT_EQ(FindByteOrBeyondAscii(std::string(position, 'x') + "x\x80", '-'), position + 1);
-        ASSERT_EQ(FindByteOrBeyondAscii(std::string(position, 'x'), '-'), std::string_view::npos);
     }
 }
 

@@ -49,10 +49,6 @@ void RequireParameterFile(const std::string& staged, const std::string& path) {
     }
 }
 
-bool IsDirectoryOfCommits(const std::string& name) {
-    return name == "ZET_CFG_DIR" || name == "ZET_CFG_TEMPL_DIR" || name == "ZET_VAR_LIB_DIR";
-}
-
 bool IsAnythingCommitted(Deployment& product) {
     Store* const store = product.HostHistory().ToLookIfUsable();
     if (store == nullptr) return false;
@@ -63,7 +59,7 @@ bool IsAnythingCommitted(Deployment& product) {
 
 /// In another directory nothing would be known of what was committed.
 void RequireLastingDirectory(Deployment& product, const std::string& name, const std::string& value) {
-    if (!IsDirectoryOfCommits(name) || product.HostPaths().NameInside(product.Param(name)) == value) return;
+    if (!IsOwnDirectory(name) || product.HostPaths().NameInside(product.Param(name)) == value) return;
     if (!IsAnythingCommitted(product)) return;
     throw Failure(
         {.file = product.Param(kConfigFile),

@@ -39,19 +39,13 @@ bool IsValueName(const std::string& name) {
            name.find_first_not_of(std::string(kLetters) + "0123456789") == std::string::npos;
 }
 
-const GivenParameter* LastOf(const std::vector<GivenParameter>& given, const std::string& name) {
-    const auto last = std::find_if(given.rbegin(), given.rend(),
-                                   [&](const GivenParameter& each) { return each.name == name; });
-    return last == given.rend() ? nullptr : &*last;
-}
-
 }  // namespace
 
 void HostValues::TakeDefaults() {
     ReadFleet();
     if (m_fleet.empty()) return;
     const std::string main = m_host.Param(kMainFile);
-    if (!main.empty()) m_main = GivenParameters(ReadFileBytes(main));
+    if (!main.empty()) m_main = ReadConfText("", ReadFileBytes(main)).given;
     for (const GivenParameter& given : m_fleet) {
         const bool isFixed = given.name == kMainFile || given.name == kOwnDirectory;
         const bool isBroken = IsOwnDirectory(given.name) && ProblemOfParam(given.name, given.value);
@@ -80,7 +74,7 @@ void HostValues::ReadFleet() {
 void HostValues::ReadRest() {
     if (std::exchange(m_isRead, true)) return;
     const std::string main = m_host.Param(kMainFile);
-    if (!main.empty()) m_main = GivenParameters(ReadFileBytes(main));
+    if (!main.empty()) m_main = ReadConfText("", ReadFileBytes(main)).given;
     const std::string shipped = m_host.Param("ZET_CFG_TEMPL_DIR") + "/values.conf";
     try {
         if (RemedyErrors("", [&] { return IsFileExist(shipped); })) m_shipped = ReadConf(shipped);

@@ -81,7 +81,6 @@ class HostValues {
     bool CheckName(const GivenParameter& given, bool isShipped);
     void CheckText(const std::string& name, const std::string& file);
     void AddOf(const GivenParameter& given, const std::string& text, const std::string& remedy);
-    const GivenParameter* LastGiven(const std::string& name) const;
 
     Host& m_host;
     bool m_isRead = false;

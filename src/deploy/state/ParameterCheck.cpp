@@ -7,8 +7,8 @@
 
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/ConfFile.h"
 #include "text/LineExpansion.h"
-#include "text/Lines.h"
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
@@ -44,12 +44,6 @@ constexpr Source kSources[] = {
     {"${valid_group_names}", "VALID_GROUP_NAMES"},
 };
 
-const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const std::string& name) {
-    const auto last = std::find_if(given.rbegin(), given.rend(),
-                                   [&](const GivenParameter& parameter) { return parameter.name == name; });
-    return last == given.rend() ? nullptr : &*last;
-}
-
 bool HasValue(const StringMap& values, const std::string& placeholder) {
     const auto found = values.find(placeholder);
     return found != values.end() && !found->second.empty() && found->second != "ldap://";
@@ -71,7 +65,7 @@ class ValueCheck {
   public:
     ValueCheck(IZETCore& core, const std::vector<GivenParameter>& defaults)
         : m_core(core), m_file(core.GetParam("ZET_CFG")), m_given(defaults) {
-        for (GivenParameter& parameter : GivenParameters(ReadFileBytes(m_file)))
+        for (GivenParameter& parameter : ReadConfText("", ReadFileBytes(m_file)).given)
             m_given.push_back(std::move(parameter));
     }
 
@@ -85,7 +79,7 @@ class ValueCheck {
     void CheckGiven(const StringMap& values) {
         for (const GivenParameter& parameter : m_given) {
             // Another line, or the caller, may have had the last word.
-            if (FindGiven(m_given, parameter.name) != &parameter ||
+            if (LastOf(m_given, parameter.name) != &parameter ||
                 m_core.GetParam(parameter.name) != parameter.value)
                 continue;
             if (parameter.value.ends_with('\r')) {
@@ -117,10 +111,10 @@ class ValueCheck {
 
     void TellNoValue(const Source& source) {
         std::string name = source.parameter;
-        const GivenParameter* given = FindGiven(m_given, name);
+        const GivenParameter* given = LastOf(m_given, name);
         if (given == nullptr && ParameterThatMakes(name) == kDomain && m_core.GetDomainName().empty()) {
             name = kDomain;
-            given = FindGiven(m_given, name);
+            given = LastOf(m_given, name);
         }
         if (!m_told.insert(name).second) return;
         const bool isMeant = name == kDomain || name == kServer;
@@ -167,20 +161,10 @@ std::size_t DistanceOf(std::string_view one, std::string_view other) {
 
 }  // namespace
 
-std::vector<GivenParameter> GivenParameters(std::string_view text) {
-    std::vector<GivenParameter> given;
-    int number = 0;
-    for (const Text::TextLine& line : Text::SplitLines(text)) {
-        ++number;
-        const std::size_t start = line.text.find_first_not_of(kBlanks);
-        const std::size_t equals = line.text.find('=');
-        if (start == std::string_view::npos || line.text[start] == '#' || equals == std::string_view::npos)
-            continue;
-        given.push_back({number, static_cast<int>(equals) + 2,
-                         std::string(line.text.substr(start, equals - start)),
-                         std::string(line.text.substr(equals + 1))});
-    }
-    return given;
+const GivenParameter* LastOf(const std::vector<GivenParameter>& given, const std::string& name) {
+    const auto last = std::find_if(given.rbegin(), given.rend(),
+                                   [&](const GivenParameter& each) { return each.name == name; });
+    return last == given.rend() ? nullptr : &*last;
 }
 
 std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& values,

@@ -22,7 +22,8 @@ struct GivenParameter {
     std::string file{};  ///< empty: the main one
 };
 
-std::vector<GivenParameter> GivenParameters(std::string_view text);
+/// The last one of the name, which is in force; null: there is none.
+const GivenParameter* LastOf(const std::vector<GivenParameter>& given, const std::string& name);
 
 /// Parameters whose values make files that no program can use: those without a value, as far as the
 /// placeholders in `used` ask for them and `values` has none, those that hold what was not meant to be part

@@ -11,6 +11,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "posix/Descriptor.h"
+#include "posix/Printable.h"
 
 namespace ZET::Deploy {
 
@@ -44,24 +45,10 @@ Descriptor OpenList(const std::string& file) {
     return list;
 }
 
-/// The bytes of the character in UTF-8 that the text begins with; 0: it begins with none.
-std::size_t CharacterLength(std::string_view text) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned char first = byte(0);
-    if (first < 0x80) return 1;
-    const std::size_t length = first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : first < 0xF5 ? 4 : 0;
-    if (length == 0 || text.size() < length) return 0;
-    for (std::size_t i = 1; i < length; ++i)
-        if ((byte(i) & 0xC0) != 0x80) return 0;
-    const bool isOverlong = (first == 0xE0 && byte(1) < 0xA0) || (first == 0xF0 && byte(1) < 0x90);
-    const bool isNone = (first == 0xED && byte(1) > 0x9F) || (first == 0xF4 && byte(1) > 0x8F);
-    return isOverlong || isNone ? 0 : length;
-}
-
 /// Where in the line something is no UTF-8.
 std::size_t FirstOfNoText(std::string_view line) {
     for (std::size_t i = 0; i < line.size();) {
-        const std::size_t length = CharacterLength(line.substr(i));
+        const std::size_t length = CharacterAt(line, i);
         if (length == 0) return i;
         i += length;
     }

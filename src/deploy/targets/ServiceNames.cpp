@@ -6,7 +6,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Process.h"
 #include "deploy/host/Words.h"
-#include "deploy/state/ParameterCheck.h"
+#include "deploy/state/ConfFile.h"
 
 namespace ZET::Deploy {
 
@@ -35,7 +35,7 @@ bool HasAddress(const char* host) {
 /// Where the main configuration file says so; the whole file when the words of the command did.
 Problem ProblemIn(const std::string& file) {
     Problem problem{.file = file};
-    for (const GivenParameter& given : GivenParameters(ReadFileBytes(file)))
+    for (const GivenParameter& given : ReadConfText("", ReadFileBytes(file)).given)
         if (given.name == kServiceDiscovery) problem.line = given.line;
     return problem;
 }

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "posix/ByteBlock.h"
+#include "posix/ShortText.h"
 
 namespace ZET {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "TextReader.h"
-#include "posix/ByteBlock.h"
+#include "posix/ShortText.h"
 #include "zet/IZETCore.h"
 #include "zet/ZETTypes.h"
 

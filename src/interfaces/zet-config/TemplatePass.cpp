@@ -5,6 +5,7 @@
 #include "Messages.h"
 #include "Passes.h"
 #include "posix/ByteBlock.h"
+#include "posix/ShortText.h"
 
 namespace ZET {
 

@@ -4,6 +4,8 @@
 #include <functional>
 #include <utility>
 
+#include "posix/ByteBlock.h"
+
 namespace ZET {
 
 namespace {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "Buffer.h"
-#include "posix/ByteBlock.h"
+#include "posix/ShortText.h"
 
 namespace ZET {
 

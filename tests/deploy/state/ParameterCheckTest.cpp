@@ -1,5 +1,7 @@
 #include "deploy/state/ParameterCheck.h"
 
+#include "deploy/state/ConfFile.h"
+
 #include <gmock/gmock.h>
 
 #include "../HostFixture.h"
@@ -24,7 +26,7 @@ class ParameterCheckTest : public HostFixture {
         Write("zet.conf", lines + Directories());
         AnotherRun();
         const UnusedParameters unused =
-            FindUnusedParameters(At("zet.conf"), GivenParameters(Read("zet.conf")), used, {"ASKED"});
+            FindUnusedParameters(At("zet.conf"), ReadConfText("", Read("zet.conf")).given, used, {"ASKED"});
         std::vector<std::string> told = Told(unused.mistyped);
         for (const std::string& text : Told(unused.unused))
             told.push_back("warning: " + text);
@@ -123,7 +125,7 @@ TEST_F(ParameterCheckTest, NameThatATemplateUsesIsKnown) {
 }
 
 TEST(ParameterCheck, LinesOfParametersAreRead) {
-    const std::vector<GivenParameter> given = GivenParameters("# a=1\n\n  DOMAIN=x=y \nREALM=\r\n");
+    const std::vector<GivenParameter> given = ReadConfText("", "# a=1\n\n  DOMAIN=x=y \nREALM=\r\n").given;
     ASSERT_EQ(given.size(), 2u);
     EXPECT_EQ(given[0].line, 3);
     EXPECT_EQ(given[0].name, "DOMAIN");
