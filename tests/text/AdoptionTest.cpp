@@ -61,6 +61,17 @@ TEST(Adoption, ValueThatStandsInTheLineTwiceIsRefused) {
     EXPECT_EQ(Adopt("n = ${one}\n", "n = 1\n", "n = 11\n", "1c1\n").refused.size(), 1u);
 }
 
+TEST(Adoption, LineOfManyPlaceholdersInManyWaysIsRefusedInNoTime) {
+    std::string templateLine;
+    for (int i = 0; i < 40; ++i)
+        templateLine += "${one}";
+    const std::string edited(80, '1');
+    EXPECT_EQ(
+        Adopt(templateLine + "${realm}\n", std::string(40, '1') + "EXAMPLE.ORG\n", edited + "\n", "1c1\n")
+            .refused.size(),
+        1u);
+}
+
 TEST(Adoption, EmptyValueCannotBeFound) {
     EXPECT_EQ(Adopt("n = ${none}\n", "n = \n", "n =  # x\n", "1c1\n").refused.size(), 1u);
 }
