@@ -21,6 +21,7 @@
 #include "cli/Translation.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/Signals.h"
 #include "deploy/host/Staging.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
@@ -97,6 +98,7 @@ int RunProgram(int count, char** arguments) {
     const auto call =
         ParseCommandLine(program == "zet-init" ? "zet-init" : "zet-client", count, arguments, status);
     if (!call) return status;
+    const SignalMemory signals;  // which the output asks for, too
     Report report(call->options);
     status = Run(*call, report);
     const std::string left = Staging::LeftBehind();

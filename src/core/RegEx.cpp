@@ -173,6 +173,8 @@ RegEx::Entry& RegEx::Add(Entry entry) {
 
 /// A search in a subject of one byte that says no, and does not ask what would come behind it, says no
 /// whatever comes. A line feed may be the last thing of a subject or not, so it is never taken for hopeless.
+/// "line get" of "^x.*" among 1,000,000 lines: 348 to 175 million instructions, 32 to 22 ms; "line set": 653
+/// to 479 million; "param get" of a name with a dot: 1,168 to 745 million.
 void RegEx::LookAtFirstBytes(Entry& entry) const {
     if (!IsPlainAtStart(entry.code.get(), entry.pattern)) return;
     for (std::size_t byte = 0; byte < entry.isHopeless.size(); ++byte) {

@@ -30,28 +30,29 @@ class LineWithPlaceholders {
     const std::vector<std::string>& Placeholders() const { return m_placeholders; }
 
     std::optional<std::string> Of(std::string_view line) const {
-        if (CountWays(line, 0) != 1) return std::nullopt;
         std::string result;
+        std::vector<std::size_t> places;  // each as far to the left as the values stand in their order
+        std::size_t next = 0;
         for (std::size_t i = 0; i < m_values.size(); ++i) {
-            const std::size_t place = line.find(m_values[i]);
-            result.append(line.substr(0, place)).append(m_placeholders[i]);
-            line.remove_prefix(place + m_values[i].size());
+            const std::size_t place = line.find(m_values[i], next);
+            if (place == std::string_view::npos) return std::nullopt;
+            places.push_back(place);
+            result.append(line.substr(next, place - next)).append(m_placeholders[i]);
+            next = place + m_values[i].size();
         }
-        return result.append(line);
+        if (!IsOnlyWay(line, places)) return std::nullopt;
+        return result.append(line.substr(next));
     }
 
   private:
-    /// In how many ways the values from `next` on stand in the line, in their order; more than one counts as
-    /// two.
-    int CountWays(std::string_view line, std::size_t next) const {
-        if (next == m_values.size()) return 1;
-        const std::string& value = m_values[next];
-        if (value.empty()) return 2;
-        int ways = 0;
-        for (std::size_t place = line.find(value); place != std::string_view::npos && ways < 2;
-             place = line.find(value, place + 1))
-            ways += CountWays(line.substr(place + value.size()), next + 1);
-        return ways;
+    /// Every way lies between that of the leftmost and that of the rightmost places: there is one where they
+    /// agree. An empty value can stand anywhere.
+    bool IsOnlyWay(std::string_view line, const std::vector<std::size_t>& leftmost) const {
+        for (std::size_t i = m_values.size(); i-- > 0;) {
+            if (m_values[i].empty() || line.rfind(m_values[i]) != leftmost[i]) return false;
+            line = line.substr(0, leftmost[i]);
+        }
+        return true;
     }
 
     std::vector<std::string> m_placeholders;

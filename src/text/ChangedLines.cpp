@@ -1,7 +1,6 @@
 #include "text/ChangedLines.h"
 
-#include <charconv>
-
+#include "text/Hunks.h"
 #include "text/Lines.h"
 #include "text/Words.h"
 
@@ -35,10 +34,10 @@ class Ranges {
 class DiffReader {
   public:
     void Take(std::string_view line) {
-        if (line.starts_with("@@")) {
+        if (const auto hunk = UnifiedHunkOf(line)) {
             End();
-            m_oldLine = NumberAfter(line, '-');
-            m_newLine = NumberAfter(line, '+');
+            m_oldLine = hunk->oldFirst;
+            m_newLine = hunk->newFirst;
             m_isInHunk = true;
         } else if (m_isInHunk) {
             TakeChange(line);
@@ -57,13 +56,6 @@ class DiffReader {
     }
 
   private:
-    static std::size_t NumberAfter(std::string_view header, char sign) {
-        std::size_t number = 0;
-        const std::size_t place = header.find(sign) + 1;
-        std::from_chars(header.data() + place, header.data() + header.size(), number);
-        return number;
-    }
-
     void TakeChange(std::string_view line) {
         if (line.starts_with('-')) {
             ++m_gone;

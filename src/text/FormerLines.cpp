@@ -1,7 +1,6 @@
 #include "text/FormerLines.h"
 
-#include <charconv>
-
+#include "text/Hunks.h"
 #include "text/Lines.h"
 
 namespace ZET::Text {
@@ -33,14 +32,12 @@ class DiffFollower {
         m_taken = 0;
         if (IsInHunk()) {
             TakeInHunk(text);
-        } else if (text.starts_with("@@")) {
-            const Range older = RangeAfter(text, '-');
-            const Range newer = RangeAfter(text, '+');
-            if (newer.first > line) return false;
-            m_oldLine = older.first;
-            m_newLine = newer.first;
-            m_oldLeft = older.count;
-            m_newLeft = newer.count;
+        } else if (const auto hunk = UnifiedHunkOf(text)) {
+            if (hunk->newFirst > line) return false;
+            m_oldLine = hunk->oldFirst;
+            m_newLine = hunk->newFirst;
+            m_oldLeft = hunk->oldCount;
+            m_newLeft = hunk->newCount;
         }
         return true;
     }
@@ -54,20 +51,6 @@ class DiffFollower {
         m_formerOfTaken = sign == '+' ? 0 : m_oldLine;
         if (sign != '-') ++m_newLine, --m_newLeft;
         if (sign != '+') ++m_oldLine, --m_oldLeft;
-    }
-
-    struct Range {
-        std::size_t first = 0;  ///< of an empty one, the line behind which it is, and one more
-        std::size_t count = 1;
-    };
-
-    static Range RangeAfter(std::string_view header, char sign) {
-        Range range;
-        const char* const end = header.data() + header.size();
-        const auto first = std::from_chars(header.data() + header.find(sign) + 1, end, range.first);
-        if (first.ptr != end && *first.ptr == ',') std::from_chars(first.ptr + 1, end, range.count);
-        if (range.count == 0) ++range.first;
-        return range;
     }
 
     std::string_view m_rest;

@@ -8,9 +8,10 @@ namespace ZET::Text {
 
 namespace {
 
-struct LineRange {
+/// "12,15", or "12" alone.
+struct Numbers {
     std::size_t first = 0;
-    std::size_t last = 0;
+    std::optional<std::size_t> second;
 };
 
 bool TakeNumber(std::string_view& text, std::size_t& number) {
@@ -20,25 +21,30 @@ bool TakeNumber(std::string_view& text, std::size_t& number) {
     return true;
 }
 
-std::optional<LineRange> TakeRange(std::string_view& text) {
-    LineRange range;
-    if (!TakeNumber(text, range.first)) return std::nullopt;
-    range.last = range.first;
-    if (!text.starts_with(',')) return range;
-    text.remove_prefix(1);
-    return TakeNumber(text, range.last) ? std::optional(range) : std::nullopt;
+bool TakeOff(std::string_view& text, std::string_view beginning) {
+    if (!text.starts_with(beginning)) return false;
+    text.remove_prefix(beginning.size());
+    return true;
 }
 
-std::size_t CountOf(const LineRange& range) {
-    return range.last - range.first + 1;
+std::optional<Numbers> TakeNumbers(std::string_view& text) {
+    Numbers numbers;
+    if (!TakeNumber(text, numbers.first)) return std::nullopt;
+    if (!TakeOff(text, ",")) return numbers;
+    return TakeNumber(text, numbers.second.emplace()) ? std::optional(numbers) : std::nullopt;
+}
+
+/// Of lines from the first to the last one.
+std::size_t CountOf(const Numbers& range) {
+    return range.second.value_or(range.first) - range.first + 1;
 }
 
 std::optional<Hunk> HunkOf(std::string_view line) {
-    const auto before = TakeRange(line);
+    const auto before = TakeNumbers(line);
     if (!before || line.empty()) return std::nullopt;
     const char kind = line.front();
     std::string_view rest = line.substr(1);
-    const auto after = TakeRange(rest);
+    const auto after = TakeNumbers(rest);
     if (!after || !rest.empty()) return std::nullopt;
     switch (kind) {
         case 'a':
@@ -57,7 +63,24 @@ bool IsText(std::string_view line) {
     return line.starts_with('<') || line.starts_with('>') || line.starts_with('\\') || line == "---";
 }
 
+/// The first one of some lines, and how many they are, unless it is one; of none, the line behind which they
+/// are.
+bool TakeUnified(std::string_view& text, std::size_t& first, std::size_t& count) {
+    const auto numbers = TakeNumbers(text);
+    if (!numbers) return false;
+    count = numbers->second.value_or(1);
+    first = numbers->first + (count == 0 ? 1 : 0);
+    return true;
+}
+
 }  // namespace
+
+std::optional<Hunk> UnifiedHunkOf(std::string_view line) {
+    Hunk hunk;
+    const bool isHead = TakeOff(line, "@@ -") && TakeUnified(line, hunk.oldFirst, hunk.oldCount) &&
+                        TakeOff(line, " +") && TakeUnified(line, hunk.newFirst, hunk.newCount);
+    return isHead ? std::optional(hunk) : std::nullopt;
+}
 
 std::optional<std::vector<Hunk>> HunksOf(std::string_view difference) {
     std::vector<Hunk> hunks;

@@ -20,6 +20,9 @@ struct Hunk {
 /// it is none.
 std::optional<std::vector<Hunk>> HunksOf(std::string_view difference);
 
+/// The hunk that a line of a unified difference begins: "@@ -12,4 +12 @@". None when it begins none.
+std::optional<Hunk> UnifiedHunkOf(std::string_view line);
+
 }  // namespace ZET::Text
 
 #endif

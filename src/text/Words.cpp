@@ -2,6 +2,7 @@
 
 #include <libintl.h>
 
+#include <atomic>
 #include <cerrno>
 #include <clocale>
 #include <cstdlib>
@@ -14,7 +15,7 @@ namespace {
 
 constexpr std::string_view kGap = "%s";
 
-LookUp g_lookUp = &Translated;
+std::atomic<LookUp> g_lookUp = &Translated;
 
 /// The catalogues are in the prefix that the library is in, wherever that was put; a program that it is a
 /// part of says where they are.
@@ -40,14 +41,12 @@ const char* Translated(const char* domain, const char* text) {
 }
 
 LookUp LookUpBy(LookUp lookUp) {
-    const LookUp former = g_lookUp;
-    g_lookUp = lookUp;
-    return former;
+    return g_lookUp.exchange(lookUp);
 }
 
 const char* InReadersLanguage(const char* domain, const char* text) {
     const int error = errno;  // which the text may be about
-    const char* const found = g_lookUp(domain, text);
+    const char* const found = g_lookUp.load()(domain, text);
     errno = error;
     return found;
 }

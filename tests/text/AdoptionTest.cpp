@@ -34,6 +34,18 @@ TEST(Hunks, AreReadAsDiffWritesThem) {
     EXPECT_TRUE(HunksOf("")->empty());
 }
 
+TEST(Hunks, HeadOfAUnifiedOneIsRead) {
+    const auto hunk = UnifiedHunkOf("@@ -2,3 +1,0 @@ int main()");
+    ASSERT_TRUE(hunk);
+    EXPECT_EQ(hunk->oldFirst, 2u);
+    EXPECT_EQ(hunk->oldCount, 3u);
+    EXPECT_EQ(hunk->newFirst, 2u);
+    EXPECT_EQ(hunk->newCount, 0u);
+    EXPECT_EQ(UnifiedHunkOf("@@ -7 +8 @@")->newCount, 1u);
+    for (const char* other : {"", "@@", "@@ -7 @@", "@@ -a +b @@", "--- f", " @@ -7 +8 @@", "@@ -7, +8 @@"})
+        EXPECT_FALSE(UnifiedHunkOf(other)) << other;
+}
+
 TEST(Adoption, LineWithoutPlaceholdersIsTakenOver) {
     const Adoption adoption = Adopt("a\nrealm = ${realm}\nb\n", "a\nrealm = EXAMPLE.ORG\nb\n",
                                     "x\nrealm = EXAMPLE.ORG\nb\n", "1c1\n");
@@ -59,6 +71,17 @@ TEST(Adoption, ChangedValueIsRefusedWithItsLineAndPlaceholder) {
 TEST(Adoption, ValueThatStandsInTheLineTwiceIsRefused) {
     EXPECT_EQ(Adopt("n = ${one}\n", "n = 1\n", "n = 1 1\n", "1c1\n").refused.size(), 1u);
     EXPECT_EQ(Adopt("n = ${one}\n", "n = 1\n", "n = 11\n", "1c1\n").refused.size(), 1u);
+}
+
+TEST(Adoption, LineOfManyPlaceholdersInManyWaysIsRefusedInNoTime) {
+    std::string templateLine;
+    for (int i = 0; i < 40; ++i)
+        templateLine += "${one}";
+    const std::string edited(80, '1');
+    EXPECT_EQ(
+        Adopt(templateLine + "${realm}\n", std::string(40, '1') + "EXAMPLE.ORG\n", edited + "\n", "1c1\n")
+            .refused.size(),
+        1u);
 }
 
 TEST(Adoption, EmptyValueCannotBeFound) {

@@ -49,11 +49,19 @@ class ZET_API Damage : public Failure {
     ~Damage() override;
 };
 
-/// The user, the system or the observer asked a call to end before it was done.
-class ZET_API Interrupted : public Failure {
+/// The user, the system or the observer asked a call to end before it was done. It is no `Failure`, after
+/// which a call may go on with the rest.
+class ZET_API Interrupted : public std::runtime_error {
   public:
-    using Failure::Failure;
+    /// In the words of `Problem::Describe`.
+    explicit Interrupted(const Problem& facts);
     ~Interrupted() override;
+
+    /// What ended the call, and the remedy.
+    const Problem& Facts() const { return m_facts; }
+
+  private:
+    Problem m_facts;
 };
 
 }  // namespace ZET::Deploy

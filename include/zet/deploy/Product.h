@@ -15,13 +15,13 @@ namespace ZET::Deploy {
 /// are. All other calls of the library are made on one. One at a time in a process, since the module serves
 /// one host at a time, and the log belongs to the process; one thread at a time.
 ///
-/// While a call writes, SIGINT, SIGTERM and SIGHUP end it between two files with an `Interrupted`; what is
-/// temporary is cleared away. Calls that write wait for each other, also in other processes, for 30 s at
-/// most.
+/// While a call plans or writes, SIGINT, SIGTERM and SIGHUP end it between two files with an `Interrupted`,
+/// and no call after it; what is temporary is cleared away. Calls that write wait for each other, also in
+/// other processes, for 30 s at most.
 ///
 /// Every call throws `UsageError` for what makes no sense, `Failure` for what could not be done (also where
-/// the core or the module could not do it; it has file, line, remedy and `errno` apart), and may throw
-/// `std::bad_alloc`; where it says nothing else, nothing was changed then.
+/// the core or the module could not do it; it has file, line, remedy and `errno` apart), `Interrupted` where
+/// it was asked to end, and may throw `std::bad_alloc`; where it says nothing else, nothing was changed then.
 ///
 /// Problems, failures, remarks and what an observer is told are in the language that the program has set for
 /// LC_MESSAGES with `setlocale`, English unless it has: who wants to know what happened asks the fields, and

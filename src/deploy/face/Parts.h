@@ -19,6 +19,7 @@ class Relay : public Observer {
     void Remark(const std::string& text) override { Reached().Remark(text); }
     void Warning(const std::string& text) override { Reached().Warning(text); }
     void Error(const std::string& text, const std::string& lines) override { Reached().Error(text, lines); }
+    void Progress(std::size_t done, std::size_t total) override { Reached().Progress(done, total); }
     bool IsCancelled() override { return Reached().IsCancelled(); }
 
     void Done(const FileOutcome& outcome) override {

@@ -1,6 +1,7 @@
 #include "zet/deploy/Plan.h"
 
 #include "deploy/face/Parts.h"
+#include "deploy/host/Signals.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/Commit.h"
 #include "deploy/targets/CommitPlan.h"
@@ -39,6 +40,7 @@ std::vector<std::string> Plan::Restarts() const {
 
 Plan MakePlan(Product& product, const std::vector<std::string>& templateNames, OnEdit onEdit) {
     return Use(product, [&](Deployment& deployment) {
+        const SignalGuard signals;
         return Plan(std::make_unique<Plan::Implementation>(deployment, templateNames, onEdit));
     });
 }
@@ -54,6 +56,7 @@ Outcome Commit(Product& product, Plan& plan, Observer* observer) {
     }
     Deployment& deployment = DeploymentOf(product);
     return product.Parts().relay.Collect(observer, [&] {
+        const SignalGuard signals;
         if (deployment.Wanted().dryRun) {
             Preview(deployment, plan.Parts().plan);
         } else {

@@ -82,8 +82,6 @@ DiffSet::DiffSet(std::vector<FilePair> pairs) : m_pairs(std::move(pairs)) {
     if (m_pairs.size() < 2) return;
     try {
         m_changes = ChangesBetween(m_pairs);
-    } catch (const Interrupted&) {
-        throw;
     } catch (const Failure&) {
         // Whoever asks for one of them is told.
     }

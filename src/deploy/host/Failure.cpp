@@ -14,6 +14,8 @@ Failure::Failure(const Problem& facts, int errorNumber) : Failure(facts.Describe
 Failure::Failure(const std::string& words, const Problem& facts, int errorNumber)
     : std::runtime_error(words), m_facts(facts), m_errorNumber(errorNumber) {}
 
+Interrupted::Interrupted(const Problem& facts) : std::runtime_error(facts.Describe()), m_facts(facts) {}
+
 Problem ProblemOf(const std::string& file, const Failure& failure) {
     Problem problem = failure.Facts();
     if (problem.file != file) {

@@ -11,7 +11,6 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/PathWalk.h"
 #include "deploy/host/Rights.h"
-#include "deploy/host/Signals.h"
 #include "zet/ZETErrors.h"
 #include "zet/ZETHost.h"
 
@@ -55,8 +54,6 @@ class FileInPlace {
             throw visit.Readable(error);
         } catch (const EZETError& error) {
             throw EZETError(visit.Readable(error.GetMessage()), error.GetDetail());
-        } catch (const Interrupted&) {
-            throw;
         } catch (const Failure& failure) {
             throw visit.Readable(failure);
         }

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <utility>
 
+#include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "posix/PathNames.h"
@@ -190,9 +191,9 @@ void PathWalk::Follow(const std::string& component, const Descriptor& link, cons
     JudgeStep(component, &status, false);
     m_endsInLink = m_endsInLink || IsEnd();
     if (++m_links > kMostLinks) {
-        throw LinkLoop({.file = m_path,
-                        .text = _("too many symbolic links, as when one leads back to itself"),
-                        .remedy = _("correct the links")});
+        throw Failure({.file = m_path,
+                       .text = _("too many symbolic links, as when one leads back to itself"),
+                       .remedy = _("correct the links")});
     }
     const std::string target = TargetOf(link, NameOf(component));
     if (target.front() == '/') m_walked.resize(1);

@@ -12,18 +12,11 @@
 #include <string_view>
 #include <vector>
 
-#include "deploy/host/Failure.h"
 #include "deploy/host/PathJudge.h"
 #include "posix/Descriptor.h"
 #include "zet/ZETProblem.h"
 
 namespace ZET::Deploy {
-
-/// Links that lead in a circle, or too many of them.
-class LinkLoop : public Failure {
-  public:
-    using Failure::Failure;
-};
 
 /// A directory that is held: whatever its name leads to later, the descriptor leads to it.
 struct HeldDirectory {

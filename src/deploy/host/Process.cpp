@@ -22,6 +22,7 @@
 #include "deploy/host/Signals.h"
 #include "deploy/host/Words.h"
 #include "posix/Descriptor.h"
+#include "posix/ReadWrite.h"
 
 namespace ZET::Deploy {
 
@@ -34,31 +35,19 @@ constexpr std::chrono::milliseconds kSignalInterval = 250ms;  // a signal just b
 constexpr std::chrono::milliseconds kBetweenLooks = 20ms;     // where nothing tells that a program ends
 constexpr std::chrono::seconds kTimeToEnd = 2s;               // between SIGTERM and SIGKILL
 
-/// A pipe whose ends do not reach the programs that are started.
-class Pipe {
-  public:
-    Pipe() {
-        if (pipe2(m_ends, O_CLOEXEC) != 0)
-            throw SystemFailure(
-                {.text = _("a pipe cannot be made"), .remedy = _("let the command open more files")}, errno);
-    }
-    ~Pipe() {
-        close(m_ends[0]);
-        CloseWriteEnd();
-    }
-    Pipe(const Pipe&) = delete;
-    Pipe& operator=(const Pipe&) = delete;
-
-    int ReadEnd() const { return m_ends[0]; }
-    int WriteEnd() const { return m_ends[1]; }
-    void CloseWriteEnd() {
-        if (m_ends[1] >= 0) close(m_ends[1]);
-        m_ends[1] = -1;
-    }
-
-  private:
-    int m_ends[2] = {-1, -1};
+/// Its ends do not reach the programs that are started.
+struct Pipe {
+    Descriptor readEnd;
+    Descriptor writeEnd;
 };
+
+Pipe MakePipe() {
+    int ends[2] = {-1, -1};
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        throw SystemFailure(
+            {.text = _("a pipe cannot be made"), .remedy = _("let the command open more files")}, errno);
+    return {Descriptor(ends[0]), Descriptor(ends[1])};
+}
 
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
@@ -155,8 +144,7 @@ class Child {
     ~Child() {
         if (m_isWaitedFor) return;
         SignalGroup(SIGKILL);
-        while (waitpid(m_process, nullptr, 0) < 0 && errno == EINTR) {
-        }
+        Uninterrupted([&] { return waitpid(m_process, nullptr, 0); });
     }
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
@@ -175,9 +163,8 @@ class Child {
 
     void WaitForEnd(ProcessResult& result) {
         int status = 0;
-        while (waitpid(m_process, &status, 0) < 0) {
-            if (errno != EINTR) Fail(_("how a program ended cannot be told"));
-        }
+        if (Uninterrupted([&] { return waitpid(m_process, &status, 0); }) < 0)
+            Fail(_("how a program ended cannot be told"));
         m_isWaitedFor = true;
         result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
         result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + result.signal;
@@ -245,10 +232,7 @@ class Attendance {
     /// Zero at the end.
     std::size_t Read(std::size_t most) {
         char part[kPart];
-        ssize_t length = 0;
-        do {
-            length = read(m_source, part, std::min(most, sizeof part));
-        } while (length < 0 && errno == EINTR);
+        const ssize_t length = ReadSome(m_source, part, std::min(most, sizeof part));
         if (length < 0) FailOutput();
         m_output.Append({part, static_cast<std::size_t>(length)});
         return static_cast<std::size_t>(length);
@@ -270,10 +254,10 @@ ProcessResult RunProcess(const std::vector<std::string>& arguments, const Proces
         isLimited ? Clock::now() + conditions.timeLimit : Clock::time_point::max();
     // A group of its own hears nothing of what ends this process.
     const SignalGuard signals;
-    Pipe pipe;
-    Child child(Start(arguments, conditions, pipe.WriteEnd()));
-    pipe.CloseWriteEnd();
-    Attendance attendance(child, pipe.ReadEnd(), conditions.keptOutput);
+    Pipe pipe = MakePipe();
+    Child child(Start(arguments, conditions, pipe.writeEnd));
+    pipe.writeEnd.Close();
+    Attendance attendance(child, pipe.readEnd, conditions.keptOutput);
     ProcessResult result;
     if (!attendance.WaitUntil(deadline)) {
         attendance.End();

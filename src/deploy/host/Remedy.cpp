@@ -85,6 +85,7 @@ Failure SystemFailure(Problem facts, int error) {
 
 Failure FailureOf(const std::exception& error, const std::string& otherwise) {
     if (const auto* failure = dynamic_cast<const Failure*>(&error)) return *failure;
+    if (const auto* end = dynamic_cast<const Interrupted*>(&error)) return Failure(end->Facts());
     if (const auto* ofCore = dynamic_cast<const EZETError*>(&error)) return FailureOfCore(*ofCore, otherwise);
     return Failure({.text = error.what()});
 }

@@ -12,12 +12,21 @@ namespace {
 constexpr std::array<int, 3> kSignals{SIGINT, SIGTERM, SIGHUP};
 
 volatile std::sig_atomic_t caughtSignal = 0;
+int memories = 0;
 
 void Catch(int number) {
     caughtSignal = number;
 }
 
 }  // namespace
+
+SignalMemory::SignalMemory() {
+    ++memories;
+}
+
+SignalMemory::~SignalMemory() {
+    if (--memories == 0) caughtSignal = 0;
+}
 
 SignalGuard::SignalGuard() {
     struct sigaction action = {};

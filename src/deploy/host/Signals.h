@@ -8,6 +8,15 @@
 
 namespace ZET::Deploy {
 
+/// For as long as one lives, a signal that came is remembered, also where nobody waits for it any more.
+class SignalMemory {
+  public:
+    SignalMemory();
+    ~SignalMemory();
+    SignalMemory(const SignalMemory&) = delete;
+    SignalMemory& operator=(const SignalMemory&) = delete;
+};
+
 /// For as long as the object lives, SIGINT, SIGTERM and SIGHUP only set a flag, so that nothing temporary is
 /// left behind. What ignored a signal goes on ignoring it.
 class SignalGuard {
@@ -17,13 +26,14 @@ class SignalGuard {
     SignalGuard(const SignalGuard&) = delete;
     SignalGuard& operator=(const SignalGuard&) = delete;
 
-    /// Whether one of them came since the start of the program.
+    /// Whether one of them came that is remembered.
     static bool Caught();
 
     /// Throws `Interrupted` when one of them came: between two steps of a command.
     static void Check();
 
   private:
+    const SignalMemory m_memory;
     std::array<struct sigaction, 3> m_former{};
 };
 

@@ -34,8 +34,6 @@ std::optional<Problem> CheckRendering(Deployment& product, const Staging& stagin
         path = product.HostPaths().WithRealDirectory(product.FilePath(target.path));
         return OwnCheckProblem(product, target, path,
                                RenderQuietly(product, staging, target.templateName, product.Role()));
-    } catch (const Interrupted&) {
-        throw;
     } catch (const Failure& failure) {
         return ProblemOf(path, failure);
     }

@@ -117,8 +117,6 @@ void CommitPlan::TakeBackFile(WrittenFile file) {
     try {
         m_takeBack->Decide(step);
         m_takenBack.push_back(std::move(step));
-    } catch (const Interrupted&) {
-        throw;
     } catch (const Failure& failure) {
         m_checked.problems.push_back(ProblemOf(step.file.path, failure));
     }

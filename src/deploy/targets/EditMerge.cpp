@@ -80,8 +80,6 @@ std::vector<Problem> EditMerge::Merge(PlannedTarget& planned) const {
     }
     try {
         return MergeWith(planned, *BaseOf(*known));
-    } catch (const Interrupted&) {
-        throw;
     } catch (const Failure& failure) {
         return {failure.Facts()};
     }

@@ -57,8 +57,6 @@ ListedEdits::ListedEdits(Deployment& product, const KnownFiles& known, const Sta
         product.RequireGoOn();
         try {
             if (file.isThere && Judge(file)) Plan(std::move(file), staging);
-        } catch (const Interrupted&) {
-            throw;
         } catch (const Failure& failure) {
             m_problems.push_back(ProblemOf(file.path, failure));
         }

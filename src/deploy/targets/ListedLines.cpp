@@ -126,8 +126,6 @@ class Finder {
         try {
             FileWithLines* const file = FileOf(edit);
             if (file != nullptr) file->lines.push_back(Made(edit, line, *file));
-        } catch (const Interrupted&) {
-            throw;
         } catch (const Failure& failure) {
             Problem problem = ProblemOf(edit.file, failure);
             problem.line = edit.line;

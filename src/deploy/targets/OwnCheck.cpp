@@ -109,8 +109,6 @@ std::optional<Problem> OwnCheckProblem(Deployment& product, const Target& target
     try {
         result = RunProcess(ArgumentsFor(target.check, staged),
                             {.directory = "/", .timeLimit = target.checkTimeout, .keptOutput = kKeptOutput});
-    } catch (const Interrupted&) {
-        throw;
     } catch (const Failure& failure) {
         return verdict.OfFailure(failure);
     }

@@ -58,8 +58,6 @@ void WarnOfServiceNames(Deployment& product, const std::set<std::string>& used) 
     try {
         for (const ServiceName& name : kServiceNames)
             if (used.contains(name.placeholder) && !HasAddress(name.host)) WarnOf(product, name);
-    } catch (const Interrupted&) {
-        throw;
     } catch (const Failure& failure) {
         product.Out().Warning(failure.what());
     }

@@ -72,8 +72,6 @@ class StateTeller {
     static void TellTrouble(TargetState& result, Call call) {
         try {
             call();
-        } catch (const Interrupted&) {
-            throw;
         } catch (const Failure& failure) {
             result.trouble = failure.what();
         } catch (const EZETError& error) {

@@ -24,8 +24,6 @@ TemplateState Tell(Host& host, const TemplateFiles& files) {
         const TemplateTexts texts = RemedyErrors("", [&] { return ReadTexts(host, files); });
         result.state = StateOf(texts);
         result.hasNewer = texts.HasNewer();
-    } catch (const Interrupted&) {
-        throw;
     } catch (const Failure& failure) {
         result.trouble = failure.what();
     }

@@ -60,8 +60,6 @@ static std::optional<WrittenFile> WrittenByList(Deployment& product, const std::
         if (target == nullptr || !target->IsFor(product.Role())) return std::nullopt;
         WrittenFile file = WrittenTarget(product, *target);
         return file.path == path ? std::optional(file) : std::nullopt;
-    } catch (const Interrupted&) {
-        throw;
     } catch (const Failure&) {
         return std::nullopt;  // a record is enough
     }
@@ -108,8 +106,6 @@ static std::map<std::string, std::set<Role>> RolesOfListedFiles(Deployment& prod
             if (edit.path.empty()) continue;
             roles[product.HostPaths().WithRealDirectory(product.FilePath(edit.path))].insert(
                 edit.roles.begin(), edit.roles.end());
-        } catch (const Interrupted&) {
-            throw;
         } catch (const Failure&) {
             continue;  // what is at no path was not written
         }
@@ -124,8 +120,6 @@ static bool MayBeEdited(const WrittenFile& file) {
     try {
         const std::string text = ReadFileBytes(file.path);
         return !BlockLinesOf(text).empty() || text == ReadFileBytes(file.Reserve());
-    } catch (const Interrupted&) {
-        throw;
     } catch (const Failure&) {
         return true;
     }

@@ -78,8 +78,6 @@ std::vector<Problem> FileToPutBack::Look(const Writing& writing, OthersWork othe
             RequireAllReplaceable();
             writing.RequireRoom(m_path);
         }
-    } catch (const Interrupted&) {
-        throw;
     } catch (const Failure& failure) {
         m_problems.push_back(failure.Facts());
     } catch (const EZETError& error) {

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <string>
+#include <type_traits>
 
 #include "deploy/host/Remedy.h"
 #include "zet/ZETFiles.h"
@@ -34,6 +35,16 @@ TEST(Failure, SaysWhatItKnowsAndKeepsIt) {
     EXPECT_EQ(failure.Facts().remedy, "mend it");
     EXPECT_EQ(failure.ErrorNumber(), EIO);
     EXPECT_EQ(failure.Lines(), "");
+}
+
+TEST(Failure, EndThatWasAskedForIsNoneAndIsToldLikeOne) {
+    static_assert(!std::is_base_of_v<Failure, Interrupted>);
+    const Interrupted end({.text = "was ended", .remedy = "call it again"});
+    EXPECT_STREQ(end.what(), "was ended (call it again)");
+    EXPECT_EQ(end.Facts().text, "was ended");
+    const Failure told = FailureOf(end);
+    EXPECT_STREQ(told.what(), end.what());
+    EXPECT_EQ(told.Facts().remedy, "call it again");
 }
 
 TEST(Failure, SaysNothingOfWhatItDoesNotKnow) {

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <thread>
 
@@ -33,6 +34,32 @@ namespace {
 TEST(SignalsTest, SignalEndsACallThatWaitsForSomethingThatMayNeverCome) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(WaitForNothing(), testing::ExitedWithCode(0), "");
+}
+
+TEST(SignalsTest, SignalIsForgottenWithTheOutermostGuard) {
+    {
+        const SignalGuard outer;
+        {
+            const SignalGuard inner;
+            std::raise(SIGTERM);
+        }
+        EXPECT_TRUE(SignalGuard::Caught());
+        EXPECT_THROW(SignalGuard::Check(), Interrupted);
+    }
+    EXPECT_FALSE(SignalGuard::Caught());
+    EXPECT_NO_THROW(SignalGuard::Check());
+}
+
+TEST(SignalsTest, SignalIsRememberedForWhoAsksAfterTheGuards) {
+    {
+        const SignalMemory memory;
+        {
+            const SignalGuard guard;
+            std::raise(SIGTERM);
+        }
+        EXPECT_TRUE(SignalGuard::Caught());
+    }
+    EXPECT_FALSE(SignalGuard::Caught());
 }
 
 }  // namespace
