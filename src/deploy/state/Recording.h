@@ -96,10 +96,13 @@ class Recording {
 
     void OpenStore();
     void ExpectWithCompanions(ExpectedFile file);
+    void ExpectCompanionsToGo(ExpectedFile& companion);
+    void ExpectCompanionToCome(ExpectedFile& companion);
     template <typename Call>
     void OrGoOnWithout(Call call);
     CapturedFile Before(const Row& row) const;
-    void Add(ExpectedFile& file, const std::string& suffix);
+    Row RowOf(ExpectedFile& file, const std::string& suffix) const;
+    static Row RowOfReserve(const Row& file);
     RecordedEntry EntryToOpen() const;
     std::vector<FileToRecord> NewFiles();
     CapturedFile Now(const Row& row) const;

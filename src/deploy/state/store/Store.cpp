@@ -123,11 +123,13 @@ void Store::TakeJournalOverUnlessEntry() {
 }
 
 void Store::Insert(std::int64_t number, const std::vector<FileToRecord>& files) {
-    std::optional<TextNumber> original;
     for (const FileToRecord& file : files) {
-        const RecordedFile recorded = WithTexts(*m_database, m_limits, file, original);
+        const RecordedFile recorded = WithTexts(*m_database, m_limits, file);
         InsertFile(*m_database, number, recorded);
-        original = recorded.before.text;
+        if (!file.reserve) continue;
+        RecordedFile reserve = *file.reserve;
+        reserve.after.text = recorded.before.text;
+        InsertFile(*m_database, number, reserve);
     }
 }
 
