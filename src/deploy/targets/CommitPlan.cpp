@@ -271,12 +271,17 @@ bool CommitPlan::WasCutShort(std::int64_t number) const {
     return !IsFileExist(status) || VersionOf(status).changed < entry->ended;
 }
 
+Restarts CommitPlan::Services() const {
+    return ServicesOf([](const PlannedTarget&) { return true; });
+}
+
 /// A run that was cut short could tell nothing of what it had written.
-Restarts CommitPlan::ServicesOf(const std::vector<PlannedTarget>& targets) const {
+Restarts CommitPlan::ServicesOf(const std::function<bool(const PlannedTarget&)>& isMeant) const {
     Restarts restarts;
-    for (const PlannedTarget& planned : targets) {
-        if (planned.IsChange() || planned.isTouched || planned.isUnrecorded || planned.isUntold)
-            restarts.Add(planned.target, m_product.Role());
+    for (const PlannedTarget& planned : m_targets) {
+        const bool isTold =
+            planned.IsChange() || planned.isTouched || planned.isUnrecorded || planned.isUntold;
+        if (isTold && isMeant(planned)) restarts.Add(planned.target, m_product.Role());
     }
     for (const TakeBackStep& step : m_takenBack)
         if (step.IsChange()) restarts.Add(step.file.services);

@@ -25,7 +25,7 @@ std::optional<std::string> BaseOf(const PlannedTarget& planned) {
 
 }  // namespace
 
-CommitRecord::CommitRecord(Deployment& product, const CommitPlan& plan)
+CommitRecord::CommitRecord(Deployment& product, CommitPlan& plan)
     : m_product(product),
       m_plan(plan),
       m_recording(product, Recording::Use::OfTheProduct, true),
@@ -43,7 +43,7 @@ void CommitRecord::Complete() {
 
 /// What it is going to write. The status tells when the last commit was, which alone is no change.
 void CommitRecord::Expect() {
-    for (const PlannedTarget& planned : m_plan.Targets()) {
+    for (PlannedTarget& planned : m_plan.Targets()) {
         if (planned.IsChange()) m_recording.Expect(Expected(planned));
         if (!planned.hasWorkingCopy) ExpectWorkingCopy(m_recording, m_product, planned.target.templateName);
     }
@@ -84,7 +84,8 @@ std::vector<const PlannedEdits*> CommitRecord::UnknownEdits() const {
     return unknown;
 }
 
-ExpectedFile CommitRecord::Expected(const PlannedTarget& planned) const {
+/// Takes what was captured out of the plan.
+ExpectedFile CommitRecord::Expected(PlannedTarget& planned) const {
     ExpectedFile file;
     file.path = planned.path;
     file.kind = FileKind::Target;
