@@ -69,7 +69,7 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
         RequireOwnInstructions(product);
         m_lock = std::make_unique<WriteLock>(product.State(), LockSeeker{product.Caller(), product.Out()});
         Staging::RemoveLeftOvers(product.State().Path(), m_lock->MayFollowOneCutShort());
-        m_cutShort = SettleCutShort(product);
+        m_cutShort = SettleCutShort(product, *m_lock);
     }
     m_checked = CheckTargets(product, templateNames);
     if (!m_checked.problems.empty()) {
