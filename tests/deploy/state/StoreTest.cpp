@@ -172,7 +172,7 @@ TEST_F(StoreTest, AnEntryThatChangedNothingLeavesNothing) {
     EXPECT_GT(Record(store, {File("/etc/x", "1", "2")}), dropped);  // a number is given once
 }
 
-std::int64_t CountIn(const std::string& file, const char* statement) {
+std::int64_t CountIn(const std::string& file, Statement statement) {
     Database database(file, Database::Access::Look);
     return std::get<std::int64_t>(database.Run(statement));
 }

@@ -19,7 +19,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr const char* kFrameOfText = "SELECT size, frame FROM texts WHERE id = ?";
+constexpr Statement kFrameOfText = "SELECT size, frame FROM texts WHERE id = ?";
 constexpr const char* kIsMissing = ZET_TEXT("a text is missing");
 constexpr const char* kIsDamaged = ZET_TEXT("a text is not as it was written");
 

@@ -110,7 +110,8 @@ std::int64_t Store::Begin(const RecordedEntry& entry, const std::vector<FileToRe
 /// What is committed later takes what was committed before with it to the disk.
 void Store::SyncCommits(Sync sync) {
     if (m_isSynced)
-        m_database->Run(sync == Sync::Later ? "PRAGMA synchronous = NORMAL" : "PRAGMA synchronous = FULL");
+        m_database->Run(sync == Sync::Later ? Statement("PRAGMA synchronous = NORMAL")
+                                            : Statement("PRAGMA synchronous = FULL"));
 }
 
 bool Store::IsJournalLong() const {

@@ -103,7 +103,7 @@ std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, FoundStore 
         MakeFile(file);
     }
     auto database = std::make_unique<Database>(file, Database::Access::Write);
-    database->Run(isSynced ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = OFF");
+    database->Run(isSynced ? Statement("PRAGMA synchronous = FULL") : Statement("PRAGMA synchronous = OFF"));
     database->Run("PRAGMA temp_store = MEMORY");
     const std::int64_t version = VersionOfStore(*database, file);
     if (version == 0) RequireEmpty(file);
