@@ -13,6 +13,7 @@
 #include "deploy/targets/Render.h"
 #include "deploy/targets/TakeBack.h"
 #include "deploy/targets/TemplateFiles.h"
+#include "posix/ModeBits.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -102,7 +103,6 @@ ExpectedFile CommitRecord::Expected(PlannedTarget& planned) const {
 
 /// As it will be in its place.
 CapturedFile CommitRecord::Staged(const PlannedTarget& planned) const {
-    constexpr mode_t kModeBits = 07777;
     CapturedFile file;
     file.SetText(planned.staged->Text());
     if (file.state.size > m_longest) file.text.clear();

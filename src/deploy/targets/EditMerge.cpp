@@ -4,6 +4,7 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/MergedFile.h"
+#include "posix/ModeBits.h"
 
 namespace ZET::Deploy {
 
@@ -16,7 +17,6 @@ constexpr char kBaseIsErased[] = ZET_TEXT(
     "history");
 constexpr char kWayOfErased[] =
     ZET_TEXT("put them into its template; --on-edit=overwrite takes them out, and the history keeps them");
-constexpr mode_t kModeBits = 07777;
 
 /// What the text that is known of a file was made from.
 std::optional<TextNumber> BaseOf(const KnownFile& known) {

@@ -11,14 +11,13 @@
 #include "deploy/state/OwnText.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/ShownDiff.h"
+#include "posix/ModeBits.h"
 #include "text/LineEnds.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
 
 namespace {
-
-constexpr mode_t kModeBits = 07777;
 
 std::string InQuotes(const std::string& words) {
     return "\"" + words + "\"";
