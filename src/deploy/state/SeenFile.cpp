@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "deploy/host/FileBytes.h"
 #include "deploy/state/store/Digest.h"
 #include "posix/ModeBits.h"
 

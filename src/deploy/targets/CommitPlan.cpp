@@ -9,6 +9,8 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/FileVersion.h"
+#include "deploy/host/StagedOwner.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
@@ -233,7 +235,7 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
                 : RenderUnlessThere(m_product, *m_staging, name, role, there, planned.templateMode);
         planned.staged = rendering.staged;
         if (planned.staged == nullptr) return StayAsItIs(planned);
-        planned.after = StateInPlace(planned.path, *planned.staged, planned.before);
+        planned.after = GiveOwnerInPlace(planned.path, *planned.staged, planned.before);
         GiveToNewOwner(planned);
         return planned.change = rendering.isOther ? FileOutcome::Result::Changed : ChangeOf(planned);
     };

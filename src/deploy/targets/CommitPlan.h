@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/Staging.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/Lock.h"

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/state/History.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/StateDirectory.h"

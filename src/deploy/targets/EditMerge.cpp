@@ -1,7 +1,9 @@
 #include "deploy/targets/EditMerge.h"
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/StagedOwner.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/MergedFile.h"
 #include "posix/ModeBits.h"
@@ -103,7 +105,7 @@ void EditMerge::Take(PlannedTarget& planned, const std::string& text) const {
     planned.rendering = planned.staged;
     planned.staged = std::make_shared<const StagedText>(m_staging, "merged/" + planned.target.templateName,
                                                         text, planned.after.mode & kModeBits);
-    planned.after = StateInPlace(planned.path, *planned.staged, planned.before);
+    planned.after = GiveOwnerInPlace(planned.path, *planned.staged, planned.before);
     planned.change = ChangeOf(planned);
 }
 

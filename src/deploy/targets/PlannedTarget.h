@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/StagedText.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/targets/Targets.h"

@@ -11,7 +11,9 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileMode.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/StagedFile.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"

@@ -5,9 +5,10 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/StagedFile.h"
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/ShownDiff.h"

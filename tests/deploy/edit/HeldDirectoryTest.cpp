@@ -18,8 +18,8 @@
 
 #include "deploy/edit/FileEdit.h"
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/Deployment.h"
 #include "posix/ModeBits.h"
