@@ -198,6 +198,7 @@ RecordedEntry Recording::EntryToOpen() const {
 /// With their texts, which are not needed here any more: unless it is to be planned yet, what the file was.
 std::vector<FileToRecord> Recording::NewFiles() {
     std::vector<FileToRecord> files;
+    files.reserve(m_rows.size());
     for (Row& row : m_rows) {
         if (!std::exchange(row.isNew, false)) continue;
         std::string textBefore = std::exchange(row.record.textBefore, {});
