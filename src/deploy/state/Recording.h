@@ -2,6 +2,7 @@
 #define ZET_RECORDING_H
 
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
 #include <vector>
@@ -114,7 +115,7 @@ class Recording {
     const bool m_goesBack;
     const StoreLimits m_limits;
     Store* m_store = nullptr;
-    std::vector<Row> m_rows;
+    std::deque<Row> m_rows;
     bool m_isPrivate = false;  ///< the words of the command may hold what others may not read
     std::optional<std::int64_t> m_open;
     std::optional<std::int64_t> m_number;
