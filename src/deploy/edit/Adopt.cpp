@@ -6,8 +6,12 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
+#include "deploy/host/FileMode.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/Process.h"
+#include "deploy/host/StagedFile.h"
+#include "deploy/host/StagedOwner.h"
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/KnownFiles.h"
@@ -189,7 +193,7 @@ class Adopting {
         outcome.remark = Words("with the edit of %s", m_path);
         outcome.templateName = m_templateName;
         outcome.result = outcome.before.exists ? FileOutcome::Result::Changed : FileOutcome::Result::Created;
-        outcome.after = StateInPlace(m_workingCopy, made);
+        outcome.after = GiveOwnerInPlace(m_workingCopy, made);
         outcome.diff = DiffToShow(m_product, outcome.before.exists ? m_workingCopy : "", made, m_workingCopy);
         if (m_product.Wanted().dryRun) return outcome;
         Replace(text, source, made, knowledge);

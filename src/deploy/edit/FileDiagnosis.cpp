@@ -5,6 +5,7 @@
 #include "deploy/edit/Edits.h"
 #include "deploy/host/Companions.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/StagedFile.h"
 #include "deploy/host/Staging.h"
 #include "deploy/host/UnifiedDiff.h"
 #include "deploy/targets/FileOrigin.h"

@@ -4,8 +4,8 @@
 #include <functional>
 #include <string>
 
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/state/Recording.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/state/Writing.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileMode.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/OwnText.h"
 

@@ -7,6 +7,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Recording.h"

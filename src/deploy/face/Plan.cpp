@@ -35,7 +35,7 @@ std::vector<FileOutcome> Plan::Files() const {
 }
 
 std::vector<std::string> Plan::Restarts() const {
-    return m_implementation->plan.ServicesOf(m_implementation->plan.Targets()).ToRestart();
+    return m_implementation->plan.Services().ToRestart();
 }
 
 Plan MakePlan(Product& product, const std::vector<std::string>& templateNames, OnEdit onEdit) {

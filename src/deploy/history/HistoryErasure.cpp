@@ -32,7 +32,7 @@ ErasedHistory EraseHistory(Deployment& product, const std::string& file) {
     }
     const std::string name = toErase();  // before anybody has to wait
     const WriteLock lock(product.State(), LockSeeker{product.Caller(), product.Out()});
-    SettleCutShort(product);
+    SettleCutShort(product, lock);
     TellOfMerge(product, name);
     const Erasure erased = product.HostHistory().ToRecord().Erase(NamesBeside(name));
     result.path = product.HostPaths().FromInside(name);

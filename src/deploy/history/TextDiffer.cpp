@@ -1,6 +1,6 @@
 #include "deploy/history/TextDiffer.h"
 
-#include "deploy/host/FileBytes.h"
+#include "deploy/host/StagedFile.h"
 #include "deploy/host/UnifiedDiff.h"
 
 namespace ZET::Deploy {

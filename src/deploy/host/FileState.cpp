@@ -2,24 +2,20 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
-#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
-#include "posix/PathNames.h"
-#include "zet/ZETFormat.h"
+#include "posix/ModeBits.h"
 
 namespace ZET::Deploy {
 
 namespace {
-
-constexpr mode_t kModeBits = 07777;
 
 /// `words` has a gap for what the text function says.
 std::string Change(const char* words, const FileState& before, const FileState& after,
@@ -49,10 +45,6 @@ std::string ModeText(const FileState& state) {
 
 std::string OwnerText(const FileState& state) {
     return std::to_string(state.owner) + ":" + std::to_string(state.group);
-}
-
-bool FileState::IsRegular() const {
-    return exists && S_ISREG(mode);
 }
 
 FileState StateFrom(const std::optional<struct stat>& status) {
@@ -117,48 +109,6 @@ std::string DescribeChange(const FileState& before, const FileState& after) {
     const std::string owner = Change(ZET_TEXT("owner %s"), before, after, OwnerText);
     if (!text.empty() && !owner.empty()) text += ", ";
     return text + owner;
-}
-
-FileState StateInPlace(const std::string& path, const std::string& staged) {
-    return StateInPlace(path, StagedText(staged), StateOf(path));
-}
-
-FileState StateInPlace(const std::string& path, const StagedText& staged, const FileState& replaced) {
-    const FileState former = replaced.IsRegular() ? replaced : StateOf(path + ZETReserveSuffix);
-    FileState state;
-    state.exists = true;
-    state.mode = S_IFREG | staged.Mode();
-    state.links = 1;
-    state.owner = geteuid();
-    state.group = getegid();
-    const auto isFormers = [&](const FileState& given) {
-        return given.owner == former.owner && given.group == former.group;
-    };
-    if (former.IsRegular() && isFormers(state)) return state;
-    const FileState directory = StateOf(DirectoryOf(path) + "/.");
-    if ((directory.mode & S_ISGID) != 0) state.group = directory.group;
-    if (!former.IsRegular()) return state;
-    FileState given = StateOf(staged.File());
-    if (!isFormers(given)) {
-        GiveStagedFile(staged.File(), former.owner, former.group);
-        given = StateOf(staged.File());
-    }
-    if (given.owner == former.owner) state.owner = given.owner;
-    if (given.group == former.group) state.group = given.group;
-    return state;
-}
-
-void ShownDiff::Append(ShownDiff other) {
-    text += other.text;
-    places.insert(places.end(), other.places.begin(), other.places.end());
-    if (excuse.empty()) excuse = std::move(other.excuse);
-    isPrivate = isPrivate || other.isPrivate;
-}
-
-const char* NameOf(FileOutcome::Result result) {
-    constexpr const char* kNames[] = {"unchanged", "created", "changed", "reserved", "restored",
-                                      "forgotten", "removed", "kept",    "failed"};
-    return kNames[static_cast<std::size_t>(result)];
 }
 
 }  // namespace ZET::Deploy

@@ -7,8 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "deploy/host/FileBytes.h"
-#include "deploy/host/StagedText.h"
+#include "deploy/host/FileVersion.h"
 #include "zet/ZETProblem.h"
 #include "zet/deploy/FileOutcome.h"
 
@@ -49,13 +48,6 @@ std::string DescribeChange(const FileState& before, const FileState& after);
 /// "0644", "0:0"
 std::string ModeText(const FileState& state);
 std::string OwnerText(const FileState& state);
-
-/// The mode and owner that a text made in `staged` has once it is the file `path`, whose owner it then has as
-/// far as this user may give files away.
-FileState StateInPlace(const std::string& path, const std::string& staged);
-
-/// The same where `replaced` is what was seen of the file `path`.
-FileState StateInPlace(const std::string& path, const StagedText& staged, const FileState& replaced);
 
 }  // namespace ZET::Deploy
 

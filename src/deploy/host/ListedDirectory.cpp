@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <memory>
 #include <string_view>
 #include <utility>
 
@@ -14,17 +13,9 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "posix/Descriptor.h"
+#include "posix/DirectoryStream.h"
 
 namespace ZET::Deploy {
-
-namespace {
-
-struct DirectoryCloser {
-    void operator()(DIR* directory) const { closedir(directory); }
-};
-using DirectoryStream = std::unique_ptr<DIR, DirectoryCloser>;
-
-}  // namespace
 
 /// The iterator of std::filesystem ends the program when it runs out of memory.
 std::vector<std::string> NamesIn(const Paths& paths, const std::string& directory,

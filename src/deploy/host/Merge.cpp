@@ -3,8 +3,8 @@
 #include <charconv>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/Process.h"
+#include "deploy/host/StagedFile.h"
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
 #include "text/Lines.h"

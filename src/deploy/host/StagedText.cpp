@@ -3,6 +3,8 @@
 #include <utility>
 
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileMode.h"
+#include "deploy/host/StagedFile.h"
 
 namespace ZET::Deploy {
 

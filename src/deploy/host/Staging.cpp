@@ -8,13 +8,13 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
-#include <memory>
 #include <string_view>
 #include <utility>
 
 #include "deploy/host/Remedy.h"
 #include "deploy/host/StagingPlaces.h"
 #include "deploy/host/Words.h"
+#include "posix/DirectoryStream.h"
 #include "posix/PathNames.h"
 
 namespace ZET::Deploy {
@@ -28,11 +28,6 @@ constexpr char kLock[] = "lock";
 constexpr char kMakeRoom[] = ZET_TEXT("make room, or name another directory with TMPDIR");
 constexpr char kFiles[] = "files";  // beside the lock, so that no name of a file is that of the lock
 constexpr int kDirectory = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-
-struct DirectoryCloser {
-    void operator()(DIR* directory) const { closedir(directory); }
-};
-using DirectoryStream = std::unique_ptr<DIR, DirectoryCloser>;
 
 /// Null, as `errno` says. `directory` stays open.
 DirectoryStream EntriesOf(int directory) {

@@ -14,13 +14,13 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/store/Digest.h"
 #include "posix/Descriptor.h"
+#include "posix/ModeBits.h"
 #include "posix/ReadWrite.h"
 
 namespace ZET::Deploy {
 
 namespace {
 
-constexpr mode_t kModeBits = 07777;
 constexpr std::size_t kBlock = std::size_t{32} << 10;  ///< which the processor keeps at hand
 
 [[noreturn]] void Fail(const std::string& path, const char* what) {

@@ -121,10 +121,10 @@ std::set<std::string> FilesOfCutShort(Host& host) {
     return paths;
 }
 
-std::set<std::string> SettleCutShort(Host& host, bool goesBack) {
+std::set<std::string> SettleCutShort(Host& host, const WriteLock& lock, bool goesBack) {
     try {
         // Where nothing was ever recorded, nothing was cut short, and no store is opened to find that out.
-        if (!host.HostHistory().IsBegun()) return {};
+        if (!host.HostHistory().IsBegun(lock)) return {};
         return CutShortEntries(host, host.HostHistory().ToRecord()).Settle();
     } catch (const Failure& failure) {
         if (!goesBack && host.HostHistory().IsNeeded()) throw;

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "deploy/state/Host.h"
+#include "deploy/state/Lock.h"
 
 namespace ZET::Deploy {
 
@@ -12,9 +13,9 @@ namespace ZET::Deploy {
 std::set<std::string> FilesOfCutShort(Host& host);
 
 /// What such runs have written is told by content, their entries in the history are closed, and the temporary
-/// files that they left are removed. Returns their files. Only under the product's lock. A history that
+/// files that they left are removed. Returns their files. The lock is the product's own. A history that
 /// cannot be used is a `Failure`, or with `goesBack` told.
-std::set<std::string> SettleCutShort(Host& host, bool goesBack = false);
+std::set<std::string> SettleCutShort(Host& host, const WriteLock& lock, bool goesBack = false);
 
 }  // namespace ZET::Deploy
 

@@ -56,22 +56,23 @@ bool History::IsDenied() const {
     return !IsKnownToBeNone() && eaccess(File().c_str(), R_OK) != 0 && errno == EACCES;
 }
 
-bool History::IsBegun() {
+bool History::IsBegun(const WriteLock& lock) {
     if (m_isToRecord) return true;
     m_found = Find();
-    m_locksEnded = WriteLock::Ended();
-    return *m_found != FoundStore::Nothing;
+    m_foundUnder = lock.Life();
+    return m_found != FoundStore::Nothing;
 }
 
 /// Nobody begins one while the lock is held: six looks less each time, of which a rendering asked three.
 bool History::IsKnownToBeNone() const {
-    return m_found == FoundStore::Nothing && m_locksEnded == WriteLock::Ended();
+    return m_found == FoundStore::Nothing && !m_foundUnder.expired();
 }
 
 Store& History::ToRecord() {
     if (!m_isToRecord) {
         m_store = nullptr;
-        const FoundStore found = m_found ? *std::exchange(m_found, std::nullopt) : Find();
+        // From now on, there is one.
+        const FoundStore found = std::exchange(m_foundUnder, {}).expired() ? Find() : m_found;
         m_store = std::make_unique<Store>(File(), Store::Access::Record, Limits(),
                                           m_product.Param("ZET_SYNC") != "no", found);
         TellLoss();

@@ -1,7 +1,6 @@
 #ifndef ZET_HISTORY_H
 #define ZET_HISTORY_H
 
-#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,6 +11,7 @@ namespace ZET::Deploy {
 
 class Failure;
 class Host;
+class WriteLock;
 
 /// What the product remembers on this host: the store in its directory, which is opened when it is asked for
 /// first.
@@ -31,8 +31,8 @@ class History {
     /// Whether this user can record: the directory is there, and is his to write.
     bool CanRecord() const;
 
-    /// Whether a store was begun; only under the product's lock.
-    bool IsBegun();
+    /// Whether a store was begun. That none was is known as long as the lock is held, if it is the product's.
+    bool IsBegun(const WriteLock& lock);
 
     /// Only under the product's lock. One that cannot be used is a `Failure`.
     Store& ToRecord();
@@ -64,8 +64,8 @@ class History {
 
     Host& m_product;
     std::unique_ptr<Store> m_store;
-    std::optional<FoundStore> m_found;  ///< under the lock
-    std::size_t m_locksEnded = 0;       ///< until then
+    FoundStore m_found = FoundStore::Nothing;
+    std::weak_ptr<const void> m_foundUnder;  ///< the lock; what was found is known until it expires
     bool m_isToRecord = false;
     bool m_isUnusable = false;
     bool m_isLossTold = false;

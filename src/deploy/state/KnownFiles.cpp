@@ -5,14 +5,9 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/state/CapturedFile.h"
+#include "posix/ModeBits.h"
 
 namespace ZET::Deploy {
-
-namespace {
-
-constexpr mode_t kModeBits = 07777;
-
-}  // namespace
 
 KnownFiles::KnownFiles(Host& host, Unusable unusable) : m_host(host) {
     History& history = host.HostHistory();

@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <memory>
 #include <set>
 
 #include "deploy/host/Failure.h"
@@ -13,6 +12,7 @@
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
+#include "posix/DirectoryStream.h"
 #include "posix/PathNames.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -23,10 +23,6 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr std::int64_t kNanoseconds = 1'000'000'000;
-
-struct DirectoryCloser {
-    void operator()(DIR* directory) const { closedir(directory); }
-};
 
 /// What a run that was cut short can have left beside one of its files.
 class LeftOvers {
@@ -52,7 +48,7 @@ class LeftOvers {
     std::vector<std::string> Copies(const std::string& name) const {
         std::vector<std::string> copies;
         const std::string own = BaseNameOf(name);
-        const std::unique_ptr<DIR, DirectoryCloser> directory(opendir(DirectoryOf(name).c_str()));
+        const DirectoryStream directory(opendir(DirectoryOf(name).c_str()));
         while (const dirent* entry = directory ? readdir(directory.get()) : nullptr) {
             for (const std::string& copied : {own, own + ZETReserveSuffix}) {
                 if (IsCopyOf(entry->d_name, copied))

@@ -178,7 +178,6 @@ WriteLock::WriteLock(const StateDirectory& state, const LockSeeker& seeker, cons
 
 /// Who leaves something behind leaves it to the next one, as if he had been cut short.
 WriteLock::~WriteLock() {
-    ++s_ended;
     if (m_namedSize > 0 && !Staging::HasLeftAny())
         static_cast<void>(pwrite(m_lock, &kEnd, sizeof kEnd, m_namedSize) == 0);
 }
@@ -186,6 +185,7 @@ WriteLock::~WriteLock() {
 void WriteLock::TakeOver(const LockSeeker& seeker) {
     m_mayFollowOneCutShort = !NamesOneWhoEnded(m_lock);
     m_namedSize = NameHolder(seeker.name, m_lock);
+    m_life = std::make_shared<char>();
 }
 
 std::unique_ptr<WriteLock> LockToGoBack(const StateDirectory& state, const LockSeeker& seeker) {

@@ -3,9 +3,7 @@
 
 #include <sys/types.h>
 
-#include <atomic>
 #include <chrono>
-#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -43,18 +41,17 @@ class WriteLock {
     /// Whether it is the product's own lock, and not only that of a directory.
     bool IsProducts() const { return m_lock >= 0; }
 
-    /// How many of this process have ended: what was found under one is known as long as none more has.
-    static std::size_t Ended() { return s_ended; }
+    /// What was found under the product's own lock is known until this expires.
+    std::weak_ptr<const void> Life() const { return m_life; }
 
   private:
     void TakeOver(const LockSeeker& seeker);
 
-    static inline std::atomic<std::size_t> s_ended = 0;
-
     Descriptor m_lock;
     Descriptor m_directoryLock;
     bool m_mayFollowOneCutShort = true;
-    off_t m_namedSize = 0;  ///< of the text that names the holder; 0: it could not be written
+    off_t m_namedSize = 0;               ///< of the text that names the holder; 0: it could not be written
+    std::shared_ptr<const void> m_life;  ///< of the product's own; ends before that is let go
 };
 
 /// For who goes back to what was there before, whom nothing may stop: none, with a warning, where no command

@@ -10,6 +10,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "posix/Descriptor.h"
+#include "posix/ModeBits.h"
 #include "posix/ReadWrite.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -19,7 +20,6 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr mode_t kPrivate = 0600;
-constexpr mode_t kModeBits = 07777;
 
 [[noreturn]] void Fail(const std::string& path, const char* text) {
     const int error = errno;

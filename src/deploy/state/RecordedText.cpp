@@ -13,6 +13,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/GuardedRenames.h"
 #include "posix/Descriptor.h"
+#include "posix/ModeBits.h"
 #include "posix/ReadWrite.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -22,8 +23,6 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
-constexpr mode_t kModeBits = 07777;
-constexpr mode_t kSetIdBits = S_ISUID | S_ISGID;
 constexpr char kLabel[] = "security.selinux";
 
 [[noreturn]] void Fail(const std::string& path, const std::string& what) {

@@ -103,32 +103,36 @@ void Recording::ExpectTogether(const std::function<void()>& call) {
 }
 
 void Recording::ExpectWithCompanions(ExpectedFile file) {
-    Add(file, file.suffix);
-    const bool exists = m_rows.back().record.file.before.exists;
+    m_rows.push_back(RowOf(file, file.suffix));
     IsMadeFrom(file.path);
-    if (file.companions == ExpectedFile::Companions::Stay) return;
-    const bool mayGo = file.companions == ExpectedFile::Companions::MayGo;
-    // Who keeps no texts goes back by the companions, and not by the history.
-    if (!mayGo && !m_limits.keepsTexts) return;
     file.before.reset();
     file.after.reset();
     file.base.reset();
     file.knowledge.reset();
     file.kind = FileKind::Companion;
-    const RecordedState original = m_rows.back().record.file.before;
+    if (file.companions == ExpectedFile::Companions::MayGo) ExpectCompanionsToGo(file);
+    // Who keeps no texts goes back by the companions, and not by the history.
+    if (file.companions == ExpectedFile::Companions::MayCome && m_limits.keepsTexts)
+        ExpectCompanionToCome(file);
+}
+
+void Recording::ExpectCompanionsToGo(ExpectedFile& companion) {
     for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix}) {
-        const bool isReserve = suffix == std::string(ZETReserveSuffix);
-        if (!mayGo && exists != isReserve) continue;
-        // A reserve that comes is a copy: it need not be read to know its text.
-        const bool mayCome = !mayGo && isReserve;
-        if (mayCome) file.after = CapturedFile{original, ""};
-        Add(file, suffix);
-        m_rows.back().record.isReserve = mayCome;
-        const bool isThere = m_rows.back().record.file.before.exists;
-        // What the product has made itself gets no reserve, however often it is written.
-        const bool cannotCome = mayCome && !isThere && HasCompanion(file, ZETAbsenceSuffix);
-        if (isThere != mayGo || cannotCome) m_rows.pop_back();
+        Row row = RowOf(companion, suffix);
+        if (row.record.file.before.exists) m_rows.push_back(std::move(row));
     }
+}
+
+void Recording::ExpectCompanionToCome(ExpectedFile& companion) {
+    FileToRecord& original = m_rows.back().record;
+    const bool hasReserve = original.file.before.exists;
+    // A reserve is a copy: it need not be read to know its text.
+    if (hasReserve) companion.after = CapturedFile{original.file.before, ""};
+    Row row = RowOf(companion, hasReserve ? ZETReserveSuffix : ZETAbsenceSuffix);
+    if (row.record.file.before.exists) return;
+    if (!hasReserve) return m_rows.push_back(std::move(row));
+    // What the product has made itself gets no reserve, however often it is written.
+    if (!HasCompanion(companion, ZETAbsenceSuffix)) original.reserve = std::move(row.record.file);
 }
 
 void Recording::IsMadeFrom(const std::string& path) {
@@ -136,7 +140,7 @@ void Recording::IsMadeFrom(const std::string& path) {
 }
 
 /// Texts are moved out of the file: who gives it needs them no more.
-void Recording::Add(ExpectedFile& file, const std::string& suffix) {
+Recording::Row Recording::RowOf(ExpectedFile& file, const std::string& suffix) const {
     Row row;
     row.path = file.path + suffix;
     row.suffix = suffix;
@@ -168,7 +172,16 @@ void Recording::Add(ExpectedFile& file, const std::string& suffix) {
     record.left = file.left;
     record.isKnownAnew = file.knowledge.has_value();
     record.file.after.knowledge = file.knowledge.value_or(record.file.before.knowledge);
-    m_rows.push_back(std::move(row));
+    return row;
+}
+
+Recording::Row Recording::RowOfReserve(const Row& file) {
+    Row row;
+    row.record.file = *file.record.reserve;
+    row.path = file.path + ZETReserveSuffix;
+    row.suffix = ZETReserveSuffix;
+    row.place = file.place;
+    return row;
 }
 
 RecordedEntry Recording::EntryToOpen() const {
@@ -185,6 +198,7 @@ RecordedEntry Recording::EntryToOpen() const {
 /// With their texts, which are not needed here any more: unless it is to be planned yet, what the file was.
 std::vector<FileToRecord> Recording::NewFiles() {
     std::vector<FileToRecord> files;
+    files.reserve(m_rows.size());
     for (Row& row : m_rows) {
         if (!std::exchange(row.isNew, false)) continue;
         std::string textBefore = std::exchange(row.record.textBefore, {});
@@ -270,8 +284,13 @@ CapturedFile Recording::AfterSuccess(const Row& row) const {
 
 Settlement Recording::Settled(Ending ending) const {
     Settlement settlement;
-    for (const Row& row : m_rows)
+    const auto settle = [&](const Row& row) {
         SettleFile(row.record, ending == Ending::Done ? AfterSuccess(row) : Now(row), ending, settlement);
+    };
+    for (const Row& row : m_rows) {
+        settle(row);
+        if (row.record.reserve) settle(RowOfReserve(row));
+    }
     return settlement;
 }
 

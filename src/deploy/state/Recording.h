@@ -2,6 +2,7 @@
 #define ZET_RECORDING_H
 
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
 #include <vector>
@@ -96,10 +97,13 @@ class Recording {
 
     void OpenStore();
     void ExpectWithCompanions(ExpectedFile file);
+    void ExpectCompanionsToGo(ExpectedFile& companion);
+    void ExpectCompanionToCome(ExpectedFile& companion);
     template <typename Call>
     void OrGoOnWithout(Call call);
     CapturedFile Before(const Row& row) const;
-    void Add(ExpectedFile& file, const std::string& suffix);
+    Row RowOf(ExpectedFile& file, const std::string& suffix) const;
+    static Row RowOfReserve(const Row& file);
     RecordedEntry EntryToOpen() const;
     std::vector<FileToRecord> NewFiles();
     CapturedFile Now(const Row& row) const;
@@ -111,7 +115,7 @@ class Recording {
     const bool m_goesBack;
     const StoreLimits m_limits;
     Store* m_store = nullptr;
-    std::vector<Row> m_rows;
+    std::deque<Row> m_rows;
     bool m_isPrivate = false;  ///< the words of the command may hold what others may not read
     std::optional<std::int64_t> m_open;
     std::optional<std::int64_t> m_number;

@@ -10,11 +10,13 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileMode.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/GuardedRenames.h"
 #include "posix/Descriptor.h"
+#include "posix/ModeBits.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -22,7 +24,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr mode_t kSetIdBits = S_ISUID | S_ISGID;
 constexpr char kLookAndRepeat[] = ZET_TEXT("look at it, and run the command again");
 
 /// By the directory that is held: its name may lead elsewhere by now.

@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/state/HostProduct.h"
 #include "zet/ZETHost.h"
 

@@ -2,13 +2,14 @@
 
 #include <utility>
 
+#include "deploy/host/FileBytes.h"
 #include "deploy/state/store/Digest.h"
+#include "posix/ModeBits.h"
 
 namespace ZET::Deploy {
 
 namespace {
 
-constexpr mode_t kModeBits = 07777;
 constexpr off_t kLargestHeld = off_t{1} << 20;
 
 }  // namespace

@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/store/Records.h"
 #include "posix/Descriptor.h"

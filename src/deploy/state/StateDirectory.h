@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "deploy/state/store/StoreNames.h"
 #include "zet/deploy/Role.h"
 
 namespace ZET::Deploy {
@@ -33,7 +34,7 @@ class StateDirectory {
         std::vector<std::string> files = {Lock(), FileServerStatus()};
         for (const Role role : kRoles)
             files.push_back(Status(role));
-        for (const char* const suffix : {"", "-wal", "-shm", "-journal", "-last"})
+        for (const char* const suffix : kStoreSuffixes)
             files.push_back(Store() + suffix);
         return files;
     }

@@ -3,8 +3,8 @@
 #include <cstdint>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/Words.h"
 
 namespace ZET::Deploy {

@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/HostProduct.h"
 

@@ -94,7 +94,7 @@ Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Ri
         // Their directories may be in many places: whoever writes a few files looks there only where the run
         // before him may have left one.
         if (m_lock->MayFollowOneCutShort()) Staging::RemoveLeftOvers(product.State().Path(), true);
-        if (m_records) SettleCutShort(product, goesBack);
+        if (m_records) SettleCutShort(product, *m_lock, goesBack);
     }
     for (const std::string& path : paths)
         RequireRoom(path);

@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <memory>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -13,6 +12,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/Render.h"
+#include "posix/DirectoryStream.h"
 #include "posix/PathNames.h"
 #include "zet/ZETFormat.h"
 
@@ -144,7 +144,7 @@ std::string ClaimedFiles::CanonicalOfMany(const std::string& path) {
 ClaimedFiles::Listing ClaimedFiles::ListingOf(const std::string& directory) const {
     Listing listing;
     listing.path = Canonical(directory);
-    const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(listing.path.c_str()), closedir);
+    const DirectoryStream entries(opendir(listing.path.c_str()));
     if (!entries) return listing;
     errno = 0;
     while (const dirent* const entry = readdir(entries.get()))

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <set>
 #include <span>
 #include <string>
 #include <vector>
@@ -55,7 +56,7 @@ class Execution {
             throw;
         }
         m_record.Complete();
-        m_plan.ServicesOf(m_plan.Targets()).Tell(m_product.Out());
+        m_plan.Services().Tell(m_product.Out());
     }
 
   private:
@@ -86,10 +87,10 @@ class Execution {
             std::vector<std::string> written;
             std::vector<std::string> notWritten;
             std::vector<std::string> others;
-            std::vector<PlannedTarget> done;
+            std::set<const PlannedTarget*> done;
             for (const PlannedTarget& planned : m_plan.Targets()) {
                 const bool isWritten = IsWritten(planned);
-                if (isWritten) done.push_back(planned);
+                if (isWritten) done.insert(&planned);
                 if (!planned.IsChange()) continue;
                 const bool isAsItWas = VersionOf(planned.path) == planned.version;
                 (isWritten ? written : isAsItWas ? notWritten : others).push_back(planned.path);
@@ -102,7 +103,8 @@ class Execution {
                     : Words("the commit did not come to its end, its status is not recorded (run it again to "
                             "complete it). Written: %s. Not written: %s. Written by another program: %s",
                             Joined(written), Joined(notWritten), Joined(others)));
-            m_plan.ServicesOf(done).Tell(m_product.Out());
+            m_plan.ServicesOf([&](const PlannedTarget& planned) { return done.contains(&planned); })
+                .Tell(m_product.Out());
         } catch (const std::exception& error) {
             m_product.Out().Error(FailureOf(error).what());
         }
@@ -155,7 +157,7 @@ bool Preview(Deployment& product, const CommitPlan& plan) {
     }
     for (const TakeBackStep& step : plan.TakenBack())
         product.Out().Done(step.outcome);
-    plan.ServicesOf(plan.Targets()).Tell(product.Out());
+    plan.Services().Tell(product.Out());
     return plan.IsChange();
 }
 

@@ -9,6 +9,8 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/FileVersion.h"
+#include "deploy/host/StagedOwner.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
@@ -69,7 +71,7 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
         RequireOwnInstructions(product);
         m_lock = std::make_unique<WriteLock>(product.State(), LockSeeker{product.Caller(), product.Out()});
         Staging::RemoveLeftOvers(product.State().Path(), m_lock->MayFollowOneCutShort());
-        m_cutShort = SettleCutShort(product);
+        m_cutShort = SettleCutShort(product, *m_lock);
     }
     m_checked = CheckTargets(product, templateNames);
     if (!m_checked.problems.empty()) {
@@ -231,7 +233,7 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
                 : RenderUnlessThere(m_product, *m_staging, name, role, there, planned.templateMode);
         planned.staged = rendering.staged;
         if (planned.staged == nullptr) return StayAsItIs(planned);
-        planned.after = StateInPlace(planned.path, *planned.staged, planned.before);
+        planned.after = GiveOwnerInPlace(planned.path, *planned.staged, planned.before);
         GiveToNewOwner(planned);
         return planned.change = rendering.isOther ? FileOutcome::Result::Changed : ChangeOf(planned);
     };
@@ -269,12 +271,17 @@ bool CommitPlan::WasCutShort(std::int64_t number) const {
     return !IsFileExist(status) || VersionOf(status).changed < entry->ended;
 }
 
+Restarts CommitPlan::Services() const {
+    return ServicesOf([](const PlannedTarget&) { return true; });
+}
+
 /// A run that was cut short could tell nothing of what it had written.
-Restarts CommitPlan::ServicesOf(const std::vector<PlannedTarget>& targets) const {
+Restarts CommitPlan::ServicesOf(const std::function<bool(const PlannedTarget&)>& isMeant) const {
     Restarts restarts;
-    for (const PlannedTarget& planned : targets) {
-        if (planned.IsChange() || planned.isTouched || planned.isUnrecorded || planned.isUntold)
-            restarts.Add(planned.target, m_product.Role());
+    for (const PlannedTarget& planned : m_targets) {
+        const bool isTold =
+            planned.IsChange() || planned.isTouched || planned.isUnrecorded || planned.isUntold;
+        if (isTold && isMeant(planned)) restarts.Add(planned.target, m_product.Role());
     }
     for (const TakeBackStep& step : m_takenBack)
         if (step.IsChange()) restarts.Add(step.file.services);

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -10,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/Staging.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/Lock.h"
@@ -40,6 +41,7 @@ class CommitPlan {
     const std::vector<Problem>& Problems() const { return m_checked.problems; }
 
     const std::vector<PlannedTarget>& Targets() const { return m_targets; }
+    std::vector<PlannedTarget>& Targets() { return m_targets; }
 
     /// What the role committed and is not in force any more, and how it goes back; nothing where templates
     /// were named.
@@ -55,8 +57,9 @@ class CommitPlan {
     /// How many check commands of the targets were not run, though they could have been.
     std::size_t ChecksNotRun() const { return m_checksNotRun; }
 
-    /// The services that have to notice that these targets change.
-    Restarts ServicesOf(const std::vector<PlannedTarget>& targets) const;
+    /// The services that have to notice that the targets change, or those of them that are meant.
+    Restarts Services() const;
+    Restarts ServicesOf(const std::function<bool(const PlannedTarget&)>& isMeant) const;
 
     /// What is known of the files before the commit.
     const KnownFiles& Known() const { return *m_known; }

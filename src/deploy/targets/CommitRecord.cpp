@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/state/History.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/StateDirectory.h"
@@ -13,6 +13,7 @@
 #include "deploy/targets/Render.h"
 #include "deploy/targets/TakeBack.h"
 #include "deploy/targets/TemplateFiles.h"
+#include "posix/ModeBits.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -25,7 +26,7 @@ std::optional<std::string> BaseOf(const PlannedTarget& planned) {
 
 }  // namespace
 
-CommitRecord::CommitRecord(Deployment& product, const CommitPlan& plan)
+CommitRecord::CommitRecord(Deployment& product, CommitPlan& plan)
     : m_product(product),
       m_plan(plan),
       m_recording(product, Recording::Use::OfTheProduct, true),
@@ -43,7 +44,7 @@ void CommitRecord::Complete() {
 
 /// What it is going to write. The status tells when the last commit was, which alone is no change.
 void CommitRecord::Expect() {
-    for (const PlannedTarget& planned : m_plan.Targets()) {
+    for (PlannedTarget& planned : m_plan.Targets()) {
         if (planned.IsChange()) m_recording.Expect(Expected(planned));
         if (!planned.hasWorkingCopy) ExpectWorkingCopy(m_recording, m_product, planned.target.templateName);
     }
@@ -84,7 +85,8 @@ std::vector<const PlannedEdits*> CommitRecord::UnknownEdits() const {
     return unknown;
 }
 
-ExpectedFile CommitRecord::Expected(const PlannedTarget& planned) const {
+/// Takes what was captured out of the plan.
+ExpectedFile CommitRecord::Expected(PlannedTarget& planned) const {
     ExpectedFile file;
     file.path = planned.path;
     file.kind = FileKind::Target;
@@ -101,7 +103,6 @@ ExpectedFile CommitRecord::Expected(const PlannedTarget& planned) const {
 
 /// As it will be in its place.
 CapturedFile CommitRecord::Staged(const PlannedTarget& planned) const {
-    constexpr mode_t kModeBits = 07777;
     CapturedFile file;
     file.SetText(planned.staged->Text());
     if (file.state.size > m_longest) file.text.clear();

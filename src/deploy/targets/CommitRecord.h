@@ -19,7 +19,7 @@ namespace ZET::Deploy {
 /// files afterwards, of those that stay as they are, too.
 class CommitRecord {
   public:
-    CommitRecord(Deployment& product, const CommitPlan& plan);
+    CommitRecord(Deployment& product, CommitPlan& plan);
 
     /// Before the first file is written.
     void Begin();
@@ -38,7 +38,7 @@ class CommitRecord {
   private:
     void Expect();
     void ExpectUnchanged();
-    ExpectedFile Expected(const PlannedTarget& planned) const;
+    ExpectedFile Expected(PlannedTarget& planned) const;
     CapturedFile Staged(const PlannedTarget& planned) const;
     Knowledge KnowledgeOf(const PlannedTarget& planned) const;
     bool IsKnown(const PlannedTarget& planned) const;
@@ -48,7 +48,7 @@ class CommitRecord {
     std::vector<const PlannedEdits*> UnknownEdits() const;
 
     Deployment& m_product;
-    const CommitPlan& m_plan;
+    CommitPlan& m_plan;
     Recording m_recording;
     const std::uint64_t m_longest;
 };

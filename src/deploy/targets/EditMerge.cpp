@@ -1,9 +1,12 @@
 #include "deploy/targets/EditMerge.h"
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/StagedOwner.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/MergedFile.h"
+#include "posix/ModeBits.h"
 
 namespace ZET::Deploy {
 
@@ -16,7 +19,6 @@ constexpr char kBaseIsErased[] = ZET_TEXT(
     "history");
 constexpr char kWayOfErased[] =
     ZET_TEXT("put them into its template; --on-edit=overwrite takes them out, and the history keeps them");
-constexpr mode_t kModeBits = 07777;
 
 /// What the text that is known of a file was made from.
 std::optional<TextNumber> BaseOf(const KnownFile& known) {
@@ -101,7 +103,7 @@ void EditMerge::Take(PlannedTarget& planned, const std::string& text) const {
     planned.rendering = planned.staged;
     planned.staged = std::make_shared<const StagedText>(m_staging, "merged/" + planned.target.templateName,
                                                         text, planned.after.mode & kModeBits);
-    planned.after = StateInPlace(planned.path, *planned.staged, planned.before);
+    planned.after = GiveOwnerInPlace(planned.path, *planned.staged, planned.before);
     planned.change = ChangeOf(planned);
 }
 

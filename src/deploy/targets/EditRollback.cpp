@@ -4,6 +4,7 @@
 #include <set>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Writers.h"
 #include "deploy/targets/LinesInPlace.h"

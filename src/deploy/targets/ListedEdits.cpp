@@ -8,8 +8,11 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
+#include "deploy/host/FileMode.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/StagedFile.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Language.h"

@@ -5,7 +5,9 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/StagedFile.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/targets/EditRules.h"

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/Staging.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/targets/Deployment.h"

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/StagedText.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/targets/Targets.h"
@@ -31,7 +31,7 @@ struct PlannedTarget {
     FileVersion version;            ///< of what was there when the plan was made
     FileState before;
     FileState after;
-    mutable std::optional<CapturedFile> captured;  ///< the same to be recorded, until it is; none: to be seen
+    std::optional<CapturedFile> captured;  ///< the same to be recorded, until it is; none: to be seen
 
     bool hasWorkingCopy = false;           ///< its template, when it was checked
     std::optional<mode_t> templateMode{};  ///< likewise, where it is a working copy and no link

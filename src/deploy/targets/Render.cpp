@@ -11,13 +11,16 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileMode.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/StagedFile.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/targets/DiscreetLog.h"
 #include "deploy/targets/TemplateFiles.h"
+#include "posix/ModeBits.h"
 #include "zet/IZETConfigFile.h"
 #include "zet/IZETTextToSave.h"
 #include "zet/ZETFiles.h"
@@ -115,14 +118,12 @@ void TellRendering(Deployment& product, Role role, const std::string& templateNa
 
 /// Links followed; none, too, where nobody may look.
 std::optional<mode_t> ModeIfThere(const std::string& path) {
-    constexpr mode_t kModeBits = 07777;
     struct stat status = {};
     return stat(path.c_str(), &status) == 0 ? std::optional(status.st_mode & kModeBits) : std::nullopt;
 }
 
 /// Whether a commit that renders `text` would leave the file as it is, its owner among it.
 bool IsAsRendered(const SeenFile& file, std::string_view text, mode_t mode, bool& isOther) {
-    constexpr mode_t kModeBits = 07777;
     const FileState& state = file.State();
     if (!state.IsRegular()) return false;
     isOther = (state.mode & kModeBits) != mode || !file.HasBytes(text);

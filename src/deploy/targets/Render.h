@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/StagedText.h"
 #include "deploy/host/Staging.h"
 #include "deploy/state/Recording.h"

@@ -175,7 +175,7 @@ RollbackResult RollBack(Deployment& product, const std::vector<std::string>& nam
         lock = LockToGoBack(product.State(), LockSeeker{product.Caller(), product.Out()});
         if (lock) {
             Staging::RemoveLeftOvers(product.State().Path(), lock->MayFollowOneCutShort());
-            SettleCutShort(product, true);
+            SettleCutShort(product, *lock, true);
         }
     }
     return Rollback(product, names, options, lock != nullptr).Run();

@@ -3,8 +3,10 @@
 #include <algorithm>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/StagedFile.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/state/Replacement.h"

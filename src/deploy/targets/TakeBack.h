@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/Staging.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/Recording.h"

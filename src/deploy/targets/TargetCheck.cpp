@@ -26,6 +26,7 @@
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Secrets.h"
 #include "posix/Descriptor.h"
+#include "posix/ModeBits.h"
 #include "posix/PathNames.h"
 #include "text/Placeholders.h"
 #include "text/TemplateCheck.h"
@@ -146,7 +147,6 @@ std::optional<FoundFile> FoundByRoot(const Paths& paths, const std::string& path
 
 /// None of a link, and of what cannot be looked at.
 std::optional<mode_t> ModeOfPlainFile(const std::string& path, const std::optional<FoundFile>& found) {
-    constexpr mode_t kModeBits = 07777;
     struct stat status = {};
     if (found) status = *found->status;
     const bool isPlain = (found || lstat(path.c_str(), &status) == 0) && S_ISREG(status.st_mode);

@@ -6,7 +6,9 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/StagedOwner.h"
 #include "deploy/host/Staging.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/StateDirectory.h"
@@ -116,7 +118,7 @@ class StateTeller {
         planned.staged = m_staged;
         planned.version = VersionOf(result.path);
         planned.before = StateOf(result.path);
-        planned.after = StateInPlace(result.path, *m_staged, planned.before);
+        planned.after = GiveOwnerInPlace(result.path, *m_staged, planned.before);
         planned.change = FileOutcome::Result::Changed;
         planned.isTouched = result.state == kEdited;
         const EditMerge merge(m_product, m_staging, m_known);

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/NewOwner.h"
 #include "deploy/targets/OthersWork.h"

@@ -2,9 +2,12 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
+#include "deploy/host/FileMode.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Signals.h"
+#include "deploy/host/StagedOwner.h"
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/KnownFiles.h"
@@ -122,7 +125,7 @@ FileOutcome TemplateProcess::RunInTrial() {
     const Staging staging;
     const QuietLog quiet(ZETLogWarning);
     const std::string staged = RenderStaged(m_product, staging, m_rendering.templateName, m_rendering.values);
-    return Planned(staged, StateInPlace(m_path, staged));
+    return Planned(staged, GiveOwnerInPlace(m_path, staged));
 }
 
 FileOutcome TemplateProcess::RunInPlace() {

@@ -4,21 +4,23 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileMode.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/Merge.h"
+#include "deploy/host/StagedFile.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Instructions.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/ShownDiff.h"
+#include "posix/ModeBits.h"
 #include "text/LineEnds.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
 
 namespace {
-
-constexpr mode_t kModeBits = 07777;
 
 std::string InQuotes(const std::string& words) {
     return "\"" + words + "\"";

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/Staging.h"
 #include "deploy/state/Recording.h"
 #include "deploy/state/Writing.h"

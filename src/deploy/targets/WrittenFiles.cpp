@@ -6,6 +6,7 @@
 #include <set>
 #include <utility>
 
+#include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/LinesInPlace.h"
 #include "deploy/targets/Targets.h"

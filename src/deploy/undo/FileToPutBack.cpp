@@ -5,9 +5,10 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/host/Remedy.h"
+#include "deploy/host/StagedFile.h"
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/ShownDiff.h"
@@ -106,10 +107,11 @@ void FileToPutBack::Capture() {
 /// Of the state that it has, it is only asked whether it is as the entry left it, or back already.
 void FileToPutBack::LookAt(const RecordedFile& row, const char* suffix, std::optional<CapturedFile>& now,
                            std::optional<CapturedFile>& wanted) {
-    const bool isWritten = m_change.isWritten || &now != &m_now.file;
+    const bool isFile = *suffix == '\0';  // and no companion
+    const bool isWritten = m_change.isWritten || !isFile;
     wanted = isWritten ? CapturedFile{row.before, ""} : now;
     if (!isWritten) return;
-    const bool isOthersBetween = &now == &m_now.file && !m_change.between.empty();
+    const bool isOthersBetween = isFile && !m_change.between.empty();
     // A later commit that changes nothing else writes the time of the commit anew.
     const bool isAsLeft = (now->IsAs(row.after) && !isOthersBetween) || row.kind == FileKind::Status;
     if (isAsLeft || now->IsAs(row.before)) return;

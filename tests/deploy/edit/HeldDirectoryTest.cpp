@@ -18,10 +18,11 @@
 
 #include "deploy/edit/FileEdit.h"
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/Deployment.h"
+#include "posix/ModeBits.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 #include "zet/ZETHost.h"
@@ -48,7 +49,6 @@ using testing::HasSubstr;
 
 constexpr uid_t kHolder = 65534;  // "nobody": one whom the system knows has his own groups only
 constexpr uid_t kOther = 12346;
-constexpr mode_t kModeBits = 07777;
 
 void Write(const std::string& path, const std::string& text, mode_t mode = 0644, uid_t owner = kHolder) {
     std::ofstream(path, std::ios::binary) << text;

@@ -8,6 +8,7 @@
 #include "../HostFixture.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/StagedOwner.h"
 #include "posix/Descriptor.h"
 
 namespace ZET::Deploy {
@@ -79,7 +80,7 @@ TEST_F(StagedTextTest, IsComparedByteForByte) {
 TEST_F(StagedTextTest, StateInPlaceIsThatOfAFileInItsPlace) {
     Write("out/a", "former");
     const StagedText text(m_staging, "a", "text\n", 0640);
-    const FileState state = StateInPlace(At("out/a"), text, StateOf(At("out/a")));
+    const FileState state = GiveOwnerInPlace(At("out/a"), text, StateOf(At("out/a")));
     EXPECT_EQ(state.mode, S_IFREG | 0640U);
     EXPECT_EQ(state.owner, geteuid());
     EXPECT_EQ(state.group, getegid());
@@ -92,7 +93,7 @@ TEST_F(StagedTextTest, OwnerInPlaceIsTheFormersWhereHeCanBeGivenTheFile) {
     Write("out/a", "former");
     ASSERT_EQ(chown(At("out/a").c_str(), kOther, kOther), 0);
     const StagedText text(m_staging, "a", "text\n", 0640);
-    const FileState state = StateInPlace(At("out/a"), text, StateOf(At("out/a")));
+    const FileState state = GiveOwnerInPlace(At("out/a"), text, StateOf(At("out/a")));
     EXPECT_EQ(state.owner, kOther);
     EXPECT_EQ(state.group, kOther);
 }

@@ -52,7 +52,10 @@ class CutShortTest : public HostFixture {
         RecordOfKilledRun("out/a");
     }
 
-    std::set<std::string> Clear() { return SettleCutShort(TheHost()); }
+    std::set<std::string> Clear() {
+        const WriteLock lock(State(), LockSeeker{"zet-client param set", m_told});
+        return SettleCutShort(TheHost(), lock);
+    }
 
     std::int64_t m_number = 0;
 };

@@ -4,6 +4,7 @@
 #include "deploy/state/store/PlainFrame.h"
 #include "deploy/state/store/SealedFrame.h"
 #include "deploy/state/store/StoreFile.h"
+#include "deploy/state/store/StoreNames.h"
 
 namespace ZET::Deploy {
 namespace {

@@ -18,14 +18,14 @@ class KeptTextsFixture : public StoreFixture {
         return text;
     }
 
-    std::int64_t Count(const char* statement) const {
+    std::int64_t Count(Statement statement) const {
         Database database(Name(), Database::Access::Write);
         return std::get<std::int64_t>(database.Run(statement));
     }
 
-    void Change(const std::vector<const char*>& statements) const {
+    void Change(const std::vector<Statement>& statements) const {
         Database database(Name(), Database::Access::Write);
-        for (const char* const statement : statements)
+        for (const Statement statement : statements)
             database.Run(statement);
     }
 

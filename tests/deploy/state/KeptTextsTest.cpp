@@ -81,7 +81,8 @@ TEST_F(KeptTextsTest, ADamagedShortTextIsNotTakenForOneThatCanBeRead) {
 }
 
 TEST_F(KeptTextsTest, AKeyThatWasDamagedIsMadeAnewAndTextsAreKnownAgain) {
-    for (const char* const damage : {"DELETE FROM secret", "UPDATE secret SET key = x'0102'"}) {
+    for (const auto damage :
+         {Statement("DELETE FROM secret"), Statement("UPDATE secret SET key = x'0102'")}) {
         TextNumber text;
         {
             Store store = Opened();
@@ -91,10 +92,10 @@ TEST_F(KeptTextsTest, AKeyThatWasDamagedIsMadeAnewAndTextsAreKnownAgain) {
         Change({damage});
         {
             Store store = Opened();
-            EXPECT_TRUE(store.IsKeyNew()) << damage;
+            EXPECT_TRUE(store.IsKeyNew()) << damage.Text();
             EXPECT_EQ(Count("SELECT count(*) FROM texts WHERE mark IS NOT NULL"), 0);
             const std::int64_t second = Record(store, {File("/etc/x", Long('a'), Long('b'))});
-            EXPECT_EQ(store.FilesOf(second)[0].before.text, text) << damage;
+            EXPECT_EQ(store.FilesOf(second)[0].before.text, text) << damage.Text();
             EXPECT_EQ(store.Text(text), Long('a'));
             EXPECT_GE(Count("SELECT count(*) FROM texts WHERE mark IS NOT NULL"), 2);
         }

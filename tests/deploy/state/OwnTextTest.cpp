@@ -5,7 +5,7 @@
 
 #include "../HostFixture.h"
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileMode.h"
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {

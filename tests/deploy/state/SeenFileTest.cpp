@@ -11,6 +11,7 @@
 #include "../HostFixture.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/KnownFiles.h"
 

@@ -5,6 +5,7 @@
 
 #include "../HostFixture.h"
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileMode.h"
 #include "deploy/state/HostProduct.h"
 #include "deploy/state/store/Digest.h"
 #include "zet/ZETFormat.h"

@@ -5,6 +5,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/state/store/StoreFile.h"
+#include "deploy/state/store/StoreNames.h"
 
 namespace ZET::Deploy {
 namespace {

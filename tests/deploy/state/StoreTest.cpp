@@ -7,6 +7,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/state/store/StoreFile.h"
+#include "deploy/state/store/StoreNames.h"
 
 namespace ZET::Deploy {
 namespace {
@@ -96,6 +97,19 @@ TEST_F(StoreTest, AnAnnouncedFileIsPlannedBeforeItIsWritten) {
     EXPECT_EQ(store.Text(store.FilesOf(number)[0].after.text.value()), "2");
 }
 
+TEST_F(StoreTest, AReserveGetsTheFormerTextOfItsOwnFile) {
+    Store store = Opened();
+    const std::int64_t number = store.Announce(Entry(), {File("/etc/x", "of x", "1")});
+    FileToRecord file = File("/etc/y", "of y", "2");
+    file.reserve = File("/etc/y.before_zet", "", "").file;
+    file.reserve->before = {};
+    store.Plan(number, {File("/etc/x", "of x", "3"), file, File("/etc/z", "of z", "4")});
+    const std::vector<RecordedFile> files = store.FilesOf(number);
+    ASSERT_EQ(files.size(), 4u);
+    EXPECT_EQ(files[2].path, "/etc/y.before_zet");
+    EXPECT_EQ(store.Text(files[2].after.text.value()), "of y");
+}
+
 TEST_F(StoreTest, FilesThatStayedAsTheyWereLeaveTheEntry) {
     Store store = Opened();
     const std::int64_t number = store.Open(Entry(), {File("/etc/x", "1", "2"), File("/etc/y", "1", "2")});
@@ -159,7 +173,7 @@ TEST_F(StoreTest, AnEntryThatChangedNothingLeavesNothing) {
     EXPECT_GT(Record(store, {File("/etc/x", "1", "2")}), dropped);  // a number is given once
 }
 
-std::int64_t CountIn(const std::string& file, const char* statement) {
+std::int64_t CountIn(const std::string& file, Statement statement) {
     Database database(file, Database::Access::Look);
     return std::get<std::int64_t>(database.Run(statement));
 }

@@ -145,13 +145,13 @@ int Database::Require(int result) {
     return result;
 }
 
-sqlite3_stmt* Database::Prepared(const char* statement) {
+sqlite3_stmt* Database::Prepared(Statement statement) {
     auto& prepared = m_statements[statement];
     if (!prepared) {
         sqlite3_stmt* made = nullptr;
         errno = 0;
-        Require(
-            TheSqlite().prepare(m_database.get(), statement, -1, SQLITE_PREPARE_PERSISTENT, &made, nullptr));
+        Require(TheSqlite().prepare(m_database.get(), statement.Text(), -1, SQLITE_PREPARE_PERSISTENT, &made,
+                                    nullptr));
         prepared.reset(made);
     }
     return prepared.get();
@@ -173,12 +173,12 @@ void Database::Bind(sqlite3_stmt* statement, std::span<const ValueView> values, 
     }
 }
 
-Value Database::Run(const char* statement, ValueViews values) {
+Value Database::Run(Statement statement, ValueViews values) {
     Rows rows(*this, statement, values, Rows::Lifetime::OfTheCall);
     return rows.Next() ? rows.At(0) : Value();
 }
 
-void Database::RunWith(const char* statement, std::span<const ValueView> values) {
+void Database::RunWith(Statement statement, std::span<const ValueView> values) {
     Rows(*this, statement, values, Rows::Lifetime::OfTheCall).Next();
 }
 
@@ -209,7 +209,7 @@ bool Database::TakeJournalOver() {
 }
 
 Database::Transaction::Transaction(Database& database, Kind kind) : m_database(database) {
-    m_database.Run(kind == Kind::Write ? "BEGIN IMMEDIATE" : "BEGIN");
+    m_database.Run(kind == Kind::Write ? Statement("BEGIN IMMEDIATE") : Statement("BEGIN"));
 }
 
 Database::Transaction::~Transaction() {
@@ -227,11 +227,11 @@ void Database::Transaction::Commit() {
     m_isOpen = false;
 }
 
-Database::Rows::Rows(Database& database, const char* statement, ValueViews values)
+Database::Rows::Rows(Database& database, Statement statement, ValueViews values)
     : Rows(database, statement, values, Lifetime::OfTheRows) {}
 
 /// What lives as long as the call needs not be copied.
-Database::Rows::Rows(Database& database, const char* statement, std::span<const ValueView> values,
+Database::Rows::Rows(Database& database, Statement statement, std::span<const ValueView> values,
                      Lifetime lifetime)
     : m_database(database), m_statement(database.Prepared(statement)) {
     database.Bind(m_statement, values, lifetime == Lifetime::OfTheCall ? SQLITE_STATIC : SQLITE_TRANSIENT);

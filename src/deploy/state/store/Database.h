@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <map>
 #include <memory>
@@ -37,6 +38,19 @@ using ValueView = std::variant<std::monostate, std::int64_t, std::string_view, B
 using ValueViews = std::initializer_list<ValueView>;
 
 ValueView OptionalValue(const std::optional<std::int64_t>& number);
+
+/// A text of the program itself. It stays where it is, by which it is known again.
+class Statement {
+  public:
+    consteval Statement(const char* text) : m_text(text) {}
+
+    const char* Text() const { return m_text; }
+
+    friend bool operator<(Statement one, Statement other) { return std::less<>()(one.m_text, other.m_text); }
+
+  private:
+    const char* m_text;
+};
 
 /// What the library says of a call that failed.
 class DatabaseError : public std::runtime_error {
@@ -73,12 +87,11 @@ class Database {
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
 
-    /// One statement that gives no rows, or the first value of the first row that it gives. A statement is
-    /// known again by where it stands: it has to stay there.
-    Value Run(const char* statement, ValueViews values = {});
+    /// One statement that gives no rows, or the first value of the first row that it gives.
+    Value Run(Statement statement, ValueViews values = {});
 
     /// One that gives no rows.
-    void RunWith(const char* statement, std::span<const ValueView> values);
+    void RunWith(Statement statement, std::span<const ValueView> values);
 
     /// The number of the row that was inserted last.
     std::int64_t LastRow() const;
@@ -116,7 +129,7 @@ class Database {
     /// The rows of a statement. No other rows of the same statement may be read meanwhile.
     class Rows {
       public:
-        Rows(Database& database, const char* statement, ValueViews values = {});
+        Rows(Database& database, Statement statement, ValueViews values = {});
         ~Rows();
         Rows(const Rows&) = delete;
         Rows& operator=(const Rows&) = delete;
@@ -137,7 +150,7 @@ class Database {
       private:
         friend class Database;
         enum class Lifetime { OfTheRows, OfTheCall };
-        Rows(Database& database, const char* statement, std::span<const ValueView> values, Lifetime lifetime);
+        Rows(Database& database, Statement statement, std::span<const ValueView> values, Lifetime lifetime);
 
         Database& m_database;
         sqlite3_stmt* m_statement;
@@ -152,12 +165,12 @@ class Database {
     };
 
     static int NoteJournal(void* self, sqlite3* database, const char* name, int pages);
-    sqlite3_stmt* Prepared(const char* statement);
+    sqlite3_stmt* Prepared(Statement statement);
     void Bind(sqlite3_stmt* statement, std::span<const ValueView> values, void (*lifetime)(void*));
     int Require(int result);
 
     std::unique_ptr<sqlite3, Closer> m_database;
-    std::map<const char*, std::unique_ptr<sqlite3_stmt, Finalizer>> m_statements;
+    std::map<Statement, std::unique_ptr<sqlite3_stmt, Finalizer>> m_statements;
     std::int64_t m_journalBefore = 0;
 };
 

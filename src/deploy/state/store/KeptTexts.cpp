@@ -19,7 +19,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr const char* kFrameOfText = "SELECT size, frame FROM texts WHERE id = ?";
+constexpr Statement kFrameOfText = "SELECT size, frame FROM texts WHERE id = ?";
 constexpr const char* kIsMissing = ZET_TEXT("a text is missing");
 constexpr const char* kIsDamaged = ZET_TEXT("a text is not as it was written");
 
@@ -193,10 +193,8 @@ TextOrDelta Read(Database& database, std::int64_t number, std::size_t& size) {
 
 }  // namespace
 
-RecordedFile WithTexts(Database& database, const StoreLimits& limits, const FileToRecord& file,
-                       std::optional<TextNumber> original) {
+RecordedFile WithTexts(Database& database, const StoreLimits& limits, const FileToRecord& file) {
     RecordedFile recorded = file.file;
-    if (file.isReserve) recorded.after.text = original;
     Take(database, limits, recorded.before, file.textBefore);
     recorded.after = AfterWithTexts(database, limits, file, std::move(recorded.after), recorded.before.text);
     return recorded;

@@ -12,9 +12,8 @@
 namespace ZET::Deploy {
 
 /// The file with the numbers of its texts, which are kept from now on, as far as the limits let them. A long
-/// text is kept as what it has not of the one before. `original` is the text that a reserve gets.
-RecordedFile WithTexts(Database& database, const StoreLimits& limits, const FileToRecord& file,
-                       std::optional<TextNumber> original);
+/// text is kept as what it has not of the one before.
+RecordedFile WithTexts(Database& database, const StoreLimits& limits, const FileToRecord& file);
 
 /// The same of what the file is afterwards: `after`, to which the numbers come. `before` is the text that the
 /// file had, where it is kept.

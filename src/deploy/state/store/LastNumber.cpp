@@ -10,6 +10,7 @@
 
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/store/StoreNames.h"
 #include "posix/Descriptor.h"
 
 namespace ZET::Deploy {

@@ -8,10 +8,7 @@ namespace ZET::Deploy {
 
 /// The number of the last entry, kept beside the store's file: a journal with a broken byte ends in front of
 /// it, and nothing in the database tells that there was more. It is written when the entry is on the disk, so
-/// what it tells was there; where it was lost itself, it tells nothing.
-inline constexpr const char* kLastNumberSuffix = "-last";
-
-/// 0: nobody knows.
+/// what it tells was there; where it was lost itself, it tells nothing. 0: nobody knows.
 std::int64_t LastNumberBeside(const std::string& file);
 
 void KeepLastNumber(const std::string& file, std::int64_t number);

@@ -96,11 +96,11 @@ struct FileToRecord {
     RecordedFile file;
     std::string textBefore;
     std::string textAfter;
-    std::optional<std::string> base;  ///< for `after`
-    bool isPlanned = true;            ///< false: `after` is not known yet
-    bool isReserve = false;  ///< it gets the text that the file in front of it had, which is not given twice
-    std::optional<RecordedState> left;  ///< what it is known as then, where somebody edited it since
-    bool isKnownAnew = false;           ///< something else is known of it then, even where it is as before
+    std::optional<std::string> base;      ///< for `after`
+    bool isPlanned = true;                ///< false: `after` is not known yet
+    std::optional<RecordedState> left;    ///< what it is known as then, where somebody edited it since
+    bool isKnownAnew = false;             ///< something else is known of it then, even where it is as before
+    std::optional<RecordedFile> reserve;  ///< it comes to the entry with the file, whose former text it has
 };
 
 /// How the files of an entry turned out.

@@ -58,7 +58,7 @@ RecordedEntry EntryOf(const Database::Rows& rows) {
     return entry;
 }
 
-void RunWith(Database& database, const char* statement, const RecordedEntry& entry,
+void RunWith(Database& database, Statement statement, const RecordedEntry& entry,
              const std::optional<std::int64_t>& number = std::nullopt) {
     RunSealed(database, statement,
               {entry.begun, entry.ended, static_cast<std::int64_t>(entry.outcome),
@@ -75,7 +75,7 @@ ValueView BaseNumberOf(const Knowledge& knowledge) {
     return knowledge.isBaseErased ? NumberOf(kErased) : NumberOf(knowledge.base);
 }
 
-void RunWith(Database& database, const char* statement, const RecordedState& state,
+void RunWith(Database& database, Statement statement, const RecordedState& state,
              const std::optional<std::int64_t>& id = std::nullopt) {
     const Knowledge& knowledge = state.knowledge;
     RunSealed(
@@ -104,7 +104,7 @@ KnownFile KnownOf(Database& database, const Database::Rows& rows) {
 /// would tell nothing.
 constexpr std::int64_t kNothing = 0;
 
-std::vector<std::int64_t> Numbers(Database& database, const char* statement, ValueViews values) {
+std::vector<std::int64_t> Numbers(Database& database, Statement statement, ValueViews values) {
     std::vector<std::int64_t> numbers;
     Database::Rows rows(database, statement, values);
     while (rows.Next())
@@ -112,7 +112,7 @@ std::vector<std::int64_t> Numbers(Database& database, const char* statement, Val
     return numbers;
 }
 
-std::int64_t FirstNumber(Database& database, const char* statement) {
+std::int64_t FirstNumber(Database& database, Statement statement) {
     const std::vector<std::int64_t> numbers = Numbers(database, statement);
     return numbers.empty() ? 0 : numbers.front();
 }
@@ -209,11 +209,11 @@ void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file
          (file.wasEdited ? kWasEdited : 0) | (file.isPutBack ? kIsPutBack : 0)});
 }
 
-constexpr const char* kFilesOfEntry =
+constexpr Statement kFilesOfEntry =
     "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
     " FROM files WHERE entry = ? ORDER BY id";
 
-static std::vector<RecordedFile> FilesIn(Database& database, const char* statement, ValueViews values) {
+static std::vector<RecordedFile> FilesIn(Database& database, Statement statement, ValueViews values) {
     std::vector<RecordedFile> files;
     Database::Rows rows(database, statement, values);
     while (rows.Next()) {

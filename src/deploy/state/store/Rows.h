@@ -21,10 +21,10 @@ class DamagedRow : public std::runtime_error {
 };
 
 /// The first column of each row that the statement finds.
-std::vector<std::int64_t> Numbers(Database& database, const char* statement, ValueViews values = {});
+std::vector<std::int64_t> Numbers(Database& database, Statement statement, ValueViews values = {});
 
 /// 0: no row is found.
-std::int64_t FirstNumber(Database& database, const char* statement);
+std::int64_t FirstNumber(Database& database, Statement statement);
 
 std::int64_t InsertState(Database& database, const RecordedState& state);
 void ReplaceState(Database& database, std::int64_t id, const RecordedState& state);

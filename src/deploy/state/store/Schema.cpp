@@ -22,7 +22,7 @@ constexpr std::int64_t kApplication = 0x5a455453;
 /// digest of its row, since a database tells a damaged page, but not a changed value. Numbers of entries are
 /// never used again; `pruned` has the greatest of those that are no longer kept. `was_edited` is two bits:
 /// what was there before is others' work (1), and a former state came back (2).
-constexpr const char* kTablesOfVersion1[] = {
+constexpr Statement kTablesOfVersion1[] = {
     "CREATE TABLE texts(id INTEGER PRIMARY KEY, digest BLOB NOT NULL, size INTEGER NOT NULL,"
     " frame BLOB NOT NULL)",
     "CREATE INDEX texts_by_digest ON texts(digest)",
@@ -49,14 +49,14 @@ constexpr const char* kTablesOfVersion1[] = {
     "CREATE TABLE pruned(id INTEGER PRIMARY KEY, number INTEGER NOT NULL)",
 };
 
-std::int64_t NumberOf(Database& database, const char* statement) {
+std::int64_t NumberOf(Database& database, Statement statement) {
     const Value value = database.Run(statement);
     const auto* const number = std::get_if<std::int64_t>(&value);
     return number != nullptr ? *number : 0;
 }
 
 void MakeTables(Database& database) {
-    for (const char* const statement : kTablesOfVersion1)
+    for (const Statement statement : kTablesOfVersion1)
         database.Run(statement);
     database.Run("PRAGMA application_id = 1514493011");
 }
@@ -64,7 +64,7 @@ void MakeTables(Database& database) {
 /// The mark of a text is in the index, too: the columns behind a long frame are far away. A text may be made
 /// from another one, which then is kept whole, and as long as that is needed.
 constexpr std::int64_t kFirstWithMarks = 2;
-constexpr const char* kTablesOfVersion2[] = {
+constexpr Statement kTablesOfVersion2[] = {
     "ALTER TABLE texts ADD COLUMN mark INTEGER",
     "ALTER TABLE texts ADD COLUMN made_from INTEGER REFERENCES texts",
     "CREATE INDEX texts_by_base ON texts(made_from) WHERE made_from IS NOT NULL",
@@ -84,7 +84,7 @@ std::string RandomKey(const std::string& file) {
 }
 
 void AddMarks(Database& database, const std::string& file) {
-    for (const char* const statement : kTablesOfVersion2)
+    for (const Statement statement : kTablesOfVersion2)
         database.Run(statement);
     database.Run("INSERT INTO secret(id, key) VALUES(0, ?)", {Blob{RandomKey(file)}});
 }

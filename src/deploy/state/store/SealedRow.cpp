@@ -47,7 +47,7 @@ class SealOfRow {
 
 }  // namespace
 
-void RunSealed(Database& database, const char* statement, ValueViews row,
+void RunSealed(Database& database, Statement statement, ValueViews row,
                const std::optional<std::int64_t>& id) {
     constexpr std::size_t kMostColumns = 12;
     std::array<ValueView, kMostColumns + 2> values;

@@ -13,7 +13,7 @@
 namespace ZET::Deploy {
 
 /// The statement with the values of a row, its seal, and the number of the row where it has one already.
-void RunSealed(Database& database, const char* statement, ValueViews row,
+void RunSealed(Database& database, Statement statement, ValueViews row,
                const std::optional<std::int64_t>& id = std::nullopt);
 
 /// Hands out the columns of the row at which `rows` stands one after the other.

@@ -110,7 +110,8 @@ std::int64_t Store::Begin(const RecordedEntry& entry, const std::vector<FileToRe
 /// What is committed later takes what was committed before with it to the disk.
 void Store::SyncCommits(Sync sync) {
     if (m_isSynced)
-        m_database->Run(sync == Sync::Later ? "PRAGMA synchronous = NORMAL" : "PRAGMA synchronous = FULL");
+        m_database->Run(sync == Sync::Later ? Statement("PRAGMA synchronous = NORMAL")
+                                            : Statement("PRAGMA synchronous = FULL"));
 }
 
 bool Store::IsJournalLong() const {
@@ -123,11 +124,13 @@ void Store::TakeJournalOverUnlessEntry() {
 }
 
 void Store::Insert(std::int64_t number, const std::vector<FileToRecord>& files) {
-    std::optional<TextNumber> original;
     for (const FileToRecord& file : files) {
-        const RecordedFile recorded = WithTexts(*m_database, m_limits, file, original);
+        const RecordedFile recorded = WithTexts(*m_database, m_limits, file);
         InsertFile(*m_database, number, recorded);
-        original = recorded.before.text;
+        if (!file.reserve) continue;
+        RecordedFile reserve = *file.reserve;
+        reserve.after.text = recorded.before.text;
+        InsertFile(*m_database, number, reserve);
     }
 }
 

@@ -14,6 +14,7 @@
 #include "deploy/state/store/LastNumber.h"
 #include "deploy/state/store/Schema.h"
 #include "deploy/state/store/StoreDamage.h"
+#include "deploy/state/store/StoreNames.h"
 #include "posix/Descriptor.h"
 #include "posix/PathNames.h"
 
@@ -52,7 +53,7 @@ void MakeFile(const std::string& file) {
 bool IsBeingMade(const std::string& file) {
     constexpr std::string_view kBegin("\xd9\xd5\x05\xf9\x20\xa1\x63\xd7", 8);
     constexpr std::size_t kPagesBefore = 16;
-    const Descriptor journal(open((file + "-journal").c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    const Descriptor journal(open((file + kUndoJournalSuffix).c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
     char text[kPagesBefore + 4];
     if (journal < 0 || pread(journal, text, sizeof text, 0) != static_cast<ssize_t>(sizeof text))
         return false;
@@ -86,11 +87,11 @@ FoundStore FindStore(const std::string& file) {
     for (const char* const suffix : kStoreSuffixes) {
         const off_t found = SizeOfOwn(file + suffix);
         if (*suffix == '\0') size = found;
-        if (suffix == std::string_view("-wal")) journal = found;
+        if (suffix == std::string_view(kJournalSuffix)) journal = found;
     }
     // The library would empty it without a word.
     if (size <= 0 && journal > 0)
-        FailOfDamage(size < 0 ? file + "-wal" : file,
+        FailOfDamage(size < 0 ? file + kJournalSuffix : file,
                      _("its journal is there, and what belongs to it is gone"));
     if (size < 0) return FoundStore::Nothing;
     if (size == 0 && LastNumberBeside(file) > 0) FailOfDamage(file, _("all of its entries are gone"));
@@ -103,7 +104,7 @@ std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, FoundStore 
         MakeFile(file);
     }
     auto database = std::make_unique<Database>(file, Database::Access::Write);
-    database->Run(isSynced ? "PRAGMA synchronous = FULL" : "PRAGMA synchronous = OFF");
+    database->Run(isSynced ? Statement("PRAGMA synchronous = FULL") : Statement("PRAGMA synchronous = OFF"));
     database->Run("PRAGMA temp_store = MEMORY");
     const std::int64_t version = VersionOfStore(*database, file);
     if (version == 0) RequireEmpty(file);
@@ -122,7 +123,7 @@ void TakeJournalOver(Database& database, const std::string& file, bool isSynced)
         if (!error.HasNoRoom()) throw;
     }
     if (!isSynced) return;
-    const std::string name = file + "-wal";
+    const std::string name = file + kJournalSuffix;
     const Descriptor journal(open(name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
     if (journal < 0 || fdatasync(journal) != 0)
         throw SystemFailure({.file = name, .text = _("cannot be synced")}, errno);
@@ -137,7 +138,7 @@ std::unique_ptr<Database> OpenStoreToLook(const std::string& file, FoundStore fo
         if (!error.IsReadOnly() || eaccess(file.c_str(), R_OK) != 0) throw;
     }
     // As one that nobody writes, it would be read without what its journal has.
-    if (SizeOfOwn(file + "-wal") > 0)
+    if (SizeOfOwn(file + kJournalSuffix) > 0)
         throw Failure({.file = file,
                        .text = _("cannot be read here: its journal needs a writable directory"),
                        .remedy = _("copy it to one, with the journal beside it (-wal), and look there by "

@@ -8,9 +8,6 @@
 
 namespace ZET::Deploy {
 
-/// How the files of the store are named beside its own name.
-inline constexpr const char* kStoreSuffixes[] = {"", "-wal", "-shm", "-journal", "-last"};
-
 enum class FoundStore {
     Nothing,
     Blank,  ///< its making was cut short, or somebody emptied it

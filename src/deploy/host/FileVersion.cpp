@@ -1,0 +1,32 @@
+#include "deploy/host/FileVersion.h"
+
+#include <fcntl.h>
+
+#include <cerrno>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
+
+namespace ZET::Deploy {
+
+FileVersion VersionIn(int directory, const std::string& name, const std::string& path) {
+    struct stat status = {};
+    if (fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (errno == ENOENT || errno == ENOTDIR) return {};
+        throw SystemFailure({.file = path, .text = _("cannot be looked at")}, errno);
+    }
+    return VersionFrom(status);
+}
+
+FileVersion VersionFrom(const struct stat& status) {
+    constexpr std::int64_t kSecond = 1'000'000'000;
+    return {status.st_dev, status.st_ino, status.st_size,
+            status.st_ctim.tv_sec * kSecond + status.st_ctim.tv_nsec};
+}
+
+FileVersion VersionOf(const std::string& path) {
+    return VersionIn(AT_FDCWD, path, path);
+}
+
+}  // namespace ZET::Deploy
