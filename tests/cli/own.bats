@@ -151,6 +151,43 @@ when = \"SITE=berlin\""
     assert_stderr "zet-client: no problems found"
 }
 
+@test "when compares what is yes or no by its meaning" {
+    local value
+    echo own >etc/own.conf
+    own_list "[templates.\"own.conf\"]
+target = \"$HOST/out/own.conf\"
+roles = \"both\"
+when = \"SERVICE_DISCOVERY=no\""
+    zet -q commit-config
+    for value in no false 0; do
+        sed -i /SERVICE_DISCOVERY/d zet.conf
+        echo "SERVICE_DISCOVERY=$value" >>zet.conf
+        run_zet commit-config -n
+        assert_success "2 unchanged"
+    done
+    for value in yes true 1; do
+        run_zet commit-config -n --set "SERVICE_DISCOVERY=$value"
+        assert_status 3
+        [[ $output == *"own.conf: would be"* ]]
+    done
+    sed -i 's/=no"/=off"/' etc/targets.d/10.toml
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/etc/targets.d/10.toml:4:8: 'off' is no value for SERVICE_DISCOVERY and counts as no (write yes or no)"
+}
+
+@test "a parameter that only a condition knows is a problem where it is much like another, and else a warning" {
+    echo IDENTITY=sssd >>templates/values.conf
+    own_list $'[templates."one.conf"]\nwhen = "IDENTTY=sssd"\n[[edits]]\nfile = "/x"\nparam = "a"\nvalue = "b"\nwhen = "SITE=berlin"\noptional = true'
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/etc/targets.d/10.toml:2: when asks for the parameter IDENTTY, which nobody gives (did you mean IDENTITY?)"
+    [[ $stderr == *"warning: $HOST/etc/targets.d/10.toml:7: when asks for the parameter SITE, which nobody gives (correct its name, or give it a value, which may be empty)"* ]]
+    printf 'IDENTTY=x\nSITE=\n' >etc/defaults.d/10.conf
+    run_zet -q check-config
+    assert_success ""
+}
+
 @test "a target can be made without a notice" {
     printf '#!/bin/sh\necho ${realm}\n# --ZET_TEMPLATE_COMMENT--\n# for its editor\n# --ZET_COMMENT_END--\n' >etc/script
     own_list "[templates.\"script\"]

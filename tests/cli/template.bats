@@ -129,6 +129,18 @@ $HOST/etc/two.conf.old: created"
     done
 }
 
+@test "what is a list or a value is no template" {
+    local name
+    : >templates/targets.toml
+    : >templates/values.conf
+    remember_host
+    for name in targets.toml values.conf targets.d/x.toml; do
+        run_zet template install "$name"
+        assert_refusal 2 "NAME \"$name\" is no template, but one of the lists or values (name a template)"
+    done
+    assert_host_unchanged
+}
+
 @test "install in a dry run shows what would be and does nothing" {
     echo mine >etc/two.conf
     remember_host

@@ -32,7 +32,7 @@ Number NumberOf(Host& product, const char* key, Number otherwise) {
 }  // namespace
 
 bool History::KeepsTexts() const {
-    return m_product.Param("ZET_HISTORY") != "no";
+    return m_product.Flag("ZET_HISTORY");
 }
 
 StoreLimits History::Limits() const {
@@ -72,8 +72,8 @@ Store& History::ToRecord() {
     if (!m_isToRecord) {
         m_store = nullptr;
         const FoundStore found = m_found ? *std::exchange(m_found, std::nullopt) : Find();
-        m_store = std::make_unique<Store>(File(), Store::Access::Record, Limits(),
-                                          m_product.Param("ZET_SYNC") != "no", found);
+        m_store = std::make_unique<Store>(File(), Store::Access::Record, Limits(), m_product.Flag("ZET_SYNC"),
+                                          found);
         TellLoss();
         m_store->GiveUpLost();
         TellNewKey();

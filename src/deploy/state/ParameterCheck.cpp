@@ -194,9 +194,7 @@ std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& value
 
 UnusedParameters FindUnusedParameters(const std::string& file, const std::vector<GivenParameter>& given,
                                       const std::set<std::string>& used, const std::set<std::string>& asked) {
-    std::vector<std::string> known;
-    for (const ZETParameter& parameter : KnownParameters())
-        known.push_back(parameter.name);
+    const std::vector<std::string> known = NamesOfTheProduct();
     UnusedParameters found;
     for (const GivenParameter& parameter : given) {
         const std::string placeholder = PlaceholderFor(parameter.name);
@@ -222,6 +220,18 @@ bool IsParameterName(std::string_view name) {
 
 bool IsOfTheProduct(const std::string& name) {
     return IsKnownParameter(name);
+}
+
+std::vector<std::string> NamesOfTheProduct() {
+    std::vector<std::string> names;
+    for (const ZETParameter& parameter : KnownParameters())
+        names.push_back(parameter.name);
+    return names;
+}
+
+bool HaveSameMeaning(const std::string& name, const std::string& one, const std::string& other) {
+    const std::optional<bool> flag = FlagOfParam(name, one);
+    return flag ? flag == FlagOfParam(name, other) : one == other;
 }
 
 std::string PlaceholderFor(const std::string& name) {

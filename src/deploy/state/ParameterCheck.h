@@ -49,6 +49,12 @@ bool IsParameterName(std::string_view name);
 /// Whether the product has a parameter of this name.
 bool IsOfTheProduct(const std::string& name);
 
+/// The names of all that it has.
+std::vector<std::string> NamesOfTheProduct();
+
+/// Whether both values say the same of the parameter: what is yes or no has several words for it.
+bool HaveSameMeaning(const std::string& name, const std::string& one, const std::string& other);
+
 /// The placeholder that a parameter is which the product does not have: "${ntp_server}" for "NTP_SERVER".
 std::string PlaceholderFor(const std::string& name);
 
