@@ -146,7 +146,7 @@ REALM=NEW
     for key in ZET_CFG_DIR ZET_CFG_TEMPL_DIR ZET_VAR_LIB_DIR; do
         echo "$key=" >>zet.conf
         run_zet param set conf a 2
-        assert_refusal 1 "$HOST/zet.conf: $key is empty (give it an absolute path, or remove its line)"
+        assert_refusal 1 "$HOST/zet.conf:4:$((${#key} + 2)): $key is empty (give it an absolute path, or remove its line)"
         run_zet --root "$HOST" status
         assert_status 1
         sed -i '$d' zet.conf

@@ -49,6 +49,24 @@ own_list() {
     [[ $stderr != *unknown* ]]
 }
 
+@test "what is assumed and cannot be is wrong use, and what somebody uses is told to nobody" {
+    printf 'x\ny\n' >etc/values.d/ntp_server
+    remember_host
+    run_zet commit-config -n --set NTP_SERVER=assumed
+    assert_refusal 2 "--set: NTP_SERVER is the file $HOST/etc/values.d/ntp_server, too (keep one of the two)"
+    run_zet commit-config -n --set ZET_HISTROY=no
+    assert_refusal 2 "--set: the product has no parameter ZET_HISTROY (did you mean ZET_HISTORY?)"
+    assert_host_unchanged
+    rm etc/values.d/ntp_server templates/values.conf
+    echo x >etc/values.d/extra
+    run_zet commit-config -n --diff --set NTP_SERVER=assumed
+    assert_status 3
+    assert_stderr ""
+    [[ $output == *"+ntp = assumed"$'\n'* ]]
+    run_zet commit-config -n --set NTP_SERVER=x --set NTP_SREVER=assumed
+    assert_stderr "zet-client: warning: --set: nobody knows the parameter NTP_SREVER, and nothing uses \${ntp_srever} (correct its name)"
+}
+
 @test "a value that clashes is a problem of a check and of a commit, and of nothing else" {
     echo x >etc/values.d/realm
     echo MAX_LIFE=1 >etc/defaults.d/10.conf

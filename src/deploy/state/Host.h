@@ -75,6 +75,7 @@ class Host {
     /// A `Failure` unless each parameter that has to names a directory: an empty one would stand for the
     /// root.
     void RequireDirectories();
+    [[noreturn]] void FailOfMainFile(const std::string& key, const ZETParameterProblem& problem);
 
     const std::string m_configFile;
     const Options m_options;

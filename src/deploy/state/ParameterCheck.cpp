@@ -44,12 +44,6 @@ constexpr Source kSources[] = {
     {"${valid_group_names}", "VALID_GROUP_NAMES"},
 };
 
-const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const std::string& name) {
-    const auto last = std::find_if(given.rbegin(), given.rend(),
-                                   [&](const GivenParameter& parameter) { return parameter.name == name; });
-    return last == given.rend() ? nullptr : &*last;
-}
-
 bool HasValue(const StringMap& values, const std::string& placeholder) {
     const auto found = values.find(placeholder);
     return found != values.end() && !found->second.empty() && found->second != "ldap://";
@@ -69,10 +63,12 @@ std::optional<std::string> Expanded(const std::string& value, const StringMap& v
 
 class ValueCheck {
   public:
-    ValueCheck(IZETCore& core, const std::vector<GivenParameter>& defaults)
+    ValueCheck(IZETCore& core, const std::vector<GivenParameter>& defaults,
+               const std::vector<GivenParameter>& assumed)
         : m_core(core), m_file(core.GetParam("ZET_CFG")), m_given(defaults) {
         for (GivenParameter& parameter : GivenParameters(ReadFileBytes(m_file)))
             m_given.push_back(std::move(parameter));
+        m_given.insert(m_given.end(), assumed.begin(), assumed.end());
     }
 
     void CheckUsed(const StringMap& values, const std::set<std::string>& used) {
@@ -123,16 +119,17 @@ class ValueCheck {
             given = FindGiven(m_given, name);
         }
         if (!m_told.insert(name).second) return;
-        const bool isMeant = name == kDomain || name == kServer;
+        const bool hasDefault = name != kDomain && name != kServer;
+        const bool hasLine = given != nullptr && given->line > 0;
         if (!m_core.GetParam(name).empty()) {
             Add(given, Words("%s has nothing to make %s of", name, source.placeholder),
                 _("correct its value"));
-        } else if (isMeant) {
+        } else if (given == nullptr && !hasDefault) {
             Add(given, Words("%s is not set, so that %s has no value", name, source.placeholder),
                 Words("add a line %s=VALUE, or use \"option set\"", name));
         } else {
             Add(given, Words("%s is empty, so that %s has no value", name, source.placeholder),
-                _("give it a value, or remove its line"));
+                hasLine && hasDefault ? _("give it a value, or remove its line") : _("give it a value"));
         }
     }
 
@@ -183,10 +180,17 @@ std::vector<GivenParameter> GivenParameters(std::string_view text) {
     return given;
 }
 
+const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const std::string& name) {
+    const auto last = std::find_if(given.rbegin(), given.rend(),
+                                   [&](const GivenParameter& parameter) { return parameter.name == name; });
+    return last == given.rend() ? nullptr : &*last;
+}
+
 std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& values,
                                           const std::set<std::string>& used,
-                                          const std::vector<GivenParameter>& defaults) {
-    ValueCheck check(core, defaults);
+                                          const std::vector<GivenParameter>& defaults,
+                                          const std::vector<GivenParameter>& assumed) {
+    ValueCheck check(core, defaults, assumed);
     check.CheckGiven(values);
     check.CheckUsed(values, used);
     return check.Result();

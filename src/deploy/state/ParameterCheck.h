@@ -24,13 +24,17 @@ struct GivenParameter {
 
 std::vector<GivenParameter> GivenParameters(std::string_view text);
 
+/// The last one of the name, which is the one that counts; null: there is none.
+const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const std::string& name);
+
 /// Parameters whose values make files that no program can use: those without a value, as far as the
 /// placeholders in `used` ask for them and `values` has none, those that hold what was not meant to be part
 /// of them, and those that are not of their kind. Before those of the main configuration file there are the
-/// `defaults`.
+/// `defaults`, and behind them those that are `assumed`.
 std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& values,
                                           const std::set<std::string>& used,
-                                          const std::vector<GivenParameter>& defaults = {});
+                                          const std::vector<GivenParameter>& defaults = {},
+                                          const std::vector<GivenParameter>& assumed = {});
 
 /// Of `given`, the parameters that nobody knows and nothing uses.
 struct UnusedParameters {
