@@ -201,6 +201,25 @@ REALM=NEW
         cp before zet.conf
     done
     assert_equal "$(head -c 11 state/state.db)" "no database"
+    rm state/state.db
+    mkdir lib
+    : >lib/libsqlite3.so.0
+    capture env LD_LIBRARY_PATH="$PWD/lib" "$ZET_BIN/zet-client" --config "$HOST/zet.conf" option set ZET_HISTORY no
+    assert_status 0
+    assert_output "$HOST/zet.conf: changed"
+    [[ $stderr == *"warning: what is changed is not recorded: libsqlite3.so.0: cannot be loaded: "* ]]
+}
+
+@test "a history that is full is switched off all the same" {
+    zet -q option set REALM X
+    capture strace -f -qq -o "$BASE/trace" -P "$HOST/state/state.db-wal" -e trace=pwrite64 -e inject=pwrite64:error=ENOSPC \
+        "$ZET_BIN/zet-client" --config "$HOST/zet.conf" option set ZET_HISTORY no
+    grep -q INJECTED "$BASE/trace"
+    assert_status 0
+    assert_output "$HOST/zet.conf: changed"
+    [[ $stderr == *"warning: what is changed is not recorded: $HOST/state/state.db: the history cannot be used: database or disk is full"* ]]
+    run_zet option get ZET_HISTORY
+    assert_success no
 }
 
 @test "unset removes the lines of the main file, and what else gives the parameter counts" {

@@ -98,18 +98,28 @@ FileOutcome EditMainFile(Deployment& product, const FileEdit::Operation& operati
                      [&](const std::string& staged) { RequireParameterFile(staged, edit.Path()); });
 }
 
+/// Of the store, or of a library that it needs: only these are named without a directory.
+bool IsOfHistory(Deployment& product, const Failure& failure) {
+    const std::string& file = failure.Facts().file;
+    return file.starts_with(product.State().Store()) ||
+           (!file.empty() && file.find('/') == std::string::npos);
+}
+
 /// A history that cannot be used keeps every other edit from being made, and this one is the way out.
-FileOutcome EditWithoutHistory(Deployment& product, const FileEdit::Operation& operation) {
+FileOutcome EditToEndHistory(Deployment& product, const FileEdit::Operation& operation) {
+    std::string reason;
     try {
         return EditMainFile(product, operation);
     } catch (const Interrupted&) {
         throw;
     } catch (const Failure& failure) {
-        if (!failure.Facts().file.starts_with(product.State().Store())) throw;
-        product.Out().Warning(Words("what is changed is not recorded: %s", failure.what()));
+        if (!IsOfHistory(product, failure)) throw;
+        reason = failure.what();
     }
     const ParamOverride none(product.Core(), kHistory, "no");
-    return EditMainFile(product, operation);
+    FileOutcome outcome = EditMainFile(product, operation);
+    product.Out().Warning(Words("what is changed is not recorded: %s", reason));
+    return outcome;
 }
 
 void SetLines(Deployment& product, const std::string& path, const std::string& name,
@@ -158,7 +168,7 @@ FileOutcome SetOption(Deployment& product, const std::string& name, const std::s
     RequireLastingDirectory(product, name, value);
     const auto set = [&](const std::string& path) { SetLines(product, path, name, value); };
     const bool endsHistory = name == kHistory && !FlagOfParam(name, value).value_or(true);
-    FileOutcome outcome = endsHistory ? EditWithoutHistory(product, set) : EditMainFile(product, set);
+    FileOutcome outcome = endsHistory ? EditToEndHistory(product, set) : EditMainFile(product, set);
     if (const auto below = product.Values().SourceBelowMain(name))
         product.Out().Remark(
             Words("%s of %s:%s does not count any more", name, below->file, std::to_string(below->line)));
