@@ -128,7 +128,7 @@ _zet() {
         param) words='get set unset restore' ;;
         line) words='get set restore' ;;
         file) words='strip reserve restore forget list' ;;
-        option) words='get set list' ;;
+        option) words='get set unset list' ;;
         'template install') options+=' --force' words=$(_zet_templates) ;;
         'template status' | 'template diff' | 'template upgrade') words=$(_zet_templates) ;;
         'template process') options+=' --value' words=$(_zet_templates) ;;
@@ -158,7 +158,7 @@ _zet() {
         'param '*' 1') words=$(_zet_names "$file") ;;
         'help 0') ;;
         'help '*) words='' ;;
-        'option get 0' | 'option set 0') words=$(_zet_parameters "$parameters" | sort -u) ;;
+        'option get 0' | 'option set 0' | 'option unset 0') words=$(_zet_parameters "$parameters" | sort -u) ;;
         'option set 1') _zet_values "$previous" ;;
         'template process 1') words='' files=-f ;;
         'template process '[2-9]*) words='' ;;

@@ -133,7 +133,7 @@ _zet() {
         (param) known=(get set unset restore) ;;
         (line) known=(get set restore) ;;
         (file) known=(strip reserve restore forget list) ;;
-        (option) known=(get set list) ;;
+        (option) known=(get set unset list) ;;
         ('template install') options+=(--force) known=(${(f)"$(_zet_templates)"}) ;;
         ('template status'|'template diff'|'template upgrade') known=(${(f)"$(_zet_templates)"}) ;;
         ('template process') options+=(--value) known=(${(f)"$(_zet_templates)"}) ;;
@@ -165,7 +165,7 @@ _zet() {
         ('history show 1'|'history diff 2'|'history erase 0') _zet_files ;;
         (help\ 0) compadd -- $known ;;
         (help\ *) return 1 ;;
-        ('option get 0'|'option set 0') compadd -- ${(fu)"$(_zet_parameters $parameters)"} ;;
+        ('option get 0'|'option set 0'|'option unset 0') compadd -- ${(fu)"$(_zet_parameters $parameters)"} ;;
         ('option set 1') _zet_values $previous; compadd -- $known ;;
         ('template process 0') compadd -- $known ;;
         ('template process 1') _zet_files ;;

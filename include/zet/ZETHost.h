@@ -143,6 +143,10 @@ struct ZETParameterProblem {
 /// has a value of its kind, or one with a placeholder that a template replaces.
 ZET_API std::optional<ZETParameterProblem> ProblemOfParam(const std::string& key, const std::string& value);
 
+/// What a value of a parameter that is yes or no counts as, be it written as true or false, 1 or 0; as its
+/// default, where it says neither. None: the core knows no such parameter that is yes or no.
+ZET_API std::optional<bool> FlagOfParam(const std::string& key, const std::string& value);
+
 enum class ZETLogTarget { StandardError, SystemLog };
 
 /// Where log records go, and which: those up to `threshold` (`ZETLogError` only errors, `ZETLogNotice` all).

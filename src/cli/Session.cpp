@@ -25,7 +25,7 @@ void StartLog(const GlobalOptions& asked) {
 Options OptionsOf(const GlobalOptions& asked) {
     Options options;
     options.role = asked.role;
-    options.mendsParameters = asked.command == "option set";
+    options.mendsParameters = asked.command == "option set" || asked.command == "option unset";
     options.root = asked.root;
     options.moduleFile = asked.moduleFile;
     options.program = asked.program;

@@ -98,8 +98,7 @@ const std::string& Parameters::Server() const {
 
 bool Parameters::Flag(const std::string& key) const {
     const std::string* value = Find(key);
-    const std::optional<bool> flag = value != nullptr ? ReadFlag(*value) : std::nullopt;
-    return flag ? *flag : *ReadFlag(FindParameter(key)->value);
+    return *FlagOfParam(key, value != nullptr ? *value : "");
 }
 
 bool Parameters::ServiceDiscovery() const {
@@ -157,6 +156,13 @@ std::optional<ZETParameterProblem> ProblemOfParam(const std::string& key, const 
     if (const auto problem = Core::ProblemOfFlag(key, value)) return problem;
     const Core::ParameterEntry* entry = Core::FindParameter(key);
     return entry != nullptr ? Core::ProblemOfKind(*entry, value) : std::nullopt;
+}
+
+std::optional<bool> FlagOfParam(const std::string& key, const std::string& value) {
+    const Core::ParameterEntry* entry = Core::FindParameter(key);
+    if (entry == nullptr || entry->kind != ZETParameterKind::YesNo) return std::nullopt;
+    const std::optional<bool> flag = Core::ReadFlag(value);
+    return flag ? flag : Core::ReadFlag(entry->value);
 }
 
 }  // namespace ZET

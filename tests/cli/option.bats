@@ -146,13 +146,124 @@ REALM=NEW
     for key in ZET_CFG_DIR ZET_CFG_TEMPL_DIR ZET_VAR_LIB_DIR; do
         echo "$key=" >>zet.conf
         run_zet param set conf a 2
-        assert_refusal 1 "$HOST/zet.conf: $key is empty (give it an absolute path, or remove its line)"
+        assert_refusal 1 "$HOST/zet.conf:4:$((${#key} + 2)): $key is empty (give it an absolute path, or remove its line)"
         run_zet --root "$HOST" status
         assert_status 1
         sed -i '$d' zet.conf
     done
     assert_file conf $'a=1\n'
     assert_absent /zet.lock
+}
+
+@test "set refuses a name that a check would refuse, and tells the one that is meant" {
+    mkdir -p etc/values.d templates
+    echo ZET_CFG_DIR="$HOST/etc" >>zet.conf
+    echo ZET_CFG_TEMPL_DIR="$HOST/templates" >>zet.conf
+    : >templates/targets.toml
+    echo text >etc/values.d/multi
+    remember_host
+    # refused NAME MESSAGE
+    refused() {
+        run_zet option set "$1" 1
+        assert_refusal 1 "the option would break the configuration file: $2"
+    }
+    refused ZET_FOO "the product has no parameter ZET_FOO (names of your own must not begin with ZET_)"
+    refused ZET_SYNK "the product has no parameter ZET_SYNK (did you mean ZET_SYNC?)"
+    refused MULTI "MULTI is the file $HOST/etc/values.d/multi, too (keep one of the two)"
+    refused realm "realm would be \${realm}, which the product makes of REALM (set REALM, or give it another name)"
+    refused TICKET_MAX_LIVE "nobody knows the parameter TICKET_MAX_LIVE, and nothing uses \${ticket_max_live} (did you mean TICKET_MAX_LIFE?)"
+    assert_files_unchanged
+    printf '[templates."a"]\ntarget = "%s/a"\nroles = "both"\n' "$HOST" >templates/targets.toml
+    echo 'life = ${ticket_max_live}' >templates/a
+    run_zet option set TICKET_MAX_LIVE 8h
+    assert_success "$HOST/zet.conf: changed"
+    run_zet option set SITE berlin
+    assert_success "$HOST/zet.conf: changed"
+}
+
+@test "a history that cannot be used is switched off all the same, and nothing else is set" {
+    break_store
+    local off
+    for off in no false 0; do
+        cp zet.conf before
+        run_zet option set REALM X
+        assert_refusal 1 "$HOST/state/state.db: $BROKEN_STORE"
+        run_zet option set ZET_HISTORY yes
+        assert_refusal 1 "$HOST/state/state.db: $BROKEN_STORE"
+        cmp zet.conf before
+        run_zet option set ZET_HISTORY "$off"
+        assert_status 0
+        assert_output "$HOST/zet.conf: changed"
+        assert_stderr "zet-client: warning: what is changed is not recorded: $HOST/state/state.db: $BROKEN_STORE"
+        assert_equal "$(tail -n 1 zet.conf)" "ZET_HISTORY=$off"
+        run_zet option set SERVER_ID 7
+        assert_status 0
+        cp before zet.conf
+    done
+    assert_equal "$(head -c 11 state/state.db)" "no database"
+    rm state/state.db
+    mkdir lib
+    : >lib/libsqlite3.so.0
+    capture env LD_LIBRARY_PATH="$PWD/lib" "$ZET_BIN/zet-client" --config "$HOST/zet.conf" option set ZET_HISTORY no
+    assert_status 0
+    assert_output "$HOST/zet.conf: changed"
+    [[ $stderr == *"warning: what is changed is not recorded: libsqlite3.so.0: cannot be loaded: "* ]]
+}
+
+@test "a history that is full is switched off all the same" {
+    zet -q option set REALM X
+    capture strace -f -qq -o "$BASE/trace" -P "$HOST/state/state.db-wal" -e trace=pwrite64 -e inject=pwrite64:error=ENOSPC \
+        "$ZET_BIN/zet-client" --config "$HOST/zet.conf" option set ZET_HISTORY no
+    grep -q INJECTED "$BASE/trace"
+    assert_status 0
+    assert_output "$HOST/zet.conf: changed"
+    [[ $stderr == *"warning: what is changed is not recorded: $HOST/state/state.db: the history cannot be used: database or disk is full"* ]]
+    run_zet option get ZET_HISTORY
+    assert_success no
+}
+
+@test "unset removes the lines of the main file, and what else gives the parameter counts" {
+    mkdir -p etc/defaults.d
+    printf '# REALM=OLD\n  REALM=A\nSERVER_ID=7\nREALM=B' >>zet.conf
+    echo ZET_CFG_DIR="$HOST/etc" | cat - zet.conf >new
+    mv new zet.conf
+    run_zet option unset -n --diff REALM
+    assert_status 3
+    [[ $output == *$'\n-  REALM=A\n'* && $output == *$'\n-REALM=B\n'* ]]
+    run_zet option unset REALM
+    assert_success "$HOST/zet.conf: changed"
+    assert_file zet.conf "ZET_CFG_DIR=$HOST/etc
+DOMAIN=example.org
+SERVER=srv.example.org
+ZET_VAR_LIB_DIR=$HOST/state
+# REALM=OLD
+SERVER_ID=7
+"
+    run_zet option get REALM
+    assert_success EXAMPLE.ORG
+    run_zet option unset REALM
+    assert_success "$HOST/zet.conf: unchanged"
+    echo SERVER_ID=9 >etc/defaults.d/10.conf
+    run_zet option unset SERVER_ID
+    assert_status 0
+    assert_output "$HOST/zet.conf: changed"
+    assert_stderr "zet-client: SERVER_ID of $HOST/etc/defaults.d/10.conf:1 counts now"
+    run_zet undo
+    assert_status 0
+    run_zet option get SERVER_ID
+    assert_success 7
+}
+
+@test "unset mends what keeps commands from starting, and refuses what is none" {
+    echo ZET_CFG_DIR= >>zet.conf
+    run_zet status
+    assert_status 1
+    run_zet option unset ZET_CFG_DIR
+    assert_success "$HOST/zet.conf: changed"
+    run_zet option unset 'A B'
+    assert_refusal 2 "NAME \"A B\" is no name of a parameter (use letters, digits and \"_\", no digit first)"
+    run_zet option unset ZET_CFG
+    assert_refusal 2 "ZET_CFG is always the file that is read (name another one with --config)"
 }
 
 @test "set in a dry run shows the change and makes none" {

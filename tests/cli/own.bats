@@ -49,6 +49,24 @@ own_list() {
     [[ $stderr != *unknown* ]]
 }
 
+@test "what is assumed and cannot be is wrong use, and what somebody uses is told to nobody" {
+    printf 'x\ny\n' >etc/values.d/ntp_server
+    remember_host
+    run_zet commit-config -n --set NTP_SERVER=assumed
+    assert_refusal 2 "--set: NTP_SERVER is the file $HOST/etc/values.d/ntp_server, too (keep one of the two)"
+    run_zet commit-config -n --set ZET_HISTROY=no
+    assert_refusal 2 "--set: the product has no parameter ZET_HISTROY (did you mean ZET_HISTORY?)"
+    assert_host_unchanged
+    rm etc/values.d/ntp_server templates/values.conf
+    echo x >etc/values.d/extra
+    run_zet commit-config -n --diff --set NTP_SERVER=assumed
+    assert_status 3
+    assert_stderr ""
+    [[ $output == *"+ntp = assumed"$'\n'* ]]
+    run_zet commit-config -n --set NTP_SERVER=x --set NTP_SREVER=assumed
+    assert_stderr "zet-client: warning: --set: nobody knows the parameter NTP_SREVER, and nothing uses \${ntp_srever} (correct its name)"
+}
+
 @test "a value that clashes is a problem of a check and of a commit, and of nothing else" {
     echo x >etc/values.d/realm
     echo MAX_LIFE=1 >etc/defaults.d/10.conf
@@ -149,6 +167,43 @@ when = \"SITE=berlin\""
     run_zet check-config
     assert_status 0
     assert_stderr "zet-client: no problems found"
+}
+
+@test "when compares what is yes or no by its meaning" {
+    local value
+    echo own >etc/own.conf
+    own_list "[templates.\"own.conf\"]
+target = \"$HOST/out/own.conf\"
+roles = \"both\"
+when = \"SERVICE_DISCOVERY=no\""
+    zet -q commit-config
+    for value in no false 0; do
+        sed -i /SERVICE_DISCOVERY/d zet.conf
+        echo "SERVICE_DISCOVERY=$value" >>zet.conf
+        run_zet commit-config -n
+        assert_success "2 unchanged"
+    done
+    for value in yes true 1; do
+        run_zet commit-config -n --set "SERVICE_DISCOVERY=$value"
+        assert_status 3
+        [[ $output == *"own.conf: would be"* ]]
+    done
+    sed -i 's/=no"/=off"/' etc/targets.d/10.toml
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/etc/targets.d/10.toml:4:8: 'off' is no value for SERVICE_DISCOVERY and counts as no (write yes or no)"
+}
+
+@test "a parameter that only a condition knows is a problem where it is much like another, and else a warning" {
+    echo IDENTITY=sssd >>templates/values.conf
+    own_list $'[templates."one.conf"]\nwhen = "IDENTTY=sssd"\n[[edits]]\nfile = "/x"\nparam = "a"\nvalue = "b"\nwhen = "SITE=berlin"\noptional = true'
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/etc/targets.d/10.toml:2: when asks for the parameter IDENTTY, which nobody gives (did you mean IDENTITY?)"
+    [[ $stderr == *"warning: $HOST/etc/targets.d/10.toml:7: when asks for the parameter SITE, which nobody gives (correct its name, or give it a value, which may be empty)"* ]]
+    printf 'IDENTTY=x\nSITE=\n' >etc/defaults.d/10.conf
+    run_zet -q check-config
+    assert_success ""
 }
 
 @test "a target can be made without a notice" {

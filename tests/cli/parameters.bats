@@ -35,7 +35,16 @@ zet-client: nothing was changed"
     assert_status 3
     sed -i '$d' zet.conf
     run_zet commit-config -n --set REALM=
-    assert_status 1
+    assert_refusal 1 "--set: REALM is empty, so that \${realm} has no value (give it a value)
+zet-client: nothing was changed"
+    echo REALM=HERE.ORG >>zet.conf
+    run_zet commit-config -n --set REALM=
+    assert_refusal 1 "--set: REALM is empty, so that \${realm} has no value (give it a value)
+zet-client: nothing was changed"
+    sed -i '$d' zet.conf
+    sed -i 's/^DOMAIN=.*/DOMAIN=/' zet.conf
+    assert_problem "1:8: DOMAIN is empty, so that \${realm} has no value (give it a value)"
+    sed -i 's/^DOMAIN=.*/DOMAIN=example.org/' zet.conf
     echo 'TICKET_MAX_LIFE=' >>zet.conf
     run_zet check-config
     assert_status 0
@@ -109,7 +118,7 @@ $HOST/zet.conf:10:10: 'maybe' is no value for ZET_SYNC and counts as yes (write 
     mkdir -p tree/etc/zet tree/var/lib/zet
     printf 'ZET_VAR_LIB_DIR=var\nZET_CFG_DIR=\n' >tree/etc/zet/zet.conf
     capture "$ZET_BIN/zet-client" --root tree status
-    assert_refusal 1 "$HOST/tree/etc/zet/zet.conf: ZET_CFG_DIR is empty (give it an absolute path, or remove its line)"
+    assert_refusal 1 "$HOST/tree/etc/zet/zet.conf:2:13: ZET_CFG_DIR is empty (give it an absolute path, or remove its line)"
     capture "$ZET_BIN/zet-client" --root tree option set ZET_VAR_LIB_DIR /var/lib/zet
     assert_success "$HOST/tree/etc/zet/zet.conf: changed"
     capture "$ZET_BIN/zet-client" --root tree option set ZET_CFG_DIR /etc/zet

@@ -129,6 +129,18 @@ $HOST/etc/two.conf.old: created"
     done
 }
 
+@test "what is a list or a value is no template" {
+    local name
+    : >templates/targets.toml
+    : >templates/values.conf
+    remember_host
+    for name in targets.toml values.conf targets.d/x.toml; do
+        run_zet template install "$name"
+        assert_refusal 2 "NAME \"$name\" is no template, but one of the lists or values (name a template)"
+    done
+    assert_host_unchanged
+}
+
 @test "install in a dry run shows what would be and does nothing" {
     echo mine >etc/two.conf
     remember_host
@@ -283,6 +295,54 @@ extra = x example.org
     printf '%s\n' '[templates."two.conf"]' "target = \"$HOST/two\"" 'roles = "both"' >templates/targets.toml
     run_zet template process two.conf "$HOST/two"
     assert_success "$HOST/two: created"
+}
+
+# make_secret KEYS: the template two.conf, that everybody may read, has a secret target.
+make_secret() {
+    printf '%s\n' '[templates."two.conf"]' "target = \"$HOST/two\"" 'roles = "both"' 'secret = true' "$@" >templates/targets.toml
+    chmod 644 templates/two.conf
+    zet commit-config
+}
+
+# assert_mode MODE FILE
+assert_mode() {
+    assert_equal "$(stat -c %a "$2")" "$1"
+}
+
+@test "process gives the mode that the list has, wherever it renders to" {
+    make_secret 'mode = "0600"'
+    run_zet template process -n two.conf copy
+    assert_status 3
+    run_zet template process two.conf copy
+    assert_success "copy: created"
+    assert_mode 600 copy
+    run_zet template process two.conf "$HOST/two"
+    assert_success "$HOST/two: unchanged"
+    chmod 644 two
+    run_zet template process -n two.conf two
+    assert_status 3
+    assert_output "two: would be changed, mode 0644 -> 0600"
+    run_zet template process two.conf two
+    assert_status 0
+    assert_mode 600 two
+}
+
+@test "process makes no copy of a secret that more may read than the target, or what was there" {
+    make_secret
+    assert_mode 644 two
+    run_zet template process two.conf open
+    assert_mode 644 open
+    chmod 640 two
+    run_zet template process two.conf copy
+    assert_mode 640 copy
+    run_zet template process two.conf two
+    assert_success "two: unchanged"
+    (umask 077 && echo former >closed)
+    run_zet template process -n two.conf closed
+    assert_output "closed: would be changed"
+    run_zet template process two.conf closed
+    assert_status 0
+    assert_mode 600 closed
 }
 
 @test "process over a target that was edited since its commit warns of it" {

@@ -44,6 +44,16 @@ TEST_F(Parameters, EveryFlagWordIsUnderstood) {
     }
 }
 
+TEST_F(Parameters, FlagOfAValueIsToldWithoutAHost) {
+    for (const char* word : {"yes", "true", "1"})
+        EXPECT_EQ(FlagOfParam("SERVICE_DISCOVERY", word), true) << word;
+    for (const char* word : {"no", "false", "0", "", "off"})
+        EXPECT_EQ(FlagOfParam("SERVICE_DISCOVERY", word), false) << word;
+    EXPECT_EQ(FlagOfParam("ZET_SYNC", "off"), true);
+    EXPECT_EQ(FlagOfParam("REALM", "yes"), std::nullopt);
+    EXPECT_EQ(FlagOfParam("SITE", "yes"), std::nullopt);
+}
+
 TEST_F(Parameters, DefaultsFitASmallDomain) {
     Start("DOMAIN=example.org\n");
     const std::pair<const char*, const char*> defaults[] = {

@@ -62,7 +62,7 @@ ZET_API FileOutcome Adopt(Product& product, const std::string& file);
 /// A parameter of the product itself; none: nobody knows it, and no line gives it.
 ZET_API std::optional<std::string> GetOption(Product& product, const std::string& name);
 
-/// A value with which no command could start any more is a `Failure`.
+/// What a check would have against the line is a `Failure`.
 ZET_API FileOutcome SetOption(Product& product, const std::string& name, const std::string& value);
 
 }  // namespace ZET::Deploy

@@ -8,7 +8,7 @@
 #include "deploy/host/Companions.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
-#include "deploy/state/Assumptions.h"
+#include "deploy/targets/Assumptions.h"
 
 namespace ZET::Cli {
 

@@ -29,6 +29,11 @@ int Set(Session& session, const OptionWords& asked) {
     return ReportFile(session, SetOption(session.Product(), asked.name, asked.value));
 }
 
+int Unset(Session& session, const OptionWords& asked) {
+    BeginFileReport(session);
+    return ReportFile(session, UnsetOption(session.Product(), asked.name));
+}
+
 struct NoWords {};
 
 int ListAll(Session& session, const NoWords&) {
@@ -53,6 +58,8 @@ void RegisterOption(CommandLine& line) {
                                                                           "The parameter");
     family.Add<OptionWords>("set", "Set a parameter", Set)("NAME", &OptionWords::name, "The parameter")
         .Text("VALUE", &OptionWords::value, "Its value");
+    family.Add<OptionWords>("unset", "Remove the lines of a parameter", Unset)("NAME", &OptionWords::name,
+                                                                               "The parameter");
     family.Add<NoWords>("list", "List the parameters, and where each comes from", ListAll);
 }
 

@@ -3,16 +3,21 @@
 #include <algorithm>
 #include <exception>
 #include <new>
+#include <string_view>
 #include <vector>
 
 #include "deploy/edit/Edits.h"
 #include "deploy/edit/FileEdit.h"
 #include "deploy/edit/SoundBlocks.h"
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Overrides.h"
+#include "deploy/state/OwnText.h"
 #include "deploy/targets/EditRules.h"
+#include "deploy/targets/UnknownNames.h"
+#include "text/Lines.h"
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
@@ -21,6 +26,7 @@ namespace {
 
 constexpr char kConfigFile[] = "ZET_CFG";
 constexpr char kLanguage[] = "ZET_LANG";
+constexpr char kHistory[] = "ZET_HISTORY";
 
 [[noreturn]] void FailToSet(const Failure& failure) {
     throw Failure(Words("the option would break the configuration file: %s", failure.what()), failure.Facts(),
@@ -67,6 +73,84 @@ void RequireLastingDirectory(Deployment& product, const std::string& name, const
          .remedy = _("\"rollback-config\" of both roles first, and commit again afterwards")});
 }
 
+void RequireChangeable(const std::string& name) {
+    RequireOptionName(name, "NAME");
+    if (name == kConfigFile)
+        throw UsageError(_("ZET_CFG is always the file that is read (name another one with --config)"));
+}
+
+/// What a check would say of the line is said before it is there.
+void RequireSoundLine(Deployment& product, const std::string& name, const std::string& value) {
+    if (const auto problem = ProblemOfParam(name, value))
+        FailToSet(Failure({.text = problem->text, .remedy = problem->remedy}));
+    if (const auto problem = product.Values().ProblemOfName(name)) FailToSet(Failure(*problem));
+    const UnusedParameters judged = JudgeName(product, name);
+    if (!judged.mistyped.empty()) FailToSet(Failure(judged.mistyped.front()));
+}
+
+FileOutcome EditMainFile(Deployment& product, const FileEdit::Operation& operation) {
+    // None of the system's own text gets into this file, so that a language that the host does not have can
+    // be set right.
+    const ParamOverride language(product.Core(), kLanguage, "C");
+    FileEdit edit(product, product.ConfigFile(), FileInPlace::Access::ByPath);
+    LookAtBlocks(product, {product.ConfigFile(), edit.Path()});
+    return edit.Make(operation, true,
+                     [&](const std::string& staged) { RequireParameterFile(staged, edit.Path()); });
+}
+
+/// Of the store, or of a library that it needs: only these are named without a directory.
+bool IsOfHistory(Deployment& product, const Failure& failure) {
+    const std::string& file = failure.Facts().file;
+    return file.starts_with(product.State().Store()) ||
+           (!file.empty() && file.find('/') == std::string::npos);
+}
+
+/// A history that cannot be used keeps every other edit from being made, and this one is the way out.
+FileOutcome EditToEndHistory(Deployment& product, const FileEdit::Operation& operation) {
+    std::string reason;
+    try {
+        return EditMainFile(product, operation);
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure& failure) {
+        if (!IsOfHistory(product, failure)) throw;
+        reason = failure.what();
+    }
+    const ParamOverride none(product.Core(), kHistory, "no");
+    FileOutcome outcome = EditMainFile(product, operation);
+    product.Out().Warning(Words("what is changed is not recorded: %s", reason));
+    return outcome;
+}
+
+void SetLines(Deployment& product, const std::string& path, const std::string& name,
+              const std::string& value) {
+    const std::string file = product.Param(kConfigFile);
+    if (path != file) {
+        // The trial: what the module does to its own file, done to the copy.
+        const auto copy = OpenedFile(product, path, true);
+        copy->SetParamValue(name, value);
+        SaveEdited(*copy);
+        return;
+    }
+    const bool isRead =
+        RemedyErrors(kRemedyOfSaving, [&] { return product.Config().UpdateConfigFileParam(name, value); });
+    if (!isRead)
+        throw Failure(
+            {.file = file, .text = _("cannot be read any more"), .remedy = _("run the command again")});
+}
+
+std::string WithoutLines(std::string_view text, const std::string& name) {
+    std::string rest;
+    while (!text.empty()) {
+        const std::string_view before = text;
+        Text::TakeLine(text);
+        const std::string_view line = before.substr(0, before.size() - text.size());
+        const std::vector<GivenParameter> given = GivenParameters(line);
+        if (given.empty() || given.front().name != name) rest += line;
+    }
+    return rest;
+}
+
 }  // namespace
 
 std::optional<std::string> GetOption(Deployment& product, const std::string& name) {
@@ -78,38 +162,32 @@ std::optional<std::string> GetOption(Deployment& product, const std::string& nam
 }
 
 FileOutcome SetOption(Deployment& product, const std::string& name, const std::string& value) {
-    RequireOptionName(name, "NAME");
+    RequireChangeable(name);
     RequireOneLine(value, "VALUE");
-    if (name == kConfigFile)
-        throw UsageError(_("ZET_CFG is always the file that is read (name another one with --config)"));
-    if (const auto problem = ProblemOfParam(name, value))
-        FailToSet(Failure({.text = problem->text, .remedy = problem->remedy}));
+    RequireSoundLine(product, name, value);
     RequireLastingDirectory(product, name, value);
-    const std::string file = product.Param(kConfigFile);
-    // None of the system's own text gets into this file, so that a language that the host does not have can
-    // be set right.
-    const ParamOverride language(product.Core(), kLanguage, "C");
-    FileEdit edit(product, product.ConfigFile(), FileInPlace::Access::ByPath);
-    LookAtBlocks(product, {product.ConfigFile(), edit.Path()});
-    const auto set = [&](const std::string& path) {
-        if (path != file) {
-            // The trial: what the module does to its own file, done to the copy.
-            const auto copy = OpenedFile(product, path, true);
-            copy->SetParamValue(name, value);
-            SaveEdited(*copy);
-            return;
-        }
-        const bool isRead = RemedyErrors(kRemedyOfSaving,
-                                         [&] { return product.Config().UpdateConfigFileParam(name, value); });
-        if (!isRead)
-            throw Failure(
-                {.file = file, .text = _("cannot be read any more"), .remedy = _("run the command again")});
-    };
-    FileOutcome outcome =
-        edit.Make(set, true, [&](const std::string& staged) { RequireParameterFile(staged, edit.Path()); });
+    const auto set = [&](const std::string& path) { SetLines(product, path, name, value); };
+    const bool endsHistory = name == kHistory && !FlagOfParam(name, value).value_or(true);
+    FileOutcome outcome = endsHistory ? EditToEndHistory(product, set) : EditMainFile(product, set);
     if (const auto below = product.Values().SourceBelowMain(name))
         product.Out().Remark(
             Words("%s of %s:%s does not count any more", name, below->file, std::to_string(below->line)));
+    return outcome;
+}
+
+FileOutcome UnsetOption(Deployment& product, const std::string& name) {
+    RequireChangeable(name);
+    const auto below = product.Values().SourceBelowMain(name);
+    const std::vector<GivenParameter>& given = product.Values().GivenByMain();
+    if (FindGiven(given, name) != nullptr && !below) {
+        const auto known = KnownParameter(name);
+        RequireLastingDirectory(product, name, known ? known->value : "");
+    }
+    FileOutcome outcome = EditMainFile(product, [&](const std::string& path) {
+        SaveOwnText(path, WithoutLines(ReadFileBytes(path), name), ModeOf(path));
+    });
+    if (below)
+        product.Out().Remark(Words("%s of %s:%s counts now", name, below->file, std::to_string(below->line)));
     return outcome;
 }
 

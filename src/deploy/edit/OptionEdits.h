@@ -13,8 +13,11 @@ namespace ZET::Deploy {
 /// None: there is no such parameter.
 std::optional<std::string> GetOption(Deployment& product, const std::string& name);
 
-/// A value with which no command could start any more is a `Failure`, and changes nothing.
+/// What a check would have against the line is a `Failure`, and changes nothing.
 FileOutcome SetOption(Deployment& product, const std::string& name, const std::string& value);
+
+/// Takes the lines of the parameter out of the main file, so that what else gives it counts, or its default.
+FileOutcome UnsetOption(Deployment& product, const std::string& name);
 
 }  // namespace ZET::Deploy
 

@@ -32,7 +32,7 @@ Number NumberOf(Host& product, const char* key, Number otherwise) {
 }  // namespace
 
 bool History::KeepsTexts() const {
-    return m_product.Param("ZET_HISTORY") != "no";
+    return m_product.Flag("ZET_HISTORY");
 }
 
 StoreLimits History::Limits() const {
@@ -73,8 +73,8 @@ Store& History::ToRecord() {
         m_store = nullptr;
         // From now on, there is one.
         const FoundStore found = std::exchange(m_foundUnder, {}).expired() ? Find() : m_found;
-        m_store = std::make_unique<Store>(File(), Store::Access::Record, Limits(),
-                                          m_product.Param("ZET_SYNC") != "no", found);
+        m_store = std::make_unique<Store>(File(), Store::Access::Record, Limits(), m_product.Flag("ZET_SYNC"),
+                                          found);
         TellLoss();
         m_store->GiveUpLost();
         TellNewKey();

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
 #include "deploy/host/Words.h"
@@ -59,10 +60,20 @@ void Host::RequireDirectories() {
     for (const char* key : kDirectories) {
         const auto problem = ProblemOfParam(key, Param(key));
         if (!problem) continue;
-        if (!m_options.mendsParameters)
-            throw Failure({.file = Param("ZET_CFG"), .text = problem->text, .remedy = problem->remedy});
+        if (!m_options.mendsParameters) FailOfMainFile(key, *problem);
         Core().UpdateParam(key, DefaultOf(key));
     }
+}
+
+void Host::FailOfMainFile(const std::string& key, const ZETParameterProblem& problem) {
+    const std::string file = Param("ZET_CFG");
+    const std::vector<GivenParameter> all = GivenParameters(ReadFileBytes(file));
+    const GivenParameter* const given = FindGiven(all, key);
+    throw Failure({.file = file,
+                   .line = given == nullptr ? 0 : given->line,
+                   .column = given == nullptr ? 0 : given->column,
+                   .text = problem.text,
+                   .remedy = problem.remedy});
 }
 
 bool IsOwnDirectory(const std::string& key) {

@@ -39,6 +39,9 @@ class Host {
     /// A parameter; those that name directories of the product are paths that can be opened.
     std::string Param(const std::string& key) { return Core().GetParam(key); }
 
+    /// The same of one that is yes or no.
+    bool Flag(const std::string& key) { return FlagOfParam(key, Param(key)).value_or(false); }
+
     /// Every parameter that the core has, with its value.
     StringMap CoreParams() const { return m_core->GetParams(); }
 
@@ -72,6 +75,7 @@ class Host {
     /// A `Failure` unless each parameter that has to names a directory: an empty one would stand for the
     /// root.
     void RequireDirectories();
+    [[noreturn]] void FailOfMainFile(const std::string& key, const ZETParameterProblem& problem);
 
     const std::string m_configFile;
     const Options m_options;

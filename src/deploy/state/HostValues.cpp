@@ -1,6 +1,5 @@
 #include "deploy/state/HostValues.h"
 
-#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -49,7 +48,7 @@ void HostValues::TakeDefaults() {
     for (const GivenParameter& given : m_fleet) {
         const bool isFixed = given.name == kMainFile || given.name == kOwnDirectory;
         const bool isBroken = IsOwnDirectory(given.name) && ProblemOfParam(given.name, given.value);
-        if (isFixed || isBroken || LastOf(m_main, given.name) != nullptr) continue;
+        if (isFixed || isBroken || FindGiven(m_main, given.name) != nullptr) continue;
         m_host.Core().UpdateParam(given.name, given.value);
     }
 }
@@ -164,21 +163,14 @@ void HostValues::CheckMain() {
         CheckName(given, false);
 }
 
-/// Whether the name can be a placeholder of one's own.
-bool HostValues::CheckName(const GivenParameter& given, bool isShipped) {
-    const std::string& name = given.name;
-    if (IsOfTheProduct(name)) return true;
-    const std::string placeholder = PlaceholderFor(name);
-    const auto clash = [&](const std::string& text, const std::string& remedy) {
-        AddOf(given, text, remedy);
-        m_clashing.insert(placeholder);
-        return false;
+/// What keeps a name from being a placeholder of one's own, without its place.
+std::optional<Problem> HostValues::ClashOf(const std::string& name) const {
+    const auto clash = [](const std::string& text, const std::string& remedy) {
+        return Problem{.text = text, .remedy = remedy};
     };
+    const std::string placeholder = PlaceholderFor(name);
     if (name.starts_with(kOwnPrefix)) {
-        std::vector<std::string> known;
-        for (const ZETParameter& parameter : KnownParameters())
-            known.push_back(parameter.name);
-        const std::string nearest = NearestName(name, known);
+        const std::string nearest = NearestName(name, NamesOfTheProduct());
         return clash(Words("the product has no parameter %s", name),
                      nearest.empty() ? _("names of your own must not begin with ZET_")
                                      : Words("did you mean %s?", nearest));
@@ -189,14 +181,41 @@ bool HostValues::CheckName(const GivenParameter& given, bool isShipped) {
     if (const std::string own = ParameterSpelled(name); !own.empty())
         return clash(Words("the product has the parameter %s", own),
                      _("write it in capital letters, or use another name"));
-    const auto [known, isFirst] = m_spelled.emplace(placeholder, given);
-    if (!isFirst && known->second.name != name)
+    const auto known = m_spelled.find(placeholder);
+    if (known != m_spelled.end() && known->second.name != name)
         return clash(Words("%s and %s are both %s", name, known->second.name, placeholder),
                      _("use one spelling of the name"));
-    const auto text = m_textFiles.find(placeholder);
-    if (isShipped || text == m_textFiles.end()) return true;
-    AddOf(given, Words("%s is the file %s, too", name, text->second), _("keep one of the two"));
-    return false;
+    return std::nullopt;
+}
+
+/// A text of several lines that has this name, too.
+std::optional<Problem> HostValues::ClashWithText(const std::string& name) const {
+    const auto text = m_textFiles.find(PlaceholderFor(name));
+    if (text == m_textFiles.end()) return std::nullopt;
+    return Problem{.text = Words("%s is the file %s, too", name, text->second),
+                   .remedy = _("keep one of the two")};
+}
+
+/// Whether the name can be a placeholder of one's own.
+bool HostValues::CheckName(const GivenParameter& given, bool isShipped) {
+    if (IsOfTheProduct(given.name)) return true;
+    const std::string placeholder = PlaceholderFor(given.name);
+    std::optional<Problem> clash = ClashOf(given.name);
+    if (clash) {
+        m_clashing.insert(placeholder);
+    } else {
+        m_spelled.emplace(placeholder, given);
+        if (!isShipped) clash = ClashWithText(given.name);
+    }
+    if (clash) AddOf(given, clash->text, clash->remedy);
+    return !clash;
+}
+
+std::optional<Problem> HostValues::ProblemOfName(const std::string& name) {
+    ReadRest();
+    if (IsOfTheProduct(name)) return std::nullopt;
+    const std::optional<Problem> clash = ClashOf(name);
+    return clash ? clash : ClashWithText(name);
 }
 
 void HostValues::CheckText(const std::string& name, const std::string& file) {
@@ -250,7 +269,7 @@ StringMap HostValues::Params() {
 
 std::optional<HostValues::Source> HostValues::SourceOfParam(const std::string& name) {
     ReadRest();
-    if (const GivenParameter* const given = LastOf(m_main, name))
+    if (const GivenParameter* const given = FindGiven(m_main, name))
         return Source{m_host.Param(kMainFile), given->line};
     if (const auto below = SourceBelowMain(name)) return below;
     const std::string maker = ParameterThatMakes(name);
@@ -260,7 +279,7 @@ std::optional<HostValues::Source> HostValues::SourceOfParam(const std::string& n
 std::optional<HostValues::Source> HostValues::SourceBelowMain(const std::string& name) {
     ReadRest();
     for (const auto* source : {&m_fleet, &m_shipped})
-        if (const GivenParameter* const given = LastOf(*source, name))
+        if (const GivenParameter* const given = FindGiven(*source, name))
             return Source{given->file, given->line};
     return std::nullopt;
 }

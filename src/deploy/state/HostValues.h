@@ -53,6 +53,9 @@ class HostValues {
     /// What is wrong in the sources: lines that are none, names that clash, files that are no values.
     std::vector<Problem> Problems();
 
+    /// What a check would say of a line that gives this name, without its place; none where it may be given.
+    std::optional<Problem> ProblemOfName(const std::string& name);
+
     /// The parameters of the fleet's defaults, and of the main file.
     const std::vector<GivenParameter>& GivenByFleet() const { return m_fleet; }
     const std::vector<GivenParameter>& GivenByMain();
@@ -66,6 +69,11 @@ class HostValues {
     /// The files and directories that root relies on; those that are not there are left out.
     std::vector<std::string> Files();
 
+    /// The caller gives the parameter a value, whatever the host's files say.
+    void Assume(const GivenParameter& given) { m_assumed.push_back(given); }
+
+    const std::vector<GivenParameter>& Assumed() const { return m_assumed; }
+
     /// Parameters have other values now.
     void Forget() { m_own.reset(); }
 
@@ -78,6 +86,8 @@ class HostValues {
     void CheckFleet();
     void CheckShipped();
     void CheckMain();
+    std::optional<Problem> ClashOf(const std::string& name) const;
+    std::optional<Problem> ClashWithText(const std::string& name) const;
     bool CheckName(const GivenParameter& given, bool isShipped);
     void CheckText(const std::string& name, const std::string& file);
     void AddOf(const GivenParameter& given, const std::string& text, const std::string& remedy);
@@ -88,6 +98,7 @@ class HostValues {
     std::vector<GivenParameter> m_shipped;
     std::vector<GivenParameter> m_fleet;
     std::vector<GivenParameter> m_main;
+    std::vector<GivenParameter> m_assumed;
     std::map<std::string, std::string> m_textFiles;   ///< by placeholder
     StringMap m_texts;                                ///< the same
     std::map<std::string, GivenParameter> m_spelled;  ///< by placeholder: how the first one spells it

@@ -63,10 +63,12 @@ std::optional<std::string> Expanded(const std::string& value, const StringMap& v
 
 class ValueCheck {
   public:
-    ValueCheck(IZETCore& core, const std::vector<GivenParameter>& defaults)
+    ValueCheck(IZETCore& core, const std::vector<GivenParameter>& defaults,
+               const std::vector<GivenParameter>& assumed)
         : m_core(core), m_file(core.GetParam("ZET_CFG")), m_given(defaults) {
         for (GivenParameter& parameter : ReadConfText("", ReadFileBytes(m_file)).given)
             m_given.push_back(std::move(parameter));
+        m_given.insert(m_given.end(), assumed.begin(), assumed.end());
     }
 
     void CheckUsed(const StringMap& values, const std::set<std::string>& used) {
@@ -117,16 +119,17 @@ class ValueCheck {
             given = LastOf(m_given, name);
         }
         if (!m_told.insert(name).second) return;
-        const bool isMeant = name == kDomain || name == kServer;
+        const bool hasDefault = name != kDomain && name != kServer;
+        const bool hasLine = given != nullptr && given->line > 0;
         if (!m_core.GetParam(name).empty()) {
             Add(given, Words("%s has nothing to make %s of", name, source.placeholder),
                 _("correct its value"));
-        } else if (isMeant) {
+        } else if (given == nullptr && !hasDefault) {
             Add(given, Words("%s is not set, so that %s has no value", name, source.placeholder),
                 Words("add a line %s=VALUE, or use \"option set\"", name));
         } else {
             Add(given, Words("%s is empty, so that %s has no value", name, source.placeholder),
-                _("give it a value, or remove its line"));
+                hasLine && hasDefault ? _("give it a value, or remove its line") : _("give it a value"));
         }
     }
 
@@ -167,10 +170,17 @@ const GivenParameter* LastOf(const std::vector<GivenParameter>& given, const std
     return last == given.rend() ? nullptr : &*last;
 }
 
+const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const std::string& name) {
+    const auto last = std::find_if(given.rbegin(), given.rend(),
+                                   [&](const GivenParameter& parameter) { return parameter.name == name; });
+    return last == given.rend() ? nullptr : &*last;
+}
+
 std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& values,
                                           const std::set<std::string>& used,
-                                          const std::vector<GivenParameter>& defaults) {
-    ValueCheck check(core, defaults);
+                                          const std::vector<GivenParameter>& defaults,
+                                          const std::vector<GivenParameter>& assumed) {
+    ValueCheck check(core, defaults, assumed);
     check.CheckGiven(values);
     check.CheckUsed(values, used);
     return check.Result();
@@ -178,9 +188,7 @@ std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& value
 
 UnusedParameters FindUnusedParameters(const std::string& file, const std::vector<GivenParameter>& given,
                                       const std::set<std::string>& used, const std::set<std::string>& asked) {
-    std::vector<std::string> known;
-    for (const ZETParameter& parameter : KnownParameters())
-        known.push_back(parameter.name);
+    const std::vector<std::string> known = NamesOfTheProduct();
     UnusedParameters found;
     for (const GivenParameter& parameter : given) {
         const std::string placeholder = PlaceholderFor(parameter.name);
@@ -206,6 +214,18 @@ bool IsParameterName(std::string_view name) {
 
 bool IsOfTheProduct(const std::string& name) {
     return IsKnownParameter(name);
+}
+
+std::vector<std::string> NamesOfTheProduct() {
+    std::vector<std::string> names;
+    for (const ZETParameter& parameter : KnownParameters())
+        names.push_back(parameter.name);
+    return names;
+}
+
+bool HaveSameMeaning(const std::string& name, const std::string& one, const std::string& other) {
+    const std::optional<bool> flag = FlagOfParam(name, one);
+    return flag ? flag == FlagOfParam(name, other) : one == other;
 }
 
 std::string PlaceholderFor(const std::string& name) {

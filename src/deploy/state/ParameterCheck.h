@@ -25,13 +25,17 @@ struct GivenParameter {
 /// The last one of the name, which is in force; null: there is none.
 const GivenParameter* LastOf(const std::vector<GivenParameter>& given, const std::string& name);
 
+/// The last one of the name, which is the one that counts; null: there is none.
+const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const std::string& name);
+
 /// Parameters whose values make files that no program can use: those without a value, as far as the
 /// placeholders in `used` ask for them and `values` has none, those that hold what was not meant to be part
 /// of them, and those that are not of their kind. Before those of the main configuration file there are the
-/// `defaults`.
+/// `defaults`, and behind them those that are `assumed`.
 std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& values,
                                           const std::set<std::string>& used,
-                                          const std::vector<GivenParameter>& defaults = {});
+                                          const std::vector<GivenParameter>& defaults = {},
+                                          const std::vector<GivenParameter>& assumed = {});
 
 /// Of `given`, the parameters that nobody knows and nothing uses.
 struct UnusedParameters {
@@ -49,6 +53,12 @@ bool IsParameterName(std::string_view name);
 
 /// Whether the product has a parameter of this name.
 bool IsOfTheProduct(const std::string& name);
+
+/// The names of all that it has.
+std::vector<std::string> NamesOfTheProduct();
+
+/// Whether both values say the same of the parameter: what is yes or no has several words for it.
+bool HaveSameMeaning(const std::string& name, const std::string& one, const std::string& other);
 
 /// The placeholder that a parameter is which the product does not have: "${ntp_server}" for "NTP_SERVER".
 std::string PlaceholderFor(const std::string& name);

@@ -143,7 +143,7 @@ void RecordedText::Complete(int descriptor, const RecordedState& wanted) const {
     RecordedState given = wanted;
     if (!MayHaveSetIds(wanted, made.st_gid)) given.mode &= ~kSetIdBits;
     GiveRecordedAttributes(descriptor, path, given, m_product.Out());
-    if (m_product.Param("ZET_SYNC") != "no" && fsync(descriptor) != 0) Fail(path, _("cannot be synced"));
+    if (m_product.Flag("ZET_SYNC") && fsync(descriptor) != 0) Fail(path, _("cannot be synced"));
 }
 
 /// In his own directory, a user could have written what is given to a group that is not his.

@@ -8,14 +8,12 @@
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
-#include "deploy/state/ParameterCheck.h"
 #include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/OwnCheck.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ServiceNames.h"
 #include "deploy/targets/TargetCheck.h"
-#include "text/Lines.h"
-#include "text/Placeholders.h"
+#include "deploy/targets/UnknownNames.h"
 
 namespace ZET::Deploy {
 
@@ -71,54 +69,12 @@ std::set<std::string> UnusedValues(Deployment& product, const std::set<std::stri
     return unused;
 }
 
-/// Those of templates that were not checked, too: of the other role, and of what is not in force.
-std::set<std::string> UsedAnywhere(Deployment& product, const std::set<std::string>& used) {
-    std::set<std::string> all = used;
-    const auto take = [&](std::string_view line) {
-        for (std::string& placeholder : Text::PlaceholdersOf(line))
-            all.insert(std::move(placeholder));
-    };
-    const auto takeLines = [&](std::string_view lines) {
-        while (!lines.empty())
-            take(Text::TakeLine(lines).text);
-    };
-    for (const Target& target : product.Lists().Targets().targets) {
-        const std::string file = TemplateFile(product, target.templateName);
-        try {
-            if (!file.empty() && product.HostPaths().StaysInside(file)) ReadChunks(file, takeLines);
-        } catch (const Failure&) {
-            // Whoever wants to render it is told why.
-        }
-    }
-    // What begins like a comment has placeholders there, too.
-    for (const ListedEdit& edit : product.Lists().Targets().edits)
-        take("=" + edit.value + edit.text);
-    for (const auto& [placeholder, value] : product.Values().Own())
-        take("=" + value);
-    const std::set<std::string>& clashing = product.Values().Clashing();
-    all.insert(clashing.begin(), clashing.end());
-    return all;
-}
-
-void FindUnused(Deployment& product, const std::set<std::string>& used, CheckResult& result) {
-    HostValues& values = product.Values();
-    std::vector<GivenParameter> given = values.GivenByFleet();
-    std::set<std::string> asked;
-    for (const Target& target : product.Lists().Targets().targets)
-        asked.insert(target.when.parameter);
-    for (const ListedEdit& edit : product.Lists().Targets().edits)
-        asked.insert(edit.when.parameter);
-    given.insert(given.end(), values.GivenByMain().begin(), values.GivenByMain().end());
-    UnusedParameters unused = FindUnusedParameters(product.Param("ZET_CFG"), given, used, asked);
-    result.warnings = std::move(unused.unused);
-    for (Problem& problem : unused.mistyped)
+void TellUnknownNames(Deployment& product, const std::set<std::string>& used, CheckResult& result) {
+    UnusedParameters unknown = FindUnknownNames(product, used);
+    for (Problem& problem : unknown.mistyped)
         result.problems.push_back(std::move(problem));
-    for (const auto& [placeholder, file] : values.ValueFiles()) {
-        if (!used.contains(placeholder))
-            result.warnings.push_back({.file = file,
-                                       .text = Words("nothing uses %s", placeholder),
-                                       .remedy = _("correct its name, or remove the file")});
-    }
+    for (Problem& problem : unknown.unused)
+        result.warnings.push_back(std::move(problem));
 }
 
 }  // namespace
@@ -129,7 +85,7 @@ CheckResult Check(Deployment& product, const std::vector<std::string>& templateN
     if (templateNames.empty()) {
         for (Problem& problem : ProblemsOfEdits(product))
             checked.problems.push_back(std::move(problem));
-        FindUnused(product, UsedAnywhere(product, checked.templates.used), result);
+        TellUnknownNames(product, checked.templates.used, result);
         result.unusedValues = UnusedValues(product, checked.templates.used);
     }
     WarnOfServiceNames(product, checked.templates.used);

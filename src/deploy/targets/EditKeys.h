@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "deploy/host/Words.h"
 #include "deploy/targets/KeyReader.h"
@@ -29,22 +30,56 @@ class EditKeys : KeyReader {
                    _("file, param and value or pattern and line, roles, when, optional, name or enabled"));
     }
 
+    /// When all are taken; `place` is the entry's.
+    void Finish(const Place& place) {
+        if (m_first.empty()) return;
+        if (!m_edit.param.empty() && !m_edit.text.empty()) TellBothPairs(place, "line", "param");
+        if (!m_edit.pattern.empty() && !m_edit.value.empty()) TellBothPairs(place, "value", "pattern");
+    }
+
   private:
     void TakeName(const Entry&) {}  // by which the entry was found
     void TakePath(const Entry& entry) { m_edit.path = PathOf(entry).value_or(""); }
-    void TakeValue(const Entry& entry) { m_edit.value = LineOf(entry); }
-    void TakeLine(const Entry& entry) { m_edit.text = LineOf(entry); }
     void TakeOptional(const Entry& entry) { m_edit.isOptional = IsTrue(entry, false); }
 
-    /// One of the two selects the line: the last one said.
     void TakeParam(const Entry& entry) {
+        RequireOnePair(entry, true);
         m_edit.param = SelectorOf(entry);
         m_edit.pattern.clear();
+        m_edit.text.clear();
+    }
+
+    void TakeValue(const Entry& entry) {
+        RequireOnePair(entry, true);
+        m_edit.value = LineOf(entry);
     }
 
     void TakePattern(const Entry& entry) {
+        RequireOnePair(entry, false);
         m_edit.pattern = SelectorOf(entry);
         m_edit.param.clear();
+        m_edit.value.clear();
+    }
+
+    void TakeLine(const Entry& entry) {
+        RequireOnePair(entry, false);
+        m_edit.text = LineOf(entry);
+    }
+
+    /// A later list may choose the other pair, but of two in one entry nobody would know which one counts.
+    void RequireOnePair(const Entry& entry, bool isOfParam) {
+        if (m_first.empty()) {
+            m_first = entry.Name();
+            m_isOfParam = isOfParam;
+        } else if (m_isOfParam != isOfParam) {
+            TellBothPairs(entry.KeyPlace(), entry.Name(), m_first);
+        }
+    }
+
+    void TellBothPairs(const Place& place, const std::string& key, const std::string& other) {
+        if (std::exchange(m_isTold, true)) return;
+        Problems().Add(place, Words("%s stands beside %s in one edit", key, other),
+                       _("keep param and value, or pattern and line"));
     }
 
     std::string LineOf(const Entry& entry) { return TextOf(entry, _("write it in quotes")).value_or(""); }
@@ -56,6 +91,9 @@ class EditKeys : KeyReader {
     }
 
     ListedEdit& m_edit;
+    std::string m_first{};  ///< key of a pair
+    bool m_isOfParam = false;
+    bool m_isTold = false;
 };
 
 }  // namespace ZET::Deploy

@@ -46,6 +46,10 @@ class KeyReader {
         if (equals == std::string::npos || !IsParameterName(name))
             return Problems().Add(entry.ValuePlace(), Words("when is \"%s\"", *text), remedy);
         m_entry.when = {name, text->substr(equals + 1)};
+        if (!FlagOfParam(name, "")) return;
+        // Another value counts as the default, which nobody means here.
+        if (const auto problem = ProblemOfParam(name, m_entry.when.value))
+            Problems().Add(entry.ValuePlace(), problem->text, problem->remedy);
     }
 
     std::optional<std::string> PathOf(const Entry& entry) {

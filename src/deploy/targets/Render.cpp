@@ -223,6 +223,10 @@ bool HasNotice(Deployment& product, const std::string& templateName) {
     return target == nullptr || target->hasNotice;
 }
 
+mode_t ModeOfRendering(Deployment& product, const std::string& templateName) {
+    return ModeToGive(product, templateName, TemplateFile(product, templateName));
+}
+
 std::string WorkingCopy(Host& host, const std::string& templateName) {
     return host.Param("ZET_CFG_DIR") + "/" + templateName;
 }

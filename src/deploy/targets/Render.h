@@ -25,6 +25,9 @@ std::string TemplateFile(Host& host, const std::string& templateName);
 /// Whether what the template renders to begins with the system's notice.
 bool HasNotice(Deployment& product, const std::string& templateName);
 
+/// The mode that a commit gives what the template renders to.
+mode_t ModeOfRendering(Deployment& product, const std::string& templateName);
+
 /// The working copy's path, whether it is there or not.
 std::string WorkingCopy(Host& host, const std::string& templateName);
 

@@ -282,8 +282,10 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
     }
     Append(checked.problems, checker.Result());
     Append(checked.problems, product.Values().Problems());
-    Append(checked.problems, CheckParameterValues(product.Core(), product.TemplateValues(),
-                                                  checked.templates.used, product.Values().GivenByFleet()));
+    HostValues& values = product.Values();
+    Append(checked.problems,
+           CheckParameterValues(product.Core(), product.TemplateValues(), checked.templates.used,
+                                values.GivenByFleet(), values.Assumed()));
     if (product.Wanted().onlyLooks) WarnOfRights(product.Out(), checked.problems);
     return checked;
 }

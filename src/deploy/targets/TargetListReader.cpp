@@ -18,15 +18,8 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr std::string_view kOwnDirectories[] = {"targets.d/", "defaults.d/", "values.d/"};
-
 bool LeavesDirectory(const std::string& name) {
     return name.empty() || name.front() == '/' || HasStepUp(name);
-}
-
-bool IsInOwnDirectory(const std::string& name) {
-    return std::any_of(std::begin(kOwnDirectories), std::end(kOwnDirectories),
-                       [&](std::string_view directory) { return name.starts_with(directory); });
 }
 
 /// Where something of an entry stands, in whichever list.
@@ -164,7 +157,7 @@ class ListReader {
             return refuse(_("leaves the directory of the templates"), _("name a template below it"));
         if (HasEnd(name))
             return refuse(_("has a NUL byte or a line feed in its name"), _("give it another name"));
-        if (IsInOwnDirectory(name))
+        if (IsAmongLists(name))
             return refuse(_("would stand among lists or values"), _("give it another name"));
         TakeKeys(entry, *table);
     }
@@ -186,6 +179,7 @@ class ListReader {
         for (const Entry& key : keys) {
             if (key.Name() == "target") listed.path = PlaceHere(key.ValuePlace());
             reader.Take(key);
+            if (key.Name() == "when") SetPlace(listed.entry.when, key);
         }
     }
 
@@ -241,7 +235,14 @@ class ListReader {
             if (key.Name() == "file") listed.path = PlaceHere(key.ValuePlace());
             listed.hasValue = listed.hasValue || key.Name() == "value" || key.Name() == "line";
             reader.Take(key);
+            if (key.Name() == "when") SetPlace(edit.when, key);
         }
+        reader.Finish(place);
+    }
+
+    void SetPlace(Condition& when, const Entry& key) const {
+        when.file = m_file;
+        when.line = static_cast<int>(key.ValuePlace().line);
     }
 
     ListPlace PlaceHere(const Place& place) { return {&m_problems, m_file, place}; }
@@ -287,8 +288,8 @@ class Judge {
 
   private:
     void Decide(ListEntry& entry) const {
-        entry.isConditionMet =
-            entry.when.parameter.empty() || m_valueOf(entry.when.parameter) == entry.when.value;
+        const auto& [parameter, value, file, line] = entry.when;
+        entry.isConditionMet = parameter.empty() || HaveSameMeaning(parameter, m_valueOf(parameter), value);
     }
 
     /// For each role that the target is for.

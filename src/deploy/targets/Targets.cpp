@@ -1,6 +1,8 @@
 #include "deploy/targets/Targets.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <iterator>
 #include <set>
 
 #include "deploy/host/Failure.h"
@@ -13,7 +15,7 @@
 namespace ZET::Deploy {
 
 std::string TargetListFile(Host& host) {
-    return host.Param("ZET_CFG_TEMPL_DIR") + "/targets.toml";
+    return host.Param("ZET_CFG_TEMPL_DIR") + "/" + kTargetList;
 }
 
 namespace {
@@ -59,6 +61,13 @@ std::optional<Problem> AddOwnLists(const Paths& paths, const std::string& direct
 std::string ListEntry::WhyNot() const {
     if (!isEnabled) return _("it is disabled");
     return isConditionMet ? "" : Words("%s is not so", when.Text());
+}
+
+bool IsAmongLists(std::string_view templateName) {
+    constexpr std::string_view kDirectories[] = {"targets.d/", "defaults.d/", "values.d/"};
+    return templateName == "values.conf" ||
+           std::any_of(std::begin(kDirectories), std::end(kDirectories),
+                       [&](std::string_view directory) { return templateName.starts_with(directory); });
 }
 
 TargetList ReadTargetList(Host& host) {

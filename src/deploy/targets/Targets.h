@@ -8,6 +8,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "deploy/state/Host.h"
@@ -19,6 +20,8 @@ namespace ZET::Deploy {
 struct Condition {
     std::string parameter;  ///< empty: nothing has to be so
     std::string value;
+    std::string file{};  ///< the list that says so
+    int line = 0;
 
     std::string Text() const { return parameter + "=" + value; }
 };
@@ -93,8 +96,13 @@ struct TargetList {
     std::string ownDirectory{};           ///< where these are
 };
 
+inline constexpr char kTargetList[] = "targets.toml";
+
 /// The list of targets, in the directory of the pristine templates.
 std::string TargetListFile(Host& host);
+
+/// Whether a template of this name would stand among lists or values.
+bool IsAmongLists(std::string_view templateName);
 
 /// Reads the shipped list, and the host's own after it: `targets.d/*.toml` in ZET_CFG_DIR, in the order of
 /// their bytes. A list that cannot be read is a `Failure`, and so is, while root runs, one that others may

@@ -155,6 +155,9 @@ void RequireTemplateName(const std::string& name) {
         throw UsageError(
             Words("NAME \"%s\" leaves the directory of the templates (name a template below it)", name));
     }
+    if (name == kTargetList || IsAmongLists(name))
+        throw UsageError(
+            Words("NAME \"%s\" is no template, but one of the lists or values (name a template)", name));
 }
 
 bool InstallTemplates(Deployment& product, const std::vector<std::string>& names, bool isForced) {

@@ -25,6 +25,8 @@ namespace ZET::Deploy {
 
 namespace {
 
+constexpr mode_t kModeBits = 07777;
+
 /// Without a list that can be used, nothing is known to be a target.
 TargetList UsableList(Host& host) {
     try {
@@ -121,11 +123,25 @@ void TemplateProcess::WarnOfEdits() {
             : Words("%s: was edited since the last commit; the edits are overwritten", m_path));
 }
 
+/// As a commit would; but where the list has no mode for a secret, nobody may read a copy of it who may not
+/// read the target, or what was there before.
+mode_t TemplateProcess::ModeToGive() const {
+    const std::string& name = m_rendering.templateName;
+    mode_t mode = ModeOfRendering(m_product, name);
+    const Target* const target = m_product.Lists().EntryOf(name);
+    if (target == nullptr || !target->isSecret || target->mode) return mode;
+    for (const std::string& path : {m_product.FilePath(target->path), m_path})
+        if (const FileState there = StateOf(path); there.exists) mode &= there.mode;
+    return mode;
+}
+
 FileOutcome TemplateProcess::RunInTrial() {
     const Staging staging;
     const QuietLog quiet(ZETLogWarning);
     const std::string staged = RenderStaged(m_product, staging, m_rendering.templateName, m_rendering.values);
-    return Planned(staged, GiveOwnerInPlace(m_path, staged));
+    FileState after = GiveOwnerInPlace(m_path, staged);
+    after.mode &= ~kModeBits | ModeToGive();
+    return Planned(staged, after);
 }
 
 FileOutcome TemplateProcess::RunInPlace() {
@@ -133,7 +149,7 @@ FileOutcome TemplateProcess::RunInPlace() {
     const std::string& name = m_rendering.templateName;
     const FileInPlace place(m_product.HostPaths().Find(m_target), m_path);
     // As in a dry run, there may be no working copy yet.
-    const mode_t mode = ModeOf(TemplateFile(m_product, name));
+    const mode_t mode = ModeToGive();
     // What it makes is nobody's target: without texts, there is nothing to know of it.
     Recording recording(m_product, Recording::Use::OfFiles, m_writing->Records());
     Expect(recording, place);

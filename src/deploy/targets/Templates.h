@@ -44,6 +44,7 @@ class TemplateProcess {
     FileOutcome Planned(const std::string& made, const FileState& after);
     ShownDiff DiffOf(const std::string& before, const std::string& made);
     void WarnOfEdits();
+    mode_t ModeToGive() const;
     FileOutcome RunInTrial();
     FileOutcome RunInPlace();
     void Expect(Recording& recording, const FileInPlace& place);

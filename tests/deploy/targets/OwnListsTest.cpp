@@ -128,7 +128,7 @@ TEST(OwnLists, MistakesOfEveryListAreTold) {
 }
 
 TEST(OwnLists, TemplateAmongListsOrValuesIsAProblem) {
-    for (const char* name : {"targets.d/x.toml", "values.d/x", "defaults.d/x.conf"})
+    for (const char* name : {"targets.d/x.toml", "values.d/x", "defaults.d/x.conf", "values.conf"})
         EXPECT_THAT(ProblemsOf(ListOf({Entry("", name)})),
                     ElementsAre(HasSubstr("would stand among lists or values")));
 }
@@ -166,6 +166,26 @@ TEST(OwnLists, BrokenEditsAreProblems) {
     EXPECT_THAT(ProblemsOf(ListOf({"[[edits]]\nname = \"n\"\nfile = \"/f\"\nparam = \"p\"\nvalue = \"\"\n"
                                    "[[edits]]\nname = \"n\"\n"})),
                 ElementsAre(HasSubstr("L1:6:1: edit \"n\" is there twice")));
+}
+
+TEST(OwnLists, EditWithKeysOfBothPairsIsAProblem) {
+    const std::string head = "[[edits]]\nname = \"n\"\nfile = \"/f\"\n";
+    const auto problemsOf = [&](const std::string& keys, const std::string& later) {
+        return ProblemsOf(ListOf({head + keys, "[[edits]]\nname = \"n\"\n" + later}));
+    };
+    const std::string remedy = " in one edit (keep param and value, or pattern and line)";
+    const std::string param = "param = \"p\"\nvalue = \"v\"\n";
+    const std::string line = "pattern = \"^x\"\nline = \"xy\"\n";
+    EXPECT_THAT(problemsOf(param + line, ""), ElementsAre("L1:6:1: pattern stands beside param" + remedy));
+    EXPECT_THAT(problemsOf(line + param, ""), ElementsAre("L1:6:1: param stands beside pattern" + remedy));
+    EXPECT_THAT(problemsOf("param = \"p\"\nline = \"xy\"\n", "roles = \"both\"\n"),
+                ElementsAre("L1:5:1: line stands beside param" + remedy));
+    EXPECT_THAT(problemsOf(param, "line = \"xy\"\n"),
+                ElementsAre("L2:1:1: line stands beside param" + remedy));
+    EXPECT_THAT(problemsOf(line, "value = \"v\"\n"),
+                ElementsAre("L2:1:1: value stands beside pattern" + remedy));
+    EXPECT_THAT(problemsOf(param, line), IsEmpty());
+    EXPECT_THAT(problemsOf(line, param), IsEmpty());
 }
 
 class OwnListsTest : public HostFixture {

@@ -1,0 +1,60 @@
+#include "deploy/targets/Assumptions.h"
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
+#include "deploy/targets/UnknownNames.h"
+#include "zet/ZETErrors.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+constexpr char kSource[] = "--set";
+
+[[noreturn]] void Refuse(const std::string& text, const std::string& remedy) {
+    throw UsageError(Problem{.file = kSource, .text = text, .remedy = remedy}.Describe());
+}
+
+void Assume(Deployment& product, const std::string& name, const std::string& value) {
+    if (name != "ZET_CFG") {
+        if (const auto problem = ProblemOfParam(name, value)) Refuse(problem->text, problem->remedy);
+        if (const auto problem = product.Values().ProblemOfName(name)) Refuse(problem->text, problem->remedy);
+    }
+    try {
+        product.Core().UpdateParam(name, IsOwnDirectory(name) ? product.FilePath(value) : value);
+    } catch (const EZETCheckError& error) {
+        const char* remedy =
+            name == "ZET_CFG" ? _("name another file with --config") : _("write one of the two");
+        throw UsageError(std::string("--set: ") + FailureOf(error, remedy).what());
+    }
+    product.Values().Assume({.name = name, .value = value, .file = kSource});
+}
+
+/// A host may have any name, but few are meant.
+void WarnIfUnknown(Deployment& product, const std::string& name) {
+    const auto warn = [&](const Problem& problem, const std::string& remedy) {
+        product.Out().Warning(Problem{.file = kSource, .text = problem.text, .remedy = remedy}.Describe());
+    };
+    const UnusedParameters judged = JudgeName(product, name);
+    for (const Problem& problem : judged.mistyped)
+        warn(problem, problem.remedy);
+    for (const Problem& problem : judged.unused)
+        warn(problem, _("correct its name"));
+}
+
+}  // namespace
+
+void AssumeParameters(Deployment& product, const StringMap& values) {
+    if (values.empty()) return;
+    if (!product.Wanted().dryRun)
+        throw UsageError(
+            _("--set only asks what would change: use it with -n (\"option set\" sets a parameter)"));
+    for (const auto& [name, value] : values)
+        Assume(product, name, value);
+    product.ForgetValues();
+    for (const auto& [name, value] : values)
+        WarnIfUnknown(product, name);
+}
+
+}  // namespace ZET::Deploy

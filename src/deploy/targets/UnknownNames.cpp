@@ -1,0 +1,121 @@
+#include "deploy/targets/UnknownNames.h"
+
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/Words.h"
+#include "deploy/targets/Render.h"
+#include "text/Lines.h"
+#include "text/Placeholders.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// Those of templates that were not checked, too: of the other role, and of what is not in force.
+std::set<std::string> UsedAnywhere(Deployment& product, const std::set<std::string>& used) {
+    std::set<std::string> all = used;
+    const auto take = [&](std::string_view line) {
+        for (std::string& placeholder : Text::PlaceholdersOf(line))
+            all.insert(std::move(placeholder));
+    };
+    const auto takeLines = [&](std::string_view lines) {
+        while (!lines.empty())
+            take(Text::TakeLine(lines).text);
+    };
+    for (const Target& target : product.Lists().Targets().targets) {
+        const std::string file = TemplateFile(product, target.templateName);
+        try {
+            if (!file.empty() && product.HostPaths().StaysInside(file)) ReadChunks(file, takeLines);
+        } catch (const Failure&) {
+            // Whoever wants to render it is told why.
+        }
+    }
+    // What begins like a comment has placeholders there, too.
+    for (const ListedEdit& edit : product.Lists().Targets().edits)
+        take("=" + edit.value + edit.text);
+    for (const auto& [placeholder, value] : product.Values().Own())
+        take("=" + value);
+    const std::set<std::string>& clashing = product.Values().Clashing();
+    all.insert(clashing.begin(), clashing.end());
+    return all;
+}
+
+/// The conditions of all entries, whatever role they are for.
+std::vector<Condition> ConditionsOf(const TargetList& list) {
+    std::vector<Condition> conditions;
+    const auto take = [&](const ListEntry& entry) {
+        if (entry.isEnabled && !entry.when.parameter.empty()) conditions.push_back(entry.when);
+    };
+    for (const Target& target : list.targets)
+        take(target);
+    for (const ListedEdit& edit : list.edits)
+        take(edit);
+    return conditions;
+}
+
+std::set<std::string> AskedFor(Deployment& product) {
+    std::set<std::string> asked;
+    for (const Condition& when : ConditionsOf(product.Lists().Targets()))
+        asked.insert(when.parameter);
+    return asked;
+}
+
+/// A condition of a parameter that nobody gives is never met.
+void FindUnknownConditions(Deployment& product, UnusedParameters& found) {
+    constexpr std::size_t kShortestLikely = 5;  // two letters of a shorter name are half of another one
+    const StringMap params = product.Values().Params();
+    std::vector<std::string> names = NamesOfTheProduct();
+    for (const auto& [name, value] : params)
+        names.push_back(name);
+    std::set<std::string> told;
+    for (const Condition& when : ConditionsOf(product.Lists().Targets())) {
+        const std::string& name = when.parameter;
+        if (params.contains(name) || !told.insert(name).second) continue;
+        const std::string nearest = name.size() < kShortestLikely ? "" : NearestName(name, names);
+        (nearest.empty() ? found.unused : found.mistyped)
+            .push_back({when.file, when.line, 0,
+                        Words("when asks for the parameter %s, which nobody gives", name),
+                        nearest.empty() ? _("correct its name, or give it a value, which may be empty")
+                                        : Words("did you mean %s?", nearest)});
+    }
+}
+
+void FindUnusedTexts(Deployment& product, const std::set<std::string>& used, UnusedParameters& found) {
+    for (const auto& [placeholder, file] : product.Values().ValueFiles()) {
+        if (!used.contains(placeholder))
+            found.unused.push_back({.file = file,
+                                    .text = Words("nothing uses %s", placeholder),
+                                    .remedy = _("correct its name, or remove the file")});
+    }
+}
+
+}  // namespace
+
+UnusedParameters FindUnknownNames(Deployment& product, const std::set<std::string>& used) {
+    const std::set<std::string> usedAnywhere = UsedAnywhere(product, used);
+    HostValues& values = product.Values();
+    std::vector<GivenParameter> given = values.GivenByFleet();
+    given.insert(given.end(), values.GivenByMain().begin(), values.GivenByMain().end());
+    UnusedParameters found =
+        FindUnusedParameters(product.Param("ZET_CFG"), given, usedAnywhere, AskedFor(product));
+    FindUnusedTexts(product, usedAnywhere, found);
+    FindUnknownConditions(product, found);
+    return found;
+}
+
+UnusedParameters JudgeName(Deployment& product, const std::string& name) {
+    GivenParameter given;
+    given.name = name;
+    if (IsOfTheProduct(name)) return {};
+    try {
+        return FindUnusedParameters("", {given}, UsedAnywhere(product, {}), AskedFor(product));
+    } catch (const Failure&) {
+        return {};
+    }
+}
+
+}  // namespace ZET::Deploy

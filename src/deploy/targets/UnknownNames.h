@@ -1,0 +1,23 @@
+#ifndef ZET_UNKNOWN_NAMES_H
+#define ZET_UNKNOWN_NAMES_H
+
+#include <set>
+#include <string>
+
+#include "deploy/state/ParameterCheck.h"
+#include "deploy/targets/Deployment.h"
+
+/// Names of parameters and values that nobody knows: most of them are mistyped.
+namespace ZET::Deploy {
+
+/// What the host gives and nothing uses, and what a list asks for and nobody gives. `used` are placeholders
+/// that are known to be used.
+UnusedParameters FindUnknownNames(Deployment& product, const std::set<std::string>& used);
+
+/// What would be said of a line that gives this name, without its place. Where a list cannot be read, nobody
+/// can tell: nothing.
+UnusedParameters JudgeName(Deployment& product, const std::string& name);
+
+}  // namespace ZET::Deploy
+
+#endif
