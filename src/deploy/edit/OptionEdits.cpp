@@ -13,6 +13,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/ConfFile.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/targets/EditRules.h"
@@ -145,7 +146,7 @@ std::string WithoutLines(std::string_view text, const std::string& name) {
         const std::string_view before = text;
         Text::TakeLine(text);
         const std::string_view line = before.substr(0, before.size() - text.size());
-        const std::vector<GivenParameter> given = GivenParameters(line);
+        const std::vector<GivenParameter> given = ReadConfText("", line).given;
         if (given.empty() || given.front().name != name) rest += line;
     }
     return rest;

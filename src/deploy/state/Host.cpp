@@ -8,6 +8,7 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/ConfFile.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -67,8 +68,8 @@ void Host::RequireDirectories() {
 
 void Host::FailOfMainFile(const std::string& key, const ZETParameterProblem& problem) {
     const std::string file = Param("ZET_CFG");
-    const std::vector<GivenParameter> all = GivenParameters(ReadFileBytes(file));
-    const GivenParameter* const given = FindGiven(all, key);
+    const std::vector<GivenParameter> all = ReadConfText("", ReadFileBytes(file)).given;
+    const GivenParameter* const given = LastOf(all, key);
     throw Failure({.file = file,
                    .line = given == nullptr ? 0 : given->line,
                    .column = given == nullptr ? 0 : given->column,

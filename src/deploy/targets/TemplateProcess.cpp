@@ -25,8 +25,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr mode_t kModeBits = 07777;
-
 /// Without a list that can be used, nothing is known to be a target.
 TargetList UsableList(Host& host) {
     try {
