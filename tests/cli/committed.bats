@@ -113,7 +113,7 @@ EDITS=("param set out/one.conf other 2" "param restore out/one.conf other" "line
     local name
     for name in ZET_CFG_DIR ZET_CFG_TEMPL_DIR ZET_VAR_LIB_DIR; do
         run_zet option set "$name" "$HOST/elsewhere"
-        assert_refusal 1 "$HOST/zet.conf: $name cannot be changed while targets are committed, which are known there (\"rollback-config\" of both roles first, and commit again afterwards)"
+        assert_refusal 1 "$HOST/zet.conf: $name cannot be changed while something is committed, which is known there (\"rollback-config\" of both roles first, and commit again afterwards)"
     done
     run_zet option set ZET_VAR_LIB_DIR "$HOST/state"
     assert_success "$HOST/zet.conf: unchanged"

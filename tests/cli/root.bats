@@ -296,3 +296,32 @@ zet-client: nothing was changed"
     assert_status 1
     assert_outside_unchanged
 }
+
+@test "what was made under another root is told as that" {
+    run_in_tree -q commit-config
+    mv tree moved
+    TREE=$HOST/moved
+    run_in_moved() { capture "$ZET_BIN/zet-client" --root moved "$@"; }
+    run_in_moved status
+    assert_status 3
+    [[ $output == *$'\n'"$TREE/etc/one.conf: pending, made under another root"$'\n'"1 pending"$'\n' ]]
+    run_in_moved --json status
+    assert_json 'd["targets"][0]["reason"]' "made under another root"
+    run_in_moved explain /etc/one.conf
+    [[ $output == *"$TREE/usr/share/zet/templates/one.conf"* || $output == *"$TREE/etc/zet/one.conf"* ]]
+    [[ $output != *"it is gone"* ]]
+    # What is otherwise in any other place, too, is not only that.
+    sed -i 's/^DOMAIN=.*/DOMAIN=example.com/' moved/etc/zet/zet.conf
+    run_in_moved status
+    [[ $output == *"$TREE/etc/one.conf: pending"$'\n'* ]]
+    sed -i 's/^DOMAIN=.*/DOMAIN=example.org/' moved/etc/zet/zet.conf
+    chmod 600 moved/etc/one.conf
+    run_in_moved status
+    [[ $output == *"$TREE/etc/one.conf: edited"$'\n'* ]]
+    chmod 644 moved/etc/one.conf
+    run_in_moved commit-config
+    assert_success "$TREE/etc/one.conf: changed, the original is kept as $TREE/etc/one.conf.before_zet
+1 changed"
+    run_in_moved status
+    assert_status 0
+}

@@ -60,7 +60,7 @@ $TWO: in sync
 2 in sync"
     assert_states "in sync" "in sync"
     assert_json '[d[x] for x in ("role", "file_server", "commit_time")]' "[\"client\", \"smb3\", \"$(commit_time)\"]"
-    assert_json 'd["targets"][0]' "{\"template\": \"one.conf\", \"file\": \"$ONE\", \"path\": \"$ONE\", \"state\": \"in sync\", \"merged\": false, \"diff\": null, \"changed_lines\": null}"
+    assert_json 'd["targets"][0]' "{\"template\": \"one.conf\", \"file\": \"$ONE\", \"path\": \"$ONE\", \"state\": \"in sync\", \"reason\": null, \"merged\": false, \"diff\": null, \"changed_lines\": null}"
 }
 
 @test "only what is not in sync is listed where that is wanted, and all is counted" {
@@ -77,6 +77,9 @@ $TWO: in sync
     assert_status 3
     assert_json '[t["state"] for t in d["targets"]]' '["missing"]'
     : >templates/targets.toml
+    run_zet status
+    assert_equal "$(tail -n 1 <<<"${output%?}")" "2 left over"
+    zet commit-config
     run_zet status
     assert_equal "$(tail -n 1 <<<"${output%?}")" "no targets"
 }
@@ -177,8 +180,10 @@ $TWO: in sync
     add_target three.conf $'x\n'
     run_zet status
     assert_status 3
-    assert_equal "$(head -n -1 <<<"${output%?}" | tail -n 2)" "$TWO: in sync
-$HOST/out/three.conf: not committed"
+    assert_equal "$(tail -n 4 <<<"${output%?}")" "$TWO: in sync
+$HOST/out/three.conf: not committed
+$ONE: left over
+1 in sync, 1 not committed, 1 left over"
     assert_stderr "zet-client: warning: $ONE: was committed and is not in force any more (the next commit takes it back)"
     run_zet --json status
     assert_json 'len(d["warnings"])' 1
@@ -290,7 +295,7 @@ $TWO: $1"
     run_zet --json status
     assert_status 0
     assert_json 'd["targets"][2]' \
-        "{\"template\": \"three.conf\", \"file\": \"$HOST/by_link/three.conf\", \"path\": \"$HOST/real/three.conf\", \"state\": \"in sync\", \"merged\": false, \"diff\": null, \"changed_lines\": null}"
+        "{\"template\": \"three.conf\", \"file\": \"$HOST/by_link/three.conf\", \"path\": \"$HOST/real/three.conf\", \"state\": \"in sync\", \"reason\": null, \"merged\": false, \"diff\": null, \"changed_lines\": null}"
 }
 
 @test "a file that the list names by a link among its directories is known by its real name" {
@@ -397,4 +402,6 @@ zet-client: \"history show 2 $HOST/out/one.conf\" shows what it held"
     mkdir "$TWO"
     capture timeout 20 "$ZET_BIN/zet-client" --config zet.conf status --diff
     assert_status 3
+    [[ $output == *"$ONE: edited, no regular file"$'\n'"$TWO: edited, no regular file"$'\n'* ]]
+    assert_stderr ""
 }

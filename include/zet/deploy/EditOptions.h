@@ -10,7 +10,7 @@ namespace ZET::Deploy {
 struct EditOptions {
     bool noMarkers = false;  ///< without marker lines
     bool noBackup = false;   ///< without a reserve of the file
-    bool force = false;      ///< a target that a commit recorded, too, which the next commit overwrites
+    bool force = false;      ///< what a commit wrote, too: a target, or a line that the lists ask for
     bool allBlocks = false;  ///< a restore drops the managed blocks of others, too
 
     /// Of a parameter or a line: only in the section "[name]"; empty: in the lines before the first one.

@@ -21,12 +21,14 @@ struct TargetState {
     std::string templateName;
     std::string path;     ///< of the real file, links followed
     std::string state;    ///< "in sync", "pending", "edited", "missing", "not committed", "unknown"
-    std::string trouble;  ///< why it is unknown
+    std::string trouble;  ///< why it is unknown, or the diff is missing
     std::string file;     ///< as the list names it
     FileState before;  ///< of one that is pending or edited: what it is, and what a commit would make of it
     FileState after;
     ShownDiff diff;         ///< of such a one, where it is wanted
     bool isMerged = false;  ///< it holds edits of others that a commit merged
+    std::string
+        reason{};  ///< "made under another root"; why it has no diff: "template refused", "no regular file"
 };
 
 /// A file that was edited in place.
@@ -37,18 +39,21 @@ struct EditState {
 
 /// A line that the lists ask for.
 struct ListedEditState {
-    std::string name;      ///< of its entry; empty: it has none
-    std::string path;      ///< of the real file, links followed
-    std::string selector;  ///< its parameter or pattern
-    std::string state;     ///< "in sync", "pending", "edited", "missing", "not committed", "unknown"
-    std::string list;      ///< with its entry; empty: none asks for it any more
-    int line = 0;          ///< of the entry
+    std::string name;       ///< of its entry; empty: it has none
+    std::string path;       ///< of the real file, links followed
+    std::string selector;   ///< its parameter or pattern
+    std::string state;      ///< "in sync", "pending", "edited", "missing", "not committed", "unknown"
+    std::string list;       ///< with its entry; empty: none asks for it any more
+    int line = 0;           ///< of the entry
+    ShownDiff diff{};       ///< of the last line of a file, where it is wanted: what a commit would change
+    std::string trouble{};  ///< why that is missing
 };
 
 /// A file that was committed and is not in force any more.
 struct LeftOver {
     std::string path;
     bool isEdited = false;  ///< since; the next commit leaves it, and takes back the others
+    std::string templateName{};
 };
 
 struct ZET_API TargetStates {

@@ -10,6 +10,7 @@
 #include "deploy/history/HistoryEntries.h"
 #include "deploy/history/HistoryErasure.h"
 #include "deploy/history/HistoryExport.h"
+#include "deploy/history/HistoryReader.h"
 #include "deploy/host/FileState.h"
 #include "zet/deploy/Failure.h"
 
@@ -57,6 +58,12 @@ std::int64_t NumberIn(const std::string& word) {
     return number;
 }
 
+const char* WhyNone(Session& session, const std::string& file) {
+    if (!file.empty()) return _("no change of it is kept any more");
+    return HistoryReader(session.Product()).LastNumber() == 0 ? _("nothing was recorded yet")
+                                                              : _("no change is kept any more");
+}
+
 int Tell(Session& session, const ListWords& asked) {
     Report& out = session.Out();
     out.Set("file", asked.file.empty() ? Value(nullptr) : Value(asked.file));
@@ -70,9 +77,7 @@ int Tell(Session& session, const ListWords& asked) {
         for (const HistoryFile& file : entry.files)
             out.Line("    " + LineOf(file));
     }
-    if (entries.empty())
-        out.Remark(asked.file.empty() ? _("nothing was recorded yet")
-                                      : _("no change of it is kept any more"));
+    if (entries.empty()) out.Remark(WhyNone(session, asked.file));
     return kDone;
 }
 

@@ -24,11 +24,18 @@ struct StatusOptions {
 
 constexpr char kInSync[] = ZET_TEXT("in sync");
 constexpr char kInPlace[] = ZET_TEXT("in place");
+constexpr char kUnknown[] = ZET_TEXT("unknown");
 
 /// The others, which come from the library and are shown in the reader's language.
 [[maybe_unused]] constexpr const char* kStates[] = {
-    ZET_TEXT("pending"), ZET_TEXT("edited"),  ZET_TEXT("missing"), ZET_TEXT("not committed"),
-    ZET_TEXT("unknown"), ZET_TEXT("changed"), ZET_TEXT("gone"),    ZET_TEXT("differs")};
+    ZET_TEXT("pending"), ZET_TEXT("edited"), ZET_TEXT("missing"), ZET_TEXT("not committed"),
+    ZET_TEXT("changed"), ZET_TEXT("gone"),   ZET_TEXT("differs")};
+[[maybe_unused]] constexpr const char* kReasons[] = {
+    ZET_TEXT("template refused"), ZET_TEXT("no regular file"), ZET_TEXT("made under another root")};
+
+/// Of what was committed and is not in force any more: the next commit takes it back, or leaves it edited.
+constexpr char kLeftOver[] = ZET_TEXT("left over");
+constexpr char kKept[] = ZET_TEXT("kept");
 
 bool IsClient(const Session& session) {
     return session.Asked().role == Role::Client;
@@ -56,34 +63,53 @@ void TellRole(Session& session, const RoleStatus& status) {
                            {status.fileServer.empty() ? _("none recorded") : status.fileServer}));
 }
 
-void TellTrouble(Session& session, const TargetState& target) {
-    if (!target.trouble.empty())
-        session.Out().Error(target.path + ": " + Filled(_("its state cannot be told: %s"), {target.trouble}));
+/// Of a target or a line.
+template <typename State>
+void TellTrouble(Session& session, const State& of) {
+    if (of.trouble.empty()) return;
+    const char* const text =
+        of.state == kUnknown ? _("its state cannot be told: %s") : _("its difference cannot be told: %s");
+    session.Out().Error(of.path + ": " + Filled(text, {of.trouble}));
 }
 
 void TellTarget(Session& session, const TargetState& target) {
     TellTrouble(session, target);
     const std::string change = target.after.exists ? DescribeChange(target.before, target.after) : "";
-    session.Out().Line(target.path + ": " + _(target.state.c_str()) + (change.empty() ? "" : ", " + change));
+    const std::string reason = target.reason.empty() ? "" : std::string(", ") + _(target.reason.c_str());
+    session.Out().Line(target.path + ": " + _(target.state.c_str()) + reason +
+                       (change.empty() ? "" : ", " + change));
     Fields fields = {{"template", target.templateName},
                      {"file", target.file},
                      {"path", session.Product().HostPaths().RealName(target.path)},
                      {"state", target.state},
+                     {"reason", TextOrNull(target.reason)},
                      {"merged", target.isMerged}};
     AddDiff(fields, target.diff);
     session.Out().Add("targets", std::move(fields));
     TellDiff(session.Out(), target.diff);
 }
 
+const char* StateOf(const LeftOver& leftOver) {
+    return leftOver.isEdited ? kKept : kLeftOver;
+}
+
+std::vector<std::string> StatesOf(const TargetStates& states) {
+    std::vector<std::string> names;
+    for (const TargetState& target : states.targets)
+        names.push_back(target.state);
+    for (const LeftOver& leftOver : states.leftOvers)
+        names.emplace_back(StateOf(leftOver));
+    return names;
+}
+
 /// The states in the order of the first that has it, each with how many have it; in sync comes first.
-template <typename State>
-std::string CountsOf(const std::vector<State>& states) {
+std::string CountsOf(const std::vector<std::string>& states) {
     std::vector<std::pair<std::string, std::size_t>> counts = {{kInSync, 0}};
-    for (const State& each : states) {
+    for (const std::string& state : states) {
         const auto known = std::find_if(counts.begin(), counts.end(),
-                                        [&](const auto& count) { return count.first == each.state; });
+                                        [&](const auto& count) { return count.first == state; });
         if (known == counts.end()) {
-            counts.emplace_back(each.state, 1);
+            counts.emplace_back(state, 1);
         } else {
             ++known->second;
         }
@@ -97,23 +123,52 @@ std::string CountsOf(const std::vector<State>& states) {
 
 /// The last line: all that a commit would see to.
 std::string Summary(const TargetStates& states) {
-    const std::string targets = states.targets.empty() ? _("no targets") : CountsOf(states.targets);
+    const std::string counts = CountsOf(StatesOf(states));
+    const std::string targets = counts.empty() ? _("no targets") : counts;
     if (states.listedEdits.empty()) return targets;
-    return Filled(_("%s; edits: %s"), {targets, CountsOf(states.listedEdits)});
+    std::vector<std::string> edits;
+    for (const ListedEditState& edit : states.listedEdits)
+        edits.push_back(edit.state);
+    return Filled(_("%s; edits: %s"), {targets, CountsOf(edits)});
+}
+
+/// As the targets that they were.
+void TellLeftOvers(Session& session, const std::vector<LeftOver>& leftOvers) {
+    const Paths& paths = session.Product().HostPaths();
+    for (const LeftOver& leftOver : leftOvers) {
+        TargetState target;
+        target.templateName = leftOver.templateName;
+        target.path = leftOver.path;
+        target.file = paths.NameInside(leftOver.path);
+        target.state = StateOf(leftOver);
+        TellTarget(session, target);
+    }
+}
+
+void WarnOfLeftOvers(Session& session, const std::vector<LeftOver>& leftOvers) {
+    for (const LeftOver& leftOver : leftOvers) {
+        session.Out().Warning(
+            leftOver.path + ": " +
+            (leftOver.isEdited
+                 ? _("was committed and is not in force any more (it was edited since, and stays "
+                     "until \"rollback-config --force\")")
+                 : _("was committed and is not in force any more (the next commit takes it back)")));
+    }
 }
 
 /// Lines that the lists ask for.
 void TellListedEdits(Session& session, const std::vector<ListedEditState>& edits, bool onlyChanged) {
     for (const ListedEditState& edit : edits) {
         if (onlyChanged && edit.state == kInSync) continue;
+        TellTrouble(session, edit);
         session.Out().Line(edit.path + ": " + Filled(_("line %s"), {edit.selector}) + ": " +
                            _(edit.state.c_str()));
-        session.Out().Add("listed_edits", Fields{{"path", edit.path},
-                                                 {"name", TextOrNull(edit.name)},
-                                                 {"selector", edit.selector},
-                                                 {"state", edit.state},
-                                                 {"list", TextOrNull(edit.list)},
-                                                 {"line", NumberOrNull(edit.line)}});
+        Fields fields = {
+            {"path", edit.path},   {"name", TextOrNull(edit.name)}, {"selector", edit.selector},
+            {"state", edit.state}, {"list", TextOrNull(edit.list)}, {"line", NumberOrNull(edit.line)}};
+        AddDiff(fields, edit.diff);
+        session.Out().Add("listed_edits", std::move(fields));
+        TellDiff(session.Out(), edit.diff);
     }
 }
 
@@ -139,7 +194,10 @@ void TellNewer(Session& session, const std::vector<std::string>& names) {
 }
 
 int ExitStatusOf(const TargetStates& states) {
-    if (states.IsAnyUnknown()) return kFailed;
+    const auto hasTrouble = [](const auto& state) { return !state.trouble.empty(); };
+    if (states.IsAnyUnknown() || std::any_of(states.targets.begin(), states.targets.end(), hasTrouble) ||
+        std::any_of(states.listedEdits.begin(), states.listedEdits.end(), hasTrouble))
+        return kFailed;
     return states.IsInSync() ? kDone : kNotInSync;
 }
 
@@ -165,18 +223,12 @@ int Status(Session& session, const StatusOptions& asked) {
     for (const TargetState& target : states.targets) {
         if (!onlyChanged || target.state != kInSync) TellTarget(session, target);
     }
+    TellLeftOvers(session, states.leftOvers);
     TellListedEdits(session, states.listedEdits, onlyChanged);
     TellEdits(session, states.edits, onlyChanged);
     TellNewer(session, states.newerTemplates);
     if (!session.Asked().quiet) session.Out().Line(Summary(states));
-    for (const LeftOver& leftOver : states.leftOvers) {
-        session.Out().Warning(
-            leftOver.path + ": " +
-            (leftOver.isEdited
-                 ? _("was committed and is not in force any more (it was edited since, and stays "
-                     "until \"rollback-config --force\")")
-                 : _("was committed and is not in force any more (the next commit takes it back)")));
-    }
+    WarnOfLeftOvers(session, states.leftOvers);
     return ExitStatusOf(states);
 }
 

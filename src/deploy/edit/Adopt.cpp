@@ -21,6 +21,7 @@
 #include "deploy/state/Writing.h"
 #include "deploy/state/store/Digest.h"
 #include "deploy/targets/EditMerge.h"
+#include "deploy/targets/HostLists.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Secrets.h"
 #include "deploy/targets/ShownDiff.h"
@@ -274,21 +275,34 @@ class Adopting {
     Staging m_staging;
 };
 
+/// The name of the one that a commit made the file from.
+std::string TemplateToAdoptInto(Deployment& product, const std::string& file, const std::string& path) {
+    HostLists& lists = product.Lists();
+    const std::string name = lists.NameOf(path);
+    const std::optional<KnownFile> known = lists.CommittedFile(name);
+    if (!known || known->state.knowledge.roles.empty()) {
+        if (product.HostHistory().IsDenied())
+            throw Failure({.file = product.State().Store(),
+                           .text = Words("the history may not be read by this user, so that nobody can tell "
+                                         "what %s was made from",
+                                         file),
+                           .remedy = _("run the command as root")});
+        throw UsageError(Words("%s: is no committed target (\"status\" lists them)", file));
+    }
+    if (const Target* const target = lists.TargetNamed(name)) return target->templateName;
+    RequireWhole(ReadTargetList(product));
+    throw Failure({.file = path,
+                   .text = Words("was made from [%s], which no list has for it any more",
+                                 known->state.knowledge.templateName),
+                   .remedy = _("put it into the lists again; \"rollback-config --force\" puts back what was "
+                               "there before")});
+}
+
 }  // namespace
 
 FileOutcome AdoptFile(Deployment& product, const std::string& file) {
     const std::string path = product.HostPaths().WithRealDirectory(FileToRead(product, file));
-    const Target* const target = product.Lists().CommittedTarget(path);
-    if (target == nullptr && product.HostHistory().IsDenied())
-        throw Failure(
-            {.file = product.State().Store(),
-             .text = Words(
-                 "the history may not be read by this user, so that nobody can tell what %s was made from",
-                 file),
-             .remedy = _("run the command as root")});
-    if (target == nullptr)
-        throw UsageError(Words("%s: is no committed target (\"status\" lists them)", file));
-    return Adopting(product, path, target->templateName).Run();
+    return Adopting(product, path, TemplateToAdoptInto(product, file, path)).Run();
 }
 
 }  // namespace ZET::Deploy

@@ -7,8 +7,6 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
 #include "deploy/targets/EditRules.h"
-#include "deploy/targets/HostLists.h"
-#include "deploy/targets/Render.h"
 #include "text/FirstLine.h"
 #include "zet/ZETFormat.h"
 
@@ -18,17 +16,6 @@ namespace {
 
 /// The module does not say what the reason was but in words.
 constexpr char kRemedyOfReading[] = ZET_TEXT("repair or replace the file or its file system");
-
-/// Without lists that can be read, nobody can tell; the edit keeps its reserve.
-const Target* CommittedTarget(Deployment& product, const std::string& path) {
-    try {
-        return product.Lists().CommittedTarget(path);
-    } catch (const Failure& failure) {
-        product.Out().Warning(
-            Words("%s; so nobody can tell whether the next commit overwrites %s", failure.what(), path));
-        return nullptr;
-    }
-}
 
 }  // namespace
 
@@ -58,16 +45,6 @@ std::string FileToEdit(const Host& host, const std::string& file) {
     std::string path = FileToRead(host, file);
     RequireNoCompanion(path);
     return path;
-}
-
-void RequireNoTarget(Deployment& product, const std::string& path, const EditOptions& options) {
-    if (options.force) return;
-    const Target* const target = CommittedTarget(product, path);
-    if (target == nullptr) return;
-    const std::string workingCopy = WorkingCopy(product, target->templateName);
-    throw Failure({.file = path,
-                   .text = Words("is made from [%s] and the next commit overwrites it", target->templateName),
-                   .remedy = Words("edit %s and commit, or use --force", workingCopy)});
 }
 
 void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text, const EditOptions& options) {

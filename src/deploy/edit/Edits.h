@@ -28,10 +28,6 @@ void RequireWholeFile(const EditOptions& options);
 /// The same to edit it: what is kept of another file is no file to edit.
 std::string FileToEdit(const Host& host, const std::string& file);
 
-/// A `Failure` with the remedy for a target that a commit recorded and would overwrite, unless the caller
-/// wants it edited all the same.
-void RequireNoTarget(Deployment& product, const std::string& path, const EditOptions& options);
-
 /// A `Failure` when an edit as the caller wants it would put a notice in front of a first line that has to
 /// stay the first.
 void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text, const EditOptions& options);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "deploy/edit/CommitGuard.h"
 #include "deploy/edit/Edits.h"
 #include "deploy/edit/FileEdit.h"
 #include "deploy/edit/FilePart.h"
@@ -45,8 +46,10 @@ class LineEdit {
   public:
     LineEdit(Deployment& product, const std::string& file, const std::string& pattern,
              const EditOptions& options)
-        : m_product(product), m_options(options), m_edit(product, Required(product, file, pattern, options)) {
-        RequireNoTarget(product, Path(), options);
+        : m_product(product),
+          m_options(options),
+          m_edit(product, Required(product, file, pattern, options)),
+          m_guard(product, Path(), options) {
         m_bytes = ReadFileBytes(Path());
         m_text = LookAtBlocks(product, {file, Path()}, m_bytes);
         m_part = PartOf(Path(), m_bytes, options.section);
@@ -66,7 +69,7 @@ class LineEdit {
     FileOutcome Make(const std::function<void(IZETConfigFile& file)>& operation) {
         RequireRoomForNotice(Path(), m_text, m_options);
         return m_edit.Make(EditOfPart(m_product, m_options, Path(), m_bytes, m_part, operation),
-                           m_options.noBackup);
+                           m_options.noBackup, m_guard.OfLines());
     }
 
   private:
@@ -81,6 +84,7 @@ class LineEdit {
     Deployment& m_product;
     const EditOptions& m_options;
     FileEdit m_edit;
+    CommitGuard m_guard;
     std::string m_bytes;
     Text::TextToEdit m_text;
     FilePart m_part;

@@ -17,6 +17,7 @@
 #include "deploy/state/Overrides.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/targets/EditRules.h"
+#include "deploy/targets/RememberedLines.h"
 #include "deploy/targets/UnknownNames.h"
 #include "text/Lines.h"
 #include "zet/ZETHost.h"
@@ -60,8 +61,9 @@ bool IsAnythingCommitted(Deployment& product) {
     Store* const store = product.HostHistory().ToLookIfUsable();
     if (store == nullptr) return false;
     const std::vector<KnownFile> known = store->KnownFiles();
-    return std::any_of(known.begin(), known.end(),
-                       [](const KnownFile& file) { return !file.state.knowledge.roles.empty(); });
+    return std::any_of(known.begin(), known.end(), [&](const KnownFile& file) {
+        return !CommittersOf(*store, file.kind, file.state.knowledge).empty();
+    });
 }
 
 /// In another directory nothing would be known of what was committed.
@@ -70,7 +72,7 @@ void RequireLastingDirectory(Deployment& product, const std::string& name, const
     if (!IsAnythingCommitted(product)) return;
     throw Failure(
         {.file = product.Param(kConfigFile),
-         .text = Words("%s cannot be changed while targets are committed, which are known there", name),
+         .text = Words("%s cannot be changed while something is committed, which is known there", name),
          .remedy = _("\"rollback-config\" of both roles first, and commit again afterwards")});
 }
 

@@ -3,6 +3,7 @@
 #include <functional>
 #include <set>
 
+#include "deploy/edit/CommitGuard.h"
 #include "deploy/edit/Edits.h"
 #include "deploy/edit/FileEdit.h"
 #include "deploy/edit/FilePart.h"
@@ -31,8 +32,12 @@ class ParamEdit {
 
     ParamEdit(Deployment& product, const std::string& file, const std::string& name,
               const EditOptions& options, View view)
-        : m_product(product), m_name(name), m_options(options), m_edit(product, file), m_look(name) {
-        RequireNoTarget(product, Path(), options);
+        : m_product(product),
+          m_name(name),
+          m_options(options),
+          m_edit(product, file),
+          m_guard(product, Path(), options),
+          m_look(name) {
         if (view == View::Lines && !options.section && IsLiteralName(name)) {
             m_text = LookAtBlocks(product, {file, Path()}, [&](std::string_view lines, std::size_t before) {
                 m_look.Take(lines, before);
@@ -58,7 +63,7 @@ class ParamEdit {
     FileOutcome Make(const Operation& operation) {
         RequireRoomForNotice(Path(), m_text, m_options);
         return m_edit.Make(EditOfPart(m_product, m_options, Path(), m_bytes, m_part, operation),
-                           m_options.noBackup);
+                           m_options.noBackup, m_guard.OfLines());
     }
 
   private:
@@ -66,6 +71,7 @@ class ParamEdit {
     const std::string& m_name;
     const EditOptions& m_options;
     FileEdit m_edit;
+    CommitGuard m_guard;
     std::string m_bytes;  ///< unless the lines were enough
     Text::TextToEdit m_text;
     FilePart m_part;

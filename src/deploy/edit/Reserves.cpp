@@ -1,5 +1,6 @@
 #include "deploy/edit/Reserves.h"
 
+#include "deploy/edit/CommitGuard.h"
 #include "deploy/edit/Edits.h"
 #include "deploy/edit/FileEdit.h"
 #include "deploy/edit/SoundBlocks.h"
@@ -116,7 +117,7 @@ FileOutcome RecordAbsence(ReserveWork& work) {
 FileOutcome StripFile(Deployment& product, const std::string& file, const EditOptions& options) {
     RequireWholeFile(options);
     FileEdit edit(product, file);
-    RequireNoTarget(product, edit.Path(), options);
+    CommitGuard(product, edit.Path(), options).RequireNoLines();
     const Text::TextToEdit text = LookAtRegions(product, {file, edit.Path()});
     if (!text.hasRegions) return edit.LeaveUnchanged(_("no managed block and no notice in it"));
     // A notice goes in again, but not in front of a line that has to stay the first.
@@ -173,7 +174,7 @@ FileOutcome ForgetReserve(Deployment& product, const std::string& file, const Ed
     RequireWholeFile(options);
     ReserveWork work(product, file);
     if (!work.hasReserve && !work.hasRecord) return work.Result(Result::Unchanged, _("it has no reserve"));
-    RequireNoTarget(product, work.path, options);
+    CommitGuard(product, work.path, options).RequireNoLines();
     if (work.hasReserve) work.outcome.diff = DiffToShow(product, work.reserve, "", work.path, work.reserve);
     if (!work.IsDryRun()) {
         work.Recorded(ExpectedFile::Companions::MayGo, std::nullopt, [&] {

@@ -95,14 +95,20 @@ std::optional<std::string> HistoryReader::FindName(const std::string& file) cons
     return std::nullopt;
 }
 
-RecordedEntry HistoryReader::Entry(std::int64_t number) const {
+std::int64_t HistoryReader::LastNumber() const {
     const std::vector<RecordedEntry> newest = Entries(1);
-    if (newest.empty())
+    if (!newest.empty()) return newest.front().number;
+    return HasAny() ? m_store->LastPruned() : 0;
+}
+
+RecordedEntry HistoryReader::Entry(std::int64_t number) const {
+    const std::int64_t last = LastNumber();
+    if (last == 0)
         throw UsageError(
             Words("there is no %s: nothing was recorded yet on this host", NameOfChange(number)));
-    if (number < 1 || number > newest.front().number) {
+    if (number < 1 || number > last) {
         throw UsageError(Words("there is no %s: the last one is %s (\"history\" tells them)",
-                               NameOfChange(number), std::to_string(newest.front().number)));
+                               NameOfChange(number), std::to_string(last)));
     }
     if (auto entry = m_store->Find(number)) return std::move(*entry);
     throw Failure(

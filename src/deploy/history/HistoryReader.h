@@ -44,6 +44,9 @@ class HistoryReader {
     /// The same; none: the history never saw it.
     std::optional<std::string> FindName(const std::string& file) const;
 
+    /// Of the entries that were ever made; 0: none was.
+    std::int64_t LastNumber() const;
+
     RecordedEntry Entry(std::int64_t number) const;
     RecordedFile FileOf(std::int64_t number, const std::string& name) const;
 

@@ -69,7 +69,7 @@ void Host::RequireDirectories() {
 void Host::FailOfMainFile(const std::string& key, const ZETParameterProblem& problem) {
     const std::string file = Param("ZET_CFG");
     const std::vector<GivenParameter> all = ReadConfText("", ReadFileBytes(file)).given;
-    const GivenParameter* const given = LastOf(all, key);
+    const GivenParameter* const given = FindGiven(all, key);
     throw Failure({.file = file,
                    .line = given == nullptr ? 0 : given->line,
                    .column = given == nullptr ? 0 : given->column,

@@ -81,7 +81,7 @@ class ValueCheck {
     void CheckGiven(const StringMap& values) {
         for (const GivenParameter& parameter : m_given) {
             // Another line, or the caller, may have had the last word.
-            if (LastOf(m_given, parameter.name) != &parameter ||
+            if (FindGiven(m_given, parameter.name) != &parameter ||
                 m_core.GetParam(parameter.name) != parameter.value)
                 continue;
             if (parameter.value.ends_with('\r')) {
@@ -113,10 +113,10 @@ class ValueCheck {
 
     void TellNoValue(const Source& source) {
         std::string name = source.parameter;
-        const GivenParameter* given = LastOf(m_given, name);
+        const GivenParameter* given = FindGiven(m_given, name);
         if (given == nullptr && ParameterThatMakes(name) == kDomain && m_core.GetDomainName().empty()) {
             name = kDomain;
-            given = LastOf(m_given, name);
+            given = FindGiven(m_given, name);
         }
         if (!m_told.insert(name).second) return;
         const bool hasDefault = name != kDomain && name != kServer;
@@ -163,12 +163,6 @@ std::size_t DistanceOf(std::string_view one, std::string_view other) {
 }
 
 }  // namespace
-
-const GivenParameter* LastOf(const std::vector<GivenParameter>& given, const std::string& name) {
-    const auto last = std::find_if(given.rbegin(), given.rend(),
-                                   [&](const GivenParameter& each) { return each.name == name; });
-    return last == given.rend() ? nullptr : &*last;
-}
 
 const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const std::string& name) {
     const auto last = std::find_if(given.rbegin(), given.rend(),

@@ -22,9 +22,6 @@ struct GivenParameter {
     std::string file{};  ///< empty: the main one
 };
 
-/// The last one of the name, which is in force; null: there is none.
-const GivenParameter* LastOf(const std::vector<GivenParameter>& given, const std::string& name);
-
 /// The last one of the name, which is the one that counts; null: there is none.
 const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const std::string& name);
 

@@ -51,6 +51,13 @@ void NameTemplate(Host& host, const std::string& path, FileOrigin& origin) {
         origin.templateFile = TemplateFile(host, origin.templateName);
         return;
     }
+    // One that was made under another root names the way to it there.
+    const std::string inside = host.HostPaths().NameInside(directory) + "/";
+    if (origin.target && path.ends_with(inside + origin.target->templateName)) {
+        origin.templateName = origin.target->templateName;
+        origin.templateFile = TemplateFile(host, origin.templateName);
+        return;
+    }
     origin.templateName = path;
     const std::string file = host.FilePath(path);
     if (IsFileExist(file)) origin.templateFile = file;

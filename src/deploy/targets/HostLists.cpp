@@ -64,18 +64,20 @@ const Target* HostLists::EntryOf(const std::string& templateName) {
     return found == m_byTemplate->end() ? nullptr : found->second;
 }
 
-bool HostLists::IsCommitted(const std::string& name) {
+std::optional<KnownFile> HostLists::CommittedFile(const std::string& name) {
     // Beside such a file stands what was there before, so that most files need no look into the history.
-    if (!IsFileExist(name + ZETReserveSuffix) && !IsFileExist(name + ZETAbsenceSuffix)) return false;
+    if (!IsFileExist(name + ZETReserveSuffix) && !IsFileExist(name + ZETAbsenceSuffix)) return std::nullopt;
     Store* const store = m_host.HostHistory().ToLook();
-    if (store == nullptr) return false;
-    const std::optional<KnownFile> known = store->Known(m_host.HostPaths().NameInside(name));
-    return known && !known->state.knowledge.roles.empty();
+    if (store == nullptr) return std::nullopt;
+    std::optional<KnownFile> known = store->Known(m_host.HostPaths().NameInside(name));
+    const bool hasLines = known && known->kind == FileKind::Edit && known->state.knowledge.base;
+    if (known && !hasLines && known->state.knowledge.roles.empty()) known.reset();
+    return known;
 }
 
-const Target* HostLists::CommittedTarget(const std::string& path) {
-    const std::string name = NameOf(path);
-    return IsCommitted(name) ? TargetNamed(name) : nullptr;
+bool HostLists::IsCommitted(const std::string& name) {
+    const std::optional<KnownFile> known = CommittedFile(name);
+    return known && !known->state.knowledge.roles.empty();
 }
 
 std::string HostLists::NameOf(const std::string& path) const {

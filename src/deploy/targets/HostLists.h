@@ -38,8 +38,8 @@ class HostLists {
     /// `Failure` where the history cannot tell.
     bool IsCommitted(const std::string& name);
 
-    /// The target that the file is and that a commit of either role recorded; null when it is none.
-    const Target* CommittedTarget(const std::string& path);
+    /// What is known of such a file, or of one in which a commit set lines; none: it is neither.
+    std::optional<KnownFile> CommittedFile(const std::string& name);
 
     /// The one name of a file, whatever way leads to it.
     std::string NameOf(const std::string& path) const;

@@ -188,9 +188,8 @@ class Finder {
         if (file.isThere) file.text = ReadFileBytes(path);
         const KnownFile* const known = m_known.Find(path);
         Store* const store = m_product.HostHistory().ToLookIfUsable();
-        if (known != nullptr && known->kind == FileKind::Edit && known->state.knowledge.base &&
-            store != nullptr)
-            file.remembered = RememberedIn(store->Text(*known->state.knowledge.base));
+        if (known != nullptr && store != nullptr)
+            file.remembered = LinesSetIn(*store, known->kind, known->state.knowledge);
         m_byPath.emplace(path, m_found.files.size());
         m_found.files.push_back(std::move(file));
         return m_found.files.back();
@@ -217,31 +216,6 @@ class Finder {
 
 std::string SelectorOf(const ListedEdit& edit) {
     return edit.param.empty() ? "pattern " + edit.pattern : "param " + edit.param;
-}
-
-/// NUL bytes and line feeds stand in none of its parts.
-std::string TextOf(const std::vector<RememberedLine>& lines) {
-    std::string text;
-    for (const RememberedLine& line : lines) {
-        text.append(NameOf(line.role)).push_back('\0');
-        text.append(line.selector).push_back('\0');
-        text.append(line.line).push_back('\n');
-    }
-    return text;
-}
-
-std::vector<RememberedLine> RememberedIn(std::string_view text) {
-    std::vector<RememberedLine> lines;
-    for (const Text::TextLine& line : Text::SplitLines(text)) {
-        const std::size_t first = line.text.find('\0');
-        const std::size_t second = first == std::string_view::npos ? first : line.text.find('\0', first + 1);
-        if (second == std::string_view::npos) continue;
-        const std::optional<Role> role = RoleNamed(std::string(line.text.substr(0, first)));
-        if (!role) continue;
-        lines.push_back({*role, std::string(line.text.substr(first + 1, second - first - 1)),
-                         std::string(line.text.substr(second + 1))});
-    }
-    return lines;
 }
 
 bool FileWithLines::Remembers(const std::string& selector) const {

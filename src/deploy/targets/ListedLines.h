@@ -2,7 +2,6 @@
 #define ZET_LISTED_LINES_H
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "deploy/host/FileState.h"
@@ -10,6 +9,7 @@
 #include "deploy/host/Staging.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/targets/Deployment.h"
+#include "deploy/targets/RememberedLines.h"
 #include "zet/ZETProblem.h"
 
 namespace ZET::Deploy {
@@ -22,21 +22,8 @@ struct LineToSet {
     bool stays = false;   ///< as a hand changed it
 };
 
-/// A line that a commit of a role has set, as the history keeps it.
-struct RememberedLine {
-    Role role = Role::Client;
-    std::string selector;
-    std::string line;
-
-    bool operator==(const RememberedLine&) const = default;
-};
-
 /// How an edit selects its line, for what is remembered of it.
 std::string SelectorOf(const ListedEdit& edit);
-
-/// What is remembered, as a text that is kept with the file.
-std::string TextOf(const std::vector<RememberedLine>& lines);
-std::vector<RememberedLine> RememberedIn(std::string_view text);
 
 /// A file that is nobody's target, with the lines that the lists ask for.
 struct FileWithLines {

@@ -58,10 +58,23 @@ class Rollback {
         // What could not be put back is none of those that are taken back any more.
         if (isLast && IsLast(all.files, steps)) RemoveStatusIfPossible();
         m_recording.Complete(Ending::DoneInPart);
+        if (!m_isLocked && IsStillOnRecord(steps, isLast)) {
+            m_product.Out().Error(
+                _("what was put back is still on record as committed (run the command again once "
+                  "ZET_VAR_LIB_DIR can be written)"));
+            result.isKept = true;
+        }
         return result;
     }
 
   private:
+    bool IsStillOnRecord(const std::vector<Step>& steps, bool isLast) const {
+        const bool hasStatus = isLast && StateOf(m_product.State().Status(m_product.Role())).exists;
+        return hasStatus || std::any_of(steps.begin(), steps.end(), [&](const Step& step) {
+                   return step.action != Action::Nothing && m_known.Find(step.file.path) != nullptr;
+               });
+    }
+
     /// Of the files that were asked for; of all, those that were edited in place included, when none was.
     std::vector<Step> Steps(const std::vector<WrittenFile>& written) {
         std::vector<WrittenFile> files = m_names.empty() ? written : Named(m_product, written, m_names);

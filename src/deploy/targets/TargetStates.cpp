@@ -14,6 +14,8 @@
 #include "deploy/state/StateDirectory.h"
 #include "deploy/state/StateFile.h"
 #include "deploy/targets/EditMerge.h"
+#include "deploy/targets/FileOrigin.h"
+#include "deploy/targets/ListedEditDiffs.h"
 #include "deploy/targets/ListedEditStates.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
@@ -52,7 +54,9 @@ class StateTeller {
         TellTrouble(result, [&] {
             result.path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path));
             m_staged.reset();
+            m_reason.clear();
             result.state = StateOfFile(target.templateName, result.path);
+            result.reason = m_reason;
             result.isMerged = HoldsMerge(result.path);
             if (result.state == kPending || result.state == kEdited) Compare(target, result);
         });
@@ -91,6 +95,9 @@ class StateTeller {
         // Where the check has something to say, the template may be one that it could not read.
         if (!canBeRendered) RequireReadableTemplate(m_product, templateName);
         if (canBeRendered && IsRendered(templateName, there)) return kInSync;
+        // Which is why there is no diff.
+        if (!canBeRendered && m_product.Wanted().wantsDiffs) m_reason = "template refused";
+        if (canBeRendered && IsMadeUnderOtherRoot(templateName, path)) m_reason = "made under another root";
         // Without the history, nobody can tell who changed it.
         if (m_known.IsUnusable()) return "differs";
         return m_known.IsAsLeft(there) ? kPending : kEdited;
@@ -101,6 +108,17 @@ class StateTeller {
     }
 
     bool IsAsStaged(const std::string& path) const { return HasStagedMode(path) && m_staged->IsIn(path); }
+
+    /// Whether it is as it would be, but for the way to its template that its notice has.
+    bool IsMadeUnderOtherRoot(const std::string& templateName, const std::string& path) const {
+        const std::string own = WorkingCopy(m_product, templateName);
+        const std::string former = TemplateNamedIn(m_product.Core(), path);
+        if (former == own || !former.ends_with(m_product.HostPaths().NameInside(own))) return false;
+        std::string text = ReadFileBytes(path);
+        const std::size_t place = text.find(former);
+        return place != std::string::npos && HasStagedMode(path) &&
+               text.replace(place, former.size(), own) == m_staged->Text();
+    }
 
     /// Of one whose template makes the same by now, it is nobody's edit any more.
     bool HoldsMerge(const std::string& path) const {
@@ -118,6 +136,10 @@ class StateTeller {
         planned.staged = m_staged;
         planned.version = VersionOf(result.path);
         planned.before = StateOf(result.path);
+        if (!planned.before.IsRegular()) {
+            result.reason = "no regular file";
+            return;
+        }
         planned.after = GiveOwnerInPlace(result.path, *m_staged, planned.before);
         planned.change = FileOutcome::Result::Changed;
         planned.isTouched = result.state == kEdited;
@@ -155,6 +177,7 @@ class StateTeller {
     const KnownFiles& m_known;
     const Staging m_staging;
     std::shared_ptr<const StagedText> m_staged;  ///< the last rendering; null where it is what is there
+    std::string m_reason;                        ///< of the last state
     std::size_t m_told = 0;                      ///< so many targets
     std::vector<FilePair> m_compared;            ///< those with a diff
     std::vector<std::size_t> m_places;           ///< of the same, among those that were told
@@ -190,7 +213,9 @@ void AddListedEdits(Deployment& product, const KnownFiles& known, TargetStates& 
     const Staging staging;
     const ListedLines lines = FindListedLines(product, known, staging);
     states.listedEdits = StatesOfEdits(product, lines);
-    for (const Problem& problem : lines.problems)
+    const bool isPlanned = product.Wanted().wantsDiffs;
+    for (const Problem& problem :
+         isPlanned ? AddDiffsOfFiles(product, known, staging, states.listedEdits) : lines.problems)
         product.Out().Warning(problem.Describe());
 }
 
@@ -228,7 +253,9 @@ TargetStates StatesOfTargets(Deployment& product) {
     }
     teller.AddDiffs(result.targets);
     for (const std::string& path : known.PathsOf(product.Role())) {
-        if (listed.count(path) == 0) result.leftOvers.push_back({path, !known.IsAsLeft(path)});
+        if (listed.count(path) == 0)
+            result.leftOvers.push_back({path, StateOf(path).exists && !known.IsAsLeft(path),
+                                        known.Find(path)->state.knowledge.templateName});
     }
     AddListedEdits(product, known, result);
     for (const ListedEditState& edit : result.listedEdits)

@@ -11,6 +11,7 @@
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
+#include "deploy/targets/RememberedLines.h"
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/undo/MergeBack.h"
 #include "zet/ZETFormat.h"
@@ -239,8 +240,9 @@ std::optional<RecordedState> FileToPutBack::LeftThen() const {
 }
 
 std::set<Role> FileToPutBack::RolesAfter() const {
-    if (m_change.file && !m_isKept) return KnowledgeAfter().roles;
-    return m_known ? m_known->state.knowledge.roles : std::set<Role>();
+    Store& store = *m_product.HostHistory().ToLook();
+    if (m_change.file && !m_isKept) return CommittersOf(store, KindAfter(), KnowledgeAfter());
+    return m_known ? CommittersOf(store, m_known->kind, m_known->state.knowledge) : std::set<Role>();
 }
 
 void FileToPutBack::Expect(Recording& recording) const {

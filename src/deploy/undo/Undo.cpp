@@ -8,6 +8,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/KnownFiles.h"
+#include "deploy/targets/RememberedLines.h"
 #include "deploy/targets/Restarts.h"
 #include "deploy/undo/FileToPutBack.h"
 #include "zet/ZETFiles.h"
@@ -41,7 +42,8 @@ class WayBack {
         }
     }
 
-    /// The status of a role that has no target any more goes, too, and that of one that has some stays.
+    /// The status of a role that has neither targets nor lines any more goes, too, and that of one that has
+    /// some stays.
     void LookAtStatus(UndoResult& result) {
         for (const Role role : kRoles) {
             LookAtStatus(m_product.State().Status(role), role, result);
@@ -90,8 +92,9 @@ class WayBack {
         if (m_committed.empty()) {
             for (const Role each : kRoles)
                 m_committed[each];
-            for (const KnownFile& file : m_product.HostHistory().ToLook()->KnownFiles())
-                for (const Role each : file.state.knowledge.roles)
+            Store& store = *m_product.HostHistory().ToLook();
+            for (const KnownFile& file : store.KnownFiles())
+                for (const Role each : CommittersOf(store, file.kind, file.state.knowledge))
                     m_committed[each].insert(file.path);
         }
         return m_committed[role];

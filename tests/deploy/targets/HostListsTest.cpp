@@ -79,14 +79,14 @@ TEST_F(HostListsTest, CommitsOfBothRolesCount) {
     EXPECT_FALSE(Lists().IsCommitted(At("out/c")));
 }
 
-TEST_F(HostListsTest, CommittedTargetIsCommittedAndInTheList) {
+TEST_F(HostListsTest, CommittedFileIsOneWhateverTheListSays) {
     AddTarget("a");
     AddTarget("only-listed");
     Commit("out/a", Role::Client);
     Commit("out/left", Role::Client);
-    EXPECT_NE(Lists().CommittedTarget(At("out/a")), nullptr);
-    EXPECT_EQ(Lists().CommittedTarget(At("out/only-listed")), nullptr);
-    EXPECT_EQ(Lists().CommittedTarget(At("out/left")), nullptr);
+    EXPECT_TRUE(Lists().CommittedFile(At("out/a")));
+    EXPECT_TRUE(Lists().CommittedFile(At("out/left")));
+    EXPECT_FALSE(Lists().CommittedFile(At("out/only-listed")));
 }
 
 TEST_F(HostListsTest, DamagedRecordIsAFailure) {

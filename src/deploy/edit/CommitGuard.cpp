@@ -1,0 +1,144 @@
+#include "deploy/edit/CommitGuard.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/Remedy.h"
+#include "deploy/host/Words.h"
+#include "deploy/targets/EditRules.h"
+#include "deploy/targets/HostLists.h"
+#include "deploy/targets/LinesInPlace.h"
+#include "deploy/targets/Render.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// Why the lists do not tell all; empty: they do.
+std::string TroubleOfLists(Host& host) {
+    try {
+        for (const Problem& problem : ReadTargetList(host).problems)
+            if (!problem.isOfUser) return problem.Describe();
+    } catch (const Failure& failure) {
+        return failure.what();
+    }
+    return "";
+}
+
+/// The parameter or pattern alone.
+std::string ChosenBy(const RememberedLine& line) {
+    return line.selector.substr(line.selector.find(' ') + 1);
+}
+
+/// The lines of a file that an edit of the lists is about, wherever they stand.
+std::vector<std::pair<std::string, bool>> LinesOf(const RememberedLine& edit,
+                                                  const std::vector<LineInPlace>& places, IZETCore& core) {
+    const bool isParam = edit.selector.starts_with("param ");
+    const std::string pattern = isParam ? ZETEditOpening + ChosenBy(edit) + "=" : ChosenBy(edit);
+    std::vector<std::pair<std::string, bool>> lines;
+    for (const LineInPlace& place : places)
+        if (RemedyErrors(kSimplerExpression,
+                         [&] { return core.MatchRegEx(pattern, place.text, nullptr, 0); }))
+            lines.emplace_back(place.text, place.isInBlock);
+    return lines;
+}
+
+}  // namespace
+
+CommitGuard::CommitGuard(Deployment& product, const std::string& path, const EditOptions& options)
+    : m_product(product), m_path(path) {
+    if (options.force) return;
+    const std::optional<KnownFile> known = CommittedFile();
+    if (!known) return;
+    if (!known->state.knowledge.roles.empty()) RequireNoTarget(*known);
+    m_lines = LinesSetIn(*product.HostHistory().ToLook(), known->kind, known->state.knowledge);
+}
+
+/// Without a history that can be used, nobody can tell; the edit keeps its reserve.
+std::optional<KnownFile> CommitGuard::CommittedFile() const {
+    try {
+        return m_product.Lists().CommittedFile(m_product.Lists().NameOf(m_path));
+    } catch (const Failure& failure) {
+        m_product.Out().Warning(
+            Words("%s; so nobody can tell whether the next commit overwrites %s", failure.what(), m_path));
+        return std::nullopt;
+    }
+}
+
+void CommitGuard::RequireNoTarget(const KnownFile& known) const {
+    HostLists& lists = m_product.Lists();
+    const Target* const target = lists.IsUsable() ? lists.TargetNamed(lists.NameOf(m_path)) : nullptr;
+    // What left the lists is nobody's target any more.
+    if (target == nullptr) return RequireTellingLists();
+    const std::set<Role>& roles = known.state.knowledge.roles;
+    const bool isInForce = target->IsInForce() && std::any_of(roles.begin(), roles.end(),
+                                                              [&](Role role) { return target->IsFor(role); });
+    if (!isInForce)
+        Refuse(Words("was made from [%s], which is not in force any more: the next commit takes it back",
+                     target->templateName),
+               _("commit first, or use --force"));
+    Refuse(Words("is made from [%s] and the next commit overwrites it", target->templateName),
+           Words("edit %s and commit, or use --force", WorkingCopy(m_product, target->templateName)));
+}
+
+void CommitGuard::RequireTellingLists() const {
+    const std::string trouble = TroubleOfLists(m_product);
+    if (trouble.empty()) return;
+    const std::string words =
+        Words("%s; so nobody can tell whether the next commit overwrites %s (--force edits it all the same)",
+              trouble, m_path);
+    throw Failure(words, {.file = m_path, .text = words});
+}
+
+void CommitGuard::RequireNoLines() const {
+    if (m_lines.empty()) return;
+    RequireTellingLists();
+    for (const RememberedLine& line : m_lines)
+        if (const ListedEdit* const edit = EntryOf(line))
+            Refuse(
+                _("has lines that the lists set, and the next commit sets them again"),
+                Words("edit %s and commit, or use --force", edit->file + ":" + std::to_string(edit->line)));
+    Refuse(_("has lines that a commit set, and the next one takes them back"),
+           _("commit first, or use --force"));
+}
+
+FileEdit::Inspection CommitGuard::OfLines() const {
+    if (m_lines.empty()) return nullptr;
+    return [this](const std::string& made) { RequireKept(made); };
+}
+
+void CommitGuard::RequireKept(const std::string& made) const {
+    const std::vector<LineInPlace> before = LinesIn(Text::ManagedText(ReadFileBytes(m_path)));
+    const std::vector<LineInPlace> after = LinesIn(Text::ManagedText(ReadFileBytes(made)));
+    for (const RememberedLine& line : m_lines) {
+        if (LinesOf(line, before, m_product.Core()) == LinesOf(line, after, m_product.Core())) continue;
+        RequireTellingLists();
+        const ListedEdit* const edit = EntryOf(line);
+        if (edit == nullptr)
+            Refuse(Words("its line %s was set by a commit, and the next one takes it back", ChosenBy(line)),
+                   _("commit first, or use --force"));
+        Refuse(Words("its line %s is set by the lists, and the next commit sets it again", ChosenBy(line)),
+               Words("edit %s and commit, or use --force", edit->file + ":" + std::to_string(edit->line)));
+    }
+}
+
+/// Null: no list asks for the line any more.
+const ListedEdit* CommitGuard::EntryOf(const RememberedLine& line) const {
+    HostLists& lists = m_product.Lists();
+    const std::string name = lists.NameOf(m_path);
+    const auto& edits = lists.Targets().edits;
+    const auto entry = std::find_if(edits.begin(), edits.end(), [&](const ListedEdit& edit) {
+        return edit.IsFor(line.role) && edit.IsInForce() && SelectorOf(edit) == line.selector &&
+               m_product.HostPaths().Canonical(edit.path) == name;
+    });
+    return entry == edits.end() ? nullptr : &*entry;
+}
+
+void CommitGuard::Refuse(const std::string& text, const std::string& remedy) const {
+    throw Failure({.file = m_path, .text = text, .remedy = remedy});
+}
+
+}  // namespace ZET::Deploy

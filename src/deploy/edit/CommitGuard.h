@@ -1,0 +1,43 @@
+#ifndef ZET_COMMIT_GUARD_H
+#define ZET_COMMIT_GUARD_H
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "deploy/edit/FileEdit.h"
+#include "deploy/targets/Deployment.h"
+#include "deploy/targets/RememberedLines.h"
+#include "zet/deploy/EditOptions.h"
+
+namespace ZET::Deploy {
+
+/// What commits of either role wrote in a file, which an edit of it is kept from unless the caller wants it
+/// all the same. What wrote it is known by the history, whatever became of the lists.
+class CommitGuard {
+  public:
+    /// A `Failure` with the remedy where a commit made the file from a template.
+    CommitGuard(Deployment& product, const std::string& path, const EditOptions& options);
+
+    /// The same where commits have set lines in it: of an edit that is about the whole file.
+    void RequireNoLines() const;
+
+    /// The same where an edit makes another one of such a line; null: there are none.
+    FileEdit::Inspection OfLines() const;
+
+  private:
+    std::optional<KnownFile> CommittedFile() const;
+    void RequireNoTarget(const KnownFile& known) const;
+    void RequireKept(const std::string& made) const;
+    const ListedEdit* EntryOf(const RememberedLine& line) const;
+    void RequireTellingLists() const;
+    [[noreturn]] void Refuse(const std::string& text, const std::string& remedy) const;
+
+    Deployment& m_product;
+    std::string m_path;
+    std::vector<RememberedLine> m_lines;
+};
+
+}  // namespace ZET::Deploy
+
+#endif

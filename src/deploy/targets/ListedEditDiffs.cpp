@@ -1,0 +1,49 @@
+#include "deploy/targets/ListedEditDiffs.h"
+
+#include <algorithm>
+
+#include "deploy/host/Failure.h"
+#include "deploy/targets/ListedEdits.h"
+#include "deploy/targets/TakeBack.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+template <typename Make>
+void AddDiff(std::vector<ListedEditState>& states, const std::string& path, Make make) {
+    const auto last = std::find_if(states.rbegin(), states.rend(), [&](const ListedEditState& state) {
+        return state.path == path && state.state != "in sync";
+    });
+    if (last == states.rend()) return;
+    try {
+        last->diff = make();
+    } catch (const Interrupted&) {
+        throw;
+    } catch (const Failure& failure) {
+        last->trouble = failure.what();
+    }
+}
+
+}  // namespace
+
+std::vector<Problem> AddDiffsOfFiles(Deployment& product, const KnownFiles& known, const Staging& staging,
+                                     std::vector<ListedEditState>& states) {
+    const bool isMerged = product.Param("ZET_ON_EDIT") == "merge";
+    const ListedEdits edits(product, known, staging, isMerged ? OnEdit::Merge : OnEdit::Overwrite);
+    for (const PlannedEdits& planned : edits.Files())
+        AddDiff(states, planned.file.path, [&] { return edits.OutcomeOf(planned).diff; });
+    TakeBack takeBack(product, known, {});
+    for (const std::string& path : edits.Emptied()) {
+        AddDiff(states, path, [&] {
+            TakeBackStep step;
+            step.file.path = path;
+            step.file.isEdit = true;
+            takeBack.Decide(step);
+            return step.outcome.diff;
+        });
+    }
+    return edits.Problems();
+}
+
+}  // namespace ZET::Deploy

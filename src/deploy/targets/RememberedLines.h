@@ -1,0 +1,34 @@
+#ifndef ZET_REMEMBERED_LINES_H
+#define ZET_REMEMBERED_LINES_H
+
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "deploy/state/store/Store.h"
+
+namespace ZET::Deploy {
+
+/// A line that a commit of a role has set, as the history keeps it.
+struct RememberedLine {
+    Role role = Role::Client;
+    std::string selector;
+    std::string line;
+
+    bool operator==(const RememberedLine&) const = default;
+};
+
+/// What is remembered, as a text that is kept with the file.
+std::string TextOf(const std::vector<RememberedLine>& lines);
+std::vector<RememberedLine> RememberedIn(std::string_view text);
+
+/// What is remembered of a file of which this is known, of both roles.
+std::vector<RememberedLine> LinesSetIn(Store& store, FileKind kind, const Knowledge& knowledge);
+
+/// The roles that have committed a file: its text, or lines of it. All, where nobody can tell any more.
+std::set<Role> CommittersOf(Store& store, FileKind kind, const Knowledge& knowledge);
+
+}  // namespace ZET::Deploy
+
+#endif
