@@ -125,7 +125,7 @@ bool AsksForDocument(int count, char** arguments) {
 
 /// Throws `CLI::ParseError` where there is nothing to run.
 Call Read(Grammar&& grammar, int count, char** arguments) {
-    GlobalOptions& options = grammar.Asked().options;
+    GlobalOptions& options = grammar.Asked().call.options;
     // The library cannot be asked whether an option was given without ending the program where memory is
     // short.
     std::string usualFile = std::exchange(options.configFile, "");
@@ -133,12 +133,12 @@ Call Read(Grammar&& grammar, int count, char** arguments) {
     options.words = WordsOf({arguments + std::min(count, 1), arguments + count}, grammar.Asked());
     options.isConfigFileNamed = !options.configFile.empty();
     if (!options.isConfigFileNamed) options.configFile = std::move(usualFile);
-    return std::move(grammar.Asked());
+    return std::move(grammar.Asked().call);
 }
 
 /// Tells what was asked for, or what is wrong; returns the exit status.
 int Answer(Grammar& grammar, const CLI::ParseError& error, int count, char** arguments) {
-    GlobalOptions& options = grammar.Asked().options;
+    GlobalOptions& options = grammar.Asked().call.options;
     if (error.get_exit_code() == 0) return Print(options, grammar.App(), error);
     options.json = options.json || AsksForDocument(count, arguments);
     Report report(options);
@@ -230,8 +230,8 @@ CLI::App& CommandFamily::AddAlone(const std::function<int(Session&)>& run) {
 }
 
 void CommandFamily::Choose(const std::string& words, const std::function<int(Session&)>& run) const {
-    m_call.options.command = words;
-    m_call.run = [run, subject = m_subject](Session& session) {
+    m_call.call.options.command = words;
+    m_call.call.run = [run, subject = m_subject](Session& session) {
         if (subject == Subject::AnyFile) session.Wanted().needsConfigFile = session.Asked().isConfigFileNamed;
         return run(session);
     };

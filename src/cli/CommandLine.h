@@ -26,6 +26,11 @@ class Session;
 struct Call {
     GlobalOptions options;
     std::function<int(Session&)> run;
+};
+
+/// A call while the words are read, with what only lives as long as the commands that they may name.
+struct CallInReading {
+    Call call;
     std::vector<const std::string*> texts{};                     ///< given texts of files, and values
     std::vector<const std::vector<std::string>*> assignments{};  ///< given as NAME=VALUE
 };
@@ -33,7 +38,7 @@ struct Call {
 /// What a command takes, whatever the type that holds it. Nothing is added without a command.
 class Arguments {
   protected:
-    Arguments(CLI::App* command, Call& call) : m_command(command), m_call(call) {}
+    Arguments(CLI::App* command, CallInReading& call) : m_command(command), m_call(call) {}
 
     void AddWord(const char* name, const char* help, std::string& word, bool isRequired = true);
     void AddWords(const char* name, const char* help, std::vector<std::string>& words, bool isRequired);
@@ -48,14 +53,14 @@ class Arguments {
 
   private:
     CLI::App* m_command;
-    Call& m_call;
+    CallInReading& m_call;
 };
 
 /// A command, to which what it takes is added; the order is that of the help.
 template <typename Given>
 class Command : private Arguments {
   public:
-    Command(CLI::App* command, Call& call, std::shared_ptr<Given> given)
+    Command(CLI::App* command, CallInReading& call, std::shared_ptr<Given> given)
         : Arguments(command, call), m_given(std::move(given)) {}
 
     /// A word that has to be there.
@@ -135,7 +140,8 @@ enum class Subject { Product, AnyFile };
 class CommandFamily {
   public:
     /// With a filter, only the commands are made known that it lets pass.
-    CommandFamily(CLI::App& app, std::string prefix, Call& call, Subject subject, const WordFilter* filter)
+    CommandFamily(CLI::App& app, std::string prefix, CallInReading& call, Subject subject,
+                  const WordFilter* filter)
         : m_app(app), m_prefix(std::move(prefix)), m_call(call), m_subject(subject), m_filter(filter) {}
 
     /// `run` does the work, reports it, and returns the exit status; what it cannot do it throws.
@@ -161,7 +167,7 @@ class CommandFamily {
 
     CLI::App& m_app;
     std::string m_prefix;  ///< of the words of each command
-    Call& m_call;
+    CallInReading& m_call;
     Subject m_subject;
     const WordFilter* m_filter;
 };
@@ -169,7 +175,7 @@ class CommandFamily {
 /// All of them, or those that a filter lets pass.
 class CommandLine {
   public:
-    CommandLine(CLI::App& app, Call& call, const WordFilter* filter)
+    CommandLine(CLI::App& app, CallInReading& call, const WordFilter* filter)
         : m_app(app), m_call(call), m_filter(filter) {}
 
     CommandFamily Family(const char* name, const char* help, Subject subject);
@@ -179,7 +185,7 @@ class CommandLine {
 
   private:
     CLI::App& m_app;
-    Call& m_call;
+    CallInReading& m_call;
     const WordFilter* m_filter;
 };
 

@@ -10,7 +10,7 @@ namespace ZET::Cli {
 namespace {
 
 /// Where the text of a file, or a value, begins in the word; none: it has none.
-std::optional<std::size_t> TextIn(const std::string& word, const Call& call) {
+std::optional<std::size_t> TextIn(const std::string& word, const CallInReading& call) {
     for (const std::string* text : call.texts)
         if (word == *text) return 0;
     for (const std::vector<std::string>* assignments : call.assignments) {
@@ -23,7 +23,7 @@ std::optional<std::size_t> TextIn(const std::string& word, const Call& call) {
 
 }  // namespace
 
-std::vector<CommandWord> WordsOf(const std::vector<std::string>& arguments, const Call& call) {
+std::vector<CommandWord> WordsOf(const std::vector<std::string>& arguments, const CallInReading& call) {
     std::vector<CommandWord> words;
     for (const std::string& argument : arguments) {
         const std::optional<std::size_t> text = TextIn(argument, call);

@@ -69,6 +69,20 @@ void BeginFileReport(Session& session) {
     session.Out().AddList("files");
 }
 
+bool TellProblems(Session& session, const std::vector<Problem>& problems) {
+    for (const Problem& problem : problems) {
+        session.Out().Error(problem.Describe());
+        session.Out().Add("problems", FieldsOf(problem));
+    }
+    return !problems.empty();
+}
+
+bool TellRefusal(Session& session, const std::vector<Problem>& problems) {
+    const bool isRefused = TellProblems(session, problems);
+    if (isRefused) session.Out().Remark(_("nothing was changed"));
+    return isRefused;
+}
+
 int ReportFile(Session& session, const FileOutcome& outcome, const char* list) {
     const GlobalOptions& asked = session.Asked();
     Report& out = session.Out();
@@ -76,6 +90,10 @@ int ReportFile(Session& session, const FileOutcome& outcome, const char* list) {
     if (!asked.quiet || outcome.IsChange()) out.Line(Text(outcome, asked.dryRun));
     TellDiff(out, outcome.diff);
     return asked.dryRun && outcome.IsChange() ? kNotInSync : kDone;
+}
+
+void TellFile(Session& session, const FileOutcome& outcome) {
+    ReportFile(session, outcome);
 }
 
 void TellDiff(Report& report, const ShownDiff& diff) {

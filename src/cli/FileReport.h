@@ -1,21 +1,33 @@
 #ifndef ZET_FILE_REPORT_H
 #define ZET_FILE_REPORT_H
 
+#include <vector>
+
 #include "cli/Session.h"
+#include "zet/ZETProblem.h"
 #include "zet/deploy/FileOutcome.h"
 
 /// What happened to files, told to the reader.
 namespace ZET::Cli {
 
-/// Gives the document the fields that it has even if the command fails.
 /// What happened to a file, in the reader's language, or what would.
 const char* ResultText(FileOutcome::Result result, bool isDryRun);
 
+/// Gives the document the fields that it has even if the command fails.
 void BeginFileReport(Session& session);
+
+/// False when there are none.
+bool TellProblems(Session& session, const std::vector<Problem>& problems);
+
+/// The same of what keeps a command from writing, and that nothing was changed.
+bool TellRefusal(Session& session, const std::vector<Problem>& problems);
 
 /// One line of text and the diff; an element of the list of the document, with the same fields in a
 /// dry run. Returns the exit status that belongs to it.
 int ReportFile(Session& session, const FileOutcome& outcome, const char* list = "files");
+
+/// The same without the exit status, for a session that tells its files.
+void TellFile(Session& session, const FileOutcome& outcome);
 
 /// The diff, or where it is hidden.
 void TellDiff(Report& report, const ShownDiff& diff);

@@ -89,7 +89,7 @@ class Grammar {
     }
 
     CLI::App& App() { return m_app; }
-    Call& Asked() { return m_call; }
+    CallInReading& Asked() { return m_call; }
 
   private:
     static Role RoleOf(const std::string& program) {
@@ -121,8 +121,8 @@ class Grammar {
     }
 
     void Begin(const std::string& program) {
-        m_call.options.program = program;
-        m_call.options.role = RoleOf(program);
+        m_call.call.options.program = program;
+        m_call.call.options.role = RoleOf(program);
         m_app.require_subcommand(1);
         m_app.option_defaults()->group(kOptionsOfAll);
         AddOptionsOfAll();
@@ -132,7 +132,7 @@ class Grammar {
     bool IsWanted(const char* names) const { return m_filter == nullptr || m_filter->MayNameOption(names); }
 
     void AddOptionsOfAll() {
-        GlobalOptions& options = m_call.options;
+        GlobalOptions& options = m_call.call.options;
         AddPath("-c,--config", options.configFile, "FILE", _("The product's main configuration file"));
         AddPath("--root", options.root, "DIR", _("Work on the host tree in DIR"));
         AddModule();
@@ -169,7 +169,7 @@ class Grammar {
     /// Where it is built in, the help does not name the option, and whoever gives it is told why.
     void AddModule() {
         if (!HasBuiltInModule())
-            return AddPath("--module", m_call.options.moduleFile, "FILE", _("Load this module"));
+            return AddPath("--module", m_call.call.options.moduleFile, "FILE", _("Load this module"));
         const auto refuse = [](const std::string& /*file*/) {
             throw CLI::ValidationError("--module",
                                        _("the module is built into this program (leave the option out)"));
@@ -186,7 +186,7 @@ class Grammar {
                 [](const std::string& given) { return given.empty() ? _("its name is empty") : ""; }, ""));
     }
 
-    Call m_call;
+    CallInReading m_call;
     CLI::App m_app;
     const WordFilter* m_filter = nullptr;
 };

@@ -115,11 +115,7 @@ Fields FieldsOf(const HistoryEntry& entry) {
 
 Fields FieldsOf(const HistoryDiff& diff) {
     Fields fields = FieldsOf(diff.file);
-    const bool isHidden = !diff.diff.excuse.empty();
-    const std::vector<std::string>& places = diff.diff.places;
-    fields.emplace_back("diff", isHidden ? Value(nullptr) : TextOrNull(diff.diff.text));
-    fields.emplace_back("changed_lines",
-                        isHidden ? Value(List(places.begin(), places.end())) : Value(nullptr));
+    AddDiff(fields, diff.diff);
     return fields;
 }
 

@@ -54,9 +54,10 @@ class Record {
     std::string m_text;
 };
 
-Record RecordOf(const std::string& program, const Deploy::HistoryEntry& entry) {
+Record RecordOf(const std::string& program, const Deploy::HistoryEntry& entry,
+                const std::vector<std::string>& paths) {
     Record record;
-    record.Add("MESSAGE", JournalText(entry));
+    record.Add("MESSAGE", JournalText(entry, paths));
     record.Add("PRIORITY", std::to_string(entry.outcome == "done" ? LOG_NOTICE : LOG_WARNING));
     record.Add("SYSLOG_FACILITY", std::to_string(LOG_FAC(LOG_DAEMON)));
     record.Add("SYSLOG_IDENTIFIER", program);
@@ -68,22 +69,21 @@ Record RecordOf(const std::string& program, const Deploy::HistoryEntry& entry) {
     record.AddUnlessEmpty("ZET_LOGIN_USER", entry.loginUser);
     record.AddUnlessEmpty("ZET_SUDO_USER", entry.sudoUser);
     record.AddUnlessEmpty("ZET_MESSAGE", entry.message);
-    record.Add("ZET_FILE_COUNT", std::to_string(entry.files.size()));
-    for (std::size_t i = 0; i < entry.files.size() && i < kMostFiles; ++i)
-        record.Add("ZET_FILE", entry.files[i].path);
+    record.Add("ZET_FILE_COUNT", std::to_string(paths.size()));
+    for (std::size_t i = 0; i < paths.size() && i < kMostFiles; ++i)
+        record.Add("ZET_FILE", paths[i]);
     return record;
 }
 
 }  // namespace
 
-std::string JournalText(const Deploy::HistoryEntry& entry) {
+std::string JournalText(const Deploy::HistoryEntry& entry, const std::vector<std::string>& paths) {
     std::string text = "change " + std::to_string(entry.number) + " by " + WhoOf(entry) + ": ";
     if (entry.outcome != "done") text += entry.outcome + ": ";
     text += Deploy::CommandOf(entry);
-    for (std::size_t i = 0; i < entry.files.size() && i < kMostFiles; ++i)
-        text += (i == 0 ? ": " : ", ") + entry.files[i].path;
-    if (entry.files.size() > kMostFiles)
-        text += " and " + std::to_string(entry.files.size() - kMostFiles) + " more";
+    for (std::size_t i = 0; i < paths.size() && i < kMostFiles; ++i)
+        text += (i == 0 ? ": " : ", ") + paths[i];
+    if (paths.size() > kMostFiles) text += " and " + std::to_string(paths.size() - kMostFiles) + " more";
     return Printable(text);
 }
 
@@ -91,8 +91,9 @@ bool HasJournal() {
     return access(kSocket, F_OK) == 0;
 }
 
-bool TellJournal(const std::string& program, const Deploy::HistoryEntry& entry) {
-    return RecordOf(program, entry).Send();
+bool TellJournal(const std::string& program, const Deploy::HistoryEntry& entry,
+                 const std::vector<std::string>& paths) {
+    return RecordOf(program, entry, paths).Send();
 }
 
 }  // namespace ZET::Cli

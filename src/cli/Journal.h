@@ -2,6 +2,7 @@
 #define ZET_JOURNAL_H
 
 #include <string>
+#include <vector>
 
 #include "zet/deploy/History.h"
 
@@ -12,11 +13,12 @@ bool HasJournal();
 
 /// Tells the system's journal of a change, as one record with fields (zet-init(1), JOURNAL), by the journal's
 /// own protocol. False where there is no journal, or it does not take the record at once: nobody waits for
-/// it.
-bool TellJournal(const std::string& program, const Deploy::HistoryEntry& entry);
+/// it. `paths` are those of the entry's files.
+bool TellJournal(const std::string& program, const Deploy::HistoryEntry& entry,
+                 const std::vector<std::string>& paths);
 
 /// The record's text: "change 7 by anna as root: param set /etc/hosts a b: /etc/hosts".
-std::string JournalText(const Deploy::HistoryEntry& entry);
+std::string JournalText(const Deploy::HistoryEntry& entry, const std::vector<std::string>& paths);
 
 }  // namespace ZET::Cli
 

@@ -8,9 +8,9 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <string_view>
 
 #include "posix/Descriptor.h"
+#include "posix/ReadWrite.h"
 
 namespace ZET::Cli {
 
@@ -43,15 +43,6 @@ class InterruptsIgnored {
     struct sigaction m_quit = {};
 };
 
-/// A reader who has seen enough takes no more.
-void WriteAll(int descriptor, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t count = write(descriptor, text.data(), text.size());
-        if (count < 0 && errno != EINTR) return;
-        if (count > 0) text.remove_prefix(static_cast<std::size_t>(count));
-    }
-}
-
 int StatusOf(pid_t process) {
     int status = 0;
     while (waitpid(process, &status, 0) < 0) {
@@ -79,7 +70,7 @@ bool Pager::Show(const std::string& text) const {
     if (process < 0) return false;
     if (process == 0) Run(input);
     input = Descriptor();
-    WriteAll(output, text);
+    WriteAll(output, text);  // a reader who has seen enough takes no more
     output = Descriptor();
     const int status = StatusOf(process);
     return status != kNotFound && status != kCannotBeExecuted;

@@ -68,9 +68,12 @@ Session::~Session() {
 void Session::LogChange(std::int64_t entry) {
     const bool asksForSystemLog = m_asked.log == "syslog";
     if (!asksForSystemLog && !HasJournal()) return;
-    const HistoryEntry change = ShowEntry(Product(), entry);
-    if (TellJournal(m_asked.program, change) || !asksForSystemLog) return;
-    ::syslog(LOG_NOTICE, "%s", JournalText(change).c_str());
+    // Whose eyes each file is for, nobody asks here: that took 8,500 system calls more with 300 targets.
+    const HistoryReader reader(Product());
+    const HistoryEntry change = EntryAsRecorded(reader.Entry(entry));
+    const std::vector<std::string> paths = PathsOf(reader, entry);
+    if (TellJournal(m_asked.program, change, paths) || !asksForSystemLog) return;
+    ::syslog(LOG_NOTICE, "%s", JournalText(change, paths).c_str());
 }
 
 void Session::Recorded(std::int64_t entry) {
@@ -86,6 +89,7 @@ Deployment& Session::Product() {
 
 void Session::Done(const FileOutcome& outcome) {
     ++m_results[outcome.result];
+    if (outcome.IsChange() && !m_asked.dryRun) Product().HostSecrets().Wrote(outcome.path);
     if (m_teller != nullptr) m_teller(*this, outcome);
 }
 

@@ -47,13 +47,13 @@ assert_damage() {
 
 @test "a broken byte in the journal loses no history without a word" {
     flip state/state.db-wal 40
-    assert_damage "$STORE" "all of its entries are gone"
+    assert_damage "$STORE" "all of its changes are gone"
 }
 
 @test "a journal that is cut loses no history without a word" {
     truncate -s 1000 state/state.db-wal
     rm -f state/state.db-shm
-    assert_damage "$STORE" "all of its entries are gone"
+    assert_damage "$STORE" "all of its changes are gone"
 }
 
 @test "a history that is emptied beside its journal is damaged" {
@@ -88,7 +88,7 @@ assert_damage() {
     zet -q param set conf a 3
     cp short state/state.db-wal
     rm -f state/state.db-shm
-    local lost="zet-client: warning: $STORE: its last entries, 2 to 3, are lost, as its journal is damaged (look at \"status\": what they wrote may be told as edited)"
+    local lost="zet-client: warning: $STORE: its last changes, 2 to 3, are lost, as its journal is damaged (look at \"status\": what they wrote may be told as edited)"
     run_zet history
     assert_status 0
     assert_stderr "$lost"

@@ -44,7 +44,7 @@ on_tree() {
     assert_status 0
     on_tree undo
     assert_success "$HOST/tree/etc/some: restored
-took back entry 1"
+took back change 1"
     assert_file tree/etc/some $'a=1\nb=2\n'
 }
 

@@ -411,3 +411,64 @@ conf: lines 1-7, 10-13 changed (text not shown: nobody can tell whether it is se
         [[ $output == *pass=word* ]] || differ undo "the text" "$output"
     done
 }
+
+# make_targets COUNT SECRET: a set of so many targets of one size, of which so many are secret, instead of the former one.
+make_targets() {
+    local i
+    rm -rf t etc/* templates/* state/state.db* state/*.status
+    mkdir t
+    for ((i = 101; i <= 100 + $1; ++i)); do
+        echo "key=$i" >"templates/$i"
+        printf '[templates."%s"]\ntarget = "%s"\nroles = "both"\n' "$i" "$HOST/t/$i"
+        ((i > 100 + $2)) || echo 'secret = true'
+    done >templates/targets.toml
+}
+
+# calls_of WORD...: how many system calls the command takes.
+calls_of() {
+    strace -f -qq -c -U calls,name -o "$BASE/calls" "$ZET_BIN/zet-client" --config zet.conf "$@" >"$BASE/output"
+    awk '$2 == "total" { print $1 }' "$BASE/calls"
+}
+
+@test "to tell the log of a commit, nobody looks whose eyes its files are for" {
+    local count secret quiet logged
+    for secret in 0 12; do
+        make_targets 24 $secret
+        quiet=$(calls_of -m why commit-config)
+        make_targets 24 $secret
+        logged=$(calls_of -m why --log=syslog commit-config)
+        ((logged < quiet + 100)) || differ "calls with $secret secret targets" "$quiet and less than 100" "$logged"
+    done
+}
+
+@test "to judge twice the files beside twice the secret ones takes no more than twice the looks" {
+    local words count
+    local -a calls
+    for words in "--json commit-config" "--json history show 1" "--json --diff commit-config -n" "-q commit-config"; do
+        calls=()
+        for count in 12 24 48; do
+            make_targets $count $((count / 2))
+            [[ $words != *history* ]] || zet -q commit-config
+            # shellcheck disable=SC2086  # several words
+            calls+=("$(calls_of $words || true)")
+        done
+        (((calls[2] - calls[1]) * 2 < (calls[1] - calls[0]) * 5)) || differ "calls of $words" "linear" "${calls[*]}"
+    done
+}
+
+@test "a commit that makes a secret target tells a copy of it by its text" {
+    make_targets 3 0
+    # What it is made of is no copy of the other: only what comes out is the same.
+    echo 'realm=${realm}' >templates/a
+    echo 'realm=EXAMPLE.ORG' >templates/b
+    echo 'realm=EXAMPLE.COM' >templates/c
+    local name
+    for name in first a b c; do
+        [[ $name != first ]] || cp templates/c templates/first
+        printf '[templates."%s"]\ntarget = "%s"\nroles = "both"\nnotice = false\n' "$name" "$HOST/t/$name"
+        [[ $name != a ]] || echo 'secret = true'
+    done >templates/targets.toml
+    run_zet --json commit-config
+    assert_status 0
+    assert_json '[(f["path"][-1], f["secret"]) for f in d["targets"]]' '[["t", false], ["a", true], ["b", true], ["c", false]]'
+}

@@ -52,7 +52,7 @@ $HOST/etc/two.conf: removed
 $HOST/state/zet-client.status: removed
 $HOST/state/zet-client-fs.status: removed
 to be restarted: daemon
-took back entry 1"
+took back change 1"
     assert_equal "$(as_now)" "$before"
     assert_absent state/zet-client.status
     run_zet status
@@ -78,14 +78,14 @@ took back entry 1"
     edit size 6
     run_zet undo
     assert_success "$PLAIN: changed
-took back entry 3 (\"undo 2\" goes further back)"
+took back change 3 (\"undo 2\" goes further back)"
     run_zet undo 2
     assert_success "$PLAIN: changed
-took back entry 2 (\"undo 1\" goes further back)"
+took back change 2 (\"undo 1\" goes further back)"
     assert_file plain.conf $'size=4\ncolor=red\n'
     run_zet undo 1
     assert_success "$PLAIN: restored
-took back entry 1"
+took back change 1"
     assert_absent plain.conf.before_zet
     assert_file plain.conf $'size=3\ncolor=red\n'
 }
@@ -110,8 +110,8 @@ took back entry 1"
     REMEMBERED=$(as_now)
     run_zet undo
     assert_status 1
-    assert_stderr "zet-client: error: $ONE: holds another text: it is not as entry 1 left it (--force puts back what was there before all the same)
-zet-client: error: $TWO: has another mode 0644 -> 0600: it is not as entry 1 left it (--force puts back what was there before all the same)
+    assert_stderr "zet-client: error: $ONE: holds another text: it is not as change 1 left it (--force puts back what was there before all the same)
+zet-client: error: $TWO: has another mode 0644 -> 0600: it is not as change 1 left it (--force puts back what was there before all the same)
 zet-client: nothing was changed"
     assert_equal "$(as_now)" "$REMEMBERED"
 }
@@ -171,11 +171,11 @@ zet-client: nothing was changed"
 @test "a number that is no entry, and a word that is none, are wrong use" {
     edit size 4
     run_zet undo 7
-    assert_refusal 2 '7: is no entry of the history ("history" lists them)'
+    assert_refusal 2 '7: is no change of the history ("history" tells them)'
     run_zet undo last
-    assert_refusal 2 'last: is no number of an entry ("history" lists them)'
+    assert_refusal 2 '"last" is no number of a change ("history" tells them)'
     run_zet undo 1 1
-    assert_refusal 2 "more than one entry (undo them one after the other)"
+    assert_refusal 2 "more than one change (undo them one after the other)"
     run_zet undo --force --merge
     assert_refusal 2 "--force and --merge exclude each other"
 }
@@ -214,7 +214,7 @@ zet-client: nothing was changed"
 -size=4
 +size=3
  color=red
-would take back entry 1"
+would take back change 1"
     assert_equal "$(as_now)" "$REMEMBERED"
 }
 
@@ -267,7 +267,7 @@ would take back entry 1"
     zet option set REALM OTHER.ORG
     run_zet undo
     assert_success "$HOST/zet.conf: changed
-took back entry 1"
+took back change 1"
     assert_equal "$(cat zet.conf)" "$before"
 }
 
@@ -375,7 +375,7 @@ took back entry 1"
     REMEMBERED=$(as_now)
     run_zet rollback-config --to 1
     assert_status 1
-    assert_stderr "zet-client: error: $PLAIN: holds another text: it is not as entry 2 left it (--force puts back what was there before all the same)
+    assert_stderr "zet-client: error: $PLAIN: holds another text: it is not as change 2 left it (--force puts back what was there before all the same)
 zet-client: nothing was changed"
     assert_equal "$(as_now)" "$REMEMBERED"
     run_zet rollback-config --to 1 --keep-edits
@@ -395,7 +395,7 @@ zet-client: nothing was changed"
     REMEMBERED=$(as_now)
     run_zet rollback-config --to "$last"
     assert_status 1
-    assert_stderr "zet-client: error: $ONE: holds another text: it is not as entry $last left it (--force puts back what was there before all the same)
+    assert_stderr "zet-client: error: $ONE: holds another text: it is not as change $last left it (--force puts back what was there before all the same)
 zet-client: nothing was changed"
     assert_equal "$(as_now)" "$REMEMBERED"
     run_zet rollback-config --to "$last" --keep-edits
@@ -414,7 +414,7 @@ to be restarted: daemon"
     rm out/one.conf
     run_zet rollback-config --to "$last"
     assert_status 1
-    [[ $stderr == *"$ONE: is not there any more: it is not as entry"* ]]
+    [[ $stderr == *"$ONE: is not there any more: it is not as change"* ]]
 }
 
 @test "a target that a commit found as it would have written it is gone back to as well" {
@@ -488,11 +488,11 @@ zet-client: nothing was changed"
     edit size 6
     edit size 7
     run_zet undo 1
-    assert_refusal 2 '1: is an entry that is no longer kept ("history" lists them)'
+    assert_refusal 2 '1: is a change that is no longer kept ("history" tells them)'
     run_zet rollback-config --to 1
-    assert_refusal 2 '1: is an entry that is no longer kept ("history" lists them)'
+    assert_refusal 2 '1: is a change that is no longer kept ("history" tells them)'
     run_zet rollback-config --to 3 --to 4
-    assert_refusal 2 "--to takes one entry, and goes back to it as a whole (leave TARGET out)"
+    assert_refusal 2 "--to takes one change, and goes back to it as a whole (leave TARGET out)"
 }
 
 @test "edits stay with --keep-edits, and that is no failure" {

@@ -89,7 +89,7 @@ set_param() {
     set_param b 4
     cp conf before
     run_zet rollback-config --to 1
-    assert_refusal 1 "$HOST/conf: was edited before entry 3 wrote it $FORCE"
+    assert_refusal 1 "$HOST/conf: was edited before change 3 wrote it $FORCE"
     cmp conf before
     run_zet rollback-config --to 1 --keep-edits
     assert_status 0
@@ -108,7 +108,7 @@ set_param() {
     set_param b 3
     cp conf before
     run_zet rollback-config --to 1
-    assert_refusal 1 "$HOST/conf: was edited before entry 2 wrote it $FORCE"
+    assert_refusal 1 "$HOST/conf: was edited before change 2 wrote it $FORCE"
     cmp conf before
     zet -q rollback-config --to 1 --merge
     assert_file conf "$(sed 's/^m2/hand/' left)"$'\n'
@@ -125,7 +125,7 @@ set_param() {
     echo hand >>out/one.conf
     zet -q param set --force out/one.conf a 2
     run_zet rollback-config --to 1
-    assert_refusal 1 "$ONE: was edited before entry 2 wrote it $FORCE"
+    assert_refusal 1 "$ONE: was edited before change 2 wrote it $FORCE"
     zet -q rollback-config --to 1 --force
     cmp out/one.conf left
     run_zet status
@@ -144,7 +144,7 @@ set_param() {
     zet -q option set REALM ANOTHER.ORG
     run_zet rollback-config --to 1
     assert_status 1
-    [[ $stderr == *"$HOST/zet.conf: was edited before entry "*" wrote it"* ]]
+    [[ $stderr == *"$HOST/zet.conf: was edited before change "*" wrote it"* ]]
 }
 
 @test "what somebody made of a file that was taken back is his, and stays" {
@@ -158,7 +158,7 @@ set_param() {
     set_param b 3
     run_zet rollback-config --to 1
     assert_status 1
-    [[ $stderr == *"$HOST/conf: was edited before entry 3 wrote it"* ]]
+    [[ $stderr == *"$HOST/conf: was edited before change 3 wrote it"* ]]
 }
 
 @test "what a hand wrote, and an undo put back, stays when all is rolled back" {

@@ -9,7 +9,7 @@ import sys
 sessions, programs, root = sys.argv[1:]
 ABSOLUTE = re.compile(r"(?<![\w.$/])/(etc|usr|var)/")
 VARYING = [(re.compile(r"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d"), "TIME"), (re.compile(r"^\d+  "), "N  "), (re.compile(r"TIME  .*?  (client|server)"), r"TIME  \1"),
-           (re.compile(r'entry \d+ \("undo \d+"'), 'entry N ("undo N"'), (re.compile(r"  # .*$"), "")]
+           (re.compile(r'change \d+ \("undo \d+"'), 'change N ("undo N"'), (re.compile(r"  # .*$"), "")]
 
 
 def same(line):

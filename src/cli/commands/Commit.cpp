@@ -1,7 +1,6 @@
 #include "deploy/targets/Commit.h"
 #include "cli/Assignments.h"
 #include "cli/ExitStatus.h"
-#include "cli/Fields.h"
 #include "cli/FileReport.h"
 #include "cli/Translation.h"
 #include "cli/commands/Registrations.h"
@@ -54,15 +53,6 @@ void TellTarget(Session& session, const FileOutcome& outcome) {
     TellDiff(session.Out(), outcome.diff);
 }
 
-int TellProblems(Report& report, const std::vector<Problem>& problems) {
-    for (const Problem& problem : problems) {
-        report.Error(problem.Describe());
-        report.Add("problems", FieldsOf(problem));
-    }
-    report.Remark(_("nothing was changed"));
-    return kFailed;
-}
-
 int CommitConfig(Session& session, const CommitOptions& asked) {
     session.Wanted().runsChecksOfTree = asked.runChecks;
     const SignalGuard signals;
@@ -72,7 +62,7 @@ int CommitConfig(Session& session, const CommitOptions& asked) {
     Deployment& product = session.Product();
     AssumeParameters(product, ParseAssignments(asked.assignments, "--set"));
     CommitPlan plan(product, asked.templates, OnEditOf(asked));
-    if (!plan.Problems().empty()) return TellProblems(session.Out(), plan.Problems());
+    if (TellRefusal(session, plan.Problems())) return kFailed;
     TellChecksNotRun(session, plan.ChecksNotRun());
     bool wouldChange = false;
     if (session.Asked().dryRun) {

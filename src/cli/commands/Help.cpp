@@ -21,6 +21,8 @@ struct HelpOptions {
 bool HasPage(const std::string& program) {
     try {
         return RunProcess({"man", "-w", program}).status == 0;
+    } catch (const Interrupted&) {
+        throw;
     } catch (const Failure&) {
         return false;  // there is no manual
     }

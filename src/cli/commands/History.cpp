@@ -1,6 +1,6 @@
-#include <charconv>
 #include <ostream>
 
+#include "cli/ChangeNumber.h"
 #include "cli/ExitStatus.h"
 #include "cli/FileReport.h"
 #include "cli/HistoryWords.h"
@@ -45,18 +45,6 @@ struct NoWords {};
 struct EraseWords {
     std::string file;
 };
-
-bool IsNumber(const std::string& word) {
-    return !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
-}
-
-std::int64_t NumberIn(const std::string& word) {
-    std::int64_t number = 0;
-    const char* const end = word.data() + word.size();
-    if (!IsNumber(word) || std::from_chars(word.data(), end, number).ec != std::errc())
-        throw UsageError(Filled(_("\"%s\" is no number of a change (\"history\" tells them)"), {word}));
-    return number;
-}
 
 const char* WhyNone(Session& session, const std::string& file) {
     if (!file.empty()) return _("no change of it is kept any more");
@@ -123,7 +111,7 @@ int Show(Session& session, const ShowWords& asked) {
     out.Set("text", nullptr);
     if (asked.after && asked.file.empty())
         throw UsageError(_("--after is about the text of a file (name the file behind the number)"));
-    const std::int64_t number = NumberIn(asked.number);
+    const std::int64_t number = ChangeNumber(asked.number);
     const HistoryEntry entry = ShowEntry(session.Product(), number);
     out.Add("entries", FieldsOf(entry));
     out.UsePager();
@@ -157,10 +145,9 @@ int Diff(Session& session, const DiffWords& asked) {
         out.Set(field, nullptr);
     out.Set("file", file.empty() ? Value(nullptr) : Value(file));
     out.AddList("files");
-    if (!hasTo && !asked.file.empty())
-        throw UsageError(Filled(_("\"%s\" is no number of a change (\"history\" tells them)"), {asked.to}));
-    const std::int64_t number = NumberIn(asked.number);
-    const auto to = hasTo ? std::optional(NumberIn(asked.to)) : std::nullopt;
+    // Whatever stands before a file is to be one.
+    const auto to = hasTo || !asked.file.empty() ? std::optional(ChangeNumber(asked.to)) : std::nullopt;
+    const std::int64_t number = ChangeNumber(asked.number);
     out.Set("entry", number);
     if (to) out.Set("to_entry", *to);
     const std::vector<HistoryDiff> diffs = DiffHistory(session.Product(), number, to, file);

@@ -1,5 +1,5 @@
 #include "deploy/targets/Rollback.h"
-#include "cli/EntryNumber.h"
+#include "cli/ChangeNumber.h"
 #include "cli/ExitStatus.h"
 #include "cli/FileReport.h"
 #include "cli/Translation.h"
@@ -31,11 +31,11 @@ void TellTarget(Session& session, const FileOutcome& outcome) {
 
 int RollBackToEntry(Session& session, const RollbackOptions& asked) {
     if (asked.entry.size() > 1 || !asked.targets.empty())
-        throw UsageError(_("--to takes one entry, and goes back to it as a whole (leave TARGET out)"));
+        throw UsageError(_("--to takes one change, and goes back to it as a whole (leave TARGET out)"));
     BeginTargets(session,
                  [](Session& told, const FileOutcome& outcome) { ReportFile(told, outcome, "targets"); });
     session.Out().AddList("problems");
-    const std::int64_t entry = EntryNumber(asked.entry.front());
+    const std::int64_t entry = ChangeNumber(asked.entry.front());
     return ReportUndo(session,
                       RollBackTo(session.Product(), entry, {asked.force, asked.keepEdits, asked.merge}));
 }
@@ -61,8 +61,8 @@ void RegisterRollback(CommandLine& line) {
         .Flag("--force", &RollbackOptions::force, "Files that were edited since, too")
         .Flag("--keep-edits", &RollbackOptions::keepEdits, "Leave those as they are, which is no failure")
         .Flag("--merge", &RollbackOptions::merge, "With --to: leave what was edited since in them")
-        .List("--to", "ENTRY", &RollbackOptions::entry,
-              "All files of both roles as they were after this entry of the history");
+        .List("--to", "NUMBER", &RollbackOptions::entry,
+              "All files of both roles as they were after this change");
 }
 
 }  // namespace ZET::Cli

@@ -68,10 +68,7 @@ int Process(Session& session, const ProcessOptions& asked) {
     const Rendering rendering{asked.name, ExtraValues(asked.values)};
     if (asked.target == kStandardOutput) return PrintRendering(session, rendering);
     TemplateProcess process(session.Product(), rendering, asked.target);
-    if (TellProblems(session, CheckRendering(session.Product(), rendering))) {
-        session.Out().Remark(_("nothing was changed"));
-        return kFailed;
-    }
+    if (TellRefusal(session, CheckRendering(session.Product(), rendering))) return kFailed;
     return ReportFile(session, process.Run());
 }
 

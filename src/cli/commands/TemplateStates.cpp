@@ -98,12 +98,9 @@ void TellDifference(Session& session, const TemplateState& state) {
     Deployment& product = session.Product();
     const ShownDiff diff = DiffToShow(product, state.path, state.shipped, state.path);
     TellDiff(session.Out(), diff);
-    const bool isHidden = !diff.excuse.empty();
     Fields fields = FieldsOf(state);
     fields.emplace_back("secret", diff.isPrivate);
-    fields.emplace_back("diff", isHidden ? Value(nullptr) : TextOrNull(diff.text));
-    fields.emplace_back("changed_lines",
-                        isHidden ? Value(List(diff.places.begin(), diff.places.end())) : Value(nullptr));
+    AddDiff(fields, diff);
     session.Out().Add("templates", std::move(fields));
 }
 

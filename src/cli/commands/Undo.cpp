@@ -1,7 +1,6 @@
 #include "deploy/undo/Undo.h"
-#include "cli/EntryNumber.h"
+#include "cli/ChangeNumber.h"
 #include "cli/ExitStatus.h"
-#include "cli/Fields.h"
 #include "cli/FileReport.h"
 #include "cli/Translation.h"
 #include "cli/commands/Registrations.h"
@@ -20,8 +19,8 @@ struct UndoWords {
 
 UndoOptions OptionsOf(const UndoWords& asked) {
     UndoOptions options;
-    if (asked.entry.size() > 1) throw UsageError(_("more than one entry (undo them one after the other)"));
-    if (!asked.entry.empty()) options.entry = EntryNumber(asked.entry.front());
+    if (asked.entry.size() > 1) throw UsageError(_("more than one change (undo them one after the other)"));
+    if (!asked.entry.empty()) options.entry = ChangeNumber(asked.entry.front());
     options.force = asked.force;
     options.merge = asked.merge;
     return options;
@@ -35,7 +34,7 @@ void TellFurther(Session& session, const UndoResult& result) {
         result.further ? " " + Filled(_("(\"undo %s\" goes further back)"), {std::to_string(*result.further)})
                        : "";
     session.Out().Line(
-        Filled(session.Asked().dryRun ? _("would take back entry %s") : _("took back entry %s"),
+        Filled(session.Asked().dryRun ? _("would take back change %s") : _("took back change %s"),
                {std::to_string(result.undone)}) +
         further);
 }
@@ -47,7 +46,7 @@ void BeginUndoReport(Session& session) {
     session.Out().AddList("problems");
     session.Out().AddList("restart");
     session.Out().AddList("reload");
-    session.TellFilesBy([](Session& told, const FileOutcome& outcome) { ReportFile(told, outcome); });
+    session.TellFilesBy(TellFile);
 }
 
 int RunUndo(Session& session, const UndoWords& asked) {
@@ -60,22 +59,15 @@ int RunUndo(Session& session, const UndoWords& asked) {
 }  // namespace
 
 int ReportUndo(Session& session, const UndoResult& result) {
-    for (const Problem& problem : result.problems) {
-        session.Out().Error(problem.Describe());
-        session.Out().Add("problems", FieldsOf(problem));
-    }
-    if (!result.problems.empty()) {
-        session.Out().Remark(_("nothing was changed"));
-        return kFailed;
-    }
+    if (TellRefusal(session, result.problems)) return kFailed;
     if (result.entry) session.Out().Set("entry", *result.entry);
     return session.Asked().dryRun && result.isChanged ? kNotInSync : kDone;
 }
 
 void RegisterUndo(CommandLine& line) {
     line.Single(Subject::AnyFile)
-        .Add<UndoWords>("undo", "Put back what an entry of the history replaced", RunUndo)
-        .Any("ENTRY", &UndoWords::entry, "Its number; the last one unless said")
+        .Add<UndoWords>("undo", "Put back what a change replaced", RunUndo)
+        .Any("NUMBER", &UndoWords::entry, "The change; the last one unless said")
         .Flag("--force", &UndoWords::force, "Files that were edited since, too")
         .Flag("--merge", &UndoWords::merge, "Leave what was edited since in them");
 }

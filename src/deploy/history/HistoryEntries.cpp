@@ -145,7 +145,7 @@ HistoryFile ToldFile(const HistoryReader& reader, const RecordedFile& file) {
     return told;
 }
 
-HistoryEntry ToldEntry(const HistoryReader& reader, const RecordedEntry& entry) {
+HistoryEntry EntryAsRecorded(const RecordedEntry& entry) {
     HistoryEntry told;
     told.number = entry.number;
     told.begun = entry.begun;
@@ -156,9 +156,22 @@ HistoryEntry ToldEntry(const HistoryReader& reader, const RecordedEntry& entry) 
     if (entry.loginUser) told.loginUser = UserName(*entry.loginUser);
     told.sudoUser = entry.sudoUser;
     told.role = entry.role;
-    told.words = ShownWords(reader, entry);
+    told.words = entry.words;
     told.message = entry.message;
     return told;
+}
+
+HistoryEntry ToldEntry(const HistoryReader& reader, const RecordedEntry& entry) {
+    HistoryEntry told = EntryAsRecorded(entry);
+    told.words = ShownWords(reader, entry);
+    return told;
+}
+
+std::vector<std::string> PathsOf(const HistoryReader& reader, std::int64_t number) {
+    std::vector<std::string> paths;
+    for (const RecordedFile& file : reader.FilesOf(number))
+        paths.push_back(reader.PathOf(file.path));
+    return paths;
 }
 
 std::vector<HistoryEntry> ListHistory(Deployment& product, const std::string& file, std::size_t count) {

@@ -8,7 +8,14 @@
 /// Entries of the store, as they are told.
 namespace ZET::Deploy {
 
+/// Without its files, and with the words that could be told when it was recorded.
+HistoryEntry EntryAsRecorded(const RecordedEntry& entry);
+
+/// The same with the words that can be told now.
 HistoryEntry ToldEntry(const HistoryReader& reader, const RecordedEntry& entry);
+
+/// Of the files of an entry.
+std::vector<std::string> PathsOf(const HistoryReader& reader, std::int64_t number);
 
 /// `file` has what became of it between any two instants.
 HistoryFile ToldFile(const HistoryReader& reader, const RecordedFile& file);

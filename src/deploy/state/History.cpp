@@ -116,7 +116,7 @@ void History::TellLoss() {
     if (!lost || m_isLossTold) return;
     m_isLossTold = true;
     const Problem loss = {.file = File(),
-                          .text = Words("its last entries, %s to %s, are lost, as its journal is damaged",
+                          .text = Words("its last changes, %s to %s, are lost, as its journal is damaged",
                                         std::to_string(lost->first), std::to_string(lost->last)),
                           .remedy = _("look at \"status\": what they wrote may be told as edited")};
     m_product.Out().Warning(loss.Describe());

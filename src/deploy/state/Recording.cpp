@@ -308,7 +308,7 @@ void Recording::Complete(Ending ending) {
         const bool isOfStore = failure.Facts().file.starts_with(store);
         m_host.Out().Warning(isOfStore
                                  ? failure.what()
-                                 : Words("%s: the next command ends the entry: %s", store, failure.what()));
+                                 : Words("%s: the next command ends the change: %s", store, failure.what()));
     }
 }
 

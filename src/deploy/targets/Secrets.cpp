@@ -1,14 +1,12 @@
 #include "deploy/targets/Secrets.h"
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <new>
 #include <string_view>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/History.h"
@@ -24,11 +22,10 @@ namespace {
 
 constexpr char kClosed[] = ZET_TEXT("the file is not for everybody");
 constexpr char kLeftList[] = ZET_TEXT("it was committed, and is in no list any more");
-constexpr char kKept[] = ".old";  ///< what "template install --force" keeps
 
 /// Whether the name is that of a file's copy, which holds the same text; it is then the file's.
 bool NameOriginal(std::string& name) {
-    for (const std::string_view suffix : {ZETReserveSuffix, ZETTemporarySuffix, kKept}) {
+    for (const std::string_view suffix : {ZETReserveSuffix, ZETTemporarySuffix, kKeptSuffix}) {
         if (!name.ends_with(suffix)) continue;
         name.resize(name.size() - suffix.size());
         return true;
@@ -39,16 +36,6 @@ bool NameOriginal(std::string& name) {
 bool IsAnyClosed(const std::set<std::string>& names) {
     return std::any_of(names.begin(), names.end(),
                        [](const std::string& name) { return Secrets::IsClosed(name); });
-}
-
-/// Whether two names are those of one file, or of two with the same bytes. What this user cannot read, he
-/// has made no copy of.
-bool HoldSameText(const std::string& file, const struct stat& status, const std::string& other) {
-    struct stat otherStatus = {};
-    if (lstat(other.c_str(), &otherStatus) != 0 || !S_ISREG(otherStatus.st_mode)) return false;
-    if (status.st_dev == otherStatus.st_dev && status.st_ino == otherStatus.st_ino) return true;
-    if (status.st_size == 0 || status.st_size != otherStatus.st_size) return false;
-    return access(other.c_str(), R_OK) == 0 && HaveSameBytes(file, other);
 }
 
 }  // namespace
@@ -79,6 +66,16 @@ void Secrets::RequireShown(const std::string& path) {
     throw Failure({.file = path,
                    .text = Words("its text is not shown: %s", Judged(path).reason),
                    .remedy = _("--show-secrets shows it")});
+}
+
+void Secrets::Wrote(const std::string& path) {
+    if (!m_listed || !m_listed->HasLooked()) return;
+    try {
+        for (const std::string& name : NamesOfText(path))
+            m_listed->Wrote(name);
+    } catch (const Failure&) {
+        m_listed.reset();  // all are looked at again for whatever is asked next
+    }
 }
 
 bool Secrets::IsClosed(const FileState& state) {
@@ -169,24 +166,15 @@ bool Secrets::IsTemplateThatLeftList(const std::string& name) {
 
 bool Secrets::IsListed(const std::set<std::string>& names) {
     return std::any_of(names.begin(), names.end(),
-                       [&](const std::string& name) { return Listed().count(name) != 0; });
+                       [&](const std::string& name) { return Listed().IsOf(name); });
 }
 
-/// Under another name: as a hard link, or as a copy that nobody changed yet.
 bool Secrets::IsCopyOfListed(const std::string& path) {
-    if (Listed().empty()) return false;
-    const std::string file = m_lists.NameOf(path);
-    struct stat status = {};
-    if (lstat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || access(file.c_str(), R_OK) != 0)
-        return false;
-    return std::any_of(Listed().begin(), Listed().end(), [&](const std::string& name) {
-        return HoldSameText(file, status, name) || HoldSameText(file, status, name + ZETReserveSuffix) ||
-               HoldSameText(file, status, name + kKept);
-    });
+    return !Listed().IsEmpty() && Listed().IsIn(m_lists.NameOf(path));
 }
 
 /// The target itself, the template's working copy, and the pristine template.
-const std::set<std::string>& Secrets::Listed() {
+SecretTexts& Secrets::Listed() {
     if (m_listed) return *m_listed;
     std::set<std::string> listed;
     for (const Target& target : m_lists.Targets().targets) {
@@ -195,8 +183,7 @@ const std::set<std::string>& Secrets::Listed() {
         for (const std::string& file : {target.path, WorkingCopy(m_host, target.templateName), pristine})
             listed.insert(m_lists.NameOf(file));
     }
-    m_listed = std::move(listed);
-    return *m_listed;
+    return m_listed.emplace(std::move(listed));
 }
 
 }  // namespace ZET::Deploy

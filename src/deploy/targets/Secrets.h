@@ -6,6 +6,8 @@
 #include <set>
 #include <string>
 
+#include "deploy/targets/SecretTexts.h"
+
 namespace ZET::Deploy {
 
 class HostLists;
@@ -47,6 +49,9 @@ class Secrets {
     /// Somebody asks for the text of the file: a `Failure` with the remedy where he has to ask for secrets.
     void RequireShown(const std::string& path);
 
+    /// The run has written the file: what was not judged yet may be a copy of that.
+    void Wrote(const std::string& path);
+
     /// Whether others may not read the file, links followed.
     static bool IsClosed(const std::string& file);
     static bool IsClosed(const FileState& state);
@@ -66,13 +71,13 @@ class Secrets {
     bool IsTemplateThatLeftList(const std::string& name);
     bool IsListed(const std::set<std::string>& names);
     bool IsCopyOfListed(const std::string& path);
-    const std::set<std::string>& Listed();
+    SecretTexts& Listed();
 
     Host& m_host;
     HostLists& m_lists;
     std::map<std::string, Verdict> m_verdicts;
-    std::optional<std::set<std::string>> m_listed;  ///< the files of the targets that the list calls secret
-    std::string m_trouble;                          ///< why nobody can tell; empty when that was told
+    std::optional<SecretTexts> m_listed;  ///< of the targets that the list calls secret
+    std::string m_trouble;                ///< why nobody can tell; empty when that was told
 };
 
 }  // namespace ZET::Deploy

@@ -38,7 +38,7 @@ std::string DifferenceBetween(const RecordedState& now, const RecordedState& lef
 /// One that a commit found to be what it would have written is in none.
 std::string NotAsLeftBy(std::int64_t number) {
     return number == 0 ? _("it is not as the last commit left it")
-                       : Words("it is not as entry %s left it", std::to_string(number));
+                       : Words("it is not as change %s left it", std::to_string(number));
 }
 
 bool IsThere(const std::optional<CapturedFile>& file) {
@@ -146,7 +146,7 @@ void FileToPutBack::RefuseOthersWork(const RecordedFile& row, const std::string&
                                      const CapturedFile& now) {
     if (now.IsAs(row.after)) {
         const std::string entry = std::to_string(m_change.between.front().entry);
-        return Refuse(path, Words("was edited before entry %s wrote it", entry), _(kWays));
+        return Refuse(path, Words("was edited before change %s wrote it", entry), _(kWays));
     }
     Refuse(path, DifferenceBetween(now.state, row.after) + ": " + NotAsLeftBy(m_change.newest), _(kWays));
 }

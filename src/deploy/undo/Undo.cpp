@@ -194,8 +194,8 @@ std::optional<RecordedEntry> NewestBefore(Store& store, std::optional<std::int64
     const bool wasOne = number > 0 && number <= store.LastPruned();
     throw UsageError(
         wasOne
-            ? Words("%s: is an entry that is no longer kept (\"history\" lists them)", std::to_string(number))
-            : Words("%s: is no entry of the history (\"history\" lists them)", std::to_string(number)));
+            ? Words("%s: is a change that is no longer kept (\"history\" tells them)", std::to_string(number))
+            : Words("%s: is no change of the history (\"history\" tells them)", std::to_string(number)));
 }
 
 RecordedEntry EntryToUndo(Store& store, const UndoOptions& options, bool isTrial) {
@@ -207,7 +207,7 @@ RecordedEntry EntryToUndo(Store& store, const UndoOptions& options, bool isTrial
     std::optional<RecordedEntry> last = NewestBefore(store, std::nullopt, isTrial);
     if (!last)
         throw Failure({.file = store.File(),
-                       .text = _("has no entry that could be taken back"),
+                       .text = _("has no change that could be taken back"),
                        .remedy = _("nothing was changed")});
     return std::move(*last);
 }
@@ -288,7 +288,7 @@ void RequireAllKept(Store& store, std::int64_t number) {
     if (number >= store.LastPruned()) return;
     throw Failure(
         {.file = store.File(),
-         .text = Words("not all entries after %s are kept any more, so nobody knows what was there then",
+         .text = Words("not all changes after %s are kept any more, so nobody knows what was there then",
                        std::to_string(number)),
          .remedy = Words("go back to one from %s on", std::to_string(store.LastPruned() + 1))});
 }

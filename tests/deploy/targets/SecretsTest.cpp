@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <thread>
+
 #include "../HostFixture.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
@@ -52,6 +55,9 @@ class SecretsTest : public HostFixture {
     void WriteMadeFrom(const std::string& name, const std::string& templateFile, mode_t mode = 0644) {
         Write(name, NoticeOf(templateFile) + "made\n", mode);
     }
+
+    /// What was written up to now is older than what is looked at from now on, by the clock of files.
+    static void SettleTimes() { std::this_thread::sleep_for(std::chrono::milliseconds(20)); }
 
   private:
     std::optional<HostLists> m_lists;
@@ -128,6 +134,63 @@ TEST_F(SecretsTest, CopyOfTheTemplateOrOfAReserveIsSecretByItsBytes) {
     Write("out/of-old", "older\n");
     for (const char* name : {"out/of-template", "out/of-reserve", "out/of-old"})
         EXPECT_EQ(AudienceOf(name), Audience::Nobody) << name;
+}
+
+TEST_F(SecretsTest, CopyThatIsMadeInTheRunIsSecret) {
+    Write("out/hidden", "secret\n");
+    Write("out/file", "public\n");
+    EXPECT_EQ(OneRun().Of(At("out/file")), Audience::Everybody);
+    Write("out/copy", "secret\n");
+    fs::create_hard_link(At("out/hidden"), At("out/link"));
+    for (const char* name : {"out/copy", "out/link"})
+        EXPECT_EQ(OneRun().Of(At(name)), Audience::Nobody) << name;
+    EXPECT_EQ(OneRun().Of(At("out/file")), Audience::Everybody) << "once judged, it stays";
+}
+
+TEST_F(SecretsTest, CopyOfASecretFileThatIsWrittenInTheRunIsSecret) {
+    Write("out/file", "public\n");
+    EXPECT_EQ(OneRun().Of(At("out/file")), Audience::Everybody);
+    Write("out/hidden", "a secret of its own\n");
+    Write("out/copy", "a secret of its own\n");
+    EXPECT_EQ(OneRun().Of(At("out/copy")), Audience::Nobody);
+    fs::remove(At("out/hidden"));
+    Write("out/hidden", "another\n");
+    fs::create_hard_link(At("out/hidden"), At("out/link"));
+    EXPECT_EQ(OneRun().Of(At("out/link")), Audience::Nobody);
+}
+
+TEST_F(SecretsTest, FileOfBeforeIsTheCopyOfASecretOneThatTheRunWrote) {
+    Write("out/file", "public\n");
+    Write("out/early", "a secret of its own\n");
+    SettleTimes();
+    EXPECT_EQ(OneRun().Of(At("out/file")), Audience::Everybody);
+    Write("out/hidden", "a secret of its own\n");
+    Write("out/hidden.before_zet", "public too\n");
+    OneRun().Wrote(At("out/hidden"));
+    EXPECT_EQ(OneRun().Of(At("out/early")), Audience::Nobody);
+}
+
+TEST_F(SecretsTest, WhatTheRunWroteIsJudgedByWhatItHolds) {
+    Write("out/hidden", "secret\n");
+    Write("out/file", "public\n");
+    EXPECT_EQ(OneRun().Of(At("out/file")), Audience::Everybody);
+    Write("out/own", "public as well\n");
+    Write("out/copy", "secret\n");
+    for (const char* name : {"out/own", "out/copy"})
+        OneRun().Wrote(At(name));
+    EXPECT_EQ(OneRun().Of(At("out/own")), Audience::Everybody);
+    EXPECT_EQ(OneRun().Of(At("out/copy")), Audience::Nobody);
+}
+
+TEST_F(SecretsTest, CopyIsFoundAmongSecretsOfOneSize) {
+    for (const char* name : {"one", "two", "six"}) {
+        AddTarget(name, "secret = true");
+        Write(std::string("out/") + name, std::string("secret ") + name + "\n");
+    }
+    Write("out/copy", "secret two\n");
+    Write("out/other", "secret ten\n");
+    EXPECT_EQ(OneRun().Of(At("out/copy")), Audience::Nobody);
+    EXPECT_EQ(OneRun().Of(At("out/other")), Audience::Everybody);
 }
 
 TEST_F(SecretsTest, EmptyFileIsNoCopyOfAnEmptyOne) {

@@ -66,7 +66,7 @@ Store::~Store() = default;
 void Store::LookForLoss(std::int64_t last) {
     const std::int64_t number = LastGiven(*m_database);
     if (number >= last) return;
-    if (number == 0) throw DamagedRow(_("all of its entries are gone"));
+    if (number == 0) throw DamagedRow(_("all of its changes are gone"));
     m_lost = {number + 1, last};
 }
 

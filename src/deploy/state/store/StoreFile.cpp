@@ -94,7 +94,7 @@ FoundStore FindStore(const std::string& file) {
         FailOfDamage(size < 0 ? file + kJournalSuffix : file,
                      _("its journal is there, and what belongs to it is gone"));
     if (size < 0) return FoundStore::Nothing;
-    if (size == 0 && LastNumberBeside(file) > 0) FailOfDamage(file, _("all of its entries are gone"));
+    if (size == 0 && LastNumberBeside(file) > 0) FailOfDamage(file, _("all of its changes are gone"));
     return size == 0 || IsBeingMade(file) ? FoundStore::Blank : FoundStore::Whole;
 }
 
