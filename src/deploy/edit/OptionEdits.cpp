@@ -11,6 +11,7 @@
 #include "deploy/edit/SoundBlocks.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileMode.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/ConfFile.h"
