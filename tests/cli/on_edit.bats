@@ -106,6 +106,35 @@ assert_stays_edited() {
     cmp out/one.conf there
 }
 
+# assert_told_as_lost COMMAND...: it replaces what somebody wrote into conf, which nothing keeps.
+assert_told_as_lost() {
+    run_zet "$@"
+    assert_status 0
+    [[ $stderr == *"warning: what $HOST/conf held is larger than ZET_HISTORY_MAX_FILE, and not kept"* ]] || differ "words of $*" "not kept" "$stderr"
+    assert_equal "$(grep -c "$HOST/conf.*MAX_FILE" <<<"$stderr")" 1
+    ! grep hand conf || differ conf "as before" "$(cat conf)"
+}
+
+@test "what was too large to be kept is said to be lost where an undo or a rollback replaces it" {
+    echo ZET_HISTORY_MAX_FILE=300 >>zet.conf
+    printf '%s\n' {1..100} >conf
+    printf 'a=1\n' >>conf
+    run_zet param set conf a 2
+    assert_stderr ""
+    echo hand >>conf
+    assert_told_as_lost rollback-config --force
+    zet param set -v conf a 2 2>said
+    grep -q "$HOST/conf: is larger than ZET_HISTORY_MAX_FILE, and recorded without its text" said
+    echo hand >>conf
+    assert_told_as_lost undo --force
+}
+
+@test "a forced rollback is told to have gone over an edit" {
+    zet rollback-config --force
+    run_zet history show 2
+    [[ $output == *"out/one.conf: "*", over an edit of somebody else's"* ]] || differ words edited "$output"
+}
+
 @test "an edit of somebody else's stays one whatever the product sets in the file" {
     assert_stays_edited param set --force out/one.conf other value
     assert_stays_edited line set --force out/one.conf mine yours

@@ -152,7 +152,12 @@ void Recording::Add(ExpectedFile& file, const std::string& suffix) {
     if (known) {
         before.state.knowledge = known->state.knowledge;
         record.file.kindBefore = known->kind;
-        if (!HaveSameTextAndMode(known->state, before.state)) record.file.leftBefore = known->state;
+        if (!HaveSameTextAndMode(known->state, before.state)) {
+            record.file.leftBefore = known->state;
+            // The original takes the place of all that it holds.
+            const bool isReplaced = file.companions == ExpectedFile::Companions::MayGo && before.state.exists;
+            record.file.wasEdited = file.wasEdited || isReplaced;
+        }
         if (known->kind == FileKind::Target && file.kind == FileKind::Edit && !file.knowledge)
             record.file.kind = FileKind::Target;
     }
@@ -297,7 +302,35 @@ void Recording::Close(EntryOutcome outcome, Ending ending) {
     const std::int64_t number = *std::exchange(m_open, std::nullopt);
     Settlement settlement = Settled(ending);
     settlement.keepsEntry = m_host.HostHistory().KeepsTexts();
-    if (m_store->Close(number, outcome, settlement)) m_host.Out().Recorded(number);
+    if (!m_store->Close(number, outcome, settlement)) return;
+    m_host.Out().Recorded(number);
+    TellUnkept(settlement.untouched);
+}
+
+bool Recording::IsUnkept(const RecordedState& state) const {
+    return state.exists && state.size > m_limits.largestText;
+}
+
+/// Whether nothing has any more what somebody made of the file. A reserve that came with the entry does.
+bool Recording::IsLost(std::size_t row) const {
+    const RecordedFile& file = m_rows[row].record.file;
+    const bool isReserved = row + 1 < m_rows.size() && m_rows[row + 1].record.isReserve &&
+                            !m_rows[row + 1].record.file.before.exists;
+    return file.wasEdited && IsUnkept(file.before) && !isReserved;
+}
+
+void Recording::TellUnkept(const std::vector<std::string>& untouched) const {
+    for (std::size_t i = 0; i < m_rows.size(); ++i) {
+        const RecordedFile& file = m_rows[i].record.file;
+        if (file.kind == FileKind::Companion || (!IsUnkept(file.before) && !IsUnkept(file.after))) continue;
+        if (std::find(untouched.begin(), untouched.end(), file.path) != untouched.end()) continue;
+        if (IsLost(i))
+            m_host.Out().Warning(
+                Words("what %s held is larger than ZET_HISTORY_MAX_FILE, and not kept", file.path));
+        else
+            m_host.Out().Detail(
+                Words("%s: is larger than ZET_HISTORY_MAX_FILE, and recorded without its text", file.path));
+    }
 }
 
 }  // namespace ZET::Deploy
