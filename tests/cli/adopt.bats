@@ -230,3 +230,31 @@ assert_adopted() {
     assert_refusal 1 "$HOST/out/one.conf: has another mode (0600) than the list gives it (change the mode in the list, or that of the file to 0640)"
     assert_host_unchanged
 }
+
+@test "a working copy that is a link stays one, and what it was made from is known" {
+    mkdir elsewhere
+    mv etc/one.conf elsewhere/one.conf
+    ln -s ../elsewhere/one.conf etc/one.conf
+    zet commit-config
+    cp templates/one.conf newer
+    sed -i 's/main/newer/' newer
+    cp newer templates/one.conf
+    run_zet template status one.conf
+    [[ $output == *"newer shipped"* ]] || differ status newer "$output"
+    echo more >>out/one.conf
+    zet adopt out/one.conf
+    run_zet template status one.conf
+    [[ $output == *"edited, newer shipped"* ]] || differ status newer "$output"
+    run_zet template upgrade one.conf
+    assert_status 0
+    zet -q commit-config
+    echo most >>out/one.conf
+    run_zet adopt out/one.conf
+    assert_success "$HOST/elsewhere/one.conf: changed, with the edit of $HOST/out/one.conf"
+    assert_equal "$(readlink etc/one.conf)" ../elsewhere/one.conf
+    assert_equal "$(tail -n 2 etc/one.conf)" $'more\nmost'
+    run_zet status
+    assert_status 0
+    run_zet template status one.conf
+    [[ $output == *edited* && $output != *newer* ]] || differ status edited "$output"
+}

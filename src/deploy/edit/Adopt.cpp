@@ -25,6 +25,7 @@
 #include "text/Lines.h"
 #include "text/ManagedText.h"
 #include "text/TemplateCheck.h"
+#include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
 
@@ -56,7 +57,7 @@ class Adopting {
         : m_product(product),
           m_path(path),
           m_templateName(templateName),
-          m_workingCopy(WorkingCopy(product, templateName)),
+          m_workingCopy(RealFileOf(product, WorkingCopy(product, templateName))),
           m_writing(product, {m_workingCopy}, Writing::Right::OfTheProduct),
           m_version(VersionOf(m_workingCopy)),
           m_targetVersion(VersionOf(m_path)) {}
@@ -265,11 +266,12 @@ class Adopting {
         copy.path = m_workingCopy;
         copy.kind = FileKind::Template;
         copy.after = Capture(made, longest);
-        if (source != m_workingCopy) copy.base = ReadFileBytes(source);
+        const CopyMemory memory = MemoryOf(m_product, WorkingCopy(m_product, m_templateName));
+        copy.base = IsFileExist(m_workingCopy) ? memory.base : ReadFileBytes(source);
         if (m_mode) {
             // An upgrade leaves a mode that is not the product's own.
             copy.left = copy.after->state;
-            copy.left->mode = MemoryOf(m_product, m_workingCopy).mode.value_or(ModeOf(source));
+            copy.left->mode = memory.mode.value_or(ModeOf(source));
         }
         recording.Expect(copy);
         ExpectTarget(recording, knowledge);
