@@ -152,12 +152,7 @@ void Recording::Add(ExpectedFile& file, const std::string& suffix) {
     if (known) {
         before.state.knowledge = known->state.knowledge;
         record.file.kindBefore = known->kind;
-        if (!HaveSameTextAndMode(known->state, before.state)) {
-            record.file.leftBefore = known->state;
-            // The original takes the place of all that it holds.
-            const bool isReplaced = file.companions == ExpectedFile::Companions::MayGo && before.state.exists;
-            record.file.wasEdited = file.wasEdited || isReplaced;
-        }
+        if (!HaveSameTextAndMode(known->state, before.state)) record.file.leftBefore = known->state;
         if (known->kind == FileKind::Target && file.kind == FileKind::Edit && !file.knowledge)
             record.file.kind = FileKind::Target;
     }
