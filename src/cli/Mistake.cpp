@@ -28,7 +28,11 @@ std::string Suggestion(const Mistake& mistake) {
     if (mistake.isCommandMissing) return unknown.empty() ? "" : DidYouMean(unknown.front(), mistake.commands);
     const auto option = std::find_if(unknown.begin(), unknown.end(),
                                      [](const std::string& word) { return word.starts_with("--"); });
-    return option == unknown.end() ? "" : DidYouMean(option->substr(0, option->find('=')), mistake.options);
+    if (option == unknown.end()) return "";
+    const std::string name = option->substr(0, option->find('='));
+    const std::vector<std::string>& known = mistake.options;
+    return std::find(known.begin(), known.end(), name) == known.end() ? DidYouMean(name, known)
+                                                                      : _("put it behind its command, or ");
 }
 
 /// Whether a word that is missing may be there, and have been taken for an option.

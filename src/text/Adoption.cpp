@@ -1,6 +1,8 @@
 #include "text/Adoption.h"
 
+#include <map>
 #include <optional>
+#include <set>
 
 #include "text/LineOrigin.h"
 #include "text/Lines.h"
@@ -76,6 +78,7 @@ class Adopter {
     Adopter(std::string_view templateText, std::string_view rendered, std::string_view edited,
             const StringMap& values)
         : m_template(templateText),
+          m_rendered(rendered),
           m_edited(edited),
           m_values(values),
           m_endsOpen(!templateText.empty() && templateText.back() != '\n') {
@@ -90,6 +93,8 @@ class Adopter {
                 m_result.isTraceable && origin.certainty == LineOrigin::Certainty::Rendered;
         if (!m_result.isTraceable) return std::move(m_result);
         for (const Hunk& hunk : hunks)
+            LookForMoved(hunk);
+        for (const Hunk& hunk : hunks)
             Take(hunk);
         KeepTo(m_template.Count() + 1);
         const bool endsOpen = hunks.empty() ? m_endsOpen : m_editedEndsOpen;
@@ -101,6 +106,20 @@ class Adopter {
     /// The template's line that a rendered one was made from; behind the last one, the end.
     std::size_t TemplateLineOf(std::size_t rendered) const {
         return rendered <= m_origins.size() ? m_origins[rendered - 1].templateLine : m_template.Count() + 1;
+    }
+
+    LineWithPlaceholders ModelOf(std::string_view templateLine) const {
+        return {HasNoPlaceholders(templateLine) ? "" : templateLine, m_values};
+    }
+
+    /// A line that is gone here may have come elsewhere as it was, and takes its placeholders along.
+    void LookForMoved(const Hunk& hunk) {
+        for (std::size_t old = hunk.oldFirst; old < hunk.oldFirst + hunk.oldCount; ++old) {
+            const std::string_view line = m_template[TemplateLineOf(old)];
+            if (!ModelOf(line).IsEmpty()) m_gone[m_rendered[old]].insert(line);
+        }
+        for (std::size_t number = hunk.newFirst; number < hunk.newFirst + hunk.newCount; ++number)
+            m_come.insert(m_edited[number]);
     }
 
     void Write(std::string_view line) { m_result.templateText.append(line).append("\n"); }
@@ -122,34 +141,49 @@ class Adopter {
         m_taken = hunk.newFirst;
         for (std::size_t old = hunk.oldFirst; old < hunk.oldFirst + hunk.oldCount; ++old) {
             KeepTo(TemplateLineOf(old));  // its comments
-            Replace(m_template[m_next], hunk);
+            if (!Replace(m_template[m_next], hunk) && !m_come.contains(m_rendered[old]))
+                Refuse(m_template[m_next], hunk);
             ++m_next;
         }
         WriteEdited(m_taken, hunk.newFirst + hunk.newCount);
     }
 
     /// One changed line of the template. Without placeholders, its successors are taken over with the rest.
-    void Replace(std::string_view templateLine, const Hunk& hunk) {
-        const LineWithPlaceholders model(HasNoPlaceholders(templateLine) ? "" : templateLine, m_values);
-        if (model.IsEmpty() || hunk.newCount == 0) return;
+    /// False when none of them holds its values.
+    bool Replace(std::string_view templateLine, const Hunk& hunk) {
+        const LineWithPlaceholders model = ModelOf(templateLine);
+        if (model.IsEmpty() || hunk.newCount == 0) return true;
         for (std::size_t number = m_taken; number < hunk.newFirst + hunk.newCount; ++number) {
             const auto line = model.Of(m_edited[number]);
             if (!line) continue;
             WriteEdited(m_taken, number);
             Write(*line);
             m_taken = number + 1;
-            return;
+            return true;
         }
+        return false;
+    }
+
+    void Refuse(std::string_view templateLine, const Hunk& hunk) {
         const bool isAnyLeft = m_taken < hunk.newFirst + hunk.newCount;
-        m_result.refused.push_back({isAnyLeft ? m_taken : hunk.newFirst, model.Placeholders()});
+        Refuse(templateLine, isAnyLeft ? m_taken : hunk.newFirst);
+    }
+
+    void Refuse(std::string_view templateLine, std::size_t number) {
+        m_result.refused.push_back({number, ModelOf(templateLine).Placeholders()});
     }
 
     void WriteEdited(std::size_t first, std::size_t end) {
-        for (std::size_t number = first; number < end; ++number)
-            Write(m_edited[number]);
+        for (std::size_t number = first; number < end; ++number) {
+            const auto gone = m_gone.find(m_edited[number]);
+            Write(gone == m_gone.end() ? m_edited[number] : *gone->second.begin());
+            // Made of one placeholder or of another.
+            if (gone != m_gone.end() && gone->second.size() > 1) Refuse(*gone->second.begin(), number);
+        }
     }
 
     const NumberedLines m_template;
+    const NumberedLines m_rendered;
     const NumberedLines m_edited;
     const StringMap& m_values;
     const bool m_endsOpen;
@@ -157,6 +191,8 @@ class Adopter {
     std::vector<LineOrigin> m_origins;
     std::size_t m_next = 1;   ///< of the template, the first line that was not dealt with
     std::size_t m_taken = 1;  ///< of the edited file, in a hunk
+    std::map<std::string_view, std::set<std::string_view>> m_gone;  ///< lines with values: their templates
+    std::set<std::string_view> m_come;                              ///< lines that a hunk puts in
     Adoption m_result;
 };
 

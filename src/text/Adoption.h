@@ -26,8 +26,8 @@ struct Adoption {
 
 /// Turns the edit of a rendered file into one of its template: lines that were not touched keep theirs, a
 /// changed line keeps each placeholder whose value is found in it, in order, in exactly one way, and other
-/// lines are taken over as they are. `hunks` lead from `rendered` to `edited`; `values` are those of the
-/// placeholders.
+/// lines are taken over as they are, but for one that was moved unchanged, which keeps its placeholders.
+/// `hunks` lead from `rendered` to `edited`; `values` are those of the placeholders.
 Adoption AdoptEdit(std::string_view templateText, std::string_view rendered, std::string_view edited,
                    const std::vector<Hunk>& hunks, const StringMap& values);
 

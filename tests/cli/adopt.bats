@@ -40,6 +40,11 @@ assert_adopted() {
     assert_adopted $'# --ZET_TEMPLATE_COMMENT--\n# why\n# --ZET_COMMENT_END--\n[main]\nlast\n'
 }
 
+@test "a line that was moved takes its placeholder along" {
+    adopted '/^realm/{h;d}; $G'
+    assert_adopted $'# --ZET_TEMPLATE_COMMENT--\n# why\n# --ZET_COMMENT_END--\n[main]\nlast\nrealm = ${realm}\n'
+}
+
 @test "a changed value is refused with its line, and nothing is written" {
     sed -i 's/EXAMPLE.ORG/OTHER.ORG/' out/one.conf
     remember_host
@@ -183,4 +188,73 @@ assert_adopted() {
     run_zet adopt out/own.conf
     assert_status 0
     assert_file etc/own.conf $'server ${ntp_server}\nlast\n'
+}
+
+@test "a mode that somebody gave the file is its template's from then on" {
+    echo more >>out/one.conf
+    chmod 600 out/one.conf
+    adopted ''
+    assert_adopted $'# --ZET_TEMPLATE_COMMENT--\n# why\n# --ZET_COMMENT_END--\n[main]\nrealm = ${realm}\nlast\nmore\n'
+    assert_equal "$(stat -c %a etc/one.conf out/one.conf)" $'600\n600'
+    zet undo
+    assert_equal "$(stat -c %a etc/one.conf out/one.conf)" $'644\n600'
+    run_zet status
+    [[ $output == *"$HOST/out/one.conf: edited"* ]]
+}
+
+@test "a mode alone is adopted, and an upgrade of the template leaves it" {
+    chmod 600 out/one.conf
+    run_zet adopt -n --diff out/one.conf
+    assert_status 3
+    [[ $output == *"would be changed"*600* ]] || differ output 600 "$output"
+    run_zet adopt out/one.conf
+    assert_success "$HOST/etc/one.conf: changed, mode 0644 -> 0600, with the edit of $HOST/out/one.conf"
+    run_zet status
+    assert_status 0
+    printf 'newer = ${realm}\n' >templates/one.conf
+    run_zet template upgrade one.conf
+    assert_status 0
+    run_zet commit-config --on-edit=refuse
+    assert_status 0
+    grep -qx 'newer = EXAMPLE.ORG' out/one.conf
+    assert_equal "$(stat -c %a etc/one.conf out/one.conf)" $'600\n600'
+}
+
+@test "a mode that the list gives is not adopted" {
+    sed -i '$a mode = "0640"' templates/targets.toml
+    zet commit-config
+    echo more >>out/one.conf
+    chmod 600 out/one.conf
+    remember_host
+    run_zet adopt out/one.conf
+    assert_refusal 1 "$HOST/out/one.conf: has another mode (0600) than the list gives it (change the mode in the list, or that of the file to 0640)"
+    assert_host_unchanged
+}
+
+@test "a working copy that is a link stays one, and what it was made from is known" {
+    mkdir elsewhere
+    mv etc/one.conf elsewhere/one.conf
+    ln -s ../elsewhere/one.conf etc/one.conf
+    zet commit-config
+    cp templates/one.conf newer
+    sed -i 's/main/newer/' newer
+    cp newer templates/one.conf
+    run_zet template status one.conf
+    [[ $output == *"newer shipped"* ]] || differ status newer "$output"
+    echo more >>out/one.conf
+    zet adopt out/one.conf
+    run_zet template status one.conf
+    [[ $output == *"edited, newer shipped"* ]] || differ status newer "$output"
+    run_zet template upgrade one.conf
+    assert_status 0
+    zet -q commit-config
+    echo most >>out/one.conf
+    run_zet adopt out/one.conf
+    assert_success "$HOST/elsewhere/one.conf: changed, with the edit of $HOST/out/one.conf"
+    assert_equal "$(readlink etc/one.conf)" ../elsewhere/one.conf
+    assert_equal "$(tail -n 2 etc/one.conf)" $'more\nmost'
+    run_zet status
+    assert_status 0
+    run_zet template status one.conf
+    [[ $output == *edited* && $output != *newer* ]] || differ status edited "$output"
 }

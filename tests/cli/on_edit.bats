@@ -91,3 +91,81 @@ zet-client: nothing was changed"
     assert_status 0
     [[ $stderr == *"what $HOST/out/one.conf held is larger than ZET_HISTORY_MAX_FILE, and not kept"* && $stderr != *"shows what it held"* ]] || differ words "not kept" "$stderr"
 }
+
+# assert_stays_edited COMMAND...: the edited target is somebody else's work after the command, too.
+assert_stays_edited() {
+    run_zet "$@"
+    assert_status 0
+    run_zet status
+    [[ $output == *"$HOST/out/one.conf: edited"* ]] || differ status "edited after $*" "$output"
+    cp out/one.conf there
+    run_zet commit-config --on-edit=refuse
+    assert_status 1
+    run_zet rollback-config -n
+    [[ $output$stderr == *"out/one.conf: "*"--force"* ]] || differ words "--force after $*" "$output$stderr"
+    cmp out/one.conf there
+}
+
+# assert_told_as_lost COMMAND...: it replaces what somebody wrote into conf, which nothing keeps.
+assert_told_as_lost() {
+    run_zet "$@"
+    assert_status 0
+    [[ $stderr == *"warning: what $HOST/conf held is larger than ZET_HISTORY_MAX_FILE, and not kept"* ]] || differ "words of $*" "not kept" "$stderr"
+    assert_equal "$(grep -c "$HOST/conf.*MAX_FILE" <<<"$stderr")" 1
+    ! grep hand conf || differ conf "as before" "$(cat conf)"
+}
+
+@test "what was too large to be kept is said to be lost where an undo or a rollback replaces it" {
+    echo ZET_HISTORY_MAX_FILE=300 >>zet.conf
+    printf '%s\n' {1..100} >conf
+    printf 'a=1\n' >>conf
+    run_zet param set conf a 2
+    assert_stderr ""
+    echo hand >>conf
+    assert_told_as_lost rollback-config --force
+    zet param set -v conf a 2 2>said
+    grep -q "$HOST/conf: is larger than ZET_HISTORY_MAX_FILE, and recorded without its text" said
+    echo hand >>conf
+    assert_told_as_lost undo --force
+}
+
+@test "a forced rollback is told to have gone over an edit" {
+    zet rollback-config --force
+    run_zet history show 2
+    [[ $output == *"out/one.conf: "*", over an edit of somebody else's"* ]] || differ words edited "$output"
+}
+
+@test "an edit of somebody else's stays one whatever the product sets in the file" {
+    assert_stays_edited param set --force out/one.conf other value
+    assert_stays_edited line set --force out/one.conf mine yours
+    assert_stays_edited file strip --force out/one.conf
+    run_zet history show 4
+    [[ $output == *"out/one.conf: changed, over an edit of somebody else's"* ]] || differ words edited "$output"
+    run_zet commit-config
+    [[ $stderr == *"was edited since the last commit; the edits are overwritten"* ]] || differ words warning "$stderr"
+    assert_stays_edited undo
+    assert_stays_edited undo 4
+}
+
+@test "an edit of somebody else's stays one where the product repairs markers" {
+    zet param set --force out/one.conf other value
+    sed -i 's/^# ----ZET_END/  &/' out/one.conf
+    assert_stays_edited doctor --fix out/one.conf
+}
+
+@test "a mode of somebody else's stays his whatever the product sets in the file" {
+    zet commit-config
+    chmod 600 out/one.conf
+    assert_stays_edited param set --force out/one.conf other value
+}
+
+@test "what the product alone has set in a target is pending" {
+    zet commit-config
+    zet param set --force out/one.conf other value
+    zet line set --force out/one.conf other=v other=third
+    run_zet status
+    [[ $output == *"$HOST/out/one.conf: pending"* ]]
+    zet undo
+    run_zet status
+    [[ $output == *"$HOST/out/one.conf: pending"* ]]
+}

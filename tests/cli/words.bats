@@ -58,3 +58,16 @@ words() {
     assert_status 2
     [[ $stderr == *'did you mean "--diff"?'* ]]
 }
+
+@test "an option of a command that stands before it is told where it belongs" {
+    run_zet param --no-markers set conf a 2
+    assert_refusal 2 'The following argument was not expected: --no-markers (put it behind its command, or see "zet-client --help")'
+}
+
+@test "a name that is too long is told to be that" {
+    local name
+    name=$(printf 'n%.0s' {1..250})
+    run_zet file reserve "$name"
+    assert_status 1
+    [[ $stderr == *"(choose a shorter name)"* && $stderr != *"search its directory"* ]] || differ words shorter "$stderr"
+}

@@ -99,6 +99,27 @@ TEST(Adoption, LineThatWasTakenOutGoesWithItsPlaceholder) {
     EXPECT_EQ(Adopt("a\n${realm}\nb\n", "a\nEXAMPLE.ORG\nb\n", "a\nb\n", "2d1\n").templateText, "a\nb\n");
 }
 
+TEST(Adoption, LineThatWasMovedTakesItsPlaceholdersAlong) {
+    EXPECT_EQ(Adopt("r ${realm}\na\nb\n", "r EXAMPLE.ORG\na\nb\n", "a\nb\nr EXAMPLE.ORG\n", "1d0\n3a3\n")
+                  .templateText,
+              "a\nb\nr ${realm}\n");
+    EXPECT_EQ(Adopt("a\nb\nr ${realm}\n", "a\nb\nr EXAMPLE.ORG\n", "r EXAMPLE.ORG\na\nb\n", "0a1\n3d3\n")
+                  .templateText,
+              "r ${realm}\na\nb\n");
+    const Adoption replaced =
+        Adopt("r ${realm}\na\nb\n", "r EXAMPLE.ORG\na\nb\n", "c\na\nb\nr EXAMPLE.ORG\n", "1c1\n3a4\n");
+    EXPECT_THAT(replaced.refused, IsEmpty());
+    EXPECT_EQ(replaced.templateText, "c\na\nb\nr ${realm}\n");
+}
+
+TEST(Adoption, LineThatWasMovedAndMayBeOneOfTwoIsRefused) {
+    const StringMap values = {{"${one}", "1"}, {"${other}", "1"}};
+    const Adoption adoption = AdoptEdit("n ${one}\nn ${other}\na\n", "n 1\nn 1\na\n", "a\nn 1\n",
+                                        HunksOf("1,2d0\n3a2\n").value(), values);
+    ASSERT_EQ(adoption.refused.size(), 1u);
+    EXPECT_EQ(adoption.refused[0].line, 2u);
+}
+
 TEST(Adoption, CommentsOfTheTemplateStay) {
     const std::string comment = "# --ZET_TEMPLATE_COMMENT--\n# why\n# --ZET_COMMENT_END--\n";
     EXPECT_EQ(Adopt(comment + "a\n" + comment + "${realm}\n", "a\nEXAMPLE.ORG\n", "x\nEXAMPLE.ORG\ny\n",

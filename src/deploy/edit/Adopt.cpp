@@ -25,10 +25,12 @@
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Secrets.h"
 #include "deploy/targets/ShownDiff.h"
+#include "deploy/targets/TemplateFiles.h"
 #include "text/Adoption.h"
 #include "text/Lines.h"
 #include "text/ManagedText.h"
 #include "text/TemplateCheck.h"
+#include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
 
@@ -60,7 +62,7 @@ class Adopting {
         : m_product(product),
           m_path(path),
           m_templateName(templateName),
-          m_workingCopy(WorkingCopy(product, templateName)),
+          m_workingCopy(RealFileOf(product, WorkingCopy(product, templateName))),
           m_writing(product, {m_workingCopy}, Writing::Right::OfTheProduct),
           m_version(VersionOf(m_workingCopy)),
           m_targetVersion(VersionOf(m_path)) {}
@@ -74,6 +76,8 @@ class Adopting {
         const std::string rendered = ReadFileBytes(staged);
         Knowledge knowledge = known->state.knowledge;
         knowledge.ForgetBase();
+        m_mode = ModeToAdopt(*known, staged);
+        if (edited == rendered && m_mode) return Write(ReadFileBytes(Source()), knowledge);
         if (edited == rendered) return IsLastRendering(*known, rendered) ? Unchanged() : Remember(knowledge);
         if (!IsMergedWith(m_product, *known, rendered)) RequireLastRendering(*known, rendered);
         const std::string text = NewTemplate(rendered, edited);
@@ -99,6 +103,23 @@ class Adopting {
                                  "tell what was edited"),
                        .remedy = _("take that change back, then adopt, then make it again")});
     }
+
+    /// A mode that somebody gave the target, and its template has to give it from now on.
+    std::optional<mode_t> ModeToAdopt(const KnownFile& known, const std::string& staged) const {
+        const mode_t mode = ModeOf(m_path);
+        if (mode == ModeOf(staged) || mode == known.state.mode) return std::nullopt;
+        const Target* const target = m_product.Lists().EntryOf(m_templateName);
+        if (target == nullptr || !target->mode) return mode;
+        throw Failure(
+            {.file = m_path,
+             .text = Words("has another mode (%s) than the list gives it", ModeText(StateOf(m_path))),
+             .remedy =
+                 Words("change the mode in the list, or that of the file to %s", ModeText(StateOf(staged)))});
+    }
+
+    std::string Source() const { return TemplateFile(m_product, m_templateName); }
+
+    mode_t ModeOfTemplate() const { return m_mode ? *m_mode : ModeOf(Source()); }
 
     /// One that the module would never return from, or that the next commit would refuse, is not tried.
     void RequireGoodTemplate(const std::string& text) {
@@ -128,8 +149,8 @@ class Adopting {
         const Body after = BodyOf(edited, notice);
         RequireSameNotice(rendered, edited, before, after);
         const Text::Adoption adoption =
-            Text::AdoptEdit(ReadFileBytes(TemplateFile(m_product, m_templateName)), before.text, after.text,
-                            HunksBetween(before, after), m_product.TemplateValues());
+            Text::AdoptEdit(ReadFileBytes(Source()), before.text, after.text, HunksBetween(before, after),
+                            m_product.TemplateValues());
         if (!adoption.isTraceable) FailToTrace();
         if (!adoption.refused.empty()) Refuse(adoption.refused, notice);
         return adoption.templateText;
@@ -187,9 +208,8 @@ class Adopting {
 
     FileOutcome Write(const std::string& text, const Knowledge& knowledge) {
         RequireReplaceable(m_workingCopy);
-        const std::string source = TemplateFile(m_product, m_templateName);
         const std::string made = m_staging.PathOf("template");
-        WriteStagedFile(made, text, ModeOf(source));
+        WriteStagedFile(made, text, ModeOfTemplate());
         FileOutcome outcome = Unchanged();
         outcome.remark = Words("with the edit of %s", m_path);
         outcome.templateName = m_templateName;
@@ -197,15 +217,14 @@ class Adopting {
         outcome.after = GiveOwnerInPlace(m_workingCopy, made);
         outcome.diff = DiffToShow(m_product, outcome.before.exists ? m_workingCopy : "", made, m_workingCopy);
         if (m_product.Wanted().dryRun) return outcome;
-        Replace(text, source, made, knowledge);
+        Replace(text, made, knowledge);
         outcome.after = StateOf(m_workingCopy);
         return outcome;
     }
 
-    void Replace(const std::string& text, const std::string& source, const std::string& made,
-                 const Knowledge& knowledge) {
+    void Replace(const std::string& text, const std::string& made, const Knowledge& knowledge) {
         Recording recording(m_product, Recording::Use::OfTheProduct, m_writing.Records());
-        Expect(recording, source, made, knowledge);
+        Expect(recording, made, knowledge);
         Writing::Begin();
         recording.Begin();
         if (!recording.IsOn())
@@ -216,7 +235,7 @@ class Adopting {
         const FileInPlace place(
             m_product.HostPaths().FindReal(m_workingCopy, m_product.TrustedAt(m_workingCopy)), m_workingCopy);
         Replacement replacement(m_product, place, m_version);
-        const mode_t mode = ModeOf(source);
+        const mode_t mode = ModeOfTemplate();
         replacement.Make(
             mode, [&](const std::string& name) { SaveOwnText(name, text, mode); },
             [&](const std::string& /*made*/) { RequireSameTarget(); });
@@ -245,14 +264,20 @@ class Adopting {
     }
 
     /// The working copy, and the target, which is from now on as a commit would make it.
-    void Expect(Recording& recording, const std::string& source, const std::string& made,
-                const Knowledge& knowledge) const {
+    void Expect(Recording& recording, const std::string& made, const Knowledge& knowledge) const {
+        const std::string source = Source();
         const std::uint64_t longest = m_product.HostHistory().Limits().largestText;
         ExpectedFile copy;
         copy.path = m_workingCopy;
         copy.kind = FileKind::Template;
         copy.after = Capture(made, longest);
-        if (source != m_workingCopy) copy.base = ReadFileBytes(source);
+        const CopyMemory memory = MemoryOf(m_product, WorkingCopy(m_product, m_templateName));
+        copy.base = IsFileExist(m_workingCopy) ? memory.base : ReadFileBytes(source);
+        if (m_mode) {
+            // An upgrade leaves a mode that is not the product's own.
+            copy.left = copy.after->state;
+            copy.left->mode = memory.mode.value_or(ModeOf(source));
+        }
         recording.Expect(copy);
         ExpectTarget(recording, knowledge);
     }
@@ -273,6 +298,7 @@ class Adopting {
     const FileVersion m_version;  ///< of the working copy
     const FileVersion m_targetVersion;
     Staging m_staging;
+    std::optional<mode_t> m_mode;  ///< that the template gets; none: its own
 };
 
 /// The name of the one that a commit made the file from.

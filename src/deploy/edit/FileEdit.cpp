@@ -85,7 +85,7 @@ void FileEdit::Try(const Operation& operation, const Replacement::Judge& judge) 
 void FileEdit::Apply(const Operation& operation, bool noBackup, const Replacement::Judge& judge) {
     Writing::Begin();
     Recording recording(m_product, Recording::Use::OfFiles, m_writing.Records());
-    recording.Expect(Expected(noBackup));
+    if (recording.IsOn()) recording.Expect(Expected(noBackup));
     recording.Announce();
     Replacement replacement(m_product, m_place, m_version);
     try {
@@ -113,7 +113,22 @@ ExpectedFile FileEdit::Expected(bool noBackup) const {
     file.place = &m_place;
     file.kind = m_kind;
     file.companions = noBackup ? Companions::Stay : Companions::MayCome;
+    file.before = CaptureIn(m_place.Directory(), m_place.NameInDirectory(), m_path,
+                            m_product.HostHistory().Limits().largestText);
+    LeaveOthersWork(file);
     return file;
+}
+
+/// What somebody made of a target is no less his because the product edits it, too.
+void FileEdit::LeaveOthersWork(ExpectedFile& file) const {
+    Store* const store = m_product.HostHistory().ToLookIfNeeded();
+    if (store == nullptr) return;
+    const Paths& paths = m_product.HostPaths();
+    const std::optional<KnownFile> known = store->Known(paths.NameInside(paths.WithRealDirectory(m_path)));
+    if (!known || known->kind != FileKind::Target) return;
+    if (HaveSameTextAndMode(known->state, file.before->state)) return;
+    file.left = known->state;
+    file.wasEdited = true;
 }
 
 void FileEdit::Perform(const Operation& operation, const std::string& path) {

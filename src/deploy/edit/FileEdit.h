@@ -38,6 +38,7 @@ class FileEdit {
     void Try(const Operation& operation, const Replacement::Judge& judge);
     void Apply(const Operation& operation, bool noBackup, const Replacement::Judge& judge);
     ExpectedFile Expected(bool noBackup) const;
+    void LeaveOthersWork(ExpectedFile& file) const;
     void Perform(const Operation& operation, const std::string& path);
 
     Deployment& m_product;

@@ -29,10 +29,13 @@ std::string Change(const char* words, const FileState& before, const FileState& 
 bool Look(int directory, const std::string& name, const std::string& path, struct stat& status) {
     if (fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) return true;
     if (errno == ENOENT || errno == ENOTDIR) return false;
-    throw SystemFailure({.file = path,
-                         .text = _("cannot tell whether it exists"),
-                         .remedy = _("run the command as a user who may search its directory")},
-                        errno);
+    const int error = errno;
+    const bool isDenied = error == EACCES;
+    throw SystemFailure(
+        {.file = path,
+         .text = _("cannot tell whether it exists"),
+         .remedy = isDenied ? _("run the command as a user who may search its directory") : ""},
+        error);
 }
 
 }  // namespace

@@ -316,7 +316,35 @@ void Recording::Close(EntryOutcome outcome, Ending ending) {
     const std::int64_t number = *std::exchange(m_open, std::nullopt);
     Settlement settlement = Settled(ending);
     settlement.keepsEntry = m_host.HostHistory().KeepsTexts();
-    if (m_store->Close(number, outcome, settlement)) m_host.Out().Recorded(number);
+    if (!m_store->Close(number, outcome, settlement)) return;
+    m_host.Out().Recorded(number);
+    TellUnkept(settlement.untouched);
+}
+
+bool Recording::IsUnkept(const RecordedState& state) const {
+    return state.exists && state.size > m_limits.largestText;
+}
+
+/// Whether nothing has any more what somebody made of the file. A reserve that came with the entry does.
+bool Recording::IsLost(std::size_t row) const {
+    const RecordedFile& file = m_rows[row].record.file;
+    const bool isReserved = row + 1 < m_rows.size() && m_rows[row + 1].record.isReserve &&
+                            !m_rows[row + 1].record.file.before.exists;
+    return file.wasEdited && IsUnkept(file.before) && !isReserved;
+}
+
+void Recording::TellUnkept(const std::vector<std::string>& untouched) const {
+    for (std::size_t i = 0; i < m_rows.size(); ++i) {
+        const RecordedFile& file = m_rows[i].record.file;
+        if (file.kind == FileKind::Companion || (!IsUnkept(file.before) && !IsUnkept(file.after))) continue;
+        if (std::find(untouched.begin(), untouched.end(), file.path) != untouched.end()) continue;
+        if (IsLost(i))
+            m_host.Out().Warning(
+                Words("what %s held is larger than ZET_HISTORY_MAX_FILE, and not kept", file.path));
+        else
+            m_host.Out().Detail(
+                Words("%s: is larger than ZET_HISTORY_MAX_FILE, and recorded without its text", file.path));
+    }
 }
 
 }  // namespace ZET::Deploy

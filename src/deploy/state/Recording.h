@@ -110,6 +110,9 @@ class Recording {
     CapturedFile AfterSuccess(const Row& row) const;
     Settlement Settled(Ending ending) const;
     void Close(EntryOutcome outcome, Ending ending);
+    bool IsUnkept(const RecordedState& state) const;
+    bool IsLost(std::size_t row) const;
+    void TellUnkept(const std::vector<std::string>& untouched) const;
 
     Host& m_host;
     const bool m_goesBack;

@@ -51,10 +51,8 @@ void WarnOfOthersWork(Host& host, const PlannedEdits& planned) {
 
 void TellWhereKept(Host& host, std::int64_t entry, const std::string& path, const FileVersion& version) {
     const History& history = host.HostHistory();
-    if (!history.KeepsTexts()) return;
-    if (static_cast<std::uint64_t>(version.size) > history.Limits().largestText)
-        return host.Out().Remark(
-            Words("what %s held is larger than ZET_HISTORY_MAX_FILE, and not kept", path));
+    const bool isKept = static_cast<std::uint64_t>(version.size) <= history.Limits().largestText;
+    if (!history.KeepsTexts() || !isKept) return;
     host.Out().Remark(Words("\"history show %s %s\" shows what it held", std::to_string(entry), path));
 }
 

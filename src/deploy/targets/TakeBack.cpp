@@ -200,6 +200,10 @@ void TakeBack::Do(const TakeBackStep& step) const {
     place.Within([&](const std::string& name) { m_product.Config().RemoveConfigFileReserve(name); });
 }
 
+bool TakeBack::IsEdited(const std::string& path) const {
+    return m_known.Find(path) != nullptr && StateOf(path).IsRegular() && !m_known.IsAsLeft(path);
+}
+
 ExpectedFile TakeBack::Expected(const TakeBackStep& step) const {
     ExpectedFile file;
     file.path = step.file.path;
@@ -228,6 +232,7 @@ ExpectedFile TakeBack::Expected(const TakeBackStep& step) const {
     }
     file.after = step.hasReserve ? Capture(step.file.Reserve(), longest) : CapturedFile();
     file.companions = ExpectedFile::Companions::MayGo;
+    file.wasEdited = m_ways.isForced && IsEdited(file.path);
     return file;
 }
 

@@ -66,6 +66,7 @@ class TakeBack {
     void KeepOthers(TakeBackStep& step) const;
     void TakeOutBlocks(const TakeBackStep& step) const;
     ShownDiff DiffOf(const WrittenFile& file, const FileState& now, const FileState& reserve) const;
+    bool IsEdited(const std::string& path) const;
     bool IsOwnWork(const WrittenFile& file);
     const Staging& Room();
 

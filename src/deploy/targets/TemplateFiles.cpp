@@ -21,7 +21,7 @@ namespace {
 /// Under which the history knows it.
 std::string NameInHistory(const Host& host, const std::string& path) {
     const Paths& paths = host.HostPaths();
-    return paths.NameInside(paths.WithRealDirectory(host.FilePath(paths.NameInside(path))));
+    return paths.NameInside(paths.WithRealDirectory(RealFileOf(host, path)));
 }
 
 bool IsWhole(const CapturedFile& file) {
@@ -102,10 +102,17 @@ void SetShipped(ExpectedFile& workingCopy, CapturedFile shipped) {
     workingCopy.after = std::move(shipped);
 }
 
+std::string RealFileOf(const Host& host, const std::string& workingCopy) {
+    return host.FilePath(host.HostPaths().NameInside(workingCopy));
+}
+
 CopyMemory MemoryOf(Host& host, const std::string& workingCopy) {
     Store* const store = host.HostHistory().ToLookIfUsable();
-    const std::optional<KnownFile> known =
-        store != nullptr ? store->Known(NameInHistory(host, workingCopy)) : std::nullopt;
+    if (store == nullptr) return {};
+    const Paths& paths = host.HostPaths();
+    std::optional<KnownFile> known = store->Known(NameInHistory(host, workingCopy));
+    // One that was moved, and left a link in its place, is known by that.
+    if (!known) known = store->Known(paths.NameInside(paths.WithRealDirectory(workingCopy)));
     if (!known) return {};
     CopyMemory memory;
     memory.mode = known->state.mode;
@@ -119,8 +126,9 @@ void RememberBase(Host& host, const std::string& workingCopy, const std::string&
 
 void RememberShippedBase(Host& host, const TemplateFiles& files) {
     const StoreLimits limits = host.HostHistory().Limits();
-    if (!limits.keepsTexts || !StateOf(files.workingCopy).IsRegular() || !IsFileExist(files.shipped)) return;
-    CapturedFile copy = Capture(files.workingCopy, limits.largestText);
+    const std::string file = RealFileOf(host, files.workingCopy);
+    if (!limits.keepsTexts || !StateOf(file).IsRegular() || !IsFileExist(files.shipped)) return;
+    CapturedFile copy = Capture(file, limits.largestText);
     if (!IsWhole(copy) || copy.text != ReadFileBytes(files.shipped)) return;
     if (MemoryOf(host, files.workingCopy).base == copy.text) return;
     const std::string base = copy.text;

@@ -41,6 +41,9 @@ void RequireInside(Host& host, const TemplateFiles& files);
 /// The working copy is going to be what is shipped; a text that is too long to be kept is no base.
 void SetShipped(ExpectedFile& workingCopy, CapturedFile shipped);
 
+/// The working copy itself, links followed.
+std::string RealFileOf(const Host& host, const std::string& workingCopy);
+
 /// What the history knows of a working copy.
 struct CopyMemory {
     std::optional<std::string> base;  ///< the shipped text of then that it was made from

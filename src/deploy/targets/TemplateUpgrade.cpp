@@ -43,11 +43,6 @@ std::vector<TemplateFiles> Installed(Host& host, const std::vector<std::string>&
     return installed;
 }
 
-/// The working copies themselves, links followed.
-std::string RealCopy(const Host& host, const TemplateFiles& files) {
-    return host.FilePath(host.HostPaths().NameInside(files.workingCopy));
-}
-
 }  // namespace
 
 TemplateUpgrade::TemplateUpgrade(Deployment& product, const std::vector<std::string>& names)
@@ -55,7 +50,7 @@ TemplateUpgrade::TemplateUpgrade(Deployment& product, const std::vector<std::str
     std::vector<FilesToWrite> toWrite;
     for (TemplateFiles& files : Installed(product, names)) {
         Copy copy;
-        copy.path = RealCopy(product, files);
+        copy.path = RealFileOf(product, files.workingCopy);
         toWrite.push_back({files.name, {copy.path}});
         copy.files = std::move(files);
         m_copies.push_back(std::move(copy));
