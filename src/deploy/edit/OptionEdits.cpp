@@ -12,6 +12,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Overrides.h"
+#include "deploy/state/OwnDirectories.h"
 #include "deploy/targets/EditRules.h"
 #include "zet/ZETHost.h"
 
@@ -49,10 +50,6 @@ void RequireParameterFile(const std::string& staged, const std::string& path) {
     }
 }
 
-bool IsDirectoryOfCommits(const std::string& name) {
-    return name == "ZET_CFG_DIR" || name == "ZET_CFG_TEMPL_DIR" || name == "ZET_VAR_LIB_DIR";
-}
-
 bool IsAnythingCommitted(Deployment& product) {
     Store* const store = product.HostHistory().ToLookIfUsable();
     if (store == nullptr) return false;
@@ -61,14 +58,13 @@ bool IsAnythingCommitted(Deployment& product) {
                        [](const KnownFile& file) { return !file.state.knowledge.roles.empty(); });
 }
 
-/// In another directory nothing would be known of what was committed.
+/// What is committed is known in them.
 void RequireLastingDirectory(Deployment& product, const std::string& name, const std::string& value) {
-    if (!IsDirectoryOfCommits(name) || product.HostPaths().NameInside(product.Param(name)) == value) return;
+    if (!IsOwnDirectory(name) || product.HostPaths().NameInside(product.Param(name)) == value) return;
     if (!IsAnythingCommitted(product)) return;
-    throw Failure(
-        {.file = product.Param(kConfigFile),
-         .text = Words("%s cannot be changed while targets are committed, which are known there", name),
-         .remedy = _("\"rollback-config\" of both roles first, and commit again afterwards")});
+    throw Failure({.file = product.Param(kConfigFile),
+                   .text = CannotMove(name),
+                   .remedy = _("\"rollback-config\" of both roles first, and commit again afterwards")});
 }
 
 }  // namespace
