@@ -779,3 +779,23 @@ conf:1: lines 1 to 5: the administrator's own; in parts since an edit of somebod
     run_zet --json history show 1
     assert_json '[f["mode_after"] for f in d["entries"][0]["files"] if f["mode_after"]]' '[]'
 }
+
+@test "what came between two entries is told where all of it is kept" {
+    echo ZET_HISTORY_KEEP=2 >>zet.conf
+    add_target one.conf $'realm = ${realm}\n'
+    zet -q commit-config
+    echo mine >>out/one.conf
+    zet -q commit-config
+    echo x=0 >f
+    local i
+    for i in 1 2 3; do zet -q param set f x "$i"; done
+    run_zet history diff 2 5
+    assert_refusal 1 "$HOST/state/state.db: not all entries after 2 are kept any more, so nobody knows what was there then (compare with one from 4 on)"
+    run_zet history diff 5 2
+    assert_status 1
+    run_zet history diff 4 5
+    assert_status 0
+    [[ $output == *"+x=3"* ]]
+    run_zet history diff 5
+    assert_status 0
+}

@@ -318,7 +318,7 @@ $TWO: removed, as there was none before"
     rm out/one.conf
     ln -s one.conf out/one.conf
     run_zet rollback-config -n
-    assert_status 3
+    assert_status 1
     run_zet rollback-config "$TWO"
     assert_success "$TWO: removed, as there was none before"
     zet commit-config two.conf
@@ -367,7 +367,7 @@ $TWO: removed, as there was none before"
         $breaker
         remember_host
         run_zet rollback-config -n
-        assert_status 3
+        assert_status 1
         assert_host_unchanged
         run_zet rollback-config
         assert_status 1

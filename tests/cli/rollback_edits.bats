@@ -100,3 +100,27 @@ teardown() {
     [[ $output == *"$HOST/other: is not there"* ]]
     assert_absent other
 }
+
+@test "what was edited in a directory that is away stays on record" {
+    mkdir mnt
+    printf 'a=1\n' >mnt/conf
+    zet -q param set mnt/conf a 2
+    mv mnt away
+    run_zet rollback-config -n
+    assert_status 1
+    run_zet rollback-config
+    assert_status 1
+    [[ $output == *"$HOST/mnt/conf: its directory is not there, so that it stays on record (--force forgets it)"* ]]
+    mv away mnt
+    run_zet rollback-config
+    assert_status 0
+    assert_file mnt/conf $'a=1\n'
+    assert_absent mnt/conf.before_zet
+    zet -q param set mnt/conf a 2
+    rm -r mnt
+    run_zet rollback-config --force
+    assert_status 0
+    run_zet rollback-config
+    assert_status 0
+    [[ $output != *mnt/conf* ]]
+}

@@ -16,6 +16,7 @@ to the byte, mode, owner and attribute, as it was before and after each entry of
     --keep-edits, what somebody wrote stays as it is, and the rest goes back.
   * A rollback without --force leaves every line that a hand added to a file edited in place.
   * What is known of the files is as it was before, where nothing came in between.
+  * What an entry changed of the roles of a target is taken back with it, and no more.
   * A role of which no target is left has no status.
   * An entry that is no longer kept is refused, and so is a way back over one.
   * Whatever a killed run has done is an entry, and can be taken back.
@@ -34,7 +35,7 @@ import tempfile
 sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "faults"))
 
 from run import Fault, NotPossible, Runner  # noqa: E402
-from world import COMPANIONS, PLAIN, TEMPLATES, World, see, write  # noqa: E402
+from world import COMPANIONS, PLAIN, TARGET, TEMPLATES, World, see, write  # noqa: E402
 
 SKIPPED = 77
 STEPS_OF_A_HISTORY = 40
@@ -59,6 +60,12 @@ def text(seen):
 def is_edited(left, found):
     """Whether somebody wrote it in between; another owner or other attributes alone are no work of anybody's."""
     return (shape(left), text(left)) != (shape(found), text(found))
+
+
+def roles_in(known):
+    """By target: the roles that have committed it."""
+    return {path: {role for role in (b"server", b"client") if role in roles}
+            for path, kind, roles, *_ in known if kind == TARGET}
 
 
 def hand_lines(seen):
@@ -238,9 +245,20 @@ class History:
                          f"instead of {known - self.world.known()}")
 
     def undo_any(self):
-        if self.kept():
-            number = self.chance.choice(self.kept())
-            self.go(["undo", str(number)], *self.of_undo(number), self.chance.random() < 0.5)
+        if not self.kept():
+            return
+        number = self.chance.choice(self.kept())
+        roles = roles_in(self.world.known())
+        if self.go(["undo", str(number)], *self.of_undo(number), self.chance.random() < 0.5):
+            self.require_roles(number, roles)
+
+    def require_roles(self, number, roles):
+        """The roles of a target that was one before and after the entry, and was until now."""
+        before, after = map(roles_in, self.known[number])
+        now = roles_in(self.world.known())
+        for path in roles.keys() & before.keys() & after.keys():
+            wanted = roles[path] - (after[path] - before[path]) | (before[path] - after[path])
+            self.require(now.get(path) == wanted, f"{path} is of {now.get(path)} and not of {wanted}")
 
     def undo_killed(self):
         """Each file is old or new then, and the same undo, run again, comes to its end."""

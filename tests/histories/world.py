@@ -13,6 +13,7 @@ TEMPLATES = ("one.conf", "two.conf")
 PLAIN = ("plain.conf", "other.conf")
 TEXT = "# a comment\nsize=3\n#name=none\ncolor=red\n"
 DONE = 1
+TARGET = 0
 
 
 def access_list(user):

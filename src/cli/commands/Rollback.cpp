@@ -47,8 +47,8 @@ int RollbackConfig(Session& session, const RollbackOptions& asked) {
     if (asked.force && asked.keepEdits) throw UsageError(_("--force and --keep-edits exclude each other"));
     BeginTargets(session, TellTarget);
     const RollbackResult result = RollBack(session.Product(), asked.targets, {asked.force, asked.keepEdits});
-    if (session.Asked().dryRun && result.isChanged) return kNotInSync;
-    return result.isKept ? kFailed : kDone;
+    if (result.isKept) return kFailed;
+    return session.Asked().dryRun && result.isChanged ? kNotInSync : kDone;
 }
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/ConfFile.h"
 #include "deploy/state/Overrides.h"
+#include "deploy/state/OwnDirectories.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/RememberedLines.h"
@@ -67,14 +68,13 @@ bool IsAnythingCommitted(Deployment& product) {
     });
 }
 
-/// In another directory nothing would be known of what was committed.
+/// What is committed is known in them.
 void RequireLastingDirectory(Deployment& product, const std::string& name, const std::string& value) {
     if (!IsOwnDirectory(name) || product.HostPaths().NameInside(product.Param(name)) == value) return;
     if (!IsAnythingCommitted(product)) return;
-    throw Failure(
-        {.file = product.Param(kConfigFile),
-         .text = Words("%s cannot be changed while something is committed, which is known there", name),
-         .remedy = _("\"rollback-config\" of both roles first, and commit again afterwards")});
+    throw Failure({.file = product.Param(kConfigFile),
+                   .text = CannotMove(name),
+                   .remedy = _("\"rollback-config\" of both roles first, and commit again afterwards")});
 }
 
 void RequireChangeable(const std::string& name) {

@@ -84,7 +84,9 @@ RecordedFile Reversed(RecordedFile file) {
 std::vector<RecordedFile> ComparedFiles(const Comparison& comparison, std::int64_t number,
                                         std::optional<std::int64_t> to) {
     if (!to) return comparison.Reader().FilesOf(number);
-    std::vector<RecordedFile> files = comparison.Between(std::min(number, *to), std::max(number, *to));
+    const auto [older, newer] = std::minmax(number, *to);
+    if (newer - older > 1) comparison.Reader().RequireAllKeptAfter(older);
+    std::vector<RecordedFile> files = comparison.Between(older, newer);
     if (*to < number) std::transform(files.begin(), files.end(), files.begin(), Reversed);
     return files;
 }

@@ -7,6 +7,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/KeptEntries.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -73,6 +74,10 @@ std::vector<RecordedEntry> HistoryReader::EntriesOf(const std::string& name, std
               [](const RecordedEntry& one, const RecordedEntry& other) { return one.number > other.number; });
     if (entries.size() > count) entries.resize(count);
     return entries;
+}
+
+void HistoryReader::RequireAllKeptAfter(std::int64_t number) const {
+    Deploy::RequireAllKeptAfter(*m_store, number, ZET_TEXT("compare with one from %s on"));
 }
 
 bool HistoryReader::Knows(const std::string& name) const {

@@ -50,6 +50,9 @@ class HistoryReader {
     RecordedEntry Entry(std::int64_t number) const;
     RecordedFile FileOf(std::int64_t number, const std::string& name) const;
 
+    /// What was done after the entry can be told as a whole; else a `Failure`.
+    void RequireAllKeptAfter(std::int64_t number) const;
+
     /// Why the text is not there though the file was; empty: it is.
     std::string WhyNotKept(const RecordedState& state) const;
 

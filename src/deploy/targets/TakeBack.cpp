@@ -14,6 +14,7 @@
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/TargetCheck.h"
+#include "posix/PathNames.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -81,6 +82,11 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
 bool TakeBack::DecideEdit(TakeBackStep& step) {
     if (!m_ways.isForced && m_known.Find(step.file.path) == nullptr && MayBeOthers(step.file)) {
         KeepOthers(step);
+        return true;
+    }
+    if (!m_ways.isForced && !IsFileExist(DirectoryOf(step.file.path))) {
+        Keep(step,
+             Words("its directory is not there, so that it stays on record (%s forgets it)", m_ways.force));
         return true;
     }
     EditToTakeBack edit = LookAtEdit(m_product, m_known, step.file, m_ways.isForced);

@@ -11,8 +11,10 @@
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/OwnDirectories.h"
 #include "deploy/targets/RememberedLines.h"
 #include "deploy/targets/ShownDiff.h"
+#include "deploy/undo/DifferenceFromLeft.h"
 #include "deploy/undo/MergeBack.h"
 #include "zet/ZETFormat.h"
 
@@ -20,25 +22,8 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr char kWays[] = ZET_TEXT("--force puts back what was there before all the same");
-
 std::string OwnerOf(const RecordedState& state) {
     return std::to_string(state.owner) + ":" + std::to_string(state.group);
-}
-
-/// In what the file is another one than the entry left.
-std::string DifferenceBetween(const RecordedState& now, const RecordedState& left) {
-    if (!now.exists) return _("is not there any more");
-    if (!left.exists) return _("is there again");
-    if (!HaveSameText(now, left)) return _("holds another text");
-    const std::string change = DescribeChange(StateOfRecorded(left), StateOfRecorded(now));
-    return change.empty() ? _("has other attributes") : Words("has another %s", change);
-}
-
-/// One that a commit found to be what it would have written is in none.
-std::string NotAsLeftBy(std::int64_t number) {
-    return number == 0 ? _("it is not as the last commit left it")
-                       : Words("it is not as change %s left it", std::to_string(number));
 }
 
 bool IsThere(const std::optional<CapturedFile>& file) {
@@ -74,6 +59,7 @@ std::vector<Problem> FileToPutBack::Look(const Writing& writing, OthersWork othe
         if (m_change.reserve) LookAt(*m_change.reserve, ZETReserveSuffix, m_now.reserve, m_wanted.reserve);
         if (m_change.absence) LookAt(*m_change.absence, ZETAbsenceSuffix, m_now.absence, m_wanted.absence);
         if (m_isKept) m_wanted = {};
+        if (m_problems.empty()) TellKnownThen();
         if (IsChange() && m_problems.empty()) {
             LoadTexts();
             RequireGivable();
@@ -133,7 +119,7 @@ void FileToPutBack::LookAtOthersWork(const RecordedFile& row, const std::string&
             if (path == m_path && now.state.exists && row.before.exists && row.after.exists)
                 return MergeInto(wanted, row, now);
             return Refuse(path, Words("%s, which cannot be merged", DifferenceBetween(now.state, row.after)),
-                          _(kWays));
+                          _(kForcedWay));
         case OthersWork::Stays:
             m_isKept = true;
             return;
@@ -146,14 +132,15 @@ void FileToPutBack::RefuseOthersWork(const RecordedFile& row, const std::string&
                                      const CapturedFile& now) {
     if (now.IsAs(row.after)) {
         const std::string entry = std::to_string(m_change.between.front().entry);
-        return Refuse(path, Words("was edited before change %s wrote it", entry), _(kWays));
+        return Refuse(path, Words("was edited before change %s wrote it", entry), _(kForcedWay));
     }
-    Refuse(path, DifferenceBetween(now.state, row.after) + ": " + NotAsLeftBy(m_change.newest), _(kWays));
+    Refuse(path, DifferenceBetween(now.state, row.after) + ": " + NotAsLeftBy(m_change.newest),
+           _(kForcedWay));
 }
 
 void FileToPutBack::MergeInto(CapturedFile& wanted, const RecordedFile& row, const CapturedFile& now) {
     Store& store = *m_product.HostHistory().ToLook();
-    MergedBack merged = MergeBack(store, m_change, now, {m_path, _(kWays)}, LeavesNewerWork());
+    MergedBack merged = MergeBack(store, m_change, now, {m_path, _(kForcedWay)}, LeavesNewerWork());
     m_problems.insert(m_problems.end(), merged.problems.begin(), merged.problems.end());
     wanted = std::move(merged.file);
     if (m_problems.empty() && !row.before.knowledge.base && !row.before.knowledge.templateName.empty())
@@ -214,39 +201,53 @@ bool FileToPutBack::IsChange() const {
            Differs(m_now.absence, m_wanted.absence);
 }
 
-/// What an entry that is newer than these knows of a file that is back already, holds.
-bool FileToPutBack::IsKnownByNewer() const {
-    if (m_leavesNewerWork) return true;
-    return m_known && m_known->entry > m_change.newest && !Differs(m_now.file, m_wanted.file);
+/// What is known of it, once all else is.
+void FileToPutBack::TellKnownThen() {
+    if (!m_change.file) return;
+    if (m_isKept) {
+        if (IsEditedBetween()) m_then = KnownAsEditedBetween(m_change, *m_known);
+        return;
+    }
+    if (m_leavesNewerWork) {
+        m_then = KnownAsNow(*m_known, *m_now.file);
+        return;
+    }
+    m_then = KnownOnceBack(*m_product.HostHistory().ToLook(), m_change, m_known,
+                           Differs(m_now.file, m_wanted.file));
+    if (m_base) m_then.base = m_base;
 }
 
-Knowledge FileToPutBack::KnowledgeAfter() const {
-    return IsKnownByNewer() ? m_known->state.knowledge : m_change.file->before.knowledge;
+/// Whether it is a target as the product left it, which holds what somebody wrote before that.
+bool FileToPutBack::IsEditedBetween() const {
+    return m_known && m_known->kind == FileKind::Target && !m_change.between.empty() &&
+           HaveSameTextAndMode(m_now.file->state, m_known->state);
 }
 
-FileKind FileToPutBack::KindAfter() const {
-    if (m_change.file->kind == FileKind::Status) return FileKind::Status;
-    return IsKnownByNewer() ? m_known->kind : m_change.file->kindBefore;
-}
-
-std::optional<RecordedState> FileToPutBack::LeftThen() const {
-    if (KindAfter() == FileKind::Original) return std::nullopt;
-    // Where nobody else wrote the file since, what is left of it is the product's.
-    if (m_leavesNewerWork && m_now.file->IsAs(m_known->state)) return std::nullopt;
-    if (IsKnownByNewer()) return m_known->state;
-    // Who changes what is known of a file alone, leaves what a hand made of it since an edit.
-    if (!m_change.isWritten && !m_change.file->leftBefore) return m_change.file->before;
-    return m_change.file->leftBefore;
+std::set<std::string> FileToPutBack::MovedDirectories() const {
+    if (!m_change.file || m_change.file->kind != FileKind::Option || !Differs(m_now.file, m_wanted.file))
+        return {};
+    const bool isInReserve = GoesBackToReserve(m_now, m_wanted);
+    return DirectoriesThatDiffer(m_now.file->text, isInReserve ? m_now.reserve->text : m_wanted.file->text);
 }
 
 std::set<Role> FileToPutBack::RolesAfter() const {
     Store& store = *m_product.HostHistory().ToLook();
-    if (m_change.file && !m_isKept) return CommittersOf(store, KindAfter(), KnowledgeAfter());
+    if (m_change.file && !m_isKept) {
+        if (m_then.kind != FileKind::Edit || !m_then.base)
+            return CommittersOf(store, m_then.kind, m_then.knowledge);
+        std::set<Role> roles = m_then.knowledge.roles;
+        for (const RememberedLine& line : RememberedIn(*m_then.base))
+            roles.insert(line.role);
+        return roles;
+    }
     return m_known ? CommittersOf(store, m_known->kind, m_known->state.knowledge) : std::set<Role>();
 }
 
 void FileToPutBack::Expect(Recording& recording) const {
-    if (m_isKept) return;
+    if (m_isKept) {
+        if (m_then.left) ExpectPart(recording, *m_change.file, "", m_now.file);
+        return;
+    }
     if (m_change.file) ExpectPart(recording, *m_change.file, "", m_wanted.file);
     if (m_change.reserve) ExpectPart(recording, *m_change.reserve, ZETReserveSuffix, m_wanted.reserve);
     if (m_change.absence) ExpectPart(recording, *m_change.absence, ZETAbsenceSuffix, m_wanted.absence);
@@ -262,10 +263,10 @@ void FileToPutBack::ExpectPart(Recording& recording, const RecordedFile& row, co
     file.kind = row.kind;
     file.isPutBack = true;
     if (row.kind != FileKind::Companion) {
-        file.kind = KindAfter();
-        file.knowledge = KnowledgeAfter();
-        file.base = m_base;
-        file.left = LeftThen();
+        file.kind = m_then.kind;
+        file.knowledge = m_then.knowledge;
+        file.base = m_then.base;
+        file.left = m_then.left;
         file.wasEdited = m_isOthersWork;
     }
     recording.Expect(file);

@@ -3,20 +3,24 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "deploy/host/Words.h"
 #include "deploy/state/Recording.h"
 #include "deploy/state/StateWriter.h"
 #include "deploy/state/Writing.h"
 #include "deploy/targets/Deployment.h"
+#include "deploy/undo/KnownThen.h"
 #include "deploy/undo/RecordedChanges.h"
+#include "deploy/undo/WayWithOthers.h"
 #include "zet/ZETProblem.h"
 
 namespace ZET::Deploy {
 
-/// What to do with a file that is not as the entry left it.
-enum class OthersWork { IsRefused, IsReplaced, IsMerged, Stays };
+/// The remedy of most refusals.
+inline constexpr char kForcedWay[] = ZET_TEXT("--force puts back what was there before all the same");
 
 /// One file that goes back to what it was before, with what stands beside it. It is looked at, recorded, and
 /// then written.
@@ -35,6 +39,9 @@ class FileToPutBack {
 
     /// The roles that have committed it once it is back; none: it is not known what is known of it.
     std::set<Role> RolesAfter() const;
+
+    /// Of the main file: the parameters of the directories that it would have elsewhere then.
+    std::set<std::string> MovedDirectories() const;
 
     /// Whether anything of it is going to be otherwise.
     bool IsChange() const;
@@ -59,10 +66,8 @@ class FileToPutBack {
     void LoadText(std::optional<CapturedFile>& wanted, const char* suffix);
     void RequireGivable();
     void RequireAllReplaceable() const;
-    bool IsKnownByNewer() const;
-    Knowledge KnowledgeAfter() const;
-    std::optional<RecordedState> LeftThen() const;
-    FileKind KindAfter() const;
+    void TellKnownThen();
+    bool IsEditedBetween() const;
     void ExpectPart(Recording& recording, const RecordedFile& row, const char* suffix,
                     const std::optional<CapturedFile>& wanted) const;
     FileOutcome::Result Result() const;
@@ -80,6 +85,7 @@ class FileToPutBack {
     FileWithCompanions m_wanted;
     OthersWork m_others = OthersWork::IsRefused;
     std::optional<KnownFile> m_known;
+    KnownThen m_then;
     std::optional<std::string> m_base;  ///< of a merge
     bool m_isOthersWork = false;
     bool m_isKept = false;

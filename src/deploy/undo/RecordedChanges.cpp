@@ -30,6 +30,14 @@ void NoteWorkBetween(RecordedChange& change, const RecordedState& left) {
     change.isWritten = true;
 }
 
+/// Whose services the file concerns. Whoever puts a former state back, the roles are those that have it.
+std::set<Role> RolesOf(const RecordedEntry& entry, const RecordedFile& file) {
+    std::set<Role> roles = file.before.knowledge.roles;
+    roles.insert(file.after.knowledge.roles.begin(), file.after.knowledge.roles.end());
+    const bool isOwn = !file.isPutBack && roles.contains(entry.role);
+    return roles.empty() || isOwn ? std::set{entry.role} : roles;
+}
+
 std::string WithoutSuffix(const std::string& path, std::string_view suffix) {
     return path.substr(0, path.size() - suffix.size());
 }
@@ -44,7 +52,7 @@ void RecordedChanges::Add(const RecordedEntry& entry, const std::vector<Recorded
         RecordedChange& change = Of(isReserve   ? WithoutSuffix(file.path, ZETReserveSuffix)
                                     : isAbsence ? WithoutSuffix(file.path, ZETAbsenceSuffix)
                                                 : file.path);
-        change.roles.insert(entry.role);
+        if (!isReserve && !isAbsence) change.roles.merge(RolesOf(entry, file));
         change.newest = std::max(change.newest, entry.number);
         const bool isWritten = !CapturedFile{file.before, ""}.IsAs(file.after);
         change.isWritten = change.isWritten || (isWritten && !isReserve && !isAbsence);

@@ -31,8 +31,12 @@ struct RecordedChange {
     std::int64_t newest = 0;   ///< the last of the entries
     std::int64_t oldest = 0;   ///< the first that has the file itself
     bool isWritten = false;    ///< the file itself was; else only something else is known of it
+    bool isOfOne = false;      ///< entry alone, and what later ones did stays
     bool isUntouched = false;  ///< by the entries: what is to be taken back is somebody else's work alone
     std::vector<WorkBetween> between{};  ///< from the newest to the oldest
+
+    /// Whether the file stood there before anything was known of it.
+    bool WasOfNobody() const { return file && file->before.exists && file->kindBefore == FileKind::Original; }
 };
 
 /// What one entry did, or several.

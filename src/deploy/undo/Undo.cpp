@@ -7,7 +7,9 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/KeptEntries.h"
 #include "deploy/state/KnownFiles.h"
+#include "deploy/state/OwnDirectories.h"
 #include "deploy/targets/RememberedLines.h"
 #include "deploy/targets/Restarts.h"
 #include "deploy/undo/FileToPutBack.h"
@@ -29,6 +31,7 @@ class WayBack {
         Look(result);
         if (!result.problems.empty()) return;
         LookAtStatus(result);
+        LookAtDirectories(result);
         if (!result.problems.empty()) return;
         Write(result);
     }
@@ -43,9 +46,11 @@ class WayBack {
     }
 
     /// The status of a role that has neither targets nor lines any more goes, too, and that of one that has
-    /// some stays.
+    /// some stays, as does what stood there before anything was known of it.
     void LookAtStatus(UndoResult& result) {
         for (const Role role : kRoles) {
+            const auto file = FileNamed(m_product.HostPaths().NameInside(m_product.State().Status(role)));
+            if (file != m_files.end() && file->Change().WasOfNobody()) continue;
             LookAtStatus(m_product.State().Status(role), role, result);
             if (role == Role::Client) LookAtStatus(m_product.State().FileServerStatus(), role, result);
         }
@@ -55,8 +60,7 @@ class WayBack {
         const std::string name = m_product.HostPaths().NameInside(path);
         const bool isCommitted = IsCommittedThen(role);
         const bool isLast = !isCommitted && (WasCommitted(role) || IsKnown(name));
-        const auto file = std::find_if(m_files.begin(), m_files.end(),
-                                       [&](const FileToPutBack& each) { return each.Change().name == name; });
+        const auto file = FileNamed(name);
         const bool goes = file != m_files.end() && file->Change().file && !file->Change().file->before.exists;
         if (file != m_files.end() && goes == isCommitted) m_files.erase(file);
         if (!isLast || goes || !IsFileExist(path)) return;
@@ -69,6 +73,21 @@ class WayBack {
         m_files.emplace_back(m_product, std::move(change));
         for (Problem& problem : m_files.back().Look(m_writing, m_others))
             result.problems.push_back(std::move(problem));
+    }
+
+    std::list<FileToPutBack>::iterator FileNamed(const std::string& name) {
+        return std::find_if(m_files.begin(), m_files.end(),
+                            [&](const FileToPutBack& each) { return each.Change().name == name; });
+    }
+
+    /// The main file is set back below what is committed with --force alone.
+    void LookAtDirectories(UndoResult& result) {
+        if (m_others == OthersWork::IsReplaced) return;
+        if (!IsCommittedThen(Role::Server) && !IsCommittedThen(Role::Client)) return;
+        for (const FileToPutBack& file : m_files)
+            for (const std::string& name : file.MovedDirectories())
+                result.problems.push_back(
+                    {.file = file.Path(), .text = CannotMove(name), .remedy = _(kForcedWay)});
     }
 
     /// A rollback that was killed right before its end has left it.
@@ -284,31 +303,6 @@ void AddOthersWork(Deployment& product, Store& store, RecordedChanges& changes) 
     }
 }
 
-void RequireAllKept(Store& store, std::int64_t number) {
-    if (number >= store.LastPruned()) return;
-    throw Failure(
-        {.file = store.File(),
-         .text = Words("not all changes after %s are kept any more, so nobody knows what was there then",
-                       std::to_string(number)),
-         .remedy = Words("go back to one from %s on", std::to_string(store.LastPruned() + 1))});
-}
-
-OthersWork WayOf(const UndoOptions& options) {
-    if (options.force && options.merge) throw UsageError(_("--force and --merge exclude each other"));
-    if (options.force) return OthersWork::IsReplaced;
-    return options.merge ? OthersWork::IsMerged : OthersWork::IsRefused;
-}
-
-OthersWork WayOf(const RollBackToOptions& options) {
-    if (options.force && options.keepEdits)
-        throw UsageError(_("--force and --keep-edits exclude each other"));
-    if (options.merge && (options.force || options.keepEdits))
-        throw UsageError(_("--merge excludes --force and --keep-edits"));
-    if (options.force) return OthersWork::IsReplaced;
-    if (options.merge) return OthersWork::IsMerged;
-    return options.keepEdits ? OthersWork::Stays : OthersWork::IsRefused;
-}
-
 }  // namespace
 
 UndoResult Undo(Deployment& product, const UndoOptions& options) {
@@ -322,6 +316,8 @@ UndoResult Undo(Deployment& product, const UndoOptions& options) {
     if (const auto further = NewestBefore(store, entry.number, false)) result.further = further->number;
     RecordedChanges changes;
     changes.Add(entry, FilesToUndo(store, entry.number));
+    for (RecordedChange& change : changes.All())
+        change.isOfOne = true;
     WayBack(product, writing, others).Go(std::move(changes), result);
     return result;
 }
@@ -332,7 +328,7 @@ UndoResult RollBackTo(Deployment& product, std::int64_t entry, const RollBackToO
     const Writing writing(product, {}, Writing::Right::OfTheProduct);
     Store& store = StoreToLookIn(product);
     if (!store.Find(entry)) FailOfNumber(store, entry);
-    RequireAllKept(store, entry);
+    RequireAllKeptAfter(store, entry, ZET_TEXT("go back to one from %s on"));
     UndoResult result;
     result.undone = entry;
     RecordedChanges changes = ChangesSince(store, entry);

@@ -1,0 +1,101 @@
+#include "deploy/undo/KnownThen.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <set>
+#include <vector>
+
+#include "deploy/targets/RememberedLines.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+using Lines = std::vector<RememberedLine>;
+
+KnownThen KnownBefore(const RecordedChange& change) {
+    const RecordedFile& row = *change.file;
+    KnownThen then{row.kindBefore, row.before.knowledge, row.leftBefore};
+    // One that is gone is known all the same: what a killed run may make of it is the product's.
+    if (row.kind == FileKind::Status && !row.before.exists) then.kind = FileKind::Status;
+    if (then.kind == FileKind::Original) then.left.reset();
+    // Who changes what is known of a file alone, leaves what a hand made of it since an edit.
+    else if (!change.isWritten && !then.left)
+        then.left = row.before;
+    return then;
+}
+
+/// Whether a file is known as those entries have left it: no newer one knows another text of it.
+bool IsKnownAsLeft(Store& store, const RecordedChange& change, const KnownFile& now) {
+    if (now.entry <= change.newest) return true;
+    const std::vector<RecordedFile> all = store.ChangesOf(change.name);
+    const std::size_t former = store.ChangesOf(change.name, change.newest).size();
+    if (all.size() <= former) return true;
+    const RecordedFile& next = all[all.size() - former - 1];
+    return now.kind == next.kindBefore &&
+           HaveSameTextAndMode(now.state, next.leftBefore.value_or(next.before));
+}
+
+std::set<Role> RolesWithout(const RecordedFile& row, std::set<Role> now) {
+    const std::set<Role>& before = row.before.knowledge.roles;
+    const std::set<Role>& after = row.after.knowledge.roles;
+    for (const Role role : kRoles) {
+        if (before.contains(role) == after.contains(role)) continue;
+        if (before.contains(role))
+            now.insert(role);
+        else
+            now.erase(role);
+    }
+    return now;
+}
+
+bool Has(const Lines& lines, const RememberedLine& line) {
+    return std::find(lines.begin(), lines.end(), line) != lines.end();
+}
+
+Lines LinesWithout(const Lines& before, const Lines& after, Lines now) {
+    std::erase_if(now, [&](const RememberedLine& line) { return Has(after, line) && !Has(before, line); });
+    for (const RememberedLine& line : before)
+        if (!Has(after, line) && !Has(now, line)) now.push_back(line);
+    return now;
+}
+
+/// In a file of listed edits, the roles are those of its lines.
+void TakeLinesBack(Store& store, const RecordedFile& row, const KnownFile& now, KnownThen& then) {
+    if (then.kind != FileKind::Edit) return;
+    const Lines before = LinesSetIn(store, row.kindBefore, row.before.knowledge);
+    const Lines after = LinesSetIn(store, row.kind, row.after.knowledge);
+    const Lines wanted = LinesWithout(before, after, LinesSetIn(store, now.kind, now.state.knowledge));
+    if (wanted != LinesSetIn(store, then.kind, then.knowledge)) then.base = TextOf(wanted);
+}
+
+}  // namespace
+
+KnownThen KnownOnceBack(Store& store, const RecordedChange& change, const std::optional<KnownFile>& now,
+                        bool isTextBack) {
+    const RecordedFile& row = *change.file;
+    KnownThen then = KnownBefore(change);
+    if (!now || !change.isOfOne || row.kind == FileKind::Status) return then;
+    const bool isBack = isTextBack || IsKnownAsLeft(store, change, *now);
+    if (isBack && then.kind == FileKind::Original) return then;
+    if (!isBack) then = {now->kind, now->state.knowledge, now->state};
+    then.knowledge.roles = RolesWithout(row, now->state.knowledge.roles);
+    TakeLinesBack(store, row, *now, then);
+    return then;
+}
+
+KnownThen KnownAsNow(const KnownFile& now, const CapturedFile& file) {
+    KnownThen then{now.kind, now.state.knowledge};
+    // Where nobody else wrote the file since, what is left of it is the product's.
+    if (!file.IsAs(now.state)) then.left = now.state;
+    return then;
+}
+
+KnownThen KnownAsEditedBetween(const RecordedChange& change, const KnownFile& now) {
+    const RecordedState& left = change.between.back().left;
+    KnownThen then{now.kind, left.knowledge, left};
+    then.knowledge.roles = now.state.knowledge.roles;
+    return then;
+}
+
+}  // namespace ZET::Deploy
