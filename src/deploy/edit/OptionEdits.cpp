@@ -114,8 +114,6 @@ FileOutcome EditToEndHistory(Deployment& product, const FileEdit::Operation& ope
     std::string reason;
     try {
         return EditMainFile(product, operation);
-    } catch (const Interrupted&) {
-        throw;
     } catch (const Failure& failure) {
         if (!IsOfHistory(product, failure)) throw;
         reason = failure.what();

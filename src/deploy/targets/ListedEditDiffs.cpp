@@ -18,8 +18,6 @@ void AddDiff(std::vector<ListedEditState>& states, const std::string& path, Make
     if (last == states.rend()) return;
     try {
         last->diff = make();
-    } catch (const Interrupted&) {
-        throw;
     } catch (const Failure& failure) {
         last->trouble = failure.what();
     }

@@ -39,15 +39,18 @@ std::vector<RememberedLine> LinesSetIn(Store& store, FileKind kind, const Knowle
     return RememberedIn(store.Text(*knowledge.base));
 }
 
-std::set<Role> CommittersOf(Store& store, FileKind kind, const Knowledge& knowledge) {
-    std::set<Role> roles = knowledge.roles;
-    try {
-        for (const RememberedLine& line : LinesSetIn(store, kind, knowledge))
-            roles.insert(line.role);
-    } catch (const Failure&) {
-        roles.insert(std::begin(kRoles), std::end(kRoles));
-    }
+std::set<Role> WithRolesOf(const std::vector<RememberedLine>& lines, std::set<Role> roles) {
+    for (const RememberedLine& line : lines)
+        roles.insert(line.role);
     return roles;
+}
+
+std::set<Role> CommittersOf(Store& store, FileKind kind, const Knowledge& knowledge) {
+    try {
+        return WithRolesOf(LinesSetIn(store, kind, knowledge), knowledge.roles);
+    } catch (const Failure&) {
+        return {std::begin(kRoles), std::end(kRoles)};
+    }
 }
 
 }  // namespace ZET::Deploy

@@ -26,6 +26,9 @@ std::vector<RememberedLine> RememberedIn(std::string_view text);
 /// What is remembered of a file of which this is known, of both roles.
 std::vector<RememberedLine> LinesSetIn(Store& store, FileKind kind, const Knowledge& knowledge);
 
+/// The roles of the lines, and those that are given.
+std::set<Role> WithRolesOf(const std::vector<RememberedLine>& lines, std::set<Role> roles);
+
 /// The roles that have committed a file: its text, or lines of it. All, where nobody can tell any more.
 std::set<Role> CommittersOf(Store& store, FileKind kind, const Knowledge& knowledge);
 

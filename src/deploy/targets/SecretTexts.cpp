@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileVersion.h"
 #include "deploy/state/store/Digest.h"
 #include "zet/ZETFormat.h"
 

@@ -233,12 +233,9 @@ std::set<std::string> FileToPutBack::MovedDirectories() const {
 std::set<Role> FileToPutBack::RolesAfter() const {
     Store& store = *m_product.HostHistory().ToLook();
     if (m_change.file && !m_isKept) {
-        if (m_then.kind != FileKind::Edit || !m_then.base)
-            return CommittersOf(store, m_then.kind, m_then.knowledge);
-        std::set<Role> roles = m_then.knowledge.roles;
-        for (const RememberedLine& line : RememberedIn(*m_then.base))
-            roles.insert(line.role);
-        return roles;
+        if (m_then.kind == FileKind::Edit && m_then.base)
+            return WithRolesOf(RememberedIn(*m_then.base), m_then.knowledge.roles);
+        return CommittersOf(store, m_then.kind, m_then.knowledge);
     }
     return m_known ? CommittersOf(store, m_known->kind, m_known->state.knowledge) : std::set<Role>();
 }
