@@ -40,6 +40,19 @@ furnish_host() {
 	END
 }
 
+# keep_source SOURCE COMMAND...: what the command puts a private directory over is there again where the tests are below it.
+keep_source() {
+    local source=$1 held
+    shift
+    exec {held}<"$source"
+    "$@"
+    if [ ! -e "$source/CMakeLists.txt" ]; then
+        mkdir -p "$source"
+        mount --no-canonicalize --bind "/proc/self/fd/$held" "$source"
+    fi
+    exec {held}<&-
+}
+
 # start_host HOST TREE NAME [NEIGHBOUR]: with a neighbour, on that host's network. $FURNISH furnishes it, in its own way.
 start_host() {
     local host=$1 tree=$2 name=$3 join=() network=--net log=$BATS_FILE_TMPDIR/$1.host furnish=${FURNISH:-furnish_host} tries
@@ -48,7 +61,8 @@ start_host() {
         network=
     fi
     "${join[@]}" unshare $network --mount --uts --pid --fork --kill-child --mount-proc \
-        bash -euc "$(declare -f "$furnish"); $furnish '$tree' '$name.example.org'; echo ready; exec sleep 500" \
+        bash -euc "$(declare -f keep_source "$furnish"); keep_source '$SOURCE_DIR' $furnish '$tree' '$name.example.org'
+            echo ready; exec sleep 500" \
         >"$log" 2>&1 3>&- 4>&- &
     local outer=$!
     for ((tries = 0; tries < 100; tries++)); do

@@ -327,10 +327,8 @@ bool Recording::IsUnkept(const RecordedState& state) const {
 
 /// Whether nothing has any more what somebody made of the file. A reserve that came with the entry does.
 bool Recording::IsLost(std::size_t row) const {
-    const RecordedFile& file = m_rows[row].record.file;
-    const bool isReserved = row + 1 < m_rows.size() && m_rows[row + 1].record.isReserve &&
-                            !m_rows[row + 1].record.file.before.exists;
-    return file.wasEdited && IsUnkept(file.before) && !isReserved;
+    const FileToRecord& record = m_rows[row].record;
+    return record.file.wasEdited && IsUnkept(record.file.before) && !record.reserve;
 }
 
 void Recording::TellUnkept(const std::vector<std::string>& untouched) const {

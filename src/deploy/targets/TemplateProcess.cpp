@@ -19,6 +19,7 @@
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/TargetCheck.h"
 #include "deploy/targets/Templates.h"
+#include "posix/ModeBits.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
