@@ -27,7 +27,7 @@ std::string DirectoryIn(const std::map<std::string, std::string>& directories, c
 }  // namespace
 
 std::string CannotMove(const std::string& name) {
-    return Words("%s cannot be changed while something is committed, which are known there", name);
+    return Words("%s cannot be changed while something is committed, which is known there", name);
 }
 
 std::set<std::string> DirectoriesThatDiffer(std::string_view one, std::string_view other) {
