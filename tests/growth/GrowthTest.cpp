@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "Effort.h"
+#include "deploy/targets/Deployment.h"
+#include "deploy/targets/Templates.h"
 #include "zet/deploy/Commit.h"
 #include "zet/deploy/Edit.h"
 #include "zet/deploy/History.h"
@@ -177,6 +179,25 @@ TEST(GrowthTest, DifferenceBetweenEntriesFindsEachFileOnce) {
     ExpectGrowthOfSize(prepare, [](Product& product, const HostOf& host) {
         DiffHistory(product, 1, 3, host.Targets().front());
     });
+}
+
+TEST(GrowthTest, CopiesOfSecretTextsAreFoundByOneLookAtEach) {
+    const auto prepare = [](HostOf& host) { host.WriteList("secret = true\n"); };
+    ExpectGrowthOfSize(prepare, [](Product& product, const HostOf&) { ListHistory(product); });
+}
+
+TEST(GrowthTest, TemplatesThatNoListHasAreLookedUpTogether) {
+    const auto prepare = [](HostOf& host) {
+        std::vector<std::string> names;
+        for (std::size_t i = 0; i < host.Targets().size(); ++i) {
+            names.push_back("unlisted" + HostOf::NameOf(i));
+            host.Write("templates/" + names.back(), "text of " + names.back() + "\n");
+        }
+        Observer observer;
+        Deployment deployment(host.At("zet.conf"), host.Wanted(), observer);
+        InstallTemplates(deployment, names, false);
+    };
+    ExpectGrowthOfSize(prepare, [](Product& product, const HostOf&) { ListHistory(product); });
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "deploy/targets/Targets.h"
@@ -38,6 +39,9 @@ class HostLists {
     /// `Failure` where the history cannot tell.
     bool IsCommitted(const std::string& name);
 
+    /// Whether a commit ever wrote a file by the template, as far as the history keeps that.
+    bool WasCommittedBy(const std::string& templateName);
+
     /// The target that the file is and that a commit of either role recorded; null when it is none.
     const Target* CommittedTarget(const std::string& path);
 
@@ -49,6 +53,7 @@ class HostLists {
     std::optional<TargetList> m_targets;
     std::optional<std::map<std::string, const Target*>> m_byName;
     std::optional<std::map<std::string, const Target*>> m_byTemplate;
+    std::optional<std::set<std::string>> m_templatesOfCommits;
 };
 
 }  // namespace ZET::Deploy

@@ -1,17 +1,14 @@
 #include "deploy/targets/Secrets.h"
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <new>
 #include <string_view>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Words.h"
-#include "deploy/state/History.h"
 #include "deploy/state/Host.h"
 #include "deploy/targets/FileOrigin.h"
 #include "deploy/targets/HostLists.h"
@@ -39,16 +36,6 @@ bool NameOriginal(std::string& name) {
 bool IsAnyClosed(const std::set<std::string>& names) {
     return std::any_of(names.begin(), names.end(),
                        [](const std::string& name) { return Secrets::IsClosed(name); });
-}
-
-/// Whether two names are those of one file, or of two with the same bytes. What this user cannot read, he
-/// has made no copy of.
-bool HoldSameText(const std::string& file, const struct stat& status, const std::string& other) {
-    struct stat otherStatus = {};
-    if (lstat(other.c_str(), &otherStatus) != 0 || !S_ISREG(otherStatus.st_mode)) return false;
-    if (status.st_dev == otherStatus.st_dev && status.st_ino == otherStatus.st_ino) return true;
-    if (status.st_size == 0 || status.st_size != otherStatus.st_size) return false;
-    return access(other.c_str(), R_OK) == 0 && HaveSameBytes(file, other);
 }
 
 }  // namespace
@@ -160,9 +147,7 @@ bool Secrets::IsTemplateThatLeftList(const std::string& name) {
         const std::string place = m_lists.NameOf(m_host.Param(directory)) + "/";
         if (!name.starts_with(place)) continue;
         const std::string templateName = name.substr(place.size());
-        if (m_lists.EntryOf(templateName) != nullptr) continue;
-        Store* const store = m_host.HostHistory().ToLook();
-        if (store != nullptr && store->WasCommitted(templateName)) return true;
+        if (m_lists.EntryOf(templateName) == nullptr && m_lists.WasCommittedBy(templateName)) return true;
     }
     return false;
 }
@@ -175,14 +160,14 @@ bool Secrets::IsListed(const std::set<std::string>& names) {
 /// Under another name: as a hard link, or as a copy that nobody changed yet.
 bool Secrets::IsCopyOfListed(const std::string& path) {
     if (Listed().empty()) return false;
-    const std::string file = m_lists.NameOf(path);
-    struct stat status = {};
-    if (lstat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || access(file.c_str(), R_OK) != 0)
-        return false;
-    return std::any_of(Listed().begin(), Listed().end(), [&](const std::string& name) {
-        return HoldSameText(file, status, name) || HoldSameText(file, status, name + ZETReserveSuffix) ||
-               HoldSameText(file, status, name + kKept);
-    });
+    if (!m_texts) {
+        SecretTexts texts;
+        for (const std::string& name : Listed())
+            for (const std::string_view suffix : {"", ZETReserveSuffix, kKept})
+                texts.Add(name + std::string(suffix));
+        m_texts = std::move(texts);
+    }
+    return m_texts->HasTextOf(m_lists.NameOf(path));
 }
 
 /// The target itself, the template's working copy, and the pristine template.

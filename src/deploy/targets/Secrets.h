@@ -6,6 +6,8 @@
 #include <set>
 #include <string>
 
+#include "deploy/targets/SecretTexts.h"
+
 namespace ZET::Deploy {
 
 class HostLists;
@@ -72,6 +74,7 @@ class Secrets {
     HostLists& m_lists;
     std::map<std::string, Verdict> m_verdicts;
     std::optional<std::set<std::string>> m_listed;  ///< the files of the targets that the list calls secret
+    std::optional<SecretTexts> m_texts;             ///< of the same files, and of their copies by name
     std::string m_trouble;                          ///< why nobody can tell; empty when that was told
 };
 

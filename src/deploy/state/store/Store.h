@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -91,8 +92,8 @@ class Store {
     std::optional<KnownFile> Known(const std::string& path);
     std::vector<KnownFile> KnownFiles();
 
-    /// Whether a commit ever wrote a file by the template, as far as that is kept.
-    bool WasCommitted(const std::string& templateName);
+    /// The templates by which a commit ever wrote a file, as far as that is kept.
+    std::set<std::string> CommittedTemplates();
 
     /// While it lives, the store is seen as it was at the first look, and nothing may be recorded; to look at
     /// much costs less then.

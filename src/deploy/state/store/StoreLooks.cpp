@@ -67,10 +67,14 @@ std::vector<KnownFile> Store::KnownFiles() {
     return Guarded([&] { return AllKnown(*m_database); });
 }
 
-bool Store::WasCommitted(const std::string& templateName) {
+std::set<std::string> Store::CommittedTemplates() {
     return Guarded([&] {
-        return m_database->Run("SELECT 1 FROM states WHERE template = ? AND length(roles) > 0 LIMIT 1",
-                               {templateName}) != Value();
+        std::set<std::string> names;
+        Database::Rows rows(
+            *m_database, "SELECT DISTINCT template FROM states WHERE template <> '' AND length(roles) > 0");
+        while (rows.Next())
+            names.insert(rows.Text(0));
+        return names;
     });
 }
 
