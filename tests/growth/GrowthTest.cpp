@@ -13,6 +13,7 @@
 #include "deploy/targets/Templates.h"
 #include "zet/deploy/Commit.h"
 #include "zet/deploy/Edit.h"
+#include "zet/deploy/Explain.h"
 #include "zet/deploy/History.h"
 #include "zet/deploy/Plan.h"
 #include "zet/deploy/Product.h"
@@ -198,6 +199,29 @@ TEST(GrowthTest, TemplatesThatNoListHasAreLookedUpTogether) {
         InstallTemplates(deployment, names, false);
     };
     ExpectGrowthOfSize(prepare, [](Product& product, const HostOf&) { ListHistory(product); });
+}
+
+TEST(GrowthTest, WordsOfACommandAreNotHeldAgainstEachOfItsFiles) {
+    const auto prepare = [](HostOf& host) {
+        host.Wanted().words = {{"rollback-config"}};
+        for (const std::string& path : host.Targets())
+            host.Wanted().words.push_back({path});
+        host.Use([](Product& product) { RollBack(product); });
+    };
+    ExpectGrowthOfSize(prepare, [](Product& product, const HostOf&) { ListHistory(product, "", 1); });
+}
+
+TEST(GrowthTest, AgesOfLinesTakeNoLookAtOtherFilesOfTheEntries) {
+    const auto effortOf = [](std::size_t targets, std::size_t commits) {
+        HostOf host(targets);
+        host.CommitTimes(commits);
+        return EffortOn(host,
+                        [](Product& product, const HostOf& of) { Explain(product, of.Targets().front()); });
+    };
+    const auto ofCommits = [&](std::size_t targets) {
+        return effortOf(targets, 3).steps - effortOf(targets, 1).steps;
+    };
+    EXPECT_LT(ofCommits(60), ofCommits(30) * 3 / 2);
 }
 
 }  // namespace
