@@ -224,5 +224,16 @@ TEST(GrowthTest, AgesOfLinesTakeNoLookAtOtherFilesOfTheEntries) {
     EXPECT_LT(ofCommits(60), ofCommits(30) * 3 / 2);
 }
 
+TEST(GrowthTest, ErasureOfTextsThatAnotherFileHasLooksAtEachFileOnce) {
+    ExpectGrowthOfSize(10, [](std::size_t edits) {
+        HostOf host(1);
+        for (std::size_t i = 0; i < edits; ++i)
+            for (const std::string name : {"file", "other"})
+                SetParamIn(host, name, std::to_string(i));
+        return EffortOn(host,
+                        [](Product& product, const HostOf& of) { EraseHistory(product, of.At("file")); });
+    });
+}
+
 }  // namespace
 }  // namespace ZET::Growth

@@ -51,16 +51,24 @@ bool IsEmpty(Database& database, std::int64_t text) {
     return !Numbers(database, "SELECT id FROM texts WHERE id = ? AND size = 0", {text}).empty();
 }
 
-std::set<std::string> HoldersOf(Database& database, std::int64_t text) {
+/// All of them by one look at the files, of which there may be many.
+std::set<std::string> HoldersOf(Database& database, const std::set<std::int64_t>& texts) {
+    std::set<std::int64_t> states;
+    for (const std::int64_t text : texts)
+        for (const std::int64_t id :
+             Numbers(database, "SELECT id FROM states WHERE text = ?1 OR base = ?1", {text}))
+            states.insert(id);
     std::set<std::string> paths;
+    if (states.empty()) return paths;
     Database::Rows rows(database,
-                        "SELECT path FROM files JOIN states ON states.id IN (before, after, left_before)"
-                        " WHERE states.text = ?1 OR states.base = ?1 UNION"
-                        " SELECT path FROM known JOIN states ON states.id = state"
-                        " WHERE states.text = ?1 OR states.base = ?1",
-                        {text});
-    while (rows.Next())
-        paths.insert(rows.Text(0));
+                        "SELECT path, before, after, left_before FROM files"
+                        " UNION ALL SELECT path, state, NULL, NULL FROM known");
+    while (rows.Next()) {
+        for (const int column : {1, 2, 3}) {
+            const std::optional<std::int64_t> state = rows.OptionalNumber(column);
+            if (state && states.contains(*state)) paths.insert(rows.Text(0));
+        }
+    }
     return paths;
 }
 
@@ -256,9 +264,9 @@ Erasure EraseTexts(Database& database, const std::vector<std::string>& paths) {
         TakeOut(database, id, state);
     }
     HideWords(database, EntriesOf(database, paths));
-    std::set<std::string> holders;
-    for (const std::int64_t text : texts)
-        if (!IsEmpty(database, text)) holders.merge(HoldersOf(database, text));
+    std::set<std::int64_t> telling = texts;
+    std::erase_if(telling, [&](std::int64_t text) { return IsEmpty(database, text); });
+    const std::set<std::string> holders = HoldersOf(database, telling);
     DeleteUnheld(database, texts);
     return {texts.size(), {holders.begin(), holders.end()}};
 }
