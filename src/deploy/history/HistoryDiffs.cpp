@@ -1,6 +1,7 @@
 #include "deploy/history/HistoryDiffs.h"
 
 #include <algorithm>
+#include <unordered_map>
 #include <utility>
 
 #include "deploy/history/HistoryEntries.h"
@@ -33,21 +34,24 @@ class Comparison {
     /// newest to the oldest.
     std::vector<RecordedFile> Between(std::int64_t older, std::int64_t newer) const {
         std::vector<RecordedFile> files;
+        std::unordered_map<std::string, std::size_t> places;
         for (const RecordedEntry& entry : m_reader.Entries()) {
             if (entry.number > newer || entry.number < older) continue;
             for (RecordedFile& file : m_reader.FilesOf(entry.number))
-                Take(files, std::move(file), entry.number == older);
+                Take(files, places, std::move(file), entry.number == older);
         }
         return files;
     }
 
   private:
-    static void Take(std::vector<RecordedFile>& files, RecordedFile file, bool isStart) {
-        const auto known = std::find_if(files.begin(), files.end(),
-                                        [&](const RecordedFile& each) { return each.path == file.path; });
-        if (known != files.end()) {
-            known->before = isStart ? file.after : file.before;
+    /// `places` tells where the file of a path is among those that were taken.
+    static void Take(std::vector<RecordedFile>& files, std::unordered_map<std::string, std::size_t>& places,
+                     RecordedFile file, bool isStart) {
+        const auto known = places.find(file.path);
+        if (known != places.end()) {
+            files[known->second].before = isStart ? file.after : file.before;
         } else if (!isStart) {
+            places.emplace(file.path, files.size());
             files.push_back(std::move(file));
         }
     }

@@ -68,14 +68,15 @@ std::optional<std::string> ReadableText(const HistoryReader& reader, const Recor
     }
 }
 
-/// The texts of the entry's files that are not shown; where one is not kept, any word may be of it.
-std::vector<std::string> HiddenTexts(const HistoryReader& reader, const RecordedEntry& entry) {
+/// The texts of the files that are not shown; none where one is not kept, of which any word may be.
+std::optional<std::vector<std::string>> HiddenTexts(const HistoryReader& reader,
+                                                    const std::vector<RecordedFile>& files) {
     std::vector<std::string> texts;
-    for (const RecordedFile& file : reader.FilesOf(entry.number)) {
+    for (const RecordedFile& file : files) {
         for (const RecordedState* const state : {&file.before, &file.after}) {
             if (!state->exists || !reader.Hides(file.path, *state)) continue;
             std::optional<std::string> text = ReadableText(reader, *state);
-            if (!text) return entry.words;
+            if (!text) return std::nullopt;
             texts.push_back(std::move(*text));
         }
     }
@@ -87,12 +88,16 @@ std::vector<std::string> HiddenTexts(const HistoryReader& reader, const Recorded
 std::vector<std::string> ShownWords(const HistoryReader& reader, const RecordedEntry& entry) {
     const bool isHidden = std::any_of(entry.words.begin(), entry.words.end(),
                                       [](const std::string& word) { return word.ends_with(kHiddenWord); });
-    if (isHidden) return entry.words;
+    // Most words tell only what was done; then the files, which may be thousands, are not looked at.
+    if (isHidden || WordsWithoutAnyText(entry.words) == entry.words) return entry.words;
+    const std::vector<RecordedFile> files = reader.FilesOf(entry.number);
     std::vector<std::string> paths;
-    for (const RecordedFile& file : reader.FilesOf(entry.number))
+    for (const RecordedFile& file : files)
         paths.push_back(file.path);
-    const bool mayHoldText = WordsWithoutTexts(entry.words, entry.words, paths) != entry.words;
-    return mayHoldText ? WordsWithoutTexts(entry.words, HiddenTexts(reader, entry), paths) : entry.words;
+    std::vector<std::string> least = WordsWithoutAnyText(entry.words, paths);
+    if (least == entry.words) return entry.words;
+    const std::optional<std::vector<std::string>> texts = HiddenTexts(reader, files);
+    return texts ? WordsWithoutTexts(entry.words, *texts, paths) : least;
 }
 
 /// Of an entry that is open, a companion may never come, though its text is known: only that it was going to

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
+#include <map>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
@@ -61,18 +63,13 @@ std::vector<RecordedEntry> HistoryReader::Entries(std::size_t count) const {
 }
 
 std::vector<RecordedEntry> HistoryReader::EntriesOf(const std::string& name, std::size_t count) const {
+    std::map<std::int64_t, RecordedEntry, std::greater<>> fromNewest;
+    for (const std::string& each : NamesBeside(name))
+        for (RecordedEntry& entry : m_store->EntriesOf(each))
+            fromNewest.emplace(entry.number, std::move(entry));
     std::vector<RecordedEntry> entries;
-    for (const std::string& each : NamesBeside(name)) {
-        for (RecordedEntry& entry : m_store->EntriesOf(each)) {
-            const bool isNew = std::none_of(entries.begin(), entries.end(), [&](const RecordedEntry& known) {
-                return known.number == entry.number;
-            });
-            if (isNew) entries.push_back(std::move(entry));
-        }
-    }
-    std::sort(entries.begin(), entries.end(),
-              [](const RecordedEntry& one, const RecordedEntry& other) { return one.number > other.number; });
-    if (entries.size() > count) entries.resize(count);
+    for (auto& [number, entry] : fromNewest)
+        if (entries.size() < count) entries.push_back(std::move(entry));
     return entries;
 }
 
@@ -123,8 +120,7 @@ RecordedEntry HistoryReader::Entry(std::int64_t number) const {
 
 RecordedFile HistoryReader::FileOf(std::int64_t number, const std::string& name) const {
     const std::string what = NameOfChange(Entry(number).number);
-    for (RecordedFile& file : FilesOf(number))
-        if (file.path == name) return RecordedFile(std::move(file));
+    if (std::optional<RecordedFile> file = ChangeIn(number, name)) return std::move(*file);
     throw UsageError(Words("%s: %s did not write it (those that did: %s)", PathOf(name), what,
                            NumbersOf(m_store->EntriesOf(name))));
 }

@@ -38,6 +38,11 @@ class HistoryReader {
 
     std::vector<RecordedFile> FilesOf(std::int64_t number) const { return m_store->FilesOf(number); }
 
+    /// What the entry did to the file of that name; none: nothing.
+    std::optional<RecordedFile> ChangeIn(std::int64_t number, const std::string& name) const {
+        return m_store->ChangeIn(number, name);
+    }
+
     /// The name, inside the root, under which the history knows a file that this path leads to.
     std::string NameOf(const std::string& file) const;
 

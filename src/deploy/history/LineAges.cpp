@@ -1,5 +1,6 @@
 #include "deploy/history/LineAges.h"
 
+#include <map>
 #include <utility>
 
 #include "deploy/history/HistoryEntries.h"
@@ -48,41 +49,55 @@ class RecordedWalk {
     /// As far as texts are kept.
     void Go(const std::string& name) {
         for (const RecordedEntry& entry : m_reader.EntriesOf(name)) {
-            for (const RecordedFile& file : m_reader.FilesOf(entry.number)) {
-                if (m_walk.IsDone()) return;
-                if (file.path == name && !GoThrough(ToldEntry(m_reader, entry), file)) return;
-            }
+            if (m_walk.IsDone()) return;
+            const std::optional<RecordedFile> file = m_reader.ChangeIn(entry.number, name);
+            if (file && !GoThrough(entry, *file)) return;
         }
     }
 
+    /// Of the entries, only those that a line came with are told.
     std::vector<std::optional<LineAge>> Ages() const {
+        std::map<std::size_t, LineAge> told;
         std::vector<std::optional<LineAge>> ages;
-        for (const std::optional<std::size_t>& step : m_walk.Steps())
-            ages.push_back(step ? std::optional(m_ages[*step]) : std::nullopt);
+        for (const std::optional<std::size_t>& step : m_walk.Steps()) {
+            ages.emplace_back();
+            if (!step) continue;
+            const auto [age, isNew] = told.try_emplace(*step);
+            if (isNew) age->second = ToldAge(m_steps[*step]);
+            ages.back() = age->second;
+        }
         return ages;
     }
 
   private:
+    struct Step {
+        RecordedEntry entry;
+        bool isEditAfter;  ///< which nobody recorded
+    };
+
     /// What the entry left may have been edited since, by hand.
-    bool GoThrough(HistoryEntry entry, const RecordedFile& file) {
-        const std::int64_t number = entry.number;
-        return Step(file.after, {std::nullopt, number}) &&
-               Step(file.before, {std::move(entry), std::nullopt});
+    bool GoThrough(const RecordedEntry& entry, const RecordedFile& file) {
+        return GoBack(file.after, {entry, true}) && GoBack(file.before, {entry, false});
     }
 
     /// False where the walk ends.
-    bool Step(const RecordedState& state, LineAge age) {
+    bool GoBack(const RecordedState& state, Step step) {
         if (state.exists && !state.text) return false;
-        m_ages.push_back(std::move(age));
+        m_steps.push_back(std::move(step));
         const std::string text = state.exists ? m_reader.Text(state) : "";
-        m_walk.StepBack(state.exists ? &text : nullptr, m_ages.size() - 1);
+        m_walk.StepBack(state.exists ? &text : nullptr, m_steps.size() - 1);
         return true;
+    }
+
+    LineAge ToldAge(const Step& step) const {
+        if (step.isEditAfter) return {std::nullopt, step.entry.number};
+        return {ToldEntry(m_reader, step.entry), std::nullopt};
     }
 
     const HistoryReader& m_reader;
     TextDiffer m_differ;
     LineWalk m_walk;
-    std::vector<LineAge> m_ages;
+    std::vector<Step> m_steps;
 };
 
 }  // namespace

@@ -17,6 +17,7 @@ const TargetList& HostLists::Targets() {
 const TargetList& HostLists::TargetsAnew() {
     m_byName.reset();
     m_byTemplate.reset();
+    m_templatesOfCommits.reset();
     m_targets.reset();
     m_targets = ReadTargetList(m_host);
     return *m_targets;
@@ -78,6 +79,15 @@ std::optional<KnownFile> HostLists::CommittedFile(const std::string& name) {
 bool HostLists::IsCommitted(const std::string& name) {
     const std::optional<KnownFile> known = CommittedFile(name);
     return known && !known->state.knowledge.roles.empty();
+}
+
+/// All are asked for at once: each time, the store looks at all the states that it has.
+bool HostLists::WasCommittedBy(const std::string& templateName) {
+    if (!m_templatesOfCommits) {
+        Store* const store = m_host.HostHistory().ToLook();
+        m_templatesOfCommits = store != nullptr ? store->CommittedTemplates() : std::set<std::string>();
+    }
+    return m_templatesOfCommits->contains(templateName);
 }
 
 std::string HostLists::NameOf(const std::string& path) const {

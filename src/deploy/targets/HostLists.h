@@ -3,6 +3,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "deploy/targets/Targets.h"
@@ -41,6 +42,9 @@ class HostLists {
     /// What is known of such a file, or of one in which a commit set lines; none: it is neither.
     std::optional<KnownFile> CommittedFile(const std::string& name);
 
+    /// Whether a commit ever wrote a file by the template, as far as the history keeps that.
+    bool WasCommittedBy(const std::string& templateName);
+
     /// The one name of a file, whatever way leads to it.
     std::string NameOf(const std::string& path) const;
 
@@ -49,6 +53,7 @@ class HostLists {
     std::optional<TargetList> m_targets;
     std::optional<std::map<std::string, const Target*>> m_byName;
     std::optional<std::map<std::string, const Target*>> m_byTemplate;
+    std::optional<std::set<std::string>> m_templatesOfCommits;
 };
 
 }  // namespace ZET::Deploy

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <exception>
+#include <map>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 #include "deploy/host/Remedy.h"
@@ -133,10 +135,12 @@ class Rollback {
 
     /// Whether no target of the role is left when all steps are done.
     bool IsLast(const std::vector<WrittenFile>& all, const std::vector<Step>& steps) const {
+        std::map<std::string_view, const Step*> byPath;
+        for (const Step& step : steps)
+            byPath.emplace(step.file.path, &step);
         return std::all_of(all.begin(), all.end(), [&](const WrittenFile& file) {
-            const auto step = std::find_if(steps.begin(), steps.end(),
-                                           [&](const Step& each) { return each.file.path == file.path; });
-            const bool isTakenBack = step != steps.end() && step->action != Action::Nothing;
+            const auto step = byPath.find(file.path);
+            const bool isTakenBack = step != byPath.end() && step->second->action != Action::Nothing;
             const bool isLeft = file.IsLeft() && !m_known.Has(file.path, m_otherRole);
             return isTakenBack || (!isLeft && !m_known.Has(file.path, m_product.Role()));
         });

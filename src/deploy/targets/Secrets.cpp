@@ -157,9 +157,7 @@ bool Secrets::IsTemplateThatLeftList(const std::string& name) {
         const std::string place = m_lists.NameOf(m_host.Param(directory)) + "/";
         if (!name.starts_with(place)) continue;
         const std::string templateName = name.substr(place.size());
-        if (m_lists.EntryOf(templateName) != nullptr) continue;
-        Store* const store = m_host.HostHistory().ToLook();
-        if (store != nullptr && store->WasCommitted(templateName)) return true;
+        if (m_lists.EntryOf(templateName) == nullptr && m_lists.WasCommittedBy(templateName)) return true;
     }
     return false;
 }

@@ -1,6 +1,5 @@
 #include "deploy/targets/WrittenFiles.h"
 
-#include <algorithm>
 #include <map>
 #include <optional>
 #include <set>
@@ -27,13 +26,18 @@ std::optional<std::vector<Target>> ListedTargets(Deployment& product, const Know
     }
 }
 
-/// A file of which nobody can tell where it is, is at no path.
-bool IsAt(const Paths& paths, const WrittenFile& file, const std::string& path) {
-    try {
-        return paths.Canonical(paths.NameInside(file.path)) == path;
-    } catch (const Failure&) {
-        return false;
+/// The first at each path. A file of which nobody can tell where it is, is at none.
+std::map<std::string, const WrittenFile*> ByCanonicalPath(const Paths& paths,
+                                                          const std::vector<WrittenFile>& files) {
+    std::map<std::string, const WrittenFile*> byPath;
+    for (const WrittenFile& file : files) {
+        try {
+            byPath.emplace(paths.Canonical(paths.NameInside(file.path)), &file);
+        } catch (const Failure&) {
+            continue;
+        }
     }
+    return byPath;
 }
 
 }  // namespace
@@ -88,10 +92,11 @@ WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known) {
     if (targets)
         for (const Target& target : *targets)
             written.files.push_back(WrittenTarget(product, target));
+    std::set<std::string> listed;
+    for (const WrittenFile& file : written.files)
+        listed.insert(file.path);
     for (const std::string& path : known.PathsOf(product.Role())) {
-        const bool isListed = std::any_of(written.files.begin(), written.files.end(),
-                                          [&](const WrittenFile& file) { return file.path == path; });
-        if (isListed) continue;
+        if (listed.contains(path)) continue;
         if (std::optional<WrittenFile> file = WrittenByRecord(product, path))
             written.files.push_back(std::move(*file));
     }
@@ -147,18 +152,17 @@ std::vector<WrittenFile> FindEditedFiles(Deployment& product, const KnownFiles& 
 std::vector<WrittenFile> Named(const Deployment& product, const std::vector<WrittenFile>& files,
                                const std::vector<std::string>& names) {
     const Paths& paths = product.HostPaths();
+    const std::map<std::string, const WrittenFile*> byPath = ByCanonicalPath(paths, files);
     std::vector<WrittenFile> named;
     for (const std::string& name : names) {
-        const std::string path = paths.Canonical(name);
-        const auto file = std::find_if(files.begin(), files.end(),
-                                       [&](const WrittenFile& each) { return IsAt(paths, each, path); });
-        if (file == files.end()) {
+        const auto file = byPath.find(paths.Canonical(name));
+        if (file == byPath.end()) {
             throw UsageError(
                 Words("%s: is no target of the role %s (\"status\" lists them; \"file restore\" puts any "
                       "other file back)",
                       name, RoleInWords(product.Role())));
         }
-        named.push_back(*file);
+        named.push_back(*file->second);
     }
     return named;
 }

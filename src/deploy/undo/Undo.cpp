@@ -260,9 +260,8 @@ RecordedChanges ChangesSince(Store& store, std::int64_t number) {
 /// The file as the last entry left it: what is known of it may be another text, where somebody had edited it
 /// by then.
 RecordedState LeftByLastEntry(Store& store, const KnownFile& known) {
-    for (RecordedFile& row : store.FilesOf(known.entry))
-        if (row.path == known.path) return std::move(row.after);
-    return known.state;
+    std::optional<RecordedFile> row = store.ChangeIn(known.entry, known.path);
+    return row ? std::move(row->after) : known.state;
 }
 
 /// Nothing that was recorded has to be taken back of it; only what somebody did since.
@@ -286,9 +285,8 @@ bool IsMadeByEntries(FileKind kind) {
 void AddWorkBefore(Store& store, std::int64_t number, RecordedChanges& changes) {
     for (RecordedChange& change : changes.All()) {
         if (!change.file) continue;
-        const std::vector<RecordedFile> former = store.ChangesOf(change.name, number);
-        if (!former.empty() && IsMadeByEntries(former.front().kind))
-            changes.AddLeft(change, former.front().after);
+        const std::optional<RecordedFile> former = store.LastChangeOf(change.name, number);
+        if (former && IsMadeByEntries(former->kind)) changes.AddLeft(change, former->after);
     }
 }
 

@@ -42,6 +42,14 @@ TEST(ErasureTest, WhatOnlyLooksLikeAPlaceIsHidden) {
               (Words{"param", "set", "f", "n", "***"}));
 }
 
+TEST(ErasureTest, WhereAnyWordMayBeOfATextOnlyWhatTellsThePlaceStays) {
+    const Words words = {"param",    "set", "--root",     "/r", "/r/etc/file",
+                         "etc/file", "le",  "--value=pw", "",   "-q"};
+    EXPECT_EQ(WordsWithoutAnyText(words, {"/etc/file"}), (Words{"param", "set", "--root", "/r", "/r/etc/file",
+                                                                "etc/file", "***", "--value=***", "", "-q"}));
+    EXPECT_EQ(WordsWithoutAnyText({"param", "set", "file"}, {}), (Words{"param", "set", "***"}));
+}
+
 TEST(ErasureTest, NothingIsHiddenOfOtherTexts) {
     EXPECT_EQ(WordsWithoutTexts({"param", "set", "f", "x", ""}, {"abc"}),
               (Words{"param", "set", "f", "x", ""}));

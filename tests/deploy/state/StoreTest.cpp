@@ -258,6 +258,21 @@ TEST_F(StoreTest, EntriesAreListedFromTheNewest) {
     EXPECT_THAT(numbers(store.EntriesOf("/etc/x")), testing::ElementsAre(third, first));
 }
 
+TEST_F(StoreTest, ChangeOfOneFileIsFoundByItsEntryAndByTheLastOne) {
+    Store store = Opened();
+    const std::int64_t first = Record(store, {File("/etc/w", "", "w"), File("/etc/x", "1", "2")});
+    const std::int64_t second = Record(store, {File("/etc/y", "1", "2")});
+    const std::int64_t third = Record(store, {File("/etc/x", "2", "3")});
+    const auto textAfter = [&](const std::optional<RecordedFile>& file) {
+        return file ? store.Text(*file->after.text) : "none";
+    };
+    EXPECT_EQ(textAfter(store.ChangeIn(first, "/etc/x")), "2");
+    EXPECT_EQ(textAfter(store.ChangeIn(second, "/etc/x")), "none") << "an older one is another entry's";
+    EXPECT_EQ(textAfter(store.LastChangeOf("/etc/x", third)), "3");
+    EXPECT_EQ(textAfter(store.LastChangeOf("/etc/x", second)), "2");
+    EXPECT_EQ(textAfter(store.LastChangeOf("/etc/x", first - 1)), "none");
+}
+
 TEST_F(StoreTest, OldEntriesGoAndWhatIsKnownOfTheirFilesStays) {
     StoreLimits limits;
     limits.entries = 2;

@@ -1,7 +1,10 @@
 #include "deploy/state/store/Erasure.h"
 
 #include <algorithm>
+#include <functional>
 #include <set>
+#include <string_view>
+#include <unordered_set>
 
 #include "deploy/state/store/KeptTexts.h"
 #include "deploy/state/store/Rows.h"
@@ -48,34 +51,38 @@ bool IsEmpty(Database& database, std::int64_t text) {
     return !Numbers(database, "SELECT id FROM texts WHERE id = ? AND size = 0", {text}).empty();
 }
 
-std::set<std::string> HoldersOf(Database& database, std::int64_t text) {
+/// All of them by one look at the files, of which there may be many.
+std::set<std::string> HoldersOf(Database& database, const std::set<std::int64_t>& texts) {
+    std::set<std::int64_t> states;
+    for (const std::int64_t text : texts)
+        for (const std::int64_t id :
+             Numbers(database, "SELECT id FROM states WHERE text = ?1 OR base = ?1", {text}))
+            states.insert(id);
     std::set<std::string> paths;
+    if (states.empty()) return paths;
     Database::Rows rows(database,
-                        "SELECT path FROM files JOIN states ON states.id IN (before, after, left_before)"
-                        " WHERE states.text = ?1 OR states.base = ?1 UNION"
-                        " SELECT path FROM known JOIN states ON states.id = state"
-                        " WHERE states.text = ?1 OR states.base = ?1",
-                        {text});
-    while (rows.Next())
-        paths.insert(rows.Text(0));
+                        "SELECT path, before, after, left_before FROM files"
+                        " UNION ALL SELECT path, state, NULL, NULL FROM known");
+    while (rows.Next()) {
+        for (const int column : {1, 2, 3}) {
+            const std::optional<std::int64_t> state = rows.OptionalNumber(column);
+            if (state && states.contains(*state)) paths.insert(rows.Text(0));
+        }
+    }
     return paths;
 }
 
-/// A text that cannot be read hides no words, and goes all the same.
-bool IsHeld(const std::string& word, const std::vector<std::string>& texts) {
-    return !word.empty() && std::any_of(texts.begin(), texts.end(), [&](const std::string& text) {
-        return text.find(word) != std::string::npos;
-    });
-}
+/// Whether the word, or a part of it, may be of a text.
+using IsOfText = std::function<bool(const std::string& word)>;
 
 bool IsOfCommand(const std::string& word) {
     return word.find_first_not_of("abcdefghijklmnopqrstuvwxyz-") == std::string::npos;
 }
 
-std::string WithoutTexts(const std::string& word, const std::vector<std::string>& texts) {
+std::string WithoutTexts(const std::string& word, const IsOfText& isOfText) {
     for (std::size_t sign = word.find('='); sign != std::string::npos; sign = word.find('=', sign + 1))
-        if (IsHeld(word.substr(sign + 1), texts)) return word.substr(0, sign + 1) + kHiddenWord;
-    return !word.starts_with('-') && IsHeld(word, texts) ? kHiddenWord : word;
+        if (isOfText(word.substr(sign + 1))) return word.substr(0, sign + 1) + kHiddenWord;
+    return !word.starts_with('-') && isOfText(word) ? kHiddenWord : word;
 }
 
 /// Options that take a place on the host or in its history; what stands there is nobody's text.
@@ -92,8 +99,6 @@ bool IsOneOf(const std::string& word, const std::string_view (&options)[size]) {
 /// "--root=DIR", or DIR behind "--root".
 bool IsPlace(const std::vector<std::string>& words, std::size_t i) {
     const auto joined = words[i].find('=');
-    const auto end = std::find(words.begin(), words.end(), "--");
-    if (end - words.begin() < static_cast<std::ptrdiff_t>(i)) return false;
     if (i > 0 && IsOneOf(words[i - 1], kTakesAnything)) return false;
     if (joined != std::string::npos && IsOneOf(words[i].substr(0, joined), kPlaces)) return true;
     return i > 0 && IsOneOf(words[i - 1], kPlaces) && (i == 1 || !IsOneOf(words[i - 2], kTakesAnything));
@@ -105,11 +110,59 @@ bool IsEntryToUndo(const std::vector<std::string>& words, std::size_t i, std::si
            words[i].find_first_not_of("0123456789") == std::string::npos;
 }
 
-/// Whether the word names one of the files, by its path or the end of it.
-bool NamesOneOf(const std::string& word, const std::vector<std::string>& paths) {
-    return !word.empty() && std::any_of(paths.begin(), paths.end(), [&](const std::string& path) {
-        return path == word || path.ends_with("/" + word) || (path.starts_with('/') && word.ends_with(path));
-    });
+/// What stands behind each slash, from the longest.
+std::vector<std::string_view> EndsOf(std::string_view path) {
+    std::vector<std::string_view> ends;
+    for (std::size_t slash = path.find('/'); slash != std::string_view::npos;
+         slash = path.find('/', slash + 1))
+        ends.push_back(path.substr(slash + 1));
+    return ends;
+}
+
+/// Tells which words name one of the files, without holding each of 10,000 words against each of 10,000
+/// paths.
+class FileNames {
+  public:
+    explicit FileNames(const std::vector<std::string>& paths) {
+        for (const std::string& path : paths) {
+            m_paths.insert(path);
+            for (const std::string_view end : EndsOf(path))
+                m_ends.insert(end);
+        }
+    }
+
+    /// By the path, the end of it, or the path below a root.
+    bool Has(std::string_view word) const {
+        if (word.empty() || m_paths.contains(word) || m_ends.contains(word)) return !word.empty();
+        const std::vector<std::string_view> ends = EndsOf(word);
+        return std::any_of(ends.begin(), ends.end(), [&](std::string_view end) {
+            return m_paths.contains(word.substr(word.size() - end.size() - 1));
+        });
+    }
+
+  private:
+    std::unordered_set<std::string_view> m_paths;
+    std::unordered_set<std::string_view> m_ends;
+};
+
+std::vector<std::string> WordsWithout(const IsOfText& isOfText, const std::vector<std::string>& words,
+                                      const std::vector<std::string>& paths) {
+    const FileNames files(paths);
+    const auto options =
+        static_cast<std::size_t>(std::find(words.begin(), words.end(), "--") - words.begin());
+    std::vector<std::string> shown = words;
+    std::size_t ofCommand = 0;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        const std::string& word = words[i];
+        const bool isPlace = i <= options && IsPlace(words, i);
+        if (isPlace || IsEntryToUndo(words, i, ofCommand) || files.Has(word)) continue;
+        const bool isCommand = ofCommand < kMostWordsOfCommand && !word.starts_with('-') && IsOfCommand(word);
+        if (isCommand)
+            ++ofCommand;
+        else
+            shown[i] = WithoutTexts(word, isOfText);
+    }
+    return shown;
 }
 
 std::vector<std::string> PathsOf(Database& database, std::int64_t entry) {
@@ -130,8 +183,7 @@ void HideWords(Database& database, const std::set<std::int64_t>& numbers) {
     for (const std::int64_t number : numbers) {
         std::optional<RecordedEntry> entry = EntryAt(database, number);
         if (!entry) continue;
-        std::vector<std::string> words =
-            WordsWithoutTexts(entry->words, entry->words, PathsOf(database, number));
+        std::vector<std::string> words = WordsWithoutAnyText(entry->words, PathsOf(database, number));
         for (std::size_t i = 0; i < words.size(); ++i)
             if (GivesMessage(entry->words[i], entry->message)) words[i] = entry->words[i];
         if (words == entry->words) continue;
@@ -183,18 +235,18 @@ void DeleteUnheld(Database& database, const std::set<std::int64_t>& texts) {
 std::vector<std::string> WordsWithoutTexts(const std::vector<std::string>& words,
                                            const std::vector<std::string>& texts,
                                            const std::vector<std::string>& paths) {
-    std::vector<std::string> shown = words;
-    std::size_t ofCommand = 0;
-    for (std::size_t i = 0; i < words.size(); ++i) {
-        const std::string& word = words[i];
-        if (IsPlace(words, i) || IsEntryToUndo(words, i, ofCommand) || NamesOneOf(word, paths)) continue;
-        const bool isCommand = ofCommand < kMostWordsOfCommand && !word.starts_with('-') && IsOfCommand(word);
-        if (isCommand)
-            ++ofCommand;
-        else
-            shown[i] = WithoutTexts(word, texts);
-    }
-    return shown;
+    // A text that cannot be read hides no words, and goes all the same.
+    const auto isHeld = [&](const std::string& word) {
+        return !word.empty() && std::any_of(texts.begin(), texts.end(), [&](const std::string& text) {
+            return text.find(word) != std::string::npos;
+        });
+    };
+    return WordsWithout(isHeld, words, paths);
+}
+
+std::vector<std::string> WordsWithoutAnyText(const std::vector<std::string>& words,
+                                             const std::vector<std::string>& paths) {
+    return WordsWithout([](const std::string& word) { return !word.empty(); }, words, paths);
 }
 
 std::size_t CountTextsOf(Database& database, const std::vector<std::string>& paths) {
@@ -212,9 +264,9 @@ Erasure EraseTexts(Database& database, const std::vector<std::string>& paths) {
         TakeOut(database, id, state);
     }
     HideWords(database, EntriesOf(database, paths));
-    std::set<std::string> holders;
-    for (const std::int64_t text : texts)
-        if (!IsEmpty(database, text)) holders.merge(HoldersOf(database, text));
+    std::set<std::int64_t> telling = texts;
+    std::erase_if(telling, [&](std::int64_t text) { return IsEmpty(database, text); });
+    const std::set<std::string> holders = HoldersOf(database, telling);
     DeleteUnheld(database, texts);
     return {texts.size(), {holders.begin(), holders.end()}};
 }

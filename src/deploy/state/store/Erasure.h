@@ -33,6 +33,10 @@ std::vector<std::string> WordsWithoutTexts(const std::vector<std::string>& words
                                            const std::vector<std::string>& texts,
                                            const std::vector<std::string>& paths = {});
 
+/// The same where nobody knows what the texts hold, or where they hold each of the words.
+std::vector<std::string> WordsWithoutAnyText(const std::vector<std::string>& words,
+                                             const std::vector<std::string>& paths = {});
+
 }  // namespace ZET::Deploy
 
 #endif

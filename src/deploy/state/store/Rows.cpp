@@ -247,12 +247,31 @@ std::vector<StatesOfFile> StatesOfFileAt(Database& database, std::int64_t entry,
     return states;
 }
 
-std::vector<RecordedFile> ChangesAt(Database& database, const std::string& path,
-                                    std::optional<std::int64_t> last) {
+static std::optional<RecordedFile> FirstOf(std::vector<RecordedFile> files) {
+    return files.empty() ? std::nullopt : std::optional(std::move(files.front()));
+}
+
+std::vector<RecordedFile> ChangesAt(Database& database, const std::string& path) {
     return FilesIn(database,
                    "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
-                   " FROM files WHERE path = ?1 AND (?2 IS NULL OR entry <= ?2) ORDER BY entry DESC, id DESC",
-                   {path, OptionalValue(last)});
+                   " FROM files WHERE path = ? ORDER BY entry DESC, id DESC",
+                   {path});
+}
+
+std::optional<RecordedFile> LastChangeAt(Database& database, const std::string& path, std::int64_t last) {
+    return FirstOf(
+        FilesIn(database,
+                "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
+                " FROM files WHERE path = ? AND entry <= ? ORDER BY entry DESC, id DESC LIMIT 1",
+                {path, last}));
+}
+
+std::optional<RecordedFile> ChangeAt(Database& database, std::int64_t entry, const std::string& path) {
+    return FirstOf(
+        FilesIn(database,
+                "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
+                " FROM files WHERE entry = ? AND path = ? ORDER BY id LIMIT 1",
+                {entry, path}));
 }
 
 bool IsOfProduct(FileKind kind) {

@@ -51,9 +51,14 @@ struct StatesOfFile {
 };
 std::vector<StatesOfFile> StatesOfFileAt(Database& database, std::int64_t entry, const std::string& path);
 
-/// Of one file, from the newest entry, up to the last if there is one, to the oldest.
-std::vector<RecordedFile> ChangesAt(Database& database, const std::string& path,
-                                    std::optional<std::int64_t> last);
+/// Of one file, from the newest entry to the oldest.
+std::vector<RecordedFile> ChangesAt(Database& database, const std::string& path);
+
+/// Of one file, that of the newest entry up to the last.
+std::optional<RecordedFile> LastChangeAt(Database& database, const std::string& path, std::int64_t last);
+
+/// Of one file, that of the entry.
+std::optional<RecordedFile> ChangeAt(Database& database, std::int64_t entry, const std::string& path);
 
 /// A file as an entry left it.
 struct LeftFile {

@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -75,9 +76,14 @@ class Store {
     std::optional<RecordedEntry> Find(std::int64_t number);
     std::vector<RecordedFile> FilesOf(std::int64_t number);
 
-    /// What the entries up to `last`, all unless said, did to one file, from the newest to the oldest.
-    std::vector<RecordedFile> ChangesOf(const std::string& path,
-                                        std::optional<std::int64_t> last = std::nullopt);
+    /// What an entry did to one file, without a look at its others; none: nothing.
+    std::optional<RecordedFile> ChangeIn(std::int64_t number, const std::string& path);
+
+    /// What the newest of the entries up to `last` did to it that did anything.
+    std::optional<RecordedFile> LastChangeOf(const std::string& path, std::int64_t last);
+
+    /// What all of them did to it, from the newest to the oldest.
+    std::vector<RecordedFile> ChangesOf(const std::string& path);
 
     /// The newest entry that is no longer kept, since there are many; 0: all are. Older ones may be kept, but
     /// not all of them.
@@ -86,8 +92,8 @@ class Store {
     std::optional<KnownFile> Known(const std::string& path);
     std::vector<KnownFile> KnownFiles();
 
-    /// Whether a commit ever wrote a file by the template, as far as that is kept.
-    bool WasCommitted(const std::string& templateName);
+    /// The templates by which a commit ever wrote a file, as far as that is kept.
+    std::set<std::string> CommittedTemplates();
 
     /// While it lives, the store is seen as it was at the first look, and nothing may be recorded; to look at
     /// much costs less then.

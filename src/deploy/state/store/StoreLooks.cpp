@@ -47,8 +47,16 @@ std::vector<RecordedFile> Store::FilesOf(std::int64_t number) {
     return Guarded([&] { return FilesAt(*m_database, number); });
 }
 
-std::vector<RecordedFile> Store::ChangesOf(const std::string& path, std::optional<std::int64_t> last) {
-    return Guarded([&] { return ChangesAt(*m_database, path, last); });
+std::optional<RecordedFile> Store::ChangeIn(std::int64_t number, const std::string& path) {
+    return Guarded([&] { return ChangeAt(*m_database, number, path); });
+}
+
+std::optional<RecordedFile> Store::LastChangeOf(const std::string& path, std::int64_t last) {
+    return Guarded([&] { return LastChangeAt(*m_database, path, last); });
+}
+
+std::vector<RecordedFile> Store::ChangesOf(const std::string& path) {
+    return Guarded([&] { return ChangesAt(*m_database, path); });
 }
 
 std::optional<KnownFile> Store::Known(const std::string& path) {
@@ -59,10 +67,14 @@ std::vector<KnownFile> Store::KnownFiles() {
     return Guarded([&] { return AllKnown(*m_database); });
 }
 
-bool Store::WasCommitted(const std::string& templateName) {
+std::set<std::string> Store::CommittedTemplates() {
     return Guarded([&] {
-        return m_database->Run("SELECT 1 FROM states WHERE template = ? AND length(roles) > 0 LIMIT 1",
-                               {templateName}) != Value();
+        std::set<std::string> names;
+        Database::Rows rows(
+            *m_database, "SELECT DISTINCT template FROM states WHERE template <> '' AND length(roles) > 0");
+        while (rows.Next())
+            names.insert(rows.Text(0));
+        return names;
     });
 }
 
