@@ -374,7 +374,7 @@ conf: lines 1-7, 10-13 changed (text not shown: nobody can tell whether it is se
     rm templates/targets.toml
     PROGRAM=$ZET_BIN/zet-init
     for role in server client; do
-        assert_nothing_shown param set t/a new hidden
+        assert_nothing_shown param set --force t/a new hidden
         assert_nothing_shown param set t/a.before_zet new hidden
         run_zet param set --no-markers -n --diff conf new open
         [[ $output == *+new=open* ]]
