@@ -1,6 +1,7 @@
 #include "deploy/targets/HostLists.h"
 
 #include "deploy/host/Failure.h"
+#include "deploy/state/History.h"
 #include "deploy/state/Host.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"

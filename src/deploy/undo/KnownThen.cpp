@@ -1,7 +1,7 @@
 #include "deploy/undo/KnownThen.h"
 
 #include <algorithm>
-#include <cstddef>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -28,12 +28,9 @@ KnownThen KnownBefore(const RecordedChange& change) {
 /// Whether a file is known as those entries have left it: no newer one knows another text of it.
 bool IsKnownAsLeft(Store& store, const RecordedChange& change, const KnownFile& now) {
     if (now.entry <= change.newest) return true;
-    const std::vector<RecordedFile> all = store.ChangesOf(change.name);
-    const std::size_t former = store.ChangesOf(change.name, change.newest).size();
-    if (all.size() <= former) return true;
-    const RecordedFile& next = all[all.size() - former - 1];
-    return now.kind == next.kindBefore &&
-           HaveSameTextAndMode(now.state, next.leftBefore.value_or(next.before));
+    const std::optional<RecordedFile> next = store.FirstChangeAfter(change.name, change.newest);
+    return !next || (now.kind == next->kindBefore &&
+                     HaveSameTextAndMode(now.state, next->leftBefore.value_or(next->before)));
 }
 
 std::set<Role> RolesWithout(const RecordedFile& row, std::set<Role> now) {

@@ -271,6 +271,9 @@ TEST_F(StoreTest, ChangeOfOneFileIsFoundByItsEntryAndByTheLastOne) {
     EXPECT_EQ(textAfter(store.LastChangeOf("/etc/x", third)), "3");
     EXPECT_EQ(textAfter(store.LastChangeOf("/etc/x", second)), "2");
     EXPECT_EQ(textAfter(store.LastChangeOf("/etc/x", first - 1)), "none");
+    EXPECT_EQ(textAfter(store.FirstChangeAfter("/etc/x", first - 1)), "2");
+    EXPECT_EQ(textAfter(store.FirstChangeAfter("/etc/x", first)), "3");
+    EXPECT_EQ(textAfter(store.FirstChangeAfter("/etc/x", third)), "none");
 }
 
 TEST_F(StoreTest, OldEntriesGoAndWhatIsKnownOfTheirFilesStays) {

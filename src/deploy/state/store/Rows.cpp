@@ -266,6 +266,15 @@ std::optional<RecordedFile> LastChangeAt(Database& database, const std::string& 
                 {path, last}));
 }
 
+std::optional<RecordedFile> FirstChangeBehind(Database& database, const std::string& path,
+                                              std::int64_t entry) {
+    return FirstOf(
+        FilesIn(database,
+                "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
+                " FROM files WHERE path = ? AND entry > ? ORDER BY entry, id LIMIT 1",
+                {path, entry}));
+}
+
 std::optional<RecordedFile> ChangeAt(Database& database, std::int64_t entry, const std::string& path) {
     return FirstOf(
         FilesIn(database,

@@ -57,6 +57,10 @@ std::vector<RecordedFile> ChangesAt(Database& database, const std::string& path)
 /// Of one file, that of the newest entry up to the last.
 std::optional<RecordedFile> LastChangeAt(Database& database, const std::string& path, std::int64_t last);
 
+/// Of one file, that of the oldest entry after this one.
+std::optional<RecordedFile> FirstChangeBehind(Database& database, const std::string& path,
+                                              std::int64_t entry);
+
 /// Of one file, that of the entry.
 std::optional<RecordedFile> ChangeAt(Database& database, std::int64_t entry, const std::string& path);
 

@@ -82,6 +82,9 @@ class Store {
     /// What the newest of the entries up to `last` did to it that did anything.
     std::optional<RecordedFile> LastChangeOf(const std::string& path, std::int64_t last);
 
+    /// What the oldest of the entries after `entry` did to it that did anything.
+    std::optional<RecordedFile> FirstChangeAfter(const std::string& path, std::int64_t entry);
+
     /// What all of them did to it, from the newest to the oldest.
     std::vector<RecordedFile> ChangesOf(const std::string& path);
 

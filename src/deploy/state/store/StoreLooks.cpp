@@ -55,6 +55,10 @@ std::optional<RecordedFile> Store::LastChangeOf(const std::string& path, std::in
     return Guarded([&] { return LastChangeAt(*m_database, path, last); });
 }
 
+std::optional<RecordedFile> Store::FirstChangeAfter(const std::string& path, std::int64_t entry) {
+    return Guarded([&] { return FirstChangeBehind(*m_database, path, entry); });
+}
+
 std::vector<RecordedFile> Store::ChangesOf(const std::string& path) {
     return Guarded([&] { return ChangesAt(*m_database, path); });
 }
