@@ -420,7 +420,7 @@ os.execv(sys.argv[1], sys.argv[1:])' "$ZET_BIN/zet-client" --config "$HOST/zet.c
     remember_files
     run_zet commit-config three.conf
     assert_refusal 1 "$HOST/zet.conf: DOMAIN is not set, so that \${realm} has no value (add a line DOMAIN=VALUE, or use \"option set\")
-zet-client: error: $HOST/zet.conf:1:8: SERVER is not set, so that \${server} has no value (add a line SERVER=VALUE, or use \"option set\")
+zet-client: error: $HOST/zet.conf:1:8: SERVER is empty, so that \${server} has no value (give it a value)
 zet-client: nothing was changed"
     assert_files_unchanged
     echo REALM=OTHER >>zet.conf
@@ -436,7 +436,7 @@ zet-client: nothing was changed"
         cp zet.conf relative.conf
         echo "$key=etc" >>relative.conf
         capture "$ZET_BIN/zet-client" --config relative.conf status
-        assert_refusal 1 "relative.conf: 'etc' is no value for $key, which has to be an absolute path (begin it with \"/\")"
+        assert_refusal 1 "relative.conf:$(wc -l <relative.conf):$((${#key} + 2)): 'etc' is no value for $key, which has to be an absolute path (begin it with \"/\")"
     done
 }
 

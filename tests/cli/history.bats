@@ -790,7 +790,7 @@ conf:1: lines 1 to 5: the administrator's own; in parts since an edit of somebod
     local i
     for i in 1 2 3; do zet -q param set f x "$i"; done
     run_zet history diff 2 5
-    assert_refusal 1 "$HOST/state/state.db: not all entries after 2 are kept any more, so nobody knows what was there then (compare with one from 4 on)"
+    assert_refusal 1 "$HOST/state/state.db: not all changes after 2 are kept any more, so nobody knows what was there then (compare with one from 4 on)"
     run_zet history diff 5 2
     assert_status 1
     run_zet history diff 4 5

@@ -34,7 +34,7 @@ ALL_STATUSES="zet-client-fs.status zet-client.status zet-server.status"
     zet param set out/q Q 2
     run_zet undo
     assert_success "$HOST/out/q: restored
-took back entry 3 (\"undo 2\" goes further back)"
+took back change 3 (\"undo 2\" goes further back)"
     assert_equal "$(statuses)" "$ALL_STATUSES"
     run_zet undo
     assert_status 0

@@ -187,7 +187,7 @@ assert_refuses_edit() {
     before=$(with_end zet.conf)
     run_zet undo 1
     assert_status 1
-    assert_stderr "zet-client: error: $HOST/zet.conf: ZET_CFG_DIR cannot be changed while targets are committed, which are known there (--force puts back what was there before all the same)
+    assert_stderr "zet-client: error: $HOST/zet.conf: ZET_CFG_DIR cannot be changed while something is committed, which is known there (--force puts back what was there before all the same)
 zet-client: nothing was changed"
     assert_equal "$(with_end zet.conf)" "$before"
     run_zet undo -n 1

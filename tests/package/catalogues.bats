@@ -111,7 +111,7 @@ all_commands() {
     in_language fr --root "$root" status | grep -F 'rôle : client'
     in_language es --root "$root" status | grep -F ': al día'
     in_language de --root "$root" history | grep -F 'Client'
-    in_language fr --root "$root" undo | grep -F "l'entrée 1 a été annulée"
+    in_language fr --root "$root" undo | grep -F "la modification 1 a été annulée"
     run in_language es --root "$root" values
     grep -F 'del valor predeterminado del producto' <<<"$output"
     run in_language fr --root "$root" history show 1
