@@ -24,8 +24,8 @@ struct AttributedFile {
 /// Opens the file, a last link followed. False, with `errno`, when it cannot be read.
 bool OpenToRead(AttributedFile& file);
 
-/// The regular file at the end of `path`, a last link followed; nothing when there is none. Throws `EZETError`
-/// when that cannot be told.
+/// The regular file at the end of `path`, a last link followed; nothing when there is none. Throws
+/// `EZETError` when that cannot be told.
 std::optional<AttributedFile> OpenDonor(const std::string& path);
 
 /// As `SyncFile`.

@@ -93,8 +93,8 @@ class Renaming {
             m_file.path.c_str(), m_to.c_str());
     }
 
-    /// False when there is no regular file at the end of `path`. Whoever may plant a link could lead it to his
-    /// own file, and have the new one given to him: a link gives nothing.
+    /// False when there is no regular file at the end of `path`. Whoever may plant a link could lead it to
+    /// his own file, and have the new one given to him: a link gives nothing.
     bool TakeOverFrom(const std::string& path) const {
         const std::optional<AttributedFile> former = OpenDonor(path);
         if (!former) return false;
