@@ -261,7 +261,8 @@ RecordedChanges ChangesSince(Store& store, std::int64_t number) {
 /// by then.
 RecordedState LeftByLastEntry(Store& store, const KnownFile& known) {
     std::optional<RecordedFile> row = store.ChangeIn(known.entry, known.path);
-    return row ? std::move(row->after) : known.state;
+    if (row) return std::move(row->after);
+    return known.state;
 }
 
 /// Nothing that was recorded has to be taken back of it; only what somebody did since.

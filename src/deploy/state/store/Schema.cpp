@@ -23,29 +23,29 @@ constexpr std::int64_t kApplication = 0x5a455453;
 /// never used again; `pruned` has the greatest of those that are no longer kept. `was_edited` is two bits:
 /// what was there before is others' work (1), and a former state came back (2).
 constexpr Statement kTablesOfVersion1[] = {
-    "CREATE TABLE texts(id INTEGER PRIMARY KEY, digest BLOB NOT NULL, size INTEGER NOT NULL,"
-    " frame BLOB NOT NULL)",
+    ("CREATE TABLE texts(id INTEGER PRIMARY KEY, digest BLOB NOT NULL, size INTEGER NOT NULL,"
+     " frame BLOB NOT NULL)"),
     "CREATE INDEX texts_by_digest ON texts(digest)",
-    "CREATE TABLE states(id INTEGER PRIMARY KEY, present INTEGER NOT NULL, mode INTEGER NOT NULL,"
-    " owner INTEGER NOT NULL, grp INTEGER NOT NULL, attributes BLOB NOT NULL, size INTEGER NOT NULL,"
-    " digest BLOB NOT NULL, text INTEGER REFERENCES texts, roles TEXT NOT NULL, named_role TEXT NOT NULL,"
-    " template TEXT NOT NULL, base INTEGER REFERENCES texts, seal INTEGER NOT NULL)",
+    ("CREATE TABLE states(id INTEGER PRIMARY KEY, present INTEGER NOT NULL, mode INTEGER NOT NULL,"
+     " owner INTEGER NOT NULL, grp INTEGER NOT NULL, attributes BLOB NOT NULL, size INTEGER NOT NULL,"
+     " digest BLOB NOT NULL, text INTEGER REFERENCES texts, roles TEXT NOT NULL, named_role TEXT NOT NULL,"
+     " template TEXT NOT NULL, base INTEGER REFERENCES texts, seal INTEGER NOT NULL)"),
     "CREATE INDEX states_by_text ON states(text) WHERE text IS NOT NULL",
     "CREATE INDEX states_by_base ON states(base) WHERE base IS NOT NULL",
-    "CREATE TABLE entries(number INTEGER PRIMARY KEY AUTOINCREMENT, begun INTEGER NOT NULL,"
-    " ended INTEGER NOT NULL, outcome INTEGER NOT NULL, user INTEGER NOT NULL, login_user INTEGER,"
-    " sudo_user TEXT NOT NULL, role TEXT NOT NULL, words TEXT NOT NULL, message TEXT NOT NULL,"
-    " seal INTEGER NOT NULL)",
-    "CREATE TABLE files(id INTEGER PRIMARY KEY, entry INTEGER NOT NULL REFERENCES entries, path TEXT NOT "
-    "NULL,"
-    " kind INTEGER NOT NULL, kind_before INTEGER NOT NULL, before INTEGER NOT NULL REFERENCES states,"
-    " after INTEGER NOT NULL REFERENCES states, left_before INTEGER REFERENCES states, was_edited INTEGER "
-    "NOT NULL, seal INTEGER NOT NULL)",
+    ("CREATE TABLE entries(number INTEGER PRIMARY KEY AUTOINCREMENT, begun INTEGER NOT NULL,"
+     " ended INTEGER NOT NULL, outcome INTEGER NOT NULL, user INTEGER NOT NULL, login_user INTEGER,"
+     " sudo_user TEXT NOT NULL, role TEXT NOT NULL, words TEXT NOT NULL, message TEXT NOT NULL,"
+     " seal INTEGER NOT NULL)"),
+    ("CREATE TABLE files(id INTEGER PRIMARY KEY, entry INTEGER NOT NULL REFERENCES entries, path TEXT NOT "
+     "NULL,"
+     " kind INTEGER NOT NULL, kind_before INTEGER NOT NULL, before INTEGER NOT NULL REFERENCES states,"
+     " after INTEGER NOT NULL REFERENCES states, left_before INTEGER REFERENCES states, was_edited INTEGER "
+     "NOT NULL, seal INTEGER NOT NULL)"),
     "CREATE INDEX files_by_entry ON files(entry)",
     "CREATE INDEX files_by_path ON files(path, entry)",
-    "CREATE TABLE known(path TEXT PRIMARY KEY, kind INTEGER NOT NULL, state INTEGER NOT NULL REFERENCES "
-    "states,"
-    " entry INTEGER NOT NULL, seal INTEGER NOT NULL) WITHOUT ROWID",
+    ("CREATE TABLE known(path TEXT PRIMARY KEY, kind INTEGER NOT NULL, state INTEGER NOT NULL REFERENCES "
+     "states,"
+     " entry INTEGER NOT NULL, seal INTEGER NOT NULL) WITHOUT ROWID"),
     "CREATE TABLE pruned(id INTEGER PRIMARY KEY, number INTEGER NOT NULL)",
 };
 
