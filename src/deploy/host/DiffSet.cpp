@@ -9,7 +9,6 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Process.h"
-#include "deploy/host/Signals.h"
 #include "deploy/host/Staging.h"
 #include "deploy/host/UnifiedDiff.h"
 #include "text/Lines.h"

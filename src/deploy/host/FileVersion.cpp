@@ -4,7 +4,6 @@
 
 #include <cerrno>
 
-#include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 

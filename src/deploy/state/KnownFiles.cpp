@@ -1,7 +1,5 @@
 #include "deploy/state/KnownFiles.h"
 
-#include <sys/stat.h>
-
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/state/CapturedFile.h"

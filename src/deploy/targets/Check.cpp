@@ -3,10 +3,8 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/Signals.h"
 #include "deploy/host/Staging.h"
-#include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
 #include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/OwnCheck.h"

@@ -8,7 +8,6 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
-#include "deploy/host/FileState.h"
 #include "deploy/host/FileVersion.h"
 #include "deploy/host/StagedOwner.h"
 #include "deploy/host/Words.h"

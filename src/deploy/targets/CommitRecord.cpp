@@ -1,7 +1,5 @@
 #include "deploy/targets/CommitRecord.h"
 
-#include <sys/types.h>
-
 #include <utility>
 #include <vector>
 

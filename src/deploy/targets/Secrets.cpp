@@ -9,7 +9,6 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Words.h"
-#include "deploy/state/History.h"
 #include "deploy/state/Host.h"
 #include "deploy/targets/FileOrigin.h"
 #include "deploy/targets/HostLists.h"
