@@ -266,6 +266,17 @@ SERVER_ID=7
     assert_refusal 2 "ZET_CFG is always the file that is read (name another one with --config)"
 }
 
+@test "a directory that the fleet names is not uncovered below what is committed" {
+    mkdir -p etc/defaults.d fleet templates
+    printf "%s\n" "ZET_CFG_DIR=$HOST/etc" "ZET_CFG_TEMPL_DIR=$HOST/templates" >>zet.conf
+    echo "ZET_CFG_TEMPL_DIR=$HOST/fleet" >etc/defaults.d/10.conf
+    printf '[templates."one"]\ntarget = "%s/one"\nroles = "both"\n' "$HOST" >templates/targets.toml
+    echo x >templates/one
+    zet -q commit-config
+    run_zet option unset ZET_CFG_TEMPL_DIR
+    assert_refusal 1 "$HOST/zet.conf: ZET_CFG_TEMPL_DIR cannot be changed while something is committed, which is known there (\"rollback-config\" of both roles first, and commit again afterwards)"
+}
+
 @test "set in a dry run shows the change and makes none" {
     remember_host
     run_zet option set -n --diff SERVER other

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <new>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -171,7 +172,7 @@ FileOutcome SetOption(Deployment& product, const std::string& name, const std::s
     const auto set = [&](const std::string& path) { SetLines(product, path, name, value); };
     const bool endsHistory = name == kHistory && !FlagOfParam(name, value).value_or(true);
     FileOutcome outcome = endsHistory ? EditToEndHistory(product, set) : EditMainFile(product, set);
-    if (const auto below = product.Values().SourceBelowMain(name))
+    if (const auto below = product.Values().GivenBelowMain(name))
         product.Out().Remark(
             Words("%s of %s:%s does not count any more", name, below->file, std::to_string(below->line)));
     return outcome;
@@ -179,11 +180,11 @@ FileOutcome SetOption(Deployment& product, const std::string& name, const std::s
 
 FileOutcome UnsetOption(Deployment& product, const std::string& name) {
     RequireChangeable(name);
-    const auto below = product.Values().SourceBelowMain(name);
+    const std::optional<GivenParameter> below = product.Values().GivenBelowMain(name);
     const std::vector<GivenParameter>& given = product.Values().GivenByMain();
-    if (FindGiven(given, name) != nullptr && !below) {
+    if (FindGiven(given, name) != nullptr) {
         const auto known = KnownParameter(name);
-        RequireLastingDirectory(product, name, known ? known->value : "");
+        RequireLastingDirectory(product, name, below ? below->value : known ? known->value : "");
     }
     FileOutcome outcome = EditMainFile(product, [&](const std::string& path) {
         SaveOwnText(path, WithoutLines(ReadFileBytes(path), name), ModeOf(path));

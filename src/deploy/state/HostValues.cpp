@@ -271,16 +271,15 @@ std::optional<HostValues::Source> HostValues::SourceOfParam(const std::string& n
     ReadRest();
     if (const GivenParameter* const given = FindGiven(m_main, name))
         return Source{m_host.Param(kMainFile), given->line};
-    if (const auto below = SourceBelowMain(name)) return below;
+    if (const auto below = GivenBelowMain(name)) return Source{below->file, below->line};
     const std::string maker = ParameterThatMakes(name);
     return maker.empty() ? std::nullopt : SourceOfParam(maker);
 }
 
-std::optional<HostValues::Source> HostValues::SourceBelowMain(const std::string& name) {
+std::optional<GivenParameter> HostValues::GivenBelowMain(const std::string& name) {
     ReadRest();
     for (const auto* source : {&m_fleet, &m_shipped})
-        if (const GivenParameter* const given = FindGiven(*source, name))
-            return Source{given->file, given->line};
+        if (const GivenParameter* const given = FindGiven(*source, name)) return *given;
     return std::nullopt;
 }
 

@@ -47,8 +47,8 @@ class HostValues {
     std::optional<Source> SourceOfParam(const std::string& name);
     std::optional<Source> SourceOfPlaceholder(const std::string& placeholder);
 
-    /// The source below the main file that has the parameter, which the main file's wins over.
-    std::optional<Source> SourceBelowMain(const std::string& name);
+    /// What the sources below the main file give as the parameter, which the main file's wins over.
+    std::optional<GivenParameter> GivenBelowMain(const std::string& name);
 
     /// What is wrong in the sources: lines that are none, names that clash, files that are no values.
     std::vector<Problem> Problems();

@@ -3,12 +3,12 @@
 #include <utility>
 
 #include "deploy/targets/Render.h"
-#include "deploy/targets/Secrets.h"
 
 namespace ZET::Deploy {
 
-DiscreetLog::DiscreetLog(Deployment& product, const std::string& templateName)
-    : m_product(product),
+DiscreetLog::DiscreetLog(Host& host, Secrets& secrets, const std::string& templateName)
+    : m_host(host),
+      m_secrets(secrets),
       m_templateName(templateName),
       m_former(SetLogFilter([this](ZETLogLevel level) { return IsShown(level); })) {}
 
@@ -20,8 +20,8 @@ bool DiscreetLog::IsShown(ZETLogLevel level) {
     if (level == ZETLogError) return true;
     if (!m_isHidden) {
         m_isHidden = true;  // what is logged while that is found out is about the template, too
-        const std::string file = TemplateFile(m_product, m_templateName);
-        m_isHidden = !file.empty() && m_product.HostSecrets().Hides(file);
+        const std::string file = TemplateFile(m_host, m_templateName);
+        m_isHidden = !file.empty() && m_secrets.Hides(file);
     }
     return !*m_isHidden;
 }

@@ -4,7 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "deploy/targets/Deployment.h"
+#include "deploy/state/Host.h"
+#include "deploy/targets/Secrets.h"
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
@@ -14,7 +15,7 @@ namespace ZET::Deploy {
 /// Whose eyes the template is for is found out at the first warning, since that reads the template.
 class DiscreetLog {
   public:
-    DiscreetLog(Deployment& product, const std::string& templateName);
+    DiscreetLog(Host& host, Secrets& secrets, const std::string& templateName);
     ~DiscreetLog();
     DiscreetLog(const DiscreetLog&) = delete;
     DiscreetLog& operator=(const DiscreetLog&) = delete;
@@ -22,7 +23,8 @@ class DiscreetLog {
   private:
     bool IsShown(ZETLogLevel level);
 
-    Deployment& m_product;
+    Host& m_host;
+    Secrets& m_secrets;
     const std::string& m_templateName;
     std::optional<bool> m_isHidden;
     ZETLogFilter m_former;

@@ -254,7 +254,7 @@ void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& temp
 
 std::string RenderStaged(Deployment& product, const Staging& staging, const std::string& templateName,
                          const StringMap& values) {
-    const DiscreetLog log(product, templateName);
+    const DiscreetLog log(product, product.HostSecrets(), templateName);
     StringMap all = WithHostsValues(product, values);
     return Stage(product, product.Role(), staging, templateName, all);
 }
@@ -290,7 +290,7 @@ std::string RenderTemplateText(Deployment& product, const Staging& staging, Role
 
 void RenderOnce(Deployment& product, const std::string& templateName, const std::string& name,
                 const std::string& path, const StringMap& values) {
-    const DiscreetLog log(product, templateName);
+    const DiscreetLog log(product, product.HostSecrets(), templateName);
     StringMap all = WithHostsValues(product, values);
     ProcessOnce(product, product.Role(), templateName, {name, path}, all);
 }
@@ -322,7 +322,7 @@ void TargetRendering::Write() {
 
 void TargetRendering::Render() {
     const std::string& path = m_place.Path();
-    const DiscreetLog log(m_product, m_target.templateName);
+    const DiscreetLog log(m_product, m_product.HostSecrets(), m_target.templateName);
     const auto process = [&](const std::string& name) {
         Process(m_product, m_target.role, m_target.templateName, {name, path});
     };

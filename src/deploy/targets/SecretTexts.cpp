@@ -10,6 +10,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileVersion.h"
 #include "deploy/state/store/Digest.h"
+#include "deploy/targets/TemplateFiles.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {

@@ -13,6 +13,7 @@
 #include "deploy/targets/FileOrigin.h"
 #include "deploy/targets/HostLists.h"
 #include "deploy/targets/Render.h"
+#include "deploy/targets/TemplateFiles.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {

@@ -13,6 +13,9 @@
 /// from.
 namespace ZET::Deploy {
 
+/// What "template install --force" keeps beside a working copy.
+inline constexpr char kKeptSuffix[] = ".old";
+
 struct TemplateFiles {
     std::string name;
     std::string shipped;

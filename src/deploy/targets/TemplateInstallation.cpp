@@ -15,8 +15,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr char kOldSuffix[] = ".old";
-
 /// One working copy to install.
 class Installation {
   public:
@@ -27,7 +25,7 @@ class Installation {
           m_files(FilesOfTemplate(product, name)),
           m_pristine(m_files.shipped),
           m_path(m_files.workingCopy),
-          m_old(m_path + kOldSuffix) {}
+          m_old(m_path + kKeptSuffix) {}
 
     const std::string& Name() const { return m_name; }
 

@@ -70,8 +70,8 @@ TEST_F(HostValuesTest, EachTellsWhereItStands) {
     EXPECT_EQ(PlaceOf("${realm}"), At("etc/defaults.d/10.conf") + ":3");
     EXPECT_EQ(PlaceOf("${ldap_dc}"), At("zet.conf") + ":1") << "it is made of the domain";
     EXPECT_EQ(PlaceOf("${minimum_uid}"), "") << "the product's default";
-    EXPECT_EQ(Values().SourceBelowMain("B")->line, 2);
-    EXPECT_FALSE(Values().SourceBelowMain("C"));
+    EXPECT_EQ(Values().GivenBelowMain("B")->line, 2);
+    EXPECT_FALSE(Values().GivenBelowMain("C"));
 }
 
 TEST_F(HostValuesTest, TextOfSeveralLinesIsAFileWithoutItsLastLineFeed) {

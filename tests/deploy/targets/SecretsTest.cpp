@@ -8,8 +8,11 @@
 #include "../HostFixture.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
+#include "deploy/targets/DiscreetLog.h"
 #include "deploy/targets/HostLists.h"
 #include "zet/ZETFormat.h"
+#include "zet/ZETHost.h"
+#include "zet/ZETLogProvider.h"
 
 namespace ZET::Deploy {
 namespace {
@@ -63,6 +66,23 @@ class SecretsTest : public HostFixture {
     std::optional<HostLists> m_lists;
     std::optional<Secrets> m_secrets;
 };
+
+TEST_F(SecretsTest, WarningsAboutASecretTemplateAreKeptFromTheLog) {
+    for (const char* const name : {"hidden", "open"})
+        Write(std::string("templates/") + name, std::string(name) + "\n");
+    std::vector<std::string> seen;
+    SetLogObserver([&](ZETLogLevel, const std::string& text) { seen.push_back(text); });
+    for (const char* const name : {"hidden", "open"}) {
+        const std::string templateName = name;
+        const DiscreetLog discreet(TheHost(), OneRun(), templateName);
+        CZETLogProvider& log = CZETLogProvider::GetLogProvider();
+        log.Put(ZETLogWarning, 1, (templateName + " has ${x}").c_str());
+        log.Put(ZETLogError, 1, (templateName + " failed").c_str());
+    }
+    CZETLogProvider::GetLogProvider().Put(ZETLogWarning, 1, "afterwards");
+    SetLogObserver({});
+    EXPECT_THAT(seen, testing::ElementsAre("hidden failed", "open has ${x}", "open failed", "afterwards"));
+}
 
 TEST_F(SecretsTest, OrdinaryFileIsForEverybody) {
     Write("out/file", "text\n");
