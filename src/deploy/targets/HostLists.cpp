@@ -71,9 +71,10 @@ std::optional<KnownFile> HostLists::CommittedFile(const std::string& name) {
     if (!IsFileExist(name + ZETReserveSuffix) && !IsFileExist(name + ZETAbsenceSuffix)) return std::nullopt;
     Store* const store = m_host.HostHistory().ToLook();
     if (store == nullptr) return std::nullopt;
-    std::optional<KnownFile> known = store->Known(m_host.HostPaths().NameInside(name));
-    const bool hasLines = known && known->kind == FileKind::Edit && known->state.knowledge.base;
-    if (known && !hasLines && known->state.knowledge.roles.empty()) known.reset();
+    auto known = store->Known(m_host.HostPaths().NameInside(name));
+    if (!known) return std::nullopt;
+    const bool hasLines = known->kind == FileKind::Edit && known->state.knowledge.base;
+    if (!hasLines && known->state.knowledge.roles.empty()) return std::nullopt;
     return known;
 }
 
