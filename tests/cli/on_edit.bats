@@ -153,6 +153,33 @@ assert_told_as_lost() {
     assert_stays_edited doctor --fix out/one.conf
 }
 
+@test "an edit of somebody else's stays one where the command that edits the file is killed behind its work" {
+    local words
+    for words in "param set --force out/one.conf other value" "line set --force out/one.conf mine yours" \
+        "file strip --force out/one.conf"; do
+        kill_at_rename out/one.conf $words
+        mv out/one.conf.tmp out/one.conf
+        assert_stays_edited file reserve zet.conf
+        zet file forget zet.conf
+    done
+    run_zet history
+    [[ $output == *"cut short"* ]]
+    run_zet commit-config
+    [[ $stderr == *"was edited since the last commit; the edits are overwritten"* ]] || differ words warning "$stderr"
+    kill_at_rename out/one.conf undo
+    mv out/one.conf.tmp out/one.conf
+    assert_stays_edited file reserve zet.conf
+}
+
+@test "an edit that a killed commit has written over is one no more" {
+    kill_at_rename out/one.conf commit-config
+    mv out/one.conf.tmp out/one.conf
+    zet file reserve zet.conf
+    run_zet commit-config --on-edit=refuse
+    assert_status 0
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
+}
+
 @test "a mode of somebody else's stays his whatever the product sets in the file" {
     zet commit-config
     chmod 600 out/one.conf

@@ -68,6 +68,7 @@ class CutShortEntries {
             FileToRecord planned;
             planned.file = file;
             planned.isPlanned = file.IsPlanned();
+            if (file.staysKnown) planned.left = file.KnownBefore();
             SettleFile(planned, Capture(path, m_host.HostHistory().Limits().largestText), Ending::Unknown,
                        settlement);
         } catch (const Failure& failure) {

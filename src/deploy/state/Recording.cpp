@@ -170,6 +170,7 @@ Recording::Row Recording::RowOf(ExpectedFile& file, const std::string& suffix) c
     }
     record.base = std::move(file.base);
     record.left = file.left;
+    record.file.staysKnown = record.left && HaveSameTextAndMode(*record.left, record.file.KnownBefore());
     record.isKnownAnew = file.knowledge.has_value();
     record.file.after.knowledge = file.knowledge.value_or(record.file.before.knowledge);
     return row;

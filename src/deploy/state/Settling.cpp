@@ -41,7 +41,7 @@ void KeepLeft(const FileToRecord& planned, Settlement& settlement) {
 /// What somebody edited is known as the product's own from now on, unless it is known as it was left.
 bool IsKnownSo(const FileToRecord& planned) {
     const RecordedFile& file = planned.file;
-    return HaveSameTextAndMode(file.leftBefore.value_or(file.before), planned.left.value_or(file.before));
+    return HaveSameTextAndMode(file.KnownBefore(), planned.left.value_or(file.before));
 }
 
 }  // namespace
@@ -49,8 +49,9 @@ bool IsKnownSo(const FileToRecord& planned) {
 void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending ending, Settlement& settlement) {
     const RecordedFile& file = planned.file;
     const bool isAsWanted = !file.IsPlanned() || HaveSameText(now.state, file.after);
-    if (ending != Ending::Unknown && isAsWanted) KeepLeft(planned, settlement);
-    if (now.IsAs(file.before) || !IsOfTheCommand(file, now, ending)) {
+    const bool isUntouched = now.IsAs(file.before) || !IsOfTheCommand(file, now, ending);
+    if (isAsWanted && (ending != Ending::Unknown || !isUntouched)) KeepLeft(planned, settlement);
+    if (isUntouched) {
         const bool isKnownAnew = planned.isKnownAnew && ending != Ending::Unknown && isAsWanted;
         const bool isNothingNew = IsKnownSo(planned) && !planned.base && file.kind == file.kindBefore &&
                                   file.before.knowledge == file.after.knowledge;

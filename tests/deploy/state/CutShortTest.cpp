@@ -26,8 +26,14 @@ class CutShortTest : public HostFixture {
     /// `after`, unless that was not known yet.
     void RecordOfKilledRun(const std::string& name, const std::optional<std::string>& after = std::nullopt,
                            FileKind kind = FileKind::Edit, std::optional<uid_t> owner = std::nullopt) {
-        FileToRecord file;
+        FileToRecord file = FileThatBecomes(name, after, owner);
         file.file.kind = kind;
+        m_number = TheStore().Announce({}, {file});
+    }
+
+    FileToRecord FileThatBecomes(const std::string& name, const std::optional<std::string>& after,
+                                 std::optional<uid_t> owner = std::nullopt) const {
+        FileToRecord file;
         file.file.path = At(name);
         CapturedFile before = Capture(At(name), 1000);
         file.file.before = file.file.after = before.state;
@@ -40,7 +46,7 @@ class CutShortTest : public HostFixture {
             file.file.after.mode = 0644;
             file.file.after.owner = owner.value_or(geteuid());
         }
-        m_number = TheStore().Announce({}, {file});
+        return file;
     }
 
     Store& TheStore() { return TheHost().HostHistory().ToRecord(); }
@@ -81,6 +87,23 @@ TEST_F(CutShortTest, WhatItHadWrittenIsToldByContent) {
     EXPECT_TRUE(TheStore().Known(At("out/written")));
     EXPECT_FALSE(TheStore().Find(m_number)) << "it changed nothing";
     EXPECT_FALSE(TheStore().Known(At("out/not-yet")));
+}
+
+TEST_F(CutShortTest, WhatSomebodyHadWrittenBeforeItStaysHis) {
+    for (const bool isWritten : {false, true}) {
+        Commit("out/a", Role::Client);
+        Write("out/a", "of somebody");
+        FileToRecord file = FileThatBecomes("out/a", "of somebody, and new");
+        file.file.kind = FileKind::Target;
+        file.file.leftBefore = TheStore().Known(At("out/a"))->state;
+        file.file.staysKnown = true;
+        m_number = TheStore().Announce({}, {file});
+        if (isWritten) Write("out/a", "of somebody, and new");
+        Clear();
+        EXPECT_EQ(TheStore().Known(At("out/a"))->state.size, std::string("text").size());
+        EXPECT_EQ(TheStore().Find(m_number).has_value(), isWritten);
+        fs::remove(At("out/a"));
+    }
 }
 
 TEST_F(CutShortTest, WhatSomebodyElseWroteMeanwhileIsNotItsWork) {

@@ -73,6 +73,27 @@ TEST_F(RecordingTest, TextOfAReserveIsInMemoryOnce) {
     EXPECT_TRUE(files[1].after.text.has_value());
 }
 
+/// Both an end that was foretold, and one that a failure of another file brings.
+TEST_F(RecordingTest, WhatSomebodyHadWrittenStaysHisHoweverTheCommandEnds) {
+    UseHistory("yes");
+    for (const bool isComplete : {true, false}) {
+        const std::string name = isComplete ? "out/a" : "out/b";
+        Commit(name, Role::Client);
+        const RecordedState left = TheHost().HostHistory().ToRecord().Known(At(name))->state;
+        Write(name, "text of somebody");
+        Recording recording(TheHost(), Recording::Use::OfTheProduct, true);
+        ExpectedFile file = Expected(name);
+        file.left = left;
+        recording.Expect(file);
+        recording.Begin();
+        EXPECT_TRUE(FilesOf(*recording.Number()).front().staysKnown);
+        Write(name, "new");
+        if (isComplete) recording.Complete();
+    }
+    for (const std::string name : {"out/a", "out/b"})
+        EXPECT_EQ(TheHost().HostHistory().ToRecord().Known(At(name))->state.size, 4U) << name;
+}
+
 TEST_F(RecordingTest, WhoGoesBackGoesOnWithoutAStoreThatCannotBeLookedAt) {
     UseHistory("yes");
     Write("out/a", "former");

@@ -86,6 +86,9 @@ struct RecordedFile {
     std::optional<RecordedState> leftBefore;  ///< what it was known as before, where that was another text
     bool wasEdited = false;                   ///< what stood there before was somebody else's work
     bool isPutBack = false;                   ///< a former state came back, whoever had written that
+    bool staysKnown = false;                  ///< as it was, since what comes into it is somebody else's work
+
+    const RecordedState& KnownBefore() const { return leftBefore ? *leftBefore : before; }
 
     /// Whether it was known what the file was going to be, as it is before it is written.
     bool IsPlanned() const { return !after.exists || !after.digest.empty(); }

@@ -190,9 +190,10 @@ std::optional<RecordedEntry> EntryAt(Database& database, std::int64_t number) {
     return entry;
 }
 
-/// Of the column `was_edited`; the older of the two has given it its name.
+/// Of the column `was_edited`; the oldest has given it its name.
 constexpr std::int64_t kWasEdited = 1;
 constexpr std::int64_t kIsPutBack = 2;
+constexpr std::int64_t kStaysKnown = 4;
 
 void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file) {
     const bool isNew = file.before == RecordedState();
@@ -206,7 +207,8 @@ void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file
         " VALUES(?,?,?,?,?,?,?,?,?)",
         {entry, file.path, static_cast<std::int64_t>(file.kind), static_cast<std::int64_t>(file.kindBefore),
          before, after, OptionalValue(left),
-         (file.wasEdited ? kWasEdited : 0) | (file.isPutBack ? kIsPutBack : 0)});
+         (file.wasEdited ? kWasEdited : 0) | (file.isPutBack ? kIsPutBack : 0) |
+             (file.staysKnown ? kStaysKnown : 0)});
 }
 
 constexpr Statement kFilesOfEntry =
@@ -229,6 +231,7 @@ static std::vector<RecordedFile> FilesIn(Database& database, Statement statement
         const std::int64_t how = row.Number();
         file.wasEdited = (how & kWasEdited) != 0;
         file.isPutBack = (how & kIsPutBack) != 0;
+        file.staysKnown = (how & kStaysKnown) != 0;
         files.push_back(std::move(file));
     }
     return files;

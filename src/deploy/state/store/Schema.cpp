@@ -20,8 +20,9 @@ constexpr std::int64_t kApplication = 0x5a455453;
 /// Texts are shared by the states. Since version 3, a file may be known by the state in which its last entry
 /// left it; any other state belongs to one row of `files` or `known`. Each seal is a
 /// digest of its row, since a database tells a damaged page, but not a changed value. Numbers of entries are
-/// never used again; `pruned` has the greatest of those that are no longer kept. `was_edited` is two bits:
-/// what was there before is others' work (1), and a former state came back (2).
+/// never used again; `pruned` has the greatest of those that are no longer kept. `was_edited` is three bits:
+/// what was there before is others' work (1), a former state came back (2), and it is known afterwards as it
+/// was known before (4).
 constexpr Statement kTablesOfVersion1[] = {
     ("CREATE TABLE texts(id INTEGER PRIMARY KEY, digest BLOB NOT NULL, size INTEGER NOT NULL,"
      " frame BLOB NOT NULL)"),
