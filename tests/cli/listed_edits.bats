@@ -30,6 +30,29 @@ file = "FILE"
 pattern = "^b ="
 line = "b = 3"'
 
+@test "the status of a role stays as long as lines are committed, whatever targets go back" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet -q commit-config
+    run_zet rollback-config out/one.conf
+    assert_status 0
+    [[ -e state/zet-client.status && -e state/zet-client-fs.status ]]
+    run_zet rollback-config
+    assert_status 0
+    assert_file out/plain $'a=1\nb = 2\n'
+    [[ ! -e state/zet-client.status && ! -e state/zet-client-fs.status ]]
+}
+
+@test "the lines of the other role keep no status" {
+    printf 'a=1\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\nparam = "a"\nvalue = "2"\nroles = "server"'
+    server -q commit-config
+    zet -q commit-config
+    run_zet rollback-config out/one.conf
+    assert_status 0
+    [[ ! -e state/zet-client.status && -e state/zet-server.status ]]
+}
+
 @test "edits are set, watched and taken back" {
     printf 'a=1\nb = 2\n' >out/plain
     edits "$TWO_EDITS"

@@ -11,8 +11,9 @@
 namespace ZET::Deploy {
 
 /// Puts back what was there before the role's commits: the targets that `files` has, all when it is empty,
-/// and at the end the role's status. What was edited since stays, unless `isForced`. What cannot be put back
-/// does not keep the others from it. A name that is no target is a `UsageError`.
+/// and at the end, unless something of the role is left, its status. What was edited since stays, unless
+/// `isForced`. What cannot be put back does not keep the others from it. A name that is no target is a
+/// `UsageError`.
 ZET_API Outcome RollBack(Product& product, const std::vector<std::string>& files = {}, bool isForced = false);
 
 }  // namespace ZET::Deploy

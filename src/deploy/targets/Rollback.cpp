@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <exception>
-#include <map>
 #include <memory>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -17,6 +17,7 @@
 #include "deploy/state/Lock.h"
 #include "deploy/state/Recording.h"
 #include "deploy/state/StateDirectory.h"
+#include "deploy/targets/RememberedLines.h"
 #include "deploy/targets/Restarts.h"
 #include "deploy/targets/TakeBack.h"
 #include "deploy/targets/WrittenFiles.h"
@@ -133,17 +134,27 @@ class Rollback {
         Try(step, [&](const Step& tried) { m_takeBack.Do(tried); });
     }
 
-    /// Whether no target of the role is left when all steps are done.
+    /// Whether neither targets nor lines of the role are left when all steps are done.
     bool IsLast(const std::vector<WrittenFile>& all, const std::vector<Step>& steps) const {
-        std::map<std::string_view, const Step*> byPath;
+        std::set<std::string_view> takenBack;
         for (const Step& step : steps)
-            byPath.emplace(step.file.path, &step);
-        return std::all_of(all.begin(), all.end(), [&](const WrittenFile& file) {
-            const auto step = byPath.find(file.path);
-            const bool isTakenBack = step != byPath.end() && step->second->action != Action::Nothing;
+            if (step.action != Action::Nothing) takenBack.insert(step.file.path);
+        const bool isTargetLeft = std::any_of(all.begin(), all.end(), [&](const WrittenFile& file) {
             const bool isLeft = file.IsLeft() && !m_known.Has(file.path, m_otherRole);
-            return isTakenBack || (!isLeft && !m_known.Has(file.path, m_product.Role()));
+            return !takenBack.contains(file.path) && (isLeft || m_known.Has(file.path, m_product.Role()));
         });
+        const std::vector<std::string> edited = m_known.EditedPaths();
+        return !isTargetLeft && std::none_of(edited.begin(), edited.end(), [&](const std::string& path) {
+            return !takenBack.contains(path) && HasLines(path);
+        });
+    }
+
+    /// Whether a commit of the role has set lines in the file.
+    bool HasLines(const std::string& path) const {
+        Store* const store = m_product.HostHistory().ToLookIfUsable();
+        const KnownFile& file = *m_known.Find(path);
+        return store != nullptr &&
+               CommittersOf(*store, file.kind, file.state.knowledge).contains(m_product.Role());
     }
 
     /// What is going to be changed.
