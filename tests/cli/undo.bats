@@ -342,7 +342,7 @@ took back change 1"
     "$ZET_BIN/zet-init" --config "$HOST/zet.conf" -q commit-config
     zet rollback-config
     "$ZET_BIN/zet-init" --config "$HOST/zet.conf" rollback-config
-    zet undo 2 --force
+    zet undo 3
     zet undo
     echo mine >out/two.conf
     zet undo --force

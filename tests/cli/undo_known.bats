@@ -78,6 +78,28 @@ assert_refuses_edit() {
     assert_equal "$(names_in state)" "zet-server.status zet.lock"
 }
 
+@test "where both roles have left, an undo lets come back only the one that the change was about" {
+    list_edit
+    zet -q commit-config
+    server -q commit-config
+    zet -q rollback-config
+    server -q rollback-config
+    run_zet undo 2
+    assert_status 0
+    assert_equal "$(roles)" ""
+    assert_equal "$(names_in state)" "zet.lock"
+    run_zet undo 3
+    assert_status 0
+    assert_equal "$(roles)" "6:client"
+    assert_equal "$(names_in state)" "zet-client-fs.status zet-client.status zet.lock"
+    PROGRAM=$ZET_BIN/zet-init run_zet status
+    [[ $output == *$'\ncommitted: never\n'"$ONE: not committed"* ]] || differ status "not committed" "$output"
+    zet -q rollback-config --force
+    assert_file out/one.conf $'old\n'
+    assert_file plain.conf $'size=3\ncolor=red\n'
+    assert_equal "$(names_in state)" "zet.lock"
+}
+
 @test "the lines of a role in a file of listed edits are its own, too" {
     list_edit
     server -q commit-config

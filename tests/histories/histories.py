@@ -249,16 +249,22 @@ class History:
             return
         number = self.chance.choice(self.kept())
         roles = roles_in(self.world.known())
+        roles.update({path: set() for path in roles_in(self.known[number][0]) if not self.world.knows(path)})
+        seen = self.world.look()
         if self.go(["undo", str(number)], *self.of_undo(number), self.chance.random() < 0.5):
-            self.require_roles(number, roles)
+            self.require_roles(number, roles, seen)
 
-    def require_roles(self, number, roles):
-        """The roles of a target that was one before and after the entry, and was until now."""
+    def require_roles(self, number, roles, seen):
+        """The roles of a target that was one before and after the entry, and was until now or came to be unknown, its
+        text apart."""
         before, after = map(roles_in, self.known[number])
-        now = roles_in(self.world.known())
+        now, there = roles_in(self.world.known()), self.world.look()
         for path in roles.keys() & before.keys() & after.keys():
+            name = path.removeprefix(self.world.root + "/")
+            if not roles[path] and there[name] != seen[name]:
+                continue
             wanted = roles[path] - (after[path] - before[path]) | (before[path] - after[path])
-            self.require(now.get(path) == wanted, f"{path} is of {now.get(path)} and not of {wanted}")
+            self.require(now.get(path, set()) == wanted, f"{path} is of {now.get(path)} and not of {wanted}")
 
     def undo_killed(self):
         """Each file is old or new then, and the same undo, run again, comes to its end."""

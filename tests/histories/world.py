@@ -132,6 +132,9 @@ class World:
                               " (SELECT texts.digest FROM texts WHERE texts.id = base) FROM known, states WHERE state = id"
                               " AND kind <> 5 AND present"))
 
+    def knows(self, path):
+        return bool(self.query(f"SELECT 1 FROM known WHERE path = '{path}'"))
+
     def is_made_by(self, entry, name):
         """Whether the entry has left it as a target or an edited file."""
         return bool(self.query(f"SELECT 1 FROM files WHERE entry = {entry} AND path = '{self.path(name)}'"

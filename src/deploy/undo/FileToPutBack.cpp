@@ -232,11 +232,7 @@ std::set<std::string> FileToPutBack::MovedDirectories() const {
 
 std::set<Role> FileToPutBack::RolesAfter() const {
     Store& store = *m_product.HostHistory().ToLook();
-    if (m_change.file && !m_isKept) {
-        if (m_then.kind == FileKind::Edit && m_then.base)
-            return WithRolesOf(RememberedIn(*m_then.base), m_then.knowledge.roles);
-        return CommittersOf(store, m_then.kind, m_then.knowledge);
-    }
+    if (m_change.file && !m_isKept) return CommittersOf(store, m_then);
     return m_known ? CommittersOf(store, m_known->kind, m_known->state.knowledge) : std::set<Role>();
 }
 

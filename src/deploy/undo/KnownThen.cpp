@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include "deploy/targets/RememberedLines.h"
@@ -29,8 +30,7 @@ KnownThen KnownBefore(const RecordedChange& change) {
 bool IsKnownAsLeft(Store& store, const RecordedChange& change, const KnownFile& now) {
     if (now.entry <= change.newest) return true;
     const std::optional<RecordedFile> next = store.FirstChangeAfter(change.name, change.newest);
-    return !next || (now.kind == next->kindBefore &&
-                     HaveSameTextAndMode(now.state, next->leftBefore.value_or(next->before)));
+    return !next || (now.kind == next->kindBefore && HaveSameTextAndMode(now.state, next->KnownBefore()));
 }
 
 std::set<Role> RolesWithout(const RecordedFile& row, std::set<Role> now) {
@@ -66,13 +66,29 @@ void TakeLinesBack(Store& store, const RecordedFile& row, const KnownFile& now, 
     if (wanted != LinesSetIn(store, then.kind, then.knowledge)) then.base = TextOf(wanted);
 }
 
+/// Of one of which nothing is known any more, and whose text stays: what the entry took of its roles and
+/// lines.
+KnownThen KnownAgain(Store& store, const RecordedFile& row, KnownThen then) {
+    const bool wasCommitted = !CommittersOf(store, then).empty();
+    then.knowledge.roles = RolesWithout(row, {});
+    TakeLinesBack(store, row, {}, then);
+    return wasCommitted && CommittersOf(store, then).empty() ? KnownThen() : then;
+}
+
 }  // namespace
+
+std::set<Role> CommittersOf(Store& store, const KnownThen& then) {
+    if (then.kind == FileKind::Edit && then.base)
+        return WithRolesOf(RememberedIn(*then.base), then.knowledge.roles);
+    return CommittersOf(store, then.kind, then.knowledge);
+}
 
 KnownThen KnownOnceBack(Store& store, const RecordedChange& change, const std::optional<KnownFile>& now,
                         bool isTextBack) {
     const RecordedFile& row = *change.file;
     KnownThen then = KnownBefore(change);
-    if (!now || !change.isOfOne || row.kind == FileKind::Status) return then;
+    if (!change.isOfOne || row.kind == FileKind::Status) return then;
+    if (!now) return isTextBack ? then : KnownAgain(store, row, std::move(then));
     const bool isBack = isTextBack || IsKnownAsLeft(store, change, *now);
     if (isBack && then.kind == FileKind::Original) return then;
     if (!isBack) then = {now->kind, now->state.knowledge, now->state};

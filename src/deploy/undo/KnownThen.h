@@ -2,6 +2,7 @@
 #define ZET_KNOWN_THEN_H
 
 #include <optional>
+#include <set>
 #include <string>
 
 #include "deploy/state/CapturedFile.h"
@@ -22,6 +23,9 @@ struct KnownThen {
 /// of the roles, and no more.
 KnownThen KnownOnceBack(Store& store, const RecordedChange& change, const std::optional<KnownFile>& now,
                         bool isTextBack);
+
+/// The roles that have committed it then.
+std::set<Role> CommittersOf(Store& store, const KnownThen& then);
 
 /// Of one that a merge leaves to newer entries.
 KnownThen KnownAsNow(const KnownFile& now, const CapturedFile& file);
