@@ -84,6 +84,19 @@ EDITS=("param set FILE other 2" "line set FILE ^plain p=2" "file strip FILE" "fi
     assert_refusal 1 "$ONE: was made from [one.conf], which no list has for it any more (put it into the lists again; \"rollback-config --force\" puts back what was there before)"
 }
 
+@test "what a commit wrote is known by the history where somebody took the reserve away, too" {
+    ask_for_lines
+    zet -q commit-config
+    rm "$ONE.before_zet" "$PLAIN.before_zet"
+    assert_guarded "$ONE: is made from [one.conf] and the next commit overwrites it (edit $HOST/etc/one.conf and commit, or use --force)" \
+        "$ONE" "param set FILE other 2" "line set FILE ^plain p=2" "file strip FILE"
+    assert_guarded "$PLAIN: its line a is set by the lists, and the next commit sets it again (edit $HOST/etc/targets.d/10.toml:1 and commit, or use --force)" \
+        "$PLAIN" "param set FILE a 3"
+    echo more >>"$ONE"
+    run_zet adopt "$ONE"
+    assert_status 0
+}
+
 @test "of a target that is not in force any more, the message is true" {
     zet -q commit-config
     echo 'enabled = false' >>"$LIST"

@@ -8,6 +8,14 @@
 
 namespace ZET::Deploy {
 
+namespace {
+
+bool HasCompanion(const std::string& name) {
+    return IsFileExist(name + ZETReserveSuffix) || IsFileExist(name + ZETAbsenceSuffix);
+}
+
+}  // namespace
+
 const TargetList& HostLists::Targets() {
     if (m_targets) return *m_targets;
     const std::string file = TargetListFile(m_host);
@@ -67,9 +75,12 @@ const Target* HostLists::EntryOf(const std::string& templateName) {
 }
 
 std::optional<KnownFile> HostLists::CommittedFile(const std::string& name) {
-    // Beside such a file stands what was there before, so that most files need no look into the history.
-    if (!IsFileExist(name + ZETReserveSuffix) && !IsFileExist(name + ZETAbsenceSuffix)) return std::nullopt;
-    Store* const store = m_host.HostHistory().ToLook();
+    // Where nothing stands beside it, a history that is not kept need not be looked at, and one that cannot
+    // be used is told, and stops nobody.
+    History& history = m_host.HostHistory();
+    const bool hasCompanion = HasCompanion(name);
+    if (!hasCompanion && !history.KeepsTexts()) return std::nullopt;
+    Store* const store = hasCompanion ? history.ToLook() : history.ToLookIfUsable();
     if (store == nullptr) return std::nullopt;
     auto known = store->Known(m_host.HostPaths().NameInside(name));
     if (!known) return std::nullopt;
@@ -79,6 +90,7 @@ std::optional<KnownFile> HostLists::CommittedFile(const std::string& name) {
 }
 
 bool HostLists::IsCommitted(const std::string& name) {
+    if (!HasCompanion(name)) return false;
     const std::optional<KnownFile> known = CommittedFile(name);
     return known && !known->state.knowledge.roles.empty();
 }

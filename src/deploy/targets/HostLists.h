@@ -36,10 +36,12 @@ class HostLists {
     const Target* EntryOf(const std::string& templateName);
 
     /// Whether a commit of either role wrote the file of this name, and it was not taken back since. A
-    /// `Failure` where the history cannot tell.
+    /// `Failure` where the history cannot tell. For looks, most of which need no history so: beside such a
+    /// file stands what was there before, and of one whose reserve somebody took away it says no.
     bool IsCommitted(const std::string& name);
 
-    /// What is known of such a file, or of one in which a commit set lines; none: it is neither.
+    /// What is known of such a file, or of one in which a commit set lines; none: it is neither. Where
+    /// a history is kept, it need not have its reserve.
     std::optional<KnownFile> CommittedFile(const std::string& name);
 
     /// Whether a commit ever wrote a file by the template, as far as the history keeps that.

@@ -89,6 +89,12 @@ TEST_F(HostListsTest, CommittedFileIsOneWhateverTheListSays) {
     EXPECT_FALSE(Lists().CommittedFile(At("out/only-listed")));
 }
 
+TEST_F(HostListsTest, CommittedFileIsOneWithoutItsReserve) {
+    Commit("out/a", Role::Client);
+    fs::remove(At("out/a.before_zet"));
+    EXPECT_TRUE(Lists().CommittedFile(At("out/a")));
+}
+
 TEST_F(HostListsTest, DamagedRecordIsAFailure) {
     Write("state/state.db", "nonsense\n");
     Write("out/a.before_zet", "text");
