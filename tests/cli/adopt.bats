@@ -220,6 +220,20 @@ assert_adopted() {
     assert_equal "$(stat -c %a etc/one.conf out/one.conf)" $'600\n600'
 }
 
+@test "a mode that somebody gave the working copy stays his where a text is adopted" {
+    chmod 600 etc/one.conf
+    zet commit-config
+    echo more >>out/one.conf
+    zet adopt out/one.conf
+    cp etc/one.conf templates/one.conf
+    chmod 644 templates/one.conf
+    zet template upgrade one.conf
+    echo newer >>templates/one.conf
+    zet template upgrade one.conf
+    grep -qx newer etc/one.conf
+    assert_equal "$(stat -c %a etc/one.conf)" 600
+}
+
 @test "a mode that the list gives is not adopted" {
     sed -i '$a mode = "0640"' templates/targets.toml
     zet commit-config

@@ -194,6 +194,55 @@ $HOST/etc/two.conf: changed"
     assert_equal "$(stat -c %a etc/one.conf etc/two.conf | paste -sd ' ')" "640 600"
 }
 
+@test "a mode that somebody changed stays, however often newer templates come" {
+    local version
+    chmod 600 etc/one.conf etc/two.conf
+    echo mine >>etc/one.conf
+    for version in 1 2 3; do
+        ship one.conf "$version"$'\nfirst\nrealm = ${realm}\nmiddle\nmore\nlast\n'
+        ship two.conf "$version"$'\n'
+        zet template upgrade
+        assert_file etc/two.conf "$version"$'\n'
+        assert_equal "$(stat -c %a etc/one.conf etc/two.conf | paste -sd ' ')" "600 600"
+    done
+    sed -i '$d' etc/one.conf
+    ship one.conf $'newest\n'
+    zet template upgrade one.conf
+    assert_equal "$(stat -c %a etc/one.conf)" 600
+    chmod 644 etc/one.conf
+    chmod 640 templates/one.conf
+    ship one.conf $'the very newest\n'
+    zet template upgrade one.conf
+    assert_equal "$(stat -c %a etc/one.conf)" 640
+}
+
+@test "a mode that somebody gave a copy which holds what is newer already stays" {
+    chmod 600 etc/one.conf etc/two.conf
+    printf 'mine\nfirst\nrealm = ${realm}\nmiddle\nmore\nnewer\n' >etc/one.conf
+    ship one.conf $'first\nrealm = ${realm}\nmiddle\nmore\nnewer\n'
+    echo newer >etc/two.conf
+    ship two.conf $'newer\n'
+    run_zet template upgrade
+    assert_success "$HOST/etc/one.conf: unchanged
+$HOST/etc/two.conf: unchanged"
+    sed -i 1d etc/one.conf
+    ship one.conf $'newest\n'
+    ship two.conf $'newest\n'
+    zet template upgrade
+    assert_equal "$(cat etc/one.conf etc/two.conf | paste -sd ' ')" "newest newest"
+    assert_equal "$(stat -c %a etc/one.conf etc/two.conf | paste -sd ' ')" "600 600"
+}
+
+@test "a mode that somebody gave a copy before anything was known of it stays" {
+    rm -r state/state.db*
+    chmod 600 etc/two.conf
+    zet -q commit-config
+    ship two.conf $'newer\n'
+    zet template upgrade
+    assert_file etc/two.conf $'newer\n'
+    assert_equal "$(stat -c %a etc/two.conf)" 600
+}
+
 @test "a trial shows the merge and is 3" {
     edit_and_ship
     remember_host

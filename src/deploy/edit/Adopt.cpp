@@ -273,11 +273,8 @@ class Adopting {
         copy.after = Capture(made, longest);
         const CopyMemory memory = MemoryOf(m_product, WorkingCopy(m_product, m_templateName));
         copy.base = IsFileExist(m_workingCopy) ? memory.base : ReadFileBytes(source);
-        if (m_mode) {
-            // An upgrade leaves a mode that is not the product's own.
-            copy.left = copy.after->state;
-            copy.left->mode = memory.mode.value_or(ModeOf(source));
-        }
+        const mode_t own = memory.mode.value_or(ModeOf(source));
+        if (own != copy.after->state.mode) copy.left = WithMode(copy.after->state, own);
         recording.Expect(copy);
         ExpectTarget(recording, knowledge);
     }

@@ -5,6 +5,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileMode.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/CapturedFile.h"
@@ -120,8 +121,16 @@ CopyMemory MemoryOf(Host& host, const std::string& workingCopy) {
     return memory;
 }
 
+RecordedState WithMode(RecordedState copy, mode_t own) {
+    copy.mode = own;
+    return copy;
+}
+
 void RememberBase(Host& host, const std::string& workingCopy, const std::string& base) {
-    Remember(host, workingCopy, Capture(workingCopy, host.HostHistory().Limits().largestText), base);
+    CapturedFile copy = Capture(workingCopy, host.HostHistory().Limits().largestText);
+    const std::optional<mode_t> own = MemoryOf(host, workingCopy).mode;
+    if (own) copy.state = WithMode(std::move(copy.state), *own);
+    Remember(host, workingCopy, std::move(copy), base);
 }
 
 void RememberShippedBase(Host& host, const TemplateFiles& files) {
@@ -130,7 +139,9 @@ void RememberShippedBase(Host& host, const TemplateFiles& files) {
     if (!limits.keepsTexts || !StateOf(file).IsRegular() || !IsFileExist(files.shipped)) return;
     CapturedFile copy = Capture(file, limits.largestText);
     if (!IsWhole(copy) || copy.text != ReadFileBytes(files.shipped)) return;
-    if (MemoryOf(host, files.workingCopy).base == copy.text) return;
+    const CopyMemory memory = MemoryOf(host, files.workingCopy);
+    if (memory.base == copy.text) return;
+    copy.state = WithMode(std::move(copy.state), memory.mode.value_or(ModeOf(files.shipped)));
     const std::string base = copy.text;
     Remember(host, files.workingCopy, std::move(copy), base);
 }

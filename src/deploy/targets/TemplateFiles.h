@@ -1,6 +1,8 @@
 #ifndef ZET_TEMPLATE_FILES_H
 #define ZET_TEMPLATE_FILES_H
 
+#include <sys/types.h>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -54,6 +56,10 @@ struct CopyMemory {
 };
 
 CopyMemory MemoryOf(Host& host, const std::string& workingCopy);
+
+/// A working copy in that state is known by the mode that the product gave it, so that one that somebody set
+/// stays his.
+RecordedState WithMode(RecordedState copy, mode_t own);
 
 /// From now on, the working copy as it is was made from `base`; under the product's lock.
 void RememberBase(Host& host, const std::string& workingCopy, const std::string& base);

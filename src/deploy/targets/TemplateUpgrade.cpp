@@ -69,6 +69,7 @@ void TemplateUpgrade::Plan(Copy& copy) {
     RequireReadableFile(copy.path);
     copy.version = VersionOf(copy.path);
     copy.mode = ModeOf(copy.path);
+    copy.ownMode = MemoryOf(m_product, copy.files.workingCopy).mode;
     copy.texts = ReadTexts(m_product, copy.files);
     if (!copy.texts.copy)
         throw Failure({.file = copy.path, .text = _("was removed"), .remedy = _("run the command again")});
@@ -88,7 +89,7 @@ void TemplateUpgrade::Plan(Copy& copy) {
 /// A mode that somebody changed is an edit, which stays.
 void TemplateUpgrade::Replace(Copy& copy) {
     copy.text = *copy.texts.shipped;
-    if (MemoryOf(m_product, copy.files.workingCopy).mode == copy.mode) copy.mode = ModeOf(copy.files.shipped);
+    if (copy.ownMode == copy.mode) copy.mode = ModeOf(copy.files.shipped);
 }
 
 void TemplateUpgrade::MergeInto(Copy& copy) {
@@ -172,6 +173,7 @@ ExpectedFile TemplateUpgrade::Expected(const Copy& copy) const {
     after.state.group = before.group;
     after.state.attributes = before.attributes;
     file.after = std::move(after);
+    if (copy.ownMode && copy.ownMode != before.mode) file.left = WithMode(file.after->state, *copy.ownMode);
     if (copy.texts.shipped->size() <= longest) file.base = copy.texts.shipped;
     return file;
 }

@@ -2,6 +2,7 @@
 #define ZET_TEMPLATE_UPGRADE_H
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,7 @@ class TemplateUpgrade {
         TemplateTexts texts;
         std::string text;  ///< what it becomes
         mode_t mode = 0;
+        std::optional<mode_t> ownMode;  ///< that the product left it with
         std::string staged;
 
         bool IsChange() const { return text != texts.copy; }
