@@ -313,6 +313,47 @@ $TWO: removed, as there was none before"
     assert_absent out/two.conf
 }
 
+@test "what records that there was no file, and is none, is refused before anything is removed" {
+    zet commit-config
+    for path in "$ONE" "$TWO"; do
+        rm -f "$path.no_file_before_zet"
+        mkdir "$path.no_file_before_zet"
+    done
+    cp "$ONE" one
+    for force in "" --force; do
+        run_zet rollback-config $force
+        assert_status 1
+        assert_stderr "zet-client: error: $ONE: could not be put back: $ONE.no_file_before_zet: is no regular file (move it away)
+zet-client: error: $TWO: could not be put back: $TWO.no_file_before_zet: is no regular file (move it away)"
+        cmp "$ONE" one
+        assert_made two.conf $'domain = example.org\n'
+    done
+}
+
+@test "a target whose directory is not there stays on record until that is back, or by word" {
+    zet commit-config
+    mv out away
+    local kept="its directory is not there, so that it stays on record (--force forgets it)"
+    for dry in "" -n; do
+        run_zet rollback-config $dry
+        assert_status 1
+        assert_output "$ONE: $kept
+$TWO: $kept"
+        assert_stderr ""
+    done
+    run_zet status
+    [[ $output != *"committed: never"* && $output == *"$TWO: missing"* ]]
+    mv away out
+    run_zet rollback-config
+    assert_status 0
+    assert_as_before
+    zet commit-config
+    rm -r out
+    run_zet rollback-config --force
+    assert_status 0
+    assert_equal "$(names_in state)" zet.lock
+}
+
 @test "a target that has become a link to itself keeps no other from going back" {
     zet commit-config
     rm out/one.conf

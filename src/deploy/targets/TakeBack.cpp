@@ -29,6 +29,11 @@ void Keep(TakeBackStep& step, const std::string& remark) {
     step.Tell(Result::Kept, remark);
 }
 
+void RequireRegularIfThere(const std::string& path, const FileState& state) {
+    if (state.exists && !state.IsRegular())
+        throw Failure({.file = path, .text = _("is no regular file"), .remedy = _("move it away")});
+}
+
 std::string PutBackWords(const std::string& attributes, bool isDryRun) {
     if (attributes.empty()) return isDryRun ? _("would be put back as it was") : _("put back as it was");
     return isDryRun ? Words("would be put back as it was, %s", attributes)
@@ -48,6 +53,11 @@ void TakeBackStep::Tell(Result result, const std::string& remark) {
 
 void TakeBack::Decide(TakeBackStep& step) {
     if (step.file.trouble) throw Failure(*step.file.trouble);
+    if (!m_ways.isForced && IsOutOfReach(step.file)) {
+        Keep(step,
+             Words("its directory is not there, so that it stays on record (%s forgets it)", m_ways.force));
+        return;
+    }
     step.version = VersionOf(step.file.path);
     if (!step.file.isEdit || !DecideEdit(step)) DecideTarget(step);
 }
@@ -55,15 +65,16 @@ void TakeBack::Decide(TakeBackStep& step) {
 void TakeBack::DecideTarget(TakeBackStep& step) {
     const WrittenFile& file = step.file;
     const FileState reserve = StateOf(file.Reserve());
+    const FileState record = StateOf(file.Record());
     const FileState now = StateOf(file.path);
     step.hasReserve = reserve.exists;
-    if (!reserve.exists && !StateOf(file.Record()).exists) {
+    if (!reserve.exists && !record.exists) {
         step.action = Action::LeaveToOtherRole;
         step.Tell(Result::Unchanged, now.exists ? _("has no reserve, stays as it is") : _("is not there"));
         return;
     }
-    if (reserve.exists && !reserve.IsRegular())
-        throw Failure({.file = file.Reserve(), .text = _("is no regular file"), .remedy = _("move it away")});
+    RequireRegularIfThere(file.Reserve(), reserve);
+    RequireRegularIfThere(file.Record(), record);
     // What cannot be read is not told as edited.
     if (now.IsRegular()) RequireReadableFile(file.path);
     if (now.exists && !m_ways.isForced && !IsOwnWork(file)) {
@@ -82,11 +93,6 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
 bool TakeBack::DecideEdit(TakeBackStep& step) {
     if (!m_ways.isForced && m_known.Find(step.file.path) == nullptr && MayBeOthers(step.file)) {
         KeepOthers(step);
-        return true;
-    }
-    if (!m_ways.isForced && !IsFileExist(DirectoryOf(step.file.path))) {
-        Keep(step,
-             Words("its directory is not there, so that it stays on record (%s forgets it)", m_ways.force));
         return true;
     }
     EditToTakeBack edit = LookAtEdit(m_product, m_known, step.file, m_ways.isForced);
@@ -140,6 +146,13 @@ void TakeBack::DecidePutBack(TakeBackStep& step, const FileState& now, const Fil
     if (step.action != Action::PutBack) return;
     for (const std::string& path : {step.file.path, step.file.Reserve()})
         RequireReplaceable(path);
+}
+
+/// It may come back with the file system that it was on.
+bool TakeBack::IsOutOfReach(const WrittenFile& file) const {
+    const bool isOnRecord =
+        file.isEdit ? m_known.Find(file.path) != nullptr : m_known.Has(file.path, m_product.Role());
+    return isOnRecord && !IsFileExist(DirectoryOf(file.path));
 }
 
 void TakeBack::KeepEdited(TakeBackStep& step) const {
