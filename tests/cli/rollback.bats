@@ -354,6 +354,66 @@ $TWO: $kept"
     assert_equal "$(names_in state)" zet.lock
 }
 
+@test "what is no file gives way to force with a warning, and no undo makes a file of it" {
+    zet -q commit-config
+    local form
+    for form in link dangling; do
+        mv out/one.conf "$HOST/site"
+        ln -s "$HOST/site" out/one.conf
+        [[ $form == link ]] || rm "$HOST/site"
+        # Where the list has it, the link is followed.
+        sed -i 's/^roles.*/&\nenabled = false/' templates/targets.toml
+        run_zet rollback-config --force
+        assert_status 0
+        assert_stderr "zet-client: warning: $ONE: is no regular file, and the history does not keep it"
+        assert_file out/one.conf $'old\n'
+        run_zet undo
+        assert_status 1
+        [[ $stderr == *"$ONE: the text that it held before is no longer kept"* ]]
+        assert_file out/one.conf $'old\n'
+        assert_equal "$(stat -c %a out/one.conf)" 640
+        sed -i '/^enabled/d' templates/targets.toml
+        zet -q commit-config
+    done
+}
+
+@test "a directory in the place of a target is told by a trial, too" {
+    zet -q commit-config
+    rm out/one.conf
+    mkdir out/one.conf
+    local option
+    for option in -n -q; do
+        run_zet rollback-config --force "$option"
+        assert_status 1
+        [[ $stderr == *"zet-client: error: $ONE: could not be put back: $ONE: is a directory (move it away)"* ]]
+    done
+}
+
+@test "a listed target that was edited before its first commit goes back once, as an edited file does" {
+    local edited
+    edited() {
+        zet -q param set "$ONE" NTP 1
+        run_zet rollback-config -n
+        assert_status 3
+        run_zet rollback-config
+        assert_success "$ONE: put back as it was
+$TWO: is not there"
+        assert_file out/one.conf $'old\n'
+        assert_equal "$(names_in out)" one.conf
+    }
+    edited
+    zet -q commit-config
+    zet -q rollback-config "$ONE" "$TWO"
+    edited
+    zet -q param set "$ONE" NTP 1
+    echo HAND=1 >>out/one.conf
+    run_zet rollback-config
+    assert_status 0
+    assert_output "$ONE: the managed blocks are taken out, all other lines stay
+$TWO: is not there"
+    assert_file out/one.conf $'old\n\nHAND=1\n'
+}
+
 @test "a target that has become a link to itself keeps no other from going back" {
     zet commit-config
     rm out/one.conf

@@ -1,6 +1,7 @@
 #include "deploy/targets/ListedLines.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
 #include <utility>
 
@@ -11,10 +12,12 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/targets/EditRules.h"
+#include "deploy/targets/EditedTargets.h"
 #include "deploy/targets/HostLists.h"
 #include "text/Lines.h"
 #include "text/Placeholders.h"
 #include "text/TemplateCheck.h"
+#include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -171,12 +174,20 @@ class Finder {
         if (!file.isThere)
             throw Failure(
                 {.file = edit.path, .text = _("is missing"), .remedy = _("make it, or say optional = true")});
-        const Target* const target = m_product.Lists().TargetNamed(m_product.Lists().NameOf(path));
-        if (target != nullptr && target->IsInForce() && target->IsFor(m_product.Role()))
-            throw Failure({.file = edit.path,
-                           .text = Words("is made from [%s]", target->templateName),
-                           .remedy = _("put the line into the template")});
-        return &file;
+        if (const Target* const target = TargetOfAnyAt(m_product, path))
+            throw Failure(ProblemOfTarget(edit, *target));
+        if (!WasTarget(path) || file.original) return &file;
+        file.isThere = !edit.isOptional || !IsFileExist(path + ZETAbsenceSuffix);
+        if (!file.isThere) return nullptr;  // it goes with its template
+        throw Failure({.file = edit.path,
+                       .text = _("was made from a template, and has no reserve in which to set the line"),
+                       .remedy = Words("\"rollback-config %s\" first", edit.path)});
+    }
+
+    /// Whether a commit has made the file from a template.
+    bool WasTarget(const std::string& path) const {
+        const KnownFile* const known = m_known.Find(path);
+        return known != nullptr && known->kind == FileKind::Target && !known->state.knowledge.roles.empty();
     }
 
     FileWithLines& Look(const std::string& path) {
@@ -184,8 +195,10 @@ class Finder {
         file.path = path;
         file.version = VersionOf(path);
         file.before = StateOf(path);
-        file.isThere = file.before.exists;
-        if (file.isThere) file.text = ReadFileBytes(path);
+        if (WasTarget(path) && IsFileExist(path + ZETReserveSuffix))
+            file.original = Capture(path + ZETReserveSuffix, UINT64_MAX);
+        file.isThere = file.before.exists || file.original;
+        if (file.isThere) file.text = file.original ? file.original->text : ReadFileBytes(path);
         const KnownFile* const known = m_known.Find(path);
         Store* const store = m_product.HostHistory().ToLookIfUsable();
         if (known != nullptr && store != nullptr)
@@ -195,9 +208,9 @@ class Finder {
         return m_found.files.back();
     }
 
-    /// A file in which the role has set lines, and no list asks for any.
+    /// A file in which the role has set lines, and no list asks for any. A target gets another text.
     void AddRemembered(const std::string& path) {
-        if (m_byPath.contains(path)) return;
+        if (m_byPath.contains(path) || TargetAt(m_product, path) != nullptr) return;
         const KnownFile* const known = m_known.Find(path);
         if (known == nullptr || !known->state.knowledge.base) return;
         if (!Look(path).remembered.empty()) return;
@@ -223,10 +236,9 @@ bool FileWithLines::Remembers(const std::string& selector) const {
                        [&](const RememberedLine& line) { return line.selector == selector; });
 }
 
-bool FileWithLines::HasSet(const LineToSet& line) const {
-    const std::string selector = SelectorOf(*line.edit);
+bool FileWithLines::HasSet(const std::string& selector, const std::string& line) const {
     return std::any_of(remembered.begin(), remembered.end(), [&](const RememberedLine& each) {
-        return each.selector == selector && each.line == line.line;
+        return each.selector == selector && each.line == line;
     });
 }
 

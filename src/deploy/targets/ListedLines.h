@@ -1,12 +1,14 @@
 #ifndef ZET_LISTED_LINES_H
 #define ZET_LISTED_LINES_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "deploy/host/FileState.h"
 #include "deploy/host/FileVersion.h"
 #include "deploy/host/Staging.h"
+#include "deploy/state/CapturedFile.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/targets/Deployment.h"
 #include "deploy/targets/RememberedLines.h"
@@ -34,12 +36,13 @@ struct FileWithLines {
     bool isThere = false;
     FileVersion version;
     FileState before;
-    std::string text;  ///< as it is
+    std::optional<CapturedFile> original{};  ///< of a target that is none any more: what was there before
+    std::string text;                        ///< in which the lines are set: as it is, or the original's
 
     bool Remembers(const std::string& selector) const;
 
-    /// Whether a commit has set the line as it is asked for now.
-    bool HasSet(const LineToSet& line) const;
+    /// Whether a commit has set this line for the selector.
+    bool HasSet(const std::string& selector, const std::string& line) const;
 };
 
 /// The lines that the lists have in force for the host's role, file by file; and the files in which the role
