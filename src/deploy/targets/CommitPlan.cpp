@@ -41,15 +41,6 @@ OnEdit OnEditOf(Host& host) {
     return wanted == "refuse" ? OnEdit::Refuse : OnEdit::AsConfigured;
 }
 
-/// What its reserve is there for takes over from that.
-void GiveToNewOwner(PlannedTarget& planned) {
-    if (planned.before.exists || IsFileExist(planned.path + ZETReserveSuffix)) return;
-    const std::optional<FileOwner> owner = NewOwnerOf(planned.target);
-    if (!owner) return;
-    planned.after.owner = owner->user;
-    planned.after.group = owner->group;
-}
-
 FileOutcome::Result StayAsItIs(PlannedTarget& planned) {
     planned.after = planned.before;
     planned.after.links = 1;
@@ -233,7 +224,7 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
         planned.staged = rendering.staged;
         if (planned.staged == nullptr) return StayAsItIs(planned);
         planned.after = GiveOwnerInPlace(planned.path, *planned.staged, planned.before);
-        GiveToNewOwner(planned);
+        GiveTo(NewOwnerOf(planned.target, planned.path, planned.before), planned.after);
         return planned.change = rendering.isOther ? FileOutcome::Result::Changed : ChangeOf(planned);
     };
     const Role role = planned.namedRole;
