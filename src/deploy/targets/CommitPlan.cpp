@@ -10,6 +10,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileVersion.h"
 #include "deploy/host/StagedOwner.h"
+#include "deploy/host/UnifiedDiff.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
@@ -298,6 +299,17 @@ static FileOutcome OutcomeWithoutDiff(const PlannedTarget& planned) {
     return outcome;
 }
 
+/// What cannot be compared is told, and keeps nothing from being shown or done.
+static ShownDiff DiffIfAny(Deployment& product, const DiffSet& diffs, std::size_t pair,
+                           const std::string& path) {
+    try {
+        return DiffToShow(product, diffs, pair, path);
+    } catch (const NoDiff& failure) {
+        product.Out().Warning(failure.what());
+        return {};
+    }
+}
+
 std::vector<FileOutcome> OutcomesOf(Deployment& product, std::span<const PlannedTarget> targets) {
     std::vector<FileOutcome> outcomes;
     outcomes.reserve(targets.size());
@@ -311,7 +323,7 @@ std::vector<FileOutcome> OutcomesOf(Deployment& product, std::span<const Planned
     const DiffSet diffs(std::move(changed));
     std::size_t pair = 0;
     for (std::size_t i = 0; i < targets.size(); ++i)
-        if (targets[i].IsChange()) outcomes[i].diff = DiffToShow(product, diffs, pair++, targets[i].path);
+        if (targets[i].IsChange()) outcomes[i].diff = DiffIfAny(product, diffs, pair++, targets[i].path);
     return outcomes;
 }
 
