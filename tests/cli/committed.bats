@@ -70,17 +70,31 @@ EDITS=("param set out/one.conf other 2" "param restore out/one.conf other" "line
     assert_made one.conf $'realm = EXAMPLE.ORG\nplain = 1\n'
 }
 
-@test "what is not committed is edited, and so is what left the list" {
+@test "what is not committed is edited" {
     run_zet param set -n --no-markers out/one.conf other 2
-    assert_status 3
-    zet -q commit-config
-    : >templates/targets.toml
-    run_zet param set -n out/one.conf other 2
     assert_status 3
     echo a=1 >out/free
     zet -q commit-config
     run_zet param set -n out/free a 2
     assert_status 3
+}
+
+@test "a committed target that left the list is one until a commit or a rollback takes it back" {
+    zet -q commit-config
+    : >templates/targets.toml
+    remember_host
+    local edit
+    for edit in "${EDITS[@]}"; do
+        run_zet $edit
+        assert_refusal 1 "out/one.conf: was made by a commit, and no list has it any more (put it into the lists again, take it back with \"rollback-config out/one.conf\", or use --force)"
+    done
+    assert_host_unchanged
+    run_zet param set -n --force out/one.conf other 2
+    assert_status 3
+    zet -q rollback-config out/one.conf
+    assert_file out/one.conf $'old = 1\n'
+    run_zet param set --no-markers out/one.conf other 2
+    assert_status 0
 }
 
 @test "looking, keeping and putting back a committed target is refused by nobody" {

@@ -169,6 +169,28 @@ when = \"SITE=berlin\""
     assert_stderr "zet-client: no problems found"
 }
 
+@test "when follows a file of values, which is used then" {
+    printf 'own\n' >etc/own.conf
+    own_list "[templates.\"own.conf\"]
+target = \"$HOST/out/own.conf\"
+roles = \"both\"
+when = \"SITE=berlin\""
+    echo paris >etc/values.d/site
+    zet commit-config
+    assert_absent out/own.conf
+    echo berlin >etc/values.d/site
+    run_zet check-config
+    assert_status 0
+    assert_stderr "zet-client: no problems found"
+    run_zet commit-config
+    assert_success "$HOST/out/own.conf: created$NEW
+1 created, 1 unchanged"
+    echo paris >etc/values.d/site
+    run_zet status
+    assert_status 3
+    [[ $output == *"$HOST/out/own.conf: left over"* ]]
+}
+
 @test "when compares what is yes or no by its meaning" {
     local value
     echo own >etc/own.conf

@@ -156,6 +156,23 @@ $(notice two.conf | sed 's/^/+/')
     assert_stderr "zet-client: warning: $HOST/out/two.conf: was edited since the last commit; the edits would be overwritten"
 }
 
+@test "a target that cannot be compared keeps no other from being shown, nor from being written" {
+    zet -q commit-config
+    script diff <<-SCRIPT
+		#!/bin/sh
+		case "\$*" in *-r*) exit 2 ;; *one.conf*) exit 2 ;; esac
+		exec $DIFF "\$@"
+	SCRIPT
+    echo "DOMAIN=other.example" >>zet.conf
+    local status option
+    while read -r status option; do
+        run_zet commit-config --diff $option
+        assert_status "$status"
+        assert_stderr "zet-client: warning: $HOST/out/one.conf: no diff can be made, as diff ends with status 2 (run the command again)"
+        [[ $output == *"$HOST/out/one.conf: "*"changed"*"$HOST/out/two.conf: "*"changed"*"+domain = other.example"*$'\n2 '* ]]
+    done <<<$'3 -n\n0'
+}
+
 @test "a foreign owner is not said to change" {
     need_root
     original one.conf $'old\n'

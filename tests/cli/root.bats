@@ -275,6 +275,8 @@ zet-client: nothing was changed"
     run_in_tree -q commit-config
     : >tree/usr/share/zet/templates/targets.toml
     run_in_tree -n --diff file strip /etc/one.conf
+    assert_refusal 1 "$TREE/etc/one.conf: was made by a commit, and no list has it any more (put it into the lists again, take it back with \"rollback-config /etc/one.conf\", or use --force)"
+    run_in_tree -n --diff file strip --force /etc/one.conf
     assert_status 3
     [[ $output == *"text not shown: it was committed, and is in no list any more"* && $output != *realm* ]]
 }

@@ -382,7 +382,7 @@ conf: lines 1-7, 10-13 changed (text not shown: nobody can tell whether it is se
         PROGRAM=$ZET_BIN/zet-client
     done
     : >templates/targets.toml
-    assert_nothing_shown param set t/a new hidden
+    assert_nothing_shown param set --force t/a new hidden
     printf '[templates."a"]\ntarget = "%s"\nroles = "both"\n' "$HOST/t/a" >templates/targets.toml
     run_zet param set --force -n --diff t/a new open
     [[ $output == *+new=open* ]]

@@ -23,6 +23,11 @@ generated() {
         '# --ZET_COMMENT_END--'
 }
 
+# list_two [LINE...]: the list has one target, made from two.conf, with these lines more.
+list_two() {
+    printf '%s\n' '[templates."two.conf"]' "target = \"$HOST/two\"" 'roles = "both"' "$@" >templates/targets.toml
+}
+
 @test "install makes the working copies, modes and all" {
     chmod 600 templates/one.conf
     run_zet template install one.conf two.conf
@@ -267,7 +272,7 @@ extra = x example.org
 }
 
 @test "process overwrites no file that has another use" {
-    printf '%s\n' '[templates."two.conf"]' "target = \"$HOST/two\"" 'roles = "both"' >templates/targets.toml
+    list_two
     zet template process two.conf two
     ln -s etc/two.conf link
     remember_host
@@ -292,14 +297,14 @@ extra = x example.org
 }
 
 @test "process makes a target of the list, too" {
-    printf '%s\n' '[templates."two.conf"]' "target = \"$HOST/two\"" 'roles = "both"' >templates/targets.toml
+    list_two
     run_zet template process two.conf "$HOST/two"
     assert_success "$HOST/two: created"
 }
 
 # make_secret KEYS: the template two.conf, that everybody may read, has a secret target.
 make_secret() {
-    printf '%s\n' '[templates."two.conf"]' "target = \"$HOST/two\"" 'roles = "both"' 'secret = true' "$@" >templates/targets.toml
+    list_two 'secret = true' "$@"
     chmod 644 templates/two.conf
     zet commit-config
 }
@@ -327,6 +332,50 @@ assert_mode() {
     assert_mode 600 two
 }
 
+@test "process gives a new target the owner that the list has, and the mode" {
+    need_root
+    list_two 'mode = "0640"' 'owner = "nobody:nogroup"'
+    run_zet --json template process -n two.conf "$HOST/two"
+    assert_status 3
+    assert_json 'd["files"][0]["owner_after"], d["files"][0]["mode_after"]' '["65534:65534", "0640"]'
+    run_zet template process two.conf "$HOST/two"
+    assert_success "$HOST/two: created"
+    assert_equal "$(stat -c %U:%G:%a two)" nobody:nogroup:640
+    run_zet commit-config -n
+    assert_success "1 unchanged"
+    # One that is replaced keeps its owner, and one that stands elsewhere is its maker's.
+    chown root:root two
+    echo 'plain again' >etc/two.conf
+    run_zet template process two.conf "$HOST/two"
+    assert_equal "$(stat -c %U:%G:%a two)" root:root:640
+    run_zet template process two.conf copy
+    assert_equal "$(stat -c %U:%G:%a copy)" root:root:640
+}
+
+@test "process refuses an owner of the target that the host does not have" {
+    list_two 'owner = "no-such-user"'
+    remember_host
+    run_zet template process -n two.conf "$HOST/two"
+    assert_refusal 1 "$HOST/templates/targets.toml:1: this host has no user \"no-such-user\", to whom the file is to belong (correct owner, or make the user)"
+    run_zet template process -n two.conf copy
+    assert_status 3
+    assert_host_unchanged
+}
+
+@test "process looks at no other target than the one that it makes" {
+    local count i calls=()
+    list_two
+    for count in 0 100; do
+        for ((i = 0; i < count; ++i)); do
+            printf '[templates."other%s"]\ntarget = "%s/other%s"\nroles = "both"\n' "$i" "$HOST" "$i"
+        done >>templates/targets.toml
+        strace -f -qq -o "$BASE/trace" "$ZET_BIN/zet-client" --config zet.conf template process -n two.conf two >"$BASE/output" || true
+        calls+=("$(wc -l <"$BASE/trace")")
+    done
+    echo "system calls: ${calls[*]}"
+    ((calls[1] - calls[0] < 20))
+}
+
 @test "process makes no copy of a secret that more may read than the target, or what was there" {
     make_secret
     assert_mode 644 two
@@ -346,7 +395,7 @@ assert_mode() {
 }
 
 @test "process over a target that was edited since its commit warns of it" {
-    printf '%s\n' '[templates."two.conf"]' "target = \"$HOST/two\"" 'roles = "both"' >templates/targets.toml
+    list_two
     zet commit-config
     echo 'plain again' >etc/two.conf
     run_zet template process -n two.conf "$HOST/two"

@@ -2,6 +2,7 @@
 #define ZET_DEPLOY_OPTIONS_H
 
 #include <cstddef>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,7 @@ struct Options {
     bool showsSecrets = false;           ///< texts that are not for everybody, too
     bool runsChecks = true;              ///< the check commands of the list
     bool runsChecksOfTree = false;       ///< with a root: on this host
+    std::map<std::string, std::string> directories{};  ///< "ZET_CFG_DIR" and the like, not as the files say
 };
 
 }  // namespace ZET::Deploy

@@ -59,8 +59,10 @@ int CommitConfig(Session& session, const CommitOptions& asked) {
     BeginTargets(session, TellTarget);
     session.Out().Set("checks_not_run", nullptr);
     session.Out().AddList("problems");
+    const StringMap assumed = ParseAssignments(asked.assignments, "--set");
+    AssumeDirectories(session.Wanted(), assumed);
     Deployment& product = session.Product();
-    AssumeParameters(product, ParseAssignments(asked.assignments, "--set"));
+    AssumeParameters(product, assumed);
     CommitPlan plan(product, asked.templates, OnEditOf(asked));
     if (TellRefusal(session, plan.Problems())) return kFailed;
     TellChecksNotRun(session, plan.ChecksNotRun());

@@ -71,8 +71,12 @@ std::optional<KnownFile> CommitGuard::CommittedFile() const {
 void CommitGuard::RequireNoTarget(const KnownFile& known) const {
     HostLists& lists = m_product.Lists();
     const Target* const target = lists.IsUsable() ? lists.TargetNamed(lists.NameOf(m_path)) : nullptr;
-    // What left the lists is nobody's target any more.
-    if (target == nullptr) return RequireTellingLists();
+    if (target == nullptr) {
+        RequireTellingLists();
+        Refuse(_("was made by a commit, and no list has it any more"),
+               Words("put it into the lists again, take it back with \"rollback-config %s\", or use --force",
+                     m_product.HostPaths().NameInside(m_path)));
+    }
     const std::set<Role>& roles = known.state.knowledge.roles;
     const bool isInForce = target->IsInForce() && std::any_of(roles.begin(), roles.end(),
                                                               [&](Role role) { return target->IsFor(role); });

@@ -51,7 +51,7 @@ std::string ComplaintsIn(const std::string& output) {
 void RequireRegular(const std::string& file, const std::string& shownPath) {
     struct stat status = {};
     if (file.empty() || stat(file.c_str(), &status) != 0 || S_ISREG(status.st_mode)) return;
-    throw Failure({.file = shownPath, .text = _("is no regular file"), .remedy = _("move it away")});
+    throw NoDiff({.file = shownPath, .text = _("is no regular file"), .remedy = _("move it away")});
 }
 
 }  // namespace
@@ -72,7 +72,7 @@ std::string UnifiedDiff(const std::string& oldFile, const std::string& newFile,
                     newFile.empty() ? kNoFile : newFile},
                    {.environment = {"LC_ALL=C"}});
     if (result.status > 1) {
-        throw Failure(
+        throw NoDiff(
             {.file = shownPath,
              .text = Words("no diff can be made, as diff ends with status %s", std::to_string(result.status)),
              .remedy = _("run the command again"),

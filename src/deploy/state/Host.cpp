@@ -27,6 +27,8 @@ std::string DefaultOf(const std::string& key) {
 Host::Host(const std::string& configFile, const Options& options, Observer& observer)
     : m_configFile(configFile), m_options(options), m_observer(observer), m_paths(options.root) {
     StartCore();
+    for (const auto& [key, directory] : m_options.directories)
+        Core().UpdateParam(key, directory);
     RequireDirectories();
     m_values.TakeDefaults();
     if (!m_paths.HasRoot()) return;

@@ -46,7 +46,8 @@ void HostValues::TakeDefaults() {
     const std::string main = m_host.Param(kMainFile);
     if (!main.empty()) m_main = ReadConfText("", ReadFileBytes(main)).given;
     for (const GivenParameter& given : m_fleet) {
-        const bool isFixed = given.name == kMainFile || given.name == kOwnDirectory;
+        const bool isFixed = given.name == kMainFile || given.name == kOwnDirectory ||
+                             m_host.Wanted().directories.contains(given.name);
         const bool isBroken = IsOwnDirectory(given.name) && ProblemOfParam(given.name, given.value);
         if (isFixed || isBroken || FindGiven(m_main, given.name) != nullptr) continue;
         m_host.Core().UpdateParam(given.name, given.value);

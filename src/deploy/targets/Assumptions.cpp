@@ -16,13 +16,17 @@ constexpr char kSource[] = "--set";
     throw UsageError(Problem{.file = kSource, .text = text, .remedy = remedy}.Describe());
 }
 
+void RequireValue(const std::string& name, const std::string& value) {
+    if (const auto problem = ProblemOfParam(name, value)) Refuse(problem->text, problem->remedy);
+}
+
 void Assume(Deployment& product, const std::string& name, const std::string& value) {
     if (name != "ZET_CFG") {
-        if (const auto problem = ProblemOfParam(name, value)) Refuse(problem->text, problem->remedy);
+        RequireValue(name, value);
         if (const auto problem = product.Values().ProblemOfName(name)) Refuse(problem->text, problem->remedy);
     }
     try {
-        product.Core().UpdateParam(name, IsOwnDirectory(name) ? product.FilePath(value) : value);
+        if (!IsOwnDirectory(name)) product.Core().UpdateParam(name, value);
     } catch (const EZETCheckError& error) {
         const char* remedy =
             name == "ZET_CFG" ? _("name another file with --config") : _("write one of the two");
@@ -44,6 +48,15 @@ void WarnIfUnknown(Deployment& product, const std::string& name) {
 }
 
 }  // namespace
+
+void AssumeDirectories(Options& options, const StringMap& values) {
+    if (!options.dryRun) return;
+    for (const auto& [name, value] : values) {
+        if (!IsOwnDirectory(name)) continue;
+        RequireValue(name, value);
+        options.directories[name] = value;
+    }
+}
 
 void AssumeParameters(Deployment& product, const StringMap& values) {
     if (values.empty()) return;

@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <set>
 #include <string_view>
@@ -83,6 +84,16 @@ void ClaimedFiles::AddListed(const std::vector<Target>& listed, const std::vecto
             // Where its files are cannot be told: whoever wants to write them is told why.
         }
     }
+}
+
+/// Nothing without the suffix of a companion stands beside a target, and to find out where a target is takes
+/// two system calls.
+void ClaimedFiles::AddListedBeside(const std::string& path, const std::vector<Target>& listed) {
+    const std::string file = Canonical(path);
+    const auto& suffixes = CompanionsOfFiles();
+    const bool mayBeCompanion = std::any_of(
+        suffixes.begin(), suffixes.end(), [&](const Companion& each) { return file.ends_with(each.suffix); });
+    AddListed(listed, mayBeCompanion ? std::vector<Target>() : listed);
 }
 
 std::optional<Problem> ClaimedFiles::AddTarget(const Target& target) {

@@ -30,6 +30,9 @@ class ClaimedFiles {
     /// The templates of the product's role, and its targets except those of `notYet`.
     void AddListed(const std::vector<Target>& listed, const std::vector<Target>& notYet = {});
 
+    /// The same, of which only what matters for a file of this path has to be looked at.
+    void AddListedBeside(const std::string& path, const std::vector<Target>& listed);
+
     /// The target with what stands beside it: its reserve and the like. A problem when one of them is a file
     /// that has another use, or its template's.
     std::optional<Problem> AddTarget(const Target& target);

@@ -10,6 +10,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileVersion.h"
 #include "deploy/host/StagedOwner.h"
+#include "deploy/host/UnifiedDiff.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
@@ -39,15 +40,6 @@ OnEdit OnEditOf(Host& host) {
     const std::string wanted = host.Param("ZET_ON_EDIT");
     if (wanted == "merge") return OnEdit::Merge;
     return wanted == "refuse" ? OnEdit::Refuse : OnEdit::AsConfigured;
-}
-
-/// What its reserve is there for takes over from that.
-void GiveToNewOwner(PlannedTarget& planned) {
-    if (planned.before.exists || IsFileExist(planned.path + ZETReserveSuffix)) return;
-    const std::optional<FileOwner> owner = NewOwnerOf(planned.target);
-    if (!owner) return;
-    planned.after.owner = owner->user;
-    planned.after.group = owner->group;
 }
 
 FileOutcome::Result StayAsItIs(PlannedTarget& planned) {
@@ -239,7 +231,7 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
         planned.staged = rendering.staged;
         if (planned.staged == nullptr) return StayAsItIs(planned);
         planned.after = GiveOwnerInPlace(planned.path, *planned.staged, planned.before);
-        GiveToNewOwner(planned);
+        GiveTo(NewOwnerOf(planned.target, planned.path, planned.before), planned.after);
         return planned.change = rendering.isOther ? FileOutcome::Result::Changed : ChangeOf(planned);
     };
     const Role role = planned.namedRole;
@@ -318,6 +310,17 @@ static FileOutcome OutcomeWithoutDiff(const PlannedTarget& planned) {
     return outcome;
 }
 
+/// What cannot be compared is told, and keeps nothing from being shown or done.
+static ShownDiff DiffIfAny(Deployment& product, const DiffSet& diffs, std::size_t pair,
+                           const std::string& path) {
+    try {
+        return DiffToShow(product, diffs, pair, path);
+    } catch (const NoDiff& failure) {
+        product.Out().Warning(failure.what());
+        return {};
+    }
+}
+
 std::vector<FileOutcome> OutcomesOf(Deployment& product, std::span<const PlannedTarget> targets) {
     std::vector<FileOutcome> outcomes;
     outcomes.reserve(targets.size());
@@ -331,7 +334,7 @@ std::vector<FileOutcome> OutcomesOf(Deployment& product, std::span<const Planned
     const DiffSet diffs(std::move(changed));
     std::size_t pair = 0;
     for (std::size_t i = 0; i < targets.size(); ++i)
-        if (targets[i].IsChange()) outcomes[i].diff = DiffToShow(product, diffs, pair++, targets[i].path);
+        if (targets[i].IsChange()) outcomes[i].diff = DiffIfAny(product, diffs, pair++, targets[i].path);
     return outcomes;
 }
 

@@ -4,6 +4,8 @@
 #include <pwd.h>
 
 #include "deploy/host/Words.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
 
@@ -21,12 +23,20 @@ std::string GroupIn(const Target& target) {
 
 }  // namespace
 
-std::optional<FileOwner> NewOwnerOf(const Target& target) {
-    if (target.owner.empty() || OwnerProblem(target)) return std::nullopt;
+std::optional<FileOwner> NewOwnerOf(const Target& target, const std::string& path, const FileState& before) {
+    if (target.owner.empty() || before.exists || OwnerProblem(target)) return std::nullopt;
+    // What its reserve is there for takes over from that.
+    if (IsFileExist(path + ZETReserveSuffix)) return std::nullopt;
     const passwd* const user = getpwnam(UserIn(target).c_str());
     FileOwner owner{user->pw_uid, user->pw_gid};
     if (const std::string name = GroupIn(target); !name.empty()) owner.group = getgrnam(name.c_str())->gr_gid;
     return owner;
+}
+
+void GiveTo(const std::optional<FileOwner>& owner, FileState& file) {
+    if (!owner) return;
+    file.owner = owner->user;
+    file.group = owner->group;
 }
 
 std::optional<Problem> OwnerProblem(const Target& target) {

@@ -9,6 +9,7 @@
 #include "deploy/host/ListedDirectory.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Instructions.h"
+#include "deploy/targets/ConditionValues.h"
 #include "deploy/targets/ListFile.h"
 #include "deploy/targets/TargetListReader.h"
 
@@ -75,12 +76,12 @@ TargetList ReadTargetList(Host& host) {
     const std::string directory = host.Param("ZET_CFG_DIR") + "/targets.d";
     std::vector<ListText> texts = {ReadList(paths, TargetListFile(host))};
     std::optional<Problem> denied = AddOwnLists(paths, directory, texts);
-    TargetList list =
-        ReadTargetTexts(texts, [params = std::optional<StringMap>(), &host](const std::string& name) mutable {
-            if (!params) params = host.Values().Params();
-            const auto found = params->find(name);
-            return found == params->end() ? std::string() : found->second;
-        });
+    std::optional<ConditionValues> values;
+    TargetList list = ReadTargetTexts(texts, [&](const std::string& name) {
+        if (!values) values.emplace(host);
+        const std::string* const value = values->Find(name);
+        return value == nullptr ? std::string() : *value;
+    });
     list.ownDirectory = directory;
     if (denied) list.problems.push_back(std::move(*denied));
     return list;

@@ -14,6 +14,8 @@
 #include "deploy/state/Recording.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/ClaimedFiles.h"
+#include "deploy/targets/HostLists.h"
+#include "deploy/targets/NewOwner.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/TargetCheck.h"
@@ -27,24 +29,23 @@ namespace ZET::Deploy {
 namespace {
 
 /// Without a list that can be used, nothing is known to be a target.
-TargetList UsableList(Host& host) {
+const std::vector<Target>& ListedTargets(HostLists& lists) {
+    static const std::vector<Target> none;
+    const TargetList* list = nullptr;
     try {
-        const std::string file = TargetListFile(host);
-        // To throw because none is there takes a fortieth of the time of a small file.
-        const bool isThere = RemedyErrors("", [&] { return IsFileExist(file); });
-        return isThere ? ReadTargetList(host) : TargetList();
+        list = &lists.Targets();
     } catch (const Failure&) {
-        return {};
+        return none;
     }
+    if (!list->isUnderstood) throw Failure(list->problems.front());
+    return list->targets;
 }
 
 /// A target of the list may be made by hand, too, but nothing that stands beside one.
-void RequireFreeTarget(Host& host, const std::string& templateName, const std::string& path) {
-    ClaimedFiles claimed(host);
+void RequireFreeTarget(Deployment& product, const std::string& templateName, const std::string& path) {
+    ClaimedFiles claimed(product);
     claimed.AddTemplate(templateName);
-    const TargetList list = UsableList(host);
-    if (!list.isUnderstood) throw Failure(list.problems.front());
-    claimed.AddListed(list.targets);
+    claimed.AddListedBeside(path, ListedTargets(product.Lists()));
     if (const auto clash = claimed.ClashOf(templateName)) throw Failure(*clash);
     const std::string use = claimed.UseBesideTargets(path);
     if (!use.empty())
@@ -76,6 +77,8 @@ TemplateProcess::TemplateProcess(Deployment& product, const Rendering& rendering
       m_path(product.FilePath(target)),
       m_isForced(isForced) {
     RequireFreeTarget(product, rendering.templateName, m_path);
+    if (const Target* const listed = TargetOfFile())
+        if (std::optional<Problem> problem = OwnerProblem(*listed)) throw Failure(*problem);
     RequireNoCompanion(m_path);
     if (StateOf(m_path).exists) RequireReadableFile(m_path);
     std::vector<std::string> files = {m_path};
@@ -110,6 +113,7 @@ FileOutcome TemplateProcess::Planned(const std::string& made, const FileState& a
 
 /// What is made of a template is as private as the template.
 ShownDiff TemplateProcess::DiffOf(const std::string& before, const std::string& made) {
+    if (!m_product.Wanted().wantsDiffs) return {};
     const std::string source = WorkingCopy(m_product, m_rendering.templateName);
     const bool isPrivate = m_product.HostSecrets().IsPrivate(source);
     return DiffToShow(m_product, before, made, isPrivate ? source : m_path, m_path);
@@ -140,12 +144,28 @@ mode_t TemplateProcess::ModeToGive() const {
     return mode;
 }
 
+/// The entry of the template, if it is about this file.
+const Target* TemplateProcess::TargetOfFile() const {
+    const Paths& paths = m_product.HostPaths();
+    const Target* const target = m_product.Lists().EntryOf(m_rendering.templateName);
+    const bool isThis =
+        target != nullptr && !target->path.empty() && paths.RealName(target->path) == paths.RealName(m_path);
+    return isThis ? target : nullptr;
+}
+
+/// As a commit would; what stands elsewhere belongs to whoever makes it.
+std::optional<FileOwner> TemplateProcess::OwnerToGive() const {
+    const Target* const target = TargetOfFile();
+    return target == nullptr ? std::nullopt : NewOwnerOf(*target, m_path, StateOf(m_path));
+}
+
 FileOutcome TemplateProcess::RunInTrial() {
     const Staging staging;
     const QuietLog quiet(ZETLogWarning);
     const std::string staged = RenderStaged(m_product, staging, m_rendering.templateName, m_rendering.values);
     FileState after = GiveOwnerInPlace(m_path, staged);
     after.mode &= ~kModeBits | ModeToGive();
+    GiveTo(OwnerToGive(), after);
     return Planned(staged, after);
 }
 
@@ -161,6 +181,7 @@ FileOutcome TemplateProcess::RunInPlace() {
     recording.Announce();
     InstallForHolder(m_product, name, place);
     Replacement replacement(m_product, place, VersionOf(m_path));
+    if (const std::optional<FileOwner> owner = OwnerToGive()) replacement.GiveNewFileTo(*owner);
     const auto judge = [&](const std::string& made) {
         outcome = Planned(made, StateOf(made));
         SignalGuard::Check();

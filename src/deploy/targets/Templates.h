@@ -2,12 +2,15 @@
 #define ZET_TEMPLATES_H
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "deploy/state/Recording.h"
+#include "deploy/state/Replacement.h"
 #include "deploy/state/Writing.h"
 #include "deploy/targets/Deployment.h"
+#include "deploy/targets/Targets.h"
 #include "zet/ZETProblem.h"
 #include "zet/deploy/FileOutcome.h"
 
@@ -47,6 +50,8 @@ class TemplateProcess {
     ShownDiff DiffOf(const std::string& before, const std::string& made);
     void JudgeEdits();
     mode_t ModeToGive() const;
+    std::optional<FileOwner> OwnerToGive() const;
+    const Target* TargetOfFile() const;
     FileOutcome RunInTrial();
     FileOutcome RunInPlace();
     void Expect(Recording& recording, const FileInPlace& place);

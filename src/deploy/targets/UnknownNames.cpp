@@ -7,6 +7,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
+#include "deploy/targets/ConditionValues.h"
 #include "deploy/targets/Render.h"
 #include "text/Lines.h"
 #include "text/Placeholders.h"
@@ -67,14 +68,14 @@ std::set<std::string> AskedFor(Deployment& product) {
 /// A condition of a parameter that nobody gives is never met.
 void FindUnknownConditions(Deployment& product, UnusedParameters& found) {
     constexpr std::size_t kShortestLikely = 5;  // two letters of a shorter name are half of another one
-    const StringMap params = product.Values().Params();
     std::vector<std::string> names = NamesOfTheProduct();
-    for (const auto& [name, value] : params)
+    for (const auto& [name, value] : product.Values().Params())
         names.push_back(name);
     std::set<std::string> told;
+    const ConditionValues values(product);
     for (const Condition& when : ConditionsOf(product.Lists().Targets())) {
         const std::string& name = when.parameter;
-        if (params.contains(name) || !told.insert(name).second) continue;
+        if (values.Find(name) != nullptr || !told.insert(name).second) continue;
         const std::string nearest = name.size() < kShortestLikely ? "" : NearestName(name, names);
         (nearest.empty() ? found.unused : found.mistyped)
             .push_back({when.file, when.line, 0,
@@ -84,7 +85,9 @@ void FindUnknownConditions(Deployment& product, UnusedParameters& found) {
     }
 }
 
-void FindUnusedTexts(Deployment& product, const std::set<std::string>& used, UnusedParameters& found) {
+void FindUnusedTexts(Deployment& product, std::set<std::string> used, UnusedParameters& found) {
+    for (const std::string& name : AskedFor(product))
+        used.insert(PlaceholderFor(name));
     for (const auto& [placeholder, file] : product.Values().ValueFiles()) {
         if (!used.contains(placeholder))
             found.unused.push_back({.file = file,

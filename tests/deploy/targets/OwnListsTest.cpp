@@ -216,6 +216,27 @@ TEST_F(OwnListsTest, WhenAsksWhicheverSourceHasTheParameter) {
     EXPECT_FALSE(ReadTargetList(AnotherRun()).targets.at(0).IsInForce());
 }
 
+TEST_F(OwnListsTest, WhenAsksForTheValueThatTemplatesGet) {
+    fs::create_directory(At("etc/values.d"));
+    Write("templates/values.conf", "SITE=paris\n");
+    Write("etc/values.d/site", "berlin\n");
+    Write("etc/values.d/rack", "7");
+    AddTarget("b");
+    Write("etc/targets.d/10.toml",
+          "[templates.\"a\"]\nwhen = \"SITE=berlin\"\n[templates.\"b\"]\nwhen = \"RACK=7\"\n");
+    const TargetList list = ReadTargetList(TheHost());
+    EXPECT_EQ(TheHost().Values().Own().at("${site}"), "berlin");
+    EXPECT_TRUE(list.targets.at(0).IsInForce());
+    EXPECT_TRUE(list.targets.at(1).IsInForce());
+}
+
+TEST_F(OwnListsTest, WhenAsksForNoTextThatTemplatesDoNotGet) {
+    fs::create_directory(At("etc/values.d"));
+    Write("etc/values.d/domain", "other.org");
+    Write("etc/targets.d/10.toml", "[templates.\"a\"]\nwhen = \"DOMAIN=example.org\"\n");
+    EXPECT_TRUE(ReadTargetList(TheHost()).targets.at(0).IsInForce());
+}
+
 TEST_F(OwnListsTest, TemplateThatIsNotInForceIsNotSelected) {
     Write("etc/targets.d/10.toml", "[templates.\"a\"]\nenabled = false\n");
     EXPECT_THAT(SelectTargets(TheHost(), {}), IsEmpty());

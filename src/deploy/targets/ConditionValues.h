@@ -1,0 +1,25 @@
+#ifndef ZET_CONDITION_VALUES_H
+#define ZET_CONDITION_VALUES_H
+
+#include <string>
+
+#include "deploy/state/Host.h"
+
+namespace ZET::Deploy {
+
+/// The values of parameters that `when` asks for, which are those that templates get.
+class ConditionValues {
+  public:
+    explicit ConditionValues(Host& host) : m_host(host), m_params(host.Values().Params()) {}
+
+    /// Null: nobody gives the parameter.
+    const std::string* Find(const std::string& name) const;
+
+  private:
+    Host& m_host;
+    const StringMap m_params;
+};
+
+}  // namespace ZET::Deploy
+
+#endif
