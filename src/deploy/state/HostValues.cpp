@@ -5,6 +5,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileState.h"
 #include "deploy/host/ListedDirectory.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
@@ -55,12 +56,9 @@ void HostValues::TakeDefaults() {
 
 /// Before the directories are those of a tree.
 void HostValues::ReadFleet() {
-    const Paths& paths = m_host.HostPaths();
-    const std::string directory = paths.Resolved(m_host.Param(kOwnDirectory)) + "/defaults.d";
+    const std::string directory = m_host.HostPaths().Resolved(m_host.Param(kOwnDirectory)) + "/defaults.d";
     try {
-        const std::vector<std::string> names = NamesIn(paths, directory, ".conf");
-        if (!names.empty()) m_files.push_back(directory);
-        for (const std::string& name : names) {
+        for (const std::string& name : NamesInOwn(directory, ".conf")) {
             for (GivenParameter& given : ReadConf(directory + "/" + name))
                 m_fleet.push_back(std::move(given));
         }
@@ -90,9 +88,7 @@ void HostValues::ReadRest() {
 
 void HostValues::ReadTexts() {
     const std::string directory = m_host.Param(kOwnDirectory) + "/values.d";
-    const std::vector<std::string> names = NamesIn(m_host.HostPaths(), directory, "");
-    if (!names.empty()) m_files.push_back(directory);
-    for (const std::string& name : names) {
+    for (const std::string& name : NamesInOwn(directory, "")) {
         const std::string file = directory + "/" + name;
         m_files.push_back(file);
         if (!IsValueName(name)) {
@@ -106,6 +102,13 @@ void HostValues::ReadTexts() {
         m_textFiles.emplace(placeholder, file);
         if (std::optional<std::string> text = ReadText(file)) m_texts.emplace(placeholder, std::move(*text));
     }
+}
+
+/// Who may write an empty one gives the host values, too.
+std::vector<std::string> HostValues::NamesInOwn(const std::string& directory, const std::string& suffix) {
+    std::vector<std::string> names = NamesIn(m_host.HostPaths(), directory, suffix);
+    if (StateOf(directory).exists) m_files.push_back(directory);
+    return names;
 }
 
 std::vector<GivenParameter> HostValues::ReadConf(const std::string& file) {

@@ -81,6 +81,7 @@ class HostValues {
     void ReadFleet();
     void ReadRest();
     void ReadTexts();
+    std::vector<std::string> NamesInOwn(const std::string& directory, const std::string& suffix);
     std::vector<GivenParameter> ReadConf(const std::string& file);
     std::optional<std::string> ReadText(const std::string& file);
     void CheckFleet();

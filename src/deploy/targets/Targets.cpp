@@ -6,6 +6,7 @@
 #include <set>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileState.h"
 #include "deploy/host/ListedDirectory.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Instructions.h"
@@ -37,6 +38,8 @@ std::optional<Problem> AddOwnLists(const Paths& paths, const std::string& direct
     try {
         for (const std::string& name : NamesIn(paths, directory, ".toml"))
             texts.push_back(ReadList(paths, directory + "/" + name));
+        // Who may write it takes lists away, and adds to an empty one.
+        if (StateOf(directory).exists) RequireOwnInstruction(paths, directory);
         return std::nullopt;
     } catch (const Failure& failure) {
         if (failure.ErrorNumber() != EACCES) throw;

@@ -175,5 +175,21 @@ TEST_F(HostValuesTest, FilesThatRootReliesOnAreKnown) {
                             At("etc/values.d"), At("etc/values.d/one")));
 }
 
+TEST_F(HostValuesTest, EmptyDirectoriesAreReliedOnToo) {
+    EXPECT_THAT(Values().Files(), ElementsAre(At("etc/defaults.d"), At("etc/values.d")));
+    fs::remove(At("etc/values.d"));
+    EXPECT_THAT(AnotherRun().Values().Files(), ElementsAre(At("etc/defaults.d")));
+}
+
+TEST_F(HostValuesTest, LinkThatLeadsNowhereIsNoEmptyDirectory) {
+    for (const char* const directory : {"etc/defaults.d", "etc/values.d"}) {
+        fs::remove(At(directory));
+        fs::create_directory_symlink(At("gone"), At(directory));
+    }
+    const std::string text =
+        ": is a link to " + At("gone") + ", which is not there (correct the link, or remove it)";
+    EXPECT_THAT(Problems(), ElementsAre(At("etc/defaults.d") + text, At("etc/values.d") + text));
+}
+
 }  // namespace
 }  // namespace ZET::Deploy
