@@ -159,6 +159,17 @@ TEST_F(HostValuesTest, FilesThatAreNoneAreProblemsAtOnce) {
                                         HasSubstr("values.d/nul: holds a NUL byte")));
 }
 
+TEST_F(HostValuesTest, WhatCouldNotBeReadIsKnownAndHasNoValue) {
+    Write("templates/values.conf", "EXTRA=shipped\nA=shipped\n");
+    fs::create_symlink("gone", At("etc/values.d/extra"));
+    fs::create_symlink("gone", At("etc/defaults.d/10.conf"));
+    EXPECT_THAT(Values().UnreadSources().params,
+                ElementsAre(testing::Field(&Problem::file, At("etc/defaults.d/10.conf"))));
+    EXPECT_THAT(Values().UnreadSources().texts,
+                ElementsAre(testing::Field(&Problem::file, At("etc/values.d/extra"))));
+    EXPECT_THAT(Values().Own(), ElementsAre(Pair("${a}", "shipped")));
+}
+
 TEST_F(HostValuesTest, DirectoryOfTheLowerSourcesCannotBeMovedByThem) {
     Write("etc/defaults.d/10.conf", "ZET_CFG_DIR=/other\nZET_VAR_LIB_DIR=state\n");
     EXPECT_THAT(Problems(), ElementsAre(HasSubstr("10.conf:1: ZET_CFG_DIR has no effect here"),
