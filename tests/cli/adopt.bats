@@ -272,3 +272,10 @@ assert_adopted() {
     run_zet template status one.conf
     [[ $output == *edited* && $output != *newer* ]] || differ status edited "$output"
 }
+
+@test "a template that cannot be rendered is told before anything is asked of it" {
+    echo more >>out/one.conf
+    ln -sf gone etc/one.conf
+    run_zet adopt out/one.conf
+    assert_refusal 1 "$HOST/etc/one.conf: does not exist (create it, or correct the path)"
+}

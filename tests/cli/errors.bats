@@ -463,3 +463,37 @@ zet-client: nothing was changed"
     assert_status 2
     assert_json 'd["failure"]' null
 }
+
+@test "root, to whom an attribute forbids it, is told of that" {
+    need_root
+    zet -q commit-config
+    echo x >>etc/one.conf
+    local flag checked committed remedy="take the attribute away that forbids it; lsattr shows those of a file and of its directory"
+    for flag in i a; do
+        chattr "+$flag" out 2>/dev/null || skip "this file system knows no such files"
+        run_zet check-config
+        checked="$status $output"
+        run_zet commit-config
+        committed="$status $stderr"
+        run_zet rollback-config
+        chattr "-$flag" out
+        [[ $stderr == *"Operation not permitted ($remedy)"* ]]
+        assert_equal "$checked" "1 $HOST/out: the directory of $HOST/out/one.conf has an attribute that keeps its files from being replaced (chattr -$flag it)"$'\n'
+        [[ $committed == "1 "*"(chattr -$flag it)"$'\n'*"nothing was changed"* ]]
+        assert_equal "$(names_in out)" "one.conf one.conf.no_file_before_zet"
+    done
+    chattr +i state/zet.lock
+    run_zet commit-config
+    chattr -i state/zet.lock
+    assert_refusal 1 "$HOST/state/zet.lock: cannot be opened: Operation not permitted ($remedy)"
+}
+
+@test "who goes back without the lock is told why that is not recorded" {
+    zet -q commit-config
+    rm state/zet.lock
+    mkdir state/zet.lock
+    run_zet rollback-config
+    [[ $EUID -ne 0 ]] || assert_stderr "zet-client: warning: $HOST/state/zet.lock: cannot be opened: Is a directory (move it away); the files go back all the same, and other commands are not kept away
+zet-client: warning: what is changed is not recorded: $HOST/state/zet.lock cannot be locked (let it be a regular file that can be written)
+zet-client: error: what was put back is still on record as committed (run the command again once ZET_VAR_LIB_DIR can be written)"
+}

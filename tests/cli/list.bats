@@ -211,3 +211,13 @@ $LIST:8:18: the name of the template [three.conf] is not quoted (write [template
     capture server -q check-config --no-checks
     assert_success ""
 }
+
+@test "a list of one's own that is none is to be moved away" {
+    mkdir -p etc/targets.d/10.toml
+    run_zet check-config
+    assert_refusal 1 "$HOST/etc/targets.d/10.toml: the list of targets is no regular file (move it away)"
+    rmdir etc/targets.d/10.toml
+    ln -s gone etc/targets.d/10.toml
+    run_zet check-config
+    assert_refusal 1 "$HOST/etc/targets.d/10.toml: the list of targets cannot be read: No such file or directory (correct the link, or remove it)"
+}

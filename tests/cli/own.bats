@@ -294,3 +294,51 @@ owner = \"nobody:nogroup\""
     assert_absent out/one.conf
     zet commit-config
 }
+
+@test "root uses no directory of values, defaults or lists that others may write, be it empty" {
+    need_root
+    rm -r etc/values.d etc/defaults.d etc/targets.d
+    mkdir etc/values.d etc/defaults.d etc/targets.d "$BASE/his"
+    chown 65534 "$BASE/his"
+    local directory command
+    for directory in values.d defaults.d targets.d; do
+        chmod 777 "etc/$directory"
+        for command in commit-config check-config; do
+            run_zet "$command"
+            assert_status 1
+            [[ $output$stderr == *"$HOST/etc/$directory: others may write it, so root does not use it (chown root and chmod go-w)"* ]]
+        done
+        rmdir "etc/$directory"
+        ln -s "$BASE/his" "etc/$directory"
+        run_zet commit-config
+        assert_status 1
+        [[ $stderr == *"$BASE/his: others may write it, so root does not use it (chown root and chmod go-w)"* ]]
+        rm "etc/$directory"
+    done
+    assert_absent out/one.conf
+    zet commit-config
+}
+
+@test "a directory of values, defaults or lists that is a link which leads nowhere is refused" {
+    own_list '[templates."two.conf"]'$'\n'"target = \"$HOST/out/two.conf\""$'\n''roles = "both"'
+    echo two >templates/two.conf
+    echo x >etc/values.d/extra
+    echo 'REALM=FLEET.ORG' >etc/defaults.d/10.conf
+    zet commit-config
+    local directory command
+    for directory in values.d defaults.d targets.d; do
+        mv "etc/$directory" fleet
+        ln -s "$HOST/gone" "etc/$directory"
+        remember_files
+        for command in commit-config check-config; do
+            run_zet "$command"
+            assert_status 1
+            [[ $output$stderr == *"$HOST/etc/$directory: is a link to $HOST/gone, which is not there (correct the link, or remove it)"* ]]
+        done
+        assert_unchanged_but_staging
+        rm "etc/$directory"
+        mv fleet "etc/$directory"
+    done
+    run_zet commit-config
+    assert_status 0
+}

@@ -27,6 +27,11 @@ assert_staged_in() {
     assert_file "$BASE/places" "$directory"$'\n'"700 $(id -un)"$'\n'
 }
 
+# leave_staging DIRECTORY: what a killed run leaves.
+leave_staging() {
+    (umask 077 && mkdir -p "$1/files/rendered" && : >"$1/lock")
+}
+
 # commit_with CALL ERROR: a commit whose calls of that kind all fail.
 commit_with() {
     capture strace -f -qq -o "$BASE/trace" \
@@ -55,6 +60,41 @@ commit_with() {
         assert_status 0
         ! grep -qF "$BASE/run" "$BASE/places"
     fi
+}
+
+@test "root has no files where another user could change what is there" {
+    need_root
+    mkdir -p "$BASE/his/below" "$BASE/open" "$BASE/own"
+    chown 65534 "$BASE/his"
+    chmod 1777 "$BASE/his"
+    chmod 777 "$BASE/open"
+    ln -s "$BASE/own" "$BASE/his/link"
+    local place
+    for place in his his/below his/none open; do
+        export TMPDIR=$BASE/$place
+        assert_staged_in "$XDG_RUNTIME_DIR" check-config
+        assert_stderr ""
+        rm -f "$BASE/places"
+        XDG_RUNTIME_DIR=$BASE/$place zet -q check-config
+        ! grep -q "^$BASE" "$BASE/places"
+    done
+    # Where his link leads to now.
+    export TMPDIR=$BASE/his/link
+    assert_staged_in "$BASE/own" check-config
+    export TMPDIR=$BASE/tmp
+}
+
+@test "what only looks like a left-over stays" {
+    need_root
+    mkdir "$BASE/his" "$TMPDIR/zet-staging.open"
+    chown 65534 "$BASE/his"
+    # Its name may be his work.
+    leave_staging "$BASE/his/zet-staging.abcdef"
+    TMPDIR=$BASE/his run_zet -q commit-config
+    assert_status 0
+    [[ -e $BASE/his/zet-staging.abcdef/lock ]]
+    zet -q commit-config
+    rmdir "$TMPDIR/zet-staging.open"
 }
 
 @test "without a place in memory, who writes has the files in the product's own directory" {
@@ -123,9 +163,8 @@ commit_with() {
 @test "what killed runs left is removed from every place that they may have used" {
     local place
     for place in "$XDG_RUNTIME_DIR" "$TMPDIR" "$HOST/state"; do
-        mkdir -p -m 700 "$place/zet-staging.abcdef/files/rendered"
+        leave_staging "$place/zet-staging.abcdef"
         echo password >"$place/zet-staging.abcdef/files/rendered/one.conf"
-        : >"$place/zet-staging.abcdef/lock"
     done
     ln -s "$HOST" "$TMPDIR/zet-staging.link"
     if [[ $EUID -eq 0 ]]; then
@@ -163,15 +202,13 @@ opened() {
 
 @test "what a killed look left is removed by the next commit" {
     zet -q commit-config
-    mkdir -p -m 700 "$TMPDIR/zet-staging.abcdef/files/rendered"
-    : >"$TMPDIR/zet-staging.abcdef/lock"
+    leave_staging "$TMPDIR/zet-staging.abcdef"
     zet -q commit-config
     assert_absent "$TMPDIR/zet-staging.abcdef"
 }
 
 @test "a run that lives keeps its directory" {
-    mkdir -p -m 700 "$XDG_RUNTIME_DIR/zet-staging.abcdef/files"
-    : >"$XDG_RUNTIME_DIR/zet-staging.abcdef/lock"
+    leave_staging "$XDG_RUNTIME_DIR/zet-staging.abcdef"
     mkfifo "$BASE/release"
     python3 -c 'import fcntl, sys
 lock = open(sys.argv[1], "r+")
@@ -199,4 +236,15 @@ open(sys.argv[3]).read()' "$XDG_RUNTIME_DIR/zet-staging.abcdef/lock" "$BASE/held
     grep -q 'F_OFD_SETLK.*INJECTED' "$BASE/trace"
     assert_refusal 1 "$TMPDIR: no directory for temporary files can be made here: No locks available (make room, or name another directory with TMPDIR)"
     assert_equal "$(names_in "$TMPDIR")" ""
+}
+
+@test "what keeps a place from being used is told by its name" {
+    capture strace -f -qq -o "$BASE/trace" -P "$TMPDIR" -e trace=openat -e inject=openat:error=EMFILE \
+        "$ZET_BIN/zet-client" --config zet.conf commit-config -n
+    assert_refusal 1 "$TMPDIR: no directory for temporary files can be made here: Too many open files (let the command open more files)"
+    assert_equal "$(names_in "$TMPDIR")" ""
+    # No parameter can name it.
+    TMPDIR=$BASE/a$'\n'b run_zet -q commit-config -n
+    assert_status 3
+    assert_stderr ""
 }

@@ -270,6 +270,33 @@ $TWO: $1"
     [[ $stderr == "zet-client: warning: $HOST/etc/targets.d: cannot be looked at"*"Permission denied"* ]]
 }
 
+@test "of a target that is made of values which cannot be read, nobody tells the state" {
+    need_root
+    copy_programs
+    mkdir etc/values.d etc/defaults.d
+    echo hello >etc/values.d/greeting
+    echo '${greeting}' >templates/one.conf
+    chmod 600 etc/values.d/greeting
+    zet commit-config
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status
+    assert_status 1
+    assert_equal "$(head -n -1 <<<"${output%?}" | tail -n 2)" "$ONE: unknown
+$TWO: in sync"
+    [[ $stderr == "zet-client: error: $ONE: its state cannot be told: $HOST/etc/values.d/greeting: cannot be read: Permission denied (run the command as a user who may)"$'\n' ]]
+    run_zet status
+    assert_status 0
+    rm etc/values.d/greeting
+    ln -s "$HOST/gone" etc/values.d/greeting
+    run_zet status
+    assert_status 1
+    assert_stderr "zet-client: error: $ONE: its state cannot be told: $HOST/etc/values.d/greeting: $HOST/gone: does not exist (create it, or correct the path)"
+    rm etc/values.d/greeting
+    ln -s "$HOST/gone" etc/defaults.d/a.conf
+    run_zet status
+    assert_status 1
+    assert_stderr "zet-client: error: $ONE: its state cannot be told: $HOST/etc/defaults.d/a.conf: $HOST/gone: does not exist (create it, or correct the path)"
+}
+
 @test "what is no regular file is no file of the product's own" {
     zet commit-config
     local file

@@ -52,3 +52,43 @@ valid_user_names=^[a-z_][a-z0-9_-]*\$"
     run_zet --json option list
     assert_json 'd["options"]["NTP_SERVER"]' ntp
 }
+
+# assert_unread WORD...: the command tells its error, $UNREAD, and does not succeed.
+assert_unread() {
+    run_zet -q "$@"
+    assert_status 1
+    assert_stderr "zet-client: error: $UNREAD"
+}
+
+@test "values that could not be read are told" {
+    mkdir etc/values.d etc/defaults.d
+    echo EXTRA=shipped >templates/values.conf
+    ln -s "$HOST/gone" etc/values.d/extra
+    UNREAD="$HOST/etc/values.d/extra: $HOST/gone: does not exist (create it, or correct the path)"
+    assert_unread values
+    [[ $output == *"realm=EXAMPLE.ORG"* && $output != *extra=* ]]
+    # It is none of the parameters.
+    run_zet -q option list
+    assert_status 0
+    assert_stderr ""
+    rm etc/values.d/extra
+    ln -s "$HOST/gone" etc/defaults.d/a.conf
+    UNREAD="$HOST/etc/defaults.d/a.conf: $HOST/gone: does not exist (create it, or correct the path)"
+    assert_unread values
+    assert_unread option list
+    [[ $output == *"DOMAIN=example.org"* ]]
+    local name
+    for name in REALM NTP_SERVER; do
+        assert_unread option get "$name"
+        assert_output ""
+    done
+    run_zet --json option get REALM
+    assert_json 'd["found"], d["value"], d["exit_status"]' '[null, null, 1]'
+    # What the main file says counts, whatever the fleet's says.
+    run_zet option get DOMAIN
+    assert_success example.org
+    rm etc/defaults.d/a.conf templates/values.conf
+    ln -s "$HOST/gone" templates/values.conf
+    UNREAD="$HOST/templates/values.conf: $HOST/gone: does not exist (create it, or correct the path)"
+    assert_unread values
+}

@@ -15,12 +15,19 @@ struct OptionWords {
     std::string value;
 };
 
+/// Whether nothing that could not be read may give it another value.
+bool IsCertain(Deployment& product, const std::string& name) {
+    return product.Values().UnreadSources().params.empty() ||
+           FindGiven(product.Values().GivenByMain(), name) != nullptr;
+}
+
 int Get(Session& session, const OptionWords& asked) {
     session.Out().Set("name", asked.name);
     BeginLookup(session, "value");
     Deployment& product = session.Product();
     const std::optional<std::string> value = GetOption(product, asked.name);
     session.Out().Set("secret", product.HostSecrets().IsPrivate(product.Param("ZET_CFG")));
+    if (!IsCertain(product, asked.name)) return TellUnread(session, product.Values().UnreadSources().params);
     return ReportLookup(session, Filled(_("there is no parameter \"%s\""), {asked.name}), "value", value);
 }
 
@@ -47,7 +54,7 @@ int ListAll(Session& session, const NoWords&) {
         options.emplace_back(name, value);
     }
     session.Out().Set("options", std::move(options));
-    return kDone;
+    return TellUnread(session, product.Values().UnreadSources().params);
 }
 
 }  // namespace

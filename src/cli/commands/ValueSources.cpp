@@ -1,4 +1,5 @@
 #include "cli/commands/ValueSources.h"
+#include "cli/ExitStatus.h"
 #include "cli/Fields.h"
 #include "cli/Translation.h"
 
@@ -21,6 +22,12 @@ void TellValue(Session& session, const std::string& name, const std::string& val
     session.Out().Add("sources", Fields{{"name", name},
                                         {"file", TextOrNull(source ? source->file : "")},
                                         {"line", NumberOrNull(source ? source->line : 0)}});
+}
+
+int TellUnread(Session& session, const std::vector<Problem>& unread) {
+    for (const Problem& problem : unread)
+        session.Out().Error(problem.Describe());
+    return unread.empty() ? kDone : kFailed;
 }
 
 }  // namespace ZET::Cli

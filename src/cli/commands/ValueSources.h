@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "cli/Session.h"
 #include "deploy/state/HostValues.h"
@@ -13,6 +14,9 @@ namespace ZET::Cli {
 /// list "sources".
 void TellValue(Session& session, const std::string& name, const std::string& value,
                const std::optional<HostValues::Source>& source);
+
+/// An error for each source that could not be read; the exit status that they lead to.
+int TellUnread(Session& session, const std::vector<Problem>& unread);
 
 }  // namespace ZET::Cli
 

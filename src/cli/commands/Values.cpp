@@ -21,7 +21,10 @@ int Values(Session& session, const NoWords&) {
         values.emplace_back(name, value);
     }
     session.Out().Set("values", std::move(values));
-    return kDone;
+    const HostValues::Unread& unread = product.Values().UnreadSources();
+    const int ofParams = TellUnread(session, unread.params);
+    const int ofTexts = TellUnread(session, unread.texts);
+    return ofParams == kDone ? ofTexts : ofParams;
 }
 
 }  // namespace

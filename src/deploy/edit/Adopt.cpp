@@ -25,6 +25,7 @@
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Secrets.h"
 #include "deploy/targets/ShownDiff.h"
+#include "deploy/targets/TargetCheck.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "text/Adoption.h"
 #include "text/Lines.h"
@@ -68,6 +69,7 @@ class Adopting {
           m_targetVersion(VersionOf(m_path)) {}
 
     FileOutcome Run() {
+        RequireSoundTemplate();
         const KnownFiles all(m_product);
         const KnownFile* const known = all.Find(m_path);
         const Role role = known->state.knowledge.namedRole.value_or(m_product.Role());
@@ -88,6 +90,13 @@ class Adopting {
     }
 
   private:
+    /// The module, which renders it, tells only what it was to make of it.
+    void RequireSoundTemplate() {
+        const std::vector<Problem> problems =
+            CheckTemplateFile(m_product, m_templateName, m_product.TemplateValues());
+        if (!problems.empty()) throw Failure(problems.front());
+    }
+
     static bool IsLastRendering(const KnownFile& known, const std::string& rendered) {
         CapturedFile now;
         now.state.exists = true;

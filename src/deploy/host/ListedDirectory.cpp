@@ -10,6 +10,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "posix/Descriptor.h"
@@ -22,7 +23,12 @@ std::vector<std::string> NamesIn(const Paths& paths, const std::string& director
                                  const std::string& suffix) {
     const std::string opened = paths.Resolved(paths.NameInside(directory));
     const DirectoryStream entries(opendir(opened.c_str()));
-    if (!entries && errno == ENOENT) return {};
+    if (!entries && errno == ENOENT) {
+        if (!StateOf(directory).exists) return {};
+        throw Failure({.file = directory,
+                       .text = Words("is a link to %s, which is not there", opened),
+                       .remedy = _("correct the link, or remove it")});
+    }
     std::vector<std::string> names;
     const dirent* entry = nullptr;
     while (entries && (errno = 0, entry = readdir(entries.get())) != nullptr) {

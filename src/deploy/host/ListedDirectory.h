@@ -12,7 +12,8 @@
 namespace ZET::Deploy {
 
 /// The names of a directory's files that end with `suffix`, in the order of their bytes; those that begin
-/// with a dot are left out. None where there is no directory; one that cannot be read is a `Failure`.
+/// with a dot are left out. None where there is no directory; one that cannot be read, and a link that leads
+/// nowhere, is a `Failure`.
 std::vector<std::string> NamesIn(const Paths& paths, const std::string& directory, const std::string& suffix);
 
 using Names = std::unordered_set<std::string>;

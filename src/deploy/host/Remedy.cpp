@@ -1,5 +1,7 @@
 #include "deploy/host/Remedy.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
 
@@ -36,6 +38,9 @@ constexpr struct {
 
 /// Empty when there is none to give.
 std::string RemedyFor(int error) {
+    if (error == EPERM && geteuid() == 0)
+        return _(
+            "take the attribute away that forbids it; lsattr shows those of a file and of its directory");
     for (const auto& entry : kRemedies) {
         if (entry.error == error) return _(entry.remedy);
     }

@@ -116,7 +116,7 @@ void RemoveLeftOversIn(const std::string& place) {
         if (!std::string_view(entry->d_name).starts_with(kPrefix)) continue;
         const int directory = dirfd(entries.get());
         const Descriptor leftOver(openat(directory, entry->d_name, kDirectory));
-        if (!IsOwn(leftOver, 0)) continue;
+        if (!IsOwn(leftOver, S_IRWXG | S_IRWXO)) continue;
         const Descriptor lock = LockOf(leftOver);
         if (lock >= 0) RemoveStaging(directory, place + "/" + entry->d_name);
     }
@@ -130,12 +130,13 @@ bool IsCrowded(const std::string& place) {
 }
 
 [[noreturn]] void FailPlace(const std::string& place, int error, const std::string& lastResort) {
+    std::string remedy;  // that of the reason
+    if (error != EMFILE && error != ENFILE)
+        remedy = lastResort.empty()
+                     ? _(kMakeRoom)
+                     : _("make room, or let ZET_VAR_LIB_DIR be a directory that can be written");
     throw SystemFailure(
-        {.file = place,
-         .text = _("no directory for temporary files can be made here"),
-         .remedy = lastResort.empty()
-                       ? _(kMakeRoom)
-                       : _("make room, or let ZET_VAR_LIB_DIR be a directory that can be written")},
+        {.file = place, .text = _("no directory for temporary files can be made here"), .remedy = remedy},
         error);
 }
 
@@ -155,6 +156,7 @@ Staging::Staging(const std::string& lastResort, std::uintmax_t size) {
 void Staging::Make(const std::string& place) {
     RemoveLeftOversIn(place);
     m_place = Descriptor(open(place.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
+    if (m_place < 0) return;
     // Between the making and the locking, another run can take the directory for a left-over and remove it.
     constexpr int kMostTries = 10;
     for (int tries = 0; tries < kMostTries; ++tries) {
@@ -163,7 +165,7 @@ void Staging::Make(const std::string& place) {
         const Descriptor directory(openat(m_place, BaseNameOf(m_directory).c_str(), kDirectory));
         if (IsOwn(directory, S_IRWXG | S_IRWXO)) {
             m_lock = LockOf(directory);
-        } else {
+        } else if (directory >= 0) {
             errno = EACCES;
         }
         if (m_lock >= 0) return;

@@ -17,8 +17,9 @@ class Staging {
 
     /// "PLACE/zet-staging.XXXXXX", in memory where this host has such a place with room for `size` bytes;
     /// else PLACE is `lastResort`. An empty `lastResort` is the directory for temporary files; one that the
-    /// caller named with TMPDIR comes before those in memory. What killed runs left in the place is removed
-    /// first. A directory that cannot be made is a `Failure`.
+    /// caller named with TMPDIR comes before those in memory, unless he is root and another user could change
+    /// it. What killed runs left in the place is removed first. A directory that cannot be made is a
+    /// `Failure`.
     explicit Staging(const std::string& lastResort = "", std::uintmax_t size = kUnknownSize);
     ~Staging();
     Staging(const Staging&) = delete;

@@ -6,7 +6,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
 
 #include "deploy/host/Staging.h"
 
@@ -14,20 +18,42 @@ namespace ZET::Deploy {
 
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr std::uintmax_t kMegabyte = std::uintmax_t{1} << 20;
 
-/// Empty when it is not set.
+/// Empty when it is not set, or what no parameter can name.
 std::string Variable(const char* name) {
-    const char* value = std::getenv(name);
-    return value == nullptr ? "" : value;
+    const char* const value = std::getenv(name);
+    return value == nullptr || std::strchr(value, '\n') != nullptr ? "" : value;
 }
 
-/// Nobody else can put another directory in the place of one that this user makes there.
-bool IsSafe(const std::string& directory) {
-    struct stat status = {};
-    if (stat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) return false;
-    if (status.st_uid != 0 && status.st_uid != geteuid()) return false;
-    return (status.st_mode & (S_IWGRP | S_IWOTH)) == 0 || (status.st_mode & S_ISVTX) != 0;
+/// Whether nobody else can put another entry in the place of one of this user's.
+bool IsClosed(const struct stat& directory, bool isEntryThere) {
+    if (directory.st_uid != 0 && directory.st_uid != geteuid()) return false;
+    const bool isKept = isEntryThere && (directory.st_mode & S_ISVTX) != 0;
+    return isKept || (directory.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
+/// The directory by its one name, along which nobody else can put anything in the place of what is there;
+/// empty where somebody can.
+std::string Safe(const std::string& directory) {
+    std::error_code error;
+    const fs::path whole = fs::weakly_canonical(fs::absolute(directory, error), error);
+    if (directory.empty() || error) return "";
+    bool isEntryThere = true;
+    for (fs::path each = whole;; each = each.parent_path()) {
+        struct stat status = {};
+        const bool isThere = stat(each.c_str(), &status) == 0;
+        if (isThere ? !IsClosed(status, isEntryThere) : errno != ENOENT) return "";
+        if (each == each.root_path()) return whole;
+        isEntryThere = isThere;
+    }
+}
+
+/// Root is not led where somebody else could change what is there; others go where they are told to.
+std::string SafeForRoot(const std::string& directory) {
+    return geteuid() == 0 ? Safe(directory) : directory;
 }
 
 /// Rendering takes more than the templates; what is left is for the rest of the host.
@@ -55,10 +81,10 @@ std::string RuntimeDirectory() {
 
 std::vector<std::string> PlacesInMemory(std::uintmax_t size) {
     std::vector<std::string> places;
-    const std::string own = RuntimeDirectory();
-    for (const std::string& place : {own, std::string("/run"), std::string("/dev/shm")}) {
+    const std::string own = Safe(RuntimeDirectory());
+    for (const std::string& place : {own, Safe("/run"), Safe("/dev/shm")}) {
         struct statfs system = {};
-        const bool isUsable = !place.empty() && access(place.c_str(), W_OK | X_OK) == 0 && IsSafe(place) &&
+        const bool isUsable = !place.empty() && access(place.c_str(), W_OK | X_OK) == 0 &&
                               statfs(place.c_str(), &system) == 0 && HasRoom(system, size);
         if (isUsable && (place == own || IsInMemory(system))) places.push_back(place);
     }
@@ -68,7 +94,7 @@ std::vector<std::string> PlacesInMemory(std::uintmax_t size) {
 }  // namespace
 
 std::vector<std::string> PlacesForStaging(const std::string& lastResort, std::uintmax_t size) {
-    const std::string temporary = Variable("TMPDIR");
+    const std::string temporary = SafeForRoot(Variable("TMPDIR"));
     if (lastResort.empty() && !temporary.empty()) return {temporary};
     std::vector<std::string> places = PlacesInMemory(size);
     places.push_back(lastResort.empty() ? "/tmp" : lastResort);
@@ -77,12 +103,15 @@ std::vector<std::string> PlacesForStaging(const std::string& lastResort, std::ui
 
 std::vector<std::string> PlacesOfStaging(const std::string& lastResort) {
     std::vector<std::string> places;
-    for (const std::string& place :
-         {Variable("XDG_RUNTIME_DIR"), "/run/user/" + std::to_string(geteuid()), std::string("/run"),
-          std::string("/dev/shm"), Variable("TMPDIR"), std::string("/tmp"), lastResort}) {
+    const auto add = [&](const std::string& place) {
         const bool isKnown = std::find(places.begin(), places.end(), place) != places.end();
         if (!place.empty() && !isKnown) places.push_back(place);
-    }
+    };
+    for (const std::string& place :
+         {Variable("XDG_RUNTIME_DIR"), "/run/user/" + std::to_string(geteuid()), std::string("/run"),
+          std::string("/dev/shm"), Variable("TMPDIR"), std::string("/tmp")})
+        add(SafeForRoot(place));
+    add(lastResort);
     return places;
 }
 

@@ -1,5 +1,7 @@
 #include "deploy/state/HostProduct.h"
 
+#include <cerrno>
+
 #include "deploy/host/Failure.h"
 #include "deploy/host/Installed.h"
 #include "deploy/host/Remedy.h"
@@ -44,6 +46,7 @@ void HostProduct::LoadModule() {
     try {
         LoadedCore().LoadModule(ModuleFile());
     } catch (const EZETError& error) {
+        if (ErrorNumberOf(error) == EMFILE) throw FailureOf(error);
         throw FailureWith(error, _("install the product again, or name its module with --module"));
     }
     m_config = std::dynamic_pointer_cast<IZETConfig>(LoadedCore().FindInterface(kInterfaceName));

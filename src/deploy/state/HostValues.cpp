@@ -5,6 +5,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileState.h"
 #include "deploy/host/ListedDirectory.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
@@ -56,17 +57,14 @@ void HostValues::TakeDefaults() {
 
 /// Before the directories are those of a tree.
 void HostValues::ReadFleet() {
-    const Paths& paths = m_host.HostPaths();
-    const std::string directory = paths.Resolved(m_host.Param(kOwnDirectory)) + "/defaults.d";
+    const std::string directory = m_host.HostPaths().Resolved(m_host.Param(kOwnDirectory)) + "/defaults.d";
     try {
-        const std::vector<std::string> names = NamesIn(paths, directory, ".conf");
-        if (!names.empty()) m_files.push_back(directory);
-        for (const std::string& name : names) {
+        for (const std::string& name : NamesInOwn(directory, ".conf")) {
             for (GivenParameter& given : ReadConf(directory + "/" + name))
                 m_fleet.push_back(std::move(given));
         }
     } catch (const Failure& failure) {
-        m_problems.push_back(failure.Facts());
+        Miss(m_unread.params, failure.Facts());
     }
 }
 
@@ -75,13 +73,8 @@ void HostValues::ReadRest() {
     if (std::exchange(m_isRead, true)) return;
     const std::string main = m_host.Param(kMainFile);
     if (!main.empty()) m_main = ReadConfText("", ReadFileBytes(main)).given;
-    const std::string shipped = m_host.Param("ZET_CFG_TEMPL_DIR") + "/values.conf";
-    try {
-        if (RemedyErrors("", [&] { return IsFileExist(shipped); })) m_shipped = ReadConf(shipped);
-        ReadTexts();
-    } catch (const Failure& failure) {
-        m_problems.push_back(failure.Facts());
-    }
+    ReadShipped();
+    ReadTexts();
     CheckFleet();
     CheckShipped();
     CheckMain();
@@ -89,24 +82,49 @@ void HostValues::ReadRest() {
         CheckText(NameOf(placeholder), file);
 }
 
+void HostValues::ReadShipped() {
+    const std::string file = m_host.Param("ZET_CFG_TEMPL_DIR") + "/values.conf";
+    try {
+        if (RemedyErrors("", [&] { return IsFileExist(file); })) m_shipped = ReadConf(file);
+    } catch (const Failure& failure) {
+        Miss(m_unread.params, failure.Facts());
+    }
+}
+
 void HostValues::ReadTexts() {
     const std::string directory = m_host.Param(kOwnDirectory) + "/values.d";
-    const std::vector<std::string> names = NamesIn(m_host.HostPaths(), directory, "");
-    if (!names.empty()) m_files.push_back(directory);
-    for (const std::string& name : names) {
-        const std::string file = directory + "/" + name;
-        m_files.push_back(file);
-        if (!IsValueName(name)) {
-            m_problems.push_back(
-                {.file = file,
-                 .text = Words("\"%s\" is no name of a value", name),
-                 .remedy = _("use small letters, digits and \"_\", no digit first; or move it away")});
-            continue;
-        }
-        const std::string placeholder = PlaceholderFor(name);
-        m_textFiles.emplace(placeholder, file);
-        if (std::optional<std::string> text = ReadText(file)) m_texts.emplace(placeholder, std::move(*text));
+    try {
+        for (const std::string& name : NamesInOwn(directory, ""))
+            TakeText(name, directory + "/" + name);
+    } catch (const Failure& failure) {
+        Miss(m_unread.texts, failure.Facts());
     }
+}
+
+void HostValues::TakeText(const std::string& name, const std::string& file) {
+    m_files.push_back(file);
+    if (!IsValueName(name)) {
+        m_problems.push_back(
+            {.file = file,
+             .text = Words("\"%s\" is no name of a value", name),
+             .remedy = _("use small letters, digits and \"_\", no digit first; or move it away")});
+        return;
+    }
+    const std::string placeholder = PlaceholderFor(name);
+    m_textFiles.emplace(placeholder, file);
+    if (std::optional<std::string> text = ReadText(file)) m_texts.emplace(placeholder, std::move(*text));
+}
+
+void HostValues::Miss(std::vector<Problem>& unread, const Problem& problem) {
+    unread.push_back(problem);
+    m_problems.push_back(problem);
+}
+
+/// Who may write an empty one gives the host values, too.
+std::vector<std::string> HostValues::NamesInOwn(const std::string& directory, const std::string& suffix) {
+    std::vector<std::string> names = NamesIn(m_host.HostPaths(), directory, suffix);
+    if (StateOf(directory).exists) m_files.push_back(directory);
+    return names;
 }
 
 std::vector<GivenParameter> HostValues::ReadConf(const std::string& file) {
@@ -117,7 +135,7 @@ std::vector<GivenParameter> HostValues::ReadConf(const std::string& file) {
             m_problems.push_back(std::move(problem));
         return std::move(conf.given);
     } catch (const Failure& failure) {
-        m_problems.push_back(ProblemOf(file, failure));
+        Miss(m_unread.params, ProblemOf(file, failure));
         return {};
     }
 }
@@ -131,7 +149,7 @@ std::optional<std::string> HostValues::ReadText(const std::string& file) {
         if (text.ends_with('\n')) text.pop_back();
         return text;
     } catch (const Failure& failure) {
-        m_problems.push_back(ProblemOf(file, failure));
+        Miss(m_unread.texts, ProblemOf(file, failure));
         return std::nullopt;
     }
 }
@@ -247,7 +265,10 @@ const StringMap& HostValues::Own() {
         if (!IsOfTheProduct(name)) own[PlaceholderFor(name)] = value;
     for (const auto& [placeholder, text] : m_texts)
         own[placeholder] = text;
-    std::erase_if(own, [&](const auto& value) { return m_clashing.contains(value.first); });
+    std::erase_if(own, [&](const auto& value) {
+        const bool isUnread = m_textFiles.contains(value.first) && !m_texts.contains(value.first);
+        return isUnread || m_clashing.contains(value.first);
+    });
     m_own = std::move(own);
     return *m_own;
 }
@@ -296,6 +317,11 @@ std::optional<HostValues::Source> HostValues::SourceOfPlaceholder(const std::str
 std::vector<Problem> HostValues::Problems() {
     ReadRest();
     return m_problems;
+}
+
+const HostValues::Unread& HostValues::UnreadSources() {
+    ReadRest();
+    return m_unread;
 }
 
 const std::vector<GivenParameter>& HostValues::GivenByMain() {

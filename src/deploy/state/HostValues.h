@@ -53,6 +53,13 @@ class HostValues {
     /// What is wrong in the sources: lines that are none, names that clash, files that are no values.
     std::vector<Problem> Problems();
 
+    /// The same of sources that could not be read, so that nobody knows what they give.
+    struct Unread {
+        std::vector<Problem> params;
+        std::vector<Problem> texts;
+    };
+    const Unread& UnreadSources();
+
     /// What a check would say of a line that gives this name, without its place; none where it may be given.
     std::optional<Problem> ProblemOfName(const std::string& name);
 
@@ -80,7 +87,11 @@ class HostValues {
   private:
     void ReadFleet();
     void ReadRest();
+    void ReadShipped();
     void ReadTexts();
+    void TakeText(const std::string& name, const std::string& file);
+    void Miss(std::vector<Problem>& unread, const Problem& problem);
+    std::vector<std::string> NamesInOwn(const std::string& directory, const std::string& suffix);
     std::vector<GivenParameter> ReadConf(const std::string& file);
     std::optional<std::string> ReadText(const std::string& file);
     void CheckFleet();
@@ -104,6 +115,7 @@ class HostValues {
     std::map<std::string, GivenParameter> m_spelled;  ///< by placeholder: how the first one spells it
     std::set<std::string> m_clashing;                 ///< placeholders
     std::vector<Problem> m_problems;
+    Unread m_unread;
     std::optional<StringMap> m_own;
 };
 

@@ -140,15 +140,17 @@ bool IsOfAnotherKind(int error) {
     return error == EISDIR || error == ENXIO || error == ELOOP;
 }
 
+/// Empty: that of the reason.
+std::string RemedyToOpen(int error) {
+    if (IsOfAnotherKind(error)) return _("move it away");
+    if (error == ENOENT || error == ENOTDIR || error == EACCES)
+        return _("create the directory ZET_VAR_LIB_DIR, or run as a user who may write there");
+    return "";
+}
+
 [[noreturn]] void FailToOpen(const std::string& file) {
     const int error = errno;
-    throw SystemFailure(
-        {.file = file,
-         .text = _("cannot be opened"),
-         .remedy = IsOfAnotherKind(error)
-                       ? _("move it away")
-                       : _("create the directory ZET_VAR_LIB_DIR, or run as a user who may write there")},
-        error);
+    throw SystemFailure({.file = file, .text = _("cannot be opened"), .remedy = RemedyToOpen(error)}, error);
 }
 
 /// Who cannot open it may be kept from it by his rights alone, while root holds it.

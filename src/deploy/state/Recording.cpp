@@ -49,7 +49,12 @@ Recording::Recording(Host& host, Use use, bool isLocked, bool goesBack)
         OpenStore();
         return;
     }
-    if (geteuid() == 0)
+    if (geteuid() == 0 && history.CanRecord())
+        host.Out().Warning(
+            Words("what is changed is not recorded: %s cannot be locked (let it be a regular "
+                  "file that can be written)",
+                  host.State().Lock()));
+    else if (geteuid() == 0)
         host.Out().Warning(
             _("what is changed is not recorded: ZET_VAR_LIB_DIR cannot be written (create it, or "
               "make it writable)"));

@@ -22,19 +22,27 @@ constexpr std::size_t kMostBytesOfLine = std::size_t{64} * 1024;
 /// A parser makes a table in a table for each dot between names, and goes down through all of them.
 constexpr std::ptrdiff_t kMostDotsOfLine = 500;
 
-Descriptor OpenList(const std::string& file) {
+/// Empty: that of the reason.
+std::string RemedyToOpen(bool isShipped, int error) {
+    if (error != ENOENT) return "";
+    return isShipped ? _("install the product's templates, or correct ZET_CFG_TEMPL_DIR")
+                     : _("correct the link, or remove it");
+}
+
+Descriptor OpenList(const std::string& file, bool isShipped) {
     Descriptor list(open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     struct stat status = {};
     if (list < 0 || fstat(list, &status) != 0) {
+        const int error = errno;
         throw SystemFailure({.file = file,
                              .text = _("the list of targets cannot be read"),
-                             .remedy = _("install the product's templates, or correct ZET_CFG_TEMPL_DIR")},
-                            errno);
+                             .remedy = RemedyToOpen(isShipped, error)},
+                            error);
     }
     if (!S_ISREG(status.st_mode)) {
         throw Failure({.file = file,
                        .text = _("the list of targets is no regular file"),
-                       .remedy = _("put the product's own in its place")});
+                       .remedy = isShipped ? _("put the product's own in its place") : _("move it away")});
     }
     const bool othersMayWrite = (status.st_mode & (S_IWGRP | S_IWOTH)) != 0 || status.st_uid != 0;
     if (geteuid() == 0 && othersMayWrite) {
@@ -79,8 +87,8 @@ std::optional<Problem> ProblemOfLine(std::string_view line) {
 
 }  // namespace
 
-std::string ReadListFile(const std::string& file) {
-    const Descriptor list = OpenList(file);
+std::string ReadListFile(const std::string& file, bool isShipped) {
+    const Descriptor list = OpenList(file, isShipped);
     std::string text;
     char part[16384];
     while (text.size() <= kMostBytesOfList) {

@@ -14,6 +14,19 @@
 
 namespace ZET::Deploy {
 
+namespace {
+
+/// What takes away the attribute that keeps even root from replacing the files in it; null: it has none.
+const char* RemedyOfFixed(const std::string& directory) {
+    struct statx status = {};
+    if (statx(AT_FDCWD, directory.c_str(), 0, STATX_TYPE, &status) != 0) return nullptr;
+    const auto attributes = status.stx_attributes & status.stx_attributes_mask;
+    if ((attributes & STATX_ATTR_IMMUTABLE) != 0) return ZET_TEXT("chattr -i it");
+    return (attributes & STATX_ATTR_APPEND) != 0 ? ZET_TEXT("chattr -a it") : nullptr;
+}
+
+}  // namespace
+
 std::vector<Problem> CheckDirectory(const std::string& directory, const std::string& purpose,
                                     const std::string& name) {
     const auto problem = [&](const std::string& text, const std::string& remedy) {
@@ -27,6 +40,10 @@ std::vector<Problem> CheckDirectory(const std::string& directory, const std::str
         return problem(Words("is no directory, but %s is to be in it", purpose), Words("correct %s", name));
     if ((status.st_mode & S_IWOTH) != 0)
         return problem(Words("others may write the directory of %s", purpose), _("chmod o-w it"));
+    if (const char* const remedy = RemedyOfFixed(directory))
+        return problem(
+            Words("the directory of %s has an attribute that keeps its files from being replaced", purpose),
+            _(remedy));
     if (access(directory.c_str(), W_OK | X_OK) != 0) {
         std::vector<Problem> ofUser =
             problem(Words("the directory of %s cannot be written: %s", purpose, ReasonOf(errno)),

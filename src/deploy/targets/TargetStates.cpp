@@ -40,6 +40,13 @@ void RequireReadableTemplate(Host& host, const std::string& templateName) {
     if (!file.empty() && host.HostPaths().StaysInside(file)) RequireReadableFile(file);
 }
 
+/// A `Failure` when some cannot be read: what a commit would make of any template is then unknown.
+void RequireReadValues(Host& host) {
+    const HostValues::Unread& unread = host.Values().UnreadSources();
+    for (const auto* sources : {&unread.params, &unread.texts})
+        if (!sources->empty()) throw Failure(sources->front());
+}
+
 /// Renders the targets as a commit would, and compares.
 class StateTeller {
   public:
@@ -95,6 +102,7 @@ class StateTeller {
         // Where the check has something to say, the template may be one that it could not read.
         if (!canBeRendered) RequireReadableTemplate(m_product, templateName);
         if (canBeRendered && IsRendered(templateName, there)) return kInSync;
+        RequireReadValues(m_product);
         // Which is why there is no diff.
         if (!canBeRendered && m_product.Wanted().wantsDiffs) m_reason = "template refused";
         if (canBeRendered && IsMadeUnderOtherRoot(templateName, path)) m_reason = "made under another root";

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileState.h"
 #include "deploy/host/ListedDirectory.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Instructions.h"
@@ -22,14 +23,14 @@ std::string TargetListFile(Host& host) {
 namespace {
 
 /// A `Failure` when nobody can rely on it.
-ListText ReadList(const Paths& paths, const std::string& file) {
+ListText ReadList(const Paths& paths, const std::string& file, bool isShipped) {
     if (!paths.StaysInside(file)) {
         throw Failure({.file = file,
                        .text = _("the list of targets is a link that leads out of the root directory"),
                        .remedy = _("put the list itself there")});
     }
     if (const std::optional<Problem> problem = CheckWayTo(paths, file)) throw Failure(*problem);
-    return {file, ReadListFile(file)};
+    return {file, ReadListFile(file, isShipped)};
 }
 
 /// Who may not see them, does not know of what they keep from everybody.
@@ -37,7 +38,9 @@ std::optional<Problem> AddOwnLists(const Paths& paths, const std::string& direct
                                    std::vector<ListText>& texts) {
     try {
         for (const std::string& name : NamesIn(paths, directory, ".toml"))
-            texts.push_back(ReadList(paths, directory + "/" + name));
+            texts.push_back(ReadList(paths, directory + "/" + name, false));
+        // Who may write it takes lists away, and adds to an empty one.
+        if (StateOf(directory).exists) RequireOwnInstruction(paths, directory);
         return std::nullopt;
     } catch (const Failure& failure) {
         if (failure.ErrorNumber() != EACCES) throw;
@@ -74,7 +77,7 @@ bool IsAmongLists(std::string_view templateName) {
 TargetList ReadTargetList(Host& host) {
     const Paths& paths = host.HostPaths();
     const std::string directory = host.Param("ZET_CFG_DIR") + "/targets.d";
-    std::vector<ListText> texts = {ReadList(paths, TargetListFile(host))};
+    std::vector<ListText> texts = {ReadList(paths, TargetListFile(host), true)};
     std::optional<Problem> denied = AddOwnLists(paths, directory, texts);
     std::optional<ConditionValues> values;
     TargetList list = ReadTargetTexts(texts, [&](const std::string& name) {

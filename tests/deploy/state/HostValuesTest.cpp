@@ -159,6 +159,17 @@ TEST_F(HostValuesTest, FilesThatAreNoneAreProblemsAtOnce) {
                                         HasSubstr("values.d/nul: holds a NUL byte")));
 }
 
+TEST_F(HostValuesTest, WhatCouldNotBeReadIsKnownAndHasNoValue) {
+    Write("templates/values.conf", "EXTRA=shipped\nA=shipped\n");
+    fs::create_symlink("gone", At("etc/values.d/extra"));
+    fs::create_symlink("gone", At("etc/defaults.d/10.conf"));
+    EXPECT_THAT(Values().UnreadSources().params,
+                ElementsAre(testing::Field(&Problem::file, At("etc/defaults.d/10.conf"))));
+    EXPECT_THAT(Values().UnreadSources().texts,
+                ElementsAre(testing::Field(&Problem::file, At("etc/values.d/extra"))));
+    EXPECT_THAT(Values().Own(), ElementsAre(Pair("${a}", "shipped")));
+}
+
 TEST_F(HostValuesTest, DirectoryOfTheLowerSourcesCannotBeMovedByThem) {
     Write("etc/defaults.d/10.conf", "ZET_CFG_DIR=/other\nZET_VAR_LIB_DIR=state\n");
     EXPECT_THAT(Problems(), ElementsAre(HasSubstr("10.conf:1: ZET_CFG_DIR has no effect here"),
@@ -173,6 +184,22 @@ TEST_F(HostValuesTest, FilesThatRootReliesOnAreKnown) {
     EXPECT_THAT(Values().Files(),
                 ElementsAre(At("etc/defaults.d"), At("etc/defaults.d/10.conf"), At("templates/values.conf"),
                             At("etc/values.d"), At("etc/values.d/one")));
+}
+
+TEST_F(HostValuesTest, EmptyDirectoriesAreReliedOnToo) {
+    EXPECT_THAT(Values().Files(), ElementsAre(At("etc/defaults.d"), At("etc/values.d")));
+    fs::remove(At("etc/values.d"));
+    EXPECT_THAT(AnotherRun().Values().Files(), ElementsAre(At("etc/defaults.d")));
+}
+
+TEST_F(HostValuesTest, LinkThatLeadsNowhereIsNoEmptyDirectory) {
+    for (const char* const directory : {"etc/defaults.d", "etc/values.d"}) {
+        fs::remove(At(directory));
+        fs::create_directory_symlink(At("gone"), At(directory));
+    }
+    const std::string text =
+        ": is a link to " + At("gone") + ", which is not there (correct the link, or remove it)";
+    EXPECT_THAT(Problems(), ElementsAre(At("etc/defaults.d") + text, At("etc/values.d") + text));
 }
 
 }  // namespace
