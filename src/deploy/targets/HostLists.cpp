@@ -72,8 +72,9 @@ std::optional<KnownFile> HostLists::CommittedFile(const std::string& name) {
     Store* const store = m_host.HostHistory().ToLook();
     if (store == nullptr) return std::nullopt;
     std::optional<KnownFile> known = store->Known(m_host.HostPaths().NameInside(name));
-    const bool hasLines = known && known->kind == FileKind::Edit && known->state.knowledge.base;
-    if (known && !hasLines && known->state.knowledge.roles.empty()) known.reset();
+    if (!known) return std::nullopt;
+    const bool hasLines = known->kind == FileKind::Edit && known->state.knowledge.base;
+    if (!hasLines && known->state.knowledge.roles.empty()) return std::nullopt;
     return known;
 }
 
