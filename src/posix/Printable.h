@@ -54,9 +54,15 @@ inline std::string EscapeOf(unsigned char byte) {
 /// `text` on one line that no terminal obeys: each control character, and each byte that is no character, as
 /// an escape sequence such as "\n" or "\x1b", everything else as it is.
 inline std::string Printable(std::string_view text) {
+    const auto isPlain = [](char byte) { return byte >= 0x20 && byte < 0x7F; };
     std::string result;
     result.reserve(text.size());
     for (std::size_t i = 0; i < text.size();) {
+        const std::size_t begin = i;
+        while (i < text.size() && isPlain(text[i]))
+            ++i;
+        result += text.substr(begin, i - begin);
+        if (i == text.size()) break;
         std::size_t control = ControlCharacterAt(text, i);
         if (control == 0) {
             const std::size_t size = CharacterAt(text, i);

@@ -9,7 +9,6 @@
 #include "text/LineExpansion.h"
 #include "text/Lines.h"
 #include "text/Placeholders.h"
-#include "text/PlainValues.h"
 #include "text/Regions.h"
 #include "text/Words.h"
 #include "zet/ZETFormat.h"
@@ -21,13 +20,6 @@ namespace {
 constexpr std::size_t kMostUnknownOfLine = 100;  ///< what a reader can make use of
 constexpr std::size_t kStart = 64;               ///< of a line: more than the longest marker
 constexpr std::size_t kMostKept = std::size_t{16} << 10;
-
-std::size_t LongestKey(const StringMap& values) {
-    std::size_t longest = 0;
-    for (const auto& [placeholder, value] : values)
-        longest = std::max(longest, placeholder.size());
-    return longest;
-}
 
 /// The regions of one kind, and what was told of the one that is open.
 struct TemplateRegions {
@@ -59,18 +51,8 @@ std::string Quoted(std::string_view text) {
 
 class TemplateChecker {
   public:
-    TemplateChecker(const std::string& file, const StringMap& values, std::set<std::string>* used,
-                    bool hasNotice)
-        : m_file(file),
-          m_values(values),
-          m_longestKey(LongestKey(values)),
-          m_plainValues(values, used),
-          m_hasSigns(m_plainValues.Have(kMarkerStart.front())),
-          m_used(used),
-          m_hasNotice(hasNotice) {
-        for (const auto& value : values)
-            m_hasLineFeeds = m_hasLineFeeds || value.second.find('\n') != std::string::npos;
-    }
+    TemplateChecker(const std::string& file, ValuesToCheck& values, bool hasNotice)
+        : m_file(file), m_values(values), m_hasNotice(hasNotice) {}
 
     /// Where a line is no first line any more, only a placeholder or a marker can make a difference: the
     /// others are counted, and not looked at one by one, which takes half of the time.
@@ -98,7 +80,8 @@ class TemplateChecker {
         m_rendered.clear();
         m_hasNoticeBefore = false;
         m_isRenderedEnough = false;
-        m_mayHaveMarkers = wanted > kStart && (m_hasSigns || line.find(kMarkerStart.front()) != line.npos);
+        m_mayHaveMarkers =
+            wanted > kStart && (m_values.hasSigns || line.find(kMarkerStart.front()) != line.npos);
         CheckPlaceholders(line, wanted);
         if (wanted == 0) return;
         for (std::string_view rendered = m_rendered; !rendered.empty();)
@@ -129,8 +112,8 @@ class TemplateChecker {
 
     bool IsPassedOver(const PlaceholderRange& range, std::string_view lines, std::size_t lineBegin,
                       std::size_t& left) {
-        if (m_hasLineFeeds || !range.IsClosed() || range.begin == lineBegin) return false;
-        const std::string* const value = m_plainValues.Find(lines, range);
+        if (m_values.hasLineFeeds || !range.IsClosed() || range.begin == lineBegin) return false;
+        const std::string* const value = m_values.plain.Find(lines, range);
         if (value == nullptr || value->size() > left) return false;
         left -= value->size();
         return true;
@@ -146,14 +129,14 @@ class TemplateChecker {
     /// How much of what the line renders to has to be looked at: until the first lines are found all of it,
     /// and then no more than can be a marker.
     std::size_t WantedOf(std::string_view line) const {
-        if (!m_hasText || !m_hasFirstLine || m_hasLineFeeds) return std::string::npos;
+        if (!m_hasText || !m_hasFirstLine || m_values.hasLineFeeds) return std::string::npos;
         return line.starts_with(kPlaceholderBegin) ? kStart : 0;
     }
 
     void Render(std::string_view text, std::size_t wanted) {
         if (m_isRenderedEnough || m_rendered.size() >= wanted) return;
         m_rendered.append(text.substr(0, wanted - m_rendered.size()));
-        if (m_rendered.size() > kMostKept && !m_hasLineFeeds && CanBeShortened(m_rendered)) Shorten();
+        if (m_rendered.size() > kMostKept && !m_values.hasLineFeeds && CanBeShortened(m_rendered)) Shorten();
     }
 
     /// A line may be as long as the template: it is searched in pieces, of which none is kept; and no further
@@ -175,7 +158,7 @@ class TemplateChecker {
         std::size_t done = 0;
         PlaceholderWalk placeholders(line);
         for (PlaceholderRange range; (range = placeholders.NextFrom(done)).IsThere(); done = range.end) {
-            const std::string* const value = range.IsClosed() ? m_plainValues.Find(line, range) : nullptr;
+            const std::string* const value = range.IsClosed() ? m_values.plain.Find(line, range) : nullptr;
             if (value == nullptr || value->size() > left) return false;
             left -= value->size();
             Render(line.substr(done, range.begin - done), wanted);
@@ -187,7 +170,7 @@ class TemplateChecker {
 
     void CheckPlaceholders(std::string_view line, std::size_t wanted) {
         if (IsPlain(line, wanted)) return;
-        LineExpansion expansion(line, m_values, m_longestKey, m_used);
+        LineExpansion expansion(line, m_values.all, m_values.longestKey, m_values.used);
         expansion.Keep(wanted);
         TellVerdicts(expansion);
         m_rendered = expansion.Expanded();
@@ -304,18 +287,13 @@ class TemplateChecker {
     }
 
     const std::string& m_file;
-    const StringMap& m_values;
-    std::size_t m_longestKey;
-    PlainValues m_plainValues;
-    const bool m_hasSigns;  ///< a plain value has what a marker begins with
-    std::set<std::string>* m_used;
+    ValuesToCheck& m_values;
     const bool m_hasNotice;
     int m_line = 0;
     std::string m_rendered;          ///< what the line renders to, as far as it is wanted
     bool m_hasNoticeBefore = false;  ///< in what was not kept of it
     bool m_mayHaveMarkers = false;   ///< there can be one in the line, as it is and as it is rendered
     bool m_isRenderedEnough = false;
-    bool m_hasLineFeeds = false;  ///< there is a value of several lines
     bool m_hasText = false;       ///< a line was taken that does not become empty
     bool m_hasFirstLine = false;  ///< the same for a line that is not in a template comment
     TemplateRegions m_blocks{RegionFollower::OfBlocks()};
@@ -325,11 +303,25 @@ class TemplateChecker {
 
 }  // namespace
 
-std::vector<Problem> CheckTemplate(const std::string& file, const LineSource& lines, const StringMap& values,
-                                   std::set<std::string>* used, bool hasNotice) {
-    TemplateChecker checker(file, values, used, hasNotice);
+ValuesToCheck::ValuesToCheck(const StringMap& values, std::set<std::string>* namesUsed)
+    : all(values), used(namesUsed), plain(values, namesUsed), hasSigns(plain.Have(kMarkerStart.front())) {
+    for (const auto& [placeholder, value] : values) {
+        longestKey = std::max(longestKey, placeholder.size());
+        hasLineFeeds = hasLineFeeds || value.find('\n') != std::string::npos;
+    }
+}
+
+std::vector<Problem> CheckTemplate(const std::string& file, const LineSource& lines, ValuesToCheck& values,
+                                   bool hasNotice) {
+    TemplateChecker checker(file, values, hasNotice);
     lines([&](std::string_view piece) { checker.TakeLines(piece); });
     return checker.End();
+}
+
+std::vector<Problem> CheckTemplate(const std::string& file, const LineSource& lines, const StringMap& values,
+                                   std::set<std::string>* used, bool hasNotice) {
+    ValuesToCheck toCheck(values, used);
+    return CheckTemplate(file, lines, toCheck, hasNotice);
 }
 
 }  // namespace ZET::Text

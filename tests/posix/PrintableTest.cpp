@@ -21,6 +21,12 @@ TEST(PrintableTest, EveryControlCharacterIsEscaped) {
     }
 }
 
+TEST(PrintableTest, WhatStandsAroundStaysAsItIs) {
+    EXPECT_EQ(Printable("one\ntwo"), "one\\ntwo");
+    EXPECT_EQ(Printable("\none ü two\n"), "\\none ü two\\n");
+    EXPECT_EQ(Printable("ü one\x1b[31m é\xff~"), "ü one\\x1b[31m é\\xff~");
+}
+
 TEST(PrintableTest, EveryLateControlCharacterIsEscaped) {
     EXPECT_EQ(Printable("\xc2\x9b[31m"), "\\xc2\\x9b[31m");
     for (int byte = 0; byte < 256; byte++) {

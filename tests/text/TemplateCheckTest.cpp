@@ -297,6 +297,17 @@ TEST(TemplateCheck, PlaceholdersThatItAsksForAreUsed) {
     EXPECT_THAT(used, ElementsAre("${both}", "${realm}", "${server}", "${unknown}"));
 }
 
+TEST(TemplateCheck, TemplatesWithTheSameValuesAreJudgedEachByItself) {
+    std::set<std::string> used;
+    ValuesToCheck values(kValues, &used);
+    EXPECT_THAT(CheckTemplate("broken", LinesOf("x ${server}\n# --ZET_TEMPLATE_COMMENT--\n"), values),
+                SizeIs(1));
+    EXPECT_THAT(CheckTemplate("fine", LinesOf("x ${server} ${realm}\n"), values), IsEmpty());
+    EXPECT_THAT(CheckTemplate("fine", LinesOf("#!/bin/sh\n"), values, false), IsEmpty());
+    EXPECT_THAT(CheckTemplate("broken", LinesOf("#!/bin/sh\n"), values), SizeIs(1));
+    EXPECT_THAT(used, ElementsAre("${realm}", "${server}"));
+}
+
 TEST(TemplateCheck, LinesThatArePassedOverWouldNotHaveBeenToldOf) {
     const std::vector<std::string> pieces = {"plain\n",
                                              "# a comment\n",

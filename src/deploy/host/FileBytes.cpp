@@ -27,6 +27,7 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{128} << 10;
+constexpr std::size_t kSmallBlock = std::size_t{32} << 10;  ///< which needs no memory of its own
 
 [[noreturn]] void Fail(const std::string& path, const char* what) {
     const int error = errno;
@@ -208,16 +209,17 @@ bool HoldsBytes(const std::string& path, std::string_view bytes) {
 }
 
 bool HoldsBytes(int descriptor, const std::string& path, std::string_view bytes) {
-    const ChunkRoom room(std::min(kBlock, bytes.size() + 1));
+    char block[kSmallBlock];
     for (std::size_t done = 0;;) {
-        const ssize_t count = Uninterrupted([&] {
-            return pread(descriptor, room.Bytes().data(), room.Bytes().size(), static_cast<off_t>(done));
-        });
+        // A byte more than the text has, so that a longer one shows without another call.
+        const std::size_t wanted = std::min(sizeof block, bytes.size() - done + 1);
+        const ssize_t count =
+            Uninterrupted([&] { return pread(descriptor, block, wanted, static_cast<off_t>(done)); });
         if (count < 0) Fail(path, _("cannot be read"));
-        if (count == 0) return done == bytes.size();
-        const std::string_view read = room.First(static_cast<std::size_t>(count));
+        const std::string_view read(block, static_cast<std::size_t>(count));
         if (!bytes.substr(done).starts_with(read)) return false;
         done += read.size();
+        if (read.empty() || (done == bytes.size() && read.size() < wanted)) return done == bytes.size();
     }
 }
 

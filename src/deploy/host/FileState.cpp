@@ -18,10 +18,10 @@ namespace ZET::Deploy {
 namespace {
 
 /// `words` has a gap for what the text function says.
-std::string Change(const char* words, const FileState& before, const FileState& after,
+std::string Change(const char* words, const FileState& before, const FileState& after, bool isSame,
                    std::string (*text)(const FileState&)) {
     if (!before.exists) return Words(words, text(after));
-    if (text(before) == text(after)) return "";
+    if (isSame) return "";
     return Words(words, text(before) + " -> " + text(after));
 }
 
@@ -108,8 +108,10 @@ bool HaveSameModeAndBytes(const std::string& one, const std::string& other) {
 
 std::string DescribeChange(const FileState& before, const FileState& after) {
     if (!after.exists) return "";
-    std::string text = Change(ZET_TEXT("mode %s"), before, after, ModeText);
-    const std::string owner = Change(ZET_TEXT("owner %s"), before, after, OwnerText);
+    const bool isSameMode = ((before.mode ^ after.mode) & kModeBits) == 0;
+    const bool isSameOwner = before.owner == after.owner && before.group == after.group;
+    std::string text = Change(ZET_TEXT("mode %s"), before, after, isSameMode, ModeText);
+    const std::string owner = Change(ZET_TEXT("owner %s"), before, after, isSameOwner, OwnerText);
     if (!text.empty() && !owner.empty()) text += ", ";
     return text + owner;
 }

@@ -21,15 +21,15 @@ namespace {
 constexpr int kMostLinks = 40;         // what the system itself allows
 constexpr std::size_t kMostHeld = 64;  // each is an open file
 
-void PrependComponents(const std::string& path, std::deque<std::string>& components) {
-    std::vector<std::string> parts;
-    for (std::size_t begin = 0; begin < path.size();) {
-        const std::size_t end = std::min(path.find('/', begin), path.size());
-        const std::string part = path.substr(begin, end - begin);
-        if (!part.empty() && part != ".") parts.push_back(part);
-        begin = end + 1;
+/// The last one first, before those that are there.
+void PutOnTop(std::vector<std::string>& components, std::string_view path) {
+    for (std::size_t end = path.size(); end > 0;) {
+        const std::size_t slash = path.rfind('/', end - 1);
+        const std::size_t begin = slash == std::string_view::npos ? 0 : slash + 1;
+        const std::string_view part = path.substr(begin, end - begin);
+        if (!part.empty() && part != ".") components.emplace_back(part);
+        end = begin == 0 ? 0 : begin - 1;
     }
-    components.insert(components.begin(), parts.begin(), parts.end());
 }
 
 [[noreturn]] void FailToLook(const std::string& path) {
@@ -82,11 +82,11 @@ FoundFile PathWalk::To(const std::string& path) {
     const std::string_view directory(path.data(), path.size() - name.size());
     const bool endsWithName = !name.empty() && name != "." && name != "..";
     const bool isWayKnown = endsWithName && GoKnownWay(directory);
-    PrependComponents(isWayKnown ? std::string(name) : path, m_toWalk);
+    PutOnTop(m_toWalk, isWayKnown ? name : path);
     while (!m_toWalk.empty()) {
         if (endsWithName && !isWayKnown && m_toWalk.size() == 1) RememberWay(directory);
-        const std::string component = m_toWalk.front();
-        m_toWalk.pop_front();
+        const std::string component = std::move(m_toWalk.back());
+        m_toWalk.pop_back();
         Take(component);
     }
     return Result();
@@ -197,7 +197,7 @@ void PathWalk::Follow(const std::string& component, const Descriptor& link, cons
     }
     const std::string target = TargetOf(link, NameOf(component));
     if (target.front() == '/') m_walked.resize(1);
-    PrependComponents(target, m_toWalk);
+    PutOnTop(m_toWalk, target);
 }
 
 void PathWalk::JudgeStep(const std::string& entryName, const struct stat* entry, bool isLast) {

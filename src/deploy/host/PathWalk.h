@@ -3,7 +3,6 @@
 
 #include <sys/stat.h>
 
-#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -87,8 +86,8 @@ class PathWalk {
     HeldDirectories& m_known;
     PathJudge m_judge;
     Unseen m_unseen;
-    std::string m_path;  ///< for messages
-    std::deque<std::string> m_toWalk;
+    std::string m_path;                 ///< for messages
+    std::vector<std::string> m_toWalk;  ///< the next one last
     std::vector<std::shared_ptr<const HeldDirectory>> m_walked;
     std::vector<std::string> m_beyond;  ///< components after the last directory that is there
     std::optional<struct stat> m_end;   ///< of what is no directory and ends the walk

@@ -111,9 +111,9 @@ std::optional<Problem> ClaimedFiles::AddTarget(const Target& target, const std::
     return problem;
 }
 
-/// A problem when the file has another use.
-std::optional<Problem> ClaimedFiles::Claim(const std::string& path, const Use& use) {
-    const auto [known, isNew] = m_uses.try_emplace(path, use);
+/// A problem when the file has another use: then nothing is moved.
+std::optional<Problem> ClaimedFiles::Claim(std::string path, Use use) {
+    const auto [known, isNew] = m_uses.try_emplace(std::move(path), std::move(use));
     if (isNew) return std::nullopt;
     const Use& other = known->second;
     if (!use.templateName.empty() && !other.templateName.empty()) {
@@ -185,9 +185,9 @@ void ClaimedFiles::AddOwn(const std::string& path, const char* text) {
 }
 
 void ClaimedFiles::AddOf(const std::string& templateName, const std::string& path, const char* text) {
-    const std::string file = CanonicalOfMany(path);
-    const Use use{.text = text, .ofTemplate = templateName};
-    const auto [known, isNew] = m_uses.try_emplace(file, use);
+    std::string file = CanonicalOfMany(path);
+    Use use{.text = text, .ofTemplate = templateName};
+    const auto [known, isNew] = m_uses.try_emplace(std::move(file), std::move(use));
     if (isNew || known->second.ofTemplate == templateName) return;
     m_clashes.try_emplace(
         templateName,

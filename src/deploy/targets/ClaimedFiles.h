@@ -69,7 +69,7 @@ class ClaimedFiles {
     Listing ListingOf(const std::string& directory) const;
     void AddOwn(const std::string& path, const char* text);
     void AddOf(const std::string& templateName, const std::string& path, const char* text);
-    std::optional<Problem> Claim(const std::string& path, const Use& use);
+    std::optional<Problem> Claim(std::string path, Use use);
 
     Host& m_host;
     std::map<std::string, Listing, std::less<>> m_listings;  ///< by the directories of many files

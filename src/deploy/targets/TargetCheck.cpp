@@ -154,28 +154,74 @@ std::optional<mode_t> ModeOfPlainFile(const std::string& path, const std::option
     return isPlain ? std::optional(status.st_mode & kModeBits) : std::nullopt;
 }
 
+/// The problems of one template, as far as they concern it alone. What is seen of it is added to `seen`.
+std::vector<Problem> CheckTemplate(Deployment& product, const std::string& templateName,
+                                   Text::ValuesToCheck& values, SeenTemplates& seen) {
+    seen.isLastWorkingCopy = false;
+    std::string file = product.Param("ZET_CFG_TEMPL_DIR") + "/" + templateName;
+    try {
+        const std::string copy = WorkingCopy(product, templateName);
+        const std::optional<FoundFile> foundCopy = FoundByRoot(product.HostPaths(), copy);
+        const std::optional<mode_t> modeOfCopy = ModeOfPlainFile(copy, foundCopy);
+        const std::string found = modeOfCopy ? copy : TemplateFile(product, templateName);
+        if (found.empty())
+            return {{file, 0, 0, _("the template is missing"),
+                     _("install it there, or correct its name in the list")}};
+        file = found;
+        const bool isFound = foundCopy && file == copy;
+        if (std::optional<Problem> problem =
+                isFound ? CheckInstruction(*foundCopy) : CheckInstruction(product.HostPaths(), file))
+            return {*problem};
+        // The directory of working copies is judged by itself.
+        if (copy != file && DirectoryOf(copy) != product.Param("ZET_CFG_DIR")) {
+            if (std::optional<Problem> problem = CheckInstruction(product.HostPaths(), copy))
+                return {*problem};
+        }
+        if (!product.HostPaths().StaysInside(file)) {
+            return {{file, 0, 0, _("the template is a link that leads out of the root directory"),
+                     _("put the template itself there")}};
+        }
+        seen.isLastWorkingCopy = copy == file;
+        seen.lastMode = modeOfCopy;
+        const auto read = [&](const auto& take) {
+            ReadChunks(file, [&](std::string_view lines) {
+                seen.size += lines.size();
+                take(lines);
+            });
+        };
+        std::vector<Problem> problems =
+            Text::CheckTemplate(file, read, values, HasNotice(product, templateName));
+        HideQuotes(product, file, problems);
+        return problems;
+    } catch (const Failure& failure) {
+        return {ProblemOf(file, failure)};
+    }
+}
+
 /// Checks targets one by one; what they have in common is in here.
 class TargetChecker {
   public:
-    TargetChecker(Deployment& product, const TargetList& list, const std::vector<Target>& checked)
+    TargetChecker(Deployment& product, const TargetList& list, const std::vector<Target>& checked,
+                  SeenTemplates& seen)
         : m_product(product),
           m_cutShort(FilesOfCutShort(product)),
           m_claimed(product),
-          m_result(CheckOwnFiles(product)) {
+          m_seen(seen),
+          m_result(CheckOwnFiles(product)),
+          m_values(product.TemplateValues(), &seen.used) {
         m_claimed.AddListed(list.targets, checked);
         for (const Target& target : checked)
             m_targetsIn[DirectoryOf(target.path)]++;
     }
 
     /// Without a path where that cannot be told, which is a problem.
-    CheckedPlace Check(const Target& target, SeenTemplates& seen) {
-        Append(m_result,
-               CheckTemplateFile(m_product, target.templateName, m_product.TemplateValues(), &seen));
+    CheckedPlace Check(const Target& target) {
+        Append(m_result, CheckTemplate(m_product, target.templateName, m_values, m_seen));
         try {
-            if (!seen.isLastWorkingCopy) CheckWorkingCopy(target);
+            if (!m_seen.isLastWorkingCopy) CheckWorkingCopy(target);
             CheckedPlace place;
-            place.hasWorkingCopy = seen.isLastWorkingCopy;
-            place.templateMode = seen.lastMode;
+            place.hasWorkingCopy = m_seen.isLastWorkingCopy;
+            place.templateMode = m_seen.lastMode;
             CheckFile(target, place);
             return place;
         } catch (const Failure& failure) {
@@ -258,10 +304,12 @@ class TargetChecker {
     Deployment& m_product;
     const std::set<std::string> m_cutShort;
     ClaimedFiles m_claimed;
+    SeenTemplates& m_seen;
     std::set<std::string> m_soundDirectories;
     std::map<std::string, std::size_t> m_targetsIn;  ///< by the directories as the list has them
     std::map<std::string, std::optional<Names>> m_listings;
     std::vector<Problem> m_result;
+    Text::ValuesToCheck m_values;
 };
 
 }  // namespace
@@ -270,11 +318,10 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
     CheckedTargets checked;
     const TargetList& list = product.Lists().TargetsAnew();
     if (list.isUnderstood) checked.targets = SelectTargets(product.Role(), list, templateNames);
-    TargetChecker checker(product, list, checked.targets);
+    TargetChecker checker(product, list, checked.targets, checked.templates);
     checked.problems = list.problems;
     for (const Target& target : checked.targets) {
-        checked.places.push_back(target.path.empty() ? CheckedPlace()
-                                                     : checker.Check(target, checked.templates));
+        checked.places.push_back(target.path.empty() ? CheckedPlace() : checker.Check(target));
     }
     for (const ListedEdit& edit : list.edits) {
         if (!templateNames.empty() || !edit.IsFor(product.Role()) || !edit.IsInForce()) continue;
@@ -293,48 +340,10 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
 }
 
 std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& templateName,
-                                       const StringMap& values, SeenTemplates* seen) {
-    if (seen != nullptr) seen->isLastWorkingCopy = false;
-    std::string file = product.Param("ZET_CFG_TEMPL_DIR") + "/" + templateName;
-    try {
-        const std::string copy = WorkingCopy(product, templateName);
-        const std::optional<FoundFile> foundCopy = FoundByRoot(product.HostPaths(), copy);
-        const std::optional<mode_t> modeOfCopy = ModeOfPlainFile(copy, foundCopy);
-        const std::string found = modeOfCopy ? copy : TemplateFile(product, templateName);
-        if (found.empty())
-            return {{file, 0, 0, _("the template is missing"),
-                     _("install it there, or correct its name in the list")}};
-        file = found;
-        const bool isFound = foundCopy && file == copy;
-        if (std::optional<Problem> problem =
-                isFound ? CheckInstruction(*foundCopy) : CheckInstruction(product.HostPaths(), file))
-            return {*problem};
-        // The directory of working copies is judged by itself.
-        if (copy != file && DirectoryOf(copy) != product.Param("ZET_CFG_DIR")) {
-            if (std::optional<Problem> problem = CheckInstruction(product.HostPaths(), copy))
-                return {*problem};
-        }
-        if (!product.HostPaths().StaysInside(file)) {
-            return {{file, 0, 0, _("the template is a link that leads out of the root directory"),
-                     _("put the template itself there")}};
-        }
-        SeenTemplates one;
-        SeenTemplates& all = seen != nullptr ? *seen : one;
-        all.isLastWorkingCopy = copy == file;
-        all.lastMode = modeOfCopy;
-        const auto read = [&](const auto& take) {
-            ReadChunks(file, [&](std::string_view lines) {
-                all.size += lines.size();
-                take(lines);
-            });
-        };
-        std::vector<Problem> problems = Text::CheckTemplate(
-            file, read, values, seen != nullptr ? &seen->used : nullptr, HasNotice(product, templateName));
-        HideQuotes(product, file, problems);
-        return problems;
-    } catch (const Failure& failure) {
-        return {ProblemOf(file, failure)};
-    }
+                                       const StringMap& values) {
+    SeenTemplates seen;
+    Text::ValuesToCheck toCheck(values);
+    return CheckTemplate(product, templateName, toCheck, seen);
 }
 
 }  // namespace ZET::Deploy

@@ -46,10 +46,9 @@ struct CheckedTargets {
 /// `UsageError`, a list that cannot be read a `Failure`.
 CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>& templateNames);
 
-/// The problems of one template, as far as they concern it alone. What is seen of it is added to `seen`,
-/// unless that is null.
+/// The problems of one template, as far as they concern it alone.
 std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& templateName,
-                                       const StringMap& values, SeenTemplates* seen = nullptr);
+                                       const StringMap& values);
 
 }  // namespace ZET::Deploy
 
