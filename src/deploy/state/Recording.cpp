@@ -3,34 +3,19 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <memory>
 #include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/EntryToOpen.h"
 #include "deploy/state/History.h"
-#include "deploy/state/LoginUser.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
 
 namespace {
-
-/// Whether it matters who may read what the files hold.
-bool HasTexts(const Options& options) {
-    return std::any_of(options.words.begin(), options.words.end(),
-                       [](const CommandWord& word) { return word.isText; });
-}
-
-std::vector<std::string> ShownWords(const Options& options, bool isPrivate) {
-    std::vector<std::string> words;
-    for (const CommandWord& word : options.words)
-        words.push_back(word.isText && isPrivate ? word.text.substr(0, word.shown) + kHiddenWord : word.text);
-    if (words.empty()) words.push_back(options.command);
-    return words;
-}
 
 bool HasCompanion(const ExpectedFile& file, const std::string& suffix) {
     const std::string path = file.path + suffix;
@@ -190,17 +175,6 @@ Recording::Row Recording::RowOfReserve(const Row& file) {
     return row;
 }
 
-RecordedEntry Recording::EntryToOpen() const {
-    RecordedEntry entry;
-    entry.user = getuid();
-    entry.loginUser = LoginUser();
-    if (const char* const user = std::getenv("SUDO_USER")) entry.sudoUser = user;
-    entry.role = m_host.Role();
-    entry.words = ShownWords(m_host.Wanted(), m_isPrivate);
-    entry.message = m_host.Wanted().message;
-    return entry;
-}
-
 /// With their texts, which are not needed here any more: unless it is to be planned yet, what the file was.
 std::vector<FileToRecord> Recording::NewFiles() {
     std::vector<FileToRecord> files;
@@ -220,7 +194,7 @@ void Recording::Announce() {
     if (!IsOn()) return;
     OrGoOnWithout([&] {
         std::vector<FileToRecord> files = NewFiles();
-        m_number = m_open = m_store->Announce(EntryToOpen(), files);
+        m_number = m_open = m_store->Announce(EntryToOpen(m_host, m_isPrivate), files);
         for (std::size_t i = 0; i < files.size(); ++i)
             if (!files[i].isPlanned) m_rows[i].record.textBefore = std::move(files[i].textBefore);
     });
@@ -252,7 +226,7 @@ void Recording::Begin() {
         if (m_open)
             m_store->Plan(*m_open, NewFiles());
         else
-            m_number = m_open = m_store->Open(EntryToOpen(), NewFiles());
+            m_number = m_open = m_store->Open(EntryToOpen(m_host, m_isPrivate), NewFiles());
     });
 }
 

@@ -104,7 +104,6 @@ class Recording {
     CapturedFile Before(const Row& row) const;
     Row RowOf(ExpectedFile& file, const std::string& suffix) const;
     static Row RowOfReserve(const Row& file);
-    RecordedEntry EntryToOpen() const;
     std::vector<FileToRecord> NewFiles();
     CapturedFile Now(const Row& row) const;
     CapturedFile AfterSuccess(const Row& row) const;
