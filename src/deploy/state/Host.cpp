@@ -31,12 +31,16 @@ Host::Host(const std::string& configFile, const Options& options, Observer& obse
     m_values.TakeDefaults();
     if (!m_paths.HasRoot()) return;
     for (const char* key : kDirectories)
-        Core().UpdateParam(key, m_paths.Resolved(Core().GetParam(key)));
+        UpdateParam(key, Param(key));
 }
 
 Observer::~Observer() = default;
 
 Host::~Host() = default;
+
+void Host::UpdateParam(const std::string& key, const std::string& value) {
+    Core().UpdateParam(key, IsOwnDirectory(key) ? FilePath(value) : value);
+}
 
 void Host::RequireGoOn() {
     SignalGuard::Check();

@@ -42,6 +42,9 @@ class Host {
     /// The same of one that is yes or no.
     bool Flag(const std::string& key) { return FlagOfParam(key, Param(key)).value_or(false); }
 
+    /// Gives the core a parameter as the host's files have it.
+    void UpdateParam(const std::string& key, const std::string& value);
+
     /// Every parameter that the core has, with its value.
     StringMap CoreParams() const { return m_core->GetParams(); }
 
