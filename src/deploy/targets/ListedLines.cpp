@@ -144,7 +144,7 @@ class Finder {
 
     LineToSet Made(const ListedEdit& edit, const std::string& line, const FileWithLines& file) {
         IZETCore& core = m_product.Core();
-        LineToSet made{&edit, "", line};
+        LineToSet made{edit, "", line};
         if (edit.param.empty()) {
             RequirePattern(core, edit.pattern);
             // The module adds markers line by line.
@@ -224,7 +224,7 @@ bool FileWithLines::Remembers(const std::string& selector) const {
 }
 
 bool FileWithLines::HasSet(const LineToSet& line) const {
-    const std::string selector = SelectorOf(*line.edit);
+    const std::string selector = SelectorOf(line.edit);
     return std::any_of(remembered.begin(), remembered.end(), [&](const RememberedLine& each) {
         return each.selector == selector && each.line == line.line;
     });
