@@ -72,6 +72,10 @@ class ZET_API CZETHost {
     /// Every parameter with its value: the product's own, and those that only this host has.
     StringMap GetParams() const;
 
+    /// From now on, the parameters are those of the other host, "ZET_CFG" included, and no others: for a file
+    /// that is read again. Modules stay as they are.
+    void TakeParameters(const CZETHost& other);
+
     /// Loads a module and initialises it. An empty path throws `EZETCheckError`. Every other refusal is an
     /// `EZETError` that names the file and what is wrong with it: a NUL byte in the path; not there, no
     /// regular file or no shared object; it or its directory writable by others than root while root runs it;

@@ -58,6 +58,11 @@ void CZETCore::UpdateParam(const std::string& key, const std::string& value) {
     m_syncing.Set(m_parameters.Sync());
 }
 
+void CZETCore::TakeParameters(const CZETCore& other) {
+    m_parameters = other.m_parameters;
+    m_syncing.Set(m_parameters.Sync());
+}
+
 bool CZETCore::MatchRegEx(const std::string& pattern, const std::string& subject, void* reserved,
                           std::size_t flags) {
     if (reserved != nullptr || flags != 0) FailCheck("Invalid argument for '%s'.", "MatchRegEx");

@@ -34,6 +34,7 @@ class CZETCore final : public IZETCore {
 
     Registry& GetRegistry() { return m_registry; }
     StringMap GetParams() const { return m_parameters.All(); }
+    void TakeParameters(const CZETCore& other);
 
   private:
     Parameters m_parameters;

@@ -50,6 +50,10 @@ StringMap CZETHost::GetParams() const {
     return m_implementation->GetCore().GetParams();
 }
 
+void CZETHost::TakeParameters(const CZETHost& other) {
+    m_implementation->GetCore().TakeParameters(other.m_implementation->GetCore());
+}
+
 void CZETHost::LoadModule(const std::string& path) {
     m_implementation->LoadModule(path);
 }

@@ -42,6 +42,23 @@ TEST_F(Host, WithoutAFileTheDefaultsServe) {
     EXPECT_EQ(core.GetParam("REALM"), "EXAMPLE.ORG");
 }
 
+TEST_F(Host, TakesTheParametersOfAFileThatIsReadAgain) {
+    Start("A=1\nB=1\nDOMAIN=example.org\n");
+    IZETCore& core = m_host->GetCore();
+    auto interface = std::make_shared<CZETInterface>("one");
+    core.RegisterInterface(interface);
+    core.UpdateParam("C", "1");
+    WriteText(m_directory / "other.conf", "A=2\nDOMAIN=example.net\n");
+    m_host->TakeParameters(CZETHost(m_directory / "other.conf"));
+    EXPECT_EQ(core.GetParam("A"), "2");
+    EXPECT_EQ(core.GetParam("REALM"), "EXAMPLE.NET");
+    EXPECT_EQ(core.GetParam("ZET_CFG"), m_directory / "other.conf");
+    EXPECT_EQ(m_host->GetParams().count("B") + m_host->GetParams().count("C"), 0U);
+    EXPECT_EQ(m_host->FindInterface("one"), interface);
+    m_host->TakeParameters(CZETHost());
+    EXPECT_EQ(core.GetParam("ZET_CFG"), "");
+}
+
 TEST_F(Host, WithoutAFileNoneCanBeNamedLater) {
     CZETHost host;
     EXPECT_EQ(MessageOf<EZETCheckError>([&] { host.GetCore().UpdateParam("ZET_CFG", "/etc/passwd"); }),

@@ -16,6 +16,10 @@ namespace ZET::Deploy {
 /// What a commit would do, or what keeps it from being made. It holds the product's lock as long as it lives,
 /// unless the product's options say that nothing is written: so what was planned can be committed. The
 /// product must live longer.
+///
+/// From `MakePlan` to the end of its `Commit`, parameters are those that the plan was made with, also for
+/// other calls. That ends as well when the plan is let go or another one is made, which is the one to be
+/// committed then; a plan with problems waits for nothing.
 class ZET_API Plan {
   public:
     ~Plan();

@@ -15,6 +15,12 @@ namespace ZET::Deploy {
 /// are. All other calls of the library are made on one. One at a time in a process, since the module serves
 /// one host at a time, and the log belongs to the process; one thread at a time.
 ///
+/// It may live as long as the program does. Every call finds the host as it is then: it reads the main file,
+/// the files of defaults and values, and the lists again, and looks for directories by their names, none of
+/// which is held after it. So every call may fail as the constructor does, and what another program committed
+/// or set is there for the next call. Only a plan is of the time when it was made, and with it the calls made
+/// until its commit (Plan.h); and a call that an observer makes within another one is a part of that.
+///
 /// While a call plans or writes, SIGINT, SIGTERM and SIGHUP end it between two files with an `Interrupted`,
 /// and no call after it; what is temporary is cleared away. Calls that write wait for each other, also in
 /// other processes, for 30 s at most.
@@ -28,9 +34,10 @@ namespace ZET::Deploy {
 /// no words.
 class ZET_API Product {
   public:
-    /// Reads the parameters from `configFile` and loads the module. A file that is missing or broken, and a
-    /// module that cannot be loaded, is a `Failure` that names it. `observer` is told what happens as long as
-    /// the object lives, and must live longer; null: nobody is.
+    /// Reads the parameters from `configFile` and loads the module, which stays. A file that is missing or
+    /// broken, and a module that cannot be loaded, is a `Failure` that names it. A relative path, and `root`,
+    /// are looked up once: the program may go to another directory then. `observer` is told what happens as
+    /// long as the object lives, and must live longer; null: nobody is.
     explicit Product(const std::string& configFile, const Options& options = Options(),
                      Observer* observer = nullptr);
     ~Product();

@@ -140,6 +140,7 @@ void SetLines(Deployment& product, const std::string& path, const std::string& n
     if (!isRead)
         throw Failure(
             {.file = file, .text = _("cannot be read any more"), .remedy = _("run the command again")});
+    product.UpdateParam(name, value);  // the module knows no root
 }
 
 std::string WithoutLines(std::string_view text, const std::string& name) {

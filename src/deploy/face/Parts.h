@@ -6,6 +6,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/targets/Deployment.h"
 #include "zet/deploy/Outcome.h"
+#include "zet/deploy/Plan.h"
 #include "zet/deploy/Product.h"
 
 namespace ZET::Deploy {
@@ -48,7 +49,7 @@ class Relay : public Observer {
         m_outcome = {};
         m_instead = observer;
         try {
-            RemedyErrors("", call);
+            call();
         } catch (...) {
             m_instead = nullptr;
             throw;
@@ -73,18 +74,45 @@ class Product::Implementation {
 
     Relay relay;
     Deployment deployment;
+    const Plan::Implementation* plan = nullptr;  ///< that waits for its commit
+    int calls = 0;                               ///< that are under way: an observer may make some, too
 };
 
-/// What the calls of the library work on.
-inline Deployment& DeploymentOf(Product& product) {
-    return product.Parts().deployment;
+/// A call of the library. No directory of the host is held after it.
+class Call {
+  public:
+    explicit Call(Product::Implementation& parts) : m_parts(parts) { ++m_parts.calls; }
+    ~Call() {
+        if (--m_parts.calls == 0) m_parts.deployment.LetDirectoriesGo();
+    }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+
+    /// The host as it is now; where a plan waits for its commit, or within another call, as that has found
+    /// it.
+    Deployment& Begin() const {
+        if (m_parts.calls == 1 && m_parts.plan == nullptr) m_parts.deployment.BeginAnew();
+        return m_parts.deployment;
+    }
+
+  private:
+    Product::Implementation& m_parts;
+};
+
+/// What `work(deployment)` returns, in one call. What the core or the module throws meanwhile is a `Failure`
+/// to the caller.
+template <typename Work>
+auto Use(Product& product, Work work) {
+    return RemedyErrors("", [&] {
+        const Call call(product.Parts());
+        return work(call.Begin());
+    });
 }
 
-/// What `call(deployment)` returns. What the core or the module throws meanwhile is a `Failure` to the
-/// caller.
-template <typename Call>
-auto Use(Product& product, Call call) {
-    return RemedyErrors("", [&] { return call(DeploymentOf(product)); });
+/// What `work(deployment)` made happen; `observer`, unless it is null, is told in place of the product's.
+template <typename Work>
+Outcome Collect(Product& product, Observer* observer, Work work) {
+    return product.Parts().relay.Collect(observer, [&] { Use(product, work); });
 }
 
 }  // namespace ZET::Deploy

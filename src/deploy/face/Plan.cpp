@@ -11,10 +11,21 @@ namespace ZET::Deploy {
 
 class Plan::Implementation {
   public:
-    Implementation(Deployment& product, const std::vector<std::string>& templateNames, OnEdit onEdit)
-        : deployment(product), plan(product, templateNames, onEdit) {}
+    Implementation(Product::Implementation& product, const std::vector<std::string>& templateNames,
+                   OnEdit onEdit)
+        : parts(product), plan(product.deployment, templateNames, onEdit) {
+        if (plan.Problems().empty()) parts.plan = this;
+    }
+    ~Implementation() { End(); }
+    Implementation(const Implementation&) = delete;
+    Implementation& operator=(const Implementation&) = delete;
 
-    Deployment& deployment;
+    /// The calls that come next find the host as it is then.
+    void End() {
+        if (parts.plan == this) parts.plan = nullptr;
+    }
+
+    Product::Implementation& parts;
     CommitPlan plan;
 };
 
@@ -29,8 +40,10 @@ const std::vector<Problem>& Plan::Problems() const {
 
 std::vector<FileOutcome> Plan::Files() const {
     std::vector<FileOutcome> files;
-    RemedyErrors("",
-                 [&] { files = OutcomesOf(m_implementation->deployment, m_implementation->plan.Targets()); });
+    RemedyErrors("", [&] {
+        const Call call(m_implementation->parts);
+        files = OutcomesOf(m_implementation->parts.deployment, m_implementation->plan.Targets());
+    });
     return files;
 }
 
@@ -39,9 +52,10 @@ std::vector<std::string> Plan::Restarts() const {
 }
 
 Plan MakePlan(Product& product, const std::vector<std::string>& templateNames, OnEdit onEdit) {
-    return Use(product, [&](Deployment& deployment) {
+    product.Parts().plan = nullptr;
+    return Use(product, [&](Deployment&) {
         const SignalGuard signals;
-        return Plan(std::make_unique<Plan::Implementation>(deployment, templateNames, onEdit));
+        return Plan(std::make_unique<Plan::Implementation>(product.Parts(), templateNames, onEdit));
     });
 }
 
@@ -54,8 +68,11 @@ Outcome Commit(Product& product, Plan& plan, Observer* observer) {
                        .remedy = _("solve them, and plan again"),
                        .output = lines});
     }
-    Deployment& deployment = DeploymentOf(product);
-    return product.Parts().relay.Collect(observer, [&] {
+    if (product.Parts().plan != &plan.Parts())
+        throw Failure({.text = _("the plan was committed already, or another one was made since"),
+                       .remedy = _("plan again")});
+    return Collect(product, observer, [&](Deployment& deployment) {
+        plan.Parts().End();
         const SignalGuard signals;
         if (deployment.Wanted().dryRun) {
             Preview(deployment, plan.Parts().plan);

@@ -1,6 +1,7 @@
 #include "zet/deploy/Product.h"
 
 #include "deploy/face/Parts.h"
+#include "deploy/host/Paths.h"
 #include "deploy/targets/Check.h"
 #include "deploy/targets/Targets.h"
 #include "text/TemplateCheck.h"
@@ -10,9 +11,15 @@
 
 namespace ZET::Deploy {
 
+/// The same file, wherever the program goes. In a tree, a path begins at its root.
+static std::string LastingName(const std::string& configFile, const Options& options) {
+    return options.root.empty() && !configFile.empty() ? AbsolutePath(configFile) : configFile;
+}
+
 Product::Product(const std::string& configFile, const Options& options, Observer* observer)
-    : m_implementation(RemedyErrors(
-          "", [&] { return std::make_unique<Implementation>(configFile, options, observer); })) {}
+    : m_implementation(RemedyErrors("", [&] {
+          return std::make_unique<Implementation>(LastingName(configFile, options), options, observer);
+      })) {}
 
 Product::~Product() = default;
 

@@ -7,8 +7,8 @@ namespace ZET::Deploy {
 
 Outcome RollBack(Product& product, const std::vector<std::string>& files, bool isForced) {
     RollbackResult result;
-    Outcome outcome = product.Parts().relay.Collect(nullptr, [&] {
-        result = RollBack(DeploymentOf(product), files, {isForced, false});
+    Outcome outcome = Collect(product, nullptr, [&](Deployment& deployment) {
+        result = RollBack(deployment, files, {isForced, false});
     });
     outcome.isComplete = !result.isKept;
     return outcome;

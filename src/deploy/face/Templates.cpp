@@ -30,8 +30,8 @@ std::vector<TemplateState> TemplateStates(Product& product, const std::vector<st
 }
 
 Outcome UpgradeTemplates(Product& product, const std::vector<std::string>& names, Observer* observer) {
-    return product.Parts().relay.Collect(observer, [&] {
-        TemplateUpgrade upgrade(DeploymentOf(product), names);
+    return Collect(product, observer, [&](Deployment& deployment) {
+        TemplateUpgrade upgrade(deployment, names);
         RequireNone(upgrade.Problems());
         upgrade.Run();
     });

@@ -11,7 +11,7 @@ namespace {
 template <typename Call>
 Outcome Collected(Product& product, Call call) {
     UndoResult result;
-    Outcome outcome = product.Parts().relay.Collect(nullptr, [&] { result = call(DeploymentOf(product)); });
+    Outcome outcome = Collect(product, nullptr, [&](Deployment& deployment) { result = call(deployment); });
     std::string lines;
     for (const Problem& problem : result.problems)
         lines += problem.Describe() + "\n";

@@ -17,16 +17,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-std::string AbsolutePath(const std::string& path) {
-    if (path.starts_with('/')) return path;
-    const std::unique_ptr<char, decltype(&std::free)> directory(getcwd(nullptr, 0), std::free);
-    if (!directory)
-        throw Failure(
-            {.text = _("the current directory cannot be found"), .remedy = _("change to one that exists")},
-            errno);
-    return PathIn(directory.get(), path);
-}
-
 bool IsLink(const std::string& path) {
     char target[1];
     if (readlink(path.c_str(), target, sizeof target) >= 0) return true;
@@ -36,6 +26,16 @@ bool IsLink(const std::string& path) {
 }
 
 }  // namespace
+
+std::string AbsolutePath(const std::string& path) {
+    if (path.starts_with('/')) return path;
+    const std::unique_ptr<char, decltype(&std::free)> directory(getcwd(nullptr, 0), std::free);
+    if (!directory)
+        throw Failure(
+            {.text = _("the current directory cannot be found"), .remedy = _("change to one that exists")},
+            errno);
+    return PathIn(directory.get(), path);
+}
 
 Paths::Paths(const std::string& root) {
     if (root.empty()) return;

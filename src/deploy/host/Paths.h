@@ -8,6 +8,10 @@
 
 namespace ZET::Deploy {
 
+/// The path as it is from wherever; a relative one begins in the current directory, and is a `Failure` where
+/// that is gone.
+std::string AbsolutePath(const std::string& path);
+
 /// Where the files of a host are: under "/", or under the root directory of a host tree that is worked on
 /// from outside.
 class Paths {
@@ -53,6 +57,9 @@ class Paths {
     /// The name that a file has for the host itself, without the root before it; and back.
     std::string NameInside(const std::string& path) const;
     std::string FromInside(const std::string& name) const { return m_root + name; }
+
+    /// What was found is forgotten; until then, a directory is looked for once, and held.
+    void LetGo() { m_known = {}; }
 
     bool HasRoot() const { return !m_root.empty(); }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
@@ -26,19 +27,39 @@ std::string DefaultOf(const std::string& key) {
 
 Host::Host(const std::string& configFile, const Options& options, Observer& observer)
     : m_configFile(configFile), m_options(options), m_observer(observer), m_paths(options.root) {
-    StartCore();
-    for (const auto& [key, directory] : m_options.directories)
-        Core().UpdateParam(key, directory);
-    RequireDirectories();
-    m_values.TakeDefaults();
-    if (!m_paths.HasRoot()) return;
-    for (const char* key : kDirectories)
-        Core().UpdateParam(key, m_paths.Resolved(Core().GetParam(key)));
+    ReadParameters();
 }
 
 Observer::~Observer() = default;
 
 Host::~Host() = default;
+
+void Host::UpdateParam(const std::string& key, const std::string& value) {
+    Core().UpdateParam(key, IsOwnDirectory(key) ? FilePath(value) : value);
+}
+
+void Host::BeginAnew() {
+    LetDirectoriesGo();
+    ReadParameters();
+}
+
+void Host::ReadParameters() {
+    m_values.emplace(*this);
+    m_history.emplace(*this);
+    std::unique_ptr<CZETHost> read = ReadMainFile();
+    if (m_core) {
+        m_core->TakeParameters(*read);
+    } else {
+        m_core = std::move(read);
+    }
+    for (const auto& [key, directory] : m_options.directories)
+        Core().UpdateParam(key, directory);
+    RequireDirectories();
+    m_values->TakeDefaults();
+    if (!m_paths.HasRoot()) return;
+    for (const char* key : kDirectories)
+        UpdateParam(key, Param(key));
+}
 
 void Host::RequireGoOn() {
     SignalGuard::Check();
@@ -47,7 +68,7 @@ void Host::RequireGoOn() {
             {.text = _("was cancelled before all was done"), .remedy = _("call it again to go on")});
 }
 
-void Host::StartCore() {
+std::unique_ptr<CZETHost> Host::ReadMainFile() const {
     // Links followed, so that an option that is set goes into the real file and a link stays one.
     const std::string file = m_paths.Resolved(m_configFile);
     if (!IsFileExist(file) && StateOf(m_paths.FromInside(m_configFile)).exists) {
@@ -55,8 +76,8 @@ void Host::StartCore() {
                        .text = Words("is a link to %s, which is not there", file),
                        .remedy = _("correct the link, or remove it")});
     }
-    m_core = m_options.needsConfigFile || IsFileExist(file) ? std::make_unique<CZETHost>(file)
-                                                            : std::make_unique<CZETHost>();
+    return m_options.needsConfigFile || IsFileExist(file) ? std::make_unique<CZETHost>(file)
+                                                          : std::make_unique<CZETHost>();
 }
 
 void Host::RequireDirectories() {

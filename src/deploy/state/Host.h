@@ -2,6 +2,7 @@
 #define ZET_DEPLOY_HOST_H
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "deploy/host/Paths.h"
@@ -42,19 +43,29 @@ class Host {
     /// The same of one that is yes or no.
     bool Flag(const std::string& key) { return FlagOfParam(key, Param(key)).value_or(false); }
 
+    /// Gives the core a parameter as the host's files have it.
+    void UpdateParam(const std::string& key, const std::string& value);
+
     /// Every parameter that the core has, with its value.
     StringMap CoreParams() const { return m_core->GetParams(); }
 
     /// What the host's own values are, and where every value comes from.
-    HostValues& Values() { return m_values; }
+    HostValues& Values() { return *m_values; }
 
     StateDirectory State() { return StateDirectory(Param("ZET_VAR_LIB_DIR")); }
 
     /// What was done on the host, and what the files were before.
-    History& HostHistory() { return m_history; }
+    History& HostHistory() { return *m_history; }
 
     /// The path under which a file given by the caller can be opened: under the root, links followed.
     std::string FilePath(const std::string& file) const { return m_paths.Resolved(file); }
+
+    /// Forgets what was found on the host, and reads the parameters again: for who does more than one thing
+    /// with the object. They may be missing or broken by now, which throws, as in the constructor.
+    virtual void BeginAnew();
+
+    /// The directories that were found are held no more, but looked for by their names.
+    void LetDirectoriesGo() { m_paths.LetGo(); }
 
     /// Throws `Interrupted` when a signal came, or the observer wants no more: between two files.
     void RequireGoOn();
@@ -69,8 +80,10 @@ class Host {
     CZETHost& LoadedCore() { return *m_core; }
 
   private:
+    void ReadParameters();
+
     /// Without a configuration file where the caller can do without and none is there.
-    void StartCore();
+    std::unique_ptr<CZETHost> ReadMainFile() const;
 
     /// A `Failure` unless each parameter that has to names a directory: an empty one would stand for the
     /// root.
@@ -82,8 +95,8 @@ class Host {
     Observer& m_observer;
     Paths m_paths;
     std::unique_ptr<CZETHost> m_core;
-    HostValues m_values{*this};
-    History m_history{*this};
+    std::optional<HostValues> m_values;
+    std::optional<History> m_history;
 };
 
 /// Whether the parameter names a directory of the product's own.

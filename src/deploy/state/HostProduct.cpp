@@ -42,6 +42,12 @@ void HostProduct::ForgetValues() {
     Config().RecreateTemplatesMap();
 }
 
+void HostProduct::BeginAnew() {
+    m_ownPaths.LetGo();
+    Host::BeginAnew();
+    ForgetValues();
+}
+
 void HostProduct::LoadModule() {
     try {
         LoadedCore().LoadModule(ModuleFile());

@@ -24,6 +24,8 @@ class HostProduct : public Host {
     /// Parameters have other values now.
     void ForgetValues();
 
+    void BeginAnew() override;
+
     /// Empty when it is built into the program.
     const std::string& ModuleFile() const { return m_moduleFile; }
 

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <set>
 
 #include "deploy/host/Failure.h"
@@ -20,10 +19,6 @@
 namespace ZET::Deploy {
 
 namespace {
-
-std::string AbsolutePath(const std::string& path) {
-    return std::filesystem::absolute(path).string();
-}
 
 void RequireDirectory(Host& host, const std::string& path) {
     const std::string directory = DirectoryOf(path);

@@ -26,7 +26,7 @@ void Assume(Deployment& product, const std::string& name, const std::string& val
         if (const auto problem = product.Values().ProblemOfName(name)) Refuse(problem->text, problem->remedy);
     }
     try {
-        if (!IsOwnDirectory(name)) product.Core().UpdateParam(name, value);
+        if (!IsOwnDirectory(name)) product.UpdateParam(name, value);
     } catch (const EZETCheckError& error) {
         const char* remedy =
             name == "ZET_CFG" ? _("name another file with --config") : _("write one of the two");

@@ -4,9 +4,19 @@
 
 namespace ZET::Deploy {
 
+void Deployment::LookAnew() {
+    m_lists.emplace(*this);
+    m_secrets.emplace(*this, *m_lists);
+}
+
+void Deployment::BeginAnew() {
+    HostProduct::BeginAnew();
+    LookAnew();
+}
+
 std::string Deployment::TrustedAt(const std::string& path) {
     try {
-        const Target* const target = m_lists.TargetNamed(m_lists.NameOf(path));
+        const Target* const target = m_lists->TargetNamed(m_lists->NameOf(path));
         return target == nullptr ? "" : target->trusted;
     } catch (const Failure&) {
         return "";

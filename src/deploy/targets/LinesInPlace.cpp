@@ -25,7 +25,7 @@ std::set<std::string> BlockLinesOf(std::string_view text) {
 std::vector<RememberedLine> FormerLinesOf(const FileWithLines& file, Role role) {
     std::set<std::string> wanted;
     for (const LineToSet& line : file.lines)
-        wanted.insert(SelectorOf(*line.edit));
+        wanted.insert(SelectorOf(line.edit));
     for (const RememberedLine& line : file.remembered)
         if (line.role != role) wanted.insert(line.selector);
     std::vector<RememberedLine> former;

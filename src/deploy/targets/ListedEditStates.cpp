@@ -22,7 +22,7 @@ std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
         return std::all_of(inBlocks.begin(), inBlocks.end(),
                            [&](const std::string& each) { return each == text; });
     };
-    const std::string selector = SelectorOf(*line.edit);
+    const std::string selector = SelectorOf(line.edit);
     if (inBlocks.empty()) return file.Remembers(selector) ? "missing" : "not committed";
     if (are(Text::WithLineEnd(line.line, Text::LineEndsOf(file.text))))
         return isOutside ? "edited" : "in sync";
@@ -35,7 +35,7 @@ std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
 
 bool IsTakenOver(const FileWithLines& file, const LineToSet& line, const std::vector<LineInPlace>& places,
                  IZETCore& core) {
-    const std::string selector = SelectorOf(*line.edit);
+    const std::string selector = SelectorOf(line.edit);
     if (!file.Remembers(selector)) return false;
     return std::any_of(places.begin(), places.end(), [&](const LineInPlace& place) {
         return !place.isInBlock && !file.HasSet(selector, place.text) &&
@@ -53,7 +53,7 @@ std::vector<ListedEditState> StatesOfEdits(Deployment& product, const ListedLine
         product.RequireGoOn();
         const std::vector<LineInPlace> places = LinesIn(Text::ManagedText(file.text));
         for (const LineToSet& line : file.lines)
-            add(*line.edit, file.path, StateOfLine(file, line, places, product.Core()));
+            add(line.edit, file.path, StateOfLine(file, line, places, product.Core()));
         const std::set<std::string> blocks = BlockLinesOf(file.text);
         for (const RememberedLine& line : FormerLinesOf(file, product.Role()))
             if (blocks.contains(line.line))

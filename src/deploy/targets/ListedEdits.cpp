@@ -105,7 +105,7 @@ void ListedEdits::JudgePlaceOf(const FileWithLines& file) {
             {.file = path, .text = Words("is %s", use), .remedy = _("give the edit another file")});
     std::set<std::string> names;
     for (const LineToSet& line : file.lines)
-        names.insert(line.edit->path);
+        names.insert(line.edit.path);
     if (geteuid() == 0 && problems.empty()) problems = ObjectionsTo(m_product.HostPaths(), names, path);
     if (m_product.Wanted().onlyLooks) WarnOfRights(m_product.Out(), problems);
     m_problems.insert(m_problems.end(), std::make_move_iterator(problems.begin()),
@@ -129,7 +129,7 @@ void ListedEdits::JudgeLines(const FileWithLines& file) {
         for (const LineToSet& other : file.lines)
             if (&other != &line && selects(line, other.line))
                 Add(line,
-                    Words("selects the line that the edit of line %s sets", std::to_string(other.edit->line)),
+                    Words("selects the line that the edit of line %s sets", std::to_string(other.edit.line)),
                     _("give each line to one edit"));
         for (std::size_t i = 0; i < places.size(); ++i) {
             if (!selects(line, places[i].text)) continue;
@@ -144,15 +144,15 @@ void ListedEdits::JudgePlace(const FileWithLines& file, const LineToSet& line, c
     const std::string where = file.path + ":" + std::to_string(place.number);
     if (owner != nullptr)
         return Add(line,
-                   Words("selects %s, as the edit of line %s does", where, std::to_string(owner->edit->line)),
+                   Words("selects %s, as the edit of line %s does", where, std::to_string(owner->edit.line)),
                    _("give each line to one edit"));
-    if (place.isInBlock && place.text != line.line && !file.Remembers(SelectorOf(*line.edit)))
+    if (place.isInBlock && place.text != line.line && !file.Remembers(SelectorOf(line.edit)))
         Add(line, Words("%s stands in a managed block of something else", where),
             _("restore that, or leave the line to it"));
 }
 
 void ListedEdits::Add(const LineToSet& line, const std::string& text, const std::string& remedy) {
-    m_problems.push_back({.file = line.edit->file, .line = line.edit->line, .text = text, .remedy = remedy});
+    m_problems.push_back({.file = line.edit.file, .line = line.edit.line, .text = text, .remedy = remedy});
 }
 
 void ListedEdits::Plan(FileWithLines file, const Staging& staging) {
@@ -187,7 +187,7 @@ void ListedEdits::JudgeEdited(PlannedEdits& planned) const {
         IZETCore& core = m_product.Core();
         const bool isEdited = StateOfLine(file, line, places, core) == "edited";
         if (!isEdited && !IsTakenOver(file, line, places, core)) continue;
-        line.stays = m_onEdit == OnEdit::Merge && file.HasSet(SelectorOf(*line.edit), line.line);
+        line.stays = m_onEdit == OnEdit::Merge && file.HasSet(SelectorOf(line.edit), line.line);
         planned.isMerged = planned.isMerged || line.stays;
         planned.isEdited = planned.isEdited || !line.stays;
         if (m_onEdit == OnEdit::Merge && !line.stays)
@@ -251,7 +251,7 @@ std::vector<RememberedLine> ListedEdits::ToRemember(const FileWithLines& file) c
     for (const RememberedLine& line : file.remembered)
         if (line.role != m_product.Role()) lines.push_back(line);
     for (const LineToSet& line : file.lines)
-        lines.push_back({m_product.Role(), SelectorOf(*line.edit), line.line});
+        lines.push_back({m_product.Role(), SelectorOf(line.edit), line.line});
     return lines;
 }
 

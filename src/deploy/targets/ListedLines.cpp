@@ -147,7 +147,7 @@ class Finder {
 
     LineToSet Made(const ListedEdit& edit, const std::string& line, const FileWithLines& file) {
         IZETCore& core = m_product.Core();
-        LineToSet made{&edit, "", line};
+        LineToSet made{edit, "", line};
         if (edit.param.empty()) {
             RequirePattern(core, edit.pattern);
             // The module adds markers line by line.

@@ -18,7 +18,7 @@ namespace ZET::Deploy {
 
 /// A line that the lists ask for in a file.
 struct LineToSet {
-    const ListedEdit* edit = nullptr;
+    ListedEdit edit;      ///< of its own: the lists may be read again before it is set
     std::string pattern;  ///< the lines that it takes the place of
     std::string line;     ///< placeholders replaced
     bool stays = false;   ///< as a hand changed it

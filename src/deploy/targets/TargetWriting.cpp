@@ -63,8 +63,13 @@ class TargetWriting {
         if (!planned.IsChange()) return nullptr;
         m_product.RequireGoOn();
         batch.SetSubject(planned.path);
-        FileInPlace place(m_product.HostPaths().Find(planned.target.path, planned.target.trusted),
-                          planned.path);
+        FoundFile found = m_product.HostPaths().Find(planned.target.path, planned.target.trusted);
+        if (found.path != planned.path)
+            throw Failure({.file = planned.target.path,
+                           .text = Words("leads to %s by now, and to %s when it was looked at", found.path,
+                                         planned.path),
+                           .remedy = _("run the command again")});
+        FileInPlace place(std::move(found), planned.path);
         auto rendering = std::make_unique<TargetRendering>(
             m_product, std::move(place),
             TargetToRender{planned.target.templateName, *planned.staged, planned.after.mode, planned.version,
