@@ -305,6 +305,33 @@ assert_secret_kept() {
     assert_absent conf.tmp
 }
 
+@test "what a run that was cut short left is known without its recorded texts only as a whole" {
+    local stays=": stays, as it cannot be what the run that was cut short left (look at it, and move it away)"
+    add_target one.conf $'x\n'
+    for setting in ZET_HISTORY=no ZET_HISTORY_MAX_FILE=1; do
+        echo "$setting" >>zet.conf
+        kill_at_rename out/one.conf commit-config
+        cp out/one.conf.tmp "$BASE/left"
+        echo mine | tee out/one.conf.tmp >out/one.conf.ABC123.tmp
+        head -c 9 "$BASE/left" >out/two.conf.tmp
+        run_zet commit-config
+        assert_status 1
+        for name in one.conf.tmp one.conf.ABC123.tmp; do
+            [[ $stderr == *"warning: $HOST/out/$name$stays"* ]]
+            assert_file "out/$name" $'mine\n'
+        done
+        rm out/one.conf*.tmp out/two.conf.tmp
+        kill_at_rename out/one.conf commit-config
+        : >out/one.conf.000000.tmp
+        run_zet commit-config
+        assert_status 0
+        [[ $stderr == *"removed $HOST/out/one.conf.tmp, which a run that was cut short left"* ]]
+        assert_equal "$(names_in out)" "one.conf one.conf.no_file_before_zet"
+        zet -q rollback-config
+        sed -i '$d' zet.conf
+    done
+}
+
 @test "what a run that was cut short left and cannot be removed is told, and ends no run" {
     add_target one.conf $'x\n'
     kill_at_rename conf param set conf a 2

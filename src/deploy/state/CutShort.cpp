@@ -1,6 +1,7 @@
 #include "deploy/state/CutShort.h"
 
 #include <map>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -58,8 +59,7 @@ class CutShortEntries {
             byFile[FileOf(row)].push_back(row);
         for (const auto& [name, ofFile] : byFile) {
             const std::string path = m_host.HostPaths().FromInside(name);
-            if (m_host.HostPaths().StaysInside(path))
-                ClearLeftOvers(m_host, {path, begun, TextsOf(ofFile), OwnersOf(ofFile)});
+            if (m_host.HostPaths().StaysInside(path)) ClearLeftOvers(m_host, LeftBy(ofFile, path, begun));
         }
     }
 
@@ -77,27 +77,20 @@ class CutShortEntries {
     }
 
     /// A companion has the text of its file, or none.
-    std::vector<std::string> TextsOf(const std::vector<RecordedFile>& rows) {
-        std::vector<std::string> texts;
+    CutShortFile LeftBy(const std::vector<RecordedFile>& rows, const std::string& path, std::int64_t begun) {
+        CutShortFile left{.path = path, .begun = begun};
         for (const RecordedFile& row : rows) {
+            if (row.kind != FileKind::Companion && !row.IsPlanned()) left.isAnyText = true;
             for (const RecordedState* const state : {&row.before, &row.after}) {
                 if (!state->exists) continue;
+                left.owners.insert(state->owner);
                 if (state->text)
-                    texts.push_back(m_store.Text(*state->text));
-                else if (row.kind != FileKind::Companion)
-                    return {};
+                    left.texts.push_back(m_store.Text(*state->text));
+                else
+                    left.whole.push_back(*state);
             }
         }
-        return texts;
-    }
-
-    static std::set<uid_t> OwnersOf(const std::vector<RecordedFile>& rows) {
-        std::set<uid_t> owners;
-        for (const RecordedFile& row : rows) {
-            for (const RecordedState* const state : {&row.before, &row.after})
-                if (state->exists) owners.insert(state->owner);
-        }
-        return owners;
+        return left;
     }
 
     Host& m_host;

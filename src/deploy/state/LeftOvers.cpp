@@ -12,6 +12,7 @@
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/CapturedFile.h"
 #include "posix/DirectoryStream.h"
 #include "posix/PathNames.h"
 #include "zet/ZETFiles.h"
@@ -62,7 +63,7 @@ class LeftOvers {
         struct stat status = {};
         if (lstat(leftOver.c_str(), &status) != 0) return;
         const std::string shown = PartBeforeName(m_file.path) + BaseNameOf(leftOver);
-        if (!IsOfTheRun(status) || !IsBegunText(leftOver, status)) {
+        if (!IsOfTheRun(status) || !IsTextOfTheRun(leftOver, status)) {
             m_observer.Warning(
                 Words("%s: stays, as it cannot be what the run that was cut short left (look at it, and move "
                       "it away)",
@@ -81,9 +82,14 @@ class LeftOvers {
     }
 
     /// Whoever writes beside the file at the same time writes something else.
-    bool IsBegunText(const std::string& leftOver, const struct stat& status) const {
-        if (m_file.texts.empty()) return true;
-        const auto size = static_cast<std::size_t>(status.st_size);
+    bool IsTextOfTheRun(const std::string& leftOver, const struct stat& status) const {
+        if (m_file.isAnyText || status.st_size == 0) return true;
+        return IsBegunText(leftOver, static_cast<std::size_t>(status.st_size)) ||
+               std::any_of(m_file.whole.begin(), m_file.whole.end(),
+                           [&](const RecordedState& state) { return HasRecordedText(leftOver, state); });
+    }
+
+    bool IsBegunText(const std::string& leftOver, std::size_t size) const {
         const bool isAnyAsLong = std::any_of(m_file.texts.begin(), m_file.texts.end(),
                                              [&](const std::string& text) { return size <= text.size(); });
         if (!isAnyAsLong) return false;

@@ -9,19 +9,22 @@
 #include <vector>
 
 #include "deploy/state/Host.h"
+#include "deploy/state/store/Records.h"
 
 namespace ZET::Deploy {
 
 /// A file at which a run may have been killed.
 struct CutShortFile {
-    std::string path;                ///< of the real file
-    std::int64_t begun = 0;          ///< when the run began to write, in nanoseconds since 1970
-    std::vector<std::string> texts;  ///< what was being written begins one of these; none: nobody knows
-    std::set<uid_t> owners{};        ///< whom the run may have given it to
+    std::string path;                    ///< of the real file
+    std::int64_t begun = 0;              ///< when the run began to write, in nanoseconds since 1970
+    bool isAnyText = false;              ///< nobody knew yet what was going to be written
+    std::vector<std::string> texts{};    ///< what was being written begins one of these,
+    std::vector<RecordedState> whole{};  ///< or is all of one of these, whose texts are not kept
+    std::set<uid_t> owners{};            ///< whom the run may have given it to
 };
 
 /// Removes the temporary files that the run left beside the file, which is told; what has the name of one,
-/// but cannot be its work, is told and stays. Only under the product's lock.
+/// but is not surely its work, is told and stays. Only under the product's lock.
 void ClearLeftOvers(Host& host, const CutShortFile& file);
 
 }  // namespace ZET::Deploy
