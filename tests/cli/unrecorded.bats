@@ -37,6 +37,24 @@ on_read_only_state() {
     [[ $output == *"committed: never"*"$ONE: not committed"* ]]
 }
 
+@test "a rollback that finds no room in the history is none that is done" {
+    add_target two.conf $'two\n'
+    zet -q commit-config
+    capture strace -f -qq -o "$BASE/trace" -P "$HOST/state/state.db-wal" -e trace=pwrite64 -e inject=pwrite64:error=ENOSPC \
+        "$ZET_BIN/zet-client" --config zet.conf rollback-config
+    assert_status 1
+    assert_file "$ONE" $'old\n'
+    assert_absent out/two.conf
+    [[ $stderr == *"the history cannot be used: database or disk is full"* ]]
+    [[ $stderr == *"zet-client: error: what was put back is still on record as committed (run the command again once ZET_VAR_LIB_DIR can be written)"$'\n'* ]]
+    run_zet rollback-config
+    assert_status 0
+    run_zet status
+    [[ $output == *"committed: never"*"$ONE: not committed"*"out/two.conf: not committed"* && $output != *edited* ]]
+    run_zet commit-config --on-edit=refuse
+    assert_status 0
+}
+
 @test "a rollback that has nothing to record is done on a read-only directory, too" {
     on_read_only_state rollback-config
     assert_status 0

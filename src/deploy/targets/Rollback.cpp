@@ -60,7 +60,7 @@ class Rollback {
         // What could not be put back is none of those that are taken back any more.
         if (isLast && IsLast(all.files, steps)) RemoveStatusIfPossible();
         m_recording.Complete(Ending::DoneInPart);
-        if (!m_isLocked && IsStillOnRecord(steps, isLast)) {
+        if (!m_recording.IsOn() && IsStillOnRecord(steps, isLast)) {
             m_product.Out().Error(
                 _("what was put back is still on record as committed (run the command again once "
                   "ZET_VAR_LIB_DIR can be written)"));
