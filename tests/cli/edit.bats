@@ -270,6 +270,26 @@ apply_diff() {
     done
 }
 
+@test "what records that there was no file, and is none, is refused by whoever keeps the original" {
+    local kind mark=conf.no_file_before_zet
+    for kind in directory fifo link; do
+        case $kind in
+        directory) mkdir "$mark" ;;
+        fifo) mkfifo "$mark" ;;
+        link) ln -s nowhere "$mark" ;;
+        esac
+        remember_host
+        for edit in "param set conf a new" "param set --no-markers conf a new" "line set conf ^a a=new" "file reserve conf" \
+            "file restore conf" "param set -n conf a new"; do
+            # shellcheck disable=SC2086 # words
+            run_zet $edit
+            assert_refusal 1 "conf.no_file_before_zet: is no regular file, so conf has no reserve (move it away)"
+        done
+        assert_host_unchanged
+        rm -r "$mark"
+    done
+}
+
 @test "a temporary file that a killed run left is cleared away" {
     kill_at_rename conf param set --no-markers conf b killed
     # It had not come to the end of its text.

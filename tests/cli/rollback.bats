@@ -313,6 +313,23 @@ $TWO: removed, as there was none before"
     assert_absent out/two.conf
 }
 
+@test "what records that there was no file, and is none, is refused before anything is removed" {
+    zet commit-config
+    for path in "$ONE" "$TWO"; do
+        rm -f "$path.no_file_before_zet"
+        mkdir "$path.no_file_before_zet"
+    done
+    cp "$ONE" one
+    for force in "" --force; do
+        run_zet rollback-config $force
+        assert_status 1
+        assert_stderr "zet-client: error: $ONE: could not be put back: $ONE.no_file_before_zet: is no regular file (move it away)
+zet-client: error: $TWO: could not be put back: $TWO.no_file_before_zet: is no regular file (move it away)"
+        cmp "$ONE" one
+        assert_made two.conf $'domain = example.org\n'
+    done
+}
+
 @test "a target that has become a link to itself keeps no other from going back" {
     zet commit-config
     rm out/one.conf

@@ -52,12 +52,13 @@ void RequireFreeNames(const std::string& path, bool canRecord, const std::set<st
                        .text = Words("is in the way of writing %s, and not from here", path),
                        .remedy = _("move it away")});
     }
-    const std::string reserve = path + ZETReserveSuffix;
-    const FileState state = StateOf(reserve);
-    if (state.exists && !state.IsRegular()) {
-        throw Failure({.file = reserve,
-                       .text = Words("is no regular file, so %s has no reserve", path),
-                       .remedy = _("move it away")});
+    for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix}) {
+        const FileState companion = StateOf(path + suffix);
+        if (companion.exists && !companion.IsRegular()) {
+            throw Failure({.file = path + suffix,
+                           .text = Words("is no regular file, so %s has no reserve", path),
+                           .remedy = _("move it away")});
+        }
     }
 }
 

@@ -29,6 +29,11 @@ void Keep(TakeBackStep& step, const std::string& remark) {
     step.Tell(Result::Kept, remark);
 }
 
+void RequireRegularIfThere(const std::string& path, const FileState& state) {
+    if (state.exists && !state.IsRegular())
+        throw Failure({.file = path, .text = _("is no regular file"), .remedy = _("move it away")});
+}
+
 std::string PutBackWords(const std::string& attributes, bool isDryRun) {
     if (attributes.empty()) return isDryRun ? _("would be put back as it was") : _("put back as it was");
     return isDryRun ? Words("would be put back as it was, %s", attributes)
@@ -55,15 +60,16 @@ void TakeBack::Decide(TakeBackStep& step) {
 void TakeBack::DecideTarget(TakeBackStep& step) {
     const WrittenFile& file = step.file;
     const FileState reserve = StateOf(file.Reserve());
+    const FileState record = StateOf(file.Record());
     const FileState now = StateOf(file.path);
     step.hasReserve = reserve.exists;
-    if (!reserve.exists && !StateOf(file.Record()).exists) {
+    if (!reserve.exists && !record.exists) {
         step.action = Action::LeaveToOtherRole;
         step.Tell(Result::Unchanged, now.exists ? _("has no reserve, stays as it is") : _("is not there"));
         return;
     }
-    if (reserve.exists && !reserve.IsRegular())
-        throw Failure({.file = file.Reserve(), .text = _("is no regular file"), .remedy = _("move it away")});
+    RequireRegularIfThere(file.Reserve(), reserve);
+    RequireRegularIfThere(file.Record(), record);
     // What cannot be read is not told as edited.
     if (now.IsRegular()) RequireReadableFile(file.path);
     if (now.exists && !m_ways.isForced && !IsOwnWork(file)) {
