@@ -330,6 +330,30 @@ zet-client: error: $TWO: could not be put back: $TWO.no_file_before_zet: is no r
     done
 }
 
+@test "a target whose directory is not there stays on record until that is back, or by word" {
+    zet commit-config
+    mv out away
+    local kept="its directory is not there, so that it stays on record (--force forgets it)"
+    for dry in "" -n; do
+        run_zet rollback-config $dry
+        assert_status 1
+        assert_output "$ONE: $kept
+$TWO: $kept"
+        assert_stderr ""
+    done
+    run_zet status
+    [[ $output != *"committed: never"* && $output == *"$TWO: missing"* ]]
+    mv away out
+    run_zet rollback-config
+    assert_status 0
+    assert_as_before
+    zet commit-config
+    rm -r out
+    run_zet rollback-config --force
+    assert_status 0
+    assert_equal "$(names_in state)" zet.lock
+}
+
 @test "a target that has become a link to itself keeps no other from going back" {
     zet commit-config
     rm out/one.conf

@@ -53,6 +53,11 @@ void TakeBackStep::Tell(Result result, const std::string& remark) {
 
 void TakeBack::Decide(TakeBackStep& step) {
     if (step.file.trouble) throw Failure(*step.file.trouble);
+    if (!m_ways.isForced && IsOutOfReach(step.file)) {
+        Keep(step,
+             Words("its directory is not there, so that it stays on record (%s forgets it)", m_ways.force));
+        return;
+    }
     step.version = VersionOf(step.file.path);
     if (!step.file.isEdit || !DecideEdit(step)) DecideTarget(step);
 }
@@ -88,11 +93,6 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
 bool TakeBack::DecideEdit(TakeBackStep& step) {
     if (!m_ways.isForced && m_known.Find(step.file.path) == nullptr && MayBeOthers(step.file)) {
         KeepOthers(step);
-        return true;
-    }
-    if (!m_ways.isForced && !IsFileExist(DirectoryOf(step.file.path))) {
-        Keep(step,
-             Words("its directory is not there, so that it stays on record (%s forgets it)", m_ways.force));
         return true;
     }
     EditToTakeBack edit = LookAtEdit(m_product, m_known, step.file, m_ways.isForced);
@@ -146,6 +146,13 @@ void TakeBack::DecidePutBack(TakeBackStep& step, const FileState& now, const Fil
     if (step.action != Action::PutBack) return;
     for (const std::string& path : {step.file.path, step.file.Reserve()})
         RequireReplaceable(path);
+}
+
+/// It may come back with the file system that it was on.
+bool TakeBack::IsOutOfReach(const WrittenFile& file) const {
+    const bool isOnRecord =
+        file.isEdit ? m_known.Find(file.path) != nullptr : m_known.Has(file.path, m_product.Role());
+    return isOnRecord && !IsFileExist(DirectoryOf(file.path));
 }
 
 void TakeBack::KeepEdited(TakeBackStep& step) const {
