@@ -131,7 +131,7 @@ _zet() {
         option) words='get set unset list' ;;
         'template install') options+=' --force' words=$(_zet_templates) ;;
         'template status' | 'template diff' | 'template upgrade') words=$(_zet_templates) ;;
-        'template process') options+=' --value' words=$(_zet_templates) ;;
+        'template process') options+=' --value --force' words=$(_zet_templates) ;;
         'param get') options+=' --section --no-section' ;;
         'param set' | 'param unset') options+=' --section --no-section --force --no-markers --no-backup' ;;
         'param restore') options+=' --section --no-section --all-blocks --force --no-markers --no-backup' ;;
@@ -139,7 +139,7 @@ _zet() {
         'line set') options+=' --section --no-section --force --no-markers --no-backup' ;;
         'line restore') options+=' --section --no-section --all-blocks --force --no-markers --no-backup' ;;
         'file strip') options+=' --force --no-backup' ;;
-        'file forget') options+=' --force' ;;
+        'file restore' | 'file forget') options+=' --force' ;;
         'file list') options+=' --null' ;;
         history)
             options+=' -N --count' files=-f

@@ -286,3 +286,60 @@ $HOST/other.before_zet"
     run_zet --set ZET_HISTORY=no file list
     [ "$status" -ne 0 ]
 }
+
+# assert_replaced_by_word COMMAND...: what a hand made of conf, which nothing keeps, is replaced with --force alone.
+assert_replaced_by_word() {
+    cp conf held
+    for dry in "" -n; do
+        run_zet "$@" $dry
+        assert_refusal 1 "$HOST/conf: holds changes that are kept nowhere (--force replaces it all the same)"
+        cmp conf held
+    done
+    run_zet "$@" --force
+    assert_status 0
+    ! grep hand conf || differ conf "without the hand's" "$(cat conf)"
+}
+
+@test "a restore drops edits that nothing keeps only by word" {
+    for setting in ZET_HISTORY=no ZET_HISTORY_MAX_FILE=5; do
+        echo "$setting" >>zet.conf
+        printf 'a=1\nb=2\n' >conf
+        zet -q param set conf a 3
+        run_zet file restore "$HOST/conf"
+        assert_status 0
+        assert_file conf $'a=1\nb=2\n'
+        zet -q param set conf a 3
+        echo hand >>conf
+        assert_replaced_by_word file restore "$HOST/conf"
+        assert_file conf $'a=1\nb=2\n'
+        sed -i '$d' zet.conf
+    done
+    zet -q param set conf a 3
+    echo hand >>conf
+    run_zet file restore conf
+    assert_status 0
+}
+
+@test "a template is rendered over edits that nothing keeps only by word" {
+    local setting
+    printf 'x ${v}\n' >templates/made.conf
+    for setting in ZET_HISTORY=no ZET_HISTORY_MAX_FILE=5; do
+        echo "$setting" >>zet.conf
+        echo before >conf
+        run_zet template process made.conf "$HOST/conf" --value v=1
+        assert_status 0
+        run_zet template process made.conf "$HOST/conf" --value v=2
+        assert_status 0
+        echo hand >>conf
+        assert_replaced_by_word template process made.conf "$HOST/conf" --value v=3
+        run_zet template process made.conf "$HOST/conf" --value v=4
+        assert_status 0
+        rm -f conf*
+        sed -i '$d' zet.conf
+    done
+    zet -q template process made.conf "$HOST/conf" --value v=1
+    zet -q template process made.conf "$HOST/conf" --value v=2
+    echo hand >>conf
+    run_zet template process made.conf "$HOST/conf" --value v=3
+    assert_status 0
+}

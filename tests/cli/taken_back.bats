@@ -286,7 +286,7 @@ $HOST/out/plain: stays for the role server, which has committed it"
     zet -q commit-config
     zet -q rollback-config
     assert_file out/plain $'a=1\nb=2\nmine=1\n'
-    zet -q file restore out/plain
+    zet -q file restore --force out/plain
     zet -q commit-config
     sed -i 's/"9"/"10"/' etc/targets.d/10.toml
     zet -q commit-config

@@ -48,9 +48,11 @@ ZET_API FileOutcome RestoreLine(Product& product, const std::string& file, const
 ZET_API FileOutcome StripFile(Product& product, const std::string& file,
                               const EditOptions& options = EditOptions());
 
-/// Keeps the file as it is now, or that there is none; puts back what was kept; drops what was kept.
+/// Keeps the file as it is now, or that there is none; puts back what was kept, over changes that nothing
+/// keeps only with force; drops what was kept.
 ZET_API FileOutcome ReserveFile(Product& product, const std::string& file);
-ZET_API FileOutcome RestoreFile(Product& product, const std::string& file);
+ZET_API FileOutcome RestoreFile(Product& product, const std::string& file,
+                                const EditOptions& options = EditOptions());
 ZET_API FileOutcome ForgetReserve(Product& product, const std::string& file,
                                   const EditOptions& options = EditOptions());
 

@@ -44,6 +44,9 @@ void AddForce(Command<Given>& command) {
     command.Flag("--force", &EditOptions::force, "Edit a committed target, too");
 }
 
+/// Of what is not edited, but replaced.
+inline constexpr char kForceHelp[] = ZET_TEXT("Over changes that are kept nowhere, too");
+
 template <typename Given>
 void AddNoBackup(Command<Given>& command) {
     command.Flag("--no-backup", &EditOptions::noBackup, "Keep no reserve of the file");

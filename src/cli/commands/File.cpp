@@ -45,7 +45,7 @@ int Reserve(Session& session, const FileOptions& asked) {
 
 int Restore(Session& session, const FileOptions& asked) {
     BeginFileReport(session);
-    return ReportFile(session, RestoreFile(session.Product(), asked.file));
+    return ReportFile(session, RestoreFile(session.Product(), asked.file, asked));
 }
 
 int Forget(Session& session, const FileOptions& asked) {
@@ -66,7 +66,7 @@ void RegisterFile(CommandLine& line) {
     AddNoBackup(strip);
     AddForce(strip);
     add("reserve", "Keep the file as it is now", Reserve);
-    add("restore", "Put the reserve back", Restore);
+    add("restore", "Put the reserve back", Restore).Flag("--force", &EditOptions::force, kForceHelp);
     auto forget = add("forget", "Drop the reserve", Forget);
     AddForce(forget);
     family.Add<ListOptions>("list", "List the reserves of the files that the history knows", ListAll)

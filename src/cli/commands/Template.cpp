@@ -2,6 +2,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/FileReport.h"
 #include "cli/Translation.h"
+#include "cli/commands/EditArguments.h"
 #include "cli/commands/Registrations.h"
 #include "cli/commands/TemplateCommands.h"
 #include "deploy/host/Failure.h"
@@ -23,6 +24,7 @@ struct ProcessOptions {
     std::string name;
     std::string target;
     std::vector<std::string> values;
+    bool force = false;
 };
 
 /// The caller's own values by placeholder.
@@ -67,7 +69,7 @@ int Process(Session& session, const ProcessOptions& asked) {
     if (asked.target.empty()) throw UsageError(_("TARGET is empty (name a file)"));
     const Rendering rendering{asked.name, ExtraValues(asked.values)};
     if (asked.target == kStandardOutput) return PrintRendering(session, rendering);
-    TemplateProcess process(session.Product(), rendering, asked.target);
+    TemplateProcess process(session.Product(), rendering, asked.target, asked.force);
     if (TellRefusal(session, CheckRendering(session.Product(), rendering))) return kFailed;
     return ReportFile(session, process.Run());
 }
@@ -84,7 +86,8 @@ void RegisterTemplate(CommandLine& line) {
         .Add<ProcessOptions>("process", "Render one template into a file", Process)(
             "NAME", &ProcessOptions::name, "The template")("TARGET", &ProcessOptions::target,
                                                            "The file, or - for standard output")
-        .Assignments("--value", &ProcessOptions::values, "Another value for this run (NAME without ${})");
+        .Assignments("--value", &ProcessOptions::values, "Another value for this run (NAME without ${})")
+        .Flag("--force", &ProcessOptions::force, kForceHelp);
     AddTemplateUpgrade(family);
 }
 

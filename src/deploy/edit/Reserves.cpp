@@ -15,6 +15,7 @@
 #include "deploy/state/Replacement.h"
 #include "deploy/state/Writing.h"
 #include "deploy/targets/ShownDiff.h"
+#include "deploy/targets/UnkeptText.h"
 #include "text/FirstLine.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -146,11 +147,12 @@ FileOutcome ReserveFile(Deployment& product, const std::string& file) {
     return work.Result(Result::Reserved, Words("kept as %s", work.reserve));
 }
 
-FileOutcome RestoreFile(Deployment& product, const std::string& file) {
+FileOutcome RestoreFile(Deployment& product, const std::string& file, const EditOptions& options) {
     ReserveWork work(product, file, true);
     if (!work.hasReserve && !work.hasRecord) return work.Result(Result::Unchanged, _("nothing to put back"));
     if (work.hasReserve) {
         if (work.hasFile) RequireReadableFile(work.path);
+        if (!options.force) RequireKeptText(product, work.path, work.writing.Records());
         work.outcome.diff = DiffToShow(product, work.hasFile ? work.path : "", work.reserve, work.path);
         work.outcome.diff.Append(DiffToShow(product, work.reserve, "", work.path, work.reserve));
         work.outcome.after = StateOf(work.reserve);

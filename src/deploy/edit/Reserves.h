@@ -16,8 +16,8 @@ FileOutcome StripFile(Deployment& product, const std::string& file, const EditOp
 /// Keeps the file as it is now, or that there is none, unless that was done before.
 FileOutcome ReserveFile(Deployment& product, const std::string& file);
 
-/// Puts the reserve back.
-FileOutcome RestoreFile(Deployment& product, const std::string& file);
+/// Puts the reserve back; unless `options` has force, not over changes that nothing keeps.
+FileOutcome RestoreFile(Deployment& product, const std::string& file, const EditOptions& options);
 
 /// Drops the reserve.
 FileOutcome ForgetReserve(Deployment& product, const std::string& file, const EditOptions& options);

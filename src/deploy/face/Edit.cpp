@@ -75,8 +75,8 @@ FileOutcome ReserveFile(Product& product, const std::string& file) {
     return Use(product, [&](Deployment& deployment) { return ReserveFile(deployment, file); });
 }
 
-FileOutcome RestoreFile(Product& product, const std::string& file) {
-    return Use(product, [&](Deployment& deployment) { return RestoreFile(deployment, file); });
+FileOutcome RestoreFile(Product& product, const std::string& file, const EditOptions& options) {
+    return Use(product, [&](Deployment& deployment) { return RestoreFile(deployment, file, options); });
 }
 
 FileOutcome ForgetReserve(Product& product, const std::string& file, const EditOptions& options) {

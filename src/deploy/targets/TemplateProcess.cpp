@@ -18,6 +18,7 @@
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/TargetCheck.h"
 #include "deploy/targets/Templates.h"
+#include "deploy/targets/UnkeptText.h"
 #include "posix/ModeBits.h"
 #include "zet/ZETFiles.h"
 
@@ -67,8 +68,13 @@ std::string RenderedText(Deployment& product, const Rendering& rendering) {
     return ReadFileBytes(RenderStaged(product, staging, rendering.templateName, rendering.values));
 }
 
-TemplateProcess::TemplateProcess(Deployment& product, const Rendering& rendering, const std::string& target)
-    : m_product(product), m_rendering(rendering), m_target(target), m_path(product.FilePath(target)) {
+TemplateProcess::TemplateProcess(Deployment& product, const Rendering& rendering, const std::string& target,
+                                 bool isForced)
+    : m_product(product),
+      m_rendering(rendering),
+      m_target(target),
+      m_path(product.FilePath(target)),
+      m_isForced(isForced) {
     RequireFreeTarget(product, rendering.templateName, m_path);
     RequireNoCompanion(m_path);
     if (StateOf(m_path).exists) RequireReadableFile(m_path);
@@ -98,7 +104,7 @@ FileOutcome TemplateProcess::Planned(const std::string& made, const FileState& a
     }
     outcome.reserve = outcome.IsChange() ? ReserveAfterChange(m_path) : ReserveOf(m_path);
     if (outcome.IsChange()) outcome.diff = DiffOf(outcome.before.exists ? m_path : "", made);
-    if (outcome.result == FileOutcome::Result::Changed) WarnOfEdits();
+    if (outcome.result == FileOutcome::Result::Changed) JudgeEdits();
     return outcome;
 }
 
@@ -109,8 +115,9 @@ ShownDiff TemplateProcess::DiffOf(const std::string& before, const std::string& 
     return DiffToShow(m_product, before, made, isPrivate ? source : m_path, m_path);
 }
 
-/// As a commit warns of them.
-void TemplateProcess::WarnOfEdits() {
+/// As a commit warns of them, and refuses those that would be lost.
+void TemplateProcess::JudgeEdits() {
+    if (!m_isForced) RequireKeptText(m_product, m_path, m_writing->Records());
     const std::string path = m_product.HostPaths().RealName(m_path);
     const KnownFiles known(m_product);
     const KnownFile* const file = known.Find(path);
@@ -148,8 +155,8 @@ FileOutcome TemplateProcess::RunInPlace() {
     const FileInPlace place(m_product.HostPaths().Find(m_target), m_path);
     // As in a dry run, there may be no working copy yet.
     const mode_t mode = ModeToGive();
-    // What it makes is nobody's target: without texts, there is nothing to know of it.
-    Recording recording(m_product, Recording::Use::OfFiles, m_writing->Records());
+    // What it makes is nobody's target, but has to be told from what others make of it.
+    Recording recording(m_product, Recording::Use::OfTheProduct, m_writing->Records());
     Expect(recording, place);
     recording.Announce();
     InstallForHolder(m_product, name, place);

@@ -35,7 +35,9 @@ std::string RenderedText(Deployment& product, const Rendering& rendering);
 /// leaves the directory of the templates, and a file that has another use, are refused.
 class TemplateProcess {
   public:
-    TemplateProcess(Deployment& product, const Rendering& rendering, const std::string& target);
+    /// `isForced`: over changes of the file that nothing keeps, too.
+    TemplateProcess(Deployment& product, const Rendering& rendering, const std::string& target,
+                    bool isForced);
 
     /// The template must have been checked.
     FileOutcome Run();
@@ -43,7 +45,7 @@ class TemplateProcess {
   private:
     FileOutcome Planned(const std::string& made, const FileState& after);
     ShownDiff DiffOf(const std::string& before, const std::string& made);
-    void WarnOfEdits();
+    void JudgeEdits();
     mode_t ModeToGive() const;
     FileOutcome RunInTrial();
     FileOutcome RunInPlace();
@@ -53,6 +55,7 @@ class TemplateProcess {
     const Rendering& m_rendering;
     std::string m_target;
     std::string m_path;
+    const bool m_isForced;
     std::unique_ptr<Writing> m_writing;
 };
 

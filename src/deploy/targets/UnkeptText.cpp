@@ -1,0 +1,45 @@
+#include "deploy/targets/UnkeptText.h"
+
+#include <cstdint>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
+#include "deploy/host/FileState.h"
+#include "deploy/host/FileVersion.h"
+#include "deploy/host/Words.h"
+#include "deploy/state/KnownFiles.h"
+#include "text/WithoutBlocks.h"
+#include "text/repair/TextToEdit.h"
+#include "zet/ZETFormat.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+bool IsKeptByHistory(Host& host, const std::string& path) {
+    const StoreLimits limits = host.HostHistory().Limits();
+    return limits.keepsTexts && static_cast<std::uint64_t>(VersionOf(path).size) <= limits.largestText;
+}
+
+/// Whether it is the reserve, but for what the product put into it.
+bool IsMadeOfReserve(const std::string& path, const std::string& reserve) {
+    if (!StateOf(reserve).IsRegular()) return false;
+    const std::string text = ReadFileBytes(path);
+    return !Text::FindDamage(text) && Text::WithoutBlocks(text) == ReadFileBytes(reserve);
+}
+
+}  // namespace
+
+void RequireKeptText(Deployment& product, const std::string& path, bool isRecorded) {
+    const std::string reserve = path + ZETReserveSuffix;
+    if (!StateOf(path).IsRegular() || (isRecorded && IsKeptByHistory(product, path))) return;
+    // Of a file without companions, the reserve is about to be made.
+    if (!StateOf(reserve).exists && !StateOf(path + ZETAbsenceSuffix).exists) return;
+    const KnownFiles known(product, KnownFiles::Unusable::IsTold);
+    if (known.IsAsLeft(product.HostPaths().RealName(path)) || IsMadeOfReserve(path, reserve)) return;
+    throw Failure({.file = path,
+                   .text = _("holds changes that are kept nowhere"),
+                   .remedy = _("--force replaces it all the same")});
+}
+
+}  // namespace ZET::Deploy
