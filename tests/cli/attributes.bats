@@ -126,6 +126,22 @@ dress() {
     done
 }
 
+@test "what tells of a commit is everybody's to read and root's alone to write, whatever the umask is" {
+    local umask files="state/zet-client.status state/zet-client-fs.status out/new.conf.no_file_before_zet"
+    add_target new.conf $'x\n'
+    for umask in 000 077; do
+        zet rollback-config
+        (umask "$umask" && zet commit-config)
+        # shellcheck disable=SC2086 # names
+        assert_equal "$(stat -c %a $files | paste -sd ' ')" "644 644 644"
+    done
+    chmod 666 state/zet-client.status
+    chmod 600 state/zet-client-fs.status
+    zet commit-config
+    # shellcheck disable=SC2086 # names
+    assert_equal "$(stat -c %a $files | paste -sd ' ')" "644 644 644"
+}
+
 @test "at the end of a link, attributes stay and the link is the same" {
     need_attributes
     mv out/one.conf real

@@ -15,6 +15,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/GuardedRenames.h"
+#include "posix/CreationMask.h"
 #include "posix/Descriptor.h"
 #include "posix/ModeBits.h"
 #include "zet/ZETFiles.h"
@@ -101,6 +102,7 @@ void Replacement::MakeReserve() {
     if (!m_hadReserve) m_newCompanions.emplace_back(ZETReserveSuffix);
     m_makesReserve = !m_hadReserve && !hadAbsence && m_former.exists;
     if (!hadAbsence) m_newCompanions.emplace_back(ZETAbsenceSuffix);
+    const CreationMask mask(kWrittenByOwnerAlone);
     m_file.Within([&](const std::string& name) { m_product.Config().ReserveConfigFile(name); });
 }
 

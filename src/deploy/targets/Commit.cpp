@@ -13,6 +13,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/StateDirectory.h"
+#include "deploy/state/StateFile.h"
 #include "deploy/targets/CommitRecord.h"
 #include "deploy/targets/OthersWork.h"
 #include "deploy/targets/TargetWriting.h"
@@ -115,10 +116,10 @@ class Execution {
         const StateDirectory state = m_product.State();
         std::string file = state.Status(m_product.Role());
         try {
-            config.SaveConfigStatus(NameOf(m_product.Role()));
+            SaveStateFile(file, [&] { config.SaveConfigStatus(NameOf(m_product.Role())); });
             if (m_product.Role() != Role::Client) return;
             file = state.FileServerStatus();
-            config.SaveFileServerStatus();
+            SaveStateFile(file, [&] { config.SaveFileServerStatus(); });
         } catch (const EZETError& error) {
             throw Failure({.file = file,
                            .text = Words("cannot be written: %s", error.GetMessage()),
