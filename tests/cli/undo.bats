@@ -299,6 +299,32 @@ took back change 1"
     done
 }
 
+@test "what an undo that was killed, or goes on, has put back is nobody's edit for those who only look, too" {
+    zet commit-config
+    zet option set DOMAIN other.org
+    zet commit-config
+    kill_at_rename out/two.conf undo
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
+    assert_made two.conf $'domain = other.org\n'
+    run_zet status
+    assert_status 3
+    [[ $output == *"$ONE: pending"* && $output == *"$TWO: in sync"* ]]
+    run_zet commit-config -n --on-edit=refuse
+    assert_status 3
+    [[ $stderr != *edited* ]]
+    run_zet rollback-config -n
+    assert_status 3
+    [[ $output == *"$ONE: would be put back as it was"* ]]
+    assert_stderr ""
+    echo hand >>out/one.conf
+    run_zet status
+    [[ $output == *"$ONE: edited"* ]]
+    sed -i '$d' out/one.conf
+    run_zet rollback-config
+    assert_status 0
+    assert_file out/one.conf $'old\n'
+}
+
 @test "a status that a rollback left, as it was killed, goes with the next way back" {
     zet commit-config
     cp -a state/zet-client.status state/zet-client-fs.status "$BATS_TEST_TMPDIR"

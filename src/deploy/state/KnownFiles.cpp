@@ -3,6 +3,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/state/CapturedFile.h"
+#include "deploy/state/Settling.h"
 #include "posix/ModeBits.h"
 
 namespace ZET::Deploy {
@@ -14,14 +15,42 @@ KnownFiles::KnownFiles(Host& host, Unusable unusable) : m_host(host) {
     m_isUnusable = history.IsUnusable() || history.IsDenied();
     if (store == nullptr) return;
     try {
-        for (KnownFile& file : store->KnownFiles())
-            m_files.emplace(file.path, std::move(file));
+        Read(*store);
     } catch (const Failure& failure) {
         if (!isTold) throw;
         history.TellUnusable(failure);
         m_isUnusable = true;
         m_files.clear();
+        m_beingMade.clear();
     }
+}
+
+void KnownFiles::Read(Store& store) {
+    for (KnownFile& file : store.KnownFiles())
+        m_files.emplace(file.path, std::move(file));
+    for (const RecordedEntry& entry : store.OpenEntries())
+        for (const RecordedFile& file : store.FilesOf(entry.number))
+            if (file.IsPlanned() && file.kind != FileKind::Companion) Settle(file, entry.number);
+}
+
+/// What cannot be looked at stays as it is known.
+void KnownFiles::Settle(const RecordedFile& file, std::int64_t entry) {
+    m_beingMade.insert_or_assign(file.path, file.after);
+    const std::string path = m_host.HostPaths().FromInside(file.path);
+    if (!m_host.HostPaths().StaysInside(path)) return;
+    Settlement settlement;
+    FileToRecord planned;
+    planned.file = file;
+    try {
+        SettleFile(planned, Capture(path, 0), Ending::Unknown, settlement);
+    } catch (const Failure&) {
+        return;
+    }
+    if (!settlement.untouched.empty()) return;
+    const RecordedState& state = settlement.changed.empty() ? file.after : settlement.changed[0].file.after;
+    m_files.erase(file.path);
+    if (file.kind != FileKind::Original)
+        m_files.emplace(file.path, KnownFile{file.path, file.kind, state, entry});
 }
 
 const KnownFile* KnownFiles::Find(const std::string& path) const {
@@ -36,12 +65,18 @@ bool KnownFiles::Has(const std::string& path, Role role) const {
 
 bool KnownFiles::IsAsLeft(const std::string& path) const {
     const KnownFile* const file = Find(path);
-    return file != nullptr && IsAsRecorded(path, file->state);
+    return file != nullptr && (IsAsRecorded(path, file->state) || IsBeingMade(path));
 }
 
 bool KnownFiles::IsAsLeft(const SeenFile& file) const {
     const KnownFile* const known = Find(file.Path());
-    return known != nullptr && file.IsAs(known->state);
+    return known != nullptr && (file.IsAs(known->state) || IsBeingMade(file.Path()));
+}
+
+/// It may have come there since the history was read.
+bool KnownFiles::IsBeingMade(const std::string& path) const {
+    const auto found = m_beingMade.find(NameOf(path));
+    return found != m_beingMade.end() && IsAsRecorded(path, found->second);
 }
 
 std::vector<std::string> KnownFiles::PathsOf(Role role) const {

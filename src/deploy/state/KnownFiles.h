@@ -11,8 +11,9 @@
 
 namespace ZET::Deploy {
 
-/// What the history knows of the host's files, of whichever role, read at once. Paths are those of real
-/// files, links among the directories followed.
+/// What the history knows of the host's files, of whichever role, read at once. What a run that was cut short
+/// left, or one that goes on has done by now, is known as the next command settles it. Paths are those of
+/// real files, links among the directories followed.
 class KnownFiles {
   public:
     /// For who takes back what was written, which stands beside the files: a history that cannot be used is
@@ -42,9 +43,14 @@ class KnownFiles {
   private:
     std::string NameOf(const std::string& path) const { return m_host.HostPaths().NameInside(path); }
 
+    void Read(Store& store);
+    void Settle(const RecordedFile& file, std::int64_t entry);
+    bool IsBeingMade(const std::string& path) const;
+
     Host& m_host;
     bool m_isUnusable = false;
-    std::map<std::string, KnownFile> m_files;  ///< by their names inside the root
+    std::map<std::string, KnownFile> m_files;          ///< by their names inside the root
+    std::map<std::string, RecordedState> m_beingMade;  ///< what a run that goes on makes of a file
 };
 
 /// Whether the file is by content what the state says; a link in its place is not.
