@@ -290,6 +290,16 @@ apply_diff() {
     done
 }
 
+@test "a file of others by the name of the temporary one is not lost without a history either" {
+    echo ZET_HISTORY=no >>zet.conf
+    echo precious >conf.tmp
+    run_zet param set conf a new
+    assert_refusal 1 "conf.tmp: is in the way of writing conf, and not from here (move it away)"
+    run_zet param set -n conf a new
+    assert_status 1
+    assert_file conf.tmp $'precious\n'
+}
+
 @test "a temporary file that a killed run left is cleared away" {
     kill_at_rename conf param set --no-markers conf b killed
     # It had not come to the end of its text.

@@ -37,7 +37,8 @@ void RequireDirectory(Host& host, const std::string& path) {
 }
 
 /// Temporary files that a killed run left were cleared away where they are recorded, so what is still there
-/// is somebody else's. Where they cannot be recorded, a plain file is taken for such a left-over.
+/// is somebody else's, or may be. Of a user who could not record it, a plain file is taken for such a
+/// left-over.
 void RequireFreeNames(const std::string& path, bool canRecord, const std::set<std::string>& leftOvers) {
     const bool isAnybodys = canRecord && leftOvers.count(AbsolutePath(path)) == 0;
     const std::string temporary = path + ZETTemporarySuffix;
@@ -81,12 +82,14 @@ Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Ri
     for (const std::string& path : paths)
         RequireNoStateFile(product.State(), path);
     if (product.Wanted().dryRun) {
-        m_records = m_records && product.HostHistory().CanRecord();
+        m_canRecord = product.HostHistory().CanRecord();
+        m_records = m_records && m_canRecord;
         if (m_records) m_cutShort = FilesOfCutShort(product);
     } else {
         Lock(product, paths, right);
         // What runs that were killed left is known to whoever holds the product's lock.
-        m_records = m_records && m_lock->IsProducts();
+        m_canRecord = m_lock->IsProducts();
+        m_records = m_records && m_canRecord;
         // Their directories may be in many places: whoever writes a few files looks there only where the run
         // before him may have left one.
         if (m_lock->MayFollowOneCutShort()) Staging::RemoveLeftOvers(product.State().Path(), true);
@@ -98,7 +101,7 @@ Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Ri
 
 void Writing::RequireRoom(const std::string& path) const {
     RequireDirectory(m_product, path);
-    RequireFreeNames(path, m_records, m_cutShort);
+    RequireFreeNames(path, m_canRecord, m_cutShort);
 }
 
 void Writing::Lock(HostProduct& product, const std::vector<std::string>& paths, Right right) {

@@ -39,6 +39,7 @@ class Writing {
 
     HostProduct& m_product;
     std::set<std::string> m_cutShort;  ///< files of killed runs that nobody has cleared up after yet
+    bool m_canRecord = true;           ///< whether this user may
     bool m_records;
     SignalGuard m_signals;
     std::unique_ptr<WriteLock> m_lock;
