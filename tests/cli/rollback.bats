@@ -313,6 +313,41 @@ $TWO: removed, as there was none before"
     assert_absent out/two.conf
 }
 
+@test "what is no file gives way to force with a warning, and no undo makes a file of it" {
+    zet -q commit-config
+    local form
+    for form in link dangling; do
+        mv out/one.conf "$HOST/site"
+        ln -s "$HOST/site" out/one.conf
+        [[ $form == link ]] || rm "$HOST/site"
+        # Where the list has it, the link is followed.
+        sed -i 's/^roles.*/&\nenabled = false/' templates/targets.toml
+        run_zet rollback-config --force
+        assert_status 0
+        assert_stderr "zet-client: warning: $ONE: is no regular file, and the history does not keep it"
+        assert_file out/one.conf $'old\n'
+        run_zet undo
+        assert_status 1
+        [[ $stderr == *"$ONE: the text that it held before is no longer kept"* ]]
+        assert_file out/one.conf $'old\n'
+        assert_equal "$(stat -c %a out/one.conf)" 640
+        sed -i '/^enabled/d' templates/targets.toml
+        zet -q commit-config
+    done
+}
+
+@test "a directory in the place of a target is told by a trial, too" {
+    zet -q commit-config
+    rm out/one.conf
+    mkdir out/one.conf
+    local option
+    for option in -n -q; do
+        run_zet rollback-config --force "$option"
+        assert_status 1
+        [[ $stderr == *"zet-client: error: $ONE: could not be put back: $ONE: is a directory (move it away)"* ]]
+    done
+}
+
 @test "a target that has become a link to itself keeps no other from going back" {
     zet commit-config
     rm out/one.conf

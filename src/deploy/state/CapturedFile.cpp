@@ -146,6 +146,18 @@ CapturedFile Capture(const std::string& path, std::uint64_t longest) {
     return CaptureIn(AT_FDCWD, path, path, longest);
 }
 
+/// Of so many bytes, it is not the empty one.
+CapturedFile CapturedWithoutText(const FileState& now) {
+    CapturedFile captured;
+    captured.state.exists = true;
+    captured.state.mode = now.mode & kModeBits;
+    captured.state.owner = now.owner;
+    captured.state.group = now.group;
+    captured.state.size = 1;
+    captured.state.digest = DigestOf("");
+    return captured;
+}
+
 bool HasRecordedText(const std::string& path, const RecordedState& state) {
     const Descriptor file = Open(AT_FDCWD, path, path);
     CapturedFile captured;

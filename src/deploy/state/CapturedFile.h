@@ -33,6 +33,10 @@ CapturedFile CaptureIn(int directory, const std::string& name, const std::string
 /// The same by its path.
 CapturedFile Capture(const std::string& path, std::uint64_t longest);
 
+/// What is there and cannot be captured. Its text is none that a file could have, so that no way leads back
+/// to it.
+CapturedFile CapturedWithoutText(const FileState& now);
+
 /// Whether the file has the text that is recorded, whatever else it carries.
 bool HasRecordedText(const std::string& path, const RecordedState& state);
 

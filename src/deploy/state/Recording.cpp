@@ -256,15 +256,13 @@ CapturedFile Recording::Now(const Row& row) const {
                      m_limits.largestText);
 }
 
-/// What goes back takes the place of a link, too; a text that it had is not recorded.
+/// What goes back takes the place of a link, too. Its text is not recorded, so that no way leads back to it.
 CapturedFile Recording::Before(const Row& row) const {
     try {
         return Now(row);
     } catch (const Failure&) {
         if (!m_goesBack) throw;
-        CapturedFile other;
-        other.state.exists = true;
-        return other;
+        return CapturedWithoutText(StateOf(row.path));
     }
 }
 

@@ -29,6 +29,12 @@ void Keep(TakeBackStep& step, const std::string& remark) {
     step.Tell(Result::Kept, remark);
 }
 
+/// Nothing takes its place.
+void RequireNoDirectory(const std::string& path, const FileState& now) {
+    if (now.exists && S_ISDIR(now.mode))
+        throw Failure({.file = path, .text = _("is a directory"), .remedy = _("move it away")});
+}
+
 std::string PutBackWords(const std::string& attributes, bool isDryRun) {
     if (attributes.empty()) return isDryRun ? _("would be put back as it was") : _("put back as it was");
     return isDryRun ? Words("would be put back as it was, %s", attributes)
@@ -124,6 +130,10 @@ void TakeBack::DecideBlocks(TakeBackStep& step, std::string text, const std::str
 
 void TakeBack::DecidePutBack(TakeBackStep& step, const FileState& now, const FileState& reserve) const {
     const bool isDryRun = m_product.Wanted().dryRun;
+    RequireNoDirectory(step.file.path, now);
+    if (now.exists && !now.IsRegular())
+        m_product.Out().Warning(
+            Words("%s: is no regular file, and the history does not keep it", step.file.path));
     if (reserve.exists) {
         const std::string attributes = now.exists ? DescribeChange(now, reserve) : "";
         step.Tell(Result::Restored, PutBackWords(attributes, isDryRun));
