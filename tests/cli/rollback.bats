@@ -348,6 +348,31 @@ $TWO: removed, as there was none before"
     done
 }
 
+@test "a listed target that was edited before its first commit goes back once, as an edited file does" {
+    local edited
+    edited() {
+        zet -q param set "$ONE" NTP 1
+        run_zet rollback-config -n
+        assert_status 3
+        run_zet rollback-config
+        assert_success "$ONE: put back as it was
+$TWO: is not there"
+        assert_file out/one.conf $'old\n'
+        assert_equal "$(names_in out)" one.conf
+    }
+    edited
+    zet -q commit-config
+    zet -q rollback-config "$ONE" "$TWO"
+    edited
+    zet -q param set "$ONE" NTP 1
+    echo HAND=1 >>out/one.conf
+    run_zet rollback-config
+    assert_status 0
+    assert_output "$ONE: the managed blocks are taken out, all other lines stay
+$TWO: is not there"
+    assert_file out/one.conf $'old\n\nHAND=1\n'
+}
+
 @test "a target that has become a link to itself keeps no other from going back" {
     zet commit-config
     rm out/one.conf

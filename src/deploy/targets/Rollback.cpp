@@ -81,7 +81,7 @@ class Rollback {
     std::vector<Step> Steps(const std::vector<WrittenFile>& written) {
         std::vector<WrittenFile> files = m_names.empty() ? written : Named(m_product, written, m_names);
         if (m_names.empty())
-            for (WrittenFile& file : FindEditedFiles(m_product, m_known))
+            for (WrittenFile& file : FindEditedFiles(m_product, m_known, written))
                 files.push_back(std::move(file));
         std::vector<Step> steps;
         for (WrittenFile& file : files) {

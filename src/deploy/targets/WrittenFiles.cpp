@@ -26,6 +26,11 @@ std::optional<std::vector<Target>> ListedTargets(Deployment& product, const Know
     }
 }
 
+bool IsEdited(const KnownFiles& known, const std::string& path) {
+    const KnownFile* const file = known.Find(path);
+    return file != nullptr && file->kind == FileKind::Edit;
+}
+
 /// The first at each path. A file of which nobody can tell where it is, is at none.
 std::map<std::string, const WrittenFile*> ByCanonicalPath(const Paths& paths,
                                                           const std::vector<WrittenFile>& files) {
@@ -92,6 +97,9 @@ WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known) {
     if (targets)
         for (const Target& target : *targets)
             written.files.push_back(WrittenTarget(product, target));
+    // What was edited in place goes back so, be it a target that nobody committed yet.
+    for (WrittenFile& file : written.files)
+        file.isEdit = IsEdited(known, file.path);
     std::set<std::string> listed;
     for (const WrittenFile& file : written.files)
         listed.insert(file.path);
@@ -131,13 +139,16 @@ static bool MayBeEdited(const WrittenFile& file) {
     }
 }
 
-std::vector<WrittenFile> FindEditedFiles(Deployment& product, const KnownFiles& known) {
+std::vector<WrittenFile> FindEditedFiles(Deployment& product, const KnownFiles& known,
+                                         const std::vector<WrittenFile>& written) {
     std::map<std::string, std::set<Role>> listed = RolesOfListedFiles(product);
     std::set<std::string> paths;
     for (const auto& [path, roles] : listed)
         if (roles.contains(product.Role()) && known.Find(path) == nullptr) paths.insert(path);
     for (const std::string& path : known.EditedPaths())
         paths.insert(path);
+    for (const WrittenFile& file : written)
+        paths.erase(file.path);
     std::vector<WrittenFile> files;
     for (const std::string& path : paths) {
         std::optional<WrittenFile> file = WrittenByRecord(product, path);

@@ -27,9 +27,11 @@ struct WrittenFiles {
 /// Those of the list, and those that the history knows of the role.
 WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known);
 
-/// The files that were edited in place, by whichever role: a line has none. Those of listed edits are found
-/// beside their reserves where the history knows nothing of them.
-std::vector<WrittenFile> FindEditedFiles(Deployment& product, const KnownFiles& known);
+/// The files that were edited in place, by whichever role: a line has none; but for those of `written`, which
+/// are found already. Those of listed edits are found beside their reserves where the history knows nothing
+/// of them.
+std::vector<WrittenFile> FindEditedFiles(Deployment& product, const KnownFiles& known,
+                                         const std::vector<WrittenFile>& written);
 
 /// Those of `files` that `names` has, in their order. A name that none has is a `UsageError`.
 std::vector<WrittenFile> Named(const Deployment& product, const std::vector<WrittenFile>& files,
