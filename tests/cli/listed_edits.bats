@@ -119,6 +119,54 @@ zet-client: \"history show 2 $HOST/out/plain\" shows what it held"
     grep -Fx 'b = 3' out/plain
 }
 
+@test "lines of one role in a target of the other are a problem where both have committed" {
+    printf 'a=1\n' >out/plain
+    edits '[templates."plain"]
+target = "FILE"
+roles = "server"
+[[edits]]
+file = "FILE"
+roles = "client"
+param = "a"
+value = "2"'
+    echo a=3 >templates/plain
+    local problem="$HOST/etc/targets.d/10.toml:4: $HOST/out/plain: is made from [plain] (put the line into the template)"
+    # Hosts of either role alone can have the list.
+    run_zet check-config
+    assert_status 0
+    server -q commit-config
+    run_zet check-config
+    assert_status 1
+    [[ $output == *"$problem"* ]]
+    run_zet commit-config
+    assert_refusal 1 "$problem
+zet-client: nothing was changed"
+    zet -q commit-config one.conf
+    local name
+    for name in "" plain; do
+        # shellcheck disable=SC2086  # none, or one
+        PROGRAM=$ZET_BIN/zet-init run_zet commit-config $name
+        assert_status 1
+        assert_stderr "zet-init: error: $problem
+zet-init: nothing was changed"
+    done
+    PROGRAM=$ZET_BIN/zet-init run_zet commit-config one.conf
+    assert_status 0
+}
+
+@test "a commit of a named template is refused where lines of its target are asked for" {
+    edits '[[edits]]
+file = "FILE"
+param = "a"
+value = "2"'
+    list_target plain "$HOST/out/plain"
+    echo a=3 >templates/plain
+    run_zet commit-config plain
+    assert_refusal 1 "$HOST/etc/targets.d/10.toml:1: $HOST/out/plain: is made from [plain] (put the line into the template)
+zet-client: nothing was changed"
+    assert_absent out/plain
+}
+
 @test "a line that a hand changed and the lists ask for otherwise, too, is a conflict of a merge" {
     printf 'a=1\nb = 2\n' >out/plain
     edits "$TWO_EDITS"

@@ -11,6 +11,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/targets/EditRules.h"
+#include "deploy/targets/EditedTargets.h"
 #include "deploy/targets/HostLists.h"
 #include "text/Lines.h"
 #include "text/Placeholders.h"
@@ -171,11 +172,8 @@ class Finder {
         if (!file.isThere)
             throw Failure(
                 {.file = edit.path, .text = _("is missing"), .remedy = _("make it, or say optional = true")});
-        const Target* const target = m_product.Lists().TargetNamed(m_product.Lists().NameOf(path));
-        if (target != nullptr && target->IsInForce() && target->IsFor(m_product.Role()))
-            throw Failure({.file = edit.path,
-                           .text = Words("is made from [%s]", target->templateName),
-                           .remedy = _("put the line into the template")});
+        if (const Target* const target = TargetOfAnyAt(m_product, path))
+            throw Failure(ProblemOfTarget(edit, *target));
         return &file;
     }
 

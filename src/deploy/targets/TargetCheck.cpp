@@ -21,6 +21,7 @@
 #include "deploy/state/ParameterCheck.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/ClaimedFiles.h"
+#include "deploy/targets/EditedTargets.h"
 #include "deploy/targets/NewOwner.h"
 #include "deploy/targets/PlaceCheck.h"
 #include "deploy/targets/Render.h"
@@ -280,6 +281,7 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
         for (std::string& placeholder : Text::PlaceholdersOf("=" + edit.value + edit.text))
             checked.templates.used.insert(std::move(placeholder));
     }
+    if (list.isUnderstood) Append(checked.problems, EditsOfTargets(product, templateNames));
     Append(checked.problems, checker.Result());
     Append(checked.problems, product.Values().Problems());
     HostValues& values = product.Values();

@@ -1,0 +1,64 @@
+#include "deploy/targets/EditedTargets.h"
+
+#include <algorithm>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/Words.h"
+#include "zet/ZETFiles.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// One list may serve hosts of one role and hosts of the other.
+bool IsOtherRoleHere(Deployment& product) {
+    return IsFileExist(product.State().Status(OtherRole(product.Role())));
+}
+
+const Target* InForceAt(Deployment& product, const std::string& path) {
+    const Target* const target = product.Lists().TargetNamed(product.Lists().NameOf(path));
+    return target != nullptr && target->IsInForce() ? target : nullptr;
+}
+
+}  // namespace
+
+const Target* TargetAt(Deployment& product, const std::string& path) {
+    const Target* const target = InForceAt(product, path);
+    return target != nullptr && target->IsFor(product.Role()) ? target : nullptr;
+}
+
+const Target* TargetOfAnyAt(Deployment& product, const std::string& path) {
+    const Target* const target = InForceAt(product, path);
+    const bool isClaimed = target != nullptr && (target->IsFor(product.Role()) || IsOtherRoleHere(product));
+    return isClaimed ? target : nullptr;
+}
+
+Problem ProblemOfTarget(const ListedEdit& edit, const Target& target) {
+    return {.file = edit.file,
+            .line = edit.line,
+            .text = edit.path + ": " + Words("is made from [%s]", target.templateName),
+            .remedy = _("put the line into the template")};
+}
+
+std::vector<Problem> EditsOfTargets(Deployment& product, const std::vector<std::string>& templateNames) {
+    std::vector<Problem> problems;
+    const auto isNamed = [&](const Target& target) {
+        return templateNames.empty() || std::find(templateNames.begin(), templateNames.end(),
+                                                  target.templateName) != templateNames.end();
+    };
+    const std::vector<ListedEdit>& edits = product.Lists().Targets().edits;
+    const bool areOthersTold = !edits.empty() && IsOtherRoleHere(product);
+    for (const ListedEdit& edit : edits) {
+        if (!edit.IsInForce() || edit.path.empty()) continue;
+        if (edit.IsFor(product.Role()) ? templateNames.empty() : !areOthersTold) continue;
+        try {
+            const Target* const target = TargetAt(product, product.FilePath(edit.path));
+            if (target != nullptr && isNamed(*target)) problems.push_back(ProblemOfTarget(edit, *target));
+        } catch (const Failure&) {
+            continue;  // no way leads to it
+        }
+    }
+    return problems;
+}
+
+}  // namespace ZET::Deploy
