@@ -119,6 +119,40 @@ zet-client: \"history show 2 $HOST/out/plain\" shows what it held"
     grep -Fx 'b = 3' out/plain
 }
 
+@test "a line that a hand took over, markers and all, is one that it changed" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet commit-config
+    printf 'a=mine\nb = 3\n' >out/plain
+    run_zet commit-config --on-edit=refuse
+    assert_refusal 1 "$HOST/out/plain: a line that the last commit set was changed since (--on-edit=overwrite sets it again, and the history keeps the edit)
+zet-client: nothing was changed"
+    run_zet commit-config --on-edit=merge
+    assert_status 0
+    grep -Fx 'a=mine' out/plain
+    grep -Fx 'b = 3' out/plain
+    edits "${TWO_EDITS/\$\{ntp_server\}/other}"
+    run_zet commit-config --on-edit=merge
+    assert_status 1
+    [[ $stderr == *"$HOST/out/plain:"*": was edited here, where the lists ask for another line, too"* ]]
+    run_zet commit-config
+    assert_status 0
+    [[ $stderr == *"$HOST/out/plain: a line that the last commit set was changed since; it is set again"* ]]
+    grep -Fx 'a=other' out/plain
+    run_zet --json history
+    assert_json '[f["edited"] for f in d["entries"][0]["files"] if f["path"].endswith("plain")]' '[true]'
+}
+
+@test "a line whose block alone was taken out is no edit" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet commit-config
+    printf 'b = 3\n' >out/plain
+    run_zet commit-config --on-edit=refuse
+    assert_status 0
+    assert_stderr ""
+}
+
 @test "lines of one role in a target of the other are a problem where both have committed" {
     printf 'a=1\n' >out/plain
     edits '[templates."plain"]

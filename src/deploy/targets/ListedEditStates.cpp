@@ -33,6 +33,16 @@ std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
     return isAsLeft ? "pending" : "edited";
 }
 
+bool IsTakenOver(const FileWithLines& file, const LineToSet& line, const std::vector<LineInPlace>& places,
+                 IZETCore& core) {
+    const std::string selector = SelectorOf(*line.edit);
+    if (!file.Remembers(selector)) return false;
+    return std::any_of(places.begin(), places.end(), [&](const LineInPlace& place) {
+        return !place.isInBlock && !file.HasSet(selector, place.text) &&
+               core.MatchRegEx(line.pattern, place.text, nullptr, 0);
+    });
+}
+
 std::vector<ListedEditState> StatesOfEdits(Deployment& product, const ListedLines& lines) {
     std::vector<ListedEditState> states;
     const auto add = [&](const ListedEdit& edit, const std::string& path, const std::string& state) {

@@ -15,6 +15,10 @@ namespace ZET::Deploy {
 std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
                         const std::vector<LineInPlace>& places, IZETCore& core);
 
+/// Whether a line without a block stands where a commit has set one: a hand's, which gives way to a new block.
+bool IsTakenOver(const FileWithLines& file, const LineToSet& line, const std::vector<LineInPlace>& places,
+                 IZETCore& core);
+
 /// What the files hold of the lines that the lists ask for.
 std::vector<ListedEditState> StatesOfEdits(Deployment& product, const ListedLines& lines);
 

@@ -182,14 +182,16 @@ void ListedEdits::JudgeEdited(PlannedEdits& planned) const {
     FileWithLines& file = planned.file;
     const std::vector<LineInPlace> places = LinesIn(Text::ManagedText(file.text));
     for (LineToSet& line : file.lines) {
-        if (StateOfLine(file, line, places, m_product.Core()) != "edited") continue;
-        line.stays = m_onEdit == OnEdit::Merge && file.HasSet(line);
+        IZETCore& core = m_product.Core();
+        const bool isEdited = StateOfLine(file, line, places, core) == "edited";
+        if (!isEdited && !IsTakenOver(file, line, places, core)) continue;
+        line.stays = m_onEdit == OnEdit::Merge && file.HasSet(SelectorOf(*line.edit), line.line);
         planned.isMerged = planned.isMerged || line.stays;
         planned.isEdited = planned.isEdited || !line.stays;
         if (m_onEdit == OnEdit::Merge && !line.stays)
             planned.conflicts.push_back(
                 {.file = file.path,
-                 .line = NumberOf(line, places, m_product.Core()),
+                 .line = NumberOf(line, places, core),
                  .text = _("was edited here, where the lists ask for another line, too"),
                  .remedy = _("take the edit out; --on-edit=overwrite sets the line again, and the history "
                              "keeps the edit")});

@@ -221,10 +221,9 @@ bool FileWithLines::Remembers(const std::string& selector) const {
                        [&](const RememberedLine& line) { return line.selector == selector; });
 }
 
-bool FileWithLines::HasSet(const LineToSet& line) const {
-    const std::string selector = SelectorOf(*line.edit);
+bool FileWithLines::HasSet(const std::string& selector, const std::string& line) const {
     return std::any_of(remembered.begin(), remembered.end(), [&](const RememberedLine& each) {
-        return each.selector == selector && each.line == line.line;
+        return each.selector == selector && each.line == line;
     });
 }
 

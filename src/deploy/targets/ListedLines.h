@@ -38,8 +38,8 @@ struct FileWithLines {
 
     bool Remembers(const std::string& selector) const;
 
-    /// Whether a commit has set the line as it is asked for now.
-    bool HasSet(const LineToSet& line) const;
+    /// Whether a commit has set this line for the selector.
+    bool HasSet(const std::string& selector, const std::string& line) const;
 };
 
 /// The lines that the lists have in force for the host's role, file by file; and the files in which the role
