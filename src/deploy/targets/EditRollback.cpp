@@ -76,14 +76,9 @@ bool IsAsReserve(const WrittenFile& file, const std::string& text) {
     return StateOf(file.path).mode == StateOf(file.Reserve()).mode && ReadFileBytes(file.Reserve()) == text;
 }
 
-/// Whether nothing but the product's work is lost when the reserve comes back. Where nobody can tell who
-/// wrote the file in between, the rest of it has to be the reserve.
-bool IsProductsAlone(Deployment& product, const KnownFile* known, const WrittenFile& file,
-                     const std::string& rest) {
-    const Writers writers =
-        known == nullptr ? Writers::NotKept : WritersSince(file.Reserve(), *known, product);
-    if (writers != Writers::NotKept) return writers == Writers::ProductAlone;
-    return IsAsReserve(file, rest);
+/// Whether nothing but the product's work is lost when the reserve comes back, be it without markers.
+bool IsProductsAlone(Deployment& product, const KnownFile& known, const WrittenFile& file) {
+    return WritersSince(file.Reserve(), known, product) == Writers::ProductAlone;
 }
 
 }  // namespace
@@ -112,8 +107,9 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const Wr
     edit.text = WithoutOwnBlocks(lines, text);
     // A killed run may have kept the original, and no more.
     if (mayGoBack && IsAsReserve(file, text)) return {Way::Reserve};
-    if (mayGoBack && (isAsLeft || record == nullptr) && IsProductsAlone(product, record, file, edit.text))
-        return {Way::Reserve};
+    if (mayGoBack && isAsLeft && IsProductsAlone(product, *record, file)) return {Way::Reserve};
+    // Whoever wrote it in between, nothing of others is left in it.
+    if (mayGoBack && IsAsReserve(file, edit.text)) return {Way::Reserve};
     if (edit.text != text) {
         edit.way = Way::Blocks;
         edit.remark = _("the managed blocks are taken out, all other lines stay");
