@@ -91,8 +91,9 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
         Add(m_checked.targets[i], m_checked.places[i], wanted);
     }
     if (templateNames.empty()) {
+        m_edits = std::make_unique<ListedEdits>(product, *m_known, *m_staging, wanted);
         AddTakenBack();
-        AddEdits(wanted);
+        AddEdits();
         JudgeListedEdits(wanted);
     }
     if (m_checked.problems.empty()) return;
@@ -101,13 +102,16 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     m_edits.reset();
 }
 
-/// As a rollback takes it back.
+/// As a rollback takes it back. A file in which the lists ask for lines by now gets them with its original.
 void CommitPlan::AddTakenBack() {
+    std::set<std::string> inForce = m_inForce;
+    for (const PlannedEdits& planned : m_edits->Files())
+        if (planned.file.original) inForce.insert(planned.file.path);
     m_takeBack = std::make_unique<TakeBack>(m_product, *m_known,
                                             TakeBack::Ways{.force = _("\"rollback-config --force\"")});
     for (const std::string& path : m_known->PathsOf(m_product.Role())) {
         m_product.RequireGoOn();
-        if (m_inForce.contains(path)) continue;
+        if (inForce.contains(path)) continue;
         if (std::optional<WrittenFile> file = WrittenByRecord(m_product, path))
             TakeBackFile(std::move(*file));
     }
@@ -123,8 +127,7 @@ void CommitPlan::TakeBackFile(WrittenFile file) {
     }
 }
 
-void CommitPlan::AddEdits(OnEdit onEdit) {
-    m_edits = std::make_unique<ListedEdits>(m_product, *m_known, *m_staging, onEdit);
+void CommitPlan::AddEdits() {
     for (const Problem& problem : m_edits->Problems())
         m_checked.problems.push_back(problem);
     for (const std::string& path : m_edits->Emptied()) {
@@ -179,16 +182,19 @@ void CommitPlan::JudgeListedEdits(OnEdit onEdit) {
         std::vector<Problem>& problems = m_checked.problems;
         problems.insert(problems.end(), edits.conflicts.begin(), edits.conflicts.end());
         if (!edits.isEdited || !edits.conflicts.empty()) continue;
-        const std::string text = _("a line that the last commit set was changed since");
+        const std::string text = edits.DescribeOthersWork();
+        const bool isWhole = edits.file.original.has_value();
         if (onEdit == OnEdit::Refuse)
             problems.push_back(
                 {.file = edits.file.path,
                  .text = text,
-                 .remedy = _("--on-edit=overwrite sets it again, and the history keeps the edit")});
+                 .remedy = isWhole ? _("--on-edit=overwrite replaces it, and the history keeps it")
+                                   : _("--on-edit=overwrite sets it again, and the history keeps the edit")});
         else if (!CanBeKept(edits.file.before, edits.file.version))
             problems.push_back({.file = edits.file.path,
                                 .text = Words("%s, and the history cannot keep the edit", text),
-                                .remedy = _("--on-edit=overwrite sets it again all the same")});
+                                .remedy = isWhole ? _("--on-edit=overwrite replaces it all the same")
+                                                  : _("--on-edit=overwrite sets it again all the same")});
     }
 }
 
@@ -223,7 +229,7 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
     planned.namedRole = m_product.Role();
     if (isRecorded) planned.namedRole = known->state.knowledge.namedRole.value_or(planned.namedRole);
     const bool isShown = !planned.target.check.empty() && RunsOwnChecks(m_product.Wanted());
-    const bool isMerge = known != nullptr && known->state.knowledge.IsMerge();
+    const bool isMerge = known != nullptr && known->HoldsMerge();
     const auto stageFor = [&](Role role) {
         const ComparedRendering rendering =
             isShown || isMerge
@@ -284,6 +290,11 @@ Restarts CommitPlan::ServicesOf(const std::function<bool(const PlannedTarget&)>&
     }
     for (const TakeBackStep& step : m_takenBack)
         if (step.IsChange()) restarts.Add(step.file.services);
+    if (m_edits == nullptr) return restarts;
+    for (const PlannedEdits& planned : m_edits->Files()) {
+        if (!planned.file.original) continue;
+        if (const auto former = WrittenByRecord(m_product, planned.file.path)) restarts.Add(former->services);
+    }
     return restarts;
 }
 

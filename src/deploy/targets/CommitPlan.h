@@ -71,7 +71,7 @@ class CommitPlan {
     bool SettleEdit(PlannedTarget& planned, OnEdit onEdit);
     void JudgeListedEdits(OnEdit onEdit);
     void AddTakenBack();
-    void AddEdits(OnEdit onEdit);
+    void AddEdits();
     void TakeBackFile(WrittenFile file);
     bool CanBeKept(const FileState& before, const FileVersion& version) const;
     bool WasCutShort(const KnownFile& known);

@@ -22,7 +22,7 @@ constexpr char kWayOfErased[] =
 
 /// What the text that is known of a file was made from.
 std::optional<TextNumber> BaseOf(const KnownFile& known) {
-    return known.state.knowledge.base ? known.state.knowledge.base : known.state.text;
+    return known.HoldsMerge() ? known.state.knowledge.base : known.state.text;
 }
 
 bool CanBeKept(Host& host, const PlannedTarget& planned) {
@@ -55,7 +55,7 @@ bool IsMergedWith(Host& host, const KnownFile& known, const std::string& rendere
 void EditMerge::KeepMerged(PlannedTarget& planned) const {
     const KnownFile* const known = m_known.Find(planned.path);
     if (known == nullptr || !planned.before.exists) return;
-    planned.holdsMerge = known->state.knowledge.IsMerge();
+    planned.holdsMerge = known->HoldsMerge();
     if (!planned.holdsMerge) return;
     planned.isRenderingNew = !IsMergedWith(m_host, *known, planned.staged->Text());
     if (!planned.isTouched && !planned.isRenderingNew) Take(planned, ReadFileBytes(planned.path));
@@ -71,7 +71,7 @@ std::vector<Problem> EditMerge::Merge(PlannedTarget& planned) const {
     if (!CanBeKept(m_host, planned))
         return refuse(_("was edited since the last commit, and the history cannot keep the edit"),
                       _(kLastWay));
-    if (known != nullptr && known->state.knowledge.isBaseErased)
+    if (known != nullptr && known->HoldsMerge() && known->state.knowledge.isBaseErased)
         return refuse(_(kBaseIsErased), _(kWayOfErased));
     if (known == nullptr || !BaseOf(*known))
         return refuse(_("cannot be merged, as the text of the last commit is not kept"), _(kOtherWay));

@@ -20,6 +20,7 @@
 #include "deploy/state/OwnText.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/EditRules.h"
+#include "deploy/targets/FormerTarget.h"
 #include "deploy/targets/ListedEditStates.h"
 #include "deploy/targets/PlaceCheck.h"
 #include "deploy/targets/ShownDiff.h"
@@ -167,13 +168,14 @@ void ListedEdits::Plan(FileWithLines file, const Staging& staging) {
     for (LineToSet& line : found.lines)
         line.line = Text::WithLineEnd(line.line, ends);
     JudgeEdited(planned);
+    if (found.original) JudgeEditedTarget(planned);
     const std::string staged = staging.PathOf("edits/" + std::to_string(m_files.size()));
-    WriteStagedFile(staged, rest, found.before.mode);
+    WriteStagedFile(staged, rest, found.original ? found.original->state.mode : found.before.mode);
     const ParamOverride noSync(m_product.Core(), "ZET_SYNC", "no");
     const QuietLog quiet(ZETLogError);
     if (!found.lines.empty()) Set(staged, found);
-    RequireModeOf(found.path, staged);
-    if (ReadFileBytes(staged) != found.text) planned.staged = staged;
+    if (!found.original) RequireModeOf(found.path, staged);
+    if (found.original || ReadFileBytes(staged) != found.text) planned.staged = staged;
     m_files.push_back(std::move(planned));
 }
 
@@ -196,6 +198,22 @@ void ListedEdits::JudgeEdited(PlannedEdits& planned) const {
                  .remedy = _("take the edit out; --on-edit=overwrite sets the line again, and the history "
                              "keeps the edit")});
     }
+}
+
+/// Its text gives way to the original's.
+void ListedEdits::JudgeEditedTarget(PlannedEdits& planned) const {
+    const FileWithLines& file = planned.file;
+    planned.isEdited = IsFormerTargetEdited(m_known, file);
+    if (planned.isEdited && m_onEdit == OnEdit::Merge)
+        planned.conflicts.push_back(
+            {.file = file.path,
+             .text = _("was edited since the last commit, and cannot be merged with what was there before"),
+             .remedy = _("take the edit out; --on-edit=overwrite replaces it, and the history keeps it")});
+}
+
+std::string PlannedEdits::DescribeOthersWork() const {
+    return file.original ? _("was edited since the last commit")
+                         : _("a line that the last commit set was changed since");
 }
 
 /// The text without lines of this role that no list has in force. One that a hand changed stays, and is
@@ -242,10 +260,16 @@ ExpectedFile ListedEdits::Expected(const PlannedEdits& planned) const {
     file.path = planned.file.path;
     file.kind = FileKind::Edit;
     file.companions = ExpectedFile::Companions::MayCome;
-    file.after = Capture(planned.file.path, m_product.HostHistory().Limits().largestText);
-    file.after->SetText(ReadFileBytes(planned.staged));
     file.base = TextOf(ToRemember(planned.file));
     file.wasEdited = planned.isEdited;
+    if (planned.file.original) {
+        file.companions = ExpectedFile::Companions::Stay;
+        file.after = OriginalWithLines(planned);
+        file.knowledge.emplace();
+        return file;
+    }
+    file.after = Capture(planned.file.path, m_product.HostHistory().Limits().largestText);
+    file.after->SetText(ReadFileBytes(planned.staged));
     return file;
 }
 
@@ -278,10 +302,13 @@ FileOutcome ListedEdits::OutcomeOf(const PlannedEdits& planned) const {
     outcome.file = file.named.empty() ? m_product.HostPaths().NameInside(file.path) : file.named;
     outcome.path = file.path;
     outcome.before = outcome.after = file.before;
+    if (file.original) outcome.after = StateOfRecorded(file.original->state);
     outcome.isEdited = planned.isEdited;
     outcome.isMerged = planned.isMerged;
-    outcome.result = planned.IsChange() ? FileOutcome::Result::Changed : FileOutcome::Result::Unchanged;
-    if (planned.IsChange()) outcome.diff = DiffToShow(m_product, file.path, planned.staged, file.path);
+    if (!planned.IsChange()) return outcome;
+    const bool isNew = !file.before.exists;
+    outcome.result = isNew ? FileOutcome::Result::Created : FileOutcome::Result::Changed;
+    outcome.diff = DiffToShow(m_product, isNew ? "" : file.path, planned.staged, file.path);
     return outcome;
 }
 
@@ -290,6 +317,7 @@ void ListedEdits::Write(const PlannedEdits& planned) const {
     const Paths& paths = m_product.HostPaths();
     const FileInPlace place(file.named.empty() ? paths.FindReal(file.path) : paths.Find(file.named),
                             file.path);
+    if (file.original) return WriteOriginalWithLines(m_product, planned, place);
     Replacement replacement(m_product, place, file.version);
     const mode_t mode = replacement.Former().mode;
     const auto write = [&](const std::string& name) {

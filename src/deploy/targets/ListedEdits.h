@@ -22,9 +22,12 @@ struct PlannedEdits {
     bool isTakenBack = false;          ///< lines are, so that its text is not the module's alone
     bool isEdited = false;             ///< somebody changed a line that a commit had set, which is set again
     bool isMerged = false;             ///< somebody did, and the line stays as it is
-    std::vector<Problem> conflicts{};  ///< somebody did, and the lists ask for another line by now
+    std::vector<Problem> conflicts{};  ///< somebody did, and what is to come is not what was set
 
     bool IsChange() const { return !staged.empty(); }
+
+    /// What others did that is not going to stay.
+    std::string DescribeOthersWork() const;
 };
 
 /// The edits of the lists that are in force for the host's role, and those that are no more.
@@ -56,6 +59,7 @@ class ListedEdits {
   private:
     void Plan(FileWithLines file, const Staging& staging);
     void JudgeEdited(PlannedEdits& planned) const;
+    void JudgeEditedTarget(PlannedEdits& planned) const;
     bool Judge(const FileWithLines& file);
     void JudgePlaceOf(const FileWithLines& file);
     void JudgeLines(const FileWithLines& file);

@@ -1,6 +1,7 @@
 #include "deploy/targets/ListedLines.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
 #include <utility>
 
@@ -16,6 +17,7 @@
 #include "text/Lines.h"
 #include "text/Placeholders.h"
 #include "text/TemplateCheck.h"
+#include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -174,7 +176,18 @@ class Finder {
                 {.file = edit.path, .text = _("is missing"), .remedy = _("make it, or say optional = true")});
         if (const Target* const target = TargetOfAnyAt(m_product, path))
             throw Failure(ProblemOfTarget(edit, *target));
-        return &file;
+        if (!WasTarget(path) || file.original) return &file;
+        file.isThere = !edit.isOptional || !IsFileExist(path + ZETAbsenceSuffix);
+        if (!file.isThere) return nullptr;  // it goes with its template
+        throw Failure({.file = edit.path,
+                       .text = _("was made from a template, and has no reserve in which to set the line"),
+                       .remedy = Words("\"rollback-config %s\" first", edit.path)});
+    }
+
+    /// Whether a commit has made the file from a template.
+    bool WasTarget(const std::string& path) const {
+        const KnownFile* const known = m_known.Find(path);
+        return known != nullptr && known->kind == FileKind::Target && !known->state.knowledge.roles.empty();
     }
 
     FileWithLines& Look(const std::string& path) {
@@ -182,8 +195,10 @@ class Finder {
         file.path = path;
         file.version = VersionOf(path);
         file.before = StateOf(path);
-        file.isThere = file.before.exists;
-        if (file.isThere) file.text = ReadFileBytes(path);
+        if (WasTarget(path) && IsFileExist(path + ZETReserveSuffix))
+            file.original = Capture(path + ZETReserveSuffix, UINT64_MAX);
+        file.isThere = file.before.exists || file.original;
+        if (file.isThere) file.text = file.original ? file.original->text : ReadFileBytes(path);
         const KnownFile* const known = m_known.Find(path);
         Store* const store = m_product.HostHistory().ToLookIfUsable();
         if (known != nullptr && store != nullptr)
@@ -193,9 +208,9 @@ class Finder {
         return m_found.files.back();
     }
 
-    /// A file in which the role has set lines, and no list asks for any.
+    /// A file in which the role has set lines, and no list asks for any. A target gets another text.
     void AddRemembered(const std::string& path) {
-        if (m_byPath.contains(path)) return;
+        if (m_byPath.contains(path) || TargetAt(m_product, path) != nullptr) return;
         const KnownFile* const known = m_known.Find(path);
         if (known == nullptr || !known->state.knowledge.base) return;
         if (!Look(path).remembered.empty()) return;

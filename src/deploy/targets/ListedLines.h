@@ -1,12 +1,14 @@
 #ifndef ZET_LISTED_LINES_H
 #define ZET_LISTED_LINES_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "deploy/host/FileState.h"
 #include "deploy/host/FileVersion.h"
 #include "deploy/host/Staging.h"
+#include "deploy/state/CapturedFile.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/targets/Deployment.h"
 #include "deploy/targets/RememberedLines.h"
@@ -34,7 +36,8 @@ struct FileWithLines {
     bool isThere = false;
     FileVersion version;
     FileState before;
-    std::string text;  ///< as it is
+    std::optional<CapturedFile> original{};  ///< of a target that is none any more: what was there before
+    std::string text;                        ///< in which the lines are set: as it is, or the original's
 
     bool Remembers(const std::string& selector) const;
 

@@ -9,6 +9,12 @@ namespace ZET::Deploy {
 
 namespace {
 
+std::string FateOfTarget(const PlannedEdits& planned, bool isDryRun) {
+    const char* const fate =
+        isDryRun ? ZET_TEXT("%s; the edits would be overwritten") : ZET_TEXT("%s; the edits are overwritten");
+    return Words(fate, planned.DescribeOthersWork());
+}
+
 std::string FateOfOthersWork(const PlannedTarget& planned, bool isDryRun) {
     if (!planned.before.exists) return DescribeOthersWork(planned);
     constexpr const char* kFates[2][2][2] = {
@@ -41,6 +47,8 @@ void WarnOfOthersWork(Host& host, const PlannedEdits& planned) {
                                       planned.file.path));
     }
     if (!planned.isEdited) return;
+    if (planned.file.original)
+        return host.Out().Warning(planned.file.path + ": " + FateOfTarget(planned, host.Wanted().dryRun));
     host.Out().Warning(
         host.Wanted().dryRun
             ? Words("%s: a line that the last commit set was changed since; it would be set again",

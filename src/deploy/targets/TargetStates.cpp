@@ -123,7 +123,7 @@ class StateTeller {
     /// Of one whose template makes the same by now, it is nobody's edit any more.
     bool HoldsMerge(const std::string& path) const {
         const KnownFile* const known = m_known.Find(path);
-        if (known == nullptr || !known->state.knowledge.IsMerge() || !StateOf(path).exists) return false;
+        if (known == nullptr || !known->HoldsMerge() || !StateOf(path).exists) return false;
         return m_staged == nullptr || !IsAsStaged(path);
     }
 
@@ -159,7 +159,7 @@ class StateTeller {
         const KnownFile* const known = m_known.Find(path);
         const Role own = m_product.Role();
         const Role named = known != nullptr ? known->state.knowledge.namedRole.value_or(own) : own;
-        const bool isMerge = known != nullptr && known->state.knowledge.IsMerge();
+        const bool isMerge = known != nullptr && known->HoldsMerge();
         const ComparedRendering rendering =
             isMerge ? ComparedRendering{std::make_shared<StagedText>(
                           RenderQuietly(m_product, m_staging, templateName, named))}
@@ -252,14 +252,14 @@ TargetStates StatesOfTargets(Deployment& product) {
         listed.insert(result.targets.back().path);
     }
     teller.AddDiffs(result.targets);
+    AddListedEdits(product, known, result);
+    for (const ListedEditState& edit : result.listedEdits)
+        listed.insert(edit.path);
     for (const std::string& path : known.PathsOf(product.Role())) {
         if (listed.count(path) == 0)
             result.leftOvers.push_back({path, StateOf(path).exists && !known.IsAsLeft(path),
                                         known.Find(path)->state.knowledge.templateName});
     }
-    AddListedEdits(product, known, result);
-    for (const ListedEditState& edit : result.listedEdits)
-        listed.insert(edit.path);
     for (const std::string& path : known.EditedPaths())
         if (listed.count(path) == 0) result.edits.push_back({path, StateOfEdit(known, path)});
     result.newerTemplates = NewerTemplates(product, targets);

@@ -133,6 +133,9 @@ struct KnownFile {
     FileKind kind = FileKind::Edit;
     RecordedState state;     ///< as it left it
     std::int64_t entry = 0;  ///< the last one that wrote it
+
+    /// It is a target whose text is not its rendering alone.
+    bool HoldsMerge() const { return kind == FileKind::Target && state.knowledge.IsMerge(); }
 };
 
 }  // namespace ZET::Deploy
