@@ -47,7 +47,7 @@ commit_as() {
 assert_edit_back() {
     run_zet history show "$1" "$E"
     assert_success "$(<"$edited")"
-    run_zet undo
+    run_zet undo "$1"
     assert_status 0
     cmp out/e.conf "$edited"
     assert_equal "$(stat -c %a out/e.conf)" "$(stat -c %a "$edited")"

@@ -105,10 +105,11 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const Wr
     if (mayGoBack && isForced) return {Way::Reserve};
     RequireSound(file.path, text);
     edit.text = WithoutOwnBlocks(lines, text);
-    // Whoever wrote it in between, nothing of others is left in it. A killed run may have kept the original,
-    // and no more.
-    if (mayGoBack && IsAsReserve(file, edit.text)) return {Way::Reserve};
+    // A killed run may have kept the original, and no more.
+    if (mayGoBack && IsAsReserve(file, text)) return {Way::Reserve};
     if (mayGoBack && isAsLeft && IsProductsAlone(product, *record, file)) return {Way::Reserve};
+    // Whoever wrote it in between, nothing of others is left in it.
+    if (mayGoBack && IsAsReserve(file, edit.text)) return {Way::Reserve};
     if (edit.text != text) {
         edit.way = Way::Blocks;
         edit.remark = _("the managed blocks are taken out, all other lines stay");
