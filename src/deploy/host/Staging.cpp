@@ -108,8 +108,13 @@ Descriptor LockOf(int directory) {
     return Descriptor();
 }
 
+/// Whether root could be led to remove what is not his: by another user, who gives it such a name.
+bool IsOthers(int directory) {
+    return geteuid() == 0 && SafePlace("/proc/self/fd/" + std::to_string(directory)).empty();
+}
+
 /// A run that lives holds the lock.
-void RemoveLeftOversIn(const std::string& place) {
+void RemoveLeftOversIn(const std::string& place, bool isProducts) {
     // The iterator of std::filesystem ends the program when it runs out of memory.
     const DirectoryStream entries(opendir(place.c_str()));
     while (const dirent* entry = entries ? readdir(entries.get()) : nullptr) {
@@ -117,6 +122,7 @@ void RemoveLeftOversIn(const std::string& place) {
         const int directory = dirfd(entries.get());
         const Descriptor leftOver(openat(directory, entry->d_name, kDirectory));
         if (!IsOwn(leftOver, S_IRWXG | S_IRWXO)) continue;
+        if (!isProducts && IsOthers(directory)) return;
         const Descriptor lock = LockOf(leftOver);
         if (lock >= 0) RemoveStaging(directory, place + "/" + entry->d_name);
     }
@@ -145,8 +151,10 @@ bool IsCrowded(const std::string& place) {
 Staging::Staging(const std::string& lastResort, std::uintmax_t size) {
     const std::vector<std::string> places = PlacesForStaging(lastResort, size);
     for (const std::string& place : places) {
+        const std::string path = fs::absolute(place).string();
+        RemoveLeftOversIn(path, place == lastResort);
         errno = 0;
-        Make(fs::absolute(place).string());
+        Make(path);
         if (m_lock >= 0) return;
         if (place == places.back()) FailPlace(place, errno, lastResort);
     }
@@ -154,7 +162,6 @@ Staging::Staging(const std::string& lastResort, std::uintmax_t size) {
 
 /// Leaves no lock behind where none can be made, as `errno` says.
 void Staging::Make(const std::string& place) {
-    RemoveLeftOversIn(place);
     m_place = Descriptor(open(place.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
     if (m_place < 0) return;
     // Between the making and the locking, another run can take the directory for a left-over and remove it.
@@ -204,7 +211,7 @@ bool Staging::TakeIntoMemory(std::size_t size) const {
 
 void Staging::RemoveLeftOvers(const std::string& lastResort, bool mayFollowOneCutShort) {
     for (const std::string& place : PlacesOfStaging(lastResort))
-        if (mayFollowOneCutShort || !IsCrowded(place)) RemoveLeftOversIn(place);
+        if (mayFollowOneCutShort || !IsCrowded(place)) RemoveLeftOversIn(place, place == lastResort);
 }
 
 bool Staging::HasLeftAny() noexcept {

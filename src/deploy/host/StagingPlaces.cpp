@@ -9,16 +9,17 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <system_error>
+#include <memory>
+#include <utility>
 
 #include "deploy/host/Staging.h"
+#include "posix/PathNames.h"
 
 namespace ZET::Deploy {
 
 namespace {
 
-namespace fs = std::filesystem;
+using CText = std::unique_ptr<char, decltype(&std::free)>;
 
 constexpr std::uintmax_t kMegabyte = std::uintmax_t{1} << 20;
 
@@ -33,27 +34,6 @@ bool IsClosed(const struct stat& directory, bool isEntryThere) {
     if (directory.st_uid != 0 && directory.st_uid != geteuid()) return false;
     const bool isKept = isEntryThere && (directory.st_mode & S_ISVTX) != 0;
     return isKept || (directory.st_mode & (S_IWGRP | S_IWOTH)) == 0;
-}
-
-/// The directory by its one name, along which nobody else can put anything in the place of what is there;
-/// empty where somebody can.
-std::string Safe(const std::string& directory) {
-    std::error_code error;
-    const fs::path whole = fs::weakly_canonical(fs::absolute(directory, error), error);
-    if (directory.empty() || error) return "";
-    bool isEntryThere = true;
-    for (fs::path each = whole;; each = each.parent_path()) {
-        struct stat status = {};
-        const bool isThere = stat(each.c_str(), &status) == 0;
-        if (isThere ? !IsClosed(status, isEntryThere) : errno != ENOENT) return "";
-        if (each == each.root_path()) return whole;
-        isEntryThere = isThere;
-    }
-}
-
-/// Root is not led where somebody else could change what is there; others go where they are told to.
-std::string SafeForRoot(const std::string& directory) {
-    return geteuid() == 0 ? Safe(directory) : directory;
 }
 
 /// Rendering takes more than the templates; what is left is for the rest of the host.
@@ -81,8 +61,8 @@ std::string RuntimeDirectory() {
 
 std::vector<std::string> PlacesInMemory(std::uintmax_t size) {
     std::vector<std::string> places;
-    const std::string own = Safe(RuntimeDirectory());
-    for (const std::string& place : {own, Safe("/run"), Safe("/dev/shm")}) {
+    const std::string own = SafePlace(RuntimeDirectory());
+    for (const std::string& place : {own, SafePlace("/run"), SafePlace("/dev/shm")}) {
         struct statfs system = {};
         const bool isUsable = !place.empty() && access(place.c_str(), W_OK | X_OK) == 0 &&
                               statfs(place.c_str(), &system) == 0 && HasRoom(system, size);
@@ -93,8 +73,29 @@ std::vector<std::string> PlacesInMemory(std::uintmax_t size) {
 
 }  // namespace
 
+std::string SafePlace(const std::string& directory) {
+    if (directory.empty()) return "";
+    bool isThere = true;
+    std::string each = directory;
+    CText real(nullptr, std::free);
+    while (!(real = CText(realpath(each.c_str(), nullptr), std::free))) {
+        std::string parent = DirectoryOf(each);
+        if (errno != ENOENT || parent == each) return "";
+        isThere = false;
+        each = std::move(parent);
+    }
+    std::string place = isThere ? real.get() : directory;
+    for (each = real.get();; each = DirectoryOf(each)) {
+        struct stat status = {};
+        if (stat(each.c_str(), &status) != 0 || !IsClosed(status, isThere)) return "";
+        if (each == "/") return place;
+        isThere = true;
+    }
+}
+
 std::vector<std::string> PlacesForStaging(const std::string& lastResort, std::uintmax_t size) {
-    const std::string temporary = SafeForRoot(Variable("TMPDIR"));
+    const std::string named = Variable("TMPDIR");
+    const std::string temporary = geteuid() == 0 ? SafePlace(named) : named;
     if (lastResort.empty() && !temporary.empty()) return {temporary};
     std::vector<std::string> places = PlacesInMemory(size);
     places.push_back(lastResort.empty() ? "/tmp" : lastResort);
@@ -103,15 +104,12 @@ std::vector<std::string> PlacesForStaging(const std::string& lastResort, std::ui
 
 std::vector<std::string> PlacesOfStaging(const std::string& lastResort) {
     std::vector<std::string> places;
-    const auto add = [&](const std::string& place) {
-        const bool isKnown = std::find(places.begin(), places.end(), place) != places.end();
-        if (!place.empty() && !isKnown) places.push_back(place);
-    };
     for (const std::string& place :
          {Variable("XDG_RUNTIME_DIR"), "/run/user/" + std::to_string(geteuid()), std::string("/run"),
-          std::string("/dev/shm"), Variable("TMPDIR"), std::string("/tmp")})
-        add(SafeForRoot(place));
-    add(lastResort);
+          std::string("/dev/shm"), Variable("TMPDIR"), std::string("/tmp"), lastResort}) {
+        const bool isKnown = std::find(places.begin(), places.end(), place) != places.end();
+        if (!place.empty() && !isKnown) places.push_back(place);
+    }
     return places;
 }
 

@@ -14,6 +14,10 @@ std::vector<std::string> PlacesForStaging(const std::string& lastResort, std::ui
 /// The directories in which this user's runs may have made one, under other circumstances too.
 std::vector<std::string> PlacesOfStaging(const std::string& lastResort);
 
+/// The directory by its one name, along which nobody else can put anything in the place of what is there;
+/// empty where somebody can.
+std::string SafePlace(const std::string& directory);
+
 }  // namespace ZET::Deploy
 
 #endif
