@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -97,6 +98,23 @@ TEST_F(FaceTest, SignalEndsTheCallThatItCameDuringAndNoOther) {
     Plan plan = MakePlan(product);
     Commit(product, plan);
     EXPECT_TRUE(fs::exists(At("out/two")));
+}
+
+volatile std::sig_atomic_t g_heard = 0;
+
+/// Sends one when nothing is left to be done.
+class LateSignaller : public Observer {
+  public:
+    void Recorded(std::int64_t) override { std::raise(SIGTERM); }
+};
+
+TEST_F(FaceTest, SignalThatComesTooLateToEndTheCallReachesTheProgram) {
+    const auto former = std::signal(SIGTERM, [](int number) { g_heard = number; });
+    LateSignaller signaller;
+    Product product(At("zet.conf"), m_options, &signaller);
+    EXPECT_EQ(SetParam(product, At("file"), "a", "3").result, Result::Changed);
+    EXPECT_EQ(g_heard, SIGTERM);
+    std::signal(SIGTERM, former);
 }
 
 }  // namespace
