@@ -229,6 +229,12 @@ TEST_F(FaceTest, LinesStandInSectionsToo) {
     EXPECT_THROW(SetLine(product, At("file"), "^a", "a=3", {.section = "three"}), Failure);
 }
 
+TEST_F(FaceTest, CommandThatCannotBeRunKeepsTheSystemsNumber) {
+    std::ofstream(At("templates/targets.toml"), std::ios::app) << "check = [\"" + At("missing") + "\"]\n";
+    Product product(At("zet.conf"), m_options);
+    EXPECT_EQ(FailureIn([&] { MakePlan(product); }).ErrorNumber(), ENOENT);
+}
+
 TEST_F(FaceTest, EditsThatKnowNoSectionsRefuseOne) {
     Product product(At("zet.conf"), m_options);
     const EditOptions options = {.section = "one"};
