@@ -54,8 +54,8 @@ class ZET_API EZETHostError : public EZETError {
 class ZET_API CZETHost {
   public:
     /// Reads the parameters from `configFile`; it becomes the value of "ZET_CFG". A file that cannot be read,
-    /// or a broken line in it, throws `EZETError` naming the file, the line and the remedy; an empty name
-    /// `EZETCheckError`.
+    /// or a broken line in it, throws `EZETError` naming the file, the line and the remedy; an empty name,
+    /// or one with a NUL byte, `EZETCheckError`.
     explicit CZETHost(const std::string& configFile);
 
     /// Without a configuration file: the defaults serve, and "ZET_CFG" is empty.

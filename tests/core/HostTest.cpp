@@ -42,6 +42,12 @@ TEST_F(Host, WithoutAFileTheDefaultsServe) {
     EXPECT_EQ(core.GetParam("REALM"), "EXAMPLE.ORG");
 }
 
+TEST_F(Host, NameWithANulByteIsThatOfNoFile) {
+    WriteText(m_directory / "a.conf", "A=1\n");
+    const std::string name = (m_directory / "a.conf") + std::string("\0b", 2);
+    EXPECT_THROW(CZETHost{name}, EZETCheckError);
+}
+
 TEST_F(Host, WithoutAFileNoneCanBeNamedLater) {
     CZETHost host;
     EXPECT_EQ(MessageOf<EZETCheckError>([&] { host.GetCore().UpdateParam("ZET_CFG", "/etc/passwd"); }),
