@@ -4,11 +4,20 @@
 #include <string>
 
 #include "deploy/host/Remedy.h"
+#include "deploy/state/Overrides.h"
 #include "deploy/targets/Deployment.h"
 #include "zet/deploy/Outcome.h"
 #include "zet/deploy/Product.h"
 
 namespace ZET::Deploy {
+
+/// What `call` returns. What the core or the module throws meanwhile is a `Failure` to the caller, and what
+/// they log is told to `observer`.
+template <typename Call>
+auto Tell(Observer& observer, Call call) {
+    const LogToObserver log(observer);
+    return RemedyErrors("", call);
+}
 
 /// Passes on what is told, and collects what happened.
 class Relay : public Observer {
@@ -48,7 +57,7 @@ class Relay : public Observer {
         m_outcome = {};
         m_instead = observer;
         try {
-            RemedyErrors("", call);
+            Tell(*this, call);
         } catch (...) {
             m_instead = nullptr;
             throw;
@@ -69,7 +78,7 @@ class Relay : public Observer {
 class Product::Implementation {
   public:
     Implementation(const std::string& configFile, const Options& options, Observer* observer)
-        : relay(observer), deployment(configFile, options, relay) {}
+        : relay(observer), deployment(Tell(relay, [&] { return Deployment(configFile, options, relay); })) {}
 
     Relay relay;
     Deployment deployment;
@@ -80,11 +89,10 @@ inline Deployment& DeploymentOf(Product& product) {
     return product.Parts().deployment;
 }
 
-/// What `call(deployment)` returns. What the core or the module throws meanwhile is a `Failure` to the
-/// caller.
+/// What `call(deployment)` returns.
 template <typename Call>
 auto Use(Product& product, Call call) {
-    return RemedyErrors("", [&] { return call(DeploymentOf(product)); });
+    return Tell(product.Parts().relay, [&] { return call(DeploymentOf(product)); });
 }
 
 }  // namespace ZET::Deploy

@@ -28,10 +28,8 @@ const std::vector<Problem>& Plan::Problems() const {
 }
 
 std::vector<FileOutcome> Plan::Files() const {
-    std::vector<FileOutcome> files;
-    RemedyErrors("",
-                 [&] { files = OutcomesOf(m_implementation->deployment, m_implementation->plan.Targets()); });
-    return files;
+    Deployment& deployment = m_implementation->deployment;
+    return Tell(deployment.Out(), [&] { return OutcomesOf(deployment, m_implementation->plan.Targets()); });
 }
 
 std::vector<std::string> Plan::Restarts() const {

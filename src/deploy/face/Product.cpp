@@ -11,8 +11,7 @@
 namespace ZET::Deploy {
 
 Product::Product(const std::string& configFile, const Options& options, Observer* observer)
-    : m_implementation(RemedyErrors(
-          "", [&] { return std::make_unique<Implementation>(configFile, options, observer); })) {}
+    : m_implementation(std::make_unique<Implementation>(configFile, options, observer)) {}
 
 Product::~Product() = default;
 
