@@ -10,8 +10,8 @@ namespace ZET::Deploy {
 /// Does what the plan says: keeps each original first, writes each file whole or not at all, and records the
 /// role's status. A plan with problems is a `Failure`, and so is a target that somebody else wrote since;
 /// what was written before stays, the observer is told of it, and planning and committing again completes it.
-/// With the option `dryRun`, nothing is written. `observer` is told in place of the product's; null: of the
-/// product's.
+/// With the option `dryRun`, nothing is written; else a plan serves once, and committing it again is a
+/// `UsageError`. `observer` is told in place of the product's; null: of the product's.
 ZET_API Outcome Commit(Product& product, Plan& plan, Observer* observer = nullptr);
 
 }  // namespace ZET::Deploy

@@ -13,9 +13,11 @@
 
 namespace ZET::Deploy {
 
-/// What a commit would do, or what keeps it from being made. It holds the product's lock as long as it lives,
-/// unless the product's options say that nothing is written: so what was planned can be committed. The
-/// product must live longer.
+/// What a commit would do, or what keeps it from being made. One that can be committed holds the product's
+/// lock until it is, or to its end, unless the product's options say that nothing is written: what was
+/// planned is still true then. Until then another plan, and any call that writes, is a `Failure` at once.
+/// What it tells can be asked afterwards, too; a plan that was moved from has nothing to tell, and each call
+/// of it is a `UsageError`. The product must live longer.
 class ZET_API Plan {
   public:
     ~Plan();
@@ -34,7 +36,7 @@ class ZET_API Plan {
     /// What the library itself works on.
     class Implementation;
     explicit Plan(std::unique_ptr<Implementation> implementation);
-    Implementation& Parts() const { return *m_implementation; }
+    Implementation& Parts() const;
 
   private:
     std::unique_ptr<Implementation> m_implementation;

@@ -23,24 +23,41 @@ Plan::~Plan() = default;
 Plan::Plan(Plan&& other) noexcept = default;
 Plan& Plan::operator=(Plan&& other) noexcept = default;
 
+Plan::Implementation& Plan::Parts() const {
+    if (!m_implementation) throw UsageError(_("the plan was moved to another object, which has it now"));
+    return *m_implementation;
+}
+
 const std::vector<Problem>& Plan::Problems() const {
-    return m_implementation->plan.Problems();
+    return Parts().plan.Problems();
 }
 
 std::vector<FileOutcome> Plan::Files() const {
-    Deployment& deployment = m_implementation->deployment;
-    return Tell(deployment.Out(), [&] { return OutcomesOf(deployment, m_implementation->plan.Targets()); });
+    Deployment& deployment = Parts().deployment;
+    return Tell(deployment.Out(), [&] { return OutcomesOf(deployment, Parts().plan.Targets()); });
 }
 
 std::vector<std::string> Plan::Restarts() const {
-    return m_implementation->plan.Services().ToRestart();
+    return Parts().plan.Services().ToRestart();
 }
 
 Plan MakePlan(Product& product, const std::vector<std::string>& templateNames, OnEdit onEdit) {
     return Use(product, [&](Deployment& deployment) {
         const SignalGuard signals;
-        return Plan(std::make_unique<Plan::Implementation>(deployment, templateNames, onEdit));
+        auto parts = std::make_unique<Plan::Implementation>(deployment, templateNames, onEdit);
+        // One that comes now would end the program while the plan has files lying about.
+        SignalGuard::Check();
+        const bool canBeCommitted = parts->plan.Problems().empty();
+        if (!canBeCommitted) parts->plan.TakeLock();
+        return Plan(std::move(parts));
     });
+}
+
+/// However it ends, others may write then.
+static void CommitOnce(Deployment& deployment, CommitPlan& plan) {
+    const std::unique_ptr<WriteLock> lock = plan.TakeLock();
+    if (!lock) throw UsageError(_("the plan was committed already; make another one"));
+    Commit(deployment, plan);
 }
 
 Outcome Commit(Product& product, Plan& plan, Observer* observer) {
@@ -58,7 +75,7 @@ Outcome Commit(Product& product, Plan& plan, Observer* observer) {
         if (deployment.Wanted().dryRun) {
             Preview(deployment, plan.Parts().plan);
         } else {
-            Commit(deployment, plan.Parts().plan);
+            CommitOnce(deployment, plan.Parts().plan);
         }
     });
 }
