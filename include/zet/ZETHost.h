@@ -54,8 +54,8 @@ class ZET_API EZETHostError : public EZETError {
 class ZET_API CZETHost {
   public:
     /// Reads the parameters from `configFile`; it becomes the value of "ZET_CFG". A file that cannot be read,
-    /// or a broken line in it, throws `EZETError` naming the file, the line and the remedy; an empty name
-    /// `EZETCheckError`.
+    /// or a broken line in it, throws `EZETError` naming the file, the line and the remedy; an empty name,
+    /// or one with a NUL byte, `EZETCheckError`.
     explicit CZETHost(const std::string& configFile);
 
     /// Without a configuration file: the defaults serve, and "ZET_CFG" is empty.
@@ -154,7 +154,8 @@ ZET_API std::optional<bool> FlagOfParam(const std::string& key, const std::strin
 enum class ZETLogTarget { StandardError, SystemLog };
 
 /// Where log records go, and which: those up to `threshold` (`ZETLogError` only errors, `ZETLogNotice` all).
-/// `identity` stands before each record. By any thread, at any time.
+/// `identity` stands before each record. By any thread, at any time. Until it is called, errors and warnings
+/// go to standard error, those of a thread that has an observer of its own to that alone.
 ZET_API void ConfigureLog(ZETLogTarget target, ZETLogLevel threshold, const std::string& identity);
 
 /// Shows the records up to `threshold` from now on, and returns the threshold of before. By any thread, at
@@ -176,13 +177,17 @@ using ZETLogObserver = std::function<void(ZETLogLevel level, const std::string& 
 /// is called by the thread that logs, one record at a time. It must not log, nor configure the log.
 ZET_API void SetLogObserver(ZETLogObserver observer);
 
+/// The observer of the records of the calling thread alone, as long as it is one; null: none. It must live as
+/// long, and may log itself, of which it sees nothing. Returns the one of before.
+ZET_API const ZETLogObserver* SetThreadLogObserver(const ZETLogObserver* observer);
+
 /// Gives each record its last words, before it is made printable, observed and written.
 using ZETLogWording = std::function<std::string(const std::string& text)>;
 
-/// The wording of every record from now on; an empty one ends that. A host that works on a file by another
-/// name than its reader knows puts the reader's name back. By any thread, at any time; called as the observer
-/// is, and bound as it is.
-ZET_API void SetLogWording(ZETLogWording wording);
+/// The wording of every record from now on; an empty one ends that. Returns the one of before. A host that
+/// works on a file by another name than its reader knows puts the reader's name back. By any thread, at any
+/// time; called as the observer is, and bound as it is.
+ZET_API ZETLogWording SetLogWording(ZETLogWording wording);
 
 /// Calls `make`, which makes a message, while the language of whoever reads messages is set.
 using ZETReadersLanguage = void (*)(const std::function<void()>& make);
@@ -207,9 +212,10 @@ struct ZETRename {
 /// keeps the rename from being made, and comes out of `RenameFile`.
 using ZETRenameGuard = std::function<void(const ZETRename& rename)>;
 
-/// The guard of every `RenameFile` from now on; an empty one ends that. The guard is called by the thread
-/// that renames. Not to be set from within a guard, nor while another thread may rename.
-ZET_API void SetRenameGuard(ZETRenameGuard guard);
+/// The guard of every `RenameFile` from now on; an empty one ends that. Returns the one of before. The guard
+/// is called by the thread that renames. Not to be set from within a guard, nor while another thread may
+/// rename.
+ZET_API ZETRenameGuard SetRenameGuard(ZETRenameGuard guard);
 
 /// Whether `CopyFile` might have made its copy for `to` under this name, on the way to `to`: that with "."
 /// and six letters or digits and ".tmp" added, cut before the "." where it would be too long. Both have the

@@ -25,6 +25,7 @@ namespace {
 struct LogState {
     std::mutex mutex;
     ZETLogTarget target = ZETLogTarget::StandardError;
+    bool isConfigured = false;
     ZETLogLevel threshold = ZETLogWarning;
     std::string identity = "zet";
     ZETLogFilter filter;
@@ -39,6 +40,7 @@ LogState& State() {
 }
 
 std::atomic<std::size_t> loggedErrors = 0;
+thread_local const ZETLogObserver* t_observer = nullptr;
 
 const char* LevelName(ZETLogLevel level) {
     switch (level) {
@@ -74,17 +76,33 @@ bool IsShown(ZETLogLevel level) {
     return !filter || filter(level);
 }
 
-void WriteRecord(ZETLogLevel level, const char* text) {
+/// Returns the record as it stands there.
+std::string WriteRecord(ZETLogLevel level, const char* text) {
     LogState& state = State();
     const std::lock_guard<std::mutex> lock(state.mutex);
-    const std::string line = Printable(state.wording ? state.wording(text) : text);
+    std::string line = Printable(state.wording ? state.wording(text) : text);
     if (state.observer) state.observer(level, line);
+    if (!state.isConfigured && t_observer != nullptr) return line;
     if (state.target == ZETLogTarget::SystemLog) {
         ::syslog(SystemLogPriority(level), "%s", line.c_str());
-        return;
+        return line;
     }
     const std::string name = Core::Translated(LevelName(level));
     static_cast<void>(WriteAll(STDERR_FILENO, state.identity + ": " + name + ": " + line + "\n"));
+    return line;
+}
+
+/// Nothing is locked while it is told: what is told of may log, too.
+void TellThread(ZETLogLevel level, const std::string& line) {
+    const ZETLogObserver* const observer = std::exchange(t_observer, nullptr);
+    if (observer == nullptr) return;
+    try {
+        (*observer)(level, line);
+    } catch (...) {
+        t_observer = observer;
+        throw;
+    }
+    t_observer = observer;
 }
 
 }  // namespace
@@ -110,7 +128,7 @@ void CZETLogProvider::Put(ZETLogLevel level, std::size_t count, const char* form
         va_end(arguments);
     }
     const std::unique_ptr<char, decltype(&std::free)> owner(formatted, &std::free);
-    if (IsShown(level)) WriteRecord(level, formatted != nullptr ? formatted : text);
+    if (IsShown(level)) TellThread(level, WriteRecord(level, formatted != nullptr ? formatted : text));
     errno = callersError;
 }
 
@@ -118,6 +136,7 @@ void ConfigureLog(ZETLogTarget target, ZETLogLevel threshold, const std::string&
     LogState& state = State();
     const std::lock_guard<std::mutex> lock(state.mutex);
     if (state.target == ZETLogTarget::SystemLog) ::closelog();
+    state.isConfigured = true;
     state.target = target;
     state.threshold = threshold;
     state.identity = identity;
@@ -143,10 +162,14 @@ void SetLogObserver(ZETLogObserver observer) {
     state.observer = std::move(observer);
 }
 
-void SetLogWording(ZETLogWording wording) {
+const ZETLogObserver* SetThreadLogObserver(const ZETLogObserver* observer) {
+    return std::exchange(t_observer, observer);
+}
+
+ZETLogWording SetLogWording(ZETLogWording wording) {
     LogState& state = State();
     const std::lock_guard<std::mutex> lock(state.mutex);
-    state.wording = std::move(wording);
+    return std::exchange(state.wording, std::move(wording));
 }
 
 std::size_t CountLoggedErrors() {

@@ -9,6 +9,7 @@
 #include "ParameterFile.h"
 #include "ParameterKinds.h"
 #include "ParameterTable.h"
+#include "PathArgument.h"
 #include "posix/Printable.h"
 #include "zet/ZETHost.h"
 
@@ -66,7 +67,7 @@ bool CanStandInALine(std::string_view value) {
 Parameters::Parameters() : m_values{{kConfigFile, ""}} {}
 
 Parameters::Parameters(const std::string& file) {
-    RequireNotEmpty(file, "CZETHost");
+    RequirePath(file, "CZETHost");
     ReadParameterFile(file, [&](const ParameterLine& line) {
         if (const Problem problem = ProblemOfFlag(line.name, line.value))
             Warn("%s:%zu: %s (%s)", file.c_str(), line.number, problem->text.c_str(),

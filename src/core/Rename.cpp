@@ -123,8 +123,8 @@ class Renaming {
 
 namespace ZET {
 
-void SetRenameGuard(ZETRenameGuard guard) {
-    Core::RenameGuard() = std::move(guard);
+ZETRenameGuard SetRenameGuard(ZETRenameGuard guard) {
+    return std::exchange(Core::RenameGuard(), std::move(guard));
 }
 
 void RenameFile(const std::string& from, const std::string& to) {

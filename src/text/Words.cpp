@@ -27,11 +27,14 @@ bool Bind() {
 
 }  // namespace
 
+bool IsEnglish(std::string_view locale) {
+    return locale == "C" || locale == "POSIX" || locale.starts_with("C.") || locale.starts_with("en");
+}
+
 bool IsTranslated() {
     const std::string_view locale = setlocale(LC_MESSAGES, nullptr);
     if (locale == "C" || locale == "POSIX") return false;
-    const bool isEnglish = locale.starts_with("en") || locale.starts_with("C.");
-    return !isEnglish || std::getenv("LANGUAGE") != nullptr;
+    return !IsEnglish(locale) || std::getenv("LANGUAGE") != nullptr;
 }
 
 const char* Translated(const char* domain, const char* text) {

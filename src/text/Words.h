@@ -11,6 +11,9 @@ namespace ZET::Text {
 
 inline constexpr char kDomain[] = "libzet-deploy";
 
+/// Whether the texts of a locale are those of the sources.
+bool IsEnglish(std::string_view locale);
+
 /// Whether there is another language than that of the sources to look for.
 bool IsTranslated();
 

@@ -59,6 +59,12 @@ TEST_F(Host, TakesTheParametersOfAFileThatIsReadAgain) {
     EXPECT_EQ(core.GetParam("ZET_CFG"), "");
 }
 
+TEST_F(Host, NameWithANulByteIsThatOfNoFile) {
+    WriteText(m_directory / "a.conf", "A=1\n");
+    const std::string name = (m_directory / "a.conf") + std::string("\0b", 2);
+    EXPECT_THROW(CZETHost{name}, EZETCheckError);
+}
+
 TEST_F(Host, WithoutAFileNoneCanBeNamedLater) {
     CZETHost host;
     EXPECT_EQ(MessageOf<EZETCheckError>([&] { host.GetCore().UpdateParam("ZET_CFG", "/etc/passwd"); }),

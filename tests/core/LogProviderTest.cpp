@@ -93,6 +93,40 @@ TEST(LogProviderBeforeConfiguration, ShowsErrorsAndWarningsOnStandardError) {
     GTEST_FLAG_SET(death_test_style, "fast");
 }
 
+TEST(LogProviderBeforeConfiguration, TellsAThreadThatObservesAloneWhatItLogs) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            CZETLogProvider& log = CZETLogProvider::GetLogProvider();
+            std::vector<std::string> seen;
+            const ZETLogObserver observer = [&](ZETLogLevel level, const std::string& text) {
+                seen.push_back(std::to_string(level) + " " + text);
+                log.Put(ZETLogWarning, 1, "of the observer");
+            };
+            EXPECT_EQ(SetThreadLogObserver(&observer), nullptr);
+            log.Put(ZETLogError, 1, "bro\nken");
+            log.Put(ZETLogNotice, 1, "not shown");
+            std::thread([&] { log.Put(ZETLogError, 1, "of another thread"); }).join();
+            EXPECT_EQ(SetThreadLogObserver(nullptr), &observer);
+            log.Put(ZETLogError, 1, "afterwards");
+            EXPECT_THAT(seen, testing::ElementsAre("0 bro\\nken"));
+            std::_Exit(testing::Test::HasFailure() ? 1 : 0);
+        },
+        testing::ExitedWithCode(0),
+        "^zet: warning: of the observer\nzet: error: of another thread\nzet: error: afterwards\n$");
+    GTEST_FLAG_SET(death_test_style, "fast");
+}
+
+TEST_F(LogProvider, ThreadThatObservesSeesWhatGoesWhereTheLogIsConfigured) {
+    ConfigureLog(ZETLogTarget::StandardError, ZETLogNotice, "x");
+    std::vector<std::string> seen;
+    const ZETLogObserver observer = [&](ZETLogLevel, const std::string& text) { seen.push_back(text); };
+    SetThreadLogObserver(&observer);
+    EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogNotice, 1, "fine"); }), "x: notice: fine\n");
+    SetThreadLogObserver(nullptr);
+    EXPECT_THAT(seen, testing::ElementsAre("fine"));
+}
+
 TEST_F(LogProvider, RecordsBeyondTheThresholdAreNotShown) {
     ConfigureLog(ZETLogTarget::StandardError, ZETLogError, "x");
     EXPECT_EQ(LoggedBy([&] { m_log.Put(ZETLogWarning, 1, "w"); }), "");

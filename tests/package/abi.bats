@@ -37,6 +37,15 @@ fails_with() {
     "$SOURCE_DIR/script/abi" --libraries "$ALL_LIBRARIES" --lists "$BATS_TEST_DIRNAME"
 }
 
+@test "WhatThePublicHeadersDeclareIsPromised" {
+    run /usr/bin/python3 -B "$BATS_TEST_DIRNAME/declared.py" "$SOURCE_DIR/include" \
+        < <(cat "$BATS_TEST_DIRNAME"/lib*.symbols | c++filt)
+    echo "$output"
+    [ "$status" -eq 0 ]
+    [ "${#lines[@]}" -eq 1 ]
+    [[ ${lines[0]} =~ ^of\ 1[0-9][0-9]\ names ]]
+}
+
 @test "NothingOfTheImplementationIsPromised" {
     local name node
     for name in core deploy; do

@@ -16,8 +16,9 @@ class ZET_API UsageError : public std::runtime_error {
     ~UsageError() override;
 };
 
-/// What was set out to be done failed. It keeps what is known of that, and `what()` has it in words: one line
-/// that names what, where and the remedy.
+/// What was set out to be done failed. It keeps what is known of that, and `what()` has it in words: what,
+/// where and the remedy. That is one line unless the name of a file holds a line feed: names stand there with
+/// all their bytes, and who shows them makes them printable.
 class ZET_API Failure : public std::runtime_error {
   public:
     /// In the words of `Problem::Describe`. `errorNumber` is the system's `errno`; 0: none.

@@ -84,7 +84,7 @@ ZET_API std::vector<HistoryDiff> DiffHistory(Product& product, std::int64_t numb
                                              const std::string& file = "");
 
 /// All of it as a stream for "git fast-import". What is not for everybody is left out unless the option
-/// `showsSecrets` is set; each such file says so.
+/// `showsSecrets` is set; each such file says so. A stream that does not take it all is a `Failure`.
 ZET_API void ExportHistory(Product& product, std::ostream& stream);
 
 /// Takes the texts of the file, and of what stands beside it, out for good. With the option `dryRun`, tells

@@ -13,13 +13,15 @@
 
 namespace ZET::Deploy {
 
-/// What a commit would do, or what keeps it from being made. It holds the product's lock as long as it lives,
-/// unless the product's options say that nothing is written: so what was planned can be committed. The
-/// product must live longer.
+/// What a commit would do, or what keeps it from being made. One that can be committed holds the product's
+/// lock until it is, or to its end, unless the product's options say that nothing is written: what was
+/// planned is still true then. Until then another plan, and any call that writes, is a `Failure` at once; of
+/// those that write nothing, the newest is the one to be committed. What it tells can be asked afterwards,
+/// too; a plan that was moved from has nothing to tell, and each call of it is a `UsageError`. The product
+/// must live longer.
 ///
 /// From `MakePlan` to the end of its `Commit`, parameters are those that the plan was made with, also for
-/// other calls. That ends as well when the plan is let go or another one is made, which is the one to be
-/// committed then; a plan with problems waits for nothing.
+/// other calls. That ends as well when the plan is let go; a plan with problems waits for nothing.
 class ZET_API Plan {
   public:
     ~Plan();
@@ -38,7 +40,7 @@ class ZET_API Plan {
     /// What the library itself works on.
     class Implementation;
     explicit Plan(std::unique_ptr<Implementation> implementation);
-    Implementation& Parts() const { return *m_implementation; }
+    Implementation& Parts() const;
 
   private:
     std::unique_ptr<Implementation> m_implementation;

@@ -22,8 +22,9 @@ namespace ZET::Deploy {
 /// until its commit (Plan.h); and a call that an observer makes within another one is a part of that.
 ///
 /// While a call plans or writes, SIGINT, SIGTERM and SIGHUP end it between two files with an `Interrupted`,
-/// and no call after it; what is temporary is cleared away. Calls that write wait for each other, also in
-/// other processes, for 30 s at most.
+/// and no call after it; what is temporary is cleared away. One that comes after the last file reaches the
+/// program's own handler when the call ends, or ends the program as it would have. Calls that write wait for
+/// each other, also in other processes, for 30 s at most.
 ///
 /// Every call throws `UsageError` for what makes no sense, `Failure` for what could not be done (also where
 /// the core or the module could not do it; it has file, line, remedy and `errno` apart), `Interrupted` where

@@ -42,7 +42,7 @@ struct TemplateState {
 };
 
 /// Of these templates, of all that the list has for the role when there are no names. A name that leaves the
-/// directory of the templates is a `UsageError`, a template that is not there at all a `Failure`. Nothing is
+/// directory of the templates is a `UsageError`; a template that is not there at all is "unknown". Nothing is
 /// written.
 ZET_API std::vector<TemplateState> TemplateStates(Product& product,
                                                   const std::vector<std::string>& names = {});

@@ -3,6 +3,7 @@
 #include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileName.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
@@ -30,7 +31,7 @@ std::shared_ptr<IZETConfigFile> OpenedFile(Deployment& product, const std::strin
 }
 
 std::string FileToRead(const Host& host, const std::string& file) {
-    if (file.empty()) throw UsageError(_("FILE is empty (name a file)"));
+    RequireFileName(file);
     std::string path = host.FilePath(file);
     RequireReadableFile(path);
     return path;

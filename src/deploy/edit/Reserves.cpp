@@ -7,6 +7,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
+#include "deploy/host/FileName.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/FileVersion.h"
 #include "deploy/host/Words.h"
@@ -47,7 +48,7 @@ struct ReserveWork {
     }
 
     static std::string ResolvedFile(const Host& host, const std::string& file) {
-        if (file.empty()) throw UsageError(_("FILE is empty (name a file)"));
+        RequireFileName(file);
         return host.FilePath(file);
     }
 

@@ -4,12 +4,21 @@
 #include <string>
 
 #include "deploy/host/Remedy.h"
+#include "deploy/state/Overrides.h"
 #include "deploy/targets/Deployment.h"
 #include "zet/deploy/Outcome.h"
 #include "zet/deploy/Plan.h"
 #include "zet/deploy/Product.h"
 
 namespace ZET::Deploy {
+
+/// What `call` returns. What the core or the module throws meanwhile is a `Failure` to the caller, and what
+/// they log is told to `observer`.
+template <typename Call>
+auto Tell(Observer& observer, Call call) {
+    const LogToObserver log(observer);
+    return RemedyErrors("", call);
+}
 
 /// Passes on what is told, and collects what happened.
 class Relay : public Observer {
@@ -70,7 +79,7 @@ class Relay : public Observer {
 class Product::Implementation {
   public:
     Implementation(const std::string& configFile, const Options& options, Observer* observer)
-        : relay(observer), deployment(configFile, options, relay) {}
+        : relay(observer), deployment(Tell(relay, [&] { return Deployment(configFile, options, relay); })) {}
 
     Relay relay;
     Deployment deployment;
@@ -99,11 +108,10 @@ class Call {
     Product::Implementation& m_parts;
 };
 
-/// What `work(deployment)` returns, in one call. What the core or the module throws meanwhile is a `Failure`
-/// to the caller.
+/// What `work(deployment)` returns, in one call.
 template <typename Work>
 auto Use(Product& product, Work work) {
-    return RemedyErrors("", [&] {
+    return Tell(product.Parts().relay, [&] {
         const Call call(product.Parts());
         return work(call.Begin());
     });

@@ -34,29 +34,45 @@ Plan::~Plan() = default;
 Plan::Plan(Plan&& other) noexcept = default;
 Plan& Plan::operator=(Plan&& other) noexcept = default;
 
+Plan::Implementation& Plan::Parts() const {
+    if (!m_implementation) throw UsageError(_("the plan was moved to another object, which has it now"));
+    return *m_implementation;
+}
+
 const std::vector<Problem>& Plan::Problems() const {
-    return m_implementation->plan.Problems();
+    return Parts().plan.Problems();
 }
 
 std::vector<FileOutcome> Plan::Files() const {
-    std::vector<FileOutcome> files;
-    RemedyErrors("", [&] {
-        const Call call(m_implementation->parts);
-        files = OutcomesOf(m_implementation->parts.deployment, m_implementation->plan.Targets());
+    Product::Implementation& product = Parts().parts;
+    return Tell(product.relay, [&] {
+        const Call call(product);
+        return OutcomesOf(product.deployment, Parts().plan.Targets());
     });
-    return files;
 }
 
 std::vector<std::string> Plan::Restarts() const {
-    return m_implementation->plan.Services().ToRestart();
+    return Parts().plan.Services().ToRestart();
 }
 
 Plan MakePlan(Product& product, const std::vector<std::string>& templateNames, OnEdit onEdit) {
-    product.Parts().plan = nullptr;
+    // Of those that hold no lock, the newest is the one to be committed.
+    if (product.Parts().deployment.Wanted().dryRun) product.Parts().plan = nullptr;
     return Use(product, [&](Deployment&) {
         const SignalGuard signals;
-        return Plan(std::make_unique<Plan::Implementation>(product.Parts(), templateNames, onEdit));
+        auto parts = std::make_unique<Plan::Implementation>(product.Parts(), templateNames, onEdit);
+        // One that comes now would end the program while the plan has files lying about.
+        SignalGuard::Check();
+        const bool canBeCommitted = parts->plan.Problems().empty();
+        if (!canBeCommitted) parts->plan.TakeLock();
+        return Plan(std::move(parts));
     });
+}
+
+/// However it ends, others may write then.
+static void CommitOnce(Deployment& deployment, CommitPlan& plan) {
+    const std::unique_ptr<WriteLock> lock = plan.TakeLock();
+    Commit(deployment, plan);
 }
 
 Outcome Commit(Product& product, Plan& plan, Observer* observer) {
@@ -69,15 +85,14 @@ Outcome Commit(Product& product, Plan& plan, Observer* observer) {
                        .output = lines});
     }
     if (product.Parts().plan != &plan.Parts())
-        throw Failure({.text = _("the plan was committed already, or another one was made since"),
-                       .remedy = _("plan again")});
+        throw UsageError(_("the plan was committed already, or another one was made since; plan again"));
     return Collect(product, observer, [&](Deployment& deployment) {
         plan.Parts().End();
         const SignalGuard signals;
         if (deployment.Wanted().dryRun) {
             Preview(deployment, plan.Parts().plan);
         } else {
-            Commit(deployment, plan.Parts().plan);
+            CommitOnce(deployment, plan.Parts().plan);
         }
     });
 }

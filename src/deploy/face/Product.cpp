@@ -17,9 +17,8 @@ static std::string LastingName(const std::string& configFile, const Options& opt
 }
 
 Product::Product(const std::string& configFile, const Options& options, Observer* observer)
-    : m_implementation(RemedyErrors("", [&] {
-          return std::make_unique<Implementation>(LastingName(configFile, options), options, observer);
-      })) {}
+    : m_implementation(
+          std::make_unique<Implementation>(LastingName(configFile, options), options, observer)) {}
 
 Product::~Product() = default;
 

@@ -31,7 +31,7 @@ ErasedHistory EraseHistory(Deployment& product, const std::string& file) {
         return result;
     }
     const std::string name = toErase();  // before anybody has to wait
-    const WriteLock lock(product.State(), LockSeeker{product.Caller(), product.Out()});
+    const WriteLock lock(product.State(), product.Seeker());
     SettleCutShort(product, lock);
     TellOfMerge(product, name);
     const Erasure erased = product.HostHistory().ToRecord().Erase(NamesBeside(name));

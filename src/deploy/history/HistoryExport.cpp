@@ -4,10 +4,13 @@
 
 #include <algorithm>
 #include <map>
+#include <ostream>
 #include <utility>
 
 #include "deploy/history/FastImport.h"
 #include "deploy/history/HistoryEntries.h"
+#include "deploy/host/Failure.h"
+#include "deploy/host/Words.h"
 
 namespace ZET::Deploy {
 
@@ -117,6 +120,10 @@ class Exporter {
 void ExportHistory(Deployment& product, std::ostream& stream) {
     const HistoryReader reader(product);
     Exporter(reader, stream).Export();
+    if (!stream.flush()) {
+        throw Failure({.text = _("the history could not be written whole"),
+                       .remedy = _("make room where it is written to, then export it again")});
+    }
 }
 
 }  // namespace ZET::Deploy

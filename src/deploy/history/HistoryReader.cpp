@@ -8,6 +8,7 @@
 #include <map>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileName.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/KeptEntries.h"
 #include "zet/ZETFormat.h"
@@ -82,7 +83,7 @@ bool HistoryReader::Knows(const std::string& name) const {
 }
 
 std::string HistoryReader::NameOf(const std::string& file) const {
-    if (file.empty()) throw UsageError(_("FILE is empty (name a file)"));
+    RequireFileName(file);
     if (auto name = FindName(file)) return std::move(*name);
     throw UsageError(HasAny() ? Words("%s: is not in the history (\"history\" tells the files that are)",
                                       PathOf(NamesOfPath(m_product.HostPaths(), file).front()))

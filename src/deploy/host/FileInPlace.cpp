@@ -93,7 +93,8 @@ void FileInPlace::Visit::Enter() {
     }
     try {
         if (m_rights) m_rights->Take();
-        if (!m_prefix.empty()) SetLogWording([this](const std::string& text) { return Readable(text); });
+        if (!m_prefix.empty())
+            m_formerWording = SetLogWording([this](const std::string& text) { return Readable(text); });
     } catch (...) {
         Leave();
         throw;
@@ -103,7 +104,8 @@ void FileInPlace::Visit::Enter() {
 /// Nothing in here can fail but going back, and that only where the former directory was closed to this user
 /// meanwhile; what is looked up there fails then, too.
 void FileInPlace::Visit::Leave() noexcept {
-    SetLogWording({});
+    if (m_formerWording) SetLogWording(std::move(*m_formerWording));
+    m_formerWording.reset();
     if (m_rights) m_rights->Drop();
     if (m_former >= 0) static_cast<void>(fchdir(m_former) == 0);
 }

@@ -113,6 +113,7 @@ class FileInPlace {
         std::string m_prefix;  ///< before names in the directory
         std::string m_name;
         std::optional<RightsOf> m_rights;
+        std::optional<ZETLogWording> m_formerWording;
     };
 
     static Visit* Suspend();

@@ -131,18 +131,47 @@ pid_t Start(std::vector<std::string> arguments, const ProcessConditions& conditi
     throw SystemFailure({.text = what, .remedy = _("run the command again")}, errno);
 }
 
+/// For as long as the object lives, who started a program is told how it ended, also in a process that
+/// ignores the end of its programs, as daemons do. What handles it goes on handling it.
+class EndsAreTold {
+  public:
+    EndsAreTold() {
+        sigaction(SIGCHLD, nullptr, &m_former);
+        m_areIgnored = m_former.sa_handler == SIG_IGN || (m_former.sa_flags & SA_NOCLDWAIT) != 0;
+        if (!m_areIgnored) return;
+        struct sigaction action = m_former;
+        action.sa_flags &= ~SA_NOCLDWAIT;
+        if (action.sa_handler == SIG_IGN) action.sa_handler = SIG_DFL;
+        sigaction(SIGCHLD, &action, nullptr);
+    }
+    ~EndsAreTold() {
+        if (!m_areIgnored) return;
+        sigaction(SIGCHLD, &m_former, nullptr);
+        // Others that ended meanwhile wait for somebody to ask, and nobody does.
+        while (waitpid(-1, nullptr, WNOHANG) > 0) {
+        }
+    }
+    EndsAreTold(const EndsAreTold&) = delete;
+    EndsAreTold& operator=(const EndsAreTold&) = delete;
+
+  private:
+    struct sigaction m_former = {};
+    bool m_areIgnored = false;
+};
+
 /// A descriptor that can be read from when the process has ended; -1 on a system that has no such thing.
 int DescriptorOf(pid_t process) {
     // The C library's header declares no C function.
     return static_cast<int>(syscall(SYS_pidfd_open, process, 0));
 }
 
-/// A program that runs. One that nobody waited for is killed at the end of the object's life.
+/// A program that runs. One that nobody waited for is killed at the end of the object's life, unless its
+/// number may be another's by then.
 class Child {
   public:
     explicit Child(pid_t process) : m_process(process), m_descriptor(DescriptorOf(process)) {}
     ~Child() {
-        if (m_isWaitedFor) return;
+        if (m_isGone) return;
         SignalGroup(SIGKILL);
         Uninterrupted([&] { return waitpid(m_process, nullptr, 0); });
     }
@@ -152,10 +181,10 @@ class Child {
     int PollableDescriptor() const { return m_descriptor; }
 
     /// Its number stays taken, so that its group can still be told from others.
-    bool HasEnded() const {
+    bool HasEnded() {
         siginfo_t ended = {};
         if (waitid(P_PID, static_cast<id_t>(m_process), &ended, WEXITED | WNOHANG | WNOWAIT) != 0)
-            Fail(_("how a program ended cannot be told"));
+            FailToTell();
         return ended.si_pid != 0;
     }
 
@@ -163,23 +192,29 @@ class Child {
 
     void WaitForEnd(ProcessResult& result) {
         int status = 0;
-        if (Uninterrupted([&] { return waitpid(m_process, &status, 0); }) < 0)
-            Fail(_("how a program ended cannot be told"));
-        m_isWaitedFor = true;
+        if (Uninterrupted([&] { return waitpid(m_process, &status, 0); }) < 0) FailToTell();
+        m_isGone = true;
         result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
         result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + result.signal;
     }
 
   private:
+    [[noreturn]] void FailToTell() {
+        m_isGone = true;
+        throw SystemFailure({.text = _("how a program ended cannot be told"),
+                             .remedy = _("let this program wait only for those that it starts itself")},
+                            errno);
+    }
+
     pid_t m_process;
     Descriptor m_descriptor;
-    bool m_isWaitedFor = false;
+    bool m_isGone = false;
 };
 
 /// Reads what a program prints for as long as it runs.
 class Attendance {
   public:
-    Attendance(const Child& child, int source, std::size_t keptOutput)
+    Attendance(Child& child, int source, std::size_t keptOutput)
         : m_child(child), m_source(source), m_output(keptOutput) {}
 
     /// False when the program still runs at that time, or when a signal came.
@@ -240,7 +275,7 @@ class Attendance {
 
     static constexpr std::size_t kPart = 16384;
 
-    const Child& m_child;
+    Child& m_child;
     int m_source;
     bool m_isOpen = true;
     ProcessOutput m_output;
@@ -254,6 +289,7 @@ ProcessResult RunProcess(const std::vector<std::string>& arguments, const Proces
         isLimited ? Clock::now() + conditions.timeLimit : Clock::time_point::max();
     // A group of its own hears nothing of what ends this process.
     const SignalGuard signals;
+    const EndsAreTold ends;
     Pipe pipe = MakePipe();
     Child child(Start(arguments, conditions, pipe.writeEnd));
     pipe.writeEnd.Close();

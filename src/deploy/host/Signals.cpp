@@ -1,5 +1,7 @@
 #include "deploy/host/Signals.h"
 
+#include <unistd.h>
+
 #include <cstring>
 #include <string>
 
@@ -12,10 +14,26 @@ namespace {
 constexpr std::array<int, 3> kSignals{SIGINT, SIGTERM, SIGHUP};
 
 volatile std::sig_atomic_t caughtSignal = 0;
+volatile std::sig_atomic_t isUnanswered[NSIG] = {};  // by number: no `Interrupted` has told of it yet
 int memories = 0;
 
 void Catch(int number) {
     caughtSignal = number;
+    isUnanswered[number] = 1;
+}
+
+void CountAsAnswered() {
+    for (const int number : kSignals)
+        isUnanswered[number] = 0;
+}
+
+/// To the process, as they came: this thread may not be the one that takes them.
+void SendUnanswered() {
+    for (const int number : kSignals) {
+        if (isUnanswered[number] == 0) continue;
+        isUnanswered[number] = 0;
+        kill(getpid(), number);
+    }
 }
 
 }  // namespace
@@ -25,7 +43,9 @@ SignalMemory::SignalMemory() {
 }
 
 SignalMemory::~SignalMemory() {
-    if (--memories == 0) caughtSignal = 0;
+    if (--memories != 0) return;
+    caughtSignal = 0;
+    CountAsAnswered();
 }
 
 SignalGuard::SignalGuard() {
@@ -41,6 +61,8 @@ SignalGuard::SignalGuard() {
 SignalGuard::~SignalGuard() {
     for (std::size_t i = 0; i < kSignals.size(); ++i)
         sigaction(kSignals[i], &m_former[i], nullptr);
+    const bool isAskedForYet = memories > 1;
+    if (!isAskedForYet) SendUnanswered();
 }
 
 bool SignalGuard::Caught() {
@@ -49,6 +71,7 @@ bool SignalGuard::Caught() {
 
 void SignalGuard::Check() {
     if (!Caught()) return;
+    CountAsAnswered();
     throw Interrupted({.text = Words("ended by a signal (%s) before all was done", strsignal(caughtSignal)),
                        .remedy = _("run the command again")});
 }

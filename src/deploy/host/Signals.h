@@ -18,7 +18,9 @@ class SignalMemory {
 };
 
 /// For as long as the object lives, SIGINT, SIGTERM and SIGHUP only set a flag, so that nothing temporary is
-/// left behind. What ignored a signal goes on ignoring it.
+/// left behind. What ignored a signal goes on ignoring it. One that nobody answered with an `Interrupted`
+/// comes again at the end of the outermost object, to whom it would have come without, unless a
+/// `SignalMemory` lives on, whose owner asks for it.
 class SignalGuard {
   public:
     SignalGuard();

@@ -1,6 +1,8 @@
 #ifndef ZET_GUARDED_RENAMES_H
 #define ZET_GUARDED_RENAMES_H
 
+#include <utility>
+
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
@@ -8,10 +10,13 @@ namespace ZET::Deploy {
 /// For as long as the object lives, each rename is seen by the guard before it is made.
 class GuardedRenames {
   public:
-    explicit GuardedRenames(const ZETRenameGuard& guard) { SetRenameGuard(guard); }
-    ~GuardedRenames() { SetRenameGuard(nullptr); }
+    explicit GuardedRenames(const ZETRenameGuard& guard) : m_former(SetRenameGuard(guard)) {}
+    ~GuardedRenames() { SetRenameGuard(std::move(m_former)); }
     GuardedRenames(const GuardedRenames&) = delete;
     GuardedRenames& operator=(const GuardedRenames&) = delete;
+
+  private:
+    ZETRenameGuard m_former;
 };
 
 }  // namespace ZET::Deploy

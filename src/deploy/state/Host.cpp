@@ -23,10 +23,18 @@ std::string DefaultOf(const std::string& key) {
     return known ? known->value : "";
 }
 
+/// What no command line can say, but another program.
+void RequireSense(const std::string& configFile, const Options& options) {
+    if (configFile.empty()) throw UsageError(_("the configuration file has no name (name a file)"));
+    if (std::find(std::begin(kRoles), std::end(kRoles), options.role) == std::end(kRoles))
+        throw UsageError(_("the role is neither that of a server nor that of a client"));
+}
+
 }  // namespace
 
 Host::Host(const std::string& configFile, const Options& options, Observer& observer)
     : m_configFile(configFile), m_options(options), m_observer(observer), m_paths(options.root) {
+    RequireSense(configFile, options);
     ReadParameters();
 }
 

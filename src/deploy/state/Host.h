@@ -8,6 +8,7 @@
 #include "deploy/host/Paths.h"
 #include "deploy/state/History.h"
 #include "deploy/state/HostValues.h"
+#include "deploy/state/Lock.h"
 #include "deploy/state/StateDirectory.h"
 #include "zet/ZETHost.h"
 #include "zet/deploy/Observer.h"
@@ -34,6 +35,12 @@ class Host {
     /// The words that called: "zet-init commit-config".
     std::string Caller() const { return m_options.program + " " + m_options.command; }
     Observer& Out() { return m_observer; }
+
+    /// The same, for whom he keeps from writing, or waits for.
+    LockSeeker Seeker() const { return {.name = Caller(), .observer = m_observer, .own = m_ownLock}; }
+
+    /// The lock is kept from one call to another.
+    void Keeps(const WriteLock& lock) { m_ownLock = lock.Life(); }
     IZETCore& Core() { return m_core->GetCore(); }
     const Paths& HostPaths() const { return m_paths; }
 
@@ -95,6 +102,7 @@ class Host {
     Observer& m_observer;
     Paths m_paths;
     std::unique_ptr<CZETHost> m_core;
+    std::weak_ptr<const void> m_ownLock;
     std::optional<HostValues> m_values;
     std::optional<History> m_history;
 };

@@ -1,16 +1,18 @@
 #include "deploy/state/Language.h"
 
-#include <algorithm>
+#include <compare>
 #include <cstdlib>
 #include <functional>
-#include <iterator>
 #include <map>
 #include <memory>
+#include <new>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Words.h"
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
@@ -18,6 +20,7 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr char kPreference[] = "LANGUAGE";
+constexpr char kOfSources[] = "C";  // for its messages, no preference is asked for
 
 /// What a text is in: its language, and how the letters are encoded. Without the second, all that is not
 /// ASCII would be lost.
@@ -25,19 +28,42 @@ constexpr int kTextCategories[] = {LC_CTYPE, LC_MESSAGES};
 
 /// To the system, an empty name is the language of whoever runs the command.
 std::string LocaleName(const std::string& language) {
-    return language.empty() ? "C" : language;
+    return language.empty() ? kOfSources : language;
 }
 
-bool IsSet(const std::string& locale) {
-    return std::all_of(std::begin(kTextCategories), std::end(kTextCategories),
-                       [&](int category) { return locale == setlocale(category, nullptr); });
+/// "de" of "de_AT.UTF-8", and of the list "de:fr".
+std::string_view LanguageOf(std::string_view names) {
+    return names.substr(0, names.find_first_of("_.@:"));
+}
+
+/// What a text is written in, by the names of locales.
+struct Names {
+    std::string letters;
+    std::string messages;
+
+    auto operator<=>(const Names&) const = default;
+
+    bool AreSet() const {
+        return uselocale(locale_t()) == LC_GLOBAL_LOCALE && letters == setlocale(LC_CTYPE, nullptr) &&
+               messages == setlocale(LC_MESSAGES, nullptr);
+    }
+
+    /// Whether messages would be in another language all the same.
+    bool YieldTo(const std::string& preference) const {
+        return !preference.empty() && messages != kOfSources &&
+               LanguageOf(preference) != LanguageOf(messages);
+    }
+};
+
+Names NamesFor(const std::string& locale, const std::string& preference) {
+    return {locale, !preference.empty() && Text::IsEnglish(locale) ? kOfSources : locale};
 }
 
 struct LocaleDeleter {
     void operator()(locale_t locale) const { freelocale(locale); }
 };
 using Locale = std::unique_ptr<std::remove_pointer_t<locale_t>, LocaleDeleter>;
-using Locales = std::map<std::string, Locale>;
+using Locales = std::map<Names, Locale>;
 
 /// Those that were written in. To go to one of them and back takes 100 instructions, where setting a locale
 /// by its name takes 20,000: half of what a small file takes to be rendered. They live as long as the
@@ -48,13 +74,17 @@ Locales& KnownLocales() {
     return locales;
 }
 
-/// The present one, but for the language; none where the system makes none.
-Locale MakeLocale(const std::string& name) {
-    const locale_t present = duplocale(LC_GLOBAL_LOCALE);
-    if (present == locale_t()) return nullptr;
-    const locale_t made = newlocale(LC_CTYPE_MASK | LC_MESSAGES_MASK, name.c_str(), present);
-    if (made == locale_t()) freelocale(present);
-    return Locale(made);
+/// The present one, but for the language. The host has the languages.
+Locale MakeLocale(const Names& names) {
+    Locale made(duplocale(LC_GLOBAL_LOCALE));
+    for (const auto& [category, name] :
+         {std::pair(LC_CTYPE_MASK, &names.letters), std::pair(LC_MESSAGES_MASK, &names.messages)}) {
+        const locale_t changed = made ? newlocale(category, name->c_str(), made.get()) : locale_t();
+        if (changed == locale_t()) throw std::bad_alloc();
+        static_cast<void>(made.release());
+        made.reset(changed);
+    }
+    return made;
 }
 
 void RequireLanguageOf(IZETCore& core, const std::string& language) {
@@ -65,6 +95,16 @@ void RequireLanguageOf(IZETCore& core, const std::string& language) {
         facts.file = core.GetParam("ZET_CFG");
         throw Failure(facts);
     }
+}
+
+bool g_isProcessOwn = false;
+
+void RequireOwnProcess(IZETCore& core, const std::string& language, const std::string& preference) {
+    if (g_isProcessOwn) return;
+    throw Failure({.file = core.GetParam("ZET_CFG"),
+                   .text = Words("ZET_LANG is %s, and the program's LANGUAGE, %s, would win over it",
+                                 language, preference),
+                   .remedy = _("let the program unset LANGUAGE, or leave ZET_LANG empty")});
 }
 
 /// That of the reader, while this thread writes a file in another one.
@@ -113,11 +153,13 @@ void RequireLanguage(const std::string& language) {
 }
 
 void UseReadersLanguage() {
+    g_isProcessOwn = true;
     for (const int category : kTextCategories)
         setlocale(category, "");
 }
 
 void UseReadersLetters() {
+    g_isProcessOwn = true;
     setlocale(LC_CTYPE, "");
 }
 
@@ -138,28 +180,35 @@ void LanguageSetting::Use() const {
 
 WrittenLanguage::WrittenLanguage(IZETCore& core) {
     const std::string language = core.GetParam("ZET_LANG");
-    const std::string locale = LocaleName(language);
-    const char* const preference = std::getenv(kPreference);
+    const char* const preferred = std::getenv(kPreference);
+    const std::string preference = preferred == nullptr ? "" : preferred;
+    const Names names = NamesFor(LocaleName(language), preference);
     Locales& known = KnownLocales();
-    if (!known.contains(locale)) {
+    if (!known.contains(names)) {
         RequireLanguageOf(core, language);
-        known.emplace(locale, MakeLocale(locale));
+        known.emplace(names, MakeLocale(names));
     }
-    // Setting what is set already costs two fifths of rendering a small file.
-    if (preference == nullptr && IsSet(locale)) return;
     const bool isTranslated = Text::IsTranslated();
-    // What was translated before by another list of preferred languages is only forgotten below.
-    if (preference == nullptr && known.at(locale)) {
-        m_formerLookUp = Text::LookUpBy(isTranslated ? &LookUpForProgram : &LeaveEnglish);
-        m_formerMaking = MakeMessagesBy(&MakeForProgram);
-        m_formerLocale = uselocale(known.at(locale).get());
-        return;
+    if (names.YieldTo(preference)) {
+        RequireOwnProcess(core, language, preference);
+        UseInProcess(names.letters, isTranslated);
+    } else if (!names.AreSet()) {  // setting what is set already costs two fifths of rendering a small file
+        UseInThread(known.at(names).get(), isTranslated);
     }
+}
+
+void WrittenLanguage::UseInThread(locale_t written, bool isTranslated) {
+    m_formerLookUp = Text::LookUpBy(isTranslated ? &LookUpForProgram : &LeaveEnglish);
+    m_formerMaking = MakeMessagesBy(&MakeForProgram);
+    m_formerLocale = uselocale(written);
+}
+
+/// What was translated before by another list of preferred languages is forgotten, too.
+void WrittenLanguage::UseInProcess(const std::string& locale, bool isTranslated) {
     m_former.emplace();
     m_formerReaders = std::exchange(t_readers, &*m_former);
     m_formerLookUp = Text::LookUpBy(isTranslated ? &LookUpForReader : &LeaveEnglish);
     m_formerMaking = MakeMessagesBy(&MakeForReader);
-    // The reader's list of preferred languages would win over the one that is set.
     unsetenv(kPreference);
     for (const int category : kTextCategories)
         setlocale(category, locale.c_str());

@@ -103,6 +103,11 @@ off_t NameHolder(const std::string& name, int descriptor) {
 
 /// Without its file: none, as `errno` says.
 Descriptor Lock(const LockSeeker& seeker, const std::string& file) {
+    if (!seeker.own.expired()) {
+        throw Failure({.file = file,
+                       .text = _("this program holds the lock already, by a plan"),
+                       .remedy = _("commit the plan or let go of it, then try again")});
+    }
     Descriptor lock(
         open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600));
     if (lock < 0) return lock;

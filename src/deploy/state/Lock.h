@@ -18,11 +18,13 @@ struct LockSeeker {
     std::string name;    ///< for those who wait for him: "zet-init commit-config"
     Observer& observer;  ///< is told for whom he waits
     std::chrono::seconds patience{30};
+    std::weak_ptr<const void> own{};  ///< the lock that he holds already, while that lives
 };
 
 /// Keeps other commands that write away, for as long as it lives: a lock of the open zet.lock in
 /// ZET_VAR_LIB_DIR, which the system drops when its holder dies. Says at once for whom it waits, who wrote
-/// his name into the file; after 30 s, if the seeker has no other patience, a `Failure` says so.
+/// his name into the file; after 30 s, if the seeker has no other patience, a `Failure` says so. Who would
+/// wait for himself is told at once.
 class WriteLock {
   public:
     WriteLock(const StateDirectory& state, const LockSeeker& seeker);

@@ -10,6 +10,13 @@ QuietLog::~QuietLog() {
     SetLogThreshold(m_former);
 }
 
+LogToObserver::LogToObserver(Observer& observer)
+    : m_tell([&observer](ZETLogLevel level, const std::string& text) {
+          if (level == ZETLogError) return observer.Error(text);
+          return level == ZETLogWarning ? observer.Warning(text) : observer.Detail(text);
+      }),
+      m_former(SetThreadLogObserver(&m_tell)) {}
+
 ParamOverride::ParamOverride(IZETCore& core, const std::string& key, const std::string& value)
     : m_core(core), m_key(key), m_former(core.GetParam(key)) {
     m_core.UpdateParam(key, value);

@@ -6,6 +6,7 @@
 
 #include "zet/IZETCore.h"
 #include "zet/ZETHost.h"
+#include "zet/deploy/Observer.h"
 
 /// What is otherwise for as long as an object lives.
 namespace ZET::Deploy {
@@ -31,6 +32,19 @@ class QuietLog {
 
   private:
     ZETLogLevel m_former;
+};
+
+/// For as long as the object lives, the observer is told what this thread logs.
+class LogToObserver {
+  public:
+    explicit LogToObserver(Observer& observer);
+    ~LogToObserver() { SetThreadLogObserver(m_former); }
+    LogToObserver(const LogToObserver&) = delete;
+    LogToObserver& operator=(const LogToObserver&) = delete;
+
+  private:
+    const ZETLogObserver m_tell;
+    const ZETLogObserver* m_former;
 };
 
 /// Gives a parameter of the core another value for as long as the object lives.

@@ -105,7 +105,7 @@ void Writing::RequireRoom(const std::string& path) const {
 }
 
 void Writing::Lock(HostProduct& product, const std::vector<std::string>& paths, Right right) {
-    const LockSeeker seeker{product.Caller(), product.Out()};
+    const LockSeeker seeker = product.Seeker();
     m_lock = right == Right::OfTheProduct
                  ? std::make_unique<WriteLock>(product.State(), seeker)
                  : std::make_unique<WriteLock>(product.State(), seeker, paths.front());

@@ -60,7 +60,8 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     const bool isDryRun = product.Wanted().dryRun;
     if (!isDryRun) {
         RequireOwnInstructions(product);
-        m_lock = std::make_unique<WriteLock>(product.State(), LockSeeker{product.Caller(), product.Out()});
+        m_lock = std::make_unique<WriteLock>(product.State(), product.Seeker());
+        product.Keeps(*m_lock);
         Staging::RemoveLeftOvers(product.State().Path(), m_lock->MayFollowOneCutShort());
         m_cutShort = SettleCutShort(product, *m_lock);
     }

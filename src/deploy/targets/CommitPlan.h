@@ -9,6 +9,7 @@
 #include <set>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "deploy/host/FileVersion.h"
@@ -26,8 +27,8 @@
 
 namespace ZET::Deploy {
 
-/// What a commit is about to do, or would: made under the product's lock, which it holds as long as it lives,
-/// unless nothing is going to be written.
+/// What a commit is about to do, or would: made under the product's lock, which it holds as long as it lives
+/// and nobody takes it, unless nothing is going to be written.
 class CommitPlan {
   public:
     /// Checks the targets of the role whose templates `templateNames` has, all when it is empty; renders each
@@ -53,6 +54,9 @@ class CommitPlan {
 
     /// Whether something would change.
     bool IsChange() const;
+
+    /// The lock that it holds, from now on the caller's; null: none.
+    std::unique_ptr<WriteLock> TakeLock() { return std::move(m_lock); }
 
     /// How many check commands of the targets were not run, though they could have been.
     std::size_t ChecksNotRun() const { return m_checksNotRun; }

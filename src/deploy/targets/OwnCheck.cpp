@@ -110,7 +110,7 @@ std::optional<Problem> OwnCheckProblem(Deployment& product, const Target& target
         result = RunProcess(ArgumentsFor(target.check, staged),
                             {.directory = "/", .timeLimit = target.checkTimeout, .keptOutput = kKeptOutput});
     } catch (const Failure& failure) {
-        return verdict.OfFailure(failure);
+        throw Failure(verdict.OfFailure(failure), failure.ErrorNumber());
     }
     if (std::optional<Problem> problem = verdict.Of(result)) return problem;
     // What was looked at must be what is written.

@@ -19,7 +19,8 @@ bool RunsOwnChecks(const Options& wanted);
 std::size_t CountChecksNotRun(const Options& wanted, const std::vector<Target>& targets);
 
 /// Has the target's own check command, if there is one, look at the staged file. `path` is the target as it
-/// is on this host, below the root directory. Returns what the command has against it.
+/// is on this host, below the root directory. Returns what the command has against it; one that cannot be run
+/// is a `Failure`.
 std::optional<Problem> OwnCheckProblem(Deployment& product, const Target& target, const std::string& path,
                                        const std::string& staged);
 

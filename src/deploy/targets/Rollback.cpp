@@ -200,7 +200,7 @@ RollbackResult RollBack(Deployment& product, const std::vector<std::string>& nam
     std::unique_ptr<WriteLock> lock;
     if (!product.Wanted().dryRun) {
         RequireOwnInstructions(product);
-        lock = LockToGoBack(product.State(), LockSeeker{product.Caller(), product.Out()});
+        lock = LockToGoBack(product.State(), product.Seeker());
         if (lock) {
             Staging::RemoveLeftOvers(product.State().Path(), lock->MayFollowOneCutShort());
             SettleCutShort(product, *lock, true);

@@ -192,6 +192,8 @@ TEST_F(FaceTest, HistoryIsExportedAndErased) {
     std::ostringstream stream;
     ExportHistory(product, stream);
     EXPECT_THAT(stream.str(), HasSubstr("\na=2\n"));
+    std::ofstream full("/dev/full");
+    EXPECT_NE(FailureIn([&] { ExportHistory(product, full); }).Facts().remedy, "");
     const ErasedHistory erased = EraseHistory(product, At("file"));
     EXPECT_EQ(erased.path, At("file"));
     EXPECT_EQ(erased.texts, 2U);
@@ -227,6 +229,28 @@ TEST_F(FaceTest, LinesStandInSectionsToo) {
     EXPECT_EQ(RestoreLine(product, At("file"), "^a", {.section = "two"}).result, Result::Changed);
     EXPECT_EQ(GetLine(product, At("file"), "^a", "two"), "a=2");
     EXPECT_THROW(SetLine(product, At("file"), "^a", "a=3", {.section = "three"}), Failure);
+}
+
+TEST_F(FaceTest, WhatCanBeNoNameIsRefusedWhole) {
+    const std::string name("file\0x", 6);
+    Product product(At("zet.conf"), m_options);
+    EXPECT_THROW(GetParam(product, At(name), "a"), UsageError);
+    EXPECT_THROW(SetParam(product, At(name), "a", "2"), UsageError);
+    EXPECT_THROW(ReserveFile(product, At(name)), UsageError);
+    EXPECT_THROW(TextBefore(product, 1, At(name)), UsageError);
+    EXPECT_EQ(Read(At("file")), "a=1\nb=2\n");
+}
+
+TEST_F(FaceTest, ProductOfNothingIsAUsageError) {
+    EXPECT_THROW(Product("", m_options), UsageError);
+    m_options.role = static_cast<Role>(7);
+    EXPECT_THROW(Product(At("zet.conf"), m_options), UsageError);
+}
+
+TEST_F(FaceTest, CommandThatCannotBeRunKeepsTheSystemsNumber) {
+    std::ofstream(At("templates/targets.toml"), std::ios::app) << "check = [\"" + At("missing") + "\"]\n";
+    Product product(At("zet.conf"), m_options);
+    EXPECT_EQ(FailureIn([&] { MakePlan(product); }).ErrorNumber(), ENOENT);
 }
 
 TEST_F(FaceTest, EditsThatKnowNoSectionsRefuseOne) {

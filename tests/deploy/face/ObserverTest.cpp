@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <regex>
@@ -10,6 +12,8 @@
 
 #include "FaceFixture.h"
 #include "deploy/face/Parts.h"
+#include "zet/ZETFiles.h"
+#include "zet/ZETHost.h"
 #include "zet/deploy/Commit.h"
 #include "zet/deploy/Edit.h"
 
@@ -19,6 +23,7 @@ namespace {
 namespace fs = std::filesystem;
 
 using testing::ElementsAre;
+using testing::StartsWith;
 using Result = FileOutcome::Result;
 
 /// Keeps what it is told, each with its name.
@@ -97,6 +102,58 @@ TEST_F(FaceTest, SignalEndsTheCallThatItCameDuringAndNoOther) {
     Plan plan = MakePlan(product);
     Commit(product, plan);
     EXPECT_TRUE(fs::exists(At("out/two")));
+}
+
+TEST_F(FaceTest, NothingIsPrintedAndWhatIsLoggedIsTold) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // a process that has configured no log
+    std::ofstream(At("zet.conf"), std::ios::app) << "ZET_SYNC=maybe\n";
+    EXPECT_EXIT(
+        {
+            Listener listener;
+            const Product product(At("zet.conf"), m_options, &listener);
+            EXPECT_THAT(listener.told, ElementsAre(StartsWith("Warning " + At("zet.conf") + ":")));
+            std::_Exit(HasFailure() ? 1 : 0);
+        },
+        testing::ExitedWithCode(0), "^$");
+}
+
+TEST_F(FaceTest, EditLeavesTheProgramsWordingAndGuardInForce) {
+    std::vector<std::string> seen;
+    SetLogWording([&](const std::string& text) {
+        seen.push_back(text);
+        return text;
+    });
+    int renames = 0;
+    SetRenameGuard([&](const ZETRename&) { ++renames; });
+    {
+        Product product(At("zet.conf"), m_options);
+        SetParam(product, At("file"), "a", "3");
+    }
+    seen.clear();
+    renames = 0;
+    CZETLogProvider::GetLogProvider().Put(ZETLogWarning, 1, "its own");
+    RenameFile(At("file"), At("other"));
+    EXPECT_THAT(seen, ElementsAre("its own"));
+    EXPECT_NE(renames, 0);
+    SetLogWording({});
+    SetRenameGuard({});
+}
+
+volatile std::sig_atomic_t g_heard = 0;
+
+/// Sends one when nothing is left to be done.
+class LateSignaller : public Observer {
+  public:
+    void Recorded(std::int64_t) override { std::raise(SIGTERM); }
+};
+
+TEST_F(FaceTest, SignalThatComesTooLateToEndTheCallReachesTheProgram) {
+    const auto former = std::signal(SIGTERM, [](int number) { g_heard = number; });
+    LateSignaller signaller;
+    Product product(At("zet.conf"), m_options, &signaller);
+    EXPECT_EQ(SetParam(product, At("file"), "a", "3").result, Result::Changed);
+    EXPECT_EQ(g_heard, SIGTERM);
+    std::signal(SIGTERM, former);
 }
 
 }  // namespace

@@ -50,6 +50,70 @@ TEST(SignalsTest, SignalIsForgottenWithTheOutermostGuard) {
     EXPECT_NO_THROW(SignalGuard::Check());
 }
 
+volatile std::sig_atomic_t g_heard = 0;
+
+void Hear(int number) {
+    g_heard = number;
+}
+
+/// For as long as it lives, the program handles SIGHUP, as a daemon does, so.
+class OwnHandler {
+  public:
+    explicit OwnHandler(void (*handler)(int)) : m_former(std::signal(SIGHUP, handler)) { g_heard = 0; }
+    ~OwnHandler() { std::signal(SIGHUP, m_former); }
+    OwnHandler(const OwnHandler&) = delete;
+    OwnHandler& operator=(const OwnHandler&) = delete;
+
+  private:
+    void (*m_former)(int);
+};
+
+TEST(SignalsTest, SignalThatWasNotAnsweredComesToTheProgramsOwnHandler) {
+    const OwnHandler handler(Hear);
+    {
+        const SignalGuard outer;
+        {
+            const SignalGuard inner;
+            std::raise(SIGHUP);
+        }
+        EXPECT_EQ(g_heard, 0);
+    }
+    EXPECT_EQ(g_heard, SIGHUP);
+    EXPECT_FALSE(SignalGuard::Caught());
+}
+
+TEST(SignalsTest, SignalThatWasAnsweredDoesNotComeTwice) {
+    const OwnHandler handler(Hear);
+    {
+        const SignalGuard guard;
+        std::raise(SIGHUP);
+        EXPECT_THROW(SignalGuard::Check(), Interrupted);
+    }
+    EXPECT_EQ(g_heard, 0);
+}
+
+TEST(SignalsTest, SignalThatTheProgramIgnoresStaysIgnored) {
+    const OwnHandler handler(SIG_IGN);
+    {
+        const SignalGuard guard;
+        std::raise(SIGHUP);
+        EXPECT_FALSE(SignalGuard::Caught());
+    }
+}
+
+[[noreturn]] void BeAskedToEndTooLate() {
+    {
+        const SignalGuard guard;
+        std::raise(SIGTERM);
+    }
+    std::exit(0);
+}
+
+TEST(SignalsTest, ProgramThatHandlesNoneEndsByTheSignalAfterAll) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(BeAskedToEndTooLate(), testing::KilledBySignal(SIGTERM), "");
+}
+
 TEST(SignalsTest, SignalIsRememberedForWhoAsksAfterTheGuards) {
     {
         const SignalMemory memory;

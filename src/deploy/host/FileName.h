@@ -1,0 +1,20 @@
+#ifndef ZET_FILE_NAME_H
+#define ZET_FILE_NAME_H
+
+#include <string>
+
+#include "deploy/host/Failure.h"
+#include "deploy/host/Words.h"
+
+namespace ZET::Deploy {
+
+/// What no file can be called is a `UsageError`, before a call of the system takes a part of it for the name.
+inline void RequireFileName(const std::string& file) {
+    if (file.empty()) throw UsageError(_("FILE is empty (name a file)"));
+    if (file.find('\0') != std::string::npos)
+        throw UsageError(_("FILE holds a NUL byte, which no name has (name a file)"));
+}
+
+}  // namespace ZET::Deploy
+
+#endif
