@@ -15,7 +15,8 @@ namespace ZET::Deploy {
 std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
                         const std::vector<LineInPlace>& places, IZETCore& core);
 
-/// Whether a line without a block stands where a commit has set one: a hand's, which gives way to a new block.
+/// Whether a line without a block stands where a commit has set one: a hand's, which gives way to a new
+/// block.
 bool IsTakenOver(const FileWithLines& file, const LineToSet& line, const std::vector<LineInPlace>& places,
                  IZETCore& core);
 
