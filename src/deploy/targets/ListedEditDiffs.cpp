@@ -4,6 +4,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/targets/ListedEdits.h"
+#include "deploy/targets/StateNames.h"
 #include "deploy/targets/TakeBack.h"
 
 namespace ZET::Deploy {
@@ -13,7 +14,7 @@ namespace {
 template <typename Make>
 void AddDiff(std::vector<ListedEditState>& states, const std::string& path, Make make) {
     const auto last = std::find_if(states.rbegin(), states.rend(), [&](const ListedEditState& state) {
-        return state.path == path && state.state != "in sync";
+        return state.path == path && state.state != kInSync;
     });
     if (last == states.rend()) return;
     try {

@@ -11,11 +11,12 @@
 
 namespace ZET::Deploy {
 
-/// "in sync" and the like, of one line.
+/// A name of `StateNames.h`, of one line.
 std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
                         const std::vector<LineInPlace>& places, IZETCore& core);
 
-/// Whether a line without a block stands where a commit has set one: a hand's, which gives way to a new block.
+/// Whether a line without a block stands where a commit has set one: a hand's, which gives way to a new
+/// block.
 bool IsTakenOver(const FileWithLines& file, const LineToSet& line, const std::vector<LineInPlace>& places,
                  IZETCore& core);
 

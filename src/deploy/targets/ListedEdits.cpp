@@ -24,6 +24,7 @@
 #include "deploy/targets/ListedEditStates.h"
 #include "deploy/targets/PlaceCheck.h"
 #include "deploy/targets/ShownDiff.h"
+#include "deploy/targets/StateNames.h"
 #include "posix/PathNames.h"
 #include "text/FirstLine.h"
 #include "text/LineEnds.h"
@@ -185,7 +186,7 @@ void ListedEdits::JudgeEdited(PlannedEdits& planned) const {
     const std::vector<LineInPlace> places = LinesIn(Text::ManagedText(file.text));
     for (LineToSet& line : file.lines) {
         IZETCore& core = m_product.Core();
-        const bool isEdited = StateOfLine(file, line, places, core) == "edited";
+        const bool isEdited = StateOfLine(file, line, places, core) == kEdited;
         if (!isEdited && !IsTakenOver(file, line, places, core)) continue;
         line.stays = m_onEdit == OnEdit::Merge && file.HasSet(SelectorOf(line.edit), line.line);
         planned.isMerged = planned.isMerged || line.stays;
