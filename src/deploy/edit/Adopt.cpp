@@ -9,6 +9,7 @@
 #include "deploy/host/FileMode.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/FileVersion.h"
+#include "deploy/host/Problems.h"
 #include "deploy/host/Process.h"
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/StagedOwner.h"
@@ -201,10 +202,7 @@ class Adopting {
                  .text = Words("the value of %s does not stand in it, or in more than one way", names),
                  .remedy = Words("change the parameter, or edit %s by hand", m_workingCopy)});
         }
-        Problem first = problems.front();
-        for (auto problem = problems.begin() + 1; problem != problems.end(); ++problem)
-            first.output += problem->Describe() + "\n";
-        throw Failure(first);
+        throw Failure(WithOthersBelow(problems));
     }
 
     FileOutcome Unchanged() const {

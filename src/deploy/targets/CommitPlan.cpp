@@ -9,6 +9,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileVersion.h"
+#include "deploy/host/Problems.h"
 #include "deploy/host/StagedOwner.h"
 #include "deploy/host/UnifiedDiff.h"
 #include "deploy/host/Words.h"
@@ -163,7 +164,7 @@ bool CommitPlan::SettleEdit(PlannedTarget& planned, OnEdit onEdit) {
              .text = Words("%s, and the history cannot keep the edit", DescribeOthersWork(planned)),
              .remedy = _("--on-edit=overwrite replaces it all the same")});
     }
-    m_checked.problems.insert(m_checked.problems.end(), problems.begin(), problems.end());
+    Append(m_checked.problems, problems);
     return problems.empty();
 }
 
@@ -172,7 +173,7 @@ void CommitPlan::JudgeListedEdits(OnEdit onEdit) {
     if (onEdit == OnEdit::Overwrite) return;
     for (const PlannedEdits& edits : m_edits->Files()) {
         std::vector<Problem>& problems = m_checked.problems;
-        problems.insert(problems.end(), edits.conflicts.begin(), edits.conflicts.end());
+        Append(problems, edits.conflicts);
         if (!edits.isEdited || !edits.conflicts.empty()) continue;
         const std::string text = edits.DescribeOthersWork();
         const bool isWhole = edits.file.original.has_value();

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <iterator>
 #include <set>
 #include <utility>
 
@@ -11,6 +10,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/FileMode.h"
+#include "deploy/host/Problems.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/Words.h"
@@ -109,8 +109,7 @@ void ListedEdits::JudgePlaceOf(const FileWithLines& file) {
         names.insert(line.edit.path);
     if (geteuid() == 0 && problems.empty()) problems = ObjectionsTo(m_product.HostPaths(), names, path);
     if (m_product.Wanted().onlyLooks) WarnOfRights(m_product.Out(), problems);
-    m_problems.insert(m_problems.end(), std::make_move_iterator(problems.begin()),
-                      std::make_move_iterator(problems.end()));
+    Append(m_problems, std::move(problems));
 }
 
 /// Each line of the file is at most one edit's, and each edit finds its own line again.

@@ -7,13 +7,13 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <iterator>
 #include <map>
 #include <optional>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/Problems.h"
 #include "deploy/host/Rights.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/CutShort.h"
@@ -35,11 +35,6 @@
 namespace ZET::Deploy {
 
 namespace {
-
-void Append(std::vector<Problem>& problems, std::vector<Problem> more) {
-    problems.insert(problems.end(), std::make_move_iterator(more.begin()),
-                    std::make_move_iterator(more.end()));
-}
 
 /// The same of one of the product's own, on which root relies.
 std::vector<Problem> CheckOwnDirectory(Host& host, const char* key, const std::string& purpose) {
