@@ -273,11 +273,10 @@ class Adopting {
     /// The working copy, and the target, which is from now on as a commit would make it.
     void Expect(Recording& recording, const std::string& made, const Knowledge& knowledge) const {
         const std::string source = Source();
-        const std::uint64_t longest = m_product.HostHistory().Limits().largestText;
         ExpectedFile copy;
         copy.path = m_workingCopy;
         copy.kind = FileKind::Template;
-        copy.after = Capture(made, longest);
+        copy.after = Capture(m_product, made);
         const CopyMemory memory = MemoryOf(m_product, WorkingCopy(m_product, m_templateName));
         copy.base = IsFileExist(m_workingCopy) ? memory.base : ReadFileBytes(source);
         const mode_t own = memory.mode.value_or(ModeOf(source));
@@ -310,7 +309,7 @@ std::string TemplateToAdoptInto(Deployment& product, const std::string& file, co
     HostLists& lists = product.Lists();
     const std::string name = lists.NameOf(path);
     const std::optional<KnownFile> known = lists.CommittedFile(name);
-    if (!known || known->state.knowledge.roles.empty()) {
+    if (!known || !known->state.knowledge.IsCommitted()) {
         if (product.HostHistory().IsDenied())
             throw Failure({.file = product.State().Store(),
                            .text = Words("the history may not be read by this user, so that nobody can tell "

@@ -53,7 +53,7 @@ CommitGuard::CommitGuard(Deployment& product, const std::string& path, const Edi
     if (options.force) return;
     const std::optional<KnownFile> known = CommittedFile();
     if (!known) return;
-    if (!known->state.knowledge.roles.empty()) RequireNoTarget(*known);
+    if (known->state.knowledge.IsCommitted()) RequireNoTarget(*known);
     m_lines = LinesSetIn(*product.HostHistory().ToLook(), known->kind, known->state.knowledge);
 }
 

@@ -218,7 +218,7 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
     planned.version = there.Version();
     planned.before = there.State();
     const KnownFile* const known = m_known->Find(planned.path);
-    const bool isRecorded = known != nullptr && !known->state.knowledge.roles.empty();
+    const bool isRecorded = known != nullptr && known->state.knowledge.IsCommitted();
     planned.namedRole = m_product.Role();
     if (isRecorded) planned.namedRole = known->state.knowledge.namedRole.value_or(planned.namedRole);
     const bool isShown = !planned.target.check.empty() && RunsOwnChecks(m_product.Wanted());
@@ -246,7 +246,7 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
 void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     const std::string& path = planned.path;
     const KnownFile* const known = m_known->Find(path);
-    const bool isRecorded = known != nullptr && !known->state.knowledge.roles.empty();
+    const bool isRecorded = known != nullptr && known->state.knowledge.IsCommitted();
     const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there) : planned.hasCompanion;
     planned.isTouched = isRecorded && isStrange;
     planned.isUnrecorded = !isRecorded && isStrange;

@@ -268,7 +268,7 @@ ExpectedFile ListedEdits::Expected(const PlannedEdits& planned) const {
         file.knowledge.emplace();
         return file;
     }
-    file.after = Capture(planned.file.path, m_product.HostHistory().Limits().largestText);
+    file.after = Capture(m_product, planned.file.path);
     file.after->SetText(ReadFileBytes(planned.staged));
     return file;
 }
