@@ -263,12 +263,7 @@ class Adopting {
     }
 
     /// What is recorded of it is what was adopted.
-    void RequireSameTarget() const {
-        if (VersionOf(m_path) == m_targetVersion) return;
-        throw Failure({.file = m_path,
-                       .text = _("another program wrote it at the same time, and nothing was changed"),
-                       .remedy = _("look at it, and run the command again")});
-    }
+    void RequireSameTarget() const { RequireSame(m_path, VersionOf(m_path), m_targetVersion); }
 
     /// The working copy, and the target, which is from now on as a commit would make it.
     void Expect(Recording& recording, const std::string& made, const Knowledge& knowledge) const {

@@ -155,14 +155,13 @@ bool CommitPlan::SettleEdit(PlannedTarget& planned, OnEdit onEdit) {
     if (onEdit == OnEdit::Merge) {
         problems = EditMerge(m_product, *m_staging, *m_known).Merge(planned);
     } else if (onEdit == OnEdit::Refuse) {
-        problems.push_back({.file = planned.path,
-                            .text = DescribeOthersWork(planned),
-                            .remedy = _("--on-edit=overwrite replaces it, and the history keeps it")});
+        problems.push_back(
+            {.file = planned.path, .text = DescribeOthersWork(planned), .remedy = _(kOtherWay)});
     } else if (!CanBeKept(planned.before, planned.version)) {
         problems.push_back(
             {.file = planned.path,
              .text = Words("%s, and the history cannot keep the edit", DescribeOthersWork(planned)),
-             .remedy = _("--on-edit=overwrite replaces it all the same")});
+             .remedy = _(kLastWay)});
     }
     Append(m_checked.problems, problems);
     return problems.empty();
@@ -181,13 +180,13 @@ void CommitPlan::JudgeListedEdits(OnEdit onEdit) {
             problems.push_back(
                 {.file = edits.file.path,
                  .text = text,
-                 .remedy = isWhole ? _("--on-edit=overwrite replaces it, and the history keeps it")
+                 .remedy = isWhole ? _(kOtherWay)
                                    : _("--on-edit=overwrite sets it again, and the history keeps the edit")});
         else if (!CanBeKept(edits.file.before, edits.file.version))
-            problems.push_back({.file = edits.file.path,
-                                .text = Words("%s, and the history cannot keep the edit", text),
-                                .remedy = isWhole ? _("--on-edit=overwrite replaces it all the same")
-                                                  : _("--on-edit=overwrite sets it again all the same")});
+            problems.push_back(
+                {.file = edits.file.path,
+                 .text = Words("%s, and the history cannot keep the edit", text),
+                 .remedy = isWhole ? _(kLastWay) : _("--on-edit=overwrite sets it again all the same")});
     }
 }
 
