@@ -9,7 +9,6 @@
 #include "deploy/host/FileMode.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/FileVersion.h"
-#include "deploy/host/Problems.h"
 #include "deploy/host/Process.h"
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/StagedOwner.h"

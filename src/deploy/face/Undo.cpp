@@ -1,7 +1,7 @@
 #include "zet/deploy/Undo.h"
 
 #include "deploy/face/Parts.h"
-#include "deploy/host/Problems.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
 #include "deploy/undo/Undo.h"
 

@@ -6,7 +6,6 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Installed.h"
-#include "deploy/host/Problems.h"
 
 namespace ZET::Deploy {
 

@@ -9,7 +9,6 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileVersion.h"
-#include "deploy/host/Problems.h"
 #include "deploy/host/StagedOwner.h"
 #include "deploy/host/UnifiedDiff.h"
 #include "deploy/host/Words.h"

@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "deploy/host/Failure.h"
+#include "deploy/targets/ListedEditStates.h"
 #include "deploy/targets/ListedEdits.h"
-#include "deploy/targets/StateNames.h"
 #include "deploy/targets/TakeBack.h"
 
 namespace ZET::Deploy {

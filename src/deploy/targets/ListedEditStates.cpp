@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <set>
 
-#include "deploy/targets/StateNames.h"
 #include "text/LineEnds.h"
 #include "text/ManagedText.h"
 #include "zet/ZETFiles.h"

@@ -13,7 +13,6 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
-#include "deploy/host/Problems.h"
 #include "deploy/host/Rights.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/CutShort.h"

@@ -19,7 +19,6 @@
 #include "deploy/targets/ListedEditStates.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
-#include "deploy/targets/StateNames.h"
 #include "deploy/targets/TargetCheck.h"
 #include "deploy/targets/Targets.h"
 #include "deploy/targets/TemplateStates.h"

@@ -7,7 +7,6 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/FileVersion.h"
-#include "deploy/host/Problems.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/Staging.h"
