@@ -55,9 +55,7 @@ std::vector<ListedEditState> StatesOfEdits(Deployment& product, const ListedLine
             add(line.edit, file.path, StateOfLine(file, line, places, product.Core()));
         const std::set<std::string> blocks = BlockLinesOf(file.text);
         for (const RememberedLine& line : FormerLinesOf(file, product.Role()))
-            if (blocks.contains(line.line))
-                states.push_back(
-                    {"", file.path, line.selector.substr(line.selector.find(' ') + 1), kPending, "", 0});
+            if (blocks.contains(line.line)) states.push_back({"", file.path, line.Chosen(), kPending, "", 0});
     }
     for (const ListedEdit* const edit : lines.unset) {
         const std::string path = product.HostPaths().FromInside(edit->path);
