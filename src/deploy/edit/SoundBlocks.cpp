@@ -12,7 +12,7 @@ Text::TextToEdit WithoutDamage(Host& host, const FileToLookAt& file, Text::LookA
                                const std::function<std::string()>& whole) {
     const auto damage = look.Damage(whole);
     if (!damage) return look.Found();
-    throw Failure(ProblemOf(file.path, *damage, host.Wanted().program, file.named));
+    throw Failure(Text::ProblemOf(file.path, *damage, host.Wanted().program, file.named));
 }
 
 Text::TextToEdit LookAtFile(Host& host, const FileToLookAt& file, const Text::NoticeTexts* noticeTexts,

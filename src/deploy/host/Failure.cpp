@@ -3,7 +3,6 @@
 #include <iterator>
 
 #include "deploy/host/Words.h"
-#include "text/repair/RepairText.h"
 
 namespace ZET::Deploy {
 
@@ -30,14 +29,6 @@ Problem ProblemOf(const std::string& file, const Failure& failure) {
     problem.textNamesFile = false;
     if (problem.remedy.empty()) problem.remedy = _("repair or replace the file");
     return problem;
-}
-
-Problem ProblemOf(const std::string& file, const Text::MarkerDamage& damage, const std::string& program,
-                  const std::string& named) {
-    return {.file = file,
-            .line = static_cast<int>(damage.line),
-            .text = damage.text,
-            .remedy = Words("\"%s doctor %s\" tells a repair", program, named)};
 }
 
 void Append(std::vector<Problem>& problems, std::vector<Problem> more) {

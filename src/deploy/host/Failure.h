@@ -7,19 +7,11 @@
 #include "zet/ZETProblem.h"
 #include "zet/deploy/Failure.h"  // IWYU pragma: export
 
-namespace ZET::Text {
-struct MarkerDamage;
-}
-
 namespace ZET::Deploy {
 
 /// A failure, told as one problem of the file among others; the text then names another file that it is
 /// about.
 Problem ProblemOf(const std::string& file, const Failure& failure);
-
-/// Damage of the file's markers, about which `program` tells more of the file as it is `named`.
-Problem ProblemOf(const std::string& file, const Text::MarkerDamage& damage, const std::string& program,
-                  const std::string& named);
 
 void Append(std::vector<Problem>& problems, std::vector<Problem> more);
 

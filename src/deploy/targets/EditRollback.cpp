@@ -95,7 +95,7 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const Wr
     const bool mayGoBack = edit.others.empty() && IsFileExist(file.Reserve());
     if (mayGoBack && isForced) return {Way::Reserve};
     if (const auto damage = Text::FindDamage(text))
-        throw Failure(ProblemOf(file.path, *damage, product.Wanted().program, file.path));
+        throw Failure(Text::ProblemOf(file.path, *damage, product.Wanted().program, file.path));
     edit.text = WithoutOwnBlocks(lines, text);
     // A killed run may have kept the original, and no more.
     if (mayGoBack && IsAsReserve(file, text)) return {Way::Reserve};

@@ -70,7 +70,7 @@ ListedEdits::ListedEdits(Deployment& product, const KnownFiles& known, const Sta
 bool ListedEdits::Judge(const FileWithLines& file) {
     const std::size_t before = m_problems.size();
     if (const auto damage = Text::FindDamage(file.text))
-        m_problems.push_back(ProblemOf(file.path, *damage, m_product.Wanted().program, file.path));
+        m_problems.push_back(Text::ProblemOf(file.path, *damage, m_product.Wanted().program, file.path));
     const Text::FirstLine first = Text::FirstLineOf(file.text);
     if (!file.lines.empty() && Text::MustComeFirst(first.text) &&
         first.text.find(ZETNoticeMarker) == std::string_view::npos)
