@@ -133,6 +133,9 @@ class Command : private Arguments {
     std::shared_ptr<Given> m_given;
 };
 
+/// What a command is given that takes nothing of its own.
+struct NoWords {};
+
 /// What a command works on: a file of any kind need not have anything to do with the product.
 enum class Subject { Product, AnyFile };
 

@@ -138,9 +138,9 @@ class Grammar {
         AddModule();
         AddText("-m,--message", options.message, _("Why, for the history of what was done"));
         AddFlag("-n,--dry-run", options.dryRun, _("Say what would change, and change nothing"));
-        AddFlag("--diff", options.diff, _("Show each change as a unified diff"));
+        AddFlag("--diff", options.wantsDiffs, _("Show each change as a unified diff"));
         AddFlag("--json", options.json, _("Report as one JSON document"));
-        AddFlag("--show-secrets", options.showSecrets, _("Show text that is not for everybody, too"));
+        AddFlag("--show-secrets", options.showsSecrets, _("Show text that is not for everybody, too"));
         CLI::Option* const quiet = AddFlag("-q,--quiet", options.quiet, _("Only changes and errors"));
         CLI::Option* const verbose = AddFlag("-v,--verbose", options.verbose, _("Tell more"));
         if (quiet != nullptr && verbose != nullptr) verbose->excludes(quiet);

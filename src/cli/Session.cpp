@@ -22,23 +22,6 @@ void StartLog(const GlobalOptions& asked) {
                  Threshold(asked), asked.program);
 }
 
-Options OptionsOf(const GlobalOptions& asked) {
-    Options options;
-    options.role = asked.role;
-    options.mendsParameters = asked.command == "option set" || asked.command == "option unset";
-    options.root = asked.root;
-    options.moduleFile = asked.moduleFile;
-    options.program = asked.program;
-    options.command = asked.command;
-    options.words = asked.words;
-    options.message = asked.message;
-    options.dryRun = asked.dryRun;
-    options.onlyLooks = asked.dryRun;
-    options.wantsDiffs = asked.diff;
-    options.showsSecrets = asked.showSecrets;
-    return options;
-}
-
 }  // namespace
 
 Session::LogInReport::LogInReport(const GlobalOptions& asked, Report& report) {
@@ -54,7 +37,9 @@ Session::LogInReport::~LogInReport() {
 }
 
 Session::Session(const GlobalOptions& asked, Report& report)
-    : m_asked(asked), m_report(report), m_logInReport(asked, report), m_wanted(OptionsOf(asked)) {}
+    : m_asked(asked), m_report(report), m_logInReport(asked, report), m_wanted(asked) {
+    m_wanted.onlyLooks = asked.dryRun;
+}
 
 Session::~Session() {
     if (!m_entry || !m_asked.root.empty()) return;  // a tree is not the host that has the log

@@ -59,7 +59,7 @@ teardown() {
     zet -q commit-config
     run_zet rollback-config
     assert_status 1
-    [[ $stderr == *"$HOST/conf: could not be put back: $HOST/conf:"* ]]
+    [[ $stderr == *"$HOST/conf: could not be put back: $HOST/conf:"*"(\"zet-client doctor $HOST/conf\" tells a repair)"* ]]
     assert_absent out/one.conf
 }
 

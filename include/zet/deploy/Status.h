@@ -19,8 +19,8 @@ struct RoleStatus {
 /// A target, compared with what a commit would make of it.
 struct TargetState {
     std::string templateName;
-    std::string path;     ///< of the real file, links followed
-    std::string state;    ///< "in sync", "pending", "edited", "missing", "not committed", "unknown"
+    std::string path;   ///< of the real file, links followed
+    std::string state;  ///< "in sync", "pending", "edited", "missing", "not committed", "differs", "unknown"
     std::string trouble;  ///< why it is unknown, or the diff is missing
     std::string file;     ///< as the list names it
     FileState before;  ///< of one that is pending or edited: what it is, and what a commit would make of it

@@ -62,9 +62,8 @@ class Teller {
         Report& out = m_session.Out();
         out.Set("path", m_session.Product().HostPaths().RealName(m_path));
         out.Set("made_from", m_origin.isMade ? Value(m_origin.templateName) : Value(nullptr));
-        out.Set("template_file",
-                m_origin.templateFile.empty() ? Value(nullptr) : Value(m_origin.templateFile));
-        out.Set("reserve", ReserveValue());
+        out.Set("template_file", TextOrNull(m_origin.templateFile));
+        out.Set("reserve", TextOrNull(m_file.reserve));
         out.Set("no_file_before", m_file.hadNoFile);
         out.Set("secret", m_origin.isPrivate);
     }
@@ -101,8 +100,6 @@ class Teller {
     }
 
   private:
-    Value ReserveValue() const { return m_file.reserve.empty() ? Value(nullptr) : Value(m_file.reserve); }
-
     std::string ReserveText() const {
         if (!m_file.reserve.empty()) return "; " + Filled(_("before: %s"), {m_file.reserve});
         return m_file.hadNoFile ? std::string("; ") + _("before: there was no such file") : "";
@@ -257,7 +254,7 @@ class Teller {
                                                                      : Value(nullptr)},
             {"block_line", Number(lines.block)},
             {"since", SinceValue(NewestAge(lines))},
-            {"reserve", ReserveValue()}};
+            {"reserve", TextOrNull(m_file.reserve)}};
     }
 
     template <typename Placeholders>

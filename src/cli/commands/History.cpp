@@ -40,8 +40,6 @@ struct DiffWords {
     std::string file;
 };
 
-struct NoWords {};
-
 struct EraseWords {
     std::string file;
 };
@@ -54,7 +52,7 @@ const char* WhyNone(Session& session, const std::string& file) {
 
 int Tell(Session& session, const ListWords& asked) {
     Report& out = session.Out();
-    out.Set("file", asked.file.empty() ? Value(nullptr) : Value(asked.file));
+    out.Set("file", TextOrNull(asked.file));
     out.AddList("entries");
     const std::vector<HistoryEntry> entries = ListHistory(session.Product(), asked.file, asked.count);
     out.UsePager();
@@ -107,7 +105,7 @@ void TellEntry(Report& out, const HistoryEntry& entry) {
 int Show(Session& session, const ShowWords& asked) {
     Report& out = session.Out();
     out.AddList("entries");
-    out.Set("file", asked.file.empty() ? Value(nullptr) : Value(asked.file));
+    out.Set("file", TextOrNull(asked.file));
     out.Set("text", nullptr);
     if (asked.after && asked.file.empty())
         throw UsageError(_("--after is about the text of a file (name the file behind the number)"));
@@ -143,7 +141,7 @@ int Diff(Session& session, const DiffWords& asked) {
     const std::string& file = hasTo ? asked.file : asked.to;
     for (const char* field : {"entry", "to_entry"})
         out.Set(field, nullptr);
-    out.Set("file", file.empty() ? Value(nullptr) : Value(file));
+    out.Set("file", TextOrNull(file));
     out.AddList("files");
     // Whatever stands before a file is to be one.
     const auto to = hasTo || !asked.file.empty() ? std::optional(ChangeNumber(asked.to)) : std::nullopt;

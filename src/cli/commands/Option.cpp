@@ -32,16 +32,16 @@ int Get(Session& session, const OptionWords& asked) {
 }
 
 int Set(Session& session, const OptionWords& asked) {
+    session.Wanted().mendsParameters = true;
     BeginFileReport(session);
     return ReportFile(session, SetOption(session.Product(), asked.name, asked.value));
 }
 
 int Unset(Session& session, const OptionWords& asked) {
+    session.Wanted().mendsParameters = true;
     BeginFileReport(session);
     return ReportFile(session, UnsetOption(session.Product(), asked.name));
 }
-
-struct NoWords {};
 
 int ListAll(Session& session, const NoWords&) {
     session.Out().Set("options", nullptr);

@@ -17,8 +17,6 @@ namespace {
     ZET_TEXT("current"), ZET_TEXT("newer shipped"), ZET_TEXT("edited, newer shipped"),
     ZET_TEXT("own"),     ZET_TEXT("not installed"), ZET_TEXT("not shipped")};
 
-struct NoOptions {};
-
 struct NamedTemplates {
     std::vector<std::string> names;
 };
@@ -38,7 +36,7 @@ std::string PlacesOf(const ListedTemplate& listed) {
     return text;
 }
 
-int ListAll(Session& session, const NoOptions&) {
+int ListAll(Session& session, const NoWords&) {
     Report& out = session.Out();
     out.AddList("templates");
     for (const ListedTemplate& listed : ListTemplates(session.Product())) {
@@ -123,7 +121,7 @@ int Diff(Session& session, const NamedTemplates& asked) {
 }  // namespace
 
 void AddTemplateStates(CommandFamily& family) {
-    family.Add<NoOptions>("list", "List the templates, their targets and roles", ListAll);
+    family.Add<NoWords>("list", "List the templates, their targets and roles", ListAll);
     family
         .Add<NamedTemplates>("status", "Tell which working copies are edited, and what is newer", TellStates)
         .Any("NAME", &NamedTemplates::names, "Only these templates");

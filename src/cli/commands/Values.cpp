@@ -8,8 +8,6 @@ namespace ZET::Cli {
 
 namespace {
 
-struct NoWords {};
-
 int Values(Session& session, const NoWords&) {
     session.Out().Set("values", nullptr);
     session.Out().AddList("sources");

@@ -201,10 +201,7 @@ class Adopting {
                  .text = Words("the value of %s does not stand in it, or in more than one way", names),
                  .remedy = Words("change the parameter, or edit %s by hand", m_workingCopy)});
         }
-        Problem first = problems.front();
-        for (auto problem = problems.begin() + 1; problem != problems.end(); ++problem)
-            first.output += problem->Describe() + "\n";
-        throw Failure(first);
+        throw Failure(WithOthersBelow(problems));
     }
 
     FileOutcome Unchanged() const {
@@ -265,21 +262,15 @@ class Adopting {
     }
 
     /// What is recorded of it is what was adopted.
-    void RequireSameTarget() const {
-        if (VersionOf(m_path) == m_targetVersion) return;
-        throw Failure({.file = m_path,
-                       .text = _("another program wrote it at the same time, and nothing was changed"),
-                       .remedy = _("look at it, and run the command again")});
-    }
+    void RequireSameTarget() const { RequireSame(m_path, VersionOf(m_path), m_targetVersion); }
 
     /// The working copy, and the target, which is from now on as a commit would make it.
     void Expect(Recording& recording, const std::string& made, const Knowledge& knowledge) const {
         const std::string source = Source();
-        const std::uint64_t longest = m_product.HostHistory().Limits().largestText;
         ExpectedFile copy;
         copy.path = m_workingCopy;
         copy.kind = FileKind::Template;
-        copy.after = Capture(made, longest);
+        copy.after = Capture(m_product, made);
         const CopyMemory memory = MemoryOf(m_product, WorkingCopy(m_product, m_templateName));
         copy.base = IsFileExist(m_workingCopy) ? memory.base : ReadFileBytes(source);
         const mode_t own = memory.mode.value_or(ModeOf(source));
@@ -312,7 +303,7 @@ std::string TemplateToAdoptInto(Deployment& product, const std::string& file, co
     HostLists& lists = product.Lists();
     const std::string name = lists.NameOf(path);
     const std::optional<KnownFile> known = lists.CommittedFile(name);
-    if (!known || known->state.knowledge.roles.empty()) {
+    if (!known || !known->state.knowledge.IsCommitted()) {
         if (product.HostHistory().IsDenied())
             throw Failure({.file = product.State().Store(),
                            .text = Words("the history may not be read by this user, so that nobody can tell "

@@ -28,16 +28,11 @@ std::string TroubleOfLists(Host& host) {
     return "";
 }
 
-/// The parameter or pattern alone.
-std::string ChosenBy(const RememberedLine& line) {
-    return line.selector.substr(line.selector.find(' ') + 1);
-}
-
 /// The lines of a file that an edit of the lists is about, wherever they stand.
 std::vector<std::pair<std::string, bool>> LinesOf(const RememberedLine& edit,
                                                   const std::vector<LineInPlace>& places, IZETCore& core) {
     const bool isParam = edit.selector.starts_with("param ");
-    const std::string pattern = isParam ? ZETEditOpening + ChosenBy(edit) + "=" : ChosenBy(edit);
+    const std::string pattern = isParam ? ZETEditOpening + edit.Chosen() + "=" : edit.Chosen();
     std::vector<std::pair<std::string, bool>> lines;
     for (const LineInPlace& place : places)
         if (RemedyErrors(kSimplerExpression,
@@ -53,7 +48,7 @@ CommitGuard::CommitGuard(Deployment& product, const std::string& path, const Edi
     if (options.force) return;
     const std::optional<KnownFile> known = CommittedFile();
     if (!known) return;
-    if (!known->state.knowledge.roles.empty()) RequireNoTarget(*known);
+    if (known->state.knowledge.IsCommitted()) RequireNoTarget(*known);
     m_lines = LinesSetIn(*product.HostHistory().ToLook(), known->kind, known->state.knowledge);
 }
 
@@ -122,9 +117,9 @@ void CommitGuard::RequireKept(const std::string& made) const {
         RequireTellingLists();
         const ListedEdit* const edit = EntryOf(line);
         if (edit == nullptr)
-            Refuse(Words("its line %s was set by a commit, and the next one takes it back", ChosenBy(line)),
+            Refuse(Words("its line %s was set by a commit, and the next one takes it back", line.Chosen()),
                    _("commit first, or use --force"));
-        Refuse(Words("its line %s is set by the lists, and the next commit sets it again", ChosenBy(line)),
+        Refuse(Words("its line %s is set by the lists, and the next commit sets it again", line.Chosen()),
                Words("edit %s and commit, or use --force", edit->file + ":" + std::to_string(edit->line)));
     }
 }

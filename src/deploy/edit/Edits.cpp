@@ -7,6 +7,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
+#include "deploy/state/OwnText.h"
 #include "deploy/targets/EditRules.h"
 #include "text/FirstLine.h"
 #include "zet/ZETFormat.h"

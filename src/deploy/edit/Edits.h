@@ -7,7 +7,6 @@
 #include <string>
 
 #include "deploy/edit/SoundBlocks.h"
-#include "deploy/host/Words.h"
 #include "deploy/targets/Deployment.h"
 #include "zet/IZETConfigFile.h"
 #include "zet/deploy/EditOptions.h"
@@ -35,10 +34,6 @@ void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text,
 /// A line that is going to be set in that text, with an end like the others there; mixed ends are told.
 std::string LineToSet(Observer& observer, const std::string& path, const Text::TextToEdit& text,
                       const std::string& line);
-
-/// What to do when an edited file could not be saved: the module does not say why.
-inline constexpr char kRemedyOfSaving[] =
-    ZET_TEXT("make room, or see to the rights of its directory; nothing was changed");
 
 /// Saves without a reserve.
 void SaveEdited(IZETConfigFile& file);

@@ -94,8 +94,7 @@ void FileEdit::Apply(const Operation& operation, bool noBackup, const Replacemen
             [&](const std::string& made) {
                 judge(made);
                 if (recording.IsOn())
-                    recording.Plan(m_path, Capture(made, m_product.HostHistory().Limits().largestText),
-                                   Recording::Attributes::OfTheFileBefore);
+                    recording.Plan(m_path, Capture(m_product, made), Recording::Attributes::OfTheFileBefore);
                 recording.Begin();
                 if (!noBackup) replacement.KeepOriginal();
             });

@@ -160,7 +160,7 @@ FileOutcome RestoreFile(Deployment& product, const std::string& file, const Edit
     }
     if (!work.IsDryRun()) {
         std::optional<CapturedFile> after;
-        if (work.hasReserve) after = Capture(work.reserve, product.HostHistory().Limits().largestText);
+        if (work.hasReserve) after = Capture(product, work.reserve);
         work.Recorded(ExpectedFile::Companions::MayGo, after,
                       [&] { RestoreOriginal(product, work.place, work.version); });
     }

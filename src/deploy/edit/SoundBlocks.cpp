@@ -2,7 +2,6 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
-#include "deploy/host/Words.h"
 #include "deploy/targets/FileOrigin.h"
 
 namespace ZET::Deploy {
@@ -13,10 +12,7 @@ Text::TextToEdit WithoutDamage(Host& host, const FileToLookAt& file, Text::LookA
                                const std::function<std::string()>& whole) {
     const auto damage = look.Damage(whole);
     if (!damage) return look.Found();
-    throw Failure({.file = file.path,
-                   .line = static_cast<int>(damage->line),
-                   .text = damage->text,
-                   .remedy = Words("\"%s doctor %s\" tells a repair", host.Wanted().program, file.named)});
+    throw Failure(Text::ProblemOf(file.path, *damage, host.Wanted().program, file.named));
 }
 
 Text::TextToEdit LookAtFile(Host& host, const FileToLookAt& file, const Text::NoticeTexts* noticeTexts,

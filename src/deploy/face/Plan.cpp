@@ -1,6 +1,7 @@
 #include "zet/deploy/Plan.h"
 
 #include "deploy/face/Parts.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/Signals.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/Commit.h"
@@ -76,14 +77,10 @@ static void CommitOnce(Deployment& deployment, CommitPlan& plan) {
 }
 
 Outcome Commit(Product& product, Plan& plan, Observer* observer) {
-    if (!plan.Problems().empty()) {
-        std::string lines;
-        for (const Problem& problem : plan.Problems())
-            lines += problem.Describe() + "\n";
+    if (!plan.Problems().empty())
         throw Failure({.text = _("the plan has problems, and nothing was changed"),
                        .remedy = _("solve them, and plan again"),
-                       .output = lines});
-    }
+                       .output = LinesOf(plan.Problems())});
     if (product.Parts().plan != &plan.Parts())
         throw UsageError(_("the plan was committed already, or another one was made since; plan again"));
     return Collect(product, observer, [&](Deployment& deployment) {

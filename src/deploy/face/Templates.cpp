@@ -1,6 +1,7 @@
 #include "zet/deploy/Templates.h"
 
 #include "deploy/face/Parts.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/TemplateStates.h"
 #include "deploy/targets/TemplateUpgrade.h"
@@ -11,12 +12,9 @@ namespace {
 
 void RequireNone(const std::vector<Problem>& problems) {
     if (problems.empty()) return;
-    std::string lines;
-    for (const Problem& problem : problems)
-        lines += problem.Describe() + "\n";
     throw Failure({.text = _("the templates cannot be upgraded, and nothing was changed"),
                    .remedy = _("solve these problems, or leave out the templates that have them"),
-                   .output = lines});
+                   .output = LinesOf(problems)});
 }
 
 }  // namespace

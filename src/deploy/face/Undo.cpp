@@ -1,6 +1,7 @@
 #include "zet/deploy/Undo.h"
 
 #include "deploy/face/Parts.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
 #include "deploy/undo/Undo.h"
 
@@ -12,13 +13,10 @@ template <typename Call>
 Outcome Collected(Product& product, Call call) {
     UndoResult result;
     Outcome outcome = Collect(product, nullptr, [&](Deployment& deployment) { result = call(deployment); });
-    std::string lines;
-    for (const Problem& problem : result.problems)
-        lines += problem.Describe() + "\n";
-    if (!lines.empty())
+    if (!result.problems.empty())
         throw Failure({.text = _("not everything can be put back, and nothing was changed"),
                        .remedy = _("see to the files below"),
-                       .output = lines});
+                       .output = LinesOf(result.problems)});
     outcome.isComplete = !result.isKept;
     return outcome;
 }

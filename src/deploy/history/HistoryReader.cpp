@@ -149,7 +149,7 @@ Secrets::Audience HistoryReader::AudienceOf(const std::string& name, const Recor
     const Audience now = m_product.HostSecrets().Of(path);
     if (now != Audience::Everybody && now != Audience::Readers) return now;
     HostLists& lists = m_product.Lists();
-    if (!state.knowledge.roles.empty() && lists.TargetNamed(lists.NameOf(path)) == nullptr)
+    if (state.knowledge.IsCommitted() && lists.TargetNamed(lists.NameOf(path)) == nullptr)
         return Audience::Nobody;
     return state.exists && (state.mode & S_IROTH) == 0 ? Audience::Readers : now;
 }

@@ -1,5 +1,7 @@
 #include "deploy/host/Failure.h"
 
+#include <iterator>
+
 #include "deploy/host/Words.h"
 
 namespace ZET::Deploy {
@@ -27,6 +29,24 @@ Problem ProblemOf(const std::string& file, const Failure& failure) {
     problem.textNamesFile = false;
     if (problem.remedy.empty()) problem.remedy = _("repair or replace the file");
     return problem;
+}
+
+void Append(std::vector<Problem>& problems, std::vector<Problem> more) {
+    problems.insert(problems.end(), std::make_move_iterator(more.begin()),
+                    std::make_move_iterator(more.end()));
+}
+
+std::string LinesOf(const std::vector<Problem>& problems) {
+    std::string lines;
+    for (const Problem& problem : problems)
+        lines += problem.Describe() + "\n";
+    return lines;
+}
+
+Problem WithOthersBelow(const std::vector<Problem>& problems) {
+    Problem first = problems.front();
+    first.output += LinesOf({problems.begin() + 1, problems.end()});
+    return first;
 }
 
 }  // namespace ZET::Deploy

@@ -12,6 +12,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/Host.h"
 #include "deploy/state/store/Digest.h"
 #include "posix/Descriptor.h"
 #include "posix/ModeBits.h"
@@ -144,6 +145,10 @@ CapturedFile CaptureIn(int directory, const std::string& name, const std::string
 
 CapturedFile Capture(const std::string& path, std::uint64_t longest) {
     return CaptureIn(AT_FDCWD, path, path, longest);
+}
+
+CapturedFile Capture(Host& host, const std::string& path) {
+    return Capture(path, host.HostHistory().Limits().largestText);
 }
 
 /// Of so many bytes, it is not the empty one.

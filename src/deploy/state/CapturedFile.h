@@ -10,6 +10,8 @@
 
 namespace ZET::Deploy {
 
+class Host;
+
 /// A file as it was at an instant, as far as it can be put back: its text, and what it carries besides.
 struct CapturedFile {
     RecordedState state;
@@ -30,8 +32,9 @@ std::map<std::string, std::string> AttributesOf(int descriptor, const std::strin
 CapturedFile CaptureIn(int directory, const std::string& name, const std::string& path,
                        std::uint64_t longest);
 
-/// The same by its path.
+/// The same by its path; with a host, `longest` is what its history keeps.
 CapturedFile Capture(const std::string& path, std::uint64_t longest);
+CapturedFile Capture(Host& host, const std::string& path);
 
 /// What is there and cannot be captured. Its text is none that a file could have, so that no way leads back
 /// to it.

@@ -69,8 +69,7 @@ class CutShortEntries {
             planned.file = file;
             planned.isPlanned = file.IsPlanned();
             if (file.staysKnown) planned.left = file.KnownBefore();
-            SettleFile(planned, Capture(path, m_host.HostHistory().Limits().largestText), Ending::Unknown,
-                       settlement);
+            SettleFile(planned, Capture(m_host, path), Ending::Unknown, settlement);
         } catch (const Failure& failure) {
             settlement.untouched.push_back(file.path);
             m_host.Out().Warning(failure.what());

@@ -46,21 +46,16 @@ std::optional<Problem> CheckModule(HostProduct& product) {
 }
 
 void RequireOwnInstructions(HostProduct& product) {
-    std::vector<std::optional<Problem>> findings = {CheckModule(product)};
+    std::vector<Problem> problems;
+    const auto add = [&](const std::optional<Problem>& problem) {
+        if (problem) problems.push_back(*problem);
+    };
+    add(CheckModule(product));
     for (const char* key : {"ZET_CFG", "ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET_VAR_LIB_DIR"})
-        findings.push_back(CheckInstruction(product.HostPaths(), product.Param(key)));
+        add(CheckInstruction(product.HostPaths(), product.Param(key)));
     for (const std::string& file : product.Values().Files())
-        findings.push_back(CheckInstruction(product.HostPaths(), file));
-    std::optional<Problem> first;
-    for (const std::optional<Problem>& finding : findings) {
-        if (!finding) continue;
-        if (first) {
-            first->output += finding->Describe() + "\n";
-        } else {
-            first = finding;
-        }
-    }
-    if (first) throw Failure(*first);
+        add(CheckInstruction(product.HostPaths(), file));
+    if (!problems.empty()) throw Failure(WithOthersBelow(problems));
 }
 
 }  // namespace ZET::Deploy

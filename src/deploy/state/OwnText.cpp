@@ -57,7 +57,7 @@ Descriptor OpenNew(const std::string& temporary, const std::string& name) {
 
 void SaveOwnText(const std::string& name, const std::string& text, mode_t mode) {
     const std::string temporary = name + ZETTemporarySuffix;
-    RemedyErrors(ZET_TEXT("make room, or see to the rights of its directory; nothing was changed"), [&] {
+    RemedyErrors(kRemedyOfSaving, [&] {
         {
             const Descriptor file = OpenNew(temporary, name);
             if (!WriteAll(file, text)) Fail(temporary, _("cannot be written"));

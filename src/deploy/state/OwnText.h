@@ -5,7 +5,13 @@
 
 #include <string>
 
+#include "deploy/host/Words.h"
+
 namespace ZET::Deploy {
+
+/// What to do when a file could not be saved: the module does not say why.
+inline constexpr char kRemedyOfSaving[] =
+    ZET_TEXT("make room, or see to the rights of its directory; nothing was changed");
 
 /// Saves a text for which the module has no operation as the module saves its own: under the temporary name,
 /// private until it is whole, and then renamed by the core. The operation of a `Replacement`.

@@ -36,13 +36,6 @@ FileVersion FoundVersion(const FileInPlace& file) {
     return file.Found() ? VersionFrom(*file.Found()) : FileVersion();
 }
 
-void RequireSame(const FileInPlace& file, const FileVersion& present, const FileVersion& version) {
-    if (present == version) return;
-    throw Failure({.file = file.Path(),
-                   .text = _("another program wrote it at the same time, and nothing was changed"),
-                   .remedy = _(kLookAndRepeat)});
-}
-
 /// Of its directory likewise; an empty suffix is for the file itself.
 bool HasCompanion(const FileInPlace& file, const char* suffix) {
     return StateIn(file.Directory(), file.NameInDirectory() + suffix, file.Path() + suffix).exists;
@@ -50,8 +43,15 @@ bool HasCompanion(const FileInPlace& file, const char* suffix) {
 
 }  // namespace
 
+void RequireSame(const std::string& path, const FileVersion& present, const FileVersion& version) {
+    if (present == version) return;
+    throw Failure({.file = path,
+                   .text = _("another program wrote it at the same time, and nothing was changed"),
+                   .remedy = _(kLookAndRepeat)});
+}
+
 void RequireVersion(const FileInPlace& file, const FileVersion& version) {
-    RequireSame(file, PresentVersion(file), version);
+    RequireSame(file.Path(), PresentVersion(file), version);
 }
 
 Replacement::Replacement(HostProduct& product, const FileInPlace& file, const FileVersion& version, Look look)
@@ -65,7 +65,7 @@ Replacement::Replacement(HostProduct& product, const FileInPlace& file, const Fi
         throw Failure({.file = file.Path(),
                        .text = _("was replaced at the same time, and nothing was changed"),
                        .remedy = _(kLookAndRepeat)});
-    if (look == Look::WasFound) RequireSame(file, FoundVersion(file), version);
+    if (look == Look::WasFound) RequireSame(file.Path(), FoundVersion(file), version);
 }
 
 Replacement::~Replacement() {

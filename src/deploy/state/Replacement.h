@@ -99,6 +99,7 @@ class Replacement {
 };
 
 /// A `Failure` when somebody wrote the file since `version`.
+void RequireSame(const std::string& path, const FileVersion& present, const FileVersion& version);
 void RequireVersion(const FileInPlace& file, const FileVersion& version);
 
 /// Puts the reserve back, if there is one, and drops the record of what was there before, unless somebody

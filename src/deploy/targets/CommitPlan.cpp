@@ -155,16 +155,15 @@ bool CommitPlan::SettleEdit(PlannedTarget& planned, OnEdit onEdit) {
     if (onEdit == OnEdit::Merge) {
         problems = EditMerge(m_product, *m_staging, *m_known).Merge(planned);
     } else if (onEdit == OnEdit::Refuse) {
-        problems.push_back({.file = planned.path,
-                            .text = DescribeOthersWork(planned),
-                            .remedy = _("--on-edit=overwrite replaces it, and the history keeps it")});
+        problems.push_back(
+            {.file = planned.path, .text = DescribeOthersWork(planned), .remedy = _(kOtherWay)});
     } else if (!CanBeKept(planned.before, planned.version)) {
         problems.push_back(
             {.file = planned.path,
              .text = Words("%s, and the history cannot keep the edit", DescribeOthersWork(planned)),
-             .remedy = _("--on-edit=overwrite replaces it all the same")});
+             .remedy = _(kLastWay)});
     }
-    m_checked.problems.insert(m_checked.problems.end(), problems.begin(), problems.end());
+    Append(m_checked.problems, problems);
     return problems.empty();
 }
 
@@ -173,7 +172,7 @@ void CommitPlan::JudgeListedEdits(OnEdit onEdit) {
     if (onEdit == OnEdit::Overwrite) return;
     for (const PlannedEdits& edits : m_edits->Files()) {
         std::vector<Problem>& problems = m_checked.problems;
-        problems.insert(problems.end(), edits.conflicts.begin(), edits.conflicts.end());
+        Append(problems, edits.conflicts);
         if (!edits.isEdited || !edits.conflicts.empty()) continue;
         const std::string text = edits.DescribeOthersWork();
         const bool isWhole = edits.file.original.has_value();
@@ -181,13 +180,13 @@ void CommitPlan::JudgeListedEdits(OnEdit onEdit) {
             problems.push_back(
                 {.file = edits.file.path,
                  .text = text,
-                 .remedy = isWhole ? _("--on-edit=overwrite replaces it, and the history keeps it")
+                 .remedy = isWhole ? _(kOtherWay)
                                    : _("--on-edit=overwrite sets it again, and the history keeps the edit")});
         else if (!CanBeKept(edits.file.before, edits.file.version))
-            problems.push_back({.file = edits.file.path,
-                                .text = Words("%s, and the history cannot keep the edit", text),
-                                .remedy = isWhole ? _("--on-edit=overwrite replaces it all the same")
-                                                  : _("--on-edit=overwrite sets it again all the same")});
+            problems.push_back(
+                {.file = edits.file.path,
+                 .text = Words("%s, and the history cannot keep the edit", text),
+                 .remedy = isWhole ? _(kLastWay) : _("--on-edit=overwrite sets it again all the same")});
     }
 }
 
@@ -218,7 +217,7 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
     planned.version = there.Version();
     planned.before = there.State();
     const KnownFile* const known = m_known->Find(planned.path);
-    const bool isRecorded = known != nullptr && !known->state.knowledge.roles.empty();
+    const bool isRecorded = known != nullptr && known->state.knowledge.IsCommitted();
     planned.namedRole = m_product.Role();
     if (isRecorded) planned.namedRole = known->state.knowledge.namedRole.value_or(planned.namedRole);
     const bool isShown = !planned.target.check.empty() && RunsOwnChecks(m_product.Wanted());
@@ -246,7 +245,7 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
 void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     const std::string& path = planned.path;
     const KnownFile* const known = m_known->Find(path);
-    const bool isRecorded = known != nullptr && !known->state.knowledge.roles.empty();
+    const bool isRecorded = known != nullptr && known->state.knowledge.IsCommitted();
     const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there) : planned.hasCompanion;
     planned.isTouched = isRecorded && isStrange;
     planned.isUnrecorded = !isRecorded && isStrange;

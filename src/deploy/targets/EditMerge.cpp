@@ -12,8 +12,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr char kOtherWay[] = ZET_TEXT("--on-edit=overwrite replaces it, and the history keeps it");
-constexpr char kLastWay[] = ZET_TEXT("--on-edit=overwrite replaces it all the same");
 constexpr char kBaseIsErased[] = ZET_TEXT(
     "holds edits that cannot be merged again, as the text that they were merged with was erased from the "
     "history");

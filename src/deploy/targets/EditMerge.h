@@ -5,11 +5,16 @@
 #include <vector>
 
 #include "deploy/host/Staging.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/targets/PlannedTarget.h"
 #include "zet/ZETProblem.h"
 
 namespace ZET::Deploy {
+
+/// The ways out where an edit stops a commit; the last one loses it.
+inline constexpr char kOtherWay[] = ZET_TEXT("--on-edit=overwrite replaces it, and the history keeps it");
+inline constexpr char kLastWay[] = ZET_TEXT("--on-edit=overwrite replaces it all the same");
 
 /// Brings what others changed in a target together with what its template makes of it.
 class EditMerge {

@@ -17,15 +17,6 @@ namespace {
 
 using Way = EditToTakeBack::Way;
 
-void RequireSound(const std::string& path, const std::string& text) {
-    const auto damage = Text::FindDamage(text);
-    if (!damage) return;
-    throw Failure({.file = path,
-                   .line = static_cast<int>(damage->line),
-                   .text = damage->text,
-                   .remedy = Words("\"doctor %s\" tells a repair", path)});
-}
-
 /// Who goes back needs no history, unless it has to tell what the other role has committed.
 std::vector<RememberedLine> RememberedOf(Deployment& product, const KnownFile* known, bool isForced) {
     if (known == nullptr || !known->state.knowledge.base) return {};
@@ -103,7 +94,8 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const Wr
     const std::string text = ReadFileBytes(file.path);
     const bool mayGoBack = edit.others.empty() && IsFileExist(file.Reserve());
     if (mayGoBack && isForced) return {Way::Reserve};
-    RequireSound(file.path, text);
+    if (const auto damage = Text::FindDamage(text))
+        throw Failure(Text::ProblemOf(file.path, *damage, product.Wanted().program, file.path));
     edit.text = WithoutOwnBlocks(lines, text);
     // A killed run may have kept the original, and no more.
     if (mayGoBack && IsAsReserve(file, text)) return {Way::Reserve};

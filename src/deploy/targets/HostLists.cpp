@@ -85,14 +85,14 @@ std::optional<KnownFile> HostLists::CommittedFile(const std::string& name) {
     auto known = store->Known(m_host.HostPaths().NameInside(name));
     if (!known) return std::nullopt;
     const bool hasLines = known->kind == FileKind::Edit && known->state.knowledge.base;
-    if (!hasLines && known->state.knowledge.roles.empty()) return std::nullopt;
+    if (!hasLines && !known->state.knowledge.IsCommitted()) return std::nullopt;
     return known;
 }
 
 bool HostLists::IsCommitted(const std::string& name) {
     if (!HasCompanion(name)) return false;
     const std::optional<KnownFile> known = CommittedFile(name);
-    return known && !known->state.knowledge.roles.empty();
+    return known && known->state.knowledge.IsCommitted();
 }
 
 /// All are asked for at once: each time, the store looks at all the states that it has.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "deploy/host/Failure.h"
+#include "deploy/targets/ListedEditStates.h"
 #include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/TakeBack.h"
 
@@ -13,7 +14,7 @@ namespace {
 template <typename Make>
 void AddDiff(std::vector<ListedEditState>& states, const std::string& path, Make make) {
     const auto last = std::find_if(states.rbegin(), states.rend(), [&](const ListedEditState& state) {
-        return state.path == path && state.state != "in sync";
+        return state.path == path && state.state != kInSync;
     });
     if (last == states.rend()) return;
     try {

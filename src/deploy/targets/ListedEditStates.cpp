@@ -23,14 +23,13 @@ std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
                            [&](const std::string& each) { return each == text; });
     };
     const std::string selector = SelectorOf(line.edit);
-    if (inBlocks.empty()) return file.Remembers(selector) ? "missing" : "not committed";
-    if (are(Text::WithLineEnd(line.line, Text::LineEndsOf(file.text))))
-        return isOutside ? "edited" : "in sync";
-    if (!file.Remembers(selector)) return "not committed";
+    if (inBlocks.empty()) return file.Remembers(selector) ? kMissing : kNotCommitted;
+    if (are(Text::WithLineEnd(line.line, Text::LineEndsOf(file.text)))) return isOutside ? kEdited : kInSync;
+    if (!file.Remembers(selector)) return kNotCommitted;
     const bool isAsLeft =
         std::any_of(file.remembered.begin(), file.remembered.end(),
                     [&](const RememberedLine& each) { return each.selector == selector && are(each.line); });
-    return isAsLeft ? "pending" : "edited";
+    return isAsLeft ? kPending : kEdited;
 }
 
 bool IsTakenOver(const FileWithLines& file, const LineToSet& line, const std::vector<LineInPlace>& places,
@@ -56,13 +55,11 @@ std::vector<ListedEditState> StatesOfEdits(Deployment& product, const ListedLine
             add(line.edit, file.path, StateOfLine(file, line, places, product.Core()));
         const std::set<std::string> blocks = BlockLinesOf(file.text);
         for (const RememberedLine& line : FormerLinesOf(file, product.Role()))
-            if (blocks.contains(line.line))
-                states.push_back(
-                    {"", file.path, line.selector.substr(line.selector.find(' ') + 1), "pending", "", 0});
+            if (blocks.contains(line.line)) states.push_back({"", file.path, line.Chosen(), kPending, "", 0});
     }
     for (const ListedEdit* const edit : lines.unset) {
         const std::string path = product.HostPaths().FromInside(edit->path);
-        add(*edit, path, IsFileExist(path) ? "unknown" : "missing");
+        add(*edit, path, IsFileExist(path) ? kUnknown : kMissing);
     }
     return states;
 }

@@ -11,7 +11,16 @@
 
 namespace ZET::Deploy {
 
-/// "in sync" and the like, of one line.
+/// How a target, or a line that the lists ask for, stands to what a commit would make of it.
+inline constexpr char kInSync[] = "in sync";
+inline constexpr char kPending[] = "pending";
+inline constexpr char kEdited[] = "edited";
+inline constexpr char kMissing[] = "missing";
+inline constexpr char kNotCommitted[] = "not committed";
+inline constexpr char kDiffers[] = "differs";  // where nobody can tell whose edit a target holds
+inline constexpr char kUnknown[] = "unknown";
+
+/// One of them, of one line.
 std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
                         const std::vector<LineInPlace>& places, IZETCore& core);
 

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <iterator>
 #include <set>
 #include <utility>
 
@@ -71,11 +70,7 @@ ListedEdits::ListedEdits(Deployment& product, const KnownFiles& known, const Sta
 bool ListedEdits::Judge(const FileWithLines& file) {
     const std::size_t before = m_problems.size();
     if (const auto damage = Text::FindDamage(file.text))
-        m_problems.push_back(
-            {.file = file.path,
-             .line = static_cast<int>(damage->line),
-             .text = damage->text,
-             .remedy = Words("\"%s doctor %s\" tells a repair", m_product.Wanted().program, file.path)});
+        m_problems.push_back(Text::ProblemOf(file.path, *damage, m_product.Wanted().program, file.path));
     const Text::FirstLine first = Text::FirstLineOf(file.text);
     if (!file.lines.empty() && Text::MustComeFirst(first.text) &&
         first.text.find(ZETNoticeMarker) == std::string_view::npos)
@@ -108,8 +103,7 @@ void ListedEdits::JudgePlaceOf(const FileWithLines& file) {
         names.insert(line.edit.path);
     if (geteuid() == 0 && problems.empty()) problems = ObjectionsTo(m_product.HostPaths(), names, path);
     if (m_product.Wanted().onlyLooks) WarnOfRights(m_product.Out(), problems);
-    m_problems.insert(m_problems.end(), std::make_move_iterator(problems.begin()),
-                      std::make_move_iterator(problems.end()));
+    Append(m_problems, std::move(problems));
 }
 
 /// Each line of the file is at most one edit's, and each edit finds its own line again.
@@ -185,7 +179,7 @@ void ListedEdits::JudgeEdited(PlannedEdits& planned) const {
     const std::vector<LineInPlace> places = LinesIn(Text::ManagedText(file.text));
     for (LineToSet& line : file.lines) {
         IZETCore& core = m_product.Core();
-        const bool isEdited = StateOfLine(file, line, places, core) == "edited";
+        const bool isEdited = StateOfLine(file, line, places, core) == kEdited;
         if (!isEdited && !IsTakenOver(file, line, places, core)) continue;
         line.stays = m_onEdit == OnEdit::Merge && file.HasSet(SelectorOf(line.edit), line.line);
         planned.isMerged = planned.isMerged || line.stays;
@@ -268,7 +262,7 @@ ExpectedFile ListedEdits::Expected(const PlannedEdits& planned) const {
         file.knowledge.emplace();
         return file;
     }
-    file.after = Capture(planned.file.path, m_product.HostHistory().Limits().largestText);
+    file.after = Capture(m_product, planned.file.path);
     file.after->SetText(ReadFileBytes(planned.staged));
     return file;
 }

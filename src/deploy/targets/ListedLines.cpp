@@ -187,7 +187,7 @@ class Finder {
     /// Whether a commit has made the file from a template.
     bool WasTarget(const std::string& path) const {
         const KnownFile* const known = m_known.Find(path);
-        return known != nullptr && known->kind == FileKind::Target && !known->state.knowledge.roles.empty();
+        return known != nullptr && known->kind == FileKind::Target && known->state.knowledge.IsCommitted();
     }
 
     FileWithLines& Look(const std::string& path) {

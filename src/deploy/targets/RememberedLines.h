@@ -16,6 +16,9 @@ struct RememberedLine {
     std::string selector;
     std::string line;
 
+    /// The parameter or pattern alone.
+    std::string Chosen() const { return selector.substr(selector.find(' ') + 1); }
+
     bool operator==(const RememberedLine&) const = default;
 };
 

@@ -20,7 +20,7 @@ ShownDiff WithoutText(ShownDiff diff, const std::string& path, const std::string
 
 ShownDiff WithoutFormerSecrets(Deployment& product, ShownDiff diff, const RecordedFile& file,
                                const std::string& path) {
-    const bool wasCommitted = !file.before.knowledge.roles.empty() || !file.after.knowledge.roles.empty();
+    const bool wasCommitted = file.before.knowledge.IsCommitted() || file.after.knowledge.IsCommitted();
     HostLists& lists = product.Lists();
     if (diff.text.empty() || product.Wanted().showsSecrets || !wasCommitted) return diff;
     if (lists.TargetNamed(lists.NameOf(path)) != nullptr) return diff;

@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <iterator>
 #include <map>
 #include <optional>
 
@@ -35,11 +34,6 @@
 namespace ZET::Deploy {
 
 namespace {
-
-void Append(std::vector<Problem>& problems, std::vector<Problem> more) {
-    problems.insert(problems.end(), std::make_move_iterator(more.begin()),
-                    std::make_move_iterator(more.end()));
-}
 
 /// The same of one of the product's own, on which root relies.
 std::vector<Problem> CheckOwnDirectory(Host& host, const char* key, const std::string& purpose) {

@@ -28,11 +28,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr char kInSync[] = "in sync";
-constexpr char kPending[] = "pending";
-constexpr char kEdited[] = "edited";
-constexpr char kUnknown[] = "unknown";
-
 /// A `Failure` when this user cannot read the template that is there: what a commit would make of it is then
 /// unknown.
 void RequireReadableTemplate(Host& host, const std::string& templateName) {
@@ -94,9 +89,9 @@ class StateTeller {
 
     /// One that cannot be rendered is not what was committed, which a commit would have to tell.
     std::string StateOfFile(const std::string& templateName, const std::string& path) {
-        if (!m_known.IsUnusable() && !m_known.Has(path, m_product.Role())) return "not committed";
+        if (!m_known.IsUnusable() && !m_known.Has(path, m_product.Role())) return kNotCommitted;
         const SeenFile there(path);
-        if (!there.State().exists) return "missing";
+        if (!there.State().exists) return kMissing;
         const bool canBeRendered =
             CheckTemplateFile(m_product, templateName, m_product.TemplateValues()).empty();
         // Where the check has something to say, the template may be one that it could not read.
@@ -106,8 +101,7 @@ class StateTeller {
         // Which is why there is no diff.
         if (!canBeRendered && m_product.Wanted().wantsDiffs) m_reason = "template refused";
         if (canBeRendered && IsMadeUnderOtherRoot(templateName, path)) m_reason = "made under another root";
-        // Without the history, nobody can tell who changed it.
-        if (m_known.IsUnusable()) return "differs";
+        if (m_known.IsUnusable()) return kDiffers;
         return m_known.IsAsLeft(there) ? kPending : kEdited;
     }
 

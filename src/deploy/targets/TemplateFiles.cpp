@@ -127,7 +127,7 @@ RecordedState WithMode(RecordedState copy, mode_t own) {
 }
 
 void RememberBase(Host& host, const std::string& workingCopy, const std::string& base) {
-    CapturedFile copy = Capture(workingCopy, host.HostHistory().Limits().largestText);
+    CapturedFile copy = Capture(host, workingCopy);
     const std::optional<mode_t> own = MemoryOf(host, workingCopy).mode;
     if (own) copy.state = WithMode(std::move(copy.state), *own);
     Remember(host, workingCopy, std::move(copy), base);

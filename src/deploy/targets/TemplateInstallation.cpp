@@ -67,16 +67,15 @@ class Installation {
     /// What it is going to write.
     void Expect(Recording& recording) const {
         if (m_isSame || !recording.IsOn()) return;
-        const std::uint64_t longest = m_product.HostHistory().Limits().largestText;
         ExpectedFile file;
         file.kind = FileKind::Template;
         if (m_isThere) {
             file.path = m_old;
-            file.after = Capture(m_path, longest);
+            file.after = Capture(m_product, m_path);
             recording.Expect(file);
         }
         file.path = m_path;
-        SetShipped(file, Capture(m_pristine, longest));
+        SetShipped(file, Capture(m_product, m_pristine));
         recording.Expect(file);
     }
 

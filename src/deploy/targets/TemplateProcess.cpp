@@ -125,7 +125,7 @@ void TemplateProcess::JudgeEdits() {
     const std::string path = m_product.HostPaths().RealName(m_path);
     const KnownFiles known(m_product);
     const KnownFile* const file = known.Find(path);
-    if (file == nullptr || file->state.knowledge.roles.empty() || known.IsAsLeft(path)) return;
+    if (file == nullptr || !file->state.knowledge.IsCommitted() || known.IsAsLeft(path)) return;
     m_product.Out().Warning(
         m_product.Wanted().dryRun
             ? Words("%s: was edited since the last commit; the edits would be overwritten", m_path)
@@ -187,8 +187,7 @@ FileOutcome TemplateProcess::RunInPlace() {
         SignalGuard::Check();
         if (!outcome.IsChange()) throw LeftAsItIs();
         if (recording.IsOn())
-            recording.Plan(m_path, Capture(made, m_product.HostHistory().Limits().largestText),
-                           Recording::Attributes::OfTheFileBefore);
+            recording.Plan(m_path, Capture(m_product, made), Recording::Attributes::OfTheFileBefore);
         recording.Begin();
         replacement.KeepOriginal();
     };

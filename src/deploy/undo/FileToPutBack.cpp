@@ -141,7 +141,7 @@ void FileToPutBack::RefuseOthersWork(const RecordedFile& row, const std::string&
 void FileToPutBack::MergeInto(CapturedFile& wanted, const RecordedFile& row, const CapturedFile& now) {
     Store& store = *m_product.HostHistory().ToLook();
     MergedBack merged = MergeBack(store, m_change, now, {m_path, _(kForcedWay)}, LeavesNewerWork());
-    m_problems.insert(m_problems.end(), merged.problems.begin(), merged.problems.end());
+    Append(m_problems, std::move(merged.problems));
     wanted = std::move(merged.file);
     if (m_problems.empty() && !row.before.knowledge.base && !row.before.knowledge.templateName.empty())
         m_base = store.Text(*row.before.text);

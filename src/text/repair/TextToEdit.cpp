@@ -2,6 +2,7 @@
 
 #include "text/FirstLine.h"
 #include "text/Lines.h"
+#include "text/Words.h"
 #include "text/repair/MarkerDamage.h"
 
 namespace ZET::Text {
@@ -25,6 +26,14 @@ std::optional<MarkerDamage> FindDamage(std::string_view text, const NoticeTexts*
     RegionScan scan(noticeTexts);
     scan.Take(text);
     return scan.IsSound() ? std::nullopt : DiagnosedDamage(text, noticeTexts);
+}
+
+Problem ProblemOf(const std::string& file, const MarkerDamage& damage, const std::string& program,
+                  const std::string& named) {
+    return {.file = file,
+            .line = static_cast<int>(damage.line),
+            .text = damage.text,
+            .remedy = Words("\"%s doctor %s\" tells a repair", program, named)};
 }
 
 void LookAtText::Take(std::string_view lines) {

@@ -11,6 +11,7 @@
 #include "text/NoticeTexts.h"
 #include "text/RegionScan.h"
 #include "text/repair/RepairText.h"
+#include "zet/ZETProblem.h"
 
 namespace ZET::Text {
 
@@ -18,6 +19,10 @@ namespace ZET::Text {
 /// their texts are given. A kept former line without its block is none, nor are blanks behind a marker. A
 /// text without damage, as most are, is only looked through once.
 std::optional<MarkerDamage> FindDamage(std::string_view text, const NoticeTexts* noticeTexts = nullptr);
+
+/// Damage in a file, about which `program` tells more of the file as it is `named`.
+Problem ProblemOf(const std::string& file, const MarkerDamage& damage, const std::string& program,
+                  const std::string& named);
 
 /// What an edit has to know of the text of its file, seen in one look.
 struct TextToEdit {

@@ -28,6 +28,8 @@ struct Knowledge {
     std::optional<TextNumber> base;  ///< what its text was made from, where that is another one
     bool isBaseErased = false;       ///< there was one, which somebody took out of the history
 
+    bool IsCommitted() const { return !roles.empty(); }
+
     /// Of a target: its text is not its rendering alone.
     bool IsMerge() const { return base || isBaseErased; }
 
