@@ -8,6 +8,7 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/LostOriginal.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/EditRollback.h"
@@ -75,6 +76,12 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
     const FileState now = StateOf(file.path);
     step.hasReserve = reserve.exists;
     if (!reserve.exists && !record.exists) {
+        if (now.exists && !m_ways.isForced && IsReserveLost(file))
+            return Keep(
+                step,
+                Words("has no reserve any more, stays as it is and on record (\"history\" tells what is "
+                      "kept of it; %s forgets it)",
+                      m_ways.force));
         step.action = Action::LeaveToOtherRole;
         step.Tell(Result::Unchanged, now.exists ? _("has no reserve, stays as it is") : _("is not there"));
         return;
@@ -163,6 +170,12 @@ bool TakeBack::IsOutOfReach(const WrittenFile& file) const {
     const bool isOnRecord =
         file.isEdit ? m_known.Find(file.path) != nullptr : m_known.Has(file.path, m_product.Role());
     return isOnRecord && !IsFileExist(DirectoryOf(file.path));
+}
+
+/// What the other role has committed is only to be left to it.
+bool TakeBack::IsReserveLost(const WrittenFile& file) const {
+    return m_known.Has(file.path, m_product.Role()) && !m_known.Has(file.path, m_otherRole) &&
+           IsKnownAsWritten(m_product, file.path);
 }
 
 void TakeBack::KeepEdited(TakeBackStep& step) const {

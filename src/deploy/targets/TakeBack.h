@@ -61,6 +61,7 @@ class TakeBack {
     void DecideBlocks(TakeBackStep& step, std::string text, const std::string& remark);
     void DecidePutBack(TakeBackStep& step, const FileState& now, const FileState& reserve) const;
     bool IsOutOfReach(const WrittenFile& file) const;
+    bool IsReserveLost(const WrittenFile& file) const;
     void KeepEdited(TakeBackStep& step) const;
     void TellOfOtherRole(TakeBackStep& step) const;
     bool MayBeOthers(const WrittenFile& file) const;
