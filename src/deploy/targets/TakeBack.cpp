@@ -125,10 +125,22 @@ bool TakeBack::DecideEdit(TakeBackStep& step) {
             TellOfOtherRole(step);
             break;
         case EditToTakeBack::Way::Blocks:
+            if (edit.isUnmarked) edit.remark = WordsOfUnmarked(step.file);
             DecideBlocks(step, std::move(edit.text), edit.remark);
+            step.isKept = edit.isUnmarked;
             break;
     }
     return true;
+}
+
+std::string TakeBack::WordsOfUnmarked(const WrittenFile& file) const {
+    return Words(
+        IsFileExist(file.Reserve())
+            ? ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is "
+                       "on record (%s puts back what was there before)")
+            : ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is "
+                       "on record (%s forgets it)"),
+        m_ways.force);
 }
 
 void TakeBack::DecideBlocks(TakeBackStep& step, std::string text, const std::string& remark) {
@@ -270,6 +282,9 @@ ExpectedFile TakeBack::Expected(const TakeBackStep& step) const {
     if (step.action == Action::TakeOutBlocks) {
         file.after = Capture(file.path, longest);
         file.after->SetText(step.text);
+        if (!step.isKept) return file;
+        file.kind = FileKind::Edit;
+        file.knowledge->ForgetBase();
         return file;
     }
     file.after = step.hasReserve ? Capture(step.file.Reserve(), longest) : CapturedFile();
