@@ -541,3 +541,60 @@ $TWO: edited, stays as it is"
     assert_status 1
     [[ $stderr == *"$ONE: could not be put back: $ONE: is immutable, and cannot be replaced (chattr -i it)"* ]] || differ words immutable "$stderr"
 }
+
+@test "a target whose reserve was removed stays on record, and is told as what it is" {
+    zet -q commit-config
+    rm "$ONE.before_zet"
+    local text
+    text=$(<"$ONE")
+    run_zet rollback-config "$ONE"
+    assert_status 1
+    [[ $output == *"$ONE: has no reserve any more, stays as it is and on record (\"history\" tells what is kept of it; --force forgets it)"* ]] ||
+        differ rollback "no reserve" "$output"
+    assert_equal "$(<"$ONE")" "$text"
+    run_zet status
+    [[ $output == *"$ONE: in sync"* ]]
+    zet -q undo 1
+    assert_file "$ONE" $'old\n'
+    assert_absent "$ONE.before_zet"
+}
+
+@test "a target whose reserve was removed is forgotten by force alone" {
+    zet -q commit-config
+    rm "$ONE.before_zet"
+    run_zet rollback-config --force
+    assert_status 0
+    [[ $output == *"$ONE: has no reserve, stays as it is"* ]]
+    run_zet status
+    [[ $output == *"$ONE: not committed"* ]]
+}
+
+@test "a target that the first commit found as it makes it has no reserve, and is its own original" {
+    zet -q commit-config
+    rm "$ONE.before_zet" state/state.db*
+    zet -q commit-config
+    run_zet rollback-config
+    assert_status 0
+    [[ $output == *"$ONE: has no reserve, stays as it is"* ]]
+}
+
+@test "a commit keeps no text of the product's as the original" {
+    zet -q commit-config
+    rm "$ONE.before_zet"
+    zet -q option set REALM OTHER.ORG
+    local told="zet-client: warning: $ONE: has no reserve any more, and gets none, as the product's own work is no original (\"history $ONE\" tells where that is kept)"
+    run_zet commit-config -n
+    assert_status 3
+    [[ $stderr == *"$told"* ]]
+    run_zet commit-config
+    assert_status 0
+    [[ $stderr == *"$told"* ]]
+    assert_absent "$ONE.before_zet"
+    grep -q OTHER.ORG "$ONE"
+    run_zet rollback-config
+    assert_status 1
+    grep -q OTHER.ORG "$ONE"
+    zet -q undo 3
+    zet -q undo 1
+    assert_file "$ONE" $'old\n'
+}

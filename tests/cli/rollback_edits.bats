@@ -124,3 +124,73 @@ teardown() {
     assert_status 0
     [[ $output != *mnt/conf* ]]
 }
+
+@test "an edit keeps no text of the product's as the original" {
+    rm conf.before_zet
+    run_zet param set conf b 5
+    assert_status 0
+    assert_stderr "zet-client: warning: conf: has no reserve any more, and gets none, as the product's own work is no original (\"history $HOST/conf\" tells where that is kept)"
+    assert_output "conf: changed"
+    assert_absent conf.before_zet
+    run_zet rollback-config
+    assert_status 0
+    assert_file conf $'a=1\nb=2\n'
+}
+
+@test "a list's line keeps no text of the product's as the original" {
+    printf '[[edits]]\nfile = "%s"\nroles = "both"\nparam = "c"\nvalue = "${domain}"\n' "$HOST/listed" >>templates/targets.toml
+    printf 'c=0\n' >listed
+    zet -q commit-config
+    rm listed.before_zet
+    zet -q option set DOMAIN other.org
+    run_zet commit-config
+    assert_status 0
+    [[ $stderr == *"$HOST/listed: has no reserve any more, and gets none"* ]]
+    assert_absent listed.before_zet
+}
+
+@test "an edit without markers that somebody changed since is named, stays, and is on record" {
+    printf 'x=1\n' >other
+    zet -q param set --no-markers other x 2
+    echo mine=1 >>other
+    run_zet status
+    [[ $output == *"$HOST/other: edit changed"* ]] || differ status changed "$output"
+    local round
+    for round in 1 2; do
+        run_zet rollback-config
+        assert_status 1
+        [[ $output == *"$HOST/other: was edited without markers, and may hold what others wrote, stays as it is"* ]] || differ rollback named "$output"
+        assert_file other $'x=2\nmine=1\n'
+    done
+    run_zet rollback-config --force
+    assert_status 0
+    assert_file other $'x=1\n'
+}
+
+@test "beside blocks, what was edited without markers is named, stays, and is on record" {
+    printf 'x=1\n[one]\nkey=1\n' >other
+    zet -q param set other --no-section x 2
+    zet -q param set --no-markers other --section one key 9
+    echo mine=1 >>other
+    run_zet rollback-config
+    assert_status 1
+    [[ $output == *"$HOST/other: the managed blocks are taken out; what was edited without markers stays, and is on record (--force puts back what was there before)"* ]] ||
+        differ rollback named "$output"
+    assert_file other $'x=1\n[one]\nkey=9\nmine=1\n'
+    run_zet rollback-config
+    assert_status 1
+    [[ $output == *"$HOST/other: was edited without markers, and may hold what others wrote, stays as it is"* ]]
+    run_zet rollback-config --force
+    assert_status 0
+    assert_file other $'x=1\n[one]\nkey=1\n'
+}
+
+@test "where all edits had markers, the blocks go, and nothing is left to be named" {
+    printf 'x=1\n' >other
+    zet -q param set other x 2
+    echo mine=1 >>other
+    zet -q param set other x 3
+    run_zet rollback-config
+    assert_status 0
+    assert_file other $'x=1\nmine=1\n'
+}

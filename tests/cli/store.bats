@@ -111,7 +111,8 @@ syncs() {
     echo mine >>out/one.conf
     assert_state edited
     run_zet commit-config --on-edit=overwrite
-    assert_stderr "zet-client: warning: $ONE: was edited since the last commit; the edits are overwritten"
+    assert_stderr "zet-client: warning: $ONE: was edited since the last commit; the edits are overwritten
+zet-client: warning: what $ONE held is not kept, as ZET_HISTORY is no"
     run_zet rollback-config
     assert_status 0
     assert_file out/one.conf $'old\n'

@@ -74,3 +74,91 @@ on_read_only_state() {
     run_zet history show 3
     assert_refusal 2 "there is no change 3: the last one is 2 (\"history\" tells them)"
 }
+
+# with_setting LINE WORD...: a run with one line more in the main file.
+with_setting() {
+    local line=$1
+    shift
+    echo "$line" >>zet.conf
+    run_zet "$@"
+    sed -i "/^$line\$/d" zet.conf
+}
+
+@test "over changes of which nothing was kept, no way leads back to one before them" {
+    local change way text
+    for change in commit-config rollback-config; do
+        rm -rf state/* out/*
+        (umask 077 && : >state/zet.lock)
+        original one.conf $'old\n'
+        echo one >etc/one.conf
+        zet -q commit-config
+        echo other >etc/one.conf
+        with_setting ZET_HISTORY=no "$change"
+        assert_status 0
+        text=$(<"$ONE")
+        for way in "" --force; do
+            run_zet rollback-config --to 1 $way
+            assert_refusal 1 "$ONE: was written after change 1 while ZET_HISTORY was no (\"rollback-config\" and \"file restore\" need no history)
+zet-client: nothing was changed"
+            assert_equal "$(<"$ONE")" "$text"
+        done
+        zet -q commit-config --on-edit=overwrite
+        [[ $change == commit-config ]] && continue
+        run_zet rollback-config --to 1 --force
+        assert_status 1
+        [[ $stderr == *"$ONE: was written after change 1 while ZET_HISTORY was no"* ]]
+    done
+}
+
+@test "what was written while nothing was kept does not keep from going back to what came after it" {
+    zet -q commit-config
+    with_setting ZET_HISTORY=no rollback-config
+    assert_status 0
+    echo a=1 >plain
+    zet -q param set plain a 2
+    zet -q param set plain a 3
+    run_zet rollback-config --to 3
+    assert_status 0
+    grep -qx a=2 plain
+}
+
+@test "with ZET_HISTORY=no, undo takes back only what is named" {
+    zet -q commit-config
+    local text
+    text=$(<"$ONE")
+    with_setting ZET_HISTORY=no undo
+    assert_refusal 1 "$HOST/state/state.db: nobody knows whether it has the last change, as ZET_HISTORY is no (name one that \"history\" tells)"
+    assert_equal "$(<"$ONE")" "$text"
+    with_setting ZET_HISTORY=no undo 1
+    assert_status 0
+    assert_file "$ONE" $'old\n'
+}
+
+# edited SETTING WORD...: the command, where somebody edited the target since its commit.
+edited() {
+    zet -q commit-config --on-edit=overwrite
+    echo "mine $((++edits))" >>"$ONE"
+    with_setting "$@"
+}
+
+@test "what somebody wrote, and nothing keeps, goes with a warning, in a trial, too" {
+    zet -q commit-config
+    local setting held would way last edits=0
+    for setting in ZET_HISTORY=no ZET_HISTORY_MAX_FILE=4; do
+        held="what $ONE held is not kept, as ZET_HISTORY is no"
+        would="what $ONE holds would not be kept, as ZET_HISTORY is no"
+        if [[ $setting != ZET_HISTORY=no ]]; then
+            held="what $ONE held is larger than ZET_HISTORY_MAX_FILE, and not kept"
+            would="what $ONE holds is larger than ZET_HISTORY_MAX_FILE, and would not be kept"
+        fi
+        for way in "undo LAST --force" "rollback-config --to LAST --force" "rollback-config --force" "commit-config --on-edit=overwrite"; do
+            zet -q commit-config --on-edit=overwrite
+            last=$(store 'SELECT max(number) FROM entries')
+            way=${way/LAST/$last}
+            edited "$setting" $way -n
+            [[ $stderr == *"$would"* ]] || differ "$setting $way -n" "$would" "$stderr"
+            edited "$setting" $way
+            [[ $stderr == *"$held"* ]] || differ "$setting $way" "$held" "$stderr"
+        done
+    done
+}

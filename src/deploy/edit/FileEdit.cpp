@@ -8,6 +8,7 @@
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/LostOriginal.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/targets/ShownDiff.h"
 #include "posix/PathNames.h"
@@ -39,7 +40,13 @@ FileOutcome FileEdit::Make(const Operation& operation, bool noBackup, const Insp
     outcome.path = m_path;
     outcome.result = FileOutcome::Result::Changed;
     outcome.before = StateOf(m_path);
-    const auto judge = [&](const std::string& made) { Judge(made, noBackup, inspection, outcome); };
+    const bool isOriginalLost =
+        !noBackup && m_product.HostHistory().IsNeeded() && IsOriginalLost(m_product, m_path);
+    noBackup = noBackup || isOriginalLost;
+    const auto judge = [&](const std::string& made) {
+        Judge(made, noBackup, inspection, outcome);
+        if (isOriginalLost) WarnOfLostOriginal(m_product, m_path);
+    };
     try {
         if (m_product.Wanted().dryRun) {
             Try(operation, judge);

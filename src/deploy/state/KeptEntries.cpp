@@ -4,6 +4,8 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/History.h"
+#include "deploy/state/StateDirectory.h"
 
 namespace ZET::Deploy {
 
@@ -14,6 +16,23 @@ void RequireAllKeptAfter(Store& store, std::int64_t number, const char* remedy) 
          .text = Words("not all changes after %s are kept any more, so nobody knows what was there then",
                        std::to_string(number)),
          .remedy = Words(remedy, std::to_string(store.LastPruned() + 1))});
+}
+
+std::vector<Problem> UntoldAfter(Host& host, Store& store, std::int64_t number) {
+    std::vector<Problem> problems;
+    for (const std::string& name : store.WrittenUntoldAfter(number))
+        problems.push_back(
+            {.file = host.HostPaths().FromInside(name),
+             .text = Words("was written after change %s while ZET_HISTORY was no", std::to_string(number)),
+             .remedy = _("\"rollback-config\" and \"file restore\" need no history")});
+    return problems;
+}
+
+void RequireLastTold(Host& host) {
+    if (host.HostHistory().KeepsTexts()) return;
+    throw Failure({.file = host.State().Store(),
+                   .text = _("nobody knows whether it has the last change, as ZET_HISTORY is no"),
+                   .remedy = _("name one that \"history\" tells")});
 }
 
 }  // namespace ZET::Deploy

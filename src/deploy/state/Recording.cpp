@@ -11,6 +11,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/EntryToOpen.h"
 #include "deploy/state/History.h"
+#include "deploy/state/LostText.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -82,8 +83,19 @@ Recording::~Recording() {
 }
 
 void Recording::Expect(ExpectedFile file) {
+    if (m_host.Wanted().dryRun) return TellLossToCome(file);
     if (!IsOn()) return;
     OrGoOnWithout([&] { ExpectWithCompanions(std::move(file)); });
+}
+
+/// A reserve that is yet to come has the text.
+void Recording::TellLossToCome(const ExpectedFile& file) const {
+    if (!file.wasEdited) return;
+    const RecordedState now = Capture(file.path, 0).state;
+    const bool isReplaced = now.exists && !(file.after && HaveSameText(now, file.after->state));
+    if (isReplaced)
+        WarnOfLostText(m_host, m_host.HostPaths().NameInside(m_host.HostPaths().WithRealDirectory(file.path)),
+                       now.size);
 }
 
 void Recording::ExpectTogether(const std::function<void()>& call) {
@@ -294,19 +306,20 @@ void Recording::Close(EntryOutcome outcome, Ending ending) {
     const std::int64_t number = *std::exchange(m_open, std::nullopt);
     Settlement settlement = Settled(ending);
     settlement.keepsEntry = m_host.HostHistory().KeepsTexts();
-    if (!m_store->Close(number, outcome, settlement)) return;
-    m_host.Out().Recorded(number);
+    if (m_store->Close(number, outcome, settlement)) m_host.Out().Recorded(number);
     TellUnkept(settlement.untouched);
 }
 
 bool Recording::IsUnkept(const RecordedState& state) const {
-    return state.exists && state.size > m_limits.largestText;
+    return state.exists && (!m_limits.keepsTexts || state.size > m_limits.largestText);
 }
 
 /// Whether nothing has any more what somebody made of the file. A reserve that came with the entry does.
 bool Recording::IsLost(std::size_t row) const {
     const FileToRecord& record = m_rows[row].record;
-    return record.file.wasEdited && IsUnkept(record.file.before) && !record.reserve;
+    if (!record.file.wasEdited || !IsUnkept(record.file.before)) return false;
+    const std::string reserve = m_rows[row].path + ZETReserveSuffix;
+    return !StateOf(reserve).IsRegular() || !HasRecordedText(reserve, record.file.before);
 }
 
 void Recording::TellUnkept(const std::vector<std::string>& untouched) const {
@@ -315,9 +328,8 @@ void Recording::TellUnkept(const std::vector<std::string>& untouched) const {
         if (file.kind == FileKind::Companion || (!IsUnkept(file.before) && !IsUnkept(file.after))) continue;
         if (std::find(untouched.begin(), untouched.end(), file.path) != untouched.end()) continue;
         if (IsLost(i))
-            m_host.Out().Warning(
-                Words("what %s held is larger than ZET_HISTORY_MAX_FILE, and not kept", file.path));
-        else
+            WarnOfLostText(m_host, file.path, file.before.size);
+        else if (m_limits.keepsTexts)
             m_host.Out().Detail(
                 Words("%s: is larger than ZET_HISTORY_MAX_FILE, and recorded without its text", file.path));
     }

@@ -96,6 +96,7 @@ class Recording {
     };
 
     void OpenStore();
+    void TellLossToCome(const ExpectedFile& file) const;
     void ExpectWithCompanions(ExpectedFile file);
     void ExpectCompanionsToGo(ExpectedFile& companion);
     void ExpectCompanionToCome(ExpectedFile& companion);

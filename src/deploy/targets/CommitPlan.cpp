@@ -14,6 +14,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
+#include "deploy/state/LostOriginal.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/EditMerge.h"
 #include "deploy/targets/NewOwner.h"
@@ -250,6 +251,8 @@ void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     planned.isTouched = isRecorded && isStrange;
     planned.isUnrecorded = !isRecorded && isStrange;
     planned.isReserved = planned.isUnrecorded && planned.before.exists && IsReserved(path);
+    planned.isOriginalLost = planned.IsChange() && known != nullptr && !isStrange && !planned.hasCompanion &&
+                             IsOriginalLost(m_product, path);
     planned.isUntold = m_cutShort.count(path) != 0 || (known != nullptr && WasCutShort(*known));
 }
 

@@ -88,7 +88,7 @@ ExpectedFile CommitRecord::Expected(PlannedTarget& planned) const {
     ExpectedFile file;
     file.path = planned.path;
     file.kind = FileKind::Target;
-    file.companions = ExpectedFile::Companions::MayCome;
+    if (!planned.isOriginalLost) file.companions = ExpectedFile::Companions::MayCome;
     // What others did since the plan looked at it is no work of the commit, which is going to refuse it.
     if (VersionOf(planned.path) == planned.version) file.before = std::move(planned.captured);
     planned.captured.reset();

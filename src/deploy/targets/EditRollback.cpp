@@ -8,6 +8,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/Writers.h"
 #include "deploy/targets/LinesInPlace.h"
+#include "deploy/targets/UnmarkedEdits.h"
 #include "text/WithoutBlocks.h"
 #include "text/repair/TextToEdit.h"
 
@@ -102,12 +103,14 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const Wr
     if (mayGoBack && isAsLeft && IsProductsAlone(product, *record, file)) return {Way::Reserve};
     // Whoever wrote it in between, nothing of others is left in it.
     if (mayGoBack && IsAsReserve(file, edit.text)) return {Way::Reserve};
+    edit.isUnmarked =
+        !isForced && edit.others.empty() && record != nullptr && HoldsUnmarkedEdits(product, *record);
     if (edit.text != text) {
         edit.way = Way::Blocks;
         edit.remark = _("the managed blocks are taken out, all other lines stay");
     } else if (!edit.others.empty()) {
         edit.way = Way::LeaveToOtherRole;
-    } else if (isAsLeft) {
+    } else if (isAsLeft || edit.isUnmarked) {
         edit.way = Way::Keep;
         edit.remark = IsFileExist(file.Reserve())
                           ? _("was edited without markers, and may hold what others wrote, stays as it is")

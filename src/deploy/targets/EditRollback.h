@@ -25,6 +25,7 @@ struct EditToTakeBack {
     std::string text{};                    ///< what is left without the blocks
     std::vector<RememberedLine> others{};  ///< lines that the other role has set there, and that stay
     bool isOfBoth = false;                 ///< both roles have set lines there
+    bool isUnmarked = false;               ///< what was edited without markers is left, too
 };
 
 /// Damaged markers, and what cannot be read, are a `Failure`.

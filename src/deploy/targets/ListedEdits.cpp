@@ -15,6 +15,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Language.h"
+#include "deploy/state/LostOriginal.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/state/Replacement.h"
@@ -170,6 +171,7 @@ void ListedEdits::Plan(FileWithLines file, const Staging& staging) {
     if (!found.lines.empty()) Set(staged, found);
     if (!found.original) RequireModeOf(found.path, staged);
     if (found.original || ReadFileBytes(staged) != found.text) planned.staged = staged;
+    planned.isOriginalLost = planned.IsChange() && !found.original && IsOriginalLost(m_product, found.path);
     m_files.push_back(std::move(planned));
 }
 
@@ -253,7 +255,7 @@ ExpectedFile ListedEdits::Expected(const PlannedEdits& planned) const {
     ExpectedFile file;
     file.path = planned.file.path;
     file.kind = FileKind::Edit;
-    file.companions = ExpectedFile::Companions::MayCome;
+    if (!planned.isOriginalLost) file.companions = ExpectedFile::Companions::MayCome;
     file.base = TextOf(ToRemember(planned.file));
     file.wasEdited = planned.isEdited;
     if (planned.file.original) {
@@ -323,7 +325,7 @@ void ListedEdits::Write(const PlannedEdits& planned) const {
             throw Failure({.file = file.path,
                            .text = _("is not written, since it came out otherwise than it was checked"),
                            .remedy = _("run the command again")});
-        replacement.KeepOriginal();
+        if (!planned.isOriginalLost) replacement.KeepOriginal();
     });
 }
 

@@ -19,6 +19,7 @@ namespace ZET::Deploy {
 struct PlannedEdits {
     FileWithLines file;
     std::string staged;                ///< the file as it would be; empty: it stays as it is
+    bool isOriginalLost = false;       ///< what is there is the product's own work, which gets no reserve
     bool isTakenBack = false;          ///< lines are, so that its text is not the module's alone
     bool isEdited = false;             ///< somebody changed a line that a commit had set, which is set again
     bool isMerged = false;             ///< somebody did, and the line stays as it is

@@ -3,6 +3,8 @@
 #include <string>
 
 #include "deploy/host/Words.h"
+#include "deploy/state/LostOriginal.h"
+#include "deploy/state/LostText.h"
 #include "deploy/targets/CommitPlan.h"
 
 namespace ZET::Deploy {
@@ -26,6 +28,12 @@ std::string FateOfOthersWork(const PlannedTarget& planned, bool isDryRun) {
     return Words(fate, DescribeOthersWork(planned));
 }
 
+/// A run tells it when it is done.
+void TellLossToCome(Host& host, const std::string& path, const FileVersion& version) {
+    if (host.Wanted().dryRun)
+        WarnOfLostText(host, host.HostPaths().NameInside(path), static_cast<std::uint64_t>(version.size));
+}
+
 }  // namespace
 
 void WarnOfOthersWork(Host& host, const PlannedTarget& planned) {
@@ -33,12 +41,16 @@ void WarnOfOthersWork(Host& host, const PlannedTarget& planned) {
         host.Out().Warning(Words("%s: has %s names (hard links); the others keep the former text",
                                  planned.path, std::to_string(planned.before.links)));
     }
+    if (planned.isOriginalLost) WarnOfLostOriginal(host, planned.path);
     if (!planned.IsOthersWork()) return;
     const std::string text = planned.path + ": " + FateOfOthersWork(planned, host.Wanted().dryRun);
-    planned.isMerged ? host.Out().Remark(text) : host.Out().Warning(text);
+    if (planned.isMerged) return host.Out().Remark(text);
+    host.Out().Warning(text);
+    if (planned.before.exists && planned.hasCompanion) TellLossToCome(host, planned.path, planned.version);
 }
 
 void WarnOfOthersWork(Host& host, const PlannedEdits& planned) {
+    if (planned.isOriginalLost) WarnOfLostOriginal(host, planned.file.path);
     if (planned.isMerged) {
         host.Out().Remark(host.Wanted().dryRun
                               ? Words("%s: a line that the last commit set was changed since; it would stay",
@@ -47,14 +59,16 @@ void WarnOfOthersWork(Host& host, const PlannedEdits& planned) {
                                       planned.file.path));
     }
     if (!planned.isEdited) return;
+    const std::string& path = planned.file.path;
     if (planned.file.original)
-        return host.Out().Warning(planned.file.path + ": " + FateOfTarget(planned, host.Wanted().dryRun));
-    host.Out().Warning(
-        host.Wanted().dryRun
-            ? Words("%s: a line that the last commit set was changed since; it would be set again",
-                    planned.file.path)
-            : Words("%s: a line that the last commit set was changed since; it is set again",
-                    planned.file.path));
+        host.Out().Warning(path + ": " + FateOfTarget(planned, host.Wanted().dryRun));
+    else if (host.Wanted().dryRun)
+        host.Out().Warning(
+            Words("%s: a line that the last commit set was changed since; it would be set again", path));
+    else
+        host.Out().Warning(
+            Words("%s: a line that the last commit set was changed since; it is set again", path));
+    TellLossToCome(host, path, planned.file.version);
 }
 
 void TellWhereKept(Host& host, std::int64_t entry, const std::string& path, const FileVersion& version) {

@@ -21,12 +21,13 @@ struct PlannedTarget {
     std::shared_ptr<const StagedText> rendering;  ///< where it gets another text: that is merged with it
     bool isRenderingNew = false;                  ///< not the one that is known of the file
     FileOutcome::Result change = FileOutcome::Result::Unchanged;
-    bool isTouched = false;     ///< the file is none of those that the roles recorded at their commits
-    bool isUnrecorded = false;  ///< the product had to do with the file, but no commit recorded it as it is
-    bool isReserved = false;    ///< what the file holds is what its reserve holds
-    bool isMerged = false;      ///< what others changed in it is in the new text, too
-    bool holdsMerge = false;    ///< what others changed in it was merged by an earlier commit
-    bool isUntold = false;      ///< what a run that was cut short wrote, whose services nobody was told
+    bool isTouched = false;       ///< the file is none of those that the roles recorded at their commits
+    bool isUnrecorded = false;    ///< the product had to do with the file, but no commit recorded it as it is
+    bool isOriginalLost = false;  ///< what is there is the product's own work, which gets no reserve
+    bool isReserved = false;      ///< what the file holds is what its reserve holds
+    bool isMerged = false;        ///< what others changed in it is in the new text, too
+    bool holdsMerge = false;      ///< what others changed in it was merged by an earlier commit
+    bool isUntold = false;        ///< what a run that was cut short wrote, whose services nobody was told
     Role namedRole = Role::Client;  ///< the one whose command its notice names
     FileVersion version;            ///< of what was there when the plan was made
     FileState before;

@@ -307,7 +307,7 @@ TargetRendering::TargetRendering(Deployment& product, FileInPlace place, const T
       m_replacement(product, m_place, target.version, Replacement::Look::WasFound) {}
 
 void TargetRendering::KeepOriginal() {
-    m_replacement.MakeReserve();
+    if (!m_target.isOriginalLost) m_replacement.MakeReserve();
     RemedyErrors(ZET_TEXT("make room, or see to the rights of its directory"), [&] {
         if (!m_target.hasWorkingCopy && !IsFileExist(WorkingCopy(m_product, m_target.templateName)))
             m_product.Config().InstallConfigFileTemplate(m_target.templateName);
@@ -315,7 +315,7 @@ void TargetRendering::KeepOriginal() {
 }
 
 void TargetRendering::Write() {
-    m_replacement.ConfirmReserve();
+    if (!m_target.isOriginalLost) m_replacement.ConfirmReserve();
     if (m_target.owner) m_replacement.GiveNewFileTo(*m_target.owner);
     m_target.isOwnText ? WriteStaged() : Render();
 }
@@ -324,7 +324,9 @@ void TargetRendering::Render() {
     const std::string& path = m_place.Path();
     const DiscreetLog log(m_product, m_product.HostSecrets(), m_target.templateName);
     const auto process = [&](const std::string& name) {
-        Process(m_product, m_target.role, m_target.templateName, {name, path});
+        const Rendered file = {name, path};
+        if (!m_target.isOriginalLost) return Process(m_product, m_target.role, m_target.templateName, file);
+        ProcessOnce(m_product, m_target.role, m_target.templateName, file, m_product.TemplateValues());
     };
     m_replacement.MakeOf(m_target.mode, process, [&](int descriptor, const std::string& made) {
         if (m_target.staged.IsIn(descriptor, made)) return;

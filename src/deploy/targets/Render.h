@@ -79,6 +79,7 @@ struct TargetToRender {
     Role role;
     bool isOwnText;                    ///< which no template makes: the staged text as it is
     bool hasWorkingCopy;               ///< its template, when it was checked
+    bool isOriginalLost;               ///< what is there is kept as none
     std::optional<FileOwner> owner{};  ///< of a file that is new
 };
 

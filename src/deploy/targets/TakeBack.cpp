@@ -8,6 +8,7 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/LostOriginal.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/EditRollback.h"
@@ -75,6 +76,12 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
     const FileState now = StateOf(file.path);
     step.hasReserve = reserve.exists;
     if (!reserve.exists && !record.exists) {
+        if (now.exists && !m_ways.isForced && IsReserveLost(file))
+            return Keep(
+                step,
+                Words("has no reserve any more, stays as it is and on record (\"history\" tells what is "
+                      "kept of it; %s forgets it)",
+                      m_ways.force));
         step.action = Action::LeaveToOtherRole;
         step.Tell(Result::Unchanged, now.exists ? _("has no reserve, stays as it is") : _("is not there"));
         return;
@@ -118,10 +125,22 @@ bool TakeBack::DecideEdit(TakeBackStep& step) {
             TellOfOtherRole(step);
             break;
         case EditToTakeBack::Way::Blocks:
+            if (edit.isUnmarked) edit.remark = WordsOfUnmarked(step.file);
             DecideBlocks(step, std::move(edit.text), edit.remark);
+            step.isKept = edit.isUnmarked;
             break;
     }
     return true;
+}
+
+std::string TakeBack::WordsOfUnmarked(const WrittenFile& file) const {
+    return Words(
+        IsFileExist(file.Reserve())
+            ? ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is "
+                       "on record (%s puts back what was there before)")
+            : ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is "
+                       "on record (%s forgets it)"),
+        m_ways.force);
 }
 
 void TakeBack::DecideBlocks(TakeBackStep& step, std::string text, const std::string& remark) {
@@ -163,6 +182,12 @@ bool TakeBack::IsOutOfReach(const WrittenFile& file) const {
     const bool isOnRecord =
         file.isEdit ? m_known.Find(file.path) != nullptr : m_known.Has(file.path, m_product.Role());
     return isOnRecord && !IsFileExist(DirectoryOf(file.path));
+}
+
+/// What the other role has committed is only to be left to it.
+bool TakeBack::IsReserveLost(const WrittenFile& file) const {
+    return m_known.Has(file.path, m_product.Role()) && !m_known.Has(file.path, m_otherRole) &&
+           IsKnownAsWritten(m_product, file.path);
 }
 
 void TakeBack::KeepEdited(TakeBackStep& step) const {
@@ -257,6 +282,9 @@ ExpectedFile TakeBack::Expected(const TakeBackStep& step) const {
     if (step.action == Action::TakeOutBlocks) {
         file.after = Capture(file.path, longest);
         file.after->SetText(step.text);
+        if (!step.isKept) return file;
+        file.kind = FileKind::Edit;
+        file.knowledge->ForgetBase();
         return file;
     }
     file.after = step.hasReserve ? Capture(step.file.Reserve(), longest) : CapturedFile();

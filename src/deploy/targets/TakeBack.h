@@ -58,9 +58,11 @@ class TakeBack {
   private:
     void DecideTarget(TakeBackStep& step);
     bool DecideEdit(TakeBackStep& step);
+    std::string WordsOfUnmarked(const WrittenFile& file) const;
     void DecideBlocks(TakeBackStep& step, std::string text, const std::string& remark);
     void DecidePutBack(TakeBackStep& step, const FileState& now, const FileState& reserve) const;
     bool IsOutOfReach(const WrittenFile& file) const;
+    bool IsReserveLost(const WrittenFile& file) const;
     void KeepEdited(TakeBackStep& step) const;
     void TellOfOtherRole(TakeBackStep& step) const;
     bool MayBeOthers(const WrittenFile& file) const;

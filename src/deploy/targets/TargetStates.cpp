@@ -22,6 +22,7 @@
 #include "deploy/targets/TargetCheck.h"
 #include "deploy/targets/Targets.h"
 #include "deploy/targets/TemplateStates.h"
+#include "deploy/targets/UnmarkedEdits.h"
 #include "text/RegionScan.h"
 
 namespace ZET::Deploy {
@@ -191,11 +192,12 @@ bool HasBlocks(const std::string& path) {
     return scan.HasRegions();
 }
 
-std::string StateOfEdit(const KnownFiles& known, const std::string& path) {
+std::string StateOfEdit(Host& host, const KnownFiles& known, const std::string& path) {
     if (known.IsAsLeft(path)) return "in place";
     const FileState now = StateOf(path);
     if (!now.exists) return "missing";
-    return now.IsRegular() && HasBlocks(path) ? "changed" : "gone";
+    if (!now.IsRegular()) return "gone";
+    return HasBlocks(path) || HoldsUnmarkedEdits(host, *known.Find(path)) ? "changed" : "gone";
 }
 
 /// One that cannot be looked at is told with its target.
@@ -263,7 +265,7 @@ TargetStates StatesOfTargets(Deployment& product) {
                                         known.Find(path)->state.knowledge.templateName});
     }
     for (const std::string& path : known.EditedPaths())
-        if (listed.count(path) == 0) result.edits.push_back({path, StateOfEdit(known, path)});
+        if (listed.count(path) == 0) result.edits.push_back({path, StateOfEdit(product, known, path)});
     result.newerTemplates = NewerTemplates(product, targets);
     return result;
 }

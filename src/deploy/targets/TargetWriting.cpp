@@ -74,7 +74,7 @@ class TargetWriting {
             m_product, std::move(place),
             TargetToRender{planned.target.templateName, *planned.staged, planned.after.mode, planned.version,
                            planned.namedRole, planned.rendering != nullptr, planned.hasWorkingCopy,
-                           NewOwnerOf(planned.target, planned.path, planned.before)});
+                           planned.isOriginalLost, NewOwnerOf(planned.target, planned.path, planned.before)});
         rendering->KeepOriginal();
         return rendering;
     }

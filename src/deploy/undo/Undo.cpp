@@ -307,6 +307,7 @@ void AddOthersWork(Deployment& product, Store& store, RecordedChanges& changes) 
 UndoResult Undo(Deployment& product, const UndoOptions& options) {
     const OthersWork others = WayOf(options);
     StoreToLookIn(product);
+    if (!options.entry) RequireLastTold(product);
     const Writing writing(product, {}, Writing::Right::OfTheProduct);
     Store& store = StoreToLookIn(product);
     const RecordedEntry entry = EntryToUndo(store, options, product.Wanted().dryRun);
@@ -330,6 +331,8 @@ UndoResult RollBackTo(Deployment& product, std::int64_t entry, const RollBackToO
     RequireAllKeptAfter(store, entry, ZET_TEXT("go back to one from %s on"));
     UndoResult result;
     result.undone = entry;
+    result.problems = UntoldAfter(product, store, entry);
+    if (!result.problems.empty()) return result;
     RecordedChanges changes = ChangesSince(store, entry);
     AddWorkBefore(store, entry, changes);
     AddOthersWork(product, store, changes);

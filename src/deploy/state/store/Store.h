@@ -92,6 +92,10 @@ class Store {
     /// not all of them.
     std::int64_t LastPruned();
 
+    /// The targets and edited files that changes after that one have written, or taken back, which no entry
+    /// tells of.
+    std::vector<std::string> WrittenUntoldAfter(std::int64_t number);
+
     std::optional<KnownFile> Known(const std::string& path);
     std::vector<KnownFile> KnownFiles();
 

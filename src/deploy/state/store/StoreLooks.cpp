@@ -63,6 +63,30 @@ std::vector<RecordedFile> Store::ChangesOf(const std::string& path) {
     return Guarded([&] { return ChangesAt(*m_database, path); });
 }
 
+/// Each entry takes a number, be it kept or not.
+std::vector<std::string> Store::WrittenUntoldAfter(std::int64_t number) {
+    return Guarded([&] {
+        std::vector<std::string> paths;
+        Database::Rows rows(
+            *m_database,
+            "SELECT path FROM known WHERE kind IN (?2, ?3) AND entry > ?1"
+            " AND entry NOT IN (SELECT number FROM entries)"
+            " UNION SELECT path FROM files AS last WHERE kind IN (?2, ?3)"
+            " AND path NOT IN (SELECT path FROM known)"
+            " AND entry = (SELECT max(entry) FROM files WHERE path = last.path)"
+            " AND (SELECT seq FROM sqlite_sequence WHERE name = 'entries') - max(?1, entry)"
+            " > (SELECT count(*) FROM entries WHERE number > max(?1, last.entry))"
+            " UNION SELECT path FROM files AS next WHERE entry > ?1 AND kind_before = ?4"
+            " AND (SELECT kind FROM files WHERE path = next.path AND entry < next.entry"
+            " ORDER BY entry DESC LIMIT 1) IN (?2, ?3) ORDER BY path",
+            {number, static_cast<std::int64_t>(FileKind::Target), static_cast<std::int64_t>(FileKind::Edit),
+             static_cast<std::int64_t>(FileKind::Original)});
+        while (rows.Next())
+            paths.push_back(rows.Text(0));
+        return paths;
+    });
+}
+
 std::optional<KnownFile> Store::Known(const std::string& path) {
     return Guarded([&] { return KnownAt(*m_database, path); });
 }

@@ -1,0 +1,63 @@
+#include "deploy/targets/UnmarkedEdits.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+
+#include "deploy/host/Failure.h"
+#include "deploy/state/History.h"
+#include "text/WithoutBlocks.h"
+#include "text/repair/TextToEdit.h"
+
+namespace ZET::Deploy {
+
+namespace {
+
+/// Without empty lines: one is set before a block at the end. None: the markers are damaged.
+std::optional<std::string> OutsideOfBlocks(const std::string& text) {
+    if (Text::FindDamage(text)) return std::nullopt;
+    std::string rest = "\n" + Text::WithoutBlocks(text) + "\n";
+    const auto end = std::unique(rest.begin(), rest.end(),
+                                 [](char one, char next) { return one == '\n' && next == '\n'; });
+    rest.erase(end, rest.end());
+    return rest;
+}
+
+bool IsUnmarked(Store& store, const RecordedFile& change) {
+    if (change.kind != FileKind::Edit || !change.before.text || !change.after.text) return false;
+    if (HaveSameText(change.before, change.after)) return false;
+    const auto before = OutsideOfBlocks(store.Text(*change.before.text));
+    const auto after = OutsideOfBlocks(store.Text(*change.after.text));
+    return before && after && *before != *after;
+}
+
+/// What was put back was left by an older change, and what lies between the two is in the file no more.
+bool IsAnyUnmarked(Store& store, const std::string& path) {
+    std::optional<RecordedState> left;
+    for (const RecordedFile& change : store.ChangesOf(path)) {
+        if (left && !HaveSameText(change.after, *left)) continue;
+        left.reset();
+        if (change.isPutBack)
+            left = change.after;
+        else if (IsUnmarked(store, change))
+            return true;
+        else if (change.kindBefore == FileKind::Original)
+            return false;
+    }
+    return false;
+}
+
+}  // namespace
+
+bool HoldsUnmarkedEdits(Host& host, const KnownFile& known) {
+    Store* const store = host.HostHistory().ToLookIfUsable();
+    if (store == nullptr) return false;
+    try {
+        return IsAnyUnmarked(*store, known.path);
+    } catch (const Failure& failure) {
+        host.HostHistory().TellUnusable(failure);
+        return false;
+    }
+}
+
+}  // namespace ZET::Deploy

@@ -1,0 +1,15 @@
+#ifndef ZET_UNMARKED_EDITS_H
+#define ZET_UNMARKED_EDITS_H
+
+#include "deploy/state/Host.h"
+#include "deploy/state/store/Records.h"
+
+namespace ZET::Deploy {
+
+/// Whether the product has edited more of the file than the lines of its managed blocks, as far as that is
+/// kept. A history that cannot be used is told.
+bool HoldsUnmarkedEdits(Host& host, const KnownFile& known);
+
+}  // namespace ZET::Deploy
+
+#endif
