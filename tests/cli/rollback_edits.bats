@@ -124,3 +124,17 @@ teardown() {
     assert_status 0
     [[ $output != *mnt/conf* ]]
 }
+
+@test "a dry run tells that an edit without markers would be forgotten" {
+    zet -q rollback-config
+    echo 'a=1' >plain
+    zet -q param set --no-markers plain a 2
+    echo b=1 >>plain
+    run_zet rollback-config -n
+    assert_status 3
+    [[ $stderr == *": no file would change, but what is on record would"* ]]
+    zet -q rollback-config
+    run_zet rollback-config -n
+    assert_status 0
+    assert_stderr ""
+}
