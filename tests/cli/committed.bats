@@ -135,3 +135,18 @@ EDITS=("param set out/one.conf other 2" "param restore out/one.conf other" "line
     run_zet option set ZET_VAR_LIB_DIR "$HOST/elsewhere"
     assert_success "$HOST/zet.conf: changed"
 }
+
+@test "the directory of the history stays while it knows of files that were edited in place" {
+    mkdir elsewhere
+    echo 'a=1' >conf
+    zet -q param set conf a 2
+    local command
+    for command in 'set ZET_VAR_LIB_DIR '"$HOST/elsewhere" 'unset ZET_VAR_LIB_DIR'; do
+        # shellcheck disable=SC2086  # words of a command line
+        run_zet option $command
+        assert_refusal 1 "$HOST/zet.conf: ZET_VAR_LIB_DIR cannot be changed while files are edited in place, which is known there (\"rollback-config\" first, and edit them again afterwards)"
+    done
+    zet -q rollback-config
+    run_zet option set ZET_VAR_LIB_DIR "$HOST/elsewhere"
+    assert_success "$HOST/zet.conf: changed"
+}

@@ -51,6 +51,36 @@ $HOST/out/two.conf: would be created, mode 0644, owner $EUID:$(id -g)
     assert_host_unchanged
 }
 
+@test "a dry run exits with 3 where the commit changes no target, and yet is an entry of the history" {
+    local told="zet-client: no target would change, but a working copy or what is on record would"
+    zet commit-config
+    rm etc/one.conf
+    run_zet commit-config -n
+    assert_status 3
+    assert_output "2 unchanged"
+    assert_stderr "$told"
+    assert_absent etc/one.conf
+    zet -q commit-config
+    run_zet commit-config -n
+    assert_success "2 unchanged"
+    # The first one of a role.
+    PROGRAM=$ZET_BIN/zet-init run_zet commit-config -n
+    assert_status 3
+    assert_output "2 unchanged"
+    assert_stderr "${told/client/init}"
+    server -q commit-config
+    PROGRAM=$ZET_BIN/zet-init run_zet commit-config -n
+    assert_success "2 unchanged"
+    # What is left to the other role.
+    sed -i '/two.conf/,$ s/"both"/"server"/' templates/targets.toml
+    run_zet commit-config -n
+    assert_status 3
+    assert_stderr "$told"
+    zet -q commit-config
+    run_zet commit-config -n
+    assert_status 0
+}
+
 @test "a dry run warns of an edit that would be overwritten, and keeps it" {
     zet commit-config
     echo mine >>out/one.conf

@@ -49,6 +49,21 @@ teardown() {
     assert_success "1 unchanged"
 }
 
+@test "a dry run tells that the status would go though all files stay" {
+    zet -q rollback-config out/client.conf
+    run_zet rollback-config -n
+    assert_status 3
+    assert_output "$STAYS
+$HOST/out/client.conf: has no reserve, stays as it is"
+    assert_stderr "zet-client: no file would change, but what is on record would"
+    assert_equal "$(names_in state)" "zet-client-fs.status zet-client.status zet-server.status zet.lock"
+    zet -q rollback-config
+    assert_equal "$(names_in state)" "zet-server.status zet.lock"
+    run_zet rollback-config -n
+    assert_status 0
+    assert_stderr ""
+}
+
 @test "a rollback of one role leaves what the other has committed, with its reserve" {
     run_zet rollback-config
     assert_success "$STAYS

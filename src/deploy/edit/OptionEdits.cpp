@@ -32,6 +32,7 @@ namespace {
 constexpr char kConfigFile[] = "ZET_CFG";
 constexpr char kLanguage[] = "ZET_LANG";
 constexpr char kHistory[] = "ZET_HISTORY";
+constexpr char kStateDirectory[] = "ZET_VAR_LIB_DIR";
 
 [[noreturn]] void FailToSet(const Failure& failure) {
     throw Failure(Words("the option would break the configuration file: %s", failure.what()), failure.Facts(),
@@ -60,22 +61,28 @@ void RequireParameterFile(const std::string& staged, const std::string& path) {
     }
 }
 
-bool IsAnythingCommitted(Deployment& product) {
-    Store* const store = product.HostHistory().ToLookIfUsable();
-    if (store == nullptr) return false;
-    const std::vector<KnownFile> known = store->KnownFiles();
-    return std::any_of(known.begin(), known.end(), [&](const KnownFile& file) {
-        return !CommittersOf(*store, file.kind, file.state.knowledge).empty();
-    });
+bool IsCommitted(Store& store, const KnownFile& file) {
+    return !CommittersOf(store, file.kind, file.state.knowledge).empty();
 }
 
-/// What is committed is known in them.
+/// What is committed is known in them, and in one also what is edited in place.
 void RequireLastingDirectory(Deployment& product, const std::string& name, const std::string& value) {
     if (!IsOwnDirectory(name) || product.HostPaths().NameInside(product.Param(name)) == value) return;
-    if (!IsAnythingCommitted(product)) return;
-    throw Failure({.file = product.Param(kConfigFile),
-                   .text = CannotMove(name),
-                   .remedy = _("\"rollback-config\" of both roles first, and commit again afterwards")});
+    Store* const store = product.HostHistory().ToLookIfUsable();
+    if (store == nullptr) return;
+    const std::string file = product.Param(kConfigFile);
+    const std::vector<KnownFile> known = store->KnownFiles();
+    if (std::any_of(known.begin(), known.end(), [&](const auto& each) { return IsCommitted(*store, each); }))
+        throw Failure({.file = file,
+                       .text = CannotMove(name),
+                       .remedy = _("\"rollback-config\" of both roles first, and commit again afterwards")});
+    if (name != kStateDirectory) return;
+    if (std::any_of(known.begin(), known.end(), [](const auto& each) { return each.kind == FileKind::Edit; }))
+        throw Failure(
+            {.file = file,
+             .text =
+                 Words("%s cannot be changed while files are edited in place, which is known there", name),
+             .remedy = _("\"rollback-config\" first, and edit them again afterwards")});
 }
 
 void RequireChangeable(const std::string& name) {

@@ -159,7 +159,9 @@ bool Preview(Deployment& product, const CommitPlan& plan) {
     for (const TakeBackStep& step : plan.TakenBack())
         product.Out().Done(step.outcome);
     plan.Services().Tell(product.Out());
-    return plan.IsChange();
+    if (plan.IsRecorded() && !plan.IsChange())
+        product.Out().Remark(_("no target would change, but a working copy or what is on record would"));
+    return plan.IsRecorded();
 }
 
 void Commit(Deployment& product, CommitPlan& plan) {

@@ -132,6 +132,14 @@ void CommitPlan::AddEdits() {
     }
 }
 
+bool CommitPlan::IsRecorded() const {
+    return IsChange() || !IsFileExist(m_product.State().Status(m_product.Role())) ||
+           std::any_of(m_targets.begin(), m_targets.end(),
+                       [](const PlannedTarget& planned) { return !planned.hasWorkingCopy; }) ||
+           std::any_of(m_takenBack.begin(), m_takenBack.end(),
+                       [](const TakeBackStep& step) { return step.action != TakeBackStep::Action::Nothing; });
+}
+
 bool CommitPlan::IsChange() const {
     return std::any_of(m_targets.begin(), m_targets.end(),
                        [](const PlannedTarget& planned) { return planned.IsChange(); }) ||

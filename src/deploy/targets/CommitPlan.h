@@ -52,11 +52,14 @@ class CommitPlan {
     /// What becomes of the files in which the lists ask for lines; null where templates were named.
     const ListedEdits* Edits() const { return m_edits.get(); }
 
-    /// Whether something would change.
+    /// Whether a file that the lists ask for, or that they asked for, would change.
     bool IsChange() const;
 
     /// The lock that it holds, from now on the caller's; null: none.
     std::unique_ptr<WriteLock> TakeLock() { return std::move(m_lock); }
+    /// Whether a commit would be an entry of the history: so is what installs a working copy, the role's first
+    /// one, and what leaves a file to the other role.
+    bool IsRecorded() const;
 
     /// How many check commands of the targets were not run, though they could have been.
     std::size_t ChecksNotRun() const { return m_checksNotRun; }

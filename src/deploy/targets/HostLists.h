@@ -40,6 +40,9 @@ class HostLists {
     /// file stands what was there before, and of one whose reserve somebody took away it says no.
     bool IsCommitted(const std::string& name);
 
+    /// Whether it is one, and no target of the list any more.
+    bool HasLeft(const std::string& name);
+
     /// What is known of such a file, or of one in which a commit set lines; none: it is neither. Where
     /// a history is kept, it need not have its reserve.
     std::optional<KnownFile> CommittedFile(const std::string& name);

@@ -49,15 +49,20 @@ class Rollback {
         const WrittenFiles all = FindWrittenFiles(m_product, m_known);
         std::vector<Step> steps = Steps(all.files);
         RollbackResult result;
-        result.isChanged =
+        const bool changesFiles =
             std::any_of(steps.begin(), steps.end(), [](const Step& step) { return step.IsChange(); });
         const bool isLast = IsLast(all.files, steps);
+        result.isChanged = changesFiles || ForgetsAny(steps, isLast);
         Expect(steps, isLast);
         m_recording.Begin();
         DoAll(steps);
         result.isKept = all.isListMissing ||
                         std::any_of(steps.begin(), steps.end(), [](const auto& step) { return step.isKept; });
-        if (m_isDryRun) return result;
+        if (m_isDryRun) {
+            if (result.isChanged && !changesFiles)
+                m_product.Out().Remark(_("no file would change, but what is on record would"));
+            return result;
+        }
         // What could not be put back is none of those that are taken back any more.
         if (isLast && IsLast(all.files, steps)) RemoveStatusIfPossible();
         m_recording.Complete(Ending::DoneInPart);
@@ -71,6 +76,15 @@ class Rollback {
     }
 
   private:
+    bool ForgetsAny(const std::vector<Step>& steps, bool isLast) const {
+        if (isLast && IsFileExist(m_product.State().Status(m_product.Role()))) return true;
+        return std::any_of(steps.begin(), steps.end(), [&](const Step& step) {
+            const KnownFile* const known = m_known.Find(step.file.path);
+            return step.action == Action::LeaveToOtherRole && known != nullptr &&
+                   (known->kind != FileKind::Target || m_known.Has(step.file.path, m_product.Role()));
+        });
+    }
+
     bool IsStillOnRecord(const std::vector<Step>& steps, bool isLast) const {
         const bool hasStatus = isLast && StateOf(m_product.State().Status(m_product.Role())).exists;
         return hasStatus || std::any_of(steps.begin(), steps.end(), [&](const Step& step) {

@@ -11,7 +11,7 @@ namespace ZET::Deploy {
 
 struct RollbackResult {
     bool isKept = false;     ///< something stays that should have been put back
-    bool isChanged = false;  ///< something was, or would be, put back
+    bool isChanged = false;  ///< something was, or would be, put back or forgotten
 };
 
 /// Puts back what was there before the role's commits: the targets that `names` has, all when it is empty,

@@ -145,8 +145,7 @@ std::set<std::string> Secrets::NamesOfTemplates(const std::string& path) {
 
 bool Secrets::HasLeftList(const std::set<std::string>& names) {
     return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
-        return (m_lists.TargetNamed(name) == nullptr && m_lists.IsCommitted(name)) ||
-               IsTemplateThatLeftList(name);
+        return m_lists.HasLeft(name) || IsTemplateThatLeftList(name);
     });
 }
 
