@@ -75,7 +75,7 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
     const FileState now = StateOf(file.path);
     step.hasReserve = reserve.exists;
     if (!reserve.exists && !record.exists) {
-        step.action = Action::LeaveToOtherRole;
+        step.action = Action::OnlyRecord;
         step.Tell(Result::Unchanged, now.exists ? _("has no reserve, stays as it is") : _("is not there"));
         return;
     }
@@ -88,7 +88,7 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
     } else if (!m_ways.isForced && MayBeOthers(file)) {
         KeepOthers(step);
     } else if (m_known.Has(file.path, m_otherRole)) {
-        step.action = Action::LeaveToOtherRole;
+        step.action = Action::OnlyRecord;
         TellOfOtherRole(step);
     } else {
         DecidePutBack(step, now, reserve);
@@ -110,11 +110,14 @@ bool TakeBack::DecideEdit(TakeBackStep& step) {
             Keep(step, edit.remark);
             break;
         case EditToTakeBack::Way::Forget:
-            step.action = Action::LeaveToOtherRole;
+            step.action = Action::OnlyRecord;
             step.Tell(Result::Unchanged, edit.remark);
             break;
         case EditToTakeBack::Way::LeaveToOtherRole:
-            if (edit.isOfBoth) step.action = Action::LeaveToOtherRole;
+            TellOfOtherRole(step);
+            break;
+        case EditToTakeBack::Way::HandOver:
+            step.action = Action::OnlyRecord;
             TellOfOtherRole(step);
             break;
         case EditToTakeBack::Way::Blocks:
@@ -244,7 +247,7 @@ ExpectedFile TakeBack::Expected(const TakeBackStep& step) const {
         file.kind = FileKind::Edit;
         file.base = step.others;
     }
-    if (step.action == Action::LeaveToOtherRole) {
+    if (step.action == Action::OnlyRecord) {
         // What somebody else makes of it meanwhile is not the product's work.
         file.after = Capture(file.path, longest);
         const KnownFile* const known = m_known.Find(file.path);
