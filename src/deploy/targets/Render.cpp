@@ -17,7 +17,6 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
-#include "deploy/state/OwnText.h"
 #include "deploy/targets/DiscreetLog.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "posix/ModeBits.h"
@@ -335,10 +334,7 @@ void TargetRendering::Render() {
 }
 
 void TargetRendering::WriteStaged() {
-    const mode_t mode = m_target.mode;
-    const std::string text = m_target.staged.Text();
-    m_replacement.Make(
-        mode, [&](const std::string& name) { SaveOwnText(name, text, mode); }, [](const std::string&) {});
+    m_replacement.MakeOfText(m_target.staged.Text(), m_target.mode);
 }
 
 }  // namespace ZET::Deploy

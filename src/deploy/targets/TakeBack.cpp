@@ -8,7 +8,6 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/Words.h"
-#include "deploy/state/OwnText.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/EditRollback.h"
 #include "deploy/targets/Render.h"
@@ -217,10 +216,7 @@ ShownDiff TakeBack::DiffOf(const WrittenFile& file, const FileState& now, const 
 void TakeBack::TakeOutBlocks(const TakeBackStep& step) const {
     const FileInPlace place = step.file.PlaceIn(m_product.HostPaths());
     Replacement replacement(m_product, place, step.version);
-    const mode_t mode = replacement.Former().mode;
-    replacement.Make(
-        mode, [&](const std::string& name) { SaveOwnText(name, step.text, mode); },
-        [](const std::string&) {});
+    replacement.MakeOfText(step.text, replacement.Former().mode);
 }
 
 void TakeBack::Do(const TakeBackStep& step) const {
