@@ -24,7 +24,7 @@
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Secrets.h"
 #include "deploy/targets/ShownDiff.h"
-#include "deploy/targets/TargetCheck.h"
+#include "deploy/targets/TemplateFileCheck.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "text/Adoption.h"
 #include "text/Lines.h"

@@ -12,7 +12,7 @@
 #include "deploy/targets/EditRollback.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
-#include "deploy/targets/TargetCheck.h"
+#include "deploy/targets/TemplateFileCheck.h"
 #include "posix/PathNames.h"
 #include "zet/ZETFiles.h"
 

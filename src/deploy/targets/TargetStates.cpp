@@ -19,8 +19,8 @@
 #include "deploy/targets/ListedEditStates.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
-#include "deploy/targets/TargetCheck.h"
 #include "deploy/targets/Targets.h"
+#include "deploy/targets/TemplateFileCheck.h"
 #include "deploy/targets/TemplateStates.h"
 #include "text/RegionScan.h"
 

@@ -18,7 +18,7 @@
 #include "deploy/targets/NewOwner.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
-#include "deploy/targets/TargetCheck.h"
+#include "deploy/targets/TemplateFileCheck.h"
 #include "deploy/targets/Templates.h"
 #include "deploy/targets/UnkeptText.h"
 #include "posix/ModeBits.h"
