@@ -32,9 +32,7 @@ std::optional<std::string> LineInSection(Deployment& product, const std::string&
     const std::string bytes = ReadFileBytes(path);
     for (const Text::TextLine& line : Text::SplitLines(PartOf(path, bytes, section).lines)) {
         std::string text(line.text);
-        if (RemedyErrors(kSimplerExpression,
-                         [&] { return product.Core().MatchRegEx(pattern, text, nullptr, 0); }))
-            return Text::WithoutLineEnd(text);
+        if (Selects(product.Core(), pattern, text)) return Text::WithoutLineEnd(text);
     }
     return std::nullopt;
 }

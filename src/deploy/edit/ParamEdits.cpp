@@ -9,7 +9,6 @@
 #include "deploy/edit/PartEdit.h"
 #include "deploy/edit/RestoreRules.h"
 #include "deploy/host/FileBytes.h"
-#include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/EditRules.h"
 #include "posix/ByteBlock.h"
@@ -54,8 +53,7 @@ class ParamEdit : public PartEdit {
 std::optional<std::string> LineIn(IZETCore& core, std::string_view lines, const std::string& pattern) {
     for (const Text::TextLine& line : Text::SplitLines(lines)) {
         std::string text(line.text);
-        if (RemedyErrors(kSimplerExpression, [&] { return core.MatchRegEx(pattern, text, nullptr, 0); }))
-            return text;
+        if (Selects(core, pattern, text)) return text;
     }
     return std::nullopt;
 }
