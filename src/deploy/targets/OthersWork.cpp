@@ -3,7 +3,6 @@
 #include <string>
 
 #include "deploy/host/Words.h"
-#include "deploy/targets/CommitPlan.h"
 
 namespace ZET::Deploy {
 
@@ -27,6 +26,13 @@ std::string FateOfOthersWork(const PlannedTarget& planned, bool isDryRun) {
 }
 
 }  // namespace
+
+std::string DescribeOthersWork(const PlannedTarget& planned) {
+    if (!planned.before.exists) return _("was removed since the last commit");
+    if (planned.isTouched) return _("was edited since the last commit");
+    return planned.DropsMerge() ? _("holds edits that an earlier commit merged")
+                                : _("holds changes that are kept nowhere");
+}
 
 void WarnOfOthersWork(Host& host, const PlannedTarget& planned) {
     if (planned.before.links > 1 && planned.IsChange()) {
