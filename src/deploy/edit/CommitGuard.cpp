@@ -9,7 +9,7 @@
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/HostLists.h"
 #include "deploy/targets/LinesInPlace.h"
-#include "deploy/targets/Render.h"
+#include "deploy/targets/TemplateFiles.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {

@@ -21,6 +21,7 @@
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/Targets.h"
 #include "deploy/targets/TemplateFileCheck.h"
+#include "deploy/targets/TemplateFiles.h"
 #include "deploy/targets/TemplateStates.h"
 #include "text/RegionScan.h"
 

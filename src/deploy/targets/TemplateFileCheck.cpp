@@ -11,6 +11,7 @@
 #include "deploy/state/Instructions.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Secrets.h"
+#include "deploy/targets/TemplateFiles.h"
 #include "posix/ModeBits.h"
 #include "posix/PathNames.h"
 
@@ -76,7 +77,7 @@ std::optional<Problem> CheckSource(Deployment& product, const std::string& file,
 CheckedTemplate CheckTemplate(Deployment& product, const std::string& templateName,
                               Text::ValuesToCheck& values) {
     CheckedTemplate checked;
-    std::string file = product.Param("ZET_CFG_TEMPL_DIR") + "/" + templateName;
+    std::string file = ShippedFile(product, templateName);
     try {
         const std::string copy = WorkingCopy(product, templateName);
         const std::optional<FoundFile> foundCopy = FoundByRoot(product.HostPaths(), copy);
