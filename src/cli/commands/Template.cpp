@@ -6,7 +6,7 @@
 #include "cli/commands/Registrations.h"
 #include "cli/commands/TemplateCommands.h"
 #include "deploy/host/Failure.h"
-#include "deploy/targets/Render.h"
+#include "deploy/targets/TemplateFiles.h"
 #include "deploy/targets/Templates.h"
 
 namespace ZET::Cli {

@@ -15,7 +15,6 @@
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/KnownFiles.h"
-#include "deploy/state/OwnText.h"
 #include "deploy/state/Recording.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/state/Writing.h"
@@ -25,7 +24,7 @@
 #include "deploy/targets/Render.h"
 #include "deploy/targets/Secrets.h"
 #include "deploy/targets/ShownDiff.h"
-#include "deploy/targets/TargetCheck.h"
+#include "deploy/targets/TemplateFileCheck.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "text/Adoption.h"
 #include "text/Lines.h"
@@ -240,11 +239,8 @@ class Adopting {
                            .remedy = _("see to ZET_VAR_LIB_DIR, then run the command again")});
         const FileInPlace place(
             m_product.HostPaths().FindReal(m_workingCopy, m_product.TrustedAt(m_workingCopy)), m_workingCopy);
-        Replacement replacement(m_product, place, m_version);
-        const mode_t mode = ModeOfTemplate();
-        replacement.Make(
-            mode, [&](const std::string& name) { SaveOwnText(name, text, mode); },
-            [&](const std::string& /*made*/) { RequireSameTarget(); });
+        Replacement(m_product, place, m_version)
+            .MakeOfText(text, ModeOfTemplate(), [&](const std::string& /*made*/) { RequireSameTarget(); });
         recording.Complete();
     }
 

@@ -5,12 +5,11 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
-#include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/HostLists.h"
 #include "deploy/targets/LinesInPlace.h"
-#include "deploy/targets/Render.h"
+#include "deploy/targets/TemplateFiles.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -35,9 +34,7 @@ std::vector<std::pair<std::string, bool>> LinesOf(const RememberedLine& edit,
     const std::string pattern = isParam ? ZETEditOpening + edit.Chosen() + "=" : edit.Chosen();
     std::vector<std::pair<std::string, bool>> lines;
     for (const LineInPlace& place : places)
-        if (RemedyErrors(kSimplerExpression,
-                         [&] { return core.MatchRegEx(pattern, place.text, nullptr, 0); }))
-            lines.emplace_back(place.text, place.isInBlock);
+        if (Selects(core, pattern, place.text)) lines.emplace_back(place.text, place.isInBlock);
     return lines;
 }
 

@@ -1,12 +1,10 @@
 #include "deploy/edit/LineEdits.h"
 
 #include <algorithm>
-#include <functional>
 
-#include "deploy/edit/CommitGuard.h"
 #include "deploy/edit/Edits.h"
-#include "deploy/edit/FileEdit.h"
 #include "deploy/edit/FilePart.h"
+#include "deploy/edit/PartEdit.h"
 #include "deploy/edit/RestoreRules.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
@@ -34,61 +32,16 @@ std::optional<std::string> LineInSection(Deployment& product, const std::string&
     const std::string bytes = ReadFileBytes(path);
     for (const Text::TextLine& line : Text::SplitLines(PartOf(path, bytes, section).lines)) {
         std::string text(line.text);
-        if (RemedyErrors(kSimplerExpression,
-                         [&] { return product.Core().MatchRegEx(pattern, text, nullptr, 0); }))
-            return Text::WithoutLineEnd(text);
+        if (Selects(product.Core(), pattern, text)) return Text::WithoutLineEnd(text);
     }
     return std::nullopt;
 }
 
-/// One edit of the lines that a pattern chooses, in a file or in one section of it.
-class LineEdit {
-  public:
-    LineEdit(Deployment& product, const std::string& file, const std::string& pattern,
-             const EditOptions& options)
-        : m_product(product),
-          m_options(options),
-          m_edit(product, Required(product, file, pattern, options)),
-          m_guard(product, Path(), options) {
-        m_bytes = ReadFileBytes(Path());
-        m_text = LookAtBlocks(product, {file, Path()}, m_bytes);
-        m_part = PartOf(Path(), m_bytes, options.section);
-    }
-
-    const std::string& Path() const { return m_edit.Path(); }
-    const Text::TextToEdit& Text() const { return m_text; }
-    const FilePart& Part() const { return m_part; }
-    FileOutcome LeaveUnchanged(const std::string& remark) const { return m_edit.LeaveUnchanged(remark); }
-
-    /// What the module gets of the file: a section comes with markers before it.
-    std::string GivenText() const {
-        const std::string markers = std::string(ZETNoticeMarker) + "\n" + ZETCommentEndMarker + "\n";
-        return m_options.section ? markers + std::string(m_part.lines) : m_bytes;
-    }
-
-    FileOutcome Make(const std::function<void(IZETConfigFile& file)>& operation) {
-        RequireRoomForNotice(Path(), m_text, m_options);
-        return m_edit.Make(EditOfPart(m_product, m_options, Path(), m_bytes, m_part, operation),
-                           m_options.noBackup, m_guard.OfLines());
-    }
-
-  private:
-    /// The words are looked at before the file is.
-    static const std::string& Required(Deployment& product, const std::string& file,
-                                       const std::string& pattern, const EditOptions& options) {
-        RequirePattern(product.Core(), pattern);
-        RequireSectionName(options.section);
-        return file;
-    }
-
-    Deployment& m_product;
-    const EditOptions& m_options;
-    FileEdit m_edit;
-    CommitGuard m_guard;
-    std::string m_bytes;
-    Text::TextToEdit m_text;
-    FilePart m_part;
-};
+/// What the module gets of the file: a section comes with markers before it.
+std::string GivenText(const PartEdit& edit, const EditOptions& options) {
+    const std::string markers = std::string(ZETNoticeMarker) + "\n" + ZETCommentEndMarker + "\n";
+    return (options.section ? markers : "") + std::string(edit.Part().lines);
+}
 
 }  // namespace
 
@@ -106,15 +59,22 @@ FileOutcome SetLine(Deployment& product, const std::string& file, const std::str
                     const std::string& line, const EditOptions& options) {
     RequireOneLine(line, "LINE");
     RequireNoMarker(line);
-    LineEdit edit(product, file, pattern, options);
-    const std::string selection = PatternForSet(product.Core(), edit.Path(), edit.GivenText(), pattern);
+    RequirePattern(product.Core(), pattern);
+    RequireSectionName(options.section);
+    PartEdit edit(product, file, options);
+    edit.ReadAll();
+    const std::string selection =
+        PatternForSet(product.Core(), edit.Path(), GivenText(edit, options), pattern);
     const std::string newLine = LineToSet(product.Out(), edit.Path(), edit.Text(), line);
     return edit.Make([&](IZETConfigFile& opened) { opened.SetLine(selection, newLine); });
 }
 
 FileOutcome RestoreLine(Deployment& product, const std::string& file, const std::string& pattern,
                         const EditOptions& options) {
-    LineEdit edit(product, file, pattern, options);
+    RequirePattern(product.Core(), pattern);
+    RequireSectionName(options.section);
+    PartEdit edit(product, file, options);
+    edit.ReadAll();
     if (!HasSomethingToRestore(product.Core(), {edit.Path(), edit.Part().lines, pattern, pattern,
                                                 options.allBlocks, edit.Part().linesBefore}))
         return edit.LeaveUnchanged(Words("nothing to restore for \"%s\"", pattern));

@@ -1,16 +1,14 @@
 #include "deploy/edit/ParamEdits.h"
 
-#include <functional>
+#include <optional>
 #include <set>
 
-#include "deploy/edit/CommitGuard.h"
 #include "deploy/edit/Edits.h"
-#include "deploy/edit/FileEdit.h"
 #include "deploy/edit/FilePart.h"
 #include "deploy/edit/ParamRules.h"
+#include "deploy/edit/PartEdit.h"
 #include "deploy/edit/RestoreRules.h"
 #include "deploy/host/FileBytes.h"
-#include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/EditRules.h"
 #include "posix/ByteBlock.h"
@@ -23,58 +21,31 @@ namespace ZET::Deploy {
 namespace {
 
 /// One edit of a parameter, and what the file, or the section that is asked for, has of it.
-class ParamEdit {
+class ParamEdit : public PartEdit {
   public:
-    using Operation = std::function<void(IZETConfigFile& file)>;
-
     /// What the edit has to see of the text: its lines one after the other, or all of it.
     enum class View { Lines, Whole };
 
     ParamEdit(Deployment& product, const std::string& file, const std::string& name,
               const EditOptions& options, View view)
-        : m_product(product),
-          m_name(name),
-          m_options(options),
-          m_edit(product, file),
-          m_guard(product, Path(), options),
-          m_look(name) {
+        : PartEdit(product, file, options), m_core(product.Core()), m_name(name), m_look(name) {
         if (view == View::Lines && !options.section && IsLiteralName(name)) {
-            m_text = LookAtBlocks(product, {file, Path()}, [&](std::string_view lines, std::size_t before) {
-                m_look.Take(lines, before);
-            });
-            return;
+            ReadLines([&](std::string_view lines, std::size_t before) { m_look.Take(lines, before); });
+        } else {
+            ReadAll();
+            m_look.Take(Part().lines, Part().linesBefore);
         }
-        m_bytes = ReadFileBytes(Path());
-        m_text = LookAtBlocks(product, {file, Path()}, m_bytes);
-        m_part = PartOf(Path(), m_bytes, options.section);
-        m_look.Take(m_part.lines, m_part.linesBefore);
     }
 
-    const std::string& Path() const { return m_edit.Path(); }
-    const Text::TextToEdit& Text() const { return m_text; }
-    const FilePart& Part() const { return m_part; }
     FoundParam Found() const { return {Path(), m_name, m_look}; }
-    FileOutcome LeaveUnchanged(const std::string& remark) const { return m_edit.LeaveUnchanged(remark); }
 
     void RequireLiteral(const std::string& opening) const {
-        RequireLiteralName(m_product.Core(), Path(), m_part.lines, opening, m_name, m_part.linesBefore);
-    }
-
-    FileOutcome Make(const Operation& operation) {
-        RequireRoomForNotice(Path(), m_text, m_options);
-        return m_edit.Make(EditOfPart(m_product, m_options, Path(), m_bytes, m_part, operation),
-                           m_options.noBackup, m_guard.OfLines());
+        RequireLiteralName(m_core, Path(), Part().lines, opening, m_name, Part().linesBefore);
     }
 
   private:
-    Deployment& m_product;
+    IZETCore& m_core;
     const std::string& m_name;
-    const EditOptions& m_options;
-    FileEdit m_edit;
-    CommitGuard m_guard;
-    std::string m_bytes;  ///< unless the lines were enough
-    Text::TextToEdit m_text;
-    FilePart m_part;
     Text::ParamLook m_look;
 };
 
@@ -82,8 +53,7 @@ class ParamEdit {
 std::optional<std::string> LineIn(IZETCore& core, std::string_view lines, const std::string& pattern) {
     for (const Text::TextLine& line : Text::SplitLines(lines)) {
         std::string text(line.text);
-        if (RemedyErrors(kSimplerExpression, [&] { return core.MatchRegEx(pattern, text, nullptr, 0); }))
-            return text;
+        if (Selects(core, pattern, text)) return text;
     }
     return std::nullopt;
 }

@@ -1,7 +1,6 @@
 #include "deploy/edit/RestoreRules.h"
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/EditRules.h"
 #include "text/ManagedText.h"
@@ -68,8 +67,7 @@ class RestoreCheck {
     std::string NumberOf(std::size_t line) const { return std::to_string(m_request.linesBefore + line); }
 
     bool Matches(const std::string& pattern, std::string_view line) {
-        return RemedyErrors(kSimplerExpression,
-                            [&] { return m_core.MatchRegEx(pattern, std::string(line), nullptr, 0); });
+        return Selects(m_core, pattern, std::string(line));
     }
 
     IZETCore& m_core;

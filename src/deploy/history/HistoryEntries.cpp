@@ -108,12 +108,13 @@ HistoryFile ToldFileOf(const HistoryReader& reader, const RecordedEntry& entry, 
     return told;
 }
 
-}  // namespace
-
+/// The user's name, or his number where he has none.
 std::string UserName(uid_t user) {
     const struct passwd* const known = getpwuid(user);
     return known != nullptr ? known->pw_name : std::to_string(user);
 }
+
+}  // namespace
 
 std::string PersonOf(const HistoryEntry& entry) {
     if (!entry.loginUser.empty()) return entry.loginUser;

@@ -25,9 +25,6 @@ std::vector<HistoryEntry> ListHistory(Deployment& product, const std::string& fi
 HistoryEntry ShowEntry(Deployment& product, std::int64_t number);
 std::string TextOf(Deployment& product, std::int64_t number, const std::string& file, Side side);
 
-/// The user's name, or his number where he has none.
-std::string UserName(uid_t user);
-
 /// Who sat there: who logged in or asked sudo, where that is somebody else than the user.
 std::string PersonOf(const HistoryEntry& entry);
 

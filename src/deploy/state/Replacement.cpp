@@ -15,6 +15,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/GuardedRenames.h"
+#include "deploy/state/OwnText.h"
 #include "posix/CreationMask.h"
 #include "posix/Descriptor.h"
 #include "posix/ModeBits.h"
@@ -121,10 +122,15 @@ void Replacement::Make(mode_t mode, const Operation& operation, const Judge& jud
     Save(operation, [&](const ZETRename& rename) {
         FileInPlace::Outside([&] {
             Complete(rename.descriptor, made, mode);
-            judge(made);
+            if (judge) judge(made);
         });
         RequireVersion(m_file, m_version);
     });
+}
+
+void Replacement::MakeOfText(const std::string& text, mode_t mode, const Judge& judge) {
+    Make(
+        mode, [&](const std::string& name) { SaveOwnText(name, text, mode); }, judge);
 }
 
 /// To go out of the directory and back, to find the file again and to look once more whether somebody wrote

@@ -66,6 +66,9 @@ class Replacement {
     /// The same; the judge is asked from within the directory, and must not look up names.
     void MakeOf(mode_t mode, const Operation& operation, const JudgeOfOpened& judge);
 
+    /// As `Make` does, of a text for which the module has no operation; it need not be judged.
+    void MakeOfText(const std::string& text, mode_t mode, const Judge& judge = nullptr);
+
     /// A file that is new belongs to them.
     void GiveNewFileTo(const FileOwner& owner) { m_newOwner = owner; }
 

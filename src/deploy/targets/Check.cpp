@@ -11,6 +11,7 @@
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ServiceNames.h"
 #include "deploy/targets/TargetCheck.h"
+#include "deploy/targets/TemplateFileCheck.h"
 #include "deploy/targets/UnknownNames.h"
 
 namespace ZET::Deploy {

@@ -12,7 +12,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
-#include "deploy/targets/Render.h"
+#include "deploy/targets/TemplateFiles.h"
 #include "posix/DirectoryStream.h"
 #include "posix/PathNames.h"
 #include "zet/ZETFormat.h"
@@ -63,7 +63,7 @@ void ClaimedFiles::AddTemplate(const std::string& name) {
     const std::string copy = WorkingCopy(m_host, name);
     AddOf(name, copy, ZET_TEXT("the working copy of [%s]"));
     AddOf(name, copy + ZETTemporarySuffix, ZET_TEXT("the temporary file of the working copy of [%s]"));
-    AddOf(name, m_host.Param("ZET_CFG_TEMPL_DIR") + "/" + name, ZET_TEXT("the template [%s]"));
+    AddOf(name, ShippedFile(m_host, name), ZET_TEXT("the template [%s]"));
 }
 
 std::optional<Problem> ClaimedFiles::ClashOf(const std::string& templateName) const {

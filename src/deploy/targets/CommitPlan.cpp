@@ -18,6 +18,7 @@
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/EditMerge.h"
 #include "deploy/targets/NewOwner.h"
+#include "deploy/targets/OthersWork.h"
 #include "deploy/targets/OwnCheck.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
@@ -299,13 +300,6 @@ Restarts CommitPlan::ServicesOf(const std::function<bool(const PlannedTarget&)>&
         if (const auto former = WrittenByRecord(m_product, planned.file.path)) restarts.Add(former->services);
     }
     return restarts;
-}
-
-std::string DescribeOthersWork(const PlannedTarget& planned) {
-    if (!planned.before.exists) return _("was removed since the last commit");
-    if (planned.isTouched) return _("was edited since the last commit");
-    return planned.DropsMerge() ? _("holds edits that an earlier commit merged")
-                                : _("holds changes that are kept nowhere");
 }
 
 static FileOutcome OutcomeWithoutDiff(const PlannedTarget& planned) {

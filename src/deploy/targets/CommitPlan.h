@@ -100,9 +100,6 @@ class CommitPlan {
     std::unique_ptr<ListedEdits> m_edits;
 };
 
-/// "was edited since the last commit": what others did to a target.
-std::string DescribeOthersWork(const PlannedTarget& planned);
-
 /// What becomes of targets, as far as a plan knows; with the diffs, if they are wanted.
 std::vector<FileOutcome> OutcomesOf(Deployment& product, std::span<const PlannedTarget> targets);
 

@@ -8,7 +8,6 @@
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/ListedEdits.h"
-#include "deploy/targets/Render.h"
 #include "deploy/targets/TakeBack.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "posix/ModeBits.h"

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "deploy/targets/Render.h"
+#include "deploy/targets/TemplateFiles.h"
 
 namespace ZET::Deploy {
 

@@ -81,12 +81,12 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const Wr
     const LinesOfRoles lines = SetByRoles(product, record, isForced);
     EditToTakeBack edit;
     edit.others = lines.others;
-    edit.isOfBoth = !lines.own.empty() && !lines.others.empty();
+    const Way leave = lines.own.empty() ? Way::LeaveToOtherRole : Way::HandOver;
     const FileState now = StateOf(file.path);
     if (!now.exists) {
         const bool isLeft = file.IsLeft();
         edit.way = isLeft ? Way::Reserve : Way::Forget;
-        if (!edit.others.empty()) edit.way = Way::LeaveToOtherRole;
+        if (!edit.others.empty()) edit.way = leave;
         if (!isLeft) edit.remark = _("is not there");
         return edit;
     }
@@ -109,7 +109,7 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const Wr
         edit.way = Way::Blocks;
         edit.remark = _("the managed blocks are taken out, all other lines stay");
     } else if (!edit.others.empty()) {
-        edit.way = Way::LeaveToOtherRole;
+        edit.way = leave;
     } else if (isAsLeft || edit.isUnmarked) {
         edit.way = Way::Keep;
         edit.remark = IsFileExist(file.Reserve())

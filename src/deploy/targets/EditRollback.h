@@ -17,14 +17,14 @@ struct EditToTakeBack {
         Blocks,   ///< the product's blocks go, and all other lines stay
         Forget,   ///< nothing of the product's is left in it
         Keep,     ///< nobody can tell what the product's is
-        LeaveToOtherRole
+        LeaveToOtherRole,  ///< which alone has set lines there
+        HandOver           ///< the other role's lines stay, and nothing of this role's is left
     };
 
     Way way = Way::Forget;
     std::string remark{};
     std::string text{};                    ///< what is left without the blocks
     std::vector<RememberedLine> others{};  ///< lines that the other role has set there, and that stay
-    bool isOfBoth = false;                 ///< both roles have set lines there
     bool isUnmarked = false;               ///< what was edited without markers is left, too
 };
 

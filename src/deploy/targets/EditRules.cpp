@@ -21,13 +21,8 @@ constexpr char kSpecial[] = "\\^$.|?*+()[]{}";
 constexpr char kOptionBytes[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789";
 constexpr char kBlanks[] = " \t\v\f\r";
 
-bool Matches(IZETCore& core, const std::string& pattern, std::string_view line) {
-    return core.MatchRegEx(pattern, std::string(line), nullptr, 0);
-}
-
-/// The same for an expression that is valid, but may be too much work on a long line.
-bool Selects(IZETCore& core, const std::string& pattern, std::string_view line) {
-    return RemedyErrors(kSimplerExpression, [&] { return Matches(core, pattern, line); });
+bool Matches(IZETCore& core, const std::string& pattern, const std::string& line) {
+    return core.MatchRegEx(pattern, line, nullptr, 0);
 }
 
 /// Whether the line, commented out or a kept former one or not, is the parameter of that name.
@@ -53,7 +48,7 @@ std::set<std::string> SelectedOwnLines(IZETCore& core, const Text::ManagedText& 
         const std::string_view line = text.Line(number).text;
         const Text::Marker marker = Text::MarkerOf(line);
         if (marker == Text::Marker::None && !IsNotice(text.RegionOf(number))) continue;
-        if (!Selects(core, pattern, line)) continue;
+        if (!Selects(core, pattern, std::string(line))) continue;
         selected.insert(marker == Text::Marker::None ? Escaped(line) + "$"
                                                      : Escaped(Text::MarkerText(marker)));
     }
@@ -73,6 +68,10 @@ void RequireNoMarker(const std::string& line) {
     throw UsageError(Words(
         "LINE begins with \"%s\", which marks lines of the system itself (begin it with something else)",
         Text::MarkerText(marker)));
+}
+
+bool Selects(IZETCore& core, const std::string& pattern, const std::string& line) {
+    return RemedyErrors(kSimplerExpression, [&] { return Matches(core, pattern, line); });
 }
 
 void RequirePattern(IZETCore& core, const std::string& pattern) {
@@ -149,7 +148,7 @@ void RequireLiteralName(IZETCore& core, const std::string& path, std::string_vie
     std::size_t number = linesBefore;
     for (const Text::TextLine& line : Text::SplitLines(text)) {
         ++number;
-        if (HoldsLiterally(line.text, name) || !Selects(core, pattern, line.text)) continue;
+        if (HoldsLiterally(line.text, name) || !Selects(core, pattern, std::string(line.text))) continue;
         throw UsageError(
             Words("NAME \"%s\" also selects line %s of %s, which does not hold it (NAME is part of a regular "
                   "expression: use \"line\" with a PATTERN that says what is meant)",

@@ -22,6 +22,9 @@ void RequireOneLine(const std::string& text, const std::string& what);
 /// The text is going to be a line: none that the system would take for one of its own.
 void RequireNoMarker(const std::string& line);
 
+/// Whether the expression, which is valid, selects the line; it may be too much work on a long one.
+bool Selects(IZETCore& core, const std::string& pattern, const std::string& line);
+
 /// Not empty, and valid.
 void RequirePattern(IZETCore& core, const std::string& pattern);
 

@@ -109,10 +109,8 @@ void ListedEdits::JudgePlaceOf(const FileWithLines& file) {
 
 /// Each line of the file is at most one edit's, and each edit finds its own line again.
 void ListedEdits::JudgeLines(const FileWithLines& file) {
-    IZETCore& core = m_product.Core();
     const auto selects = [&](const LineToSet& line, const std::string& text) {
-        return RemedyErrors(kSimplerExpression,
-                            [&] { return core.MatchRegEx(line.pattern, text, nullptr, 0); });
+        return Selects(m_product.Core(), line.pattern, text);
     };
     const Text::ManagedText managed(file.text);
     const std::vector<LineInPlace> places = LinesIn(managed);

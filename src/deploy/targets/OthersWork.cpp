@@ -5,7 +5,6 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/LostOriginal.h"
 #include "deploy/state/LostText.h"
-#include "deploy/targets/CommitPlan.h"
 
 namespace ZET::Deploy {
 
@@ -35,6 +34,13 @@ void TellLossToCome(Host& host, const std::string& path, const FileVersion& vers
 }
 
 }  // namespace
+
+std::string DescribeOthersWork(const PlannedTarget& planned) {
+    if (!planned.before.exists) return _("was removed since the last commit");
+    if (planned.isTouched) return _("was edited since the last commit");
+    return planned.DropsMerge() ? _("holds edits that an earlier commit merged")
+                                : _("holds changes that are kept nowhere");
+}
 
 void WarnOfOthersWork(Host& host, const PlannedTarget& planned) {
     if (planned.before.links > 1 && planned.IsChange()) {

@@ -11,6 +11,9 @@
 
 namespace ZET::Deploy {
 
+/// "was edited since the last commit": what others did to a target.
+std::string DescribeOthersWork(const PlannedTarget& planned);
+
 /// Tells the observer what somebody else did to a target or to listed lines, and what becomes, or would
 /// become, of that.
 void WarnOfOthersWork(Host& host, const PlannedTarget& planned);

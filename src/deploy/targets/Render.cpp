@@ -17,7 +17,6 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
-#include "deploy/state/OwnText.h"
 #include "deploy/targets/DiscreetLog.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "posix/ModeBits.h"
@@ -44,44 +43,45 @@ void Perform(Deployment& product, const std::string& templateName, const std::st
     }
 }
 
-/// The file is called `name`, and by the reader `path`.
-struct Rendered {
-    const std::string& name;
-    const std::string& path;
+/// A template as it is expanded for a role.
+struct Expansion {
+    const std::string& templateName;
+    Role role;
+    StringMap& values;
 };
 
 /// As the module processes a template, with or without its notice. Null when it cannot be opened.
-std::shared_ptr<IZETConfigFile> Expanded(Deployment& product, const std::string& templateName,
-                                         const std::string& name, Role role, StringMap& values) {
-    auto file = product.Config().OpenConfigFileTemplate(templateName, name, NameOf(role),
-                                                        !HasNotice(product, templateName));
-    if (file) file->ApplyTemplates(values);
+std::shared_ptr<IZETConfigFile> Expanded(Deployment& product, const Expansion& expansion,
+                                         const std::string& name) {
+    auto file = product.Config().OpenConfigFileTemplate(expansion.templateName, name, NameOf(expansion.role),
+                                                        !HasNotice(product, expansion.templateName));
+    if (file) file->ApplyTemplates(expansion.values);
     return file;
 }
 
-bool SaveRendering(Deployment& product, const std::string& templateName, const std::string& name, Role role,
-                   StringMap& values, bool noBackup) {
-    const auto file = Expanded(product, templateName, name, role, values);
+bool SaveRendering(Deployment& product, const Expansion& expansion, const std::string& name, bool noBackup) {
+    const auto file = Expanded(product, expansion, name);
     if (file) file->Save(noBackup);
     return file != nullptr;
 }
 
 /// In its place, with a record of what was there before.
-void Process(Deployment& product, Role role, const std::string& templateName, const Rendered& file) {
-    Perform(product, templateName, file.path, [&] {
+void RenderInPlace(Deployment& product, Role role, const std::string& templateName, const std::string& name,
+                   const std::string& path) {
+    Perform(product, templateName, path, [&] {
         if (!HasNotice(product, templateName))
-            return SaveRendering(product, templateName, file.name, role, product.TemplateValues(), false);
+            return SaveRendering(product, {templateName, role, product.TemplateValues()}, name, false);
         StringMap own = product.Values().Own();
-        product.Config().ProcessConfigFileTemplate(templateName, file.name, NameOf(role), &own);
+        product.Config().ProcessConfigFileTemplate(templateName, name, NameOf(role), &own);
         return true;
     });
 }
 
 /// As in its place, but for that record.
-void ProcessOnce(Deployment& product, Role role, const std::string& templateName, const Rendered& file,
-                 StringMap& values) {
-    Perform(product, templateName, file.path,
-            [&] { return SaveRendering(product, templateName, file.name, role, values, true); });
+void RenderWithoutRecord(Deployment& product, const Expansion& expansion, const std::string& name,
+                         const std::string& path) {
+    Perform(product, expansion.templateName, path,
+            [&] { return SaveRendering(product, expansion, name, true); });
 }
 
 /// The values that are given come before the host's own.
@@ -101,10 +101,10 @@ mode_t ModeToGive(Deployment& product, const std::string& templateName, const st
 
 /// Hands the text that a template renders to to `take`, once. A module that cannot tell it writes the file
 /// `name`.
-void TellRendering(Deployment& product, Role role, const std::string& templateName, const std::string& name,
-                   StringMap& values, const std::function<void(std::string_view text)>& take) {
-    Perform(product, templateName, name, [&] {
-        const auto file = Expanded(product, templateName, name, role, values);
+void TellRendering(Deployment& product, const Expansion& expansion, const std::string& name,
+                   const std::function<void(std::string_view text)>& take) {
+    Perform(product, expansion.templateName, name, [&] {
+        const auto file = Expanded(product, expansion, name);
         if (!file) return false;
         if (auto* const text = dynamic_cast<IZETTextToSave*>(file.get())) {
             text->TellText(take);
@@ -157,7 +157,7 @@ class Trial {
         if (!mode) mode = ModeIfThere(m_workingCopy);
         if (!mode && !IsFileExist(m_workingCopy))
             return TellOfStandIn("templates", TemplateFile(m_product, m_name), values, take);
-        TellRendering(m_product, m_role, m_name, File(), values, [&](std::string_view text) {
+        TellRendering(m_product, {m_name, m_role, values}, File(), [&](std::string_view text) {
             take(text, ModeToGive(m_product, m_name, m_workingCopy, mode));
         });
     }
@@ -188,7 +188,7 @@ class Trial {
         const std::string standIn = m_staging.PathOf(std::string(directory) + "/" + m_name);
         const ParamOverride noSync(m_product.Core(), "ZET_SYNC", "no");
         const ParamOverride templates(m_product.Core(), "ZET_CFG_DIR", m_staging.PathOf(directory));
-        TellRendering(m_product, m_role, m_name, File(), values, [&](std::string_view text) {
+        TellRendering(m_product, {m_name, m_role, values}, File(), [&](std::string_view text) {
             take(NamingWorkingCopy(text, standIn, m_workingCopy), ModeToGive(m_product, m_name, source));
         });
     }
@@ -225,31 +225,6 @@ bool HasNotice(Deployment& product, const std::string& templateName) {
 
 mode_t ModeOfRendering(Deployment& product, const std::string& templateName) {
     return ModeToGive(product, templateName, TemplateFile(product, templateName));
-}
-
-std::string WorkingCopy(Host& host, const std::string& templateName) {
-    return host.Param("ZET_CFG_DIR") + "/" + templateName;
-}
-
-std::string TemplateFile(Host& host, const std::string& templateName) {
-    for (const char* directory : {"ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR"}) {
-        const std::string file = host.Param(directory) + "/" + templateName;
-        if (IsFileExist(file)) return file;
-    }
-    return "";
-}
-
-void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& templateName) {
-    const std::string workingCopy = WorkingCopy(host, templateName);
-    if (!recording.IsOn() || IsFileExist(workingCopy)) return;
-    const std::string pristine = host.Param("ZET_CFG_TEMPL_DIR") + "/" + templateName;
-    if (!IsFileExist(pristine)) return;
-    ExpectedFile file;
-    file.path = workingCopy;
-    file.kind = FileKind::Template;
-    SetShipped(file, Capture(host.FilePath(host.HostPaths().NameInside(pristine)),
-                             host.HostHistory().Limits().largestText));
-    recording.Expect(file);
 }
 
 std::string RenderStaged(Deployment& product, const Staging& staging, const std::string& templateName,
@@ -292,12 +267,7 @@ void RenderOnce(Deployment& product, const std::string& templateName, const std:
                 const std::string& path, const StringMap& values) {
     const DiscreetLog log(product, product.HostSecrets(), templateName);
     StringMap all = WithHostsValues(product, values);
-    ProcessOnce(product, product.Role(), templateName, {name, path}, all);
-}
-
-void InstallForHolder(Deployment& product, const std::string& templateName, const FileInPlace& place) {
-    if (place.Holder() && !IsFileExist(WorkingCopy(product, templateName)))
-        product.Config().InstallConfigFileTemplate(templateName);
+    RenderWithoutRecord(product, {templateName, product.Role(), all}, name, path);
 }
 
 TargetRendering::TargetRendering(Deployment& product, FileInPlace place, const TargetToRender& target)
@@ -324,9 +294,9 @@ void TargetRendering::Render() {
     const std::string& path = m_place.Path();
     const DiscreetLog log(m_product, m_product.HostSecrets(), m_target.templateName);
     const auto process = [&](const std::string& name) {
-        const Rendered file = {name, path};
-        if (!m_target.isOriginalLost) return Process(m_product, m_target.role, m_target.templateName, file);
-        ProcessOnce(m_product, m_target.role, m_target.templateName, file, m_product.TemplateValues());
+        const Expansion expansion = {m_target.templateName, m_target.role, m_product.TemplateValues()};
+        if (m_target.isOriginalLost) return RenderWithoutRecord(m_product, expansion, name, path);
+        RenderInPlace(m_product, m_target.role, m_target.templateName, name, path);
     };
     m_replacement.MakeOf(m_target.mode, process, [&](int descriptor, const std::string& made) {
         if (m_target.staged.IsIn(descriptor, made)) return;
@@ -337,10 +307,7 @@ void TargetRendering::Render() {
 }
 
 void TargetRendering::WriteStaged() {
-    const mode_t mode = m_target.mode;
-    const std::string text = m_target.staged.Text();
-    m_replacement.Make(
-        mode, [&](const std::string& name) { SaveOwnText(name, text, mode); }, [](const std::string&) {});
+    m_replacement.MakeOfText(m_target.staged.Text(), m_target.mode);
 }
 
 }  // namespace ZET::Deploy

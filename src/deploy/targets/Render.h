@@ -9,7 +9,6 @@
 #include "deploy/host/FileVersion.h"
 #include "deploy/host/StagedText.h"
 #include "deploy/host/Staging.h"
-#include "deploy/state/Recording.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/state/SeenFile.h"
 #include "deploy/targets/Deployment.h"
@@ -18,21 +17,11 @@
 
 namespace ZET::Deploy {
 
-/// The file that a template is rendered from: its working copy, or the pristine one as long as there is none.
-/// Empty when there is neither.
-std::string TemplateFile(Host& host, const std::string& templateName);
-
 /// Whether what the template renders to begins with the system's notice.
 bool HasNotice(Deployment& product, const std::string& templateName);
 
 /// The mode that a commit gives what the template renders to.
 mode_t ModeOfRendering(Deployment& product, const std::string& templateName);
-
-/// The working copy's path, whether it is there or not.
-std::string WorkingCopy(Host& host, const std::string& templateName);
-
-/// A working copy that is missing is going to be installed; one that is there is not touched.
-void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& templateName);
 
 /// Renders a template in the private directory, to the bytes and mode that a commit would give its target;
 /// `values` wins over the template values. Nothing outside the directory changes: a
@@ -65,10 +54,6 @@ std::string RenderTemplateText(Deployment& product, const Staging& staging, Role
 /// `Replacement` is there for that. `values` wins over the template values.
 void RenderOnce(Deployment& product, const std::string& templateName, const std::string& name,
                 const std::string& path, const StringMap& values);
-
-/// Before a rendering into the file of another user: with his rights, which the module then has, a working
-/// copy that is missing cannot be installed.
-void InstallForHolder(Deployment& product, const std::string& templateName, const FileInPlace& place);
 
 /// A target that is rendered for good.
 struct TargetToRender {

@@ -80,7 +80,7 @@ class Rollback {
         if (isLast && IsFileExist(m_product.State().Status(m_product.Role()))) return true;
         return std::any_of(steps.begin(), steps.end(), [&](const Step& step) {
             const KnownFile* const known = m_known.Find(step.file.path);
-            return step.action == Action::LeaveToOtherRole && known != nullptr &&
+            return step.action == Action::OnlyRecord && known != nullptr &&
                    (known->kind != FileKind::Target || m_known.Has(step.file.path, m_product.Role()));
         });
     }

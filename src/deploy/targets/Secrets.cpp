@@ -12,7 +12,6 @@
 #include "deploy/state/Host.h"
 #include "deploy/targets/FileOrigin.h"
 #include "deploy/targets/HostLists.h"
-#include "deploy/targets/Render.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -176,7 +175,7 @@ SecretTexts& Secrets::Listed() {
     std::set<std::string> listed;
     for (const Target& target : m_lists.Targets().targets) {
         if (!target.isSecret) continue;
-        const std::string pristine = m_host.Param("ZET_CFG_TEMPL_DIR") + "/" + target.templateName;
+        const std::string pristine = ShippedFile(m_host, target.templateName);
         for (const std::string& file : {target.path, WorkingCopy(m_host, target.templateName), pristine})
             listed.insert(m_lists.NameOf(file));
     }

@@ -9,12 +9,11 @@
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/LostOriginal.h"
-#include "deploy/state/OwnText.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/EditRollback.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
-#include "deploy/targets/TargetCheck.h"
+#include "deploy/targets/TemplateFileCheck.h"
 #include "posix/PathNames.h"
 #include "zet/ZETFiles.h"
 
@@ -82,7 +81,7 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
                 Words("has no reserve any more, stays as it is and on record (\"history\" tells what is "
                       "kept of it; %s forgets it)",
                       m_ways.force));
-        step.action = Action::LeaveToOtherRole;
+        step.action = Action::OnlyRecord;
         step.Tell(Result::Unchanged, now.exists ? _("has no reserve, stays as it is") : _("is not there"));
         return;
     }
@@ -95,7 +94,7 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
     } else if (!m_ways.isForced && MayBeOthers(file)) {
         KeepOthers(step);
     } else if (m_known.Has(file.path, m_otherRole)) {
-        step.action = Action::LeaveToOtherRole;
+        step.action = Action::OnlyRecord;
         TellOfOtherRole(step);
     } else {
         DecidePutBack(step, now, reserve);
@@ -117,11 +116,14 @@ bool TakeBack::DecideEdit(TakeBackStep& step) {
             Keep(step, edit.remark);
             break;
         case EditToTakeBack::Way::Forget:
-            step.action = Action::LeaveToOtherRole;
+            step.action = Action::OnlyRecord;
             step.Tell(Result::Unchanged, edit.remark);
             break;
         case EditToTakeBack::Way::LeaveToOtherRole:
-            if (edit.isOfBoth) step.action = Action::LeaveToOtherRole;
+            TellOfOtherRole(step);
+            break;
+        case EditToTakeBack::Way::HandOver:
+            step.action = Action::OnlyRecord;
             TellOfOtherRole(step);
             break;
         case EditToTakeBack::Way::Blocks:
@@ -239,10 +241,7 @@ ShownDiff TakeBack::DiffOf(const WrittenFile& file, const FileState& now, const 
 void TakeBack::TakeOutBlocks(const TakeBackStep& step) const {
     const FileInPlace place = step.file.PlaceIn(m_product.HostPaths());
     Replacement replacement(m_product, place, step.version);
-    const mode_t mode = replacement.Former().mode;
-    replacement.Make(
-        mode, [&](const std::string& name) { SaveOwnText(name, step.text, mode); },
-        [](const std::string&) {});
+    replacement.MakeOfText(step.text, replacement.Former().mode);
 }
 
 void TakeBack::Do(const TakeBackStep& step) const {
@@ -269,7 +268,7 @@ ExpectedFile TakeBack::Expected(const TakeBackStep& step) const {
         file.kind = FileKind::Edit;
         file.base = step.others;
     }
-    if (step.action == Action::LeaveToOtherRole) {
+    if (step.action == Action::OnlyRecord) {
         // What somebody else makes of it meanwhile is not the product's work.
         file.after = Capture(file.path, longest);
         const KnownFile* const known = m_known.Find(file.path);

@@ -17,7 +17,7 @@ namespace ZET::Deploy {
 
 /// What is done to one file that goes back to what it was.
 struct TakeBackStep {
-    enum class Action { Nothing, PutBack, DropReserve, LeaveToOtherRole, TakeOutBlocks };
+    enum class Action { Nothing, PutBack, DropReserve, OnlyRecord, TakeOutBlocks };
 
     WrittenFile file;
     FileOutcome outcome{};
@@ -28,7 +28,7 @@ struct TakeBackStep {
     std::string text{};                   ///< what is left without the blocks
     std::optional<std::string> others{};  ///< lines that the other role has set there, as they are remembered
 
-    bool IsChange() const { return action != Action::Nothing && action != Action::LeaveToOtherRole; }
+    bool IsChange() const { return action != Action::Nothing && action != Action::OnlyRecord; }
 
     /// What is told of the file; the states and the difference are none then.
     void Tell(FileOutcome::Result result, const std::string& remark);

@@ -11,7 +11,6 @@
 #include <optional>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Rights.h"
 #include "deploy/host/Words.h"
@@ -23,10 +22,9 @@
 #include "deploy/targets/EditedTargets.h"
 #include "deploy/targets/NewOwner.h"
 #include "deploy/targets/PlaceCheck.h"
-#include "deploy/targets/Render.h"
-#include "deploy/targets/Secrets.h"
+#include "deploy/targets/TemplateFileCheck.h"
+#include "deploy/targets/TemplateFiles.h"
 #include "posix/Descriptor.h"
-#include "posix/ModeBits.h"
 #include "posix/PathNames.h"
 #include "text/Placeholders.h"
 #include "text/TemplateCheck.h"
@@ -87,30 +85,6 @@ std::vector<Problem> CheckOwnFiles(Deployment& product) {
     return problems;
 }
 
-/// A problem tells where it is; what it quotes of a template that is not for everybody, or of values in a
-/// file that is not, it leaves out.
-void HideQuotes(Deployment& product, const std::string& file, std::vector<Problem>& problems) {
-    if (problems.empty()) return;
-    Secrets& secrets = product.HostSecrets();
-    // A broken list is among the problems itself.
-    const auto isHidden = [&](const std::string& path) {
-        return secrets.Hides(path) && secrets.Of(path) != Secrets::Audience::Unsure;
-    };
-    std::string source = product.Param("ZET_CFG");
-    for (const std::string& each : product.Values().Files())
-        if (!isHidden(source) && Secrets::IsClosed(each)) source = each;
-    const bool isTemplateHidden = isHidden(file);
-    if (!isTemplateHidden && !isHidden(source)) return;
-    const std::string bytes = ReadFileBytes(file);
-    for (Problem& problem : problems) {
-        if (isTemplateHidden) {
-            problem.HideQuoted(secrets.Excuse(file));
-        } else if (bytes.find(problem.quoted) == std::string::npos) {
-            problem.HideQuoted(secrets.Excuse(source));
-        }
-    }
-}
-
 /// Whether this user may not read it; `path` is what to open to find that out.
 bool IsDenied(const std::string& path, int flags) {
     const Descriptor opened(open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
@@ -133,65 +107,6 @@ std::string DeniedToHolder(Host& host, const Target& target, const FoundFile& fo
     return isFileDenied ? file : isEntryDenied ? directory : "";
 }
 
-/// Of a path on which no link is, the file as root finds it, who has the way judged: one look for both.
-std::optional<FoundFile> FoundByRoot(const Paths& paths, const std::string& path) {
-    if (geteuid() != 0) return std::nullopt;
-    FoundFile found = paths.FindOpened(path);
-    return found.status && !found.isThroughLink ? std::optional(std::move(found)) : std::nullopt;
-}
-
-/// None of a link, and of what cannot be looked at.
-std::optional<mode_t> ModeOfPlainFile(const std::string& path, const std::optional<FoundFile>& found) {
-    struct stat status = {};
-    if (found) status = *found->status;
-    const bool isPlain = (found || lstat(path.c_str(), &status) == 0) && S_ISREG(status.st_mode);
-    return isPlain ? std::optional(status.st_mode & kModeBits) : std::nullopt;
-}
-
-/// The problems of one template, as far as they concern it alone. What is seen of it is added to `seen`.
-std::vector<Problem> CheckTemplate(Deployment& product, const std::string& templateName,
-                                   Text::ValuesToCheck& values, SeenTemplates& seen) {
-    seen.isLastWorkingCopy = false;
-    std::string file = product.Param("ZET_CFG_TEMPL_DIR") + "/" + templateName;
-    try {
-        const std::string copy = WorkingCopy(product, templateName);
-        const std::optional<FoundFile> foundCopy = FoundByRoot(product.HostPaths(), copy);
-        const std::optional<mode_t> modeOfCopy = ModeOfPlainFile(copy, foundCopy);
-        const std::string found = modeOfCopy ? copy : TemplateFile(product, templateName);
-        if (found.empty())
-            return {{file, 0, 0, _("the template is missing"),
-                     _("install it there, or correct its name in the list")}};
-        file = found;
-        const bool isFound = foundCopy && file == copy;
-        if (std::optional<Problem> problem =
-                isFound ? CheckInstruction(*foundCopy) : CheckInstruction(product.HostPaths(), file))
-            return {*problem};
-        // The directory of working copies is judged by itself.
-        if (copy != file && DirectoryOf(copy) != product.Param("ZET_CFG_DIR")) {
-            if (std::optional<Problem> problem = CheckInstruction(product.HostPaths(), copy))
-                return {*problem};
-        }
-        if (!product.HostPaths().StaysInside(file)) {
-            return {{file, 0, 0, _("the template is a link that leads out of the root directory"),
-                     _("put the template itself there")}};
-        }
-        seen.isLastWorkingCopy = copy == file;
-        seen.lastMode = modeOfCopy;
-        const auto read = [&](const auto& take) {
-            ReadChunks(file, [&](std::string_view lines) {
-                seen.size += lines.size();
-                take(lines);
-            });
-        };
-        std::vector<Problem> problems =
-            Text::CheckTemplate(file, read, values, HasNotice(product, templateName));
-        HideQuotes(product, file, problems);
-        return problems;
-    } catch (const Failure& failure) {
-        return {ProblemOf(file, failure)};
-    }
-}
-
 /// Checks targets one by one; what they have in common is in here.
 class TargetChecker {
   public:
@@ -210,12 +125,14 @@ class TargetChecker {
 
     /// Without a path where that cannot be told, which is a problem.
     CheckedPlace Check(const Target& target) {
-        Append(m_result, CheckTemplate(m_product, target.templateName, m_values, m_seen));
+        CheckedTemplate checked = CheckTemplate(m_product, target.templateName, m_values);
+        Append(m_result, std::move(checked.problems));
+        m_seen.size += checked.size;
         try {
-            if (!m_seen.isLastWorkingCopy) CheckWorkingCopy(target);
+            if (!checked.isWorkingCopy) CheckWorkingCopy(target);
             CheckedPlace place;
-            place.hasWorkingCopy = m_seen.isLastWorkingCopy;
-            place.templateMode = m_seen.lastMode;
+            place.hasWorkingCopy = checked.isWorkingCopy;
+            place.templateMode = checked.mode;
             CheckFile(target, place);
             return place;
         } catch (const Failure& failure) {
@@ -331,13 +248,6 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
                                 values.GivenByFleet(), values.Assumed()));
     if (product.Wanted().onlyLooks) WarnOfRights(product.Out(), checked.problems);
     return checked;
-}
-
-std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& templateName,
-                                       const StringMap& values) {
-    SeenTemplates seen;
-    Text::ValuesToCheck toCheck(values);
-    return CheckTemplate(product, templateName, toCheck, seen);
 }
 
 }  // namespace ZET::Deploy

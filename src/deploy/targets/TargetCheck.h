@@ -18,10 +18,8 @@ namespace ZET::Deploy {
 
 /// What was seen of templates when they were checked.
 struct SeenTemplates {
-    std::set<std::string> used;      ///< the placeholders that they use
-    std::uintmax_t size = 0;         ///< of all together
-    bool isLastWorkingCopy = false;  ///< and no pristine one
-    std::optional<mode_t> lastMode;  ///< of that working copy, where it is no link
+    std::set<std::string> used;  ///< the placeholders that they use
+    std::uintmax_t size = 0;     ///< of all together
 };
 
 /// What was seen of one target.
@@ -45,10 +43,6 @@ struct CheckedTargets {
 /// empty) and their targets, all in one go; nothing is written. A template that the list does not have is a
 /// `UsageError`, a list that cannot be read a `Failure`.
 CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>& templateNames);
-
-/// The problems of one template, as far as they concern it alone.
-std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& templateName,
-                                       const StringMap& values);
 
 }  // namespace ZET::Deploy
 

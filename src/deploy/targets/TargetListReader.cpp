@@ -320,7 +320,7 @@ TargetList ReadTargetTexts(const std::vector<ListText>& lists, const ParameterVa
         readers.push_back(std::make_unique<ListReader>(each, targets, edits));
         readers.back()->Read();
         list.isUnderstood = list.isUnderstood && readers.back()->IsUnderstood();
-        (list.file.empty() ? list.file : list.ownFiles.emplace_back()) = each.file;
+        if (list.file.empty()) list.file = each.file;
     }
     Judge judge(valueOf);
     // A problem of one names others.
@@ -337,10 +337,6 @@ TargetList ReadTargetTexts(const std::vector<ListText>& lists, const ParameterVa
             list.problems.push_back(std::move(problem));
     }
     return list;
-}
-
-TargetList ReadTargetText(const std::string& file, std::string_view text) {
-    return ReadTargetTexts({{file, std::string(text)}}, [](const std::string&) { return std::string(); });
 }
 
 }  // namespace ZET::Deploy

@@ -3,7 +3,6 @@
 
 #include <functional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "deploy/targets/Targets.h"
@@ -22,9 +21,6 @@ using ParameterValue = std::function<std::string(const std::string& name)>;
 /// Everything that is wrong inside is a problem, list by list in the order of the lines. A target whose file
 /// cannot be told from its entry has no path.
 TargetList ReadTargetTexts(const std::vector<ListText>& lists, const ParameterValue& valueOf);
-
-/// The same of one list, where no parameter has a value.
-TargetList ReadTargetText(const std::string& file, std::string_view text);
 
 }  // namespace ZET::Deploy
 

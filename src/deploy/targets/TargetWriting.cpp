@@ -16,6 +16,7 @@
 #include "deploy/targets/OthersWork.h"
 #include "deploy/targets/PlannedTarget.h"
 #include "deploy/targets/Render.h"
+#include "deploy/targets/TemplateFiles.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETHost.h"
 

@@ -85,7 +85,6 @@ TargetList ReadTargetList(Host& host) {
         const std::string* const value = values->Find(name);
         return value == nullptr ? std::string() : *value;
     });
-    list.ownDirectory = directory;
     if (denied) list.problems.push_back(std::move(*denied));
     return list;
 }

@@ -92,8 +92,6 @@ struct TargetList {
     std::vector<Problem> problems;
     bool isUnderstood = true;  ///< false: nothing is known of one of them but its one problem
     std::vector<ListedEdit> edits{};
-    std::vector<std::string> ownFiles{};  ///< the host's own
-    std::string ownDirectory{};           ///< where these are
 };
 
 inline constexpr char kTargetList[] = "targets.toml";

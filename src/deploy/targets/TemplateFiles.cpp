@@ -10,7 +10,6 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/targets/ClaimedFiles.h"
-#include "deploy/targets/Render.h"
 #include "deploy/targets/Targets.h"
 #include "deploy/targets/Templates.h"
 #include "zet/ZETFiles.h"
@@ -47,8 +46,22 @@ void Remember(Host& host, const std::string& workingCopy, CapturedFile copy, con
 
 }  // namespace
 
+std::string ShippedFile(Host& host, const std::string& templateName) {
+    return host.Param("ZET_CFG_TEMPL_DIR") + "/" + templateName;
+}
+
+std::string WorkingCopy(Host& host, const std::string& templateName) {
+    return host.Param("ZET_CFG_DIR") + "/" + templateName;
+}
+
+std::string TemplateFile(Host& host, const std::string& templateName) {
+    for (const std::string& file : {WorkingCopy(host, templateName), ShippedFile(host, templateName)})
+        if (IsFileExist(file)) return file;
+    return "";
+}
+
 TemplateFiles FilesOfTemplate(Host& host, const std::string& name) {
-    return {name, host.Param("ZET_CFG_TEMPL_DIR") + "/" + name, WorkingCopy(host, name)};
+    return {name, ShippedFile(host, name), WorkingCopy(host, name)};
 }
 
 std::vector<TemplateFiles> FilesOfTemplates(Host& host, const std::vector<std::string>& names) {
@@ -101,6 +114,18 @@ void RequireInside(Host& host, const TemplateFiles& files) {
 void SetShipped(ExpectedFile& workingCopy, CapturedFile shipped) {
     if (IsWhole(shipped)) workingCopy.base = shipped.text;
     workingCopy.after = std::move(shipped);
+}
+
+void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& templateName) {
+    const std::string workingCopy = WorkingCopy(host, templateName);
+    if (!recording.IsOn() || IsFileExist(workingCopy)) return;
+    const std::string pristine = ShippedFile(host, templateName);
+    if (!IsFileExist(pristine)) return;
+    ExpectedFile file;
+    file.path = workingCopy;
+    file.kind = FileKind::Template;
+    SetShipped(file, Capture(RealFileOf(host, pristine), host.HostHistory().Limits().largestText));
+    recording.Expect(file);
 }
 
 std::string RealFileOf(const Host& host, const std::string& workingCopy) {

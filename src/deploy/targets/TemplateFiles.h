@@ -24,6 +24,14 @@ struct TemplateFiles {
     std::string workingCopy;
 };
 
+/// Where the shipped text of a template is, and the working copy of it: whether they are there or not.
+std::string ShippedFile(Host& host, const std::string& templateName);
+std::string WorkingCopy(Host& host, const std::string& templateName);
+
+/// The file that a template is rendered from: its working copy, or the pristine one as long as there is none.
+/// Empty when there is neither.
+std::string TemplateFile(Host& host, const std::string& templateName);
+
 TemplateFiles FilesOfTemplate(Host& host, const std::string& name);
 
 /// The templates of these names, of the host's role all that the list has where there are none. A name that
@@ -45,6 +53,9 @@ void RequireInside(Host& host, const TemplateFiles& files);
 
 /// The working copy is going to be what is shipped; a text that is too long to be kept is no base.
 void SetShipped(ExpectedFile& workingCopy, CapturedFile shipped);
+
+/// A working copy that is missing is going to be installed; one that is there is not touched.
+void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& templateName);
 
 /// The working copy itself, links followed.
 std::string RealFileOf(const Host& host, const std::string& workingCopy);

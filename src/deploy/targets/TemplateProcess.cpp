@@ -18,7 +18,8 @@
 #include "deploy/targets/NewOwner.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
-#include "deploy/targets/TargetCheck.h"
+#include "deploy/targets/TemplateFileCheck.h"
+#include "deploy/targets/TemplateFiles.h"
 #include "deploy/targets/Templates.h"
 #include "deploy/targets/UnkeptText.h"
 #include "posix/ModeBits.h"
@@ -50,6 +51,13 @@ void RequireFreeTarget(Deployment& product, const std::string& templateName, con
     const std::string use = claimed.UseBesideTargets(path);
     if (!use.empty())
         throw Failure({.file = path, .text = Words("is %s", use), .remedy = _("name another file")});
+}
+
+/// Before a rendering into the file of another user: with his rights, which the module then has, a working
+/// copy that is missing cannot be installed.
+void InstallForHolder(Deployment& product, const std::string& templateName, const FileInPlace& place) {
+    if (place.Holder() && !IsFileExist(WorkingCopy(product, templateName)))
+        product.Config().InstallConfigFileTemplate(templateName);
 }
 
 }  // namespace

@@ -11,7 +11,6 @@
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Instructions.h"
-#include "deploy/state/OwnText.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/ShownDiff.h"
 #include "posix/ModeBits.h"
@@ -194,10 +193,7 @@ FileOutcome TemplateUpgrade::OutcomeOf(const Copy& copy) const {
 void TemplateUpgrade::Write(const Copy& copy) {
     const FileInPlace place(m_product.HostPaths().FindReal(copy.path, m_product.TrustedAt(copy.path)),
                             copy.path);
-    Replacement replacement(m_product, place, copy.version);
-    replacement.Make(
-        copy.mode, [&](const std::string& name) { SaveOwnText(name, copy.text, copy.mode); },
-        [](const std::string&) {});
+    Replacement(m_product, place, copy.version).MakeOfText(copy.text, copy.mode);
 }
 
 /// What was not written may be known better by now: an edited copy that has all that is newer already.

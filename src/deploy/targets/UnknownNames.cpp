@@ -8,7 +8,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/ConditionValues.h"
-#include "deploy/targets/Render.h"
+#include "deploy/targets/TemplateFiles.h"
 #include "text/Lines.h"
 #include "text/Placeholders.h"
 

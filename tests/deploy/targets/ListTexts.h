@@ -14,6 +14,11 @@ inline std::string Entry(const std::string& lines, const std::string& name = "on
     return "[templates.\"" + name + "\"]\ntarget = \"/etc/" + name + "\"\nroles = \"both\"\n" + lines + "\n";
 }
 
+/// What one list asks for where no parameter has a value.
+inline TargetList ReadTargetText(const std::string& file, const std::string& text) {
+    return ReadTargetTexts({{file, text}}, [](const std::string&) { return std::string(); });
+}
+
 /// What is wrong in the list, as the reader is told.
 inline std::vector<std::string> ProblemsOf(const TargetList& list) {
     std::vector<std::string> told;

@@ -204,7 +204,8 @@ TEST_F(OwnListsTest, ListsAreReadInTheOrderOfTheirBytes) {
     const TargetList list = ReadTargetList(TheHost());
     EXPECT_THAT(ProblemsOf(list), IsEmpty());
     EXPECT_EQ(list.targets.at(0).mode, mode_t{0620});
-    EXPECT_THAT(list.ownFiles, ElementsAre(At("etc/targets.d/10.toml"), At("etc/targets.d/20.toml")));
+    EXPECT_THAT(list.targets.at(0).changedBy,
+                ElementsAre(At("etc/targets.d/10.toml"), At("etc/targets.d/20.toml")));
 }
 
 TEST_F(OwnListsTest, WhenAsksWhicheverSourceHasTheParameter) {
