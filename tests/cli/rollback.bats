@@ -541,3 +541,14 @@ $TWO: edited, stays as it is"
     assert_status 1
     [[ $stderr == *"$ONE: could not be put back: $ONE: is immutable, and cannot be replaced (chattr -i it)"* ]] || differ words immutable "$stderr"
 }
+
+@test "the document names a file that left the list as a list would" {
+    zet -q commit-config
+    : >templates/targets.toml
+    local command
+    for command in commit-config rollback-config; do
+        run_zet --json "$command" -n
+        assert_status 3
+        assert_json 'all(each["file"] == each["path"] for each in d["targets"])' true
+    done
+}
