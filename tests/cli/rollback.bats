@@ -598,3 +598,14 @@ $TWO: edited, stays as it is"
     zet -q undo 1
     assert_file "$ONE" $'old\n'
 }
+
+@test "the document names a file that left the list as a list would" {
+    zet -q commit-config
+    : >templates/targets.toml
+    local command
+    for command in commit-config rollback-config; do
+        run_zet --json "$command" -n
+        assert_status 3
+        assert_json 'all(each["file"] == each["path"] for each in d["targets"])' true
+    done
+}

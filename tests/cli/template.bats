@@ -377,6 +377,16 @@ assert_mode() {
     ((calls[1] - calls[0] < 20))
 }
 
+@test "a dry run of process calls what it would make secret, as the run does" {
+    make_secret
+    local trial
+    for trial in "-n" ""; do
+        # shellcheck disable=SC2086  # none is none
+        run_zet --json template process $trial two.conf elsewhere
+        assert_json 'd["files"][0]["secret"]' true
+    done
+}
+
 @test "process makes no copy of a secret that more may read than the target, or what was there" {
     make_secret
     assert_mode 644 two

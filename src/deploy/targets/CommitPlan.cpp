@@ -125,12 +125,8 @@ void CommitPlan::TakeBackFile(WrittenFile file) {
 void CommitPlan::AddEdits() {
     for (const Problem& problem : m_edits->Problems())
         m_checked.problems.push_back(problem);
-    for (const std::string& path : m_edits->Emptied()) {
-        WrittenFile file;
-        file.path = path;
-        file.isEdit = true;
-        TakeBackFile(std::move(file));
-    }
+    for (const std::string& path : m_edits->Emptied())
+        TakeBackFile({"", path, {}, m_product.HostPaths().NameInside(path), "", true, {}, true});
 }
 
 bool CommitPlan::IsRecorded() const {

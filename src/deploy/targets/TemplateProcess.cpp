@@ -121,10 +121,14 @@ FileOutcome TemplateProcess::Planned(const std::string& made, const FileState& a
 
 /// What is made of a template is as private as the template.
 ShownDiff TemplateProcess::DiffOf(const std::string& before, const std::string& made) {
-    if (!m_product.Wanted().wantsDiffs) return {};
+    const bool wantsDiff = m_product.Wanted().wantsDiffs;
+    if (!wantsDiff && !m_product.Wanted().dryRun) return {};  // the file is there to tell
     const std::string source = WorkingCopy(m_product, m_rendering.templateName);
     const bool isPrivate = m_product.HostSecrets().IsPrivate(source);
-    return DiffToShow(m_product, before, made, isPrivate ? source : m_path, m_path);
+    ShownDiff diff;
+    if (wantsDiff) diff = DiffToShow(m_product, before, made, isPrivate ? source : m_path, m_path);
+    diff.isPrivate = diff.isPrivate || isPrivate;
+    return diff;
 }
 
 /// As a commit warns of them, and refuses those that would be lost.

@@ -21,7 +21,7 @@ struct WrittenFile {
     std::string templateName;  ///< empty: the list does not have the file any more
     std::string path;          ///< of the real file, links followed
     Services services;         ///< that do not notice its change by themselves
-    std::string named;         ///< as the list has it; empty: the list does not have it any more
+    std::string named;         ///< as the list has it, or, where it does not any more, as one would
     std::string trusted;       ///< the user whose directories count as root's
     bool isOfBoth = true;      ///< the other role may have committed it, too
     std::optional<Failure>
@@ -33,7 +33,7 @@ struct WrittenFile {
     bool IsLeft() const { return trouble.has_value() || IsFileExist(Reserve()) || IsFileExist(Record()); }
 
     FileInPlace PlaceIn(const Paths& paths) const {
-        return FileInPlace(named.empty() ? paths.FindReal(path) : paths.Find(named, trusted), path);
+        return FileInPlace(templateName.empty() ? paths.FindReal(path) : paths.Find(named, trusted), path);
     }
 
     /// Whether nothing has to be put back, but for attributes beyond owner and mode.

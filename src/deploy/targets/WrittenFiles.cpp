@@ -76,7 +76,7 @@ static std::optional<WrittenFile> WrittenByList(Deployment& product, const std::
 }
 
 std::optional<WrittenFile> WrittenByRecord(Deployment& product, const std::string& path) {
-    WrittenFile file{"", path, {}, "", "", true, {}, false};
+    WrittenFile file{"", path, {}, product.HostPaths().NameInside(path), "", true, {}, false};
     try {
         if (!product.HostPaths().StaysInside(path)) {
             product.Out().Warning(
