@@ -314,7 +314,7 @@ to be restarted: service-c
     truncate -s 30 out/one.conf.tmp
     head -c 20 out/one.conf.tmp >out/one.conf.a1B2c3.tmp
     echo another >out/one.conf.before_zet.d4E5f6.tmp
-    mkdir state/zet-staging.abcdef
+    mkdir -m 700 state/zet-staging.abcdef
     echo half >state/zet-staging.abcdef/rendered
     run_zet commit-config
     assert_status 0
