@@ -33,12 +33,12 @@ bool IsUnmarked(Store& store, const RecordedFile& change) {
 
 /// What was put back was left by an older change, and what lies between the two is in the file no more.
 bool IsAnyUnmarked(Store& store, const std::string& path) {
-    std::optional<RecordedState> left;
+    const RecordedState* left = nullptr;
     for (const RecordedFile& change : store.ChangesOf(path)) {
-        if (left && !HaveSameText(change.after, *left)) continue;
-        left.reset();
+        if (left != nullptr && !HaveSameText(change.after, *left)) continue;
+        left = nullptr;
         if (change.isPutBack)
-            left = change.after;
+            left = &change.after;
         else if (IsUnmarked(store, change))
             return true;
         else if (change.kindBefore == FileKind::Original)
