@@ -159,6 +159,10 @@ assert_told_as_lost() {
         "file strip --force out/one.conf"; do
         kill_at_rename out/one.conf $words
         mv out/one.conf.tmp out/one.conf
+        run_zet status
+        [[ $output == *"out/one.conf: edited"* ]] || differ status edited "$output"
+        run_zet commit-config -n --on-edit=refuse
+        assert_status 1
         assert_stays_edited file reserve zet.conf
         zet file forget zet.conf
     done

@@ -13,8 +13,8 @@ namespace ZET::Deploy {
 
 /// Is told what a call does while it works, by the thread that made the call. Each text is one line, which
 /// may hold control characters of files and names; it names what, where and the remedy. What the core and the
-/// module log comes as errors, warnings and details, with control characters as escape sequences. None of the
-/// functions may call back into the product.
+/// module log comes as errors, warnings and details, with control characters as escape sequences. The
+/// functions may look at the product, as a part of the call, and call nothing that writes.
 class ZET_API Observer {
   public:
     virtual ~Observer();

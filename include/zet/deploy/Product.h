@@ -19,7 +19,7 @@ namespace ZET::Deploy {
 /// the files of defaults and values, and the lists again, and looks for directories by their names, none of
 /// which is held after it. So every call may fail as the constructor does, and what another program committed
 /// or set is there for the next call. Only a plan is of the time when it was made, and with it the calls made
-/// until its commit (Plan.h); and a call that an observer makes within another one is a part of that.
+/// until its commit (Plan.h); and a look that an observer takes within a call is a part of that.
 ///
 /// While a call plans or writes, SIGINT, SIGTERM and SIGHUP end it between two files with an `Interrupted`,
 /// and no call after it; what is temporary is cleared away. One that comes after the last file reaches the

@@ -17,7 +17,7 @@ struct OptionWords {
 
 /// Whether nothing that could not be read may give it another value.
 bool IsCertain(Deployment& product, const std::string& name) {
-    return product.Values().UnreadSources().params.empty() ||
+    return product.Values().UnreadSources().params.empty() || product.Values().IsFixed(name) ||
            FindGiven(product.Values().GivenByMain(), name) != nullptr;
 }
 

@@ -64,8 +64,9 @@ Plan MakePlan(Product& product, const std::vector<std::string>& templateNames, O
         auto parts = std::make_unique<Plan::Implementation>(product.Parts(), templateNames, onEdit);
         // One that comes now would end the program while the plan has files lying about.
         SignalGuard::Check();
-        const bool canBeCommitted = parts->plan.Problems().empty();
-        if (!canBeCommitted) parts->plan.TakeLock();
+        // One that cannot be committed keeps nobody waiting.
+        const std::unique_ptr<WriteLock> unneeded =
+            parts->plan.Problems().empty() ? nullptr : parts->plan.TakeLock();
         return Plan(std::move(parts));
     });
 }

@@ -110,7 +110,9 @@ Descriptor LockOf(int directory) {
 
 /// Whether root could be led to remove what is not his: by another user, who gives it such a name.
 bool IsOthers(int directory) {
-    return geteuid() == 0 && SafePlace("/proc/self/fd/" + std::to_string(directory)).empty();
+    if (geteuid() != 0) return false;
+    const std::string link = "/proc/self/fd/" + std::to_string(directory);
+    return access(link.c_str(), F_OK) != 0 || SafePlace(link).empty();
 }
 
 /// A run that lives holds the lock.

@@ -65,11 +65,7 @@ class CutShortEntries {
 
     void Settle(const RecordedFile& file, const std::string& path, Settlement& settlement) {
         try {
-            FileToRecord planned;
-            planned.file = file;
-            planned.isPlanned = file.IsPlanned();
-            if (file.staysKnown) planned.left = file.KnownBefore();
-            SettleFile(planned, Capture(m_host, path), Ending::Unknown, settlement);
+            SettleFile(PlanOf(file), Capture(m_host, path), Ending::Unknown, settlement);
         } catch (const Failure& failure) {
             settlement.untouched.push_back(file.path);
             m_host.Out().Warning(failure.what());

@@ -47,12 +47,14 @@ void HostValues::TakeDefaults() {
     const std::string main = m_host.Param(kMainFile);
     if (!main.empty()) m_main = ReadConfText("", ReadFileBytes(main)).given;
     for (const GivenParameter& given : m_fleet) {
-        const bool isFixed = given.name == kMainFile || given.name == kOwnDirectory ||
-                             m_host.Wanted().directories.contains(given.name);
         const bool isBroken = IsOwnDirectory(given.name) && ProblemOfParam(given.name, given.value);
-        if (isFixed || isBroken || FindGiven(m_main, given.name) != nullptr) continue;
+        if (IsFixed(given.name) || isBroken || FindGiven(m_main, given.name) != nullptr) continue;
         m_host.Core().UpdateParam(given.name, given.value);
     }
+}
+
+bool HostValues::IsFixed(const std::string& name) const {
+    return name == kMainFile || name == kOwnDirectory || m_host.Wanted().directories.contains(name);
 }
 
 /// Before the directories are those of a tree.

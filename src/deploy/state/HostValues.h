@@ -28,6 +28,10 @@ class HostValues {
     /// Gives the core the fleet's parameters, as far as the main file has none of the name.
     void TakeDefaults();
 
+    /// Whether the fleet gives no parameter of the name: where its files are is found by it, or the caller
+    /// says.
+    bool IsFixed(const std::string& name) const;
+
     /// The values that the product does not have itself, by placeholder: "${ntp_server}".
     const StringMap& Own();
 

@@ -35,19 +35,20 @@ void KnownFiles::Read(Store& store) {
 
 /// What cannot be looked at stays as it is known.
 void KnownFiles::Settle(const RecordedFile& file, std::int64_t entry) {
-    m_beingMade.insert_or_assign(file.path, file.after);
+    // Somebody's edit that the command keeps stays an edit.
+    if (!file.staysKnown) m_beingMade.insert_or_assign(file.path, file.after);
     const std::string path = m_host.HostPaths().FromInside(file.path);
     if (!m_host.HostPaths().StaysInside(path)) return;
     Settlement settlement;
-    FileToRecord planned;
-    planned.file = file;
     try {
-        SettleFile(planned, Capture(path, 0), Ending::Unknown, settlement);
+        SettleFile(PlanOf(file), Capture(path, 0), Ending::Unknown, settlement);
     } catch (const Failure&) {
         return;
     }
     if (!settlement.untouched.empty()) return;
-    const RecordedState& state = settlement.changed.empty() ? file.after : settlement.changed[0].file.after;
+    const std::vector<FileToRecord>& settled =
+        settlement.known.empty() ? settlement.changed : settlement.known;
+    const RecordedState& state = settled.empty() ? file.after : settled[0].file.after;
     m_files.erase(file.path);
     if (file.kind != FileKind::Original)
         m_files.emplace(file.path, KnownFile{file.path, file.kind, state, entry});

@@ -1,5 +1,7 @@
 #include "deploy/state/Overrides.h"
 
+#include "deploy/host/FileInPlace.h"
+
 namespace ZET::Deploy {
 
 QuietLog::QuietLog(ZETLogLevel threshold) : m_former(SetLogThreshold(threshold)) {
@@ -12,8 +14,10 @@ QuietLog::~QuietLog() {
 
 LogToObserver::LogToObserver(Observer& observer)
     : m_tell([&observer](ZETLogLevel level, const std::string& text) {
-          if (level == ZETLogError) return observer.Error(text);
-          return level == ZETLogWarning ? observer.Warning(text) : observer.Detail(text);
+          FileInPlace::Outside([&] {
+              if (level == ZETLogError) return observer.Error(text);
+              return level == ZETLogWarning ? observer.Warning(text) : observer.Detail(text);
+          });
       }),
       m_former(SetThreadLogObserver(&m_tell)) {}
 

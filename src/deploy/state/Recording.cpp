@@ -18,6 +18,12 @@ namespace ZET::Deploy {
 
 namespace {
 
+/// Whether the text stands in the reserve of the file.
+bool IsReserved(const std::string& path, const RecordedState& text) {
+    const std::string reserve = path + ZETReserveSuffix;
+    return StateOf(reserve).IsRegular() && HasRecordedText(reserve, text);
+}
+
 bool HasCompanion(const ExpectedFile& file, const std::string& suffix) {
     const std::string path = file.path + suffix;
     if (file.place == nullptr) return StateOf(path).exists;
@@ -88,12 +94,11 @@ void Recording::Expect(ExpectedFile file) {
     OrGoOnWithout([&] { ExpectWithCompanions(std::move(file)); });
 }
 
-/// A reserve that is yet to come has the text.
 void Recording::TellLossToCome(const ExpectedFile& file) const {
     if (!file.wasEdited) return;
     const RecordedState now = Capture(file.path, 0).state;
     const bool isReplaced = now.exists && !(file.after && HaveSameText(now, file.after->state));
-    if (isReplaced)
+    if (isReplaced && !IsReserved(file.path, now))
         WarnOfLostText(m_host, m_host.HostPaths().NameInside(m_host.HostPaths().WithRealDirectory(file.path)),
                        now.size);
 }
@@ -314,12 +319,10 @@ bool Recording::IsUnkept(const RecordedState& state) const {
     return state.exists && (!m_limits.keepsTexts || state.size > m_limits.largestText);
 }
 
-/// Whether nothing has any more what somebody made of the file. A reserve that came with the entry does.
+/// Whether nothing has any more what somebody made of the file.
 bool Recording::IsLost(std::size_t row) const {
-    const FileToRecord& record = m_rows[row].record;
-    if (!record.file.wasEdited || !IsUnkept(record.file.before)) return false;
-    const std::string reserve = m_rows[row].path + ZETReserveSuffix;
-    return !StateOf(reserve).IsRegular() || !HasRecordedText(reserve, record.file.before);
+    const RecordedFile& file = m_rows[row].record.file;
+    return file.wasEdited && IsUnkept(file.before) && !IsReserved(m_rows[row].path, file.before);
 }
 
 void Recording::TellUnkept(const std::vector<std::string>& untouched) const {

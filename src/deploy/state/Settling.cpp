@@ -46,6 +46,14 @@ bool IsKnownSo(const FileToRecord& planned) {
 
 }  // namespace
 
+FileToRecord PlanOf(const RecordedFile& file) {
+    FileToRecord planned;
+    planned.file = file;
+    planned.isPlanned = file.IsPlanned();
+    if (file.staysKnown) planned.left = file.KnownBefore();
+    return planned;
+}
+
 void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending ending, Settlement& settlement) {
     const RecordedFile& file = planned.file;
     const bool isAsWanted = !file.IsPlanned() || HaveSameText(now.state, file.after);

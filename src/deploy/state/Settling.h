@@ -13,6 +13,9 @@ enum class Ending {
     Unknown      ///< it failed, or was killed
 };
 
+/// What a command that has not ended was going to do to a file.
+FileToRecord PlanOf(const RecordedFile& file);
+
 /// Tells by content how a file turned out that was going to be written. What is neither as it was before nor
 /// as it was going to be is somebody else's work.
 void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending ending, Settlement& settlement);

@@ -56,7 +56,8 @@ class CommitPlan {
     bool IsChange() const;
 
     /// The lock that it holds, from now on the caller's; null: none.
-    std::unique_ptr<WriteLock> TakeLock() { return std::move(m_lock); }
+    [[nodiscard]] std::unique_ptr<WriteLock> TakeLock() { return std::move(m_lock); }
+
     /// Whether a commit would be an entry of the history: so is what installs a working copy, the role's first
     /// one, and what leaves a file to the other role.
     bool IsRecorded() const;
