@@ -194,3 +194,17 @@ teardown() {
     assert_status 0
     assert_file other $'x=1\nmine=1\n'
 }
+
+@test "force forgets an edit without markers whose reserve somebody took away" {
+    echo x=1 >other
+    zet -q param set --no-markers other x 2
+    rm other.before_zet
+    run_zet rollback-config
+    assert_status 1
+    run_zet rollback-config --force
+    assert_status 0
+    [[ $output == *"$HOST/other: has no reserve, stays as it is"* ]] || differ rollback forced "$output"
+    assert_file other $'x=2\n'
+    run_zet status
+    [[ $output != *other* ]]
+}

@@ -262,3 +262,15 @@ zet-client: nothing was changed"
     assert_status 0
     assert_file out/e.conf "$NOTICE$LINES_TEXT"
 }
+
+@test "what a hand adds to a file that was a template's before is all that stays of it" {
+    profile full
+    zet -q commit-config
+    profile lines
+    zet -q commit-config
+    echo HAND=1 >>out/e.conf
+    run_zet rollback-config
+    assert_success "$E: the managed blocks are taken out, all other lines stay"
+    run_zet rollback-config
+    assert_status 0
+}

@@ -110,6 +110,8 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const Wr
         edit.remark = _("the managed blocks are taken out, all other lines stay");
     } else if (!edit.others.empty()) {
         edit.way = leave;
+    } else if (isAsLeft && isForced) {
+        edit.remark = _("has no reserve, stays as it is");
     } else if (isAsLeft || edit.isUnmarked) {
         edit.way = Way::Keep;
         edit.remark = IsFileExist(file.Reserve())

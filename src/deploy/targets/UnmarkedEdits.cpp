@@ -31,6 +31,12 @@ bool IsUnmarked(Store& store, const RecordedFile& change) {
     return before && after && *before != *after;
 }
 
+/// From a template to lines, which are set in what was there before the template.
+bool IsSwitch(const RecordedFile& change) {
+    return change.kind == FileKind::Edit && change.kindBefore == FileKind::Target &&
+           !HaveSameText(change.before, change.after);
+}
+
 /// What was put back was left by an older change, and what lies between the two is in the file no more.
 bool IsAnyUnmarked(Store& store, const std::string& path) {
     const RecordedState* left = nullptr;
@@ -39,6 +45,8 @@ bool IsAnyUnmarked(Store& store, const std::string& path) {
         left = nullptr;
         if (change.isPutBack)
             left = &change.after;
+        else if (IsSwitch(change))
+            return false;
         else if (IsUnmarked(store, change))
             return true;
         else if (change.kindBefore == FileKind::Original)
