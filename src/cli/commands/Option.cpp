@@ -1,4 +1,3 @@
-#include "cli/ExitStatus.h"
 #include "cli/FileReport.h"
 #include "cli/Lookup.h"
 #include "cli/Translation.h"

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "deploy/host/Failure.h"
 #include "deploy/host/Process.h"
 #include "deploy/host/Words.h"
 #include "text/Lines.h"

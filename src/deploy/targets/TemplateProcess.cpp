@@ -4,7 +4,6 @@
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/FileVersion.h"
-#include "deploy/host/Remedy.h"
 #include "deploy/host/Signals.h"
 #include "deploy/host/StagedOwner.h"
 #include "deploy/host/Staging.h"
