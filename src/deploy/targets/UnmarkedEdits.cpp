@@ -45,11 +45,9 @@ bool IsAnyUnmarked(Store& store, const std::string& path) {
         left = nullptr;
         if (change.isPutBack)
             left = &change.after;
-        else if (IsSwitch(change))
-            return false;
-        else if (IsUnmarked(store, change))
+        else if (!IsSwitch(change) && IsUnmarked(store, change))
             return true;
-        else if (change.kindBefore == FileKind::Original)
+        else if (change.kindBefore == FileKind::Original || IsSwitch(change))
             return false;
     }
     return false;
