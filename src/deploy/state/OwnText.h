@@ -10,6 +10,9 @@
 namespace ZET::Deploy {
 
 /// What to do when a file could not be saved: the module does not say why.
+inline constexpr char kRemedyOfRendering[] = ZET_TEXT("make room, or see to the rights of its directory");
+
+/// The same of one that is saved by itself.
 inline constexpr char kRemedyOfSaving[] =
     ZET_TEXT("make room, or see to the rights of its directory; nothing was changed");
 

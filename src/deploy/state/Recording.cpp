@@ -316,7 +316,7 @@ void Recording::Close(EntryOutcome outcome, Ending ending) {
 }
 
 bool Recording::IsUnkept(const RecordedState& state) const {
-    return state.exists && (!m_limits.keepsTexts || state.size > m_limits.largestText);
+    return state.exists && !m_limits.Keep(state.size);
 }
 
 /// Whether nothing has any more what somebody made of the file.

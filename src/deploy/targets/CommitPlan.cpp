@@ -150,7 +150,7 @@ bool CommitPlan::IsChange() const {
 bool CommitPlan::CanBeKept(const FileState& before, const FileVersion& version) const {
     const StoreLimits limits = m_product.HostHistory().Limits();
     const auto size = static_cast<std::uint64_t>(version.size);
-    return !before.exists || (limits.keepsTexts && size <= limits.largestText);
+    return !before.exists || limits.Keep(size);
 }
 
 /// An edit that is refused, conflicts, or would be lost, is a problem like the others. False when there is

@@ -237,7 +237,7 @@ void ListedEdits::Set(const std::string& name, const FileWithLines& file) const 
             if (!line.stays) opened->SetLine(line.pattern, line.line);
     });
     const WrittenLanguage language(m_product.Core());
-    RemedyErrors(ZET_TEXT("make room, or see to the rights of its directory"), [&] { opened->Save(true); });
+    RemedyErrors(kRemedyOfRendering, [&] { opened->Save(true); });
 }
 
 std::vector<RememberedLine> ListedEdits::ToRemember(const FileWithLines& file) const {

@@ -17,6 +17,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
+#include "deploy/state/OwnText.h"
 #include "deploy/targets/DiscreetLog.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "posix/ModeBits.h"
@@ -35,7 +36,7 @@ void Perform(Deployment& product, const std::string& templateName, const std::st
     const WrittenLanguage language(product.Core());
     const LoggedFailures failures;
     // The module does not say why it could not save.
-    const bool isDone = RemedyErrors(ZET_TEXT("make room, or see to the rights of its directory"), operation);
+    const bool isDone = RemedyErrors(kRemedyOfRendering, operation);
     if (failures.Any() || !isDone) {
         throw Failure({.file = path,
                        .text = Words("the template %s could not be rendered into it", templateName),
@@ -278,7 +279,7 @@ TargetRendering::TargetRendering(Deployment& product, FileInPlace place, const T
 
 void TargetRendering::KeepOriginal() {
     if (!m_target.isOriginalLost) m_replacement.MakeReserve();
-    RemedyErrors(ZET_TEXT("make room, or see to the rights of its directory"), [&] {
+    RemedyErrors(kRemedyOfRendering, [&] {
         if (!m_target.hasWorkingCopy && !IsFileExist(WorkingCopy(m_product, m_target.templateName)))
             m_product.Config().InstallConfigFileTemplate(m_target.templateName);
     });

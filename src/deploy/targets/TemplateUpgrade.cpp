@@ -106,7 +106,7 @@ void TemplateUpgrade::MergeInto(Copy& copy) {
 bool TemplateUpgrade::CanBeMerged(const Copy& copy) {
     const std::size_t before = m_problems.size();
     const StoreLimits limits = m_product.HostHistory().Limits();
-    if (!m_writing->Records() || !limits.keepsTexts || copy.texts.copy->size() > limits.largestText) {
+    if (!m_writing->Records() || !limits.Keep(copy.texts.copy->size())) {
         Object(copy.path, 0, _("was edited, and the history cannot keep what would be merged"),
                WayToInstall(copy));
     }

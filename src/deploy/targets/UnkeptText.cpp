@@ -17,8 +17,7 @@ namespace ZET::Deploy {
 namespace {
 
 bool IsKeptByHistory(Host& host, const std::string& path) {
-    const StoreLimits limits = host.HostHistory().Limits();
-    return limits.keepsTexts && static_cast<std::uint64_t>(VersionOf(path).size) <= limits.largestText;
+    return host.HostHistory().Limits().Keep(static_cast<std::uint64_t>(VersionOf(path).size));
 }
 
 /// Whether it is the reserve, but for what the product put into it.

@@ -170,8 +170,7 @@ void Take(Database& database, const StoreLimits& limits, RecordedState& state, c
         state.digest = DigestOf(text);
     }
     const bool isGiven = text.size() == state.size;
-    if (isGiven && limits.keepsTexts && state.size <= limits.largestText)
-        state.text = Keep(database, text, state.digest, former);
+    if (isGiven && limits.Keep(state.size)) state.text = Keep(database, text, state.digest, former);
 }
 
 /// The text of a whole one, or else the delta that is kept.

@@ -12,6 +12,9 @@ struct StoreLimits {
     std::size_t entriesWithEdits = 1000;  ///< those that replaced somebody's edit
     std::uint64_t largestText = std::uint64_t{16} << 20;
     bool keepsTexts = true;
+
+    /// Whether a text of so many bytes is kept.
+    bool Keep(std::uint64_t size) const { return keepsTexts && size <= largestText; }
 };
 
 }  // namespace ZET::Deploy
