@@ -120,13 +120,6 @@ std::map<std::string, std::string> AttributesOf(int descriptor, const std::strin
     return attributes;
 }
 
-bool CapturedFile::IsAs(const RecordedState& other) const {
-    if (state.exists != other.exists) return false;
-    if (!state.exists) return true;
-    return HaveSameText(state, other) && state.mode == other.mode && state.owner == other.owner &&
-           state.group == other.group && state.attributes == other.attributes;
-}
-
 void CapturedFile::SetText(const std::string& other) {
     text = other;
     state.size = other.size();

@@ -17,8 +17,7 @@ struct CapturedFile {
     RecordedState state;
     std::string text;  ///< empty where it is longer than was asked for
 
-    /// Whether it is the same file to its readers: bytes, mode, owner and attributes.
-    bool IsAs(const RecordedState& other) const;
+    bool IsAs(const RecordedState& other) const { return IsSameFile(state, other); }
 
     /// The same file with another text.
     void SetText(const std::string& other);

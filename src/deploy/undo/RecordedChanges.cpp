@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <string_view>
 
-#include "deploy/state/CapturedFile.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -54,7 +53,7 @@ void RecordedChanges::Add(const RecordedEntry& entry, const std::vector<Recorded
                                                 : file.path);
         if (!isReserve && !isAbsence) change.roles.merge(RolesOf(entry, file));
         change.newest = std::max(change.newest, entry.number);
-        const bool isWritten = !CapturedFile{file.before, ""}.IsAs(file.after);
+        const bool isWritten = !IsSameFile(file.before, file.after);
         change.isWritten = change.isWritten || (isWritten && !isReserve && !isAbsence);
         if (!isReserve && !isAbsence) {
             const bool isTold = file.kind != FileKind::Status && file.IsPlanned();
