@@ -24,10 +24,6 @@ namespace {
 
 constexpr std::size_t kBlock = std::size_t{32} << 10;  ///< which the processor keeps at hand
 
-[[noreturn]] void Fail(const std::string& path, const char* what) {
-    throw SystemFailure({.file = path, .text = what}, errno);
-}
-
 /// What holds for the bytes alone is made anew by whoever vouches for them.
 bool IsKept(std::string_view name) {
     return name == "system.posix_acl_access" || name == "security.selinux" || name.starts_with("user.");
@@ -40,7 +36,7 @@ std::string AttributeNames(int descriptor, const std::string& path) {
         const ssize_t length = flistxattr(descriptor, names.data(), names.size());
         if (length >= 0) return names.substr(0, static_cast<std::size_t>(length));
         if (errno == ENOTSUP || errno == ENOSYS) return "";
-        if (errno != ERANGE) Fail(path, _("its attributes cannot be read"));
+        if (errno != ERANGE) FailOfCall(path, _("its attributes cannot be read"));
         names.resize(names.size() * 4);
     }
 }
@@ -50,7 +46,7 @@ std::string AttributeOf(int descriptor, const std::string& name, const std::stri
     for (;;) {
         const ssize_t length = fgetxattr(descriptor, name.c_str(), value.data(), value.size());
         if (length >= 0) return value.substr(0, static_cast<std::size_t>(length));
-        if (errno != ERANGE) Fail(path, _("its attributes cannot be read"));
+        if (errno != ERANGE) FailOfCall(path, _("its attributes cannot be read"));
         value.resize(value.size() * 4);
     }
 }
@@ -61,14 +57,14 @@ Descriptor Open(int directory, const std::string& name, const std::string& path)
     Descriptor file(openat(directory, name.c_str(), kFlags));
     if (file < 0 && errno == ELOOP)
         throw Failure({.file = path, .text = _("is a link now"), .remedy = _("look at it, and try again")});
-    if (file < 0 && errno != ENOENT) Fail(path, _("cannot be read"));
+    if (file < 0 && errno != ENOENT) FailOfCall(path, _("cannot be read"));
     return file;
 }
 
 /// But for the attributes.
 RecordedState StatusOfOpened(int descriptor, const std::string& path) {
     struct stat status = {};
-    if (fstat(descriptor, &status) != 0) Fail(path, _("cannot be looked at"));
+    if (fstat(descriptor, &status) != 0) FailOfCall(path, _("cannot be looked at"));
     if (!S_ISREG(status.st_mode))
         throw Failure({.file = path, .text = _("is no regular file"), .remedy = _("name a regular file")});
     RecordedState state;
@@ -96,7 +92,7 @@ void ReadText(int descriptor, const std::string& path, std::uint64_t longest, Ca
     if (captured.state.size <= longest) captured.text.reserve(captured.state.size);
     while (told == 0 || size < told) {
         const ssize_t count = ReadSome(descriptor, block, sizeof block);
-        if (count < 0) Fail(path, _("cannot be read"));
+        if (count < 0) FailOfCall(path, _("cannot be read"));
         if (count == 0) break;
         const std::string_view bytes(block, static_cast<std::size_t>(count));
         digest.Add(bytes);
