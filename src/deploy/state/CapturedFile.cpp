@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <string_view>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
@@ -140,15 +139,21 @@ CapturedFile Capture(Host& host, const std::string& path) {
     return Capture(path, host.HostHistory().Limits().largestText);
 }
 
+CapturedFile CapturedOf(const FileState& rights, const std::string& text, std::uint64_t longest) {
+    CapturedFile captured;
+    captured.SetText(text);
+    if (text.size() > longest) captured.text.clear();
+    captured.state.exists = true;
+    captured.state.mode = rights.mode & kModeBits;
+    captured.state.owner = rights.owner;
+    captured.state.group = rights.group;
+    return captured;
+}
+
 /// Of so many bytes, it is not the empty one.
 CapturedFile CapturedWithoutText(const FileState& now) {
-    CapturedFile captured;
-    captured.state.exists = true;
-    captured.state.mode = now.mode & kModeBits;
-    captured.state.owner = now.owner;
-    captured.state.group = now.group;
+    CapturedFile captured = CapturedOf(now, "", 0);
     captured.state.size = 1;
-    captured.state.digest = DigestOf("");
     return captured;
 }
 
@@ -161,6 +166,10 @@ bool HasRecordedText(const std::string& path, const RecordedState& state) {
         ReadText(file, path, 0, captured);
     }
     return HaveSameText(captured.state, state);
+}
+
+bool IsRecordedText(std::string_view text, const RecordedState& state) {
+    return state.exists && text.size() == state.size && DigestOf(text) == state.digest;
 }
 
 RecordedState CaptureWithoutTextIn(int directory, const std::string& name, const std::string& path) {

@@ -10,7 +10,6 @@
 #include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/TakeBack.h"
 #include "deploy/targets/TemplateFiles.h"
-#include "posix/ModeBits.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -84,20 +83,8 @@ ExpectedFile CommitRecord::Expected(PlannedTarget& planned) const {
     // What others did since the plan looked at it is no work of the commit, which is going to refuse it.
     if (VersionOf(planned.path) == planned.version) file.before = std::move(planned.captured);
     planned.captured.reset();
-    file.after = Staged(planned);
+    file.after = CapturedOf(planned.after, planned.staged->Text(), m_longest);
     file.wasEdited = planned.IsOthersWork();
-    return file;
-}
-
-/// As it will be in its place.
-CapturedFile CommitRecord::Staged(const PlannedTarget& planned) const {
-    CapturedFile file;
-    file.SetText(planned.staged->Text());
-    if (file.state.size > m_longest) file.text.clear();
-    file.state.exists = true;
-    file.state.mode = planned.after.mode & kModeBits;
-    file.state.owner = planned.after.owner;
-    file.state.group = planned.after.group;
     return file;
 }
 

@@ -39,7 +39,6 @@ class CommitRecord {
     void ForEachUnchanged(Call call) const;
     ExpectedFile ExpectedUnchanged(const PlannedTarget& planned) const;
     ExpectedFile Expected(PlannedTarget& planned) const;
-    CapturedFile Staged(const PlannedTarget& planned) const;
     Knowledge KnowledgeOf(const PlannedTarget& planned) const;
     bool IsKnown(const PlannedTarget& planned) const;
     void RememberShipped();
