@@ -1,10 +1,10 @@
 #include "deploy/state/LostOriginal.h"
 
+#include "deploy/host/Companions.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/History.h"
 #include "deploy/state/KnownFiles.h"
 #include "zet/ZETFiles.h"
-#include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
 
@@ -31,8 +31,7 @@ bool IsKnownAsWritten(Host& host, const std::string& path) {
 }
 
 bool IsOriginalLost(Host& host, const std::string& path) {
-    if (!IsFileExist(path) || IsFileExist(path + ZETReserveSuffix) || IsFileExist(path + ZETAbsenceSuffix))
-        return false;
+    if (!IsFileExist(path) || HasCompanion(path)) return false;
     Store* const store = host.HostHistory().ToLookIfNeeded();
     if (store == nullptr) return false;
     const std::optional<KnownFile> known = store->Known(NameOf(host, path));

@@ -6,6 +6,7 @@
 #include <memory>
 #include <utility>
 
+#include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Words.h"
@@ -124,7 +125,7 @@ void Recording::ExpectWithCompanions(ExpectedFile file) {
 }
 
 void Recording::ExpectCompanionsToGo(ExpectedFile& companion) {
-    for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix}) {
+    for (const char* const suffix : kCompanionSuffixes) {
         Row row = RowOf(companion, suffix);
         if (row.record.file.before.exists) m_rows.push_back(std::move(row));
     }

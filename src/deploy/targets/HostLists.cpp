@@ -1,20 +1,12 @@
 #include "deploy/targets/HostLists.h"
 
+#include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"
 #include "deploy/state/History.h"
 #include "deploy/state/Host.h"
 #include "zet/ZETFiles.h"
-#include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
-
-namespace {
-
-bool HasCompanion(const std::string& name) {
-    return IsFileExist(name + ZETReserveSuffix) || IsFileExist(name + ZETAbsenceSuffix);
-}
-
-}  // namespace
 
 const TargetList& HostLists::Targets() {
     if (m_targets) return *m_targets;
