@@ -129,8 +129,7 @@ ExpectedFile FileEdit::Expected(bool noBackup) const {
 void FileEdit::LeaveOthersWork(ExpectedFile& file) const {
     Store* const store = m_product.HostHistory().ToLookIfNeeded();
     if (store == nullptr) return;
-    const Paths& paths = m_product.HostPaths();
-    const std::optional<KnownFile> known = store->Known(paths.NameInside(paths.WithRealDirectory(m_path)));
+    const std::optional<KnownFile> known = store->Known(m_product.HostPaths().NameOfReal(m_path));
     if (!known || known->kind != FileKind::Target) return;
     if (HaveSameTextAndMode(known->state, file.before->state)) return;
     file.left = known->state;
