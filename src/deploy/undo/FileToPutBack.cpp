@@ -26,10 +26,6 @@ std::string OwnerOf(const RecordedState& state) {
     return std::to_string(state.owner) + ":" + std::to_string(state.group);
 }
 
-bool IsThere(const std::optional<CapturedFile>& file) {
-    return file && file->state.exists;
-}
-
 bool Differs(const std::optional<CapturedFile>& now, const std::optional<CapturedFile>& wanted) {
     return wanted && now && !now->IsAs(wanted->state);
 }
