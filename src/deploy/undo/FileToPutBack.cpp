@@ -108,7 +108,7 @@ void FileToPutBack::LookAtOthersWork(const RecordedFile& row, const std::string&
         case OthersWork::IsRefused:
             return RefuseOthersWork(row, path, now);
         case OthersWork::IsMerged:
-            if (m_change.isUntouched) {
+            if (m_change.isOthersAlone) {
                 m_isKept = true;
                 return;
             }

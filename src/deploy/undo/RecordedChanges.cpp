@@ -68,11 +68,11 @@ void RecordedChanges::AddLeft(RecordedChange& change, const RecordedState& left)
     if (file.leftBefore && HaveSameTextAndMode(*file.leftBefore, left)) file.leftBefore.reset();
 }
 
-void RecordedChanges::AddUntouched(std::int64_t entry, const RecordedFile& file) {
+void RecordedChanges::AddOthersAlone(std::int64_t entry, const RecordedFile& file) {
     RecordedChange& change = Of(file.path);
     if (change.roles.empty()) change.roles = file.before.knowledge.roles;
     change.newest = std::max(change.newest, entry);
-    change.isWritten = change.isUntouched = true;
+    change.isWritten = change.isOthersAlone = true;
     change.file = file;
 }
 
