@@ -127,7 +127,7 @@ ExpectedFile FileEdit::Expected(bool noBackup) const {
 
 /// What somebody made of a target is no less his because the product edits it, too.
 void FileEdit::LeaveOthersWork(ExpectedFile& file) const {
-    Store* const store = m_product.HostHistory().ToLookIfNeeded();
+    Store* const store = m_product.HostHistory().ToLookForWriting();
     if (store == nullptr) return;
     const std::optional<KnownFile> known = store->Known(m_product.HostPaths().NameOfReal(m_path));
     if (!known || known->kind != FileKind::Target) return;

@@ -39,8 +39,7 @@ CapturedFile Capture(Host& host, const std::string& path);
 /// A regular file with that text, which is held up to `longest`, and these rights; it carries no attributes.
 CapturedFile CapturedOf(const FileState& rights, const std::string& text, std::uint64_t longest);
 
-/// What is there and cannot be captured. Its text is none that a file could have, so that no way leads back
-/// to it.
+/// A file that cannot be captured. No file could have its text, so that no way leads back to it.
 CapturedFile CapturedWithoutText(const FileState& now);
 
 /// Whether the file has the text that is recorded, whatever else it carries.

@@ -28,7 +28,7 @@ bool IsKnownAsWritten(Host& host, const std::string& path) {
 
 bool IsOriginalLost(Host& host, const std::string& path) {
     if (!IsFileExist(path) || HasCompanion(path)) return false;
-    Store* const store = host.HostHistory().ToLookIfNeeded();
+    Store* const store = host.HostHistory().ToLookForWriting();
     if (store == nullptr) return false;
     const std::optional<KnownFile> known = store->Known(host.HostPaths().NameOfReal(path));
     if (!known || (known->kind != FileKind::Target && known->kind != FileKind::Edit)) return false;

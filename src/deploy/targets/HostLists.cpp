@@ -67,8 +67,8 @@ const Target* HostLists::EntryOf(const std::string& templateName) {
 }
 
 std::optional<KnownFile> HostLists::CommittedFile(const std::string& name) {
-    // Where nothing stands beside it, a history that is not kept need not be looked at, and one that cannot
-    // be used is told, and stops nobody.
+    // Where nothing stands beside it, a history that is not kept need not be looked at, and an unusable one
+    // is reported, and stops nobody.
     History& history = m_host.HostHistory();
     const bool hasCompanion = HasCompanion(name);
     if (!hasCompanion && !history.KeepsTexts()) return std::nullopt;

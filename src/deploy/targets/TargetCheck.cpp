@@ -54,7 +54,7 @@ std::vector<Problem> CheckSingle(const std::string& path) {
 /// Whether a commit can record what it does. What this user may not read, he does not write.
 std::vector<Problem> CheckHistory(Host& host) {
     try {
-        host.HostHistory().ToLookIfNeeded();
+        host.HostHistory().ToLookForWriting();
         return {};
     } catch (const Failure& failure) {
         return {failure.Facts()};
