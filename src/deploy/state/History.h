@@ -22,8 +22,7 @@ class History {
     /// Whether texts are kept: the parameter ZET_HISTORY.
     bool KeepsTexts() const;
 
-    /// Whether who writes cannot do without it: one that cannot be used stops him, unless nothing is to be
-    /// kept.
+    /// Whether an unusable one stops a command that writes: it does, unless nothing is to be kept.
     bool IsNeeded() const { return KeepsTexts(); }
 
     StoreLimits Limits() const;
@@ -31,7 +30,7 @@ class History {
     /// Whether this user can record: the directory is there, and is his to write.
     bool CanRecord() const;
 
-    /// Whether a store was begun. That none was is known as long as the lock is held, if it is the product's.
+    /// Whether a store was begun. That there is none is found out once while the product's lock is held.
     bool IsBegun(const WriteLock& lock);
 
     /// Only under the product's lock. One that cannot be used is a `Failure`.
@@ -41,15 +40,15 @@ class History {
     /// a `Failure`.
     Store* ToLook();
 
-    /// The same, but one that cannot be used is told, once, and is null: for who finds what he needs beside
-    /// the files, too.
+    /// As `ToLook`, but an unusable one is reported as a warning, once, and null: for callers that find what
+    /// they need beside the files, too.
     Store* ToLookIfUsable();
     bool IsUnusable() const { return m_isUnusable; }
 
-    /// For who writes: the one where it is needed, the other where it is not.
-    Store* ToLookIfNeeded() { return IsNeeded() ? ToLook() : ToLookIfUsable(); }
+    /// For a command that writes: `ToLook` where the history is needed, else `ToLookIfUsable`.
+    Store* ToLookForWriting() { return IsNeeded() ? ToLook() : ToLookIfUsable(); }
 
-    /// Told once, however many ask for it.
+    /// Reports it as a warning, once, however many ask.
     void TellUnusable(const Failure& failure);
 
     /// Whether there is one that this user may not read.

@@ -6,6 +6,7 @@
 #include <memory>
 #include <utility>
 
+#include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Words.h"
@@ -99,8 +100,7 @@ void Recording::TellLossToCome(const ExpectedFile& file) const {
     const RecordedState now = Capture(file.path, 0).state;
     const bool isReplaced = now.exists && !(file.after && HaveSameText(now, file.after->state));
     if (isReplaced && !IsReserved(file.path, now))
-        WarnOfLostText(m_host, m_host.HostPaths().NameInside(m_host.HostPaths().WithRealDirectory(file.path)),
-                       now.size);
+        WarnOfLostText(m_host, m_host.HostPaths().NameOfReal(file.path), now.size);
 }
 
 void Recording::ExpectTogether(const std::function<void()>& call) {
@@ -124,7 +124,7 @@ void Recording::ExpectWithCompanions(ExpectedFile file) {
 }
 
 void Recording::ExpectCompanionsToGo(ExpectedFile& companion) {
-    for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix}) {
+    for (const char* const suffix : kCompanionSuffixes) {
         Row row = RowOf(companion, suffix);
         if (row.record.file.before.exists) m_rows.push_back(std::move(row));
     }
@@ -155,7 +155,7 @@ Recording::Row Recording::RowOf(ExpectedFile& file, const std::string& suffix) c
     CapturedFile before = file.before ? std::move(*file.before) : Before(row);
     FileToRecord& record = row.record;
     // Whatever way led to it, it is known by one name.
-    record.file.path = m_host.HostPaths().NameInside(m_host.HostPaths().WithRealDirectory(row.path));
+    record.file.path = m_host.HostPaths().NameOfReal(row.path);
     record.file.kind = file.kind;
     record.file.wasEdited = file.wasEdited;
     record.file.isPutBack = file.isPutBack;

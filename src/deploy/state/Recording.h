@@ -43,8 +43,8 @@ class Recording {
         OfTheProduct  ///< commits and the like: what is known of the files is recorded in any case
     };
 
-    /// Under the product's lock (`isLocked`), or nothing is recorded. A store that cannot be used is a
-    /// `Failure`, or with `goesBack` told: what was there before stands beside the files, too.
+    /// Under the product's lock (`isLocked`), or nothing is recorded. An unusable store is a `Failure`, or,
+    /// with `goesBack`, reported as a warning: what was there before stands beside the files, too.
     Recording(Host& host, Use use, bool isLocked, bool goesBack = false);
 
     /// One that was not completed is closed with what it did.
@@ -79,8 +79,8 @@ class Recording {
     /// Nothing was changed after all.
     void Discard();
 
-    /// They were. What became of them is known from now on. Where some may not have come to their end, each
-    /// is looked at.
+    /// The files were written. What became of them is known from now on. Where some may not have come to
+    /// their end, each is looked at.
     void Complete(Ending ending = Ending::Done);
 
     /// The number of the entry; none: there is no entry.

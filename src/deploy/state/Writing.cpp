@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <set>
 
+#include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
@@ -48,7 +49,7 @@ void RequireFreeNames(const std::string& path, bool canRecord, const std::set<st
                        .text = Words("is in the way of writing %s, and not from here", path),
                        .remedy = _("move it away")});
     }
-    for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix}) {
+    for (const char* const suffix : kCompanionSuffixes) {
         const FileState companion = StateOf(path + suffix);
         if (companion.exists && !companion.IsRegular()) {
             throw Failure({.file = path + suffix,

@@ -268,7 +268,7 @@ bool CommitPlan::WasCutShort(const KnownFile& known) {
 }
 
 bool CommitPlan::WasCutShort(std::int64_t number) const {
-    Store* const store = m_product.HostHistory().ToLookIfNeeded();
+    Store* const store = m_product.HostHistory().ToLookForWriting();
     const auto entry = store != nullptr ? store->Find(number) : std::nullopt;
     if (!entry || entry->outcome != EntryOutcome::CutShort) return false;
     const std::string status = m_product.State().Status(m_product.Role());

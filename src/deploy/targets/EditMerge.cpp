@@ -46,7 +46,7 @@ FileOutcome::Result ChangeOf(const PlannedTarget& planned) {
 bool IsMergedWith(Host& host, const KnownFile& known, const std::string& rendered) {
     const std::optional<TextNumber>& base = known.state.knowledge.base;
     if (!base) return false;
-    Store* const store = host.HostHistory().ToLookIfNeeded();
+    Store* const store = host.HostHistory().ToLookForWriting();
     return store != nullptr && store->Text(*base) == rendered;
 }
 

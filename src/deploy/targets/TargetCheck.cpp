@@ -54,7 +54,7 @@ std::vector<Problem> CheckSingle(const std::string& path) {
 /// Whether a commit can record what it does. What this user may not read, he does not write.
 std::vector<Problem> CheckHistory(Host& host) {
     try {
-        host.HostHistory().ToLookIfNeeded();
+        host.HostHistory().ToLookForWriting();
         return {};
     } catch (const Failure& failure) {
         return {failure.Facts()};
@@ -236,7 +236,7 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
     }
     for (const ListedEdit& edit : list.edits) {
         if (!templateNames.empty() || !edit.IsFor(product.Role()) || !edit.IsInForce()) continue;
-        for (std::string& placeholder : Text::PlaceholdersOf("=" + edit.value + edit.text))
+        for (std::string& placeholder : Text::PlaceholdersOfValue(edit.value + edit.text))
             checked.templates.used.insert(std::move(placeholder));
     }
     if (list.isUnderstood) Append(checked.problems, EditsOfTargets(product, templateNames));

@@ -298,7 +298,7 @@ void AddOthersWork(Deployment& product, Store& store, RecordedChanges& changes) 
         const std::string path = product.HostPaths().FromInside(known.path);
         const RecordedState left = LeftByLastEntry(store, known);
         if (!IsAsRecorded(path, left) && !IsAsRecorded(path, known.state))
-            changes.AddUntouched(known.entry, WithoutChange(known, left));
+            changes.AddOthersAlone(known.entry, WithoutChange(known, left));
     }
 }
 
@@ -317,7 +317,7 @@ UndoResult Undo(Deployment& product, const UndoOptions& options) {
     RecordedChanges changes;
     changes.Add(entry, FilesToUndo(store, entry.number));
     for (RecordedChange& change : changes.All())
-        change.isOfOne = true;
+        change.isOfOneEntry = true;
     WayBack(product, writing, others).Go(std::move(changes), result);
     return result;
 }

@@ -66,6 +66,14 @@ inline bool HaveSameTextAndMode(const RecordedState& one, const RecordedState& o
     return HaveSameText(one, other) && (!one.exists || one.mode == other.mode);
 }
 
+/// Whether it is the same file to its readers: bytes, mode, owner and attributes.
+inline bool IsSameFile(const RecordedState& one, const RecordedState& other) {
+    if (one.exists != other.exists) return false;
+    if (!one.exists) return true;
+    return HaveSameTextAndMode(one, other) && one.owner == other.owner && one.group == other.group &&
+           one.attributes == other.attributes;
+}
+
 /// What the product has to do with a file.
 enum class FileKind {
     Target,
