@@ -69,9 +69,7 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     }
     m_checked = CheckTargets(product, templateNames);
     if (!m_checked.problems.empty()) {
-        if (!templateNames.empty()) return;
-        for (Problem& problem : ProblemsOfEdits(product))
-            m_checked.problems.push_back(std::move(problem));
+        if (templateNames.empty()) Append(m_checked.problems, ProblemsOfEdits(product));
         return;
     }
     m_staging =
@@ -123,8 +121,7 @@ void CommitPlan::TakeBackFile(WrittenFile file) {
 }
 
 void CommitPlan::AddEdits() {
-    for (const Problem& problem : m_edits->Problems())
-        m_checked.problems.push_back(problem);
+    Append(m_checked.problems, m_edits->Problems());
     for (const std::string& path : m_edits->Emptied())
         TakeBackFile({"", path, {}, m_product.HostPaths().NameInside(path), "", true, {}, true});
 }
