@@ -5,14 +5,10 @@
 #include <optional>
 #include <string>
 
-#include "deploy/host/FileInPlace.h"
-#include "deploy/host/FileVersion.h"
 #include "deploy/host/StagedText.h"
 #include "deploy/host/Staging.h"
-#include "deploy/state/Replacement.h"
 #include "deploy/state/SeenFile.h"
 #include "deploy/targets/Deployment.h"
-#include "deploy/targets/Targets.h"
 #include "zet/ZETTypes.h"
 
 namespace ZET::Deploy {
@@ -40,13 +36,13 @@ struct ComparedRendering {
     bool isOther = false;                      ///< for certain: in mode or bytes
 };
 
-/// The same, unless it is there already. `modeOfCopy` is that of the working copy, if it is known. `staging`
-/// must live as long as what is returned.
+/// Renders for a role, and keeps the text only where the file differs from it. `modeOfCopy` is that of the
+/// working copy, if it is known. `staging` must live as long as what is returned.
 ComparedRendering RenderUnlessThere(Deployment& product, const Staging& staging,
                                     const std::string& templateName, Role role, const SeenFile& there,
                                     const std::optional<mode_t>& modeOfCopy = std::nullopt);
 
-/// The same of a template that would have that text.
+/// As `RenderQuietly`, as if the template had this text.
 std::string RenderTemplateText(Deployment& product, const Staging& staging, Role role,
                                const std::string& templateName, const std::string& text);
 
@@ -55,45 +51,13 @@ std::string RenderTemplateText(Deployment& product, const Staging& staging, Role
 void RenderOnce(Deployment& product, const std::string& templateName, const std::string& name,
                 const std::string& path, const StringMap& values);
 
-/// A target that is rendered for good.
-struct TargetToRender {
-    const std::string& templateName;
-    const StagedText& staged;    ///< what it has to become
-    mode_t mode;                 ///< likewise
-    const FileVersion& version;  ///< of what it replaces
-    Role role;
-    bool isOwnText;                    ///< which no template makes: the staged text as it is
-    bool hasWorkingCopy;               ///< its template, when it was checked
-    bool isOriginalLost;               ///< what is there is kept as none
-    std::optional<FileOwner> owner{};  ///< of a file that is new
-};
+/// The same for a role, without values of the caller's and with a record of what was there before.
+void RenderInPlace(Deployment& product, Role role, const std::string& templateName, const std::string& name,
+                   const std::string& path);
 
-/// Renders a target for good, in two steps: many originals are kept at once.
-class TargetRendering {
-  public:
-    /// `place` was found right before; `target` must live as long as the object.
-    TargetRendering(Deployment& product, FileInPlace place, const TargetToRender& target);
-
-    /// A working copy that is missing is installed. What one that did not come to its end has kept is taken
-    /// back.
-    void KeepOriginal();
-
-    /// With the original in its place. What comes out otherwise than in trial, and what somebody else wrote
-    /// meanwhile, is a `Failure`; the target is as it was then.
-    void Write();
-
-    /// The original that is kept then; empty: none.
-    std::string Reserve() const { return m_replacement.Reserve(); }
-
-  private:
-    void Render();
-    void WriteStaged();
-
-    Deployment& m_product;
-    const FileInPlace m_place;
-    const TargetToRender m_target;
-    Replacement m_replacement;
-};
+/// As in its place, but for that record.
+void RenderWithoutRecord(Deployment& product, Role role, const std::string& templateName,
+                         const std::string& name, const std::string& path);
 
 }  // namespace ZET::Deploy
 
