@@ -37,6 +37,12 @@ bool HasOtherMode(const PlannedTarget& planned, const KnownFile& known) {
 
 }  // namespace
 
+OnEdit ConfiguredOnEdit(Host& host) {
+    const std::string wanted = host.Param("ZET_ON_EDIT");
+    if (wanted == "merge") return OnEdit::Merge;
+    return wanted == "refuse" ? OnEdit::Refuse : OnEdit::AsConfigured;
+}
+
 FileOutcome::Result ChangeOf(const PlannedTarget& planned) {
     if (!planned.before.exists) return FileOutcome::Result::Created;
     const bool isSame = planned.before.mode == planned.after.mode && planned.staged->IsIn(planned.path);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "deploy/host/Failure.h"
+#include "deploy/targets/EditMerge.h"
 #include "deploy/targets/ListedEditStates.h"
 #include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/TakeBack.h"
@@ -28,8 +29,7 @@ void AddDiff(std::vector<ListedEditState>& states, const std::string& path, Make
 
 std::vector<Problem> AddDiffsOfFiles(Deployment& product, const KnownFiles& known, const Staging& staging,
                                      std::vector<ListedEditState>& states) {
-    const bool isMerged = product.Param("ZET_ON_EDIT") == "merge";
-    const ListedEdits edits(product, known, staging, isMerged ? OnEdit::Merge : OnEdit::Overwrite);
+    const ListedEdits edits(product, known, staging, ConfiguredOnEdit(product));
     for (const PlannedEdits& planned : edits.Files())
         AddDiff(states, planned.file.path, [&] { return edits.OutcomeOf(planned).diff; });
     TakeBack takeBack(product, known, {});

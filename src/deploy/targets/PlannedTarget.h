@@ -3,11 +3,14 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "deploy/host/FileVersion.h"
 #include "deploy/host/StagedText.h"
 #include "deploy/state/CapturedFile.h"
+#include "deploy/targets/Deployment.h"
 #include "deploy/targets/Targets.h"
 #include "zet/deploy/FileOutcome.h"
 
@@ -50,6 +53,9 @@ struct PlannedTarget {
     /// Nothing but the file itself has what it holds. What a commit was killed at is as it was reserved.
     bool HoldsUnkeptText() const { return isUnrecorded && before.exists && !isReserved; }
 };
+
+/// What becomes of targets, as far as a plan knows; with the diffs, if they are wanted.
+std::vector<FileOutcome> OutcomesOf(Deployment& product, std::span<const PlannedTarget> targets);
 
 }  // namespace ZET::Deploy
 

@@ -150,7 +150,7 @@ class StateTeller {
         const EditMerge merge(m_product, m_staging, m_known);
         merge.KeepMerged(planned);
         // Where that conflicts, the commit would be refused; what the template makes is shown.
-        if (m_product.Param("ZET_ON_EDIT") == "merge" && planned.IsOthersWork()) merge.Merge(planned);
+        if (ConfiguredOnEdit(m_product) == OnEdit::Merge && planned.IsOthersWork()) merge.Merge(planned);
         result.before = planned.before;
         result.after = planned.after;
         m_compared.push_back({result.path, planned.staged->File()});
