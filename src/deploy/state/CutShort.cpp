@@ -98,15 +98,11 @@ class CutShortEntries {
 
 std::set<std::string> FilesOfCutShort(Host& host) {
     std::set<std::string> paths;
-    Store* const store = host.HostHistory().ToLookIfUsable();
-    if (store == nullptr) return paths;
-    try {
-        for (const RecordedEntry& entry : store->OpenEntries())
-            for (const RecordedFile& file : store->FilesOf(entry.number))
+    host.HostHistory().TryLook([&](Store& store) {
+        for (const RecordedEntry& entry : store.OpenEntries())
+            for (const RecordedFile& file : store.FilesOf(entry.number))
                 paths.insert(host.HostPaths().FromInside(file.path));
-    } catch (const Failure& failure) {
-        host.HostHistory().TellUnusable(failure);
-    }
+    });
     return paths;
 }
 

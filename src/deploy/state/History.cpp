@@ -133,6 +133,16 @@ Store* History::ToLookIfUsable() {
     }
 }
 
+void History::TryLook(const std::function<void(Store& store)>& call) {
+    Store* const store = ToLookIfUsable();
+    if (store == nullptr) return;
+    try {
+        call(*store);
+    } catch (const Failure& failure) {
+        TellUnusable(failure);
+    }
+}
+
 void History::TellUnusable(const Failure& failure) {
     if (m_told != failure.what()) m_product.Out().Warning(failure.what());
     m_told = failure.what();

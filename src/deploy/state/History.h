@@ -1,6 +1,7 @@
 #ifndef ZET_HISTORY_H
 #define ZET_HISTORY_H
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -46,7 +47,11 @@ class History {
     Store* ToLookIfUsable();
     bool IsUnusable() const { return m_isUnusable; }
 
-    /// For who writes: the one where it is needed, the other where it is not.
+    /// Calls `call` with that store, if there is one. What makes the store unusable only then is told, too,
+    /// and ends the call early.
+    void TryLook(const std::function<void(Store& store)>& call);
+
+    /// For a command that writes: `ToLook` where the history is needed, else `ToLookIfUsable`.
     Store* ToLookIfNeeded() { return IsNeeded() ? ToLook() : ToLookIfUsable(); }
 
     /// Told once, however many ask for it.

@@ -15,8 +15,8 @@ enum class Writers {
     NotKept  ///< in the history, so that nobody can tell
 };
 
-/// A history that cannot be used is told. As the entries tell it: each begins with what the one before it
-/// left, unless somebody wrote in between. An undo wrote what others may have written before: who did, the
+/// An unusable history is reported as a warning. As the entries tell it: each begins with what the one before
+/// it left, unless somebody wrote in between. An undo wrote what others may have written before: who did, the
 /// entries before it tell.
 Writers WritersSince(const std::string& reserve, const KnownFile& known, Host& host);
 
