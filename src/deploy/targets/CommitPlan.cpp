@@ -246,9 +246,8 @@ void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     const KnownFile* const known = m_known->Find(path);
     const bool isRecorded = known != nullptr && known->state.knowledge.IsCommitted();
     const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there) : planned.hasCompanion;
-    planned.isTouched = isRecorded && isStrange;
-    planned.isUnrecorded = !isRecorded && isStrange;
-    planned.isReserved = planned.isUnrecorded && planned.before.exists && IsReserved(path);
+    if (isStrange) planned.foundAs = isRecorded ? FoundAs::Edited : FoundAs::Unrecorded;
+    if (planned.HoldsUnkeptText() && IsReserved(path)) planned.foundAs = FoundAs::Reserved;
     planned.isOriginalLost = planned.IsChange() && known != nullptr && !isStrange && !planned.hasCompanion &&
                              IsOriginalLost(m_product, path);
     planned.isUntold = m_cutShort.count(path) != 0 || (known != nullptr && WasCutShort(*known));
@@ -277,8 +276,7 @@ Restarts CommitPlan::Services() const {
 Restarts CommitPlan::ServicesOf(const std::function<bool(const PlannedTarget&)>& isMeant) const {
     Restarts restarts;
     for (const PlannedTarget& planned : m_targets) {
-        const bool isTold =
-            planned.IsChange() || planned.isTouched || planned.isUnrecorded || planned.isUntold;
+        const bool isTold = planned.IsChange() || planned.foundAs != FoundAs::Recorded || planned.isUntold;
         if (isTold && isMeant(planned)) restarts.Add(planned.target, m_product.Role());
     }
     for (const TakeBackStep& step : m_takenBack)

@@ -62,7 +62,8 @@ void EditMerge::KeepMerged(PlannedTarget& planned) const {
     planned.holdsMerge = known->HoldsMerge();
     if (!planned.holdsMerge) return;
     planned.isRenderingNew = !IsMergedWith(m_host, *known, planned.staged->Text());
-    if (!planned.isTouched && !planned.isRenderingNew) Take(planned, ReadFileBytes(planned.path));
+    if (planned.foundAs != FoundAs::Edited && !planned.isRenderingNew)
+        Take(planned, ReadFileBytes(planned.path));
 }
 
 std::vector<Problem> EditMerge::Merge(PlannedTarget& planned) const {

@@ -146,7 +146,7 @@ class StateTeller {
         }
         planned.after = GiveOwnerInPlace(result.path, *m_staged, planned.before);
         planned.change = FileOutcome::Result::Changed;
-        planned.isTouched = result.state == kEdited;
+        if (result.state == kEdited) planned.foundAs = FoundAs::Edited;
         const EditMerge merge(m_product, m_staging, m_known);
         merge.KeepMerged(planned);
         // Where that conflicts, the commit would be refused; what the template makes is shown.
