@@ -18,7 +18,7 @@ class WriteLock;
 /// first.
 class History {
   public:
-    explicit History(Host& product) : m_product(product) {}
+    explicit History(Host& host) : m_host(host) {}
 
     /// Whether texts are kept: the parameter ZET_HISTORY.
     bool KeepsTexts() const;
@@ -67,7 +67,7 @@ class History {
     void TellLoss();
     void TellNewKey();
 
-    Host& m_product;
+    Host& m_host;
     std::unique_ptr<Store> m_store;
     FoundStore m_found = FoundStore::Nothing;
     std::weak_ptr<const void> m_foundUnder;  ///< the lock; what was found is known until it expires
