@@ -106,13 +106,13 @@ std::set<std::string> FilesOfCutShort(Host& host) {
     return paths;
 }
 
-std::set<std::string> SettleCutShort(Host& host, const WriteLock& lock, bool goesBack) {
+std::set<std::string> SettleCutShort(Host& host, const WriteLock& lock, Purpose purpose) {
     try {
         // Where nothing was ever recorded, nothing was cut short, and no store is opened to find that out.
         if (!host.HostHistory().IsBegun(lock)) return {};
         return CutShortEntries(host, host.HostHistory().ToRecord()).Settle();
     } catch (const Failure& failure) {
-        if (!goesBack && host.HostHistory().IsNeeded()) throw;
+        if (host.HostHistory().IsNeeded(purpose)) throw;
         host.HostHistory().TellUnusable(failure);
         return {};
     }

@@ -14,6 +14,12 @@ class Failure;
 class Host;
 class WriteLock;
 
+/// What a command is about to do.
+enum class Purpose {
+    Writes,
+    GoesBack  ///< which needs no history: what was there before stands beside the files, too
+};
+
 /// What the product remembers on this host: the store in its directory, which is opened when it is asked for
 /// first.
 class History {
@@ -23,9 +29,11 @@ class History {
     /// Whether texts are kept: the parameter ZET_HISTORY.
     bool KeepsTexts() const;
 
-    /// Whether who writes cannot do without it: one that cannot be used stops him, unless nothing is to be
-    /// kept.
-    bool IsNeeded() const { return KeepsTexts(); }
+    /// Whether a command cannot do without it: one that cannot be used stops the command, unless nothing is
+    /// to be kept.
+    bool IsNeeded(Purpose purpose = Purpose::Writes) const {
+        return purpose == Purpose::Writes && KeepsTexts();
+    }
 
     StoreLimits Limits() const;
 
