@@ -217,16 +217,12 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
     planned.before = there.State();
     const KnownFile* const known = m_known->Find(planned.path);
     const bool isRecorded = known != nullptr && known->state.knowledge.IsCommitted();
-    planned.namedRole = m_product.Role();
-    if (isRecorded) planned.namedRole = known->state.knowledge.namedRole.value_or(planned.namedRole);
+    planned.namedRole = NamedRoleOf(known, m_product.Role());
     const bool isShown = !planned.target.check.empty() && RunsOwnChecks(m_product.Wanted());
     const bool isMerge = known != nullptr && known->HoldsMerge();
     const auto stageFor = [&](Role role) {
-        const ComparedRendering rendering =
-            isShown || isMerge
-                ? ComparedRendering{std::make_shared<StagedText>(
-                      RenderQuietly(m_product, *m_staging, name, role))}
-                : RenderUnlessThere(m_product, *m_staging, name, role, there, planned.templateMode);
+        const ComparedRendering rendering = RenderUnlessThere(
+            m_product, {*m_staging, name, role, isShown || isMerge, planned.templateMode}, there);
         planned.staged = rendering.staged;
         if (planned.staged == nullptr) return StayAsItIs(planned);
         planned.after = GiveOwnerInPlace(planned.path, *planned.staged, planned.before);

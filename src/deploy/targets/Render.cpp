@@ -228,9 +228,9 @@ std::string RenderQuietly(Deployment& product, const Staging& staging, const std
     return Stage(product, role, staging, templateName, product.TemplateValues());
 }
 
-ComparedRendering RenderUnlessThere(Deployment& product, const Staging& staging,
-                                    const std::string& templateName, Role role, const SeenFile& there,
-                                    const std::optional<mode_t>& modeOfCopy) {
+ComparedRendering RenderUnlessThere(Deployment& product, const TrialRequest& request, const SeenFile& there) {
+    const auto& [staging, templateName, role, needsText, modeOfCopy] = request;
+    if (needsText) return {std::make_shared<StagedText>(RenderQuietly(product, staging, templateName, role))};
     const QuietLog quiet(ZETLogError);
     const Trial trial(product, role, staging, templateName);
     ComparedRendering rendering;

@@ -36,11 +36,17 @@ struct ComparedRendering {
     bool isOther = false;                      ///< for certain: in mode or bytes
 };
 
-/// Renders for a role, and keeps the text only where the file differs from it. `modeOfCopy` is that of the
-/// working copy, if it is known. `staging` must live as long as what is returned.
-ComparedRendering RenderUnlessThere(Deployment& product, const Staging& staging,
-                                    const std::string& templateName, Role role, const SeenFile& there,
-                                    const std::optional<mode_t>& modeOfCopy = std::nullopt);
+/// A template to be rendered on trial.
+struct TrialRequest {
+    const Staging& staging;  ///< must live as long as the rendering
+    const std::string& templateName;
+    Role role;
+    bool needsText = false;              ///< even where the file has it
+    std::optional<mode_t> modeOfCopy{};  ///< of the working copy, if it is known
+};
+
+/// Renders for a role, and unless the text is needed, keeps it only where the file differs from it.
+ComparedRendering RenderUnlessThere(Deployment& product, const TrialRequest& request, const SeenFile& there);
 
 /// As `RenderQuietly`, as if the template had this text.
 std::string RenderTemplateText(Deployment& product, const Staging& staging, Role role,

@@ -162,12 +162,9 @@ class StateTeller {
         const std::string& path = there.Path();
         const KnownFile* const known = m_known.Find(path);
         const Role own = m_product.Role();
-        const Role named = known != nullptr ? known->state.knowledge.namedRole.value_or(own) : own;
         const bool isMerge = known != nullptr && known->HoldsMerge();
         const ComparedRendering rendering =
-            isMerge ? ComparedRendering{std::make_shared<StagedText>(
-                          RenderQuietly(m_product, m_staging, templateName, named))}
-                    : RenderUnlessThere(m_product, m_staging, templateName, named, there);
+            RenderUnlessThere(m_product, {m_staging, templateName, NamedRoleOf(known, own), isMerge}, there);
         m_staged = rendering.staged;
         if (m_staged == nullptr) return true;
         if (!rendering.isOther && IsAsStaged(path)) return true;
