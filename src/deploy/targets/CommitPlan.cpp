@@ -144,7 +144,7 @@ void CommitPlan::TakeBackFile(WrittenFile file) {
 void CommitPlan::AddEdits() {
     Append(m_checked.problems, m_edits->Problems());
     for (const std::string& path : m_edits->Emptied())
-        TakeBackFile({"", path, {}, m_product.HostPaths().NameInside(path), "", true, {}, true});
+        TakeBackFile(WrittenLines(m_product, path));
 }
 
 bool CommitPlan::IsRecorded() const {

@@ -7,6 +7,7 @@
 #include "deploy/targets/ListedEditStates.h"
 #include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/TakeBack.h"
+#include "deploy/targets/WrittenFiles.h"
 
 namespace ZET::Deploy {
 
@@ -35,9 +36,7 @@ std::vector<Problem> AddDiffsOfFiles(Deployment& product, const KnownFiles& know
     TakeBack takeBack(product, known, {});
     for (const std::string& path : edits.Emptied()) {
         AddDiff(states, path, [&] {
-            TakeBackStep step;
-            step.file.path = path;
-            step.file.isEdit = true;
+            TakeBackStep step{WrittenLines(product, path)};
             takeBack.Decide(step);
             return step.outcome.diff;
         });

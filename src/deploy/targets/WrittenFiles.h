@@ -18,6 +18,9 @@ WrittenFile WrittenTarget(const Host& host, const Target& target);
 /// leads out of the root directory, which is told.
 std::optional<WrittenFile> WrittenByRecord(Deployment& product, const std::string& path);
 
+/// A file in which nothing but lines is the product's, and no list has any of them in force.
+WrittenFile WrittenLines(const Host& host, const std::string& path);
+
 /// The files that a rollback of the host's role can be about.
 struct WrittenFiles {
     std::vector<WrittenFile> files;
