@@ -40,7 +40,8 @@ class History {
     /// Whether this user can record: the directory is there, and is his to write.
     bool CanRecord() const;
 
-    /// Whether a store was begun. That none was is known as long as the lock is held, if it is the product's.
+    /// Whether a store was begun. Where none was, that stays known for as long as the lock is held, if that
+    /// is the product's.
     bool IsBegun(const WriteLock& lock);
 
     /// Only under the product's lock. One that cannot be used is a `Failure`.

@@ -56,8 +56,8 @@ class CommitPlan {
     /// The lock that it holds, from now on the caller's; null: none.
     [[nodiscard]] std::unique_ptr<WriteLock> TakeLock() { return std::move(m_lock); }
 
-    /// Whether a commit would be an entry of the history: so is what installs a working copy, the role's
-    /// first one, and what leaves a file to the other role.
+    /// Whether the history would get an entry: also for a commit that only installs a working copy, that is
+    /// the role's first, or that leaves a file to the other role.
     bool IsRecorded() const;
 
     /// How many check commands of the targets were not run, though they could have been.

@@ -26,7 +26,7 @@ mode_t ModeOfRendering(Deployment& product, const std::string& templateName);
 std::string RenderStaged(Deployment& product, const Staging& staging, const std::string& templateName,
                          const StringMap& values = {});
 
-/// The same for a role; what the log has to say comes with the real rendering.
+/// The same for a role; only errors are logged, since the real rendering logs the rest.
 std::string RenderQuietly(Deployment& product, const Staging& staging, const std::string& templateName,
                           Role role);
 
@@ -52,16 +52,16 @@ ComparedRendering RenderUnlessThere(Deployment& product, const TrialRequest& req
 std::string RenderTemplateText(Deployment& product, const Staging& staging, Role role,
                                const std::string& templateName, const std::string& text);
 
-/// Lets the module render a template into the file `name`, for the reader `path`, and keep nothing: a
-/// `Replacement` is there for that. `values` wins over the template values.
+/// Has the module render a template into the file `name`, which messages call `path`, without keeping the
+/// original: that is left to a `Replacement`. `values` wins over the template values.
 void RenderOnce(Deployment& product, const std::string& templateName, const std::string& name,
                 const std::string& path, const StringMap& values);
 
-/// The same for a role, without values of the caller's and with a record of what was there before.
+/// Likewise for a role, with the template values alone, and with a record of what was there before.
 void RenderInPlace(Deployment& product, Role role, const std::string& templateName, const std::string& name,
                    const std::string& path);
 
-/// As in its place, but for that record.
+/// As `RenderInPlace`, without that record.
 void RenderWithoutRecord(Deployment& product, Role role, const std::string& templateName,
                          const std::string& name, const std::string& path);
 

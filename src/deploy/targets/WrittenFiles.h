@@ -30,9 +30,8 @@ struct WrittenFiles {
 /// Those of the list, and those that the history knows of the role.
 WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known);
 
-/// The files that were edited in place, by whichever role: a line has none; but for those of `written`, which
-/// are found already. Those of listed edits are found beside their reserves where the history knows nothing
-/// of them.
+/// The files that were edited in place, by whichever role, without those of `written`. Files of listed edits
+/// of which the history knows nothing are found by their reserves.
 std::vector<WrittenFile> FindEditedFiles(Deployment& product, const KnownFiles& known,
                                          const std::vector<WrittenFile>& written);
 
