@@ -71,7 +71,7 @@ class Adopting {
         RequireSoundTemplate();
         const KnownFiles all(m_product);
         const KnownFile* const known = all.Find(m_path);
-        const Role role = known->state.knowledge.namedRole.value_or(m_product.Role());
+        const Role role = NamedRoleOf(known, m_product.Role());
         const std::string edited = ReadFileBytes(m_path);
         const std::string staged = RenderQuietly(m_product, m_staging, m_templateName, role);
         const std::string rendered = ReadFileBytes(staged);

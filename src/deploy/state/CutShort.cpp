@@ -89,25 +89,21 @@ class CutShortEntries {
 
 std::set<std::string> FilesOfCutShort(Host& host) {
     std::set<std::string> paths;
-    Store* const store = host.HostHistory().ToLookIfUsable();
-    if (store == nullptr) return paths;
-    try {
-        for (const RecordedEntry& entry : store->OpenEntries())
-            for (const RecordedFile& file : store->FilesOf(entry.number))
+    host.HostHistory().TryLook([&](Store& store) {
+        for (const RecordedEntry& entry : store.OpenEntries())
+            for (const RecordedFile& file : store.FilesOf(entry.number))
                 paths.insert(host.HostPaths().FromInside(file.path));
-    } catch (const Failure& failure) {
-        host.HostHistory().TellUnusable(failure);
-    }
+    });
     return paths;
 }
 
-std::set<std::string> SettleCutShort(Host& host, const WriteLock& lock, bool goesBack) {
+std::set<std::string> SettleCutShort(Host& host, const WriteLock& lock, Purpose purpose) {
     try {
         // Where nothing was ever recorded, nothing was cut short, and no store is opened to find that out.
         if (!host.HostHistory().IsBegun(lock)) return {};
         return CutShortEntries(host, host.HostHistory().ToRecord()).Settle();
     } catch (const Failure& failure) {
-        if (!goesBack && host.HostHistory().IsNeeded()) throw;
+        if (host.HostHistory().IsNeeded(purpose)) throw;
         host.HostHistory().TellUnusable(failure);
         return {};
     }

@@ -14,8 +14,8 @@ std::set<std::string> FilesOfCutShort(Host& host);
 
 /// Finds out, by comparing contents, what such runs wrote, closes their entries in the history, and removes
 /// the temporary files that they left. Returns their files. The lock is the product's own. An unusable
-/// history is a `Failure`, or, with `goesBack`, reported as a warning.
-std::set<std::string> SettleCutShort(Host& host, const WriteLock& lock, bool goesBack = false);
+/// history is a `Failure`, or, where it is not needed, reported as a warning.
+std::set<std::string> SettleCutShort(Host& host, const WriteLock& lock, Purpose purpose = Purpose::Writes);
 
 }  // namespace ZET::Deploy
 

@@ -1,6 +1,7 @@
 #ifndef ZET_HISTORY_H
 #define ZET_HISTORY_H
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,17 +14,25 @@ class Failure;
 class Host;
 class WriteLock;
 
+/// What a command is about to do.
+enum class Purpose {
+    Writes,
+    GoesBack  ///< which needs no history: what was there before stands beside the files, too
+};
+
 /// What the product remembers on this host: the store in its directory, which is opened when it is asked for
 /// first.
 class History {
   public:
-    explicit History(Host& product) : m_product(product) {}
+    explicit History(Host& host) : m_host(host) {}
 
     /// Whether texts are kept: the parameter ZET_HISTORY.
     bool KeepsTexts() const;
 
-    /// Whether an unusable one stops a command that writes: it does, unless nothing is to be kept.
-    bool IsNeeded() const { return KeepsTexts(); }
+    /// Whether an unusable one stops a command: it does, unless nothing is to be kept or files go back.
+    bool IsNeeded(Purpose purpose = Purpose::Writes) const {
+        return purpose == Purpose::Writes && KeepsTexts();
+    }
 
     StoreLimits Limits() const;
 
@@ -45,6 +54,10 @@ class History {
     Store* ToLookIfUsable();
     bool IsUnusable() const { return m_isUnusable; }
 
+    /// Calls `call` with that store, if there is one. What makes the store unusable only then is reported,
+    /// too, and ends the call early.
+    void TryLook(const std::function<void(Store& store)>& call);
+
     /// For a command that writes: `ToLook` where the history is needed, else `ToLookIfUsable`.
     Store* ToLookForWriting() { return IsNeeded() ? ToLook() : ToLookIfUsable(); }
 
@@ -61,7 +74,7 @@ class History {
     void TellLoss();
     void TellNewKey();
 
-    Host& m_product;
+    Host& m_host;
     std::unique_ptr<Store> m_store;
     FoundStore m_found = FoundStore::Nothing;
     std::weak_ptr<const void> m_foundUnder;  ///< the lock; what was found is known until it expires

@@ -130,8 +130,7 @@ std::vector<GivenParameter> HostValues::ReadConf(const std::string& file) {
     m_files.push_back(file);
     try {
         ConfFile conf = ReadConfText(file, ReadInside(m_host.HostPaths(), file));
-        for (Problem& problem : conf.problems)
-            m_problems.push_back(std::move(problem));
+        Append(m_problems, std::move(conf.problems));
         return std::move(conf.given);
     } catch (const Failure& failure) {
         Miss(m_unread.params, ProblemOf(file, failure));

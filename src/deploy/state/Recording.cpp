@@ -33,8 +33,8 @@ bool HasCompanion(const ExpectedFile& file, const std::string& suffix) {
 
 }  // namespace
 
-Recording::Recording(Host& host, Use use, bool isLocked, bool goesBack)
-    : m_host(host), m_goesBack(goesBack), m_limits(host.HostHistory().Limits()) {
+Recording::Recording(Host& host, Use use, bool isLocked, Purpose purpose)
+    : m_host(host), m_purpose(purpose), m_limits(host.HostHistory().Limits()) {
     History& history = host.HostHistory();
     if (host.Wanted().dryRun) return;
     if (use == Use::OfFiles && !history.KeepsTexts()) return;
@@ -59,14 +59,12 @@ void Recording::OpenStore() {
     OrGoOnWithout([&] { m_store = &m_host.HostHistory().ToRecord(); });
 }
 
-/// What was there before stands beside the files, too: who goes back to it needs no history. Nor
-/// does who wants none.
 template <typename Call>
 void Recording::OrGoOnWithout(Call call) {
     try {
         call();
     } catch (const Failure& failure) {
-        if (!m_goesBack && m_host.HostHistory().IsNeeded()) throw;
+        if (m_host.HostHistory().IsNeeded(m_purpose)) throw;
         const bool isOfStore = failure.Facts().file.starts_with(m_host.State().Store());
         if (isOfStore)
             m_host.HostHistory().TellUnusable(failure);
@@ -258,7 +256,7 @@ CapturedFile Recording::Before(const Row& row) const {
     try {
         return Now(row);
     } catch (const Failure&) {
-        if (!m_goesBack) throw;
+        if (m_purpose == Purpose::Writes) throw;
         return CapturedWithoutText(StateOf(row.path));
     }
 }

@@ -44,8 +44,8 @@ class Recording {
     };
 
     /// Under the product's lock (`isLocked`), or nothing is recorded. An unusable store is a `Failure`, or,
-    /// with `goesBack`, reported as a warning: what was there before stands beside the files, too.
-    Recording(Host& host, Use use, bool isLocked, bool goesBack = false);
+    /// where it is not needed, reported as a warning.
+    Recording(Host& host, Use use, bool isLocked, Purpose purpose = Purpose::Writes);
 
     /// One that was not completed is closed with what it did.
     ~Recording();
@@ -115,7 +115,7 @@ class Recording {
     void TellUnkept(const std::vector<std::string>& untouched) const;
 
     Host& m_host;
-    const bool m_goesBack;
+    const Purpose m_purpose;
     const StoreLimits m_limits;
     Store* m_store = nullptr;
     std::deque<Row> m_rows;

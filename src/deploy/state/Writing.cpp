@@ -77,7 +77,7 @@ void RequireNoStateFile(const StateDirectory& state, const std::string& path) {
 
 }  // namespace
 
-Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Right right, bool goesBack)
+Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Right right, Purpose purpose)
     : m_product(product), m_records(right == Right::OfTheProduct || product.HostHistory().KeepsTexts()) {
     RequireOwnInstructions(product);
     for (const std::string& path : paths)
@@ -94,7 +94,7 @@ Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Ri
         // Their directories may be in many places: whoever writes a few files looks there only where the run
         // before him may have left one.
         if (m_lock->MayFollowOneCutShort()) Staging::RemoveLeftOvers(product.State().Path(), true);
-        if (m_records) SettleCutShort(product, *m_lock, goesBack);
+        if (m_records) SettleCutShort(product, *m_lock, purpose);
     }
     for (const std::string& path : paths)
         RequireRoom(path);

@@ -127,8 +127,8 @@ void CommitRecord::RememberShipped() {
 bool CommitRecord::IsKnown(const PlannedTarget& planned) const {
     const KnownFile* const known = m_plan.Known().Find(planned.path);
     return known != nullptr && known->state.knowledge.roles.count(m_product.Role()) != 0 &&
-           known->state.knowledge.templateName == planned.target.templateName && !planned.isTouched &&
-           !planned.isRenderingNew;
+           known->state.knowledge.templateName == planned.target.templateName &&
+           planned.foundAs != FoundAs::Edited && !planned.isRenderingNew;
 }
 
 FileToRecord CommitRecord::Remembered(const ExpectedFile& expected) const {

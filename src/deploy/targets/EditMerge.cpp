@@ -37,6 +37,12 @@ bool HasOtherMode(const PlannedTarget& planned, const KnownFile& known) {
 
 }  // namespace
 
+OnEdit ConfiguredOnEdit(Host& host) {
+    const std::string wanted = host.Param("ZET_ON_EDIT");
+    if (wanted == "merge") return OnEdit::Merge;
+    return wanted == "refuse" ? OnEdit::Refuse : OnEdit::AsConfigured;
+}
+
 FileOutcome::Result ChangeOf(const PlannedTarget& planned) {
     if (!planned.before.exists) return FileOutcome::Result::Created;
     const bool isSame = planned.before.mode == planned.after.mode && planned.staged->IsIn(planned.path);
@@ -56,7 +62,8 @@ void EditMerge::KeepMerged(PlannedTarget& planned) const {
     planned.holdsMerge = known->HoldsMerge();
     if (!planned.holdsMerge) return;
     planned.isRenderingNew = !IsMergedWith(m_host, *known, planned.staged->Text());
-    if (!planned.isTouched && !planned.isRenderingNew) Take(planned, ReadFileBytes(planned.path));
+    if (planned.foundAs != FoundAs::Edited && !planned.isRenderingNew)
+        Take(planned, ReadFileBytes(planned.path));
 }
 
 std::vector<Problem> EditMerge::Merge(PlannedTarget& planned) const {

@@ -40,8 +40,7 @@ class WayBack {
     void Look(UndoResult& result) {
         for (FileToPutBack& file : m_files) {
             m_product.RequireGoOn();
-            for (Problem& problem : file.Look(m_writing, m_others))
-                result.problems.push_back(std::move(problem));
+            Append(result.problems, file.Look(m_writing, m_others));
         }
     }
 
@@ -71,8 +70,7 @@ class WayBack {
         change.file->kind = FileKind::Status;
         change.isWritten = true;
         m_files.emplace_back(m_product, std::move(change));
-        for (Problem& problem : m_files.back().Look(m_writing, m_others))
-            result.problems.push_back(std::move(problem));
+        Append(result.problems, m_files.back().Look(m_writing, m_others));
     }
 
     std::list<FileToPutBack>::iterator FileNamed(const std::string& name) {

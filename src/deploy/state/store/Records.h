@@ -151,6 +151,12 @@ struct KnownFile {
     bool HoldsMerge() const { return kind == FileKind::Target && state.knowledge.IsMerge(); }
 };
 
+/// The role whose command the notice of a file names: of one that nobody has committed, the own.
+inline Role NamedRoleOf(const KnownFile* known, Role own) {
+    const bool isCommitted = known != nullptr && known->state.knowledge.IsCommitted();
+    return isCommitted ? known->state.knowledge.namedRole.value_or(own) : own;
+}
+
 }  // namespace ZET::Deploy
 
 #endif
