@@ -78,6 +78,21 @@ $HOST/out/client.conf: put back as it was, mode 0644 -> 0640"
     assert_equal "$(names_in out) $(names_in state)" "both.conf client.conf zet.lock"
 }
 
+@test "what stays for the other role names its command from its next commit on" {
+    PROGRAM=$ZET_BIN/zet-init zet -q rollback-config
+    assert_file out/both.conf "$(notice both.conf zet-init)"$'\nx\n'
+    run_zet status
+    assert_status 3
+    [[ $output == *"$HOST/out/both.conf: pending"* ]]
+    run_zet commit-config
+    assert_status 0
+    assert_file out/both.conf "$(notice both.conf zet-client)"$'\nx\n'
+    run_zet status
+    assert_status 0
+    zet -q rollback-config
+    assert_file out/both.conf $'old both\n'
+}
+
 @test "where the history is damaged, a rollback leaves what may be of both roles" {
     break_store
     run_zet rollback-config

@@ -209,14 +209,14 @@ void CommitPlan::Add(const Target& target, const CheckedPlace& place, OnEdit onE
 }
 
 /// The state of a target is the host's and not the role's: where only the command that the notice names would
-/// be another one, the first role to commit it has named it.
+/// be another one, the first role to commit it has named it, until that role is rolled back.
 void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
     const std::string& name = planned.target.templateName;
     planned.version = there.Version();
     planned.before = there.State();
     const KnownFile* const known = m_known->Find(planned.path);
     const bool isRecorded = known != nullptr && known->state.knowledge.IsCommitted();
-    planned.namedRole = NamedRoleOf(known, m_product.Role());
+    planned.namedRole = RoleToName(known, m_product.Role());
     const bool isShown = !planned.target.check.empty() && RunsOwnChecks(m_product.Wanted());
     const bool isMerge = known != nullptr && known->HoldsMerge();
     const auto stageFor = [&](Role role) {

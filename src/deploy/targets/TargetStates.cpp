@@ -166,7 +166,7 @@ class StateTeller {
         const Role own = m_product.Role();
         const bool isMerge = known != nullptr && known->HoldsMerge();
         const ComparedRendering rendering =
-            RenderUnlessThere(m_product, {m_staging, templateName, NamedRoleOf(known, own), isMerge}, there);
+            RenderUnlessThere(m_product, {m_staging, templateName, RoleToName(known, own), isMerge}, there);
         m_staged = rendering.staged;
         if (m_staged == nullptr) return true;
         if (!rendering.isOther && IsAsStaged(path)) return true;

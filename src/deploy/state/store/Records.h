@@ -157,6 +157,12 @@ inline Role NamedRoleOf(const KnownFile* known, Role own) {
     return isCommitted ? known->state.knowledge.namedRole.value_or(own) : own;
 }
 
+/// The one whose command a new rendering names: the former, as long as that role has the file.
+inline Role RoleToName(const KnownFile* known, Role own) {
+    const Role named = NamedRoleOf(known, own);
+    return known == nullptr || known->state.knowledge.roles.contains(named) ? named : own;
+}
+
 }  // namespace ZET::Deploy
 
 #endif
