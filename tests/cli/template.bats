@@ -227,6 +227,29 @@ extra = x example.org
     assert_refusal 2 '--value: "extra" has a line feed in its value (give one without)'
 }
 
+@test "process warns of values that the template does not use" {
+    run_zet template process two.conf out --value DOMAIN=foo
+    assert_status 0
+    assert_stderr "zet-client: warning: --value: [two.conf] does not use \${DOMAIN} (correct its name)"
+    run_zet template process -n one.conf out --value REALM=X --value nix=2 --value extra='${x}' --value x=1
+    assert_status 3
+    assert_stderr "zet-client: warning: --value: [one.conf] does not use \${REALM} (did you mean realm?)
+zet-client: warning: --value: [one.conf] does not use \${nix} (correct its name)"
+    run_zet template process one.conf - --value extar=1
+    assert_status 1
+    [[ $stderr == "zet-client: warning: --value: [one.conf] does not use \${extar} (did you mean extra?)"$'\n'* ]]
+    run_zet template process none.conf - --value extra=1
+    [[ $stderr != *warning* ]]
+}
+
+@test "the warning of an unused value tells nothing of a template that others may not read" {
+    chmod 640 templates/one.conf
+    run_zet template process one.conf - --value extar=1 --value REALM=X
+    assert_status 1
+    [[ $stderr == *"does not use \${extar} (correct its name)"* && $stderr == *"(did you mean realm?)"* ]] ||
+        differ "warnings" "of realm alone" "$stderr"
+}
+
 @test "process tells all problems of the template and writes nothing" {
     printf 'a ${nope} ${neither}\n${realm\nloop = ${loop}\n' >templates/bad.conf
     remember_host

@@ -21,6 +21,7 @@
 #include "deploy/targets/TemplateFiles.h"
 #include "deploy/targets/Templates.h"
 #include "deploy/targets/UnkeptText.h"
+#include "deploy/targets/UnknownNames.h"
 #include "posix/ModeBits.h"
 #include "zet/ZETFiles.h"
 
@@ -64,7 +65,11 @@ void InstallForHolder(Deployment& product, const std::string& templateName, cons
 std::vector<Problem> CheckRendering(Deployment& product, const Rendering& rendering) {
     StringMap values = rendering.values;
     values.insert(product.TemplateValues().begin(), product.TemplateValues().end());
-    std::vector<Problem> problems = CheckTemplateFile(product, rendering.templateName, values);
+    std::set<std::string> used;
+    Text::ValuesToCheck toCheck(values, &used);
+    CheckedTemplate checked = CheckTemplate(product, rendering.templateName, toCheck);
+    if (checked.size > 0) WarnOfUnusedValues(product, rendering, used);
+    std::vector<Problem> problems = std::move(checked.problems);
     for (Problem& problem : product.Values().Problems())
         problems.push_back(std::move(problem));
     return problems;

@@ -28,7 +28,7 @@ struct Rendering {
     StringMap values;  ///< by placeholder; they win over the template values
 };
 
-/// What keeps the template from being rendered.
+/// What keeps the template from being rendered. Values that it does not use are told.
 std::vector<Problem> CheckRendering(Deployment& product, const Rendering& rendering);
 
 /// The text that the template renders to; it must have been checked.
