@@ -94,15 +94,33 @@ TemplateProcess::TemplateProcess(Deployment& product, const Rendering& rendering
     RequireNoCompanion(m_path);
     if (StateOf(m_path).exists) RequireReadableFile(m_path);
     std::vector<std::string> files = {m_path};
+    Writing::Right right = Writing::Right::OfTheProductIfAny;
     const std::string workingCopy = WorkingCopy(product, rendering.templateName);
-    if (!IsFileExist(workingCopy)) files.push_back(workingCopy);
-    m_writing = std::make_unique<Writing>(product, files, Writing::Right::OfTheProduct);
+    if (!IsFileExist(workingCopy)) {
+        files.push_back(workingCopy);
+        right = Writing::Right::OfTheProduct;
+    }
+    m_writing = std::make_unique<Writing>(product, files, right);
 }
 
-FileOutcome TemplateProcess::Run() {
-    if (m_product.Wanted().dryRun) return RunInTrial();
-    Writing::Begin();
-    return RunInPlace();
+std::vector<FileOutcome> TemplateProcess::Run() {
+    std::optional<FileOutcome> copy = CopyToInstall();
+    if (!m_product.Wanted().dryRun) Writing::Begin();
+    std::vector<FileOutcome> outcomes = {m_product.Wanted().dryRun ? RunInTrial() : RunInPlace()};
+    if (copy) outcomes.push_back(std::move(*copy));
+    return outcomes;
+}
+
+/// None: there is one already.
+std::optional<FileOutcome> TemplateProcess::CopyToInstall() const {
+    const TemplateFiles files = FilesOfTemplate(m_product, m_rendering.templateName);
+    if (IsFileExist(files.workingCopy)) return std::nullopt;
+    FileOutcome outcome;
+    outcome.file = files.name;
+    outcome.path = files.workingCopy;
+    outcome.result = FileOutcome::Result::Created;
+    outcome.after = StateOf(files.shipped);
+    return outcome;
 }
 
 /// What putting `made` into the target's place does, or would do.
