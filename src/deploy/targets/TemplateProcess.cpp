@@ -231,6 +231,7 @@ FileOutcome TemplateProcess::RunInPlace() {
             [&](const std::string& file) { RenderOnce(m_product, name, file, m_path, m_rendering.values); },
             judge);
     } catch (const LeftAsItIs&) {
+        recording.Complete();  // a working copy may have come
         return outcome;
     }
     recording.Complete();

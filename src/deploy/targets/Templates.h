@@ -42,10 +42,11 @@ class TemplateProcess {
     TemplateProcess(Deployment& product, const Rendering& rendering, const std::string& target,
                     bool isForced);
 
-    /// The template must have been checked.
-    FileOutcome Run();
+    /// The template must have been checked. The file, and the working copy where that is installed.
+    std::vector<FileOutcome> Run();
 
   private:
+    std::optional<FileOutcome> CopyToInstall() const;
     FileOutcome Planned(const std::string& made, const FileState& after);
     ShownDiff DiffOf(const std::string& before, const std::string& made);
     void JudgeEdits();
