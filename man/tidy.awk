@@ -2,5 +2,5 @@
 # end of an indented part begins behind it.
 /^\.P$/ { held = 1; next }
 /^\.RE$/ { print; next }
-held { if (!/^\.SH/ && !after_heading && !/^\.TS/) print ".P"; held = 0 }
-{ print; after_heading = /^\.(SH|TH)/ }
+held { if (!/^\.S[HS]/ && !after_heading && !/^\.TS/) print ".P"; held = 0 }
+{ print; after_heading = /^\.(SH|SS|TH)/ }

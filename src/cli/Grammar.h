@@ -93,7 +93,7 @@ class Grammar {
 
   private:
     static Role RoleOf(const std::string& program) {
-        return program == "zet-init" ? Role::Server : Role::Client;
+        return program == ProgramOf(Role::Server) ? Role::Server : Role::Client;
     }
 
     static bool AsksForVersionAlone(const WordFilter::Words& words) {

@@ -81,7 +81,7 @@ EDITS=("param set FILE other 2" "line set FILE ^plain p=2" "file strip FILE" "fi
     assert_refusal 1 "$LIST: the list of targets cannot be read: No such file or directory (install the product's templates, or correct ZET_CFG_TEMPL_DIR)"
     : >"$LIST"
     run_zet adopt "$ONE"
-    assert_refusal 1 "$ONE: was made from [one.conf], which no list has for it any more (put it into the lists again; \"rollback-config --force\" puts back what was there before)"
+    assert_refusal 1 "$ONE: was made from [one.conf], which no list has for it any more (put it into the lists again; \"rollback-config --force $ONE\" puts back what was there before)"
 }
 
 @test "what a commit wrote is known by the history where somebody took the reserve away, too" {
@@ -95,6 +95,18 @@ EDITS=("param set FILE other 2" "line set FILE ^plain p=2" "file strip FILE" "fi
     echo more >>"$ONE"
     run_zet adopt "$ONE"
     assert_status 0
+}
+
+@test "what no list has any more is taken back by the program of the role that committed it" {
+    sed -i 's/^roles = .*/roles = "server"/' "$LIST"
+    server -q commit-config
+    : >"$LIST"
+    assert_guarded "$ONE: was made by a commit, and no list has it any more (put it into the lists again, take it back with \"zet-init rollback-config $ONE\", or use --force)" \
+        "$ONE" "${EDITS[@]}"
+    run_zet rollback-config "$ONE"
+    assert_status 2
+    server rollback-config "$ONE"
+    assert_file "$ONE" $'old = 1\n'
 }
 
 @test "of a target that is not in force any more, the message is true" {

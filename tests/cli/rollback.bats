@@ -474,7 +474,7 @@ $TWO: removed, as there was none before"
         assert_status 1
         assert_output "$ONE: put back as it was, mode 0644 -> 0640
 $TWO: removed, as there was none before"
-        [[ $stderr == *"error: "*"list of targets "*"only the files that the last commit recorded are put back"$'\n' ]]
+        [[ $stderr == *"error: "*"list of targets "*"only the files that are on record are put back"$'\n' ]]
         assert_as_before
         run_zet rollback-config
         assert_status 1
@@ -549,7 +549,7 @@ $TWO: edited, stays as it is"
     text=$(<"$ONE")
     run_zet rollback-config "$ONE"
     assert_status 1
-    [[ $output == *"$ONE: has no reserve any more, stays as it is and on record (\"history\" tells what is kept of it; --force forgets it)"* ]] ||
+    [[ $output == *"$ONE: has no reserve, stays as it is and on record (\"history $ONE\" tells what is kept of it; --force forgets it)"* ]] ||
         differ rollback "no reserve" "$output"
     assert_equal "$(<"$ONE")" "$text"
     run_zet status
@@ -582,7 +582,7 @@ $TWO: edited, stays as it is"
     zet -q commit-config
     rm "$ONE.before_zet"
     zet -q option set REALM OTHER.ORG
-    local told="zet-client: warning: $ONE: has no reserve any more, and gets none, as the product's own work is no original (\"history $ONE\" tells where that is kept)"
+    local told="zet-client: warning: $ONE: has no reserve, and gets none, as the product's own work is no original (\"history $ONE\" tells where that is kept)"
     run_zet commit-config -n
     assert_status 3
     [[ $stderr == *"$told"* ]]

@@ -50,7 +50,7 @@ teardown() {
     zet -q param set --no-backup --no-markers other x 2
     run_zet rollback-config
     assert_status 1
-    [[ $output == *"$HOST/other: was edited without markers and has no reserve, stays as it is"* ]]
+    [[ $output == *"$HOST/other: was edited without markers and has no reserve, stays as it is (--force forgets it)"* ]]
     assert_file other $'x=2\n'
 }
 
@@ -68,6 +68,29 @@ teardown() {
     run_zet rollback-config out/one.conf
     assert_status 0
     grep -qx a=3 conf
+}
+
+@test "an edit that is named goes back alone" {
+    zet -q commit-config
+    run_zet rollback-config conf
+    assert_status 0
+    assert_output "$HOST/conf: put back as it was"
+    assert_file conf $'a=1\nb=2\n'
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
+    run_zet status
+    assert_status 0
+}
+
+@test "without a list, what was edited in place goes back all the same" {
+    mv templates/targets.toml list
+    run_zet rollback-config
+    assert_status 1
+    assert_output "$HOST/conf: put back as it was"
+    [[ $stderr == *"list of targets "*"only the files that are on record are put back"$'\n' ]]
+    assert_file conf $'a=1\nb=2\n'
+    run_zet rollback-config
+    assert_status 1
+    [[ $stderr != *"on record"* ]]
 }
 
 @test "what was taken back can be undone" {
@@ -129,7 +152,7 @@ teardown() {
     rm conf.before_zet
     run_zet param set conf b 5
     assert_status 0
-    assert_stderr "zet-client: warning: conf: has no reserve any more, and gets none, as the product's own work is no original (\"history $HOST/conf\" tells where that is kept)"
+    assert_stderr "zet-client: warning: conf: has no reserve, and gets none, as the product's own work is no original (\"history $HOST/conf\" tells where that is kept)"
     assert_output "conf: changed"
     assert_absent conf.before_zet
     run_zet rollback-config
@@ -145,7 +168,7 @@ teardown() {
     zet -q option set DOMAIN other.org
     run_zet commit-config
     assert_status 0
-    [[ $stderr == *"$HOST/listed: has no reserve any more, and gets none"* ]]
+    [[ $stderr == *"$HOST/listed: has no reserve, and gets none"* ]]
     assert_absent listed.before_zet
 }
 
@@ -159,7 +182,7 @@ teardown() {
     for round in 1 2; do
         run_zet rollback-config
         assert_status 1
-        [[ $output == *"$HOST/other: was edited without markers, and may hold what others wrote, stays as it is"* ]] || differ rollback named "$output"
+        [[ $output == *"$HOST/other: was edited without markers, and may hold what others wrote, stays as it is (--force puts back what was there before)"* ]] || differ rollback named "$output"
         assert_file other $'x=2\nmine=1\n'
     done
     run_zet rollback-config --force

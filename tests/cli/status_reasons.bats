@@ -46,6 +46,40 @@ edits() {
     [[ $output == *$'\n'"1 in sync, 1 kept"$'\n' ]]
 }
 
+# assert_kept REASON: what left the list is kept, and the next commit does keep it.
+assert_kept() {
+    run_zet status
+    assert_status 0
+    [[ $output == *$'\n'"$ONE: kept"$'\n'* ]] || differ status kept "$output"
+    assert_stderr "zet-client: warning: $ONE: was committed and is not in force any more ($1)"
+    run_zet commit-config
+    assert_status 0
+    run_zet status
+    [[ $output == *$'\n'"$ONE: kept"$'\n'* ]] || differ status "kept after the commit" "$output"
+    run_zet rollback-config --force "$ONE"
+    assert_status 0
+    run_zet status
+    [[ $output != *"$ONE"* ]] || differ status forgotten "$output"
+}
+
+@test "what left the list without its reserve is kept, as the next commit does" {
+    original one.conf $'old\n'
+    zet -q commit-config
+    sed -i 's/^target = .*one.conf"/&\nenabled = false/' "$LIST"
+    rm "$ONE.before_zet"
+    assert_kept "it has no reserve, and stays; \"rollback-config --force $ONE\" forgets it"
+}
+
+@test "what left the list with its directory is kept, as the next commit does" {
+    mkdir out/mounted
+    ONE=$HOST/out/mounted/one.conf
+    sed -i "s|^target = .*one.conf\"|target = \"$ONE\"|" "$LIST"
+    zet -q commit-config
+    sed -i 's/^target = .*one.conf"/&\nenabled = false/' "$LIST"
+    mv out/mounted away
+    assert_kept "its directory is not there; \"rollback-config --force $ONE\" forgets it"
+}
+
 @test "of a target that a commit would refuse, status says so" {
     zet -q commit-config
     echo '${nothing}' >>etc/one.conf

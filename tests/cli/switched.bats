@@ -206,6 +206,24 @@ zet-client: \"history show 2 $E\" shows what it held"
     assert_status 0
 }
 
+@test "lines are set in no text of the template whose reserve is gone, until what was there is given up" {
+    profile full
+    zet -q commit-config
+    rm "$E.before_zet"
+    profile lines
+    run_zet commit-config
+    assert_refusal 1 "$LIST:5: $E: was made from a template, and has no reserve in which to set the line (put back $E.before_zet, or give up what was there before the template: \"rollback-config --force $E\")
+zet-client: nothing was changed"
+    printf 'orig=1\nNTP=old\n' >"$E.before_zet"
+    run_zet commit-config -n
+    assert_status 3
+    rm "$E.before_zet"
+    zet -q rollback-config --force "$E"
+    run_zet commit-config
+    assert_status 0
+    grep -Fx NTP=1 "$E"
+}
+
 @test "a file that there was only for its template goes first, or with an edit that may do without" {
     rm out/e.conf
     profile full

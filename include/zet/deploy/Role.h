@@ -16,6 +16,11 @@ constexpr const char* NameOf(Role role) {
     return role == Role::Server ? "server" : "client";
 }
 
+/// The command for hosts of the role.
+constexpr const char* ProgramOf(Role role) {
+    return role == Role::Server ? "zet-init" : "zet-client";
+}
+
 /// None for a word that names no role.
 constexpr std::optional<Role> RoleNamed(std::string_view name) {
     for (const Role role : kRoles)

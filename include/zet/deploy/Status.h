@@ -51,8 +51,11 @@ struct ListedEditState {
 
 /// A file that was committed and is not in force any more.
 struct LeftOver {
+    /// What the next commit does to it: it takes it back, or leaves it.
+    enum class Fate { GoesBack, StaysEdited, StaysWithoutReserve, StaysOutOfReach };
+
     std::string path;
-    bool isEdited = false;  ///< since; the next commit leaves it, and takes back the others
+    Fate fate = Fate::GoesBack;
     std::string templateName{};
 };
 

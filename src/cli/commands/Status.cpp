@@ -33,7 +33,7 @@ constexpr char kUnknown[] = ZET_TEXT("unknown");
 [[maybe_unused]] constexpr const char* kReasons[] = {
     ZET_TEXT("template refused"), ZET_TEXT("no regular file"), ZET_TEXT("made under another root")};
 
-/// Of what was committed and is not in force any more: the next commit takes it back, or leaves it edited.
+/// Of what was committed and is not in force any more: the next commit takes it back, or leaves it.
 constexpr char kLeftOver[] = ZET_TEXT("left over");
 constexpr char kKept[] = ZET_TEXT("kept");
 
@@ -90,7 +90,7 @@ void TellTarget(Session& session, const TargetState& target) {
 }
 
 const char* StateOf(const LeftOver& leftOver) {
-    return leftOver.isEdited ? kKept : kLeftOver;
+    return leftOver.fate == LeftOver::Fate::GoesBack ? kLeftOver : kKept;
 }
 
 std::vector<std::string> StatesOf(const TargetStates& states) {
@@ -145,14 +145,27 @@ void TellLeftOvers(Session& session, const std::vector<LeftOver>& leftOvers) {
     }
 }
 
+std::string WordsOf(const LeftOver& leftOver, const std::string& name) {
+    switch (leftOver.fate) {
+        case LeftOver::Fate::StaysEdited:
+            return Filled(_("it was edited since, and stays until \"rollback-config --force %s\""), {name});
+        case LeftOver::Fate::StaysWithoutReserve:
+            return Filled(_("it has no reserve, and stays; \"rollback-config --force %s\" forgets it"),
+                          {name});
+        case LeftOver::Fate::StaysOutOfReach:
+            return Filled(_("its directory is not there; \"rollback-config --force %s\" forgets it"), {name});
+        case LeftOver::Fate::GoesBack:
+            break;
+    }
+    return _("the next commit takes it back");
+}
+
 void WarnOfLeftOvers(Session& session, const std::vector<LeftOver>& leftOvers) {
+    const Paths& paths = session.Product().HostPaths();
     for (const LeftOver& leftOver : leftOvers) {
-        session.Out().Warning(
-            leftOver.path + ": " +
-            (leftOver.isEdited
-                 ? _("was committed and is not in force any more (it was edited since, and stays "
-                     "until \"rollback-config --force\")")
-                 : _("was committed and is not in force any more (the next commit takes it back)")));
+        const std::string words = WordsOf(leftOver, paths.NameInside(leftOver.path));
+        session.Out().Warning(leftOver.path + ": " +
+                              Filled(_("was committed and is not in force any more (%s)"), {words}));
     }
 }
 

@@ -310,11 +310,13 @@ std::string TemplateToAdoptInto(Deployment& product, const std::string& file, co
     }
     if (const Target* const target = lists.TargetNamed(name)) return target->templateName;
     RequireWhole(ReadTargetList(product));
-    throw Failure({.file = path,
-                   .text = Words("was made from [%s], which no list has for it any more",
-                                 known->state.knowledge.templateName),
-                   .remedy = _("put it into the lists again; \"rollback-config --force\" puts back what was "
-                               "there before")});
+    throw Failure(
+        {.file = path,
+         .text = Words("was made from [%s], which no list has for it any more",
+                       known->state.knowledge.templateName),
+         .remedy = Words("put it into the lists again; \"rollback-config --force %s\" puts back what "
+                         "was there before",
+                         name)});
 }
 
 }  // namespace

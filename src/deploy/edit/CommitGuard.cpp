@@ -66,8 +66,7 @@ void CommitGuard::RequireNoTarget(const KnownFile& known) const {
     if (target == nullptr) {
         RequireTellingLists();
         Refuse(_("was made by a commit, and no list has it any more"),
-               Words("put it into the lists again, take it back with \"rollback-config %s\", or use --force",
-                     m_product.HostPaths().NameInside(m_path)));
+               Words("put it into the lists again, take it back with \"%s\", or use --force", Rollback(known)));
     }
     const std::set<Role>& roles = known.state.knowledge.roles;
     const bool isInForce = target->IsInForce() && std::any_of(roles.begin(), roles.end(),
@@ -78,6 +77,14 @@ void CommitGuard::RequireNoTarget(const KnownFile& known) const {
                _("commit first, or use --force"));
     Refuse(Words("is made from [%s] and the next commit overwrites it", target->templateName),
            Words("edit %s and commit, or use --force", WorkingCopy(m_product, target->templateName)));
+}
+
+/// The command that takes the file back, which is that of a role that has it.
+std::string CommitGuard::Rollback(const KnownFile& known) const {
+    const std::string words = "rollback-config " + m_product.HostPaths().NameInside(m_path);
+    const std::set<Role>& roles = known.state.knowledge.roles;
+    if (roles.contains(m_product.Role())) return words;
+    return ProgramOf(OtherRole(m_product.Role())) + (" " + words);
 }
 
 void CommitGuard::RequireTellingLists() const {

@@ -28,6 +28,7 @@ class CommitGuard {
   private:
     std::optional<KnownFile> CommittedFile() const;
     void RequireNoTarget(const KnownFile& known) const;
+    std::string Rollback(const KnownFile& known) const;
     void RequireKept(const std::string& made) const;
     const ListedEdit* EntryOf(const RememberedLine& line) const;
     void RequireTellingLists() const;

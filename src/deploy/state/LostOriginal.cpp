@@ -41,10 +41,10 @@ bool IsOriginalLost(Host& host, const std::string& path) {
 }
 
 void WarnOfLostOriginal(Host& host, const std::string& path) {
-    host.Out().Warning(Words(
-        "%s: has no reserve any more, and gets none, as the product's own work is no original (\"history "
-        "%s\" tells where that is kept)",
-        path, NameOf(host, path)));
+    host.Out().Warning(
+        Words("%s: has no reserve, and gets none, as the product's own work is no original (\"history "
+              "%s\" tells where that is kept)",
+              path, NameOf(host, path)));
 }
 
 }  // namespace ZET::Deploy

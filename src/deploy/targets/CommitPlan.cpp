@@ -102,8 +102,7 @@ void CommitPlan::AddTakenBack() {
     std::set<std::string> inForce = m_inForce;
     for (const PlannedEdits& planned : m_edits->Files())
         if (planned.file.original) inForce.insert(planned.file.path);
-    m_takeBack = std::make_unique<TakeBack>(m_product, *m_known,
-                                            TakeBack::Ways{.force = _("\"rollback-config --force\"")});
+    m_takeBack = std::make_unique<TakeBack>(m_product, *m_known, TakeBack::Ways{.isOfCommit = true});
     for (const std::string& path : m_known->PathsOf(m_product.Role())) {
         m_product.RequireGoOn();
         if (inForce.contains(path)) continue;

@@ -90,7 +90,7 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const Wr
         if (!isLeft) edit.remark = _("is not there");
         return edit;
     }
-    if (!now.IsRegular()) return {Way::Keep, _("is no regular file, stays as it is")};
+    if (!now.IsRegular()) return {Way::LeaveIrregular};
     const bool isAsLeft = known.IsAsLeft(file.path);
     const std::string text = ReadFileBytes(file.path);
     const bool mayGoBack = edit.others.empty() && IsFileExist(file.Reserve());
@@ -114,9 +114,6 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const Wr
         edit.remark = _("has no reserve, stays as it is");
     } else if (isAsLeft || edit.isUnmarked) {
         edit.way = Way::Keep;
-        edit.remark = IsFileExist(file.Reserve())
-                          ? _("was edited without markers, and may hold what others wrote, stays as it is")
-                          : _("was edited without markers and has no reserve, stays as it is");
     } else {
         edit.remark = _("holds no managed block any more, stays as it is");
     }

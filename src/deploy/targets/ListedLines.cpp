@@ -10,6 +10,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/LostOriginal.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/EditedTargets.h"
@@ -181,7 +182,15 @@ class Finder {
         if (!file.isThere) return nullptr;  // it goes with its template
         throw Failure({.file = edit.path,
                        .text = _("was made from a template, and has no reserve in which to set the line"),
-                       .remedy = Words("\"rollback-config %s\" first", edit.path)});
+                       .remedy = WayWithoutReserve(edit, path)});
+    }
+
+    std::string WayWithoutReserve(const ListedEdit& edit, const std::string& path) const {
+        if (IsFileExist(path + ZETAbsenceSuffix) || !IsKnownAsWritten(m_product, path))
+            return Words("\"rollback-config %s\" first", edit.path);
+        return Words(
+            "put back %s, or give up what was there before the template: \"rollback-config --force %s\"",
+            path + ZETReserveSuffix, edit.path);
     }
 
     /// Whether a commit has made the file from a template.

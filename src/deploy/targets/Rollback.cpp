@@ -43,7 +43,7 @@ class Rollback {
           m_isLocked(isLocked),
           m_recording(product, Recording::Use::OfTheProduct, isLocked, true),
           m_known(product, KnownFiles::Unusable::IsTold),
-          m_takeBack(product, m_known, {options.force, options.keepEdits, "--force"}) {}
+          m_takeBack(product, m_known, {options.force, options.keepEdits}) {}
 
     RollbackResult Run() {
         const WrittenFiles all = FindWrittenFiles(m_product, m_known);
@@ -94,10 +94,10 @@ class Rollback {
 
     /// Of the files that were asked for; of all, those that were edited in place included, when none was.
     std::vector<Step> Steps(const std::vector<WrittenFile>& written) {
-        std::vector<WrittenFile> files = m_names.empty() ? written : Named(m_product, written, m_names);
-        if (m_names.empty())
-            for (WrittenFile& file : FindEditedFiles(m_product, m_known, written))
-                files.push_back(std::move(file));
+        std::vector<WrittenFile> files = written;
+        for (WrittenFile& file : FindEditedFiles(m_product, m_known, written))
+            files.push_back(std::move(file));
+        if (!m_names.empty()) files = Named(m_product, files, m_names);
         std::vector<Step> steps;
         for (WrittenFile& file : files) {
             m_product.RequireGoOn();

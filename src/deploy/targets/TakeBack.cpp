@@ -60,8 +60,8 @@ void TakeBackStep::Tell(Result result, const std::string& remark) {
 void TakeBack::Decide(TakeBackStep& step) {
     if (step.file.trouble) throw Failure(*step.file.trouble);
     if (!m_ways.isForced && IsOutOfReach(step.file)) {
-        Keep(step,
-             Words("its directory is not there, so that it stays on record (%s forgets it)", m_ways.force));
+        Keep(step, Words("its directory is not there, so that it stays on record (%s forgets it)",
+                         Force(step.file)));
         return;
     }
     step.version = VersionOf(step.file.path);
@@ -75,12 +75,11 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
     const FileState now = StateOf(file.path);
     step.hasReserve = reserve.exists;
     if (!reserve.exists && !record.exists) {
-        if (now.exists && !m_ways.isForced && IsReserveLost(file))
-            return Keep(
-                step,
-                Words("has no reserve any more, stays as it is and on record (\"history\" tells what is "
-                      "kept of it; %s forgets it)",
-                      m_ways.force));
+        if (!m_ways.isForced && IsReserveLost(file))
+            return Keep(step,
+                        Words("has no reserve, stays as it is and on record (\"history %s\" tells what is "
+                              "kept of it; %s forgets it)",
+                              file.named, Force(file)));
         step.action = Action::OnlyRecord;
         step.Tell(Result::Unchanged, now.exists ? _("has no reserve, stays as it is") : _("is not there"));
         return;
@@ -113,7 +112,10 @@ bool TakeBack::DecideEdit(TakeBackStep& step) {
         case EditToTakeBack::Way::Reserve:
             return false;
         case EditToTakeBack::Way::Keep:
-            Keep(step, edit.remark);
+            Keep(step, WordsOfKept(step.file));
+            break;
+        case EditToTakeBack::Way::LeaveIrregular:
+            Keep(step, _("is no regular file, stays as it is"));
             break;
         case EditToTakeBack::Way::Forget:
             step.action = Action::OnlyRecord;
@@ -135,6 +137,15 @@ bool TakeBack::DecideEdit(TakeBackStep& step) {
     return true;
 }
 
+std::string TakeBack::WordsOfKept(const WrittenFile& file) const {
+    return Words(
+        IsFileExist(file.Reserve())
+            ? ZET_TEXT("was edited without markers, and may hold what others wrote, stays as it is (%s "
+                       "puts back what was there before)")
+            : ZET_TEXT("was edited without markers and has no reserve, stays as it is (%s forgets it)"),
+        Force(file));
+}
+
 std::string TakeBack::WordsOfUnmarked(const WrittenFile& file) const {
     return Words(
         IsFileExist(file.Reserve())
@@ -142,7 +153,7 @@ std::string TakeBack::WordsOfUnmarked(const WrittenFile& file) const {
                        "on record (%s puts back what was there before)")
             : ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is "
                        "on record (%s forgets it)"),
-        m_ways.force);
+        Force(file));
 }
 
 void TakeBack::DecideBlocks(TakeBackStep& step, std::string text, const std::string& remark) {
@@ -179,17 +190,21 @@ void TakeBack::DecidePutBack(TakeBackStep& step, const FileState& now, const Fil
         RequireReplaceable(path);
 }
 
-/// It may come back with the file system that it was on.
 bool TakeBack::IsOutOfReach(const WrittenFile& file) const {
     const bool isOnRecord =
         file.isEdit ? m_known.Find(file.path) != nullptr : m_known.Has(file.path, m_product.Role());
     return isOnRecord && !IsFileExist(DirectoryOf(file.path));
 }
 
-/// What the other role has committed is only to be left to it.
 bool TakeBack::IsReserveLost(const WrittenFile& file) const {
-    return m_known.Has(file.path, m_product.Role()) && !m_known.Has(file.path, m_otherRole) &&
+    return IsFileExist(file.path) && !IsFileExist(file.Reserve()) && !IsFileExist(file.Record()) &&
+           m_known.Has(file.path, m_product.Role()) && !m_known.Has(file.path, m_otherRole) &&
            IsKnownAsWritten(m_product, file.path);
+}
+
+/// The words that put the file back all the same.
+std::string TakeBack::Force(const WrittenFile& file) const {
+    return m_ways.isOfCommit ? Words("\"rollback-config --force %s\"", file.named) : "--force";
 }
 
 void TakeBack::KeepEdited(TakeBackStep& step) const {
@@ -197,7 +212,7 @@ void TakeBack::KeepEdited(TakeBackStep& step) const {
     if (m_ways.keepsEdits) return step.Tell(Result::Kept, remark);
     m_product.Out().Warning(
         Words("%s: was edited since it was committed and stays (%s puts back what was there before)",
-              step.file.path, m_ways.force));
+              step.file.path, Force(step.file)));
     Keep(step, remark);
 }
 
@@ -213,7 +228,7 @@ bool TakeBack::MayBeOthers(const WrittenFile& file) const {
 void TakeBack::KeepOthers(TakeBackStep& step) const {
     const std::string remark =
         Words("may have been committed by the role %s, too, and stays (%s puts it back)",
-              RoleInWords(m_otherRole), m_ways.force);
+              RoleInWords(m_otherRole), Force(step.file));
     m_product.Out().Warning(step.file.path + ": " + remark);
     Keep(step, remark);
 }

@@ -39,9 +39,9 @@ struct TakeBackStep {
 class TakeBack {
   public:
     struct Ways {
-        bool isForced = false;          ///< what others did does not count
-        bool keepsEdits = false;        ///< an edited file stays without a word
-        std::string force = "--force";  ///< what puts back an edited file
+        bool isForced = false;    ///< what others did does not count
+        bool keepsEdits = false;  ///< an edited file stays without a word
+        bool isOfCommit = false;  ///< which cannot be forced to
     };
 
     TakeBack(Deployment& product, const KnownFiles& known, const Ways& ways)
@@ -49,6 +49,13 @@ class TakeBack {
 
     /// What cannot be read, and damaged markers, are a `Failure`.
     void Decide(TakeBackStep& step);
+
+    /// Whether it may come back with the file system that it was on.
+    bool IsOutOfReach(const WrittenFile& file) const;
+
+    /// Whether nothing tells what was there before the product. What the other role has committed is only to
+    /// be left to it.
+    bool IsReserveLost(const WrittenFile& file) const;
 
     /// What the history is told before.
     ExpectedFile Expected(const TakeBackStep& step) const;
@@ -58,11 +65,11 @@ class TakeBack {
   private:
     void DecideTarget(TakeBackStep& step);
     bool DecideEdit(TakeBackStep& step);
+    std::string WordsOfKept(const WrittenFile& file) const;
     std::string WordsOfUnmarked(const WrittenFile& file) const;
     void DecideBlocks(TakeBackStep& step, std::string text, const std::string& remark);
     void DecidePutBack(TakeBackStep& step, const FileState& now, const FileState& reserve) const;
-    bool IsOutOfReach(const WrittenFile& file) const;
-    bool IsReserveLost(const WrittenFile& file) const;
+    std::string Force(const WrittenFile& file) const;
     void KeepEdited(TakeBackStep& step) const;
     void TellOfOtherRole(TakeBackStep& step) const;
     bool MayBeOthers(const WrittenFile& file) const;

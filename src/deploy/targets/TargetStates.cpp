@@ -19,11 +19,13 @@
 #include "deploy/targets/ListedEditStates.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
+#include "deploy/targets/TakeBack.h"
 #include "deploy/targets/Targets.h"
 #include "deploy/targets/TemplateFileCheck.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "deploy/targets/TemplateStates.h"
 #include "deploy/targets/UnmarkedEdits.h"
+#include "deploy/targets/WrittenFiles.h"
 #include "text/RegionScan.h"
 
 namespace ZET::Deploy {
@@ -224,6 +226,15 @@ void AddListedEdits(Deployment& product, const KnownFiles& known, TargetStates& 
         product.Out().Warning(problem.Describe());
 }
 
+LeftOver::Fate FateOf(Deployment& product, const KnownFiles& known, const std::string& path) {
+    const TakeBack takeBack(product, known, {});
+    const std::optional<WrittenFile> file = WrittenByRecord(product, path);
+    if (file && takeBack.IsOutOfReach(*file)) return LeftOver::Fate::StaysOutOfReach;
+    if (file && takeBack.IsReserveLost(*file)) return LeftOver::Fate::StaysWithoutReserve;
+    return StateOf(path).exists && !known.IsAsLeft(path) ? LeftOver::Fate::StaysEdited
+                                                         : LeftOver::Fate::GoesBack;
+}
+
 }  // namespace
 
 RoleStatus RoleStatusOf(HostProduct& product) {
@@ -262,8 +273,8 @@ TargetStates StatesOfTargets(Deployment& product) {
         listed.insert(edit.path);
     for (const std::string& path : known.PathsOf(product.Role())) {
         if (listed.count(path) == 0)
-            result.leftOvers.push_back({path, StateOf(path).exists && !known.IsAsLeft(path),
-                                        known.Find(path)->state.knowledge.templateName});
+            result.leftOvers.push_back(
+                {path, FateOf(product, known, path), known.Find(path)->state.knowledge.templateName});
     }
     for (const std::string& path : known.EditedPaths())
         if (listed.count(path) == 0) result.edits.push_back({path, StateOfEdit(product, known, path)});
@@ -284,7 +295,7 @@ bool TargetStates::IsInSync() const {
            std::all_of(listedEdits.begin(), listedEdits.end(),
                        [](const ListedEditState& edit) { return edit.state == kInSync; }) &&
            std::all_of(leftOvers.begin(), leftOvers.end(),
-                       [](const LeftOver& leftOver) { return leftOver.isEdited; });
+                       [](const LeftOver& leftOver) { return leftOver.fate != LeftOver::Fate::GoesBack; });
 }
 
 }  // namespace ZET::Deploy

@@ -19,9 +19,9 @@ std::optional<std::vector<Target>> ListedTargets(Deployment& product, const Know
     try {
         return SelectTargets(product, {});
     } catch (const Failure& failure) {
-        if (known.PathsOf(product.Role()).empty()) throw;
+        if (known.PathsOf(product.Role()).empty() && known.EditedPaths().empty()) throw;
         product.Out().Error(failure.what(), failure.Lines());
-        product.Out().Remark(_("only the files that the last commit recorded are put back"));
+        product.Out().Remark(_("only the files that are on record are put back"));
         return std::nullopt;
     }
 }
