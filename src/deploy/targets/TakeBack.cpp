@@ -206,13 +206,20 @@ bool TakeBack::IsReserveLost(const WrittenFile& file) const {
 std::string TakeBack::Force(const WrittenFile& file) const {
     return m_ways.isOfCommit ? Words("\"rollback-config --force %s\"", file.named) : "--force";
 }
+bool TakeBack::IsAsLeftToGo(const std::string& path) const {
+    return m_known.IsOwnWork(path) || (m_known.IsAsLeft(path) && m_known.Has(path, m_otherRole));
+}
+
 
 void TakeBack::KeepEdited(TakeBackStep& step) const {
     const char* const remark = _("edited, stays as it is");
     if (m_ways.keepsEdits) return step.Tell(Result::Kept, remark);
-    m_product.Out().Warning(
-        Words("%s: was edited since it was committed and stays (%s puts back what was there before)",
-              step.file.path, Force(step.file)));
+    m_product.Out().Warning(Words(
+        m_known.IsAsLeft(step.file.path)
+            ? ZET_TEXT("%s: holds edits that a commit merged, and stays (%s puts back what was there before)")
+            : ZET_TEXT(
+                  "%s: was edited since it was committed and stays (%s puts back what was there before)"),
+        step.file.path, Force(step.file)));
     Keep(step, remark);
 }
 
@@ -236,7 +243,7 @@ void TakeBack::KeepOthers(TakeBackStep& step) const {
 /// Whether nothing but the product's work is lost when the file is replaced: it is what the product wrote, or
 /// what was there before, where a run was cut short in between. Of an edit in place, that is known by then.
 bool TakeBack::IsOwnWork(const WrittenFile& file) {
-    if (file.isEdit || m_known.IsAsLeft(file.path)) return true;
+    if (file.isEdit || IsAsLeftToGo(file.path)) return true;
     if (!StateOf(file.path).IsRegular()) return false;
     if (IsFileExist(file.Reserve()) && HaveSameModeAndBytes(file.path, file.Reserve())) return true;
     if (file.templateName.empty()) return false;
