@@ -147,13 +147,17 @@ std::string TakeBack::WordsOfKept(const WrittenFile& file) const {
 }
 
 std::string TakeBack::WordsOfUnmarked(const WrittenFile& file) const {
-    return Words(
-        IsFileExist(file.Reserve())
-            ? ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is "
-                       "on record (%s puts back what was there before)")
-            : ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is "
-                       "on record (%s forgets it)"),
-        Force(file));
+    constexpr const char* kWords[2][2] = {
+        {ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is on record "
+                  "(%s forgets it)"),
+         ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is on record "
+                  "(%s puts back what was there before)")},
+        {ZET_TEXT("the managed blocks would be taken out; what was edited without markers stays, and is on "
+                  "record (%s forgets it)"),
+         ZET_TEXT("the managed blocks would be taken out; what was edited without markers stays, and is on "
+                  "record (%s puts back what was there before)")}};
+    const bool hasReserve = IsFileExist(file.Reserve());
+    return Words(kWords[m_product.Wanted().dryRun ? 1 : 0][hasReserve ? 1 : 0], Force(file));
 }
 
 void TakeBack::DecideBlocks(TakeBackStep& step, std::string text, const std::string& remark) {
@@ -202,14 +206,14 @@ bool TakeBack::IsReserveLost(const WrittenFile& file) const {
            IsKnownAsWritten(m_product, file.path);
 }
 
-/// The words that put the file back all the same.
-std::string TakeBack::Force(const WrittenFile& file) const {
-    return m_ways.isOfCommit ? Words("\"rollback-config --force %s\"", file.named) : "--force";
-}
 bool TakeBack::IsAsLeftToGo(const std::string& path) const {
     return m_known.IsOwnWork(path) || (m_known.IsAsLeft(path) && m_known.Has(path, m_otherRole));
 }
 
+/// The words that put the file back all the same.
+std::string TakeBack::Force(const WrittenFile& file) const {
+    return m_ways.isOfCommit ? Words("\"rollback-config --force %s\"", file.named) : "--force";
+}
 
 void TakeBack::KeepEdited(TakeBackStep& step) const {
     const char* const remark = _("edited, stays as it is");
