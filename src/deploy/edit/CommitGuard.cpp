@@ -50,6 +50,21 @@ CommitGuard::CommitGuard(Deployment& product, const std::string& path, const Edi
 }
 
 /// Without a history that can be used, nobody can tell; the edit keeps its reserve.
+/// Without a history that can be used, nobody can tell: who goes back needs none.
+void CommitGuard::RequireNoMark(Deployment& product, const std::string& path, const EditOptions& options) {
+    if (options.force) return;
+    std::optional<KnownFile> known;
+    try {
+        known = product.Lists().CommittedFile(product.Lists().NameOf(path));
+    } catch (const Failure&) {
+        return;
+    }
+    if (!known || !known->state.knowledge.IsCommitted()) return;
+    const CommitGuard guard(product, path);
+    guard.Refuse(_("was made by a commit, and there was no such file before"),
+                 Words("take it back with \"%s\", or use --force", guard.Rollback(*known)));
+}
+
 std::optional<KnownFile> CommitGuard::CommittedFile() const {
     try {
         return m_product.Lists().CommittedFile(m_product.Lists().NameOf(m_path));
