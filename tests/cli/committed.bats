@@ -24,7 +24,7 @@ EDITS=("param set out/one.conf other 2" "param restore out/one.conf other" "line
     for edit in "${EDITS[@]}"; do
         for option in -n -v; do
             run_zet $option $edit
-            assert_refusal 1 "out/one.conf: is made from [one.conf] and the next commit overwrites it (edit $HOST/etc/one.conf and commit, or use --force)"
+            assert_refusal 1 "out/one.conf: is made from [one.conf] and the next commit overwrites it (edit $HOST/etc/one.conf and commit, or use --force and \"adopt\" the file)"
         done
     done
     assert_host_unchanged
