@@ -24,7 +24,7 @@ EDITS=("param set out/one.conf other 2" "param restore out/one.conf other" "line
     for edit in "${EDITS[@]}"; do
         for option in -n -v; do
             run_zet $option $edit
-            assert_refusal 1 "out/one.conf: is made from [one.conf] and the next commit overwrites it (edit $HOST/etc/one.conf and commit, or use --force)"
+            assert_refusal 1 "out/one.conf: is made from [one.conf] and the next commit overwrites it (edit $HOST/etc/one.conf and commit, or use --force and \"adopt\" the file)"
         done
     done
     assert_host_unchanged
@@ -104,6 +104,27 @@ EDITS=("param set out/one.conf other 2" "param restore out/one.conf other" "line
     run_zet file reserve out/one.conf
     assert_status 0
     run_zet file restore -n out/one.conf
+    assert_status 3
+}
+
+@test "the mark of a committed target that was not there before is not dropped, and a rollback removes it" {
+    add_target two.conf $'plain\n'
+    server -q commit-config
+    remember_host
+    local option
+    for option in -n -v; do
+        run_zet $option file restore out/two.conf
+        assert_refusal 1 "out/two.conf: was made by a commit, and there was no such file before (take it back with \"zet-init rollback-config out/two.conf\", or use --force)"
+    done
+    assert_host_unchanged
+    run_zet file restore -n --force out/two.conf
+    assert_status 3
+    server -q rollback-config "$HOST/out/two.conf"
+    assert_absent out/two.conf
+    # Going back needs no history.
+    server -q commit-config
+    break_store
+    run_zet file restore -n out/two.conf
     assert_status 3
 }
 

@@ -495,5 +495,5 @@ zet-client: nothing was changed"
     run_zet rollback-config
     [[ $EUID -ne 0 ]] || assert_stderr "zet-client: warning: $HOST/state/zet.lock: cannot be opened: Is a directory (move it away); the files go back all the same, and other commands are not kept away
 zet-client: warning: what is changed is not recorded: $HOST/state/zet.lock cannot be locked (let it be a regular file that can be written)
-zet-client: error: what was put back is still on record as committed (run the command again once ZET_VAR_LIB_DIR can be written)"
+zet-client: error: what was put back is still on record as committed (run the command again once $HOST/state/zet.lock can be locked)"
 }

@@ -88,7 +88,7 @@ EDITS=("param set FILE other 2" "line set FILE ^plain p=2" "file strip FILE" "fi
     ask_for_lines
     zet -q commit-config
     rm "$ONE.before_zet" "$PLAIN.before_zet"
-    assert_guarded "$ONE: is made from [one.conf] and the next commit overwrites it (edit $HOST/etc/one.conf and commit, or use --force)" \
+    assert_guarded "$ONE: is made from [one.conf] and the next commit overwrites it (edit $HOST/etc/one.conf and commit, or use --force and \"adopt\" the file)" \
         "$ONE" "param set FILE other 2" "line set FILE ^plain p=2" "file strip FILE"
     assert_guarded "$PLAIN: its line a is set by the lists, and the next commit sets it again (edit $HOST/etc/targets.d/10.toml:1 and commit, or use --force)" \
         "$PLAIN" "param set FILE a 3"

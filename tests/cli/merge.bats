@@ -277,7 +277,7 @@ zet-client: nothing was changed"
     assert_status 0
 }
 
-@test "rollback-config brings back the original of a merged file, for both roles" {
+@test "rollback-config --force brings back the original of a merged file, for both roles" {
     "$ZET_BIN/zet-init" --config "$HOST/zet.conf" commit-config
     edit_and_pend
     zet commit-config --on-edit=merge
@@ -287,6 +287,9 @@ zet-client: nothing was changed"
     assert_status 0
     assert_equal "$(body)" "$(printf '%s' "$BODY")"
     run "$ZET_BIN/zet-init" --config "$HOST/zet.conf" rollback-config
+    assert_status 1
+    assert_equal "$(body)" "$(printf '%s' "$BODY")"
+    run "$ZET_BIN/zet-init" --config "$HOST/zet.conf" rollback-config --force
     assert_status 0
     assert_file out/one.conf $'old\n'
 }
@@ -329,4 +332,62 @@ zet-client: nothing was changed"
     zet commit-config --on-edit=overwrite
     zet option set REALM OTHER.ORG
     assert_equal "$(head -3 "$ONE")" "$made"
+}
+
+@test "what a commit merged goes back like any edit: only when that is said" {
+    local setting
+    edit_and_pend
+    zet commit-config --on-edit=merge
+    for setting in ZET_HISTORY=yes ZET_HISTORY=no; do
+        echo "$setting" >>zet.conf
+        run_zet rollback-config "$ONE"
+        assert_status 1
+        assert_output "$ONE: edited, stays as it is"
+        assert_stderr "zet-client: warning: $ONE: holds edits that a commit merged, and stays (--force puts back what was there before)"
+        assert_equal "$(body)" "$(printf '%s' "$BODY")"
+        run_zet rollback-config --keep-edits "$ONE"
+        assert_success "$ONE: edited, stays as it is"
+        sed -i '$d' zet.conf
+    done
+    run_zet rollback-config --force "$ONE"
+    assert_status 0
+    assert_file "$ONE" $'old\n'
+    zet undo
+    run_zet --json status
+    assert_json '[[t["state"], t["merged"]] for t in d["targets"]]' '[["in sync", true], ["in sync", false]]'
+}
+
+@test "what a commit merged stays when it leaves the list" {
+    edit_and_pend
+    zet commit-config --on-edit=merge
+    sed -i 's/^target = .*one.conf"/&\nenabled = false/' templates/targets.toml
+    run_zet status
+    assert_status 0
+    [[ $output == *"$ONE: kept"$'\n'* ]] || differ status kept "$output"
+    assert_stderr "zet-client: warning: $ONE: was committed and is not in force any more (it was edited since, and stays until \"rollback-config --force $ONE\")"
+    run_zet commit-config
+    assert_status 0
+    [[ $output == *"$ONE: edited, stays as it is"$'\n'* ]] || differ commit kept "$output"
+    assert_equal "$(body)" "$(printf '%s' "$BODY")"
+    zet rollback-config --force "$ONE"
+    assert_file "$ONE" $'old\n'
+}
+
+@test "a merge that the other role has committed, too, is left to it" {
+    edit_and_pend
+    zet commit-config --on-edit=merge
+    server -q commit-config --on-edit=merge
+    run_zet rollback-config "$ONE"
+    assert_success "$ONE: stays for the role server, which has committed it"
+    assert_equal "$(body)" "$(printf '%s' "$BODY")"
+}
+
+@test "a merge whose edit the template has by now goes back without a word" {
+    edit_and_pend
+    zet commit-config --on-edit=merge
+    run_zet adopt "$ONE"
+    assert_status 0
+    run_zet rollback-config
+    assert_status 0
+    assert_file "$ONE" $'old\n'
 }

@@ -13,7 +13,7 @@ teardown() {
 }
 
 @test "a rendering is printed, to the byte what the file would hold, and nothing is written" {
-    printf 'realm = ${realm}\nno line feed' >templates/two.conf
+    printf 'realm = ${realm}\n${extra} without line feed' >templates/two.conf
     local made
     for name in one.conf two.conf; do
         remember_host

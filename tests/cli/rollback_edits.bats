@@ -28,9 +28,10 @@ teardown() {
     sed -i 's/^b=2/b=mine/' conf
     run_zet rollback-config -n --diff
     assert_status 3
-    [[ $output == *"$HOST/conf: the managed blocks are taken out, all other lines stay"* && $output == *"-a=3"* ]]
+    [[ $output == *"$HOST/conf: the managed blocks would be taken out, all other lines stay"* && $output == *"-a=3"* ]]
     run_zet rollback-config
     assert_status 0
+    [[ $output == *"$HOST/conf: the managed blocks are taken out, all other lines stay"* ]]
     assert_file conf $'a=1\nb=mine\n'
     run_zet rollback-config
     assert_status 0
@@ -195,6 +196,9 @@ teardown() {
     zet -q param set other --no-section x 2
     zet -q param set --no-markers other --section one key 9
     echo mine=1 >>other
+    run_zet rollback-config -n
+    assert_status 1
+    [[ $output == *"$HOST/other: the managed blocks would be taken out; what was edited without markers stays, and is on record (--force puts back what was there before)"* ]]
     run_zet rollback-config
     assert_status 1
     [[ $output == *"$HOST/other: the managed blocks are taken out; what was edited without markers stays, and is on record (--force puts back what was there before)"* ]] ||

@@ -281,6 +281,25 @@ zet-client: nothing was changed"
     assert_file out/e.conf "$NOTICE$LINES_TEXT"
 }
 
+@test "a template whose text was merged gives way to lines like one that was edited" {
+    local merged="$E: holds edits that an earlier commit merged"
+    commit_as full
+    zet -q commit-config --on-edit=merge
+    profile lines
+    run_zet commit-config --on-edit=refuse
+    assert_refusal 1 "$merged (--on-edit=overwrite replaces it, and the history keeps it)
+zet-client: nothing was changed"
+    run_zet commit-config --on-edit=merge
+    assert_refusal 1 "$merged, and cannot be merged with what was there before (take the edit out; --on-edit=overwrite replaces it, and the history keeps it)
+zet-client: nothing was changed"
+    cmp out/e.conf "$edited"
+    run_zet commit-config
+    assert_status 0
+    assert_stderr "zet-client: warning: $merged; the edits are overwritten
+zet-client: \"history show 2 $E\" shows what it held"
+    assert_file out/e.conf "$NOTICE$LINES_TEXT"
+}
+
 @test "what a hand adds to a file that was a template's before is all that stays of it" {
     profile full
     zet -q commit-config

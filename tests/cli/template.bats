@@ -173,7 +173,8 @@ $HOST/etc/two.conf.old: created"
 
 @test "process renders into a new file" {
     run_zet template process one.conf out --value extra=more
-    assert_success "out: created"
+    assert_success "out: created
+$HOST/etc/one.conf: created"
     assert_file out "$(generated one.conf)
 realm = EXAMPLE.ORG
 # \${realm}
@@ -183,9 +184,34 @@ extra = more
     cmp etc/one.conf templates/one.conf
 }
 
+@test "process tells of the working copy that it installs, in a dry run, too" {
+    run_zet template process -n two.conf out
+    assert_status 3
+    assert_output "out: would be created
+$HOST/etc/two.conf: would be created"
+    run_zet template process two.conf out
+    assert_success "out: created
+$HOST/etc/two.conf: created"
+    rm etc/two.conf
+    remember_host
+    run_zet template process -n --json two.conf out
+    assert_status 3
+    assert_json '[[f["file"], f["result"], f["mode_after"]] for f in d["files"]]' \
+        '[["out", "unchanged", null], ["two.conf", "created", "0644"]]'
+    assert_host_unchanged
+    run_zet template process two.conf out
+    assert_success "out: unchanged
+$HOST/etc/two.conf: created"
+    run_zet history --json
+    assert_json '[d["entries"][0][x] for x in ("entry", "outcome")]' '[2, "done"]'
+    run_zet template process -n two.conf out
+    assert_success "out: unchanged"
+}
+
 @test "process names the role in the notice" {
     capture env "$ZET_BIN/zet-init" --config zet.conf template process two.conf out
-    assert_success "out: created"
+    assert_success "out: created
+$HOST/etc/two.conf: created"
     assert_file out "$(generated two.conf zet-init)
 plain
 "
@@ -195,7 +221,8 @@ plain
     echo old >out
     chmod 600 out
     run_zet template process two.conf out
-    assert_success "out: changed, mode 0600 -> 0644, the original is kept as out.before_zet"
+    assert_success "out: changed, mode 0600 -> 0644, the original is kept as out.before_zet
+$HOST/etc/two.conf: created"
     assert_file out.before_zet $'old\n'
     assert_equal "$(stat -c %a out out.before_zet | paste -sd ' ')" "644 600"
 }
@@ -225,6 +252,29 @@ extra = x example.org
     assert_refusal 2 '--value: "${extra}" is no name of a placeholder (write it without "${}")'
     run_zet template process one.conf out --value $'extra=a\nb'
     assert_refusal 2 '--value: "extra" has a line feed in its value (give one without)'
+}
+
+@test "process warns of values that the template does not use" {
+    run_zet template process two.conf out --value DOMAIN=foo
+    assert_status 0
+    assert_stderr "zet-client: warning: --value: [two.conf] does not use \${DOMAIN} (correct its name)"
+    run_zet template process -n one.conf out --value REALM=X --value nix=2 --value extra='${x}' --value x=1
+    assert_status 3
+    assert_stderr "zet-client: warning: --value: [one.conf] does not use \${REALM} (did you mean realm?)
+zet-client: warning: --value: [one.conf] does not use \${nix} (correct its name)"
+    run_zet template process one.conf - --value extar=1
+    assert_status 1
+    [[ $stderr == "zet-client: warning: --value: [one.conf] does not use \${extar} (did you mean extra?)"$'\n'* ]]
+    run_zet template process none.conf - --value extra=1
+    [[ $stderr != *warning* ]]
+}
+
+@test "the warning of an unused value tells nothing of a template that others may not read" {
+    chmod 640 templates/one.conf
+    run_zet template process one.conf - --value extar=1 --value REALM=X
+    assert_status 1
+    [[ $stderr == *"does not use \${extar} (correct its name)"* && $stderr == *"(did you mean realm?)"* ]] ||
+        differ "warnings" "of realm alone" "$stderr"
 }
 
 @test "process tells all problems of the template and writes nothing" {
@@ -299,7 +349,8 @@ extra = x example.org
 @test "process makes a target of the list, too" {
     list_two
     run_zet template process two.conf "$HOST/two"
-    assert_success "$HOST/two: created"
+    assert_success "$HOST/two: created
+$HOST/etc/two.conf: created"
 }
 
 # make_secret KEYS: the template two.conf, that everybody may read, has a secret target.
@@ -339,7 +390,8 @@ assert_mode() {
     assert_status 3
     assert_json 'd["files"][0]["owner_after"], d["files"][0]["mode_after"]' '["65534:65534", "0640"]'
     run_zet template process two.conf "$HOST/two"
-    assert_success "$HOST/two: created"
+    assert_success "$HOST/two: created
+$HOST/etc/two.conf: created"
     assert_equal "$(stat -c %U:%G:%a two)" nobody:nogroup:640
     run_zet commit-config -n
     assert_status 3  # the first commit of the role goes on record
@@ -432,7 +484,8 @@ assert_mode() {
 +++ b/out
 @@ -0,0 +1,11 @@
 $(generated two.conf | sed 's/^/+/')
-+plain"
++plain
+$HOST/etc/two.conf: would be created"
     assert_host_unchanged
 }
 
@@ -454,7 +507,8 @@ $(generated two.conf | sed 's/^/+/')
     run_zet template process -n --diff two.conf elsewhere
     assert_status 3
     assert_output "elsewhere: would be created
-elsewhere: lines 1-11 changed (text not shown: the list of targets calls it secret; --show-secrets shows it)"
+elsewhere: lines 1-11 changed (text not shown: the list of targets calls it secret; --show-secrets shows it)
+$HOST/etc/two.conf: would be created"
     run_zet template install -n --diff two.conf
     assert_status 3
     assert_output "$HOST/etc/two.conf: would be created
@@ -499,7 +553,8 @@ $HOST/etc/two.conf: line 1 changed (text not shown: the file is not for everybod
     run_zet template process -n --diff two.conf out
     assert_status 3
     assert_output "out: would be created
-out: lines 1-11 changed (text not shown: nobody can tell whether it is secret; --show-secrets shows it)"
+out: lines 1-11 changed (text not shown: nobody can tell whether it is secret; --show-secrets shows it)
+$HOST/etc/two.conf: would be created"
     assert_equal "${stderr##*; }" $'so no text is shown\n'
 }
 
@@ -507,7 +562,8 @@ out: lines 1-11 changed (text not shown: nobody can tell whether it is secret; -
     echo old >real
     ln -s real out
     run_zet template process two.conf out
-    assert_success "$HOST/real: changed, the original is kept as $HOST/real.before_zet"
+    assert_success "$HOST/real: changed, the original is kept as $HOST/real.before_zet
+$HOST/etc/two.conf: created"
     assert_equal "$(readlink out)" real
     assert_absent out.before_zet
 }

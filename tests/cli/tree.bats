@@ -50,7 +50,8 @@ run_in_tree() {
     run_in_tree option set REALM OTHER.ORG
     assert_success "$HOST/tree/etc/zet/zet.conf: changed"
     run_in_tree template process one.conf /etc/out
-    assert_success "$HOST/tree/etc/out: created"
+    assert_success "$HOST/tree/etc/out: created
+$HOST/tree/etc/zet/one.conf: created"
     assert_equal "$(tail -n 1 tree/etc/out)" "realm OTHER.ORG"
     ln -s "$HOST/outside/real" tree/usr/share/zet/templates/leak.conf
     run_in_tree template install leak.conf

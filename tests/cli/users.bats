@@ -59,3 +59,37 @@ teardown() {
     assert_status 0
     assert_output "conf: changed, owner 0:0 -> 65534:65534, the original is kept as conf.before_zet"
 }
+
+@test "an ordinary user renders a template without a right on the product's directory" {
+    need_root
+    copy_programs
+    printf 'plain ${v}\n' >etc/one.conf
+    mkdir own
+    chown 65534:65534 own
+    capture as_nobody "$BASE/programs/bin/zet-client" -v --config "$HOST/zet.conf" template process one.conf own/conf --value v=1
+    assert_status 0
+    assert_output "own/conf: created"
+    [[ $stderr == "zet-client: what is changed is not recorded: ZET_VAR_LIB_DIR cannot be written"$'\n'* ]]
+    assert_equal "$(tail -n 1 own/conf) $(stat -c %u own/conf)" "plain 1 65534"
+    # It is his word whether what nothing keeps is replaced.
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" template process one.conf own/conf --value v=2
+    assert_refusal 1 "own/conf: holds changes that are kept nowhere (--force replaces it all the same)"
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" template process --force one.conf own/conf --value v=2
+    assert_success "own/conf: changed"
+    # A working copy is the product's.
+    printf 'plain\n' >templates/two.conf
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" template process two.conf own/two
+    assert_refusal 1 "$HOST/state/zet.lock: cannot be opened: Permission denied (create the directory ZET_VAR_LIB_DIR, or run as a user who may write there)"
+    assert_absent own/two
+}
+
+@test "root renders a template without a directory of the product, and is warned" {
+    need_root
+    printf 'plain\n' >etc/one.conf
+    rm -r state
+    run_zet template process one.conf conf
+    mkdir state
+    assert_status 0
+    assert_output "conf: changed, the original is kept as conf.before_zet"
+    assert_stderr "zet-client: warning: what is changed is not recorded: ZET_VAR_LIB_DIR cannot be written (create it, or make it writable)"
+}

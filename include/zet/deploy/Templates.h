@@ -34,9 +34,9 @@ struct TemplateState {
     std::string name;
     std::string path;     ///< of the working copy
     std::string shipped;  ///< the path of the shipped template
-    std::string
-        state;  ///< "own": nothing is shipped; "current", "edited", "newer shipped", "edited, newer shipped",
-                ///< "not installed", "unknown": it differs, and nobody knows what it was made from
+    std::string state;    ///< "own": nothing was ever shipped; "not shipped": it is not any more;
+                          ///< "current", "edited", "newer shipped", "edited, newer shipped", "not installed",
+                          ///< "unknown": it differs, and nobody knows what it was made from
     bool hasNewer = false;  ///< another text is shipped than the one that it was made from
     std::string trouble;    ///< why it is unknown, where it cannot even be looked at; else empty
 };

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "cli/Assignments.h"
 #include "cli/ExitStatus.h"
 #include "cli/FileReport.h"
@@ -71,7 +73,10 @@ int Process(Session& session, const ProcessOptions& asked) {
     if (asked.target == kStandardOutput) return PrintRendering(session, rendering);
     TemplateProcess process(session.Product(), rendering, asked.target, asked.force);
     if (TellRefusal(session, CheckRendering(session.Product(), rendering))) return kFailed;
-    return ReportFile(session, process.Run());
+    int status = kDone;
+    for (const FileOutcome& outcome : process.Run())
+        status = std::max(status, ReportFile(session, outcome));
+    return status;
 }
 
 }  // namespace

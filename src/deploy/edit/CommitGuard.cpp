@@ -10,6 +10,7 @@
 #include "deploy/targets/HostLists.h"
 #include "deploy/targets/LinesInPlace.h"
 #include "deploy/targets/TemplateFiles.h"
+#include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -49,6 +50,21 @@ CommitGuard::CommitGuard(Deployment& product, const std::string& path, const Edi
     m_lines = LinesSetIn(*product.HostHistory().ToLook(), known->kind, known->state.knowledge);
 }
 
+/// Without a history that can be used, nobody can tell: who goes back needs none.
+void CommitGuard::RequireNoMark(Deployment& product, const std::string& path, const EditOptions& options) {
+    if (options.force) return;
+    std::optional<KnownFile> known;
+    try {
+        known = product.Lists().CommittedFile(product.Lists().NameOf(path));
+    } catch (const Failure&) {
+        return;
+    }
+    if (!known || !known->state.knowledge.IsCommitted()) return;
+    const CommitGuard guard(product, path);
+    guard.Refuse(_("was made by a commit, and there was no such file before"),
+                 Words("take it back with \"%s\", or use --force", guard.Rollback(*known)));
+}
+
 /// Without a history that can be used, nobody can tell; the edit keeps its reserve.
 std::optional<KnownFile> CommitGuard::CommittedFile() const {
     try {
@@ -65,8 +81,9 @@ void CommitGuard::RequireNoTarget(const KnownFile& known) const {
     const Target* const target = lists.IsUsable() ? lists.TargetNamed(lists.NameOf(m_path)) : nullptr;
     if (target == nullptr) {
         RequireTellingLists();
-        Refuse(_("was made by a commit, and no list has it any more"),
-               Words("put it into the lists again, take it back with \"%s\", or use --force", Rollback(known)));
+        Refuse(
+            _("was made by a commit, and no list has it any more"),
+            Words("put it into the lists again, take it back with \"%s\", or use --force", Rollback(known)));
     }
     const std::set<Role>& roles = known.state.knowledge.roles;
     const bool isInForce = target->IsInForce() && std::any_of(roles.begin(), roles.end(),
@@ -76,7 +93,9 @@ void CommitGuard::RequireNoTarget(const KnownFile& known) const {
                      target->templateName),
                _("commit first, or use --force"));
     Refuse(Words("is made from [%s] and the next commit overwrites it", target->templateName),
-           Words("edit %s and commit, or use --force", WorkingCopy(m_product, target->templateName)));
+           Words(IsFileExist(m_path) ? ZET_TEXT("edit %s and commit, or use --force and \"adopt\" the file")
+                                     : ZET_TEXT("edit %s and commit, or use --force"),
+                 WorkingCopy(m_product, target->templateName)));
 }
 
 /// The command that takes the file back, which is that of a role that has it.

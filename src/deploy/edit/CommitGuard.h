@@ -19,6 +19,10 @@ class CommitGuard {
     /// A `Failure` with the remedy where a commit made the file from a template.
     CommitGuard(Deployment& product, const std::string& path, const EditOptions& options);
 
+    /// The same of a command that drops the mark of a file that was not there before: without it, no rollback
+    /// removes what a commit made.
+    static void RequireNoMark(Deployment& product, const std::string& path, const EditOptions& options);
+
     /// The same where commits have set lines in it: of an edit that is about the whole file.
     void RequireNoLines() const;
 
@@ -26,6 +30,8 @@ class CommitGuard {
     FileEdit::Inspection OfLines() const;
 
   private:
+    CommitGuard(Deployment& product, const std::string& path) : m_product(product), m_path(path) {}
+
     std::optional<KnownFile> CommittedFile() const;
     void RequireNoTarget(const KnownFile& known) const;
     std::string Rollback(const KnownFile& known) const;

@@ -151,6 +151,7 @@ FileOutcome ReserveFile(Deployment& product, const std::string& file) {
 FileOutcome RestoreFile(Deployment& product, const std::string& file, const EditOptions& options) {
     ReserveWork work(product, file, Purpose::GoesBack);
     if (!work.hasReserve && !work.hasRecord) return work.Result(Result::Unchanged, _("nothing to put back"));
+    if (!work.hasReserve) CommitGuard::RequireNoMark(product, work.path, options);
     if (work.hasReserve) {
         if (work.hasFile) RequireReadableFile(work.path);
         if (!options.force) RequireKeptText(product, work.path, work.writing.Records());

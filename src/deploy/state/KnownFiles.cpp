@@ -74,6 +74,10 @@ bool KnownFiles::IsAsLeft(const SeenFile& file) const {
     return known != nullptr && (file.IsAs(known->state) || IsBeingMade(file.Path()));
 }
 
+bool KnownFiles::IsOwnWork(const std::string& path) const {
+    return IsAsLeft(path) && !Find(path)->HoldsMerge();
+}
+
 /// It may have come there since the history was read.
 bool KnownFiles::IsBeingMade(const std::string& path) const {
     const auto found = m_beingMade.find(NameOf(path));

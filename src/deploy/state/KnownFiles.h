@@ -34,6 +34,9 @@ class KnownFiles {
     bool IsAsLeft(const std::string& path) const;
     bool IsAsLeft(const SeenFile& file) const;
 
+    /// The same of a text that is the product's alone: a target's that was merged holds others' work, too.
+    bool IsOwnWork(const std::string& path) const;
+
     /// Those that the role has committed.
     std::vector<std::string> PathsOf(Role role) const;
 

@@ -78,7 +78,7 @@ void RequireNoStateFile(const StateDirectory& state, const std::string& path) {
 }  // namespace
 
 Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Right right, Purpose purpose)
-    : m_product(product), m_records(right == Right::OfTheProduct || product.HostHistory().KeepsTexts()) {
+    : m_product(product), m_records(right != Right::OfTheFiles || product.HostHistory().KeepsTexts()) {
     RequireOwnInstructions(product);
     for (const std::string& path : paths)
         RequireNoStateFile(product.State(), path);

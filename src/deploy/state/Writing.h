@@ -17,7 +17,11 @@ namespace ZET::Deploy {
 class Writing {
   public:
     /// Whether the caller has to have a right on the product's directory, or only on the files.
-    enum class Right { OfTheProduct, OfTheFiles };
+    enum class Right {
+        OfTheProduct,
+        OfTheProductIfAny,  ///< who has none needs only that on the files
+        OfTheFiles          ///< and nothing is recorded where no texts are kept
+    };
 
     /// A `Failure` when one of the files (links followed) could not be written without harm: its directory is
     /// missing, or something that is not ours has the name of a temporary file or a reserve.

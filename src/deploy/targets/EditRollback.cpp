@@ -107,7 +107,9 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const Wr
         !isForced && edit.others.empty() && record != nullptr && HoldsUnmarkedEdits(product, *record);
     if (edit.text != text) {
         edit.way = Way::Blocks;
-        edit.remark = _("the managed blocks are taken out, all other lines stay");
+        edit.remark = product.Wanted().dryRun
+                          ? _("the managed blocks would be taken out, all other lines stay")
+                          : _("the managed blocks are taken out, all other lines stay");
     } else if (!edit.others.empty()) {
         edit.way = leave;
     } else if (isAsLeft && isForced) {

@@ -8,7 +8,7 @@
 namespace ZET::Deploy {
 
 bool IsFormerTargetEdited(const KnownFiles& known, const FileWithLines& file) {
-    return file.before.exists && !known.IsAsLeft(file.path) &&
+    return file.before.exists && !known.IsOwnWork(file.path) &&
            !HaveSameModeAndBytes(file.path, ReserveOf(file.path));
 }
 

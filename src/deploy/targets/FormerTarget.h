@@ -11,7 +11,7 @@ namespace ZET::Deploy {
 /// A file in which the lists ask for lines, and that commits made from a template before: what was there
 /// before comes back, with the lines in it.
 
-/// Whether others wrote it since.
+/// Whether it holds what others wrote.
 bool IsFormerTargetEdited(const KnownFiles& known, const FileWithLines& file);
 
 CapturedFile OriginalWithLines(const PlannedEdits& planned);

@@ -197,16 +197,19 @@ void ListedEdits::JudgeEdited(PlannedEdits& planned) const {
 void ListedEdits::JudgeEditedTarget(PlannedEdits& planned) const {
     const FileWithLines& file = planned.file;
     planned.isEdited = IsFormerTargetEdited(m_known, file);
+    planned.dropsMerge = planned.isEdited && m_known.IsAsLeft(file.path);
     if (planned.isEdited && m_onEdit == OnEdit::Merge)
         planned.conflicts.push_back(
             {.file = file.path,
-             .text = _("was edited since the last commit, and cannot be merged with what was there before"),
+             .text =
+                 Words("%s, and cannot be merged with what was there before", planned.DescribeOthersWork()),
              .remedy = _("take the edit out; --on-edit=overwrite replaces it, and the history keeps it")});
 }
 
 std::string PlannedEdits::DescribeOthersWork() const {
-    return file.original ? _("was edited since the last commit")
-                         : _("a line that the last commit set was changed since");
+    if (!file.original) return _("a line that the last commit set was changed since");
+    return dropsMerge ? _("holds edits that an earlier commit merged")
+                      : _("was edited since the last commit");
 }
 
 /// The text without lines of this role that no list has in force. One that a hand changed stays, and is

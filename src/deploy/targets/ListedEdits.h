@@ -23,6 +23,7 @@ struct PlannedEdits {
     bool isTakenBack = false;          ///< lines are, so that its text is not the module's alone
     bool isEdited = false;             ///< somebody changed a line that a commit had set, which is set again
     bool isMerged = false;             ///< somebody did, and the line stays as it is
+    bool dropsMerge = false;           ///< what somebody changed in the target was merged by a commit
     std::vector<Problem> conflicts{};  ///< somebody did, and what is to come is not what was set
 
     bool IsChange() const { return !staged.empty(); }

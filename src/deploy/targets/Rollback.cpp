@@ -67,9 +67,7 @@ class Rollback {
         if (isLast && IsLast(all.files, steps)) RemoveStatusIfPossible();
         m_recording.Complete(Ending::DoneInPart);
         if (!m_recording.IsOn() && IsStillOnRecord(steps, isLast)) {
-            m_product.Out().Error(
-                _("what was put back is still on record as committed (run the command again once "
-                  "ZET_VAR_LIB_DIR can be written)"));
+            TellStillOnRecord();
             result.isKept = true;
         }
         return result;
@@ -90,6 +88,16 @@ class Rollback {
         return hasStatus || std::any_of(steps.begin(), steps.end(), [&](const Step& step) {
                    return step.action != Action::Nothing && m_known.Find(step.file.path) != nullptr;
                });
+    }
+
+    void TellStillOnRecord() const {
+        const bool isLockTheCause = !m_isLocked && m_product.HostHistory().CanRecord();
+        m_product.Out().Error(
+            isLockTheCause ? Words("what was put back is still on record as committed (run the command "
+                                   "again once %s can be locked)",
+                                   m_product.State().Lock())
+                           : _("what was put back is still on record as committed (run the command again "
+                               "once ZET_VAR_LIB_DIR can be written)"));
     }
 
     /// Of the files that were asked for; of all, those that were edited in place included, when none was.

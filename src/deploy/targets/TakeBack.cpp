@@ -147,13 +147,17 @@ std::string TakeBack::WordsOfKept(const WrittenFile& file) const {
 }
 
 std::string TakeBack::WordsOfUnmarked(const WrittenFile& file) const {
-    return Words(
-        IsFileExist(file.Reserve())
-            ? ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is "
-                       "on record (%s puts back what was there before)")
-            : ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is "
-                       "on record (%s forgets it)"),
-        Force(file));
+    constexpr const char* kWords[2][2] = {
+        {ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is on record "
+                  "(%s forgets it)"),
+         ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is on record "
+                  "(%s puts back what was there before)")},
+        {ZET_TEXT("the managed blocks would be taken out; what was edited without markers stays, and is on "
+                  "record (%s forgets it)"),
+         ZET_TEXT("the managed blocks would be taken out; what was edited without markers stays, and is on "
+                  "record (%s puts back what was there before)")}};
+    const bool hasReserve = IsFileExist(file.Reserve());
+    return Words(kWords[m_product.Wanted().dryRun ? 1 : 0][hasReserve ? 1 : 0], Force(file));
 }
 
 void TakeBack::DecideBlocks(TakeBackStep& step, std::string text, const std::string& remark) {
@@ -202,6 +206,10 @@ bool TakeBack::IsReserveLost(const WrittenFile& file) const {
            IsKnownAsWritten(m_product, file.path);
 }
 
+bool TakeBack::IsAsLeftToGo(const std::string& path) const {
+    return m_known.IsOwnWork(path) || (m_known.IsAsLeft(path) && m_known.Has(path, m_otherRole));
+}
+
 /// The words that put the file back all the same.
 std::string TakeBack::Force(const WrittenFile& file) const {
     return m_ways.isOfCommit ? Words("\"rollback-config --force %s\"", file.named) : "--force";
@@ -210,9 +218,12 @@ std::string TakeBack::Force(const WrittenFile& file) const {
 void TakeBack::KeepEdited(TakeBackStep& step) const {
     const char* const remark = _("edited, stays as it is");
     if (m_ways.keepsEdits) return step.Tell(Result::Kept, remark);
-    m_product.Out().Warning(
-        Words("%s: was edited since it was committed and stays (%s puts back what was there before)",
-              step.file.path, Force(step.file)));
+    m_product.Out().Warning(Words(
+        m_known.IsAsLeft(step.file.path)
+            ? ZET_TEXT("%s: holds edits that a commit merged, and stays (%s puts back what was there before)")
+            : ZET_TEXT(
+                  "%s: was edited since it was committed and stays (%s puts back what was there before)"),
+        step.file.path, Force(step.file)));
     Keep(step, remark);
 }
 
@@ -236,7 +247,7 @@ void TakeBack::KeepOthers(TakeBackStep& step) const {
 /// Whether nothing but the product's work is lost when the file is replaced: it is what the product wrote, or
 /// what was there before, where a run was cut short in between. Of an edit in place, that is known by then.
 bool TakeBack::IsOwnWork(const WrittenFile& file) {
-    if (file.isEdit || m_known.IsAsLeft(file.path)) return true;
+    if (file.isEdit || IsAsLeftToGo(file.path)) return true;
     if (!StateOf(file.path).IsRegular()) return false;
     if (IsFileExist(file.Reserve()) && HaveSameModeAndBytes(file.path, file.Reserve())) return true;
     if (file.templateName.empty()) return false;

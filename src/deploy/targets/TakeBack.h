@@ -57,6 +57,10 @@ class TakeBack {
     /// be left to it.
     bool IsReserveLost(const WrittenFile& file) const;
 
+    /// Whether it is as the product left it, and nobody's edits go with it: those that a commit merged stay
+    /// where the other role has the file.
+    bool IsAsLeftToGo(const std::string& path) const;
+
     /// What the history is told before.
     ExpectedFile Expected(const TakeBackStep& step) const;
 

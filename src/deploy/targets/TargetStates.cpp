@@ -228,8 +228,8 @@ LeftOver::Fate FateOf(Deployment& product, const KnownFiles& known, const std::s
     const std::optional<WrittenFile> file = WrittenByRecord(product, path);
     if (file && takeBack.IsOutOfReach(*file)) return LeftOver::Fate::StaysOutOfReach;
     if (file && takeBack.IsReserveLost(*file)) return LeftOver::Fate::StaysWithoutReserve;
-    return StateOf(path).exists && !known.IsAsLeft(path) ? LeftOver::Fate::StaysEdited
-                                                         : LeftOver::Fate::GoesBack;
+    return StateOf(path).exists && !takeBack.IsAsLeftToGo(path) ? LeftOver::Fate::StaysEdited
+                                                                : LeftOver::Fate::GoesBack;
 }
 
 }  // namespace

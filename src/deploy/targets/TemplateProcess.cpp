@@ -21,6 +21,7 @@
 #include "deploy/targets/TemplateFiles.h"
 #include "deploy/targets/Templates.h"
 #include "deploy/targets/UnkeptText.h"
+#include "deploy/targets/UnknownNames.h"
 #include "posix/ModeBits.h"
 #include "zet/ZETFiles.h"
 
@@ -64,7 +65,11 @@ void InstallForHolder(Deployment& product, const std::string& templateName, cons
 std::vector<Problem> CheckRendering(Deployment& product, const Rendering& rendering) {
     StringMap values = rendering.values;
     values.insert(product.TemplateValues().begin(), product.TemplateValues().end());
-    std::vector<Problem> problems = CheckTemplateFile(product, rendering.templateName, values);
+    std::set<std::string> used;
+    Text::ValuesToCheck toCheck(values, &used);
+    CheckedTemplate checked = CheckTemplate(product, rendering.templateName, toCheck);
+    if (checked.size > 0) WarnOfUnusedValues(product, rendering, used);
+    std::vector<Problem> problems = std::move(checked.problems);
     Append(problems, product.Values().Problems());
     return problems;
 }
@@ -88,15 +93,33 @@ TemplateProcess::TemplateProcess(Deployment& product, const Rendering& rendering
     RequireNoCompanion(m_path);
     if (StateOf(m_path).exists) RequireReadableFile(m_path);
     std::vector<std::string> files = {m_path};
+    Writing::Right right = Writing::Right::OfTheProductIfAny;
     const std::string workingCopy = WorkingCopy(product, rendering.templateName);
-    if (!IsFileExist(workingCopy)) files.push_back(workingCopy);
-    m_writing = std::make_unique<Writing>(product, files, Writing::Right::OfTheProduct);
+    if (!IsFileExist(workingCopy)) {
+        files.push_back(workingCopy);
+        right = Writing::Right::OfTheProduct;
+    }
+    m_writing = std::make_unique<Writing>(product, files, right);
 }
 
-FileOutcome TemplateProcess::Run() {
-    if (m_product.Wanted().dryRun) return RunInTrial();
-    Writing::Begin();
-    return RunInPlace();
+std::vector<FileOutcome> TemplateProcess::Run() {
+    std::optional<FileOutcome> copy = CopyToInstall();
+    if (!m_product.Wanted().dryRun) Writing::Begin();
+    std::vector<FileOutcome> outcomes = {m_product.Wanted().dryRun ? RunInTrial() : RunInPlace()};
+    if (copy) outcomes.push_back(std::move(*copy));
+    return outcomes;
+}
+
+/// None: there is one already.
+std::optional<FileOutcome> TemplateProcess::CopyToInstall() const {
+    const TemplateFiles files = FilesOfTemplate(m_product, m_rendering.templateName);
+    if (IsFileExist(files.workingCopy)) return std::nullopt;
+    FileOutcome outcome;
+    outcome.file = files.name;
+    outcome.path = files.workingCopy;
+    outcome.result = FileOutcome::Result::Created;
+    outcome.after = StateOf(files.shipped);
+    return outcome;
 }
 
 /// What putting `made` into the target's place does, or would do.
@@ -207,6 +230,7 @@ FileOutcome TemplateProcess::RunInPlace() {
             [&](const std::string& file) { RenderOnce(m_product, name, file, m_path, m_rendering.values); },
             judge);
     } catch (const LeftAsItIs&) {
+        recording.Complete();  // a working copy may have come
         return outcome;
     }
     recording.Complete();

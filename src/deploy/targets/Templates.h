@@ -28,7 +28,7 @@ struct Rendering {
     StringMap values;  ///< by placeholder; they win over the template values
 };
 
-/// What keeps the template from being rendered.
+/// What keeps the template from being rendered. Values that it does not use are told.
 std::vector<Problem> CheckRendering(Deployment& product, const Rendering& rendering);
 
 /// The text that the template renders to; it must have been checked.
@@ -42,10 +42,11 @@ class TemplateProcess {
     TemplateProcess(Deployment& product, const Rendering& rendering, const std::string& target,
                     bool isForced);
 
-    /// The template must have been checked.
-    FileOutcome Run();
+    /// The template must have been checked. The file, and the working copy where that is installed.
+    std::vector<FileOutcome> Run();
 
   private:
+    std::optional<FileOutcome> CopyToInstall() const;
     FileOutcome Planned(const std::string& made, const FileState& after);
     ShownDiff DiffOf(const std::string& before, const std::string& made);
     void JudgeEdits();

@@ -1,5 +1,6 @@
 #include "deploy/targets/UnknownNames.h"
 
+#include <algorithm>
 #include <string_view>
 #include <vector>
 
@@ -16,6 +17,8 @@
 namespace ZET::Deploy {
 
 namespace {
+
+constexpr std::size_t kShortestLikely = 5;  ///< two letters of a shorter name are half of another one
 
 /// Those of templates that were not checked, too: of the other role, and of what is not in force.
 std::set<std::string> UsedAnywhere(Deployment& product, const std::set<std::string>& used) {
@@ -66,7 +69,6 @@ std::set<std::string> AskedFor(Deployment& product) {
 
 /// A condition of a parameter that nobody gives is never met.
 void FindUnknownConditions(Deployment& product, UnusedParameters& found) {
-    constexpr std::size_t kShortestLikely = 5;  // two letters of a shorter name are half of another one
     std::vector<std::string> names = NamesOfTheProduct();
     for (const auto& [name, value] : product.Values().Params())
         names.push_back(name);
@@ -95,6 +97,29 @@ void FindUnusedTexts(Deployment& product, std::set<std::string> used, UnusedPara
     }
 }
 
+std::string NameIn(const std::string& placeholder) {
+    constexpr std::size_t kBegin = 2;
+    return placeholder.substr(kBegin, placeholder.size() - kBegin - 1);
+}
+
+/// The one of the names that is likely to be meant; empty: none.
+std::string MeantName(const std::string& name, const std::vector<std::string>& names) {
+    const std::string likely = NameIn(PlaceholderFor(name));
+    if (std::find(names.begin(), names.end(), likely) != names.end()) return likely;
+    return name.size() < kShortestLikely ? "" : NearestName(likely, names);
+}
+
+/// Those that the template asks for and that may be told of it: of a private one, what everybody knows.
+std::vector<std::string> NamesToTell(Deployment& product, const Rendering& rendering,
+                                     const std::set<std::string>& used) {
+    const bool isPrivate = product.HostSecrets().IsPrivate(TemplateFile(product, rendering.templateName));
+    std::vector<std::string> names;
+    for (const std::string& placeholder : used)
+        if (!isPrivate || product.TemplateValues().contains(placeholder))
+            names.push_back(NameIn(placeholder));
+    return names;
+}
+
 }  // namespace
 
 UnusedParameters FindUnknownNames(Deployment& product, const std::set<std::string>& used) {
@@ -117,6 +142,18 @@ UnusedParameters JudgeName(Deployment& product, const std::string& name) {
         return FindUnusedParameters("", {given}, UsedAnywhere(product, {}), AskedFor(product));
     } catch (const Failure&) {
         return {};
+    }
+}
+
+void WarnOfUnusedValues(Deployment& product, const Rendering& rendering, const std::set<std::string>& used) {
+    for (const auto& [placeholder, value] : rendering.values) {
+        if (used.contains(placeholder)) continue;
+        const std::string meant = MeantName(NameIn(placeholder), NamesToTell(product, rendering, used));
+        const Problem unused = {
+            .file = "--value",
+            .text = Words("[%s] does not use %s", rendering.templateName, placeholder),
+            .remedy = meant.empty() ? _("correct its name") : Words("did you mean %s?", meant)};
+        product.Out().Warning(unused.Describe());
     }
 }
 

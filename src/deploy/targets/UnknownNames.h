@@ -6,6 +6,7 @@
 
 #include "deploy/state/ParameterCheck.h"
 #include "deploy/targets/Deployment.h"
+#include "deploy/targets/Templates.h"
 
 /// Names of parameters and values that nobody knows: most of them are mistyped.
 namespace ZET::Deploy {
@@ -17,6 +18,10 @@ UnusedParameters FindUnknownNames(Deployment& product, const std::set<std::strin
 /// What would be said of a line that gives this name, without its place. Where a list cannot be read, nobody
 /// can tell: nothing.
 UnusedParameters JudgeName(Deployment& product, const std::string& name);
+
+/// Warns of values that the caller gives and the template does not use, which asks for the placeholders
+/// `used`.
+void WarnOfUnusedValues(Deployment& product, const Rendering& rendering, const std::set<std::string>& used);
 
 }  // namespace ZET::Deploy
 
