@@ -133,7 +133,7 @@ void FileEdit::LeaveOthersWork(ExpectedFile& file) const {
     const std::optional<KnownFile> known = store->Known(paths.NameInside(paths.WithRealDirectory(m_path)));
     if (!known || known->kind != FileKind::Target) return;
     if (HaveSameTextAndMode(known->state, file.before->state)) return;
-    file.left = known->state;
+    file.knownAs = known->state;
     file.wasEdited = true;
 }
 
