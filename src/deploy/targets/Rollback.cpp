@@ -111,7 +111,6 @@ class Rollback {
     template <typename Call>
     void Try(Step& step, Call call) {
         try {
-            if (step.file.trouble) throw Failure(*step.file.trouble);
             call(step);
         } catch (const Interrupted&) {
             throw;
