@@ -263,7 +263,7 @@ class Adopting {
         const CopyMemory memory = MemoryOf(m_product, WorkingCopy(m_product, m_templateName));
         copy.base = IsFileExist(m_workingCopy) ? memory.base : ReadFileBytes(source);
         const mode_t own = memory.mode.value_or(ModeOf(source));
-        if (own != copy.after->state.mode) copy.left = WithMode(copy.after->state, own);
+        if (own != copy.after->state.mode) copy.knownAs = WithMode(copy.after->state, own);
         recording.Expect(copy);
         ExpectTarget(recording, knowledge);
     }

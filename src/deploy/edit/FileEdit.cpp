@@ -132,7 +132,7 @@ void FileEdit::LeaveOthersWork(ExpectedFile& file) const {
     const std::optional<KnownFile> known = store->Known(m_product.HostPaths().NameOfReal(m_path));
     if (!known || known->kind != FileKind::Target) return;
     if (HaveSameTextAndMode(known->state, file.before->state)) return;
-    file.left = known->state;
+    file.knownAs = known->state;
     file.wasEdited = true;
 }
 

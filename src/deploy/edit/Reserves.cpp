@@ -37,10 +37,10 @@ struct ReserveWork {
           place(given.HostPaths().Find(file), path),
           version(VersionOf(path)),
           reserve(path + ZETReserveSuffix),
-          record(path + ZETAbsenceSuffix),
+          absence(path + ZETAbsenceSuffix),
           hasFile(IsFileExist(path)),
           hasReserve(IsFileExist(reserve)),
-          hasRecord(IsFileExist(record)) {
+          hasAbsence(IsFileExist(absence)) {
         outcome.file = file;
         outcome.path = path;
         outcome.before = outcome.after = StateOf(path);
@@ -99,19 +99,19 @@ struct ReserveWork {
     FileInPlace place;
     FileVersion version;
     std::string reserve;
-    std::string record;  ///< that there was no file
+    std::string absence;  ///< that there was no file
     bool hasFile;
     bool hasReserve;
-    bool hasRecord;
+    bool hasAbsence;
     FileOutcome outcome;
 };
 
 FileOutcome RecordAbsence(ReserveWork& work) {
-    if (work.hasRecord)
+    if (work.hasAbsence)
         return work.Result(Result::Unchanged,
-                           Words("that there is no such file is recorded already, as %s", work.record));
+                           Words("that there is no such file is recorded already, as %s", work.absence));
     if (!work.IsDryRun()) work.Reserve();
-    return work.Result(Result::Reserved, Words("there is no such file, recorded as %s", work.record));
+    return work.Result(Result::Reserved, Words("there is no such file, recorded as %s", work.absence));
 }
 
 }  // namespace
@@ -139,9 +139,9 @@ FileOutcome ReserveFile(Deployment& product, const std::string& file) {
     RequireReadableFile(work.path);
     if (work.hasReserve)
         return work.Result(Result::Unchanged, Words("it is kept already, as %s", work.reserve));
-    if (work.hasRecord)
+    if (work.hasAbsence)
         return work.Result(Result::Unchanged,
-                           Words("there was no such file before, as %s records", work.record));
+                           Words("there was no such file before, as %s records", work.absence));
     work.outcome.diff = DiffToShow(product, "", work.path, work.path, work.reserve);
     work.outcome.reserve = work.reserve;
     if (!work.IsDryRun()) work.Reserve();
@@ -150,7 +150,7 @@ FileOutcome ReserveFile(Deployment& product, const std::string& file) {
 
 FileOutcome RestoreFile(Deployment& product, const std::string& file, const EditOptions& options) {
     ReserveWork work(product, file, Purpose::GoesBack);
-    if (!work.hasReserve && !work.hasRecord) return work.Result(Result::Unchanged, _("nothing to put back"));
+    if (!work.hasReserve && !work.hasAbsence) return work.Result(Result::Unchanged, _("nothing to put back"));
     if (!work.hasReserve) CommitGuard::RequireNoMark(product, work.path, options);
     if (work.hasReserve) {
         if (work.hasFile) RequireReadableFile(work.path);
@@ -177,7 +177,7 @@ FileOutcome RestoreFile(Deployment& product, const std::string& file, const Edit
 FileOutcome ForgetReserve(Deployment& product, const std::string& file, const EditOptions& options) {
     RequireWholeFile(options);
     ReserveWork work(product, file);
-    if (!work.hasReserve && !work.hasRecord) return work.Result(Result::Unchanged, _("it has no reserve"));
+    if (!work.hasReserve && !work.hasAbsence) return work.Result(Result::Unchanged, _("it has no reserve"));
     CommitGuard(product, work.path, options).RequireNoLines();
     if (work.hasReserve) work.outcome.diff = DiffToShow(product, work.reserve, "", work.path, work.reserve);
     if (!work.IsDryRun()) {

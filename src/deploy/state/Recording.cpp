@@ -161,7 +161,7 @@ Recording::Row Recording::RowOf(ExpectedFile& file, const std::string& suffix) c
     if (known) {
         before.state.knowledge = known->state.knowledge;
         record.file.kindBefore = known->kind;
-        if (!HaveSameTextAndMode(known->state, before.state)) record.file.leftBefore = known->state;
+        if (!HaveSameTextAndMode(known->state, before.state)) record.file.knownAsBefore = known->state;
         if (known->kind == FileKind::Target && file.kind == FileKind::Edit && !file.knowledge)
             record.file.kind = FileKind::Target;
     }
@@ -174,8 +174,9 @@ Recording::Row Recording::RowOf(ExpectedFile& file, const std::string& suffix) c
         record.textAfter = std::move(file.after->text);
     }
     record.base = std::move(file.base);
-    record.left = file.left;
-    record.file.staysKnown = record.left && HaveSameTextAndMode(*record.left, record.file.KnownBefore());
+    record.knownAs = file.knownAs;
+    record.file.staysKnown =
+        record.knownAs && HaveSameTextAndMode(*record.knownAs, record.file.KnownBefore());
     record.isKnownAnew = file.knowledge.has_value();
     record.file.after.knowledge = file.knowledge.value_or(record.file.before.knowledge);
     return row;

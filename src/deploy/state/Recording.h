@@ -25,13 +25,13 @@ struct ExpectedFile {
     std::string suffix{};                ///< behind its name: that of a companion which is expected alone
     FileKind kind = FileKind::Edit;
     Companions companions = Companions::Stay;
-    std::optional<CapturedFile> before{};  ///< none: it is looked at
-    std::optional<CapturedFile> after{};   ///< none: nobody knows yet
-    std::optional<Knowledge> knowledge{};  ///< what is known of it then; none: as before
-    std::optional<std::string> base{};     ///< what its text is made from, where that is another one
-    std::optional<RecordedState> left{};   ///< what it is known as then, where that is another text
-    bool wasEdited = false;                ///< what stands there is somebody else's work
-    bool isPutBack = false;                ///< a former state comes back, whoever had written that
+    std::optional<CapturedFile> before{};    ///< none: it is looked at
+    std::optional<CapturedFile> after{};     ///< none: nobody knows yet
+    std::optional<Knowledge> knowledge{};    ///< what is known of it then; none: as before
+    std::optional<std::string> base{};       ///< what its text is made from, where that is another one
+    std::optional<RecordedState> knownAs{};  ///< then, where that is another text
+    bool wasEdited = false;                  ///< what stands there is somebody else's work
+    bool isPutBack = false;                  ///< a former state comes back, whoever had written that
 };
 
 /// The entry of a command in the history: opened before the first byte of its files changes, and closed after

@@ -24,10 +24,10 @@ FileToRecord AsItIs(const FileToRecord& planned, const CapturedFile& now) {
 }
 
 /// It is known as the product had left it, whoever edited it since.
-void KeepLeft(const FileToRecord& planned, Settlement& settlement) {
-    if (!planned.left) return;
+void KeepKnownAs(const FileToRecord& planned, Settlement& settlement) {
+    if (!planned.knownAs) return;
     FileToRecord known = planned;
-    known.file.after = *planned.left;
+    known.file.after = *planned.knownAs;
     known.file.after.knowledge = planned.file.after.knowledge;
     known.textAfter.clear();
     settlement.known.push_back(std::move(known));
@@ -36,7 +36,7 @@ void KeepLeft(const FileToRecord& planned, Settlement& settlement) {
 /// What somebody edited is known as the product's own from now on, unless it is known as it was left.
 bool IsKnownSo(const FileToRecord& planned) {
     const RecordedFile& file = planned.file;
-    return HaveSameTextAndMode(file.KnownBefore(), planned.left.value_or(file.before));
+    return HaveSameTextAndMode(file.KnownBefore(), planned.knownAs.value_or(file.before));
 }
 
 }  // namespace
@@ -45,7 +45,7 @@ FileToRecord PlanOf(const RecordedFile& file) {
     FileToRecord planned;
     planned.file = file;
     planned.isPlanned = file.IsPlanned();
-    if (file.staysKnown) planned.left = file.KnownBefore();
+    if (file.staysKnown) planned.knownAs = file.KnownBefore();
     return planned;
 }
 
@@ -53,7 +53,7 @@ void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending end
     const RecordedFile& file = planned.file;
     const bool isAsWanted = !file.IsPlanned() || HaveSameText(now.state, file.after);
     const bool isUntouched = now.IsAs(file.before) || !IsOfTheCommand(file, now, ending);
-    if (isAsWanted && (ending != Ending::Unknown || !isUntouched)) KeepLeft(planned, settlement);
+    if (isAsWanted && (ending != Ending::Unknown || !isUntouched)) KeepKnownAs(planned, settlement);
     if (isUntouched) {
         const bool isKnownAnew = planned.isKnownAnew && ending != Ending::Unknown && isAsWanted;
         const bool isNothingNew = IsKnownSo(planned) && !planned.base && file.kind == file.kindBefore &&

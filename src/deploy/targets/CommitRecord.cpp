@@ -136,9 +136,9 @@ FileToRecord CommitRecord::Remembered(const ExpectedFile& expected) const {
     FileToRecord file;
     file.file.path = m_product.HostPaths().NameInside(expected.path);
     file.file.kind = expected.kind;
-    file.file.after = expected.left.value_or(now.state);
+    file.file.after = expected.knownAs.value_or(now.state);
     file.file.after.knowledge = *expected.knowledge;
-    if (!expected.left) file.textAfter = std::move(now.text);
+    if (!expected.knownAs) file.textAfter = std::move(now.text);
     file.base = expected.base;
     return file;
 }

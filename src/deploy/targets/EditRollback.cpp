@@ -75,23 +75,23 @@ bool IsProductsAlone(Deployment& product, const KnownFile& known, const WrittenF
 
 }  // namespace
 
-EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const WrittenFile& file,
+EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& knownFiles, const WrittenFile& file,
                           bool isForced) {
-    const KnownFile* const record = known.Find(file.path);
-    const LinesOfRoles lines = SetByRoles(product, record, isForced);
+    const KnownFile* const known = knownFiles.Find(file.path);
+    const LinesOfRoles lines = SetByRoles(product, known, isForced);
     EditToTakeBack edit;
     edit.others = lines.others;
     const Way leave = lines.own.empty() ? Way::LeaveToOtherRole : Way::HandOver;
     const FileState now = StateOf(file.path);
     if (!now.exists) {
-        const bool isLeft = file.IsLeft();
-        edit.way = isLeft ? Way::Reserve : Way::Forget;
+        const bool mayGoBack = file.MayGoBack();
+        edit.way = mayGoBack ? Way::Reserve : Way::Forget;
         if (!edit.others.empty()) edit.way = leave;
-        if (!isLeft) edit.remark = _("is not there");
+        if (!mayGoBack) edit.remark = _("is not there");
         return edit;
     }
     if (!now.IsRegular()) return {Way::LeaveIrregular};
-    const bool isAsLeft = known.IsAsLeft(file.path);
+    const bool isAsLeft = knownFiles.IsAsLeft(file.path);
     const std::string text = ReadFileBytes(file.path);
     const bool mayGoBack = edit.others.empty() && IsFileExist(file.Reserve());
     if (mayGoBack && isForced) return {Way::Reserve};
@@ -100,11 +100,11 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const Wr
     edit.text = WithoutOwnBlocks(lines, text);
     // A killed run may have kept the original, and no more.
     if (mayGoBack && IsAsReserve(file, text)) return {Way::Reserve};
-    if (mayGoBack && isAsLeft && IsProductsAlone(product, *record, file)) return {Way::Reserve};
+    if (mayGoBack && isAsLeft && IsProductsAlone(product, *known, file)) return {Way::Reserve};
     // Whoever wrote it in between, nothing of others is left in it.
     if (mayGoBack && IsAsReserve(file, edit.text)) return {Way::Reserve};
     edit.isUnmarked =
-        !isForced && edit.others.empty() && record != nullptr && HoldsUnmarkedEdits(product, *record);
+        !isForced && edit.others.empty() && known != nullptr && HoldsUnmarkedEdits(product, *known);
     if (edit.text != text) {
         edit.way = Way::Blocks;
         edit.remark = product.Wanted().dryRun

@@ -30,7 +30,7 @@ struct EditToTakeBack {
 };
 
 /// Damaged markers, and what cannot be read, are a `Failure`.
-EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& known, const WrittenFile& file,
+EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& knownFiles, const WrittenFile& file,
                           bool isForced);
 
 }  // namespace ZET::Deploy

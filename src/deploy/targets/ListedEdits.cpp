@@ -288,7 +288,7 @@ ExpectedFile ListedEdits::ExpectedUnchanged(const PlannedEdits& planned) const {
     const KnownFile* const known = m_known.Find(file.path);
     if (known == nullptr) return file;
     file.knowledge = known->state.knowledge;
-    file.left = known->state;  // what somebody made of it since is not the product's
+    file.knownAs = known->state;  // what somebody made of it since is not the product's
     return file;
 }
 

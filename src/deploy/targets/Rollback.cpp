@@ -119,7 +119,6 @@ class Rollback {
     template <typename Call>
     void Try(Step& step, Call call) {
         try {
-            if (step.file.trouble) throw Failure(*step.file.trouble);
             call(step);
         } catch (const Interrupted&) {
             throw;
@@ -162,8 +161,8 @@ class Rollback {
         for (const Step& step : steps)
             if (step.action != Action::Nothing) takenBack.insert(step.file.path);
         const bool isTargetLeft = std::any_of(all.begin(), all.end(), [&](const WrittenFile& file) {
-            const bool isLeft = file.IsLeft() && !m_known.Has(file.path, m_otherRole);
-            return !takenBack.contains(file.path) && (isLeft || m_known.Has(file.path, m_product.Role()));
+            const bool mayGoBack = file.MayGoBack() && !m_known.Has(file.path, m_otherRole);
+            return !takenBack.contains(file.path) && (mayGoBack || m_known.Has(file.path, m_product.Role()));
         });
         const std::vector<std::string> edited = m_known.EditedPaths();
         return !isTargetLeft && std::none_of(edited.begin(), edited.end(), [&](const std::string& path) {

@@ -71,10 +71,10 @@ void TakeBack::Decide(TakeBackStep& step) {
 void TakeBack::DecideTarget(TakeBackStep& step) {
     const WrittenFile& file = step.file;
     const FileState reserve = StateOf(file.Reserve());
-    const FileState record = StateOf(file.Record());
+    const FileState absence = StateOf(file.Absence());
     const FileState now = StateOf(file.path);
     step.hasReserve = reserve.exists;
-    if (!reserve.exists && !record.exists) {
+    if (!reserve.exists && !absence.exists) {
         if (!m_ways.isForced && IsReserveLost(file))
             return Keep(step,
                         Words("has no reserve, stays as it is and on record (\"history %s\" tells what is "
@@ -85,7 +85,7 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
         return;
     }
     RequireRegularIfThere(file.Reserve(), reserve);
-    RequireRegularIfThere(file.Record(), record);
+    RequireRegularIfThere(file.Absence(), absence);
     // What cannot be read is not told as edited.
     if (now.IsRegular()) RequireReadableFile(file.path);
     if (now.exists && !m_ways.isForced && !IsOwnWork(file)) {
@@ -201,7 +201,7 @@ bool TakeBack::IsOutOfReach(const WrittenFile& file) const {
 }
 
 bool TakeBack::IsReserveLost(const WrittenFile& file) const {
-    return IsFileExist(file.path) && !IsFileExist(file.Reserve()) && !IsFileExist(file.Record()) &&
+    return IsFileExist(file.path) && !IsFileExist(file.Reserve()) && !IsFileExist(file.Absence()) &&
            m_known.Has(file.path, m_product.Role()) && !m_known.Has(file.path, m_otherRole) &&
            IsKnownAsWritten(m_product, file.path);
 }
@@ -301,7 +301,7 @@ ExpectedFile TakeBack::Expected(const TakeBackStep& step) const {
         if (!step.others && !m_known.Has(file.path, m_otherRole)) return file;
         if (!step.others) file.kind = FileKind::Target;
         // Somebody may have edited it since.
-        file.left = known->state;
+        file.knownAs = known->state;
         return file;
     }
     if (step.action == Action::TakeOutBlocks) {

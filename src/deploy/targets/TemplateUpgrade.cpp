@@ -172,7 +172,8 @@ ExpectedFile TemplateUpgrade::Expected(const Copy& copy) const {
     after.state.group = before.group;
     after.state.attributes = before.attributes;
     file.after = std::move(after);
-    if (copy.ownMode && copy.ownMode != before.mode) file.left = WithMode(file.after->state, *copy.ownMode);
+    if (copy.ownMode && copy.ownMode != before.mode)
+        file.knownAs = WithMode(file.after->state, *copy.ownMode);
     if (copy.texts.shipped->size() <= longest) file.base = copy.texts.shipped;
     return file;
 }

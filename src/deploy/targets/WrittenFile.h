@@ -29,8 +29,8 @@ struct WrittenFile {
     bool isEdit = false;  ///< of single lines: it is no target
 
     std::string Reserve() const { return path + ZETReserveSuffix; }
-    std::string Record() const { return path + ZETAbsenceSuffix; }
-    bool IsLeft() const { return trouble.has_value() || IsFileExist(Reserve()) || IsFileExist(Record()); }
+    std::string Absence() const { return path + ZETAbsenceSuffix; }
+    bool MayGoBack() const { return trouble.has_value() || IsFileExist(Reserve()) || IsFileExist(Absence()); }
 
     FileInPlace PlaceIn(const Paths& paths) const {
         return FileInPlace(templateName.empty() ? paths.FindReal(path) : paths.Find(named, trusted), path);

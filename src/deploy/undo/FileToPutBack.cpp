@@ -234,7 +234,7 @@ std::set<Role> FileToPutBack::RolesAfter() const {
 
 void FileToPutBack::Expect(Recording& recording) const {
     if (m_isKept) {
-        if (m_then.left) ExpectPart(recording, *m_change.file, "", m_now.file);
+        if (m_then.knownAs) ExpectPart(recording, *m_change.file, "", m_now.file);
         return;
     }
     if (m_change.file) ExpectPart(recording, *m_change.file, "", m_wanted.file);
@@ -255,7 +255,7 @@ void FileToPutBack::ExpectPart(Recording& recording, const RecordedFile& row, co
         file.kind = m_then.kind;
         file.knowledge = m_then.knowledge;
         file.base = m_then.base;
-        file.left = m_then.left;
+        file.knownAs = m_then.knownAs;
         file.wasEdited = m_isOthersWork;
     }
     recording.Expect(file);

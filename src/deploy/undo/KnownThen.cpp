@@ -16,13 +16,13 @@ using Lines = std::vector<RememberedLine>;
 
 KnownThen KnownBefore(const RecordedChange& change) {
     const RecordedFile& row = *change.file;
-    KnownThen then{row.kindBefore, row.before.knowledge, row.leftBefore};
+    KnownThen then{row.kindBefore, row.before.knowledge, row.knownAsBefore};
     // One that is gone is known all the same: what a killed run may make of it is the product's.
     if (row.kind == FileKind::Status && !row.before.exists) then.kind = FileKind::Status;
-    if (then.kind == FileKind::Original) then.left.reset();
+    if (then.kind == FileKind::Original) then.knownAs.reset();
     // Who changes what is known of a file alone, leaves what a hand made of it since an edit.
-    else if (!change.isWritten && !then.left)
-        then.left = row.before;
+    else if (!change.isWritten && !then.knownAs)
+        then.knownAs = row.before;
     return then;
 }
 
@@ -100,7 +100,7 @@ KnownThen KnownOnceBack(Store& store, const RecordedChange& change, const std::o
 KnownThen KnownAsNow(const KnownFile& now, const CapturedFile& file) {
     KnownThen then{now.kind, now.state.knowledge};
     // Where nobody else wrote the file since, what is left of it is the product's.
-    if (!file.IsAs(now.state)) then.left = now.state;
+    if (!file.IsAs(now.state)) then.knownAs = now.state;
     return then;
 }
 

@@ -15,8 +15,8 @@ namespace ZET::Deploy {
 struct KnownThen {
     FileKind kind = FileKind::Original;
     Knowledge knowledge{};
-    std::optional<RecordedState> left{};  ///< what it is known as, where that is another text
-    std::optional<std::string> base{};    ///< of the knowledge, where the store does not have it yet
+    std::optional<RecordedState> knownAs{};  ///< where that is another text
+    std::optional<std::string> base{};       ///< of the knowledge, where the store does not have it yet
 };
 
 /// Of one that goes back, its text too or not. Where one entry alone is taken back, so is what that changed

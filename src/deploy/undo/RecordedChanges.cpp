@@ -17,7 +17,7 @@ void Precede(std::optional<RecordedFile>& newer, const RecordedFile& older) {
     }
     newer->before = older.before;
     newer->kindBefore = older.kindBefore;
-    newer->leftBefore = older.leftBefore;
+    newer->knownAsBefore = older.knownAsBefore;
 }
 
 /// Others' work between what an older entry left and what the oldest of these found. Owner and attributes
@@ -65,7 +65,7 @@ void RecordedChanges::AddLeft(RecordedChange& change, const RecordedState& left)
     const Knowledge knowledge = file.before.knowledge;
     file.before = left;
     file.before.knowledge = knowledge;
-    if (file.leftBefore && HaveSameTextAndMode(*file.leftBefore, left)) file.leftBefore.reset();
+    if (file.knownAsBefore && HaveSameTextAndMode(*file.knownAsBefore, left)) file.knownAsBefore.reset();
 }
 
 void RecordedChanges::AddOthersAlone(std::int64_t entry, const RecordedFile& file) {

@@ -270,7 +270,7 @@ RecordedFile WithoutChange(const KnownFile& known, const RecordedState& left) {
     row.kind = row.kindBefore = known.kind;
     row.before = row.after = left;
     row.before.knowledge = row.after.knowledge = known.state.knowledge;
-    if (!HaveSameTextAndMode(left, known.state)) row.leftBefore = known.state;
+    if (!HaveSameTextAndMode(left, known.state)) row.knownAsBefore = known.state;
     return row;
 }
 

@@ -95,7 +95,7 @@ TEST_F(CutShortTest, WhatSomebodyHadWrittenBeforeItStaysHis) {
         Write("out/a", "of somebody");
         FileToRecord file = FileThatBecomes("out/a", "of somebody, and new");
         file.file.kind = FileKind::Target;
-        file.file.leftBefore = TheStore().Known(At("out/a"))->state;
+        file.file.knownAsBefore = TheStore().Known(At("out/a"))->state;
         file.file.staysKnown = true;
         m_number = TheStore().Announce({}, {file});
         if (isWritten) Write("out/a", "of somebody, and new");

@@ -83,7 +83,7 @@ TEST_F(RecordingTest, WhatSomebodyHadWrittenStaysHisHoweverTheCommandEnds) {
         Write(name, "text of somebody");
         Recording recording(TheHost(), Recording::Use::OfTheProduct, true);
         ExpectedFile file = Expected(name);
-        file.left = left;
+        file.knownAs = left;
         recording.Expect(file);
         recording.Begin();
         EXPECT_TRUE(FilesOf(*recording.Number()).front().staysKnown);

@@ -186,7 +186,7 @@ TEST_F(StoreTest, WhatAnEntryLeftIsKnownAlsoWhereTheEntryIsNotKept) {
     Record(store, {File("/etc/x", "0", "1"), original});
     original.file.kind = FileKind::Original;
     FileToRecord edited = File("/etc/x", "2", "3");
-    edited.file.leftBefore = State(0600);
+    edited.file.knownAsBefore = State(0600);
     const std::int64_t number = store.Open(Entry(), {edited, File("/etc/a", "", "4"), original});
     EXPECT_FALSE(store.Close(number, EntryOutcome::Done, settlement));
     EXPECT_FALSE(store.Find(number));

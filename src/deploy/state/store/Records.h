@@ -93,12 +93,12 @@ struct RecordedFile {
     FileKind kindBefore = FileKind::Original;  ///< what it was known to be before the entry
     RecordedState before;
     RecordedState after;
-    std::optional<RecordedState> leftBefore;  ///< what it was known as before, where that was another text
-    bool wasEdited = false;                   ///< what stood there before was somebody else's work
-    bool isPutBack = false;                   ///< a former state came back, whoever had written that
-    bool staysKnown = false;                  ///< as it was, since what comes into it is somebody else's work
+    std::optional<RecordedState> knownAsBefore;  ///< where that was another text
+    bool wasEdited = false;                      ///< what stood there before was somebody else's work
+    bool isPutBack = false;                      ///< a former state came back, whoever had written that
+    bool staysKnown = false;  ///< as it was, since what comes into it is somebody else's work
 
-    const RecordedState& KnownBefore() const { return leftBefore ? *leftBefore : before; }
+    const RecordedState& KnownBefore() const { return knownAsBefore ? *knownAsBefore : before; }
 
     /// Whether it was known what the file was going to be, as it is before it is written.
     bool IsPlanned() const { return !after.exists || !after.digest.empty(); }
@@ -109,11 +109,11 @@ struct FileToRecord {
     RecordedFile file;
     std::string textBefore;
     std::string textAfter;
-    std::optional<std::string> base;      ///< for `after`
-    bool isPlanned = true;                ///< false: `after` is not known yet
-    std::optional<RecordedState> left;    ///< what it is known as then, where somebody edited it since
-    bool isKnownAnew = false;             ///< something else is known of it then, even where it is as before
-    std::optional<RecordedFile> reserve;  ///< it comes to the entry with the file, whose former text it has
+    std::optional<std::string> base;       ///< for `after`
+    bool isPlanned = true;                 ///< false: `after` is not known yet
+    std::optional<RecordedState> knownAs;  ///< then, where somebody edited it since
+    bool isKnownAnew = false;              ///< something else is known of it then, even where it is as before
+    std::optional<RecordedFile> reserve;   ///< it comes to the entry with the file, whose former text it has
 };
 
 /// How the files of an entry turned out.

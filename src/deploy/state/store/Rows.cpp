@@ -200,7 +200,7 @@ void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file
     const std::int64_t before = isNew ? kNothing : InsertState(database, file.before);
     const std::int64_t after = InsertState(database, file.after);
     std::optional<std::int64_t> left;
-    if (file.leftBefore) left = InsertState(database, *file.leftBefore);
+    if (file.knownAsBefore) left = InsertState(database, *file.knownAsBefore);
     RunSealed(
         database,
         "INSERT INTO files(entry, path, kind, kind_before, before, after, left_before, was_edited, seal)"
@@ -227,7 +227,7 @@ static std::vector<RecordedFile> FilesIn(Database& database, Statement statement
         file.kindBefore = static_cast<FileKind>(row.Number());
         file.before = StateAt(database, row.Number());
         file.after = StateAt(database, row.Number());
-        if (const auto left = row.OptionalNumber()) file.leftBefore = StateAt(database, *left);
+        if (const auto left = row.OptionalNumber()) file.knownAsBefore = StateAt(database, *left);
         const std::int64_t how = row.Number();
         file.wasEdited = (how & kWasEdited) != 0;
         file.isPutBack = (how & kIsPutBack) != 0;
