@@ -82,8 +82,4 @@ void AddDiff(Fields& fields, const ShownDiff& diff) {
                         isHidden ? Value(List(places.begin(), places.end())) : Value(nullptr));
 }
 
-std::string NameOfPlaceholder(const std::string& placeholder) {
-    return placeholder.substr(2, placeholder.size() - 3);
-}
-
 }  // namespace ZET::Cli

@@ -25,9 +25,6 @@ Fields FieldsOf(const FileOutcome& outcome, const std::string& path, bool isSecr
 /// The fields of a difference.
 void AddDiff(Fields& fields, const ShownDiff& diff);
 
-/// "realm" for "${realm}"
-std::string NameOfPlaceholder(const std::string& placeholder);
-
 /// 0 and the empty text stand for none.
 Value NumberOrNull(std::int64_t number);
 Value TextOrNull(const std::string& text);

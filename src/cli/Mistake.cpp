@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "cli/Translation.h"
-#include "deploy/state/ParameterCheck.h"
+#include "deploy/state/ParameterNames.h"
 
 namespace ZET::Cli {
 

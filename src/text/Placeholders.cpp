@@ -34,6 +34,10 @@ std::vector<std::string> PlaceholdersOf(std::string_view templateLine) {
     return placeholders;
 }
 
+std::vector<std::string> PlaceholdersOfValue(std::string_view value) {
+    return PlaceholdersOf(std::string(kLineGuard).append(value));
+}
+
 std::vector<std::string_view> PiecesBetweenPlaceholders(std::string_view templateLine) {
     std::vector<std::string_view> pieces;
     std::size_t from = 0;

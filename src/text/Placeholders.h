@@ -62,6 +62,13 @@ class PlaceholderWalk {
 /// The placeholders of a template's line that are replaced, in their order, each once.
 std::vector<std::string> PlaceholdersOf(std::string_view templateLine);
 
+/// What is put before a text that is taken for a line, though it is none: one that begins like a comment
+/// would have no placeholders.
+inline constexpr std::string_view kLineGuard = "=";
+
+/// The placeholders of a value, which may begin like a comment.
+std::vector<std::string> PlaceholdersOfValue(std::string_view value);
+
 /// What stands before, between and behind the placeholders of a template's line that are replaced.
 std::vector<std::string_view> PiecesBetweenPlaceholders(std::string_view templateLine);
 

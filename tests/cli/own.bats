@@ -139,7 +139,7 @@ own.conf: $HOST/out/own.conf (server, client), installed, in $HOST/etc/targets.d
     [[ $output == *"$HOST/out/two.conf: put back as it was"* ]]
     [[ $output == *"$HOST/out/three.conf: edited, stays as it is"* ]]
     [[ $output == *"to be restarted: two"* ]]
-    [[ $stderr == *"$HOST/out/three.conf: was edited since it was committed and stays (\"rollback-config --force\" puts back what was there before)"* ]]
+    [[ $stderr == *"$HOST/out/three.conf: was edited since it was committed and stays (\"rollback-config --force $HOST/out/three.conf\" puts back what was there before)"* ]]
     assert_file out/two.conf $'before\n'
     assert_absent out/two.conf.before_zet
     run_zet commit-config -n --set SITE=berlin

@@ -4,6 +4,7 @@
 #include "cli/FileReport.h"
 #include "cli/Translation.h"
 #include "cli/commands/Registrations.h"
+#include "deploy/state/ParameterNames.h"
 
 namespace ZET::Cli {
 
@@ -19,7 +20,7 @@ void ReportUnused(Report& report, const std::set<std::string>& unused) {
     report.AddList("unused_values");
     for (const std::string& placeholder : unused) {
         report.Detail(Filled(_("no template uses %s"), {placeholder}));
-        report.Add("unused_values", NameOfPlaceholder(placeholder));
+        report.Add("unused_values", Deploy::NameOfPlaceholder(placeholder));
     }
 }
 

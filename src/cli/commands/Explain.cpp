@@ -11,6 +11,7 @@
 #include "cli/commands/Registrations.h"
 #include "deploy/edit/FileExplanation.h"
 #include "deploy/host/Failure.h"
+#include "deploy/state/ParameterNames.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Cli {
@@ -261,7 +262,7 @@ class Teller {
     static List NamesOf(const Placeholders& placeholders) {
         List names;
         for (const std::string& placeholder : placeholders)
-            names.emplace_back(NameOfPlaceholder(placeholder));
+            names.emplace_back(Deploy::NameOfPlaceholder(placeholder));
         return names;
     }
 

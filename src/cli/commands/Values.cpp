@@ -3,6 +3,7 @@
 #include "cli/Session.h"
 #include "cli/commands/Registrations.h"
 #include "cli/commands/ValueSources.h"
+#include "deploy/state/ParameterNames.h"
 
 namespace ZET::Cli {
 
@@ -14,7 +15,7 @@ int Values(Session& session, const NoWords&) {
     Deployment& product = session.Product();
     Fields values;
     for (const auto& [placeholder, value] : product.TemplateValues()) {
-        const std::string name = NameOfPlaceholder(placeholder);
+        const std::string name = Deploy::NameOfPlaceholder(placeholder);
         TellValue(session, name, value, product.Values().SourceOfPlaceholder(placeholder));
         values.emplace_back(name, value);
     }

@@ -14,11 +14,11 @@
 #include "deploy/host/StagedOwner.h"
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/CapturedFile.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/Recording.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/state/Writing.h"
-#include "deploy/state/store/Digest.h"
 #include "deploy/targets/EditMerge.h"
 #include "deploy/targets/HostLists.h"
 #include "deploy/targets/Render.h"
@@ -71,7 +71,7 @@ class Adopting {
         RequireSoundTemplate();
         const KnownFiles all(m_product);
         const KnownFile* const known = all.Find(m_path);
-        const Role role = known->state.knowledge.namedRole.value_or(m_product.Role());
+        const Role role = NamedRoleOf(known, m_product.Role());
         const std::string edited = ReadFileBytes(m_path);
         const std::string staged = RenderQuietly(m_product, m_staging, m_templateName, role);
         const std::string rendered = ReadFileBytes(staged);
@@ -79,7 +79,8 @@ class Adopting {
         knowledge.ForgetBase();
         m_mode = ModeToAdopt(*known, staged);
         if (edited == rendered && m_mode) return Write(ReadFileBytes(Source()), knowledge);
-        if (edited == rendered) return IsLastRendering(*known, rendered) ? Unchanged() : Remember(knowledge);
+        if (edited == rendered)
+            return IsRecordedText(rendered, known->state) ? Unchanged() : Remember(knowledge);
         if (!IsMergedWith(m_product, *known, rendered)) RequireLastRendering(*known, rendered);
         const std::string text = NewTemplate(rendered, edited);
         RequireGoodTemplate(text);
@@ -96,16 +97,8 @@ class Adopting {
         if (!problems.empty()) throw Failure(problems.front());
     }
 
-    static bool IsLastRendering(const KnownFile& known, const std::string& rendered) {
-        CapturedFile now;
-        now.state.exists = true;
-        now.state.size = rendered.size();
-        now.state.digest = DigestOf(rendered);
-        return HaveSameText(now.state, known.state);
-    }
-
     void RequireLastRendering(const KnownFile& known, const std::string& rendered) {
-        if (IsLastRendering(known, rendered)) return;
+        if (IsRecordedText(rendered, known.state)) return;
         throw Failure({.file = m_path,
                        .text = _("its template or a parameter changed since the last commit, so nobody can "
                                  "tell what was edited"),

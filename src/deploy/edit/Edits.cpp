@@ -79,14 +79,12 @@ void SaveEdited(IZETConfigFile& file) {
     RemedyErrors(kRemedyOfSaving, [&] { file.Save(true); });
 }
 
-std::function<void(const std::string& path)> Edit(Deployment& product, const EditOptions& options,
-                                                  const std::function<void(IZETConfigFile& file)>& edit) {
-    return [&product, options, edit](const std::string& path) {
-        const auto file = OpenedFile(product, path, options.noMarkers);
-        RemedyErrors(kSimplerExpression, [&] { edit(*file); });
-        const WrittenLanguage language(product.Core());
-        SaveEdited(*file);
-    };
+void EditFile(Deployment& product, const std::string& path, bool noMarkers,
+              const std::function<void(IZETConfigFile& file)>& edit) {
+    const auto file = OpenedFile(product, path, noMarkers);
+    RemedyErrors(kSimplerExpression, [&] { edit(*file); });
+    const WrittenLanguage language(product.Core());
+    SaveEdited(*file);
 }
 
 }  // namespace ZET::Deploy

@@ -38,9 +38,9 @@ std::string LineToSet(Observer& observer, const std::string& path, const Text::T
 /// Saves without a reserve.
 void SaveEdited(IZETConfigFile& file);
 
-/// The operation of `FileEdit` that edits as the options say.
-std::function<void(const std::string& path)> Edit(Deployment& product, const EditOptions& options,
-                                                  const std::function<void(IZETConfigFile& file)>& edit);
+/// Has the module edit and save the file.
+void EditFile(Deployment& product, const std::string& path, bool noMarkers,
+              const std::function<void(IZETConfigFile& file)>& edit);
 
 }  // namespace ZET::Deploy
 

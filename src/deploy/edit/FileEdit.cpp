@@ -127,10 +127,9 @@ ExpectedFile FileEdit::Expected(bool noBackup) const {
 
 /// What somebody made of a target is no less his because the product edits it, too.
 void FileEdit::LeaveOthersWork(ExpectedFile& file) const {
-    Store* const store = m_product.HostHistory().ToLookIfNeeded();
+    Store* const store = m_product.HostHistory().ToLookForWriting();
     if (store == nullptr) return;
-    const Paths& paths = m_product.HostPaths();
-    const std::optional<KnownFile> known = store->Known(paths.NameInside(paths.WithRealDirectory(m_path)));
+    const std::optional<KnownFile> known = store->Known(m_product.HostPaths().NameOfReal(m_path));
     if (!known || known->kind != FileKind::Target) return;
     if (HaveSameTextAndMode(known->state, file.before->state)) return;
     file.left = known->state;

@@ -7,14 +7,11 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileMode.h"
-#include "deploy/host/Remedy.h"
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
-#include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/state/OwnText.h"
-#include "deploy/targets/EditRules.h"
 #include "text/Sections.h"
 #include "zet/ZETFormat.h"
 
@@ -78,10 +75,7 @@ std::string MadeOf(Deployment& product, const std::string& text, bool noMarkers,
     const Staging staging;
     const std::string path = staging.PathOf("part");
     WriteStagedFile(path, text, 0600);
-    const auto file = OpenedFile(product, path, noMarkers);
-    RemedyErrors(kSimplerExpression, [&] { edit(*file); });
-    const WrittenLanguage language(product.Core());
-    SaveEdited(*file);
+    EditFile(product, path, noMarkers, edit);
     return ReadFileBytes(path);
 }
 
@@ -117,7 +111,10 @@ std::string TextWithPart(Deployment& product, const std::string& text, const Fil
 std::function<void(const std::string& path)> EditOfPart(
     Deployment& product, const EditOptions& options, const std::string& path, const std::string& text,
     const FilePart& part, const std::function<void(IZETConfigFile& file)>& edit) {
-    if (!options.section) return Edit(product, options, edit);
+    if (!options.section)
+        return [&product, noMarkers = options.noMarkers, edit](const std::string& file) {
+            EditFile(product, file, noMarkers, edit);
+        };
     return [made = TextWithPart(product, text, part, options.noMarkers, edit),
             mode = ModeOf(path)](const std::string& file) { SaveOwnText(file, made, mode); };
 }

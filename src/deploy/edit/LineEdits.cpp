@@ -30,11 +30,8 @@ bool SelectsEmptyLine(Deployment& product, const std::string& path, const std::s
 std::optional<std::string> LineInSection(Deployment& product, const std::string& path,
                                          const std::string& pattern, const std::string& section) {
     const std::string bytes = ReadFileBytes(path);
-    for (const Text::TextLine& line : Text::SplitLines(PartOf(path, bytes, section).lines)) {
-        std::string text(line.text);
-        if (Selects(product.Core(), pattern, text)) return Text::WithoutLineEnd(text);
-    }
-    return std::nullopt;
+    const auto line = FirstSelected(product.Core(), pattern, PartOf(path, bytes, section).lines);
+    return line ? std::optional(Text::WithoutLineEnd(*line)) : std::nullopt;
 }
 
 /// What the module gets of the file: a section comes with markers before it.

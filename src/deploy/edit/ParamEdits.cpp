@@ -49,15 +49,6 @@ class ParamEdit : public PartEdit {
     Text::ParamLook m_look;
 };
 
-/// The first line of them that the module would take for the parameter.
-std::optional<std::string> LineIn(IZETCore& core, std::string_view lines, const std::string& pattern) {
-    for (const Text::TextLine& line : Text::SplitLines(lines)) {
-        std::string text(line.text);
-        if (Selects(core, pattern, text)) return text;
-    }
-    return std::nullopt;
-}
-
 /// Looks for the line that the module would take for a parameter, in a text that comes in pieces of whole
 /// lines. The name has to stand in it as it is, so that the core is asked about few lines.
 class LookToGet {
@@ -82,7 +73,7 @@ class LookToGet {
             return;
         }
         lines.remove_prefix(Text::LinesBefore(lines, place).size());
-        m_line = LineIn(m_core, lines.substr(0, lines.find('\n')), m_pattern);
+        m_line = FirstSelected(m_core, m_pattern, lines.substr(0, lines.find('\n')));
         Text::TakeLine(lines);
     }
 
@@ -98,7 +89,7 @@ std::optional<std::string> LineOf(Deployment& product, const std::string& path, 
     const std::string pattern = ZETLookupOpening + name + "=";
     if (section) {
         const std::string bytes = ReadFileBytes(path);
-        return LineIn(product.Core(), PartOf(path, bytes, section).lines, pattern);
+        return FirstSelected(product.Core(), pattern, PartOf(path, bytes, section).lines);
     }
     // The lookup by name cannot tell an empty value from a parameter that is not there.
     const std::string line = OpenedFile(product, path, true)->GetLine(pattern);

@@ -29,11 +29,11 @@ using Result = FileOutcome::Result;
 
 /// One of the three works on a file's reserve: what there is, and what the report says.
 struct ReserveWork {
-    ReserveWork(Deployment& given, const std::string& file, bool goesBack = false)
+    ReserveWork(Deployment& given, const std::string& file, Purpose why = Purpose::Writes)
         : product(given),
           path(ResolvedFile(given, file)),
-          writing(given, {path}, Writing::Right::OfTheFiles, goesBack),
-          goesBackWithout(goesBack),
+          writing(given, {path}, Writing::Right::OfTheFiles, why),
+          purpose(why),
           place(given.HostPaths().Find(file), path),
           version(VersionOf(path)),
           reserve(path + ZETReserveSuffix),
@@ -66,7 +66,7 @@ struct ReserveWork {
     template <typename Work>
     void Recorded(ExpectedFile::Companions companions, const std::optional<CapturedFile>& after, Work work) {
         Writing::Begin();
-        Recording recording(product, Recording::Use::OfFiles, writing.Records(), goesBackWithout);
+        Recording recording(product, Recording::Use::OfFiles, writing.Records(), purpose);
         ExpectedFile expected;
         expected.path = path;
         expected.place = &place;
@@ -94,8 +94,8 @@ struct ReserveWork {
 
     Deployment& product;
     std::string path;
-    Writing writing;       // before anything is looked at
-    bool goesBackWithout;  ///< the history, where it cannot be used
+    Writing writing;  // before anything is looked at
+    Purpose purpose;
     FileInPlace place;
     FileVersion version;
     std::string reserve;
@@ -149,7 +149,7 @@ FileOutcome ReserveFile(Deployment& product, const std::string& file) {
 }
 
 FileOutcome RestoreFile(Deployment& product, const std::string& file, const EditOptions& options) {
-    ReserveWork work(product, file, true);
+    ReserveWork work(product, file, Purpose::GoesBack);
     if (!work.hasReserve && !work.hasRecord) return work.Result(Result::Unchanged, _("nothing to put back"));
     if (work.hasReserve) {
         if (work.hasFile) RequireReadableFile(work.path);

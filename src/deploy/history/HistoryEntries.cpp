@@ -14,15 +14,10 @@ namespace ZET::Deploy {
 
 namespace {
 
-bool IsAsBefore(const RecordedState& before, const RecordedState& after) {
-    return HaveSameText(before, after) && before.mode == after.mode && before.owner == after.owner &&
-           before.group == after.group && before.attributes == after.attributes;
-}
-
 FileOutcome::Result ResultOf(const RecordedState& before, const RecordedState& after) {
     using Result = FileOutcome::Result;
     if (before.exists != after.exists) return after.exists ? Result::Created : Result::Removed;
-    return !before.exists || IsAsBefore(before, after) ? Result::Unchanged : Result::Changed;
+    return IsSameFile(before, after) ? Result::Unchanged : Result::Changed;
 }
 
 const char* NameOf(FileKind kind) {

@@ -53,7 +53,7 @@ class LineWalk {
 };
 
 /// For each line of the file's text, at its number less one, what it came with; none: it is older than what
-/// is recorded, or nobody can tell. A history that cannot be used is told.
+/// is recorded, or nobody can tell. An unusable history is reported as a warning.
 std::vector<std::optional<LineAge>> AgesOfLines(Deployment& product, const std::string& file,
                                                 const std::string& text);
 

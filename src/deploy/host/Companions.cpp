@@ -5,9 +5,18 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
 #include "zet/ZETFiles.h"
-#include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
+
+std::string FileBeside(const std::string& name) {
+    for (const std::string_view suffix : kCompanionSuffixes)
+        if (name.ends_with(suffix)) return name.substr(0, name.size() - suffix.size());
+    return name;
+}
+
+bool HasCompanion(const std::string& path) {
+    return IsFileExist(path + ZETReserveSuffix) || IsFileExist(path + ZETAbsenceSuffix);
+}
 
 std::string ReserveOf(const std::string& path) {
     const std::string reserve = path + ZETReserveSuffix;

@@ -3,8 +3,17 @@
 
 #include <string>
 
+#include "zet/ZETFormat.h"
+
 /// What stands beside a file.
 namespace ZET::Deploy {
+
+inline constexpr const char* kCompanionSuffixes[] = {ZETReserveSuffix, ZETAbsenceSuffix};
+
+/// The file that one of this name stands beside; the name itself where it is no companion's.
+std::string FileBeside(const std::string& name);
+
+bool HasCompanion(const std::string& path);
 
 /// The reserve of a file, if it has one; else empty.
 std::string ReserveOf(const std::string& path);

@@ -1,6 +1,7 @@
 #include "deploy/host/Failure.h"
 
 #include <iterator>
+#include <utility>
 
 #include "deploy/host/Words.h"
 
@@ -34,6 +35,10 @@ Problem ProblemOf(const std::string& file, const Failure& failure) {
 void Append(std::vector<Problem>& problems, std::vector<Problem> more) {
     problems.insert(problems.end(), std::make_move_iterator(more.begin()),
                     std::make_move_iterator(more.end()));
+}
+
+void Append(std::vector<Problem>& problems, std::optional<Problem> problem) {
+    if (problem) problems.push_back(std::move(*problem));
 }
 
 std::string LinesOf(const std::vector<Problem>& problems) {

@@ -1,6 +1,7 @@
 #ifndef ZET_FAILURE_H
 #define ZET_FAILURE_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@ namespace ZET::Deploy {
 Problem ProblemOf(const std::string& file, const Failure& failure);
 
 void Append(std::vector<Problem>& problems, std::vector<Problem> more);
+void Append(std::vector<Problem>& problems, std::optional<Problem> problem);
 
 /// Each in a line of its own, for the `output` of another one.
 std::string LinesOf(const std::vector<Problem>& problems);

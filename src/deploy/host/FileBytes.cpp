@@ -29,11 +29,6 @@ namespace {
 constexpr std::size_t kBlock = std::size_t{128} << 10;
 constexpr std::size_t kSmallBlock = std::size_t{32} << 10;  ///< which needs no memory of its own
 
-[[noreturn]] void Fail(const std::string& path, const char* what) {
-    const int error = errno;
-    throw SystemFailure({.file = path, .text = what}, error);
-}
-
 int OpenToRead(const std::string& path) {
     return open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
 }
@@ -55,7 +50,7 @@ std::size_t ReadBlock(int descriptor, const std::string& path, std::span<char> b
     while (start < block.size() && start != enough) {
         const ssize_t count = ReadSome(descriptor, block.data() + start, block.size() - start);
         if (count == 0) break;
-        if (count < 0) Fail(path, _("cannot be read"));
+        if (count < 0) FailOfCall(path, _("cannot be read"));
         start += static_cast<std::size_t>(count);
     }
     return start;
@@ -146,7 +141,7 @@ struct stat StatusOfReadable(int descriptor, const std::string& path) {
         throw Failure(
             {.file = path, .text = _("does not exist"), .remedy = _("create it, or correct the path")},
             ENOENT);
-    if (descriptor < 0 || fstat(descriptor, &status) != 0) Fail(path, _("cannot be read"));
+    if (descriptor < 0 || fstat(descriptor, &status) != 0) FailOfCall(path, _("cannot be read"));
     if (S_ISDIR(status.st_mode))
         throw Failure({.file = path, .text = _("is a directory"), .remedy = _("name a file in it")});
     if (!S_ISREG(status.st_mode))
@@ -215,7 +210,7 @@ bool HoldsBytes(int descriptor, const std::string& path, std::string_view bytes)
         const std::size_t wanted = std::min(sizeof block, bytes.size() - done + 1);
         const ssize_t count =
             Uninterrupted([&] { return pread(descriptor, block, wanted, static_cast<off_t>(done)); });
-        if (count < 0) Fail(path, _("cannot be read"));
+        if (count < 0) FailOfCall(path, _("cannot be read"));
         const std::string_view read(block, static_cast<std::size_t>(count));
         if (!bytes.substr(done).starts_with(read)) return false;
         done += read.size();

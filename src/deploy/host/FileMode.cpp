@@ -12,28 +12,20 @@
 
 namespace ZET::Deploy {
 
-namespace {
-
-[[noreturn]] void Fail(const std::string& path, const char* what) {
-    const int error = errno;
-    throw SystemFailure({.file = path, .text = what}, error);
-}
-
-}  // namespace
-
 mode_t ModeOf(const std::string& path) {
     struct stat status = {};
-    if (stat(path.c_str(), &status) != 0) Fail(path, _("its mode cannot be read"));
+    if (stat(path.c_str(), &status) != 0) FailOfCall(path, _("its mode cannot be read"));
     return status.st_mode & kModeBits;
 }
 
 void RequireMode(int descriptor, const std::string& path, mode_t mode) {
     struct stat status = {};
     if ((descriptor >= 0 ? fstat(descriptor, &status) : lstat(path.c_str(), &status)) != 0)
-        Fail(path, _("its mode cannot be read"));
+        FailOfCall(path, _("its mode cannot be read"));
     if ((status.st_mode & kModeBits) == (mode & kModeBits)) return;
     errno = EACCES;
-    if (descriptor < 0 || fchmod(descriptor, mode & kModeBits) != 0) Fail(path, _("cannot get its mode"));
+    if (descriptor < 0 || fchmod(descriptor, mode & kModeBits) != 0)
+        FailOfCall(path, _("cannot get its mode"));
 }
 
 void RequireModeOf(const std::string& model, const std::string& staged) {

@@ -13,7 +13,7 @@ FileVersion VersionIn(int directory, const std::string& name, const std::string&
     struct stat status = {};
     if (fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         if (errno == ENOENT || errno == ENOTDIR) return {};
-        throw SystemFailure({.file = path, .text = _("cannot be looked at")}, errno);
+        FailOfCall(path, _("cannot be looked at"));
     }
     return VersionFrom(status);
 }

@@ -31,21 +31,16 @@ void PutOnTop(std::vector<std::string>& components, std::string_view path) {
     }
 }
 
-[[noreturn]] void FailToLook(const std::string& path) {
-    const int error = errno;
-    throw SystemFailure({.file = path, .text = _("cannot be looked at")}, error);
-}
-
 struct stat StatusOf(int descriptor, const std::string& path) {
     struct stat status = {};
-    if (fstat(descriptor, &status) != 0) FailToLook(path);
+    if (fstat(descriptor, &status) != 0) FailOfCall(path, _("cannot be looked at"));
     return status;
 }
 
 std::string TargetOf(int link, const std::string& path) {
     char target[PATH_MAX];
     const ssize_t length = readlinkat(link, "", target, sizeof target);
-    if (length <= 0) FailToLook(path);
+    if (length <= 0) FailOfCall(path, _("cannot be looked at"));
     return std::string(target, static_cast<std::size_t>(length));
 }
 
@@ -70,7 +65,7 @@ PathWalk::PathWalk(HeldDirectories& known, const std::string& root, PathJudge ju
         return;
     }
     Descriptor descriptor(open(name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    if (descriptor < 0) FailToLook(name);
+    if (descriptor < 0) FailOfCall(name, _("cannot be looked at"));
     const struct stat status = StatusOf(descriptor, name);
     m_walked.push_back(Remember(Held(std::move(descriptor), name, status)));
 }
@@ -170,7 +165,7 @@ void PathWalk::GoInto(const std::string& component) {
     Descriptor entry(openat(m_walked.back()->descriptor, component.c_str(), kFlags));
     if (entry < 0) {
         const bool isUnseen = errno == EACCES && m_unseen == Unseen::IsTakenAsWritten;
-        if (errno != ENOENT && !isUnseen) FailToLook(NameOf(component));
+        if (errno != ENOENT && !isUnseen) FailOfCall(NameOf(component), _("cannot be looked at"));
         EndAtNothing(component);
         return;
     }

@@ -21,8 +21,7 @@ bool IsLink(const std::string& path) {
     char target[1];
     if (readlink(path.c_str(), target, sizeof target) >= 0) return true;
     if (errno == EINVAL || errno == ENOENT || errno == ENOTDIR) return false;
-    const int error = errno;
-    throw SystemFailure({.file = path, .text = _("cannot be looked at")}, error);
+    FailOfCall(path, _("cannot be looked at"));
 }
 
 }  // namespace

@@ -50,6 +50,9 @@ class Paths {
     std::string WithRealDirectory(const std::string& path,
                                   PathWalk::Unseen unseen = PathWalk::Unseen::Fails) const;
 
+    /// The name inside of what `WithRealDirectory` returns: the history knows the file by it.
+    std::string NameOfReal(const std::string& path) const { return NameInside(WithRealDirectory(path)); }
+
     /// Whether the system, which knows nothing of the root, is led to a file inside it by this path, which
     /// begins with the root. Without a root every path stays inside.
     bool StaysInside(const std::string& path) const;

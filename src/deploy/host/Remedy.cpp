@@ -88,6 +88,11 @@ Failure SystemFailure(Problem facts, int error) {
     return Failure(facts, error);
 }
 
+void FailOfCall(const std::string& path, const std::string& what) {
+    const int error = errno;
+    throw SystemFailure({.file = path, .text = what}, error);
+}
+
 Failure FailureOf(const std::exception& error, const std::string& otherwise) {
     if (const auto* failure = dynamic_cast<const Failure*>(&error)) return *failure;
     if (const auto* end = dynamic_cast<const Interrupted*>(&error)) return Failure(end->Facts());

@@ -19,6 +19,9 @@ std::string ReasonOf(int error);
 /// of the reason, if there is one.
 Failure SystemFailure(Problem facts, int error);
 
+/// Fails by the `errno` of a system call that has just failed; `what` says about the file what it means.
+[[noreturn]] void FailOfCall(const std::string& path, const std::string& what);
+
 /// What any call failed with, in the words for its reader. An error of the core or the module gets the remedy
 /// of its reason, or else `otherwise`, unless it has its own.
 Failure FailureOf(const std::exception& error, const std::string& otherwise = "");

@@ -21,19 +21,14 @@ namespace {
 
 constexpr auto kAsItIs = static_cast<uid_t>(-1);  // of an owner or a group
 
-[[noreturn]] void Fail(const std::string& path, const char* what) {
-    const int error = errno;
-    throw SystemFailure({.file = path, .text = what}, error);
-}
-
 /// An ordinary user may not give files away: the file then shows whose it will be.
 void GiveOwner(int descriptor, const std::string& path, uid_t owner, gid_t group, mode_t mode) {
     for (const auto& [newOwner, newGroup] : {std::pair{owner, kAsItIs}, std::pair{kAsItIs, group}}) {
         if (fchown(descriptor, newOwner, newGroup) != 0 && errno != EPERM && errno != EINVAL)
-            Fail(path, _("cannot get its owner"));
+            FailOfCall(path, _("cannot get its owner"));
     }
     // After the owner: a change of owner drops the set-user bits.
-    if (fchmod(descriptor, mode & kModeBits) != 0) Fail(path, _("cannot get its mode"));
+    if (fchmod(descriptor, mode & kModeBits) != 0) FailOfCall(path, _("cannot get its mode"));
 }
 
 bool IsOwn(const struct stat& status) {
@@ -57,9 +52,9 @@ Descriptor OpenStaged(const std::string& path) {
     Descriptor file = openIt();
     if (file < 0 && RemoveReadOnly(path)) file = openIt();
     struct stat status = {};
-    if (file < 0 || fstat(file, &status) != 0) Fail(path, _("cannot be written"));
+    if (file < 0 || fstat(file, &status) != 0) FailOfCall(path, _("cannot be written"));
     if (!IsOwn(status)) FailOfOther(path);
-    if (ftruncate(file, 0) != 0) Fail(path, _("cannot be written"));
+    if (ftruncate(file, 0) != 0) FailOfCall(path, _("cannot be written"));
     return file;
 }
 
@@ -67,8 +62,8 @@ Descriptor OpenStaged(const std::string& path) {
 
 void WriteStagedFile(const std::string& path, std::string_view bytes, mode_t mode) {
     const Descriptor descriptor = OpenStaged(path);
-    if (!WriteAll(descriptor, bytes)) Fail(path, _("cannot be written"));
-    if (fchmod(descriptor, mode & kModeBits) != 0) Fail(path, _("cannot get its mode"));
+    if (!WriteAll(descriptor, bytes)) FailOfCall(path, _("cannot be written"));
+    if (fchmod(descriptor, mode & kModeBits) != 0) FailOfCall(path, _("cannot get its mode"));
 }
 
 void CopyIntoStaging(const std::string& from, const std::string& to) {
@@ -76,7 +71,7 @@ void CopyIntoStaging(const std::string& from, const std::string& to) {
     const std::string bytes = ReadFileBytes(from, source);
     const struct stat status = StatusOfReadable(source, from);
     const Descriptor copy = OpenStaged(to);
-    if (!WriteAll(copy, bytes)) Fail(to, _("cannot be written"));
+    if (!WriteAll(copy, bytes)) FailOfCall(to, _("cannot be written"));
     GiveOwner(copy, to, status.st_uid, status.st_gid, status.st_mode);
 }
 

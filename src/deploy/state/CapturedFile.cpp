@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <cstddef>
-#include <string_view>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
@@ -24,10 +23,6 @@ namespace {
 
 constexpr std::size_t kBlock = std::size_t{32} << 10;  ///< which the processor keeps at hand
 
-[[noreturn]] void Fail(const std::string& path, const char* what) {
-    throw SystemFailure({.file = path, .text = what}, errno);
-}
-
 /// What holds for the bytes alone is made anew by whoever vouches for them.
 bool IsKept(std::string_view name) {
     return name == "system.posix_acl_access" || name == "security.selinux" || name.starts_with("user.");
@@ -40,7 +35,7 @@ std::string AttributeNames(int descriptor, const std::string& path) {
         const ssize_t length = flistxattr(descriptor, names.data(), names.size());
         if (length >= 0) return names.substr(0, static_cast<std::size_t>(length));
         if (errno == ENOTSUP || errno == ENOSYS) return "";
-        if (errno != ERANGE) Fail(path, _("its attributes cannot be read"));
+        if (errno != ERANGE) FailOfCall(path, _("its attributes cannot be read"));
         names.resize(names.size() * 4);
     }
 }
@@ -50,7 +45,7 @@ std::string AttributeOf(int descriptor, const std::string& name, const std::stri
     for (;;) {
         const ssize_t length = fgetxattr(descriptor, name.c_str(), value.data(), value.size());
         if (length >= 0) return value.substr(0, static_cast<std::size_t>(length));
-        if (errno != ERANGE) Fail(path, _("its attributes cannot be read"));
+        if (errno != ERANGE) FailOfCall(path, _("its attributes cannot be read"));
         value.resize(value.size() * 4);
     }
 }
@@ -61,14 +56,14 @@ Descriptor Open(int directory, const std::string& name, const std::string& path)
     Descriptor file(openat(directory, name.c_str(), kFlags));
     if (file < 0 && errno == ELOOP)
         throw Failure({.file = path, .text = _("is a link now"), .remedy = _("look at it, and try again")});
-    if (file < 0 && errno != ENOENT) Fail(path, _("cannot be read"));
+    if (file < 0 && errno != ENOENT) FailOfCall(path, _("cannot be read"));
     return file;
 }
 
 /// But for the attributes.
 RecordedState StatusOfOpened(int descriptor, const std::string& path) {
     struct stat status = {};
-    if (fstat(descriptor, &status) != 0) Fail(path, _("cannot be looked at"));
+    if (fstat(descriptor, &status) != 0) FailOfCall(path, _("cannot be looked at"));
     if (!S_ISREG(status.st_mode))
         throw Failure({.file = path, .text = _("is no regular file"), .remedy = _("name a regular file")});
     RecordedState state;
@@ -96,7 +91,7 @@ void ReadText(int descriptor, const std::string& path, std::uint64_t longest, Ca
     if (captured.state.size <= longest) captured.text.reserve(captured.state.size);
     while (told == 0 || size < told) {
         const ssize_t count = ReadSome(descriptor, block, sizeof block);
-        if (count < 0) Fail(path, _("cannot be read"));
+        if (count < 0) FailOfCall(path, _("cannot be read"));
         if (count == 0) break;
         const std::string_view bytes(block, static_cast<std::size_t>(count));
         digest.Add(bytes);
@@ -118,13 +113,6 @@ std::map<std::string, std::string> AttributesOf(int descriptor, const std::strin
         if (IsKept(name)) attributes.emplace(name, AttributeOf(descriptor, name, path));
     }
     return attributes;
-}
-
-bool CapturedFile::IsAs(const RecordedState& other) const {
-    if (state.exists != other.exists) return false;
-    if (!state.exists) return true;
-    return HaveSameText(state, other) && state.mode == other.mode && state.owner == other.owner &&
-           state.group == other.group && state.attributes == other.attributes;
 }
 
 void CapturedFile::SetText(const std::string& other) {
@@ -151,15 +139,21 @@ CapturedFile Capture(Host& host, const std::string& path) {
     return Capture(path, host.HostHistory().Limits().largestText);
 }
 
+CapturedFile CapturedOf(const FileState& rights, const std::string& text, std::uint64_t longest) {
+    CapturedFile captured;
+    captured.SetText(text);
+    if (text.size() > longest) captured.text.clear();
+    captured.state.exists = true;
+    captured.state.mode = rights.mode & kModeBits;
+    captured.state.owner = rights.owner;
+    captured.state.group = rights.group;
+    return captured;
+}
+
 /// Of so many bytes, it is not the empty one.
 CapturedFile CapturedWithoutText(const FileState& now) {
-    CapturedFile captured;
-    captured.state.exists = true;
-    captured.state.mode = now.mode & kModeBits;
-    captured.state.owner = now.owner;
-    captured.state.group = now.group;
+    CapturedFile captured = CapturedOf(now, "", 0);
     captured.state.size = 1;
-    captured.state.digest = DigestOf("");
     return captured;
 }
 
@@ -172,6 +166,10 @@ bool HasRecordedText(const std::string& path, const RecordedState& state) {
         ReadText(file, path, 0, captured);
     }
     return HaveSameText(captured.state, state);
+}
+
+bool IsRecordedText(std::string_view text, const RecordedState& state) {
+    return state.exists && text.size() == state.size && DigestOf(text) == state.digest;
 }
 
 RecordedState CaptureWithoutTextIn(int directory, const std::string& name, const std::string& path) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "deploy/state/store/Records.h"
 #include "zet/deploy/FileOutcome.h"
@@ -17,8 +18,7 @@ struct CapturedFile {
     RecordedState state;
     std::string text;  ///< empty where it is longer than was asked for
 
-    /// Whether it is the same file to its readers: bytes, mode, owner and attributes.
-    bool IsAs(const RecordedState& other) const;
+    bool IsAs(const RecordedState& other) const { return IsSameFile(state, other); }
 
     /// The same file with another text.
     void SetText(const std::string& other);
@@ -36,12 +36,17 @@ CapturedFile CaptureIn(int directory, const std::string& name, const std::string
 CapturedFile Capture(const std::string& path, std::uint64_t longest);
 CapturedFile Capture(Host& host, const std::string& path);
 
-/// What is there and cannot be captured. Its text is none that a file could have, so that no way leads back
-/// to it.
+/// A regular file with that text, which is held up to `longest`, and these rights; it carries no attributes.
+CapturedFile CapturedOf(const FileState& rights, const std::string& text, std::uint64_t longest);
+
+/// A file that cannot be captured. No file could have its text, so that no way leads back to it.
 CapturedFile CapturedWithoutText(const FileState& now);
 
 /// Whether the file has the text that is recorded, whatever else it carries.
 bool HasRecordedText(const std::string& path, const RecordedState& state);
+
+/// Whether the text is the one that is recorded.
+bool IsRecordedText(std::string_view text, const RecordedState& state);
 
 /// The same as `Capture` but for the text, which is not read: `exists`, mode, owner and attributes only.
 RecordedState CaptureWithoutText(const std::string& path);

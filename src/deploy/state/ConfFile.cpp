@@ -1,8 +1,10 @@
 #include "deploy/state/ConfFile.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "deploy/host/Words.h"
+#include "deploy/state/ParameterNames.h"
 #include "text/Lines.h"
 
 namespace ZET::Deploy {
@@ -52,6 +54,12 @@ ConfFile ReadConfText(const std::string& file, std::string_view text) {
                               file});
     }
     return conf;
+}
+
+const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const std::string& name) {
+    const auto last = std::find_if(given.rbegin(), given.rend(),
+                                   [&](const GivenParameter& parameter) { return parameter.name == name; });
+    return last == given.rend() ? nullptr : &*last;
 }
 
 }  // namespace ZET::Deploy

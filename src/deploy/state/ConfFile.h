@@ -5,10 +5,22 @@
 #include <string_view>
 #include <vector>
 
-#include "deploy/state/ParameterCheck.h"
 #include "zet/ZETProblem.h"
 
 namespace ZET::Deploy {
+
+/// A line "NAME=value" of the main configuration file, which the core has read without complaint, or of a
+/// file with defaults.
+struct GivenParameter {
+    int line = 0;
+    int column = 0;  ///< of the value
+    std::string name;
+    std::string value;
+    std::string file{};  ///< empty: the main one
+};
+
+/// The last one of the name, which is the one that counts; null: there is none.
+const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const std::string& name);
 
 /// A file of lines "NAME=value" beside the main one, and what is wrong in it; lines that are none are left
 /// out.

@@ -2,26 +2,17 @@
 
 #include <map>
 #include <set>
-#include <string_view>
 #include <vector>
 
+#include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/LeftOvers.h"
 #include "deploy/state/Settling.h"
-#include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
 
 namespace {
-
-/// The name of the file that the row is about, or that its companion stands beside.
-std::string FileOf(const RecordedFile& row) {
-    if (row.kind != FileKind::Companion) return row.path;
-    for (const std::string_view suffix : {ZETReserveSuffix, ZETAbsenceSuffix})
-        if (row.path.ends_with(suffix)) return row.path.substr(0, row.path.size() - suffix.size());
-    return row.path;
-}
 
 /// The entries of one host whose runs were killed.
 class CutShortEntries {
@@ -56,7 +47,7 @@ class CutShortEntries {
     void ClearLeftOversOf(const std::vector<RecordedFile>& rows, std::int64_t begun) {
         std::map<std::string, std::vector<RecordedFile>> byFile;
         for (const RecordedFile& row : rows)
-            byFile[FileOf(row)].push_back(row);
+            byFile[row.kind == FileKind::Companion ? FileBeside(row.path) : row.path].push_back(row);
         for (const auto& [name, ofFile] : byFile) {
             const std::string path = m_host.HostPaths().FromInside(name);
             if (m_host.HostPaths().StaysInside(path)) ClearLeftOvers(m_host, LeftBy(ofFile, path, begun));
@@ -98,25 +89,21 @@ class CutShortEntries {
 
 std::set<std::string> FilesOfCutShort(Host& host) {
     std::set<std::string> paths;
-    Store* const store = host.HostHistory().ToLookIfUsable();
-    if (store == nullptr) return paths;
-    try {
-        for (const RecordedEntry& entry : store->OpenEntries())
-            for (const RecordedFile& file : store->FilesOf(entry.number))
+    host.HostHistory().TryLook([&](Store& store) {
+        for (const RecordedEntry& entry : store.OpenEntries())
+            for (const RecordedFile& file : store.FilesOf(entry.number))
                 paths.insert(host.HostPaths().FromInside(file.path));
-    } catch (const Failure& failure) {
-        host.HostHistory().TellUnusable(failure);
-    }
+    });
     return paths;
 }
 
-std::set<std::string> SettleCutShort(Host& host, const WriteLock& lock, bool goesBack) {
+std::set<std::string> SettleCutShort(Host& host, const WriteLock& lock, Purpose purpose) {
     try {
         // Where nothing was ever recorded, nothing was cut short, and no store is opened to find that out.
         if (!host.HostHistory().IsBegun(lock)) return {};
         return CutShortEntries(host, host.HostHistory().ToRecord()).Settle();
     } catch (const Failure& failure) {
-        if (!goesBack && host.HostHistory().IsNeeded()) throw;
+        if (host.HostHistory().IsNeeded(purpose)) throw;
         host.HostHistory().TellUnusable(failure);
         return {};
     }

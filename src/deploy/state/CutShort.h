@@ -12,10 +12,10 @@ namespace ZET::Deploy {
 /// The files of runs that did not come to their end; nothing is changed.
 std::set<std::string> FilesOfCutShort(Host& host);
 
-/// What such runs have written is told by content, their entries in the history are closed, and the temporary
-/// files that they left are removed. Returns their files. The lock is the product's own. A history that
-/// cannot be used is a `Failure`, or with `goesBack` told.
-std::set<std::string> SettleCutShort(Host& host, const WriteLock& lock, bool goesBack = false);
+/// Finds out, by comparing contents, what such runs wrote, closes their entries in the history, and removes
+/// the temporary files that they left. Returns their files. The lock is the product's own. An unusable
+/// history is a `Failure`, or, where it is not needed, reported as a warning.
+std::set<std::string> SettleCutShort(Host& host, const WriteLock& lock, Purpose purpose = Purpose::Writes);
 
 }  // namespace ZET::Deploy
 

@@ -22,8 +22,8 @@ namespace {
 
 /// Of a parameter that is no number, its default: the check of the parameters tells it.
 template <typename Number>
-Number NumberOf(Host& product, const char* key, Number otherwise) {
-    const std::string text = product.Param(key);
+Number NumberOf(Host& host, const char* key, Number otherwise) {
+    const std::string text = host.Param(key);
     Number number = otherwise;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     return error == std::errc() && end == text.data() + text.size() ? number : otherwise;
@@ -32,24 +32,24 @@ Number NumberOf(Host& product, const char* key, Number otherwise) {
 }  // namespace
 
 bool History::KeepsTexts() const {
-    return m_product.Flag("ZET_HISTORY");
+    return m_host.Flag("ZET_HISTORY");
 }
 
 StoreLimits History::Limits() const {
     StoreLimits limits;
-    limits.entries = NumberOf(m_product, "ZET_HISTORY_KEEP", limits.entries);
-    limits.entriesWithEdits = NumberOf(m_product, "ZET_HISTORY_KEEP_EDITS", limits.entriesWithEdits);
-    limits.largestText = NumberOf(m_product, "ZET_HISTORY_MAX_FILE", limits.largestText);
+    limits.entries = NumberOf(m_host, "ZET_HISTORY_KEEP", limits.entries);
+    limits.entriesWithEdits = NumberOf(m_host, "ZET_HISTORY_KEEP_EDITS", limits.entriesWithEdits);
+    limits.largestText = NumberOf(m_host, "ZET_HISTORY_MAX_FILE", limits.largestText);
     limits.keepsTexts = KeepsTexts();
     return limits;
 }
 
 std::string History::File() const {
-    return m_product.State().Store();
+    return m_host.State().Store();
 }
 
 bool History::CanRecord() const {
-    return access(m_product.State().Path().c_str(), W_OK | X_OK) == 0;
+    return access(m_host.State().Path().c_str(), W_OK | X_OK) == 0;
 }
 
 bool History::IsDenied() const {
@@ -73,8 +73,8 @@ Store& History::ToRecord() {
         m_store = nullptr;
         // From now on, there is one.
         const FoundStore found = std::exchange(m_foundUnder, {}).expired() ? Find() : m_found;
-        m_store = std::make_unique<Store>(File(), Store::Access::Record, Limits(), m_product.Flag("ZET_SYNC"),
-                                          found);
+        m_store =
+            std::make_unique<Store>(File(), Store::Access::Record, Limits(), m_host.Flag("ZET_SYNC"), found);
         TellLoss();
         m_store->GiveUpLost();
         TellNewKey();
@@ -96,7 +96,7 @@ Store* History::ToLook() {
 /// there at all may have been moved away.
 FoundStore History::Find() {
     const FoundStore found = FindStore(File());
-    const auto hasStatus = [&](Role role) { return StateOf(m_product.State().Status(role)).exists; };
+    const auto hasStatus = [&](Role role) { return StateOf(m_host.State().Status(role)).exists; };
     if (found == FoundStore::Blank && std::any_of(std::begin(kRoles), std::end(kRoles), hasStatus))
         FailOfDamage(File(), _("it is empty, though something is committed"));
     return found;
@@ -108,7 +108,7 @@ void History::TellNewKey() {
     const Problem renewed = {.file = File(),
                              .text = _("its key was damaged; a new one is made, and nothing is lost"),
                              .remedy = _("look at the disk that it is on")};
-    m_product.Out().Warning(renewed.Describe());
+    m_host.Out().Warning(renewed.Describe());
 }
 
 void History::TellLoss() {
@@ -119,7 +119,7 @@ void History::TellLoss() {
                           .text = Words("its last changes, %s to %s, are lost, as its journal is damaged",
                                         std::to_string(lost->first), std::to_string(lost->last)),
                           .remedy = _("look at \"status\": what they wrote may be told as edited")};
-    m_product.Out().Warning(loss.Describe());
+    m_host.Out().Warning(loss.Describe());
 }
 
 Store* History::ToLookIfUsable() {
@@ -133,8 +133,18 @@ Store* History::ToLookIfUsable() {
     }
 }
 
+void History::TryLook(const std::function<void(Store& store)>& call) {
+    Store* const store = ToLookIfUsable();
+    if (store == nullptr) return;
+    try {
+        call(*store);
+    } catch (const Failure& failure) {
+        TellUnusable(failure);
+    }
+}
+
 void History::TellUnusable(const Failure& failure) {
-    if (m_told != failure.what()) m_product.Out().Warning(failure.what());
+    if (m_told != failure.what()) m_host.Out().Warning(failure.what());
     m_told = failure.what();
 }
 

@@ -1,6 +1,7 @@
 #ifndef ZET_HISTORY_H
 #define ZET_HISTORY_H
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,25 +14,32 @@ class Failure;
 class Host;
 class WriteLock;
 
+/// What a command is about to do.
+enum class Purpose {
+    Writes,
+    GoesBack  ///< which needs no history: what was there before stands beside the files, too
+};
+
 /// What the product remembers on this host: the store in its directory, which is opened when it is asked for
 /// first.
 class History {
   public:
-    explicit History(Host& product) : m_product(product) {}
+    explicit History(Host& host) : m_host(host) {}
 
     /// Whether texts are kept: the parameter ZET_HISTORY.
     bool KeepsTexts() const;
 
-    /// Whether who writes cannot do without it: one that cannot be used stops him, unless nothing is to be
-    /// kept.
-    bool IsNeeded() const { return KeepsTexts(); }
+    /// Whether an unusable one stops a command: it does, unless nothing is to be kept or files go back.
+    bool IsNeeded(Purpose purpose = Purpose::Writes) const {
+        return purpose == Purpose::Writes && KeepsTexts();
+    }
 
     StoreLimits Limits() const;
 
     /// Whether this user can record: the directory is there, and is his to write.
     bool CanRecord() const;
 
-    /// Whether a store was begun. That none was is known as long as the lock is held, if it is the product's.
+    /// Whether a store was begun. That there is none is found out once while the product's lock is held.
     bool IsBegun(const WriteLock& lock);
 
     /// Only under the product's lock. One that cannot be used is a `Failure`.
@@ -41,15 +49,19 @@ class History {
     /// a `Failure`.
     Store* ToLook();
 
-    /// The same, but one that cannot be used is told, once, and is null: for who finds what he needs beside
-    /// the files, too.
+    /// As `ToLook`, but an unusable one is reported as a warning, once, and null: for callers that find what
+    /// they need beside the files, too.
     Store* ToLookIfUsable();
     bool IsUnusable() const { return m_isUnusable; }
 
-    /// For who writes: the one where it is needed, the other where it is not.
-    Store* ToLookIfNeeded() { return IsNeeded() ? ToLook() : ToLookIfUsable(); }
+    /// Calls `call` with that store, if there is one. What makes the store unusable only then is reported,
+    /// too, and ends the call early.
+    void TryLook(const std::function<void(Store& store)>& call);
 
-    /// Told once, however many ask for it.
+    /// For a command that writes: `ToLook` where the history is needed, else `ToLookIfUsable`.
+    Store* ToLookForWriting() { return IsNeeded() ? ToLook() : ToLookIfUsable(); }
+
+    /// Reports it as a warning, once, however many ask.
     void TellUnusable(const Failure& failure);
 
     /// Whether there is one that this user may not read.
@@ -62,7 +74,7 @@ class History {
     void TellLoss();
     void TellNewKey();
 
-    Host& m_product;
+    Host& m_host;
     std::unique_ptr<Store> m_store;
     FoundStore m_found = FoundStore::Nothing;
     std::weak_ptr<const void> m_foundUnder;  ///< the lock; what was found is known until it expires

@@ -9,9 +9,10 @@
 #include "deploy/host/ListedDirectory.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
-#include "deploy/state/ConfFile.h"
 #include "deploy/state/Host.h"
+#include "deploy/state/ParameterNames.h"
 #include "zet/ZETFiles.h"
+#include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
 
@@ -21,16 +22,12 @@ constexpr char kMainFile[] = "ZET_CFG";
 constexpr char kOwnDirectory[] = "ZET_CFG_DIR";
 constexpr std::string_view kOwnPrefix = "ZET_";
 
-std::string NameOf(const std::string& placeholder) {
-    return placeholder.substr(2, placeholder.size() - 3);
-}
-
 /// The product's parameter that has this name in other letters; empty: none.
 std::string ParameterSpelled(const std::string& name) {
     std::string upper = name;
     for (char& c : upper)
         if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-    return IsOfTheProduct(upper) ? upper : "";
+    return IsKnownParameter(upper) ? upper : "";
 }
 
 bool IsValueName(const std::string& name) {
@@ -81,7 +78,7 @@ void HostValues::ReadRest() {
     CheckShipped();
     CheckMain();
     for (const auto& [placeholder, file] : m_textFiles)
-        CheckText(NameOf(placeholder), file);
+        CheckText(NameOfPlaceholder(placeholder), file);
 }
 
 void HostValues::ReadShipped() {
@@ -133,8 +130,7 @@ std::vector<GivenParameter> HostValues::ReadConf(const std::string& file) {
     m_files.push_back(file);
     try {
         ConfFile conf = ReadConfText(file, ReadInside(m_host.HostPaths(), file));
-        for (Problem& problem : conf.problems)
-            m_problems.push_back(std::move(problem));
+        Append(m_problems, std::move(conf.problems));
         return std::move(conf.given);
     } catch (const Failure& failure) {
         Miss(m_unread.params, ProblemOf(file, failure));
@@ -172,7 +168,7 @@ void HostValues::CheckFleet() {
 
 void HostValues::CheckShipped() {
     std::erase_if(m_shipped, [&](const GivenParameter& given) {
-        if (!IsOfTheProduct(given.name)) return !CheckName(given, true);
+        if (!IsKnownParameter(given.name)) return !CheckName(given, true);
         AddOf(given, Words("%s is a parameter of the product, which has a default", given.name),
               _("remove the line; defaults of your own belong into defaults.d"));
         return true;
@@ -219,7 +215,7 @@ std::optional<Problem> HostValues::ClashWithText(const std::string& name) const 
 
 /// Whether the name can be a placeholder of one's own.
 bool HostValues::CheckName(const GivenParameter& given, bool isShipped) {
-    if (IsOfTheProduct(given.name)) return true;
+    if (IsKnownParameter(given.name)) return true;
     const std::string placeholder = PlaceholderFor(given.name);
     std::optional<Problem> clash = ClashOf(given.name);
     if (clash) {
@@ -234,7 +230,7 @@ bool HostValues::CheckName(const GivenParameter& given, bool isShipped) {
 
 std::optional<Problem> HostValues::ProblemOfName(const std::string& name) {
     ReadRest();
-    if (IsOfTheProduct(name)) return std::nullopt;
+    if (IsKnownParameter(name)) return std::nullopt;
     const std::optional<Problem> clash = ClashOf(name);
     return clash ? clash : ClashWithText(name);
 }
@@ -264,7 +260,7 @@ const StringMap& HostValues::Own() {
     for (const GivenParameter& given : m_shipped)
         own[PlaceholderFor(given.name)] = given.value;
     for (const auto& [name, value] : m_host.CoreParams())
-        if (!IsOfTheProduct(name)) own[PlaceholderFor(name)] = value;
+        if (!IsKnownParameter(name)) own[PlaceholderFor(name)] = value;
     for (const auto& [placeholder, text] : m_texts)
         own[placeholder] = text;
     std::erase_if(own, [&](const auto& value) {

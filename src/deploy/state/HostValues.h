@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "deploy/state/ParameterCheck.h"
+#include "deploy/state/ConfFile.h"
 #include "zet/ZETProblem.h"
 #include "zet/ZETTypes.h"
 

@@ -11,13 +11,13 @@
 
 namespace ZET::Deploy {
 
-/// What the history knows of the host's files, of whichever role, read at once. What a run that was cut short
-/// left, or one that goes on has done by now, is known as the next command settles it. Paths are those of
-/// real files, links among the directories followed.
+/// What the history knows of the host's files, of whichever role, read at once. Files of runs that were
+/// killed or still go on are judged by content, as the next command would. Paths are those of real files,
+/// links among the directories followed.
 class KnownFiles {
   public:
-    /// For who takes back what was written, which stands beside the files: a history that cannot be used is
-    /// told, and nothing is known.
+    /// `IsTold`: an unusable history is reported as a warning, and nothing is known. For callers that take
+    /// back what was written, which stands beside the files.
     enum class Unusable { IsFailure, IsTold };
 
     explicit KnownFiles(Host& host, Unusable unusable = Unusable::IsFailure);

@@ -1,18 +1,14 @@
 #include "deploy/state/LostOriginal.h"
 
+#include "deploy/host/Companions.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/History.h"
 #include "deploy/state/KnownFiles.h"
 #include "zet/ZETFiles.h"
-#include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
 
 namespace {
-
-std::string NameOf(const Host& host, const std::string& path) {
-    return host.HostPaths().NameInside(host.HostPaths().WithRealDirectory(path));
-}
 
 bool IsWritten(Store& store, const std::string& name, const std::string& path) {
     bool isWritten = false;
@@ -27,15 +23,14 @@ bool IsWritten(Store& store, const std::string& name, const std::string& path) {
 
 bool IsKnownAsWritten(Host& host, const std::string& path) {
     Store* const store = host.HostHistory().ToLookIfUsable();
-    return store != nullptr && IsWritten(*store, NameOf(host, path), path);
+    return store != nullptr && IsWritten(*store, host.HostPaths().NameOfReal(path), path);
 }
 
 bool IsOriginalLost(Host& host, const std::string& path) {
-    if (!IsFileExist(path) || IsFileExist(path + ZETReserveSuffix) || IsFileExist(path + ZETAbsenceSuffix))
-        return false;
-    Store* const store = host.HostHistory().ToLookIfNeeded();
+    if (!IsFileExist(path) || HasCompanion(path)) return false;
+    Store* const store = host.HostHistory().ToLookForWriting();
     if (store == nullptr) return false;
-    const std::optional<KnownFile> known = store->Known(NameOf(host, path));
+    const std::optional<KnownFile> known = store->Known(host.HostPaths().NameOfReal(path));
     if (!known || (known->kind != FileKind::Target && known->kind != FileKind::Edit)) return false;
     return IsAsRecorded(path, known->state) && IsWritten(*store, known->path, path);
 }
@@ -44,7 +39,7 @@ void WarnOfLostOriginal(Host& host, const std::string& path) {
     host.Out().Warning(
         Words("%s: has no reserve, and gets none, as the product's own work is no original (\"history "
               "%s\" tells where that is kept)",
-              path, NameOf(host, path)));
+              path, host.HostPaths().NameOfReal(path)));
 }
 
 }  // namespace ZET::Deploy

@@ -21,11 +21,6 @@ namespace {
 
 constexpr mode_t kPrivate = 0600;
 
-[[noreturn]] void Fail(const std::string& path, const char* text) {
-    const int error = errno;
-    throw SystemFailure({.file = path, .text = text}, error);
-}
-
 /// What a killed run left: a plain file of the caller's, or of the owner of the file that it was to become.
 bool IsLeftOver(const std::string& temporary, const std::string& name) {
     struct stat found = {};
@@ -43,7 +38,7 @@ Descriptor OpenNew(const std::string& temporary, const std::string& name) {
     };
     Descriptor file = create();
     if (file.IsOpen()) return file;
-    if (errno != EEXIST) Fail(temporary, _("cannot be written"));
+    if (errno != EEXIST) FailOfCall(temporary, _("cannot be written"));
     if (IsLeftOver(temporary, name)) {
         RemoveFile(temporary);
         file = create();
@@ -60,8 +55,8 @@ void SaveOwnText(const std::string& name, const std::string& text, mode_t mode) 
     RemedyErrors(kRemedyOfSaving, [&] {
         {
             const Descriptor file = OpenNew(temporary, name);
-            if (!WriteAll(file, text)) Fail(temporary, _("cannot be written"));
-            if (fchmod(file, mode & kModeBits) != 0) Fail(temporary, _("cannot get its mode"));
+            if (!WriteAll(file, text)) FailOfCall(temporary, _("cannot be written"));
+            if (fchmod(file, mode & kModeBits) != 0) FailOfCall(temporary, _("cannot get its mode"));
         }
         RenameFile(temporary, name);
     });

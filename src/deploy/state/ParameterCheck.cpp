@@ -1,14 +1,14 @@
 #include "deploy/state/ParameterCheck.h"
 
 #include <algorithm>
-#include <numeric>
 #include <optional>
 #include <utility>
 
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
-#include "deploy/state/ConfFile.h"
+#include "deploy/state/ParameterNames.h"
 #include "text/LineExpansion.h"
+#include "text/Placeholders.h"
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
@@ -16,33 +16,8 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\v\f\r";
-constexpr std::size_t kMostMistypedLetters = 2;
 constexpr char kDomain[] = "DOMAIN";
 constexpr char kServer[] = "SERVER";
-
-/// What a placeholder gets its value from.
-struct Source {
-    const char* placeholder;
-    const char* parameter;
-};
-
-constexpr Source kSources[] = {
-    {"${domain}", kDomain},
-    {"${realm}", "REALM"},
-    {"${ldap_domain}", "DOMAIN_DN"},
-    {"${ldap_dc}", "DOMAIN_DN"},
-    {"${server}", kServer},
-    {"${kdc_server}", kServer},
-    {"${kadmin_server}", kServer},
-    {"${ldap_uris}", kServer},
-    {"${max_renewable_life}", "TICKET_MAX_RENEWABLE_LIFE"},
-    {"${max_life}", "TICKET_MAX_LIFE"},
-    {"${server_id}", "SERVER_ID"},
-    {"${minimum_uid}", "MINIMUM_UID"},
-    {"${server_export_dir}", "SERVER_EXPORT_DIR"},
-    {"${valid_user_names}", "VALID_USER_NAMES"},
-    {"${valid_group_names}", "VALID_GROUP_NAMES"},
-};
 
 bool HasValue(const StringMap& values, const std::string& placeholder) {
     const auto found = values.find(placeholder);
@@ -51,14 +26,13 @@ bool HasValue(const StringMap& values, const std::string& placeholder) {
 
 /// The value as a template makes it; one that no template can make is none.
 std::optional<std::string> Expanded(const std::string& value, const StringMap& values) {
-    constexpr std::string_view kGuard = "=";  // a line that begins like a comment is left as it is
     std::size_t longestKey = 0;
     for (const auto& [placeholder, text] : values)
         longestKey = std::max(longestKey, placeholder.size());
-    Text::LineExpansion line(std::string(kGuard) + value, values, longestKey, nullptr);
+    Text::LineExpansion line(std::string(Text::kLineGuard) + value, values, longestKey, nullptr);
     line.Keep(Text::LineExpansion::kLongestLine);
     if (line.Next() != Text::LineExpansion::Verdict::Fine) return std::nullopt;
-    return line.Expanded().substr(kGuard.size());
+    return line.Expanded().substr(Text::kLineGuard.size());
 }
 
 class ValueCheck {
@@ -72,7 +46,7 @@ class ValueCheck {
     }
 
     void CheckUsed(const StringMap& values, const std::set<std::string>& used) {
-        for (const Source& source : kSources) {
+        for (const OwnPlaceholder& source : kOwnPlaceholders) {
             if (used.contains(source.placeholder) && !HasValue(values, source.placeholder))
                 TellNoValue(source);
         }
@@ -105,13 +79,13 @@ class ValueCheck {
     static std::optional<ZETParameterProblem> ProblemOf(const GivenParameter& parameter,
                                                         const StringMap& values) {
         if (auto problem = ProblemOfParam(parameter.name, parameter.value)) return problem;
-        if (!IsOfTheProduct(parameter.name) || parameter.value.find("${") == std::string::npos)
+        if (!IsKnownParameter(parameter.name) || parameter.value.find("${") == std::string::npos)
             return std::nullopt;
         const std::optional<std::string> made = Expanded(parameter.value, values);
         return made ? ProblemOfParam(parameter.name, *made) : std::nullopt;
     }
 
-    void TellNoValue(const Source& source) {
+    void TellNoValue(const OwnPlaceholder& source) {
         std::string name = source.parameter;
         const GivenParameter* given = FindGiven(m_given, name);
         if (given == nullptr && ParameterThatMakes(name) == kDomain && m_core.GetDomainName().empty()) {
@@ -147,28 +121,7 @@ class ValueCheck {
     std::vector<Problem> m_problems;
 };
 
-/// How many letters have to be put in, taken out or exchanged to make one name of the other.
-std::size_t DistanceOf(std::string_view one, std::string_view other) {
-    std::vector<std::size_t> row(other.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < one.size(); ++i) {
-        std::size_t before = row[0]++;
-        for (std::size_t j = 0; j < other.size(); ++j) {
-            const std::size_t exchanged = before + (one[i] == other[j] ? 0 : 1);
-            before = row[j + 1];
-            row[j + 1] = std::min({exchanged, before + 1, row[j] + 1});
-        }
-    }
-    return row.back();
-}
-
 }  // namespace
-
-const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const std::string& name) {
-    const auto last = std::find_if(given.rbegin(), given.rend(),
-                                   [&](const GivenParameter& parameter) { return parameter.name == name; });
-    return last == given.rend() ? nullptr : &*last;
-}
 
 std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& values,
                                           const std::set<std::string>& used,
@@ -198,61 +151,6 @@ UnusedParameters FindUnusedParameters(const std::string& file, const std::vector
                                  : Words("did you mean %s?", nearest)});
     }
     return found;
-}
-
-bool IsParameterName(std::string_view name) {
-    constexpr std::string_view kLetters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ_";
-    return !name.empty() && kLetters.find(name.front()) != std::string_view::npos &&
-           name.find_first_not_of(std::string(kLetters) + "0123456789") == std::string_view::npos;
-}
-
-bool IsOfTheProduct(const std::string& name) {
-    return IsKnownParameter(name);
-}
-
-std::vector<std::string> NamesOfTheProduct() {
-    std::vector<std::string> names;
-    for (const ZETParameter& parameter : KnownParameters())
-        names.push_back(parameter.name);
-    return names;
-}
-
-bool HaveSameMeaning(const std::string& name, const std::string& one, const std::string& other) {
-    const std::optional<bool> flag = FlagOfParam(name, one);
-    return flag ? flag == FlagOfParam(name, other) : one == other;
-}
-
-std::string PlaceholderFor(const std::string& name) {
-    std::string placeholder = "${";
-    for (const char c : name)
-        placeholder += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    return placeholder + "}";
-}
-
-std::string ParameterBehind(const std::string& placeholder) {
-    for (const Source& source : kSources)
-        if (placeholder == source.placeholder) return source.parameter;
-    return "";
-}
-
-std::string ParameterThatMakes(const std::string& name) {
-    const std::optional<ZETParameter> known = KnownParameter(name);
-    return known ? known->source : "";
-}
-
-std::string NearestName(const std::string& name, const std::vector<std::string>& names) {
-    std::string nearest;
-    std::size_t least = kMostMistypedLetters + 1;
-    for (const std::string& candidate : names) {
-        const std::size_t lengths =
-            std::max(name.size(), candidate.size()) - std::min(name.size(), candidate.size());
-        if (lengths >= least) continue;
-        const std::size_t distance = DistanceOf(name, candidate);
-        if (distance >= least) continue;
-        least = distance;
-        nearest = candidate;
-    }
-    return nearest;
 }
 
 bool IsQuotedWithComment(std::string_view value) {

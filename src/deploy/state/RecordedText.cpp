@@ -25,17 +25,13 @@ namespace {
 constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
 constexpr char kLabel[] = "security.selinux";
 
-[[noreturn]] void Fail(const std::string& path, const std::string& what) {
-    throw SystemFailure({.file = path, .text = what}, errno);
-}
-
 void SetMode(int descriptor, const std::string& path, mode_t mode) {
-    if (fchmod(descriptor, mode) != 0) Fail(path, _("its mode cannot be given back"));
+    if (fchmod(descriptor, mode) != 0) FailOfCall(path, _("its mode cannot be given back"));
 }
 
 struct stat StatusOf(int descriptor, const std::string& path) {
     struct stat status = {};
-    if (fstat(descriptor, &status) != 0) Fail(path, _("cannot be looked at"));
+    if (fstat(descriptor, &status) != 0) FailOfCall(path, _("cannot be looked at"));
     return status;
 }
 
@@ -43,8 +39,8 @@ void GiveOwner(int descriptor, const std::string& path, const RecordedState& wan
     const struct stat now = StatusOf(descriptor, path);
     if (now.st_uid == wanted.owner && now.st_gid == wanted.group) return;
     if (fchown(descriptor, wanted.owner, wanted.group) != 0)
-        Fail(path, Words("its owner %s:%s cannot be given back", std::to_string(wanted.owner),
-                         std::to_string(wanted.group)));
+        FailOfCall(path, Words("its owner %s:%s cannot be given back", std::to_string(wanted.owner),
+                               std::to_string(wanted.group)));
 }
 
 void TellOfAttribute(const std::string& path, const std::string& name, Observer& observer) {
@@ -112,13 +108,13 @@ void RecordedText::Put(const CapturedFile& wanted, const std::function<void()>& 
 void RecordedText::Write(const std::string& temporary, const std::string& text) {
     constexpr int kFlags = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
     const Descriptor file(Uninterrupted([&] { return open(temporary.c_str(), kFlags, kPrivate); }));
-    if (file < 0) Fail(temporary, _("cannot be made"));
+    if (file < 0) FailOfCall(temporary, _("cannot be made"));
     if (!Identify(file)) {
         const int error = errno;
         Identify(file);  // what is not known is not taken away again
         throw SystemFailure({.file = temporary, .text = _("cannot be looked at")}, error);
     }
-    if (!WriteAll(file, text)) Fail(temporary, _("cannot be written"));
+    if (!WriteAll(file, text)) FailOfCall(temporary, _("cannot be written"));
 }
 
 bool RecordedText::Identify(int descriptor) {
@@ -143,7 +139,7 @@ void RecordedText::Complete(int descriptor, const RecordedState& wanted) const {
     RecordedState given = wanted;
     if (!MayHaveSetIds(wanted, made.st_gid)) given.mode &= ~kSetIdBits;
     GiveRecordedAttributes(descriptor, path, given, m_product.Out());
-    if (m_product.Flag("ZET_SYNC") && fsync(descriptor) != 0) Fail(path, _("cannot be synced"));
+    if (m_product.Flag("ZET_SYNC") && fsync(descriptor) != 0) FailOfCall(path, _("cannot be synced"));
 }
 
 /// In his own directory, a user could have written what is given to a group that is not his.

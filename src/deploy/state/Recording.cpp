@@ -6,6 +6,7 @@
 #include <memory>
 #include <utility>
 
+#include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Words.h"
@@ -32,8 +33,8 @@ bool HasCompanion(const ExpectedFile& file, const std::string& suffix) {
 
 }  // namespace
 
-Recording::Recording(Host& host, Use use, bool isLocked, bool goesBack)
-    : m_host(host), m_goesBack(goesBack), m_limits(host.HostHistory().Limits()) {
+Recording::Recording(Host& host, Use use, bool isLocked, Purpose purpose)
+    : m_host(host), m_purpose(purpose), m_limits(host.HostHistory().Limits()) {
     History& history = host.HostHistory();
     if (host.Wanted().dryRun) return;
     if (use == Use::OfFiles && !history.KeepsTexts()) return;
@@ -58,14 +59,12 @@ void Recording::OpenStore() {
     OrGoOnWithout([&] { m_store = &m_host.HostHistory().ToRecord(); });
 }
 
-/// What was there before stands beside the files, too: who goes back to it needs no history. Nor
-/// does who wants none.
 template <typename Call>
 void Recording::OrGoOnWithout(Call call) {
     try {
         call();
     } catch (const Failure& failure) {
-        if (!m_goesBack && m_host.HostHistory().IsNeeded()) throw;
+        if (m_host.HostHistory().IsNeeded(m_purpose)) throw;
         const bool isOfStore = failure.Facts().file.starts_with(m_host.State().Store());
         if (isOfStore)
             m_host.HostHistory().TellUnusable(failure);
@@ -99,8 +98,7 @@ void Recording::TellLossToCome(const ExpectedFile& file) const {
     const RecordedState now = Capture(file.path, 0).state;
     const bool isReplaced = now.exists && !(file.after && HaveSameText(now, file.after->state));
     if (isReplaced && !IsReserved(file.path, now))
-        WarnOfLostText(m_host, m_host.HostPaths().NameInside(m_host.HostPaths().WithRealDirectory(file.path)),
-                       now.size);
+        WarnOfLostText(m_host, m_host.HostPaths().NameOfReal(file.path), now.size);
 }
 
 void Recording::ExpectTogether(const std::function<void()>& call) {
@@ -124,7 +122,7 @@ void Recording::ExpectWithCompanions(ExpectedFile file) {
 }
 
 void Recording::ExpectCompanionsToGo(ExpectedFile& companion) {
-    for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix}) {
+    for (const char* const suffix : kCompanionSuffixes) {
         Row row = RowOf(companion, suffix);
         if (row.record.file.before.exists) m_rows.push_back(std::move(row));
     }
@@ -155,7 +153,7 @@ Recording::Row Recording::RowOf(ExpectedFile& file, const std::string& suffix) c
     CapturedFile before = file.before ? std::move(*file.before) : Before(row);
     FileToRecord& record = row.record;
     // Whatever way led to it, it is known by one name.
-    record.file.path = m_host.HostPaths().NameInside(m_host.HostPaths().WithRealDirectory(row.path));
+    record.file.path = m_host.HostPaths().NameOfReal(row.path);
     record.file.kind = file.kind;
     record.file.wasEdited = file.wasEdited;
     record.file.isPutBack = file.isPutBack;
@@ -258,7 +256,7 @@ CapturedFile Recording::Before(const Row& row) const {
     try {
         return Now(row);
     } catch (const Failure&) {
-        if (!m_goesBack) throw;
+        if (m_purpose == Purpose::Writes) throw;
         return CapturedWithoutText(StateOf(row.path));
     }
 }

@@ -43,9 +43,9 @@ class Recording {
         OfTheProduct  ///< commits and the like: what is known of the files is recorded in any case
     };
 
-    /// Under the product's lock (`isLocked`), or nothing is recorded. A store that cannot be used is a
-    /// `Failure`, or with `goesBack` told: what was there before stands beside the files, too.
-    Recording(Host& host, Use use, bool isLocked, bool goesBack = false);
+    /// Under the product's lock (`isLocked`), or nothing is recorded. An unusable store is a `Failure`, or,
+    /// where it is not needed, reported as a warning.
+    Recording(Host& host, Use use, bool isLocked, Purpose purpose = Purpose::Writes);
 
     /// One that was not completed is closed with what it did.
     ~Recording();
@@ -79,8 +79,8 @@ class Recording {
     /// Nothing was changed after all.
     void Discard();
 
-    /// They were. What became of them is known from now on. Where some may not have come to their end, each
-    /// is looked at.
+    /// The files were written. What became of them is known from now on. Where some may not have come to
+    /// their end, each is looked at.
     void Complete(Ending ending = Ending::Done);
 
     /// The number of the entry; none: there is no entry.
@@ -115,7 +115,7 @@ class Recording {
     void TellUnkept(const std::vector<std::string>& untouched) const;
 
     Host& m_host;
-    const bool m_goesBack;
+    const Purpose m_purpose;
     const StoreLimits m_limits;
     Store* m_store = nullptr;
     std::deque<Row> m_rows;

@@ -175,10 +175,7 @@ void Replacement::RequireLastVersion() {
 void Replacement::Complete(int descriptor, const std::string& path, mode_t mode) const {
     if (descriptor < 0) return RequireMode(descriptor, path, mode & ~kSetIdBits);
     struct stat made = {};
-    if (fstat(descriptor, &made) != 0) {
-        const int error = errno;
-        throw SystemFailure({.file = path, .text = _("its owner cannot be read")}, error);
-    }
+    if (fstat(descriptor, &made) != 0) FailOfCall(path, _("its owner cannot be read"));
     const bool isNewOwners = !m_former.exists && m_newOwner;
     if (isNewOwners) GiveToNewOwner(descriptor, path);
     const bool isOwners = made.st_uid == m_former.owner;

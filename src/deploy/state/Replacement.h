@@ -40,7 +40,7 @@ class Replacement {
     /// Lets the module save the file `name`.
     using Operation = std::function<void(const std::string& name)>;
 
-    /// How the file is, that is there: it is looked at, or was when it was found, right before.
+    /// Whether the present file is looked at now, or was looked at just before, when it was found.
     enum class Look { Now, WasFound };
 
     Replacement(HostProduct& product, const FileInPlace& file, const FileVersion& version,
@@ -52,8 +52,8 @@ class Replacement {
     /// Makes the reserve, unless there is one. From within a judge, or before `Make`.
     void KeepOriginal();
 
-    /// The same in two steps, between which a batch may name the reserves of many files; the second leaves it
-    /// to the write to look whether it is the original's.
+    /// As `KeepOriginal`, in two steps, between which a batch may name the reserves of many files; after the
+    /// second, the write looks whether the reserve is the original's.
     void MakeReserve();
     void ConfirmReserve();
 

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "deploy/host/FileBytes.h"
-#include "deploy/state/store/Digest.h"
 #include "posix/ModeBits.h"
 
 namespace ZET::Deploy {
@@ -40,24 +39,12 @@ bool SeenFile::IsAs(const RecordedState& recorded) const {
     if (m_state.exists != recorded.exists) return false;
     if (!m_state.exists) return true;
     if (!m_state.IsRegular() || (m_state.mode & kModeBits) != recorded.mode) return false;
-    if (!Text()) return HasRecordedText(m_path, recorded);
-    RecordedState now;
-    now.exists = true;
-    now.size = m_text->size();
-    if (now.size != recorded.size) return false;
-    now.digest = DigestOf(*m_text);
-    return HaveSameText(now, recorded);
+    return Text() ? IsRecordedText(*m_text, recorded) : HasRecordedText(m_path, recorded);
 }
 
 std::optional<CapturedFile> SeenFile::Captured(std::uint64_t longest) const {
     if (!Text()) return std::nullopt;
-    CapturedFile captured;
-    captured.SetText(*m_text);
-    if (m_text->size() > longest) captured.text.clear();
-    captured.state.exists = true;
-    captured.state.mode = m_state.mode & kModeBits;
-    captured.state.owner = m_state.owner;
-    captured.state.group = m_state.group;
+    CapturedFile captured = CapturedOf(m_state, *m_text, longest);
     captured.state.attributes = AttributesOf(m_opened, m_path);
     return captured;
 }

@@ -14,11 +14,6 @@ bool IsOfTheCommand(const RecordedFile& file, const CapturedFile& now, Ending en
     return ending != Ending::Unknown || file.kind == FileKind::Status;
 }
 
-bool CarriesTheSame(const RecordedState& one, const RecordedState& other) {
-    return one.mode == other.mode && one.owner == other.owner && one.group == other.group &&
-           one.attributes == other.attributes;
-}
-
 FileToRecord AsItIs(const FileToRecord& planned, const CapturedFile& now) {
     FileToRecord settled = planned;
     settled.isPlanned = true;
@@ -67,8 +62,7 @@ void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending end
         settlement.untouched.push_back(file.path);
         return;
     }
-    const bool isAsPlanned =
-        file.IsPlanned() && HaveSameText(now.state, file.after) && CarriesTheSame(now.state, file.after);
+    const bool isAsPlanned = file.IsPlanned() && now.IsAs(file.after);
     if (!isAsPlanned) settlement.changed.push_back(AsItIs(planned, now));
 }
 

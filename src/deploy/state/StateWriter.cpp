@@ -11,10 +11,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-bool IsThere(const std::optional<CapturedFile>& file) {
-    return file && file->state.exists;
-}
-
 bool Comes(const std::optional<CapturedFile>& now, const std::optional<CapturedFile>& wanted) {
     return IsThere(wanted) && !(now && now->IsAs(wanted->state));
 }

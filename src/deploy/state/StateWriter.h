@@ -18,6 +18,11 @@ struct FileWithCompanions {
     std::optional<CapturedFile> absence;  ///< the record that there was no file
 };
 
+/// Whether the part is there, or is going to be.
+inline bool IsThere(const std::optional<CapturedFile>& file) {
+    return file && file->state.exists;
+}
+
 /// Whether only the reserve has to be renamed back, and what stood beside the file is gone then.
 bool GoesBackToReserve(const FileWithCompanions& now, const FileWithCompanions& wanted);
 

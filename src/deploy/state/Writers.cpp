@@ -2,7 +2,6 @@
 
 #include <vector>
 
-#include "deploy/host/Failure.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/History.h"
 
@@ -26,14 +25,10 @@ Writers WritersOf(const std::vector<RecordedFile>& changes, const RecordedState&
 
 Writers WritersSince(const std::string& reserve, const KnownFile& known, Host& host) {
     const RecordedState original = Capture(reserve, 0).state;
-    Store* const store = host.HostHistory().ToLookIfUsable();
-    if (store == nullptr) return Writers::NotKept;
-    try {
-        return WritersOf(store->ChangesOf(known.path), original, known.state);
-    } catch (const Failure& failure) {
-        host.HostHistory().TellUnusable(failure);
-        return Writers::NotKept;
-    }
+    Writers writers = Writers::NotKept;
+    host.HostHistory().TryLook(
+        [&](Store& store) { writers = WritersOf(store.ChangesOf(known.path), original, known.state); });
+    return writers;
 }
 
 }  // namespace ZET::Deploy

@@ -15,9 +15,9 @@ enum class Writers {
     NotKept  ///< in the history, so that nobody can tell
 };
 
-/// A history that cannot be used is told. As the entries tell it: each begins with what the one before it
-/// left, unless somebody wrote in between. An undo wrote what others may have written before: who did, the
-/// entries before it tell.
+/// By the entries: each begins with what the one before it left, unless somebody wrote in between. An undo
+/// wrote what others may have written before; whether they did, the entries before it tell. An unusable
+/// history is reported as a warning.
 Writers WritersSince(const std::string& reserve, const KnownFile& known, Host& host);
 
 }  // namespace ZET::Deploy

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <set>
 
+#include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
@@ -48,7 +49,7 @@ void RequireFreeNames(const std::string& path, bool canRecord, const std::set<st
                        .text = Words("is in the way of writing %s, and not from here", path),
                        .remedy = _("move it away")});
     }
-    for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix}) {
+    for (const char* const suffix : kCompanionSuffixes) {
         const FileState companion = StateOf(path + suffix);
         if (companion.exists && !companion.IsRegular()) {
             throw Failure({.file = path + suffix,
@@ -76,7 +77,7 @@ void RequireNoStateFile(const StateDirectory& state, const std::string& path) {
 
 }  // namespace
 
-Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Right right, bool goesBack)
+Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Right right, Purpose purpose)
     : m_product(product), m_records(right == Right::OfTheProduct || product.HostHistory().KeepsTexts()) {
     RequireOwnInstructions(product);
     for (const std::string& path : paths)
@@ -93,7 +94,7 @@ Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Ri
         // Their directories may be in many places: whoever writes a few files looks there only where the run
         // before him may have left one.
         if (m_lock->MayFollowOneCutShort()) Staging::RemoveLeftOvers(product.State().Path(), true);
-        if (m_records) SettleCutShort(product, *m_lock, goesBack);
+        if (m_records) SettleCutShort(product, *m_lock, purpose);
     }
     for (const std::string& path : paths)
         RequireRoom(path);

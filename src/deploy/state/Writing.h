@@ -21,9 +21,8 @@ class Writing {
 
     /// A `Failure` when one of the files (links followed) could not be written without harm: its directory is
     /// missing, or something that is not ours has the name of a temporary file or a reserve.
-    /// `goesBack`: the history is not needed, since what was there before stands beside the files.
     Writing(HostProduct& product, const std::vector<std::string>& paths, Right right = Right::OfTheFiles,
-            bool goesBack = false);
+            Purpose purpose = Purpose::Writes);
 
     /// A `Failure` like that of the constructor, for a file that is known only now.
     void RequireRoom(const std::string& path) const;

@@ -55,8 +55,7 @@ void RunOwnChecks(Deployment& product, CheckedTargets& checked) {
         product.Out().Progress(done++, checked.targets.size());
         if (target.check.empty() || !CanRender(product, target)) continue;
         if (!staging) staging.emplace();
-        if (std::optional<Problem> problem = CheckRendering(product, *staging, target))
-            checked.problems.push_back(std::move(*problem));
+        Append(checked.problems, CheckRendering(product, *staging, target));
     }
 }
 
@@ -70,10 +69,8 @@ std::set<std::string> UnusedValues(Deployment& product, const std::set<std::stri
 
 void TellUnknownNames(Deployment& product, const std::set<std::string>& used, CheckResult& result) {
     UnusedParameters unknown = FindUnknownNames(product, used);
-    for (Problem& problem : unknown.mistyped)
-        result.problems.push_back(std::move(problem));
-    for (Problem& problem : unknown.unused)
-        result.warnings.push_back(std::move(problem));
+    Append(result.problems, std::move(unknown.mistyped));
+    Append(result.warnings, std::move(unknown.unused));
 }
 
 }  // namespace
@@ -82,8 +79,7 @@ CheckResult Check(Deployment& product, const std::vector<std::string>& templateN
     CheckResult result;
     CheckedTargets checked = CheckTargets(product, templateNames);
     if (templateNames.empty()) {
-        for (Problem& problem : ProblemsOfEdits(product))
-            checked.problems.push_back(std::move(problem));
+        Append(checked.problems, ProblemsOfEdits(product));
         TellUnknownNames(product, checked.templates.used, result);
         result.unusedValues = UnusedValues(product, checked.templates.used);
     }

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <optional>
 #include <utility>
 
@@ -10,7 +11,6 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileVersion.h"
 #include "deploy/host/StagedOwner.h"
-#include "deploy/host/UnifiedDiff.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/CutShort.h"
 #include "deploy/state/Instructions.h"
@@ -21,7 +21,6 @@
 #include "deploy/targets/OthersWork.h"
 #include "deploy/targets/OwnCheck.h"
 #include "deploy/targets/Render.h"
-#include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/WrittenFiles.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -37,13 +36,6 @@ void RequireAcceptance(Deployment& product, const Target& target, const std::str
     if (problem) throw Failure(*problem);
 }
 
-/// Nothing is said in words: then an edit is only replaced where it is kept.
-OnEdit OnEditOf(Host& host) {
-    const std::string wanted = host.Param("ZET_ON_EDIT");
-    if (wanted == "merge") return OnEdit::Merge;
-    return wanted == "refuse" ? OnEdit::Refuse : OnEdit::AsConfigured;
-}
-
 FileOutcome::Result StayAsItIs(PlannedTarget& planned) {
     planned.after = planned.before;
     planned.after.links = 1;
@@ -53,6 +45,35 @@ FileOutcome::Result StayAsItIs(PlannedTarget& planned) {
 bool IsReserved(const std::string& path) {
     const std::string reserve = path + ZETReserveSuffix;
     return access(reserve.c_str(), R_OK) == 0 && HaveSameBytes(path, reserve);
+}
+
+/// Whether the history can keep the text that a commit replaces.
+bool CanBeKept(Host& host, const FileState& before, const FileVersion& version) {
+    const StoreLimits limits = host.HostHistory().Limits();
+    return !before.exists || limits.Keep(static_cast<std::uint64_t>(version.size));
+}
+
+/// Where the work of others stops a commit; the last one loses that work.
+struct WaysOut {
+    const char* other;
+    const char* last;
+};
+
+constexpr WaysOut kWaysOfFile = {kOtherWay, kLastWay};
+constexpr WaysOut kWaysOfLine = {
+    ZET_TEXT("--on-edit=overwrite sets it again, and the history keeps the edit"),
+    ZET_TEXT("--on-edit=overwrite sets it again all the same")};
+
+/// What others did is refused where that is wanted, or where it would be lost.
+template <typename Planned>
+std::optional<Problem> ObjectionTo(Host& host, const Planned& file, const std::string& othersWork,
+                                   OnEdit onEdit, const WaysOut& ways) {
+    if (onEdit == OnEdit::Refuse)
+        return Problem{.file = file.path, .text = othersWork, .remedy = _(ways.other)};
+    if (CanBeKept(host, file.before, file.version)) return std::nullopt;
+    return Problem{.file = file.path,
+                   .text = Words("%s, and the history cannot keep the edit", othersWork),
+                   .remedy = _(ways.last)};
 }
 
 }  // namespace
@@ -69,9 +90,7 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     }
     m_checked = CheckTargets(product, templateNames);
     if (!m_checked.problems.empty()) {
-        if (!templateNames.empty()) return;
-        for (Problem& problem : ProblemsOfEdits(product))
-            m_checked.problems.push_back(std::move(problem));
+        if (templateNames.empty()) Append(m_checked.problems, ProblemsOfEdits(product));
         return;
     }
     m_staging =
@@ -79,7 +98,7 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     m_known = std::make_unique<KnownFiles>(product);
     m_longestText = product.HostHistory().Limits().largestText;
     m_checksNotRun = CountChecksNotRun(product.Wanted(), m_checked.targets);
-    const OnEdit wanted = onEdit == OnEdit::AsConfigured ? OnEditOf(product) : onEdit;
+    const OnEdit wanted = onEdit == OnEdit::AsConfigured ? ConfiguredOnEdit(product) : onEdit;
     for (std::size_t i = 0; i < m_checked.targets.size(); ++i) {
         product.RequireGoOn();
         product.Out().Progress(m_targets.size(), m_checked.targets.size());
@@ -122,10 +141,9 @@ void CommitPlan::TakeBackFile(WrittenFile file) {
 }
 
 void CommitPlan::AddEdits() {
-    for (const Problem& problem : m_edits->Problems())
-        m_checked.problems.push_back(problem);
+    Append(m_checked.problems, m_edits->Problems());
     for (const std::string& path : m_edits->Emptied())
-        TakeBackFile({"", path, {}, m_product.HostPaths().NameInside(path), "", true, {}, true});
+        TakeBackFile(WrittenLines(m_product, path));
 }
 
 bool CommitPlan::IsRecorded() const {
@@ -145,13 +163,6 @@ bool CommitPlan::IsChange() const {
                                               [](const PlannedEdits& edits) { return edits.IsChange(); }));
 }
 
-/// Whether the history can keep the text that a commit replaces.
-bool CommitPlan::CanBeKept(const FileState& before, const FileVersion& version) const {
-    const StoreLimits limits = m_product.HostHistory().Limits();
-    const auto size = static_cast<std::uint64_t>(version.size);
-    return !before.exists || limits.Keep(size);
-}
-
 /// An edit that is refused, conflicts, or would be lost, is a problem like the others. False when there is
 /// one.
 bool CommitPlan::SettleEdit(PlannedTarget& planned, OnEdit onEdit) {
@@ -159,39 +170,21 @@ bool CommitPlan::SettleEdit(PlannedTarget& planned, OnEdit onEdit) {
     std::vector<Problem> problems;
     if (onEdit == OnEdit::Merge) {
         problems = EditMerge(m_product, *m_staging, *m_known).Merge(planned);
-    } else if (onEdit == OnEdit::Refuse) {
-        problems.push_back(
-            {.file = planned.path, .text = DescribeOthersWork(planned), .remedy = _(kOtherWay)});
-    } else if (!CanBeKept(planned.before, planned.version)) {
-        problems.push_back(
-            {.file = planned.path,
-             .text = Words("%s, and the history cannot keep the edit", DescribeOthersWork(planned)),
-             .remedy = _(kLastWay)});
+    } else {
+        Append(problems, ObjectionTo(m_product, planned, DescribeOthersWork(planned), onEdit, kWaysOfFile));
     }
     Append(m_checked.problems, problems);
     return problems.empty();
 }
 
-/// As of a target: what others changed is refused where that is wanted, or where it would be lost.
+/// As of a target.
 void CommitPlan::JudgeListedEdits(OnEdit onEdit) {
     if (onEdit == OnEdit::Overwrite) return;
     for (const PlannedEdits& edits : m_edits->Files()) {
-        std::vector<Problem>& problems = m_checked.problems;
-        Append(problems, edits.conflicts);
+        Append(m_checked.problems, edits.conflicts);
         if (!edits.isEdited || !edits.conflicts.empty()) continue;
-        const std::string text = edits.DescribeOthersWork();
-        const bool isWhole = edits.file.original.has_value();
-        if (onEdit == OnEdit::Refuse)
-            problems.push_back(
-                {.file = edits.file.path,
-                 .text = text,
-                 .remedy = isWhole ? _(kOtherWay)
-                                   : _("--on-edit=overwrite sets it again, and the history keeps the edit")});
-        else if (!CanBeKept(edits.file.before, edits.file.version))
-            problems.push_back(
-                {.file = edits.file.path,
-                 .text = Words("%s, and the history cannot keep the edit", text),
-                 .remedy = isWhole ? _(kLastWay) : _("--on-edit=overwrite sets it again all the same")});
+        Append(m_checked.problems, ObjectionTo(m_product, edits.file, edits.DescribeOthersWork(), onEdit,
+                                               edits.file.original ? kWaysOfFile : kWaysOfLine));
     }
 }
 
@@ -223,16 +216,12 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
     planned.before = there.State();
     const KnownFile* const known = m_known->Find(planned.path);
     const bool isRecorded = known != nullptr && known->state.knowledge.IsCommitted();
-    planned.namedRole = m_product.Role();
-    if (isRecorded) planned.namedRole = known->state.knowledge.namedRole.value_or(planned.namedRole);
+    planned.namedRole = NamedRoleOf(known, m_product.Role());
     const bool isShown = !planned.target.check.empty() && RunsOwnChecks(m_product.Wanted());
     const bool isMerge = known != nullptr && known->HoldsMerge();
     const auto stageFor = [&](Role role) {
-        const ComparedRendering rendering =
-            isShown || isMerge
-                ? ComparedRendering{std::make_shared<StagedText>(
-                      RenderQuietly(m_product, *m_staging, name, role))}
-                : RenderUnlessThere(m_product, *m_staging, name, role, there, planned.templateMode);
+        const ComparedRendering rendering = RenderUnlessThere(
+            m_product, {*m_staging, name, role, isShown || isMerge, planned.templateMode}, there);
         planned.staged = rendering.staged;
         if (planned.staged == nullptr) return StayAsItIs(planned);
         planned.after = GiveOwnerInPlace(planned.path, *planned.staged, planned.before);
@@ -252,9 +241,8 @@ void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     const KnownFile* const known = m_known->Find(path);
     const bool isRecorded = known != nullptr && known->state.knowledge.IsCommitted();
     const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there) : planned.hasCompanion;
-    planned.isTouched = isRecorded && isStrange;
-    planned.isUnrecorded = !isRecorded && isStrange;
-    planned.isReserved = planned.isUnrecorded && planned.before.exists && IsReserved(path);
+    if (isStrange) planned.foundAs = isRecorded ? FoundAs::Edited : FoundAs::Unrecorded;
+    if (planned.HoldsUnkeptText() && IsReserved(path)) planned.foundAs = FoundAs::Reserved;
     planned.isOriginalLost = planned.IsChange() && known != nullptr && !isStrange && !planned.hasCompanion &&
                              IsOriginalLost(m_product, path);
     planned.isUntold = m_cutShort.count(path) != 0 || (known != nullptr && WasCutShort(*known));
@@ -268,7 +256,7 @@ bool CommitPlan::WasCutShort(const KnownFile& known) {
 }
 
 bool CommitPlan::WasCutShort(std::int64_t number) const {
-    Store* const store = m_product.HostHistory().ToLookIfNeeded();
+    Store* const store = m_product.HostHistory().ToLookForWriting();
     const auto entry = store != nullptr ? store->Find(number) : std::nullopt;
     if (!entry || entry->outcome != EntryOutcome::CutShort) return false;
     const std::string status = m_product.State().Status(m_product.Role());
@@ -283,8 +271,7 @@ Restarts CommitPlan::Services() const {
 Restarts CommitPlan::ServicesOf(const std::function<bool(const PlannedTarget&)>& isMeant) const {
     Restarts restarts;
     for (const PlannedTarget& planned : m_targets) {
-        const bool isTold =
-            planned.IsChange() || planned.isTouched || planned.isUnrecorded || planned.isUntold;
+        const bool isTold = planned.IsChange() || planned.foundAs != FoundAs::Recorded || planned.isUntold;
         if (isTold && isMeant(planned)) restarts.Add(planned.target, m_product.Role());
     }
     for (const TakeBackStep& step : m_takenBack)
@@ -295,47 +282,6 @@ Restarts CommitPlan::ServicesOf(const std::function<bool(const PlannedTarget&)>&
         if (const auto former = WrittenByRecord(m_product, planned.file.path)) restarts.Add(former->services);
     }
     return restarts;
-}
-
-static FileOutcome OutcomeWithoutDiff(const PlannedTarget& planned) {
-    FileOutcome outcome;
-    outcome.file = planned.target.path;
-    outcome.path = planned.path;
-    outcome.result = planned.change;
-    outcome.before = planned.before;
-    outcome.after = planned.after;
-    outcome.templateName = planned.target.templateName;
-    outcome.isEdited = planned.IsOthersWork();
-    outcome.isMerged = planned.isMerged || planned.rendering != nullptr;
-    return outcome;
-}
-
-/// What cannot be compared is told, and keeps nothing from being shown or done.
-static ShownDiff DiffIfAny(Deployment& product, const DiffSet& diffs, std::size_t pair,
-                           const std::string& path) {
-    try {
-        return DiffToShow(product, diffs, pair, path);
-    } catch (const NoDiff& failure) {
-        product.Out().Warning(failure.what());
-        return {};
-    }
-}
-
-std::vector<FileOutcome> OutcomesOf(Deployment& product, std::span<const PlannedTarget> targets) {
-    std::vector<FileOutcome> outcomes;
-    outcomes.reserve(targets.size());
-    std::vector<FilePair> changed;
-    for (const PlannedTarget& planned : targets) {
-        outcomes.push_back(OutcomeWithoutDiff(planned));
-        if (planned.IsChange() && product.Wanted().wantsDiffs)
-            changed.push_back({planned.before.exists ? planned.path : "", planned.staged->File()});
-    }
-    if (changed.empty()) return outcomes;
-    const DiffSet diffs(std::move(changed));
-    std::size_t pair = 0;
-    for (std::size_t i = 0; i < targets.size(); ++i)
-        if (targets[i].IsChange()) outcomes[i].diff = DiffIfAny(product, diffs, pair++, targets[i].path);
-    return outcomes;
 }
 
 }  // namespace ZET::Deploy

@@ -7,7 +7,6 @@
 #include <map>
 #include <memory>
 #include <set>
-#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,7 +21,6 @@
 #include "deploy/targets/Restarts.h"
 #include "deploy/targets/TakeBack.h"
 #include "deploy/targets/TargetCheck.h"
-#include "zet/deploy/FileOutcome.h"
 #include "zet/deploy/OnEdit.h"
 
 namespace ZET::Deploy {
@@ -58,8 +56,8 @@ class CommitPlan {
     /// The lock that it holds, from now on the caller's; null: none.
     [[nodiscard]] std::unique_ptr<WriteLock> TakeLock() { return std::move(m_lock); }
 
-    /// Whether a commit would be an entry of the history: so is what installs a working copy, the role's
-    /// first one, and what leaves a file to the other role.
+    /// Whether the history would get an entry: also for a commit that only installs a working copy, that is
+    /// the role's first, or that leaves a file to the other role.
     bool IsRecorded() const;
 
     /// How many check commands of the targets were not run, though they could have been.
@@ -81,7 +79,6 @@ class CommitPlan {
     void AddTakenBack();
     void AddEdits();
     void TakeBackFile(WrittenFile file);
-    bool CanBeKept(const FileState& before, const FileVersion& version) const;
     bool WasCutShort(const KnownFile& known);
     bool WasCutShort(std::int64_t entry) const;
 
@@ -100,9 +97,6 @@ class CommitPlan {
     std::vector<TakeBackStep> m_takenBack;
     std::unique_ptr<ListedEdits> m_edits;
 };
-
-/// What becomes of targets, as far as a plan knows; with the diffs, if they are wanted.
-std::vector<FileOutcome> OutcomesOf(Deployment& product, std::span<const PlannedTarget> targets);
 
 }  // namespace ZET::Deploy
 

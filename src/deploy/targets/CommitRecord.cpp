@@ -10,7 +10,6 @@
 #include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/TakeBack.h"
 #include "deploy/targets/TemplateFiles.h"
-#include "posix/ModeBits.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -53,60 +52,39 @@ void CommitRecord::Expect() {
         if (step.action != TakeBackStep::Action::Nothing) m_recording.Expect(m_plan.Ways().Expected(step));
     // The status tells who has committed: the first one of a role is a change.
     if (m_recording.IsEmpty() && IsFileExist(m_product.State().Status(m_product.Role()))) return;
-    ExpectUnchanged();
+    // An entry that is taken back takes back what was known of these, too.
+    ForEachUnchanged([&](const ExpectedFile& file) { m_recording.Expect(file); });
     for (const std::string& path : m_product.State().StatusesOf(m_product.Role()))
         m_recording.Expect({.path = path, .kind = FileKind::Status});
 }
 
-/// An entry that is taken back takes back what was known of these, too.
-void CommitRecord::ExpectUnchanged() {
-    for (const PlannedTarget& planned : m_plan.Targets()) {
-        if (planned.IsChange() || IsKnown(planned)) continue;
-        ExpectedFile file;
-        file.path = planned.path;
-        file.kind = FileKind::Target;
-        file.knowledge = KnowledgeOf(planned);
-        file.base = BaseOf(planned);
-        m_recording.Expect(file);
-    }
-    for (const PlannedEdits* const planned : UnknownEdits())
-        m_recording.Expect(m_plan.Edits()->ExpectedUnchanged(*planned));
+/// Those that are as they are to be already, which nothing tells of.
+template <typename Call>
+void CommitRecord::ForEachUnchanged(Call call) const {
+    for (const PlannedTarget& planned : m_plan.Targets())
+        if (!planned.IsChange() && !IsKnown(planned)) call(ExpectedUnchanged(planned));
+    if (m_plan.Edits() == nullptr) return;
+    for (const PlannedEdits& planned : m_plan.Edits()->Files())
+        if (!planned.IsChange() && !m_plan.Edits()->IsKnown(planned))
+            call(m_plan.Edits()->ExpectedUnchanged(planned));
 }
 
-/// Those that hold their lines already, which nothing tells of.
-std::vector<const PlannedEdits*> CommitRecord::UnknownEdits() const {
-    std::vector<const PlannedEdits*> unknown;
-    if (m_plan.Edits() == nullptr) return unknown;
-    for (const PlannedEdits& planned : m_plan.Edits()->Files())
-        if (!planned.IsChange() && !m_plan.Edits()->IsKnown(planned)) unknown.push_back(&planned);
-    return unknown;
+ExpectedFile CommitRecord::ExpectedUnchanged(const PlannedTarget& planned) const {
+    return {.path = planned.path,
+            .kind = FileKind::Target,
+            .knowledge = KnowledgeOf(planned),
+            .base = BaseOf(planned)};
 }
 
 /// Takes what was captured out of the plan.
 ExpectedFile CommitRecord::Expected(PlannedTarget& planned) const {
-    ExpectedFile file;
-    file.path = planned.path;
-    file.kind = FileKind::Target;
+    ExpectedFile file = ExpectedUnchanged(planned);
     if (!planned.isOriginalLost) file.companions = ExpectedFile::Companions::MayCome;
     // What others did since the plan looked at it is no work of the commit, which is going to refuse it.
     if (VersionOf(planned.path) == planned.version) file.before = std::move(planned.captured);
     planned.captured.reset();
-    file.after = Staged(planned);
-    file.knowledge = KnowledgeOf(planned);
-    file.base = BaseOf(planned);
+    file.after = CapturedOf(planned.after, planned.staged->Text(), m_longest);
     file.wasEdited = planned.IsOthersWork();
-    return file;
-}
-
-/// As it will be in its place.
-CapturedFile CommitRecord::Staged(const PlannedTarget& planned) const {
-    CapturedFile file;
-    file.SetText(planned.staged->Text());
-    if (file.state.size > m_longest) file.text.clear();
-    file.state.exists = true;
-    file.state.mode = planned.after.mode & kModeBits;
-    file.state.owner = planned.after.owner;
-    file.state.group = planned.after.group;
     return file;
 }
 
@@ -123,10 +101,7 @@ Knowledge CommitRecord::KnowledgeOf(const PlannedTarget& planned) const {
 void CommitRecord::RememberUnchanged() {
     if (!m_recording.IsOn() || m_recording.Number()) return;
     std::vector<FileToRecord> files;
-    for (const PlannedTarget& planned : m_plan.Targets())
-        if (!planned.IsChange() && !IsKnown(planned)) files.push_back(Remembered(planned));
-    for (const PlannedEdits* const planned : UnknownEdits())
-        files.push_back(Remembered(m_plan.Edits()->ExpectedUnchanged(*planned)));
+    ForEachUnchanged([&](const ExpectedFile& file) { files.push_back(Remembered(file)); });
     if (!files.empty()) m_product.HostHistory().ToRecord().Remember(files);
 }
 
@@ -152,17 +127,8 @@ void CommitRecord::RememberShipped() {
 bool CommitRecord::IsKnown(const PlannedTarget& planned) const {
     const KnownFile* const known = m_plan.Known().Find(planned.path);
     return known != nullptr && known->state.knowledge.roles.count(m_product.Role()) != 0 &&
-           known->state.knowledge.templateName == planned.target.templateName && !planned.isTouched &&
-           !planned.isRenderingNew;
-}
-
-FileToRecord CommitRecord::Remembered(const PlannedTarget& planned) const {
-    ExpectedFile expected;
-    expected.path = planned.path;
-    expected.kind = FileKind::Target;
-    expected.knowledge = KnowledgeOf(planned);
-    expected.base = BaseOf(planned);
-    return Remembered(expected);
+           known->state.knowledge.templateName == planned.target.templateName &&
+           planned.foundAs != FoundAs::Edited && !planned.isRenderingNew;
 }
 
 FileToRecord CommitRecord::Remembered(const ExpectedFile& expected) const {

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/Recording.h"
@@ -24,9 +23,8 @@ class CommitRecord {
     /// Before the first file is written.
     void Begin();
 
-    /// A target that is as it would be rendered is a committed one from now on, and so are lines that are set
-    /// already. Where others were changed,
-    /// the entry says so. To be called before there is a status: one without a target would never go.
+    /// Records unchanged targets and lines as committed by this role, where no entry does. Call it before the
+    /// status is written: a status without any target would never be removed.
     void RememberUnchanged();
 
     /// After the last one.
@@ -37,15 +35,14 @@ class CommitRecord {
 
   private:
     void Expect();
-    void ExpectUnchanged();
+    template <typename Call>
+    void ForEachUnchanged(Call call) const;
+    ExpectedFile ExpectedUnchanged(const PlannedTarget& planned) const;
     ExpectedFile Expected(PlannedTarget& planned) const;
-    CapturedFile Staged(const PlannedTarget& planned) const;
     Knowledge KnowledgeOf(const PlannedTarget& planned) const;
     bool IsKnown(const PlannedTarget& planned) const;
     void RememberShipped();
-    FileToRecord Remembered(const PlannedTarget& planned) const;
     FileToRecord Remembered(const ExpectedFile& expected) const;
-    std::vector<const PlannedEdits*> UnknownEdits() const;
 
     Deployment& m_product;
     CommitPlan& m_plan;

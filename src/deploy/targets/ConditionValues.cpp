@@ -1,5 +1,7 @@
 #include "deploy/targets/ConditionValues.h"
 
+#include "deploy/state/ParameterNames.h"
+
 namespace ZET::Deploy {
 
 /// A file of values wins over the line that gives the parameter, unless no template gets it.

@@ -37,6 +37,12 @@ bool HasOtherMode(const PlannedTarget& planned, const KnownFile& known) {
 
 }  // namespace
 
+OnEdit ConfiguredOnEdit(Host& host) {
+    const std::string wanted = host.Param("ZET_ON_EDIT");
+    if (wanted == "merge") return OnEdit::Merge;
+    return wanted == "refuse" ? OnEdit::Refuse : OnEdit::AsConfigured;
+}
+
 FileOutcome::Result ChangeOf(const PlannedTarget& planned) {
     if (!planned.before.exists) return FileOutcome::Result::Created;
     const bool isSame = planned.before.mode == planned.after.mode && planned.staged->IsIn(planned.path);
@@ -46,7 +52,7 @@ FileOutcome::Result ChangeOf(const PlannedTarget& planned) {
 bool IsMergedWith(Host& host, const KnownFile& known, const std::string& rendered) {
     const std::optional<TextNumber>& base = known.state.knowledge.base;
     if (!base) return false;
-    Store* const store = host.HostHistory().ToLookIfNeeded();
+    Store* const store = host.HostHistory().ToLookForWriting();
     return store != nullptr && store->Text(*base) == rendered;
 }
 
@@ -56,7 +62,8 @@ void EditMerge::KeepMerged(PlannedTarget& planned) const {
     planned.holdsMerge = known->HoldsMerge();
     if (!planned.holdsMerge) return;
     planned.isRenderingNew = !IsMergedWith(m_host, *known, planned.staged->Text());
-    if (!planned.isTouched && !planned.isRenderingNew) Take(planned, ReadFileBytes(planned.path));
+    if (planned.foundAs != FoundAs::Edited && !planned.isRenderingNew)
+        Take(planned, ReadFileBytes(planned.path));
 }
 
 std::vector<Problem> EditMerge::Merge(PlannedTarget& planned) const {

@@ -9,12 +9,17 @@
 #include "deploy/state/KnownFiles.h"
 #include "deploy/targets/PlannedTarget.h"
 #include "zet/ZETProblem.h"
+#include "zet/deploy/OnEdit.h"
 
 namespace ZET::Deploy {
 
 /// The ways out where an edit stops a commit; the last one loses it.
 inline constexpr char kOtherWay[] = ZET_TEXT("--on-edit=overwrite replaces it, and the history keeps it");
 inline constexpr char kLastWay[] = ZET_TEXT("--on-edit=overwrite replaces it all the same");
+
+/// What ZET_ON_EDIT asks for. "overwrite" is not said in words: then an edit is only replaced where it is
+/// kept.
+OnEdit ConfiguredOnEdit(Host& host);
 
 /// Brings what others changed in a target together with what its template makes of it.
 class EditMerge {

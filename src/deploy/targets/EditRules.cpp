@@ -74,6 +74,14 @@ bool Selects(IZETCore& core, const std::string& pattern, const std::string& line
     return RemedyErrors(kSimplerExpression, [&] { return Matches(core, pattern, line); });
 }
 
+std::optional<std::string> FirstSelected(IZETCore& core, const std::string& pattern, std::string_view lines) {
+    for (const Text::TextLine& line : Text::SplitLines(lines)) {
+        std::string text(line.text);
+        if (Selects(core, pattern, text)) return text;
+    }
+    return std::nullopt;
+}
+
 void RequirePattern(IZETCore& core, const std::string& pattern) {
     if (pattern.empty()) throw UsageError(_("PATTERN is empty (give a regular expression)"));
     try {

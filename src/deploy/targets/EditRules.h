@@ -25,6 +25,9 @@ void RequireNoMarker(const std::string& line);
 /// Whether the expression, which is valid, selects the line; it may be too much work on a long one.
 bool Selects(IZETCore& core, const std::string& pattern, const std::string& line);
 
+/// The first of the lines that it selects.
+std::optional<std::string> FirstSelected(IZETCore& core, const std::string& pattern, std::string_view lines);
+
 /// Not empty, and valid.
 void RequirePattern(IZETCore& core, const std::string& pattern);
 

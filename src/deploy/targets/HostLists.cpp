@@ -1,20 +1,12 @@
 #include "deploy/targets/HostLists.h"
 
+#include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"
 #include "deploy/state/History.h"
 #include "deploy/state/Host.h"
 #include "zet/ZETFiles.h"
-#include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
-
-namespace {
-
-bool HasCompanion(const std::string& name) {
-    return IsFileExist(name + ZETReserveSuffix) || IsFileExist(name + ZETAbsenceSuffix);
-}
-
-}  // namespace
 
 const TargetList& HostLists::Targets() {
     if (m_targets) return *m_targets;
@@ -75,8 +67,8 @@ const Target* HostLists::EntryOf(const std::string& templateName) {
 }
 
 std::optional<KnownFile> HostLists::CommittedFile(const std::string& name) {
-    // Where nothing stands beside it, a history that is not kept need not be looked at, and one that cannot
-    // be used is told, and stops nobody.
+    // Where nothing stands beside it, a history that is not kept need not be looked at, and an unusable one
+    // is reported, and stops nobody.
     History& history = m_host.HostHistory();
     const bool hasCompanion = HasCompanion(name);
     if (!hasCompanion && !history.KeepsTexts()) return std::nullopt;

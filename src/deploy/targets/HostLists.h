@@ -36,15 +36,15 @@ class HostLists {
     const Target* EntryOf(const std::string& templateName);
 
     /// Whether a commit of either role wrote the file of this name, and it was not taken back since. A
-    /// `Failure` where the history cannot tell. For looks, most of which need no history so: beside such a
-    /// file stands what was there before, and of one whose reserve somebody took away it says no.
+    /// `Failure` where the history cannot tell. Does not open the history unless a reserve or a record of
+    /// absence stands beside the file: a committed file that lost both counts as not committed.
     bool IsCommitted(const std::string& name);
 
-    /// Whether it is one, and no target of the list any more.
+    /// Whether it is committed, and no target of the list any more.
     bool HasLeft(const std::string& name);
 
-    /// What is known of such a file, or of one in which a commit set lines; none: it is neither. Where
-    /// a history is kept, it need not have its reserve.
+    /// What is known of a committed file, or of one in which a commit set lines; none: it is neither. Where a
+    /// history is kept, the file need not have its reserve.
     std::optional<KnownFile> CommittedFile(const std::string& name);
 
     /// Whether a commit ever wrote a file by the template, as far as the history keeps that.

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "deploy/host/Words.h"
-#include "deploy/state/ParameterCheck.h"
+#include "deploy/state/ParameterNames.h"
 #include "deploy/targets/ListProblems.h"
 #include "deploy/targets/Targets.h"
 #include "deploy/targets/Toml.h"

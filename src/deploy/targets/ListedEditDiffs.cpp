@@ -3,9 +3,11 @@
 #include <algorithm>
 
 #include "deploy/host/Failure.h"
+#include "deploy/targets/EditMerge.h"
 #include "deploy/targets/ListedEditStates.h"
 #include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/TakeBack.h"
+#include "deploy/targets/WrittenFiles.h"
 
 namespace ZET::Deploy {
 
@@ -28,16 +30,13 @@ void AddDiff(std::vector<ListedEditState>& states, const std::string& path, Make
 
 std::vector<Problem> AddDiffsOfFiles(Deployment& product, const KnownFiles& known, const Staging& staging,
                                      std::vector<ListedEditState>& states) {
-    const bool isMerged = product.Param("ZET_ON_EDIT") == "merge";
-    const ListedEdits edits(product, known, staging, isMerged ? OnEdit::Merge : OnEdit::Overwrite);
+    const ListedEdits edits(product, known, staging, ConfiguredOnEdit(product));
     for (const PlannedEdits& planned : edits.Files())
         AddDiff(states, planned.file.path, [&] { return edits.OutcomeOf(planned).diff; });
     TakeBack takeBack(product, known, {});
     for (const std::string& path : edits.Emptied()) {
         AddDiff(states, path, [&] {
-            TakeBackStep step;
-            step.file.path = path;
-            step.file.isEdit = true;
+            TakeBackStep step{WrittenLines(product, path)};
             takeBack.Decide(step);
             return step.outcome.diff;
         });

@@ -89,8 +89,7 @@ bool ListedEdits::Judge(const FileWithLines& file) {
 void ListedEdits::JudgePlaceOf(const FileWithLines& file) {
     const std::string& path = file.path;
     std::vector<Problem> problems = CheckDirectory(DirectoryOf(path), path, _("the edit in the list"));
-    for (Problem& problem : CheckFileToWrite(path, ZET_TEXT("the edit"), m_cutShort.contains(path)).problems)
-        problems.push_back(std::move(problem));
+    Append(problems, CheckFileToWrite(path, ZET_TEXT("the edit"), m_cutShort.contains(path)).problems);
     if (!m_claimed) {
         m_claimed.emplace(m_product);
         m_claimed->AddListed(m_product.Lists().Targets().targets);

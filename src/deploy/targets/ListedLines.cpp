@@ -25,9 +25,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// Before each line while it is expanded, since a line that begins like a comment is not.
-constexpr char kGuard[] = "=";
-
 Problem ProblemAt(const ListedEdit& edit, const std::string& text, const std::string& remedy) {
     return {.file = edit.file, .line = edit.line, .text = text, .remedy = remedy};
 }
@@ -40,7 +37,7 @@ const std::string& SourceOf(const ListedEdit& edit) {
 std::string GuardedLines(const std::vector<const ListedEdit*>& edits) {
     std::string text;
     for (const ListedEdit* const edit : edits)
-        text.append(kGuard).append(SourceOf(*edit)).append("\n");
+        text.append(Text::kLineGuard).append(SourceOf(*edit)).append("\n");
     return text;
 }
 
@@ -88,7 +85,7 @@ class Finder {
     }
 
     void CheckLineFeeds(const ListedEdit& edit) {
-        for (const std::string& placeholder : Text::PlaceholdersOf(kGuard + SourceOf(edit))) {
+        for (const std::string& placeholder : Text::PlaceholdersOfValue(SourceOf(edit))) {
             const auto value = m_product.TemplateValues().find(placeholder);
             if (value != m_product.TemplateValues().end() && value->second.find('\n') != std::string::npos)
                 m_found.problems.push_back(ProblemAt(edit, Words("%s has several lines", placeholder),
@@ -121,7 +118,7 @@ class Finder {
         std::vector<std::string> lines;
         const std::string text = ReadFileBytes(staged);
         for (const Text::TextLine& line : Text::SplitLines(text))
-            lines.emplace_back(line.text.substr(std::min(line.text.size(), std::string_view(kGuard).size())));
+            lines.emplace_back(line.text.substr(std::min(line.text.size(), Text::kLineGuard.size())));
         if (lines.size() == edits.size()) return lines;
         throw Failure({.file = m_product.Lists().Targets().file,
                        .text = _("a value of an edit has several lines"),

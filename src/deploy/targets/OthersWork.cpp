@@ -23,7 +23,8 @@ std::string FateOfOthersWork(const PlannedTarget& planned, bool isDryRun) {
          {ZET_TEXT("%s; they are merged"), ZET_TEXT("%s; they would be merged")}},
         {{ZET_TEXT("%s; the edits are overwritten"), ZET_TEXT("%s; the edits would be overwritten")},
          {ZET_TEXT("%s; the edits are merged"), ZET_TEXT("%s; the edits would be merged")}}};
-    const char* const fate = kFates[planned.isTouched ? 1 : 0][planned.isMerged ? 1 : 0][isDryRun ? 1 : 0];
+    const bool isEdited = planned.foundAs == FoundAs::Edited;
+    const char* const fate = kFates[isEdited ? 1 : 0][planned.isMerged ? 1 : 0][isDryRun ? 1 : 0];
     return Words(fate, DescribeOthersWork(planned));
 }
 
@@ -37,7 +38,7 @@ void TellLossToCome(Host& host, const std::string& path, const FileVersion& vers
 
 std::string DescribeOthersWork(const PlannedTarget& planned) {
     if (!planned.before.exists) return _("was removed since the last commit");
-    if (planned.isTouched) return _("was edited since the last commit");
+    if (planned.foundAs == FoundAs::Edited) return _("was edited since the last commit");
     return planned.DropsMerge() ? _("holds edits that an earlier commit merged")
                                 : _("holds changes that are kept nowhere");
 }

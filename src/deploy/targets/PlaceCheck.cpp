@@ -5,8 +5,8 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <utility>
 
+#include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
@@ -85,19 +85,17 @@ std::optional<Problem> CheckTemporaryOf(const NamedFile& file, bool isCutShort) 
 FileToWrite CheckToWrite(const NamedFile& file, std::optional<mode_t> mode, const char* entry,
                          bool isCutShort) {
     FileToWrite checked;
-    const auto add = [&](std::optional<Problem> problem) {
-        if (problem) checked.problems.push_back(std::move(*problem));
-    };
+    std::vector<Problem>& problems = checked.problems;
     if (mode && !S_ISREG(*mode))
-        add(Problem{file.path, 0, 0, _("is no regular file"),
-                    Words("move it away, or correct %s", std::string(_(entry)))});
-    if (mode) add(CheckReplaceableIn(file.directory, file.name, file.path));
+        problems.push_back({file.path, 0, 0, _("is no regular file"),
+                            Words("move it away, or correct %s", std::string(_(entry)))});
+    if (mode) Append(problems, CheckReplaceableIn(file.directory, file.name, file.path));
     for (const char* const suffix : {ZETReserveSuffix, ZETAbsenceSuffix}) {
         const FileState state = file.StateOfCompanion(suffix);
         checked.hasCompanion = checked.hasCompanion || state.exists;
-        add(ProblemOfCompanion(file, suffix, state));
+        Append(problems, ProblemOfCompanion(file, suffix, state));
     }
-    add(CheckTemporaryOf(file, isCutShort));
+    Append(problems, CheckTemporaryOf(file, isCutShort));
     return checked;
 }
 
@@ -129,9 +127,7 @@ std::optional<Problem> CheckTemporary(const std::string& path, bool isCutShort) 
 std::vector<Problem> ObjectionsTo(const Paths& paths, const std::set<std::string>& names,
                                   const std::string& path) {
     std::vector<Problem> problems;
-    const auto judge = [&](const FoundFile& place) {
-        if (place.judge.Objection()) problems.push_back(*place.judge.Objection());
-    };
+    const auto judge = [&](const FoundFile& place) { Append(problems, place.judge.Objection()); };
     for (const std::string& name : names)
         judge(paths.Find(name));
     if (names.empty()) judge(paths.FindReal(path));

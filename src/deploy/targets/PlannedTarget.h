@@ -3,15 +3,26 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "deploy/host/FileVersion.h"
 #include "deploy/host/StagedText.h"
 #include "deploy/state/CapturedFile.h"
+#include "deploy/targets/Deployment.h"
 #include "deploy/targets/Targets.h"
 #include "zet/deploy/FileOutcome.h"
 
 namespace ZET::Deploy {
+
+/// What is at a target's place, beside what commits recorded of it.
+enum class FoundAs {
+    Recorded,    ///< likewise where the product has had nothing to do with the file
+    Edited,      ///< committed, and changed or removed by somebody since
+    Unrecorded,  ///< the product had to do with the file, but no commit recorded it as it is
+    Reserved     ///< likewise, and it holds what its reserve holds: a commit was killed at it
+};
 
 /// What a commit would do to one target.
 struct PlannedTarget {
@@ -21,13 +32,11 @@ struct PlannedTarget {
     std::shared_ptr<const StagedText> rendering;  ///< where it gets another text: that is merged with it
     bool isRenderingNew = false;                  ///< not the one that is known of the file
     FileOutcome::Result change = FileOutcome::Result::Unchanged;
-    bool isTouched = false;       ///< the file is none of those that the roles recorded at their commits
-    bool isUnrecorded = false;    ///< the product had to do with the file, but no commit recorded it as it is
-    bool isOriginalLost = false;  ///< what is there is the product's own work, which gets no reserve
-    bool isReserved = false;      ///< what the file holds is what its reserve holds
-    bool isMerged = false;        ///< what others changed in it is in the new text, too
-    bool holdsMerge = false;      ///< what others changed in it was merged by an earlier commit
-    bool isUntold = false;        ///< what a run that was cut short wrote, whose services nobody was told
+    FoundAs foundAs = FoundAs::Recorded;
+    bool isOriginalLost = false;    ///< what is there is the product's own work, which gets no reserve
+    bool isMerged = false;          ///< what others changed in it is in the new text, too
+    bool holdsMerge = false;        ///< what others changed in it was merged by an earlier commit
+    bool isUntold = false;          ///< what a run that was cut short wrote, whose services nobody was told
     Role namedRole = Role::Client;  ///< the one whose command its notice names
     FileVersion version;            ///< of what was there when the plan was made
     FileState before;
@@ -42,14 +51,19 @@ struct PlannedTarget {
 
     /// Somebody edited or removed the file since the product wrote it, or what somebody edited is still in
     /// it.
-    bool IsOthersWork() const { return IsChange() && (isTouched || HoldsUnkeptText() || DropsMerge()); }
+    bool IsOthersWork() const {
+        return IsChange() && (foundAs == FoundAs::Edited || HoldsUnkeptText() || DropsMerge());
+    }
 
     /// What an earlier commit has merged would be gone.
     bool DropsMerge() const { return holdsMerge && rendering == nullptr; }
 
-    /// Nothing but the file itself has what it holds. What a commit was killed at is as it was reserved.
-    bool HoldsUnkeptText() const { return isUnrecorded && before.exists && !isReserved; }
+    /// Nothing but the file itself has what it holds.
+    bool HoldsUnkeptText() const { return foundAs == FoundAs::Unrecorded && before.exists; }
 };
+
+/// What becomes of targets, as far as a plan knows; with the diffs, if they are wanted.
+std::vector<FileOutcome> OutcomesOf(Deployment& product, std::span<const PlannedTarget> targets);
 
 }  // namespace ZET::Deploy
 

@@ -7,7 +7,6 @@
 #include <memory>
 #include <optional>
 #include <string_view>
-#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
@@ -66,21 +65,9 @@ bool SaveRendering(Deployment& product, const Expansion& expansion, const std::s
     return file != nullptr;
 }
 
-/// In its place, with a record of what was there before.
-void RenderInPlace(Deployment& product, Role role, const std::string& templateName, const std::string& name,
-                   const std::string& path) {
-    Perform(product, templateName, path, [&] {
-        if (!HasNotice(product, templateName))
-            return SaveRendering(product, {templateName, role, product.TemplateValues()}, name, false);
-        StringMap own = product.Values().Own();
-        product.Config().ProcessConfigFileTemplate(templateName, name, NameOf(role), &own);
-        return true;
-    });
-}
-
-/// As in its place, but for that record.
-void RenderWithoutRecord(Deployment& product, const Expansion& expansion, const std::string& name,
-                         const std::string& path) {
+/// In its place, without a record of what was there before.
+void RenderExpansion(Deployment& product, const Expansion& expansion, const std::string& name,
+                     const std::string& path) {
     Perform(product, expansion.templateName, path,
             [&] { return SaveRendering(product, expansion, name, true); });
 }
@@ -163,7 +150,7 @@ class Trial {
         });
     }
 
-    /// The same of a working copy that would have that text.
+    /// As if the working copy had this text.
     void TellOfText(const std::string& templateText, StringMap& values, const Take& take) const {
         const std::string source = TemplateFile(m_product, m_name);
         WriteStagedFile(m_staging.PathOf("made-up/" + m_name), templateText, ModeOf(source));
@@ -241,9 +228,9 @@ std::string RenderQuietly(Deployment& product, const Staging& staging, const std
     return Stage(product, role, staging, templateName, product.TemplateValues());
 }
 
-ComparedRendering RenderUnlessThere(Deployment& product, const Staging& staging,
-                                    const std::string& templateName, Role role, const SeenFile& there,
-                                    const std::optional<mode_t>& modeOfCopy) {
+ComparedRendering RenderUnlessThere(Deployment& product, const TrialRequest& request, const SeenFile& there) {
+    const auto& [staging, templateName, role, needsText, modeOfCopy] = request;
+    if (needsText) return {std::make_shared<StagedText>(RenderQuietly(product, staging, templateName, role))};
     const QuietLog quiet(ZETLogError);
     const Trial trial(product, role, staging, templateName);
     ComparedRendering rendering;
@@ -268,47 +255,23 @@ void RenderOnce(Deployment& product, const std::string& templateName, const std:
                 const std::string& path, const StringMap& values) {
     const DiscreetLog log(product, product.HostSecrets(), templateName);
     StringMap all = WithHostsValues(product, values);
-    RenderWithoutRecord(product, {templateName, product.Role(), all}, name, path);
+    RenderExpansion(product, {templateName, product.Role(), all}, name, path);
 }
 
-TargetRendering::TargetRendering(Deployment& product, FileInPlace place, const TargetToRender& target)
-    : m_product(product),
-      m_place(std::move(place)),
-      m_target(target),
-      m_replacement(product, m_place, target.version, Replacement::Look::WasFound) {}
-
-void TargetRendering::KeepOriginal() {
-    if (!m_target.isOriginalLost) m_replacement.MakeReserve();
-    RemedyErrors(kRemedyOfRendering, [&] {
-        if (!m_target.hasWorkingCopy && !IsFileExist(WorkingCopy(m_product, m_target.templateName)))
-            m_product.Config().InstallConfigFileTemplate(m_target.templateName);
+void RenderInPlace(Deployment& product, Role role, const std::string& templateName, const std::string& name,
+                   const std::string& path) {
+    Perform(product, templateName, path, [&] {
+        if (!HasNotice(product, templateName))
+            return SaveRendering(product, {templateName, role, product.TemplateValues()}, name, false);
+        StringMap own = product.Values().Own();
+        product.Config().ProcessConfigFileTemplate(templateName, name, NameOf(role), &own);
+        return true;
     });
 }
 
-void TargetRendering::Write() {
-    if (!m_target.isOriginalLost) m_replacement.ConfirmReserve();
-    if (m_target.owner) m_replacement.GiveNewFileTo(*m_target.owner);
-    m_target.isOwnText ? WriteStaged() : Render();
-}
-
-void TargetRendering::Render() {
-    const std::string& path = m_place.Path();
-    const DiscreetLog log(m_product, m_product.HostSecrets(), m_target.templateName);
-    const auto process = [&](const std::string& name) {
-        const Expansion expansion = {m_target.templateName, m_target.role, m_product.TemplateValues()};
-        if (m_target.isOriginalLost) return RenderWithoutRecord(m_product, expansion, name, path);
-        RenderInPlace(m_product, m_target.role, m_target.templateName, name, path);
-    };
-    m_replacement.MakeOf(m_target.mode, process, [&](int descriptor, const std::string& made) {
-        if (m_target.staged.IsIn(descriptor, made)) return;
-        throw Failure({.file = path,
-                       .text = _("is not written, since its template was changed after it was checked"),
-                       .remedy = _("run the command again")});
-    });
-}
-
-void TargetRendering::WriteStaged() {
-    m_replacement.MakeOfText(m_target.staged.Text(), m_target.mode);
+void RenderWithoutRecord(Deployment& product, Role role, const std::string& templateName,
+                         const std::string& name, const std::string& path) {
+    RenderExpansion(product, {templateName, role, product.TemplateValues()}, name, path);
 }
 
 }  // namespace ZET::Deploy

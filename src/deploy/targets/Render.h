@@ -5,14 +5,10 @@
 #include <optional>
 #include <string>
 
-#include "deploy/host/FileInPlace.h"
-#include "deploy/host/FileVersion.h"
 #include "deploy/host/StagedText.h"
 #include "deploy/host/Staging.h"
-#include "deploy/state/Replacement.h"
 #include "deploy/state/SeenFile.h"
 #include "deploy/targets/Deployment.h"
-#include "deploy/targets/Targets.h"
 #include "zet/ZETTypes.h"
 
 namespace ZET::Deploy {
@@ -30,7 +26,7 @@ mode_t ModeOfRendering(Deployment& product, const std::string& templateName);
 std::string RenderStaged(Deployment& product, const Staging& staging, const std::string& templateName,
                          const StringMap& values = {});
 
-/// The same for a role; what the log has to say comes with the real rendering.
+/// The same for a role; only errors are logged, since the real rendering logs the rest.
 std::string RenderQuietly(Deployment& product, const Staging& staging, const std::string& templateName,
                           Role role);
 
@@ -40,60 +36,34 @@ struct ComparedRendering {
     bool isOther = false;                      ///< for certain: in mode or bytes
 };
 
-/// The same, unless it is there already. `modeOfCopy` is that of the working copy, if it is known. `staging`
-/// must live as long as what is returned.
-ComparedRendering RenderUnlessThere(Deployment& product, const Staging& staging,
-                                    const std::string& templateName, Role role, const SeenFile& there,
-                                    const std::optional<mode_t>& modeOfCopy = std::nullopt);
+/// A template to be rendered on trial.
+struct TrialRequest {
+    const Staging& staging;  ///< must live as long as the rendering
+    const std::string& templateName;
+    Role role;
+    bool needsText = false;              ///< even where the file has it
+    std::optional<mode_t> modeOfCopy{};  ///< of the working copy, if it is known
+};
 
-/// The same of a template that would have that text.
+/// Renders for a role, and unless the text is needed, keeps it only where the file differs from it.
+ComparedRendering RenderUnlessThere(Deployment& product, const TrialRequest& request, const SeenFile& there);
+
+/// As `RenderQuietly`, as if the template had this text.
 std::string RenderTemplateText(Deployment& product, const Staging& staging, Role role,
                                const std::string& templateName, const std::string& text);
 
-/// Lets the module render a template into the file `name`, for the reader `path`, and keep nothing: a
-/// `Replacement` is there for that. `values` wins over the template values.
+/// Has the module render a template into the file `name`, which messages call `path`, without keeping the
+/// original: that is left to a `Replacement`. `values` wins over the template values.
 void RenderOnce(Deployment& product, const std::string& templateName, const std::string& name,
                 const std::string& path, const StringMap& values);
 
-/// A target that is rendered for good.
-struct TargetToRender {
-    const std::string& templateName;
-    const StagedText& staged;    ///< what it has to become
-    mode_t mode;                 ///< likewise
-    const FileVersion& version;  ///< of what it replaces
-    Role role;
-    bool isOwnText;                    ///< which no template makes: the staged text as it is
-    bool hasWorkingCopy;               ///< its template, when it was checked
-    bool isOriginalLost;               ///< what is there is kept as none
-    std::optional<FileOwner> owner{};  ///< of a file that is new
-};
+/// Likewise for a role, with the template values alone, and with a record of what was there before.
+void RenderInPlace(Deployment& product, Role role, const std::string& templateName, const std::string& name,
+                   const std::string& path);
 
-/// Renders a target for good, in two steps: many originals are kept at once.
-class TargetRendering {
-  public:
-    /// `place` was found right before; `target` must live as long as the object.
-    TargetRendering(Deployment& product, FileInPlace place, const TargetToRender& target);
-
-    /// A working copy that is missing is installed. What one that did not come to its end has kept is taken
-    /// back.
-    void KeepOriginal();
-
-    /// With the original in its place. What comes out otherwise than in trial, and what somebody else wrote
-    /// meanwhile, is a `Failure`; the target is as it was then.
-    void Write();
-
-    /// The original that is kept then; empty: none.
-    std::string Reserve() const { return m_replacement.Reserve(); }
-
-  private:
-    void Render();
-    void WriteStaged();
-
-    Deployment& m_product;
-    const FileInPlace m_place;
-    const TargetToRender m_target;
-    Replacement m_replacement;
-};
+/// As `RenderInPlace`, without that record.
+void RenderWithoutRecord(Deployment& product, Role role, const std::string& templateName,
+                         const std::string& name, const std::string& path);
 
 }  // namespace ZET::Deploy
 

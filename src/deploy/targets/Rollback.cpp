@@ -41,7 +41,7 @@ class Rollback {
           m_isDryRun(product.Wanted().dryRun),
           m_otherRole(OtherRole(product.Role())),
           m_isLocked(isLocked),
-          m_recording(product, Recording::Use::OfTheProduct, isLocked, true),
+          m_recording(product, Recording::Use::OfTheProduct, isLocked, Purpose::GoesBack),
           m_known(product, KnownFiles::Unusable::IsTold),
           m_takeBack(product, m_known, {options.force, options.keepEdits}) {}
 
@@ -217,7 +217,7 @@ RollbackResult RollBack(Deployment& product, const std::vector<std::string>& nam
         lock = LockToGoBack(product.State(), product.Seeker());
         if (lock) {
             Staging::RemoveLeftOvers(product.State().Path(), lock->MayFollowOneCutShort());
-            SettleCutShort(product, *lock, true);
+            SettleCutShort(product, *lock, Purpose::GoesBack);
         }
     }
     return Rollback(product, names, options, lock != nullptr).Run();

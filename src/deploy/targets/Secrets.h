@@ -27,7 +27,7 @@ class Secrets {
 
     enum class Audience {
         Everybody,  ///< shown with whatever is reported
-        Unsure,     ///< nobody can tell: as for readers
+        Unsure,     ///< not known; treated like `Readers`
         Readers,    ///< shown to whoever asks for just this text, and may read the file
         Nobody      ///< shown to whoever asks for secrets
     };

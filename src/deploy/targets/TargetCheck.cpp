@@ -38,8 +38,7 @@ std::vector<Problem> CheckOwnDirectory(Host& host, const char* key, const std::s
     const std::string directory = host.Param(key);
     std::vector<Problem> problems = CheckDirectory(directory, purpose, key);
     if (!problems.empty()) return problems;
-    if (std::optional<Problem> problem = CheckInstruction(host.HostPaths(), directory))
-        problems.push_back(std::move(*problem));
+    Append(problems, CheckInstruction(host.HostPaths(), directory));
     return problems;
 }
 
@@ -54,7 +53,7 @@ std::vector<Problem> CheckSingle(const std::string& path) {
 /// Whether a commit can record what it does. What this user may not read, he does not write.
 std::vector<Problem> CheckHistory(Host& host) {
     try {
-        host.HostHistory().ToLookIfNeeded();
+        host.HostHistory().ToLookForWriting();
         return {};
     } catch (const Failure& failure) {
         return {failure.Facts()};
@@ -67,15 +66,11 @@ std::vector<Problem> CheckOwnFiles(Deployment& product) {
     std::vector<Problem> problems =
         CheckOwnDirectory(product, "ZET_CFG_DIR", _("the templates' working copies"));
     std::vector<Problem> ofStatus = CheckOwnDirectory(product, "ZET_VAR_LIB_DIR", _("the status"));
-    for (std::optional<Problem> problem :
-         {CheckModule(product), CheckInstruction(product.HostPaths(), product.Param("ZET_CFG")),
-          CheckInstruction(product.HostPaths(), product.Param("ZET_CFG_TEMPL_DIR"))}) {
-        if (problem) problems.push_back(std::move(*problem));
-    }
-    for (const std::string& file : product.Values().Files()) {
-        if (std::optional<Problem> problem = CheckInstruction(product.HostPaths(), file))
-            problems.push_back(std::move(*problem));
-    }
+    Append(problems, CheckModule(product));
+    Append(problems, CheckInstruction(product.HostPaths(), product.Param("ZET_CFG")));
+    Append(problems, CheckInstruction(product.HostPaths(), product.Param("ZET_CFG_TEMPL_DIR")));
+    for (const std::string& file : product.Values().Files())
+        Append(problems, CheckInstruction(product.HostPaths(), file));
     if (ofStatus.empty()) {
         for (const std::string& file : {state.Lock(), state.Status(product.Role()), state.FileServerStatus()})
             Append(ofStatus, CheckSingle(file));
@@ -151,8 +146,7 @@ class TargetChecker {
         if (DirectoryOf(copy) != m_product.Param("ZET_CFG_DIR"))
             Append(m_result, CheckDirectory(DirectoryOf(copy), Words("the working copy %s", copy),
                                             _("the template's name")));
-        if (std::optional<Problem> problem = CheckTemporary(copy, m_cutShort.contains(copy)))
-            m_result.push_back(std::move(*problem));
+        Append(m_result, CheckTemporary(copy, m_cutShort.contains(copy)));
     }
 
     void CheckFile(const Target& target, CheckedPlace& place) {
@@ -165,8 +159,7 @@ class TargetChecker {
                                             NamesBeside(target, found));
         Append(m_result, std::move(file.problems));
         place.hasCompanion = file.hasCompanion;
-        if (std::optional<Problem> problem = m_claimed.AddTarget(target, found.path))
-            m_result.push_back(std::move(*problem));
+        Append(m_result, m_claimed.AddTarget(target, found.path));
     }
 
     /// Its directory, and the way there.
@@ -177,7 +170,7 @@ class TargetChecker {
                                 Words("this host has no user \"%s\", whom its entry trusts", target.trusted),
                                 _("correct trust in the list, or make the user")});
         }
-        if (std::optional<Problem> problem = OwnerProblem(target)) problems.push_back(std::move(*problem));
+        Append(problems, OwnerProblem(target));
         const bool isRoots = !found.judge.Objection() && !found.judge.Holder();
         if (!problems.empty() || isRoots || geteuid() != 0) return problems;
         if (found.judge.Objection()) {
@@ -236,7 +229,7 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
     }
     for (const ListedEdit& edit : list.edits) {
         if (!templateNames.empty() || !edit.IsFor(product.Role()) || !edit.IsInForce()) continue;
-        for (std::string& placeholder : Text::PlaceholdersOf("=" + edit.value + edit.text))
+        for (std::string& placeholder : Text::PlaceholdersOfValue(edit.value + edit.text))
             checked.templates.used.insert(std::move(placeholder));
     }
     if (list.isUnderstood) Append(checked.problems, EditsOfTargets(product, templateNames));

@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/EditKeys.h"
 #include "deploy/targets/ListFile.h"
@@ -332,10 +333,8 @@ TargetList ReadTargetTexts(const std::vector<ListText>& lists, const ParameterVa
     };
     judgeAndTake(targets.All(), list.targets);
     judgeAndTake(edits.All(), list.edits);
-    for (const auto& reader : readers) {
-        for (Problem& problem : reader->TakeProblems())
-            list.problems.push_back(std::move(problem));
-    }
+    for (const auto& reader : readers)
+        Append(list.problems, reader->TakeProblems());
     return list;
 }
 

@@ -148,11 +148,11 @@ class StateTeller {
         }
         planned.after = GiveOwnerInPlace(result.path, *m_staged, planned.before);
         planned.change = FileOutcome::Result::Changed;
-        planned.isTouched = result.state == kEdited;
+        if (result.state == kEdited) planned.foundAs = FoundAs::Edited;
         const EditMerge merge(m_product, m_staging, m_known);
         merge.KeepMerged(planned);
         // Where that conflicts, the commit would be refused; what the template makes is shown.
-        if (m_product.Param("ZET_ON_EDIT") == "merge" && planned.IsOthersWork()) merge.Merge(planned);
+        if (ConfiguredOnEdit(m_product) == OnEdit::Merge && planned.IsOthersWork()) merge.Merge(planned);
         result.before = planned.before;
         result.after = planned.after;
         m_compared.push_back({result.path, planned.staged->File()});
@@ -164,12 +164,9 @@ class StateTeller {
         const std::string& path = there.Path();
         const KnownFile* const known = m_known.Find(path);
         const Role own = m_product.Role();
-        const Role named = known != nullptr ? known->state.knowledge.namedRole.value_or(own) : own;
         const bool isMerge = known != nullptr && known->HoldsMerge();
         const ComparedRendering rendering =
-            isMerge ? ComparedRendering{std::make_shared<StagedText>(
-                          RenderQuietly(m_product, m_staging, templateName, named))}
-                    : RenderUnlessThere(m_product, m_staging, templateName, named, there);
+            RenderUnlessThere(m_product, {m_staging, templateName, NamedRoleOf(known, own), isMerge}, there);
         m_staged = rendering.staged;
         if (m_staged == nullptr) return true;
         if (!rendering.isOther && IsAsStaged(path)) return true;

@@ -12,10 +12,9 @@
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/FileVersion.h"
 #include "deploy/host/Words.h"
-#include "deploy/targets/NewOwner.h"
 #include "deploy/targets/OthersWork.h"
 #include "deploy/targets/PlannedTarget.h"
-#include "deploy/targets/Render.h"
+#include "deploy/targets/TargetRendering.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETHost.h"
@@ -71,11 +70,7 @@ class TargetWriting {
                                          planned.path),
                            .remedy = _("run the command again")});
         FileInPlace place(std::move(found), planned.path);
-        auto rendering = std::make_unique<TargetRendering>(
-            m_product, std::move(place),
-            TargetToRender{planned.target.templateName, *planned.staged, planned.after.mode, planned.version,
-                           planned.namedRole, planned.rendering != nullptr, planned.hasWorkingCopy,
-                           planned.isOriginalLost, NewOwnerOf(planned.target, planned.path, planned.before)});
+        auto rendering = std::make_unique<TargetRendering>(m_product, std::move(place), planned);
         rendering->KeepOriginal();
         return rendering;
     }

@@ -20,8 +20,7 @@ namespace {
 
 /// Under which the history knows it.
 std::string NameInHistory(const Host& host, const std::string& path) {
-    const Paths& paths = host.HostPaths();
-    return paths.NameInside(paths.WithRealDirectory(RealFileOf(host, path)));
+    return host.HostPaths().NameOfReal(RealFileOf(host, path));
 }
 
 bool IsWhole(const CapturedFile& file) {
@@ -135,10 +134,9 @@ std::string RealFileOf(const Host& host, const std::string& workingCopy) {
 CopyMemory MemoryOf(Host& host, const std::string& workingCopy) {
     Store* const store = host.HostHistory().ToLookIfUsable();
     if (store == nullptr) return {};
-    const Paths& paths = host.HostPaths();
     std::optional<KnownFile> known = store->Known(NameInHistory(host, workingCopy));
     // One that was moved, and left a link in its place, is known by that.
-    if (!known) known = store->Known(paths.NameInside(paths.WithRealDirectory(workingCopy)));
+    if (!known) known = store->Known(host.HostPaths().NameOfReal(workingCopy));
     if (!known) return {};
     CopyMemory memory;
     memory.mode = known->state.mode;

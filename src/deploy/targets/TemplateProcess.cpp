@@ -65,8 +65,7 @@ std::vector<Problem> CheckRendering(Deployment& product, const Rendering& render
     StringMap values = rendering.values;
     values.insert(product.TemplateValues().begin(), product.TemplateValues().end());
     std::vector<Problem> problems = CheckTemplateFile(product, rendering.templateName, values);
-    for (Problem& problem : product.Values().Problems())
-        problems.push_back(std::move(problem));
+    Append(problems, product.Values().Problems());
     return problems;
 }
 

@@ -1,16 +1,17 @@
 #include "deploy/targets/UnknownNames.h"
 
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/ParameterNames.h"
 #include "deploy/targets/ConditionValues.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "text/Lines.h"
 #include "text/Placeholders.h"
+#include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
 
@@ -19,13 +20,12 @@ namespace {
 /// Those of templates that were not checked, too: of the other role, and of what is not in force.
 std::set<std::string> UsedAnywhere(Deployment& product, const std::set<std::string>& used) {
     std::set<std::string> all = used;
-    const auto take = [&](std::string_view line) {
-        for (std::string& placeholder : Text::PlaceholdersOf(line))
-            all.insert(std::move(placeholder));
+    const auto take = [&](const std::vector<std::string>& placeholders) {
+        all.insert(placeholders.begin(), placeholders.end());
     };
     const auto takeLines = [&](std::string_view lines) {
         while (!lines.empty())
-            take(Text::TakeLine(lines).text);
+            take(Text::PlaceholdersOf(Text::TakeLine(lines).text));
     };
     for (const Target& target : product.Lists().Targets().targets) {
         const std::string file = TemplateFile(product, target.templateName);
@@ -35,11 +35,10 @@ std::set<std::string> UsedAnywhere(Deployment& product, const std::set<std::stri
             // Whoever wants to render it is told why.
         }
     }
-    // What begins like a comment has placeholders there, too.
     for (const ListedEdit& edit : product.Lists().Targets().edits)
-        take("=" + edit.value + edit.text);
+        take(Text::PlaceholdersOfValue(edit.value + edit.text));
     for (const auto& [placeholder, value] : product.Values().Own())
-        take("=" + value);
+        take(Text::PlaceholdersOfValue(value));
     const std::set<std::string>& clashing = product.Values().Clashing();
     all.insert(clashing.begin(), clashing.end());
     return all;
@@ -113,7 +112,7 @@ UnusedParameters FindUnknownNames(Deployment& product, const std::set<std::strin
 UnusedParameters JudgeName(Deployment& product, const std::string& name) {
     GivenParameter given;
     given.name = name;
-    if (IsOfTheProduct(name)) return {};
+    if (IsKnownParameter(name)) return {};
     try {
         return FindUnusedParameters("", {given}, UsedAnywhere(product, {}), AskedFor(product));
     } catch (const Failure&) {

@@ -4,7 +4,6 @@
 #include <optional>
 #include <string>
 
-#include "deploy/host/Failure.h"
 #include "deploy/state/History.h"
 #include "text/WithoutBlocks.h"
 #include "text/repair/TextToEdit.h"
@@ -56,14 +55,9 @@ bool IsAnyUnmarked(Store& store, const std::string& path) {
 }  // namespace
 
 bool HoldsUnmarkedEdits(Host& host, const KnownFile& known) {
-    Store* const store = host.HostHistory().ToLookIfUsable();
-    if (store == nullptr) return false;
-    try {
-        return IsAnyUnmarked(*store, known.path);
-    } catch (const Failure& failure) {
-        host.HostHistory().TellUnusable(failure);
-        return false;
-    }
+    bool isAny = false;
+    host.HostHistory().TryLook([&](Store& store) { isAny = IsAnyUnmarked(store, known.path); });
+    return isAny;
 }
 
 }  // namespace ZET::Deploy

@@ -7,7 +7,7 @@
 namespace ZET::Deploy {
 
 /// Whether the product has edited more of the file than the lines of its managed blocks, as far as that is
-/// kept. A history that cannot be used is told.
+/// kept. An unusable history is reported as a warning.
 bool HoldsUnmarkedEdits(Host& host, const KnownFile& known);
 
 }  // namespace ZET::Deploy

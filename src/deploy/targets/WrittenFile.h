@@ -18,14 +18,14 @@ namespace ZET::Deploy {
 
 /// A file that the product may have written.
 struct WrittenFile {
-    std::string templateName;  ///< empty: the list does not have the file any more
-    std::string path;          ///< of the real file, links followed
-    Services services;         ///< that do not notice its change by themselves
-    std::string named;         ///< as the list has it, or, where it does not any more, as one would
-    std::string trusted;       ///< the user whose directories count as root's
-    bool isOfBoth = true;      ///< the other role may have committed it, too
-    std::optional<Failure>
-        trouble;          ///< why the real file cannot be found; the path is then as the list has it
+    std::string templateName{};  ///< empty: the list does not have the file any more
+    std::string path;            ///< of the real file, links followed
+    Services services{};         ///< that do not notice its change by themselves
+    std::string named;           ///< as the list has it, or, where it does not any more, as one would
+    std::string trusted{};       ///< the user whose directories count as root's
+    bool isOfBoth = true;        ///< the other role may have committed it, too
+    /// Why the real file cannot be found; the path is then as the list has it.
+    std::optional<Failure> trouble{};
     bool isEdit = false;  ///< of single lines: it is no target
 
     std::string Reserve() const { return path + ZETReserveSuffix; }

@@ -48,14 +48,12 @@ std::map<std::string, const WrittenFile*> ByCanonicalPath(const Paths& paths,
 }  // namespace
 
 WrittenFile WrittenTarget(const Host& host, const Target& target) {
-    WrittenFile file{target.templateName,
-                     host.HostPaths().FromInside(target.path),
-                     target.ServicesFor(host.Role()),
-                     target.path,
-                     target.trusted,
-                     target.roles.size() > 1,
-                     {},
-                     false};
+    WrittenFile file{.templateName = target.templateName,
+                     .path = host.HostPaths().FromInside(target.path),
+                     .services = target.ServicesFor(host.Role()),
+                     .named = target.path,
+                     .trusted = target.trusted,
+                     .isOfBoth = target.roles.size() > 1};
     try {
         file.path = host.HostPaths().WithRealDirectory(host.FilePath(target.path));
     } catch (const Failure& failure) {
@@ -76,7 +74,7 @@ static std::optional<WrittenFile> WrittenByList(Deployment& product, const std::
 }
 
 std::optional<WrittenFile> WrittenByRecord(Deployment& product, const std::string& path) {
-    WrittenFile file{"", path, {}, product.HostPaths().NameInside(path), "", true, {}, false};
+    WrittenFile file{.path = path, .named = product.HostPaths().NameInside(path)};
     try {
         if (!product.HostPaths().StaysInside(path)) {
             product.Out().Warning(
@@ -88,6 +86,10 @@ std::optional<WrittenFile> WrittenByRecord(Deployment& product, const std::strin
         file.trouble = failure;
     }
     return file;
+}
+
+WrittenFile WrittenLines(const Host& host, const std::string& path) {
+    return {.path = path, .named = host.HostPaths().NameInside(path), .isEdit = true};
 }
 
 WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known) {

@@ -18,6 +18,9 @@ WrittenFile WrittenTarget(const Host& host, const Target& target);
 /// leads out of the root directory, which is told.
 std::optional<WrittenFile> WrittenByRecord(Deployment& product, const std::string& path);
 
+/// A file in which nothing but lines is the product's, and no list has any of them in force.
+WrittenFile WrittenLines(const Host& host, const std::string& path);
+
 /// The files that a rollback of the host's role can be about.
 struct WrittenFiles {
     std::vector<WrittenFile> files;
@@ -27,9 +30,8 @@ struct WrittenFiles {
 /// Those of the list, and those that the history knows of the role.
 WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known);
 
-/// The files that were edited in place, by whichever role: a line has none; but for those of `written`, which
-/// are found already. Those of listed edits are found beside their reserves where the history knows nothing
-/// of them.
+/// The files that were edited in place, by whichever role, without those of `written`. Files of listed edits
+/// of which the history knows nothing are found by their reserves.
 std::vector<WrittenFile> FindEditedFiles(Deployment& product, const KnownFiles& known,
                                          const std::vector<WrittenFile>& written);
 

@@ -26,10 +26,6 @@ std::string OwnerOf(const RecordedState& state) {
     return std::to_string(state.owner) + ":" + std::to_string(state.group);
 }
 
-bool IsThere(const std::optional<CapturedFile>& file) {
-    return file && file->state.exists;
-}
-
 bool Differs(const std::optional<CapturedFile>& now, const std::optional<CapturedFile>& wanted) {
     return wanted && now && !now->IsAs(wanted->state);
 }
@@ -112,7 +108,7 @@ void FileToPutBack::LookAtOthersWork(const RecordedFile& row, const std::string&
         case OthersWork::IsRefused:
             return RefuseOthersWork(row, path, now);
         case OthersWork::IsMerged:
-            if (m_change.isUntouched) {
+            if (m_change.isOthersAlone) {
                 m_isKept = true;
                 return;
             }

@@ -87,7 +87,7 @@ KnownThen KnownOnceBack(Store& store, const RecordedChange& change, const std::o
                         bool isTextBack) {
     const RecordedFile& row = *change.file;
     KnownThen then = KnownBefore(change);
-    if (!change.isOfOne || row.kind == FileKind::Status) return then;
+    if (!change.isOfOneEntry || row.kind == FileKind::Status) return then;
     if (!now) return isTextBack ? then : KnownAgain(store, row, std::move(then));
     const bool isBack = isTextBack || IsKnownAsLeft(store, change, *now);
     if (isBack && then.kind == FileKind::Original) return then;

@@ -1,9 +1,8 @@
 #include "deploy/undo/RecordedChanges.h"
 
 #include <algorithm>
-#include <string_view>
 
-#include "deploy/state/CapturedFile.h"
+#include "deploy/host/Companions.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -38,30 +37,24 @@ std::set<Role> RolesOf(const RecordedEntry& entry, const RecordedFile& file) {
     return roles.empty() || isOwn ? std::set{entry.role} : roles;
 }
 
-std::string WithoutSuffix(const std::string& path, std::string_view suffix) {
-    return path.substr(0, path.size() - suffix.size());
-}
-
 }  // namespace
 
 void RecordedChanges::Add(const RecordedEntry& entry, const std::vector<RecordedFile>& files) {
     for (const RecordedFile& file : files) {
-        const bool isCompanion = file.kind == FileKind::Companion;
-        const bool isReserve = isCompanion && file.path.ends_with(ZETReserveSuffix);
-        const bool isAbsence = isCompanion && !isReserve && file.path.ends_with(ZETAbsenceSuffix);
-        RecordedChange& change = Of(isReserve   ? WithoutSuffix(file.path, ZETReserveSuffix)
-                                    : isAbsence ? WithoutSuffix(file.path, ZETAbsenceSuffix)
-                                                : file.path);
-        if (!isReserve && !isAbsence) change.roles.merge(RolesOf(entry, file));
+        const std::string name = file.kind == FileKind::Companion ? FileBeside(file.path) : file.path;
+        const bool isBeside = name != file.path;
+        RecordedChange& change = Of(name);
         change.newest = std::max(change.newest, entry.number);
-        const bool isWritten = !CapturedFile{file.before, ""}.IsAs(file.after);
-        change.isWritten = change.isWritten || (isWritten && !isReserve && !isAbsence);
-        if (!isReserve && !isAbsence) {
-            const bool isTold = file.kind != FileKind::Status && file.IsPlanned();
-            if (change.file && isTold) NoteWorkBetween(change, file.after);
-            change.oldest = entry.number;
+        if (isBeside) {
+            Precede(file.path.ends_with(ZETReserveSuffix) ? change.reserve : change.absence, file);
+            continue;
         }
-        Precede(isReserve ? change.reserve : isAbsence ? change.absence : change.file, file);
+        change.roles.merge(RolesOf(entry, file));
+        change.isWritten = change.isWritten || !IsSameFile(file.before, file.after);
+        const bool isTold = file.kind != FileKind::Status && file.IsPlanned();
+        if (change.file && isTold) NoteWorkBetween(change, file.after);
+        change.oldest = entry.number;
+        Precede(change.file, file);
     }
 }
 
@@ -75,11 +68,11 @@ void RecordedChanges::AddLeft(RecordedChange& change, const RecordedState& left)
     if (file.leftBefore && HaveSameTextAndMode(*file.leftBefore, left)) file.leftBefore.reset();
 }
 
-void RecordedChanges::AddUntouched(std::int64_t entry, const RecordedFile& file) {
+void RecordedChanges::AddOthersAlone(std::int64_t entry, const RecordedFile& file) {
     RecordedChange& change = Of(file.path);
     if (change.roles.empty()) change.roles = file.before.knowledge.roles;
     change.newest = std::max(change.newest, entry);
-    change.isWritten = change.isUntouched = true;
+    change.isWritten = change.isOthersAlone = true;
     change.file = file;
 }
 

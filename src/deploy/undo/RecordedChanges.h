@@ -27,12 +27,12 @@ struct RecordedChange {
     std::optional<RecordedFile> file{};
     std::optional<RecordedFile> reserve{};
     std::optional<RecordedFile> absence{};
-    std::set<Role> roles{};    ///< whose commands did it
-    std::int64_t newest = 0;   ///< the last of the entries
-    std::int64_t oldest = 0;   ///< the first that has the file itself
-    bool isWritten = false;    ///< the file itself was; else only something else is known of it
-    bool isOfOne = false;      ///< entry alone, and what later ones did stays
-    bool isUntouched = false;  ///< by the entries: what is to be taken back is somebody else's work alone
+    std::set<Role> roles{};              ///< whose commands did it
+    std::int64_t newest = 0;             ///< the last of the entries
+    std::int64_t oldest = 0;             ///< the first that has the file itself
+    bool isWritten = false;              ///< the file itself was; else only something else is known of it
+    bool isOfOneEntry = false;           ///< only this entry is taken back; later ones stay
+    bool isOthersAlone = false;          ///< the entries did not write it: only somebody else's work goes
     std::vector<WorkBetween> between{};  ///< from the newest to the oldest
 
     /// Whether the file stood there before anything was known of it.
@@ -45,14 +45,14 @@ class RecordedChanges {
     /// From the newest entry to the oldest.
     void Add(const RecordedEntry& entry, const std::vector<RecordedFile>& files);
 
-    /// What that earlier one left is what comes back, and not what somebody made of it until the first of
-    /// them.
+    /// What comes back is what an earlier entry left, and not what somebody made of it before the first of
+    /// these.
     void AddLeft(RecordedChange& change, const RecordedState& left);
 
     std::list<RecordedChange>& All() { return m_changes; }
 
-    /// A file that none of them wrote, as that earlier entry left it.
-    void AddUntouched(std::int64_t entry, const RecordedFile& file);
+    /// A file that none of them wrote; it goes back to what that earlier entry left.
+    void AddOthersAlone(std::int64_t entry, const RecordedFile& file);
 
     /// Whether one of them wrote the file itself, and not only what stands beside it.
     bool HasFile(const std::string& name) const;

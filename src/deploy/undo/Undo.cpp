@@ -40,8 +40,7 @@ class WayBack {
     void Look(UndoResult& result) {
         for (FileToPutBack& file : m_files) {
             m_product.RequireGoOn();
-            for (Problem& problem : file.Look(m_writing, m_others))
-                result.problems.push_back(std::move(problem));
+            Append(result.problems, file.Look(m_writing, m_others));
         }
     }
 
@@ -71,8 +70,7 @@ class WayBack {
         change.file->kind = FileKind::Status;
         change.isWritten = true;
         m_files.emplace_back(m_product, std::move(change));
-        for (Problem& problem : m_files.back().Look(m_writing, m_others))
-            result.problems.push_back(std::move(problem));
+        Append(result.problems, m_files.back().Look(m_writing, m_others));
     }
 
     std::list<FileToPutBack>::iterator FileNamed(const std::string& name) {
@@ -298,7 +296,7 @@ void AddOthersWork(Deployment& product, Store& store, RecordedChanges& changes) 
         const std::string path = product.HostPaths().FromInside(known.path);
         const RecordedState left = LeftByLastEntry(store, known);
         if (!IsAsRecorded(path, left) && !IsAsRecorded(path, known.state))
-            changes.AddUntouched(known.entry, WithoutChange(known, left));
+            changes.AddOthersAlone(known.entry, WithoutChange(known, left));
     }
 }
 
@@ -317,7 +315,7 @@ UndoResult Undo(Deployment& product, const UndoOptions& options) {
     RecordedChanges changes;
     changes.Add(entry, FilesToUndo(store, entry.number));
     for (RecordedChange& change : changes.All())
-        change.isOfOne = true;
+        change.isOfOneEntry = true;
     WayBack(product, writing, others).Go(std::move(changes), result);
     return result;
 }

@@ -26,7 +26,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int kCases = 8'000;        ///< unless the variable ZET_EDIT_CASES says another number
+constexpr int kCases = 2'000;        ///< unless the variable ZET_EDIT_CASES says another number
 constexpr int kEditsPerCommit = 20;  ///< that take as long
 const std::string kNotice =
     std::string(ZETNoticeMarker) + "\n" + ZETEditedNotice + "\n" + ZETCommentEndMarker;

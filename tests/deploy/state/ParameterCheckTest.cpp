@@ -1,6 +1,7 @@
 #include "deploy/state/ParameterCheck.h"
 
 #include "deploy/state/ConfFile.h"
+#include "deploy/state/ParameterNames.h"
 
 #include <gmock/gmock.h>
 

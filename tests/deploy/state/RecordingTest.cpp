@@ -97,7 +97,7 @@ TEST_F(RecordingTest, WhatSomebodyHadWrittenStaysHisHoweverTheCommandEnds) {
 TEST_F(RecordingTest, WhoGoesBackGoesOnWithoutAStoreThatCannotBeLookedAt) {
     UseHistory("yes");
     Write("out/a", "former");
-    Recording recording(TheHost(), Recording::Use::OfTheProduct, true, true);
+    Recording recording(TheHost(), Recording::Use::OfTheProduct, true, Purpose::GoesBack);
     bool isDone = false;
     // No transaction begins in another one.
     const auto look = TheHost().HostHistory().ToRecord().Look();

@@ -51,7 +51,7 @@ void KeepLastNumber(const std::string& file, std::int64_t number) {
 void ForgetLastNumber(const std::string& file) {
     const std::string name = file + kLastNumberSuffix;
     if (unlink(name.c_str()) == 0 || errno == ENOENT) return;
-    throw SystemFailure({.file = name, .text = _("cannot be removed")}, errno);
+    FailOfCall(name, _("cannot be removed"));
 }
 
 }  // namespace ZET::Deploy

@@ -66,6 +66,14 @@ inline bool HaveSameTextAndMode(const RecordedState& one, const RecordedState& o
     return HaveSameText(one, other) && (!one.exists || one.mode == other.mode);
 }
 
+/// Whether it is the same file to its readers: bytes, mode, owner and attributes.
+inline bool IsSameFile(const RecordedState& one, const RecordedState& other) {
+    if (one.exists != other.exists) return false;
+    if (!one.exists) return true;
+    return HaveSameTextAndMode(one, other) && one.owner == other.owner && one.group == other.group &&
+           one.attributes == other.attributes;
+}
+
 /// What the product has to do with a file.
 enum class FileKind {
     Target,
@@ -142,6 +150,12 @@ struct KnownFile {
     /// It is a target whose text is not its rendering alone.
     bool HoldsMerge() const { return kind == FileKind::Target && state.knowledge.IsMerge(); }
 };
+
+/// The role whose command the notice of a file names: of one that nobody has committed, the own.
+inline Role NamedRoleOf(const KnownFile* known, Role own) {
+    const bool isCommitted = known != nullptr && known->state.knowledge.IsCommitted();
+    return isCommitted ? known->state.knowledge.namedRole.value_or(own) : own;
+}
 
 }  // namespace ZET::Deploy
 

@@ -31,7 +31,7 @@ off_t SizeOfOwn(const std::string& name) {
     struct stat status = {};
     if (lstat(name.c_str(), &status) != 0) {
         if (errno == ENOENT || errno == ENOTDIR) return -1;
-        throw SystemFailure({.file = name, .text = _("cannot be looked at")}, errno);
+        FailOfCall(name, _("cannot be looked at"));
     }
     if (S_ISREG(status.st_mode) && status.st_nlink == 1 && IsRightOwner(status.st_uid, name))
         return status.st_size;
@@ -44,8 +44,7 @@ off_t SizeOfOwn(const std::string& name) {
 void MakeFile(const std::string& file) {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
     const Descriptor made(open(file.c_str(), kFlags, S_IRUSR | S_IWUSR));
-    if (made < 0 && errno != EEXIST)
-        throw SystemFailure({.file = file, .text = _("cannot be created")}, errno);
+    if (made < 0 && errno != EEXIST) FailOfCall(file, _("cannot be created"));
 }
 
 /// Whether a run was killed, or is at work, between the first byte of the tables and the last: its journal
@@ -125,8 +124,7 @@ void TakeJournalOver(Database& database, const std::string& file, bool isSynced)
     if (!isSynced) return;
     const std::string name = file + kJournalSuffix;
     const Descriptor journal(open(name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-    if (journal < 0 || fdatasync(journal) != 0)
-        throw SystemFailure({.file = name, .text = _("cannot be synced")}, errno);
+    if (journal < 0 || fdatasync(journal) != 0) FailOfCall(name, _("cannot be synced"));
 }
 
 std::unique_ptr<Database> OpenStoreToLook(const std::string& file, FoundStore found) {
