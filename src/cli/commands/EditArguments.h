@@ -61,7 +61,7 @@ void AddEditOptions(Command<Given>& command) {
 
 template <typename Given>
 void AddRestoreOptions(Command<Given>& command) {
-    command.Flag("--all-blocks", &EditOptions::allBlocks, "Drop the managed blocks of others too");
+    command.Flag("--all-blocks", &EditOptions::allBlocks, "Take the managed blocks of other lines out, too");
     AddEditOptions(command);
 }
 

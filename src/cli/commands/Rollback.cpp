@@ -55,7 +55,7 @@ int RollbackConfig(Session& session, const RollbackOptions& asked) {
 
 void RegisterRollback(CommandLine& line) {
     line.Single(Subject::Product)
-        .Add<RollbackOptions>("rollback-config", "Put back what was there before the first commit",
+        .Add<RollbackOptions>("rollback-config", "Take back the role's commits and all edits in place",
                               RollbackConfig)
         .Any("TARGET", &RollbackOptions::targets, "Only these files")
         .Flag("--force", &RollbackOptions::force, "Files that were edited since, too")

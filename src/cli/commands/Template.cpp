@@ -91,7 +91,8 @@ void RegisterTemplate(CommandLine& line) {
         .Add<ProcessOptions>("process", "Render one template into a file", Process)(
             "NAME", &ProcessOptions::name, "The template")("TARGET", &ProcessOptions::target,
                                                            "The file, or - for standard output")
-        .Assignments("--value", &ProcessOptions::values, "Another value for this run (NAME without ${})")
+        .Assignments("--value", &ProcessOptions::values,
+                     "Another value for this run (NAME of the placeholder)")
         .Flag("--force", &ProcessOptions::force, kForceHelp);
     AddTemplateUpgrade(family);
 }
