@@ -115,7 +115,7 @@ void History::TellNewKey() {
 
 /// One of several names is named: what is said of it, and done, is so for all of them.
 void History::TellReaders(bool isMended) {
-    if (std::exchange(m_areReadersTold, true)) return;
+    if (!isMended && std::exchange(m_areReadersTold, true)) return;
     Problem readers = {.file = File(),
                        .text = _("others may read it, or what stands beside it"),
                        .remedy = _("chmod go-rwx: it holds what files held, passwords too")};
