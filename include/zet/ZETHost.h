@@ -217,6 +217,11 @@ using ZETRenameGuard = std::function<void(const ZETRename& rename)>;
 /// rename.
 ZET_API ZETRenameGuard SetRenameGuard(ZETRenameGuard guard);
 
+/// For a host that gives each file its owner and group itself, after the calling thread was kept to another
+/// user's rights: that a file could not get them is no warning from now on. Set-user-ID and set-group-ID are
+/// left out all the same. Until it is called, it is one. Returns how it was before.
+ZET_API bool LeaveOwnersToHost(bool areLeft);
+
 /// Whether `CopyFile` might have made its copy for `to` under this name, on the way to `to`: that with "."
 /// and six letters or digits and ".tmp" added, cut before the "." where it would be too long. Both have the
 /// same directory before them, or none. A process that was killed leaves such a copy behind.

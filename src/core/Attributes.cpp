@@ -14,6 +14,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "Message.h"
@@ -31,6 +32,8 @@ constexpr std::string_view kUserPrefix = "user.";
 constexpr mode_t kPermissions = 07777;
 constexpr mode_t kSetIds = S_ISUID | S_ISGID;
 constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
+
+thread_local bool t_areOwnersLeftToHost = false;
 
 struct Attribute {
     std::string name;
@@ -169,13 +172,14 @@ Changes Compare(const AttributedFile& donor, const AttributedFile& receiver, mod
     return changes;
 }
 
-/// False, after a warning, when the file has not got both.
+/// False, after a warning unless the host gives them, when the file has not got both.
 bool ChangeOwner(const AttributedFile& file, const struct stat& donor) {
     constexpr uid_t kAsItIs = static_cast<uid_t>(-1);
     const int number = file.descriptor.Number();
     const auto report = [&](const std::string& message) {
         // EINVAL: an owner whom this user namespace does not know.
-        Report(file.path, message, IsTolerable() || errno == EINVAL);
+        const bool isTolerable = IsTolerable() || errno == EINVAL;
+        if (!isTolerable || !t_areOwnersLeftToHost) Report(file.path, message, isTolerable);
     };
     if (::fchown(number, donor.st_uid, donor.st_gid) == 0) return true;
     report(Message("Failed to keep the owner of file '%s': %m.", file.path.c_str()));
@@ -273,3 +277,11 @@ void TakeOverAttributes(const AttributedFile& donor, const AttributedFile& recei
 }
 
 }  // namespace ZET::Core
+
+namespace ZET {
+
+bool LeaveOwnersToHost(bool areLeft) {
+    return std::exchange(Core::t_areOwnersLeftToHost, areLeft);
+}
+
+}  // namespace ZET

@@ -277,5 +277,5 @@ assert_adopted() {
     echo more >>out/one.conf
     ln -sf gone etc/one.conf
     run_zet adopt out/one.conf
-    assert_refusal 1 "$HOST/etc/one.conf: does not exist (create it, or correct the path)"
+    assert_refusal 1 "$HOST/etc/one.conf: is a link that leads nowhere (remove it, or make what it names)"
 }

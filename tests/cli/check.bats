@@ -117,7 +117,11 @@ $HOST/nowhere: the directory of $HOST/nowhere/three.conf cannot be used: No such
     assert_problems "$HOST/templates/one.conf: is no regular file (name a regular file)"
     rm templates/one.conf
     ln -s nowhere templates/one.conf
-    assert_problems "$HOST/templates/one.conf: does not exist (create it, or correct the path)"
+    assert_problems "$HOST/templates/one.conf: is a link that leads nowhere (remove it, or make what it names)"
+    rm templates/one.conf
+    echo one >templates/one.conf
+    ln -s nowhere etc/one.conf
+    assert_problems "$HOST/etc/one.conf: is a link that leads nowhere (remove it, or make what it names)"
 }
 
 @test "a directory that its group may write is fine" {
@@ -249,6 +253,11 @@ $HOST/state: the directory of the status cannot be used: No such file or directo
     assert_status 1
     assert_output "$HOST/state/zet-client.status: is no regular file (move it away)
 $HOST/state/state.db: is no regular file of one name that belongs to this user (move it away, or set ZET_HISTORY=no to edit without the history)"
+    rm -r state/*
+    ln -s gone state/zet-client-fs.status
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/state/zet-client-fs.status: is a link that leads nowhere (remove it, or make what it names)"
     rm -r state/*
     break_store
     run_zet check-config

@@ -66,6 +66,34 @@ assert_clash() {
     done
 }
 
+@test "a target that the product would read as its own is refused" {
+    mkdir etc/{values,defaults,targets}.d
+    echo DOMAIN=other.org >templates/one.conf
+    list_target a.conf "$HOST/out/a"
+    echo a >templates/a.conf
+    local list path use
+    list=$(cat templates/targets.toml)
+    while read -r path use; do
+        printf '%s\n' "$list" >templates/targets.toml
+        list_target one.conf "$HOST/$path"
+        remember_host
+        run_zet check-config
+        assert_status 1
+        [[ $output == *"$HOST/$path: is $use, and made from [one.conf] too (give the target another path)"* ]] ||
+            differ problems "$path: is $use" "$output"
+        run_zet commit-config
+        assert_status 1
+        assert_files_unchanged
+    done <<-END
+		etc/values.d/x a file of values
+		etc/defaults.d/x.conf a file of values
+		etc/targets.d/x.toml a list of targets
+		templates/values.conf a file of values
+		templates/x the template [x]
+		etc/a.conf.old the kept working copy of [a.conf]
+	END
+}
+
 @test "a template that is the list of targets is refused" {
     list_target targets.toml "$HOST/out/x"
     run_zet check-config

@@ -203,7 +203,13 @@ apply_diff() {
     run_zet param set fifo a 1
     assert_refusal 1 "fifo: is no regular file (name a regular file)"
     run_zet param set dangling a 1
-    assert_refusal 1 "$HOST/gone: does not exist (create it, or correct the path)"
+    assert_refusal 1 "dangling: is a link that leads nowhere (remove it, or make what it names)"
+    run_zet param get dangling a
+    assert_refusal 1 "dangling: is a link that leads nowhere (remove it, or make what it names)"
+    capture "$ZET_BIN/zet-client" --root "$HOST" param get dangling a
+    assert_refusal 1 "$HOST/dangling: is a link that leads nowhere (remove it, or make what it names)"
+    run_zet param set gone a 1
+    assert_refusal 1 "gone: does not exist (create it, or correct the path)"
     run_zet param set loop a 1
     assert_refusal 1 "$HOST/loop: too many symbolic links, as when one leads back to itself (correct the links)"
     run_zet param set /dev/null a 1

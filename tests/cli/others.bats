@@ -79,6 +79,25 @@ assert_secret_kept() {
     assert_equal "$(stat -c '%a %u %g' home/conf)" "4755 $STRANGER $STRANGER"
 }
 
+@test "a group that the owner of a file could not give it is kept, and nothing is said of it" {
+    home 755
+    chown "$STRANGER:0" home/conf
+    chmod 640 home/conf
+    run_zet param set home/conf a 2
+    assert_success "home/conf: changed, the original is kept as home/conf.before_zet"
+    assert_equal "$(stat -c '%a %u:%g' home/conf home/conf.before_zet | paste -sd ' ')" "640 $STRANGER:0 640 $STRANGER:0"
+}
+
+@test "a group that not even root can give is told" {
+    home 755
+    chown "$STRANGER:0" home/conf
+    capture strace -f -qq -o "$BASE/trace" -e trace=fchown -e inject=fchown:error=EPERM \
+        "$ZET_BIN/zet-client" --config zet.conf param set home/conf a 2
+    assert_status 0
+    [[ $stderr == *"warning: home/conf.before_zet: has not the owner and group of the file that it keeps (chown it)"* ]] || differ words "has not the owner" "$stderr"
+    [[ $stderr == *"warning: Failed to keep the owner of file 'home/conf.tmp': "* ]] || differ words "conf.tmp" "$stderr"
+}
+
 @test "no file is set-user-ID before its owner is final" {
     home 755
     chmod 6755 home/conf

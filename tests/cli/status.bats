@@ -121,6 +121,18 @@ $TWO: in sync
     assert_states edited pending
 }
 
+@test "a template that is a link which leads nowhere keeps its target's state from being told" {
+    zet commit-config
+    local template
+    for template in etc/one.conf templates/one.conf; do
+        rm -f etc/one.conf
+        ln -sf gone "$template"
+        run_zet status
+        assert_status 1
+        assert_stderr "zet-client: error: $ONE: its state cannot be told: $HOST/$template: is a link that leads nowhere (remove it, or make what it names)"
+    done
+}
+
 @test "a shipped template that is newer than the working copy changes nothing" {
     zet commit-config
     echo more >>templates/one.conf
@@ -306,6 +318,10 @@ $TWO: in sync"
         run_zet status
         assert_status 1
         [[ $stderr == "zet-client: error: $HOST/state/$file: is no regular file"*"(move it away)"$'\n' ]]
+        ln -sf gone "state/$file"
+        run_zet status
+        assert_status 1
+        assert_stderr "zet-client: error: $HOST/state/$file: is a link that leads nowhere (remove it, or make what it names)"
         rm "state/$file"
         mv "$BASE/state" "state/$file"
     done

@@ -51,6 +51,55 @@ assert_state() {
     assert_file out/one.conf $'old\n'
 }
 
+@test "what others may read of the history is theirs no more once a command records" {
+    zet -q commit-config
+    chmod 644 state/state.db*
+    run_zet status
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/state/state.db: others may read it, or what stands beside it (chmod go-rwx: it holds what files held, passwords too)"
+    run_zet check-config
+    assert_status 0
+    [[ $stderr == *"others may read it"* ]]
+    assert_equal "$(stat -c %a state/state.db)" 644
+    run_zet param set conf a 2
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/state/state.db: others could read it, or what stands beside it, and cannot any more (change the passwords that the files in it held, if others use this host)"
+    assert_equal "$(stat -c %a state/state.db* | sort -u)" 600
+    run_zet param set conf a 3
+    assert_stderr ""
+}
+
+@test "an empty history that others may read is not for them once it is made" {
+    : >state/state.db
+    chmod 644 state/state.db
+    run_zet commit-config
+    assert_status 0
+    [[ $stderr == *"$HOST/state/state.db: others could read it"* ]]
+    assert_equal "$(stat -c %a state/state.db* | sort -u)" 600
+}
+
+@test "a history that others may write is not used, and what stands beside the files goes back" {
+    zet -q commit-config
+    zet -q param set conf a 2
+    chmod 666 state/state.db
+    local told words
+    told="$HOST/state/state.db: others may write it, so it is not used (chmod 600 if what it holds can be trusted, or move it away; or set ZET_HISTORY=no to edit without the history)"
+    for words in "param set conf b 3" "option set DOMAIN other.example" commit-config undo history check-config; do
+        # shellcheck disable=SC2086
+        run_zet $words
+        assert_status 1
+        [[ $output$stderr == *"$told"* ]] || differ "words of $words" "$told" "$output$stderr"
+    done
+    assert_equal "$(stat -c %a state/state.db)" 666
+    grep -q '^b=2$' conf
+    ! grep -q other.example zet.conf
+    run_zet status
+    assert_stderr "zet-client: warning: $told"
+    run_zet rollback-config
+    [[ $stderr == *"warning: $told"* ]]
+    assert_file out/one.conf $'old\n'
+}
+
 # opened WORD...: what of the history the command opens.
 opened() {
     strace -f -qq -e trace=openat,open -o "$BASE/trace" "$ZET_BIN/zet-client" --config zet.conf "$@" >"$BASE/output" || true

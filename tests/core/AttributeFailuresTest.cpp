@@ -185,6 +185,29 @@ TEST_F(AttributeFailures, OrdinaryUserMayReplaceWhatHeMayNotRead) {
         testing::ExitedWithCode(0), "warning: Failed to keep attribute 'user.a'");
 }
 
+TEST_F(AttributeFailures, OwnersThatTheHostGivesAfterwardsAreNoMessage) {
+    Own(m_target);
+    ASSERT_EQ(::chmod(m_target.c_str(), 06755), 0);
+    SystemCalls calls;
+    calls.Fail("fchown", EPERM);
+    EXPECT_FALSE(LeaveOwnersToHost(true));
+    EXPECT_EQ(LoggedBy([&] { CopyFile(m_target, m_reserve); }), "");
+    EXPECT_EQ(ModeOf(m_reserve), 0755U);
+    EXPECT_TRUE(LeaveOwnersToHost(false));
+    EXPECT_THAT(LoggedBy([&] { CopyFile(m_target, m_reserve); }),
+                HasSubstr("warning: Failed to keep the owner"));
+}
+
+TEST_F(AttributeFailures, OwnersThatCannotBeGivenForAnotherReasonAreAnErrorWhoeverGivesThem) {
+    Own(m_target);
+    SystemCalls calls;
+    calls.Fail("fchown", EIO);
+    LeaveOwnersToHost(true);
+    EXPECT_THAT(MessageOf<EZETError>([&] { CopyFile(m_target, m_reserve); }),
+                HasSubstr("Failed to keep the owner"));
+    LeaveOwnersToHost(false);
+}
+
 TEST_F(AttributeFailures, CopyThatCannotHaveThemIsWhollyMadeOrNotAtAll) {
     Own(m_target);
     {

@@ -1,5 +1,7 @@
 #include "deploy/edit/Edits.h"
 
+#include <cerrno>
+
 #include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
@@ -9,6 +11,7 @@
 #include "deploy/state/Language.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/targets/EditRules.h"
+#include "posix/PathNames.h"
 #include "text/FirstLine.h"
 #include "zet/ZETFormat.h"
 
@@ -34,7 +37,14 @@ std::shared_ptr<IZETConfigFile> OpenedFile(Deployment& product, const std::strin
 std::string FileToRead(const Host& host, const std::string& file) {
     RequireFileName(file);
     std::string path = host.FilePath(file);
-    RequireReadableFile(path);
+    try {
+        RequireReadableFile(path);
+    } catch (const Failure& failure) {
+        const Paths& paths = host.HostPaths();
+        if (failure.ErrorNumber() == ENOENT)
+            RefuseLinkToNothing(paths.HasRoot() ? paths.FromInside(Normalised("/" + file)) : file);
+        throw;
+    }
     return path;
 }
 

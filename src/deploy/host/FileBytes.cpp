@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "posix/ByteBlock.h"
@@ -135,12 +136,20 @@ std::string ReadFileHead(const std::string& path, std::size_t size) {
     return head;
 }
 
+void RefuseLinkToNothing(const std::string& name) {
+    struct stat status = {};
+    if (lstat(name.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return;
+    throw Failure(ProblemOfLinkToNothing(name), ENOENT);
+}
+
 struct stat StatusOfReadable(int descriptor, const std::string& path) {
     struct stat status = {};
-    if (descriptor < 0 && errno == ENOENT)
+    if (descriptor < 0 && errno == ENOENT) {
+        RefuseLinkToNothing(path);
         throw Failure(
             {.file = path, .text = _("does not exist"), .remedy = _("create it, or correct the path")},
             ENOENT);
+    }
     if (descriptor < 0 || fstat(descriptor, &status) != 0) FailOfCall(path, _("cannot be read"));
     if (S_ISDIR(status.st_mode))
         throw Failure({.file = path, .text = _("is a directory"), .remedy = _("name a file in it")});

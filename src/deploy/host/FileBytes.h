@@ -29,6 +29,9 @@ void ReadChunks(const std::string& path, const std::function<void(std::string_vi
 /// A `Failure` unless the path leads to a regular file that can be read.
 void RequireReadableFile(const std::string& path);
 
+/// A `Failure` when the name, by which nothing is found, is a link.
+void RefuseLinkToNothing(const std::string& name);
+
 /// The status of one that was opened to be read. The same `Failure`, as `errno` says where it was not opened.
 struct stat StatusOfReadable(int descriptor, const std::string& path);
 

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -74,6 +75,16 @@ FileLook LookAt(const std::string& path) {
     struct stat status = {};
     if (!Look(AT_FDCWD, path, path, status)) return {};
     return {StateFrom(status), VersionFrom(status)};
+}
+
+Problem ProblemOfLinkToNothing(const std::string& path) {
+    return {path, 0, 0, _("is a link that leads nowhere"), _("remove it, or make what it names")};
+}
+
+Problem ProblemOfIrregular(const std::string& path, const FileState& state) {
+    if (S_ISLNK(state.mode) && access(path.c_str(), F_OK) != 0 && errno == ENOENT)
+        return ProblemOfLinkToNothing(path);
+    return {path, 0, 0, _("is no regular file"), _("move it away")};
 }
 
 std::optional<Problem> CheckReplaceable(const std::string& path) {

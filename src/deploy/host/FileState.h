@@ -29,6 +29,12 @@ struct FileLook {
 };
 FileLook LookAt(const std::string& path);
 
+/// What is wrong with a link by whose name nothing is found.
+Problem ProblemOfLinkToNothing(const std::string& path);
+
+/// What is wrong with what is there, and is no regular file where one has to be.
+Problem ProblemOfIrregular(const std::string& path, const FileState& state);
+
 /// What keeps a file from being replaced by another, or removed, though its directory can be written.
 std::optional<Problem> CheckReplaceable(const std::string& path);
 

@@ -75,6 +75,7 @@ Store& History::ToRecord() {
         const FoundStore found = std::exchange(m_foundUnder, {}).expired() ? Find() : m_found;
         m_store =
             std::make_unique<Store>(File(), Store::Access::Record, Limits(), m_host.Flag("ZET_SYNC"), found);
+        if (found.isForOthers) TellReaders(true);
         TellLoss();
         m_store->GiveUpLost();
         TellNewKey();
@@ -88,6 +89,7 @@ Store* History::ToLook() {
     const FoundStore found = Find();
     if (found != FoundStore::Whole) return nullptr;
     m_store = std::make_unique<Store>(File(), Store::Access::Look, Limits(), true, found);
+    if (found.isForOthers) TellReaders(false);
     TellLoss();
     return m_store.get();
 }
@@ -109,6 +111,19 @@ void History::TellNewKey() {
                              .text = _("its key was damaged; a new one is made, and nothing is lost"),
                              .remedy = _("look at the disk that it is on")};
     m_host.Out().Warning(renewed.Describe());
+}
+
+/// One of several names is named: what is said of it, and done, is so for all of them.
+void History::TellReaders(bool isMended) {
+    if (!isMended && std::exchange(m_areReadersTold, true)) return;
+    Problem readers = {.file = File(),
+                       .text = _("others may read it, or what stands beside it"),
+                       .remedy = _("chmod go-rwx: it holds what files held, passwords too")};
+    if (isMended) {
+        readers.text = _("others could read it, or what stands beside it, and cannot any more");
+        readers.remedy = _("change the passwords that the files in it held, if others use this host");
+    }
+    m_host.Out().Warning(readers.Describe());
 }
 
 void History::TellLoss() {

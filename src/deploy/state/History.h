@@ -73,14 +73,16 @@ class History {
     bool IsKnownToBeNone() const;
     void TellLoss();
     void TellNewKey();
+    void TellReaders(bool isMended);
 
     Host& m_host;
     std::unique_ptr<Store> m_store;
-    FoundStore m_found = FoundStore::Nothing;
+    FoundStore m_found;
     std::weak_ptr<const void> m_foundUnder;  ///< the lock; what was found is known until it expires
     bool m_isToRecord = false;
     bool m_isUnusable = false;
     bool m_isLossTold = false;
+    bool m_areReadersTold = false;
     std::string m_told;
 };
 

@@ -332,7 +332,7 @@ void Recording::TellUnkept(const std::vector<std::string>& untouched) const {
         if (IsLost(i))
             WarnOfLostText(m_host, file.path, file.before.size);
         else if (m_limits.keepsTexts)
-            m_host.Out().Detail(
+            m_host.Out().Remark(
                 Words("%s: is larger than ZET_HISTORY_MAX_FILE, and recorded without its text", file.path));
     }
 }

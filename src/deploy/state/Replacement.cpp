@@ -42,6 +42,18 @@ bool HasCompanion(const FileInPlace& file, const char* suffix) {
     return StateIn(file.Directory(), file.NameInDirectory() + suffix, file.Path() + suffix).exists;
 }
 
+/// For as long as it lives, the core says nothing of an owner that it cannot give.
+class OwnerGivenLater {
+  public:
+    explicit OwnerGivenLater(bool isGiven) : m_former(LeaveOwnersToHost(isGiven)) {}
+    ~OwnerGivenLater() { LeaveOwnersToHost(m_former); }
+    OwnerGivenLater(const OwnerGivenLater&) = delete;
+    OwnerGivenLater& operator=(const OwnerGivenLater&) = delete;
+
+  private:
+    const bool m_former;
+};
+
 }  // namespace
 
 void RequireSame(const std::string& path, const FileVersion& present, const FileVersion& version) {
@@ -104,6 +116,7 @@ void Replacement::MakeReserve() {
     m_makesReserve = !m_hadReserve && !hadAbsence && m_former.exists;
     if (!hadAbsence) m_newCompanions.emplace_back(ZETAbsenceSuffix);
     const CreationMask mask(kWrittenByOwnerAlone);
+    const OwnerGivenLater owner(m_file.Holder().has_value());
     m_file.Within([&](const std::string& name) { m_product.Config().ReserveConfigFile(name); });
 }
 
@@ -171,9 +184,13 @@ void Replacement::RequireLastVersion() {
     m_mayBeMade = true;
 }
 
-/// The mode; and what its owner may not give his file, root gives it.
-void Replacement::Complete(int descriptor, const std::string& path, mode_t mode) const {
-    if (descriptor < 0) return RequireMode(descriptor, path, mode & ~kSetIdBits);
+/// The mode; and what its owner may not give his file, root gives it. Whether it has the owner and group of
+/// the former one then.
+bool Replacement::Complete(int descriptor, const std::string& path, mode_t mode) const {
+    if (descriptor < 0) {
+        RequireMode(descriptor, path, mode & ~kSetIdBits);
+        return false;
+    }
     struct stat made = {};
     if (fstat(descriptor, &made) != 0) FailOfCall(path, _("its owner cannot be read"));
     const bool isNewOwners = !m_former.exists && m_newOwner;
@@ -185,6 +202,7 @@ void Replacement::Complete(int descriptor, const std::string& path, mode_t mode)
     if (!isOwnerFinal && isGivable) isOwnerFinal = fchown(descriptor, m_former.owner, m_former.group) == 0;
     const mode_t wanted = isOwnerFinal ? mode : mode & ~kSetIdBits;
     if (!isOwnerAsMade || made.st_mode != (S_IFREG | wanted)) RequireMode(descriptor, path, wanted);
+    return isOwnerFinal;
 }
 
 void Replacement::GiveToNewOwner(int descriptor, const std::string& path) const {
@@ -207,7 +225,11 @@ void Replacement::CompleteReserve() const {
                        .text = _("was replaced at the same time, and nothing was changed"),
                        .remedy = _(kLookAndRepeat)});
     }
-    Complete(file, reserve, m_former.mode);
+    if (Complete(file, reserve, m_former.mode)) return;
+    const Problem notGiven = {.file = reserve,
+                              .text = _("has not the owner and group of the file that it keeps"),
+                              .remedy = _("chown it")};
+    m_product.Out().Warning(notGiven.Describe());
 }
 
 /// What a failed save left. The name was free before; what somebody else has put there since stays.

@@ -81,7 +81,7 @@ class Replacement {
   private:
     void Save(const Operation& operation, const std::function<void(const ZETRename& rename)>& complete);
     void RequireLastVersion();
-    void Complete(int descriptor, const std::string& path, mode_t mode) const;
+    bool Complete(int descriptor, const std::string& path, mode_t mode) const;
     void CompleteReserve() const;
     void GiveToNewOwner(int descriptor, const std::string& path) const;
     void RemoveTemporary(const std::string& temporary) const noexcept;

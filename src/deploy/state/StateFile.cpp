@@ -19,8 +19,7 @@ void RequireSoundStateFile(const std::string& file) {
                                       << 20;  // ten times what a hundred thousand targets need
     const FileState state = StateOf(file);
     if (!state.exists) return;
-    if (!state.IsRegular())
-        throw Damage({.file = file, .text = _("is no regular file"), .remedy = _("move it away")});
+    if (!state.IsRegular()) throw Damage(ProblemOfIrregular(file, state));
     if (VersionOf(file).size > kLargest)
         throw Damage({.file = file,
                       .text = _("is larger than any that is written here"),

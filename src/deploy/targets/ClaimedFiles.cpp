@@ -22,6 +22,10 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr char kTemporary[] = ZET_TEXT("the temporary file of %s");
+constexpr char kValues[] = ZET_TEXT("a file of values");
+constexpr char kShipped[] = ZET_TEXT("the template [%s]");
+constexpr char kWorkingCopy[] = ZET_TEXT("the working copy of [%s]");
+constexpr char kKept[] = ZET_TEXT("the kept working copy of [%s]");
 
 struct Companion {
     std::string suffix;
@@ -54,16 +58,16 @@ ClaimedFiles::ClaimedFiles(Host& host) : m_host(host) {
     AddOwn(host.FilePath(host.ConfigFile()), ZET_TEXT("the configuration file of the commands"));
     m_uses.try_emplace(Canonical(TargetListFile(host)), Use{ZET_TEXT("the list of targets")});
     for (const std::string& file : host.Values().Files())
-        m_uses.try_emplace(Canonical(file), Use{ZET_TEXT("a file of values")});
+        m_uses.try_emplace(Canonical(file), Use{kValues});
     for (const std::string& file : host.State().Files())
         AddOwn(file, ZET_TEXT("a file of the status"));
 }
 
 void ClaimedFiles::AddTemplate(const std::string& name) {
     const std::string copy = WorkingCopy(m_host, name);
-    AddOf(name, copy, ZET_TEXT("the working copy of [%s]"));
+    AddOf(name, copy, kWorkingCopy);
     AddOf(name, copy + ZETTemporarySuffix, ZET_TEXT("the temporary file of the working copy of [%s]"));
-    AddOf(name, ShippedFile(m_host, name), ZET_TEXT("the template [%s]"));
+    AddOf(name, ShippedFile(m_host, name), kShipped);
 }
 
 std::optional<Problem> ClaimedFiles::ClashOf(const std::string& templateName) const {
@@ -102,6 +106,7 @@ std::optional<Problem> ClaimedFiles::AddTarget(const Target& target) {
 
 std::optional<Problem> ClaimedFiles::AddTarget(const Target& target, const std::string& file) {
     if (std::optional<Problem> clash = ClashOf(target.templateName)) return clash;
+    AddRead(file);
     std::optional<Problem> problem = Claim(file, {ZET_TEXT("made from [%s]"), target.templateName});
     for (const Companion& companion : CompanionsOfFiles()) {
         std::optional<Problem> ofCompanion =
@@ -182,6 +187,36 @@ void ClaimedFiles::AddOwn(const std::string& path, const char* text) {
     for (const Companion& companion : CompanionsOfFiles())
         m_uses.try_emplace(file + companion.suffix,
                            Use{.text = companion.use, .suffixSize = companion.suffixSize});
+}
+
+/// What the product would read there, be it there yet or not.
+void ClaimedFiles::AddRead(const std::string& file) {
+    if (std::optional<Use> use = ReadAs(file)) m_uses.try_emplace(file, std::move(*use));
+}
+
+std::optional<ClaimedFiles::Use> ClaimedFiles::ReadAs(const std::string& file) {
+    const std::string directory = DirectoryOf(file);
+    const std::string name = BaseNameOf(file);
+    for (const ReadDirectory& read : ReadDirectories())
+        if (directory == read.path && name.ends_with(read.suffix) && !name.starts_with('.'))
+            return Use{read.text};
+    if (directory == m_shippedDirectory)
+        return name == "values.conf" ? Use{kValues} : Use{.text = kShipped, .ofTemplate = name};
+    if (!name.ends_with(kKeptSuffix)) return std::nullopt;
+    const auto copy =
+        m_uses.find(Canonical(file.substr(0, file.size() - std::string_view(kKeptSuffix).size())));
+    const bool isOfCopy = copy != m_uses.end() && copy->second.text == kWorkingCopy;
+    return isOfCopy ? std::optional(Use{.text = kKept, .ofTemplate = copy->second.ofTemplate}) : std::nullopt;
+}
+
+const std::vector<ClaimedFiles::ReadDirectory>& ClaimedFiles::ReadDirectories() {
+    if (!m_readDirectories.empty()) return m_readDirectories;
+    m_shippedDirectory = Canonical(m_host.Param("ZET_CFG_TEMPL_DIR"));
+    const std::string own = m_host.Param("ZET_CFG_DIR");
+    m_readDirectories = {{Canonical(own + "/values.d"), "", kValues},
+                         {Canonical(own + "/defaults.d"), ".conf", kValues},
+                         {Canonical(own + "/targets.d"), ".toml", ZET_TEXT("a list of targets")}};
+    return m_readDirectories;
 }
 
 void ClaimedFiles::AddOf(const std::string& templateName, const std::string& path, const char* text) {

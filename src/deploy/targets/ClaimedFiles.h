@@ -63,19 +63,31 @@ class ClaimedFiles {
         std::set<std::string, std::less<>> notPlain;
     };
 
+    /// One whose files the product reads, those that end so.
+    struct ReadDirectory {
+        std::string path;
+        const char* suffix;
+        const char* text;
+    };
+
     std::string Canonical(const std::string& path) const;
     std::string CanonicalOfMany(const std::string& path);
     std::string CanonicalOfOwn(const std::string& path);
     Listing ListingOf(const std::string& directory) const;
     void AddOwn(const std::string& path, const char* text);
+    void AddRead(const std::string& file);
+    std::optional<Use> ReadAs(const std::string& file);
+    const std::vector<ReadDirectory>& ReadDirectories();
     void AddOf(const std::string& templateName, const std::string& path, const char* text);
     std::optional<Problem> Claim(std::string path, Use use);
 
     Host& m_host;
     std::map<std::string, Listing, std::less<>> m_listings;  ///< by the directories of many files
     std::map<std::string, std::string> m_ownDirectories;     ///< their one names, by those given
-    Uses m_uses;                                             ///< by the files' canonical names
-    std::map<std::string, Problem> m_clashes;                ///< by the templates' names
+    std::string m_shippedDirectory;
+    std::vector<ReadDirectory> m_readDirectories;  ///< once they are asked for, as the one before
+    Uses m_uses;                                   ///< by the files' canonical names
+    std::map<std::string, Problem> m_clashes;      ///< by the templates' names
 };
 
 }  // namespace ZET::Deploy

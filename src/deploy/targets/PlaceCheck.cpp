@@ -102,8 +102,9 @@ FileToWrite CheckToWrite(const NamedFile& file, std::optional<mode_t> mode, cons
 }  // namespace
 
 std::vector<Problem> CheckRegular(const std::string& path) {
-    const std::optional<Problem> problem = ProblemOfCompanion({AT_FDCWD, path, path}, "", StateOf(path));
-    return problem ? std::vector<Problem>{*problem} : std::vector<Problem>();
+    const FileState state = StateOf(path);
+    if (!state.exists || state.IsRegular()) return {};
+    return {ProblemOfIrregular(path, state)};
 }
 
 FileToWrite CheckFileToWrite(const std::string& path, const char* entry, bool isCutShort) {

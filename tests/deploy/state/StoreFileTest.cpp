@@ -60,6 +60,49 @@ TEST_F(StoreFileTest, WhatStandsInItsPlaceIsRefusedUnopened) {
     }
 }
 
+TEST_F(StoreFileTest, WhatOthersMayReadIsNotForThemOnceSomethingIsRecorded) {
+    { Record(*std::make_unique<Store>(Name(), Store::Access::Record), {File("/etc/x", "1", "2")}); }
+    for (const char* const suffix : {"", "-wal", "-shm", "-last"}) {
+        for (const unsigned int mode : {0644U, 0640U, 0604U}) {
+            const std::string name = Name(suffix);
+            fs::permissions(name, fs::perms(mode));
+            { const Store look(Name(), Store::Access::Look); }
+            EXPECT_EQ(fs::status(name).permissions(), fs::perms(mode)) << name;
+            EXPECT_TRUE(FindStore(Name()).isForOthers) << name;
+            { const Store store(Name(), Store::Access::Record); }
+            EXPECT_EQ(fs::status(name).permissions(), fs::perms(0600)) << name;
+            EXPECT_FALSE(FindStore(Name()).isForOthers) << name;
+        }
+    }
+}
+
+TEST_F(StoreFileTest, AnEmptyOneThatOthersMayReadIsNotForThemOnceItIsMade) {
+    std::ofstream(Name()) << "";
+    fs::permissions(Name(), fs::perms(0644));
+    Store store = Opened();
+    Record(store, {File("/etc/x", "1", "2")});
+    for (const char* const suffix : {"", "-wal", "-shm"})
+        EXPECT_EQ(fs::status(Name(suffix)).permissions(), fs::perms(0600)) << suffix;
+}
+
+TEST_F(StoreFileTest, WhatOthersMayWriteIsRefusedUnopened) {
+    { Record(*std::make_unique<Store>(Name(), Store::Access::Record), {File("/etc/x", "1", "2")}); }
+    for (const char* const suffix : {"", "-wal", "-shm", "-last"}) {
+        const std::string name = Name(suffix);
+        fs::permissions(name, fs::perms(0602));
+        for (const auto access : {Store::Access::Record, Store::Access::Look}) {
+            try {
+                const Store store(Name(), access);
+                ADD_FAILURE() << name;
+            } catch (const Damage& damage) {
+                EXPECT_THAT(damage.what(), testing::StartsWith(name + ": others may write it"));
+            }
+        }
+        EXPECT_EQ(fs::status(name).permissions(), fs::perms(0602)) << name;
+        fs::permissions(name, fs::perms(0600));
+    }
+}
+
 TEST_F(StoreFileTest, AnotherDatabaseAndANewerStoreAreRefused) {
     {
         Database other(((std::ofstream(Name()) << ""), Name()), Database::Access::Write);

@@ -64,6 +64,32 @@ TEST_F(ClaimedFilesTest, ProductsOwnFilesAndWhatStandsBesideThemAreTaken) {
                 HasSubstr("is the temporary file of " + At("state/zet.lock")));
 }
 
+TEST_F(ClaimedFilesTest, WhatTheProductWouldReadThereIsTaken) {
+    AddTemplate("a.conf");
+    const std::map<std::string, std::string> uses = {{"etc/values.d/x", "a file of values"},
+                                                     {"etc/defaults.d/x.conf", "a file of values"},
+                                                     {"etc/targets.d/x.toml", "a list of targets"},
+                                                     {"templates/values.conf", "a file of values"},
+                                                     {"templates/x", "the template [x]"},
+                                                     {"etc/a.conf.old", "the kept working copy of [a.conf]"}};
+    for (const auto& [file, use] : uses) {
+        EXPECT_EQ(
+            Add("made.conf", file),
+            At(file) + ": is " + use + ", and made from [made.conf] too (give the target another path)");
+        EXPECT_EQ(UseOf(file), use);
+    }
+    for (const char* const file : {"etc/values.d/.x", "etc/defaults.d/x", "etc/targets.d/x.tom",
+                                   "etc/b.conf.old", "etc/values.d/x/y", "templates/x/y"})
+        EXPECT_EQ(Add(file, file), "") << file;
+}
+
+TEST_F(ClaimedFilesTest, WhatTheProductWouldReadIsTakenWhateverLinkLeadsThere) {
+    fs::create_directories(At("fleet"));
+    fs::create_directories(At("etc"));
+    fs::create_directory_symlink(At("fleet"), At("etc/targets.d"));
+    EXPECT_THAT(Add("a", "fleet/x.toml"), HasSubstr("is a list of targets, and made from [a] too"));
+}
+
 TEST_F(ClaimedFilesTest, WhatStandsBesideAnOwnFileIsTakenWhicheverIsAskedForFirst) {
     const std::map<std::string, std::string> uses = {
         {"zet.conf.before_zet", "the reserve of " + At("zet.conf")},

@@ -5,10 +5,13 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <optional>
 #include <string_view>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileMode.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/PathJudge.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/store/LastNumber.h"
@@ -26,24 +29,59 @@ bool IsRightOwner(uid_t owner, const std::string& file) {
     return owner == geteuid() || owner == StateOf(DirectoryOf(file)).owner;
 }
 
-/// The size of what is there; -1 for nothing.
-off_t SizeOfOwn(const std::string& name) {
+constexpr mode_t kForOwner = S_IRUSR | S_IWUSR;
+
+bool IsForOthers(const struct stat& status) {
+    return (status.st_mode & (S_IRWXG | S_IRWXO)) != 0;
+}
+
+void RequireOwn(const std::string& name, const struct stat& status) {
+    if (!S_ISREG(status.st_mode) || status.st_nlink != 1 || !IsRightOwner(status.st_uid, name)) {
+        throw Damage({.file = name,
+                      .text = _("is no regular file of one name that belongs to this user"),
+                      .remedy = _("move it away, or set ZET_HISTORY=no to edit without the history")});
+    }
+    if (HasOtherWriters(name, status)) {
+        throw Damage({.file = name,
+                      .text = _("others may write it, so it is not used"),
+                      .remedy = _("chmod 600 if what it holds can be trusted, or move it away; or set "
+                                  "ZET_HISTORY=no to edit without the history")});
+    }
+}
+
+/// None where there is nothing.
+std::optional<struct stat> StatusOfOwn(const std::string& name) {
     struct stat status = {};
     if (lstat(name.c_str(), &status) != 0) {
-        if (errno == ENOENT || errno == ENOTDIR) return -1;
+        if (errno == ENOENT || errno == ENOTDIR) return std::nullopt;
         FailOfCall(name, _("cannot be looked at"));
     }
-    if (S_ISREG(status.st_mode) && status.st_nlink == 1 && IsRightOwner(status.st_uid, name))
-        return status.st_size;
-    throw Damage({.file = name,
-                  .text = _("is no regular file of one name that belongs to this user"),
-                  .remedy = _("move it away, or set ZET_HISTORY=no to edit without the history")});
+    RequireOwn(name, status);
+    return status;
+}
+
+/// The size of what is there; -1 for nothing.
+off_t SizeOf(const std::optional<struct stat>& status) {
+    return status ? status->st_size : -1;
+}
+
+/// Before the library opens them: it would lose its locks with a descriptor that is closed after that.
+void KeepFromOthers(const std::string& file) {
+    constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+    for (const char* const suffix : kStoreSuffixes) {
+        const std::string name = file + suffix;
+        const Descriptor opened(open(name.c_str(), kFlags));
+        if (opened < 0 && errno == ENOENT) continue;
+        struct stat status = {};
+        if (opened >= 0 && fstat(opened, &status) == 0) RequireOwn(name, status);
+        RequireMode(opened, name, kForOwner);
+    }
 }
 
 /// Before the library makes it, with rights for everybody: its other files get the rights of this one.
 void MakeFile(const std::string& file) {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    const Descriptor made(open(file.c_str(), kFlags, S_IRUSR | S_IWUSR));
+    const Descriptor made(open(file.c_str(), kFlags, kForOwner));
     if (made < 0 && errno != EEXIST) FailOfCall(file, _("cannot be created"));
 }
 
@@ -62,7 +100,7 @@ bool IsBeingMade(const std::string& file) {
 
 /// The tables come with the first byte.
 void RequireEmpty(const std::string& file) {
-    if (SizeOfOwn(file) > 0) FailOfDamage(file, _("its tables are gone"));
+    if (SizeOf(StatusOfOwn(file)) > 0) FailOfDamage(file, _("its tables are gone"));
 }
 
 std::unique_ptr<Database> OpenedToLook(const std::string& file, Database::Access access) {
@@ -83,21 +121,24 @@ void ChooseJournal(Database& database) {
 FoundStore FindStore(const std::string& file) {
     off_t size = -1;
     off_t journal = -1;
+    bool isForOthers = false;
     for (const char* const suffix : kStoreSuffixes) {
-        const off_t found = SizeOfOwn(file + suffix);
-        if (*suffix == '\0') size = found;
-        if (suffix == std::string_view(kJournalSuffix)) journal = found;
+        const std::optional<struct stat> found = StatusOfOwn(file + suffix);
+        if (*suffix == '\0') size = SizeOf(found);
+        if (suffix == std::string_view(kJournalSuffix)) journal = SizeOf(found);
+        isForOthers = isForOthers || (found && IsForOthers(*found));
     }
     // The library would empty it without a word.
     if (size <= 0 && journal > 0)
         FailOfDamage(size < 0 ? file + kJournalSuffix : file,
                      _("its journal is there, and what belongs to it is gone"));
-    if (size < 0) return FoundStore::Nothing;
+    if (size < 0) return {FoundStore::Nothing, isForOthers};
     if (size == 0 && LastNumberBeside(file) > 0) FailOfDamage(file, _("all of its changes are gone"));
-    return size == 0 || IsBeingMade(file) ? FoundStore::Blank : FoundStore::Whole;
+    return {size == 0 || IsBeingMade(file) ? FoundStore::Blank : FoundStore::Whole, isForOthers};
 }
 
 std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, FoundStore found, bool isSynced) {
+    if (found.isForOthers) KeepFromOthers(file);
     if (found == FoundStore::Nothing) {
         ForgetLastNumber(file);
         MakeFile(file);
@@ -136,7 +177,7 @@ std::unique_ptr<Database> OpenStoreToLook(const std::string& file, FoundStore fo
         if (!error.IsReadOnly() || eaccess(file.c_str(), R_OK) != 0) throw;
     }
     // As one that nobody writes, it would be read without what its journal has.
-    if (SizeOfOwn(file + kJournalSuffix) > 0)
+    if (SizeOf(StatusOfOwn(file + kJournalSuffix)) > 0)
         throw Failure({.file = file,
                        .text = _("cannot be read here: its journal needs a writable directory"),
                        .remedy = _("copy it to one, with the journal beside it (-wal), and look there by "

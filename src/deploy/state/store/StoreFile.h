@@ -8,19 +8,26 @@
 
 namespace ZET::Deploy {
 
-enum class FoundStore {
-    Nothing,
-    Blank,  ///< its making was cut short, or somebody emptied it
-    Whole
+struct FoundStore {
+    enum State {
+        Nothing,
+        Blank,  ///< its making was cut short, or somebody emptied it
+        Whole
+    };
+
+    State state = Nothing;
+    bool isForOthers = false;  ///< others than its owner may read it, or what stands beside it
+
+    bool operator==(State other) const { return state == other; }
 };
 
 /// A `Damage` where one of the store's names leads to anything but a regular file of one name and the right
-/// owner: what the library would wait for, or write to, is refused before it is opened. And where nothing is
-/// left of a store but its journal.
+/// owner, which nobody else may write: what the library would wait for, or write to, is refused before it is
+/// opened. And where nothing is left of a store but its journal.
 FoundStore FindStore(const std::string& file);
 
-/// Opens it with its tables, which are made where there are none. `isSynced`: what was recorded is on the
-/// disk when a transaction was committed.
+/// Opens it with its tables, which are made where there are none. From now on, only its owner may read it.
+/// `isSynced`: what was recorded is on the disk when a transaction was committed.
 std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, FoundStore found, bool isSynced);
 
 /// A journal of so many pages is taken over where that costs syncs: every command reads it first. Where it
