@@ -101,6 +101,18 @@ std::string Paths::WithRealDirectory(const std::string& path, PathWalk::Unseen u
     return PathIn(directory, BaseNameOf(path));
 }
 
+std::optional<std::string> Paths::NewNameOf(const std::string& directory) const {
+    try {
+        const FoundFile found = Find(directory);
+        const bool isRoots = !found.judge.Objection() && !found.judge.Holder();
+        if (!found.isThroughLink || !isRoots || !found.status || !S_ISDIR(found.status->st_mode))
+            return std::nullopt;
+        return NameInside(PathIn(found.path, ""));
+    } catch (const Failure&) {
+        return std::nullopt;
+    }
+}
+
 bool Paths::StaysInside(const std::string& path) const {
     if (!HasRoot()) return true;
     return IsBelow(Walk("", PathWalk::Unseen::IsTakenAsWritten).To(path).path, m_root);

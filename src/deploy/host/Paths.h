@@ -1,6 +1,7 @@
 #ifndef ZET_PATHS_H
 #define ZET_PATHS_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -52,6 +53,10 @@ class Paths {
 
     /// The name inside of what `WithRealDirectory` returns: the history knows the file by it.
     std::string NameOfReal(const std::string& path) const { return NameInside(WithRealDirectory(path)); }
+
+    /// Where the directory is that had this name inside the root, and by which it is reached through links
+    /// that only root can have laid; none where it has that name yet, or is not there.
+    std::optional<std::string> NewNameOf(const std::string& directory) const;
 
     /// Whether the system, which knows nothing of the root, is led to a file inside it by this path, which
     /// begins with the root. Without a root every path stays inside.

@@ -76,6 +76,7 @@ Store& History::ToRecord() {
         m_store =
             std::make_unique<Store>(File(), Store::Access::Record, Limits(), m_host.Flag("ZET_SYNC"), found);
         if (found.isForOthers) TellReaders(true);
+        FollowDirectories(*m_store);
         TellLoss();
         m_store->GiveUpLost();
         TellNewKey();
@@ -88,10 +89,26 @@ Store* History::ToLook() {
     if (m_store || IsKnownToBeNone() || IsDenied()) return m_store.get();
     const FoundStore found = Find();
     if (found != FoundStore::Whole) return nullptr;
-    m_store = std::make_unique<Store>(File(), Store::Access::Look, Limits(), true, found);
+    auto store = std::make_unique<Store>(File(), Store::Access::Look, Limits(), true, found);
+    FollowDirectories(*store);
+    m_store = std::move(store);
     if (found.isForOthers) TellReaders(false);
     TellLoss();
     return m_store.get();
+}
+
+/// A directory may have been moved since, with a link in its place: then its files are known under the names
+/// that they have by now, as all who look them up have those. Damage is told by who needs what is damaged.
+void History::FollowDirectories(Store& store) const {
+    try {
+        NewDirectories moved;
+        for (const std::string& directory : store.KnownDirectories())
+            if (auto name = m_host.HostPaths().NewNameOf(directory))
+                moved.emplace(directory, std::move(*name));
+        if (!moved.empty()) store.Follow(moved);
+    } catch (const Damage&) {
+        return;
+    }
 }
 
 /// A role that has committed has recorded it, so that nothing is in the store is damage then. One that is not

@@ -70,6 +70,7 @@ class History {
   private:
     std::string File() const;
     FoundStore Find();
+    void FollowDirectories(Store& store) const;
     bool IsKnownToBeNone() const;
     void TellLoss();
     void TellNewKey();

@@ -45,7 +45,7 @@ void Know(Database& database, const KnownFile& file) {
 
 Store::Store(std::string file, Access access, const StoreLimits& limits, bool isSynced,
              std::optional<FoundStore> found)
-    : m_file(std::move(file)), m_limits(limits), m_isSynced(isSynced) {
+    : m_file(std::move(file)), m_access(access), m_limits(limits), m_isSynced(isSynced) {
     // Before the database is looked at: another run may end an entry meanwhile.
     std::int64_t last = LastNumberBeside(m_file);
     m_database = Guarded([&] {
@@ -78,6 +78,25 @@ void Store::GiveUpLost() {
         m_database->Run("UPDATE sqlite_sequence SET seq = ? WHERE name = 'entries'", {m_lost->last});
         RememberPruned(*m_database, m_lost->last);
         transaction.Commit();
+    });
+}
+
+std::set<std::string> Store::KnownDirectories() {
+    return Guarded([&] { return DirectoriesOfKnown(*m_database); });
+}
+
+void Store::Follow(const NewDirectories& directories) {
+    Guarded([&] {
+        if (m_access == Access::Record) {
+            SyncCommits(Sync::Later);
+            Database::Transaction transaction(*m_database);
+            RenameDirectories(*m_database, directories);
+            transaction.Commit();
+            return;
+        }
+        m_database->Run("PRAGMA temp_store = MEMORY");
+        m_look = Look();
+        ShowDirectoriesRenamed(*m_database, directories);
     });
 }
 

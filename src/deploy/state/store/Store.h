@@ -13,6 +13,7 @@
 #include "deploy/state/store/Database.h"
 #include "deploy/state/store/Erasure.h"
 #include "deploy/state/store/Records.h"
+#include "deploy/state/store/Renaming.h"
 #include "deploy/state/store/StoreFile.h"
 #include "deploy/state/store/StoreLimits.h"
 
@@ -50,6 +51,13 @@ class Store {
 
     /// Whether the key of the marks was damaged, and another one was made.
     bool IsKeyNew() const { return m_isKeyNew; }
+
+    /// Of all files that are known.
+    std::set<std::string> KnownDirectories();
+
+    /// All that is recorded of files in these directories is found under their new names from now on: for
+    /// good, or by who looks for as long as the store is open, as it was at that moment.
+    void Follow(const NewDirectories& directories);
 
     /// Opens an entry with its files as they are and as they are going to be, which is on the disk when the
     /// call returns: now they can be written. Returns its number.
@@ -144,11 +152,13 @@ class Store {
     void RememberOne(const FileToRecord& file);
 
     const std::string m_file;
+    const Access m_access;
     const StoreLimits m_limits;
     const bool m_isSynced;
     std::unique_ptr<Database> m_database;
-    RecordedEntry m_opened;                ///< the last one
-    std::optional<bool> m_wasJournalLong;  ///< before the entry that was opened last
+    std::unique_ptr<Database::Transaction> m_look;  ///< by which new names are shown alone
+    RecordedEntry m_opened;                         ///< the last one
+    std::optional<bool> m_wasJournalLong;           ///< before the entry that was opened last
     std::optional<Loss> m_lost;
     bool m_isKeyNew = false;
 };
