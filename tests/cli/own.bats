@@ -342,3 +342,35 @@ owner = \"nobody:nogroup\""
     run_zet commit-config
     assert_status 0
 }
+
+@test "where the directory of all these is behind a link that leads nowhere, nothing is told without them" {
+    own_list '[templates."two.conf"]'$'\n'"target = \"$HOST/out/two.conf\""$'\n''roles = "both"'
+    echo two >templates/two.conf
+    echo x >etc/values.d/extra
+    echo 'REALM=FLEET.ORG' >etc/defaults.d/10.conf
+    mkdir share
+    mv etc share/etc
+    ln -s share etc-of-fleet
+    ln -s etc-of-fleet/etc etc
+    zet commit-config
+    run_zet option get REALM
+    assert_success FLEET.ORG
+    local lost command
+    cp zet.conf before
+    mv share gone
+    for lost in "etc: is a link to $HOST/share/etc" "etc-of-fleet: is a link to $HOST/share"; do
+        remember_files
+        for command in commit-config check-config "commit-config -n" status "template status" values \
+            "option get REALM" "param set $HOST/out/one.conf a 1" "file forget $HOST/out/two.conf"; do
+            run_zet $command
+            [[ $status == 1 && $output$stderr == *"$HOST/$lost, which is not there (correct the link, or remove it)"* ]] ||
+                differ "$command: 1 and" "$lost" "$status $output$stderr"
+        done
+        assert_unchanged_but_staging
+        sed -i "s,^ZET_CFG_DIR=.*,ZET_CFG_DIR=$HOST/etc-of-fleet/etc," zet.conf
+    done
+    mv gone share
+    mv before zet.conf
+    run_zet status
+    assert_status 0
+}

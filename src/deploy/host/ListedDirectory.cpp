@@ -2,6 +2,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -15,8 +16,22 @@
 #include "deploy/host/Words.h"
 #include "posix/Descriptor.h"
 #include "posix/DirectoryStream.h"
+#include "posix/PathNames.h"
 
 namespace ZET::Deploy {
+
+void RequireWayTo(const Paths& paths, const std::string& directory) {
+    std::string found = directory;
+    FileState state;
+    while (state = StateOf(found), !state.exists)
+        found = DirectoryOf(found);
+    if (!S_ISLNK(state.mode)) return;
+    const std::string end = paths.Resolved(paths.NameInside(found));
+    if (StateOf(end).exists) return;
+    throw Failure({.file = found,
+                   .text = Words("is a link to %s, which is not there", end),
+                   .remedy = _("correct the link, or remove it")});
+}
 
 /// The iterator of std::filesystem ends the program when it runs out of memory.
 std::vector<std::string> NamesIn(const Paths& paths, const std::string& directory,
@@ -24,10 +39,9 @@ std::vector<std::string> NamesIn(const Paths& paths, const std::string& director
     const std::string opened = paths.Resolved(paths.NameInside(directory));
     const DirectoryStream entries(opendir(opened.c_str()));
     if (!entries && errno == ENOENT) {
-        if (!StateOf(directory).exists) return {};
-        throw Failure({.file = directory,
-                       .text = Words("is a link to %s, which is not there", opened),
-                       .remedy = _("correct the link, or remove it")});
+        // A name that is no link is known to be missing.
+        RequireWayTo(paths, opened == directory ? DirectoryOf(directory) : directory);
+        return {};
     }
     std::vector<std::string> names;
     const dirent* entry = nullptr;

@@ -11,6 +11,10 @@
 
 namespace ZET::Deploy {
 
+/// A `Failure` when a directory is missing because a link on the way to it, or its own name, leads nowhere:
+/// what it is to hold may come back.
+void RequireWayTo(const Paths& paths, const std::string& directory);
+
 /// The names of a directory's files that end with `suffix`, in the order of their bytes; those that begin
 /// with a dot are left out. None where there is no directory; one that cannot be read, and a link that leads
 /// nowhere, is a `Failure`.

@@ -56,10 +56,13 @@ bool HostValues::IsFixed(const std::string& name) const {
 
 /// Before the directories are those of a tree.
 void HostValues::ReadFleet() {
-    const std::string directory = m_host.HostPaths().Resolved(m_host.Param(kOwnDirectory)) + "/defaults.d";
+    const Paths& paths = m_host.HostPaths();
+    const std::string named = paths.FromInside(m_host.Param(kOwnDirectory));
+    const std::string directory = paths.Resolved(m_host.Param(kOwnDirectory));
     try {
-        for (const std::string& name : NamesInOwn(directory, ".conf")) {
-            for (GivenParameter& given : ReadConf(directory + "/" + name))
+        if (directory != named) RequireWayTo(paths, named);
+        for (const std::string& name : NamesInOwn(directory + "/defaults.d", ".conf")) {
+            for (GivenParameter& given : ReadConf(directory + "/defaults.d/" + name))
                 m_fleet.push_back(std::move(given));
         }
     } catch (const Failure& failure) {
