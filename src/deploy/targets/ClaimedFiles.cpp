@@ -46,6 +46,12 @@ const std::vector<Companion>& CompanionsOfFiles() {
     return companions;
 }
 
+bool MayBeCompanion(const std::string& file) {
+    const auto& suffixes = CompanionsOfFiles();
+    return std::any_of(suffixes.begin(), suffixes.end(),
+                       [&](const Companion& each) { return file.ends_with(each.suffix); });
+}
+
 }  // namespace
 
 std::string ClaimedFiles::Use::TextOf(const std::string& path) const {
@@ -94,10 +100,7 @@ void ClaimedFiles::AddListed(const std::vector<Target>& listed, const std::vecto
 /// two system calls.
 void ClaimedFiles::AddListedBeside(const std::string& path, const std::vector<Target>& listed) {
     const std::string file = Canonical(path);
-    const auto& suffixes = CompanionsOfFiles();
-    const bool mayBeCompanion = std::any_of(
-        suffixes.begin(), suffixes.end(), [&](const Companion& each) { return file.ends_with(each.suffix); });
-    AddListed(listed, mayBeCompanion ? std::vector<Target>() : listed);
+    AddListed(listed, MayBeCompanion(file) ? std::vector<Target>() : listed);
 }
 
 std::optional<Problem> ClaimedFiles::AddTarget(const Target& target) {
@@ -200,7 +203,7 @@ std::optional<ClaimedFiles::Use> ClaimedFiles::ReadAs(const std::string& file) {
     for (const ReadDirectory& read : ReadDirectories())
         if (directory == read.path && name.ends_with(read.suffix) && !name.starts_with('.'))
             return Use{read.text};
-    if (directory == m_shippedDirectory)
+    if (directory == m_shippedDirectory && !MayBeCompanion(name))
         return name == "values.conf" ? Use{kValues} : Use{.text = kShipped, .ofTemplate = name};
     if (!name.ends_with(kKeptSuffix)) return std::nullopt;
     const auto copy =
