@@ -2,8 +2,8 @@
 
 #include "deploy/face/Parts.h"
 #include "deploy/host/Paths.h"
+#include "deploy/lists/Targets.h"
 #include "deploy/targets/Check.h"
-#include "deploy/targets/Targets.h"
 #include "text/TemplateCheck.h"
 #include "zet/deploy/Targets.h"
 #include "zet/deploy/TemplateCheck.h"

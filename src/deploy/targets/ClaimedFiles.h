@@ -9,8 +9,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "deploy/lists/Targets.h"
 #include "deploy/state/Host.h"
-#include "deploy/targets/Targets.h"
 #include "zet/ZETProblem.h"
 
 namespace ZET::Deploy {

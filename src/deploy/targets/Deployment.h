@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "deploy/lists/HostLists.h"
 #include "deploy/state/HostProduct.h"
-#include "deploy/targets/HostLists.h"
 #include "deploy/targets/Secrets.h"
 
 namespace ZET::Deploy {

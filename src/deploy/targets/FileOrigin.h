@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "deploy/lists/Targets.h"
 #include "deploy/targets/Deployment.h"
-#include "deploy/targets/Targets.h"
 #include "text/ManagedText.h"
 #include "text/NoticeTexts.h"
 

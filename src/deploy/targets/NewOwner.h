@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
+#include "deploy/lists/Targets.h"
 #include "deploy/state/Replacement.h"
-#include "deploy/targets/Targets.h"
 #include "zet/ZETProblem.h"
 
 namespace ZET::Deploy {

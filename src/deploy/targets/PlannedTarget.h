@@ -9,9 +9,9 @@
 
 #include "deploy/host/FileVersion.h"
 #include "deploy/host/StagedText.h"
+#include "deploy/lists/Targets.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/targets/Deployment.h"
-#include "deploy/targets/Targets.h"
 #include "zet/deploy/FileOutcome.h"
 
 namespace ZET::Deploy {

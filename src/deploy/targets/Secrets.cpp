@@ -9,9 +9,9 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Words.h"
+#include "deploy/lists/HostLists.h"
 #include "deploy/state/Host.h"
 #include "deploy/targets/FileOrigin.h"
-#include "deploy/targets/HostLists.h"
 #include "deploy/targets/TemplateFiles.h"
 #include "zet/ZETFormat.h"
 

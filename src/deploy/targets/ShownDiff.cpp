@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "deploy/host/UnifiedDiff.h"
-#include "deploy/targets/HostLists.h"
+#include "deploy/lists/HostLists.h"
 #include "posix/PathNames.h"
 #include "text/ChangedLines.h"
 

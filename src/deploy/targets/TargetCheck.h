@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "deploy/lists/Targets.h"
 #include "deploy/targets/Deployment.h"
-#include "deploy/targets/Targets.h"
 #include "zet/ZETProblem.h"
 
 namespace ZET::Deploy {

@@ -8,9 +8,9 @@
 #include "deploy/host/FileMode.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Words.h"
+#include "deploy/lists/Targets.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/targets/ClaimedFiles.h"
-#include "deploy/targets/Targets.h"
 #include "deploy/targets/Templates.h"
 #include "zet/ZETFiles.h"
 

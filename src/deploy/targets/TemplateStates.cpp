@@ -4,7 +4,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
-#include "deploy/targets/Targets.h"
+#include "deploy/lists/Targets.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {

@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "deploy/lists/Targets.h"
 #include "deploy/state/Recording.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/state/Writing.h"
 #include "deploy/targets/Deployment.h"
-#include "deploy/targets/Targets.h"
 #include "zet/ZETProblem.h"
 #include "zet/deploy/FileOutcome.h"
 

@@ -10,7 +10,7 @@
 #include "deploy/host/FileInPlace.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Paths.h"
-#include "deploy/targets/Targets.h"
+#include "deploy/lists/Targets.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 

@@ -7,8 +7,8 @@
 
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
+#include "deploy/lists/Targets.h"
 #include "deploy/targets/LinesInPlace.h"
-#include "deploy/targets/Targets.h"
 
 namespace ZET::Deploy {
 

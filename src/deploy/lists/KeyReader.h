@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "deploy/host/Words.h"
+#include "deploy/lists/ListProblems.h"
+#include "deploy/lists/Targets.h"
+#include "deploy/lists/Toml.h"
 #include "deploy/state/ParameterNames.h"
-#include "deploy/targets/ListProblems.h"
-#include "deploy/targets/Targets.h"
-#include "deploy/targets/Toml.h"
 
 namespace ZET::Deploy {
 

@@ -1,4 +1,4 @@
-#include "deploy/targets/ListFile.h"
+#include "deploy/lists/ListFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "deploy/targets/TargetListReader.h"
+#include "deploy/lists/TargetListReader.h"
 
 namespace ZET::Deploy {
 

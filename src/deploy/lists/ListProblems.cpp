@@ -1,4 +1,4 @@
-#include "deploy/targets/ListProblems.h"
+#include "deploy/lists/ListProblems.h"
 
 #include <algorithm>
 #include <utility>

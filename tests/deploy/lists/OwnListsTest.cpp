@@ -5,7 +5,7 @@
 #include "../HostFixture.h"
 #include "ListTexts.h"
 #include "deploy/host/Failure.h"
-#include "deploy/targets/HostLists.h"
+#include "deploy/lists/HostLists.h"
 
 namespace ZET::Deploy {
 namespace {

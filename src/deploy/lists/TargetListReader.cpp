@@ -1,4 +1,4 @@
-#include "deploy/targets/TargetListReader.h"
+#include "deploy/lists/TargetListReader.h"
 
 #include <map>
 #include <memory>
@@ -8,11 +8,11 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
-#include "deploy/targets/EditKeys.h"
-#include "deploy/targets/ListFile.h"
-#include "deploy/targets/ListProblems.h"
-#include "deploy/targets/TargetKeys.h"
-#include "deploy/targets/Toml.h"
+#include "deploy/lists/EditKeys.h"
+#include "deploy/lists/ListFile.h"
+#include "deploy/lists/ListProblems.h"
+#include "deploy/lists/TargetKeys.h"
+#include "deploy/lists/Toml.h"
 #include "posix/PathNames.h"
 
 namespace ZET::Deploy {

@@ -1,4 +1,4 @@
-#include "deploy/targets/HostLists.h"
+#include "deploy/lists/HostLists.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "deploy/targets/Targets.h"
+#include "deploy/lists/Targets.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -9,10 +9,10 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/ListedDirectory.h"
 #include "deploy/host/Words.h"
+#include "deploy/lists/ConditionValues.h"
+#include "deploy/lists/ListFile.h"
+#include "deploy/lists/TargetListReader.h"
 #include "deploy/state/Instructions.h"
-#include "deploy/targets/ConditionValues.h"
-#include "deploy/targets/ListFile.h"
-#include "deploy/targets/TargetListReader.h"
 
 namespace ZET::Deploy {
 

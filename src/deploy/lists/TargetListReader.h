@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "deploy/targets/Targets.h"
+#include "deploy/lists/Targets.h"
 
 namespace ZET::Deploy {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "deploy/host/Words.h"
-#include "deploy/targets/KeyReader.h"
+#include "deploy/lists/KeyReader.h"
 
 namespace ZET::Deploy {
 

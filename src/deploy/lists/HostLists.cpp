@@ -1,4 +1,4 @@
-#include "deploy/targets/HostLists.h"
+#include "deploy/lists/HostLists.h"
 
 #include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"

@@ -6,7 +6,7 @@
 #include <set>
 #include <string>
 
-#include "deploy/targets/Targets.h"
+#include "deploy/lists/Targets.h"
 
 namespace ZET::Deploy {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "deploy/host/Words.h"
-#include "deploy/targets/ListProblems.h"
+#include "deploy/lists/ListProblems.h"
 
 #define TOML_HEADER_ONLY 1
 #define TOML_EXCEPTIONS 0

@@ -1,4 +1,4 @@
-#include "deploy/targets/ConditionValues.h"
+#include "deploy/lists/ConditionValues.h"
 
 #include "deploy/state/ParameterNames.h"
 
