@@ -281,12 +281,13 @@ UndoResult Undo(Deployment& product, const UndoOptions& options) {
     const RecordedEntry entry = EntryToUndo(store, options, product.Wanted().dryRun);
     UndoResult result;
     result.undone = entry.number;
-    if (const auto further = NewestBefore(store, entry.number, false)) result.further = further->number;
     RecordedChanges changes;
     changes.Add(entry, FilesToUndo(store, entry.number));
     for (RecordedChange& change : changes.All())
         change.isOfOne = true;
     WayBack(product, writing, others).Go(std::move(changes), result);
+    // Its own entry may have been one too many for an older one.
+    if (const auto further = NewestBefore(store, entry.number, false)) result.further = further->number;
     return result;
 }
 
