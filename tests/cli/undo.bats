@@ -530,3 +530,18 @@ $TWO: removed, as there was none before"
     run_zet rollback-config --keep-edits --force
     assert_refusal 2 "--force and --keep-edits exclude each other"
 }
+
+@test "the change that an undo names as the next one is kept" {
+    printf 'ZET_HISTORY_KEEP=2\n' >>zet.conf
+    printf 'a=1\n' >out/plain
+    local value number
+    for value in 2 3 4 5; do
+        zet -q param set "$HOST/out/plain" a "$value"
+    done
+    run_zet undo
+    assert_status 0
+    number=$(sed -n 's/.*"undo \([0-9]*\)".*/\1/p' <<<"$output")
+    assert_equal "$number" ""
+    run_zet --json undo
+    assert_json "d['undone'], d['further'], d['entry']" '[5, null, 6]'
+}

@@ -12,12 +12,26 @@
 #include "deploy/state/OwnDirectories.h"
 #include "deploy/targets/RememberedLines.h"
 #include "deploy/targets/Restarts.h"
+#include "deploy/undo/EntriesToUndo.h"
 #include "deploy/undo/FileToPutBack.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
 
 namespace {
+
+bool TookFrom(Store& store, Role role, const RecordedFile& row) {
+    return CommittersOf(store, row.kindBefore, row.before.knowledge).contains(role) &&
+           !CommittersOf(store, row.kind, row.after.knowledge).contains(role);
+}
+
+/// The newest entry that left the file there; none: nobody knows of any.
+std::optional<std::int64_t> LastToWrite(Store& store, const std::string& name) {
+    for (const RecordedEntry& entry : store.EntriesOf(name))
+        if (store.ChangeIn(entry.number, name)->after.exists) return entry.number;
+    const std::optional<KnownFile> known = store.Known(name);
+    return known ? std::optional(known->entry) : std::nullopt;
+}
 
 /// One way back, under the lock: first every file is looked at, then all is recorded, then it is done.
 class WayBack {
@@ -58,11 +72,11 @@ class WayBack {
     void LookAtStatus(const std::string& path, Role role, UndoResult& result) {
         const std::string name = m_product.HostPaths().NameInside(path);
         const bool isCommitted = IsCommittedThen(role);
-        const bool isLast = !isCommitted && (WasCommitted(role) || IsKnown(name));
         const auto file = FileNamed(name);
         const bool goes = file != m_files.end() && file->Change().file && !file->Change().file->before.exists;
-        if (file != m_files.end() && goes == isCommitted) m_files.erase(file);
-        if (!isLast || goes || !IsFileExist(path)) return;
+        const bool isOver = !isCommitted && (WasCommitted(role) || LostFilesSince(name, role));
+        if (file != m_files.end() && (goes ? isCommitted : isOver)) m_files.erase(file);
+        if (!isOver || goes || !IsFileExist(path)) return;
         RecordedChange change;
         change.name = name;
         change.file.emplace();
@@ -88,9 +102,18 @@ class WayBack {
                     {.file = file.Path(), .text = CannotMove(name), .remedy = _(kForcedWay)});
     }
 
-    /// A rollback that was killed right before its end has left it.
-    bool IsKnown(const std::string& name) {
-        return m_product.HostHistory().ToLook()->Known(name).has_value();
+    /// Whether files were taken from the role since its status was written: a rollback that was killed right
+    /// before its end has left it then.
+    bool LostFilesSince(const std::string& name, Role role) const {
+        Store& store = *m_product.HostHistory().ToLook();
+        const std::optional<std::int64_t> written = LastToWrite(store, name);
+        if (!written) return false;
+        const std::vector<RecordedEntry> since = EntriesAfter(store, *written);
+        return std::any_of(since.begin(), since.end(), [&](const RecordedEntry& entry) {
+            const std::vector<RecordedFile> files = store.FilesOf(entry.number);
+            return std::any_of(files.begin(), files.end(),
+                               [&](const RecordedFile& file) { return TookFrom(store, role, file); });
+        });
     }
 
     bool WasCommitted(Role role) { return !Committed(role).empty(); }
@@ -193,66 +216,11 @@ Store& StoreToLookIn(Deployment& product) {
                    .remedy = _("\"rollback-config\" and \"file restore\" need no history")});
 }
 
-/// The newest entry before that number that can be taken back. What is open was cut short, which the next run
-/// that writes tells; a trial takes it as it is.
-std::optional<RecordedEntry> NewestBefore(Store& store, std::optional<std::int64_t> before, bool isTrial) {
-    constexpr std::size_t kAtOnce = 16;
-    for (;;) {
-        const std::vector<RecordedEntry> entries = store.Entries(kAtOnce, before);
-        if (entries.empty()) return std::nullopt;
-        for (const RecordedEntry& entry : entries)
-            if ((isTrial || entry.outcome != EntryOutcome::Open) && !store.FilesOf(entry.number).empty())
-                return entry;
-        before = entries.back().number;
-    }
-}
-
-[[noreturn]] void FailOfNumber(Store& store, std::int64_t number) {
-    const bool wasOne = number > 0 && number <= store.LastPruned();
-    throw UsageError(
-        wasOne
-            ? Words("%s: is a change that is no longer kept (\"history\" tells them)", std::to_string(number))
-            : Words("%s: is no change of the history (\"history\" tells them)", std::to_string(number)));
-}
-
-RecordedEntry EntryToUndo(Store& store, const UndoOptions& options, bool isTrial) {
-    if (options.entry) {
-        std::optional<RecordedEntry> entry = store.Find(*options.entry);
-        if (!entry) FailOfNumber(store, *options.entry);
-        return std::move(*entry);
-    }
-    std::optional<RecordedEntry> last = NewestBefore(store, std::nullopt, isTrial);
-    if (!last)
-        throw Failure({.file = store.File(),
-                       .text = _("has no change that could be taken back"),
-                       .remedy = _("nothing was changed")});
-    return std::move(*last);
-}
-
-/// Without what another entry has written since: the status tells when the last commit was.
-std::vector<RecordedFile> FilesToUndo(Store& store, std::int64_t number) {
-    std::vector<RecordedFile> files = store.FilesOf(number);
-    std::erase_if(files, [&](const RecordedFile& file) {
-        if (file.kind != FileKind::Status) return false;
-        const std::vector<RecordedEntry> entries = store.EntriesOf(file.path);
-        return !entries.empty() && entries.front().number > number;
-    });
-    return files;
-}
-
 RecordedChanges ChangesSince(Store& store, std::int64_t number) {
     RecordedChanges changes;
-    constexpr std::size_t kAtOnce = 64;
-    std::optional<std::int64_t> before;
-    for (;;) {
-        const std::vector<RecordedEntry> entries = store.Entries(kAtOnce, before);
-        for (const RecordedEntry& entry : entries) {
-            if (entry.number <= number) return changes;
-            changes.Add(entry, store.FilesOf(entry.number));
-        }
-        if (entries.empty()) return changes;
-        before = entries.back().number;
-    }
+    for (const RecordedEntry& entry : EntriesAfter(store, number))
+        changes.Add(entry, store.FilesOf(entry.number));
+    return changes;
 }
 
 /// The file as the last entry left it: what is known of it may be another text, where somebody had edited it
@@ -311,12 +279,13 @@ UndoResult Undo(Deployment& product, const UndoOptions& options) {
     const RecordedEntry entry = EntryToUndo(store, options, product.Wanted().dryRun);
     UndoResult result;
     result.undone = entry.number;
-    if (const auto further = NewestBefore(store, entry.number, false)) result.further = further->number;
     RecordedChanges changes;
     changes.Add(entry, FilesToUndo(store, entry.number));
     for (RecordedChange& change : changes.All())
         change.isOfOneEntry = true;
     WayBack(product, writing, others).Go(std::move(changes), result);
+    // Its own entry may have been one too many for an older one.
+    if (const auto further = NewestBefore(store, entry.number, false)) result.further = further->number;
     return result;
 }
 
