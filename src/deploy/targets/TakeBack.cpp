@@ -10,6 +10,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/LostOriginal.h"
 #include "deploy/state/Replacement.h"
+#include "deploy/state/Writing.h"
 #include "deploy/targets/EditRollback.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
@@ -66,6 +67,15 @@ void TakeBack::Decide(TakeBackStep& step) {
     }
     step.version = VersionOf(step.file.path);
     if (!step.file.isEdit || !DecideEdit(step)) DecideTarget(step);
+    if (step.IsChange()) RequireWritable(step);
+}
+
+/// What would keep it from going back is told before anything goes.
+void TakeBack::RequireWritable(const TakeBackStep& step) const {
+    const FileInPlace place = step.file.PlaceIn(m_product.HostPaths());
+    RequireUsableDirectory(m_product, place.Path());
+    if (step.action != Action::DropReserve) RequireReplaceable(step.file.path);
+    if (step.action == Action::PutBack) RequireReplaceable(step.file.Reserve());
 }
 
 void TakeBack::DecideTarget(TakeBackStep& step) {
@@ -185,9 +195,6 @@ void TakeBack::DecidePutBack(TakeBackStep& step, const FileState& now, const Fil
     step.outcome.after = reserve;
     step.outcome.diff = DiffOf(step.file, now, reserve);
     step.action = step.file.IsAsReserved(now, reserve) ? Action::DropReserve : Action::PutBack;
-    if (step.action != Action::PutBack) return;
-    for (const std::string& path : {step.file.path, step.file.Reserve()})
-        RequireReplaceable(path);
 }
 
 bool TakeBack::IsOutOfReach(const WrittenFile& file) const {
