@@ -16,6 +16,7 @@
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/TemplateFileCheck.h"
 #include "posix/PathNames.h"
+#include "text/ShellWord.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -89,7 +90,7 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
             return Keep(step,
                         Words("has no reserve, stays as it is and on record (\"history %s\" tells what is "
                               "kept of it; %s forgets it)",
-                              file.named, Force(file)));
+                              Text::ShellWord(file.named), Force(file)));
         step.action = Action::OnlyRecord;
         step.Tell(Result::Unchanged, now.exists ? _("has no reserve, stays as it is") : _("is not there"));
         return;
@@ -211,7 +212,8 @@ bool TakeBack::IsReserveLost(const WrittenFile& file) const {
 
 /// The words that put the file back all the same.
 std::string TakeBack::Force(const WrittenFile& file) const {
-    return m_ways.isOfCommit ? Words("\"rollback-config --force %s\"", file.named) : "--force";
+    return m_ways.isOfCommit ? Words("\"rollback-config --force %s\"", Text::ShellWord(file.named))
+                             : "--force";
 }
 
 void TakeBack::KeepEdited(TakeBackStep& step) const {
