@@ -146,6 +146,19 @@ zet-client: \"history show 2 $HOST/out/one.conf\" shows what it held"
     assert_stderr ""
 }
 
+@test "a command that is told can be given to a shell, whatever the file is called" {
+    add_target "it's.conf" $'a\n'
+    zet -q commit-config
+    echo mine >>"out/it's.conf"
+    run_zet commit-config
+    assert_status 0
+    [[ $stderr == *"\"history show 2 '$HOST/out/it'\\''s.conf'\" shows what it held"* ]] || differ words quoted "$stderr"
+    run_zet template upgrade "it's.conf"
+    rm "etc/it's.conf"
+    run_zet template upgrade "it's.conf"
+    assert_refusal 1 "$HOST/etc/it's.conf: there is no such working copy (\"zet-client template install 'it'\\''s.conf'\" makes it)"
+}
+
 # UNRECORDED is how a commit calls what is lost with a file that no commit of the role recorded.
 UNRECORDED="holds changes that are kept nowhere; they are overwritten"
 

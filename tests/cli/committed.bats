@@ -153,6 +153,7 @@ EDITS=("param set out/one.conf other 2" "param restore out/one.conf other" "line
     run_zet option set ZET_VAR_LIB_DIR "$HOST/state"
     assert_success "$HOST/zet.conf: unchanged"
     zet -q rollback-config
+    mkdir elsewhere
     run_zet option set ZET_VAR_LIB_DIR "$HOST/elsewhere"
     assert_success "$HOST/zet.conf: changed"
 }

@@ -266,6 +266,86 @@ SERVER_ID=7
     assert_refusal 2 "ZET_CFG is always the file that is read (name another one with --config)"
 }
 
+@test "set refuses a directory that a check would refuse" {
+    mkdir -p etc templates open
+    chmod 777 open
+    printf "%s\n" "ZET_CFG_DIR=$HOST/etc" "ZET_CFG_TEMPL_DIR=$HOST/templates" >>zet.conf
+    remember_host
+    local name purpose
+    # refused DIRECTORY MESSAGE
+    refused() {
+        run_zet option set "$name" "$1"
+        assert_refusal 1 "the option would break the configuration file: $2"
+    }
+    for name in ZET_CFG_DIR ZET_CFG_TEMPL_DIR ZET_VAR_LIB_DIR; do
+        case $name in
+            ZET_CFG_DIR) purpose="the templates' working copies" ;;
+            ZET_CFG_TEMPL_DIR) purpose="the templates" ;;
+            *) purpose="the status" ;;
+        esac
+        refused "$HOST/none" "$HOST/none: the directory of $purpose cannot be used: No such file or directory (create it, or correct $name)"
+        refused "$HOST/zet.conf" "$HOST/zet.conf: is no directory, but $purpose is to be in it (correct $name)"
+        refused "$HOST/open" "$HOST/open: others may write the directory of $purpose (chmod o-w it)"
+        refused "$TMPDIR" "$TMPDIR: others may write the directory of $purpose (use a directory of root's own)"
+    done
+    assert_files_unchanged
+    need_root
+    mkdir "$TMPDIR/own" his
+    chown 65534 his
+    remember_host
+    for name in ZET_CFG_DIR ZET_CFG_TEMPL_DIR ZET_VAR_LIB_DIR; do
+        refused "$TMPDIR/own" "$TMPDIR: others may write the directory of $TMPDIR/own (use a directory of root's own)"
+        refused "$HOST/his" "$HOST/his: others may write it, so root does not use it (chown root and chmod go-w)"
+    done
+    assert_files_unchanged
+}
+
+@test "a directory that root does not use is left by set and unset, and keeps everything else from being written" {
+    need_root
+    mkdir -p etc/defaults.d etc2 templates2 state2 templates open his
+    chmod 775 open
+    chgrp 65534 open
+    chown 65534 his
+    printf '[templates."one"]\ntarget = "%s/one"\nroles = "both"\n' "$HOST" | tee templates/targets.toml >templates2/targets.toml
+    echo x | tee templates/one >templates2/one
+    printf '%s\n' DOMAIN=example.org SERVER=srv.example.org "ZET_CFG_DIR=$HOST/etc" "ZET_CFG_TEMPL_DIR=$HOST/templates" "ZET_VAR_LIB_DIR=$HOST/state" >good.conf
+    ln -s "$HOST/state2" his/link
+    chown -h 65534 his/link
+    mkdir "$TMPDIR/etc"
+    local name good bad
+    for name in ZET_CFG_DIR ZET_CFG_TEMPL_DIR ZET_VAR_LIB_DIR; do
+        good=$(sed -n "s/^$name=//p" good.conf)2
+        for bad in "$TMPDIR/etc" "$TMPDIR/none" "$HOST/open" "$HOST/his" "$HOST/his/link"; do
+            sed "s,^$name=.*,$name=$bad," good.conf >zet.conf
+            echo "$name=$good" >etc/defaults.d/10.conf
+            remember_host
+            run_zet option set REALM X
+            assert_status 1
+            [[ $stderr != *"chmod o-w"* ]]
+            run_zet option set -n "$name" "$good"
+            assert_status 3
+            assert_host_unchanged
+            run_zet option set "$name" "$good"
+            assert_status 0
+            assert_output "$HOST/zet.conf: changed"
+            assert_equal "$(grep "^$name" zet.conf)" "$name=$good"
+            [[ $name == ZET_CFG_DIR ]] || {
+                sed "s,^$name=.*,$name=$bad," good.conf >zet.conf
+                run_zet option unset "$name"
+                assert_status 0
+                assert_output "$HOST/zet.conf: changed"
+            }
+            run_zet option set REALM X
+            assert_status 0
+            [[ $name != ZET_VAR_LIB_DIR ]] || test -s state2/state.db
+            run_zet check-config
+            assert_status 0
+        done
+        rm etc/defaults.d/10.conf
+    done
+    assert_equal "$(ls -A open his "$TMPDIR/etc")" "$(printf '%s\n' "$TMPDIR/etc:" "" his: link "" open:)"
+}
+
 @test "a directory that the fleet names is not uncovered below what is committed" {
     mkdir -p etc/defaults.d fleet templates
     printf "%s\n" "ZET_CFG_DIR=$HOST/etc" "ZET_CFG_TEMPL_DIR=$HOST/templates" >>zet.conf

@@ -33,18 +33,20 @@ assert_secret_kept() {
 
 @test "root writes nothing into a directory that others may write, sticky or not" {
     need_root
-    local mode
+    local mode remedy
     mkdir open
     echo a=1 >open/conf
     for mode in 777 1777; do
         chmod "$mode" open
+        remedy="chmod o-w it"
+        [[ $mode == 777 ]] || remedy="use a directory of root's own"
         remember_host
         for command in "param set open/conf a 2" "line set open/conf ^a a=2" "file reserve open/conf" \
             "param set -n open/conf a 2" "file reserve open/new"; do
             # shellcheck disable=SC2086 # words
             run_zet $command
             assert_status 1
-            [[ $stderr == *"$HOST/open: others may write the directory of $HOST/open/"*" (chmod o-w it)"$'\n' ]]
+            [[ $stderr == *"$HOST/open: others may write the directory of $HOST/open/"*" ($remedy)"$'\n' ]]
         done
         assert_files_unchanged
     done

@@ -192,7 +192,7 @@ zet-client: nothing was changed"
     REMEMBERED=$(as_now)
     run_zet undo
     assert_status 1
-    assert_stderr "zet-client: error: $PLAIN: the text that it held before is no longer kept (nothing was changed)
+    assert_stderr "zet-client: error: $PLAIN: the text that it held before is no longer kept (put it back by hand, from a backup)
 zet-client: nothing was changed"
     assert_equal "$(as_now)" "$REMEMBERED"
     # The original is beside the file.

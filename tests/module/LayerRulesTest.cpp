@@ -294,11 +294,11 @@ TEST(LayerRulesTest, ParserOfListsIsCompiledOnce) {
     // What the reader of lists is made of has the parser, too, and is included by nobody else.
     const Names own = {"Toml.h", "KeyReader.h", "TargetKeys.h", "EditKeys.h"};
     Names users;
-    for (const std::string part : {"deploy/host", "deploy/state", "deploy/targets", "deploy/history",
-                                   "deploy/edit", "cli", "cli/commands", "text", "core"}) {
+    for (const std::string part : {"deploy/host", "deploy/state", "deploy/lists", "deploy/targets",
+                                   "deploy/history", "deploy/edit", "cli", "cli/commands", "text", "core"}) {
         for (const Include& each : IncludesOf("src/" + part)) {
             const std::string header = fs::path(each.header).filename();
-            if (each.header == "deploy/targets/" + header && own.contains(header) && !own.contains(each.file))
+            if (each.header == "deploy/lists/" + header && own.contains(header) && !own.contains(each.file))
                 users.insert(each.file);
             EXPECT_TRUE(!each.header.starts_with("toml++/") || each.file == "Toml.h") << each.file;
         }

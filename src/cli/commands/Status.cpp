@@ -11,6 +11,7 @@
 #include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
 #include "deploy/targets/TargetStates.h"
+#include "text/ShellWord.h"
 #include "zet/deploy/Failure.h"
 
 namespace ZET::Cli {
@@ -148,12 +149,14 @@ void TellLeftOvers(Session& session, const std::vector<LeftOver>& leftOvers) {
 std::string WordsOf(const LeftOver& leftOver, const std::string& name) {
     switch (leftOver.fate) {
         case LeftOver::Fate::StaysEdited:
-            return Filled(_("it was edited since, and stays until \"rollback-config --force %s\""), {name});
+            return Filled(_("it was edited since, and stays until \"rollback-config --force %s\""),
+                          {Text::ShellWord(name)});
         case LeftOver::Fate::StaysWithoutReserve:
             return Filled(_("it has no reserve, and stays; \"rollback-config --force %s\" forgets it"),
-                          {name});
+                          {Text::ShellWord(name)});
         case LeftOver::Fate::StaysOutOfReach:
-            return Filled(_("its directory is not there; \"rollback-config --force %s\" forgets it"), {name});
+            return Filled(_("its directory is not there; \"rollback-config --force %s\" forgets it"),
+                          {Text::ShellWord(name)});
         case LeftOver::Fate::GoesBack:
             break;
     }

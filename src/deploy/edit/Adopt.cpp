@@ -29,6 +29,7 @@
 #include "text/Adoption.h"
 #include "text/Lines.h"
 #include "text/ManagedText.h"
+#include "text/ShellWord.h"
 #include "text/TemplateCheck.h"
 #include "zet/ZETFiles.h"
 
@@ -309,7 +310,7 @@ std::string TemplateToAdoptInto(Deployment& product, const std::string& file, co
                        known->state.knowledge.templateName),
          .remedy = Words("put it into the lists again; \"rollback-config --force %s\" puts back what "
                          "was there before",
-                         name)});
+                         Text::ShellWord(name))});
 }
 
 }  // namespace

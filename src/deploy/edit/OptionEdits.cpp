@@ -16,10 +16,12 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/ConfFile.h"
+#include "deploy/state/Instructions.h"
 #include "deploy/state/Overrides.h"
 #include "deploy/state/OwnDirectories.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/targets/EditRules.h"
+#include "deploy/targets/PlaceCheck.h"
 #include "deploy/targets/RememberedLines.h"
 #include "deploy/targets/UnknownNames.h"
 #include "text/Lines.h"
@@ -100,6 +102,21 @@ void RequireSoundLine(Deployment& product, const std::string& name, const std::s
     if (!judged.mistyped.empty()) FailToSet(Failure(judged.mistyped.front()));
 }
 
+/// What a check would say of the directory is said before it is used.
+void RequireSoundDirectory(Deployment& product, const std::string& name, const std::string& value) {
+    const Paths& paths = product.HostPaths();
+    if (!IsOwnDirectory(name) || paths.NameInside(product.Param(name)) == value) return;
+    std::vector<Problem> problems = CheckOwnDirectory(paths, name, product.FilePath(value));
+    std::erase_if(problems, [](const Problem& problem) { return problem.isOfUser; });
+    if (!problems.empty()) FailToSet(Failure(problems.front()));
+}
+
+/// A directory on which root cannot rely does not keep him from leaving it: the next one serves already.
+void LeaveUnsafeDirectory(Deployment& product, const std::string& name, const std::string& next) {
+    if (IsOwnDirectory(name) && CheckInstruction(product.HostPaths(), product.Param(name)))
+        product.UpdateParam(name, next);
+}
+
 FileOutcome EditMainFile(Deployment& product, const FileEdit::Operation& operation) {
     // None of the system's own text gets into this file, so that a language that the host does not have can
     // be set right.
@@ -177,6 +194,8 @@ FileOutcome SetOption(Deployment& product, const std::string& name, const std::s
     RequireOneLine(value, "VALUE");
     RequireSoundLine(product, name, value);
     RequireLastingDirectory(product, name, value);
+    RequireSoundDirectory(product, name, value);
+    LeaveUnsafeDirectory(product, name, value);
     const auto set = [&](const std::string& path) { SetLines(product, path, name, value); };
     const bool endsHistory = name == kHistory && !FlagOfParam(name, value).value_or(true);
     FileOutcome outcome = endsHistory ? EditToEndHistory(product, set) : EditMainFile(product, set);
@@ -192,7 +211,9 @@ FileOutcome UnsetOption(Deployment& product, const std::string& name) {
     const std::vector<GivenParameter>& given = product.Values().GivenByMain();
     if (FindGiven(given, name) != nullptr) {
         const auto known = KnownParameter(name);
-        RequireLastingDirectory(product, name, below ? below->value : known ? known->value : "");
+        const std::string next = below ? below->value : known ? known->value : "";
+        RequireLastingDirectory(product, name, next);
+        LeaveUnsafeDirectory(product, name, next);
     }
     FileOutcome outcome = EditMainFile(product, [&](const std::string& path) {
         SaveOwnText(path, WithoutLines(ReadFileBytes(path), name), ModeOf(path));

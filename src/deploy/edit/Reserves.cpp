@@ -158,6 +158,8 @@ FileOutcome RestoreFile(Deployment& product, const std::string& file, const Edit
         work.outcome.diff = DiffToShow(product, work.hasFile ? work.path : "", work.reserve, work.path);
         work.outcome.diff.Append(DiffToShow(product, work.reserve, "", work.path, work.reserve));
         work.outcome.after = StateOf(work.reserve);
+        for (const std::string& path : {work.path, work.reserve})
+            RequireReplaceable(path);
     }
     if (!work.IsDryRun()) {
         std::optional<CapturedFile> after;

@@ -9,6 +9,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/store/Erasure.h"
+#include "text/ShellWord.h"
 
 namespace ZET::Deploy {
 
@@ -29,20 +30,6 @@ const char* NameOf(FileKind kind) {
 const char* NameOf(EntryOutcome outcome) {
     constexpr const char* kNames[] = {"not ended", "done", "failed", "cut short"};
     return kNames[static_cast<std::size_t>(outcome)];
-}
-
-bool NeedsQuotes(std::string_view word) {
-    constexpr std::string_view kPlain =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_@%+=:,./-*";
-    return word.empty() || word.find_first_not_of(kPlain) != std::string_view::npos;
-}
-
-std::string Quoted(std::string_view word) {
-    if (!NeedsQuotes(word)) return std::string(word);
-    std::string quoted = "'";
-    for (const char c : word)
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    return quoted + "'";
 }
 
 /// How many words give the message, from this one on.
@@ -120,7 +107,7 @@ std::string CommandOf(const HistoryEntry& entry) {
     std::string text;
     for (std::size_t i = 0; i < entry.words.size();) {
         const std::size_t left = CountOfMessageWords(entry, i);
-        if (left == 0) text += (text.empty() ? "" : " ") + Quoted(entry.words[i]);
+        if (left == 0) text += (text.empty() ? "" : " ") + Text::ShellWord(entry.words[i]);
         i += std::max<std::size_t>(left, 1);
     }
     return text;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "deploy/host/OpenDirectory.h"
 #include "deploy/host/Words.h"
 #include "posix/PathNames.h"
 
@@ -54,7 +55,7 @@ void PathJudge::RequireClosed(const Directory& directory, const std::string& ent
     Object(directory.name,
            isEverybody ? Words("others may write the directory of %s", entry)
                        : Words("a group or others may write the directory of %s", entry),
-           isEverybody ? _("chmod o-w it") : _("chmod g-w it"));
+           RemedyOfOpen(directory.status));
 }
 
 void PathJudge::Follow(uid_t owner, const Directory& from) {
@@ -97,7 +98,7 @@ std::optional<Problem> PathJudge::ObjectionToRead(const std::string& path, const
     const std::optional<Problem> ofWay = ObjectionToOwn(path);
     if (ofWay || (IsHarmless(status.st_uid) && !HasOtherWriters(path, status))) return ofWay;
     return Problem{path, 0, 0, _("others may write it, so root does not use it"),
-                   _("chown root and chmod go-w")};
+                   IsShared(status) ? RemedyOfOpen(status) : _("chown root and chmod go-w")};
 }
 
 bool HasOtherWriters(const std::string& path, const struct stat& status) {

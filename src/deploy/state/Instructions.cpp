@@ -6,6 +6,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Installed.h"
+#include "posix/PathNames.h"
 
 namespace ZET::Deploy {
 
@@ -16,6 +17,13 @@ std::optional<Problem> Check(const FoundFile& found) {
     // What is neither is told by whoever wants to read it.
     const bool isJudged = S_ISREG(found.status->st_mode) || S_ISDIR(found.status->st_mode);
     return isJudged ? found.judge.ObjectionToRead(found.path, *found.status) : std::nullopt;
+}
+
+/// What was read in a directory that is left for another one counts no more.
+bool IsInForce(HostProduct& product, const std::string& file) {
+    const std::string directory = product.Param("ZET_CFG_DIR");
+    return IsBelow(file, directory) || IsBelow(file, product.Param("ZET_CFG_TEMPL_DIR")) ||
+           IsBelow(file, product.FilePath(directory));
 }
 
 }  // namespace
@@ -54,7 +62,7 @@ void RequireOwnInstructions(HostProduct& product) {
     for (const char* key : {"ZET_CFG", "ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR", "ZET_VAR_LIB_DIR"})
         add(CheckInstruction(product.HostPaths(), product.Param(key)));
     for (const std::string& file : product.Values().Files())
-        add(CheckInstruction(product.HostPaths(), file));
+        if (IsInForce(product, file)) add(CheckInstruction(product.HostPaths(), file));
     if (!problems.empty()) throw Failure(WithOthersBelow(problems));
 }
 

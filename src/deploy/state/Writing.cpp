@@ -21,22 +21,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-void RequireDirectory(Host& host, const std::string& path) {
-    const std::string directory = DirectoryOf(path);
-    struct stat status = {};
-    if (stat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
-        throw Failure({.file = directory,
-                       .text = Words("is no directory that %s can be in", path),
-                       .remedy = _("create it, or correct the path")});
-    }
-    if (access(directory.c_str(), W_OK | X_OK) == 0) return;
-    const int error = errno;
-    const Failure failure = SystemFailure(
-        {.file = directory, .text = Words("cannot be written, so %s cannot be replaced", path)}, error);
-    if (!host.Wanted().dryRun) throw Failure(failure);
-    host.Out().Warning(failure.what());
-}
-
 /// Temporary files that a killed run left were cleared away where they are recorded, so what is still there
 /// is somebody else's, or may be. Of a user who could not record it, a plain file is taken for such a
 /// left-over.
@@ -75,7 +59,37 @@ void RequireNoStateFile(const StateDirectory& state, const std::string& path) {
     }
 }
 
+/// Who only looks is told what would keep him from locking.
+void RequirePlaceOfLock(const StateDirectory& state) {
+    struct stat status = {};
+    if (stat(PathIn(state.Path(), ".").c_str(), &status) == 0 || (errno != ENOENT && errno != ENOTDIR))
+        return;
+    const int error = errno;
+    throw SystemFailure(
+        {.file = state.Lock(),
+         .text = _("cannot be opened"),
+         .remedy = _("create the directory ZET_VAR_LIB_DIR, or run as a user who may write there")},
+        error);
+}
+
 }  // namespace
+
+void RequireUsableDirectory(Host& host, const std::string& path) {
+    const std::string directory = DirectoryOf(path);
+    struct stat status = {};
+    if (stat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+        throw Failure({.file = directory,
+                       .text = Words("is no directory that %s can be in", path),
+                       .remedy = _("create it, or correct the path")});
+    }
+    if (access(directory.c_str(), W_OK | X_OK) == 0) return;
+    const int error = errno;
+    const Failure failure = SystemFailure(
+        {.file = directory, .text = Words("cannot be written, so %s cannot be replaced", path)}, error);
+    // What an attribute forbids, nobody may do, whoever runs the command afterwards.
+    if (!host.Wanted().dryRun || error == EPERM) throw Failure(failure);
+    host.Out().Warning(failure.what());
+}
 
 Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Right right, Purpose purpose)
     : m_product(product), m_records(right != Right::OfTheFiles || product.HostHistory().KeepsTexts()) {
@@ -83,6 +97,7 @@ Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Ri
     for (const std::string& path : paths)
         RequireNoStateFile(product.State(), path);
     if (product.Wanted().dryRun) {
+        if (right == Right::OfTheProduct) RequirePlaceOfLock(product.State());
         m_canRecord = product.HostHistory().CanRecord();
         m_records = m_records && m_canRecord;
         if (m_records) m_cutShort = FilesOfCutShort(product);
@@ -101,7 +116,7 @@ Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Ri
 }
 
 void Writing::RequireRoom(const std::string& path) const {
-    RequireDirectory(m_product, path);
+    RequireUsableDirectory(m_product, path);
     RequireFreeNames(path, m_canRecord, m_cutShort);
 }
 

@@ -12,6 +12,10 @@
 
 namespace ZET::Deploy {
 
+/// A `Failure` when the file's directory is missing, or cannot be written. In a dry run, a right that this
+/// user lacks is a warning.
+void RequireUsableDirectory(Host& host, const std::string& path);
+
 /// What a command holds that writes files: signals wait for the end of a step, other commands wait for the
 /// lock, and the temporary files of a killed run are told from those of others. A dry run holds nothing.
 class Writing {

@@ -17,6 +17,7 @@
 #include "deploy/targets/EditedTargets.h"
 #include "text/Lines.h"
 #include "text/Placeholders.h"
+#include "text/ShellWord.h"
 #include "text/TemplateCheck.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -184,10 +185,10 @@ class Finder {
 
     std::string WayWithoutReserve(const ListedEdit& edit, const std::string& path) const {
         if (IsFileExist(path + ZETAbsenceSuffix) || !IsKnownAsWritten(m_product, path))
-            return Words("\"rollback-config %s\" first", edit.path);
+            return Words("\"rollback-config %s\" first", Text::ShellWord(edit.path));
         return Words(
             "put back %s, or give up what was there before the template: \"rollback-config --force %s\"",
-            path + ZETReserveSuffix, edit.path);
+            path + ZETReserveSuffix, Text::ShellWord(edit.path));
     }
 
     /// Whether a commit has made the file from a template.

@@ -5,6 +5,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/LostOriginal.h"
 #include "deploy/state/LostText.h"
+#include "text/ShellWord.h"
 
 namespace ZET::Deploy {
 
@@ -82,7 +83,8 @@ void TellWhereKept(Host& host, std::int64_t entry, const std::string& path, cons
     const History& history = host.HostHistory();
     const bool isKept = static_cast<std::uint64_t>(version.size) <= history.Limits().largestText;
     if (!history.KeepsTexts() || !isKept) return;
-    host.Out().Remark(Words("\"history show %s %s\" shows what it held", std::to_string(entry), path));
+    host.Out().Remark(
+        Words("\"history show %s %s\" shows what it held", std::to_string(entry), Text::ShellWord(path)));
 }
 
 }  // namespace ZET::Deploy

@@ -8,13 +8,20 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileState.h"
+#include "deploy/host/OpenDirectory.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/Instructions.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
 
 namespace {
+
+std::string PurposeOf(const std::string& ownDirectory) {
+    if (ownDirectory == "ZET_CFG_DIR") return _("the templates' working copies");
+    return ownDirectory == "ZET_VAR_LIB_DIR" ? _("the status") : _("the templates");
+}
 
 /// What takes away the attribute that keeps even root from replacing the files in it; null: it has none.
 const char* RemedyOfFixed(const std::string& directory) {
@@ -39,7 +46,7 @@ std::vector<Problem> CheckDirectory(const std::string& directory, const std::str
     if (!S_ISDIR(status.st_mode))
         return problem(Words("is no directory, but %s is to be in it", purpose), Words("correct %s", name));
     if ((status.st_mode & S_IWOTH) != 0)
-        return problem(Words("others may write the directory of %s", purpose), _("chmod o-w it"));
+        return problem(Words("others may write the directory of %s", purpose), RemedyOfOpen(status));
     if (const char* const remedy = RemedyOfFixed(directory))
         return problem(
             Words("the directory of %s has an attribute that keeps its files from being replaced", purpose),
@@ -52,6 +59,15 @@ std::vector<Problem> CheckDirectory(const std::string& directory, const std::str
         return ofUser;
     }
     return {};
+}
+
+std::vector<Problem> CheckOwnDirectory(const Paths& paths, const std::string& name,
+                                       const std::string& directory) {
+    std::vector<Problem> problems = CheckDirectory(directory, PurposeOf(name), name);
+    if (!problems.empty()) return problems;
+    if (std::optional<Problem> problem = CheckInstruction(paths, directory))
+        problems.push_back(std::move(*problem));
+    return problems;
 }
 
 namespace {

@@ -18,6 +18,10 @@ namespace ZET::Deploy {
 std::vector<Problem> CheckDirectory(const std::string& directory, const std::string& purpose,
                                     const std::string& name);
 
+/// The same of the directory that a parameter of the product's own names, on which root relies.
+std::vector<Problem> CheckOwnDirectory(const Paths& paths, const std::string& name,
+                                       const std::string& directory);
+
 /// A file that is written under its own name or read back must not be a link to somewhere else.
 std::vector<Problem> CheckRegular(const std::string& path);
 

@@ -219,8 +219,8 @@ RollbackResult RollBack(Deployment& product, const std::vector<std::string>& nam
                         const RollBackToOptions& options) {
     const SignalGuard signals;
     std::unique_ptr<WriteLock> lock;
+    RequireOwnInstructions(product);
     if (!product.Wanted().dryRun) {
-        RequireOwnInstructions(product);
         lock = LockToGoBack(product.State(), product.Seeker());
         if (lock) {
             Staging::RemoveLeftOvers(product.State().Path(), lock->MayFollowOneCutShort());

@@ -10,11 +10,13 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/LostOriginal.h"
 #include "deploy/state/Replacement.h"
+#include "deploy/state/Writing.h"
 #include "deploy/targets/EditRollback.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/TemplateFileCheck.h"
 #include "posix/PathNames.h"
+#include "text/ShellWord.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -66,6 +68,15 @@ void TakeBack::Decide(TakeBackStep& step) {
     }
     step.version = VersionOf(step.file.path);
     if (!step.file.isEdit || !DecideEdit(step)) DecideTarget(step);
+    if (step.IsChange()) RequireWritable(step);
+}
+
+/// What would keep it from going back is told before anything goes.
+void TakeBack::RequireWritable(const TakeBackStep& step) const {
+    const FileInPlace place = step.file.PlaceIn(m_product.HostPaths());
+    RequireUsableDirectory(m_product, place.Path());
+    if (step.action != Action::DropReserve) RequireReplaceable(step.file.path);
+    if (step.action == Action::PutBack) RequireReplaceable(step.file.Reserve());
 }
 
 void TakeBack::DecideTarget(TakeBackStep& step) {
@@ -79,7 +90,7 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
             return Keep(step,
                         Words("has no reserve, stays as it is and on record (\"history %s\" tells what is "
                               "kept of it; %s forgets it)",
-                              file.named, Force(file)));
+                              Text::ShellWord(file.named), Force(file)));
         step.action = Action::OnlyRecord;
         step.Tell(Result::Unchanged, now.exists ? _("has no reserve, stays as it is") : _("is not there"));
         return;
@@ -189,9 +200,6 @@ void TakeBack::DecidePutBack(TakeBackStep& step, const FileState& now, const Fil
     step.outcome.after = reserve;
     step.outcome.diff = DiffOf(step.file, now, reserve);
     step.action = step.file.IsAsReserved(now, reserve) ? Action::DropReserve : Action::PutBack;
-    if (step.action != Action::PutBack) return;
-    for (const std::string& path : {step.file.path, step.file.Reserve()})
-        RequireReplaceable(path);
 }
 
 bool TakeBack::IsOutOfReach(const WrittenFile& file) const {
@@ -212,7 +220,8 @@ bool TakeBack::IsAsLeftToGo(const std::string& path) const {
 
 /// The words that put the file back all the same.
 std::string TakeBack::Force(const WrittenFile& file) const {
-    return m_ways.isOfCommit ? Words("\"rollback-config --force %s\"", file.named) : "--force";
+    return m_ways.isOfCommit ? Words("\"rollback-config --force %s\"", Text::ShellWord(file.named))
+                             : "--force";
 }
 
 void TakeBack::KeepEdited(TakeBackStep& step) const {

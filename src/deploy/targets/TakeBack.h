@@ -68,6 +68,7 @@ class TakeBack {
 
   private:
     void DecideTarget(TakeBackStep& step);
+    void RequireWritable(const TakeBackStep& step) const;
     bool DecideEdit(TakeBackStep& step);
     std::string WordsOfKept(const WrittenFile& file) const;
     std::string WordsOfUnmarked(const WrittenFile& file) const;

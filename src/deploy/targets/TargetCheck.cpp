@@ -33,15 +33,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// The same of one of the product's own, on which root relies.
-std::vector<Problem> CheckOwnDirectory(Host& host, const char* key, const std::string& purpose) {
-    const std::string directory = host.Param(key);
-    std::vector<Problem> problems = CheckDirectory(directory, purpose, key);
-    if (!problems.empty()) return problems;
-    Append(problems, CheckInstruction(host.HostPaths(), directory));
-    return problems;
-}
-
 /// A file that is written through its name: nothing else may have that text.
 std::vector<Problem> CheckSingle(const std::string& path) {
     std::vector<Problem> problems = CheckRegular(path);
@@ -64,8 +55,9 @@ std::vector<Problem> CheckHistory(Host& host) {
 std::vector<Problem> CheckOwnFiles(Deployment& product) {
     const StateDirectory state = product.State();
     std::vector<Problem> problems =
-        CheckOwnDirectory(product, "ZET_CFG_DIR", _("the templates' working copies"));
-    std::vector<Problem> ofStatus = CheckOwnDirectory(product, "ZET_VAR_LIB_DIR", _("the status"));
+        CheckOwnDirectory(product.HostPaths(), "ZET_CFG_DIR", product.Param("ZET_CFG_DIR"));
+    std::vector<Problem> ofStatus =
+        CheckOwnDirectory(product.HostPaths(), "ZET_VAR_LIB_DIR", product.Param("ZET_VAR_LIB_DIR"));
     Append(problems, CheckModule(product));
     Append(problems, CheckInstruction(product.HostPaths(), product.Param("ZET_CFG")));
     Append(problems, CheckInstruction(product.HostPaths(), product.Param("ZET_CFG_TEMPL_DIR")));

@@ -15,6 +15,7 @@
 #include "deploy/targets/ShownDiff.h"
 #include "posix/ModeBits.h"
 #include "text/LineEnds.h"
+#include "text/ShellWord.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -33,10 +34,11 @@ std::vector<TemplateFiles> Installed(Host& host, const std::vector<std::string>&
         if (IsFileExist(files.workingCopy)) {
             installed.push_back(std::move(files));
         } else if (!names.empty()) {
-            throw Failure({.file = files.workingCopy,
-                           .text = _("there is no such working copy"),
-                           .remedy = Words("%s makes it", InQuotes(host.Wanted().program +
-                                                                   " template install " + files.name))});
+            throw Failure(
+                {.file = files.workingCopy,
+                 .text = _("there is no such working copy"),
+                 .remedy = Words("%s makes it", InQuotes(host.Wanted().program + " template install " +
+                                                         Text::ShellWord(files.name)))});
         }
     }
     return installed;
@@ -131,7 +133,8 @@ void TemplateUpgrade::Object(const std::string& file, std::size_t line, const st
 
 std::string TemplateUpgrade::WayToInstall(const Copy& copy) const {
     return Words("%s installs that one; take the edits over from %s.old",
-                 InQuotes(m_product.Wanted().program + " template install --force " + copy.files.name),
+                 InQuotes(m_product.Wanted().program + " template install --force " +
+                          Text::ShellWord(copy.files.name)),
                  copy.files.workingCopy);
 }
 

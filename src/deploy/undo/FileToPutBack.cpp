@@ -171,7 +171,7 @@ void FileToPutBack::LoadText(std::optional<CapturedFile>& wanted, const char* su
     }
     if (wanted->state.size != 0)
         Refuse(m_path + suffix, _("the text that it held before is no longer kept"),
-               _("nothing was changed"));
+               _("put it back by hand, from a backup"));
 }
 
 /// In another user's directory it stays his.
