@@ -130,4 +130,12 @@ std::string NoticeTexts::TemplateIn(NoticeLines notice) const {
     return "";
 }
 
+std::optional<std::string> WithCommandOf(std::string text, std::string_view program, std::string_view other) {
+    const std::string opening = "\n# $ ";
+    const std::size_t command = text.find(opening + std::string(program) + " commit-config");
+    if (command == std::string::npos || command > text.find(ZETCommentEndMarker)) return std::nullopt;
+    text.replace(command + opening.size(), program.size(), other);
+    return text;
+}
+
 }  // namespace ZET::Text

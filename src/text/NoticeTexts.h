@@ -2,6 +2,7 @@
 #define ZET_NOTICE_TEXTS_H
 
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -43,6 +44,9 @@ class NoticeTexts {
 
     std::vector<Lines> m_texts;
 };
+
+/// The text with the command of another program in its notice; none where that names another one already.
+std::optional<std::string> WithCommandOf(std::string text, std::string_view program, std::string_view other);
 
 }  // namespace ZET::Text
 

@@ -119,7 +119,7 @@ assert_wrong_use() {
     assert_absent elsewhere
     run_zet commit-config -n
     assert_status 1
-    assert_stderr "zet-client: error: $HOST/state/zet.lock: is no regular file (move it away)
+    assert_stderr "zet-client: error: $HOST/state/zet.lock: is a link that leads nowhere (remove it, or make what it names)
 zet-client: nothing was changed"
 }
 

@@ -78,19 +78,34 @@ $HOST/out/client.conf: put back as it was, mode 0644 -> 0640"
     assert_equal "$(names_in out) $(names_in state)" "both.conf client.conf zet.lock"
 }
 
-@test "what stays for the other role names its command from its next commit on" {
-    PROGRAM=$ZET_BIN/zet-init zet -q rollback-config
-    assert_file out/both.conf "$(notice both.conf zet-init)"$'\nx\n'
-    run_zet status
+@test "what stays for the other role names its command from then on" {
+    cp -p out/both.conf before
+    PROGRAM=$ZET_BIN/zet-init run_zet rollback-config -n --diff
     assert_status 3
-    [[ $output == *"$HOST/out/both.conf: pending"* ]]
-    run_zet commit-config
-    assert_status 0
+    [[ $output == *"-# \$ zet-init commit-config"$'\n'"+# \$ zet-client commit-config"* ]]
+    PROGRAM=$ZET_BIN/zet-init run_zet rollback-config
+    assert_success "${STAYS/server/client}"
     assert_file out/both.conf "$(notice both.conf zet-client)"$'\nx\n'
     run_zet status
     assert_status 0
-    zet -q rollback-config
-    assert_file out/both.conf $'old both\n'
+    run_zet commit-config
+    assert_status 0
+    zet -q undo
+    cmp before out/both.conf
+    PROGRAM=$ZET_BIN/zet-init run_zet status
+    assert_status 0
+}
+
+@test "what somebody edited names its command as before, until the other role commits it" {
+    echo edited >>out/both.conf
+    run_zet status
+    [[ $output == *"$HOST/out/both.conf: edited"* ]]
+    cp out/both.conf before
+    PROGRAM=$ZET_BIN/zet-init zet rollback-config --force
+    cmp before out/both.conf
+    run_zet commit-config
+    assert_status 0
+    assert_file out/both.conf "$(notice both.conf zet-client)"$'\nx\n'
 }
 
 @test "where the history is damaged, a rollback leaves what may be of both roles" {

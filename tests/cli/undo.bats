@@ -364,8 +364,8 @@ took back change 1"
 }
 
 @test "what a hand made of a file of which only the knowledge comes back is no work of the product" {
-    zet -q commit-config
     "$ZET_BIN/zet-init" --config "$HOST/zet.conf" -q commit-config
+    zet -q commit-config
     zet rollback-config
     "$ZET_BIN/zet-init" --config "$HOST/zet.conf" rollback-config
     zet undo 3

@@ -80,8 +80,8 @@ assert_refuses_edit() {
 
 @test "where both roles have left, an undo lets come back only the one that the change was about" {
     list_edit
-    zet -q commit-config
     server -q commit-config
+    zet -q commit-config
     zet -q rollback-config
     server -q rollback-config
     run_zet undo 2

@@ -122,4 +122,27 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& knownFiles, con
     return edit;
 }
 
+std::string WordsOfKept(const WrittenFile& file, const std::string& force) {
+    return Words(
+        IsFileExist(file.Reserve())
+            ? ZET_TEXT("was edited without markers, and may hold what others wrote, stays as it is (%s "
+                       "puts back what was there before)")
+            : ZET_TEXT("was edited without markers and has no reserve, stays as it is (%s forgets it)"),
+        force);
+}
+
+std::string WordsOfUnmarked(const WrittenFile& file, bool isDryRun, const std::string& force) {
+    constexpr const char* kWords[2][2] = {
+        {ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is on record "
+                  "(%s forgets it)"),
+         ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is on record "
+                  "(%s puts back what was there before)")},
+        {ZET_TEXT("the managed blocks would be taken out; what was edited without markers stays, and is on "
+                  "record (%s forgets it)"),
+         ZET_TEXT("the managed blocks would be taken out; what was edited without markers stays, and is on "
+                  "record (%s puts back what was there before)")}};
+    const bool hasReserve = IsFileExist(file.Reserve());
+    return Words(kWords[isDryRun ? 1 : 0][hasReserve ? 1 : 0], force);
+}
+
 }  // namespace ZET::Deploy

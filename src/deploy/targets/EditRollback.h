@@ -33,6 +33,11 @@ struct EditToTakeBack {
 EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& knownFiles, const WrittenFile& file,
                           bool isForced);
 
+/// What is told of a file that is kept, and of one that loses its blocks alone. `force` puts it back, or
+/// forgets it.
+std::string WordsOfKept(const WrittenFile& file, const std::string& force);
+std::string WordsOfUnmarked(const WrittenFile& file, bool isDryRun, const std::string& force);
+
 }  // namespace ZET::Deploy
 
 #endif

@@ -16,6 +16,7 @@
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/TemplateFileCheck.h"
 #include "posix/PathNames.h"
+#include "text/NoticeTexts.h"
 #include "text/ShellWord.h"
 #include "zet/ZETFiles.h"
 
@@ -25,6 +26,10 @@ namespace {
 
 using Result = FileOutcome::Result;
 using Action = TakeBackStep::Action;
+
+bool IsText(Action action) {
+    return action == Action::TakeOutBlocks || action == Action::NameOtherRole;
+}
 
 void Keep(TakeBackStep& step, const std::string& remark) {
     step.isKept = true;
@@ -104,8 +109,7 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
     } else if (!m_ways.isForced && MayBeOthers(file)) {
         KeepOthers(step);
     } else if (m_known.Has(file.path, m_otherRole)) {
-        step.action = Action::OnlyRecord;
-        TellOfOtherRole(step);
+        LeaveToOtherRole(step);
     } else {
         DecidePutBack(step, now, reserve);
     }
@@ -123,7 +127,7 @@ bool TakeBack::DecideEdit(TakeBackStep& step) {
         case EditToTakeBack::Way::Reserve:
             return false;
         case EditToTakeBack::Way::Keep:
-            Keep(step, WordsOfKept(step.file));
+            Keep(step, WordsOfKept(step.file, Force(step.file)));
             break;
         case EditToTakeBack::Way::LeaveIrregular:
             Keep(step, _("is no regular file, stays as it is"));
@@ -140,7 +144,8 @@ bool TakeBack::DecideEdit(TakeBackStep& step) {
             TellOfOtherRole(step);
             break;
         case EditToTakeBack::Way::Blocks:
-            if (edit.isUnmarked) edit.remark = WordsOfUnmarked(step.file);
+            if (edit.isUnmarked)
+                edit.remark = WordsOfUnmarked(step.file, m_product.Wanted().dryRun, Force(step.file));
             DecideBlocks(step, std::move(edit.text), edit.remark);
             step.isKept = edit.isUnmarked;
             break;
@@ -148,37 +153,31 @@ bool TakeBack::DecideEdit(TakeBackStep& step) {
     return true;
 }
 
-std::string TakeBack::WordsOfKept(const WrittenFile& file) const {
-    return Words(
-        IsFileExist(file.Reserve())
-            ? ZET_TEXT("was edited without markers, and may hold what others wrote, stays as it is (%s "
-                       "puts back what was there before)")
-            : ZET_TEXT("was edited without markers and has no reserve, stays as it is (%s forgets it)"),
-        Force(file));
-}
-
-std::string TakeBack::WordsOfUnmarked(const WrittenFile& file) const {
-    constexpr const char* kWords[2][2] = {
-        {ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is on record "
-                  "(%s forgets it)"),
-         ZET_TEXT("the managed blocks are taken out; what was edited without markers stays, and is on record "
-                  "(%s puts back what was there before)")},
-        {ZET_TEXT("the managed blocks would be taken out; what was edited without markers stays, and is on "
-                  "record (%s forgets it)"),
-         ZET_TEXT("the managed blocks would be taken out; what was edited without markers stays, and is on "
-                  "record (%s puts back what was there before)")}};
-    const bool hasReserve = IsFileExist(file.Reserve());
-    return Words(kWords[m_product.Wanted().dryRun ? 1 : 0][hasReserve ? 1 : 0], Force(file));
-}
-
 void TakeBack::DecideBlocks(TakeBackStep& step, std::string text, const std::string& remark) {
     step.action = Action::TakeOutBlocks;
     step.Tell(Result::Changed, remark);
+    PlanText(step, std::move(text));
+}
+
+void TakeBack::PlanText(TakeBackStep& step, std::string text) {
     step.outcome.before = step.outcome.after = StateOf(step.file.path);
     step.text = std::move(text);
-    const std::string staged = Room().PathOf("without-blocks");
+    const std::string staged = Room().PathOf("planned");
     WriteStagedFile(staged, step.text, step.outcome.before.mode);
     step.outcome.diff = DiffToShow(m_product, step.file.path, staged, step.file.path);
+}
+
+/// Whoever obeys its notice is not to commit the role that goes.
+void TakeBack::LeaveToOtherRole(TakeBackStep& step) {
+    step.action = Action::OnlyRecord;
+    TellOfOtherRole(step);
+    const KnownFile& known = *m_known.Find(step.file.path);
+    if (known.HoldsMerge() || !m_known.IsAsLeft(step.file.path)) return;
+    std::optional<std::string> text = Text::WithCommandOf(
+        ReadFileBytes(step.file.path), ProgramOf(m_product.Role()), ProgramOf(m_otherRole));
+    if (!text) return;
+    step.action = Action::NameOtherRole;
+    PlanText(step, std::move(*text));
 }
 
 void TakeBack::DecidePutBack(TakeBackStep& step, const FileState& now, const FileState& reserve) const {
@@ -273,14 +272,14 @@ ShownDiff TakeBack::DiffOf(const WrittenFile& file, const FileState& now, const 
                       file.path);
 }
 
-void TakeBack::TakeOutBlocks(const TakeBackStep& step) const {
+void TakeBack::ReplaceText(const TakeBackStep& step) const {
     const FileInPlace place = step.file.PlaceIn(m_product.HostPaths());
     Replacement replacement(m_product, place, step.version);
     replacement.MakeOfText(step.text, replacement.Former().mode);
 }
 
 void TakeBack::Do(const TakeBackStep& step) const {
-    if (step.action == Action::TakeOutBlocks) return TakeOutBlocks(step);
+    if (IsText(step.action)) return ReplaceText(step);
     if (step.action != Action::PutBack && step.action != Action::DropReserve) return;
     const FileInPlace place = step.file.PlaceIn(m_product.HostPaths());
     if (step.action == Action::PutBack) return PutBackAsItWas(m_product, place, step.version);
@@ -313,12 +312,16 @@ ExpectedFile TakeBack::Expected(const TakeBackStep& step) const {
         file.knownAs = known->state;
         return file;
     }
-    if (step.action == Action::TakeOutBlocks) {
+    if (IsText(step.action)) {
         file.after = Capture(file.path, longest);
         file.after->SetText(step.text);
-        if (!step.isKept) return file;
-        file.kind = FileKind::Edit;
-        file.knowledge->ForgetBase();
+        if (step.action == Action::NameOtherRole) {
+            file.kind = FileKind::Target;
+            file.knowledge->namedRole = m_otherRole;
+        } else if (step.isKept) {
+            file.kind = FileKind::Edit;
+            file.knowledge->ForgetBase();
+        }
         return file;
     }
     file.after = step.hasReserve ? Capture(step.file.Reserve(), longest) : CapturedFile();

@@ -17,7 +17,7 @@ namespace ZET::Deploy {
 
 /// What is done to one file that goes back to what it was.
 struct TakeBackStep {
-    enum class Action { Nothing, PutBack, DropReserve, OnlyRecord, TakeOutBlocks };
+    enum class Action { Nothing, PutBack, DropReserve, OnlyRecord, TakeOutBlocks, NameOtherRole };
 
     WrittenFile file;
     FileOutcome outcome{};
@@ -25,7 +25,7 @@ struct TakeBackStep {
     FileVersion version{};  ///< before it was looked at
     bool hasReserve = false;
     bool isKept = false;                  ///< it should have gone back, and stays
-    std::string text{};                   ///< what is left without the blocks
+    std::string text{};                   ///< without the blocks, or with the other role's command
     std::optional<std::string> others{};  ///< lines that the other role has set there, as they are remembered
 
     bool IsChange() const { return action != Action::Nothing && action != Action::OnlyRecord; }
@@ -70,8 +70,6 @@ class TakeBack {
     void DecideTarget(TakeBackStep& step);
     void RequireWritable(const TakeBackStep& step) const;
     bool DecideEdit(TakeBackStep& step);
-    std::string WordsOfKept(const WrittenFile& file) const;
-    std::string WordsOfUnmarked(const WrittenFile& file) const;
     void DecideBlocks(TakeBackStep& step, std::string text, const std::string& remark);
     void DecidePutBack(TakeBackStep& step, const FileState& now, const FileState& reserve) const;
     std::string Force(const WrittenFile& file) const;
@@ -79,7 +77,9 @@ class TakeBack {
     void TellOfOtherRole(TakeBackStep& step) const;
     bool MayBeOthers(const WrittenFile& file) const;
     void KeepOthers(TakeBackStep& step) const;
-    void TakeOutBlocks(const TakeBackStep& step) const;
+    void LeaveToOtherRole(TakeBackStep& step);
+    void PlanText(TakeBackStep& step, std::string text);
+    void ReplaceText(const TakeBackStep& step) const;
     ShownDiff DiffOf(const WrittenFile& file, const FileState& now, const FileState& reserve) const;
     bool IsEdited(const std::string& path) const;
     bool IsOwnWork(const WrittenFile& file);
