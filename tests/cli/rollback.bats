@@ -343,6 +343,11 @@ $TWO: $kept"
     done
     run_zet status
     [[ $output != *"committed: never"* && $output == *"$TWO: missing"* ]]
+    ln -s nowhere out
+    run_zet rollback-config
+    assert_status 1
+    [[ $output == *"$ONE: $kept"* && $output == *"$TWO: $kept"* ]]
+    rm out
     mv away out
     run_zet rollback-config
     assert_status 0

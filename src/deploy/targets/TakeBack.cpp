@@ -31,6 +31,12 @@ bool IsText(Action action) {
     return action == Action::TakeOutBlocks || action == Action::NameOtherRole;
 }
 
+/// A link that leads nowhere is no directory yet.
+bool IsThere(const Paths& paths, const std::string& directory) {
+    const FileState state = StateOf(directory);
+    return S_ISLNK(state.mode) ? StateOf(paths.Resolved(paths.NameInside(directory))).exists : state.exists;
+}
+
 void Keep(TakeBackStep& step, const std::string& remark) {
     step.isKept = true;
     step.Tell(Result::Kept, remark);
@@ -204,7 +210,7 @@ void TakeBack::DecidePutBack(TakeBackStep& step, const FileState& now, const Fil
 bool TakeBack::IsOutOfReach(const WrittenFile& file) const {
     const bool isOnRecord =
         file.isEdit ? m_known.Find(file.path) != nullptr : m_known.Has(file.path, m_product.Role());
-    return isOnRecord && !IsFileExist(DirectoryOf(file.path));
+    return isOnRecord && !IsThere(m_product.HostPaths(), DirectoryOf(file.path));
 }
 
 bool TakeBack::IsReserveLost(const WrittenFile& file) const {
