@@ -72,12 +72,12 @@ $HOST/out/two.conf: would be created, mode 0644, owner $EUID:$(id -g)
     PROGRAM=$ZET_BIN/zet-init run_zet commit-config -n
     assert_success "2 unchanged"
     # What is left to the other role.
-    sed -i '/two.conf/,$ s/"both"/"server"/' templates/targets.toml
-    run_zet commit-config -n
+    sed -i '/two.conf/,$ s/"both"/"client"/' templates/targets.toml
+    PROGRAM=$ZET_BIN/zet-init run_zet commit-config -n
     assert_status 3
-    assert_stderr "$told"
-    zet -q commit-config
-    run_zet commit-config -n
+    assert_stderr "${told/client/init}"
+    server -q commit-config
+    PROGRAM=$ZET_BIN/zet-init run_zet commit-config -n
     assert_status 0
 }
 
