@@ -214,3 +214,31 @@ $HOST/out/app/a.conf"
     assert_file "$root/srv/a.conf" $'orig\n'
     assert_absent "$root/srv/a.conf.before_zet"
 }
+
+@test "where a change of a moved file is damaged, nothing is taken for left over" {
+    zet -q commit-config
+    move_directory out/app srv
+    /usr/bin/python3 -c 'import sqlite3, sys
+store = sqlite3.connect(sys.argv[1])
+store.execute("UPDATE files SET kind_before = kind_before + 1 WHERE path LIKE \"%/a.conf\"")
+store.commit()' state/state.db
+    cp srv/a.conf before
+    run_zet commit-config
+    assert_status 1
+    [[ $stderr == *"$HOST/state/state.db: the history is damaged"* ]]
+    cmp before srv/a.conf
+    assert_file srv/a.conf.before_zet $'orig\n'
+}
+
+@test "the state directory takes with it what is known of the status" {
+    zet -q commit-config
+    move_directory state statedir
+    run_zet undo
+    assert_status 0
+    assert_stderr ""
+    assert_equal "$(names_in statedir)" zet.lock
+    run_zet undo
+    assert_status 0
+    run_zet status
+    assert_status 0
+}

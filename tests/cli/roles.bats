@@ -84,7 +84,7 @@ $HOST/out/client.conf: put back as it was, mode 0644 -> 0640"
     assert_status 3
     [[ $output == *"-# \$ zet-init commit-config"$'\n'"+# \$ zet-client commit-config"* ]]
     PROGRAM=$ZET_BIN/zet-init run_zet rollback-config
-    assert_success "${STAYS/server/client}"
+    assert_success "$HOST/out/both.conf: stays for the role client, whose command its notice names now"
     assert_file out/both.conf "$(notice both.conf zet-client)"$'\nx\n'
     run_zet status
     assert_status 0
@@ -93,6 +93,28 @@ $HOST/out/client.conf: put back as it was, mode 0644 -> 0640"
     zet -q undo
     cmp before out/both.conf
     PROGRAM=$ZET_BIN/zet-init run_zet status
+    assert_status 0
+}
+
+@test "what a commit merged stays as it is for the other role" {
+    echo edited >>out/both.conf
+    zet commit-config --on-edit=merge
+    server commit-config
+    cp out/both.conf before
+    PROGRAM=$ZET_BIN/zet-init zet rollback-config
+    cmp before out/both.conf
+    run_zet status
+    assert_status 0
+    run_zet commit-config
+    assert_status 0
+    cmp before out/both.conf
+}
+
+@test "what lost its reserve names the command of the role for which it stays, too" {
+    rm out/both.conf.before_zet
+    PROGRAM=$ZET_BIN/zet-init zet rollback-config
+    assert_file out/both.conf "$(notice both.conf zet-client)"$'\nx\n'
+    run_zet status
     assert_status 0
 }
 

@@ -82,6 +82,16 @@ teardown() {
     assert_status 0
 }
 
+@test "an edit that goes back by its name, or by two, takes no status with it" {
+    sed -i 's/^roles.*/&\nenabled = false/' templates/targets.toml
+    zet -q commit-config
+    run_zet rollback-config conf "$HOST/conf"
+    assert_status 0
+    assert_output "$HOST/conf: put back as it was"
+    assert_stderr ""
+    [[ -e state/zet-client.status ]]
+}
+
 @test "without a list, what was edited in place goes back all the same" {
     mv templates/targets.toml list
     run_zet rollback-config

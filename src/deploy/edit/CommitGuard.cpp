@@ -10,6 +10,7 @@
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/LinesInPlace.h"
 #include "deploy/targets/TemplateFiles.h"
+#include "text/ShellWord.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -100,7 +101,7 @@ void CommitGuard::RequireNoTarget(const KnownFile& known) const {
 
 /// The command that takes the file back, which is that of a role that has it.
 std::string CommitGuard::Rollback(const KnownFile& known) const {
-    const std::string words = "rollback-config " + m_product.HostPaths().NameInside(m_path);
+    const std::string words = "rollback-config " + Text::ShellWord(m_product.HostPaths().NameInside(m_path));
     const std::set<Role>& roles = known.state.knowledge.roles;
     if (roles.contains(m_product.Role())) return words;
     return ProgramOf(OtherRole(m_product.Role())) + (" " + words);

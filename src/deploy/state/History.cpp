@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <charconv>
 #include <iterator>
+#include <set>
+#include <string>
 #include <utility>
 
 #include "deploy/host/Failure.h"
@@ -73,10 +75,11 @@ Store& History::ToRecord() {
         m_store = nullptr;
         // From now on, there is one.
         const FoundStore found = std::exchange(m_foundUnder, {}).expired() ? Find() : m_found;
-        m_store =
+        auto store =
             std::make_unique<Store>(File(), Store::Access::Record, Limits(), m_host.Flag("ZET_SYNC"), found);
         if (found.isForOthers) TellReaders(true);
-        FollowDirectories(*m_store);
+        FollowDirectories(*store);
+        m_store = std::move(store);
         TellLoss();
         m_store->GiveUpLost();
         TellNewKey();
@@ -98,17 +101,19 @@ Store* History::ToLook() {
 }
 
 /// A directory may have been moved since, with a link in its place: then its files are known under the names
-/// that they have by now, as all who look them up have those. Damage is told by who needs what is damaged.
+/// that they have by now, as all who look them up have those. Damage of what is known is told by who needs
+/// it.
 void History::FollowDirectories(Store& store) const {
+    std::set<std::string> directories;
     try {
-        NewDirectories moved;
-        for (const std::string& directory : store.KnownDirectories())
-            if (auto name = m_host.HostPaths().NewNameOf(directory))
-                moved.emplace(directory, std::move(*name));
-        if (!moved.empty()) store.Follow(moved);
+        directories = store.KnownDirectories();
     } catch (const Damage&) {
         return;
     }
+    NewDirectories moved;
+    for (const std::string& directory : directories)
+        if (auto name = m_host.HostPaths().NewNameOf(directory)) moved.emplace(directory, std::move(*name));
+    if (!moved.empty()) store.Follow(moved);
 }
 
 /// A role that has committed has recorded it, so that nothing is in the store is damage then. One that is not
@@ -132,7 +137,7 @@ void History::TellNewKey() {
 
 /// One of several names is named: what is said of it, and done, is so for all of them.
 void History::TellReaders(bool isMended) {
-    if (!isMended && std::exchange(m_areReadersTold, true)) return;
+    if (std::exchange(m_areReadersTold, true)) return;
     Problem readers = {.file = File(),
                        .text = _("others may read it, or what stands beside it"),
                        .remedy = _("chmod go-rwx: it holds what files held, passwords too")};

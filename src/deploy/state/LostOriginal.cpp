@@ -4,6 +4,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/History.h"
 #include "deploy/state/KnownFiles.h"
+#include "text/ShellWord.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -39,7 +40,7 @@ void WarnOfLostOriginal(Host& host, const std::string& path) {
     host.Out().Warning(
         Words("%s: has no reserve, and gets none, as the product's own work is no original (\"history "
               "%s\" tells where that is kept)",
-              path, host.HostPaths().NameOfReal(path)));
+              path, Text::ShellWord(host.HostPaths().NameOfReal(path))));
 }
 
 }  // namespace ZET::Deploy

@@ -104,7 +104,7 @@ Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Ri
     } else {
         Lock(product, paths, right);
         // What runs that were killed left is known to whoever holds the product's lock.
-        m_canRecord = m_lock->IsProducts();
+        m_canRecord = m_lock->IsProducts() && product.HostHistory().CanRecord();
         m_records = m_records && m_canRecord;
         // Their directories may be in many places: whoever writes a few files looks there only where the run
         // before him may have left one.

@@ -157,6 +157,11 @@ class Rollback {
 
     /// Whether neither targets nor lines of the role are left when all steps are done.
     bool IsLast(const std::vector<WrittenFile>& all, const std::vector<Step>& steps) const {
+        // What was edited in place is no role's.
+        if (!m_names.empty() && std::none_of(steps.begin(), steps.end(), [&](const Step& step) {
+                return m_known.Has(step.file.path, m_product.Role()) || HasLines(step.file.path);
+            }))
+            return false;
         std::set<std::string_view> takenBack;
         for (const Step& step : steps)
             if (step.action != Action::Nothing) takenBack.insert(step.file.path);

@@ -102,6 +102,7 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
                         Words("has no reserve, stays as it is and on record (\"history %s\" tells what is "
                               "kept of it; %s forgets it)",
                               Text::ShellWord(file.named), Force(file)));
+        if (now.exists && m_known.Has(file.path, m_otherRole)) return LeaveToOtherRole(step);
         step.action = Action::OnlyRecord;
         step.Tell(Result::Unchanged, now.exists ? _("has no reserve, stays as it is") : _("is not there"));
         return;
@@ -183,6 +184,8 @@ void TakeBack::LeaveToOtherRole(TakeBackStep& step) {
         ReadFileBytes(step.file.path), ProgramOf(m_product.Role()), ProgramOf(m_otherRole));
     if (!text) return;
     step.action = Action::NameOtherRole;
+    step.Tell(Result::Changed,
+              Words("stays for the role %s, whose command its notice names now", RoleInWords(m_otherRole)));
     PlanText(step, std::move(*text));
 }
 

@@ -167,6 +167,7 @@ std::vector<WrittenFile> Named(const Deployment& product, const std::vector<Writ
     const Paths& paths = product.HostPaths();
     const std::map<std::string, const WrittenFile*> byPath = ByCanonicalPath(paths, files);
     std::vector<WrittenFile> named;
+    std::set<const WrittenFile*> taken;
     for (const std::string& name : names) {
         const auto file = byPath.find(paths.Canonical(name));
         if (file == byPath.end()) {
@@ -175,7 +176,7 @@ std::vector<WrittenFile> Named(const Deployment& product, const std::vector<Writ
                       "other file back)",
                       name, RoleInWords(product.Role())));
         }
-        named.push_back(*file->second);
+        if (taken.insert(file->second).second) named.push_back(*file->second);
     }
     return named;
 }

@@ -62,7 +62,7 @@ class WayBack {
     /// some stays, as does what stood there before anything was known of it.
     void LookAtStatus(UndoResult& result) {
         for (const Role role : kRoles) {
-            const auto file = FileNamed(m_product.HostPaths().NameInside(m_product.State().Status(role)));
+            const auto file = FileNamed(m_product.HostPaths().NameOfReal(m_product.State().Status(role)));
             if (file != m_files.end() && file->Change().WasOfNobody()) continue;
             LookAtStatus(m_product.State().Status(role), role, result);
             if (role == Role::Client) LookAtStatus(m_product.State().FileServerStatus(), role, result);
@@ -70,7 +70,7 @@ class WayBack {
     }
 
     void LookAtStatus(const std::string& path, Role role, UndoResult& result) {
-        const std::string name = m_product.HostPaths().NameInside(path);
+        const std::string name = m_product.HostPaths().NameOfReal(path);
         const bool isCommitted = IsCommittedThen(role);
         const auto file = FileNamed(name);
         const bool goes = file != m_files.end() && file->Change().file && !file->Change().file->before.exists;
@@ -285,7 +285,9 @@ UndoResult Undo(Deployment& product, const UndoOptions& options) {
         change.isOfOneEntry = true;
     WayBack(product, writing, others).Go(std::move(changes), result);
     // Its own entry may have been one too many for an older one.
-    if (const auto further = NewestBefore(store, entry.number, false)) result.further = further->number;
+    Store* const since = product.HostHistory().ToLookIfUsable();
+    const auto further = since != nullptr ? NewestBefore(*since, entry.number, false) : std::nullopt;
+    if (further) result.further = further->number;
     return result;
 }
 

@@ -157,10 +157,13 @@ inline Role NamedRoleOf(const KnownFile* known, Role own) {
     return isCommitted ? known->state.knowledge.namedRole.value_or(own) : own;
 }
 
-/// The one whose command a new rendering names: the former, as long as that role has the file.
+/// The one whose command a new rendering names: the former, as long as that role has the file, or somebody's
+/// edit is merged with what names it.
 inline Role RoleToName(const KnownFile* known, Role own) {
     const Role named = NamedRoleOf(known, own);
-    return known == nullptr || known->state.knowledge.roles.contains(named) ? named : own;
+    const bool stays =
+        known == nullptr || known->HoldsMerge() || known->state.knowledge.roles.contains(named);
+    return stays ? named : own;
 }
 
 }  // namespace ZET::Deploy
