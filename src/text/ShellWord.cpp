@@ -6,7 +6,7 @@ namespace {
 
 bool NeedsQuotes(std::string_view word) {
     constexpr std::string_view kPlain =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_@%+=:,./-";
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_@%+=:,./-*";
     return word.empty() || word.find_first_not_of(kPlain) != std::string_view::npos;
 }
 

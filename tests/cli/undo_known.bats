@@ -63,7 +63,7 @@ assert_refuses_edit() {
     assert_equal "$(roles)" "6:server6:client"
     [[ -e state/zet-client.status && -e state/zet-client-fs.status ]]
     PROGRAM=$ZET_BIN/zet-init run_zet rollback-config
-    assert_success "$ONE: stays for the role client, which has committed it"
+    assert_success "$ONE: stays for the role client, whose command its notice names now"
     grep -q NEW.ORG out/one.conf || grep -q realm out/one.conf
 }
 

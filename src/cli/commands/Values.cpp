@@ -1,5 +1,4 @@
 #include "cli/ExitStatus.h"
-#include "cli/Fields.h"
 #include "cli/Session.h"
 #include "cli/commands/Registrations.h"
 #include "cli/commands/ValueSources.h"

@@ -3,7 +3,6 @@
 #include <pwd.h>
 
 #include <algorithm>
-#include <string_view>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"

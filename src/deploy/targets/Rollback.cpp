@@ -158,10 +158,8 @@ class Rollback {
     /// Whether neither targets nor lines of the role are left when all steps are done.
     bool IsLast(const std::vector<WrittenFile>& all, const std::vector<Step>& steps) const {
         // What was edited in place is no role's.
-        if (!m_names.empty() && std::none_of(steps.begin(), steps.end(), [&](const Step& step) {
-                return m_known.Has(step.file.path, m_product.Role()) || HasLines(step.file.path);
-            }))
-            return false;
+        const auto isRoles = [&](const Step& step) { return !step.file.isEdit || HasLines(step.file.path); };
+        if (!m_names.empty() && std::none_of(steps.begin(), steps.end(), isRoles)) return false;
         std::set<std::string_view> takenBack;
         for (const Step& step : steps)
             if (step.action != Action::Nothing) takenBack.insert(step.file.path);
@@ -178,9 +176,9 @@ class Rollback {
     /// Whether a commit of the role has set lines in the file.
     bool HasLines(const std::string& path) const {
         Store* const store = m_product.HostHistory().ToLookIfUsable();
-        const KnownFile& file = *m_known.Find(path);
-        return store != nullptr &&
-               CommittersOf(*store, file.kind, file.state.knowledge).contains(m_product.Role());
+        const KnownFile* const file = m_known.Find(path);
+        return store != nullptr && file != nullptr &&
+               CommittersOf(*store, file->kind, file->state.knowledge).contains(m_product.Role());
     }
 
     /// What is going to be changed.

@@ -116,10 +116,6 @@ void ChooseJournal(Database& database) {
         database.Run("PRAGMA journal_mode = TRUNCATE");
 }
 
-bool HoldsTexts(std::string_view suffix) {
-    return suffix.empty() || suffix == kJournalSuffix || suffix == kUndoJournalSuffix;
-}
-
 }  // namespace
 
 FoundStore FindStore(const std::string& file) {
@@ -130,7 +126,7 @@ FoundStore FindStore(const std::string& file) {
         const std::optional<struct stat> found = StatusOfOwn(file + suffix);
         if (*suffix == '\0') size = SizeOf(found);
         if (suffix == std::string_view(kJournalSuffix)) journal = SizeOf(found);
-        isForOthers = isForOthers || (found && HoldsTexts(suffix) && IsForOthers(*found));
+        isForOthers = isForOthers || (found && IsForOthers(*found));
     }
     // The library would empty it without a word.
     if (size <= 0 && journal > 0)
