@@ -162,3 +162,17 @@ edited() {
         done
     done
 }
+
+@test "what nothing can keep is replaced with force alone, where the state directory is immutable, too" {
+    need_root
+    printf 'x=1\n' >conf
+    zet -q param set conf x 2
+    echo mine >>conf
+    cp conf before
+    chattr +i state || skip "no such attribute here"
+    run_zet file restore conf
+    chattr -i state
+    assert_status 1
+    [[ $stderr == *"holds changes that are kept nowhere"* ]] || differ words "kept nowhere" "$stderr"
+    cmp conf before
+}
