@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
 using ZET::Text::NoticeLines;
 using ZET::Text::NoticeTexts;
+using ZET::Text::WithCommandOf;
 using Lines = std::vector<std::string_view>;
 
 namespace {
@@ -66,4 +69,20 @@ TEST(NoticeTexts, TemplateIsReadFromATextOfAnotherLanguage) {
 
 TEST(NoticeTexts, LongestTextIsKnown) {
     EXPECT_EQ(NoticeTexts().MostLines(), 8U);
+}
+
+TEST(NoticeTexts, CommandOfAnotherProgramTakesThePlaceOfTheOneThatIsNamed) {
+    const std::string notice =
+        "#!/bin/sh\n# --ZET_CONFIG_COMMENT--\n# $ zet-init commit-config\n#\n# --ZET_COMMENT_END--\n";
+    const std::string text = "# $ zet-init commit-config\n";
+    EXPECT_EQ(
+        WithCommandOf(notice + text, "zet-init", "zet-client"),
+        "#!/bin/sh\n# --ZET_CONFIG_COMMENT--\n# $ zet-client commit-config\n#\n# --ZET_COMMENT_END--\n" +
+            text);
+    EXPECT_EQ(WithCommandOf(notice, "zet-client", "zet-init"), std::nullopt);
+}
+
+TEST(NoticeTexts, CommandOutsideOfTheNoticeIsNone) {
+    EXPECT_EQ(WithCommandOf("# --ZET_COMMENT_END--\n# $ zet-init commit-config\n", "zet-init", "zet-client"),
+              std::nullopt);
 }
