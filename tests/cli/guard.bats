@@ -105,6 +105,18 @@ EDITS=("param set FILE other 2" "line set FILE ^plain p=2" "file strip FILE" "fi
         "$ONE" "${EDITS[@]}"
     run_zet rollback-config "$ONE"
     assert_status 2
+    rm "$ONE.before_zet"
+    assert_guarded "$ONE: was made by a commit, and no list has it any more (put it into the lists again, give up what was there before with \"zet-init rollback-config --force $ONE\", or use --force)" \
+        "$ONE" "param set FILE other 2" "line set FILE ^plain p=2" "file strip FILE"
+    server rollback-config --force "$ONE"
+    run_zet param set "$ONE" other 2
+    assert_status 0
+}
+
+@test "what no list has any more goes back by the command that the refusal names" {
+    sed -i 's/^roles = .*/roles = "server"/' "$LIST"
+    server -q commit-config
+    : >"$LIST"
     server rollback-config "$ONE"
     assert_file "$ONE" $'old = 1\n'
 }

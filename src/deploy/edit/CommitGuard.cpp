@@ -7,6 +7,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
 #include "deploy/lists/HostLists.h"
+#include "deploy/state/LostOriginal.h"
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/LinesInPlace.h"
 #include "deploy/targets/TemplateFiles.h"
@@ -82,9 +83,15 @@ void CommitGuard::RequireNoTarget(const KnownFile& known) const {
     const Target* const target = lists.IsUsable() ? lists.TargetNamed(lists.NameOf(m_path)) : nullptr;
     if (target == nullptr) {
         RequireTellingLists();
-        Refuse(
-            _("was made by a commit, and no list has it any more"),
-            Words("put it into the lists again, take it back with \"%s\", or use --force", Rollback(known)));
+        const std::string remedy =
+            IsOriginalLost(m_product, m_path)
+                ? Words(
+                      "put it into the lists again, give up what was there before with \"%s\", or use "
+                      "--force",
+                      Rollback(known, "rollback-config --force "))
+                : Words("put it into the lists again, take it back with \"%s\", or use --force",
+                        Rollback(known));
+        Refuse(_("was made by a commit, and no list has it any more"), remedy);
     }
     const std::set<Role>& roles = known.state.knowledge.roles;
     const bool isInForce = target->IsInForce() && std::any_of(roles.begin(), roles.end(),
@@ -100,8 +107,8 @@ void CommitGuard::RequireNoTarget(const KnownFile& known) const {
 }
 
 /// The command that takes the file back, which is that of a role that has it.
-std::string CommitGuard::Rollback(const KnownFile& known) const {
-    const std::string words = "rollback-config " + Text::ShellWord(m_product.HostPaths().NameInside(m_path));
+std::string CommitGuard::Rollback(const KnownFile& known, const std::string& command) const {
+    const std::string words = command + Text::ShellWord(m_product.HostPaths().NameInside(m_path));
     const std::set<Role>& roles = known.state.knowledge.roles;
     if (roles.contains(m_product.Role())) return words;
     return ProgramOf(OtherRole(m_product.Role())) + (" " + words);

@@ -34,7 +34,7 @@ class CommitGuard {
 
     std::optional<KnownFile> CommittedFile() const;
     void RequireNoTarget(const KnownFile& known) const;
-    std::string Rollback(const KnownFile& known) const;
+    std::string Rollback(const KnownFile& known, const std::string& command = "rollback-config ") const;
     void RequireKept(const std::string& made) const;
     const ListedEdit* EntryOf(const RememberedLine& line) const;
     void RequireTellingLists() const;
