@@ -69,6 +69,25 @@ assert_state() {
     assert_stderr ""
 }
 
+@test "a history whose mode cannot be set is said, and records all the same" {
+    zet -q commit-config
+    chmod 644 state/state.db
+    capture strace -f -qq -o "$BASE/trace" -e trace=fchmod -e inject=fchmod:error=EPERM -P "$HOST/state/state.db" \
+        "$ZET_BIN/zet-client" --config zet.conf param set conf a 2
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/state/state.db: others may read it, or what stands beside it (chmod go-rwx: it holds what files held, passwords too)"
+    run_zet history
+    [[ $output == *"param set conf a 2"* ]]
+}
+
+@test "what holds none of the texts may be read by others" {
+    zet -q commit-config
+    chmod 644 state/state.db-last
+    run_zet param set conf a 2
+    assert_status 0
+    assert_stderr ""
+}
+
 @test "an empty history that others may read is not for them once it is made" {
     : >state/state.db
     chmod 644 state/state.db

@@ -77,7 +77,7 @@ Store& History::ToRecord() {
         const FoundStore found = std::exchange(m_foundUnder, {}).expired() ? Find() : m_found;
         auto store =
             std::make_unique<Store>(File(), Store::Access::Record, Limits(), m_host.Flag("ZET_SYNC"), found);
-        if (found.isForOthers) TellReaders(true);
+        if (found.isForOthers) TellReaders(!FindStore(File()).isForOthers);
         FollowDirectories(*store);
         m_store = std::move(store);
         TellLoss();

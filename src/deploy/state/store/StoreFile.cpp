@@ -9,7 +9,6 @@
 #include <string_view>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileMode.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/PathJudge.h"
 #include "deploy/host/Remedy.h"
@@ -30,6 +29,11 @@ bool IsRightOwner(uid_t owner, const std::string& file) {
 }
 
 constexpr mode_t kForOwner = S_IRUSR | S_IWUSR;
+
+/// The others hold the last number, and where what is in the journal stands.
+bool HoldsTexts(std::string_view suffix) {
+    return suffix.empty() || suffix == kJournalSuffix || suffix == kUndoJournalSuffix;
+}
 
 bool IsForOthers(const struct stat& status) {
     return (status.st_mode & (S_IRWXG | S_IRWXO)) != 0;
@@ -65,7 +69,8 @@ off_t SizeOf(const std::optional<struct stat>& status) {
     return status ? status->st_size : -1;
 }
 
-/// Before the library opens them: it would lose its locks with a descriptor that is closed after that.
+/// Before the library opens them: it would lose its locks with a descriptor that is closed after that. A file
+/// system may have one mode for all, which is told by who looks again.
 void KeepFromOthers(const std::string& file) {
     constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     for (const char* const suffix : kStoreSuffixes) {
@@ -73,8 +78,9 @@ void KeepFromOthers(const std::string& file) {
         const Descriptor opened(open(name.c_str(), kFlags));
         if (opened < 0 && errno == ENOENT) continue;
         struct stat status = {};
-        if (opened >= 0 && fstat(opened, &status) == 0) RequireOwn(name, status);
-        RequireMode(opened, name, kForOwner);
+        if (opened < 0 || fstat(opened, &status) != 0) FailOfCall(name, _("cannot be opened"));
+        RequireOwn(name, status);
+        static_cast<void>(fchmod(opened, kForOwner));
     }
 }
 
@@ -126,7 +132,7 @@ FoundStore FindStore(const std::string& file) {
         const std::optional<struct stat> found = StatusOfOwn(file + suffix);
         if (*suffix == '\0') size = SizeOf(found);
         if (suffix == std::string_view(kJournalSuffix)) journal = SizeOf(found);
-        isForOthers = isForOthers || (found && IsForOthers(*found));
+        isForOthers = isForOthers || (found && HoldsTexts(suffix) && IsForOthers(*found));
     }
     // The library would empty it without a word.
     if (size <= 0 && journal > 0)

@@ -16,7 +16,7 @@ struct FoundStore {
     };
 
     State state = Nothing;
-    bool isForOthers = false;  ///< others than its owner may read it, or what stands beside it
+    bool isForOthers = false;  ///< others than its owner may read its texts, there or in a journal beside it
 
     bool operator==(State other) const { return state == other; }
 };
@@ -26,7 +26,8 @@ struct FoundStore {
 /// opened. And where nothing is left of a store but its journal.
 FoundStore FindStore(const std::string& file);
 
-/// Opens it with its tables, which are made where there are none. From now on, only its owner may read it.
+/// Opens it with its tables, which are made where there are none. From now on, only its owner may read it,
+/// where the file system has modes.
 /// `isSynced`: what was recorded is on the disk when a transaction was committed.
 std::unique_ptr<Database> OpenStoreToRecord(const std::string& file, FoundStore found, bool isSynced);
 
