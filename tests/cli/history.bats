@@ -247,7 +247,40 @@ login_of_this_process() {
     echo ZET_HISTORY_KEEP=1 >>zet.conf
     zet -q param set --no-markers --no-backup conf x 3
     run_zet history show 1 conf
-    assert_refusal 1 'change 1 is not kept any more, or changed nothing after all ("history" tells what there is; ZET_HISTORY_KEEP says how many are kept)'
+    assert_refusal 2 'change 1 is no longer kept ("history" tells those that are; ZET_HISTORY_KEEP says how many)'
+}
+
+@test "a number that no change has is wrong use, whichever command gets it" {
+    zet -q param set conf x 2
+    zet -q param set conf x 2
+    zet -q param set conf x 3
+    local words
+    for words in 'history show 2' 'history diff 2' 'undo 2' 'rollback-config --to 2'; do
+        run_zet $words
+        assert_refusal 2 'change 2 changed nothing after all ("history" tells those that did)'
+    done
+}
+
+@test "an export is of one moment, whatever is recorded meanwhile" {
+    echo ZET_HISTORY_KEEP=3 >>zet.conf
+    echo >other
+    head -c 300000 /dev/zero | tr '\0' x >large
+    zet -q line set large ^y y
+    zet -q param set conf PASS S3CRET
+    chmod 600 conf
+    zet history export >"$BASE/expected"
+    run grep -c S3CRET "$BASE/expected"
+    assert_equal "$output" 0
+    # It is stopped at its first bytes, with the rest to come.
+    strace -f -qq -P "$BASE/stream" -e trace=write,writev -e inject=write,writev:signal=STOP:when=1 -o "$BASE/trace" \
+        "$ZET_BIN/zet-client" --config zet.conf history export >"$BASE/stream" 3>&- &
+    local strace=$! tries=0
+    until grep -qs "stopped by SIGSTOP" "$BASE/trace" || [[ $((++tries)) -gt 400 ]]; do sleep 0.05; done
+    local change
+    for change in 1 2 3 4 5; do zet -q param set other a "$change"; done
+    kill -CONT "$(awk '{ print $1; exit }' "$BASE/trace")"
+    wait "$strace"
+    cmp "$BASE/expected" "$BASE/stream"
 }
 
 @test "a difference is what patch takes, of one change or from one to another" {
@@ -778,6 +811,36 @@ conf:1: lines 1 to 5: the administrator's own; in parts since an edit of somebod
         differ conf "nothing invented" "$output"
     run_zet --json history show 1
     assert_json '[f["mode_after"] for f in d["entries"][0]["files"] if f["mode_after"]]' '[]'
+}
+
+@test "of a change that has not ended, what it has not written yet is no change" {
+    add_target one.conf $'realm = ${realm}\n'
+    add_target two.conf $'realm = ${realm}\n'
+    zet -q commit-config
+    zet -q option set REALM NEXT.ORG
+    local count=0 number
+    until grep -q NEXT.ORG out/one.conf; do
+        capture strace -f -qq -o "$BASE/trace" -e trace=/rename -e "inject=/rename:signal=KILL:when=$((++count))" \
+            "$ZET_BIN/zet-client" --config zet.conf commit-config
+        assert_status 137
+    done
+    number=$(store 'SELECT max(number) FROM entries')
+    run_zet history show "$number"
+    [[ $output == *"$HOST/out/one.conf: changed (target"* && $output == *"$HOST/out/two.conf: changed, not ended (target"* ]] ||
+        differ files "one done, one not ended" "$output"
+    run_zet history diff "$number" out/one.conf
+    assert_status 0
+    [[ $output == *"+realm = NEXT.ORG"* ]]
+    run_zet history diff "$number" out/two.conf
+    assert_success ""
+    run_zet history show "$number" out/two.conf --after
+    assert_refusal 1 "$HOST/out/two.conf: change $number has not written it (wait for its command; one that was killed is ended by the next one that writes)"
+    run_zet history export
+    assert_status 0
+    [[ $output != *"out/two.conf: not exported"* ]]
+    run_zet explain out/two.conf
+    [[ $output != *"somebody else"* && $output == *"since change 1"* ]] || differ explain "since change 1" "$output"
+    zet -q commit-config
 }
 
 @test "what came between two entries is told where all of it is kept" {

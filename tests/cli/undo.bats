@@ -171,7 +171,7 @@ zet-client: nothing was changed"
 @test "a number that is no entry, and a word that is none, are wrong use" {
     edit size 4
     run_zet undo 7
-    assert_refusal 2 '7: is no change of the history ("history" tells them)'
+    assert_refusal 2 'there is no change 7: the last one is 1 ("history" tells them)'
     run_zet undo last
     assert_refusal 2 '"last" is no number of a change ("history" tells them)'
     run_zet undo 1 1
@@ -514,9 +514,9 @@ zet-client: nothing was changed"
     edit size 6
     edit size 7
     run_zet undo 1
-    assert_refusal 2 '1: is a change that is no longer kept ("history" tells them)'
+    assert_refusal 2 'change 1 is no longer kept ("history" tells those that are; ZET_HISTORY_KEEP says how many)'
     run_zet rollback-config --to 1
-    assert_refusal 2 '1: is a change that is no longer kept ("history" tells them)'
+    assert_refusal 2 'change 1 is no longer kept ("history" tells those that are; ZET_HISTORY_KEEP says how many)'
     run_zet rollback-config --to 3 --to 4
     assert_refusal 2 "--to takes one change, and goes back to it as a whole (leave TARGET out)"
 }

@@ -70,7 +70,7 @@ on_read_only_state() {
     assert_output ""
     assert_stderr "zet-client: no change is kept any more"
     run_zet history show 1
-    assert_refusal 1 "change 1 is not kept any more, or changed nothing after all (\"history\" tells what there is; ZET_HISTORY_KEEP says how many are kept)"
+    assert_refusal 2 "change 1 is no longer kept (\"history\" tells those that are; ZET_HISTORY_KEEP says how many)"
     run_zet history show 3
     assert_refusal 2 "there is no change 3: the last one is 2 (\"history\" tells them)"
 }

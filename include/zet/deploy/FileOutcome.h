@@ -47,7 +47,10 @@ struct FileOutcome {
     bool isEdited = false;     ///< somebody else changed the target since the last commit
     bool isMerged = false;     ///< what somebody else changed in it is in the text that it then has, too
 
-    bool IsChange() const { return result != Result::Unchanged && result != Result::Kept; }
+    /// Whether the file is another one now, or would be. One that could not be put back is none.
+    bool IsChange() const {
+        return result != Result::Unchanged && result != Result::Kept && result != Result::Failed;
+    }
 };
 
 /// "unchanged", "created", ...

@@ -21,7 +21,7 @@ struct RollbackOptions {
 };
 
 void TellTarget(Session& session, const FileOutcome& outcome) {
-    if (!session.Asked().quiet || outcome.IsChange())
+    if (!session.Asked().quiet || outcome.IsChange() || outcome.result == FileOutcome::Result::Failed)
         session.Out().Line(outcome.path + ": " + outcome.remark);
     TellDiff(session.Out(), outcome.diff);
     FileOutcome entry = outcome;

@@ -21,7 +21,7 @@ class Comparison {
     HistoryDiff Of(const RecordedFile& file) {
         HistoryDiff result;
         result.file = ToldFile(m_reader, file);
-        if (HaveSameText(file.before, file.after)) return result;
+        if (!file.IsPlanned() || HaveSameText(file.before, file.after)) return result;
         for (const RecordedState* state : {&file.before, &file.after}) {
             result.trouble = m_reader.WhyNotKept(*state);
             if (!result.trouble.empty()) return result;

@@ -81,14 +81,6 @@ std::vector<std::string> ShownWords(const HistoryReader& reader, const RecordedE
     return texts ? WordsWithoutTexts(entry.words, *texts, paths) : least;
 }
 
-/// Of an entry that is open, a companion may never come, though its text is known: only that it was going to
-/// be there is told.
-HistoryFile ToldFileOf(const HistoryReader& reader, const RecordedEntry& entry, const RecordedFile& file) {
-    HistoryFile told = ToldFile(reader, file);
-    if (entry.outcome == EntryOutcome::Open && file.kind == FileKind::Companion) told.after = {};
-    return told;
-}
-
 /// The user's name, or his number where he has none.
 std::string UserName(uid_t user) {
     const struct passwd* const known = getpwuid(user);
@@ -170,7 +162,7 @@ std::vector<HistoryEntry> ListHistory(Deployment& product, const std::string& fi
         entries.push_back(ToldEntry(reader, entry));
         for (const RecordedFile& each : reader.FilesOf(entry.number)) {
             if (file.empty() || std::find(wanted.begin(), wanted.end(), each.path) != wanted.end())
-                entries.back().files.push_back(ToldFileOf(reader, entry, each));
+                entries.back().files.push_back(ToldFile(reader, each));
         }
     }
     return entries;
@@ -178,17 +170,22 @@ std::vector<HistoryEntry> ListHistory(Deployment& product, const std::string& fi
 
 HistoryEntry ShowEntry(Deployment& product, std::int64_t number) {
     const HistoryReader reader(product);
-    const RecordedEntry entry = reader.Entry(number);
-    HistoryEntry told = ToldEntry(reader, entry);
+    HistoryEntry told = ToldEntry(reader, reader.Entry(number));
     for (const RecordedFile& file : reader.FilesOf(number))
-        told.files.push_back(ToldFileOf(reader, entry, file));
+        told.files.push_back(ToldFile(reader, file));
     return told;
 }
 
 std::string TextOf(Deployment& product, std::int64_t number, const std::string& file, Side side) {
     const HistoryReader reader(product);
     const std::string name = reader.NameOf(file);
-    const RecordedState state = StateOn(side, reader.FileOf(number, name));
+    const RecordedFile change = reader.FileOf(number, name);
+    if (side == Side::After && !change.IsPlanned())
+        throw Failure(
+            {.file = reader.PathOf(name),
+             .text = Words("change %s has not written it", std::to_string(number)),
+             .remedy = _("wait for its command; one that was killed is ended by the next one that writes")});
+    const RecordedState& state = StateOn(side, change);
     const std::string instant =
         Words(side == Side::Before ? ZET_TEXT("before change %s") : ZET_TEXT("after change %s"),
               std::to_string(number));

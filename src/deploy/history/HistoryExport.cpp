@@ -73,7 +73,7 @@ class Exporter {
                                   std::max(begun, entry.ended / kNanoseconds)),
                         MessageOf(entry));
         for (const RecordedFile& file : files)
-            Put(file.path, file.after);
+            if (file.IsPlanned()) Put(file.path, file.after);
     }
 
     FastImport::Signature Signature(const std::string& name, const std::string& user,
@@ -119,8 +119,10 @@ class Exporter {
 
 void ExportHistory(Deployment& product, std::ostream& stream) {
     const HistoryReader reader(product);
-    Exporter(reader, stream).Export();
-    if (!stream.flush()) {
+    // The caller's own may throw what it likes.
+    std::ostream plain(stream.rdbuf());
+    if (stream) Exporter(reader, plain).Export();
+    if (!stream || !plain.flush()) {
         throw Failure({.text = _("the history could not be written whole"),
                        .remedy = _("make room where it is written to, then export it again")});
     }

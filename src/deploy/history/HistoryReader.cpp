@@ -11,6 +11,7 @@
 #include "deploy/host/FileName.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/KeptEntries.h"
+#include "deploy/state/KnownFiles.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
@@ -19,10 +20,6 @@ namespace {
 
 bool LacksText(const RecordedState& state) {
     return state.exists && !state.text;
-}
-
-std::string NameOfChange(std::int64_t number) {
-    return Words("change %s", std::to_string(number));
 }
 
 Store* StoreOf(Deployment& product) {
@@ -57,10 +54,38 @@ std::vector<std::string> NamesBeside(const std::string& name) {
     return {name, name + ZETReserveSuffix, name + ZETAbsenceSuffix};
 }
 
-HistoryReader::HistoryReader(Deployment& product) : m_product(product), m_store(StoreOf(product)) {}
+HistoryReader::HistoryReader(Deployment& product)
+    : m_product(product), m_store(StoreOf(product)), m_look(HasAny() ? m_store->Look() : nullptr) {
+    if (!HasAny()) return;
+    for (const RecordedEntry& entry : m_store->OpenEntries())
+        m_open.insert(entry.number);
+}
 
 std::vector<RecordedEntry> HistoryReader::Entries(std::size_t count) const {
     return HasAny() ? m_store->Entries(count) : std::vector<RecordedEntry>();
+}
+
+std::vector<RecordedFile> HistoryReader::FilesOf(std::int64_t number) const {
+    std::vector<RecordedFile> files = m_store->FilesOf(number);
+    for (RecordedFile& file : files)
+        file = AsDone(number, std::move(file));
+    return files;
+}
+
+std::optional<RecordedFile> HistoryReader::ChangeIn(std::int64_t number, const std::string& name) const {
+    std::optional<RecordedFile> file = m_store->ChangeIn(number, name);
+    return file ? std::optional(AsDone(number, std::move(*file))) : std::nullopt;
+}
+
+RecordedFile HistoryReader::AsDone(std::int64_t number, RecordedFile file) const {
+    if (!m_open.contains(number)) return file;
+    const std::string path = PathOf(file.path);
+    if (m_product.HostPaths().StaysInside(path) && IsAsRecorded(path, file.after)) return file;
+    RecordedState planned;
+    planned.exists = true;
+    planned.knowledge = std::move(file.after.knowledge);
+    file.after = std::move(planned);
+    return file;
 }
 
 std::vector<RecordedEntry> HistoryReader::EntriesOf(const std::string& name, std::size_t count) const {
@@ -99,28 +124,16 @@ std::optional<std::string> HistoryReader::FindName(const std::string& file) cons
 }
 
 std::int64_t HistoryReader::LastNumber() const {
-    const std::vector<RecordedEntry> newest = Entries(1);
-    if (!newest.empty()) return newest.front().number;
-    return HasAny() ? m_store->LastPruned() : 0;
+    return HasAny() ? LastNumberOf(*m_store) : 0;
 }
 
 RecordedEntry HistoryReader::Entry(std::int64_t number) const {
-    const std::int64_t last = LastNumber();
-    if (last == 0)
-        throw UsageError(
-            Words("there is no %s: nothing was recorded yet on this host", NameOfChange(number)));
-    if (number < 1 || number > last) {
-        throw UsageError(Words("there is no %s: the last one is %s (\"history\" tells them)",
-                               NameOfChange(number), std::to_string(last)));
-    }
-    if (auto entry = m_store->Find(number)) return std::move(*entry);
-    throw Failure(
-        {.text = Words("%s is not kept any more, or changed nothing after all", NameOfChange(number)),
-         .remedy = _("\"history\" tells what there is; ZET_HISTORY_KEEP says how many are kept")});
+    if (!HasAny()) FailOfNothingRecorded(number);
+    return KeptEntry(*m_store, number);
 }
 
 RecordedFile HistoryReader::FileOf(std::int64_t number, const std::string& name) const {
-    const std::string what = NameOfChange(Entry(number).number);
+    const std::string what = Words("change %s", std::to_string(Entry(number).number));
     if (std::optional<RecordedFile> file = ChangeIn(number, name)) return std::move(*file);
     throw UsageError(Words("%s: %s did not write it (those that did: %s)", PathOf(name), what,
                            NumbersOf(m_store->EntriesOf(name))));

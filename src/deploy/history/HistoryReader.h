@@ -3,7 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -36,12 +38,11 @@ class HistoryReader {
     /// The same of one file, and of what stands beside it, by its name inside the root.
     std::vector<RecordedEntry> EntriesOf(const std::string& name, std::size_t count = SIZE_MAX) const;
 
-    std::vector<RecordedFile> FilesOf(std::int64_t number) const { return m_store->FilesOf(number); }
+    /// Of an entry that has not ended, what it has not written yet counts as not planned: it may never come.
+    std::vector<RecordedFile> FilesOf(std::int64_t number) const;
 
     /// What the entry did to the file of that name; none: nothing.
-    std::optional<RecordedFile> ChangeIn(std::int64_t number, const std::string& name) const {
-        return m_store->ChangeIn(number, name);
-    }
+    std::optional<RecordedFile> ChangeIn(std::int64_t number, const std::string& name) const;
 
     /// The name, inside the root, under which the history knows a file that this path leads to.
     std::string NameOf(const std::string& file) const;
@@ -74,10 +75,13 @@ class HistoryReader {
 
   private:
     bool Knows(const std::string& name) const;
+    RecordedFile AsDone(std::int64_t number, RecordedFile file) const;
     const char* ReasonOfLack(const RecordedState& state) const;
 
     Deployment& m_product;
     Store* m_store;
+    std::unique_ptr<Database::Transaction> m_look;  ///< all that is read is of one moment
+    std::set<std::int64_t> m_open;
 };
 
 /// A file's own name, and those of what may stand beside it.

@@ -77,7 +77,8 @@ class RecordedWalk {
 
     /// What the entry left may have been edited since, by hand.
     bool GoThrough(const RecordedEntry& entry, const RecordedFile& file) {
-        return GoBack(file.after, {entry, true}) && GoBack(file.before, {entry, false});
+        return (!file.IsPlanned() || GoBack(file.after, {entry, true})) &&
+               GoBack(file.before, {entry, false});
     }
 
     /// False where the walk ends.

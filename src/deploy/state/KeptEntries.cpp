@@ -1,6 +1,7 @@
 #include "deploy/state/KeptEntries.h"
 
 #include <string>
+#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
@@ -8,6 +9,31 @@
 #include "deploy/state/StateDirectory.h"
 
 namespace ZET::Deploy {
+
+std::int64_t LastNumberOf(Store& store) {
+    const std::vector<RecordedEntry> newest = store.Entries(1);
+    return newest.empty() ? store.LastPruned() : newest.front().number;
+}
+
+void FailOfNothingRecorded(std::int64_t number) {
+    throw UsageError(
+        Words("there is no change %s: nothing was recorded yet on this host", std::to_string(number)));
+}
+
+RecordedEntry KeptEntry(Store& store, std::int64_t number) {
+    if (auto entry = store.Find(number)) return std::move(*entry);
+    const std::int64_t last = LastNumberOf(store);
+    if (last == 0) FailOfNothingRecorded(number);
+    if (number < 1 || number > last)
+        throw UsageError(Words("there is no change %s: the last one is %s (\"history\" tells them)",
+                               std::to_string(number), std::to_string(last)));
+    throw UsageError(
+        Words(number <= store.LastPruned()
+                  ? ZET_TEXT("change %s is no longer kept (\"history\" tells those that are; "
+                             "ZET_HISTORY_KEEP says how many)")
+                  : ZET_TEXT("change %s changed nothing after all (\"history\" tells those that did)"),
+              std::to_string(number)));
+}
 
 void RequireAllKeptAfter(Store& store, std::int64_t number, const char* remedy) {
     if (number >= store.LastPruned()) return;

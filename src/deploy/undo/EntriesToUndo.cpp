@@ -4,6 +4,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/KeptEntries.h"
 
 namespace ZET::Deploy {
 
@@ -19,20 +20,8 @@ std::optional<RecordedEntry> NewestBefore(Store& store, std::optional<std::int64
     }
 }
 
-void FailOfNumber(Store& store, std::int64_t number) {
-    const bool wasOne = number > 0 && number <= store.LastPruned();
-    throw UsageError(
-        wasOne
-            ? Words("%s: is a change that is no longer kept (\"history\" tells them)", std::to_string(number))
-            : Words("%s: is no change of the history (\"history\" tells them)", std::to_string(number)));
-}
-
 RecordedEntry EntryToUndo(Store& store, const UndoOptions& options, bool isTrial) {
-    if (options.entry) {
-        std::optional<RecordedEntry> entry = store.Find(*options.entry);
-        if (!entry) FailOfNumber(store, *options.entry);
-        return std::move(*entry);
-    }
+    if (options.entry) return KeptEntry(store, *options.entry);
     std::optional<RecordedEntry> last = NewestBefore(store, std::nullopt, isTrial);
     if (!last)
         throw Failure({.file = store.File(),

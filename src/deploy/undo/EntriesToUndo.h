@@ -14,8 +14,6 @@ namespace ZET::Deploy {
 /// that writes tells; a trial takes it as it is.
 std::optional<RecordedEntry> NewestBefore(Store& store, std::optional<std::int64_t> before, bool isTrial);
 
-[[noreturn]] void FailOfNumber(Store& store, std::int64_t number);
-
 RecordedEntry EntryToUndo(Store& store, const UndoOptions& options, bool isTrial);
 
 /// From the newest on.

@@ -296,7 +296,7 @@ UndoResult RollBackTo(Deployment& product, std::int64_t entry, const RollBackToO
     StoreToLookIn(product);
     const Writing writing(product, {}, Writing::Right::OfTheProduct);
     Store& store = StoreToLookIn(product);
-    if (!store.Find(entry)) FailOfNumber(store, entry);
+    KeptEntry(store, entry);
     RequireAllKeptAfter(store, entry, ZET_TEXT("go back to one from %s on"));
     UndoResult result;
     result.undone = entry;

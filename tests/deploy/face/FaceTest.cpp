@@ -194,6 +194,12 @@ TEST_F(FaceTest, HistoryIsExportedAndErased) {
     EXPECT_THAT(stream.str(), HasSubstr("\na=2\n"));
     std::ofstream full("/dev/full");
     EXPECT_NE(FailureIn([&] { ExportHistory(product, full); }).Facts().remedy, "");
+    std::ofstream throwing("/dev/full");
+    throwing.exceptions(std::ios::badbit | std::ios::failbit);
+    EXPECT_NE(FailureIn([&] { ExportHistory(product, throwing); }).Facts().remedy, "");
+    std::ofstream closed;
+    closed.setstate(std::ios::failbit);
+    EXPECT_NE(FailureIn([&] { ExportHistory(product, closed); }).Facts().remedy, "");
     const ErasedHistory erased = EraseHistory(product, At("file"));
     EXPECT_EQ(erased.path, At("file"));
     EXPECT_EQ(erased.texts, 2U);

@@ -229,7 +229,9 @@ void Store::Drop(std::int64_t number) {
 
 std::unique_ptr<Database::Transaction> Store::Look() {
     return Guarded([&] {
-        return std::make_unique<Database::Transaction>(*m_database, Database::Transaction::Kind::Look);
+        return m_database->IsInTransaction()
+                   ? nullptr
+                   : std::make_unique<Database::Transaction>(*m_database, Database::Transaction::Kind::Look);
     });
 }
 

@@ -110,8 +110,8 @@ class Store {
     /// The templates by which a commit ever wrote a file, as far as that is kept.
     std::set<std::string> CommittedTemplates();
 
-    /// While it lives, the store is seen as it was at the first look, and nothing may be recorded; to look at
-    /// much costs less then.
+    /// While it lives, the store is seen as it was at the first look, and nothing may be recorded; looking at
+    /// much costs less then. Null where a transaction is open already.
     std::unique_ptr<Database::Transaction> Look();
 
     /// The files are known from now on as they are after, though no entry says so. It is there after a kill,
