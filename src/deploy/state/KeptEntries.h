@@ -10,14 +10,14 @@
 
 namespace ZET::Deploy {
 
-/// A `Failure` where what came after the entry is not all kept any more; `remedy` gets the number of the
-/// first of which it is.
+/// Throws a `Failure` if not all entries after this one are kept any more. `remedy` has a gap for the number
+/// of the first entry from which on all are kept.
 void RequireAllKeptAfter(Store& store, std::int64_t number, const char* remedy);
 
-/// Files that were written after the entry, of which no entry tells, as nothing was to be kept.
+/// The files that were written after the entry, and of which no entry tells, as nothing was to be kept.
 std::vector<Problem> UntoldAfter(Host& host, Store& store, std::int64_t number);
 
-/// A `Failure` where nothing is kept: the newest entry may not be the last change then.
+/// Throws a `Failure` if nothing is kept: then the newest entry may not be the last change.
 void RequireLastTold(Host& host);
 
 }  // namespace ZET::Deploy
