@@ -82,7 +82,7 @@ DiffSet::DiffSet(std::vector<FilePair> pairs) : m_pairs(std::move(pairs)) {
     try {
         m_changes = ChangesBetween(m_pairs);
     } catch (const Failure&) {
-        // Whoever asks for one of them gets the failure.
+        // `Of` then compares the pair by itself, and reports the failure.
     }
 }
 

@@ -131,8 +131,8 @@ pid_t Start(std::vector<std::string> arguments, const ProcessConditions& conditi
     throw SystemFailure({.text = what, .remedy = _("run the command again")}, errno);
 }
 
-/// While the object lives, whoever started a program is told how it ended, even in a process that ignores
-/// SIGCHLD, as daemons do. A handler stays in place.
+/// While the object lives, whoever started a program can find out how it ended, even in a process that
+/// ignores SIGCHLD, as daemons do. A handler stays in place.
 class EndsAreTold {
   public:
     EndsAreTold() {

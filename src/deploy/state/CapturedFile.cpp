@@ -150,7 +150,7 @@ CapturedFile CapturedOf(const FileState& rights, const std::string& text, std::u
     return captured;
 }
 
-/// With a size of one byte, its text is not the empty one.
+/// A size of one byte with the digest of the empty text is that of no file.
 CapturedFile CapturedWithoutText(const FileState& now) {
     CapturedFile captured = CapturedOf(now, "", 0);
     captured.state.size = 1;

@@ -203,7 +203,7 @@ void WrittenLanguage::UseInThread(locale_t written, bool isTranslated) {
     m_formerLocale = uselocale(written);
 }
 
-/// What was translated by another list of preferred languages before is forgotten, too.
+/// `setlocale` also makes the C library forget translations by another list of preferred languages.
 void WrittenLanguage::UseInProcess(const std::string& locale, bool isTranslated) {
     m_former.emplace();
     m_formerReaders = std::exchange(t_readers, &*m_former);

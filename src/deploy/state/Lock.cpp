@@ -96,7 +96,7 @@ off_t NameHolder(const std::string& name, int descriptor) {
     const auto size = static_cast<off_t>(holder.size());
     if (ftruncate(descriptor, size) == 0 && pwrite(descriptor, holder.data(), holder.size(), 0) == size)
         return size;
-    // Nothing must stay of the former holder, who may have come to its end.
+    // Nothing must stay of the former holder, which may have come to its end.
     static_cast<void>(ftruncate(descriptor, 0) == 0);
     return 0;
 }

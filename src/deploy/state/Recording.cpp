@@ -252,7 +252,7 @@ CapturedFile Recording::Now(const Row& row) const {
                      m_limits.largestText);
 }
 
-/// What goes back also replaces a link. No text is recorded for that, so nothing can restore it.
+/// A file that goes back also takes the place of a link, which has no text to record: nothing can restore it.
 CapturedFile Recording::Before(const Row& row) const {
     try {
         return Now(row);

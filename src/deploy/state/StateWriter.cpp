@@ -40,8 +40,8 @@ bool IsReserveMadeOfFile(const FileWithCompanions& now, const FileWithCompanions
     if (!IsThere(now.file) || !IsThere(wanted.reserve) || IsThere(now.reserve) || IsThere(now.absence))
         return false;
     if (now.file->IsAs(wanted.reserve->state)) return true;
-    // With other attributes, it would be wrong for an instant: accepted only for a text that is not held, so
-    // that it cannot be written at once.
+    // With other attributes, the reserve is wrong for an instant. That is accepted only if its text is not
+    // held, so that it cannot be written at once.
     const bool isHeld = wanted.reserve->text.size() == wanted.reserve->state.size;
     return !isHeld && HaveSameText(now.file->state, wanted.reserve->state);
 }

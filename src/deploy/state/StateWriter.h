@@ -30,8 +30,8 @@ bool GoesBackToReserve(const FileWithCompanions& now, const FileWithCompanions& 
 bool IsReserveMadeOfFile(const FileWithCompanions& now, const FileWithCompanions& wanted);
 
 /// Brings a file, with what stands beside it, to a recorded state. What comes beside it comes before the file
-/// is written, and what goes goes after that, so that at every instant what was there before the product can
-/// be put back. Uses the module as far as it has an operation.
+/// is written, and what has to go goes after that, so that at every instant what was there before the product
+/// can be put back. Uses the module as far as it has an operation.
 class StateWriter {
   public:
     /// `version` is that of the file when it was looked at; a later write of another program is a `Failure`.

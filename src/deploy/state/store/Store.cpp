@@ -137,7 +137,7 @@ bool Store::IsJournalLong() const {
     return !m_isSynced || m_database->JournalBefore() >= kLongJournal;
 }
 
-/// What is remembered beside an entry leaves this to the entry, which costs three syncs at most.
+/// Leaves it to the entry, if one was opened: an entry costs three syncs at most.
 void Store::TakeJournalOverUnlessEntry() {
     if (!m_wasJournalLong && IsJournalLong()) TakeJournalOver(*m_database, m_file, m_isSynced);
 }
