@@ -7,9 +7,8 @@
 
 namespace ZET::Deploy {
 
-/// A `Failure` when the file is going to be replaced and holds what somebody else made of it, which then
-/// neither the history has, where the command is recorded, nor the reserve. The reader knows the file as
-/// `path`.
+/// Throws a `Failure` if replacing the file would lose what somebody else made of it: neither the reserve
+/// nor, if the command is recorded, the history keeps that. The reader knows the file as `path`.
 void RequireKeptText(Deployment& product, const std::string& path, bool isRecorded);
 
 }  // namespace ZET::Deploy
