@@ -56,7 +56,7 @@ Body BodyOf(const std::string& text, std::size_t linesBefore) {
     return {std::string(rest), linesBefore};
 }
 
-/// One adoption, under the lock.
+/// One adoption, while the lock is held.
 class Adopting {
   public:
     Adopting(Deployment& product, const std::string& path, const std::string& templateName)

@@ -16,7 +16,8 @@ std::optional<std::string> GetOption(Deployment& product, const std::string& nam
 /// Throws a `Failure`, and changes nothing, if a check would have something against the line.
 FileOutcome SetOption(Deployment& product, const std::string& name, const std::string& value);
 
-/// Takes the parameter's lines out of the main file, so that another source of it counts, or its default.
+/// Takes the parameter's lines out of the main file, so that its value from elsewhere, or its default,
+/// counts.
 FileOutcome UnsetOption(Deployment& product, const std::string& name);
 
 }  // namespace ZET::Deploy

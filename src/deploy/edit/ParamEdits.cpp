@@ -20,7 +20,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// One edit of a parameter, with what the file, or the section that is asked for, has of it.
+/// One edit of a parameter, with what the file or the section says about it.
 class ParamEdit : public PartEdit {
   public:
     /// What the edit needs to see of the text: line after line, or all of it at once.

@@ -25,7 +25,7 @@ std::vector<HistoryEntry> ListHistory(Deployment& product, const std::string& fi
 HistoryEntry ShowEntry(Deployment& product, std::int64_t number);
 std::string TextOf(Deployment& product, std::int64_t number, const std::string& file, Side side);
 
-/// The person behind the user: who logged in, else who asked sudo, else the user.
+/// The person behind the entry: who logged in, else who asked sudo, else the user.
 std::string PersonOf(const HistoryEntry& entry);
 
 /// The command's words in the quotes that a shell needs, without the message.

@@ -62,7 +62,7 @@ class KeyReader {
         return std::nullopt;
     }
 
-    /// Returns `otherwise` for what is no boolean.
+    /// Returns `otherwise` if the value is no boolean.
     bool IsTrue(const Entry& entry, bool otherwise) {
         const auto* const value = entry.value->as_boolean();
         if (value == nullptr) AddKind(entry, _("write true or false, without quotes"));

@@ -26,7 +26,7 @@ class ListProblems {
     /// The line without its line feed; empty if there is no line of that number.
     std::string_view LineAt(int number);
 
-    /// In the order of their places.
+    /// Returns the problems in the order of their places, and forgets them.
     std::vector<Problem> Take();
 
   private:

@@ -14,7 +14,7 @@ struct ListText {
     std::string text;
 };
 
-/// What value a parameter has.
+/// Returns the value of a parameter.
 using ParameterValue = std::function<std::string(const std::string& name)>;
 
 /// Reads lists of targets. Each adds to those before it, or changes single keys of their entries. What is

@@ -58,7 +58,7 @@ struct Target : ListEntry {
     std::chrono::seconds checkTimeout{60};
     std::map<Role, std::vector<std::string>> restarts;  ///< to report for a restart after a change
     std::map<Role, std::vector<std::string>> reloads;   ///< for which it is enough to read the file again
-    bool isSecret = false;                              ///< its text is never shown
+    bool isSecret = false;                              ///< its text is shown only with --show-secrets
     bool hasNotice = true;       ///< false: rendered without any of the system's own lines
     std::string trusted;         ///< a user whose directories count as root's; empty: none
     std::optional<mode_t> mode;  ///< none: the mode of the template
@@ -82,7 +82,7 @@ struct ListedEdit : ListEntry {
     std::string value;        ///< of `param`, with placeholders
     std::string pattern;      ///< instead of `param`
     std::string text;         ///< the line to set, with placeholders
-    bool isOptional = false;  ///< there need not be such a file
+    bool isOptional = false;  ///< the file may be missing
 };
 
 /// The lists of the host, each changed by the next, with what is wrong in them.

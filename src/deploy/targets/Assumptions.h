@@ -5,8 +5,8 @@
 
 namespace ZET::Deploy {
 
-/// For a dry run, takes the product's directories among the values into the options: a host has to know them
-/// before it reads anything. Throws a `UsageError` for a value that cannot be one.
+/// Takes the product's directories that are among the values into the options of a dry run: a host has to
+/// know them before it reads anything. Throws a `UsageError` for a value that cannot be one.
 void AssumeDirectories(Options& options, const StringMap& values);
 
 /// Gives parameters these values from now on, for a dry run that asks what would be if. Throws a `UsageError`

@@ -33,7 +33,7 @@ struct Companion {
     std::size_t suffixSize;  ///< of what follows the name that `use` mentions
 };
 
-/// In the order of their names.
+/// Sorted by suffix.
 const std::vector<Companion>& CompanionsOfFiles() {
     const std::string reserve = ZETReserveSuffix;
     const std::string absence = ZETAbsenceSuffix;
@@ -172,7 +172,8 @@ ClaimedFiles::Listing ClaimedFiles::ListingOf(const std::string& directory) cons
     return listing;
 }
 
-/// The same for an own file. Others beside it are not looked at, which took 70 ms where there were 100,000.
+/// The same for one of the product's own files. Others beside it are not looked at, which took 70 ms where
+/// there were 100,000.
 std::string ClaimedFiles::CanonicalOfOwn(const std::string& path) {
     const std::string directory = DirectoryOf(path) + "/";  // the slash lets the root of a tree be recognised
     auto known = m_ownDirectories.find(directory);

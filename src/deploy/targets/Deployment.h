@@ -22,8 +22,8 @@ class Deployment : public HostProduct {
     HostLists& Lists() { return *m_lists; }
     Secrets& HostSecrets() { return *m_secrets; }
 
-    /// The user whom the list of targets trusts there. Nobody if no list can be read: whoever needs it gets
-    /// the reason.
+    /// The user whom the list of targets trusts at this path. Empty if the list cannot be read: whoever needs
+    /// it gets the reason.
     std::string TrustedAt(const std::string& path) override;
 
     bool IsPrivate(const std::string& path) override { return m_secrets->IsPrivate(path); }

@@ -13,11 +13,11 @@ namespace ZET::Deploy {
 /// How an edit in place is taken back.
 struct EditToTakeBack {
     enum class Way {
-        Reserve,         ///< nobody else has a hand in the file, or it is gone: it goes back as a target does
-        Blocks,          ///< the product's blocks go, and all other lines stay
-        Forget,          ///< nothing of the product's is left in it
-        Keep,            ///< nobody can tell which part is the product's
-        LeaveIrregular,  ///< it is no regular file any more
+        Reserve,           ///< it goes back as a target does: nobody else changed it, or it is gone
+        Blocks,            ///< the product's blocks go, and all other lines stay
+        Forget,            ///< nothing of the product's is left in it
+        Keep,              ///< nobody can tell which part is the product's
+        LeaveIrregular,    ///< it is no regular file any more
         LeaveToOtherRole,  ///< only the other role has set lines there
         HandOver           ///< the other role's lines stay, and nothing of this role's is left
     };

@@ -55,7 +55,7 @@ class ListedEdits {
     ExpectedFile ExpectedUnchanged(const PlannedEdits& planned) const;
     FileOutcome OutcomeOf(const PlannedEdits& planned) const;
 
-    /// Throws a `Failure` if the file was written since the plan was made, or comes out otherwise.
+    /// Throws a `Failure` if the file was written since the plan was made, or if it comes out differently.
     void Write(const PlannedEdits& planned) const;
 
   private:

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t kKeptOutput = 4096;
 
-/// The command, with the file in the place of each "{}".
+/// The command, with the file in place of each "{}".
 std::vector<std::string> ArgumentsFor(const std::vector<std::string>& check, const std::string& staged) {
     std::vector<std::string> arguments = check;
     for (std::string& argument : arguments) {

@@ -31,8 +31,8 @@ struct FileToWrite {
     bool hasCompanion = false;  ///< a reserve, or a mark that there was nothing
 };
 
-/// Checks the file, and all that is written beside it. `entry` says what names it in the lists. If a run was
-/// cut short, what it left of the file is cleared away first.
+/// Checks the file, and all that is written beside it. `entry` says what names it in the lists. If
+/// `isCutShort`, what a run left of the file is cleared away first.
 FileToWrite CheckFileToWrite(const std::string& path, const char* entry, bool isCutShort);
 
 /// The same for a file that was found: its companions are looked up in its directory, which is held. `entry`

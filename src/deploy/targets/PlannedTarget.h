@@ -21,7 +21,7 @@ enum class FoundAs {
     Recorded,    ///< as recorded, or the product has had nothing to do with it
     Edited,      ///< committed, and changed or removed by somebody since
     Unrecorded,  ///< the product had to do with the file, but no commit recorded it as it is
-    Reserved     ///< the same, but it is what its reserve is: a commit was killed then
+    Reserved     ///< like `Unrecorded`, but with the text of its reserve: a commit was killed
 };
 
 /// What a commit would do to one target.
@@ -62,7 +62,7 @@ struct PlannedTarget {
     bool HoldsUnkeptText() const { return foundAs == FoundAs::Unrecorded && before.exists; }
 };
 
-/// What becomes of targets, as far as a plan knows; with the diffs, if they are wanted.
+/// What becomes of targets, as far as the plan knows, with diffs if they are wanted.
 std::vector<FileOutcome> OutcomesOf(Deployment& product, std::span<const PlannedTarget> targets);
 
 }  // namespace ZET::Deploy

@@ -26,14 +26,13 @@ struct RememberedLine {
 std::string TextOf(const std::vector<RememberedLine>& lines);
 std::vector<RememberedLine> RememberedIn(std::string_view text);
 
-/// The lines of both roles that are remembered of a file of which this is known.
+/// The lines of both roles that are remembered for a file of this kind, with this knowledge.
 std::vector<RememberedLine> LinesSetIn(Store& store, FileKind kind, const Knowledge& knowledge);
 
 /// The roles of the lines, and `roles`.
 std::set<Role> WithRolesOf(const std::vector<RememberedLine>& lines, std::set<Role> roles);
 
-/// The roles that have committed a file, be it its text or lines of it. All roles if nobody can tell any
-/// more.
+/// The roles that have committed a file, or lines of it. All roles if nobody can tell any more.
 std::set<Role> CommittersOf(Store& store, FileKind kind, const Knowledge& knowledge);
 
 }  // namespace ZET::Deploy

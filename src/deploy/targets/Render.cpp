@@ -87,8 +87,8 @@ mode_t ModeToGive(Deployment& product, const std::string& templateName, const st
     return known ? *known : ModeOf(file);
 }
 
-/// Hands the text that a template renders to to `take`, once. If the module cannot tell it, it writes the
-/// file `name`.
+/// Passes the rendered text to `take`, once. A module that cannot hand it out writes the file `name` for
+/// that.
 void TellRendering(Deployment& product, const Expansion& expansion, const std::string& name,
                    const std::function<void(std::string_view text)>& take) {
     Perform(product, expansion.templateName, name, [&] {

@@ -99,7 +99,7 @@ class Rollback {
                                "once ZET_VAR_LIB_DIR can be written)"));
     }
 
-    /// For the files that were asked for; if none was, for all, with those that were edited in place.
+    /// The steps for the files that were asked for or, if none was, for all, including those edited in place.
     std::vector<Step> Steps(const std::vector<WrittenFile>& written) {
         std::vector<WrittenFile> files = written;
         for (WrittenFile& file : FindEditedFiles(m_product, m_known, written))

@@ -32,7 +32,7 @@ class SecretTexts {
     void Wrote(const std::string& file);
 
   private:
-    /// Files of one size. They are read when a file of that size is asked for.
+    /// Files of one size, which are read when a file of that size is asked for.
     struct SameSize {
         std::vector<std::string> unread;
         std::multimap<std::string, std::string> byDigest;

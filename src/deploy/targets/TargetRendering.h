@@ -21,8 +21,8 @@ class TargetRendering {
     /// working copy.
     void KeepOriginal();
 
-    /// Must be called when the original is in its place. Throws a `Failure`, and leaves the target as it was,
-    /// if the text comes out otherwise than in trial, or if somebody else wrote the file meanwhile.
+    /// Must be called once the original is in its place. Throws a `Failure`, and leaves the target as it was,
+    /// if the text differs from the trial's, or if somebody else wrote the file meanwhile.
     void Write();
 
     /// The path of the original that is kept afterwards; empty if there is none.

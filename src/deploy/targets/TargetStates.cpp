@@ -70,7 +70,7 @@ class StateTeller {
         return result;
     }
 
-    /// Adds the diffs to the targets, which are in the order in which they were told.
+    /// Adds the diffs to the targets, which must be in the order of the calls of `Tell`.
     void AddDiffs(std::vector<TargetState>& targets) const {
         const DiffSet diffs(m_compared);
         for (std::size_t pair = 0; pair < m_compared.size(); ++pair) {
@@ -182,10 +182,10 @@ class StateTeller {
     const KnownFiles& m_known;
     const Staging m_staging;
     std::shared_ptr<const StagedText> m_staged;  ///< the last rendering; null: it is what is there
-    std::string m_reason;                        ///< of the last state
-    std::size_t m_told = 0;                      ///< how many targets were told so far
+    std::string m_reason;                        ///< the reason for the last state
+    std::size_t m_told = 0;                      ///< how often `Tell` was called
     std::vector<FilePair> m_compared;            ///< the files that get a diff
-    std::vector<std::size_t> m_places;           ///< the indices of their targets among those told
+    std::vector<std::size_t> m_places;           ///< the indices of their targets
 };
 
 bool HasBlocks(const std::string& path) {

@@ -43,8 +43,8 @@ void HideQuotes(Deployment& product, const std::string& file, std::vector<Proble
     }
 }
 
-/// The file as root finds it, who has the way to it judged: one look serves both. None for other users, and
-/// if there is a link on the path.
+/// The file as root finds it: one look tells both what it is and whether the way to it is safe. None for
+/// other users, and if a link is on the path.
 std::optional<FoundFile> FoundByRoot(const Paths& paths, const std::string& path) {
     if (geteuid() != 0) return std::nullopt;
     FoundFile found = paths.FindOpened(path);

@@ -76,7 +76,7 @@ RecordedState WithMode(RecordedState copy, mode_t own);
 void RememberBase(Host& host, const std::string& workingCopy, const std::string& base);
 
 /// Records that a working copy with the shipped text was made from that, however it came there, so that later
-/// edits by hand can be told. Needs the product's lock.
+/// edits by hand are recognised. Needs the product's lock.
 void RememberShippedBase(Host& host, const TemplateFiles& files);
 
 }  // namespace ZET::Deploy

@@ -15,7 +15,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// One working copy to install.
+/// The installation of one working copy.
 class Installation {
   public:
     Installation(Deployment& product, const std::string& name, bool isForced)

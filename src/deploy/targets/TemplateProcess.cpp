@@ -165,8 +165,8 @@ void TemplateProcess::JudgeEdits() {
             : Words("%s: was edited since the last commit; the edits are overwritten", m_path));
 }
 
-/// The mode that a commit would give. If the list has no mode for a secret, nobody may read the copy who may
-/// not read the target, or what was there before.
+/// The mode that a commit would give. If the list has no mode for a secret, the copy must not be readable by
+/// anybody who may not read the target, or what was there before.
 mode_t TemplateProcess::ModeToGive() const {
     const std::string& name = m_rendering.templateName;
     mode_t mode = ModeOfRendering(m_product, name);
@@ -206,9 +206,9 @@ FileOutcome TemplateProcess::RunInPlace() {
     FileOutcome outcome;
     const std::string& name = m_rendering.templateName;
     const FileInPlace place(m_product.HostPaths().Find(m_target), m_path);
-    // As in a dry run, there may be no working copy yet.
+    // As in a dry run, this is the pristine template's mode if there is no working copy yet.
     const mode_t mode = ModeToGive();
-    // The result is nobody's target, but has to be told from what others make of it.
+    // The result is nobody's target, but must be distinguishable from what others make of it.
     Recording recording(m_product, Recording::Use::OfTheProduct, m_writing->Records());
     Expect(recording, place);
     recording.Announce();

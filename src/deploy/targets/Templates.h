@@ -14,7 +14,7 @@
 #include "zet/ZETProblem.h"
 #include "zet/deploy/FileOutcome.h"
 
-/// Single templates.
+/// Commands about single templates.
 namespace ZET::Deploy {
 
 /// Installs the working copies of these templates from the pristine ones, and reports each to the observer.

@@ -7,8 +7,9 @@
 
 namespace ZET::Deploy {
 
-/// Throws a `Failure` if replacing the file would lose what somebody else made of it: neither the reserve
-/// nor, if the command is recorded, the history keeps that. The reader knows the file as `path`.
+/// Throws a `Failure` if replacing the file would lose somebody else's changes: the reserve does not keep
+/// them, and neither does the history, or it does not record this command. The reader knows the file as
+/// `path`.
 void RequireKeptText(Deployment& product, const std::string& path, bool isRecorded);
 
 }  // namespace ZET::Deploy

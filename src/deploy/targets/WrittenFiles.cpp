@@ -31,7 +31,7 @@ bool IsEdited(const KnownFiles& known, const std::string& path) {
     return file != nullptr && file->kind == FileKind::Edit;
 }
 
-/// The first file at each path. Leaves out a file of which nobody can tell where it is.
+/// The first file at each path. Leaves out files whose place nobody can tell.
 std::map<std::string, const WrittenFile*> ByCanonicalPath(const Paths& paths,
                                                           const std::vector<WrittenFile>& files) {
     std::map<std::string, const WrittenFile*> byPath;

@@ -21,7 +21,7 @@ std::optional<WrittenFile> WrittenByRecord(Deployment& product, const std::strin
 /// A file in which the product has nothing but lines, none of which a list has in force.
 WrittenFile WrittenLines(const Host& host, const std::string& path);
 
-/// The files that a rollback of the host's role can be about.
+/// The files that a rollback of the host's role can take back.
 struct WrittenFiles {
     std::vector<WrittenFile> files;
     bool isListMissing = false;  ///< the list cannot be used; only files on record are here

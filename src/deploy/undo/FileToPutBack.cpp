@@ -335,7 +335,7 @@ ShownDiff FileToPutBack::DiffOfTexts() const {
         return DiffToShow(m_product, former, m_path + ZETReserveSuffix, m_path);
     const Staging staging;
     const std::string staged = staging.PathOf("file");
-    // The staged copy must not be readable for anybody who may not read the file.
+    // The staged copy must not be readable by anybody who may not read the file.
     WriteStagedFile(staged, m_wanted.file->text, m_wanted.file->state.mode & 0777);
     return DiffToShow(m_product, former, staged, m_path);
 }

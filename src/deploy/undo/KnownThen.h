@@ -19,8 +19,8 @@ struct KnownThen {
     std::optional<std::string> base{};       ///< the text of `knowledge.base`, where the store lacks it
 };
 
-/// For a file that goes back, whether its text changes or not. If only one entry is taken back, so is only
-/// what that entry changed of the roles and lines.
+/// For a file that goes back, whether its text changes or not. If only one entry is taken back, only what
+/// that entry itself changed of the roles and lines is.
 KnownThen KnownOnceBack(Store& store, const RecordedChange& change, const std::optional<KnownFile>& now,
                         bool isTextBack);
 

@@ -35,7 +35,7 @@ struct RecordedChange {
     bool isOthersAlone = false;  ///< the entries did not write it; only somebody else's work is taken back
     std::vector<WorkBetween> between{};  ///< from the newest to the oldest
 
-    /// Whether the file stood there before anything was known of it.
+    /// Whether the file was there before the history knew anything of it.
     bool WasOfNobody() const { return file && file->before.exists && file->kindBefore == FileKind::Original; }
 };
 
@@ -45,7 +45,7 @@ class RecordedChanges {
     /// Must be called from the newest entry to the oldest.
     void Add(const RecordedEntry& entry, const std::vector<RecordedFile>& files);
 
-    /// Lets the change go back to what an earlier entry left, and not to what somebody made of it before the
+    /// Makes the change go back to what an earlier entry left, and not to what somebody made of it before the
     /// first of these entries.
     void AddLeft(RecordedChange& change, const RecordedState& left);
 

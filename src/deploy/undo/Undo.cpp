@@ -59,7 +59,7 @@ class WayBack {
     }
 
     /// Removes the status of a role that has no targets and no lines left, and keeps that of a role that has
-    /// some. A file that stood there before anything was known of it just goes back.
+    /// some. A file that was there before the product's own just goes back.
     void LookAtStatus(UndoResult& result) {
         for (const Role role : kRoles) {
             const auto file = FileNamed(m_product.HostPaths().NameOfReal(m_product.State().Status(role)));
