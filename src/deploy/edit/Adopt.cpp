@@ -37,13 +37,13 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// A made text behind its notice, and how many lines that has.
+/// A rendered text without its notice, and the number of lines that the notice has.
 struct Body {
     std::string text;
     std::size_t linesBefore = 0;
 };
 
-/// The first lines of a made text, as far as the notice that the module put there reaches.
+/// The number of lines, at the beginning of a rendered text, that the module's notice takes.
 std::size_t LengthOfNotice(const Text::ManagedText& text) {
     const bool hasNotice = text.LineCount() > 0 && text.RegionOf(1).kind == Text::RegionKind::Notice;
     return hasNotice ? text.RegionOf(1).last : 0;
@@ -56,7 +56,7 @@ Body BodyOf(const std::string& text, std::size_t linesBefore) {
     return {std::string(rest), linesBefore};
 }
 
-/// One adoption, under the lock.
+/// One adoption, while the lock is held.
 class Adopting {
   public:
     Adopting(Deployment& product, const std::string& path, const std::string& templateName)
@@ -91,7 +91,7 @@ class Adopting {
     }
 
   private:
-    /// The module, which renders it, tells only what it was to make of it.
+    /// Checked first: the module, which renders the template, does not say what is wrong with it.
     void RequireSoundTemplate() {
         const std::vector<Problem> problems =
             CheckTemplateFile(m_product, m_templateName, m_product.TemplateValues());
@@ -106,7 +106,7 @@ class Adopting {
                        .remedy = _("take that change back, then adopt, then make it again")});
     }
 
-    /// A mode that somebody gave the target, and its template has to give it from now on.
+    /// The mode that somebody gave the target, if its template has to give it from now on.
     std::optional<mode_t> ModeToAdopt(const KnownFile& known, const std::string& staged) const {
         const mode_t mode = ModeOf(m_path);
         if (mode == ModeOf(staged) || mode == known.state.mode) return std::nullopt;
@@ -123,7 +123,8 @@ class Adopting {
 
     mode_t ModeOfTemplate() const { return m_mode ? *m_mode : ModeOf(Source()); }
 
-    /// One that the module would never return from, or that the next commit would refuse, is not tried.
+    /// Refuses, before anything is rendered, a text that the module would never return from or that the next
+    /// commit would refuse.
     void RequireGoodTemplate(const std::string& text) {
         const auto lines = [&](const std::function<void(std::string_view)>& take) {
             for (std::string_view rest = text; !rest.empty();)
@@ -238,7 +239,7 @@ class Adopting {
         recording.Complete();
     }
 
-    /// A run that did not come to its end may have written the template.
+    /// The template may already be as it should be, written by a run that did not come to its end.
     FileOutcome Remember(const Knowledge& knowledge) {
         FileOutcome outcome = Unchanged();
         outcome.remark = Words("%s is as its template makes it", m_path);
@@ -251,10 +252,10 @@ class Adopting {
         return outcome;
     }
 
-    /// What is recorded of it is what was adopted.
+    /// What is recorded of the target is what was adopted, so it must not change meanwhile.
     void RequireSameTarget() const { RequireSame(m_path, VersionOf(m_path), m_targetVersion); }
 
-    /// The working copy, and the target, which is from now on as a commit would make it.
+    /// Expects the working copy, and the target, which is from now on as a commit would make it.
     void Expect(Recording& recording, const std::string& made, const Knowledge& knowledge) const {
         const std::string source = Source();
         ExpectedFile copy;
@@ -285,10 +286,10 @@ class Adopting {
     const FileVersion m_version;  ///< of the working copy
     const FileVersion m_targetVersion;
     Staging m_staging;
-    std::optional<mode_t> m_mode;  ///< that the template gets; none: its own
+    std::optional<mode_t> m_mode;  ///< the mode that the template gets; none: it keeps its own
 };
 
-/// The name of the one that a commit made the file from.
+/// The name of the template that a commit made the file from.
 std::string TemplateToAdoptInto(Deployment& product, const std::string& file, const std::string& path) {
     HostLists& lists = product.Lists();
     const std::string name = lists.NameOf(path);

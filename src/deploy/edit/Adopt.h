@@ -8,10 +8,10 @@
 
 namespace ZET::Deploy {
 
-/// Turns what somebody changed in a committed target into a change of its template's working copy, of which
-/// the outcome tells; placeholders stay where their values do. A file that is no such target is a
-/// `UsageError`. What cannot be turned is a `Failure` with the lines, and nothing is written; so is a
-/// template or a parameter that changed since the last commit.
+/// Turns somebody's edit of a committed target into a change of its template's working copy, and keeps
+/// placeholders where their values still stand. Throws a `UsageError` for a file that is no committed target.
+/// Writes nothing and throws a `Failure` if there are lines that cannot be turned, which it names, or if the
+/// template or a parameter changed since the last commit.
 FileOutcome AdoptFile(Deployment& product, const std::string& file);
 
 }  // namespace ZET::Deploy

@@ -19,7 +19,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// The module does not say what the reason was but in words.
+/// The module gives its reason in words only, so that one remedy has to fit all.
 constexpr char kRemedyOfReading[] = ZET_TEXT("repair or replace the file or its file system");
 
 }  // namespace
@@ -60,7 +60,7 @@ std::string FileToEdit(const Host& host, const std::string& file) {
 }
 
 void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text, const EditOptions& options) {
-    // Where the module finds its notice, it puts none.
+    // The module puts no notice where it finds one.
     if (options.noMarkers || !Text::MustComeFirst(text.firstLine) ||
         text.firstLine.find(ZETNoticeMarker) != std::string::npos)
         return;

@@ -14,24 +14,23 @@
 /// What the edits of one file have in common.
 namespace ZET::Deploy {
 
-/// A file that was seen to be readable, freshly opened: a lookup that finds nothing spoils the object for an
-/// edit.
+/// Opens a file that was seen to be readable. An edit needs a fresh object: a lookup that finds nothing
+/// spoils it.
 std::shared_ptr<IZETConfigFile> OpenedFile(Deployment& product, const std::string& path, bool noMarkers);
 
-/// The caller's FILE to look something up in: the real file, checked to be readable.
+/// The real path of the caller's FILE, checked to be readable.
 std::string FileToRead(const Host& host, const std::string& file);
 
-/// A `UsageError` when the options are about one section, which the edit knows nothing of.
+/// Throws a `UsageError` if the options name a section, for an edit that knows no sections.
 void RequireWholeFile(const EditOptions& options);
 
-/// The same to edit it: what is kept of another file is no file to edit.
+/// The same for a file to edit, which must not be what is kept of another file.
 std::string FileToEdit(const Host& host, const std::string& file);
 
-/// A `Failure` when an edit as the caller wants it would put a notice in front of a first line that has to
-/// stay the first.
+/// Throws a `Failure` if the edit would put a notice before a first line that has to stay the first.
 void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text, const EditOptions& options);
 
-/// A line that is going to be set in that text, with an end like the others there; mixed ends are told.
+/// The line with an end like those of the text. Warns if the text has mixed ends.
 std::string LineToSet(Observer& observer, const std::string& path, const Text::TextToEdit& text,
                       const std::string& line);
 

@@ -16,8 +16,8 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// Whether the file's lines ended with carriage returns before the system wrote it: its template or its
-/// reserve knows.
+/// Whether the file's lines ended with carriage returns before the system wrote it, by its template or its
+/// reserve. None if it has neither.
 std::optional<bool> HadCarriageReturns(const std::string& path, const FileOrigin& origin) {
     const std::string source = origin.isMade ? origin.templateFile : ReserveOf(path);
     if (source.empty()) return std::nullopt;
@@ -33,7 +33,7 @@ std::string RepairDiff(const std::string& path, const std::string& read, const s
     return UnifiedDiff(before, after, ShownPath(path));
 }
 
-/// Of a file that is in order, as most are, nothing is in memory but a piece of it.
+/// Reads the file in pieces: most files are in order, and need not be in memory as a whole.
 bool IsSpotless(const std::string& path, const Text::NoticeTexts& noticeTexts) {
     Text::RegionScan scan(&noticeTexts);
     ReadChunks(path, [&](std::string_view lines) { scan.Take(lines); });

@@ -8,12 +8,12 @@
 
 namespace ZET::Deploy {
 
-/// What is damaged in a file's markers, and a repair of what is certain.
+/// The damage to a file's markers, and a repair of the damage that can be repaired in one way only.
 struct FileDiagnosis {
     std::string path;  ///< of the real file
     bool isPrivate = false;
     Text::Diagnosis diagnosis;
-    std::string repair;  ///< as a unified diff; empty: there is none
+    std::string repair;  ///< a unified diff; empty: there is no such repair
 };
 
 /// `file` is as the caller wrote it. Nothing is written.

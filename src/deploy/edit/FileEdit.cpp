@@ -62,7 +62,7 @@ FileOutcome FileEdit::Make(const Operation& operation, bool noBackup, const Insp
     return outcome;
 }
 
-/// Looks at what the edit made before it takes the file's place, or would.
+/// Looks at what the edit made before it replaces the file, or would in a dry run.
 void FileEdit::Judge(const std::string& made, bool noBackup, const Inspection& inspection,
                      FileOutcome& outcome) {
     if (inspection) inspection(made);
@@ -125,7 +125,7 @@ ExpectedFile FileEdit::Expected(bool noBackup) const {
     return file;
 }
 
-/// What somebody made of a target is no less his because the product edits it, too.
+/// What somebody made of a target stays known as an edit when the product edits the file, too.
 void FileEdit::LeaveOthersWork(ExpectedFile& file) const {
     Store* const store = m_product.HostHistory().ToLookForWriting();
     if (store == nullptr) return;

@@ -13,17 +13,17 @@
 
 namespace ZET::Deploy {
 
-/// An edit of one file in place: what it made is judged, the file kept, and only then replaced. A dry run
-/// edits a copy. An edit that changes nothing leaves the file untouched.
+/// An edit of one file in place. Its result is judged, the original kept, and only then the file replaced. A
+/// dry run edits a copy. An edit that changes nothing leaves the file untouched.
 class FileEdit {
   public:
-    /// Edits the file `path` through the module, which keeps no reserve of it: that is done here.
+    /// Edits the file `path` through the module, without a reserve: `FileEdit` keeps it.
     using Operation = std::function<void(const std::string& path)>;
 
-    /// Throws what is wrong with what the edit made.
+    /// Throws if something is wrong with what the edit made.
     using Inspection = std::function<void(const std::string& made)>;
 
-    /// `file` is what the caller wrote. A `Failure` when it is no regular file that can be edited.
+    /// `file` is as the caller wrote it. Throws a `Failure` unless it is a regular file that can be edited.
     FileEdit(Deployment& product, const std::string& file,
              FileInPlace::Access access = FileInPlace::Access::FromWithinItsDirectory);
 
@@ -47,7 +47,7 @@ class FileEdit {
     std::string m_path;
     Writing m_writing;
     FileInPlace m_place;
-    FileVersion m_version;  ///< before anything was read of it
+    FileVersion m_version;  ///< taken before anything of the file is read
 };
 
 }  // namespace ZET::Deploy

@@ -17,7 +17,7 @@ bool FileExplanation::HasUntracedLines() const {
     return has;
 }
 
-/// What was told of a command when others could read the file is not told any more.
+/// The words were recorded while others could read the file, and are hidden now that they cannot.
 static void HideWords(std::vector<std::optional<LineAge>>& ages) {
     for (std::optional<LineAge>& age : ages)
         if (age && age->entry) age->entry->words = {"***"};

@@ -18,15 +18,15 @@ namespace ZET::Deploy {
 struct FileExplanation {
     std::string path;  ///< of the real file
     FileOrigin origin;
-    std::string reserve;     ///< what stood there before; empty: nobody knows, or no file
-    bool hadNoFile = false;  ///< there was none before
-    bool isHidden = false;   ///< its texts are not for this reader
+    std::string reserve;     ///< where the former file is kept; empty: nobody knows, or there was none
+    bool hadNoFile = false;  ///< it is on record that there was no file before
+    bool isHidden = false;   ///< this reader must not see its texts
     std::size_t lineCount = 0;
-    std::unique_ptr<const std::string> text;  ///< which the lines quote
+    std::unique_ptr<const std::string> text;  ///< `lines` refers to it
     std::unique_ptr<const Text::ManagedText> regions;
     std::unique_ptr<const std::string> templateText;
     std::unique_ptr<const Text::TextExplanation> lines;
-    std::vector<std::optional<LineAge>> ages;  ///< at the line's number less one; empty: nothing is known
+    std::vector<std::optional<LineAge>> ages;  ///< at index line number - 1; empty: nothing is known
 
     bool HasUntracedLines() const;
 };

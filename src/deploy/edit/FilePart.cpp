@@ -25,7 +25,7 @@ std::string InBrackets(std::string_view name) {
     return "[" + std::string(name) + "]";
 }
 
-/// What there is to name instead.
+/// The sections that the caller could name instead.
 std::string OtherSections(const std::vector<Text::Section>& sections) {
     std::string names;
     const std::size_t count = std::min(sections.size(), kMostNames + 1);
@@ -69,7 +69,7 @@ const Text::Section& SectionCalled(const std::string& path, const std::vector<Te
                    .remedy = OtherSections(sections)});
 }
 
-/// A private file that the module edits as it would any other.
+/// Has the module edit the text in a private file, as it would any other file.
 std::string MadeOf(Deployment& product, const std::string& text, bool noMarkers,
                    const std::function<void(IZETConfigFile& file)>& edit) {
     const Staging staging;
@@ -95,7 +95,7 @@ std::string TextWithPart(Deployment& product, const std::string& text, const Fil
     const QuietLog quiet(ZETLogWarning);
     const LoggedFailures failures;
     const auto begin = static_cast<std::size_t>(part.lines.data() - text.data());
-    // The module puts no notice before a text that begins so.
+    // The module puts no notice before a text that begins with this line.
     const std::string noticeLine = std::string(ZETNoticeMarker) + "\n";
     std::string made = MadeOf(product, noticeLine + std::string(part.lines), noMarkers, edit);
     if (!made.starts_with(noticeLine))

@@ -9,8 +9,8 @@
 
 namespace ZET::Deploy {
 
-/// Repairs what is certain among a file's damaged markers. From the constructor on, no other command writes
-/// it.
+/// Repairs those damaged markers of a file for which there is only one repair. From the constructor on, no
+/// other command writes the file.
 class FileRepair {
   public:
     /// `file` is as the caller wrote it.
@@ -18,14 +18,14 @@ class FileRepair {
 
     const FileDiagnosis& Found() const { return m_found; }
 
-    /// A `Failure` when there is damage, and nothing of it is certain.
+    /// Throws a `Failure` if there is damage, and none of it can be repaired.
     FileOutcome Make(bool noBackup);
 
-    /// Whether there is damage that stays, since only the reader can choose.
+    /// Whether there is damage for which only the reader can choose the repair.
     bool IsAnyLeft() const;
 
   private:
-    FileEdit m_edit;  // before anything is read
+    FileEdit m_edit;  // takes the lock, so it comes before anything is read
     FileDiagnosis m_found;
 };
 

@@ -18,7 +18,8 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// Whether the first line that the pattern selects can be an empty one.
+/// True if the pattern selects an empty line of the file. The module's lookup returns the same for it as for
+/// none.
 bool SelectsEmptyLine(Deployment& product, const std::string& path, const std::string& pattern) {
     if (!product.Core().MatchRegEx(pattern, "", nullptr, 0)) return false;
     const std::string bytes = ReadFileBytes(path);
@@ -34,7 +35,7 @@ std::optional<std::string> LineInSection(Deployment& product, const std::string&
     return line ? std::optional(Text::WithoutLineEnd(*line)) : std::nullopt;
 }
 
-/// What the module gets of the file: a section comes with markers before it.
+/// The text as the module gets it: a section has markers before it.
 std::string GivenText(const PartEdit& edit, const EditOptions& options) {
     const std::string markers = std::string(ZETNoticeMarker) + "\n" + ZETCommentEndMarker + "\n";
     return (options.section ? markers : "") + std::string(edit.Part().lines);

@@ -8,18 +8,19 @@
 #include "zet/deploy/EditOptions.h"
 #include "zet/deploy/FileOutcome.h"
 
-/// Lines of any file, chosen by a regular expression. `file` is what the caller wrote. A pattern that is
-/// empty or broken, and a line that would not be one, are a `UsageError`.
+/// Edits lines of any file, chosen by a regular expression. `file` is as the caller wrote it. An empty or
+/// broken pattern, and a text that is not one line, are a `UsageError`.
 namespace ZET::Deploy {
 
-/// The first line of the real file `path` that matches, with a section only there; none: no line does.
+/// The first line of the real file `path` that matches, looked for only in the section if one is named. None
+/// if no line does.
 std::optional<std::string> GetLine(Deployment& product, const std::string& path, const std::string& pattern,
                                    const std::optional<std::string>& section = std::nullopt);
 
 FileOutcome SetLine(Deployment& product, const std::string& file, const std::string& pattern,
                     const std::string& line, const EditOptions& options);
 
-/// Brings the former lines that match back.
+/// Brings back the former lines that match.
 FileOutcome RestoreLine(Deployment& product, const std::string& file, const std::string& pattern,
                         const EditOptions& options);
 

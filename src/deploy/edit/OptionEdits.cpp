@@ -41,7 +41,7 @@ constexpr char kStateDirectory[] = "ZET_VAR_LIB_DIR";
                   failure.ErrorNumber());
 }
 
-/// What is wrong with a copy of the file, as if it were wrong with the file itself.
+/// The failure with a copy of the file, as if it were one with the file itself.
 Failure ToldOf(const std::string& path, const std::string& copy, const Failure& failure) {
     std::string words = failure.what();
     const std::size_t place = words.find(copy);
@@ -51,7 +51,7 @@ Failure ToldOf(const std::string& path, const std::string& copy, const Failure& 
     return Failure(words, facts, failure.ErrorNumber());
 }
 
-/// The file must be one that the next run of a command can read.
+/// Requires that the next run of a command can read the file.
 void RequireParameterFile(const std::string& staged, const std::string& path) {
     const QuietLog quiet(ZETLogError);
     try {
@@ -67,7 +67,8 @@ bool IsCommitted(Store& store, const KnownFile& file) {
     return !CommittersOf(store, file.kind, file.state.knowledge).empty();
 }
 
-/// What is committed is known in them, and in one also what is edited in place.
+/// What is committed is known in the product's directories, and what is edited in place in the state
+/// directory, so they must not move then.
 void RequireLastingDirectory(Deployment& product, const std::string& name, const std::string& value) {
     if (!IsOwnDirectory(name) || product.HostPaths().NameInside(product.Param(name)) == value) return;
     Store* const store = product.HostHistory().ToLookIfUsable();
@@ -93,7 +94,7 @@ void RequireChangeable(const std::string& name) {
         throw UsageError(_("ZET_CFG is always the file that is read (name another one with --config)"));
 }
 
-/// What a check would say of the line is said before it is there.
+/// Refuses beforehand what a check would say against the line.
 void RequireSoundLine(Deployment& product, const std::string& name, const std::string& value) {
     if (const auto problem = ProblemOfParam(name, value))
         FailToSet(Failure({.text = problem->text, .remedy = problem->remedy}));
@@ -102,7 +103,7 @@ void RequireSoundLine(Deployment& product, const std::string& name, const std::s
     if (!judged.mistyped.empty()) FailToSet(Failure(judged.mistyped.front()));
 }
 
-/// What a check would say of the directory is said before it is used.
+/// Refuses beforehand what a check would say against the directory.
 void RequireSoundDirectory(Deployment& product, const std::string& name, const std::string& value) {
     const Paths& paths = product.HostPaths();
     if (!IsOwnDirectory(name) || paths.NameInside(product.Param(name)) == value) return;
@@ -111,15 +112,15 @@ void RequireSoundDirectory(Deployment& product, const std::string& name, const s
     if (!problems.empty()) FailToSet(Failure(problems.front()));
 }
 
-/// A directory on which root cannot rely does not keep him from leaving it: the next one serves already.
+/// Lets root leave a directory on which root cannot rely: the next one already serves this edit.
 void LeaveUnsafeDirectory(Deployment& product, const std::string& name, const std::string& next) {
     if (IsOwnDirectory(name) && CheckInstruction(product.HostPaths(), product.Param(name)))
         product.UpdateParam(name, next);
 }
 
 FileOutcome EditMainFile(Deployment& product, const FileEdit::Operation& operation) {
-    // None of the system's own text gets into this file, so that a language that the host does not have can
-    // be set right.
+    // No text of the system's own gets into this file, so an edit can also correct a language that the host
+    // does not have.
     const ParamOverride language(product.Core(), kLanguage, "C");
     FileEdit edit(product, product.ConfigFile(), FileInPlace::Access::ByPath);
     LookAtBlocks(product, {product.ConfigFile(), edit.Path()});
@@ -127,14 +128,14 @@ FileOutcome EditMainFile(Deployment& product, const FileEdit::Operation& operati
                      [&](const std::string& staged) { RequireParameterFile(staged, edit.Path()); });
 }
 
-/// Of the store, or of a library that it needs: only these are named without a directory.
+/// True if the store, or a library that it needs, failed. Only a library is named without a directory.
 bool IsOfHistory(Deployment& product, const Failure& failure) {
     const std::string& file = failure.Facts().file;
     return file.starts_with(product.State().Store()) ||
            (!file.empty() && file.find('/') == std::string::npos);
 }
 
-/// A history that cannot be used keeps every other edit from being made, and this one is the way out.
+/// An unusable history keeps all other edits from being made, and this one is the way out.
 FileOutcome EditToEndHistory(Deployment& product, const FileEdit::Operation& operation) {
     std::string reason;
     try {
@@ -153,7 +154,7 @@ void SetLines(Deployment& product, const std::string& path, const std::string& n
               const std::string& value) {
     const std::string file = product.Param(kConfigFile);
     if (path != file) {
-        // The trial: what the module does to its own file, done to the copy.
+        // A dry run does to the copy what the module does to its own file.
         const auto copy = OpenedFile(product, path, true);
         copy->SetParamValue(name, value);
         SaveEdited(*copy);
@@ -164,7 +165,7 @@ void SetLines(Deployment& product, const std::string& path, const std::string& n
     if (!isRead)
         throw Failure(
             {.file = file, .text = _("cannot be read any more"), .remedy = _("run the command again")});
-    product.UpdateParam(name, value);  // the module knows no root
+    product.UpdateParam(name, value);  // the module does not know the root directory
 }
 
 std::string WithoutLines(std::string_view text, const std::string& name) {
@@ -183,7 +184,7 @@ std::string WithoutLines(std::string_view text, const std::string& name) {
 
 std::optional<std::string> GetOption(Deployment& product, const std::string& name) {
     RequireOptionName(name, "NAME");
-    // Asking the core for a parameter does not tell an unknown one from an empty one.
+    // The core does not tell an unknown parameter from an empty one.
     const StringMap params = product.Values().Params();
     const auto found = params.find(name);
     return found == params.end() ? std::nullopt : std::optional<std::string>(found->second);

@@ -7,16 +7,17 @@
 #include "deploy/targets/Deployment.h"
 #include "zet/deploy/FileOutcome.h"
 
-/// The parameters of the product itself. A name that cannot be one is a `UsageError`.
+/// Reads and edits the product's own parameters. A name that cannot be one is a `UsageError`.
 namespace ZET::Deploy {
 
-/// None: there is no such parameter.
+/// None if there is no such parameter.
 std::optional<std::string> GetOption(Deployment& product, const std::string& name);
 
-/// What a check would have against the line is a `Failure`, and changes nothing.
+/// Throws a `Failure`, and changes nothing, if a check would have something against the line.
 FileOutcome SetOption(Deployment& product, const std::string& name, const std::string& value);
 
-/// Takes the lines of the parameter out of the main file, so that what else gives it counts, or its default.
+/// Takes the parameter's lines out of the main file, so that its value from elsewhere, or its default,
+/// counts.
 FileOutcome UnsetOption(Deployment& product, const std::string& name);
 
 }  // namespace ZET::Deploy

@@ -20,10 +20,10 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// One edit of a parameter, and what the file, or the section that is asked for, has of it.
+/// One edit of a parameter, with what the file or the section says about it.
 class ParamEdit : public PartEdit {
   public:
-    /// What the edit has to see of the text: its lines one after the other, or all of it.
+    /// What the edit needs to see of the text: line after line, or all of it at once.
     enum class View { Lines, Whole };
 
     ParamEdit(Deployment& product, const std::string& file, const std::string& name,
@@ -49,8 +49,8 @@ class ParamEdit : public PartEdit {
     Text::ParamLook m_look;
 };
 
-/// Looks for the line that the module would take for a parameter, in a text that comes in pieces of whole
-/// lines. The name has to stand in it as it is, so that the core is asked about few lines.
+/// Finds the line that the module would take for a parameter, in a text that comes in pieces of whole lines.
+/// The name must be literal, so that the core is asked about few lines only.
 class LookToGet {
   public:
     LookToGet(IZETCore& core, const std::string& name)
@@ -91,7 +91,7 @@ std::optional<std::string> LineOf(Deployment& product, const std::string& path, 
         const std::string bytes = ReadFileBytes(path);
         return FirstSelected(product.Core(), pattern, PartOf(path, bytes, section).lines);
     }
-    // The lookup by name cannot tell an empty value from a parameter that is not there.
+    // The lookup by name does not tell an empty value from a parameter that is not there.
     const std::string line = OpenedFile(product, path, true)->GetLine(pattern);
     return line.empty() ? std::nullopt : std::optional(line);
 }

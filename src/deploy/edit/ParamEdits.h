@@ -8,12 +8,12 @@
 #include "zet/deploy/EditOptions.h"
 #include "zet/deploy/FileOutcome.h"
 
-/// Lines "name=value" of any file. `file` is what the caller wrote. A name or value that would do something
-/// else than what it says is a `UsageError`.
+/// Reads and edits lines "name=value" of any file. `file` is as the caller wrote it. A name or value that
+/// would do something else than what it says is a `UsageError`.
 namespace ZET::Deploy {
 
-/// The value in the real file `path`; none: there is no such parameter. A `Failure` where several sections
-/// have it, or a line that does not count as one.
+/// The value in the real file `path`; none if there is no such parameter. Throws a `Failure` if several
+/// sections have it, or if it is only set by lines that the module does not count as such.
 std::optional<std::string> GetParam(Deployment& product, const std::string& path, const std::string& name,
                                     const std::optional<std::string>& section = std::nullopt);
 

@@ -24,7 +24,7 @@ std::vector<Text::ParamLine> Selected(const FoundParam& found, const Selection& 
     return selected;
 }
 
-/// What the module takes for the parameter when it sets one.
+/// Whether the module takes the line for the parameter when it sets one.
 bool IsTaken(const Text::ParamLine& line) {
     return line.form == Form::Set || line.form == Form::CommentedOut;
 }
@@ -50,7 +50,7 @@ std::string Quoted(const std::string& name) {
 }
 
 void RequireOneSection(const FoundParam& found, const Selection& isSelected) {
-    std::vector<Text::ParamLine> firsts;  // of each part of the file
+    std::vector<Text::ParamLine> firsts;  // the first line of each part of the file
     for (const Text::ParamLine& line : Selected(found, isSelected)) {
         if (firsts.empty() || firsts.back().section != line.section) firsts.push_back(line);
     }

@@ -6,8 +6,8 @@
 #include "text/ParamLook.h"
 #include "zet/deploy/Observer.h"
 
-/// What a file holds of a parameter that the module would not see, or would see too much of. Each refusal is
-/// a `Failure`.
+/// What must hold for a parameter's lines because the module would not see some of them, or see too many.
+/// Each `Require...` throws a `Failure`.
 namespace ZET::Deploy {
 
 /// A parameter as it was found in a file.
@@ -17,19 +17,20 @@ struct FoundParam {
     const Text::ParamLook& look;
 };
 
-/// No line sets it with blanks before the "=": such a line stays what it is, and programs that read the file
-/// would see two. `command` is what takes a PATTERN instead, and `effect` what it does to the line.
+/// Requires that no line sets it with blanks before the "=": the line would stay, and programs that read the
+/// file would see two. `command` is the one to use with a PATTERN instead, and `effect` what it does to the
+/// line.
 void RequireNoBlanks(const FoundParam& found, const std::string& command, const std::string& effect);
 
-/// Only one section of the file has it; of the lines that a lookup, an edit or a restore would take.
+/// These require that only one section has lines of it that a lookup, an edit or a restore would take.
 void RequireOneSectionToGet(const FoundParam& found);
 void RequireOneSectionToSet(const FoundParam& found);
 void RequireOneSectionToRestore(const FoundParam& found);
 
-/// Where the edit would add a line, the file has one section at most in which it can come to stand.
+/// If the edit would add a line, requires that there are not several sections in which it could end up.
 void RequirePlaceForNewLine(const FoundParam& found);
 
-/// Tells which lines, other than the one that everybody expects, the edit is about.
+/// Reports which lines the edit is about, if it is not the one line that everybody expects.
 void TellLinesToSet(Observer& observer, const FoundParam& found);
 
 }  // namespace ZET::Deploy

@@ -14,10 +14,10 @@
 
 namespace ZET::Deploy {
 
-/// One edit of lines of a file, or of one section of it.
+/// One edit of lines of a file, or of one of its sections.
 class PartEdit {
   public:
-    /// `file` and `options` must live as long as the object. Damaged blocks are a `Failure` of what reads.
+    /// `file` and `options` must outlive the object. Reading throws a `Failure` if blocks are damaged.
     PartEdit(Deployment& product, const std::string& file, const EditOptions& options)
         : m_product(product),
           m_named(file),
@@ -27,7 +27,7 @@ class PartEdit {
 
     void ReadAll();
 
-    /// Shows the lines of the whole file one after the other, where that is enough: there is no `Part` then.
+    /// Shows the whole file to `look`, line after line, for edits that need no `Part`.
     void ReadLines(const AlsoLook& look) { m_text = LookAtBlocks(m_product, {m_named, Path()}, look); }
 
     const std::string& Path() const { return m_edit.Path(); }

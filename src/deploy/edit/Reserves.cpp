@@ -27,7 +27,7 @@ namespace {
 
 using Result = FileOutcome::Result;
 
-/// One of the three works on a file's reserve: what there is, and what the report says.
+/// What the three operations on a reserve share: what is there, and what the report says.
 struct ReserveWork {
     ReserveWork(Deployment& given, const std::string& file, Purpose why = Purpose::Writes)
         : product(given),
@@ -62,7 +62,7 @@ struct ReserveWork {
         });
     }
 
-    /// `after` is what the file is going to be; none: it stays as it is.
+    /// `after` is the state that the file is going to have; none if it stays as it is.
     template <typename Work>
     void Recorded(ExpectedFile::Companions companions, const std::optional<CapturedFile>& after, Work work) {
         Writing::Begin();
@@ -80,7 +80,7 @@ struct ReserveWork {
         recording.Complete();
     }
 
-    /// Nothing is known of it any more, even where it is as it was.
+    /// The history is to know nothing of the file any more, even if the file stays as it was.
     static void ExpectOriginal(ExpectedFile& expected) {
         expected.kind = FileKind::Original;
         expected.knowledge = Knowledge();
@@ -94,12 +94,12 @@ struct ReserveWork {
 
     Deployment& product;
     std::string path;
-    Writing writing;  // before anything is looked at
+    Writing writing;  // takes the lock, so it comes before anything is looked at
     Purpose purpose;
     FileInPlace place;
     FileVersion version;
     std::string reserve;
-    std::string absence;  ///< that there was no file
+    std::string absence;  ///< the record that there was no file
     bool hasFile;
     bool hasReserve;
     bool hasAbsence;
@@ -122,7 +122,7 @@ FileOutcome StripFile(Deployment& product, const std::string& file, const EditOp
     CommitGuard(product, edit.Path(), options).RequireNoLines();
     const Text::TextToEdit text = LookAtRegions(product, {file, edit.Path()});
     if (!text.hasRegions) return edit.LeaveUnchanged(_("no managed block and no notice in it"));
-    // A notice goes in again, but not in front of a line that has to stay the first.
+    // The module puts a notice in again, which must not come before a line that has to stay the first.
     const bool noNotice = Text::MustComeFirst(text.firstLine);
     const auto strip = [&product, noNotice](const std::string& path) {
         const auto opened = OpenedFile(product, path, noNotice);

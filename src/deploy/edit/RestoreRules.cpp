@@ -35,7 +35,7 @@ class RestoreCheck {
     }
 
   private:
-    /// The lines outside of blocks, which the module brings back or keeps.
+    /// Checks the lines outside of blocks: the module takes those that the pattern selects for former ones.
     void CheckLines() {
         for (std::size_t number = 1; number <= m_text.LineCount(); ++number) {
             if (m_text.RegionOf(number).kind == Text::RegionKind::Block) continue;

@@ -14,14 +14,14 @@ struct RestoreRequest {
     std::string path;
     std::string_view text;  ///< of the file, with sound markers; must outlive the request
     std::string pattern;    ///< as `RestoreLine` gets it
-    std::string content;    ///< selects the lines in the managed blocks that the restore is about
+    std::string content;    ///< selects the lines, in managed blocks, that the restore is about
     bool allBlocks = false;
-    std::size_t linesBefore = 0;  ///< where `text` is a part of the file
+    std::size_t linesBefore = 0;  ///< in the file, where `text` is a part of it
 };
 
-/// The module's restore takes out every managed block. Whether there is something to restore at all; a
-/// `Failure` when blocks would go that the restore is not about, unless that is wanted; a `UsageError` for a
-/// pattern that selects lines which keep no former line.
+/// Whether there is anything to restore. The module's restore takes out every managed block, so this throws a
+/// `Failure` if blocks would go that the restore is not about, unless `allBlocks` is set. It throws a
+/// `UsageError` for a pattern that also selects lines which keep no former line.
 bool HasSomethingToRestore(IZETCore& core, const RestoreRequest& request);
 
 }  // namespace ZET::Deploy

@@ -9,8 +9,8 @@
 #include "deploy/state/Host.h"
 #include "text/repair/TextToEdit.h"
 
-/// What every edit in place asks first: the module takes lines for the system's by the markers around them,
-/// so that behind a damaged marker an edit would replace or drop lines of the administrator's for good.
+/// Checks a file before any edit in place. The module knows the system's lines by the markers around them, so
+/// that behind a damaged marker it would replace or drop the administrator's own lines for good.
 namespace ZET::Deploy {
 
 /// A file as the caller wrote it, and where it is.
@@ -19,15 +19,15 @@ struct FileToLookAt {
     const std::string& path;
 };
 
-/// Is shown lines of a file, and told how many came before these.
+/// Is shown lines of a file, and the number of lines before these.
 using AlsoLook = std::function<void(std::string_view lines, std::size_t before)>;
 
-/// Damage of the file's blocks is a `Failure`. `also` is shown the same lines. With `text`, the file is not
-/// read again.
+/// Throws a `Failure` if the file's blocks are damaged. `also` is shown the same lines. With `text`, the file
+/// is not read again.
 Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const AlsoLook& also = nullptr);
 Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const std::string& text);
 
-/// The same for an edit that takes the notices out, too; it does not ask how the lines end.
+/// The same for an edit that takes notices out, too. It does not find out how the lines end.
 Text::TextToEdit LookAtRegions(Host& host, const FileToLookAt& file);
 
 }  // namespace ZET::Deploy

@@ -13,7 +13,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// The real file, of which the caller asks for the text.
+/// The real file whose text the caller asks for.
 std::string FileToShow(Deployment& product, const std::string& file) {
     std::string path = FileToRead(product, file);
     product.HostSecrets().RequireShown(path);

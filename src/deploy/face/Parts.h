@@ -12,15 +12,15 @@
 
 namespace ZET::Deploy {
 
-/// What `call` returns. What the core or the module throws meanwhile is a `Failure` to the caller, and what
-/// they log is told to `observer`.
+/// Returns what `call` returns. What the core or the module throws becomes a `Failure`, and what they log is
+/// reported to `observer`.
 template <typename Call>
 auto Tell(Observer& observer, Call call) {
     const LogToObserver log(observer);
     return RemedyErrors("", call);
 }
 
-/// Passes on what is told, and collects what happened.
+/// Passes reports on to the caller's observer, and collects what happened.
 class Relay : public Observer {
   public:
     explicit Relay(Observer* observer) : m_observer(observer != nullptr ? *observer : m_nobody) {}
@@ -52,7 +52,8 @@ class Relay : public Observer {
         Reached().Reloads(services);
     }
 
-    /// What `call` made happen; `observer`, unless it is null, is told in place of the other one.
+    /// Returns what `call` made happen. Reports go to `observer`, unless it is null, instead of the usual
+    /// one.
     template <typename Call>
     Outcome Collect(Observer* observer, Call call) {
         m_outcome = {};
@@ -83,11 +84,11 @@ class Product::Implementation {
 
     Relay relay;
     Deployment deployment;
-    const Plan::Implementation* plan = nullptr;  ///< that waits for its commit
-    int calls = 0;                               ///< that are under way: an observer may make some, too
+    const Plan::Implementation* plan = nullptr;  ///< the one that waits for its commit
+    int calls = 0;                               ///< under way; an observer may make calls, too
 };
 
-/// A call of the library. No directory of the host is held after it.
+/// A call of the library. No directory of the host is held once the outermost call has ended.
 class Call {
   public:
     explicit Call(Product::Implementation& parts) : m_parts(parts) { ++m_parts.calls; }
@@ -97,8 +98,8 @@ class Call {
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;
 
-    /// The host as it is now; where a plan waits for its commit, or within another call, as that has found
-    /// it.
+    /// The host as it is now. Within another call, or while a plan waits for its commit, the host as these
+    /// found it.
     Deployment& Begin() const {
         if (m_parts.calls == 1 && m_parts.plan == nullptr) m_parts.deployment.BeginAnew();
         return m_parts.deployment;
@@ -108,7 +109,7 @@ class Call {
     Product::Implementation& m_parts;
 };
 
-/// What `work(deployment)` returns, in one call.
+/// Returns what `work(deployment)` returns, as one call.
 template <typename Work>
 auto Use(Product& product, Work work) {
     return Tell(product.Parts().relay, [&] {
@@ -117,7 +118,8 @@ auto Use(Product& product, Work work) {
     });
 }
 
-/// What `work(deployment)` made happen; `observer`, unless it is null, is told in place of the product's.
+/// Returns what `work(deployment)` made happen. Reports go to `observer`, unless it is null, instead of the
+/// product's.
 template <typename Work>
 Outcome Collect(Product& product, Observer* observer, Work work) {
     return product.Parts().relay.Collect(observer, [&] { Use(product, work); });

@@ -21,7 +21,7 @@ class Plan::Implementation {
     Implementation(const Implementation&) = delete;
     Implementation& operator=(const Implementation&) = delete;
 
-    /// The calls that come next find the host as it is then.
+    /// From now on, calls find the host as it is then.
     void End() {
         if (parts.plan == this) parts.plan = nullptr;
     }
@@ -57,21 +57,21 @@ std::vector<std::string> Plan::Restarts() const {
 }
 
 Plan MakePlan(Product& product, const std::vector<std::string>& templateNames, OnEdit onEdit) {
-    // Of those that hold no lock, the newest is the one to be committed.
+    // The plans of dry runs hold no lock, so the newest of them is the one that can be committed.
     if (product.Parts().deployment.Wanted().dryRun) product.Parts().plan = nullptr;
     return Use(product, [&](Deployment&) {
         const SignalGuard signals;
         auto parts = std::make_unique<Plan::Implementation>(product.Parts(), templateNames, onEdit);
-        // One that comes now would end the program while the plan has files lying about.
+        // A signal that has come ends the call here, while the plan's files are still cleared away.
         SignalGuard::Check();
-        // One that cannot be committed keeps nobody waiting.
+        // A plan that cannot be committed gives its lock up, so that nobody waits for it.
         const std::unique_ptr<WriteLock> unneeded =
             parts->plan.Problems().empty() ? nullptr : parts->plan.TakeLock();
         return Plan(std::move(parts));
     });
 }
 
-/// However it ends, others may write then.
+/// Gives the lock up however the commit ends.
 static void CommitOnce(Deployment& deployment, CommitPlan& plan) {
     const std::unique_ptr<WriteLock> lock = plan.TakeLock();
     Commit(deployment, plan);

@@ -11,7 +11,7 @@
 
 namespace ZET::Deploy {
 
-/// The same file, wherever the program goes. In a tree, a path begins at its root.
+/// Names the same file wherever the program's working directory is. With a root directory, paths begin there.
 static std::string LastingName(const std::string& configFile, const Options& options) {
     return options.root.empty() && !configFile.empty() ? AbsolutePath(configFile) : configFile;
 }

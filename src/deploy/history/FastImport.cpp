@@ -20,7 +20,8 @@ bool IsPlain(char c) {
            (std::isalnum(byte) != 0 || std::string_view("/._-+@,:=").find(c) != std::string_view::npos);
 }
 
-/// A path with such a step is refused as a whole.
+/// Renames steps that are called like a repository's own directory: the reader refuses a path with such a
+/// step.
 std::string WithoutRepositories(const std::string& path) {
     std::string result;
     for (std::size_t start = 0; start <= path.size();) {
@@ -32,7 +33,7 @@ std::string WithoutRepositories(const std::string& path) {
     return result;
 }
 
-/// What would end the name, or the line.
+/// Replaces what would end the name or the line.
 std::string Harmless(std::string text) {
     std::replace_if(
         text.begin(), text.end(), [](char c) { return c == '<' || c == '>' || c == '\n' || c == '\0'; }, ' ');

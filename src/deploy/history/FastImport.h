@@ -8,7 +8,7 @@
 
 namespace ZET::Deploy {
 
-/// Writes what "git fast-import" reads: one branch, whose changes follow each other.
+/// Writes a stream for "git fast-import": one branch, whose changes follow each other.
 class FastImport {
   public:
     struct Signature {
@@ -17,12 +17,12 @@ class FastImport {
         std::int64_t seconds = 0;  ///< since 1970
     };
 
-    /// A stream without its end is refused by its reader.
+    /// `End` must be called last: the reader refuses a stream without it.
     FastImport(std::ostream& stream, std::string branch);
 
     void Change(const Signature& author, const Signature& committer, const std::string& message);
 
-    /// In the change that was begun last. Paths are relative, of any bytes.
+    /// Writes a file in the change that was begun last. Paths are relative, and may hold any bytes.
     void Write(const std::string& path, bool isExecutable, std::string_view text);
     void Remove(const std::string& path);
 
@@ -35,8 +35,8 @@ class FastImport {
     std::string m_branch;
 };
 
-/// A path as the stream has it: in quotes unless all of its bytes are plain. A directory of a repository's
-/// own has another name.
+/// A path as the stream has it: in quotes unless all of its bytes are plain. A step that is called like a
+/// repository's own directory gets another name.
 std::string PathInStream(const std::string& path);
 
 }  // namespace ZET::Deploy

@@ -30,8 +30,8 @@ class Comparison {
         return result;
     }
 
-    /// Its first and its last state between the two entries become what is compared. Entries come from the
-    /// newest to the oldest.
+    /// The files that changed after `older` up to `newer`, each with its first and its last state. Relies on
+    /// entries coming from the newest to the oldest.
     std::vector<RecordedFile> Between(std::int64_t older, std::int64_t newer) const {
         std::vector<RecordedFile> files;
         std::unordered_map<std::string, std::size_t> places;
@@ -44,7 +44,7 @@ class Comparison {
     }
 
   private:
-    /// `places` tells where the file of a path is among those that were taken.
+    /// `places` has the index in `files` of each path that was taken.
     static void Take(std::vector<RecordedFile>& files, std::unordered_map<std::string, std::size_t>& places,
                      RecordedFile file, bool isStart) {
         const auto known = places.find(file.path);
@@ -79,7 +79,7 @@ class Comparison {
     TextDiffer m_differ;
 };
 
-/// What was different before is different after the other way round.
+/// For a comparison that goes from a newer entry to an older one.
 RecordedFile Reversed(RecordedFile file) {
     std::swap(file.before, file.after);
     return file;

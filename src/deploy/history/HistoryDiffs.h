@@ -11,8 +11,8 @@
 
 namespace ZET::Deploy {
 
-/// What the entry changed, or what is different after `to` from what was after `number`; in one file, unless
-/// `file` is empty.
+/// What the entry changed, or, with `to`, how the files after `to` differ from those after `number`. An empty
+/// `file` means all files.
 std::vector<HistoryDiff> DiffHistory(Deployment& product, std::int64_t number, std::optional<std::int64_t> to,
                                      const std::string& file);
 

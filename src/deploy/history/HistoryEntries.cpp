@@ -31,7 +31,7 @@ const char* NameOf(EntryOutcome outcome) {
     return kNames[static_cast<std::size_t>(outcome)];
 }
 
-/// How many words give the message, from this one on.
+/// How many words give the message, counted from this one on.
 std::size_t CountOfMessageWords(const HistoryEntry& entry, std::size_t i) {
     if (entry.message.empty()) return 0;
     const std::string& word = entry.words[i];
@@ -40,7 +40,7 @@ std::size_t CountOfMessageWords(const HistoryEntry& entry, std::size_t i) {
     return isOption && i + 1 < entry.words.size() && entry.words[i + 1] == entry.message ? 2 : 0;
 }
 
-/// None: it is not kept, or damaged, which whoever asks for it is told.
+/// None if the text is not kept or is damaged. Whoever asks for the text itself gets damage reported.
 std::optional<std::string> ReadableText(const HistoryReader& reader, const RecordedState& state) {
     try {
         return state.text ? std::optional(reader.Text(state)) : std::nullopt;
@@ -49,7 +49,7 @@ std::optional<std::string> ReadableText(const HistoryReader& reader, const Recor
     }
 }
 
-/// The texts of the files that are not shown; none where one is not kept, of which any word may be.
+/// The texts of the files that are hidden. None if one of them is not kept, since any word may come from it.
 std::optional<std::vector<std::string>> HiddenTexts(const HistoryReader& reader,
                                                     const std::vector<RecordedFile>& files) {
     std::vector<std::string> texts;
@@ -64,12 +64,12 @@ std::optional<std::vector<std::string>> HiddenTexts(const HistoryReader& reader,
     return texts;
 }
 
-/// A file may have become private since the words were recorded. Of one that was private then, the words with
-/// text in them are hidden already.
+/// A file may have become private since the words were recorded. If it was private then, the words with text
+/// in them are hidden already.
 std::vector<std::string> ShownWords(const HistoryReader& reader, const RecordedEntry& entry) {
     const bool isHidden = std::any_of(entry.words.begin(), entry.words.end(),
                                       [](const std::string& word) { return word.ends_with(kHiddenWord); });
-    // Most words tell only what was done; then the files, which may be thousands, are not looked at.
+    // Few commands have text in their words. For the others the files, which may be thousands, are not read.
     if (isHidden || WordsWithoutAnyText(entry.words) == entry.words) return entry.words;
     const std::vector<RecordedFile> files = reader.FilesOf(entry.number);
     std::vector<std::string> paths;
@@ -110,7 +110,7 @@ HistoryFile ToldFile(const HistoryReader& reader, const RecordedFile& file) {
     told.kind = NameOf(file.kind);
     told.result = ResultOf(file.before, file.after);
     told.before = StateOfRecorded(file.before);
-    // Of a file that nobody knew yet what it was going to be, only that it was going to be there is recorded.
+    // An entry may have recorded only that the file was going to exist, and nothing else of it.
     if (file.IsPlanned()) told.after = StateOfRecorded(file.after);
     told.isTextKeptBefore = file.before.text.has_value();
     told.isTextKeptAfter = file.after.text.has_value();

@@ -5,30 +5,30 @@
 
 #include "deploy/history/HistoryReader.h"
 
-/// Entries of the store, as they are told.
+/// Entries of the store as they are shown.
 namespace ZET::Deploy {
 
-/// Without its files, and with the words that could be told when it was recorded.
+/// Without its files, and with the words as they were recorded.
 HistoryEntry EntryAsRecorded(const RecordedEntry& entry);
 
-/// The same with the words that can be told now.
+/// The same, with the words that may be shown now.
 HistoryEntry ToldEntry(const HistoryReader& reader, const RecordedEntry& entry);
 
-/// Of the files of an entry.
+/// The paths of the files of an entry.
 std::vector<std::string> PathsOf(const HistoryReader& reader, std::int64_t number);
 
-/// `file` has what became of it between any two instants.
+/// `file` may have the states of any two instants, not only those of one entry.
 HistoryFile ToldFile(const HistoryReader& reader, const RecordedFile& file);
 
-/// All, or those of one file with that file and what stands beside it.
+/// All entries, or only those of `file`, which then list nothing but that file and its companions.
 std::vector<HistoryEntry> ListHistory(Deployment& product, const std::string& file, std::size_t count);
 HistoryEntry ShowEntry(Deployment& product, std::int64_t number);
 std::string TextOf(Deployment& product, std::int64_t number, const std::string& file, Side side);
 
-/// Who sat there: who logged in or asked sudo, where that is somebody else than the user.
+/// The person behind the entry: who logged in, else who asked sudo, else the user.
 std::string PersonOf(const HistoryEntry& entry);
 
-/// The words as a shell would take them, without the message.
+/// The command's words in the quotes that a shell needs, without the message.
 std::string CommandOf(const HistoryEntry& entry);
 
 }  // namespace ZET::Deploy

@@ -30,7 +30,7 @@ ErasedHistory EraseHistory(Deployment& product, const std::string& file) {
         result.texts = product.HostHistory().ToLook()->CountTexts(NamesBeside(name));
         return result;
     }
-    const std::string name = toErase();  // before anybody has to wait
+    const std::string name = toErase();  // so that a wrong name is reported before anybody waits for the lock
     const WriteLock lock(product.State(), product.Seeker());
     SettleCutShort(product, lock);
     TellOfMerge(product, name);

@@ -8,7 +8,7 @@
 
 namespace ZET::Deploy {
 
-/// Takes the texts of the file, of what stands beside it, and the words that held one, out for good.
+/// Erases for good the texts of the file and its companions, and the words of commands that held one of them.
 ErasedHistory EraseHistory(Deployment& product, const std::string& file);
 
 }  // namespace ZET::Deploy

@@ -16,7 +16,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// Whatever the branch is called that a repository begins with.
+/// The branch that a repository begins with, whatever its name is.
 constexpr char kBranch[] = "HEAD";
 constexpr char kNobodyKnown[] = "others";
 constexpr std::int64_t kNanoseconds = 1'000'000'000;
@@ -50,7 +50,7 @@ class Exporter {
     }
 
   private:
-    /// What is there, as far as a repository knows it.
+    /// What a repository can know of a file.
     struct Content {
         std::uint64_t size = 0;
         std::string digest;

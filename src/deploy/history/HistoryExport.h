@@ -7,7 +7,7 @@
 
 namespace ZET::Deploy {
 
-/// All entries, from the oldest on. What others did to a file before an entry is a change of its own.
+/// Exports all entries, from the oldest on. What others did to a file before an entry is a change of its own.
 void ExportHistory(Deployment& product, std::ostream& stream);
 
 }  // namespace ZET::Deploy

@@ -32,7 +32,8 @@ Store* StoreOf(Deployment& product) {
     return history.ToLook();
 }
 
-/// Links followed as they lead now; or, where the file itself became one, only those on the way to it.
+/// First with all links followed as they lead now, then without following the file itself, which may have
+/// become a link.
 std::vector<std::string> NamesOfPath(const Paths& paths, const std::string& file) {
     const std::string written = paths.HasRoot()
                                     ? std::filesystem::path("/" + file).lexically_normal().string()
@@ -155,7 +156,7 @@ const char* HistoryReader::ReasonOfLack(const RecordedState& state) const {
                      "ZET_HISTORY_MAX_FILE then");
 }
 
-/// What a commit wrote and no list has any more may have been called secret there.
+/// A file that a commit wrote and that is in no list any more may have been secret there.
 Secrets::Audience HistoryReader::AudienceOf(const std::string& name, const RecordedState& state) const {
     using Audience = Secrets::Audience;
     const std::string path = PathOf(name);

@@ -15,18 +15,18 @@
 
 namespace ZET::Deploy {
 
-/// Which of the two texts that an entry has of a file.
+/// One of the two states that an entry has of a file.
 enum class Side { Before, After };
 
 inline const RecordedState& StateOn(Side side, const RecordedFile& file) {
     return side == Side::Before ? file.before : file.after;
 }
 
-/// What the store has, for somebody who looks back: files by the paths that lead to them, and his mistakes
-/// told.
+/// Reads the store for looking back: takes files by any path that leads to them, and reports wrong names and
+/// numbers.
 class HistoryReader {
   public:
-    /// A history that this user may not read, or that cannot be used, is a `Failure`.
+    /// Throws a `Failure` if this user may not read the history, or if it cannot be used.
     explicit HistoryReader(Deployment& product);
 
     Deployment& Product() const { return m_product; }
@@ -35,39 +35,41 @@ class HistoryReader {
     /// From the newest to the oldest.
     std::vector<RecordedEntry> Entries(std::size_t count = SIZE_MAX) const;
 
-    /// The same of one file, and of what stands beside it, by its name inside the root.
+    /// The same for one file and its companions; `name` is the file's inside the root.
     std::vector<RecordedEntry> EntriesOf(const std::string& name, std::size_t count = SIZE_MAX) const;
 
-    /// Of an entry that has not ended, what it has not written yet counts as not planned: it may never come.
+    /// In an entry that has not ended, a file that it has not written yet counts as not planned: its new
+    /// state may never come.
     std::vector<RecordedFile> FilesOf(std::int64_t number) const;
 
-    /// What the entry did to the file of that name; none: nothing.
+    /// What the entry did to the file of that name; none if it did nothing.
     std::optional<RecordedFile> ChangeIn(std::int64_t number, const std::string& name) const;
 
-    /// The name, inside the root, under which the history knows a file that this path leads to.
+    /// The name, inside the root, under which the history knows the file at this path. Throws a `UsageError`
+    /// if it does not know the file.
     std::string NameOf(const std::string& file) const;
 
-    /// The same; none: the history never saw it.
+    /// The same, but none if the history does not know the file.
     std::optional<std::string> FindName(const std::string& file) const;
 
-    /// Of the entries that were ever made; 0: none was.
+    /// The number of the newest entry ever made; 0 if none was.
     std::int64_t LastNumber() const;
 
     RecordedEntry Entry(std::int64_t number) const;
     RecordedFile FileOf(std::int64_t number, const std::string& name) const;
 
-    /// What was done after the entry can be told as a whole; else a `Failure`.
+    /// Throws a `Failure` unless all entries after this one are still kept.
     void RequireAllKeptAfter(std::int64_t number) const;
 
-    /// Why the text is not there though the file was; empty: it is.
+    /// Why the text of a file that existed is not kept; empty if it is kept.
     std::string WhyNotKept(const RecordedState& state) const;
 
-    /// The same in English, as all that outlasts its reader.
+    /// The same in English, for what outlasts its reader.
     std::string WhyNotExported(const RecordedState& state) const;
 
     std::string Text(const RecordedState& state) const { return m_store->Text(*state.text); }
 
-    /// Whose eyes the texts are for: as the list says, and as the file's mode said then.
+    /// Who may see the text, by what the list says now and by what the file's mode was then.
     Secrets::Audience AudienceOf(const std::string& name, const RecordedState& state) const;
     bool Hides(const std::string& name, const RecordedState& state) const;
 
@@ -80,11 +82,11 @@ class HistoryReader {
 
     Deployment& m_product;
     Store* m_store;
-    std::unique_ptr<Database::Transaction> m_look;  ///< all that is read is of one moment
-    std::set<std::int64_t> m_open;
+    std::unique_ptr<Database::Transaction> m_look;  ///< so that all that is read is of one moment
+    std::set<std::int64_t> m_open;                  ///< the entries that have not ended
 };
 
-/// A file's own name, and those of what may stand beside it.
+/// A file's own name and those of its possible companions.
 std::vector<std::string> NamesBeside(const std::string& name);
 
 }  // namespace ZET::Deploy

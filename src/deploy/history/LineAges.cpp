@@ -38,7 +38,7 @@ void LineWalk::StepBack(const std::string* older, std::size_t step) {
 
 namespace {
 
-/// Takes the walk through what is recorded of one file.
+/// Walks back through what is recorded of one file.
 class RecordedWalk {
   public:
     RecordedWalk(const HistoryReader& reader, const std::string& text)
@@ -46,7 +46,7 @@ class RecordedWalk {
               return m_differ.Diff(&older, &newer, "text");
           }) {}
 
-    /// As far as texts are kept.
+    /// Goes back as far as texts are kept.
     void Go(const std::string& name) {
         for (const RecordedEntry& entry : m_reader.EntriesOf(name)) {
             if (m_walk.IsDone()) return;
@@ -55,7 +55,7 @@ class RecordedWalk {
         }
     }
 
-    /// Of the entries, only those that a line came with are told.
+    /// Converts only the entries that a line came with.
     std::vector<std::optional<LineAge>> Ages() const {
         std::map<std::size_t, LineAge> told;
         std::vector<std::optional<LineAge>> ages;
@@ -72,16 +72,16 @@ class RecordedWalk {
   private:
     struct Step {
         RecordedEntry entry;
-        bool isEditAfter;  ///< which nobody recorded
+        bool isEditAfter;  ///< the step is an edit after the entry, which nobody recorded
     };
 
-    /// What the entry left may have been edited since, by hand.
+    /// What the entry left may have been edited by hand since.
     bool GoThrough(const RecordedEntry& entry, const RecordedFile& file) {
         return (!file.IsPlanned() || GoBack(file.after, {entry, true})) &&
                GoBack(file.before, {entry, false});
     }
 
-    /// False where the walk ends.
+    /// Returns false where the walk ends.
     bool GoBack(const RecordedState& state, Step step) {
         if (state.exists && !state.text) return false;
         m_steps.push_back(std::move(step));

@@ -12,7 +12,7 @@
 
 namespace ZET::Deploy {
 
-/// What a line came with: an entry, or, where nobody recorded it, an edit of somebody else's.
+/// What a line came with: an entry, or an edit by somebody else that nobody recorded.
 struct LineAge {
     std::optional<HistoryEntry> entry;      ///< without its files
     std::optional<std::int64_t> editAfter;  ///< the last entry before the edit
@@ -23,7 +23,7 @@ struct LineAge {
     }
 };
 
-/// Walks from a text back to older ones, and tells which step each line came with.
+/// Walks from a text back to older ones, and finds the step that each line came with.
 class LineWalk {
   public:
     /// The unified diff of two texts.
@@ -31,19 +31,19 @@ class LineWalk {
 
     LineWalk(std::string text, Differ differ);
 
-    /// To an older text; null: there was no file. Lines that it lacks came with this step.
+    /// Steps back to an older text; null if there was no file. Lines that are not in it came with this step.
     void StepBack(const std::string* older, std::size_t step);
 
-    /// Whether it is known of each line with which step it came.
+    /// True once the step of every line is known.
     bool IsDone() const { return m_open.empty(); }
 
-    /// For each line, at its number less one, the step; none: it is in the oldest text.
+    /// The step of each line, at index line number - 1; none if the line is in the oldest text.
     const std::vector<std::optional<std::size_t>>& Steps() const { return m_steps; }
 
   private:
     struct Line {
         std::size_t index = 0;   ///< in the first text, from 0
-        std::size_t number = 0;  ///< in this one, from 1
+        std::size_t number = 0;  ///< in `m_text`, from 1
     };
 
     std::string m_text;
@@ -52,8 +52,9 @@ class LineWalk {
     std::vector<std::optional<std::size_t>> m_steps;
 };
 
-/// For each line of the file's text, at its number less one, what it came with; none: it is older than what
-/// is recorded, or nobody can tell. An unusable history is reported as a warning.
+/// What each line of the file's text came with, at index line number - 1; none if it is older than the
+/// records, or nobody can tell. Empty if nothing is known of the file. Reports an unusable history as a
+/// warning.
 std::vector<std::optional<LineAge>> AgesOfLines(Deployment& product, const std::string& file,
                                                 const std::string& text);
 

@@ -10,8 +10,8 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// Inside the root. What is known of a file outlives the entries that wrote it, and the other way round. A
-/// reserve that was made alone is in the history itself.
+/// Names inside the root. The history may know a file that it has no entries of any more, and the other way
+/// round. A reserve that was made alone is recorded under its own name.
 std::set<std::string> NamesOfFiles(Deployment& product) {
     std::set<std::string> names;
     const HistoryReader history(product);

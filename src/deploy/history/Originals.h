@@ -8,15 +8,15 @@
 
 namespace ZET::Deploy {
 
-/// What stands beside a file since the product wrote it first.
+/// What has stood beside a file since the product first wrote it.
 struct KeptOriginal {
     std::string path;     ///< of the file
-    std::string reserve;  ///< the file as it was, or the record that there was none
+    std::string reserve;  ///< the original, or the record that there was none
     bool existed = true;  ///< whether there was a file
 };
 
-/// Those that are there, of all files that the history knows or has entries of, sorted. A history that cannot
-/// be read is a `Failure`.
+/// The originals that are still there, sorted, of all files that the history knows or has entries of. Throws
+/// a `Failure` if the history cannot be read.
 std::vector<KeptOriginal> ListOriginals(Deployment& product);
 
 }  // namespace ZET::Deploy

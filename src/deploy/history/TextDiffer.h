@@ -10,7 +10,7 @@ namespace ZET::Deploy {
 /// Compares texts that are in no file.
 class TextDiffer {
   public:
-    /// The unified diff with the labels of `shownPath`; a text that is null is a file that is not there.
+    /// The unified diff, labelled with `shownPath`. A null text is a file that is not there.
     std::string Diff(const std::string* older, const std::string* newer, const std::string& shownPath);
 
   private:

@@ -5,24 +5,23 @@
 
 #include "zet/ZETFormat.h"
 
-/// What stands beside a file.
+/// The files that the product keeps beside a file: its reserve, and the record that there was no file.
 namespace ZET::Deploy {
 
 inline constexpr const char* kCompanionSuffixes[] = {ZETReserveSuffix, ZETAbsenceSuffix};
 
-/// The file that one of this name stands beside; the name itself where it is no companion's.
+/// The file that a companion of this name belongs to; the name itself if it is not that of a companion.
 std::string FileBeside(const std::string& name);
 
 bool HasCompanion(const std::string& path);
 
-/// The reserve of a file, if it has one; else empty.
+/// The path of the file's reserve; empty if it has none.
 std::string ReserveOf(const std::string& path);
 
-/// The reserve that the file has after a change that keeps one.
+/// The reserve that the file will have after a change that keeps one; empty if it will have none.
 std::string ReserveAfterChange(const std::string& path);
 
-/// A `Failure` for a file that is itself what stands beside another: what was there before the product would
-/// be lost with it.
+/// Throws a `Failure` if the path is that of a companion: what was there before the product would be lost.
 void RequireNoCompanion(const std::string& path);
 
 }  // namespace ZET::Deploy

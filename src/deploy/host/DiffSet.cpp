@@ -20,7 +20,7 @@ namespace {
 using Pairs = std::vector<FilePair>;
 using Changes = std::optional<std::vector<std::string>>;
 
-/// Names the files of one side by their numbers, in a directory of that side.
+/// Makes links to the files of one side, named by their numbers, in a directory of that side.
 bool Link(const Staging& staging, const std::string& side, const Pairs& pairs, std::string FilePair::*file) {
     for (std::size_t i = 0; i < pairs.size(); ++i) {
         const std::string link = staging.PathOf(side + "/" + std::to_string(i));
@@ -30,7 +30,7 @@ bool Link(const Staging& staging, const std::string& side, const Pairs& pairs, s
     return true;
 }
 
-/// The number at the end of the line that `diff` puts before what it says of two files.
+/// The number that ends the line by which `diff` introduces two files.
 std::optional<std::size_t> PairIn(std::string_view line) {
     const std::string_view name = line.substr(line.rfind('/') + 1);
     std::size_t number = 0;
@@ -38,13 +38,13 @@ std::optional<std::size_t> PairIn(std::string_view line) {
     return error == std::errc() ? std::optional(number) : std::nullopt;
 }
 
-/// Whether the next line begins with `begin`; takes it.
+/// Takes the next line; returns whether it begins with `begin`.
 bool TakesLine(std::string_view& output, std::string_view begin) {
     return !output.empty() && Text::TakeLine(output).text.starts_with(begin);
 }
 
-/// None of what is not as it should be. A line of a text has a sign, so that none is taken for one between
-/// texts.
+/// None if the output is not as expected. Each line of a diff begins with a sign, so that none is taken for a
+/// line between two diffs.
 Changes ByPair(std::string_view output, std::size_t count) {
     constexpr std::string_view kSigns = "@ +-\\";
     std::vector<std::string> changes(count);
@@ -82,7 +82,7 @@ DiffSet::DiffSet(std::vector<FilePair> pairs) : m_pairs(std::move(pairs)) {
     try {
         m_changes = ChangesBetween(m_pairs);
     } catch (const Failure&) {
-        // Whoever asks for one of them is told.
+        // `Of` then compares the pair by itself, and reports the failure.
     }
 }
 

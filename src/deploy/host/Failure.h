@@ -10,17 +10,16 @@
 
 namespace ZET::Deploy {
 
-/// A failure, told as one problem of the file among others; the text then names another file that it is
-/// about.
+/// The failure as one of the problems of `file`. If it is about another file, its text names that one.
 Problem ProblemOf(const std::string& file, const Failure& failure);
 
 void Append(std::vector<Problem>& problems, std::vector<Problem> more);
 void Append(std::vector<Problem>& problems, std::optional<Problem> problem);
 
-/// Each in a line of its own, for the `output` of another one.
+/// Each problem on a line of its own, for the `output` of another problem.
 std::string LinesOf(const std::vector<Problem>& problems);
 
-/// The first, with the others in the lines below it.
+/// The first problem, with the others on the lines below it. There must be at least one.
 Problem WithOthersBelow(const std::vector<Problem>& problems);
 
 }  // namespace ZET::Deploy

@@ -28,7 +28,7 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr std::size_t kBlock = std::size_t{128} << 10;
-constexpr std::size_t kSmallBlock = std::size_t{32} << 10;  ///< which needs no memory of its own
+constexpr std::size_t kSmallBlock = std::size_t{32} << 10;  ///< fits on the stack
 
 int OpenToRead(const std::string& path) {
     return open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
@@ -39,13 +39,13 @@ std::size_t RoomFor(const struct stat& status) {
     return std::min(kBlock, static_cast<std::size_t>(status.st_size) + 1);
 }
 
-/// The size of a file that tells it: who has read so much need not ask for more.
+/// The size of a file that reports one: after so many bytes, no more need be read. Else SIZE_MAX.
 std::size_t SizeTold(const struct stat& status) {
     return status.st_size > 0 ? static_cast<std::size_t>(status.st_size) : SIZE_MAX;
 }
 
-/// Fills `block` from `start` on, as far as the file reaches, or until `enough` is read; returns how much of
-/// it is filled then.
+/// Fills `block` from `start` on, until the file ends or `enough` bytes are read; returns how much of it is
+/// then filled.
 std::size_t ReadBlock(int descriptor, const std::string& path, std::span<char> block, std::size_t start = 0,
                       std::size_t enough = SIZE_MAX) {
     while (start < block.size() && start != enough) {
@@ -57,9 +57,9 @@ std::size_t ReadBlock(int descriptor, const std::string& path, std::span<char> b
     return start;
 }
 
-/// Memory that is not filled before it is read into. Much of it comes in huge pages, the first touch of which
-/// costs less than that of many small ones: 220 page faults instead of 1,540 where a template is one line of
-/// 5 MB, and a tenth of the command's time less.
+/// Memory that is not initialised before it is read into. Large blocks come in huge pages, whose first touch
+/// costs less than that of many small ones: 220 page faults instead of 1,540 for a template that is one line
+/// of 5 MB, and a tenth of the command's time less.
 class ChunkRoom {
   public:
     static constexpr std::size_t kMuch = std::size_t{8} << 20;
@@ -69,10 +69,10 @@ class ChunkRoom {
     std::span<char> Bytes() const { return {m_bytes.get(), m_size}; }
     std::string_view First(std::size_t count) const { return {m_bytes.get(), count}; }
 
-    /// Keeps what stands there from `begin` to the end of the room, and has it begin the room.
+    /// Moves the bytes from `begin` to the end of the room to its beginning.
     void KeepFrom(std::size_t begin) { std::memmove(m_bytes.get(), m_bytes.get() + begin, m_size - begin); }
 
-    /// Keeps what stands there.
+    /// Keeps the bytes that are there.
     void Grow(std::size_t size) {
         std::unique_ptr<char, Free> bytes(static_cast<char*>(Allocate(size)));
         if (bytes == nullptr) throw std::bad_alloc();
@@ -99,7 +99,7 @@ class ChunkRoom {
     std::size_t m_size = 0;
 };
 
-/// Few steps to a very long line, and none beyond the file's end.
+/// Reaches a very long line in few steps, and does not go beyond the file's end.
 std::size_t SizeForLine(std::size_t begun, const struct stat& status) {
     const std::size_t wanted = std::max(begun * 4, ChunkRoom::kMuch);
     const std::size_t whole = static_cast<std::size_t>(status.st_size) + 1;
@@ -130,7 +130,7 @@ std::string ReadFileBytes(const std::string& path, Descriptor& opened) {
 std::string ReadFileHead(const std::string& path, std::size_t size) {
     const Descriptor descriptor(OpenToRead(path));
     const auto known = static_cast<std::size_t>(StatusOfReadable(descriptor, path).st_size);
-    // A file of the system's own does not tell its size.
+    // Some of the system's own files report no size.
     std::string head(known == 0 ? size : std::min(size, known), '\0');
     head.resize(ReadBlock(descriptor, path, head));
     return head;
@@ -168,7 +168,7 @@ void ReadChunks(const std::string& path, const std::function<void(std::string_vi
     const struct stat status = StatusOfReadable(descriptor, path);
     ChunkRoom room(RoomFor(status));
     const std::size_t enough = SizeTold(status) < room.Bytes().size() ? SizeTold(status) : SIZE_MAX;
-    std::size_t begun = 0;  // how much of the room is a line that is not read to its end
+    std::size_t begun = 0;  // how much of the room is a line that is not complete yet
     for (;;) {
         const std::size_t size = room.Bytes().size();
         const std::size_t count = ReadBlock(descriptor, path, room.Bytes(), begun, enough);
@@ -215,7 +215,7 @@ bool HoldsBytes(const std::string& path, std::string_view bytes) {
 bool HoldsBytes(int descriptor, const std::string& path, std::string_view bytes) {
     char block[kSmallBlock];
     for (std::size_t done = 0;;) {
-        // A byte more than the text has, so that a longer one shows without another call.
+        // One byte more than is left, so that a longer file shows without another call.
         const std::size_t wanted = std::min(sizeof block, bytes.size() - done + 1);
         const ssize_t count =
             Uninterrupted([&] { return pread(descriptor, block, wanted, static_cast<off_t>(done)); });

@@ -18,15 +18,15 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// Unlike anything that somebody would write, so that it can be found in a message.
+/// Unlike anything that somebody would write, so that it can be found in messages.
 constexpr char kHere[] = "././";
 
-/// The directory in which relative names are looked up is the process's, unless a thread has one of its own.
+/// Relative names are looked up in a directory that all threads share, unless a thread gets one of its own.
 bool HasDirectoryOfItsOwn() {
     return __libc_single_threaded != 0 || unshare(CLONE_FS) == 0;
 }
 
-/// None where it cannot be left: another thread may look up names in it.
+/// None if this thread must not leave it, as another thread may look up names in it.
 Descriptor OpenPresentDirectory() {
     return HasDirectoryOfItsOwn() ? Descriptor(open(".", O_PATH | O_DIRECTORY | O_CLOEXEC)) : Descriptor();
 }
@@ -73,7 +73,7 @@ FileInPlace::Visit::~Visit() {
     s_visit = nullptr;
 }
 
-/// Where the directory cannot be gone to, or not come back from, its descriptor serves.
+/// If this thread cannot change into the directory and back, names go through its descriptor.
 void FileInPlace::Visit::FindWay() {
     const int directory = m_file.m_found.directory->descriptor;
     if (s_start == nullptr) m_own = OpenPresentDirectory();
@@ -101,8 +101,8 @@ void FileInPlace::Visit::Enter() {
     }
 }
 
-/// Nothing in here can fail but going back, and that only where the former directory was closed to this user
-/// meanwhile; what is looked up there fails then, too.
+/// Only going back can fail, and only if the former directory was closed to this user meanwhile; then lookups
+/// there fail, too.
 void FileInPlace::Visit::Leave() noexcept {
     if (m_formerWording) SetLogWording(std::move(*m_formerWording));
     m_formerWording.reset();
@@ -114,7 +114,7 @@ std::string FileInPlace::Visit::Readable(const std::string& text) const {
     if (m_prefix.empty()) return text;
     std::string readable = text;
     ReplaceAll(readable, m_prefix, PartBeforeName(m_file.m_path));
-    // The directory itself is only named in quotes.
+    // The directory itself is named only in quotes.
     ReplaceAll(readable, "'" + m_prefix.substr(0, m_prefix.size() - 1) + "'",
                "'" + DirectoryOf(m_file.m_path) + "'");
     return readable;

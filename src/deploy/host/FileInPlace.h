@@ -16,35 +16,35 @@
 
 namespace ZET::Deploy {
 
-/// A file that a command is about to write: the way to it was judged, and its directory is held, so that
-/// nobody leads the command elsewhere by renaming directories. Core and module work on it from within that
-/// directory, under a name that is told to nobody.
+/// A file that a command is about to write. The way to it was judged, and its directory is held open, so that
+/// nobody can lead the command elsewhere by renaming directories. The core and the module work on the file
+/// from within that directory, under a name that no message shows.
 class FileInPlace {
   public:
-    /// The module finds its own main file itself, by its path.
+    /// `ByPath` is for the main file, which the module finds by its path.
     enum class Access { FromWithinItsDirectory, ByPath };
 
-    /// `found` is where the path that the caller named leads, and `path` how the reader knows what is there.
-    /// A `Failure` when it is in no directory, or when somebody could lead root, who runs the command, to
-    /// another file on the way.
+    /// `found` is where the path that the caller named leads; `path` is the name that the reader knows.
+    /// Throws a `Failure` if the file's directory does not exist, or if root runs the command and somebody
+    /// could lead it to another file on the way.
     FileInPlace(FoundFile found, const std::string& path, Access access = Access::FromWithinItsDirectory);
 
-    /// As its reader knows it.
+    /// The path as the reader knows it.
     const std::string& Path() const { return m_path; }
 
-    /// The user other than root in whose directory it is, if root runs the command.
+    /// The user other than root to whom the directory belongs; none unless root runs the command.
     const std::optional<uid_t>& Holder() const { return m_holder; }
 
-    /// As it was when it was found; none: there was no such file.
+    /// The status from when the file was found; none if it did not exist.
     const std::optional<struct stat>& Found() const { return m_found.status; }
 
-    /// The directory, and the file's name in it; valid as long as the object.
+    /// The directory, and the file's name in it; both are valid as long as the object lives.
     int Directory() const { return m_found.directory->descriptor; }
     const std::string& NameInDirectory() const { return m_found.name; }
 
-    /// Calls `call(name)`, in the directory, where the file is called `name`. Where the directory lies with
-    /// another user than root, with his rights only. What the core and the module say of the file names it as
-    /// its reader knows it.
+    /// Calls `call(name)` in the directory, where the file is called `name`. If the directory belongs to a
+    /// user other than root, `call` has only that user's rights. Messages of the core and the module name the
+    /// file as the reader knows it.
     template <typename Call>
     void Within(Call call) const {
         const Visit visit(*this);
@@ -59,7 +59,7 @@ class FileInPlace {
         }
     }
 
-    /// From within `Within`: calls `call()` in the directory and with the rights of before.
+    /// From within `Within`: calls `call()` in the former directory and with the former rights.
     template <typename Call>
     static void Outside(Call call) {
         Visit* const visit = Suspend();
@@ -72,8 +72,8 @@ class FileInPlace {
         Resume(visit);
     }
 
-    /// As long as it lives, each visit of this thread comes back to the directory that is the present one
-    /// now, which is opened once instead of for each.
+    /// While it lives, each visit of this thread returns to the directory that was current on construction;
+    /// that is opened once, and not for each visit.
     class Start {
       public:
         Start();
@@ -99,7 +99,7 @@ class FileInPlace {
         EZETHostError Readable(const EZETHostError& error) const;
         Failure Readable(const Failure& failure) const;
 
-        /// Asks for no memory: what was begun in the directory can be cleared up when there is none.
+        /// Allocates no memory: what was begun in the directory must be cleared up even if none is left.
         void Enter();
         void Leave() noexcept;
 
@@ -108,9 +108,9 @@ class FileInPlace {
         std::string ReadablePath(const std::string& path) const;
 
         const FileInPlace& m_file;
-        Descriptor m_own;      ///< the directory of before, where nobody else holds it
-        int m_former = -1;     ///< likewise, whoever holds it; none where it is not left
-        std::string m_prefix;  ///< before names in the directory
+        Descriptor m_own;      ///< the former directory, unless `Start` holds it
+        int m_former = -1;     ///< the former directory, whoever holds it; -1 if it is not left
+        std::string m_prefix;  ///< stands before names in the directory
         std::string m_name;
         std::optional<RightsOf> m_rights;
         std::optional<ZETLogWording> m_formerWording;
@@ -119,8 +119,8 @@ class FileInPlace {
     static Visit* Suspend();
     static void Resume(Visit* visit);
 
-    static thread_local Visit* s_visit;             ///< the present one
-    static thread_local const Descriptor* s_start;  ///< the directory to come back to, where that is held
+    static thread_local Visit* s_visit;             ///< null if there is none
+    static thread_local const Descriptor* s_start;  ///< the directory to return to, if `Start` holds it
 
     std::string m_path;
     FoundFile m_found;

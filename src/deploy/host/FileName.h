@@ -8,7 +8,7 @@
 
 namespace ZET::Deploy {
 
-/// What no file can be called is a `UsageError`, before a call of the system takes a part of it for the name.
+/// Throws a `UsageError` if no file can have this name, before a system call takes a part of it for the name.
 inline void RequireFileName(const std::string& file) {
     if (file.empty()) throw UsageError(_("FILE is empty (name a file)"));
     if (file.find('\0') != std::string::npos)

@@ -18,7 +18,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// `words` has a gap for what the text function says.
+/// `words` has a gap for what `text` returns.
 std::string Change(const char* words, const FileState& before, const FileState& after, bool isSame,
                    std::string (*text)(const FileState&)) {
     if (!before.exists) return Words(words, text(after));
@@ -26,7 +26,7 @@ std::string Change(const char* words, const FileState& before, const FileState& 
     return Words(words, text(before) + " -> " + text(after));
 }
 
-/// False when nothing is there.
+/// Returns false if nothing is there.
 bool Look(int directory, const std::string& name, const std::string& path, struct stat& status) {
     if (fstatat(directory, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0) return true;
     if (errno == ENOENT || errno == ENOTDIR) return false;

@@ -13,42 +13,43 @@
 
 namespace ZET::Deploy {
 
-/// Not being able to tell is a `Failure`.
+/// Throws a `Failure` if it cannot tell.
 FileState StateOf(const std::string& path);
 
-/// The same of a name in a directory that is held; `path` is for the message.
+/// The same for a name in an open directory; `path` is for the message.
 FileState StateIn(int directory, const std::string& name, const std::string& path);
 
-/// Of a file that was looked at; none: there is no such file.
+/// From a status that was read already; none if there is no such file.
 FileState StateFrom(const std::optional<struct stat>& status);
 
-/// Both at once, of the same file.
+/// The state and the version of one file, from a single look.
 struct FileLook {
     FileState state;
     FileVersion version;
 };
 FileLook LookAt(const std::string& path);
 
-/// What is wrong with a link by whose name nothing is found.
+/// The problem of a link that leads to nothing.
 Problem ProblemOfLinkToNothing(const std::string& path);
 
-/// What is wrong with what is there, and is no regular file where one has to be.
+/// The problem of something that is not a regular file where there has to be one.
 Problem ProblemOfIrregular(const std::string& path, const FileState& state);
 
-/// What keeps a file from being replaced by another, or removed, though its directory can be written.
+/// What keeps a file from being replaced or removed although its directory can be written; none if nothing
+/// does.
 std::optional<Problem> CheckReplaceable(const std::string& path);
 
-/// The same of a name in a directory that is held; `path` is for the message.
+/// The same for a name in an open directory; `path` is for the message.
 std::optional<Problem> CheckReplaceableIn(int directory, const std::string& name, const std::string& path);
 
-/// The same as a `Failure`.
+/// Throws that problem as a `Failure`, if there is one.
 void RequireReplaceable(const std::string& path);
 
-/// Whether nothing would change, but for the owner, if one took the other's place.
+/// Whether nothing but the owner would change if one file took the other's place.
 bool HaveSameModeAndBytes(const std::string& one, const std::string& other);
 
-/// "mode 0644 -> 0600, owner 0:0 -> 1000:1000": what differs; all of it, without arrows, for a file that was
-/// not there; empty when nothing differs or the file is going to be gone.
+/// What differs, such as "mode 0644 -> 0600, owner 0:0 -> 1000:1000". For a file that did not exist, its new
+/// mode and owner; empty if nothing differs, or if the file is to be removed.
 std::string DescribeChange(const FileState& before, const FileState& after);
 
 /// "0644", "0:0"

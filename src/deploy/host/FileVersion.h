@@ -9,23 +9,23 @@
 
 namespace ZET::Deploy {
 
-/// Which of the texts that a path ever led to it leads to now: another one after each write.
+/// Tells apart the texts that a path leads to over time: each write makes another version.
 struct FileVersion {
     dev_t device = 0;
     ino_t inode = 0;
     off_t size = 0;
-    std::int64_t changed = 0;  ///< nanoseconds
+    std::int64_t changed = 0;  ///< nanoseconds since 1970
 
     bool operator==(const FileVersion&) const = default;
 };
 
-/// Of a real file: a link that takes its place is another version.
+/// Does not follow links: a link that takes the file's place is another version.
 FileVersion VersionOf(const std::string& path);
 
-/// Of a file that was looked at.
+/// From a status that was read already.
 FileVersion VersionFrom(const struct stat& status);
 
-/// The same of a name in a directory that is held; `path` is for the message.
+/// The same for a name in an open directory; `path` is for the message.
 FileVersion VersionIn(int directory, const std::string& name, const std::string& path);
 
 }  // namespace ZET::Deploy

@@ -20,7 +20,7 @@ bool HasBuiltInModule() {
 
 std::string OwnModule() {
     if (HasBuiltInModule()) return "";
-    // A program is named as it was started, if the library is a part of it.
+    // If the library is a part of the program, this is the name by which the program was started.
     const std::string place = LoadedFrom(reinterpret_cast<const void*>(&OwnModule));
     if (place.empty())
         throw Failure({.text = _("the library cannot find its own place"), .remedy = _("name the module")});

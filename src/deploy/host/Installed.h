@@ -8,11 +8,11 @@ namespace ZET::Deploy {
 /// The version of the product, as the build gives it.
 std::string ProductVersion();
 
-/// Whether the module is a part of the program, which loads no other then.
+/// Whether the module is built into the program, which then loads no other.
 bool HasBuiltInModule();
 
-/// The module that belongs to the library or to the program that it is a part of, wherever both are
-/// installed; empty when it is built into the program.
+/// The path of the module that is installed with this library, or with the program that contains the library;
+/// empty if the module is built in.
 std::string OwnModule();
 
 }  // namespace ZET::Deploy

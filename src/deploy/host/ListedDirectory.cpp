@@ -33,13 +33,13 @@ void RequireWayTo(const Paths& paths, const std::string& directory) {
                    .remedy = _("correct the link, or remove it")});
 }
 
-/// The iterator of std::filesystem ends the program when it runs out of memory.
+/// Not by std::filesystem, whose iterator ends the program when memory runs out.
 std::vector<std::string> NamesIn(const Paths& paths, const std::string& directory,
                                  const std::string& suffix) {
     const std::string opened = paths.Resolved(paths.NameInside(directory));
     const DirectoryStream entries(opendir(opened.c_str()));
     if (!entries && errno == ENOENT) {
-        // A name that is no link is known to be missing.
+        // A name that is no link is simply missing, so only the way to it is left to check.
         RequireWayTo(paths, opened == directory ? DirectoryOf(directory) : directory);
         return {};
     }

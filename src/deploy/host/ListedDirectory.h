@@ -11,22 +11,22 @@
 
 namespace ZET::Deploy {
 
-/// A `Failure` when a directory is missing because a link on the way to it, or its own name, leads nowhere:
-/// what it is to hold may come back.
+/// Throws a `Failure` if a directory is missing because it, or a part of the way to it, is a link that leads
+/// nowhere: its files may come back.
 void RequireWayTo(const Paths& paths, const std::string& directory);
 
-/// The names of a directory's files that end with `suffix`, in the order of their bytes; those that begin
-/// with a dot are left out. None where there is no directory; one that cannot be read, and a link that leads
-/// nowhere, is a `Failure`.
+/// The names of a directory's files that end with `suffix`, in byte order, without those that begin with a
+/// dot. Empty if there is no directory. Throws a `Failure` if it cannot be read, or is a link that leads
+/// nowhere.
 std::vector<std::string> NamesIn(const Paths& paths, const std::string& directory, const std::string& suffix);
 
 using Names = std::unordered_set<std::string>;
 
-/// All names in a directory that is held; none when it cannot be listed, or holds more than `most`.
+/// All names in an open directory; none if it cannot be listed, or holds more than `most`.
 std::optional<Names> AllNamesIn(int directory, std::size_t most);
 
-/// The text of a file that a path in one of the product's directories leads to. A link that leads out of the
-/// root directory, and what is no regular file, is a `Failure`.
+/// The text of a file in one of the product's directories. Throws a `Failure` if its path leads out of the
+/// root directory, or to something that is not a regular file.
 std::string ReadInside(const Paths& paths, const std::string& file);
 
 }  // namespace ZET::Deploy

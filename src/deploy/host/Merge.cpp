@@ -22,7 +22,7 @@ class Comparison {
     Comparison(const std::string& mine, const std::string& base, const std::string& yours)
         : m_files{Staged("mine", mine), Staged("base", base), Staged("yours", yours)} {}
 
-    /// The messages of the program would be in the reader's language.
+    /// In the C locale, as the program's messages would be in the reader's language.
     ProcessResult Run(const std::vector<std::string>& options, const std::string& path) const {
         std::vector<std::string> words = {"diff3"};
         words.insert(words.end(), options.begin(), options.end());
@@ -39,7 +39,7 @@ class Comparison {
     }
 
   private:
-    /// A last line without its line feed is none to the program.
+    /// The program does not count a last line that lacks its line feed.
     std::string Staged(const char* name, const std::string& text) {
         const bool isWhole = text.empty() || text.ends_with('\n');
         WriteStagedFile(m_staging.PathOf(name), isWhole ? text : text + "\n", kPrivate);
@@ -57,7 +57,7 @@ std::size_t LineIn(std::string_view hunk) {
     return line;
 }
 
-/// Of the hunks in which all three differ, the places in the first file.
+/// The places in the first file of those hunks in which all three texts differ.
 std::vector<std::size_t> ConflictsIn(const std::string& hunks) {
     std::vector<std::size_t> lines;
     bool isConflict = false;
@@ -74,7 +74,7 @@ bool LacksLineFeed(const std::string& text) {
     return !text.empty() && !text.ends_with('\n');
 }
 
-/// Whether the last line ends without a line feed: as whoever changed that left it.
+/// Whether the merged text lacks the last line feed: as whoever changed that left it.
 bool EndsWithout(const std::string& mine, const std::string& base, const std::string& yours) {
     return LacksLineFeed(mine) == LacksLineFeed(base) ? LacksLineFeed(yours) : LacksLineFeed(mine);
 }
@@ -94,7 +94,7 @@ Merged Merge(const std::string& mine, const std::string& base, const std::string
         RequireText(*text, path, otherWay);
     const Comparison comparison(mine, base, yours);
     Merged merged;
-    // Without the option, a change that both made alike would be marked, too.
+    // Without -E, a change that both made alike would be marked, too.
     const ProcessResult result = comparison.Run({"-m", "-E", "-a"}, path);
     if (result.status == kConflicts) {
         merged.conflicts = ConflictsIn(comparison.Run({"-a"}, path).output);

@@ -7,14 +7,14 @@
 
 namespace ZET::Deploy {
 
-/// What became of two changes of one text.
+/// The result of merging two changes of one text.
 struct Merged {
-    std::string text;                    ///< with both changes, where they do not conflict
+    std::string text;                    ///< with both changes; empty if they conflict
     std::vector<std::size_t> conflicts;  ///< first lines in `mine` of what both changed, each in its own way
 };
 
-/// Brings together what `mine` and `yours` made of `base`. A change that both have made alike is no conflict.
-/// A text that cannot be merged (a NUL byte in it) is a `Failure` that names `path` and the other way.
+/// Merges what `mine` and `yours` changed in `base`. A change that both made alike is no conflict. Throws a
+/// `Failure` that names `path`, with `otherWay` as a remedy, if a text holds a NUL byte.
 Merged Merge(const std::string& mine, const std::string& base, const std::string& yours,
              const std::string& path, const std::string& otherWay);
 

@@ -7,10 +7,10 @@
 
 namespace ZET::Deploy {
 
-/// Like /tmp: many rely on that anybody may write there.
+/// Whether it is a directory like /tmp, in which many users rely on being able to write.
 bool IsShared(const struct stat& status);
 
-/// What to do about a directory that others may write.
+/// The remedy for a directory that others may write.
 std::string RemedyOfOpen(const struct stat& directory);
 
 }  // namespace ZET::Deploy

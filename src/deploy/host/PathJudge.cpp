@@ -40,7 +40,7 @@ void PathJudge::Object(const std::string& file, const std::string& text, const s
 void PathJudge::Step(const Directory& from, const std::string& entryName, const struct stat* entry,
                      bool isLast) {
     RequireClosed(from, entryName, isLast);
-    // In a sticky directory nobody touches what is another's: each entry is as if its owner owned the
+    // In a sticky directory nobody can touch another user's entries: each counts as if its owner owned the
     // directory.
     const bool isEntrys = from.hasOtherWriters && IsSticky(from.status) && entry != nullptr;
     Follow(isEntrys ? entry->st_uid : from.status.st_uid, from);
@@ -104,7 +104,7 @@ std::optional<Problem> PathJudge::ObjectionToRead(const std::string& path, const
 bool HasOtherWriters(const std::string& path, const struct stat& status) {
     if ((status.st_mode & S_IWOTH) != 0) return true;
     if ((status.st_mode & S_IWGRP) == 0) return false;
-    // With an access control list, these bits are those of its mask, and somebody named in it may write.
+    // With an access control list, these bits are its mask, and somebody named in the list may write.
     return status.st_gid != 0 || getxattr(path.c_str(), "system.posix_acl_access", nullptr, 0) > 0;
 }
 

@@ -17,54 +17,54 @@
 
 namespace ZET::Deploy {
 
-/// A directory that is held: whatever its name leads to later, the descriptor leads to it.
+/// A directory that is held open: the descriptor leads to it even if its name leads elsewhere later.
 struct HeldDirectory {
-    Descriptor descriptor;  ///< to look names up and to go there, not to read
-    std::string name;       ///< without links
+    Descriptor descriptor;  ///< for looking names up and changing into it, not for reading
+    std::string name;       ///< its path without links
     struct stat status = {};
     bool hasOtherWriters = false;
 };
 
-/// Where a walk stood before its last component: the directories from the start on, and what was judged of
-/// them.
+/// The state of a walk before its last component: the directories from the start on, and how they were
+/// judged.
 struct WalkedWay {
     std::vector<std::shared_ptr<const HeldDirectory>> walked;
     PathJudge judge;
 };
 
-/// Directories that were walked through, and the ways to them that no link is on, remembered for the run.
+/// Directories that were walked through, and the ways to them that contain no link, remembered for the run.
 struct HeldDirectories {
     std::map<std::string, std::shared_ptr<const HeldDirectory>> byName;
     std::map<std::string, WalkedWay, std::less<>> ways;
 };
 
-/// What a path leads to, its links followed.
+/// What a path leads to once its links are followed.
 struct FoundFile {
-    std::string path;                                ///< the one name of the file
-    std::string name;                                ///< in its directory
-    std::shared_ptr<const HeldDirectory> directory;  ///< null when that is not there
-    std::optional<struct stat> status;               ///< none when there is no such file
-    bool isThroughLink = false;                      ///< also a link among the directories
-    bool endsInLink = false;                         ///< its last name is one
-    PathJudge judge;                                 ///< of the way
+    std::string path;                                ///< the only path without links
+    std::string name;                                ///< the name in its directory
+    std::shared_ptr<const HeldDirectory> directory;  ///< null if that does not exist
+    std::optional<struct stat> status;               ///< none if there is no such file
+    bool isThroughLink = false;                      ///< also through a link among the directories
+    bool endsInLink = false;                         ///< the last component is a link
+    PathJudge judge;                                 ///< has judged the way
 };
 
-/// Walks a path, component by component, each looked up in the directory that was reached before and never
-/// followed by the system: so no link leads out of the directory where the walk begins, and nobody can change
-/// the way behind its back.
+/// Walks a path component by component. Each is looked up in the directory reached before, and the system
+/// follows no link: so no link leads out of the directory where the walk begins, and nobody can change the
+/// way meanwhile.
 class PathWalk {
   public:
-    /// What to do where this user may not look: fail, or take what is there for what is written.
+    /// What to do where this user may not look: fail, or take the rest of the path as it is written.
     enum class Unseen { Fails, IsTakenAsWritten };
 
-    /// `root` is the name of the directory in which "/" is, without a final "/"; empty for the host's own.
+    /// `root` is the path of the directory that "/" stands for, without a final "/"; empty for the host.
     PathWalk(HeldDirectories& known, const std::string& root, PathJudge judge, Unseen unseen);
 
-    /// What is not there yet is taken as it is written. Too many links, and what cannot be looked at, are a
-    /// `Failure`.
+    /// Takes what does not exist yet as it is written. Throws a `Failure` if there are too many links, or
+    /// something cannot be looked at.
     FoundFile To(const std::string& path);
 
-    /// The same, but when a link is at the end of the path, it is what was to be found.
+    /// The same, but does not follow a link at the end of the path.
     FoundFile ToLink(const std::string& path);
 
   private:
@@ -87,10 +87,10 @@ class PathWalk {
     PathJudge m_judge;
     Unseen m_unseen;
     std::string m_path;                 ///< for messages
-    std::vector<std::string> m_toWalk;  ///< the next one last
+    std::vector<std::string> m_toWalk;  ///< in reverse order: the next component comes last
     std::vector<std::shared_ptr<const HeldDirectory>> m_walked;
-    std::vector<std::string> m_beyond;  ///< components after the last directory that is there
-    std::optional<struct stat> m_end;   ///< of what is no directory and ends the walk
+    std::vector<std::string> m_beyond;  ///< components after the last directory that exists
+    std::optional<struct stat> m_end;   ///< status of what ends the walk, if it is no directory
     int m_links = 0;
     bool m_endsInLink = false;
     bool m_followsLast = true;

@@ -61,7 +61,7 @@ PathWalk Paths::Walk(const std::string& root, PathWalk::Unseen unseen, const std
     return PathWalk(m_known, root, Judge(trusted), unseen);
 }
 
-/// Under a root, a relative path begins there.
+/// Under a root, a relative path begins at the root.
 std::string Paths::StartOf(const std::string& path) const {
     return HasRoot() ? path : AbsolutePath(path);
 }

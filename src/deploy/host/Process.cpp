@@ -32,10 +32,10 @@ using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
 constexpr std::chrono::milliseconds kSignalInterval = 250ms;  // a signal just before a wait does not end it
-constexpr std::chrono::milliseconds kBetweenLooks = 20ms;     // where nothing tells that a program ends
+constexpr std::chrono::milliseconds kBetweenLooks = 20ms;     // where the end of a program is not reported
 constexpr std::chrono::seconds kTimeToEnd = 2s;               // between SIGTERM and SIGKILL
 
-/// Its ends do not reach the programs that are started.
+/// Its ends are closed in the programs that are started.
 struct Pipe {
     Descriptor readEnd;
     Descriptor writeEnd;
@@ -68,7 +68,7 @@ std::vector<std::string> Environment(const std::vector<std::string>& additions) 
     return all;
 }
 
-/// A program that is started otherwise than it should be could write where it must not.
+/// A program that is not started exactly as it should be could write where it must not.
 void Require(int error) {
     if (error == ENOMEM) throw std::bad_alloc();
     if (error != 0)
@@ -76,8 +76,8 @@ void Require(int error) {
                             error);
 }
 
-/// How a program starts: without input, its output in a pipe, the first of a process group, signals and files
-/// as it is used to them.
+/// How a program starts: without input, with its output in a pipe, as the first of a process group, and with
+/// the signals and files that programs expect.
 class StartConditions {
   public:
     StartConditions(int output, const std::string& directory) {
@@ -131,8 +131,8 @@ pid_t Start(std::vector<std::string> arguments, const ProcessConditions& conditi
     throw SystemFailure({.text = what, .remedy = _("run the command again")}, errno);
 }
 
-/// For as long as the object lives, who started a program is told how it ended, also in a process that
-/// ignores the end of its programs, as daemons do. What handles it goes on handling it.
+/// While the object lives, whoever started a program can find out how it ended, even in a process that
+/// ignores SIGCHLD, as daemons do. A handler stays in place.
 class EndsAreTold {
   public:
     EndsAreTold() {
@@ -147,7 +147,7 @@ class EndsAreTold {
     ~EndsAreTold() {
         if (!m_areIgnored) return;
         sigaction(SIGCHLD, &m_former, nullptr);
-        // Others that ended meanwhile wait for somebody to ask, and nobody does.
+        // Nobody else asks for the programs that ended meanwhile.
         while (waitpid(-1, nullptr, WNOHANG) > 0) {
         }
     }
@@ -159,14 +159,14 @@ class EndsAreTold {
     bool m_areIgnored = false;
 };
 
-/// A descriptor that can be read from when the process has ended; -1 on a system that has no such thing.
+/// A descriptor that becomes readable when the process ends; -1 if the system has none.
 int DescriptorOf(pid_t process) {
-    // The C library's header declares no C function.
+    // The C library's header does not declare it as a C function.
     return static_cast<int>(syscall(SYS_pidfd_open, process, 0));
 }
 
-/// A program that runs. One that nobody waited for is killed at the end of the object's life, unless its
-/// number may be another's by then.
+/// A running program. If nobody waited for it, it is killed when the object ends, unless its number may be
+/// another process's by then.
 class Child {
   public:
     explicit Child(pid_t process) : m_process(process), m_descriptor(DescriptorOf(process)) {}
@@ -180,7 +180,7 @@ class Child {
 
     int PollableDescriptor() const { return m_descriptor; }
 
-    /// Its number stays taken, so that its group can still be told from others.
+    /// The process keeps its number, so that its group can still be told from others.
     bool HasEnded() {
         siginfo_t ended = {};
         if (waitid(P_PID, static_cast<id_t>(m_process), &ended, WEXITED | WNOHANG | WNOWAIT) != 0)
@@ -217,7 +217,7 @@ class Attendance {
     Attendance(Child& child, int source, std::size_t keptOutput)
         : m_child(child), m_source(source), m_output(keptOutput) {}
 
-    /// False when the program still runs at that time, or when a signal came.
+    /// Returns false if the program still runs at the deadline, or a signal came.
     bool WaitUntil(Clock::time_point deadline) {
         while (!m_child.HasEnded()) {
             if (SignalGuard::Caught() || Clock::now() >= deadline) return false;
@@ -226,7 +226,7 @@ class Attendance {
         return true;
     }
 
-    /// Asks the program and what it started to end, and sees to it.
+    /// Asks the program, and what it started, to end; after a while, kills what is left.
     void End() {
         m_child.SignalGroup(SIGTERM);
         m_child.SignalGroup(SIGCONT);
@@ -236,7 +236,7 @@ class Attendance {
         m_child.SignalGroup(SIGKILL);
     }
 
-    /// What is there when the program has ended is all that it printed, whoever else goes on printing.
+    /// All that the program printed is there once it has ended, whoever else goes on printing.
     std::string TakeOutput() {
         int count = 0;
         if (m_isOpen && ioctl(m_source, FIONREAD, &count) != 0) FailOutput();
@@ -264,7 +264,7 @@ class Attendance {
         }
     }
 
-    /// Zero at the end.
+    /// Returns zero at the end of the output.
     std::size_t Read(std::size_t most) {
         char part[kPart];
         const ssize_t length = ReadSome(m_source, part, std::min(most, sizeof part));
@@ -287,7 +287,7 @@ ProcessResult RunProcess(const std::vector<std::string>& arguments, const Proces
     const bool isLimited = conditions.timeLimit.count() > 0;
     const Clock::time_point deadline =
         isLimited ? Clock::now() + conditions.timeLimit : Clock::time_point::max();
-    // A group of its own hears nothing of what ends this process.
+    // The program's own process group does not get the signals that end this process.
     const SignalGuard signals;
     const EndsAreTold ends;
     Pipe pipe = MakePipe();

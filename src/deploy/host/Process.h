@@ -10,24 +10,24 @@ namespace ZET::Deploy {
 
 /// How a program is run.
 struct ProcessConditions {
-    std::vector<std::string> environment{};  ///< more of it, or in place of parts of it, "NAME=VALUE" each
-    std::string directory{};                 ///< where it starts; empty: where this process is
-    std::chrono::seconds timeLimit{0};       ///< zero: it may take as long as it takes
+    std::vector<std::string> environment{};  ///< added, or replacing parts of it, "NAME=VALUE" each
+    std::string directory{};                 ///< where it starts; empty: the current directory
+    std::chrono::seconds timeLimit{0};       ///< zero: none
     std::size_t keptOutput = 0;  ///< so many bytes of the output's begin and of its end; zero: all of it
 };
 
 struct ProcessResult {
-    int status = 0;       ///< the exit status; 128 and the number of the signal that ended it
-    int signal = 0;       ///< the signal that ended it; zero: it ended by itself
-    bool isLate = false;  ///< it took longer than it may, and was ended
+    int status = 0;       ///< the exit status, or 128 plus the signal that ended it
+    int signal = 0;       ///< the signal that ended it; zero: none
+    bool isLate = false;  ///< it exceeded its time limit, and was ended
     std::string output;   ///< standard output and standard error, as they came
 };
 
-/// Runs a program to its end, without a shell: its name (looked up in PATH) and its arguments. Standard input
-/// is empty, no other file of this process is open in it, and no signal is ignored. It leads a process group
-/// of its own, which gets SIGTERM and then SIGKILL when the program is to end before it is done. What goes on
-/// after the program has ended, and may hold its output open, is not waited for. A program that cannot be
-/// started is a `Failure`; a signal to this process ends the program and throws `Interrupted`.
+/// Runs a program without a shell until it ends. The first argument is its name, which is looked up in PATH.
+/// Standard input is empty, no other file of this process is open in it, and no signal is ignored. The
+/// program leads a process group of its own, which gets SIGTERM and then SIGKILL if it has to end early.
+/// Processes that outlive the program, and may hold its output open, are not waited for. Throws a `Failure`
+/// if the program cannot be started. A signal to this process ends the program and throws `Interrupted`.
 ProcessResult RunProcess(const std::vector<std::string>& arguments, const ProcessConditions& conditions = {});
 
 }  // namespace ZET::Deploy

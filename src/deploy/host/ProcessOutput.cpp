@@ -10,7 +10,7 @@ void ProcessOutput::Append(std::string_view part) {
     const std::size_t room = m_kept == 0 ? part.size() : std::min(part.size(), m_kept - m_begin.size());
     m_begin.append(part.substr(0, room));
     m_end.append(part.substr(room));
-    // Not at each call: what stays is moved.
+    // Not on each call, as it moves what stays.
     if (m_end.size() <= 2 * m_kept) return;
     m_leftOut += m_end.size() - m_kept;
     m_end.erase(0, m_end.size() - m_kept);

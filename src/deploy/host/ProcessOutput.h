@@ -7,10 +7,10 @@
 
 namespace ZET::Deploy {
 
-/// What a program prints, in bounds: the begin and the end of a long text, and how much of it is left out.
+/// What a program prints, within bounds: the begin and the end of a long text, and how much is left out.
 class ProcessOutput {
   public:
-    /// `kept` bytes of the begin and as many of the end; zero keeps all.
+    /// Keeps `kept` bytes of the begin and as many of the end; zero keeps all.
     explicit ProcessOutput(std::size_t kept) : m_kept(kept) {}
 
     void Append(std::string_view part);
@@ -20,7 +20,7 @@ class ProcessOutput {
   private:
     std::size_t m_kept;
     std::string m_begin;
-    std::string m_end;          ///< a little more than is wanted of it
+    std::string m_end;          ///< up to twice as much as is kept of it
     std::size_t m_leftOut = 0;  ///< bytes that are in neither
 };
 

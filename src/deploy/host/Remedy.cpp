@@ -12,7 +12,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// The catalogue of the C library.
+/// The message catalogue of the C library.
 constexpr char kSystemDomain[] = "libc";
 
 constexpr struct {
@@ -36,7 +36,7 @@ constexpr struct {
     {EIO, ZET_TEXT("repair or replace the file or its file system")},
 };
 
-/// Empty when there is none to give.
+/// Empty if there is none to give.
 std::string RemedyFor(int error) {
     if (error == EPERM && geteuid() == 0)
         return _(
@@ -103,7 +103,7 @@ Failure FailureOf(const std::exception& error, const std::string& otherwise) {
 Failure FailureWith(const EZETError& error, const std::string& remedy) {
     Problem facts = FactsOf(error);
     facts.remedy = remedy;
-    // The remedy stands inside the sentence.
+    // The remedy goes into the same sentence.
     if (!remedy.empty() && facts.text.ends_with('.')) facts.text.pop_back();
     return Failure(facts, ErrorNumberOf(error));
 }

@@ -8,32 +8,32 @@
 #include "deploy/host/Words.h"
 #include "zet/ZETErrors.h"
 
-/// What somebody can do about an error of the system, or of the core and the module, whose messages only tell
+/// What the user can do about an error of the system, or of the core and the module, whose messages only say
 /// what happened.
 namespace ZET::Deploy {
 
-/// What the system calls an error, in the reader's language also while a file is written in another one.
+/// The system's text for an error, in the reader's language even while a file is written in another.
 std::string ReasonOf(int error);
 
-/// The failure of a system call: `facts`, with the reason after their text. A remedy that they lack is that
-/// of the reason, if there is one.
+/// The failure of a system call: `facts`, with the reason appended to their text. If they lack a remedy, they
+/// get that of the reason, if it has one.
 Failure SystemFailure(Problem facts, int error);
 
-/// Fails by the `errno` of a system call that has just failed; `what` says about the file what it means.
+/// Throws the failure of the system call that set `errno`; `what` says what that means for the file.
 [[noreturn]] void FailOfCall(const std::string& path, const std::string& what);
 
-/// What any call failed with, in the words for its reader. An error of the core or the module gets the remedy
-/// of its reason, or else `otherwise`, unless it has its own.
+/// The failure for any exception, in words for its reader. An error of the core or the module that has no
+/// remedy gets that of its reason, or else `otherwise`.
 Failure FailureOf(const std::exception& error, const std::string& otherwise = "");
 
-/// The same of an error of the core or the module, with this remedy.
+/// The failure for an error of the core or the module, with this remedy.
 Failure FailureWith(const EZETError& error, const std::string& remedy);
 
-/// The `errno` that an error of the core is about; 0: none.
+/// The `errno` that an error of the core or the module is about; 0 if it is about none.
 int ErrorNumberOf(const EZETError& error);
 
-/// Does what `call` does; an error of the core or the module becomes a `Failure` with a remedy, the text
-/// `otherwise` where its reason has none.
+/// Runs `call`. An error of the core or the module becomes a `Failure` with a remedy: `otherwise`, which is
+/// translated, if its reason has none.
 template <typename Call>
 auto RemedyErrors(const char* otherwise, Call call) {
     try {

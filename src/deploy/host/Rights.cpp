@@ -20,13 +20,13 @@ constexpr gid_t kNoGroup = 65534;
 constexpr auto kAsk = static_cast<uid_t>(-1);  // changes nothing, and returns the present one
 
 [[noreturn]] void Fail(uid_t user) {
-    const int error = errno;  // which looking up his name may change
+    const int error = errno;  // looking up the user's name may change it
     throw SystemFailure({.text = Words("the rights of %s cannot be taken", NameOfUser(user)),
                          .remedy = Words("run the command as that user: sudo -u %s ...", WordOfUser(user))},
                         error);
 }
 
-/// Of this thread alone; the library's function sets those of all.
+/// Sets those of this thread alone; the library's function sets those of all.
 bool SetGroups(const std::vector<gid_t>& groups) {
     return syscall(SYS_setgroups, groups.size(), groups.data()) == 0;
 }
@@ -37,7 +37,7 @@ std::vector<gid_t> PresentGroups(uid_t user) {
     return groups;
 }
 
-/// The first one is that of the files that he makes.
+/// The first one is the group of the files that the user makes.
 std::vector<gid_t> GroupsOf(uid_t user, gid_t groupOfFile) {
     const struct passwd* entry = getpwuid(user);
     if (entry == nullptr) return {groupOfFile != 0 ? groupOfFile : kNoGroup};
@@ -64,7 +64,7 @@ void RightsOf::Take() const {
     if (!SetGroups(m_groups)) Fail(m_user);
     setfsgid(m_groups.front());
     setfsuid(m_user);
-    // Neither tells that it failed.
+    // Neither call reports that it failed.
     if (static_cast<uid_t>(setfsuid(kAsk)) == m_user &&
         static_cast<gid_t>(setfsgid(kAsk)) == m_groups.front())
         return;

@@ -7,15 +7,15 @@
 
 namespace ZET::Deploy {
 
-/// Between `Take` and `Drop`, the thread that calls them, which runs as root, has the rights of another user
-/// on files and no more: in a directory of his, whatever he puts in the way leads only to what is his own
-/// already. What he has is found as he would find it, and what is made is his.
+/// Between `Take` and `Drop`, the calling thread, which runs as root, has only the rights of another user on
+/// files. In a directory of that user, whatever the user puts in the way leads only to what belongs to the
+/// user already. Files are found as the user would find them, and new ones belong to the user.
 class RightsOf {
   public:
-    /// Of a user whom the system does not know, only the group of his file is known.
+    /// `groupOfFile` is the group to take if the system does not know the user.
     RightsOf(uid_t user, gid_t groupOfFile);
 
-    /// Asks for no memory. A `Failure` when the system refuses.
+    /// Allocates no memory. Throws a `Failure` if the system refuses.
     void Take() const;
     void Drop() const noexcept;
 

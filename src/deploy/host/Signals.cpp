@@ -14,7 +14,7 @@ namespace {
 constexpr std::array<int, 3> kSignals{SIGINT, SIGTERM, SIGHUP};
 
 volatile std::sig_atomic_t caughtSignal = 0;
-volatile std::sig_atomic_t isUnanswered[NSIG] = {};  // by number: no `Interrupted` has told of it yet
+volatile std::sig_atomic_t isUnanswered[NSIG] = {};  // by number: no `Interrupted` has reported it yet
 int memories = 0;
 
 void Catch(int number) {
@@ -27,7 +27,7 @@ void CountAsAnswered() {
         isUnanswered[number] = 0;
 }
 
-/// To the process, as they came: this thread may not be the one that takes them.
+/// To the process, which is where they came: this thread may not be the one that handles them.
 void SendUnanswered() {
     for (const int number : kSignals) {
         if (isUnanswered[number] == 0) continue;
@@ -50,7 +50,7 @@ SignalMemory::~SignalMemory() {
 
 SignalGuard::SignalGuard() {
     struct sigaction action = {};
-    // Without SA_RESTART: a call that waits for something that may never come ends, too.
+    // Without SA_RESTART, so that a call that waits for something that may never come ends, too.
     action.sa_handler = Catch;
     for (std::size_t i = 0; i < kSignals.size(); ++i) {
         sigaction(kSignals[i], nullptr, &m_former[i]);

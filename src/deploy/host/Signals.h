@@ -8,7 +8,7 @@
 
 namespace ZET::Deploy {
 
-/// For as long as one lives, a signal that came is remembered, also where nobody waits for it any more.
+/// While one lives, a signal that was caught is remembered, even if no `SignalGuard` is left.
 class SignalMemory {
   public:
     SignalMemory();
@@ -17,10 +17,10 @@ class SignalMemory {
     SignalMemory& operator=(const SignalMemory&) = delete;
 };
 
-/// For as long as the object lives, SIGINT, SIGTERM and SIGHUP only set a flag, so that nothing temporary is
-/// left behind. What ignored a signal goes on ignoring it. One that nobody answered with an `Interrupted`
-/// comes again at the end of the outermost object, to whom it would have come without, unless a
-/// `SignalMemory` lives on, whose owner asks for it.
+/// While the object lives, SIGINT, SIGTERM and SIGHUP only set a flag, so that nothing temporary is left
+/// behind. A signal that was ignored stays ignored. When the outermost object ends, a signal that no
+/// `Interrupted` has reported is sent to the process again, unless a `SignalMemory` lives on, whose owner
+/// asks for it.
 class SignalGuard {
   public:
     SignalGuard();
@@ -28,10 +28,10 @@ class SignalGuard {
     SignalGuard(const SignalGuard&) = delete;
     SignalGuard& operator=(const SignalGuard&) = delete;
 
-    /// Whether one of them came that is remembered.
+    /// Whether a signal was caught that is still remembered.
     static bool Caught();
 
-    /// Throws `Interrupted` when one of them came: between two steps of a command.
+    /// Throws `Interrupted` if a signal was caught. For use between two steps of a command.
     static void Check();
 
   private:

@@ -21,13 +21,13 @@ namespace {
 
 constexpr auto kAsItIs = static_cast<uid_t>(-1);  // of an owner or a group
 
-/// An ordinary user may not give files away: the file then shows whose it will be.
+/// An ordinary user may not give files away: the file then shows the owner that the final one will have.
 void GiveOwner(int descriptor, const std::string& path, uid_t owner, gid_t group, mode_t mode) {
     for (const auto& [newOwner, newGroup] : {std::pair{owner, kAsItIs}, std::pair{kAsItIs, group}}) {
         if (fchown(descriptor, newOwner, newGroup) != 0 && errno != EPERM && errno != EINVAL)
             FailOfCall(path, _("cannot get its owner"));
     }
-    // After the owner: a change of owner drops the set-user bits.
+    // After the owner, as a change of owner drops the set-user-ID bits.
     if (fchmod(descriptor, mode & kModeBits) != 0) FailOfCall(path, _("cannot get its mode"));
 }
 
@@ -39,13 +39,13 @@ bool IsOwn(const struct stat& status) {
     throw Failure({.file = path, .text = _("is in the way, and not from here"), .remedy = _("move it away")});
 }
 
-/// A former one whose mode keeps this user from writing it makes way for a new one.
+/// Removes a former file whose mode keeps this user from writing it.
 bool RemoveReadOnly(const std::string& path) {
     struct stat status = {};
     return errno == EACCES && lstat(path.c_str(), &status) == 0 && IsOwn(status) && unlink(path.c_str()) == 0;
 }
 
-/// A new file, or a former one of this user's that has no other name, emptied.
+/// Opens a new file, or empties a former one of this user's that has no other name.
 Descriptor OpenStaged(const std::string& path) {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     const auto openIt = [&] { return Descriptor(open(path.c_str(), kFlags, S_IRUSR | S_IWUSR)); };

@@ -8,11 +8,12 @@
 
 namespace ZET::Deploy {
 
-/// Writes a new file of that mode, or over a former one of this user's, in a directory of the product's.
+/// Writes a file of that mode in one of the product's directories: a new one, or over a former one of this
+/// user's.
 void WriteStagedFile(const std::string& path, std::string_view bytes, mode_t mode);
 
-/// Copies a regular file into a private directory, with its mode and, where this user may give it away, its
-/// owner.
+/// Copies a regular file into a private directory, with its mode, and with its owner as far as this user may
+/// give files away.
 void CopyIntoStaging(const std::string& from, const std::string& to);
 
 /// Gives a file in a private directory an owner and a group, as far as this user may.

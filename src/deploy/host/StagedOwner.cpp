@@ -26,7 +26,7 @@ FileState StateOfOwn(mode_t mode) {
     return state;
 }
 
-/// What became of it is returned.
+/// Returns the state that the file then has.
 FileState GiveTo(const FileState& former, const StagedText& staged) {
     const FileState state = StateOf(staged.File());
     if (HaveSameOwner(state, former)) return state;

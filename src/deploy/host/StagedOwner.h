@@ -8,12 +8,12 @@
 
 namespace ZET::Deploy {
 
-/// Gives a text made in `staged` the owner of the file `path`, whose place it is to take, as far as this user
-/// may give files away. Returns the mode and owner that it has once it is there.
+/// Gives the staged text the owner of the file `path`, which it is to replace, as far as this user may give
+/// files away. Returns the mode and owner that the file will then have.
 FileState GiveOwnerInPlace(const std::string& path, const std::string& staged);
 
-/// The same where `replaced` is what was seen of the file `path`. A text that has the owner already needs no
-/// file.
+/// The same, if `replaced` is what was seen of the file `path`. If the owner is right already, the text is
+/// not written to a file.
 FileState GiveOwnerInPlace(const std::string& path, const StagedText& staged, const FileState& replaced);
 
 }  // namespace ZET::Deploy

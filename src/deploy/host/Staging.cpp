@@ -26,10 +26,10 @@ namespace fs = std::filesystem;
 constexpr char kPrefix[] = "zet-staging.";
 constexpr char kLock[] = "lock";
 constexpr char kMakeRoom[] = ZET_TEXT("make room, or name another directory with TMPDIR");
-constexpr char kFiles[] = "files";  // beside the lock, so that no name of a file is that of the lock
+constexpr char kFiles[] = "files";  // beside the lock, so that no file can have its name
 constexpr int kDirectory = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
 
-/// Null, as `errno` says. `directory` stays open.
+/// Null if it fails, with `errno` set. `directory` stays open.
 DirectoryStream EntriesOf(int directory) {
     const int copy = openat(directory, ".", kDirectory);
     DirectoryStream entries(copy < 0 ? nullptr : fdopendir(copy));
@@ -41,8 +41,8 @@ bool IsGone(int result) {
     return result == 0 || errno == ENOENT;
 }
 
-/// Removes a name of a directory with all that is below it; the first thing that failed is in `error`.
-/// Nothing in here throws: it has to work when memory has run out.
+/// Removes an entry of a directory with all that is below it; `error` gets the first failure. Nothing in here
+/// throws: it has to work when memory has run out.
 void RemoveEntry(int directory, const char* name, int& error) noexcept {
     if (IsGone(unlinkat(directory, name, 0))) return;
     if (errno == EISDIR || errno == EPERM) {
@@ -63,16 +63,16 @@ struct LeftDirectory {
     int error = 0;
 };
 
-/// The last one that could not be removed.
+/// The last directory that could not be removed.
 LeftDirectory& Left() {
     static LeftDirectory left;
     return left;
 }
 
-/// Removes a staging directory, or remembers why not.
+/// Removes a staging directory, or remembers why it could not.
 void RemoveStaging(int place, std::string path) noexcept {
     int error = ENOTEMPTY;
-    // Somebody who looks for what killed runs left may make its lock anew meanwhile.
+    // Another run that looks for left-overs may make the lock anew meanwhile.
     for (int tries = 0; tries < 3 && error == ENOTEMPTY; ++tries) {
         error = 0;
         RemoveEntry(place, path.c_str() + path.rfind('/') + 1, error);
@@ -88,8 +88,8 @@ bool IsOwn(int directory, mode_t forbidden) {
            (status.st_mode & forbidden) == 0;
 }
 
-/// Not on the directory, which not every file system can lock. None, as `errno` says; EAGAIN when somebody
-/// else holds it, or has just removed the directory.
+/// Locks a file, as not every file system can lock the directory. None if it fails, with `errno` set: to
+/// EAGAIN if another process holds the lock, or has just removed the directory.
 Descriptor LockOf(int directory) {
     Descriptor lock(openat(directory, kLock, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0600));
     if (lock < 0) {
@@ -108,16 +108,16 @@ Descriptor LockOf(int directory) {
     return Descriptor();
 }
 
-/// Whether root could be led to remove what is not his: by another user, who gives it such a name.
+/// Whether another user could make root remove something by giving it such a name.
 bool IsOthers(int directory) {
     if (geteuid() != 0) return false;
     const std::string link = "/proc/self/fd/" + std::to_string(directory);
     return access(link.c_str(), F_OK) != 0 || SafePlace(link).empty();
 }
 
-/// A run that lives holds the lock.
+/// A run that is alive holds its lock.
 void RemoveLeftOversIn(const std::string& place, bool isProducts) {
-    // The iterator of std::filesystem ends the program when it runs out of memory.
+    // Not by std::filesystem, whose iterator ends the program when memory runs out.
     const DirectoryStream entries(opendir(place.c_str()));
     while (const dirent* entry = entries ? readdir(entries.get()) : nullptr) {
         if (!std::string_view(entry->d_name).starts_with(kPrefix)) continue;
@@ -130,7 +130,7 @@ void RemoveLeftOversIn(const std::string& place, bool isProducts) {
     }
 }
 
-/// To read 100,000 names takes 35 ms; the size of a directory tells that there are some ten thousand.
+/// Reading 100,000 names takes 35 ms; a directory of this size holds some ten thousand.
 bool IsCrowded(const std::string& place) {
     constexpr off_t kManyNames = off_t{1} << 20;
     struct stat status = {};
@@ -138,7 +138,7 @@ bool IsCrowded(const std::string& place) {
 }
 
 [[noreturn]] void FailPlace(const std::string& place, int error, const std::string& lastResort) {
-    std::string remedy;  // that of the reason
+    std::string remedy;  // empty: that of the reason
     if (error != EMFILE && error != ENFILE)
         remedy = lastResort.empty()
                      ? _(kMakeRoom)
@@ -162,11 +162,11 @@ Staging::Staging(const std::string& lastResort, std::uintmax_t size) {
     }
 }
 
-/// Leaves no lock behind where none can be made, as `errno` says.
+/// Leaves `m_lock` closed if it fails, with `errno` set.
 void Staging::Make(const std::string& place) {
     m_place = Descriptor(open(place.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
     if (m_place < 0) return;
-    // Between the making and the locking, another run can take the directory for a left-over and remove it.
+    // Until it is locked, another run can take the directory for a left-over and remove it.
     constexpr int kMostTries = 10;
     for (int tries = 0; tries < kMostTries; ++tries) {
         m_directory = place + "/" + kPrefix + "XXXXXX";
@@ -202,7 +202,7 @@ std::string Staging::PathOf(const std::string& name) const {
     return path;
 }
 
-/// Of one large text, no two are in memory anyway; of many, not more than a host can spare.
+/// A large text is not to be in memory twice; the small ones are not to take more than a host can spare.
 bool Staging::TakeIntoMemory(std::size_t size) const {
     constexpr std::size_t kLargest = std::size_t{1} << 20;
     constexpr std::size_t kAll = std::size_t{64} << 20;

@@ -23,20 +23,20 @@ using CText = std::unique_ptr<char, decltype(&std::free)>;
 
 constexpr std::uintmax_t kMegabyte = std::uintmax_t{1} << 20;
 
-/// Empty when it is not set, or what no parameter can name.
+/// Empty if it is not set, or holds a line feed, as the value of no parameter can.
 std::string Variable(const char* name) {
     const char* const value = std::getenv(name);
     return value == nullptr || std::strchr(value, '\n') != nullptr ? "" : value;
 }
 
-/// Whether nobody else can put another entry in the place of one of this user's.
+/// Whether nobody else can replace one of this user's entries.
 bool IsClosed(const struct stat& directory, bool isEntryThere) {
     if (directory.st_uid != 0 && directory.st_uid != geteuid()) return false;
     const bool isKept = isEntryThere && (directory.st_mode & S_ISVTX) != 0;
     return isKept || (directory.st_mode & (S_IWGRP | S_IWOTH)) == 0;
 }
 
-/// Rendering takes more than the templates; what is left is for the rest of the host.
+/// Rendering takes more than the size of the templates, and the rest of the host needs room, too.
 std::uintmax_t RoomFor(std::uintmax_t size) {
     if (size == Staging::kUnknownSize) return 64 * kMegabyte;
     return 16 * kMegabyte + 4 * std::min(size, UINTMAX_MAX / 8);
@@ -50,7 +50,7 @@ bool IsInMemory(const struct statfs& system) {
     return system.f_type == TMPFS_MAGIC || system.f_type == RAMFS_MAGIC;
 }
 
-/// The directory that the session of this user has for such things; other users' do not count.
+/// The runtime directory of this user's session; another user's does not count.
 std::string RuntimeDirectory() {
     std::string directory = Variable("XDG_RUNTIME_DIR");
     struct stat status = {};

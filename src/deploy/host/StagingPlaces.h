@@ -7,15 +7,14 @@
 
 namespace ZET::Deploy {
 
-/// The directories in which one for staged files is tried to be made, the best one first. `size` and
-/// `lastResort` are those of `Staging`.
+/// The directories in which to try to make a staging directory, the best one first. `size` and `lastResort`
+/// are those of `Staging`.
 std::vector<std::string> PlacesForStaging(const std::string& lastResort, std::uintmax_t size);
 
-/// The directories in which this user's runs may have made one, under other circumstances too.
+/// The directories in which runs of this user may have made one, also under other circumstances.
 std::vector<std::string> PlacesOfStaging(const std::string& lastResort);
 
-/// The directory by its one name, along which nobody else can put anything in the place of what is there;
-/// empty where somebody can.
+/// The directory's canonical name if nobody else can replace it, or a part of the way to it; else empty.
 std::string SafePlace(const std::string& directory);
 
 }  // namespace ZET::Deploy

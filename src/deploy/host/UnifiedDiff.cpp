@@ -19,7 +19,7 @@ bool NeedsQuotes(char c) {
     return static_cast<unsigned char>(c) < 0x20 || c == 0x7f || c == '"' || c == '\\';
 }
 
-/// A file name as `patch` reads it: one with unusual bytes in quotes, one with blanks ended by a tab.
+/// A file name as `patch` reads it: in quotes if it has unusual bytes, followed by a tab if it has blanks.
 std::string Label(const std::string& name) {
     if (std::none_of(name.begin(), name.end(), NeedsQuotes))
         return name.find(' ') == std::string::npos ? name : name + "\t";
@@ -37,7 +37,7 @@ std::string SideLabel(const std::string& side, const std::string& file, const st
     return Label(side + shownPath.substr(std::min(shownPath.find_first_not_of('/'), shownPath.size())));
 }
 
-/// What diff says of itself, without the texts that it may have begun to print.
+/// The messages of diff itself, without the diff that it may have begun to print.
 std::string ComplaintsIn(const std::string& output) {
     std::string complaints;
     for (const Text::TextLine& line : Text::SplitLines(output)) {
@@ -46,7 +46,7 @@ std::string ComplaintsIn(const std::string& output) {
     return complaints;
 }
 
-/// To open another one could take for ever.
+/// Opening anything else could block for ever.
 void RequireRegular(const std::string& file, const std::string& shownPath) {
     struct stat status = {};
     if (file.empty() || stat(file.c_str(), &status) != 0 || S_ISREG(status.st_mode)) return;
@@ -64,7 +64,7 @@ std::string UnifiedDiff(const std::string& oldFile, const std::string& newFile,
                         const std::string& shownPath) {
     for (const std::string* const file : {&oldFile, &newFile})
         RequireRegular(*file, shownPath);
-    // The messages of diff would be in the reader's language, and a patch is for everybody.
+    // In the C locale: messages of diff would be in the reader's language, and a patch is for everybody.
     const ProcessResult result =
         RunProcess({"diff", "-u", "-a", "--label", SideLabel("a/", oldFile, shownPath), "--label",
                     SideLabel("b/", newFile, shownPath), "--", oldFile.empty() ? kNoFile : oldFile,

@@ -7,15 +7,15 @@
 
 namespace ZET::Deploy {
 
-/// There is no diff of these two files, while others may have one.
+/// Thrown if these two files cannot be compared, while others may be.
 class NoDiff final : public Failure {
   public:
     using Failure::Failure;
 };
 
-/// The unified diff of two files' bytes, fit for `patch -p1`: `shownPath` (without its leading "/") below
-/// "a/" and "b/". A side whose file name is empty is a file that is not there. Empty when there is no
-/// difference that a diff can show; `NoDiff` where they cannot be compared.
+/// The unified diff of two files, fit for `patch -p1`. Its labels are `shownPath` (without its leading "/")
+/// below "a/" and "b/". An empty file name stands for a file that does not exist. Empty if there is no
+/// difference that a diff can show. Throws `NoDiff` if the files cannot be compared.
 std::string UnifiedDiff(const std::string& oldFile, const std::string& newFile, const std::string& shownPath);
 
 /// The lines before the changes, which name the files.

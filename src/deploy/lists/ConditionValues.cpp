@@ -4,7 +4,7 @@
 
 namespace ZET::Deploy {
 
-/// A file of values wins over the line that gives the parameter, unless no template gets it.
+/// A file of values wins over the line that gives the parameter, unless no template gets its value.
 const std::string* ConditionValues::Find(const std::string& name) const {
     HostValues& values = m_host.Values();
     const std::string placeholder = PlaceholderFor(name);

@@ -7,12 +7,12 @@
 
 namespace ZET::Deploy {
 
-/// The values of parameters that `when` asks for, which are those that templates get.
+/// The values of the parameters that `when` asks for; templates get the same values.
 class ConditionValues {
   public:
     explicit ConditionValues(Host& host) : m_host(host), m_params(host.Values().Params()) {}
 
-    /// Null: nobody gives the parameter.
+    /// Null if nobody gives the parameter.
     const std::string* Find(const std::string& name) const;
 
   private:

@@ -30,7 +30,7 @@ class EditKeys : KeyReader {
                    _("file, param and value or pattern and line, roles, when, optional, name or enabled"));
     }
 
-    /// When all are taken; `place` is the entry's.
+    /// Must be called after the last key; `place` is the entry's.
     void Finish(const Place& place) {
         if (m_first.empty()) return;
         if (!m_edit.param.empty() && !m_edit.text.empty()) TellBothPairs(place, "line", "param");
@@ -38,7 +38,7 @@ class EditKeys : KeyReader {
     }
 
   private:
-    void TakeName(const Entry&) {}  // by which the entry was found
+    void TakeName(const Entry&) {}  // the entry was found by it
     void TakePath(const Entry& entry) { m_edit.path = PathOf(entry).value_or(""); }
     void TakeOptional(const Entry& entry) { m_edit.isOptional = IsTrue(entry, false); }
 
@@ -66,7 +66,7 @@ class EditKeys : KeyReader {
         m_edit.text = LineOf(entry);
     }
 
-    /// A later list may choose the other pair, but of two in one entry nobody would know which one counts.
+    /// A later list may choose the other pair. Within one entry, nobody would know which of two pairs counts.
     void RequireOnePair(const Entry& entry, bool isOfParam) {
         if (m_first.empty()) {
             m_first = entry.Name();
@@ -91,7 +91,7 @@ class EditKeys : KeyReader {
     }
 
     ListedEdit& m_edit;
-    std::string m_first{};  ///< key of a pair
+    std::string m_first{};  ///< the first key of a pair that was taken
     bool m_isOfParam = false;
     bool m_isTold = false;
 };

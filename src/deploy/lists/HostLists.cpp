@@ -35,7 +35,7 @@ const Target* HostLists::TargetNamed(const std::string& name) {
                     byName.emplace(m_host.HostPaths().Canonical(target.path), &target);
                 if (!isFirst && !known->second->IsInForce()) known->second = &target;
             } catch (const Failure&) {
-                // No way leads to it, so no file is this target.
+                // No path leads to it, so no file is this target.
             }
         }
         m_byName = std::move(byName);
@@ -59,7 +59,7 @@ const Target* HostLists::EntryOf(const std::string& templateName) {
             for (const Target& target : Targets().targets)
                 m_byTemplate->emplace(target.templateName, &target);
         } catch (const Failure&) {
-            // Whoever needs the list is told why.
+            // Whoever needs the list gets the reason.
         }
     }
     const auto found = m_byTemplate->find(templateName);
@@ -67,8 +67,8 @@ const Target* HostLists::EntryOf(const std::string& templateName) {
 }
 
 std::optional<KnownFile> HostLists::CommittedFile(const std::string& name) {
-    // Where nothing stands beside it, a history that is not kept need not be looked at, and an unusable one
-    // is reported, and stops nobody.
+    // Without a companion, a history that keeps no texts need not be looked at, and an unusable one is
+    // reported, but stops nobody.
     History& history = m_host.HostHistory();
     const bool hasCompanion = HasCompanion(name);
     if (!hasCompanion && !history.KeepsTexts()) return std::nullopt;
@@ -87,13 +87,14 @@ bool HostLists::IsCommitted(const std::string& name) {
     return known && known->state.knowledge.IsCommitted();
 }
 
-/// To know the file of every target takes system calls for each: where nothing stands beside a file, the list
-/// is not asked. Beside 1,000 targets, "template process -" makes 355 calls instead of 4,558.
+/// Finding the files of all targets takes system calls for each of them, so the list is asked only if
+/// something stands beside the file. With 1,000 targets, "template process -" makes 355 calls instead of
+/// 4,558.
 bool HostLists::HasLeft(const std::string& name) {
     return HasCompanion(name) && TargetNamed(name) == nullptr && IsCommitted(name);
 }
 
-/// All are asked for at once: each time, the store looks at all the states that it has.
+/// Asks for all templates at once: the store goes through all of its states each time.
 bool HostLists::WasCommittedBy(const std::string& templateName) {
     if (!m_templatesOfCommits) {
         Store* const store = m_host.HostHistory().ToLook();

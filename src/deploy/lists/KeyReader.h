@@ -13,12 +13,12 @@
 
 namespace ZET::Deploy {
 
-/// What would end a name early for the system, or in the records of a commit.
+/// Whether the name holds a byte that would end it early, for the system or in the records of a commit.
 inline bool HasEnd(const std::string& name) {
     return name.find('\0') != std::string::npos || name.find('\n') != std::string::npos;
 }
 
-/// Takes the values of keys that every kind of entry has; what is wrong with one is a problem.
+/// Takes the values of the keys that every kind of entry has. Wrong values become problems.
 class KeyReader {
   protected:
     KeyReader(ListEntry& entry, ListProblems& problems) : m_entry(entry), m_problems(problems) {}
@@ -47,7 +47,7 @@ class KeyReader {
             return Problems().Add(entry.ValuePlace(), Words("when is \"%s\"", *text), remedy);
         m_entry.when = {name, text->substr(equals + 1)};
         if (!FlagOfParam(name, "")) return;
-        // Another value counts as the default, which nobody means here.
+        // Any other value would count as the default, which nobody means here.
         if (const auto problem = ProblemOfParam(name, m_entry.when.value))
             Problems().Add(entry.ValuePlace(), problem->text, problem->remedy);
     }
@@ -62,7 +62,7 @@ class KeyReader {
         return std::nullopt;
     }
 
-    /// What cannot be told is `otherwise`.
+    /// Returns `otherwise` if the value is no boolean.
     bool IsTrue(const Entry& entry, bool otherwise) {
         const auto* const value = entry.value->as_boolean();
         if (value == nullptr) AddKind(entry, _("write true or false, without quotes"));

@@ -19,10 +19,10 @@ namespace {
 
 constexpr std::size_t kMostBytesOfLine = std::size_t{64} * 1024;
 
-/// A parser makes a table in a table for each dot between names, and goes down through all of them.
+/// The parser nests a table for each dot between names, and recurses through all of them.
 constexpr std::ptrdiff_t kMostDotsOfLine = 500;
 
-/// Empty: that of the reason.
+/// Empty if the remedy follows from the error number.
 std::string RemedyToOpen(bool isShipped, int error) {
     if (error != ENOENT) return "";
     return isShipped ? _("install the product's templates, or correct ZET_CFG_TEMPL_DIR")
@@ -53,7 +53,7 @@ Descriptor OpenList(const std::string& file, bool isShipped) {
     return list;
 }
 
-/// Where in the line something is no UTF-8.
+/// The index of the first byte that is no UTF-8, or npos.
 std::size_t FirstOfNoText(std::string_view line) {
     for (std::size_t i = 0; i < line.size();) {
         const std::size_t length = CharacterAt(line, i);

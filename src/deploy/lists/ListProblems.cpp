@@ -24,7 +24,7 @@ std::string_view ListProblems::LineAt(int number) {
     return rest.substr(0, rest.find('\n'));
 }
 
-/// Of its first byte.
+/// The column, in bytes from 1, of the character at this place; 0 if there is no such line.
 int ListProblems::ColumnOf(const Place& place) {
     if (m_lineBegins.empty()) FindLines();
     const auto line = static_cast<std::size_t>(place.line);

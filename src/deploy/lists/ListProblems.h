@@ -10,7 +10,7 @@
 
 namespace ZET::Deploy {
 
-/// Where something stands in a list; both count from 1.
+/// A place in a list; line and character count from 1.
 struct Place {
     int line = 0;
     int character = 0;
@@ -23,10 +23,10 @@ class ListProblems {
 
     void Add(const Place& place, const std::string& text, const std::string& remedy);
 
-    /// Without its line feed; empty where there is none of that number.
+    /// The line without its line feed; empty if there is no line of that number.
     std::string_view LineAt(int number);
 
-    /// In the order of their places.
+    /// Returns the problems in the order of their places, and forgets them.
     std::vector<Problem> Take();
 
   private:
@@ -35,7 +35,7 @@ class ListProblems {
 
     const std::string m_file;
     const std::string_view m_text;
-    std::vector<std::size_t> m_lineBegins;  ///< found with the first problem
+    std::vector<std::size_t> m_lineBegins;  ///< found when they are first needed
     std::vector<Problem> m_problems;
 };
 

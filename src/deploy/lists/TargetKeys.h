@@ -78,8 +78,7 @@ class TargetKeys : KeyReader {
         }
     }
 
-    /// Names of services, and where none is in charge, what has to be run: an array of the words of a
-    /// command.
+    /// Names of services and, where no service is in charge, commands, each given as an array of words.
     std::vector<std::string> ServicesOf(const Entry& entry) {
         const toml::array* const array = entry.value->as_array();
         if (array == nullptr) {
@@ -101,7 +100,7 @@ class TargetKeys : KeyReader {
         return services;
     }
 
-    /// As it is typed. A service is one word, so that a command is known by its blanks.
+    /// The command as it is typed. A service is one word, so that blanks tell a command from it.
     std::string CommandOf(const Entry& entry) {
         const std::vector<std::string> words = WordsOf(entry, _("write an array of words"));
         std::string command;
@@ -121,7 +120,7 @@ class TargetKeys : KeyReader {
         return !text.empty() && text.find_first_of(" \t") == std::string::npos && !HasEnd(text);
     }
 
-    /// What cannot be told is kept from everybody.
+    /// A value that is no boolean keeps the text from everybody.
     void TakeSecret(const Entry& entry) { m_target.isSecret = IsTrue(entry, true); }
     void TakeNotice(const Entry& entry) { m_target.hasNotice = IsTrue(entry, true); }
 
@@ -133,7 +132,7 @@ class TargetKeys : KeyReader {
         m_target.trusted = *user;
     }
 
-    /// What gives the owner's rights to others is none that a file of settings has.
+    /// Takes permissions only: no file of settings gives its owner's rights to those who run it.
     void TakeMode(const Entry& entry) {
         const char* const remedy = _("write three octal digits in quotes, as \"0640\"");
         const std::optional<std::string> text = TextOf(entry, remedy);

@@ -23,7 +23,7 @@ bool LeavesDirectory(const std::string& name) {
     return name.empty() || name.front() == '/' || HasStepUp(name);
 }
 
-/// Where something of an entry stands, in whichever list.
+/// Where something of an entry stands, in whichever list that is.
 struct ListPlace {
     ListProblems* problems = nullptr;
     std::string file{};
@@ -31,27 +31,27 @@ struct ListPlace {
 
     void Add(const std::string& text, const std::string& remedy) const { problems->Add(place, text, remedy); }
 
-    /// For a reader of the other place: "line 3", or with the file where that is another one.
+    /// For a message about the other place: "line 3", with the file if that is another one.
     std::string SeenFrom(const ListPlace& other) const {
         return file == other.file ? Words("line %s", std::to_string(place.line))
                                   : file + ":" + std::to_string(place.line);
     }
 };
 
-/// An entry, and what of it is judged when all lists are read.
+/// An entry, with what can be judged only after all lists are read.
 template <typename Kind>
 struct Listed {
     Kind entry;
-    ListPlace name;  ///< of the last list that says something about it
+    ListPlace name;  ///< in the last list that says something about the entry
     ListPlace path;
-    bool hasValue = false;  ///< of an edit
+    bool hasValue = false;  ///< of an edit: what it sets
 };
 
-/// All entries of one kind, of which later lists change single keys.
+/// All entries of one kind. Later lists change single keys of them.
 template <typename Kind>
 class Entries {
   public:
-    /// The entry of this name; an empty one is always new.
+    /// The entry of this name; an empty name always makes a new one.
     Listed<Kind>& Of(const std::string& name, const ListPlace& place) {
         const auto [known, isNew] =
             name.empty() ? std::pair(m_byName.end(), true) : m_byName.emplace(name, m_entries.size());
@@ -76,7 +76,7 @@ class Entries {
 using Targets = Entries<Target>;
 using Edits = Entries<ListedEdit>;
 
-/// Takes what one list says.
+/// Takes what one list says into the entries.
 class ListReader {
   public:
     ListReader(const ListText& list, Targets& targets, Edits& edits)
@@ -107,7 +107,7 @@ class ListReader {
     }
 
   private:
-    /// A header that is there twice is told here: the parser misspells names in quotes.
+    /// Reports a header that is there twice itself, since the parser misspells quoted names.
     void AddOfSyntax(const toml::parse_error& error) {
         const Place place = PlaceOf(error.source());
         const std::string line(m_problems.LineAt(place.line));
@@ -186,7 +186,7 @@ class ListReader {
 
     static bool IsOfServices(const std::string& key) { return key == "restart" || key == "reload"; }
 
-    /// `table` is what the name leads to so far.
+    /// `name` is what the parts of the name make so far, and `table` what they lead to.
     void TellUnquoted(const std::string& name, const Entry& entry, const toml::table& table) {
         bool isWhole = table.empty();
         for (const Entry& each : InOrder(table)) {
@@ -258,7 +258,7 @@ class ListReader {
     Edits& m_edits;
 };
 
-/// Judges what the lists come to together.
+/// Judges what all lists say together.
 class Judge {
   public:
     explicit Judge(const ParameterValue& valueOf) : m_valueOf(valueOf) {}
@@ -293,7 +293,7 @@ class Judge {
         entry.isConditionMet = parameter.empty() || HaveSameMeaning(parameter, m_valueOf(parameter), value);
     }
 
-    /// For each role that the target is for.
+    /// Claims the file for each role that the target is for.
     void ClaimFile(const Listed<Target>& listed) {
         const Target& target = listed.entry;
         const Listed<Target>* earlier = nullptr;
@@ -324,7 +324,7 @@ TargetList ReadTargetTexts(const std::vector<ListText>& lists, const ParameterVa
         if (list.file.empty()) list.file = each.file;
     }
     Judge judge(valueOf);
-    // A problem of one names others.
+    // All entries are judged before any is moved, since the problem of one may name another.
     const auto judgeAndTake = [&](const auto& listed, auto& taken) {
         for (const auto& each : listed)
             if (list.isUnderstood) judge.Take(*each);

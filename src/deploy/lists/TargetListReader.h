@@ -10,16 +10,16 @@
 namespace ZET::Deploy {
 
 struct ListText {
-    std::string file;  ///< only named
+    std::string file;  ///< used in messages only
     std::string text;
 };
 
-/// What value a parameter has.
+/// Returns the value of a parameter.
 using ParameterValue = std::function<std::string(const std::string& name)>;
 
-/// Reads lists of targets, each of which adds to what those before it have, or changes single keys of it.
-/// Everything that is wrong inside is a problem, list by list in the order of the lines. A target whose file
-/// cannot be told from its entry has no path.
+/// Reads lists of targets. Each adds to those before it, or changes single keys of their entries. What is
+/// wrong inside becomes a problem, list by list, in the order of the lines. A target whose file cannot be
+/// told from its entry has an empty path.
 TargetList ReadTargetTexts(const std::vector<ListText>& lists, const ParameterValue& valueOf);
 
 }  // namespace ZET::Deploy

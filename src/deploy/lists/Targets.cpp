@@ -22,7 +22,7 @@ std::string TargetListFile(Host& host) {
 
 namespace {
 
-/// A `Failure` when nobody can rely on it.
+/// Throws a `Failure` if nobody can rely on the list.
 ListText ReadList(const Paths& paths, const std::string& file, bool isShipped) {
     if (!paths.StaysInside(file)) {
         throw Failure({.file = file,
@@ -33,13 +33,13 @@ ListText ReadList(const Paths& paths, const std::string& file, bool isShipped) {
     return {file, ReadListFile(file, isShipped)};
 }
 
-/// Who may not see them, does not know of what they keep from everybody.
+/// Returns a problem if this user may not see the host's own lists, and so cannot know what they keep secret.
 std::optional<Problem> AddOwnLists(const Paths& paths, const std::string& directory,
                                    std::vector<ListText>& texts) {
     try {
         for (const std::string& name : NamesIn(paths, directory, ".toml"))
             texts.push_back(ReadList(paths, directory + "/" + name, false));
-        // Who may write it takes lists away, and adds to an empty one.
+        // Whoever may write the directory can take lists away, or add to an empty one.
         if (StateOf(directory).exists) RequireOwnInstruction(paths, directory);
         return std::nullopt;
     } catch (const Failure& failure) {

@@ -1,7 +1,7 @@
 #ifndef ZET_TOML_H
 #define ZET_TOML_H
 
-// toml++ as this product uses it. It is long to compile: one source file includes this.
+// toml++ as this product uses it. It takes long to compile, so only one source file includes this.
 
 #include <algorithm>
 #include <cstdint>
@@ -14,10 +14,11 @@
 #define TOML_HEADER_ONLY 1
 #define TOML_EXCEPTIONS 0
 #define TOML_ENABLE_FORMATTERS 0
-#define TOML_MAX_NESTED_VALUES 8  // each level is a frame on the stack
+#define TOML_MAX_NESTED_VALUES 8  // each level takes a frame of the stack
 
-// What toml++ takes for impossible stands in broken files ("[[[", a letter beyond ASCII outside of a string).
-// Where it only asserts that, its next lines report the mistake; where it has no next line, "no" is right.
+// What toml++ takes for impossible happens with broken files ("[[[", a letter beyond ASCII outside of a
+// string). Where it only asserts, its next lines report the mistake; where it has no next line, returning
+// false is right.
 #include <toml++/impl/preprocessor.h>
 #undef TOML_ASSERT
 #define TOML_ASSERT(expression) static_assert(true)
@@ -51,7 +52,7 @@ inline std::string KindOf(const toml::node& node) {
     }
 }
 
-/// What a key stands for when it comes from a header or a name with dots: a name's next part, not a value.
+/// The next part of a name, if the key comes from a header or a dotted name; null if it has a value.
 inline const toml::table* NextPart(const toml::node& node) {
     const toml::table* const table = node.as_table();
     return table != nullptr && !table->is_inline() ? table : nullptr;
@@ -70,7 +71,7 @@ struct Entry {
     Place ValuePlace() const { return PlaceOf(value->source()); }
 };
 
-/// What the table has, as the list has it from top to bottom.
+/// The entries of the table, in the order in which they stand in the list.
 inline std::vector<Entry> InOrder(const toml::table& table) {
     std::vector<Entry> entries;
     for (auto&& [key, value] : table)

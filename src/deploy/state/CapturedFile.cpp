@@ -21,14 +21,14 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr std::size_t kBlock = std::size_t{32} << 10;  ///< which the processor keeps at hand
+constexpr std::size_t kBlock = std::size_t{32} << 10;  ///< fits into the processor's cache
 
-/// What holds for the bytes alone is made anew by whoever vouches for them.
+/// An attribute that holds for these bytes alone is not kept: whoever vouches for the bytes makes it anew.
 bool IsKept(std::string_view name) {
     return name == "system.posix_acl_access" || name == "security.selinux" || name.starts_with("user.");
 }
 
-/// Where the file system knows no attributes, there are none.
+/// Empty if the file system knows no attributes.
 std::string AttributeNames(int descriptor, const std::string& path) {
     std::string names(1024, '\0');
     for (;;) {
@@ -50,7 +50,7 @@ std::string AttributeOf(int descriptor, const std::string& name, const std::stri
     }
 }
 
-/// None when there is no such file.
+/// Returns an empty descriptor if there is no such file.
 Descriptor Open(int directory, const std::string& name, const std::string& path) {
     constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     Descriptor file(openat(directory, name.c_str(), kFlags));
@@ -60,7 +60,7 @@ Descriptor Open(int directory, const std::string& name, const std::string& path)
     return file;
 }
 
-/// But for the attributes.
+/// Everything but the attributes.
 RecordedState StatusOfOpened(int descriptor, const std::string& path) {
     struct stat status = {};
     if (fstat(descriptor, &status) != 0) FailOfCall(path, _("cannot be looked at"));
@@ -81,8 +81,8 @@ RecordedState StateOfOpened(int descriptor, const std::string& path) {
     return state;
 }
 
-/// Reads on to the end, as the file tells it, where it does; of a text that grows too long, only the digest
-/// is left.
+/// Reads as much as the file reports to have, or to its end if it reports nothing. Of a text that grows too
+/// long, only the digest is left.
 void ReadText(int descriptor, const std::string& path, std::uint64_t longest, CapturedFile& captured) {
     DigestInProgress digest;
     char block[kBlock];
@@ -150,7 +150,7 @@ CapturedFile CapturedOf(const FileState& rights, const std::string& text, std::u
     return captured;
 }
 
-/// Of so many bytes, it is not the empty one.
+/// A size of one byte with the digest of the empty text is that of no file.
 CapturedFile CapturedWithoutText(const FileState& now) {
     CapturedFile captured = CapturedOf(now, "", 0);
     captured.state.size = 1;

@@ -13,48 +13,49 @@ namespace ZET::Deploy {
 
 class Host;
 
-/// A file as it was at an instant, as far as it can be put back: its text, and what it carries besides.
+/// A file at one instant, as far as it can be put back: its text, and what else it carries.
 struct CapturedFile {
     RecordedState state;
-    std::string text;  ///< empty where it is longer than was asked for
+    std::string text;  ///< empty if longer than the caller asked for
 
     bool IsAs(const RecordedState& other) const { return IsSameFile(state, other); }
 
-    /// The same file with another text.
+    /// Gives the file another text, and leaves the rest as it is.
     void SetText(const std::string& other);
 };
 
-/// Of an open file: the ACL, the label and the user's own attributes.
+/// The ACL, the label and the user's own attributes of an open file.
 std::map<std::string, std::string> AttributesOf(int descriptor, const std::string& path);
 
-/// The file of that name in a directory that is held; `path` is for messages. A text that is longer than
-/// `longest` is read, but not held. What is there, but no regular file, is a `Failure`.
+/// Captures the file of that name in an open directory; `path` is for messages. A text longer than `longest`
+/// is read, but not held. Throws a `Failure` if something other than a regular file is there.
 CapturedFile CaptureIn(int directory, const std::string& name, const std::string& path,
                        std::uint64_t longest);
 
-/// The same by its path; with a host, `longest` is what its history keeps.
+/// The same by its path. With a host, `longest` is the size up to which its history keeps texts.
 CapturedFile Capture(const std::string& path, std::uint64_t longest);
 CapturedFile Capture(Host& host, const std::string& path);
 
-/// A regular file with that text, which is held up to `longest`, and these rights; it carries no attributes.
+/// A regular file with these rights and this text, held up to `longest` bytes; it has no attributes.
 CapturedFile CapturedOf(const FileState& rights, const std::string& text, std::uint64_t longest);
 
-/// A file that cannot be captured. No file could have its text, so that no way leads back to it.
+/// For a file that cannot be captured: its text is recorded as one that no file has, so nothing can restore
+/// it.
 CapturedFile CapturedWithoutText(const FileState& now);
 
-/// Whether the file has the text that is recorded, whatever else it carries.
+/// Whether the file has the recorded text, whatever else it carries.
 bool HasRecordedText(const std::string& path, const RecordedState& state);
 
-/// Whether the text is the one that is recorded.
+/// Whether the text is the recorded one.
 bool IsRecordedText(std::string_view text, const RecordedState& state);
 
-/// The same as `Capture` but for the text, which is not read: `exists`, mode, owner and attributes only.
+/// The same as `Capture`, but does not read the text: `exists`, mode, owner, size and attributes only.
 RecordedState CaptureWithoutText(const std::string& path);
 
-/// The same of a name in a directory that is held; `path` is for the message.
+/// The same for a name in an open directory; `path` is for the message.
 RecordedState CaptureWithoutTextIn(int directory, const std::string& name, const std::string& path);
 
-/// What is told of a recorded state: that of a regular file of one name, or that there was none.
+/// The recorded state in terms for the user: that of a regular file with one name, or of no file.
 FileState StateOfRecorded(const RecordedState& recorded);
 
 }  // namespace ZET::Deploy

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\v\f\r";
 
-/// What keeps a line from giving a parameter, without its place.
+/// What is wrong with a line, without its place; none if it gives a parameter.
 std::optional<Problem> ProblemOfLine(std::string_view line) {
     const auto problem = [](const std::string& text, const std::string& remedy) {
         return Problem{.text = text, .remedy = remedy};

@@ -16,20 +16,19 @@ struct GivenParameter {
     int column = 0;  ///< of the value
     std::string name;
     std::string value;
-    std::string file{};  ///< empty: the main one
+    std::string file{};  ///< empty: the main file
 };
 
-/// The last one of the name, which is the one that counts; null: there is none.
+/// The last one with this name, which is the one that counts; null if there is none.
 const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const std::string& name);
 
-/// A file of lines "NAME=value" beside the main one, and what is wrong in it; lines that are none are left
-/// out.
+/// What a file of lines "NAME=value" gives, and what is wrong in it. Faulty lines give nothing.
 struct ConfFile {
     std::vector<GivenParameter> given;
     std::vector<Problem> problems;
 };
 
-/// By the grammar of the main file.
+/// Reads the text by the grammar of the main file. `file` is its name in the result.
 ConfFile ReadConfText(const std::string& file, std::string_view text);
 
 }  // namespace ZET::Deploy

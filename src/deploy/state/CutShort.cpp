@@ -43,7 +43,7 @@ class CutShortEntries {
         if (!m_host.HostHistory().KeepsTexts()) m_store.Drop(entry.number);
     }
 
-    /// Those of a companion, which may have been written alone, are looked for with those of its file.
+    /// Left-overs of a companion, which may have been written alone, are looked for with those of its file.
     void ClearLeftOversOf(const std::vector<RecordedFile>& rows, std::int64_t begun) {
         std::map<std::string, std::vector<RecordedFile>> byFile;
         for (const RecordedFile& row : rows)
@@ -99,7 +99,7 @@ std::set<std::string> FilesOfCutShort(Host& host) {
 
 std::set<std::string> SettleCutShort(Host& host, const WriteLock& lock, Purpose purpose) {
     try {
-        // Where nothing was ever recorded, nothing was cut short, and no store is opened to find that out.
+        // If nothing was ever recorded, nothing was cut short, and no store need be opened to find that out.
         if (!host.HostHistory().IsBegun(lock)) return {};
         return CutShortEntries(host, host.HostHistory().ToRecord()).Settle();
     } catch (const Failure& failure) {

@@ -6,10 +6,10 @@
 
 namespace ZET::Deploy {
 
-/// Whether the command's words hold texts of files, so that it matters who may read what these hold.
+/// Whether the command's words hold texts of files, so that it matters who may read those files.
 bool HasTexts(const Options& options);
 
-/// Who runs the command, and with which words: of a private one, their texts are hidden.
+/// Who runs the command, and with which words. If `isPrivate`, texts of files in the words are hidden.
 RecordedEntry EntryToOpen(const Host& host, bool isPrivate);
 
 }  // namespace ZET::Deploy

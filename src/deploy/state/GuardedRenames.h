@@ -7,7 +7,7 @@
 
 namespace ZET::Deploy {
 
-/// For as long as the object lives, each rename is seen by the guard before it is made.
+/// While the object lives, the guard sees each rename before it is made.
 class GuardedRenames {
   public:
     explicit GuardedRenames(const ZETRenameGuard& guard) : m_former(SetRenameGuard(guard)) {}

@@ -17,54 +17,53 @@ class WriteLock;
 /// What a command is about to do.
 enum class Purpose {
     Writes,
-    GoesBack  ///< which needs no history: what was there before stands beside the files, too
+    GoesBack  ///< needs no history: what was there before also stands beside the files
 };
 
-/// What the product remembers on this host: the store in its directory, which is opened when it is asked for
-/// first.
+/// What the product remembers on this host: the store in its directory, which is opened on first use.
 class History {
   public:
     explicit History(Host& host) : m_host(host) {}
 
-    /// Whether texts are kept: the parameter ZET_HISTORY.
+    /// Whether texts are kept, as the parameter ZET_HISTORY says.
     bool KeepsTexts() const;
 
-    /// Whether an unusable one stops a command: it does, unless nothing is to be kept or files go back.
+    /// Whether an unusable history stops a command. It does, unless nothing is to be kept or files go back.
     bool IsNeeded(Purpose purpose = Purpose::Writes) const {
         return purpose == Purpose::Writes && KeepsTexts();
     }
 
     StoreLimits Limits() const;
 
-    /// Whether this user can record: the directory is there, and is his to write.
+    /// Whether this user can record: the directory exists, and the user may write there.
     bool CanRecord() const;
 
-    /// Whether a store was begun. That there is none is found out once while the product's lock is held.
+    /// Whether a store was begun. That there is none is looked up once while the product's lock is held.
     bool IsBegun(const WriteLock& lock);
 
-    /// Only under the product's lock. One that cannot be used is a `Failure`.
+    /// The store to record in. Only under the product's lock. Throws a `Failure` if it cannot be used.
     Store& ToRecord();
 
-    /// Null when nothing was recorded on this host, or this user may not read it. One that cannot be used is
-    /// a `Failure`.
+    /// The store to read; null if nothing was recorded on this host, or this user may not read it. Throws a
+    /// `Failure` if it cannot be used.
     Store* ToLook();
 
-    /// As `ToLook`, but an unusable one is reported as a warning, once, and null: for callers that find what
-    /// they need beside the files, too.
+    /// As `ToLook`, but returns null for an unusable store, and reports that once, as a warning. For callers
+    /// that also find what they need beside the files.
     Store* ToLookIfUsable();
     bool IsUnusable() const { return m_isUnusable; }
 
-    /// Calls `call` with that store, if there is one. What makes the store unusable only then is reported,
-    /// too, and ends the call early.
+    /// Calls `call` with that store, if there is one. If the store turns out to be unusable only then, that
+    /// is reported, too, and the call ends early.
     void TryLook(const std::function<void(Store& store)>& call);
 
     /// For a command that writes: `ToLook` where the history is needed, else `ToLookIfUsable`.
     Store* ToLookForWriting() { return IsNeeded() ? ToLook() : ToLookIfUsable(); }
 
-    /// Reports it as a warning, once, however many ask.
+    /// Reports the failure as a warning, unless it is the one that was reported last.
     void TellUnusable(const Failure& failure);
 
-    /// Whether there is one that this user may not read.
+    /// Whether there is a store that this user may not read.
     bool IsDenied() const;
 
   private:
@@ -79,7 +78,7 @@ class History {
     Host& m_host;
     std::unique_ptr<Store> m_store;
     FoundStore m_found;
-    std::weak_ptr<const void> m_foundUnder;  ///< the lock; what was found is known until it expires
+    std::weak_ptr<const void> m_foundUnder;  ///< the lock; `m_found` holds until it expires
     bool m_isToRecord = false;
     bool m_isUnusable = false;
     bool m_isLossTold = false;

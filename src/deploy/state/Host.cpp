@@ -23,7 +23,7 @@ std::string DefaultOf(const std::string& key) {
     return known ? known->value : "";
 }
 
-/// What no command line can say, but another program.
+/// Refuses what no command line can ask for, but another program can.
 void RequireSense(const std::string& configFile, const Options& options) {
     if (configFile.empty()) throw UsageError(_("the configuration file has no name (name a file)"));
     if (std::find(std::begin(kRoles), std::end(kRoles), options.role) == std::end(kRoles))
@@ -77,7 +77,7 @@ void Host::RequireGoOn() {
 }
 
 std::unique_ptr<CZETHost> Host::ReadMainFile() const {
-    // Links followed, so that an option that is set goes into the real file and a link stays one.
+    // Follows links, so that an option that is set goes into the real file and a link stays one.
     const std::string file = m_paths.Resolved(m_configFile);
     if (!IsFileExist(file) && StateOf(m_paths.FromInside(m_configFile)).exists) {
         throw Failure({.file = m_configFile,

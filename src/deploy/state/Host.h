@@ -17,11 +17,11 @@
 namespace ZET::Deploy {
 
 /// A host, as far as it can be known without the module: the core with its parameters, where the host's files
-/// are, what the caller wants, and whom to tell.
+/// are, what the caller wants, and whom to report to.
 class Host {
   public:
-    /// Reads the parameters. A configuration file that is missing or broken throws. `observer` is told what
-    /// happens as long as the object lives.
+    /// Reads the parameters. Throws if the configuration file is broken, or missing though it is needed.
+    /// Reports to `observer` as long as the object lives.
     Host(const std::string& configFile, const Options& options, Observer& observer);
     virtual ~Host();
     Host(const Host&) = delete;
@@ -32,31 +32,31 @@ class Host {
     const Options& Wanted() const { return m_options; }
     Deploy::Role Role() const { return m_options.role; }
 
-    /// The words that called: "zet-init commit-config".
+    /// The program and its command, such as "zet-init commit-config".
     std::string Caller() const { return m_options.program + " " + m_options.command; }
     Observer& Out() { return m_observer; }
 
-    /// The same, for whom he keeps from writing, or waits for.
+    /// Identifies this caller when it asks for the lock.
     LockSeeker Seeker() const { return {.name = Caller(), .observer = m_observer, .own = m_ownLock}; }
 
-    /// The lock is kept from one call to another.
+    /// From now on the caller holds the lock, also between calls.
     void Keeps(const WriteLock& lock) { m_ownLock = lock.Life(); }
     IZETCore& Core() { return m_core->GetCore(); }
     const Paths& HostPaths() const { return m_paths; }
 
-    /// A parameter; those that name directories of the product are paths that can be opened.
+    /// The value of a parameter. Those that name directories of the product are paths that can be opened.
     std::string Param(const std::string& key) { return Core().GetParam(key); }
 
-    /// The same of one that is yes or no.
+    /// The same for a parameter that is yes or no.
     bool Flag(const std::string& key) { return FlagOfParam(key, Param(key)).value_or(false); }
 
-    /// Gives the core a parameter as the host's files have it.
+    /// Gives the core a parameter with the value that it has in the host's files.
     void UpdateParam(const std::string& key, const std::string& value);
 
     /// Every parameter that the core has, with its value.
     StringMap CoreParams() const { return m_core->GetParams(); }
 
-    /// What the host's own values are, and where every value comes from.
+    /// The host's own values, and where each value comes from.
     HostValues& Values() { return *m_values; }
 
     StateDirectory State() { return StateDirectory(Param("ZET_VAR_LIB_DIR")); }
@@ -64,23 +64,23 @@ class Host {
     /// What was done on the host, and what the files were before.
     History& HostHistory() { return *m_history; }
 
-    /// The path under which a file given by the caller can be opened: under the root, links followed.
+    /// The path under which a file named by the caller can be opened: under the root, following links.
     std::string FilePath(const std::string& file) const { return m_paths.Resolved(file); }
 
-    /// Forgets what was found on the host, and reads the parameters again: for who does more than one thing
-    /// with the object. They may be missing or broken by now, which throws, as in the constructor.
+    /// Forgets what was found on the host, and reads the parameters again: for callers that do more than one
+    /// thing with the object. Throws as the constructor does.
     virtual void BeginAnew();
 
-    /// The directories that were found are held no more, but looked for by their names.
+    /// Closes the directories that were found; they are looked up by their names again.
     void LetDirectoriesGo() { m_paths.LetGo(); }
 
-    /// Throws `Interrupted` when a signal came, or the observer wants no more: between two files.
+    /// Throws `Interrupted` if a signal came or the observer cancels. For use between two files.
     void RequireGoOn();
 
-    /// The user whose directories count as root's for this file; empty: none.
+    /// The user whose directories count as root's for this file; empty if there is none.
     virtual std::string TrustedAt(const std::string& /*path*/) { return ""; }
 
-    /// Whether the text of the file is not for everybody.
+    /// Whether the text of the file is not meant for everybody.
     virtual bool IsPrivate(const std::string& /*path*/) { return false; }
 
   protected:
@@ -89,11 +89,11 @@ class Host {
   private:
     void ReadParameters();
 
-    /// Without a configuration file where the caller can do without and none is there.
+    /// If there is no configuration file and the caller can do without, the core has its defaults.
     std::unique_ptr<CZETHost> ReadMainFile() const;
 
-    /// A `Failure` unless each parameter that has to names a directory: an empty one would stand for the
-    /// root.
+    /// Throws a `Failure` if a parameter does not name a directory as it has to, since an empty one would
+    /// stand for the root. A caller that mends parameters gets the default instead.
     void RequireDirectories();
     [[noreturn]] void FailOfMainFile(const std::string& key, const ZETParameterProblem& problem);
 

@@ -20,7 +20,7 @@ constexpr char kInterfaceName[] = "zet-config";
 HostProduct::HostProduct(const std::string& configFile, const Options& options, Observer& observer)
     : Host(configFile, options, observer),
       m_moduleFile(options.moduleFile.empty() ? OwnModule() : options.moduleFile) {
-    // Its code runs as soon as it is loaded; that of the program itself runs already.
+    // A module's code runs as soon as it is loaded; that of the program itself runs already.
     if (!HasBuiltInModule()) {
         if (const std::optional<Problem> problem = CheckWayTo(ModulePaths(), ModuleFile()))
             throw Failure(*problem);

@@ -13,23 +13,23 @@ namespace ZET::Deploy {
 /// The product on a host, with the module loaded into the core.
 class HostProduct : public Host {
   public:
-    /// A module that is missing or broken throws.
+    /// Throws if the module is missing or broken.
     HostProduct(const std::string& configFile, const Options& options, Observer& observer);
 
     IZETConfig& Config() { return *m_config; }
 
-    /// What every placeholder stands for: the module's values, and the host's own.
+    /// What each placeholder stands for: the module's values, and the host's own.
     StringMap& TemplateValues();
 
-    /// Parameters have other values now.
+    /// To be called when parameters have changed.
     void ForgetValues();
 
     void BeginAnew() override;
 
-    /// Empty when it is built into the program.
+    /// Empty if the module is built into the program.
     const std::string& ModuleFile() const { return m_moduleFile; }
 
-    /// Where the module is, which is the host's own under any root.
+    /// The paths for the module, which is the host's own under any root.
     const Paths& ModulePaths() const { return HostPaths().HasRoot() ? m_ownPaths : HostPaths(); }
 
   private:

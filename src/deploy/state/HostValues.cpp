@@ -22,7 +22,7 @@ constexpr char kMainFile[] = "ZET_CFG";
 constexpr char kOwnDirectory[] = "ZET_CFG_DIR";
 constexpr std::string_view kOwnPrefix = "ZET_";
 
-/// The product's parameter that has this name in other letters; empty: none.
+/// The product's parameter that has this name in capital letters; empty if there is none.
 std::string ParameterSpelled(const std::string& name) {
     std::string upper = name;
     for (char& c : upper)
@@ -54,7 +54,7 @@ bool HostValues::IsFixed(const std::string& name) const {
     return name == kMainFile || name == kOwnDirectory || m_host.Wanted().directories.contains(name);
 }
 
-/// Before the directories are those of a tree.
+/// Called before the parameters of directories are those of a tree.
 void HostValues::ReadFleet() {
     const Paths& paths = m_host.HostPaths();
     const std::string named = paths.FromInside(m_host.Param(kOwnDirectory));
@@ -70,7 +70,7 @@ void HostValues::ReadFleet() {
     }
 }
 
-/// What most commands do not ask for.
+/// Reads what most commands do not ask for.
 void HostValues::ReadRest() {
     if (std::exchange(m_isRead, true)) return;
     const std::string main = m_host.Param(kMainFile);
@@ -122,7 +122,7 @@ void HostValues::Miss(std::vector<Problem>& unread, const Problem& problem) {
     m_problems.push_back(problem);
 }
 
-/// Who may write an empty one gives the host values, too.
+/// Lists the directory itself, too: whoever may write an empty one can also give the host values.
 std::vector<std::string> HostValues::NamesInOwn(const std::string& directory, const std::string& suffix) {
     std::vector<std::string> names = NamesIn(m_host.HostPaths(), directory, suffix);
     if (StateOf(directory).exists) m_files.push_back(directory);
@@ -141,7 +141,7 @@ std::vector<GivenParameter> HostValues::ReadConf(const std::string& file) {
     }
 }
 
-/// The last line feed does not belong to it.
+/// The last line feed does not belong to the value.
 std::optional<std::string> HostValues::ReadText(const std::string& file) {
     try {
         std::string text = ReadInside(m_host.HostPaths(), file);
@@ -183,7 +183,7 @@ void HostValues::CheckMain() {
         CheckName(given, false);
 }
 
-/// What keeps a name from being a placeholder of one's own, without its place.
+/// What keeps a name from being a placeholder of the host's own, without its place.
 std::optional<Problem> HostValues::ClashOf(const std::string& name) const {
     const auto clash = [](const std::string& text, const std::string& remedy) {
         return Problem{.text = text, .remedy = remedy};
@@ -208,7 +208,7 @@ std::optional<Problem> HostValues::ClashOf(const std::string& name) const {
     return std::nullopt;
 }
 
-/// A text of several lines that has this name, too.
+/// Objects if a value of several lines has this name, too.
 std::optional<Problem> HostValues::ClashWithText(const std::string& name) const {
     const auto text = m_textFiles.find(PlaceholderFor(name));
     if (text == m_textFiles.end()) return std::nullopt;
@@ -216,7 +216,7 @@ std::optional<Problem> HostValues::ClashWithText(const std::string& name) const 
                    .remedy = _("keep one of the two")};
 }
 
-/// Whether the name can be a placeholder of one's own.
+/// Whether the name can be a placeholder of the host's own. If not, adds the problem.
 bool HostValues::CheckName(const GivenParameter& given, bool isShipped) {
     if (IsKnownParameter(given.name)) return true;
     const std::string placeholder = PlaceholderFor(given.name);

@@ -17,75 +17,75 @@ class Host;
 
 /// Where the values of a host come from. A later source wins over those before it: the defaults that come
 /// with the shipped templates (`values.conf` beside them), those of a fleet (`defaults.d/*.conf` in
-/// ZET_CFG_DIR) and the main file. What has several lines is a file of its own (`values.d/NAME` in
+/// ZET_CFG_DIR) and the main file. A value of several lines is a file of its own (`values.d/NAME` in
 /// ZET_CFG_DIR).
 ///
-/// What is wrong in a source is a problem of a check, and left out: it stops no command that could mend it.
+/// A check reports what is wrong in a source; it is otherwise left out, so that it stops no command that
+/// could mend it.
 class HostValues {
   public:
     explicit HostValues(Host& host) : m_host(host) {}
 
-    /// Gives the core the fleet's parameters, as far as the main file has none of the name.
+    /// Gives the core those parameters of the fleet that the main file does not have.
     void TakeDefaults();
 
-    /// Whether the fleet gives no parameter of the name: where its files are is found by it, or the caller
-    /// says.
+    /// Whether the fleet cannot give this parameter: its files are found by it, or the caller has given it.
     bool IsFixed(const std::string& name) const;
 
     /// The values that the product does not have itself, by placeholder: "${ntp_server}".
     const StringMap& Own();
 
-    /// The value of a parameter, whichever source has it; empty: none.
+    /// The value of a parameter, whichever source has it; empty if none has.
     std::string Param(const std::string& name);
 
     /// Every parameter with its value.
     StringMap Params();
 
-    /// Where a parameter or a value of several lines stands.
+    /// Where a parameter, or a value of several lines, is given.
     struct Source {
         std::string file;
         int line = 0;  ///< 0: the whole file
     };
 
-    /// None: it has the product's default.
+    /// None if it has the product's default.
     std::optional<Source> SourceOfParam(const std::string& name);
     std::optional<Source> SourceOfPlaceholder(const std::string& placeholder);
 
-    /// What the sources below the main file give as the parameter, which the main file's wins over.
+    /// What the sources below the main file, which wins over them, give as the parameter.
     std::optional<GivenParameter> GivenBelowMain(const std::string& name);
 
-    /// What is wrong in the sources: lines that are none, names that clash, files that are no values.
+    /// What is wrong in the sources: faulty lines, clashing names, files that hold no value.
     std::vector<Problem> Problems();
 
-    /// The same of sources that could not be read, so that nobody knows what they give.
+    /// The problems of sources that could not be read, so that nobody knows what they give.
     struct Unread {
         std::vector<Problem> params;
         std::vector<Problem> texts;
     };
     const Unread& UnreadSources();
 
-    /// What a check would say of a line that gives this name, without its place; none where it may be given.
+    /// What a check would report of a line that gives this name, without its place; none if all is well.
     std::optional<Problem> ProblemOfName(const std::string& name);
 
-    /// The parameters of the fleet's defaults, and of the main file.
+    /// The parameters that the fleet's defaults give, and those that the main file gives.
     const std::vector<GivenParameter>& GivenByFleet() const { return m_fleet; }
     const std::vector<GivenParameter>& GivenByMain();
 
-    /// The placeholders whose names clash, which have no value then.
+    /// The placeholders that have no value since their names clash.
     const std::set<std::string>& Clashing();
 
-    /// The names of the files of several lines, by placeholder.
+    /// The files of values of several lines, by placeholder.
     const std::map<std::string, std::string>& ValueFiles();
 
-    /// The files and directories that root relies on; those that are not there are left out.
+    /// The files and directories that root relies on, as far as they exist.
     std::vector<std::string> Files();
 
-    /// The caller gives the parameter a value, whatever the host's files say.
+    /// Notes that the caller gives the parameter a value, whatever the host's files say.
     void Assume(const GivenParameter& given) { m_assumed.push_back(given); }
 
     const std::vector<GivenParameter>& Assumed() const { return m_assumed; }
 
-    /// Parameters have other values now.
+    /// To be called when parameters have changed.
     void Forget() { m_own.reset(); }
 
   private:
@@ -115,8 +115,8 @@ class HostValues {
     std::vector<GivenParameter> m_main;
     std::vector<GivenParameter> m_assumed;
     std::map<std::string, std::string> m_textFiles;   ///< by placeholder
-    StringMap m_texts;                                ///< the same
-    std::map<std::string, GivenParameter> m_spelled;  ///< by placeholder: how the first one spells it
+    StringMap m_texts;                                ///< by placeholder
+    std::map<std::string, GivenParameter> m_spelled;  ///< by placeholder: the first parameter that makes it
     std::set<std::string> m_clashing;                 ///< placeholders
     std::vector<Problem> m_problems;
     Unread m_unread;

@@ -14,12 +14,12 @@ namespace {
 
 std::optional<Problem> Check(const FoundFile& found) {
     if (!found.status) return found.judge.ObjectionToOwn(found.path);
-    // What is neither is told by whoever wants to read it.
+    // Anything else is reported by whoever wants to read it.
     const bool isJudged = S_ISREG(found.status->st_mode) || S_ISDIR(found.status->st_mode);
     return isJudged ? found.judge.ObjectionToRead(found.path, *found.status) : std::nullopt;
 }
 
-/// What was read in a directory that is left for another one counts no more.
+/// What was read in a directory no longer counts once another directory is used instead.
 bool IsInForce(HostProduct& product, const std::string& file) {
     const std::string directory = product.Param("ZET_CFG_DIR");
     return IsBelow(file, directory) || IsBelow(file, product.Param("ZET_CFG_TEMPL_DIR")) ||

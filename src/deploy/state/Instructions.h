@@ -7,27 +7,27 @@
 #include "deploy/state/HostProduct.h"
 #include "zet/ZETProblem.h"
 
-/// What tells a command what to do: when root runs one that writes, nobody else may have a hand in it.
+/// What tells a command what to do. If root runs one that writes, nobody else may have a hand in it.
 namespace ZET::Deploy {
 
-/// What is wrong with one of its files or directories, under the path that can be opened, and with the way to
-/// one that is not there yet.
+/// What is wrong with such a file or directory, whose path can be opened, or with the way to it if it does
+/// not exist yet. None unless root runs the command.
 std::optional<Problem> CheckInstruction(const Paths& paths, const std::string& path);
 
-/// The same of one that was found.
+/// The same for a file that was found already.
 std::optional<Problem> CheckInstruction(const FoundFile& found);
 
-/// A `Failure` with it. Of one that is not there yet, the way to it is looked at.
+/// Throws that problem as a `Failure`, if there is one.
 void RequireOwnInstruction(const Paths& paths, const std::string& path);
 
-/// The same of the way to it alone, for what is looked at itself by whoever opens it.
+/// The same for the way alone, if whoever opens the file checks that itself.
 std::optional<Problem> CheckWayTo(const Paths& paths, const std::string& path);
 
-/// The same of the module, which is the host's own, whatever tree is worked on.
+/// The same for the module, which is the host's own, whatever tree is worked on.
 std::optional<Problem> CheckModule(HostProduct& product);
 
-/// A `Failure` with what is wrong with the module, the main file, those with values, and the product's
-/// directories.
+/// Throws a `Failure` if something is wrong with the module, the main file, the files with values, or the
+/// product's directories.
 void RequireOwnInstructions(HostProduct& product);
 
 }  // namespace ZET::Deploy

@@ -10,23 +10,23 @@
 
 namespace ZET::Deploy {
 
-/// Of the entries that were ever made; 0: none was.
+/// The number of the newest entry ever made; 0 if none was.
 std::int64_t LastNumberOf(Store& store);
 
-/// A number that is no entry, or no longer one, is a `UsageError`.
+/// Throws a `UsageError` for a number that no entry has, or one that is no longer kept.
 RecordedEntry KeptEntry(Store& store, std::int64_t number);
 
-/// A `UsageError` of a number while nothing was recorded.
+/// Throws the `UsageError` for a number on a host whose history has nothing yet.
 [[noreturn]] void FailOfNothingRecorded(std::int64_t number);
 
-/// A `Failure` where what came after the entry is not all kept any more; `remedy` gets the number of the
-/// first of which it is.
+/// Throws a `Failure` if not all entries after this one are kept any more. `remedy` has a gap for the number
+/// of the first entry from which on all are kept.
 void RequireAllKeptAfter(Store& store, std::int64_t number, const char* remedy);
 
-/// Files that were written after the entry, of which no entry tells, as nothing was to be kept.
+/// The files that were written after the entry, and of which no entry tells, as nothing was to be kept.
 std::vector<Problem> UntoldAfter(Host& host, Store& store, std::int64_t number);
 
-/// A `Failure` where nothing is kept: the newest entry may not be the last change then.
+/// Throws a `Failure` if nothing is kept: then the newest entry may not be the last change.
 void RequireLastTold(Host& host);
 
 }  // namespace ZET::Deploy

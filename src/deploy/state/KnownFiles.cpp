@@ -33,9 +33,9 @@ void KnownFiles::Read(Store& store) {
             if (file.IsPlanned() && file.kind != FileKind::Companion) Settle(file, entry.number);
 }
 
-/// What cannot be looked at stays as it is known.
+/// A file that cannot be looked at stays as it is known.
 void KnownFiles::Settle(const RecordedFile& file, std::int64_t entry) {
-    // Somebody's edit that the command keeps stays an edit.
+    // An edit that the command keeps stays an edit.
     if (!file.staysKnown) m_beingMade.insert_or_assign(file.path, file.after);
     const std::string path = m_host.HostPaths().FromInside(file.path);
     if (!m_host.HostPaths().StaysInside(path)) return;
@@ -78,7 +78,7 @@ bool KnownFiles::IsOwnWork(const std::string& path) const {
     return IsAsLeft(path) && !Find(path)->HoldsMerge();
 }
 
-/// It may have come there since the history was read.
+/// The file may have become so since the history was read.
 bool KnownFiles::IsBeingMade(const std::string& path) const {
     const auto found = m_beingMade.find(NameOf(path));
     return found != m_beingMade.end() && IsAsRecorded(path, found->second);

@@ -11,36 +11,36 @@
 
 namespace ZET::Deploy {
 
-/// What the history knows of the host's files, of whichever role, read at once. Files of runs that were
-/// killed or still go on are judged by content, as the next command would. Paths are those of real files,
-/// links among the directories followed.
+/// What the history knows of the host's files, for either role, read at once. Files of runs that were killed
+/// or still go on are judged by content, as the next command would judge them. Paths are those of real files:
+/// links among the directories are followed.
 class KnownFiles {
   public:
     /// `IsTold`: an unusable history is reported as a warning, and nothing is known. For callers that take
-    /// back what was written, which stands beside the files.
+    /// back what was written, and find what they need beside the files.
     enum class Unusable { IsFailure, IsTold };
 
     explicit KnownFiles(Host& host, Unusable unusable = Unusable::IsFailure);
 
     bool IsUnusable() const { return m_isUnusable; }
 
-    /// Null: nothing is known of it.
+    /// Null if nothing is known of the file.
     const KnownFile* Find(const std::string& path) const;
 
     /// Whether a commit of the role wrote the file, and it was not taken back since.
     bool Has(const std::string& path, Role role) const;
 
-    /// Whether the file is, by content, as the product left it; a link in its place is not.
+    /// Whether the file has the text and mode that the product left; a link in its place has not.
     bool IsAsLeft(const std::string& path) const;
     bool IsAsLeft(const SeenFile& file) const;
 
-    /// The same of a text that is the product's alone: a target's that was merged holds others' work, too.
+    /// The same, and the text is the product's alone: that of a merged target also holds others' work.
     bool IsOwnWork(const std::string& path) const;
 
-    /// Those that the role has committed.
+    /// The files that the role has committed.
     std::vector<std::string> PathsOf(Role role) const;
 
-    /// Those that were edited in place.
+    /// The files that were edited in place.
     std::vector<std::string> EditedPaths() const;
 
   private:
@@ -53,10 +53,10 @@ class KnownFiles {
     Host& m_host;
     bool m_isUnusable = false;
     std::map<std::string, KnownFile> m_files;          ///< by their names inside the root
-    std::map<std::string, RecordedState> m_beingMade;  ///< what a run that goes on makes of a file
+    std::map<std::string, RecordedState> m_beingMade;  ///< what an open entry makes of a file
 };
 
-/// Whether the file is by content what the state says; a link in its place is not.
+/// Whether the file has the recorded text and mode; a link in its place has not.
 bool IsAsRecorded(const std::string& path, const RecordedState& state);
 
 }  // namespace ZET::Deploy

@@ -20,13 +20,13 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr char kPreference[] = "LANGUAGE";
-constexpr char kOfSources[] = "C";  // for its messages, no preference is asked for
+constexpr char kOfSources[] = "C";  // its messages ignore LANGUAGE
 
-/// What a text is in: its language, and how the letters are encoded. Without the second, all that is not
+/// A text depends on its language and on the encoding of its letters; without the second, all that is not
 /// ASCII would be lost.
 constexpr int kTextCategories[] = {LC_CTYPE, LC_MESSAGES};
 
-/// To the system, an empty name is the language of whoever runs the command.
+/// The system would take an empty name for the user's language.
 std::string LocaleName(const std::string& language) {
     return language.empty() ? kOfSources : language;
 }
@@ -36,7 +36,7 @@ std::string_view LanguageOf(std::string_view names) {
     return names.substr(0, names.find_first_of("_.@:"));
 }
 
-/// What a text is written in, by the names of locales.
+/// What a text is written in, as names of locales.
 struct Names {
     std::string letters;
     std::string messages;
@@ -48,7 +48,7 @@ struct Names {
                messages == setlocale(LC_MESSAGES, nullptr);
     }
 
-    /// Whether messages would be in another language all the same.
+    /// Whether messages would be in the preferred language instead.
     bool YieldTo(const std::string& preference) const {
         return !preference.empty() && messages != kOfSources &&
                LanguageOf(preference) != LanguageOf(messages);
@@ -65,16 +65,16 @@ struct LocaleDeleter {
 using Locale = std::unique_ptr<std::remove_pointer_t<locale_t>, LocaleDeleter>;
 using Locales = std::map<Names, Locale>;
 
-/// Those that were written in. To go to one of them and back takes 100 instructions, where setting a locale
-/// by its name takes 20,000: half of what a small file takes to be rendered. They live as long as the
-/// process: to have something of a thread's own destroyed takes memory, without which the C library ends the
-/// program.
+/// The locales that were used. To switch to one of them and back takes 100 instructions; to set a locale by
+/// its name takes 20,000, half of what it takes to render a small file. They live as long as the process: an
+/// object of a thread's own takes memory to be destroyed later, and the C library ends the program if there
+/// is none.
 Locales& KnownLocales() {
     static Locales& locales = *new Locales;
     return locales;
 }
 
-/// The present one, but for the language. The host has the languages.
+/// The present locale with another language, which the host must have.
 Locale MakeLocale(const Names& names) {
     Locale made(duplocale(LC_GLOBAL_LOCALE));
     for (const auto& [category, name] :
@@ -107,7 +107,7 @@ void RequireOwnProcess(IZETCore& core, const std::string& language, const std::s
                    .remedy = _("let the program unset LANGUAGE, or leave ZET_LANG empty")});
 }
 
-/// That of the reader, while this thread writes a file in another one.
+/// The reader's setting while this thread writes a file in another language; else null.
 thread_local const LanguageSetting* t_readers = nullptr;
 
 const char* LookUpForReader(const char* domain, const char* text) {
@@ -127,7 +127,7 @@ void MakeForReader(const std::function<void()>& make) {
     written.Use();
 }
 
-/// Where this thread alone writes in another language.
+/// For a language that is set for this thread alone.
 const char* LookUpForProgram(const char* domain, const char* text) {
     const locale_t written = uselocale(LC_GLOBAL_LOCALE);
     const char* const found = Text::Translated(domain, text);
@@ -203,7 +203,7 @@ void WrittenLanguage::UseInThread(locale_t written, bool isTranslated) {
     m_formerLocale = uselocale(written);
 }
 
-/// What was translated before by another list of preferred languages is forgotten, too.
+/// `setlocale` also makes the C library forget translations by another list of preferred languages.
 void WrittenLanguage::UseInProcess(const std::string& locale, bool isTranslated) {
     m_former.emplace();
     m_formerReaders = std::exchange(t_readers, &*m_former);

@@ -12,20 +12,19 @@
 
 namespace ZET::Deploy {
 
-/// A `Failure` when the host does not have what the parameter "ZET_LANG" asks for with this value.
+/// Throws a `Failure` if the host lacks the language that the parameter "ZET_LANG" asks for with this value.
 void RequireLanguage(const std::string& language);
 
-/// From now on, messages are in the language of whoever runs the command. For commands, whose process is
-/// their own.
+/// From now on, messages are in the user's language. For commands, as it changes the whole process.
 void UseReadersLanguage();
 
-/// Likewise, texts are in his letters, and messages in the language of the sources.
+/// Likewise, texts are in the user's encoding, and messages in the language of the sources.
 void UseReadersLetters();
 
-/// A language that was set, and how to set it again.
+/// A language setting, and how to restore it.
 class LanguageSetting {
   public:
-    /// The one that is set now.
+    /// Takes the present setting.
     LanguageSetting();
     void Use() const;
 
@@ -34,13 +33,13 @@ class LanguageSetting {
     std::optional<std::string> m_preference;
 };
 
-/// For as long as the object lives, messages are in the language of the parameter "ZET_LANG": what is written
-/// into a file does not depend on who runs the command. What the library and the core say meanwhile is in
-/// the reader's all the same. A language that the host does not have is a `Failure`.
+/// While the object lives, messages are in the language of the parameter "ZET_LANG", so that what is written
+/// into a file does not depend on who runs the command. What the library and the core report meanwhile is in
+/// the reader's language all the same. Throws a `Failure` if the host does not have the language.
 ///
-/// The locale and the environment of the process stay as they are, since other threads use them; but a list
-/// of preferred languages wins in every thread over the language that is set for it. A command changes its
-/// process then, and to another program it is a `Failure`.
+/// The locale and the environment of the process stay as they are, since other threads use them. But in every
+/// thread a list of preferred languages wins over the language that is set for it: then a command changes its
+/// process, and any other program gets a `Failure`.
 class WrittenLanguage {
   public:
     explicit WrittenLanguage(IZETCore& core);
@@ -52,9 +51,9 @@ class WrittenLanguage {
     void UseInThread(locale_t written, bool isTranslated);
     void UseInProcess(const std::string& locale, bool isTranslated);
 
-    locale_t m_formerLocale{};                ///< of this thread, where no more is changed
-    std::optional<LanguageSetting> m_former;  ///< else
-    Text::LookUp m_formerLookUp = nullptr;    ///< none: nothing is changed
+    locale_t m_formerLocale{};                ///< of this thread, if nothing more is changed
+    std::optional<LanguageSetting> m_former;  ///< if the process is changed
+    Text::LookUp m_formerLookUp = nullptr;    ///< null: nothing is changed
     ZETReadersLanguage m_formerMaking = nullptr;
     const LanguageSetting* m_formerReaders = nullptr;
 };

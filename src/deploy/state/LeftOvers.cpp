@@ -33,7 +33,7 @@ class LeftOvers {
         m_owners.insert(geteuid());
     }
 
-    /// `name` is that of the file, in its directory.
+    /// `name` is the file's name in its directory.
     void Clear(const std::string& name) {
         struct stat status = {};
         for (const std::string& owned : {name, name + ZETReserveSuffix}) {
@@ -81,7 +81,7 @@ class LeftOvers {
                changed >= m_file.begun;
     }
 
-    /// Whoever writes beside the file at the same time writes something else.
+    /// Others who write beside the file at the same time write something else.
     bool IsTextOfTheRun(const std::string& leftOver, const struct stat& status) const {
         if (m_file.isAnyText || status.st_size == 0) return true;
         return IsBegunText(leftOver, static_cast<std::size_t>(status.st_size)) ||

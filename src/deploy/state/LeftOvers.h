@@ -17,14 +17,14 @@ namespace ZET::Deploy {
 struct CutShortFile {
     std::string path;                    ///< of the real file
     std::int64_t begun = 0;              ///< when the run began to write, in nanoseconds since 1970
-    bool isAnyText = false;              ///< nobody knew yet what was going to be written
-    std::vector<std::string> texts{};    ///< what was being written begins one of these,
-    std::vector<RecordedState> whole{};  ///< or is all of one of these, whose texts are not kept
-    std::set<uid_t> owners{};            ///< whom the run may have given it to
+    bool isAnyText = false;              ///< what was going to be written was not known yet
+    std::vector<std::string> texts{};    ///< what was being written is the beginning of one of these,
+    std::vector<RecordedState> whole{};  ///< or all of one of these, whose texts are not kept
+    std::set<uid_t> owners{};            ///< to whom the run may have given it
 };
 
-/// Removes the temporary files that the run left beside the file, which is told; what has the name of one,
-/// but is not surely its work, is told and stays. Only under the product's lock.
+/// Removes the temporary files that the run left beside the file, and reports it. What has the name of one,
+/// but is not surely the run's work, is reported and stays. Only under the product's lock.
 void ClearLeftOvers(Host& host, const CutShortFile& file);
 
 }  // namespace ZET::Deploy

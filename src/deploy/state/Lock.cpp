@@ -37,7 +37,7 @@ std::string TextOf(int descriptor) {
     return std::string(text, static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
 }
 
-/// Behind the line that names the holder, an empty one says that he came to his end.
+/// An empty line after the one that names the holder says that the holder came to its end.
 constexpr char kEnd = '\n';
 
 bool NamesOneWhoEnded(int descriptor) {
@@ -48,7 +48,7 @@ bool NamesOneWhoEnded(int descriptor) {
 std::string HolderOf(int descriptor) {
     const std::string holder = TextOf(descriptor);
     const std::size_t end = holder.find('\n');
-    // Nobody tells who holds the lock of a directory.
+    // Nothing tells who holds the lock of a directory.
     return end == std::string::npos ? _("another process") : Words("process %s", holder.substr(0, end));
 }
 
@@ -61,7 +61,7 @@ bool TryLockDirectory(int descriptor) {
     return flock(descriptor, LOCK_EX | LOCK_NB) == 0;
 }
 
-/// False when there are no such locks, as `errno` says.
+/// Returns false if there are no such locks, with `errno` set.
 bool WaitForLock(const LockSeeker& seeker, int descriptor, const std::string& path, bool (*tryLock)(int)) {
     const auto deadline = std::chrono::steady_clock::now() + seeker.patience;
     const std::string seconds = std::to_string(seeker.patience.count()) + " s";
@@ -81,27 +81,27 @@ bool WaitForLock(const LockSeeker& seeker, int descriptor, const std::string& pa
     return true;
 }
 
-/// What is written into it must not reach a file of another name.
+/// What is written into the lock file must not reach a file of another name.
 void RequireOwnLockFile(int descriptor, const std::string& file) {
     struct stat status = {};
     if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1) return;
     throw Failure({.file = file, .text = _("is no regular file of one name"), .remedy = _("move it away")});
 }
 
-/// For whoever waits for the lock. That it cannot be written, as on a full disk, is no reason not to go on.
-/// It is written over the former name: a file that is emptied before is put on the disk at once by some file
-/// systems, 3 ms a command. Returns how much was written.
+/// For whoever waits for the lock, so a failure, as on a full disk, does not matter. Writes over the former
+/// name: a file that is emptied first is put on the disk at once by some file systems, which takes 3 ms a
+/// command. Returns how much was written.
 off_t NameHolder(const std::string& name, int descriptor) {
     const std::string holder = std::to_string(getpid()) + " (" + name + ")\n";
     const auto size = static_cast<off_t>(holder.size());
     if (ftruncate(descriptor, size) == 0 && pwrite(descriptor, holder.data(), holder.size(), 0) == size)
         return size;
-    // Of the former one, who may have come to his end, nothing stays.
+    // Nothing must stay of the former holder, which may have come to its end.
     static_cast<void>(ftruncate(descriptor, 0) == 0);
     return 0;
 }
 
-/// Without its file: none, as `errno` says.
+/// Returns an empty descriptor if the file cannot be opened, with `errno` set.
 Descriptor Lock(const LockSeeker& seeker, const std::string& file) {
     if (!seeker.own.expired()) {
         throw Failure({.file = file,
@@ -121,7 +121,7 @@ Descriptor Lock(const LockSeeker& seeker, const std::string& file) {
     return lock;
 }
 
-/// None where directories cannot be locked.
+/// Returns an empty descriptor if directories cannot be locked.
 Descriptor LockDirectory(const LockSeeker& seeker, const std::string& directory) {
     Descriptor lock(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_NONBLOCK | O_CLOEXEC));
     if (lock < 0 && errno == EACCES) {
@@ -140,12 +140,12 @@ bool MayOthersWrite(const std::string& directory) {
            (status.st_uid != geteuid() || (status.st_mode & (S_IWGRP | S_IWOTH)) != 0);
 }
 
-/// What stands in the lock's place is none, and no command takes it for one.
+/// Then what stands there is not a lock file, and no command takes it for one.
 bool IsOfAnotherKind(int error) {
     return error == EISDIR || error == ENXIO || error == ELOOP;
 }
 
-/// Empty: that of the reason.
+/// Empty: that of the reason is used.
 std::string RemedyToOpen(int error) {
     if (IsOfAnotherKind(error)) return _("move it away");
     if (error == ENOENT || error == ENOTDIR || error == EACCES)
@@ -158,7 +158,7 @@ std::string RemedyToOpen(int error) {
     throw SystemFailure({.file = file, .text = _("cannot be opened"), .remedy = RemedyToOpen(error)}, error);
 }
 
-/// Who cannot open it may be kept from it by his rights alone, while root holds it.
+/// Whoever cannot open the file may only lack the right, while root holds the lock.
 bool CanNobodyHold(const std::string& file, int error) {
     if (error == ENOENT || error == ENOTDIR || error == EROFS || IsOfAnotherKind(error)) return true;
     struct stat status = {};
@@ -183,7 +183,7 @@ WriteLock::WriteLock(const StateDirectory& state, const LockSeeker& seeker, cons
     if (!IsProducts() || MayOthersWrite(directory)) m_directoryLock = LockDirectory(seeker, directory);
 }
 
-/// Who leaves something behind leaves it to the next one, as if he had been cut short.
+/// A holder that leaves something behind leaves it to the next one, as if it had been cut short.
 WriteLock::~WriteLock() {
     if (m_namedSize > 0 && !Staging::HasLeftAny())
         static_cast<void>(pwrite(m_lock, &kEnd, sizeof kEnd, m_namedSize) == 0);

@@ -7,7 +7,7 @@
 
 namespace ZET::Deploy {
 
-/// Who logged in, whatever user the process became since; none: nobody did, or the system does not tell.
+/// The user who logged in, whatever the process became since; none if nobody did, or nothing tells who.
 std::optional<uid_t> LoginUser();
 
 }  // namespace ZET::Deploy

@@ -7,12 +7,12 @@
 
 namespace ZET::Deploy {
 
-/// Whether entries that are kept tell that the product wrote the file since it knows it. One that a commit
-/// found as it makes it was not written: it is its own original; nor is one that is back as it was before.
+/// Whether the kept entries tell that the product has written the file since it first knew it. Not if a
+/// commit found the file as it would make it (its own original), or if the file is back as it was before.
 bool IsKnownAsWritten(Host& host, const std::string& path);
 
 /// Whether the file is what the product wrote, and nothing beside it tells what was there before: a reserve
-/// of it would be none of the original.
+/// of it would not be the original.
 bool IsOriginalLost(Host& host, const std::string& path);
 
 void WarnOfLostOriginal(Host& host, const std::string& path);

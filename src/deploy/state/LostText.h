@@ -8,7 +8,7 @@
 
 namespace ZET::Deploy {
 
-/// Warns where the history does not keep a text of that size, which somebody made and a command replaces. The
+/// Warns if the history does not keep a text of that size, which somebody made and a command replaces. The
 /// reader knows the file by `name`.
 void WarnOfLostText(Host& host, const std::string& name, std::uint64_t size);
 

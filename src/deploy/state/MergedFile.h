@@ -12,26 +12,26 @@ namespace ZET::Deploy {
 /// Three texts of a managed file.
 struct TextsToMerge {
     std::string now;
-    std::string base;    ///< what `now` was made of by others
-    std::string wanted;  ///< another one that was made of the base
+    std::string base;    ///< what others made `now` from
+    std::string wanted;  ///< another text made from the base
 };
 
-/// The file that they are for.
+/// The file whose texts they are.
 struct FileToMerge {
     std::string path;
-    std::string otherWay;  ///< the remedy where they cannot be merged: "--force puts back ..."
+    std::string otherWay;  ///< the remedy if they cannot be merged: "--force puts back ..."
 };
 
 struct MergedFile {
     std::string text;
-    std::vector<Problem> conflicts;  ///< with file and line; then there is no text
+    std::vector<Problem> conflicts;  ///< with file and line; if there are any, there is no text
 };
 
-/// The wanted text with what others changed in the file. Notices take no part: the file gets that of
-/// the wanted text. Texts that cannot be merged (NUL bytes, mixed line ends) are a `Failure`.
+/// The wanted text with what others changed in the file. Notices are not merged: the file gets that of the
+/// wanted text. Throws a `Failure` if the texts cannot be merged (NUL bytes, mixed line ends).
 MergedFile MergeFile(const TextsToMerge& texts, const FileToMerge& file);
 
-/// The wanted mode, owner and attributes with those that others changed.
+/// The wanted state, but with the mode, owner and attributes that others changed.
 RecordedState MergedAttributes(const RecordedState& now, const RecordedState& base,
                                const RecordedState& wanted);
 

@@ -8,10 +8,10 @@
 #include "zet/ZETHost.h"
 #include "zet/deploy/Observer.h"
 
-/// What is otherwise for as long as an object lives.
+/// What is different while an object lives.
 namespace ZET::Deploy {
 
-/// Counts the failures that the module reported to the log only, from its creation on.
+/// Counts the failures that the module reports to the log only, from construction on.
 class LoggedFailures {
   public:
     LoggedFailures() : m_before(CountLoggedErrors()) {}
@@ -21,8 +21,8 @@ class LoggedFailures {
     std::size_t m_before;
 };
 
-/// For as long as the object lives, the log shows records up to `threshold` at most: what is done in trial on
-/// files that nobody knows is not told.
+/// While the object lives, the log shows records up to `threshold` at most: what is tried on files that
+/// nobody knows is not reported.
 class QuietLog {
   public:
     explicit QuietLog(ZETLogLevel threshold);
@@ -34,7 +34,7 @@ class QuietLog {
     ZETLogLevel m_former;
 };
 
-/// For as long as the object lives, the observer is told what this thread logs.
+/// While the object lives, the observer gets what this thread logs.
 class LogToObserver {
   public:
     explicit LogToObserver(Observer& observer);
@@ -47,7 +47,7 @@ class LogToObserver {
     const ZETLogObserver* m_former;
 };
 
-/// Gives a parameter of the core another value for as long as the object lives.
+/// Gives a parameter of the core another value while the object lives.
 class ParamOverride {
   public:
     ParamOverride(IZETCore& core, const std::string& key, const std::string& value);

@@ -11,7 +11,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// The last line that gives one counts.
+/// If several lines give one, the last counts.
 std::map<std::string, std::string> DirectoriesIn(std::string_view text) {
     std::map<std::string, std::string> directories;
     for (GivenParameter& given : ReadConfText("", text).given)

@@ -7,10 +7,10 @@
 
 namespace ZET::Deploy {
 
-/// Why such a parameter stays; in another directory nothing would be known of what was committed.
+/// Why such a parameter cannot be changed: in another directory nothing would be known of what was committed.
 std::string CannotMove(const std::string& name);
 
-/// The parameters of the product's own directories that two texts of the main file give otherwise.
+/// The parameters of the product's own directories to which two texts of the main file give different values.
 std::set<std::string> DirectoriesThatDiffer(std::string_view one, std::string_view other);
 
 }  // namespace ZET::Deploy

@@ -21,7 +21,7 @@ namespace {
 
 constexpr mode_t kPrivate = 0600;
 
-/// What a killed run left: a plain file of the caller's, or of the owner of the file that it was to become.
+/// Whether a killed run left it: a plain file of the caller's, or of the owner of the file it was to become.
 bool IsLeftOver(const std::string& temporary, const std::string& name) {
     struct stat found = {};
     struct stat former = {};
@@ -30,7 +30,7 @@ bool IsLeftOver(const std::string& temporary, const std::string& name) {
     return lstat(name.c_str(), &former) == 0 && found.st_uid == former.st_uid;
 }
 
-/// A new file in any case: somebody may have a left-over open, which may have been readable by others.
+/// Always a new file: another process may have a left-over open, if others could once read it.
 Descriptor OpenNew(const std::string& temporary, const std::string& name) {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     const auto create = [&] {

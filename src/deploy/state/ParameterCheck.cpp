@@ -24,7 +24,7 @@ bool HasValue(const StringMap& values, const std::string& placeholder) {
     return found != values.end() && !found->second.empty() && found->second != "ldap://";
 }
 
-/// The value as a template makes it; one that no template can make is none.
+/// The value as a template expands it; none if no template can.
 std::optional<std::string> Expanded(const std::string& value, const StringMap& values) {
     std::size_t longestKey = 0;
     for (const auto& [placeholder, text] : values)
@@ -75,7 +75,7 @@ class ValueCheck {
     std::vector<Problem> Result() { return std::move(m_problems); }
 
   private:
-    /// A value with placeholders is what a template makes of it.
+    /// A value with placeholders is checked as a template expands it.
     static std::optional<ZETParameterProblem> ProblemOf(const GivenParameter& parameter,
                                                         const StringMap& values) {
         if (auto problem = ProblemOfParam(parameter.name, parameter.value)) return problem;

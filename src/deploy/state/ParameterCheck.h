@@ -13,19 +13,19 @@
 
 namespace ZET::Deploy {
 
-/// Parameters whose values make files that no program can use: those without a value, as far as the
-/// placeholders in `used` ask for them and `values` has none, those that hold what was not meant to be part
-/// of them, and those that are not of their kind. Before those of the main configuration file there are the
-/// `defaults`, and behind them those that are `assumed`.
+/// Finds parameters whose values make files that no program can use: those without a value, if a placeholder
+/// in `used` needs them and has none in `values`, those that hold what was not meant to be part of them, and
+/// those that are not of their kind. The `defaults` come before the main configuration file, and the
+/// `assumed` after it; the last one counts.
 std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& values,
                                           const std::set<std::string>& used,
                                           const std::vector<GivenParameter>& defaults = {},
                                           const std::vector<GivenParameter>& assumed = {});
 
-/// Of `given`, the parameters that nobody knows and nothing uses.
+/// The parameters among `given` that nobody knows and nothing uses.
 struct UnusedParameters {
-    std::vector<Problem> mistyped;  ///< with names like those of the product
-    std::vector<Problem> unused;    ///< of the host's own
+    std::vector<Problem> mistyped;  ///< with names like those of the product's
+    std::vector<Problem> unused;    ///< the host's own
 };
 
 /// `file` is the main configuration file, `used` has the placeholders of all templates, and `asked` the
@@ -33,7 +33,7 @@ struct UnusedParameters {
 UnusedParameters FindUnusedParameters(const std::string& file, const std::vector<GivenParameter>& given,
                                       const std::set<std::string>& used, const std::set<std::string>& asked);
 
-/// Whether the value is in quotes with a comment behind, as other files have it.
+/// Whether the value is in quotes with a comment behind, as other kinds of files have it.
 bool IsQuotedWithComment(std::string_view value);
 
 }  // namespace ZET::Deploy

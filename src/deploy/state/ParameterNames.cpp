@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kMostMistypedLetters = 2;
 
-/// How many letters have to be put in, taken out or exchanged to make one name of the other.
+/// How many letters have to be inserted, removed or replaced to make one name of the other.
 std::size_t DistanceOf(std::string_view one, std::string_view other) {
     std::vector<std::size_t> row(other.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});

@@ -32,28 +32,28 @@ inline constexpr OwnPlaceholder kOwnPlaceholders[] = {
     {"${valid_group_names}", "VALID_GROUP_NAMES"},
 };
 
-/// Letters, digits and "_", no digit first.
+/// A name has letters, digits and "_", and does not begin with a digit.
 bool IsParameterName(std::string_view name);
 
 /// The names of all parameters that the product has.
 std::vector<std::string> NamesOfTheProduct();
 
-/// Whether both values say the same of the parameter: what is yes or no has several words for it.
+/// Whether both values mean the same for the parameter: yes and no can be said in several words.
 bool HaveSameMeaning(const std::string& name, const std::string& one, const std::string& other);
 
-/// The placeholder that a parameter is which the product does not have: "${ntp_server}" for "NTP_SERVER".
+/// The placeholder for a parameter that the product does not have: "${ntp_server}" for "NTP_SERVER".
 std::string PlaceholderFor(const std::string& name);
 
 /// "realm" for "${realm}"
 std::string NameOfPlaceholder(const std::string& placeholder);
 
-/// The parameter that one of the product's own placeholders gets its value from; empty: it is none of them.
+/// The parameter that gives one of the product's own placeholders its value; empty if it is none of them.
 std::string ParameterBehind(const std::string& placeholder);
 
-/// The parameter that one of the product's is made of where nobody gives it; empty: none.
+/// The parameter that one of the product's is made from if nobody gives it; empty if there is none.
 std::string ParameterThatMakes(const std::string& name);
 
-/// The one of `names` that `name` is likely to be meant for; empty when there is none.
+/// The one of `names` that `name` is likely to be meant for; empty if there is none.
 std::string NearestName(const std::string& name, const std::vector<std::string>& names);
 
 }  // namespace ZET::Deploy

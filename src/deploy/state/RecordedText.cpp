@@ -68,7 +68,7 @@ void GiveAttributes(int descriptor, const std::string& path, const RecordedState
 
 }  // namespace
 
-/// Nobody but its new owner gets to the text before its mode says so.
+/// Until the mode is set, nobody but the new owner can get at the text.
 void GiveRecordedAttributes(int descriptor, const std::string& path, const RecordedState& wanted,
                             Observer& observer) {
     SetMode(descriptor, path, kPrivate);
@@ -104,14 +104,14 @@ void RecordedText::Put(const CapturedFile& wanted, const std::function<void()>& 
     });
 }
 
-/// The name is free, as was looked at before; what somebody has put there since is not written.
+/// The name was free when it was checked; what somebody has put there since is not written to.
 void RecordedText::Write(const std::string& temporary, const std::string& text) {
     constexpr int kFlags = O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
     const Descriptor file(Uninterrupted([&] { return open(temporary.c_str(), kFlags, kPrivate); }));
     if (file < 0) FailOfCall(temporary, _("cannot be made"));
     if (!Identify(file)) {
         const int error = errno;
-        Identify(file);  // what is not known is not taken away again
+        Identify(file);  // tried again, as a file that is not identified is not removed
         throw SystemFailure({.file = temporary, .text = _("cannot be looked at")}, error);
     }
     if (!WriteAll(file, text)) FailOfCall(temporary, _("cannot be written"));
@@ -125,7 +125,7 @@ bool RecordedText::Identify(int descriptor) {
     return true;
 }
 
-/// It was synced before it got them.
+/// It was synced before it got its attributes, so it is synced again.
 void RecordedText::Complete(int descriptor, const RecordedState& wanted) const {
     const std::string path = m_place.Path() + m_suffix;
     if (descriptor < 0)
@@ -142,7 +142,7 @@ void RecordedText::Complete(int descriptor, const RecordedState& wanted) const {
     if (m_product.Flag("ZET_SYNC") && fsync(descriptor) != 0) FailOfCall(path, _("cannot be synced"));
 }
 
-/// In his own directory, a user could have written what is given to a group that is not his.
+/// In a directory of theirs, users could have written the text themselves: only their own IDs may be set.
 bool RecordedText::MayHaveSetIds(const RecordedState& wanted, gid_t group) const {
     return !m_place.Holder() || (wanted.owner == *m_place.Holder() && wanted.group == group);
 }

@@ -12,16 +12,16 @@
 
 namespace ZET::Deploy {
 
-/// A file that was recorded, on its way back to its name or to that of a companion, for which the module has
-/// no operation: written beside it as the module would, and renamed by the core. It has its owner and its
-/// attributes, and then its mode, before it has its name.
+/// Puts a recorded file back under its name or that of a companion, for which the module has no operation. As
+/// the module does, it writes beside the file and has the core rename it. The file gets its owner and its
+/// attributes, and then its mode, before it gets its name.
 class RecordedText {
   public:
-    /// `suffix` is behind the name of the file that is held; empty: the file itself.
+    /// `suffix` comes after the name of the file that is held; empty for the file itself.
     RecordedText(HostProduct& product, const FileInPlace& place, std::string suffix);
 
-    /// `requireUnchanged` throws where it is not to be replaced any more; it is asked last of all. A failure
-    /// leaves what was there, and nothing beside it.
+    /// `requireUnchanged` throws if the file must not be replaced any more; it is called last of all. A
+    /// failure leaves what was there, and nothing beside it.
     void Put(const CapturedFile& wanted, const std::function<void()>& requireUnchanged);
 
   private:
@@ -35,13 +35,13 @@ class RecordedText {
     const FileInPlace& m_place;
     const std::string m_suffix;
     const std::string m_temporaryName;  ///< in the directory
-    dev_t m_device = 0;                 ///< of what was written; no inode: nothing was
+    dev_t m_device = 0;                 ///< of what was written; no inode if nothing was
     ino_t m_inode = 0;
 };
 
-/// Gives an open file the owner, the attributes and the mode that were recorded, and no other attributes of
-/// those that are recorded. A `Failure` where that cannot be; only what the label of a file is, the system
-/// may refuse, which is told.
+/// Gives an open file the recorded owner, attributes and mode, and takes away other attributes of the
+/// recorded kinds. Throws a `Failure` if it cannot; only the label may be refused by the system, which is
+/// reported.
 void GiveRecordedAttributes(int descriptor, const std::string& path, const RecordedState& wanted,
                             Observer& observer);
 

@@ -19,7 +19,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// Whether the text stands in the reserve of the file.
+/// Whether the file's reserve has the text.
 bool IsReserved(const std::string& path, const RecordedState& text) {
     const std::string reserve = path + ZETReserveSuffix;
     return StateOf(reserve).IsRegular() && HasRecordedText(reserve, text);
@@ -82,7 +82,7 @@ Recording::~Recording() {
     try {
         Close(EntryOutcome::Failed, Ending::Unknown);
     } catch (...) {
-        // What ended the command is on its way to the reader. The entry stays open, and the next run tells by
+        // What ended the command is being reported. The entry stays open, and the next run finds out by
         // content what was done.
     }
 }
@@ -116,7 +116,7 @@ void Recording::ExpectWithCompanions(ExpectedFile file) {
     file.knowledge.reset();
     file.kind = FileKind::Companion;
     if (file.companions == ExpectedFile::Companions::MayGo) ExpectCompanionsToGo(file);
-    // Who keeps no texts goes back by the companions, and not by the history.
+    // Without texts, files go back by their companions, and not by the history.
     if (file.companions == ExpectedFile::Companions::MayCome && m_limits.keepsTexts)
         ExpectCompanionToCome(file);
 }
@@ -131,12 +131,12 @@ void Recording::ExpectCompanionsToGo(ExpectedFile& companion) {
 void Recording::ExpectCompanionToCome(ExpectedFile& companion) {
     FileToRecord& original = m_rows.back().record;
     const bool hasReserve = original.file.before.exists;
-    // A reserve is a copy: it need not be read to know its text.
+    // A reserve is a copy, so it need not be read to know its text.
     if (hasReserve) companion.after = CapturedFile{original.file.before, ""};
     Row row = RowOf(companion, hasReserve ? ZETReserveSuffix : ZETAbsenceSuffix);
     if (row.record.file.before.exists) return;
     if (!hasReserve) return m_rows.push_back(std::move(row));
-    // What the product has made itself gets no reserve, however often it is written.
+    // What the product itself made gets no reserve, however often it is written.
     if (!HasCompanion(companion, ZETAbsenceSuffix)) original.reserve = std::move(row.record.file);
 }
 
@@ -144,7 +144,7 @@ void Recording::IsMadeFrom(const std::string& path) {
     m_isPrivate = m_isPrivate || (HasTexts(m_host.Wanted()) && m_host.IsPrivate(path));
 }
 
-/// Texts are moved out of the file: who gives it needs them no more.
+/// Moves the texts out of `file`, as the caller does not need them any more.
 Recording::Row Recording::RowOf(ExpectedFile& file, const std::string& suffix) const {
     Row row;
     row.path = file.path + suffix;
@@ -152,7 +152,7 @@ Recording::Row Recording::RowOf(ExpectedFile& file, const std::string& suffix) c
     row.place = file.place;
     CapturedFile before = file.before ? std::move(*file.before) : Before(row);
     FileToRecord& record = row.record;
-    // Whatever way led to it, it is known by one name.
+    // A file is known by one name, whatever way led to it.
     record.file.path = m_host.HostPaths().NameOfReal(row.path);
     record.file.kind = file.kind;
     record.file.wasEdited = file.wasEdited;
@@ -191,7 +191,7 @@ Recording::Row Recording::RowOfReserve(const Row& file) {
     return row;
 }
 
-/// With their texts, which are not needed here any more: unless it is to be planned yet, what the file was.
+/// Moves their texts along; `Announce` takes back the former ones of what is yet to be planned.
 std::vector<FileToRecord> Recording::NewFiles() {
     std::vector<FileToRecord> files;
     files.reserve(m_rows.size());
@@ -252,7 +252,7 @@ CapturedFile Recording::Now(const Row& row) const {
                      m_limits.largestText);
 }
 
-/// What goes back takes the place of a link, too. Its text is not recorded, so that no way leads back to it.
+/// A file that goes back also takes the place of a link, which has no text to record: nothing can restore it.
 CapturedFile Recording::Before(const Row& row) const {
     try {
         return Now(row);
@@ -262,7 +262,7 @@ CapturedFile Recording::Before(const Row& row) const {
     }
 }
 
-/// The text of a file that was written as planned is known.
+/// Does not read a file that was written as planned, as its text is known.
 CapturedFile Recording::AfterSuccess(const Row& row) const {
     const RecordedState& planned = row.record.file.after;
     if (!row.record.isPlanned || !planned.exists) return Now(row);
@@ -318,7 +318,7 @@ bool Recording::IsUnkept(const RecordedState& state) const {
     return state.exists && !m_limits.Keep(state.size);
 }
 
-/// Whether nothing has any more what somebody made of the file.
+/// Whether what somebody made of the file is not kept anywhere any more.
 bool Recording::IsLost(std::size_t row) const {
     const RecordedFile& file = m_rows[row].record.file;
     return file.wasEdited && IsUnkept(file.before) && !IsReserved(m_rows[row].path, file.before);

@@ -21,21 +21,21 @@ struct ExpectedFile {
     enum class Companions { Stay, MayCome, MayGo };
 
     std::string path;                    ///< of the real file
-    const FileInPlace* place = nullptr;  ///< where it is held; it must live as long as the recording
-    std::string suffix{};                ///< behind its name: that of a companion which is expected alone
+    const FileInPlace* place = nullptr;  ///< where it is held; must outlive the recording
+    std::string suffix{};                ///< after its name: that of a companion which is expected alone
     FileKind kind = FileKind::Edit;
     Companions companions = Companions::Stay;
-    std::optional<CapturedFile> before{};    ///< none: it is looked at
-    std::optional<CapturedFile> after{};     ///< none: nobody knows yet
-    std::optional<Knowledge> knowledge{};    ///< what is known of it then; none: as before
-    std::optional<std::string> base{};       ///< what its text is made from, where that is another one
-    std::optional<RecordedState> knownAs{};  ///< then, where that is another text
+    std::optional<CapturedFile> before{};    ///< none: the file is looked at
+    std::optional<CapturedFile> after{};     ///< none: not known yet
+    std::optional<Knowledge> knowledge{};    ///< what is known of it afterwards; none: as before
+    std::optional<std::string> base{};       ///< what its text is made from, if that is another text
+    std::optional<RecordedState> knownAs{};  ///< what it is known as afterwards, if that is another text
     bool wasEdited = false;                  ///< what stands there is somebody else's work
-    bool isPutBack = false;                  ///< a former state comes back, whoever had written that
+    bool isPutBack = false;                  ///< a former state comes back, whoever wrote it
 };
 
-/// The entry of a command in the history: opened before the first byte of its files changes, and closed after
-/// the last. What is recorded is on the disk before it happens.
+/// The entry of a command in the history. It is opened before the first byte of the command's files changes,
+/// and closed after the last. What is recorded is on the disk before it happens.
 class Recording {
   public:
     enum class Use {
@@ -43,56 +43,56 @@ class Recording {
         OfTheProduct  ///< commits and the like: what is known of the files is recorded in any case
     };
 
-    /// Under the product's lock (`isLocked`), or nothing is recorded. An unusable store is a `Failure`, or,
-    /// where it is not needed, reported as a warning.
+    /// Records only under the product's lock (`isLocked`). An unusable store is a warning if `purpose` does
+    /// not need it, else a `Failure`.
     Recording(Host& host, Use use, bool isLocked, Purpose purpose = Purpose::Writes);
 
-    /// One that was not completed is closed with what it did.
+    /// If the entry was not completed, closes it with what was done.
     ~Recording();
     Recording(const Recording&) = delete;
     Recording& operator=(const Recording&) = delete;
 
     bool IsOn() const { return m_store != nullptr; }
 
-    /// Whether nothing is expected.
+    /// Whether no file is expected.
     bool IsEmpty() const { return m_rows.empty(); }
 
-    /// The file as it is now is its state before.
+    /// Adds a file that the command is about to write. Its state before is the present one.
     void Expect(ExpectedFile file);
 
-    /// What the call expects is looked up in the history at once: three system calls a file less.
+    /// Looks up in the history at one time all that `call` expects: three system calls less for each file.
     void ExpectTogether(const std::function<void()>& call);
 
-    /// What is written is made from this file: where that is not for everybody, nor are the words.
+    /// What is written is made from this file: if that is private, so are the command's words.
     void IsMadeFrom(const std::string& path);
 
-    /// The expected files are about to be prepared: what a killed run leaves of them can be told.
+    /// The expected files are about to be prepared; from now on, what a killed run leaves can be recognised.
     void Announce();
 
-    /// What an announced file is going to be, and whose attributes it is going to have.
+    /// States what an announced file is going to be, and whose attributes it is going to have.
     enum class Attributes { Own, OfTheFileBefore };
     void Plan(const std::string& path, CapturedFile after, Attributes attributes = Attributes::Own);
 
-    /// Now the expected files may be written.
+    /// From now on the expected files may be written.
     void Begin();
 
-    /// Nothing was changed after all.
+    /// Drops the entry: nothing was changed after all.
     void Discard();
 
-    /// The files were written. What became of them is known from now on. Where some may not have come to
-    /// their end, each is looked at.
+    /// The files were written, and what became of them is known from now on. If some may not have been
+    /// finished, each is looked at.
     void Complete(Ending ending = Ending::Done);
 
-    /// The number of the entry; none: there is no entry.
+    /// The number of the entry; none if there is no entry.
     std::optional<std::int64_t> Number() const { return m_number; }
 
   private:
     struct Row {
         FileToRecord record;
         std::string path;
-        std::string suffix;  ///< behind the name of the file that is held
+        std::string suffix;  ///< after the name of the file that is held
         const FileInPlace* place = nullptr;
-        bool isNew = true;  ///< not in the entry yet, or not as it is here
+        bool isNew = true;  ///< the entry does not have it yet, or not as it is here
     };
 
     void OpenStore();
@@ -119,7 +119,7 @@ class Recording {
     const StoreLimits m_limits;
     Store* m_store = nullptr;
     std::deque<Row> m_rows;
-    bool m_isPrivate = false;  ///< the words of the command may hold what others may not read
+    bool m_isPrivate = false;  ///< the words of the command may hold what others must not read
     std::optional<std::int64_t> m_open;
     std::optional<std::int64_t> m_number;
 };

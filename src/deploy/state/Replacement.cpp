@@ -28,7 +28,7 @@ namespace {
 
 constexpr char kLookAndRepeat[] = ZET_TEXT("look at it, and run the command again");
 
-/// By the directory that is held: its name may lead elsewhere by now.
+/// Looks in the directory that is held, as its name may lead elsewhere by now.
 FileVersion PresentVersion(const FileInPlace& file) {
     return VersionIn(file.Directory(), file.NameInDirectory(), file.Path());
 }
@@ -37,12 +37,12 @@ FileVersion FoundVersion(const FileInPlace& file) {
     return file.Found() ? VersionFrom(*file.Found()) : FileVersion();
 }
 
-/// Of its directory likewise; an empty suffix is for the file itself.
+/// Looks there, too; an empty suffix stands for the file itself.
 bool HasCompanion(const FileInPlace& file, const char* suffix) {
     return StateIn(file.Directory(), file.NameInDirectory() + suffix, file.Path() + suffix).exists;
 }
 
-/// For as long as it lives, the core says nothing of an owner that it cannot give.
+/// While it lives, the core does not report an owner that it cannot give.
 class OwnerGivenLater {
   public:
     explicit OwnerGivenLater(bool isGiven) : m_former(LeaveOwnersToHost(isGiven)) {}
@@ -84,10 +84,10 @@ Replacement::Replacement(HostProduct& product, const FileInPlace& file, const Fi
 Replacement::~Replacement() {
     if (m_isMade || m_newCompanions.empty()) return;
     try {
-        // After the rename something can fail, too: then the original is needed.
+        // Something can fail after the rename, too; then the original is needed.
         if (!m_mayBeMade || PresentVersion(m_file) == m_version) TakeBackCompanions();
     } catch (const std::bad_alloc&) {
-        // There is no room for words about it either; what ended the write is on its way to the reader.
+        // There is no memory to report it either; what ended the write is being reported.
     } catch (const std::exception& error) {
         TellIfPossible(error);
     }
@@ -101,7 +101,7 @@ void Replacement::TellIfPossible(const std::exception& error) noexcept {
     }
 }
 
-/// Copying takes its time, in which another program may write the file: such a reserve is not the original.
+/// Copying takes time, in which another program may write the file: such a reserve is not the original.
 void Replacement::KeepOriginal() {
     MakeReserve();
     RequireVersion(m_file, m_version);
@@ -146,8 +146,8 @@ void Replacement::MakeOfText(const std::string& text, mode_t mode, const Judge& 
         mode, [&](const std::string& name) { SaveOwnText(name, text, mode); }, judge);
 }
 
-/// To go out of the directory and back, to find the file again and to look once more whether somebody wrote
-/// what it replaces, which is looked at last of all anyway, took 12 system calls a file.
+/// To leave the directory and come back, to find the file again, and to check once more for other writers,
+/// which is done last of all anyway, took 12 system calls a file.
 void Replacement::MakeOf(mode_t mode, const Operation& operation, const JudgeOfOpened& judge) {
     const std::string made = m_file.Path() + ZETTemporarySuffix;
     Save(operation, [&](const ZETRename& rename) {
@@ -159,7 +159,7 @@ void Replacement::MakeOf(mode_t mode, const Operation& operation, const JudgeOfO
     });
 }
 
-/// `complete` is called when the file is made, and before it takes its place.
+/// `complete` is called once the file is made, before it takes its place.
 void Replacement::Save(const Operation& operation,
                        const std::function<void(const ZETRename& rename)>& complete) {
     m_file.Within([&](const std::string& name) {
@@ -167,7 +167,7 @@ void Replacement::Save(const Operation& operation,
             if (rename.to != name || rename.from != name + ZETTemporarySuffix) return;
             rename.isReady ? RequireLastVersion() : complete(rename);
         });
-        // Named before, since there may be no memory left.
+        // Named before, since there may be no memory then.
         const std::string temporary = m_file.NameInDirectory() + ZETTemporarySuffix;
         try {
             operation(name);
@@ -184,8 +184,8 @@ void Replacement::RequireLastVersion() {
     m_mayBeMade = true;
 }
 
-/// The mode; and what its owner may not give his file, root gives it. Whether it has the owner and group of
-/// the former one then.
+/// Sets the mode, and the former file's owner and group as far as that is safe and allowed. Returns whether
+/// the file has these in the end.
 bool Replacement::Complete(int descriptor, const std::string& path, mode_t mode) const {
     if (descriptor < 0) {
         RequireMode(descriptor, path, mode & ~kSetIdBits);
@@ -232,7 +232,7 @@ void Replacement::CompleteReserve() const {
     m_product.Out().Warning(notGiven.Describe());
 }
 
-/// What a failed save left. The name was free before; what somebody else has put there since stays.
+/// Removes what a failed save left. The name was free before; what somebody else has put there since stays.
 void Replacement::RemoveTemporary(const std::string& temporary) const noexcept {
     const int directory = m_file.Directory();
     struct stat made = {};
@@ -242,8 +242,8 @@ void Replacement::RemoveTemporary(const std::string& temporary) const noexcept {
     if (isOwners || made.st_uid == geteuid()) unlinkat(directory, temporary.c_str(), 0);
 }
 
-/// What could not be taken back is whole, and harmless: the next commit takes it for the original, which it
-/// is as long as the file was not written.
+/// What cannot be removed is whole and harmless: the next commit takes it for the original, which it is as
+/// long as the file was not written.
 void Replacement::TakeBackCompanions() {
     m_file.Within([&](const std::string& name) {
         for (const std::string& suffix : m_newCompanions) {

@@ -22,25 +22,25 @@ struct FileOwner {
     gid_t group = 0;
 };
 
-/// Thrown by a judge to leave the file as it is.
+/// Thrown by a judge to leave the file unchanged.
 struct LeftAsItIs {};
 
-/// The one way in which a file is written, whoever makes its text: what the module made of it is judged
-/// before it takes the file's place, the last moment at which nothing has happened yet; what another program
-/// wrote since `version` is not overwritten; and a reserve that a failed write has made is taken back.
+/// The one way in which a file is written, whoever makes its text. What the module made is judged before it
+/// takes the file's place, the last moment at which nothing has happened yet. What another program wrote
+/// since `version` is not overwritten, and a reserve that a failed write made is taken back.
 class Replacement {
   public:
-    /// Looks at the finished file `made`, which has the mode that it is going to have. Its exception keeps
-    /// the file as it is, and what was made is removed.
+    /// Looks at the finished file `made`, which already has its mode. If it throws, the file stays as it is,
+    /// and what was made is removed.
     using Judge = std::function<void(const std::string& made)>;
 
-    /// The same by the open file; -1 where this user cannot open it.
+    /// The same with the open file; -1 if this user cannot open it.
     using JudgeOfOpened = std::function<void(int descriptor, const std::string& made)>;
 
     /// Lets the module save the file `name`.
     using Operation = std::function<void(const std::string& name)>;
 
-    /// Whether the present file is looked at now, or was looked at just before, when it was found.
+    /// Whether to look at the present file now, or to rely on the look just before, when it was found.
     enum class Look { Now, WasFound };
 
     Replacement(HostProduct& product, const FileInPlace& file, const FileVersion& version,
@@ -49,33 +49,33 @@ class Replacement {
     Replacement(const Replacement&) = delete;
     Replacement& operator=(const Replacement&) = delete;
 
-    /// Makes the reserve, unless there is one. From within a judge, or before `Make`.
+    /// Makes the reserve, unless there is one. For use within a judge, or before `Make`.
     void KeepOriginal();
 
-    /// As `KeepOriginal`, in two steps, between which a batch may name the reserves of many files; after the
-    /// second, the write looks whether the reserve is the original's.
+    /// As `KeepOriginal`, in two steps, between which a batch may name the reserves of many files. Afterwards
+    /// the file is only written if it has not changed meanwhile, so that the reserve is the original.
     void MakeReserve();
     void ConfirmReserve();
 
-    /// The reserve that the file has then; empty: none.
+    /// The path of the reserve that the file then has; empty if it has none.
     std::string Reserve() const;
 
-    /// `mode` is what the file is going to have; the module does not tell when it could not set it.
+    /// `mode` is what the file is going to have; the module does not report a failure to set it.
     void Make(mode_t mode, const Operation& operation, const Judge& judge);
 
-    /// The same; the judge is asked from within the directory, and must not look up names.
+    /// The same, but the judge is called from within the directory, and must not look up names.
     void MakeOf(mode_t mode, const Operation& operation, const JudgeOfOpened& judge);
 
-    /// As `Make` does, of a text for which the module has no operation; it need not be judged.
+    /// As `Make`, for a text for which the module has no operation; it need not be judged.
     void MakeOfText(const std::string& text, mode_t mode, const Judge& judge = nullptr);
 
-    /// A file that is new belongs to them.
+    /// A new file will belong to this owner.
     void GiveNewFileTo(const FileOwner& owner) { m_newOwner = owner; }
 
     /// The file as it was found.
     const FileState& Former() const { return m_former; }
 
-    /// Only the reserve was wanted.
+    /// Does not write the file, as only the reserve was wanted.
     void LeaveFile() { m_isMade = true; }
 
   private:
@@ -91,9 +91,9 @@ class Replacement {
     HostProduct& m_product;
     const FileInPlace& m_file;
     const FileVersion m_version;
-    bool m_isVersionSeen;  ///< right before
+    bool m_isVersionSeen;  ///< it was compared just before
     const FileState m_former;
-    std::vector<std::string> m_newCompanions;  ///< their suffixes; a failed write takes them back
+    std::vector<std::string> m_newCompanions;  ///< their suffixes; removed if the write fails
     std::optional<FileOwner> m_newOwner;
     bool m_hadReserve = false;
     bool m_makesReserve = false;
@@ -101,15 +101,15 @@ class Replacement {
     bool m_isMade = false;
 };
 
-/// A `Failure` when somebody wrote the file since `version`.
+/// Throws a `Failure` if somebody wrote the file since `version`.
 void RequireSame(const std::string& path, const FileVersion& present, const FileVersion& version);
 void RequireVersion(const FileInPlace& file, const FileVersion& version);
 
-/// Puts the reserve back, if there is one, and drops the record of what was there before, unless somebody
-/// wrote the file since `version`: that is a `Failure`.
+/// Puts the reserve back, if there is one, and drops the record that there was no file. Throws a `Failure`,
+/// and puts nothing back, if somebody wrote the file since `version`.
 void RestoreOriginal(HostProduct& product, const FileInPlace& file, const FileVersion& version);
 
-/// The same, and a file of which is recorded that there was none is taken away.
+/// The same, but a file without a reserve, which is recorded not to have existed before, is removed.
 void PutBackAsItWas(HostProduct& product, const FileInPlace& file, const FileVersion& version);
 
 }  // namespace ZET::Deploy

@@ -25,7 +25,7 @@ SeenFile::SeenFile(std::string path, const std::optional<struct stat>& status)
       m_version(status ? VersionFrom(*status) : FileVersion()) {}
 
 const std::optional<std::string>& SeenFile::Text() const {
-    // A file of the system's own tells no size.
+    // Some of the system's own files report no size.
     const bool isHeld = m_version.size > 0 && m_version.size <= kLargestHeld;
     if (!m_text && isHeld) m_text = ReadFileBytes(m_path, m_opened);
     return m_text;

@@ -16,14 +16,14 @@
 
 namespace ZET::Deploy {
 
-/// A file as it is when a plan comes to it: looked at once, and read once at most, whatever is asked of it.
-/// Whoever writes it afterwards compares its version.
+/// A file as a plan finds it: looked at once, and read at most once, whatever is asked of it. Whoever writes
+/// it later compares its version.
 class SeenFile {
   public:
-    /// A link is not followed; that nothing is there is a state, too.
+    /// Does not follow a link. That the file does not exist is a state, too.
     explicit SeenFile(const std::string& path);
 
-    /// The same where the look was taken before.
+    /// The same with a status that was read before.
     SeenFile(std::string path, const std::optional<struct stat>& status);
 
     const std::string& Path() const { return m_path; }
@@ -33,10 +33,10 @@ class SeenFile {
     /// Whether this regular file holds these bytes and no more.
     bool HasBytes(std::string_view bytes) const;
 
-    /// Whether it is by content what is recorded; a link is not.
+    /// Whether it has the recorded text and mode; a link has not.
     bool IsAs(const RecordedState& recorded) const;
 
-    /// All of this regular file that is recorded; none of one whose text is not held.
+    /// All of this regular file that is recorded; none if its text is not held.
     std::optional<CapturedFile> Captured(std::uint64_t longest) const;
 
   private:
@@ -46,7 +46,7 @@ class SeenFile {
     FileState m_state;
     FileVersion m_version;
     mutable Descriptor m_opened;
-    mutable std::optional<std::string> m_text;  ///< none of a large one, of which no two are in memory
+    mutable std::optional<std::string> m_text;  ///< none for a large one, which is not to be in memory twice
 };
 
 }  // namespace ZET::Deploy

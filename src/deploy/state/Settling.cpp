@@ -6,8 +6,8 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// Of a file that was not planned, only one that nobody else makes is taken for the command's work. Nobody
-/// else makes a companion, whatever its text is.
+/// Whether the command made what is there. If nothing was planned and the ending is unknown, only a file that
+/// nobody else makes counts. Nobody else makes a companion, whatever its text is.
 bool IsOfTheCommand(const RecordedFile& file, const CapturedFile& now, Ending ending) {
     if (file.kind == FileKind::Companion) return true;
     if (file.IsPlanned()) return HaveSameText(now.state, file.after);
@@ -23,7 +23,7 @@ FileToRecord AsItIs(const FileToRecord& planned, const CapturedFile& now) {
     return settled;
 }
 
-/// It is known as the product had left it, whoever edited it since.
+/// The file stays known as the product left it, although somebody has edited it since.
 void KeepKnownAs(const FileToRecord& planned, Settlement& settlement) {
     if (!planned.knownAs) return;
     FileToRecord known = planned;
@@ -33,7 +33,7 @@ void KeepKnownAs(const FileToRecord& planned, Settlement& settlement) {
     settlement.known.push_back(std::move(known));
 }
 
-/// What somebody edited is known as the product's own from now on, unless it is known as it was left.
+/// Whether the file was known already by `knownAs` or, without that, by what was there before.
 bool IsKnownSo(const FileToRecord& planned) {
     const RecordedFile& file = planned.file;
     return HaveSameTextAndMode(file.KnownBefore(), planned.knownAs.value_or(file.before));

@@ -9,15 +9,15 @@ namespace ZET::Deploy {
 /// How a command ended.
 enum class Ending {
     Done,
-    DoneInPart,  ///< what could be done; each file is looked at
+    DoneInPart,  ///< as far as it could be; each file is looked at
     Unknown      ///< it failed, or was killed
 };
 
-/// What a command that has not ended was going to do to a file.
+/// What a command that has not ended was going to do to the file.
 FileToRecord PlanOf(const RecordedFile& file);
 
-/// Tells by content how a file turned out that was going to be written. What is neither as it was before nor
-/// as it was going to be is somebody else's work.
+/// Finds out by content what became of a file that was going to be written. What is neither as it was before
+/// nor as it was going to be is somebody else's work.
 void SettleFile(const FileToRecord& planned, const CapturedFile& now, Ending ending, Settlement& settlement);
 
 }  // namespace ZET::Deploy

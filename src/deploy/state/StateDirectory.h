@@ -20,16 +20,16 @@ class StateDirectory {
     std::string Store() const { return m_path + "/state.db"; }
     std::string Status(Role role) const { return m_path + "/zet-" + NameOf(role) + ".status"; }
 
-    /// Of a client: the kind of its file server.
+    /// For a client: the kind of its file server.
     std::string FileServerStatus() const { return m_path + "/zet-client-fs.status"; }
 
-    /// All that a commit of the role writes.
+    /// All statuses that a commit of the role writes.
     std::vector<std::string> StatusesOf(Role role) const {
         if (role != Role::Client) return {Status(role)};
         return {Status(role), FileServerStatus()};
     }
 
-    /// All of both roles.
+    /// All files, including those of both roles.
     std::vector<std::string> Files() const {
         std::vector<std::string> files = {Lock(), FileServerStatus()};
         for (const Role role : kRoles)

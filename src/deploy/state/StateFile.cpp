@@ -26,7 +26,7 @@ void RequireSoundStateFile(const std::string& file) {
                       .remedy = _("move it away")});
 }
 
-/// Of one that is there. Where that cannot be, it is written all the same.
+/// Only if the file exists. A failure does not keep it from being written.
 static void LetEverybodyRead(const std::string& file) {
     constexpr mode_t kMode = 0666 & ~kWrittenByOwnerAlone;
     const Descriptor opened(open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));

@@ -6,12 +6,12 @@
 
 namespace ZET::Deploy {
 
-/// A `Damage` when what stands in the place of the state file is none: a link, say, that leads elsewhere. It
-/// may be missing.
+/// Throws a `Damage` if something else stands in the place of the state file, such as a link that leads
+/// elsewhere. The file may be missing.
 void RequireSoundStateFile(const std::string& file);
 
-/// What `save` writes into the state file is everybody's to read, and its owner's alone to write, whatever
-/// the caller's umask is, and was when the file was made.
+/// Lets `save` write the state file, which everybody may read and only its owner may write, whatever the
+/// caller's umask is, or was when the file was made.
 void SaveStateFile(const std::string& file, const std::function<void()>& save);
 
 }  // namespace ZET::Deploy

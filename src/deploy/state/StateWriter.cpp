@@ -23,7 +23,7 @@ bool Stays(const std::optional<CapturedFile>& now, const std::optional<CapturedF
     return IsThere(now) && !Goes(now, wanted);
 }
 
-/// Nothing stands beside the file then, as before the product came.
+/// Whether nothing stands beside the file afterwards, as before the product came.
 bool NothingStaysBeside(const FileWithCompanions& now, const FileWithCompanions& wanted) {
     return !Stays(now.reserve, wanted.reserve) && !Stays(now.absence, wanted.absence) &&
            !IsThere(wanted.reserve) && !IsThere(wanted.absence);
@@ -40,8 +40,8 @@ bool IsReserveMadeOfFile(const FileWithCompanions& now, const FileWithCompanions
     if (!IsThere(now.file) || !IsThere(wanted.reserve) || IsThere(now.reserve) || IsThere(now.absence))
         return false;
     if (now.file->IsAs(wanted.reserve->state)) return true;
-    // With other attributes it would be neither for an instant; only a text that is held can be written at
-    // once.
+    // With other attributes, the reserve is wrong for an instant. That is accepted only if its text is not
+    // held, so that it cannot be written at once.
     const bool isHeld = wanted.reserve->text.size() == wanted.reserve->state.size;
     return !isHeld && HaveSameText(now.file->state, wanted.reserve->state);
 }
@@ -68,14 +68,14 @@ void StateWriter::MakeCompanions(const FileWithCompanions& now, const FileWithCo
     if (Comes(now.absence, wanted.absence)) MakeUp(ZETAbsenceSuffix, *wanted.absence);
 }
 
-/// What it makes stays, whatever happens to the file: it is the original, and recorded.
+/// What this makes stays, whatever happens to the file: it is the original, and recorded.
 void StateWriter::KeepOriginal() {
     Replacement replacement(m_product, m_place, m_version);
     replacement.KeepOriginal();
     replacement.LeaveFile();
 }
 
-/// What the module has not made as it was.
+/// Makes what the module has not made as it was.
 void StateWriter::MakeUp(const char* suffix, const CapturedFile& wanted) {
     if (Present(suffix).IsAs(wanted.state)) return;
     RecordedText(m_product, m_place, suffix).Put(wanted, [&] { RequireUnchanged(); });

@@ -11,7 +11,7 @@
 
 namespace ZET::Deploy {
 
-/// A file and what stands beside it, as it is, or as it is going to be; none: it stays as it is.
+/// A file and what stands beside it, as it is or as it is going to be. None: that part stays as it is.
 struct FileWithCompanions {
     std::optional<CapturedFile> file;
     std::optional<CapturedFile> reserve;
@@ -23,21 +23,21 @@ inline bool IsThere(const std::optional<CapturedFile>& file) {
     return file && file->state.exists;
 }
 
-/// Whether only the reserve has to be renamed back, and what stood beside the file is gone then.
+/// Whether the reserve only has to be renamed back, after which nothing stands beside the file.
 bool GoesBackToReserve(const FileWithCompanions& now, const FileWithCompanions& wanted);
 
-/// Whether the reserve is made of the file as it is now.
+/// Whether the reserve can be made of the file as it is now.
 bool IsReserveMadeOfFile(const FileWithCompanions& now, const FileWithCompanions& wanted);
 
-/// Brings a file, with what stands beside it, from the state that it has to one that was recorded: what comes
-/// beside it comes before it is written, and what goes goes after that, so that at every instant what was
-/// there before the product can be put back. Through the module as far as that has an operation for it.
+/// Brings a file, with what stands beside it, to a recorded state. What comes beside it comes before the file
+/// is written, and what has to go goes after that, so that at every instant what was there before the product
+/// can be put back. Uses the module as far as it has an operation.
 class StateWriter {
   public:
-    /// `version` is that of the file when it was looked at: what another program wrote since is a `Failure`.
+    /// `version` is that of the file when it was looked at; a later write of another program is a `Failure`.
     StateWriter(HostProduct& product, const FileInPlace& place, const FileVersion& version);
 
-    /// `now` is all that is there, each part of it. A failure in between leaves every part old or new.
+    /// `now` has every part that exists. A failure in between leaves each part old or new.
     void Bring(const FileWithCompanions& now, const FileWithCompanions& wanted);
 
   private:

@@ -12,12 +12,12 @@ namespace ZET::Deploy {
 enum class Writers {
     ProductAlone,
     OthersToo,
-    NotKept  ///< in the history, so that nobody can tell
+    NotKept  ///< the history cannot tell
 };
 
-/// By the entries: each begins with what the one before it left, unless somebody wrote in between. An undo
-/// wrote what others may have written before; whether they did, the entries before it tell. An unusable
-/// history is reported as a warning.
+/// Found out from the entries: each begins with what the one before it left, unless somebody wrote in
+/// between. An undo may have put back what others wrote; the entries before it tell whether they did. An
+/// unusable history is reported as a warning.
 Writers WritersSince(const std::string& reserve, const KnownFile& known, Host& host);
 
 }  // namespace ZET::Deploy

@@ -21,9 +21,8 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// Temporary files that a killed run left were cleared away where they are recorded, so what is still there
-/// is somebody else's, or may be. Of a user who could not record it, a plain file is taken for such a
-/// left-over.
+/// Temporary files of recorded killed runs were cleared away, so what is still there is, or may be, somebody
+/// else's. If this user could not record the runs, a plain file is taken for such a left-over.
 void RequireFreeNames(const std::string& path, bool canRecord, const std::set<std::string>& leftOvers) {
     const bool isAnybodys = canRecord && leftOvers.count(AbsolutePath(path)) == 0;
     const std::string temporary = path + ZETTemporarySuffix;
@@ -50,7 +49,7 @@ bool IsSameDirectory(const std::string& one, const std::string& other) {
            status.st_dev == otherStatus.st_dev && status.st_ino == otherStatus.st_ino;
 }
 
-/// What is locked, or the database of the history, does not survive that another file takes its name.
+/// The lock and the history's database would be lost if another file took their names.
 void RequireNoStateFile(const StateDirectory& state, const std::string& path) {
     for (const std::string& file : state.Files()) {
         if (BaseNameOf(file) != BaseNameOf(path) || !IsSameDirectory(DirectoryOf(path), state.Path()))
@@ -59,7 +58,7 @@ void RequireNoStateFile(const StateDirectory& state, const std::string& path) {
     }
 }
 
-/// Who only looks is told what would keep him from locking.
+/// Reports in a dry run what would keep the caller from locking.
 void RequirePlaceOfLock(const StateDirectory& state) {
     struct stat status = {};
     if (stat(PathIn(state.Path(), ".").c_str(), &status) == 0 || (errno != ENOENT && errno != ENOTDIR))
@@ -86,7 +85,7 @@ void RequireUsableDirectory(Host& host, const std::string& path) {
     const int error = errno;
     const Failure failure = SystemFailure(
         {.file = directory, .text = Words("cannot be written, so %s cannot be replaced", path)}, error);
-    // What an attribute forbids, nobody may do, whoever runs the command afterwards.
+    // What an attribute forbids, nobody may do, whoever runs the command later.
     if (!host.Wanted().dryRun || error == EPERM) throw Failure(failure);
     host.Out().Warning(failure.what());
 }
@@ -103,11 +102,11 @@ Writing::Writing(HostProduct& product, const std::vector<std::string>& paths, Ri
         if (m_records) m_cutShort = FilesOfCutShort(product);
     } else {
         Lock(product, paths, right);
-        // What runs that were killed left is known to whoever holds the product's lock.
+        // Only the holder of the product's lock knows what killed runs left.
         m_canRecord = m_lock->IsProducts() && product.HostHistory().CanRecord();
         m_records = m_records && m_canRecord;
-        // Their directories may be in many places: whoever writes a few files looks there only where the run
-        // before him may have left one.
+        // Staging directories may be in many places. Whoever writes a few files looks there only if the run
+        // before may have left one.
         if (m_lock->MayFollowOneCutShort()) Staging::RemoveLeftOvers(product.State().Path(), true);
         if (m_records) SettleCutShort(product, *m_lock, purpose);
     }

@@ -12,30 +12,30 @@
 
 namespace ZET::Deploy {
 
-/// A `Failure` when the file's directory is missing, or cannot be written. In a dry run, a right that this
-/// user lacks is a warning.
+/// Throws a `Failure` if the file's directory is missing or cannot be written. In a dry run, a right that
+/// this user lacks is only a warning.
 void RequireUsableDirectory(Host& host, const std::string& path);
 
-/// What a command holds that writes files: signals wait for the end of a step, other commands wait for the
-/// lock, and the temporary files of a killed run are told from those of others. A dry run holds nothing.
+/// What a command holds while it writes files: signals wait for the end of a step, other commands for the
+/// lock, and a killed run's temporary files can be told from those of others. A dry run takes no lock.
 class Writing {
   public:
-    /// Whether the caller has to have a right on the product's directory, or only on the files.
+    /// Whether the caller must have a right on the product's directory, or only on the files.
     enum class Right {
         OfTheProduct,
-        OfTheProductIfAny,  ///< who has none needs only that on the files
-        OfTheFiles          ///< and nothing is recorded where no texts are kept
+        OfTheProductIfAny,  ///< a caller without it needs only that on the files
+        OfTheFiles          ///< nothing is recorded if no texts are kept
     };
 
-    /// A `Failure` when one of the files (links followed) could not be written without harm: its directory is
-    /// missing, or something that is not ours has the name of a temporary file or a reserve.
+    /// Throws a `Failure` if one of the files (links followed) could not be written without harm: its
+    /// directory is missing, or something of others has the name of a temporary file or a reserve.
     Writing(HostProduct& product, const std::vector<std::string>& paths, Right right = Right::OfTheFiles,
             Purpose purpose = Purpose::Writes);
 
-    /// A `Failure` like that of the constructor, for a file that is known only now.
+    /// Throws a `Failure` as the constructor does, for a file that is known only now.
     void RequireRoom(const std::string& path) const;
 
-    /// From here on, the files are written: a signal that came is heard now.
+    /// The files are written from here on. Throws `Interrupted` if a signal came.
     static void Begin() { SignalGuard::Check(); }
 
     /// Whether the history can be written.

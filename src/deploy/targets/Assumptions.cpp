@@ -35,7 +35,7 @@ void Assume(Deployment& product, const std::string& name, const std::string& val
     product.Values().Assume({.name = name, .value = value, .file = kSource});
 }
 
-/// A host may have any name, but few are meant.
+/// A parameter may have any name, but an unknown one is rarely meant.
 void WarnIfUnknown(Deployment& product, const std::string& name) {
     const auto warn = [&](const Problem& problem, const std::string& remedy) {
         product.Out().Warning(Problem{.file = kSource, .text = problem.text, .remedy = remedy}.Describe());

@@ -5,12 +5,12 @@
 
 namespace ZET::Deploy {
 
-/// The product's directories among the values, for a dry run: a host has to know them before it reads
-/// anything. One that cannot be is a `UsageError`.
+/// Takes the product's directories that are among the values into the options of a dry run: a host has to
+/// know them before it reads anything. Throws a `UsageError` for a value that cannot be one.
 void AssumeDirectories(Options& options, const StringMap& values);
 
-/// From now on, parameters have these values: for a dry run, which asks what would be if. What cannot be
-/// assumed is a `UsageError`. The directories among them are the product's already.
+/// Gives parameters these values from now on, for a dry run that asks what would be if. Throws a `UsageError`
+/// for what cannot be assumed. The directories among them are the product's already.
 void AssumeParameters(Deployment& product, const StringMap& values);
 
 }  // namespace ZET::Deploy

@@ -41,7 +41,7 @@ bool HasLanguage(IZETCore& core) {
         RequireLanguage(core.GetParam("ZET_LANG"));
         return true;
     } catch (const Failure&) {
-        return false;  // which is a problem of its own already
+        return false;  // already a problem of its own
     }
 }
 

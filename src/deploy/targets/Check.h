@@ -15,15 +15,15 @@ namespace ZET::Deploy {
 /// What a check of the configuration found.
 struct CheckResult {
     std::vector<Problem> problems;
-    std::vector<Problem> warnings;  ///< what is harmless, but hardly meant so
-    std::size_t checksNotRun = 0;   ///< of the targets' own check commands, though they could have been
-    /// The template values that no template uses; none where only some templates were checked, of which
-    /// nothing can be said about all.
+    std::vector<Problem> warnings;  ///< harmless, but hardly meant
+    std::size_t checksNotRun = 0;   ///< own check commands of targets that could have been run
+    /// The template values that no template uses. None if only some templates were checked: the others may
+    /// use them.
     std::optional<std::set<std::string>> unusedValues;
 };
 
-/// Everything that would keep a commit of these templates, all when there are none, from succeeding, the
-/// targets' own check commands included; nothing is written.
+/// Finds all that would keep a commit of these templates, or of all if none is named, from succeeding. Runs
+/// the targets' own check commands, and writes nothing.
 CheckResult Check(Deployment& product, const std::vector<std::string>& templateNames);
 
 }  // namespace ZET::Deploy

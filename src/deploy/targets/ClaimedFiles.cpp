@@ -30,10 +30,10 @@ constexpr char kKept[] = ZET_TEXT("the kept working copy of [%s]");
 struct Companion {
     std::string suffix;
     const char* use;
-    std::size_t suffixSize;  ///< behind the name of what it is the companion of
+    std::size_t suffixSize;  ///< of what follows the name that `use` mentions
 };
 
-/// In the order of their names.
+/// Sorted by suffix.
 const std::vector<Companion>& CompanionsOfFiles() {
     const std::string reserve = ZETReserveSuffix;
     const std::string absence = ZETAbsenceSuffix;
@@ -91,12 +91,12 @@ void ClaimedFiles::AddListed(const std::vector<Target>& listed, const std::vecto
             AddTemplate(target.templateName);
             if (later.count(target.templateName) == 0) AddTarget(target);
         } catch (const Failure&) {
-            // Where its files are cannot be told: whoever wants to write them is told why.
+            // Whoever wants to write this target's files gets the reason.
         }
     }
 }
 
-/// Nothing without the suffix of a companion stands beside a target, and to find out where a target is takes
+/// Only a file with a companion's suffix can stand beside a target, and finding out where a target is takes
 /// two system calls.
 void ClaimedFiles::AddListedBeside(const std::string& path, const std::vector<Target>& listed) {
     const std::string file = Canonical(path);
@@ -119,7 +119,7 @@ std::optional<Problem> ClaimedFiles::AddTarget(const Target& target, const std::
     return problem;
 }
 
-/// A problem when the file has another use: then nothing is moved.
+/// Returns a problem if the file has another use: then nothing is moved.
 std::optional<Problem> ClaimedFiles::Claim(std::string path, Use use) {
     const auto [known, isNew] = m_uses.try_emplace(std::move(path), std::move(use));
     if (isNew) return std::nullopt;
@@ -139,13 +139,13 @@ std::string ClaimedFiles::UseBesideTargets(const std::string& path) const {
     return isFree ? "" : found->second.TextOf(found->first);
 }
 
-/// Of a path as the commands open it: with the root, if there is one.
+/// `path` is as the commands open it: with the root, if there is one.
 std::string ClaimedFiles::Canonical(const std::string& path) const {
     return m_host.HostPaths().Canonical(m_host.HostPaths().NameInside(path));
 }
 
-/// The same of a file in a directory of templates, which are many: one listing instead of three looks for
-/// each of them. A sixth of the looks of a commit that changes nothing.
+/// The same for a file in a directory of templates, which are many: one listing replaces three looks at each
+/// of them. Saves a sixth of the looks of a commit that changes nothing.
 std::string ClaimedFiles::CanonicalOfMany(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     if (slash == std::string::npos || slash == 0) return Canonical(path);
@@ -159,7 +159,7 @@ std::string ClaimedFiles::CanonicalOfMany(const std::string& path) {
     return isPlain ? PathIn(listing->second.path, name) : Canonical(path);
 }
 
-/// What cannot be listed, or does not tell the kinds of its files, has each of them looked at.
+/// If the directory cannot be listed, or does not tell the kinds of its files, each of them is looked at.
 ClaimedFiles::Listing ClaimedFiles::ListingOf(const std::string& directory) const {
     Listing listing;
     listing.path = Canonical(directory);
@@ -172,9 +172,10 @@ ClaimedFiles::Listing ClaimedFiles::ListingOf(const std::string& directory) cons
     return listing;
 }
 
-/// The same of an own file: others beside it are not looked at, which took 70 ms where there were 100,000.
+/// The same for one of the product's own files. Others beside it are not looked at, which took 70 ms where
+/// there were 100,000.
 std::string ClaimedFiles::CanonicalOfOwn(const std::string& path) {
-    const std::string directory = DirectoryOf(path) + "/";  // by which that of a tree is known as its root
+    const std::string directory = DirectoryOf(path) + "/";  // the slash lets the root of a tree be recognised
     auto known = m_ownDirectories.find(directory);
     if (known == m_ownDirectories.end())
         known = m_ownDirectories.emplace(directory, Canonical(directory)).first;
@@ -192,7 +193,7 @@ void ClaimedFiles::AddOwn(const std::string& path, const char* text) {
                            Use{.text = companion.use, .suffixSize = companion.suffixSize});
 }
 
-/// What the product would read there, be it there yet or not.
+/// Claims a file that the product would read, whether it is there yet or not.
 void ClaimedFiles::AddRead(const std::string& file) {
     if (std::optional<Use> use = ReadAs(file)) m_uses.try_emplace(file, std::move(*use));
 }

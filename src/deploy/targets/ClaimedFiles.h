@@ -15,55 +15,55 @@
 
 namespace ZET::Deploy {
 
-/// Which files have a use already, so that nothing else may be written to them: at first the product's own,
-/// then those of every template and target that is added. Whatever way leads to a file, it is the same one.
+/// Knows which files have a use already, so that nothing else is written to them: first the product's own,
+/// then those of every template and target that is added. It does not matter which path leads to a file.
 class ClaimedFiles {
   public:
     explicit ClaimedFiles(Host& host);
 
-    /// The template, and its working copy.
+    /// Adds the template and its working copy.
     void AddTemplate(const std::string& name);
 
-    /// A problem when one of the template's files had another use when it was added.
+    /// The problem, if one of the template's files had another use when it was added.
     std::optional<Problem> ClashOf(const std::string& templateName) const;
 
-    /// The templates of the product's role, and its targets except those of `notYet`.
+    /// Adds the templates of the product's role, and its targets except those of `notYet`.
     void AddListed(const std::vector<Target>& listed, const std::vector<Target>& notYet = {});
 
-    /// The same, of which only what matters for a file of this path has to be looked at.
+    /// The same, but only as far as it matters for a file of this path.
     void AddListedBeside(const std::string& path, const std::vector<Target>& listed);
 
-    /// The target with what stands beside it: its reserve and the like. A problem when one of them is a file
-    /// that has another use, or its template's.
+    /// Adds the target and its companions, like its reserve. Returns a problem if one of them, or a file of
+    /// its template, has another use.
     std::optional<Problem> AddTarget(const Target& target);
 
-    /// The same of one whose file was found: `file` is its one name.
+    /// The same for a target whose file was found: `file` is its one name.
     std::optional<Problem> AddTarget(const Target& target, const std::string& file);
 
-    /// What the file is for: "the reserve of /etc/x". Empty when it is for nothing yet, or a target itself.
+    /// What the file is for: "the reserve of /etc/x". Empty if it has no use yet, or is a target itself.
     std::string UseBesideTargets(const std::string& path) const;
 
   private:
-    /// What is told of it is put together when somebody asks, which was a fifteenth of the instructions of a
+    /// Its text is made only when somebody asks for it. Making all took a fifteenth of the instructions of a
     /// commit that changes nothing.
     struct Use {
         const char* text;            ///< not translated yet
-        std::string templateName{};  ///< of what the file is made from; empty: it is no target
-        std::string ofTemplate{};    ///< the template whose file it is; empty: it is none's
-        std::size_t suffixSize = 0;  ///< of a companion: what its name has more than that of its file
+        std::string templateName{};  ///< that the file is made from; empty: it is no target
+        std::string ofTemplate{};    ///< that the file belongs to; empty: to none
+        std::size_t suffixSize = 0;  ///< of a companion: by how much its name is longer than its file's
 
         std::string TextOf(const std::string& path) const;
     };
     using Uses = std::unordered_map<std::string, Use>;
 
-    /// The names of a directory; that of a plain file leads nowhere else.
+    /// A directory's names. The name of a plain file leads nowhere else.
     struct Listing {
         std::string path;  ///< the one name of the directory
         bool isListed = false;
         std::set<std::string, std::less<>> notPlain;
     };
 
-    /// One whose files the product reads, those that end so.
+    /// A directory in which the product reads the files with this suffix.
     struct ReadDirectory {
         std::string path;
         const char* suffix;
@@ -82,10 +82,10 @@ class ClaimedFiles {
     std::optional<Problem> Claim(std::string path, Use use);
 
     Host& m_host;
-    std::map<std::string, Listing, std::less<>> m_listings;  ///< by the directories of many files
-    std::map<std::string, std::string> m_ownDirectories;     ///< their one names, by those given
+    std::map<std::string, Listing, std::less<>> m_listings;  ///< by the names of directories with many files
+    std::map<std::string, std::string> m_ownDirectories;     ///< the one name of each given name
     std::string m_shippedDirectory;
-    std::vector<ReadDirectory> m_readDirectories;  ///< once they are asked for, as the one before
+    std::vector<ReadDirectory> m_readDirectories;  ///< made when first needed, with `m_shippedDirectory`
     Uses m_uses;                                   ///< by the files' canonical names
     std::map<std::string, Problem> m_clashes;      ///< by the templates' names
 };

@@ -30,7 +30,7 @@ std::string Joined(const std::vector<std::string>& texts) {
     return joined.empty() ? _("none") : joined;
 }
 
-/// Whether the target is, by now, what it was to become.
+/// Whether the target is by now what it was to become.
 bool IsWritten(const PlannedTarget& planned) {
     if (planned.staged == nullptr) return VersionOf(planned.path) == planned.version;
     const FileState now = StateOf(planned.path);
@@ -68,7 +68,7 @@ class Execution {
             if (planned.isEdited && m_record.Number())
                 TellWhereKept(m_product, *m_record.Number(),
                               m_product.HostPaths().NameInside(planned.file.path), planned.file.version);
-            // The diff has to be made before its one side is gone.
+            // The diff has to be made before one of its sides is gone.
             FileOutcome outcome = edits.OutcomeOf(planned);
             if (planned.IsChange()) edits.Write(planned);
             if (planned.IsChange()) outcome.reserve = ReserveOf(planned.file.path);
@@ -82,7 +82,7 @@ class Execution {
         m_product.Out().Done(step.outcome);
     }
 
-    /// What stopped the run is on its way to the reader; what goes wrong in here comes on top of it.
+    /// The caller reports what stopped the run; what goes wrong in here is reported besides.
     void TellBreakOff() {
         try {
             std::vector<std::string> written;

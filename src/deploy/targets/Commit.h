@@ -5,12 +5,11 @@
 
 namespace ZET::Deploy {
 
-/// Tells what the plan would do, each target to the observer; whether it would change anything.
+/// Reports what the plan would do, each target by itself. Returns whether the history would get an entry.
 bool Preview(Deployment& product, const CommitPlan& plan);
 
-/// Does what the plan says, and records the role's status. Each target is told to the observer when it is
-/// done, and so are the services to restart at the end; where the commit breaks off, what was written is told
-/// before what stopped it is thrown.
+/// Does what the plan says, and records the role's status. Reports each target when it is done, and the
+/// services to restart at the end. If the commit breaks off, it reports what was written before it throws.
 void Commit(Deployment& product, CommitPlan& plan);
 
 }  // namespace ZET::Deploy

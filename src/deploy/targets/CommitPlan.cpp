@@ -53,7 +53,7 @@ bool CanBeKept(Host& host, const FileState& before, const FileVersion& version) 
     return !before.exists || limits.Keep(static_cast<std::uint64_t>(version.size));
 }
 
-/// Where the work of others stops a commit; the last one loses that work.
+/// The remedies where others' work stops a commit; the last one loses that work.
 struct WaysOut {
     const char* other;
     const char* last;
@@ -64,7 +64,7 @@ constexpr WaysOut kWaysOfLine = {
     ZET_TEXT("--on-edit=overwrite sets it again, and the history keeps the edit"),
     ZET_TEXT("--on-edit=overwrite sets it again all the same")};
 
-/// What others did is refused where that is wanted, or where it would be lost.
+/// Others' work is refused if that is wanted, or if the work would be lost.
 template <typename Planned>
 std::optional<Problem> ObjectionTo(Host& host, const Planned& file, const std::string& othersWork,
                                    OnEdit onEdit, const WaysOut& ways) {
@@ -116,7 +116,8 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     m_edits.reset();
 }
 
-/// As a rollback takes it back. A file in which the lists ask for lines by now gets them with its original.
+/// Takes files back as a rollback does, except those in which the lists ask for lines now: they get their
+/// original with the lines.
 void CommitPlan::AddTakenBack() {
     std::set<std::string> inForce = m_inForce;
     for (const PlannedEdits& planned : m_edits->Files())
@@ -163,8 +164,7 @@ bool CommitPlan::IsChange() const {
                                               [](const PlannedEdits& edits) { return edits.IsChange(); }));
 }
 
-/// An edit that is refused, conflicts, or would be lost, is a problem like the others. False when there is
-/// one.
+/// An edit that is refused, conflicts, or would be lost is a problem like others. Returns false then.
 bool CommitPlan::SettleEdit(PlannedTarget& planned, OnEdit onEdit) {
     if (!planned.IsOthersWork() || onEdit == OnEdit::Overwrite) return true;
     std::vector<Problem> problems;
@@ -177,7 +177,7 @@ bool CommitPlan::SettleEdit(PlannedTarget& planned, OnEdit onEdit) {
     return problems.empty();
 }
 
-/// As of a target.
+/// The same for the files of listed edits.
 void CommitPlan::JudgeListedEdits(OnEdit onEdit) {
     if (onEdit == OnEdit::Overwrite) return;
     for (const PlannedEdits& edits : m_edits->Files()) {
@@ -208,8 +208,8 @@ void CommitPlan::Add(const Target& target, const CheckedPlace& place, OnEdit onE
     m_targets.push_back(std::move(planned));
 }
 
-/// The state of a target is the host's and not the role's: where only the command that the notice names would
-/// be another one, the first role to commit it has named it, until that role is rolled back.
+/// A target belongs to the host and not to a role: if nothing but the command in its notice would differ, the
+/// notice keeps naming the first role that committed it, until that role is rolled back.
 void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
     const std::string& name = planned.target.templateName;
     planned.version = there.Version();
@@ -248,7 +248,7 @@ void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     planned.isUntold = m_cutShort.count(path) != 0 || (known != nullptr && WasCutShort(*known));
 }
 
-/// Whether a run that was cut short wrote it, and another command than a commit found that out since.
+/// Whether a run that was cut short wrote the file, and a command other than a commit found that out since.
 bool CommitPlan::WasCutShort(const KnownFile& known) {
     const auto [found, isNew] = m_entriesCutShort.try_emplace(known.entry);
     if (isNew) found->second = WasCutShort(known.entry);
@@ -267,7 +267,7 @@ Restarts CommitPlan::Services() const {
     return ServicesOf([](const PlannedTarget&) { return true; });
 }
 
-/// A run that was cut short could tell nothing of what it had written.
+/// Includes what a run that was cut short wrote, since it could not report any services.
 Restarts CommitPlan::ServicesOf(const std::function<bool(const PlannedTarget&)>& isMeant) const {
     Restarts restarts;
     for (const PlannedTarget& planned : m_targets) {

@@ -25,45 +25,46 @@
 
 namespace ZET::Deploy {
 
-/// What a commit is about to do, or would: made under the product's lock, which it holds as long as it lives
-/// and nobody takes it, unless nothing is going to be written.
+/// What a commit is about to do, or would do. Made under the product's lock, which the plan holds until
+/// somebody takes it. A dry run needs no lock.
 class CommitPlan {
   public:
-    /// Checks the targets of the role whose templates `templateNames` has, all when it is empty; renders each
-    /// in a private directory, has its own check command look at the result, and compares it with what is
-    /// there. A template that the list does not have is a `UsageError`; what cannot be rendered or is refused
-    /// by its check is a `Failure`.
+    /// Checks the role's targets whose templates `templateNames` has, or all if it is empty. Renders each in
+    /// a private directory, has its own check command look at the result, and compares it with what is there.
+    /// Throws a `UsageError` for a template that the list does not have, and a `Failure` for a text that
+    /// cannot be rendered or that its check refuses.
     CommitPlan(Deployment& product, const std::vector<std::string>& templateNames,
                OnEdit onEdit = OnEdit::AsConfigured);
 
-    /// What keeps the commit from being made; there are no targets then.
+    /// What keeps the commit from being made. If there is anything, there are no targets.
     const std::vector<Problem>& Problems() const { return m_checked.problems; }
 
     const std::vector<PlannedTarget>& Targets() const { return m_targets; }
     std::vector<PlannedTarget>& Targets() { return m_targets; }
 
-    /// What the role committed and is not in force any more, and how it goes back; nothing where templates
+    /// What the role has committed and is not in force any more, and how it goes back. Empty if templates
     /// were named.
     const std::vector<TakeBackStep>& TakenBack() const { return m_takenBack; }
     const TakeBack& Ways() const { return *m_takeBack; }
 
-    /// What becomes of the files in which the lists ask for lines; null where templates were named.
+    /// What becomes of the files in which the lists ask for lines. Null if templates were named, or there are
+    /// problems.
     const ListedEdits* Edits() const { return m_edits.get(); }
 
     /// Whether a file that the lists ask for, or that they asked for, would change.
     bool IsChange() const;
 
-    /// The lock that it holds, from now on the caller's; null: none.
+    /// Gives the plan's lock to the caller; null if it has none.
     [[nodiscard]] std::unique_ptr<WriteLock> TakeLock() { return std::move(m_lock); }
 
-    /// Whether the history would get an entry: also for a commit that only installs a working copy, that is
-    /// the role's first, or that leaves a file to the other role.
+    /// Whether the history would get an entry. It would even if the commit only installs a working copy, is
+    /// the role's first, or leaves a file to the other role.
     bool IsRecorded() const;
 
-    /// How many check commands of the targets were not run, though they could have been.
+    /// How many check commands of targets were not run, though they could have been.
     std::size_t ChecksNotRun() const { return m_checksNotRun; }
 
-    /// The services that have to notice that the targets change, or those of them that are meant.
+    /// The services that have to notice that targets change: of all targets, or of those that are meant.
     Restarts Services() const;
     Restarts ServicesOf(const std::function<bool(const PlannedTarget&)>& isMeant) const;
 
@@ -85,11 +86,11 @@ class CommitPlan {
     Deployment& m_product;
     std::unique_ptr<WriteLock> m_lock;
     std::set<std::string> m_cutShort;                ///< what a run that was cut short may have written
-    std::map<std::int64_t, bool> m_entriesCutShort;  ///< those that were asked for
+    std::map<std::int64_t, bool> m_entriesCutShort;  ///< by entry, for those that were asked for
     CheckedTargets m_checked;
     std::unique_ptr<Staging> m_staging;
     std::unique_ptr<KnownFiles> m_known;
-    std::uint64_t m_longestText = 0;  ///< that the history keeps
+    std::uint64_t m_longestText = 0;  ///< the size of the longest text that the history keeps
     std::size_t m_checksNotRun = 0;
     std::set<std::string> m_inForce;  ///< the files of the checked targets
     std::vector<PlannedTarget> m_targets;

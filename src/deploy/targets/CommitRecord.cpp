@@ -38,7 +38,8 @@ void CommitRecord::Complete() {
     RememberShipped();
 }
 
-/// What it is going to write. The status tells when the last commit was, which alone is no change.
+/// Expects what the commit is going to write. A new status alone is no change: it says when the last commit
+/// was.
 void CommitRecord::Expect() {
     for (PlannedTarget& planned : m_plan.Targets()) {
         if (planned.IsChange()) m_recording.Expect(Expected(planned));
@@ -50,15 +51,15 @@ void CommitRecord::Expect() {
     }
     for (const TakeBackStep& step : m_plan.TakenBack())
         if (step.action != TakeBackStep::Action::Nothing) m_recording.Expect(m_plan.Ways().Expected(step));
-    // The status tells who has committed: the first one of a role is a change.
+    // The status also says who has committed, so that a role's first commit is a change.
     if (m_recording.IsEmpty() && IsFileExist(m_product.State().Status(m_product.Role()))) return;
-    // An entry that is taken back takes back what was known of these, too.
+    // If the entry is taken back, what is known of these is taken back, too.
     ForEachUnchanged([&](const ExpectedFile& file) { m_recording.Expect(file); });
     for (const std::string& path : m_product.State().StatusesOf(m_product.Role()))
         m_recording.Expect({.path = path, .kind = FileKind::Status});
 }
 
-/// Those that are as they are to be already, which nothing tells of.
+/// Calls `call` for what is already as it should be, but not on record as such.
 template <typename Call>
 void CommitRecord::ForEachUnchanged(Call call) const {
     for (const PlannedTarget& planned : m_plan.Targets())
@@ -80,7 +81,8 @@ ExpectedFile CommitRecord::ExpectedUnchanged(const PlannedTarget& planned) const
 ExpectedFile CommitRecord::Expected(PlannedTarget& planned) const {
     ExpectedFile file = ExpectedUnchanged(planned);
     if (!planned.isOriginalLost) file.companions = ExpectedFile::Companions::MayCome;
-    // What others did since the plan looked at it is no work of the commit, which is going to refuse it.
+    // What others did after the plan looked at the file is not the commit's work, and the commit will refuse
+    // it.
     if (VersionOf(planned.path) == planned.version) file.before = std::move(planned.captured);
     planned.captured.reset();
     file.after = CapturedOf(planned.after, planned.staged->Text(), m_longest);
@@ -105,7 +107,7 @@ void CommitRecord::RememberUnchanged() {
     if (!files.empty()) m_product.HostHistory().ToRecord().Remember(files);
 }
 
-/// Working copies from before there was a history, or that came there by hand.
+/// For working copies that are older than the history, or came there by hand.
 void CommitRecord::RememberShipped() {
     if (!m_recording.IsOn()) return;
     std::vector<TemplateFiles> withoutBase;
@@ -117,7 +119,7 @@ void CommitRecord::RememberShipped() {
         if (known == nullptr || !known->state.knowledge.base) withoutBase.push_back(std::move(files));
     }
     if (withoutBase.empty()) return;
-    // Each by itself would write the same few pages of the store again.
+    // Recording them one by one would write the same few pages of the store each time.
     m_product.HostHistory().ToRecord().RememberTogether([&] {
         for (const TemplateFiles& files : withoutBase)
             RememberShippedBase(m_product, files);

@@ -14,23 +14,23 @@
 
 namespace ZET::Deploy {
 
-/// What the host's history is told of one commit: what is about to be written, and what is known of the
-/// files afterwards, of those that stay as they are, too.
+/// Records one commit in the host's history: what it is about to write, and what is known of the files
+/// afterwards, also of those that stay as they are.
 class CommitRecord {
   public:
     CommitRecord(Deployment& product, CommitPlan& plan);
 
-    /// Before the first file is written.
+    /// Must be called before the first file is written.
     void Begin();
 
-    /// Records unchanged targets and lines as committed by this role, where no entry does. Call it before the
-    /// status is written: a status without any target would never be removed.
+    /// Records unchanged targets and lines as committed by this role, if no entry does. Must be called before
+    /// the status is written: a status without any target would never be removed.
     void RememberUnchanged();
 
-    /// After the last one.
+    /// Must be called after the last file is written.
     void Complete();
 
-    /// The number of the entry; none: there is no entry.
+    /// The number of the entry; none if there is no entry.
     std::optional<std::int64_t> Number() const { return m_recording.Number(); }
 
   private:

@@ -10,8 +10,8 @@
 
 namespace ZET::Deploy {
 
-/// The product at work on a host, with what is known about the host's files: each list is read once,
-/// until it begins anew.
+/// The product at work on a host, with what is known of the host's files. Each list is read once, until
+/// `BeginAnew`.
 class Deployment : public HostProduct {
   public:
     Deployment(const std::string& configFile, const Options& options, Observer& observer)
@@ -22,7 +22,8 @@ class Deployment : public HostProduct {
     HostLists& Lists() { return *m_lists; }
     Secrets& HostSecrets() { return *m_secrets; }
 
-    /// As the list of targets says; without a list that can be read, nobody: whoever needs it is told why.
+    /// The user whom the list of targets trusts at this path. Empty if the list cannot be read: whoever needs
+    /// it gets the reason.
     std::string TrustedAt(const std::string& path) override;
 
     bool IsPrivate(const std::string& path) override { return m_secrets->IsPrivate(path); }

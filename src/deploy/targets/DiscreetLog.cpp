@@ -19,7 +19,7 @@ DiscreetLog::~DiscreetLog() {
 bool DiscreetLog::IsShown(ZETLogLevel level) {
     if (level == ZETLogError) return true;
     if (!m_isHidden) {
-        m_isHidden = true;  // what is logged while that is found out is about the template, too
+        m_isHidden = true;  // what is logged while finding out is about the template, too
         const std::string file = TemplateFile(m_host, m_templateName);
         m_isHidden = !file.empty() && m_secrets.Hides(file);
     }

@@ -10,9 +10,9 @@
 
 namespace ZET::Deploy {
 
-/// For as long as the object lives, the log tells errors only where the template is not for everybody: the
-/// module's warnings name the placeholders of the template that it renders, and others read the log, too.
-/// Whose eyes the template is for is found out at the first warning, since that reads the template.
+/// While the object lives, only errors are logged of a template that is not for everybody: the module's
+/// warnings name its placeholders, and others read the log, too. Who may see the template is found out at the
+/// first warning, since that takes reading it.
 class DiscreetLog {
   public:
     DiscreetLog(Host& host, Secrets& secrets, const std::string& templateName);

@@ -18,7 +18,7 @@ constexpr char kBaseIsErased[] = ZET_TEXT(
 constexpr char kWayOfErased[] =
     ZET_TEXT("put them into its template; --on-edit=overwrite takes them out, and the history keeps them");
 
-/// What the text that is known of a file was made from.
+/// The text that the known text of a file was made from.
 std::optional<TextNumber> BaseOf(const KnownFile& known) {
     return known.HoldsMerge() ? known.state.knowledge.base : known.state.text;
 }
@@ -30,7 +30,7 @@ bool CanBeKept(Host& host, const PlannedTarget& planned) {
     return limits.Keep(size) && limits.Keep(rendered);
 }
 
-/// A mode is the template's; what a hand gave the file may be there to keep others from reading it.
+/// The mode is the template's, but one that somebody gave the file may keep others from reading it.
 bool HasOtherMode(const PlannedTarget& planned, const KnownFile& known) {
     return planned.before.mode != planned.after.mode && (planned.before.mode & kModeBits) != known.state.mode;
 }

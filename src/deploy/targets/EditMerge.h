@@ -13,25 +13,25 @@
 
 namespace ZET::Deploy {
 
-/// The ways out where an edit stops a commit; the last one loses it.
+/// The remedies where an edit stops a commit; the last one loses the edit.
 inline constexpr char kOtherWay[] = ZET_TEXT("--on-edit=overwrite replaces it, and the history keeps it");
 inline constexpr char kLastWay[] = ZET_TEXT("--on-edit=overwrite replaces it all the same");
 
-/// What ZET_ON_EDIT asks for. "overwrite" is not said in words: then an edit is only replaced where it is
+/// What ZET_ON_EDIT asks for. "overwrite" gives `AsConfigured`, with which an edit is only replaced if it is
 /// kept.
 OnEdit ConfiguredOnEdit(Host& host);
 
-/// Brings what others changed in a target together with what its template makes of it.
+/// Merges what others changed in a target with what its template makes of it.
 class EditMerge {
   public:
     EditMerge(Host& host, const Staging& staging, const KnownFiles& known)
         : m_host(host), m_staging(staging), m_known(known) {}
 
-    /// Of a target that holds what was merged before: where its rendering is as it was then, its text stays.
+    /// For a target that holds an earlier merge: if its rendering is the same as then, its text stays.
     void KeepMerged(PlannedTarget& planned) const;
 
-    /// Gives the target the rendering with what others changed in the file. What keeps it from that is
-    /// returned; the target is as it was then.
+    /// Gives the target a text with both the rendering and what others changed in the file. Returns what
+    /// keeps it from that, and leaves the target as it is then.
     std::vector<Problem> Merge(PlannedTarget& planned) const;
 
   private:
@@ -43,7 +43,7 @@ class EditMerge {
     const KnownFiles& m_known;
 };
 
-/// Whether the text of a file, as the product left it, is one that was merged with this rendering.
+/// Whether the text of a file, as the product left it, was merged with this rendering.
 bool IsMergedWith(Host& host, const KnownFile& known, const std::string& rendered);
 
 /// Compares the file that is there with the staged one.

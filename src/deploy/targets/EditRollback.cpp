@@ -18,7 +18,7 @@ namespace {
 
 using Way = EditToTakeBack::Way;
 
-/// Who goes back needs no history, unless it has to tell what the other role has committed.
+/// Going back needs no history, unless it has to say what the other role has committed.
 std::vector<RememberedLine> RememberedOf(Deployment& product, const KnownFile* known, bool isForced) {
     if (known == nullptr || !known->state.knowledge.base) return {};
     Store* const store = product.HostHistory().ToLookIfUsable();
@@ -50,8 +50,8 @@ bool Has(const std::vector<RememberedLine>& lines, std::string_view text) {
                        [&](const RememberedLine& line) { return line.line == text; });
 }
 
-/// The text without blocks but those of the other role. Where a hand has changed one of these, every block
-/// may be it that this role has not set.
+/// The text without blocks but those of the other role. If somebody changed one of these, every block that
+/// this role has not set may be that one, and stays.
 std::string WithoutOwnBlocks(const LinesOfRoles& lines, const std::string& text) {
     if (lines.others.empty()) return Text::WithoutBlocks(text);
     const std::set<std::string> blocks = BlockLinesOf(text);
@@ -63,12 +63,12 @@ std::string WithoutOwnBlocks(const LinesOfRoles& lines, const std::string& text)
     });
 }
 
-/// Whether the file with this text is what its reserve is.
+/// Whether the file, if it had this text, would be what its reserve is.
 bool IsAsReserve(const WrittenFile& file, const std::string& text) {
     return StateOf(file.path).mode == StateOf(file.Reserve()).mode && ReadFileBytes(file.Reserve()) == text;
 }
 
-/// Whether nothing but the product's work is lost when the reserve comes back, be it without markers.
+/// Whether bringing the reserve back loses only the product's work, with or without markers.
 bool IsProductsAlone(Deployment& product, const KnownFile& known, const WrittenFile& file) {
     return WritersSince(file.Reserve(), known, product) == Writers::ProductAlone;
 }
@@ -98,10 +98,10 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& knownFiles, con
     if (const auto damage = Text::FindDamage(text))
         throw Failure(Text::ProblemOf(file.path, *damage, product.Wanted().program, file.path));
     edit.text = WithoutOwnBlocks(lines, text);
-    // A killed run may have kept the original, and no more.
+    // A killed run may have kept the original, and done no more.
     if (mayGoBack && IsAsReserve(file, text)) return {Way::Reserve};
     if (mayGoBack && isAsLeft && IsProductsAlone(product, *known, file)) return {Way::Reserve};
-    // Whoever wrote it in between, nothing of others is left in it.
+    // Whoever wrote the file in between, nothing of theirs is left in it.
     if (mayGoBack && IsAsReserve(file, edit.text)) return {Way::Reserve};
     edit.isUnmarked =
         !isForced && edit.others.empty() && known != nullptr && HoldsUnmarkedEdits(product, *known);

@@ -25,7 +25,8 @@ bool Matches(IZETCore& core, const std::string& pattern, const std::string& line
     return core.MatchRegEx(pattern, line, nullptr, 0);
 }
 
-/// Whether the line, commented out or a kept former one or not, is the parameter of that name.
+/// Whether the line has the parameter of exactly that name, even if it is commented out or kept as a former
+/// line.
 bool HoldsLiterally(std::string_view line, const std::string& name) {
     if (line.starts_with(ZETFormerLinePrefix))
         line.remove_prefix(std::string_view(ZETFormerLinePrefix).size());
@@ -34,12 +35,12 @@ bool HoldsLiterally(std::string_view line, const std::string& name) {
     return line.starts_with(name + "=");
 }
 
-/// One without an end is what a hand left of it: what follows is the administrator's.
+/// A notice without an end does not count: what follows may be the administrator's.
 bool IsNotice(const Text::ManagedRegion& region) {
     return region.kind == Text::RegionKind::Notice && region.isClosed;
 }
 
-/// The beginnings of the lines that the pattern selects though the system keeps order by them, as parts of a
+/// The beginnings of lines that the pattern selects though the system keeps order by them, as parts of a
 /// regular expression.
 std::set<std::string> SelectedOwnLines(IZETCore& core, const Text::ManagedText& text,
                                        const std::string& pattern) {
@@ -166,7 +167,7 @@ void RequireLiteralName(IZETCore& core, const std::string& path, std::string_vie
 
 std::string PatternForSet(IZETCore& core, const std::string& path, std::string_view text,
                           const std::string& pattern) {
-    // Most files have no such line.
+    // Most files have no line of the system's.
     if (text.find(Text::kMarkerStart) == std::string_view::npos) return pattern;
     const std::set<std::string> ownLines = SelectedOwnLines(core, Text::ManagedText(text), pattern);
     if (ownLines.empty()) return pattern;

@@ -9,26 +9,27 @@
 #include "deploy/host/Words.h"
 #include "zet/IZETCore.h"
 
-/// What the commands demand of NAME, VALUE, PATTERN and LINE before the module, which takes each as it is,
-/// gets to see it. A demand that is not met is a `UsageError`.
+/// What the commands require of NAME, VALUE, PATTERN and LINE before the module, which takes each as it is,
+/// sees them. Each `Require...` throws a `UsageError`.
 namespace ZET::Deploy {
 
-/// The remedy when an expression is too much work on a line.
+/// The remedy if matching an expression takes too much work.
 inline constexpr char kSimplerExpression[] = ZET_TEXT("give a simpler expression");
 
 /// `what` names the argument.
 void RequireOneLine(const std::string& text, const std::string& what);
 
-/// The text is going to be a line: none that the system would take for one of its own.
+/// The text is going to be a line, and must not look like one of the system's own.
 void RequireNoMarker(const std::string& line);
 
-/// Whether the expression, which is valid, selects the line; it may be too much work on a long one.
+/// Whether the expression, which is valid, selects the line. Throws a `Failure` if a long line takes too much
+/// work.
 bool Selects(IZETCore& core, const std::string& pattern, const std::string& line);
 
-/// The first of the lines that it selects.
+/// The first of the lines that the expression selects.
 std::optional<std::string> FirstSelected(IZETCore& core, const std::string& pattern, std::string_view lines);
 
-/// Not empty, and valid.
+/// The pattern must not be empty, and must be valid.
 void RequirePattern(IZETCore& core, const std::string& pattern);
 
 void RequireParamName(const std::string& name);
@@ -36,7 +37,7 @@ void RequireParamName(const std::string& name);
 /// The same for a parameter of the product itself; `what` names the argument.
 void RequireOptionName(const std::string& name, const std::string& what);
 
-/// The name of a section, as `EditOptions` has it.
+/// Checks the name of a section, as `EditOptions` has it.
 void RequireSectionName(const std::optional<std::string>& section);
 
 /// The text as a regular expression that selects nothing else.
@@ -45,14 +46,14 @@ std::string Escaped(std::string_view text);
 /// Whether the name selects nothing but itself, whatever the file holds.
 bool IsLiteralName(const std::string& name);
 
-/// The name is part of a regular expression: it must select itself, and no line of the file that holds
-/// something else before its "=". `opening` is what stands before the name in the expression, `text` that of
-/// the file, or a part of it that has so many lines before.
+/// The name becomes part of a regular expression: it must select itself, and no line that has something else
+/// before its "=". `opening` stands before the name in the expression. `text` is that of the file, or of a
+/// part of it that comes after `linesBefore` lines.
 void RequireLiteralName(IZETCore& core, const std::string& path, std::string_view text,
                         const std::string& opening, const std::string& name, std::size_t linesBefore = 0);
 
-/// A pattern for `SetLine` that selects what `pattern` does, but no line that the system itself wrote to keep
-/// order in the file.
+/// A pattern for `SetLine` that selects what `pattern` does, except lines that the system wrote to keep order
+/// in the file.
 std::string PatternForSet(IZETCore& core, const std::string& path, std::string_view text,
                           const std::string& pattern);
 

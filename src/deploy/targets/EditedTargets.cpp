@@ -10,7 +10,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// One list may serve hosts of one role and hosts of the other.
+/// One list may serve hosts of either role, so the other role counts only if it has committed here.
 bool IsOtherRoleHere(Deployment& product) {
     return IsFileExist(product.State().Status(OtherRole(product.Role())));
 }
@@ -55,7 +55,7 @@ std::vector<Problem> EditsOfTargets(Deployment& product, const std::vector<std::
             const Target* const target = TargetAt(product, product.FilePath(edit.path));
             if (target != nullptr && isNamed(*target)) problems.push_back(ProblemOfTarget(edit, *target));
         } catch (const Failure&) {
-            continue;  // no way leads to it
+            continue;  // no path leads to it
         }
     }
     return problems;

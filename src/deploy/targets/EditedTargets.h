@@ -10,18 +10,18 @@
 
 namespace ZET::Deploy {
 
-/// The target in force that the file is for the host's role. Null: it is none.
+/// The target in force, for the host's role, that has this file; null if there is none.
 const Target* TargetAt(Deployment& product, const std::string& path);
 
-/// The same, or one of the other role, where that has committed on this host: each would overwrite what the
+/// The same, or a target of the other role if that has committed on this host: each would overwrite what the
 /// other wrote.
 const Target* TargetOfAnyAt(Deployment& product, const std::string& path);
 
-/// An edit of that target.
+/// The problem of an edit in a file of that target.
 Problem ProblemOfTarget(const ListedEdit& edit, const Target& target);
 
-/// Edits in force of targets of the host's role, of which the edits that it makes itself would not tell:
-/// those of the other role, where that has committed on this host, and all where templates are named.
+/// The problems of edits in force, in targets of the host's role, that its own edits would not show: those of
+/// the other role, if it has committed on this host, and all if templates are named.
 std::vector<Problem> EditsOfTargets(Deployment& product, const std::vector<std::string>& templateNames);
 
 }  // namespace ZET::Deploy

@@ -27,7 +27,7 @@ void ReadTarget(Deployment& product, const std::string& file, FileOrigin& origin
         const Target* const target = lists.TargetNamed(lists.NameOf(product.FilePath(file)));
         if (target != nullptr) origin.target = *target;
     } catch (const Failure&) {
-        // Without a list that can be read, nothing is known to be a target, and that was told.
+        // Without a list that can be read, nothing is known to be a target.
     }
 }
 
@@ -42,7 +42,7 @@ std::string TemplateInNotice(const Text::ManagedText& text, const Text::NoticeTe
     return noticeTexts.TemplateIn(lines);
 }
 
-/// A template below the directory of the working copies has a name; another one only a path.
+/// A template below the directory of the working copies has a name, any other one only a path.
 void NameTemplate(Host& host, const std::string& path, FileOrigin& origin) {
     const std::string directory = host.Param("ZET_CFG_DIR");
     for (const std::string& known : {path, host.FilePath(path)}) {
@@ -51,7 +51,7 @@ void NameTemplate(Host& host, const std::string& path, FileOrigin& origin) {
         origin.templateFile = TemplateFile(host, origin.templateName);
         return;
     }
-    // One that was made under another root names the way to it there.
+    // A file that was made under another root names the path that its template has there.
     const std::string inside = host.HostPaths().NameInside(directory) + "/";
     if (origin.target && path.ends_with(inside + origin.target->templateName)) {
         origin.templateName = origin.target->templateName;
@@ -63,10 +63,10 @@ void NameTemplate(Host& host, const std::string& path, FileOrigin& origin) {
     if (IsFileExist(file)) origin.templateFile = file;
 }
 
-/// Where the notice of a file is that was made from a template, unless somebody put very much before it.
+/// The part that has the notice of a file made from a template, unless somebody put very much before it.
 std::string HeadOf(const std::string& path) {
     constexpr std::size_t kSizeOfHead = std::size_t{64} << 10;
-    // Who may not read it sees none of it either.
+    // Whoever may not read the file must not see its notice either.
     return access(path.c_str(), R_OK) == 0 ? ReadFileHead(path, kSizeOfHead) : "";
 }
 
@@ -76,7 +76,7 @@ bool HasWholeNotice(const Text::ManagedText& text) {
     });
 }
 
-/// Up to where a notice may end; what follows it cannot change it.
+/// The head up to where a notice may end; what follows cannot change the notice.
 std::string_view UpToNotice(std::string_view head) {
     const std::size_t end = head.find(ZETCommentEndMarker, head.find(ZETNoticeMarker));
     return end == std::string_view::npos ? head : head.substr(0, head.find('\n', end));
@@ -98,8 +98,8 @@ std::string TemplateNamedIn(IZETCore& core, const std::string& path) {
     if (!StateOf(path).IsRegular()) return "";
     const std::string head = HeadOf(path);
     if (head.find(ZETNoticeMarker) == std::string::npos) return "";
-    // The lines of the whole head, of which it may have thousands, are split only where that is no notice: a
-    // remembered edit of 10,000 lines has 0.5 million instructions less.
+    // The whole head may have thousands of lines, and is split only if its beginning is no whole notice: a
+    // remembered edit of 10,000 lines takes 0.5 million instructions less.
     const Text::ManagedText start(UpToNotice(head));
     return TemplateInNotice(HasWholeNotice(start) ? start : Text::ManagedText(head),
                             WrittenNoticeTexts(core));

@@ -8,15 +8,15 @@
 
 namespace ZET::Deploy {
 
-/// A file in which the lists ask for lines, and that commits made from a template before: what was there
-/// before comes back, with the lines in it.
+/// Files that commits made from a template before, and in which the lists now ask for lines: the original
+/// comes back, with the lines in it.
 
-/// Whether it holds what others wrote.
+/// Whether the file holds what others wrote.
 bool IsFormerTargetEdited(const KnownFiles& known, const FileWithLines& file);
 
 CapturedFile OriginalWithLines(const PlannedEdits& planned);
 
-/// At once, so that a killed run leaves the one or the other. The reserve stays.
+/// Replaces the file in one step, so that a killed run leaves the old or the new one. The reserve stays.
 void WriteOriginalWithLines(Deployment& product, const PlannedEdits& planned, const FileInPlace& place);
 
 }  // namespace ZET::Deploy

@@ -21,10 +21,10 @@ struct LineInPlace {
 
 std::vector<LineInPlace> LinesIn(const Text::ManagedText& text);
 
-/// Those that stand in blocks.
+/// The lines that stand in blocks.
 std::set<std::string> BlockLinesOf(std::string_view text);
 
-/// What this role alone set in the file, and no list asks for any more.
+/// The lines that only this role has set in the file, and that no list asks for any more.
 std::vector<RememberedLine> FormerLinesOf(const FileWithLines& file, Role role);
 
 }  // namespace ZET::Deploy

@@ -11,8 +11,8 @@
 
 namespace ZET::Deploy {
 
-/// Gives the last line of each file that is not in sync what a commit would make of the file. What keeps it
-/// from that is returned.
+/// Gives the last state of each file that is not in sync the diff of what a commit would make of the file.
+/// Returns what keeps edits from being made.
 std::vector<Problem> AddDiffsOfFiles(Deployment& product, const KnownFiles& known, const Staging& staging,
                                      std::vector<ListedEditState>& states);
 

@@ -11,7 +11,7 @@
 
 namespace ZET::Deploy {
 
-/// How a target, or a line that the lists ask for, stands to what a commit would make of it.
+/// How a target, or a line that the lists ask for, compares with what a commit would make of it.
 inline constexpr char kInSync[] = "in sync";
 inline constexpr char kPending[] = "pending";
 inline constexpr char kEdited[] = "edited";
@@ -20,16 +20,16 @@ inline constexpr char kNotCommitted[] = "not committed";
 inline constexpr char kDiffers[] = "differs";  // where nobody can tell whose edit a target holds
 inline constexpr char kUnknown[] = "unknown";
 
-/// One of them, of one line.
+/// One of these states, for one line.
 std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
                         const std::vector<LineInPlace>& places, IZETCore& core);
 
-/// Whether a line without a block stands where a commit has set one: a hand's, which gives way to a new
-/// block.
+/// Whether a line outside of blocks stands where a commit has set one: somebody wrote it, and it gives way to
+/// a new block.
 bool IsTakenOver(const FileWithLines& file, const LineToSet& line, const std::vector<LineInPlace>& places,
                  IZETCore& core);
 
-/// What the files hold of the lines that the lists ask for.
+/// The states of the lines that the lists ask for, and of those that they asked for before.
 std::vector<ListedEditState> StatesOfEdits(Deployment& product, const ListedLines& lines);
 
 }  // namespace ZET::Deploy

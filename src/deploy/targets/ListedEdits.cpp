@@ -43,7 +43,7 @@ bool HasBlocks(std::string_view text) {
     });
 }
 
-/// Of the first that was changed.
+/// The number of the first line that was changed.
 int NumberOf(const LineToSet& line, const std::vector<LineInPlace>& places, IZETCore& core) {
     for (const LineInPlace& place : places)
         if (place.text != line.line && core.MatchRegEx(line.pattern, place.text, nullptr, 0))
@@ -67,7 +67,7 @@ ListedEdits::ListedEdits(Deployment& product, const KnownFiles& known, const Sta
     }
 }
 
-/// Whether the file can be edited.
+/// Whether the file can be edited; adds the problems if it cannot.
 bool ListedEdits::Judge(const FileWithLines& file) {
     const std::size_t before = m_problems.size();
     if (const auto damage = Text::FindDamage(file.text))
@@ -85,7 +85,7 @@ bool ListedEdits::Judge(const FileWithLines& file) {
     return m_problems.size() == before;
 }
 
-/// The file and its directory, as those of a target are.
+/// Checks the file and its directory, as those of a target are checked.
 void ListedEdits::JudgePlaceOf(const FileWithLines& file) {
     const std::string& path = file.path;
     std::vector<Problem> problems = CheckDirectory(DirectoryOf(path), path, _("the edit in the list"));
@@ -106,7 +106,7 @@ void ListedEdits::JudgePlaceOf(const FileWithLines& file) {
     Append(m_problems, std::move(problems));
 }
 
-/// Each line of the file is at most one edit's, and each edit finds its own line again.
+/// Each line of the file must belong to one edit at most, and each edit must find its own line again.
 void ListedEdits::JudgeLines(const FileWithLines& file) {
     const auto selects = [&](const LineToSet& line, const std::string& text) {
         return Selects(m_product.Core(), line.pattern, text);
@@ -114,7 +114,7 @@ void ListedEdits::JudgeLines(const FileWithLines& file) {
     const Text::ManagedText managed(file.text);
     const std::vector<LineInPlace> places = LinesIn(managed);
     std::vector<const LineToSet*> owners(places.size());
-    // Pattern by pattern: each is compiled once.
+    // Pattern by pattern, so that each is compiled once.
     for (const LineToSet& line : file.lines) {
         if (!selects(line, line.line))
             Add(line, _("the line that it sets is not one that it selects"), _("give it another pattern"));
@@ -172,7 +172,7 @@ void ListedEdits::Plan(FileWithLines file, const Staging& staging) {
     m_files.push_back(std::move(planned));
 }
 
-/// A merge has three texts of a line: what the last commit set, what it is now, and what the lists ask for.
+/// A merge knows three texts of a line: what the last commit set, what it is now, and what the lists ask for.
 void ListedEdits::JudgeEdited(PlannedEdits& planned) const {
     FileWithLines& file = planned.file;
     const std::vector<LineInPlace> places = LinesIn(Text::ManagedText(file.text));
@@ -193,7 +193,7 @@ void ListedEdits::JudgeEdited(PlannedEdits& planned) const {
     }
 }
 
-/// Its text gives way to the original's.
+/// The text of a former target gives way to the original's.
 void ListedEdits::JudgeEditedTarget(PlannedEdits& planned) const {
     const FileWithLines& file = planned.file;
     planned.isEdited = IsFormerTargetEdited(m_known, file);
@@ -212,8 +212,8 @@ std::string PlannedEdits::DescribeOthersWork() const {
                       : _("was edited since the last commit");
 }
 
-/// The text without lines of this role that no list has in force. One that a hand changed stays, and is
-/// named.
+/// The text without this role's lines that no list has in force. A line that somebody changed stays, with a
+/// warning.
 std::string ListedEdits::WithoutFormerLines(const FileWithLines& file) {
     std::set<std::string> former;
     for (const RememberedLine& line : FormerLinesOf(file, m_product.Role()))
@@ -288,7 +288,7 @@ ExpectedFile ListedEdits::ExpectedUnchanged(const PlannedEdits& planned) const {
     const KnownFile* const known = m_known.Find(file.path);
     if (known == nullptr) return file;
     file.knowledge = known->state.knowledge;
-    file.knownAs = known->state;  // what somebody made of it since is not the product's
+    file.knownAs = known->state;  // what somebody has made of it since is not the product's
     return file;
 }
 

@@ -20,42 +20,42 @@ struct PlannedEdits {
     FileWithLines file;
     std::string staged;                ///< the file as it would be; empty: it stays as it is
     bool isOriginalLost = false;       ///< what is there is the product's own work, which gets no reserve
-    bool isTakenBack = false;          ///< lines are, so that its text is not the module's alone
-    bool isEdited = false;             ///< somebody changed a line that a commit had set, which is set again
-    bool isMerged = false;             ///< somebody did, and the line stays as it is
-    bool dropsMerge = false;           ///< what somebody changed in the target was merged by a commit
-    std::vector<Problem> conflicts{};  ///< somebody did, and what is to come is not what was set
+    bool isTakenBack = false;          ///< lines are taken back, so that the text is not the module's alone
+    bool isEdited = false;             ///< somebody changed a line that a commit had set; it is set again
+    bool isMerged = false;             ///< somebody changed such a line, and it stays as it is
+    bool dropsMerge = false;           ///< the edits in the target that would be lost were merged by a commit
+    std::vector<Problem> conflicts{};  ///< somebody changed a line, and the lists now ask for another one
 
     bool IsChange() const { return !staged.empty(); }
 
-    /// What others did that is not going to stay.
+    /// Describes the others' work that is not going to stay.
     std::string DescribeOthersWork() const;
 };
 
-/// The edits of the lists that are in force for the host's role, and those that are no more.
+/// The edits of the lists that are in force for the host's role, and those that are not any more.
 class ListedEdits {
   public:
-    /// Looks at every file, and makes in `staging` what would become of it.
-    /// A merge leaves a line that a hand changed, where the lists ask for what they asked for before.
+    /// Looks at every file, and makes in `staging` what would become of it. A merge leaves a line that
+    /// somebody changed if the lists ask for the same line as before.
     ListedEdits(Deployment& product, const KnownFiles& known, const Staging& staging,
                 OnEdit onEdit = OnEdit::Overwrite);
 
     const std::vector<Problem>& Problems() const { return m_problems; }
     const std::vector<PlannedEdits>& Files() const { return m_files; }
 
-    /// Files in which nothing but lines that are no more in force is the product's.
+    /// Files in which the product has nothing but lines that are not in force any more.
     const std::vector<std::string>& Emptied() const { return m_emptied; }
 
     ExpectedFile Expected(const PlannedEdits& planned) const;
 
-    /// Whether it is remembered that the role has set the lines.
+    /// Whether it is on record that the role has set the lines.
     bool IsKnown(const PlannedEdits& planned) const;
 
-    /// One that holds the lines already.
+    /// For a file that holds the lines already.
     ExpectedFile ExpectedUnchanged(const PlannedEdits& planned) const;
     FileOutcome OutcomeOf(const PlannedEdits& planned) const;
 
-    /// What was written since the plan was made, and what comes out otherwise, is a `Failure`.
+    /// Throws a `Failure` if the file was written since the plan was made, or if it comes out differently.
     void Write(const PlannedEdits& planned) const;
 
   private:
@@ -76,13 +76,13 @@ class ListedEdits {
     const KnownFiles& m_known;
     const OnEdit m_onEdit;
     const std::set<std::string> m_cutShort;
-    std::optional<ClaimedFiles> m_claimed;  ///< from the first file on
+    std::optional<ClaimedFiles> m_claimed;  ///< made for the first file
     std::vector<Problem> m_problems;
     std::vector<PlannedEdits> m_files;
     std::vector<std::string> m_emptied;
 };
 
-/// What keeps the edits of the lists from being made.
+/// What keeps the lists' edits from being made.
 std::vector<Problem> ProblemsOfEdits(Deployment& product);
 
 }  // namespace ZET::Deploy

@@ -34,7 +34,7 @@ const std::string& SourceOf(const ListedEdit& edit) {
     return edit.param.empty() ? edit.text : edit.value;
 }
 
-/// As the module sees them when it replaces placeholders.
+/// The lines as the module sees them when it replaces placeholders.
 std::string GuardedLines(const std::vector<const ListedEdit*>& edits) {
     std::string text;
     for (const ListedEdit* const edit : edits)
@@ -67,7 +67,7 @@ class Finder {
     }
 
   private:
-    /// What would keep the module from an end, or make several lines of one.
+    /// Finds what would keep the module from ever returning, or make several lines of one.
     void CheckSources(const std::vector<const ListedEdit*>& edits) {
         const std::string text = GuardedLines(edits);
         const auto source = [&](const auto& take) {
@@ -100,7 +100,7 @@ class Finder {
         if (secrets.Hides(main)) problem.HideQuoted(secrets.Excuse(main));
     }
 
-    /// By the module, as it does it in a template.
+    /// The module replaces the placeholders, as it does in a template.
     std::vector<std::string> Expanded(const std::vector<const ListedEdit*>& edits) {
         if (edits.empty()) return {};
         const std::string staged = m_staging.PathOf("lines-of-lists");
@@ -149,7 +149,7 @@ class Finder {
         LineToSet made{edit, "", line};
         if (edit.param.empty()) {
             RequirePattern(core, edit.pattern);
-            // The module adds markers line by line.
+            // The module adds markers line by line, and the pattern must not select these.
             const std::string markers =
                 std::string(ZETFormerLinePrefix) + "\n" + ZETBeginMarker + "\n" + ZETEndMarker + "\n";
             made.pattern = PatternForSet(core, file.path, file.text + "\n" + markers, edit.pattern);
@@ -163,7 +163,7 @@ class Finder {
         return made;
     }
 
-    /// Null: it need not be there, and is not.
+    /// Null if the file is not there, and need not be.
     FileWithLines* FileOf(const ListedEdit& edit) {
         const std::string path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(edit.path));
         const auto known = m_byPath.find(path);
@@ -177,7 +177,7 @@ class Finder {
             throw Failure(ProblemOfTarget(edit, *target));
         if (!WasTarget(path) || file.original) return &file;
         file.isThere = !edit.isOptional || !IsFileExist(path + ZETAbsenceSuffix);
-        if (!file.isThere) return nullptr;  // it goes with its template
+        if (!file.isThere) return nullptr;  // the file goes with its template
         throw Failure({.file = edit.path,
                        .text = _("was made from a template, and has no reserve in which to set the line"),
                        .remedy = WayWithoutReserve(edit, path)});
@@ -215,7 +215,7 @@ class Finder {
         return m_found.files.back();
     }
 
-    /// A file in which the role has set lines, and no list asks for any. A target gets another text.
+    /// Adds a file in which lines were set, and no list asks for any. A target gets another text anyway.
     void AddRemembered(const std::string& path) {
         if (m_byPath.contains(path) || TargetAt(m_product, path) != nullptr) return;
         const KnownFile* const known = m_known.Find(path);

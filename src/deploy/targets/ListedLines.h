@@ -18,13 +18,13 @@ namespace ZET::Deploy {
 
 /// A line that the lists ask for in a file.
 struct LineToSet {
-    ListedEdit edit;      ///< of its own: the lists may be read again before it is set
-    std::string pattern;  ///< the lines that it takes the place of
-    std::string line;     ///< placeholders replaced
-    bool stays = false;   ///< as a hand changed it
+    ListedEdit edit;      ///< a copy: the lists may be read again before the line is set
+    std::string pattern;  ///< selects the lines that it replaces
+    std::string line;     ///< with placeholders replaced
+    bool stays = false;   ///< it stays as somebody changed it
 };
 
-/// How an edit selects its line, for what is remembered of it.
+/// How an edit selects its line, as the history remembers it.
 std::string SelectorOf(const ListedEdit& edit);
 
 /// A file that is nobody's target, with the lines that the lists ask for.
@@ -36,8 +36,8 @@ struct FileWithLines {
     bool isThere = false;
     FileVersion version;
     FileState before;
-    std::optional<CapturedFile> original{};  ///< of a target that is none any more: what was there before
-    std::string text;                        ///< in which the lines are set: as it is, or the original's
+    std::optional<CapturedFile> original{};  ///< of a former target: what was there before
+    std::string text;                        ///< where lines are set: the file's text, or the original's
 
     bool Remembers(const std::string& selector) const;
 
@@ -45,12 +45,12 @@ struct FileWithLines {
     bool HasSet(const std::string& selector, const std::string& line) const;
 };
 
-/// The lines that the lists have in force for the host's role, file by file; and the files in which the role
-/// has set some. What keeps lines from being set is a problem, with the place of its entry.
+/// The lines that the lists have in force for the host's role, file by file, and the files in which the role
+/// has set some. What keeps a line from being set is a problem at the place of its entry.
 struct ListedLines {
     std::vector<FileWithLines> files;
     std::vector<Problem> problems;
-    std::vector<const ListedEdit*> unset;  ///< those with problems
+    std::vector<const ListedEdit*> unset;  ///< the edits that have problems
 };
 
 ListedLines FindListedLines(Deployment& product, const KnownFiles& known, const Staging& staging);

@@ -15,7 +15,7 @@ std::string UserIn(const Target& target) {
     return target.owner.substr(0, target.owner.find(':'));
 }
 
-/// Empty: the user's own.
+/// Empty: the user's own group.
 std::string GroupIn(const Target& target) {
     const std::size_t colon = target.owner.find(':');
     return colon == std::string::npos ? "" : target.owner.substr(colon + 1);
@@ -25,7 +25,7 @@ std::string GroupIn(const Target& target) {
 
 std::optional<FileOwner> NewOwnerOf(const Target& target, const std::string& path, const FileState& before) {
     if (target.owner.empty() || before.exists || OwnerProblem(target)) return std::nullopt;
-    // What its reserve is there for takes over from that.
+    // The file takes its owner over from the reserve.
     if (IsFileExist(path + ZETReserveSuffix)) return std::nullopt;
     const passwd* const user = getpwnam(UserIn(target).c_str());
     FileOwner owner{user->pw_uid, user->pw_gid};

@@ -10,14 +10,14 @@
 
 namespace ZET::Deploy {
 
-/// Whom the list gives the target's file `path` to, which was so before; none: to nobody, to one whom this
-/// host does not have, or to the owner of what is there, or of its reserve.
+/// The owner that the list gives to the target's file `path`, which was `before`. None if the list names
+/// nobody, or somebody whom this host does not have, or if the file or its reserve is there.
 std::optional<FileOwner> NewOwnerOf(const Target& target, const std::string& path, const FileState& before);
 
-/// The file belongs to him, if there is one.
+/// Makes the owner, if there is one, the file's.
 void GiveTo(const std::optional<FileOwner>& owner, FileState& file);
 
-/// That this host has no such user or group.
+/// The problem, if this host has no such user or group.
 std::optional<Problem> OwnerProblem(const Target& target);
 
 }  // namespace ZET::Deploy

@@ -29,7 +29,7 @@ std::string FateOfOthersWork(const PlannedTarget& planned, bool isDryRun) {
     return Words(fate, DescribeOthersWork(planned));
 }
 
-/// A run tells it when it is done.
+/// A real run reports the loss when it is done.
 void TellLossToCome(Host& host, const std::string& path, const FileVersion& version) {
     if (host.Wanted().dryRun)
         WarnOfLostText(host, host.HostPaths().NameInside(path), static_cast<std::uint64_t>(version.size));

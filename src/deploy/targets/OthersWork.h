@@ -11,15 +11,14 @@
 
 namespace ZET::Deploy {
 
-/// "was edited since the last commit": what others did to a target.
+/// What others did to a target, for a message: "was edited since the last commit".
 std::string DescribeOthersWork(const PlannedTarget& planned);
 
-/// Tells the observer what somebody else did to a target or to listed lines, and what becomes, or would
-/// become, of that.
+/// Reports what somebody else did to a target or to listed lines, and what becomes, or would become, of it.
 void WarnOfOthersWork(Host& host, const PlannedTarget& planned);
 void WarnOfOthersWork(Host& host, const PlannedEdits& planned);
 
-/// Tells where the text that it replaces is kept: in the entry that the commit makes.
+/// Reports where the replaced text is kept: in the entry that the commit makes.
 void TellWhereKept(Host& host, std::int64_t entry, const std::string& path, const FileVersion& version);
 
 }  // namespace ZET::Deploy

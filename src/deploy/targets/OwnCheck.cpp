@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t kKeptOutput = 4096;
 
-/// The command, with the file in the place of each "{}".
+/// The command, with the file in place of each "{}".
 std::vector<std::string> ArgumentsFor(const std::vector<std::string>& check, const std::string& staged) {
     std::vector<std::string> arguments = check;
     for (std::string& argument : arguments) {
@@ -32,10 +32,10 @@ std::string SignalName(int number) {
     return name == nullptr ? Words("signal %s", std::to_string(number)) : "SIG" + std::string(name);
 }
 
-/// The result of one run, put into words.
+/// Puts the result of one run into words.
 class Verdict {
   public:
-    /// `excuse` stands for what the command prints, which may quote the file; empty when all may see it.
+    /// `excuse` replaces the output of the command, which may quote the file; empty if everybody may see it.
     Verdict(const Target& target, const std::string& path, const std::string& excuse)
         : m_target(target), m_path(path), m_excuse(excuse) {}
 
@@ -113,7 +113,7 @@ std::optional<Problem> OwnCheckProblem(Deployment& product, const Target& target
         throw Failure(verdict.OfFailure(failure), failure.ErrorNumber());
     }
     if (std::optional<Problem> problem = verdict.Of(result)) return problem;
-    // What was looked at must be what is written.
+    // What was checked must be what is written.
     const FileState now = StateOf(staged);
     if (now.IsRegular() && now.mode == mode && ReadFileBytes(staged) == bytes) return std::nullopt;
     return verdict.OfChangedFile();

@@ -23,7 +23,8 @@ std::string PurposeOf(const std::string& ownDirectory) {
     return ownDirectory == "ZET_VAR_LIB_DIR" ? _("the status") : _("the templates");
 }
 
-/// What takes away the attribute that keeps even root from replacing the files in it; null: it has none.
+/// The remedy for an attribute that keeps even root from replacing files in the directory; null if it has
+/// none.
 const char* RemedyOfFixed(const std::string& directory) {
     struct statx status = {};
     if (statx(AT_FDCWD, directory.c_str(), 0, STATX_TYPE, &status) != 0) return nullptr;
@@ -72,12 +73,12 @@ std::vector<Problem> CheckOwnDirectory(const Paths& paths, const std::string& na
 
 namespace {
 
-/// A file by its name in a directory, and by that which its reader knows.
+/// A file by its name in a directory, and by the path that the reader knows.
 struct NamedFile {
     int directory;
     const std::string& name;
     const std::string& path;
-    const Names* names = nullptr;  ///< all in the directory, where they are known
+    const Names* names = nullptr;  ///< all names in the directory; null: not known
 
     FileState StateOfCompanion(const char* suffix) const {
         const std::string companion = name + suffix;
@@ -97,7 +98,7 @@ std::optional<Problem> CheckTemporaryOf(const NamedFile& file, bool isCutShort) 
                    _("move it away")};
 }
 
-/// `mode` is none of a file that is not there.
+/// `mode` is none if the file is not there.
 FileToWrite CheckToWrite(const NamedFile& file, std::optional<mode_t> mode, const char* entry,
                          bool isCutShort) {
     FileToWrite checked;

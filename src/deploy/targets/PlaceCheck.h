@@ -11,18 +11,18 @@
 #include "deploy/state/Host.h"
 #include "zet/ZETProblem.h"
 
-/// What keeps a file from being written where it is, told before anything is.
+/// Finds what would keep a file from being written in its place before anything is written.
 namespace ZET::Deploy {
 
-/// What is wrong with a directory that files are to be written in; `name` is where its name comes from.
+/// What is wrong with a directory in which files are to be written; `name` says where its name comes from.
 std::vector<Problem> CheckDirectory(const std::string& directory, const std::string& purpose,
                                     const std::string& name);
 
-/// The same of the directory that a parameter of the product's own names, on which root relies.
+/// The same for a directory that a parameter of the product names, and on which root relies.
 std::vector<Problem> CheckOwnDirectory(const Paths& paths, const std::string& name,
                                        const std::string& directory);
 
-/// A file that is written under its own name or read back must not be a link to somewhere else.
+/// A file that is written under its own name, or read back, must be regular, and no link to somewhere else.
 std::vector<Problem> CheckRegular(const std::string& path);
 
 /// What was seen of a file that is to be written.
@@ -31,23 +31,24 @@ struct FileToWrite {
     bool hasCompanion = false;  ///< a reserve, or a mark that there was nothing
 };
 
-/// The file, and all that is written beside it. `entry` of the lists is what names it. What a run that was
-/// cut short left of it is cleared away first.
+/// Checks the file, and all that is written beside it. `entry` says what names it in the lists. If
+/// `isCutShort`, what a run left of the file is cleared away first.
 FileToWrite CheckFileToWrite(const std::string& path, const char* entry, bool isCutShort);
 
-/// The same of one that was found: what stands beside it is looked up in its directory, which is held.
-/// `entry` is not translated yet. `names` are all that are in that directory; null: they are not known.
+/// The same for a file that was found: its companions are looked up in its directory, which is held. `entry`
+/// is not translated yet. `names` are all that are in that directory; null if they are not known.
 FileToWrite CheckFileToWrite(const FoundFile& found, const std::string& path, const char* entry,
                              bool isCutShort, const Names* names);
 
-/// The name under which it is written is nobody's.
+/// Nobody else may have the name under which the file is first written.
 std::optional<Problem> CheckTemporary(const std::string& path, bool isCutShort);
 
-/// Against the ways by which these names lead root to the file, since a link on one may be somebody else's.
+/// What is wrong with the ways by which these names lead root to the file, since a link there may be somebody
+/// else's.
 std::vector<Problem> ObjectionsTo(const Paths& paths, const std::set<std::string>& names,
                                   const std::string& path);
 
-/// Who only looks need not be the one who writes.
+/// Turns problems with this user's rights into warnings: whoever only looks need not be the one who writes.
 void WarnOfRights(Observer& observer, std::vector<Problem>& problems);
 
 }  // namespace ZET::Deploy

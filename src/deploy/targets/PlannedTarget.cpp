@@ -23,7 +23,7 @@ FileOutcome OutcomeWithoutDiff(const PlannedTarget& planned) {
     return outcome;
 }
 
-/// What cannot be compared is told, and keeps nothing from being shown or done.
+/// A failed comparison is reported, and keeps nothing from being shown or done.
 ShownDiff DiffIfAny(Deployment& product, const DiffSet& diffs, std::size_t pair, const std::string& path) {
     try {
         return DiffToShow(product, diffs, pair, path);

@@ -9,7 +9,7 @@
 
 namespace ZET::Deploy {
 
-/// NUL bytes and line feeds stand in none of its parts.
+/// No part of a line holds a NUL byte or a line feed.
 std::string TextOf(const std::vector<RememberedLine>& lines) {
     std::string text;
     for (const RememberedLine& line : lines) {

@@ -22,17 +22,17 @@ struct RememberedLine {
     bool operator==(const RememberedLine&) const = default;
 };
 
-/// What is remembered, as a text that is kept with the file.
+/// The lines as a text that is kept with the file.
 std::string TextOf(const std::vector<RememberedLine>& lines);
 std::vector<RememberedLine> RememberedIn(std::string_view text);
 
-/// What is remembered of a file of which this is known, of both roles.
+/// The lines of both roles that are remembered for a file of this kind, with this knowledge.
 std::vector<RememberedLine> LinesSetIn(Store& store, FileKind kind, const Knowledge& knowledge);
 
-/// The roles of the lines, and those that are given.
+/// The roles of the lines, and `roles`.
 std::set<Role> WithRolesOf(const std::vector<RememberedLine>& lines, std::set<Role> roles);
 
-/// The roles that have committed a file: its text, or lines of it. All, where nobody can tell any more.
+/// The roles that have committed a file, or lines of it. All roles if nobody can tell any more.
 std::set<Role> CommittersOf(Store& store, FileKind kind, const Knowledge& knowledge);
 
 }  // namespace ZET::Deploy

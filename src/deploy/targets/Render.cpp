@@ -28,7 +28,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// The operation tells whether it came to its end.
+/// The operation returns whether it came to its end.
 template <typename Operation>
 void Perform(Deployment& product, const std::string& templateName, const std::string& path,
              Operation operation) {
@@ -50,7 +50,7 @@ struct Expansion {
     StringMap& values;
 };
 
-/// As the module processes a template, with or without its notice. Null when it cannot be opened.
+/// Does what the module does to process a template, with or without its notice. Null if it cannot be opened.
 std::shared_ptr<IZETConfigFile> Expanded(Deployment& product, const Expansion& expansion,
                                          const std::string& name) {
     auto file = product.Config().OpenConfigFileTemplate(expansion.templateName, name, NameOf(expansion.role),
@@ -65,21 +65,21 @@ bool SaveRendering(Deployment& product, const Expansion& expansion, const std::s
     return file != nullptr;
 }
 
-/// In its place, without a record of what was there before.
+/// Renders the file in its place, without a record of what was there before.
 void RenderExpansion(Deployment& product, const Expansion& expansion, const std::string& name,
                      const std::string& path) {
     Perform(product, expansion.templateName, path,
             [&] { return SaveRendering(product, expansion, name, true); });
 }
 
-/// The values that are given come before the host's own.
+/// The given values win over the host's own.
 StringMap WithHostsValues(HostProduct& product, const StringMap& values) {
     StringMap all = values;
     all.insert(product.TemplateValues().begin(), product.TemplateValues().end());
     return all;
 }
 
-/// What the list gives, or else the template, whose mode is known if it was looked at.
+/// The mode that the list gives, or else the template's, which is known if it was looked at.
 mode_t ModeToGive(Deployment& product, const std::string& templateName, const std::string& file,
                   const std::optional<mode_t>& known = std::nullopt) {
     const Target* const target = product.Lists().EntryOf(templateName);
@@ -87,8 +87,8 @@ mode_t ModeToGive(Deployment& product, const std::string& templateName, const st
     return known ? *known : ModeOf(file);
 }
 
-/// Hands the text that a template renders to to `take`, once. A module that cannot tell it writes the file
-/// `name`.
+/// Passes the rendered text to `take`, once. A module that cannot hand it out writes the file `name` for
+/// that.
 void TellRendering(Deployment& product, const Expansion& expansion, const std::string& name,
                    const std::function<void(std::string_view text)>& take) {
     Perform(product, expansion.templateName, name, [&] {
@@ -104,13 +104,13 @@ void TellRendering(Deployment& product, const Expansion& expansion, const std::s
     });
 }
 
-/// Links followed; none, too, where nobody may look.
+/// Links are followed. Also none if this user may not look.
 std::optional<mode_t> ModeIfThere(const std::string& path) {
     struct stat status = {};
     return stat(path.c_str(), &status) == 0 ? std::optional(status.st_mode & kModeBits) : std::nullopt;
 }
 
-/// Whether a commit that renders `text` would leave the file as it is, its owner among it.
+/// Whether a commit that renders `text` would leave the file as it is, with its owner.
 bool IsAsRendered(const SeenFile& file, std::string_view text, mode_t mode, bool& isOther) {
     const FileState& state = file.State();
     if (!state.IsRegular()) return false;
@@ -118,8 +118,8 @@ bool IsAsRendered(const SeenFile& file, std::string_view text, mode_t mode, bool
     return !isOther && state.owner == geteuid() && state.group == getegid();
 }
 
-/// The notice names the template that was read: the working copy to be, not its stand-in in the private
-/// directory.
+/// Makes the notice name the working copy to be, and not its stand-in in the private directory, which was
+/// read.
 std::string NamingWorkingCopy(std::string_view text, const std::string& standIn,
                               const std::string& workingCopy) {
     std::string renamed(text);
@@ -128,7 +128,7 @@ std::string NamingWorkingCopy(std::string_view text, const std::string& standIn,
     return renamed;
 }
 
-/// A template on trial: nothing outside the private directory changes.
+/// Renders a template on trial: nothing outside of the private directory changes.
 class Trial {
   public:
     using Take = std::function<void(std::string_view text, mode_t mode)>;
@@ -150,27 +150,28 @@ class Trial {
         });
     }
 
-    /// As if the working copy had this text.
+    /// The same, as if the working copy had this text.
     void TellOfText(const std::string& templateText, StringMap& values, const Take& take) const {
         const std::string source = TemplateFile(m_product, m_name);
         WriteStagedFile(m_staging.PathOf("made-up/" + m_name), templateText, ModeOf(source));
         TellOfStandIn("made-up", source, values, take);
     }
 
-    /// As the file that it would be.
+    /// Writes the rendering into a file.
     std::string Write(std::string_view text, mode_t mode) const {
         std::string file = File();
         WriteStagedFile(file, text, mode);
         return file;
     }
 
-    /// The same, if somebody asks for it.
+    /// Keeps the rendering, which becomes a file if somebody asks for one.
     std::shared_ptr<const StagedText> Keep(std::string_view text, mode_t mode) const {
         return std::make_shared<const StagedText>(m_staging, Name(), text, mode);
     }
 
   private:
-    /// The module installs the pristine template where there is none.
+    /// If there is no working copy, the module installs the pristine template: here, into the private
+    /// directory.
     void TellOfStandIn(const char* directory, const std::string& source, StringMap& values,
                        const Take& take) const {
         const std::string standIn = m_staging.PathOf(std::string(directory) + "/" + m_name);

@@ -9,17 +9,17 @@
 
 namespace ZET::Deploy {
 
-/// The services that do not notice the change of their files by themselves: they are restarted, or told to
-/// read them again.
+/// The services that do not notice by themselves that their files change: they are restarted, or read the
+/// files again.
 class Restarts {
   public:
-    /// Each counts once.
+    /// Each service counts once.
     void Add(const Services& services);
     void Add(const Target& target, Role role) { Add(target.ServicesFor(role)); }
 
     const std::vector<std::string>& ToRestart() const { return m_services; }
 
-    /// Of those that are not restarted.
+    /// Leaves out those that are restarted anyway.
     std::vector<std::string> ToReload() const;
 
     void Tell(Observer& out) const;

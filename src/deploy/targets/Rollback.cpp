@@ -30,8 +30,7 @@ using Result = FileOutcome::Result;
 using Step = TakeBackStep;
 using Action = TakeBackStep::Action;
 
-/// One rollback, under the lock: first it is known what becomes of every file, which is recorded, then it is
-/// done.
+/// One rollback, under the lock: what becomes of every file is decided, then recorded, then done.
 class Rollback {
   public:
     Rollback(Deployment& product, const std::vector<std::string>& names, const RollBackToOptions& options,
@@ -63,7 +62,7 @@ class Rollback {
                 m_product.Out().Remark(_("no file would change, but what is on record would"));
             return result;
         }
-        // What could not be put back is none of those that are taken back any more.
+        // A file that could not be put back does not count as taken back any more.
         if (isLast && IsLast(all.files, steps)) RemoveStatusIfPossible();
         m_recording.Complete(Ending::DoneInPart);
         if (!m_recording.IsOn() && IsStillOnRecord(steps, isLast)) {
@@ -100,7 +99,7 @@ class Rollback {
                                "once ZET_VAR_LIB_DIR can be written)"));
     }
 
-    /// Of the files that were asked for; of all, those that were edited in place included, when none was.
+    /// The steps for the files that were asked for or, if none was, for all, including those edited in place.
     std::vector<Step> Steps(const std::vector<WrittenFile>& written) {
         std::vector<WrittenFile> files = written;
         for (WrittenFile& file : FindEditedFiles(m_product, m_known, written))
@@ -115,7 +114,7 @@ class Rollback {
         return steps;
     }
 
-    /// A file that cannot be put back does not keep the others from it.
+    /// A file that cannot be put back does not stop the others.
     template <typename Call>
     void Try(Step& step, Call call) {
         try {
@@ -155,9 +154,9 @@ class Rollback {
         Try(step, [&](const Step& tried) { m_takeBack.Do(tried); });
     }
 
-    /// Whether neither targets nor lines of the role are left when all steps are done.
+    /// Whether no targets and no lines of the role are left after all steps.
     bool IsLast(const std::vector<WrittenFile>& all, const std::vector<Step>& steps) const {
-        // What was edited in place is no role's.
+        // What was edited in place belongs to no role.
         const auto isRoles = [&](const Step& step) { return !step.file.isEdit || HasLines(step.file.path); };
         if (!m_names.empty() && std::none_of(steps.begin(), steps.end(), isRoles)) return false;
         std::set<std::string_view> takenBack;
@@ -181,7 +180,7 @@ class Rollback {
                CommittersOf(*store, file->kind, file->state.knowledge).contains(m_product.Role());
     }
 
-    /// What is going to be changed.
+    /// Expects what is going to be changed.
     void Expect(const std::vector<Step>& steps, bool isLast) {
         for (const Step& step : steps) {
             if (step.action != Action::Nothing) m_recording.Expect(m_takeBack.Expected(step));
@@ -191,7 +190,8 @@ class Rollback {
             m_recording.Expect({.path = path, .kind = FileKind::Status, .after = CapturedFile()});
     }
 
-    /// Without the directory that it is in there is none; one that cannot go keeps no file from going back.
+    /// If its directory is missing, there is no status. One that cannot be removed keeps no file from going
+    /// back.
     void RemoveStatusIfPossible() {
         if (m_isLocked) return RemoveStatus();
         try {

@@ -14,10 +14,10 @@ struct RollbackResult {
     bool isChanged = false;  ///< something was, or would be, put back or forgotten
 };
 
-/// Puts back what was there before the role's commits: the targets that `names` has, all when it is empty,
-/// and at the end the role's status. What was edited since stays, unless that is forced. What cannot be put
-/// back does not keep the others from it. Each file is told to the observer, and so are the services to
-/// restart. A name that is no target is a `UsageError`.
+/// Puts back what was there before the role's commits: the targets in `names`, or all if it is empty, and at
+/// the end the role's status. What was edited since stays, unless that is forced. A file that cannot be put
+/// back does not stop the others. Reports each file and the services to restart to the observer. Throws a
+/// `UsageError` for a name that is no target.
 RollbackResult RollBack(Deployment& product, const std::vector<std::string>& names,
                         const RollBackToOptions& options = {});
 

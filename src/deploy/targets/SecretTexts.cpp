@@ -17,7 +17,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// By the clock that the system takes the times of files from.
+/// The time of the clock from which the system takes the times of files.
 std::int64_t Now() {
     constexpr std::int64_t kNanoseconds = 1'000'000'000;
     struct timespec now = {};
@@ -55,7 +55,7 @@ void SecretTexts::Wrote(const std::string& file) {
     if (IsOf(file)) LookAt(file);
 }
 
-/// A file that did not change since then is no later copy of a text that is later than the look.
+/// A file that has not changed since the look cannot be a copy of a text that is newer than the look.
 bool SecretTexts::IsOlderThanLook(const std::string& file, const struct stat& status) const {
     return HasLooked() && (m_written.count(file) != 0 || VersionFrom(status).changed < m_looked);
 }
@@ -81,7 +81,7 @@ void SecretTexts::LookAt(const std::string& file) {
     }
 }
 
-/// What this run wrote since then has another inode, and another file may have got the former one.
+/// A file that this run wrote since then has another inode, and another file may have got its former one.
 bool SecretTexts::IsHardLink(const struct stat& status) const {
     const auto [begin, end] = m_byInode.equal_range({status.st_dev, status.st_ino});
     return std::any_of(begin, end, [&](const auto& known) {
@@ -90,7 +90,7 @@ bool SecretTexts::IsHardLink(const struct stat& status) const {
     });
 }
 
-/// Who made a text to have the digest of another has made no copy of it.
+/// The bytes are compared, too: a text that was made to have the same digest is no copy.
 bool SecretTexts::IsCopy(const std::string& file, const struct stat& status) {
     const auto known = m_bySize.find(status.st_size);
     if (known == m_bySize.end()) return false;

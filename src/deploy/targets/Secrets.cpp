@@ -22,7 +22,7 @@ namespace {
 constexpr char kClosed[] = ZET_TEXT("the file is not for everybody");
 constexpr char kLeftList[] = ZET_TEXT("it was committed, and is in no list any more");
 
-/// Whether the name is that of a file's copy, which holds the same text; it is then the file's.
+/// Turns the name of a copy, which holds the same text, into the file's. Returns false if it is not one.
 bool NameOriginal(std::string& name) {
     for (const std::string_view suffix : {ZETReserveSuffix, ZETTemporarySuffix, kKeptSuffix}) {
         if (!name.ends_with(suffix)) continue;
@@ -51,7 +51,7 @@ std::string Secrets::Excuse(const std::string& path) {
         m_host.Out().Warning(Words("%s; so no text is shown", m_trouble));
         m_trouble.clear();
     }
-    // What a text is made of may be private where the file that it is going to be is not.
+    // What a text is made from may be private though the file that it is going to be is not.
     const char* const reason = verdict.audience == Audience::Everybody ? _(kClosed) : verdict.reason;
     return Words("text not shown: %s; --show-secrets shows it", reason);
 }
@@ -73,7 +73,7 @@ void Secrets::Wrote(const std::string& path) {
         for (const std::string& name : NamesOfText(path))
             m_listed->Wrote(name);
     } catch (const Failure&) {
-        m_listed.reset();  // all are looked at again for whatever is asked next
+        m_listed.reset();  // all are looked at again for the next question
     }
 }
 
@@ -84,10 +84,10 @@ bool Secrets::IsClosed(const FileState& state) {
 bool Secrets::IsClosed(const std::string& file) {
     struct stat status = {};
     if (stat(file.c_str(), &status) == 0) return S_ISREG(status.st_mode) && (status.st_mode & S_IROTH) == 0;
-    return IsClosed(StateOf(file));  // where nobody can tell, that tells why
+    return IsClosed(StateOf(file));  // throws the reason if nobody can tell
 }
 
-/// Once judged, it stays: what a command makes of a private file is no less private.
+/// A verdict stays: what a command makes of a private file is no less private.
 const Secrets::Verdict& Secrets::Judged(const std::string& path) {
     const auto known = m_verdicts.find(path);
     return known != m_verdicts.end() ? known->second : m_verdicts.emplace(path, Judge(path)).first->second;
@@ -130,7 +130,7 @@ std::set<std::string> Secrets::NamesOfText(const std::string& path) const {
     return names;
 }
 
-/// The same of the templates that the file, its reserve or what it is a copy of says to be made from.
+/// The templates from which the file, its reserve, or what it is a copy of, says that it was made.
 std::set<std::string> Secrets::NamesOfTemplates(const std::string& path) {
     std::set<std::string> files = NamesOfText(path);
     files.insert(m_lists.NameOf(path + ZETReserveSuffix));
@@ -148,8 +148,8 @@ bool Secrets::HasLeftList(const std::set<std::string>& names) {
     });
 }
 
-/// The working copy or the pristine template of a target that no list has, whether the target is there still
-/// or not.
+/// Whether it is the working copy or the pristine template of a target that no list has any more, even if the
+/// target is gone.
 bool Secrets::IsTemplateThatLeftList(const std::string& name) {
     for (const char* const directory : {"ZET_CFG_DIR", "ZET_CFG_TEMPL_DIR"}) {
         const std::string place = m_lists.NameOf(m_host.Param(directory)) + "/";
@@ -169,7 +169,7 @@ bool Secrets::IsCopyOfListed(const std::string& path) {
     return !Listed().IsEmpty() && Listed().IsIn(m_lists.NameOf(path));
 }
 
-/// The target itself, the template's working copy, and the pristine template.
+/// The targets that the list calls secret, with their working copies and pristine templates.
 SecretTexts& Secrets::Listed() {
     if (m_listed) return *m_listed;
     std::set<std::string> listed;

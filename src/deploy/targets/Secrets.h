@@ -15,12 +15,12 @@ class Host;
 struct FileState;
 struct Target;
 
-/// Whose eyes the text of a file is for. There is one object in a run, which knows what the lists say.
+/// Knows who may see the text of a file. There is one object in a run, which knows what the lists say.
 ///
 /// Secret is the text of a target that the list calls so, of its template, of what was made from that
-/// template, of a copy of any of these, and of a target that left the list, with its template: nobody can
-/// tell any more. Private is what others may not read, as its mode says, with its copies and what is made
-/// from it. Without lists that can be relied on, nothing is known to be for everybody.
+/// template, and of a copy of any of these. So is a target that left the list, with its template, since
+/// nobody can tell any more. Private is what others may not read by its mode, with its copies and what is
+/// made from it. Without lists that can be relied on, nothing is known to be for everybody.
 class Secrets {
   public:
     Secrets(Host& host, HostLists& lists);
@@ -32,24 +32,24 @@ class Secrets {
         Nobody      ///< shown to whoever asks for secrets
     };
 
-    /// A file that is to come counts by what it is named, and what is there already of its copies.
+    /// A file that is yet to be made is judged by its name, and by those of its copies that are there.
     Audience Of(const std::string& path) { return Judged(path).audience; }
     bool IsPrivate(const std::string& path) { return Of(path) != Audience::Everybody; }
 
-    /// Whether the text is left out of a report that nobody asked just this text of.
+    /// Whether a report leaves the text out, unless just this text was asked for.
     bool Hides(const std::string& path);
 
-    /// Why, and how to see it, as a part of a sentence: "text not shown: ...; --show-secrets shows it". That
-    /// nobody can tell is a warning.
+    /// Why, and how to see it, as a part of a sentence: "text not shown: ...; --show-secrets shows it". Warns
+    /// if nobody can tell.
     std::string Excuse(const std::string& path);
 
-    /// The same of a file of which only the history tells that a commit wrote it.
+    /// The same for a file of which only the history says that a commit wrote it.
     static std::string ExcuseOfWhatLeftList();
 
-    /// Somebody asks for the text of the file: a `Failure` with the remedy where he has to ask for secrets.
+    /// For somebody who asks for the text: throws a `Failure` with the remedy if secrets must be asked for.
     void RequireShown(const std::string& path);
 
-    /// The run has written the file: what was not judged yet may be a copy of that.
+    /// The run has written the file: what was not judged yet may be a copy of it.
     void Wrote(const std::string& path);
 
     /// Whether others may not read the file, links followed.
@@ -77,7 +77,7 @@ class Secrets {
     HostLists& m_lists;
     std::map<std::string, Verdict> m_verdicts;
     std::optional<SecretTexts> m_listed;  ///< of the targets that the list calls secret
-    std::string m_trouble;                ///< why nobody can tell; empty when that was told
+    std::string m_trouble;                ///< why nobody can tell; empty once that was reported
 };
 
 }  // namespace ZET::Deploy

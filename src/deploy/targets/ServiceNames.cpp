@@ -26,13 +26,14 @@ constexpr ServiceName kServiceNames[] = {
     {"${ldap_uris}", "_ldap_tcp"},
 };
 
-/// A program of its own: a name service that does not answer holds nobody up for longer than `kPatience`.
+/// Asks through another program, so that a name service that does not answer holds nobody up for longer than
+/// `kPatience`.
 bool HasAddress(const char* host) {
     const ProcessResult result = RunProcess({"getent", "ahosts", host}, {.timeLimit = kPatience});
     return !result.isLate && result.status == 0;
 }
 
-/// Where the main configuration file says so; the whole file when the words of the command did.
+/// The place where the main configuration file says so; the whole file if the words of the command did.
 Problem ProblemIn(const std::string& file) {
     Problem problem{.file = file};
     for (const GivenParameter& given : ReadConfText("", ReadFileBytes(file)).given)

@@ -11,21 +11,22 @@
 
 namespace ZET::Deploy {
 
-/// The path as the labels of a diff have it: one with ".." in it is none that `patch` accepts.
+/// The path for the labels of a diff: `patch` accepts none with ".." in it.
 std::string ShownPath(const std::string& path);
 
-/// The diff of a change of `path`, or of its companion `shownPath`, if one is wanted: of a text that is not
-/// for everybody, only where it changes.
+/// The diff of a change of `path`, or of its companion `shownPath`, if diffs are wanted. Of a text that is
+/// not for everybody, it only says where it changes.
 ShownDiff DiffToShow(Deployment& product, const std::string& oldFile, const std::string& newFile,
                      const std::string& path, const std::string& shownPath = "");
 
-/// The same of a pair of files that was compared together with others.
+/// The same for a pair of files that was compared together with others.
 ShownDiff DiffToShow(Deployment& product, const DiffSet& diffs, std::size_t pair, const std::string& path);
 
-/// Where the texts differ, without the texts; `excuse` says why.
+/// Says where the texts differ, without the texts; `excuse` says why.
 ShownDiff WithoutText(ShownDiff diff, const std::string& path, const std::string& excuse);
 
-/// The same of what a commit wrote by the history, and no list has any more: it may have been called secret.
+/// The same for what the history says a commit wrote, and no list has any more: it may have been called
+/// secret.
 ShownDiff WithoutFormerSecrets(Deployment& product, ShownDiff diff, const RecordedFile& file,
                                const std::string& path);
 

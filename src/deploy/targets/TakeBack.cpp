@@ -47,7 +47,7 @@ void RequireRegularIfThere(const std::string& path, const FileState& state) {
         throw Failure({.file = path, .text = _("is no regular file"), .remedy = _("move it away")});
 }
 
-/// Nothing takes its place.
+/// A directory is never replaced.
 void RequireNoDirectory(const std::string& path, const FileState& now) {
     if (now.exists && S_ISDIR(now.mode))
         throw Failure({.file = path, .text = _("is a directory"), .remedy = _("move it away")});
@@ -82,7 +82,7 @@ void TakeBack::Decide(TakeBackStep& step) {
     if (step.IsChange()) RequireWritable(step);
 }
 
-/// What would keep it from going back is told before anything goes.
+/// Finds out before anything goes back what would keep this file from it.
 void TakeBack::RequireWritable(const TakeBackStep& step) const {
     const FileInPlace place = step.file.PlaceIn(m_product.HostPaths());
     RequireUsableDirectory(m_product, place.Path());
@@ -109,7 +109,7 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
     }
     RequireRegularIfThere(file.Reserve(), reserve);
     RequireRegularIfThere(file.Absence(), absence);
-    // What cannot be read is not told as edited.
+    // A file that cannot be read must not be reported as edited.
     if (now.IsRegular()) RequireReadableFile(file.path);
     if (now.exists && !m_ways.isForced && !IsOwnWork(file)) {
         KeepEdited(step);
@@ -122,7 +122,7 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
     }
 }
 
-/// False when the file goes back to its reserve, as a target does.
+/// Returns false if the file goes back to its reserve, as a target does.
 bool TakeBack::DecideEdit(TakeBackStep& step) {
     if (!m_ways.isForced && m_known.Find(step.file.path) == nullptr && MayBeOthers(step.file)) {
         KeepOthers(step);
@@ -174,7 +174,7 @@ void TakeBack::PlanText(TakeBackStep& step, std::string text) {
     step.outcome.diff = DiffToShow(m_product, step.file.path, staged, step.file.path);
 }
 
-/// Whoever obeys its notice is not to commit the role that goes.
+/// Lets the notice name the other role's command: whoever follows it must not commit the role that goes.
 void TakeBack::LeaveToOtherRole(TakeBackStep& step) {
     step.action = Action::OnlyRecord;
     TellOfOtherRole(step);
@@ -226,7 +226,7 @@ bool TakeBack::IsAsLeftToGo(const std::string& path) const {
     return m_known.IsOwnWork(path) || (m_known.IsAsLeft(path) && m_known.Has(path, m_otherRole));
 }
 
-/// The words that put the file back all the same.
+/// The words of the command or option that puts the file back all the same.
 std::string TakeBack::Force(const WrittenFile& file) const {
     return m_ways.isOfCommit ? Words("\"rollback-config --force %s\"", Text::ShellWord(file.named))
                              : "--force";
@@ -252,7 +252,7 @@ bool TakeBack::MayBeOthers(const WrittenFile& file) const {
     return m_known.IsUnusable() && file.isOfBoth && IsFileExist(m_product.State().Status(m_otherRole));
 }
 
-/// Without the history, nobody can tell.
+/// Without the history, nobody can tell whether the other role has committed the file.
 void TakeBack::KeepOthers(TakeBackStep& step) const {
     const std::string remark =
         Words("may have been committed by the role %s, too, and stays (%s puts it back)",
@@ -261,8 +261,8 @@ void TakeBack::KeepOthers(TakeBackStep& step) const {
     Keep(step, remark);
 }
 
-/// Whether nothing but the product's work is lost when the file is replaced: it is what the product wrote, or
-/// what was there before, where a run was cut short in between. Of an edit in place, that is known by then.
+/// Whether replacing the file loses nothing but the product's work: the file is what the product wrote or, if
+/// a run was cut short in between, what was there before. For an edit in place, that is known already.
 bool TakeBack::IsOwnWork(const WrittenFile& file) {
     if (file.isEdit || IsAsLeftToGo(file.path)) return true;
     if (!StateOf(file.path).IsRegular()) return false;
@@ -292,7 +292,7 @@ void TakeBack::Do(const TakeBackStep& step) const {
     if (step.action != Action::PutBack && step.action != Action::DropReserve) return;
     const FileInPlace place = step.file.PlaceIn(m_product.HostPaths());
     if (step.action == Action::PutBack) return PutBackAsItWas(m_product, place, step.version);
-    // What cannot be replaced, like a mount point, can be as it was all the same.
+    // What cannot be replaced, like a mount point, can still be as it was.
     place.Within([&](const std::string& name) { m_product.Config().RemoveConfigFileReserve(name); });
 }
 
@@ -312,12 +312,12 @@ ExpectedFile TakeBack::Expected(const TakeBackStep& step) const {
         file.base = step.others;
     }
     if (step.action == Action::OnlyRecord) {
-        // What somebody else makes of it meanwhile is not the product's work.
+        // What somebody makes of the file meanwhile is not the product's work.
         file.after = Capture(file.path, longest);
         const KnownFile* const known = m_known.Find(file.path);
         if (!step.others && !m_known.Has(file.path, m_otherRole)) return file;
         if (!step.others) file.kind = FileKind::Target;
-        // Somebody may have edited it since.
+        // Somebody may have edited the file since.
         file.knownAs = known->state;
         return file;
     }
@@ -339,7 +339,7 @@ ExpectedFile TakeBack::Expected(const TakeBackStep& step) const {
     return file;
 }
 
-/// Made when it is needed: most rollbacks compare nothing, and work where there is no room left.
+/// Made when it is first needed: most rollbacks compare nothing, and work where there is no room left.
 const Staging& TakeBack::Room() {
     if (!m_staging)
         m_staging =

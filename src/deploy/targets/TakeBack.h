@@ -22,46 +22,46 @@ struct TakeBackStep {
     WrittenFile file;
     FileOutcome outcome{};
     Action action = Action::Nothing;
-    FileVersion version{};  ///< before it was looked at
+    FileVersion version{};  ///< taken before the file was looked at
     bool hasReserve = false;
-    bool isKept = false;                  ///< it should have gone back, and stays
-    std::string text{};                   ///< without the blocks, or with the other role's command
-    std::optional<std::string> others{};  ///< lines that the other role has set there, as they are remembered
+    bool isKept = false;  ///< it should have gone back, but stays
+    std::string text{};   ///< the new text: without the blocks, or naming the other role's command
+    std::optional<std::string> others{};  ///< the lines that the other role has set, as they are remembered
 
     bool IsChange() const { return action != Action::Nothing && action != Action::OnlyRecord; }
 
-    /// What is told of the file; the states and the difference are none then.
+    /// Sets what is reported of the file; its states and its diff are empty then.
     void Tell(FileOutcome::Result result, const std::string& remark);
 };
 
-/// How files go back that the product wrote: a target to its reserve, an edit in place to that or by its
-/// blocks. What others did since stays.
+/// Decides how files that the product wrote go back: a target to its reserve, an edit in place to its reserve
+/// or by losing its blocks. What others did since stays.
 class TakeBack {
   public:
     struct Ways {
         bool isForced = false;    ///< what others did does not count
-        bool keepsEdits = false;  ///< an edited file stays without a word
-        bool isOfCommit = false;  ///< which cannot be forced to
+        bool keepsEdits = false;  ///< an edited file stays without a warning
+        bool isOfCommit = false;  ///< a commit takes files back, and cannot be forced
     };
 
     TakeBack(Deployment& product, const KnownFiles& known, const Ways& ways)
         : m_product(product), m_known(known), m_ways(ways), m_otherRole(OtherRole(product.Role())) {}
 
-    /// What cannot be read, and damaged markers, are a `Failure`.
+    /// Throws a `Failure` for what cannot be read, and for damaged markers.
     void Decide(TakeBackStep& step);
 
-    /// Whether it may come back with the file system that it was on.
+    /// Whether the file's directory is missing: the file may come back with the file system that it was on.
     bool IsOutOfReach(const WrittenFile& file) const;
 
-    /// Whether nothing tells what was there before the product. What the other role has committed is only to
-    /// be left to it.
+    /// Whether nothing says what was there before the product. Does not count what the other role has
+    /// committed, to which the file is left.
     bool IsReserveLost(const WrittenFile& file) const;
 
-    /// Whether it is as the product left it, and nobody's edits go with it: those that a commit merged stay
-    /// where the other role has the file.
+    /// Whether the file is as the product left it, and nobody's edits go with it. Those that a commit merged
+    /// stay if the other role has the file.
     bool IsAsLeftToGo(const std::string& path) const;
 
-    /// What the history is told before.
+    /// What is recorded before the step is done.
     ExpectedFile Expected(const TakeBackStep& step) const;
 
     void Do(const TakeBackStep& step) const;

@@ -33,7 +33,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// A file that is written through its name: nothing else may have that text.
+/// For a file that is written through its name, which must be its only one.
 std::vector<Problem> CheckSingle(const std::string& path) {
     std::vector<Problem> problems = CheckRegular(path);
     if (problems.empty() && StateOf(path).links > 1)
@@ -41,7 +41,7 @@ std::vector<Problem> CheckSingle(const std::string& path) {
     return problems;
 }
 
-/// Whether a commit can record what it does. What this user may not read, he does not write.
+/// Whether a commit can record what it does. A user who may not read the history does not write it either.
 std::vector<Problem> CheckHistory(Host& host) {
     try {
         host.HostHistory().ToLookForWriting();
@@ -51,7 +51,7 @@ std::vector<Problem> CheckHistory(Host& host) {
     }
 }
 
-/// The product's own directories, and the files in them that a commit writes.
+/// Checks the product's own directories, and the files in them that a commit writes.
 std::vector<Problem> CheckOwnFiles(Deployment& product) {
     const StateDirectory state = product.State();
     std::vector<Problem> problems =
@@ -72,14 +72,14 @@ std::vector<Problem> CheckOwnFiles(Deployment& product) {
     return problems;
 }
 
-/// Whether this user may not read it; `path` is what to open to find that out.
+/// Whether this user may not read the file; `path` is what to open to find out.
 bool IsDenied(const std::string& path, int flags) {
     const Descriptor opened(open(path.c_str(), flags | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     return opened < 0 && errno == EACCES;
 }
 
 /// What keeps the user in whose directory a target lies from rendering it: its template, or the directory in
-/// which root is going to install the working copy. Empty when nothing does.
+/// which root is going to install the working copy. Empty if nothing does.
 std::string DeniedToHolder(Host& host, const Target& target, const FoundFile& found) {
     if (!found.judge.Holder()) return "";
     const std::string file = TemplateFile(host, target.templateName);
@@ -94,7 +94,7 @@ std::string DeniedToHolder(Host& host, const Target& target, const FoundFile& fo
     return isFileDenied ? file : isEntryDenied ? directory : "";
 }
 
-/// Checks targets one by one; what they have in common is in here.
+/// Checks targets one by one; holds what the checks have in common.
 class TargetChecker {
   public:
     TargetChecker(Deployment& product, const TargetList& list, const std::vector<Target>& checked,
@@ -110,7 +110,7 @@ class TargetChecker {
             m_targetsIn[DirectoryOf(target.path)]++;
     }
 
-    /// Without a path where that cannot be told, which is a problem.
+    /// The place has no path if that cannot be told, which is a problem.
     CheckedPlace Check(const Target& target) {
         CheckedTemplate checked = CheckTemplate(m_product, target.templateName, m_values);
         Append(m_result, std::move(checked.problems));
@@ -131,7 +131,7 @@ class TargetChecker {
     std::vector<Problem> Result() { return std::move(m_result); }
 
   private:
-    /// One that is missing is going to be installed.
+    /// A working copy that is missing is going to be installed.
     void CheckWorkingCopy(const Target& target) {
         const std::string copy = WorkingCopy(m_product, target.templateName);
         if (StateOf(copy).exists) return;
@@ -154,7 +154,7 @@ class TargetChecker {
         Append(m_result, m_claimed.AddTarget(target, found.path));
     }
 
-    /// Its directory, and the way there.
+    /// Checks the target's directory, and the way there.
     std::vector<Problem> CheckPlace(const Target& target, const std::string& path, const FoundFile& found) {
         std::vector<Problem> problems = CheckDirectoryOf(path);
         if (!target.trusted.empty() && getpwnam(target.trusted.c_str()) == nullptr) {
@@ -176,7 +176,7 @@ class TargetChecker {
         return problems;
     }
 
-    /// One in which nothing is wrong is looked at once, however many targets are in it.
+    /// A directory in which nothing is wrong is looked at once, however many targets are in it.
     std::vector<Problem> CheckDirectoryOf(const std::string& path) {
         const std::string directory = DirectoryOf(path);
         if (m_soundDirectories.contains(directory)) return {};
@@ -185,7 +185,7 @@ class TargetChecker {
         return problems;
     }
 
-    /// Where many targets are in a directory, one listing instead of looks for each at what is not there: two
+    /// In a directory with many targets, one listing replaces each target's looks at what is not there: two
     /// of the 25 system calls for a target that does not change.
     const Names* NamesBeside(const Target& target, const FoundFile& found) {
         constexpr std::size_t kMany = 16;
@@ -202,7 +202,7 @@ class TargetChecker {
     ClaimedFiles m_claimed;
     SeenTemplates& m_seen;
     std::set<std::string> m_soundDirectories;
-    std::map<std::string, std::size_t> m_targetsIn;  ///< by the directories as the list has them
+    std::map<std::string, std::size_t> m_targetsIn;  ///< by directory, as the list has it
     std::map<std::string, std::optional<Names>> m_listings;
     std::vector<Problem> m_result;
     Text::ValuesToCheck m_values;

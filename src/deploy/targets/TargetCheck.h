@@ -19,14 +19,14 @@ namespace ZET::Deploy {
 /// What was seen of templates when they were checked.
 struct SeenTemplates {
     std::set<std::string> used;  ///< the placeholders that they use
-    std::uintmax_t size = 0;     ///< of all together
+    std::uintmax_t size = 0;     ///< of all templates together
 };
 
 /// What was seen of one target.
 struct CheckedPlace {
     std::string path;                      ///< of its real file, links followed
-    bool hasWorkingCopy = false;           ///< its template
-    std::optional<mode_t> templateMode{};  ///< of that copy, where it is no link
+    bool hasWorkingCopy = false;           ///< its template has one
+    std::optional<mode_t> templateMode{};  ///< of the working copy, if it is no link
     std::optional<struct stat> status{};   ///< of the file; none: there is no such file
     bool hasCompanion = false;             ///< a reserve, or a mark that there was nothing
 };
@@ -34,14 +34,14 @@ struct CheckedPlace {
 /// What a commit is about, and everything that would keep it from succeeding.
 struct CheckedTargets {
     std::vector<Target> targets;
-    std::vector<CheckedPlace> places;  ///< of each of them, where there are no problems
+    std::vector<CheckedPlace> places;  ///< one for each target, if there are no problems
     std::vector<Problem> problems;
     SeenTemplates templates;
 };
 
-/// Checks the list of targets, the templates of the product's role that `templateNames` has (all when it is
-/// empty) and their targets, all in one go; nothing is written. A template that the list does not have is a
-/// `UsageError`, a list that cannot be read a `Failure`.
+/// Checks the list of targets, the templates of the product's role that `templateNames` has (all if it is
+/// empty) and their targets, all in one go; writes nothing. Throws a `UsageError` for a template that the
+/// list does not have, and a `Failure` for a list that cannot be read.
 CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>& templateNames);
 
 }  // namespace ZET::Deploy

@@ -30,7 +30,7 @@ void TargetRendering::KeepOriginal() {
     });
 }
 
-/// The text of a merge is none that a template makes.
+/// No template makes the text of a merge, so that it is written as it is.
 void TargetRendering::Write() {
     if (!m_planned.isOriginalLost) m_replacement.ConfirmReserve();
     if (m_owner) m_replacement.GiveNewFileTo(*m_owner);

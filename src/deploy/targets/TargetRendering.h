@@ -11,21 +11,21 @@
 
 namespace ZET::Deploy {
 
-/// Renders a target for good, in two steps: many originals are kept at once.
+/// Renders a target for good, in two steps, so that many originals can be kept at once.
 class TargetRendering {
   public:
-    /// `place` was found right before; `planned` must live as long as the object.
+    /// `place` must have been found right before; `planned` must outlive the object.
     TargetRendering(Deployment& product, FileInPlace place, const PlannedTarget& planned);
 
-    /// A working copy that is missing is installed. What one that did not come to its end has kept is taken
-    /// back.
+    /// Makes the reserve, which goes again if the rendering does not come to its end, and installs a missing
+    /// working copy.
     void KeepOriginal();
 
-    /// With the original in its place. What comes out otherwise than in trial, and what somebody else wrote
-    /// meanwhile, is a `Failure`; the target is as it was then.
+    /// Must be called once the original is in its place. Throws a `Failure`, and leaves the target as it was,
+    /// if the text differs from the trial's, or if somebody else wrote the file meanwhile.
     void Write();
 
-    /// The original that is kept then; empty: none.
+    /// The path of the original that is kept afterwards; empty if there is none.
     std::string Reserve() const { return m_replacement.Reserve(); }
 
   private:
@@ -34,7 +34,7 @@ class TargetRendering {
     Deployment& m_product;
     const FileInPlace m_place;
     const PlannedTarget& m_planned;
-    const std::optional<FileOwner> m_owner;  ///< of a file that is new
+    const std::optional<FileOwner> m_owner;  ///< for a file that is new
     Replacement m_replacement;
 };
 

@@ -32,14 +32,14 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// A `Failure` when this user cannot read the template that is there: what a commit would make of it is then
-/// unknown.
+/// Throws a `Failure` if this user cannot read the template: what a commit would make of it is unknown then.
 void RequireReadableTemplate(Host& host, const std::string& templateName) {
     const std::string file = RemedyErrors("", [&] { return TemplateFile(host, templateName); });
     if (!file.empty() && host.HostPaths().StaysInside(file)) RequireReadableFile(file);
 }
 
-/// A `Failure` when some cannot be read: what a commit would make of any template is then unknown.
+/// Throws a `Failure` if some values cannot be read: what a commit would make of any template is unknown
+/// then.
 void RequireReadValues(Host& host) {
     const HostValues::Unread& unread = host.Values().UnreadSources();
     for (const auto* sources : {&unread.params, &unread.texts})
@@ -70,7 +70,7 @@ class StateTeller {
         return result;
     }
 
-    /// To the targets, as they were told one after the other.
+    /// Adds the diffs to the targets, which must be in the order of the calls of `Tell`.
     void AddDiffs(std::vector<TargetState>& targets) const {
         const DiffSet diffs(m_compared);
         for (std::size_t pair = 0; pair < m_compared.size(); ++pair) {
@@ -91,18 +91,19 @@ class StateTeller {
         }
     }
 
-    /// One that cannot be rendered is not what was committed, which a commit would have to tell.
+    /// If the template cannot be rendered, the target is not as committed: a commit would have to report
+    /// that.
     std::string StateOfFile(const std::string& templateName, const std::string& path) {
         if (!m_known.IsUnusable() && !m_known.Has(path, m_product.Role())) return kNotCommitted;
         const SeenFile there(path);
         if (!there.State().exists) return kMissing;
         const bool canBeRendered =
             CheckTemplateFile(m_product, templateName, m_product.TemplateValues()).empty();
-        // Where the check has something to say, the template may be one that it could not read.
+        // The check may object only because this user cannot read the template.
         if (!canBeRendered) RequireReadableTemplate(m_product, templateName);
         if (canBeRendered && IsRendered(templateName, there)) return kInSync;
         RequireReadValues(m_product);
-        // Which is why there is no diff.
+        // The reason is shown in place of a diff.
         if (!canBeRendered && m_product.Wanted().wantsDiffs) m_reason = "template refused";
         if (canBeRendered && IsMadeUnderOtherRoot(templateName, path)) m_reason = "made under another root";
         if (m_known.IsUnusable()) return kDiffers;
@@ -115,7 +116,7 @@ class StateTeller {
 
     bool IsAsStaged(const std::string& path) const { return HasStagedMode(path) && m_staged->IsIn(path); }
 
-    /// Whether it is as it would be, but for the way to its template that its notice has.
+    /// Whether the file is as it would be, but for the path of its template in the notice.
     bool IsMadeUnderOtherRoot(const std::string& templateName, const std::string& path) const {
         const std::string own = WorkingCopy(m_product, templateName);
         const std::string former = TemplateNamedIn(m_product.Core(), path);
@@ -126,14 +127,15 @@ class StateTeller {
                text.replace(place, former.size(), own) == m_staged->Text();
     }
 
-    /// Of one whose template makes the same by now, it is nobody's edit any more.
+    /// If the template makes the same text by now, it is nobody's edit any more.
     bool HoldsMerge(const std::string& path) const {
         const KnownFile* const known = m_known.Find(path);
         if (known == nullptr || !known->HoldsMerge() || !StateOf(path).exists) return false;
         return m_staged == nullptr || !IsAsStaged(path);
     }
 
-    /// With what a commit would write. Of a template that it would refuse, nobody knows.
+    /// Compares the file with what a commit would write, which nobody knows for a template that it would
+    /// refuse.
     void Compare(const Target& target, TargetState& result) {
         if (m_staged == nullptr || !m_product.Wanted().wantsDiffs) return;
         PlannedTarget planned;
@@ -151,7 +153,7 @@ class StateTeller {
         if (result.state == kEdited) planned.foundAs = FoundAs::Edited;
         const EditMerge merge(m_product, m_staging, m_known);
         merge.KeepMerged(planned);
-        // Where that conflicts, the commit would be refused; what the template makes is shown.
+        // If the merge conflicts, the commit would be refused, and what the template makes is shown.
         if (ConfiguredOnEdit(m_product) == OnEdit::Merge && planned.IsOthersWork()) merge.Merge(planned);
         result.before = planned.before;
         result.after = planned.after;
@@ -159,7 +161,7 @@ class StateTeller {
         m_places.push_back(m_told);
     }
 
-    /// For the role whose command the notice names.
+    /// Renders for the role whose command the notice names.
     bool IsRendered(const std::string& templateName, const SeenFile& there) {
         const std::string& path = there.Path();
         const KnownFile* const known = m_known.Find(path);
@@ -179,11 +181,11 @@ class StateTeller {
     Deployment& m_product;
     const KnownFiles& m_known;
     const Staging m_staging;
-    std::shared_ptr<const StagedText> m_staged;  ///< the last rendering; null where it is what is there
-    std::string m_reason;                        ///< of the last state
-    std::size_t m_told = 0;                      ///< so many targets
-    std::vector<FilePair> m_compared;            ///< those with a diff
-    std::vector<std::size_t> m_places;           ///< of the same, among those that were told
+    std::shared_ptr<const StagedText> m_staged;  ///< the last rendering; null: it is what is there
+    std::string m_reason;                        ///< the reason for the last state
+    std::size_t m_told = 0;                      ///< how often `Tell` was called
+    std::vector<FilePair> m_compared;            ///< the files that get a diff
+    std::vector<std::size_t> m_places;           ///< the indices of their targets
 };
 
 bool HasBlocks(const std::string& path) {
@@ -200,7 +202,7 @@ std::string StateOfEdit(Host& host, const KnownFiles& known, const std::string& 
     return HasBlocks(path) || HoldsUnmarkedEdits(host, *known.Find(path)) ? "changed" : "gone";
 }
 
-/// One that cannot be looked at is told with its target.
+/// A template that cannot be looked at is reported with its target.
 std::vector<std::string> NewerTemplates(Host& host, const std::vector<Target>& targets) {
     if (targets.empty()) return {};
     std::vector<std::string> names;

@@ -8,8 +8,7 @@ namespace ZET::Deploy {
 
 RoleStatus RoleStatusOf(HostProduct& product);
 
-/// The states of the role's targets: one that cannot be told does not keep that of the others from being
-/// told.
+/// The states of the role's targets. If one cannot be told, the others still are.
 TargetStates StatesOfTargets(Deployment& product);
 
 }  // namespace ZET::Deploy

@@ -28,7 +28,7 @@ class TargetWriting {
     TargetWriting(Deployment& product, const CommitPlan& plan, const CommitRecord& record)
         : m_product(product), m_plan(plan), m_record(record) {}
 
-    /// So many at once, that each may be in a directory of its own, which is held.
+    /// A group is small enough that the directory of each of its targets can be held.
     void Run() {
         constexpr std::size_t kGroup = 64;
         const std::vector<PlannedTarget>& targets = m_plan.Targets();
@@ -41,7 +41,7 @@ class TargetWriting {
 
     void WriteGroup(std::size_t first, std::size_t end) {
         const std::span<const PlannedTarget> targets = m_plan.Targets();
-        // Diffs have to be made before their one side is gone.
+        // Diffs have to be made before one of their sides is gone.
         std::vector<FileOutcome> outcomes = OutcomesOf(m_product, targets.subspan(first, end - first));
         const FileInPlace::Start start;
         Renderings renderings;
@@ -83,7 +83,7 @@ class TargetWriting {
             rendering->Write();
         } else if (!planned.hasWorkingCopy &&
                    !IsFileExist(WorkingCopy(m_product, planned.target.templateName))) {
-            // The notice in the file tells its reader to edit the working copy.
+            // The notice in the file asks its reader to edit the working copy.
             m_product.Config().InstallConfigFileTemplate(planned.target.templateName);
         }
         if (!planned.IsChange() && VersionOf(planned.path) != planned.version) {

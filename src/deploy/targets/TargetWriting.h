@@ -7,8 +7,8 @@
 
 namespace ZET::Deploy {
 
-/// Writes the targets of the plan that change, and tells the observer what became of each. `record` has
-/// begun.
+/// Writes the targets of the plan that change, and reports to the observer what became of each. `record` must
+/// have begun.
 void WriteTargets(Deployment& product, const CommitPlan& plan, const CommitRecord& record);
 
 }  // namespace ZET::Deploy

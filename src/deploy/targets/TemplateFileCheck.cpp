@@ -19,12 +19,12 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// A problem tells where it is; what it quotes of a template that is not for everybody, or of values in a
-/// file that is not, it leaves out.
+/// A problem says where it is. What it would quote is left out if the template, or a file that gives values,
+/// is not for everybody.
 void HideQuotes(Deployment& product, const std::string& file, std::vector<Problem>& problems) {
     if (problems.empty()) return;
     Secrets& secrets = product.HostSecrets();
-    // A broken list is among the problems itself.
+    // A broken list is reported as a problem of its own.
     const auto isHidden = [&](const std::string& path) {
         return secrets.Hides(path) && secrets.Of(path) != Secrets::Audience::Unsure;
     };
@@ -43,14 +43,15 @@ void HideQuotes(Deployment& product, const std::string& file, std::vector<Proble
     }
 }
 
-/// Of a path on which no link is, the file as root finds it, who has the way judged: one look for both.
+/// The file as root finds it: one look tells both what it is and whether the way to it is safe. None for
+/// other users, and if a link is on the path.
 std::optional<FoundFile> FoundByRoot(const Paths& paths, const std::string& path) {
     if (geteuid() != 0) return std::nullopt;
     FoundFile found = paths.FindOpened(path);
     return found.status && !found.isThroughLink ? std::optional(std::move(found)) : std::nullopt;
 }
 
-/// None of a link, and of what cannot be looked at.
+/// None for a link, and for what cannot be looked at.
 std::optional<mode_t> ModeOfPlainFile(const std::string& path, const std::optional<FoundFile>& found) {
     struct stat status = {};
     if (found) status = *found->status;

@@ -14,18 +14,18 @@
 
 namespace ZET::Deploy {
 
-/// What was seen of one template, and its problems as far as they concern it alone.
+/// What was seen of one template, and the problems that concern it alone.
 struct CheckedTemplate {
     std::vector<Problem> problems{};
-    bool isWorkingCopy = false;    ///< and no pristine one
-    std::optional<mode_t> mode{};  ///< of that working copy, where it is no link
+    bool isWorkingCopy = false;    ///< and not the pristine template
+    std::optional<mode_t> mode{};  ///< of the working copy, if it is no link
     std::uintmax_t size = 0;
 };
 
 CheckedTemplate CheckTemplate(Deployment& product, const std::string& templateName,
                               Text::ValuesToCheck& values);
 
-/// The problems alone.
+/// Only the problems.
 std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& templateName,
                                        const StringMap& values);
 

@@ -18,7 +18,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// Under which the history knows it.
+/// The name under which the history knows the file.
 std::string NameInHistory(const Host& host, const std::string& path) {
     return host.HostPaths().NameOfReal(RealFileOf(host, path));
 }
@@ -135,7 +135,7 @@ CopyMemory MemoryOf(Host& host, const std::string& workingCopy) {
     Store* const store = host.HostHistory().ToLookIfUsable();
     if (store == nullptr) return {};
     std::optional<KnownFile> known = store->Known(NameInHistory(host, workingCopy));
-    // One that was moved, and left a link in its place, is known by that.
+    // A copy that was moved, with a link left in its place, is known by the link.
     if (!known) known = store->Known(host.HostPaths().NameOfReal(workingCopy));
     if (!known) return {};
     CopyMemory memory;

@@ -15,7 +15,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// One working copy to install.
+/// The installation of one working copy.
 class Installation {
   public:
     Installation(Deployment& product, const std::string& name, bool isForced)
@@ -29,13 +29,13 @@ class Installation {
 
     const std::string& Name() const { return m_name; }
 
-    /// What it writes, at most.
+    /// The files that it may write.
     std::vector<std::string> Files() const {
         if (m_isForced && IsFileExist(m_path)) return {m_path, m_old};
         return {m_path};
     }
 
-    /// Throws whatever would keep it from being installed; until all were checked, none is installed.
+    /// Throws what would keep the copy from being installed. All are checked before any is installed.
     void Check() {
         RequireInside(m_product, m_files);
         if (!IsFileExist(m_pristine)) {
@@ -64,7 +64,7 @@ class Installation {
                            .remedy = _("move it away")});
     }
 
-    /// What it is going to write.
+    /// Expects what it is going to write.
     void Expect(Recording& recording) const {
         if (m_isSame || !recording.IsOn()) return;
         ExpectedFile file;
@@ -79,7 +79,7 @@ class Installation {
         recording.Expect(file);
     }
 
-    /// One that was the same already may have come there by hand.
+    /// A copy that was the same already may have come there by hand.
     void Remember() const {
         if (m_isSame) RememberShippedBase(m_product, m_files);
     }
@@ -110,7 +110,7 @@ class Installation {
         return outcome;
     }
 
-    /// What --force would change.
+    /// Reports what --force would change.
     void TellDifference() {
         FileOutcome outcome = Unchanged();
         outcome.remark = Words("differs from %s", m_pristine);

@@ -29,7 +29,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// Without a list that can be used, nothing is known to be a target.
+/// If the list cannot be read, nothing is known to be a target. One that cannot be understood is a `Failure`.
 const std::vector<Target>& ListedTargets(HostLists& lists) {
     static const std::vector<Target> none;
     const TargetList* list = nullptr;
@@ -42,7 +42,7 @@ const std::vector<Target>& ListedTargets(HostLists& lists) {
     return list->targets;
 }
 
-/// A target of the list may be made by hand, too, but nothing that stands beside one.
+/// A target of the list may be made by hand, too, but not what stands beside one.
 void RequireFreeTarget(Deployment& product, const std::string& templateName, const std::string& path) {
     ClaimedFiles claimed(product);
     claimed.AddTemplate(templateName);
@@ -53,8 +53,8 @@ void RequireFreeTarget(Deployment& product, const std::string& templateName, con
         throw Failure({.file = path, .text = Words("is %s", use), .remedy = _("name another file")});
 }
 
-/// Before a rendering into the file of another user: with his rights, which the module then has, a working
-/// copy that is missing cannot be installed.
+/// Must come before rendering into another user's file: with that user's rights, the module cannot install a
+/// missing working copy.
 void InstallForHolder(Deployment& product, const std::string& templateName, const FileInPlace& place) {
     if (place.Holder() && !IsFileExist(WorkingCopy(product, templateName)))
         product.Config().InstallConfigFileTemplate(templateName);
@@ -110,7 +110,7 @@ std::vector<FileOutcome> TemplateProcess::Run() {
     return outcomes;
 }
 
-/// None: there is one already.
+/// None if there is a working copy already.
 std::optional<FileOutcome> TemplateProcess::CopyToInstall() const {
     const TemplateFiles files = FilesOfTemplate(m_product, m_rendering.templateName);
     if (IsFileExist(files.workingCopy)) return std::nullopt;
@@ -143,7 +143,7 @@ FileOutcome TemplateProcess::Planned(const std::string& made, const FileState& a
 /// What is made of a template is as private as the template.
 ShownDiff TemplateProcess::DiffOf(const std::string& before, const std::string& made) {
     const bool wantsDiff = m_product.Wanted().wantsDiffs;
-    if (!wantsDiff && !m_product.Wanted().dryRun) return {};  // the file is there to tell
+    if (!wantsDiff && !m_product.Wanted().dryRun) return {};  // the file itself shows whether it is private
     const std::string source = WorkingCopy(m_product, m_rendering.templateName);
     const bool isPrivate = m_product.HostSecrets().IsPrivate(source);
     ShownDiff diff;
@@ -152,7 +152,7 @@ ShownDiff TemplateProcess::DiffOf(const std::string& before, const std::string& 
     return diff;
 }
 
-/// As a commit warns of them, and refuses those that would be lost.
+/// Warns of edits as a commit does, and refuses to replace those that would be lost.
 void TemplateProcess::JudgeEdits() {
     if (!m_isForced) RequireKeptText(m_product, m_path, m_writing->Records());
     const std::string path = m_product.HostPaths().RealName(m_path);
@@ -165,8 +165,8 @@ void TemplateProcess::JudgeEdits() {
             : Words("%s: was edited since the last commit; the edits are overwritten", m_path));
 }
 
-/// As a commit would; but where the list has no mode for a secret, nobody may read a copy of it who may not
-/// read the target, or what was there before.
+/// The mode that a commit would give. If the list has no mode for a secret, the copy must not be readable by
+/// anybody who may not read the target, or what was there before.
 mode_t TemplateProcess::ModeToGive() const {
     const std::string& name = m_rendering.templateName;
     mode_t mode = ModeOfRendering(m_product, name);
@@ -177,7 +177,7 @@ mode_t TemplateProcess::ModeToGive() const {
     return mode;
 }
 
-/// The entry of the template, if it is about this file.
+/// The entry of the template, if its target is this file.
 const Target* TemplateProcess::TargetOfFile() const {
     const Paths& paths = m_product.HostPaths();
     const Target* const target = m_product.Lists().EntryOf(m_rendering.templateName);
@@ -186,7 +186,7 @@ const Target* TemplateProcess::TargetOfFile() const {
     return isThis ? target : nullptr;
 }
 
-/// As a commit would; what stands elsewhere belongs to whoever makes it.
+/// The owner that a commit would give. A file elsewhere belongs to whoever makes it.
 std::optional<FileOwner> TemplateProcess::OwnerToGive() const {
     const Target* const target = TargetOfFile();
     return target == nullptr ? std::nullopt : NewOwnerOf(*target, m_path, StateOf(m_path));
@@ -206,9 +206,9 @@ FileOutcome TemplateProcess::RunInPlace() {
     FileOutcome outcome;
     const std::string& name = m_rendering.templateName;
     const FileInPlace place(m_product.HostPaths().Find(m_target), m_path);
-    // As in a dry run, there may be no working copy yet.
+    // As in a dry run, this is the pristine template's mode if there is no working copy yet.
     const mode_t mode = ModeToGive();
-    // What it makes is nobody's target, but has to be told from what others make of it.
+    // The result is nobody's target, but must be distinguishable from what others make of it.
     Recording recording(m_product, Recording::Use::OfTheProduct, m_writing->Records());
     Expect(recording, place);
     recording.Announce();
@@ -230,7 +230,7 @@ FileOutcome TemplateProcess::RunInPlace() {
             [&](const std::string& file) { RenderOnce(m_product, name, file, m_path, m_rendering.values); },
             judge);
     } catch (const LeftAsItIs&) {
-        recording.Complete();  // a working copy may have come
+        recording.Complete();  // a working copy may have been installed
         return outcome;
     }
     recording.Complete();
@@ -239,7 +239,7 @@ FileOutcome TemplateProcess::RunInPlace() {
     return outcome;
 }
 
-/// The target, and the working copy that the module installs where there is none.
+/// Expects the target, and the working copy that the module installs if there is none.
 void TemplateProcess::Expect(Recording& recording, const FileInPlace& place) {
     ExpectedFile target;
     target.path = m_path;

@@ -56,7 +56,7 @@ const char* StateOf(const TemplateTexts& texts) {
 }
 
 std::vector<ListedTemplate> ListTemplates(Host& host) {
-    SelectTargets(host, {});  // a broken list is told
+    SelectTargets(host, {});  // throws if the list is broken
     std::vector<ListedTemplate> listed;
     for (const Target& target : ReadTargetList(host).targets) {
         const TemplateFiles files = FilesOfTemplate(host, target.templateName);

@@ -10,7 +10,7 @@
 
 namespace ZET::Deploy {
 
-/// The texts that a template's state is made of; none: there is no such text.
+/// The texts that make a template's state; none: there is no such text.
 struct TemplateTexts {
     std::optional<std::string> copy;
     std::optional<std::string> shipped;
@@ -22,14 +22,14 @@ struct TemplateTexts {
     bool HasNewer() const { return copy && base && shipped && !IsCurrent() && shipped != base; }
 };
 
-/// A link that leads out of the root directory, and what cannot be read, is a `Failure`.
+/// Throws a `Failure` for a link that leads out of the root directory, and for what cannot be read.
 TemplateTexts ReadTexts(Host& host, const TemplateFiles& files);
 
 const char* StateOf(const TemplateTexts& texts);
 
 std::vector<ListedTemplate> ListTemplates(Host& host);
 
-/// One whose state cannot be told does not keep that of the others from being told.
+/// If one state cannot be told, the others still are.
 std::vector<TemplateState> TemplateStates(Host& host, const std::vector<std::string>& names);
 
 }  // namespace ZET::Deploy

@@ -26,7 +26,7 @@ std::string InQuotes(const std::string& words) {
     return "\"" + words + "\"";
 }
 
-/// The templates whose working copies are there. One that is named and has none is a `Failure`.
+/// The templates that have working copies. Throws a `Failure` for one that is named and has none.
 std::vector<TemplateFiles> Installed(Host& host, const std::vector<std::string>& names) {
     std::vector<TemplateFiles> installed;
     for (TemplateFiles& files : FilesOfTemplates(host, names)) {
@@ -87,7 +87,7 @@ void TemplateUpgrade::Plan(Copy& copy) {
     WriteStagedFile(copy.staged, copy.text, copy.mode);
 }
 
-/// A mode that somebody changed is an edit, which stays.
+/// A mode that somebody changed is an edit, and stays.
 void TemplateUpgrade::Replace(Copy& copy) {
     copy.text = *copy.texts.shipped;
     if (copy.ownMode == copy.mode) copy.mode = ModeOf(copy.files.shipped);
@@ -150,7 +150,7 @@ bool TemplateUpgrade::Run() {
     recording.Begin();
     for (const Copy& copy : m_copies) {
         m_product.RequireGoOn();
-        // The diff has to be made before its one side is gone.
+        // The diff has to be made before one of its sides is gone.
         FileOutcome outcome = OutcomeOf(copy);
         if (copy.IsChange() && !m_product.Wanted().dryRun) {
             Write(copy);
@@ -200,7 +200,8 @@ void TemplateUpgrade::Write(const Copy& copy) {
     Replacement(m_product, place, copy.version).MakeOfText(copy.text, copy.mode);
 }
 
-/// What was not written may be known better by now: an edited copy that has all that is newer already.
+/// Copies that were not written may be known better by now, like an edited one that has all that is newer
+/// already.
 void TemplateUpgrade::RememberRest() {
     for (const Copy& copy : m_copies) {
         if (copy.IsChange() || !copy.texts.shipped) continue;

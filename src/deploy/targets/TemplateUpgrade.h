@@ -16,17 +16,17 @@
 
 namespace ZET::Deploy {
 
-/// Brings working copies up to the shipped templates. From the constructor on, nobody else writes; it makes
-/// every new text, and only when there is no problem with any of them, one is written.
+/// Brings working copies up to the shipped templates. From the constructor on, nobody else writes. All new
+/// texts are made first, and written only if there is no problem with any of them.
 class TemplateUpgrade {
   public:
-    /// All that the list has for the role and that are installed when there are no names.
+    /// Without names, takes all installed templates that the list has for the role.
     TemplateUpgrade(Deployment& product, const std::vector<std::string>& names);
 
-    /// Why nothing can be written; empty: it can.
+    /// Why nothing can be written; empty if it can.
     const std::vector<Problem>& Problems() const { return m_problems; }
 
-    /// Each template is told to the observer. Whether anything was, or would be, changed.
+    /// Reports each template to the observer. Returns whether anything was, or would be, changed.
     bool Run();
 
   private:
@@ -35,9 +35,9 @@ class TemplateUpgrade {
         std::string path;  ///< of the real working copy
         FileVersion version;
         TemplateTexts texts;
-        std::string text;  ///< what it becomes
+        std::string text;  ///< the new text
         mode_t mode = 0;
-        std::optional<mode_t> ownMode;  ///< that the product left it with
+        std::optional<mode_t> ownMode;  ///< the mode that the product gave it
         std::string staged;
 
         bool IsChange() const { return text != texts.copy; }

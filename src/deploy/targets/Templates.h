@@ -14,12 +14,13 @@
 #include "zet/ZETProblem.h"
 #include "zet/deploy/FileOutcome.h"
 
-/// Single templates.
+/// Commands about single templates.
 namespace ZET::Deploy {
 
-/// Installs the working copies of these templates from the pristine ones; each is told to the observer. One
-/// that differs is a `Failure`, unless `isForced`, which keeps the differing one beside it; a name that
-/// leaves the directory of the templates is a `UsageError`. Whether anything was, or would be, changed.
+/// Installs the working copies of these templates from the pristine ones, and reports each to the observer.
+/// Throws a `Failure` if a copy differs, unless `isForced`, which keeps the differing one beside it, and a
+/// `UsageError` for a name that leaves the directory of the templates. Returns whether anything was, or would
+/// be, changed.
 bool InstallTemplates(Deployment& product, const std::vector<std::string>& names, bool isForced);
 
 /// A template to be rendered by itself.
@@ -28,21 +29,22 @@ struct Rendering {
     StringMap values;  ///< by placeholder; they win over the template values
 };
 
-/// What keeps the template from being rendered. Values that it does not use are told.
+/// What keeps the template from being rendered. Warns of values that the template does not use.
 std::vector<Problem> CheckRendering(Deployment& product, const Rendering& rendering);
 
-/// The text that the template renders to; it must have been checked.
+/// The text that the template renders to. The template must have been checked.
 std::string RenderedText(Deployment& product, const Rendering& rendering);
 
-/// Renders the template into a file of any use: from the constructor on, nobody else writes. A name that
-/// leaves the directory of the templates, and a file that has another use, are refused.
+/// Renders the template into any file. From the constructor on, nobody else writes. Refuses a file that has
+/// another use.
 class TemplateProcess {
   public:
-    /// `isForced`: over changes of the file that nothing keeps, too.
+    /// With `isForced`, also replaces changes of the file that are kept nowhere.
     TemplateProcess(Deployment& product, const Rendering& rendering, const std::string& target,
                     bool isForced);
 
-    /// The template must have been checked. The file, and the working copy where that is installed.
+    /// The template must have been checked. Returns what became of the file, and of the working copy if that
+    /// is installed.
     std::vector<FileOutcome> Run();
 
   private:
@@ -65,7 +67,7 @@ class TemplateProcess {
     std::unique_ptr<Writing> m_writing;
 };
 
-/// A `UsageError` unless the name stays in the directory of the templates.
+/// Throws a `UsageError` unless the name is that of a template in the directory of the templates.
 void RequireTemplateName(const std::string& name);
 
 }  // namespace ZET::Deploy

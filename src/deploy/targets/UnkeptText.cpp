@@ -20,7 +20,7 @@ bool IsKeptByHistory(Host& host, const std::string& path) {
     return host.HostHistory().Limits().Keep(static_cast<std::uint64_t>(VersionOf(path).size));
 }
 
-/// Whether it is the reserve, but for what the product put into it.
+/// Whether the file is its reserve, except for the blocks that the product put into it.
 bool IsMadeOfReserve(const std::string& path, const std::string& reserve) {
     if (!StateOf(reserve).IsRegular()) return false;
     const std::string text = ReadFileBytes(path);
@@ -32,7 +32,7 @@ bool IsMadeOfReserve(const std::string& path, const std::string& reserve) {
 void RequireKeptText(Deployment& product, const std::string& path, bool isRecorded) {
     const std::string reserve = path + ZETReserveSuffix;
     if (!StateOf(path).IsRegular() || (isRecorded && IsKeptByHistory(product, path))) return;
-    // Of a file without companions, the reserve is about to be made.
+    // A file without companions is about to get its reserve.
     if (!StateOf(reserve).exists && !StateOf(path + ZETAbsenceSuffix).exists) return;
     const KnownFiles known(product, KnownFiles::Unusable::IsTold);
     if (known.IsAsLeft(product.HostPaths().RealName(path)) || IsMadeOfReserve(path, reserve)) return;

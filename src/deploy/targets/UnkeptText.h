@@ -7,8 +7,8 @@
 
 namespace ZET::Deploy {
 
-/// A `Failure` when the file is going to be replaced and holds what somebody else made of it, which then
-/// neither the history has, where the command is recorded, nor the reserve. The reader knows the file as
+/// Throws a `Failure` if replacing the file would lose somebody else's changes: the reserve does not keep
+/// them, and neither does the history, or it does not record this command. The reader knows the file as
 /// `path`.
 void RequireKeptText(Deployment& product, const std::string& path, bool isRecorded);
 

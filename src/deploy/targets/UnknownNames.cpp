@@ -18,9 +18,9 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr std::size_t kShortestLikely = 5;  ///< two letters of a shorter name are half of another one
+constexpr std::size_t kShortestLikely = 5;  ///< two letters are half of a shorter name
 
-/// Those of templates that were not checked, too: of the other role, and of what is not in force.
+/// Includes the placeholders of templates that were not checked: of the other role, and not in force.
 std::set<std::string> UsedAnywhere(Deployment& product, const std::set<std::string>& used) {
     std::set<std::string> all = used;
     const auto take = [&](const std::vector<std::string>& placeholders) {
@@ -35,7 +35,7 @@ std::set<std::string> UsedAnywhere(Deployment& product, const std::set<std::stri
         try {
             if (!file.empty() && product.HostPaths().StaysInside(file)) ReadChunks(file, takeLines);
         } catch (const Failure&) {
-            // Whoever wants to render it is told why.
+            // Whoever wants to render it gets the reason.
         }
     }
     for (const ListedEdit& edit : product.Lists().Targets().edits)
@@ -67,7 +67,7 @@ std::set<std::string> AskedFor(Deployment& product) {
     return asked;
 }
 
-/// A condition of a parameter that nobody gives is never met.
+/// A condition on a parameter that nobody gives is never met.
 void FindUnknownConditions(Deployment& product, UnusedParameters& found) {
     std::vector<std::string> names = NamesOfTheProduct();
     for (const auto& [name, value] : product.Values().Params())
@@ -102,14 +102,15 @@ std::string NameIn(const std::string& placeholder) {
     return placeholder.substr(kBegin, placeholder.size() - kBegin - 1);
 }
 
-/// The one of the names that is likely to be meant; empty: none.
+/// The name that is likely meant; empty if there is none.
 std::string MeantName(const std::string& name, const std::vector<std::string>& names) {
     const std::string likely = NameIn(PlaceholderFor(name));
     if (std::find(names.begin(), names.end(), likely) != names.end()) return likely;
     return name.size() < kShortestLikely ? "" : NearestName(likely, names);
 }
 
-/// Those that the template asks for and that may be told of it: of a private one, what everybody knows.
+/// The names that the template asks for and that a warning may mention: of a private template, only those
+/// that everybody knows.
 std::vector<std::string> NamesToTell(Deployment& product, const Rendering& rendering,
                                      const std::set<std::string>& used) {
     const bool isPrivate = product.HostSecrets().IsPrivate(TemplateFile(product, rendering.templateName));

@@ -15,12 +15,12 @@ namespace ZET::Deploy {
 /// that are known to be used.
 UnusedParameters FindUnknownNames(Deployment& product, const std::set<std::string>& used);
 
-/// What would be said of a line that gives this name, without its place. Where a list cannot be read, nobody
-/// can tell: nothing.
+/// What would be said of a line that gives this name, without its place. Nothing if a list cannot be read,
+/// since nobody can tell then.
 UnusedParameters JudgeName(Deployment& product, const std::string& name);
 
-/// Warns of values that the caller gives and the template does not use, which asks for the placeholders
-/// `used`.
+/// Warns of values that the caller gives and the template does not use; `used` are the placeholders that it
+/// asks for.
 void WarnOfUnusedValues(Deployment& product, const Rendering& rendering, const std::set<std::string>& used);
 
 }  // namespace ZET::Deploy

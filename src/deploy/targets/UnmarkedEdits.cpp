@@ -12,7 +12,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// Without empty lines: one is set before a block at the end. None: the markers are damaged.
+/// Leaves out empty lines, since one is put before a block at the end. None if the markers are damaged.
 std::optional<std::string> OutsideOfBlocks(const std::string& text) {
     if (Text::FindDamage(text)) return std::nullopt;
     std::string rest = "\n" + Text::WithoutBlocks(text) + "\n";
@@ -30,13 +30,14 @@ bool IsUnmarked(Store& store, const RecordedFile& change) {
     return before && after && *before != *after;
 }
 
-/// From a template to lines, which are set in what was there before the template.
+/// A change from a template to lines, which are set in what was there before the template.
 bool IsSwitch(const RecordedFile& change) {
     return change.kind == FileKind::Edit && change.kindBefore == FileKind::Target &&
            !HaveSameText(change.before, change.after);
 }
 
-/// What was put back was left by an older change, and what lies between the two is in the file no more.
+/// A text that was put back had been left by an older change: what lies between the two is not in the file
+/// any more.
 bool IsAnyUnmarked(Store& store, const std::string& path) {
     const RecordedState* left = nullptr;
     for (const RecordedFile& change : store.ChangesOf(path)) {

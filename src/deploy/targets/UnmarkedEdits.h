@@ -6,8 +6,8 @@
 
 namespace ZET::Deploy {
 
-/// Whether the product has edited more of the file than the lines of its managed blocks, as far as that is
-/// kept. An unusable history is reported as a warning.
+/// Whether the product has edited more of the file than the lines of its managed blocks, as far as the
+/// history keeps that. Reports an unusable history as a warning.
 bool HoldsUnmarkedEdits(Host& host, const KnownFile& known);
 
 }  // namespace ZET::Deploy

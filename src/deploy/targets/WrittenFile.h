@@ -20,13 +20,13 @@ namespace ZET::Deploy {
 struct WrittenFile {
     std::string templateName{};  ///< empty: the list does not have the file any more
     std::string path;            ///< of the real file, links followed
-    Services services{};         ///< that do not notice its change by themselves
-    std::string named;           ///< as the list has it, or, where it does not any more, as one would
+    Services services{};         ///< those that do not notice a change of the file by themselves
+    std::string named;           ///< as the list has it, or as it would have it
     std::string trusted{};       ///< the user whose directories count as root's
     bool isOfBoth = true;        ///< the other role may have committed it, too
-    /// Why the real file cannot be found; the path is then as the list has it.
+    /// Why the real file cannot be found. `path` is then as the list has it.
     std::optional<Failure> trouble{};
-    bool isEdit = false;  ///< of single lines: it is no target
+    bool isEdit = false;  ///< edited in single lines, and no target
 
     std::string Reserve() const { return path + ZETReserveSuffix; }
     std::string Absence() const { return path + ZETAbsenceSuffix; }
@@ -36,7 +36,7 @@ struct WrittenFile {
         return FileInPlace(templateName.empty() ? paths.FindReal(path) : paths.Find(named, trusted), path);
     }
 
-    /// Whether nothing has to be put back, but for attributes beyond owner and mode.
+    /// Whether nothing has to be put back, except for attributes beyond owner and mode.
     bool IsAsReserved(const FileState& now, const FileState& reserve) const {
         return now.IsRegular() && reserve.IsRegular() && now.mode == reserve.mode &&
                now.owner == reserve.owner && now.group == reserve.group && HaveSameBytes(path, Reserve());

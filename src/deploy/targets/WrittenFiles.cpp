@@ -14,7 +14,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// None when there is no list that can be used and something on record: that goes back all the same.
+/// None if there is no list that can be used, but something on record, which goes back all the same.
 std::optional<std::vector<Target>> ListedTargets(Deployment& product, const KnownFiles& known) {
     try {
         return SelectTargets(product, {});
@@ -31,7 +31,7 @@ bool IsEdited(const KnownFiles& known, const std::string& path) {
     return file != nullptr && file->kind == FileKind::Edit;
 }
 
-/// The first at each path. A file of which nobody can tell where it is, is at none.
+/// The first file at each path. Leaves out files whose place nobody can tell.
 std::map<std::string, const WrittenFile*> ByCanonicalPath(const Paths& paths,
                                                           const std::vector<WrittenFile>& files) {
     std::map<std::string, const WrittenFile*> byPath;
@@ -69,7 +69,7 @@ static std::optional<WrittenFile> WrittenByList(Deployment& product, const std::
         WrittenFile file = WrittenTarget(product, *target);
         return file.path == path ? std::optional(file) : std::nullopt;
     } catch (const Failure&) {
-        return std::nullopt;  // a record is enough
+        return std::nullopt;  // the record is enough
     }
 }
 
@@ -99,7 +99,7 @@ WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known) {
     if (targets)
         for (const Target& target : *targets)
             written.files.push_back(WrittenTarget(product, target));
-    // What was edited in place goes back so, be it a target that nobody committed yet.
+    // What was edited in place goes back that way, even if it is a target that nobody has committed yet.
     for (WrittenFile& file : written.files)
         file.isEdit = IsEdited(known, file.path);
     std::set<std::string> listed;
@@ -113,7 +113,7 @@ WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known) {
     return written;
 }
 
-/// The files in which the lists ask for lines, in force or not, with the roles that they ask for.
+/// The files in which the lists ask for lines, in force or not, with the roles for which they do.
 static std::map<std::string, std::set<Role>> RolesOfListedFiles(Deployment& product) {
     std::map<std::string, std::set<Role>> roles;
     if (!product.Lists().IsUsable()) return roles;
@@ -123,14 +123,15 @@ static std::map<std::string, std::set<Role>> RolesOfListedFiles(Deployment& prod
             roles[product.HostPaths().WithRealDirectory(product.FilePath(edit.path))].insert(
                 edit.roles.begin(), edit.roles.end());
         } catch (const Failure&) {
-            continue;  // what is at no path was not written
+            continue;  // what no path leads to was not written
         }
     }
     return roles;
 }
 
-/// Beside a reserve, the blocks of a file are the product's, whatever became of the history; and a killed run
-/// may have kept the original and no more. What cannot be read is told by who decides of it.
+/// Beside a reserve, the blocks of a file are the product's, whatever became of the history, or a killed run
+/// may have kept the original and done no more. What cannot be read is reported when it is decided what
+/// becomes of the file.
 static bool MayBeEdited(const WrittenFile& file) {
     if (!IsFileExist(file.Reserve()) || !StateOf(file.path).IsRegular()) return false;
     try {

@@ -11,31 +11,32 @@
 
 namespace ZET::Deploy {
 
-/// A target of the list, where it is for the host's role.
+/// The file of a target that the list has for the host's role.
 WrittenFile WrittenTarget(const Host& host, const Target& target);
 
-/// A file that no list has in force: what a list has of it all the same, or its path alone. None when it
-/// leads out of the root directory, which is told.
+/// A file that no list has in force: with what a list still has of it, or its path alone. None, with a
+/// warning, if it leads out of the root directory.
 std::optional<WrittenFile> WrittenByRecord(Deployment& product, const std::string& path);
 
-/// A file in which nothing but lines is the product's, and no list has any of them in force.
+/// A file in which the product has nothing but lines, none of which a list has in force.
 WrittenFile WrittenLines(const Host& host, const std::string& path);
 
-/// The files that a rollback of the host's role can be about.
+/// The files that a rollback of the host's role can take back.
 struct WrittenFiles {
     std::vector<WrittenFile> files;
-    bool isListMissing = false;  ///< it cannot be used, which was told: there are only those on record
+    bool isListMissing = false;  ///< the list cannot be used; only files on record are here
 };
 
-/// Those of the list, and those that the history knows of the role.
+/// The files of the list, and those that the history knows of the role.
 WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known);
 
-/// The files that were edited in place, by whichever role, without those of `written`. Files of listed edits
-/// of which the history knows nothing are found by their reserves.
+/// The files that either role edited in place, without those of `written`. Files of listed edits of which the
+/// history knows nothing are found by their reserves.
 std::vector<WrittenFile> FindEditedFiles(Deployment& product, const KnownFiles& known,
                                          const std::vector<WrittenFile>& written);
 
-/// Those of `files` that `names` has, in their order. A name that none has is a `UsageError`.
+/// Those of `files` that `names` has, in the order of `names`. Throws a `UsageError` for a name that none of
+/// them has.
 std::vector<WrittenFile> Named(const Deployment& product, const std::vector<WrittenFile>& files,
                                const std::vector<std::string>& names);
 

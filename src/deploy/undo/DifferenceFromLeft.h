@@ -8,10 +8,10 @@
 
 namespace ZET::Deploy {
 
-/// In what the file is another one than the entry left.
+/// How the file differs from what the entry left, in words for a message.
 std::string DifferenceBetween(const RecordedState& now, const RecordedState& left);
 
-/// One that a commit found to be what it would have written is in none.
+/// `number` is 0 for a file that is in no entry, since a commit found it to be what it would have written.
 std::string NotAsLeftBy(std::int64_t number);
 
 }  // namespace ZET::Deploy

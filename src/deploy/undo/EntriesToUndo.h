@@ -10,16 +10,16 @@
 
 namespace ZET::Deploy {
 
-/// The newest entry before that number that can be taken back. What is open was cut short, which the next run
-/// that writes tells; a trial takes it as it is.
+/// The newest entry before that number that can be taken back. An open entry was cut short, which the next
+/// run that writes settles and reports, so only a trial may return it.
 std::optional<RecordedEntry> NewestBefore(Store& store, std::optional<std::int64_t> before, bool isTrial);
 
 RecordedEntry EntryToUndo(Store& store, const UndoOptions& options, bool isTrial);
 
-/// From the newest on.
+/// From the newest to the oldest.
 std::vector<RecordedEntry> EntriesAfter(Store& store, std::int64_t number);
 
-/// Without what another entry has written since: the status tells when the last commit was.
+/// Leaves out a status file that a later entry has written, since the status says when the last commit was.
 std::vector<RecordedFile> FilesToUndo(Store& store, std::int64_t number);
 
 }  // namespace ZET::Deploy

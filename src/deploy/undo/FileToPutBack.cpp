@@ -87,15 +87,15 @@ void FileToPutBack::Capture() {
     if (Store* const store = m_product.HostHistory().ToLook()) m_known = store->Known(m_change.name);
 }
 
-/// Of the state that it has, it is only asked whether it is as the entry left it, or back already.
+/// Compares what is there only with what the entry left and with what stood there before the entry.
 void FileToPutBack::LookAt(const RecordedFile& row, const char* suffix, std::optional<CapturedFile>& now,
                            std::optional<CapturedFile>& wanted) {
-    const bool isFile = *suffix == '\0';  // and no companion
+    const bool isFile = *suffix == '\0';  // rather than a companion
     const bool isWritten = m_change.isWritten || !isFile;
     wanted = isWritten ? CapturedFile{row.before, ""} : now;
     if (!isWritten) return;
     const bool isOthersBetween = isFile && !m_change.between.empty();
-    // A later commit that changes nothing else writes the time of the commit anew.
+    // A status counts as it was left: a later commit that changes nothing else still rewrites its time.
     const bool isAsLeft = (now->IsAs(row.after) && !isOthersBetween) || row.kind == FileKind::Status;
     if (isAsLeft || now->IsAs(row.before)) return;
     m_isOthersWork = true;
@@ -143,7 +143,8 @@ void FileToPutBack::MergeInto(CapturedFile& wanted, const RecordedFile& row, con
         m_base = store.Text(*row.before.text);
 }
 
-/// What would be forgotten otherwise, or known as it was before that work.
+/// True for a merge into a file that newer entries wrote, if putting it back would make the history forget
+/// the file, or know it as it was before that work.
 bool FileToPutBack::LeavesNewerWork() const {
     if (!m_change.file || !IsMerge() || !m_known || m_known->entry <= m_change.newest) return false;
     return m_known->kind != FileKind::Status &&
@@ -157,7 +158,7 @@ void FileToPutBack::LoadTexts() {
     if (Differs(m_now.absence, m_wanted.absence)) LoadText(m_wanted.absence, ZETAbsenceSuffix);
 }
 
-/// A text that is not kept may stand beside the file, or in it.
+/// A text that the store does not have may still be in the file itself or in its reserve.
 void FileToPutBack::LoadText(std::optional<CapturedFile>& wanted, const char* suffix) {
     if (!wanted->state.exists || (!wanted->text.empty() && HasText(*wanted))) return;
     if (wanted->state.text) {
@@ -174,7 +175,7 @@ void FileToPutBack::LoadText(std::optional<CapturedFile>& wanted, const char* su
                _("put it back by hand, from a backup"));
 }
 
-/// In another user's directory it stays his.
+/// In a directory of another user, the file can only belong to that user.
 void FileToPutBack::RequireGivable() {
     if (!IsThere(m_wanted.file) || !Differs(m_now.file, m_wanted.file)) return;
     const RecordedState& wanted = m_wanted.file->state;
@@ -185,7 +186,7 @@ void FileToPutBack::RequireGivable() {
            geteuid() == 0 ? _("give its directory back to root first") : _("run the command as root"));
 }
 
-/// A reserve that goes back takes the name of the file.
+/// The reserve counts, too: when it is put back, it is renamed to the file.
 void FileToPutBack::RequireAllReplaceable() const {
     if (Differs(m_now.file, m_wanted.file)) RequireReplaceable(m_path);
     if (Differs(m_now.reserve, m_wanted.reserve)) RequireReplaceable(m_path + ZETReserveSuffix);
@@ -197,7 +198,7 @@ bool FileToPutBack::IsChange() const {
            Differs(m_now.absence, m_wanted.absence);
 }
 
-/// What is known of it, once all else is.
+/// Sets what is known of the file afterwards. Called once `m_isKept` and `m_leavesNewerWork` are set.
 void FileToPutBack::TellKnownThen() {
     if (!m_change.file) return;
     if (m_isKept) {
@@ -213,7 +214,7 @@ void FileToPutBack::TellKnownThen() {
     if (m_base) m_then.base = m_base;
 }
 
-/// Whether it is a target as the product left it, which holds what somebody wrote before that.
+/// True for a target that is as the product left it, but that somebody had edited between the entries.
 bool FileToPutBack::IsEditedBetween() const {
     return m_known && m_known->kind == FileKind::Target && !m_change.between.empty() &&
            HaveSameTextAndMode(m_now.file->state, m_known->state);
@@ -334,7 +335,7 @@ ShownDiff FileToPutBack::DiffOfTexts() const {
         return DiffToShow(m_product, former, m_path + ZETReserveSuffix, m_path);
     const Staging staging;
     const std::string staged = staging.PathOf("file");
-    // What others may not read, they may not read there either.
+    // The staged copy must not be readable by anybody who may not read the file.
     WriteStagedFile(staged, m_wanted.file->text, m_wanted.file->state.mode & 0777);
     return DiffToShow(m_product, former, staged, m_path);
 }

@@ -22,8 +22,8 @@ namespace ZET::Deploy {
 /// The remedy of most refusals.
 inline constexpr char kForcedWay[] = ZET_TEXT("--force puts back what was there before all the same");
 
-/// One file that goes back to what it was before, with what stands beside it. It is looked at, recorded, and
-/// then written.
+/// One file, with its companions, that goes back to what it was before. It is looked at, then recorded, then
+/// written.
 class FileToPutBack {
   public:
     FileToPutBack(Deployment& product, RecordedChange change);
@@ -31,25 +31,25 @@ class FileToPutBack {
     const std::string& Path() const { return m_path; }
     const RecordedChange& Change() const { return m_change; }
 
-    /// Looks at what is there and what it is to become. What keeps it from that is returned.
+    /// Compares what is there with what is to come. Returns the problems that keep the file from going back.
     std::vector<Problem> Look(const Writing& writing, OthersWork others);
 
-    /// Somebody wrote it since, and it stays as it is.
+    /// True if the file stays as it is, since somebody has written it since.
     bool IsKept() const { return m_isKept; }
 
-    /// The roles that have committed it once it is back; none: it is not known what is known of it.
+    /// The roles that have the file committed afterwards; empty if none has.
     std::set<Role> RolesAfter() const;
 
-    /// Of the main file: the parameters of the directories that it would have elsewhere then.
+    /// For the main file: the parameters of directories that would lead elsewhere afterwards.
     std::set<std::string> MovedDirectories() const;
 
-    /// Whether anything of it is going to be otherwise.
+    /// Whether the file or a companion would change.
     bool IsChange() const;
 
     void Expect(Recording& recording) const;
     void Write() const;
 
-    /// What happens to it, for the report; to be asked before it is written.
+    /// What happens to the file, for the report. Must be called before `Write`.
     FileOutcome Outcome() const;
 
   private:
@@ -86,10 +86,10 @@ class FileToPutBack {
     OthersWork m_others = OthersWork::IsRefused;
     std::optional<KnownFile> m_known;
     KnownThen m_then;
-    std::optional<std::string> m_base;  ///< of a merge
+    std::optional<std::string> m_base;  ///< the base of a merged target, where `before` has none
     bool m_isOthersWork = false;
     bool m_isKept = false;
-    bool m_leavesNewerWork = false;  ///< a merge does, which newer entries have put there
+    bool m_leavesNewerWork = false;  ///< a merge leaves what newer entries wrote
     std::vector<Problem> m_problems;
 };
 

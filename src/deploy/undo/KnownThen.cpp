@@ -17,16 +17,16 @@ using Lines = std::vector<RememberedLine>;
 KnownThen KnownBefore(const RecordedChange& change) {
     const RecordedFile& row = *change.file;
     KnownThen then{row.kindBefore, row.before.knowledge, row.knownAsBefore};
-    // One that is gone is known all the same: what a killed run may make of it is the product's.
+    // A status file that goes away stays known as one: what a killed run leaves of it is still the product's.
     if (row.kind == FileKind::Status && !row.before.exists) then.kind = FileKind::Status;
     if (then.kind == FileKind::Original) then.knownAs.reset();
-    // Who changes what is known of a file alone, leaves what a hand made of it since an edit.
+    // If the entry changed only what is known of the file, an edit by hand still counts as an edit.
     else if (!change.isWritten && !then.knownAs)
         then.knownAs = row.before;
     return then;
 }
 
-/// Whether a file is known as those entries have left it: no newer one knows another text of it.
+/// True if the file is still known as those entries left it: no newer entry left another text.
 bool IsKnownAsLeft(Store& store, const RecordedChange& change, const KnownFile& now) {
     if (now.entry <= change.newest) return true;
     const std::optional<RecordedFile> next = store.FirstChangeAfter(change.name, change.newest);
@@ -57,7 +57,7 @@ Lines LinesWithout(const Lines& before, const Lines& after, Lines now) {
     return now;
 }
 
-/// In a file of listed edits, the roles are those of its lines.
+/// In a file of listed edits the roles belong to its lines, so the lines are what is taken back.
 void TakeLinesBack(Store& store, const RecordedFile& row, const KnownFile& now, KnownThen& then) {
     if (then.kind != FileKind::Edit) return;
     const Lines before = LinesSetIn(store, row.kindBefore, row.before.knowledge);
@@ -66,8 +66,8 @@ void TakeLinesBack(Store& store, const RecordedFile& row, const KnownFile& now, 
     if (wanted != LinesSetIn(store, then.kind, then.knowledge)) then.base = TextOf(wanted);
 }
 
-/// Of one of which nothing is known any more, and whose text stays: what the entry took of its roles and
-/// lines.
+/// For a file that is no longer known and whose text stays: gives back the roles and lines that the entry
+/// took.
 KnownThen KnownAgain(Store& store, const RecordedFile& row, KnownThen then) {
     const bool wasCommitted = !CommittersOf(store, then).empty();
     then.knowledge.roles = RolesWithout(row, {});
@@ -99,7 +99,7 @@ KnownThen KnownOnceBack(Store& store, const RecordedChange& change, const std::o
 
 KnownThen KnownAsNow(const KnownFile& now, const CapturedFile& file) {
     KnownThen then{now.kind, now.state.knowledge};
-    // Where nobody else wrote the file since, what is left of it is the product's.
+    // If nobody else has written the file since, what it holds now is the product's.
     if (!file.IsAs(now.state)) then.knownAs = now.state;
     return then;
 }

@@ -11,27 +11,27 @@
 
 namespace ZET::Deploy {
 
-/// What is known of a file from now on.
+/// What the history is to know of a file after an undo.
 struct KnownThen {
     FileKind kind = FileKind::Original;
     Knowledge knowledge{};
-    std::optional<RecordedState> knownAs{};  ///< where that is another text
-    std::optional<std::string> base{};       ///< of the knowledge, where the store does not have it yet
+    std::optional<RecordedState> knownAs{};  ///< the state it is known in, where the file has another text
+    std::optional<std::string> base{};       ///< the text of `knowledge.base`, where the store lacks it
 };
 
-/// Of one that goes back, its text too or not. Where one entry alone is taken back, so is what that changed
-/// of the roles, and no more.
+/// For a file that goes back, whether its text changes or not. If only one entry is taken back, only what
+/// that entry itself changed of the roles and lines is.
 KnownThen KnownOnceBack(Store& store, const RecordedChange& change, const std::optional<KnownFile>& now,
                         bool isTextBack);
 
-/// The roles that have committed it then.
+/// The roles that have the file committed then.
 std::set<Role> CommittersOf(Store& store, const KnownThen& then);
 
-/// Of one that a merge leaves to newer entries.
+/// For a file that a merge leaves to newer entries.
 KnownThen KnownAsNow(const KnownFile& now, const CapturedFile& file);
 
-/// Of one that stays since somebody wrote it between two entries: as the product had left it before that, so
-/// that it counts as edited.
+/// For a file that stays because somebody wrote it between two entries: known as the product left it before
+/// that, so that it counts as edited.
 KnownThen KnownAsEditedBetween(const RecordedChange& change, const KnownFile& now);
 
 }  // namespace ZET::Deploy

@@ -16,7 +16,7 @@ class MergingBack {
         m_merged.file = now;
     }
 
-    /// From one edit of others to the one before it.
+    /// Steps back from the newest edit of others to the oldest, then to the state before the entries.
     MergedBack Merge(const RecordedChange& change) {
         const RecordedState* base = &change.file->after;
         for (const WorkBetween& between : change.between) {

@@ -11,13 +11,13 @@
 
 namespace ZET::Deploy {
 
-/// A file out of which is taken what entries did, while what others did stays.
+/// A file without what the entries did to it, but with what others did.
 struct MergedBack {
     CapturedFile file;
-    std::vector<Problem> problems;  ///< where there are any, there is no file
+    std::vector<Problem> problems;  ///< if there are any, `file` must not be used
 };
 
-/// With `keepsNotice`, the file has more of the product's than what is taken out.
+/// Pass `keepsNotice` if the file holds more of the product's work than is taken out: its notice stays then.
 MergedBack MergeBack(Store& store, const RecordedChange& change, const CapturedFile& now,
                      const FileToMerge& file, bool keepsNotice);
 

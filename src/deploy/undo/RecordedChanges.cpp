@@ -9,7 +9,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// The former state of both, and the later one of `newer`.
+/// Puts the former state of `older` into `newer`, which keeps its own later one.
 void Precede(std::optional<RecordedFile>& newer, const RecordedFile& older) {
     if (!newer) {
         newer = older;
@@ -20,8 +20,8 @@ void Precede(std::optional<RecordedFile>& newer, const RecordedFile& older) {
     newer->knownAsBefore = older.knownAsBefore;
 }
 
-/// Others' work between what an older entry left and what the oldest of these found. Owner and attributes
-/// alone are nobody's work.
+/// Notes what others did between the state an older entry left and the one that these entries found. A change
+/// of owner or attributes alone does not count.
 void NoteWorkBetween(RecordedChange& change, const RecordedState& left) {
     const RecordedState& found = change.file->before;
     if (HaveSameTextAndMode(left, found)) return;
@@ -29,7 +29,8 @@ void NoteWorkBetween(RecordedChange& change, const RecordedState& left) {
     change.isWritten = true;
 }
 
-/// Whose services the file concerns. Whoever puts a former state back, the roles are those that have it.
+/// The roles whose services the file concerns. If a former state was put back, these are the roles that have
+/// the file, whichever role put it back.
 std::set<Role> RolesOf(const RecordedEntry& entry, const RecordedFile& file) {
     std::set<Role> roles = file.before.knowledge.roles;
     roles.insert(file.after.knowledge.roles.begin(), file.after.knowledge.roles.end());

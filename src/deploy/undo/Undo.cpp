@@ -25,7 +25,7 @@ bool TookFrom(Store& store, Role role, const RecordedFile& row) {
            !CommittersOf(store, row.kind, row.after.knowledge).contains(role);
 }
 
-/// The newest entry that left the file there; none: nobody knows of any.
+/// The newest entry that left the file in place; none if no such entry is known.
 std::optional<std::int64_t> LastToWrite(Store& store, const std::string& name) {
     for (const RecordedEntry& entry : store.EntriesOf(name))
         if (store.ChangeIn(entry.number, name)->after.exists) return entry.number;
@@ -33,7 +33,7 @@ std::optional<std::int64_t> LastToWrite(Store& store, const std::string& name) {
     return known ? std::optional(known->entry) : std::nullopt;
 }
 
-/// One way back, under the lock: first every file is looked at, then all is recorded, then it is done.
+/// One way back, under the lock: first every file is looked at, then all is recorded, then all is written.
 class WayBack {
   public:
     WayBack(Deployment& product, const Writing& writing, OthersWork others)
@@ -58,8 +58,8 @@ class WayBack {
         }
     }
 
-    /// The status of a role that has neither targets nor lines any more goes, too, and that of one that has
-    /// some stays, as does what stood there before anything was known of it.
+    /// Removes the status of a role that has no targets and no lines left, and keeps that of a role that has
+    /// some. A file that was there before the product's own just goes back.
     void LookAtStatus(UndoResult& result) {
         for (const Role role : kRoles) {
             const auto file = FileNamed(m_product.HostPaths().NameOfReal(m_product.State().Status(role)));
@@ -92,7 +92,8 @@ class WayBack {
                             [&](const FileToPutBack& each) { return each.Change().name == name; });
     }
 
-    /// The main file is set back below what is committed with --force alone.
+    /// Without --force, the main file does not go back if that would move directories while something is
+    /// committed.
     void LookAtDirectories(UndoResult& result) {
         if (m_others == OthersWork::IsReplaced) return;
         if (!IsCommittedThen(Role::Server) && !IsCommittedThen(Role::Client)) return;
@@ -102,8 +103,8 @@ class WayBack {
                     {.file = file.Path(), .text = CannotMove(name), .remedy = _(kForcedWay)});
     }
 
-    /// Whether files were taken from the role since its status was written: a rollback that was killed right
-    /// before its end has left it then.
+    /// True if files were taken from the role after its status was last written: a rollback that was killed
+    /// right before its end leaves it behind.
     bool LostFilesSince(const std::string& name, Role role) const {
         Store& store = *m_product.HostHistory().ToLook();
         const std::optional<std::int64_t> written = LastToWrite(store, name);
@@ -127,7 +128,7 @@ class WayBack {
         return !names.empty();
     }
 
-    /// Names inside the root.
+    /// The names, inside the root, of the files that the role has committed by now.
     const std::set<std::string>& Committed(Role role) {
         if (m_committed.empty()) {
             for (const Role each : kRoles)
@@ -164,7 +165,7 @@ class WayBack {
     }
 
     void Write(const FileToPutBack& file, UndoResult& result) {
-        // The diff has to be made before its one side is gone.
+        // The outcome's diff has to be made before one of its sides is gone.
         const FileOutcome outcome = file.Outcome();
         result.isChanged = result.isChanged || outcome.IsChange();
         result.isKept = result.isKept || file.IsKept();
@@ -180,12 +181,12 @@ class WayBack {
             for (const Role role : file.Change().roles)
                 m_restarts.Add(*target, role);
         } catch (const Failure& failure) {
-            // Without its list, nobody knows; the file goes back all the same.
+            // Without a usable list nobody knows the services; the file goes back all the same.
             m_product.Out().Detail(failure.what());
         }
     }
 
-    /// What stopped the run is on its way to the reader.
+    /// Reports only what was done so far: the caller reports the exception that stopped the run.
     void TellBreakOff(const UndoResult& result) {
         try {
             if (result.isChanged && !m_product.Wanted().dryRun)
@@ -223,15 +224,14 @@ RecordedChanges ChangesSince(Store& store, std::int64_t number) {
     return changes;
 }
 
-/// The file as the last entry left it: what is known of it may be another text, where somebody had edited it
-/// by then.
+/// The file as the last entry left it. It may be known in another text, if somebody had edited it by then.
 RecordedState LeftByLastEntry(Store& store, const KnownFile& known) {
     std::optional<RecordedFile> row = store.ChangeIn(known.entry, known.path);
     if (row) return std::move(row->after);
     return known.state;
 }
 
-/// Nothing that was recorded has to be taken back of it; only what somebody did since.
+/// A record without a change of its own: only what somebody has done since is to be taken back.
 RecordedFile WithoutChange(const KnownFile& known, const RecordedState& left) {
     RecordedFile row;
     row.path = known.path;
@@ -242,13 +242,13 @@ RecordedFile WithoutChange(const KnownFile& known, const RecordedState& left) {
     return row;
 }
 
-/// Working copies and the main file are the administrator's to edit; what is made from them is not.
+/// False for working copies and the main file, which are the administrator's to edit.
 bool IsMadeByEntries(FileKind kind) {
     return kind == FileKind::Target || kind == FileKind::Edit;
 }
 
-/// What the last entry up to that number left of what later ones touched is how it was then, whatever
-/// somebody made of it before they came.
+/// Files that later entries touched go back to what the last entry up to `number` left, even if somebody
+/// edited them before those later entries.
 void AddWorkBefore(Store& store, std::int64_t number, RecordedChanges& changes) {
     for (RecordedChange& change : changes.All()) {
         if (!change.file) continue;
@@ -257,7 +257,7 @@ void AddWorkBefore(Store& store, std::int64_t number, RecordedChanges& changes) 
     }
 }
 
-/// What no later entry has touched is not as it was all the same where somebody wrote it since.
+/// Files that no later entry touched go back, too, if somebody has edited them since.
 void AddOthersWork(Deployment& product, Store& store, RecordedChanges& changes) {
     for (const KnownFile& known : store.KnownFiles()) {
         if (!IsMadeByEntries(known.kind) || changes.HasFile(known.path)) continue;
@@ -284,7 +284,7 @@ UndoResult Undo(Deployment& product, const UndoOptions& options) {
     for (RecordedChange& change : changes.All())
         change.isOfOneEntry = true;
     WayBack(product, writing, others).Go(std::move(changes), result);
-    // Its own entry may have been one too many for an older one.
+    // The undo's own entry may have pushed an older one out of the history.
     Store* const since = product.HostHistory().ToLookIfUsable();
     const auto further = since != nullptr ? NewestBefore(*since, entry.number, false) : std::nullopt;
     if (further) result.further = further->number;

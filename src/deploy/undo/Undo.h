@@ -13,20 +13,20 @@ namespace ZET::Deploy {
 
 /// What became of files that were to go back.
 struct UndoResult {
-    std::vector<Problem> problems;        ///< where there are any, nothing was changed
+    std::vector<Problem> problems;        ///< if there are any, nothing was changed
     std::int64_t undone = 0;              ///< the entry that was taken back, or gone back to
-    std::optional<std::int64_t> further;  ///< the one before it that can be taken back; none: there is none
-    std::optional<std::int64_t> entry;    ///< the one that was made; none: none was
-    bool isChanged = false;               ///< something was, or would be, put back
+    std::optional<std::int64_t> further;  ///< the next older entry to take back; none: there is none
+    std::optional<std::int64_t> entry;    ///< the entry that this made; none if it made none
+    bool isChanged = false;               ///< something was put back, or would be in a dry run
     bool isKept = false;                  ///< something stays as somebody edited it
 };
 
-/// Puts back what an entry replaced, whole or nothing. Each file is told to the observer, and so are the
-/// services to restart. A number that is no entry is a `UsageError`.
+/// Puts back all that an entry replaced, or nothing if there are problems. Reports each file and the services
+/// to restart to the observer. Throws a `UsageError` for a number that is no entry.
 UndoResult Undo(Deployment& product, const UndoOptions& options);
 
-/// Puts back what all entries after one replaced, of both roles: targets, edits, working copies of templates
-/// and the main file are as they were right after it.
+/// Puts back what all entries after `entry` replaced, of both roles: targets, edits, working copies of
+/// templates and the main file are then as they were right after it.
 UndoResult RollBackTo(Deployment& product, std::int64_t entry, const RollBackToOptions& options);
 
 }  // namespace ZET::Deploy

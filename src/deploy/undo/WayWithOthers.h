@@ -8,7 +8,7 @@ namespace ZET::Deploy {
 /// What to do with a file that is not as the entry left it.
 enum class OthersWork { IsRefused, IsReplaced, IsMerged, Stays };
 
-/// Options that exclude each other are a `UsageError`.
+/// Throws a `UsageError` for options that exclude each other.
 OthersWork WayOf(const UndoOptions& options);
 OthersWork WayOf(const RollBackToOptions& options);
 

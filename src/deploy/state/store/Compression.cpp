@@ -50,7 +50,7 @@ const Zstd& TheZstd() {
     return zstd;
 }
 
-/// Its memory is used again by the next text.
+/// Uses its memory again for the next text.
 class Context {
   public:
     Context() : m_context(TheZstd().createContext(), TheZstd().freeContext) {
@@ -60,7 +60,7 @@ class Context {
     }
 
     std::string Compress(std::string_view text) {
-        // Only as much of it is touched as the frame takes.
+        // Only as much of it is touched as the frame needs.
         const std::size_t size = TheZstd().bound(text.size());
         const auto room = std::make_unique_for_overwrite<char[]>(size);
         const std::size_t length =
@@ -74,7 +74,7 @@ class Context {
         return result;
     }
 
-    /// The room is large enough, and the parameters are known: only memory can be short.
+    /// The room is large enough, and the parameters are known, so only memory can be short.
     [[noreturn]] static void Fail(std::size_t result) {
         if (std::string_view(TheZstd().errorName(result)).find("memory") != std::string_view::npos)
             throw std::bad_alloc();
@@ -84,7 +84,7 @@ class Context {
     std::unique_ptr<ZSTD_CCtx, decltype(ZSTD_freeCCtx)*> m_context;
 };
 
-/// The same of the way back.
+/// The same for expanding.
 class Reader {
   public:
     Reader() : m_context(TheZstd().createReader(), TheZstd().freeReader) {
@@ -111,8 +111,8 @@ class Reader {
     std::unique_ptr<ZSTD_DCtx, decltype(ZSTD_freeDCtx)*> m_context;
 };
 
-/// As long as the process: to have something of a thread's own destroyed takes memory, without which the C
-/// library ends the program.
+/// Lives as long as the process: an object of a thread's own takes memory to be destroyed later, and the C
+/// library ends the program if there is none.
 Reader& TheReader() {
     static Reader& reader = *new Reader;
     return reader;
@@ -128,7 +128,7 @@ std::string Compressed(std::string_view text) {
 
 std::optional<std::string> Expanded(std::string_view frame, std::size_t size) {
     if (const auto text = TextOfPlainFrame(frame); text && text->size() == size) return std::string(*text);
-    // What it was kept with, whatever is kept today; a damaged number takes no room.
+    // The frame has the size that was kept, whatever the limits are today; a damaged number takes no memory.
     if (TheZstd().sizeOf(frame.data(), frame.size()) != size) return std::nullopt;
     return TheReader().Expand(frame, size);
 }

@@ -8,13 +8,13 @@
 
 namespace ZET::Deploy {
 
-/// The text as one zstd frame that has its size and a checksum. A short one is not compressed.
+/// The text as one zstd frame with its size and a checksum. A short text is not compressed.
 std::string Compressed(std::string_view text);
 
-/// The text of such a frame, which is `size` bytes long; none when the frame was damaged.
+/// The text in such a frame, which is `size` bytes long; none if the frame is damaged.
 std::optional<std::string> Expanded(std::string_view frame, std::size_t size);
 
-/// Whether such a frame is that of the text, of which it has the size; none when it was damaged.
+/// Whether such a frame holds this text, whose size it has; none if the frame is damaged.
 std::optional<bool> IsFrameOf(std::string_view frame, std::string_view text);
 
 }  // namespace ZET::Deploy

@@ -11,7 +11,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// Another command may look, or record, at the same time.
+/// Another command may look or record at the same time.
 constexpr int kPatienceMs = 5000;
 
 struct KnownError {
@@ -19,7 +19,7 @@ struct KnownError {
     const char* words;
 };
 
-/// SQLite speaks English only; this is what it says of the errors that hosts meet.
+/// SQLite speaks only English; these are its words for the errors that hosts meet.
 constexpr KnownError kKnownErrors[] = {
     {SQLITE_NOTADB, ZET_TEXT("file is not a database")},
     {SQLITE_CORRUPT, ZET_TEXT("database disk image is malformed")},
@@ -36,7 +36,7 @@ std::string WordsOf(sqlite3* database, int code) {
     return database != nullptr ? TheSqlite().message(database) : TheSqlite().describe(code);
 }
 
-/// Whether a call of the system may have failed. Of other errors, SQLite tells the reason of an earlier one.
+/// Whether a system call may have failed. For other errors, SQLite gives the reason of an earlier one.
 bool IsOfSystem(int code) {
     const int kind = code & 0xff;
     return kind == SQLITE_IOERR || kind == SQLITE_CANTOPEN;
@@ -47,15 +47,15 @@ bool IsOfSystem(int code) {
     if ((code & 0xff) == SQLITE_NOMEM) throw std::bad_alloc();
     const Sqlite& sqlite = TheSqlite();
     int error = database != nullptr && IsOfSystem(code) ? sqlite.systemError(database) : 0;
-    // SQLite does not say it of a commit.
+    // SQLite does not report it for a commit.
     if (error == 0 && reason == EDQUOT) error = reason;
-    // To SQLite, a quota that is used up is any error.
+    // To SQLite, a quota that is used up is just any error.
     std::string message = WordsOf(database, error == EDQUOT ? SQLITE_FULL : code);
     if (error != 0) message += ": " + ReasonOf(error);
     throw DatabaseError(message, code, error);
 }
 
-/// A path with every byte of it, as a URI has it.
+/// The path as a URI, whatever bytes it has.
 std::string UriOf(const std::string& file) {
     static constexpr char kDigits[] = "0123456789abcdef";
     std::string uri = "file:";
@@ -75,7 +75,7 @@ std::string NameOf(const std::string& file, Database::Access access) {
     return UriOf(file) + (access == Database::Access::LookAtCopy ? "?immutable=1" : "");
 }
 
-/// Nobody is waited for while it lives.
+/// While it lives, nobody is waited for.
 class Impatience {
   public:
     explicit Impatience(sqlite3* database) : m_database(database) { TheSqlite().setPatience(database, 0); }
@@ -132,7 +132,7 @@ Database::Database(const std::string& file, Access access) {
     sqlite.setPatience(database, kPatienceMs);
     Require(sqlite.configure(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr));
     Require(sqlite.configure(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr));
-    // A close that checkpoints costs two syncs; the journal is kept, and emptied when it has grown.
+    // A close that checkpoints costs two syncs; so the journal is kept, and emptied once it has grown.
     Require(sqlite.configure(database, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr));
     int keepsJournal = 1;
     sqlite.control(database, "main", SQLITE_FCNTL_PERSIST_WAL, &keepsJournal);
@@ -213,12 +213,12 @@ Database::Transaction::Transaction(Database& database, Kind kind) : m_database(d
 }
 
 Database::Transaction::~Transaction() {
-    // Some errors end it by themselves.
+    // Some errors end the transaction by themselves.
     if (!m_isOpen || !m_database.IsInTransaction()) return;
     try {
         m_database.Run("ROLLBACK");
     } catch (const std::exception&) {
-        // What made it end is on its way to the reader, and the next one to open the database rolls back.
+        // What ended it is being reported, and the next one to open the database rolls back.
     }
 }
 
@@ -230,7 +230,7 @@ void Database::Transaction::Commit() {
 Database::Rows::Rows(Database& database, Statement statement, ValueViews values)
     : Rows(database, statement, values, Lifetime::OfTheRows) {}
 
-/// What lives as long as the call needs not be copied.
+/// What lives as long as the call need not be copied.
 Database::Rows::Rows(Database& database, Statement statement, std::span<const ValueView> values,
                      Lifetime lifetime)
     : m_database(database), m_statement(database.Prepared(statement)) {
@@ -243,7 +243,7 @@ Database::Rows::~Rows() {
 }
 
 bool Database::Rows::Next() {
-    errno = 0;  // that of an earlier call is no reason
+    errno = 0;  // forgets the error of an earlier call
     return m_database.Require(TheSqlite().step(m_statement)) == SQLITE_ROW;
 }
 

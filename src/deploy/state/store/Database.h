@@ -24,7 +24,7 @@ struct Blob {
     bool operator==(const Blob&) const = default;
 };
 
-/// What a row has in a column; the first stands for nothing.
+/// What a row has in a column; the first alternative stands for NULL.
 using Value = std::variant<std::monostate, std::int64_t, std::string, Blob>;
 
 struct BlobView {
@@ -33,13 +33,13 @@ struct BlobView {
     BlobView(const Blob& blob) : bytes(blob.bytes) {}
 };
 
-/// The same in the memory of somebody else.
+/// The same in memory that somebody else owns.
 using ValueView = std::variant<std::monostate, std::int64_t, std::string_view, BlobView>;
 using ValueViews = std::initializer_list<ValueView>;
 
 ValueView OptionalValue(const std::optional<std::int64_t>& number);
 
-/// A text of the program itself. It stays where it is, by which it is known again.
+/// A text of the program itself. It stays at its address, by which it is recognised.
 class Statement {
   public:
     consteval Statement(const char* text) : m_text(text) {}
@@ -52,19 +52,19 @@ class Statement {
     const char* m_text;
 };
 
-/// What the library says of a call that failed.
+/// What the library reports of a call that failed.
 class DatabaseError : public std::runtime_error {
   public:
-    /// `errorNumber` is the `errno` of a call of the system that failed; 0: none did.
+    /// `errorNumber` is the `errno` of a system call that failed; 0 if none did.
     DatabaseError(const std::string& message, int code, int errorNumber)
         : std::runtime_error(message), m_code(code), m_errorNumber(errorNumber) {}
 
-    /// The file is no database, or a damaged one.
+    /// Whether the file is no database, or a damaged one.
     bool IsDamage() const;
     bool IsReadOnly() const;
     bool IsFull() const;
 
-    /// To write found no room. Others, of a sync, tell that what was written may be lost.
+    /// Whether a write found no room. Another error may be that of a sync: what was written may be lost.
     bool HasNoRoom() const;
     int ErrorNumber() const { return m_errorNumber; }
 
@@ -73,13 +73,13 @@ class DatabaseError : public std::runtime_error {
     int m_errorNumber;
 };
 
-/// An open SQLite database. What fails throws `DatabaseError`, and `std::bad_alloc` where memory is short.
+/// An open SQLite database. Failures throw `DatabaseError`, or `std::bad_alloc` if memory is short.
 class Database {
   public:
     enum class Access {
         Write,
         Look,
-        LookAtCopy  ///< of a file that nobody writes meanwhile, on a file system that is read-only
+        LookAtCopy  ///< a file that nobody writes meanwhile, on a read-only file system
     };
 
     Database(const std::string& file, Access access);
@@ -87,31 +87,32 @@ class Database {
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
 
-    /// One statement that gives no rows, or the first value of the first row that it gives.
+    /// Runs one statement that gives no rows, or returns the first value of the first row that it gives.
     Value Run(Statement statement, ValueViews values = {});
 
-    /// One that gives no rows.
+    /// Runs one that gives no rows.
     void RunWith(Statement statement, std::span<const ValueView> values);
 
     /// The number of the row that was inserted last.
     std::int64_t LastRow() const;
 
-    /// Whether what is changed waits for the end of a transaction.
+    /// Whether changes wait for the end of a transaction.
     bool IsInTransaction() const;
 
-    /// The journal grows from now on until it is taken over by a call.
+    /// From now on, the journal grows until `TakeJournalOver` is called.
     void LeaveJournal();
 
-    /// How many pages the journal had in front of those of the last commit; none where a commit began it
-    /// anew, or nobody called `LeaveJournal`.
+    /// How many pages the journal had before those of the last commit; 0 if that commit began the journal
+    /// anew, or `LeaveJournal` was not called.
     std::int64_t JournalBefore() const { return m_journalBefore; }
 
-    /// Syncs the journal, brings its pages into the database's file, syncs that and empties the journal: what
-    /// opens it next would not know that it was taken over. Does not wait for readers: false when not all
-    /// came there, as somebody reads what is in front of them. Then nothing may be synced, either.
+    /// Syncs the journal, copies its pages into the database's file, syncs that, and empties the journal,
+    /// since whoever opens it next would not know that it was taken over. Does not wait for readers: returns
+    /// false if not all pages were copied, as somebody reads older ones. Then the journal may not be synced,
+    /// either.
     bool TakeJournalOver();
 
-    /// What is changed while it lives is changed when it is committed, or not at all.
+    /// What is changed while it lives is changed all at once on commit, or not at all.
     class Transaction {
       public:
         enum class Kind { Write, Look };
@@ -126,7 +127,7 @@ class Database {
         bool m_isOpen = true;
     };
 
-    /// The rows of a statement. No other rows of the same statement may be read meanwhile.
+    /// The rows that a statement gives. No other rows of the same statement may be read meanwhile.
     class Rows {
       public:
         Rows(Database& database, Statement statement, ValueViews values = {});
@@ -134,14 +135,14 @@ class Database {
         Rows(const Rows&) = delete;
         Rows& operator=(const Rows&) = delete;
 
-        /// To the next row; false behind the last one.
+        /// Goes to the next row; returns false after the last one.
         bool Next();
 
         Value At(int column) const;
         std::int64_t Number(int column) const;
         std::string Text(int column) const { return std::string(Bytes(column)); }
 
-        /// In place: up to the next row.
+        /// Valid up to the next row.
         ValueView View(int column) const;
         std::string_view Bytes(int column) const;
 

@@ -7,10 +7,10 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// With it goes what it was made from, unless somebody else has that.
+/// Releases what it was made from as well, unless something else has that.
 void ReleaseText(Database& database, const std::optional<std::int64_t>& text) {
     if (!text) return;
-    // Most are held, which is found out in a quarter of the time that the whole statement takes.
+    // Most are in use, which is found out in a quarter of the time that the whole statement takes.
     if (database.Run("SELECT 1 FROM states WHERE text = ? LIMIT 1", {*text}) != Value()) return;
     const Value madeFrom = database.Run(
         "DELETE FROM texts WHERE id = ?1 AND NOT EXISTS (SELECT 1 FROM states WHERE text = ?1)"
@@ -34,7 +34,8 @@ void ReleaseState(Database& database, std::int64_t id) {
     ReleaseText(database, base);
 }
 
-/// Those of an entry, but for what is known. One statement for all takes a fifth of one for each.
+/// Releases an entry's states, except those by which files are known. A single statement takes a fifth of the
+/// time of one for each.
 void ReleaseStatesOf(Database& database, std::int64_t entry) {
     std::vector<std::int64_t> texts;
     Database::Rows rows(
@@ -74,7 +75,7 @@ void ReleaseIfOwn(Database& database, const std::optional<StateOfKnown>& state) 
     if (state && state->isOwn) ReleaseState(database, state->number);
 }
 
-/// The number of one that is not there would be given to another one.
+/// The number of a missing state would be given to another one.
 void RequireStatesLeftBy(Database& database, std::int64_t entry) {
     if (database.Run("SELECT 1 FROM files WHERE entry = ? AND NOT EXISTS"
                      " (SELECT 1 FROM states WHERE id = after) LIMIT 1",
@@ -82,7 +83,7 @@ void RequireStatesLeftBy(Database& database, std::int64_t entry) {
         throw DamagedRow();
 }
 
-/// The newest entry that has so many newer ones.
+/// The newest entry that has this many newer ones.
 std::optional<std::int64_t> EntryBehind(Database& database, std::size_t newer) {
     const Value number = database.Run("SELECT number FROM entries ORDER BY number DESC LIMIT 1 OFFSET ?",
                                       {static_cast<std::int64_t>(newer)});
@@ -90,8 +91,8 @@ std::optional<std::int64_t> EntryBehind(Database& database, std::size_t newer) {
     return found != nullptr ? std::optional(*found) : std::nullopt;
 }
 
-/// Which entries replaced edits has to be known of all of them only where there may be too many of those: to
-/// look at 100 commits of 1,000 targets takes longer than all else that an edit does.
+/// Finds out which entries replaced edits only if there may be too many of those: to look at 100 commits of
+/// 1,000 targets takes longer than all else that an edit does.
 std::vector<std::int64_t> EntriesToPrune(Database& database, std::int64_t newest,
                                          std::size_t entriesWithEdits) {
     if (!EntryBehind(database, entriesWithEdits))
@@ -138,7 +139,7 @@ void ReplaceKnown(Database& database, const KnownFile& file) {
     PutKnown(database, {file.path, file.kind, number}, file.entry);
 }
 
-/// The state is neither read nor written again: it stands in the row of the entry.
+/// The state is neither read nor written again, as it is in the entry's row already.
 void KnowAsLeft(Database& database, const std::vector<LeftFile>& files, std::int64_t entry) {
     RequireStatesLeftBy(database, entry);
     for (const LeftFile& file : files) {

@@ -10,32 +10,32 @@
 #include "deploy/state/store/Rows.h"
 #include "deploy/state/store/StoreLimits.h"
 
-/// What goes from the store, or makes room for another, with the states and texts that nothing else there
-/// has.
+/// Deletes what leaves the store or makes room for something else, with the states and texts that nothing
+/// else there has.
 namespace ZET::Deploy {
 
-/// What is known since of its files stays.
+/// What has become known of its files since then stays.
 void DeleteEntry(Database& database, std::int64_t number);
 
-/// The entry stays.
+/// The entry itself stays.
 void DeleteFileOf(Database& database, std::int64_t number, const std::string& path);
 
 void DeleteKnown(Database& database, const std::string& path);
 
-/// Whatever was known of the file, that is known now.
+/// Replaces whatever was known of the file.
 void ReplaceKnown(Database& database, const KnownFile& file);
 
-/// The files are known as the entry left them, or not at all where the product has nothing to do with them
-/// any more.
+/// From now on, the files are known as the entry left them, or not at all if the product has nothing to do
+/// with them any more.
 void KnowAsLeft(Database& database, const std::vector<LeftFile>& files, std::int64_t entry);
 
-/// What the former state alone had of texts goes.
+/// Also deletes texts that only the former state had.
 void ReplaceStateAndTexts(Database& database, std::int64_t id, const RecordedState& state);
 
-/// Deletes the oldest entries beyond what the limits keep, and notes that there were more.
+/// Deletes the oldest entries beyond what the limits keep, and records that there were more.
 void Prune(Database& database, const StoreLimits& limits);
 
-/// That entries up to the number are no longer kept.
+/// Records that not all entries up to this number are kept any more.
 void RememberPruned(Database& database, std::int64_t number);
 
 }  // namespace ZET::Deploy

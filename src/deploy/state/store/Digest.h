@@ -8,11 +8,11 @@
 
 namespace ZET::Deploy {
 
-/// Sixteen bytes that tell a text from another by chance, not by intent: who has to rely on it compares the
-/// texts.
+/// Sixteen bytes that differ for any two texts, unless somebody intends otherwise: whoever has to rely on
+/// that compares the texts.
 std::string DigestOf(std::string_view text);
 
-/// The same of a text that comes in pieces.
+/// The same for a text that comes in pieces.
 class DigestInProgress {
   public:
     DigestInProgress();
@@ -28,7 +28,7 @@ class DigestInProgress {
     std::unique_ptr<State> m_state;
 };
 
-/// The same in the room of a number.
+/// A shorter digest, which fits into a number.
 std::int64_t SealOf(std::string_view text);
 
 }  // namespace ZET::Deploy

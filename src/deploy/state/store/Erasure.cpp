@@ -46,12 +46,12 @@ std::set<std::int64_t> TextsOf(const RecordedState& state) {
     return texts;
 }
 
-/// One that tells nothing: many files begin or end with it.
+/// Whether the text is empty, and so tells nothing: many files begin or end empty.
 bool IsEmpty(Database& database, std::int64_t text) {
     return !Numbers(database, "SELECT id FROM texts WHERE id = ? AND size = 0", {text}).empty();
 }
 
-/// All of them by one look at the files, of which there may be many.
+/// Finds all of them in one pass over the files, of which there may be many.
 std::set<std::string> HoldersOf(Database& database, const std::set<std::int64_t>& texts) {
     std::set<std::int64_t> states;
     for (const std::int64_t text : texts)
@@ -72,7 +72,7 @@ std::set<std::string> HoldersOf(Database& database, const std::set<std::int64_t>
     return paths;
 }
 
-/// Whether the word, or a part of it, may be of a text.
+/// Whether the word, or a part of it, may come from a text.
 using IsOfText = std::function<bool(const std::string& word)>;
 
 bool IsOfCommand(const std::string& word) {
@@ -85,10 +85,10 @@ std::string WithoutTexts(const std::string& word, const IsOfText& isOfText) {
     return !word.starts_with('-') && isOfText(word) ? kHiddenWord : word;
 }
 
-/// Options that take a place on the host or in its history; what stands there is nobody's text.
+/// Options that take a place on the host or in its history, which is nobody's text.
 constexpr std::string_view kPlaces[] = {"--root", "-c", "--config", "--module", "--to"};
 
-/// Options whose next word is anything at all, and no option even where it looks like one.
+/// Options whose next word can be anything, and is no option even if it looks like one.
 constexpr std::string_view kTakesAnything[] = {"-m", "--message", "--set", "--value"};
 
 template <std::size_t size>
@@ -104,13 +104,13 @@ bool IsPlace(const std::vector<std::string>& words, std::size_t i) {
     return i > 0 && IsOneOf(words[i - 1], kPlaces) && (i == 1 || !IsOneOf(words[i - 2], kTakesAnything));
 }
 
-/// "undo 3": a number of an entry.
+/// "undo 3": the number of an entry.
 bool IsEntryToUndo(const std::vector<std::string>& words, std::size_t i, std::size_t ofCommand) {
     return ofCommand == 1 && i > 0 && words[i - 1] == "undo" &&
            words[i].find_first_not_of("0123456789") == std::string::npos;
 }
 
-/// What stands behind each slash, from the longest.
+/// What comes after each slash, the longest first.
 std::vector<std::string_view> EndsOf(std::string_view path) {
     std::vector<std::string_view> ends;
     for (std::size_t slash = path.find('/'); slash != std::string_view::npos;
@@ -119,8 +119,7 @@ std::vector<std::string_view> EndsOf(std::string_view path) {
     return ends;
 }
 
-/// Tells which words name one of the files, without holding each of 10,000 words against each of 10,000
-/// paths.
+/// Tells which words name one of the files, without comparing each of 10,000 words with each of 10,000 paths.
 class FileNames {
   public:
     explicit FileNames(const std::vector<std::string>& paths) {
@@ -131,7 +130,7 @@ class FileNames {
         }
     }
 
-    /// By the path, the end of it, or the path below a root.
+    /// By its path, the end of its path, or its path below a root.
     bool Has(std::string_view word) const {
         if (word.empty() || m_paths.contains(word) || m_ends.contains(word)) return !word.empty();
         const std::vector<std::string_view> ends = EndsOf(word);
@@ -173,12 +172,12 @@ std::vector<std::string> PathsOf(Database& database, std::int64_t entry) {
     return paths;
 }
 
-/// What is told in the user's own words, which are no text of a file.
+/// Whether the word gives the user's own message, which is no text of a file.
 bool GivesMessage(const std::string& word, const std::string& message) {
     return word == message || word == "-m" + message || word == "--message=" + message;
 }
 
-/// A pattern or a value may hold a part of a text, or be a part of one: none is kept.
+/// A pattern or a value may hold a part of a text, or be a part of one, so none is kept.
 void HideWords(Database& database, const std::set<std::int64_t>& numbers) {
     for (const std::int64_t number : numbers) {
         std::optional<RecordedEntry> entry = EntryAt(database, number);
@@ -199,15 +198,15 @@ void TakeOut(Database& database, std::int64_t id, RecordedState state) {
     ReplaceState(database, id, state);
 }
 
-/// With what they are made from: where nobody has it any more, it was a text of the same file, or of one that
-/// had the same.
+/// Adds what they are made from: if nobody has that any more, it was a text of the same file, or of one that
+/// had the same text.
 std::set<std::int64_t> WithBases(Database& database, const std::set<std::int64_t>& texts) {
     std::set<std::int64_t> all = texts;
     std::vector<std::int64_t> rest(texts.begin(), texts.end());
     while (!rest.empty()) {
         const std::int64_t text = rest.back();
         rest.pop_back();
-        // Of one that was damaged and is kept anew, what it was made from may have been made, too.
+        // If one was damaged and is kept anew, what it was made from may itself be made from another.
         for (const std::int64_t base :
              Numbers(database, "SELECT made_from FROM texts WHERE id = ? AND made_from IS NOT NULL", {text}))
             if (all.insert(base).second) rest.push_back(base);
@@ -219,10 +218,10 @@ bool IsNobodys(Database& database, std::int64_t text) {
     return Numbers(database, "SELECT id FROM states WHERE text = ?1 OR base = ?1 LIMIT 1", {text}).empty();
 }
 
-/// What other files have of the texts stays, and is read without those that go.
+/// What other files have of the texts stays, and can then be read without those that go.
 void DeleteUnheld(Database& database, const std::set<std::int64_t>& texts) {
     const std::set<std::int64_t> all = WithBases(database, texts);
-    // Those made from others come behind them: what goes itself need not be made whole.
+    // Texts come after those that they are made from, so going backwards, what goes itself is not made whole.
     for (auto text = all.rbegin(); text != all.rend(); ++text) {
         if (!IsNobodys(database, *text)) continue;
         MakeWholeWithout(database, {*text});

@@ -13,27 +13,27 @@ namespace ZET::Deploy {
 /// What was taken out of the store.
 struct Erasure {
     std::size_t texts = 0;
-    std::vector<std::string> alsoHeld;  ///< other files that have one of the texts, too
+    std::vector<std::string> alsoHeld;  ///< other files that have one of the texts
 };
 
 /// How many texts the store has of these files.
 std::size_t CountTextsOf(Database& database, const std::vector<std::string>& paths);
 
-/// Takes the texts of the files out of the rows, and the words of the commands that wrote them, but for those
-/// that tell where and what was done, and the user's own message.
+/// Takes the texts of the files out of the rows, and also the words of the commands that wrote them, except
+/// those that tell where and what was done, and the user's own message.
 Erasure EraseTexts(Database& database, const std::vector<std::string>& paths);
 
-/// What stands for a word that is not for everybody.
+/// Stands for a word that is not meant for everybody.
 constexpr char kHiddenWord[] = "***";
 
-/// The words without what the texts hold: the value of a word NAME=VALUE, or all of it. Options, the
-/// command's own words, the places that "--root" and its like take, numbers of entries and names of the files
-/// stay: they tell where something was done, whatever text has them, too.
+/// The words without what the texts hold: of a word NAME=VALUE the value is hidden, of any other all.
+/// Options, the command's own words, the places that "--root" and its like take, numbers of entries, and
+/// names of the files stay, as they tell where something was done, even if a text holds them, too.
 std::vector<std::string> WordsWithoutTexts(const std::vector<std::string>& words,
                                            const std::vector<std::string>& texts,
                                            const std::vector<std::string>& paths = {});
 
-/// The same where nobody knows what the texts hold, or where they hold each of the words.
+/// The same if nobody knows what the texts hold, or if they hold each of the words.
 std::vector<std::string> WordsWithoutAnyText(const std::vector<std::string>& words,
                                              const std::vector<std::string>& paths = {});
 

@@ -38,7 +38,7 @@ struct KeptText {
     bool isSound = true;  ///< as far as the search had to look
 };
 
-/// Of a text that would have to be expanded to be compared.
+/// The mark of a text that would have to be expanded to be compared; none for a short one.
 std::optional<std::int64_t> MarkIn(Database& database, const std::string& text) {
     if (text.size() <= kLongestPlainText) return std::nullopt;
     const std::optional<std::string> key = MarkKey(database);
@@ -46,8 +46,8 @@ std::optional<std::int64_t> MarkIn(Database& database, const std::string& text) 
     return MarkOf(*key, text);
 }
 
-/// A digest like that of another text can be made, and so can a text be that has it: a short one is compared.
-/// One that is damaged counts for it where no other one is.
+/// Somebody can make a text that has the digest of another one, so short texts are compared. A damaged one
+/// counts if there is no other.
 std::optional<KeptText> FindShort(Database& database, const std::string& text, const std::string& digest) {
     std::optional<KeptText> damaged;
     Database::Rows rows(database, "SELECT id, frame FROM texts WHERE digest = ? AND size = ?",
@@ -61,7 +61,7 @@ std::optional<KeptText> FindShort(Database& database, const std::string& text, c
     return damaged;
 }
 
-/// The mark of a long one tells, or it is compared, as those are that have none.
+/// A long text is recognised by its mark, or compared if the kept one has none.
 std::optional<KeptText> FindLong(Database& database, const std::string& text, const std::string& digest,
                                  std::int64_t mark) {
     Database::Rows rows(database, "SELECT id, mark FROM texts WHERE digest = ? AND size = ?",
@@ -74,13 +74,13 @@ std::optional<KeptText> FindLong(Database& database, const std::string& text, co
     return std::nullopt;
 }
 
-/// A text that is kept, and what it is.
+/// A kept text: its number and its bytes.
 struct FormerText {
     TextNumber number;
     const std::string& text;
 };
 
-/// A short one has a checksum of its own.
+/// The frame of a short text has a checksum already.
 std::string FrameOfWhole(const std::string& text) {
     std::string frame = Compressed(text);
     return text.size() <= kLongestPlainText ? frame : SealedFrame(frame);
@@ -91,7 +91,7 @@ bool IsKnownSoundAt(Database& database, std::int64_t id) {
     return rows.Next() && SoundFrameIn(rows.Bytes(1)).has_value();
 }
 
-/// What a kept text is of a whole one: of itself, unless it is a delta.
+/// The delta of a kept text, or of itself if it is kept whole; none if it is not known to be sound.
 std::optional<TextDelta> KeptDelta(Database& database, const FormerText& former) {
     Database::Rows rows(database, kFrameOfText, {former.number.value});
     if (!rows.Next()) throw DamagedRow(_(kIsMissing));
@@ -102,8 +102,8 @@ std::optional<TextDelta> KeptDelta(Database& database, const FormerText& former)
                                   : DeltaOfWhole(former.number.value, former.text.size());
 }
 
-/// None where that, or what it is made from, is not known to be sound: damage would spread to each later
-/// text.
+/// None if the former text, or what it is made from, is not known to be sound: damage would spread to each
+/// later text.
 std::optional<TextDelta> DeltaAt(Database& database, const FormerText& former) {
     auto delta = KeptDelta(database, former);
     const bool isWhole = delta && delta->base == former.number.value;
@@ -118,7 +118,7 @@ std::optional<TextDelta> DeltaOf(Database& database, const std::string& text,
     return delta ? DeltaFrom(*delta, former->text, text) : std::nullopt;
 }
 
-/// Whether the checksums tell that the store can give the text; none: they do not tell.
+/// Whether the checksums tell that the store can return the text; none if they do not tell.
 std::optional<bool> IsSoundByChecksums(Database& database, std::int64_t id) {
     Database::Rows rows(database, kFrameOfText, {id});
     const auto frame = rows.Next() ? SoundFrameIn(rows.Bytes(1)) : std::nullopt;
@@ -136,7 +136,7 @@ bool IsReadableAt(Database& database, std::int64_t id, const std::string& text) 
     return isSound ? *isSound : ReadableTextAt(database, {id}) == text;
 }
 
-/// That a text is known by its digest or its mark does not tell whether the store can still give it: where it
+/// That a text is found by its digest or its mark does not tell whether the store can still return it. If it
 /// cannot, the text is kept anew in its place, for all who have it.
 std::optional<TextNumber> Kept(Database& database, const std::string& text, const std::string& digest,
                                const std::optional<std::int64_t>& mark) {
@@ -144,7 +144,7 @@ std::optional<TextNumber> Kept(Database& database, const std::string& text, cons
     if (!kept) return std::nullopt;
     const std::int64_t id = kept->number.value;
     if (mark && !kept->isMarked) database.Run("UPDATE texts SET mark = ? WHERE id = ?", {*mark, id});
-    // What it was made from is released with it still: nothing else may have that any more.
+    // `made_from` stays: its base is still released with it, and nothing else may have that any more.
     if (mark ? !IsReadableAt(database, id, text) : !kept->isSound)
         database.Run("UPDATE texts SET frame = ? WHERE id = ?", {BlobView(FrameOfWhole(text)), id});
     return kept->number;
@@ -173,7 +173,7 @@ void Take(Database& database, const StoreLimits& limits, RecordedState& state, c
     if (isGiven && limits.Keep(state.size)) state.text = Keep(database, text, state.digest, former);
 }
 
-/// The text of a whole one, or else the delta that is kept.
+/// The text, if it is kept whole, else its delta.
 using TextOrDelta = std::variant<std::string, TextDelta>;
 
 TextOrDelta Read(Database& database, std::int64_t number, std::size_t& size) {
@@ -204,7 +204,7 @@ RecordedState AfterWithTexts(Database& database, const StoreLimits& limits, cons
     std::optional<FormerText> former;
     if (before) former.emplace(FormerText{*before, file.textBefore});
     if (file.isPlanned) Take(database, limits, after, file.textAfter, former);
-    // Of an edit, that is no text of a file but what a commit has set in it, and has to take back.
+    // The base of an edit is not a file's text, but what a commit has set in the file and has to take back.
     if (file.base && (limits.keepsTexts || file.file.kind == FileKind::Edit)) {
         after.knowledge.ForgetBase();
         after.knowledge.base = Keep(database, *file.base, DigestOf(*file.base));

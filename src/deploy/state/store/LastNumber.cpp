@@ -20,7 +20,7 @@ namespace {
 constexpr std::size_t kDigits = 20;
 constexpr std::size_t kSize = 2 * kDigits + 2;
 
-/// Twice, so that a broken byte is seen.
+/// Writes it twice, so that a broken byte is noticed.
 std::string TextOf(std::int64_t number) {
     std::string digits = std::to_string(number);
     digits.insert(0, kDigits - digits.size(), '0');
@@ -30,7 +30,7 @@ std::string TextOf(std::int64_t number) {
 }  // namespace
 
 std::int64_t LastNumberBeside(const std::string& file) {
-    // What stands in its place is refused by whoever opens the store: a pipe there must not hold this one up.
+    // Anything else in its place is refused by whoever opens the store: a pipe there must not block this.
     constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
     const Descriptor kept(open((file + kLastNumberSuffix).c_str(), kFlags));
     char text[kSize];

@@ -6,9 +6,9 @@
 
 namespace ZET::Deploy {
 
-/// The number of the last entry, kept beside the store's file: a journal with a broken byte ends in front of
-/// it, and nothing in the database tells that there was more. It is written when the entry is on the disk, so
-/// what it tells was there; where it was lost itself, it tells nothing. 0: nobody knows.
+/// The number of the last entry, kept beside the store's file: a journal with a broken byte ends before that
+/// byte, and nothing in the database tells that there was more. It is written when the entry is on the disk,
+/// so there was an entry of this number. 0 if nobody knows, as when the number itself was lost.
 std::int64_t LastNumberBeside(const std::string& file);
 
 void KeepLastNumber(const std::string& file, std::int64_t number);

@@ -5,14 +5,14 @@
 
 namespace ZET::Deploy {
 
-/// A shared library of the host that only some commands need: it is opened when it is needed first, and stays
-/// to the end of the process. A library that is not there is a `Failure`.
+/// A shared library of the host that only some commands need: it is opened on first use, and stays open until
+/// the process ends. Throws a `Failure` if the library is missing.
 class Library {
   public:
-    /// `package` is the one that brings it.
+    /// `package` is the one that provides it.
     Library(const char* file, const char* package);
 
-    /// Looks a function up, of which `function` has the type.
+    /// Looks up a function, whose type is that of `function`.
     template <typename Function>
     void Find(Function*& function, const char* name) const {
         function = reinterpret_cast<Function*>(Symbol(name));

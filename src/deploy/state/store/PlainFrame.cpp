@@ -54,7 +54,7 @@ std::string PlainFrame(std::string_view text) {
 }
 
 std::optional<std::string_view> TextOfPlainFrame(std::string_view frame) {
-    // The size follows from the frame's, so that only one header is the right one.
+    // The text's size follows from the frame's, so only one header can be right.
     for (const std::size_t sizeOfHeader : {HeaderOf(0).size(), HeaderOf(kFirstOfTwoBytes).size()}) {
         if (frame.size() < sizeOfHeader + kSizeOfChecksum) continue;
         const std::string_view text =

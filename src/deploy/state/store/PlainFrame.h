@@ -6,19 +6,19 @@
 #include <string>
 #include <string_view>
 
-/// A zstd frame of one block that holds the text as it is, with its size and a checksum: the library reads it
-/// like any other, but need not be loaded for it.
+/// A zstd frame of one block that holds the text uncompressed, with its size and a checksum: the library
+/// reads it like any other, but need not be loaded for it.
 namespace ZET::Deploy {
 
-/// Together with the rest of its row, such a text fits into a page of the store. Not to compress it spares a
-/// commit of 1,000 targets 400 of the 607 million instructions that remembering costs it, and a command that
-/// writes a file of 3 KB the loading of the library; 1,000 targets then take 9 MB in the store instead of 5.
+/// Such a text fits, with the rest of its row, into a page of the store. Not to compress it saves a commit of
+/// 1,000 targets 400 of the 607 million instructions that remembering takes, and a command that writes a file
+/// of 3 KB the loading of the library; 1,000 targets then take 9 MB in the store instead of 5.
 inline constexpr std::size_t kLongestPlainText = 4000;
 
-/// Of a text that is no longer than that.
+/// For a text that is no longer than that.
 std::string PlainFrame(std::string_view text);
 
-/// The text of such a frame, in place; none when it is another one, or damaged.
+/// The text in such a frame, in place; none if it is another kind of frame, or damaged.
 std::optional<std::string_view> TextOfPlainFrame(std::string_view frame);
 
 }  // namespace ZET::Deploy

@@ -23,14 +23,14 @@ struct TextNumber {
 /// What the product has to do with a file at an instant.
 struct Knowledge {
     std::set<Role> roles;            ///< those that have committed it
-    std::optional<Role> namedRole;   ///< the one whose command its notice names
+    std::optional<Role> namedRole;   ///< the one whose command the file's notice names
     std::string templateName;        ///< of a target
-    std::optional<TextNumber> base;  ///< what its text was made from, where that is another one
-    bool isBaseErased = false;       ///< there was one, which somebody took out of the history
+    std::optional<TextNumber> base;  ///< what its text was made from, if that is another text
+    bool isBaseErased = false;       ///< there was one, but it was taken out of the history
 
     bool IsCommitted() const { return !roles.empty(); }
 
-    /// Of a target: its text is not its rendering alone.
+    /// For a target: whether its text is more than its rendering.
     bool IsMerge() const { return base || isBaseErased; }
 
     void ForgetBase() {
@@ -50,7 +50,7 @@ struct RecordedState {
     std::map<std::string, std::string> attributes;  ///< the ACL, the label and what else the file carries
     std::uint64_t size = 0;
     std::string digest;              ///< of the text
-    std::optional<TextNumber> text;  ///< none: it is not kept
+    std::optional<TextNumber> text;  ///< none if it is not kept
     Knowledge knowledge;
 
     bool operator==(const RecordedState&) const = default;
@@ -61,7 +61,7 @@ inline bool HaveSameText(const RecordedState& one, const RecordedState& other) {
     return one.exists == other.exists && one.size == other.size && one.digest == other.digest;
 }
 
-/// The same, of its mode, too: who changes only that, has edited it.
+/// The same, and the same mode: to change only the mode is an edit, too.
 inline bool HaveSameTextAndMode(const RecordedState& one, const RecordedState& other) {
     return HaveSameText(one, other) && (!one.exists || one.mode == other.mode);
 }
@@ -93,47 +93,47 @@ struct RecordedFile {
     FileKind kindBefore = FileKind::Original;  ///< what it was known to be before the entry
     RecordedState before;
     RecordedState after;
-    std::optional<RecordedState> knownAsBefore;  ///< where that was another text
+    std::optional<RecordedState> knownAsBefore;  ///< what it was known as, if that was another text
     bool wasEdited = false;                      ///< what stood there before was somebody else's work
-    bool isPutBack = false;                      ///< a former state came back, whoever had written that
-    bool staysKnown = false;  ///< as it was, since what comes into it is somebody else's work
+    bool isPutBack = false;                      ///< a former state came back, whoever wrote it
+    bool staysKnown = false;  ///< known as before, since what comes into it is somebody else's work
 
     const RecordedState& KnownBefore() const { return knownAsBefore ? *knownAsBefore : before; }
 
-    /// Whether it was known what the file was going to be, as it is before it is written.
+    /// Whether it was known what the file was going to be, before it was written.
     bool IsPlanned() const { return !after.exists || !after.digest.empty(); }
 };
 
-/// What is to be recorded of a file: the texts come along.
+/// What is to be recorded of a file, together with its texts.
 struct FileToRecord {
     RecordedFile file;
     std::string textBefore;
     std::string textAfter;
-    std::optional<std::string> base;       ///< for `after`
+    std::optional<std::string> base;       ///< the text that `after` is made from
     bool isPlanned = true;                 ///< false: `after` is not known yet
-    std::optional<RecordedState> knownAs;  ///< then, where somebody edited it since
-    bool isKnownAnew = false;              ///< something else is known of it then, even where it is as before
-    std::optional<RecordedFile> reserve;   ///< it comes to the entry with the file, whose former text it has
+    std::optional<RecordedState> knownAs;  ///< what it is known as then, if somebody edited it since
+    bool isKnownAnew = false;              ///< something else is known of it then, even if it stays as it is
+    std::optional<RecordedFile> reserve;   ///< joins the entry with the file, whose former text it has
 };
 
 /// How the files of an entry turned out.
 struct Settlement {
-    std::vector<FileToRecord> changed;   ///< those that are otherwise than was planned
+    std::vector<FileToRecord> changed;   ///< those that are not as was planned
     std::vector<std::string> untouched;  ///< those that are as they were before
-    std::vector<FileToRecord> known;     ///< those that are known otherwise than they are
-    bool keepsEntry = true;              ///< false: only what is known of the files by now
+    std::vector<FileToRecord> known;     ///< those that are not known as what they are
+    bool keepsEntry = true;              ///< false: records only what is known of the files now
 };
 
 enum class EntryOutcome { Open, Done, Failed, CutShort };
 
-/// One command that wrote.
+/// One command that wrote files.
 struct RecordedEntry {
     std::int64_t number = 0;
     std::int64_t begun = 0;  ///< nanoseconds since 1970
     std::int64_t ended = 0;
     EntryOutcome outcome = EntryOutcome::Open;
     uid_t user = 0;
-    std::optional<uid_t> loginUser;  ///< who logged in, whatever user he became since
+    std::optional<uid_t> loginUser;  ///< who logged in, whatever user the process became since
     std::string sudoUser;            ///< who asked sudo for the right; empty: nobody
     Role role = Role::Client;
     std::vector<std::string> words;  ///< of the command
@@ -144,21 +144,21 @@ struct RecordedEntry {
 struct KnownFile {
     std::string path;
     FileKind kind = FileKind::Edit;
-    RecordedState state;     ///< as it left it
+    RecordedState state;     ///< as the product left it
     std::int64_t entry = 0;  ///< the last one that wrote it
 
-    /// It is a target whose text is not its rendering alone.
+    /// Whether it is a target whose text is more than its rendering.
     bool HoldsMerge() const { return kind == FileKind::Target && state.knowledge.IsMerge(); }
 };
 
-/// The role whose command the notice of a file names: of one that nobody has committed, the own.
+/// The role whose command the file's notice names; `own` if no role has committed the file.
 inline Role NamedRoleOf(const KnownFile* known, Role own) {
     const bool isCommitted = known != nullptr && known->state.knowledge.IsCommitted();
     return isCommitted ? known->state.knowledge.namedRole.value_or(own) : own;
 }
 
-/// The one whose command a new rendering names: the former, as long as that role has the file, or somebody's
-/// edit is merged with what names it.
+/// The role whose command a new rendering names: the former one, as long as that role has the file, or
+/// somebody's edit is merged with a text that names it.
 inline Role RoleToName(const KnownFile* known, Role own) {
     const Role named = NamedRoleOf(known, own);
     const bool stays =

@@ -31,8 +31,7 @@ std::optional<KnownRow> KnownRowAt(Database& database, const std::string& path) 
     return known;
 }
 
-/// Those that lie right in the directory. What lies below it is between "/" and "0", which is the next
-/// letter.
+/// The paths directly in the directory. All that is below it lies between "/" and "0", the next character.
 std::set<std::string> PathsIn(Database& database, Statement statement, const std::string& directory) {
     std::set<std::string> paths;
     Database::Rows rows(database, statement, {directory + "/", directory + "0"});
@@ -43,7 +42,7 @@ std::set<std::string> PathsIn(Database& database, Statement statement, const std
 
 enum class Loser { IsReleased, IsHidden };
 
-/// Before its changes are: they tell whose state it has.
+/// Called before the file's changes are renamed, as they tell whose state it has.
 void RenameKnown(Database& database, const std::string& path, const std::string& name, Loser loser) {
     const std::optional<KnownRow> row = KnownRowAt(database, path);
     const std::optional<KnownRow> other = KnownRowAt(database, name);

@@ -7,20 +7,20 @@
 
 #include "deploy/state/store/Database.h"
 
-/// What stands under a name that leads to another one by now.
+/// What is recorded under a name that leads to another one by now.
 namespace ZET::Deploy {
 
-/// Of all files that are known.
+/// The directories of all files that are known.
 std::set<std::string> DirectoriesOfKnown(Database& database);
 
 /// New names by old ones.
 using NewDirectories = std::map<std::string, std::string>;
 
-/// Whatever stands there of files right in such a directory stands under its new name from now on. Of two
-/// that are known by one name then, the one that was written later counts.
+/// From now on, records of files directly in such a directory are found under its new name. If two known
+/// files get the same name, the one that was written later counts.
 void RenameDirectories(Database& database, const NewDirectories& directories);
 
-/// The same as this connection sees it: nothing is written.
+/// The same, but only as this connection sees it: nothing is written.
 void ShowDirectoriesRenamed(Database& database, const NewDirectories& directories);
 
 }  // namespace ZET::Deploy

@@ -68,7 +68,7 @@ void RunWith(Database& database, Statement statement, const RecordedEntry& entry
               number);
 }
 
-/// A base that was taken out is no text's number.
+/// Stands for a base that was taken out; no text has this number.
 constexpr TextNumber kErased{0};
 
 ValueView BaseNumberOf(const Knowledge& knowledge) {
@@ -100,8 +100,8 @@ KnownFile KnownOf(Database& database, const Database::Rows& rows) {
 
 }  // namespace
 
-/// The number of the state before of a file that was not there, and of which nothing was known: such a row
-/// would tell nothing.
+/// The number of the state before if the file did not exist and nothing was known of it: a row for that would
+/// tell nothing.
 constexpr std::int64_t kNothing = 0;
 
 std::vector<std::int64_t> Numbers(Database& database, Statement statement, ValueViews values) {
@@ -190,7 +190,7 @@ std::optional<RecordedEntry> EntryAt(Database& database, std::int64_t number) {
     return entry;
 }
 
-/// Of the column `was_edited`; the oldest has given it its name.
+/// Bits of the column `was_edited`, which is named after the oldest of them.
 constexpr std::int64_t kWasEdited = 1;
 constexpr std::int64_t kIsPutBack = 2;
 constexpr std::int64_t kStaysKnown = 4;

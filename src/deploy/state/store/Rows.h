@@ -12,7 +12,7 @@
 #include "deploy/state/store/Database.h"
 #include "deploy/state/store/Records.h"
 
-/// How records stand in the rows of the store. A row that is not as it was written is a `DamagedRow`.
+/// How records are stored in rows. A row that is not as it was written throws a `DamagedRow`.
 namespace ZET::Deploy {
 
 class DamagedRow : public std::runtime_error {
@@ -23,7 +23,7 @@ class DamagedRow : public std::runtime_error {
 /// The first column of each row that the statement finds.
 std::vector<std::int64_t> Numbers(Database& database, Statement statement, ValueViews values = {});
 
-/// 0: no row is found.
+/// 0 if no row is found.
 std::int64_t FirstNumber(Database& database, Statement statement);
 
 std::int64_t InsertState(Database& database, const RecordedState& state);
@@ -34,7 +34,7 @@ std::int64_t InsertEntry(Database& database, const RecordedEntry& entry);
 void ReplaceEntry(Database& database, const RecordedEntry& entry);
 std::optional<RecordedEntry> EntryAt(Database& database, std::int64_t number);
 
-/// One that has to be there.
+/// Throws a `DamagedRow` if the entry is missing.
 inline RecordedEntry RequiredEntry(Database& database, std::int64_t number) {
     auto entry = EntryAt(database, number);
     if (!entry) throw DamagedRow();
@@ -44,24 +44,24 @@ inline RecordedEntry RequiredEntry(Database& database, std::int64_t number) {
 void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file);
 std::vector<RecordedFile> FilesAt(Database& database, std::int64_t entry);
 
-/// Which rows have the states of a file that an entry has.
+/// The rows with the states of a file that an entry has.
 struct StatesOfFile {
     std::int64_t before;
     std::int64_t after;
 };
 std::vector<StatesOfFile> StatesOfFileAt(Database& database, std::int64_t entry, const std::string& path);
 
-/// Of one file, from the newest entry to the oldest.
+/// The changes of one file, from the newest entry to the oldest.
 std::vector<RecordedFile> ChangesAt(Database& database, const std::string& path);
 
-/// Of one file, that of the newest entry up to the last.
+/// The change of one file by the newest entry up to `last` that has it.
 std::optional<RecordedFile> LastChangeAt(Database& database, const std::string& path, std::int64_t last);
 
-/// Of one file, that of the oldest entry after this one.
+/// The change of one file by the oldest entry after this one that has it.
 std::optional<RecordedFile> FirstChangeBehind(Database& database, const std::string& path,
                                               std::int64_t entry);
 
-/// Of one file, that of the entry.
+/// The change of one file by the entry.
 std::optional<RecordedFile> ChangeAt(Database& database, std::int64_t entry, const std::string& path);
 
 /// A file as an entry left it.
@@ -75,7 +75,7 @@ std::vector<LeftFile> FilesLeftBy(Database& database, std::int64_t entry);
 /// Whether what is known of such a file is kept; a companion is known by its file.
 bool IsOfProduct(FileKind kind);
 
-/// With the state, which stands in its row already.
+/// The state is in its row already.
 void PutKnown(Database& database, const LeftFile& file, std::int64_t entry);
 std::optional<KnownFile> KnownAt(Database& database, const std::string& path);
 std::vector<KnownFile> AllKnown(Database& database);

@@ -14,15 +14,14 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// "ZETS", by which a store is told from any other database.
+/// "ZETS", which tells a store from any other database.
 constexpr std::int64_t kApplication = 0x5a455453;
 
-/// Texts are shared by the states. Since version 3, a file may be known by the state in which its last entry
-/// left it; any other state belongs to one row of `files` or `known`. Each seal is a
-/// digest of its row, since a database tells a damaged page, but not a changed value. Numbers of entries are
-/// never used again; `pruned` has the greatest of those that are no longer kept. `was_edited` is three bits:
-/// what was there before is others' work (1), a former state came back (2), and it is known afterwards as it
-/// was known before (4).
+/// States share texts. Since version 3, a file may be known by the state in which its last entry left it; any
+/// other state belongs to one row of `files` or `known`. Each seal is a digest of its row, since a database
+/// notices a damaged page, but not a changed value. Numbers of entries are never used again; `pruned` has the
+/// greatest of those that are no longer kept. `was_edited` is three bits: what was there before is others'
+/// work (1), a former state came back (2), and the file is known afterwards as it was before (4).
 constexpr Statement kTablesOfVersion1[] = {
     ("CREATE TABLE texts(id INTEGER PRIMARY KEY, digest BLOB NOT NULL, size INTEGER NOT NULL,"
      " frame BLOB NOT NULL)"),
@@ -62,8 +61,8 @@ void MakeTables(Database& database) {
     database.Run("PRAGMA application_id = 1514493011");
 }
 
-/// The mark of a text is in the index, too: the columns behind a long frame are far away. A text may be made
-/// from another one, which then is kept whole, and as long as that is needed.
+/// The mark of a text is in the index, too, as the columns after a long frame are far away. A text may be
+/// made from another one, which is then kept whole, for as long as it is needed.
 constexpr std::int64_t kFirstWithMarks = 2;
 constexpr Statement kTablesOfVersion2[] = {
     "ALTER TABLE texts ADD COLUMN mark INTEGER",
@@ -114,7 +113,7 @@ void UpgradeStore(Database& database, std::int64_t version, const std::string& f
     Database::Transaction transaction(database);
     if (version == 0) MakeTables(database);
     if (version < kFirstWithMarks) AddMarks(database, file);
-    // The tables of version 3 are the same: who knows only version 2 would take a shared state away.
+    // Version 3 has the same tables, but a program that knows only version 2 would delete a shared state.
     database.Run("PRAGMA user_version = 3");
     transaction.Commit();
 }

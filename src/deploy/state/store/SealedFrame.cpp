@@ -14,7 +14,7 @@ namespace {
 constexpr std::string_view kMagic = "ZETC";
 constexpr std::size_t kSizeOfSeal = sizeof(std::int64_t);
 
-/// Little-endian, wherever it is read.
+/// Little-endian on every host.
 std::string BytesOfSeal(std::string_view frame) {
     const auto seal = static_cast<std::uint64_t>(SealOf(frame));
     std::string bytes;

@@ -15,7 +15,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// The bytes of a row that its seal is made of.
+/// The bytes of a row from which its seal is made.
 class SealOfRow {
   public:
     SealOfRow() { m_bytes.reserve(kUsualSize); }

@@ -12,14 +12,14 @@
 /// Rows whose last column is a seal of the others.
 namespace ZET::Deploy {
 
-/// The statement with the values of a row, its seal, and the number of the row where it has one already.
+/// Runs the statement with the values of a row, its seal, and the number of the row if it has one already.
 void RunSealed(Database& database, Statement statement, ValueViews row,
                const std::optional<std::int64_t>& id = std::nullopt);
 
-/// Hands out the columns of the row at which `rows` stands one after the other.
+/// Hands out the columns of the row at which `rows` stands, one after the other.
 class RowReader {
   public:
-    /// `columns` are those in front of the seal, which is a `DamagedRow` where it is not theirs.
+    /// There are `columns` of them before the seal. Throws a `DamagedRow` if the seal is not theirs.
     RowReader(const Database::Rows& rows, int columns);
 
     std::int64_t Number() { return m_rows.Number(m_next++); }

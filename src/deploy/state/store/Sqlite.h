@@ -33,7 +33,7 @@ struct Sqlite {
     decltype(sqlite3_errstr)* describe;
     decltype(sqlite3_system_errno)* systemError;
     decltype(sqlite3_last_insert_rowid)* lastRow;
-    decltype(sqlite3_get_autocommit)* isOutside;  ///< of a transaction
+    decltype(sqlite3_get_autocommit)* isOutside;  ///< of any transaction
     decltype(sqlite3_wal_hook)* tellJournal;
     decltype(sqlite3_db_status)* status;
 
@@ -66,8 +66,8 @@ struct Sqlite {
         library.Find(isOutside, "sqlite3_get_autocommit");
         library.Find(tellJournal, "sqlite3_wal_hook");
         library.Find(status, "sqlite3_db_status");
-        // Nobody asks how much memory it has, and to count that takes a lock at each piece: 2% of a command's
-        // instructions. Where the process uses the library already, it is too late, and does no harm.
+        // Nobody asks how much memory SQLite has, and counting it takes a lock for each piece: 2% of a
+        // command's instructions. If the process uses the library already, this is too late, but harmless.
         configureAll(SQLITE_CONFIG_MEMSTATUS, 0);
     }
 };

@@ -17,11 +17,11 @@ namespace ZET::Deploy {
 
 namespace {
 
-/// The pages of so many do not fit into the usual 2 MB: they would be written, and read, more than once, two
-/// calls a target of a first commit of 1,000.
+/// The pages of so many do not fit into the usual 2 MB: they would be written and read more than once, two
+/// calls for each target of a first commit of 1,000.
 constexpr std::size_t kManyFiles = 200;
 
-/// By the clock that the times of files are taken from, which is a little behind.
+/// By the clock that the times of files are taken from, which lags a little.
 std::int64_t Now() {
     constexpr std::int64_t kNanoseconds = 1'000'000'000;
     struct timespec now = {};
@@ -46,14 +46,14 @@ void Know(Database& database, const KnownFile& file) {
 Store::Store(std::string file, Access access, const StoreLimits& limits, bool isSynced,
              std::optional<FoundStore> found)
     : m_file(std::move(file)), m_access(access), m_limits(limits), m_isSynced(isSynced) {
-    // Before the database is looked at: another run may end an entry meanwhile.
+    // Read before the database is: another run may end an entry meanwhile.
     std::int64_t last = LastNumberBeside(m_file);
     m_database = Guarded([&] {
         if (!found) found = FindStore(m_file);
         return access == Access::Record ? OpenStoreToRecord(m_file, *found, isSynced)
                                         : OpenStoreToLook(m_file, *found);
     });
-    if (LastNumberBeside(m_file) == 0) last = 0;  // it was that of one that is not there any more
+    if (LastNumberBeside(m_file) == 0) last = 0;  // it was that of a store that is gone
     Guarded([&] {
         LookForLoss(last);
         m_isKeyNew = access == Access::Record && !MarkKey(*m_database);
@@ -126,7 +126,7 @@ std::int64_t Store::Begin(const RecordedEntry& entry, const std::vector<FileToRe
     });
 }
 
-/// What is committed later takes what was committed before with it to the disk.
+/// A synced commit takes what was committed before it to the disk as well.
 void Store::SyncCommits(Sync sync) {
     if (m_isSynced)
         m_database->Run(sync == Sync::Later ? Statement("PRAGMA synchronous = NORMAL")
@@ -137,7 +137,7 @@ bool Store::IsJournalLong() const {
     return !m_isSynced || m_database->JournalBefore() >= kLongJournal;
 }
 
-/// What is remembered beside an entry leaves it to that: an entry costs three syncs at most.
+/// Leaves it to the entry, if one was opened: an entry costs three syncs at most.
 void Store::TakeJournalOverUnlessEntry() {
     if (!m_wasJournalLong && IsJournalLong()) TakeJournalOver(*m_database, m_file, m_isSynced);
 }
@@ -167,8 +167,8 @@ void Store::Plan(std::int64_t number, std::vector<FileToRecord> files) {
 
 bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& settlement) {
     return Guarded([&] {
-        // The sync by which the taking over begins makes the end durable, too. A journal that has grown long
-        // by the entry itself is left to the next one: to begin it anew may have cost a sync already.
+        // The sync with which the taking over begins makes the end durable, too. A journal that only the
+        // entry itself made long is left to the next one, as to begin it anew may have cost a sync already.
         const bool wasLong = m_wasJournalLong && std::exchange(*m_wasJournalLong, false);
         SyncCommits(wasLong ? Sync::Later : Sync::AsTold);
         Database::Transaction transaction(*m_database);
@@ -195,7 +195,7 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
     });
 }
 
-/// False when the entry does not have the file.
+/// Returns false if the entry does not have the file.
 bool Store::ReplaceAfter(std::int64_t number, const FileToRecord& file) {
     const std::vector<StatesOfFile> all = StatesOfFileAt(*m_database, number, file.file.path);
     for (const StatesOfFile& states : all) {
@@ -206,7 +206,7 @@ bool Store::ReplaceAfter(std::int64_t number, const FileToRecord& file) {
     return !all.empty();
 }
 
-/// The text that is kept already need not be given again.
+/// A text that is kept already need not be given again.
 RecordedState Store::AfterOf(const FileToRecord& file, const RecordedState& former,
                              std::optional<TextNumber> before) {
     RecordedState given = file.file.after;
@@ -261,7 +261,7 @@ void Store::RememberTogether(const std::function<void()>& call) {
     });
 }
 
-/// How it is synced cannot be changed in one.
+/// Sets the way of syncing first, as it cannot be changed within a transaction.
 std::unique_ptr<Database::Transaction> Store::TransactionUnlessOpen() {
     if (m_database->IsInTransaction()) return nullptr;
     SyncCommits(Sync::Later);

@@ -9,7 +9,7 @@
 
 namespace ZET::Deploy {
 
-/// The words of whatever goes wrong with the file.
+/// Runs `call`, and says in words for the user what goes wrong with the file.
 template <typename Call>
 auto Store::Guarded(Call call) {
     try {

@@ -4,7 +4,7 @@
 #include "deploy/state/store/Store.h"
 #include "deploy/state/store/StoreGuard.h"
 
-/// The calls of the store that look at it.
+/// The calls that read the store.
 namespace ZET::Deploy {
 
 std::vector<RecordedEntry> Store::Entries(std::size_t count, std::optional<std::int64_t> before) {
@@ -63,7 +63,7 @@ std::vector<RecordedFile> Store::ChangesOf(const std::string& path) {
     return Guarded([&] { return ChangesAt(*m_database, path); });
 }
 
-/// Each entry takes a number, be it kept or not.
+/// Each entry takes a number, whether it is kept or not.
 std::vector<std::string> Store::WrittenUntoldAfter(std::int64_t number) {
     return Guarded([&] {
         std::vector<std::string> paths;

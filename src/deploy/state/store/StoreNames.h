@@ -1,12 +1,12 @@
 #ifndef ZET_STORE_NAMES_H
 #define ZET_STORE_NAMES_H
 
-/// What the files of the store are called: what stands behind the name of the database.
+/// The names of the store's files, by what follows the name of the database.
 namespace ZET::Deploy {
 
 inline constexpr char kJournalSuffix[] = "-wal";
 
-/// Of the journal of one transaction: while the tables are made, and where there cannot be the other one.
+/// The journal of a single transaction: while the tables are made, and where the other one is impossible.
 inline constexpr char kUndoJournalSuffix[] = "-journal";
 
 inline constexpr char kLastNumberSuffix[] = "-last";

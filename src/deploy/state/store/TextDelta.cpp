@@ -14,10 +14,10 @@ namespace {
 /// No compressed text begins so.
 constexpr std::string_view kMagic = "ZETD";
 
-/// What does not fit into a page of the store together with the rest of its row is kept whole.
+/// A delta that does not fit into a page of the store with the rest of its row is not worth it.
 constexpr std::size_t kLongestFrame = 3000;
 
-/// How many bytes two texts begin with alike. Blocks are compared at once.
+/// How many bytes two texts have in common at the beginning. Compares whole blocks first.
 std::size_t CommonBegin(std::string_view one, std::string_view other) {
     constexpr std::size_t kBlock = 4096;
     const std::size_t most = std::min(one.size(), other.size());
@@ -48,7 +48,7 @@ TextDelta::Piece PartOf(const TextDelta::Piece& piece, std::size_t from, std::si
     return {{}, piece.offset + from, length};
 }
 
-/// Neighbours become one.
+/// Joins neighbours that both have bytes of their own.
 void Append(std::vector<TextDelta::Piece>& pieces, TextDelta::Piece piece) {
     TextDelta::Piece* const last = pieces.empty() ? nullptr : &pieces.back();
     if (last != nullptr && !last->own.empty() && !piece.own.empty()) {
@@ -59,7 +59,7 @@ void Append(std::vector<TextDelta::Piece>& pieces, TextDelta::Piece piece) {
     }
 }
 
-/// What stands from the one byte of the text up to the other.
+/// Appends what the text has from one byte up to the other.
 void AppendPart(std::vector<TextDelta::Piece>& pieces, const TextDelta& delta, std::size_t from,
                 std::size_t to) {
     std::size_t at = 0;

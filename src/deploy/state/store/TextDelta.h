@@ -10,38 +10,38 @@
 
 namespace ZET::Deploy {
 
-/// A text as what it has of another one, its base, and what it has not. An edit of one line takes a row
-/// instead of the 45 pages of a compressed text of 350 KB, and spares the compression, which is a quarter of
-/// what it costs to remember a set in it.
+/// A text as pieces of another one, its base, and of bytes of its own. An edit of one line then takes a row
+/// instead of the 45 pages of a compressed text of 350 KB, and saves the compression, a quarter of what it
+/// costs to record such an edit.
 struct TextDelta {
-    /// Bytes of its own, or where it has none, bytes of the base.
+    /// Bytes of its own or, if it has none, bytes of the base.
     struct Piece {
         std::string own;
         std::size_t offset = 0;
         std::size_t length = 0;
     };
 
-    std::int64_t base = 0;  ///< the number of the text, which is kept whole
+    std::int64_t base = 0;  ///< number of that text, which is kept whole
     std::int64_t seal = 0;  ///< of the text that is made
     std::vector<Piece> pieces;
 };
 
-/// The base itself, or a text that is not kept yet, as the one that it was made of is.
+/// The delta of the base itself: one piece, which is all of it.
 TextDelta DeltaOfWhole(std::int64_t base, std::size_t size);
 
-/// The text by the base of the one that it was made from, which is `former` and has this delta; none when
-/// more than a row's worth of it is not in the base.
+/// The delta of `text` by the base of `former`, which has the delta `delta`; none if more of the text than
+/// fits into a row is not in the base.
 std::optional<TextDelta> DeltaFrom(const TextDelta& delta, std::string_view former, std::string_view text);
 
 std::string FrameOf(const TextDelta& delta);
 
-/// Whether the frame is one of a delta, and no compressed text.
+/// Whether the frame is that of a delta, and not a compressed text.
 bool IsFrameOfDelta(std::string_view frame);
 
-/// None when it was damaged.
+/// None if the frame is damaged.
 std::optional<TextDelta> DeltaOfFrame(std::string_view frame);
 
-/// The text, which is `size` bytes long; none when the delta or the base was damaged.
+/// The text that the delta makes, which is `size` bytes long; none if the delta or the base is damaged.
 std::optional<std::string> Made(const TextDelta& delta, std::string_view base, std::size_t size);
 
 }  // namespace ZET::Deploy

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t kWord = sizeof(std::uint64_t);
 
-/// Little-endian, wherever it is read; what is missing is zero.
+/// Little-endian on every host; missing bytes are zero.
 std::uint64_t WordOf(std::string_view bytes) {
     std::uint64_t word = 0;
     std::memcpy(&word, bytes.data(), bytes.size());
