@@ -36,7 +36,7 @@ bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-/// Never blocks: what is no regular file is refused.
+/// Never blocks: anything but a regular file is refused.
 std::string ReadWhole(const std::string& path) {
     const auto fail = [&] {
         const int error = errno;
