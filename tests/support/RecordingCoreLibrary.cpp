@@ -80,7 +80,7 @@ const std::string& CZETInterface::GetName() const {
 }
 
 namespace {
-// The formatter has no field for what it was built with.
+// The formatter has no field for its constructor arguments.
 std::map<const CZETFormatCall*, RecordedMessage>& OpenMessages() {
     static std::map<const CZETFormatCall*, RecordedMessage> messages;
     return messages;
