@@ -61,7 +61,7 @@ class IZETConfig : public CZETInterface {
     /// Drops the reserve and the record; the file stays as it is.
     virtual void RemoveConfigFileReserve(const std::string& fileName) = 0;
 
-    /// Takes the managed blocks out of a file and saves it; does nothing when the file cannot be read.
+    /// Removes the managed blocks from a file and saves it; does nothing if the file cannot be read.
     virtual void RemoveZETMarkersFromConfigFile(const std::string& fileName) = 0;
 
     /// Sets a parameter in the product's main configuration file ("ZET_CFG"), then in the core. Returns

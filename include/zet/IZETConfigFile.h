@@ -45,7 +45,7 @@ class IZETConfigFile {
     virtual void RemoveZETMarkers() = 0;
 
     /// Sets every line "name=..." (blanks before the name allowed), commented out with "#" or not, to
-    /// "name=value"; appends one when there is none. `name` is part of a regular expression, unescaped.
+    /// "name=value"; appends one if there is none. `name` is inserted unescaped into a regular expression.
     virtual void SetParamValue(const std::string& name, const std::string& value) = 0;
 
     /// The text after the first "=" of the first line "name=...", unchanged; empty if there is no such line.

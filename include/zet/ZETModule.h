@@ -12,10 +12,10 @@ namespace ZET {
 struct ZETModuleRecord {
     std::uintptr_t version;   ///< major × 65536 + minor × 256 + patch; major 1 is this contract
     const char* name;         ///< also the name of the interface that the module registers
-    const char* versionText;  ///< the version for a reader, "1.2.3"
+    const char* versionText;  ///< the version in words, "1.2.3"
     alignas(std::uintptr_t) std::uint32_t type;  ///< 0: a host, 1: a module
-    const char* description;                     ///< for a reader, translated; null until the module is asked
-    const void* reserved;                        ///< null
+    const char* description;  ///< for the user, translated; null until the module is queried
+    const void* reserved;     ///< null
 };
 
 }  // namespace ZET

@@ -58,7 +58,7 @@ class ZET_API Interrupted : public std::runtime_error {
     explicit Interrupted(const Problem& facts);
     ~Interrupted() override;
 
-    /// What ended the call, and the remedy.
+    /// What ended the call, and the remedy, if any.
     const Problem& Facts() const { return m_facts; }
 
   private:

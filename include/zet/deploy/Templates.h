@@ -32,11 +32,11 @@ ZET_API std::vector<ListedTemplate> ListTemplates(Product& product);
 /// A working copy, compared with the shipped template and with the shipped text that it was made from.
 struct TemplateState {
     std::string name;
-    std::string path;     ///< of the working copy
-    std::string shipped;  ///< the path of the shipped template
-    std::string state;    ///< "own": nothing was ever shipped; "not shipped": it is not any more;
-                          ///< "current", "edited", "newer shipped", "edited, newer shipped", "not installed",
-                          ///< "unknown": it differs, and nobody knows what it was made from
+    std::string path;       ///< of the working copy
+    std::string shipped;    ///< the path of the shipped template
+    std::string state;      ///< "own": never shipped; "not shipped": no longer shipped; "current", "edited",
+                            ///< "newer shipped", "edited, newer shipped", "not installed", "unknown": it
+                            ///< differs, and its origin is unknown
     bool hasNewer = false;  ///< the shipped text is not the one that it was made from
     std::string trouble;    ///< why it is unknown, if it could not be read; else empty
 };
