@@ -14,8 +14,8 @@ struct Mistake {
     bool isCommandMissing = false;  ///< the missing word is a command
     std::string lastWord;
     std::vector<std::string> unknown;   ///< words that were not recognised
-    std::vector<std::string> commands;  ///< that could have come
-    std::vector<std::string> options;   ///< that could have come
+    std::vector<std::string> commands;  ///< commands that were possible here
+    std::vector<std::string> options;   ///< options that were possible here
 };
 
 /// The mistake in words, and what to do about it.

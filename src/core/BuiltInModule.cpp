@@ -1,4 +1,4 @@
-// What concerns the place of module and core where both are a part of the program: compiled instead of
+// The module and its message catalogues for a program that contains both module and core: compiled instead of
 // ModuleFile.cpp and Catalogues.cpp.
 
 #include <libintl.h>

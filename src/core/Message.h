@@ -34,7 +34,7 @@ std::string Message(const char* text, ...) __attribute__((format(printf, 1, 2)))
 /// Logs a warning.
 void Warn(const char* text, ...) __attribute__((format(printf, 1, 2)));
 
-/// Throws an `EZETCheckError` in the name of `operation` when `argument` is empty.
+/// Throws an `EZETCheckError` that names `operation` if `argument` is empty.
 void RequireNotEmpty(const std::string& argument, const char* operation);
 
 }  // namespace ZET::Core

@@ -36,7 +36,7 @@ struct ExplainedLines {
     std::size_t block = 0;         ///< for a kept former line: the first line of its block, or 0
     std::size_t templateLine = 0;  ///< the first one, also for a block in its place; 0 if none
     std::vector<std::string> placeholders = {};
-    std::vector<std::string_view> content = {};  ///< of a block
+    std::vector<std::string_view> content = {};  ///< lines of a block
     std::string_view formerText = {};
 };
 

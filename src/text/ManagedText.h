@@ -37,7 +37,7 @@ struct ManagedRegion {
 
 struct ManagedLine {
     std::string_view text;     ///< without the line feed
-    std::uint32_t region = 0;  ///< index
+    std::uint32_t region = 0;  ///< index of its region
     LineKind kind = LineKind::Ordinary;
 };
 

@@ -9,7 +9,7 @@ namespace ZET {
 
 namespace {
 
-/// Follows the managed blocks and warns of every marker that is out of place.
+/// Tracks the managed blocks and warns of every misplaced marker.
 class BlockTracker {
   public:
     BlockTracker(TextReader& text, const char* function)

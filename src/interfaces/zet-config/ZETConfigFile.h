@@ -72,7 +72,7 @@ class CZETConfigFile : public IZETConfigFile {
     bool m_fromTemplate = false;
     bool m_noMarkers = false;
     struct stat m_fileStat = {};  ///< of `m_fileName` as read; its mode is the saved file's
-    Buffer m_spare;               ///< the memory of the text before the last pass, for the next one
+    Buffer m_spare;               ///< the memory of the previous text, for the next pass
 };
 
 }  // namespace ZET
