@@ -35,7 +35,7 @@ class IZETConfig : public CZETInterface {
     /// Rebuilds the template values from the core; values set by `SetTemplateValue` are lost.
     virtual void RecreateTemplatesMap() = 0;
 
-    /// The template values by placeholder, built on first use. The object owns the map.
+    /// The template values by placeholder, built first if there are none. The object owns the map.
     virtual StringMap& TemplatesValues() = 0;
 
     /// Copies the pristine template over the working copy; a missing one is logged, not thrown.
@@ -50,8 +50,8 @@ class IZETConfig : public CZETInterface {
     virtual void ProcessConfigFileTemplate(const std::string& templateName, const std::string& fileName,
                                            const std::string& role, StringMap* values) = 0;
 
-    /// Keeps a copy of the file as it is, or records that there is none. Only the first call does so; later
-    /// calls keep the first copy or record.
+    /// Keeps a copy of the file as it is, or records that there is none. What an earlier call kept stays as
+    /// it is.
     virtual void ReserveConfigFile(const std::string& fileName) = 0;
 
     /// Puts the reserve back, if there is one, and drops the record that there was no file. A file that the
