@@ -42,10 +42,11 @@ class ZET_API Observer {
     /// The number of the call's entry in the history.
     virtual void Recorded(std::int64_t /*entry*/) {}
 
-    /// The services that do not notice changes by themselves; called at the end, even if the call broke off.
+    /// The services to restart, since they do not notice the changes by themselves; called at the end, even
+    /// if the call broke off.
     virtual void Restarts(const std::vector<std::string>& /*services*/) {}
 
-    /// As `Restarts`, for services that only need to read their files again.
+    /// As `Restarts`, for other services, which only need to read their files again.
     virtual void Reloads(const std::vector<std::string>& /*services*/) {}
 
     /// Asked between two files: true ends the call there with an `Interrupted`. What was done before stays.
