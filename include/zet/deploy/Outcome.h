@@ -12,9 +12,8 @@ namespace ZET::Deploy {
 
 /// What a call did on the host.
 struct Outcome {
-    std::vector<FileOutcome> files;  ///< in the order of the work
-    std::vector<std::string>
-        restarts;  ///< services to restart, since they do not notice the changes by themselves
+    std::vector<FileOutcome> files;     ///< in the order of the work
+    std::vector<std::string> restarts;  ///< services to restart: they do not notice changes themselves
     std::vector<std::string> reloads;   ///< other services, which only need to read their files again
     std::optional<std::int64_t> entry;  ///< number of its entry in the history; none if nothing was recorded
     bool isComplete = true;             ///< false if something could not be put back
