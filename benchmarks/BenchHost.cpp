@@ -8,7 +8,7 @@ namespace ZET {
 
 namespace {
 
-/// In memory, where there is such a place.
+/// Creates the directory in memory if possible.
 std::filesystem::path MakeDirectory() {
     const std::filesystem::path memory = "/dev/shm";
     const auto parent = std::filesystem::exists(memory) ? memory : std::filesystem::temp_directory_path();

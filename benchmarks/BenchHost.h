@@ -8,7 +8,7 @@
 
 namespace ZET {
 
-/// A reference core that does not sync, with directories of its own, gone with the object.
+/// A reference core without syncing, with directories of its own that are removed with the object.
 class BenchHost {
   public:
     BenchHost();

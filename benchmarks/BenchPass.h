@@ -12,8 +12,8 @@
 
 namespace ZET {
 
-/// Runs a pass over the same text again and again, with the memory of the former result for the next one, as
-/// a file does that goes through several passes.
+/// Runs a pass over the same text repeatedly, reusing the memory of the former result, as for a file that
+/// goes through several passes.
 template <typename Pass>
 void RunPass(benchmark::State& state, const std::string& content, Pass pass) {
     TextReader text(BufferOf(content));
@@ -25,7 +25,7 @@ void RunPass(benchmark::State& state, const std::string& content, Pass pass) {
         pass(text, result);
         memory = result.Install();
         benchmark::DoNotOptimize(text.Bytes().data());
-        // The result takes the text's place, unless nothing changed.
+        // The result replaced the text, unless nothing changed.
         if (text.Bytes().data() != original) memory = text.Replace(std::move(memory));
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * content.size()));

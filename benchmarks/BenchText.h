@@ -9,17 +9,17 @@
 
 namespace ZET {
 
-/// The texts are the same in every run. Sizes are in bytes and only about met.
+/// The texts are the same in every run. Sizes are in bytes and approximate.
 
-/// Lines "parameter_N=...", with `blocks` managed blocks and their kept lines spread over them evenly.
+/// Lines "parameter_N=...", with `blocks` managed blocks and their kept lines distributed evenly.
 std::string ParameterText(std::size_t size, std::size_t blocks);
 
 std::string ParameterLines(std::size_t count);
 
-/// Lines with a placeholder on every fourth one.
+/// Lines of which every fourth has a placeholder.
 std::string TemplateText(std::size_t size);
 
-/// One line of that many placeholders.
+/// One line with that many placeholders.
 std::string PlaceholderLine(std::size_t count);
 
 /// 3 KB with 15 placeholders.

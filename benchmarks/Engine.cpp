@@ -1,4 +1,4 @@
-// Drives the module as a host does that keeps it loaded: what the engine costs without a command around it.
+// Drives the module like a host that keeps it loaded: the cost of the engine without a command around it.
 
 #include <cstdlib>
 #include <exception>

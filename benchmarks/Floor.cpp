@@ -1,4 +1,4 @@
-// Makes the system calls of a work and does nothing else: nobody who keeps the file safe can be faster.
+// Makes only the system calls of a work: no tool that keeps the file safe can be faster.
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -14,7 +14,7 @@
 
 namespace {
 
-/// Small enough to stay in the cache of the processor, large enough that the number of calls does not matter.
+/// Small enough for the processor's cache, large enough that the number of calls does not matter.
 char buffer[std::size_t{256} << 10];
 
 template <typename Result>
@@ -39,7 +39,7 @@ std::size_t ReadPiece(int file, const std::string& path) {
     return static_cast<std::size_t>(count);
 }
 
-/// Reads up to the end, which the size tells, and hands each piece on.
+/// Reads up to the end, as given by the size, and passes each piece on.
 template <typename Take>
 void ReadAll(int file, off_t size, const std::string& path, Take take) {
     for (off_t left = size; left > 0;) {
@@ -58,7 +58,7 @@ void Read(const std::string& path) {
     close(file);
 }
 
-/// Replaces `to` by the bytes of `from`: a temporary file with its mode, and a rename.
+/// Replaces `to` with the bytes of `from`: writes a temporary file with its mode and renames it.
 void Replace(const std::string& from, const std::string& to, bool sync) {
     const std::string temporary = to + ".tmp";
     const int in = Checked(open(from.c_str(), O_RDONLY | O_CLOEXEC), from);

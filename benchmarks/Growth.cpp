@@ -1,4 +1,4 @@
-// How the cost grows with what a text can have more of. Each fit is to be a line: N, with a small RMS.
+// How the cost grows with each quantity of a text. Each fit should be linear: N, with a small RMS.
 
 #include "BenchHost.h"
 #include "BenchPass.h"
@@ -14,7 +14,7 @@ std::size_t CountOf(const benchmark::State& state) {
     return static_cast<std::size_t>(state.range(0));
 }
 
-/// As `RunPass`, with the count that the benchmark is run for as the N of its growth.
+/// As `RunPass`, with the benchmark's argument as the N of its growth.
 template <typename Pass>
 void RunGrowth(benchmark::State& state, const std::string& content, Pass pass) {
     RunPass(state, content, pass);
@@ -37,7 +37,7 @@ std::string ChainPlaceholder(std::size_t index) {
     return std::string("${").append(std::to_string(index)).append("}");
 }
 
-/// Each value brings the next placeholder. The number of values stays the same, and so does the cost of
+/// Each value contains the next placeholder. The number of values stays the same, and so does the cost of
 /// finding one.
 void RenderByDepthOfValues(benchmark::State& state) {
     StringMap values;
@@ -81,7 +81,7 @@ void RestoreLineByBlocks(benchmark::State& state) {
     });
 }
 
-/// A line's match through the core: the time of one run is that of N lines.
+/// Matches lines through the core: one run takes the time of N lines.
 void MatchByLines(benchmark::State& state) {
     BenchHost host;
     RunGrowth(state, ParameterLines(CountOf(state)), [&](TextReader& in, TextBuilder& out) {
@@ -96,7 +96,7 @@ void MatchByLines(benchmark::State& state) {
                            benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-/// Within the caches of the processor: beyond them, the memory bends the line, not the algorithm.
+/// Stays within the processor's caches: beyond them, memory rather than the algorithm would bend the line.
 void Growing(benchmark::internal::Benchmark* benchmark) {
     benchmark->RangeMultiplier(4)->Range(16, kLargest)->Complexity(benchmark::oN);
 }

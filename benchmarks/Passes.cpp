@@ -1,4 +1,4 @@
-// Each pass at four sizes of text: bytes per second.
+// Each pass with four sizes of text, in bytes per second.
 
 #include "BenchHost.h"
 #include "BenchPass.h"
@@ -32,7 +32,7 @@ void RemoveMarkers(benchmark::State& state) {
     });
 }
 
-/// The usual case: what is to be removed is not there.
+/// The usual case: there is nothing to remove.
 void RemoveMissingMarkers(benchmark::State& state) {
     RunPass(state, TextWithBlocks(state), [](TextReader& in, TextBuilder& out) {
         RemoveMarkersPass(in, out, ZETTemplateCommentMarker, ZETCommentEndMarker);

@@ -1,4 +1,4 @@
-// Templates from their working copies to their targets, on a file system in memory.
+// Renders templates from working copies to targets, on a file system in memory.
 
 #include <benchmark/benchmark.h>
 
@@ -10,7 +10,7 @@ namespace ZET {
 
 namespace {
 
-/// A number of templates after each other: the first run makes the targets, the later ones replace them.
+/// Renders several templates in sequence: the first run creates the targets, later ones replace them.
 void ProcessTemplates(benchmark::State& state) {
     BenchHost host;
     CZETConfig config(host.Core());

@@ -1,4 +1,4 @@
-// Holds the real engine against the plain one, on any text and any sequence of operations.
+// Compares the real engine with the plain one, on any text and any sequence of operations.
 
 #include <cstddef>
 #include <cstdint>

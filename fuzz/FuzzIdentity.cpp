@@ -1,4 +1,4 @@
-// A file that is opened without markers and saved without edits is the same file, whatever is in it.
+// A file that is opened without markers and saved without edits stays the same, whatever it contains.
 
 #include <cstddef>
 #include <cstdint>

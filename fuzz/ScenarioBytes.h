@@ -8,9 +8,9 @@
 
 namespace ZET {
 
-/// Makes a scenario of any bytes. Three bytes say how the file is opened and what is to come, then follow the
-/// operations and the values, their texts each ended by the byte 255; the rest is the text of the file. What
-/// is missing at the end counts as zeros.
+/// Makes a scenario from any bytes. Three bytes determine how the file is opened and what follows; then come
+/// the operations and the values, each text ended by the byte 255; the rest is the text of the file. Missing
+/// bytes at the end count as zeros.
 Scenario ScenarioFromBytes(const std::uint8_t* data, std::size_t size);
 
 }  // namespace ZET

@@ -125,7 +125,7 @@ def growth(results):
         points = [point(step, time) for step, time in enumerate(work["medians_s"])]
         drawing.polyline(points)
         y = points[-1][1] + 4
-        # Names of lines that end close together stand apart.
+        # Keep the names of lines apart that end close together.
         while any(abs(y - other) < 16 for other in taken):
             y -= 4
         taken.append(y)

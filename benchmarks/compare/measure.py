@@ -16,7 +16,7 @@ import time
 import texts
 from tools import Tool
 
-# A tool that takes longer than this does not come in every round.
+# A tool that takes longer than this is not run in every round.
 SLOW_SECONDS = 1.0
 ROUNDS_OF_SLOW = 3
 
@@ -30,9 +30,9 @@ class Unwanted(Exception):
 @dataclasses.dataclass
 class Result:
     tool: Tool
-    memory: int  # bytes at the peak
-    first: float  # seconds of the first run
-    calls: int | None = None  # of the system, in one run
+    memory: int  # peak size in bytes
+    first: float  # duration of the first run in seconds
+    calls: int | None = None  # system calls in one run
     times: list = dataclasses.field(default_factory=list)
     cpu: list = dataclasses.field(default_factory=list)
 

@@ -7,7 +7,7 @@ from tools import COMMAND, ENGINE, FLOOR, PEER
 
 MEMORY_EXTRA = 8 * 1000 * 1000
 
-# A work counts as linear when four times the text takes at most 4 to the power of this.
+# A work counts as linear if four times the text takes at most 4 to the power of this.
 LINEAR_EXPONENT = 1.1
 
 

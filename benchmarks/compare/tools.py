@@ -8,13 +8,13 @@ import texts
 
 PEERS = pathlib.Path(__file__).resolve().parent.parent / "peers"
 
-# A python3 found first in the path may be a wrapper that takes longer to start than Python itself.
+# The first python3 in the path may be a wrapper that starts more slowly than Python itself.
 PYTHON = "/usr/bin/python3"
 
-# The directory of the state, with a history and without.
+# The state directory, with and without a history.
 STATES = {"no": "state", "yes": "state-remembered"}
 
-# The command of a build that the module is a part of.
+# The command of a build that includes the module.
 BUILT_IN = "zet-client, module built in"
 
 COMMAND, ENGINE, FLOOR, PEER = "command", "engine", "floor", "peer"
@@ -26,11 +26,11 @@ class Tool:
     kind: str
     command: list
     output: pathlib.Path
-    wanted: pathlib.Path | None = None  # the floor makes nothing that could be wanted
+    wanted: pathlib.Path | None = None  # the floor produces nothing to compare
     prepare: list | None = None  # run before each run, untimed
-    stdout: bool = False  # `output` is what is printed
-    safe: bool = True  # leaves the old or the new file, whatever happens
-    extra: bool = False  # takes part only where the program of its name is installed
+    stdout: bool = False  # the result is what is printed
+    safe: bool = True  # always leaves either the old or the new file
+    extra: bool = False  # takes part only if its program is installed
 
     def is_installed(self):
         return shutil.which(self.name) is not None
@@ -49,13 +49,13 @@ class Goal:
 class Work:
     name: str
     title: str
-    text_size: int  # of the text read or of the one written, whichever is larger
+    text_size: int  # of the text read or written, whichever is larger
     tools: list
     goals: list
-    units: int = 1  # files, where there are many
-    runs: int = 1  # in each round
+    units: int = 1  # number of files, if there are many
+    runs: int = 1  # runs in each round
     counts_calls: bool = False
-    memory_factor: float | None = 2.2  # how often the text may be in memory; None where there are many texts
+    memory_factor: float | None = 2.2  # how many times the text may be in memory; None if there are many texts
 
 
 def in_shell(program, to, *arguments):

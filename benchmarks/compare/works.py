@@ -95,7 +95,7 @@ def _render_tools(place, template, body, names):
 
     def add(name, kind, command, expected=wanted, **more):
         out = place.out(name)
-        # What is there already would not be written again by a tool that looks.
+        # A tool that checks would not write again what exists already.
         tools[name] = Tool(name, kind, command(str(out)), out, expected, prepare=["cp", str(former), str(out)], **more)
 
     add("zet-client", COMMAND, lambda out: place.command("template", "process", template.name, out))
@@ -113,7 +113,7 @@ def _render_tools(place, template, body, names):
 
 
 def _ansible(module, arguments, *options):
-    # It refuses to start where texts are not UTF-8.
+    # It refuses to start in a locale other than UTF-8.
     environment = ["env", "LC_ALL=C.UTF-8"]
     return [*environment, "ansible", "-i", "localhost,", "-c", "local", "localhost", "-m", module, "-a", arguments,
             *options]

@@ -1,6 +1,6 @@
 # commit.pl COUNT FROM TO SYNC NAME=VALUE...
-# Brings the templates named t0, t1, ... of FROM into place in TO, as somebody would write it who wants to lose nothing: the
-# original of a file is kept once, an unchanged file is left alone, and with SYNC "yes" bytes are durable before their name.
+# Puts the templates t0, t1, ... of FROM into place in TO, as a careful script would: it keeps the original of
+# a file once, leaves an unchanged file alone and, with SYNC "yes", makes bytes durable before their name.
 use Fcntl;
 use IO::Handle;
 my ($count, $from, $to, $sync) = splice @ARGV, 0, 4;

@@ -1,6 +1,6 @@
 # render.pl COUNT FROM TO NAME=VALUE...
-# Fills the placeholders of a template and puts it safely in the place of TO, under a notice. With a COUNT, FROM and
-# TO are directories of templates named 0, 1, ...; without, COUNT is "-".
+# Fills the placeholders of a template and safely replaces TO with the result, under a notice. With a COUNT,
+# FROM and TO are directories of templates named 0, 1, ...; without, COUNT is "-".
 my ($count, $from, $to) = splice @ARGV, 0, 3;
 my %value = map { split /=/, $_, 2 } @ARGV;
 

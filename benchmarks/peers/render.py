@@ -1,5 +1,5 @@
 # render.py FROM TO NAME=VALUE...
-# Fills the placeholders of a template and puts it safely in the place of TO, under a notice.
+# Fills the placeholders of a template and safely replaces TO with the result, under a notice.
 import os
 import string
 import sys

@@ -1,4 +1,4 @@
-# strip.pl FILE: takes the managed blocks out and puts the new text safely in the place of the file.
+# strip.pl FILE: removes the managed blocks and safely replaces the file with the new text.
 my ($file) = @ARGV;
 open my $in, '<', $file or die "$file: $!";
 my ($mode, $size) = (stat $in)[2, 7];

@@ -6,13 +6,13 @@
 
 namespace ZET {
 
-/// What an opened file can do beyond `IZETConfigFile`: tell its text instead of saving it. Who wants that
-/// asks for it with a `dynamic_cast`; the files of another module than this product's need not have it.
+/// An optional service of an opened file beyond `IZETConfigFile`: it hands out its text instead of saving it.
+/// Ask for it with a `dynamic_cast`; files of other modules need not provide it.
 class IZETTextToSave {
   public:
-    /// Does to the text what `IZETConfigFile::Save` does, and calls `take` with it, once; neither the file
-    /// nor its reserve is looked at. The view is valid during that call, whose exceptions pass through. Only
-    /// on a file that was opened, as `Save`; by the thread that uses the file.
+    /// Prepares the text as `IZETConfigFile::Save` would, and calls `take` with it once; neither the file nor
+    /// its reserve is touched. The view is valid during that call, whose exceptions pass through. As `Save`,
+    /// it may be called only on an opened file, by the thread that uses the file.
     virtual void TellText(const std::function<void(std::string_view text)>& take) = 0;
 
   protected:

@@ -9,11 +9,11 @@
 
 namespace ZET {
 
-/// An operation failed. Thrown by value and caught by reference; defined in the core with default visibility,
-/// because it travels across the boundaries of shared objects.
+/// An operation failed. Thrown by value and caught by reference. It is defined in the core with default
+/// visibility because it crosses the boundaries of shared objects.
 class ZET_API EZETError : public std::exception {
   public:
-    /// `message` is for the reader, translated and complete; `detail` adds to it and may be empty.
+    /// `message` is for the user: translated and complete. `detail` adds to it and may be empty.
     EZETError(const std::string& message, const std::string& detail);
     ~EZETError() override;
 
@@ -23,7 +23,7 @@ class ZET_API EZETError : public std::exception {
     const std::string& GetMessage() const noexcept;
     const std::string& GetDetail() const noexcept;
 
-    /// Where the error was raised; empty and 0 for an error that does not say (all but `EZETInternalError`).
+    /// Where the error was raised; empty and 0 if unknown, as for all errors but `EZETInternalError`.
     const std::string& GetSource() const noexcept;
     const std::string& GetFunction() const noexcept;
     std::size_t GetLine() const noexcept;
@@ -47,7 +47,7 @@ class ZET_API EZETCheckError : public EZETError {
     ~EZETCheckError() override;
 };
 
-/// A value that must not occur: an inner contradiction.
+/// A value that must not occur: an internal contradiction.
 class ZET_API EZETInternalError : public EZETError {
   public:
     EZETInternalError(const std::string& message, const std::string& detail, const std::string& source,

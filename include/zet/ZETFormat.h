@@ -1,27 +1,28 @@
 #ifndef ZET_ZETFORMAT_H
 #define ZET_ZETFORMAT_H
 
-/// What the module writes into files and puts beside them, for everybody who must recognise it.
+/// What the module writes into files and next to them, for everybody who must recognise it.
 namespace ZET {
 
-/// Open and close a managed block: lines that the system wrote.
+/// These lines open and close a managed block: lines that the system wrote.
 inline constexpr char ZETBeginMarker[] = "# ---ZET_BEGIN---";
 inline constexpr char ZETEndMarker[] = "# ----ZET_END----";
 
-/// Stands before the former text of a line that the managed block after it replaced.
+/// Precedes the former text of a line that the following managed block replaced.
 inline constexpr char ZETFormerLinePrefix[] = "# --PRE-ZET-- ";
 
-/// Open the notice at the top of a file and a comment of a template; the third closes either.
+/// The first opens the notice at the top of a file, the second a comment of a template; the third closes
+/// either.
 inline constexpr char ZETNoticeMarker[] = "# --ZET_CONFIG_COMMENT--";
 inline constexpr char ZETTemplateCommentMarker[] = "# --ZET_TEMPLATE_COMMENT--";
 inline constexpr char ZETCommentEndMarker[] = "# --ZET_COMMENT_END--";
 
-/// Is the text, and lets those find it who extract what can be translated.
+/// Expands to the text itself; marks it as translatable for the extraction of messages.
 #define ZET_TRANSLATABLE(text) text
 
-/// What stands between the markers of the notice, in a file that was edited and in one that was made from a
-/// template: with "%s" for the template and for the program to call. Both are keys of the catalogue of the
-/// module, whose translations are written instead where there are any.
+/// The text between the markers of the notice: in a file that was edited, and in one that was made from a
+/// template, where the two "%s" are the template and the program to call. Both are keys of the module's
+/// catalogue; if it has a translation, that is written instead.
 inline constexpr char ZETEditedNotice[] = ZET_TRANSLATABLE(
     "# This file is partially modified by zet(7).\n"
     "# Do not edit data between ZET_BEGIN and ZET_END labels manually\n"
@@ -39,14 +40,14 @@ inline constexpr char ZETMadeNotice[] = ZET_TRANSLATABLE(
 
 #undef ZET_TRANSLATABLE
 
-/// What stands before the name and "=" in the expressions that select a parameter: to look it up, to set it,
-/// commented out or not, and to restore it, behind the prefix of a kept former line.
+/// What precedes the name and "=" in the expressions that select a parameter: to look it up; to set it,
+/// commented out or not; and to restore it, after the prefix of a kept former line.
 inline constexpr char ZETLookupOpening[] = "^\\s*";
 inline constexpr char ZETEditOpening[] = "^#*\\s*";
 inline constexpr char ZETRestoreOpening[] = "#*\\s*";
 
-/// Companions of a file: the text on its way, the file as it was before the system first wrote it, and the
-/// empty file that says that there was none.
+/// Companions of a file: the text being written, the file as it was before the system first wrote it, and the
+/// empty file that records that there was none.
 inline constexpr char ZETTemporarySuffix[] = ".tmp";
 inline constexpr char ZETReserveSuffix[] = ".before_zet";
 inline constexpr char ZETAbsenceSuffix[] = ".no_file_before_zet";

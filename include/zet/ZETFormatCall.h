@@ -7,11 +7,11 @@
 
 namespace ZET {
 
-/// Formats one message in the name of the operation that reports it. Not copied; used by one thread.
+/// Formats one message for the operation that reports it. It cannot be copied, and one thread uses it.
 class ZET_API CZETFormatCall {
   public:
     /// `source`, `function` and `line` tell where the message comes from, for a core that shows it. Leaves
-    /// `errno` as it is.
+    /// `errno` unchanged.
     CZETFormatCall(const char* source, const char* function, std::size_t line);
     ~CZETFormatCall();
     CZETFormatCall(const CZETFormatCall&) = delete;
@@ -19,7 +19,7 @@ class ZET_API CZETFormatCall {
 
     /// Formats by the conventions of printf; "%m" is the text of the caller's `errno`. `count` is the number
     /// of arguments that follow `format`. Returns a text that the object owns, valid until the next call or
-    /// the object's end, or null when it cannot be formatted. Throws nothing.
+    /// the object's end, or null if it cannot be formatted. Throws nothing.
     const char* operator()(std::size_t count, const char* format, ...) __attribute__((format(printf, 3, 4)));
 
   private:

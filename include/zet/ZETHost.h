@@ -15,20 +15,20 @@
 #include "zet/ZETLogProvider.h"
 #include "zet/ZETTypes.h"
 
-/// What an embedder needs of the reference core beyond the contract: create it, load modules into it, find
-/// their interfaces, and steer the log. Another core need not have any of it.
+/// What an embedder needs of the reference core beyond the contract: to create it, load modules into it, find
+/// their interfaces, and control the log. Another core need not provide any of it.
 namespace ZET {
 
-/// What an error of the core is about, beside its message.
+/// What an error of the core is about, apart from its message.
 struct ZETCause {
-    std::string path{};    ///< of the file or directory; empty: none
-    std::size_t line = 0;  ///< of the file; 0: the file as a whole
-    int errorNumber = 0;   ///< the system's `errno`; 0: none
-    std::string text{};    ///< what is wrong, of a message that says more than that; else empty
-    std::string remedy{};  ///< where the message has one, after `text`; else empty
+    std::string path{};    ///< of the file or directory; empty if none
+    std::size_t line = 0;  ///< in the file; 0 for the file as a whole
+    int errorNumber = 0;   ///< the system's `errno`; 0 if none
+    std::string text{};    ///< what is wrong, if the message says more than that; else empty
+    std::string remedy{};  ///< the remedy that follows `text` in the message; empty if none
 };
 
-/// An error of this core that knows what it is about: of a file or directory, or of the system.
+/// An error of this core that records its cause: a file or directory, or a failed system call.
 class ZET_API EZETHostError : public EZETError {
   public:
     EZETHostError(const std::string& message, const std::string& detail, const ZETCause& cause);
@@ -37,28 +37,28 @@ class ZET_API EZETHostError : public EZETError {
     /// Valid as long as the exception.
     const ZETCause& GetCause() const noexcept;
 
-    /// The system's `errno`; 0: none.
+    /// The system's `errno`; 0 if none.
     int GetErrorNumber() const noexcept;
 
   private:
     ZETCause m_cause;
 };
 
-/// The core with the modules loaded into it. One thread at a time; several hosts may run in several threads.
-/// The log, the guard of renames and syncing (the parameter "ZET_SYNC") belong to the process: its hosts
-/// share them, and files are synced as long as one of the hosts wants it.
+/// The core with the modules loaded into it. A host is used by one thread at a time; several hosts may run in
+/// several threads. The log, the rename guard and syncing (the parameter "ZET_SYNC") belong to the process:
+/// its hosts share them, and files are synced as long as one of the hosts wants it.
 ///
-/// What must be let go, and when: everything that a module made (its interface, the files that it opened) is
-/// used no more once the module is unloaded, and let go before the host goes, whose core it knows. Letting it
-/// go late is harmless, using it is not.
+/// Objects that a module made (its interface, the files that it opened) must not be used once the module is
+/// unloaded, and must be released before the host is destroyed, because they refer to its core. Releasing
+/// them after the unloading is harmless; using them is not.
 class ZET_API CZETHost {
   public:
-    /// Reads the parameters from `configFile`; it becomes the value of "ZET_CFG". A file that cannot be read,
-    /// or a broken line in it, throws `EZETError` naming the file, the line and the remedy; an empty name,
-    /// or one with a NUL byte, `EZETCheckError`.
+    /// Reads the parameters from `configFile`, which becomes the value of "ZET_CFG". A file that cannot be
+    /// read, or a broken line in it, throws `EZETError` naming the file, the line and the remedy; an empty
+    /// name, or one with a NUL byte, throws `EZETCheckError`.
     explicit CZETHost(const std::string& configFile);
 
-    /// Without a configuration file: the defaults serve, and "ZET_CFG" is empty.
+    /// Without a configuration file: every parameter has its default, and "ZET_CFG" is empty.
     CZETHost();
 
     /// Unloads the modules that are still loaded, as `UnloadModules`.
@@ -72,27 +72,29 @@ class ZET_API CZETHost {
     /// Every parameter with its value: the product's own, and those that only this host has.
     StringMap GetParams() const;
 
-    /// From now on, the parameters are those of the other host, "ZET_CFG" included, and no others: for a file
-    /// that is read again. Modules stay as they are.
+    /// Replaces all parameters, "ZET_CFG" included, by those of the other host: for a file that is read
+    /// again. Modules stay as they are.
     void TakeParameters(const CZETHost& other);
 
     /// Loads a module and initialises it. An empty path throws `EZETCheckError`. Every other refusal is an
-    /// `EZETError` that names the file and what is wrong with it: a NUL byte in the path; not there, no
-    /// regular file or no shared object; it or its directory writable by others than root while root runs it;
-    /// an entry point or the record missing; a record of another type, without a name, or of another major
-    /// version than 1; a module of that name loaded already, or this file into another host of the process,
-    /// since a module keeps one state and serves one host at a time; an interface of the same name there
-    /// already; no interface registered; `module_init` false; or an exception of the module. A module that is
-    /// refused after its `module_init` was true is ended by `module_done`; before that it is only closed.
+    /// `EZETError` that names the file and what is wrong with it: a NUL byte in the path; a file that is
+    /// missing, not regular or not a shared object; a file or directory that others than root may write,
+    /// while root runs it; a missing entry point or record; a record of another type, without a name, or of
+    /// another major version than 1; a module of that name that is already loaded, or this file loaded into
+    /// another host of the process, since a module keeps one state and serves one host at a time; an
+    /// interface name that is already taken; no interface registered; `module_init` returning false; or an
+    /// exception of the module. If `module_init` had returned true, a refused module is ended by
+    /// `module_done`; otherwise it is only closed.
     void LoadModule(const std::string& path);
 
-    /// The interface of that name, shared with the caller; null when no module registered it. The caller lets
-    /// it go before the module is unloaded.
+    /// The interface of that name, shared with the caller; null if no module registered it. The caller must
+    /// release it before the module is unloaded.
     std::shared_ptr<CZETInterface> FindInterface(const std::string& name) const;
 
-    /// Ends all modules, the last one loaded first: `module_done`, then the core's shared pointers. Other
-    /// hosts may load them then. An interface that somebody still holds is warned of. The code of a module
-    /// stays in memory to the end of the process, since something of it may still be held.
+    /// Ends all modules, the last one loaded first: calls `module_done`, then drops the core's shared
+    /// pointers. Other hosts may then load them. Logs a warning for an interface that is still held
+    /// elsewhere. The code of a module stays in memory until the process ends, since objects of it may still
+    /// be held.
     void UnloadModules();
 
   private:
@@ -100,41 +102,41 @@ class ZET_API CZETHost {
     std::unique_ptr<Implementation> m_implementation;
 };
 
-/// What the values of a parameter have to be.
+/// What values a parameter takes.
 enum class ZETParameterKind {
-    DomainName,  ///< a "." may stand before it
+    DomainName,  ///< a "." may precede it
     HostName,
     Realm,
     LdapName,
     Number,
-    Duration,  ///< as the lives of Kerberos tickets are written
+    Duration,  ///< as lifetimes of Kerberos tickets are written
     RegularExpression,
     AbsolutePath,
     YesNo,
     Locale,  ///< of this host
-    OneOf,   ///< some words
+    OneOf,   ///< one of a list of words
 };
 
 /// A parameter that the core knows.
 struct ZETParameter {
     std::string name;
     ZETParameterKind kind = ZETParameterKind::OneOf;
-    std::string kindName;            ///< in English, as the manual has it: "number", or "one of nfs4, nfs"
-    std::vector<std::string> words;  ///< those to choose from; empty where the kind is not about words
-    std::string value;               ///< by default; empty where it is made of another parameter
-    std::string source;              ///< the parameter that the default is made of; empty: none
-    std::string text;                ///< what it is for, in one line
-    bool mayBeEmpty = false;         ///< as far as no template uses it
+    std::string kindName;            ///< in English, as in the manual: "number", or "one of nfs4, nfs"
+    std::vector<std::string> words;  ///< the words to choose from; empty for other kinds
+    std::string value;               ///< the default; empty if it is derived from another parameter
+    std::string source;              ///< the parameter that the default is derived from; empty if none
+    std::string text;                ///< its purpose, in one line
+    bool mayBeEmpty = false;         ///< may be empty as long as no template uses it
 };
 
-/// The parameters that the core knows, in the order of their names. A file may give others, which the core
-/// hands out like these.
+/// The parameters that the core knows, ordered by name. A file may set others, which the core hands out in
+/// the same way.
 ZET_API std::vector<ZETParameter> KnownParameters();
 
-/// One of them; none: the core does not know the name.
+/// The parameter of that name; none if the core does not know it.
 ZET_API std::optional<ZETParameter> KnownParameter(std::string_view name);
 
-/// Whether it is one of them.
+/// Whether the core knows a parameter of that name.
 ZET_API bool IsKnownParameter(std::string_view name);
 
 struct ZETParameterProblem {
@@ -142,113 +144,118 @@ struct ZETParameterProblem {
     std::string remedy;  ///< what to do about it
 };
 
-/// What is wrong with a parameter of this name and value, for a program that would rather refuse it than have
-/// the core hand it out or the file be broken; none when nothing is that the core knows of. A known parameter
-/// has a value of its kind, or one with a placeholder that a template replaces.
+/// What is wrong with a parameter of this name and value, as far as the core knows; none if nothing is. For a
+/// program that wants to refuse it before the core hands it out or the file breaks. A known parameter must
+/// have a value of its kind, or one with a placeholder that a template replaces.
 ZET_API std::optional<ZETParameterProblem> ProblemOfParam(const std::string& key, const std::string& value);
 
-/// What a value of a parameter that is yes or no counts as, be it written as true or false, 1 or 0; as its
-/// default, where it says neither. None: the core knows no such parameter that is yes or no.
+/// What a value of a yes-or-no parameter means, whether written as yes or no, true or false, 1 or 0; its
+/// default if the value says neither. None if the core knows no such yes-or-no parameter.
 ZET_API std::optional<bool> FlagOfParam(const std::string& key, const std::string& value);
 
 enum class ZETLogTarget { StandardError, SystemLog };
 
-/// Where log records go, and which: those up to `threshold` (`ZETLogError` only errors, `ZETLogNotice` all).
-/// `identity` stands before each record. By any thread, at any time. Until it is called, errors and warnings
-/// go to standard error, those of a thread that has an observer of its own to that alone.
+/// Sets where log records go, and which: those up to `threshold` (`ZETLogError`: only errors, `ZETLogNotice`:
+/// all). `identity` precedes each record. May be called by any thread at any time. Until then, errors and
+/// warnings go to standard error; those of a thread that has its own observer go to that observer only.
 ZET_API void ConfigureLog(ZETLogTarget target, ZETLogLevel threshold, const std::string& identity);
 
-/// Shows the records up to `threshold` from now on, and returns the threshold of before. By any thread, at
-/// any time.
+/// Shows the records up to `threshold` from now on, and returns the previous threshold. May be called by any
+/// thread at any time.
 ZET_API ZETLogLevel SetLogThreshold(ZETLogLevel threshold);
 
-/// Whether a record that the threshold lets through is shown.
+/// Returns whether to show a record that the threshold lets through.
 using ZETLogFilter = std::function<bool(ZETLogLevel level)>;
 
-/// The filter of every record from now on; an empty one shows all. Returns the one of before. A host that
-/// keeps something to itself finds out whether a record is about it when there is one. By any thread, at any
-/// time; called by the thread that logs, and asked again about what it logs itself.
+/// Sets the filter for every record from now on and returns the previous one; an empty filter shows all. A
+/// host that keeps certain records back decides on each one as it is logged. May be called by any thread at
+/// any time. The filter is called by the thread that logs, and again for what it logs itself.
 ZET_API ZETLogFilter SetLogFilter(ZETLogFilter filter);
 
-/// Sees each record that is shown, beside the place where it goes, as it stands there.
+/// Called with each record that is shown, in the form in which it is written, in addition to its target.
 using ZETLogObserver = std::function<void(ZETLogLevel level, const std::string& text)>;
 
-/// The observer of every record from now on; an empty one ends that. By any thread, at any time; the observer
-/// is called by the thread that logs, one record at a time. It must not log, nor configure the log.
+/// Sets the observer of every record from now on; an empty one ends that. May be called by any thread at any
+/// time. The observer is called by the thread that logs, one record at a time. It must neither log nor
+/// configure the log.
 ZET_API void SetLogObserver(ZETLogObserver observer);
 
-/// The observer of the records of the calling thread alone, as long as it is one; null: none. It must live as
-/// long, and may log itself, of which it sees nothing. Returns the one of before.
+/// Sets the observer of the calling thread's records alone and returns the previous one; null ends that. It
+/// must live until it is replaced. It may log, but does not see its own records.
 ZET_API const ZETLogObserver* SetThreadLogObserver(const ZETLogObserver* observer);
 
-/// Gives each record its last words, before it is made printable, observed and written.
+/// Returns the final wording of a record, before it is made printable, observed and written.
 using ZETLogWording = std::function<std::string(const std::string& text)>;
 
-/// The wording of every record from now on; an empty one ends that. Returns the one of before. A host that
-/// works on a file by another name than its reader knows puts the reader's name back. By any thread, at any
-/// time; called as the observer is, and bound as it is.
+/// Sets the wording for every record from now on and returns the previous one; an empty one ends that. A host
+/// that works on a file under another name than the user's puts the user's name back. May be called by any
+/// thread at any time. It is called like the observer, under the same restrictions.
 ZET_API ZETLogWording SetLogWording(ZETLogWording wording);
 
-/// Calls `make`, which makes a message, while the language of whoever reads messages is set.
+/// Calls `make`, which composes a message, with the language of the user set.
 using ZETReadersLanguage = void (*)(const std::function<void()>& make);
 
-/// How each message of the core is made from now on; null: in the language that is set. Returns how it was
-/// before. A host that has a file written in another language than its reader's sets one meanwhile. By any
-/// thread, at any time; called by the thread whose call the message is about.
+/// Sets how each message of the core is composed from now on and returns the previous setting; null uses the
+/// language that is set. For a host that sets another language while it writes a file in it. May be called by
+/// any thread at any time. It is called by the thread whose call the message is about.
 ZET_API ZETReadersLanguage MakeMessagesBy(ZETReadersLanguage language);
 
 /// A rename that is about to be made.
 struct ZETRename {
     const std::string& from;
     const std::string& to;
-    /// Open for reading on the file that is about to get the name `to`, at its start; `RenameFile` renames
-    /// this file or none. -1 when it is no regular file, or this user may not read it. Not to be closed.
+    /// Open for reading, at its start, on the file that is about to get the name `to`; `RenameFile` renames
+    /// this file or none. -1 if it is no regular file, or this user may not read it. The guard must not close
+    /// it.
     int descriptor;
-    /// False when nothing was done to either file yet; true when all is done but the rename itself.
+    /// False before anything was done to either file; true when everything but the rename itself is done.
     bool isReady;
 };
 
-/// Sees a file that is about to take the place of another, before anything is done to either. Its exception
-/// keeps the rename from being made, and comes out of `RenameFile`.
+/// Called before a file takes the place of another. If it throws, the rename is not made, and the exception
+/// leaves `RenameFile`.
 using ZETRenameGuard = std::function<void(const ZETRename& rename)>;
 
-/// The guard of every `RenameFile` from now on; an empty one ends that. Returns the one of before. The guard
-/// is called by the thread that renames. Not to be set from within a guard, nor while another thread may
-/// rename.
+/// Sets the guard of every `RenameFile` from now on and returns the previous one; an empty one ends that. The
+/// guard is called by the thread that renames. Must not be called from within a guard, nor while another
+/// thread may rename.
 ZET_API ZETRenameGuard SetRenameGuard(ZETRenameGuard guard);
 
-/// For a host that gives each file its owner and group itself, after the calling thread was kept to another
-/// user's rights: that a file could not get them is no warning from now on. Set-user-ID and set-group-ID are
-/// left out all the same. Until it is called, it is one. Returns how it was before.
+/// For a host that sets the owner and group of each file itself after it limited the calling thread to
+/// another user's rights: with true, this thread no longer warns of an owner that could not be set.
+/// Set-user-ID and set-group-ID are dropped all the same. Returns the previous setting, which is false at
+/// first.
 ZET_API bool LeaveOwnersToHost(bool areLeft);
 
-/// Whether `CopyFile` might have made its copy for `to` under this name, on the way to `to`: that with "."
-/// and six letters or digits and ".tmp" added, cut before the "." where it would be too long. Both have the
-/// same directory before them, or none. A process that was killed leaves such a copy behind.
+/// Whether `name` is one that `CopyFile` may use for its unfinished copy for `to`: `to` with ".", six letters
+/// or digits and ".tmp" added, cut before the "." if it would be too long. Both names have the same directory
+/// part, or none. A process that was killed leaves such a copy behind.
 ZET_API bool IsCopyOf(const std::string& name, const std::string& to);
 
-/// Many files that the calling thread writes, with fewer syncs and the same promise for each: old or new, and
-/// a reserve whole or not there. First come all reserves: until `NameFiles`, what `CopyFile` and `CreateFile`
-/// make waits to be synced by several threads at once, a copy under a name of its own. Then come the saves,
-/// of which each text is durable before its name, as without a batch; only directories are synced once, at
-/// the end. One batch at a time in a thread.
+/// Many files written by the calling thread with fewer syncs, and the same guarantee for each: it is old or
+/// new, and its reserve is complete or absent. All reserves come first: until `NameFiles`, what `CopyFile`
+/// and `CreateFile` make waits to be synced by several threads at once, a copy under a temporary name. Then
+/// come the saves: each text is made durable before its name, as without a batch; only directories are synced
+/// once, at the end. A thread has one batch at a time.
 class ZET_API CZETBatch {
   public:
     CZETBatch();
 
-    /// What waits for its name is removed. What is done is made durable; nobody is told when that fails.
+    /// Removes the files that still wait for their names, and makes the rest durable; failures of that are
+    /// not reported.
     ~CZETBatch();
     CZETBatch(const CZETBatch&) = delete;
     CZETBatch& operator=(const CZETBatch&) = delete;
 
-    /// What comes next is about this file, as its reader knows it: messages name it and its directory so.
+    /// The following operations concern this file, as the user names it; messages use that name and its
+    /// directory.
     void SetSubject(const std::string& path);
 
-    /// Makes what waits durable and gives it its names, durable too. Throws `EZETError`; what has no name by
-    /// then never gets one.
+    /// Makes the waiting files durable and gives them their names, durably too. Throws `EZETError`; files not
+    /// named by then never get their names.
     void NameFiles();
 
-    /// All that was done is durable now. Throws `EZETError`.
+    /// Makes everything that was done durable. Throws `EZETError`.
     void Finish();
 
     class Implementation;
@@ -257,8 +264,8 @@ class ZET_API CZETBatch {
     std::unique_ptr<Implementation> m_implementation;
 };
 
-/// How many records of level 0 the process has put so far, shown or not: the module reports some failures
-/// only so.
+/// The number of error records that the process has logged so far, shown or not: some failures of the module
+/// are reported only that way.
 ZET_API std::size_t CountLoggedErrors();
 
 }  // namespace ZET

@@ -7,7 +7,7 @@
 
 namespace ZET {
 
-/// Base of every interface object that a module hands to the core, which finds it by its name.
+/// Base of every interface object that a module registers with the core, which finds it by its name.
 class ZET_API CZETInterface {
   public:
     explicit CZETInterface(const std::string& name);

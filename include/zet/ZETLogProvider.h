@@ -12,13 +12,13 @@ enum ZETLogLevel { ZETLogError = 0, ZETLogWarning = 1, ZETLogNotice = 2 };
 /// The process's one log.
 class ZET_API CZETLogProvider {
   public:
-    /// The log; there, for any thread, until the process ends.
+    /// The log; any thread may use it until the process ends.
     static CZETLogProvider& GetLogProvider();
 
-    /// Writes one record. `count` counts the texts, the format included: with 1, `format` is a finished text
-    /// and is not formatted, whatever "%" it holds; with more, it is formatted by the conventions of printf.
-    /// The reference core writes control characters as escape sequences, so that no text makes two records or
-    /// steers a terminal. May be called by any thread.
+    /// Writes one record. `count` is the number of texts, the format included: with 1, `format` is a finished
+    /// text and is not formatted, even if it contains "%"; with more, it is formatted by the conventions of
+    /// printf. The reference core writes control characters as escape sequences, so that no text can produce
+    /// two records or control a terminal. May be called by any thread.
     void Put(ZETLogLevel level, std::size_t count, const char* format, ...);
 
     CZETLogProvider(const CZETLogProvider&) = delete;

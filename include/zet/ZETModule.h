@@ -12,33 +12,32 @@ namespace ZET {
 struct ZETModuleRecord {
     std::uintptr_t version;   ///< major × 65536 + minor × 256 + patch; major 1 is this contract
     const char* name;         ///< also the name of the interface that the module registers
-    const char* versionText;  ///< the version for a reader, "1.2.3"
+    const char* versionText;  ///< the version in words, "1.2.3"
     alignas(std::uintptr_t) std::uint32_t type;  ///< 0: a host, 1: a module
-    const char* description;                     ///< for a reader, translated; null until the module is asked
-    const void* reserved;                        ///< null
+    const char* description;  ///< for the user, translated; null until the module is queried
+    const void* reserved;     ///< null
 };
 
 }  // namespace ZET
 
-/// The three names that a module exports. Calls must not overlap; the order is get_module_info, module_init,
-/// and module_done before the module is unloaded. A module has one state in a process: it serves one core at
-/// a time, and another one after `module_done`. `module_done` is called only after a `module_init` that was
-/// true.
+/// The three functions that a module exports. Calls must not overlap; the order is `get_module_info`,
+/// `module_init`, and `module_done` before the module is unloaded. A module has one state in a process: it
+/// serves one core at a time, and may serve another one after `module_done`. `module_done` is called only
+/// after a `module_init` that returned true.
 ///
 /// A module finds the core's services (log, errors, formatter, file helpers, base of the interfaces) in the
-/// process, by the names of the library that it was linked to: "libzet-core.so.1", version node ZET_CORE_1. A
-/// core of one's own is a library of that name and node, which the host is linked to; or it is built into a
-/// program that exports the services (linked with "-rdynamic"): they come before those of the reference
-/// library, which the module still needs beside it. Without the option the module would silently use that
-/// one.
+/// process, by the names of the library that it was linked to: "libzet-core.so.1", version node ZET_CORE_1.
+/// Another core is a library of that name and node that the host is linked to; or it is built into a program
+/// that exports the services (linked with "-rdynamic"), which take precedence over those of the reference
+/// library. The module still needs that library, and without the option it would silently use it.
 extern "C" {
 
-/// The module's record, which lives as long as the module; null, with a message on standard error, when the
+/// The module's record, which lives as long as the module; null, with a message on standard error, if the
 /// module does not serve a host of this type (`host->type`, the only field that is read).
 ZET_API const ZET::ZETModuleRecord* get_module_info(const ZET::ZETModuleRecord* host);
 
-/// Creates the module's interface object and registers it with the core, which then owns it. True when the
-/// module is, or already was, initialised. An exception of the core passes through and leaves the module
+/// Creates the module's interface object and registers it with the core, which then owns it. Returns true if
+/// the module is, or already was, initialised. An exception of the core passes through and leaves the module
 /// uninitialised.
 ZET_API bool module_init(ZET::IZETCore& core);
 

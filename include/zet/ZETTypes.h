@@ -6,7 +6,7 @@
 
 namespace ZET {
 
-/// Text to text, ordered by plain bytes: template values by placeholder, status entries by key.
+/// Maps text to text, ordered by plain bytes: template values by placeholder, status entries by key.
 using StringMap = std::map<std::string, std::string>;
 
 }  // namespace ZET

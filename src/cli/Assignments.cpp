@@ -27,7 +27,7 @@ StringMap ParseAssignments(const std::vector<std::string>& arguments, const std:
                              Filled(_("\"%s\" has a line feed in its value (give one without)"),
                                     {argument.substr(0, equalsSign)}));
         }
-        // Placeholders take any name.
+        // A placeholder may have any name.
         if (option == kParameterOption) RequireOptionName(argument.substr(0, equalsSign), option + ":");
         assignments[argument.substr(0, equalsSign)] = argument.substr(equalsSign + 1);
     }

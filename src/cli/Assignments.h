@@ -8,9 +8,9 @@
 
 namespace ZET::Cli {
 
-/// Splits arguments NAME=VALUE at their first "="; the last of two wins. One without a name, or with a line
-/// feed in it, is a `UsageError` that names the option; for "--set", one whose name no parameter can have,
-/// too.
+/// Splits arguments NAME=VALUE at their first "="; the last value of a name wins. Throws a `UsageError` that
+/// names the option if an argument has no name or contains a line feed or, for "--set", if its name is no
+/// valid parameter name.
 StringMap ParseAssignments(const std::vector<std::string>& arguments, const std::string& option);
 
 }  // namespace ZET::Cli

@@ -8,7 +8,8 @@ namespace ZET::Cli {
 
 bool IsNumber(const std::string& word);
 
-/// The number of a change that a word is, whether the history has it or not; a `UsageError` when it is none.
+/// The number of a change given as a word, whether the history has it or not; throws a `UsageError` if it is
+/// no number.
 std::int64_t ChangeNumber(const std::string& word);
 
 }  // namespace ZET::Cli

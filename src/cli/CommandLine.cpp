@@ -28,12 +28,12 @@ using Names = std::vector<std::string>;
 CLI::App* AddSubcommand(CLI::App& parent, const char* name, const char* help) {
     CLI::App* command = parent.add_subcommand(name, _(help))->fallthrough();
     if (parent.get_help_ptr() != nullptr)
-        command->set_help_flag(kHelp)->group("");  // among the options of all it is shown already
+        command->set_help_flag(kHelp)->group("");  // it is already shown among the options of all commands
     command->group(_(kCommands));
     return command;
 }
 
-/// What a command line may go on with behind what was understood of it.
+/// What may follow the part of a command line that was understood.
 class Continuations {
   public:
     explicit Continuations(const CLI::App& app) : m_last(&app) {
@@ -53,7 +53,7 @@ class Continuations {
         return names;
     }
 
-    /// What the library says in `sentence` of one of the options and words, or else that.
+    /// The library's `sentence` in the user's words, if it is about one of the known options; else unchanged.
     std::string InOwnWords(const std::string& sentence) const {
         for (const CLI::Option* option : m_options) {
             std::string words = OwnWords(*option, sentence);
@@ -83,7 +83,7 @@ class Continuations {
     std::vector<const CLI::Option*> m_options;
 };
 
-/// Whether the words end before a command that has to come.
+/// Whether the words end before a required command.
 bool LacksCommand(const CLI::App& app) {
     const CLI::App* last = &app;
     while (!last->get_subcommands().empty())
@@ -91,7 +91,7 @@ bool LacksCommand(const CLI::App& app) {
     return last->get_require_subcommand_min() > 0;
 }
 
-/// What is wrong with the command line, whose last argument is `last`.
+/// The mistake in the command line, whose last argument is `last`.
 Mistake MistakeIn(const CLI::App& app, const CLI::ParseError& error, std::string_view last) {
     const Continuations known(app);
     Mistake mistake;
@@ -108,7 +108,7 @@ Mistake MistakeIn(const CLI::App& app, const CLI::ParseError& error, std::string
     return mistake;
 }
 
-/// The help or the version; returns the exit status.
+/// Prints the help or the version; returns the exit status.
 int Print(GlobalOptions options, const CLI::App& app, const CLI::ParseError& error) {
     std::ostringstream text;
     app.exit(error, text, text);
@@ -118,16 +118,15 @@ int Print(GlobalOptions options, const CLI::App& app, const CLI::ParseError& err
     return report.Finish(kDone);
 }
 
-/// What was read before the mistake may lack the option that the reader relies on.
+/// Searches all arguments, since parsing may have stopped before the option.
 bool AsksForDocument(int count, char** arguments) {
     return std::find(arguments, arguments + count, std::string_view("--json")) != arguments + count;
 }
 
-/// Throws `CLI::ParseError` where there is nothing to run.
+/// Throws `CLI::ParseError` if there is nothing to run.
 Call Read(Grammar&& grammar, int count, char** arguments) {
     GlobalOptions& options = grammar.Asked().call.options;
-    // The library cannot be asked whether an option was given without ending the program where memory is
-    // short.
+    // Asking the library whether an option was given would end the program if memory ran out.
     std::string usualFile = std::exchange(options.configFile, "");
     grammar.App().parse(count, arguments);
     options.words = WordsOf({arguments + std::min(count, 1), arguments + count}, grammar.Asked());
@@ -136,7 +135,7 @@ Call Read(Grammar&& grammar, int count, char** arguments) {
     return std::move(grammar.Asked().call);
 }
 
-/// Tells what was asked for, or what is wrong; returns the exit status.
+/// Prints what was requested, or reports the mistake; returns the exit status.
 int Answer(Grammar& grammar, const CLI::ParseError& error, int count, char** arguments) {
     GlobalOptions& options = grammar.Asked().call.options;
     if (error.get_exit_code() == 0) return Print(options, grammar.App(), error);
@@ -152,7 +151,7 @@ void Arguments::AddWord(const char* name, const char* help, std::string& word, b
     if (m_command == nullptr) return;
     CLI::Option* const option = m_command->add_option(name, word, _(help))->required(isRequired);
     if (isRequired) return;
-    // An empty one would count as left out.
+    // An empty word would count as missing.
     option->check([](const std::string& given) {
         return given.empty() ? std::string(_("is empty (name one, or leave it out)")) : std::string();
     });
@@ -221,7 +220,7 @@ CLI::App& CommandFamily::AddAlone(const std::function<int(Session&)>& run) {
     m_app.callback([self = *this, run] {
         CLI::App& app = self.m_app;
         if (app.get_subcommands().empty()) return self.Choose(app.get_name(), run);
-        // The library gives the family what a command of it has no place for.
+        // The library assigns words that a command cannot take to its family.
         for (const CLI::Option* option : app.get_options())
             if (option->count() != 0)
                 throw CLI::ExtrasError(Unexpected({option->results().front()}), CLI::ExitCodes::ExtrasError);
@@ -245,7 +244,7 @@ CommandFamily CommandLine::Family(const char* name, const char* help, Subject su
 std::optional<Call> ParseCommandLine(const std::string& program, int count, char** arguments, int& status) {
     const WordFilter filter({arguments + std::min(count, 1), arguments + count});
     try {
-        // Most command lines are right, and then what they do not name plays no part.
+        // Most command lines are correct, so registering what they do not name is unnecessary.
         return Read(Grammar(program, filter), count, arguments);
     } catch (const CLI::ParseError&) {
     }

@@ -15,27 +15,27 @@ namespace CLI {
 class App;
 }
 
-/// The words that the program takes, and the commands that they stand for. Each command adds itself: its
-/// name, what it takes into a structure of its own, and what runs it. The library that reads the words is
-/// known in the source file alone.
+/// The program's command line. Each command registers itself: its name, the structure that holds its
+/// arguments, and the function that runs it. Only the source file knows the library that parses the words.
 namespace ZET::Cli {
 
 class Session;
 
-/// What the words ask for.
+/// A parsed command line.
 struct Call {
     GlobalOptions options;
     std::function<int(Session&)> run;
 };
 
-/// A call while the words are read, with what only lives as long as the commands that they may name.
+/// A call during parsing, with pointers that are valid only as long as the commands.
 struct CallInReading {
     Call call;
-    std::vector<const std::string*> texts{};                     ///< given texts of files, and values
+    std::vector<const std::string*> texts{};  ///< arguments that are texts of files, or values
     std::vector<const std::vector<std::string>*> assignments{};  ///< given as NAME=VALUE
 };
 
-/// What a command takes, whatever the type that holds it. Nothing is added without a command.
+/// The arguments of a command, independent of the structure that holds them. Without a command nothing is
+/// added.
 class Arguments {
   protected:
     Arguments(CLI::App* command, CallInReading& call) : m_command(command), m_call(call) {}
@@ -56,32 +56,32 @@ class Arguments {
     CallInReading& m_call;
 };
 
-/// A command, to which what it takes is added; the order is that of the help.
+/// A command to which arguments are added, in the order of the help.
 template <typename Given>
 class Command : private Arguments {
   public:
     Command(CLI::App* command, CallInReading& call, std::shared_ptr<Given> given)
         : Arguments(command, call), m_given(std::move(given)) {}
 
-    /// A word that has to be there.
+    /// A required word.
     Command& operator()(const char* name, std::string Given::*member, const char* help) {
         AddWord(name, help, (*m_given).*member);
         return *this;
     }
 
-    /// A word that may be left out.
+    /// An optional word.
     Command& Maybe(const char* name, std::string Given::*member, const char* help) {
         AddWord(name, help, (*m_given).*member, false);
         return *this;
     }
 
-    /// One that is a text of a file, or a value: it is for who may read the file.
+    /// A required word that is a text of a file, or a value: only those who may read the file may see it.
     Command& Text(const char* name, std::string Given::*member, const char* help) {
         AddText((*m_given).*member);
         return (*this)(name, member, help);
     }
 
-    /// Any number of words; at least one.
+    /// `Any` takes any number of words, `Some` at least one.
     Command& Any(const char* name, std::vector<std::string> Given::*member, const char* help) {
         AddWords(name, help, (*m_given).*member, false);
         return *this;
@@ -133,21 +133,21 @@ class Command : private Arguments {
     std::shared_ptr<Given> m_given;
 };
 
-/// What a command is given that takes nothing of its own.
+/// For a command without arguments of its own.
 struct NoWords {};
 
-/// What a command works on: a file of any kind need not have anything to do with the product.
+/// What a command works on. A file of any kind need not concern the product.
 enum class Subject { Product, AnyFile };
 
-/// The commands of a family, or those that have none.
+/// The commands of a family, or those without one.
 class CommandFamily {
   public:
-    /// With a filter, only the commands are made known that it lets pass.
+    /// With a filter, only the commands that it accepts are registered.
     CommandFamily(CLI::App& app, std::string prefix, CallInReading& call, Subject subject,
                   const WordFilter* filter)
         : m_app(app), m_prefix(std::move(prefix)), m_call(call), m_subject(subject), m_filter(filter) {}
 
-    /// `run` does the work, reports it, and returns the exit status; what it cannot do it throws.
+    /// `run` does the work, reports it, and returns the exit status; it throws on failure.
     template <typename Given>
     Command<Given> Add(const char* name, const char* help, int (*run)(Session&, const Given&)) {
         auto given = std::make_shared<Given>();
@@ -155,7 +155,7 @@ class CommandFamily {
         return {AddRun(name, help, runGiven), m_call, given};
     }
 
-    /// What runs where none of the family's commands is named.
+    /// What runs if none of the family's commands is named.
     template <typename Given>
     Command<Given> Alone(int (*run)(Session&, const Given&)) {
         auto given = std::make_shared<Given>();
@@ -163,19 +163,19 @@ class CommandFamily {
     }
 
   private:
-    /// Null when the command is not made known.
+    /// Null if the command is not registered.
     CLI::App* AddRun(const char* name, const char* help, const std::function<int(Session&)>& run);
     CLI::App& AddAlone(const std::function<int(Session&)>& run);
     void Choose(const std::string& words, const std::function<int(Session&)>& run) const;
 
     CLI::App& m_app;
-    std::string m_prefix;  ///< of the words of each command
+    std::string m_prefix;  ///< of each command's words
     CallInReading& m_call;
     Subject m_subject;
     const WordFilter* m_filter;
 };
 
-/// All of them, or those that a filter lets pass.
+/// All commands, or those that a filter accepts.
 class CommandLine {
   public:
     CommandLine(CLI::App& app, CallInReading& call, const WordFilter* filter)
@@ -192,13 +192,13 @@ class CommandLine {
     const WordFilter* m_filter;
 };
 
-/// Reads the words. `program` is the name under which the program runs. When nothing is left to run (help or
-/// version were asked for, or the words are wrong) the reader has been told, `status` is the exit status, and
-/// the result is empty.
+/// Parses the arguments. `program` is the name under which the program runs. If there is nothing to run (help
+/// or version, or a mistake), this was reported to the user, `status` is the exit status, and the result is
+/// empty.
 std::optional<Call> ParseCommandLine(const std::string& program, int count, char** arguments, int& status);
 
-/// The help of the command with these words, of all of them when there are none; a `UsageError` where there
-/// is no such command.
+/// The help of the command with these words, or of all commands if there are none; throws a `UsageError` if
+/// there is no such command.
 std::string HelpText(const std::string& program, const std::vector<std::string>& words);
 
 }  // namespace ZET::Cli

@@ -9,7 +9,7 @@ namespace ZET::Cli {
 
 namespace {
 
-/// Where the text of a file, or a value, begins in the word; none: it has none.
+/// Where the text of a file, or a value, begins in the word; none if it contains none.
 std::optional<std::size_t> TextIn(const std::string& word, const CallInReading& call) {
     for (const std::string* text : call.texts)
         if (word == *text) return 0;

@@ -9,8 +9,8 @@
 
 namespace ZET::Cli {
 
-/// The arguments as the history takes them: what is equal to the text of a file, or to a value, that the call
-/// was given counts as one, whatever else it was meant to be.
+/// The arguments in the form that the history takes. A word that equals the text of a file, or a value, given
+/// to the call is marked as such, whatever else it was meant to be.
 std::vector<Deploy::CommandWord> WordsOf(const std::vector<std::string>& arguments,
                                          const CallInReading& call);
 

@@ -6,7 +6,7 @@ namespace ZET::Cli {
 inline constexpr int kDone = 0;
 inline constexpr int kFailed = 1;
 inline constexpr int kWrongUse = 2;
-inline constexpr int kNotInSync = 3;  ///< also: a dry run would change something
+inline constexpr int kNotInSync = 3;  ///< also if a dry run would change something
 
 }  // namespace ZET::Cli
 

@@ -19,7 +19,7 @@ Value ResultOf(const FileOutcome& outcome) {
     return NameOf(IsAboutReserveOnly(outcome) ? Result::Unchanged : outcome.result);
 }
 
-/// What happened to its reserve where that is all that happened.
+/// What happened to its reserve, if that is all that happened.
 Value ReserveResultOf(const FileOutcome& outcome) {
     if (!IsAboutReserveOnly(outcome)) return nullptr;
     return NameOf(outcome.result == Result::Reserved ? Result::Created : Result::Removed);

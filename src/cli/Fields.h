@@ -9,23 +9,23 @@
 #include "zet/deploy/Failure.h"
 #include "zet/deploy/FileOutcome.h"
 
-/// What the document says of the things that commands find and do.
+/// How the JSON document describes what commands find and do.
 namespace ZET::Cli {
 
 Fields FieldsOf(const Problem& problem);
 
-/// What ended the command.
+/// The failure that ended the command.
 Fields FieldsOf(const Failure& failure);
 
-/// A file and what happened, or would happen, to it. `path` is its real name; `edited`, where that is known,
-/// whether a commit undoes what others did to it.
+/// A file and what happened, or would happen, to it. `path` is its real name; `edited` tells, if known,
+/// whether a commit undoes changes by others.
 Fields FieldsOf(const FileOutcome& outcome, const std::string& path, bool isSecret,
                 const Value& edited = nullptr);
 
 /// The fields of a difference.
 void AddDiff(Fields& fields, const ShownDiff& diff);
 
-/// 0 and the empty text stand for none.
+/// 0 and the empty text become null.
 Value NumberOrNull(std::int64_t number);
 Value TextOrNull(const std::string& text);
 

@@ -103,7 +103,7 @@ void TellDiff(Report& report, const ShownDiff& diff) {
 }
 
 void AddFile(Session& session, const char* list, const FileOutcome& outcome, const Value& edited) {
-    if (!session.Asked().json) return;  // it takes looking into lists and files
+    if (!session.Asked().json) return;  // it requires reading lists and files
     Deployment& product = session.Product();
     session.Out().Add(list, FieldsOf(outcome, product.HostPaths().RealName(outcome.path),
                                      IsPrivate(product, outcome), edited));
@@ -145,7 +145,7 @@ static void TellDuty(Session& session, const std::string& names, const char* tex
     session.Out().Line(Filled(_(text), {names}));
 }
 
-/// A command among the services is known by its blanks.
+/// Among the services, a command is recognised by its blanks.
 static void TellServices(Session& session, const std::vector<std::string>& services, const char* list,
                          const char* text) {
     std::string names;

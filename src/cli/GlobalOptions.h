@@ -7,10 +7,10 @@
 
 namespace ZET::Cli {
 
-/// What every command may be told, and which one it is.
+/// The options that every command takes, and which command it is.
 struct GlobalOptions : Deploy::Options {
     std::string configFile = "/etc/zet/zet.conf";
-    bool isConfigFileNamed = false;  ///< by the caller
+    bool isConfigFileNamed = false;  ///< whether the caller gave it
     bool json = false;
     bool quiet = false;
     bool verbose = false;

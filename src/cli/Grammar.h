@@ -17,7 +17,7 @@
 #include "cli/commands/Registrations.h"
 #include "deploy/host/Installed.h"
 
-/// For CommandLine.cpp alone: the library that reads the words takes long to compile.
+/// Only for CommandLine.cpp: the library that parses the words takes long to compile.
 namespace ZET::Cli {
 
 constexpr char kOptionsOfAll[] = ZET_TEXT("Options of all commands");
@@ -29,7 +29,7 @@ constexpr char kServerHelp[] =
 constexpr char kClientHelp[] =
     ZET_TEXT("Write, edit and take back the configuration files of this host, a client of a network domain");
 
-/// The help of a command shows the options of all, too, in a group of their own.
+/// The help of a command also shows the options of all commands, in a group of their own.
 class HelpFormatter : public CLI::Formatter {
   public:
     HelpFormatter() {
@@ -56,18 +56,18 @@ class HelpFormatter : public CLI::Formatter {
     }
 };
 
-/// The words of the product, as the library has to know them.
+/// The product's commands and options, registered with the library.
 class Grammar {
   public:
-    /// Knows all options, and no command yet.
+    /// Registers all options, but no command yet.
     explicit Grammar(const std::string& program)
         : m_app(_(RoleOf(program) == Role::Server ? kServerHelp : kClientHelp), program) {
         m_app.formatter(std::make_shared<HelpFormatter>());
         Begin(program);
     }
 
-    /// Knows what the filter lets pass, and no help: enough for a command line that is right. With one
-    /// command and its options, it is built in a third of the time that all options take.
+    /// Registers only what the filter accepts, and no help: enough for a correct command line. With one
+    /// command and its options, this takes a third of the time of registering all options.
     Grammar(const std::string& program, const WordFilter& filter) : m_app("", program), m_filter(&filter) {
         m_app.set_help_flag();
         Begin(program);
@@ -76,8 +76,8 @@ class Grammar {
     Grammar(const Grammar&) = delete;
     Grammar& operator=(const Grammar&) = delete;
 
-    /// Of the commands, only those are made known that `words`, the arguments, may ask for: a command line
-    /// that knows all takes longer to build than a small file takes to edit.
+    /// Registers only the commands that `words`, the arguments, may name: registering all takes longer than
+    /// editing a small file.
     void AddCommands(const WordFilter& words) {
         if (AsksForVersionAlone(words.All())) return;
         const auto isNamed = [&](std::string_view word) { return words.MayNameCommand(word); };
@@ -100,14 +100,14 @@ class Grammar {
         return words == WordFilter::Words{"-V"} || words == WordFilter::Words{"--version"};
     }
 
-    /// A help lists all commands. Its letter may stand in a group of them.
+    /// The help lists all commands. Its letter may be part of a group.
     static bool AsksForHelp(const WordFilter::Words& words) {
         return std::any_of(words.begin(), words.end(), [](std::string_view word) {
             return word.starts_with('-') && word.find('h') != std::string_view::npos;
         });
     }
 
-    /// False when no command is wanted.
+    /// False if no command is wanted.
     template <typename IsWanted>
     bool AddWanted(IsWanted isWanted) {
         CommandLine line(m_app, m_call, m_filter);
@@ -156,7 +156,7 @@ class Grammar {
         if (IsWanted(names)) m_app.add_option(names, text, help)->type_name("TEXT");
     }
 
-    /// Null when it is not wanted.
+    /// Null if it is not wanted.
     CLI::Option* AddFlag(const char* names, bool& flag, const char* help) {
         return IsWanted(names) ? m_app.add_flag(names, flag, help) : nullptr;
     }
@@ -166,7 +166,7 @@ class Grammar {
         if (IsWanted(name)) m_app.add_option(name, choice, help)->check(OneOfWords(words));
     }
 
-    /// Where it is built in, the help does not name the option, and whoever gives it is told why.
+    /// If the module is built in, the help does not show the option, and using it is an error that says why.
     void AddModule() {
         if (!HasBuiltInModule())
             return AddPath("--module", m_call.call.options.moduleFile, "FILE", _("Load this module"));
@@ -177,7 +177,7 @@ class Grammar {
         m_app.add_option_function<std::string>("--module", refuse)->group("");
     }
 
-    /// An empty name, of a variable that was never set, must not stand for the host itself.
+    /// An empty path, as from an unset variable, must not mean the host itself.
     void AddPath(const char* name, std::string& path, const char* type, const char* help) {
         if (!IsWanted(name)) return;
         m_app.add_option(name, path, help)

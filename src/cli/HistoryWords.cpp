@@ -12,7 +12,7 @@ namespace ZET::Cli {
 
 namespace {
 
-/// How an entry ended, which the library says and the reader gets in his language.
+/// The outcomes of entries as the library names them, marked for translation.
 [[maybe_unused]] constexpr const char* kOutcomes[] = {ZET_TEXT("done"), ZET_TEXT("failed"),
                                                       ZET_TEXT("cut short"), ZET_TEXT("not ended")};
 
@@ -50,7 +50,7 @@ Fields FieldsOfCommand(const HistoryEntry& entry) {
             {"message", TextOrNull(entry.message)}};
 }
 
-/// When what it tells was done; an edit after an entry comes behind it.
+/// The order of ages; an edit after an entry follows it.
 std::pair<std::int64_t, bool> PlaceOf(const LineAge& age) {
     return {age.entry ? age.entry->number : age.editAfter.value_or(0), !age.entry};
 }

@@ -8,13 +8,13 @@
 #include "deploy/history/LineAges.h"
 #include "zet/deploy/History.h"
 
-/// What was done on the host, in words and in fields of the document.
+/// The history of the host, in words and as fields of the document.
 namespace ZET::Cli {
 
-/// A time in nanoseconds since 1970, as it is where the reader is.
+/// A time in nanoseconds since 1970, shown in the user's time zone.
 std::string LocalTime(std::int64_t time);
 
-/// One line: number, time, who, role, how it ended unless it is done, the command, why.
+/// One line: number, time, user, role, outcome unless it is "done", command, message.
 std::string LineOf(const HistoryEntry& entry);
 
 /// "PATH: changed, mode 0644 -> 0600".
@@ -31,7 +31,7 @@ std::string WhoOf(const HistoryEntry& entry);
 std::string SinceText(const LineAge& age);
 Value SinceValue(const std::optional<LineAge>& age);
 
-/// The newer of two, by what was done first.
+/// Whether `one` is newer than `other`.
 bool IsNewer(const LineAge& one, const LineAge& other);
 
 }  // namespace ZET::Cli

@@ -18,10 +18,9 @@ namespace ZET::Cli {
 namespace {
 
 constexpr char kSocket[] = "/run/systemd/journal/socket";
-constexpr std::size_t kMostFiles = 100;  ///< named in a record, which has to fit into one message
+constexpr std::size_t kMostFiles = 100;  ///< the limit in a record, which must fit into one message
 
-/// A record as the journal's protocol has it: NAME=VALUE, or the name alone, the value's length and the
-/// value.
+/// A record in the journal's protocol: NAME=VALUE, or the name alone, the value's size and the value.
 class Record {
   public:
     void Add(const char* name, const std::string& value) {

@@ -11,9 +11,9 @@ namespace ZET::Cli {
 /// Whether this system has a journal.
 bool HasJournal();
 
-/// Tells the system's journal of a change, as one record with fields (zet-init(1), JOURNAL), by the journal's
-/// own protocol. False where there is no journal, or it does not take the record at once: nobody waits for
-/// it. `paths` are those of the entry's files.
+/// Sends a change to the system's journal, as one record with fields (zet-init(1), JOURNAL), by the journal's
+/// own protocol. False if there is no journal, or if it does not accept the record at once: the command does
+/// not wait for it. `paths` are those of the entry's files.
 bool TellJournal(const std::string& program, const Deploy::HistoryEntry& entry,
                  const std::vector<std::string>& paths);
 

@@ -8,14 +8,14 @@
 
 namespace ZET::Cli {
 
-/// Gives the document the fields that it has even if nobody could look; `key` is "value" or "line".
+/// Gives the document the fields that it has even if the lookup fails; `key` is "value" or "line".
 void BeginLookup(Session& session, const char* key);
 
-/// The caller's FILE, of which he asks for the text: the real file, checked to be readable, and to be shown.
+/// The real file of the argument FILE, checked to be readable and allowed to be shown.
 std::string FileToShow(Session& session, const std::string& file);
 
-/// Reports what was looked up, under `key`, and returns the exit status: a lookup that found nothing is told
-/// by that alone, and in detail by `what`.
+/// Reports what was found, under `key`, and returns the exit status. If nothing was found, only the status
+/// says so, and `what` in detail.
 int ReportLookup(Session& session, const std::string& what, const char* key,
                  const std::optional<std::string>& found);
 

@@ -14,7 +14,7 @@ constexpr const char* kTargetStates[] = {"in sync",       "pending", "edited", "
 constexpr const char* kLineStates[] = {"in sync", "pending", "edited", "missing", "not committed", "unknown"};
 constexpr const char* kEditStates[] = {"in place", "changed", "gone", "missing"};
 
-/// Gauges of one role, family by family.
+/// The gauges of one role, family by family.
 class Exposition {
   public:
     explicit Exposition(Deploy::Role role) : m_role(std::string("role=\"") + Deploy::NameOf(role) + "\"") {}

@@ -8,9 +8,8 @@
 
 namespace ZET::Cli {
 
-/// What a role's status is in numbers, as OpenMetrics text: what has no target is there with 0, so that who
-/// watches never looks for something that was not told. The names of files are not in it, since everybody may
-/// read it.
+/// A role's status in numbers, as OpenMetrics text. States without a target are included with 0, so that a
+/// monitor always finds every sample. File names are left out, since everybody may read the text.
 std::string MetricsOf(Deploy::Role role, const Deploy::RoleStatus& status,
                       const Deploy::TargetStates& states);
 

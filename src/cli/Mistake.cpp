@@ -11,7 +11,7 @@ namespace ZET::Cli {
 
 namespace {
 
-constexpr std::size_t kFewestLetters = 3;  // of a word that can be told to be the begin of another
+constexpr std::size_t kFewestLetters = 3;  // of a word that may be the beginning of another
 
 bool IsOption(std::string_view word) {
     return word.starts_with('-');
@@ -35,7 +35,7 @@ std::string Suggestion(const Mistake& mistake) {
                                                                       : _("put it behind its command, or ");
 }
 
-/// Whether a word that is missing may be there, and have been taken for an option.
+/// Whether a missing word may be present, but was taken for an option.
 bool MayBeTakenForAnOption(const Mistake& mistake) {
     return mistake.isWordMissing && !mistake.isCommandMissing &&
            (IsOption(mistake.lastWord) ||

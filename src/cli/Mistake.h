@@ -6,22 +6,22 @@
 
 namespace ZET::Cli {
 
-/// What is wrong with a command line, as the library that reads it tells.
+/// An error in a command line, as reported by the library that parses it.
 struct Mistake {
     std::string program;
     std::string message;
-    bool isWordMissing = false;     ///< one that has to be there
-    bool isCommandMissing = false;  ///< and that word is a command
+    bool isWordMissing = false;     ///< a required word is missing
+    bool isCommandMissing = false;  ///< the missing word is a command
     std::string lastWord;
-    std::vector<std::string> unknown;   ///< words that nothing took
-    std::vector<std::string> commands;  ///< that could have come
-    std::vector<std::string> options;   ///< that could have come
+    std::vector<std::string> unknown;   ///< words that were not recognised
+    std::vector<std::string> commands;  ///< commands that were possible here
+    std::vector<std::string> options;   ///< options that were possible here
 };
 
-/// In words, and what to do about it.
+/// The mistake in words, and what to do about it.
 std::string Describe(const Mistake& mistake);
 
-/// Empty, or the question whether the nearest of these names was meant.
+/// The question whether the nearest of these names was meant; empty if none is near.
 std::string DidYouMean(const std::string& word, const std::vector<std::string>& names);
 
 }  // namespace ZET::Cli

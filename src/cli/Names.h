@@ -3,7 +3,7 @@
 
 namespace ZET::Deploy {}
 
-/// The commands are written in the words of the library that does their work.
+/// The commands use the names of the library that does their work.
 namespace ZET::Cli {
 using namespace Deploy;
 }

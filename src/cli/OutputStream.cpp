@@ -15,8 +15,8 @@ namespace ZET::Cli {
 namespace {
 
 constexpr std::size_t kMostKept = std::size_t{64} << 10;
-constexpr int kSignalInterval = 250;  // ms; a signal just before the waiting does not end it
-constexpr int kPatience = 2000;       // ms; with a reader, once a signal came
+constexpr int kSignalInterval = 250;  // ms; a signal just before the wait does not interrupt it
+constexpr int kPatience = 2000;       // ms; how long to wait for a reader after a signal
 
 }  // namespace
 
@@ -39,13 +39,13 @@ void OutputStream::Flush() noexcept {
     m_text.clear();
 }
 
-/// False when nothing more can be written.
+/// False if nothing more can be written.
 bool OutputStream::WriteSome(std::string_view& text) noexcept {
     if (!WaitForRoom()) {
         m_isGivenUp = m_hasFailed = true;
         return false;
     }
-    // A pipe that has room at all has room for that much.
+    // A pipe that is ready has room for at least that much.
     const ssize_t count = write(m_descriptor, text.data(), std::min<std::size_t>(text.size(), PIPE_BUF));
     if (count < 0) {
         if (errno == EINTR || errno == EAGAIN) return true;
@@ -58,7 +58,7 @@ bool OutputStream::WriteSome(std::string_view& text) noexcept {
 
 bool OutputStream::WaitForRoom() noexcept {
     struct pollfd room = {m_descriptor, POLLOUT, 0};
-    // What cannot be waited for tells why when it is written.
+    // If waiting fails, writing reports the reason.
     while (!SignalGuard::Caught()) {
         const int count = poll(&room, 1, kSignalInterval);
         if (count > 0 || (count < 0 && errno != EINTR)) return true;

@@ -7,8 +7,8 @@
 
 namespace ZET::Cli {
 
-/// Standard output or standard error. After SIGINT, SIGTERM or SIGHUP, a reader who does not read is waited
-/// for a little while only: who asks a command to end does not wait for its report to be read.
+/// Standard output or standard error. After SIGINT, SIGTERM or SIGHUP, the command waits only briefly for a
+/// reader that does not read.
 class OutputStream {
   public:
     explicit OutputStream(int descriptor);
@@ -18,12 +18,12 @@ class OutputStream {
 
     bool IsTerminal() const { return m_isTerminal; }
 
-    /// What is written to a terminal is there at once, anything else at the next `Flush` or before.
+    /// Text for a terminal is written at once, other text at the next `Flush` or earlier.
     void Write(std::string_view text);
 
     void Flush() noexcept;
 
-    /// Whether something could not be written. A reader that goes away has seen what it wanted to see.
+    /// Whether something could not be written. A reader that closes its pipe is no failure.
     bool HasFailed() const { return m_hasFailed; }
 
   private:
@@ -34,7 +34,7 @@ class OutputStream {
     bool m_isTerminal;
     bool m_hasFailed = false;
     bool m_isGivenUp = false;
-    std::string m_text;  ///< not written yet
+    std::string m_text;  ///< text that is not written yet
 };
 
 }  // namespace ZET::Cli

@@ -9,8 +9,8 @@
 
 #include "cli/Translation.h"
 
-/// What is wrong with a command line, in the reader's language; the library that reads the words tells it in
-/// English. For CommandLine.cpp alone, as that takes long to compile.
+/// Errors in a command line, in the user's language; the library that parses it reports them in English. Only
+/// for CommandLine.cpp, since that library takes long to compile.
 namespace ZET::Cli {
 
 inline std::string ListOf(const std::vector<std::string>& words, std::string_view separator) {
@@ -20,7 +20,7 @@ inline std::string ListOf(const std::vector<std::string>& words, std::string_vie
     return list;
 }
 
-/// A value has to be one of some words.
+/// A value must be one of some words.
 class OneOfWords : public CLI::Validator {
   public:
     explicit OneOfWords(const std::vector<std::string>& words) {
@@ -32,15 +32,15 @@ class OneOfWords : public CLI::Validator {
     }
 };
 
-/// Words that nothing takes.
+/// The message for unrecognised words.
 inline std::string Unexpected(const std::vector<std::string>& words) {
     return Filled(Plural("The following argument was not expected: %s",
                          "The following arguments were not expected: %s", words.size()),
                   {ListOf(words, " ")});
 }
 
-/// What the library says in `sentence`, which is all that it hands out; empty where that is not about this
-/// option. It is asked what it would say of the option, so that its words can be others tomorrow.
+/// Translates the library's `sentence`, which is all that it provides; empty if it is not about this option.
+/// Compares it with what the library would say about the option, so that its wording may change.
 inline std::string OwnWords(const CLI::Option& option, std::string_view sentence) {
     const std::string name = option.get_name();
     const auto isSaidBy = [&](const CLI::Error& error) { return sentence == error.what(); };

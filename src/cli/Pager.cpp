@@ -17,12 +17,12 @@ namespace ZET::Cli {
 namespace {
 
 constexpr char kUsual[] = "less";
-// What fits on the screen is printed and that is it; colors are shown; the text stays when it was read.
+// Print what fits on the screen and exit; show colors; leave the text on the screen.
 constexpr char kOptionsOfUsual[] = "FRX";
 constexpr int kCannotBeExecuted = 126;
 constexpr int kNotFound = 127;
 
-/// An interrupt is for the program that reads the keyboard.
+/// Ignores interrupts, which are for the program that reads the keyboard.
 class InterruptsIgnored {
   public:
     InterruptsIgnored() {
@@ -70,7 +70,7 @@ bool Pager::Show(const std::string& text) const {
     if (process < 0) return false;
     if (process == 0) Run(input);
     input = Descriptor();
-    WriteAll(output, text);  // a reader who has seen enough takes no more
+    WriteAll(output, text);  // a user who has seen enough closes the pipe
     output = Descriptor();
     const int status = StatusOf(process);
     return status != kNotFound && status != kCannotBeExecuted;

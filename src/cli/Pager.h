@@ -5,24 +5,24 @@
 
 namespace ZET::Cli {
 
-/// The program through which a reader at a terminal reads what is long: that of PAGER, or a usual one.
+/// The program that shows long text to a user at a terminal: that of PAGER, or a usual one.
 class Pager {
   public:
     Pager();
 
-    /// Whether the reader wants one at all.
+    /// Whether the user wants one at all.
     bool IsWanted() const { return m_isWanted; }
 
-    /// False when it could not be run; nobody has read the text then.
+    /// False if it could not be run; the text was not shown then.
     bool Show(const std::string& text) const;
 
-    /// That it could not, for the reader; empty where he did not choose it.
+    /// A message that it could not be run; empty if the user did not choose it.
     std::string Trouble() const;
 
   private:
     [[noreturn]] void Run(int input) const;
 
-    std::string m_command;  ///< empty: the usual one
+    std::string m_command;  ///< empty for the usual one
     bool m_isWanted = true;
 };
 

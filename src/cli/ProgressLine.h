@@ -8,15 +8,15 @@
 
 namespace ZET::Cli {
 
-/// How far the work is, "312 of 1000", on a terminal, once it has lasted for a second.
+/// Shows the progress, "312 of 1000", on a terminal, once the work has lasted for a second.
 class ProgressLine {
   public:
-    /// `output` must live as long as the object. Where it is no terminal, nothing is shown.
+    /// `output` must outlive the object. Nothing is shown if it is no terminal.
     ProgressLine(OutputStream& output, bool isWanted);
 
     void Show(std::size_t done, std::size_t total);
 
-    /// Before anything else is shown, and at the end.
+    /// Must be called before anything else is shown, and at the end.
     void Erase();
 
   private:
@@ -24,8 +24,8 @@ class ProgressLine {
 
     OutputStream& m_output;
     bool m_isWanted;
-    Clock::time_point m_next;   ///< not before that
-    std::size_t m_columns = 0;  ///< that it takes now
+    Clock::time_point m_next;   ///< when to show the next line
+    std::size_t m_columns = 0;  ///< the width of the line that is shown
 };
 
 }  // namespace ZET::Cli

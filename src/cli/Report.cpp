@@ -25,7 +25,7 @@ bool WantsColor(const std::string& color, bool isTerminal) {
     return isTerminal && (noColor == nullptr || *noColor == '\0');
 }
 
-/// The same with its tabs, which a line of a file may have.
+/// As `Printable`, but keeps tabs, which a line of a file may contain.
 std::string PrintableLine(std::string_view line) {
     std::string text;
     for (std::size_t tab; (tab = line.find('\t')) != std::string_view::npos; line.remove_prefix(tab + 1))
@@ -33,7 +33,7 @@ std::string PrintableLine(std::string_view line) {
     return text + Printable(line);
 }
 
-/// Set in, so that no line of somebody else's making can be taken for one of the program's own.
+/// Indents lines, so that none from elsewhere can be mistaken for the program's own.
 std::string SetIn(std::string_view lines) {
     std::string text;
     while (!lines.empty())
@@ -50,7 +50,7 @@ bool IsUtf8(const std::string& text) {
     }
 }
 
-/// Whether a text, or one of a list of texts, cannot be given as it is.
+/// Whether a text, or one in a list of texts, cannot be represented exactly.
 bool IsLossy(const Value& value) {
     if (const auto* text = std::get_if<std::string>(&value.value)) return !IsUtf8(*text);
     const auto* list = std::get_if<List>(&value.value);
@@ -188,7 +188,7 @@ void Report::AddList(const std::string& name) {
 }
 
 void Report::Add(const std::string& list, Value value) {
-    if (!m_json) return;  // a long list would only take room
+    if (!m_json) return;  // a long list would only take memory
     auto known = std::find_if(m_document.begin(), m_document.end(),
                               [&](const auto& field) { return field.first == list; });
     if (known == m_document.end()) known = m_document.emplace(m_document.end(), list, List());

@@ -18,13 +18,13 @@
 namespace ZET::Cli {
 
 struct Value;
-// Not a vector too: with nothing but types that it knows to be moved without failing, this library's variant
-// takes itself for one that always holds a value, and crashes when memory runs out while it is copied.
+// Not a vector as well: if all its types can be moved without failing, this library's variant assumes that it
+// always holds a value, and crashes when memory runs out during a copy.
 using List = std::list<Value>;
 using Fields = std::vector<std::pair<std::string, Value>>;
 
-/// A value of the JSON document. Texts are bytes; what is no UTF-8 is replaced when the document is written,
-/// and the name of the text, or of the list of texts, with "_lossy" appended then says so.
+/// A value of the JSON document. Texts are bytes; what is not UTF-8 is replaced when the document is written,
+/// and an additional field, named after the text or list of texts with "_lossy" appended, says so.
 struct Value {
     std::variant<std::nullptr_t, bool, std::int64_t, std::string, List, Fields> value;
 
@@ -38,29 +38,31 @@ struct Value {
     Value(Fields fields) : value(std::move(fields)) {}
 };
 
-/// The one way a command reports: results on standard output as text or as one JSON document, everything else
-/// on standard error. Each result is given in both forms; the caller's choice decides which one is shown.
+/// The only way for a command to report: results go to standard output as text or as one JSON document,
+/// everything else to standard error. Each result is given in both forms; the options decide which one is
+/// shown.
 class Report {
   public:
     explicit Report(const GlobalOptions& asked);
 
-    /// A result for a reader: one line, whatever the names in it hold. Below it, lines of somebody else's.
+    /// A result for the user: one line, whatever bytes its names contain. `Lines` adds lines from elsewhere
+    /// below it.
     void Line(const std::string& text);
     void Lines(std::string_view text);
 
-    /// A line that another program may read: it gets every byte of it, a terminal what it can show.
+    /// A line that another program may read: a program gets every byte, a terminal a printable form.
     void Data(const std::string& line);
 
-    /// The program's own words, which end their own lines.
+    /// The program's own text, including its line feeds.
     void Text(std::string_view text);
 
-    /// A unified diff, in color where that is wanted; otherwise the same as `Data`.
+    /// A unified diff, in color if wanted; otherwise as `Data`.
     void Diff(std::string_view diff);
 
-    /// A text of a file, byte for byte; a terminal gets what it can show.
+    /// The text of a file, byte for byte; a terminal gets a printable form.
     void Bytes(std::string_view text);
 
-    /// What is printed from now on is shown by the reader's pager, if he sits at a terminal.
+    /// Shows what is printed from now on in the user's pager, if standard output is a terminal.
     void UsePager();
 
     /// A field of the document; an element of one of its lists, which exists from the first call of `AddList`
@@ -69,20 +71,19 @@ class Report {
     void AddList(const std::string& name);
     void Add(const std::string& list, Value value);
 
-    /// Progress ("-v" wanted), remarks, warnings and errors for the reader; the last two are in the document
-    /// too. Each is one line, whatever the names in it hold; an error may have lines of somebody else's below
-    /// it.
+    /// Details (with "-v"), remarks, warnings and errors for the user; the last two also go into the
+    /// document. Each is one line, whatever bytes its names contain; an error may be followed by lines from
+    /// elsewhere.
     void Detail(const std::string& text);
     void Remark(const std::string& text);
     void Warning(const std::string& text);
     void Error(const std::string& text, const std::string& lines = "");
 
-    /// How far the work is, for a reader who waits at a terminal.
+    /// The progress, for a user who waits at a terminal.
     void Progress(std::size_t done, std::size_t total) { m_progress.Show(done, total); }
 
-    /// Writes the document, if that is what was asked for, and sees to it that everything reached its reader.
-    /// Returns `status`, or `kFailed` when standard output could not be written. A pipe whose reader went
-    /// away is no failure.
+    /// Writes the document, if one is wanted, and flushes everything. Returns `status`, or `kFailed` if
+    /// standard output could not be written. A pipe that its reader closed is no failure.
     int Finish(int status);
 
   private:

@@ -17,16 +17,16 @@
 
 namespace ZET::Cli {
 
-/// One run of a command: what the caller asked for, the product that does it, and the report. What the
-/// product tells goes into the report.
+/// One run of a command: the caller's options, the product that does the work, and the report. What the
+/// product reports goes into the report.
 class Session : private Observer {
   public:
-    /// How a command tells of a file that is done with.
+    /// How a command reports a finished file.
     using FileTeller = void (*)(Session& session, const FileOutcome& outcome);
 
     Session(const GlobalOptions& asked, Report& report);
 
-    /// What was recorded is told to the system's log.
+    /// Sends the recorded change to the system's log.
     ~Session() override;
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
@@ -34,20 +34,20 @@ class Session : private Observer {
     const GlobalOptions& Asked() const { return m_asked; }
     Report& Out() { return m_report; }
 
-    /// How the product is to be used. It can be changed until it is used.
+    /// The options for the product. They can be changed until it is first used.
     Options& Wanted() { return m_wanted; }
 
-    /// Started when it is needed first. A configuration file or module that is missing or broken throws.
+    /// Created on first use. Throws if a configuration file or module is missing or broken.
     Deployment& Product();
 
-    /// How many files came to each result, of those that the product is done with.
+    /// The number of finished files for each result.
     const std::map<FileOutcome::Result, std::size_t>& Results() const { return m_results; }
 
-    /// Files that the product is done with are told by `teller` from now on.
+    /// Reports finished files by `teller` from now on.
     void TellFilesBy(FileTeller teller) { m_teller = teller; }
 
   private:
-    /// The log's warnings and errors are in the document, too.
+    /// Adds the log's warnings and errors to the document.
     class LogInReport {
       public:
         LogInReport(const GlobalOptions& asked, Report& report);

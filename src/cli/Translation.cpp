@@ -18,7 +18,7 @@ void BindCatalogues() {
     if (!Text::IsTranslated()) return;
     const std::string program = OwnProgram();
     if (program.empty()) return;
-    // The library is a part of the program.
+    // Includes the library, which is part of the program.
     for (const char* domain : {kDomain, Text::kDomain})
         bindtextdomain(domain, PathIn(DirectoryOf(program), ZET_LOCALE_WAY).c_str());
 }

@@ -11,19 +11,19 @@ namespace ZET::Cli {
 
 using Text::Filled;
 
-/// Has messages looked up in the prefix of the program, unless the reader reads English.
+/// Looks up messages in the prefix of the program, unless the user's language is English.
 void BindCatalogues();
 
-/// A text of the commands in the reader's language. Nothing is looked for where he reads English.
+/// A text of the commands in the user's language; English is returned without a lookup.
 const char* _(const char* text);
 
-/// The same for a text that depends on a number.
+/// As `_`, for a text that depends on a number.
 const char* Plural(const char* one, const char* many, std::size_t count);
 
-/// The same with the number in the place of its "%s".
+/// As `Plural`, with the number in place of its "%s".
 std::string Counted(const char* one, const char* many, std::size_t count);
 
-/// "server" or "client", in the reader's language.
+/// "server" or "client" in the user's language.
 const char* RoleName(Deploy::Role role);
 
 }  // namespace ZET::Cli

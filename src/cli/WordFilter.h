@@ -9,8 +9,8 @@
 
 namespace ZET::Cli {
 
-/// Which commands and options the words of a command line may ask for. To make one known takes longer than to
-/// look through the words; those of which this says no cannot be meant by any of them.
+/// Tells which commands and options a command line may name. Registering one takes longer than searching the
+/// words, and those that the filter rejects cannot be meant by any word.
 class WordFilter {
   public:
     using Words = std::set<std::string_view>;
@@ -19,13 +19,13 @@ class WordFilter {
 
     bool MayNameCommand(std::string_view name) const { return m_words.count(name) != 0; }
 
-    /// `names` as the library has them: "-c,--config", or the long one alone.
+    /// `names` in the library's form: "-c,--config", or the long name alone.
     bool MayNameOption(std::string_view names) const {
         const std::size_t comma = names.find(',');
         const std::string_view letter = comma == std::string_view::npos ? "" : names.substr(1, comma - 1);
         const std::string_view name = names.substr(comma == std::string_view::npos ? 0 : comma + 1);
         return std::any_of(m_words.begin(), m_words.end(), [&](std::string_view word) {
-            // Its letter may stand in a group of them, and a value behind either.
+            // Its letter may be part of a group, and either form may be followed by a value.
             if (word.starts_with("--")) return word.starts_with(name);
             return !letter.empty() && word.starts_with('-') && word.find(letter) != std::string_view::npos;
         });

@@ -30,28 +30,29 @@
 namespace ZET::Cli {
 namespace {
 
-/// No file that is opened later may take the place of a standard stream and get what is meant for a reader.
+/// Ensures that no file opened later gets the number of a standard stream, and with it the output for the
+/// user.
 void OpenStandardStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        // What is opened takes the first free number: those before are in use.
+        // A new descriptor gets the lowest free number; those before are in use.
         if (fcntl(stream, F_GETFD) < 0 && errno == EBADF) open("/dev/null", O_RDWR);
     }
 }
 
-/// A reader that goes away, or a file that grows too large, is an error of that write and does not end a
+/// Makes a closed pipe, or a file that grows too large, an error of the write, so that it does not end a
 /// command between two steps.
 void TurnSignalsIntoErrors() {
     for (const int number : {SIGPIPE, SIGXFSZ})
         std::signal(number, SIG_IGN);
 }
 
-/// Who ignores the end of programs is not told how they ended, and whoever started the command may.
+/// A parent may have set SIGCHLD to be ignored, and then exit statuses of programs would be lost.
 void HearOfEndedPrograms() {
     std::signal(SIGCHLD, SIG_DFL);
 }
 
-/// The texts of a file of ordinary size come and go: their memory is used again instead of fetched from the
-/// system each time, which takes longer than what is done with it.
+/// Keeps freed memory for reuse: fetching it from the system for each text of ordinary size would take longer
+/// than the work on it.
 void KeepMemory() {
 #ifdef __GLIBC__
     mallopt(M_MMAP_THRESHOLD, 1 << 20);
@@ -59,7 +60,7 @@ void KeepMemory() {
 #endif
 }
 
-/// What a program reads is English, whatever language it is run in.
+/// Whether the output is for a program: that is always in English.
 bool IsForProgram(int count, char** arguments) {
     constexpr std::string_view kWords[] = {"--json", "--format=openmetrics", "openmetrics"};
     char** const end = arguments + count;
@@ -77,7 +78,7 @@ int Run(const Call& call, Report& report) {
         Session session(call.options, report);
         const LoggedFailures failures;
         const int status = call.run(session);
-        // The module reports some failures to the log only.
+        // The module reports some failures only to the log.
         return status != kFailed && failures.Any() ? kFailed : status;
     } catch (const UsageError& error) {
         report.Error(error.what());
@@ -98,7 +99,7 @@ int RunProgram(int count, char** arguments) {
     const auto call =
         ParseCommandLine(program == "zet-init" ? "zet-init" : "zet-client", count, arguments, status);
     if (!call) return status;
-    const SignalMemory signals;  // which the output asks for, too
+    const SignalMemory signals;  // the output uses it, too
     Report report(call->options);
     status = Run(*call, report);
     const std::string left = Staging::LeftBehind();
@@ -109,10 +110,10 @@ int RunProgram(int count, char** arguments) {
     return report.Finish(status);
 }
 
-/// All is written and closed. What would still be taken down one by one, the system takes back at once: 1% of
-/// a command with a small file.
+/// Exits at once, since everything is written and closed: releasing each object takes 1% of a command with a
+/// small file.
 int End(int status) {
-#ifndef __SANITIZE_ADDRESS__  // which looks for lost memory at the end
+#ifndef __SANITIZE_ADDRESS__  // it checks for leaks at the end
     std::fflush(nullptr);
     _exit(status);
 #endif

@@ -40,7 +40,7 @@ struct Attribute {
     std::string value;
 };
 
-/// What makes one file like another.
+/// The changes that make one file match another.
 struct Changes {
     std::vector<Attribute> set;
     std::vector<std::string> remove;
@@ -48,12 +48,13 @@ struct Changes {
     bool IsEmpty() const { return set.empty() && remove.empty() && !owner; }
 };
 
-/// Whether `errno` tells of something that an ordinary user may not do or the file system does not know.
+/// Whether `errno` means that an ordinary user may not do this, or that the file system does not support it.
 bool IsTolerable() {
     return errno == EPERM || errno == EACCES || errno == ENOTSUP || errno == ENOSYS;
 }
 
-/// `message` tells of the failure that `errno` stands for.
+/// Reports the failure in `errno`, which `message` describes: as a warning if `tolerable`, else as an
+/// exception.
 void Report(const std::string& path, const std::string& message, bool tolerable) {
     if (!tolerable) throw EZETHostError(message, "", {.path = path, .errorNumber = errno});
     CZETLogProvider::GetLogProvider().Put(ZETLogWarning, 1, message.c_str());
@@ -68,12 +69,12 @@ bool IsKept(std::string_view name) {
     return name == kAcl || name == kLabel || name.substr(0, kUserPrefix.size()) == kUserPrefix;
 }
 
-/// The way to a file that is open by `O_PATH` only, which the calls by descriptor refuse.
+/// A path to a file opened with `O_PATH`, which calls by descriptor refuse.
 std::string WayTo(const AttributedFile& file) {
     return "/proc/self/fd/" + std::to_string(file.descriptor.Number());
 }
 
-/// As the system's calls of these names, whichever of them the file takes.
+/// `List` and `Get` wrap the system calls by path or by descriptor, whichever the file needs.
 ssize_t List(const AttributedFile& file, char* names, std::size_t size) {
     if (file.isPathOnly) return ::listxattr(WayTo(file).c_str(), names, size);
     return ::flistxattr(file.descriptor.Number(), names, size);
@@ -84,7 +85,7 @@ ssize_t Get(const AttributedFile& file, const std::string& name, char* value, st
     return ::fgetxattr(file.descriptor.Number(), name.c_str(), value, size);
 }
 
-/// The names as the system gives them, each with a NUL after it; empty where there are none to know of.
+/// The attribute names as the system returns them, each followed by a NUL; empty if they are not available.
 std::string ListNames(const AttributedFile& file) {
     std::string names(1024, '\0');
     while (true) {
@@ -93,7 +94,7 @@ std::string ListNames(const AttributedFile& file) {
         if (errno != ERANGE) break;
         names.resize(names.size() * 4);
     }
-    // Where /proc is not there, nobody can ask for what nobody may read.
+    // Without /proc, an unreadable file's attributes cannot be listed.
     const bool isUnknown = errno == ENOTSUP || errno == ENOSYS || (file.isPathOnly && errno == ENOENT);
     if (!isUnknown)
         FailSystem(file.path, "Failed to read the attributes of file '%s': %m.", file.path.c_str());
@@ -111,7 +112,7 @@ std::vector<std::string> KeptNames(const AttributedFile& file) {
     return result;
 }
 
-/// Nothing when there is no such attribute any more or, after a warning, when it may not be read.
+/// None if the attribute is gone, or, with a warning, if it may not be read.
 std::optional<std::string> ReadAttribute(const AttributedFile& file, const std::string& name) {
     std::string value(1024, '\0');
     while (true) {
@@ -124,8 +125,8 @@ std::optional<std::string> ReadAttribute(const AttributedFile& file, const std::
     return std::nullopt;
 }
 
-/// Lets an ACL, in the form that the system stores, say the same as `mode`: otherwise setting it would open
-/// the file for a moment to somebody whom the mode shuts out.
+/// Makes an ACL, in the form that the system stores, agree with `mode`: otherwise setting it would briefly
+/// open the file to users whom the mode excludes.
 void FitAclToMode(std::string& acl, mode_t mode) {
     constexpr std::size_t kHeader = 4;
     struct Entry {
@@ -139,7 +140,7 @@ void FitAclToMode(std::string& acl, mode_t mode) {
         Entry entry;
         std::memcpy(&entry, acl.data() + at, sizeof entry);
         const std::uint16_t tag = le16toh(entry.tag);
-        // A mask, which comes after the group, stands for the group's bits of the mode.
+        // A mask, which follows the group entry, stands for the group bits of the mode.
         if (tag == kGroup || tag == kMask) group = at;
         if (tag != kOwner && tag != kOther) continue;
         entry.permissions = htole16(static_cast<std::uint16_t>((tag == kOwner ? mode >> 6 : mode) & 07));
@@ -172,12 +173,12 @@ Changes Compare(const AttributedFile& donor, const AttributedFile& receiver, mod
     return changes;
 }
 
-/// False, after a warning unless the host gives them, when the file has not got both.
+/// Sets owner and group. False if either could not be set; warns unless the host sets them itself.
 bool ChangeOwner(const AttributedFile& file, const struct stat& donor) {
     constexpr uid_t kAsItIs = static_cast<uid_t>(-1);
     const int number = file.descriptor.Number();
     const auto report = [&](const std::string& message) {
-        // EINVAL: an owner whom this user namespace does not know.
+        // EINVAL: the owner is unknown to this user namespace.
         const bool isTolerable = IsTolerable() || errno == EINVAL;
         if (!isTolerable || !t_areOwnersLeftToHost) Report(file.path, message, isTolerable);
     };
@@ -202,8 +203,8 @@ void SetMode(const AttributedFile& file, mode_t mode) {
         FailSystem(file.path, "Failed to set the mode of file '%s': %m.", file.path.c_str());
 }
 
-/// Closes the file to everybody else meanwhile, and makes it writable, without which user attributes cannot
-/// be set. False, after a warning, where it cannot be done.
+/// Makes the file private for the time being, and writable, which setting user attributes requires. False,
+/// with a warning, if that is not possible.
 bool MakePrivate(const AttributedFile& file) {
     if ((file.status.st_mode & kPermissions) == kPrivate) return true;
     if (file.isPathOnly)
@@ -215,7 +216,7 @@ bool MakePrivate(const AttributedFile& file) {
     return false;
 }
 
-/// The mode that the file may have afterwards.
+/// Applies the changes; returns the mode that the file may have afterwards.
 mode_t Apply(const AttributedFile& donor, const AttributedFile& receiver, const Changes& changes,
              mode_t mode) {
     try {
@@ -245,7 +246,7 @@ std::optional<AttributedFile> OpenDonor(const std::string& path) {
         file.descriptor.Reset(::open(path.c_str(), O_PATH | O_CLOEXEC | (file.isLinked ? 0 : O_NOFOLLOW)));
     }
     if (!file.descriptor.IsOpen()) {
-        // A socket gives ENXIO.
+        // Opening a socket gives ENXIO.
         if (errno == ENOENT || errno == ENOTDIR || errno == ELOOP || errno == ENXIO) return std::nullopt;
         FailSystem(path, "Failed to open file '%s': %m.", path.c_str());
     }

@@ -23,11 +23,11 @@ namespace {
 
 thread_local Batch* present = nullptr;
 
-/// Syncs that wait together share what the file system does for each: of 128 new files, one thread syncs 300
-/// a second where eight sync 12,000.
+/// Concurrent syncs share the file system's work: for 128 new files, one thread reaches 300 syncs a second,
+/// eight reach 12,000.
 constexpr std::size_t kThreads = 8;
 
-/// Signals are the caller's, and none of these threads'.
+/// Blocks all signals: threads that start meanwhile must not handle the caller's signals.
 class NoSignals {
   public:
     NoSignals() {
@@ -43,8 +43,7 @@ class NoSignals {
     sigset_t m_former;
 };
 
-/// Calls `work` in several threads at once, this one among them; where the system grants none, in this one
-/// alone.
+/// Calls `work` in `count` threads, this one included; in fewer if the system grants fewer.
 template <typename Work>
 void InThreads(std::size_t count, const Work& work) {
     std::vector<std::thread> threads;
@@ -55,9 +54,9 @@ void InThreads(std::size_t count, const Work& work) {
             while (threads.size() + 1 < count)
                 threads.emplace_back(work);
         } catch (const std::system_error&) {
-            // So there are fewer.
+            // Continue with fewer threads.
         } catch (const std::bad_alloc&) {
-            // Likewise: those that were begun are to be waited for.
+            // Likewise: the threads that were started must be joined.
         }
     }
     work();
@@ -71,7 +70,7 @@ Batch::Batch() : m_user(::geteuid()) {
     present = this;
 }
 
-/// What was not named was to be a copy, which nobody knows of.
+/// Removes unfinished copies, which nobody else knows of.
 Batch::~Batch() {
     present = nullptr;
     for (const Collected& collected : m_files) {
@@ -87,7 +86,8 @@ Batch* Batch::Present() {
     return present != nullptr && IsSyncing() && ::geteuid() == present->m_user ? present : nullptr;
 }
 
-/// A directory that the host has gone to, or holds, has a name that only means something there and now.
+/// A relative path, or one below /proc, is meaningful only to the host at this moment; messages use the
+/// subject's directory instead.
 std::string Batch::Readable(const std::string& directory) const {
     const bool isOwn = directory.compare(0, 1, "/") == 0 && directory.compare(0, 6, "/proc/") != 0;
     return isOwn || m_subject.empty() ? directory : DirectoryOf(m_subject);

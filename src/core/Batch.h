@@ -13,14 +13,14 @@
 
 namespace ZET::Core {
 
-/// A file that is written, but neither synced nor known by its name yet.
+/// A file that is written, but not yet synced, and possibly not yet under its final name.
 struct WaitingFile {
     Descriptor file;
-    std::string name{};   ///< the one that it has, in its directory
-    std::string final{};  ///< the one that it is to have; empty: the one that it has
+    std::string name{};   ///< its present name in its directory
+    std::string final{};  ///< its final name; empty if it already has it
 };
 
-/// What the file helpers put off while a batch of this thread lives.
+/// Work that the file helpers postpone while a batch of this thread exists.
 class Batch {
   public:
     Batch();
@@ -28,17 +28,18 @@ class Batch {
     Batch(const Batch&) = delete;
     Batch& operator=(const Batch&) = delete;
 
-    /// That of the calling thread, while things are to be put off; else null. In another user's directory,
-    /// with his rights, nothing is put off.
+    /// The calling thread's batch, if work is to be postponed; else null. Nothing is postponed while the
+    /// thread acts with another user's rights.
     static Batch* Present();
 
-    /// Whether new files are collected, to be synced all at once.
+    /// Whether new files are collected to be synced together.
     bool IsCollecting() const { return m_isCollecting; }
 
-    /// `directory` is the open directory of the file, which the caller of the helper calls `path`.
+    /// Adds a file. `directory` is its open directory; `path` is its name as the file helper's caller gave
+    /// it.
     void Collect(WaitingFile file, int directory, const std::string& path);
 
-    /// The directory, called `name`, is synced when the collected files are named, or at the end.
+    /// Syncs the directory `name` when the collected files get their names, or at the end.
     void SyncLater(int directory, const std::string& name);
 
     void SetSubject(const std::string& path) { m_subject = path; }

@@ -1,4 +1,4 @@
-// What concerns the place of module and core where both are a part of the program: compiled instead of
+// The module and its message catalogues for a program that contains both module and core: compiled instead of
 // ModuleFile.cpp and Catalogues.cpp.
 
 #include <libintl.h>
@@ -15,7 +15,7 @@ namespace {
 
 constexpr char kName[] = "libzet-config";
 
-/// The translations are in the prefix of the program, wherever that was put.
+/// The translations are installed in the same prefix as the program.
 std::string LocaleDirectory() {
     const std::string program = OwnProgram();
     return program.empty() ? "" : PathIn(DirectoryOf(program), ZET_LOCALE_WAY);
@@ -29,7 +29,7 @@ ModuleCode::ModuleCode(const std::string& path)
     m_handle.reset(reinterpret_cast<void*>(&module_init));
 }
 
-/// The program's own code is not closed.
+/// The program's own code must not be closed.
 void ModuleCode::Closer::operator()(void* /*handle*/) const {}
 
 void BindCatalogue(const std::string& domain) {

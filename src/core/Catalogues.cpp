@@ -8,8 +8,8 @@ namespace ZET::Core {
 
 namespace {
 
-/// The translations are in the prefix that the library is in, wherever that was put; where the library is a
-/// part of another program, they are where they were to be installed.
+/// The translations are installed in the same prefix as the library. If the library is part of another
+/// program, they are in the configured directory.
 std::string Directory() {
     const std::string library =
         LibraryDirectory(reinterpret_cast<const void*>(&BindCatalogue), "libzet-core.so");

@@ -5,7 +5,7 @@
 
 namespace ZET::Core {
 
-/// Has the messages of a domain looked up where this library is installed.
+/// Looks up the messages of a domain where this library is installed.
 void BindCatalogue(const std::string& domain);
 
 }  // namespace ZET::Core

@@ -12,7 +12,7 @@ namespace {
 
 constexpr char kDomain[] = "libzet-core";
 
-/// Where the messages are translated, before the first of them.
+/// Binds the message catalogue before the first message can arise.
 const std::string& WithCatalogue(const std::string& configFile) {
     BindCatalogue(kDomain);
     return configFile;

@@ -12,10 +12,10 @@
 
 namespace ZET::Core {
 
-/// The core as modules see it: each operation is a service of its own.
+/// The core as modules see it; each group of operations is a service of its own.
 class CZETCore final : public IZETCore {
   public:
-    /// The parameters have their defaults.
+    /// All parameters have their defaults.
     CZETCore();
 
     /// Reads the parameters from `configFile`.
@@ -40,7 +40,7 @@ class CZETCore final : public IZETCore {
     Parameters m_parameters;
     SyncVote m_syncing;
     RegEx m_regEx;
-    Registry m_registry;  // last: an interface may still ask for the other services when it goes
+    Registry m_registry;  // last, because an interface may still use the other services in its destructor
 };
 
 }  // namespace ZET::Core

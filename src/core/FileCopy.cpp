@@ -31,9 +31,9 @@ namespace {
 constexpr std::size_t kLetters = 6;
 constexpr std::size_t kSuffixSize = sizeof ZETTemporarySuffix - 1;
 
-/// False, with `errno`, on failure. `size` is what the file tells: with so much the copy ends. The kernel
-/// copies what it can; where that ends too early (another file system, a file that does not tell its size),
-/// reading and writing goes on from there.
+/// Copies until `size` bytes, which the file reports as its size. False, with `errno`, on failure. The kernel
+/// copies what it can; if it stops early (another file system, a file that does not report its size), the
+/// rest is read and written.
 bool CopyBytes(int from, int to, off_t size) {
     constexpr std::size_t kStep = std::size_t{1} << 30;
     off_t total = 0;
@@ -44,7 +44,7 @@ bool CopyBytes(int from, int to, off_t size) {
     }
     if (copied < 0 && (errno == ENOSPC || errno == EDQUOT)) return false;
     constexpr std::size_t kBlock = std::size_t{1} << 16;
-    // Mostly there is nothing left to be read: memory that is not filled before is not touched then.
+    // Usually nothing is left to read, so the buffer stays uninitialised and its memory untouched.
     const auto buffer = std::make_unique_for_overwrite<char[]>(kBlock);
     while (true) {
         const ssize_t size = ReadSome(from, buffer.get(), kBlock);
@@ -54,7 +54,7 @@ bool CopyBytes(int from, int to, off_t size) {
     }
 }
 
-/// The name of a copy for `to` up to its letters; a name that leaves no room for them is cut.
+/// The name of a copy for `to` up to its random letters; a name that leaves no room for them is cut.
 std::string CopyStem(const std::string& to) {
     constexpr std::size_t kLongest = NAME_MAX - 1 - kLetters - kSuffixSize;
     return PartBeforeName(to) + BaseNameOf(to).substr(0, kLongest) + ".";
@@ -64,7 +64,7 @@ bool IsLetterOrDigit(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
 }
 
-/// A copy under a name that nobody else has; removed unless it gets the name that it is for.
+/// A copy under a unique name, removed unless it gets its final name.
 class Copy {
   public:
     Copy(const std::string& from, const std::string& to)
@@ -78,19 +78,19 @@ class Copy {
     void Make() {
         const AttributedFile source = OpenSource();
         AttributedFile copy(m_name);
-        // New, private, and its last component no link.
+        // Creates a new, private file and never follows a link.
         copy.descriptor.Reset(::mkostemps(m_name.data(), kSuffixSize, O_CLOEXEC));
         if (!copy.descriptor.IsOpen()) Refuse();
         m_isThere = true;
         if (!CopyBytes(source.descriptor.Number(), copy.descriptor.Number(), source.status.st_size)) Refuse();
         if (::fstat(copy.descriptor.Number(), &copy.status) != 0) Refuse();
-        // Whoever set a link might want a copy of somebody else's program that stays as it is.
+        // A link's creator might want a copy of somebody else's program that keeps its rights.
         const mode_t mode = source.status.st_mode;
         TakeOverAttributes(source, copy, source.isLinked ? ModeAllowedBy(source, mode) : mode);
         m_descriptor = std::move(copy.descriptor);
     }
 
-    /// Durable before it has the name.
+    /// Makes the copy durable before it gets the name.
     void Rename() {
         SyncFile(m_descriptor, m_name);
         if (!m_descriptor.Close()) Refuse();
@@ -98,7 +98,7 @@ class Copy {
         m_isThere = false;
     }
 
-    /// It is the batch's from now on.
+    /// Hands the copy over to the batch.
     void LeaveTo(Core::Batch& batch, int directory) {
         batch.Collect({std::move(m_descriptor), BaseNameOf(m_name), BaseNameOf(m_to)}, directory, m_to);
         m_isThere = false;
@@ -110,7 +110,7 @@ class Copy {
                     reason.c_str());
     }
 
-    /// `errno` stands for the reason.
+    /// The reason is in `errno`.
     [[noreturn]] void Refuse() const { Refuse({.path = m_to, .errorNumber = errno}, Message("%m")); }
 
     [[noreturn]] void RefuseSource() const { Refuse({.path = m_from, .errorNumber = errno}, Message("%m")); }

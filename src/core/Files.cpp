@@ -19,7 +19,7 @@ namespace ZET::Core {
 
 namespace {
 
-/// True when the file is new.
+/// True if the file is new.
 bool CreateOrEmpty(const std::string& path, Descriptor& file) {
     constexpr int kFlags = O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
     constexpr mode_t kMode = 0666;
@@ -29,7 +29,7 @@ bool CreateOrEmpty(const std::string& path, Descriptor& file) {
     struct stat status;
     if (!file.IsOpen() || ::fstat(file.Number(), &status) != 0)
         FailSystem(path, "Failed to create file '%s': %m.", path.c_str());
-    // By another name it may be any file of anybody.
+    // A file with a second name may be anybody's.
     if (!S_ISREG(status.st_mode) || status.st_nlink != 1)
         FailKnowing({.path = path},
                     "Failed to create file '%s': not a regular file with one name (move it away).",
@@ -72,7 +72,7 @@ bool IsFileExist(const std::string& path) {
     Core::RequirePath(path, "IsFileExist");
     struct stat status;
     if (::lstat(path.c_str(), &status) == 0) return true;
-    // A name that is too long for the file system is nobody's.
+    // A name that is too long for the file system cannot exist.
     if (errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG)
         Core::FailSystem(path, "Failed to check file '%s': %m.", path.c_str());
     return false;

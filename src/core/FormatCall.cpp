@@ -12,8 +12,8 @@ namespace {
 
 char* Formatted(const char* format, std::va_list arguments) __attribute__((format(printf, 1, 0)));
 
-/// Null when it cannot be formatted. As `vasprintf`, which makes its memory larger step by step: a text of
-/// ordinary length is copied once instead, which takes two thirds of the time.
+/// As `vasprintf`, but null on failure. `vasprintf` grows its memory step by step; copying a text of ordinary
+/// length once takes two thirds of the time.
 char* Formatted(const char* format, std::va_list arguments) {
     const int callersError = errno;
     char ordinary[512];
@@ -35,7 +35,7 @@ char* Formatted(const char* format, std::va_list arguments) {
 
 }  // namespace
 
-// This core shows a message without its place, and printf counts the arguments by the format.
+// This core does not show a message's place, and printf counts the arguments by the format.
 CZETFormatCall::CZETFormatCall(const char* /*source*/, const char* /*function*/, std::size_t /*line*/) {}
 
 CZETFormatCall::~CZETFormatCall() {
@@ -51,7 +51,7 @@ const char* CZETFormatCall::operator()(std::size_t /*count*/, const char* format
         text = Formatted(format, arguments);
         va_end(arguments);
     }
-    // Only now: the former text may have been among the arguments.
+    // Freed only now, since the former text may have been among the arguments.
     std::free(m_text);
     m_text = text;
     errno = callersError;

@@ -22,7 +22,7 @@ namespace ZET::Core {
 namespace {
 
 constexpr std::uintptr_t kVersion = ZET_RECORD_VERSION;
-/// The major part of a record's version: that of the contract its owner was built against.
+/// The major part of a record's version: the contract that its owner was built against.
 constexpr std::uintptr_t kContract = kVersion / 65536;
 constexpr std::uint32_t kHostType = 0;
 constexpr std::uint32_t kModuleType = 1;
@@ -35,8 +35,8 @@ struct Problem {
     std::string detail;
 };
 
-/// Runs code of the module. The code of what it throws may be in the module, too, and must be gone before
-/// it: only the texts are kept.
+/// Runs code of the module. An exception's code may be in the module too and must be gone before it is
+/// unloaded, so only the texts are kept.
 template <typename Call>
 std::optional<Problem> Run(Call call) {
     try {
@@ -51,7 +51,7 @@ std::optional<Problem> Run(Call call) {
     }
 }
 
-/// The modules that hosts have; never destroyed, as hosts may outlive it otherwise.
+/// The modules that hosts have claimed; never destroyed, since hosts might outlive it.
 struct Claims {
     std::mutex mutex;
     std::set<const void*> modules;
@@ -62,7 +62,7 @@ Claims& AllClaims() {
     return claims;
 }
 
-/// A module is ended even when there is no memory for words about it.
+/// Ignores lack of memory for a message, so that a module is ended all the same.
 template <typename Call>
 void TellIfPossible(Call call) {
     try {
@@ -118,7 +118,8 @@ void LoadedModule::Refuse(const std::string& reason, const std::string& detail) 
     m_code.Refuse(reason, detail);
 }
 
-/// The domain of a module's messages has the name of its library, and its record is translated already.
+/// A module's message domain is named after its library. It is bound first because the module's record is
+/// already translated.
 void LoadedModule::BindCatalogue() const {
     const std::string file = BaseNameOf(m_code.Path());
     Core::BindCatalogue(file.substr(0, file.find(".so")));
@@ -153,7 +154,7 @@ void LoadedModule::Initialise() {
         NoteInterfaces(before);
         RequireInterfaces();
     } catch (...) {
-        // It ends by removing interfaces by name, and one of another owner may have that name.
+        // `module_done` removes interfaces by name, and such a name may belong to another owner.
         registry.Keep(&before);
         if (isInitialised) Done();
         registry.Keep(nullptr);
@@ -164,8 +165,8 @@ void LoadedModule::Initialise() {
     m_code.Keep();
 }
 
-/// Without any it is of no use, and might be in use elsewhere; without one of them, it would end by taking
-/// away the other owner's.
+/// A module without interfaces is of no use, and might be in use elsewhere. One whose interface was refused
+/// would, in `module_done`, remove the other owner's.
 void LoadedModule::RequireInterfaces() {
     const std::string name = m_core.GetRegistry().TakeRefusedName();
     if (!name.empty()) Refuse(Message("there is an interface '%s' already", Printable(name).c_str()));
@@ -176,7 +177,7 @@ void LoadedModule::NoteInterfaces(const std::vector<std::string>& before) {
     for (const std::string& name : m_core.GetRegistry().Names())
         if (!std::binary_search(before.begin(), before.end(), name))
             m_interfaces.push_back({name, m_core.GetRegistry().Find(name)});
-    // There may be no memory left when it is needed.
+    // Reserved now, since `DropInterfaces` must not fail for lack of memory.
     m_lost.reserve(m_interfaces.size());
 }
 
@@ -190,8 +191,8 @@ void LoadedModule::Done() {
     });
 }
 
-/// Ends the module. False when somebody still holds an interface of it. One of another owner that has such a
-/// name by now stays.
+/// Ends the module. False if one of its interfaces is still held elsewhere. Interfaces of other owners that
+/// have such a name by now stay.
 bool LoadedModule::DropInterfaces() {
     Registry& registry = m_core.GetRegistry();
     for (RegisteredInterface& interface : m_interfaces)

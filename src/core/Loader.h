@@ -10,13 +10,13 @@
 
 namespace ZET::Core {
 
-/// A module, initialised. When it goes, the module is ended: `module_done`, the core's pointers to its
-/// interfaces. Its code stays in memory, since nobody knows who still holds an object of it.
+/// An initialised module. Its destructor calls `module_done` and drops the core's pointers to its interfaces.
+/// The code stays in memory, since its objects may still be held elsewhere.
 class LoadedModule {
   public:
-    /// Loads and initialises the module of the file `path`. Throws `EZETError` naming the file and what is
-    /// wrong with it; the module is ended then, if it was initialised. It must have none of the names
-    /// `taken`.
+    /// Loads and initialises the module in the file `path`, which must have none of the names `taken`. Throws
+    /// `EZETError` naming the file and what is wrong with it; a module that was already initialised is then
+    /// ended.
     LoadedModule(CZETCore& core, const std::string& path, const std::vector<std::string>& taken);
     ~LoadedModule();
     LoadedModule(const LoadedModule&) = delete;
@@ -30,7 +30,7 @@ class LoadedModule {
         std::weak_ptr<CZETInterface> object;
     };
 
-    /// A module keeps one state for the process: it serves one host at a time.
+    /// Reserves a module, which has one state in the process, for one host.
     class Claim {
       public:
         Claim() = default;
@@ -38,7 +38,7 @@ class LoadedModule {
         Claim(const Claim&) = delete;
         Claim& operator=(const Claim&) = delete;
 
-        /// False when another host has the module.
+        /// False if another host has the module.
         bool Take(const void* module);
 
       private:
@@ -59,7 +59,7 @@ class LoadedModule {
     std::string m_name;
     Claim m_claim;
     std::vector<RegisteredInterface> m_interfaces;
-    std::vector<std::string> m_lost;  ///< names of them that somebody else's interface has now
+    std::vector<std::string> m_lost;  ///< names of its interfaces that belong to another owner by now
 };
 
 }  // namespace ZET::Core

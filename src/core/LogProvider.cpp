@@ -33,7 +33,7 @@ struct LogState {
     ZETLogWording wording;
 };
 
-/// Never destroyed: other threads and the destructors of static objects may log to the very end.
+/// Never destroyed: other threads and the destructors of static objects may log until the very end.
 LogState& State() {
     static LogState& state = *new LogState;
     return state;
@@ -64,7 +64,7 @@ int SystemLogPriority(ZETLogLevel level) {
     }
 }
 
-/// The filter is asked while nothing is locked: it may log itself.
+/// Calls the filter without holding the lock, since it may log itself.
 bool IsShown(ZETLogLevel level) {
     LogState& state = State();
     ZETLogFilter filter;
@@ -76,7 +76,7 @@ bool IsShown(ZETLogLevel level) {
     return !filter || filter(level);
 }
 
-/// Returns the record as it stands there.
+/// Writes the record and returns it in the form in which it was written.
 std::string WriteRecord(ZETLogLevel level, const char* text) {
     LogState& state = State();
     const std::lock_guard<std::mutex> lock(state.mutex);
@@ -92,7 +92,7 @@ std::string WriteRecord(ZETLogLevel level, const char* text) {
     return line;
 }
 
-/// Nothing is locked while it is told: what is told of may log, too.
+/// Calls the thread's observer without holding the lock, since it may log itself.
 void TellThread(ZETLogLevel level, const std::string& line) {
     const ZETLogObserver* const observer = std::exchange(t_observer, nullptr);
     if (observer == nullptr) return;
@@ -120,7 +120,7 @@ void CZETLogProvider::Put(ZETLogLevel level, std::size_t count, const char* form
     if (count > 1) {
         std::va_list arguments;
         va_start(arguments, format);
-// The format is the caller's business here; a single text is never taken for one.
+// The format is the caller's responsibility; a single text is never used as a format.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
         if (vasprintf(&formatted, text, arguments) < 0) formatted = nullptr;
@@ -140,7 +140,7 @@ void ConfigureLog(ZETLogTarget target, ZETLogLevel threshold, const std::string&
     state.target = target;
     state.threshold = threshold;
     state.identity = identity;
-    // The system log keeps the pointer, and the identity lives until the log is configured anew.
+    // The system log keeps the pointer; the identity lives until the log is configured again.
     if (target == ZETLogTarget::SystemLog) ::openlog(state.identity.c_str(), LOG_PID, LOG_DAEMON);
 }
 

@@ -23,7 +23,7 @@ std::string FormatList(const char* text, std::va_list arguments) __attribute__((
 
 std::atomic<ZETReadersLanguage> g_readersLanguage = nullptr;
 
-/// `make` finds the caller's `errno`, which stays.
+/// Calls `make` with the caller's `errno`, and restores that afterwards.
 void InReadersLanguage(const std::function<void()>& make) {
     const int callersError = errno;
     const auto makeOfError = [&] {

@@ -5,14 +5,14 @@
 
 #include "zet/ZETHost.h"
 
-/// The core's own messages. Each function looks `text` up in the message catalogue "libzet-core", formats it
-/// by the conventions of printf ("%m" is the text of the caller's `errno`, which stays) and hands it on.
+/// The core's own messages. Each function looks `text` up in the message catalogue "libzet-core" and formats
+/// it by the conventions of printf; "%m" is the text of the caller's `errno`, which is preserved.
 namespace ZET::Core {
 
 /// Marks a constant that is translated where it is used.
 #define CORE_TEXT(text) text
 
-/// A text that is no format, and is not empty.
+/// Translates a text that is not a format and not empty.
 std::string Translated(const char* text);
 
 std::string Message(const char* text, ...) __attribute__((format(printf, 1, 2)));
@@ -34,7 +34,7 @@ std::string Message(const char* text, ...) __attribute__((format(printf, 1, 2)))
 /// Logs a warning.
 void Warn(const char* text, ...) __attribute__((format(printf, 1, 2)));
 
-/// Throws an `EZETCheckError` in the name of `operation` when `argument` is empty.
+/// Throws an `EZETCheckError` that names `operation` if `argument` is empty.
 void RequireNotEmpty(const std::string& argument, const char* operation);
 
 }  // namespace ZET::Core

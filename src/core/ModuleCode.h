@@ -8,7 +8,7 @@
 
 namespace ZET::Core {
 
-/// The code of a module: brought in from its file or, in a program that is built so, a part of the program.
+/// The code of a module: loaded from its file or, in a program built that way, part of the program.
 class ModuleCode {
   public:
     struct EntryPoints {
@@ -17,22 +17,23 @@ class ModuleCode {
         decltype(&module_done) done = nullptr;
     };
 
-    /// That of the file `path`; of a program that has one built in, the empty path names it, and no other can
-    /// be loaded. Throws `EZETError` naming the file and what is wrong with it.
+    /// Loads the file `path`. A program with a built-in module selects it by the empty path and can load no
+    /// other. Throws `EZETError` naming the file and what is wrong with it.
     explicit ModuleCode(const std::string& path);
 
-    /// Where it is from, for messages; behind the last "/" and without ".so", its message catalogue.
+    /// Where the code is from, for messages. The part between the last "/" and ".so" names its message
+    /// catalogue.
     const std::string& Path() const { return m_path; }
 
     const EntryPoints& Entries() const { return m_entries; }
 
-    /// What two of the same code have in common, and nobody else has.
+    /// Equal for two objects with the same code, and for no others.
     const void* Identity() const { return m_handle.get(); }
 
-    /// It goes with the process, and not with this.
+    /// Keeps the code in memory until the process ends.
     void Keep() { static_cast<void>(m_handle.release()); }
 
-    /// The module cannot be used.
+    /// Throws: the module cannot be used.
     [[noreturn]] void Refuse(const std::string& reason, const std::string& detail = "") const;
 
   private:
@@ -47,7 +48,7 @@ class ModuleCode {
     EntryPoints m_entries;
 };
 
-/// `error` is the reason as `errno` has it, where it is one of the system.
+/// `error` is the `errno` of a failed system call; 0 if none.
 [[noreturn]] void RefuseModule(const std::string& path, const std::string& reason, const std::string& detail,
                                int error = 0);
 

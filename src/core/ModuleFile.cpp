@@ -17,14 +17,14 @@ namespace ZET::Core {
 
 namespace {
 
-/// `errno` stands for the reason.
+/// The reason is in `errno`.
 [[noreturn]] void RefuseFile(const std::string& path) {
     const int error = errno;
     RefuseModule(path, Message("%m"), "", error);
 }
 
-/// Absolute and without links: the search path for libraries plays no part, and the directory that is checked
-/// is the one that the file is in.
+/// Resolves to an absolute path without links, so that the library search path plays no part and the checked
+/// directory is the one that contains the file.
 std::string ResolvePath(const std::string& path) {
     RequireNotEmpty(path, "LoadModule");
     if (path.find('\0') != std::string::npos)
@@ -38,7 +38,7 @@ bool IsWritableByOthers(const struct stat& status) {
     return status.st_uid != 0 || (status.st_mode & (S_IWGRP | S_IWOTH)) != 0;
 }
 
-/// A module runs with the rights of its host: as root, only root may have a hand in it.
+/// A module runs with the rights of its host: if that is root, only root may be able to change it.
 void CheckFile(const std::string& path) {
     const Descriptor file(::open(path.c_str(), O_PATH | O_CLOEXEC));
     struct stat status;

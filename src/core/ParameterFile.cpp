@@ -12,7 +12,7 @@
 #include "posix/Printable.h"
 #include "posix/ReadWrite.h"
 
-// The catalogue has each of these messages whole, with its place and remedy; the error has the parts, too.
+// The catalogue holds each of these messages as a whole, with place and remedy; the error also has the parts.
 #define FAIL_IN_FILE(error, what, cure)                                                                 \
     FailKnowing({.path = path, .errorNumber = (error), .text = Message(what), .remedy = Message(cure)}, \
                 "%s: " what " (" cure ")", path.c_str())
@@ -36,7 +36,7 @@ bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-/// Never blocks: what is no regular file is refused.
+/// Never blocks: anything but a regular file is refused.
 std::string ReadWhole(const std::string& path) {
     const auto fail = [&] {
         const int error = errno;

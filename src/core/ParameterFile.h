@@ -15,13 +15,13 @@ struct ParameterLine {
     std::string_view value;
 };
 
-/// Letters, digits and "_", the first one no digit.
+/// Whether `name` consists of letters, digits and "_" and does not begin with a digit.
 bool IsParameterName(std::string_view name);
 
-/// Reads the parameter file and gives each parameter in it to `take`, in the order of the lines. Blanks may
-/// stand before the name but not between name and "="; everything after "=" is the value. Lines of blanks
-/// and lines whose first character other than a blank is "#" are left out. Anything else, and a file that
-/// cannot be read, throws `EZETError` with path, line and remedy.
+/// Reads the parameter file and passes each parameter to `take`, in the order of the lines. Blanks may
+/// precede the name but not the "="; everything after "=" is the value. Blank lines, and lines whose first
+/// non-blank character is "#", are skipped. Anything else, and a file that cannot be read, throws `EZETError`
+/// with path, line and remedy.
 void ReadParameterFile(const std::string& path, const std::function<void(const ParameterLine&)>& take);
 
 }  // namespace ZET::Core

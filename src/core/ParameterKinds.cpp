@@ -30,7 +30,7 @@ bool IsLetter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
-/// Takes what stands before the next `separator` off `rest`; the separator goes, too.
+/// Cuts the part before the next `separator`, and the separator itself, off `rest`.
 std::string_view TakePart(std::string_view& rest, char separator) {
     const std::size_t end = rest.find(separator);
     const std::string_view part = rest.substr(0, end);
@@ -38,7 +38,7 @@ std::string_view TakePart(std::string_view& rest, char separator) {
     return part;
 }
 
-/// "_" is no letter of a host name by the letter of the rules, but many networks have it.
+/// Strictly, a host name may not contain "_", but many networks use it.
 bool IsLabel(std::string_view label) {
     if (label.empty() || label.size() > kLongestLabel || label.front() == '-' || label.back() == '-')
         return false;
@@ -59,7 +59,7 @@ bool IsDomainName(std::string_view name) {
     return IsHostName(name);
 }
 
-/// What the files of Kerberos can hold without quotes, and what is no other part of a principal.
+/// The characters that Kerberos files can hold unquoted and that do not delimit another part of a principal.
 bool IsRealm(std::string_view name) {
     for (const char c : name)
         if (c <= ' ' || c > '~' || std::string_view("\"#;@\\{}[]").find(c) != std::string_view::npos)
@@ -67,7 +67,7 @@ bool IsRealm(std::string_view name) {
     return !name.empty();
 }
 
-/// Where the attribute that begins `text` ends; a comma behind a backslash does not end it.
+/// The end of the attribute that begins `text`; a comma after a backslash does not end it.
 std::size_t EndOfAttribute(std::string_view text) {
     std::size_t end = 0;
     while (end < text.size() && text[end] != ',')
@@ -86,7 +86,7 @@ bool IsAttribute(std::string_view text) {
     return text.find_first_not_of(' ', equals + 1) != std::string_view::npos;
 }
 
-/// Attributes that commas divide, with blanks behind or not.
+/// Attributes separated by commas, with or without blanks after them.
 bool IsLdapName(std::string_view name) {
     if (Printable(name) != name) return false;
     for (;;) {
@@ -111,7 +111,7 @@ std::optional<std::uint64_t> TakeNumber(std::string_view& rest) {
     return number;
 }
 
-/// Some programs read a number with a zero before it as an octal one.
+/// Some programs read a number with a leading zero as octal.
 bool IsNumber(std::string_view text) {
     if (text.size() > 1 && text.front() == '0') return false;
     return TakeNumber(text) && text.empty();
@@ -166,7 +166,7 @@ bool IsLifeInNumbers(std::string_view text) {
     return text.empty() && (!hasDays || parts == 3) && seconds <= kLongestLife;
 }
 
-/// As Kerberos reads the lives of tickets.
+/// A ticket lifetime as Kerberos reads it.
 bool IsDuration(std::string_view text) {
     return IsLifeInUnits(text) || IsLifeInNumbers(text);
 }
@@ -175,7 +175,7 @@ bool IsFlag(std::string_view value) {
     return ReadFlag(value).has_value();
 }
 
-/// The daemons that get these expressions have them between two of "/".
+/// The daemons that get these expressions write them between two "/".
 bool HasBareSlash(std::string_view pattern) {
     bool isInBrackets = false;
     for (std::size_t i = 0; i < pattern.size(); ++i) {
@@ -199,7 +199,7 @@ bool IsRegularExpression(const std::string& pattern) {
         RegEx().Match(pattern, "");
         return true;
     } catch (const EZETHostError&) {
-        throw;  // there is nothing to judge it with
+        throw;  // without the library the value cannot be judged
     } catch (const EZETError&) {
         return false;
     }
@@ -210,7 +210,7 @@ bool IsForTemplates(const ZETParameter& parameter) {
     return entry != nullptr && entry->isForTemplates;
 }
 
-/// Templates have paths in double quotes, where one of these ends the name, or begins another character.
+/// Templates put paths in double quotes, where one of these characters would end the name or begin an escape.
 bool IsPath(const ZETParameter& parameter, const std::string& path) {
     if (!path.starts_with('/')) return false;
     return !IsForTemplates(parameter) ||
@@ -243,7 +243,7 @@ struct Kind {
     bool (*judge)(const ZETParameter& parameter, const std::string& value);
 };
 
-/// A judge that looks at the value alone.
+/// A check that looks at the value alone.
 template <auto judge>
 bool Judge(const ZETParameter& /*parameter*/, const std::string& value) {
     return judge(value);

@@ -9,19 +9,19 @@
 
 namespace ZET::Core {
 
-/// What "yes or no" says; none for what says neither.
+/// The meaning of a yes-or-no value; none if it is neither.
 std::optional<bool> ReadFlag(std::string_view value);
 
-/// Whether a value that is not empty is of the kind of its parameter.
+/// Whether a non-empty value is of the kind of its parameter.
 bool IsOfKind(const ZETParameter& parameter, const std::string& value);
 
-/// What the kind is called, in English for all: "number".
+/// The name of the kind, always in English: "number".
 std::string NameOfKind(const ZETParameter& parameter);
 
-/// The same in a sentence, in the language that is set: "a number".
+/// The kind as part of a sentence, in the language that is set: "a number".
 std::string KindInWords(const ZETParameter& parameter);
 
-/// How a value of the kind is written, as a remedy in the language that is set.
+/// A remedy that says how to write such a value, in the language that is set.
 std::string HowToWrite(const ZETParameter& parameter);
 
 }  // namespace ZET::Core

@@ -19,23 +19,23 @@ struct ParameterEntry {
     const char* name;
     ZETParameterKind kind;
     bool mayBeEmpty;
-    bool isForTemplates;  ///< what the product itself goes by is none of them
-    const char* value;    ///< by default
+    bool isForTemplates;  ///< false for parameters that only the product itself uses
+    const char* value;    ///< the default
     std::string (*derive)(const std::string& domain);
     const char* text;
-    const char* words = "";  ///< to choose from, divided by blanks
+    const char* words = "";  ///< to choose from, separated by blanks
 };
 
-/// Every parameter that the core knows, in the order of the names: the only place where they stand.
+/// Every parameter that the core knows, ordered by name; defined only here.
 std::span<const ParameterEntry> ParameterTable();
 
-/// Null: the core does not know it.
+/// Null if the core does not know it.
 const ParameterEntry* FindParameter(std::string_view name);
 
-/// The value in a host of that domain unless it says otherwise.
+/// The default value on a host of that domain.
 std::string DefaultValue(const ParameterEntry& entry, const std::string& domain);
 
-/// The same entry for others.
+/// The entry in the form that the public interface uses.
 ZETParameter Described(const ParameterEntry& entry);
 
 }  // namespace ZET::Core

@@ -17,7 +17,7 @@ namespace ZET::Core {
 
 namespace {
 
-/// A value with a placeholder in it becomes what the template makes of it, and is judged there.
+/// A value with a placeholder is judged after the template has replaced it.
 bool IsForTemplates(const ParameterEntry& entry, std::string_view value) {
     return entry.isForTemplates && value.find("${") != std::string_view::npos;
 }
@@ -37,8 +37,8 @@ Problem ProblemOfKind(const ParameterEntry& entry, const std::string& value) {
              HowToWrite(parameter)}};
 }
 
-/// The core warns of a value that it does not understand and goes on with the default: refusing it would keep
-/// every host from starting once it stands in the file, and dropping it would lose what somebody wrote.
+/// The core warns of a flag that it does not understand and uses the default. Refusing it would keep every
+/// host from starting once it is in the file, and dropping it would lose what somebody wrote.
 Problem ProblemOfFlag(std::string_view key, std::string_view value) {
     const ParameterEntry* entry = FindParameter(key);
     if (entry == nullptr || entry->kind != ZETParameterKind::YesNo || ReadFlag(value)) return std::nullopt;
@@ -47,7 +47,7 @@ Problem ProblemOfFlag(std::string_view key, std::string_view value) {
              HowToWrite(Described(*entry))}};
 }
 
-/// By hosts in several threads.
+/// May be called by hosts in several threads.
 void WarnOnce(const std::string& key) {
     static std::mutex& mutex = *new std::mutex;
     static std::set<std::string>& warned = *new std::set<std::string>;

@@ -7,14 +7,14 @@
 
 namespace ZET::Core {
 
-/// The named parameters: what the file says, what was updated since, and defaults for the rest, which follow
-/// the parameters that they are derived from.
+/// The named parameters: values from the file, later updates, and defaults for the rest, some of which are
+/// derived from other parameters.
 class Parameters {
   public:
-    /// Defaults alone; "ZET_CFG" is empty.
+    /// Has only defaults; "ZET_CFG" is empty.
     Parameters();
 
-    /// Reads `file`, the parameter "ZET_CFG"; throws as `ReadParameterFile`. Warns of a flag that is none.
+    /// Reads `file`, which becomes "ZET_CFG"; throws as `ReadParameterFile`. Warns of an invalid flag.
     explicit Parameters(const std::string& file);
 
     const std::string& Domain() const;
@@ -22,17 +22,17 @@ class Parameters {
     bool ServiceDiscovery() const;
     bool Sync() const;
 
-    /// The value; empty, with one warning for each key in the process's life, when the key is unknown.
+    /// The value. An unknown key gives an empty value, with one warning per key and process.
     std::string Get(const std::string& key) const;
 
-    /// Throws `EZETCheckError` for a key that is no name, a value that no line can hold, and another path for
-    /// "ZET_CFG". Warns of a flag that is none, which counts as the default.
+    /// Throws `EZETCheckError` for an invalid name, a value that no line can hold, and a different path for
+    /// "ZET_CFG". Warns of an invalid flag, which counts as the default.
     void Update(const std::string& key, const std::string& value);
 
     /// Every parameter with its value.
     StringMap All() const;
 
-    /// Those that the product itself knows: none that a host has of its own.
+    /// The parameters that the product knows, without those that only this host has.
     StringMap OfTheProduct() const;
 
   private:

@@ -5,11 +5,12 @@
 
 namespace ZET::Core {
 
-/// Throws an `EZETCheckError` in the name of `operation` when `path` is empty or holds a NUL byte, of which
-/// the system would take the part before it for the whole.
+/// Throws an `EZETCheckError` that names `operation` if `path` is empty or contains a NUL byte, at which the
+/// system would cut it off.
 void RequirePath(const std::string& path, const char* operation);
 
-/// Whether `path`, which could not be opened for the reason in `errno`, is a link to nothing. `errno` stays.
+/// Whether `path`, which could not be opened for the reason in `errno`, is a dangling link. Preserves
+/// `errno`.
 bool IsDanglingLink(const std::string& path);
 
 }  // namespace ZET::Core

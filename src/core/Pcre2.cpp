@@ -12,7 +12,7 @@ namespace {
 
 constexpr char kFile[] = "libpcre2-8.so.0";
 
-/// Nobody's pattern is to blame.
+/// Throws if `found` is null: the library is at fault, not the pattern.
 void* Required(void* found) {
     if (found != nullptr) return found;
     const std::string reason = ::dlerror();

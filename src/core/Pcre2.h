@@ -33,8 +33,8 @@ struct Pcre2 {
     Pcre2();
 };
 
-/// Opens the library when it is called first, to the end of the process: most commands match plain patterns
-/// only, and start 3% sooner without it. One that cannot be opened is an `EZETHostError`.
+/// Opens the library on the first call and keeps it until the process ends: most commands match only plain
+/// patterns and start 3% sooner without it. Throws an `EZETHostError` if it cannot be opened.
 const Pcre2& ThePcre2();
 
 }  // namespace ZET::Core

@@ -15,8 +15,8 @@
 
 namespace ZET::Core {
 
-/// Perl-compatible regular expressions on bytes. Patterns are compiled once and kept, the last used ones
-/// only. A search always ends: one that takes more work than a sensible pattern needs is an error.
+/// Perl-compatible regular expressions on bytes. The most recently used patterns are kept compiled. A search
+/// always ends: one that takes more work than a sensible pattern needs is an error.
 class RegEx {
   public:
     RegEx();
@@ -24,10 +24,10 @@ class RegEx {
     RegEx(const RegEx&) = delete;
     RegEx& operator=(const RegEx&) = delete;
 
-    /// Whether `pattern` is found in `subject`. Throws `EZETError` naming a pattern that does not compile, or
-    /// that needs too much time or memory.
+    /// Whether `pattern` matches anywhere in `subject`. Throws `EZETError` naming a pattern that does not
+    /// compile, or that needs too much time or memory.
     bool Match(const std::string& pattern, const std::string& subject) {
-        // The usual case calls nothing, and keeps no register for one: 71 instead of 106 instructions.
+        // The usual case makes no calls and saves no registers: 71 instead of 106 instructions.
         if (m_last == nullptr || !m_last->isShort || !IsSameShort(m_last->pattern, pattern))
             return MatchOther(pattern, subject);
         return m_last->IsFoundIn(subject, IsSameShort);
@@ -47,29 +47,28 @@ class RegEx {
     using CompileContext = std::unique_ptr<pcre2_compile_context, Free<&Pcre2::freeCompileContext>>;
     using JitStack = std::unique_ptr<pcre2_jit_stack, Free<&Pcre2::freeStack>>;
 
-    /// The look takes as long as so many searches.
+    /// The number of searches that cost about as much as `LookAtFirstBytes`.
     static constexpr std::uint64_t kUsesBeforeLook = 1024;
 
-    /// A pattern as the system makes most of them: the start, signs and blanks that may be repeated where
-    /// they are wanted, and literal text that begins with none of them. There is one way to match it, which
-    /// takes a few steps; so it is not compiled. For 1,000 parameters of 20 files, that was half of the
-    /// instructions.
+    /// A pattern in the form that the system uses most: "^", then optionally "#*" and "\s*", then literal
+    /// text that begins with neither. There is only one way to match it, in a few steps, so it is not
+    /// compiled; for 1,000 parameters in 20 files that was half of the instructions.
     struct Plain {
         bool hasSigns = false;
         bool hasBlanks = false;
-        std::size_t literalSize = 0;  ///< of the end of the pattern
+        std::size_t literalSize = 0;  ///< size of the literal end of the pattern
     };
 
     struct Entry {
         std::string pattern;
-        Code code;                  ///< none of a plain pattern
-        bool isTranslated = false;  ///< to machine code
-        Code guarded;               ///< the same with a call of the guard before each item; made when needed
+        Code code;                  ///< null for a plain pattern
+        bool isTranslated = false;  ///< whether `code` is translated to machine code
+        Code guarded;               ///< the pattern with a call of the guard before each item; made on demand
         std::uint64_t lastUse = 0;
         std::uint64_t untilLook = kUsesBeforeLook;
-        std::array<bool, 256> isHopeless = {};  ///< bytes with which no match begins; none before the look
+        std::array<bool, 256> isHopeless = {};  ///< bytes that begin no match; all false before the look
         std::optional<Plain> plain;
-        bool isShort = false;  ///< and plain
+        bool isShort = false;  ///< plain, and short enough for `IsSameShort`
 
         template <typename Same>
         bool IsFoundIn(std::string_view subject, const Same& isSame) const {
@@ -85,7 +84,7 @@ class RegEx {
         }
     };
 
-    /// Up to here, even a pattern whose work grows with the cube of the length ends in no time.
+    /// For subjects up to this size, even a pattern whose work grows with the cube of the size ends quickly.
     static constexpr std::size_t kShortSubject = 1024;
 
     static bool IsBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }

@@ -21,7 +21,7 @@ std::string Registry::TakeRefusedName() {
 
 bool Registry::Remove(const std::string& name) {
     if (m_kept != nullptr && std::binary_search(m_kept->begin(), m_kept->end(), name)) return false;
-    // The interface may end here, and its destructor find the registry without it.
+    // The interface may be destroyed here; its destructor must find the registry without it.
     return !m_interfaces.extract(name).empty();
 }
 

@@ -13,23 +13,23 @@ namespace ZET::Core {
 /// The interfaces that modules registered, by name.
 class Registry {
   public:
-    /// False when the name is taken. Throws `EZETCheckError` when there is no interface or no name.
+    /// False if the name is taken. Throws `EZETCheckError` if the interface is null or has no name.
     bool Register(std::shared_ptr<CZETInterface> interface);
 
-    /// The name that was last found taken since the last call; empty when there is none.
+    /// The last name that `Register` refused since the previous call; empty if none.
     std::string TakeRefusedName();
 
-    /// False when there is none of that name, or it is kept.
+    /// False if there is none of that name, or if it is kept.
     bool Remove(const std::string& name);
 
-    /// Until the next call, `Remove` leaves the interfaces of these names alone. They are sorted, and outlive
-    /// that; null lets all go.
+    /// Until the next call, `Remove` does not remove interfaces of these names. They must be sorted and live
+    /// that long; null ends it.
     void Keep(const std::vector<std::string>* names) noexcept { m_kept = names; }
 
-    /// `names` are sorted.
+    /// `names` must be sorted.
     void RemoveAllBut(const std::vector<std::string>& names) noexcept;
 
-    /// Null when there is none of that name.
+    /// Null if there is none of that name.
     std::shared_ptr<CZETInterface> Find(const std::string& name) const;
 
     std::vector<std::string> Names() const;

@@ -26,7 +26,8 @@ ZETRenameGuard& RenameGuard() {
     return guard;
 }
 
-/// One rename. From its begin to its end it is about one file and not about whatever has the name.
+/// One rename. It holds the file open throughout, so that it concerns this file and not whatever gets its
+/// name meanwhile.
 class Renaming {
   public:
     Renaming(const std::string& from, const std::string& to) : m_to(to), m_file(from) { Open(); }
@@ -36,13 +37,13 @@ class Renaming {
         if (isNewText) RequirePlainFile();
         if (RenameGuard()) {
             AskGuard(false);
-            // The guard may have given the file its mode.
+            // The guard may have set the file's mode.
             if (::fstat(m_file.descriptor.Number(), &m_file.status) != 0) Refuse();
         }
         const ParentDirectory target(m_to);
         std::optional<ParentDirectory> source;
         if (DirectoryOf(m_file.path) != DirectoryOf(m_to)) source.emplace(m_file.path);
-        // For its readers, a file with a new text stays the file that it was.
+        // A file with a new text keeps the attributes of the old one.
         if (isNewText && !TakeOverFrom(m_to)) TakeOverFrom(m_to + ZETReserveSuffix);
         if (S_ISREG(m_file.status.st_mode)) SyncAttributedFile(m_file);
         RequireSameFile();
@@ -53,7 +54,7 @@ class Renaming {
     }
 
   private:
-    /// `errno` stands for the reason.
+    /// The reason is in `errno`.
     [[noreturn]] void Refuse() const {
         FailSystem(m_to, "Failed to rename file '%s' to '%s': %m.", m_file.path.c_str(), m_to.c_str());
     }
@@ -64,7 +65,7 @@ class Renaming {
         if (!OpenFor(O_PATH)) Refuse();
         m_file.isPathOnly = true;
         if (!S_ISREG(m_file.status.st_mode)) return;
-        // Who may only write the file can sync it, and give it its attributes.
+        // A user who may only write the file can still sync it and set its attributes.
         errno = error;
         if (error == EACCES) m_file.isPathOnly = !OpenFor(O_WRONLY);
         if (m_file.isPathOnly && errno != EACCES) Refuse();
@@ -93,8 +94,8 @@ class Renaming {
             m_file.path.c_str(), m_to.c_str());
     }
 
-    /// False when there is no regular file at the end of `path`. Whoever may plant a link could lead it to
-    /// his own file, and have the new one given to him: a link gives nothing.
+    /// False if there is no regular file at `path`. Takes nothing over from a link: whoever may create one
+    /// could point it to their own file and so become the owner of the new one.
     bool TakeOverFrom(const std::string& path) const {
         const std::optional<AttributedFile> former = OpenDonor(path);
         if (!former) return false;

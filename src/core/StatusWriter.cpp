@@ -19,7 +19,7 @@ std::string PresentTime() {
     return std::string(text, length);
 }
 
-/// False when the stream has failed, also when it is one that throws then.
+/// False if the stream failed, even if it is one that throws on failure.
 bool Write(std::ostream& stream, const std::string& text) {
     try {
         stream.write(text.data(), static_cast<std::streamsize>(text.size()));

@@ -7,8 +7,8 @@
 
 namespace ZET::Core {
 
-/// Writes `settings` and, in its place among them, the present time as "COMMIT_TIME" (RFC 3339, UTC): one
-/// line key=value for each, sorted by key. Flushes; a stream that fails throws `EZETError`.
+/// Writes `settings` and the present time as "COMMIT_TIME" (RFC 3339, UTC), one line key=value each, sorted
+/// by key. Flushes; throws `EZETError` if the stream fails.
 void WriteStatusLines(std::ostream& stream, StringMap settings);
 
 }  // namespace ZET::Core

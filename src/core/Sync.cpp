@@ -19,7 +19,7 @@ std::atomic<int> votesAgainst = 0;
 
 }  // namespace
 
-/// A file system that knows no syncing says so by EINVAL.
+/// A file system without syncing fails with EINVAL.
 bool SyncQuietly(const Descriptor& file) {
     return TEMP_FAILURE_RETRY(::fsync(file.Number())) == 0 || errno == EINVAL;
 }

@@ -5,13 +5,13 @@
 
 #include "posix/Descriptor.h"
 
-/// Makes what was done durable. All of it does nothing while syncing is off, which is a switch of the whole
+/// Makes changes durable. Everything here does nothing while syncing is off, which is a switch for the whole
 /// process, as the file helpers are.
 namespace ZET::Core {
 
 bool IsSyncing();
 
-/// A host's say in it: syncing is off while every host wants it off.
+/// A host's vote: syncing is off while every host wants it off.
 class SyncVote {
   public:
     SyncVote();
@@ -25,23 +25,23 @@ class SyncVote {
     bool m_isOn = true;
 };
 
-/// Makes the bytes and attributes of an open file durable; `path` is for the message. What could not be
-/// opened cannot be synced by itself: then everything is.
+/// Makes the bytes and attributes of an open file durable; `path` is for the message. If the file could not
+/// be opened, syncs everything instead.
 void SyncFile(const Descriptor& file, const std::string& path);
 
-/// False, with `errno`. A file system that knows no syncing counts as done.
+/// Syncs the file; false, with `errno`, on failure. A file system without syncing counts as success.
 bool SyncQuietly(const Descriptor& file);
 
-/// The directory in which a path stands. It is opened before the change, so that as little as possible can
-/// fail after it.
+/// The directory that contains a path. It is opened before the change, so that as little as possible can fail
+/// afterwards.
 class ParentDirectory {
   public:
     explicit ParentDirectory(const std::string& path);
 
-    /// Makes the directory's names durable, or leaves that to the batch of this thread.
+    /// Makes the directory's entries durable, or leaves that to the batch of this thread.
     void Sync() const;
 
-    /// None when it could not be opened, or nothing is synced.
+    /// Not open if it could not be opened, or if nothing is synced.
     const Descriptor& Opened() const { return m_descriptor; }
 
   private:

@@ -11,18 +11,18 @@
 
 namespace ZET {
 
-/// 64 bytes, asked together which of them are certain ones. A call of the C library for each line would take
-/// as long as the line's search.
+/// 64 bytes that are compared together. A call of the C library for each line would take as long as searching
+/// the line.
 class ByteBlock {
   public:
     static constexpr std::size_t kSize = 64;
 
     explicit ByteBlock(const char* bytes) { std::memcpy(m_parts, bytes, kSize); }
 
-    /// The rest of a text that is shorter, with zero bytes behind it.
+    /// The rest of a text that is shorter than a block, padded with zero bytes.
     explicit ByteBlock(std::string_view rest) : ByteBlock(Padded(rest).bytes) {}
 
-    /// What tells the places of a byte.
+    /// A block that marks the places of a byte.
     ByteBlock Where(char byte) const {
         return Each([&](std::size_t i) { return Part(m_parts[i] == byte); });
     }
@@ -30,8 +30,8 @@ class ByteBlock {
         return Each([&](std::size_t i) { return m_parts[i] & other.m_parts[i]; });
     }
 
-    /// Whether `where` tells a place of any of the parts that the bytes from each of these places on consist
-    /// of: half the work of a block, since nothing is kept.
+    /// Whether `where` marks any place, given the parts of the blocks at each of these addresses. Half the
+    /// work of building a block, since nothing is stored.
     template <typename Where, typename... Bytes>
     static bool TellAny(const Where& where, const Bytes*... bytes) {
         Part all = {};
@@ -40,7 +40,7 @@ class ByteBlock {
         return HighBits(all) != 0;
     }
 
-    /// A bit for each place that it tells, the lowest for the first.
+    /// One bit for each marked place, the lowest for the first.
     std::uint64_t Places() const {
         std::uint64_t places = 0;
         for (std::size_t i = 0; i < kParts; ++i)
@@ -94,20 +94,20 @@ class ByteBlock {
     Part m_parts[kParts] = {};
 };
 
-/// Of the lines at the beginning of a text that have line feeds, these included.
+/// The size of the leading lines that have line feeds, these included.
 inline std::size_t SizeOfWholeLines(std::string_view text) {
     const void* const lineFeed = text.empty() ? nullptr : memrchr(text.data(), '\n', text.size());
     if (lineFeed == nullptr) return 0;
     return static_cast<std::size_t>(static_cast<const char*>(lineFeed) - text.data()) + 1;
 }
 
-/// The places of one byte, other than zero, in a text, one after the other. Where they are near to each
-/// other, as most line feeds are, a call of the C library for each would take as long as its search.
+/// The places of one byte, other than zero, in a text, in order. If they are close together, as most line
+/// feeds are, a call of the C library for each would take as long as its search.
 class BytePlaces {
   public:
     explicit BytePlaces(char byte) : m_byte(byte) {}
 
-    /// The next one in `text`, which is the same each time, or `npos`.
+    /// The next place in `text`, which must be the same text each time, or `npos`.
     std::size_t Next(std::string_view text) {
         if (m_places == 0 && !Search(text)) return std::string_view::npos;
         const std::size_t place = m_block + static_cast<std::size_t>(std::countr_zero(m_places));
@@ -128,7 +128,7 @@ class BytePlaces {
                 m_places = ByteBlock(bytes).Where(m_byte).Places();
                 return true;
             }
-            // The library is faster where it goes far.
+            // The library is faster over a long distance.
             if (m_searched - start == kFar) m_searched = std::min(text.find(m_byte, m_searched), text.size());
         }
         m_places = ByteBlock(text.substr(m_searched)).Where(m_byte).Places();
@@ -138,17 +138,17 @@ class BytePlaces {
     }
 
     char m_byte;
-    std::size_t m_block = 0;     ///< a few bytes, of which `m_places` tells the places that are still to come
-    std::size_t m_searched = 0;  ///< up to here, there are no others
+    std::size_t m_block = 0;     ///< the block whose remaining places are in `m_places`
+    std::size_t m_searched = 0;  ///< there are no others before this position
     std::uint64_t m_places = 0;
 };
 
-/// Where one text begins in another, or `npos`: by its first byte and the last two at once, which rarely
-/// stand so by chance, even where lines are alike but for a number. In a million lines, a fifth of the time
-/// that the library takes.
+/// The position of one text in another, or `npos`. Compares the first byte and the last two at once, which
+/// rarely match by chance, even if lines differ only in a number. For a million lines, it takes a fifth of
+/// the library's time.
 inline std::size_t FindBytes(std::string_view text, std::string_view what) {
     constexpr std::size_t kLeast = 3;
-    constexpr std::size_t kMost = 64;  // beyond it, what begins alike could be compared for long
+    constexpr std::size_t kMost = 64;  // longer texts with a common beginning could take long to compare
     if (what.size() < kLeast) return text.find(what);
     if (what.size() > kMost) {
         const void* const found = memmem(text.data(), text.size(), what.data(), what.size());

@@ -5,7 +5,7 @@
 
 namespace ZET {
 
-/// What new files lack as long as it lives, whatever the caller wanted.
+/// Sets the process's file-creation mask for the object's lifetime.
 class CreationMask {
   public:
     explicit CreationMask(mode_t mask) : m_former(umask(mask)) {}
@@ -17,7 +17,7 @@ class CreationMask {
     const mode_t m_former;
 };
 
-/// By which a new file is everybody's to read, and its owner's alone to write.
+/// With this mask everybody may read a new file, but only its owner may write it.
 inline constexpr mode_t kWrittenByOwnerAlone = 022;
 
 }  // namespace ZET

@@ -25,16 +25,16 @@ class Descriptor {
     operator int() const noexcept { return m_number; }
     bool IsOpen() const noexcept { return m_number >= 0; }
 
-    /// Takes `number` over in place of the present one.
+    /// Closes the present descriptor and takes ownership of `number`.
     void Reset(int number) noexcept {
         Close();
         m_number = number;
     }
 
-    /// The number, which is the caller's to close from now on.
+    /// Returns the number, which the caller must close from now on.
     int Release() noexcept { return std::exchange(m_number, -1); }
 
-    /// False, with `errno`, when the system reports now that something written before was lost.
+    /// False, with `errno`, if the system reports only now that data written before was lost.
     bool Close() noexcept {
         const int number = Release();
         return number < 0 || ::close(number) == 0;

@@ -11,7 +11,7 @@ struct DirectoryCloser {
     void operator()(DIR* directory) const noexcept { closedir(directory); }
 };
 
-/// Owns an open directory, and its descriptor.
+/// Owns an open directory stream and its descriptor.
 using DirectoryStream = std::unique_ptr<DIR, DirectoryCloser>;
 
 }  // namespace ZET

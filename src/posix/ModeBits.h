@@ -6,10 +6,10 @@
 
 namespace ZET {
 
-/// What of a mode can be set: the permissions, and the bits beside them.
+/// The part of a mode that can be set: the permissions and the special bits.
 inline constexpr mode_t kModeBits = 07777;
 
-/// By which a program runs as the owner or the group of its file.
+/// The bits that make a program run as the owner or group of its file.
 inline constexpr mode_t kSetIdBits = S_ISUID | S_ISGID;
 
 }  // namespace ZET

@@ -14,13 +14,13 @@
 namespace ZET {
 
 /// The file that the code at `own` was loaded from: a library's path, or a program's name as it was started.
-/// Empty where that cannot be told.
+/// Empty if unknown.
 inline std::string LoadedFrom(const void* own) {
     Dl_info place = {};
     return dladdr(own, &place) == 0 || place.dli_fname == nullptr ? "" : place.dli_fname;
 }
 
-/// The file of the running program. Empty where that cannot be told; `errno` says why.
+/// The file of the running program. Empty, with `errno`, if unknown.
 inline std::string OwnProgram() {
     char file[PATH_MAX];
     const ssize_t length = ::readlink("/proc/self/exe", file, sizeof file);
@@ -30,7 +30,7 @@ inline std::string OwnProgram() {
     return "";
 }
 
-/// Where the library of that name is, if the code at `own` was loaded as a part of it; otherwise empty.
+/// The directory of the library of that name, if the code at `own` was loaded as part of it; otherwise empty.
 inline std::string LibraryDirectory(const void* own, std::string_view name) {
     const std::string place = LoadedFrom(own);
     return place.starts_with('/') && BaseNameOf(place).starts_with(name) ? DirectoryOf(place) : "";

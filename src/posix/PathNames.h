@@ -6,27 +6,27 @@
 #include <string>
 #include <string_view>
 
-/// Names of files as texts: nothing is looked up, so links are not followed.
+/// File names as texts: nothing is looked up, so links are not followed.
 namespace ZET {
 
-/// What stands before the last name, its "/" too; empty where there is none.
+/// The part before the last name, including its "/"; empty if there is none.
 inline std::string PartBeforeName(std::string_view path) {
     return std::string(path.substr(0, path.rfind('/') + 1));
 }
 
-/// What stands behind the last "/".
+/// The part after the last "/".
 inline std::string BaseNameOf(std::string_view path) {
     return std::string(path.substr(path.rfind('/') + 1));
 }
 
-/// The directory that the file is in: "." for a name alone.
+/// The directory that contains the file; "." for a name alone.
 inline std::string DirectoryOf(std::string_view path) {
     const std::size_t slash = path.rfind('/');
     if (slash == std::string_view::npos) return ".";
     return std::string(path.substr(0, slash == 0 ? 1 : slash));
 }
 
-/// The file of that name in the directory, which may be "/".
+/// The path of that name in the directory, which may be "/".
 inline std::string PathIn(std::string_view directory, std::string_view name) {
     std::string path;
     path.reserve(directory.size() + 1 + name.size());
@@ -35,8 +35,7 @@ inline std::string PathIn(std::string_view directory, std::string_view name) {
     return path.append(name);
 }
 
-/// Whether the path leads to something in the directory or below it, as far as it can be read off; an empty
-/// directory stands for "/".
+/// Whether the path is inside the directory, judged by the text alone; an empty directory stands for "/".
 inline bool IsBelow(std::string_view path, std::string_view directory) {
     return path.size() > directory.size() && path[directory.size()] == '/' && path.starts_with(directory);
 }
@@ -51,8 +50,8 @@ inline bool HasStepUp(std::string_view path) {
     return false;
 }
 
-/// An absolute path without "." and "..", empty parts and a "/" at its end; ".." takes the part before it
-/// away, and is nothing at the root.
+/// Removes ".", "..", empty parts and a trailing "/" from an absolute path; ".." removes the part before it
+/// and has no effect at the root.
 inline std::string Normalised(std::string_view path) {
     std::string result;
     for (std::size_t start = 0; start < path.size();) {

@@ -7,7 +7,7 @@
 
 namespace ZET {
 
-/// The size of the character at `position` when it is one in UTF-8, else 0.
+/// The size of the UTF-8 character at `position`; 0 if there is no valid one.
 inline std::size_t CharacterAt(std::string_view text, std::size_t position) {
     const auto byteAt = [&](std::size_t i) {
         return position + i < text.size() ? static_cast<unsigned char>(text[position + i]) : 0U;
@@ -15,7 +15,7 @@ inline std::size_t CharacterAt(std::string_view text, std::size_t position) {
     const unsigned first = byteAt(0);
     if (first < 0x80) return 1;
     const std::size_t size = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
-    // Neither in more bytes than it needs, nor half of a pair, nor behind the last one.
+    // Rejects overlong forms, surrogates and values beyond the last character.
     const unsigned second = byteAt(1);
     if (first < 0xC2 || first > 0xF4 || (first == 0xE0 && second < 0xA0) ||
         (first == 0xED && second > 0x9F) || (first == 0xF0 && second < 0x90) ||
@@ -26,12 +26,12 @@ inline std::size_t CharacterAt(std::string_view text, std::size_t position) {
     return size;
 }
 
-/// Whether a terminal may take what is at `position` for a command: its size then, else 0. A byte that is no
-/// character is one to a terminal with another coding.
+/// The size of what a terminal may obey as a command at `position`; 0 if there is none. A byte that is not
+/// part of a character may be a command to a terminal with another encoding.
 inline std::size_t ControlCharacterAt(std::string_view text, std::size_t position) {
     const auto byte = static_cast<unsigned char>(text[position]);
     if (byte < 0x20 || byte == 0x7F || CharacterAt(text, position) == 0) return 1;
-    // The control characters beyond ASCII: some terminals obey them as well.
+    // Control characters beyond ASCII, which some terminals also obey.
     if (byte != 0xC2) return 0;
     return static_cast<unsigned char>(text[position + 1]) <= 0x9F ? 2 : 0;
 }
@@ -51,8 +51,8 @@ inline std::string EscapeOf(unsigned char byte) {
     }
 }
 
-/// `text` on one line that no terminal obeys: each control character, and each byte that is no character, as
-/// an escape sequence such as "\n" or "\x1b", everything else as it is.
+/// `text` as a single line without commands for a terminal: control characters, and bytes that are not part
+/// of a character, become escape sequences such as "\n" or "\x1b".
 inline std::string Printable(std::string_view text) {
     const auto isPlain = [](char byte) { return byte >= 0x20 && byte < 0x7F; };
     std::string result;

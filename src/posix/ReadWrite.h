@@ -9,7 +9,7 @@
 
 namespace ZET {
 
-/// Repeats a call that a signal interrupted.
+/// Repeats a system call as long as signals interrupt it.
 template <typename Call>
 auto Uninterrupted(Call call) {
     auto result = call();
@@ -18,18 +18,18 @@ auto Uninterrupted(Call call) {
     return result;
 }
 
-/// At most `size` bytes; 0 at the end of the file, -1 with `errno`.
+/// Reads at most `size` bytes; returns 0 at the end of the file, -1 with `errno` on failure.
 inline ssize_t ReadSome(int descriptor, void* bytes, std::size_t size) {
     return Uninterrupted([&] { return ::read(descriptor, bytes, size); });
 }
 
-/// False, with `errno`, when not all could be written.
+/// False, with `errno`, if not everything could be written.
 inline bool WriteAll(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t count = Uninterrupted([&] { return ::write(descriptor, bytes.data(), bytes.size()); });
         if (count < 0) return false;
         if (count == 0) {
-            // None at all, and no error: a file system that would have it tried for ever.
+            // A file system that writes nothing and reports no error would be retried forever.
             errno = EIO;
             return false;
         }

@@ -7,12 +7,12 @@
 #include <cstring>
 #include <string_view>
 
-/// What is done so often with texts of a few bytes that a call of the C library would take longer than its
+/// Operations on short texts that are so frequent that a call of the C library would take longer than its
 /// work.
 namespace ZET {
 
-/// Where a byte stands first, or `npos`, where it is most likely near: as a call of the library, but without
-/// its costs, which are as much as the search of a short line.
+/// The first position of a byte that is likely near the begin, or `npos`. A call of the library would cost as
+/// much as searching a short line.
 inline std::size_t FindNear(std::string_view text, char byte) {
     std::size_t position = 0;
 #ifdef __SSE2__
@@ -28,14 +28,14 @@ inline std::size_t FindNear(std::string_view text, char byte) {
     return text.find(byte, position);
 }
 
-/// Copies a text without a call where it has 8 to 64 bytes, as most lines, words and values do.
+/// Copies a text; without a call if it has 8 to 64 bytes, as most lines, words and values do.
 inline void CopyNear(char* to, std::string_view from) {
     const std::size_t size = from.size();
     const auto copy = [&](std::size_t at, auto part) {
         std::memcpy(&part, from.data() + at, sizeof part);
         std::memcpy(to + at, &part, sizeof part);
     };
-    // From both ends, where the parts may overlap.
+    // Copies from both ends; the parts may overlap.
     const auto copyEnds = [&](std::size_t at, auto part) {
         copy(at, part);
         copy(size - at - sizeof part, part);
@@ -53,10 +53,10 @@ inline void CopyNear(char* to, std::string_view from) {
     }
 }
 
-/// Up to here, a text is compared without a call.
+/// Texts up to this size are compared without a call.
 constexpr std::size_t kMostOfShort = 72;
 
-/// Whether two texts are equal, neither of which is longer than `kMostOfShort`.
+/// Whether two texts are equal; neither may be longer than `kMostOfShort`.
 inline bool IsSameShort(std::string_view one, std::string_view other) {
     const auto word = [](std::string_view text, std::size_t place) {
         std::uint64_t bytes = 0;
@@ -77,7 +77,7 @@ inline bool IsSameShort(std::string_view one, std::string_view other) {
     return true;
 }
 
-/// Whether two texts are equal, most of which are too short for a call; a long one is the library's.
+/// Whether two texts are equal; optimised for texts too short to be worth a call.
 inline bool IsSame(std::string_view one, std::string_view other) {
     if (one.size() <= kMostOfShort) return IsSameShort(one, other);
     return one == other;

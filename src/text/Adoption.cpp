@@ -13,8 +13,8 @@ namespace ZET::Text {
 
 namespace {
 
-/// The line with placeholders in the place of their values; none when one of them is not there, or is there
-/// in more than one way.
+/// Puts placeholders back in place of their values in a line; none if a value is missing, or if there is more
+/// than one way.
 class LineWithPlaceholders {
   public:
     LineWithPlaceholders(std::string_view templateLine, const StringMap& values) {
@@ -33,7 +33,7 @@ class LineWithPlaceholders {
 
     std::optional<std::string> Of(std::string_view line) const {
         std::string result;
-        std::vector<std::size_t> places;  // each as far to the left as the values stand in their order
+        std::vector<std::size_t> places;  // the leftmost places at which the values stand in order
         std::size_t next = 0;
         for (std::size_t i = 0; i < m_values.size(); ++i) {
             const std::size_t place = line.find(m_values[i], next);
@@ -47,8 +47,8 @@ class LineWithPlaceholders {
     }
 
   private:
-    /// Every way lies between that of the leftmost and that of the rightmost places: there is one where they
-    /// agree. An empty value can stand anywhere.
+    /// Every way lies between the leftmost and the rightmost places, so there is only one if these agree. An
+    /// empty value can stand anywhere.
     bool IsOnlyWay(std::string_view line, const std::vector<std::size_t>& leftmost) const {
         for (std::size_t i = m_values.size(); i-- > 0;) {
             if (m_values[i].empty() || line.rfind(m_values[i]) != leftmost[i]) return false;
@@ -61,7 +61,7 @@ class LineWithPlaceholders {
     std::vector<std::string> m_values;
 };
 
-/// One text's lines, by their numbers from 1.
+/// The lines of a text, numbered from 1.
 class NumberedLines {
   public:
     explicit NumberedLines(std::string_view text) : m_lines(SplitLines(text)) {}
@@ -72,7 +72,7 @@ class NumberedLines {
     std::vector<TextLine> m_lines;
 };
 
-/// Goes through the template once, and writes it anew.
+/// Walks through the template once and writes the new one.
 class Adopter {
   public:
     Adopter(std::string_view templateText, std::string_view rendered, std::string_view edited,
@@ -103,7 +103,7 @@ class Adopter {
     }
 
   private:
-    /// The template's line that a rendered one was made from; behind the last one, the end.
+    /// The template line that a rendered line was made from; past the last one, the end.
     std::size_t TemplateLineOf(std::size_t rendered) const {
         return rendered <= m_origins.size() ? m_origins[rendered - 1].templateLine : m_template.Count() + 1;
     }
@@ -112,7 +112,7 @@ class Adopter {
         return {HasNoPlaceholders(templateLine) ? "" : templateLine, m_values};
     }
 
-    /// A line that is gone here may have come elsewhere as it was, and takes its placeholders along.
+    /// Notes lines that a hunk removes or adds: a line that was moved unchanged takes its placeholders along.
     void LookForMoved(const Hunk& hunk) {
         for (std::size_t old = hunk.oldFirst; old < hunk.oldFirst + hunk.oldCount; ++old) {
             const std::string_view line = m_template[TemplateLineOf(old)];
@@ -124,7 +124,7 @@ class Adopter {
 
     void Write(std::string_view line) { m_result.templateText.append(line).append("\n"); }
 
-    /// The template's lines before that one stay.
+    /// Copies the template's lines before `end`.
     void KeepTo(std::size_t end) {
         for (; m_next < end; ++m_next)
             Write(m_template[m_next]);
@@ -132,7 +132,7 @@ class Adopter {
 
     void Take(const Hunk& hunk) {
         if (hunk.oldCount == 0) {
-            // Behind the line after which they were put, and before what the template has next.
+            // After the line that precedes them, and before the template's next line.
             KeepTo(hunk.oldFirst == 1 ? TemplateLineOf(1) : TemplateLineOf(hunk.oldFirst - 1) + 1);
             WriteEdited(hunk.newFirst, hunk.newFirst + hunk.newCount);
             return;
@@ -140,7 +140,7 @@ class Adopter {
         KeepTo(TemplateLineOf(hunk.oldFirst));
         m_taken = hunk.newFirst;
         for (std::size_t old = hunk.oldFirst; old < hunk.oldFirst + hunk.oldCount; ++old) {
-            KeepTo(TemplateLineOf(old));  // its comments
+            KeepTo(TemplateLineOf(old));  // keeps comments before the line
             if (!Replace(m_template[m_next], hunk) && !m_come.contains(m_rendered[old]))
                 Refuse(m_template[m_next], hunk);
             ++m_next;
@@ -148,8 +148,8 @@ class Adopter {
         WriteEdited(m_taken, hunk.newFirst + hunk.newCount);
     }
 
-    /// One changed line of the template. Without placeholders, its successors are taken over with the rest.
-    /// False when none of them holds its values.
+    /// Replaces one changed template line. If it has no placeholders, its successors are copied with the
+    /// rest. False if no edited line holds its values.
     bool Replace(std::string_view templateLine, const Hunk& hunk) {
         const LineWithPlaceholders model = ModelOf(templateLine);
         if (model.IsEmpty() || hunk.newCount == 0) return true;
@@ -177,7 +177,7 @@ class Adopter {
         for (std::size_t number = first; number < end; ++number) {
             const auto gone = m_gone.find(m_edited[number]);
             Write(gone == m_gone.end() ? m_edited[number] : *gone->second.begin());
-            // Made of one placeholder or of another.
+            // It may come from either template line.
             if (gone != m_gone.end() && gone->second.size() > 1) Refuse(*gone->second.begin(), number);
         }
     }
@@ -189,10 +189,10 @@ class Adopter {
     const bool m_endsOpen;
     bool m_editedEndsOpen = false;
     std::vector<LineOrigin> m_origins;
-    std::size_t m_next = 1;   ///< of the template, the first line that was not dealt with
-    std::size_t m_taken = 1;  ///< of the edited file, in a hunk
-    std::map<std::string_view, std::set<std::string_view>> m_gone;  ///< lines with values: their templates
-    std::set<std::string_view> m_come;                              ///< lines that a hunk puts in
+    std::size_t m_next = 1;   ///< the first template line not yet handled
+    std::size_t m_taken = 1;  ///< the first line of the hunk not yet written, in the edited file
+    std::map<std::string_view, std::set<std::string_view>> m_gone;  ///< removed lines and their templates
+    std::set<std::string_view> m_come;                              ///< lines that a hunk adds
     Adoption m_result;
 };
 

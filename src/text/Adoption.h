@@ -11,23 +11,23 @@
 
 namespace ZET::Text {
 
-/// A line of an edited file that no line of a template can become.
+/// A line of an edited file that no template line can produce.
 struct UnadoptableLine {
-    std::size_t line = 0;                   ///< of the edited file
-    std::vector<std::string> placeholders;  ///< whose values were changed, or cannot be told apart any more
+    std::size_t line = 0;                   ///< in the edited file
+    std::vector<std::string> placeholders;  ///< those whose values were changed or are ambiguous
 };
 
 struct Adoption {
     std::string templateText;
     std::vector<UnadoptableLine>
-        refused;              ///< none: the text renders to the edited file, as far as can be told
-    bool isTraceable = true;  ///< false: nobody can tell which line of the template became which
+        refused;              ///< if empty, the text renders to the edited file, as far as can be determined
+    bool isTraceable = true;  ///< false if template lines and rendered lines cannot be matched
 };
 
-/// Turns the edit of a rendered file into one of its template: lines that were not touched keep theirs, a
-/// changed line keeps each placeholder whose value is found in it, in order, in exactly one way, and other
-/// lines are taken over as they are, but for one that was moved unchanged, which keeps its placeholders.
-/// `hunks` lead from `rendered` to `edited`; `values` are those of the placeholders.
+/// Turns the edit of a rendered file into an edit of its template. Untouched lines keep their template lines.
+/// A changed line keeps each placeholder if the values are found in it, in order, in exactly one way. Other
+/// lines are copied as they are, except that a line that was moved unchanged keeps its placeholders. `hunks`
+/// lead from `rendered` to `edited`; `values` are the placeholders' values.
 Adoption AdoptEdit(std::string_view templateText, std::string_view rendered, std::string_view edited,
                    const std::vector<Hunk>& hunks, const StringMap& values);
 

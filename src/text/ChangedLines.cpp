@@ -8,7 +8,7 @@ namespace ZET::Text {
 
 namespace {
 
-/// Ranges of line numbers in words.
+/// Ranges of line numbers as text.
 class Ranges {
   public:
     void Add(std::size_t first, std::size_t count) {
@@ -20,7 +20,7 @@ class Ranges {
 
     bool IsEmpty() const { return m_text.empty(); }
 
-    /// In a text about one line, or one about several.
+    /// The ranges in the text for one line, or for several.
     std::string In(const char* one, const char* several) const {
         return Words(m_isOne ? one : several, m_text);
     }
@@ -30,7 +30,7 @@ class Ranges {
     bool m_isOne = false;
 };
 
-/// Follows the lines of a unified diff.
+/// Reads the lines of a unified diff.
 class DiffReader {
   public:
     void Take(std::string_view line) {
@@ -68,7 +68,7 @@ class DiffReader {
         }
     }
 
-    /// Of lines that are changed without one between them.
+    /// Ends a run of changed lines without an unchanged one between them.
     void End() {
         m_changed.Add(m_newLine, m_come);
         if (m_come == 0) m_removed.Add(m_oldLine, m_gone);

@@ -6,8 +6,9 @@
 
 namespace ZET::Text {
 
-/// Which lines a unified diff changes, by their numbers in the new text: "lines 3-5, 9 changed"; where lines
-/// only go, by those in the old one: "line 7 of the old text removed". Empty when there are none.
+/// Names the lines that a unified diff changes, by their numbers in the new text: "lines 3-5, 9 changed"; or,
+/// for lines that are only removed, in the old one: "line 7 of the old text removed". Empty if there are
+/// none.
 std::string ChangedLines(std::string_view diff);
 
 }  // namespace ZET::Text

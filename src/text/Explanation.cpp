@@ -31,7 +31,7 @@ class Explainer {
     }
 
   private:
-    /// The lines before are told, and these are the ones that others may continue.
+    /// Passes on the previous lines and starts new ones, which later lines may continue.
     void Begin(ExplainedLines lines) {
         Flush();
         m_last = std::move(lines);
@@ -81,7 +81,7 @@ class Explainer {
         SetTemplateLine(block, block.formerLine);
     }
 
-    /// Of what a block replaced.
+    /// Sets the template line of what a block replaced.
     void SetTemplateLine(ExplainedLines& lines, std::size_t number) const {
         if (!m_isMade || OriginOf(number).certainty != LineOrigin::Certainty::Rendered) return;
         lines.templateLine = OriginOf(number).templateLine;

@@ -6,17 +6,16 @@
 
 namespace ZET::Text {
 
-/// The first line of a text that is not empty: the notice goes in front of it.
+/// The first non-empty line of a text; the notice goes before it.
 struct FirstLine {
-    std::size_t number = 0;  ///< 0: there is none
+    std::size_t number = 0;  ///< 0 if there is none
     std::string_view text;
 };
 
 FirstLine FirstLineOf(std::string_view text);
 
-/// Whether the programs that read a file with such a first line take it for something else, or refuse it,
-/// when another line comes first: it names the interpreter or the format, opens a document that knows no
-/// comments, or begins with a byte order mark.
+/// Whether programs would misinterpret or refuse a file if another line came before this one: it names the
+/// interpreter or the format, opens a document without comments, or begins with a byte order mark.
 bool MustComeFirst(std::string_view line);
 
 }  // namespace ZET::Text

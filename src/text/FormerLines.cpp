@@ -7,18 +7,18 @@ namespace ZET::Text {
 
 namespace {
 
-/// Follows the lines of a unified diff, and tells where the lines that it keeps stood.
+/// Follows a unified diff and finds where the lines that it keeps were.
 class DiffFollower {
   public:
     explicit DiffFollower(std::string_view diff) : m_rest(diff) {}
 
-    /// The lines that are asked for have to rise.
+    /// `line` must ascend from call to call.
     std::size_t FormerOf(std::size_t line) {
         while (!m_rest.empty() && m_newLine <= line) {
             const std::string_view next = m_rest;
             const TextLine taken = TakeLine(m_rest);
             if (!Take(taken.text, line)) {
-                m_rest = next;  // the hunk begins behind the line
+                m_rest = next;  // the hunk begins after the line
                 break;
             }
             if (m_taken == line) return m_formerOfTaken;
@@ -27,7 +27,7 @@ class DiffFollower {
     }
 
   private:
-    /// False when it is the head of a hunk that begins behind the line.
+    /// False if the text is the head of a hunk that begins after the line.
     bool Take(std::string_view text, std::size_t line) {
         m_taken = 0;
         if (IsInHunk()) {
@@ -46,7 +46,7 @@ class DiffFollower {
 
     void TakeInHunk(std::string_view text) {
         const char sign = text.empty() ? ' ' : text.front();
-        if (sign == '\\') return;  // about the end of the line before
+        if (sign == '\\') return;  // "\ No newline at end of file"
         if (sign != '-') m_taken = m_newLine;
         m_formerOfTaken = sign == '+' ? 0 : m_oldLine;
         if (sign != '-') ++m_newLine, --m_newLeft;
@@ -54,9 +54,9 @@ class DiffFollower {
     }
 
     std::string_view m_rest;
-    std::size_t m_oldLine = 1;  ///< the next one of each text
+    std::size_t m_oldLine = 1;  ///< the next line of each text
     std::size_t m_newLine = 1;
-    std::size_t m_oldLeft = 0;  ///< of the hunk
+    std::size_t m_oldLeft = 0;  ///< lines left in the hunk
     std::size_t m_newLeft = 0;
     std::size_t m_taken = 0;
     std::size_t m_formerOfTaken = 0;

@@ -7,8 +7,8 @@
 
 namespace ZET::Text {
 
-/// The numbers that lines of a new text had in the old one, by the unified diff of the two; 0: the line is
-/// new. `lines` are numbers from 1 in rising order.
+/// Maps lines of a new text to their numbers in the old one, by the unified diff of the two; 0 for a new
+/// line. `lines` are numbers from 1 in ascending order.
 std::vector<std::size_t> FormerLines(std::string_view diff, const std::vector<std::size_t>& lines);
 
 }  // namespace ZET::Text

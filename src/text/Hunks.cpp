@@ -34,7 +34,7 @@ std::optional<Numbers> TakeNumbers(std::string_view& text) {
     return TakeNumber(text, numbers.second.emplace()) ? std::optional(numbers) : std::nullopt;
 }
 
-/// Of lines from the first to the last one.
+/// The number of lines in the range.
 std::size_t CountOf(const Numbers& range) {
     return range.second.value_or(range.first) - range.first + 1;
 }
@@ -58,13 +58,13 @@ std::optional<Hunk> HunkOf(std::string_view line) {
     }
 }
 
-/// The lines themselves, what stands between them, and that one has no end.
+/// Whether it is a line of text, a separator, or a remark on a missing line feed.
 bool IsText(std::string_view line) {
     return line.starts_with('<') || line.starts_with('>') || line.starts_with('\\') || line == "---";
 }
 
-/// The first one of some lines, and how many they are, unless it is one; of none, the line behind which they
-/// are.
+/// Reads the first line and the count, which is 1 if omitted. If the count is 0, the number is that of the
+/// line before.
 bool TakeUnified(std::string_view& text, std::size_t& first, std::size_t& count) {
     const auto numbers = TakeNumbers(text);
     if (!numbers) return false;

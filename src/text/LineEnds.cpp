@@ -6,7 +6,7 @@
 namespace ZET::Text {
 
 void LineEndScan::Take(std::string_view lines, std::size_t before) {
-    // As in most of most files, nothing to learn but which regions are open.
+    // As in most files, only the open regions matter here.
     if (m_isFirstCarriageReturn == false && lines.find('\r') == std::string_view::npos) {
         m_emptyLine = 0;
         return FollowMarkers(lines);
@@ -18,7 +18,7 @@ void LineEndScan::Take(std::string_view lines, std::size_t before) {
 }
 
 void LineEndScan::FollowMarkers(std::string_view lines) {
-    // One byte is searched in a fifth of the time.
+    // Searching a single byte takes a fifth of the time.
     if (lines.find(kMarkerStart.back()) == std::string_view::npos) return;
     for (std::size_t place = 0; (place = FindBytes(lines, kMarkerStart)) != std::string_view::npos;) {
         lines.remove_prefix(LinesBefore(lines, place).size());

@@ -10,20 +10,20 @@
 
 namespace ZET::Text {
 
-/// How the lines of a file end. Those that the system wrote to keep order, and into its blocks, do not count:
-/// it writes line feeds alone.
+/// How the lines of a file end. Lines that the system wrote itself, and those in its blocks, do not count: it
+/// writes only line feeds.
 struct LineEnds {
-    bool areCarriageReturns = false;  ///< all of them have one before the line feed
-    std::size_t otherLine = 0;        ///< the first line that ends other than those before it; 0: none
+    bool areCarriageReturns = false;  ///< all lines have a carriage return before the line feed
+    std::size_t otherLine = 0;  ///< the first line that ends differently from those before it; 0 if none
     bool isOtherCarriageReturn = false;
 };
 
 LineEnds LineEndsOf(std::string_view text);
 
-/// The same for a text that comes in pieces of whole lines.
+/// As `LineEndsOf`, for a text that comes in pieces of whole lines.
 class LineEndScan {
   public:
-    /// `before` is how many lines came before these.
+    /// `before` is the number of lines before these.
     void Take(std::string_view lines, std::size_t before);
     LineEnds End();
 
@@ -35,13 +35,13 @@ class LineEndScan {
     LineEnds m_ends;
     std::optional<bool> m_isFirstCarriageReturn;
     Regions m_regions;
-    std::size_t m_emptyLine = 0;  ///< that may be the one before a block that was appended
+    std::size_t m_emptyLine = 0;  ///< an empty line that may belong to an appended block
 };
 
-/// A line that is to be set, with the end of the others but for its line feed.
+/// The line to be set, with the file's line end but without the line feed.
 std::string WithLineEnd(const std::string& line, const LineEnds& ends);
 
-/// A line that was looked up, without what belongs to its end.
+/// A line that was looked up, without its carriage return.
 std::string WithoutLineEnd(std::string line);
 
 }  // namespace ZET::Text

@@ -6,7 +6,7 @@ namespace ZET::Text {
 
 namespace {
 
-/// For one line, beyond what the line itself can hold.
+/// The limit for one line, in addition to its size.
 constexpr std::size_t kMostReplacements = 100'000;
 constexpr std::size_t kLongestName = 100;
 
@@ -25,13 +25,13 @@ LineExpansion::Verdict LineExpansion::Next() {
     while (GoToPlaceholder()) {
         const std::size_t end = FindEnd();
         if (end == std::string::npos) return Verdict::NoEnd;
-        // Of one that is too long to have a value, the beginning is enough to name it.
+        // If it is too long to have a value, its beginning is enough to identify it.
         const std::size_t length = std::min(m_left.size() - end, std::max(m_longestKey, kLongestName) + 1);
         m_placeholder.assign(m_left.rbegin(), m_left.rbegin() + static_cast<std::ptrdiff_t>(length));
         if (m_used != nullptr) m_used->insert(m_placeholder);
         const auto value = m_values.find(m_placeholder);
         if (value == m_values.end()) {
-            // As the module marks it.
+            // The module marks it in the same way.
             m_left.back() = '!';
             Skip(1);
             return Verdict::NoValue;

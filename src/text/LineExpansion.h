@@ -10,31 +10,31 @@
 
 namespace ZET::Text {
 
-/// Follows the expansion of one line as the module performs it: a value is put in the place of its
-/// placeholder and searched in its turn. What is left of the line is kept back to front, so that its next
-/// byte is the last one, and replacing a placeholder moves no other byte.
+/// Expands one line as the module does: a value replaces its placeholder and is searched in turn. The rest of
+/// the line is stored in reverse, so that its next byte is the last one and replacing a placeholder moves no
+/// other byte.
 class LineExpansion {
   public:
     enum class Verdict { Fine, NoValue, NoEnd, Endless };
 
-    /// What a line may grow to beyond its own size.
+    /// The most that a line may grow beyond its own size.
     static constexpr std::size_t kLongestLine = std::size_t{16} << 20;
 
-    /// `longestKey` is that of `values`. The placeholders that are met are added to `used`, unless it is
-    /// null.
+    /// `longestKey` is the size of the longest key of `values`. The placeholders that are found are added to
+    /// `used`, unless it is null.
     LineExpansion(std::string_view line, const StringMap& values, std::size_t longestKey,
                   std::set<std::string>* used);
 
-    /// Goes on to the next thing that is wrong; `Fine` when the line ends first. After `NoEnd` and `Endless`
-    /// there is no going on.
+    /// Continues to the next problem; `Fine` at the end of the line. Must not be called again after `NoEnd`
+    /// and `Endless`.
     Verdict Next();
 
     const std::string& Placeholder() const { return m_placeholder; }
 
-    /// Where the placeholder of the line begins that led to the verdict; bytes, from 1.
+    /// The column where the line's own placeholder that led to the verdict begins; in bytes, from 1.
     int Column() const { return static_cast<int>(m_column); }
 
-    /// From now on, the expanded line is kept, up to `most` bytes.
+    /// Keeps the expanded line from now on, up to `most` bytes.
     void Keep(std::size_t most) { m_most = most; }
     const std::string& Expanded() const { return m_expanded; }
 
@@ -49,11 +49,11 @@ class LineExpansion {
     std::set<std::string>* m_used;
     std::string m_left;
     std::size_t m_lineSize;
-    std::size_t m_lineLeft;  ///< how many bytes of `m_left` are the line's own; the others come from values
+    std::size_t m_lineLeft;  ///< how many bytes of `m_left` are the line's own; the rest comes from values
     std::size_t m_written = 0;
     std::size_t m_replacements = 0;
     std::size_t m_column = 0;
-    std::size_t m_end = std::string::npos;  ///< where the next "}" is, as long as nothing was put before it
+    std::size_t m_end = std::string::npos;  ///< where the next "}" is, if nothing was put before it
     std::string m_placeholder;
     std::string m_expanded;
     std::size_t m_most = 0;

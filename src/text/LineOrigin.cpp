@@ -18,10 +18,10 @@ bool IsNoticeMarkerIn(std::string_view line) {
     return line.find(MarkerText(Marker::Notice)) != std::string_view::npos;
 }
 
-/// What of a template reaches the file made from it: not the empty lines at its top, and not its comments.
+/// The template lines that reach the file made from it: not the empty lines at its top, and not its comments.
 struct RenderedLines {
     std::vector<NumberedLine> lines;
-    bool hasOwnNotice = false;  ///< the module then puts none in front
+    bool hasOwnNotice = false;  ///< then the module adds none
 };
 
 RenderedLines LinesThatRender(std::string_view templateText) {
@@ -39,8 +39,7 @@ RenderedLines LinesThatRender(std::string_view templateText) {
     return rendered;
 }
 
-/// The file's lines as they were before managed blocks changed them. A block that was appended took an empty
-/// line before it along.
+/// The file's lines before managed blocks changed them. An appended block includes the empty line before it.
 std::vector<NumberedLine> LinesBeforeEdits(const ManagedText& file, bool hasOwnNotice) {
     std::vector<NumberedLine> lines;
     for (const ManagedRegion& region : file.Regions()) {
@@ -60,7 +59,7 @@ std::vector<NumberedLine> LinesBeforeEdits(const ManagedText& file, bool hasOwnN
     return lines;
 }
 
-/// Lines the two up from the top and from the bottom, as far as they fit.
+/// Matches the two from the top and from the bottom, as far as the lines fit.
 class Alignment {
   public:
     Alignment(const std::vector<NumberedLine>& file, const std::vector<NumberedLine>& fromTemplate,

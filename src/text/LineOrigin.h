@@ -13,20 +13,20 @@ namespace ZET::Text {
 struct LineOrigin {
     enum class Certainty {
         None,      ///< not from the template: the notice, a managed block
-        Rendered,  ///< the template's line can have become this one
-        Differs,   ///< it cannot, but stands in its place
-        Unknown    ///< the file was edited since, or the template changed, and the lines do not tell where
+        Rendered,  ///< the template line can have become this one
+        Differs,   ///< it cannot, but this line is in its place
+        Unknown    ///< the file or the template changed since, and the lines cannot be matched
     };
 
     Certainty certainty = Certainty::None;
-    std::size_t templateLine = 0;  ///< from 1; 0: not known
+    std::size_t templateLine = 0;  ///< from 1; 0 if unknown
 };
 
-/// For each line of a made file, at its number less one, the line of the template that it was rendered from.
-/// A line that a managed block replaced counts as the kept former line before the block.
+/// For each line of a file made from a template (index: number minus one), the template line that it was
+/// rendered from. For a line that a managed block replaced, the kept former line before the block counts.
 std::vector<LineOrigin> TraceLines(const ManagedText& file, std::string_view templateText);
 
-/// Whether the template's line can become that line, whatever the values are.
+/// Whether the template line can become that line, whatever the values are.
 bool CanBecome(std::string_view templateLine, std::string_view line);
 
 }  // namespace ZET::Text

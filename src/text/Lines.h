@@ -13,10 +13,10 @@ namespace ZET::Text {
 
 struct TextLine {
     std::string_view text;    ///< without the line feed
-    bool hasLineFeed = true;  ///< false at most for the last line
+    bool hasLineFeed = true;  ///< false only for the last line, if at all
 };
 
-/// Takes the first line off a text that is not empty.
+/// Removes and returns the first line of a non-empty text.
 inline TextLine TakeLine(std::string_view& text) {
     const std::size_t length = std::min(FindNear(text, '\n'), text.size());
     const TextLine line{text.substr(0, length), length < text.size()};
@@ -24,8 +24,8 @@ inline TextLine TakeLine(std::string_view& text) {
     return line;
 }
 
-/// Takes blocks of this size off a text, as long as there are any, and counts their line feeds: what a block
-/// holds can be counted in a byte, so that the compiler takes many bytes at once.
+/// Removes whole blocks of this size and counts their line feeds. The count of one block fits into a byte, so
+/// that the compiler processes many bytes at once.
 template <std::size_t kBlock>
 std::size_t TakeLineFeeds(std::string_view& text) {
     static_assert(kBlock < 256);
@@ -45,12 +45,12 @@ inline std::size_t CountLineFeeds(std::string_view text) {
     return count + TakeLineFeeds<1>(text);
 }
 
-/// How many lines there are, the last one with a line feed or without.
+/// The number of lines; the last one may lack a line feed.
 inline std::size_t CountLines(std::string_view text) {
     return CountLineFeeds(text) + (text.empty() || text.back() == '\n' ? 0 : 1);
 }
 
-/// The whole lines before the one that holds the byte at `position`, with their line feeds.
+/// The whole lines before the line with the byte at `position`, with their line feeds.
 inline std::string_view LinesBefore(std::string_view text, std::size_t position) {
     if (position >= text.size()) return text;
     return text.substr(0, SizeOfWholeLines(text.substr(0, position)));
@@ -64,7 +64,7 @@ inline std::vector<TextLine> SplitLines(std::string_view text) {
     return lines;
 }
 
-/// A line that ends with a carriage return has it as a part of its end.
+/// Removes a trailing carriage return, which belongs to the line end.
 inline std::string_view WithoutCarriageReturn(std::string_view line) {
     if (line.ends_with('\r')) line.remove_suffix(1);
     return line;

@@ -10,12 +10,12 @@
 
 namespace ZET::Text {
 
-/// What a line of a managed file is.
+/// The kind of a line in a managed file.
 enum class LineKind : std::uint8_t {
-    Ordinary,  ///< also an end marker that closes nothing: the module keeps it as it is
+    Ordinary,  ///< also a stray end marker: the module keeps it as it is
     FormerLine,
     BlockBegin,
-    BlockContent,  ///< also a marker that stands inside a block
+    BlockContent,  ///< also a marker inside a block
     BlockEnd,
     NoticeBegin,
     NoticeText,
@@ -25,24 +25,24 @@ enum class LineKind : std::uint8_t {
     TemplateCommentEnd
 };
 
-/// Lines that belong together, numbers from 1. Every line is in exactly one region.
+/// Lines that belong together, numbered from 1. Every line is in exactly one region.
 struct ManagedRegion {
     RegionKind kind = RegionKind::Ordinary;
-    bool isClosed = true;  ///< false: it has no end marker, and reaches to the end of the text
+    bool isClosed = true;  ///< false if it has no end marker and reaches to the end of the text
     std::uint32_t first = 0;
     std::uint32_t last = 0;
-    std::uint32_t formerLine = 0;  ///< of a block: the number of the kept former line before it, or 0
-    std::uint32_t block = 0;       ///< of a kept former line: the number of the first line of its block, or 0
+    std::uint32_t formerLine = 0;  ///< for a block: the number of the kept former line before it, or 0
+    std::uint32_t block = 0;       ///< for a kept former line: the first line of its block, or 0
 };
 
 struct ManagedLine {
     std::string_view text;     ///< without the line feed
-    std::uint32_t region = 0;  ///< index
+    std::uint32_t region = 0;  ///< index of its region
     LineKind kind = LineKind::Ordinary;
 };
 
-/// A managed file's text as the module sees it when it takes its own lines out. The text must outlive the
-/// object, and has fewer lines than 32 bits count.
+/// A managed file's text as the module sees it when it removes its own lines. The text must outlive the
+/// object and have fewer than 2^32 lines.
 class ManagedText {
   public:
     explicit ManagedText(std::string_view text);
@@ -54,7 +54,7 @@ class ManagedText {
     const ManagedLine& Line(std::size_t number) const { return m_lines.at(number - 1); }
     const ManagedRegion& RegionOf(std::size_t number) const { return m_regions[Line(number).region]; }
 
-    /// The text that a kept former line keeps.
+    /// The text kept in a former line.
     std::string_view FormerText(std::size_t number) const;
 
   private:

@@ -43,7 +43,7 @@ constexpr std::array<KnownMarker, std::size(kMarkers)> KnownMarkers() {
 }
 
 constexpr std::array<KnownMarker, std::size(kMarkers)> kKnown = KnownMarkers();
-/// Where most markers differ from each other.
+/// The position at which most markers differ.
 constexpr std::size_t kTelling = kMarkerStart.size() + 1;
 
 }  // namespace
@@ -53,7 +53,7 @@ std::string_view MarkerText(Marker marker) {
 }
 
 Marker MarkerOf(std::string_view line) {
-    // Most lines are no comment at all.
+    // Most lines are not comments at all.
     if (line.size() <= kTelling || !line.starts_with(kMarkerStart)) return Marker::None;
     for (const KnownMarker& known : kKnown) {
         if (line[kTelling] == known.text[kTelling] && line.starts_with(known.text)) return known.marker;

@@ -17,17 +17,17 @@ enum class Marker : std::uint8_t {
     CommentEnd
 };
 
-/// All of them but `None`.
+/// All markers but `None`.
 inline constexpr Marker kMarkers[] = {Marker::BlockBegin, Marker::BlockEnd,        Marker::FormerLine,
                                       Marker::Notice,     Marker::TemplateComment, Marker::CommentEnd};
 
-/// What all of them begin with.
+/// The common beginning of all markers.
 inline constexpr std::string_view kMarkerStart = "# --";
 
 std::string_view MarkerText(Marker marker);
 
-/// The marker that a line begins with. One that stands anywhere else in it does not count, and what follows
-/// it does not matter.
+/// The marker that a line begins with. A marker anywhere else in the line does not count; text after it does
+/// not matter.
 Marker MarkerOf(std::string_view line);
 
 }  // namespace ZET::Text

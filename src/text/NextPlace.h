@@ -8,12 +8,12 @@
 
 namespace ZET::Text {
 
-/// Where the next of some bytes begins in a text that is taken line by line.
+/// The next occurrence of some bytes in a text that is read line by line.
 class NextPlace {
   public:
     NextPlace(std::string_view text, std::string_view what) : m_what(what) { Find(text); }
 
-    /// In what is left of the text; its end, if there is none.
+    /// The next occurrence in the rest of the text; its end if there is none.
     const char* In(std::string_view rest) {
         if (m_place < rest.data()) Find(rest);
         return m_place;

@@ -7,14 +7,14 @@
 
 namespace ZET::Text {
 
-/// A text and the notice at its top, apart.
+/// A text, separated from the notice at its top.
 struct TextAndNotice {
-    std::string_view notice;  ///< with its last line feed; empty: the text begins with none
+    std::string_view notice;  ///< with its last line feed; empty if there is none
     std::string_view text;
     std::size_t noticeLines = 0;
 };
 
-/// The text must outlive the result. A notice that is not closed is none.
+/// The text must outlive the result. A notice that is not closed does not count.
 TextAndNotice WithoutNotice(std::string_view text);
 
 }  // namespace ZET::Text

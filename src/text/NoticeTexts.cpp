@@ -17,7 +17,7 @@ namespace {
 constexpr char kModuleDomain[] = "libzet-config";
 constexpr std::string_view kGap = "%s";
 
-/// What stands in the line where the text has its gap, or an empty text where it has none.
+/// The part of the line in the text's gap, or empty if the text has no gap; none if the line does not fit.
 std::optional<std::string_view> Fit(std::string_view line, std::string_view text) {
     line = WithoutCarriageReturn(line);
     const std::size_t gap = text.find(kGap);
@@ -35,7 +35,7 @@ bool Is(const std::vector<std::string>& text, NoticeLines lines) {
         [](const std::string& wanted, std::string_view line) { return Fit(line, wanted).has_value(); });
 }
 
-/// A path in quotes, as a translation that is not at hand may have it.
+/// A quoted path, as a translation that is not available may have it.
 std::string QuotedPath(std::string_view line) {
     const std::size_t begin = line.find("'/");
     const std::size_t end = line.rfind('\'');
@@ -44,7 +44,7 @@ std::string QuotedPath(std::string_view line) {
                : std::string(line.substr(begin + 1, end - begin - 1));
 }
 
-/// Whether it can be a notice's line in a language that is not at hand.
+/// Whether the line can belong to a notice in a language that is not available.
 bool CanBeTranslated(std::string_view line) {
     return (line.empty() || line.starts_with('#')) && MarkerOf(line) == Marker::None &&
            line.find(MarkerText(Marker::FormerLine)) == std::string_view::npos;
@@ -65,12 +65,12 @@ void NoticeTexts::Add(std::string_view text) {
     Lines lines;
     for (const TextLine& line : SplitLines(text))
         lines.emplace_back(line.text);
-    // The module writes a line feed of its own after a text that ends its last line itself.
+    // If a text ends its last line itself, the module adds another line feed.
     if (text.ends_with('\n')) {
         m_texts.push_back(lines);
         m_texts.back().emplace_back();
     }
-    // The empty line is easily lost; the text is whole without it.
+    // The resulting empty line is easily lost; the text is complete without it.
     m_texts.push_back(std::move(lines));
 }
 
@@ -113,7 +113,7 @@ std::size_t NoticeTexts::ForeignLine(NoticeLines notice) const {
 
 std::string NoticeTexts::TemplateIn(NoticeLines notice) const {
     for (const Lines& text : m_texts) {
-        // The first gap of a text is the template.
+        // A text's first gap holds the template.
         const auto edit = std::find_if(text.begin(), text.end(), [](const std::string& line) {
             return line.find(kGap) != std::string::npos;
         });

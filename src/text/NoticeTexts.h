@@ -12,28 +12,28 @@ namespace ZET::Text {
 
 using NoticeLines = std::span<const std::string_view>;
 
-/// What the module writes between the markers of a notice: its texts as they are, and in the language that
-/// was set when the object was made.
+/// The texts that the module writes between the markers of a notice: in English, in the language that was set
+/// when the object was created, and in the shipped languages.
 class NoticeTexts {
   public:
     NoticeTexts();
 
-    /// How many of the first of these lines are the whole text of a notice; 0 when none is. Carriage returns
-    /// at their ends do not count.
+    /// The number of leading lines that are the whole text of a notice; 0 if none is. Carriage returns at
+    /// their ends are ignored.
     std::size_t LengthFrom(NoticeLines lines) const;
 
-    /// The same for the last ones.
+    /// The same for trailing lines.
     std::size_t LengthBefore(NoticeLines lines) const;
 
-    /// How many lines that can take at most.
+    /// The most lines that such a text has.
     std::size_t MostLines() const;
 
-    /// The first of the lines between the markers of a notice that the module did not write; their number
-    /// when it wrote all. A text of which no line is known is one in another language, and may be any
-    /// comment.
+    /// The index of the first line between a notice's markers that the module did not write; the number of
+    /// lines if it wrote them all. If no line is known, the notice is taken to be in another language, in
+    /// which any comment line may be the module's.
     std::size_t ForeignLine(NoticeLines notice) const;
 
-    /// The template that a notice tells its reader to edit; empty when it names none.
+    /// The template that a notice tells the user to edit; empty if it names none.
     std::string TemplateIn(NoticeLines notice) const;
 
   private:
@@ -45,7 +45,7 @@ class NoticeTexts {
     std::vector<Lines> m_texts;
 };
 
-/// The text with the command of another program in its notice; none where that names another one already.
+/// Replaces the program in the notice's command by `other`; none if the notice does not name `program`.
 std::optional<std::string> WithCommandOf(std::string text, std::string_view program, std::string_view other);
 
 }  // namespace ZET::Text

@@ -3,9 +3,8 @@
 
 namespace ZET::Text {
 
-/// The notices in the shipped languages, as the catalogues of the module have them: a file may have been
-/// written in another language than the reader's, on a host that has not even that language. A test holds
-/// both together.
+/// The notices in the shipped languages, as in the module's catalogues: a file may have been written in a
+/// language that this host does not have. A test keeps both in agreement.
 inline constexpr const char* kTranslatedNotices[] = {
     "# Diese Datei ist teilweise von zet(7) geändert.\n"
     "# Bearbeiten Sie nichts zwischen den Marken ZET_BEGIN und ZET_END von Hand,\n"

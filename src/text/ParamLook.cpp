@@ -15,19 +15,19 @@ using Form = ParamLine::Form;
 constexpr std::string_view kBlanks = " \t\v\f\r";
 constexpr std::string_view kCommentStarts = "#;";
 
-/// Takes these bytes off the beginning, and tells whether there were any.
+/// Removes these bytes from the front; true if there were any.
 bool Skip(std::string_view& line, std::string_view bytes) {
     const std::size_t count = std::min(line.find_first_not_of(bytes), line.size());
     line.remove_prefix(count);
     return count > 0;
 }
 
-/// Takes the lines off that stand before the one at `place`.
+/// Removes the lines before the one at `place`.
 void SkipTo(std::string_view& lines, const char* place) {
     lines.remove_prefix(LinesBefore(lines, static_cast<std::size_t>(place - lines.data())).size());
 }
 
-/// Whether the text is the name and "="; with blanks in between, or without.
+/// Whether the text begins with the name and "=", and whether blanks are between them.
 struct NameAndSign {
     bool isThere = false;
     bool hasBlanks = false;
@@ -62,12 +62,12 @@ bool IsSetting(std::string_view line) {
 
 }  // namespace
 
-/// The numbers of a few of many lines.
+/// Determines the numbers of a few lines out of many.
 class ParamLook::Numbers {
   public:
     Numbers(std::string_view lines, std::size_t before) : m_left(lines), m_number(before + 1) {}
 
-    /// Of lines that are asked for one after the other.
+    /// Must be called for ascending lines.
     std::size_t Of(std::string_view line) {
         const auto passed = static_cast<std::size_t>(line.data() - m_left.data());
         m_number += CountLineFeeds(m_left.substr(0, passed));
@@ -80,13 +80,13 @@ class ParamLook::Numbers {
     std::size_t m_number;
 };
 
-/// Most of most files has nothing to do with one parameter: lines that neither name it nor are a heading or a
-/// marker are passed over.
+/// Most lines of most files have nothing to do with one parameter: lines that neither name it nor are a
+/// heading or a marker are skipped.
 void ParamLook::Take(std::string_view lines, std::size_t before) {
     Numbers numbers(lines, before);
     NextPlace name(lines, m_name);
     NextPlace heading(lines, "[");
-    // One byte is searched in a fifth of the time.
+    // Searching a single byte takes a fifth of the time.
     const bool hasMarkers = lines.find(kMarkerStart.back()) != std::string_view::npos;
     NextPlace marker(hasMarkers ? lines : lines.substr(lines.size()), kMarkerStart);
     while (!lines.empty()) {

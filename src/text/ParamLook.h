@@ -12,36 +12,36 @@
 
 namespace ZET::Text {
 
-/// A line that has to do with a parameter.
+/// A line that concerns a parameter.
 struct ParamLine {
     enum class Form : std::uint8_t {
         Set,            ///< "name=value"
-        SetWithBlanks,  ///< "name = value", which the module does not take for the parameter
-        CommentedOut,   ///< "#name=value", which it does take for it when it sets one
-        Mentioned,      ///< commented out in a way in which it does not
+        SetWithBlanks,  ///< "name = value", which the module does not recognise
+        CommentedOut,   ///< "#name=value", which the module replaces when it sets the parameter
+        Mentioned,      ///< commented out in a form that the module does not recognise
         Former          ///< kept before a managed block
     };
 
     Form form = Form::Set;
     std::size_t number = 0;
-    std::size_t section = 0;  ///< counted from 1; 0: before the first
+    std::size_t section = 0;  ///< counted from 1; 0 before the first section
     bool isInBlock = false;
 };
 
-/// Looks at a text, which may come in pieces of whole lines, for a parameter, whatever form it has there.
+/// Finds a parameter in a text, in whatever form; the text may come in pieces of whole lines.
 class ParamLook {
   public:
     explicit ParamLook(std::string name) : m_name(std::move(name)) {}
 
-    /// `before` is how many lines of the file stand before these.
+    /// `before` is the number of lines of the file before these.
     void Take(std::string_view lines, std::size_t before);
 
     const std::vector<ParamLine>& Lines() const { return m_lines; }
 
-    /// In how many parts of the text a parameter can stand: its sections, and what is set before them.
+    /// The number of parts of the text that can hold a parameter: its sections, and the settings before them.
     std::size_t PartCount() const { return m_section + (m_isSetBeforeSections ? 1 : 0); }
 
-    /// Of the last section; empty where there is none.
+    /// The name of the last section; empty if there is none.
     const std::string& LastSection() const { return m_lastSection; }
 
   private:

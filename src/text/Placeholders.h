@@ -13,30 +13,31 @@ namespace ZET::Text {
 
 inline constexpr std::string_view kPlaceholderBegin = "${";
 
-/// Where a placeholder stands in a line; both are npos when there is none.
+/// The position of a placeholder in a line; both are npos if there is none.
 struct PlaceholderRange {
     std::size_t begin = std::string_view::npos;
-    std::size_t end = std::string_view::npos;  ///< behind its "}"; npos when that is missing
+    std::size_t end = std::string_view::npos;  ///< after its "}"; npos if that is missing
 
     bool IsThere() const { return begin != std::string_view::npos; }
     bool IsClosed() const { return end != std::string_view::npos; }
     std::string_view In(std::string_view line) const { return line.substr(begin, end - begin); }
 };
 
-/// The module substitutes nothing in a line that begins like a comment.
+/// The module replaces nothing in a line that begins like a comment.
 inline bool HasNoPlaceholders(std::string_view line) {
     return line.starts_with('#');
 }
 
-/// The first one from there on, in a line that can have some.
+/// The first placeholder at or after `from`, in a line that can have some.
 PlaceholderRange NextPlaceholder(std::string_view line, std::size_t from);
 
-/// The same in a text that has many, one after the other.
+/// As `NextPlaceholder`, for finding many placeholders of a text in sequence.
 class PlaceholderWalk {
   public:
     explicit PlaceholderWalk(std::string_view text) : m_text(text), m_dollar(m_dollars.Next(text)) {}
 
-    /// The first one from there on, which is not before where any that was asked for began.
+    /// The first placeholder at or after `from`, which must not be before the begin of one that was returned
+    /// already.
     PlaceholderRange NextFrom(std::size_t from) {
         while (m_dollar < from || (m_dollar != std::string_view::npos && !IsBegin(m_dollar)))
             m_dollar = m_dollars.Next(m_text);
@@ -56,20 +57,20 @@ class PlaceholderWalk {
     std::string_view m_text;
     BytePlaces m_dollars{'$'};
     std::size_t m_dollar;
-    std::size_t m_end = 0;  ///< behind the first "}" that follows a placeholder's begin; npos: there is none
+    std::size_t m_end = 0;  ///< after the first "}" that follows a placeholder's begin; npos if there is none
 };
 
-/// The placeholders of a template's line that are replaced, in their order, each once.
+/// The placeholders of a template line that are replaced, in order, each once.
 std::vector<std::string> PlaceholdersOf(std::string_view templateLine);
 
-/// What is put before a text that is taken for a line, though it is none: one that begins like a comment
-/// would have no placeholders.
+/// Put before a text that is treated as a line but is none: if it began like a comment, it would have no
+/// placeholders.
 inline constexpr std::string_view kLineGuard = "=";
 
 /// The placeholders of a value, which may begin like a comment.
 std::vector<std::string> PlaceholdersOfValue(std::string_view value);
 
-/// What stands before, between and behind the placeholders of a template's line that are replaced.
+/// The texts before, between and after the replaced placeholders of a template line.
 std::vector<std::string_view> PiecesBetweenPlaceholders(std::string_view templateLine);
 
 }  // namespace ZET::Text

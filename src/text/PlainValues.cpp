@@ -9,7 +9,7 @@ namespace ZET::Text {
 
 namespace {
 
-/// Cheap, and different for most names: the length, and the bytes at both ends of the name.
+/// A cheap hash that differs for most names: the size, and the bytes at both ends of the name.
 std::size_t HashOf(std::string_view placeholder) {
     const auto byte = [&](std::size_t index) -> std::size_t {
         return static_cast<unsigned char>(placeholder[index]);
@@ -21,7 +21,7 @@ std::size_t HashOf(std::string_view placeholder) {
 
 PlainValues::PlainValues(const StringMap& values, std::set<std::string>* used) : m_used(used) {
     for (const auto& value : values) {
-        // A placeholder ends in its line.
+        // A placeholder must end in its line.
         if (value.first.find('\n') == std::string::npos &&
             value.second.find(kPlaceholderBegin) == std::string::npos)
             m_values.emplace(value.first, Value{&value, value.second.ends_with(kPlaceholderBegin.front())});

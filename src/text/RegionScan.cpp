@@ -13,10 +13,11 @@ namespace ZET::Text {
 
 namespace {
 
-/// More than a notice has in any language.
+/// More lines than a notice has in any language.
 constexpr std::size_t kMostLinesOfNotice = 100;
 
-/// Dashes, and what else a hand may leave around a marker; a part of a longer character may be either.
+/// Dashes and other characters that an edit by hand may leave around a marker; a byte of a multibyte
+/// character may be either.
 constexpr std::array<bool, 256> EdgeBytes() {
     std::array<bool, 256> isEdge = {};
     for (const char c : std::string_view(" \t\r#;/-"))
@@ -39,7 +40,7 @@ bool BeginsWithDash(Iterator from, Iterator end) {
     return false;
 }
 
-/// Cheap, and true of every line that is nearly a marker.
+/// A cheap test that is true for every near marker.
 bool CanBeNearMarker(std::string_view line) {
     return BeginsWithDash(line.begin(), line.end()) || BeginsWithDash(line.rbegin(), line.rend());
 }
@@ -48,13 +49,13 @@ bool HasNothingBehind(std::string_view line, Marker marker) {
     return line.find_first_not_of(" \t\r", MarkerText(marker).size()) == std::string_view::npos;
 }
 
-/// What the first byte of every dash is that a marker may have; one beyond ASCII is what a text processor
-/// made of it.
+/// The first bytes of all dashes that a marker may have; the second is that of dashes that a text processor
+/// produced.
 constexpr std::string_view kDash = "-";
 constexpr std::string_view kOtherDash = "\xe2";
 
-/// Takes these bytes off the beginning, and tells whether they were there. Of a size that is known, no call
-/// is made.
+/// Removes these bytes from the front; true if they were there. The size is known at compile time, so no
+/// function is called.
 template <std::size_t kSize>
 bool TakeStart(std::string_view& lines, const char (&start)[kSize]) {
     constexpr std::size_t kLength = kSize - 1;
@@ -65,14 +66,14 @@ bool TakeStart(std::string_view& lines, const char (&start)[kSize]) {
 
 }  // namespace
 
-/// A place in the text at which a line may have a dash.
+/// Finds the next place at which a line may have a dash.
 class RegionScan::NextDash {
   public:
     explicit NextDash(std::string_view text) : m_dash(text, kDash), m_other(text, kOtherDash) {}
 
     const char* In(std::string_view rest) { return std::min(m_dash.In(rest), m_other.In(rest)); }
 
-    /// Takes the next line off, if it has a line feed and no dash before it.
+    /// Removes the next line if it has a line feed and no dash before it.
     bool TakeLineWithout(std::string_view& rest) {
         const char* const dash = In(rest);
         const std::size_t length = FindNear(rest, '\n');
@@ -86,8 +87,8 @@ class RegionScan::NextDash {
     NextPlace m_other;
 };
 
-/// Lines without a dash, as most are: how many there are matters only to what has to stand right before a
-/// block, or alone in it.
+/// Skips lines without a dash, as most are. Their number matters only to lines that must directly precede a
+/// block or be alone in it.
 void RegionScan::PassOver(std::string_view& lines, const char* dash) {
     const std::string_view others = LinesBefore(lines, static_cast<std::size_t>(dash - lines.data()));
     if (others.empty()) return;
@@ -96,8 +97,8 @@ void RegionScan::PassOver(std::string_view& lines, const char* dash) {
     lines.remove_prefix(others.size());
 }
 
-/// A block as the system writes it, with the former line before it, if there is one: in a text of many
-/// blocks, three quarters of what taking its lines one by one takes.
+/// Skips a block in the form that the system writes, with the former line before it, if any. In a text of
+/// many blocks, three quarters of what taking its lines one by one takes.
 bool RegionScan::TakeWholeBlock(std::string_view& lines, NextDash& dash) {
     if (m_blocks.IsInside() || m_formerLine != 0) return false;
     std::string_view rest = lines;
@@ -131,8 +132,8 @@ void RegionScan::TakeLine(std::string_view line) {
     m_hasRegions = m_hasRegions || marker == Marker::BlockBegin || marker == Marker::Notice;
 }
 
-/// A kept former line stands right before its block, the one notice above everything else, and a marker alone
-/// in its line.
+/// Checks that a kept former line directly precedes its block, that the notice is above everything else, and
+/// that a marker is alone in its line.
 void RegionScan::LookForSpots(std::string_view line, Marker marker) {
     const std::size_t former = std::exchange(m_formerLine, marker == Marker::FormerLine ? m_number : 0);
     const bool hasBlock = former == 0 || (former + 1 == m_number && marker == Marker::BlockBegin);
@@ -170,7 +171,7 @@ bool RegionScan::TakeMention(std::string_view line, Marker marker) {
     return TakeCommentMarker(marker, line);
 }
 
-/// The system writes one line into each block.
+/// The system writes exactly one line into each block.
 bool RegionScan::TakeBlockMarker(Marker marker) {
     const std::size_t begin = m_blocks.OpenedAt();
     const RegionStep step = m_blocks.Take(marker, m_number);

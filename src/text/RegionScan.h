@@ -11,20 +11,20 @@
 
 namespace ZET::Text {
 
-/// A quick look through a text, which may come in pieces of whole lines, for markers that are out of order.
-/// What is sound here is so for sure; of anything else, a diagnosis tells.
+/// A quick scan of a text, which may come in pieces of whole lines, for markers that are out of order. What
+/// it calls sound certainly is; anything else needs a diagnosis.
 class RegionScan {
   public:
-    /// With the texts of notices, these must be in order too; the texts must outlive the object.
+    /// If `noticeTexts` is given, notices must be in order too. It must outlive the object.
     explicit RegionScan(const NoticeTexts* noticeTexts) : m_noticeTexts(noticeTexts) {}
 
     void Take(std::string_view lines);
 
-    /// After the last line.
+    /// Whether the text is sound; call it after the last line.
     bool IsSound() const { return m_isSound && !m_blocks.IsInside() && !m_notices.IsInside(); }
 
-    /// The same, and with the texts of notices nothing at all is there that a diagnosis would tell of: what
-    /// has damage of any kind has none of these.
+    /// Whether the text is sound and, if notice texts were given, contains nothing at all that a diagnosis
+    /// would report: no damage of any kind.
     bool IsSpotless() const { return IsSound() && m_isSpotless && m_formerLine == 0; }
 
     /// Whether there are managed blocks or notices.
@@ -47,13 +47,13 @@ class RegionScan {
     const NoticeTexts* m_noticeTexts;
     bool m_isSound = true;
     bool m_isSpotless = true;
-    bool m_hasText = false;        ///< a line that is not empty
-    std::size_t m_formerLine = 0;  ///< the number of a kept former line, until its block begins
+    bool m_hasText = false;        ///< whether there was a non-empty line
+    std::size_t m_formerLine = 0;  ///< the number of a kept former line until its block begins
     bool m_hasRegions = false;
-    std::size_t m_number = 0;  ///< of the line, if of lines without a dash in a row no more than two count
+    std::size_t m_number = 0;  ///< of the line, where a run of lines without a dash counts as two at most
     RegionFollower m_blocks = RegionFollower::OfBlocks();
     RegionFollower m_notices = RegionFollower::OfNotices();
-    std::vector<std::string> m_notice;  ///< the lines of the one that is open, without its begin marker
+    std::vector<std::string> m_notice;  ///< the lines of the open notice, without its begin marker
 };
 
 }  // namespace ZET::Text

@@ -8,13 +8,13 @@
 
 namespace ZET::Text {
 
-/// What a line is to the regions of one kind.
+/// The relation of a line to the regions of one kind.
 enum class RegionStep : std::uint8_t {
     Outside,
-    StrayEnd,  ///< ends nothing; also outside
+    StrayEnd,  ///< an end marker outside of any region
     Begin,
     Inside,
-    NestedBegin,  ///< also inside: the region goes on
+    NestedBegin,  ///< a begin marker inside; the region goes on
     End
 };
 
@@ -22,8 +22,8 @@ inline bool IsOutside(RegionStep step) {
     return step == RegionStep::Outside || step == RegionStep::StrayEnd;
 }
 
-/// Follows the regions of one kind as the module does when it takes them out: from a line that begins with
-/// their marker to the next one that begins with their end marker, whatever stands between.
+/// Tracks the regions of one kind as the module does when it removes them: from a line that begins with their
+/// begin marker to the next one that begins with their end marker, whatever is in between.
 class RegionFollower {
   public:
     static RegionFollower OfBlocks() { return {Marker::BlockBegin, Marker::BlockBegin, Marker::BlockEnd}; }
@@ -37,7 +37,7 @@ class RegionFollower {
         return {Marker::Notice, Marker::TemplateComment, Marker::CommentEnd};
     }
 
-    /// Takes the marker that the next line begins with. The line's number is only remembered.
+    /// Takes the marker that the next line begins with. The line's number is only stored.
     RegionStep Take(Marker marker, std::size_t number = 0) {
         const bool isBegin = marker == m_begin || marker == m_otherBegin;
         if (isBegin && !IsInside()) {
@@ -56,7 +56,7 @@ class RegionFollower {
 
     bool IsInside() const { return m_opener != Marker::None; }
 
-    /// Of the region that is open; none and 0 when none is.
+    /// For the open region; `None` and 0 if none is open.
     Marker Opener() const { return m_opener; }
     std::size_t OpenedAt() const { return IsInside() ? m_openedAt : 0; }
 
@@ -73,20 +73,20 @@ class RegionFollower {
 
 enum class RegionKind : std::uint8_t { Ordinary, FormerLine, Block, Notice, TemplateComment };
 
-/// The region of all kinds that a line is in, and what it is to that.
+/// The region, of any kind, that a line is in, and the line's relation to it.
 struct RegionPlace {
     RegionKind kind = RegionKind::Ordinary;
     RegionStep step = RegionStep::Outside;
 };
 
-/// Follows the regions of all kinds as the module does when it takes its own lines out: managed blocks first,
-/// then notices in what is left, and then, for a template, its comments.
+/// Tracks the regions of all kinds as the module does when it removes its own lines: first managed blocks,
+/// then notices in the rest, and then, for a template, its comments.
 class Regions {
   public:
     /// Takes the marker that the next line begins with, and its number.
     RegionPlace Take(Marker marker, std::size_t number);
 
-    /// The line in which the region of that kind begins that is open, or 0.
+    /// The line where the open region of that kind begins, or 0.
     std::size_t OpenSince(RegionKind kind) const;
 
   private:

@@ -21,7 +21,7 @@ bool IsComment(std::string_view text) {
     return !text.empty() && kCommentStarts.find(text.front()) != std::string_view::npos;
 }
 
-/// What may follow the name of a section.
+/// Whether `rest` may follow the name of a section.
 bool IsBlankOrComment(std::string_view rest) {
     const std::string_view text = WithoutBlanks(rest);
     return text.empty() || (IsComment(text) && text.data() != rest.data());
@@ -31,13 +31,13 @@ bool IsEmpty(const TextLine& line) {
     return WithoutBlanks(line.text).empty();
 }
 
-/// A remark in words, not one that holds a parameter.
+/// Whether it is a comment in words, not a commented-out parameter.
 bool IsRemark(const TextLine& line) {
     return IsComment(line.text) && line.text.find('=') == std::string_view::npos &&
            MarkerOf(line.text) == Marker::None;
 }
 
-/// Where the lines end that are the section's own: a new one belongs there.
+/// The section's own lines: a new line belongs after them.
 std::string_view OwnLines(std::string_view text, bool isLast) {
     const std::vector<TextLine> lines = SplitLines(text);
     std::size_t count = lines.size();
@@ -84,7 +84,7 @@ class Split {
     };
 
     void Begin(const SectionFollower::Heading& heading, const Place& line, std::size_t next) {
-        // A block is nobody's but its own: the lines before it end where it begins.
+        // A block with a heading does not belong to the section before it: that ends where the block begins.
         End(heading.isInBlock ? std::max(m_block.at, m_begin) : line.at);
         m_sections.back().lines = OwnLines(m_sections.back().lines, false);
         m_begin = heading.isInBlock ? std::max(m_block.at, m_begin) : next;
@@ -97,9 +97,9 @@ class Split {
     std::string_view m_text;
     std::vector<Section> m_sections;
     SectionFollower m_follower;
-    std::size_t m_begin = 0;  ///< of the section that is open
+    std::size_t m_begin = 0;  ///< where the open section begins
     std::size_t m_number = 0;
-    bool m_isFormerLine = false;  ///< the line before was one
+    bool m_isFormerLine = false;  ///< whether the previous line was one
     Place m_formerLine;
     Place m_block;
 };
@@ -111,7 +111,7 @@ std::optional<std::string_view> SectionNameOf(std::string_view line) {
     if (!line.starts_with('[')) return std::nullopt;
     std::size_t end = line.find(']');
     if (end == std::string_view::npos) return std::nullopt;
-    // "[[name]]": a section, of which the name has brackets.
+    // "[[name]]": a section whose name includes brackets.
     while (end + 1 < line.size() && line[end + 1] == ']')
         ++end;
     if (!IsBlankOrComment(line.substr(end + 1))) return std::nullopt;

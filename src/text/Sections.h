@@ -8,27 +8,27 @@
 
 #include "text/Regions.h"
 
-/// Files whose lines "[name]" say what the lines below them are about.
+/// Files with lines "[name]" that begin sections.
 namespace ZET::Text {
 
-/// The name in a line that begins a section, without the blanks around it; none: the line is another one.
+/// The name in a line that begins a section, without the blanks around it; none for any other line.
 std::optional<std::string_view> SectionNameOf(std::string_view line);
 
-/// Follows a text through its sections, line by line.
+/// Tracks the sections of a text, line by line.
 class SectionFollower {
   public:
     struct Heading {
         std::string_view name;
-        bool isInBlock = false;  ///< the product wrote it: what it names comes and goes with the block
+        bool isInBlock = false;  ///< the product wrote it, so that it goes with its block
     };
 
-    /// What the next line begins.
+    /// Takes the next line; returns the heading if it is one.
     std::optional<Heading> Take(std::string_view line);
 
-    /// Whether the line that was taken last stands in a managed block, the markers included.
+    /// Whether the last line is in a managed block, including its markers.
     bool IsInBlock() const { return !IsOutside(m_step); }
 
-    /// Whether it begins one.
+    /// Whether the last line begins a managed block.
     bool BeginsBlock() const { return m_step == RegionStep::Begin; }
 
   private:
@@ -38,13 +38,13 @@ class SectionFollower {
 
 struct Section {
     std::string_view name;
-    std::size_t headingLine = 0;  ///< 0: the lines before the first section
+    std::size_t headingLine = 0;  ///< 0 for the lines before the first section
     bool isInBlock = false;
-    std::size_t linesBefore = 0;  ///< of the text
-    std::string_view lines;       ///< the empty ones behind them, and a comment on the next section, left out
+    std::size_t linesBefore = 0;  ///< the number of lines before `lines`
+    std::string_view lines;       ///< without trailing empty lines, and without a comment on the next section
 };
 
-/// All of a text, which must outlive them; the first has no name, and may have no lines either.
+/// All sections of a text, which must outlive them. The first has no name and may have no lines.
 std::vector<Section> SectionsOf(std::string_view text);
 
 }  // namespace ZET::Text

@@ -6,7 +6,7 @@
 
 namespace ZET::Text {
 
-/// As a shell takes it for one word: in quotes where it has to be.
+/// The word in a form that a shell reads as one word, quoted if necessary.
 std::string ShellWord(std::string_view word);
 
 }  // namespace ZET::Text

@@ -17,18 +17,18 @@ namespace ZET::Text {
 
 namespace {
 
-constexpr std::size_t kMostUnknownOfLine = 100;  ///< what a reader can make use of
-constexpr std::size_t kStart = 64;               ///< of a line: more than the longest marker
+constexpr std::size_t kMostUnknownOfLine = 100;  ///< more would not help a user
+constexpr std::size_t kStart = 64;               ///< of a line; longer than the longest marker
 constexpr std::size_t kMostKept = std::size_t{16} << 10;
 
-/// The regions of one kind, and what was told of the one that is open.
+/// The regions of one kind, and what was reported about the open one.
 struct TemplateRegions {
     RegionFollower follower;
-    bool isOtherInside = false;  ///< a region of the other kind began in it, which was told
+    bool isOtherInside = false;  ///< a region of the other kind that began in it was reported
 };
 
-/// The beginning and the end of a long line, as far as they tell what it is. What lies between them cannot:
-/// the beginning holds more than the one sign that a line may consist of to be one that comes first.
+/// Whether the beginning and end of a long line suffice to judge it. They do if the beginning contains more
+/// than one character, since a line that must come first may consist of a single one.
 bool CanBeShortened(std::string_view line) {
     constexpr char kBlanks[] = " \t\r";
     const std::string_view start = line.substr(0, kStart);
@@ -37,7 +37,7 @@ bool CanBeShortened(std::string_view line) {
 
 void ShortenMiddle(std::string& line) {
     constexpr std::size_t kEnd = std::size(ZETNoticeMarker);
-    // No marker has a zero byte.
+    // No marker contains a zero byte.
     line.replace(kStart, line.size() - kStart - kEnd, 1, '\0');
 }
 
@@ -54,8 +54,8 @@ class TemplateChecker {
     TemplateChecker(const std::string& file, ValuesToCheck& values, bool hasNotice)
         : m_file(file), m_values(values), m_hasNotice(hasNotice) {}
 
-    /// Where a line is no first line any more, only a placeholder or a marker can make a difference: the
-    /// others are counted, and not looked at one by one, which takes half of the time.
+    /// After the first lines, only placeholders and markers matter: other lines are only counted, not
+    /// examined one by one, which takes half of the time.
     void TakeLines(std::string_view lines) {
         PlaceholderWalk placeholders(lines);
         std::optional<std::size_t> marker;
@@ -95,8 +95,8 @@ class TemplateChecker {
     }
 
   private:
-    /// Where the next placeholder is that makes its line one to be looked at by itself, from the begin of a
-    /// line on: any other has a plain value, and does not begin its line. The size, if there is none.
+    /// The position of the next placeholder whose line must be examined by itself: any other has a plain
+    /// value and does not begin its line. `at` is the begin of a line. The size of `lines` if there is none.
     std::size_t EndOfPlain(std::string_view lines, PlaceholderWalk& placeholders, std::size_t at) {
         std::size_t lineBegin = at;
         std::size_t left = LineExpansion::kLongestLine;
@@ -119,15 +119,15 @@ class TemplateChecker {
         return true;
     }
 
-    /// Takes the lines off that stand before the one at `place`.
+    /// Skips the lines before the one at `place`.
     void Skip(std::string_view& lines, std::size_t place) {
         const std::string_view others = LinesBefore(lines, place);
         m_line += static_cast<int>(CountLines(others));
         lines.remove_prefix(others.size());
     }
 
-    /// How much of what the line renders to has to be looked at: until the first lines are found all of it,
-    /// and then no more than can be a marker.
+    /// How much of the rendered line must be examined: all of it until the first lines are found, then only
+    /// what can be a marker.
     std::size_t WantedOf(std::string_view line) const {
         if (!m_hasText || !m_hasFirstLine || m_values.hasLineFeeds) return std::string::npos;
         return line.starts_with(kPlaceholderBegin) ? kStart : 0;
@@ -139,8 +139,8 @@ class TemplateChecker {
         if (m_rendered.size() > kMostKept && !m_values.hasLineFeeds && CanBeShortened(m_rendered)) Shorten();
     }
 
-    /// A line may be as long as the template: it is searched in pieces, of which none is kept; and no further
-    /// where it cannot have a notice's marker.
+    /// A line may be as long as the template, so it is searched in pieces that are not kept; and no further
+    /// if it cannot contain a marker of a notice.
     void Shorten() {
         m_hasNoticeBefore = m_hasNoticeBefore || HasNoticeMarker(m_rendered);
         m_isRenderedEnough = !m_mayHaveMarkers;
@@ -151,8 +151,8 @@ class TemplateChecker {
         return text.find(ZETNoticeMarker) != std::string_view::npos;
     }
 
-    /// Whether every placeholder of the line has a value, and none leads to another: most lines are like
-    /// that, and cost two searches.
+    /// Whether every placeholder of the line has a value that leads to no other one: most lines are like that
+    /// and cost two searches.
     bool IsPlain(std::string_view line, std::size_t wanted) {
         std::size_t left = LineExpansion::kLongestLine;
         std::size_t done = 0;
@@ -185,7 +185,7 @@ class TemplateChecker {
                 case Verdict::Fine:
                     return;
                 case Verdict::NoValue:
-                    // What stands in a template comment never reaches the target.
+                    // Text in a template comment never reaches the target.
                     if (IsInTemplateComment()) break;
                     if (unknown.size() == kMostUnknownOfLine ||
                         !unknown.emplace(expansion.Column(), expansion.Placeholder()).second)
@@ -210,7 +210,7 @@ class TemplateChecker {
 
     bool IsInTemplateComment() const { return m_comments.follower.Opener() == Marker::TemplateComment; }
 
-    /// A line as it is going to be, and the template's line that it comes from.
+    /// Checks a rendered line; `line` is the template line that it comes from.
     void CheckRendered(std::string_view text, std::string_view line) {
         if (m_hasNotice && !m_hasText && !text.empty()) CheckNoticeIn(text, line);
         m_hasText = m_hasText || !text.empty();
@@ -229,7 +229,7 @@ class TemplateChecker {
             _("say notice = false in its entry of the list"));
     }
 
-    /// The module takes a notice in the first line for the one it would write, wherever in it the marker is.
+    /// If the first line contains a notice's marker anywhere, the module adds no notice of its own.
     void CheckNoticeIn(std::string_view text, std::string_view line) {
         if (!m_hasNoticeBefore && !HasNoticeMarker(text)) return;
         const std::size_t place = line.find(ZETNoticeMarker);
@@ -290,12 +290,12 @@ class TemplateChecker {
     ValuesToCheck& m_values;
     const bool m_hasNotice;
     int m_line = 0;
-    std::string m_rendered;          ///< what the line renders to, as far as it is wanted
-    bool m_hasNoticeBefore = false;  ///< in what was not kept of it
-    bool m_mayHaveMarkers = false;   ///< there can be one in the line, as it is and as it is rendered
+    std::string m_rendered;          ///< the rendered line, as far as it is needed
+    bool m_hasNoticeBefore = false;  ///< in the part of the line that was not kept
+    bool m_mayHaveMarkers = false;   ///< the line may contain one, as it is or rendered
     bool m_isRenderedEnough = false;
-    bool m_hasText = false;       ///< a line was taken that does not become empty
-    bool m_hasFirstLine = false;  ///< the same for a line that is not in a template comment
+    bool m_hasText = false;       ///< there was a line that does not become empty
+    bool m_hasFirstLine = false;  ///< the same, outside of template comments
     TemplateRegions m_blocks{RegionFollower::OfBlocks()};
     TemplateRegions m_comments{RegionFollower::OfComments()};
     std::vector<Problem> m_problems;

@@ -13,12 +13,11 @@
 
 namespace ZET::Text {
 
-/// Hands a text to `take` in pieces of whole lines, with their line feeds; a piece is not empty.
+/// Passes a text to `take` in non-empty pieces of whole lines, with their line feeds.
 using LineSource = std::function<void(const std::function<void(std::string_view lines)>& take)>;
 
-/// Values for the check of many templates, which are looked at once. `all` has whole placeholders as keys,
-/// and must outlive the object; the placeholders that the templates ask for are added to `used`, unless it is
-/// null.
+/// Values for the check of many templates, prepared once. The keys of `all` are whole placeholders; it must
+/// outlive the object. The placeholders that templates use are added to `used`, unless it is null.
 struct ValuesToCheck {
     explicit ValuesToCheck(const StringMap& values, std::set<std::string>* namesUsed = nullptr);
 
@@ -26,20 +25,20 @@ struct ValuesToCheck {
     std::set<std::string>* const used;
     PlainValues plain;
     std::size_t longestKey = 0;
-    bool hasLineFeeds = false;  ///< there is a value of several lines
-    const bool hasSigns;        ///< a plain value has what a marker begins with
+    bool hasLineFeeds = false;  ///< whether a value has several lines
+    const bool hasSigns;        ///< whether a plain value contains the first character of a marker
 };
 
-/// What keeps a template from becoming a file that one would want: a placeholder without a value or without
-/// an end, a value that reproduces itself; in the lines that it renders to, markers that are not balanced or
-/// that a value made, a notice that stands for the target's, a first line that no notice may come before.
-/// `file` is named in the problems. Without a notice, what keeps one out is none.
+/// Finds what prevents a template from becoming a usable file: a placeholder without a value or without an
+/// end, a value that reproduces itself; in the rendered lines, markers that are unbalanced or made by a
+/// value, a notice that takes the place of the target's, and a first line that no notice may precede. The
+/// problems name `file`. Without `hasNotice`, what concerns the notice is no problem.
 ///
-/// A template that is found fine is one that the module renders in bounded time.
+/// The module renders a template without problems in bounded time.
 std::vector<Problem> CheckTemplate(const std::string& file, const LineSource& lines, ValuesToCheck& values,
                                    bool hasNotice = true);
 
-/// The same of one template.
+/// As above, for a single template.
 std::vector<Problem> CheckTemplate(const std::string& file, const LineSource& lines, const StringMap& values,
                                    std::set<std::string>* used = nullptr, bool hasNotice = true);
 

@@ -8,7 +8,7 @@ namespace {
 
 using RegionTest = std::function<bool(const ManagedRegion& region)>;
 
-/// The text without the regions that go, and with the former lines before blocks of them.
+/// The text without the regions that `isToGo` selects, with the former lines before such blocks restored.
 std::string Without(const ManagedText& managed, std::string_view text, const RegionTest& isToGo) {
     std::string rest;
     rest.reserve(text.size());
@@ -19,7 +19,7 @@ std::string Without(const ManagedText& managed, std::string_view text, const Reg
         for (std::size_t number = region.first; number <= region.last; ++number)
             rest.append(isOfBlock ? managed.FormerText(number) : managed.Line(number).text).append("\n");
     }
-    // Its last line had no end, and nothing that goes stood behind it.
+    // The last line had no line feed, and nothing after it was removed.
     const bool endsOpen = !text.empty() && text.back() != '\n';
     if (endsOpen && !rest.empty() && !isToGo(managed.Regions().back())) rest.pop_back();
     return rest;
@@ -29,7 +29,7 @@ std::string Without(const ManagedText& managed, std::string_view text, const Reg
 
 std::string WithoutBlocks(std::string_view text) {
     const ManagedText managed(text);
-    // Its lines are the product's alone, so that nothing is left of them.
+    // The lines of blocks and notices are the product's alone, so they are removed completely.
     return Without(managed, text, [](const ManagedRegion& region) {
         return region.kind == RegionKind::Block || region.kind == RegionKind::Notice;
     });

@@ -7,11 +7,11 @@
 
 namespace ZET::Text {
 
-/// The text without what the product put into it: its managed blocks go, each former line before a block
-/// comes back, and so does the notice. All other lines stay as they are. The markers must be sound.
+/// The text without the product's additions: managed blocks and the notice are removed, and the former line
+/// before each block is restored. All other lines stay as they are. The markers must be sound.
 std::string WithoutBlocks(std::string_view text);
 
-/// The same of the blocks alone whose line `isToGo` says so of; notices stay.
+/// Removes only the blocks for whose line `isToGo` returns true; notices stay.
 std::string WithoutBlocksOf(std::string_view text, const std::function<bool(std::string_view line)>& isToGo);
 
 }  // namespace ZET::Text

@@ -17,8 +17,8 @@ constexpr std::string_view kGap = "%s";
 
 std::atomic<LookUp> g_lookUp = &Translated;
 
-/// The catalogues are in the prefix that the library is in, wherever that was put; a program that it is a
-/// part of says where they are.
+/// The catalogues are installed in the same prefix as the library; a program that contains the library sets
+/// their directory itself.
 bool Bind() {
     const std::string directory = LibraryDirectory(reinterpret_cast<const void*>(&_), "libzet-deploy.so");
     if (!directory.empty()) bindtextdomain(kDomain, (directory + "/" ZET_LOCALE_WAY).c_str());
@@ -48,7 +48,7 @@ LookUp LookUpBy(LookUp lookUp) {
 }
 
 const char* InReadersLanguage(const char* domain, const char* text) {
-    const int error = errno;  // which the text may be about
+    const int error = errno;  // the text may be about it
     const char* const found = g_lookUp.load()(domain, text);
     errno = error;
     return found;

@@ -5,36 +5,36 @@
 #include <string>
 #include <string_view>
 
-/// What the library says to a reader is put into his language where it is made, by the catalogue
-/// "libzet-deploy". A text that is stored or compared is none of these.
+/// The library's messages to the user are translated where they are composed, by the catalogue
+/// "libzet-deploy". Texts that are stored or compared are not translated.
 namespace ZET::Text {
 
 inline constexpr char kDomain[] = "libzet-deploy";
 
-/// Whether the texts of a locale are those of the sources.
+/// Whether the locale's language is that of the sources.
 bool IsEnglish(std::string_view locale);
 
-/// Whether there is another language than that of the sources to look for.
+/// Whether messages are to be in another language than that of the sources.
 bool IsTranslated();
 
-/// How a text of a catalogue gets its language.
+/// Translates a text of a catalogue.
 using LookUp = const char* (*)(const char* domain, const char* text);
 
-/// A text in the language that is set. Nothing is looked for where that is English.
+/// The text in the language that is set; English is returned without a lookup.
 const char* Translated(const char* domain, const char* text);
 
-/// Texts get their language by `lookUp` from now on, where the reader's is not the one that is set; returns
-/// by what they got it before.
+/// Translates texts by `lookUp` from now on, if the user's language is not the one that is set; returns the
+/// previous function.
 LookUp LookUpBy(LookUp lookUp);
 
-/// A text of this catalogue, or of the library's own, in the reader's language.
+/// The text in the user's language: from that catalogue, or from the library's own.
 const char* InReadersLanguage(const char* domain, const char* text);
 const char* _(const char* text);
 
-/// The text with `values` in the places of its "%s".
+/// The text with each "%s" replaced by one of `values`, in order.
 std::string Filled(std::string_view text, std::initializer_list<std::string_view> values);
 
-/// A text of the library's in the reader's language, with `values` in the places of its "%s".
+/// A text of the library in the user's language, with each "%s" replaced by one of `values`.
 template <typename... Values>
 std::string Words(const char* text, const Values&... values) {
     return Filled(_(text), {values...});

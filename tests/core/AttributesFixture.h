@@ -40,21 +40,21 @@ inline void Set(const std::string& path, const char* name, const std::string& va
         FAIL() << path << " " << name << ": error " << errno;
 }
 
-/// "-" when there is none.
+/// The attribute's value; "-" if there is none.
 inline std::string Get(const std::string& path, const char* name) {
     char value[8192];
     const ssize_t size = ::getxattr(path.c_str(), name, value, sizeof value);
     return size < 0 ? "-" : std::string(value, static_cast<std::size_t>(size));
 }
 
-/// The rights of one kind of entry of a stored ACL.
+/// The rights in one kind of entry of a stored ACL.
 inline int RightsIn(const std::string& acl, unsigned tag) {
     for (std::size_t at = 4; at + 8 <= acl.size(); at += 8)
         if (static_cast<unsigned char>(acl[at]) == tag) return acl[at + 2];
     return -1;
 }
 
-/// A file is about to be replaced by its new text, which stands in its temporary companion.
+/// A file that is about to be replaced by its new text, which is in its temporary companion.
 class Attributes : public testing::Test {
   protected:
     void SetUp() override {
@@ -65,7 +65,7 @@ class Attributes : public testing::Test {
 
     void Rename() { RenameFile(m_temporary, m_target); }
 
-    /// Renames; what it logs.
+    /// Renames, and returns what that logs.
     std::string LogOfRename() {
         return LoggedBy([&] { Rename(); });
     }

@@ -19,7 +19,7 @@ class Loader : public HostFixture {
         ::chmod(m_directory.Path().c_str(), 0755);
     }
 
-    /// A copy of the module where only its owner can write.
+    /// The path of a copy of the module that only its owner can write.
     std::string Module(const std::string& name) {
         const std::string path = m_directory / (name + ".so");
         if (!Exists(path)) std::filesystem::copy_file(std::string(MODULE_DIR "/") + name + ".so", path);
@@ -29,7 +29,7 @@ class Loader : public HostFixture {
 
     void Load(const std::string& name) { m_host->LoadModule(Module(name)); }
 
-    /// The reason for which the module is refused; nothing of it may be left.
+    /// The reason why the module is refused; checks that nothing of it is left.
     std::string Refusal(const std::string& path) {
         const std::string message = MessageOf<EZETError>([&] { m_host->LoadModule(path); });
         const std::string start = "Failed to load module '" + path + "': ";
@@ -40,7 +40,7 @@ class Loader : public HostFixture {
 
     std::string RefusalOf(const std::string& name) { return Refusal(Module(name)); }
 
-    /// As above, when it was initialised: its code stays.
+    /// As `Refusal`, for a module that was already initialised: its code stays.
     std::string LateRefusalOf(const std::string& name) {
         const std::string message = MessageOf<EZETError>([&] { Load(name); });
         const std::string start = "Failed to load module '" + Module(name) + "': ";
@@ -52,7 +52,7 @@ class Loader : public HostFixture {
     std::string Trace() { return Core().GetParam("TRACE"); }
 
     static bool IsInMemory(const std::string& path) {
-        // Anything else would not be in memory, and the system's loader waits for a pipe's writer.
+        // Anything else is not loaded, and for a pipe the system's loader would wait for a writer.
         if (!std::filesystem::is_regular_file(path)) return false;
         void* handle = ::dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD);
         if (handle != nullptr) ::dlclose(handle);

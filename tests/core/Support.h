@@ -17,7 +17,7 @@
 
 namespace ZET::Test {
 
-/// A directory of its own for a test, removed with all that is in it.
+/// A temporary directory for a test, removed with its contents.
 class TemporaryDirectory {
   public:
     TemporaryDirectory();
@@ -44,17 +44,18 @@ bool Exists(const std::string& path);
 /// What `action` writes to standard error.
 std::string LoggedBy(const std::function<void()>& action);
 
-/// What is wrong with the parameter, and the remedy in brackets; empty when nothing is.
+/// The problem with the parameter, and the remedy in parentheses; empty if there is none.
 std::string ProblemTextOf(const std::string& key, const std::string& value);
 
-/// Whether the error is of exactly the class `Error`; what this core has for `EZETError` is that, too.
+/// Whether the error is of exactly the class `Error`; for `EZETError`, this core's own subclass counts, too.
 template <typename Error>
 bool IsOfClass(const EZETError& error) {
     const bool isHostError = std::is_same_v<Error, EZETError> && typeid(error) == typeid(EZETHostError);
     return isHostError || typeid(error) == typeid(Error);
 }
 
-/// The message of the exception of exactly the class `Error` that `action` throws; a failed test otherwise.
+/// The message of the exception of exactly the class `Error` that `action` throws; fails the test if it
+/// throws none.
 template <typename Error>
 std::string MessageOf(const std::function<void()>& action) {
     try {
@@ -79,13 +80,13 @@ class HostFixture : public testing::Test {
     std::unique_ptr<CZETHost> m_host;
 };
 
-/// For tests of what only root can set up.
+/// For tests of conditions that only root can set up.
 bool IsRoot();
 
 constexpr unsigned kSomeUser = 4711;
 constexpr unsigned kSomeGroup = 4712;
 
-/// In a child that is about to end: go on as an ordinary user.
+/// Continues as an ordinary user; for a child process that is about to end.
 void BecomeSomeUser();
 
 }  // namespace ZET::Test

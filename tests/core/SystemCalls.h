@@ -11,8 +11,9 @@
 
 namespace ZET::Test {
 
-/// Watches the system calls of the file helpers, and what makes PCRE2's objects, while it lives, and can let
-/// them fail. The test program's own functions of these names stand before those of the libraries.
+/// Records the system calls of the file helpers, and the creation of PCRE2's objects, during its lifetime,
+/// and can make them fail. The test program's functions of these names take precedence over those of the
+/// libraries.
 class SystemCalls {
   public:
     SystemCalls();
@@ -20,8 +21,8 @@ class SystemCalls {
     SystemCalls(const SystemCalls&) = delete;
     SystemCalls& operator=(const SystemCalls&) = delete;
 
-    /// The `turn`th call from now of that name (1: the next one) fails with `error`, and so do those after it
-    /// unless `once`.
+    /// Makes the `turn`th call of that name from now on (1 is the next) fail with `error`, and so all later
+    /// ones unless `once`.
     void Fail(const std::string& name, int error, int turn = 1, bool once = false);
 
     /// Runs `action` just before each call from now on.
@@ -30,18 +31,18 @@ class SystemCalls {
     /// Runs `action` just before the next call of that name.
     void Before(const std::string& name, std::function<void()> action);
 
-    /// The calls of that name are cut to this many bytes.
+    /// Limits the calls of that name to this many bytes.
     void Shorten(const std::string& name, std::size_t size);
 
-    /// The calls so far of these names, each as "name path" with the last component of the path only; the six
-    /// letters of a copy's name are "XXXXXX". Calls for attributes have the name of the one by path, and what
-    /// makes a copy is an "open".
+    /// The calls so far of these names, each as "name path" with only the last component of the path; the six
+    /// letters of a copy's name are "XXXXXX". Calls for attributes have the name of the variant by path, and
+    /// creating a copy is an "open".
     std::vector<std::string> Calls(const std::set<std::string>& names) const;
 
-    /// How many calls of that name there were.
+    /// The number of calls of that name.
     int Count(const std::string& name) const;
 
-    /// For the functions that stand in: true, with `errno` set, when the call is to fail.
+    /// For the replacement functions: true, with `errno` set, if the call is to fail.
     bool Take(const std::string& name, const std::string& path);
     std::size_t Limit(const std::string& name, std::size_t size) const;
 

@@ -16,7 +16,7 @@
 
 namespace ZET::Deploy {
 
-/// Keeps what it is told.
+/// Keeps what is reported.
 class Told : public Observer {
   public:
     void Remark(const std::string& text) override { remarks.push_back(text); }
@@ -28,7 +28,7 @@ class Told : public Observer {
     bool isCancelled = false;
 };
 
-/// A host in a directory of its own: a main file, and the directories of working copies, templates and state.
+/// A host in a temporary directory: a main file, and the directories of working copies, templates and state.
 /// No module is loaded.
 class HostFixture : public testing::Test {
   protected:
@@ -59,7 +59,7 @@ class HostFixture : public testing::Test {
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-    /// Adds a target below "out" by the template's name, and the template.
+    /// Adds a template, and a target of its name below "out".
     void AddTarget(const std::string& name, const std::string& lines = "") {
         m_list += "[templates.\"" + name + "\"]\ntarget = \"" + At("out/" + name) + "\"\nroles = \"both\"\n" +
                   lines + "\n";
@@ -67,19 +67,19 @@ class HostFixture : public testing::Test {
         Write("templates/" + name, "text of the template " + name + "\n");
     }
 
-    /// Made when it is needed, with the options of then.
+    /// Created on first use, with the options of that time.
     Host& TheHost() {
         if (!m_host) m_host = std::make_unique<Host>(At("zet.conf"), m_options, m_told);
         return *m_host;
     }
 
-    /// As another run finds it.
+    /// The host as another run finds it.
     Host& AnotherRun() {
         m_host.reset();
         return TheHost();
     }
 
-    /// As a commit of the role leaves it: known, and with a reserve.
+    /// Leaves the file as a commit of the role would: recorded, and with a reserve.
     void Commit(const std::string& name, Role role) {
         if (!std::filesystem::exists(At(name))) Write(name, "text");
         Write(name + ".before_zet", "former");
@@ -104,7 +104,7 @@ class HostFixture : public testing::Test {
     std::unique_ptr<Host> m_host;
 };
 
-/// What the call threw; empty when it threw nothing of the kind.
+/// The message of the `Error` that the call threw; empty if it threw none.
 template <typename Error, typename Call>
 std::string MessageOf(Call call) {
     try {

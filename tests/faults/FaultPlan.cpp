@@ -1,7 +1,7 @@
-// Preloaded into a command (LD_PRELOAD), this library makes it meet one fault. The environment says which:
-// ZET_FAULT is "KIND TURN ERROR" with a kind as below, and ZET_FAULT_LOG names the file that tells afterwards
-// what was counted. With ZET_FAULT_HOOK, "DESCRIPTOR DESCRIPTOR WATCHED", the run stops to let its driver act
-// or look. Programs that the command starts are let alone.
+// Preloaded into a command (LD_PRELOAD), this library makes it meet one fault. Environment variables say
+// which: ZET_FAULT is "KIND TURN ERROR" with a kind as below, and ZET_FAULT_LOG names the file that receives
+// the counts. With ZET_FAULT_HOOK, "DESCRIPTOR DESCRIPTOR WATCHED", the run stops to let its driver act or
+// look. Programs that the command starts are not affected.
 #include "FaultPlan.h"
 
 #include <dlfcn.h>

@@ -5,17 +5,17 @@
 
 namespace ZET::Faults {
 
-/// What a run has to meet with. Turns count from 1, and begin with `main`.
+/// The fault that a run meets. Turns count from 1, beginning with `main`.
 enum class Kind {
     None,    ///< nothing: the calls are only counted
     Fail,    ///< one call fails
     Dead,    ///< from one call on, all fail
-    Full,    ///< from one call on, whatever needs room fails; a write still places half of its bytes
+    Full,    ///< from one call on, all that need room fail; a write still writes half of its bytes
     Short,   ///< one call reads or writes no more than half
     Kill,    ///< SIGKILL before one call
     Memory,  ///< one allocation fails
     Starve,  ///< from one allocation on, all fail
-    Stop,    ///< before one call and each after it, somebody else may act
+    Stop,    ///< before one call and each later one, another program may act
 };
 
 struct Plan {
@@ -24,8 +24,8 @@ struct Plan {
     int error = 0;  ///< for `Fail` and `Dead`
 };
 
-/// How the driver of the tests is told where the run has come to, and answers that it may go on: two
-/// descriptors. Without a driver, both are -1.
+/// Two descriptors, by which the run reports its progress to the driver of the tests and waits for permission
+/// to go on. Without a driver, both are -1.
 struct Hook {
     int toDriver = -1;
     int fromDriver = -1;
@@ -33,21 +33,21 @@ struct Hook {
         false;  ///< whether the driver looks at the host after each call that may change something
 };
 
-/// What goes through the hook. The answer is one byte.
+/// A message to the driver. The answer is one byte.
 struct Message {
     std::uint64_t turn;
     std::uint64_t isDone;  ///< 0 before the call, 1 after it
 };
 
-/// One call, as the log has it.
+/// One call in the log.
 struct LoggedCall {
     std::int32_t number;
     std::int32_t flags;         ///< of an open
-    std::uint64_t allocations;  ///< before the call
-    char path[240];             ///< "" when the call names none
+    std::uint64_t allocations;  ///< how many there were before the call
+    char path[240];             ///< "" if the call names none
 };
 
-/// A file that is mapped into the program, so that it holds what was counted even when the program is killed.
+/// A file that is mapped into the program, so that the counts survive even if the program is killed.
 struct Log {
     static constexpr std::uint64_t kMostCalls = 4096;
     std::uint64_t calls;
@@ -56,12 +56,12 @@ struct Log {
     LoggedCall entries[kMostCalls];
 };
 
-/// Both are there from the start of `main` on; until then, and in a program without a plan, `theLog` is null.
+/// Both are set from the start of `main` on; until then, and in a program without a plan, `theLog` is null.
 extern Plan thePlan;
 extern Hook theHook;
 extern Log* theLog;
 
-/// From here on, system calls are counted and faulted. False where the kernel cannot do that.
+/// Counts system calls from now on and makes them fail. False if the kernel does not support that.
 bool TrapSystemCalls();
 
 }  // namespace ZET::Faults

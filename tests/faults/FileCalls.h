@@ -3,38 +3,38 @@
 
 namespace ZET::Faults {
 
-/// One system call as the kernel gets it.
+/// One system call as the kernel receives it.
 struct Call {
     long long number;
     long long arguments[6];
 };
 
-/// Whether the call is about a file, a directory, a descriptor or the memory that libraries are mapped to.
-/// What is written to standard error is not: it has to tell of the fault.
+/// Whether the call concerns a file, a directory, a descriptor or a mapping of a library. Output to standard
+/// error does not count, since it reports the fault.
 bool IsFileCall(const Call& call);
 
-/// The path that the call names (of two, the first); null when it names none.
+/// The path that the call names (of two, the first); null if it names none.
 const char* PathOf(const Call& call);
 
 /// Whether the first argument is a descriptor.
 bool TakesDescriptor(const Call& call);
 
-/// 0 for all but an open.
+/// The flags of an open; 0 for any other call.
 int OpenFlags(const Call& call);
 
-/// Whether the call makes a new name; an open, if there is none.
+/// Whether the call creates a new name; for an open, if the file does not exist.
 bool CreatesFile(const Call& call);
 
-/// Whether the call takes room for bytes or attributes.
+/// Whether the call needs room for bytes or attributes.
 bool WritesFile(const Call& call);
 
-/// Whether names, owners, modes or bytes may be others after the call.
+/// Whether the call may change names, owners, modes or bytes.
 bool MayChangeFiles(const Call& call);
 
-/// Whether the call may do a part of what it was asked for.
+/// Whether the call may do only part of its work.
 bool CanBeShort(const Call& call);
 
-/// The call, asked for less.
+/// The call with a smaller size.
 Call Shortened(const Call& call);
 
 }  // namespace ZET::Faults

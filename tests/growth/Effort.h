@@ -6,10 +6,10 @@
 
 namespace ZET::Growth {
 
-/// What a call does, in counts that are the same each time.
+/// The effort of a call, in counts that are the same each time.
 struct Effort {
     std::uint64_t allocations = 0;
-    std::uint64_t comparisons = 0;  ///< of bytes with others, as of two texts of the same length
+    std::uint64_t comparisons = 0;  ///< of bytes, for example of two texts of the same size
     std::uint64_t steps = 0;        ///< of the database
 };
 

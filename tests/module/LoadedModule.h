@@ -27,8 +27,8 @@ class LoadedModule {
     void* m_handle;
 };
 
-/// Calls an operation as compiled code does: by its place in the table of virtual functions, two places of
-/// which belong to the destructor.
+/// Calls an operation as compiled code does: by its index in the table of virtual functions, where the
+/// destructor has two entries.
 template <typename Result, typename... Arguments>
 Result CallSlot(void* object, std::size_t slot, Arguments... arguments) {
     using Operation = Result (*)(void*, Arguments...);
@@ -39,7 +39,7 @@ Result CallSlot(void* object, std::size_t slot, Arguments... arguments) {
 /// The lines that a program prints.
 std::vector<std::string> OutputOf(const std::string& command);
 
-/// The shared objects that a file names as its needs.
+/// The shared objects that a file needs.
 std::vector<std::string> NeedsOf(const std::string& file);
 
 }  // namespace ZET

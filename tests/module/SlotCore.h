@@ -12,8 +12,8 @@
 
 namespace ZET {
 
-/// A core put together by hand from a table of functions, without the compiler's knowledge of `IZETCore`. It
-/// notes by its number which place of the table was called; the destructor has the places 0 and 1.
+/// A core assembled by hand from a table of functions, without the compiler's knowledge of `IZETCore`. It
+/// records the index of each function that is called; the destructor has the indexes 0 and 1.
 class SlotCore {
   public:
     SlotCore();
@@ -23,10 +23,10 @@ class SlotCore {
     IZETCore& Core() { return *reinterpret_cast<IZETCore*>(this); }
 
   private:
-    void* const* m_table;  ///< where an object holds it: at its start
+    void* const* m_table;  ///< at the start of the object, where an object has it
 
   public:
-    std::vector<std::string> calls;  ///< "place arguments"
+    std::vector<std::string> calls;  ///< "index arguments"
     std::map<std::string, std::string> params;
     std::string domainName = "example.org";
     std::string serverName = "srv";

@@ -7,9 +7,8 @@
 
 namespace ZET {
 
-/// Whether the placeholders of every line run out: each one has its end, and no value brings itself back. An
-/// engine never returns from a text for which they do not. Also false for an expansion that merely grows out
-/// of proportion.
+/// Whether the expansion of every line ends: each placeholder is closed, and no value reproduces itself. An
+/// engine never returns from any other text. Also false for an expansion that merely grows out of proportion.
 bool ExpansionEnds(const std::string& text, const StringMap& values);
 
 }  // namespace ZET

@@ -5,8 +5,8 @@
 
 namespace ZET {
 
-/// As the recording core's own match, but a pattern is compiled only once: millions of lines are matched
-/// here. Throws `EZETError` for a broken pattern.
+/// As the recording core's own match, but compiles a pattern only once, since millions of lines are matched
+/// here. Throws `EZETError` for an invalid pattern.
 bool IsFoundQuickly(const std::string& pattern, const std::string& subject);
 
 }  // namespace ZET

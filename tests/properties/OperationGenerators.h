@@ -9,13 +9,13 @@
 
 namespace ZET {
 
-/// Of every kind, with patterns that hit, miss and are broken.
+/// Operations of every kind, with patterns that match, do not match, or are invalid.
 rc::Gen<Operation> AnyOperation();
 
-/// Those that care for markers.
+/// The operations that concern markers.
 rc::Gen<Operation> MarkerOperation();
 
-/// Up to eight, the last one a save.
+/// Up to eight operations, the last one a save.
 rc::Gen<std::vector<Operation>> OperationsOf(const rc::Gen<Operation>& operation);
 
 }  // namespace ZET

@@ -10,14 +10,14 @@
 
 namespace ZET {
 
-/// How often a play met what the properties are about.
+/// How often a play met the cases that the properties are about.
 struct Tally {
     std::size_t expansions = 0;
     std::size_t endlessExpansions = 0;
     std::size_t exhaustedSteps = 0;  ///< steps on a text that a lookup had exhausted
     std::size_t exceptions = 0;
     std::size_t warnings = 0;
-    std::size_t foreignFiles = 0;  ///< plays with a file of somebody else at the name that is written
+    std::size_t foreignFiles = 0;  ///< plays in which somebody else's file has the name to write
 
     Tally& operator+=(const Tally& other);
 };
@@ -26,21 +26,21 @@ struct Tally {
 /// each save.
 struct Report {
     std::vector<std::string> events;
-    std::set<std::size_t> leftOut;  ///< steps that would never end, and so were not taken
-    bool leavesTemporary = false;   ///< a save that succeeded left its temporary file behind
+    std::set<std::size_t> leftOut;  ///< steps that were skipped because they would never end
+    bool leavesTemporary = false;   ///< a successful save left its temporary file behind
     Tally tally;
 };
 
 Report PlayPlain(const Scenario& scenario);
 
-/// `leftOut` is what the plain engine's play had to leave out.
+/// `leftOut` are the steps that the plain engine's play skipped.
 Report PlayReal(const Scenario& scenario, const std::set<std::size_t>& leftOut);
 
-/// Plays the scenario with both engines. Empty when nothing tells them apart, otherwise the first difference
-/// and what led to it.
+/// Plays the scenario with both engines. Empty if they behave alike; otherwise the first difference and the
+/// steps that led to it.
 std::string Difference(const Scenario& scenario);
 
-/// What the real engine makes of a file with this text that it opens without markers and saves at once.
+/// The result when the real engine opens a file with this text without markers and saves it at once.
 std::string TextWrittenBack(const std::string& text);
 
 }  // namespace ZET

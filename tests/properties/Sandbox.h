@@ -7,8 +7,8 @@
 
 namespace ZET {
 
-/// The directory in which scenarios are played, in memory where the machine allows it. Every play of a
-/// scenario starts from the same files under the same names.
+/// The directory in which scenarios are played, in memory if possible. Every play of a scenario starts from
+/// the same files with the same names.
 class Sandbox {
   public:
     Sandbox();
@@ -18,7 +18,7 @@ class Sandbox {
 
     void Prepare(const Scenario& scenario);
 
-    /// All that is there, each with its kind, mode, owner, bytes.
+    /// All files, each with its kind, mode, owner and bytes.
     std::string Snapshot() const;
 
     bool HasTemporary() const;

@@ -12,14 +12,14 @@
 
 namespace ZET {
 
-/// What stands under a path before an engine is let loose.
+/// What exists at a path before an engine runs.
 struct Place {
     enum class Kind { Missing, Regular, Directory, Fifo, Link, DanglingLink, SecondName };
 
     Kind kind = Kind::Missing;
     std::string bytes;  ///< of the file, or of the file that a link leads to
     mode_t mode = 0644;
-    bool isForeign = false;  ///< somebody else's, where the tests may give files away
+    bool isForeign = false;  ///< owned by somebody else, if the tests can change owners
 };
 
 struct Operation {
@@ -43,13 +43,13 @@ struct Operation {
     bool noBackup = false;
 };
 
-/// What goes wrong on the way.
+/// A fault during the play.
 struct Fault {
     enum class Kind {
         None,
         Call,      ///< the `count`th call of `call` throws
         NoFormat,  ///< no message can be formatted
-        FileSize   ///< a save can write `count` bytes only
+        FileSize   ///< a save can write only `count` bytes
     };
 
     Kind kind = Kind::None;
@@ -67,7 +67,7 @@ struct Scenario {
     bool fileNameIsEmpty = false;
     bool templateNameIsEmpty = false;
     bool targetDirectoryIsMissing = false;
-    std::string configDirectorySuffix;  ///< stands behind the value of "ZET_CFG_DIR"
+    std::string configDirectorySuffix;  ///< appended to the value of "ZET_CFG_DIR"
     Place source;                       ///< the file itself, or the template
     Place target;                       ///< of a template
     Place temporary;

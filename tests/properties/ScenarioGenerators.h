@@ -10,13 +10,13 @@ namespace ZET {
 /// A regular file that opens, and operations of every kind.
 rc::Gen<Scenario> OrdinaryScenario();
 
-/// A text of marker lines above all, and the operations that care for them.
+/// A text mostly of marker lines, and the operations that concern them.
 rc::Gen<Scenario> MarkerScenario();
 
-/// Scraps of placeholders in text and values; the expansion may be endless.
+/// Fragments of placeholders in text and values; the expansion may be endless.
 rc::Gen<Scenario> ExpansionScenario();
 
-/// Files of every kind in every place, and faults on the way.
+/// Files of every kind at every path, and faults during the play.
 rc::Gen<Scenario> TroubledScenario();
 
 }  // namespace ZET

@@ -13,7 +13,7 @@ namespace ZET {
 
 using Words = std::vector<std::string>;
 
-/// Up to `most` elements: RapidCheck's own containers grow far beyond what a small file holds.
+/// Up to `most` elements: RapidCheck's own containers grow far beyond a small file.
 template <typename T>
 rc::Gen<std::vector<T>> UpTo(int most, rc::Gen<T> element) {
     return rc::gen::mapcat(rc::gen::inRange(0, most + 1), [element](int count) {
@@ -23,23 +23,23 @@ rc::Gen<std::vector<T>> UpTo(int most, rc::Gen<T> element) {
 
 rc::Gen<std::string> OneOfWords(Words words);
 
-/// The marker texts as they are written.
+/// The exact marker texts.
 const Words& Markers();
 
 /// Lines joined by line feeds, with or without one at the end: settings, markers of every kind, placeholders,
-/// any bytes, now and then a long one or very many of them.
+/// any bytes, sometimes a long line or very many of them.
 rc::Gen<std::string> AnyText();
 
-/// A text of marker lines above all.
+/// A text mostly of marker lines.
 rc::Gen<std::string> MarkerText();
 
-/// Up to `most` scraps of placeholders, joined; may hold line feeds.
+/// Up to `most` fragments of placeholders, joined; may contain line feeds.
 rc::Gen<std::string> PlaceholderScraps(int most);
 
 /// Keys that are placeholders, and a few that are not.
 rc::Gen<StringMap> AnyValues();
 
-/// What callers put into a line: anything, line feeds too.
+/// What callers put into a line: anything, including line feeds.
 rc::Gen<std::string> AnyNewText();
 
 }  // namespace ZET

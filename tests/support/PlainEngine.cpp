@@ -27,7 +27,7 @@ std::string TextOf(const char* formatted) {
 }
 
 void Log(ZETLogLevel level, const std::string& text) {
-    // The count says that the text is finished, so "%" in it has no meaning.
+    // The count marks the text as finished, so "%" in it has no meaning.
     CZETLogProvider::GetLogProvider().Put(level, 1, text.c_str());
 }
 
@@ -71,15 +71,15 @@ bool IsRegularFile(const std::string& fileName) {
     return stat(fileName.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-// Whose the regular file at this name is; a link at it is no such file.
+// The status of the regular file at this name; a link at the name does not count.
 std::optional<struct stat> StatusAt(const std::string& fileName) {
     struct stat status = {};
     if (lstat(fileName.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
     return status;
 }
 
-// A left-over temporary file may be written over only when it is a plain file of its own, and nobody has it
-// open who could not write into the target.
+// A leftover temporary file may be overwritten only if it is a regular file with one name, and nobody can
+// have it open who could not write into the target.
 bool MayBeOverwritten(const std::string& temporary, const std::optional<struct stat>& target) {
     struct stat status = {};
     if (lstat(temporary.c_str(), &status) != 0) return true;
@@ -385,7 +385,7 @@ void PlainConfigFile::InternalSaveAs(const std::string& fileName, bool noBackup)
 void PlainConfigFile::WriteTemporary(const std::string& temporary) {
     std::ofstream file(temporary, std::ios::trunc);
     if (!file) ThrowSave(temporary);
-    chmod(temporary.c_str(), 0600);  // until it is whole, it is nobody else's business
+    chmod(temporary.c_str(), 0600);  // private until it is complete
     const auto readState = m_content->rdstate();
     Rewind();
     std::string line;
@@ -393,7 +393,7 @@ void PlainConfigFile::WriteTemporary(const std::string& temporary) {
         file << line;
         EndLine(file, *m_content, line);
     }
-    m_content->clear(readState);  // the text can be read again, unless a lookup had exhausted it before
+    m_content->clear(readState);  // the text can be read again, unless a lookup had exhausted it
     file.flush();
     if (!file) ThrowSave(temporary);
 }
@@ -405,7 +405,7 @@ void PlainConfigFile::GiveOwnerAndMode(const std::string& temporary,
     const bool isGiven = !target || chown(temporary.c_str(), target->st_uid, target->st_gid) == 0;
     struct stat owned = {};
     if (stat(temporary.c_str(), &owned) != 0) ThrowStat("InternalSaveAs", temporary);
-    // Others run it with its owner's rights only when they ran with his before, or the template says so.
+    // Others may run it with its owner's rights only if they could before, or if the template says so.
     const bool isHis = owned.st_uid == m_fileStat.st_uid && owned.st_gid == m_fileStat.st_gid;
     const bool mayRunAsOwner = isGiven && (m_fromTemplate || isHis);
     if (status.st_mode == m_fileStat.st_mode) return;

@@ -13,8 +13,8 @@
 
 namespace ZET {
 
-/// The rules of `IZETConfigFile` once more, on a string stream and as literal as can be: simple, slow,
-/// obviously right. The tests hold the real engine against it; the product never uses it.
+/// The rules of `IZETConfigFile` implemented a second time, as literally as possible on a string stream:
+/// simple, slow, obviously right. The tests compare the real engine with it; the product never uses it.
 class PlainConfigFile : public IZETConfigFile {
   public:
     explicit PlainConfigFile(IZETCore& core);
@@ -38,10 +38,10 @@ class PlainConfigFile : public IZETConfigFile {
     virtual bool InternalOpen(const std::string& fileName, const std::string& role, bool noMarkers);
     virtual std::string Header();
 
-    /// What the next operation would read; nothing when a lookup exhausted it.
+    /// The text that the next operation would read; empty after a lookup exhausted it.
     std::string ReadableText() const;
 
-    /// Whether a lookup that found nothing has left the text without lines for all that follows.
+    /// Whether a lookup that found nothing has exhausted the text.
     bool IsExhausted() const { return m_content != nullptr && m_content->fail(); }
 
   private:

@@ -15,34 +15,34 @@
 
 namespace ZET {
 
-/// What a scripted call throws. Derived from nothing, so that no handler catches it by accident.
+/// Thrown by a scripted call. Derived from nothing, so that no handler catches it by accident.
 struct ScriptedFailure {
     std::string call;
 };
 
-/// One use of `CZETFormatCall`. `domain` is that of the translation whose result was formatted; empty for a
-/// text that nobody translated.
+/// One use of `CZETFormatCall`. `domain` is that of the translation whose result was formatted; empty for an
+/// untranslated text.
 struct RecordedMessage {
     std::string domain;
     std::string source;
     std::string function;
     std::size_t line = 0;
     std::size_t count = 0;
-    std::size_t translationsBefore = 0;  ///< texts translated when the formatter was built
+    std::size_t translationsBefore = 0;  ///< the number of texts translated before the formatter was built
     std::string format;
     std::string result;
 };
 
-/// A core for tests: it writes down every call in order, answers from a script, and fails when told to. It
-/// also defines what the core's library defines for a module (errors, formatter, log, file helpers) and
-/// `dgettext`, which all report to the one recording core of the process. The file helpers act on the real
+/// A core for tests: it records every call in order, answers from a script, and fails on demand. It also
+/// replaces what the core's library defines for a module (errors, formatter, log, file helpers) and
+/// `dgettext`, all of which report to the one recording core of the process. The file helpers act on the real
 /// file system.
 class RecordingCore : public IZETCore {
   public:
     RecordingCore();
     ~RecordingCore() override;
 
-    /// Null when there is no recording core at the moment.
+    /// Null if there is no recording core at the moment.
     static RecordingCore* Current();
 
     const std::string& GetDomainName() override;
@@ -61,26 +61,26 @@ class RecordingCore : public IZETCore {
     void SetServerName(const std::string& name) { m_serverName = name; }
     void SetServiceDiscovery(bool on) { m_serviceDiscovery = on; }
 
-    /// What a message is translated to; everything else stays as it is.
+    /// Sets the translation of a message; all others stay as they are.
     void SetTranslation(const std::string& text, const std::string& translation);
 
-    /// Answers `MatchRegEx` instead of PCRE2.
+    /// Sets a function that answers `MatchRegEx` instead of PCRE2.
     void SetMatcher(std::function<bool(const std::string&, const std::string&)> matcher);
 
-    /// Does the work of `WriteStatus`.
+    /// Sets a function that does the work of `WriteStatus`.
     void SetStatusWriter(std::function<void(std::ostream&)> writer) { m_statusWriter = std::move(writer); }
 
-    /// Refuses interfaces: `RegisterInterface` keeps nothing and returns false.
+    /// Makes `RegisterInterface` keep nothing and return false.
     void RefuseInterfaces() { m_refusesInterfaces = true; }
 
-    /// The calls of `call` from now on: the `nth` (1 is the first) throws `ScriptedFailure` and does nothing.
-    /// `call` is the first word of a journal entry, or a whole entry.
+    /// Makes the `nth` call of `call` from now on (1 is the next) throw `ScriptedFailure` and do nothing
+    /// else. `call` is the first word of a journal entry, or a whole entry.
     void FailAt(const std::string& call, std::size_t nth = 1);
 
-    /// All formatters return null from now on.
+    /// Makes all formatters return null from now on.
     void RefuseToFormat() { m_refusesToFormat = true; }
 
-    /// Notes a call, or throws when the script says so. Public for the library's free functions.
+    /// Records a call, or throws if the script says so. Public for the library's free functions.
     void Note(const std::string& call, const std::string& arguments);
     const char* Translate(const char* domain, const char* text);
     char* Format(RecordedMessage message, const char* format, std::va_list arguments)
@@ -89,15 +89,15 @@ class RecordingCore : public IZETCore {
     /// All calls so far, each "Call arguments".
     const std::vector<std::string>& Journal() const { return m_journal; }
 
-    /// Only the entries whose call is one of `calls`, in order.
+    /// The entries whose call is one of `calls`, in order.
     std::vector<std::string> Journal(const std::set<std::string>& calls) const;
     const std::vector<RecordedMessage>& Messages() const { return m_messages; }
     std::size_t Translations() const { return m_translated; }
 
-    /// How many shared the interface offered last, at the time.
+    /// The number of owners of the interface offered last, at that time.
     long OwnersWhenOffered() const { return m_ownersWhenOffered; }
 
-    /// The log, each record "level text".
+    /// The log, each record as "level text".
     std::vector<std::string> Log() const;
 
     const std::vector<std::shared_ptr<CZETInterface>>& Interfaces() const { return m_interfaces; }

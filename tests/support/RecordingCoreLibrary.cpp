@@ -1,4 +1,4 @@
-// What the core's library defines for a module, each call noted in the one recording core.
+// What the core's library defines for a module; each call is recorded in the one recording core.
 
 #include <fcntl.h>
 #include <libintl.h>
@@ -18,7 +18,7 @@
 #include "zet/ZETInterface.h"
 #include "zet/ZETLogProvider.h"
 
-// The program's own definition is found before that of the C library.
+// The program's own definition takes precedence over that of the C library.
 char* dgettext(const char* domain, const char* text) noexcept {
     const int before = errno;
     ZET::RecordingCore* core = ZET::RecordingCore::Current();
@@ -80,7 +80,7 @@ const std::string& CZETInterface::GetName() const {
 }
 
 namespace {
-// The formatter has no field for what it was built with.
+// The formatter has no field for its constructor arguments.
 std::map<const CZETFormatCall*, RecordedMessage>& OpenMessages() {
     static std::map<const CZETFormatCall*, RecordedMessage> messages;
     return messages;

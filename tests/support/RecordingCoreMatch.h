@@ -5,8 +5,8 @@
 
 namespace ZET {
 
-/// Whether the Perl-compatible `pattern` is found in the bytes of `subject`; throws `EZETError` for a broken
-/// pattern.
+/// Whether the Perl-compatible `pattern` matches anywhere in the bytes of `subject`; throws `EZETError` for
+/// an invalid pattern.
 bool IsFound(const std::string& pattern, const std::string& subject);
 
 }  // namespace ZET

@@ -9,14 +9,14 @@
 
 namespace ZET::Text {
 
-/// The text of a template that is no file, in one piece.
+/// The text of a template that is not in a file, in one piece.
 inline LineSource LinesOf(const std::string& text) {
     return [text](const auto& take) {
         if (!text.empty()) take(text);
     };
 }
 
-/// The same in pieces of one line each: nothing can be passed over.
+/// As `LinesOf`, in pieces of one line each, so that no lines can be skipped together.
 inline LineSource LineByLine(const std::string& text) {
     return [text](const auto& take) {
         for (std::string_view rest = text; !rest.empty();) {

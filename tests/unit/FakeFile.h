@@ -8,7 +8,7 @@
 
 namespace ZET {
 
-/// A managed file that only notes what is done with it, in a list that outlives it.
+/// A managed file that only records what is done with it, in a list that outlives it.
 class FakeFile : public IZETConfigFile {
   public:
     explicit FakeFile(std::vector<std::string>& calls) : m_calls(calls) {}

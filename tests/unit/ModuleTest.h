@@ -17,7 +17,7 @@
 
 namespace ZET {
 
-// The lines of the file format, spelled out here once more on purpose.
+// The lines of the file format, deliberately repeated here.
 inline const std::string kBegin = "# ---ZET_BEGIN---\n";
 inline const std::string kEnd = "# ----ZET_END----\n";
 inline const std::string kFormer = "# --PRE-ZET-- ";
@@ -38,7 +38,7 @@ inline const std::string kPartialNotice =
 /// The whole notice of a file made from a template.
 std::string GeneratedNotice(const std::string& templatePath, const std::string& command);
 
-/// A text before and after. The name is a sentence with a verdict.
+/// A text before and after. The name is a sentence that states the expectation.
 struct TextCase {
     std::string name;
     std::string before;
@@ -47,7 +47,7 @@ struct TextCase {
 void PrintTo(const TextCase& each, std::ostream* stream);
 std::string NameOfTextCase(const testing::TestParamInfo<TextCase>& info);
 
-/// A managed file that gets no notice, so that saving shows its text as it stands, also with markers.
+/// A managed file without a notice, so that saving shows its exact text, also with markers.
 class BareFile : public CZETConfigFile {
   public:
     using CZETConfigFile::CZETConfigFile;
@@ -55,16 +55,16 @@ class BareFile : public CZETConfigFile {
     std::string Header() override { return ""; }
 };
 
-/// A recording core and a directory D of its own, which holds the directories of the parameters: D/cfg,
-/// D/templ, D/var. What the functions return shows its path as "D".
+/// A recording core and a temporary directory D that contains the directories of the parameters: D/cfg,
+/// D/templ, D/var. Results show its path as "D".
 class ModuleTest : public testing::Test {
   protected:
     ModuleTest();
     ~ModuleTest() override;
     void TearDown() override;
 
-    /// Says that a temporary file stays behind, of a save that failed or of somebody else. In any other test
-    /// none may.
+    /// Declares that a temporary file remains, of a failed save or of somebody else. In other tests none may
+    /// remain.
     void LeavesTemporary() { m_leavesTemporary = true; }
 
     std::string Path(const std::string& name) const { return m_directory + "/" + name; }
@@ -75,10 +75,10 @@ class ModuleTest : public testing::Test {
     bool Exists(const std::string& name) const;
     mode_t Mode(const std::string& name) const;
 
-    /// What is in D beside the three directories, sorted.
+    /// The names in D other than the three directories, sorted.
     std::vector<std::string> Names() const;
 
-    /// The text after `edit`, as a file edited in place holds it, without a notice.
+    /// The text of a file edited in place after `edit`, without a notice.
     std::string Edited(const std::string& text, const std::function<void(IZETConfigFile&)>& edit,
                        bool noMarkers = false);
 
@@ -94,7 +94,7 @@ class ModuleTest : public testing::Test {
     std::string Shown(const std::string& text) const;
     std::vector<std::string> Shown(std::vector<std::string> texts) const;
 
-    /// That `act` throws exactly `Error`, with this message (D shown) and no detail.
+    /// Expects `act` to throw exactly `Error`, with this message (D shown) and no detail.
     template <typename Error>
     void ExpectError(const std::string& message, const std::function<void()>& act) const {
         try {
@@ -108,7 +108,7 @@ class ModuleTest : public testing::Test {
         }
     }
 
-    /// That `act` throws the scripted failure of `call`.
+    /// Expects `act` to throw the scripted failure of `call`.
     static void ExpectScriptedFailure(const std::string& call, const std::function<void()>& act);
 
     RecordingCore m_core;

@@ -23,19 +23,19 @@ struct SystemCallScript {
     std::function<void()> after = {};         ///< done after each call that changes a file
 };
 
-/// What was seen meanwhile.
+/// What was recorded meanwhile.
 struct SystemCallRecord {
     std::size_t stats = 0;
     std::size_t interruptions = 0;
     std::size_t reads = 0;
     std::size_t writes = 0;
     std::size_t closes = 0;
-    std::map<std::string, std::size_t> counts;  ///< of each call, by its name
+    std::map<std::string, std::size_t> counts;  ///< calls by name
     /// Changes of owner, of mode and of the creation mask, in order; modes and masks in octal.
     std::vector<std::string> attributeCalls;
 };
 
-/// Lies about the system calls as long as it lives.
+/// Replaces the module's system calls during its lifetime.
 class SystemCalls {
   public:
     explicit SystemCalls(const SystemCallScript& script);

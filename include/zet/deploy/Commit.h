@@ -7,12 +7,12 @@
 
 namespace ZET::Deploy {
 
-/// Does what the plan says: keeps each original first, writes each file whole or not at all, and records the
-/// role's status. A plan with problems is a `Failure`, and so is a target that somebody else wrote since, or
-/// whose name leads to another file; what was written before stays, the observer is told of it, and planning
-/// and committing again completes it. A plan serves once: one that was committed already, or is not the
-/// product's newest, is a `UsageError`. With the option `dryRun`, nothing is written. `observer` is told in
-/// place of the product's; null: of the product's.
+/// Carries out the plan: keeps each original first, writes each file completely or not at all, and records
+/// the role's status. Throws a `Failure` for a plan with problems, for a target that somebody else wrote
+/// since, and for one whose name now leads to another file; what was written before stays and is reported to
+/// the observer, and planning and committing again completes it. A plan can be committed once: one that was
+/// already committed, or is not the product's newest, is a `UsageError`. With the option `dryRun` nothing is
+/// written. `observer` replaces the product's own; null keeps that.
 ZET_API Outcome Commit(Product& product, Plan& plan, Observer* observer = nullptr);
 
 }  // namespace ZET::Deploy

@@ -12,30 +12,30 @@
 
 namespace ZET::Deploy {
 
-/// One thing that is wrong with the marker lines of a file.
+/// One defect in the marker lines of a file.
 struct MarkerProblem {
     std::size_t line = 0;  ///< from 1
-    std::string kind;      ///< a word for programs
+    std::string kind;      ///< a fixed word for programs
     std::string text;
-    std::vector<std::string> remedies;  ///< one when the repair is certain; else the choices
+    std::vector<std::string> remedies;  ///< a single one if the repair is certain; else the choices
 };
 
 struct Diagnosis {
     std::string path;  ///< of the real file
     std::vector<MarkerProblem> problems;
-    std::string repair;  ///< what is certain, as a unified diff; empty: nothing is, or it is hidden
+    std::string repair;  ///< the certain part as a unified diff; empty if there is none, or if it is hidden
 };
 
-/// What is lost, doubled, nested or changed by hand among the markers of a file. Nothing is written.
+/// Finds markers of a file that are lost, doubled, nested or changed by hand. Nothing is written.
 ZET_API Diagnosis Diagnose(Product& product, const std::string& file);
 
 struct Repair {
-    Diagnosis found;      ///< before
-    FileOutcome outcome;  ///< unchanged where there was no damage
+    Diagnosis found;      ///< the diagnosis before the repair
+    FileOutcome outcome;  ///< unchanged if there was no damage
 };
 
-/// Writes what is certain of the repair, as an edit that can be undone; of the options, only `noBackup`
-/// counts. What has several choices stays. Where nothing is certain, that is a `Failure`.
+/// Writes the certain part of the repair as an edit that can be undone; of the options, only `noBackup`
+/// counts. Damage with several possible repairs stays. Throws a `Failure` if no repair is certain.
 ZET_API Repair Fix(Product& product, const std::string& file, const EditOptions& options = EditOptions());
 
 }  // namespace ZET::Deploy

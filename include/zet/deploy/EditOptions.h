@@ -8,13 +8,13 @@ namespace ZET::Deploy {
 
 /// How a file is edited in place.
 struct EditOptions {
-    bool noMarkers = false;  ///< without marker lines
-    bool noBackup = false;   ///< without a reserve of the file
-    bool force = false;      ///< what a commit wrote, too: a target, or a line that the lists ask for
-    bool allBlocks = false;  ///< a restore drops the managed blocks of others, too
+    bool noMarkers = false;  ///< write no marker lines
+    bool noBackup = false;   ///< keep no reserve of the file
+    bool force = false;      ///< also edit what a commit wrote: a target, or a line that the lists ask for
+    bool allBlocks = false;  ///< a restore also drops the managed blocks of others
 
-    /// Of a parameter or a line: only in the section "[name]"; empty: in the lines before the first one.
-    /// Other edits know no sections.
+    /// Restricts the edit of a parameter or line to the section "[name]"; if empty, to the lines before the
+    /// first section. Other edits ignore sections.
     std::optional<std::string> section = std::nullopt;
 };
 

@@ -9,33 +9,33 @@
 
 namespace ZET::Deploy {
 
-/// The caller asks for something that makes no sense.
+/// The caller asked for something that makes no sense.
 class ZET_API UsageError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
     ~UsageError() override;
 };
 
-/// What was set out to be done failed. It keeps what is known of that, and `what()` has it in words: what,
-/// where and the remedy. That is one line unless the name of a file holds a line feed: names stand there with
-/// all their bytes, and who shows them makes them printable.
+/// An operation failed. Holds the known facts; `what()` puts them into words: what, where and the remedy.
+/// That is one line unless a file's name contains a line feed: names appear with all their bytes, and whoever
+/// displays them must make them printable.
 class ZET_API Failure : public std::runtime_error {
   public:
-    /// In the words of `Problem::Describe`. `errorNumber` is the system's `errno`; 0: none.
+    /// Worded by `Problem::Describe`. `errorNumber` is the system's `errno`; 0 if none.
     explicit Failure(const Problem& facts, int errorNumber = 0);
 
-    /// In other words, such as the same with more around it.
+    /// With its own wording, for example with more context.
     Failure(const std::string& words, const Problem& facts, int errorNumber = 0);
 
     ~Failure() override;
 
-    /// The file, the place in it, what is wrong and the remedy, each empty or 0 where there is none.
+    /// The file, the place in it, what is wrong and the remedy; each is empty or 0 if unknown.
     const Problem& Facts() const { return m_facts; }
 
-    /// The system's `errno`, where a call of it failed; 0: none did.
+    /// The system's `errno` if a system call failed; otherwise 0.
     int ErrorNumber() const { return m_errorNumber; }
 
-    /// What stands below the message: what another program printed, or a list.
+    /// Lines to show below the message: output of another program, or a list.
     const std::string& Lines() const { return m_facts.output; }
 
   private:
@@ -43,22 +43,22 @@ class ZET_API Failure : public std::runtime_error {
     int m_errorNumber = 0;
 };
 
-/// A file of the product's that cannot be what it wrote.
+/// One of the product's own files holds something that the product cannot have written.
 class ZET_API Damage : public Failure {
   public:
     using Failure::Failure;
     ~Damage() override;
 };
 
-/// The user, the system or the observer asked a call to end before it was done. It is no `Failure`, after
-/// which a call may go on with the rest.
+/// The user, the system or the observer ended a call before it was done. It is no `Failure` because after a
+/// `Failure` a call may go on with the rest.
 class ZET_API Interrupted : public std::runtime_error {
   public:
-    /// In the words of `Problem::Describe`.
+    /// Worded by `Problem::Describe`.
     explicit Interrupted(const Problem& facts);
     ~Interrupted() override;
 
-    /// What ended the call, and the remedy.
+    /// What ended the call, and the remedy, if any.
     const Problem& Facts() const { return m_facts; }
 
   private:

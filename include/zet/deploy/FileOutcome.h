@@ -10,7 +10,7 @@
 
 namespace ZET::Deploy {
 
-/// What a file is beside its bytes. A symbolic link counts as itself.
+/// The properties of a file other than its contents. A symbolic link counts as itself.
 struct ZET_API FileState {
     bool exists = false;
     mode_t mode = 0;  ///< the whole mode word
@@ -21,12 +21,12 @@ struct ZET_API FileState {
     bool IsRegular() const;
 };
 
-/// The difference of two texts as far as the reader is to see it; empty when it is not wanted.
+/// The difference of two texts as far as the user may see it; empty if it is not wanted.
 struct ZET_API ShownDiff {
     std::string text;                 ///< unified
-    std::vector<std::string> places;  ///< of what is hidden: "FILE: lines 3-5 changed"
-    std::string excuse;               ///< why it is hidden; empty: it is not
-    bool isPrivate = false;           ///< it is, or would be, hidden
+    std::vector<std::string> places;  ///< the hidden places: "FILE: lines 3-5 changed"
+    std::string excuse;               ///< why it is hidden; empty if it is not
+    bool isPrivate = false;           ///< the text is hidden, or would be
 
     void Append(ShownDiff other);
 };
@@ -35,17 +35,17 @@ struct ZET_API ShownDiff {
 struct FileOutcome {
     enum class Result { Unchanged, Created, Changed, Reserved, Restored, Forgotten, Removed, Kept, Failed };
 
-    std::string file;  ///< as the caller wrote it
+    std::string file;  ///< as the caller gave it
     std::string path;  ///< of the real file, links followed
     Result result = Result::Unchanged;
     FileState before;
     FileState after;
-    std::string reserve;       ///< the reserve that the file then has; empty: none
-    std::string remark;        ///< for the reader, after the result; empty: none
-    ShownDiff diff;            ///< where it is wanted
-    std::string templateName;  ///< of a target; empty: it is none that the list has
+    std::string reserve;       ///< the reserve that the file has afterwards; empty if none
+    std::string remark;        ///< a remark for the user, shown after the result; empty if none
+    ShownDiff diff;            ///< set if diffs are wanted
+    std::string templateName;  ///< set for a target of the list; else empty
     bool isEdited = false;     ///< somebody else changed the target since the last commit
-    bool isMerged = false;     ///< what somebody else changed in it is in the text that it then has, too
+    bool isMerged = false;     ///< those changes were merged into the new text
 
     /// Whether the file is another one now, or would be. One that could not be put back is none.
     bool IsChange() const {

@@ -13,28 +13,28 @@ namespace ZET::Deploy {
 /// One word of a command.
 struct CommandWord {
     std::string text;
-    bool isText = false;    ///< of a file, or a value: not for everybody where the file is not
-    std::size_t shown = 0;  ///< so many bytes before the text are for everybody all the same: "NAME="
+    bool isText = false;    ///< contents of a file, or a value: hidden from users who may not read the file
+    std::size_t shown = 0;  ///< this many leading bytes are shown nevertheless: "NAME="
 };
 
 /// How the product is to be used on this host.
 struct Options {
     Role role = Role::Client;
-    bool needsConfigFile = true;   ///< false: where the main file is not there, the defaults serve
-    bool mendsParameters = false;  ///< where a parameter names no directory, its default serves meanwhile
-    std::string root;              ///< of a host tree that is worked on from outside; empty: this host itself
-    std::string moduleFile;        ///< empty: the one that was installed with the library
+    bool needsConfigFile = true;   ///< false: if there is no main file, use the defaults
+    bool mendsParameters = false;  ///< use the default of a parameter that names no directory
+    std::string root;              ///< the root of a host's tree to work on from outside; empty for this host
+    std::string moduleFile;        ///< empty for the one installed with the library
     std::string program = "zet-client";  ///< for messages that name a command
-    std::string command;                 ///< told to whoever waits for the lock: "commit-config"
-    std::vector<CommandWord> words{};    ///< for the history: the whole command; empty: `command`
-    std::string message{};               ///< for the history: why it is done, in the user's own words
-    bool dryRun = false;                 ///< nothing is written
-    bool onlyLooks = false;              ///< nor would it be: what this user may not write does not matter
-    bool wantsDiffs = false;             ///< of every change
-    bool showsSecrets = false;           ///< texts that are not for everybody, too
-    bool runsChecks = true;              ///< the check commands of the list
-    bool runsChecksOfTree = false;       ///< with a root: on this host
-    std::map<std::string, std::string> directories{};  ///< "ZET_CFG_DIR" and the like, not as the files say
+    std::string command;                 ///< shown to those who wait for the lock: "commit-config"
+    std::vector<CommandWord> words{};    ///< for the history: the whole command; if empty, `command`
+    std::string message{};               ///< for the history: the user's own reason
+    bool dryRun = false;                 ///< write nothing
+    bool onlyLooks = false;              ///< a pure lookup: files that this user may not write do not matter
+    bool wantsDiffs = false;             ///< return a diff of every change
+    bool showsSecrets = false;           ///< show texts that are not for everybody
+    bool runsChecks = true;              ///< run the check commands of the list
+    bool runsChecksOfTree = false;       ///< run them on this host even if `root` is set
+    std::map<std::string, std::string> directories{};  ///< by parameter ("ZET_CFG_DIR"), overriding the files
 };
 
 }  // namespace ZET::Deploy

@@ -12,11 +12,11 @@ namespace ZET::Deploy {
 
 /// What a call did on the host.
 struct Outcome {
-    std::vector<FileOutcome> files;     ///< in the order in which they were done
-    std::vector<std::string> restarts;  ///< the services that do not notice by themselves what was changed
-    std::vector<std::string> reloads;   ///< those of them that need only read it again
-    std::optional<std::int64_t> entry;  ///< its number in the history; none: nothing was recorded
-    bool isComplete = true;             ///< nothing stays that should have been put back
+    std::vector<FileOutcome> files;     ///< in the order of the work
+    std::vector<std::string> restarts;  ///< services to restart: they do not notice changes themselves
+    std::vector<std::string> reloads;   ///< other services, which only need to read their files again
+    std::optional<std::int64_t> entry;  ///< number of its entry in the history; none if nothing was recorded
+    bool isComplete = true;             ///< false if something could not be put back
 };
 
 }  // namespace ZET::Deploy

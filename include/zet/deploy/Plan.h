@@ -13,22 +13,21 @@
 
 namespace ZET::Deploy {
 
-/// What a commit would do, or what keeps it from being made. One that can be committed holds the product's
-/// lock until it is, or to its end, unless the product's options say that nothing is written: what was
-/// planned is still true then. Until then another plan, and any call that writes, is a `Failure` at once; of
-/// those that write nothing, the newest is the one to be committed. What it tells can be asked afterwards,
-/// too; a plan that was moved from has nothing to tell, and each call of it is a `UsageError`. The product
-/// must live longer.
+/// What a commit would do, or what prevents it. A plan that can be committed holds the product's lock until
+/// its commit or its end, so that it remains true; with the option `dryRun` it does not. While the lock is
+/// held, another plan, and any call that writes, fails at once with a `Failure`. Of several plans that write
+/// nothing, only the newest can be committed. The results remain readable after the commit; on a plan that
+/// was moved from, each call is a `UsageError`. The product must outlive the plan.
 ///
-/// From `MakePlan` to the end of its `Commit`, parameters are those that the plan was made with, also for
-/// other calls. That ends as well when the plan is let go; a plan with problems waits for nothing.
+/// From `MakePlan` to the end of its `Commit`, the parameters are those that the plan was made with, also for
+/// other calls. Destroying the plan ends that as well; a plan with problems does not start it.
 class ZET_API Plan {
   public:
     ~Plan();
     Plan(Plan&& other) noexcept;
     Plan& operator=(Plan&& other) noexcept;
 
-    /// None: the plan can be committed.
+    /// Empty if the plan can be committed.
     const std::vector<Problem>& Problems() const;
 
     /// What would happen to each target, in the order of the list.
@@ -37,7 +36,7 @@ class ZET_API Plan {
     /// The services that would have to be restarted.
     std::vector<std::string> Restarts() const;
 
-    /// What the library itself works on.
+    /// For the library's own use.
     class Implementation;
     explicit Plan(std::unique_ptr<Implementation> implementation);
     Implementation& Parts() const;
@@ -46,9 +45,9 @@ class ZET_API Plan {
     std::unique_ptr<Implementation> m_implementation;
 };
 
-/// Checks the targets of the product's role whose templates `templateNames` has, all when it is empty,
-/// renders each in a private directory, and compares it with what is there. A template that the list does not
-/// have is a `UsageError`; a list that cannot be read, and a rendering that its own check command refuses, a
+/// Checks the targets of the product's role that are made from `templateNames` (all if empty), renders each
+/// in a private directory, and compares it with the present file. A template that is not in the list is a
+/// `UsageError`; a list that cannot be read, or a rendering that its own check command refuses, is a
 /// `Failure`.
 ZET_API Plan MakePlan(Product& product, const std::vector<std::string>& templateNames = {},
                       OnEdit onEdit = OnEdit::AsConfigured);

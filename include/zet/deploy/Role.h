@@ -6,12 +6,12 @@
 
 namespace ZET::Deploy {
 
-/// What a host is in its network domain.
+/// The role of a host in its network domain.
 enum class Role { Server, Client };
 
 inline constexpr Role kRoles[] = {Role::Server, Role::Client};
 
-/// As files, messages and the module have it.
+/// The name used in files, in messages and by the module.
 constexpr const char* NameOf(Role role) {
     return role == Role::Server ? "server" : "client";
 }
@@ -21,14 +21,14 @@ constexpr const char* ProgramOf(Role role) {
     return role == Role::Server ? "zet-init" : "zet-client";
 }
 
-/// None for a word that names no role.
+/// None if the word names no role.
 constexpr std::optional<Role> RoleNamed(std::string_view name) {
     for (const Role role : kRoles)
         if (name == NameOf(role)) return role;
     return std::nullopt;
 }
 
-/// The other role that a host can have, too.
+/// The other role; a host can have both.
 constexpr Role OtherRole(Role role) {
     return role == Role::Server ? Role::Client : Role::Server;
 }

@@ -10,11 +10,11 @@
 
 namespace ZET::Deploy {
 
-/// Puts back what was there before the role's commits, and before files were edited in place, whichever role
-/// edited them: those that `files` has, all when it is empty; and at the end, unless something of the role is
-/// left, its status. A target that was edited since stays, unless `isForced`; where others wrote in a file
-/// that was edited in place, only the managed blocks go. What cannot be put back does not keep the others
-/// from it. A name that is neither is a `UsageError`.
+/// Puts back what was there before the role's commits, and before files were edited in place by either role:
+/// `files`, or all if it is empty. Finally removes the role's status, unless something of the role is left. A
+/// target that was edited since stays, unless `isForced`; in a file edited in place where others wrote too,
+/// only the managed blocks are removed. A file that cannot be put back does not stop the others. A name in
+/// `files` that is neither target nor edited file is a `UsageError`.
 ZET_API Outcome RollBack(Product& product, const std::vector<std::string>& files = {}, bool isForced = false);
 
 }  // namespace ZET::Deploy

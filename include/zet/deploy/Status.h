@@ -12,8 +12,8 @@ namespace ZET::Deploy {
 
 /// What is recorded of the role.
 struct RoleStatus {
-    std::string commitTime;  ///< RFC 3339, UTC; empty: never committed
-    std::string fileServer;  ///< of a client; empty: none recorded
+    std::string commitTime;  ///< RFC 3339, UTC; empty if never committed
+    std::string fileServer;  ///< of a client; empty if none is recorded
 };
 
 /// A target, compared with what a commit would make of it.
@@ -21,11 +21,11 @@ struct TargetState {
     std::string templateName;
     std::string path;   ///< of the real file, links followed
     std::string state;  ///< "in sync", "pending", "edited", "missing", "not committed", "differs", "unknown"
-    std::string trouble;  ///< why it is unknown, or the diff is missing
+    std::string trouble;  ///< why it is unknown, or why the diff is missing
     std::string file;     ///< as the list names it
-    FileState before;  ///< of one that is pending or edited: what it is, and what a commit would make of it
+    FileState before;     ///< if pending or edited: what it is, and what a commit would make of it
     FileState after;
-    ShownDiff diff;         ///< of such a one, where it is wanted
+    ShownDiff diff;         ///< if pending or edited, and diffs are wanted
     bool isMerged = false;  ///< it holds edits of others that a commit merged
     std::string
         reason{};  ///< "made under another root"; why it has no diff: "template refused", "no regular file"
@@ -34,24 +34,24 @@ struct TargetState {
 /// A file that was edited in place.
 struct EditState {
     std::string path;
-    std::string state;  ///< "in place"; "changed": by somebody else since; "gone": its blocks; "missing"
+    std::string state;  ///< "in place"; "changed" by somebody else since; "gone" (its blocks); "missing"
 };
 
 /// A line that the lists ask for.
 struct ListedEditState {
-    std::string name;       ///< of its entry; empty: it has none
-    std::string path;       ///< of the real file, links followed
-    std::string selector;   ///< its parameter or pattern
-    std::string state;      ///< "in sync", "pending", "edited", "missing", "not committed", "unknown"
-    std::string list;       ///< with its entry; empty: none asks for it any more
-    int line = 0;           ///< of the entry
-    ShownDiff diff{};       ///< of the last line of a file, where it is wanted: what a commit would change
-    std::string trouble{};  ///< why that is missing
+    std::string name;      ///< of its entry; empty if it has none
+    std::string path;      ///< of the real file, links followed
+    std::string selector;  ///< its parameter or pattern
+    std::string state;     ///< "in sync", "pending", "edited", "missing", "not committed", "unknown"
+    std::string list;      ///< the list with its entry; empty if no list asks for it any more
+    int line = 0;          ///< of the entry
+    ShownDiff diff{};  ///< set for the last line of a file if diffs are wanted: what a commit would change
+    std::string trouble{};  ///< why the diff is missing
 };
 
-/// A file that was committed and is not in force any more.
+/// A file that was committed and is no longer in force.
 struct LeftOver {
-    /// What the next commit does to it: it takes it back, or leaves it.
+    /// Whether the next commit takes it back or leaves it, and why.
     enum class Fate { GoesBack, StaysEdited, StaysWithoutReserve, StaysOutOfReach };
 
     std::string path;
@@ -62,10 +62,10 @@ struct LeftOver {
 struct ZET_API TargetStates {
     std::vector<TargetState> targets;
     std::vector<LeftOver> leftOvers;
-    std::vector<EditState> edits;  ///< of single lines of files that are no targets
+    std::vector<EditState> edits;  ///< single lines in files that are no targets
     std::vector<ListedEditState> listedEdits;
     std::vector<std::string>
-        newerTemplates;  ///< of which another text is shipped than the working copy is of
+        newerTemplates;  ///< those whose shipped text is not the one that the working copy was made from
 
     bool IsAnyUnknown() const;
     bool IsInSync() const;
@@ -76,8 +76,7 @@ struct Status {
     TargetStates targets;
 };
 
-/// A target whose state cannot be told is unknown, and does not keep that of the others from being told.
-/// Nothing is written.
+/// A target whose state cannot be determined is "unknown" and does not affect the others. Nothing is written.
 ZET_API Status StatusOf(Product& product);
 
 }  // namespace ZET::Deploy

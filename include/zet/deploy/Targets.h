@@ -20,8 +20,8 @@ struct ListedTarget {
     int line = 0;           ///< of its entry in the list
 };
 
-/// The targets of the product's role, in the order of the list. A list that is broken is a `Failure` with all
-/// its problems.
+/// The targets of the product's role, in the order of the list. A broken list is a `Failure` with all its
+/// problems.
 ZET_API std::vector<ListedTarget> ListTargets(Product& product);
 
 }  // namespace ZET::Deploy

@@ -11,16 +11,15 @@
 
 namespace ZET::Deploy {
 
-/// What keeps a template from becoming a file that one would want: a placeholder without a value or without
-/// an end, a value that reproduces itself, markers that are not balanced. `file` is named in the problems;
-/// `values` has whole placeholders as keys. A template that is found fine is one that the module renders in
-/// bounded time: of others it might never return. Needs no product, and may be called at any time by any
-/// thread.
+/// Finds what prevents a template from becoming a usable file: a placeholder without a value or without an
+/// end, a value that reproduces itself, unbalanced markers. The problems name `file`; the keys of `values`
+/// are whole placeholders. The module renders a template without problems in bounded time; on others it may
+/// never return. Needs no product, and may be called at any time by any thread.
 ZET_API std::vector<Problem> CheckTemplate(const StringMap& values, const std::string& text,
                                            const std::string& file = "template");
 
-/// The same of a template of the host, and everything else that would keep a commit of these templates, all
-/// when there are none, from succeeding, the targets' own check commands included. Nothing is written.
+/// As `CheckTemplate` for templates of the host (all if no names are given), with everything else that would
+/// make their commit fail, the targets' own check commands included. Nothing is written.
 ZET_API std::vector<Problem> CheckTemplates(Product& product,
                                             const std::vector<std::string>& templateNames = {});
 

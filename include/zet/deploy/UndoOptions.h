@@ -6,19 +6,19 @@
 
 namespace ZET::Deploy {
 
-/// What is taken back, and what becomes of files that are not as it left them: unless one of the two is
-/// wanted, they refuse the whole.
+/// Which entry is undone, and what happens to files that changed since: unless `force` or `merge` is set,
+/// such a file makes the whole undo fail.
 struct UndoOptions {
-    std::optional<std::int64_t> entry{};  ///< none: the last one
-    bool force = false;                   ///< they go back all the same
-    bool merge = false;                   ///< what was edited since stays in them
+    std::optional<std::int64_t> entry{};  ///< none for the last one
+    bool force = false;                   ///< put them back nevertheless
+    bool merge = false;                   ///< put them back, and merge the later edits
 };
 
-/// The same for going back to an entry.
+/// As `UndoOptions`, for going back to an entry.
 struct RollBackToOptions {
     bool force = false;
-    bool keepEdits = false;  ///< they stay as they are
-    bool merge = false;      ///< they go back, and what was edited since stays in them
+    bool keepEdits = false;  ///< leave them as they are
+    bool merge = false;      ///< put them back, and merge the later edits
 };
 
 }  // namespace ZET::Deploy

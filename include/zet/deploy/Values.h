@@ -7,7 +7,7 @@
 
 namespace ZET::Deploy {
 
-/// The template values of the host, by placeholder: "${realm}".
+/// The template values of the host by placeholder, such as "${realm}".
 ZET_API StringMap Values(Product& product);
 
 }  // namespace ZET::Deploy

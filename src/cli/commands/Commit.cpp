@@ -36,7 +36,7 @@ std::string Describe(const FileOutcome& outcome, bool isDryRun) {
     return text;
 }
 
-/// Where the original is, or, in a dry run, would be kept.
+/// Where the original is kept or, in a dry run, would be kept.
 std::string ReserveBeside(const FileOutcome& outcome) {
     if (outcome.result == FileOutcome::Result::Changed) return ReserveAfterChange(outcome.path);
     return outcome.result == FileOutcome::Result::Unchanged ? ReserveOf(outcome.path) : "";

@@ -38,7 +38,7 @@ void ReportDamage(Report& out, const std::string& path, const Text::MarkerDamage
     out.Line(problem.Describe());
 }
 
-/// What was only looked at is shown; of what is written, there is the diff that --diff shows.
+/// `isShown` is set if nothing is written; after a repair, --diff shows the difference.
 void TellRepair(Session& session, const FileDiagnosis& file, bool isShown) {
     Secrets& secrets = session.Product().HostSecrets();
     if (secrets.Hides(file.path)) {
@@ -52,7 +52,7 @@ void TellRepair(Session& session, const FileDiagnosis& file, bool isShown) {
     if (isShown) session.Out().Diff(file.repair);
 }
 
-/// False when there is none.
+/// False if there is no damage.
 bool TellDamage(Session& session, const FileDiagnosis& file, bool isShown) {
     Report& out = session.Out();
     out.Set("path", session.Product().HostPaths().RealName(file.path));

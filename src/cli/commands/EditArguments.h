@@ -9,15 +9,15 @@
 #include "zet/deploy/EditOptions.h"
 #include "zet/deploy/Failure.h"
 
-/// What the commands take that edit a file in place. `Given` is derived from `EditOptions`.
+/// The arguments of commands that edit a file in place. `Given` is derived from `EditOptions`.
 namespace ZET::Cli {
 
-/// Of an edit that knows sections.
+/// For an edit that supports sections.
 struct SectionOptions : EditOptions {
     bool isBeforeSections = false;
 };
 
-/// As the library takes it. An empty word is one that somebody forgot to fill in.
+/// The section in the form of `EditOptions`. An empty word is a mistake: somebody forgot to fill it in.
 inline std::optional<std::string> SectionOf(const SectionOptions& asked) {
     if (!asked.section) return asked.isBeforeSections ? std::optional<std::string>("") : std::nullopt;
     if (asked.isBeforeSections)
@@ -44,7 +44,7 @@ void AddForce(Command<Given>& command) {
     command.Flag("--force", &EditOptions::force, "Edit a committed target, too");
 }
 
-/// Of what is not edited, but replaced.
+/// For a file that is replaced, not edited.
 inline constexpr char kForceHelp[] = ZET_TEXT("Over changes that are kept nowhere, too");
 
 template <typename Given>

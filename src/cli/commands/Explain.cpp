@@ -26,13 +26,13 @@ struct ExplainOptions {
     std::string place;
 };
 
-/// FILE[:LINE], taken apart.
+/// The parts of FILE[:LINE].
 struct Place {
     std::string file;
-    std::string line;  ///< digits; empty: the whole file
+    std::string line;  ///< digits; empty for the whole file
 };
 
-/// A file that is there wins over one whose name would be a part of the argument.
+/// An existing file takes precedence over one whose name is only part of the argument.
 Place TakeApart(Session& session, const std::string& argument) {
     const std::size_t colon = argument.rfind(':');
     if (colon == std::string::npos || colon + 1 == argument.size() ||
@@ -53,7 +53,7 @@ std::size_t LineNumber(const Place& place, const std::string& path, std::size_t 
                {place.line, std::to_string(count)}));
 }
 
-/// Puts an explanation into words.
+/// Reports an explanation in words.
 class Teller {
   public:
     Teller(Session& session, const FileExplanation& file)
@@ -188,7 +188,7 @@ class Teller {
                PlaceholderText(lines);
     }
 
-    /// The text about one line of the template, or the one about several.
+    /// The text about one line of the template, or about several.
     std::string OfTemplate(const Text::ExplainedLines& lines, const char* one, const char* several) const {
         const std::size_t count = lines.last - lines.first;
         const std::string first = std::to_string(lines.templateLine);
@@ -215,7 +215,7 @@ class Teller {
         return begin + " line restore " + m_path + " PATTERN\"";
     }
 
-    /// What the newest of the lines came with; none: they are older than what is known.
+    /// The age of the newest of the lines; none if they are older than the history.
     std::optional<LineAge> NewestAge(const Text::ExplainedLines& lines) const {
         std::optional<LineAge> newest;
         for (std::size_t line = lines.first; line <= lines.last && line <= m_file.ages.size(); ++line) {
@@ -279,10 +279,10 @@ class Teller {
     const FileExplanation& m_file;
     const std::string& m_path;
     const FileOrigin& m_origin;
-    bool m_isLeftOut = false;  ///< some text that would have been told
+    bool m_isLeftOut = false;  ///< some text was hidden
 };
 
-/// Gives the document the fields that it has even if nobody could look.
+/// Gives the document the fields that it has even if the lookup fails.
 void BeginExplanation(Report& out) {
     for (const char* field :
          {"file", "path", "made_from", "template_file", "reserve", "no_file_before", "secret"})

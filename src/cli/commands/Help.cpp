@@ -17,7 +17,7 @@ struct HelpOptions {
     std::vector<std::string> words;
 };
 
-/// Whether the reader's manual has the program's page.
+/// Whether the user's manual has the program's page.
 bool HasPage(const std::string& program) {
     try {
         return RunProcess({"man", "-w", program}).status == 0;
@@ -28,8 +28,8 @@ bool HasPage(const std::string& program) {
     }
 }
 
-/// What less is told to look for: below the heading of all commands that of this one, which stands further
-/// out than what is said of it, and may be that of several ("param get|set"). There is no "$", which ends an
+/// The search for less: below the heading of all commands, the heading of this one. That is indented less
+/// than its text, and may be for several commands ("param get|set"). There must be no "$", which ends an
 /// option.
 std::string WayTo(const std::vector<std::string>& command) {
     std::string heading = "^ {7}" + command.front();
@@ -37,14 +37,14 @@ std::string WayTo(const std::vector<std::string>& command) {
     return "+/^COMMANDS\n/" + heading;
 }
 
-/// Does not return when the manual could be started. It begins at the command, if there is one.
+/// Does not return if the manual could be started. It begins at the command, if one is given.
 void ShowPage(const std::string& program, const std::vector<std::string>& command) {
     if (!command.empty()) {
         const char* options = std::getenv("LESS");
         const std::string before = options == nullptr ? "" : std::string(options) + " ";
         setenv("LESS", (before + WayTo(command)).c_str(), 1);
     }
-    std::signal(SIGPIPE, SIG_DFL);  // a manual that is left ends its programs by that
+    std::signal(SIGPIPE, SIG_DFL);  // quitting the manual ends its programs by this signal
     std::signal(SIGXFSZ, SIG_DFL);
     execlp("man", "man", program.c_str(), nullptr);
     std::signal(SIGPIPE, SIG_IGN);

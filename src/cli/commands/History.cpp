@@ -18,7 +18,7 @@ namespace ZET::Cli {
 
 namespace {
 
-/// What a file is to the product, which the library says and the reader gets in his language.
+/// The kinds of files as the library names them, marked for translation.
 [[maybe_unused]] constexpr const char* kKinds[] = {
     ZET_TEXT("target"),    ZET_TEXT("edit"),   ZET_TEXT("template"),  ZET_TEXT("option"),
     ZET_TEXT("companion"), ZET_TEXT("status"), ZET_TEXT("rendering"), ZET_TEXT("original")};
@@ -36,7 +36,7 @@ struct ShowWords {
 
 struct DiffWords {
     std::string number;
-    std::string to;  ///< a number, or already the file
+    std::string to;  ///< a number, or the file if there is no number
     std::string file;
 };
 
@@ -124,7 +124,7 @@ int Show(Session& session, const ShowWords& asked) {
     return kDone;
 }
 
-/// Returns whether it could be told.
+/// False if the diff could not be made.
 bool TellDiffOf(Session& session, const HistoryDiff& diff) {
     Report& out = session.Out();
     out.Add("files", FieldsOf(diff));
@@ -143,7 +143,7 @@ int Diff(Session& session, const DiffWords& asked) {
         out.Set(field, nullptr);
     out.Set("file", TextOrNull(file));
     out.AddList("files");
-    // Whatever stands before a file is to be one.
+    // A word before a file must be a number.
     const auto to = hasTo || !asked.file.empty() ? std::optional(ChangeNumber(asked.to)) : std::nullopt;
     const std::int64_t number = ChangeNumber(asked.number);
     out.Set("entry", number);
@@ -156,7 +156,7 @@ int Diff(Session& session, const DiffWords& asked) {
     return isComplete ? kDone : kFailed;
 }
 
-/// A stream into the report; the document takes it all at once.
+/// A stream that writes into the report; for the document it collects everything.
 class ReportStream : public std::streambuf {
   public:
     explicit ReportStream(Report& report, bool isKept) : m_report(report), m_isKept(isKept) {}

@@ -14,7 +14,7 @@ struct OptionWords {
     std::string value;
 };
 
-/// Whether nothing that could not be read may give it another value.
+/// Whether no source that could not be read may change the value.
 bool IsCertain(Deployment& product, const std::string& name) {
     return product.Values().UnreadSources().params.empty() || product.Values().IsFixed(name) ||
            FindGiven(product.Values().GivenByMain(), name) != nullptr;

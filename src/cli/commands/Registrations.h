@@ -5,7 +5,7 @@
 
 #include "cli/CommandLine.h"
 
-/// Where each file of commands adds its own.
+/// The functions that register the commands of each file.
 namespace ZET::Cli {
 
 void RegisterCommit(CommandLine& line);
@@ -25,7 +25,7 @@ void RegisterExplain(CommandLine& line);
 void RegisterDoctor(CommandLine& line);
 void RegisterHelp(CommandLine& line);
 
-/// The first word of a command, and who adds it; the order is that of the help.
+/// The first word of a command and the function that registers it, in the order of the help.
 struct Registration {
     std::string_view word;
     void (*add)(CommandLine& line);

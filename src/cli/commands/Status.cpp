@@ -27,14 +27,14 @@ constexpr char kInSync[] = ZET_TEXT("in sync");
 constexpr char kInPlace[] = ZET_TEXT("in place");
 constexpr char kUnknown[] = ZET_TEXT("unknown");
 
-/// The others, which come from the library and are shown in the reader's language.
+/// The other states, as the library names them, marked for translation.
 [[maybe_unused]] constexpr const char* kStates[] = {
     ZET_TEXT("pending"), ZET_TEXT("edited"), ZET_TEXT("missing"), ZET_TEXT("not committed"),
     ZET_TEXT("changed"), ZET_TEXT("gone"),   ZET_TEXT("differs")};
 [[maybe_unused]] constexpr const char* kReasons[] = {
     ZET_TEXT("template refused"), ZET_TEXT("no regular file"), ZET_TEXT("made under another root")};
 
-/// Of what was committed and is not in force any more: the next commit takes it back, or leaves it.
+/// For a file that was committed and is no longer in force: the next commit takes it back, or leaves it.
 constexpr char kLeftOver[] = ZET_TEXT("left over");
 constexpr char kKept[] = ZET_TEXT("kept");
 
@@ -64,7 +64,7 @@ void TellRole(Session& session, const RoleStatus& status) {
                            {status.fileServer.empty() ? _("none recorded") : status.fileServer}));
 }
 
-/// Of a target or a line.
+/// Reports the trouble of a target or a listed line.
 template <typename State>
 void TellTrouble(Session& session, const State& of) {
     if (of.trouble.empty()) return;
@@ -103,7 +103,7 @@ std::vector<std::string> StatesOf(const TargetStates& states) {
     return names;
 }
 
-/// The states in the order of the first that has it, each with how many have it; in sync comes first.
+/// The states in the order of their first appearance, with their counts; in sync comes first.
 std::string CountsOf(const std::vector<std::string>& states) {
     std::vector<std::pair<std::string, std::size_t>> counts = {{kInSync, 0}};
     for (const std::string& state : states) {
@@ -122,7 +122,7 @@ std::string CountsOf(const std::vector<std::string>& states) {
     return text;
 }
 
-/// The last line: all that a commit would see to.
+/// The last line: everything that a commit would handle.
 std::string Summary(const TargetStates& states) {
     const std::string counts = CountsOf(StatesOf(states));
     const std::string targets = counts.empty() ? _("no targets") : counts;
@@ -133,7 +133,7 @@ std::string Summary(const TargetStates& states) {
     return Filled(_("%s; edits: %s"), {targets, CountsOf(edits)});
 }
 
-/// As the targets that they were.
+/// Reports them as the targets that they were.
 void TellLeftOvers(Session& session, const std::vector<LeftOver>& leftOvers) {
     const Paths& paths = session.Product().HostPaths();
     for (const LeftOver& leftOver : leftOvers) {
@@ -172,7 +172,7 @@ void WarnOfLeftOvers(Session& session, const std::vector<LeftOver>& leftOvers) {
     }
 }
 
-/// Lines that the lists ask for.
+/// Reports the lines that the lists ask for.
 void TellListedEdits(Session& session, const std::vector<ListedEditState>& edits, bool onlyChanged) {
     for (const ListedEditState& edit : edits) {
         if (onlyChanged && edit.state == kInSync) continue;
@@ -188,7 +188,7 @@ void TellListedEdits(Session& session, const std::vector<ListedEditState>& edits
     }
 }
 
-/// Nothing has to be done about them, so that they do not count.
+/// Reports edits in place. They need no action, so they do not count.
 void TellEdits(Session& session, const std::vector<EditState>& edits, bool onlyChanged) {
     for (const EditState& edit : edits) {
         if (onlyChanged && edit.state == kInPlace) continue;
@@ -197,7 +197,7 @@ void TellEdits(Session& session, const std::vector<EditState>& edits, bool onlyC
     }
 }
 
-/// The exit status does not depend on them: what was committed is in sync without them.
+/// Reports newer templates. They do not affect the exit status: what was committed is in sync without them.
 void TellNewer(Session& session, const std::vector<std::string>& names) {
     std::string text;
     for (const std::string& name : names) {

@@ -42,7 +42,7 @@ StringMap ExtraValues(const std::vector<std::string>& assignments) {
     return values;
 }
 
-/// Prints what the template renders to, and writes nothing.
+/// Prints the rendered template; writes no file.
 int PrintRendering(Session& session, const Rendering& rendering) {
     Deployment& product = session.Product();
     if (TellProblems(session, CheckRendering(product, rendering))) return kFailed;
@@ -64,7 +64,7 @@ int Install(Session& session, const InstallOptions& asked) {
 
 int Process(Session& session, const ProcessOptions& asked) {
     BeginFileReport(session);
-    session.Out().Set("secret", nullptr);  // as long as there is nothing to print
+    session.Out().Set("secret", nullptr);  // until there is something to print
     session.Out().Set("text", nullptr);
     session.Out().AddList("problems");
     RequireTemplateName(asked.name);

@@ -3,7 +3,7 @@
 
 #include "cli/CommandLine.h"
 
-/// The parts of the family "template".
+/// The parts of the command family "template".
 namespace ZET::Cli {
 
 /// "list", "status", "diff".

@@ -12,7 +12,7 @@ namespace ZET::Cli {
 
 namespace {
 
-/// What the library says of a working copy, and the reader gets in his language.
+/// The states of working copies as the library names them, marked for translation.
 [[maybe_unused]] constexpr const char* kStates[] = {
     ZET_TEXT("current"), ZET_TEXT("newer shipped"), ZET_TEXT("edited, newer shipped"),
     ZET_TEXT("own"),     ZET_TEXT("not installed"), ZET_TEXT("not shipped")};
@@ -70,7 +70,7 @@ Fields FieldsOf(const TemplateState& state) {
             {"state", state.state}};
 }
 
-/// A template that nobody can look at is told, and fails the command.
+/// Reports a template that cannot be examined, which makes the command fail.
 bool TellTrouble(Session& session, const TemplateState& state) {
     if (state.trouble.empty()) return false;
     session.Out().Error(state.name + ": " + Filled(_("its state cannot be told: %s"), {state.trouble}));
@@ -91,7 +91,7 @@ int TellStates(Session& session, const NamedTemplates& asked) {
     return isAnyNewer ? kNotInSync : kDone;
 }
 
-/// What would change if the shipped one took the place of the working copy.
+/// Reports what would change if the shipped template replaced the working copy.
 void TellDifference(Session& session, const TemplateState& state) {
     Deployment& product = session.Product();
     const ShownDiff diff = DiffToShow(product, state.path, state.shipped, state.path);

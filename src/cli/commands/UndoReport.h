@@ -4,10 +4,11 @@
 #include "cli/Session.h"
 #include "deploy/undo/Undo.h"
 
-/// What the commands tell that go back by the history.
+/// The report of commands that go back in the history.
 namespace ZET::Cli {
 
-/// What keeps files from going back, and the entry that was made. Returns the exit status that belongs to it.
+/// Reports what prevents files from being put back, and the entry that was made. Returns the resulting exit
+/// status.
 int ReportUndo(Session& session, const UndoResult& result);
 
 }  // namespace ZET::Cli

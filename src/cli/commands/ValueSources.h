@@ -10,12 +10,12 @@
 
 namespace ZET::Cli {
 
-/// A line "NAME=VALUE", and one for where it stands unless "-q" is asked for; an element of the document's
+/// Reports a line "NAME=VALUE" and, without "-q", a line with its source; in the document, an element of the
 /// list "sources".
 void TellValue(Session& session, const std::string& name, const std::string& value,
                const std::optional<HostValues::Source>& source);
 
-/// An error for each source that could not be read; the exit status that they lead to.
+/// Reports an error for each source that could not be read; returns the resulting exit status.
 int TellUnread(Session& session, const std::vector<Problem>& unread);
 
 }  // namespace ZET::Cli

@@ -16,13 +16,12 @@ namespace {
 constexpr std::size_t kSmallestCapacity = 4096;
 constexpr std::size_t kHugePageSize = std::size_t{2} << 20;
 
-/// Before a large text: a notice that is put there, or is taken off and put there again, then moves nothing
-/// else.
+/// Room before a large text, so that adding or replacing a notice moves nothing else.
 constexpr std::size_t kRoomBefore = 4096;
 
-/// From here on memory comes straight from the system, whole huge pages at a time: the first touch of fresh
-/// memory costs more than scanning or copying it, and huge pages make it several times cheaper. A mapping
-/// grows by moving its pages, not its bytes.
+/// Large memory comes straight from the system, in whole huge pages: the first touch of fresh memory costs
+/// more than scanning or copying it, and huge pages make that several times cheaper. A mapping grows by
+/// moving its pages, not its bytes.
 bool IsMapped(std::size_t capacity) {
     return capacity >= kHugePageSize;
 }
@@ -35,7 +34,7 @@ std::size_t RoundedCapacity(std::size_t capacity) {
 void* Map(std::size_t capacity) {
     void* const data = mmap(nullptr, capacity, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (data == MAP_FAILED) return nullptr;
-    // The whole mapping: advice for a part of it would split it, and then it could not be moved.
+    // For the whole mapping: advice for a part would split it, and it could no longer be moved.
     madvise(data, capacity, MADV_HUGEPAGE);
     return data;
 }
@@ -97,7 +96,7 @@ void Buffer::Grow(std::size_t capacity) {
     m_capacity = capacity;
 }
 
-/// Where the new bytes have to begin for the longest piece to stay where it is, or as near as can be.
+/// Where the new bytes must begin so that the longest piece stays in place, or moves as little as possible.
 std::size_t Buffer::BeginFor(const std::vector<TextPiece>& pieces) const {
     std::size_t before = 0;
     std::size_t longest = 0;
@@ -119,8 +118,8 @@ void Buffer::Move(std::size_t to, std::size_t from, std::size_t size) {
 void Buffer::Arrange(const std::vector<TextPiece>& pieces, std::string_view others, std::size_t size) {
     const std::size_t begin = BeginFor(pieces);
     if (begin + size > m_capacity) Grow(begin + size - m_begin);
-    // What goes towards the begin, from there on; then what goes towards the end, from that on: so none comes
-    // to stand on one that is still to be moved. What is new is put between them last.
+    // Pieces that move towards the begin are moved first, from the front; then those that move towards the
+    // end, from the back. So none overwrites one that is still to be moved. New bytes are filled in last.
     std::size_t to = begin;
     for (const TextPiece& piece : pieces) {
         if (piece.IsOfText() && to < m_begin + piece.at) Move(to, m_begin + piece.at, piece.size);

@@ -9,19 +9,19 @@
 
 namespace ZET {
 
-/// A piece of a text that is to become another one.
+/// A piece of a text that is to be rearranged.
 struct TextPiece {
     static constexpr std::size_t kOthers = static_cast<std::size_t>(-1);
 
-    std::size_t at = kOthers;  ///< in the text; of other bytes, the next ones
+    std::size_t at = kOthers;  ///< its place in the text; `kOthers` for the next of the other bytes
     std::size_t size = 0;
 
     bool IsOfText() const { return at != kOthers; }
 };
 
-/// Contiguous bytes that grow at their end. Unlike `std::string` it neither fills memory that is about to be
-/// overwritten nor, where the system can remap pages, copies a large text to make it larger; it has some room
-/// before a large text, too. Running out of memory throws `std::bad_alloc` and changes nothing.
+/// Contiguous bytes that grow at their end. Unlike `std::string`, it does not fill memory that is about to be
+/// overwritten and, where the system can remap pages, does not copy a large text to enlarge it; it also keeps
+/// some room before a large text. Running out of memory throws `std::bad_alloc` and changes nothing.
 class Buffer {
   public:
     Buffer() = default;
@@ -34,7 +34,7 @@ class Buffer {
     std::string_view View() const { return {m_data + m_begin, m_size}; }
     std::size_t Size() const { return m_size; }
 
-    /// Forgets the bytes and keeps the memory.
+    /// Drops the bytes but keeps the memory.
     void Clear();
 
     /// Makes room for `capacity` bytes in all.
@@ -49,14 +49,14 @@ class Buffer {
         m_size += bytes.size();
     }
 
-    /// The room behind the bytes, to be filled and then declared with `Filled`.
+    /// The free memory after the bytes; fill it, then declare the bytes with `Filled`.
     char* Room() { return m_data + m_begin + m_size; }
     std::size_t RoomSize() const { return m_capacity - m_begin - m_size; }
     void Filled(std::size_t count) { m_size += count; }
 
-    /// Makes the bytes ones of pieces of them, in their order, with `others` between these; `size` is that of
-    /// all. The longest piece stays where it is when there is room for what comes before it, and no byte is
-    /// moved twice.
+    /// Rearranges the bytes: the result consists of `pieces` of the present bytes, in their order, with
+    /// `others` in between, and has `size` bytes in all. The longest piece stays in place if there is room
+    /// for what precedes it, and no byte is moved twice.
     void Arrange(const std::vector<TextPiece>& pieces, std::string_view others, std::size_t size);
 
   private:

@@ -24,40 +24,39 @@ inline Owner OwnerOf(const struct stat& status) {
     return {status.st_uid, status.st_gid};
 }
 
-/// Whether the path can be that of a file. The system would take one that holds a NUL byte for the shorter
-/// name of another file.
+/// Whether the path can name a file. The system would cut one with a NUL byte short and use another file.
 bool IsFileName(const std::string& path);
 
-/// Opens for reading; never waits, whatever the path leads to.
+/// Opens a file for reading; never blocks, whatever the path leads to.
 Descriptor OpenForReading(const std::string& path);
 
-/// Finds whose the regular file is that stands at the path itself: nobody's when there is none. False when
-/// that cannot be told.
+/// Finds the owner of the regular file at `path`; none if there is no regular file. False if that cannot be
+/// determined.
 ///
-/// A link is not followed. What is renamed onto it takes the place of the link and not of the file that it
-/// leads to; whoever may plant a link could lead it to his own file and have a text given to him, or to
-/// somebody else's and have him run what he did not write.
+/// A link is not followed, since renaming onto it replaces the link, not its target. Whoever may create a
+/// link could point it to their own file and become the owner of the text, or to somebody else's and have
+/// them run a program that they did not write.
 bool FindOwner(const std::string& path, std::optional<Owner>& owner);
 
-/// Opens for writing a file that is to be emptied: a new one, or a left-over of a save that was cut short.
-/// Not open when the path leads to anything but a regular file of that one name, nor when a left-over belongs
-/// to anybody but the caller and the owner of the file that it is for: whoever made it may hold it open, and
-/// would write into the finished file. Nothing is changed then.
+/// Opens an empty temporary file for writing: a new one, or the leftover of a save that was cut short. Not
+/// open, and nothing changed, if the path leads to anything but a regular file with one name, or if a
+/// leftover belongs to anybody but the caller and the target's owner: its creator may hold it open and could
+/// write into the finished file.
 Descriptor OpenTemporary(const std::string& path, const std::optional<Owner>& targetOwner);
 
-/// Opens for writing and empties a regular file, a new one with the default permissions; a link is followed.
-/// Not open when the path leads to anything else; never waits.
+/// Opens a regular file for writing and empties it; a new one gets the default permissions. Follows a link.
+/// Not open if the path leads to anything else; never blocks.
 Descriptor OpenForWriting(const std::string& path);
 
-/// Appends what the file holds; false when it is no regular file (`status` is its status) or reading breaks
-/// off.
+/// Appends the file's contents to `bytes`. False if it is no regular file (`status` is its status), or if
+/// reading fails.
 bool ReadAll(const Descriptor& file, const struct stat& status, Buffer& bytes);
 
-/// False when the file could not be given to that user and group. It gets the group all the same where it
-/// can: whom the mode lets in as the group stays so.
+/// False if the owner could not be set. The group is set anyway if possible, so that its members keep the
+/// access that the mode grants.
 bool SetOwner(const Descriptor& file, const Owner& owner);
 
-/// Changes the permission bits to those of `mode`, whatever the process's file-creation mask is.
+/// Sets the permission bits of `mode`, regardless of the process's file-creation mask.
 void SetMode(const Descriptor& file, mode_t mode);
 
 }  // namespace ZET

@@ -11,7 +11,7 @@ FileStreamBuffer::FileStreamBuffer(Descriptor file) : m_file(std::move(file)) {
 }
 
 FileStreamBuffer::~FileStreamBuffer() {
-    // Who must know whether all was written flushes the stream first.
+    // Callers who need to know whether everything was written flush the stream first.
     FileStreamBuffer::sync();
 }
 

@@ -10,7 +10,7 @@
 
 namespace ZET {
 
-/// Collects what a stream is given and writes it to a file. What could not be written is lost.
+/// Buffers a stream's output and writes it to a file. Bytes that could not be written are lost.
 class FileStreamBuffer : public std::streambuf {
   public:
     explicit FileStreamBuffer(Descriptor file);
@@ -25,8 +25,8 @@ class FileStreamBuffer : public std::streambuf {
     std::array<char, 4096> m_bytes = {};
 };
 
-/// A stream into a file that is open already: unlike `std::ofstream` it knows what it writes to, since a path
-/// could lead somewhere else by the time that it is opened.
+/// A stream into a file that is already open. `std::ofstream` opens a path, which could lead somewhere else
+/// by then.
 class FileStream : public std::ostream {
   public:
     explicit FileStream(Descriptor file) : std::ostream(nullptr), m_buffer(std::move(file)) {

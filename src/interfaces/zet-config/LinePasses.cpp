@@ -9,13 +9,13 @@ namespace ZET {
 
 namespace {
 
-/// Follows the managed blocks and warns of every marker that is out of place.
+/// Tracks the managed blocks and warns of every misplaced marker.
 class BlockTracker {
   public:
     BlockTracker(TextReader& text, const char* function)
         : m_region(text, function, ZETBeginMarker, ZETEndMarker) {}
 
-    /// Takes in the line read last, and returns whether it closes a block.
+    /// Takes the line read last, and returns whether it closes a block.
     bool Track(std::string_view line) {
         const RegionTracker::Line kind = m_region.Track(line);
         if (kind == RegionTracker::Line::StrayEnd) m_region.WarnOfStrayEnd();
@@ -28,7 +28,7 @@ class BlockTracker {
     RegionTracker m_region;
 };
 
-/// A line of its own, and the end of a block that is not yet ended by a line feed.
+/// Appends a block that holds `line`; its end marker is not yet followed by a line feed.
 void AppendBlockWithoutLineFeed(TextBuilder& out, const std::string& line) {
     out.AppendLine(ZETBeginMarker);
     out.AppendLine(line);
@@ -48,7 +48,7 @@ void SetLinePass(TextReader& in, TextBuilder& out, LineMatcher& matches, const s
                  LineStyle style) {
     BlockTracker block(in, "SetLine");
     bool found = false;
-    // Lines that stay are taken over together, not one by one: 13 instructions less for each.
+    // Unchanged lines are copied together, not one by one: 13 instructions less for each.
     std::string_view unchanged = in.Rest();
     std::string_view line;
     while (in.ReadLine(line)) {
@@ -69,7 +69,7 @@ void SetLinePass(TextReader& in, TextBuilder& out, LineMatcher& matches, const s
     }
     out.Copy(unchanged);
     if (found) return;
-    // The line feed ends a last line that had none; after one that had, it leaves an empty line.
+    // The line feed ends a last line that had none; after a line that had one, it leaves an empty line.
     out.Append("\n");
     if (style == LineStyle::Bare) {
         out.AppendLine(newLine);
@@ -85,7 +85,7 @@ void RestoreLinePass(TextReader& in, TextBuilder& out, LineMatcher& matches) {
     std::string_view line;
     while (in.ReadLine(line)) {
         if (block.Track(line)) continue;
-        // The core is asked about every line, those of a block too, though nothing of a block is kept.
+        // The core is called for every line, even inside a block, although nothing of a block is kept.
         if (matches(line)) line.remove_prefix(std::min(kPrefixLength, line.size()));
         if (!block.IsInside()) out.CopyLine(line);
     }

@@ -8,7 +8,7 @@ namespace ZET {
 
 namespace {
 
-/// What both markers begin with: lines without it are none of theirs.
+/// The common beginning of both markers: lines without it are not markers.
 std::string_view CommonBeginning(std::string_view one, std::string_view other) {
     const auto end = std::mismatch(one.begin(), one.end(), other.begin(), other.end()).first;
     return one.substr(0, static_cast<std::size_t>(end - one.begin()));
@@ -21,8 +21,8 @@ void RemoveMarkersPass(TextReader& in, TextBuilder& out, const std::string& begi
     using Line = RegionTracker::Line;
     RegionTracker region(in, "RemoveMarkers", beginMarker, endMarker);
     const char* const textStart = in.Bytes().data();
-    // A kept line brings the line feed before it, not the one after it: a text whose first line is dropped
-    // begins with an empty line.
+    // A kept line takes along the line feed before it, not the one after it, so a text whose first line is
+    // dropped begins with an empty line.
     const auto keep = [&](std::string_view lines) {
         const std::size_t lineFeedBefore = lines.data() == textStart ? 0 : 1;
         out.Copy({lines.data() - lineFeedBefore, lines.size() + lineFeedBefore});

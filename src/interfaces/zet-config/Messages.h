@@ -13,17 +13,17 @@
 
 namespace ZET {
 
-/// The message catalogues: the module's own texts, and those it shares with the core.
+/// The message catalogues: for the module's own texts, and for those that it shares with the core.
 inline constexpr char kModuleDomain[] = "libzet-config";
 inline constexpr char kCoreDomain[] = "libzet-core";
 
-/// What messages name as their source, without the ending of the file.
+/// The sources that messages name, without the file extension.
 inline constexpr char kEntryPointsSource[] = "src/interfaces/zet-config/zet-config";
 inline constexpr char kManagerSource[] = "src/interfaces/zet-config/ZETConfig";
 inline constexpr char kFileSource[] = "src/interfaces/zet-config/ZETConfigFile";
 
-/// Formats a message: `message.Format()(count, message.Translated(domain, "..."), arguments...)`. The text
-/// that is to be translated stands in that call, where the compiler checks its format.
+/// Formats a message: `message.Format()(count, message.Translated(domain, "..."), arguments...)`. The text to
+/// be translated is part of that call, so that the compiler checks its format.
 class Message {
   public:
     Message(const char* source, const char* function, std::size_t line)
@@ -34,7 +34,7 @@ class Message {
     Message(const Message&) = delete;
     Message& operator=(const Message&) = delete;
 
-    /// Translates the text and then builds the formatter for it: the core is asked in this order.
+    /// Translates the text, then builds the formatter: the core expects this order.
     const char* Translated(const char* domain, const char* text) __attribute__((format_arg(3))) {
         const char* const translated = dgettext(domain, text);
         new (&m_format) CZETFormatCall(m_source, m_function, m_line);
@@ -42,7 +42,7 @@ class Message {
         return translated;
     }
 
-    /// The formatter, which is there once the arguments of the call are evaluated.
+    /// The formatter, which exists once the arguments of the call have been evaluated.
     CZETFormatCall& Format() { return m_format; }
 
   private:
@@ -55,7 +55,7 @@ class Message {
     };
 };
 
-/// A formatted message as a text; the empty one when it could not be formatted.
+/// The formatted message, or an empty text if it could not be formatted.
 inline const char* TextOf(const char* formatted) {
     return formatted == nullptr ? "" : formatted;
 }
@@ -69,12 +69,12 @@ template <typename Error>
     throw Error(TextOf(formatted), "");
 }
 
-/// The line that calls it.
+/// The line number of the call.
 inline std::size_t Here(int line = __builtin_LINE()) {
     return static_cast<std::size_t>(line);
 }
 
-/// Refuses an empty argument in the name of the operation that received it.
+/// Throws `EZETCheckError`, naming the operation `function`, if the argument is empty.
 inline void RequireArgument(const std::string& argument, const char* source, const char* function,
                             std::size_t line) {
     if (!argument.empty()) return;

@@ -9,13 +9,13 @@
 
 namespace ZET {
 
-/// Follows the regions of a text from a line that begins with one marker to the next that begins with
-/// another, and warns of a begin inside a region.
+/// Tracks regions from a line that begins with one marker to the next line that begins with another, and
+/// warns of a begin marker inside a region.
 class RegionTracker {
   public:
     enum class Line { Ordinary, Begin, End, StrayEnd };
 
-    /// Warnings are logged in the name of the operation `function`.
+    /// `function` is the operation that warnings name.
     RegionTracker(TextReader& text, const char* function, std::string_view beginMarker,
                   std::string_view endMarker)
         : m_text(text),
@@ -24,9 +24,9 @@ class RegionTracker {
           m_endMarker(endMarker),
           m_shortest(std::min(beginMarker.size(), endMarker.size())) {}
 
-    /// Takes in the line of the text that was read last. A line that begins with both markers is a begin.
+    /// Takes the line that was read last. A line that begins with both markers counts as a begin.
     Line Track(std::string_view line) {
-        // Most lines differ from both markers in their first byte already.
+        // Most lines differ from both markers in their first byte.
         const bool mayBeMarker =
             line.size() >= m_shortest &&
             (m_shortest == 0 || line.front() == m_beginMarker.front() || line.front() == m_endMarker.front());
@@ -35,7 +35,7 @@ class RegionTracker {
 
     bool IsInside() const { return m_inside; }
 
-    /// Logs that the line read last begins with an end marker and no region was open.
+    /// Warns that the line read last begins with an end marker although no region was open.
     void WarnOfStrayEnd() const { Warn(m_endMarker); }
 
   private:

@@ -11,10 +11,10 @@ namespace ZET {
 
 namespace {
 
-/// Expands the placeholders of lines. Most lead to no other one, and are replaced in one search through all
-/// lines. Of a line with another, what is still to be searched is kept as a stack of pieces, the next one on
-/// top: a value goes on top of the rest of the line, so that it is searched in its turn and no byte is moved
-/// twice, however many placeholders a line has.
+/// Expands the placeholders of lines. Most values contain no placeholder; these are inserted in one search
+/// through all lines. For a line with another value, the text still to be searched is a stack of pieces, the
+/// next one on top: the value is pushed on top of the rest of the line. So it is searched in turn and no byte
+/// is moved twice, however many placeholders a line has.
 class Expander {
   public:
     Expander(TextBuilder& out, const StringMap& values) : m_out(out), m_values(values) {}
@@ -22,11 +22,11 @@ class Expander {
     void Expand(std::string_view lines);
 
   private:
-    /// A value as it was found in the map.
+    /// A value found in the map.
     struct KnownValue {
         const StringMap::value_type* value = nullptr;
-        bool isPlain = false;        ///< no placeholder is in it
-        bool canBeginOther = false;  ///< of a plain one: with what comes behind it
+        bool isPlain = false;        ///< it contains no placeholder
+        bool canBeginOther = false;  ///< a plain value that may form one together with the text after it
     };
 
     static bool LeadsToNone(const KnownValue& value, std::string_view behind);
@@ -36,7 +36,7 @@ class Expander {
     std::size_t FindPlaceholder() const;
     std::string_view ReadPlaceholder();
     const KnownValue* FindValue(std::string_view placeholder);
-    // Apart from `FindValue`, which then keeps fewer registers: a twentieth of the pass's time.
+    // Kept out of `FindValue`, which then saves fewer registers: a twentieth of the pass's time.
     [[gnu::noinline]] bool Look(std::string_view placeholder, KnownValue& known);
     void Take(std::size_t count);
     void Drop(std::size_t count);
@@ -44,17 +44,17 @@ class Expander {
 
     TextBuilder& m_out;
     const StringMap& m_values;
-    std::vector<std::string_view> m_pieces;  ///< never an empty one
-    bool m_lineIsLeft = false;               ///< the lowest piece is the rest of the line itself
-    std::string m_gathered;                  ///< a placeholder that lies on several pieces
-    std::string m_key;                       ///< used again for each, so that a lookup costs no allocation
+    std::vector<std::string_view> m_pieces;  ///< none of them is empty
+    bool m_lineIsLeft = false;               ///< whether the lowest piece is the rest of the line itself
+    std::string m_gathered;                  ///< a placeholder that spans several pieces
+    std::string m_key;                       ///< reused, so that a lookup costs no allocation
 
-    /// The values found last, by hash: a template names few values, and those again and again.
+    /// The values found last, by hash: a template uses few values, again and again.
     std::array<KnownValue, 64> m_recent = {};
 };
 
-/// A placeholder without an end makes the operation search forever; that is what callers must expect of it.
-/// The volatile read keeps the compiler from assuming that every loop ends.
+/// For a placeholder without an end: callers must expect that the operation then never returns. The volatile
+/// read keeps the compiler from assuming that every loop ends.
 [[noreturn]] void SearchForever() {
     volatile bool again = true;
     while (again)
@@ -89,12 +89,13 @@ void Expander::Expand(std::string_view lines) {
     m_out.Copy(lines.substr(done));
 }
 
-/// `behind` is what follows the placeholder: a line feed where its line ends.
+/// Whether the value cannot produce another placeholder. `behind` is the text after the placeholder, to the
+/// end of the lines.
 bool Expander::LeadsToNone(const KnownValue& value, std::string_view behind) {
     return value.isPlain && !(value.canBeginOther && behind.starts_with('{'));
 }
 
-/// From the placeholder that a line begins with on.
+/// Expands a line that begins with a placeholder.
 void Expander::ExpandRest(std::string_view line) {
     m_pieces.assign(1, line);
     m_lineIsLeft = true;
@@ -102,7 +103,7 @@ void Expander::ExpandRest(std::string_view line) {
         ReplacePlaceholder();
 }
 
-/// Copies what stands before the next placeholder; false when the line ends first.
+/// Copies the text before the next placeholder; false if the line ends first.
 bool Expander::CopyToPlaceholder() {
     while (!m_pieces.empty()) {
         const std::size_t position = FindPlaceholder();
@@ -115,7 +116,8 @@ bool Expander::CopyToPlaceholder() {
     return false;
 }
 
-/// Where a placeholder begins in the top piece; its second character may be the first one of the next piece.
+/// The position of a placeholder in the top piece; its second character may be the first one of the next
+/// piece.
 std::size_t Expander::FindPlaceholder() const {
     const std::string_view piece = m_pieces.back();
     for (std::size_t at = piece.find('$'); at != std::string_view::npos; at = piece.find('$', at + 1)) {
@@ -140,7 +142,7 @@ void Expander::ReplacePlaceholder() {
     }
 }
 
-/// What stands on the top of the stack through the first "}"; empty when there is none.
+/// The text from the top of the stack through the first "}"; empty if there is none.
 std::string_view Expander::ReadPlaceholder() {
     const std::string_view top = m_pieces.back();
     const std::size_t end = top.find('}');
@@ -155,7 +157,7 @@ std::string_view Expander::ReadPlaceholder() {
 }
 
 const Expander::KnownValue* Expander::FindValue(std::string_view placeholder) {
-    // Cheap, and different for most names: the length, and the bytes at both ends of the name.
+    // A cheap hash that differs for most names: the size, and the bytes at both ends of the name.
     const auto byte = [&](std::size_t index) -> std::size_t {
         return static_cast<unsigned char>(placeholder[index]);
     };
@@ -165,19 +167,19 @@ const Expander::KnownValue* Expander::FindValue(std::string_view placeholder) {
     return Look(placeholder, recent) ? &recent : nullptr;
 }
 
-/// False when there is no such value.
+/// Looks the value up in the map; false if there is none.
 bool Expander::Look(std::string_view placeholder, KnownValue& known) {
     m_key.assign(placeholder);
     const auto found = m_values.find(m_key);
     if (found == m_values.end()) return false;
-    // A placeholder ends in its line.
+    // A key with a line feed cannot be inserted plainly, since a placeholder must end in its line.
     const bool isPlain =
         found->second.find("${") == std::string::npos && found->first.find('\n') == std::string::npos;
     known = {&*found, isPlain, found->second.ends_with('$')};
     return true;
 }
 
-/// The "!" makes the placeholder visible in the file and keeps it from being met again.
+/// The "!" makes the placeholder visible in the file and keeps it from being found again.
 void Expander::MarkUnknown(std::string_view placeholder) {
     const std::string name(placeholder);
     Message message(kFileSource, "ApplyTemplates", Here());
@@ -188,7 +190,7 @@ void Expander::MarkUnknown(std::string_view placeholder) {
     Drop(1);
 }
 
-/// Moves bytes of the top piece to the output.
+/// Moves bytes from the top piece to the output.
 void Expander::Take(std::size_t count) {
     const std::string_view bytes = m_pieces.back().substr(0, count);
     if (m_lineIsLeft && m_pieces.size() == 1) {
@@ -221,7 +223,7 @@ void ApplyTemplatesPass(TextReader& in, TextBuilder& out, const StringMap& value
     if (lastLine.empty()) return;
     const std::size_t lineStart = out.Size();
     expander.Expand(lastLine);
-    // As wherever a line is ended, one that became empty gets a line feed.
+    // As for any line, one that became empty gets a line feed.
     if (out.Size() == lineStart) out.Append("\n");
 }
 

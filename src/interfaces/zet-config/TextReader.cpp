@@ -10,15 +10,16 @@ namespace ZET {
 
 namespace {
 
-/// Up to so many, pieces of a new text are collected whatever their size; more of them where they are as long
-/// as that, so that the list of them takes an eighth of the text at most.
+/// Up to `kFewPieces` pieces are collected whatever their size; more only if their average size is at least
+/// `kLongPiece`, so that their list takes at most an eighth of the text.
 constexpr std::size_t kFewPieces = 64;
 constexpr std::size_t kLongPiece = 128;
 
-/// Of 1,000 files of 3 KB, it was a fifth of the module's instructions to collect their pieces.
+/// Texts up to this size are copied at once: for 1,000 files of 3 KB, collecting pieces took a fifth of the
+/// module's instructions.
 constexpr std::size_t kSmall = std::size_t{16} << 10;
 
-constexpr std::size_t kManyOthers = std::size_t{64} << 10;  ///< which would be copied twice
+constexpr std::size_t kManyOthers = std::size_t{64} << 10;  ///< collected bytes are copied twice
 
 }  // namespace
 
@@ -46,7 +47,7 @@ std::string_view TextReader::SkipLinesWithout(std::string_view bytes) {
     const std::string_view rest = Rest();
     if (rest.starts_with(bytes)) return {};
     const std::string_view before = rest.substr(0, rest.find(bytes));
-    // Mostly, a line begins with them.
+    // Usually `bytes` are found at the beginning of a line.
     const std::string_view lines =
         before.ends_with('\n') ? before : before.substr(0, SizeOfWholeLines(before));
     m_position += lines.size();
@@ -115,7 +116,7 @@ bool TextBuilder::IsWorthCollecting() const {
 }
 
 void TextBuilder::CopyCollected() {
-    // Most passes change little: room for the whole source at once saves growing step by step.
+    // Most passes change little: reserving room for the whole source avoids growing step by step.
     m_bytes.Reserve(m_source.Bytes().size() + m_source.Bytes().size() / 8);
     std::string_view others = m_others;
     for (const TextPiece& piece : m_pieces) {

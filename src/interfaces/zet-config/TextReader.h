@@ -14,20 +14,20 @@
 namespace ZET {
 
 /// The text of a file: its bytes and how far they have been read, line by line. A line ends at a line feed or
-/// at the end of the text; only a line that is not empty can be ended by the end of the text.
+/// at the end of the text; there is no empty line after the last line feed.
 ///
-/// A read that runs through the whole text exhausts it: from then on it yields no line, rewound or not, until
-/// its bytes are replaced.
+/// A read that reaches the end of the text exhausts it: from then on it yields no line, even after `Rewind`,
+/// until its bytes are replaced.
 class TextReader {
   public:
     TextReader() = default;
     explicit TextReader(Buffer bytes) : m_bytes(std::move(bytes)) {}
 
-    /// Back to the first line. Does not revive an exhausted text.
+    /// Returns to the first line. Does not revive an exhausted text.
     void Rewind();
 
-    /// The next line, without its line feed, valid as long as the text is not changed. False when there is
-    /// none: the text is exhausted.
+    /// Reads the next line, without its line feed; it is valid until the text changes. False if there is
+    /// none: the text is then exhausted.
     bool ReadLine(std::string_view& line) {
         const std::string_view rest = Rest();
         if (rest.empty()) {
@@ -39,19 +39,18 @@ class TextReader {
         return true;
     }
 
-    /// Passes over the whole lines before the next one that holds `bytes`, and returns them with their line
-    /// feeds; the last line is left when it has none. For a pass that lets such lines be: it need not look at
-    /// each.
+    /// Skips the whole lines before the next one that contains `bytes`, and returns them with their line
+    /// feeds; a last line without a line feed is not skipped. For a pass that leaves such lines unchanged.
     std::string_view SkipLinesWithout(std::string_view bytes);
 
-    /// Of the line read last: whether the end of the text ended it instead of a line feed; and its number,
-    /// from 1.
+    /// Whether the line read last was ended by the end of the text instead of a line feed; and that line's
+    /// number, from 1.
     bool EndedByEndOfText() const {
         return m_position == m_bytes.Size() && m_position > 0 && !m_bytes.View().ends_with('\n');
     }
     std::size_t LineNumber();
 
-    /// What has not been read yet.
+    /// The text that has not been read yet.
     std::string_view Rest() const {
         std::string_view rest = m_exhausted ? std::string_view() : m_bytes.View();
         if (!m_exhausted) rest.remove_prefix(m_position);
@@ -60,40 +59,41 @@ class TextReader {
 
     std::string_view Bytes() const { return m_bytes.View(); }
 
-    /// Makes the bytes ones of pieces of themselves and others, to be read from their start.
+    /// Rearranges the bytes as `Buffer::Arrange`, and reads them from the start.
     void Arrange(const std::vector<TextPiece>& pieces, std::string_view others, std::size_t size);
 
-    /// Reads afresh from the start, exhausted or not: for a text whose bytes were replaced by the same bytes.
+    /// Starts again from the first line, exhausted or not: for a text whose bytes were replaced by the same
+    /// bytes.
     void Renew();
 
     bool IsExhausted() const { return m_exhausted; }
 
-    /// Takes over new bytes, to be read from their start, and gives the old ones back.
+    /// Takes new bytes, to be read from the start, and returns the old ones.
     Buffer Replace(Buffer bytes);
 
   private:
     Buffer m_bytes;
     std::size_t m_position = 0;
     std::size_t m_countedTo =
-        0;  ///< line feeds are counted only up to here, since few passes ask for a number
+        0;  ///< line feeds are counted only up to here, and on demand, since few passes need a line number
     std::size_t m_lineFeeds = 0;
     bool m_exhausted = false;
 };
 
-/// Builds the text that a pass makes out of another one. What is taken over unchanged is collected into runs.
-/// As long as these are few and long, nothing is copied: at the end, the text is made in its own place, where
-/// the longest run stays: half of the memory for an edit of a large text, and no first touch of a second one.
-/// A small text is copied at once, which takes less than the list of its pieces.
-/// Without `Install` the source is left as it was, and not exhausted by having been read.
+/// Builds the text that a pass makes from another one. Unchanged text is collected into runs. While these are
+/// few and long, nothing is copied: the final text is made in place, around the longest run, which halves the
+/// memory for an edit of a large text and avoids first touching a second one. A small text is copied at once,
+/// which is cheaper than a list of pieces. Without `Install` the source is left as it was, and reading it
+/// does not exhaust it.
 class TextBuilder {
   public:
-    /// `memory` is used for a new text that is not made in place.
+    /// `memory` is used if the new text is not made in place.
     TextBuilder(TextReader& source, Buffer memory);
     ~TextBuilder();
     TextBuilder(const TextBuilder&) = delete;
     TextBuilder& operator=(const TextBuilder&) = delete;
 
-    /// Takes over a piece of the source.
+    /// Copies a piece of the source.
     void Copy(std::string_view piece) {
         if (piece.empty()) return;
         m_size += piece.size();
@@ -105,7 +105,7 @@ class TextBuilder {
         m_run = piece;
     }
 
-    /// Takes over the line of the source that was read last, or its end, and ends it.
+    /// Copies the source line that was read last, or its end, and ends the line.
     void CopyLine(std::string_view line) {
         if (!m_source.EndedByEndOfText()) {
             Copy({line.data(), line.size() + 1});
@@ -115,8 +115,8 @@ class TextBuilder {
         }
     }
 
-    /// Adds other bytes; inline for the values of templates, of which a call is an eighth of the
-    /// instructions.
+    /// Adds other bytes. Inline because a call would take an eighth of the instructions for the values of
+    /// templates.
     [[gnu::always_inline]] void Append(std::string_view bytes) {
         if (bytes.empty()) return;
         FlushRun();
@@ -126,14 +126,14 @@ class TextBuilder {
     }
     void AppendLine(std::string_view line);
 
-    /// Ends a line that stands for the one read last: with a line feed, unless the end of the text ended that
-    /// one and the new one is not empty.
+    /// Ends a line that replaces the one read last: with a line feed, unless the end of the text ended that
+    /// one and the new line is not empty.
     void EndLine(bool isEmpty);
 
-    /// Bytes added so far.
+    /// The number of bytes added so far.
     std::size_t Size() const { return m_size; }
 
-    /// Puts the new text in the place of the source, to be read from its start. Returns memory for the next
+    /// Replaces the source's text with the new one, to be read from its start. Returns memory for the next
     /// pass.
     Buffer Install();
 
@@ -151,15 +151,15 @@ class TextBuilder {
     void CopyCollected();
 
     TextReader& m_source;
-    bool m_mayRevive;  ///< the source was not exhausted before, and is not replaced yet
+    bool m_mayRevive;  ///< the source was not exhausted before and has not been replaced yet
     std::size_t m_size = 0;
-    std::string_view m_run;  ///< a piece of the source that follows what is below, and is not in it yet
+    std::string_view m_run;  ///< a piece of the source that is to be added next
 
     std::vector<TextPiece> m_pieces;
-    std::size_t m_taken = 0;  ///< of the source, by the pieces
+    std::size_t m_taken = 0;  ///< how far the pieces reach into the source
     std::string m_others;     ///< the bytes between the pieces
     bool m_isCopied = false;
-    Buffer m_bytes;  ///< instead of both, once all is copied
+    Buffer m_bytes;  ///< replaces both once everything is copied
 };
 
 }  // namespace ZET

@@ -11,12 +11,12 @@ namespace ZET {
 
 namespace {
 
-/// The lines that these messages carry are fixed for callers; they do not follow the source.
+/// Callers rely on these line numbers in messages; they do not follow the source.
 constexpr std::size_t kOpenTemplateLine = 80;
 constexpr std::size_t kInstallTemplateLine = 138;
 constexpr std::size_t kTemplateValueLine = 184;
 
-/// The value of the first component of a distinguished name. Its first three bytes are taken to be "dc=".
+/// The value of the first component of a distinguished name, whose first three bytes are assumed to be "dc=".
 std::string FirstDomainComponent(const std::string& domainDn) {
     const std::string value = domainDn.size() < 3 ? "" : domainDn.substr(3);
     return value.substr(0, value.find(','));
@@ -100,7 +100,7 @@ std::shared_ptr<IZETConfigFile> CZETConfig::OpenConfigFileTemplate(const std::st
                                                                    const std::string& fileName,
                                                                    const std::string& role, bool noMarkers) {
     RequireArgument(templateName, kManagerSource, "OpenConfigFileTemplate", kOpenTemplateLine);
-    // A pristine template that is missing too shows when the working copy cannot be opened.
+    // If the pristine template is missing too, opening the working copy fails.
     if (!IsFileExist(m_core.GetParam("ZET_CFG_DIR") + "/" + templateName))
         InstallConfigFileTemplate(templateName);
     auto file = std::make_shared<CZETOpenedFile>(m_core);
@@ -162,7 +162,7 @@ bool CZETConfig::UpdateConfigFileParam(const std::string& name, const std::strin
     if (!file->Open(m_core.GetParam("ZET_CFG"), "", true)) return false;
     file->SetParamValue(name, value);
     file->Save(true);
-    // Only now: a file that could not be saved leaves the core's value as it was.
+    // Only now, so that a file that could not be saved leaves the core's value unchanged.
     m_core.UpdateParam(name, value);
     return true;
 }

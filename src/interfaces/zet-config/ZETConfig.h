@@ -9,11 +9,11 @@
 
 namespace ZET {
 
-/// The one implementation of `IZETConfig`, named "zet-config". Keeps a plain reference to the core. Calls
-/// among its own operations go through its virtual operations.
+/// The only implementation of `IZETConfig`, named "zet-config". Keeps a plain reference to the core. Its
+/// operations call each other as virtual functions.
 class CZETConfig : public IZETConfig {
   public:
-    /// Builds the template values at once; an exception of the core leaves the constructor.
+    /// Builds the template values at once; an exception of the core passes through.
     explicit CZETConfig(IZETCore& core);
     ~CZETConfig() override;
 
@@ -44,7 +44,7 @@ class CZETConfig : public IZETConfig {
     void RemoveFileServerStatus() override;
 
     /// The path of a mode's status file. An empty mode throws `EZETCheckError`, one that is neither "server"
-    /// nor "client" `EZETInternalError`.
+    /// nor "client" throws `EZETInternalError`.
     std::string ConfigStatusName(const std::string& mode);
 
   private:

@@ -77,7 +77,7 @@ void CZETConfigFile::InternalNotice() {
     }
 }
 
-/// Runs a pass over the whole text and puts the result in its place. An exception leaves the text as it was.
+/// Runs a pass over the whole text and installs the result. If it throws, the text is unchanged.
 template <typename Pass>
 void CZETConfigFile::Rewrite(Pass&& pass) {
     m_content->Rewind();
@@ -122,7 +122,7 @@ std::string CZETConfigFile::GetParamValue(const std::string& name) {
 
 void CZETConfigFile::RestoreParamValue(const std::string& name) {
     RequireArgument(name, "RestoreParamValue", Here());
-    // No "^": restoring anchors the pattern behind the prefix of a kept former line.
+    // No "^": `RestoreLine` anchors the pattern after the prefix of a kept former line.
     RestoreLine(ZETRestoreOpening + name + "=");
 }
 
@@ -168,8 +168,8 @@ void CZETConfigFile::Save(bool noBackup) {
 
 std::string_view CZETConfigFile::TextToSave() {
     if (!m_noMarkers) InsertHeader(Header());
-    // After the header went in: a template that opens with a comment gets its notice in front of that, and
-    // keeps it.
+    // After inserting the header: a template that opens with a comment gets its notice before that comment,
+    // and keeps it.
     if (m_fromTemplate) RemoveMarkers(ZETTemplateCommentMarker, ZETCommentEndMarker);
     m_content->Rewind();
     return m_content->Rest();
@@ -182,7 +182,7 @@ void CZETConfigFile::InternalSaveAs(const std::string& fileName, bool noBackup) 
     RenameFile(temporaryName, fileName);
 }
 
-/// Writes the text as it can be read: an exhausted one yields nothing. The read state stays as it is.
+/// Writes the text as it would be read: nothing if it is exhausted, which it remains.
 void CZETConfigFile::WriteTemporary(const std::string& temporaryName, const std::string& fileName) {
     std::optional<Owner> targetOwner;
     const bool isKnown = FindOwner(fileName, targetOwner);
@@ -199,16 +199,16 @@ void CZETConfigFile::WriteTemporary(const std::string& temporaryName, const std:
         Throw<EZETError>(message.Format()(1, message.Translated(kCoreDomain, "Error stat '%s':%m"),
                                           temporaryName.c_str()));
     }
-    // The owner first: as long as he is not the final one nobody may run the file with its owner's rights.
-    // The file is private until then and has no such bit that a new owner could cost it.
+    // The owner is set first: until it is final, nobody may run the file with its owner's rights. The file is
+    // private until then and has no set-ID bits that a change of owner would clear.
     const Owner owner = targetOwner.value_or(OwnerOf(status));
     const bool isGiven = owner == OwnerOf(status) || SetOwner(file, owner);
     if (status.st_mode != m_fileStat.st_mode) SetMode(file, FinalMode(owner, isGiven));
 }
 
-/// The mode of what was read. It lets others run the file with its owner's rights only where the owner who is
-/// meant has it: the one who was to get it (`isGiven`) and, of a file edited in place, the one whom it had
-/// when it was read. Somebody else's file may stand at its name by now.
+/// The mode of the file that was read. Set-user-ID and set-group-ID stay only if the file has the intended
+/// owner: the one that it was given (`isGiven`) and, for a file edited in place, the one that it had when it
+/// was read. By now somebody else's file may have its name.
 mode_t CZETConfigFile::FinalMode(const Owner& owner, bool isGiven) const {
     const bool isMeant = isGiven && (m_fromTemplate || owner == OwnerOf(m_fileStat));
     constexpr mode_t kRunsAsOwner = S_ISUID | S_ISGID;

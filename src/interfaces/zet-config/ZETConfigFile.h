@@ -16,8 +16,8 @@
 
 namespace ZET {
 
-/// The one implementation of `IZETConfigFile`. Keeps a plain reference to the core. Calls among its own
-/// operations go through its virtual operations. Not copied.
+/// The only implementation of `IZETConfigFile`. Keeps a plain reference to the core. Its operations call each
+/// other as virtual functions. Cannot be copied.
 class CZETConfigFile : public IZETConfigFile {
   public:
     explicit CZETConfigFile(IZETCore& core);
@@ -42,18 +42,18 @@ class CZETConfigFile : public IZETConfigFile {
     /// Logs which file is processed.
     virtual void InternalNotice();
 
-    /// Puts `header` as a notice before the first line that is not empty, unless that line holds the opening
-    /// marker of a notice; drops the empty lines before it. An empty header throws `EZETCheckError`.
+    /// Inserts `header` as a notice before the first non-empty line, unless that line contains the opening
+    /// marker of a notice, and drops the empty lines before it. An empty header throws `EZETCheckError`.
     virtual void InsertHeader(const std::string& header);
 
-    /// Reads the file into the text; false, with a log record, when it cannot be read.
+    /// Reads the file into the text; false, with a log record, if it cannot be read.
     virtual bool InternalOpen(const std::string& fileName, const std::string& role, bool noMarkers);
 
     /// The text of the notice for this file.
     virtual std::string Header();
 
   protected:
-    /// Makes the text what is saved, and shows it until the next operation.
+    /// Prepares the text for saving. The view is valid until the next operation.
     std::string_view TextToSave();
 
   private:
@@ -65,14 +65,14 @@ class CZETConfigFile : public IZETConfigFile {
     mode_t FinalMode(const Owner& owner, bool isGiven) const;
 
     IZETCore& m_core;
-    std::string m_fileName;                 ///< what was read: the file itself or the template's working copy
-    std::string m_targetFileName;           ///< what a template is saved as; empty for a file edited in place
+    std::string m_fileName;        ///< the file that was read: the file itself or the template's working copy
+    std::string m_targetFileName;  ///< the file that a template is saved as; empty for a file edited in place
     std::unique_ptr<TextReader> m_content;  ///< null until a file is open
     std::string m_role;
     bool m_fromTemplate = false;
     bool m_noMarkers = false;
     struct stat m_fileStat = {};  ///< of `m_fileName` as read; its mode is the saved file's
-    Buffer m_spare;               ///< the memory of the text before the last pass, for the next one
+    Buffer m_spare;               ///< the memory of the previous text, for the next pass
 };
 
 }  // namespace ZET

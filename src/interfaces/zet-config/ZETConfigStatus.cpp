@@ -23,14 +23,14 @@ constexpr char kFileServerKey[] = "NETWORK_FS_TYPE";
         message.Format()(1, message.Translated(kCoreDomain, "Failed to open file '%s'."), fileName.c_str()));
 }
 
-/// An entry is split at its first "=", and nothing is trimmed; the last of two entries wins.
+/// Splits an entry at its first "=" without trimming; the last entry of a key wins.
 void ReadEntry(std::string_view line, StringMap& values) {
     const std::size_t equalsSign = line.find('=');
     if (line.starts_with('#') || equalsSign == std::string_view::npos) return;
     values[std::string(line.substr(0, equalsSign))] = line.substr(equalsSign + 1);
 }
 
-/// Adds the entries of a status file to `values`; false when it cannot be read.
+/// Adds the entries of a status file to `values`; false if it cannot be read.
 bool ReadStatusFile(const std::string& fileName, StringMap& values) {
     const Descriptor file = OpenForReading(fileName);
     struct stat status = {};
@@ -88,7 +88,7 @@ void CZETConfig::LoadConfigStatus(const std::string& mode, StringMap& values) {
 
 void CZETConfig::SaveFileServerStatus() {
     FileStream stream(OpenStatusFile(FileServerStatusName(m_core), "SaveFileServerStatus", Here()));
-    // The core is asked only now: when it fails, the file is empty already, and stays so.
+    // Queried only now: if the core fails, the file is already empty and stays so.
     const std::string type = m_core.GetParam(kFileServerKey);
     stream << kFileServerKey << '=' << type << '\n' << std::flush;
 }

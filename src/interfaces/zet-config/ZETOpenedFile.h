@@ -9,8 +9,8 @@
 
 namespace ZET {
 
-/// A file as the manager hands it out. A class of its own, since others call the operations of a
-/// `CZETConfigFile` by their places, among which there is none for another one.
+/// The class of the files that `CZETConfig` returns. It is separate because callers use the virtual functions
+/// of `CZETConfigFile` by their positions, so that none can be added there.
 class CZETOpenedFile : public CZETConfigFile, public IZETTextToSave {
   public:
     using CZETConfigFile::CZETConfigFile;

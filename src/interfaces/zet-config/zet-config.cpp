@@ -15,11 +15,11 @@ constexpr std::uintptr_t kVersion = ZET_RECORD_VERSION;
 constexpr char kVersionText[] = ZET_RECORD_VERSION_TEXT;
 constexpr std::uint32_t kModuleType = 1;
 constexpr std::uint32_t kHostType = 0;
-/// The line that this message carries is fixed for callers; it does not follow the source.
+/// Callers rely on this line number in the message; it does not follow the source.
 constexpr std::size_t kInvalidHostTypeLine = 17;
 
 ZET::ZETModuleRecord moduleRecord = {kVersion, kName, kVersionText, kModuleType, nullptr, nullptr};
-std::string moduleDescription;  ///< owns the record's description once it is filled
+std::string moduleDescription;  ///< owns the record's description once it is set
 bool moduleInitialised = false;
 
 }  // namespace
@@ -27,7 +27,7 @@ bool moduleInitialised = false;
 const ZET::ZETModuleRecord* get_module_info(const ZET::ZETModuleRecord* host) {
     if (host->type != kHostType) {
         ZET::Message message(ZET::kEntryPointsSource, "get_module_info", kInvalidHostTypeLine);
-        // A null text leaves the stream failed, as it does for everybody who writes one.
+        // A null text puts the stream into its failed state, as for any other writer.
         std::cerr << message.Format()(1, message.Translated(ZET::kCoreDomain, "Invalid host type %d."),
                                       static_cast<int>(host->type))
                   << std::endl;
@@ -43,7 +43,7 @@ const ZET::ZETModuleRecord* get_module_info(const ZET::ZETModuleRecord* host) {
 bool module_init(ZET::IZETCore& core) {
     if (moduleInitialised) return true;
     const auto config = std::make_shared<ZET::CZETConfig>(core);
-    // Whether a name that is taken already is an error is the core's decision: it knows what it answered.
+    // The result is ignored: the core knows what it returned and decides whether a taken name is an error.
     core.RegisterInterface(config);
     moduleInitialised = true;
     return true;

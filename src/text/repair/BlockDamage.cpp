@@ -11,9 +11,9 @@ namespace {
 constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 constexpr char kBeginWithoutEnd[] = "begin-without-end";
 
-/// Follows the blocks of a text. What helps to tell where a lost marker stood: the module writes one line
-/// into a block, a kept former line right before its block, and one empty line before a block that it
-/// appends.
+/// Tracks the blocks of a text. These facts help to find the place of a lost marker: the module writes one
+/// line into a block, a kept former line directly before its block, and one empty line before an appended
+/// block.
 class BlockCheck {
   public:
     explicit BlockCheck(RepairText& repair) : m_repair(repair) {}
@@ -91,9 +91,10 @@ class BlockCheck {
         m_end = index;
     }
 
-    /// One line that changed places with a marker leaves an empty block, or takes another line into it.
+    /// Reports a block that is empty or has several lines, for example because a line changed places with a
+    /// marker.
     void CheckContent(std::size_t end) {
-        // What was joined to a marker was told.
+        // Text joined to a marker was reported already.
         if (MarkerOf(m_repair.Text(end)) == Marker::None || MarkerOf(m_repair.Text(m_begin)) == Marker::None)
             return;
         const std::size_t first = m_lastBegin + 1;
@@ -110,7 +111,7 @@ class BlockCheck {
              _("give each of them a block of its own, if all are the system's")});
     }
 
-    /// A former line that was joined to the block's line would go with it.
+    /// Reports a marker joined to the block's line: a former line there would be removed with the block.
     void CheckJoined(std::size_t index) {
         if (m_repair.MarkerAt(index) != Marker::None || !FindGluedMarker(m_repair.Text(index))) return;
         m_repair.NoteAmbiguous(
@@ -158,7 +159,7 @@ class BlockCheck {
         m_formerLine = kNone;
     }
 
-    /// `limit` is the first line that cannot be in the block.
+    /// `limit` is the first line that cannot belong to the block.
     void TakeMissingEnd(std::size_t limit) {
         const std::size_t begin = m_lastBegin;
         const std::size_t noted = std::exchange(m_begin, kNone);
@@ -181,7 +182,7 @@ class BlockCheck {
     void TakeLoneFormerLine() {
         if (m_formerLine == kNone) return;
         const std::size_t index = std::exchange(m_formerLine, kNone);
-        // The module takes such a line for no part of a block.
+        // The module does not treat such a line as part of a block.
         m_repair.Concern(DamagedRegions::None);
         m_repair.NoteAmbiguous(
             index, "former-line-without-block",
@@ -192,11 +193,11 @@ class BlockCheck {
     }
 
     RepairText& m_repair;
-    std::size_t m_begin = kNone;       ///< of the block that is open
-    std::size_t m_lastBegin = kNone;   ///< the last begin marker of it
+    std::size_t m_begin = kNone;       ///< of the open block
+    std::size_t m_lastBegin = kNone;   ///< its last begin marker
     std::size_t m_end = kNone;         ///< the last end marker
-    std::size_t m_formerLine = kNone;  ///< the last kept former line, as long as it has no block
-    bool m_isContentTold = false;      ///< what is wrong with the lines of the open block was told
+    std::size_t m_formerLine = kNone;  ///< the last kept former line, until it has a block
+    bool m_isContentTold = false;      ///< the lines of the open block were reported already
 };
 
 struct Doubled {

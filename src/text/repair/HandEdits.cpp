@@ -14,7 +14,7 @@ namespace {
 constexpr char kBlanks[] = " \t\r";
 constexpr std::uint32_t kNone = static_cast<std::uint32_t>(-1);
 
-/// A place where a marker stands, or could be meant.
+/// A place where a marker is, or may be meant.
 struct Token {
     enum class Form : std::uint8_t { Exact, Near, Glued };
 
@@ -22,9 +22,9 @@ struct Token {
     std::uint32_t position = 0;
     Marker marker = Marker::None;
     Form form = Form::Exact;
-    bool counts = true;  ///< it is a marker, or taking it for one makes a whole region
+    bool counts = true;  ///< it is a marker, or completes a region if taken as one
 
-    // The indexes of the next two behind it of the same family: blocks, or notices and template comments.
+    // The indexes of the next two tokens of the same family: blocks, or notices and template comments.
     std::uint32_t nextGlued = kNone;
     std::uint32_t nextOther = kNone;
 };
@@ -63,8 +63,8 @@ void LinkTokens(std::vector<Token>& tokens) {
     }
 }
 
-/// Goes through the tokens in order and decides which of those that are no markers as they stand are meant to
-/// be: those that complete a region, or end one that is not ended otherwise.
+/// Decides in order which of the tokens that are not exact markers are meant to be markers: those that
+/// complete a region, or end one that has no other end.
 class TokenJudge {
   public:
     explicit TokenJudge(std::vector<Token>& tokens) : m_tokens(tokens) {}
@@ -98,7 +98,7 @@ class TokenJudge {
         return false;
     }
 
-    /// A block has a kept former line, another block or an empty line before it.
+    /// A block is preceded by a kept former line, another block or an empty line.
     bool CanBeginAt(std::size_t at) const {
         return m_tokens[at].form != Token::Form::Glued ||
                (at > 0 && m_tokens[at - 1].line == m_tokens[at].line);
@@ -111,7 +111,8 @@ class TokenJudge {
         return m_tokens[next].form == Token::Form::Exact || Fits(next);
     }
 
-    /// Of the same family. Text that ends with a marker counts only close by: it may just mention it.
+    /// The next marker of the same family. A marker at the end of other text counts only nearby: it may just
+    /// be mentioned.
     Marker NextMarker(const Token& token) const {
         const bool isClose = token.nextGlued != kNone && m_tokens[token.nextGlued].line <= token.line + 1;
         const std::uint32_t next = isClose ? std::min(token.nextGlued, token.nextOther) : token.nextOther;
@@ -153,13 +154,13 @@ bool IsWholeMarker(std::string_view text) {
            text.find_first_not_of(kBlanks, MarkerText(marker).size()) == std::string_view::npos;
 }
 
-/// Where only one text can have been before the marker. A blank at its end is the joining editor's or the
-/// line's own, which matters unless the line is a marker itself.
+/// Whether the text before the marker is certain. A trailing blank may be the joining editor's or the line's
+/// own, which matters unless the line is a marker itself.
 bool CanEndLine(std::string_view before) {
     return std::string_view(kBlanks).find(before.back()) == std::string_view::npos || IsWholeMarker(before);
 }
 
-/// Takes lines apart that lost the line feeds between them.
+/// Splits lines that lost the line feeds between them.
 class JoinedLine {
   public:
     JoinedLine(RepairText& repair, std::size_t line)

@@ -9,7 +9,7 @@ namespace {
 
 constexpr char kCarriageReturns[] = "carriage-returns";
 
-/// Whether all lines end with a carriage return, marker lines among them.
+/// Whether all lines end with a carriage return, including at least one marker line.
 bool IsAllCarriageReturns(const RepairText& repair) {
     bool hasMarker = false;
     for (std::size_t i = 0; i < repair.Size(); ++i) {
@@ -29,7 +29,7 @@ void DropCarriageReturns(RepairText& repair) {
 }  // namespace
 
 void CheckLineEnds(RepairText& repair, std::optional<bool> hadCarriageReturns) {
-    // Where they were there before, only those behind markers are an editor's.
+    // If the file had them before, only those after markers are an editor's.
     if (hadCarriageReturns.value_or(false)) return;
     if (!repair.KeepsCarriageReturns() && !IsAllCarriageReturns(repair)) return;
     if (hadCarriageReturns) {
@@ -49,8 +49,8 @@ void CheckLineEnds(RepairText& repair, std::optional<bool> hadCarriageReturns) {
 Diagnosis DiagnoseMarkers(std::string_view text, const NoticeTexts& noticeTexts,
                           std::optional<bool> hadCarriageReturns) {
     RepairText repair(text);
-    // The repairs of the first look may make clear what was ambiguous in it, or complete a region that then
-    // is looked into.
+    // The repairs of the first pass may resolve what was ambiguous, or complete a region whose contents are
+    // then examined.
     for (int look = 1; look <= 2; ++look) {
         repair.LookAgain();
         CheckLineEnds(repair, hadCarriageReturns);

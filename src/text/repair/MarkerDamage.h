@@ -11,26 +11,26 @@
 
 namespace ZET::Text {
 
-/// What is wrong with the marker lines of a text, in the order of its lines, and the text with all repaired
-/// that can only have been one thing.
+/// The damage to the marker lines of a text, in the order of its lines, and the text with every unambiguous
+/// repair made.
 struct Diagnosis {
     std::vector<MarkerDamage> damages;
     std::string repaired;
 };
 
-/// `hadCarriageReturns` says whether the lines of the file ended with them before the system wrote it, as far
-/// as anybody knows.
+/// `hadCarriageReturns` tells whether the lines ended with them before the system wrote the file; none if
+/// unknown.
 Diagnosis DiagnoseMarkers(std::string_view text, const NoticeTexts& noticeTexts,
                           std::optional<bool> hadCarriageReturns);
 
-/// The steps of it. Each leaves its repairs settled.
+/// The steps of `DiagnoseMarkers`. Each settles its repairs.
 void CheckLineEnds(RepairText& repair, std::optional<bool> hadCarriageReturns);
 void CheckHandEdits(RepairText& repair);
 void CheckBlocks(RepairText& repair);
 void CheckNotices(RepairText& repair, const NoticeTexts& noticeTexts);
 
-/// What the last two do with a marker that follows right after one of its kind. Text that stands behind it is
-/// nobody's to drop.
+/// Used by the last two steps for a marker that directly follows one of its kind. Text after it is never
+/// dropped.
 void TakeDoubledBegin(RepairText& repair, std::size_t index);
 void TakeDoubledEnd(RepairText& repair, std::size_t index);
 

@@ -7,10 +7,10 @@ namespace ZET::Text {
 
 namespace {
 
-/// With those that a text processor makes of two in a row: en dash and em dash.
+/// Includes the dashes that a text processor makes of two in a row: en dash and em dash.
 constexpr std::array<std::string_view, 3> kDashes = {"-", "\u2013", "\u2014"};
 
-/// Blanks and comment signs: what an editor puts before a line that it sets in or comments out.
+/// Blanks and comment signs, which an editor may add when it indents a line or comments it out.
 constexpr std::array<std::string_view, 6> kSurroundings = {" ", "\t", "\r", "#", ";", "/"};
 
 template <std::size_t Count>
@@ -38,7 +38,7 @@ std::size_t TakeDashesInFront(std::string_view& text) {
     return dashes;
 }
 
-/// Returns how many dashes were among it.
+/// Returns the number of dashes among them.
 std::size_t TakeSurroundingsInFront(std::string_view& text) {
     std::size_t dashes = 0;
     for (;;) {
@@ -76,7 +76,7 @@ std::string UpperCase(std::string_view text) {
     return letters;
 }
 
-/// Equal, or one letter is other, missing or too much.
+/// Whether they are equal, or differ in one letter that is wrong, missing or extra.
 bool IsNearly(std::string_view one, std::string_view other) {
     if (one.size() > other.size()) std::swap(one, other);
     if (other.size() - one.size() > 1) return false;
@@ -99,7 +99,7 @@ std::optional<NearMarker> FindNearFormerLine(std::string_view line) {
     if (TakeSurroundingsInFront(line) == 0 || !TakeWord(line, "PRE")) return std::nullopt;
     if (TakeDashesInFront(line) == 0 || !TakeWord(line, "ZET") || TakeDashesInFront(line) == 0)
         return std::nullopt;
-    // The marker has one blank; more of them are the former text's.
+    // The marker ends with one blank; more of them belong to the former text.
     if (line.starts_with(' ') || line.starts_with('\t')) line.remove_prefix(1);
     return NearMarker{Marker::FormerLine, std::string(MarkerText(Marker::FormerLine)).append(line)};
 }
@@ -133,7 +133,7 @@ std::optional<GluedMarker> FindGluedMarker(std::string_view line) {
     for (std::size_t position = line.find(kMarkerStart, 1); position != std::string_view::npos;
          position = line.find(kMarkerStart, position + 1)) {
         const Marker marker = MarkerOf(line.substr(position));
-        // A former line that was replaced twice keeps a prefix behind its prefix.
+        // A former line that was replaced twice has a second prefix after its prefix.
         if (marker == Marker::None || (marker == Marker::FormerLine && isFormerLine)) continue;
         const std::string_view rest = WithoutBlanksInFront(line.substr(position + MarkerText(marker).size()));
         if (marker == Marker::FormerLine || rest.empty() || MarkerOf(rest) != Marker::None)

@@ -10,28 +10,28 @@
 
 namespace ZET::Text {
 
-/// A line that a hand or an editor made of a marker line, and the line that it was made of.
+/// A line that an edit turned into something close to a marker line, and the marker line that was meant.
 struct NearMarker {
     Marker marker = Marker::None;
     std::string line;
 };
 
-/// Recognises a marker behind an indentation, another comment sign or none, other dashes or another number of
-/// them, other letter case, or one wrong letter. Empty for a line that the module takes for a
-/// marker, and for one that only mentions it.
+/// Recognises a marker with an indentation, another or no comment sign, other dashes or another number of
+/// them, another letter case, or one wrong letter. None for an exact marker line, and for a line that only
+/// mentions a marker.
 std::optional<NearMarker> FindNearMarker(std::string_view line);
 
-/// Whether there is nothing in it but blanks, dashes and comment signs, as a hand may leave them at a
-/// marker.
+/// Whether the text consists only of blanks, dashes and comment signs, which an edit by hand may leave next
+/// to a marker.
 bool IsOnlySurroundings(std::string_view text);
 
-/// A marker behind other text, where the line feed between the two was lost.
+/// A marker after other text, because the line feed between them was lost.
 struct GluedMarker {
     Marker marker = Marker::None;
-    std::size_t position = 0;  ///< of its first byte, never 0
+    std::size_t position = 0;  ///< of its first byte; never 0
 };
 
-/// The first one behind which the line ends, blanks aside, or another marker or a kept former text stands.
+/// The first glued marker that is followed only by blanks, by another marker, or by a kept former text.
 std::optional<GluedMarker> FindGluedMarker(std::string_view line);
 
 }  // namespace ZET::Text

@@ -15,8 +15,8 @@ bool IsCommentMarker(Marker marker) {
     return marker == Marker::Notice || marker == Marker::TemplateComment || marker == Marker::CommentEnd;
 }
 
-/// Calls `take` with the markers of notices and template comments, and where they are; those inside of blocks
-/// do not count.
+/// Calls `take` with each marker of a notice or template comment and its index; markers inside blocks do not
+/// count.
 template <typename Take>
 void ForEachCommentMarker(const RepairText& repair, const Take& take) {
     RegionFollower blocks = RegionFollower::OfBlocks();
@@ -27,7 +27,7 @@ void ForEachCommentMarker(const RepairText& repair, const Take& take) {
     }
 }
 
-/// Follows notices and template comments from their begin to their end.
+/// Tracks notices and template comments from their begin to their end.
 class CommentCheck {
   public:
     CommentCheck(RepairText& repair, const NoticeTexts& noticeTexts)
@@ -69,7 +69,7 @@ class CommentCheck {
         m_end = index;
     }
 
-    /// What stands in a notice goes with it.
+    /// Reports lines in a notice that the system did not write, since they would be removed with it.
     void CheckText(std::size_t end) {
         const std::size_t first = m_lastBegin + 1;
         const std::size_t foreign = first + m_noticeTexts.ForeignLine(m_repair.Texts(first, end));
@@ -165,7 +165,7 @@ void CheckPlace(RepairText& repair, const Notice& notice) {
     std::size_t top = 0;
     while (repair.IsEmpty(top))
         ++top;
-    // The module looks for the marker anywhere in that line.
+    // The module finds the marker anywhere in that line.
     if (repair.Text(top).find(MarkerText(Marker::Notice)) != std::string_view::npos) return;
     repair.NoteAmbiguous(
         notice.first, "misplaced-notice",
@@ -174,7 +174,7 @@ void CheckPlace(RepairText& repair, const Notice& notice) {
          _("leave it, if the first line of this file has to be another one")});
 }
 
-/// Whether the second of two notices with the same text says nothing but what the system writes.
+/// Whether the notice contains only what the system writes.
 bool IsOnlyTheSystems(const RepairText& repair, const NoticeTexts& noticeTexts, const Notice& notice) {
     const std::vector<std::string_view> lines = repair.Texts(notice.first + 1, notice.last);
     return repair.IsOnlyMarker(notice.first) && repair.IsOnlyMarker(notice.last) &&

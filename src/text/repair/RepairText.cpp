@@ -64,7 +64,7 @@ void RepairText::Settle() {
     if (m_insertions.empty() && !m_hasDropped) return;
     std::stable_sort(m_insertions.begin(), m_insertions.end(),
                      [](const Insertion& one, const Insertion& other) { return one.before < other.before; });
-    // A text that lacked its final line feed still lacks it.
+    // A text without a final line feed remains so.
     const bool hasLineFeed = m_lines.back().hasLineFeed;
     m_lines.back().hasLineFeed = true;
     std::vector<Line> settled;

@@ -37,7 +37,7 @@ Problem ProblemOf(const std::string& file, const MarkerDamage& damage, const std
 }
 
 void LookAtText::Take(std::string_view lines) {
-    // What takes notices out sets no line.
+    // An edit that removes notices sets no line.
     if (m_noticeTexts == nullptr) {
         m_ends.Take(lines, m_lineCount);
         m_lineCount += CountLines(lines);
@@ -50,7 +50,7 @@ void LookAtText::Take(std::string_view lines) {
 }
 
 std::optional<MarkerDamage> LookAtText::Damage(const std::function<std::string()>& whole) const {
-    // It may be sound all the same, where markers are only mentioned.
+    // It may be sound nevertheless, if markers are only mentioned.
     return m_scan.IsSound() ? std::nullopt : DiagnosedDamage(whole(), m_noticeTexts);
 }
 

@@ -15,36 +15,36 @@
 
 namespace ZET::Text {
 
-/// The first damage that makes the module misjudge which lines are a managed block's; of notices too, if
-/// their texts are given. A kept former line without its block is none, nor are blanks behind a marker. A
-/// text without damage, as most are, is only looked through once.
+/// The first damage that makes the module misjudge managed blocks or, if `noticeTexts` is given, notices. A
+/// kept former line without its block, or blanks after a marker, are not such damage. A text without damage,
+/// as most are, is scanned only once.
 std::optional<MarkerDamage> FindDamage(std::string_view text, const NoticeTexts* noticeTexts = nullptr);
 
-/// Damage in a file, about which `program` tells more of the file as it is `named`.
+/// A problem for damage in a file; `program` shows more about the file, which the user knows as `named`.
 Problem ProblemOf(const std::string& file, const MarkerDamage& damage, const std::string& program,
                   const std::string& named);
 
-/// What an edit has to know of the text of its file, seen in one look.
+/// What an edit needs to know about the text of its file, found in one scan.
 struct TextToEdit {
     LineEnds ends;
-    std::string firstLine;  ///< that is not empty
+    std::string firstLine;  ///< the first non-empty line
     std::size_t firstNumber = 0;
     bool hasRegions = false;  ///< managed blocks or notices
 };
 
-/// The look, at a text that may come in pieces of whole lines.
+/// Scans a text that may come in pieces of whole lines.
 class LookAtText {
   public:
-    /// With the texts of notices, for an edit that takes these out; it does not ask how the lines end. The
-    /// texts must outlive the object.
+    /// `noticeTexts` is for an edit that removes notices, which does not need the line ends; it must outlive
+    /// the object.
     explicit LookAtText(const NoticeTexts* noticeTexts) : m_noticeTexts(noticeTexts), m_scan(noticeTexts) {}
 
     void Take(std::string_view lines);
 
-    /// How many there were so far, unless the texts of notices were given.
+    /// The number of lines so far, unless notice texts were given.
     std::size_t LineCount() const { return m_lineCount; }
 
-    /// After the last line; `whole` gives the text where a closer look is needed.
+    /// Call it after the last line; `whole` returns the text if a closer look is needed.
     std::optional<MarkerDamage> Damage(const std::function<std::string()>& whole) const;
     TextToEdit Found();
 

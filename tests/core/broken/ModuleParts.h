@@ -1,5 +1,5 @@
-/// The whole of a module for the tests of the loader. A source file defines the parts in which it differs and
-/// then includes this file once; without any, it is a sound module.
+/// A complete module for the tests of the loader. A source file defines the parts in which it differs and
+/// then includes this file; without definitions, it is a sound module.
 
 #include <memory>
 #include <string>
@@ -31,7 +31,7 @@
 
 namespace {
 
-/// Adds to the core's parameter "TRACE", by which the tests see what happened in which order.
+/// Appends to the core's parameter "TRACE", which shows the tests the order of events.
 void Trace(ZET::IZETCore& core, const std::string& event) {
     core.UpdateParam("TRACE", core.GetParam("TRACE") + MODULE_NAME " " + event + ";");
 }
@@ -45,7 +45,7 @@ class ObservedInterface : public ZET::CZETInterface {
     ZET::IZETCore& m_core;
 };
 
-/// Tells when the shared object goes, if the module got to know the core and was not ended.
+/// Records when the shared object is unloaded, if the module was given the core and was not ended.
 struct UnloadObserver {
     ~UnloadObserver() {
         if (core != nullptr) Trace(*core, "unloaded");

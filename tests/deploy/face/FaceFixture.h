@@ -25,7 +25,7 @@ inline std::string Read(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// A host with two templates and their targets, and a file that is nobody's.
+/// A host with two templates and their targets, and one unmanaged file.
 class FaceTest : public testing::Test {
   protected:
     FaceTest() {
@@ -54,7 +54,7 @@ class FaceTest : public testing::Test {
     Options m_options;
 };
 
-/// The failure that the call ends with.
+/// The `Failure` that the call throws.
 inline Failure FailureIn(const std::function<void()>& call) {
     try {
         call();

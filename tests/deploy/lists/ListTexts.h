@@ -9,17 +9,17 @@
 
 namespace ZET::Deploy {
 
-/// A sound entry of a list of targets, with these lines more.
+/// A valid entry of a list of targets, with additional lines.
 inline std::string Entry(const std::string& lines, const std::string& name = "one") {
     return "[templates.\"" + name + "\"]\ntarget = \"/etc/" + name + "\"\nroles = \"both\"\n" + lines + "\n";
 }
 
-/// What one list asks for where no parameter has a value.
+/// The contents of one list, while no parameter has a value.
 inline TargetList ReadTargetText(const std::string& file, const std::string& text) {
     return ReadTargetTexts({{file, text}}, [](const std::string&) { return std::string(); });
 }
 
-/// What is wrong in the list, as the reader is told.
+/// The problems of the list, in the words for the user.
 inline std::vector<std::string> ProblemsOf(const TargetList& list) {
     std::vector<std::string> told;
     for (const Problem& problem : list.problems)
@@ -31,7 +31,7 @@ inline std::vector<std::string> ProblemsOf(const std::string& text) {
     return ProblemsOf(ReadTargetText("LIST", text));
 }
 
-/// The smallest of three runs: whoever else uses the processor makes one only longer.
+/// The smallest of three times: other users of the processor only make a run longer.
 inline double SmallestTime(double (*secondsFor)(int count), int count) {
     return std::min({secondsFor(count), secondsFor(count), secondsFor(count)});
 }

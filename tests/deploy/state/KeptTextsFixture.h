@@ -9,7 +9,7 @@
 
 namespace ZET::Deploy {
 
-/// A store whose rows are changed behind its back.
+/// A store whose rows are changed directly in the database.
 class KeptTextsFixture : public StoreFixture {
   protected:
     static std::string Long(char first) {
@@ -29,7 +29,7 @@ class KeptTextsFixture : public StoreFixture {
             database.Run(statement);
     }
 
-    /// As if somebody had made texts that have one digest.
+    /// Makes all texts have the same digest.
     void GiveAllOneDigest(const std::string& digest) const {
         Database database(Name(), Database::Access::Write);
         database.Run("UPDATE texts SET digest = ?", {Blob{digest}});
@@ -40,7 +40,7 @@ class KeptTextsFixture : public StoreFixture {
         database.Run("UPDATE texts SET frame = ? WHERE id = ?", {Blob{frame}, text.value});
     }
 
-    /// One bit of a frame, somewhere in it.
+    /// Flips one bit of a frame.
     void DamageFrame(TextNumber text, std::size_t place) const {
         std::string frame;
         {
@@ -51,7 +51,7 @@ class KeptTextsFixture : public StoreFixture {
         GiveFrame(text, frame);
     }
 
-    /// The tables as they were before texts had marks.
+    /// Restores the tables of the version before texts had marks.
     void GoBackToVersion1() const {
         Change({"DROP INDEX texts_by_digest", "ALTER TABLE texts DROP COLUMN mark",
                 "CREATE INDEX texts_by_digest ON texts(digest)", "DROP TABLE secret",

@@ -55,7 +55,7 @@ inline RecordedEntry Entry(const std::vector<std::string>& words = {"param", "se
     return entry;
 }
 
-/// One entry that is done with.
+/// Records one finished entry.
 inline std::int64_t Record(Store& store, const std::vector<FileToRecord>& files) {
     const std::int64_t number = store.Open(Entry(), files);
     store.Close(number, EntryOutcome::Done);
