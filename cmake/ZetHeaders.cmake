@@ -1,7 +1,7 @@
 # zet_common_headers(TARGET...)
 #
-# The headers that most sources include are compiled once, for all of these targets. Only so with the tests: in a release each
-# source has to do with what it includes itself, and for script/check, too.
+# Precompiles the headers that most sources include, once for all of these targets, but only in a build with tests. A release has no
+# precompiled headers, and script/check turns them off, so that a source which lacks an include is found.
 function(zet_common_headers first)
     if(NOT ZET_BUILD_TESTS OR ZET_BUILT_IN_MODULE)
         return()

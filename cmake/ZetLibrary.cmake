@@ -1,15 +1,14 @@
 # zet_library(NAME
 #     SOVERSION number            raised when a program that is linked to the library would no longer run with it
-#     DESCRIPTION text            what it is, in the words of a package
-#     [REQUIRES library...]       libraries made by this function that its headers use, or it itself
+#     DESCRIPTION text            for NAME.pc
+#     [REQUIRES library...]       libraries made by this function that it or its headers use
 #     SOURCES file...)
 #
-# A shared library for other programs: libNAME.so.SOVERSION, which exports what "exports.map" beside its CMakeLists.txt
-# lists and the public headers declare with ZET_API, and nothing else. It is installed with its place in the CMake
-# package "zet" (zet::NAME) and with NAME.pc. What it needs besides is said by target_link_libraries(NAME PRIVATE ...).
-# Which names it exports, and with which types, is held in tests/package (script/abi).
+# Makes a shared library for other programs, libNAME.so.SOVERSION. It exports only what "exports.map" beside its CMakeLists.txt lists
+# and the public headers declare with ZET_API. It is installed with NAME.pc, and as zet::NAME in the CMake package "zet". Its other
+# dependencies are given with target_link_libraries(NAME PRIVATE ...). tests/package lists the exported names and types (script/abi).
 #
-# With ZET_BUILT_IN_MODULE, it is only the objects, for the program that they become a part of.
+# With ZET_BUILT_IN_MODULE, it makes only the objects, which become a part of the program.
 function(zet_library name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "SOVERSION;DESCRIPTION" "REQUIRES;SOURCES")
     set(exports ${CMAKE_CURRENT_SOURCE_DIR}/exports.map)
@@ -30,10 +29,10 @@ function(zet_library name)
         LINK_DEPENDS ${exports})
     target_link_options(${name} PRIVATE -Wl,--version-script=${exports} -Wl,-O1 -Wl,--as-needed)
     if(NOT ZET_SANITIZE)
-        # The sanitizers leave their own functions to the program.
+        # With sanitizers, their functions are undefined in a library: the program has them.
         target_link_options(${name} PRIVATE -Wl,-z,defs)
     endif()
-    # It looks beside itself for ours, and for nothing else.
+    # The library looks beside itself for our other libraries, and nowhere for anything else.
     if(arg_REQUIRES)
         set_target_properties(${name} PROPERTIES INSTALL_RPATH "$ORIGIN")
     else()
@@ -44,7 +43,7 @@ function(zet_library name)
     zet_pkg_config(${name} "${arg_DESCRIPTION}" "${arg_REQUIRES}")
 endfunction()
 
-# NAME.pc, in which all places follow from its own.
+# Installs NAME.pc, in which all paths are relative to its own.
 function(zet_pkg_config name description requires)
     list(JOIN requires " " requires)
     set(made ${CMAKE_CURRENT_BINARY_DIR}/${name}.pc)

@@ -1,12 +1,12 @@
-# Where programs, libraries and the module are, to each other. The build tree and every installation have the same ways,
-# so that a program finds its libraries and its module relative to itself, wherever it is.
+# The relative paths between programs, libraries and the module. They are the same in the build tree and in every installation, so that
+# a program finds its libraries and its module relative to itself, wherever it is.
 #   ZET_LIBRARY_WAY  from the directory of the programs to that of the libraries
-#   ZET_MODULE_WAY   from there to that of the module
+#   ZET_MODULE_WAY   from the directory of the libraries to that of the module
 #   ZET_PREFIX_WAY   from the directory of the libraries to the prefix
 #   ZET_LOCALE_WAY   from the directory of the programs to that of the translations
 
-# zet_place(NAME): the directory CMAKE_INSTALL_NAME as it is below the prefix. One that is elsewhere would not move with
-# the others when the product is installed, or unpacked, under another prefix.
+# zet_place(NAME): sets ZET_PLACE_NAME to the directory CMAKE_INSTALL_NAME relative to the prefix. A directory outside the prefix is an
+# error: it would not move with the others when the product is installed, or unpacked, under another prefix.
 function(zet_place name)
     set(place ${CMAKE_INSTALL_${name}})
     cmake_path(ABSOLUTE_PATH place BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}" NORMALIZE)
@@ -29,6 +29,6 @@ file(RELATIVE_PATH ZET_LOCALE_WAY /${ZET_PLACE_BINDIR} /${ZET_PLACE_LOCALEDIR})
 
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/${ZET_PLACE_BINDIR})
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/${ZET_PLACE_LIBDIR})
-# Nothing is searched for anywhere but beside the program and where the system has it.
+# Libraries are searched for only beside the program and in the system's directories.
 set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
 set(CMAKE_INSTALL_RPATH "$ORIGIN/${ZET_LIBRARY_WAY}")

@@ -1,6 +1,6 @@
-# Read by ctest, once for each program of zet_tests: adds its suites.
+# ctest reads this once for each program of zet_tests. It adds the program's suites.
 if(NOT EXISTS ${program})
-    # A run of the others need not build it; what is not there fails.
+    # To run other tests, this program need not be built. Its own test fails then.
     add_test(${label}.NotBuilt ${program})
     return()
 endif()

@@ -3,8 +3,8 @@
 #     TIMEOUT seconds             of a suite
 #     [ENVIRONMENT name=value...])
 #
-# The suites of a GoogleTest program, each a test of ctest by the name ROOM.SUITE and one process: which they are is asked of the
-# program when ctest starts. The target zet-unit-programs builds all programs.
+# Makes each suite of a GoogleTest program a test of ctest, named ROOM.SUITE, which is one process. ctest asks the program for its suites
+# when it starts. The target zet-unit-programs builds all such programs.
 set(ZET_TESTS_DIR ${CMAKE_CURRENT_LIST_DIR})
 add_custom_target(zet-unit-programs)
 
