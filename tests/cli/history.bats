@@ -370,6 +370,29 @@ import() {
     ! git -C "$BASE/short" fast-import --quiet <"$BASE/stream" 2>"$BASE/complaint" || return 1
 }
 
+# changes_on BRANCH: the numbers of the changes that it has.
+changes_on() {
+    git -C "$BASE/repository" log --format=%b "$1" | sed -n 's/^Change: //p' | paste -sd ' '
+}
+
+@test "an export goes on where the last one ended, and after changes left the history beside a branch with them" {
+    local repository=$BASE/repository
+    two_changes
+    import
+    zet -q param set conf y 3
+    zet history export | git -C "$repository" fast-import --quiet
+    assert_equal "$(changes_on trunk)" "3 2 1"
+    echo ZET_HISTORY_KEEP=1 >>zet.conf
+    zet -q param set conf y 4
+    zet history export >"$BASE/stream"
+    ! git -C "$repository" fast-import --quiet <"$BASE/stream" 2>"$BASE/complaint" || return 1
+    grep -F 'Not updating' "$BASE/complaint"
+    git -C "$repository" branch earlier
+    git -C "$repository" fast-import --quiet --force <"$BASE/stream"
+    assert_equal "$(changes_on trunk)" 4
+    assert_equal "$(changes_on earlier)" "3 2 1"
+}
+
 @test "an export leaves out what is not for everybody, and says so" {
     printf 'password=hunter1\n' >private
     chmod 600 private

@@ -43,3 +43,31 @@ list_only() {
 		roles = "both"
 	END
 }
+
+# make_tree: the example's server below $DPKG_ROOT, as dpkg hands it to the scripts of the packages.
+make_tree() {
+    export DPKG_ROOT=$BATS_TEST_TMPDIR/root PATH=$ZET_BUILD/bin:$PATH
+    "$SOURCE_DIR/script/example-root" server "$DPKG_ROOT"
+    export STATE=$DPKG_ROOT/var/lib/zet
+}
+
+# zet_init WORD...: in that tree.
+zet_init() {
+    zet-init --root "$DPKG_ROOT" -q "$@"
+}
+
+# script NAME ARGUMENT...: one of the package's.
+script() {
+    local name=$1
+    shift
+    run sh "$SOURCE_DIR/debian/zet-tools.$name" "$@"
+    echo "$name $*: $output"
+    [ "$status" -eq 0 ]
+}
+
+# lead_away: the state directory is a link that leads elsewhere in its tree, and names what is not there outside of it.
+lead_away() {
+    mkdir -p "$DPKG_ROOT/srv"
+    mv "$STATE" "$DPKG_ROOT/srv/state-of-a-tree"
+    ln -s /srv/state-of-a-tree "$STATE"
+}

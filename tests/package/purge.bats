@@ -7,29 +7,29 @@ setup_file() {
 }
 
 setup() {
-    export DPKG_ROOT=$BATS_TEST_TMPDIR/root PATH=$ZET_BUILD/bin:$PATH
-    "$SOURCE_DIR/script/example-root" server "$DPKG_ROOT"
-    STATE=$DPKG_ROOT/var/lib/zet
+    make_tree
     mkdir -p "$STATE" "$DPKG_ROOT/opt"
-}
-
-zet_init() {
-    zet-init --root "$DPKG_ROOT" -q "$@"
-}
-
-# script NAME ARGUMENT...: one of the package's.
-script() {
-    local name=$1
-    shift
-    run sh "$SOURCE_DIR/debian/zet-tools.$name" "$@"
-    echo "$name $*: $output"
-    [ "$status" -eq 0 ]
 }
 
 purge() {
     script prerm remove
     script postrm remove
     script postrm purge
+}
+
+# purge_mounted OPTIONS [COMMAND...]: with a file system of its own in the place of the state directory, in which the
+# commands of the shell were run before. Its last line counts what is left in there.
+purge_mounted() {
+    unshare --mount true || skip "nothing can be mounted here"
+    run unshare --mount bash -ec '
+        mount -t tmpfs -o "$1" tmpfs "$STATE"
+        eval "$2"
+        for script in "prerm remove" "postrm remove" "postrm purge"; do
+            sh "$SOURCE_DIR"/debian/zet-tools.$script
+        done
+        ls -A "$STATE" | wc -l' bash "$1" "${2:-}"
+    echo "$output"
+    [ "$status" -eq 0 ]
 }
 
 # edit NAME: a file with a reserve.
@@ -42,7 +42,7 @@ edit() {
 
 @test "APurgeKeepsTheHistoryBesideAReserveOfAnyName" {
     local name
-    for name in $'t\tab' $'line\nfeed' ' blank ' $'\xff' "it's: in sync"; do
+    for name in $'t\tab' $'line\nfeed' ' blank ' 'back\tslash' $'\xff' "it's: in sync"; do
         edit "$name"
         purge
         grep -F "${name//[$'\t\n']/?}.before_zet" <<<"$output"
@@ -127,4 +127,88 @@ edit() {
     touch "$metrics/zet-client.prom" "$metrics/zet-server.prom" "$metrics/apt.prom"
     script postrm remove
     [ "$(ls "$metrics")" = apt.prom ]
+}
+
+@test "APurgeGoesThroughALinkAndLeavesIt" {
+    rmdir "$STATE"
+    mkdir "$DPKG_ROOT/var/lib/elsewhere"
+    ln -s elsewhere "$STATE"
+    zet_init commit-config
+    zet_init rollback-config
+    purge
+    [ -z "$output" ]
+    [ "$(readlink "$STATE")" = elsewhere ]
+    [ -z "$(ls -A "$DPKG_ROOT/var/lib/elsewhere")" ]
+}
+
+@test "APurgeFollowsALinkOfATreeInThatTree" {
+    zet_init commit-config
+    zet_init rollback-config
+    lead_away
+    purge
+    [ -z "$output" ]
+    [ -z "$(ls -A "$DPKG_ROOT/srv/state-of-a-tree")" ]
+    zet_init commit-config
+    purge
+    grep -F "$DPKG_ROOT/srv/state-of-a-tree stays, too" <<<"$output"
+    [ -f "$DPKG_ROOT/srv/state-of-a-tree/state.db" ]
+}
+
+@test "APurgeLeavesAMountPointEmpty" {
+    purge_mounted mode=755 'for command in commit-config rollback-config; do zet-init --root "$DPKG_ROOT" -q $command >/dev/null; done'
+    [ "$output" = 0 ]
+}
+
+@test "APurgeTellsOfAStateDirectoryThatIsElsewhereWhereTheUsualOneIsGone" {
+    mkdir -p "$DPKG_ROOT/srv/zet"
+    echo ZET_VAR_LIB_DIR=/srv/zet >>"$DPKG_ROOT/etc/zet/zet.conf"
+    edit conf
+    rmdir "$STATE"
+    purge
+    grep -F '/srv/zet, which ZET_VAR_LIB_DIR names, stays' <<<"$output"
+    grep -Fx "  $DPKG_ROOT/opt/conf.before_zet" <<<"$output"
+    [ -f "$DPKG_ROOT/srv/zet/state.db" ]
+}
+
+@test "APurgeNamesNoStateDirectoryThatIsNotThere" {
+    touch "$DPKG_ROOT/etc/conf.before_zet"
+    rm -r "$STATE"
+    script postrm purge
+    grep -Fx "  $DPKG_ROOT/etc/conf.before_zet" <<<"$output"
+    run grep -F "$STATE stays" <<<"$output"
+    [ "$status" -eq 1 ]
+}
+
+@test "APurgeWithoutTheHistoryKnowsTheOriginalsOfLinesAndOfTargetsThatHaveMoreToTell" {
+    mkdir "$DPKG_ROOT/etc/zet/targets.d"
+    printf '[[edits]]\nname = "ntp"\nfile = "/opt/conf"\nparam = "NTP"\nvalue = "yes"\nroles = "both"\n' >"$DPKG_ROOT/etc/zet/targets.d/own.toml"
+    printf '[templates."exports"]\ntarget = "/opt/exports"\n' >>"$DPKG_ROOT/etc/zet/targets.d/own.toml"
+    echo NTP=no | tee "$DPKG_ROOT/opt/conf" >"$DPKG_ROOT/opt/exports"
+    zet_init commit-config
+    rm "$STATE"/state.db*
+    chmod 600 "$DPKG_ROOT/opt/exports"
+    zet_init status || true
+    purge
+    grep -Fx "  $DPKG_ROOT/opt/conf.before_zet" <<<"$output"
+    grep -Fx "  $DPKG_ROOT/opt/exports.before_zet" <<<"$output"
+}
+
+@test "ARemovalThatCanKeepNothingSaysSoAndGoesOn" {
+    mkdir -p "$DPKG_ROOT/srv/zet"
+    echo ZET_VAR_LIB_DIR=/srv/zet >>"$DPKG_ROOT/etc/zet/zet.conf"
+    edit conf
+    purge_mounted nr_inodes=1
+    grep -F "zet-tools: nothing can be kept in $STATE" <<<"$output"
+    purge_mounted mode=755 'touch "$STATE/originals"; mount -o remount,ro "$STATE"; sh "$SOURCE_DIR/debian/zet-tools.prerm" remove; mount -o remount,rw "$STATE"'
+    grep -F "zet-tools: nothing can be kept in $STATE" <<<"$output"
+}
+
+@test "APurgeTakesWhatKilledRunsLeftInTheStateDirectory" {
+    zet_init commit-config
+    zet_init rollback-config
+    mkdir -m 700 "$STATE/zet-staging.abcdef"
+    touch "$STATE/zet-staging.abcdef/rendered" "$STATE/zet-server.status.tmp"
+    purge
+    [ -z "$output" ]
+    [ ! -e "$STATE" ]
 }
