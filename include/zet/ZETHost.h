@@ -241,8 +241,8 @@ class ZET_API CZETBatch {
   public:
     CZETBatch();
 
-    /// Removes the files that still wait for their names, and makes the rest durable; failures of that are
-    /// not reported.
+    /// Removes the files that still wait for their names, and syncs the directories in which others got
+    /// theirs; failures of that are not reported.
     ~CZETBatch();
     CZETBatch(const CZETBatch&) = delete;
     CZETBatch& operator=(const CZETBatch&) = delete;

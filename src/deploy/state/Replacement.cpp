@@ -262,7 +262,8 @@ void RestoreOriginal(HostProduct& product, const FileInPlace& file, const FileVe
 }
 
 void PutBackAsItWas(HostProduct& product, const FileInPlace& file, const FileVersion& version) {
-    const bool isToGo = !HasCompanion(file, ZETReserveSuffix) && HasCompanion(file, "");
+    const bool isToGo = !HasCompanion(file, ZETReserveSuffix) && HasCompanion(file, ZETAbsenceSuffix) &&
+                        HasCompanion(file, "");
     RequireReplaceable(file.Path());
     if (!isToGo) return RestoreOriginal(product, file, version);
     RequireVersion(file, version);
