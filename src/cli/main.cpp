@@ -61,7 +61,7 @@ void KeepMemory() {
 
 /// What a program reads is English, whatever language it is run in.
 bool IsForProgram(int count, char** arguments) {
-    constexpr std::string_view kWords[] = {"--json", "--format=openmetrics", "openmetrics"};
+    constexpr std::string_view kWords[] = {"--json", "--json=true", "--format=openmetrics", "openmetrics"};
     char** const end = arguments + count;
     return std::find_first_of(arguments, end, std::begin(kWords), std::end(kWords)) != end;
 }

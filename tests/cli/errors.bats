@@ -342,6 +342,20 @@ assert_mistyped() {
     assert_wrong_use "--dry-run takes no value" status --dry-run=often
 }
 
+@test "a flag with a value is wrong use, whatever the value" {
+    printf 'A=1\n' >f
+    local value
+    for value in -1 0 2 off no false yes on; do
+        assert_wrong_use "--dry-run takes no value" param set f A 4 "--dry-run=$value"
+        assert_wrong_use "--dry-run takes no value" -n "--dry-run=$value" param set f A 4
+        assert_wrong_use "--no-markers takes no value" param set f A 4 "--no-markers=$value"
+        assert_wrong_use "--json takes no value" "--json=$value" status
+        assert_wrong_use "--help takes no value" param "--help=$value"
+        assert_wrong_use "--version takes no value" "--version=$value"
+    done
+    assert_file f $'A=1\n'
+}
+
 @test "a value that was taken for an option is told with what makes it one" {
     printf 'a=1\n' >conf
     local remedy='(put "--" before a value that begins with "-", or see "zet-client --help")'
