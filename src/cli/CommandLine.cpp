@@ -16,6 +16,7 @@
 #include "cli/OwnWords.h"
 #include "cli/Report.h"
 #include "cli/Session.h"
+#include "cli/WordsTaken.h"
 #include "cli/commands/Registrations.h"
 #include "deploy/host/Failure.h"
 
@@ -91,18 +92,18 @@ bool LacksCommand(const CLI::App& app) {
     return last->get_require_subcommand_min() > 0;
 }
 
-/// What is wrong with the command line, whose last argument is `last`.
-Mistake MistakeIn(const CLI::App& app, const CLI::ParseError& error, std::string_view last) {
+Mistake MistakeIn(const CLI::App& app, const CLI::ParseError& error, const Names& arguments) {
     const Continuations known(app);
     Mistake mistake;
     mistake.program = app.get_name();
     mistake.unknown = app.remaining(true);
+    mistake.splitGroups = SplitGroups(app, arguments);
     const bool isUnexpected = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
     mistake.message = isUnexpected && !mistake.unknown.empty() ? Unexpected(mistake.unknown)
                                                                : known.InOwnWords(error.what());
     mistake.isWordMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
     mistake.isCommandMissing = mistake.isWordMissing && LacksCommand(app);
-    mistake.lastWord = last;
+    if (!arguments.empty()) mistake.lastWord = arguments.back();
     mistake.commands = known.Commands();
     mistake.options = known.Options();
     return mistake;
@@ -123,14 +124,21 @@ bool AsksForDocument(int count, char** arguments) {
     return std::find(arguments, arguments + count, std::string_view("--json")) != arguments + count;
 }
 
+Names ArgumentsOf(int count, char** given) {
+    return {given + std::min(count, 1), given + count};
+}
+
 /// Throws `CLI::ParseError` where there is nothing to run.
-Call Read(Grammar&& grammar, int count, char** arguments) {
+Call Read(Grammar&& grammar, int count, char** given) {
     GlobalOptions& options = grammar.Asked().call.options;
     // The library cannot be asked whether an option was given without ending the program where memory is
     // short.
     std::string usualFile = std::exchange(options.configFile, "");
-    grammar.App().parse(count, arguments);
-    options.words = WordsOf({arguments + std::min(count, 1), arguments + count}, grammar.Asked());
+    grammar.App().parse(count, given);
+    const Names arguments = ArgumentsOf(count, given);
+    if (const Names groups = SplitGroups(grammar.App(), arguments); !groups.empty())
+        throw CLI::ExtrasError(Unexpected(groups), CLI::ExitCodes::ExtrasError);
+    options.words = WordsOf(arguments, grammar.Asked());
     options.isConfigFileNamed = !options.configFile.empty();
     if (!options.isConfigFileNamed) options.configFile = std::move(usualFile);
     return std::move(grammar.Asked().call);
@@ -142,7 +150,7 @@ int Answer(Grammar& grammar, const CLI::ParseError& error, int count, char** arg
     if (error.get_exit_code() == 0) return Print(options, grammar.App(), error);
     options.json = options.json || AsksForDocument(count, arguments);
     Report report(options);
-    report.Error(Describe(MistakeIn(grammar.App(), error, arguments[count - 1])));
+    report.Error(Describe(MistakeIn(grammar.App(), error, ArgumentsOf(count, arguments))));
     return report.Finish(kWrongUse);
 }
 

@@ -37,9 +37,10 @@ std::string Suggestion(const Mistake& mistake) {
 
 /// Whether a word that is missing may be there, and have been taken for an option.
 bool MayBeTakenForAnOption(const Mistake& mistake) {
-    return mistake.isWordMissing && !mistake.isCommandMissing &&
-           (IsOption(mistake.lastWord) ||
-            std::any_of(mistake.unknown.begin(), mistake.unknown.end(), IsOption));
+    return !mistake.splitGroups.empty() ||
+           (mistake.isWordMissing && !mistake.isCommandMissing &&
+            (IsOption(mistake.lastWord) ||
+             std::any_of(mistake.unknown.begin(), mistake.unknown.end(), IsOption)));
 }
 
 }  // namespace

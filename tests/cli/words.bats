@@ -50,6 +50,33 @@ words() {
     assert_success undo
 }
 
+@test "a digit behind an option's letter makes no word that nobody wrote" {
+    local remedy='(put "--" before a value that begins with "-", or see "zet-client --help")'
+    remember_host
+    # refused GROUP WORD...
+    refused() {
+        run_zet "${@:2}"
+        assert_refusal 2 "The following argument was not expected: $1 $remedy"
+        assert_host_unchanged
+    }
+    refused -q10 param set conf a -q10
+    refused -v1 param set conf a -v1
+    refused -qn1 param set conf a -qn1
+    refused -q3 line set conf '^a' -q3
+    refused -q1 template process one.conf -q1 -n
+    refused -q1 file reserve -q1
+    refused -n1 history -n1
+    refused -n1 undo -n1
+    refused -q1 history show -q1 conf
+    run_zet param set --no-markers conf a -10
+    assert_status 0
+    run_zet param set --no-markers conf b -- -q10
+    assert_status 0
+    run_zet -m -q10 param set --no-markers conf c 3
+    assert_status 0
+    assert_file conf $'a=-10\n\nb=-q10\n\nc=3\n'
+}
+
 @test "a mistake is told by all that is known" {
     run_zet template proces one.conf out
     assert_status 2
