@@ -50,6 +50,8 @@ class Continuations {
         for (const CLI::Option* option : m_options) {
             for (const std::string& name : option->get_lnames())
                 names.push_back("--" + name);
+            for (const std::string& name : option->get_snames())
+                names.push_back("-" + name);
         }
         return names;
     }
@@ -97,7 +99,10 @@ Mistake MistakeIn(const CLI::App& app, const CLI::ParseError& error, const Names
     Mistake mistake;
     mistake.program = app.get_name();
     mistake.unknown = app.remaining(true);
+    std::erase(mistake.unknown, "--");
     mistake.splitGroups = SplitGroups(app, arguments);
+    mistake.behindMarker = BehindMarker(app, arguments);
+    if (mistake.unknown.empty()) mistake.unknown = OptionsBehindMarker(app, arguments);
     const bool isUnexpected = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
     mistake.message = isUnexpected && !mistake.unknown.empty() ? Unexpected(mistake.unknown)
                                                                : known.InOwnWords(error.what());
@@ -136,8 +141,9 @@ Call Read(Grammar&& grammar, int count, char** given) {
     std::string usualFile = std::exchange(options.configFile, "");
     grammar.App().parse(count, given);
     const Names arguments = ArgumentsOf(count, given);
-    if (const Names groups = SplitGroups(grammar.App(), arguments); !groups.empty())
-        throw CLI::ExtrasError(Unexpected(groups), CLI::ExitCodes::ExtrasError);
+    for (const auto misread : {SplitGroups, OptionsBehindMarker})
+        if (const Names words = misread(grammar.App(), arguments); !words.empty())
+            throw CLI::ExtrasError(Unexpected(words), CLI::ExitCodes::ExtrasError);
     options.words = WordsOf(arguments, grammar.Asked());
     options.isConfigFileNamed = !options.configFile.empty();
     if (!options.isConfigFileNamed) options.configFile = std::move(usualFile);
@@ -149,6 +155,7 @@ int Answer(Grammar& grammar, const CLI::ParseError& error, int count, char** arg
     GlobalOptions& options = grammar.Asked().call.options;
     if (error.get_exit_code() == 0) return Print(options, grammar.App(), error);
     options.json = options.json || AsksForDocument(count, arguments);
+    options.command.clear();  // which may have been read before the mistake was seen
     Report report(options);
     report.Error(Describe(MistakeIn(grammar.App(), error, ArgumentsOf(count, arguments))));
     return report.Finish(kWrongUse);

@@ -13,10 +13,11 @@ struct Mistake {
     bool isWordMissing = false;     ///< one that has to be there
     bool isCommandMissing = false;  ///< and that word is a command
     std::string lastWord;
-    std::vector<std::string> unknown;      ///< words that nothing took
-    std::vector<std::string> splitGroups;  ///< of letters, with the rest taken for a word
-    std::vector<std::string> commands;     ///< that could have come
-    std::vector<std::string> options;      ///< that could have come
+    std::vector<std::string> unknown;       ///< words that nothing took
+    std::vector<std::string> splitGroups;   ///< of letters, with the rest taken for a word
+    std::vector<std::string> behindMarker;  ///< words that "--" makes no options
+    std::vector<std::string> commands;      ///< that could have come
+    std::vector<std::string> options;       ///< that could have come
 };
 
 /// In words, and what to do about it.

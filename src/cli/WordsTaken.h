@@ -17,23 +17,23 @@ inline bool IsIn(const std::vector<std::string>& words, const std::string& word)
     return std::find(words.begin(), words.end(), word) != words.end();
 }
 
-/// The words that are neither options nor of options, as the commands take them.
-inline std::vector<std::string> OperandsOf(const CLI::App& app) {
-    std::vector<std::string> operands;
+/// What the commands take as words of their own, or else as the values of options.
+inline std::vector<std::string> WordsTaken(const CLI::App& app, bool areOperands) {
+    std::vector<std::string> words;
     for (const CLI::Option* option : app.get_options()) {
-        if (option->get_positional())
-            operands.insert(operands.end(), option->results().begin(), option->results().end());
+        if (option->get_positional() == areOperands)
+            words.insert(words.end(), option->results().begin(), option->results().end());
     }
     for (const CLI::App* command : app.get_subcommands())
-        for (std::string& operand : OperandsOf(*command))
-            operands.push_back(std::move(operand));
-    return operands;
+        for (std::string& word : WordsTaken(*command, areOperands))
+            words.push_back(std::move(word));
+    return words;
 }
 
 /// Groups of letters such as "-q10": behind the "q", the library goes on with "-10", which is no option, and
 /// takes it for an operand.
 inline std::vector<std::string> SplitGroups(const CLI::App& app, const std::vector<std::string>& arguments) {
-    const std::vector<std::string> operands = OperandsOf(app);
+    const std::vector<std::string> operands = WordsTaken(app, true);
     const auto isSplit = [&](const std::string& word) {
         return word.starts_with('-') && !word.starts_with("--") &&
                std::any_of(operands.begin(), operands.end(), [&](const std::string& operand) {
@@ -44,6 +44,23 @@ inline std::vector<std::string> SplitGroups(const CLI::App& app, const std::vect
     std::vector<std::string> groups;
     std::copy_if(arguments.begin(), arguments.end(), std::back_inserter(groups), isSplit);
     return groups;
+}
+
+/// What stands behind a "--" that is no value.
+inline std::vector<std::string> BehindMarker(const CLI::App& app, const std::vector<std::string>& arguments) {
+    const auto marker = std::find(arguments.begin(), arguments.end(), "--");
+    if (marker == arguments.end() || IsIn(WordsTaken(app, false), *marker)) return {};
+    return {marker + 1, arguments.end()};
+}
+
+/// Words behind "--" that the library takes for options all the same, where the command takes no more words.
+inline std::vector<std::string> OptionsBehindMarker(const CLI::App& app,
+                                                    const std::vector<std::string>& arguments) {
+    const std::vector<std::string> operands = WordsTaken(app, true);
+    std::vector<std::string> options = BehindMarker(app, arguments);
+    std::erase_if(options,
+                  [&](const std::string& word) { return !word.starts_with('-') || IsIn(operands, word); });
+    return options;
 }
 
 }  // namespace ZET::Cli

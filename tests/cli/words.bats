@@ -77,6 +77,36 @@ words() {
     assert_file conf $'a=-10\n\nb=-q10\n\nc=3\n'
 }
 
+@test "what stands behind -- is no option" {
+    local help='see "zet-client --help")' before='(put it before "--", or see "zet-client --help")'
+    remember_host
+    # refused WORDS REMEDY WORD...
+    refused() {
+        words -c zet.conf "${@:3}"
+        assert_refusal 2 "The following argument was not expected: $1 $2"
+        assert_host_unchanged
+    }
+    refused --diff "$before" status -- --diff
+    refused -v "$before" template list -- -v
+    refused -q "$before" values -- -q
+    refused --null "$before" file list -- --null
+    refused --nope "($help" values -- --nope
+    refused --force "$before" param set -n -- conf a 3 --force
+    refused b "($help" values -- b
+    words param -- set conf a 2
+    assert_refusal 2 "a command is missing (put \"--\" behind the command, or $help"
+    words -- param get conf a
+    assert_refusal 2 "a command is missing (put \"--\" behind the command, or $help"
+    words -c zet.conf status -- --json
+    assert_json 'd["command"], d["errors"]' "[null, [\"The following argument was not expected: --json ${before//\"/\\\"}\"]]"
+    assert_host_unchanged
+    run_zet -m -- param set --no-markers conf a 2 --no-backup
+    assert_status 0
+    run_zet param set --no-markers -- conf b --
+    assert_status 0
+    assert_file conf $'a=2\n\nb=--\n'
+}
+
 @test "a mistake is told by all that is known" {
     run_zet template proces one.conf out
     assert_status 2
