@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "cli/CommandWords.h"
+#include "cli/Continuations.h"
 #include "cli/ExitStatus.h"
 #include "cli/Grammar.h"
 #include "cli/Mistake.h"
@@ -34,83 +35,52 @@ CLI::App* AddSubcommand(CLI::App& parent, const char* name, const char* help) {
     return command;
 }
 
-/// What a command line may go on with behind what was understood of it.
-class Continuations {
-  public:
-    explicit Continuations(const CLI::App& app) : m_last(&app) {
-        AddOptions();
-        while (!m_last->get_subcommands().empty()) {
-            m_last = m_last->get_subcommands().front();
-            AddOptions();
-        }
-    }
-
-    Names Options() const {
-        Names names;
-        for (const CLI::Option* option : m_options) {
-            for (const std::string& name : option->get_lnames())
-                names.push_back("--" + name);
-            for (const std::string& name : option->get_snames())
-                names.push_back("-" + name);
-        }
-        return names;
-    }
-
-    /// What the library says in `sentence` of one of the options and words, or else that.
-    std::string InOwnWords(const std::string& sentence) const {
-        for (const CLI::Option* option : m_options) {
-            std::string words = OwnWords(*option, sentence);
-            if (!words.empty()) return words;
-        }
-        return sentence;
-    }
-
-    Names Commands() const {
-        Names names;
-        if (m_last->get_parent() != nullptr) {
-            for (const CLI::App* command : m_last->get_subcommands([](const CLI::App*) { return true; }))
-                names.push_back(command->get_name());
-        }
-        for (const Registration& registration : kRegistrations)
-            names.emplace_back(registration.word);
-        return names;
-    }
-
-  private:
-    void AddOptions() {
-        for (const CLI::Option* option : m_last->get_options())
-            m_options.push_back(option);
-    }
-
-    const CLI::App* m_last;
-    std::vector<const CLI::Option*> m_options;
-};
-
-/// Whether the words end before a command that has to come.
-bool LacksCommand(const CLI::App& app) {
-    const CLI::App* last = &app;
-    while (!last->get_subcommands().empty())
-        last = last->get_subcommands().front();
-    return last->get_require_subcommand_min() > 0;
+Names FirstCommands() {
+    Names names;
+    for (const Registration& registration : kRegistrations)
+        names.emplace_back(registration.word);
+    return names;
 }
 
+/// What nothing took, or something that was not meant.
+Names UnknownIn(const CLI::App& app, const Names& arguments) {
+    Names unknown = app.remaining(true);
+    std::erase(unknown, "--");
+    return unknown.empty() ? OptionsBehindMarker(app, arguments) : unknown;
+}
+
+/// The help that tells more, and the names that may be meant: what is not the name of a command stands in its
+/// place, which is not always behind what was understood.
+void AddNames(Mistake& mistake, const Continuations& known, const Names& arguments) {
+    const bool isFirst = mistake.isCommandMissing && !mistake.unknown.empty() &&
+                         !known.IsBehindLast(mistake.unknown.front(), arguments);
+    mistake.command = isFirst ? known.Program() : known.Words();
+    mistake.commands = isFirst ? FirstCommands() : known.Commands();
+    mistake.options = known.Options();
+}
+
+/// What is wrong with the command line.
 Mistake MistakeIn(const CLI::App& app, const CLI::ParseError& error, const Names& arguments) {
     const Continuations known(app);
     Mistake mistake;
-    mistake.program = app.get_name();
-    mistake.unknown = app.remaining(true);
-    std::erase(mistake.unknown, "--");
+    mistake.unknown = UnknownIn(app, arguments);
     mistake.splitGroups = SplitGroups(app, arguments);
     mistake.behindMarker = BehindMarker(app, arguments);
-    if (mistake.unknown.empty()) mistake.unknown = OptionsBehindMarker(app, arguments);
-    const bool isUnexpected = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
-    mistake.message = isUnexpected && !mistake.unknown.empty() ? Unexpected(mistake.unknown)
-                                                               : known.InOwnWords(error.what());
-    mistake.isWordMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
-    mistake.isCommandMissing = mistake.isWordMissing && LacksCommand(app);
     if (!arguments.empty()) mistake.lastWord = arguments.back();
-    mistake.commands = known.Commands();
-    mistake.options = known.Options();
+    const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+    const bool isExtra = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
+    const bool lacksCommand = isMissing && known.LacksCommand();
+    const bool isUnexpected =
+        !mistake.unknown.empty() && (isExtra || (lacksCommand && IsOption(mistake.unknown.front())));
+    mistake.message = isUnexpected ? Unexpected(mistake.unknown) : known.InOwnWords(error.what());
+    mistake.isWordMissing = isMissing && !isUnexpected;
+    mistake.isCommandMissing = lacksCommand && !isUnexpected;
+    // A family that takes a word of its own takes a mistyped command for it.
+    if (isUnexpected && !DidYouMean(known.FirstOperand(), known.Commands()).empty()) {
+        mistake.isCommandMissing = true;
+        mistake.unknown = {known.FirstOperand()};
+    }
+    AddNames(mistake, known, arguments);
     return mistake;
 }
 
@@ -239,7 +209,9 @@ CLI::App& CommandFamily::AddAlone(const std::function<int(Session&)>& run) {
         // The library gives the family what a command of it has no place for.
         for (const CLI::Option* option : app.get_options())
             if (option->count() != 0)
-                throw CLI::ExtrasError(Unexpected({option->results().front()}), CLI::ExitCodes::ExtrasError);
+                throw CLI::ExtrasError(
+                    Unexpected({option->get_positional() ? option->results().front() : option->get_name()}),
+                    CLI::ExitCodes::ExtrasError);
     });
     return m_app;
 }

@@ -13,14 +13,6 @@ namespace {
 
 constexpr std::size_t kFewestLetters = 3;  // of a word that can be told to be the begin of another
 
-bool IsOption(std::string_view word) {
-    return word.starts_with('-');
-}
-
-bool IsIn(const std::vector<std::string>& words, const std::string& word) {
-    return std::find(words.begin(), words.end(), word) != words.end();
-}
-
 /// Whether the command that is missing may stand behind "--", where none is looked for.
 bool IsCommandHidden(const Mistake& mistake) {
     return !mistake.behindMarker.empty() &&
@@ -59,6 +51,14 @@ bool MayBeTakenForAnOption(const Mistake& mistake) {
 
 }  // namespace
 
+bool IsIn(const std::vector<std::string>& words, const std::string& word) {
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+bool IsOption(std::string_view word) {
+    return word.starts_with('-');
+}
+
 std::string DidYouMean(const std::string& word, const std::vector<std::string>& names) {
     std::string nearest = Deploy::NearestName(word, names);
     if (nearest.empty() && word.size() >= kFewestLetters) {
@@ -73,7 +73,7 @@ std::string Describe(const Mistake& mistake) {
     return WhatIsWrong(mistake) + " (" + Suggestion(mistake) +
            (MayBeTakenForAnOption(mistake) ? _("put \"--\" before a value that begins with \"-\", or ")
                                            : "") +
-           Filled(_("see \"%s --help\""), {mistake.program}) + ")";
+           Filled(_("see \"%s --help\""), {mistake.command}) + ")";
 }
 
 }  // namespace ZET::Cli

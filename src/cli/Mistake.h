@@ -2,13 +2,14 @@
 #define ZET_CLI_MISTAKE_H
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ZET::Cli {
 
 /// What is wrong with a command line, as the library that reads it tells.
 struct Mistake {
-    std::string program;
+    std::string command;  ///< with the program, or it alone; its help tells more
     std::string message;
     bool isWordMissing = false;     ///< one that has to be there
     bool isCommandMissing = false;  ///< and that word is a command
@@ -19,6 +20,9 @@ struct Mistake {
     std::vector<std::string> commands;      ///< that could have come
     std::vector<std::string> options;       ///< that could have come
 };
+
+bool IsIn(const std::vector<std::string>& words, const std::string& word);
+bool IsOption(std::string_view word);
 
 /// In words, and what to do about it.
 std::string Describe(const Mistake& mistake);

@@ -9,13 +9,11 @@
 #include <utility>
 #include <vector>
 
+#include "cli/Mistake.h"
+
 /// What the library takes the words of a command line for where nobody meant them so. For CommandLine.cpp
 /// alone, as it takes long to compile.
 namespace ZET::Cli {
-
-inline bool IsIn(const std::vector<std::string>& words, const std::string& word) {
-    return std::find(words.begin(), words.end(), word) != words.end();
-}
 
 /// What the commands take as words of their own, or else as the values of options.
 inline std::vector<std::string> WordsTaken(const CLI::App& app, bool areOperands) {

@@ -120,7 +120,7 @@ login_of_this_process() {
     local wrong
     for wrong in 0 x -1 1x 99999999999999999999999; do
         run_zet history -N "$wrong"
-        assert_refusal 2 "--count: \"$wrong\" is no number from 1 (see \"zet-client --help\")"
+        assert_refusal 2 "--count: \"$wrong\" is no number from 1 (see \"zet-client history --help\")"
     done
 }
 

@@ -51,23 +51,23 @@ words() {
 }
 
 @test "a digit behind an option's letter makes no word that nobody wrote" {
-    local remedy='(put "--" before a value that begins with "-", or see "zet-client --help")'
     remember_host
-    # refused GROUP WORD...
+    # refused GROUP COMMAND WORD...
     refused() {
-        run_zet "${@:2}"
-        assert_refusal 2 "The following argument was not expected: $1 $remedy"
+        # shellcheck disable=SC2086
+        run_zet $2 "${@:3}"
+        assert_refusal 2 "The following argument was not expected: $1 (put \"--\" before a value that begins with \"-\", or see \"zet-client $2 --help\")"
         assert_host_unchanged
     }
-    refused -q10 param set conf a -q10
-    refused -v1 param set conf a -v1
-    refused -qn1 param set conf a -qn1
-    refused -q3 line set conf '^a' -q3
-    refused -q1 template process one.conf -q1 -n
-    refused -q1 file reserve -q1
+    refused -q10 'param set' conf a -q10
+    refused -v1 'param set' conf a -v1
+    refused -qn1 'param set' conf a -qn1
+    refused -q3 'line set' conf '^a' -q3
+    refused -q1 'template process' one.conf -q1 -n
+    refused -q1 'file reserve' -q1
     refused -n1 history -n1
     refused -n1 undo -n1
-    refused -q1 history show -q1 conf
+    refused -q1 'history show' -q1 conf
     run_zet param set --no-markers conf a -10
     assert_status 0
     run_zet param set --no-markers conf b -- -q10
@@ -78,27 +78,28 @@ words() {
 }
 
 @test "what stands behind -- is no option" {
-    local help='see "zet-client --help")' before='(put it before "--", or see "zet-client --help")'
+    local before='put it before "--", or '
     remember_host
-    # refused WORDS REMEDY WORD...
+    # refused WORD REMEDY COMMAND WORD...
     refused() {
-        words -c zet.conf "${@:3}"
-        assert_refusal 2 "The following argument was not expected: $1 $2"
+        # shellcheck disable=SC2086
+        words -c zet.conf $3 "${@:4}"
+        assert_refusal 2 "The following argument was not expected: $1 ($2see \"zet-client $3 --help\")"
         assert_host_unchanged
     }
     refused --diff "$before" status -- --diff
-    refused -v "$before" template list -- -v
+    refused -v "$before" 'template list' -- -v
     refused -q "$before" values -- -q
-    refused --null "$before" file list -- --null
-    refused --nope "($help" values -- --nope
-    refused --force "$before" param set -n -- conf a 3 --force
-    refused b "($help" values -- b
+    refused --null "$before" 'file list' -- --null
+    refused --nope "" values -- --nope
+    refused --force "$before" 'param set' -n -- conf a 3 --force
+    refused b "" values -- b
     words param -- set conf a 2
-    assert_refusal 2 "a command is missing (put \"--\" behind the command, or $help"
+    assert_refusal 2 'a command is missing (put "--" behind the command, or see "zet-client param --help")'
     words -- param get conf a
-    assert_refusal 2 "a command is missing (put \"--\" behind the command, or $help"
+    assert_refusal 2 'a command is missing (put "--" behind the command, or see "zet-client --help")'
     words -c zet.conf status -- --json
-    assert_json 'd["command"], d["errors"]' "[null, [\"The following argument was not expected: --json ${before//\"/\\\"}\"]]"
+    assert_json 'd["command"], d["errors"]' '[null, ["The following argument was not expected: --json (put it before \"--\", or see \"zet-client status --help\")"]]'
     assert_host_unchanged
     run_zet -m -- param set --no-markers conf a 2 --no-backup
     assert_status 0
@@ -118,7 +119,7 @@ words() {
 
 @test "an option of a command that stands before it is told where it belongs" {
     run_zet param --no-markers set conf a 2
-    assert_refusal 2 'The following argument was not expected: --no-markers (put it behind its command, or see "zet-client --help")'
+    assert_refusal 2 'The following argument was not expected: --no-markers (put it behind its command, or see "zet-client param set --help")'
 }
 
 @test "a name that is too long is told to be that" {
