@@ -34,7 +34,9 @@ namespace {
 void OpenStandardStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         // What is opened takes the first free number: those before are in use.
-        if (fcntl(stream, F_GETFD) < 0 && errno == EBADF) open("/dev/null", O_RDWR);
+        // A report that is lost is told to be that: its stream takes nothing.
+        const int access = stream == STDOUT_FILENO ? O_RDONLY : O_RDWR;
+        if (fcntl(stream, F_GETFD) < 0 && errno == EBADF) open("/dev/null", access);
     }
 }
 

@@ -232,9 +232,22 @@ zet-client: nothing was changed"
     local status=0
     zet commit-config >/dev/full 2>"$BASE/stderr" || status=$?
     assert_equal "$status" 1
-    assert_file "$BASE/stderr" $'zet-client: error: standard output cannot be written: the report is not complete\n'
+    assert_file "$BASE/stderr" $'zet-client: error: standard output cannot be written: No space left on device (the report is not complete)\n'
     assert_made one.conf $'realm = EXAMPLE.ORG\n'
     [[ -e state/zet-client.status ]]
+}
+
+@test "a report for which no output was opened is a failure, and a command without one is none" {
+    local words
+    for words in 'history export' 'template process one.conf -' 'commit-config' '--help'; do
+        status=0
+        # shellcheck disable=SC2086
+        zet $words >&- 2>"$BASE/stderr" || status=$?
+        assert_equal "$status" 1
+        assert_file "$BASE/stderr" $'zet-client: error: standard output cannot be written: Bad file descriptor (the report is not complete)\n'
+    done
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
+    zet -q commit-config >&-
 }
 
 @test "help and version that nobody can read are failures" {
@@ -243,7 +256,7 @@ zet-client: nothing was changed"
         status=0
         "$ZET_BIN/zet-client" "$option" >/dev/full 2>"$BASE/stderr" || status=$?
         assert_equal "$status" 1
-        assert_file "$BASE/stderr" $'zet-client: error: standard output cannot be written: the report is not complete\n'
+        assert_file "$BASE/stderr" $'zet-client: error: standard output cannot be written: No space left on device (the report is not complete)\n'
     done
 }
 
