@@ -19,6 +19,7 @@ namespace {
 constexpr char kUsual[] = "less";
 // What fits on the screen is printed and that is it; colors are shown; the text stays when it was read.
 constexpr char kOptionsOfUsual[] = "FRX";
+constexpr int kNoCommand = 2;  // what the shell cannot read
 constexpr int kCannotBeExecuted = 126;
 constexpr int kNotFound = 127;
 
@@ -73,7 +74,7 @@ bool Pager::Show(const std::string& text) const {
     WriteAll(output, text);  // a reader who has seen enough takes no more
     output = Descriptor();
     const int status = StatusOf(process);
-    return status != kNotFound && status != kCannotBeExecuted;
+    return status != kNotFound && status != kCannotBeExecuted && status != kNoCommand;
 }
 
 std::string Pager::Trouble() const {

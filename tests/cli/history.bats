@@ -639,6 +639,10 @@ remember_but_locks() {
     on_terminal history
     [[ $output == *'warning: the pager "no-such-pager" cannot be run (correct PAGER, or set it to "cat")'*$'\n2  '* ]]
     assert_status 0
+    PAGER='; x'
+    on_terminal history
+    [[ $output == *'warning: the pager "; x" cannot be run (correct PAGER, or set it to "cat")'*$'\n2  '* ]]
+    assert_status 0
 }
 
 @test "a reader who leaves the pager early ends nothing badly" {
