@@ -31,13 +31,14 @@ inline std::vector<std::string> WordsTaken(const CLI::App& app, bool areOperands
 /// Groups of letters such as "-q10": behind the "q", the library goes on with "-10", which is no option, and
 /// takes it for an operand.
 inline std::vector<std::string> SplitGroups(const CLI::App& app, const std::vector<std::string>& arguments) {
-    const std::vector<std::string> operands = WordsTaken(app, true);
     const auto isSplit = [&](const std::string& word) {
-        return word.starts_with('-') && !word.starts_with("--") &&
-               std::any_of(operands.begin(), operands.end(), [&](const std::string& operand) {
-                   return operand.starts_with('-') && !IsIn(arguments, operand) &&
-                          word.ends_with(std::string_view(operand).substr(1));
-               });
+        if (!IsOption(word) || word.starts_with("--") || word.find_first_of("0123456789", 2) == word.npos)
+            return false;
+        const std::vector<std::string> operands = WordsTaken(app, true);
+        return std::any_of(operands.begin(), operands.end(), [&](const std::string& operand) {
+            return IsOption(operand) && !IsIn(arguments, operand) &&
+                   word.ends_with(std::string_view(operand).substr(1));
+        });
     };
     std::vector<std::string> groups;
     std::copy_if(arguments.begin(), arguments.end(), std::back_inserter(groups), isSplit);
@@ -54,10 +55,10 @@ inline std::vector<std::string> BehindMarker(const CLI::App& app, const std::vec
 /// Words behind "--" that the library takes for options all the same, where the command takes no more words.
 inline std::vector<std::string> OptionsBehindMarker(const CLI::App& app,
                                                     const std::vector<std::string>& arguments) {
-    const std::vector<std::string> operands = WordsTaken(app, true);
     std::vector<std::string> options = BehindMarker(app, arguments);
-    std::erase_if(options,
-                  [&](const std::string& word) { return !word.starts_with('-') || IsIn(operands, word); });
+    std::erase_if(options, [&](const std::string& word) {
+        return !IsOption(word) || IsIn(WordsTaken(app, true), word);
+    });
     return options;
 }
 
