@@ -10,12 +10,14 @@
 #include <utility>
 
 #include "cli/CommandWords.h"
+#include "cli/Continuations.h"
 #include "cli/ExitStatus.h"
 #include "cli/Grammar.h"
 #include "cli/Mistake.h"
 #include "cli/OwnWords.h"
 #include "cli/Report.h"
 #include "cli/Session.h"
+#include "cli/WordsTaken.h"
 #include "cli/commands/Registrations.h"
 #include "deploy/host/Failure.h"
 
@@ -33,78 +35,52 @@ CLI::App* AddSubcommand(CLI::App& parent, const char* name, const char* help) {
     return command;
 }
 
-/// What may follow the part of a command line that was understood.
-class Continuations {
-  public:
-    explicit Continuations(const CLI::App& app) : m_last(&app) {
-        AddOptions();
-        while (!m_last->get_subcommands().empty()) {
-            m_last = m_last->get_subcommands().front();
-            AddOptions();
-        }
-    }
-
-    Names Options() const {
-        Names names;
-        for (const CLI::Option* option : m_options) {
-            for (const std::string& name : option->get_lnames())
-                names.push_back("--" + name);
-        }
-        return names;
-    }
-
-    /// The library's `sentence` in the user's words, if it is about one of the known options; else unchanged.
-    std::string InOwnWords(const std::string& sentence) const {
-        for (const CLI::Option* option : m_options) {
-            std::string words = OwnWords(*option, sentence);
-            if (!words.empty()) return words;
-        }
-        return sentence;
-    }
-
-    Names Commands() const {
-        Names names;
-        if (m_last->get_parent() != nullptr) {
-            for (const CLI::App* command : m_last->get_subcommands([](const CLI::App*) { return true; }))
-                names.push_back(command->get_name());
-        }
-        for (const Registration& registration : kRegistrations)
-            names.emplace_back(registration.word);
-        return names;
-    }
-
-  private:
-    void AddOptions() {
-        for (const CLI::Option* option : m_last->get_options())
-            m_options.push_back(option);
-    }
-
-    const CLI::App* m_last;
-    std::vector<const CLI::Option*> m_options;
-};
-
-/// Whether the words end before a required command.
-bool LacksCommand(const CLI::App& app) {
-    const CLI::App* last = &app;
-    while (!last->get_subcommands().empty())
-        last = last->get_subcommands().front();
-    return last->get_require_subcommand_min() > 0;
+Names FirstCommands() {
+    Names names;
+    for (const Registration& registration : kRegistrations)
+        names.emplace_back(registration.word);
+    return names;
 }
 
-/// The mistake in the command line, whose last argument is `last`.
-Mistake MistakeIn(const CLI::App& app, const CLI::ParseError& error, std::string_view last) {
+/// What nothing took, or something that was not meant.
+Names UnknownIn(const CLI::App& app, const Names& arguments) {
+    Names unknown = app.remaining(true);
+    std::erase(unknown, "--");
+    return unknown.empty() ? OptionsBehindMarker(app, arguments) : unknown;
+}
+
+/// The help that tells more, and the names that may be meant: what is not the name of a command stands in its
+/// place, which is not always behind what was understood.
+void AddNames(Mistake& mistake, const Continuations& known, const Names& arguments) {
+    const bool isFirst = mistake.isCommandMissing && !mistake.unknown.empty() &&
+                         !known.IsBehindLast(mistake.unknown.front(), arguments);
+    mistake.command = isFirst ? known.Program() : known.Words();
+    mistake.commands = isFirst ? FirstCommands() : known.Commands();
+    mistake.options = known.Options();
+}
+
+/// What is wrong with the command line.
+Mistake MistakeIn(const CLI::App& app, const CLI::ParseError& error, const Names& arguments) {
     const Continuations known(app);
     Mistake mistake;
-    mistake.program = app.get_name();
-    mistake.unknown = app.remaining(true);
-    const bool isUnexpected = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
-    mistake.message = isUnexpected && !mistake.unknown.empty() ? Unexpected(mistake.unknown)
-                                                               : known.InOwnWords(error.what());
-    mistake.isWordMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
-    mistake.isCommandMissing = mistake.isWordMissing && LacksCommand(app);
-    mistake.lastWord = last;
-    mistake.commands = known.Commands();
-    mistake.options = known.Options();
+    mistake.unknown = UnknownIn(app, arguments);
+    mistake.splitGroups = SplitGroups(app, arguments);
+    mistake.behindMarker = BehindMarker(app, arguments);
+    if (!arguments.empty()) mistake.lastWord = arguments.back();
+    const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+    const bool isExtra = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
+    const bool lacksCommand = isMissing && known.LacksCommand();
+    const bool isUnexpected =
+        !mistake.unknown.empty() && (isExtra || (lacksCommand && IsOption(mistake.unknown.front())));
+    mistake.message = isUnexpected ? Unexpected(mistake.unknown) : known.InOwnWords(error.what());
+    mistake.isWordMissing = isMissing && !isUnexpected;
+    mistake.isCommandMissing = lacksCommand && !isUnexpected;
+    // A family that takes a word of its own takes a mistyped command for it.
+    if (isUnexpected && !DidYouMean(known.FirstOperand(), known.Commands()).empty()) {
+        mistake.isCommandMissing = true;
+        mistake.unknown = {known.FirstOperand()};
+    }
+    AddNames(mistake, known, arguments);
     return mistake;
 }
 
@@ -123,13 +99,21 @@ bool AsksForDocument(int count, char** arguments) {
     return std::find(arguments, arguments + count, std::string_view("--json")) != arguments + count;
 }
 
+Names ArgumentsOf(int count, char** given) {
+    return {given + std::min(count, 1), given + count};
+}
+
 /// Throws `CLI::ParseError` if there is nothing to run.
-Call Read(Grammar&& grammar, int count, char** arguments) {
+Call Read(Grammar&& grammar, int count, char** given) {
     GlobalOptions& options = grammar.Asked().call.options;
     // Asking the library whether an option was given would end the program if memory ran out.
     std::string usualFile = std::exchange(options.configFile, "");
-    grammar.App().parse(count, arguments);
-    options.words = WordsOf({arguments + std::min(count, 1), arguments + count}, grammar.Asked());
+    grammar.App().parse(count, given);
+    const Names arguments = ArgumentsOf(count, given);
+    for (const auto misread : {SplitGroups, OptionsBehindMarker})
+        if (const Names words = misread(grammar.App(), arguments); !words.empty())
+            throw CLI::ExtrasError(Unexpected(words), CLI::ExitCodes::ExtrasError);
+    options.words = WordsOf(arguments, grammar.Asked());
     options.isConfigFileNamed = !options.configFile.empty();
     if (!options.isConfigFileNamed) options.configFile = std::move(usualFile);
     return std::move(grammar.Asked().call);
@@ -140,8 +124,9 @@ int Answer(Grammar& grammar, const CLI::ParseError& error, int count, char** arg
     GlobalOptions& options = grammar.Asked().call.options;
     if (error.get_exit_code() == 0) return Print(options, grammar.App(), error);
     options.json = options.json || AsksForDocument(count, arguments);
+    options.command.clear();  // which may have been read before the mistake was seen
     Report report(options);
-    report.Error(Describe(MistakeIn(grammar.App(), error, arguments[count - 1])));
+    report.Error(Describe(MistakeIn(grammar.App(), error, ArgumentsOf(count, arguments))));
     return report.Finish(kWrongUse);
 }
 
@@ -223,7 +208,9 @@ CLI::App& CommandFamily::AddAlone(const std::function<int(Session&)>& run) {
         // The library assigns words that a command cannot take to its family.
         for (const CLI::Option* option : app.get_options())
             if (option->count() != 0)
-                throw CLI::ExtrasError(Unexpected({option->results().front()}), CLI::ExitCodes::ExtrasError);
+                throw CLI::ExtrasError(
+                    Unexpected({option->get_positional() ? option->results().front() : option->get_name()}),
+                    CLI::ExitCodes::ExtrasError);
     });
     return m_app;
 }

@@ -124,7 +124,7 @@ class Grammar {
         m_call.call.options.program = program;
         m_call.call.options.role = RoleOf(program);
         m_app.require_subcommand(1);
-        m_app.option_defaults()->group(kOptionsOfAll);
+        m_app.option_defaults()->group(kOptionsOfAll)->disable_flag_override();
         AddOptionsOfAll();
         m_app.option_defaults()->group(kOptions);
     }

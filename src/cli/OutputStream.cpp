@@ -49,7 +49,9 @@ bool OutputStream::WriteSome(std::string_view& text) noexcept {
     const ssize_t count = write(m_descriptor, text.data(), std::min<std::size_t>(text.size(), PIPE_BUF));
     if (count < 0) {
         if (errno == EINTR || errno == EAGAIN) return true;
-        m_hasFailed = m_hasFailed || errno != EPIPE;
+        if (errno == EPIPE) return false;
+        m_hasFailed = true;
+        m_error = errno;
         return false;
     }
     text.remove_prefix(static_cast<std::size_t>(count));

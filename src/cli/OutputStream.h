@@ -26,6 +26,9 @@ class OutputStream {
     /// Whether something could not be written. A reader that closes its pipe is no failure.
     bool HasFailed() const { return m_hasFailed; }
 
+    /// The `errno` of that; 0 where a reader was waited for no longer.
+    int Error() const { return m_error; }
+
   private:
     bool WriteSome(std::string_view& text) noexcept;
     bool WaitForRoom() noexcept;
@@ -33,6 +36,7 @@ class OutputStream {
     int m_descriptor;
     bool m_isTerminal;
     bool m_hasFailed = false;
+    int m_error = 0;
     bool m_isGivenUp = false;
     std::string m_text;  ///< text that is not written yet
 };

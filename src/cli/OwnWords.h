@@ -49,7 +49,9 @@ inline std::string OwnWords(const CLI::Option& option, std::string_view sentence
         return Filled(_("%s: its value is missing"), {name});
     if (isSaidBy(CLI::ArgumentMismatch::AtMost(name, 1, option.count())))
         return Filled(_("%s can be given once only"), {name});
-    if (isSaidBy(CLI::ConversionError(name, option.results()))) return Filled(_("%s takes no value"), {name});
+    for (const std::string& word : option.get_lnames())
+        if (isSaidBy(CLI::ArgumentMismatch::FlagOverride(word)))
+            return Filled(_("%s takes no value"), {name});
     for (const CLI::Option* other : option.get_excludes())
         if (isSaidBy(CLI::ExcludesError(name, other->get_name())))
             return Filled(_("%s excludes %s"), {name, other->get_name()});

@@ -19,6 +19,7 @@ namespace {
 constexpr char kUsual[] = "less";
 // Print what fits on the screen and exit; show colors; leave the text on the screen.
 constexpr char kOptionsOfUsual[] = "FRX";
+constexpr int kNoCommand = 2;  // what the shell cannot read
 constexpr int kCannotBeExecuted = 126;
 constexpr int kNotFound = 127;
 
@@ -73,7 +74,7 @@ bool Pager::Show(const std::string& text) const {
     WriteAll(output, text);  // a user who has seen enough closes the pipe
     output = Descriptor();
     const int status = StatusOf(process);
-    return status != kNotFound && status != kCannotBeExecuted;
+    return status != kNotFound && status != kCannotBeExecuted && status != kNoCommand;
 }
 
 std::string Pager::Trouble() const {

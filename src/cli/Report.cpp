@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/ExitStatus.h"
+#include "deploy/host/Remedy.h"
 #include "posix/Printable.h"
 #include "text/Lines.h"
 
@@ -86,6 +87,12 @@ Json ToJson(const Value& value) {
             }
         },
         value.value);
+}
+
+std::string WhyIncomplete(const OutputStream& output) {
+    if (output.Error() == 0) return _("standard output cannot be written: the report is not complete");
+    return Filled(_("standard output cannot be written: %s (the report is not complete)"),
+                  {Deploy::ReasonOf(output.Error())});
 }
 
 std::string_view ColorOfDiffLine(std::string_view line) {
@@ -229,7 +236,7 @@ int Report::Finish(int status) {
     }
     m_output.Flush();
     if (!m_output.HasFailed()) return status;
-    Message(_("error: "), _("standard output cannot be written: the report is not complete"));
+    Message(_("error: "), WhyIncomplete(m_output));
     return kFailed;
 }
 

@@ -34,8 +34,10 @@ namespace {
 /// user.
 void OpenStandardStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        // A new descriptor gets the lowest free number; those before are in use.
-        if (fcntl(stream, F_GETFD) < 0 && errno == EBADF) open("/dev/null", O_RDWR);
+        // A new descriptor gets the lowest free number; those before are in use. Without a standard output, a
+        // report is lost, which its stream reports if it cannot be written.
+        const int access = stream == STDOUT_FILENO ? O_RDONLY : O_RDWR;
+        if (fcntl(stream, F_GETFD) < 0 && errno == EBADF) open("/dev/null", access);
     }
 }
 
@@ -62,7 +64,7 @@ void KeepMemory() {
 
 /// Whether the output is for a program: that is always in English.
 bool IsForProgram(int count, char** arguments) {
-    constexpr std::string_view kWords[] = {"--json", "--format=openmetrics", "openmetrics"};
+    constexpr std::string_view kWords[] = {"--json", "--json=true", "--format=openmetrics", "openmetrics"};
     char** const end = arguments + count;
     return std::find_first_of(arguments, end, std::begin(kWords), std::end(kWords)) != end;
 }

@@ -16,7 +16,7 @@ teardown() {
     local file
     for file in "$HOST/none.so" ""; do
         run_zet --module "$file" param get conf a
-        assert_refusal 2 "--module: the module is built into this program (leave the option out) (see \"zet-client --help\")"
+        assert_refusal 2 "--module: the module is built into this program (leave the option out) (see \"zet-client param get --help\")"
     done
 }
 

@@ -26,18 +26,18 @@ assert_all_refuse() {
     assert_host_unchanged
 }
 
-# assert_wrong_use MESSAGE ARGUMENT...: as text and as a document.
+# assert_wrong_use MESSAGE ARGUMENT...: as text and as a document. $BELOW are the commands whose help is named.
 assert_wrong_use() {
-    local message=$1
+    local message="$1 (see \"zet-client ${BELOW:+$BELOW }--help\")"
     shift
     remember_host
     capture "$ZET_BIN/zet-client" "$@"
-    assert_refusal 2 "$message (see \"zet-client --help\")"
+    assert_refusal 2 "$message"
     capture "$ZET_BIN/zet-client" "$@" --json
     assert_status 2
-    assert_stderr "zet-client: error: $message (see \"zet-client --help\")"
+    assert_stderr "zet-client: error: $message"
     assert_json 'd["version"], d["command"], d["exit_status"], len(d["errors"])' '[1, null, 2, 1]'
-    assert_json 'd["errors"][0]' "$message (see \"zet-client --help\")"
+    assert_json 'd["errors"][0]' "$message"
     assert_host_unchanged
 }
 
@@ -232,9 +232,22 @@ zet-client: nothing was changed"
     local status=0
     zet commit-config >/dev/full 2>"$BASE/stderr" || status=$?
     assert_equal "$status" 1
-    assert_file "$BASE/stderr" $'zet-client: error: standard output cannot be written: the report is not complete\n'
+    assert_file "$BASE/stderr" $'zet-client: error: standard output cannot be written: No space left on device (the report is not complete)\n'
     assert_made one.conf $'realm = EXAMPLE.ORG\n'
     [[ -e state/zet-client.status ]]
+}
+
+@test "a report for which no output was opened is a failure, and a command without one is none" {
+    local words
+    for words in 'history export' 'template process one.conf -' 'commit-config' '--help'; do
+        status=0
+        # shellcheck disable=SC2086
+        zet $words >&- 2>"$BASE/stderr" || status=$?
+        assert_equal "$status" 1
+        assert_file "$BASE/stderr" $'zet-client: error: standard output cannot be written: Bad file descriptor (the report is not complete)\n'
+    done
+    assert_made one.conf $'realm = EXAMPLE.ORG\n'
+    zet -q commit-config >&-
 }
 
 @test "help and version that nobody can read are failures" {
@@ -243,7 +256,7 @@ zet-client: nothing was changed"
         status=0
         "$ZET_BIN/zet-client" "$option" >/dev/full 2>"$BASE/stderr" || status=$?
         assert_equal "$status" 1
-        assert_file "$BASE/stderr" $'zet-client: error: standard output cannot be written: the report is not complete\n'
+        assert_file "$BASE/stderr" $'zet-client: error: standard output cannot be written: No space left on device (the report is not complete)\n'
     done
 }
 
@@ -307,44 +320,87 @@ zet-client: nothing was changed"
 @test "a command that is missing or unknown is wrong use" {
     assert_wrong_use "a command is missing"
     assert_wrong_use 'unknown command "frobnicate"' frobnicate
-    assert_wrong_use "a command is missing" param
+    BELOW=param assert_wrong_use "a command is missing" param
 }
 
-# assert_mistyped WHAT NAME ARGUMENT...: the name that was meant is told.
+# assert_mistyped WHAT NAME ARGUMENT...: the name that was meant is told; none when it is empty. $BELOW as above.
 assert_mistyped() {
-    local what=$1 name=$2
+    local what=$1 meant=${2:+"did you mean \"$2\"? "}
     shift 2
     capture "$ZET_BIN/zet-client" "$@"
-    assert_refusal 2 "$what (did you mean \"$name\"? see \"zet-client --help\")"
+    assert_refusal 2 "$what (${meant}see \"zet-client ${BELOW:+$BELOW }--help\")"
 }
 
 @test "a command or an option that is mistyped is told with the one that was meant" {
     assert_mistyped 'unknown command "comit-config"' commit-config comit-config
     assert_mistyped 'unknown command "comit-config"' commit-config comit-config param
     assert_mistyped 'unknown command "commit"' commit-config commit
-    assert_mistyped 'unknown command "gte"' get param gte conf a
-    assert_mistyped "The following argument was not expected: --dryrun" --dry-run commit-config --dryrun
-    assert_mistyped "The following argument was not expected: --no-marker" --no-markers param set conf a b --no-marker
-    assert_mistyped "The following argument was not expected: --sett=A=B" --set commit-config --sett=A=B
+    BELOW=param assert_mistyped 'unknown command "gte"' get param gte conf a
+    BELOW=option assert_mistyped 'unknown command "lsit"' list option lsit
+    local unexpected="The following argument was not expected:"
+    BELOW=commit-config assert_mistyped "$unexpected --dryrun" --dry-run commit-config --dryrun
+    BELOW="param set" assert_mistyped "$unexpected --no-marker" --no-markers param set conf a b --no-marker
+    BELOW=commit-config assert_mistyped "$unexpected --sett=A=B" --set commit-config --sett=A=B
+    BELOW=rollback-config assert_mistyped "$unexpected --ot" --to rollback-config --ot 1
+}
+
+@test "a command that is unknown below another is not laid to one that stands elsewhere" {
+    BELOW=param assert_mistyped 'unknown command "status"' "" param status
+    BELOW=option assert_mistyped 'unknown command "history"' "" option history
+    BELOW=param assert_mistyped 'unknown command "list"' "" param list
+    assert_mistyped 'unknown command "get"' "" get param conf a
+    assert_mistyped 'unknown command "list"' "" list
+    BELOW=undo assert_mistyped "The following argument was not expected: --to" "" undo --to 1
+}
+
+@test "an option without a command is told to be one" {
+    assert_mistyped "The following argument was not expected: --jsno" --json --jsno
+    assert_mistyped "The following argument was not expected: --dryrun" --dry-run --dryrun
+    assert_mistyped "The following argument was not expected: -x" "" -x
+    BELOW=param assert_mistyped "The following arguments were not expected: --secton x" --section param --secton x
+    capture "$ZET_BIN/zet-client" param --section x
+    assert_refusal 2 'The following arguments were not expected: --section x (put it behind its command, or see "zet-client param --help")'
+}
+
+@test "what history does not expect is told by its name" {
+    BELOW=history assert_mistyped 'unknown command "shwo"' show history shwo 1
+    BELOW=history assert_mistyped 'The following argument was not expected: 1' "" history conf 1
+    BELOW="history show" assert_mistyped 'The following argument was not expected: --count' "" history show 1 -N 1
+    BELOW="history show" assert_mistyped 'The following argument was not expected: --count' "" history -N 1 show 1
+    BELOW="history show" assert_mistyped 'The following argument was not expected: conf' "" history conf show 1
 }
 
 @test "an option that is unknown, misses its value or contradicts another is wrong use" {
-    assert_wrong_use "The following argument was not expected: --nope" status --nope
-    assert_wrong_use "The following argument was not expected: --force" commit-config --force
-    assert_wrong_use "The following argument was not expected: --set=A=B" check-config --set=A=B
-    assert_wrong_use "The following argument was not expected: now" status now
-    assert_wrong_use "--quiet excludes --verbose" status -q -v
-    assert_wrong_use "--color: \"red\" is none of auto, always, never" status --color red
-    assert_wrong_use "--log: \"file\" is none of stderr, syslog" status --log file
+    BELOW=status assert_wrong_use "The following argument was not expected: --nope" status --nope
+    BELOW=commit-config assert_wrong_use "The following argument was not expected: --force" commit-config --force
+    BELOW=check-config assert_wrong_use "The following argument was not expected: --set=A=B" check-config --set=A=B
+    BELOW=status assert_wrong_use "The following argument was not expected: now" status now
+    BELOW=status assert_wrong_use "--quiet excludes --verbose" status -q -v
+    BELOW=status assert_wrong_use "--color: \"red\" is none of auto, always, never" status --color red
+    BELOW=status assert_wrong_use "--log: \"file\" is none of stderr, syslog" status --log file
     capture "$ZET_BIN/zet-client" status --config
-    assert_refusal 2 '--config: its value is missing (see "zet-client --help")'
-    assert_wrong_use "--root can be given once only" --root a --root b status
-    assert_wrong_use "--dry-run takes no value" status --dry-run=often
+    assert_refusal 2 '--config: its value is missing (see "zet-client status --help")'
+    BELOW=status assert_wrong_use "--root can be given once only" --root a --root b status
+    BELOW=status assert_wrong_use "--dry-run takes no value" status --dry-run=often
+}
+
+@test "a flag with a value is wrong use, whatever the value" {
+    printf 'A=1\n' >f
+    local value
+    for value in -1 0 2 off no false yes on; do
+        BELOW="param set" assert_wrong_use "--dry-run takes no value" param set f A 4 "--dry-run=$value"
+        assert_wrong_use "--dry-run takes no value" -n "--dry-run=$value" param set f A 4
+        BELOW="param set" assert_wrong_use "--no-markers takes no value" param set f A 4 "--no-markers=$value"
+        assert_wrong_use "--json takes no value" "--json=$value" status
+        BELOW=param assert_wrong_use "--help takes no value" param "--help=$value"
+        assert_wrong_use "--version takes no value" "--version=$value"
+    done
+    assert_file f $'A=1\n'
 }
 
 @test "a value that was taken for an option is told with what makes it one" {
     printf 'a=1\n' >conf
-    local remedy='(put "--" before a value that begins with "-", or see "zet-client --help")'
+    local remedy='(put "--" before a value that begins with "-", or see "zet-client param set --help")'
     run_zet param set conf a -x
     assert_refusal 2 "VALUE is required $remedy"
     run_zet param set conf a --debug=1
@@ -352,9 +408,9 @@ assert_mistyped() {
     run_zet param set conf a -n
     assert_refusal 2 "VALUE is required $remedy"
     run_zet line get conf -x
-    assert_refusal 2 "PATTERN is required $remedy"
+    assert_refusal 2 "PATTERN is required ${remedy/param set/line get}"
     run_zet -n param set conf a
-    assert_refusal 2 'VALUE is required (see "zet-client --help")'
+    assert_refusal 2 'VALUE is required (see "zet-client param set --help")'
     run_zet --json param set conf a -x
     assert_json 'd["errors"]' "$(python3 -c 'import json, sys; print(json.dumps(sys.argv[1:]))' "VALUE is required $remedy")"
     zet param set --no-markers conf a -- -x
@@ -368,7 +424,7 @@ assert_mistyped() {
     is_built_in || options+=(--module)
     for option in "${options[@]}"; do
         capture "$ZET_BIN/zet-client" "$option" "" status
-        assert_refusal 2 "$option: its name is empty (see \"zet-client --help\")"
+        assert_refusal 2 "$option: its name is empty (see \"zet-client status --help\")"
     done
 }
 

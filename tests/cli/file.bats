@@ -267,6 +267,12 @@ $HOST/own/new.no_file_before_zet"
     printf '%s/%s.before_zet\0' "$HOST" "$name" | cmp - "$BATS_TEST_TMPDIR/output"
 }
 
+@test "list with NUL bytes is no document" {
+    run_zet file list --null --json
+    assert_status 2
+    assert_json 'd["errors"]' '["--json and --null exclude each other (leave one of them out)"]'
+}
+
 @test "list knows a reserve whose entry is kept no longer" {
     echo ZET_HISTORY_KEEP=1 >>zet.conf
     zet param set conf a new

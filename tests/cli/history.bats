@@ -120,7 +120,7 @@ login_of_this_process() {
     local wrong
     for wrong in 0 x -1 1x 99999999999999999999999; do
         run_zet history -N "$wrong"
-        assert_refusal 2 "--count: \"$wrong\" is no number from 1 (see \"zet-client --help\")"
+        assert_refusal 2 "--count: \"$wrong\" is no number from 1 (see \"zet-client history --help\")"
     done
 }
 
@@ -694,6 +694,10 @@ remember_but_locks() {
     [[ $output == *$'\n2  '* ]]
     on_terminal history
     [[ $output == *'warning: the pager "no-such-pager" cannot be run (correct PAGER, or set it to "cat")'*$'\n2  '* ]]
+    assert_status 0
+    PAGER='; x'
+    on_terminal history
+    [[ $output == *'warning: the pager "; x" cannot be run (correct PAGER, or set it to "cat")'*$'\n2  '* ]]
     assert_status 0
 }
 

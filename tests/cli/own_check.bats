@@ -239,6 +239,15 @@ $HOST/out/three.conf: what [three.conf] renders to cannot be checked: missing-pr
     assert_json 'd["checks_not_run"]' 2
 }
 
+@test "check-config is told either to run checks or not to" {
+    local order
+    for order in '--run-checks --no-checks' '--no-checks --run-checks'; do
+        # shellcheck disable=SC2086
+        run_zet check-config $order
+        assert_refusal 2 "--run-checks and --no-checks exclude each other (leave one of them out)"
+    done
+}
+
 @test "check-config runs only the checks of the templates that are named" {
     own_check <<<$'#!/bin/sh\nexit 1'
     add_target two.conf $'fine\n' 'check = ["false"]'

@@ -161,18 +161,21 @@ $ESC[32m+x=2$ESC[0m
 
 @test "no file that is opened takes the place of a standard stream that was closed" {
     add_target one.conf $'x\n'
-    local closed number
+    local closed expected
     for closed in '<&-' '>&-' '2>&-' '<&- >&- 2>&-'; do
         rm -f out/*
         script closing <<<$'#!/bin/sh\nexec '"'$ZET_BIN/zet-client' --config '$HOST/zet.conf' -v commit-config $closed"
         capture strace -qq -o "$BASE/trace" -e trace=openat closing
-        assert_status 0
+        # What the report cannot be written to, the work can be done without.
+        expected=0
+        [[ $closed != *'>&-'* || $closed == '2>&-' ]] || expected=1
+        assert_status "$expected"
         assert_made one.conf $'x\n'
         # The last lines are those of the command; the dynamic linker's come before it has its streams.
         sed -n '/zet.conf"/,$p' "$BASE/trace" >"$BASE/opened"
         grep -q 'one.conf' "$BASE/opened"
         ! grep -E '= [012]$' "$BASE/opened" || return 1
-        grep -qE '"/dev/null", O_RDWR\) *= [0-9]' "$BASE/trace"
+        grep -qE '"/dev/null", O_RD(WR|ONLY)\) *= [0-9]' "$BASE/trace"
     done
 }
 

@@ -177,7 +177,7 @@ zet-client: nothing was changed"
     run_zet undo 1 1
     assert_refusal 2 "more than one change (undo them one after the other)"
     run_zet undo --force --merge
-    assert_refusal 2 "--force and --merge exclude each other"
+    assert_refusal 2 "--force and --merge exclude each other (leave one of them out)"
 }
 
 @test "where nothing was recorded, nothing can be undone" {
@@ -502,7 +502,7 @@ zet-client: nothing was changed"
     assert_success "$PLAIN: changed, merged with what was edited since"
     assert_file plain.conf $'size=4\na\nb\nc\ncolor=red\nmore\n'
     run_zet rollback-config --to 1 --merge --force
-    assert_refusal 2 "--merge excludes --force and --keep-edits"
+    assert_refusal 2 "--merge excludes --force and --keep-edits (leave it out, or them)"
     run_zet rollback-config --merge
     assert_refusal 2 "--merge goes with --to alone (--keep-edits leaves what was edited)"
 }
@@ -528,7 +528,7 @@ zet-client: nothing was changed"
     assert_success "$ONE: edited, stays as it is
 $TWO: removed, as there was none before"
     run_zet rollback-config --keep-edits --force
-    assert_refusal 2 "--force and --keep-edits exclude each other"
+    assert_refusal 2 "--force and --keep-edits exclude each other (leave one of them out)"
 }
 
 @test "the change that an undo names as the next one is kept" {

@@ -50,6 +50,64 @@ words() {
     assert_success undo
 }
 
+@test "a digit behind an option's letter makes no word that nobody wrote" {
+    remember_host
+    # refused GROUP COMMAND WORD...
+    refused() {
+        # shellcheck disable=SC2086
+        run_zet $2 "${@:3}"
+        assert_refusal 2 "The following argument was not expected: $1 (put \"--\" before a value that begins with \"-\", or see \"zet-client $2 --help\")"
+        assert_host_unchanged
+    }
+    refused -q10 'param set' conf a -q10
+    refused -v1 'param set' conf a -v1
+    refused -qn1 'param set' conf a -qn1
+    refused -q3 'line set' conf '^a' -q3
+    refused -q1 'template process' one.conf -q1 -n
+    refused -q1 'file reserve' -q1
+    refused -n1 history -n1
+    refused -n1 undo -n1
+    refused -q1 'history show' -q1 conf
+    run_zet param set --no-markers conf a -10
+    assert_status 0
+    run_zet param set --no-markers conf b -- -q10
+    assert_status 0
+    run_zet -m -q10 param set --no-markers conf c 3
+    assert_status 0
+    assert_file conf $'a=-10\n\nb=-q10\n\nc=3\n'
+}
+
+@test "what stands behind -- is no option" {
+    local before='put it before "--", or '
+    remember_host
+    # refused WORD REMEDY COMMAND WORD...
+    refused() {
+        # shellcheck disable=SC2086
+        words -c zet.conf $3 "${@:4}"
+        assert_refusal 2 "The following argument was not expected: $1 ($2see \"zet-client $3 --help\")"
+        assert_host_unchanged
+    }
+    refused --diff "$before" status -- --diff
+    refused -v "$before" 'template list' -- -v
+    refused -q "$before" values -- -q
+    refused --null "$before" 'file list' -- --null
+    refused --nope "" values -- --nope
+    refused --force "$before" 'param set' -n -- conf a 3 --force
+    refused b "" values -- b
+    words param -- set conf a 2
+    assert_refusal 2 'a command is missing (put "--" behind the command, or see "zet-client param --help")'
+    words -- param get conf a
+    assert_refusal 2 'a command is missing (put "--" behind the command, or see "zet-client --help")'
+    words -c zet.conf status -- --json
+    assert_json 'd["command"], d["errors"]' '[null, ["The following argument was not expected: --json (put it before \"--\", or see \"zet-client status --help\")"]]'
+    assert_host_unchanged
+    run_zet -m -- param set --no-markers conf a 2 --no-backup
+    assert_status 0
+    run_zet param set --no-markers -- conf b --
+    assert_status 0
+    assert_file conf $'a=2\n\nb=--\n'
+}
+
 @test "a mistake is told by all that is known" {
     run_zet template proces one.conf out
     assert_status 2
@@ -61,7 +119,7 @@ words() {
 
 @test "an option of a command that stands before it is told where it belongs" {
     run_zet param --no-markers set conf a 2
-    assert_refusal 2 'The following argument was not expected: --no-markers (put it behind its command, or see "zet-client --help")'
+    assert_refusal 2 'The following argument was not expected: --no-markers (put it behind its command, or see "zet-client param set --help")'
 }
 
 @test "a name that is too long is told to be that" {

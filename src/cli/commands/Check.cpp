@@ -4,6 +4,7 @@
 #include "cli/FileReport.h"
 #include "cli/Translation.h"
 #include "cli/commands/Registrations.h"
+#include "deploy/host/Failure.h"
 #include "deploy/state/ParameterNames.h"
 
 namespace ZET::Cli {
@@ -32,6 +33,8 @@ int CheckConfig(Session& session, const CheckOptions& asked) {
     report.Set("unused_values", nullptr);
     report.Set("checks_not_run", nullptr);
     report.AddList("problems");
+    if (asked.runChecks && asked.noChecks)
+        throw UsageError(_("--run-checks and --no-checks exclude each other (leave one of them out)"));
     const CheckResult checked = Check(session.Product(), asked.templates);
     TellChecksNotRun(session, checked.checksNotRun);
     for (const Problem& problem : checked.problems) {

@@ -1,9 +1,11 @@
 #include "cli/ExitStatus.h"
 #include "cli/FileReport.h"
+#include "cli/Translation.h"
 #include "cli/commands/EditArguments.h"
 #include "cli/commands/Registrations.h"
 #include "deploy/edit/Reserves.h"
 #include "deploy/history/Originals.h"
+#include "deploy/host/Failure.h"
 
 namespace ZET::Cli {
 
@@ -20,6 +22,8 @@ struct ListOptions {
 int ListAll(Session& session, const ListOptions& asked) {
     Report& out = session.Out();
     out.AddList("originals");
+    if (asked.null && session.Asked().json)
+        throw UsageError(_("--json and --null exclude each other (leave one of them out)"));
     for (const KeptOriginal& original : ListOriginals(session.Product())) {
         out.Add(
             "originals",

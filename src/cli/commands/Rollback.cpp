@@ -44,7 +44,8 @@ int RollbackConfig(Session& session, const RollbackOptions& asked) {
     if (!asked.entry.empty()) return RollBackToEntry(session, asked);
     if (asked.merge)
         throw UsageError(_("--merge goes with --to alone (--keep-edits leaves what was edited)"));
-    if (asked.force && asked.keepEdits) throw UsageError(_("--force and --keep-edits exclude each other"));
+    if (asked.force && asked.keepEdits)
+        throw UsageError(_("--force and --keep-edits exclude each other (leave one of them out)"));
     BeginTargets(session, TellTarget);
     const RollbackResult result = RollBack(session.Product(), asked.targets, {asked.force, asked.keepEdits});
     if (result.isKept) return kFailed;

@@ -13,19 +13,29 @@ namespace {
 
 constexpr std::size_t kMostMistypedLetters = 2;
 
-/// How many letters have to be inserted, removed or replaced to make one name of the other.
+/// How many letters have to be inserted, removed, replaced or swapped with the next one to make one name of
+/// the other.
 std::size_t DistanceOf(std::string_view one, std::string_view other) {
     std::vector<std::size_t> row(other.size() + 1);
     std::iota(row.begin(), row.end(), std::size_t{0});
+    std::vector<std::size_t> last(row), beforeLast(row);
     for (std::size_t i = 0; i < one.size(); ++i) {
-        std::size_t before = row[0]++;
+        beforeLast.swap(last);
+        last.swap(row);
+        row[0] = i + 1;
         for (std::size_t j = 0; j < other.size(); ++j) {
-            const std::size_t exchanged = before + (one[i] == other[j] ? 0 : 1);
-            before = row[j + 1];
-            row[j + 1] = std::min({exchanged, before + 1, row[j] + 1});
+            row[j + 1] = std::min({last[j] + (one[i] == other[j] ? 0 : 1), last[j + 1] + 1, row[j] + 1});
+            if (i > 0 && j > 0 && one[i] == other[j - 1] && one[i - 1] == other[j])
+                row[j + 1] = std::min(row[j + 1], beforeLast[j - 1] + 1);
         }
     }
     return row.back();
+}
+
+/// Two in a short name make another one of it.
+std::size_t MostMistypedLetters(std::string_view name) {
+    constexpr std::size_t kLettersOfOne = 3;
+    return std::clamp(name.size() / kLettersOfOne, std::size_t{1}, kMostMistypedLetters);
 }
 
 }  // namespace
@@ -72,7 +82,7 @@ std::string ParameterThatMakes(const std::string& name) {
 
 std::string NearestName(const std::string& name, const std::vector<std::string>& names) {
     std::string nearest;
-    std::size_t least = kMostMistypedLetters + 1;
+    std::size_t least = MostMistypedLetters(name) + 1;
     for (const std::string& candidate : names) {
         const std::size_t lengths =
             std::max(name.size(), candidate.size()) - std::min(name.size(), candidate.size());

@@ -147,6 +147,22 @@ TEST(ParameterCheck, NearNameIsFound) {
     EXPECT_EQ(NearestName("ZET_CONFIG_DIR", known), "");
 }
 
+TEST(ParameterCheck, LettersThatAreExchangedAreOneMistake) {
+    EXPECT_EQ(NearestName("lsit", {"set", "list"}), "list");
+    EXPECT_EQ(NearestName("hsitoyr", {"history"}), "history");
+    EXPECT_EQ(NearestName("--ot", {"--root", "--to"}), "--to");
+}
+
+TEST(ParameterCheck, ShortNameIsNoOtherWithTwoMistakes) {
+    EXPECT_EQ(NearestName("list", {"line"}), "");
+    EXPECT_EQ(NearestName("--to", {"--log", "--root"}), "");
+    EXPECT_EQ(NearestName("lsst", {"list"}), "list");
+    EXPECT_EQ(NearestName("ot", {"to"}), "to");
+    EXPECT_EQ(NearestName("statsu", {"status"}), "status");
+    EXPECT_EQ(NearestName("sttaus", {"status", "statue"}), "status");
+    EXPECT_EQ(NearestName("chnage", {"change"}), "change");
+}
+
 TEST(ParameterCheck, QuotesWithACommentBehindAreSeen) {
     for (const char* value : {"\"x\" # c", "'x y'\t#c", "\"\" #"})
         EXPECT_TRUE(IsQuotedWithComment(value)) << value;
