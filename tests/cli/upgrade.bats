@@ -326,8 +326,8 @@ zet-client: nothing was changed"
 }
 
 @test "names of one file are wrong use" {
-    run_zet template upgrade one.conf ./one.conf
-    assert_refusal 2 "NAME \"./one.conf\" is installed into the files of \"one.conf\" too (name each file once)"
+    run_zet template upgrade one.conf one.conf
+    assert_refusal 2 "NAME \"one.conf\" is installed into the files of \"one.conf\" too (name each file once)"
 }
 
 @test "quiet tells changes only" {

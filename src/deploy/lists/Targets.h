@@ -99,6 +99,9 @@ inline constexpr char kTargetList[] = "targets.toml";
 /// The list of targets, in the directory of the pristine templates.
 std::string TargetListFile(Host& host);
 
+/// Whether a template of this name would not stand below the directory of the templates.
+bool LeavesTemplates(std::string_view templateName);
+
 /// Whether a template of this name would stand among lists or values.
 bool IsAmongLists(std::string_view templateName);
 

@@ -148,10 +148,13 @@ std::vector<FilesToWrite> FilesOf(const std::vector<Installation>& installations
 }  // namespace
 
 void RequireTemplateName(const std::string& name) {
-    if (name.empty() || name.front() == '/' || name.back() == '/' || HasStepUp(name)) {
+    if (LeavesTemplates(name)) {
         throw UsageError(
             Words("NAME \"%s\" leaves the directory of the templates (name a template below it)", name));
     }
+    if (!IsPlainName(name))
+        throw UsageError(Words("NAME \"%s\" has parts that lead nowhere (write \"%s\")", name,
+                               Normalised(name).substr(1)));
     if (name == kTargetList || IsAmongLists(name))
         throw UsageError(
             Words("NAME \"%s\" is no template, but one of the lists or values (name a template)", name));

@@ -65,7 +65,8 @@ class TemplateProcess {
     std::unique_ptr<Writing> m_writing;
 };
 
-/// A `UsageError` unless the name stays in the directory of the templates.
+/// A `UsageError` unless the name stays in the directory of the templates, and is the one that lists can
+/// have.
 void RequireTemplateName(const std::string& name);
 
 }  // namespace ZET::Deploy
