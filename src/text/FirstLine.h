@@ -6,6 +6,9 @@
 
 namespace ZET::Text {
 
+/// U+FEFF, by which some programs say at the beginning of a file that it is UTF-8.
+inline constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+
 /// The first line of a text that is not empty: the notice goes in front of it.
 struct FirstLine {
     std::size_t number = 0;  ///< 0: there is none

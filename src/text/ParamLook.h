@@ -19,7 +19,8 @@ struct ParamLine {
         SetWithBlanks,  ///< "name = value", which the module does not take for the parameter
         CommentedOut,   ///< "#name=value", which it does take for it when it sets one
         Mentioned,      ///< commented out in a way in which it does not
-        Former          ///< kept before a managed block
+        Former,         ///< kept before a managed block
+        BehindMark      ///< as one of the first two, which the module does not see behind a byte order mark
     };
 
     Form form = Form::Set;

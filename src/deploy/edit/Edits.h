@@ -1,6 +1,7 @@
 #ifndef ZET_EDITS_H
 #define ZET_EDITS_H
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -30,6 +31,10 @@ std::string FileToEdit(const Host& host, const std::string& file);
 /// A `Failure` when an edit as the caller wants it would put a notice in front of a first line that has to
 /// stay the first.
 void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text, const EditOptions& options);
+
+/// The module takes a byte order mark for a part of its line, and would add another line to one that it does
+/// not find behind it.
+[[noreturn]] void FailOfByteOrderMark(const std::string& path, std::size_t line);
 
 /// A line that is going to be set in that text, with an end like the others there; mixed ends are told.
 std::string LineToSet(Observer& observer, const std::string& path, const Text::TextToEdit& text,

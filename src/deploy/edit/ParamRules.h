@@ -21,6 +21,9 @@ struct FoundParam {
 /// would see two. `command` is what takes a PATTERN instead, and `effect` what it does to the line.
 void RequireNoBlanks(const FoundParam& found, const std::string& command, const std::string& effect);
 
+/// No line sets it behind a byte order mark, where it stays what it is, too.
+void RequireNoMarkBefore(const FoundParam& found);
+
 /// Only one section of the file has it; of the lines that a lookup, an edit or a restore would take.
 void RequireOneSectionToGet(const FoundParam& found);
 void RequireOneSectionToSet(const FoundParam& found);
