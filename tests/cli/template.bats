@@ -306,11 +306,14 @@ zet-client: warning: --value: [one.conf] does not use \${nix} (correct its name)
 }
 
 @test "process of a template that is missing fails" {
-    run_zet template process none.conf out
-    assert_status 1
-    assert_output ""
+    local target
+    for target in out -; do
+        run_zet template process none.conf "$target"
+        assert_status 1
+        assert_output ""
+        assert_equal "${stderr%%)*}" "zet-client: error: $HOST/templates/none.conf: the template is missing (correct its name, or ZET_CFG_TEMPL_DIR"
+    done
     assert_absent out
-    assert_equal "${stderr%% (*}" "zet-client: error: $HOST/templates/none.conf: the template is missing"
 }
 
 @test "process refuses a target that is no regular file" {

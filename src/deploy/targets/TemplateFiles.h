@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "deploy/host/Failure.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/Host.h"
 #include "deploy/state/Recording.h"
@@ -33,6 +34,9 @@ std::string WorkingCopy(Host& host, const std::string& templateName);
 std::string TemplateFile(Host& host, const std::string& templateName);
 
 TemplateFiles FilesOfTemplate(Host& host, const std::string& name);
+
+/// That there is none of the name that the caller gave.
+Failure MissingTemplate(const TemplateFiles& files);
 
 /// The templates of these names, of the host's role all that the list has where there are none. A name that
 /// leaves the directory of the templates is a `UsageError`.

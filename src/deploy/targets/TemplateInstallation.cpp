@@ -38,11 +38,7 @@ class Installation {
     /// Throws whatever would keep it from being installed; until all were checked, none is installed.
     void Check() {
         RequireInside(m_product, m_files);
-        if (!IsFileExist(m_pristine)) {
-            throw Failure({.file = m_pristine,
-                           .text = _("the template is missing"),
-                           .remedy = _("correct its name, or ZET_CFG_TEMPL_DIR")});
-        }
+        if (!IsFileExist(m_pristine)) throw MissingTemplate(m_files);
         RequireReadableFile(m_pristine);
         for (const std::string& file : {m_pristine, m_path})
             RequireOwnInstruction(m_product.HostPaths(), file);
