@@ -564,6 +564,20 @@ $TWO: edited, stays as it is"
     assert_absent "$ONE.before_zet"
 }
 
+@test "a target that was removed with its reserve is forgotten, and told where its original is kept" {
+    zet -q commit-config
+    rm "$ONE" "$ONE.before_zet" "$TWO"
+    local words
+    for words in "rollback-config -n" rollback-config; do
+        run_zet $words
+        [[ $output == *"$ONE: is not there (\"history $ONE\" tells what is kept of it)"$'\n'*"$TWO: is not there, as before"$'\n'* ]] ||
+            differ "$words" told "$output"
+    done
+    assert_status 0
+    run_zet history show 1 "$ONE"
+    assert_success old
+}
+
 @test "a target whose reserve was removed is forgotten by force alone" {
     zet -q commit-config
     rm "$ONE.before_zet"

@@ -33,6 +33,9 @@ struct EditToTakeBack {
 EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& knownFiles, const WrittenFile& file,
                           bool isForced);
 
+/// What is told of a file that has no reserve to go back to, and may be gone itself.
+std::string WordsOfNoReserve(Host& host, const WrittenFile& file);
+
 /// What is told of a file that is kept, and of one that loses its blocks alone. `force` puts it back, or
 /// forgets it.
 std::string WordsOfKept(const WrittenFile& file, const std::string& force);
