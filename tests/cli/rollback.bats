@@ -151,10 +151,12 @@ $TWO: not committed"
     echo x >out/other
     remember_files
     local name
-    for name in out/other one.conf /nowhere ''; do
+    for name in out/other one.conf /nowhere; do
         run_zet rollback-config "$ONE" "$name"
         assert_refusal 2 "$name: is no target of the role client (\"status\" lists them; \"file restore\" puts any other file back)"
     done
+    run_zet rollback-config "$ONE" ""
+    assert_refusal 2 "FILE is empty (name a file)"
     assert_unchanged_but_staging
 }
 
