@@ -9,6 +9,9 @@ namespace ZET::Text {
 /// As a shell takes it for one word: in quotes where it has to be.
 std::string ShellWord(std::string_view word);
 
+/// The same of a file, that no program takes for an option.
+std::string ShellPath(std::string_view path);
+
 }  // namespace ZET::Text
 
 #endif

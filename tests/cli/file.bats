@@ -77,6 +77,20 @@ teardown() {
     assert_refusal 1 'conf:1: a notice has no end marker, and takes all lines after it with it ("zet-client doctor conf" tells a repair)'
 }
 
+@test "the command that tells a repair can be pasted, whatever the file is called" {
+    local name
+    for name in "d d" -dd "it's" 's*' "d'd *"; do
+        printf '# ---ZET_BEGIN---\na=1\n' >"./$name"
+        run_zet file strip -- "$name"
+        assert_status 1
+        [[ $stderr == *'("zet-client doctor '*'" tells a repair)'* ]] || differ "$name" told "$stderr"
+        stderr=${stderr#*\(\"zet-client }
+        eval "run_zet ${stderr%%\" tells*}"
+        assert_status 1
+        [[ $output == *"$name:1: a begin marker has no end marker"* ]] || differ "$name" repair "$output$stderr"
+    done
+}
+
 @test "strip of a file that does not exist fails" {
     run_zet file strip nofile
     assert_refusal 1 "nofile: does not exist (create it, or correct the path)"
