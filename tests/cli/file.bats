@@ -157,6 +157,33 @@ teardown() {
     assert_host_unchanged
 }
 
+@test "restore and forget of what can have no reserve fail, and what stands in the way of one is told" {
+    mkfifo pipe
+    ln -s gone link
+    remember_host
+    local words
+    for words in restore forget "restore -n" "forget -n"; do
+        run_zet file $words etc
+        assert_refusal 1 "etc: is a directory (name a file in it)"
+        run_zet file $words /
+        assert_refusal 1 "/: is a directory (name a file in it)"
+        run_zet file $words pipe
+        assert_refusal 1 "pipe: is no regular file (name a regular file)"
+        run_zet file $words /dev/null
+        assert_refusal 1 "/dev/null: is no regular file (name a regular file)"
+        run_zet file $words nofile
+        assert_status 0
+        run_zet file $words link
+        assert_status 0
+    done
+    assert_host_unchanged
+    zet file reserve conf
+    rm conf
+    mkdir conf
+    run_zet file restore conf
+    assert_refusal 1 "conf: is a directory (name a file in it)"
+}
+
 @test "restore of a file that was not there before leaves it and says so" {
     zet file reserve new
     echo made >new
