@@ -128,6 +128,8 @@ teardown() {
     assert_refusal 1 "etc: is a directory (name a file in it)"
     run_zet file reserve nodir/file
     assert_refusal 1 "nodir: is no directory that nodir/file can be in (create it, or correct the path)"
+    run_zet file reserve conf/file
+    assert_refusal 1 "conf: is no directory that conf/file can be in (correct the path)"
 }
 
 @test "restore puts the reserve back, mode and all" {

@@ -35,6 +35,9 @@ Problem ProblemOfLinkToNothing(const std::string& path);
 /// What is wrong with what is there, and is no regular file where one has to be.
 Problem ProblemOfIrregular(const std::string& path, const FileState& state);
 
+/// What is wrong where the file's directory is none.
+Problem ProblemOfNoDirectory(const std::string& path);
+
 /// What keeps a file from being replaced by another, or removed, though its directory can be written.
 std::optional<Problem> CheckReplaceable(const std::string& path);
 
