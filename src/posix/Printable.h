@@ -26,14 +26,21 @@ inline std::size_t CharacterAt(std::string_view text, std::size_t position) {
     return size;
 }
 
+/// Whether what follows the character is read from the other side, so that a name passes for another one. In
+/// UTF-8, where these stand in two rows.
+inline bool TurnsDirection(std::string_view character) {
+    return (character >= "\xe2\x80\xaa" && character <= "\xe2\x80\xae") ||
+           (character >= "\xe2\x81\xa6" && character <= "\xe2\x81\xa9");
+}
+
 /// Whether a terminal may take what is at `position` for a command: its size then, else 0. A byte that is no
 /// character is one to a terminal with another coding.
 inline std::size_t ControlCharacterAt(std::string_view text, std::size_t position) {
     const auto byte = static_cast<unsigned char>(text[position]);
     if (byte < 0x20 || byte == 0x7F || CharacterAt(text, position) == 0) return 1;
     // The control characters beyond ASCII: some terminals obey them as well.
-    if (byte != 0xC2) return 0;
-    return static_cast<unsigned char>(text[position + 1]) <= 0x9F ? 2 : 0;
+    if (byte == 0xC2) return static_cast<unsigned char>(text[position + 1]) <= 0x9F ? 2 : 0;
+    return TurnsDirection(text.substr(position, 3)) ? 3 : 0;
 }
 
 /// "\n" or "\x1b".
