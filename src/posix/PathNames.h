@@ -67,6 +67,11 @@ inline std::string Normalised(std::string_view path) {
     return result.empty() ? "/" : result;
 }
 
+/// Whether the relative name of something below a directory has no other spelling that is shorter.
+inline bool IsPlainName(std::string_view name) {
+    return Normalised(name) == "/" + std::string(name);
+}
+
 }  // namespace ZET
 
 #endif

@@ -26,14 +26,21 @@ inline std::size_t CharacterAt(std::string_view text, std::size_t position) {
     return size;
 }
 
+/// Whether the character reverses the direction of the text behind it, so that a name looks like another one.
+/// In UTF-8, these characters form two ranges.
+inline bool TurnsDirection(std::string_view character) {
+    return (character >= "\xe2\x80\xaa" && character <= "\xe2\x80\xae") ||
+           (character >= "\xe2\x81\xa6" && character <= "\xe2\x81\xa9");
+}
+
 /// The size of what a terminal may obey as a command at `position`; 0 if there is none. A byte that is not
 /// part of a character may be a command to a terminal with another encoding.
 inline std::size_t ControlCharacterAt(std::string_view text, std::size_t position) {
     const auto byte = static_cast<unsigned char>(text[position]);
     if (byte < 0x20 || byte == 0x7F || CharacterAt(text, position) == 0) return 1;
     // Control characters beyond ASCII, which some terminals also obey.
-    if (byte != 0xC2) return 0;
-    return static_cast<unsigned char>(text[position + 1]) <= 0x9F ? 2 : 0;
+    if (byte == 0xC2) return static_cast<unsigned char>(text[position + 1]) <= 0x9F ? 2 : 0;
+    return TurnsDirection(text.substr(position, 3)) ? 3 : 0;
 }
 
 /// "\n" or "\x1b".

@@ -8,8 +8,6 @@ namespace ZET::Text {
 
 namespace {
 
-constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
-
 std::string_view WithoutBlanks(std::string_view text) {
     constexpr char kBlanks[] = " \t\r";
     text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));

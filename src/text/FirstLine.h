@@ -6,6 +6,9 @@
 
 namespace ZET::Text {
 
+/// U+FEFF, with which some programs mark at the beginning of a file that it is UTF-8.
+inline constexpr std::string_view kByteOrderMark = "\xef\xbb\xbf";
+
 /// The first non-empty line of a text; the notice goes before it.
 struct FirstLine {
     std::size_t number = 0;  ///< 0 if there is none

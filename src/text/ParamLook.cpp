@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "text/FirstLine.h"
 #include "text/Lines.h"
 #include "text/NextPlace.h"
 
@@ -40,7 +41,17 @@ NameAndSign LookForName(std::string_view text, std::string_view name) {
     return {text.starts_with('='), hasBlanks};
 }
 
+std::optional<Form> FormOf(std::string_view line, std::string_view name);
+
+std::optional<Form> FormBehindMark(std::string_view line, std::string_view name) {
+    const std::optional<Form> form = FormOf(line, name);
+    if (form == Form::Set || form == Form::SetWithBlanks) return Form::BehindMark;
+    return form == Form::CommentedOut || form == Form::Mentioned ? std::optional(Form::Mentioned)
+                                                                 : std::nullopt;
+}
+
 std::optional<Form> FormOf(std::string_view line, std::string_view name) {
+    if (line.starts_with(kByteOrderMark)) return FormBehindMark(line.substr(kByteOrderMark.size()), name);
     const bool isFormer = MarkerOf(line) == Marker::FormerLine;
     if (isFormer) line.remove_prefix(MarkerText(Marker::FormerLine).size());
     const bool isCommentedOut = Skip(line, "#");

@@ -19,7 +19,8 @@ struct ParamLine {
         SetWithBlanks,  ///< "name = value", which the module does not recognise
         CommentedOut,   ///< "#name=value", which the module replaces when it sets the parameter
         Mentioned,      ///< commented out in a form that the module does not recognise
-        Former          ///< kept before a managed block
+        Former,         ///< kept before a managed block
+        BehindMark      ///< as one of the first two, but the module does not see it behind a byte order mark
     };
 
     Form form = Form::Set;

@@ -4,10 +4,15 @@ namespace ZET::Text {
 
 namespace {
 
+/// What stands for a word, or the end of one, that the history hides: nobody calls that again.
+constexpr std::string_view kHidden = "***";
+
 bool NeedsQuotes(std::string_view word) {
     constexpr std::string_view kPlain =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_@%+=:,./-*";
-    return word.empty() || word.find_first_not_of(kPlain) != std::string_view::npos;
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_@%+=:,./-";
+    if (word.empty()) return true;
+    if (word.ends_with(kHidden)) word.remove_suffix(kHidden.size());
+    return word.find_first_not_of(kPlain) != std::string_view::npos;
 }
 
 }  // namespace
@@ -18,6 +23,10 @@ std::string ShellWord(std::string_view word) {
     for (const char c : word)
         quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
     return quoted + "'";
+}
+
+std::string ShellPath(std::string_view path) {
+    return ShellWord((path.starts_with('-') ? "./" : "") + std::string(path));
 }
 
 }  // namespace ZET::Text

@@ -9,6 +9,9 @@ namespace ZET::Text {
 /// The word in a form that a shell reads as one word, quoted if necessary.
 std::string ShellWord(std::string_view word);
 
+/// The same of a file, that no program takes for an option.
+std::string ShellPath(std::string_view path);
+
 }  // namespace ZET::Text
 
 #endif

@@ -77,6 +77,20 @@ teardown() {
     assert_refusal 1 'conf:1: a notice has no end marker, and takes all lines after it with it ("zet-client doctor conf" tells a repair)'
 }
 
+@test "the command that tells a repair can be pasted, whatever the file is called" {
+    local name
+    for name in "d d" -dd "it's" 's*' "d'd *"; do
+        printf '# ---ZET_BEGIN---\na=1\n' >"./$name"
+        run_zet file strip -- "$name"
+        assert_status 1
+        [[ $stderr == *'("zet-client doctor '*'" tells a repair)'* ]] || differ "$name" told "$stderr"
+        stderr=${stderr#*\(\"zet-client }
+        eval "run_zet ${stderr%%\" tells*}"
+        assert_status 1
+        [[ $output == *"$name:1: a begin marker has no end marker"* ]] || differ "$name" repair "$output$stderr"
+    done
+}
+
 @test "strip of a file that does not exist fails" {
     run_zet file strip nofile
     assert_refusal 1 "nofile: does not exist (create it, or correct the path)"
@@ -114,6 +128,8 @@ teardown() {
     assert_refusal 1 "etc: is a directory (name a file in it)"
     run_zet file reserve nodir/file
     assert_refusal 1 "nodir: is no directory that nodir/file can be in (create it, or correct the path)"
+    run_zet file reserve conf/file
+    assert_refusal 1 "conf: is no directory that conf/file can be in (correct the path)"
 }
 
 @test "restore puts the reserve back, mode and all" {
@@ -141,6 +157,33 @@ teardown() {
     run_zet file restore conf
     assert_success "conf: unchanged, nothing to put back"
     assert_host_unchanged
+}
+
+@test "restore and forget of what can have no reserve fail, and what stands in the way of one is told" {
+    mkfifo pipe
+    ln -s gone link
+    remember_host
+    local words
+    for words in restore forget "restore -n" "forget -n"; do
+        run_zet file $words etc
+        assert_refusal 1 "etc: is a directory (name a file in it)"
+        run_zet file $words /
+        assert_refusal 1 "/: is a directory (name a file in it)"
+        run_zet file $words pipe
+        assert_refusal 1 "pipe: is no regular file (name a regular file)"
+        run_zet file $words /dev/null
+        assert_refusal 1 "/dev/null: is no regular file (name a regular file)"
+        run_zet file $words nofile
+        assert_status 0
+        run_zet file $words link
+        assert_status 0
+    done
+    assert_host_unchanged
+    zet file reserve conf
+    rm conf
+    mkdir conf
+    run_zet file restore conf
+    assert_refusal 1 "conf: is a directory (name a file in it)"
 }
 
 @test "restore of a file that was not there before leaves it and says so" {

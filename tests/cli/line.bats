@@ -92,6 +92,19 @@ $(block new)"
     assert_file conf $'first one\nsecond\n\nlast\nadded line\n'
 }
 
+@test "set adds no line beside one that a byte order mark keeps from matching" {
+    printf '\xef\xbb\xbfa=1\nb=2\n' >bom
+    remember_host
+    local options
+    for options in "" --no-markers "--no-markers --no-section"; do
+        run_zet line set $options bom '^a=' a=2
+        assert_refusal 1 "bom:1: begins with a byte order mark, behind which nothing is found (save the file without the mark)"
+    done
+    assert_host_unchanged
+    zet -q line set --no-markers --no-backup bom '^[^a]*a=' a=2
+    assert_file bom $'a=2\nb=2\n'
+}
+
 @test "set a second time changes the block, whether the pattern also fits the kept line or not" {
     zet line set conf one 'one 1'
     run_zet line set conf one 'one 2'

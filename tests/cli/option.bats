@@ -102,6 +102,32 @@ REALM=NEW
     assert_files_unchanged
 }
 
+@test "set refuses a value that templates can make nothing of, and takes it where none asks for it" {
+    mkdir -p etc templates
+    printf '%s\n' "ZET_CFG_DIR=$HOST/etc" "ZET_CFG_TEMPL_DIR=$HOST/templates" >>zet.conf
+    printf '[templates."a"]\ntarget = "%s/a"\nroles = "client"\n' "$HOST" >templates/targets.toml
+    printf 'a = ${domain}\nb = ${realm}\nc = ${site}\n' >templates/a
+    zet -q option set SITE berlin
+    remember_host
+    local broken="the option would break the configuration file:"
+    run_zet option set DOMAIN ''
+    assert_refusal 1 "$broken DOMAIN is empty, so that \${domain} has no value (give it a value)"
+    run_zet option set -n REALM ''
+    assert_refusal 1 "$broken REALM is empty, so that \${realm} has no value (give it a value)"
+    run_zet option set REALM '${x}'
+    assert_refusal 1 "$broken $HOST/templates/a:2:5: placeholder \"\${x}\" has no value (use one that \"values\" lists, or correct its name)"
+    run_zet option set SITE '${x}'
+    assert_refusal 1 "$broken $HOST/templates/a:3:5: placeholder \"\${x}\" has no value (use one that \"values\" lists, or correct its name)"
+    run_zet option set REALM '${realm}'
+    assert_status 1
+    assert_host_unchanged
+    zet -q option set REALM '${site}.ORG'
+    zet -q option set SITE ''
+    zet -q option set SERVER ''
+    zet -q check-config
+    PROGRAM=$ZET_BIN/zet-init zet -q option set DOMAIN ''
+}
+
 @test "set refuses a language that the host does not have, and takes an empty one for C" {
     remember_host
     local language

@@ -141,6 +141,23 @@ $(block b=2)
     assert_file conf $'a=3\nb=2'
 }
 
+@test "a line behind a byte order mark is not set twice, and the remedy works" {
+    printf '\xef\xbb\xbfkdc=old\nb=2\n' >bom
+    remember_host
+    local told="bom:1: begins with a byte order mark, behind which nothing is found (save the file without the mark)" words
+    for words in "get bom kdc" "set bom kdc new" "set --no-markers bom kdc new" "set --no-section bom kdc new" "unset --no-markers bom kdc"; do
+        run_zet param $words
+        assert_refusal 1 "$told"
+    done
+    assert_host_unchanged
+    run_zet param set --no-markers --no-backup bom b 3
+    assert_success "bom: changed"
+    assert_file bom $'\xef\xbb\xbfkdc=old\nb=3\n'
+    tail -c +4 bom >nobom
+    zet -q param set --no-markers --no-backup nobom kdc new
+    assert_file nobom $'kdc=new\nb=3\n'
+}
+
 @test "set without a backup leaves no reserve" {
     run_zet param set --no-backup conf kdc new
     assert_success "conf: changed"

@@ -151,10 +151,12 @@ $TWO: not committed"
     echo x >out/other
     remember_files
     local name
-    for name in out/other one.conf /nowhere ''; do
+    for name in out/other one.conf /nowhere; do
         run_zet rollback-config "$ONE" "$name"
         assert_refusal 2 "$name: is no target of the role client (\"status\" lists them; \"file restore\" puts any other file back)"
     done
+    run_zet rollback-config "$ONE" ""
+    assert_refusal 2 "FILE is empty (name a file)"
     assert_unchanged_but_staging
 }
 
@@ -562,6 +564,20 @@ $TWO: edited, stays as it is"
     zet -q undo 1
     assert_file "$ONE" $'old\n'
     assert_absent "$ONE.before_zet"
+}
+
+@test "a target that was removed with its reserve is forgotten, and told where its original is kept" {
+    zet -q commit-config
+    rm "$ONE" "$ONE.before_zet" "$TWO"
+    local words
+    for words in "rollback-config -n" rollback-config; do
+        run_zet $words
+        [[ $output == *"$ONE: is not there (\"history $ONE\" tells what is kept of it)"$'\n'*"$TWO: is not there, as before"$'\n'* ]] ||
+            differ "$words" told "$output"
+    done
+    assert_status 0
+    run_zet history show 1 "$ONE"
+    assert_success old
 }
 
 @test "a target whose reserve was removed is forgotten by force alone" {

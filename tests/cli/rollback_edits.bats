@@ -131,7 +131,7 @@ teardown() {
     rm other
     run_zet rollback-config
     assert_status 0
-    [[ $output == *"$HOST/other: is not there"* ]]
+    [[ $output == *"$HOST/other: is not there (\"history $HOST/other\" tells what is kept of it)"* ]]
     assert_absent other
 }
 

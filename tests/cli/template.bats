@@ -74,11 +74,8 @@ $HOST/etc/two.conf: created"
 @test "install of one file under two names is wrong use, and loses no edit" {
     echo mine >etc/two.conf
     remember_host
-    local again
-    for again in two.conf ./two.conf; do
-        run_zet template install --force two.conf "$again"
-        assert_refusal 2 "NAME \"$again\" is installed into the files of \"two.conf\" too (name each file once)"
-    done
+    run_zet template install --force two.conf two.conf
+    assert_refusal 2 "NAME \"two.conf\" is installed into the files of \"two.conf\" too (name each file once)"
     ln -s two.conf etc/one.conf
     remember_host
     run_zet template install --force two.conf one.conf
@@ -132,6 +129,22 @@ $HOST/etc/two.conf.old: created"
         run_zet template process "$name" out
         assert_refusal 2 "NAME \"$name\" leaves the directory of the templates (name a template below it)"
     done
+}
+
+@test "a template has one name, by which the list knows whether it is a secret" {
+    list_two 'secret = true' 'mode = "0600"'
+    zet -q commit-config
+    remember_host
+    local name words
+    for name in ./two.conf .//two.conf two.conf/.; do
+        for words in "install $name" "process $name two" "process $name plain" "process $name -" "status $name" "diff $name" "upgrade $name"; do
+            run_zet template $words
+            assert_refusal 2 "NAME \"$name\" has parts that lead nowhere (write \"two.conf\")"
+        done
+    done
+    run_zet template install .
+    assert_refusal 2 "NAME \".\" leaves the directory of the templates (name a template below it)"
+    assert_host_unchanged
 }
 
 @test "what is a list or a value is no template" {
@@ -293,11 +306,14 @@ zet-client: warning: --value: [one.conf] does not use \${nix} (correct its name)
 }
 
 @test "process of a template that is missing fails" {
-    run_zet template process none.conf out
-    assert_status 1
-    assert_output ""
+    local target
+    for target in out -; do
+        run_zet template process none.conf "$target"
+        assert_status 1
+        assert_output ""
+        assert_equal "${stderr%%)*}" "zet-client: error: $HOST/templates/none.conf: the template is missing (correct its name, or ZET_CFG_TEMPL_DIR"
+    done
     assert_absent out
-    assert_equal "${stderr%% (*}" "zet-client: error: $HOST/templates/none.conf: the template is missing"
 }
 
 @test "process refuses a target that is no regular file" {

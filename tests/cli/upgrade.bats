@@ -121,7 +121,18 @@ $HOST/etc/two.conf: edited"
     run_zet template status ../none.conf
     assert_status 2
     run_zet template upgrade none.conf
-    assert_refusal 1 "$HOST/etc/none.conf: there is no such working copy (\"zet-client template install none.conf\" makes it)"
+    assert_refusal 1 "$HOST/templates/none.conf: the template is missing (correct its name, or ZET_CFG_TEMPL_DIR)"
+}
+
+@test "a working copy that is not there is made by the command that is told" {
+    rm etc/one.conf
+    run_zet template upgrade one.conf
+    assert_refusal 1 "$HOST/etc/one.conf: there is no such working copy (\"zet-client template install one.conf\" makes it)"
+    zet -q template install one.conf
+    zet -q template upgrade one.conf
+    mkdir templates/sub
+    run_zet template upgrade sub
+    assert_refusal 1 "$HOST/templates/sub: is a directory (name a file in it)"
 }
 
 @test "diff shows how the shipped one differs, fit for patch" {
@@ -326,8 +337,8 @@ zet-client: nothing was changed"
 }
 
 @test "names of one file are wrong use" {
-    run_zet template upgrade one.conf ./one.conf
-    assert_refusal 2 "NAME \"./one.conf\" is installed into the files of \"one.conf\" too (name each file once)"
+    run_zet template upgrade one.conf one.conf
+    assert_refusal 2 "NAME \"one.conf\" is installed into the files of \"one.conf\" too (name each file once)"
 }
 
 @test "quiet tells changes only" {

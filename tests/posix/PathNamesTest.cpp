@@ -65,5 +65,12 @@ TEST(PathNamesTest, NormalisedPathHasNoStepsThatLeadNowhere) {
     EXPECT_EQ(Normalised(""), "/");
 }
 
+TEST(PathNamesTest, PlainNameHasNoPartsThatLeadNowhere) {
+    for (const char* name : {"x", "a/b", "..x", ".x", "a/.b", "x."})
+        EXPECT_TRUE(IsPlainName(name)) << name;
+    for (const char* name : {"/", ".", "./x", "x/.", "a//b", "a/./b", "a/../b", "x/", "/x"})
+        EXPECT_FALSE(IsPlainName(name)) << name;
+}
+
 }  // namespace
 }  // namespace ZET

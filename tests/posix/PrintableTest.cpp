@@ -35,6 +35,19 @@ TEST(PrintableTest, EveryLateControlCharacterIsEscaped) {
     }
 }
 
+TEST(PrintableTest, WhatTurnsTheDirectionIsEscaped) {
+    EXPECT_EQ(Printable("a\xe2\x80\xae"
+                        "fnoc"),
+              "a\\xe2\\x80\\xaefnoc");
+    for (int byte = 0x80; byte < 0xc0; byte++) {
+        const std::string embedding = {'\xe2', '\x80', static_cast<char>(byte)};
+        EXPECT_EQ(Printable(embedding) == embedding, byte < 0xaa || byte > 0xae) << byte;
+        const std::string isolate = {'\xe2', '\x81', static_cast<char>(byte)};
+        EXPECT_EQ(Printable(isolate) == isolate, byte < 0xa6 || byte > 0xa9) << byte;
+    }
+    EXPECT_EQ(Printable("\xe2\x80\x8f\xd7\x90"), "\xe2\x80\x8f\xd7\x90") << "a mark alone turns nothing";
+}
+
 TEST(PrintableTest, WhatIsNoCharacterIsEscaped) {
     EXPECT_EQ(Printable("a\x9b"
                         "31m"),

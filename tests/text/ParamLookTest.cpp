@@ -27,7 +27,7 @@ ParamLook LookedAt(const std::string& text, const std::string& name = "kdc") {
 
 /// "FORM LINE SECTION", with "*" for a line in a block.
 std::vector<std::string> Found(const ParamLook& look) {
-    static const char* const kForms[] = {"set", "blanks", "comment", "mentioned", "former"};
+    static const char* const kForms[] = {"set", "blanks", "comment", "mentioned", "former", "mark"};
     std::vector<std::string> found;
     for (const ParamLine& line : look.Lines()) {
         found.push_back(kForms[static_cast<int>(line.form)] + (" " + std::to_string(line.number)) + " " +
@@ -53,6 +53,15 @@ TEST(ParamLook, LinesThatItDoesNot) {
     EXPECT_THAT(FoundIn("# kdc = a\n;kdc=a\n #kdc=a\n# ; kdc=a\n"),
                 ElementsAre("mentioned 1 0", "mentioned 2 0", "mentioned 3 0", "mentioned 4 0"));
     EXPECT_THAT(FoundIn("# --PRE-ZET-- kdc = a\n"), IsEmpty());
+}
+
+TEST(ParamLook, LinesBehindAByteOrderMark) {
+    const std::string mark = "\xef\xbb\xbf";
+    EXPECT_THAT(FoundIn(mark + "kdc=a\nkdc=b\n"), ElementsAre("mark 1 0", "set 2 0"));
+    EXPECT_THAT(FoundIn("x=1\n" + mark + " kdc = a\n"), ElementsAre("mark 2 0"));
+    EXPECT_THAT(FoundIn(mark + "#kdc=a\n" + mark + "; kdc=a\n"),
+                ElementsAre("mentioned 1 0", "mentioned 2 0"));
+    EXPECT_THAT(FoundIn(mark + "# --PRE-ZET-- kdc=a\n" + mark + "x=kdc\n" + mark), IsEmpty());
 }
 
 TEST(ParamLook, OtherLines) {

@@ -10,6 +10,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/EditRules.h"
+#include "text/FirstLine.h"
 #include "text/LineEnds.h"
 #include "text/Lines.h"
 #include "zet/ZETFormat.h"
@@ -41,6 +42,15 @@ std::string GivenText(const PartEdit& edit, const EditOptions& options) {
     return (options.section ? markers : "") + std::string(edit.Part().lines);
 }
 
+/// Where only the mark keeps the pattern from the first line, another one would be added to it.
+void RequireNoMarkBefore(IZETCore& core, const PartEdit& edit, const std::string& pattern) {
+    std::string_view lines = edit.Part().lines;
+    if (!lines.starts_with(Text::kByteOrderMark)) return;
+    const std::string line(Text::TakeLine(lines).text);
+    if (!Selects(core, pattern, line) && Selects(core, pattern, line.substr(Text::kByteOrderMark.size())))
+        FailOfByteOrderMark(edit.Path(), 1);
+}
+
 }  // namespace
 
 std::optional<std::string> GetLine(Deployment& product, const std::string& path, const std::string& pattern,
@@ -61,6 +71,7 @@ FileOutcome SetLine(Deployment& product, const std::string& file, const std::str
     RequireSectionName(options.section);
     PartEdit edit(product, file, options);
     edit.ReadAll();
+    RequireNoMarkBefore(product.Core(), edit, pattern);
     const std::string selection =
         PatternForSet(product.Core(), edit.Path(), GivenText(edit, options), pattern);
     const std::string newLine = LineToSet(product.Out(), edit.Path(), edit.Text(), line);

@@ -20,11 +20,13 @@
 #include "deploy/state/Overrides.h"
 #include "deploy/state/OwnDirectories.h"
 #include "deploy/state/OwnText.h"
+#include "deploy/targets/Assumptions.h"
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/PlaceCheck.h"
 #include "deploy/targets/RememberedLines.h"
 #include "deploy/targets/UnknownNames.h"
 #include "text/Lines.h"
+#include "text/Placeholders.h"
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
@@ -101,6 +103,14 @@ void RequireSoundLine(Deployment& product, const std::string& name, const std::s
     if (const auto problem = product.Values().ProblemOfName(name)) FailToSet(Failure(*problem));
     const UnusedParameters judged = JudgeName(product, name);
     if (!judged.mistyped.empty()) FailToSet(Failure(judged.mistyped.front()));
+}
+
+/// Most values are judged by their kind alone.
+void RequireValueForTemplates(Deployment& product, const std::string& name, const std::string& value) {
+    if (name.starts_with("ZET_") ||
+        (!value.empty() && value.find(Text::kPlaceholderBegin) == std::string::npos))
+        return;
+    if (const auto problem = ProblemInTemplates(product, name, value)) FailToSet(Failure(*problem));
 }
 
 /// Refuses beforehand what a check would say against the directory.
@@ -196,6 +206,7 @@ FileOutcome SetOption(Deployment& product, const std::string& name, const std::s
     RequireSoundLine(product, name, value);
     RequireLastingDirectory(product, name, value);
     RequireSoundDirectory(product, name, value);
+    RequireValueForTemplates(product, name, value);
     LeaveUnsafeDirectory(product, name, value);
     const auto set = [&](const std::string& path) { SetLines(product, path, name, value); };
     const bool endsHistory = name == kHistory && !FlagOfParam(name, value).value_or(true);

@@ -135,7 +135,9 @@ std::optional<std::string> GetParam(Deployment& product, const std::string& path
     const bool isFound = !section && IsLiteralName(name);
     const auto line = isFound ? look.Line() : LineOf(product, path, name, section);
     if (!line) {
-        RequireNoBlanks({path, name, LookForParam(path, name, section)}, "line get", _("prints it"));
+        const Text::ParamLook all = LookForParam(path, name, section);
+        RequireNoMarkBefore({path, name, all});
+        RequireNoBlanks({path, name, all}, "line get", _("prints it"));
         return std::nullopt;
     }
     if (look.MayHaveSections()) RequireOneSectionToGet({path, name, LookForParam(path, name, section)});
@@ -149,6 +151,7 @@ FileOutcome SetParam(Deployment& product, const std::string& file, const std::st
     RequireSectionName(options.section);
     ParamEdit edit(product, file, name, options, ParamEdit::View::Lines);
     edit.RequireLiteral(ZETEditOpening);
+    RequireNoMarkBefore(edit.Found());
     RequireNoBlanks(edit.Found(), "line set", _("sets it"));
     if (!options.section) {
         RequireOneSectionToSet(edit.Found());
@@ -165,6 +168,7 @@ FileOutcome UnsetParam(Deployment& product, const std::string& file, const std::
     RequireSectionName(options.section);
     ParamEdit edit(product, file, name, options, ParamEdit::View::Whole);
     edit.RequireLiteral(ZETLookupOpening);
+    RequireNoMarkBefore(edit.Found());
     RequireNoBlanks(edit.Found(), "line set", _("comments it out, with a LINE that begins with \"#\""));
     if (!options.section) RequireOneSectionToGet(edit.Found());
     const std::string pattern = ZETLookupOpening + name + "=";

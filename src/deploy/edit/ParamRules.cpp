@@ -4,6 +4,7 @@
 #include <functional>
 #include <vector>
 
+#include "deploy/edit/Edits.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/EditRules.h"
 #include "zet/deploy/Failure.h"
@@ -77,6 +78,12 @@ void RequireNoBlanks(const FoundParam& found, const std::string& command, const 
                                  Quoted(found.name)),
                    .remedy = Words("\"%s\" with the PATTERN \"^\\s*%s\\s*=\" %s", command,
                                    Escaped(found.name), effect)});
+}
+
+void RequireNoMarkBefore(const FoundParam& found) {
+    const auto lines =
+        Selected(found, [](const Text::ParamLine& line) { return line.form == Form::BehindMark; });
+    if (!lines.empty()) FailOfByteOrderMark(found.path, lines.front().number);
 }
 
 void RequireOneSectionToGet(const FoundParam& found) {

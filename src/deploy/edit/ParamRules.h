@@ -22,6 +22,9 @@ struct FoundParam {
 /// line.
 void RequireNoBlanks(const FoundParam& found, const std::string& command, const std::string& effect);
 
+/// Requires that no line sets it behind a byte order mark, where the line would stay, too.
+void RequireNoMarkBefore(const FoundParam& found);
+
 /// These require that only one section has lines of it that a lookup, an edit or a restore would take.
 void RequireOneSectionToGet(const FoundParam& found);
 void RequireOneSectionToSet(const FoundParam& found);

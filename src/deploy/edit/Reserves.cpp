@@ -54,6 +54,13 @@ struct ReserveWork {
 
     bool IsDryRun() const { return product.Wanted().dryRun; }
 
+    /// Nothing but a file has a reserve; a link that leads nowhere is what is left of one.
+    FileOutcome WithoutReserve(const std::string& remark) {
+        if (outcome.before.exists && !S_ISLNK(outcome.before.mode) && !outcome.before.IsRegular())
+            RequireReadableFile(path);
+        return Result(FileOutcome::Result::Unchanged, remark);
+    }
+
     void Reserve() {
         Recorded(ExpectedFile::Companions::MayCome, std::nullopt, [&] {
             Replacement replacement(product, place, version);
@@ -150,7 +157,7 @@ FileOutcome ReserveFile(Deployment& product, const std::string& file) {
 
 FileOutcome RestoreFile(Deployment& product, const std::string& file, const EditOptions& options) {
     ReserveWork work(product, file, Purpose::GoesBack);
-    if (!work.hasReserve && !work.hasAbsence) return work.Result(Result::Unchanged, _("nothing to put back"));
+    if (!work.hasReserve && !work.hasAbsence) return work.WithoutReserve(_("nothing to put back"));
     if (!work.hasReserve) CommitGuard::RequireNoMark(product, work.path, options);
     if (work.hasReserve) {
         if (work.hasFile) RequireReadableFile(work.path);
@@ -179,7 +186,7 @@ FileOutcome RestoreFile(Deployment& product, const std::string& file, const Edit
 FileOutcome ForgetReserve(Deployment& product, const std::string& file, const EditOptions& options) {
     RequireWholeFile(options);
     ReserveWork work(product, file);
-    if (!work.hasReserve && !work.hasAbsence) return work.Result(Result::Unchanged, _("it has no reserve"));
+    if (!work.hasReserve && !work.hasAbsence) return work.WithoutReserve(_("it has no reserve"));
     CommitGuard(product, work.path, options).RequireNoLines();
     if (work.hasReserve) work.outcome.diff = DiffToShow(product, work.reserve, "", work.path, work.reserve);
     if (!work.IsDryRun()) {

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileState.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "posix/PathNames.h"
@@ -44,11 +45,7 @@ thread_local const Descriptor* FileInPlace::s_start = nullptr;
 
 FileInPlace::FileInPlace(FoundFile found, const std::string& path, Access access)
     : m_path(path), m_found(std::move(found)), m_access(access) {
-    if (!m_found.directory) {
-        throw Failure({.file = DirectoryOf(path),
-                       .text = Words("is no directory that %s can be in", path),
-                       .remedy = _("create it, or correct the path")});
-    }
+    if (!m_found.directory) throw Failure(ProblemOfNoDirectory(path));
     if (geteuid() != 0) return;
     const std::optional<Problem>& objection = m_found.judge.Objection();
     if (objection) throw Failure(*objection);

@@ -13,6 +13,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "posix/ModeBits.h"
+#include "posix/PathNames.h"
 
 namespace ZET::Deploy {
 
@@ -85,6 +86,13 @@ Problem ProblemOfIrregular(const std::string& path, const FileState& state) {
     if (S_ISLNK(state.mode) && access(path.c_str(), F_OK) != 0 && errno == ENOENT)
         return ProblemOfLinkToNothing(path);
     return {path, 0, 0, _("is no regular file"), _("move it away")};
+}
+
+Problem ProblemOfNoDirectory(const std::string& path) {
+    const std::string directory = DirectoryOf(path);
+    const bool isOther = access(directory.c_str(), F_OK) == 0;
+    return {directory, 0, 0, Words("is no directory that %s can be in", path),
+            isOther ? _("correct the path") : _("create it, or correct the path")};
 }
 
 std::optional<Problem> CheckReplaceable(const std::string& path) {

@@ -35,6 +35,9 @@ Problem ProblemOfLinkToNothing(const std::string& path);
 /// The problem of something that is not a regular file where there has to be one.
 Problem ProblemOfIrregular(const std::string& path, const FileState& state);
 
+/// The problem of a file whose directory is something else.
+Problem ProblemOfNoDirectory(const std::string& path);
+
 /// What keeps a file from being replaced or removed although its directory can be written; none if nothing
 /// does.
 std::optional<Problem> CheckReplaceable(const std::string& path);

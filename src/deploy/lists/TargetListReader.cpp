@@ -19,10 +19,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-bool LeavesDirectory(const std::string& name) {
-    return name.empty() || name.front() == '/' || HasStepUp(name);
-}
-
 /// Where something of an entry stands, in whichever list that is.
 struct ListPlace {
     ListProblems* problems = nullptr;
@@ -154,8 +150,11 @@ class ListReader {
         if (table == nullptr)
             return refuse(Words("is %s", KindOf(*entry.value)),
                           _("write [templates.\"NAME\"] above its keys"));
-        if (LeavesDirectory(name))
+        if (LeavesTemplates(name))
             return refuse(_("leaves the directory of the templates"), _("name a template below it"));
+        if (!IsPlainName(name))
+            return refuse(_("has parts that lead nowhere"),
+                          Words("write [templates.\"%s\"]", Normalised(name).substr(1)));
         if (HasEnd(name))
             return refuse(_("has a NUL byte or a line feed in its name"), _("give it another name"));
         if (IsAmongLists(name))

@@ -13,6 +13,7 @@
 #include "deploy/lists/ListFile.h"
 #include "deploy/lists/TargetListReader.h"
 #include "deploy/state/Instructions.h"
+#include "posix/PathNames.h"
 
 namespace ZET::Deploy {
 
@@ -65,6 +66,11 @@ std::optional<Problem> AddOwnLists(const Paths& paths, const std::string& direct
 std::string ListEntry::WhyNot() const {
     if (!isEnabled) return _("it is disabled");
     return isConditionMet ? "" : Words("%s is not so", when.Text());
+}
+
+bool LeavesTemplates(std::string_view templateName) {
+    return templateName.starts_with('/') || templateName.ends_with('/') || HasStepUp(templateName) ||
+           Normalised(templateName) == "/";
 }
 
 bool IsAmongLists(std::string_view templateName) {

@@ -99,6 +99,9 @@ inline constexpr char kTargetList[] = "targets.toml";
 /// The path of the shipped list, in the directory of the pristine templates.
 std::string TargetListFile(Host& host);
 
+/// Whether a template of this name would lie outside of the directory of the templates.
+bool LeavesTemplates(std::string_view templateName);
+
 /// Whether a template of this name would lie where lists or values are read from.
 bool IsAmongLists(std::string_view templateName);
 

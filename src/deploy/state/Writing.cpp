@@ -76,11 +76,8 @@ void RequirePlaceOfLock(const StateDirectory& state) {
 void RequireUsableDirectory(Host& host, const std::string& path) {
     const std::string directory = DirectoryOf(path);
     struct stat status = {};
-    if (stat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
-        throw Failure({.file = directory,
-                       .text = Words("is no directory that %s can be in", path),
-                       .remedy = _("create it, or correct the path")});
-    }
+    if (stat(directory.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
+        throw Failure(ProblemOfNoDirectory(path));
     if (access(directory.c_str(), W_OK | X_OK) == 0) return;
     const int error = errno;
     const Failure failure = SystemFailure(

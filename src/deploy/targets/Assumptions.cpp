@@ -1,9 +1,13 @@
 #include "deploy/targets/Assumptions.h"
 
+#include <algorithm>
+
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
+#include "deploy/targets/TargetCheck.h"
 #include "deploy/targets/UnknownNames.h"
+#include "text/Placeholders.h"
 #include "zet/ZETErrors.h"
 
 namespace ZET::Deploy {
@@ -47,7 +51,31 @@ void WarnIfUnknown(Deployment& product, const std::string& name) {
         warn(problem, _("correct its name"));
 }
 
+/// Whether a check blames the value of the parameter that is assumed, or what it leads to.
+bool IsOfAssumed(const Problem& problem, const std::vector<std::string>& placeholders) {
+    return problem.file == kSource ||
+           std::find(placeholders.begin(), placeholders.end(), problem.quoted) != placeholders.end();
+}
+
 }  // namespace
+
+std::optional<Problem> ProblemInTemplates(Deployment& product, const std::string& name,
+                                          const std::string& value) {
+    product.UpdateParam(name, value);
+    product.Values().Assume({.name = name, .value = value, .file = kSource});
+    product.ForgetValues();
+    try {
+        const std::vector<std::string> placeholders = Text::PlaceholdersOfValue(value);
+        for (Problem& problem : CheckTargets(product, {}).problems) {
+            if (!IsOfAssumed(problem, placeholders)) continue;
+            if (problem.file == kSource) problem.file.clear();
+            return std::move(problem);
+        }
+    } catch (const Failure&) {
+        return std::nullopt;
+    }
+    return std::nullopt;
+}
 
 void AssumeDirectories(Options& options, const StringMap& values) {
     if (!options.dryRun) return;

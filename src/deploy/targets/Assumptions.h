@@ -1,7 +1,11 @@
 #ifndef ZET_ASSUMPTIONS_H
 #define ZET_ASSUMPTIONS_H
 
+#include <optional>
+#include <string>
+
 #include "deploy/targets/Deployment.h"
+#include "zet/ZETProblem.h"
 
 namespace ZET::Deploy {
 
@@ -12,6 +16,11 @@ void AssumeDirectories(Options& options, const StringMap& values);
 /// Gives parameters these values from now on, for a dry run that asks what would be if. Throws a `UsageError`
 /// for what cannot be assumed. The directories among them are the product's already.
 void AssumeParameters(Deployment& product, const StringMap& values);
+
+/// The same of one parameter that is going to have the value, and what a check of the role's templates and
+/// edits then blames on it. Where a list cannot be read, nobody can tell: none.
+std::optional<Problem> ProblemInTemplates(Deployment& product, const std::string& name,
+                                          const std::string& value);
 
 }  // namespace ZET::Deploy
 

@@ -6,9 +6,11 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/LostOriginal.h"
 #include "deploy/state/Writers.h"
 #include "deploy/targets/LinesInPlace.h"
 #include "deploy/targets/UnmarkedEdits.h"
+#include "text/ShellWord.h"
 #include "text/WithoutBlocks.h"
 #include "text/repair/TextToEdit.h"
 
@@ -87,7 +89,7 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& knownFiles, con
         const bool mayGoBack = file.MayGoBack();
         edit.way = mayGoBack ? Way::Reserve : Way::Forget;
         if (!edit.others.empty()) edit.way = leave;
-        if (!mayGoBack) edit.remark = _("is not there");
+        if (!mayGoBack) edit.remark = WordsOfNoReserve(product, file);
         return edit;
     }
     if (!now.IsRegular()) return {Way::LeaveIrregular};
@@ -113,13 +115,19 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& knownFiles, con
     } else if (!edit.others.empty()) {
         edit.way = leave;
     } else if (isAsLeft && isForced) {
-        edit.remark = _("has no reserve, stays as it is");
+        edit.remark = WordsOfNoReserve(product, file);
     } else if (isAsLeft || edit.isUnmarked) {
         edit.way = Way::Keep;
     } else {
         edit.remark = _("holds no managed block any more, stays as it is");
     }
     return edit;
+}
+
+std::string WordsOfNoReserve(Host& host, const WrittenFile& file) {
+    if (IsFileExist(file.path)) return _("has no reserve, stays as it is");
+    if (!IsKnownAsWritten(host, file.path)) return _("is not there");
+    return Words("is not there (\"history %s\" tells what is kept of it)", Text::ShellWord(file.named));
 }
 
 std::string WordsOfKept(const WrittenFile& file, const std::string& force) {

@@ -33,6 +33,9 @@ struct EditToTakeBack {
 EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& knownFiles, const WrittenFile& file,
                           bool isForced);
 
+/// What is reported of a file that has no reserve to go back to, and may itself be gone.
+std::string WordsOfNoReserve(Host& host, const WrittenFile& file);
+
 /// What is reported of a file that is kept, and of one that only loses its blocks. `force` names what puts
 /// the file back, or forgets it.
 std::string WordsOfKept(const WrittenFile& file, const std::string& force);

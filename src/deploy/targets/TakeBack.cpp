@@ -104,7 +104,7 @@ void TakeBack::DecideTarget(TakeBackStep& step) {
                               Text::ShellWord(file.named), Force(file)));
         if (now.exists && m_known.Has(file.path, m_otherRole)) return LeaveToOtherRole(step);
         step.action = Action::OnlyRecord;
-        step.Tell(Result::Unchanged, now.exists ? _("has no reserve, stays as it is") : _("is not there"));
+        step.Tell(Result::Unchanged, WordsOfNoReserve(m_product, file));
         return;
     }
     RequireRegularIfThere(file.Reserve(), reserve);

@@ -63,6 +63,12 @@ TemplateFiles FilesOfTemplate(Host& host, const std::string& name) {
     return {name, ShippedFile(host, name), WorkingCopy(host, name)};
 }
 
+Failure MissingTemplate(const TemplateFiles& files) {
+    return Failure({.file = files.shipped,
+                    .text = _("the template is missing"),
+                    .remedy = _("correct its name, or ZET_CFG_TEMPL_DIR")});
+}
+
 std::vector<TemplateFiles> FilesOfTemplates(Host& host, const std::vector<std::string>& names) {
     std::vector<TemplateFiles> files;
     for (const std::string& name : names) {

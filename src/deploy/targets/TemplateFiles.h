@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "deploy/host/Failure.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/Host.h"
 #include "deploy/state/Recording.h"
@@ -33,6 +34,9 @@ std::string WorkingCopy(Host& host, const std::string& templateName);
 std::string TemplateFile(Host& host, const std::string& templateName);
 
 TemplateFiles FilesOfTemplate(Host& host, const std::string& name);
+
+/// The failure for a template that the caller named and that does not exist.
+Failure MissingTemplate(const TemplateFiles& files);
 
 /// The templates of these names or, without names, all that the list has for the host's role. Throws a
 /// `UsageError` for a name that leaves the directory of the templates.

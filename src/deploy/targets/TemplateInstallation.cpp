@@ -38,11 +38,7 @@ class Installation {
     /// Throws what would keep the copy from being installed. All are checked before any is installed.
     void Check() {
         RequireInside(m_product, m_files);
-        if (!IsFileExist(m_pristine)) {
-            throw Failure({.file = m_pristine,
-                           .text = _("the template is missing"),
-                           .remedy = _("correct its name, or ZET_CFG_TEMPL_DIR")});
-        }
+        if (!IsFileExist(m_pristine)) throw MissingTemplate(m_files);
         RequireReadableFile(m_pristine);
         for (const std::string& file : {m_pristine, m_path})
             RequireOwnInstruction(m_product.HostPaths(), file);
@@ -148,10 +144,13 @@ std::vector<FilesToWrite> FilesOf(const std::vector<Installation>& installations
 }  // namespace
 
 void RequireTemplateName(const std::string& name) {
-    if (name.empty() || name.front() == '/' || name.back() == '/' || HasStepUp(name)) {
+    if (LeavesTemplates(name)) {
         throw UsageError(
             Words("NAME \"%s\" leaves the directory of the templates (name a template below it)", name));
     }
+    if (!IsPlainName(name))
+        throw UsageError(Words("NAME \"%s\" has parts that lead nowhere (write \"%s\")", name,
+                               Normalised(name).substr(1)));
     if (name == kTargetList || IsAmongLists(name))
         throw UsageError(
             Words("NAME \"%s\" is no template, but one of the lists or values (name a template)", name));

@@ -63,11 +63,13 @@ void InstallForHolder(Deployment& product, const std::string& templateName, cons
 }  // namespace
 
 std::vector<Problem> CheckRendering(Deployment& product, const Rendering& rendering) {
+    const std::string& name = rendering.templateName;
+    if (TemplateFile(product, name).empty()) return {MissingTemplate(FilesOfTemplate(product, name)).Facts()};
     StringMap values = rendering.values;
     values.insert(product.TemplateValues().begin(), product.TemplateValues().end());
     std::set<std::string> used;
     Text::ValuesToCheck toCheck(values, &used);
-    CheckedTemplate checked = CheckTemplate(product, rendering.templateName, toCheck);
+    CheckedTemplate checked = CheckTemplate(product, name, toCheck);
     if (checked.size > 0) WarnOfUnusedValues(product, rendering, used);
     std::vector<Problem> problems = std::move(checked.problems);
     Append(problems, product.Values().Problems());

@@ -37,11 +37,7 @@ TemplateTexts ReadTexts(Host& host, const TemplateFiles& files) {
     TemplateTexts texts;
     texts.copy = TextOf(files.workingCopy);
     texts.shipped = files.shipped == files.workingCopy ? texts.copy : TextOf(files.shipped);
-    if (!texts.copy && !texts.shipped) {
-        throw Failure({.file = files.shipped,
-                       .text = _("the template is missing"),
-                       .remedy = _("correct its name, or ZET_CFG_TEMPL_DIR")});
-    }
+    if (!texts.copy && !texts.shipped) throw MissingTemplate(files);
     texts.base = texts.IsCurrent() ? texts.shipped : MemoryOf(host, files.workingCopy).base;
     return texts;
 }

@@ -34,6 +34,8 @@ std::vector<TemplateFiles> Installed(Host& host, const std::vector<std::string>&
         if (IsFileExist(files.workingCopy)) {
             installed.push_back(std::move(files));
         } else if (!names.empty()) {
+            if (!IsFileExist(files.shipped)) throw MissingTemplate(files);
+            RequireReadableFile(files.shipped);
             throw Failure(
                 {.file = files.workingCopy,
                  .text = _("there is no such working copy"),

@@ -67,7 +67,8 @@ class TemplateProcess {
     std::unique_ptr<Writing> m_writing;
 };
 
-/// Throws a `UsageError` unless the name is that of a template in the directory of the templates.
+/// Throws a `UsageError` unless the name stays in the directory of the templates and is spelled as a list
+/// could spell it.
 void RequireTemplateName(const std::string& name);
 
 }  // namespace ZET::Deploy

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/FileName.h"
 #include "deploy/host/Words.h"
 #include "deploy/lists/Targets.h"
 #include "deploy/targets/LinesInPlace.h"
@@ -170,6 +171,7 @@ std::vector<WrittenFile> Named(const Deployment& product, const std::vector<Writ
     std::vector<WrittenFile> named;
     std::set<const WrittenFile*> taken;
     for (const std::string& name : names) {
+        RequireFileName(name);
         const auto file = byPath.find(paths.Canonical(name));
         if (file == byPath.end()) {
             throw UsageError(

@@ -2,6 +2,7 @@
 
 #include "text/FirstLine.h"
 #include "text/Lines.h"
+#include "text/ShellWord.h"
 #include "text/Words.h"
 #include "text/repair/MarkerDamage.h"
 
@@ -33,7 +34,7 @@ Problem ProblemOf(const std::string& file, const MarkerDamage& damage, const std
     return {.file = file,
             .line = static_cast<int>(damage.line),
             .text = damage.text,
-            .remedy = Words("\"%s doctor %s\" tells a repair", program, named)};
+            .remedy = Words("\"%s doctor %s\" tells a repair", program, ShellPath(named))};
 }
 
 void LookAtText::Take(std::string_view lines) {

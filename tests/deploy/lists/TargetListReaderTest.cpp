@@ -145,6 +145,13 @@ TEST(TargetListReader, NameOfATemplateStaysBelowItsDirectory) {
                     "LIST:3:12: template [a/../../b" + leaves, "LIST:4:12: template [" + leaves));
 }
 
+TEST(TargetListReader, TemplateHasOneName) {
+    EXPECT_THAT(ProblemsOf("[templates.\"./x\"]\n[templates.\"a//b/.\"]\n"),
+                ElementsAre("LIST:1:12: template [./x] has parts that lead nowhere (write [templates.\"x\"])",
+                            "LIST:2:12: template [a//b/.] has parts that lead nowhere (write "
+                            "[templates.\"a/b\"])"));
+}
+
 TEST(TargetListReader, NoNameHoldsItsEnd) {
     EXPECT_THAT(ProblemsOf("[templates.\"a\\u0000b\"]\n"),
                 ElementsAre("LIST:1:12: template [a" + std::string(1, '\0') +

@@ -1,0 +1,36 @@
+#include "text/ShellWord.h"
+
+#include <gtest/gtest.h>
+
+namespace ZET::Text {
+namespace {
+
+TEST(ShellWord, PlainWordsStayAsTheyAre) {
+    for (const char* word : {"conf", "/etc/a-b_c.d", "A=1", "--root", "a@b:1,2+3%"})
+        EXPECT_EQ(ShellWord(word), word);
+}
+
+TEST(ShellWord, WhatAShellWouldReadIsQuoted) {
+    EXPECT_EQ(ShellWord(""), "''");
+    EXPECT_EQ(ShellWord("d d"), "'d d'");
+    EXPECT_EQ(ShellWord("it's"), "'it'\\''s'");
+    EXPECT_EQ(ShellWord("$x;~"), "'$x;~'");
+    EXPECT_EQ(ShellWord("/etc/s*"), "'/etc/s*'");
+    EXPECT_EQ(ShellWord("***x"), "'***x'");
+}
+
+TEST(ShellWord, WhatIsHiddenIsShownAsItIs) {
+    EXPECT_EQ(ShellWord("***"), "***");
+    EXPECT_EQ(ShellWord("--value=realm=***"), "--value=realm=***");
+    EXPECT_EQ(ShellWord("^x=***"), "'^x=***'");
+}
+
+TEST(ShellWord, PathIsNoOption) {
+    EXPECT_EQ(ShellPath("-dd"), "./-dd");
+    EXPECT_EQ(ShellPath("-d d"), "'./-d d'");
+    EXPECT_EQ(ShellPath("/-dd"), "/-dd");
+    EXPECT_EQ(ShellPath("d-d"), "d-d");
+}
+
+}  // namespace
+}  // namespace ZET::Text
