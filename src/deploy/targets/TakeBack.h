@@ -42,6 +42,7 @@ class TakeBack {
         bool isForced = false;    ///< what others did does not count
         bool keepsEdits = false;  ///< an edited file stays without a word
         bool isOfCommit = false;  ///< which cannot be forced to
+        bool onlyLooks = false;   ///< nothing is going to be done
     };
 
     TakeBack(Deployment& product, const KnownFiles& known, const Ways& ways)
@@ -60,6 +61,11 @@ class TakeBack {
     /// Whether it is as the product left it, and nobody's edits go with it: those that a commit merged stay
     /// where the other role has the file.
     bool IsAsLeftToGo(const std::string& path) const;
+
+    /// Whether nothing but the product's work is lost when the file is replaced: it is what the product
+    /// wrote, or what was there before, where a run was cut short in between. Of an edit in place, that is
+    /// known by then.
+    bool IsOwnWork(const WrittenFile& file);
 
     /// What the history is told before.
     ExpectedFile Expected(const TakeBackStep& step) const;
@@ -82,8 +88,8 @@ class TakeBack {
     void ReplaceText(const TakeBackStep& step) const;
     ShownDiff DiffOf(const WrittenFile& file, const FileState& now, const FileState& reserve) const;
     bool IsEdited(const std::string& path) const;
-    bool IsOwnWork(const WrittenFile& file);
     const Staging& Room();
+    bool IsTrial() const { return m_product.Wanted().dryRun || m_ways.onlyLooks; }
 
     Deployment& m_product;
     const KnownFiles& m_known;

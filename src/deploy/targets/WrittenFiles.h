@@ -2,6 +2,7 @@
 #define ZET_WRITTEN_FILES_H
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -21,13 +22,17 @@ std::optional<WrittenFile> WrittenByRecord(Deployment& product, const std::strin
 /// A file in which nothing but lines is the product's, and no list has any of them in force.
 WrittenFile WrittenLines(const Host& host, const std::string& path);
 
+/// The files that commits of the host's role wrote: those on record, and targets that are not in force, of
+/// which the history knows nothing, and which are what a commit made all the same.
+std::set<std::string> CommittedPaths(Deployment& product, const KnownFiles& known);
+
 /// The files that a rollback of the host's role can be about.
 struct WrittenFiles {
     std::vector<WrittenFile> files;
     bool isListMissing = false;  ///< it cannot be used, which was told: there are only those on record
 };
 
-/// Those of the list, and those that the history knows of the role.
+/// Those of the list that are in force, and those that the role has committed.
 WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known);
 
 /// The files that were edited in place, by whichever role, without those of `written`. Files of listed edits
