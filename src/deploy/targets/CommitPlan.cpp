@@ -50,7 +50,7 @@ bool IsReserved(const std::string& path) {
 /// Whether the history can keep the text that a commit replaces.
 bool CanBeKept(Host& host, const FileState& before, const FileVersion& version) {
     const StoreLimits limits = host.HostHistory().Limits();
-    return !before.exists || limits.Keep(static_cast<std::uint64_t>(version.size));
+    return !before.exists || limits.KeepEdit(static_cast<std::uint64_t>(version.size));
 }
 
 /// Where the work of others stops a commit; the last one loses that work.

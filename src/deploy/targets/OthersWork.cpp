@@ -80,9 +80,7 @@ void WarnOfOthersWork(Host& host, const PlannedEdits& planned) {
 }
 
 void TellWhereKept(Host& host, std::int64_t entry, const std::string& path, const FileVersion& version) {
-    const History& history = host.HostHistory();
-    const bool isKept = static_cast<std::uint64_t>(version.size) <= history.Limits().largestText;
-    if (!history.KeepsTexts() || !isKept) return;
+    if (!host.HostHistory().Limits().KeepEdit(static_cast<std::uint64_t>(version.size))) return;
     host.Out().Remark(
         Words("\"history show %s %s\" shows what it held", std::to_string(entry), Text::ShellWord(path)));
 }

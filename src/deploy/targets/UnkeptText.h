@@ -7,9 +7,12 @@
 
 namespace ZET::Deploy {
 
-/// A `Failure` when the file is going to be replaced and holds what somebody else made of it, which then
-/// neither the history has, where the command is recorded, nor the reserve. The reader knows the file as
-/// `path`.
+/// Whether the file holds what somebody else made of it. Where nothing stands beside it, that is about to
+/// become its reserve.
+bool HoldsOthersWork(Deployment& product, const std::string& path);
+
+/// A `Failure` when the file is going to be replaced and holds others' work, which then neither the history
+/// has, where the command is recorded, nor the reserve. The reader knows the file as `path`.
 void RequireKeptText(Deployment& product, const std::string& path, bool isRecorded);
 
 }  // namespace ZET::Deploy
