@@ -199,3 +199,10 @@ zet-client: nothing was changed"
     assert_status 0
     [[ $stderr == *"what $ONE held is not kept, as ZET_HISTORY_KEEP_EDITS is 0"* && $stderr != *"history show"* ]]
 }
+
+@test "a trial fails on a state directory that nobody can write to" {
+    zet -q commit-config
+    on_read_only_state commit-config -n
+    assert_status 1
+    [[ $stderr == *"$HOST/state: the directory of the status cannot be written"* ]]
+}
