@@ -178,3 +178,26 @@ disable() {
     assert_file out/one.conf $'mine\n'
     assert_file out/one.conf.before_zet $'old\n'
 }
+
+@test "a commit that takes over what is as it is to be already is an entry, and a trial tells it" {
+    lose_store
+    run_zet status
+    assert_status 3
+    [[ $output == *"$ONE: not committed"* ]]
+    run_zet commit-config -n
+    assert_status 3
+    run_zet commit-config -m "found again"
+    assert_status 0
+    run_zet status
+    assert_status 0
+    run_zet history
+    assert_status 0
+    [[ $output == *"found again"* ]]
+    run_zet commit-config -n
+    assert_status 0
+    run_zet undo
+    assert_status 0
+    run_zet status
+    [[ $output == *"$ONE: not committed"* ]]
+    assert_made one.conf $'x\n'
+}

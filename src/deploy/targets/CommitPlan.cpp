@@ -149,9 +149,16 @@ void CommitPlan::AddEdits() {
 bool CommitPlan::IsRecorded() const {
     return IsChange() || !IsFileExist(m_product.State().Status(m_product.Role())) ||
            std::any_of(m_targets.begin(), m_targets.end(),
-                       [](const PlannedTarget& planned) { return !planned.hasWorkingCopy; }) ||
+                       [&](const PlannedTarget& planned) {
+                           return !planned.hasWorkingCopy || IsNewToRole(planned);
+                       }) ||
            std::any_of(m_takenBack.begin(), m_takenBack.end(),
                        [](const TakeBackStep& step) { return step.action != TakeBackStep::Action::Nothing; });
+}
+
+/// A history that this user cannot read does not tell.
+bool CommitPlan::IsNewToRole(const PlannedTarget& planned) const {
+    return !m_known->IsUnusable() && !m_known->Has(planned.path, m_product.Role());
 }
 
 bool CommitPlan::IsChange() const {

@@ -57,7 +57,8 @@ class CommitPlan {
     [[nodiscard]] std::unique_ptr<WriteLock> TakeLock() { return std::move(m_lock); }
 
     /// Whether the history would get an entry: also for a commit that only installs a working copy, that is
-    /// the role's first, or that leaves a file to the other role.
+    /// the role's first, or that of a target which is as it is to be already, or that leaves a file to the
+    /// other role.
     bool IsRecorded() const;
 
     /// How many check commands of the targets were not run, though they could have been.
@@ -79,6 +80,7 @@ class CommitPlan {
     void AddTakenBack();
     void AddEdits();
     void TakeBackFile(WrittenFile file);
+    bool IsNewToRole(const PlannedTarget& planned) const;
     bool WasCutShort(const KnownFile& known);
     bool WasCutShort(std::int64_t entry) const;
 

@@ -40,6 +40,7 @@ void CommitRecord::Complete() {
 
 /// What it is going to write. The status tells when the last commit was, which alone is no change.
 void CommitRecord::Expect() {
+    if (!m_plan.IsRecorded()) return;
     for (PlannedTarget& planned : m_plan.Targets()) {
         if (planned.IsChange()) m_recording.Expect(Expected(planned));
         if (!planned.hasWorkingCopy) ExpectWorkingCopy(m_recording, m_product, planned.target.templateName);
@@ -50,8 +51,6 @@ void CommitRecord::Expect() {
     }
     for (const TakeBackStep& step : m_plan.TakenBack())
         if (step.action != TakeBackStep::Action::Nothing) m_recording.Expect(m_plan.Ways().Expected(step));
-    // The status tells who has committed: the first one of a role is a change.
-    if (m_recording.IsEmpty() && IsFileExist(m_product.State().Status(m_product.Role()))) return;
     // An entry that is taken back takes back what was known of these, too.
     ForEachUnchanged([&](const ExpectedFile& file) { m_recording.Expect(file); });
     for (const std::string& path : m_product.State().StatusesOf(m_product.Role()))
