@@ -33,12 +33,13 @@ struct ListEntry {
     bool isEnabled = true;
     Condition when;
     bool isConditionMet = true;
+    bool isStray = false;                  ///< it changes keys of what no list before has
     std::string file;                      ///< the list that it was first in
     int line = 0;                          ///< of its name there
     std::vector<std::string> changedBy{};  ///< the later lists that changed it
 
     bool IsFor(Role role) const { return roles.contains(role); }
-    bool IsInForce() const { return isEnabled && isConditionMet; }
+    bool IsInForce() const { return isEnabled && isConditionMet && !isStray; }
 
     /// Why it is not in force; empty: it is.
     std::string WhyNot() const;
@@ -111,6 +112,9 @@ TargetList ReadTargetList(Host& host);
 /// of the lists. A template that they do not have in force for the role is a `UsageError`.
 std::vector<Target> SelectTargets(Role role, const TargetList& list,
                                   const std::vector<std::string>& templateNames);
+
+/// Tells what of the lists counts for nothing.
+void WarnOfStrays(Observer& observer, const TargetList& list);
 
 /// A broken list is a `Failure` with all its problems.
 void RequireWhole(const TargetList& list);

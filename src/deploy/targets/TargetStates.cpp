@@ -277,6 +277,7 @@ TargetStates StatesOfTargets(Deployment& product) {
     const std::vector<Target> targets = SelectTargets(product.Role(), list, {});
     for (const Target& target : targets) {
         product.RequireGoOn();
+    WarnOfStrays(product.Out(), list);
         product.Out().Progress(result.targets.size(), targets.size());
         result.targets.push_back(teller.Tell(target));
         listed.insert(result.targets.back().path);
