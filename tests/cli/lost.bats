@@ -201,3 +201,17 @@ disable() {
     [[ $output == *"$ONE: not committed"* ]]
     assert_made one.conf $'x\n'
 }
+
+@test "a target of a role that never committed is not missing, whatever became of the history" {
+    add_target two.conf $'y\n'
+    sed -i '0,/both/s//server/' templates/targets.toml
+    server -q commit-config
+    rm out/two.conf
+    zet -q rollback-config
+    break_store
+    run_zet status
+    assert_status 3
+    [[ $output == *"committed: never"*"$HOST/out/two.conf: not committed"* ]]
+    PROGRAM=$ZET_BIN/zet-init run_zet status
+    [[ $output == *"$HOST/out/two.conf: missing"* ]]
+}

@@ -49,7 +49,10 @@ void RequireReadValues(Host& host) {
 /// Renders the targets as a commit would, and compares.
 class StateTeller {
   public:
-    StateTeller(Deployment& product, const KnownFiles& known) : m_product(product), m_known(known) {}
+    StateTeller(Deployment& product, const KnownFiles& known)
+        : m_product(product),
+          m_known(known),
+          m_mayBeUnknown(known.IsUnusable() && IsFileExist(product.State().Status(product.Role()))) {}
 
     TargetState Tell(const Target& target) {
         TargetState result;
@@ -93,7 +96,7 @@ class StateTeller {
 
     /// One that cannot be rendered is not what was committed, which a commit would have to tell.
     std::string StateOfFile(const std::string& templateName, const std::string& path) {
-        if (!m_known.IsUnusable() && !m_known.Has(path, m_product.Role())) return kNotCommitted;
+        if (!m_mayBeUnknown && !m_known.Has(path, m_product.Role())) return kNotCommitted;
         const SeenFile there(path);
         if (!there.State().exists) return kMissing;
         const bool canBeRendered =
@@ -178,6 +181,7 @@ class StateTeller {
 
     Deployment& m_product;
     const KnownFiles& m_known;
+    const bool m_mayBeUnknown;  ///< that the role has committed a target
     const Staging m_staging;
     std::shared_ptr<const StagedText> m_staged;  ///< the last rendering; null where it is what is there
     std::string m_reason;                        ///< of the last state
@@ -273,11 +277,11 @@ TargetStates StatesOfTargets(Deployment& product) {
     for (const Problem& problem : list.problems)
         if (problem.isOfUser) product.Out().Warning(problem.Describe());
     RequireWhole(list);
+    WarnOfStrays(product.Out(), list);
     std::set<std::string> listed;
     const std::vector<Target> targets = SelectTargets(product.Role(), list, {});
     for (const Target& target : targets) {
         product.RequireGoOn();
-    WarnOfStrays(product.Out(), list);
         product.Out().Progress(result.targets.size(), targets.size());
         result.targets.push_back(teller.Tell(target));
         listed.insert(result.targets.back().path);
