@@ -120,7 +120,7 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
 void CommitPlan::AddTakenBack() {
     std::set<std::string> inForce = m_inForce;
     for (const PlannedEdits& planned : m_edits->Files())
-        if (planned.file.original) inForce.insert(planned.file.path);
+        if (planned.file.original || planned.file.isForgotten) inForce.insert(planned.file.path);
     m_takeBack = std::make_unique<TakeBack>(m_product, *m_known, TakeBack::Ways{.isOfCommit = true});
     for (const std::string& path : CommittedPaths(m_product, *m_known)) {
         m_product.RequireGoOn();
