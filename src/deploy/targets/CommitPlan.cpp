@@ -252,6 +252,8 @@ void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     if (planned.HoldsUnkeptText() && IsReserved(path)) planned.foundAs = FoundAs::Reserved;
     planned.isOriginalLost = planned.IsChange() && known != nullptr && !isStrange && !planned.hasCompanion &&
                              IsOriginalLost(m_product, path);
+    if (isRecorded && planned.IsChange())
+        WarnOfFormerTemplate(m_product, planned, known->state.knowledge.templateName);
     planned.isUntold = m_cutShort.count(path) != 0 || (known != nullptr && WasCutShort(*known));
 }
 
