@@ -11,7 +11,7 @@ namespace ZET::Deploy {
 /// In what the file is another one than the entry left.
 std::string DifferenceBetween(const RecordedState& now, const RecordedState& left);
 
-/// One that a commit found to be what it would have written is in none.
+/// One with lines that a commit found to be as it would have set them is in none.
 std::string NotAsLeftBy(std::int64_t number);
 
 }  // namespace ZET::Deploy
