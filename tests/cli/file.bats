@@ -392,3 +392,42 @@ assert_replaced_by_word() {
     run_zet template process made.conf "$HOST/conf" --value v=3
     assert_status 0
 }
+
+# assert_kept_as_edit ENTRY: however many changes follow, what the hand wrote into conf stays in the history.
+assert_kept_as_edit() {
+    run_zet history show "$1"
+    [[ $output == *"over an edit of somebody else's"* ]]
+    printf 'a=1\n' >other
+    for value in 2 3 4; do
+        zet -q param set other a "$value"
+    done
+    run_zet history show "$1" conf
+    assert_status 0
+    [[ $output == *hand* ]]
+}
+
+@test "a restore over somebody's edit is kept as long as a commit over one" {
+    echo ZET_HISTORY_KEEP=2 >>zet.conf
+    zet -q param set conf a 3
+    zet -q file restore conf
+    run_zet history show 2
+    [[ $output != *"over an edit"* ]]
+    zet -q param set conf a 3
+    echo hand >>conf
+    run_zet file restore conf
+    assert_status 0
+    assert_kept_as_edit 4
+}
+
+@test "a template over somebody's edit is kept as long as a commit over one" {
+    echo ZET_HISTORY_KEEP=2 >>zet.conf
+    printf 'x ${v}\n' >templates/made.conf
+    zet -q template process made.conf "$HOST/conf" --value v=1
+    zet -q template process made.conf "$HOST/conf" --value v=2
+    run_zet history show 2
+    [[ $output != *"over an edit"* ]]
+    echo hand >>conf
+    run_zet template process made.conf "$HOST/conf" --value v=3
+    assert_status 0
+    assert_kept_as_edit 3
+}

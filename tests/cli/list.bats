@@ -221,3 +221,37 @@ $LIST:8:18: the name of the template [three.conf] is not quoted (write [template
     run_zet check-config
     assert_refusal 1 "$HOST/etc/targets.d/10.toml: the list of targets cannot be read: No such file or directory (correct the link, or remove it)"
 }
+
+@test "keys of a template that no list before has any more are told, and stop nothing" {
+    mkdir etc/targets.d
+    local own=$HOST/etc/targets.d/10.toml
+    printf '[templates."gone"]\nmode = "0640"\n' >"$own"
+    local told="zet-client: warning: $own:1: no list before this one has the template [gone], and it has no target (take its keys out, or add target = \"/PATH\")"
+    run_zet check-config
+    assert_status 0
+    assert_stderr "$told"$'\n'"zet-client: no problems found"
+    run_zet commit-config
+    assert_status 0
+    assert_stderr "$told"
+    run_zet status
+    assert_status 0
+    assert_stderr "$told"
+    run_zet template list
+    assert_status 0
+    [[ $output == *"gone"*"no list before has it"* ]]
+    run_zet rollback-config
+    assert_status 0
+    assert_stderr ""
+}
+
+@test "what a dropped template made goes back with the next commit, though a list changes its keys" {
+    mkdir etc/targets.d
+    add_target two.conf $'two\n'
+    printf '[templates."two.conf"]\nmode = "0640"\n' >etc/targets.d/10.toml
+    zet -q commit-config
+    : >"$LIST"
+    list_target one.conf "$HOST/out/one.conf"
+    run_zet commit-config
+    assert_status 0
+    assert_absent out/two.conf
+}

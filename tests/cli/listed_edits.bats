@@ -466,3 +466,26 @@ assert_told() {
     run_zet history -q
     assert_success ""
 }
+
+@test "a line of the lists whose memory is lost is set again, as one that somebody edited" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet -q commit-config
+    rm -f state/*.db* state/client*
+    echo NTP_SERVER=fleet >etc/defaults.d/10.conf
+    run_zet check-config
+    assert_status 0
+    run_zet commit-config --on-edit=refuse
+    assert_status 1
+    grep -Fx 'a=shipped' out/plain
+    run_zet commit-config
+    assert_status 0
+    [[ $stderr == *"$HOST/out/plain: a line that the last commit set was changed since; it is set again"* ]]
+    grep -Fx 'a=fleet' out/plain
+    grep -Fx 'b = 3' out/plain
+    run_zet status
+    assert_status 0
+    zet -q rollback-config
+    assert_file out/plain $'a=1\nb = 2\n'
+    assert_absent out/plain.before_zet
+}

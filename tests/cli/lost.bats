@@ -102,3 +102,116 @@ assert_damage() {
     assert_status 1
     [[ $stderr == *"go back to one from 4 on"* ]]
 }
+
+lose_store() {
+    rm -f state/state.db*
+}
+
+# disable TEMPLATE: it is not in force any more.
+disable() {
+    sed -i "s|^\[templates.\"$1\"\]|&\nenabled = false|" templates/targets.toml
+}
+
+@test "a commit takes back what is not in force any more, whatever became of the history" {
+    add_target two.conf $'y\n'
+    zet -q commit-config
+    lose_store
+    disable one.conf
+    disable two.conf
+    run_zet status
+    assert_status 3
+    [[ $output == *$'\n'"$ONE: left over"$'\n'"$HOST/out/two.conf: left over"$'\n'"2 left over"$'\n' ]]
+    run_zet --json status
+    assert_json '[(t["template"], t["state"]) for t in d["targets"]]' '[["one.conf", "left over"], ["two.conf", "left over"]]'
+    run_zet commit-config -n
+    assert_status 3
+    run_zet commit-config
+    assert_status 0
+    [[ $output == *"$ONE: put back as it was"*"$HOST/out/two.conf: removed, as there was none before"* ]]
+    assert_file out/one.conf $'old\n'
+    assert_equal "$(names_in out)" one.conf
+    run_zet undo
+    assert_status 0
+    assert_made one.conf $'x\n'
+}
+
+@test "a rollback takes back what is not in force any more, whatever became of the history" {
+    local loss
+    for loss in lose_store ": >state/state.db" break_store; do
+        zet -q commit-config
+        rm -f state/state.db-*
+        eval "$loss"
+        disable one.conf
+        run_zet rollback-config -n "$ONE"
+        assert_status 3
+        run_zet rollback-config
+        assert_status 0
+        assert_file out/one.conf $'old\n'
+        assert_equal "$(names_in out) $(names_in state)" "one.conf zet.lock"
+        sed -i /enabled/d templates/targets.toml
+        lose_store
+    done
+}
+
+@test "what somebody edited since, and what no commit made, is not taken for left over where the history is lost" {
+    zet -q commit-config
+    lose_store
+    disable one.conf
+    cp out/one.conf made
+    echo mine >>out/one.conf
+    run_zet status
+    assert_status 0
+    [[ $output == *$'\n'"$ONE: kept"$'\n'* ]]
+    run_zet commit-config
+    assert_status 0
+    run_zet rollback-config
+    assert_status 1
+    [[ $output == *"$ONE: edited, stays as it is"* ]]
+    grep -qx mine out/one.conf
+    lose_store
+    echo mine >out/one.conf
+    run_zet status
+    assert_status 0
+    [[ $output != *"$ONE"* ]]
+    run_zet rollback-config
+    assert_status 0
+    assert_file out/one.conf $'mine\n'
+    assert_file out/one.conf.before_zet $'old\n'
+}
+
+@test "a commit that takes over what is as it is to be already is an entry, and a trial tells it" {
+    lose_store
+    run_zet status
+    assert_status 3
+    [[ $output == *"$ONE: not committed"* ]]
+    run_zet commit-config -n
+    assert_status 3
+    run_zet commit-config -m "found again"
+    assert_status 0
+    run_zet status
+    assert_status 0
+    run_zet history
+    assert_status 0
+    [[ $output == *"found again"* ]]
+    run_zet commit-config -n
+    assert_status 0
+    run_zet undo
+    assert_status 0
+    run_zet status
+    [[ $output == *"$ONE: not committed"* ]]
+    assert_made one.conf $'x\n'
+}
+
+@test "a target of a role that never committed is not missing, whatever became of the history" {
+    add_target two.conf $'y\n'
+    sed -i '0,/both/s//server/' templates/targets.toml
+    server -q commit-config
+    rm out/two.conf
+    zet -q rollback-config
+    break_store
+    run_zet status
+    assert_status 3
+    [[ $output == *"committed: never"*"$HOST/out/two.conf: not committed"* ]]
+    PROGRAM=$ZET_BIN/zet-init run_zet status
+    [[ $output == *"$HOST/out/two.conf: missing"* ]]
+}

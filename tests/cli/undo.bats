@@ -455,11 +455,34 @@ to be restarted: daemon"
     echo mine >>out/one.conf
     run_zet rollback-config --to "$last"
     assert_status 1
-    assert_stderr "zet-client: error: $ONE: holds another text: it is not as the last commit left it (--force puts back what was there before all the same)
+    assert_stderr "zet-client: error: $ONE: holds another text: it is not as change 1 left it (--force puts back what was there before all the same)
 zet-client: nothing was changed"
     run_zet rollback-config --to "$last" --force
     assert_status 0
     cmp out/one.conf saved
+}
+
+@test "a file whose lines a commit found as it would have set them is gone back to as well" {
+    zet -q commit-config
+    printf 'b=1\n' >out/lines
+    echo ZET_HISTORY=no >>zet.conf
+    zet -q param set out/lines b 2
+    sed -i /ZET_HISTORY/d zet.conf
+    cp -p out/lines saved
+    mkdir -p etc/targets.d
+    printf '[[edits]]\nfile = "%s"\nparam = "b"\nvalue = "2"\n' "$HOST/out/lines" >etc/targets.d/10.toml
+    zet -q commit-config
+    edit size 4
+    local last
+    last=$(store 'SELECT max(number) FROM entries')
+    echo mine >>out/lines
+    run_zet rollback-config --to "$last"
+    assert_status 1
+    assert_stderr "zet-client: error: $HOST/out/lines: holds another text: it is not as the last commit left it (--force puts back what was there before all the same)
+zet-client: nothing was changed"
+    run_zet rollback-config --to "$last" --force
+    assert_status 0
+    cmp out/lines saved
 }
 
 @test "a reserve that was given up since does not hide that somebody wrote the file" {

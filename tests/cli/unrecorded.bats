@@ -176,3 +176,33 @@ edited() {
     [[ $stderr == *"holds changes that are kept nowhere"* ]] || differ words "kept nowhere" "$stderr"
     cmp conf before
 }
+
+@test "where entries with edits are not kept, edits count as kept nowhere" {
+    zet -q commit-config
+    printf 'a=1\nb=2\n' >conf
+    zet -q param set conf a 3
+    printf 'ZET_HISTORY_KEEP=0\nZET_HISTORY_KEEP_EDITS=0\n' >>zet.conf
+    echo mine >>out/one.conf
+    echo mine >>conf
+    cp out/one.conf edited
+    run_zet commit-config
+    assert_refusal 1 "$ONE: was edited since the last commit, and the history cannot keep the edit (--on-edit=overwrite replaces it all the same)
+zet-client: nothing was changed"
+    run_zet commit-config --on-edit=merge
+    assert_status 1
+    cmp out/one.conf edited
+    run_zet file restore conf
+    assert_refusal 1 "conf: holds changes that are kept nowhere (--force replaces it all the same)"
+    run_zet commit-config --on-edit=overwrite -n
+    [[ $stderr == *"what $ONE holds would not be kept, as ZET_HISTORY_KEEP_EDITS is 0"* ]]
+    run_zet commit-config --on-edit=overwrite
+    assert_status 0
+    [[ $stderr == *"what $ONE held is not kept, as ZET_HISTORY_KEEP_EDITS is 0"* && $stderr != *"history show"* ]]
+}
+
+@test "a trial fails on a state directory that nobody can write to" {
+    zet -q commit-config
+    on_read_only_state commit-config -n
+    assert_status 1
+    [[ $stderr == *"$HOST/state: the directory of the status cannot be written"* ]]
+}

@@ -379,3 +379,31 @@ print(*sqlite3.connect("state/state.db").execute("SELECT path FROM known WHERE p
     assert_status 0
     [[ $output != *"newer"* ]]
 }
+
+@test "a renamed template tells of edits that do not come with it" {
+    zet -q commit-config
+    echo mine >>etc/one.conf
+    zet -q commit-config
+    mv templates/one.conf templates/new.conf
+    sed -i 's/^\[templates."one.conf"\]/[templates."new.conf"]/' templates/targets.toml
+    local told="zet-client: warning: $HOST/out/one.conf: is made from the template [new.conf] now, without the edits of $HOST/etc/one.conf (take them over into $HOST/etc/new.conf)"
+    run_zet commit-config -n
+    assert_status 3
+    assert_stderr "$told"
+    run_zet commit-config
+    assert_status 0
+    assert_stderr "$told"
+    run_zet commit-config
+    assert_status 0
+    assert_stderr ""
+}
+
+@test "a renamed template without edits is committed without a word" {
+    zet -q commit-config
+    mv templates/one.conf templates/new.conf
+    sed -i 's/^\[templates."one.conf"\]/[templates."new.conf"]/' templates/targets.toml
+    run_zet commit-config
+    assert_status 0
+    assert_stderr ""
+    grep -F "Edit '$HOST/etc/new.conf'" out/one.conf
+}

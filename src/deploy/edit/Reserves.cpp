@@ -79,6 +79,7 @@ struct ReserveWork {
         expected.place = &place;
         expected.companions = companions;
         expected.after = after;
+        expected.wasEdited = after && recording.IsOn() && HoldsOthersWork(product, path);
         if (after && recording.IsOn() && !product.Lists().IsCommitted(product.Lists().NameOf(path)))
             ExpectOriginal(expected);
         recording.Expect(expected);

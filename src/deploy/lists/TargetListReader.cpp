@@ -260,12 +260,15 @@ class ListReader {
 /// Judges what all lists say together.
 class Judge {
   public:
-    explicit Judge(const ParameterValue& valueOf) : m_valueOf(valueOf) {}
+    Judge(const ParameterValue& valueOf, const std::string& shipped)
+        : m_valueOf(valueOf), m_shipped(shipped) {}
 
     void Take(Listed<Target>& listed) {
         Target& target = listed.entry;
         Decide(target);
-        if (!target.isEnabled) return;
+        // The package may have dropped or renamed the template.
+        target.isStray = listed.path.problems == nullptr && target.file != m_shipped;
+        if (!target.isEnabled || target.isStray) return;
         const std::string& name = target.templateName;
         if (listed.path.problems == nullptr)
             listed.name.Add(Words("template [%s] has no target", name), _("add target = \"/PATH\""));
@@ -306,6 +309,7 @@ class Judge {
     }
 
     const ParameterValue& m_valueOf;
+    const std::string& m_shipped;  ///< the first list
     std::map<Role, std::unordered_map<std::string, const Listed<Target>*>> m_claims;
 };
 
@@ -322,7 +326,7 @@ TargetList ReadTargetTexts(const std::vector<ListText>& lists, const ParameterVa
         list.isUnderstood = list.isUnderstood && readers.back()->IsUnderstood();
         if (list.file.empty()) list.file = each.file;
     }
-    Judge judge(valueOf);
+    Judge judge(valueOf, list.file);
     // All entries are judged before any is moved, since the problem of one may name another.
     const auto judgeAndTake = [&](const auto& listed, auto& taken) {
         for (const auto& each : listed)

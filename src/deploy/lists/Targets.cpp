@@ -65,6 +65,7 @@ std::optional<Problem> AddOwnLists(const Paths& paths, const std::string& direct
 
 std::string ListEntry::WhyNot() const {
     if (!isEnabled) return _("it is disabled");
+    if (isStray) return _("no list before has it");
     return isConditionMet ? "" : Words("%s is not so", when.Text());
 }
 
@@ -109,6 +110,19 @@ std::vector<Target> SelectTargets(Role role, const TargetList& list,
     for (const std::string& name : templateNames)
         if (!found.contains(name)) FailToSelect(role, list, name);
     return selected;
+}
+
+void WarnOfStrays(Observer& observer, const TargetList& list) {
+    for (const Target& target : list.targets) {
+        if (!target.isStray) continue;
+        const Problem stray = {
+            .file = target.file,
+            .line = target.line,
+            .text = Words("no list before this one has the template [%s], and it has no target",
+                          target.templateName),
+            .remedy = _("take its keys out, or add target = \"/PATH\"")};
+        observer.Warning(stray.Describe());
+    }
 }
 
 void RequireWhole(const TargetList& list) {

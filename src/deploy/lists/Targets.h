@@ -33,12 +33,13 @@ struct ListEntry {
     bool isEnabled = true;
     Condition when;
     bool isConditionMet = true;
+    bool isStray = false;                  ///< it changes keys of a template that no list before it has
     std::string file;                      ///< the first list that has it
     int line = 0;                          ///< of its name in that list
     std::vector<std::string> changedBy{};  ///< the later lists that changed it
 
     bool IsFor(Role role) const { return roles.contains(role); }
-    bool IsInForce() const { return isEnabled && isConditionMet; }
+    bool IsInForce() const { return isEnabled && isConditionMet && !isStray; }
 
     /// Why it is not in force; empty if it is.
     std::string WhyNot() const;
@@ -115,6 +116,9 @@ TargetList ReadTargetList(Host& host);
 /// if it is empty. Throws a `UsageError` for a template that has no target in force for the role.
 std::vector<Target> SelectTargets(Role role, const TargetList& list,
                                   const std::vector<std::string>& templateNames);
+
+/// Warns of the entries that count for nothing.
+void WarnOfStrays(Observer& observer, const TargetList& list);
 
 /// Throws a `Failure` with all problems if the list is broken. What this user may not read does not count.
 void RequireWhole(const TargetList& list);

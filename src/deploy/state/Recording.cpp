@@ -321,15 +321,18 @@ bool Recording::IsUnkept(const RecordedState& state) const {
 /// Whether what somebody made of the file is not kept anywhere any more.
 bool Recording::IsLost(std::size_t row) const {
     const RecordedFile& file = m_rows[row].record.file;
-    return file.wasEdited && IsUnkept(file.before) && !IsReserved(m_rows[row].path, file.before);
+    return file.wasEdited && file.before.exists && !m_limits.KeepEdit(file.before.size) &&
+           !IsReserved(m_rows[row].path, file.before);
 }
 
 void Recording::TellUnkept(const std::vector<std::string>& untouched) const {
     for (std::size_t i = 0; i < m_rows.size(); ++i) {
         const RecordedFile& file = m_rows[i].record.file;
-        if (file.kind == FileKind::Companion || (!IsUnkept(file.before) && !IsUnkept(file.after))) continue;
+        if (file.kind == FileKind::Companion) continue;
+        const bool isLost = IsLost(i);
+        if (!isLost && !IsUnkept(file.before) && !IsUnkept(file.after)) continue;
         if (std::find(untouched.begin(), untouched.end(), file.path) != untouched.end()) continue;
-        if (IsLost(i))
+        if (isLost)
             WarnOfLostText(m_host, file.path, file.before.size);
         else if (m_limits.keepsTexts)
             m_host.Out().Remark(

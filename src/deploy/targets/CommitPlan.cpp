@@ -50,7 +50,7 @@ bool IsReserved(const std::string& path) {
 /// Whether the history can keep the text that a commit replaces.
 bool CanBeKept(Host& host, const FileState& before, const FileVersion& version) {
     const StoreLimits limits = host.HostHistory().Limits();
-    return !before.exists || limits.Keep(static_cast<std::uint64_t>(version.size));
+    return !before.exists || limits.KeepEdit(static_cast<std::uint64_t>(version.size));
 }
 
 /// The remedies where others' work stops a commit; the last one loses that work.
@@ -121,9 +121,9 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
 void CommitPlan::AddTakenBack() {
     std::set<std::string> inForce = m_inForce;
     for (const PlannedEdits& planned : m_edits->Files())
-        if (planned.file.original) inForce.insert(planned.file.path);
+        if (planned.file.original || planned.file.isForgotten) inForce.insert(planned.file.path);
     m_takeBack = std::make_unique<TakeBack>(m_product, *m_known, TakeBack::Ways{.isOfCommit = true});
-    for (const std::string& path : m_known->PathsOf(m_product.Role())) {
+    for (const std::string& path : CommittedPaths(m_product, *m_known)) {
         m_product.RequireGoOn();
         if (inForce.contains(path)) continue;
         if (std::optional<WrittenFile> file = WrittenByRecord(m_product, path))
@@ -150,9 +150,16 @@ void CommitPlan::AddEdits() {
 bool CommitPlan::IsRecorded() const {
     return IsChange() || !IsFileExist(m_product.State().Status(m_product.Role())) ||
            std::any_of(m_targets.begin(), m_targets.end(),
-                       [](const PlannedTarget& planned) { return !planned.hasWorkingCopy; }) ||
+                       [&](const PlannedTarget& planned) {
+                           return !planned.hasWorkingCopy || IsNewToRole(planned);
+                       }) ||
            std::any_of(m_takenBack.begin(), m_takenBack.end(),
                        [](const TakeBackStep& step) { return step.action != TakeBackStep::Action::Nothing; });
+}
+
+/// A history that this user cannot read does not tell.
+bool CommitPlan::IsNewToRole(const PlannedTarget& planned) const {
+    return !m_known->IsUnusable() && !m_known->Has(planned.path, m_product.Role());
 }
 
 bool CommitPlan::IsChange() const {
@@ -245,6 +252,8 @@ void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     if (planned.HoldsUnkeptText() && IsReserved(path)) planned.foundAs = FoundAs::Reserved;
     planned.isOriginalLost = planned.IsChange() && known != nullptr && !isStrange && !planned.hasCompanion &&
                              IsOriginalLost(m_product, path);
+    if (isRecorded && planned.IsChange())
+        WarnOfFormerTemplate(m_product, planned, known->state.knowledge.templateName);
     planned.isUntold = m_cutShort.count(path) != 0 || (known != nullptr && WasCutShort(*known));
 }
 

@@ -58,7 +58,7 @@ class CommitPlan {
     [[nodiscard]] std::unique_ptr<WriteLock> TakeLock() { return std::move(m_lock); }
 
     /// Whether the history would get an entry. It would even if the commit only installs a working copy, is
-    /// the role's first, or leaves a file to the other role.
+    /// the role's first or a target's that is already as it is to be, or leaves a file to the other role.
     bool IsRecorded() const;
 
     /// How many check commands of targets were not run, though they could have been.
@@ -80,6 +80,7 @@ class CommitPlan {
     void AddTakenBack();
     void AddEdits();
     void TakeBackFile(WrittenFile file);
+    bool IsNewToRole(const PlannedTarget& planned) const;
     bool WasCutShort(const KnownFile& known);
     bool WasCutShort(std::int64_t entry) const;
 

@@ -41,6 +41,7 @@ void CommitRecord::Complete() {
 /// Expects what the commit is going to write. A new status alone is no change: it says when the last commit
 /// was.
 void CommitRecord::Expect() {
+    if (!m_plan.IsRecorded()) return;
     for (PlannedTarget& planned : m_plan.Targets()) {
         if (planned.IsChange()) m_recording.Expect(Expected(planned));
         if (!planned.hasWorkingCopy) ExpectWorkingCopy(m_recording, m_product, planned.target.templateName);
@@ -51,8 +52,6 @@ void CommitRecord::Expect() {
     }
     for (const TakeBackStep& step : m_plan.TakenBack())
         if (step.action != TakeBackStep::Action::Nothing) m_recording.Expect(m_plan.Ways().Expected(step));
-    // The status also says who has committed, so that a role's first commit is a change.
-    if (m_recording.IsEmpty() && IsFileExist(m_product.State().Status(m_product.Role()))) return;
     // If the entry is taken back, what is known of these is taken back, too.
     ForEachUnchanged([&](const ExpectedFile& file) { m_recording.Expect(file); });
     for (const std::string& path : m_product.State().StatusesOf(m_product.Role()))

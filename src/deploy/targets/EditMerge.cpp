@@ -27,7 +27,7 @@ bool CanBeKept(Host& host, const PlannedTarget& planned) {
     const StoreLimits limits = host.HostHistory().Limits();
     const std::uint64_t rendered = planned.staged->Text().size();
     const auto size = static_cast<std::uint64_t>(planned.version.size);
-    return limits.Keep(size) && limits.Keep(rendered);
+    return limits.KeepEdit(size) && limits.Keep(rendered);
 }
 
 /// The mode is the template's, but one that somebody gave the file may keep others from reading it.

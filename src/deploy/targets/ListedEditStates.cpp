@@ -25,7 +25,7 @@ std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
     const std::string selector = SelectorOf(line.edit);
     if (inBlocks.empty()) return file.Remembers(selector) ? kMissing : kNotCommitted;
     if (are(Text::WithLineEnd(line.line, Text::LineEndsOf(file.text)))) return isOutside ? kEdited : kInSync;
-    if (!file.Remembers(selector)) return kNotCommitted;
+    if (!file.Remembers(selector)) return file.isForgotten ? kEdited : kNotCommitted;
     const bool isAsLeft =
         std::any_of(file.remembered.begin(), file.remembered.end(),
                     [&](const RememberedLine& each) { return each.selector == selector && are(each.line); });

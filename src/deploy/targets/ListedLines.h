@@ -34,6 +34,7 @@ struct FileWithLines {
     std::vector<LineToSet> lines;
     std::vector<RememberedLine> remembered;  ///< of both roles
     bool isThere = false;
+    bool isForgotten = false;  ///< it has a reserve, and no history knows it
     FileVersion version;
     FileState before;
     std::optional<CapturedFile> original{};  ///< of a former target: what was there before

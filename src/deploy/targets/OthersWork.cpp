@@ -5,7 +5,10 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/LostOriginal.h"
 #include "deploy/state/LostText.h"
+#include "deploy/targets/TemplateFiles.h"
+#include "deploy/targets/TemplateStates.h"
 #include "text/ShellWord.h"
+#include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
 
@@ -79,10 +82,22 @@ void WarnOfOthersWork(Host& host, const PlannedEdits& planned) {
     TellLossToCome(host, path, planned.file.version);
 }
 
+void WarnOfFormerTemplate(Deployment& product, const PlannedTarget& planned, const std::string& former) {
+    const std::string& name = planned.target.templateName;
+    if (former == name || product.Lists().EntryOf(former) != nullptr) return;
+    const TemplateFiles files = FilesOfTemplate(product, former);
+    if (!IsFileExist(files.workingCopy)) return;
+    const TemplateTexts texts = ReadTexts(product, files);
+    if (texts.IsKnown() && !texts.IsEdited()) return;
+    const Problem lost = {
+        .file = planned.path,
+        .text = Words("is made from the template [%s] now, without the edits of %s", name, files.workingCopy),
+        .remedy = Words("take them over into %s", WorkingCopy(product, name))};
+    product.Out().Warning(lost.Describe());
+}
+
 void TellWhereKept(Host& host, std::int64_t entry, const std::string& path, const FileVersion& version) {
-    const History& history = host.HostHistory();
-    const bool isKept = static_cast<std::uint64_t>(version.size) <= history.Limits().largestText;
-    if (!history.KeepsTexts() || !isKept) return;
+    if (!host.HostHistory().Limits().KeepEdit(static_cast<std::uint64_t>(version.size))) return;
     host.Out().Remark(
         Words("\"history show %s %s\" shows what it held", std::to_string(entry), Text::ShellWord(path)));
 }

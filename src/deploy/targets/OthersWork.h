@@ -5,7 +5,7 @@
 #include <string>
 
 #include "deploy/host/FileState.h"
-#include "deploy/state/Host.h"
+#include "deploy/targets/Deployment.h"
 #include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/PlannedTarget.h"
 
@@ -20,6 +20,10 @@ void WarnOfOthersWork(Host& host, const PlannedEdits& planned);
 
 /// Reports where the replaced text is kept: in the entry that the commit makes.
 void TellWhereKept(Host& host, std::int64_t entry, const std::string& path, const FileVersion& version);
+
+/// Warns where no list has the template any more that the target was made from, and the edits of its working
+/// copy are not in what comes now.
+void WarnOfFormerTemplate(Deployment& product, const PlannedTarget& planned, const std::string& former);
 
 }  // namespace ZET::Deploy
 

@@ -53,11 +53,12 @@ std::vector<Problem> CheckDirectory(const std::string& directory, const std::str
             Words("the directory of %s has an attribute that keeps its files from being replaced", purpose),
             _(remedy));
     if (access(directory.c_str(), W_OK | X_OK) != 0) {
-        std::vector<Problem> ofUser =
-            problem(Words("the directory of %s cannot be written: %s", purpose, ReasonOf(errno)),
+        const int error = errno;
+        std::vector<Problem> problems =
+            problem(Words("the directory of %s cannot be written: %s", purpose, ReasonOf(error)),
                     _("run as a user who may, or on a file system that can be written"));
-        ofUser.front().isOfUser = true;
-        return ofUser;
+        problems.front().isOfUser = error == EACCES;
+        return problems;
     }
     return {};
 }

@@ -261,8 +261,6 @@ void TakeBack::KeepOthers(TakeBackStep& step) const {
     Keep(step, remark);
 }
 
-/// Whether replacing the file loses nothing but the product's work: the file is what the product wrote or, if
-/// a run was cut short in between, what was there before. For an edit in place, that is known already.
 bool TakeBack::IsOwnWork(const WrittenFile& file) {
     if (file.isEdit || IsAsLeftToGo(file.path)) return true;
     if (!StateOf(file.path).IsRegular()) return false;
@@ -342,8 +340,7 @@ ExpectedFile TakeBack::Expected(const TakeBackStep& step) const {
 /// Made when it is first needed: most rollbacks compare nothing, and work where there is no room left.
 const Staging& TakeBack::Room() {
     if (!m_staging)
-        m_staging =
-            std::make_unique<Staging>(m_product.Wanted().dryRun ? "" : m_product.Param("ZET_VAR_LIB_DIR"));
+        m_staging = std::make_unique<Staging>(IsTrial() ? "" : m_product.Param("ZET_VAR_LIB_DIR"));
     return *m_staging;
 }
 

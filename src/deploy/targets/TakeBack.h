@@ -42,6 +42,7 @@ class TakeBack {
         bool isForced = false;    ///< what others did does not count
         bool keepsEdits = false;  ///< an edited file stays without a warning
         bool isOfCommit = false;  ///< a commit takes files back, and cannot be forced
+        bool onlyLooks = false;   ///< nothing is going to be done
     };
 
     TakeBack(Deployment& product, const KnownFiles& known, const Ways& ways)
@@ -60,6 +61,11 @@ class TakeBack {
     /// Whether the file is as the product left it, and nobody's edits go with it. Those that a commit merged
     /// stay if the other role has the file.
     bool IsAsLeftToGo(const std::string& path) const;
+
+    /// Whether replacing the file loses nothing but the product's work: the file is what the product wrote
+    /// or, if a run was cut short in between, what was there before. For an edit in place, that is known
+    /// already.
+    bool IsOwnWork(const WrittenFile& file);
 
     /// What is recorded before the step is done.
     ExpectedFile Expected(const TakeBackStep& step) const;
@@ -82,8 +88,8 @@ class TakeBack {
     void ReplaceText(const TakeBackStep& step) const;
     ShownDiff DiffOf(const WrittenFile& file, const FileState& now, const FileState& reserve) const;
     bool IsEdited(const std::string& path) const;
-    bool IsOwnWork(const WrittenFile& file);
     const Staging& Room();
+    bool IsTrial() const { return m_product.Wanted().dryRun || m_ways.onlyLooks; }
 
     Deployment& m_product;
     const KnownFiles& m_known;

@@ -213,6 +213,7 @@ class TargetChecker {
 CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>& templateNames) {
     CheckedTargets checked;
     const TargetList& list = product.Lists().TargetsAnew();
+    WarnOfStrays(product.Out(), list);
     if (list.isUnderstood) checked.targets = SelectTargets(product.Role(), list, templateNames);
     TargetChecker checker(product, list, checked.targets, checked.templates);
     checked.problems = list.problems;

@@ -49,7 +49,10 @@ void RequireReadValues(Host& host) {
 /// Renders the targets as a commit would, and compares.
 class StateTeller {
   public:
-    StateTeller(Deployment& product, const KnownFiles& known) : m_product(product), m_known(known) {}
+    StateTeller(Deployment& product, const KnownFiles& known)
+        : m_product(product),
+          m_known(known),
+          m_mayBeUnknown(known.IsUnusable() && IsFileExist(product.State().Status(product.Role()))) {}
 
     TargetState Tell(const Target& target) {
         TargetState result;
@@ -94,7 +97,7 @@ class StateTeller {
     /// If the template cannot be rendered, the target is not as committed: a commit would have to report
     /// that.
     std::string StateOfFile(const std::string& templateName, const std::string& path) {
-        if (!m_known.IsUnusable() && !m_known.Has(path, m_product.Role())) return kNotCommitted;
+        if (!m_mayBeUnknown && !m_known.Has(path, m_product.Role())) return kNotCommitted;
         const SeenFile there(path);
         if (!there.State().exists) return kMissing;
         const bool canBeRendered =
@@ -180,6 +183,7 @@ class StateTeller {
 
     Deployment& m_product;
     const KnownFiles& m_known;
+    const bool m_mayBeUnknown;  ///< that the role has committed a target
     const Staging m_staging;
     std::shared_ptr<const StagedText> m_staged;  ///< the last rendering; null: it is what is there
     std::string m_reason;                        ///< the reason for the last state
@@ -225,13 +229,30 @@ void AddListedEdits(Deployment& product, const KnownFiles& known, TargetStates& 
         product.Out().Warning(problem.Describe());
 }
 
-LeftOver::Fate FateOf(Deployment& product, const KnownFiles& known, const std::string& path) {
-    const TakeBack takeBack(product, known, {});
-    const std::optional<WrittenFile> file = WrittenByRecord(product, path);
+/// Where no history tells, what the template makes is the product's work, as far as this user can see.
+bool IsMadeByTemplate(TakeBack& takeBack, const WrittenFile& file) {
+    try {
+        return takeBack.IsOwnWork(file);
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
+LeftOver::Fate FateOf(Deployment& product, const KnownFiles& known, const std::string& path,
+                      const std::optional<WrittenFile>& file) {
+    TakeBack takeBack(product, known, {.onlyLooks = true});
     if (file && takeBack.IsOutOfReach(*file)) return LeftOver::Fate::StaysOutOfReach;
     if (file && takeBack.IsReserveLost(*file)) return LeftOver::Fate::StaysWithoutReserve;
-    return StateOf(path).exists && !takeBack.IsAsLeftToGo(path) ? LeftOver::Fate::StaysEdited
-                                                                : LeftOver::Fate::GoesBack;
+    const bool goesBack = !StateOf(path).exists || takeBack.IsAsLeftToGo(path) ||
+                          (known.Find(path) == nullptr && file && IsMadeByTemplate(takeBack, *file));
+    return goesBack ? LeftOver::Fate::GoesBack : LeftOver::Fate::StaysEdited;
+}
+
+LeftOver LeftOverAt(Deployment& product, const KnownFiles& known, const std::string& path) {
+    const std::optional<WrittenFile> file = WrittenByRecord(product, path);
+    std::string templateName = file ? file->templateName : "";
+    if (const KnownFile* const record = known.Find(path)) templateName = record->state.knowledge.templateName;
+    return {path, FateOf(product, known, path, file), templateName};
 }
 
 }  // namespace
@@ -258,6 +279,7 @@ TargetStates StatesOfTargets(Deployment& product) {
     for (const Problem& problem : list.problems)
         if (problem.isOfUser) product.Out().Warning(problem.Describe());
     RequireWhole(list);
+    WarnOfStrays(product.Out(), list);
     std::set<std::string> listed;
     const std::vector<Target> targets = SelectTargets(product.Role(), list, {});
     for (const Target& target : targets) {
@@ -270,11 +292,8 @@ TargetStates StatesOfTargets(Deployment& product) {
     AddListedEdits(product, known, result);
     for (const ListedEditState& edit : result.listedEdits)
         listed.insert(edit.path);
-    for (const std::string& path : known.PathsOf(product.Role())) {
-        if (listed.count(path) == 0)
-            result.leftOvers.push_back(
-                {path, FateOf(product, known, path), known.Find(path)->state.knowledge.templateName});
-    }
+    for (const std::string& path : CommittedPaths(product, known))
+        if (listed.count(path) == 0) result.leftOvers.push_back(LeftOverAt(product, known, path));
     for (const std::string& path : known.EditedPaths())
         if (listed.count(path) == 0) result.edits.push_back({path, StateOfEdit(product, known, path)});
     result.newerTemplates = NewerTemplates(product, targets);

@@ -248,6 +248,7 @@ void TemplateProcess::Expect(Recording& recording, const FileInPlace& place) {
     target.place = &place;
     target.kind = FileKind::Rendering;
     target.companions = ExpectedFile::Companions::MayCome;
+    target.wasEdited = recording.IsOn() && HoldsOthersWork(m_product, m_path);
     recording.Expect(target);
     recording.IsMadeFrom(TemplateFile(m_product, m_rendering.templateName));
     ExpectWorkingCopy(recording, m_product, m_rendering.templateName);

@@ -110,7 +110,7 @@ void TemplateUpgrade::MergeInto(Copy& copy) {
 bool TemplateUpgrade::CanBeMerged(const Copy& copy) {
     const std::size_t before = m_problems.size();
     const StoreLimits limits = m_product.HostHistory().Limits();
-    if (!m_writing->Records() || !limits.Keep(copy.texts.copy->size())) {
+    if (!m_writing->Records() || !limits.KeepEdit(copy.texts.copy->size())) {
         Object(copy.path, 0, _("was edited, and the history cannot keep what would be merged"),
                WayToInstall(copy));
     }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
@@ -17,7 +18,7 @@ namespace ZET::Deploy {
 namespace {
 
 bool IsKeptByHistory(Host& host, const std::string& path) {
-    return host.HostHistory().Limits().Keep(static_cast<std::uint64_t>(VersionOf(path).size));
+    return host.HostHistory().Limits().KeepEdit(static_cast<std::uint64_t>(VersionOf(path).size));
 }
 
 /// Whether the file is its reserve, except for the blocks that the product put into it.
@@ -29,13 +30,15 @@ bool IsMadeOfReserve(const std::string& path, const std::string& reserve) {
 
 }  // namespace
 
-void RequireKeptText(Deployment& product, const std::string& path, bool isRecorded) {
-    const std::string reserve = path + ZETReserveSuffix;
-    if (!StateOf(path).IsRegular() || (isRecorded && IsKeptByHistory(product, path))) return;
-    // A file without companions is about to get its reserve.
-    if (!StateOf(reserve).exists && !StateOf(path + ZETAbsenceSuffix).exists) return;
+bool HoldsOthersWork(Deployment& product, const std::string& path) {
+    if (!StateOf(path).IsRegular() || !HasCompanion(path)) return false;
     const KnownFiles known(product, KnownFiles::Unusable::IsTold);
-    if (known.IsAsLeft(product.HostPaths().RealName(path)) || IsMadeOfReserve(path, reserve)) return;
+    return !known.IsOwnWork(product.HostPaths().RealName(path)) &&
+           !IsMadeOfReserve(path, path + ZETReserveSuffix);
+}
+
+void RequireKeptText(Deployment& product, const std::string& path, bool isRecorded) {
+    if ((isRecorded && IsKeptByHistory(product, path)) || !HoldsOthersWork(product, path)) return;
     throw Failure({.file = path,
                    .text = _("holds changes that are kept nowhere"),
                    .remedy = _("--force replaces it all the same")});

@@ -9,6 +9,7 @@
 #include "deploy/host/FileName.h"
 #include "deploy/host/Words.h"
 #include "deploy/lists/Targets.h"
+#include "deploy/targets/FileOrigin.h"
 #include "deploy/targets/LinesInPlace.h"
 
 namespace ZET::Deploy {
@@ -93,6 +94,24 @@ WrittenFile WrittenLines(const Host& host, const std::string& path) {
     return {.path = path, .named = host.HostPaths().NameInside(path), .isEdit = true};
 }
 
+/// Beside what there was before, a notice that names a template tells what a commit made, whatever became of
+/// the history.
+static bool IsMadeByCommit(Deployment& product, const WrittenFile& file) {
+    return !file.trouble && file.MayGoBack() && !TemplateNamedIn(product.Core(), file.path).empty();
+}
+
+std::set<std::string> CommittedPaths(Deployment& product, const KnownFiles& known) {
+    const std::vector<std::string> recorded = known.PathsOf(product.Role());
+    std::set<std::string> paths(recorded.begin(), recorded.end());
+    if (!product.Lists().IsUsable()) return paths;
+    for (const Target& target : product.Lists().Targets().targets) {
+        if (target.path.empty() || target.IsInForce() || !target.IsFor(product.Role())) continue;
+        const WrittenFile file = WrittenTarget(product, target);
+        if (known.Find(file.path) == nullptr && IsMadeByCommit(product, file)) paths.insert(file.path);
+    }
+    return paths;
+}
+
 WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known) {
     WrittenFiles written;
     const std::optional<std::vector<Target>> targets = ListedTargets(product, known);
@@ -106,7 +125,7 @@ WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known) {
     std::set<std::string> listed;
     for (const WrittenFile& file : written.files)
         listed.insert(file.path);
-    for (const std::string& path : known.PathsOf(product.Role())) {
+    for (const std::string& path : CommittedPaths(product, known)) {
         if (listed.contains(path)) continue;
         if (std::optional<WrittenFile> file = WrittenByRecord(product, path))
             written.files.push_back(std::move(*file));

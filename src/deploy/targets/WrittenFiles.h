@@ -2,6 +2,7 @@
 #define ZET_WRITTEN_FILES_H
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -21,13 +22,17 @@ std::optional<WrittenFile> WrittenByRecord(Deployment& product, const std::strin
 /// A file in which the product has nothing but lines, none of which a list has in force.
 WrittenFile WrittenLines(const Host& host, const std::string& path);
 
+/// The files that commits of the host's role wrote: those on record, and targets not in force of which the
+/// history knows nothing although a commit made them.
+std::set<std::string> CommittedPaths(Deployment& product, const KnownFiles& known);
+
 /// The files that a rollback of the host's role can take back.
 struct WrittenFiles {
     std::vector<WrittenFile> files;
     bool isListMissing = false;  ///< the list cannot be used; only files on record are here
 };
 
-/// The files of the list, and those that the history knows of the role.
+/// The files that the list has in force, and those that the role has committed.
 WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known);
 
 /// The files that either role edited in place, without those of `written`. Files of listed edits of which the

@@ -114,10 +114,21 @@ TEST(OwnLists, RequiredKeysMayComeFromAnyList) {
     EXPECT_THAT(
         ProblemsOf(ListOf({"[templates.\"a\"]\ntarget = \"/a\"\n", "[templates.\"a\"]\nroles = \"both\"\n"})),
         IsEmpty());
-    EXPECT_THAT(ProblemsOf(ListOf({"", "[templates.\"a\"]\nsecret = true\n"})),
-                ElementsAre(HasSubstr("L2:1:12: template [a] has no target"), HasSubstr("has no roles")));
+    EXPECT_THAT(ProblemsOf(ListOf({"[templates.\"a\"]\nsecret = true\n"})),
+                ElementsAre(HasSubstr("L1:1:12: template [a] has no target"), HasSubstr("has no roles")));
+    EXPECT_THAT(ProblemsOf(ListOf({"", "[templates.\"a\"]\ntarget = \"/a\"\n"})),
+                ElementsAre(HasSubstr("L2:1:12: template [a] has no roles")));
     EXPECT_THAT(ProblemsOf(ListOf({"", "[templates.\"gone\"]\nenabled = false\n"})), IsEmpty())
         << "what is left out need not be there";
+}
+
+TEST(OwnLists, KeysOfATemplateThatIsNotShippedAnyMoreCountForNothing) {
+    const TargetList list = ListOf({"", "[templates.\"gone\"]\nmode = \"0640\"\nroles = \"both\"\n"});
+    EXPECT_THAT(ProblemsOf(list), IsEmpty());
+    EXPECT_TRUE(list.targets.at(0).isStray);
+    EXPECT_FALSE(list.targets.at(0).IsInForce());
+    EXPECT_EQ(list.targets.at(0).WhyNot(), "no list before has it");
+    EXPECT_FALSE(ListOf({"", Entry("", "own")}).targets.at(0).isStray);
 }
 
 TEST(OwnLists, MistakesOfEveryListAreTold) {

@@ -15,6 +15,9 @@ struct StoreLimits {
 
     /// Whether a text of so many bytes is kept.
     bool Keep(std::uint64_t size) const { return keepsTexts && size <= largestText; }
+
+    /// Whether one is that somebody made: the entry that replaces it must not go as soon as it is closed.
+    bool KeepEdit(std::uint64_t size) const { return Keep(size) && (entries > 0 || entriesWithEdits > 0); }
 };
 
 }  // namespace ZET::Deploy
