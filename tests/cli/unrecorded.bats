@@ -60,6 +60,25 @@ on_read_only_state() {
     assert_status 0
 }
 
+@test "a rollback that is no longer kept is none that nobody told of" {
+    echo ZET_HISTORY_KEEP=2 >>zet.conf
+    original one.conf $'old\n'
+    zet -q commit-config
+    echo hand >>out/one.conf
+    zet -q commit-config
+    zet -q rollback-config
+    echo a=1 >plain
+    zet -q param set plain a 2
+    zet -q param set plain a 3
+    # The second change is kept longer, for the edit in it; the rollback behind it is gone.
+    zet -q commit-config
+    run_zet history
+    [[ $output != *rollback-config* ]]
+    run_zet rollback-config --to 5
+    assert_status 0
+    assert_file out/one.conf $'old\n'
+}
+
 @test "entries that are no longer kept were there all the same" {
     echo ZET_HISTORY_KEEP=0 >>zet.conf
     echo a=1 >plain

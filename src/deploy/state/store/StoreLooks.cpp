@@ -77,7 +77,9 @@ std::vector<std::string> Store::WrittenUntoldAfter(std::int64_t number) {
             " AND (SELECT seq FROM sqlite_sequence WHERE name = 'entries') - max(?1, entry)"
             " > (SELECT count(*) FROM entries WHERE number > max(?1, last.entry))"
             " UNION SELECT path FROM files AS next WHERE entry > ?1 AND kind_before = ?4"
+            // An entry that was pruned may tell of all before it what is missing here.
             " AND (SELECT kind FROM files WHERE path = next.path AND entry < next.entry"
+            " AND entry >= ifnull((SELECT number FROM pruned), 0)"
             " ORDER BY entry DESC LIMIT 1) IN (?2, ?3) ORDER BY path",
             {number, static_cast<std::int64_t>(FileKind::Target), static_cast<std::int64_t>(FileKind::Edit),
              static_cast<std::int64_t>(FileKind::Original)});
