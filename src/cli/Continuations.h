@@ -8,10 +8,10 @@
 
 #include "cli/OwnWords.h"
 
-/// For CommandLine.cpp alone: the library that reads the words takes long to compile.
+/// Only for CommandLine.cpp, since CLI11 takes long to compile.
 namespace ZET::Cli {
 
-/// What a command line may go on with behind what was understood of it.
+/// What may follow the part of a command line that was understood.
 class Continuations {
   public:
     explicit Continuations(const CLI::App& app) : m_app(app), m_last(&app), m_words(app.get_name()) {
@@ -25,26 +25,26 @@ class Continuations {
 
     const std::string& Program() const { return m_app.get_name(); }
 
-    /// The program, and the commands that were named.
+    /// The program and the commands that were named, as in "zet-client param set".
     const std::string& Words() const { return m_words; }
 
-    /// Whether the words end before a command that has to come.
+    /// Whether the words end before a required command.
     bool LacksCommand() const { return m_last->get_require_subcommand_min() > 0; }
 
-    /// The word that a family took which has commands as well; empty: it took none.
+    /// The first word that the last command took as an operand; empty if it took none.
     std::string FirstOperand() const {
         for (const CLI::Option* option : m_last->get_options())
             if (option->get_positional() && option->count() != 0) return option->results().front();
         return "";
     }
 
-    /// Whether a word stands behind the last command that was named.
+    /// Whether a word follows the last command that was named.
     bool IsBehindLast(const std::string& word, const std::vector<std::string>& arguments) const {
         const auto last = std::find(arguments.begin(), arguments.end(), m_last->get_name());
         return std::find(last, arguments.end(), word) != arguments.end();
     }
 
-    /// Those of the commands that may come, too.
+    /// Includes those of the commands that may follow.
     std::vector<std::string> Options() const {
         std::vector<const CLI::Option*> options = m_options;
         for (const CLI::App* command : Below())
@@ -60,7 +60,7 @@ class Continuations {
         return names;
     }
 
-    /// What the library says in `sentence` of one of the options and words, or else that.
+    /// The library's `sentence` in the user's words, if it is about one of the known options; else unchanged.
     std::string InOwnWords(const std::string& sentence) const {
         for (const CLI::Option* option : m_options) {
             std::string words = OwnWords(*option, sentence);

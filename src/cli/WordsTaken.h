@@ -11,11 +11,11 @@
 
 #include "cli/Mistake.h"
 
-/// What the library takes the words of a command line for where nobody meant them so. For CommandLine.cpp
-/// alone, as it takes long to compile.
+/// Finds words of a command line that CLI11 takes for something that nobody meant. Only for CommandLine.cpp,
+/// since CLI11 takes long to compile.
 namespace ZET::Cli {
 
-/// What the commands take as words of their own, or else as the values of options.
+/// The words that the commands took as operands, or else those that their options took as values.
 inline std::vector<std::string> WordsTaken(const CLI::App& app, bool areOperands) {
     std::vector<std::string> words;
     for (const CLI::Option* option : app.get_options()) {
@@ -28,8 +28,8 @@ inline std::vector<std::string> WordsTaken(const CLI::App& app, bool areOperands
     return words;
 }
 
-/// Groups of letters such as "-q10": behind the "q", the library goes on with "-10", which is no option, and
-/// takes it for an operand.
+/// Groups of option letters such as "-q10": after the "q", CLI11 continues with "-10", which is no option,
+/// and takes it for an operand.
 inline std::vector<std::string> SplitGroups(const CLI::App& app, const std::vector<std::string>& arguments) {
     const auto isSplit = [&](const std::string& word) {
         if (!IsOption(word) || word.starts_with("--") || word.find_first_of("0123456789", 2) == word.npos)
@@ -45,14 +45,15 @@ inline std::vector<std::string> SplitGroups(const CLI::App& app, const std::vect
     return groups;
 }
 
-/// What stands behind a "--" that is no value.
+/// The words behind a "--" that is not itself a value.
 inline std::vector<std::string> BehindMarker(const CLI::App& app, const std::vector<std::string>& arguments) {
     const auto marker = std::find(arguments.begin(), arguments.end(), "--");
     if (marker == arguments.end() || IsIn(WordsTaken(app, false), *marker)) return {};
     return {marker + 1, arguments.end()};
 }
 
-/// Words behind "--" that the library takes for options all the same, where the command takes no more words.
+/// The words behind "--" that CLI11 takes for options all the same, because the command takes no more
+/// operands.
 inline std::vector<std::string> OptionsBehindMarker(const CLI::App& app,
                                                     const std::vector<std::string>& arguments) {
     std::vector<std::string> options = BehindMarker(app, arguments);
