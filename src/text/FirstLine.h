@@ -17,6 +17,9 @@ struct FirstLine {
 
 FirstLine FirstLineOf(std::string_view text);
 
+/// Whether a text that begins so is UTF-16, by its mark: no line of it is one of bytes.
+bool IsUtf16(std::string_view firstLine);
+
 /// Whether the programs that read a file with such a first line take it for something else, or refuse it,
 /// when another line comes first: it names the interpreter or the format, opens a document that knows no
 /// comments, or begins with a byte order mark.

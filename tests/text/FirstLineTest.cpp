@@ -22,7 +22,9 @@ TEST(FirstLine, LineThatNamesTheFormatMustComeFirst) {
     for (const char* line : {"#!/bin/sh", "#!/bin/sh\r", "<?xml version=\"1.0\"?>", "<?php", "{", " { ",
                              "{\r", "[", "<!DOCTYPE busconfig PUBLIC",
                              "\xef\xbb\xbf"
-                             "a=1"})
+                             "a=1",
+                             "\xff\xfe"
+                             "a"})
         EXPECT_TRUE(MustComeFirst(line)) << line;
 }
 

@@ -22,8 +22,8 @@ struct FileToLookAt {
 /// Is shown lines of a file, and told how many came before these.
 using AlsoLook = std::function<void(std::string_view lines, std::size_t before)>;
 
-/// Damage of the file's blocks is a `Failure`. `also` is shown the same lines. With `text`, the file is not
-/// read again.
+/// Damage of the file's blocks is a `Failure`, and so is UTF-16. `also` is shown the same lines. With `text`,
+/// the file is not read again.
 Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const AlsoLook& also = nullptr);
 Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const std::string& text);
 
