@@ -28,7 +28,6 @@ bool IsUtf16(std::string_view firstLine) {
 }
 
 bool MustComeFirst(std::string_view line) {
-    if (IsUtf16(line)) return true;
     // "<!" opens a document type or a comment of XML; "<Name>" also opens a section of other formats.
     for (const std::string_view start :
          {std::string_view("#!"), std::string_view("<?"), std::string_view("<!"), kByteOrderMark})

@@ -22,15 +22,23 @@ TEST(FirstLine, LineThatNamesTheFormatMustComeFirst) {
     for (const char* line : {"#!/bin/sh", "#!/bin/sh\r", "<?xml version=\"1.0\"?>", "<?php", "{", " { ",
                              "{\r", "[", "<!DOCTYPE busconfig PUBLIC",
                              "\xef\xbb\xbf"
-                             "a=1",
-                             "\xff\xfe"
-                             "a"})
+                             "a=1"})
         EXPECT_TRUE(MustComeFirst(line)) << line;
 }
 
 TEST(FirstLine, OtherLinesMayFollowANotice) {
     for (const char* line : {"", "# !", "a=1", "[section]", "<VirtualHost *:80>", "{ a", "# {", "options {"})
         EXPECT_FALSE(MustComeFirst(line)) << line;
+}
+
+TEST(FirstLine, Utf16IsKnownByItsMark) {
+    EXPECT_TRUE(
+        IsUtf16("\xff\xfe"
+                "a"));
+    EXPECT_TRUE(IsUtf16("\xfe\xff"));
+    EXPECT_FALSE(IsUtf16("\xef\xbb\xbf"));
+    EXPECT_FALSE(IsUtf16("a\xff\xfe"));
+    EXPECT_FALSE(IsUtf16(""));
 }
 
 }  // namespace
