@@ -23,6 +23,10 @@ FirstLine FirstLineOf(std::string_view text) {
     return {begin + 1, TakeLine(text).text};
 }
 
+bool IsUtf16(std::string_view firstLine) {
+    return firstLine.starts_with("\xff\xfe") || firstLine.starts_with("\xfe\xff");
+}
+
 bool MustComeFirst(std::string_view line) {
     // "<!" opens a document type or a comment of XML; "<Name>" also opens a section of other formats.
     for (const std::string_view start :

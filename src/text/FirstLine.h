@@ -17,6 +17,10 @@ struct FirstLine {
 
 FirstLine FirstLineOf(std::string_view text);
 
+/// Whether the text that begins with this line is UTF-16, as its byte order mark says: its lines are no lines
+/// of bytes.
+bool IsUtf16(std::string_view firstLine);
+
 /// Whether programs would misinterpret or refuse a file if another line came before this one: it names the
 /// interpreter or the format, opens a document without comments, or begins with a byte order mark.
 bool MustComeFirst(std::string_view line);

@@ -489,3 +489,17 @@ assert_told() {
     assert_file out/plain $'a=1\nb = 2\n'
     assert_absent out/plain.before_zet
 }
+
+@test "a file that begins with a byte order mark gets no line of the lists" {
+    edits "$TWO_EDITS"
+    local mark
+    for mark in '\xef\xbb\xbf' '\xff\xfe'; do
+        printf "${mark}a=1\nb = 2\n" >out/plain
+        cp out/plain before
+        run_zet commit-config
+        assert_status 1
+        [[ $stderr == *"$HOST/out/plain:1: the programs that read the file need this line as its first, and a notice would come before it (take its edits from the lists)"* ]] ||
+            differ "$mark" told "$stderr"
+        cmp out/plain before
+    done
+}

@@ -158,6 +158,17 @@ $(block b=2)
     assert_file nobom $'kdc=new\nb=3\n'
 }
 
+@test "a file of UTF-16 gets no bytes of another coding" {
+    printf 'kdc=old\n' | iconv -t UTF-16LE | { printf '\xff\xfe' && cat; } >wide
+    remember_host
+    local words
+    for words in "param set wide kdc new" "param set --no-markers wide b 2" "line set --no-markers wide x x=1" "file strip wide"; do
+        run_zet $words
+        assert_refusal 1 "wide: is UTF-16, in which an edit finds no line and could write none (save the file as UTF-8, without a byte order mark)"
+    done
+    assert_host_unchanged
+}
+
 @test "set without a backup leaves no reserve" {
     run_zet param set --no-backup conf kdc new
     assert_success "conf: changed"

@@ -31,5 +31,15 @@ TEST(FirstLine, OtherLinesMayFollowANotice) {
         EXPECT_FALSE(MustComeFirst(line)) << line;
 }
 
+TEST(FirstLine, Utf16IsKnownByItsMark) {
+    EXPECT_TRUE(
+        IsUtf16("\xff\xfe"
+                "a"));
+    EXPECT_TRUE(IsUtf16("\xfe\xff"));
+    EXPECT_FALSE(IsUtf16("\xef\xbb\xbf"));
+    EXPECT_FALSE(IsUtf16("a\xff\xfe"));
+    EXPECT_FALSE(IsUtf16(""));
+}
+
 }  // namespace
 }  // namespace ZET::Text

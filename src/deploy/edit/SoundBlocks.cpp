@@ -2,7 +2,9 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
+#include "deploy/host/Words.h"
 #include "deploy/targets/FileOrigin.h"
+#include "text/FirstLine.h"
 
 namespace ZET::Deploy {
 
@@ -11,8 +13,13 @@ namespace {
 Text::TextToEdit WithoutDamage(Host& host, const FileToLookAt& file, Text::LookAtText& look,
                                const std::function<std::string()>& whole) {
     const auto damage = look.Damage(whole);
-    if (!damage) return look.Found();
-    throw Failure(Text::ProblemOf(file.path, *damage, host.Wanted().program, file.named));
+    if (damage) throw Failure(Text::ProblemOf(file.path, *damage, host.Wanted().program, file.named));
+    Text::TextToEdit found = look.Found();
+    if (Text::IsUtf16(found.firstLine))
+        throw Failure({.file = file.path,
+                       .text = _("is UTF-16, in which an edit finds no line and could write none"),
+                       .remedy = _("save the file as UTF-8, without a byte order mark")});
+    return found;
 }
 
 Text::TextToEdit LookAtFile(Host& host, const FileToLookAt& file, const Text::NoticeTexts* noticeTexts,

@@ -22,8 +22,8 @@ struct FileToLookAt {
 /// Is shown lines of a file, and the number of lines before these.
 using AlsoLook = std::function<void(std::string_view lines, std::size_t before)>;
 
-/// Throws a `Failure` if the file's blocks are damaged. `also` is shown the same lines. With `text`, the file
-/// is not read again.
+/// Throws a `Failure` if the file's blocks are damaged, or if it is UTF-16. `also` is shown the same lines.
+/// With `text`, the file is not read again.
 Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const AlsoLook& also = nullptr);
 Text::TextToEdit LookAtBlocks(Host& host, const FileToLookAt& file, const std::string& text);
 

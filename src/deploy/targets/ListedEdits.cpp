@@ -73,7 +73,7 @@ bool ListedEdits::Judge(const FileWithLines& file) {
     if (const auto damage = Text::FindDamage(file.text))
         m_problems.push_back(Text::ProblemOf(file.path, *damage, m_product.Wanted().program, file.path));
     const Text::FirstLine first = Text::FirstLineOf(file.text);
-    if (!file.lines.empty() && Text::MustComeFirst(first.text) &&
+    if (!file.lines.empty() && (Text::MustComeFirst(first.text) || Text::IsUtf16(first.text)) &&
         first.text.find(ZETNoticeMarker) == std::string_view::npos)
         m_problems.push_back({.file = file.path,
                               .line = static_cast<int>(first.number),
