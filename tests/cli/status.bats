@@ -133,6 +133,53 @@ $TWO: in sync
     done
 }
 
+# assert_emptied FILE COMMITTED SERVER: the role's words, and a warning of that status.
+assert_emptied() {
+    run_zet status
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/state/$1: is empty: a commit is writing it, or was killed before that (look again; if it stays so, commit again)"
+    assert_equal "$(sed -n 2,3p <<<"$output")" "committed: $2
+file server: $3"
+    run_zet --json status
+    assert_json 'd["exit_status"], len(d["warnings"])' '[0, 1]'
+}
+
+@test "a status that a commit is writing, or was killed at, is unknown" {
+    zet commit-config
+    local former
+    former=$(commit_time)
+    cp state/zet-client.status "$BASE/former"
+    : >state/zet-client.status
+    assert_emptied zet-client.status unknown nfs4
+    assert_json 'd["commit_time"], d["file_server"]' '[null, "nfs4"]'
+    cp "$BASE/former" state/zet-client.status
+    : >state/zet-client-fs.status
+    assert_emptied zet-client-fs.status "$former" unknown
+    assert_json 'd["commit_time"], d["file_server"]' "[\"$former\", null]"
+    # One of no kind is none.
+    echo NETWORK_FS_TYPE= >state/zet-client-fs.status
+    run_zet status
+    assert_stderr ""
+    [[ $output == *"file server: none recorded"* ]]
+}
+
+@test "whoever comes between two steps of a write looks once more" {
+    zet commit-config
+    local former
+    former=$(commit_time)
+    cp state/zet-client.status "$BASE/former"
+    : >state/zet-client.status
+    strace -f -qq -e trace=/nanosleep -e inject=/nanosleep:signal=STOP:when=1 -o "$BASE/trace" \
+        "$ZET_BIN/zet-client" --config zet.conf status >"$BASE/output" 2>"$BASE/stderr" 3>&- &
+    local strace=$! tries=0
+    until grep -qs "stopped by SIGSTOP" "$BASE/trace" || [[ $((++tries)) -gt 400 ]]; do sleep 0.05; done
+    cp "$BASE/former" state/zet-client.status
+    kill -CONT "$(awk '{ print $1; exit }' "$BASE/trace")"
+    wait "$strace"
+    grep -qx "committed: $former" "$BASE/output"
+    assert_file "$BASE/stderr" ""
+}
+
 @test "a shipped template that is newer than the working copy changes nothing" {
     zet commit-config
     echo more >>templates/one.conf

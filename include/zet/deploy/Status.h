@@ -12,8 +12,10 @@ namespace ZET::Deploy {
 
 /// What is recorded of the role.
 struct RoleStatus {
-    std::string commitTime;  ///< RFC 3339, UTC; empty: never committed
-    std::string fileServer;  ///< of a client; empty: none recorded
+    std::string commitTime;            ///< RFC 3339, UTC; empty: never committed
+    std::string fileServer;            ///< of a client; empty: none recorded
+    bool isCommitTimeUnknown = false;  ///< it is empty, as a commit is writing it, or was killed before that
+    bool isFileServerUnknown = false;  ///< the same
 };
 
 /// A target, compared with what a commit would make of it.

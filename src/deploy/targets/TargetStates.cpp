@@ -12,8 +12,6 @@
 #include "deploy/host/Staging.h"
 #include "deploy/lists/Targets.h"
 #include "deploy/state/KnownFiles.h"
-#include "deploy/state/StateDirectory.h"
-#include "deploy/state/StateFile.h"
 #include "deploy/targets/EditMerge.h"
 #include "deploy/targets/FileOrigin.h"
 #include "deploy/targets/ListedEditDiffs.h"
@@ -235,20 +233,6 @@ LeftOver::Fate FateOf(Deployment& product, const KnownFiles& known, const std::s
 }
 
 }  // namespace
-
-RoleStatus RoleStatusOf(HostProduct& product) {
-    RoleStatus result;
-    StringMap status;
-    const StateDirectory state = product.State();
-    const char* const role = NameOf(product.Role());
-    RequireSoundStateFile(state.Status(product.Role()));
-    if (product.Config().IsConfigStatusExist(role)) product.Config().LoadConfigStatus(role, status);
-    result.commitTime = status["COMMIT_TIME"];
-    if (product.Role() != Role::Client) return result;
-    RequireSoundStateFile(state.FileServerStatus());
-    result.fileServer = product.Config().GetFileServerStatus();
-    return result;
-}
 
 TargetStates StatesOfTargets(Deployment& product) {
     TargetStates result;
