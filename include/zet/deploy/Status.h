@@ -69,6 +69,9 @@ struct ZET_API TargetStates {
     std::vector<std::string>
         newerTemplates;  ///< of which another text is shipped than the working copy is of
 
+    /// Whether the history could be read. If not, `edits`, and what lists no longer have, are not told.
+    bool isHistoryRead = true;
+
     bool IsAnyUnknown() const;
     bool IsInSync() const;
 };

@@ -10,6 +10,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/StagedOwner.h"
 #include "deploy/host/Staging.h"
+#include "deploy/host/Words.h"
 #include "deploy/lists/Targets.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/targets/EditMerge.h"
@@ -94,7 +95,7 @@ class StateTeller {
     std::string StateOfFile(const std::string& templateName, const std::string& path) {
         if (!m_known.IsUnusable() && !m_known.Has(path, m_product.Role())) return kNotCommitted;
         const SeenFile there(path);
-        if (!there.State().exists) return kMissing;
+        if (!there.State().exists) return m_known.IsUnusable() ? kDiffers : kMissing;
         const bool canBeRendered =
             CheckTemplateFile(m_product, templateName, m_product.TemplateValues()).empty();
         // The check may object only because this user cannot read the template.
@@ -232,11 +233,21 @@ LeftOver::Fate FateOf(Deployment& product, const KnownFiles& known, const std::s
                                                                 : LeftOver::Fate::GoesBack;
 }
 
+void WarnOfDenied(Host& host) {
+    if (!host.HostHistory().IsDenied()) return;
+    const Problem denied = {
+        .file = host.State().Store(),
+        .text = _("may not be read, so that files edited in place, and what is left over, are not told"),
+        .remedy = _("run the command as a user who may")};
+    host.Out().Warning(denied.Describe());
+}
+
 }  // namespace
 
 TargetStates StatesOfTargets(Deployment& product) {
     TargetStates result;
     const KnownFiles known(product, KnownFiles::Unusable::IsTold);
+    result.isHistoryRead = !known.IsUnusable();
     StateTeller teller(product, known);
     const TargetList& list = product.Lists().TargetsAnew();
     for (const Problem& problem : list.problems)
@@ -261,6 +272,7 @@ TargetStates StatesOfTargets(Deployment& product) {
     }
     for (const std::string& path : known.EditedPaths())
         if (listed.count(path) == 0) result.edits.push_back({path, StateOfEdit(product, known, path)});
+    WarnOfDenied(product);
     result.newerTemplates = NewerTemplates(product, targets);
     return result;
 }
