@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
@@ -30,6 +31,8 @@
 namespace ZET::Deploy {
 
 namespace {
+
+constexpr char kInPlace[] = "in place";
 
 /// Throws a `Failure` if this user cannot read the template: what a commit would make of it is unknown then.
 void RequireReadableTemplate(Host& host, const std::string& templateName) {
@@ -194,7 +197,7 @@ bool HasBlocks(const std::string& path) {
 }
 
 std::string StateOfEdit(Host& host, const KnownFiles& known, const std::string& path) {
-    if (known.IsAsLeft(path)) return "in place";
+    if (known.IsAsLeft(path)) return kInPlace;
     const FileState now = StateOf(path);
     if (!now.exists) return "missing";
     if (!now.IsRegular()) return "gone";
@@ -213,15 +216,14 @@ std::vector<std::string> NewerTemplates(Host& host, const std::vector<Target>& t
     return newer;
 }
 
-void AddListedEdits(Deployment& product, const KnownFiles& known, TargetStates& states) {
-    if (product.Lists().Targets().edits.empty() && known.EditedPaths().empty()) return;
+/// Returns what is wrong with them.
+std::vector<Problem> AddListedEdits(Deployment& product, const KnownFiles& known, TargetStates& states) {
+    if (product.Lists().Targets().edits.empty() && known.EditedPaths().empty()) return {};
     const Staging staging;
     const ListedLines lines = FindListedLines(product, known, staging);
     states.listedEdits = StatesOfEdits(product, lines);
     const bool isPlanned = product.Wanted().wantsDiffs;
-    for (const Problem& problem :
-         isPlanned ? AddDiffsOfFiles(product, known, staging, states.listedEdits) : lines.problems)
-        product.Out().Warning(problem.Describe());
+    return isPlanned ? AddDiffsOfFiles(product, known, staging, states.listedEdits) : lines.problems;
 }
 
 LeftOver::Fate FateOf(Deployment& product, const KnownFiles& known, const std::string& path) {
@@ -231,6 +233,48 @@ LeftOver::Fate FateOf(Deployment& product, const KnownFiles& known, const std::s
     if (file && takeBack.IsReserveLost(*file)) return LeftOver::Fate::StaysWithoutReserve;
     return StateOf(path).exists && !takeBack.IsAsLeftToGo(path) ? LeftOver::Fate::StaysEdited
                                                                 : LeftOver::Fate::GoesBack;
+}
+
+/// The states of the targets and of all edits at one time, with what is wrong with listed edits.
+TargetStates LookAtAll(Deployment& product, const std::vector<Target>& targets,
+                       std::vector<Problem>& problems) {
+    TargetStates result;
+    const KnownFiles known(product, KnownFiles::Unusable::IsTold);
+    result.isHistoryRead = !known.IsUnusable();
+    StateTeller teller(product, known);
+    std::set<std::string> listed;
+    for (const Target& target : targets) {
+        product.RequireGoOn();
+        product.Out().Progress(result.targets.size(), targets.size());
+        result.targets.push_back(teller.Tell(target));
+        listed.insert(result.targets.back().path);
+    }
+    teller.AddDiffs(result.targets);
+    problems = AddListedEdits(product, known, result);
+    for (const ListedEditState& edit : result.listedEdits)
+        listed.insert(edit.path);
+    for (const std::string& path : known.PathsOf(product.Role())) {
+        if (listed.count(path) == 0)
+            result.leftOvers.push_back(
+                {path, FateOf(product, known, path), known.Find(path)->state.knowledge.templateName});
+    }
+    for (const std::string& path : known.EditedPaths())
+        if (listed.count(path) == 0) result.edits.push_back({path, StateOfEdit(product, known, path)});
+    return result;
+}
+
+/// Whether every file is as it was left.
+bool IsAllWell(const TargetStates& states) {
+    return states.IsInSync() && states.leftOvers.empty() &&
+           std::all_of(states.edits.begin(), states.edits.end(),
+                       [](const EditState& edit) { return edit.state == kInPlace; });
+}
+
+/// 0 if there is no history that can be read.
+std::int64_t StoreVersionOf(History& history) {
+    std::int64_t version = 0;
+    history.TryLook([&](Store& store) { version = store.Version(); });
+    return version;
 }
 
 void WarnOfDenied(Host& host) {
@@ -245,36 +289,26 @@ void WarnOfDenied(Host& host) {
 }  // namespace
 
 TargetStates StatesOfTargets(Deployment& product) {
-    TargetStates result;
-    const KnownFiles known(product, KnownFiles::Unusable::IsTold);
-    result.isHistoryRead = !known.IsUnusable();
-    StateTeller teller(product, known);
+    constexpr int kLooks = 3;
+    std::int64_t version = StoreVersionOf(product.HostHistory());
     const TargetList& list = product.Lists().TargetsAnew();
     for (const Problem& problem : list.problems)
         if (problem.isOfUser) product.Out().Warning(problem.Describe());
     RequireWhole(list);
-    std::set<std::string> listed;
     const std::vector<Target> targets = SelectTargets(product.Role(), list, {});
-    for (const Target& target : targets) {
-        product.RequireGoOn();
-        product.Out().Progress(result.targets.size(), targets.size());
-        result.targets.push_back(teller.Tell(target));
-        listed.insert(result.targets.back().path);
+    std::vector<Problem> problems;
+    TargetStates states = LookAtAll(product, targets, problems);
+    // What another command wrote meanwhile is not known to this look, and would be told as somebody's edit.
+    for (int looks = 1; looks < kLooks && !IsAllWell(states); ++looks) {
+        const std::int64_t now = StoreVersionOf(product.HostHistory());
+        if (std::exchange(version, now) == now) break;
+        states = LookAtAll(product, targets, problems);
     }
-    teller.AddDiffs(result.targets);
-    AddListedEdits(product, known, result);
-    for (const ListedEditState& edit : result.listedEdits)
-        listed.insert(edit.path);
-    for (const std::string& path : known.PathsOf(product.Role())) {
-        if (listed.count(path) == 0)
-            result.leftOvers.push_back(
-                {path, FateOf(product, known, path), known.Find(path)->state.knowledge.templateName});
-    }
-    for (const std::string& path : known.EditedPaths())
-        if (listed.count(path) == 0) result.edits.push_back({path, StateOfEdit(product, known, path)});
+    for (const Problem& problem : problems)
+        product.Out().Warning(problem.Describe());
     WarnOfDenied(product);
-    result.newerTemplates = NewerTemplates(product, targets);
-    return result;
+    states.newerTemplates = NewerTemplates(product, targets);
+    return states;
 }
 
 bool TargetStates::IsAnyUnknown() const {
