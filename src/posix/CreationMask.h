@@ -17,6 +17,9 @@ class CreationMask {
     const mode_t m_former;
 };
 
+/// By which a new file is its owner's alone.
+inline constexpr mode_t kOfOwnerAlone = 077;
+
 /// By which a new file is everybody's to read, and its owner's alone to write.
 inline constexpr mode_t kWrittenByOwnerAlone = 022;
 
