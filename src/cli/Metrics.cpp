@@ -60,18 +60,25 @@ void AddStates(Exposition& text, const char* const (&states)[Count], const std::
 std::string MetricsOf(Deploy::Role role, const Deploy::RoleStatus& status,
                       const Deploy::TargetStates& states) {
     Exposition text(role);
-    text.Family("zet_in_sync", "Whether each target of the role is as a commit would make it.");
-    text.Sample(states.IsInSync() && !states.IsAnyUnknown() ? 1 : 0);
+    const bool isInSync = states.IsInSync() && !states.IsAnyUnknown();
+    if (states.isHistoryRead || !isInSync) {
+        text.Family("zet_in_sync", "Whether each target of the role is as a commit would make it.");
+        text.Sample(isInSync ? 1 : 0);
+    }
     text.Family("zet_targets", "Targets of the role in each state.");
     AddStates(text, kTargetStates, states.targets);
-    text.Family("zet_edits", "Files of the host that were edited in place, in each state.");
-    AddStates(text, kEditStates, states.edits);
-    text.Family("zet_listed_edits", "Lines that the lists ask for, in each state.");
-    AddStates(text, kLineStates, states.listedEdits);
+    if (states.isHistoryRead) {
+        text.Family("zet_edits", "Files of the host that were edited in place, in each state.");
+        AddStates(text, kEditStates, states.edits);
+        text.Family("zet_listed_edits", "Lines that the lists ask for, in each state.");
+        AddStates(text, kLineStates, states.listedEdits);
+    }
     text.Family("zet_newer_templates", "Working copies of which a newer text is shipped.");
     text.Sample(static_cast<std::int64_t>(states.newerTemplates.size()));
-    text.Family("zet_left_over_targets", "Committed files that the list of targets no longer has.");
-    text.Sample(static_cast<std::int64_t>(states.leftOvers.size()));
+    if (states.isHistoryRead) {
+        text.Family("zet_left_over_targets", "Committed files that the list of targets no longer has.");
+        text.Sample(static_cast<std::int64_t>(states.leftOvers.size()));
+    }
     if (const auto time = SecondsOf(status.commitTime)) {
         text.Family("zet_last_commit_timestamp_seconds", "When the role was committed last.", "seconds");
         text.Sample(*time);

@@ -17,6 +17,9 @@ class CreationMask {
     const mode_t m_former;
 };
 
+/// With this mask nobody but its owner may read or write a new file.
+inline constexpr mode_t kOfOwnerAlone = 077;
+
 /// With this mask everybody may read a new file, but only its owner may write it.
 inline constexpr mode_t kWrittenByOwnerAlone = 022;
 

@@ -142,6 +142,12 @@ dress() {
     assert_equal "$(stat -c %a $files | paste -sd ' ')" "644 644 644"
 }
 
+@test "what the product remembers is root's alone, whatever the umask is" {
+    rm state/zet.lock
+    (umask 777 && zet commit-config)
+    assert_equal "$(stat -c %a state/zet.lock state/state.db* | sort -u)" 600
+}
+
 @test "at the end of a link, attributes stay and the link is the same" {
     need_attributes
     mv out/one.conf real

@@ -323,6 +323,20 @@ ${valid_user_names}'
     assert_json 'd["unused_values"], d["problems"], d["exit_status"]' '[null, [], 1]'
 }
 
+@test "of a secret target that everybody may read, for want of a mode, a warning tells" {
+    add_target three.conf $'fine\n' 'secret = true'
+    run_zet check-config
+    assert_status 0
+    [[ $stderr == *"zet-client: warning: $HOST/templates/targets.toml:"*": [three.conf] is secret, but everybody may read $HOST/out/three.conf: it gets the mode of its template (give it a mode, such as mode = \"0600\")"$'\n'* ]]
+    chmod 640 templates/three.conf
+    run_zet check-config
+    [[ $stderr != *"is secret"* ]]
+    chmod 644 templates/three.conf
+    echo 'mode = "0644"' >>templates/targets.toml
+    run_zet check-config
+    [[ $stderr != *"is secret"* ]]
+}
+
 @test "the document has the place, the problem and the remedy apart" {
     echo ' ${nope}' >templates/one.conf
     chmod 757 out

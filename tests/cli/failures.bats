@@ -108,6 +108,22 @@ zet-client: error: $HOST/state/zet-client-fs.status: could not be written whole 
     assert_completed
 }
 
+@test "a status that cannot be written stays as it was, or stays away" {
+    local file
+    for file in zet-client.status zet-client-fs.status; do
+        commit_with /write ENOSPC:when=1 "$HOST/state/$file"
+        assert_absent "state/$file"
+    done
+    assert_completed
+    echo NETWORK_FS_TYPE=smb3 >>zet.conf
+    sed -i s/^COMMIT_TIME=.*/COMMIT_TIME=2001-02-03T04:05:06Z/ state/zet-client.status
+    for file in zet-client.status zet-client-fs.status; do
+        cp "state/$file" "$BASE/former"
+        commit_with /write ENOSPC:when=1 "$HOST/state/$file"
+        cmp "state/$file" "$BASE/former"
+    done
+}
+
 @test "what cannot be made durable is a failure before the name changes" {
     commit_with fsync EIO "$HOST/out/one.conf.tmp"
     assert_file out/one.conf $'old\n'

@@ -92,3 +92,37 @@ assert_told() {
     run_zet status
     [[ $output == *"$HOST/out/one.conf: edited"* ]] || differ status "edited" "$output"
 }
+
+# status_beside FILE WORD...: a status that is stopped at its first look at the file, while this command writes.
+status_beside() {
+    strace -f -qq -P "$1" -e trace=/stat -e inject=/stat:signal=STOP:when=1 -o "$BASE/trace" \
+        "$ZET_BIN/zet-client" --config zet.conf status >"$BASE/output" 2>"$BASE/stderr" 3>&- &
+    local strace=$! tries=0
+    until grep -qs "stopped by SIGSTOP" "$BASE/trace" || [[ $((++tries)) -gt 400 ]]; do sleep 0.05; done
+    "${@:2}" >/dev/null
+    kill -CONT "$(awk '{ print $1; exit }' "$BASE/trace")"
+    status=0
+    wait "$strace" || status=$?
+    output=$(<"$BASE/output")
+    stderr=$(<"$BASE/stderr")
+}
+
+@test "what another command edits in place during a status is not told as somebody's edit" {
+    echo a=1 >f
+    zet param set f a 2 >/dev/null
+    status_beside "$HOST/f" zet param set f a 3
+    [[ $output == *"$HOST/f: edit in place"* ]] || differ status "in place" "$output"
+    # Somebody's edit is one all the same.
+    status_beside "$HOST/f" eval 'zet param set f a 4; echo theirs >>f'
+    [[ $output == *"$HOST/f: edit changed"* ]] || differ status "changed" "$output"
+    assert_equal "$stderr" ""
+}
+
+@test "what another commit writes during a status is not told as edited" {
+    add_target one.conf '${realm}'$'\n'
+    zet commit-config >/dev/null
+    status_beside "$HOST/out/one.conf" eval 'zet option set REALM OTHER.ORG; zet commit-config'
+    assert_equal "$stderr" ""
+    # The status has the values of its own beginning.
+    [[ $output == *"$HOST/out/one.conf: pending"* ]] || differ status "pending" "$output"
+}

@@ -133,6 +133,53 @@ $TWO: in sync
     done
 }
 
+# assert_emptied FILE COMMITTED SERVER: the role's words, and a warning of that status.
+assert_emptied() {
+    run_zet status
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/state/$1: is empty: a commit is writing it, or was killed before that (look again; if it stays so, commit again)"
+    assert_equal "$(sed -n 2,3p <<<"$output")" "committed: $2
+file server: $3"
+    run_zet --json status
+    assert_json 'd["exit_status"], len(d["warnings"])' '[0, 1]'
+}
+
+@test "a status that a commit is writing, or was killed at, is unknown" {
+    zet commit-config
+    local former
+    former=$(commit_time)
+    cp state/zet-client.status "$BASE/former"
+    : >state/zet-client.status
+    assert_emptied zet-client.status unknown nfs4
+    assert_json 'd["commit_time"], d["file_server"]' '[null, "nfs4"]'
+    cp "$BASE/former" state/zet-client.status
+    : >state/zet-client-fs.status
+    assert_emptied zet-client-fs.status "$former" unknown
+    assert_json 'd["commit_time"], d["file_server"]' "[\"$former\", null]"
+    # One of no kind is none.
+    echo NETWORK_FS_TYPE= >state/zet-client-fs.status
+    run_zet status
+    assert_stderr ""
+    [[ $output == *"file server: none recorded"* ]]
+}
+
+@test "whoever comes between two steps of a write looks once more" {
+    zet commit-config
+    local former
+    former=$(commit_time)
+    cp state/zet-client.status "$BASE/former"
+    : >state/zet-client.status
+    strace -f -qq -e trace=/nanosleep -e inject=/nanosleep:signal=STOP:when=1 -o "$BASE/trace" \
+        "$ZET_BIN/zet-client" --config zet.conf status >"$BASE/output" 2>"$BASE/stderr" 3>&- &
+    local strace=$! tries=0
+    until grep -qs "stopped by SIGSTOP" "$BASE/trace" || [[ $((++tries)) -gt 400 ]]; do sleep 0.05; done
+    cp "$BASE/former" state/zet-client.status
+    kill -CONT "$(awk '{ print $1; exit }' "$BASE/trace")"
+    wait "$strace"
+    grep -qx "committed: $former" "$BASE/output"
+    assert_file "$BASE/stderr" ""
+}
+
 @test "a shipped template that is newer than the working copy changes nothing" {
     zet commit-config
     echo more >>templates/one.conf
@@ -227,6 +274,44 @@ $ONE: left over
     assert_status 0
 }
 
+@test "whoever may not read the history is told what is missing, and gets no numbers of it" {
+    need_root
+    copy_programs
+    echo a=1 >conf
+    printf '[[edits]]\nfile = "%s"\nparam = "a"\nvalue = "2"\nroles = "both"\n' "$HOST/conf" >>templates/targets.toml
+    zet commit-config
+    printf '[templates."one.conf"]\ntarget = "%s"\nroles = "both"\n' "$ONE" >templates/targets.toml
+    local warning="zet-client: warning: $HOST/state/state.db: may not be read, so that files edited in place, and what is left over, are not told (run the command as a user who may)"
+    run_zet status
+    assert_status 3
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status
+    assert_status 0
+    assert_stderr "$warning"
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status --format openmetrics
+    assert_status 0
+    assert_stderr "$warning"
+    assert_equal "$(grep -o '^# TYPE [^ ]*' <<<"$output")" "# TYPE zet_targets
+# TYPE zet_newer_templates
+# TYPE zet_last_commit_timestamp_seconds"
+    # That it is not in sync is certain, whatever else there is.
+    echo mine >>out/one.conf
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status --format openmetrics
+    assert_status 3
+    grep -qx 'zet_in_sync{role="client"} 0' <<<"$output"
+}
+
+@test "whoever may not read the history does not take a target for one that was committed" {
+    need_root
+    copy_programs
+    zet commit-config
+    add_target three.conf $'x\n'
+    run_zet status
+    [[ $output == *"three.conf: not committed"* ]]
+    capture as_nobody "$BASE/programs/bin/zet-client" --config "$HOST/zet.conf" status
+    assert_status 3
+    [[ $output == *"three.conf: differs"* ]]
+}
+
 @test "a history that is broken is told, and the status goes on without" {
     zet commit-config
     break_store
@@ -294,7 +379,8 @@ $TWO: $1"
     assert_status 1
     assert_equal "$(head -n -1 <<<"${output%?}" | tail -n 2)" "$ONE: unknown
 $TWO: in sync"
-    [[ $stderr == "zet-client: error: $ONE: its state cannot be told: $HOST/etc/values.d/greeting: cannot be read: Permission denied (run the command as a user who may)"$'\n' ]]
+    assert_stderr "zet-client: warning: $HOST/state/state.db: may not be read, so that files edited in place, and what is left over, are not told (run the command as a user who may)
+zet-client: error: $ONE: its state cannot be told: $HOST/etc/values.d/greeting: cannot be read: Permission denied (run the command as a user who may)"
     run_zet status
     assert_status 0
     rm etc/values.d/greeting

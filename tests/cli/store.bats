@@ -259,6 +259,22 @@ assert_refused_at_once() {
     assert_file out/one.conf $'old\n'
 }
 
+@test "that no more files can be opened is no reason to install anything" {
+    echo a=1 >conf
+    zet param set conf a 2
+    local count all=""
+    with_descriptors() { (ulimit -n "$count" && zet "$@"); }
+    for count in {5..30}; do
+        capture with_descriptors param set conf a "$count"
+        all+=$stderr
+        capture with_descriptors history
+        all+=$stderr
+    done
+    [[ $all == *"libsqlite3.so.0: cannot be loaded: Too many open files (let the command open more files)"* ]]
+    [[ $all == *"$HOST/state/state.db: cannot be opened: Too many open files (let the command open more files)"* ]]
+    [[ $all != *ZET_HISTORY* && $all != *"its journal needs"* ]] || differ "what is said" "more files" "$all"
+}
+
 @test "whoever may not read the history is told in sync or differs" {
     need_root
     copy_programs

@@ -12,8 +12,10 @@ namespace ZET::Deploy {
 
 /// What is recorded of the role.
 struct RoleStatus {
-    std::string commitTime;  ///< RFC 3339, UTC; empty if never committed
-    std::string fileServer;  ///< of a client; empty if none is recorded
+    std::string commitTime;            ///< RFC 3339, UTC; empty if never committed
+    std::string fileServer;            ///< of a client; empty if none is recorded
+    bool isCommitTimeUnknown = false;  ///< empty because a commit is writing it, or was killed before that
+    bool isFileServerUnknown = false;  ///< likewise
 };
 
 /// A target, compared with what a commit would make of it.
@@ -66,6 +68,10 @@ struct ZET_API TargetStates {
     std::vector<ListedEditState> listedEdits;
     std::vector<std::string>
         newerTemplates;  ///< those whose shipped text is not the one that the working copy was made from
+
+    /// Whether the history could be read. If not, `edits`, and whatever the lists no longer have, are missing
+    /// here.
+    bool isHistoryRead = true;
 
     bool IsAnyUnknown() const;
     bool IsInSync() const;

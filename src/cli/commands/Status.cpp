@@ -10,6 +10,7 @@
 #include "cli/commands/Registrations.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
+#include "deploy/state/RoleStatus.h"
 #include "deploy/targets/TargetStates.h"
 #include "text/ShellWord.h"
 #include "zet/deploy/Failure.h"
@@ -58,10 +59,14 @@ void TellRole(Session& session, const RoleStatus& status) {
     if (IsClient(session) && !status.fileServer.empty()) report.Set("file_server", status.fileServer);
     if (session.Asked().quiet) return;
     report.Line(Filled(_("role: %s"), {RoleName(session.Asked().role)}));
-    report.Line(Filled(_("committed: %s"), {status.commitTime.empty() ? _("never") : status.commitTime}));
+    const auto recorded = [](const std::string& found, bool isUnknown, const char* none) {
+        return !found.empty() ? found : isUnknown ? _(kUnknown) : none;
+    };
+    report.Line(
+        Filled(_("committed: %s"), {recorded(status.commitTime, status.isCommitTimeUnknown, _("never"))}));
     if (IsClient(session))
         report.Line(Filled(_("file server: %s"),
-                           {status.fileServer.empty() ? _("none recorded") : status.fileServer}));
+                           {recorded(status.fileServer, status.isFileServerUnknown, _("none recorded"))}));
 }
 
 /// Reports the trouble of a target or a listed line.

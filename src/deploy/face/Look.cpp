@@ -4,6 +4,7 @@
 #include "deploy/edit/FileExplanation.h"
 #include "deploy/edit/FileRepair.h"
 #include "deploy/face/Parts.h"
+#include "deploy/state/RoleStatus.h"
 #include "deploy/targets/TargetStates.h"
 #include "zet/deploy/Doctor.h"
 #include "zet/deploy/Explain.h"

@@ -15,6 +15,7 @@
 #include "deploy/host/StagingPlaces.h"
 #include "deploy/host/Words.h"
 #include "posix/DirectoryStream.h"
+#include "posix/OpenLimit.h"
 #include "posix/PathNames.h"
 
 namespace ZET::Deploy {
@@ -139,7 +140,7 @@ bool IsCrowded(const std::string& place) {
 
 [[noreturn]] void FailPlace(const std::string& place, int error, const std::string& lastResort) {
     std::string remedy;  // empty: that of the reason
-    if (error != EMFILE && error != ENFILE)
+    if (!IsOfOpenLimit(error))
         remedy = lastResort.empty()
                      ? _(kMakeRoom)
                      : _("make room, or let ZET_VAR_LIB_DIR be a directory that can be written");

@@ -16,6 +16,7 @@
 #include "deploy/host/Signals.h"
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
+#include "posix/CreationMask.h"
 #include "posix/PathNames.h"
 
 namespace ZET::Deploy {
@@ -101,6 +102,12 @@ off_t NameHolder(const std::string& name, int descriptor) {
     return 0;
 }
 
+Descriptor OpenLockFile(const std::string& file) {
+    const CreationMask mask(kOfOwnerAlone);
+    return Descriptor(
+        open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600));
+}
+
 /// Returns an empty descriptor if the file cannot be opened, with `errno` set.
 Descriptor Lock(const LockSeeker& seeker, const std::string& file) {
     if (!seeker.own.expired()) {
@@ -108,8 +115,7 @@ Descriptor Lock(const LockSeeker& seeker, const std::string& file) {
                        .text = _("this program holds the lock already, by a plan"),
                        .remedy = _("commit the plan or let go of it, then try again")});
     }
-    Descriptor lock(
-        open(file.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, 0600));
+    Descriptor lock = OpenLockFile(file);
     if (lock < 0) return lock;
     RequireOwnLockFile(lock, file);
     if (!WaitForLock(seeker, lock, file, TryLockFile)) {

@@ -2,15 +2,19 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdint>
+#include <optional>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/FileVersion.h"
 #include "deploy/host/Words.h"
 #include "posix/CreationMask.h"
 #include "posix/Descriptor.h"
+#include "posix/ReadWrite.h"
 
 namespace ZET::Deploy {
 
@@ -35,10 +39,33 @@ static void LetEverybodyRead(const std::string& file) {
     if ((status.st_mode & 0777) != kMode) static_cast<void>(fchmod(opened, kMode) == 0);
 }
 
+static std::optional<std::string> TextIn(const std::string& file) {
+    try {
+        return ReadFileBytes(file);
+    } catch (const Failure&) {
+        return std::nullopt;
+    }
+}
+
+/// As far as that is possible. Of a file that was not there, nothing stays.
+static void PutBack(const std::string& file, bool wasThere, const std::optional<std::string>& former) {
+    if (!wasThere && StateOf(file).IsRegular()) unlink(file.c_str());
+    if (!former || TextIn(file) == former) return;
+    const Descriptor emptied(open(file.c_str(), O_WRONLY | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (emptied >= 0) static_cast<void>(WriteAll(emptied, *former));
+}
+
 void SaveStateFile(const std::string& file, const std::function<void()>& save) {
     const CreationMask mask(kWrittenByOwnerAlone);
     LetEverybodyRead(file);
-    save();
+    const bool wasThere = StateOf(file).exists;
+    const std::optional<std::string> former = TextIn(file);
+    try {
+        save();
+    } catch (...) {
+        PutBack(file, wasThere, former);
+        throw;
+    }
 }
 
 }  // namespace ZET::Deploy

@@ -11,7 +11,8 @@ namespace ZET::Deploy {
 void RequireSoundStateFile(const std::string& file);
 
 /// Lets `save` write the state file, which everybody may read and only its owner may write, whatever the
-/// caller's umask is, or was when the file was made.
+/// caller's umask is, or was when the file was made. It is written in place: if `save` throws, the text that
+/// was there before is put back.
 void SaveStateFile(const std::string& file, const std::function<void()>& save);
 
 }  // namespace ZET::Deploy

@@ -5,6 +5,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/Signals.h"
 #include "deploy/host/Staging.h"
+#include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
 #include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/OwnCheck.h"
@@ -17,6 +18,30 @@
 namespace ZET::Deploy {
 
 namespace {
+
+/// Whether everybody may read what is made from the template. What keeps its mode from being told is a
+/// problem of its own.
+bool IsMadeForEverybody(Deployment& product, const std::string& templateName) {
+    try {
+        return (ModeOfRendering(product, templateName) & S_IROTH) != 0;
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
+std::vector<Problem> OpenSecrets(Deployment& product, const std::vector<Target>& targets) {
+    std::vector<Problem> open;
+    for (const Target& target : targets) {
+        if (!target.isSecret || target.mode || !IsMadeForEverybody(product, target.templateName)) continue;
+        open.push_back({.file = target.file,
+                        .line = target.line,
+                        .text = Words("[%s] is secret, but everybody may read %s: it gets the mode of its "
+                                      "template",
+                                      target.templateName, target.path),
+                        .remedy = _("give it a mode, such as mode = \"0600\"")});
+    }
+    return open;
+}
 
 /// Whether the template can be rendered: the module would never return from some of them.
 bool CanRender(Deployment& product, const Target& target) {
@@ -83,6 +108,7 @@ CheckResult Check(Deployment& product, const std::vector<std::string>& templateN
         TellUnknownNames(product, checked.templates.used, result);
         result.unusedValues = UnusedValues(product, checked.templates.used);
     }
+    Append(result.warnings, OpenSecrets(product, checked.targets));
     WarnOfServiceNames(product, checked.templates.used);
     result.checksNotRun = CountChecksNotRun(product.Wanted(), checked.targets);
     RunOwnChecks(product, checked);

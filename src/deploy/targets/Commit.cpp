@@ -119,17 +119,20 @@ class Execution {
             SaveStateFile(file, [&] { config.SaveConfigStatus(NameOf(m_product.Role())); });
             if (m_product.Role() != Role::Client) return;
             file = state.FileServerStatus();
-            SaveStateFile(file, [&] { config.SaveFileServerStatus(); });
+            SaveStateFile(file, [&] {
+                config.SaveFileServerStatus();
+                // The module does not report that only a part could be written.
+                if (config.GetFileServerStatus() != m_product.Param("NETWORK_FS_TYPE"))
+                    throw Failure({.file = file,
+                                   .text = _("could not be written whole"),
+                                   .remedy = _("make room, then commit again")});
+            });
         } catch (const EZETError& error) {
             throw Failure({.file = file,
                            .text = Words("cannot be written: %s", error.GetMessage()),
                            .remedy = _("make room, or allow it; then commit again")},
                           ErrorNumberOf(error));
         }
-        if (config.GetFileServerStatus() != m_product.Param("NETWORK_FS_TYPE"))
-            throw Failure({.file = file,
-                           .text = _("could not be written whole"),
-                           .remedy = _("make room, then commit again")});
     }
 
     Deployment& m_product;

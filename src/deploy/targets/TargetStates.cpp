@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
@@ -10,10 +11,9 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/StagedOwner.h"
 #include "deploy/host/Staging.h"
+#include "deploy/host/Words.h"
 #include "deploy/lists/Targets.h"
 #include "deploy/state/KnownFiles.h"
-#include "deploy/state/StateDirectory.h"
-#include "deploy/state/StateFile.h"
 #include "deploy/targets/EditMerge.h"
 #include "deploy/targets/FileOrigin.h"
 #include "deploy/targets/ListedEditDiffs.h"
@@ -31,6 +31,8 @@
 namespace ZET::Deploy {
 
 namespace {
+
+constexpr char kInPlace[] = "in place";
 
 /// Throws a `Failure` if this user cannot read the template: what a commit would make of it is unknown then.
 void RequireReadableTemplate(Host& host, const std::string& templateName) {
@@ -99,7 +101,7 @@ class StateTeller {
     std::string StateOfFile(const std::string& templateName, const std::string& path) {
         if (!m_mayBeUnknown && !m_known.Has(path, m_product.Role())) return kNotCommitted;
         const SeenFile there(path);
-        if (!there.State().exists) return kMissing;
+        if (!there.State().exists) return m_known.IsUnusable() ? kDiffers : kMissing;
         const bool canBeRendered =
             CheckTemplateFile(m_product, templateName, m_product.TemplateValues()).empty();
         // The check may object only because this user cannot read the template.
@@ -199,7 +201,7 @@ bool HasBlocks(const std::string& path) {
 }
 
 std::string StateOfEdit(Host& host, const KnownFiles& known, const std::string& path) {
-    if (known.IsAsLeft(path)) return "in place";
+    if (known.IsAsLeft(path)) return kInPlace;
     const FileState now = StateOf(path);
     if (!now.exists) return "missing";
     if (!now.IsRegular()) return "gone";
@@ -218,15 +220,14 @@ std::vector<std::string> NewerTemplates(Host& host, const std::vector<Target>& t
     return newer;
 }
 
-void AddListedEdits(Deployment& product, const KnownFiles& known, TargetStates& states) {
-    if (product.Lists().Targets().edits.empty() && known.EditedPaths().empty()) return;
+/// Returns what is wrong with them.
+std::vector<Problem> AddListedEdits(Deployment& product, const KnownFiles& known, TargetStates& states) {
+    if (product.Lists().Targets().edits.empty() && known.EditedPaths().empty()) return {};
     const Staging staging;
     const ListedLines lines = FindListedLines(product, known, staging);
     states.listedEdits = StatesOfEdits(product, lines);
     const bool isPlanned = product.Wanted().wantsDiffs;
-    for (const Problem& problem :
-         isPlanned ? AddDiffsOfFiles(product, known, staging, states.listedEdits) : lines.problems)
-        product.Out().Warning(problem.Describe());
+    return isPlanned ? AddDiffsOfFiles(product, known, staging, states.listedEdits) : lines.problems;
 }
 
 /// Where no history tells, what the template makes is the product's work, as far as this user can see.
@@ -255,33 +256,14 @@ LeftOver LeftOverAt(Deployment& product, const KnownFiles& known, const std::str
     return {path, FateOf(product, known, path, file), templateName};
 }
 
-}  // namespace
-
-RoleStatus RoleStatusOf(HostProduct& product) {
-    RoleStatus result;
-    StringMap status;
-    const StateDirectory state = product.State();
-    const char* const role = NameOf(product.Role());
-    RequireSoundStateFile(state.Status(product.Role()));
-    if (product.Config().IsConfigStatusExist(role)) product.Config().LoadConfigStatus(role, status);
-    result.commitTime = status["COMMIT_TIME"];
-    if (product.Role() != Role::Client) return result;
-    RequireSoundStateFile(state.FileServerStatus());
-    result.fileServer = product.Config().GetFileServerStatus();
-    return result;
-}
-
-TargetStates StatesOfTargets(Deployment& product) {
+/// The states of the targets and of all edits at one time, with what is wrong with listed edits.
+TargetStates LookAtAll(Deployment& product, const std::vector<Target>& targets,
+                       std::vector<Problem>& problems) {
     TargetStates result;
     const KnownFiles known(product, KnownFiles::Unusable::IsTold);
+    result.isHistoryRead = !known.IsUnusable();
     StateTeller teller(product, known);
-    const TargetList& list = product.Lists().TargetsAnew();
-    for (const Problem& problem : list.problems)
-        if (problem.isOfUser) product.Out().Warning(problem.Describe());
-    RequireWhole(list);
-    WarnOfStrays(product.Out(), list);
     std::set<std::string> listed;
-    const std::vector<Target> targets = SelectTargets(product.Role(), list, {});
     for (const Target& target : targets) {
         product.RequireGoOn();
         product.Out().Progress(result.targets.size(), targets.size());
@@ -289,15 +271,63 @@ TargetStates StatesOfTargets(Deployment& product) {
         listed.insert(result.targets.back().path);
     }
     teller.AddDiffs(result.targets);
-    AddListedEdits(product, known, result);
+    problems = AddListedEdits(product, known, result);
     for (const ListedEditState& edit : result.listedEdits)
         listed.insert(edit.path);
     for (const std::string& path : CommittedPaths(product, known))
         if (listed.count(path) == 0) result.leftOvers.push_back(LeftOverAt(product, known, path));
     for (const std::string& path : known.EditedPaths())
         if (listed.count(path) == 0) result.edits.push_back({path, StateOfEdit(product, known, path)});
-    result.newerTemplates = NewerTemplates(product, targets);
     return result;
+}
+
+/// Whether every file is as it was left.
+bool IsAllWell(const TargetStates& states) {
+    return states.IsInSync() && states.leftOvers.empty() &&
+           std::all_of(states.edits.begin(), states.edits.end(),
+                       [](const EditState& edit) { return edit.state == kInPlace; });
+}
+
+/// 0 if there is no history that can be read.
+std::int64_t StoreVersionOf(History& history) {
+    std::int64_t version = 0;
+    history.TryLook([&](Store& store) { version = store.Version(); });
+    return version;
+}
+
+void WarnOfDenied(Host& host) {
+    if (!host.HostHistory().IsDenied()) return;
+    const Problem denied = {
+        .file = host.State().Store(),
+        .text = _("may not be read, so that files edited in place, and what is left over, are not told"),
+        .remedy = _("run the command as a user who may")};
+    host.Out().Warning(denied.Describe());
+}
+
+}  // namespace
+
+TargetStates StatesOfTargets(Deployment& product) {
+    constexpr int kLooks = 3;
+    std::int64_t version = StoreVersionOf(product.HostHistory());
+    const TargetList& list = product.Lists().TargetsAnew();
+    for (const Problem& problem : list.problems)
+        if (problem.isOfUser) product.Out().Warning(problem.Describe());
+    RequireWhole(list);
+    WarnOfStrays(product.Out(), list);
+    const std::vector<Target> targets = SelectTargets(product.Role(), list, {});
+    std::vector<Problem> problems;
+    TargetStates states = LookAtAll(product, targets, problems);
+    // What another command wrote meanwhile is not known to this look, and would be told as somebody's edit.
+    for (int looks = 1; looks < kLooks && !IsAllWell(states); ++looks) {
+        const std::int64_t now = StoreVersionOf(product.HostHistory());
+        if (std::exchange(version, now) == now) break;
+        states = LookAtAll(product, targets, problems);
+    }
+    for (const Problem& problem : problems)
+        product.Out().Warning(problem.Describe());
+    WarnOfDenied(product);
+    states.newerTemplates = NewerTemplates(product, targets);
+    return states;
 }
 
 bool TargetStates::IsAnyUnknown() const {

@@ -6,8 +6,6 @@
 
 namespace ZET::Deploy {
 
-RoleStatus RoleStatusOf(HostProduct& product);
-
 /// The states of the role's targets. If one cannot be told, the others still are.
 TargetStates StatesOfTargets(Deployment& product);
 

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <stdexcept>
+
 #include "../HostFixture.h"
 #include "deploy/host/Failure.h"
 
@@ -45,6 +47,27 @@ TEST_F(StateFileTest, FileThatNobodyHereWroteSoLargeIsDamage) {
     EXPECT_NO_THROW(RequireSoundStateFile(m_file));
     fs::resize_file(m_file, (std::uintmax_t{64} << 20) + 1);
     ExpectDamage("is larger than any that is written here");
+}
+
+TEST_F(StateFileTest, TextIsPutBackWhereSavingFails) {
+    Write("state/f", "former\n");
+    EXPECT_THROW(SaveStateFile(m_file,
+                               [&] {
+                                   Write("state/f", "par");
+                                   throw std::runtime_error("no room");
+                               }),
+                 std::runtime_error);
+    EXPECT_EQ(Read("state/f"), "former\n");
+}
+
+TEST_F(StateFileTest, NothingStaysOfANewFileWhereSavingFails) {
+    EXPECT_THROW(SaveStateFile(m_file,
+                               [&] {
+                                   Write("state/f", "par");
+                                   throw std::runtime_error("no room");
+                               }),
+                 std::runtime_error);
+    EXPECT_FALSE(fs::exists(m_file));
 }
 
 }  // namespace

@@ -173,6 +173,15 @@ TEST_F(StoreTest, AnEntryThatChangedNothingLeavesNothing) {
     EXPECT_GT(Record(store, {File("/etc/x", "1", "2")}), dropped);  // a number is given once
 }
 
+TEST_F(StoreTest, TheVersionTellsWhetherAnotherOneRecorded) {
+    Store store = Opened();
+    Store reader(Name(), Store::Access::Look);
+    const std::int64_t before = reader.Version();
+    EXPECT_EQ(reader.Version(), before);
+    Record(store, {File("/etc/x", "1", "2")});
+    EXPECT_NE(reader.Version(), before);
+}
+
 std::int64_t CountIn(const std::string& file, Statement statement) {
     Database database(file, Database::Access::Look);
     return std::get<std::int64_t>(database.Run(statement));

@@ -6,6 +6,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/store/Sqlite.h"
+#include "posix/OpenLimit.h"
 
 namespace ZET::Deploy {
 
@@ -100,7 +101,8 @@ bool DatabaseError::IsDamage() const {
 
 bool DatabaseError::IsReadOnly() const {
     const int kind = m_code & 0xff;
-    return kind == SQLITE_READONLY || kind == SQLITE_CANTOPEN || kind == SQLITE_PERM;
+    return kind == SQLITE_READONLY || kind == SQLITE_PERM ||
+           (kind == SQLITE_CANTOPEN && !IsOfOpenLimit(m_errorNumber));
 }
 
 bool DatabaseError::IsFull() const {

@@ -11,6 +11,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/store/StoreNames.h"
+#include "posix/CreationMask.h"
 #include "posix/Descriptor.h"
 
 namespace ZET::Deploy {
@@ -42,6 +43,7 @@ std::int64_t LastNumberBeside(const std::string& file) {
 
 void KeepLastNumber(const std::string& file, std::int64_t number) {
     const std::string name = file + kLastNumberSuffix;
+    const CreationMask mask(kOfOwnerAlone);
     const Descriptor kept(open(name.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
     const std::string text = TextOf(number);
     // On a full disk the former number stays, which tells less, but nothing wrong.

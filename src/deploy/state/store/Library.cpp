@@ -1,15 +1,25 @@
 #include "deploy/state/store/Library.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
+
+#include <cerrno>
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
+#include "posix/Descriptor.h"
+#include "posix/OpenLimit.h"
 
 namespace ZET::Deploy {
 
 Library::Library(const char* file, const char* package)
     : m_file(file), m_package(package), m_handle(dlopen(file, RTLD_NOW | RTLD_LOCAL)) {
-    if (m_handle == nullptr) Fail(_("cannot be loaded"));
+    if (m_handle != nullptr) return;
+    // Why it failed is told in words alone; where no other file can be opened either, it may be installed.
+    const Descriptor other(open("/", O_PATH | O_CLOEXEC));
+    if (other < 0 && IsOfOpenLimit(errno)) FailOfCall(file, _("cannot be loaded"));
+    Fail(_("cannot be loaded"));
 }
 
 void* Library::Symbol(const char* name) const {

@@ -110,6 +110,9 @@ class Store {
     /// The templates by which a commit ever wrote a file, as far as that is kept.
     std::set<std::string> CommittedTemplates();
 
+    /// Another number once another process has recorded something.
+    std::int64_t Version();
+
     /// While the result lives, the store is seen as it was at the first look, and nothing may be recorded.
     /// Many looks cost less then. Null if a transaction is open already.
     std::unique_ptr<Database::Transaction> Look();

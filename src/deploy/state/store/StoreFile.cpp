@@ -17,6 +17,7 @@
 #include "deploy/state/store/Schema.h"
 #include "deploy/state/store/StoreDamage.h"
 #include "deploy/state/store/StoreNames.h"
+#include "posix/CreationMask.h"
 #include "posix/Descriptor.h"
 #include "posix/PathNames.h"
 
@@ -87,6 +88,7 @@ void KeepFromOthers(const std::string& file) {
 /// Before the library makes it, with rights for everybody: its other files get the rights of this one.
 void MakeFile(const std::string& file) {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    const CreationMask mask(kOfOwnerAlone);
     const Descriptor made(open(file.c_str(), kFlags, kForOwner));
     if (made < 0 && errno != EEXIST) FailOfCall(file, _("cannot be created"));
 }

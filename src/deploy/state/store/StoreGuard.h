@@ -2,10 +2,12 @@
 #define ZET_STORE_GUARD_H
 
 #include "deploy/host/Failure.h"
+#include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/store/Rows.h"
 #include "deploy/state/store/Store.h"
 #include "deploy/state/store/StoreDamage.h"
+#include "posix/OpenLimit.h"
 
 namespace ZET::Deploy {
 
@@ -16,6 +18,8 @@ auto Store::Guarded(Call call) {
         return call();
     } catch (const DatabaseError& error) {
         if (error.IsDamage()) FailOfDamage(m_file, error.what());
+        if (IsOfOpenLimit(error.ErrorNumber()))
+            throw SystemFailure({.file = m_file, .text = _("cannot be opened")}, error.ErrorNumber());
         const char* const remedy = error.IsFull()       ? _("make room, or set ZET_HISTORY=no")
                                    : error.IsReadOnly() ? _("let it be written, or set ZET_HISTORY=no")
                                                         : _("see to its file system, or set ZET_HISTORY=no");

@@ -116,6 +116,10 @@ std::int64_t Store::LastPruned() {
     return Guarded([&] { return FirstNumber(*m_database, "SELECT number FROM pruned"); });
 }
 
+std::int64_t Store::Version() {
+    return Guarded([&] { return FirstNumber(*m_database, "PRAGMA data_version"); });
+}
+
 std::size_t Store::CountTexts(const std::vector<std::string>& paths) {
     return Guarded([&] { return CountTextsOf(*m_database, paths); });
 }
