@@ -52,7 +52,7 @@ class StateTeller {
     StateTeller(Deployment& product, const KnownFiles& known)
         : m_product(product),
           m_known(known),
-          m_mayBeUnknown(known.IsUnusable() && IsFileExist(product.State().Status(product.Role()))) {}
+          m_isUntold(known.IsUnusable() && IsFileExist(product.State().Status(product.Role()))) {}
 
     TargetState Tell(const Target& target) {
         TargetState result;
@@ -96,7 +96,7 @@ class StateTeller {
 
     /// One that cannot be rendered is not what was committed, which a commit would have to tell.
     std::string StateOfFile(const std::string& templateName, const std::string& path) {
-        if (!m_mayBeUnknown && !m_known.Has(path, m_product.Role())) return kNotCommitted;
+        if (!m_isUntold && !m_known.Has(path, m_product.Role())) return kNotCommitted;
         const SeenFile there(path);
         if (!there.State().exists) return kMissing;
         const bool canBeRendered =
@@ -181,7 +181,7 @@ class StateTeller {
 
     Deployment& m_product;
     const KnownFiles& m_known;
-    const bool m_mayBeUnknown;  ///< that the role has committed a target
+    const bool m_isUntold;  ///< which targets the role has committed
     const Staging m_staging;
     std::shared_ptr<const StagedText> m_staged;  ///< the last rendering; null where it is what is there
     std::string m_reason;                        ///< of the last state
