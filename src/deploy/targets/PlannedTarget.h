@@ -36,6 +36,7 @@ struct PlannedTarget {
     bool isOriginalLost = false;    ///< what is there is the product's own work, which gets no reserve
     bool isMerged = false;          ///< what others changed in it is in the new text, too
     bool holdsMerge = false;        ///< what others changed in it was merged by an earlier commit
+    bool isNewToRole = false;       ///< no commit of the role recorded it
     bool isUntold = false;          ///< what a run that was cut short wrote, whose services nobody was told
     Role namedRole = Role::Client;  ///< the one whose command its notice names
     FileVersion version;            ///< of what was there when the plan was made
