@@ -386,6 +386,8 @@ print(*sqlite3.connect("state/state.db").execute("SELECT path FROM known WHERE p
     zet -q commit-config
     mv templates/one.conf templates/new.conf
     sed -i 's/^\[templates."one.conf"\]/[templates."new.conf"]/' templates/targets.toml
+    mkdir etc/targets.d
+    printf '[templates."one.conf"]\nenabled = false\n' >etc/targets.d/10.toml
     local told="zet-client: warning: $HOST/out/one.conf: is made from the template [new.conf] now, without the edits of $HOST/etc/one.conf (take them over into $HOST/etc/new.conf)"
     run_zet commit-config -n
     assert_status 3

@@ -265,9 +265,7 @@ class Judge {
 
     void Take(Listed<Target>& listed) {
         Target& target = listed.entry;
-        Decide(target);
-        // The package may have dropped or renamed the template.
-        target.isStray = listed.path.problems == nullptr && target.file != m_shipped;
+        Decide(listed);
         if (!target.isEnabled || target.isStray) return;
         const std::string& name = target.templateName;
         if (listed.path.problems == nullptr)
@@ -280,8 +278,9 @@ class Judge {
 
     void Take(Listed<ListedEdit>& listed) {
         ListedEdit& edit = listed.entry;
-        Decide(edit);
-        if (!edit.isEnabled) return;
+        Decide(listed);
+        edit.isStray = edit.isStray && !edit.name.empty();
+        if (!edit.isEnabled || edit.isStray) return;
         if (listed.path.problems == nullptr)
             listed.name.Add(_("an edit has no file"), _("add file = \"/PATH\""));
         const bool hasSelector = !edit.param.empty() || !edit.pattern.empty();
@@ -290,9 +289,13 @@ class Judge {
     }
 
   private:
-    void Decide(ListEntry& entry) const {
+    template <typename Kind>
+    void Decide(Listed<Kind>& listed) const {
+        Kind& entry = listed.entry;
         const auto& [parameter, value, file, line] = entry.when;
         entry.isConditionMet = parameter.empty() || HaveSameMeaning(parameter, m_valueOf(parameter), value);
+        // The package may have dropped or renamed what a list of the host's own changes.
+        entry.isStray = entry.isEnabled && listed.path.problems == nullptr && entry.file != m_shipped;
     }
 
     /// Claims the file for each role that the target is for.

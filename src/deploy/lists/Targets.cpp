@@ -113,16 +113,19 @@ std::vector<Target> SelectTargets(Role role, const TargetList& list,
 }
 
 void WarnOfStrays(Observer& observer, const TargetList& list) {
-    for (const Target& target : list.targets) {
-        if (!target.isStray) continue;
+    const auto warn = [&](const ListEntry& entry, const char* text, const std::string& name,
+                          const char* remedy) {
+        if (!entry.isStray) return;
         const Problem stray = {
-            .file = target.file,
-            .line = target.line,
-            .text = Words("no list before this one has the template [%s], and it has no target",
-                          target.templateName),
-            .remedy = _("take its keys out, or add target = \"/PATH\"")};
+            .file = entry.file, .line = entry.line, .text = Words(text, name), .remedy = _(remedy)};
         observer.Warning(stray.Describe());
-    }
+    };
+    for (const Target& target : list.targets)
+        warn(target, ZET_TEXT("no list before this one has the template [%s], and it has no target"),
+             target.templateName, ZET_TEXT("take its keys out, or add target = \"/PATH\""));
+    for (const ListedEdit& edit : list.edits)
+        warn(edit, ZET_TEXT("no list before this one has the edit \"%s\", and it has no file"), edit.name,
+             ZET_TEXT("take its keys out, or add file = \"/PATH\""));
 }
 
 void RequireWhole(const TargetList& list) {

@@ -149,17 +149,11 @@ void CommitPlan::AddEdits() {
 
 bool CommitPlan::IsRecorded() const {
     return IsChange() || !IsFileExist(m_product.State().Status(m_product.Role())) ||
-           std::any_of(m_targets.begin(), m_targets.end(),
-                       [&](const PlannedTarget& planned) {
-                           return !planned.hasWorkingCopy || IsNewToRole(planned);
-                       }) ||
+           std::any_of(
+               m_targets.begin(), m_targets.end(),
+               [](const PlannedTarget& planned) { return !planned.hasWorkingCopy || planned.isNewToRole; }) ||
            std::any_of(m_takenBack.begin(), m_takenBack.end(),
                        [](const TakeBackStep& step) { return step.action != TakeBackStep::Action::Nothing; });
-}
-
-/// A history that this user cannot read does not tell.
-bool CommitPlan::IsNewToRole(const PlannedTarget& planned) const {
-    return !m_known->IsUnusable() && !m_known->Has(planned.path, m_product.Role());
 }
 
 bool CommitPlan::IsChange() const {
@@ -247,6 +241,9 @@ void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     const std::string& path = planned.path;
     const KnownFile* const known = m_known->Find(path);
     const bool isRecorded = known != nullptr && known->state.knowledge.IsCommitted();
+    // A history that this user cannot read does not tell.
+    planned.isNewToRole = !m_known->IsUnusable() &&
+                          (known == nullptr || !known->state.knowledge.roles.contains(m_product.Role()));
     const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there) : planned.hasCompanion;
     if (isStrange) planned.foundAs = isRecorded ? FoundAs::Edited : FoundAs::Unrecorded;
     if (planned.HoldsUnkeptText() && IsReserved(path)) planned.foundAs = FoundAs::Reserved;

@@ -80,7 +80,6 @@ class CommitPlan {
     void AddTakenBack();
     void AddEdits();
     void TakeBackFile(WrittenFile file);
-    bool IsNewToRole(const PlannedTarget& planned) const;
     bool WasCutShort(const KnownFile& known);
     bool WasCutShort(std::int64_t entry) const;
 

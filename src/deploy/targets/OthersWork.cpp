@@ -32,6 +32,17 @@ std::string FateOfOthersWork(const PlannedTarget& planned, bool isDryRun) {
     return Words(fate, DescribeOthersWork(planned));
 }
 
+/// Whether the working copy holds somebody's edits. One that cannot be read counts as holding none.
+bool HoldsEdits(Host& host, const TemplateFiles& files) {
+    try {
+        if (!IsFileExist(files.workingCopy)) return false;
+        const TemplateTexts texts = ReadTexts(host, files);
+        return texts.IsEdited() || !texts.IsKnown();
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
 /// A real run reports the loss when it is done.
 void TellLossToCome(Host& host, const std::string& path, const FileVersion& version) {
     if (host.Wanted().dryRun)
@@ -84,11 +95,10 @@ void WarnOfOthersWork(Host& host, const PlannedEdits& planned) {
 
 void WarnOfFormerTemplate(Deployment& product, const PlannedTarget& planned, const std::string& former) {
     const std::string& name = planned.target.templateName;
-    if (former == name || product.Lists().EntryOf(former) != nullptr) return;
+    const Target* const entry = product.Lists().EntryOf(former);
+    if (former == name || (entry != nullptr && !entry->path.empty())) return;
     const TemplateFiles files = FilesOfTemplate(product, former);
-    if (!IsFileExist(files.workingCopy)) return;
-    const TemplateTexts texts = ReadTexts(product, files);
-    if (texts.IsKnown() && !texts.IsEdited()) return;
+    if (!HoldsEdits(product, files)) return;
     const Problem lost = {
         .file = planned.path,
         .text = Words("is made from the template [%s] now, without the edits of %s", name, files.workingCopy),

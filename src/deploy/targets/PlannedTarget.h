@@ -36,6 +36,7 @@ struct PlannedTarget {
     bool isOriginalLost = false;    ///< what is there is the product's own work, which gets no reserve
     bool isMerged = false;          ///< the new text also has what others changed
     bool holdsMerge = false;        ///< an earlier commit merged what others changed in it
+    bool isNewToRole = false;       ///< no commit of the role recorded it
     bool isUntold = false;          ///< written by a run that was cut short, which reported no services
     Role namedRole = Role::Client;  ///< whose command its notice names
     FileVersion version;            ///< of what was there when the plan was made

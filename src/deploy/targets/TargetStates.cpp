@@ -54,7 +54,7 @@ class StateTeller {
     StateTeller(Deployment& product, const KnownFiles& known)
         : m_product(product),
           m_known(known),
-          m_mayBeUnknown(known.IsUnusable() && IsFileExist(product.State().Status(product.Role()))) {}
+          m_isUntold(known.IsUnusable() && IsFileExist(product.State().Status(product.Role()))) {}
 
     TargetState Tell(const Target& target) {
         TargetState result;
@@ -99,7 +99,7 @@ class StateTeller {
     /// If the template cannot be rendered, the target is not as committed: a commit would have to report
     /// that.
     std::string StateOfFile(const std::string& templateName, const std::string& path) {
-        if (!m_mayBeUnknown && !m_known.Has(path, m_product.Role())) return kNotCommitted;
+        if (!m_isUntold && !m_known.Has(path, m_product.Role())) return kNotCommitted;
         const SeenFile there(path);
         if (!there.State().exists) return m_known.IsUnusable() ? kDiffers : kMissing;
         const bool canBeRendered =
@@ -185,7 +185,7 @@ class StateTeller {
 
     Deployment& m_product;
     const KnownFiles& m_known;
-    const bool m_mayBeUnknown;  ///< that the role has committed a target
+    const bool m_isUntold;  ///< which targets the role has committed
     const Staging m_staging;
     std::shared_ptr<const StagedText> m_staged;  ///< the last rendering; null: it is what is there
     std::string m_reason;                        ///< the reason for the last state

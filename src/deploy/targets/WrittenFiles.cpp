@@ -100,15 +100,16 @@ static bool IsMadeByCommit(Deployment& product, const WrittenFile& file) {
     return !file.trouble && file.MayGoBack() && !TemplateNamedIn(product.Core(), file.path).empty();
 }
 
-std::set<std::string> CommittedPaths(Deployment& product, const KnownFiles& known) {
-    const std::vector<std::string> recorded = known.PathsOf(product.Role());
-    std::set<std::string> paths(recorded.begin(), recorded.end());
+std::vector<std::string> CommittedPaths(Deployment& product, const KnownFiles& known) {
+    std::vector<std::string> paths = known.PathsOf(product.Role());
     if (!product.Lists().IsUsable()) return paths;
+    std::set<std::string> unknown;
     for (const Target& target : product.Lists().Targets().targets) {
         if (target.path.empty() || target.IsInForce() || !target.IsFor(product.Role())) continue;
         const WrittenFile file = WrittenTarget(product, target);
-        if (known.Find(file.path) == nullptr && IsMadeByCommit(product, file)) paths.insert(file.path);
+        if (known.Find(file.path) == nullptr && IsMadeByCommit(product, file)) unknown.insert(file.path);
     }
+    paths.insert(paths.end(), unknown.begin(), unknown.end());
     return paths;
 }
 

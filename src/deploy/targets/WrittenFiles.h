@@ -2,7 +2,6 @@
 #define ZET_WRITTEN_FILES_H
 
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -24,7 +23,7 @@ WrittenFile WrittenLines(const Host& host, const std::string& path);
 
 /// The files that commits of the host's role wrote: those on record, and targets not in force of which the
 /// history knows nothing although a commit made them.
-std::set<std::string> CommittedPaths(Deployment& product, const KnownFiles& known);
+std::vector<std::string> CommittedPaths(Deployment& product, const KnownFiles& known);
 
 /// The files that a rollback of the host's role can take back.
 struct WrittenFiles {

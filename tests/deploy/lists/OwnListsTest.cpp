@@ -131,6 +131,14 @@ TEST(OwnLists, KeysOfATemplateThatIsNotShippedAnyMoreCountForNothing) {
     EXPECT_FALSE(ListOf({"", Entry("", "own")}).targets.at(0).isStray);
 }
 
+TEST(OwnLists, KeysOfAnEditThatIsNotShippedAnyMoreCountForNothing) {
+    const TargetList list = ListOf({"", "[[edits]]\nname = \"gone\"\nline = \"x\"\n"});
+    EXPECT_THAT(ProblemsOf(list), IsEmpty());
+    EXPECT_TRUE(list.edits.at(0).isStray);
+    EXPECT_FALSE(list.edits.at(0).IsInForce());
+    EXPECT_THAT(ProblemsOf(ListOf({"", "[[edits]]\nline = \"x\"\n"})), SizeIs(2)) << "it has no name";
+}
+
 TEST(OwnLists, MistakesOfEveryListAreTold) {
     const TargetList list = ListOf({"wrong = 1", "[[", Entry("secret = 1", "a")});
     EXPECT_FALSE(list.isUnderstood);
