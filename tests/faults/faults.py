@@ -83,7 +83,7 @@ class Checker:
         self._scenario = scenario
         self._host = host
         self._runner = runner
-        self._known_ends = set()  # states from which going on is known to end well
+        self._known_ends = set()  # hashes of states, which are large, from which going on is known to end well
         self.runs = 0
 
     def prepare(self):
@@ -160,7 +160,7 @@ class Checker:
         return found
 
     def _go_on(self, now, is_warned, was_unrecorded):
-        state = key_of(now)
+        state = hash(key_of(now))
         # What has its own way to be done changes more than states tell.
         if not self._scenario.has_own_end and (now == self.old or state in self._known_ends):
             return []
