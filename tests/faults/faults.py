@@ -170,17 +170,19 @@ class Checker:
         found += verdict.of_originals(self.old, self.new, now)
         found += verdict.of_success(result, self.output, self.new, now, may_leave, is_denied)
         found += self._scenario.done(now) if result.status == 0 else []
-        found += self._go_on(now, is_warned, verdict.is_unrecorded(result))
-        self._host.put_back(self.old, self._host.look())
-        return found
+        return found + self._go_on(now, is_warned, verdict.is_unrecorded(result))
 
     def _go_on(self, now, is_warned, was_unrecorded):
+        """To the end and by the way back; the host is as before afterwards."""
         state = hash(key_of(now))
         # What has its own way to be done changes more than states tell.
         if not self._scenario.has_own_end and (now == self.old or state in self._known_ends):
+            self._host.put_back(self.old, now)
             return []
         found = self._undo(now, is_warned, was_unrecorded) if self._scenario.undo else []
-        found += self._of_end(self.run(), self._host.look(), is_warned, was_unrecorded)
+        result, end = self.run(), self._host.look()
+        found += self._of_end(result, end, is_warned, was_unrecorded)
+        self._host.put_back(self.old, end)
         if not found and not is_warned and not was_unrecorded:
             self._known_ends.add(state)
         return found
