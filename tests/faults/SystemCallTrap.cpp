@@ -192,6 +192,12 @@ long ChangeMask(const Call& call, ucontext_t& context) {
     return result;
 }
 
+/// Nobody else goes on meanwhile: who tries again after a fault may do so at once, and as often. A database
+/// that is not granted a lock pauses for ten seconds in all: nine tenths of the time of faults.fail.
+bool IsPause(const Call& call) {
+    return call.number == SYS_nanosleep || call.number == SYS_clock_nanosleep;
+}
+
 void OnSystemCall(int /*signal*/, siginfo_t* /*info*/, void* data) {
     auto& context = *static_cast<ucontext_t*>(data);
     auto& registers = context.uc_mcontext.gregs;
@@ -200,6 +206,8 @@ void OnSystemCall(int /*signal*/, siginfo_t* /*info*/, void* data) {
                         registers[REG_R8], registers[REG_R9]}};
     if (call.number == SYS_rt_sigprocmask) {
         registers[REG_RAX] = ChangeMask(call, context);
+    } else if (IsPause(call)) {
+        registers[REG_RAX] = 0;
     } else {
         registers[REG_RAX] = IsFileCall(call) ? CountedCall(call) : Make(call);
     }
