@@ -53,6 +53,7 @@ import os
 import shutil
 import sys
 import tempfile
+import time
 
 import attacker
 import disk
@@ -70,6 +71,7 @@ from watch import Watcher
 SKIPPED = 77
 MOST_SHOWN = 20
 MOST_TRIES = 3
+LEAST_PART = 0.99  # of what the run that counted did; a fault behind the end of such a run does not exist in it
 
 
 class Unsound(Exception):
@@ -83,14 +85,16 @@ class Checker:
         self._scenario = scenario
         self._host = host
         self._runner = runner
-        self._known_ends = set()  # states from which going on is known to end well
-        self.runs = 0
+        self._known_ends = set()  # hashes of states, which are large, from which going on is known to end well
+        self.runs = self.met = self.missed = 0
 
     def prepare(self):
         self._host.make()
         self._scenario.furnish(self._host)
         self._origin = self._host.look()
         self._scenario.prepare(self._host, self._run_sound)
+        if self.runs > 0:
+            time.sleep(1 - time.time() % 1)  # a status file tells the second: none of the runs is in that of the last
         self.old = self._host.look()
         watcher = Watcher(self._host.root, self.old)
         self._host.forget_holders()
@@ -130,9 +134,14 @@ class Checker:
         watcher = Watcher(self._host.root, self.old) if is_watched else None
         result = self._run_to(fault, watcher)
         now = self._host.look()
-        found = [] if result.is_met or fault.kind == "full" else ["the run did not get to the fault"]
-        found += watcher.found if watcher else []
-        found += verdict.of_exit(result, fault.kind == "kill")
+        self.met += result.is_met
+        found = list(watcher.found) if watcher else []
+        if not result.is_met and self._is_behind_end(fault):
+            self.missed += 1
+            found += self._of_end(result, now)
+        else:
+            found += [] if result.is_met or fault.kind == "full" else ["the run did not get to the fault"]
+            found += verdict.of_exit(result, fault.kind == "kill")
         may_leave = plans.may_leave_temporaries(fault, self.calls)
         if not may_leave:
             found += verdict.of_left_overs(now)
@@ -149,23 +158,31 @@ class Checker:
             result = self.run(fault, watcher)
         return result
 
+    def _is_behind_end(self, fault):
+        """Whether the run ended before the turn, having done hardly less than the one that counted."""
+        which = 0 if plans.is_of_calls(fault) else 1
+        counted, made = (len(self.calls), self.allocations)[which], self._runner.counts()[which]
+        return counted * LEAST_PART <= made < fault.turn <= counted
+
     def judge(self, result, now, may_leave=False, is_denied=False):
         is_warned = verdict.has_warned(result)
         found = verdict.of_files(self.old, self.new, now, is_warned)
         found += verdict.of_originals(self.old, self.new, now)
         found += verdict.of_success(result, self.output, self.new, now, may_leave, is_denied)
         found += self._scenario.done(now) if result.status == 0 else []
-        found += self._go_on(now, is_warned, verdict.is_unrecorded(result))
-        self._host.put_back(self.old, self._host.look())
-        return found
+        return found + self._go_on(now, is_warned, verdict.is_unrecorded(result))
 
     def _go_on(self, now, is_warned, was_unrecorded):
-        state = key_of(now)
+        """To the end and by the way back; the host is as before afterwards."""
+        state = hash(key_of(now))
         # What has its own way to be done changes more than states tell.
         if not self._scenario.has_own_end and (now == self.old or state in self._known_ends):
+            self._host.put_back(self.old, now)
             return []
         found = self._undo(now, is_warned, was_unrecorded) if self._scenario.undo else []
-        found += self._of_end(self.run(), self._host.look(), is_warned, was_unrecorded)
+        result, end = self.run(), self._host.look()
+        found += self._of_end(result, end, is_warned, was_unrecorded)
+        self._host.put_back(self.old, end)
         if not found and not is_warned and not was_unrecorded:
             self._known_ends.add(state)
         return found
@@ -190,7 +207,7 @@ def repeat_command(options, scenario, fault):
 
 def report(options, scenario, checker, fault, found, result):
     call = ""
-    if fault.kind not in ("memory", "starve") and 0 < fault.turn <= len(checker.calls):
+    if plans.is_of_calls(fault) and 0 < fault.turn <= len(checker.calls):
         met = checker.calls[fault.turn - 1]
         call = f" ({met.name} {met.path})"
     print(f"{scenario.name}: {describe(fault)}{call}")
@@ -236,8 +253,11 @@ def check_scenario(options, scenario, host, runner):
                 failures += 1
                 if failures <= MOST_SHOWN:
                     report(options, scenario, checker, fault, found, result)
+        if checker.met == 0:
+            failures += 1
+            print(f"{scenario.name}: no fault was met")
     print(f"{scenario.name}: {len(checker.calls)} calls, {checker.allocations} allocations, "
-          f"{checker.runs} runs, {failures} failures", flush=True)
+          f"{checker.runs} runs, {checker.missed} faults behind their end, {failures} failures", flush=True)
     return failures
 
 

@@ -93,6 +93,10 @@ def allocation_faults(early, allocations, is_long):
     yield from (Fault("starve", turn) for turn in starvations)
 
 
+def is_of_calls(fault):
+    return fault.kind not in ("memory", "starve")
+
+
 def is_watched(options, fault, calls):
     """Whether the host is looked at after every call of the run."""
     if options.kind != "fail" or fault.kind != "fail":

@@ -102,6 +102,10 @@ class Runner:
             raise NotPossible(errors)
         return Result(status, output, errors, fault is not None and self._header()[2] != 0)
 
+    def counts(self):
+        """How many calls and allocations the run before made, if it was to meet something."""
+        return self._header()[:2]
+
     def _start(self, program, arguments, fault, hook):
         command = self.command(program, arguments)
         actions = [(os.POSIX_SPAWN_DUP2, stream, number) for number, stream in enumerate(self._streams, 1)]

@@ -1,5 +1,6 @@
 """What the product recorded on a host, read from the store's files. Only this file knows its tables."""
 
+import hashlib
 import os
 import re
 import sqlite3
@@ -16,7 +17,7 @@ OPEN = ("SELECT path, coalesce(was.digest, x''), becomes.present, becomes.digest
         " WHERE outcome = 0")
 GIVEN = "SELECT coalesce(max(seq), 0) FROM sqlite_sequence WHERE name = 'entries'"
 
-_read = {}  # raw bytes that were read already
+_read = {}  # what files tell that were read already, by their digest: the files themselves are large
 
 
 class Store:
@@ -24,7 +25,7 @@ class Store:
 
     def __init__(self, files):
         self.files = files  # by suffix
-        key = tuple(sorted((suffix, data) for suffix, data in files.items() if suffix != "-shm"))
+        key = _digest(files)
         if key not in _read:
             _read[key] = _contents(files)
         self.known, self.open, self.damage, self.texts = _read[key]
@@ -49,6 +50,16 @@ class Store:
         """Of files that may have other owners and modes."""
         texts, others = ({(row[0], row[1], row[2], row[7]) for row in each.known} for each in (self, other))
         return not self.damage and texts == others
+
+
+def _digest(files):
+    digest = hashlib.sha256()
+    for suffix, data in sorted(files.items()):
+        if suffix != "-shm":
+            digest.update(f"{suffix} {len(data)}\n".encode())
+            digest.update(data)
+    return digest.digest()
+
 
 def _contents(files):
     """What is known of files, what was about to be written, what is damaged, and how many texts are kept."""
