@@ -213,5 +213,5 @@ disable() {
     assert_status 3
     [[ $output == *"committed: never"*"$HOST/out/two.conf: not committed"* ]]
     PROGRAM=$ZET_BIN/zet-init run_zet status
-    [[ $output == *"$HOST/out/two.conf: missing"* ]]
+    [[ $output == *"$HOST/out/two.conf: differs"* ]]
 }

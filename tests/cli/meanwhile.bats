@@ -95,6 +95,7 @@ assert_told() {
 
 # status_beside FILE WORD...: a status that is stopped at its first look at the file, while this command writes.
 status_beside() {
+    rm -f "$BASE/trace"
     strace -f -qq -P "$1" -e trace=/stat -e inject=/stat:signal=STOP:when=1 -o "$BASE/trace" \
         "$ZET_BIN/zet-client" --config zet.conf status >"$BASE/output" 2>"$BASE/stderr" 3>&- &
     local strace=$! tries=0

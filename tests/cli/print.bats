@@ -57,7 +57,7 @@ names_in() {
     run_zet --json template process one.conf -
     assert_json 'd["text"], len(d["problems"])' '[null, 1]'
     run_zet template process missing -
-    assert_refusal 1 "$HOST/templates/missing: the template is missing (install it there, or correct its name in the list)"
+    assert_refusal 1 "$HOST/templates/missing: the template is missing (correct its name, or ZET_CFG_TEMPL_DIR)"
     run_zet template process one.conf - --value '${extra}=x'
     assert_status 2
     assert_host_unchanged

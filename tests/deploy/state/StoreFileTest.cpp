@@ -62,7 +62,7 @@ TEST_F(StoreFileTest, WhatStandsInItsPlaceIsRefusedUnopened) {
 
 TEST_F(StoreFileTest, WhatOthersMayReadIsNotForThemOnceSomethingIsRecorded) {
     { Record(*std::make_unique<Store>(Name(), Store::Access::Record), {File("/etc/x", "1", "2")}); }
-    for (const char* const suffix : {"", "-wal", "-shm", "-last"}) {
+    for (const char* const suffix : {"", "-wal"}) {
         for (const unsigned int mode : {0644U, 0640U, 0604U}) {
             const std::string name = Name(suffix);
             fs::permissions(name, fs::perms(mode));
@@ -73,6 +73,14 @@ TEST_F(StoreFileTest, WhatOthersMayReadIsNotForThemOnceSomethingIsRecorded) {
             EXPECT_EQ(fs::status(name).permissions(), fs::perms(0600)) << name;
             EXPECT_FALSE(FindStore(Name()).isForOthers) << name;
         }
+    }
+}
+
+TEST_F(StoreFileTest, WhatHoldsNoTextIsNobodysConcern) {
+    { Record(*std::make_unique<Store>(Name(), Store::Access::Record), {File("/etc/x", "1", "2")}); }
+    for (const char* const suffix : {"-shm", "-last"}) {
+        fs::permissions(Name(suffix), fs::perms(0644));
+        EXPECT_FALSE(FindStore(Name()).isForOthers) << suffix;
     }
 }
 

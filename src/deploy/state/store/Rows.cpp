@@ -262,11 +262,12 @@ std::vector<RecordedFile> ChangesAt(Database& database, const std::string& path)
 }
 
 std::optional<RecordedFile> LastChangeAt(Database& database, const std::string& path, std::int64_t last) {
-    return FirstOf(
-        FilesIn(database,
-                "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
-                " FROM files WHERE path = ? AND entry <= ? ORDER BY entry DESC, id DESC LIMIT 1",
-                {path, last}));
+    return FirstOf(FilesIn(
+        database,
+        "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
+        " FROM files WHERE path = ? AND entry <= ? AND entry >= ifnull((SELECT number FROM pruned), 0)"
+        " ORDER BY entry DESC, id DESC LIMIT 1",
+        {path, last}));
 }
 
 std::optional<RecordedFile> FirstChangeBehind(Database& database, const std::string& path,

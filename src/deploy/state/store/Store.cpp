@@ -229,9 +229,7 @@ void Store::Drop(std::int64_t number) {
 
 std::unique_ptr<Database::Transaction> Store::Look() {
     return Guarded([&] {
-        return m_database->IsInTransaction()
-                   ? nullptr
-                   : std::make_unique<Database::Transaction>(*m_database, Database::Transaction::Kind::Look);
+        return std::make_unique<Database::Transaction>(*m_database, Database::Transaction::Kind::Look);
     });
 }
 

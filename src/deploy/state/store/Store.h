@@ -87,7 +87,8 @@ class Store {
     /// What an entry did to one file, without a look at its others; none if it did nothing.
     std::optional<RecordedFile> ChangeIn(std::int64_t number, const std::string& path);
 
-    /// What the newest entry up to `last` that changed the file did to it.
+    /// What the newest entry up to `last` that changed the file did to it; none if entries after that one
+    /// were pruned, since they may have changed the file, too.
     std::optional<RecordedFile> LastChangeOf(const std::string& path, std::int64_t last);
 
     /// What the oldest entry after `entry` that changed the file did to it.
@@ -114,7 +115,7 @@ class Store {
     std::int64_t Version();
 
     /// While the result lives, the store is seen as it was at the first look, and nothing may be recorded.
-    /// Many looks cost less then. Null if a transaction is open already.
+    /// Many looks cost less then. Nobody else may look so at the same time.
     std::unique_ptr<Database::Transaction> Look();
 
     /// From now on, the files are known as they are after, though no entry says so. This survives a kill, but
