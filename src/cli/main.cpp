@@ -64,9 +64,10 @@ void KeepMemory() {
 
 /// Whether the output is for a program: that is always in English.
 bool IsForProgram(int count, char** arguments) {
-    constexpr std::string_view kWords[] = {"--json", "--json=true", "--format=openmetrics", "openmetrics"};
-    char** const end = arguments + count;
-    return std::find_first_of(arguments, end, std::begin(kWords), std::end(kWords)) != end;
+    return std::any_of(arguments, arguments + count, [](std::string_view word) {
+        return word == "--json" || word.starts_with("--json=") || word == "--format=openmetrics" ||
+               word == "openmetrics";
+    });
 }
 
 void SetLanguage(int count, char** arguments) {

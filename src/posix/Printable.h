@@ -26,7 +26,7 @@ inline std::size_t CharacterAt(std::string_view text, std::size_t position) {
     return size;
 }
 
-/// Whether the character reverses the direction of the text behind it, so that a name looks like another one.
+/// Whether the character changes the direction of the text behind it, so that a name looks like another one.
 /// In UTF-8, these characters form two ranges.
 inline bool TurnsDirection(std::string_view character) {
     return (character >= "\xe2\x80\xaa" && character <= "\xe2\x80\xae") ||

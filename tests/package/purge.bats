@@ -197,6 +197,8 @@ edit() {
     mkdir -p "$DPKG_ROOT/srv/zet"
     echo ZET_VAR_LIB_DIR=/srv/zet >>"$DPKG_ROOT/etc/zet/zet.conf"
     edit conf
+    purge_mounted mode=755 'mount -o remount,ro "$STATE"; sh "$SOURCE_DIR/debian/zet-tools.prerm" remove; mount -o remount,rw "$STATE"'
+    grep -F "zet-tools: nothing can be kept in $STATE" <<<"$output"
     purge_mounted nr_inodes=1
     grep -F "zet-tools: nothing can be kept in $STATE" <<<"$output"
     purge_mounted mode=755 'touch "$STATE/originals"; mount -o remount,ro "$STATE"; sh "$SOURCE_DIR/debian/zet-tools.prerm" remove; mount -o remount,rw "$STATE"'

@@ -23,14 +23,17 @@ newer() {
     echo '# newer' >>"$SHIPPED/$1"
 }
 
-# told HEADING LINE...: that, and nothing else but that nothing was changed.
+# told HEADING WAY LINE...: that, and nothing else; the way comes last.
 told() {
-    diff <(printf '%s\n' "$@" "zet-tools: nothing was changed (\"zet-init --root $DPKG_ROOT template diff\" shows what would, \"zet-init --root $DPKG_ROOT template upgrade\" takes them over)") - <<<"$output"
+    diff <(printf '%s\n' "$1" "${@:3}" "zet-tools: ${2//COMMAND/zet-init --root $DPKG_ROOT}") - <<<"$output"
 }
 
 NEWER="zet-tools: newer templates are shipped than the working copies were made from:"
 NEW="zet-tools: templates are shipped that have no working copy yet, which a commit makes:"
 UNSURE="zet-tools: it cannot be told whether anything newer is shipped:"
+UPGRADE='nothing was changed ("COMMAND template diff" shows what would, "COMMAND template upgrade" takes them over)'
+INSTALL='"COMMAND template install NAME" makes one now (what was edited in a copy with a former name has to be taken over)'
+ASK='"COMMAND template upgrade NAME" says what to do about each'
 
 @test "NewerTemplatesAreToldAlone" {
     newer krb5.conf
@@ -38,7 +41,7 @@ UNSURE="zet-tools: it cannot be told whether anything newer is shipped:"
     cat "$BATS_TEST_TMPDIR/edited" >"$DPKG_ROOT/etc/zet/exports"
     newer exports
     upgrade
-    told "$NEWER" "  $DPKG_ROOT/etc/zet/krb5.conf: newer shipped" "  $DPKG_ROOT/etc/zet/exports: edited, newer shipped"
+    told "$NEWER" "$UPGRADE" "  $DPKG_ROOT/etc/zet/krb5.conf: newer shipped" "  $DPKG_ROOT/etc/zet/exports: edited, newer shipped"
 }
 
 @test "NothingIsToldOfAHostThatHasAllThatIsShipped" {
@@ -63,14 +66,14 @@ UNSURE="zet-tools: it cannot be told whether anything newer is shipped:"
 @test "AWorkingCopyThatWasMadeWithoutAHistoryIsToldAsOneThatNobodyKnows" {
     newer krb5.conf
     upgrade
-    told "$UNSURE" "  $DPKG_ROOT/etc/zet/krb5.conf: unknown"
+    told "$UNSURE" "$ASK" "  $DPKG_ROOT/etc/zet/krb5.conf: unknown"
 }
 
 @test "ATemplateWithAnotherNameIsToldAsNew" {
     mv "$SHIPPED/exports" "$SHIPPED/exports.conf"
     sed -i 's/^\[templates\."exports"\]/[templates."exports.conf"]/' "$SHIPPED/targets.toml"
     upgrade
-    told "$NEW" "  $DPKG_ROOT/etc/zet/exports.conf: not installed"
+    told "$NEW" "$INSTALL" "  $DPKG_ROOT/etc/zet/exports.conf: not installed"
 }
 
 @test "AListThatCannotBeReadIsTold" {
@@ -83,7 +86,7 @@ UNSURE="zet-tools: it cannot be told whether anything newer is shipped:"
 @test "TheLanguageOfWhoeverUpgradesHidesNothing" {
     newer krb5.conf
     LC_ALL=C.UTF-8 LANGUAGE=de upgrade
-    told "$NEWER" "  $DPKG_ROOT/etc/zet/krb5.conf: newer shipped"
+    told "$NEWER" "$UPGRADE" "  $DPKG_ROOT/etc/zet/krb5.conf: newer shipped"
 }
 
 @test "WhatARemovalKnewIsForgottenInTheTreeAlone" {

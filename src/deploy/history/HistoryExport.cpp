@@ -38,14 +38,18 @@ std::string MessageOf(const HistoryEntry& entry) {
 
 class Exporter {
   public:
-    Exporter(const HistoryReader& reader, std::ostream& stream)
+    Exporter(HistoryReader& reader, std::ostream& stream)
         : m_reader(reader), m_stream(stream, kBranch), m_domain(reader.Product().Core().GetDomainName()) {}
 
+    /// Reads of one moment what was done, and then text by text: the reader of the stream may take his time,
+    /// and nobody is to wait for him.
     void Export() {
-        std::vector<RecordedEntry> entries = m_reader.Entries();
-        std::reverse(entries.begin(), entries.end());
-        for (const RecordedEntry& entry : entries)
-            Export(ToldEntry(m_reader, entry), m_reader.FilesOf(entry.number));
+        std::vector<Change> changes;
+        for (const RecordedEntry& entry : m_reader.Entries())
+            changes.push_back({ToldEntry(m_reader, entry), m_reader.FilesOf(entry.number)});
+        m_reader.EndLook();
+        for (auto change = changes.rbegin(); change != changes.rend(); ++change)
+            Export(*change);
         m_stream.End();
     }
 
@@ -58,7 +62,13 @@ class Exporter {
         bool operator==(const Content&) const = default;
     };
 
-    void Export(const HistoryEntry& entry, const std::vector<RecordedFile>& files) {
+    struct Change {
+        HistoryEntry entry;
+        std::vector<RecordedFile> files;
+    };
+
+    void Export(const Change& change) {
+        const auto& [entry, files] = change;
         const std::int64_t begun = entry.begun / kNanoseconds;
         if (std::any_of(files.begin(), files.end(),
                         [&](const RecordedFile& file) { return IsNew(file.path, file.before); })) {
@@ -66,14 +76,14 @@ class Exporter {
             m_stream.Change(others, others,
                             "As it was found before change " + std::to_string(entry.number) + "\n");
             for (const RecordedFile& file : files)
-                Put(file.path, file.before);
+                Put(entry.number, file, Side::Before);
         }
         m_stream.Change(Signature(PersonOf(entry), PersonOf(entry), begun),
                         Signature(entry.userName, std::to_string(entry.user),
                                   std::max(begun, entry.ended / kNanoseconds)),
                         MessageOf(entry));
         for (const RecordedFile& file : files)
-            if (file.IsPlanned()) Put(file.path, file.after);
+            if (file.IsPlanned()) Put(entry.number, file, Side::After);
     }
 
     FastImport::Signature Signature(const std::string& name, const std::string& user,
@@ -91,25 +101,30 @@ class Exporter {
         return {state.size, state.digest, IsExecutable(state)};
     }
 
-    void Put(const std::string& name, const RecordedState& state) {
+    void Put(std::int64_t number, const RecordedFile& file, Side side) {
+        const std::string& name = file.path;
+        const RecordedState& state = StateOn(side, file);
         if (!IsNew(name, state)) return;
         if (!state.exists) {
             m_tree.erase(name);
             return m_stream.Remove(RelativePath(name));
         }
         m_tree[name] = ContentOf(state);
-        m_stream.Write(RelativePath(name), IsExecutable(state), TextToExport(name, state));
+        m_stream.Write(RelativePath(name), IsExecutable(state), TextToExport(number, file, side));
     }
 
-    std::string TextToExport(const std::string& name, const RecordedState& state) const {
-        if (m_reader.Hides(name, state))
-            return m_reader.PathOf(name) + ": not exported, since it is not for everybody\n";
+    std::string TextToExport(std::int64_t number, const RecordedFile& file, Side side) const {
+        RecordedState state = StateOn(side, file);
+        const std::string path = m_reader.PathOf(file.path);
+        if (m_reader.Hides(file.path, state)) return path + ": not exported, since it is not for everybody\n";
+        const auto look = m_reader.LookAgain();
+        const std::optional<RecordedFile> now = m_reader.ChangeIn(number, file.path);
+        if (!now || StateOn(side, *now).text != state.text) state.text.reset();
         const std::string trouble = m_reader.WhyNotExported(state);
-        return trouble.empty() ? m_reader.Text(state)
-                               : m_reader.PathOf(name) + ": not exported, since " + trouble + "\n";
+        return trouble.empty() ? m_reader.Text(state) : path + ": not exported, since " + trouble + "\n";
     }
 
-    const HistoryReader& m_reader;
+    HistoryReader& m_reader;
     FastImport m_stream;
     std::string m_domain;
     std::map<std::string, Content> m_tree;
@@ -118,7 +133,7 @@ class Exporter {
 }  // namespace
 
 void ExportHistory(Deployment& product, std::ostream& stream) {
-    const HistoryReader reader(product);
+    HistoryReader reader(product);
     // The caller's own may throw what it likes.
     std::ostream plain(stream.rdbuf());
     if (stream) Exporter(reader, plain).Export();

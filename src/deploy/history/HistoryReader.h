@@ -75,6 +75,12 @@ class HistoryReader {
 
     std::string PathOf(const std::string& name) const { return m_product.HostPaths().FromInside(name); }
 
+    /// From now on, what others record meanwhile is seen, and nobody waits for this reader.
+    void EndLook() { m_look.reset(); }
+
+    /// While the result lives, nothing changes that is read. To be called only after `EndLook`.
+    std::unique_ptr<Database::Transaction> LookAgain() const { return m_store->Look(); }
+
   private:
     bool Knows(const std::string& name) const;
     RecordedFile AsDone(std::int64_t number, RecordedFile file) const;

@@ -6,6 +6,7 @@
 #include "deploy/state/KnownFiles.h"
 #include "text/ShellWord.h"
 #include "zet/ZETFiles.h"
+#include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
 
@@ -34,6 +35,17 @@ bool IsOriginalLost(Host& host, const std::string& path) {
     const std::optional<KnownFile> known = store->Known(host.HostPaths().NameOfReal(path));
     if (!known || (known->kind != FileKind::Target && known->kind != FileKind::Edit)) return false;
     return IsAsRecorded(path, known->state) && IsWritten(*store, known->path, path);
+}
+
+bool IsUnseen(Host& host, const std::string& path) {
+    if (host.HostHistory().IsDenied()) return false;
+    Store* const store = host.HostHistory().ToLookIfUsable();
+    if (store == nullptr) return true;
+    const std::string name = host.HostPaths().NameOfReal(path);
+    const auto isSeen = [&](const std::string& each) {
+        return store->Known(each).has_value() || !store->ChangesOf(each).empty();
+    };
+    return !isSeen(name) && !isSeen(name + ZETReserveSuffix) && !isSeen(name + ZETAbsenceSuffix);
 }
 
 void WarnOfLostOriginal(Host& host, const std::string& path) {

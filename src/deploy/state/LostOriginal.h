@@ -15,6 +15,9 @@ bool IsKnownAsWritten(Host& host, const std::string& path);
 /// of it would not be the original.
 bool IsOriginalLost(Host& host, const std::string& path);
 
+/// Whether the history has nothing of the file, nor of its companions. False if this user may not read it.
+bool IsUnseen(Host& host, const std::string& path);
+
 void WarnOfLostOriginal(Host& host, const std::string& path);
 
 }  // namespace ZET::Deploy

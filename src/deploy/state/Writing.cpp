@@ -82,8 +82,8 @@ void RequireUsableDirectory(Host& host, const std::string& path) {
     const int error = errno;
     const Failure failure = SystemFailure(
         {.file = directory, .text = Words("cannot be written, so %s cannot be replaced", path)}, error);
-    // What an attribute forbids, nobody may do, whoever runs the command later.
-    if (!host.Wanted().dryRun || error == EPERM) throw Failure(failure);
+    // What an attribute or a read-only file system forbids, nobody may do, whoever runs the command later.
+    if (!host.Wanted().dryRun || error != EACCES) throw Failure(failure);
     host.Out().Warning(failure.what());
 }
 

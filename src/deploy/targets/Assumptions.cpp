@@ -61,13 +61,19 @@ bool IsOfAssumed(const Problem& problem, const std::vector<std::string>& placeho
 
 std::optional<Problem> ProblemInTemplates(Deployment& product, const std::string& name,
                                           const std::string& value) {
-    product.UpdateParam(name, value);
-    product.Values().Assume({.name = name, .value = value, .file = kSource});
-    product.ForgetValues();
     try {
+        const std::vector<Problem> before = CheckTargets(product, {}).problems;
+        const auto wasThere = [&](const Problem& problem) {
+            return std::any_of(before.begin(), before.end(), [&](const Problem& former) {
+                return former.Describe() == problem.Describe();
+            });
+        };
+        product.UpdateParam(name, value);
+        product.Values().Assume({.name = name, .value = value, .file = kSource});
+        product.ForgetValues();
         const std::vector<std::string> placeholders = Text::PlaceholdersOfValue(value);
         for (Problem& problem : CheckTargets(product, {}).problems) {
-            if (!IsOfAssumed(problem, placeholders)) continue;
+            if (!IsOfAssumed(problem, placeholders) || wasThere(problem)) continue;
             if (problem.file == kSource) problem.file.clear();
             return std::move(problem);
         }

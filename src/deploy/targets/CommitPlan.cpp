@@ -123,7 +123,7 @@ void CommitPlan::AddTakenBack() {
     for (const PlannedEdits& planned : m_edits->Files())
         if (planned.file.original || planned.file.isForgotten) inForce.insert(planned.file.path);
     m_takeBack = std::make_unique<TakeBack>(m_product, *m_known, TakeBack::Ways{.isOfCommit = true});
-    for (const std::string& path : CommittedPaths(m_product, *m_known)) {
+    for (const std::string& path : m_known->PathsOf(m_product.Role())) {
         m_product.RequireGoOn();
         if (inForce.contains(path)) continue;
         if (std::optional<WrittenFile> file = WrittenByRecord(m_product, path))

@@ -207,7 +207,8 @@ class Finder {
         file.isThere = file.before.exists || file.original;
         if (file.isThere) file.text = file.original ? file.original->text : ReadFileBytes(path);
         const KnownFile* const known = m_known.Find(path);
-        file.isForgotten = known == nullptr && IsFileExist(path + ZETReserveSuffix);
+        file.isForgotten =
+            known == nullptr && IsFileExist(path + ZETReserveSuffix) && IsUnseen(m_product, path);
         Store* const store = m_product.HostHistory().ToLookIfUsable();
         if (known != nullptr && store != nullptr)
             file.remembered = LinesSetIn(*store, known->kind, known->state.knowledge);

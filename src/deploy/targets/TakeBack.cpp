@@ -340,7 +340,8 @@ ExpectedFile TakeBack::Expected(const TakeBackStep& step) const {
 /// Made when it is first needed: most rollbacks compare nothing, and work where there is no room left.
 const Staging& TakeBack::Room() {
     if (!m_staging)
-        m_staging = std::make_unique<Staging>(IsTrial() ? "" : m_product.Param("ZET_VAR_LIB_DIR"));
+        m_staging =
+            std::make_unique<Staging>(m_product.Wanted().dryRun ? "" : m_product.Param("ZET_VAR_LIB_DIR"));
     return *m_staging;
 }
 

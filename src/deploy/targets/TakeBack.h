@@ -42,7 +42,6 @@ class TakeBack {
         bool isForced = false;    ///< what others did does not count
         bool keepsEdits = false;  ///< an edited file stays without a warning
         bool isOfCommit = false;  ///< a commit takes files back, and cannot be forced
-        bool onlyLooks = false;   ///< nothing is going to be done
     };
 
     TakeBack(Deployment& product, const KnownFiles& known, const Ways& ways)
@@ -62,11 +61,6 @@ class TakeBack {
     /// stay if the other role has the file.
     bool IsAsLeftToGo(const std::string& path) const;
 
-    /// Whether replacing the file loses nothing but the product's work: the file is what the product wrote
-    /// or, if a run was cut short in between, what was there before. For an edit in place, that is known
-    /// already.
-    bool IsOwnWork(const WrittenFile& file);
-
     /// What is recorded before the step is done.
     ExpectedFile Expected(const TakeBackStep& step) const;
 
@@ -83,13 +77,18 @@ class TakeBack {
     void TellOfOtherRole(TakeBackStep& step) const;
     bool MayBeOthers(const WrittenFile& file) const;
     void KeepOthers(TakeBackStep& step) const;
+
+    /// Whether replacing the file loses nothing but the product's work: the file is what the product wrote
+    /// or, if a run was cut short in between, what was there before. For an edit in place, that is known
+    /// already.
+    bool IsOwnWork(const WrittenFile& file);
+
     void LeaveToOtherRole(TakeBackStep& step);
     void PlanText(TakeBackStep& step, std::string text);
     void ReplaceText(const TakeBackStep& step) const;
     ShownDiff DiffOf(const WrittenFile& file, const FileState& now, const FileState& reserve) const;
     bool IsEdited(const std::string& path) const;
     const Staging& Room();
-    bool IsTrial() const { return m_product.Wanted().dryRun || m_ways.onlyLooks; }
 
     Deployment& m_product;
     const KnownFiles& m_known;

@@ -230,30 +230,13 @@ std::vector<Problem> AddListedEdits(Deployment& product, const KnownFiles& known
     return isPlanned ? AddDiffsOfFiles(product, known, staging, states.listedEdits) : lines.problems;
 }
 
-/// Where no history tells, what the template makes is the product's work, as far as this user can see.
-bool IsMadeByTemplate(TakeBack& takeBack, const WrittenFile& file) {
-    try {
-        return takeBack.IsOwnWork(file);
-    } catch (const Failure&) {
-        return false;
-    }
-}
-
-LeftOver::Fate FateOf(Deployment& product, const KnownFiles& known, const std::string& path,
-                      const std::optional<WrittenFile>& file) {
-    TakeBack takeBack(product, known, {.onlyLooks = true});
+LeftOver::Fate FateOf(Deployment& product, const KnownFiles& known, const std::string& path) {
+    const TakeBack takeBack(product, known, {});
+    const std::optional<WrittenFile> file = WrittenByRecord(product, path);
     if (file && takeBack.IsOutOfReach(*file)) return LeftOver::Fate::StaysOutOfReach;
     if (file && takeBack.IsReserveLost(*file)) return LeftOver::Fate::StaysWithoutReserve;
-    const bool goesBack = !StateOf(path).exists || takeBack.IsAsLeftToGo(path) ||
-                          (known.Find(path) == nullptr && file && IsMadeByTemplate(takeBack, *file));
-    return goesBack ? LeftOver::Fate::GoesBack : LeftOver::Fate::StaysEdited;
-}
-
-LeftOver LeftOverAt(Deployment& product, const KnownFiles& known, const std::string& path) {
-    const std::optional<WrittenFile> file = WrittenByRecord(product, path);
-    std::string templateName = file ? file->templateName : "";
-    if (const KnownFile* const record = known.Find(path)) templateName = record->state.knowledge.templateName;
-    return {path, FateOf(product, known, path, file), templateName};
+    return StateOf(path).exists && !takeBack.IsAsLeftToGo(path) ? LeftOver::Fate::StaysEdited
+                                                                : LeftOver::Fate::GoesBack;
 }
 
 /// The states of the targets and of all edits at one time, with what is wrong with listed edits.
@@ -274,8 +257,11 @@ TargetStates LookAtAll(Deployment& product, const std::vector<Target>& targets,
     problems = AddListedEdits(product, known, result);
     for (const ListedEditState& edit : result.listedEdits)
         listed.insert(edit.path);
-    for (const std::string& path : CommittedPaths(product, known))
-        if (listed.count(path) == 0) result.leftOvers.push_back(LeftOverAt(product, known, path));
+    for (const std::string& path : known.PathsOf(product.Role())) {
+        if (listed.count(path) == 0)
+            result.leftOvers.push_back(
+                {path, FateOf(product, known, path), known.Find(path)->state.knowledge.templateName});
+    }
     for (const std::string& path : known.EditedPaths())
         if (listed.count(path) == 0) result.edits.push_back({path, StateOfEdit(product, known, path)});
     return result;

@@ -9,6 +9,7 @@
 #include "deploy/host/FileName.h"
 #include "deploy/host/Words.h"
 #include "deploy/lists/Targets.h"
+#include "deploy/state/LostOriginal.h"
 #include "deploy/targets/FileOrigin.h"
 #include "deploy/targets/LinesInPlace.h"
 
@@ -94,23 +95,27 @@ WrittenFile WrittenLines(const Host& host, const std::string& path) {
     return {.path = path, .named = host.HostPaths().NameInside(path), .isEdit = true};
 }
 
-/// Beside what there was before, a notice that names a template tells what a commit made, whatever became of
-/// the history.
+/// Beside what there was before, a notice that names the template tells what a commit made.
 static bool IsMadeByCommit(Deployment& product, const WrittenFile& file) {
-    return !file.trouble && file.MayGoBack() && !TemplateNamedIn(product.Core(), file.path).empty();
+    return !file.trouble && file.MayGoBack() && IsUnseen(product, file.path) &&
+           TemplateNamedIn(product.Core(), file.path).ends_with("/" + file.templateName);
 }
 
-std::vector<std::string> CommittedPaths(Deployment& product, const KnownFiles& known) {
-    std::vector<std::string> paths = known.PathsOf(product.Role());
-    if (!product.Lists().IsUsable()) return paths;
-    std::set<std::string> unknown;
-    for (const Target& target : product.Lists().Targets().targets) {
+/// The files of targets not in force that a commit made, though the history was lost since.
+static std::vector<std::string> ForgottenPaths(Deployment& product, const KnownFiles& known) {
+    if (!product.Lists().IsUsable()) return {};
+    std::set<std::string> inForce;
+    std::set<std::string> forgotten;
+    const std::vector<Target>& targets = product.Lists().Targets().targets;
+    for (const Target& target : targets)
+        if (target.IsInForce()) inForce.insert(WrittenTarget(product, target).path);
+    for (const Target& target : targets) {
         if (target.path.empty() || target.IsInForce() || !target.IsFor(product.Role())) continue;
         const WrittenFile file = WrittenTarget(product, target);
-        if (known.Find(file.path) == nullptr && IsMadeByCommit(product, file)) unknown.insert(file.path);
+        const bool isUnknown = known.Find(file.path) == nullptr && !inForce.contains(file.path);
+        if (isUnknown && IsMadeByCommit(product, file)) forgotten.insert(file.path);
     }
-    paths.insert(paths.end(), unknown.begin(), unknown.end());
-    return paths;
+    return {forgotten.begin(), forgotten.end()};
 }
 
 WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known) {
@@ -126,7 +131,10 @@ WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known) {
     std::set<std::string> listed;
     for (const WrittenFile& file : written.files)
         listed.insert(file.path);
-    for (const std::string& path : CommittedPaths(product, known)) {
+    std::vector<std::string> others = known.PathsOf(product.Role());
+    for (std::string& path : ForgottenPaths(product, known))
+        others.push_back(std::move(path));
+    for (const std::string& path : others) {
         if (listed.contains(path)) continue;
         if (std::optional<WrittenFile> file = WrittenByRecord(product, path))
             written.files.push_back(std::move(*file));

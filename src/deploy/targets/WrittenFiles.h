@@ -21,17 +21,14 @@ std::optional<WrittenFile> WrittenByRecord(Deployment& product, const std::strin
 /// A file in which the product has nothing but lines, none of which a list has in force.
 WrittenFile WrittenLines(const Host& host, const std::string& path);
 
-/// The files that commits of the host's role wrote: those on record, and targets not in force of which the
-/// history knows nothing although a commit made them.
-std::vector<std::string> CommittedPaths(Deployment& product, const KnownFiles& known);
-
 /// The files that a rollback of the host's role can take back.
 struct WrittenFiles {
     std::vector<WrittenFile> files;
     bool isListMissing = false;  ///< the list cannot be used; only files on record are here
 };
 
-/// The files that the list has in force, and those that the role has committed.
+/// The files that the list has in force, and those that the role has committed. If the history was lost
+/// since, a target that is not in force any more is found by its reserve and its notice.
 WrittenFiles FindWrittenFiles(Deployment& product, const KnownFiles& known);
 
 /// The files that either role edited in place, without those of `written`. Files of listed edits of which the
