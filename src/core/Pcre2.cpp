@@ -26,8 +26,9 @@ void* Required(void* found) {
 
 Pcre2::Pcre2() {
     void* const library = Required(::dlopen(kFile, RTLD_LAZY | RTLD_LOCAL));
-    const auto find = [&]<typename Function>(Function*& function, const char* name) {
-        function = reinterpret_cast<Function*>(Required(::dlsym(library, name)));
+    const auto find = [&](auto*& function, const char* name) {
+        using Function = std::remove_reference_t<decltype(function)>;
+        function = reinterpret_cast<Function>(Required(::dlsym(library, name)));
     };
     find(freeCode, "pcre2_code_free_8");
     find(compile, "pcre2_compile_8");

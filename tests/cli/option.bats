@@ -126,6 +126,9 @@ REALM=NEW
     zet -q option set SERVER ''
     zet -q check-config
     PROGRAM=$ZET_BIN/zet-init zet -q option set DOMAIN ''
+    # What was wrong before is no fault of the value.
+    printf 'd = ${missing}\n' >>templates/a
+    zet -q option set BANNER 'see ${missing}'
 }
 
 @test "set refuses a language that the host does not have, and takes an empty one for C" {

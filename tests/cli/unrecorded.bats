@@ -17,11 +17,16 @@ teardown() {
 
 # on_read_only_state WORD...: a run while nothing can be written to the state directory.
 on_read_only_state() {
+    on_read_only "$HOST/state" "$@"
+}
+
+# on_read_only DIRECTORY WORD...: the same of another directory.
+on_read_only() {
     unshare --user --map-root-user --mount true 2>/dev/null || skip "no directory can be mounted here"
     # shellcheck disable=SC2016  # expanded inside
     capture unshare --user --map-root-user --mount sh -c \
         'mount --bind "$1" "$1" && mount -o remount,bind,ro "$1" && shift && exec "$@"' \
-        sh "$HOST/state" "$ZET_BIN/zet-client" --config "$HOST/zet.conf" "$@"
+        sh "$1" "$ZET_BIN/zet-client" --config "$HOST/zet.conf" "${@:2}"
 }
 
 @test "a rollback that cannot be recorded is none that is done" {
@@ -224,4 +229,16 @@ zet-client: nothing was changed"
     on_read_only_state commit-config -n
     assert_status 1
     [[ $stderr == *"$HOST/state: the directory of the status cannot be written"* ]]
+}
+
+@test "a trial fails on a file that nobody can replace, as the run does" {
+    zet -q commit-config
+    echo a=1 >out/plain
+    local words
+    for words in "param set out/plain a 2" "file reserve out/plain" "rollback-config"; do
+        # shellcheck disable=SC2086  # words
+        on_read_only "$HOST/out" ${words%% *} -n ${words#"${words%% *}"}
+        assert_status 1
+        [[ $stderr == *"out: cannot be written"* ]] || differ "$words" "cannot be written" "$stderr"
+    done
 }

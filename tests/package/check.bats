@@ -75,6 +75,25 @@ looks_at() {
     [ "$(cat "$BATS_TEST_TMPDIR/looked_at")" = "first.h second.h src/third.cpp" ]
 }
 
+@test "OfAChangeOfCommentsAloneNobodyLooksForBugs" {
+    printf '#!/bin/sh\necho "$@" >"%s/looked_at"\n' "$BATS_TEST_TMPDIR" >"$BATS_TEST_TMPDIR/tools/cppcheck"
+    printf '#!/bin/sh\n' >"$BATS_TEST_TMPDIR/tools/cmake"
+    chmod +x "$BATS_TEST_TMPDIR/tools"/*
+    mkdir -p src build/check
+    printf 'int one;  // first\n' >src/one.cpp
+    printf 'int two;  // first\n' >src/two.cpp
+    touch build/check/compile_commands.json
+    git add . && git commit -q -m sources
+    git checkout -q -b branch
+    printf '// A comment of its own.\nint one;  // second\n' >src/one.cpp
+    printf 'int second;  // first\n' >src/two.cpp
+    git commit -q -a -m branch
+    run script/check bugs
+    [ "$status" -eq 0 ]
+    [[ $(<"$BATS_TEST_TMPDIR/looked_at") == *" src/two.cpp" ]]
+    [[ $(<"$BATS_TEST_TMPDIR/looked_at") != *one.cpp* ]]
+}
+
 @test "WhatIsWrongIsShownAndFails" {
     printf '#!/bin/sh\necho "second.h:1: is ugly"\nexit 1\n' >"$BATS_TEST_TMPDIR/tools/clang-format"
     run script/check

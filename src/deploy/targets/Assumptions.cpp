@@ -75,7 +75,7 @@ std::optional<Problem> ProblemInTemplates(Deployment& product, const std::string
         for (Problem& problem : CheckTargets(product, {}).problems) {
             if (!IsOfAssumed(problem, placeholders) || wasThere(problem)) continue;
             if (problem.file == kSource) problem.file.clear();
-            return std::move(problem);
+            return std::optional(std::move(problem));
         }
     } catch (const Failure&) {
         return std::nullopt;
