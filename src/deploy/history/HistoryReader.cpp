@@ -56,7 +56,7 @@ std::vector<std::string> NamesBeside(const std::string& name) {
 }
 
 HistoryReader::HistoryReader(Deployment& product)
-    : m_product(product), m_store(StoreOf(product)), m_look(HasAny() ? m_store->Look() : nullptr) {
+    : m_product(product), m_store(StoreOf(product)), m_look(HasAny() ? m_store->LookUnlessOpen() : nullptr) {
     if (!HasAny()) return;
     for (const RecordedEntry& entry : m_store->OpenEntries())
         m_open.insert(entry.number);

@@ -79,7 +79,7 @@ class HistoryReader {
     void EndLook() { m_look.reset(); }
 
     /// While the result lives, nothing changes that is read. To be called only after `EndLook`.
-    std::unique_ptr<Database::Transaction> LookAgain() const { return m_store->Look(); }
+    std::unique_ptr<Database::Transaction> LookAgain() const { return m_store->LookUnlessOpen(); }
 
   private:
     bool Knows(const std::string& name) const;

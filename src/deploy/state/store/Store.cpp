@@ -233,6 +233,10 @@ std::unique_ptr<Database::Transaction> Store::Look() {
     });
 }
 
+std::unique_ptr<Database::Transaction> Store::LookUnlessOpen() {
+    return m_database->IsInTransaction() ? nullptr : Look();
+}
+
 void Store::Remember(const std::vector<FileToRecord>& files) {
     Guarded([&] {
         const auto transaction = TransactionUnlessOpen();

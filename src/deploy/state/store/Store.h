@@ -115,8 +115,11 @@ class Store {
     std::int64_t Version();
 
     /// While the result lives, the store is seen as it was at the first look, and nothing may be recorded.
-    /// Many looks cost less then. Nobody else may look so at the same time.
+    /// Many looks cost less then.
     std::unique_ptr<Database::Transaction> Look();
+
+    /// The same, but null where the store is seen so already: while a moved directory is followed.
+    std::unique_ptr<Database::Transaction> LookUnlessOpen();
 
     /// From now on, the files are known as they are after, though no entry says so. This survives a kill, but
     /// not a power cut.
