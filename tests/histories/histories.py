@@ -12,7 +12,8 @@ to the byte, mode, owner and attribute, as it was before and after each entry of
     status is 1. With --force it is taken back all the same.
   * Going back to an entry is the same with all that came after it. A target or an edited file that none of these
     wrote goes back to what its last entry left, where somebody else wrote it since; one that they wrote, to what
-    the last entry before them left. What somebody wrote between entries counts as what he wrote since. With
+    the last entry before them left, unless one behind that is no longer kept: it may have written the file, too.
+    What somebody wrote between entries counts as what he wrote since. With
     --keep-edits, what somebody wrote stays as it is, and the rest goes back.
   * A rollback without --force leaves every line that a hand added to a file edited in place.
   * What is known of the files is as it was before, where nothing came in between.
@@ -183,7 +184,8 @@ class History:
             later = [entry for entry in entries if entry > number]
             found |= {name for older, newer in zip(later, later[1:])
                       if is_edited(self.after[older][name], self.before[newer][name])}
-            former = [entry for entry in entries if entry <= number and entry in self.world.entries()]
+            former = [entry for entry in entries if self.world.pruned() <= entry <= number and
+                      entry in self.world.entries()]
             if not former or not self.world.is_made_by(former[-1], name):
                 continue
             if is_edited(self.after[former[-1]][name], wanted[name]):
