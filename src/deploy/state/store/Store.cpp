@@ -234,7 +234,8 @@ std::unique_ptr<Database::Transaction> Store::Look() {
 }
 
 std::unique_ptr<Database::Transaction> Store::LookUnlessOpen() {
-    return m_database->IsInTransaction() ? nullptr : Look();
+    if (m_database->IsInTransaction()) return nullptr;
+    return Look();
 }
 
 void Store::Remember(const std::vector<FileToRecord>& files) {
