@@ -7,7 +7,6 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
-#include <iterator>
 #include <new>
 #include <string>
 #include <string_view>

@@ -10,7 +10,6 @@
 #include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/TakeBack.h"
 #include "deploy/targets/TemplateFiles.h"
-#include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
 

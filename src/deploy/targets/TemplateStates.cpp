@@ -3,7 +3,6 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
-#include "deploy/host/Words.h"
 #include "deploy/lists/Targets.h"
 #include "zet/ZETFiles.h"
 
