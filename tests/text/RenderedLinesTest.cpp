@@ -106,10 +106,16 @@ TEST(RenderedLines, FirstLineThatNoNoticeMayComeBeforeIsTold) {
     EXPECT_THAT(Descriptions("# --ZET_TEMPLATE_COMMENT--\n{\n# --ZET_COMMENT_END--\nx\n"), IsEmpty());
 }
 
+#ifdef __SANITIZE_ADDRESS__
+constexpr int kManyLines = 20'000;  // each takes twenty times as long
+#else
+constexpr int kManyLines = 80'000;
+#endif
+
 TEST(RenderedLines, LookGrowsWithTheTextAndNoFaster) {
     for (const std::string line : {"${word}\n", "# ---ZET_BEGIN---\n", "${leads}\n", "${", "${x}"}) {
         std::string text = "x\n";
-        for (int i = 0; i < 80'000; ++i)
+        for (int i = 0; i < kManyLines; ++i)
             text += line;
         const std::clock_t begin = std::clock();
         Descriptions(text + "}", WithoutLines());

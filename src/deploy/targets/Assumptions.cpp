@@ -1,6 +1,7 @@
 #include "deploy/targets/Assumptions.h"
 
 #include <algorithm>
+#include <set>
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
@@ -62,18 +63,15 @@ bool IsOfAssumed(const Problem& problem, const std::vector<std::string>& placeho
 std::optional<Problem> ProblemInTemplates(Deployment& product, const std::string& name,
                                           const std::string& value) {
     try {
-        const std::vector<Problem> before = CheckTargets(product, {}).problems;
-        const auto wasThere = [&](const Problem& problem) {
-            return std::any_of(before.begin(), before.end(), [&](const Problem& former) {
-                return former.Describe() == problem.Describe();
-            });
-        };
+        std::set<std::string> before;
+        for (const Problem& problem : CheckTargets(product, {}).problems)
+            before.insert(problem.Describe());
         product.UpdateParam(name, value);
         product.Values().Assume({.name = name, .value = value, .file = kSource});
         product.ForgetValues();
         const std::vector<std::string> placeholders = Text::PlaceholdersOfValue(value);
         for (Problem& problem : CheckTargets(product, {}).problems) {
-            if (!IsOfAssumed(problem, placeholders) || wasThere(problem)) continue;
+            if (!IsOfAssumed(problem, placeholders) || before.contains(problem.Describe())) continue;
             if (problem.file == kSource) problem.file.clear();
             return std::optional(std::move(problem));
         }
