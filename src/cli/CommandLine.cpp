@@ -228,14 +228,14 @@ CommandFamily CommandLine::Family(const char* name, const char* help, Subject su
     return {*family, std::string(name) + " ", m_call, subject, m_filter};
 }
 
-std::optional<Call> ParseCommandLine(const std::string& program, int count, char** arguments, int& status) {
+std::optional<Call> ParseCommandLine(Role role, int count, char** arguments, int& status) {
     const WordFilter filter({arguments + std::min(count, 1), arguments + count});
     try {
         // Most command lines are correct, so registering what they do not name is unnecessary.
-        return Read(Grammar(program, filter), count, arguments);
+        return Read(Grammar(role, filter), count, arguments);
     } catch (const CLI::ParseError&) {
     }
-    Grammar grammar(program);
+    Grammar grammar(role);
     grammar.AddCommands(filter);
     try {
         return Read(std::move(grammar), count, arguments);
@@ -245,8 +245,8 @@ std::optional<Call> ParseCommandLine(const std::string& program, int count, char
     }
 }
 
-std::string HelpText(const std::string& program, const std::vector<std::string>& words) {
-    Grammar grammar(program);
+std::string HelpText(Role role, const std::vector<std::string>& words) {
+    Grammar grammar(role);
     grammar.AddAll();
     CLI::App* command = &grammar.App();
     std::string before;
@@ -259,7 +259,7 @@ std::string HelpText(const std::string& program, const std::vector<std::string>&
         }
         if (found == nullptr) {
             throw UsageError(Filled(_("unknown command \"%s\""), {word}) + " (" + DidYouMean(word, names) +
-                             Filled(_("see \"%s --help\""), {program}) + ")");
+                             Filled(_("see \"%s --help\""), {ProgramOf(role)}) + ")");
         }
         before += (before.empty() ? "" : " ") + command->get_name();
         command = found;

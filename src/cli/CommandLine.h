@@ -9,7 +9,9 @@
 #include <vector>
 
 #include "cli/GlobalOptions.h"
+#include "cli/Names.h"
 #include "cli/WordFilter.h"
+#include "zet/deploy/Role.h"
 
 namespace CLI {
 class App;
@@ -192,14 +194,13 @@ class CommandLine {
     const WordFilter* m_filter;
 };
 
-/// Parses the arguments. `program` is the name under which the program runs. If there is nothing to run (help
-/// or version, or a mistake), this was reported to the user, `status` is the exit status, and the result is
-/// empty.
-std::optional<Call> ParseCommandLine(const std::string& program, int count, char** arguments, int& status);
+/// Parses the arguments of the program for that role. If there is nothing to run (help or version, or a
+/// mistake), this was reported to the user, `status` is the exit status, and the result is empty.
+std::optional<Call> ParseCommandLine(Role role, int count, char** arguments, int& status);
 
 /// The help of the command with these words, or of all commands if there are none; throws a `UsageError` if
 /// there is no such command.
-std::string HelpText(const std::string& program, const std::vector<std::string>& words);
+std::string HelpText(Role role, const std::vector<std::string>& words);
 
 }  // namespace ZET::Cli
 

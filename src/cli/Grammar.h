@@ -16,6 +16,7 @@
 #include "cli/WordFilter.h"
 #include "cli/commands/Registrations.h"
 #include "deploy/host/Installed.h"
+#include "zet/deploy/Role.h"
 
 /// Only for CommandLine.cpp: the library that parses the words takes long to compile.
 namespace ZET::Cli {
@@ -60,17 +61,17 @@ class HelpFormatter : public CLI::Formatter {
 class Grammar {
   public:
     /// Registers all options, but no command yet.
-    explicit Grammar(const std::string& program)
-        : m_app(_(RoleOf(program) == Role::Server ? kServerHelp : kClientHelp), program) {
+    explicit Grammar(Role role)
+        : m_app(_(role == Role::Server ? kServerHelp : kClientHelp), ProgramOf(role)) {
         m_app.formatter(std::make_shared<HelpFormatter>());
-        Begin(program);
+        Begin(role);
     }
 
     /// Registers only what the filter accepts, and no help: enough for a correct command line. With one
     /// command and its options, this takes a third of the time of registering all options.
-    Grammar(const std::string& program, const WordFilter& filter) : m_app("", program), m_filter(&filter) {
+    Grammar(Role role, const WordFilter& filter) : m_app("", ProgramOf(role)), m_filter(&filter) {
         m_app.set_help_flag();
-        Begin(program);
+        Begin(role);
         AddWanted([&](std::string_view word) { return filter.MayNameCommand(word); });
     }
     Grammar(const Grammar&) = delete;
@@ -92,10 +93,6 @@ class Grammar {
     CallInReading& Asked() { return m_call; }
 
   private:
-    static Role RoleOf(const std::string& program) {
-        return program == ProgramOf(Role::Server) ? Role::Server : Role::Client;
-    }
-
     static bool AsksForVersionAlone(const WordFilter::Words& words) {
         return words == WordFilter::Words{"-V"} || words == WordFilter::Words{"--version"};
     }
@@ -120,9 +117,9 @@ class Grammar {
         return any;
     }
 
-    void Begin(const std::string& program) {
-        m_call.call.options.program = program;
-        m_call.call.options.role = RoleOf(program);
+    void Begin(Role role) {
+        m_call.call.options.program = ProgramOf(role);
+        m_call.call.options.role = role;
         m_app.require_subcommand(1);
         m_app.option_defaults()->group(kOptionsOfAll)->disable_flag_override();
         AddOptionsOfAll();

@@ -25,6 +25,7 @@
 #include "deploy/state/Language.h"
 #include "deploy/state/Overrides.h"
 #include "posix/PathNames.h"
+#include "zet/deploy/Role.h"
 
 namespace ZET::Cli {
 namespace {
@@ -96,10 +97,9 @@ int Run(const Call& call, Report& report) {
 }
 
 int RunProgram(int count, char** arguments) {
-    const std::string program = BaseNameOf(arguments[0]);
+    const bool isForServers = BaseNameOf(arguments[0]) == ProgramOf(Role::Server);
     int status = kDone;
-    const auto call =
-        ParseCommandLine(program == "zet-init" ? "zet-init" : "zet-client", count, arguments, status);
+    const auto call = ParseCommandLine(isForServers ? Role::Server : Role::Client, count, arguments, status);
     if (!call) return status;
     const SignalMemory signals;  // the output uses it, too
     Report report(call->options);

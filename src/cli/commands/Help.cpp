@@ -55,7 +55,7 @@ int Help(Session& session, const HelpOptions& asked) {
     Report& out = session.Out();
     const std::string& program = session.Asked().program;
     out.Set("text", nullptr);
-    const std::string text = HelpText(program, asked.words);
+    const std::string text = HelpText(session.Asked().role, asked.words);
     if (isatty(STDOUT_FILENO) == 1 && !session.Asked().json && HasPage(program))
         ShowPage(program, asked.words);
     out.Set("text", text);
