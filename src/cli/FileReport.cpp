@@ -63,6 +63,10 @@ const char* ResultText(FileOutcome::Result result, bool isDryRun) {
     return _((isDryRun ? kForeseen : kDone)[static_cast<std::size_t>(result)]);
 }
 
+int StatusAfter(const Session& session, bool isChange) {
+    return session.Asked().dryRun && isChange ? kNotInSync : kDone;
+}
+
 void BeginFileReport(Session& session) {
     session.Out().Set("dry_run", session.Asked().dryRun);
     session.Out().Set("entry", nullptr);
@@ -89,7 +93,7 @@ int ReportFile(Session& session, const FileOutcome& outcome, const char* list) {
     AddFile(session, list, outcome);
     if (!asked.quiet || outcome.IsChange()) out.Line(Text(outcome, asked.dryRun));
     TellDiff(out, outcome.diff);
-    return asked.dryRun && outcome.IsChange() ? kNotInSync : kDone;
+    return StatusAfter(session, outcome.IsChange());
 }
 
 void TellFile(Session& session, const FileOutcome& outcome) {

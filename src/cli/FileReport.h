@@ -13,6 +13,9 @@ namespace ZET::Cli {
 /// What happened, or would happen, to a file, in the user's language.
 const char* ResultText(FileOutcome::Result result, bool isDryRun);
 
+/// The exit status of a command that succeeded: a dry run also reports by it whether anything would change.
+int StatusAfter(const Session& session, bool isChange);
+
 /// Gives the document the fields that it has even if the command fails.
 void BeginFileReport(Session& session);
 

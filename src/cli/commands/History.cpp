@@ -221,7 +221,7 @@ int Erase(Session& session, const EraseWords& asked) {
         out.Warning(path + ": " +
                     _("the history has one of these texts of this file, too (erase it as well)"));
     }
-    return isDryRun && erased.texts != 0 ? kNotInSync : kDone;
+    return StatusAfter(session, erased.texts != 0);
 }
 
 }  // namespace

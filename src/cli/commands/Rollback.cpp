@@ -49,7 +49,7 @@ int RollbackConfig(Session& session, const RollbackOptions& asked) {
     BeginTargets(session, TellTarget);
     const RollbackResult result = RollBack(session.Product(), asked.targets, {asked.force, asked.keepEdits});
     if (result.isKept) return kFailed;
-    return session.Asked().dryRun && result.isChanged ? kNotInSync : kDone;
+    return StatusAfter(session, result.isChanged);
 }
 
 }  // namespace

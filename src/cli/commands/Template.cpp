@@ -59,7 +59,7 @@ int Install(Session& session, const InstallOptions& asked) {
     BeginFileReport(session);
     session.TellFilesBy(TellFile);
     const bool isAnyChange = InstallTemplates(session.Product(), asked.names, asked.force);
-    return session.Asked().dryRun && isAnyChange ? kNotInSync : kDone;
+    return StatusAfter(session, isAnyChange);
 }
 
 int Process(Session& session, const ProcessOptions& asked) {

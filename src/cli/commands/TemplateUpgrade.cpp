@@ -19,7 +19,7 @@ int Upgrade(Session& session, const UpgradeOptions& asked) {
     TemplateUpgrade upgrade(session.Product(), asked.names);
     if (TellRefusal(session, upgrade.Problems())) return kFailed;
     const bool isAnyChange = upgrade.Run();
-    return session.Asked().dryRun && isAnyChange ? kNotInSync : kDone;
+    return StatusAfter(session, isAnyChange);
 }
 
 }  // namespace

@@ -61,7 +61,7 @@ int RunUndo(Session& session, const UndoWords& asked) {
 int ReportUndo(Session& session, const UndoResult& result) {
     if (TellRefusal(session, result.problems)) return kFailed;
     if (result.entry) session.Out().Set("entry", *result.entry);
-    return session.Asked().dryRun && result.isChanged ? kNotInSync : kDone;
+    return StatusAfter(session, result.isChanged);
 }
 
 void RegisterUndo(CommandLine& line) {
