@@ -20,6 +20,7 @@
 #include "cli/WordsTaken.h"
 #include "cli/commands/Registrations.h"
 #include "deploy/host/Failure.h"
+#include "text/Joined.h"
 
 namespace ZET::Cli {
 
@@ -156,7 +157,7 @@ void Arguments::AddFlag(const char* name, const char* help, bool& flag) {
 void Arguments::AddChoice(const char* name, const std::vector<std::string>& words, const char* help,
                           std::string& word) {
     if (m_command == nullptr) return;
-    m_command->add_option(name, word, _(help))->check(OneOfWords(words))->type_name(ListOf(words, "|"));
+    m_command->add_option(name, word, _(help))->check(OneOfWords(words))->type_name(Text::Joined(words, "|"));
 }
 
 void Arguments::AddList(const char* name, const char* type, const char* help,

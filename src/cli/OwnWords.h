@@ -8,26 +8,20 @@
 #include <vector>
 
 #include "cli/Translation.h"
+#include "text/Joined.h"
 
 /// Errors in a command line, in the user's language; the library that parses it reports them in English. Only
 /// for CommandLine.cpp, since that library takes long to compile.
 namespace ZET::Cli {
 
-inline std::string ListOf(const std::vector<std::string>& words, std::string_view separator) {
-    std::string list;
-    for (const std::string& word : words)
-        list.append(list.empty() ? "" : separator).append(word);
-    return list;
-}
-
 /// A value must be one of some words.
 class OneOfWords : public CLI::Validator {
   public:
     explicit OneOfWords(const std::vector<std::string>& words) {
-        desc_function_ = [words] { return "{" + ListOf(words, ",") + "}"; };
+        desc_function_ = [words] { return "{" + Text::Joined(words, ",") + "}"; };
         func_ = [words](const std::string& given) {
             if (std::find(words.begin(), words.end(), given) != words.end()) return std::string();
-            return Filled(_("\"%s\" is none of %s"), {given, ListOf(words, ", ")});
+            return Filled(_("\"%s\" is none of %s"), {given, Text::Joined(words, ", ")});
         };
     }
 };
@@ -36,7 +30,7 @@ class OneOfWords : public CLI::Validator {
 inline std::string Unexpected(const std::vector<std::string>& words) {
     return Filled(Plural("The following argument was not expected: %s",
                          "The following arguments were not expected: %s", words.size()),
-                  {ListOf(words, " ")});
+                  {Text::Joined(words, " ")});
 }
 
 /// Translates the library's `sentence`, which is all that it provides; empty if it is not about this option.

@@ -12,6 +12,7 @@
 #include "deploy/edit/FileExplanation.h"
 #include "deploy/host/Failure.h"
 #include "deploy/state/ParameterNames.h"
+#include "text/Joined.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Cli {
@@ -197,10 +198,8 @@ class Teller {
     }
 
     static std::string PlaceholderText(const Text::ExplainedLines& lines) {
-        std::string names;
-        for (const std::string& placeholder : lines.placeholders)
-            names += (names.empty() ? "" : ", ") + placeholder;
-        return names.empty() ? "" : " " + Filled(_("with %s"), {names});
+        if (lines.placeholders.empty()) return "";
+        return " " + Filled(_("with %s"), {Text::Joined(lines.placeholders, ", ")});
     }
 
     std::string HowToRestore(std::string_view former) const {

@@ -12,6 +12,7 @@
 #include "deploy/host/Signals.h"
 #include "deploy/state/RoleStatus.h"
 #include "deploy/targets/TargetStates.h"
+#include "text/Joined.h"
 #include "text/ShellWord.h"
 #include "zet/deploy/Failure.h"
 
@@ -204,14 +205,11 @@ void TellEdits(Session& session, const std::vector<EditState>& edits, bool onlyC
 
 /// Reports newer templates. They do not affect the exit status: what was committed is in sync without them.
 void TellNewer(Session& session, const std::vector<std::string>& names) {
-    std::string text;
-    for (const std::string& name : names) {
+    for (const std::string& name : names)
         session.Out().Add("newer_templates", name);
-        text += (text.empty() ? "" : ", ") + name;
-    }
-    if (text.empty() || session.Asked().quiet) return;
+    if (names.empty() || session.Asked().quiet) return;
     session.Out().Line(Filled(_("newer shipped templates: %s (\"%s template upgrade\" takes them over)"),
-                              {text, session.Asked().program}));
+                              {Text::Joined(names, ", "), session.Asked().program}));
 }
 
 int ExitStatusOf(const TargetStates& states) {
