@@ -73,8 +73,7 @@ class Explainer {
 
     void AddContent(ExplainedLines& block) {
         for (std::size_t number = block.first; number <= block.last; ++number) {
-            if (m_text.Line(number).kind == LineKind::BlockContent)
-                block.content.push_back(m_text.Line(number).text);
+            if (m_text.Line(number).IsContent()) block.content.push_back(m_text.Line(number).text);
         }
         if (block.formerLine == 0) return;
         block.formerText = m_text.FormerText(block.formerLine);

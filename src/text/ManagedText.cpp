@@ -6,32 +6,6 @@
 
 namespace ZET::Text {
 
-namespace {
-
-LineKind KindOf(const RegionPlace& place, LineKind begin, LineKind content, LineKind end) {
-    if (place.step == RegionStep::Begin) return begin;
-    return place.step == RegionStep::End ? end : content;
-}
-
-LineKind KindOf(const RegionPlace& place) {
-    switch (place.kind) {
-        case RegionKind::Ordinary:
-            return LineKind::Ordinary;
-        case RegionKind::FormerLine:
-            return LineKind::FormerLine;
-        case RegionKind::Block:
-            return KindOf(place, LineKind::BlockBegin, LineKind::BlockContent, LineKind::BlockEnd);
-        case RegionKind::Notice:
-            return KindOf(place, LineKind::NoticeBegin, LineKind::NoticeText, LineKind::NoticeEnd);
-        case RegionKind::TemplateComment:
-            break;
-    }
-    return KindOf(place, LineKind::TemplateCommentBegin, LineKind::TemplateCommentText,
-                  LineKind::TemplateCommentEnd);
-}
-
-}  // namespace
-
 ManagedText::ManagedText(std::string_view text) {
     m_lines.reserve(static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n')) + 1);
     Text::Regions regions;
@@ -56,7 +30,7 @@ void ManagedText::AddLine(std::string_view text, const RegionPlace& place) {
     if (isFirst || m_regions.empty() || m_regions.back().kind != place.kind)
         m_regions.push_back({place.kind, true, number, number});
     m_regions.back().last = number;
-    m_lines.push_back({text, static_cast<std::uint32_t>(m_regions.size() - 1), KindOf(place)});
+    m_lines.push_back({text, static_cast<std::uint32_t>(m_regions.size() - 1), place.step});
 }
 
 void ManagedText::LinkFormerLines() {

@@ -10,21 +10,6 @@
 
 namespace ZET::Text {
 
-/// The kind of a line in a managed file.
-enum class LineKind : std::uint8_t {
-    Ordinary,  ///< also a stray end marker: the module keeps it as it is
-    FormerLine,
-    BlockBegin,
-    BlockContent,  ///< also a marker inside a block
-    BlockEnd,
-    NoticeBegin,
-    NoticeText,
-    NoticeEnd,
-    TemplateCommentBegin,
-    TemplateCommentText,
-    TemplateCommentEnd
-};
-
 /// Lines that belong together, numbered from 1. Every line is in exactly one region.
 struct ManagedRegion {
     RegionKind kind = RegionKind::Ordinary;
@@ -38,7 +23,10 @@ struct ManagedRegion {
 struct ManagedLine {
     std::string_view text;     ///< without the line feed
     std::uint32_t region = 0;  ///< index of its region
-    LineKind kind = LineKind::Ordinary;
+    RegionStep step = RegionStep::Outside;
+
+    /// Whether it is inside its region, also as a marker without effect there.
+    bool IsContent() const { return step == RegionStep::Inside || step == RegionStep::NestedBegin; }
 };
 
 /// A managed file's text as the module sees it when it removes its own lines. The text must outlive the

@@ -4,39 +4,34 @@
 
 #include <string>
 
-using ZET::Text::LineKind;
+using ZET::Text::ManagedLine;
 using ZET::Text::ManagedRegion;
 using ZET::Text::ManagedText;
 using ZET::Text::RegionKind;
+using ZET::Text::RegionStep;
 
 namespace {
 
-char Letter(LineKind kind) {
+/// The letters of a region's first line, of its content and of its last line.
+const char* LettersOf(RegionKind kind) {
     switch (kind) {
-        case LineKind::Ordinary:
-            return '.';
-        case LineKind::FormerLine:
-            return 'f';
-        case LineKind::BlockBegin:
-            return '[';
-        case LineKind::BlockContent:
-            return 'b';
-        case LineKind::BlockEnd:
-            return ']';
-        case LineKind::NoticeBegin:
-            return '<';
-        case LineKind::NoticeText:
-            return 'n';
-        case LineKind::NoticeEnd:
-            return '>';
-        case LineKind::TemplateCommentBegin:
-            return '(';
-        case LineKind::TemplateCommentText:
-            return 't';
-        case LineKind::TemplateCommentEnd:
-            return ')';
+        case RegionKind::Block:
+            return "[b]";
+        case RegionKind::Notice:
+            return "<n>";
+        case RegionKind::TemplateComment:
+            return "(t)";
+        default:
+            return "???";
     }
-    return '?';
+}
+
+char Letter(RegionKind kind, const ManagedLine& line) {
+    if (line.IsContent()) return LettersOf(kind)[1];
+    if (line.step == RegionStep::Begin) return LettersOf(kind)[0];
+    if (line.step == RegionStep::End) return LettersOf(kind)[2];
+    if (kind == RegionKind::Ordinary) return '.';
+    return kind == RegionKind::FormerLine ? 'f' : '?';
 }
 
 /// One letter for each line.
@@ -44,7 +39,7 @@ std::string Kinds(const std::string& text) {
     const ManagedText managed(text);
     std::string kinds;
     for (std::size_t number = 1; number <= managed.LineCount(); ++number)
-        kinds += Letter(managed.Line(number).kind);
+        kinds += Letter(managed.RegionOf(number).kind, managed.Line(number));
     return kinds;
 }
 

@@ -8,8 +8,9 @@ std::vector<LineInPlace> LinesIn(const Text::ManagedText& managed) {
     std::vector<LineInPlace> lines;
     for (std::size_t number = 1; number <= managed.LineCount(); ++number) {
         const Text::ManagedLine& line = managed.Line(number);
-        const bool isInBlock = line.kind == Text::LineKind::BlockContent;
-        if (isInBlock || line.kind == Text::LineKind::Ordinary)
+        const Text::RegionKind kind = managed.RegionOf(number).kind;
+        const bool isInBlock = kind == Text::RegionKind::Block && line.IsContent();
+        if (isInBlock || kind == Text::RegionKind::Ordinary)
             lines.push_back({number, std::string(line.text), isInBlock});
     }
     return lines;
