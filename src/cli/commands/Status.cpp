@@ -96,7 +96,7 @@ void TellTarget(Session& session, const TargetState& target) {
     TellDiff(session.Out(), target.diff);
 }
 
-const char* StateOf(const LeftOver& leftOver) {
+const char* WordOf(const LeftOver& leftOver) {
     return leftOver.fate == LeftOver::Fate::GoesBack ? kLeftOver : kKept;
 }
 
@@ -105,7 +105,7 @@ std::vector<std::string> StatesOf(const TargetStates& states) {
     for (const TargetState& target : states.targets)
         names.push_back(target.state);
     for (const LeftOver& leftOver : states.leftOvers)
-        names.emplace_back(StateOf(leftOver));
+        names.emplace_back(WordOf(leftOver));
     return names;
 }
 
@@ -147,7 +147,7 @@ void TellLeftOvers(Session& session, const std::vector<LeftOver>& leftOvers) {
         target.templateName = leftOver.templateName;
         target.path = leftOver.path;
         target.file = paths.NameInside(leftOver.path);
-        target.state = StateOf(leftOver);
+        target.state = WordOf(leftOver);
         TellTarget(session, target);
     }
 }
