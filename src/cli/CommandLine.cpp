@@ -73,7 +73,8 @@ Mistake MistakeIn(const CLI::App& app, const CLI::ParseError& error, const Names
     const bool lacksCommand = isMissing && known.LacksCommand();
     const bool isUnexpected =
         !mistake.unknown.empty() && (isExtra || (lacksCommand && IsOption(mistake.unknown.front())));
-    mistake.message = isUnexpected ? Unexpected(mistake.unknown) : known.InOwnWords(error.what());
+    mistake.message =
+        isUnexpected ? Unexpected(AsTyped(mistake.unknown, arguments)) : known.InOwnWords(error.what());
     mistake.isWordMissing = isMissing && !isUnexpected;
     mistake.isCommandMissing = lacksCommand && !isUnexpected;
     // A family that takes a word of its own takes a mistyped command for it.

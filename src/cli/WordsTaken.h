@@ -3,6 +3,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cctype>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -28,21 +29,46 @@ inline std::vector<std::string> WordsTaken(const CLI::App& app, bool areOperands
     return words;
 }
 
+inline bool IsGroup(std::string_view word) {
+    return IsOption(word) && !word.starts_with("--");
+}
+
+/// Whether CLI11 may have left `rest` of a group of option letters: "-10" of "-q10". A letter that is unknown
+/// is no rest.
+inline bool IsRestOf(std::string_view rest, std::string_view group) {
+    if (rest.size() < 2 || !IsOption(rest) || std::isalpha(static_cast<unsigned char>(rest[1])) != 0)
+        return false;
+    return IsGroup(group) && group.ends_with(rest.substr(1));
+}
+
 /// Groups of option letters such as "-q10": after the "q", CLI11 continues with "-10", which is no option,
 /// and takes it for an operand.
 inline std::vector<std::string> SplitGroups(const CLI::App& app, const std::vector<std::string>& arguments) {
     const auto isSplit = [&](const std::string& word) {
-        if (!IsOption(word) || word.starts_with("--") || word.find_first_of("0123456789", 2) == word.npos)
-            return false;
+        if (!IsGroup(word) || word.find_first_of("0123456789", 2) == word.npos) return false;
         const std::vector<std::string> operands = WordsTaken(app, true);
         return std::any_of(operands.begin(), operands.end(), [&](const std::string& operand) {
-            return IsOption(operand) && !IsIn(arguments, operand) &&
-                   word.ends_with(std::string_view(operand).substr(1));
+            return IsRestOf(operand, word) && !IsIn(arguments, operand);
         });
     };
     std::vector<std::string> groups;
     std::copy_if(arguments.begin(), arguments.end(), std::back_inserter(groups), isSplit);
     return groups;
+}
+
+/// The unknown words as they stand among the arguments: CLI11 names "-5" where "-q5" was typed.
+inline std::vector<std::string> AsTyped(std::vector<std::string> unknown,
+                                        std::vector<std::string> arguments) {
+    for (std::string& word : unknown) {
+        auto typed = std::find(arguments.begin(), arguments.end(), word);
+        if (typed == arguments.end())
+            typed = std::find_if(arguments.begin(), arguments.end(),
+                                 [&](const std::string& argument) { return IsRestOf(word, argument); });
+        if (typed == arguments.end()) continue;
+        word = *typed;
+        arguments.erase(typed);
+    }
+    return unknown;
 }
 
 /// The words behind a "--" that is not itself a value.

@@ -77,6 +77,32 @@ words() {
     assert_file conf $'a=-10\n\nb=-q10\n\nc=3\n'
 }
 
+@test "a group of letters that says more than options is told as it was typed" {
+    # refused WORDS COMMAND WORD...
+    refused() {
+        local are="argument was"
+        [[ $1 != *" "* ]] || are="arguments were"
+        # shellcheck disable=SC2086
+        run_zet "${@:3}"
+        assert_refusal 2 "The following $are not expected: $1 (see \"zet-client $2 --help\")"
+    }
+    refused -q5 status -q5 status
+    refused -q5 status status -q5
+    refused -q5 values values -q5
+    refused -n=1 status -n=1 status
+    refused -n=1 'param get' param get conf a -n=1
+    refused -q.5 'param get' param -q.5 get conf a
+    refused "-q=5 -n=1" status -q=5 -n=1 status
+    refused "-5 -q5" status status -q5 -5
+    refused "-q5 -nq5" values -q5 -nq5 values
+    refused -q5 values values -- -q5
+    # The letter that is unknown says more than its group.
+    refused -z status status -qz
+    refused -z5 status status -qz5
+    run_zet --json status -q5
+    assert_json 'd["errors"]' '["The following argument was not expected: -q5 (see \"zet-client status --help\")"]'
+}
+
 @test "what stands behind -- is no option" {
     local before='put it before "--", or '
     remember_host
