@@ -50,6 +50,30 @@ Names UnknownIn(const CLI::App& app, const Names& arguments) {
     return unknown.empty() ? OptionsBehindMarker(app, arguments) : unknown;
 }
 
+/// Whether the command line is right. A "--" that an option would take as its value is not meant to be one.
+bool IsRight(Role role, const Names& arguments) {
+    Grammar grammar(role, WordFilter({arguments.begin(), arguments.end()}));
+    try {
+        grammar.App().parse(Names(arguments.rbegin(), arguments.rend()));  // which takes them in reverse
+    } catch (const CLI::ParseError&) {
+        return false;
+    }
+    return OptionsBehindMarker(grammar.App(), arguments).empty() &&
+           !IsIn(WordsTaken(grammar.App(), false), "--");
+}
+
+/// Whether the command line would be right if the unknown options behind "--" stood before it, with all that
+/// follows them: there, the library looks for options only if the command takes no more operands.
+bool IsRightBeforeMarker(Role role, const Mistake& mistake, Names arguments) {
+    const auto unknown = std::find_if(
+        mistake.unknown.begin(), mistake.unknown.end(),
+        [&](const std::string& word) { return IsOption(word) && IsIn(mistake.behindMarker, word); });
+    if (unknown == mistake.unknown.end()) return false;
+    const auto marker = std::find(arguments.begin(), arguments.end(), "--");
+    std::rotate(marker, std::find(marker, arguments.end(), *unknown), arguments.end());
+    return IsRight(role, arguments);
+}
+
 /// The help that tells more, and the names that may be meant: what is not the name of a command stands in its
 /// place, which is not always behind what was understood.
 void AddNames(Mistake& mistake, const Continuations& known, const Names& arguments) {
@@ -61,7 +85,8 @@ void AddNames(Mistake& mistake, const Continuations& known, const Names& argumen
 }
 
 /// What is wrong with the command line.
-Mistake MistakeIn(const CLI::App& app, const CLI::ParseError& error, const Names& arguments) {
+Mistake MistakeIn(Grammar& grammar, const CLI::ParseError& error, const Names& arguments) {
+    const CLI::App& app = grammar.App();
     const Continuations known(app);
     Mistake mistake;
     mistake.unknown = UnknownIn(app, arguments);
@@ -71,12 +96,15 @@ Mistake MistakeIn(const CLI::App& app, const CLI::ParseError& error, const Names
     const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
     const bool isExtra = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
     const bool lacksCommand = isMissing && known.LacksCommand();
-    const bool isUnexpected =
-        !mistake.unknown.empty() && (isExtra || (lacksCommand && IsOption(mistake.unknown.front())));
+    const bool isOption = !mistake.unknown.empty() && IsOption(mistake.unknown.front()) &&
+                          !IsIn(mistake.behindMarker, mistake.unknown.front());
+    const bool isUnexpected = lacksCommand ? isOption : isExtra && !mistake.unknown.empty();
     mistake.message =
         isUnexpected ? Unexpected(AsTyped(mistake.unknown, arguments)) : known.InOwnWords(error.what());
     mistake.isWordMissing = isMissing && !isUnexpected;
     mistake.isCommandMissing = lacksCommand && !isUnexpected;
+    mistake.isRightBeforeMarker =
+        isUnexpected && IsRightBeforeMarker(grammar.Asked().call.options.role, mistake, arguments);
     // A family that takes a word of its own takes a mistyped command for it.
     if (isUnexpected && !DidYouMean(known.FirstOperand(), known.Commands()).empty()) {
         mistake.isCommandMissing = true;
@@ -128,7 +156,7 @@ int Answer(Grammar& grammar, const CLI::ParseError& error, int count, char** arg
     options.json = options.json || AsksForDocument(count, arguments);
     options.command.clear();  // which may have been read before the mistake was seen
     Report report(options);
-    report.Error(Describe(MistakeIn(grammar.App(), error, ArgumentsOf(count, arguments))));
+    report.Error(Describe(MistakeIn(grammar, error, ArgumentsOf(count, arguments))));
     return report.Finish(kWrongUse);
 }
 

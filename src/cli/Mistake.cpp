@@ -35,10 +35,10 @@ std::string Suggestion(const Mistake& mistake) {
     if (mistake.isCommandMissing) return SuggestedCommand(mistake);
     const auto option = std::find_if(mistake.unknown.begin(), mistake.unknown.end(), IsOption);
     if (option == mistake.unknown.end()) return "";
+    if (mistake.isRightBeforeMarker) return _("put it before \"--\", or ");
     const std::string name = option->substr(0, option->find('='));
     if (!IsIn(mistake.options, name)) return name.starts_with("--") ? DidYouMean(name, mistake.options) : "";
-    return IsIn(mistake.behindMarker, *option) ? _("put it before \"--\", or ")
-                                               : _("put it behind its command, or ");
+    return IsIn(mistake.behindMarker, *option) ? "" : _("put it behind its command, or ");
 }
 
 /// Whether a missing word may be present, but was taken for an option.

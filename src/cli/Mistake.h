@@ -17,6 +17,7 @@ struct Mistake {
     std::vector<std::string> unknown;       ///< words that were not recognised
     std::vector<std::string> splitGroups;   ///< groups of option letters whose rest was taken for a word
     std::vector<std::string> behindMarker;  ///< words that are no options, as they stand behind "--"
+    bool isRightBeforeMarker = false;       ///< the options among them would be right before it
     std::vector<std::string> commands;      ///< commands that were possible here
     std::vector<std::string> options;       ///< options that were possible here
 };

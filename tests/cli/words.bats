@@ -134,6 +134,40 @@ words() {
     assert_file conf $'a=2\n\nb=--\n'
 }
 
+@test "an option is sent before -- only if it is right there" {
+    remember_host
+    # told TEXT REMEDY COMMAND WORD...
+    told() {
+        # shellcheck disable=SC2086
+        words $3 "${@:4}"
+        assert_refusal 2 "$1 ($2see \"zet-client $3 --help\")"
+        assert_host_unchanged
+    }
+    local was="The following argument was not expected:" were="The following arguments were not expected:"
+    local before='put it before "--", or '
+    told "$were --section x" "$before" 'param set' -- conf a 3 --section x
+    told "$were --count 3" "$before" history -- conf --count 3
+    told "$was -qn" "$before" status -- -qn
+    told "$was --null=1" "" 'file list' -- --null=1
+    told "$was -m" "" history -- conf -m
+    told "$were --force 4" "" 'param set' -- conf a 3 --force 4
+    told "$were 4 --force" "" 'param set' -- conf a 3 4 --force
+    told "$were show --after" "" history -- conf show --after
+    told "--dry-run takes no value" "" status -- --dry-run=1
+    told "--color: its value is missing" "" status -- --color
+    told '--color: "foo" is none of auto, always, never' "" status -- --color=foo
+    told "--quiet excludes --verbose" "" status -q -- -v
+    told "--config can be given once only" "" status -c a -- -c b
+    words -- status --diff
+    assert_refusal 2 'a command is missing (put "--" behind the command, or see "zet-client --help")'
+    words param -- --force
+    assert_refusal 2 'a command is missing (put "--" behind the command, or see "zet-client param --help")'
+    printf '[x]\na=1\n' >conf
+    run_zet param set --no-markers --section x -- conf a 3
+    assert_status 0
+    assert_file conf $'[x]\na=3\n'
+}
+
 @test "a mistake is told by all that is known" {
     run_zet template proces one.conf out
     assert_status 2
