@@ -106,6 +106,11 @@ files_of_packages() {
     [ "$(inside stat -c '%a %U' /var/lib/zet)" = "755 root" ]
 }
 
+@test "TheTemplatesHaveTheModesOfEveryOtherInstallation" {
+    "$CMAKE" --install "$ZET_BUILD" --prefix "$PREFIX" --component templates >/dev/null
+    diff <(cd "$PREFIX/share/zet/templates" && stat -c '%a %n' -- *) <(cd "$TREE/usr/share/zet/templates" && stat -c '%a %n' -- *)
+}
+
 @test "TheManualIsFound" {
     local page
     for page in zet.7 zet-init.1 zet-client.1 zet.conf.5 targets.toml.5 zet-targets.5 zet-templates.5 zet-state.5; do
