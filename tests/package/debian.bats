@@ -64,6 +64,28 @@ install_from() {
     rm -rf "$TREE/debs"
 }
 
+# put_manager: the tree's systemctl notes how it is called, and answers what the file run/systemd/timer says of the timer.
+put_manager() {
+    mkdir -p "$TREE/run/systemd/system"
+    cat >"$TREE/usr/bin/systemctl" <<-'END'
+		#!/bin/sh
+		echo "$*" >>/run/systemd/calls
+		case $* in
+		    *is-enabled*zet-status.timer*) cat /run/systemd/timer ;;
+		    *is-enabled*) echo static ;;
+		    *is-active*) exit 3 ;;
+		esac
+	END
+    chmod 755 "$TREE/usr/bin/systemctl"
+}
+
+# what_manager_did COMMAND...: what the tree's systemctl was asked to start, restart or stop meanwhile.
+what_manager_did() {
+    : >"$TREE/run/systemd/calls"
+    "$@" >/dev/null
+    { grep -oE '\b(start|restart|stop) .*' "$TREE/run/systemd/calls" || true; } | paste -sd ';'
+}
+
 # fingerprint: every file of the tree but those of the package system, of its helper for services, and caches, with mode, owner and bytes.
 fingerprint() {
     (cd "$TREE" && find . \( -path ./var/lib/dpkg -o -path ./var/log -o -path ./var/cache -o -path ./var/lib/systemd -o -path ./proc -o -path ./tmp \
@@ -199,6 +221,18 @@ files_of_packages() {
     [ ! -e "$TREE/var/lib/zet/originals" ]
     inside zet-init rollback-config || true
     [ "$(cat "$TREE/opt/elsewhere/edited")" = A=1 ]
+}
+
+@test "TheTimerRunsOnlyWhereItIsEnabledAndNoLongerThanItsPackageIsThere" {
+    put_manager
+    echo disabled >"$TREE/run/systemd/timer"
+    [ -z "$(what_manager_did install_from "$DEBS")" ]
+    [ "$(what_manager_did inside dpkg -P zet-tools)" = "stop zet-status.service zet-status.timer" ]
+    [ -z "$(what_manager_did install_from "$DEBS")" ]
+    [ -z "$(find "$TREE/etc" -name 'zet-status*')" ]
+    echo enabled >"$TREE/run/systemd/timer"
+    [ "$(what_manager_did install_from "$DEBS")" = "restart zet-status.timer" ]
+    rm -r "$TREE/run/systemd" "$TREE/usr/bin/systemctl"
 }
 
 @test "StoresOfEveryVersionAreReadAndGoOn" {
