@@ -28,7 +28,7 @@ assert_harmless() {
     local text=$output$stderr
     [[ -n $text ]]
     ! LC_ALL=C grep -n $'[\001-\010\013-\037\177]' <<<"$text" || return 1
-    ! LC_ALL=C grep -n $'\302[\200-\237]' <<<"$text"
+    ! LC_ALL=C grep -n $'\302[\200-\237]' <<<"$text" || return 1
 }
 
 @test "a file name that is an order to the terminal is shown as its letters, wherever it goes" {
