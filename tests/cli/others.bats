@@ -156,14 +156,20 @@ assert_secret_kept() {
     strace -f -qq -o "$BASE/trace" -e trace=setfsuid "$ZET_BIN/zet-client" --config zet.conf param set home/conf a 2
     grep -q "setfsuid($STRANGER)" "$BASE/trace"
     # He puts a link in the way after the way was judged: what he may not read is not read for him.
-    strace -f -qq -o "$BASE/trace" -e trace=setfsuid -e inject=setfsuid:delay_enter=1500000:when=1 \
-        "$ZET_BIN/zet-client" --config zet.conf param set --no-markers home/conf a 3 2>"$BASE/stderr" &
+    rm "$BASE/trace"
+    strace -f -qq -o "$BASE/trace" -e trace=setfsuid,openat -e inject=setfsuid:signal=STOP:when=1 \
+        "$ZET_BIN/zet-client" --config zet.conf param set --no-markers home/conf a 3 2>"$BASE/stderr" 3>&- &
     local zet=$!
-    sleep 0.7
+    await_stop
     ln -sfn "$SECRET" home/conf
+    go_on
     status=0
     wait "$zet" || status=$?
     assert_equal "$status" 1
+    assert_file "$BASE/stderr" "zet-client: error: Failed to open file 'home/conf'.
+zet-client: error: home/conf: cannot be read any more (run the command again)
+"
+    grep -q 'conf", .* = -1 EACCES' "$BASE/trace"
     assert_secret_kept
     [[ -z $(grep -rl secret home) ]] || [[ $(grep -rl secret home) == home/conf ]]
 }
