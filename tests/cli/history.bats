@@ -279,7 +279,7 @@ login_of_this_process() {
     local change
     for change in 1 2 3 4 5; do zet -q param set other a "$change"; done
     # Nobody waits for the reader, and what is erased or pruned meanwhile is gone for him, too.
-    timeout 3 "$ZET_BIN/zet-client" --config zet.conf -q history erase other
+    timeout 20 "$ZET_BIN/zet-client" --config zet.conf -q history erase other
     go_on
     wait "$strace"
     assert_equal "$(grep '^commit ' "$BASE/stream")" "$(grep '^commit ' "$BASE/expected")"
