@@ -1,4 +1,5 @@
-# What the scripts of the tree do when they are asked for help: they say how they are used, and nothing else.
+# The scripts of the tree. Asked for help, they say how they are used, and do nothing else. ZET_BUILD names the directory of
+# the build.
 
 # A copy of what the scripts read, and programs that note when one goes to work.
 setup() {
@@ -8,6 +9,7 @@ setup() {
     cp -r "$SOURCE_DIR"/{script,benchmarks,CMakePresets.json} "$COPY"
     local tool
     for tool in cmake ctest doxygen dpkg-buildpackage setpriv xgettext setup; do
+        # shellcheck disable=SC2016  # expanded by the program
         printf '#!/bin/sh\necho "${0##*/} $*" >>"%s/work"\nexit 1\n' "$BATS_TEST_TMPDIR" >"$BATS_TEST_TMPDIR/tools/$tool"
     done
     chmod 755 "$BATS_TEST_TMPDIR"/tools/*
@@ -38,4 +40,12 @@ says_how() {
         esac
     done
     find "$COPY" | sort | diff "$BATS_TEST_TMPDIR/before" -
+}
+
+@test "TheDemoRunsWhereRootsTemporaryFilesAreForRootAlone" {
+    [ "$EUID" -eq 0 ] || skip "needs root"
+    mkdir -m 700 "$BATS_TEST_TMPDIR/private"
+    TMPDIR=$BATS_TEST_TMPDIR/private ZET_BIN=${ZET_BUILD:-$SOURCE_DIR/build/test}/bin run "$SOURCE_DIR/script/demo"
+    echo "$output"
+    [ "$status" -eq 0 ]
 }
