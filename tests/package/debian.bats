@@ -146,6 +146,7 @@ files_of_packages() {
     for file in first-domain.md json.md json-schema.json pictures/session.svg; do
         inside dpkg -L zet-tools | grep -Fx "/usr/share/doc/zet-tools/docs/$file"
     done
+    inside dpkg -L libzet-dev | grep -Fx /usr/share/doc/libzet-dev/examples/embed/commit.cpp
 }
 
 @test "TheCompletionsAreWhereTheShellsOfDebianLook" {
