@@ -236,32 +236,13 @@ files_of_packages() {
     rm -r "$TREE/run/systemd" "$TREE/usr/bin/systemctl"
 }
 
-@test "StoresOfEveryVersionAreReadAndGoOn" {
-    local store
-    for store in "$BATS_TEST_DIRNAME"/stores/schema-*.tar.gz; do
-        rm -rf "$TREE"/var/lib/zet/* "$TREE"/etc/zet/* "$TREE"/etc/{greeting,edited,long}*
-        tar -x -f "$store" -C "$TREE"
-        inside zet-init history | grep -F "schema ${store//[^0-9]/}" || inside zet-init history | grep -F "# schema"
-        # The notice has the name of the tree that the store was made in, so that a commit would change it.
-        inside zet-init status || [ $? -eq 3 ]
-        inside zet-init undo
-        [ "$(inside zet-init param get /etc/edited B)" = 1 ]
-        inside zet-init param set /etc/edited B 3
-        inside zet-init history export >/dev/null  # reads each text
-        inside zet-init history show 1 /etc/greeting | grep -Fx 'by hand'
-        inside zet-init rollback-config
-        [ "$(cat "$TREE/etc/greeting")" = "by hand" ]
-        diff "$TREE/etc/edited" <(printf 'A=1\nB=1\n')
-    done
-}
-
 @test "APurgeOfAHostThatIsAsItWasLeavesNothingBehind" {
     [ -z "$(find "$TREE/etc" "$TREE/opt" -name '*_zet')" ]
     run inside dpkg -P zet-tools zet-templates libzet-dev libzet-deploy1 libzet-config libzet-core1
     echo "$output"
     [ "$status" -eq 0 ]
     [ ! -e "$TREE/var/lib/zet" ]
-    rm -rf "$TREE"/etc/zet "$TREE"/etc/krb5* "$TREE"/etc/ldap "$TREE"/etc/edited "$TREE"/etc/long "$TREE"/etc/greeting "$TREE"/etc/zet-life.conf "$TREE"/etc/idmapd.conf "$TREE"/etc/nslcd.conf \
+    rm -rf "$TREE"/etc/zet "$TREE"/etc/krb5* "$TREE"/etc/ldap "$TREE"/etc/zet-life.conf "$TREE"/etc/idmapd.conf "$TREE"/etc/nslcd.conf \
         "$TREE"/opt/elsewhere "$TREE"/usr/share/zet "$TREE"/srv/zet
     fingerprint | diff "$BATS_FILE_TMPDIR/before" -
 }
