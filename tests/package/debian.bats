@@ -14,20 +14,20 @@ setup_file() {
     export DEBS=${ZET_DEBS:-$BATS_FILE_TMPDIR/debs} OLD=$BATS_FILE_TMPDIR/old TREE=$BATS_FILE_TMPDIR/tree
     export WHAT_LINTIAN_SAID=$BATS_FILE_TMPDIR/lintian
     export DEBIAN_FRONTEND=noninteractive
-    make_tree || skip "no mirror of Debian can be reached: $(tail -1 "$BATS_FILE_TMPDIR/mmdebstrap")"
+    make_bare_system || skip "no mirror of Debian can be reached: $(tail -1 "$BATS_FILE_TMPDIR/mmdebstrap")"
     if [ -z "${ZET_DEBS:-}" ]; then
         "$SOURCE_DIR/script/package" "$DEBS" >"$WHAT_LINTIAN_SAID" 2>&1 || echo "exit status $?" >>"$WHAT_LINTIAN_SAID"
     fi
     make_old
 }
 
-# A bare system with what the packages depend on.
-make_tree() {
+# make_bare_system: with what the packages depend on.
+make_bare_system() {
     if [ -n "${ZET_TREE:-}" ]; then
         cp -a "$ZET_TREE" "$TREE"
         return
     fi
-    mmdebstrap --variant=minbase --include=diffutils,libpcre2-8-0,libsqlite3-0,libxxhash0,libzstd1,man-db \
+    mmdebstrap --variant=minbase --include=diffutils,libpcre2-8-0,libsqlite3-0,libzstd1,man-db \
         "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$TREE" >"$BATS_FILE_TMPDIR/mmdebstrap" 2>&1
 }
 
