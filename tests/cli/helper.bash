@@ -110,6 +110,14 @@ run_zet() {
     capture zet "$@"
 }
 
+# on_terminal WORD...: the command runs on a terminal; what that gets is in $output, without its carriage returns.
+on_terminal() {
+    local words
+    printf -v words '%q ' "$ZET_BIN/zet-client" --config "$HOST/zet.conf" "$@"
+    capture env SHELL=/bin/bash script -qec "$words" /dev/null
+    output=${output//$'\r'/}
+}
+
 differ() {
     printf '%s\nexpected: %q\nactual:   %q\n' "$1" "$2" "$3" >&2
     return 1

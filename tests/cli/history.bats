@@ -42,14 +42,6 @@ two_changes() {
     zet -q param set --no-markers --no-backup conf y 'a b'
 }
 
-# on_terminal WORD...: the command runs on a terminal; what that gets is in $output.
-on_terminal() {
-    local words
-    printf -v words '%q ' "$ZET_BIN/zet-client" --config "$HOST/zet.conf" "$@"
-    capture env SHELL=/bin/bash script -qec "$words" /dev/null
-    output=${output//$'\r'/}
-}
-
 # The name of who logged in, if anybody did.
 login_of_this_process() {
     local uid

@@ -15,14 +15,6 @@ teardown() {
     remove_host
 }
 
-# on_terminal WORD...: the command runs on a terminal; what that gets is in $output, without its carriage returns.
-on_terminal() {
-    local words
-    printf -v words '%q ' "$ZET_BIN/zet-client" --config "$HOST/zet.conf" "$@"
-    capture env SHELL=/bin/bash script -qec "$words" /dev/null
-    output=${output//$'\r'/}
-}
-
 # assert_harmless: nothing but line feeds and tabs controls the terminal.
 assert_harmless() {
     local text=$output$stderr
