@@ -1,4 +1,3 @@
-#!/usr/bin/env bats
 # Directories of the product that a dry run assumes.
 
 load helper

@@ -1,4 +1,3 @@
-#!/usr/bin/env bats
 # Edits in place of files that are not as the system left them: damaged markers, other line ends, a first line
 # that no notice may come before.
 

@@ -365,49 +365,6 @@ apply_diff() {
     assert_files_unchanged
 }
 
-@test "an edit waits for the lock, and a dry run does not" {
-    python3 - state/zet.lock <<-'END' &
-		import fcntl, sys, time
-		lock = open(sys.argv[1], "r+")
-		fcntl.lockf(lock, fcntl.LOCK_EX)
-		open("locked", "w").close()
-		time.sleep(2)
-	END
-    local holder=$!
-    while [[ ! -e locked ]]; do sleep 0.05; done
-    run_zet param set -n conf a new
-    assert_status 3
-    kill -0 "$holder"
-    local start=${EPOCHREALTIME/./}
-    run_zet param set conf a new
-    assert_status 0
-    wait "$holder"
-    ((${EPOCHREALTIME/./} - start > 1000000))
-}
-
-@test "a signal ends an edit that waits, with a report and without a trace" {
-    python3 - state/zet.lock <<-'END' &
-		import fcntl, sys, time
-		lock = open(sys.argv[1], "r+")
-		fcntl.lockf(lock, fcntl.LOCK_EX)
-		open("locked", "w").close()
-		time.sleep(20)
-	END
-    local holder=$!
-    while [[ ! -e locked ]]; do sleep 0.05; done
-    remember_host
-    "$ZET_BIN/zet-client" --config zet.conf param set conf a new 2>../stderr &
-    local edit=$!
-    sleep 1
-    kill -TERM "$edit"
-    local status=0
-    wait "$edit" || status=$?
-    kill "$holder"
-    assert_equal "$status" 1
-    assert_equal "$(sed 1d ../stderr)" "zet-client: error: ended by a signal (Terminated) before all was done (run the command again)"
-    assert_host_unchanged
-}
-
 @test "what is written does not depend on the reader's language" {
     LC_ALL=de_DE.UTF-8 LANGUAGE=de zet param set conf a new
     zet param set --no-backup conf a newer

@@ -1,4 +1,3 @@
-#!/usr/bin/env bats
 # What commits wrote is not edited by mistake, whatever became of the lists since.
 
 load helper

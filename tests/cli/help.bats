@@ -4,6 +4,7 @@ load helper
 
 setup() {
     make_host
+    unset LESS
 }
 
 teardown() {
@@ -27,14 +28,6 @@ without_man() {
     local name
     for name in bash cat env script; do ln -s "$(command -v "$name")" "$BASE/bin/"; done
     echo "$BASE/bin"
-}
-
-# on_terminal WORD...: what the terminal gets is in $output, without its carriage returns.
-on_terminal() {
-    local words
-    printf -v words '%q ' "$ZET_BIN/zet-client" "$@"
-    capture env -u LESS SHELL=/bin/bash script -qec "$words" /dev/null
-    output=${output//$'\r'/}
 }
 
 @test "the help of a command is that of its option, and needs no configuration" {

@@ -64,6 +64,19 @@ strace() {
     ASAN_OPTIONS=$WITHOUT_LEAK_SEARCH command strace "$@"
 }
 
+# await_stop: returns when strace has stopped the command whose calls it writes into $BASE/trace; go_on lets it go on.
+await_stop() {
+    local tries=0
+    until grep -qs "stopped by SIGSTOP" "$BASE/trace"; do
+        [[ $((++tries)) -le 400 ]] || return 1
+        sleep 0.05
+    done
+}
+
+go_on() {
+    kill -CONT "$(awk '{ print $1; exit }' "$BASE/trace")"
+}
+
 # with_end FILE: its text, whatever line feeds are at the end, with a "." added.
 with_end() {
     cat "$1" && printf .
@@ -95,6 +108,14 @@ assert_documents() {
 
 run_zet() {
     capture zet "$@"
+}
+
+# on_terminal WORD...: the command runs on a terminal; what that gets is in $output, without its carriage returns.
+on_terminal() {
+    local words
+    printf -v words '%q ' "$ZET_BIN/zet-client" --config "$HOST/zet.conf" "$@"
+    capture env SHELL=/bin/bash script -qec "$words" /dev/null
+    output=${output//$'\r'/}
 }
 
 differ() {

@@ -42,14 +42,6 @@ two_changes() {
     zet -q param set --no-markers --no-backup conf y 'a b'
 }
 
-# on_terminal WORD...: the command runs on a terminal; what that gets is in $output.
-on_terminal() {
-    local words
-    printf -v words '%q ' "$ZET_BIN/zet-client" --config "$HOST/zet.conf" "$@"
-    capture env SHELL=/bin/bash script -qec "$words" /dev/null
-    output=${output//$'\r'/}
-}
-
 # The name of who logged in, if anybody did.
 login_of_this_process() {
     local uid
@@ -274,13 +266,13 @@ login_of_this_process() {
     # It is stopped at its first bytes, with the rest to come.
     strace -f -qq -P "$BASE/stream" -e trace=write,writev -e inject=write,writev:signal=STOP:when=1 -o "$BASE/trace" \
         "$ZET_BIN/zet-client" --config zet.conf history export >"$BASE/stream" 3>&- &
-    local strace=$! tries=0
-    until grep -qs "stopped by SIGSTOP" "$BASE/trace" || [[ $((++tries)) -gt 400 ]]; do sleep 0.05; done
+    local strace=$!
+    await_stop
     local change
     for change in 1 2 3 4 5; do zet -q param set other a "$change"; done
     # Nobody waits for the reader, and what is erased or pruned meanwhile is gone for him, too.
-    timeout 3 "$ZET_BIN/zet-client" --config zet.conf -q history erase other
-    kill -CONT "$(awk '{ print $1; exit }' "$BASE/trace")"
+    timeout 20 "$ZET_BIN/zet-client" --config zet.conf -q history erase other
+    go_on
     wait "$strace"
     assert_equal "$(grep '^commit ' "$BASE/stream")" "$(grep '^commit ' "$BASE/expected")"
     run grep -c S3CRET "$BASE/stream"

@@ -1,4 +1,3 @@
-#!/usr/bin/env bats
 # Hosts whose lists ask for single lines and for no target: both roles have committed them all the same.
 
 load helper

@@ -1,4 +1,3 @@
-#!/usr/bin/env bats
 # Single lines of files that are no template's, as the lists ask for them.
 
 load helper

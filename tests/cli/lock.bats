@@ -1,4 +1,4 @@
-# One writer at a time: the lock of commit-config and rollback-config.
+# One writer at a time: the lock of commits, rollbacks and edits.
 
 load helper
 load set
@@ -57,6 +57,18 @@ wait_in_background() {
     sed -i 1d "$BASE/stderr"  # for whom it waits
     assert_file "$BASE/stderr" ""
     assert_made one.conf $'made meanwhile\n'
+}
+
+@test "an edit waits for the lock, and a dry run does not" {
+    echo a=1 >conf
+    hold_lock
+    run_zet param set -n conf a 2
+    assert_status 3
+    wait_in_background param set conf a 2
+    assert_file conf $'a=1\n'
+    release_lock
+    wait "$WAITER"
+    grep -Fx a=2 conf
 }
 
 @test "a rollback waits for the lock, too" {
@@ -178,20 +190,24 @@ without_lock_file() {
 }
 
 @test "a signal ends the waiting, with a report and without a trace" {
+    echo a=1 >conf
     hold_lock
     remember_host
-    local signal
-    for signal in INT/Interrupt TERM/Terminated HUP/Hangup; do
-        wait_in_background commit-config
-        pkill -"${signal%/*}" -P "$WAITER"
-        status=0
-        wait "$WAITER" || status=$?
-        assert_equal "$status" 1
-        assert_file "$BASE/output" ""
-        sed -i 1d "$BASE/stderr"  # for whom it waits
-        assert_file "$BASE/stderr" "zet-client: error: ended by a signal (${signal#*/}) before all was done (run the command again)
+    local signal words
+    for words in commit-config "param set conf a 2"; do
+        for signal in INT/Interrupt TERM/Terminated HUP/Hangup; do
+            # shellcheck disable=SC2086  # words
+            wait_in_background $words
+            pkill -"${signal%/*}" -P "$WAITER"
+            status=0
+            wait "$WAITER" || status=$?
+            assert_equal "$status" 1
+            assert_file "$BASE/output" ""
+            sed -i 1d "$BASE/stderr"  # for whom it waits
+            assert_file "$BASE/stderr" "zet-client: error: ended by a signal (${signal#*/}) before all was done (run the command again)
 "
-        assert_host_unchanged
+            assert_host_unchanged
+        done
     done
     release_lock
 }

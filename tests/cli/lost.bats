@@ -103,10 +103,6 @@ assert_damage() {
     [[ $stderr == *"go back to one from 4 on"* ]]
 }
 
-lose_store() {
-    rm -f state/state.db*
-}
-
 # disable TEMPLATE: it is not in force any more.
 disable() {
     sed -i "s|^\[templates.\"$1\"\]|&\nenabled = false|" templates/targets.toml

@@ -65,10 +65,10 @@ assert_told() {
     # It is stopped when it has looked at the target, and before it closes its entry.
     strace -f -qq -P "$HOST/state/zet-client.status" -e trace=/unlink -e inject=/unlink:signal=STOP:when=1 -o "$BASE/trace" \
         "$ZET_BIN/zet-client" --config zet.conf rollback-config >"$BASE/output" 2>"$BASE/stderr" 3>&- &
-    local strace=$! tries=0
-    until grep -qs "stopped by SIGSTOP" "$BASE/trace" || [[ $((++tries)) -gt 400 ]]; do sleep 0.05; done
+    local strace=$!
+    await_stop
     echo theirs >>out/one.conf
-    kill -CONT "$(awk '{ print $1; exit }' "$BASE/trace")"
+    go_on
     wait "$strace"
     PROGRAM=$ZET_BIN/zet-init run_zet status
     [[ $output == *"$HOST/out/one.conf: edited"* ]]
@@ -98,10 +98,10 @@ status_beside() {
     rm -f "$BASE/trace"
     strace -f -qq -P "$1" -e trace=/stat -e inject=/stat:signal=STOP:when=1 -o "$BASE/trace" \
         "$ZET_BIN/zet-client" --config zet.conf status >"$BASE/output" 2>"$BASE/stderr" 3>&- &
-    local strace=$! tries=0
-    until grep -qs "stopped by SIGSTOP" "$BASE/trace" || [[ $((++tries)) -gt 400 ]]; do sleep 0.05; done
+    local strace=$!
+    await_stop
     "${@:2}" >/dev/null
-    kill -CONT "$(awk '{ print $1; exit }' "$BASE/trace")"
+    go_on
     status=0
     wait "$strace" || status=$?
     output=$(<"$BASE/output")

@@ -102,17 +102,16 @@ assert_secret_kept() {
 
 @test "no file is set-user-ID before its owner is final" {
     home 755
-    chmod 6755 home/conf
-    strace -f -qq -e trace=fchown,fchmod,chmod,chown,fchmodat,fchownat -o "$BASE/trace" \
-        "$ZET_BIN/zet-client" --config zet.conf param set conf a 2 >/dev/null
     chown "$STRANGER:$STRANGER" conf
-    chmod 6755 conf
-    strace -f -qq -y -e trace=fchown,fchmod,chmod,chown,fchmodat,fchownat -o "$BASE/trace" \
-        "$ZET_BIN/zet-client" --config zet.conf param set conf a 3 >/dev/null
-    assert_equal "$(stat -c '%a %u' conf)" "6755 $STRANGER"
-    # Of each file, the change of owner comes before the bits.
-    awk '/06755|04755/ {bits[$0] = NR} /chown/ {last = NR} END {for (line in bits) if (bits[line] < last) exit 1}' \
-        "$BASE/trace"
+    local file
+    for file in conf home/conf; do
+        chmod 6755 "$file"
+        strace -f -qq -y -e trace=fchown,fchmod,chmod,chown,fchmodat,fchownat -o "$BASE/trace" \
+            "$ZET_BIN/zet-client" --config zet.conf param set "$file" a 3 >/dev/null
+        assert_equal "$(stat -c '%a %u' "$file")" "6755 $STRANGER"
+        # Of each file, the change of owner comes before the bits.
+        awk -F '[<>]' '/06755|04755/ {bits[$2]; ++found} /chown/ && $2 in bits {exit 1} END {if (!found) exit 1}' "$BASE/trace"
+    done
 }
 
 @test "a template is rendered into a file that lies with its user" {
@@ -156,14 +155,20 @@ assert_secret_kept() {
     strace -f -qq -o "$BASE/trace" -e trace=setfsuid "$ZET_BIN/zet-client" --config zet.conf param set home/conf a 2
     grep -q "setfsuid($STRANGER)" "$BASE/trace"
     # He puts a link in the way after the way was judged: what he may not read is not read for him.
-    strace -f -qq -o "$BASE/trace" -e trace=setfsuid -e inject=setfsuid:delay_enter=1500000:when=1 \
-        "$ZET_BIN/zet-client" --config zet.conf param set --no-markers home/conf a 3 2>"$BASE/stderr" &
+    rm "$BASE/trace"
+    strace -f -qq -o "$BASE/trace" -e trace=setfsuid,openat -e inject=setfsuid:signal=STOP:when=1 \
+        "$ZET_BIN/zet-client" --config zet.conf param set --no-markers home/conf a 3 2>"$BASE/stderr" 3>&- &
     local zet=$!
-    sleep 0.7
+    await_stop
     ln -sfn "$SECRET" home/conf
+    go_on
     status=0
     wait "$zet" || status=$?
     assert_equal "$status" 1
+    assert_file "$BASE/stderr" "zet-client: error: Failed to open file 'home/conf'.
+zet-client: error: home/conf: cannot be read any more (run the command again)
+"
+    grep -q 'conf", .* = -1 EACCES' "$BASE/trace"
     assert_secret_kept
     [[ -z $(grep -rl secret home) ]] || [[ $(grep -rl secret home) == home/conf ]]
 }

@@ -1,4 +1,3 @@
-#!/usr/bin/env bats
 # What a host has of its own: values and lists beside the shipped ones.
 
 load helper

@@ -1,4 +1,3 @@
-#!/usr/bin/env bats
 # What stands in the main configuration file must make files that a program can use.
 
 load helper

@@ -16,15 +16,15 @@ teardown() {
     remove_host
 }
 
-# on_terminal WORD...: standard output goes to a file, standard error to the terminal; what that gets is in $output.
-on_terminal() {
+# errors_on_terminal WORD...: standard output goes to a file, standard error to the terminal; what that gets is in $output.
+errors_on_terminal() {
     local words
     printf -v words '%q ' "$ZET_BIN/zet-client" --config "$HOST/zet.conf" "$@"
     capture env SHELL=/bin/bash script -qec "$words >$BASE/results" /dev/null
 }
 
 @test "work that lasts longer than a second shows how far it is, and takes that away again" {
-    on_terminal commit-config
+    errors_on_terminal commit-config
     assert_status 0
     [[ $output != "0 of 4"* ]]
     # In front of each, and at the end, the last one is gone.
@@ -36,10 +36,10 @@ on_terminal() {
     run_zet commit-config -n
     assert_status 3
     assert_stderr ""
-    on_terminal commit-config -n --json
+    errors_on_terminal commit-config -n --json
     assert_status 3
     assert_output ""
-    on_terminal commit-config -n -q
+    errors_on_terminal commit-config -n -q
     assert_status 3
     assert_output ""
 }
@@ -47,6 +47,6 @@ on_terminal() {
 @test "work that is done at once shows nothing" {
     : >templates/targets.toml
     add_target five $'five\n'
-    on_terminal commit-config
+    errors_on_terminal commit-config
     assert_success ""
 }

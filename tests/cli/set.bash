@@ -71,6 +71,11 @@ state_of() {
     stat -c '%n %i %Y %Z %a %u:%g %s' "$@"
 }
 
+# lose_store: as when somebody removes the history.
+lose_store() {
+    rm -f state/state.db*
+}
+
 # script NAME: an executable in $BASE/bin, which comes first in PATH; its text is standard input.
 script() {
     mkdir -p "$BASE/bin"

@@ -51,14 +51,14 @@ commit_with() {
     chmod 750 "$XDG_RUNTIME_DIR"
     run_zet -q commit-config
     assert_status 0
-    ! grep -qF "$BASE/run" "$BASE/places"
+    ! grep -qF "$BASE/run" "$BASE/places" || return 1
     chmod 700 "$XDG_RUNTIME_DIR"
     if [[ $EUID -eq 0 ]]; then
         chown 65534 "$XDG_RUNTIME_DIR"
         rm out/* "$BASE/places"
         run_zet -q commit-config
         assert_status 0
-        ! grep -qF "$BASE/run" "$BASE/places"
+        ! grep -qF "$BASE/run" "$BASE/places" || return 1
     fi
 }
 
@@ -76,7 +76,7 @@ commit_with() {
         assert_stderr ""
         rm -f "$BASE/places"
         XDG_RUNTIME_DIR=$BASE/$place zet -q check-config
-        ! grep -q "^$BASE" "$BASE/places"
+        ! grep -q "^$BASE" "$BASE/places" || return 1
     done
     # Where his link leads to now.
     export TMPDIR=$BASE/his/link

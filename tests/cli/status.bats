@@ -171,10 +171,10 @@ file server: $3"
     : >state/zet-client.status
     strace -f -qq -e trace=/nanosleep -e inject=/nanosleep:signal=STOP:when=1 -o "$BASE/trace" \
         "$ZET_BIN/zet-client" --config zet.conf status >"$BASE/output" 2>"$BASE/stderr" 3>&- &
-    local strace=$! tries=0
-    until grep -qs "stopped by SIGSTOP" "$BASE/trace" || [[ $((++tries)) -gt 400 ]]; do sleep 0.05; done
+    local strace=$!
+    await_stop
     cp "$BASE/former" state/zet-client.status
-    kill -CONT "$(awk '{ print $1; exit }' "$BASE/trace")"
+    go_on
     wait "$strace"
     grep -qx "committed: $former" "$BASE/output"
     assert_file "$BASE/stderr" ""

@@ -1,4 +1,3 @@
-#!/usr/bin/env bats
 # What status says beside the bare state: of what makes the exit status, and of what a commit would do.
 
 load helper

@@ -111,7 +111,7 @@ assert_state() {
     done
     assert_equal "$(stat -c %a state/state.db)" 666
     grep -q '^b=2$' conf
-    ! grep -q other.example zet.conf
+    ! grep -q other.example zet.conf || return 1
     run_zet status
     assert_stderr "zet-client: warning: $told"
     run_zet rollback-config

@@ -1,4 +1,3 @@
-#!/usr/bin/env bats
 # A file that changes from lines of the lists to a template, or back.
 
 load helper

@@ -30,10 +30,6 @@ teardown() {
     remove_host
 }
 
-lose_store() {
-    rm -f state/state.db*
-}
-
 # all_as_before: nothing of the product's is left.
 all_as_before() {
     assert_file out/one.conf $'old\n'

@@ -432,7 +432,7 @@ zet-client: nothing was changed"
     run_zet rollback-config --to "$last" --force
     assert_success "$ONE: changed
 to be restarted: daemon"
-    ! grep -qx mine out/one.conf
+    ! grep -qx mine out/one.conf || return 1
     run_zet status
     assert_status 0
     run_zet undo
@@ -498,7 +498,7 @@ zet-client: nothing was changed"
     run_zet rollback-config --to "$last" --force
     assert_status 0
     assert_file out/one.conf.before_zet $'old\n'
-    ! grep -qx mine out/one.conf
+    ! grep -qx mine out/one.conf || return 1
 }
 
 @test "working copies and the main file are anybody's to edit, and keep nothing from going back" {

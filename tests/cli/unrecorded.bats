@@ -1,4 +1,3 @@
-#!/usr/bin/env bats
 # What the history has not, or cannot be told.
 
 load helper

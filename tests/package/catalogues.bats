@@ -73,23 +73,9 @@ sys.exit(wrong > 0)'
     grep -F 'plural=(n > 1)' "$PO/zet-tools/fr.po"
 }
 
-# commands [WORD]: what the help lists behind this word.
-commands() {
-    in_language C "$@" --help | sed -n '/^Subcommands:/,$s/^  \([a-z][a-z-]*\).*/\1/p'
-}
-
-# all_commands: those of the families, too, one a line.
-all_commands() {
-    local command
-    for command in $(commands); do
-        echo "$command"
-        commands "$command" | sed "s/^/$command /"
-    done
-}
-
 @test "EveryCommandHelpsInEveryLanguage" {
     local language command sentence english own
-    [ "$(all_commands | wc -l)" -ge 30 ]
+    [ "$(commands_of in_language C | wc -l)" -ge 30 ]
     # shellcheck disable=SC2086  # a command may have two words
     while read -r command; do
         english=$(in_language C $command --help)
@@ -101,7 +87,7 @@ all_commands() {
                 ! grep -F -e "$sentence" <<<"$own" || return 1
             done < <(sed -n 's/^  [^ ].*  \([A-Z][a-z].* .*\)$/\1/p' <<<"$english")
         done
-    done < <(all_commands)
+    done < <(commands_of in_language C)
 }
 
 @test "WhatCommandsSayIsInTheReadersLanguage" {

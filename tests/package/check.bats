@@ -94,6 +94,23 @@ looks_at() {
     [[ $(<"$BATS_TEST_TMPDIR/looked_at") != *one.cpp* ]]
 }
 
+@test "ANegatedCommandThatFailsNoTestIsShown" {
+    mkdir tests
+    printf '    %s\n' '! grep x file || return 1' '! grep x file' 'if ! grep x file; then' >tests/one.bats
+    git add . && git commit -q -m tests
+    run script/check tests
+    echo "$output"
+    [ "$status" -eq 1 ]
+    [ "$output" = 'tests:
+tests/one.bats:2: "!" keeps this from failing the test (add "|| return 1"): ! grep x file' ]
+    sed -i 2d tests/one.bats
+    run script/check
+    echo "$output"
+    [ "$status" -eq 0 ]
+    [ -z "$output" ]
+    [ ! -e "$BATS_TEST_TMPDIR/looked_at" ]
+}
+
 @test "WhatIsWrongIsShownAndFails" {
     printf '#!/bin/sh\necho "second.h:1: is ugly"\nexit 1\n' >"$BATS_TEST_TMPDIR/tools/clang-format"
     run script/check

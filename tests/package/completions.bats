@@ -126,10 +126,9 @@ shows_not() {
     shows "zet-init --root=$ROOT/ doctor /etc/krb-here/" file sub/
     shows "zet-init --root $ROOT param get etc/krb-here/" file sub/
     shows "zet-init --root $ROOT -c /etc/zet/ze" zet.conf
-    touch "/tmp/zet-of-this-host.$$"
-    shows_not "zet-init --root $ROOT explain /tmp/zet-of" "this-host.$$"
-    shows "zet-init explain /tmp/zet-of" "this-host.$$"
-    rm "/tmp/zet-of-this-host.$$"
+    touch "$BATS_TEST_TMPDIR/zet-of-this-host"
+    shows_not "zet-init --root $ROOT explain $BATS_TEST_TMPDIR/zet-of" this-host
+    shows "zet-init explain $BATS_TEST_TMPDIR/zet-of" this-host
     # The only one: a directory gets no blank behind it.
     shows "zet-init --root $ROOT explain /etc/krb-he" /etc/krb-here/
 }

@@ -14,20 +14,20 @@ setup_file() {
     export DEBS=${ZET_DEBS:-$BATS_FILE_TMPDIR/debs} OLD=$BATS_FILE_TMPDIR/old TREE=$BATS_FILE_TMPDIR/tree
     export WHAT_LINTIAN_SAID=$BATS_FILE_TMPDIR/lintian
     export DEBIAN_FRONTEND=noninteractive
-    make_tree || skip "no mirror of Debian can be reached: $(tail -1 "$BATS_FILE_TMPDIR/mmdebstrap")"
+    make_bare_system || skip "no mirror of Debian can be reached: $(tail -1 "$BATS_FILE_TMPDIR/mmdebstrap")"
     if [ -z "${ZET_DEBS:-}" ]; then
         "$SOURCE_DIR/script/package" "$DEBS" >"$WHAT_LINTIAN_SAID" 2>&1 || echo "exit status $?" >>"$WHAT_LINTIAN_SAID"
     fi
     make_old
 }
 
-# A bare system with what the packages depend on.
-make_tree() {
+# make_bare_system: with what the packages depend on.
+make_bare_system() {
     if [ -n "${ZET_TREE:-}" ]; then
         cp -a "$ZET_TREE" "$TREE"
         return
     fi
-    mmdebstrap --variant=minbase --include=diffutils,libpcre2-8-0,libsqlite3-0,libxxhash0,libzstd1,man-db \
+    mmdebstrap --variant=minbase --include=diffutils,libpcre2-8-0,libsqlite3-0,libzstd1,man-db \
         "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$TREE" >"$BATS_FILE_TMPDIR/mmdebstrap" 2>&1
 }
 
@@ -62,6 +62,28 @@ install_from() {
     cp -r "$1" "$TREE/debs"
     inside sh -c 'dpkg --auto-deconfigure -i /debs/libzet-config_*.deb /debs/libzet-core1_*.deb /debs/libzet-deploy1_*.deb /debs/libzet-dev_*.deb /debs/zet-templates_*.deb /debs/zet-tools_*.deb' 2>&1
     rm -rf "$TREE/debs"
+}
+
+# put_manager: the tree's systemctl notes how it is called, and answers what the file run/systemd/timer says of the timer.
+put_manager() {
+    mkdir -p "$TREE/run/systemd/system"
+    cat >"$TREE/usr/bin/systemctl" <<-'END'
+		#!/bin/sh
+		echo "$*" >>/run/systemd/calls
+		case $* in
+		    *is-enabled*zet-status.timer*) cat /run/systemd/timer ;;
+		    *is-enabled*) echo static ;;
+		    *is-active*) exit 3 ;;
+		esac
+	END
+    chmod 755 "$TREE/usr/bin/systemctl"
+}
+
+# what_manager_did COMMAND...: what the tree's systemctl was asked to start, restart or stop meanwhile.
+what_manager_did() {
+    : >"$TREE/run/systemd/calls"
+    "$@" >/dev/null
+    { grep -oE '\b(start|restart|stop) .*' "$TREE/run/systemd/calls" || true; } | paste -sd ';'
 }
 
 # fingerprint: every file of the tree but those of the package system, of its helper for services, and caches, with mode, owner and bytes.
@@ -106,6 +128,11 @@ files_of_packages() {
     [ "$(inside stat -c '%a %U' /var/lib/zet)" = "755 root" ]
 }
 
+@test "TheTemplatesHaveTheModesOfEveryOtherInstallation" {
+    "$CMAKE" --install "$ZET_BUILD" --prefix "$PREFIX" --component templates >/dev/null
+    diff <(cd "$PREFIX/share/zet/templates" && stat -c '%a %n' -- *) <(cd "$TREE/usr/share/zet/templates" && stat -c '%a %n' -- *)
+}
+
 @test "TheManualIsFound" {
     local page
     for page in zet.7 zet-init.1 zet-client.1 zet.conf.5 targets.toml.5 zet-targets.5 zet-templates.5 zet-state.5; do
@@ -119,6 +146,7 @@ files_of_packages() {
     for file in first-domain.md json.md json-schema.json pictures/session.svg; do
         inside dpkg -L zet-tools | grep -Fx "/usr/share/doc/zet-tools/docs/$file"
     done
+    inside dpkg -L libzet-dev | grep -Fx /usr/share/doc/libzet-dev/examples/embed/commit.cpp
 }
 
 @test "TheCompletionsAreWhereTheShellsOfDebianLook" {
@@ -196,23 +224,16 @@ files_of_packages() {
     [ "$(cat "$TREE/opt/elsewhere/edited")" = A=1 ]
 }
 
-@test "StoresOfEveryVersionAreReadAndGoOn" {
-    local store
-    for store in "$BATS_TEST_DIRNAME"/stores/schema-*.tar.gz; do
-        rm -rf "$TREE"/var/lib/zet/* "$TREE"/etc/zet/* "$TREE"/etc/{greeting,edited,long}*
-        tar -x -f "$store" -C "$TREE"
-        inside zet-init history | grep -F "schema ${store//[^0-9]/}" || inside zet-init history | grep -F "# schema"
-        # The notice has the name of the tree that the store was made in, so that a commit would change it.
-        inside zet-init status || [ $? -eq 3 ]
-        inside zet-init undo
-        [ "$(inside zet-init param get /etc/edited B)" = 1 ]
-        inside zet-init param set /etc/edited B 3
-        inside zet-init history export >/dev/null  # reads each text
-        inside zet-init history show 1 /etc/greeting | grep -Fx 'by hand'
-        inside zet-init rollback-config
-        [ "$(cat "$TREE/etc/greeting")" = "by hand" ]
-        diff "$TREE/etc/edited" <(printf 'A=1\nB=1\n')
-    done
+@test "TheTimerRunsOnlyWhereItIsEnabledAndNoLongerThanItsPackageIsThere" {
+    put_manager
+    echo disabled >"$TREE/run/systemd/timer"
+    [ -z "$(what_manager_did install_from "$DEBS")" ]
+    [ "$(what_manager_did inside dpkg -P zet-tools)" = "stop zet-status.service zet-status.timer" ]
+    [ -z "$(what_manager_did install_from "$DEBS")" ]
+    [ -z "$(find "$TREE/etc" -name 'zet-status*')" ]
+    echo enabled >"$TREE/run/systemd/timer"
+    [ "$(what_manager_did install_from "$DEBS")" = "restart zet-status.timer" ]
+    rm -r "$TREE/run/systemd" "$TREE/usr/bin/systemctl"
 }
 
 @test "APurgeOfAHostThatIsAsItWasLeavesNothingBehind" {
@@ -221,7 +242,7 @@ files_of_packages() {
     echo "$output"
     [ "$status" -eq 0 ]
     [ ! -e "$TREE/var/lib/zet" ]
-    rm -rf "$TREE"/etc/zet "$TREE"/etc/krb5* "$TREE"/etc/ldap "$TREE"/etc/edited "$TREE"/etc/long "$TREE"/etc/greeting "$TREE"/etc/zet-life.conf "$TREE"/etc/idmapd.conf "$TREE"/etc/nslcd.conf \
+    rm -rf "$TREE"/etc/zet "$TREE"/etc/krb5* "$TREE"/etc/ldap "$TREE"/etc/zet-life.conf "$TREE"/etc/idmapd.conf "$TREE"/etc/nslcd.conf \
         "$TREE"/opt/elsewhere "$TREE"/usr/share/zet "$TREE"/srv/zet
     fingerprint | diff "$BATS_FILE_TMPDIR/before" -
 }

@@ -28,19 +28,6 @@ zet() {
     LC_ALL=C.UTF-8 LANGUAGE=xx "$PREFIX/bin/${PROGRAM:-zet-client}" --root "$BATS_TEST_TMPDIR/host" "$@" >>"$SAID" 2>&1 || true
 }
 
-# commands [WORD]: what the help lists behind this word.
-commands() {
-    "$PREFIX/bin/zet-client" "$@" --help | sed -n '/^Subcommands:/,$s/^  \([a-z][a-z-]*\).*/\1/p'
-}
-
-all_commands() {
-    local command
-    for command in $(commands); do
-        echo "$command"
-        commands "$command" | sed "s/^/$command /"
-    done
-}
-
 # nothing_is_english LEAST [WORD...]: of at least so many lines. Commands, their values, services and users have names; the others are what
 # the test itself wrote.
 nothing_is_english() {
@@ -49,7 +36,7 @@ nothing_is_english() {
     [ "$(grep -c '^[^$]' "$SAID")" -ge "$least" ]
     grep -qF '𝚎𝚛𝚛𝚘𝚛' "$SAID"
     # shellcheck disable=SC2046  # each is a word
-    names=$(all_commands | tr ' ' '\n' | sort -u | paste -sd ' ')
+    names=$(commands_of "$PREFIX/bin/zet-client" | tr ' ' '\n' | sort -u | paste -sd ' ')
     # shellcheck disable=SC2086
     left=$(/usr/bin/python3 "$BATS_TEST_DIRNAME/foreign.py" find zet-client zet-init root $names "$@" <"$SAID")
     [ -z "$left" ] || {
@@ -63,7 +50,7 @@ nothing_is_english() {
     # shellcheck disable=SC2086  # a command may have two words
     while read -r command; do
         zet $command --help
-    done < <(all_commands)
+    done < <(commands_of "$PREFIX/bin/zet-client")
     zet --help
     PROGRAM=zet-init zet --help
     zet nothing
@@ -80,7 +67,7 @@ nothing_is_english() {
         zet $command --nothing
         zet $command --dry-run=X A
         zet $command --root
-    done < <(all_commands | grep -vx 'help\|undo\|commit-config\|check-config\|rollback-config\|status\|values\|history.*')
+    done < <(commands_of "$PREFIX/bin/zet-client" | grep -vx 'help\|undo\|commit-config\|check-config\|rollback-config\|status\|values\|history.*')
     for command in undo commit-config check-config rollback-config status values history 'history show' 'history diff'; do
         # shellcheck disable=SC2086
         zet $command A1 A2 A3 A4

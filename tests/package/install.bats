@@ -126,6 +126,25 @@ expected_files() {
     grep -F "$HOST/moved/" <<<"$output"
 }
 
+@test "TheTimersServiceStartsTheScriptOfItsOwnPrefix" {
+    local prefix
+    for prefix in "$PREFIX" "$PACKAGE/opt/zet"; do
+        [ "$(sed -n 's/^ExecStart=//p' "$prefix/lib/systemd/system/zet-status.service")" = "${prefix#"$PACKAGE"}/libexec/zet/write-metrics" ]
+        [ -x "$prefix/libexec/zet/write-metrics" ]
+        run grep -F @ "$prefix/lib/systemd/system/zet-status.service"
+        [ "$output" = "SystemCallFilter=@system-service
+SystemCallFilter=~@privileged @resources @mount" ]
+    done
+}
+
+@test "TheTimersScriptCallsTheCommandsOfItsOwnPrefix" {
+    make_host
+    run env PATH=/usr/bin:/bin ZET_CONFIG=zet.conf ZET_METRICS_DIR="$HOST/none" "$PACKAGE/opt/zet/libexec/zet/write-metrics"
+    echo "$output"
+    [ "$status" -eq 0 ]
+    [ -z "$output" ]
+}
+
 @test "InstalledManualPagesAreWritten" {
     local page
     for page in "$PREFIX"/share/man/man*/*; do

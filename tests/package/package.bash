@@ -35,6 +35,20 @@ product_version() {
     sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$ZET_BUILD/CMakeCache.txt"
 }
 
+# listed_commands PROGRAM... [WORD]: what the program's help lists as commands behind this word.
+listed_commands() {
+    "$@" --help | sed -n '/^Subcommands:/,$s/^  \([a-z][a-z-]*\).*/\1/p'
+}
+
+# commands_of PROGRAM...: all of the program's commands and families of commands, and the commands of these, one a line.
+commands_of() {
+    local command
+    for command in $(listed_commands "$@"); do
+        echo "$command"
+        listed_commands "$@" "$command" | sed "s/^/$command /"
+    done
+}
+
 # list_only DIRECTORY TEMPLATE TARGET: a list of targets with that one alone.
 list_only() {
     cat >"$1/targets.toml" <<-END

@@ -1,5 +1,7 @@
 # The shells and the manual know the words that the commands themselves list in their help, and no others.
 
+load package
+
 setup_file() {
     export COMPLETIONS MANUAL ZET LC_ALL=C
     COMPLETIONS=$(cd "$BATS_TEST_DIRNAME/../.." && pwd)/completions
@@ -7,23 +9,14 @@ setup_file() {
     ZET=${ZET_BUILD:-$BATS_TEST_DIRNAME/../../build/test}/bin/zet-client
 }
 
-# commands [WORD...]: what "--help" lists as commands after these words.
+# commands [WORD...]: those behind these words, in the order of their names.
 commands() {
-    "$ZET" "$@" --help | sed -n '/^Subcommands:/,$s/^  \([a-z][a-z-]*\).*/\1/p' | sort
+    listed_commands "$ZET" "$@" | sort
 }
 
-# options [WORD...]: the same for options, those of all commands included.
+# options [WORD...]: what "--help" lists as options after these words, those of all commands included.
 options() {
     "$ZET" "$@" --help | sed -n '/^Options/,/^$/s/^  \(-[^ ]*\).*/\1/p' | tr , '\n' | sort -u
-}
-
-# Every command, and the families of commands, one a line.
-all_commands() {
-    local command name
-    for command in $(commands); do
-        echo "$command"
-        for name in $(commands "$command"); do echo "$command $name"; done
-    done
 }
 
 # in_bash WORD...: what bash offers for the last word, one a line.
@@ -71,7 +64,7 @@ make_files() {
 }
 
 @test "TheHelpListsCommandsAndOptions" {
-    [ "$(all_commands | wc -l)" -ge 20 ]
+    [ "$(commands_of "$ZET" | wc -l)" -ge 20 ]
     options param set | grep -Fx -e --no-markers
     options param set | grep -Fx -e -n
 }
@@ -84,7 +77,7 @@ make_files() {
     while read -r command; do
         [ "$("$ZET" $command --help | sed -n '/^Options of all commands:/,/^$/p')" = "$all" ]
         [ "$("$ZET" $command --help | grep -c -e '^  -h,')" -eq 1 ]
-    done < <(all_commands)
+    done < <(commands_of "$ZET")
 }
 
 @test "EveryCommandOfTheHelpIsOffered" {
@@ -101,7 +94,7 @@ make_files() {
     # shellcheck disable=SC2086  # a command may have two words
     while read -r command; do
         offers "$(options $command | paste -sd ' ')" zet-client $command -
-    done < <(all_commands)
+    done < <(commands_of "$ZET")
     offers "$(options | paste -sd ' ')" zet-client -
 }
 
@@ -186,12 +179,12 @@ bold_options() {
 }
 
 @test "TheManualDescribesEveryCommandOfTheHelp" {
-    diff -u <(all_commands | sort) <(commands_of_manual)
+    diff -u <(commands_of "$ZET" | sort) <(commands_of_manual)
 }
 
 @test "TheManualDescribesEveryOptionOfTheHelp" {
     # shellcheck disable=SC2086
-    diff -u <(all_commands | while read -r command; do options $command; done | sort -u) <(bold_options)
+    diff -u <(commands_of "$ZET" | while read -r command; do options $command; done | sort -u) <(bold_options)
 }
 
 @test "NumbersOfTheChangesOfThisHostAreOffered" {

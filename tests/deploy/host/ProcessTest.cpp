@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <string>
 
 #include "deploy/host/Failure.h"
 
@@ -35,7 +36,7 @@ class AtEnds {
     struct sigaction m_former = {};
 };
 
-int StatusOf(const char* words) {
+int StatusOf(const std::string& words) {
     return RunProcess({"sh", "-c", words}).status;
 }
 
@@ -55,10 +56,14 @@ TEST(ProcessTest, NobodyElseWhoEndsMeanwhileStaysWhereTheirEndsAreIgnored) {
     const AtEnds ignored(SIG_IGN, 0);
     const pid_t other = fork();
     if (other == 0) {
-        usleep(100'000);
+        sleep(60);
         _exit(0);
     }
-    EXPECT_EQ(StatusOf("sleep 0.3"), 0);
+    // The command lasts until the other one has ended.
+    const std::string number = std::to_string(other);
+    EXPECT_EQ(StatusOf("kill " + number + "; while grep -qs '^State:.[^Z]' /proc/" + number +
+                       "/status; do :; done"),
+              0);
     EXPECT_EQ(kill(other, 0), -1);
     EXPECT_EQ(errno, ESRCH);
 }
