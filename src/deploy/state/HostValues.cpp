@@ -274,12 +274,6 @@ const StringMap& HostValues::Own() {
     return *m_own;
 }
 
-std::string HostValues::Param(const std::string& name) {
-    const StringMap params = Params();
-    const auto found = params.find(name);
-    return found == params.end() ? "" : found->second;
-}
-
 StringMap HostValues::Params() {
     ReadRest();
     StringMap params = m_host.CoreParams();

@@ -35,10 +35,7 @@ class HostValues {
     /// The values that the product does not have itself, by placeholder: "${ntp_server}".
     const StringMap& Own();
 
-    /// The value of a parameter, whichever source has it; empty if none has.
-    std::string Param(const std::string& name);
-
-    /// Every parameter with its value.
+    /// Every parameter with its value, whichever source has it.
     StringMap Params();
 
     /// Where a parameter, or a value of several lines, is given.
