@@ -278,15 +278,6 @@ void Store::RememberOne(const FileToRecord& file) {
     Know(*m_database, {path, file.file.kind, state, known ? known->entry : 0});
 }
 
-void Store::Forget(const std::vector<std::string>& paths) {
-    Guarded([&] {
-        Database::Transaction transaction(*m_database);
-        for (const std::string& path : paths)
-            DeleteKnown(*m_database, path);
-        transaction.Commit();
-    });
-}
-
 Erasure Store::Erase(const std::vector<std::string>& paths) {
     return Guarded([&] {
         m_opened = {};  // its words may change
