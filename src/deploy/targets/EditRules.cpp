@@ -6,6 +6,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/ParameterNames.h"
 #include "text/Lines.h"
 #include "text/ManagedText.h"
 #include "text/Markers.h"
@@ -18,7 +19,6 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr char kSpecial[] = "\\^$.|?*+()[]{}";
-constexpr char kOptionBytes[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789";
 constexpr char kBlanks[] = " \t\v\f\r";
 
 bool Matches(IZETCore& core, const std::string& pattern, const std::string& line) {
@@ -126,8 +126,7 @@ void RequireSectionName(const std::optional<std::string>& section) {
 }
 
 void RequireOptionName(const std::string& name, const std::string& what) {
-    if (name.empty() || name.find_first_not_of(kOptionBytes) != std::string::npos ||
-        (name.front() >= '0' && name.front() <= '9')) {
+    if (!IsParameterName(name)) {
         throw UsageError(
             Words("%s \"%s\" is no name of a parameter (use letters, digits and \"_\", no digit first)", what,
                   name));
