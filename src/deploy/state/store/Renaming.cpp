@@ -14,23 +14,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-struct KnownRow {
-    LeftFile file;
-    std::int64_t entry;
-};
-
-std::optional<KnownRow> KnownRowAt(Database& database, const std::string& path) {
-    Database::Rows rows(database, "SELECT path, kind, state, entry, seal FROM known WHERE path = ?", {path});
-    if (!rows.Next()) return std::nullopt;
-    RowReader row(rows, 4);
-    KnownRow known;
-    known.file.path = row.Text();
-    known.file.kind = static_cast<FileKind>(row.Number());
-    known.file.state = row.Number();
-    known.entry = row.Number();
-    return known;
-}
-
 /// The paths directly in the directory. All that is below it lies between "/" and "0", the next character.
 std::set<std::string> PathsIn(Database& database, Statement statement, const std::string& directory) {
     std::set<std::string> paths;

@@ -88,14 +88,20 @@ void RunWith(Database& database, Statement statement, const RecordedState& state
         id);
 }
 
-KnownFile KnownOf(Database& database, const Database::Rows& rows) {
+KnownRow KnownRowOf(const Database::Rows& rows) {
     RowReader row(rows, 4);
-    KnownFile file;
-    file.path = row.Text();
-    file.kind = static_cast<FileKind>(row.Number());
-    file.state = StateAt(database, row.Number());
-    file.entry = row.Number();
-    return file;
+    KnownRow known;
+    known.file.path = row.Text();
+    known.file.kind = static_cast<FileKind>(row.Number());
+    known.file.state = row.Number();
+    known.entry = row.Number();
+    return known;
+}
+
+/// Called while the rows are open, so that the state is of the same moment.
+KnownFile KnownOf(Database& database, const Database::Rows& rows) {
+    KnownRow known = KnownRowOf(rows);
+    return {std::move(known.file.path), known.file.kind, StateAt(database, known.file.state), known.entry};
 }
 
 }  // namespace
@@ -308,8 +314,16 @@ void PutKnown(Database& database, const LeftFile& file, std::int64_t entry) {
               {file.path, static_cast<std::int64_t>(file.kind), file.state, entry});
 }
 
+constexpr Statement kKnownOfPath = "SELECT path, kind, state, entry, seal FROM known WHERE path = ?";
+
+std::optional<KnownRow> KnownRowAt(Database& database, const std::string& path) {
+    Database::Rows rows(database, kKnownOfPath, {path});
+    if (!rows.Next()) return std::nullopt;
+    return KnownRowOf(rows);
+}
+
 std::optional<KnownFile> KnownAt(Database& database, const std::string& path) {
-    Database::Rows rows(database, "SELECT path, kind, state, entry, seal FROM known WHERE path = ?", {path});
+    Database::Rows rows(database, kKnownOfPath, {path});
     if (!rows.Next()) return std::nullopt;
     return KnownOf(database, rows);
 }

@@ -77,6 +77,13 @@ bool IsOfProduct(FileKind kind);
 
 /// The state is in its row already.
 void PutKnown(Database& database, const LeftFile& file, std::int64_t entry);
+
+/// What is known of a file, without a look at its state.
+struct KnownRow {
+    LeftFile file;
+    std::int64_t entry;
+};
+std::optional<KnownRow> KnownRowAt(Database& database, const std::string& path);
 std::optional<KnownFile> KnownAt(Database& database, const std::string& path);
 std::vector<KnownFile> AllKnown(Database& database);
 
