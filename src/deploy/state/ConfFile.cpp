@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/ParameterNames.h"
 #include "text/Lines.h"
@@ -54,6 +55,10 @@ ConfFile ReadConfText(const std::string& file, std::string_view text) {
                               file});
     }
     return conf;
+}
+
+std::vector<GivenParameter> GivenIn(const std::string& mainFile) {
+    return ReadConfText("", ReadFileBytes(mainFile)).given;
 }
 
 const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const std::string& name) {

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/ListedDirectory.h"
 #include "deploy/host/Remedy.h"
@@ -42,7 +41,7 @@ void HostValues::TakeDefaults() {
     ReadFleet();
     if (m_fleet.empty()) return;
     const std::string main = m_host.Param(kMainFile);
-    if (!main.empty()) m_main = ReadConfText("", ReadFileBytes(main)).given;
+    if (!main.empty()) m_main = GivenIn(main);
     for (const GivenParameter& given : m_fleet) {
         const bool isBroken = IsOwnDirectory(given.name) && ProblemOfParam(given.name, given.value);
         if (IsFixed(given.name) || isBroken || FindGiven(m_main, given.name) != nullptr) continue;
@@ -74,7 +73,7 @@ void HostValues::ReadFleet() {
 void HostValues::ReadRest() {
     if (std::exchange(m_isRead, true)) return;
     const std::string main = m_host.Param(kMainFile);
-    if (!main.empty()) m_main = ReadConfText("", ReadFileBytes(main)).given;
+    if (!main.empty()) m_main = GivenIn(main);
     ReadShipped();
     ReadTexts();
     CheckFleet();

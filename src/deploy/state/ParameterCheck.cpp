@@ -4,7 +4,6 @@
 #include <optional>
 #include <utility>
 
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/ParameterNames.h"
 #include "text/LineExpansion.h"
@@ -40,7 +39,7 @@ class ValueCheck {
     ValueCheck(IZETCore& core, const std::vector<GivenParameter>& defaults,
                const std::vector<GivenParameter>& assumed)
         : m_core(core), m_file(core.GetParam("ZET_CFG")), m_given(defaults) {
-        for (GivenParameter& parameter : ReadConfText("", ReadFileBytes(m_file)).given)
+        for (GivenParameter& parameter : GivenIn(m_file))
             m_given.push_back(std::move(parameter));
         m_given.insert(m_given.end(), assumed.begin(), assumed.end());
     }
