@@ -35,11 +35,6 @@ bool HoldsLiterally(std::string_view line, const std::string& name) {
     return line.starts_with(name + "=");
 }
 
-/// A notice without an end does not count: what follows may be the administrator's.
-bool IsNotice(const Text::ManagedRegion& region) {
-    return region.kind == Text::RegionKind::Notice && region.isClosed;
-}
-
 /// The beginnings of lines that the pattern selects though the system keeps order by them, as parts of a
 /// regular expression.
 std::set<std::string> SelectedOwnLines(IZETCore& core, const Text::ManagedText& text,
@@ -48,7 +43,8 @@ std::set<std::string> SelectedOwnLines(IZETCore& core, const Text::ManagedText& 
     for (std::size_t number = 1; number <= text.LineCount(); ++number) {
         const std::string_view line = text.Line(number).text;
         const Text::Marker marker = Text::MarkerOf(line);
-        if (marker == Text::Marker::None && !IsNotice(text.RegionOf(number))) continue;
+        // A notice without an end does not count: what follows may be the administrator's.
+        if (marker == Text::Marker::None && !text.RegionOf(number).IsWholeNotice()) continue;
         if (!Selects(core, pattern, std::string(line))) continue;
         selected.insert(marker == Text::Marker::None ? Escaped(line) + "$"
                                                      : Escaped(Text::MarkerText(marker)));
