@@ -7,6 +7,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/ParameterNames.h"
 #include "text/LineExpansion.h"
+#include "text/Lines.h"
 #include "text/Placeholders.h"
 #include "zet/ZETHost.h"
 
@@ -14,7 +15,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\v\f\r";
 constexpr char kDomain[] = "DOMAIN";
 constexpr char kServer[] = "SERVER";
 
@@ -156,7 +156,7 @@ bool IsQuotedWithComment(std::string_view value) {
     if (!value.starts_with('"') && !value.starts_with('\'')) return false;
     const std::size_t end = value.find(value.front(), 1);
     if (end == std::string_view::npos) return false;
-    const std::size_t behind = value.find_first_not_of(kBlanks, end + 1);
+    const std::size_t behind = value.find_first_not_of(Text::kBlanks, end + 1);
     return behind != std::string_view::npos && behind > end + 1 && value[behind] == '#';
 }
 

@@ -19,7 +19,6 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr char kSpecial[] = "\\^$.|?*+()[]{}";
-constexpr char kBlanks[] = " \t\v\f\r";
 
 bool Matches(IZETCore& core, const std::string& pattern, const std::string& line) {
     return core.MatchRegEx(pattern, line, nullptr, 0);
@@ -31,7 +30,7 @@ bool HoldsLiterally(std::string_view line, const std::string& name) {
     if (line.starts_with(ZETFormerLinePrefix))
         line.remove_prefix(std::string_view(ZETFormerLinePrefix).size());
     line.remove_prefix(std::min(line.find_first_not_of('#'), line.size()));
-    line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
+    line.remove_prefix(std::min(line.find_first_not_of(Text::kBlanks), line.size()));
     return line.starts_with(name + "=");
 }
 
@@ -95,7 +94,7 @@ void RequireParamName(const std::string& name) {
     RequireOneLine(name, "NAME");
     if (name.find('=') != std::string::npos)
         throw UsageError(Words("NAME \"%s\" holds \"=\" (give name and value apart)", name));
-    if (name.front() == '#' || std::string_view(kBlanks).find(name.front()) != std::string_view::npos)
+    if (name.front() == '#' || Text::kBlanks.find(name.front()) != std::string_view::npos)
         throw UsageError(Words("NAME \"%s\" begins with \"#\" or a blank (give the name alone)", name));
 }
 
@@ -114,9 +113,8 @@ void RequireSectionName(const std::optional<std::string>& section) {
     if (section->find_first_of("[]") != std::string::npos)
         throw UsageError(
             Words("SECTION \"%s\" holds brackets (give the name that stands in them)", *section));
-    const std::string_view blanks(kBlanks);
-    if (blanks.find(section->front()) != std::string_view::npos ||
-        blanks.find(section->back()) != std::string_view::npos)
+    if (Text::kBlanks.find(section->front()) != std::string_view::npos ||
+        Text::kBlanks.find(section->back()) != std::string_view::npos)
         throw UsageError(
             Words("SECTION \"%s\" begins or ends with a blank (give the name without it)", *section));
 }
