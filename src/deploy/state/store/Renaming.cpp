@@ -41,11 +41,7 @@ void RenameChanges(Database& database, const std::string& path, const std::strin
         std::optional<std::int64_t> left;
     };
     std::vector<Row> all;
-    Database::Rows rows(
-        database,
-        "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal, id"
-        " FROM files WHERE path = ?",
-        {path});
+    Database::Rows rows(database, "SELECT " ZET_COLUMNS_OF_FILE ", id FROM files WHERE path = ?", {path});
     while (rows.Next()) {
         const RowReader sound(rows, 8);
         all.push_back({rows.Number(9), rows.Number(0), rows.Number(2), rows.Number(3), rows.Number(4),

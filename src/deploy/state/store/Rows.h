@@ -41,6 +41,9 @@ inline RecordedEntry RequiredEntry(Database& database, std::int64_t number) {
     return std::move(*entry);
 }
 
+/// As they are sealed. A macro, since a `Statement` takes nothing but literals.
+#define ZET_COLUMNS_OF_FILE "entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
+
 void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file);
 std::vector<RecordedFile> FilesAt(Database& database, std::int64_t entry);
 
