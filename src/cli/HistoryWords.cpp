@@ -7,6 +7,7 @@
 
 #include "deploy/history/HistoryEntries.h"
 #include "deploy/host/FileState.h"
+#include "posix/Clock.h"
 
 namespace ZET::Cli {
 
@@ -17,7 +18,6 @@ namespace {
                                                       ZET_TEXT("cut short"), ZET_TEXT("not ended")};
 
 struct tm PartsOf(std::int64_t time, struct tm* (*takeApart)(const time_t*, struct tm*)) {
-    constexpr std::int64_t kNanoseconds = 1'000'000'000;
     const time_t seconds = time / kNanoseconds;
     struct tm parts = {};
     takeApart(&seconds, &parts);

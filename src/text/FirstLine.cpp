@@ -9,9 +9,8 @@ namespace ZET::Text {
 namespace {
 
 std::string_view WithoutBlanks(std::string_view text) {
-    constexpr char kBlanks[] = " \t\r";
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+    text.remove_prefix(std::min(text.find_first_not_of(kUsualBlanks), text.size()));
+    return text.substr(0, text.find_last_not_of(kUsualBlanks) + 1);
 }
 
 }  // namespace

@@ -11,6 +11,12 @@
 
 namespace ZET::Text {
 
+/// What may stand between the words of a line.
+inline constexpr std::string_view kBlanks = " \t\v\f\r";
+
+/// Those of them that count where a vertical tab or a form feed is text.
+inline constexpr std::string_view kUsualBlanks = " \t\r";
+
 struct TextLine {
     std::string_view text;    ///< without the line feed
     bool hasLineFeed = true;  ///< false only for the last line, if at all

@@ -18,6 +18,8 @@ struct ManagedRegion {
     std::uint32_t last = 0;
     std::uint32_t formerLine = 0;  ///< for a block: the number of the kept former line before it, or 0
     std::uint32_t block = 0;       ///< for a kept former line: the first line of its block, or 0
+
+    bool IsWholeNotice() const { return kind == RegionKind::Notice && isClosed; }
 };
 
 struct ManagedLine {

@@ -13,7 +13,6 @@ namespace {
 
 using Form = ParamLine::Form;
 
-constexpr std::string_view kBlanks = " \t\v\f\r";
 constexpr std::string_view kCommentStarts = "#;";
 
 /// Removes these bytes from the front; true if there were any.

@@ -8,7 +8,6 @@ namespace ZET::Text {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\v\f\r";
 constexpr std::string_view kCommentStarts = "#;";
 
 std::string_view WithoutBlanks(std::string_view text) {

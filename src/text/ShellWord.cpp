@@ -1,17 +1,17 @@
 #include "text/ShellWord.h"
 
+#include "text/ShownWords.h"
+
 namespace ZET::Text {
 
 namespace {
-
-/// What stands for a word, or the end of one, that the history hides: nobody calls that again.
-constexpr std::string_view kHidden = "***";
 
 bool NeedsQuotes(std::string_view word) {
     constexpr std::string_view kPlain =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_@%+=:,./-";
     if (word.empty()) return true;
-    if (word.ends_with(kHidden)) word.remove_suffix(kHidden.size());
+    // Nobody calls a word again whose end the history hides.
+    if (word.ends_with(kHiddenWord)) word.remove_suffix(std::string_view(kHiddenWord).size());
     return word.find_first_not_of(kPlain) != std::string_view::npos;
 }
 

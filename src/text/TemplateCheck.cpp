@@ -30,9 +30,8 @@ struct TemplateRegions {
 /// Whether the beginning and end of a long line suffice to judge it. They do if the beginning contains more
 /// than one character, since a line that must come first may consist of a single one.
 bool CanBeShortened(std::string_view line) {
-    constexpr char kBlanks[] = " \t\r";
     const std::string_view start = line.substr(0, kStart);
-    return start.find_first_not_of(kBlanks) < start.find_last_not_of(kBlanks);
+    return start.find_first_not_of(kUsualBlanks) < start.find_last_not_of(kUsualBlanks);
 }
 
 void ShortenMiddle(std::string& line) {

@@ -25,7 +25,7 @@
 #include "deploy/targets/Secrets.h"
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/TemplateFileCheck.h"
-#include "deploy/targets/TemplateFiles.h"
+#include "deploy/targets/TemplateHistory.h"
 #include "text/Adoption.h"
 #include "text/Lines.h"
 #include "text/ManagedText.h"

@@ -7,8 +7,8 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/CapturedFile.h"
-#include "deploy/state/store/Erasure.h"
 #include "text/ShellWord.h"
+#include "text/ShownWords.h"
 
 namespace ZET::Deploy {
 
@@ -67,18 +67,19 @@ std::optional<std::vector<std::string>> HiddenTexts(const HistoryReader& reader,
 /// A file may have become private since the words were recorded. If it was private then, the words with text
 /// in them are hidden already.
 std::vector<std::string> ShownWords(const HistoryReader& reader, const RecordedEntry& entry) {
-    const bool isHidden = std::any_of(entry.words.begin(), entry.words.end(),
-                                      [](const std::string& word) { return word.ends_with(kHiddenWord); });
+    const bool isHidden = std::any_of(entry.words.begin(), entry.words.end(), [](const std::string& word) {
+        return word.ends_with(Text::kHiddenWord);
+    });
     // Few commands have text in their words. For the others the files, which may be thousands, are not read.
-    if (isHidden || WordsWithoutAnyText(entry.words) == entry.words) return entry.words;
+    if (isHidden || Text::WordsWithoutAnyText(entry.words) == entry.words) return entry.words;
     const std::vector<RecordedFile> files = reader.FilesOf(entry.number);
     std::vector<std::string> paths;
     for (const RecordedFile& file : files)
         paths.push_back(file.path);
-    std::vector<std::string> least = WordsWithoutAnyText(entry.words, paths);
+    std::vector<std::string> least = Text::WordsWithoutAnyText(entry.words, paths);
     if (least == entry.words) return entry.words;
     const std::optional<std::vector<std::string>> texts = HiddenTexts(reader, files);
-    return texts ? WordsWithoutTexts(entry.words, *texts, paths) : least;
+    return texts ? Text::WordsWithoutTexts(entry.words, *texts, paths) : least;
 }
 
 /// The user's name, or his number where he has none.

@@ -11,6 +11,7 @@
 #include "deploy/history/HistoryEntries.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
+#include "posix/Clock.h"
 
 namespace ZET::Deploy {
 
@@ -19,7 +20,6 @@ namespace {
 /// The branch that a repository begins with, whatever its name is.
 constexpr char kBranch[] = "HEAD";
 constexpr char kNobodyKnown[] = "others";
-constexpr std::int64_t kNanoseconds = 1'000'000'000;
 
 std::string RelativePath(const std::string& name) {
     return name.substr(std::min(name.find_first_not_of('/'), name.size()));

@@ -95,10 +95,6 @@ Problem ProblemOfNoDirectory(const std::string& path) {
             isOther ? _("correct the path") : _("create it, or correct the path")};
 }
 
-std::optional<Problem> CheckReplaceable(const std::string& path) {
-    return CheckReplaceableIn(AT_FDCWD, path, path);
-}
-
 std::optional<Problem> CheckReplaceableIn(int directory, const std::string& name, const std::string& path) {
     const auto problem = [&](const char* text, const char* remedy) {
         return std::optional<Problem>({path, 0, 0, text, remedy});
@@ -118,7 +114,7 @@ std::optional<Problem> CheckReplaceableIn(int directory, const std::string& name
 }
 
 void RequireReplaceable(const std::string& path) {
-    if (std::optional<Problem> problem = CheckReplaceable(path)) throw Failure(*problem);
+    if (const auto problem = CheckReplaceableIn(AT_FDCWD, path, path)) throw Failure(*problem);
 }
 
 bool HaveSameModeAndBytes(const std::string& one, const std::string& other) {

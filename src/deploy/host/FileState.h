@@ -38,14 +38,11 @@ Problem ProblemOfIrregular(const std::string& path, const FileState& state);
 /// The problem of a file whose directory is something else.
 Problem ProblemOfNoDirectory(const std::string& path);
 
-/// What keeps a file from being replaced or removed although its directory can be written; none if nothing
-/// does.
-std::optional<Problem> CheckReplaceable(const std::string& path);
-
-/// The same for a name in an open directory; `path` is for the message.
+/// What keeps the file of this name in an open directory from being replaced or removed although the
+/// directory can be written; none if nothing does. `path` is for the message.
 std::optional<Problem> CheckReplaceableIn(int directory, const std::string& name, const std::string& path);
 
-/// Throws that problem as a `Failure`, if there is one.
+/// Throws that problem of a file as a `Failure`, if there is one.
 void RequireReplaceable(const std::string& path);
 
 /// Whether nothing but the owner would change if one file took the other's place.

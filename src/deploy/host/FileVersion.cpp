@@ -6,6 +6,7 @@
 
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
+#include "posix/Clock.h"
 
 namespace ZET::Deploy {
 
@@ -19,9 +20,7 @@ FileVersion VersionIn(int directory, const std::string& name, const std::string&
 }
 
 FileVersion VersionFrom(const struct stat& status) {
-    constexpr std::int64_t kSecond = 1'000'000'000;
-    return {status.st_dev, status.st_ino, status.st_size,
-            status.st_ctim.tv_sec * kSecond + status.st_ctim.tv_nsec};
+    return {status.st_dev, status.st_ino, status.st_size, NanosecondsOf(status.st_ctim)};
 }
 
 FileVersion VersionOf(const std::string& path) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/ParameterNames.h"
 #include "text/Lines.h"
@@ -10,8 +11,6 @@
 namespace ZET::Deploy {
 
 namespace {
-
-constexpr std::string_view kBlanks = " \t\v\f\r";
 
 /// What is wrong with a line, without its place; none if it gives a parameter.
 std::optional<Problem> ProblemOfLine(std::string_view line) {
@@ -23,7 +22,7 @@ std::optional<Problem> ProblemOfLine(std::string_view line) {
     const std::size_t equals = line.find('=');
     if (equals == std::string_view::npos)
         return problem(_("no \"=\" in the line"), _("write NAME=value, or \"#\" before a comment"));
-    if (equals > 0 && kBlanks.find(line[equals - 1]) != std::string_view::npos)
+    if (equals > 0 && Text::kBlanks.find(line[equals - 1]) != std::string_view::npos)
         return problem(_("a blank before \"=\""), _("write NAME=value without it"));
     const std::string name(line.substr(0, equals));
     if (!IsParameterName(name))
@@ -39,7 +38,7 @@ ConfFile ReadConfText(const std::string& file, std::string_view text) {
     int number = 0;
     for (const Text::TextLine& line : Text::SplitLines(text)) {
         ++number;
-        const std::size_t start = line.text.find_first_not_of(kBlanks);
+        const std::size_t start = line.text.find_first_not_of(Text::kBlanks);
         if (start == std::string_view::npos || line.text[start] == '#') continue;
         const std::string_view given = line.text.substr(start);
         if (std::optional<Problem> problem = ProblemOfLine(given)) {
@@ -54,6 +53,10 @@ ConfFile ReadConfText(const std::string& file, std::string_view text) {
                               file});
     }
     return conf;
+}
+
+std::vector<GivenParameter> GivenIn(const std::string& mainFile) {
+    return ReadConfText("", ReadFileBytes(mainFile)).given;
 }
 
 const GivenParameter* FindGiven(const std::vector<GivenParameter>& given, const std::string& name) {

@@ -31,6 +31,9 @@ struct ConfFile {
 /// Reads the text by the grammar of the main file. `file` is its name in the result.
 ConfFile ReadConfText(const std::string& file, std::string_view text);
 
+/// What the main file, which has this path, gives. Throws a `Failure` if it cannot be read.
+std::vector<GivenParameter> GivenIn(const std::string& mainFile);
+
 }  // namespace ZET::Deploy
 
 #endif

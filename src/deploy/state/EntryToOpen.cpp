@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "deploy/state/LoginUser.h"
+#include "text/ShownWords.h"
 
 namespace ZET::Deploy {
 
@@ -16,7 +17,8 @@ namespace {
 std::vector<std::string> ShownWords(const Options& options, bool isPrivate) {
     std::vector<std::string> words;
     for (const CommandWord& word : options.words)
-        words.push_back(word.isText && isPrivate ? word.text.substr(0, word.shown) + kHiddenWord : word.text);
+        words.push_back(word.isText && isPrivate ? word.text.substr(0, word.shown) + Text::kHiddenWord
+                                                 : word.text);
     if (words.empty()) words.push_back(options.command);
     return words;
 }

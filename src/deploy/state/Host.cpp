@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/Signals.h"
 #include "deploy/host/Words.h"
@@ -99,7 +98,7 @@ void Host::RequireDirectories() {
 
 void Host::FailOfMainFile(const std::string& key, const ZETParameterProblem& problem) {
     const std::string file = Param("ZET_CFG");
-    const std::vector<GivenParameter> all = ReadConfText("", ReadFileBytes(file)).given;
+    const std::vector<GivenParameter> all = GivenIn(file);
     const GivenParameter* const given = FindGiven(all, key);
     throw Failure({.file = file,
                    .line = given == nullptr ? 0 : given->line,

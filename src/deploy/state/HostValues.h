@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "deploy/state/ConfFile.h"
+#include "deploy/state/GivenValues.h"
+#include "deploy/state/ValueNames.h"
 #include "zet/ZETProblem.h"
 #include "zet/ZETTypes.h"
 
@@ -24,7 +26,10 @@ class Host;
 /// could mend it.
 class HostValues {
   public:
-    explicit HostValues(Host& host) : m_host(host) {}
+    explicit HostValues(Host& host)
+        : m_host(host), m_reader(host), m_given(m_reader.Given()), m_names(m_given) {}
+    HostValues(const HostValues&) = delete;
+    HostValues& operator=(const HostValues&) = delete;
 
     /// Gives the core those parameters of the fleet that the main file does not have.
     void TakeDefaults();
@@ -35,10 +40,7 @@ class HostValues {
     /// The values that the product does not have itself, by placeholder: "${ntp_server}".
     const StringMap& Own();
 
-    /// The value of a parameter, whichever source has it; empty if none has.
-    std::string Param(const std::string& name);
-
-    /// Every parameter with its value.
+    /// Every parameter with its value, whichever source has it.
     StringMap Params();
 
     /// Where a parameter, or a value of several lines, is given.
@@ -57,18 +59,15 @@ class HostValues {
     /// What is wrong in the sources: faulty lines, clashing names, files that hold no value.
     std::vector<Problem> Problems();
 
-    /// The problems of sources that could not be read, so that nobody knows what they give.
-    struct Unread {
-        std::vector<Problem> params;
-        std::vector<Problem> texts;
-    };
+    /// The problems of sources that could not be read.
+    using Unread = GivenValues::Unread;
     const Unread& UnreadSources();
 
     /// What a check would report of a line that gives this name, without its place; none if all is well.
     std::optional<Problem> ProblemOfName(const std::string& name);
 
     /// The parameters that the fleet's defaults give, and those that the main file gives.
-    const std::vector<GivenParameter>& GivenByFleet() const { return m_fleet; }
+    const std::vector<GivenParameter>& GivenByFleet() const { return m_given.fleet; }
     const std::vector<GivenParameter>& GivenByMain();
 
     /// The placeholders that have no value since their names clash.
@@ -89,37 +88,14 @@ class HostValues {
     void Forget() { m_own.reset(); }
 
   private:
-    void ReadFleet();
     void ReadRest();
-    void ReadShipped();
-    void ReadTexts();
-    void TakeText(const std::string& name, const std::string& file);
-    void Miss(std::vector<Problem>& unread, const Problem& problem);
-    std::vector<std::string> NamesInOwn(const std::string& directory, const std::string& suffix);
-    std::vector<GivenParameter> ReadConf(const std::string& file);
-    std::optional<std::string> ReadText(const std::string& file);
-    void CheckFleet();
-    void CheckShipped();
-    void CheckMain();
-    std::optional<Problem> ClashOf(const std::string& name) const;
-    std::optional<Problem> ClashWithText(const std::string& name) const;
-    bool CheckName(const GivenParameter& given, bool isShipped);
-    void CheckText(const std::string& name, const std::string& file);
-    void AddOf(const GivenParameter& given, const std::string& text, const std::string& remedy);
 
     Host& m_host;
     bool m_isRead = false;
-    std::vector<std::string> m_files;
-    std::vector<GivenParameter> m_shipped;
-    std::vector<GivenParameter> m_fleet;
-    std::vector<GivenParameter> m_main;
+    GivenValuesReader m_reader;
+    const GivenValues& m_given;
+    ValueNames m_names;
     std::vector<GivenParameter> m_assumed;
-    std::map<std::string, std::string> m_textFiles;   ///< by placeholder
-    StringMap m_texts;                                ///< by placeholder
-    std::map<std::string, GivenParameter> m_spelled;  ///< by placeholder: the first parameter that makes it
-    std::set<std::string> m_clashing;                 ///< placeholders
-    std::vector<Problem> m_problems;
-    Unread m_unread;
     std::optional<StringMap> m_own;
 };
 

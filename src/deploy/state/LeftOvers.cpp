@@ -13,6 +13,7 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/CapturedFile.h"
+#include "posix/Clock.h"
 #include "posix/DirectoryStream.h"
 #include "posix/PathNames.h"
 #include "zet/ZETFiles.h"
@@ -22,8 +23,6 @@
 namespace ZET::Deploy {
 
 namespace {
-
-constexpr std::int64_t kNanoseconds = 1'000'000'000;
 
 /// What a run that was cut short can have left beside one of its files.
 class LeftOvers {
@@ -75,10 +74,8 @@ class LeftOvers {
     }
 
     bool IsOfTheRun(const struct stat& status) const {
-        const std::int64_t changed =
-            std::int64_t{status.st_ctim.tv_sec} * kNanoseconds + status.st_ctim.tv_nsec;
         return S_ISREG(status.st_mode) && status.st_nlink == 1 && m_owners.count(status.st_uid) != 0 &&
-               changed >= m_file.begun;
+               NanosecondsOf(status.st_ctim) >= m_file.begun;
     }
 
     /// Others who write beside the file at the same time write something else.

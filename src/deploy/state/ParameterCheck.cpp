@@ -4,10 +4,10 @@
 #include <optional>
 #include <utility>
 
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/ParameterNames.h"
 #include "text/LineExpansion.h"
+#include "text/Lines.h"
 #include "text/Placeholders.h"
 #include "zet/ZETHost.h"
 
@@ -15,7 +15,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\v\f\r";
 constexpr char kDomain[] = "DOMAIN";
 constexpr char kServer[] = "SERVER";
 
@@ -40,7 +39,7 @@ class ValueCheck {
     ValueCheck(IZETCore& core, const std::vector<GivenParameter>& defaults,
                const std::vector<GivenParameter>& assumed)
         : m_core(core), m_file(core.GetParam("ZET_CFG")), m_given(defaults) {
-        for (GivenParameter& parameter : ReadConfText("", ReadFileBytes(m_file)).given)
+        for (GivenParameter& parameter : GivenIn(m_file))
             m_given.push_back(std::move(parameter));
         m_given.insert(m_given.end(), assumed.begin(), assumed.end());
     }
@@ -157,7 +156,7 @@ bool IsQuotedWithComment(std::string_view value) {
     if (!value.starts_with('"') && !value.starts_with('\'')) return false;
     const std::size_t end = value.find(value.front(), 1);
     if (end == std::string_view::npos) return false;
-    const std::size_t behind = value.find_first_not_of(kBlanks, end + 1);
+    const std::size_t behind = value.find_first_not_of(Text::kBlanks, end + 1);
     return behind != std::string_view::npos && behind > end + 1 && value[behind] == '#';
 }
 

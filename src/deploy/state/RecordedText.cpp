@@ -66,9 +66,9 @@ void GiveAttributes(int descriptor, const std::string& path, const RecordedState
     }
 }
 
-}  // namespace
-
-/// Until the mode is set, nobody but the new owner can get at the text.
+/// Gives an open file the recorded owner, attributes and mode, and takes away other attributes of the
+/// recorded kinds. Throws a `Failure` if it cannot; only the label may be refused by the system, which is
+/// reported. Until the mode is set, nobody but the new owner can get at the text.
 void GiveRecordedAttributes(int descriptor, const std::string& path, const RecordedState& wanted,
                             Observer& observer) {
     SetMode(descriptor, path, kPrivate);
@@ -76,6 +76,8 @@ void GiveRecordedAttributes(int descriptor, const std::string& path, const Recor
     GiveAttributes(descriptor, path, wanted, observer);
     SetMode(descriptor, path, wanted.mode & kModeBits);
 }
+
+}  // namespace
 
 RecordedText::RecordedText(HostProduct& product, const FileInPlace& place, std::string suffix)
     : m_product(product),

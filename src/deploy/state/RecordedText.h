@@ -39,12 +39,6 @@ class RecordedText {
     ino_t m_inode = 0;
 };
 
-/// Gives an open file the recorded owner, attributes and mode, and takes away other attributes of the
-/// recorded kinds. Throws a `Failure` if it cannot; only the label may be refused by the system, which is
-/// reported.
-void GiveRecordedAttributes(int descriptor, const std::string& path, const RecordedState& wanted,
-                            Observer& observer);
-
 }  // namespace ZET::Deploy
 
 #endif

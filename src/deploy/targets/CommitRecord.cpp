@@ -9,7 +9,7 @@
 #include "deploy/state/StateDirectory.h"
 #include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/TakeBack.h"
-#include "deploy/targets/TemplateFiles.h"
+#include "deploy/targets/TemplateHistory.h"
 
 namespace ZET::Deploy {
 

@@ -6,6 +6,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/ParameterNames.h"
 #include "text/Lines.h"
 #include "text/ManagedText.h"
 #include "text/Markers.h"
@@ -18,8 +19,6 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr char kSpecial[] = "\\^$.|?*+()[]{}";
-constexpr char kOptionBytes[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789";
-constexpr char kBlanks[] = " \t\v\f\r";
 
 bool Matches(IZETCore& core, const std::string& pattern, const std::string& line) {
     return core.MatchRegEx(pattern, line, nullptr, 0);
@@ -31,13 +30,8 @@ bool HoldsLiterally(std::string_view line, const std::string& name) {
     if (line.starts_with(ZETFormerLinePrefix))
         line.remove_prefix(std::string_view(ZETFormerLinePrefix).size());
     line.remove_prefix(std::min(line.find_first_not_of('#'), line.size()));
-    line.remove_prefix(std::min(line.find_first_not_of(kBlanks), line.size()));
+    line.remove_prefix(std::min(line.find_first_not_of(Text::kBlanks), line.size()));
     return line.starts_with(name + "=");
-}
-
-/// A notice without an end does not count: what follows may be the administrator's.
-bool IsNotice(const Text::ManagedRegion& region) {
-    return region.kind == Text::RegionKind::Notice && region.isClosed;
 }
 
 /// The beginnings of lines that the pattern selects though the system keeps order by them, as parts of a
@@ -48,7 +42,8 @@ std::set<std::string> SelectedOwnLines(IZETCore& core, const Text::ManagedText& 
     for (std::size_t number = 1; number <= text.LineCount(); ++number) {
         const std::string_view line = text.Line(number).text;
         const Text::Marker marker = Text::MarkerOf(line);
-        if (marker == Text::Marker::None && !IsNotice(text.RegionOf(number))) continue;
+        // A notice without an end does not count: what follows may be the administrator's.
+        if (marker == Text::Marker::None && !text.RegionOf(number).IsWholeNotice()) continue;
         if (!Selects(core, pattern, std::string(line))) continue;
         selected.insert(marker == Text::Marker::None ? Escaped(line) + "$"
                                                      : Escaped(Text::MarkerText(marker)));
@@ -99,7 +94,7 @@ void RequireParamName(const std::string& name) {
     RequireOneLine(name, "NAME");
     if (name.find('=') != std::string::npos)
         throw UsageError(Words("NAME \"%s\" holds \"=\" (give name and value apart)", name));
-    if (name.front() == '#' || std::string_view(kBlanks).find(name.front()) != std::string_view::npos)
+    if (name.front() == '#' || Text::kBlanks.find(name.front()) != std::string_view::npos)
         throw UsageError(Words("NAME \"%s\" begins with \"#\" or a blank (give the name alone)", name));
 }
 
@@ -118,16 +113,14 @@ void RequireSectionName(const std::optional<std::string>& section) {
     if (section->find_first_of("[]") != std::string::npos)
         throw UsageError(
             Words("SECTION \"%s\" holds brackets (give the name that stands in them)", *section));
-    const std::string_view blanks(kBlanks);
-    if (blanks.find(section->front()) != std::string_view::npos ||
-        blanks.find(section->back()) != std::string_view::npos)
+    if (Text::kBlanks.find(section->front()) != std::string_view::npos ||
+        Text::kBlanks.find(section->back()) != std::string_view::npos)
         throw UsageError(
             Words("SECTION \"%s\" begins or ends with a blank (give the name without it)", *section));
 }
 
 void RequireOptionName(const std::string& name, const std::string& what) {
-    if (name.empty() || name.find_first_not_of(kOptionBytes) != std::string::npos ||
-        (name.front() >= '0' && name.front() <= '9')) {
+    if (!IsParameterName(name)) {
         throw UsageError(
             Words("%s \"%s\" is no name of a parameter (use letters, digits and \"_\", no digit first)", what,
                   name));

@@ -71,9 +71,8 @@ std::string HeadOf(const std::string& path) {
 }
 
 bool HasWholeNotice(const Text::ManagedText& text) {
-    return std::any_of(text.Regions().begin(), text.Regions().end(), [](const Text::ManagedRegion& region) {
-        return region.kind == Text::RegionKind::Notice && region.isClosed;
-    });
+    return std::any_of(text.Regions().begin(), text.Regions().end(),
+                       [](const Text::ManagedRegion& region) { return region.IsWholeNotice(); });
 }
 
 /// The head up to where a notice may end; what follows cannot change the notice.

@@ -23,7 +23,7 @@ mode_t ModeOfRendering(Deployment& product, const std::string& templateName);
 /// target. `values` win over the template values. Nothing outside of the directory changes: a missing working
 /// copy is not installed. Returns the path of the result. Throws a `Failure` if the module fails.
 std::string RenderStaged(Deployment& product, const Staging& staging, const std::string& templateName,
-                         const StringMap& values = {});
+                         const StringMap& values);
 
 /// The same for a role. Logs errors only, since the real rendering logs the rest.
 std::string RenderQuietly(Deployment& product, const Staging& staging, const std::string& templateName,

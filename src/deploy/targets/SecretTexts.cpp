@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <ctime>
 #include <optional>
 #include <string_view>
 
@@ -11,19 +10,12 @@
 #include "deploy/host/FileVersion.h"
 #include "deploy/state/store/Digest.h"
 #include "deploy/targets/TemplateFiles.h"
+#include "posix/Clock.h"
 #include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
 
 namespace {
-
-/// The time of the clock from which the system takes the times of files.
-std::int64_t Now() {
-    constexpr std::int64_t kNanoseconds = 1'000'000'000;
-    struct timespec now = {};
-    clock_gettime(CLOCK_REALTIME_COARSE, &now);
-    return now.tv_sec * kNanoseconds + now.tv_nsec;
-}
 
 std::optional<struct stat> StatusOfRegular(const std::string& file) {
     struct stat status = {};
@@ -65,7 +57,7 @@ void SecretTexts::Look() {
     m_bySize.clear();
     m_written.clear();
     m_looked = 0;
-    const std::int64_t begun = Now();
+    const std::int64_t begun = CoarseNow();
     for (const std::string& file : m_files)
         LookAt(file);
     m_looked = begun;

@@ -3,7 +3,6 @@
 #include <chrono>
 
 #include "deploy/host/Failure.h"
-#include "deploy/host/FileBytes.h"
 #include "deploy/host/Process.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/ConfFile.h"
@@ -35,10 +34,9 @@ bool HasAddress(const char* host) {
 
 /// The place where the main configuration file says so; the whole file if the words of the command did.
 Problem ProblemIn(const std::string& file) {
-    Problem problem{.file = file};
-    for (const GivenParameter& given : ReadConfText("", ReadFileBytes(file)).given)
-        if (given.name == kServiceDiscovery) problem.line = given.line;
-    return problem;
+    const std::vector<GivenParameter> all = GivenIn(file);
+    const GivenParameter* const given = FindGiven(all, kServiceDiscovery);
+    return {.file = file, .line = given == nullptr ? 0 : given->line};
 }
 
 void WarnOf(Deployment& product, const ServiceName& name) {

@@ -1,19 +1,13 @@
 #ifndef ZET_TEMPLATE_FILES_H
 #define ZET_TEMPLATE_FILES_H
 
-#include <sys/types.h>
-
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "deploy/host/Failure.h"
-#include "deploy/state/CapturedFile.h"
 #include "deploy/state/Host.h"
-#include "deploy/state/Recording.h"
 
-/// A template on the host: the shipped text, the working copy of it, and the text that the copy was made
-/// from.
+/// A template on the host: the shipped text, and the working copy of it.
 namespace ZET::Deploy {
 
 /// What "template install --force" keeps beside a working copy.
@@ -38,8 +32,12 @@ TemplateFiles FilesOfTemplate(Host& host, const std::string& name);
 /// The failure for a template that the caller named and that does not exist.
 Failure MissingTemplate(const TemplateFiles& files);
 
-/// The templates of these names or, without names, all that the list has for the host's role. Throws a
-/// `UsageError` for a name that leaves the directory of the templates.
+/// Throws a `UsageError` unless the name stays in the directory of the templates and is spelled as a list
+/// could spell it.
+void RequireTemplateName(const std::string& name);
+
+/// The templates of these names, as they are required to be, or, without names, all that the list has for the
+/// host's role.
 std::vector<TemplateFiles> FilesOfTemplates(Host& host, const std::vector<std::string>& names);
 
 /// The files of a template that a command is going to write.
@@ -54,34 +52,6 @@ std::vector<std::string> AllToWrite(Host& host, const std::vector<FilesToWrite>&
 
 /// Throws a `Failure` if one of the files is a link that leads out of the root directory.
 void RequireInside(Host& host, const TemplateFiles& files);
-
-/// Expects the working copy to become what is shipped. A text that is too long to be kept is no base.
-void SetShipped(ExpectedFile& workingCopy, CapturedFile shipped);
-
-/// Expects a missing working copy to be installed. One that is there is not touched.
-void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& templateName);
-
-/// The working copy itself, links followed.
-std::string RealFileOf(const Host& host, const std::string& workingCopy);
-
-/// What the history knows of a working copy.
-struct CopyMemory {
-    std::optional<std::string> base;  ///< the shipped text that it was made from
-    std::optional<mode_t> mode;       ///< the mode that the product gave it
-};
-
-CopyMemory MemoryOf(Host& host, const std::string& workingCopy);
-
-/// The working copy's state with the mode that the product gave it, so that a mode that somebody set stays an
-/// edit.
-RecordedState WithMode(RecordedState copy, mode_t own);
-
-/// Records that the working copy as it is was made from `base`. Needs the product's lock.
-void RememberBase(Host& host, const std::string& workingCopy, const std::string& base);
-
-/// Records that a working copy with the shipped text was made from that, however it came there, so that later
-/// edits by hand are recognised. Needs the product's lock.
-void RememberShippedBase(Host& host, const TemplateFiles& files);
 
 }  // namespace ZET::Deploy
 

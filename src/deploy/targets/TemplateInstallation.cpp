@@ -6,9 +6,8 @@
 #include "deploy/state/Overrides.h"
 #include "deploy/state/Recording.h"
 #include "deploy/targets/ShownDiff.h"
-#include "deploy/targets/TemplateFiles.h"
+#include "deploy/targets/TemplateHistory.h"
 #include "deploy/targets/Templates.h"
-#include "posix/PathNames.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
@@ -142,19 +141,6 @@ std::vector<FilesToWrite> FilesOf(const std::vector<Installation>& installations
 }
 
 }  // namespace
-
-void RequireTemplateName(const std::string& name) {
-    if (LeavesTemplates(name)) {
-        throw UsageError(
-            Words("NAME \"%s\" leaves the directory of the templates (name a template below it)", name));
-    }
-    if (!IsPlainName(name))
-        throw UsageError(Words("NAME \"%s\" has parts that lead nowhere (write \"%s\")", name,
-                               Normalised(name).substr(1)));
-    if (name == kTargetList || IsAmongLists(name))
-        throw UsageError(
-            Words("NAME \"%s\" is no template, but one of the lists or values (name a template)", name));
-}
 
 bool InstallTemplates(Deployment& product, const std::vector<std::string>& names, bool isForced) {
     std::vector<Installation> installations;

@@ -18,7 +18,7 @@
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ShownDiff.h"
 #include "deploy/targets/TemplateFileCheck.h"
-#include "deploy/targets/TemplateFiles.h"
+#include "deploy/targets/TemplateHistory.h"
 #include "deploy/targets/Templates.h"
 #include "deploy/targets/UnkeptText.h"
 #include "deploy/targets/UnknownNames.h"

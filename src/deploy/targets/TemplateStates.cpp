@@ -4,6 +4,7 @@
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/lists/Targets.h"
+#include "deploy/targets/TemplateHistory.h"
 #include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {

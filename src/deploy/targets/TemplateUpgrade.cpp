@@ -13,6 +13,7 @@
 #include "deploy/state/Instructions.h"
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/ShownDiff.h"
+#include "deploy/targets/TemplateHistory.h"
 #include "posix/ModeBits.h"
 #include "text/LineEnds.h"
 #include "text/ShellWord.h"

@@ -67,10 +67,6 @@ class TemplateProcess {
     std::unique_ptr<Writing> m_writing;
 };
 
-/// Throws a `UsageError` unless the name stays in the directory of the templates and is spelled as a list
-/// could spell it.
-void RequireTemplateName(const std::string& name);
-
 }  // namespace ZET::Deploy
 
 #endif

@@ -97,14 +97,9 @@ void FindUnusedTexts(Deployment& product, std::set<std::string> used, UnusedPara
     }
 }
 
-std::string NameIn(const std::string& placeholder) {
-    constexpr std::size_t kBegin = 2;
-    return placeholder.substr(kBegin, placeholder.size() - kBegin - 1);
-}
-
 /// The name that is likely meant; empty if there is none.
 std::string MeantName(const std::string& name, const std::vector<std::string>& names) {
-    const std::string likely = NameIn(PlaceholderFor(name));
+    const std::string likely = NameOfPlaceholder(PlaceholderFor(name));
     if (std::find(names.begin(), names.end(), likely) != names.end()) return likely;
     return name.size() < kShortestLikely ? "" : NearestName(likely, names);
 }
@@ -117,7 +112,7 @@ std::vector<std::string> NamesToTell(Deployment& product, const Rendering& rende
     std::vector<std::string> names;
     for (const std::string& placeholder : used)
         if (!isPrivate || product.TemplateValues().contains(placeholder))
-            names.push_back(NameIn(placeholder));
+            names.push_back(NameOfPlaceholder(placeholder));
     return names;
 }
 
@@ -149,7 +144,8 @@ UnusedParameters JudgeName(Deployment& product, const std::string& name) {
 void WarnOfUnusedValues(Deployment& product, const Rendering& rendering, const std::set<std::string>& used) {
     for (const auto& [placeholder, value] : rendering.values) {
         if (used.contains(placeholder)) continue;
-        const std::string meant = MeantName(NameIn(placeholder), NamesToTell(product, rendering, used));
+        const std::string meant =
+            MeantName(NameOfPlaceholder(placeholder), NamesToTell(product, rendering, used));
         const Problem unused = {
             .file = "--value",
             .text = Words("[%s] does not use %s", rendering.templateName, placeholder),

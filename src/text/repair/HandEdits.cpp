@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "text/Lines.h"
 #include "text/Regions.h"
 #include "text/Words.h"
 #include "text/repair/MarkerDamage.h"
@@ -11,7 +12,6 @@ namespace ZET::Text {
 
 namespace {
 
-constexpr char kBlanks[] = " \t\r";
 constexpr std::uint32_t kNone = static_cast<std::uint32_t>(-1);
 
 /// A place where a marker is, or may be meant.
@@ -151,13 +151,13 @@ std::string Quoted(Marker marker) {
 bool IsWholeMarker(std::string_view text) {
     const Marker marker = MarkerOf(text);
     return marker != Marker::None && marker != Marker::FormerLine &&
-           text.find_first_not_of(kBlanks, MarkerText(marker).size()) == std::string_view::npos;
+           text.find_first_not_of(kUsualBlanks, MarkerText(marker).size()) == std::string_view::npos;
 }
 
 /// Whether the text before the marker is certain. A trailing blank may be the joining editor's or the line's
 /// own, which matters unless the line is a marker itself.
 bool CanEndLine(std::string_view before) {
-    return std::string_view(kBlanks).find(before.back()) == std::string_view::npos || IsWholeMarker(before);
+    return kUsualBlanks.find(before.back()) == std::string_view::npos || IsWholeMarker(before);
 }
 
 /// Splits lines that lost the line feeds between them.
@@ -229,7 +229,7 @@ void FixNear(RepairText& repair, const Token& token) {
 
 std::string WhatStandsBehind(const std::string& marker, const std::string& rest) {
     if (rest == "\r") return Words("a carriage return stands behind %s", marker);
-    const bool isBlank = rest.find_first_not_of(kBlanks) == std::string::npos;
+    const bool isBlank = rest.find_first_not_of(kUsualBlanks) == std::string::npos;
     return isBlank ? Words("white space stands behind %s", marker)
                    : Words("a needless \"%s\" stands behind %s", rest, marker);
 }
@@ -238,7 +238,7 @@ void FixExact(RepairText& repair, const Token& token) {
     if (token.marker == Marker::FormerLine) return;
     const std::string rest(repair.Text(token.line).substr(MarkerText(token.marker).size()));
     if (rest.empty()) return;
-    const bool isBlank = rest.find_first_not_of(kBlanks) == std::string::npos;
+    const bool isBlank = rest.find_first_not_of(kUsualBlanks) == std::string::npos;
     repair.Concern(isBlank ? DamagedRegions::None : RegionsOf(token.marker));
     if (IsOnlySurroundings(rest)) {
         repair.Note(token.line, "hand-edited-marker", WhatStandsBehind(Quoted(token.marker), rest),

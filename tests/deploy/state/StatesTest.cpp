@@ -47,7 +47,7 @@ TEST_F(StatesTest, WhatIsKnownAnewLeavesTheEntryAsItWas) {
     EXPECT_EQ(store.Text(store.FilesOf(number)[0].after.text.value()), "2");
     EXPECT_EQ(store.Text(store.Known("/etc/x")->state.text.value()), "4");
     EXPECT_EQ(States(), 3);
-    store.Forget({"/etc/x"});
+    Forget(store, "/etc/x");
     EXPECT_FALSE(store.Known("/etc/x"));
     EXPECT_EQ(States(), 2);
     ExpectNobodysStateIsKept();
@@ -56,7 +56,7 @@ TEST_F(StatesTest, WhatIsKnownAnewLeavesTheEntryAsItWas) {
 TEST_F(StatesTest, AFileThatIsForgottenStaysInItsEntry) {
     Store store = Opened();
     const std::int64_t number = Record(store, {File("/etc/x", "1", "2")});
-    store.Forget({"/etc/x"});
+    Forget(store, "/etc/x");
     EXPECT_EQ(store.Text(store.FilesOf(number)[0].after.text.value()), "2");
     store.Drop(number);
     EXPECT_EQ(States(), 0);

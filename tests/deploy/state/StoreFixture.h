@@ -62,6 +62,14 @@ inline std::int64_t Record(Store& store, const std::vector<FileToRecord>& files)
     return number;
 }
 
+/// From now on, nothing is known of the file.
+inline void Forget(Store& store, const std::string& path) {
+    FileToRecord file;
+    file.file.path = path;
+    file.file.kind = FileKind::Original;
+    store.Remember({file});
+}
+
 /// A directory for a store.
 class StoreFixture : public testing::Test {
   protected:

@@ -63,7 +63,7 @@ TEST_F(StoreTest, AFileIsKnownAsTheLastEntryLeftIt) {
     EXPECT_EQ(store.Text(known->state.text.value()), "3");
     ASSERT_EQ(store.KnownFiles().size(), 2u);
     EXPECT_EQ(store.KnownFiles()[0].path, "/etc/a");
-    store.Forget({"/etc/x"});
+    Forget(store, "/etc/x");
     EXPECT_FALSE(store.Known("/etc/x"));
 }
 

@@ -5,6 +5,7 @@
 
 #include "../HostFixture.h"
 #include "deploy/host/Failure.h"
+#include "deploy/targets/TemplateHistory.h"
 
 namespace ZET::Deploy {
 namespace {

@@ -23,20 +23,6 @@ std::size_t CountTextsOf(Database& database, const std::vector<std::string>& pat
 /// those that tell where and what was done, and the user's own message.
 Erasure EraseTexts(Database& database, const std::vector<std::string>& paths);
 
-/// Stands for a word that is not meant for everybody.
-constexpr char kHiddenWord[] = "***";
-
-/// The words without what the texts hold: of a word NAME=VALUE the value is hidden, of any other all.
-/// Options, the command's own words, the places that "--root" and its like take, numbers of entries, and
-/// names of the files stay, as they tell where something was done, even if a text holds them, too.
-std::vector<std::string> WordsWithoutTexts(const std::vector<std::string>& words,
-                                           const std::vector<std::string>& texts,
-                                           const std::vector<std::string>& paths = {});
-
-/// The same if nobody knows what the texts hold, or if they hold each of the words.
-std::vector<std::string> WordsWithoutAnyText(const std::vector<std::string>& words,
-                                             const std::vector<std::string>& paths = {});
-
 }  // namespace ZET::Deploy
 
 #endif

@@ -14,23 +14,6 @@ namespace ZET::Deploy {
 
 namespace {
 
-struct KnownRow {
-    LeftFile file;
-    std::int64_t entry;
-};
-
-std::optional<KnownRow> KnownRowAt(Database& database, const std::string& path) {
-    Database::Rows rows(database, "SELECT path, kind, state, entry, seal FROM known WHERE path = ?", {path});
-    if (!rows.Next()) return std::nullopt;
-    RowReader row(rows, 4);
-    KnownRow known;
-    known.file.path = row.Text();
-    known.file.kind = static_cast<FileKind>(row.Number());
-    known.file.state = row.Number();
-    known.entry = row.Number();
-    return known;
-}
-
 /// The paths directly in the directory. All that is below it lies between "/" and "0", the next character.
 std::set<std::string> PathsIn(Database& database, Statement statement, const std::string& directory) {
     std::set<std::string> paths;
@@ -58,11 +41,7 @@ void RenameChanges(Database& database, const std::string& path, const std::strin
         std::optional<std::int64_t> left;
     };
     std::vector<Row> all;
-    Database::Rows rows(
-        database,
-        "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal, id"
-        " FROM files WHERE path = ?",
-        {path});
+    Database::Rows rows(database, "SELECT " ZET_COLUMNS_OF_FILE ", id FROM files WHERE path = ?", {path});
     while (rows.Next()) {
         const RowReader sound(rows, 8);
         all.push_back({rows.Number(9), rows.Number(0), rows.Number(2), rows.Number(3), rows.Number(4),

@@ -5,6 +5,12 @@
 #include "deploy/state/store/Packing.h"
 #include "deploy/state/store/SealedRow.h"
 
+/// The columns of a row as they are sealed. Macros, since a `Statement` takes nothing but literals.
+#define COLUMNS_OF_STATE \
+    "present, mode, owner, grp, attributes, size, digest, text, roles, named_role, template, base, seal"
+#define COLUMNS_OF_ENTRY "begun, ended, outcome, user, login_user, sudo_user, role, words, message, seal"
+#define COLUMNS_OF_KNOWN "path, kind, state, entry, seal"
+
 namespace ZET::Deploy {
 
 namespace {
@@ -88,14 +94,20 @@ void RunWith(Database& database, Statement statement, const RecordedState& state
         id);
 }
 
-KnownFile KnownOf(Database& database, const Database::Rows& rows) {
+KnownRow KnownRowOf(const Database::Rows& rows) {
     RowReader row(rows, 4);
-    KnownFile file;
-    file.path = row.Text();
-    file.kind = static_cast<FileKind>(row.Number());
-    file.state = StateAt(database, row.Number());
-    file.entry = row.Number();
-    return file;
+    KnownRow known;
+    known.file.path = row.Text();
+    known.file.kind = static_cast<FileKind>(row.Number());
+    known.file.state = row.Number();
+    known.entry = row.Number();
+    return known;
+}
+
+/// Called while the rows are open, so that the state is of the same moment.
+KnownFile KnownOf(Database& database, const Database::Rows& rows) {
+    KnownRow known = KnownRowOf(rows);
+    return {std::move(known.file.path), known.file.kind, StateAt(database, known.file.state), known.entry};
 }
 
 }  // namespace
@@ -118,12 +130,7 @@ std::int64_t FirstNumber(Database& database, Statement statement) {
 }
 
 std::int64_t InsertState(Database& database, const RecordedState& state) {
-    RunWith(
-        database,
-        "INSERT INTO states(present, mode, owner, grp, attributes, size, digest, text, roles, named_role, "
-        "template,"
-        " base, seal) VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?)",
-        state);
+    RunWith(database, "INSERT INTO states(" COLUMNS_OF_STATE ") VALUES(?,?,?,?,?,?,?,?,?,?,?,?,?)", state);
     return database.LastRow();
 }
 
@@ -137,10 +144,7 @@ void ReplaceState(Database& database, std::int64_t id, const RecordedState& stat
 
 RecordedState StateAt(Database& database, std::int64_t id) {
     if (id == kNothing) return {};
-    Database::Rows rows(database,
-                        "SELECT present, mode, owner, grp, attributes, size, digest, text, roles, named_role,"
-                        " template, base, seal FROM states WHERE id = ?",
-                        {id});
+    Database::Rows rows(database, "SELECT " COLUMNS_OF_STATE " FROM states WHERE id = ?", {id});
     if (!rows.Next()) throw DamagedRow();
     RowReader row(rows, 12);
     RecordedState state;
@@ -162,11 +166,7 @@ RecordedState StateAt(Database& database, std::int64_t id) {
 }
 
 std::int64_t InsertEntry(Database& database, const RecordedEntry& entry) {
-    RunWith(
-        database,
-        "INSERT INTO entries(begun, ended, outcome, user, login_user, sudo_user, role, words, message, seal)"
-        " VALUES(?,?,?,?,?,?,?,?,?,?)",
-        entry);
+    RunWith(database, "INSERT INTO entries(" COLUMNS_OF_ENTRY ") VALUES(?,?,?,?,?,?,?,?,?,?)", entry);
     return database.LastRow();
 }
 
@@ -179,11 +179,7 @@ void ReplaceEntry(Database& database, const RecordedEntry& entry) {
 }
 
 std::optional<RecordedEntry> EntryAt(Database& database, std::int64_t number) {
-    Database::Rows rows(
-        database,
-        "SELECT begun, ended, outcome, user, login_user, sudo_user, role, words, message, seal"
-        " FROM entries WHERE number = ?",
-        {number});
+    Database::Rows rows(database, "SELECT " COLUMNS_OF_ENTRY " FROM entries WHERE number = ?", {number});
     if (!rows.Next()) return std::nullopt;
     RecordedEntry entry = EntryOf(rows);
     entry.number = number;
@@ -201,19 +197,14 @@ void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file
     const std::int64_t after = InsertState(database, file.after);
     std::optional<std::int64_t> left;
     if (file.knownAsBefore) left = InsertState(database, *file.knownAsBefore);
-    RunSealed(
-        database,
-        "INSERT INTO files(entry, path, kind, kind_before, before, after, left_before, was_edited, seal)"
-        " VALUES(?,?,?,?,?,?,?,?,?)",
-        {entry, file.path, static_cast<std::int64_t>(file.kind), static_cast<std::int64_t>(file.kindBefore),
-         before, after, OptionalValue(left),
-         (file.wasEdited ? kWasEdited : 0) | (file.isPutBack ? kIsPutBack : 0) |
-             (file.staysKnown ? kStaysKnown : 0)});
+    RunSealed(database, "INSERT INTO files(" ZET_COLUMNS_OF_FILE ") VALUES(?,?,?,?,?,?,?,?,?)",
+              {entry, file.path, static_cast<std::int64_t>(file.kind),
+               static_cast<std::int64_t>(file.kindBefore), before, after, OptionalValue(left),
+               (file.wasEdited ? kWasEdited : 0) | (file.isPutBack ? kIsPutBack : 0) |
+                   (file.staysKnown ? kStaysKnown : 0)});
 }
 
-constexpr Statement kFilesOfEntry =
-    "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
-    " FROM files WHERE entry = ? ORDER BY id";
+constexpr Statement kFilesOfEntry = "SELECT " ZET_COLUMNS_OF_FILE " FROM files WHERE entry = ? ORDER BY id";
 
 static std::vector<RecordedFile> FilesIn(Database& database, Statement statement, ValueViews values) {
     std::vector<RecordedFile> files;
@@ -256,15 +247,14 @@ static std::optional<RecordedFile> FirstOf(std::vector<RecordedFile> files) {
 
 std::vector<RecordedFile> ChangesAt(Database& database, const std::string& path) {
     return FilesIn(database,
-                   "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
-                   " FROM files WHERE path = ? ORDER BY entry DESC, id DESC",
+                   "SELECT " ZET_COLUMNS_OF_FILE " FROM files WHERE path = ? ORDER BY entry DESC, id DESC",
                    {path});
 }
 
 std::optional<RecordedFile> LastChangeAt(Database& database, const std::string& path, std::int64_t last) {
     return FirstOf(FilesIn(
         database,
-        "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
+        "SELECT " ZET_COLUMNS_OF_FILE
         " FROM files WHERE path = ? AND entry <= ? AND entry >= ifnull((SELECT number FROM pruned), 0)"
         " ORDER BY entry DESC, id DESC LIMIT 1",
         {path, last}));
@@ -272,19 +262,17 @@ std::optional<RecordedFile> LastChangeAt(Database& database, const std::string& 
 
 std::optional<RecordedFile> FirstChangeBehind(Database& database, const std::string& path,
                                               std::int64_t entry) {
-    return FirstOf(
-        FilesIn(database,
-                "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
-                " FROM files WHERE path = ? AND entry > ? ORDER BY entry, id LIMIT 1",
-                {path, entry}));
+    return FirstOf(FilesIn(database,
+                           "SELECT " ZET_COLUMNS_OF_FILE
+                           " FROM files WHERE path = ? AND entry > ? ORDER BY entry, id LIMIT 1",
+                           {path, entry}));
 }
 
 std::optional<RecordedFile> ChangeAt(Database& database, std::int64_t entry, const std::string& path) {
-    return FirstOf(
-        FilesIn(database,
-                "SELECT entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
-                " FROM files WHERE entry = ? AND path = ? ORDER BY id LIMIT 1",
-                {entry, path}));
+    return FirstOf(FilesIn(database,
+                           "SELECT " ZET_COLUMNS_OF_FILE
+                           " FROM files WHERE entry = ? AND path = ? ORDER BY id LIMIT 1",
+                           {entry, path}));
 }
 
 bool IsOfProduct(FileKind kind) {
@@ -304,19 +292,27 @@ std::vector<LeftFile> FilesLeftBy(Database& database, std::int64_t entry) {
 }
 
 void PutKnown(Database& database, const LeftFile& file, std::int64_t entry) {
-    RunSealed(database, "INSERT OR REPLACE INTO known(path, kind, state, entry, seal) VALUES(?,?,?,?,?)",
+    RunSealed(database, "INSERT OR REPLACE INTO known(" COLUMNS_OF_KNOWN ") VALUES(?,?,?,?,?)",
               {file.path, static_cast<std::int64_t>(file.kind), file.state, entry});
 }
 
+constexpr Statement kKnownOfPath = "SELECT " COLUMNS_OF_KNOWN " FROM known WHERE path = ?";
+
+std::optional<KnownRow> KnownRowAt(Database& database, const std::string& path) {
+    Database::Rows rows(database, kKnownOfPath, {path});
+    if (!rows.Next()) return std::nullopt;
+    return KnownRowOf(rows);
+}
+
 std::optional<KnownFile> KnownAt(Database& database, const std::string& path) {
-    Database::Rows rows(database, "SELECT path, kind, state, entry, seal FROM known WHERE path = ?", {path});
+    Database::Rows rows(database, kKnownOfPath, {path});
     if (!rows.Next()) return std::nullopt;
     return KnownOf(database, rows);
 }
 
 std::vector<KnownFile> AllKnown(Database& database) {
     std::vector<KnownFile> files;
-    Database::Rows rows(database, "SELECT path, kind, state, entry, seal FROM known ORDER BY path");
+    Database::Rows rows(database, "SELECT " COLUMNS_OF_KNOWN " FROM known ORDER BY path");
     while (rows.Next())
         files.push_back(KnownOf(database, rows));
     return files;

@@ -41,6 +41,9 @@ inline RecordedEntry RequiredEntry(Database& database, std::int64_t number) {
     return std::move(*entry);
 }
 
+/// As they are sealed. A macro, since a `Statement` takes nothing but literals.
+#define ZET_COLUMNS_OF_FILE "entry, path, kind, kind_before, before, after, left_before, was_edited, seal"
+
 void InsertFile(Database& database, std::int64_t entry, const RecordedFile& file);
 std::vector<RecordedFile> FilesAt(Database& database, std::int64_t entry);
 
@@ -77,6 +80,13 @@ bool IsOfProduct(FileKind kind);
 
 /// The state is in its row already.
 void PutKnown(Database& database, const LeftFile& file, std::int64_t entry);
+
+/// What is known of a file, without a look at its state.
+struct KnownRow {
+    LeftFile file;
+    std::int64_t entry;
+};
+std::optional<KnownRow> KnownRowAt(Database& database, const std::string& path);
 std::optional<KnownFile> KnownAt(Database& database, const std::string& path);
 std::vector<KnownFile> AllKnown(Database& database);
 

@@ -8,6 +8,7 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/store/Rows.h"
 #include "deploy/state/store/TextMark.h"
 
 namespace ZET::Deploy {
@@ -49,12 +50,6 @@ constexpr Statement kTablesOfVersion1[] = {
     "CREATE TABLE pruned(id INTEGER PRIMARY KEY, number INTEGER NOT NULL)",
 };
 
-std::int64_t NumberOf(Database& database, Statement statement) {
-    const Value value = database.Run(statement);
-    const auto* const number = std::get_if<std::int64_t>(&value);
-    return number != nullptr ? *number : 0;
-}
-
 void MakeTables(Database& database) {
     for (const Statement statement : kTablesOfVersion1)
         database.Run(statement);
@@ -92,9 +87,9 @@ void AddMarks(Database& database, const std::string& file) {
 }  // namespace
 
 std::int64_t VersionOfStore(Database& database, const std::string& file) {
-    const std::int64_t application = NumberOf(database, "PRAGMA application_id");
-    const std::int64_t version = NumberOf(database, "PRAGMA user_version");
-    if (application == 0 && version == 0 && NumberOf(database, "SELECT count(*) FROM sqlite_schema") == 0)
+    const std::int64_t application = FirstNumber(database, "PRAGMA application_id");
+    const std::int64_t version = FirstNumber(database, "PRAGMA user_version");
+    if (application == 0 && version == 0 && FirstNumber(database, "SELECT count(*) FROM sqlite_schema") == 0)
         return 0;
     if (application != kApplication)
         throw Damage({.file = file,

@@ -1,6 +1,5 @@
 #include "deploy/state/store/Store.h"
 
-#include <ctime>
 #include <utility>
 
 #include "deploy/host/Failure.h"
@@ -12,6 +11,7 @@
 #include "deploy/state/store/Schema.h"
 #include "deploy/state/store/StoreFile.h"
 #include "deploy/state/store/StoreGuard.h"
+#include "posix/Clock.h"
 
 namespace ZET::Deploy {
 
@@ -20,14 +20,6 @@ namespace {
 /// The pages of so many do not fit into the usual 2 MB: they would be written and read more than once, two
 /// calls for each target of a first commit of 1,000.
 constexpr std::size_t kManyFiles = 200;
-
-/// By the clock that the times of files are taken from, which lags a little.
-std::int64_t Now() {
-    constexpr std::int64_t kNanoseconds = 1'000'000'000;
-    struct timespec now = {};
-    clock_gettime(CLOCK_REALTIME_COARSE, &now);
-    return std::int64_t{now.tv_sec} * kNanoseconds + now.tv_nsec;
-}
 
 /// The greatest number that an entry ever had.
 std::int64_t LastGiven(Database& database) {
@@ -114,7 +106,7 @@ std::int64_t Store::Begin(const RecordedEntry& entry, const std::vector<FileToRe
         if (files.size() > kManyFiles) m_database->Run("PRAGMA cache_size = -16384");
         Database::Transaction transaction(*m_database);
         RecordedEntry opened = entry;
-        opened.begun = Now();
+        opened.begun = CoarseNow();
         opened.outcome = EntryOutcome::Open;
         const std::int64_t number = InsertEntry(*m_database, opened);
         Insert(number, files);
@@ -182,7 +174,7 @@ bool Store::Close(std::int64_t number, EntryOutcome outcome, const Settlement& s
             RememberOne(file);
         RecordedEntry entry =
             m_opened.number == number ? std::exchange(m_opened, {}) : RequiredEntry(*m_database, number);
-        entry.ended = Now();
+        entry.ended = CoarseNow();
         entry.outcome = outcome;
         ReplaceEntry(*m_database, entry);
         const bool isKept = settlement.keepsEntry && !left.empty();
@@ -276,15 +268,6 @@ void Store::RememberOne(const FileToRecord& file) {
     const std::optional<KnownFile> known = KnownAt(*m_database, path);
     const RecordedState state = AfterWithTexts(*m_database, m_limits, file, file.file.after);
     Know(*m_database, {path, file.file.kind, state, known ? known->entry : 0});
-}
-
-void Store::Forget(const std::vector<std::string>& paths) {
-    Guarded([&] {
-        Database::Transaction transaction(*m_database);
-        for (const std::string& path : paths)
-            DeleteKnown(*m_database, path);
-        transaction.Commit();
-    });
 }
 
 Erasure Store::Erase(const std::vector<std::string>& paths) {

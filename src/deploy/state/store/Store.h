@@ -124,7 +124,6 @@ class Store {
     /// From now on, the files are known as they are after, though no entry says so. This survives a kill, but
     /// not a power cut.
     void Remember(const std::vector<FileToRecord>& files);
-    void Forget(const std::vector<std::string>& paths);
 
     /// What `call` remembers is stored together when it ends, even if it throws; a kill leaves nothing of it.
     void RememberTogether(const std::function<void()>& call);
