@@ -266,7 +266,7 @@ bool TakeBack::IsOwnWork(const WrittenFile& file) {
     if (!StateOf(file.path).IsRegular()) return false;
     if (IsFileExist(file.Reserve()) && HaveSameModeAndBytes(file.path, file.Reserve())) return true;
     if (file.templateName.empty()) return false;
-    if (!CheckTemplateFile(m_product, file.templateName, m_product.TemplateValues()).empty()) return false;
+    if (!CanBeRendered(m_product, file.templateName)) return false;
     return std::any_of(std::begin(kRoles), std::end(kRoles), [&](Role role) {
         return HaveSameModeAndBytes(file.path, RenderQuietly(m_product, Room(), file.templateName, role));
     });

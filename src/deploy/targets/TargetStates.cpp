@@ -102,8 +102,7 @@ class StateTeller {
         if (!m_isUntold && !m_known.Has(path, m_product.Role())) return kNotCommitted;
         const SeenFile there(path);
         if (!there.State().exists) return m_known.IsUnusable() ? kDiffers : kMissing;
-        const bool canBeRendered =
-            CheckTemplateFile(m_product, templateName, m_product.TemplateValues()).empty();
+        const bool canBeRendered = CanBeRendered(m_product, templateName);
         // The check may object only because this user cannot read the template.
         if (!canBeRendered) RequireReadableTemplate(m_product, templateName);
         if (canBeRendered && IsRendered(templateName, there)) return kInSync;

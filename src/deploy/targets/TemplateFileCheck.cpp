@@ -106,10 +106,13 @@ CheckedTemplate CheckTemplate(Deployment& product, const std::string& templateNa
     return checked;
 }
 
-std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& templateName,
-                                       const StringMap& values) {
-    Text::ValuesToCheck toCheck(values);
-    return CheckTemplate(product, templateName, toCheck).problems;
+std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& templateName) {
+    Text::ValuesToCheck values(product.TemplateValues());
+    return CheckTemplate(product, templateName, values).problems;
+}
+
+bool CanBeRendered(Deployment& product, const std::string& templateName) {
+    return CheckTemplateFile(product, templateName).empty();
 }
 
 }  // namespace ZET::Deploy

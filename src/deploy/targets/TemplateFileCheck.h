@@ -25,9 +25,11 @@ struct CheckedTemplate {
 CheckedTemplate CheckTemplate(Deployment& product, const std::string& templateName,
                               Text::ValuesToCheck& values);
 
-/// Only the problems.
-std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& templateName,
-                                       const StringMap& values);
+/// Only the problems, with the host's template values.
+std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& templateName);
+
+/// Whether there are none. The module would never return from some templates that have problems.
+bool CanBeRendered(Deployment& product, const std::string& templateName);
 
 }  // namespace ZET::Deploy
 
