@@ -80,7 +80,7 @@ std::optional<KnownFile> CommitGuard::CommittedFile() const {
 
 void CommitGuard::RequireNoTarget(const KnownFile& known) const {
     HostLists& lists = m_product.Lists();
-    const Target* const target = lists.IsUsable() ? lists.TargetNamed(lists.NameOf(m_path)) : nullptr;
+    const Target* const target = lists.IsUsable() ? lists.TargetOf(m_path) : nullptr;
     if (target == nullptr) {
         RequireTellingLists();
         const std::string remedy =

@@ -16,7 +16,7 @@ bool IsOtherRoleHere(Deployment& product) {
 }
 
 const Target* InForceAt(Deployment& product, const std::string& path) {
-    const Target* const target = product.Lists().TargetNamed(product.Lists().NameOf(path));
+    const Target* const target = product.Lists().TargetOf(path);
     return target != nullptr && target->IsInForce() ? target : nullptr;
 }
 
