@@ -61,6 +61,9 @@ class Host {
 
     StateDirectory State() { return StateDirectory(Param("ZET_VAR_LIB_DIR")); }
 
+    /// Whether the role has committed on this host.
+    bool HasCommitted(Deploy::Role role);
+
     /// What was done on the host, and what the files were before.
     History& HostHistory() { return *m_history; }
 

@@ -148,7 +148,7 @@ void CommitPlan::AddEdits() {
 }
 
 bool CommitPlan::IsRecorded() const {
-    return IsChange() || !IsFileExist(m_product.State().Status(m_product.Role())) ||
+    return IsChange() || !m_product.HasCommitted(m_product.Role()) ||
            std::any_of(
                m_targets.begin(), m_targets.end(),
                [](const PlannedTarget& planned) { return !planned.hasWorkingCopy || planned.isNewToRole; }) ||

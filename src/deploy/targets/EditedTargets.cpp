@@ -4,7 +4,6 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
-#include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
 
@@ -12,7 +11,7 @@ namespace {
 
 /// One list may serve hosts of either role, so the other role counts only if it has committed here.
 bool IsOtherRoleHere(Deployment& product) {
-    return IsFileExist(product.State().Status(OtherRole(product.Role())));
+    return product.HasCommitted(OtherRole(product.Role()));
 }
 
 const Target* InForceAt(Deployment& product, const std::string& path) {

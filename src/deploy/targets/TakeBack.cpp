@@ -249,7 +249,7 @@ void TakeBack::TellOfOtherRole(TakeBackStep& step) const {
 }
 
 bool TakeBack::MayBeOthers(const WrittenFile& file) const {
-    return m_known.IsUnusable() && file.isOfBoth && IsFileExist(m_product.State().Status(m_otherRole));
+    return m_known.IsUnusable() && file.isOfBoth && m_product.HasCommitted(m_otherRole);
 }
 
 /// Without the history, nobody can tell whether the other role has committed the file.

@@ -54,7 +54,7 @@ class StateTeller {
     StateTeller(Deployment& product, const KnownFiles& known)
         : m_product(product),
           m_known(known),
-          m_isUntold(known.IsUnusable() && IsFileExist(product.State().Status(product.Role()))) {}
+          m_isUntold(known.IsUnusable() && product.HasCommitted(product.Role())) {}
 
     TargetState Tell(const Target& target) {
         TargetState result;
