@@ -14,22 +14,17 @@ bool IsOtherRoleHere(Deployment& product) {
     return product.HasCommitted(OtherRole(product.Role()));
 }
 
-const Target* InForceAt(Deployment& product, const std::string& path) {
-    const Target* const target = product.Lists().TargetOf(path);
-    return target != nullptr && target->IsInForce() ? target : nullptr;
-}
-
 }  // namespace
 
 const Target* TargetAt(Deployment& product, const std::string& path) {
-    const Target* const target = InForceAt(product, path);
-    return target != nullptr && target->IsFor(product.Role()) ? target : nullptr;
+    const Target* const target = product.Lists().TargetOf(path);
+    return target != nullptr && target->IsInForceFor(product.Role()) ? target : nullptr;
 }
 
 const Target* TargetOfAnyAt(Deployment& product, const std::string& path) {
-    const Target* const target = InForceAt(product, path);
-    const bool isClaimed = target != nullptr && (target->IsFor(product.Role()) || IsOtherRoleHere(product));
-    return isClaimed ? target : nullptr;
+    const Target* const target = product.Lists().TargetOf(path);
+    if (target == nullptr || !target->IsInForce()) return nullptr;
+    return target->IsFor(product.Role()) || IsOtherRoleHere(product) ? target : nullptr;
 }
 
 Problem ProblemOfTarget(const ListedEdit& edit, const Target& target) {

@@ -221,7 +221,7 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
         checked.places.push_back(target.path.empty() ? CheckedPlace() : checker.Check(target));
     }
     for (const ListedEdit& edit : list.edits) {
-        if (!templateNames.empty() || !edit.IsFor(product.Role()) || !edit.IsInForce()) continue;
+        if (!templateNames.empty() || !edit.IsInForceFor(product.Role())) continue;
         for (std::string& placeholder : Text::PlaceholdersOfValue(edit.value + edit.text))
             checked.templates.used.insert(std::move(placeholder));
     }
