@@ -47,12 +47,6 @@ bool IsReserved(const std::string& path) {
     return access(reserve.c_str(), R_OK) == 0 && HaveSameBytes(path, reserve);
 }
 
-/// Whether the history can keep the text that a commit replaces.
-bool CanBeKept(Host& host, const FileState& before, const FileVersion& version) {
-    const StoreLimits limits = host.HostHistory().Limits();
-    return !before.exists || limits.KeepEdit(static_cast<std::uint64_t>(version.size));
-}
-
 /// The remedies where others' work stops a commit; the last one loses that work.
 struct WaysOut {
     const char* other;
@@ -70,7 +64,7 @@ std::optional<Problem> ObjectionTo(Host& host, const Planned& file, const std::s
                                    OnEdit onEdit, const WaysOut& ways) {
     if (onEdit == OnEdit::Refuse)
         return Problem{.file = file.path, .text = othersWork, .remedy = _(ways.other)};
-    if (CanBeKept(host, file.before, file.version)) return std::nullopt;
+    if (!file.before.exists || host.HostHistory().KeepsEditOf(file.version)) return std::nullopt;
     return Problem{.file = file.path,
                    .text = Words("%s, and the history cannot keep the edit", othersWork),
                    .remedy = _(ways.last)};

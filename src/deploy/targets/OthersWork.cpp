@@ -107,7 +107,7 @@ void WarnOfFormerTemplate(Deployment& product, const PlannedTarget& planned, con
 }
 
 void TellWhereKept(Host& host, std::int64_t entry, const std::string& path, const FileVersion& version) {
-    if (!host.HostHistory().Limits().KeepEdit(static_cast<std::uint64_t>(version.size))) return;
+    if (!host.HostHistory().KeepsEditOf(version)) return;
     host.Out().Remark(
         Words("\"history show %s %s\" shows what it held", std::to_string(entry), Text::ShellWord(path)));
 }
