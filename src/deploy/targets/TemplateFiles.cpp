@@ -133,6 +133,11 @@ void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& temp
     recording.Expect(file);
 }
 
+void InstallMissingCopy(HostProduct& product, const std::string& templateName) {
+    if (!IsFileExist(WorkingCopy(product, templateName)))
+        product.Config().InstallConfigFileTemplate(templateName);
+}
+
 std::string RealFileOf(const Host& host, const std::string& workingCopy) {
     return host.FilePath(host.HostPaths().NameInside(workingCopy));
 }

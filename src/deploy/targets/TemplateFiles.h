@@ -9,7 +9,7 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/state/CapturedFile.h"
-#include "deploy/state/Host.h"
+#include "deploy/state/HostProduct.h"
 #include "deploy/state/Recording.h"
 
 /// A template on the host: the shipped text, the working copy of it, and the text that the copy was made
@@ -60,6 +60,9 @@ void SetShipped(ExpectedFile& workingCopy, CapturedFile shipped);
 
 /// Expects a missing working copy to be installed. One that is there is not touched.
 void ExpectWorkingCopy(Recording& recording, Host& host, const std::string& templateName);
+
+/// Has the module install the working copy, if it is missing.
+void InstallMissingCopy(HostProduct& product, const std::string& templateName);
 
 /// The working copy itself, links followed.
 std::string RealFileOf(const Host& host, const std::string& workingCopy);
