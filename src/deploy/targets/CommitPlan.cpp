@@ -74,8 +74,7 @@ std::optional<Problem> ObjectionTo(Host& host, const Planned& file, const std::s
 
 CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& templateNames, OnEdit onEdit)
     : m_product(product) {
-    const bool isDryRun = product.Wanted().dryRun;
-    if (!isDryRun) {
+    if (!product.Wanted().dryRun) {
         RequireOwnInstructions(product);
         m_lock = std::make_unique<WriteLock>(product.State(), product.Seeker());
         product.Keeps(*m_lock);
@@ -87,8 +86,7 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
         if (templateNames.empty()) Append(m_checked.problems, ProblemsOfEdits(product));
         return;
     }
-    m_staging =
-        std::make_unique<Staging>(isDryRun ? "" : product.Param("ZET_VAR_LIB_DIR"), m_checked.templates.size);
+    m_staging = std::make_unique<Staging>(product.StagingPlace(), m_checked.templates.size);
     m_known = std::make_unique<KnownFiles>(product);
     m_longestText = product.HostHistory().Limits().largestText;
     m_checksNotRun = CountChecksNotRun(product.Wanted(), m_checked.targets);

@@ -339,9 +339,7 @@ ExpectedFile TakeBack::Expected(const TakeBackStep& step) const {
 
 /// Made when it is first needed: most rollbacks compare nothing, and work where there is no room left.
 const Staging& TakeBack::Room() {
-    if (!m_staging)
-        m_staging =
-            std::make_unique<Staging>(m_product.Wanted().dryRun ? "" : m_product.Param("ZET_VAR_LIB_DIR"));
+    if (!m_staging) m_staging = std::make_unique<Staging>(m_product.StagingPlace());
     return *m_staging;
 }
 
