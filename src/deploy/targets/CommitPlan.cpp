@@ -234,8 +234,7 @@ void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     const KnownFile* const known = m_known->Find(path);
     const bool isRecorded = known != nullptr && known->state.knowledge.IsCommitted();
     // A history that this user cannot read does not tell.
-    planned.isNewToRole = !m_known->IsUnusable() &&
-                          (known == nullptr || !known->state.knowledge.roles.contains(m_product.Role()));
+    planned.isNewToRole = !m_known->IsUnusable() && !m_known->Has(path, m_product.Role());
     const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there) : planned.hasCompanion;
     if (isStrange) planned.foundAs = isRecorded ? FoundAs::Edited : FoundAs::Unrecorded;
     if (planned.HoldsUnkeptText() && IsReserved(path)) planned.foundAs = FoundAs::Reserved;
