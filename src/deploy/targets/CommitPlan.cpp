@@ -182,12 +182,7 @@ void CommitPlan::JudgeListedEdits(OnEdit onEdit) {
 }
 
 void CommitPlan::Add(const Target& target, const CheckedPlace& place, OnEdit onEdit) {
-    PlannedTarget planned;
-    planned.target = target;
-    planned.path = place.path;
-    planned.hasWorkingCopy = place.hasWorkingCopy;
-    planned.templateMode = place.templateMode;
-    planned.hasCompanion = place.hasCompanion;
+    PlannedTarget planned{place, target};
     m_inForce.insert(planned.path);
     const SeenFile there(planned.path, place.status);
     Stage(planned, there);
@@ -214,7 +209,7 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
     const bool isMerge = known != nullptr && known->HoldsMerge();
     const auto stageFor = [&](Role role) {
         const ComparedRendering rendering = RenderUnlessThere(
-            m_product, {*m_staging, name, role, isShown || isMerge, planned.templateMode}, there);
+            m_product, {*m_staging, name, role, isShown || isMerge, planned.modeOfCopy}, there);
         planned.staged = rendering.staged;
         if (planned.staged == nullptr) return StayAsItIs(planned);
         planned.after = GiveOwnerInPlace(planned.path, *planned.staged, planned.before);

@@ -174,9 +174,7 @@ class StateTeller {
     /// refuse.
     void Compare(const Target& target, const std::shared_ptr<const StagedText>& staged, TargetState& result) {
         if (staged == nullptr || !m_product.Wanted().wantsDiffs) return;
-        PlannedTarget planned;
-        planned.target = target;
-        planned.path = result.path;
+        PlannedTarget planned{{.path = result.path}, target};
         planned.staged = staged;
         planned.version = VersionOf(result.path);
         planned.before = StateOf(result.path);

@@ -119,7 +119,7 @@ class TargetChecker {
             if (!checked.isWorkingCopy) CheckWorkingCopy(target);
             CheckedPlace place;
             place.hasWorkingCopy = checked.isWorkingCopy;
-            place.templateMode = checked.mode;
+            place.modeOfCopy = checked.modeOfCopy;
             CheckFile(target, place);
             return place;
         } catch (const Failure& failure) {

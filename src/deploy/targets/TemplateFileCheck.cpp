@@ -91,7 +91,7 @@ CheckedTemplate CheckTemplate(Deployment& product, const std::string& templateNa
         if (std::optional<Problem> problem = CheckSource(product, file, copy, foundCopy))
             return {.problems = {std::move(*problem)}};
         checked.isWorkingCopy = copy == file;
-        checked.mode = modeOfCopy;
+        checked.modeOfCopy = modeOfCopy;
         const auto read = [&](const auto& take) {
             ReadChunks(file, [&](std::string_view lines) {
                 checked.size += lines.size();

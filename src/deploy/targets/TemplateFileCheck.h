@@ -17,8 +17,8 @@ namespace ZET::Deploy {
 /// What was seen of one template, and the problems that concern it alone.
 struct CheckedTemplate {
     std::vector<Problem> problems{};
-    bool isWorkingCopy = false;    ///< and not the pristine template
-    std::optional<mode_t> mode{};  ///< of the working copy, if it is no link
+    bool isWorkingCopy = false;          ///< and not the pristine template
+    std::optional<mode_t> modeOfCopy{};  ///< of the working copy, if it is no link
     std::uintmax_t size = 0;
 };
 
