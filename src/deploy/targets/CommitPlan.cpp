@@ -89,7 +89,6 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     m_staging = std::make_unique<Staging>(product.StagingPlace(), m_checked.templates.size);
     m_known = std::make_unique<KnownFiles>(product);
     m_longestText = product.HostHistory().Limits().largestText;
-    m_checksNotRun = CountChecksNotRun(product.Wanted(), m_checked.targets);
     const OnEdit wanted = onEdit == OnEdit::AsConfigured ? ConfiguredOnEdit(product) : onEdit;
     for (std::size_t i = 0; i < m_checked.targets.size(); ++i) {
         product.RequireGoOn();
@@ -111,7 +110,9 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
 /// Takes files back as a rollback does, except those in which the lists ask for lines now: they get their
 /// original with the lines.
 void CommitPlan::AddTakenBack() {
-    std::set<std::string> inForce = m_inForce;
+    std::set<std::string> inForce;
+    for (const CheckedPlace& place : m_checked.places)
+        inForce.insert(place.path);
     for (const PlannedEdits& planned : m_edits->Files())
         if (planned.file.original || planned.file.isForgotten) inForce.insert(planned.file.path);
     m_takeBack = std::make_unique<TakeBack>(m_product, *m_known, TakeBack::Ways{.isOfCommit = true});
@@ -183,7 +184,6 @@ void CommitPlan::JudgeListedEdits(OnEdit onEdit) {
 
 void CommitPlan::Add(const Target& target, const CheckedPlace& place, OnEdit onEdit) {
     PlannedTarget planned{place, target};
-    m_inForce.insert(planned.path);
     const SeenFile there(planned.path, place.status);
     Stage(planned, there);
     FillIn(planned, there);
@@ -253,6 +253,10 @@ bool CommitPlan::WasCutShort(std::int64_t number) const {
     if (!entry || entry->outcome != EntryOutcome::CutShort) return false;
     const std::string status = m_product.State().Status(m_product.Role());
     return !IsFileExist(status) || VersionOf(status).changed < entry->ended;
+}
+
+std::size_t CommitPlan::ChecksNotRun() const {
+    return CountChecksNotRun(m_product.Wanted(), m_checked.targets);
 }
 
 Restarts CommitPlan::Services() const {

@@ -62,7 +62,7 @@ class CommitPlan {
     bool IsRecorded() const;
 
     /// How many check commands of targets were not run, though they could have been.
-    std::size_t ChecksNotRun() const { return m_checksNotRun; }
+    std::size_t ChecksNotRun() const;
 
     /// The services that have to notice that targets change: of all targets, or of those that are meant.
     Restarts Services() const;
@@ -91,8 +91,6 @@ class CommitPlan {
     std::unique_ptr<Staging> m_staging;
     std::unique_ptr<KnownFiles> m_known;
     std::uint64_t m_longestText = 0;  ///< the size of the longest text that the history keeps
-    std::size_t m_checksNotRun = 0;
-    std::set<std::string> m_inForce;  ///< the files of the checked targets
     std::vector<PlannedTarget> m_targets;
     std::unique_ptr<TakeBack> m_takeBack;
     std::vector<TakeBackStep> m_takenBack;
