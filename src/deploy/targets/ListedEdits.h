@@ -1,14 +1,10 @@
 #ifndef ZET_LISTED_EDITS_H
 #define ZET_LISTED_EDITS_H
 
-#include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "deploy/state/Recording.h"
-#include "deploy/targets/ClaimedFiles.h"
-#include "deploy/targets/LinesInPlace.h"
 #include "deploy/targets/ListedLines.h"
 #include "zet/deploy/FileOutcome.h"
 #include "zet/deploy/OnEdit.h"
@@ -62,21 +58,13 @@ class ListedEdits {
     void Plan(FileWithLines file, const Staging& staging);
     void JudgeEdited(PlannedEdits& planned) const;
     void JudgeEditedTarget(PlannedEdits& planned) const;
-    bool Judge(const FileWithLines& file);
-    void JudgePlaceOf(const FileWithLines& file);
-    void JudgeLines(const FileWithLines& file);
-    void JudgePlace(const FileWithLines& file, const LineToSet& line, const LineInPlace& place,
-                    const LineToSet* owner);
     std::string WithoutFormerLines(const FileWithLines& file);
     void Set(const std::string& name, const FileWithLines& file) const;
     std::vector<RememberedLine> ToRemember(const FileWithLines& file) const;
-    void Add(const LineToSet& line, const std::string& text, const std::string& remedy);
 
     Deployment& m_product;
     const KnownFiles& m_known;
     const OnEdit m_onEdit;
-    const std::set<std::string> m_cutShort;
-    std::optional<ClaimedFiles> m_claimed;  ///< made for the first file
     std::vector<Problem> m_problems;
     std::vector<PlannedEdits> m_files;
     std::vector<std::string> m_emptied;
