@@ -7,7 +7,7 @@
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
-#include "deploy/targets/ListedEdits.h"
+#include "deploy/targets/LinesPlan.h"
 #include "deploy/targets/OwnCheck.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ServiceNames.h"

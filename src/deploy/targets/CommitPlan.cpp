@@ -96,15 +96,15 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
         Add(m_checked.targets[i], m_checked.places[i], wanted);
     }
     if (templateNames.empty()) {
-        m_edits = std::make_unique<ListedEdits>(product, *m_known, *m_staging, wanted);
+        m_lines = std::make_unique<LinesPlan>(product, *m_known, *m_staging, wanted);
         AddTakenBack();
-        AddEdits();
-        JudgeListedEdits(wanted);
+        AddLines();
+        JudgeLines(wanted);
     }
     if (m_checked.problems.empty()) return;
     m_targets.clear();
     m_takenBack.clear();
-    m_edits.reset();
+    m_lines.reset();
 }
 
 /// Takes files back as a rollback does, except those in which the lists ask for lines now: they get their
@@ -113,7 +113,7 @@ void CommitPlan::AddTakenBack() {
     std::set<std::string> inForce;
     for (const CheckedPlace& place : m_checked.places)
         inForce.insert(place.path);
-    for (const PlannedEdits& planned : m_edits->Files())
+    for (const PlannedLines& planned : m_lines->Files())
         if (planned.file.original || planned.file.isForgotten) inForce.insert(planned.file.path);
     m_takeBack = std::make_unique<TakeBack>(m_product, *m_known, TakeBack::Ways{.isOfCommit = true});
     for (const std::string& path : m_known->PathsOf(m_product.Role())) {
@@ -134,9 +134,9 @@ void CommitPlan::TakeBackFile(WrittenFile file) {
     }
 }
 
-void CommitPlan::AddEdits() {
-    Append(m_checked.problems, m_edits->Problems());
-    for (const std::string& path : m_edits->Emptied())
+void CommitPlan::AddLines() {
+    Append(m_checked.problems, m_lines->Problems());
+    for (const std::string& path : m_lines->Emptied())
         TakeBackFile(WrittenLines(m_product, path));
 }
 
@@ -154,8 +154,9 @@ bool CommitPlan::IsChange() const {
                        [](const PlannedTarget& planned) { return planned.IsChange(); }) ||
            std::any_of(m_takenBack.begin(), m_takenBack.end(),
                        [](const TakeBackStep& step) { return step.IsChange(); }) ||
-           (m_edits != nullptr && std::any_of(m_edits->Files().begin(), m_edits->Files().end(),
-                                              [](const PlannedEdits& edits) { return edits.IsChange(); }));
+           (m_lines != nullptr &&
+            std::any_of(m_lines->Files().begin(), m_lines->Files().end(),
+                        [](const PlannedLines& planned) { return planned.IsChange(); }));
 }
 
 /// An edit that is refused, conflicts, or would be lost is a problem like others. Returns false then.
@@ -172,13 +173,13 @@ bool CommitPlan::SettleEdit(PlannedTarget& planned, OnEdit onEdit) {
 }
 
 /// The same for the files of listed edits.
-void CommitPlan::JudgeListedEdits(OnEdit onEdit) {
+void CommitPlan::JudgeLines(OnEdit onEdit) {
     if (onEdit == OnEdit::Overwrite) return;
-    for (const PlannedEdits& edits : m_edits->Files()) {
-        Append(m_checked.problems, edits.conflicts);
-        if (!edits.isEdited || !edits.conflicts.empty()) continue;
-        Append(m_checked.problems, ObjectionTo(m_product, edits.file, edits.DescribeOthersWork(), onEdit,
-                                               edits.file.original ? kWaysOfFile : kWaysOfLine));
+    for (const PlannedLines& planned : m_lines->Files()) {
+        Append(m_checked.problems, planned.conflicts);
+        if (!planned.isEdited || !planned.conflicts.empty()) continue;
+        Append(m_checked.problems, ObjectionTo(m_product, planned.file, planned.DescribeOthersWork(), onEdit,
+                                               planned.file.original ? kWaysOfFile : kWaysOfLine));
     }
 }
 
@@ -272,8 +273,8 @@ Restarts CommitPlan::ServicesOf(const std::function<bool(const PlannedTarget&)>&
     }
     for (const TakeBackStep& step : m_takenBack)
         if (step.IsChange()) restarts.Add(step.file.services);
-    if (m_edits == nullptr) return restarts;
-    for (const PlannedEdits& planned : m_edits->Files()) {
+    if (m_lines == nullptr) return restarts;
+    for (const PlannedLines& planned : m_lines->Files()) {
         if (!planned.file.original) continue;
         if (const auto former = WrittenByRecord(m_product, planned.file.path)) restarts.Add(former->services);
     }

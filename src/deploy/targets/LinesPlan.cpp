@@ -1,4 +1,4 @@
-#include "deploy/targets/ListedEdits.h"
+#include "deploy/targets/LinesPlan.h"
 
 #include <algorithm>
 #include <set>
@@ -46,7 +46,7 @@ int NumberOf(const LineToSet& line, const std::vector<LineInPlace>& places, IZET
 
 }  // namespace
 
-ListedEdits::ListedEdits(Deployment& product, const KnownFiles& known, const Staging& staging, OnEdit onEdit)
+LinesPlan::LinesPlan(Deployment& product, const KnownFiles& known, const Staging& staging, OnEdit onEdit)
     : m_product(product), m_known(known), m_onEdit(onEdit) {
     ListedLinesCheck check(product, m_problems);
     ListedLines found = FindListedLines(product, known, staging);
@@ -61,9 +61,9 @@ ListedEdits::ListedEdits(Deployment& product, const KnownFiles& known, const Sta
     }
 }
 
-void ListedEdits::Plan(FileWithLines file, const Staging& staging) {
+void LinesPlan::Plan(FileWithLines file, const Staging& staging) {
     const std::string rest = WithoutFormerLines(file);
-    PlannedEdits planned{.file = std::move(file), .staged = ""};
+    PlannedLines planned{.file = std::move(file), .staged = ""};
     FileWithLines& found = planned.file;
     planned.isTakenBack = rest != found.text;
     if (found.lines.empty() && planned.isTakenBack && !HasBlocks(rest)) {
@@ -87,7 +87,7 @@ void ListedEdits::Plan(FileWithLines file, const Staging& staging) {
 }
 
 /// A merge knows three texts of a line: what the last commit set, what it is now, and what the lists ask for.
-void ListedEdits::JudgeEdited(PlannedEdits& planned) const {
+void LinesPlan::JudgeEdited(PlannedLines& planned) const {
     FileWithLines& file = planned.file;
     const std::vector<LineInPlace> places = LinesIn(Text::ManagedText(file.text));
     for (LineToSet& line : file.lines) {
@@ -108,7 +108,7 @@ void ListedEdits::JudgeEdited(PlannedEdits& planned) const {
 }
 
 /// The text of a former target gives way to the original's.
-void ListedEdits::JudgeEditedTarget(PlannedEdits& planned) const {
+void LinesPlan::JudgeEditedTarget(PlannedLines& planned) const {
     const FileWithLines& file = planned.file;
     planned.isEdited = IsFormerTargetEdited(m_known, file);
     planned.dropsMerge = planned.isEdited && m_known.IsAsLeft(file.path);
@@ -120,7 +120,7 @@ void ListedEdits::JudgeEditedTarget(PlannedEdits& planned) const {
              .remedy = _("take the edit out; --on-edit=overwrite replaces it, and the history keeps it")});
 }
 
-std::string PlannedEdits::DescribeOthersWork() const {
+std::string PlannedLines::DescribeOthersWork() const {
     if (!file.original) return _("a line that the last commit set was changed since");
     return dropsMerge ? _("holds edits that an earlier commit merged")
                       : _("was edited since the last commit");
@@ -128,7 +128,7 @@ std::string PlannedEdits::DescribeOthersWork() const {
 
 /// The text without this role's lines that no list has in force. A line that somebody changed stays, with a
 /// warning.
-std::string ListedEdits::WithoutFormerLines(const FileWithLines& file) {
+std::string LinesPlan::WithoutFormerLines(const FileWithLines& file) {
     std::set<std::string> former;
     for (const RememberedLine& line : FormerLinesOf(file, m_product.Role()))
         former.insert(line.line);
@@ -143,7 +143,7 @@ std::string ListedEdits::WithoutFormerLines(const FileWithLines& file) {
                                  [&](std::string_view line) { return former.contains(std::string(line)); });
 }
 
-void ListedEdits::Set(const std::string& name, const FileWithLines& file) const {
+void LinesPlan::Set(const std::string& name, const FileWithLines& file) const {
     const auto opened = m_product.Config().OpenConfigFile(name, NameOf(m_product.Role()), false);
     if (!opened)
         throw Failure(
@@ -156,7 +156,7 @@ void ListedEdits::Set(const std::string& name, const FileWithLines& file) const 
     RemedyErrors(kRemedyOfRendering, [&] { opened->Save(true); });
 }
 
-std::vector<RememberedLine> ListedEdits::ToRemember(const FileWithLines& file) const {
+std::vector<RememberedLine> LinesPlan::ToRemember(const FileWithLines& file) const {
     std::vector<RememberedLine> lines;
     for (const RememberedLine& line : file.remembered)
         if (line.role != m_product.Role()) lines.push_back(line);
@@ -165,7 +165,7 @@ std::vector<RememberedLine> ListedEdits::ToRemember(const FileWithLines& file) c
     return lines;
 }
 
-ExpectedFile ListedEdits::Expected(const PlannedEdits& planned) const {
+ExpectedFile LinesPlan::Expected(const PlannedLines& planned) const {
     ExpectedFile file;
     file.path = planned.file.path;
     file.kind = FileKind::Edit;
@@ -183,7 +183,7 @@ ExpectedFile ListedEdits::Expected(const PlannedEdits& planned) const {
     return file;
 }
 
-bool ListedEdits::IsKnown(const PlannedEdits& planned) const {
+bool LinesPlan::IsKnown(const PlannedLines& planned) const {
     const KnownFile* const known = m_known.Find(planned.file.path);
     if (known == nullptr || known->kind != FileKind::Edit) return false;
     const std::vector<RememberedLine>& remembered = planned.file.remembered;
@@ -193,7 +193,7 @@ bool ListedEdits::IsKnown(const PlannedEdits& planned) const {
     });
 }
 
-ExpectedFile ListedEdits::ExpectedUnchanged(const PlannedEdits& planned) const {
+ExpectedFile LinesPlan::ExpectedUnchanged(const PlannedLines& planned) const {
     ExpectedFile file;
     file.path = planned.file.path;
     file.kind = FileKind::Edit;
@@ -206,7 +206,7 @@ ExpectedFile ListedEdits::ExpectedUnchanged(const PlannedEdits& planned) const {
     return file;
 }
 
-FileOutcome ListedEdits::OutcomeOf(const PlannedEdits& planned) const {
+FileOutcome LinesPlan::OutcomeOf(const PlannedLines& planned) const {
     const FileWithLines& file = planned.file;
     FileOutcome outcome;
     outcome.file = file.named.empty() ? m_product.HostPaths().NameInside(file.path) : file.named;
@@ -222,7 +222,7 @@ FileOutcome ListedEdits::OutcomeOf(const PlannedEdits& planned) const {
     return outcome;
 }
 
-void ListedEdits::Write(const PlannedEdits& planned) const {
+void LinesPlan::Write(const PlannedLines& planned) const {
     const FileWithLines& file = planned.file;
     const Paths& paths = m_product.HostPaths();
     const FileInPlace place(file.named.empty() ? paths.FindReal(file.path) : paths.Find(file.named),
@@ -247,7 +247,7 @@ std::vector<Problem> ProblemsOfEdits(Deployment& product) {
     if (!product.Lists().IsUsable() || product.Lists().Targets().edits.empty()) return {};
     const Staging staging;
     const KnownFiles known(product, KnownFiles::Unusable::IsTold);
-    return ListedEdits(product, known, staging).Problems();
+    return LinesPlan(product, known, staging).Problems();
 }
 
 }  // namespace ZET::Deploy
