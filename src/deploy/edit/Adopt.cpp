@@ -93,8 +93,7 @@ class Adopting {
   private:
     /// Checked first: the module, which renders the template, does not say what is wrong with it.
     void RequireSoundTemplate() {
-        const std::vector<Problem> problems =
-            CheckTemplateFile(m_product, m_templateName, m_product.TemplateValues());
+        const std::vector<Problem> problems = CheckTemplateFile(m_product, m_templateName);
         if (!problems.empty()) throw Failure(problems.front());
     }
 

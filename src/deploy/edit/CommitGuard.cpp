@@ -80,7 +80,7 @@ std::optional<KnownFile> CommitGuard::CommittedFile() const {
 
 void CommitGuard::RequireNoTarget(const KnownFile& known) const {
     HostLists& lists = m_product.Lists();
-    const Target* const target = lists.IsUsable() ? lists.TargetNamed(lists.NameOf(m_path)) : nullptr;
+    const Target* const target = lists.IsUsable() ? lists.TargetOf(m_path) : nullptr;
     if (target == nullptr) {
         RequireTellingLists();
         const std::string remedy =
@@ -94,8 +94,8 @@ void CommitGuard::RequireNoTarget(const KnownFile& known) const {
         Refuse(_("was made by a commit, and no list has it any more"), remedy);
     }
     const std::set<Role>& roles = known.state.knowledge.roles;
-    const bool isInForce = target->IsInForce() && std::any_of(roles.begin(), roles.end(),
-                                                              [&](Role role) { return target->IsFor(role); });
+    const bool isInForce =
+        std::any_of(roles.begin(), roles.end(), [&](Role role) { return target->IsInForceFor(role); });
     if (!isInForce)
         Refuse(Words("was made from [%s], which is not in force any more: the next commit takes it back",
                      target->templateName),
@@ -161,7 +161,7 @@ const ListedEdit* CommitGuard::EntryOf(const RememberedLine& line) const {
     const std::string name = lists.NameOf(m_path);
     const auto& edits = lists.Targets().edits;
     const auto entry = std::find_if(edits.begin(), edits.end(), [&](const ListedEdit& edit) {
-        return edit.IsFor(line.role) && edit.IsInForce() && SelectorOf(edit) == line.selector &&
+        return edit.IsInForceFor(line.role) && SelectorOf(edit) == line.selector &&
                m_product.HostPaths().Canonical(edit.path) == name;
     });
     return entry == edits.end() ? nullptr : &*entry;

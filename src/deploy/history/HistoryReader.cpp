@@ -162,9 +162,7 @@ Secrets::Audience HistoryReader::AudienceOf(const std::string& name, const Recor
     const std::string path = PathOf(name);
     const Audience now = m_product.HostSecrets().Of(path);
     if (now != Audience::Everybody && now != Audience::Readers) return now;
-    HostLists& lists = m_product.Lists();
-    if (state.knowledge.IsCommitted() && lists.TargetNamed(lists.NameOf(path)) == nullptr)
-        return Audience::Nobody;
+    if (state.knowledge.IsCommitted() && m_product.Lists().TargetOf(path) == nullptr) return Audience::Nobody;
     return state.exists && (state.mode & S_IROTH) == 0 ? Audience::Readers : now;
 }
 

@@ -29,6 +29,9 @@ class HostLists {
     /// before others. Throws a `Failure` if the list cannot be understood.
     const Target* TargetNamed(const std::string& name);
 
+    /// The same for the file to which this path leads.
+    const Target* TargetOf(const std::string& path) { return TargetNamed(NameOf(path)); }
+
     /// False if there is a list, but one that cannot be read or understood.
     bool IsUsable();
 

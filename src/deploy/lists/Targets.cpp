@@ -103,7 +103,7 @@ std::vector<Target> SelectTargets(Role role, const TargetList& list,
     std::vector<Target> selected;
     for (const Target& target : list.targets) {
         const bool isNamed = wanted.empty() || wanted.contains(target.templateName);
-        if (!isNamed || !target.IsFor(role) || !target.IsInForce()) continue;
+        if (!isNamed || !target.IsInForceFor(role)) continue;
         selected.push_back(target);
         found.insert(target.templateName);
     }

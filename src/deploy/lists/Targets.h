@@ -40,6 +40,7 @@ struct ListEntry {
 
     bool IsFor(Role role) const { return roles.contains(role); }
     bool IsInForce() const { return isEnabled && isConditionMet && !isStray; }
+    bool IsInForceFor(Role role) const { return IsFor(role) && IsInForce(); }
 
     /// Why it is not in force; empty if it is.
     std::string WhyNot() const;

@@ -46,6 +46,10 @@ StoreLimits History::Limits() const {
     return limits;
 }
 
+bool History::KeepsEditOf(const FileVersion& version) const {
+    return Limits().KeepEdit(static_cast<std::uint64_t>(version.size));
+}
+
 std::string History::File() const {
     return m_host.State().Store();
 }

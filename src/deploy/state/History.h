@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "deploy/host/FileVersion.h"
 #include "deploy/state/store/Store.h"
 
 namespace ZET::Deploy {
@@ -34,6 +35,9 @@ class History {
     }
 
     StoreLimits Limits() const;
+
+    /// Whether what somebody made of a file is kept when a command replaces this version of it.
+    bool KeepsEditOf(const FileVersion& version) const;
 
     /// Whether this user can record: the directory exists, and the user may write there.
     bool CanRecord() const;

@@ -45,6 +45,10 @@ void Host::UpdateParam(const std::string& key, const std::string& value) {
     Core().UpdateParam(key, IsOwnDirectory(key) ? FilePath(value) : value);
 }
 
+bool Host::HasCommitted(Deploy::Role role) {
+    return IsFileExist(State().Status(role));
+}
+
 void Host::BeginAnew() {
     LetDirectoriesGo();
     ReadParameters();

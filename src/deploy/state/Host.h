@@ -61,6 +61,12 @@ class Host {
 
     StateDirectory State() { return StateDirectory(Param("ZET_VAR_LIB_DIR")); }
 
+    /// The last resort for a `Staging`. Empty for a dry run, which writes into no directory of the product.
+    std::string StagingPlace() { return m_options.dryRun ? "" : State().Path(); }
+
+    /// Whether the role has committed on this host.
+    bool HasCommitted(Deploy::Role role);
+
     /// What was done on the host, and what the files were before.
     History& HostHistory() { return *m_history; }
 

@@ -7,7 +7,7 @@
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/Language.h"
-#include "deploy/targets/ListedEdits.h"
+#include "deploy/targets/LinesPlan.h"
 #include "deploy/targets/OwnCheck.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/ServiceNames.h"
@@ -43,12 +43,6 @@ std::vector<Problem> OpenSecrets(Deployment& product, const std::vector<Target>&
     return open;
 }
 
-/// Whether the template can be rendered: the module would never return from some of them.
-bool CanRender(Deployment& product, const Target& target) {
-    return !target.path.empty() &&
-           CheckTemplateFile(product, target.templateName, product.TemplateValues()).empty();
-}
-
 /// What the target's own check command has against the file that a commit would make.
 std::optional<Problem> CheckRendering(Deployment& product, const Staging& staging, const Target& target) {
     std::string path = target.path;
@@ -78,7 +72,8 @@ void RunOwnChecks(Deployment& product, CheckedTargets& checked) {
     for (const Target& target : checked.targets) {
         product.RequireGoOn();
         product.Out().Progress(done++, checked.targets.size());
-        if (target.check.empty() || !CanRender(product, target)) continue;
+        if (target.check.empty() || target.path.empty()) continue;
+        if (!CanBeRendered(product, target.templateName)) continue;
         if (!staging) staging.emplace();
         Append(checked.problems, CheckRendering(product, *staging, target));
     }

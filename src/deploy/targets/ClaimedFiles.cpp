@@ -86,7 +86,7 @@ void ClaimedFiles::AddListed(const std::vector<Target>& listed, const std::vecto
     for (const Target& target : notYet)
         later.insert(target.templateName);
     for (const Target& target : listed) {
-        if (target.path.empty() || !target.IsFor(m_host.Role()) || !target.IsInForce()) continue;
+        if (target.path.empty() || !target.IsInForceFor(m_host.Role())) continue;
         try {
             AddTemplate(target.templateName);
             if (later.count(target.templateName) == 0) AddTarget(target);

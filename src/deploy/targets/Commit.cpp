@@ -47,7 +47,7 @@ class Execution {
         m_record.Begin();
         try {
             WriteTargets(m_product, m_plan, m_record);
-            if (m_plan.Edits() != nullptr) SetLines(*m_plan.Edits());
+            if (m_plan.Lines() != nullptr) SetLines(*m_plan.Lines());
             for (const TakeBackStep& step : m_plan.TakenBack())
                 PutBack(step);
             m_record.RememberUnchanged();
@@ -61,16 +61,16 @@ class Execution {
     }
 
   private:
-    void SetLines(const ListedEdits& edits) {
-        for (const PlannedEdits& planned : edits.Files()) {
+    void SetLines(const LinesPlan& lines) {
+        for (const PlannedLines& planned : lines.Files()) {
             m_product.RequireGoOn();
             WarnOfOthersWork(m_product, planned);
             if (planned.isEdited && m_record.Number())
                 TellWhereKept(m_product, *m_record.Number(),
                               m_product.HostPaths().NameInside(planned.file.path), planned.file.version);
             // The diff has to be made before one of its sides is gone.
-            FileOutcome outcome = edits.OutcomeOf(planned);
-            if (planned.IsChange()) edits.Write(planned);
+            FileOutcome outcome = lines.OutcomeOf(planned);
+            if (planned.IsChange()) lines.Write(planned);
             if (planned.IsChange()) outcome.reserve = ReserveOf(planned.file.path);
             m_product.Out().Done(outcome);
         }
@@ -153,10 +153,10 @@ bool Preview(Deployment& product, const CommitPlan& plan) {
             product.Out().Done(outcomes[i]);
         }
     }
-    if (plan.Edits() != nullptr) {
-        for (const PlannedEdits& planned : plan.Edits()->Files()) {
+    if (plan.Lines() != nullptr) {
+        for (const PlannedLines& planned : plan.Lines()->Files()) {
             WarnOfOthersWork(product, planned);
-            product.Out().Done(plan.Edits()->OutcomeOf(planned));
+            product.Out().Done(plan.Lines()->OutcomeOf(planned));
         }
     }
     for (const TakeBackStep& step : plan.TakenBack())

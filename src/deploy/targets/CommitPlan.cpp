@@ -47,12 +47,6 @@ bool IsReserved(const std::string& path) {
     return access(reserve.c_str(), R_OK) == 0 && HaveSameBytes(path, reserve);
 }
 
-/// Whether the history can keep the text that a commit replaces.
-bool CanBeKept(Host& host, const FileState& before, const FileVersion& version) {
-    const StoreLimits limits = host.HostHistory().Limits();
-    return !before.exists || limits.KeepEdit(static_cast<std::uint64_t>(version.size));
-}
-
 /// The remedies where others' work stops a commit; the last one loses that work.
 struct WaysOut {
     const char* other;
@@ -70,7 +64,7 @@ std::optional<Problem> ObjectionTo(Host& host, const Planned& file, const std::s
                                    OnEdit onEdit, const WaysOut& ways) {
     if (onEdit == OnEdit::Refuse)
         return Problem{.file = file.path, .text = othersWork, .remedy = _(ways.other)};
-    if (CanBeKept(host, file.before, file.version)) return std::nullopt;
+    if (!file.before.exists || host.HostHistory().KeepsEditOf(file.version)) return std::nullopt;
     return Problem{.file = file.path,
                    .text = Words("%s, and the history cannot keep the edit", othersWork),
                    .remedy = _(ways.last)};
@@ -80,8 +74,7 @@ std::optional<Problem> ObjectionTo(Host& host, const Planned& file, const std::s
 
 CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& templateNames, OnEdit onEdit)
     : m_product(product) {
-    const bool isDryRun = product.Wanted().dryRun;
-    if (!isDryRun) {
+    if (!product.Wanted().dryRun) {
         RequireOwnInstructions(product);
         m_lock = std::make_unique<WriteLock>(product.State(), product.Seeker());
         product.Keeps(*m_lock);
@@ -93,11 +86,9 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
         if (templateNames.empty()) Append(m_checked.problems, ProblemsOfEdits(product));
         return;
     }
-    m_staging =
-        std::make_unique<Staging>(isDryRun ? "" : product.Param("ZET_VAR_LIB_DIR"), m_checked.templates.size);
+    m_staging = std::make_unique<Staging>(product.StagingPlace(), m_checked.templates.size);
     m_known = std::make_unique<KnownFiles>(product);
     m_longestText = product.HostHistory().Limits().largestText;
-    m_checksNotRun = CountChecksNotRun(product.Wanted(), m_checked.targets);
     const OnEdit wanted = onEdit == OnEdit::AsConfigured ? ConfiguredOnEdit(product) : onEdit;
     for (std::size_t i = 0; i < m_checked.targets.size(); ++i) {
         product.RequireGoOn();
@@ -105,22 +96,24 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
         Add(m_checked.targets[i], m_checked.places[i], wanted);
     }
     if (templateNames.empty()) {
-        m_edits = std::make_unique<ListedEdits>(product, *m_known, *m_staging, wanted);
+        m_lines = std::make_unique<LinesPlan>(product, *m_known, *m_staging, wanted);
         AddTakenBack();
-        AddEdits();
-        JudgeListedEdits(wanted);
+        AddLines();
+        JudgeLines(wanted);
     }
     if (m_checked.problems.empty()) return;
     m_targets.clear();
     m_takenBack.clear();
-    m_edits.reset();
+    m_lines.reset();
 }
 
 /// Takes files back as a rollback does, except those in which the lists ask for lines now: they get their
 /// original with the lines.
 void CommitPlan::AddTakenBack() {
-    std::set<std::string> inForce = m_inForce;
-    for (const PlannedEdits& planned : m_edits->Files())
+    std::set<std::string> inForce;
+    for (const CheckedPlace& place : m_checked.places)
+        inForce.insert(place.path);
+    for (const PlannedLines& planned : m_lines->Files())
         if (planned.file.original || planned.file.isForgotten) inForce.insert(planned.file.path);
     m_takeBack = std::make_unique<TakeBack>(m_product, *m_known, TakeBack::Ways{.isOfCommit = true});
     for (const std::string& path : m_known->PathsOf(m_product.Role())) {
@@ -141,14 +134,14 @@ void CommitPlan::TakeBackFile(WrittenFile file) {
     }
 }
 
-void CommitPlan::AddEdits() {
-    Append(m_checked.problems, m_edits->Problems());
-    for (const std::string& path : m_edits->Emptied())
+void CommitPlan::AddLines() {
+    Append(m_checked.problems, m_lines->Problems());
+    for (const std::string& path : m_lines->Emptied())
         TakeBackFile(WrittenLines(m_product, path));
 }
 
 bool CommitPlan::IsRecorded() const {
-    return IsChange() || !IsFileExist(m_product.State().Status(m_product.Role())) ||
+    return IsChange() || !m_product.HasCommitted(m_product.Role()) ||
            std::any_of(
                m_targets.begin(), m_targets.end(),
                [](const PlannedTarget& planned) { return !planned.hasWorkingCopy || planned.isNewToRole; }) ||
@@ -161,8 +154,9 @@ bool CommitPlan::IsChange() const {
                        [](const PlannedTarget& planned) { return planned.IsChange(); }) ||
            std::any_of(m_takenBack.begin(), m_takenBack.end(),
                        [](const TakeBackStep& step) { return step.IsChange(); }) ||
-           (m_edits != nullptr && std::any_of(m_edits->Files().begin(), m_edits->Files().end(),
-                                              [](const PlannedEdits& edits) { return edits.IsChange(); }));
+           (m_lines != nullptr &&
+            std::any_of(m_lines->Files().begin(), m_lines->Files().end(),
+                        [](const PlannedLines& planned) { return planned.IsChange(); }));
 }
 
 /// An edit that is refused, conflicts, or would be lost is a problem like others. Returns false then.
@@ -179,24 +173,18 @@ bool CommitPlan::SettleEdit(PlannedTarget& planned, OnEdit onEdit) {
 }
 
 /// The same for the files of listed edits.
-void CommitPlan::JudgeListedEdits(OnEdit onEdit) {
+void CommitPlan::JudgeLines(OnEdit onEdit) {
     if (onEdit == OnEdit::Overwrite) return;
-    for (const PlannedEdits& edits : m_edits->Files()) {
-        Append(m_checked.problems, edits.conflicts);
-        if (!edits.isEdited || !edits.conflicts.empty()) continue;
-        Append(m_checked.problems, ObjectionTo(m_product, edits.file, edits.DescribeOthersWork(), onEdit,
-                                               edits.file.original ? kWaysOfFile : kWaysOfLine));
+    for (const PlannedLines& planned : m_lines->Files()) {
+        Append(m_checked.problems, planned.conflicts);
+        if (!planned.isEdited || !planned.conflicts.empty()) continue;
+        Append(m_checked.problems, ObjectionTo(m_product, planned.file, planned.DescribeOthersWork(), onEdit,
+                                               planned.file.original ? kWaysOfFile : kWaysOfLine));
     }
 }
 
 void CommitPlan::Add(const Target& target, const CheckedPlace& place, OnEdit onEdit) {
-    PlannedTarget planned;
-    planned.target = target;
-    planned.path = place.path;
-    planned.hasWorkingCopy = place.hasWorkingCopy;
-    planned.templateMode = place.templateMode;
-    planned.hasCompanion = place.hasCompanion;
-    m_inForce.insert(planned.path);
+    PlannedTarget planned{place, target};
     const SeenFile there(planned.path, place.status);
     Stage(planned, there);
     FillIn(planned, there);
@@ -222,7 +210,7 @@ void CommitPlan::Stage(PlannedTarget& planned, const SeenFile& there) {
     const bool isMerge = known != nullptr && known->HoldsMerge();
     const auto stageFor = [&](Role role) {
         const ComparedRendering rendering = RenderUnlessThere(
-            m_product, {*m_staging, name, role, isShown || isMerge, planned.templateMode}, there);
+            m_product, {*m_staging, name, role, isShown || isMerge, planned.modeOfCopy}, there);
         planned.staged = rendering.staged;
         if (planned.staged == nullptr) return StayAsItIs(planned);
         planned.after = GiveOwnerInPlace(planned.path, *planned.staged, planned.before);
@@ -242,8 +230,7 @@ void CommitPlan::FillIn(PlannedTarget& planned, const SeenFile& there) {
     const KnownFile* const known = m_known->Find(path);
     const bool isRecorded = known != nullptr && known->state.knowledge.IsCommitted();
     // A history that this user cannot read does not tell.
-    planned.isNewToRole = !m_known->IsUnusable() &&
-                          (known == nullptr || !known->state.knowledge.roles.contains(m_product.Role()));
+    planned.isNewToRole = !m_known->IsUnusable() && !m_known->Has(path, m_product.Role());
     const bool isStrange = known != nullptr ? !m_known->IsAsLeft(there) : planned.hasCompanion;
     if (isStrange) planned.foundAs = isRecorded ? FoundAs::Edited : FoundAs::Unrecorded;
     if (planned.HoldsUnkeptText() && IsReserved(path)) planned.foundAs = FoundAs::Reserved;
@@ -269,6 +256,10 @@ bool CommitPlan::WasCutShort(std::int64_t number) const {
     return !IsFileExist(status) || VersionOf(status).changed < entry->ended;
 }
 
+std::size_t CommitPlan::ChecksNotRun() const {
+    return CountChecksNotRun(m_product.Wanted(), m_checked.targets);
+}
+
 Restarts CommitPlan::Services() const {
     return ServicesOf([](const PlannedTarget&) { return true; });
 }
@@ -282,8 +273,8 @@ Restarts CommitPlan::ServicesOf(const std::function<bool(const PlannedTarget&)>&
     }
     for (const TakeBackStep& step : m_takenBack)
         if (step.IsChange()) restarts.Add(step.file.services);
-    if (m_edits == nullptr) return restarts;
-    for (const PlannedEdits& planned : m_edits->Files()) {
+    if (m_lines == nullptr) return restarts;
+    for (const PlannedLines& planned : m_lines->Files()) {
         if (!planned.file.original) continue;
         if (const auto former = WrittenByRecord(m_product, planned.file.path)) restarts.Add(former->services);
     }

@@ -16,7 +16,7 @@
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/Lock.h"
 #include "deploy/targets/Deployment.h"
-#include "deploy/targets/ListedEdits.h"
+#include "deploy/targets/LinesPlan.h"
 #include "deploy/targets/PlannedTarget.h"
 #include "deploy/targets/Restarts.h"
 #include "deploy/targets/TakeBack.h"
@@ -49,7 +49,7 @@ class CommitPlan {
 
     /// What becomes of the files in which the lists ask for lines. Null if templates were named, or there are
     /// problems.
-    const ListedEdits* Edits() const { return m_edits.get(); }
+    const LinesPlan* Lines() const { return m_lines.get(); }
 
     /// Whether a file that the lists ask for, or that they asked for, would change.
     bool IsChange() const;
@@ -62,7 +62,7 @@ class CommitPlan {
     bool IsRecorded() const;
 
     /// How many check commands of targets were not run, though they could have been.
-    std::size_t ChecksNotRun() const { return m_checksNotRun; }
+    std::size_t ChecksNotRun() const;
 
     /// The services that have to notice that targets change: of all targets, or of those that are meant.
     Restarts Services() const;
@@ -76,9 +76,9 @@ class CommitPlan {
     void Stage(PlannedTarget& planned, const SeenFile& there);
     void FillIn(PlannedTarget& planned, const SeenFile& there);
     bool SettleEdit(PlannedTarget& planned, OnEdit onEdit);
-    void JudgeListedEdits(OnEdit onEdit);
+    void JudgeLines(OnEdit onEdit);
     void AddTakenBack();
-    void AddEdits();
+    void AddLines();
     void TakeBackFile(WrittenFile file);
     bool WasCutShort(const KnownFile& known);
     bool WasCutShort(std::int64_t entry) const;
@@ -91,12 +91,10 @@ class CommitPlan {
     std::unique_ptr<Staging> m_staging;
     std::unique_ptr<KnownFiles> m_known;
     std::uint64_t m_longestText = 0;  ///< the size of the longest text that the history keeps
-    std::size_t m_checksNotRun = 0;
-    std::set<std::string> m_inForce;  ///< the files of the checked targets
     std::vector<PlannedTarget> m_targets;
     std::unique_ptr<TakeBack> m_takeBack;
     std::vector<TakeBackStep> m_takenBack;
-    std::unique_ptr<ListedEdits> m_edits;
+    std::unique_ptr<LinesPlan> m_lines;
 };
 
 }  // namespace ZET::Deploy

@@ -7,7 +7,7 @@
 #include "deploy/state/History.h"
 #include "deploy/state/KnownFiles.h"
 #include "deploy/state/StateDirectory.h"
-#include "deploy/targets/ListedEdits.h"
+#include "deploy/targets/LinesPlan.h"
 #include "deploy/targets/TakeBack.h"
 #include "deploy/targets/TemplateHistory.h"
 
@@ -45,9 +45,9 @@ void CommitRecord::Expect() {
         if (planned.IsChange()) m_recording.Expect(Expected(planned));
         if (!planned.hasWorkingCopy) ExpectWorkingCopy(m_recording, m_product, planned.target.templateName);
     }
-    if (m_plan.Edits() != nullptr) {
-        for (const PlannedEdits& planned : m_plan.Edits()->Files())
-            if (planned.IsChange()) m_recording.Expect(m_plan.Edits()->Expected(planned));
+    if (m_plan.Lines() != nullptr) {
+        for (const PlannedLines& planned : m_plan.Lines()->Files())
+            if (planned.IsChange()) m_recording.Expect(m_plan.Lines()->Expected(planned));
     }
     for (const TakeBackStep& step : m_plan.TakenBack())
         if (step.action != TakeBackStep::Action::Nothing) m_recording.Expect(m_plan.Ways().Expected(step));
@@ -62,10 +62,10 @@ template <typename Call>
 void CommitRecord::ForEachUnchanged(Call call) const {
     for (const PlannedTarget& planned : m_plan.Targets())
         if (!planned.IsChange() && !IsKnown(planned)) call(ExpectedUnchanged(planned));
-    if (m_plan.Edits() == nullptr) return;
-    for (const PlannedEdits& planned : m_plan.Edits()->Files())
-        if (!planned.IsChange() && !m_plan.Edits()->IsKnown(planned))
-            call(m_plan.Edits()->ExpectedUnchanged(planned));
+    if (m_plan.Lines() == nullptr) return;
+    for (const PlannedLines& planned : m_plan.Lines()->Files())
+        if (!planned.IsChange() && !m_plan.Lines()->IsKnown(planned))
+            call(m_plan.Lines()->ExpectedUnchanged(planned));
 }
 
 ExpectedFile CommitRecord::ExpectedUnchanged(const PlannedTarget& planned) const {

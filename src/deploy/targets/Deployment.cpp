@@ -16,7 +16,7 @@ void Deployment::BeginAnew() {
 
 std::string Deployment::TrustedAt(const std::string& path) {
     try {
-        const Target* const target = m_lists->TargetNamed(m_lists->NameOf(path));
+        const Target* const target = m_lists->TargetOf(path);
         return target == nullptr ? "" : target->trusted;
     } catch (const Failure&) {
         return "";

@@ -28,7 +28,7 @@ std::vector<RememberedLine> RememberedOf(Deployment& product, const KnownFile* k
     try {
         return RememberedIn(store->Text(*known->state.knowledge.base));
     } catch (const Failure& failure) {
-        if (!isForced && IsFileExist(product.State().Status(OtherRole(product.Role())))) throw;
+        if (!isForced && product.HasCommitted(OtherRole(product.Role()))) throw;
         product.HostHistory().TellUnusable(failure);
         return {};
     }

@@ -4,7 +4,6 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
-#include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
 
@@ -12,25 +11,20 @@ namespace {
 
 /// One list may serve hosts of either role, so the other role counts only if it has committed here.
 bool IsOtherRoleHere(Deployment& product) {
-    return IsFileExist(product.State().Status(OtherRole(product.Role())));
-}
-
-const Target* InForceAt(Deployment& product, const std::string& path) {
-    const Target* const target = product.Lists().TargetNamed(product.Lists().NameOf(path));
-    return target != nullptr && target->IsInForce() ? target : nullptr;
+    return product.HasCommitted(OtherRole(product.Role()));
 }
 
 }  // namespace
 
 const Target* TargetAt(Deployment& product, const std::string& path) {
-    const Target* const target = InForceAt(product, path);
-    return target != nullptr && target->IsFor(product.Role()) ? target : nullptr;
+    const Target* const target = product.Lists().TargetOf(path);
+    return target != nullptr && target->IsInForceFor(product.Role()) ? target : nullptr;
 }
 
 const Target* TargetOfAnyAt(Deployment& product, const std::string& path) {
-    const Target* const target = InForceAt(product, path);
-    const bool isClaimed = target != nullptr && (target->IsFor(product.Role()) || IsOtherRoleHere(product));
-    return isClaimed ? target : nullptr;
+    const Target* const target = product.Lists().TargetOf(path);
+    if (target == nullptr || !target->IsInForce()) return nullptr;
+    return target->IsFor(product.Role()) || IsOtherRoleHere(product) ? target : nullptr;
 }
 
 Problem ProblemOfTarget(const ListedEdit& edit, const Target& target) {

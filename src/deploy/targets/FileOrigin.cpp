@@ -8,7 +8,6 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
-#include "deploy/lists/HostLists.h"
 #include "deploy/state/Language.h"
 #include "deploy/targets/Secrets.h"
 #include "deploy/targets/TemplateFiles.h"
@@ -23,8 +22,7 @@ namespace {
 void ReadTarget(Deployment& product, const std::string& file, FileOrigin& origin) {
     origin.isPrivate = product.HostSecrets().IsPrivate(product.FilePath(file));
     try {
-        HostLists& lists = product.Lists();
-        const Target* const target = lists.TargetNamed(lists.NameOf(product.FilePath(file)));
+        const Target* const target = product.Lists().TargetOf(product.FilePath(file));
         if (target != nullptr) origin.target = *target;
     } catch (const Failure&) {
         // Without a list that can be read, nothing is known to be a target.

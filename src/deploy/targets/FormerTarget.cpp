@@ -12,13 +12,13 @@ bool IsFormerTargetEdited(const KnownFiles& known, const FileWithLines& file) {
            !HaveSameModeAndBytes(file.path, ReserveOf(file.path));
 }
 
-CapturedFile OriginalWithLines(const PlannedEdits& planned) {
+CapturedFile OriginalWithLines(const PlannedLines& planned) {
     CapturedFile file{planned.file.original->state, ""};
     file.SetText(ReadFileBytes(planned.staged));
     return file;
 }
 
-void WriteOriginalWithLines(Deployment& product, const PlannedEdits& planned, const FileInPlace& place) {
+void WriteOriginalWithLines(Deployment& product, const PlannedLines& planned, const FileInPlace& place) {
     FileWithCompanions now;
     now.file = Capture(planned.file.path, 0);
     FileWithCompanions wanted;

@@ -4,7 +4,7 @@
 #include "deploy/host/FileInPlace.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/state/KnownFiles.h"
-#include "deploy/targets/ListedEdits.h"
+#include "deploy/targets/LinesPlan.h"
 
 namespace ZET::Deploy {
 
@@ -14,10 +14,10 @@ namespace ZET::Deploy {
 /// Whether the file holds what others wrote.
 bool IsFormerTargetEdited(const KnownFiles& known, const FileWithLines& file);
 
-CapturedFile OriginalWithLines(const PlannedEdits& planned);
+CapturedFile OriginalWithLines(const PlannedLines& planned);
 
 /// Replaces the file in one step, so that a killed run leaves the old or the new one. The reserve stays.
-void WriteOriginalWithLines(Deployment& product, const PlannedEdits& planned, const FileInPlace& place);
+void WriteOriginalWithLines(Deployment& product, const PlannedLines& planned, const FileInPlace& place);
 
 }  // namespace ZET::Deploy
 

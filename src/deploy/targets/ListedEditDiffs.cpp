@@ -4,8 +4,8 @@
 
 #include "deploy/host/Failure.h"
 #include "deploy/targets/EditMerge.h"
+#include "deploy/targets/LinesPlan.h"
 #include "deploy/targets/ListedEditStates.h"
-#include "deploy/targets/ListedEdits.h"
 #include "deploy/targets/TakeBack.h"
 #include "deploy/targets/WrittenFiles.h"
 
@@ -30,18 +30,18 @@ void AddDiff(std::vector<ListedEditState>& states, const std::string& path, Make
 
 std::vector<Problem> AddDiffsOfFiles(Deployment& product, const KnownFiles& known, const Staging& staging,
                                      std::vector<ListedEditState>& states) {
-    const ListedEdits edits(product, known, staging, ConfiguredOnEdit(product));
-    for (const PlannedEdits& planned : edits.Files())
-        AddDiff(states, planned.file.path, [&] { return edits.OutcomeOf(planned).diff; });
+    const LinesPlan lines(product, known, staging, ConfiguredOnEdit(product));
+    for (const PlannedLines& planned : lines.Files())
+        AddDiff(states, planned.file.path, [&] { return lines.OutcomeOf(planned).diff; });
     TakeBack takeBack(product, known, {});
-    for (const std::string& path : edits.Emptied()) {
+    for (const std::string& path : lines.Emptied()) {
         AddDiff(states, path, [&] {
             TakeBackStep step{WrittenLines(product, path)};
             takeBack.Decide(step);
             return step.outcome.diff;
         });
     }
-    return edits.Problems();
+    return lines.Problems();
 }
 
 }  // namespace ZET::Deploy

@@ -49,10 +49,8 @@ class Finder {
 
     ListedLines Find() {
         std::vector<const ListedEdit*> edits;
-        for (const ListedEdit& edit : m_product.Lists().Targets().edits) {
-            if (edit.IsFor(m_product.Role()) && edit.IsInForce() && !edit.path.empty())
-                edits.push_back(&edit);
-        }
+        for (const ListedEdit& edit : m_product.Lists().Targets().edits)
+            if (edit.IsInForceFor(m_product.Role()) && !edit.path.empty()) edits.push_back(&edit);
         CheckSources(edits);
         if (m_found.problems.empty()) {
             const std::vector<std::string> lines = Expanded(edits);

@@ -14,7 +14,7 @@ namespace ZET::Deploy {
 
 namespace {
 
-std::string FateOfTarget(const PlannedEdits& planned, bool isDryRun) {
+std::string FateOfTarget(const PlannedLines& planned, bool isDryRun) {
     const char* const fate =
         isDryRun ? ZET_TEXT("%s; the edits would be overwritten") : ZET_TEXT("%s; the edits are overwritten");
     return Words(fate, planned.DescribeOthersWork());
@@ -71,7 +71,7 @@ void WarnOfOthersWork(Host& host, const PlannedTarget& planned) {
     if (planned.before.exists && planned.hasCompanion) TellLossToCome(host, planned.path, planned.version);
 }
 
-void WarnOfOthersWork(Host& host, const PlannedEdits& planned) {
+void WarnOfOthersWork(Host& host, const PlannedLines& planned) {
     if (planned.isOriginalLost) WarnOfLostOriginal(host, planned.file.path);
     if (planned.isMerged) {
         host.Out().Remark(host.Wanted().dryRun
@@ -107,7 +107,7 @@ void WarnOfFormerTemplate(Deployment& product, const PlannedTarget& planned, con
 }
 
 void TellWhereKept(Host& host, std::int64_t entry, const std::string& path, const FileVersion& version) {
-    if (!host.HostHistory().Limits().KeepEdit(static_cast<std::uint64_t>(version.size))) return;
+    if (!host.HostHistory().KeepsEditOf(version)) return;
     host.Out().Remark(
         Words("\"history show %s %s\" shows what it held", std::to_string(entry), Text::ShellWord(path)));
 }

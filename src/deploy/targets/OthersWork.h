@@ -6,7 +6,7 @@
 
 #include "deploy/host/FileState.h"
 #include "deploy/targets/Deployment.h"
-#include "deploy/targets/ListedEdits.h"
+#include "deploy/targets/LinesPlan.h"
 #include "deploy/targets/PlannedTarget.h"
 
 namespace ZET::Deploy {
@@ -16,7 +16,7 @@ std::string DescribeOthersWork(const PlannedTarget& planned);
 
 /// Reports what somebody else did to a target or to listed lines, and what becomes, or would become, of it.
 void WarnOfOthersWork(Host& host, const PlannedTarget& planned);
-void WarnOfOthersWork(Host& host, const PlannedEdits& planned);
+void WarnOfOthersWork(Host& host, const PlannedLines& planned);
 
 /// Reports where the replaced text is kept: in the entry that the commit makes.
 void TellWhereKept(Host& host, std::int64_t entry, const std::string& path, const FileVersion& version);

@@ -12,6 +12,7 @@
 #include "deploy/lists/Targets.h"
 #include "deploy/state/CapturedFile.h"
 #include "deploy/targets/Deployment.h"
+#include "deploy/targets/TargetCheck.h"
 #include "zet/deploy/FileOutcome.h"
 
 namespace ZET::Deploy {
@@ -25,12 +26,11 @@ enum class FoundAs {
 };
 
 /// What a commit would do to one target.
-struct PlannedTarget {
+struct PlannedTarget : TargetPlace {
     Target target;
-    std::string path;                             ///< of the real file, links followed
-    std::shared_ptr<const StagedText> staged;     ///< what it is to get; null: it stays as it is
-    std::shared_ptr<const StagedText> rendering;  ///< where `staged` is another text that was merged with it
-    bool isRenderingNew = false;                  ///< it is not the rendering that is known of the file
+    std::shared_ptr<const StagedText> staged{};     ///< what it is to get; null: it stays as it is
+    std::shared_ptr<const StagedText> rendering{};  ///< where `staged` is another text, merged with it
+    bool isRenderingNew = false;                    ///< it is not the rendering that is known of the file
     FileOutcome::Result change = FileOutcome::Result::Unchanged;
     FoundAs foundAs = FoundAs::Recorded;
     bool isOriginalLost = false;    ///< what is there is the product's own work, which gets no reserve
@@ -39,14 +39,10 @@ struct PlannedTarget {
     bool isNewToRole = false;       ///< no commit of the role recorded it
     bool isUntold = false;          ///< written by a run that was cut short, which reported no services
     Role namedRole = Role::Client;  ///< whose command its notice names
-    FileVersion version;            ///< of what was there when the plan was made
-    FileState before;
-    FileState after;
-    std::optional<CapturedFile> captured;  ///< the former file, until it is recorded; none: not read
-
-    bool hasWorkingCopy = false;           ///< the template had one when it was checked
-    std::optional<mode_t> templateMode{};  ///< of the working copy, if it is no link
-    bool hasCompanion = false;             ///< a reserve, or a mark that there was nothing
+    FileVersion version{};          ///< of what was there when the plan was made
+    FileState before{};
+    FileState after{};
+    std::optional<CapturedFile> captured{};  ///< the former file, until it is recorded; none: not read
 
     bool IsChange() const { return change != FileOutcome::Result::Unchanged; }
 

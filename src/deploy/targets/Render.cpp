@@ -141,12 +141,12 @@ class Trial {
           m_workingCopy(WorkingCopy(product, templateName)) {}
 
     /// Hands the text and the mode that the role gets to `take`.
-    void Tell(StringMap& values, const Take& take, std::optional<mode_t> mode = std::nullopt) const {
-        if (!mode) mode = ModeIfThere(m_workingCopy);
-        if (!mode && !IsFileExist(m_workingCopy))
+    void Tell(StringMap& values, const Take& take, std::optional<mode_t> modeOfCopy = std::nullopt) const {
+        if (!modeOfCopy) modeOfCopy = ModeIfThere(m_workingCopy);
+        if (!modeOfCopy && !IsFileExist(m_workingCopy))
             return TellOfStandIn("templates", TemplateFile(m_product, m_name), values, take);
         TellRendering(m_product, {m_name, m_role, values}, File(), [&](std::string_view text) {
-            take(text, ModeToGive(m_product, m_name, m_workingCopy, mode));
+            take(text, ModeToGive(m_product, m_name, m_workingCopy, modeOfCopy));
         });
     }
 

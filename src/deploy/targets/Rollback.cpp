@@ -74,7 +74,7 @@ class Rollback {
 
   private:
     bool ForgetsAny(const std::vector<Step>& steps, bool isLast) const {
-        if (isLast && IsFileExist(m_product.State().Status(m_product.Role()))) return true;
+        if (isLast && m_product.HasCommitted(m_product.Role())) return true;
         return std::any_of(steps.begin(), steps.end(), [&](const Step& step) {
             const KnownFile* const known = m_known.Find(step.file.path);
             return step.action == Action::OnlyRecord && known != nullptr &&

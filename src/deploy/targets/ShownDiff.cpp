@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "deploy/host/UnifiedDiff.h"
-#include "deploy/lists/HostLists.h"
 #include "posix/PathNames.h"
 #include "text/ChangedLines.h"
 
@@ -21,9 +20,8 @@ ShownDiff WithoutText(ShownDiff diff, const std::string& path, const std::string
 ShownDiff WithoutFormerSecrets(Deployment& product, ShownDiff diff, const RecordedFile& file,
                                const std::string& path) {
     const bool wasCommitted = file.before.knowledge.IsCommitted() || file.after.knowledge.IsCommitted();
-    HostLists& lists = product.Lists();
     if (diff.text.empty() || product.Wanted().showsSecrets || !wasCommitted) return diff;
-    if (lists.TargetNamed(lists.NameOf(path)) != nullptr) return diff;
+    if (product.Lists().TargetOf(path) != nullptr) return diff;
     diff.isPrivate = true;
     return WithoutText(std::move(diff), path, Secrets::ExcuseOfWhatLeftList());
 }

@@ -249,7 +249,7 @@ void TakeBack::TellOfOtherRole(TakeBackStep& step) const {
 }
 
 bool TakeBack::MayBeOthers(const WrittenFile& file) const {
-    return m_known.IsUnusable() && file.isOfBoth && IsFileExist(m_product.State().Status(m_otherRole));
+    return m_known.IsUnusable() && file.isOfBoth && m_product.HasCommitted(m_otherRole);
 }
 
 /// Without the history, nobody can tell whether the other role has committed the file.
@@ -266,7 +266,7 @@ bool TakeBack::IsOwnWork(const WrittenFile& file) {
     if (!StateOf(file.path).IsRegular()) return false;
     if (IsFileExist(file.Reserve()) && HaveSameModeAndBytes(file.path, file.Reserve())) return true;
     if (file.templateName.empty()) return false;
-    if (!CheckTemplateFile(m_product, file.templateName, m_product.TemplateValues()).empty()) return false;
+    if (!CanBeRendered(m_product, file.templateName)) return false;
     return std::any_of(std::begin(kRoles), std::end(kRoles), [&](Role role) {
         return HaveSameModeAndBytes(file.path, RenderQuietly(m_product, Room(), file.templateName, role));
     });
@@ -339,9 +339,7 @@ ExpectedFile TakeBack::Expected(const TakeBackStep& step) const {
 
 /// Made when it is first needed: most rollbacks compare nothing, and work where there is no room left.
 const Staging& TakeBack::Room() {
-    if (!m_staging)
-        m_staging =
-            std::make_unique<Staging>(m_product.Wanted().dryRun ? "" : m_product.Param("ZET_VAR_LIB_DIR"));
+    if (!m_staging) m_staging = std::make_unique<Staging>(m_product.StagingPlace());
     return *m_staging;
 }
 

@@ -119,7 +119,7 @@ class TargetChecker {
             if (!checked.isWorkingCopy) CheckWorkingCopy(target);
             CheckedPlace place;
             place.hasWorkingCopy = checked.isWorkingCopy;
-            place.templateMode = checked.mode;
+            place.modeOfCopy = checked.modeOfCopy;
             CheckFile(target, place);
             return place;
         } catch (const Failure& failure) {
@@ -221,7 +221,7 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
         checked.places.push_back(target.path.empty() ? CheckedPlace() : checker.Check(target));
     }
     for (const ListedEdit& edit : list.edits) {
-        if (!templateNames.empty() || !edit.IsFor(product.Role()) || !edit.IsInForce()) continue;
+        if (!templateNames.empty() || !edit.IsInForceFor(product.Role())) continue;
         for (std::string& placeholder : Text::PlaceholdersOfValue(edit.value + edit.text))
             checked.templates.used.insert(std::move(placeholder));
     }

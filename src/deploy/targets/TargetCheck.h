@@ -22,13 +22,17 @@ struct SeenTemplates {
     std::uintmax_t size = 0;     ///< of all templates together
 };
 
-/// What was seen of one target.
-struct CheckedPlace {
-    std::string path;                      ///< of its real file, links followed
-    bool hasWorkingCopy = false;           ///< its template has one
-    std::optional<mode_t> templateMode{};  ///< of the working copy, if it is no link
-    std::optional<struct stat> status{};   ///< of the file; none: there is no such file
-    bool hasCompanion = false;             ///< a reserve, or a mark that there was nothing
+/// What was seen of one target that a plan needs until it is written.
+struct TargetPlace {
+    std::string path;                    ///< of its real file, links followed
+    bool hasWorkingCopy = false;         ///< its template has one
+    std::optional<mode_t> modeOfCopy{};  ///< of the working copy, if it is no link
+    bool hasCompanion = false;           ///< a reserve, or a mark that there was nothing
+};
+
+/// All that was seen of one target.
+struct CheckedPlace : TargetPlace {
+    std::optional<struct stat> status{};  ///< of the file; none: there is no such file
 };
 
 /// What a commit is about, and everything that would keep it from succeeding.

@@ -10,7 +10,6 @@
 #include "deploy/targets/NewOwner.h"
 #include "deploy/targets/Render.h"
 #include "deploy/targets/TemplateFiles.h"
-#include "zet/ZETFiles.h"
 
 namespace ZET::Deploy {
 
@@ -24,9 +23,7 @@ TargetRendering::TargetRendering(Deployment& product, FileInPlace place, const P
 void TargetRendering::KeepOriginal() {
     if (!m_planned.isOriginalLost) m_replacement.MakeReserve();
     RemedyErrors(kRemedyOfRendering, [&] {
-        const std::string& name = m_planned.target.templateName;
-        if (!m_planned.hasWorkingCopy && !IsFileExist(WorkingCopy(m_product, name)))
-            m_product.Config().InstallConfigFileTemplate(name);
+        if (!m_planned.hasWorkingCopy) InstallMissingCopy(m_product, m_planned.target.templateName);
     });
 }
 

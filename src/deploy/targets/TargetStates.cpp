@@ -4,25 +4,16 @@
 #include <set>
 #include <utility>
 
-#include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
-#include "deploy/host/FileVersion.h"
-#include "deploy/host/Remedy.h"
-#include "deploy/host/StagedOwner.h"
 #include "deploy/host/Staging.h"
 #include "deploy/host/Words.h"
 #include "deploy/lists/Targets.h"
 #include "deploy/state/KnownFiles.h"
-#include "deploy/targets/EditMerge.h"
-#include "deploy/targets/FileOrigin.h"
 #include "deploy/targets/ListedEditDiffs.h"
 #include "deploy/targets/ListedEditStates.h"
-#include "deploy/targets/Render.h"
-#include "deploy/targets/ShownDiff.h"
+#include "deploy/targets/StateTeller.h"
 #include "deploy/targets/TakeBack.h"
-#include "deploy/targets/TemplateFileCheck.h"
-#include "deploy/targets/TemplateFiles.h"
 #include "deploy/targets/TemplateStates.h"
 #include "deploy/targets/UnmarkedEdits.h"
 #include "deploy/targets/WrittenFiles.h"
@@ -33,166 +24,6 @@ namespace ZET::Deploy {
 namespace {
 
 constexpr char kInPlace[] = "in place";
-
-/// Throws a `Failure` if this user cannot read the template: what a commit would make of it is unknown then.
-void RequireReadableTemplate(Host& host, const std::string& templateName) {
-    const std::string file = RemedyErrors("", [&] { return TemplateFile(host, templateName); });
-    if (!file.empty() && host.HostPaths().StaysInside(file)) RequireReadableFile(file);
-}
-
-/// Throws a `Failure` if some values cannot be read: what a commit would make of any template is unknown
-/// then.
-void RequireReadValues(Host& host) {
-    const HostValues::Unread& unread = host.Values().UnreadSources();
-    for (const auto* sources : {&unread.params, &unread.texts})
-        if (!sources->empty()) throw Failure(sources->front());
-}
-
-/// Renders the targets as a commit would, and compares.
-class StateTeller {
-  public:
-    StateTeller(Deployment& product, const KnownFiles& known)
-        : m_product(product),
-          m_known(known),
-          m_isUntold(known.IsUnusable() && IsFileExist(product.State().Status(product.Role()))) {}
-
-    TargetState Tell(const Target& target) {
-        TargetState result;
-        result.templateName = target.templateName;
-        result.path = m_product.HostPaths().FromInside(target.path);
-        result.state = kUnknown;
-        result.file = target.path;
-        TellTrouble(result, [&] {
-            result.path = m_product.HostPaths().WithRealDirectory(m_product.FilePath(target.path));
-            m_staged.reset();
-            m_reason.clear();
-            result.state = StateOfFile(target.templateName, result.path);
-            result.reason = m_reason;
-            result.isMerged = HoldsMerge(result.path);
-            if (result.state == kPending || result.state == kEdited) Compare(target, result);
-        });
-        m_told++;
-        return result;
-    }
-
-    /// Adds the diffs to the targets, which must be in the order of the calls of `Tell`.
-    void AddDiffs(std::vector<TargetState>& targets) const {
-        const DiffSet diffs(m_compared);
-        for (std::size_t pair = 0; pair < m_compared.size(); ++pair) {
-            TargetState& target = targets[m_places[pair]];
-            TellTrouble(target, [&] { target.diff = DiffToShow(m_product, diffs, pair, target.path); });
-        }
-    }
-
-  private:
-    template <typename Call>
-    static void TellTrouble(TargetState& result, Call call) {
-        try {
-            call();
-        } catch (const Failure& failure) {
-            result.trouble = failure.what();
-        } catch (const EZETError& error) {
-            result.trouble = FailureOf(error).what();
-        }
-    }
-
-    /// If the template cannot be rendered, the target is not as committed: a commit would have to report
-    /// that.
-    std::string StateOfFile(const std::string& templateName, const std::string& path) {
-        if (!m_isUntold && !m_known.Has(path, m_product.Role())) return kNotCommitted;
-        const SeenFile there(path);
-        if (!there.State().exists) return m_known.IsUnusable() ? kDiffers : kMissing;
-        const bool canBeRendered =
-            CheckTemplateFile(m_product, templateName, m_product.TemplateValues()).empty();
-        // The check may object only because this user cannot read the template.
-        if (!canBeRendered) RequireReadableTemplate(m_product, templateName);
-        if (canBeRendered && IsRendered(templateName, there)) return kInSync;
-        RequireReadValues(m_product);
-        // The reason is shown in place of a diff.
-        if (!canBeRendered && m_product.Wanted().wantsDiffs) m_reason = "template refused";
-        if (canBeRendered && IsMadeUnderOtherRoot(templateName, path)) m_reason = "made under another root";
-        if (m_known.IsUnusable()) return kDiffers;
-        return m_known.IsAsLeft(there) ? kPending : kEdited;
-    }
-
-    bool HasStagedMode(const std::string& path) const {
-        return StateOf(path).mode == (S_IFREG | m_staged->Mode());
-    }
-
-    bool IsAsStaged(const std::string& path) const { return HasStagedMode(path) && m_staged->IsIn(path); }
-
-    /// Whether the file is as it would be, but for the path of its template in the notice.
-    bool IsMadeUnderOtherRoot(const std::string& templateName, const std::string& path) const {
-        const std::string own = WorkingCopy(m_product, templateName);
-        const std::string former = TemplateNamedIn(m_product.Core(), path);
-        if (former == own || !former.ends_with(m_product.HostPaths().NameInside(own))) return false;
-        std::string text = ReadFileBytes(path);
-        const std::size_t place = text.find(former);
-        return place != std::string::npos && HasStagedMode(path) &&
-               text.replace(place, former.size(), own) == m_staged->Text();
-    }
-
-    /// If the template makes the same text by now, it is nobody's edit any more.
-    bool HoldsMerge(const std::string& path) const {
-        const KnownFile* const known = m_known.Find(path);
-        if (known == nullptr || !known->HoldsMerge() || !StateOf(path).exists) return false;
-        return m_staged == nullptr || !IsAsStaged(path);
-    }
-
-    /// Compares the file with what a commit would write, which nobody knows for a template that it would
-    /// refuse.
-    void Compare(const Target& target, TargetState& result) {
-        if (m_staged == nullptr || !m_product.Wanted().wantsDiffs) return;
-        PlannedTarget planned;
-        planned.target = target;
-        planned.path = result.path;
-        planned.staged = m_staged;
-        planned.version = VersionOf(result.path);
-        planned.before = StateOf(result.path);
-        if (!planned.before.IsRegular()) {
-            result.reason = "no regular file";
-            return;
-        }
-        planned.after = GiveOwnerInPlace(result.path, *m_staged, planned.before);
-        planned.change = FileOutcome::Result::Changed;
-        if (result.state == kEdited) planned.foundAs = FoundAs::Edited;
-        const EditMerge merge(m_product, m_staging, m_known);
-        merge.KeepMerged(planned);
-        // If the merge conflicts, the commit would be refused, and what the template makes is shown.
-        if (ConfiguredOnEdit(m_product) == OnEdit::Merge && planned.IsOthersWork()) merge.Merge(planned);
-        result.before = planned.before;
-        result.after = planned.after;
-        m_compared.push_back({result.path, planned.staged->File()});
-        m_places.push_back(m_told);
-    }
-
-    /// Renders for the role whose command the notice names.
-    bool IsRendered(const std::string& templateName, const SeenFile& there) {
-        const std::string& path = there.Path();
-        const KnownFile* const known = m_known.Find(path);
-        const Role own = m_product.Role();
-        const bool isMerge = known != nullptr && known->HoldsMerge();
-        const ComparedRendering rendering =
-            RenderUnlessThere(m_product, {m_staging, templateName, RoleToName(known, own), isMerge}, there);
-        m_staged = rendering.staged;
-        if (m_staged == nullptr) return true;
-        if (!rendering.isOther && IsAsStaged(path)) return true;
-        if (known != nullptr && IsMergedWith(m_product, *known, m_staged->Text()))
-            return m_known.IsAsLeft(path) && HasStagedMode(path);
-        if (!m_known.IsUnusable()) return false;
-        return HaveSameModeAndBytes(RenderQuietly(m_product, m_staging, templateName, OtherRole(own)), path);
-    }
-
-    Deployment& m_product;
-    const KnownFiles& m_known;
-    const bool m_isUntold;  ///< which targets the role has committed
-    const Staging m_staging;
-    std::shared_ptr<const StagedText> m_staged;  ///< the last rendering; null: it is what is there
-    std::string m_reason;                        ///< the reason for the last state
-    std::size_t m_told = 0;                      ///< how often `Tell` was called
-    std::vector<FilePair> m_compared;            ///< the files that get a diff
-    std::vector<std::size_t> m_places;           ///< the indices of their targets
-};
 
 bool HasBlocks(const std::string& path) {
     Text::RegionScan scan(nullptr);
@@ -245,16 +76,11 @@ TargetStates LookAtAll(Deployment& product, const std::vector<Target>& targets,
     TargetStates result;
     const KnownFiles known(product, KnownFiles::Unusable::IsTold);
     result.isHistoryRead = !known.IsUnusable();
-    StateTeller teller(product, known);
-    std::set<std::string> listed;
-    for (const Target& target : targets) {
-        product.RequireGoOn();
-        product.Out().Progress(result.targets.size(), targets.size());
-        result.targets.push_back(teller.Tell(target));
-        listed.insert(result.targets.back().path);
-    }
-    teller.AddDiffs(result.targets);
+    result.targets = TellStates(product, known, targets);
     problems = AddListedEdits(product, known, result);
+    std::set<std::string> listed;
+    for (const TargetState& target : result.targets)
+        listed.insert(target.path);
     for (const ListedEditState& edit : result.listedEdits)
         listed.insert(edit.path);
     for (const std::string& path : known.PathsOf(product.Role())) {

@@ -16,7 +16,6 @@
 #include "deploy/targets/PlannedTarget.h"
 #include "deploy/targets/TargetRendering.h"
 #include "deploy/targets/TemplateFiles.h"
-#include "zet/ZETFiles.h"
 #include "zet/ZETHost.h"
 
 namespace ZET::Deploy {
@@ -81,10 +80,9 @@ class TargetWriting {
             TellWhereKept(m_product, *m_record.Number(), planned.target.path, planned.version);
         if (rendering != nullptr) {
             rendering->Write();
-        } else if (!planned.hasWorkingCopy &&
-                   !IsFileExist(WorkingCopy(m_product, planned.target.templateName))) {
+        } else if (!planned.hasWorkingCopy) {
             // The notice in the file asks its reader to edit the working copy.
-            m_product.Config().InstallConfigFileTemplate(planned.target.templateName);
+            InstallMissingCopy(m_product, planned.target.templateName);
         }
         if (!planned.IsChange() && VersionOf(planned.path) != planned.version) {
             throw Failure({.file = planned.path,

@@ -91,7 +91,7 @@ CheckedTemplate CheckTemplate(Deployment& product, const std::string& templateNa
         if (std::optional<Problem> problem = CheckSource(product, file, copy, foundCopy))
             return {.problems = {std::move(*problem)}};
         checked.isWorkingCopy = copy == file;
-        checked.mode = modeOfCopy;
+        checked.modeOfCopy = modeOfCopy;
         const auto read = [&](const auto& take) {
             ReadChunks(file, [&](std::string_view lines) {
                 checked.size += lines.size();
@@ -106,10 +106,13 @@ CheckedTemplate CheckTemplate(Deployment& product, const std::string& templateNa
     return checked;
 }
 
-std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& templateName,
-                                       const StringMap& values) {
-    Text::ValuesToCheck toCheck(values);
-    return CheckTemplate(product, templateName, toCheck).problems;
+std::vector<Problem> CheckTemplateFile(Deployment& product, const std::string& templateName) {
+    Text::ValuesToCheck values(product.TemplateValues());
+    return CheckTemplate(product, templateName, values).problems;
+}
+
+bool CanBeRendered(Deployment& product, const std::string& templateName) {
+    return CheckTemplateFile(product, templateName).empty();
 }
 
 }  // namespace ZET::Deploy

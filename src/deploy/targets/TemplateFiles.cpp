@@ -95,4 +95,9 @@ void RequireInside(Host& host, const TemplateFiles& files) {
     }
 }
 
+void InstallMissingCopy(HostProduct& product, const std::string& templateName) {
+    if (!IsFileExist(WorkingCopy(product, templateName)))
+        product.Config().InstallConfigFileTemplate(templateName);
+}
+
 }  // namespace ZET::Deploy

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "deploy/host/Failure.h"
-#include "deploy/state/Host.h"
+#include "deploy/state/HostProduct.h"
 
 /// A template on the host: the shipped text, and the working copy of it.
 namespace ZET::Deploy {
@@ -52,6 +52,9 @@ std::vector<std::string> AllToWrite(Host& host, const std::vector<FilesToWrite>&
 
 /// Throws a `Failure` if one of the files is a link that leads out of the root directory.
 void RequireInside(Host& host, const TemplateFiles& files);
+
+/// Has the module install the working copy, if it is missing.
+void InstallMissingCopy(HostProduct& product, const std::string& templateName);
 
 }  // namespace ZET::Deploy
 

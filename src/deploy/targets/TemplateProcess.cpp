@@ -53,13 +53,6 @@ void RequireFreeTarget(Deployment& product, const std::string& templateName, con
         throw Failure({.file = path, .text = Words("is %s", use), .remedy = _("name another file")});
 }
 
-/// Must come before rendering into another user's file: with that user's rights, the module cannot install a
-/// missing working copy.
-void InstallForHolder(Deployment& product, const std::string& templateName, const FileInPlace& place) {
-    if (place.Holder() && !IsFileExist(WorkingCopy(product, templateName)))
-        product.Config().InstallConfigFileTemplate(templateName);
-}
-
 }  // namespace
 
 std::vector<Problem> CheckRendering(Deployment& product, const Rendering& rendering) {
@@ -214,7 +207,8 @@ FileOutcome TemplateProcess::RunInPlace() {
     Recording recording(m_product, Recording::Use::OfTheProduct, m_writing->Records());
     Expect(recording, place);
     recording.Announce();
-    InstallForHolder(m_product, name, place);
+    // With the rights of the user who holds the file, the module could not do this while it renders.
+    if (place.Holder()) InstallMissingCopy(m_product, name);
     Replacement replacement(m_product, place, VersionOf(m_path));
     if (const std::optional<FileOwner> owner = OwnerToGive()) replacement.GiveNewFileTo(*owner);
     const auto judge = [&](const std::string& made) {

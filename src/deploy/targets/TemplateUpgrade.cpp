@@ -50,7 +50,7 @@ std::vector<TemplateFiles> Installed(Host& host, const std::vector<std::string>&
 }  // namespace
 
 TemplateUpgrade::TemplateUpgrade(Deployment& product, const std::vector<std::string>& names)
-    : m_product(product), m_staging(product.Wanted().dryRun ? "" : product.Param("ZET_VAR_LIB_DIR")) {
+    : m_product(product), m_staging(product.StagingPlace()) {
     std::vector<FilesToWrite> toWrite;
     for (TemplateFiles& files : Installed(product, names)) {
         Copy copy;

@@ -1,7 +1,5 @@
 #include "deploy/targets/UnkeptText.h"
 
-#include <cstdint>
-
 #include "deploy/host/Companions.h"
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
@@ -16,10 +14,6 @@
 namespace ZET::Deploy {
 
 namespace {
-
-bool IsKeptByHistory(Host& host, const std::string& path) {
-    return host.HostHistory().Limits().KeepEdit(static_cast<std::uint64_t>(VersionOf(path).size));
-}
 
 /// Whether the file is its reserve, except for the blocks that the product put into it.
 bool IsMadeOfReserve(const std::string& path, const std::string& reserve) {
@@ -38,7 +32,8 @@ bool HoldsOthersWork(Deployment& product, const std::string& path) {
 }
 
 void RequireKeptText(Deployment& product, const std::string& path, bool isRecorded) {
-    if ((isRecorded && IsKeptByHistory(product, path)) || !HoldsOthersWork(product, path)) return;
+    const bool isKept = isRecorded && product.HostHistory().KeepsEditOf(VersionOf(path));
+    if (isKept || !HoldsOthersWork(product, path)) return;
     throw Failure({.file = path,
                    .text = _("holds changes that are kept nowhere"),
                    .remedy = _("--force replaces it all the same")});

@@ -67,7 +67,7 @@ WrittenFile WrittenTarget(const Host& host, const Target& target) {
 
 static std::optional<WrittenFile> WrittenByList(Deployment& product, const std::string& path) {
     try {
-        const Target* const target = product.Lists().TargetNamed(product.Lists().NameOf(path));
+        const Target* const target = product.Lists().TargetOf(path);
         if (target == nullptr || !target->IsFor(product.Role())) return std::nullopt;
         WrittenFile file = WrittenTarget(product, *target);
         return file.path == path ? std::optional(file) : std::nullopt;

@@ -176,7 +176,7 @@ class WayBack {
 
     void AddRestarts(const FileToPutBack& file) {
         try {
-            const Target* const target = m_product.Lists().TargetNamed(m_product.Lists().NameOf(file.Path()));
+            const Target* const target = m_product.Lists().TargetOf(file.Path());
             if (target == nullptr) return;
             for (const Role role : file.Change().roles)
                 m_restarts.Add(*target, role);

@@ -1,14 +1,10 @@
-#ifndef ZET_LISTED_EDITS_H
-#define ZET_LISTED_EDITS_H
+#ifndef ZET_LINES_PLAN_H
+#define ZET_LINES_PLAN_H
 
-#include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "deploy/state/Recording.h"
-#include "deploy/targets/ClaimedFiles.h"
-#include "deploy/targets/LinesInPlace.h"
 #include "deploy/targets/ListedLines.h"
 #include "zet/deploy/FileOutcome.h"
 #include "zet/deploy/OnEdit.h"
@@ -16,7 +12,7 @@
 namespace ZET::Deploy {
 
 /// What a commit does to a file in which the lists ask for lines.
-struct PlannedEdits {
+struct PlannedLines {
     FileWithLines file;
     std::string staged;                ///< the file as it would be; empty: it stays as it is
     bool isOriginalLost = false;       ///< what is there is the product's own work, which gets no reserve
@@ -33,52 +29,44 @@ struct PlannedEdits {
 };
 
 /// The edits of the lists that are in force for the host's role, and those that are not any more.
-class ListedEdits {
+class LinesPlan {
   public:
     /// Looks at every file, and makes in `staging` what would become of it. A merge leaves a line that
     /// somebody changed if the lists ask for the same line as before.
-    ListedEdits(Deployment& product, const KnownFiles& known, const Staging& staging,
-                OnEdit onEdit = OnEdit::Overwrite);
+    LinesPlan(Deployment& product, const KnownFiles& known, const Staging& staging,
+              OnEdit onEdit = OnEdit::Overwrite);
 
     const std::vector<Problem>& Problems() const { return m_problems; }
-    const std::vector<PlannedEdits>& Files() const { return m_files; }
+    const std::vector<PlannedLines>& Files() const { return m_files; }
 
     /// Files in which the product has nothing but lines that are not in force any more.
     const std::vector<std::string>& Emptied() const { return m_emptied; }
 
-    ExpectedFile Expected(const PlannedEdits& planned) const;
+    ExpectedFile Expected(const PlannedLines& planned) const;
 
     /// Whether it is on record that the role has set the lines.
-    bool IsKnown(const PlannedEdits& planned) const;
+    bool IsKnown(const PlannedLines& planned) const;
 
     /// For a file that holds the lines already.
-    ExpectedFile ExpectedUnchanged(const PlannedEdits& planned) const;
-    FileOutcome OutcomeOf(const PlannedEdits& planned) const;
+    ExpectedFile ExpectedUnchanged(const PlannedLines& planned) const;
+    FileOutcome OutcomeOf(const PlannedLines& planned) const;
 
     /// Throws a `Failure` if the file was written since the plan was made, or if it comes out differently.
-    void Write(const PlannedEdits& planned) const;
+    void Write(const PlannedLines& planned) const;
 
   private:
     void Plan(FileWithLines file, const Staging& staging);
-    void JudgeEdited(PlannedEdits& planned) const;
-    void JudgeEditedTarget(PlannedEdits& planned) const;
-    bool Judge(const FileWithLines& file);
-    void JudgePlaceOf(const FileWithLines& file);
-    void JudgeLines(const FileWithLines& file);
-    void JudgePlace(const FileWithLines& file, const LineToSet& line, const LineInPlace& place,
-                    const LineToSet* owner);
+    void JudgeEdited(PlannedLines& planned) const;
+    void JudgeEditedTarget(PlannedLines& planned) const;
     std::string WithoutFormerLines(const FileWithLines& file);
     void Set(const std::string& name, const FileWithLines& file) const;
     std::vector<RememberedLine> ToRemember(const FileWithLines& file) const;
-    void Add(const LineToSet& line, const std::string& text, const std::string& remedy);
 
     Deployment& m_product;
     const KnownFiles& m_known;
     const OnEdit m_onEdit;
-    const std::set<std::string> m_cutShort;
-    std::optional<ClaimedFiles> m_claimed;  ///< made for the first file
     std::vector<Problem> m_problems;
-    std::vector<PlannedEdits> m_files;
+    std::vector<PlannedLines> m_files;
     std::vector<std::string> m_emptied;
 };
 

@@ -1,6 +1,4 @@
-#include "deploy/targets/ListedEdits.h"
-
-#include <unistd.h>
+#include "deploy/targets/LinesPlan.h"
 
 #include <algorithm>
 #include <set>
@@ -13,7 +11,6 @@
 #include "deploy/host/Remedy.h"
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/Words.h"
-#include "deploy/state/CutShort.h"
 #include "deploy/state/Language.h"
 #include "deploy/state/LostOriginal.h"
 #include "deploy/state/Overrides.h"
@@ -22,15 +19,11 @@
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/FormerTarget.h"
 #include "deploy/targets/ListedEditStates.h"
-#include "deploy/targets/PlaceCheck.h"
+#include "deploy/targets/ListedLinesCheck.h"
 #include "deploy/targets/ShownDiff.h"
-#include "posix/PathNames.h"
-#include "text/FirstLine.h"
 #include "text/LineEnds.h"
 #include "text/ManagedText.h"
 #include "text/WithoutBlocks.h"
-#include "text/repair/TextToEdit.h"
-#include "zet/ZETFormat.h"
 
 namespace ZET::Deploy {
 
@@ -53,104 +46,24 @@ int NumberOf(const LineToSet& line, const std::vector<LineInPlace>& places, IZET
 
 }  // namespace
 
-ListedEdits::ListedEdits(Deployment& product, const KnownFiles& known, const Staging& staging, OnEdit onEdit)
-    : m_product(product), m_known(known), m_onEdit(onEdit), m_cutShort(FilesOfCutShort(product)) {
+LinesPlan::LinesPlan(Deployment& product, const KnownFiles& known, const Staging& staging, OnEdit onEdit)
+    : m_product(product), m_known(known), m_onEdit(onEdit) {
+    ListedLinesCheck check(product, m_problems);
     ListedLines found = FindListedLines(product, known, staging);
     m_problems = std::move(found.problems);
     for (FileWithLines& file : found.files) {
         product.RequireGoOn();
         try {
-            if (file.isThere && Judge(file)) Plan(std::move(file), staging);
+            if (file.isThere && check.IsSound(file)) Plan(std::move(file), staging);
         } catch (const Failure& failure) {
             m_problems.push_back(ProblemOf(file.path, failure));
         }
     }
 }
 
-/// Whether the file can be edited; adds the problems if it cannot.
-bool ListedEdits::Judge(const FileWithLines& file) {
-    const std::size_t before = m_problems.size();
-    if (const auto damage = Text::FindDamage(file.text))
-        m_problems.push_back(Text::ProblemOf(file.path, *damage, m_product.Wanted().program, file.path));
-    const Text::FirstLine first = Text::FirstLineOf(file.text);
-    if (!file.lines.empty() && (Text::MustComeFirst(first.text) || Text::IsUtf16(first.text)) &&
-        first.text.find(ZETNoticeMarker) == std::string_view::npos)
-        m_problems.push_back({.file = file.path,
-                              .line = static_cast<int>(first.number),
-                              .text = _("the programs that read the file need this line as its first, and a "
-                                        "notice would come before it"),
-                              .remedy = _("take its edits from the lists")});
-    JudgePlaceOf(file);
-    JudgeLines(file);
-    return m_problems.size() == before;
-}
-
-/// Checks the file and its directory, as those of a target are checked.
-void ListedEdits::JudgePlaceOf(const FileWithLines& file) {
-    const std::string& path = file.path;
-    std::vector<Problem> problems = CheckDirectory(DirectoryOf(path), path, _("the edit in the list"));
-    Append(problems, CheckFileToWrite(path, ZET_TEXT("the edit"), m_cutShort.contains(path)).problems);
-    if (!m_claimed) {
-        m_claimed.emplace(m_product);
-        m_claimed->AddListed(m_product.Lists().Targets().targets);
-    }
-    const std::string use = m_claimed->UseBesideTargets(path);
-    if (!use.empty())
-        problems.push_back(
-            {.file = path, .text = Words("is %s", use), .remedy = _("give the edit another file")});
-    std::set<std::string> names;
-    for (const LineToSet& line : file.lines)
-        names.insert(line.edit.path);
-    if (geteuid() == 0 && problems.empty()) problems = ObjectionsTo(m_product.HostPaths(), names, path);
-    if (m_product.Wanted().onlyLooks) WarnOfRights(m_product.Out(), problems);
-    Append(m_problems, std::move(problems));
-}
-
-/// Each line of the file must belong to one edit at most, and each edit must find its own line again.
-void ListedEdits::JudgeLines(const FileWithLines& file) {
-    const auto selects = [&](const LineToSet& line, const std::string& text) {
-        return Selects(m_product.Core(), line.pattern, text);
-    };
-    const Text::ManagedText managed(file.text);
-    const std::vector<LineInPlace> places = LinesIn(managed);
-    std::vector<const LineToSet*> owners(places.size());
-    // Pattern by pattern, so that each is compiled once.
-    for (const LineToSet& line : file.lines) {
-        if (!selects(line, line.line))
-            Add(line, _("the line that it sets is not one that it selects"), _("give it another pattern"));
-        for (const LineToSet& other : file.lines)
-            if (&other != &line && selects(line, other.line))
-                Add(line,
-                    Words("selects the line that the edit of line %s sets", std::to_string(other.edit.line)),
-                    _("give each line to one edit"));
-        for (std::size_t i = 0; i < places.size(); ++i) {
-            if (!selects(line, places[i].text)) continue;
-            JudgePlace(file, line, places[i], owners[i]);
-            owners[i] = &line;
-        }
-    }
-}
-
-void ListedEdits::JudgePlace(const FileWithLines& file, const LineToSet& line, const LineInPlace& place,
-                             const LineToSet* owner) {
-    const std::string where = file.path + ":" + std::to_string(place.number);
-    if (owner != nullptr)
-        return Add(line,
-                   Words("selects %s, as the edit of line %s does", where, std::to_string(owner->edit.line)),
-                   _("give each line to one edit"));
-    const bool mayBeLists = file.isForgotten || file.Remembers(SelectorOf(line.edit));
-    if (place.isInBlock && place.text != line.line && !mayBeLists)
-        Add(line, Words("%s stands in a managed block of something else", where),
-            _("restore that, or leave the line to it"));
-}
-
-void ListedEdits::Add(const LineToSet& line, const std::string& text, const std::string& remedy) {
-    m_problems.push_back({.file = line.edit.file, .line = line.edit.line, .text = text, .remedy = remedy});
-}
-
-void ListedEdits::Plan(FileWithLines file, const Staging& staging) {
+void LinesPlan::Plan(FileWithLines file, const Staging& staging) {
     const std::string rest = WithoutFormerLines(file);
-    PlannedEdits planned{.file = std::move(file), .staged = ""};
+    PlannedLines planned{.file = std::move(file), .staged = ""};
     FileWithLines& found = planned.file;
     planned.isTakenBack = rest != found.text;
     if (found.lines.empty() && planned.isTakenBack && !HasBlocks(rest)) {
@@ -174,7 +87,7 @@ void ListedEdits::Plan(FileWithLines file, const Staging& staging) {
 }
 
 /// A merge knows three texts of a line: what the last commit set, what it is now, and what the lists ask for.
-void ListedEdits::JudgeEdited(PlannedEdits& planned) const {
+void LinesPlan::JudgeEdited(PlannedLines& planned) const {
     FileWithLines& file = planned.file;
     const std::vector<LineInPlace> places = LinesIn(Text::ManagedText(file.text));
     for (LineToSet& line : file.lines) {
@@ -195,7 +108,7 @@ void ListedEdits::JudgeEdited(PlannedEdits& planned) const {
 }
 
 /// The text of a former target gives way to the original's.
-void ListedEdits::JudgeEditedTarget(PlannedEdits& planned) const {
+void LinesPlan::JudgeEditedTarget(PlannedLines& planned) const {
     const FileWithLines& file = planned.file;
     planned.isEdited = IsFormerTargetEdited(m_known, file);
     planned.dropsMerge = planned.isEdited && m_known.IsAsLeft(file.path);
@@ -207,7 +120,7 @@ void ListedEdits::JudgeEditedTarget(PlannedEdits& planned) const {
              .remedy = _("take the edit out; --on-edit=overwrite replaces it, and the history keeps it")});
 }
 
-std::string PlannedEdits::DescribeOthersWork() const {
+std::string PlannedLines::DescribeOthersWork() const {
     if (!file.original) return _("a line that the last commit set was changed since");
     return dropsMerge ? _("holds edits that an earlier commit merged")
                       : _("was edited since the last commit");
@@ -215,7 +128,7 @@ std::string PlannedEdits::DescribeOthersWork() const {
 
 /// The text without this role's lines that no list has in force. A line that somebody changed stays, with a
 /// warning.
-std::string ListedEdits::WithoutFormerLines(const FileWithLines& file) {
+std::string LinesPlan::WithoutFormerLines(const FileWithLines& file) {
     std::set<std::string> former;
     for (const RememberedLine& line : FormerLinesOf(file, m_product.Role()))
         former.insert(line.line);
@@ -230,7 +143,7 @@ std::string ListedEdits::WithoutFormerLines(const FileWithLines& file) {
                                  [&](std::string_view line) { return former.contains(std::string(line)); });
 }
 
-void ListedEdits::Set(const std::string& name, const FileWithLines& file) const {
+void LinesPlan::Set(const std::string& name, const FileWithLines& file) const {
     const auto opened = m_product.Config().OpenConfigFile(name, NameOf(m_product.Role()), false);
     if (!opened)
         throw Failure(
@@ -243,7 +156,7 @@ void ListedEdits::Set(const std::string& name, const FileWithLines& file) const 
     RemedyErrors(kRemedyOfRendering, [&] { opened->Save(true); });
 }
 
-std::vector<RememberedLine> ListedEdits::ToRemember(const FileWithLines& file) const {
+std::vector<RememberedLine> LinesPlan::ToRemember(const FileWithLines& file) const {
     std::vector<RememberedLine> lines;
     for (const RememberedLine& line : file.remembered)
         if (line.role != m_product.Role()) lines.push_back(line);
@@ -252,7 +165,7 @@ std::vector<RememberedLine> ListedEdits::ToRemember(const FileWithLines& file) c
     return lines;
 }
 
-ExpectedFile ListedEdits::Expected(const PlannedEdits& planned) const {
+ExpectedFile LinesPlan::Expected(const PlannedLines& planned) const {
     ExpectedFile file;
     file.path = planned.file.path;
     file.kind = FileKind::Edit;
@@ -270,7 +183,7 @@ ExpectedFile ListedEdits::Expected(const PlannedEdits& planned) const {
     return file;
 }
 
-bool ListedEdits::IsKnown(const PlannedEdits& planned) const {
+bool LinesPlan::IsKnown(const PlannedLines& planned) const {
     const KnownFile* const known = m_known.Find(planned.file.path);
     if (known == nullptr || known->kind != FileKind::Edit) return false;
     const std::vector<RememberedLine>& remembered = planned.file.remembered;
@@ -280,7 +193,7 @@ bool ListedEdits::IsKnown(const PlannedEdits& planned) const {
     });
 }
 
-ExpectedFile ListedEdits::ExpectedUnchanged(const PlannedEdits& planned) const {
+ExpectedFile LinesPlan::ExpectedUnchanged(const PlannedLines& planned) const {
     ExpectedFile file;
     file.path = planned.file.path;
     file.kind = FileKind::Edit;
@@ -293,7 +206,7 @@ ExpectedFile ListedEdits::ExpectedUnchanged(const PlannedEdits& planned) const {
     return file;
 }
 
-FileOutcome ListedEdits::OutcomeOf(const PlannedEdits& planned) const {
+FileOutcome LinesPlan::OutcomeOf(const PlannedLines& planned) const {
     const FileWithLines& file = planned.file;
     FileOutcome outcome;
     outcome.file = file.named.empty() ? m_product.HostPaths().NameInside(file.path) : file.named;
@@ -309,7 +222,7 @@ FileOutcome ListedEdits::OutcomeOf(const PlannedEdits& planned) const {
     return outcome;
 }
 
-void ListedEdits::Write(const PlannedEdits& planned) const {
+void LinesPlan::Write(const PlannedLines& planned) const {
     const FileWithLines& file = planned.file;
     const Paths& paths = m_product.HostPaths();
     const FileInPlace place(file.named.empty() ? paths.FindReal(file.path) : paths.Find(file.named),
@@ -334,7 +247,7 @@ std::vector<Problem> ProblemsOfEdits(Deployment& product) {
     if (!product.Lists().IsUsable() || product.Lists().Targets().edits.empty()) return {};
     const Staging staging;
     const KnownFiles known(product, KnownFiles::Unusable::IsTold);
-    return ListedEdits(product, known, staging).Problems();
+    return LinesPlan(product, known, staging).Problems();
 }
 
 }  // namespace ZET::Deploy
