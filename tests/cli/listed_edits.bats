@@ -324,6 +324,41 @@ optional = true'
     assert_absent out/plain.before_zet
 }
 
+@test "a pattern that does not reach over a carriage return is a problem" {
+    printf 'a 1\r\nb\r\n' >out/plain
+    printf 'b\na 1\r\n' >out/mixed
+    local mixed edit=$'[[edits]]\nfile = "FILE"\npattern = \'^a \d$\'\nline = "a 2"'
+    mixed=${edit/FILE/FILE.mixed}
+    edits "$edit
+${mixed/FILE.mixed/$HOST/out/mixed}"
+    local list=$HOST/etc/targets.d/10.toml remedy='(write "\r?$" in place of "$")'
+    run_zet check-config
+    assert_status 1
+    [[ $output == *"$list:1: selects the line that it sets only without the carriage return that this gets $remedy"* ]]
+    [[ $output == *"$list:5: selects $HOST/out/mixed:2 only without the carriage return at its end $remedy"* ]]
+    edits "${edit/d\$/d\\r?$}"
+    zet -q commit-config
+    run_zet status
+    assert_status 0
+    local committed
+    committed=$(<out/plain)
+    run_zet commit-config
+    assert_success "2 unchanged"
+    assert_equal "$(<out/plain)" "$committed"
+    assert_equal "$(grep -c $'^a 2\r$' out/plain)" 1
+}
+
+@test "a line that ends with a carriage return is the list's own, whoever set it" {
+    printf 'a=1\r\n' >out/plain
+    zet -q param set out/plain a 2
+    edits '[[edits]]
+file = "FILE"
+param = "a"
+value = "2"'
+    run_zet commit-config
+    assert_status 0
+}
+
 @test "a line in a block of something else is a problem" {
     printf 'a=1\n' >out/plain
     zet param set out/plain a 5

@@ -83,6 +83,23 @@ std::optional<std::string> FirstSelected(IZETCore& core, const std::string& patt
     return std::nullopt;
 }
 
+bool SelectsWithoutReturn(IZETCore& core, const std::string& pattern, const std::string& line) {
+    return line.ends_with('\r') && !Selects(core, pattern, line) &&
+           Selects(core, pattern, line.substr(0, line.size() - 1));
+}
+
+std::size_t FirstSelectedWithoutReturn(IZETCore& core, const std::string& pattern, std::string_view lines) {
+    if (lines.find('\r') == std::string_view::npos) return 0;
+    std::size_t number = 0;
+    for (const Text::TextLine& line : Text::SplitLines(lines)) {
+        ++number;
+        if (Text::MarkerOf(line.text) == Text::Marker::None &&
+            SelectsWithoutReturn(core, pattern, std::string(line.text)))
+            return number;
+    }
+    return 0;
+}
+
 void RequirePattern(IZETCore& core, const std::string& pattern) {
     if (pattern.empty()) throw UsageError(_("PATTERN is empty (give a regular expression)"));
     try {

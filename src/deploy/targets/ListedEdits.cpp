@@ -21,12 +21,12 @@
 #include "deploy/state/Replacement.h"
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/FormerTarget.h"
+#include "deploy/targets/LineProblems.h"
 #include "deploy/targets/ListedEditStates.h"
 #include "deploy/targets/PlaceCheck.h"
 #include "deploy/targets/ShownDiff.h"
 #include "posix/PathNames.h"
 #include "text/FirstLine.h"
-#include "text/LineEnds.h"
 #include "text/ManagedText.h"
 #include "text/WithoutBlocks.h"
 #include "text/repair/TextToEdit.h"
@@ -81,7 +81,7 @@ bool ListedEdits::Judge(const FileWithLines& file) {
                                         "notice would come before it"),
                               .remedy = _("take its edits from the lists")});
     JudgePlaceOf(file);
-    JudgeLines(file);
+    Append(m_problems, ProblemsOfLines(m_product, file));
     return m_problems.size() == before;
 }
 
@@ -106,48 +106,6 @@ void ListedEdits::JudgePlaceOf(const FileWithLines& file) {
     Append(m_problems, std::move(problems));
 }
 
-/// Each line of the file must belong to one edit at most, and each edit must find its own line again.
-void ListedEdits::JudgeLines(const FileWithLines& file) {
-    const auto selects = [&](const LineToSet& line, const std::string& text) {
-        return Selects(m_product.Core(), line.pattern, text);
-    };
-    const Text::ManagedText managed(file.text);
-    const std::vector<LineInPlace> places = LinesIn(managed);
-    std::vector<const LineToSet*> owners(places.size());
-    // Pattern by pattern, so that each is compiled once.
-    for (const LineToSet& line : file.lines) {
-        if (!selects(line, line.line))
-            Add(line, _("the line that it sets is not one that it selects"), _("give it another pattern"));
-        for (const LineToSet& other : file.lines)
-            if (&other != &line && selects(line, other.line))
-                Add(line,
-                    Words("selects the line that the edit of line %s sets", std::to_string(other.edit.line)),
-                    _("give each line to one edit"));
-        for (std::size_t i = 0; i < places.size(); ++i) {
-            if (!selects(line, places[i].text)) continue;
-            JudgePlace(file, line, places[i], owners[i]);
-            owners[i] = &line;
-        }
-    }
-}
-
-void ListedEdits::JudgePlace(const FileWithLines& file, const LineToSet& line, const LineInPlace& place,
-                             const LineToSet* owner) {
-    const std::string where = file.path + ":" + std::to_string(place.number);
-    if (owner != nullptr)
-        return Add(line,
-                   Words("selects %s, as the edit of line %s does", where, std::to_string(owner->edit.line)),
-                   _("give each line to one edit"));
-    const bool mayBeLists = file.isForgotten || file.Remembers(SelectorOf(line.edit));
-    if (place.isInBlock && place.text != line.line && !mayBeLists)
-        Add(line, Words("%s stands in a managed block of something else", where),
-            _("restore that, or leave the line to it"));
-}
-
-void ListedEdits::Add(const LineToSet& line, const std::string& text, const std::string& remedy) {
-    m_problems.push_back({.file = line.edit.file, .line = line.edit.line, .text = text, .remedy = remedy});
-}
-
 void ListedEdits::Plan(FileWithLines file, const Staging& staging) {
     const std::string rest = WithoutFormerLines(file);
     PlannedEdits planned{.file = std::move(file), .staged = ""};
@@ -157,9 +115,6 @@ void ListedEdits::Plan(FileWithLines file, const Staging& staging) {
         m_emptied.push_back(found.path);
         return;
     }
-    const Text::LineEnds ends = Text::LineEndsOf(found.text);
-    for (LineToSet& line : found.lines)
-        line.line = Text::WithLineEnd(line.line, ends);
     JudgeEdited(planned);
     if (found.original) JudgeEditedTarget(planned);
     const std::string staged = staging.PathOf("edits/" + std::to_string(m_files.size()));

@@ -64,13 +64,9 @@ class ListedEdits {
     void JudgeEditedTarget(PlannedEdits& planned) const;
     bool Judge(const FileWithLines& file);
     void JudgePlaceOf(const FileWithLines& file);
-    void JudgeLines(const FileWithLines& file);
-    void JudgePlace(const FileWithLines& file, const LineToSet& line, const LineInPlace& place,
-                    const LineToSet* owner);
     std::string WithoutFormerLines(const FileWithLines& file);
     void Set(const std::string& name, const FileWithLines& file) const;
     std::vector<RememberedLine> ToRemember(const FileWithLines& file) const;
-    void Add(const LineToSet& line, const std::string& text, const std::string& remedy);
 
     Deployment& m_product;
     const KnownFiles& m_known;

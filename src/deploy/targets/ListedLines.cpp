@@ -160,6 +160,7 @@ class Finder {
             made.line = edit.param + "=" + line;
         }
         RequireNoMarker(made.line);
+        made.line = Text::WithLineEnd(made.line, file.ends);
         return made;
     }
 
@@ -206,6 +207,7 @@ class Finder {
             file.original = Capture(path + ZETReserveSuffix, UINT64_MAX);
         file.isThere = file.before.exists || file.original;
         if (file.isThere) file.text = file.original ? file.original->text : ReadFileBytes(path);
+        file.ends = Text::LineEndsOf(file.text);
         const KnownFile* const known = m_known.Find(path);
         file.isForgotten =
             known == nullptr && IsFileExist(path + ZETReserveSuffix) && IsUnseen(m_product, path);

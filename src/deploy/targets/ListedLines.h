@@ -12,6 +12,7 @@
 #include "deploy/state/KnownFiles.h"
 #include "deploy/targets/Deployment.h"
 #include "deploy/targets/RememberedLines.h"
+#include "text/LineEnds.h"
 #include "zet/ZETProblem.h"
 
 namespace ZET::Deploy {
@@ -20,7 +21,7 @@ namespace ZET::Deploy {
 struct LineToSet {
     ListedEdit edit;      ///< a copy: the lists may be read again before the line is set
     std::string pattern;  ///< selects the lines that it replaces
-    std::string line;     ///< with placeholders replaced
+    std::string line;     ///< with placeholders replaced, and with the end that the file's lines have
     bool stays = false;   ///< it stays as somebody changed it
 };
 
@@ -39,6 +40,7 @@ struct FileWithLines {
     FileState before;
     std::optional<CapturedFile> original{};  ///< of a former target: what was there before
     std::string text;                        ///< where lines are set: the file's text, or the original's
+    Text::LineEnds ends{};                   ///< of that text
 
     bool Remembers(const std::string& selector) const;
 
