@@ -273,6 +273,22 @@ assert_adopted() {
     [[ $output == *edited* && $output != *newer* ]] || differ status edited "$output"
 }
 
+@test "a file without a notice keeps the line that has to stay its first" {
+    local first
+    for first in '#!/bin/sh' '<?xml version="1.0"?>' '{'; do
+        : >templates/targets.toml
+        rm -f etc/script
+        add_target script "$first"$'\necho ${realm}\nX=1\n' 'notice = false'
+        zet -q commit-config
+        sed -i 's/^X=1/X=2/' out/script
+        run_zet adopt out/script
+        assert_status 0
+        assert_file etc/script "$first"$'\necho ${realm}\nX=2\n'
+        run_zet status
+        assert_status 0
+    done
+}
+
 @test "a template that cannot be rendered is told before anything is asked of it" {
     echo more >>out/one.conf
     ln -sf gone etc/one.conf

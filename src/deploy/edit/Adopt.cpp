@@ -130,7 +130,8 @@ class Adopting {
             for (std::string_view rest = text; !rest.empty();)
                 take(Text::TakeLine(rest).text);
         };
-        std::vector<Problem> problems = Text::CheckTemplate(m_workingCopy, lines, m_product.TemplateValues());
+        std::vector<Problem> problems = Text::CheckTemplate(m_workingCopy, lines, m_product.TemplateValues(),
+                                                            nullptr, HasNotice(m_product, m_templateName));
         if (problems.empty()) return;
         Problem& first = problems.front();
         Secrets& secrets = m_product.HostSecrets();
