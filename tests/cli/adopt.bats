@@ -289,6 +289,36 @@ assert_adopted() {
     done
 }
 
+@test "a value of several lines stays a placeholder, and is refused where it was changed" {
+    mkdir etc/values.d
+    printf 'one\ntwo\n' >etc/values.d/more
+    add_target more.conf $'head\n${more} of ${realm}\nlast\n'
+    zet -q commit-config
+    sed -i 's/^head/first/; $a tail' out/more.conf
+    run_zet adopt out/more.conf
+    assert_status 0
+    assert_file etc/more.conf $'first\n${more} of ${realm}\nlast\ntail\n'
+    run_zet status
+    assert_status 0
+    local edit line
+    for edit in 's/^one/1/' 's/^two/2/' '/^two/d' '/^one/a between' '/^one/{N;s/\(.*\)\n\(.*\)/\2\n\1/}'; do
+        zet -q commit-config --on-edit=overwrite
+        sed -i "$edit" out/more.conf
+        remember_host
+        run_zet adopt out/more.conf
+        assert_status 1
+        [[ $stderr == *"$HOST/out/more.conf:1"[2-4]": the value of \${more}, \${realm} does not stand in it, or in more than one way (change the parameter, or edit $HOST/etc/more.conf by hand)"* ]] || differ stderr value "$stderr"
+        assert_host_unchanged
+    done
+    zet -q commit-config --on-edit=overwrite
+    sed -i '/^one/,/^two/d' out/more.conf
+    run_zet adopt out/more.conf
+    assert_status 0
+    assert_file etc/more.conf $'first\nlast\ntail\n'
+    run_zet status
+    assert_status 0
+}
+
 @test "a template that cannot be rendered is told before anything is asked of it" {
     echo more >>out/one.conf
     ln -sf gone etc/one.conf

@@ -241,6 +241,25 @@ made:16: from line 9 of the template a.conf"
 made:1: the administrator's own"
 }
 
+@test "LinesOfAValueOfSeveralLinesComeFromTheLineOfItsPlaceholder" {
+    mkdir etc/values.d
+    printf 'one\n\nthree\n' >etc/values.d/more
+    printf 'head\nlist = ${more};\nlast ${realm}\n' >templates/a.conf
+    printf '[templates."a.conf"]\ntarget = "%s"\nroles = "both"\n' "$HOST/made" >templates/targets.toml
+    zet -q commit-config
+    run_zet explain made
+    assert_success "made: made from the template a.conf ($HOST/etc/a.conf); before: there was no such file
+made:1: lines 1 to 10: the notice
+made:11: from line 1 of the template a.conf
+made:12: from line 2 of the template a.conf with \${more}
+made:13: from line 2 of the template a.conf with \${more}
+made:14: from line 2 of the template a.conf with \${more}
+made:15: from line 3 of the template a.conf with \${realm}"
+    sed -i '13s/.*/other/' made
+    run_zet explain made:13
+    assert_success "made:13: in the place of line 2 of the template a.conf, but not made from it: the file was edited since, or the template changed; before: there was no such file"
+}
+
 @test "TargetIsFoundThroughALink" {
     make_file
     ln -s made link
