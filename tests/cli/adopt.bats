@@ -319,6 +319,20 @@ assert_adopted() {
     assert_status 0
 }
 
+@test "a mode by which others may write is not adopted by root, who would not use the template" {
+    need_root
+    chmod 666 out/one.conf
+    remember_host
+    run_zet adopt out/one.conf
+    assert_refusal 1 "$HOST/out/one.conf: others may write it (mode 0666), and root uses no template that others may write (chmod go-w it, or give the mode in the list)"
+    assert_host_unchanged
+    # The group of root is no other.
+    chmod 664 out/one.conf
+    zet -q adopt out/one.conf
+    run_zet check-config
+    assert_status 0
+}
+
 @test "a template that cannot be rendered is told before anything is asked of it" {
     echo more >>out/one.conf
     ln -sf gone etc/one.conf
