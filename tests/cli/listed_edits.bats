@@ -359,6 +359,39 @@ value = "2"'
     assert_status 0
 }
 
+@test "what param set refuses is a problem of a list, too" {
+    printf '[one]\n  a = 1\n[two]\nx=1\n' >out/blanks
+    printf '[one]\na=1\n[two]\na=2\n' >out/twice
+    printf '[one]\nx=1\n[two]\ny=1\n' >out/new
+    printf '\xef\xbb\xbfa=1\n' >out/mark
+    local name
+    for name in blanks twice new mark; do
+        printf '[[edits]]\nfile = "%s"\nparam = "a"\nvalue = "3"\n' "$HOST/out/$name"
+    done >etc/targets.d/10.toml
+    run_zet check-config
+    assert_status 1
+    local list=$HOST/etc/targets.d/10.toml remedy='(choose the line with pattern and line, or make a template for the file)'
+    [[ $output == *"$list:1: $HOST/out/blanks:2: sets \"a\" with blanks before the \"=\", which is no line \"name=value\" $remedy"* ]]
+    [[ $output == *"$list:5: $HOST/out/twice: 2 sections have \"a\", in lines 2 and 4 $remedy"* ]]
+    [[ $output == *"$list:9: $HOST/out/new: no section has \"a\", and a new line would come to stand in the last one, [two] $remedy"* ]]
+    [[ $output == *"$list:13: $HOST/out/mark:1: begins with a byte order mark, behind which nothing is found (save the file without the mark)"* ]]
+    run_zet commit-config
+    assert_status 1
+    assert_absent out/one.conf
+    assert_file out/twice $'[one]\na=1\n[two]\na=2\n'
+}
+
+@test "several lines that a parameter of a list takes are told, until they are set" {
+    printf '# a=1 is good\n#a=2\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\nparam = "a"\nvalue = "3"'
+    run_zet commit-config
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/out/plain: lines 1 and 2 are \"a\", commented out or not; all of them are set (a pattern and a line set one)"
+    run_zet commit-config
+    assert_success "2 unchanged"
+    assert_stderr ""
+}
+
 @test "a line in a block of something else is a problem" {
     printf 'a=1\n' >out/plain
     zet param set out/plain a 5

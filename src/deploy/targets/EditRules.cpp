@@ -151,6 +151,13 @@ void RequireOptionName(const std::string& name, const std::string& what) {
     }
 }
 
+void FailOfByteOrderMark(const std::string& path, std::size_t line) {
+    throw Failure({.file = path,
+                   .line = static_cast<int>(line),
+                   .text = _("begins with a byte order mark, behind which nothing is found"),
+                   .remedy = _("save the file without the mark")});
+}
+
 bool IsLiteralName(const std::string& name) {
     return name.find_first_of(kSpecial) == std::string::npos;
 }

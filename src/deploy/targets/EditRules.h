@@ -49,6 +49,10 @@ void RequireOptionName(const std::string& name, const std::string& what);
 /// Checks the name of a section, as `EditOptions` has it.
 void RequireSectionName(const std::optional<std::string>& section);
 
+/// The module takes a byte order mark for a part of its line, and would add another line because it does not
+/// find the one behind the mark.
+[[noreturn]] void FailOfByteOrderMark(const std::string& path, std::size_t line);
+
 /// The text as a regular expression that selects nothing else.
 std::string Escaped(std::string_view text);
 

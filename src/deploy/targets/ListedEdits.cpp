@@ -23,6 +23,7 @@
 #include "deploy/targets/FormerTarget.h"
 #include "deploy/targets/LineProblems.h"
 #include "deploy/targets/ListedEditStates.h"
+#include "deploy/targets/ParamRules.h"
 #include "deploy/targets/PlaceCheck.h"
 #include "deploy/targets/ShownDiff.h"
 #include "posix/PathNames.h"
@@ -124,8 +125,19 @@ void ListedEdits::Plan(FileWithLines file, const Staging& staging) {
     if (!found.lines.empty()) Set(staged, found);
     if (!found.original) RequireModeOf(found.path, staged);
     if (found.original || ReadFileBytes(staged) != found.text) planned.staged = staged;
+    if (planned.IsChange()) TellLines(found);
     planned.isOriginalLost = planned.IsChange() && !found.original && IsOriginalLost(m_product, found.path);
     m_files.push_back(std::move(planned));
+}
+
+/// As "param set" does.
+void ListedEdits::TellLines(const FileWithLines& file) const {
+    for (const LineToSet& line : file.lines) {
+        const std::string& param = line.edit.param;
+        if (param.empty()) continue;
+        const Text::ParamLook look = LookOf(file, param);
+        TellLinesToSet(m_product.Out(), {file.path, param, look}, _("a pattern and a line set one"));
+    }
 }
 
 /// A merge knows three texts of a line: what the last commit set, what it is now, and what the lists ask for.

@@ -60,6 +60,7 @@ class ListedEdits {
 
   private:
     void Plan(FileWithLines file, const Staging& staging);
+    void TellLines(const FileWithLines& file) const;
     void JudgeEdited(PlannedEdits& planned) const;
     void JudgeEditedTarget(PlannedEdits& planned) const;
     bool Judge(const FileWithLines& file);

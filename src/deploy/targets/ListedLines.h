@@ -13,6 +13,7 @@
 #include "deploy/targets/Deployment.h"
 #include "deploy/targets/RememberedLines.h"
 #include "text/LineEnds.h"
+#include "text/ParamLook.h"
 #include "zet/ZETProblem.h"
 
 namespace ZET::Deploy {
@@ -55,6 +56,9 @@ struct ListedLines {
     std::vector<Problem> problems;
     std::vector<const ListedEdit*> unset;  ///< the edits that have problems
 };
+
+/// What the file has of a parameter, where lines are set.
+Text::ParamLook LookOf(const FileWithLines& file, const std::string& param);
 
 ListedLines FindListedLines(Deployment& product, const KnownFiles& known, const Staging& staging);
 
