@@ -333,6 +333,26 @@ assert_adopted() {
     assert_status 0
 }
 
+@test "an edit with --force can be adopted, also with a hand's behind it" {
+    zet -q line set --force --no-markers out/one.conf '^last' 'last of all'
+    run_zet adopt out/one.conf
+    assert_success "$HOST/etc/one.conf: changed, with the edit of $HOST/out/one.conf"
+    run_zet status
+    assert_status 0
+    zet -q line set --force --no-markers out/one.conf '^last' 'last'
+    echo more >>out/one.conf
+    zet -q line set --force --no-markers out/one.conf '^more' 'more of it'
+    cp out/one.conf edited
+    run_zet adopt out/one.conf
+    assert_adopted $'# --ZET_TEMPLATE_COMMENT--\n# why\n# --ZET_COMMENT_END--\n[main]\nrealm = ${realm}\nlast\nmore of it\n'
+    # Nobody can tell the edit from a change of the template.
+    zet -q line set --force --no-markers out/one.conf '^last' 'first'
+    echo other >>etc/one.conf
+    run_zet adopt out/one.conf
+    assert_status 1
+    [[ $stderr == *"its template or a parameter changed since the last commit"* ]]
+}
+
 @test "a template that cannot be rendered is told before anything is asked of it" {
     echo more >>out/one.conf
     ln -sf gone etc/one.conf

@@ -103,7 +103,7 @@ class Adopting {
     }
 
     void RequireLastRendering(const KnownFile& known, const std::string& rendered) {
-        if (IsRecordedText(rendered, known.state)) return;
+        if (WasLeftAs(m_product, known, rendered)) return;
         throw Failure({.file = m_path,
                        .text = _("its template or a parameter changed since the last commit, so nobody can "
                                  "tell what was edited"),
