@@ -392,6 +392,35 @@ value = "2"'
     assert_stderr ""
 }
 
+@test "edits of two roles for one line are a problem once the other role has committed" {
+    printf 'hosts: files\n' >out/plain
+    local server_edit=$'[[edits]]\nfile = "FILE"\nroles = "server"\npattern = "^hosts:"\nline = "hosts: s"'
+    edits "$server_edit
+${server_edit//server/client}"
+    sed -i '$s/hosts: s/hosts: c/' etc/targets.d/10.toml
+    run_zet check-config
+    assert_status 0
+    server -q commit-config
+    local problem="$HOST/etc/targets.d/10.toml:6: selects the line that $HOST/etc/targets.d/10.toml:1 sets, which the server has committed (give each line to one edit)"
+    run_zet check-config
+    assert_status 1
+    [[ $output == *"$problem"* ]]
+    remember_host
+    run_zet commit-config
+    assert_refusal 1 "$problem
+zet-client: nothing was changed"
+    assert_host_unchanged
+    # One line for both, or for nobody, is none that they fight for.
+    sed -i 's/hosts: c/hosts: s/' etc/targets.d/10.toml
+    run_zet check-config
+    assert_status 0
+    edits "${server_edit/server/both}"
+    sed -i 's/hosts: s/hosts: both/' etc/targets.d/10.toml
+    run_zet commit-config
+    assert_status 0
+    grep -qx 'hosts: both' out/plain
+}
+
 @test "a line in a block of something else is a problem" {
     printf 'a=1\n' >out/plain
     zet param set out/plain a 5

@@ -13,7 +13,8 @@ namespace {
 
 class LineJudge {
   public:
-    LineJudge(Deployment& product, const FileWithLines& file) : m_core(product.Core()), m_file(file) {}
+    LineJudge(Deployment& product, const FileWithLines& file)
+        : m_product(product), m_core(product.Core()), m_file(file) {}
 
     std::vector<Problem> Run() {
         const Text::ManagedText managed(m_file.text);
@@ -22,6 +23,7 @@ class LineJudge {
         // Pattern by pattern, so that each is compiled once.
         for (const LineToSet& line : m_file.lines) {
             JudgePattern(line);
+            JudgeOtherRole(line);
             for (const LineToSet& other : m_file.lines)
                 if (&other != &line && IsSelected(line, other.line))
                     Add(line,
@@ -59,6 +61,20 @@ class LineJudge {
                 _(kPatternForReturn));
     }
 
+    /// Either role would set its own line in each commit, and take the other's away.
+    void JudgeOtherRole(const LineToSet& line) {
+        for (const RememberedLine& other : m_file.remembered) {
+            if (other.role == m_product.Role() || other.line == line.line || !IsSelected(line, other.line))
+                continue;
+            const ListedEdit* const edit = EntryOf(m_product, m_file.path, other);
+            if (edit != nullptr && !edit->IsFor(m_product.Role()))
+                Add(line,
+                    Words("selects the line that %s sets, which the %s has committed",
+                          edit->file + ":" + std::to_string(edit->line), NameOf(other.role)),
+                    _("give each line to one edit"));
+        }
+    }
+
     void JudgePlace(const LineToSet& line, const LineInPlace& place, const LineToSet* owner) {
         const std::string where = PlaceOf(place.number);
         if (owner != nullptr)
@@ -77,6 +93,7 @@ class LineJudge {
             {.file = line.edit.file, .line = line.edit.line, .text = text, .remedy = remedy});
     }
 
+    Deployment& m_product;
     IZETCore& m_core;
     const FileWithLines& m_file;
     std::vector<Problem> m_problems;
