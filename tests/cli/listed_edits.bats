@@ -421,6 +421,42 @@ zet-client: nothing was changed"
     grep -qx 'hosts: both' out/plain
 }
 
+@test "a line that lost its markers is set again, and what stood there before stays what goes back" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS
+[[edits]]
+file = \"FILE\"
+param = \"new\"
+value = \"1\""
+    zet -q commit-config
+    cp out/plain committed
+    sed -i '/^#/d' out/plain
+    run_zet commit-config --on-edit=refuse
+    assert_status 0
+    assert_equal "$(grep -v '^$' out/plain)" "$(grep -v '^$' committed)"
+    zet -q rollback-config
+    assert_equal "$(grep -v '^$' out/plain)" $'a=1\nb = 2'
+}
+
+@test "a line that lost its markers is named by a rollback, and stays on record" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet -q commit-config
+    sed -i '/^#/d' out/plain
+    cp out/plain stripped
+    local words="$HOST/out/plain: was edited without markers, and may hold what others wrote, stays as it is (--force puts back what was there before)"
+    run_zet rollback-config
+    assert_status 1
+    [[ $output == *"$words"* ]]
+    cmp out/plain stripped
+    run_zet rollback-config
+    assert_status 1
+    [[ $output == *"$words"* ]]
+    run_zet rollback-config --force
+    assert_status 0
+    assert_file out/plain $'a=1\nb = 2\n'
+}
+
 @test "a line in a block of something else is a problem" {
     printf 'a=1\n' >out/plain
     zet param set out/plain a 5

@@ -19,6 +19,7 @@
 #include "deploy/state/Overrides.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/state/Replacement.h"
+#include "deploy/targets/BareLines.h"
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/FormerTarget.h"
 #include "deploy/targets/LineProblems.h"
@@ -108,7 +109,7 @@ void ListedEdits::JudgePlaceOf(const FileWithLines& file) {
 }
 
 void ListedEdits::Plan(FileWithLines file, const Staging& staging) {
-    const std::string rest = WithoutFormerLines(file);
+    const std::string rest = WithLostLines(file, WithoutFormerLines(file));
     PlannedEdits planned{.file = std::move(file), .staged = ""};
     FileWithLines& found = planned.file;
     planned.isTakenBack = rest != found.text;
@@ -195,6 +196,25 @@ std::string ListedEdits::WithoutFormerLines(const FileWithLines& file) {
                       file.path, line.substr(0, line.find('='))));
     return Text::WithoutBlocksOf(file.text,
                                  [&](std::string_view line) { return former.contains(std::string(line)); });
+}
+
+/// The text with what stood there before where a line of a commit lost its markers: the line is set again,
+/// and must not become what is put back.
+std::string ListedEdits::WithLostLines(const FileWithLines& file, const std::string& text) const {
+    const KnownFile* const known = m_known.Find(file.path);
+    if (known == nullptr || file.original || file.lines.empty()) return text;
+    std::set<std::string> selectors;
+    for (const LineToSet& line : file.lines)
+        selectors.insert(SelectorOf(line.edit));
+    const std::set<std::string> blocks = BlockLinesOf(text);
+    std::set<std::string> lost;
+    for (const RememberedLine& line : file.remembered)
+        if (line.role == m_product.Role() && selectors.contains(line.selector) && !blocks.contains(line.line))
+            lost.insert(line.line);
+    if (lost.empty()) return text;
+    BareLines bare = BareLinesIn(m_product, *known, text);
+    std::erase_if(bare, [&](const auto& line) { return !lost.contains(line.first); });
+    return bare.empty() ? text : WithoutBareLines(text, bare);
 }
 
 void ListedEdits::Set(const std::string& name, const FileWithLines& file) const {
