@@ -82,7 +82,7 @@ class Adopter {
           m_edited(edited),
           m_values(values),
           m_endsOpen(!templateText.empty() && templateText.back() != '\n') {
-        for (const LineOrigin& origin : TraceLines(ManagedText(rendered), templateText))
+        for (const LineOrigin& origin : TraceLines(ManagedText(rendered), templateText, values))
             m_origins.push_back(origin);
         m_editedEndsOpen = !edited.empty() && edited.back() != '\n';
     }
@@ -108,6 +108,28 @@ class Adopter {
         return rendered <= m_origins.size() ? m_origins[rendered - 1].templateLine : m_template.Count() + 1;
     }
 
+    /// Whether a template line that makes this rendered line makes the one after it, too.
+    bool GoesOn(std::size_t rendered) const {
+        return rendered > 0 && rendered < m_origins.size() &&
+               TemplateLineOf(rendered) == TemplateLineOf(rendered + 1);
+    }
+
+    bool IsOneOfSeveral(std::size_t rendered) const { return GoesOn(rendered) || GoesOn(rendered - 1); }
+
+    /// Whether the hunk takes out this line, and with it all lines that its template line makes.
+    bool TakesOut(const Hunk& hunk, std::size_t rendered) const {
+        const bool isLast = rendered + 1 == hunk.oldFirst + hunk.oldCount;
+        return hunk.newCount == 0 && !m_come.contains(m_rendered[rendered]) && !(isLast && GoesOn(rendered));
+    }
+
+    /// A line that the hunk changes, though its template line makes others, too; 0 if there is none.
+    std::size_t BrokenBy(const Hunk& hunk) const {
+        if (GoesOn(hunk.oldFirst - 1)) return hunk.oldFirst;
+        for (std::size_t old = hunk.oldFirst; old < hunk.oldFirst + hunk.oldCount; ++old)
+            if (IsOneOfSeveral(old) && !TakesOut(hunk, old)) return old;
+        return 0;
+    }
+
     LineWithPlaceholders ModelOf(std::string_view templateLine) const {
         return {HasNoPlaceholders(templateLine) ? "" : templateLine, m_values};
     }
@@ -116,7 +138,7 @@ class Adopter {
     void LookForMoved(const Hunk& hunk) {
         for (std::size_t old = hunk.oldFirst; old < hunk.oldFirst + hunk.oldCount; ++old) {
             const std::string_view line = m_template[TemplateLineOf(old)];
-            if (!ModelOf(line).IsEmpty()) m_gone[m_rendered[old]].insert(line);
+            if (!IsOneOfSeveral(old) && !ModelOf(line).IsEmpty()) m_gone[m_rendered[old]].insert(line);
         }
         for (std::size_t number = hunk.newFirst; number < hunk.newFirst + hunk.newCount; ++number)
             m_come.insert(m_edited[number]);
@@ -131,6 +153,8 @@ class Adopter {
     }
 
     void Take(const Hunk& hunk) {
+        if (const std::size_t broken = BrokenBy(hunk))
+            return Refuse(m_template[TemplateLineOf(broken)], hunk.newFirst);
         if (hunk.oldCount == 0) {
             // After the line that precedes them, and before the template's next line.
             KeepTo(hunk.oldFirst == 1 ? TemplateLineOf(1) : TemplateLineOf(hunk.oldFirst - 1) + 1);
@@ -140,6 +164,7 @@ class Adopter {
         KeepTo(TemplateLineOf(hunk.oldFirst));
         m_taken = hunk.newFirst;
         for (std::size_t old = hunk.oldFirst; old < hunk.oldFirst + hunk.oldCount; ++old) {
+            if (GoesOn(old - 1)) continue;
             KeepTo(TemplateLineOf(old));  // keeps comments before the line
             if (!Replace(m_template[m_next], hunk) && !m_come.contains(m_rendered[old]))
                 Refuse(m_template[m_next], hunk);

@@ -168,9 +168,10 @@ const char* NameOf(ExplainedLines::Kind kind) {
     return "untraced";
 }
 
-TextExplanation::TextExplanation(const ManagedText& text, bool isMade, std::string_view templateText)
+TextExplanation::TextExplanation(const ManagedText& text, bool isMade, std::string_view templateText,
+                                 const StringMap& values)
     : m_text(text), m_isMade(isMade), m_templateLines(SplitLines(templateText)) {
-    if (isMade) m_origins = TraceLines(text, templateText);
+    if (isMade) m_origins = TraceLines(text, templateText, values);
 }
 
 void TextExplanation::ForEach(const std::function<void(const ExplainedLines& lines)>& take) const {

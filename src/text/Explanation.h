@@ -44,11 +44,13 @@ struct ExplainedLines {
 const char* NameOf(ExplainedLines::Kind kind);
 
 /// Explains every line of a text, in order. `isMade` means that the file was made from a template, whose text
-/// is `templateText`. Explanations are produced one at a time, so that for a large text only the text and its
-/// regions are in memory. The arguments must outlive the object; the explanations refer to the text.
+/// is `templateText`; `values` are those of its placeholders. Explanations are produced one at a time, so
+/// that for a large text only the text and its regions are in memory. The arguments must outlive the object;
+/// the explanations refer to the text.
 class TextExplanation {
   public:
-    TextExplanation(const ManagedText& text, bool isMade, std::string_view templateText);
+    TextExplanation(const ManagedText& text, bool isMade, std::string_view templateText,
+                    const StringMap& values = {});
 
     void ForEach(const std::function<void(const ExplainedLines& lines)>& take) const;
 

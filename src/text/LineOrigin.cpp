@@ -1,9 +1,13 @@
 #include "text/LineOrigin.h"
 
 #include <algorithm>
+#include <optional>
+#include <string>
 
+#include "text/LineExpansion.h"
 #include "text/Lines.h"
 #include "text/Placeholders.h"
+#include "text/TemplateCheck.h"
 
 namespace ZET::Text {
 
@@ -18,23 +22,61 @@ bool IsNoticeMarkerIn(std::string_view line) {
     return line.find(MarkerText(Marker::Notice)) != std::string_view::npos;
 }
 
+/// A line that a template line makes.
+struct RenderedLine {
+    std::size_t number = 0;             ///< of the template line
+    std::string_view text;              ///< of the template line
+    std::optional<std::string> part{};  ///< the line itself, if values make several of the template line
+
+    bool CanBe(std::string_view line) const { return part ? *part == line : CanBecome(text, line); }
+};
+
+/// Finds the template lines of which values make several lines.
+class LineParts {
+  public:
+    explicit LineParts(const StringMap& values) : m_values(values) {}
+
+    void Add(std::size_t number, std::string_view line, std::vector<RenderedLine>& lines) const {
+        const std::string expanded = m_values.hasLineFeeds ? ExpansionOf(line) : "";
+        if (expanded.find('\n') == std::string::npos) return lines.push_back({number, line});
+        for (std::string_view rest = expanded;;) {
+            const std::size_t end = rest.find('\n');
+            lines.push_back({number, line, std::string(rest.substr(0, end))});
+            if (end == std::string_view::npos) return;
+            rest.remove_prefix(end + 1);
+        }
+    }
+
+  private:
+    /// Empty if the module would not expand the line.
+    std::string ExpansionOf(std::string_view line) const {
+        if (HasNoPlaceholders(line) || line.find(kPlaceholderBegin) == std::string_view::npos) return "";
+        LineExpansion expansion(line, m_values.all, m_values.longestKey, nullptr);
+        expansion.Keep(LineExpansion::kLongestLine + line.size());
+        return expansion.Next() == LineExpansion::Verdict::Fine ? expansion.Expanded() : "";
+    }
+
+    const ValuesToCheck m_values;
+};
+
 /// The template lines that reach the file made from it: not the empty lines at its top, and not its comments.
 struct RenderedLines {
-    std::vector<NumberedLine> lines;
+    std::vector<RenderedLine> lines;
     bool hasOwnNotice = false;  ///< then the module adds none
 };
 
-RenderedLines LinesThatRender(std::string_view templateText) {
+RenderedLines LinesThatRender(std::string_view templateText, const StringMap& values) {
     const std::vector<TextLine> all = SplitLines(templateText);
     const auto top =
         std::find_if(all.begin(), all.end(), [](const TextLine& line) { return !line.text.empty(); });
     RenderedLines rendered;
     rendered.hasOwnNotice = top != all.end() && IsNoticeMarkerIn(top->text);
+    const LineParts parts(values);
     RegionFollower comments = RegionFollower::OfTemplateComments();
     for (auto line = top; line != all.end(); ++line) {
         const RegionStep step = comments.Take(MarkerOf(line->text));
         if (!IsOutside(step)) continue;
-        rendered.lines.push_back({static_cast<std::size_t>(line - all.begin()) + 1, line->text});
+        parts.Add(static_cast<std::size_t>(line - all.begin()) + 1, line->text, rendered.lines);
     }
     return rendered;
 }
@@ -62,7 +104,7 @@ std::vector<NumberedLine> LinesBeforeEdits(const ManagedText& file, bool hasOwnN
 /// Matches the two from the top and from the bottom, as far as the lines fit.
 class Alignment {
   public:
-    Alignment(const std::vector<NumberedLine>& file, const std::vector<NumberedLine>& fromTemplate,
+    Alignment(const std::vector<NumberedLine>& file, const std::vector<RenderedLine>& fromTemplate,
               std::vector<LineOrigin>& origins)
         : m_file(file), m_template(fromTemplate), m_origins(origins) {}
 
@@ -87,14 +129,14 @@ class Alignment {
     }
 
   private:
-    bool Fits(std::size_t i, std::size_t j) const { return CanBecome(m_template[j].text, m_file[i].text); }
+    bool Fits(std::size_t i, std::size_t j) const { return m_template[j].CanBe(m_file[i].text); }
 
     void Set(std::size_t i, std::size_t j, LineOrigin::Certainty certainty) {
         m_origins[m_file[i].number - 1] = {certainty, m_template[j].number};
     }
 
     const std::vector<NumberedLine>& m_file;
-    const std::vector<NumberedLine>& m_template;
+    const std::vector<RenderedLine>& m_template;
     std::vector<LineOrigin>& m_origins;
 };
 
@@ -115,9 +157,10 @@ bool CanBecome(std::string_view templateLine, std::string_view line) {
     return true;
 }
 
-std::vector<LineOrigin> TraceLines(const ManagedText& file, std::string_view templateText) {
+std::vector<LineOrigin> TraceLines(const ManagedText& file, std::string_view templateText,
+                                   const StringMap& values) {
     std::vector<LineOrigin> origins(file.LineCount());
-    const RenderedLines rendered = LinesThatRender(templateText);
+    const RenderedLines rendered = LinesThatRender(templateText, values);
     Alignment(LinesBeforeEdits(file, rendered.hasOwnNotice), rendered.lines, origins).Align();
     return origins;
 }

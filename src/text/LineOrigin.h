@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "text/ManagedText.h"
+#include "zet/ZETTypes.h"
 
 namespace ZET::Text {
 
@@ -23,8 +24,10 @@ struct LineOrigin {
 };
 
 /// For each line of a file made from a template (index: number minus one), the template line that it was
-/// rendered from. For a line that a managed block replaced, the kept former line before the block counts.
-std::vector<LineOrigin> TraceLines(const ManagedText& file, std::string_view templateText);
+/// rendered from: the same one for all lines that `values`, by placeholder, make of it. For a line that a
+/// managed block replaced, the kept former line before the block counts.
+std::vector<LineOrigin> TraceLines(const ManagedText& file, std::string_view templateText,
+                                   const StringMap& values = {});
 
 /// Whether the template line can become that line, whatever the values are.
 bool CanBecome(std::string_view templateLine, std::string_view line);

@@ -273,6 +273,86 @@ assert_adopted() {
     [[ $output == *edited* && $output != *newer* ]] || differ status edited "$output"
 }
 
+@test "a file without a notice keeps the line that has to stay its first" {
+    local first
+    for first in '#!/bin/sh' '<?xml version="1.0"?>' '{'; do
+        : >templates/targets.toml
+        rm -f etc/script
+        add_target script "$first"$'\necho ${realm}\nX=1\n' 'notice = false'
+        zet -q commit-config
+        sed -i 's/^X=1/X=2/' out/script
+        run_zet adopt out/script
+        assert_status 0
+        assert_file etc/script "$first"$'\necho ${realm}\nX=2\n'
+        run_zet status
+        assert_status 0
+    done
+}
+
+@test "a value of several lines stays a placeholder, and is refused where it was changed" {
+    mkdir etc/values.d
+    printf 'one\ntwo\n' >etc/values.d/more
+    add_target more.conf $'head\n${more} of ${realm}\nlast\n'
+    zet -q commit-config
+    sed -i 's/^head/first/; $a tail' out/more.conf
+    run_zet adopt out/more.conf
+    assert_status 0
+    assert_file etc/more.conf $'first\n${more} of ${realm}\nlast\ntail\n'
+    run_zet status
+    assert_status 0
+    local edit line
+    for edit in 's/^one/1/' 's/^two/2/' '/^two/d' '/^one/a between' '/^one/{N;s/\(.*\)\n\(.*\)/\2\n\1/}'; do
+        zet -q commit-config --on-edit=overwrite
+        sed -i "$edit" out/more.conf
+        remember_host
+        run_zet adopt out/more.conf
+        assert_status 1
+        [[ $stderr == *"$HOST/out/more.conf:1"[2-4]": the value of \${more}, \${realm} does not stand in it, or in more than one way (change the parameter, or edit $HOST/etc/more.conf by hand)"* ]] || differ stderr value "$stderr"
+        assert_host_unchanged
+    done
+    zet -q commit-config --on-edit=overwrite
+    sed -i '/^one/,/^two/d' out/more.conf
+    run_zet adopt out/more.conf
+    assert_status 0
+    assert_file etc/more.conf $'first\nlast\ntail\n'
+    run_zet status
+    assert_status 0
+}
+
+@test "a mode by which others may write is not adopted by root, who would not use the template" {
+    need_root
+    chmod 666 out/one.conf
+    remember_host
+    run_zet adopt out/one.conf
+    assert_refusal 1 "$HOST/out/one.conf: others may write it (mode 0666), and root uses no template that others may write (chmod go-w it, or give the mode in the list)"
+    assert_host_unchanged
+    # The group of root is no other.
+    chmod 664 out/one.conf
+    zet -q adopt out/one.conf
+    run_zet check-config
+    assert_status 0
+}
+
+@test "an edit with --force can be adopted, also with a hand's behind it" {
+    zet -q line set --force --no-markers out/one.conf '^last' 'last of all'
+    run_zet adopt out/one.conf
+    assert_success "$HOST/etc/one.conf: changed, with the edit of $HOST/out/one.conf"
+    run_zet status
+    assert_status 0
+    zet -q line set --force --no-markers out/one.conf '^last' 'last'
+    echo more >>out/one.conf
+    zet -q line set --force --no-markers out/one.conf '^more' 'more of it'
+    cp out/one.conf edited
+    run_zet adopt out/one.conf
+    assert_adopted $'# --ZET_TEMPLATE_COMMENT--\n# why\n# --ZET_COMMENT_END--\n[main]\nrealm = ${realm}\nlast\nmore of it\n'
+    # Nobody can tell the edit from a change of the template.
+    zet -q line set --force --no-markers out/one.conf '^last' 'first'
+    echo other >>etc/one.conf
+    run_zet adopt out/one.conf
+    assert_status 1
+    [[ $stderr == *"its template or a parameter changed since the last commit"* ]]
+}
+
 @test "a template that cannot be rendered is told before anything is asked of it" {
     echo more >>out/one.conf
     ln -sf gone etc/one.conf

@@ -241,6 +241,46 @@ made:16: from line 9 of the template a.conf"
 made:1: the administrator's own"
 }
 
+@test "LinesOfAValueOfSeveralLinesComeFromTheLineOfItsPlaceholder" {
+    mkdir etc/values.d
+    printf 'one\n\nthree\n' >etc/values.d/more
+    printf 'head\nlist = ${more};\nlast ${realm}\n' >templates/a.conf
+    printf '[templates."a.conf"]\ntarget = "%s"\nroles = "both"\n' "$HOST/made" >templates/targets.toml
+    zet -q commit-config
+    run_zet explain made
+    assert_success "made: made from the template a.conf ($HOST/etc/a.conf); before: there was no such file
+made:1: lines 1 to 10: the notice
+made:11: from line 1 of the template a.conf
+made:12: from line 2 of the template a.conf with \${more}
+made:13: from line 2 of the template a.conf with \${more}
+made:14: from line 2 of the template a.conf with \${more}
+made:15: from line 3 of the template a.conf with \${realm}"
+    sed -i '13s/.*/other/' made
+    run_zet explain made:13
+    assert_success "made:13: in the place of line 2 of the template a.conf, but not made from it: the file was edited since, or the template changed; before: there was no such file"
+}
+
+@test "FileWithoutANoticeIsMadeAsTheHistorySays" {
+    sed -i '/^ZET_HISTORY/d' zet.conf
+    printf '#!/bin/sh\necho ${realm}\n' >templates/script
+    printf '[templates."script"]\ntarget = "%s"\nroles = "both"\nnotice = false\n' "$HOST/made" >templates/targets.toml
+    echo mine >made
+    run_zet explain made
+    assert_output "made: no notice says that it was made from the template script, whose target it is
+made:1: the administrator's own"
+    zet -q commit-config
+    run_zet explain made
+    [[ $output == "made: made from the template script ($HOST/etc/script); before: made.before_zet
+made:1: from line 1 of the template script; since change 1, "*"
+made:2: from line 2 of the template script with \${realm}; since change 1, "* ]] || differ output made "$output"
+    run_zet --json explain made
+    assert_json 'd["made_from"], d["template_file"]' "[\"script\", \"$HOST/etc/script\"]"
+    zet -q rollback-config
+    run_zet explain made
+    [[ $output == "made: no notice says that it was made from the template script, whose target it is
+made:1: the administrator's own; since change 2, "* ]] || differ output own "$output"
+}
+
 @test "TargetIsFoundThroughALink" {
     make_file
     ln -s made link

@@ -105,6 +105,31 @@ $(block new)"
     assert_file bom $'a=2\nb=2\n'
 }
 
+@test "set adds no line beside one that a carriage return keeps from matching" {
+    printf 'a=1\r\nb=2\r\n' >returns
+    printf 'b=2\na=1\r\n' >mixed
+    remember_host
+    local options remedy='(write "\r?$" in place of "$")'
+    for options in "" --no-markers "--no-markers --no-section"; do
+        run_zet line set $options returns '^a=\d$' a=2
+        assert_refusal 1 "returns:1: is selected only without the carriage return at its end $remedy"
+        run_zet line set $options mixed '^a=\d$' a=2
+        assert_refusal 1 "mixed:2: is selected only without the carriage return at its end $remedy"
+        run_zet line set $options returns '^c=\d$' c=2
+        assert_refusal 1 "returns: PATTERN selects LINE only without the carriage return that this gets $remedy"
+    done
+    run_zet line get returns '^b=\d$'
+    assert_refusal 1 "returns:2: is selected only without the carriage return at its end $remedy"
+    assert_host_unchanged
+    run_zet line get returns '^b=\d\r?$'
+    assert_success b=2
+    run_zet line get --no-section returns '^c'
+    assert_status 1
+    assert_stderr ""
+    zet -q line set --no-markers --no-backup returns '^a=\d\r?$' a=2
+    assert_file returns $'a=2\r\nb=2\r\n'
+}
+
 @test "set a second time changes the block, whether the pattern also fits the kept line or not" {
     zet line set conf one 'one 1'
     run_zet line set conf one 'one 2'

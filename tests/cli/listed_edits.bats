@@ -323,6 +323,139 @@ optional = true'
     assert_absent out/plain.before_zet
 }
 
+@test "a pattern that does not reach over a carriage return is a problem" {
+    printf 'a 1\r\nb\r\n' >out/plain
+    printf 'b\na 1\r\n' >out/mixed
+    local mixed edit=$'[[edits]]\nfile = "FILE"\npattern = \'^a \d$\'\nline = "a 2"'
+    mixed=${edit/FILE/FILE.mixed}
+    edits "$edit
+${mixed/FILE.mixed/$HOST/out/mixed}"
+    local list=$HOST/etc/targets.d/10.toml remedy='(write "\r?$" in place of "$")'
+    run_zet check-config
+    assert_status 1
+    [[ $output == *"$list:1: selects the line that it sets only without the carriage return that this gets $remedy"* ]]
+    [[ $output == *"$list:5: selects $HOST/out/mixed:2 only without the carriage return at its end $remedy"* ]]
+    edits "${edit/d\$/d\\r?$}"
+    zet -q commit-config
+    run_zet status
+    assert_status 0
+    local committed
+    committed=$(<out/plain)
+    run_zet commit-config
+    assert_success "2 unchanged"
+    assert_equal "$(<out/plain)" "$committed"
+    assert_equal "$(grep -c $'^a 2\r$' out/plain)" 1
+}
+
+@test "a line that ends with a carriage return is the list's own, whoever set it" {
+    printf 'a=1\r\n' >out/plain
+    zet -q param set out/plain a 2
+    edits '[[edits]]
+file = "FILE"
+param = "a"
+value = "2"'
+    run_zet commit-config
+    assert_status 0
+}
+
+@test "what param set refuses is a problem of a list, too" {
+    printf '[one]\n  a = 1\n[two]\nx=1\n' >out/blanks
+    printf '[one]\na=1\n[two]\na=2\n' >out/twice
+    printf '[one]\nx=1\n[two]\ny=1\n' >out/new
+    printf '\xef\xbb\xbfa=1\n' >out/mark
+    local name
+    for name in blanks twice new mark; do
+        printf '[[edits]]\nfile = "%s"\nparam = "a"\nvalue = "3"\n' "$HOST/out/$name"
+    done >etc/targets.d/10.toml
+    run_zet check-config
+    assert_status 1
+    local list=$HOST/etc/targets.d/10.toml remedy='(choose the line with pattern and line, or make a template for the file)'
+    [[ $output == *"$list:1: $HOST/out/blanks:2: sets \"a\" with blanks before the \"=\", which is no line \"name=value\" $remedy"* ]]
+    [[ $output == *"$list:5: $HOST/out/twice: 2 sections have \"a\", in lines 2 and 4 $remedy"* ]]
+    [[ $output == *"$list:9: $HOST/out/new: no section has \"a\", and a new line would come to stand in the last one, [two] $remedy"* ]]
+    [[ $output == *"$list:13: $HOST/out/mark:1: begins with a byte order mark, behind which nothing is found (save the file without the mark)"* ]]
+    run_zet commit-config
+    assert_status 1
+    assert_absent out/one.conf
+    assert_file out/twice $'[one]\na=1\n[two]\na=2\n'
+}
+
+@test "several lines that a parameter of a list takes are told, until they are set" {
+    printf '# a=1 is good\n#a=2\n' >out/plain
+    edits $'[[edits]]\nfile = "FILE"\nparam = "a"\nvalue = "3"'
+    run_zet commit-config
+    assert_status 0
+    assert_stderr "zet-client: warning: $HOST/out/plain: lines 1 and 2 are \"a\", commented out or not; all of them are set (a pattern and a line set one)"
+    run_zet commit-config
+    assert_success "2 unchanged"
+    assert_stderr ""
+}
+
+@test "edits of two roles for one line are a problem once the other role has committed" {
+    printf 'hosts: files\n' >out/plain
+    local server_edit=$'[[edits]]\nfile = "FILE"\nroles = "server"\npattern = "^hosts:"\nline = "hosts: s"'
+    edits "$server_edit
+${server_edit//server/client}"
+    sed -i '$s/hosts: s/hosts: c/' etc/targets.d/10.toml
+    run_zet check-config
+    assert_status 0
+    server -q commit-config
+    local problem="$HOST/etc/targets.d/10.toml:6: selects the line that $HOST/etc/targets.d/10.toml:1 sets, which the server has committed (give each line to one edit)"
+    run_zet check-config
+    assert_status 1
+    [[ $output == *"$problem"* ]]
+    remember_host
+    run_zet commit-config
+    assert_refusal 1 "$problem
+zet-client: nothing was changed"
+    assert_host_unchanged
+    # One line for both, or for nobody, is none that they fight for.
+    sed -i 's/hosts: c/hosts: s/' etc/targets.d/10.toml
+    run_zet check-config
+    assert_status 0
+    edits "${server_edit/server/both}"
+    sed -i 's/hosts: s/hosts: both/' etc/targets.d/10.toml
+    run_zet commit-config
+    assert_status 0
+    grep -qx 'hosts: both' out/plain
+}
+
+@test "a line that lost its markers is set again, and what stood there before stays what goes back" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS
+[[edits]]
+file = \"FILE\"
+param = \"new\"
+value = \"1\""
+    zet -q commit-config
+    cp out/plain committed
+    sed -i '/^#/d' out/plain
+    run_zet commit-config --on-edit=refuse
+    assert_status 0
+    assert_equal "$(grep -v '^$' out/plain)" "$(grep -v '^$' committed)"
+    zet -q rollback-config
+    assert_equal "$(grep -v '^$' out/plain)" $'a=1\nb = 2'
+}
+
+@test "a line that lost its markers is named by a rollback, and stays on record" {
+    printf 'a=1\nb = 2\n' >out/plain
+    edits "$TWO_EDITS"
+    zet -q commit-config
+    sed -i '/^#/d' out/plain
+    cp out/plain stripped
+    local words="$HOST/out/plain: was edited without markers, and may hold what others wrote, stays as it is (--force puts back what was there before)"
+    run_zet rollback-config
+    assert_status 1
+    [[ $output == *"$words"* ]]
+    cmp out/plain stripped
+    run_zet rollback-config
+    assert_status 1
+    [[ $output == *"$words"* ]]
+    run_zet rollback-config --force
+    assert_status 0
+    assert_file out/plain $'a=1\nb = 2\n'
+}
+
 @test "a line in a block of something else is a problem" {
     printf 'a=1\n' >out/plain
     zet param set out/plain a 5

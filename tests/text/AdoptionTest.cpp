@@ -143,6 +143,39 @@ TEST(Adoption, LastLineMayLackItsEnd) {
     EXPECT_EQ(Adopt("a\nb", "a\nb", "x\nb", "1c1\n").templateText, "x\nb");
 }
 
+/// A template line that makes three lines, between others.
+Adoption AdoptSeveral(std::string_view edited, std::string_view difference) {
+    const StringMap values = {{"${more}", "1\n2\n3"}, {"${realm}", "EXAMPLE.ORG"}};
+    return AdoptEdit("a\n<${more}>\n${realm}\n", "a\n<1\n2\n3>\nEXAMPLE.ORG\n", edited,
+                     HunksOf(difference).value(), values);
+}
+
+TEST(Adoption, LinesAroundAValueOfSeveralLinesAreTakenOver) {
+    const Adoption adoption = AdoptSeveral("b\n<1\n2\n3>\nnew\nto EXAMPLE.ORG\n", "1c1\n5c5,6\n");
+    EXPECT_THAT(adoption.refused, IsEmpty());
+    EXPECT_EQ(adoption.templateText, "b\n<${more}>\nnew\nto ${realm}\n");
+}
+
+TEST(Adoption, ValueOfSeveralLinesIsTakenOutWhole) {
+    EXPECT_EQ(AdoptSeveral("a\nEXAMPLE.ORG\n", "2,4d1\n").templateText, "a\n${realm}\n");
+    EXPECT_EQ(AdoptSeveral("EXAMPLE.ORG\n", "1,4d0\n").templateText, "${realm}\n");
+}
+
+TEST(Adoption, ChangeInAValueOfSeveralLinesIsRefused) {
+    for (const auto& [edited, difference] : StringMap{{"a\n<1\n2\n4>\nEXAMPLE.ORG\n", "4c4\n"},
+                                                      {"a\n<1\n3>\nEXAMPLE.ORG\n", "3d2\n"},
+                                                      {"a\n2\n3>\nEXAMPLE.ORG\n", "2d1\n"},
+                                                      {"a\n<1\n2\n3>\n", "4,5c4\n"},
+                                                      {"a\n<1\n", "3,5d2\n"},
+                                                      {"a\n<1\nx\n2\n3>\nEXAMPLE.ORG\n", "2a3\n"},
+                                                      {"a\nEXAMPLE.ORG\n<1\n2\n3>\n", "2,4d1\n5a3,5\n"},
+                                                      {"b\nEXAMPLE.ORG\n", "1,4c1\n"}}) {
+        const Adoption adoption = AdoptSeveral(edited, difference);
+        ASSERT_EQ(adoption.refused.size(), 1u) << difference;
+        EXPECT_THAT(adoption.refused[0].placeholders, ElementsAre("${more}")) << difference;
+    }
+}
+
 TEST(Adoption, RenderingOfAnotherTemplateCannotBeTraced) {
     EXPECT_FALSE(Adopt("a\nb\n", "a\nx\ny\n", "a\n", "2,3d1\n").isTraceable);
 }

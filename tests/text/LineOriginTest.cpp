@@ -16,10 +16,11 @@ constexpr char kNotice[] = "# --ZET_CONFIG_COMMENT--\n# text\n# --ZET_COMMENT_EN
 constexpr char kComment[] = "# --ZET_TEMPLATE_COMMENT--\n# about\n# --ZET_COMMENT_END--\n";
 
 /// For each line the number of the template's; "-" none, "!" behind it for one that differs, "?" unknown.
-std::string Trace(const std::string& file, const std::string& templateText) {
+std::string Trace(const std::string& file, const std::string& templateText,
+                  const ZET::StringMap& values = {}) {
     const ManagedText text(file);
     std::string trace;
-    for (const LineOrigin& origin : TraceLines(text, templateText)) {
+    for (const LineOrigin& origin : TraceLines(text, templateText, values)) {
         if (!trace.empty()) trace += ' ';
         switch (origin.certainty) {
             case LineOrigin::Certainty::None:
@@ -79,6 +80,15 @@ TEST(LineOrigin, LinesAroundALostOneAreStillCertain) {
 TEST(LineOrigin, NoLineIsCountedTwice) {
     EXPECT_EQ(Trace(std::string(kNotice) + "a\na\n", "a\na\na\n"), "- - - 1 2");
     EXPECT_EQ(Trace(std::string(kNotice) + "a\na\na\n", "a\na\n"), "- - - 1 2 ?");
+}
+
+TEST(LineOrigin, LinesOfOneValueComeFromOneLine) {
+    const ZET::StringMap values = {{"${more}", "1\n\n${realm}"}, {"${realm}", "EXAMPLE"}, {"${one}", "1"}};
+    const std::string templateText = "a ${one}\n<${more}>\n# ${more}\nb ${unknown}\n";
+    EXPECT_EQ(Trace("a 1\n<1\n\nEXAMPLE>\n# ${more}\nb !{unknown}\n", templateText, values), "1 2 2 2 3 4");
+    EXPECT_EQ(Trace("a 1\n<1\nx\nEXAMPLE>\n# ${more}\nb y\n", templateText, values), "1 2 2! 2 3 4");
+    EXPECT_EQ(Trace("a 1\n<1\nEXAMPLE>\n# ${more}\nb y\n", templateText, values), "1 2 2 3 4");
+    EXPECT_EQ(Trace("a 1\n<other>\n# ${more}\nb y\n", templateText, values), "1 ? 3 4");
 }
 
 TEST(LineOrigin, FormerLineOfABlockStandsForTheTemplatesLine) {

@@ -1,5 +1,8 @@
 #include "deploy/edit/Adopt.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <functional>
 
 #include "deploy/edit/Edits.h"
@@ -9,6 +12,7 @@
 #include "deploy/host/FileMode.h"
 #include "deploy/host/FileState.h"
 #include "deploy/host/FileVersion.h"
+#include "deploy/host/PathJudge.h"
 #include "deploy/host/Process.h"
 #include "deploy/host/StagedFile.h"
 #include "deploy/host/StagedOwner.h"
@@ -98,7 +102,7 @@ class Adopting {
     }
 
     void RequireLastRendering(const KnownFile& known, const std::string& rendered) {
-        if (IsRecordedText(rendered, known.state)) return;
+        if (WasLeftAs(m_product, known, rendered)) return;
         throw Failure({.file = m_path,
                        .text = _("its template or a parameter changed since the last commit, so nobody can "
                                  "tell what was edited"),
@@ -110,12 +114,29 @@ class Adopting {
         const mode_t mode = ModeOf(m_path);
         if (mode == ModeOf(staged) || mode == known.state.mode) return std::nullopt;
         const Target* const target = m_product.Lists().EntryOf(m_templateName);
-        if (target == nullptr || !target->mode) return mode;
+        if (target == nullptr || !target->mode) {
+            RequireUsableMode(mode);
+            return mode;
+        }
         throw Failure(
             {.file = m_path,
              .text = Words("has another mode (%s) than the list gives it", ModeText(StateOf(m_path))),
              .remedy =
                  Words("change the mode in the list, or that of the file to %s", ModeText(StateOf(staged)))});
+    }
+
+    /// Root uses no template that others may write.
+    void RequireUsableMode(mode_t mode) const {
+        struct stat status = {};
+        stat(m_workingCopy.c_str(), &status);  // a new one gets the group of root
+        status.st_mode = mode;
+        if (geteuid() != 0 || !HasOtherWriters(m_workingCopy, status)) return;
+        throw Failure(
+            {.file = m_path,
+             .text = Words("others may write it (mode %s), and root uses no template that others may "
+                           "write",
+                           ModeText(StateOf(m_path))),
+             .remedy = _("chmod go-w it, or give the mode in the list")});
     }
 
     std::string Source() const { return TemplateFile(m_product, m_templateName); }
@@ -129,7 +150,8 @@ class Adopting {
             for (std::string_view rest = text; !rest.empty();)
                 take(Text::TakeLine(rest).text);
         };
-        std::vector<Problem> problems = Text::CheckTemplate(m_workingCopy, lines, m_product.TemplateValues());
+        std::vector<Problem> problems = Text::CheckTemplate(m_workingCopy, lines, m_product.TemplateValues(),
+                                                            nullptr, HasNotice(m_product, m_templateName));
         if (problems.empty()) return;
         Problem& first = problems.front();
         Secrets& secrets = m_product.HostSecrets();

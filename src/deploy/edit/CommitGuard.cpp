@@ -127,7 +127,7 @@ void CommitGuard::RequireNoLines() const {
     if (m_lines.empty()) return;
     RequireTellingLists();
     for (const RememberedLine& line : m_lines)
-        if (const ListedEdit* const edit = EntryOf(line))
+        if (const ListedEdit* const edit = EntryOf(m_product, m_path, line))
             Refuse(
                 _("has lines that the lists set, and the next commit sets them again"),
                 Words("edit %s and commit, or use --force", edit->file + ":" + std::to_string(edit->line)));
@@ -146,25 +146,13 @@ void CommitGuard::RequireKept(const std::string& made) const {
     for (const RememberedLine& line : m_lines) {
         if (LinesOf(line, before, m_product.Core()) == LinesOf(line, after, m_product.Core())) continue;
         RequireTellingLists();
-        const ListedEdit* const edit = EntryOf(line);
+        const ListedEdit* const edit = EntryOf(m_product, m_path, line);
         if (edit == nullptr)
             Refuse(Words("its line %s was set by a commit, and the next one takes it back", line.Chosen()),
                    _("commit first, or use --force"));
         Refuse(Words("its line %s is set by the lists, and the next commit sets it again", line.Chosen()),
                Words("edit %s and commit, or use --force", edit->file + ":" + std::to_string(edit->line)));
     }
-}
-
-/// Null: no list asks for the line any more.
-const ListedEdit* CommitGuard::EntryOf(const RememberedLine& line) const {
-    HostLists& lists = m_product.Lists();
-    const std::string name = lists.NameOf(m_path);
-    const auto& edits = lists.Targets().edits;
-    const auto entry = std::find_if(edits.begin(), edits.end(), [&](const ListedEdit& edit) {
-        return edit.IsInForceFor(line.role) && SelectorOf(edit) == line.selector &&
-               m_product.HostPaths().Canonical(edit.path) == name;
-    });
-    return entry == edits.end() ? nullptr : &*entry;
 }
 
 void CommitGuard::Refuse(const std::string& text, const std::string& remedy) const {

@@ -36,7 +36,6 @@ class CommitGuard {
     void RequireNoTarget(const KnownFile& known) const;
     std::string Rollback(const KnownFile& known, const std::string& command = "rollback-config ") const;
     void RequireKept(const std::string& made) const;
-    const ListedEdit* EntryOf(const RememberedLine& line) const;
     void RequireTellingLists() const;
     [[noreturn]] void Refuse(const std::string& text, const std::string& remedy) const;
 

@@ -71,13 +71,6 @@ void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text,
                    .remedy = _("--no-markers edits without notice and markers")});
 }
 
-void FailOfByteOrderMark(const std::string& path, std::size_t line) {
-    throw Failure({.file = path,
-                   .line = static_cast<int>(line),
-                   .text = _("begins with a byte order mark, behind which nothing is found"),
-                   .remedy = _("save the file without the mark")});
-}
-
 std::string LineToSet(Observer& observer, const std::string& path, const Text::TextToEdit& text,
                       const std::string& line) {
     const Text::LineEnds& ends = text.ends;

@@ -1,7 +1,6 @@
 #ifndef ZET_EDITS_H
 #define ZET_EDITS_H
 
-#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -30,10 +29,6 @@ std::string FileToEdit(const Host& host, const std::string& file);
 
 /// Throws a `Failure` if the edit would put a notice before a first line that has to stay the first.
 void RequireRoomForNotice(const std::string& path, const Text::TextToEdit& text, const EditOptions& options);
-
-/// The module takes a byte order mark for a part of its line, and would add another line because it does not
-/// find the one behind the mark.
-[[noreturn]] void FailOfByteOrderMark(const std::string& path, std::size_t line);
 
 /// The line with an end like those of the text. Warns if the text has mixed ends.
 std::string LineToSet(Observer& observer, const std::string& path, const Text::TextToEdit& text,

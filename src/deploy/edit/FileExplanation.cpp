@@ -3,6 +3,7 @@
 #include "deploy/edit/Edits.h"
 #include "deploy/host/Companions.h"
 #include "deploy/host/FileBytes.h"
+#include "text/Placeholders.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
 
@@ -23,6 +24,12 @@ static void HideWords(std::vector<std::optional<LineAge>>& ages) {
         if (age && age->entry) age->entry->words = {"***"};
 }
 
+/// Finding the values takes a look at all that gives some.
+static StringMap ValuesFor(Deployment& product, const std::string& templateText) {
+    const bool hasPlaceholders = templateText.find(Text::kPlaceholderBegin) != std::string::npos;
+    return hasPlaceholders ? product.TemplateValues() : StringMap();
+}
+
 FileExplanation ExplainFile(Deployment& product, const std::string& file) {
     FileExplanation result;
     result.path = FileToRead(product, file);
@@ -36,8 +43,8 @@ FileExplanation ExplainFile(Deployment& product, const std::string& file) {
     result.hadNoFile = result.reserve.empty() && IsFileExist(result.path + ZETAbsenceSuffix);
     const std::string& source = result.origin.templateFile;
     result.templateText = std::make_unique<const std::string>(source.empty() ? "" : ReadFileBytes(source));
-    result.lines =
-        std::make_unique<const Text::TextExplanation>(text, result.origin.isMade, *result.templateText);
+    result.lines = std::make_unique<const Text::TextExplanation>(
+        text, result.origin.isMade, *result.templateText, ValuesFor(product, *result.templateText));
     result.ages = AgesOfLines(product, file, *result.text);
     if (result.isHidden) HideWords(result.ages);
     return result;

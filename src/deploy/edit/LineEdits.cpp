@@ -6,6 +6,7 @@
 #include "deploy/edit/FilePart.h"
 #include "deploy/edit/PartEdit.h"
 #include "deploy/edit/RestoreRules.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Remedy.h"
 #include "deploy/host/Words.h"
@@ -51,16 +52,46 @@ void RequireNoMarkBefore(IZETCore& core, const PartEdit& edit, const std::string
         FailOfByteOrderMark(edit.Path(), 1);
 }
 
+/// Where only its carriage return keeps the pattern from a line, another one would be added to it.
+void RequireNoReturnBehind(IZETCore& core, const std::string& path, const std::string& pattern,
+                           const FilePart& part) {
+    const std::size_t number = FirstSelectedWithoutReturn(core, pattern, part.lines);
+    if (number == 0) return;
+    throw Failure({.file = path,
+                   .line = static_cast<int>(part.linesBefore + number),
+                   .text = _("is selected only without the carriage return at its end"),
+                   .remedy = _(kPatternForReturn)});
+}
+
+/// The line must be found again.
+void RequireNoReturnBehindLine(IZETCore& core, const std::string& path, const std::string& pattern,
+                               const std::string& line) {
+    if (SelectsWithoutReturn(core, pattern, line))
+        throw Failure({.file = path,
+                       .text = _("PATTERN selects LINE only without the carriage return that this gets"),
+                       .remedy = _(kPatternForReturn)});
+}
+
+std::optional<std::string> LineInFile(Deployment& product, const std::string& path,
+                                      const std::string& pattern) {
+    const auto file = OpenedFile(product, path, true);
+    const std::string line = RemedyErrors(kSimplerExpression, [&] { return file->GetLine(pattern); });
+    if (line.empty() && !SelectsEmptyLine(product, path, pattern)) return std::nullopt;
+    return Text::WithoutLineEnd(line);
+}
+
 }  // namespace
 
 std::optional<std::string> GetLine(Deployment& product, const std::string& path, const std::string& pattern,
                                    const std::optional<std::string>& section) {
     RequireSectionName(section);
-    if (section) return LineInSection(product, path, pattern, *section);
-    const auto file = OpenedFile(product, path, true);
-    const std::string line = RemedyErrors(kSimplerExpression, [&] { return file->GetLine(pattern); });
-    if (line.empty() && !SelectsEmptyLine(product, path, pattern)) return std::nullopt;
-    return Text::WithoutLineEnd(line);
+    const auto line =
+        section ? LineInSection(product, path, pattern, *section) : LineInFile(product, path, pattern);
+    if (!line) {
+        const std::string bytes = ReadFileBytes(path);
+        RequireNoReturnBehind(product.Core(), path, pattern, PartOf(path, bytes, section));
+    }
+    return line;
 }
 
 FileOutcome SetLine(Deployment& product, const std::string& file, const std::string& pattern,
@@ -74,7 +105,9 @@ FileOutcome SetLine(Deployment& product, const std::string& file, const std::str
     RequireNoMarkBefore(product.Core(), edit, pattern);
     const std::string selection =
         PatternForSet(product.Core(), edit.Path(), GivenText(edit, options), pattern);
+    RequireNoReturnBehind(product.Core(), edit.Path(), selection, edit.Part());
     const std::string newLine = LineToSet(product.Out(), edit.Path(), edit.Text(), line);
+    RequireNoReturnBehindLine(product.Core(), edit.Path(), selection, newLine);
     return edit.Make([&](IZETConfigFile& opened) { opened.SetLine(selection, newLine); });
 }
 

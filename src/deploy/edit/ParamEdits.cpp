@@ -5,12 +5,12 @@
 
 #include "deploy/edit/Edits.h"
 #include "deploy/edit/FilePart.h"
-#include "deploy/edit/ParamRules.h"
 #include "deploy/edit/PartEdit.h"
 #include "deploy/edit/RestoreRules.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/EditRules.h"
+#include "deploy/targets/ParamRules.h"
 #include "posix/ByteBlock.h"
 #include "text/LineEnds.h"
 #include "text/Lines.h"
@@ -151,13 +151,8 @@ FileOutcome SetParam(Deployment& product, const std::string& file, const std::st
     RequireSectionName(options.section);
     ParamEdit edit(product, file, name, options, ParamEdit::View::Lines);
     edit.RequireLiteral(ZETEditOpening);
-    RequireNoMarkBefore(edit.Found());
-    RequireNoBlanks(edit.Found(), "line set", _("sets it"));
-    if (!options.section) {
-        RequireOneSectionToSet(edit.Found());
-        RequirePlaceForNewLine(edit.Found());
-    }
-    TellLinesToSet(product.Out(), edit.Found());
+    RequireSettable(edit.Found(), options.section.has_value());
+    TellLinesToSet(product.Out(), edit.Found(), _("\"line set\" with a PATTERN sets one"));
     const std::string line = LineToSet(product.Out(), edit.Path(), edit.Text(), value);
     return edit.Make([&](IZETConfigFile& opened) { opened.SetParamValue(name, line); });
 }

@@ -1,5 +1,7 @@
 #include "deploy/targets/EditMerge.h"
 
+#include <algorithm>
+
 #include "deploy/host/Failure.h"
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/FileState.h"
@@ -54,6 +56,22 @@ bool IsMergedWith(Host& host, const KnownFile& known, const std::string& rendere
     if (!base) return false;
     Store* const store = host.HostHistory().ToLookForWriting();
     return store != nullptr && store->Text(*base) == rendered;
+}
+
+bool WasLeftAs(Host& host, const KnownFile& known, const std::string& rendered) {
+    if (IsRecordedText(rendered, known.state)) return true;
+    Store* const store = host.HostHistory().ToLookForWriting();
+    if (store == nullptr) return false;
+    for (const RecordedEntry& entry : store->EntriesOf(known.path)) {
+        const std::vector<RecordedFile> files = store->FilesOf(entry.number);
+        const bool isCommit = std::any_of(files.begin(), files.end(), [](const RecordedFile& file) {
+            return file.kind == FileKind::Status;
+        });
+        if (isCommit) return false;
+        for (const RecordedFile& file : files)
+            if (file.path == known.path && IsRecordedText(rendered, file.KnownBefore())) return true;
+    }
+    return false;
 }
 
 void EditMerge::KeepMerged(PlannedTarget& planned) const {

@@ -46,6 +46,10 @@ class EditMerge {
 /// Whether the text of a file, as the product left it, was merged with this rendering.
 bool IsMergedWith(Host& host, const KnownFile& known, const std::string& rendered);
 
+/// Whether the product left the file with this rendering: by the last commit, which wrote a status, or by one
+/// of the edits since, which are on record one by one.
+bool WasLeftAs(Host& host, const KnownFile& known, const std::string& rendered);
+
 /// Compares the file that is there with the staged one.
 FileOutcome::Result ChangeOf(const PlannedTarget& planned);
 

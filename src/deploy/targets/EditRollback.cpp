@@ -8,6 +8,7 @@
 #include "deploy/host/Words.h"
 #include "deploy/state/LostOriginal.h"
 #include "deploy/state/Writers.h"
+#include "deploy/targets/BareLines.h"
 #include "deploy/targets/LinesInPlace.h"
 #include "deploy/targets/UnmarkedEdits.h"
 #include "text/ShellWord.h"
@@ -105,8 +106,8 @@ EditToTakeBack LookAtEdit(Deployment& product, const KnownFiles& knownFiles, con
     if (mayGoBack && isAsLeft && IsProductsAlone(product, *known, file)) return {Way::Reserve};
     // Whoever wrote the file in between, nothing of theirs is left in it.
     if (mayGoBack && IsAsReserve(file, edit.text)) return {Way::Reserve};
-    edit.isUnmarked =
-        !isForced && edit.others.empty() && known != nullptr && HoldsUnmarkedEdits(product, *known);
+    edit.isUnmarked = !isForced && edit.others.empty() && known != nullptr &&
+                      (HoldsUnmarkedEdits(product, *known) || !BareLinesIn(product, *known, text).empty());
     if (edit.text != text) {
         edit.way = Way::Blocks;
         edit.remark = product.Wanted().dryRun

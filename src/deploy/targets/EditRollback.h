@@ -26,7 +26,7 @@ struct EditToTakeBack {
     std::string remark{};
     std::string text{};                    ///< what is left without the blocks
     std::vector<RememberedLine> others{};  ///< lines that the other role has set there, and that stay
-    bool isUnmarked = false;               ///< what was edited without markers stays, too
+    bool isUnmarked = false;               ///< what was edited without markers, or lost them, stays, too
 };
 
 /// Throws a `Failure` for damaged markers, and for what cannot be read.

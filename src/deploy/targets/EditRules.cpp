@@ -78,6 +78,23 @@ std::optional<std::string> FirstSelected(IZETCore& core, const std::string& patt
     return std::nullopt;
 }
 
+bool SelectsWithoutReturn(IZETCore& core, const std::string& pattern, const std::string& line) {
+    return line.ends_with('\r') && !Selects(core, pattern, line) &&
+           Selects(core, pattern, line.substr(0, line.size() - 1));
+}
+
+std::size_t FirstSelectedWithoutReturn(IZETCore& core, const std::string& pattern, std::string_view lines) {
+    if (lines.find('\r') == std::string_view::npos) return 0;
+    std::size_t number = 0;
+    for (const Text::TextLine& line : Text::SplitLines(lines)) {
+        ++number;
+        if (Text::MarkerOf(line.text) == Text::Marker::None &&
+            SelectsWithoutReturn(core, pattern, std::string(line.text)))
+            return number;
+    }
+    return 0;
+}
+
 void RequirePattern(IZETCore& core, const std::string& pattern) {
     if (pattern.empty()) throw UsageError(_("PATTERN is empty (give a regular expression)"));
     try {
@@ -125,6 +142,13 @@ void RequireOptionName(const std::string& name, const std::string& what) {
             Words("%s \"%s\" is no name of a parameter (use letters, digits and \"_\", no digit first)", what,
                   name));
     }
+}
+
+void FailOfByteOrderMark(const std::string& path, std::size_t line) {
+    throw Failure({.file = path,
+                   .line = static_cast<int>(line),
+                   .text = _("begins with a byte order mark, behind which nothing is found"),
+                   .remedy = _("save the file without the mark")});
 }
 
 bool IsLiteralName(const std::string& name) {

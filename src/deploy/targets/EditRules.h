@@ -16,6 +16,9 @@ namespace ZET::Deploy {
 /// The remedy if matching an expression takes too much work.
 inline constexpr char kSimplerExpression[] = ZET_TEXT("give a simpler expression");
 
+/// The remedy if an expression does not reach over the carriage return of a line.
+inline constexpr char kPatternForReturn[] = ZET_TEXT("write \"\\r?$\" in place of \"$\"");
+
 /// `what` names the argument.
 void RequireOneLine(const std::string& text, const std::string& what);
 
@@ -29,6 +32,12 @@ bool Selects(IZETCore& core, const std::string& pattern, const std::string& line
 /// The first of the lines that the expression selects.
 std::optional<std::string> FirstSelected(IZETCore& core, const std::string& pattern, std::string_view lines);
 
+/// Whether the expression selects the line only without the carriage return at its end.
+bool SelectsWithoutReturn(IZETCore& core, const std::string& pattern, const std::string& line);
+
+/// The number of the first such line that is not one of the system's own; 0 if there is none.
+std::size_t FirstSelectedWithoutReturn(IZETCore& core, const std::string& pattern, std::string_view lines);
+
 /// The pattern must not be empty, and must be valid.
 void RequirePattern(IZETCore& core, const std::string& pattern);
 
@@ -39,6 +48,10 @@ void RequireOptionName(const std::string& name, const std::string& what);
 
 /// Checks the name of a section, as `EditOptions` has it.
 void RequireSectionName(const std::optional<std::string>& section);
+
+/// The module takes a byte order mark for a part of its line, and would add another line because it does not
+/// find the one behind the mark.
+[[noreturn]] void FailOfByteOrderMark(const std::string& path, std::size_t line);
 
 /// The text as a regular expression that selects nothing else.
 std::string Escaped(std::string_view text);

@@ -61,6 +61,18 @@ void NameTemplate(Host& host, const std::string& path, FileOrigin& origin) {
     if (IsFileExist(file)) origin.templateFile = file;
 }
 
+/// The template that a commit made the file from, if the list keeps the notice out; empty: nobody can tell.
+std::string TemplateOnRecord(Deployment& product, const std::string& file, const FileOrigin& origin) {
+    if (!origin.target || origin.target->hasNotice) return "";
+    try {
+        HostLists& lists = product.Lists();
+        const std::optional<KnownFile> known = lists.CommittedFile(lists.NameOf(product.FilePath(file)));
+        return known && known->kind == FileKind::Target ? known->state.knowledge.templateName : "";
+    } catch (const Failure&) {
+        return "";
+    }
+}
+
 /// The part that has the notice of a file made from a template, unless somebody put very much before it.
 std::string HeadOf(const std::string& path) {
     constexpr std::size_t kSizeOfHead = std::size_t{64} << 10;
@@ -87,7 +99,13 @@ FileOrigin FindOrigin(Deployment& product, const std::string& file, const Text::
     ReadTarget(product, file, origin);
     const std::string path = TemplateInNotice(text, noticeTexts);
     origin.isMade = !path.empty();
-    if (origin.isMade) NameTemplate(product, path, origin);
+    if (origin.isMade) {
+        NameTemplate(product, path, origin);
+    } else {
+        origin.templateName = TemplateOnRecord(product, file, origin);
+        origin.isMade = !origin.templateName.empty();
+        if (origin.isMade) origin.templateFile = TemplateFile(product, origin.templateName);
+    }
     return origin;
 }
 

@@ -15,7 +15,7 @@ namespace ZET::Deploy {
 struct FileOrigin {
     std::optional<Target> target;  ///< what the list of targets says about the file, for any role
     bool isPrivate = false;        ///< its text is not for everybody, or nobody can tell
-    bool isMade = false;           ///< its notice says that it was made from a template
+    bool isMade = false;           ///< from a template, as its notice says; without one, as the history says
     std::string templateName;      ///< of a made file
     std::string templateFile;      ///< the working copy, or the pristine one; empty: there is neither
 };

@@ -1,5 +1,6 @@
 #include "deploy/targets/LinesInPlace.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace ZET::Deploy {
@@ -33,6 +34,16 @@ std::vector<RememberedLine> FormerLinesOf(const FileWithLines& file, Role role) 
     for (const RememberedLine& line : file.remembered)
         if (line.role == role && !wanted.contains(line.selector)) former.push_back(line);
     return former;
+}
+
+const ListedEdit* EntryOf(Deployment& product, const std::string& path, const RememberedLine& line) {
+    const std::string name = product.Lists().NameOf(path);
+    const auto& edits = product.Lists().Targets().edits;
+    const auto entry = std::find_if(edits.begin(), edits.end(), [&](const ListedEdit& edit) {
+        return edit.IsInForceFor(line.role) && SelectorOf(edit) == line.selector &&
+               product.HostPaths().Canonical(edit.path) == name;
+    });
+    return entry == edits.end() ? nullptr : &*entry;
 }
 
 }  // namespace ZET::Deploy

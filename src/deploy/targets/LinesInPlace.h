@@ -27,6 +27,10 @@ std::set<std::string> BlockLinesOf(std::string_view text);
 /// The lines that only this role has set in the file, and that no list asks for any more.
 std::vector<RememberedLine> FormerLinesOf(const FileWithLines& file, Role role);
 
+/// The entry of the lists that asks for a line which a commit of its role has set in the file; null: there is
+/// none any more.
+const ListedEdit* EntryOf(Deployment& product, const std::string& path, const RememberedLine& line);
+
 }  // namespace ZET::Deploy
 
 #endif

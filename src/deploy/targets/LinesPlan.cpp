@@ -16,12 +16,13 @@
 #include "deploy/state/Overrides.h"
 #include "deploy/state/OwnText.h"
 #include "deploy/state/Replacement.h"
+#include "deploy/targets/BareLines.h"
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/FormerTarget.h"
 #include "deploy/targets/ListedEditStates.h"
 #include "deploy/targets/ListedLinesCheck.h"
+#include "deploy/targets/ParamRules.h"
 #include "deploy/targets/ShownDiff.h"
-#include "text/LineEnds.h"
 #include "text/ManagedText.h"
 #include "text/WithoutBlocks.h"
 
@@ -62,7 +63,7 @@ LinesPlan::LinesPlan(Deployment& product, const KnownFiles& known, const Staging
 }
 
 void LinesPlan::Plan(FileWithLines file, const Staging& staging) {
-    const std::string rest = WithoutFormerLines(file);
+    const std::string rest = WithLostLines(file, WithoutFormerLines(file));
     PlannedLines planned{.file = std::move(file), .staged = ""};
     FileWithLines& found = planned.file;
     planned.isTakenBack = rest != found.text;
@@ -70,9 +71,6 @@ void LinesPlan::Plan(FileWithLines file, const Staging& staging) {
         m_emptied.push_back(found.path);
         return;
     }
-    const Text::LineEnds ends = Text::LineEndsOf(found.text);
-    for (LineToSet& line : found.lines)
-        line.line = Text::WithLineEnd(line.line, ends);
     JudgeEdited(planned);
     if (found.original) JudgeEditedTarget(planned);
     const std::string staged = staging.PathOf("edits/" + std::to_string(m_files.size()));
@@ -82,8 +80,19 @@ void LinesPlan::Plan(FileWithLines file, const Staging& staging) {
     if (!found.lines.empty()) Set(staged, found);
     if (!found.original) RequireModeOf(found.path, staged);
     if (found.original || ReadFileBytes(staged) != found.text) planned.staged = staged;
+    if (planned.IsChange()) TellLines(found);
     planned.isOriginalLost = planned.IsChange() && !found.original && IsOriginalLost(m_product, found.path);
     m_files.push_back(std::move(planned));
+}
+
+/// As "param set" does.
+void LinesPlan::TellLines(const FileWithLines& file) const {
+    for (const LineToSet& line : file.lines) {
+        const std::string& param = line.edit.param;
+        if (param.empty()) continue;
+        const Text::ParamLook look = LookOf(file, param);
+        TellLinesToSet(m_product.Out(), {file.path, param, look}, _("a pattern and a line set one"));
+    }
 }
 
 /// A merge knows three texts of a line: what the last commit set, what it is now, and what the lists ask for.
@@ -141,6 +150,25 @@ std::string LinesPlan::WithoutFormerLines(const FileWithLines& file) {
                       file.path, line.substr(0, line.find('='))));
     return Text::WithoutBlocksOf(file.text,
                                  [&](std::string_view line) { return former.contains(std::string(line)); });
+}
+
+/// The text with what stood there before where a line of a commit lost its markers: the line is set again,
+/// and must not become what is put back.
+std::string LinesPlan::WithLostLines(const FileWithLines& file, const std::string& text) const {
+    const KnownFile* const known = m_known.Find(file.path);
+    if (known == nullptr || file.original || file.lines.empty()) return text;
+    std::set<std::string> selectors;
+    for (const LineToSet& line : file.lines)
+        selectors.insert(SelectorOf(line.edit));
+    const std::set<std::string> blocks = BlockLinesOf(text);
+    std::set<std::string> lost;
+    for (const RememberedLine& line : file.remembered)
+        if (line.role == m_product.Role() && selectors.contains(line.selector) && !blocks.contains(line.line))
+            lost.insert(line.line);
+    if (lost.empty()) return text;
+    BareLines bare = BareLinesIn(m_product, *known, text);
+    std::erase_if(bare, [&](const auto& line) { return !lost.contains(line.first); });
+    return bare.empty() ? text : WithoutBareLines(text, bare);
 }
 
 void LinesPlan::Set(const std::string& name, const FileWithLines& file) const {

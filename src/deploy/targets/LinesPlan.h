@@ -16,7 +16,7 @@ struct PlannedLines {
     FileWithLines file;
     std::string staged;                ///< the file as it would be; empty: it stays as it is
     bool isOriginalLost = false;       ///< what is there is the product's own work, which gets no reserve
-    bool isTakenBack = false;          ///< lines are taken back, so that the text is not the module's alone
+    bool isTakenBack = false;          ///< former lines come back, so that the text is not the module's alone
     bool isEdited = false;             ///< somebody changed a line that a commit had set; it is set again
     bool isMerged = false;             ///< somebody changed such a line, and it stays as it is
     bool dropsMerge = false;           ///< the edits in the target that would be lost were merged by a commit
@@ -56,9 +56,11 @@ class LinesPlan {
 
   private:
     void Plan(FileWithLines file, const Staging& staging);
+    void TellLines(const FileWithLines& file) const;
     void JudgeEdited(PlannedLines& planned) const;
     void JudgeEditedTarget(PlannedLines& planned) const;
     std::string WithoutFormerLines(const FileWithLines& file);
+    std::string WithLostLines(const FileWithLines& file, const std::string& text) const;
     void Set(const std::string& name, const FileWithLines& file) const;
     std::vector<RememberedLine> ToRemember(const FileWithLines& file) const;
 

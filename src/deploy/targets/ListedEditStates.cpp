@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <set>
 
-#include "text/LineEnds.h"
 #include "text/ManagedText.h"
 #include "zet/ZETFiles.h"
 
@@ -24,7 +23,7 @@ std::string StateOfLine(const FileWithLines& file, const LineToSet& line,
     };
     const std::string selector = SelectorOf(line.edit);
     if (inBlocks.empty()) return file.Remembers(selector) ? kMissing : kNotCommitted;
-    if (are(Text::WithLineEnd(line.line, Text::LineEndsOf(file.text)))) return isOutside ? kEdited : kInSync;
+    if (are(line.line)) return isOutside ? kEdited : kInSync;
     if (!file.Remembers(selector)) return file.isForgotten ? kEdited : kNotCommitted;
     const bool isAsLeft =
         std::any_of(file.remembered.begin(), file.remembered.end(),

@@ -15,6 +15,7 @@
 #include "deploy/state/Overrides.h"
 #include "deploy/targets/EditRules.h"
 #include "deploy/targets/EditedTargets.h"
+#include "deploy/targets/ParamRules.h"
 #include "text/Lines.h"
 #include "text/Placeholders.h"
 #include "text/ShellWord.h"
@@ -40,6 +41,20 @@ std::string GuardedLines(const std::vector<const ListedEdit*>& edits) {
     for (const ListedEdit* const edit : edits)
         text.append(Text::kLineGuard).append(SourceOf(*edit)).append("\n");
     return text;
+}
+
+/// What "param set" requires. A list has no way to name a section.
+void RequireSettableLine(const FileWithLines& file, const std::string& param) {
+    const Text::ParamLook look = LookOf(file, param);
+    const FoundParam found{file.path, param, look};
+    RequireNoMarkBefore(found);
+    try {
+        RequireSettable(found, false);
+    } catch (const Failure& failure) {
+        Problem problem = failure.Facts();
+        problem.remedy = _("choose the line with pattern and line, or make a template for the file");
+        throw Failure(problem);
+    }
 }
 
 class Finder {
@@ -154,10 +169,12 @@ class Finder {
         } else {
             RequireParamName(edit.param);
             RequireLiteralName(core, file.path, file.text, ZETEditOpening, edit.param);
+            RequireSettableLine(file, edit.param);
             made.pattern = ZETEditOpening + edit.param + "=";
             made.line = edit.param + "=" + line;
         }
         RequireNoMarker(made.line);
+        made.line = Text::WithLineEnd(made.line, file.ends);
         return made;
     }
 
@@ -204,6 +221,7 @@ class Finder {
             file.original = Capture(path + ZETReserveSuffix, UINT64_MAX);
         file.isThere = file.before.exists || file.original;
         if (file.isThere) file.text = file.original ? file.original->text : ReadFileBytes(path);
+        file.ends = Text::LineEndsOf(file.text);
         const KnownFile* const known = m_known.Find(path);
         file.isForgotten =
             known == nullptr && IsFileExist(path + ZETReserveSuffix) && IsUnseen(m_product, path);
@@ -247,6 +265,12 @@ bool FileWithLines::HasSet(const std::string& selector, const std::string& line)
     return std::any_of(remembered.begin(), remembered.end(), [&](const RememberedLine& each) {
         return each.selector == selector && each.line == line;
     });
+}
+
+Text::ParamLook LookOf(const FileWithLines& file, const std::string& param) {
+    Text::ParamLook look(param);
+    look.Take(file.text, 0);
+    return look;
 }
 
 ListedLines FindListedLines(Deployment& product, const KnownFiles& known, const Staging& staging) {

@@ -12,6 +12,8 @@
 #include "deploy/state/KnownFiles.h"
 #include "deploy/targets/Deployment.h"
 #include "deploy/targets/RememberedLines.h"
+#include "text/LineEnds.h"
+#include "text/ParamLook.h"
 #include "zet/ZETProblem.h"
 
 namespace ZET::Deploy {
@@ -20,7 +22,7 @@ namespace ZET::Deploy {
 struct LineToSet {
     ListedEdit edit;      ///< a copy: the lists may be read again before the line is set
     std::string pattern;  ///< selects the lines that it replaces
-    std::string line;     ///< with placeholders replaced
+    std::string line;     ///< with placeholders replaced, and with the end that the file's lines have
     bool stays = false;   ///< it stays as somebody changed it
 };
 
@@ -39,6 +41,7 @@ struct FileWithLines {
     FileState before;
     std::optional<CapturedFile> original{};  ///< of a former target: what was there before
     std::string text;                        ///< where lines are set: the file's text, or the original's
+    Text::LineEnds ends{};                   ///< of that text
 
     bool Remembers(const std::string& selector) const;
 
@@ -53,6 +56,9 @@ struct ListedLines {
     std::vector<Problem> problems;
     std::vector<const ListedEdit*> unset;  ///< the edits that have problems
 };
+
+/// What the file has of a parameter, where lines are set.
+Text::ParamLook LookOf(const FileWithLines& file, const std::string& param);
 
 ListedLines FindListedLines(Deployment& product, const KnownFiles& known, const Staging& staging);
 

@@ -8,11 +8,10 @@
 #include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
 #include "deploy/state/CutShort.h"
-#include "deploy/targets/EditRules.h"
+#include "deploy/targets/LineProblems.h"
 #include "deploy/targets/PlaceCheck.h"
 #include "posix/PathNames.h"
 #include "text/FirstLine.h"
-#include "text/ManagedText.h"
 #include "text/repair/TextToEdit.h"
 #include "zet/ZETFormat.h"
 
@@ -25,7 +24,7 @@ bool ListedLinesCheck::IsSound(const FileWithLines& file) {
     const std::size_t before = m_problems.size();
     CheckText(file);
     CheckPlace(file);
-    CheckLines(file);
+    Append(m_problems, ProblemsOfLines(m_product, file));
     return m_problems.size() == before;
 }
 
@@ -61,48 +60,6 @@ void ListedLinesCheck::CheckPlace(const FileWithLines& file) {
     if (geteuid() == 0 && problems.empty()) problems = ObjectionsTo(m_product.HostPaths(), names, path);
     if (m_product.Wanted().onlyLooks) WarnOfRights(m_product.Out(), problems);
     Append(m_problems, std::move(problems));
-}
-
-/// Each line of the file must belong to one edit at most, and each edit must find its own line again.
-void ListedLinesCheck::CheckLines(const FileWithLines& file) {
-    const auto selects = [&](const LineToSet& line, const std::string& text) {
-        return Selects(m_product.Core(), line.pattern, text);
-    };
-    const Text::ManagedText managed(file.text);
-    const std::vector<LineInPlace> places = LinesIn(managed);
-    std::vector<const LineToSet*> owners(places.size());
-    // Pattern by pattern, so that each is compiled once.
-    for (const LineToSet& line : file.lines) {
-        if (!selects(line, line.line))
-            Add(line, _("the line that it sets is not one that it selects"), _("give it another pattern"));
-        for (const LineToSet& other : file.lines)
-            if (&other != &line && selects(line, other.line))
-                Add(line,
-                    Words("selects the line that the edit of line %s sets", std::to_string(other.edit.line)),
-                    _("give each line to one edit"));
-        for (std::size_t i = 0; i < places.size(); ++i) {
-            if (!selects(line, places[i].text)) continue;
-            CheckPlaceOfLine(file, line, places[i], owners[i]);
-            owners[i] = &line;
-        }
-    }
-}
-
-void ListedLinesCheck::CheckPlaceOfLine(const FileWithLines& file, const LineToSet& line,
-                                        const LineInPlace& place, const LineToSet* owner) {
-    const std::string where = file.path + ":" + std::to_string(place.number);
-    if (owner != nullptr)
-        return Add(line,
-                   Words("selects %s, as the edit of line %s does", where, std::to_string(owner->edit.line)),
-                   _("give each line to one edit"));
-    const bool mayBeLists = file.isForgotten || file.Remembers(SelectorOf(line.edit));
-    if (place.isInBlock && place.text != line.line && !mayBeLists)
-        Add(line, Words("%s stands in a managed block of something else", where),
-            _("restore that, or leave the line to it"));
-}
-
-void ListedLinesCheck::Add(const LineToSet& line, const std::string& text, const std::string& remedy) {
-    m_problems.push_back({.file = line.edit.file, .line = line.edit.line, .text = text, .remedy = remedy});
 }
 
 }  // namespace ZET::Deploy

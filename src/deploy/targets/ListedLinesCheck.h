@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "deploy/targets/ClaimedFiles.h"
-#include "deploy/targets/LinesInPlace.h"
 #include "deploy/targets/ListedLines.h"
 #include "zet/ZETProblem.h"
 
@@ -24,10 +23,6 @@ class ListedLinesCheck {
   private:
     void CheckText(const FileWithLines& file);
     void CheckPlace(const FileWithLines& file);
-    void CheckLines(const FileWithLines& file);
-    void CheckPlaceOfLine(const FileWithLines& file, const LineToSet& line, const LineInPlace& place,
-                          const LineToSet* owner);
-    void Add(const LineToSet& line, const std::string& text, const std::string& remedy);
 
     Deployment& m_product;
     std::vector<Problem>& m_problems;

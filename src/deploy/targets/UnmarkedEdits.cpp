@@ -5,6 +5,7 @@
 #include <string>
 
 #include "deploy/state/History.h"
+#include "deploy/targets/BareLines.h"
 #include "text/WithoutBlocks.h"
 #include "text/repair/TextToEdit.h"
 
@@ -22,12 +23,20 @@ std::optional<std::string> OutsideOfBlocks(const std::string& text) {
     return rest;
 }
 
+/// A line that had lost its markers gets them again, and what stood there before its block comes back.
+std::string WithFormerLines(Store& store, const RecordedFile& change, const std::string& before) {
+    const std::optional<TextNumber>& left = change.KnownBefore().text;
+    return left ? WithoutBareLines(before, BareLinesOf(store.Text(*left), before)) : before;
+}
+
 bool IsUnmarked(Store& store, const RecordedFile& change) {
     if (change.kind != FileKind::Edit || !change.before.text || !change.after.text) return false;
     if (HaveSameText(change.before, change.after)) return false;
-    const auto before = OutsideOfBlocks(store.Text(*change.before.text));
+    const std::string text = store.Text(*change.before.text);
+    const auto before = OutsideOfBlocks(text);
     const auto after = OutsideOfBlocks(store.Text(*change.after.text));
-    return before && after && *before != *after;
+    if (!before || !after || *before == *after) return false;
+    return !change.knownAsBefore || OutsideOfBlocks(WithFormerLines(store, change, text)) != after;
 }
 
 /// A change from a template to lines, which are set in what was there before the template.

@@ -1,13 +1,12 @@
-#include "deploy/edit/ParamRules.h"
+#include "deploy/targets/ParamRules.h"
 
 #include <algorithm>
 #include <functional>
 #include <vector>
 
-#include "deploy/edit/Edits.h"
+#include "deploy/host/Failure.h"
 #include "deploy/host/Words.h"
 #include "deploy/targets/EditRules.h"
-#include "zet/deploy/Failure.h"
 
 namespace ZET::Deploy {
 
@@ -66,6 +65,17 @@ void RequireOneSection(const FoundParam& found, const Selection& isSelected) {
          .remedy = isBefore ? _("--section or --no-section says which") : _("--section says which")});
 }
 
+/// If the edit would add a line, requires that there are not several sections in which it could end up.
+void RequirePlaceForNewLine(const FoundParam& found) {
+    const auto& lines = found.look.Lines();
+    if (found.look.PartCount() < 2 || std::any_of(lines.begin(), lines.end(), IsTaken)) return;
+    throw Failure(
+        {.file = found.path,
+         .text = Words("no section has %s, and a new line would come to stand in the last one, [%s]",
+                       Quoted(found.name), found.look.LastSection()),
+         .remedy = _("--section says where, --no-section before all of them")});
+}
+
 }  // namespace
 
 void RequireNoBlanks(const FoundParam& found, const std::string& command, const std::string& effect) {
@@ -90,35 +100,27 @@ void RequireOneSectionToGet(const FoundParam& found) {
     RequireOneSection(found, [](const Text::ParamLine& line) { return line.form == Form::Set; });
 }
 
-void RequireOneSectionToSet(const FoundParam& found) {
-    RequireOneSection(found, IsTaken);
-}
-
 void RequireOneSectionToRestore(const FoundParam& found) {
     RequireOneSection(found, [](const Text::ParamLine& line) {
         return line.form == Form::Former || (IsTaken(line) && line.isInBlock);
     });
 }
 
-void RequirePlaceForNewLine(const FoundParam& found) {
-    const auto& lines = found.look.Lines();
-    if (found.look.PartCount() < 2 || std::any_of(lines.begin(), lines.end(), IsTaken)) return;
-    throw Failure(
-        {.file = found.path,
-         .text = Words("no section has %s, and a new line would come to stand in the last one, [%s]",
-                       Quoted(found.name), found.look.LastSection()),
-         .remedy = _("--section says where, --no-section before all of them")});
+void RequireSettable(const FoundParam& found, bool isInSection) {
+    RequireNoMarkBefore(found);
+    RequireNoBlanks(found, "line set", _("sets it"));
+    if (isInSection) return;
+    RequireOneSection(found, IsTaken);
+    RequirePlaceForNewLine(found);
 }
 
-void TellLinesToSet(Observer& observer, const FoundParam& found) {
+void TellLinesToSet(Observer& observer, const FoundParam& found, const std::string& oneLine) {
     const auto taken = Selected(found, IsTaken);
     const bool isAllInBlocks =
         std::all_of(taken.begin(), taken.end(), [](const Text::ParamLine& line) { return line.isInBlock; });
     if (taken.size() > 1 && !isAllInBlocks) {
-        observer.Warning(
-            Words("%s: lines %s are %s, commented out or not; all of them are set (\"line set\" with a "
-                  "PATTERN sets one)",
-                  found.path, Numbers(taken), Quoted(found.name)));
+        observer.Warning(Words("%s: lines %s are %s, commented out or not; all of them are set (%s)",
+                               found.path, Numbers(taken), Quoted(found.name), oneLine));
     }
     if (taken.size() == 1 && taken.front().form == Form::CommentedOut && !isAllInBlocks) {
         observer.Remark(Words("%s:%s: %s stands here commented out, and the new line takes its place",

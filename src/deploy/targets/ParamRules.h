@@ -25,16 +25,17 @@ void RequireNoBlanks(const FoundParam& found, const std::string& command, const 
 /// Requires that no line sets it behind a byte order mark, where the line would stay, too.
 void RequireNoMarkBefore(const FoundParam& found);
 
-/// These require that only one section has lines of it that a lookup, an edit or a restore would take.
+/// These require that only one section has lines of it that a lookup or a restore would take.
 void RequireOneSectionToGet(const FoundParam& found);
-void RequireOneSectionToSet(const FoundParam& found);
 void RequireOneSectionToRestore(const FoundParam& found);
 
-/// If the edit would add a line, requires that there are not several sections in which it could end up.
-void RequirePlaceForNewLine(const FoundParam& found);
+/// All that is required of a parameter that is set: none of the lines above, and only one section that has it
+/// or would get it, unless the edit is about one section.
+void RequireSettable(const FoundParam& found, bool isInSection);
 
-/// Reports which lines the edit is about, if it is not the one line that everybody expects.
-void TellLinesToSet(Observer& observer, const FoundParam& found);
+/// Reports which lines the edit is about, if it is not the one line that everybody expects. `oneLine` says
+/// how one of several is set.
+void TellLinesToSet(Observer& observer, const FoundParam& found, const std::string& oneLine);
 
 }  // namespace ZET::Deploy
 
