@@ -16,6 +16,7 @@
 #include "deploy/state/Instructions.h"
 #include "deploy/state/LostOriginal.h"
 #include "deploy/state/StateDirectory.h"
+#include "deploy/targets/ConditionCheck.h"
 #include "deploy/targets/EditMerge.h"
 #include "deploy/targets/NewOwner.h"
 #include "deploy/targets/OthersWork.h"
@@ -76,6 +77,11 @@ std::optional<Problem> ObjectionTo(Host& host, const Planned& file, const std::s
                    .remedy = _(ways.last)};
 }
 
+void WarnOf(Deployment& product, const std::vector<Problem>& warnings) {
+    for (const Problem& warning : warnings)
+        product.Out().Warning(warning.Describe());
+}
+
 }  // namespace
 
 CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& templateNames, OnEdit onEdit)
@@ -89,6 +95,10 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
         m_cutShort = SettleCutShort(product, *m_lock);
     }
     m_checked = CheckTargets(product, templateNames);
+    ConditionFindings conditions;
+    if (templateNames.empty()) conditions = CheckConditions(product);
+    Append(m_checked.problems, std::move(conditions.problems));
+    WarnOf(product, conditions.warnings);
     if (!m_checked.problems.empty()) {
         if (templateNames.empty()) Append(m_checked.problems, ProblemsOfEdits(product));
         return;
@@ -109,6 +119,7 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
         AddTakenBack();
         AddEdits();
         JudgeListedEdits(wanted);
+        if (TakesBack()) WarnOf(product, conditions.notGiven);
     }
     if (m_checked.problems.empty()) return;
     m_targets.clear();
@@ -145,6 +156,12 @@ void CommitPlan::AddEdits() {
     Append(m_checked.problems, m_edits->Problems());
     for (const std::string& path : m_edits->Emptied())
         TakeBackFile(WrittenLines(m_product, path));
+}
+
+/// Whether something was in force until now, be it a line among others.
+bool CommitPlan::TakesBack() const {
+    return !m_takenBack.empty() || std::any_of(m_edits->Files().begin(), m_edits->Files().end(),
+                                               [](const PlannedEdits& edits) { return edits.isTakenBack; });
 }
 
 bool CommitPlan::IsRecorded() const {
