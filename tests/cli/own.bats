@@ -224,7 +224,7 @@ target = \"$HOST/out/own.conf\"
 roles = \"both\"
 when = \"$1\""
     echo "$2" >>zet.conf
-    zet -q commit-config
+    zet -q commit-config || true
 }
 
 # choose VALUE: what the sixth line gives from now on.
@@ -330,6 +330,36 @@ zet-client: no problems found"
     assert_absent out/own.conf
     run_zet commit-config
     assert_success "1 unchanged"
+}
+
+@test "when asks for the value that templates get, placeholders replaced" {
+    own_choice 'BACKUP=yes' 'BACKUP=${site_backup}'
+    test ! -e out/own.conf
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/zet.conf:6: when asks for the value of BACKUP, in which a placeholder has no value or no end (correct it)"
+    echo SITE_BACKUP=yes >>zet.conf
+    run_zet check-config
+    assert_status 0
+    assert_stderr "zet-client: no problems found"
+    zet -q commit-config
+    test -e out/own.conf
+    echo '${site_backup}' >etc/values.d/backup
+    sed -i 6d zet.conf
+    run_zet commit-config -n
+    assert_success "2 unchanged"
+    run_zet commit-config -n --set SITE_BACKUP=no
+    assert_status 3
+    [[ $output == *"own.conf: would be removed"* ]]
+    echo '${site_backup' >etc/values.d/backup
+    run_zet commit-config
+    assert_refusal 1 "$HOST/etc/values.d/backup: when asks for the value of BACKUP, in which a placeholder has no value or no end (correct it)
+zet-client: nothing was changed"
+    sed -i 's/^when.*/when = "REALM=EXAMPLE.ORG"/' etc/targets.d/10.toml
+    rm etc/values.d/backup
+    run_zet commit-config -n --set 'REALM=${capitals}' --set CAPITALS=EXAMPLE.ORG
+    assert_status 0
+    assert_output "2 unchanged"
 }
 
 @test "a parameter that only a condition knows is a problem where it is much like another, and else a warning" {

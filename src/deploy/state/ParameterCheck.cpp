@@ -1,7 +1,6 @@
 #include "deploy/state/ParameterCheck.h"
 
 #include <algorithm>
-#include <optional>
 #include <utility>
 
 #include "deploy/host/FileBytes.h"
@@ -22,17 +21,6 @@ constexpr char kServer[] = "SERVER";
 bool HasValue(const StringMap& values, const std::string& placeholder) {
     const auto found = values.find(placeholder);
     return found != values.end() && !found->second.empty() && found->second != "ldap://";
-}
-
-/// The value as a template expands it; none if no template can.
-std::optional<std::string> Expanded(const std::string& value, const StringMap& values) {
-    std::size_t longestKey = 0;
-    for (const auto& [placeholder, text] : values)
-        longestKey = std::max(longestKey, placeholder.size());
-    Text::LineExpansion line(std::string(Text::kLineGuard) + value, values, longestKey, nullptr);
-    line.Keep(Text::LineExpansion::kLongestLine);
-    if (line.Next() != Text::LineExpansion::Verdict::Fine) return std::nullopt;
-    return line.Expanded().substr(Text::kLineGuard.size());
 }
 
 class ValueCheck {
@@ -81,7 +69,7 @@ class ValueCheck {
         if (auto problem = ProblemOfParam(parameter.name, parameter.value)) return problem;
         if (!IsKnownParameter(parameter.name) || parameter.value.find("${") == std::string::npos)
             return std::nullopt;
-        const std::optional<std::string> made = Expanded(parameter.value, values);
+        const std::optional<std::string> made = ExpandedValue(parameter.value, values);
         return made ? ProblemOfParam(parameter.name, *made) : std::nullopt;
     }
 
@@ -122,6 +110,16 @@ class ValueCheck {
 };
 
 }  // namespace
+
+std::optional<std::string> ExpandedValue(const std::string& value, const StringMap& values) {
+    std::size_t longestKey = 0;
+    for (const auto& [placeholder, text] : values)
+        longestKey = std::max(longestKey, placeholder.size());
+    Text::LineExpansion line(std::string(Text::kLineGuard) + value, values, longestKey, nullptr);
+    line.Keep(Text::LineExpansion::kLongestLine);
+    if (line.Next() != Text::LineExpansion::Verdict::Fine) return std::nullopt;
+    return line.Expanded().substr(Text::kLineGuard.size());
+}
 
 std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& values,
                                           const std::set<std::string>& used,

@@ -1,6 +1,7 @@
 #ifndef ZET_PARAMETER_CHECK_H
 #define ZET_PARAMETER_CHECK_H
 
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -12,6 +13,9 @@
 #include "zet/ZETTypes.h"
 
 namespace ZET::Deploy {
+
+/// The value as a template expands it, with what placeholders stand for; none if no template can.
+std::optional<std::string> ExpandedValue(const std::string& value, const StringMap& values);
 
 /// Finds parameters whose values make files that no program can use: those without a value, if a placeholder
 /// in `used` needs them and has none in `values`, those that hold what was not meant to be part of them, and

@@ -91,11 +91,10 @@ class ConditionChecker {
 
   private:
     void Check(const Condition& when) {
-        if (const std::string* const value = m_values.Find(when.parameter)) {
-            CheckValue(when.parameter, *value);
-        } else {
-            TellNotGiven(when);
-        }
+        const std::optional<ConditionValue> value = m_values.Find(when.parameter);
+        if (!value) return TellNotGiven(when);
+        if (!value->isComplete) return TellIncomplete(when.parameter);
+        CheckValue(when.parameter, value->text);
     }
 
     /// A condition on a parameter that nobody gives is never met.
@@ -110,6 +109,14 @@ class ConditionChecker {
                         Words("when asks for the parameter %s, which nobody gives", name),
                         nearest.empty() ? _("correct its name, or give it a value, which may be empty")
                                         : Words("did you mean %s?", nearest)});
+    }
+
+    void TellIncomplete(const std::string& name) {
+        Problem problem = ProblemIn(name);
+        problem.text =
+            Words("when asks for the value of %s, in which a placeholder has no value or no end", name);
+        problem.remedy = _("correct it");
+        m_found.problems.push_back(std::move(problem));
     }
 
     /// The values of the product's own parameters are judged by their kinds. The message quotes no value,
@@ -139,7 +146,8 @@ class ConditionChecker {
         HostValues& values = m_product.Values();
         if (const GivenParameter* const assumed = FindGiven(values.Assumed(), name))
             return {.file = assumed->file};
-        const auto source = values.SourceOfPlaceholder(PlaceholderFor(name));
+        const auto source = IsKnownParameter(name) ? values.SourceOfParam(name)
+                                                   : values.SourceOfPlaceholder(PlaceholderFor(name));
         if (!source) return {.file = m_product.Param("ZET_CFG")};
         return {.file = source->file, .line = source->line};
     }
