@@ -23,6 +23,16 @@ bool HasValue(const StringMap& values, const std::string& placeholder) {
     return found != values.end() && !found->second.empty() && found->second != "ldap://";
 }
 
+bool EndsWithReturn(const std::string& value) {
+    return value.ends_with('\r');
+}
+
+std::optional<Problem> ProblemOfKind(const std::string& name, const std::string& value) {
+    const std::optional<ZETParameterProblem> problem = ProblemOfParam(name, value);
+    if (!problem) return std::nullopt;
+    return Problem{.text = problem->text, .remedy = problem->remedy};
+}
+
 class ValueCheck {
   public:
     ValueCheck(IZETCore& core, const std::vector<GivenParameter>& defaults,
@@ -46,17 +56,10 @@ class ValueCheck {
             if (FindGiven(m_given, parameter.name) != &parameter ||
                 m_core.GetParam(parameter.name) != parameter.value)
                 continue;
-            if (parameter.value.ends_with('\r')) {
-                Add(&parameter, Words("the value of %s ends with a carriage return", parameter.name),
-                    _("save the file with plain line feeds"));
-            } else if (IsQuotedWithComment(parameter.value)) {
-                Add(&parameter,
-                    Words("the value of %s is in quotes with a comment behind, and has both as parts of it",
-                          parameter.name),
-                    _("write the bare value alone behind \"=\""));
-            } else if (const auto problem = ProblemOf(parameter, values)) {
-                Add(&parameter, problem->text, problem->remedy);
-            }
+            const std::optional<Problem> problem = ProblemOf(parameter, values);
+            if (!problem) continue;
+            Add(&parameter, problem->text,
+                EndsWithReturn(parameter.value) ? _("save the file with plain line feeds") : problem->remedy);
         }
     }
 
@@ -64,13 +67,12 @@ class ValueCheck {
 
   private:
     /// A value with placeholders is checked as a template expands it.
-    static std::optional<ZETParameterProblem> ProblemOf(const GivenParameter& parameter,
-                                                        const StringMap& values) {
-        if (auto problem = ProblemOfParam(parameter.name, parameter.value)) return problem;
+    static std::optional<Problem> ProblemOf(const GivenParameter& parameter, const StringMap& values) {
+        if (auto problem = ProblemOfValue(parameter.name, parameter.value)) return problem;
         if (!IsKnownParameter(parameter.name) || parameter.value.find("${") == std::string::npos)
             return std::nullopt;
         const std::optional<std::string> made = ExpandedValue(parameter.value, values);
-        return made ? ProblemOfParam(parameter.name, *made) : std::nullopt;
+        return made ? ProblemOfKind(parameter.name, *made) : std::nullopt;
     }
 
     void TellNoValue(const OwnPlaceholder& source) {
@@ -119,6 +121,18 @@ std::optional<std::string> ExpandedValue(const std::string& value, const StringM
     line.Keep(Text::LineExpansion::kLongestLine);
     if (line.Next() != Text::LineExpansion::Verdict::Fine) return std::nullopt;
     return line.Expanded().substr(Text::kLineGuard.size());
+}
+
+std::optional<Problem> ProblemOfValue(const std::string& name, const std::string& value) {
+    if (EndsWithReturn(value))
+        return Problem{.text = Words("the value of %s ends with a carriage return", name),
+                       .remedy = _("give it without")};
+    if (IsQuotedWithComment(value))
+        return Problem{
+            .text = Words("the value of %s is in quotes with a comment behind, and has both as parts of it",
+                          name),
+            .remedy = _("write the bare value alone behind \"=\"")};
+    return ProblemOfKind(name, value);
 }
 
 std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& values,

@@ -17,6 +17,9 @@ namespace ZET::Deploy {
 /// The value as a template expands it, with what placeholders stand for; none if no template can.
 std::optional<std::string> ExpandedValue(const std::string& value, const StringMap& values);
 
+/// What is wrong with the value by itself, without its place; none if all is well.
+std::optional<Problem> ProblemOfValue(const std::string& name, const std::string& value);
+
 /// Finds parameters whose values make files that no program can use: those without a value, if a placeholder
 /// in `used` needs them and has none in `values`, those that hold what was not meant to be part of them, and
 /// those that are not of their kind. The `defaults` come before the main configuration file, and the
