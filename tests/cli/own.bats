@@ -91,6 +91,22 @@ $HOST/etc/values.d/realm: \${realm} is made of the product's parameter REALM (gi
 zet-client: no problems found"
 }
 
+@test "a value that ends with a carriage return is a problem, wherever it stands" {
+    printf 'one\r\ntwo\r\n' >etc/values.d/extra
+    printf 'NTP_SERVER=x\r\n' >templates/values.conf
+    run_zet check-config
+    assert_status 1
+    assert_output "$HOST/etc/values.d/extra: the value of \${extra} ends with a carriage return (save the file with plain line feeds)
+$HOST/templates/values.conf:1: the value of \${ntp_server} ends with a carriage return (save the file with plain line feeds)"
+    run_zet commit-config
+    assert_status 1
+    assert_absent out/one.conf
+    # The line of the main file counts, and the text is for a file whose lines end so.
+    echo NTP_SERVER=y >>zet.conf
+    printf 'one\r\ntwo' >etc/values.d/extra
+    zet -q commit-config
+}
+
 @test "a list of one's own adds, changes and disables" {
     add_target two.conf $'two\n'
     printf 'own\n' >etc/own.conf

@@ -5,6 +5,7 @@
 
 #include "deploy/host/FileBytes.h"
 #include "deploy/host/Words.h"
+#include "deploy/state/HostValues.h"
 #include "deploy/state/ParameterNames.h"
 #include "text/LineExpansion.h"
 #include "text/Placeholders.h"
@@ -143,6 +144,24 @@ std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& value
     check.CheckGiven(values);
     check.CheckUsed(values, used);
     return check.Result();
+}
+
+std::vector<Problem> CheckLineEnds(HostValues& values) {
+    std::set<std::string> checked;
+    for (const auto* given : {&values.GivenByFleet(), &values.GivenByMain(), &values.Assumed()})
+        for (const GivenParameter& parameter : *given)
+            checked.insert(PlaceholderFor(parameter.name));
+    std::vector<Problem> problems;
+    for (const auto& [placeholder, value] : values.Own()) {
+        if (!EndsWithReturn(value) || checked.contains(placeholder)) continue;
+        const auto source = values.SourceOfPlaceholder(placeholder);
+        if (source)
+            problems.push_back({.file = source->file,
+                                .line = source->line,
+                                .text = Words("the value of %s ends with a carriage return", placeholder),
+                                .remedy = _("save the file with plain line feeds")});
+    }
+    return problems;
 }
 
 UnusedParameters FindUnusedParameters(const std::string& file, const std::vector<GivenParameter>& given,

@@ -14,6 +14,8 @@
 
 namespace ZET::Deploy {
 
+class HostValues;
+
 /// The value as a template expands it, with what placeholders stand for; none if no template can.
 std::optional<std::string> ExpandedValue(const std::string& value, const StringMap& values);
 
@@ -28,6 +30,10 @@ std::vector<Problem> CheckParameterValues(IZETCore& core, const StringMap& value
                                           const std::set<std::string>& used,
                                           const std::vector<GivenParameter>& defaults = {},
                                           const std::vector<GivenParameter>& assumed = {});
+
+/// Finds values of files, and of the shipped defaults, that end with a carriage return: the lines of the
+/// others are checked as parameters.
+std::vector<Problem> CheckLineEnds(HostValues& values);
 
 /// The parameters among `given` that nobody knows and nothing uses.
 struct UnusedParameters {

@@ -227,8 +227,9 @@ CheckedTargets CheckTargets(Deployment& product, const std::vector<std::string>&
     }
     if (list.isUnderstood) Append(checked.problems, EditsOfTargets(product, templateNames));
     Append(checked.problems, checker.Result());
-    Append(checked.problems, product.Values().Problems());
     HostValues& values = product.Values();
+    Append(checked.problems, values.Problems());
+    Append(checked.problems, CheckLineEnds(values));
     Append(checked.problems,
            CheckParameterValues(product.Core(), product.TemplateValues(), checked.templates.used,
                                 values.GivenByFleet(), values.Assumed()));
