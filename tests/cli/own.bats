@@ -385,6 +385,9 @@ zet-client: nothing was changed"
     assert_status 1
     assert_output "$HOST/etc/targets.d/10.toml:2: when asks for the parameter IDENTTY, which nobody gives (did you mean IDENTITY?)"
     [[ $stderr == *"warning: $HOST/etc/targets.d/10.toml:7: when asks for the parameter SITE, which nobody gives (correct its name, or give it a value, which may be empty)"* ]]
+    run_zet commit-config
+    assert_refusal 1 "$HOST/etc/targets.d/10.toml:2: when asks for the parameter IDENTTY, which nobody gives (did you mean IDENTITY?)
+zet-client: nothing was changed"
     printf 'IDENTTY=x\nSITE=\n' >etc/defaults.d/10.conf
     run_zet -q check-config
     assert_success ""

@@ -22,6 +22,7 @@
 #include "deploy/targets/OthersWork.h"
 #include "deploy/targets/OwnCheck.h"
 #include "deploy/targets/Render.h"
+#include "deploy/targets/UnknownNames.h"
 #include "deploy/targets/WrittenFiles.h"
 #include "zet/ZETFiles.h"
 #include "zet/ZETFormat.h"
@@ -96,8 +97,11 @@ CommitPlan::CommitPlan(Deployment& product, const std::vector<std::string>& temp
     }
     m_checked = CheckTargets(product, templateNames);
     ConditionFindings conditions;
-    if (templateNames.empty()) conditions = CheckConditions(product);
-    Append(m_checked.problems, std::move(conditions.problems));
+    if (templateNames.empty()) {
+        conditions = CheckConditions(product);
+        Append(m_checked.problems, FindMistypedNames(product, m_checked.templates.used));
+        Append(m_checked.problems, std::move(conditions.problems));
+    }
     WarnOf(product, conditions.warnings);
     if (!m_checked.problems.empty()) {
         if (templateNames.empty()) Append(m_checked.problems, ProblemsOfEdits(product));

@@ -81,21 +81,29 @@ std::vector<std::string> NamesToTell(Deployment& product, const Rendering& rende
     return names;
 }
 
+UnusedParameters FindUnusedBeside(Deployment& product, const std::set<std::string>& used) {
+    HostValues& values = product.Values();
+    std::vector<GivenParameter> given = values.GivenByFleet();
+    given.insert(given.end(), values.GivenByMain().begin(), values.GivenByMain().end());
+    return FindUnusedParameters(product.Param("ZET_CFG"), given, used, ParametersAskedFor(product));
+}
+
 }  // namespace
 
 UnusedParameters FindUnknownNames(Deployment& product, const std::set<std::string>& used) {
     const std::set<std::string> usedAnywhere = UsedAnywhere(product, used);
-    HostValues& values = product.Values();
-    std::vector<GivenParameter> given = values.GivenByFleet();
-    given.insert(given.end(), values.GivenByMain().begin(), values.GivenByMain().end());
-    UnusedParameters found =
-        FindUnusedParameters(product.Param("ZET_CFG"), given, usedAnywhere, ParametersAskedFor(product));
+    UnusedParameters found = FindUnusedBeside(product, usedAnywhere);
     FindUnusedTexts(product, usedAnywhere, found);
     ConditionFindings ofConditions = CheckConditions(product);
     Append(found.mistyped, std::move(ofConditions.problems));
     Append(found.unused, std::move(ofConditions.notGiven));
     Append(found.unused, std::move(ofConditions.warnings));
     return found;
+}
+
+std::vector<Problem> FindMistypedNames(Deployment& product, const std::set<std::string>& used) {
+    if (FindUnusedBeside(product, used).mistyped.empty()) return {};
+    return FindUnusedBeside(product, UsedAnywhere(product, used)).mistyped;
 }
 
 UnusedParameters JudgeName(Deployment& product, const std::string& name) {
