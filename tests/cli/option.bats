@@ -115,9 +115,9 @@ REALM=NEW
     run_zet option set -n REALM ''
     assert_refusal 1 "$broken REALM is empty, so that \${realm} has no value (give it a value)"
     run_zet option set REALM '${x}'
-    assert_refusal 1 "$broken $HOST/templates/a:2:5: placeholder \"\${x}\" has no value (use one that \"values\" lists, or correct its name)"
+    assert_refusal 1 "$broken $HOST/templates/a:2:5: placeholder \"\${x}\" has no value (use one that \"values\" lists, correct its name, or write \$NAME for another program)"
     run_zet option set SITE '${x}'
-    assert_refusal 1 "$broken $HOST/templates/a:3:5: placeholder \"\${x}\" has no value (use one that \"values\" lists, or correct its name)"
+    assert_refusal 1 "$broken $HOST/templates/a:3:5: placeholder \"\${x}\" has no value (use one that \"values\" lists, correct its name, or write \$NAME for another program)"
     run_zet option set REALM '${realm}'
     assert_status 1
     assert_host_unchanged
@@ -148,7 +148,7 @@ REALM=NEW
         run_zet option set "$1" "$2"
         assert_refusal 1 "$broken $3"
     }
-    refused PW 'x${realm' "$HOST/templates/a:1:3: \"\${\" has no \"}\" after it in its line (close the placeholder, or begin the line with #)"
+    refused PW 'x${realm' "$HOST/templates/a:1:3: \"\${\" has no \"}\" after it in its line (close the placeholder, take \"\${\" out, or begin the line with #)"
     refused PW '# ---ZET_BEGIN---' "$HOST/templates/b:1:1: a value makes this line begin with \"# ---ZET_BEGIN---\", which marks lines of the system itself (give the placeholder another value)"
     refused PW '#!/bin/sh' "$HOST/templates/b:1:1: the programs that read the file need this line as its first, and the notice comes before it (say notice = false in its entry of the list)"
     refused PW $'a\r' "the value of PW ends with a carriage return (give it without)"
